@@ -1,0 +1,49 @@
+# What every target of this project is compiled with: the language, the floating-point rules, the warnings.
+# Nothing of it reaches a user of the library.
+
+# A warning is listed when it finds mistakes; -Wformat-nonliteral is off because passing formats through is what the
+# printf-style interface does.
+set(VOREL_WARNINGS
+    -Wall
+    -Wextra
+    -Wpedantic
+    -Werror
+    -Wcast-align
+    -Wcast-qual
+    -Wconversion
+    -Wdouble-promotion
+    -Wduplicated-branches
+    -Wduplicated-cond
+    -Wextra-semi
+    -Wformat=2
+    -Wno-format-nonliteral
+    -Wlogical-op
+    -Wmissing-declarations
+    -Wnon-virtual-dtor
+    -Wnull-dereference
+    -Wold-style-cast
+    -Woverloaded-virtual
+    -Wredundant-decls
+    -Wshadow
+    -Wsign-conversion
+    -Wundef
+    -Wunused
+    -Wvla)
+
+function(vorel_project_options target)
+    set_target_properties(${target} PROPERTIES
+        CXX_STANDARD 20
+        CXX_STANDARD_REQUIRED ON
+        CXX_EXTENSIONS OFF)
+    target_compile_options(${target} PRIVATE
+        ${VOREL_WARNINGS}
+        # Results of arithmetic are part of the interface: each operation rounds by itself, in every build.
+        -ffp-contract=off
+        -fno-fast-math)
+    target_compile_definitions(${target} PRIVATE
+        UNICODE
+        _UNICODE
+        WIN32_LEAN_AND_MEAN
+        NOMINMAX
+        $<$<CONFIG:Debug>:_GLIBCXX_ASSERTIONS>)
+endfunction()

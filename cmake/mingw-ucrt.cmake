@@ -1,0 +1,51 @@
+# Toolchain: Debian's mingw-w64 (posix threads, GCC 12 or later), moved over to the universal C runtime.
+#
+# The compiler's default is the older runtime. Two things move it: the macros below, which make the headers declare the
+# universal runtime's functions, and a specs file, made here from the compiler's own specs, which makes every link name
+# libucrt instead of libmsvcrt. Everything that shares memory or streams with vorelCore.dll must be built this way,
+# so the package installs this file as well.
+
+set(CMAKE_SYSTEM_NAME Windows)
+set(CMAKE_SYSTEM_PROCESSOR x86_64)
+
+set(CMAKE_C_COMPILER x86_64-w64-mingw32-gcc-posix)
+set(CMAKE_CXX_COMPILER x86_64-w64-mingw32-g++-posix)
+set(CMAKE_RC_COMPILER x86_64-w64-mingw32-windres)
+
+# The specs file is made once per build tree; the compiler's test projects get its path from their parent.
+if(NOT VOREL_UCRT_SPECS)
+    set(VOREL_UCRT_SPECS "${CMAKE_BINARY_DIR}/ucrt.specs" CACHE FILEPATH "GCC specs that link the universal C runtime")
+endif()
+list(APPEND CMAKE_TRY_COMPILE_PLATFORM_VARIABLES VOREL_UCRT_SPECS)
+
+if(NOT EXISTS "${VOREL_UCRT_SPECS}")
+    execute_process(COMMAND ${CMAKE_CXX_COMPILER} -dumpspecs OUTPUT_VARIABLE vorelSpecs RESULT_VARIABLE vorelSpecsResult)
+    if(NOT vorelSpecsResult EQUAL 0)
+        message(FATAL_ERROR "${CMAKE_CXX_COMPILER} does not run; `./dev setup` installs it")
+    endif()
+    if(NOT vorelSpecs MATCHES "-lmsvcrt")
+        message(FATAL_ERROR "The specs of ${CMAKE_CXX_COMPILER} do not name -lmsvcrt: nothing to move to UCRT")
+    endif()
+    string(REPLACE "-lmsvcrt" "-lucrt" vorelSpecs "${vorelSpecs}")
+    file(WRITE "${VOREL_UCRT_SPECS}" "${vorelSpecs}")
+endif()
+
+# _WIN32_WINNT 0x0A00: Windows 10, the first system that has the universal runtime as a part of itself.
+set(vorelRuntimeMacros "-D_UCRT -D__MSVCRT_VERSION__=0xE00 -D_WIN32_WINNT=0x0A00")
+set(CMAKE_C_FLAGS_INIT "${vorelRuntimeMacros}")
+set(CMAKE_CXX_FLAGS_INIT "${vorelRuntimeMacros}")
+foreach(kind IN ITEMS EXE SHARED MODULE)
+    set(CMAKE_${kind}_LINKER_FLAGS_INIT "-specs=\"${VOREL_UCRT_SPECS}\"")
+endforeach()
+
+# Programs of the build come from the host, libraries and headers from the target. Packages may come from anywhere: an
+# installed vorelCore lies wherever its user put it.
+set(CMAKE_FIND_ROOT_PATH /usr/x86_64-w64-mingw32)
+set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
+set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
+set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
+set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE BOTH)
+
+if(EXISTS "${CMAKE_CURRENT_LIST_DIR}/wine-run")
+    set(CMAKE_CROSSCOMPILING_EMULATOR "${CMAKE_CURRENT_LIST_DIR}/wine-run")
+endif()
