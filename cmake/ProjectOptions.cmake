@@ -35,11 +35,9 @@ function(vorel_project_options target)
         CXX_STANDARD 20
         CXX_STANDARD_REQUIRED ON
         CXX_EXTENSIONS OFF)
+    # Results of arithmetic are part of the interface: each operation rounds by itself, in every build.
     target_compile_options(${target} PRIVATE
-        ${VOREL_WARNINGS}
-        # Results of arithmetic are part of the interface: each operation rounds by itself, in every build.
-        -ffp-contract=off
-        -fno-fast-math)
+        "$<$<COMPILE_LANGUAGE:CXX>:${VOREL_WARNINGS};-ffp-contract=off;-fno-fast-math>")
     target_compile_definitions(${target} PRIVATE
         UNICODE
         _UNICODE
