@@ -1,0 +1,84 @@
+// A user's program: it formats, collects, throws, catches and logs, and checks what it gets. Built twice, with the DLL
+// and with the static form.
+//
+//     consumer <log file>        exit code 0 when everything was as documented
+
+#include <vorel/vorelCore.h>
+
+#include <cstdio>
+#include <fstream>
+#include <string>
+
+namespace {
+
+int failures = 0;
+
+void expect(bool holds, const char* what) {
+    std::printf("%s: %s\n", holds ? "ok" : "FAILED", what);
+    failures += holds ? 0 : 1;
+}
+
+/// Fails through a layer that adds its own record, as any operation of the library does.
+void failInTwoLayers() {
+    try {
+        throw vorel::Exception(L"no entry named %ls", L"colour");
+    } catch (vorel::Exception& exception) {
+        exception.rethrowClass(L"Settings", L"read");
+    }
+}
+
+void useStringsAndArrays() {
+    vorel::BaseString<wchar_t> line;
+    line.format(L"%ls = %d", L"width", 640);
+    expect(line == L"width = 640", "a string is formatted");
+
+    vorel::Array<int> squares;
+    for (int number = 0; number != 5; ++number) {
+        squares.append(number * number);
+    }
+    expect(squares.size() == 5 && squares[4] == 16, "an array holds what was appended");
+
+    bool refused = false;
+    try {
+        squares[5] = 25;
+    } catch (const vorel::InvalidIndexException&) {
+        refused = true;
+    }
+    expect(refused, "a bad index is refused by its own exception class");
+}
+
+void useExceptionsAndLog(const char* logPath) {
+    vorel::Exception::SetErrorLogLocation(logPath, vorel::Exception::DefaultLogSize);
+    vorel::BaseString<wchar_t> messages;
+    try {
+        failInTwoLayers();
+    } catch (vorel::Exception& exception) {
+        messages = exception.getErrorMessageBlock(L" | ");
+    }
+    expect(messages == L"no entry named colour | Settings::read: Vorel exception rethrown",
+           "an exception crosses the library with all its messages");
+
+    std::ifstream log(logPath);
+    unsigned int found = 0;
+    for (std::string line; std::getline(log, line);) {
+        found += line.find("no entry named colour") != std::string::npos ? 1 : 0;
+        found += line.find("Settings::read: Vorel exception rethrown") != std::string::npos ? 1 : 0;
+    }
+    expect(found == 2, "the error log has one line for each message");
+}
+
+}  // namespace
+
+int main(int argumentCount, char** arguments) {
+    if (argumentCount != 2) {
+        std::puts("usage: consumer <log file>");
+        return 2;
+    }
+    try {
+        useStringsAndArrays();
+        useExceptionsAndLog(arguments[1]);
+    } catch (...) {
+        expect(false, "no exception is left over");
+    }
+    return failures == 0 ? 0 : 1;
+}
