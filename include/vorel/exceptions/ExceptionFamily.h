@@ -1,0 +1,132 @@
+/// \file
+/// The kinds of failure, each a class of its own, so that callers can catch by kind. Each fixes the wording of its
+/// first message, which is logged at once, adds no field, and is thrown on as itself by `rethrow()`. A move copies.
+#pragma once
+
+#include "vorel/exceptions/Exception.h"
+
+namespace vorel {
+
+/// An interface that is not there.
+class VOREL_API NotImplementedException : public Exception {
+public:
+    /// "Interface not supported: %ls" with `name`; null prints as nothing.
+    explicit NotImplementedException(const wchar_t* name) noexcept;
+    explicit NotImplementedException(const char* name) noexcept;
+    [[noreturn]] void rethrow() override;
+};
+
+/// Data of another type than the record holds.
+class VOREL_API DataRecordTypeException : public Exception {
+public:
+    /// "The required data type is not found in the current data record."
+    DataRecordTypeException() noexcept;
+
+    /// "Data type \"%hs\" is not found in the current data record."
+    explicit DataRecordTypeException(const char* type) noexcept;
+
+    /// "Data types \"%hs\" and \"%hs\" were not found in the current data record."
+    DataRecordTypeException(const char* type1, const char* type2) noexcept;
+    [[noreturn]] void rethrow() override;
+};
+
+/// A call of the system that failed.
+class VOREL_API Win32Exception : public Exception {
+public:
+    /// `text` as it stands.
+    explicit Win32Exception(const wchar_t* text) noexcept;
+
+    /// "%ls: 0x%X" with `text` and the system's error `code`.
+    Win32Exception(const wchar_t* text, int code) noexcept;
+    [[noreturn]] void rethrow() override;
+};
+
+/// Memory that could not be had.
+class VOREL_API MemoryException : public Exception {
+public:
+    /// "No more memory is available: %d objects of size %d requested"; `size` in bytes.
+    MemoryException(int count, int size) noexcept;
+    [[noreturn]] void rethrow() override;
+};
+
+/// A time limit that was overrun.
+class VOREL_API TimeoutException : public Exception {
+public:
+    /// "Operation has overrun its specified timeout limit."
+    TimeoutException() noexcept;
+    explicit TimeoutException(const wchar_t* fmt, ...) noexcept;
+    [[noreturn]] void rethrow() override;
+};
+
+/// A property that may not be read or set.
+class VOREL_API PropertyAccessException : public Exception {
+public:
+    /// "Property value access violation."
+    PropertyAccessException() noexcept;
+    explicit PropertyAccessException(const wchar_t* fmt, ...) noexcept;
+    [[noreturn]] void rethrow() override;
+};
+
+/// An index outside of a named range.
+class VOREL_API OutOfRangeException : public Exception {
+public:
+    /// "%ls: Index \"%d\" out of range: [%d,%d]" with `name`, `index`, `low` and `high`: the last argument is printed
+    /// first, and that is meant.
+    OutOfRangeException(const wchar_t* name, int low, int high, int index) noexcept;
+    [[noreturn]] void rethrow() override;
+};
+
+/// What a comparison found; its default form has no message.
+class VOREL_API DiffException : public Exception {
+public:
+    DiffException() noexcept;
+    explicit DiffException(const wchar_t* fmt, ...) noexcept;
+    explicit DiffException(const char* fmt, ...) noexcept;
+    [[noreturn]] void rethrow() override;
+};
+
+/// A difference that is an error.
+class VOREL_API DiffErrorException : public DiffException {
+public:
+    DiffErrorException() noexcept;
+    explicit DiffErrorException(const wchar_t* fmt, ...) noexcept;
+    explicit DiffErrorException(const char* fmt, ...) noexcept;
+    [[noreturn]] void rethrow() override;
+};
+
+/// A difference that is a warning.
+class VOREL_API DiffWarningException : public DiffException {
+public:
+    DiffWarningException() noexcept;
+    explicit DiffWarningException(const wchar_t* fmt, ...) noexcept;
+    explicit DiffWarningException(const char* fmt, ...) noexcept;
+    [[noreturn]] void rethrow() override;
+};
+
+/// An index outside of a sequence.
+class VOREL_API InvalidIndexException : public Exception {
+public:
+    /// With `high` above `low`: "An invalid index value (%d) has been detected; legal values are between %d and %d".
+    /// With both equal and not negative: "An invalid index value (%d) has been detected; only legal value is %d".
+    /// Otherwise: "An invalid index value (%d) has been detected; there are zero items".
+    InvalidIndexException(int index, int low, int high) noexcept;
+
+    /// The same for a sequence whose first index is 0 and whose last legal index is `last`: its count minus one.
+    InvalidIndexException(int index, int last) noexcept;
+    explicit InvalidIndexException(const wchar_t* fmt, ...) noexcept;
+    explicit InvalidIndexException(const char* fmt, ...) noexcept;
+    [[noreturn]] void rethrow() override;
+
+private:
+    void SetMessage(int index, int low, int high) noexcept;
+};
+
+/// A parameter with a value that means nothing.
+class VOREL_API BadParameterException : public Exception {
+public:
+    /// "Parameter \"%ls\" value \"%ls\" is unrecognized; perhaps your system components need updating?"
+    BadParameterException(const wchar_t* name, const wchar_t* value) noexcept;
+    [[noreturn]] void rethrow() override;
+};
+
+}  // namespace vorel

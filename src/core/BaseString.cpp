@@ -1,0 +1,310 @@
+#include "vorel/core/BaseString.h"
+
+#include <algorithm>
+#include <atomic>
+#include <bit>
+#include <cerrno>
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <type_traits>
+#include <utility>
+
+#include "core/FormatFailure.h"
+#include "core/Print.h"
+#include "core/StringAccess.h"
+#include "kernels/FormatSlots.h"
+#include "vorel/core/Format.h"
+#include "vorel/core/Protocol.h"
+
+namespace vorel {
+
+namespace {
+
+constexpr unsigned int kSmallestCapacity = 16;
+constexpr unsigned int kStep = 0x100000;  // 1 Mi units: above this size a string grows by whole steps
+constexpr std::uint64_t kLargestCapacity = 0xFFFFFFFFu;
+
+/// The capacity of a buffer that is to hold `count` units and a terminator, before the old capacity is looked at.
+constexpr std::uint64_t capacityFor(std::uint64_t count) noexcept {
+    if (count < kStep) {
+        return std::max(kSmallestCapacity, 1u << std::bit_width(count));
+    }
+    return ((count + 1) & ~std::uint64_t{kStep - 1}) + kStep;
+}
+
+template <class T>
+unsigned int lengthOf(const T* text) noexcept {
+    const std::size_t length = text ? std::char_traits<T>::length(text) : 0;
+    // A text that no string can hold: every growth to this length is refused.
+    return static_cast<unsigned int>(std::min<std::size_t>(length, kLargestCapacity));
+}
+
+template <class T>
+void copyUnits(T* to, const T* from, unsigned int count) noexcept {
+    if (count != 0) {
+        std::memmove(to, from, std::size_t{count} * sizeof(T));
+    }
+}
+
+/// Whether the format or one of its arguments lies in the buffer that is about to be written. On 64-bit Windows an
+/// argument list is a row of 8-byte slots, one for each argument whatever its type, so the slots can be looked at.
+template <class T>
+bool readsBuffer(const T* buffer, unsigned int capacity, const T* fmt, va_list args) noexcept {
+    const auto lies = [=](std::uintptr_t address) {
+        return address - reinterpret_cast<std::uintptr_t>(buffer) < std::uintptr_t{capacity} * sizeof(T);
+    };
+    if (lies(reinterpret_cast<std::uintptr_t>(fmt))) {
+        return true;
+    }
+    const char* slot = args;
+    for (unsigned int left = kernels::countFormatSlots(fmt); left != 0; --left, slot += sizeof(std::uintptr_t)) {
+        std::uintptr_t value = 0;
+        std::memcpy(&value, slot, sizeof value);
+        if (lies(value)) {
+            return true;
+        }
+    }
+    return false;
+}
+
+}  // namespace
+
+namespace detail {
+
+template <class T>
+bool StringAccess<T>::tryReserve(BaseString<T>& string, unsigned int count, bool discard,
+                                 unsigned int& capacityWanted) noexcept {
+    if (count == 0) {
+        if (string.m_data) {
+            setLength(string, 0);
+        }
+        return true;
+    }
+    if (count < string.m_capacity) {
+        // A length that is not known is all ones, and so is cut as well.
+        string.m_length = std::min(string.m_length, count);
+        string.m_data[count] = 0;
+        return true;
+    }
+    const std::uint64_t capacity = std::max<std::uint64_t>(capacityFor(count), string.m_capacity);
+    capacityWanted = static_cast<unsigned int>(std::min(capacity, kLargestCapacity));
+    T* grown = capacity <= kLargestCapacity ? static_cast<T*>(std::malloc(capacity * sizeof(T))) : nullptr;
+    if (!grown) {
+        return false;
+    }
+    if (discard) {
+        string.m_length = BaseString<T>::kUnknownLength;
+    } else if (string.m_data) {
+        // Counted without remembering: a length that was not known stays so, for the caller may go on writing.
+        const bool known = string.m_length != BaseString<T>::kUnknownLength;
+        const unsigned int length = known ? string.m_length : lengthOf(string.m_data);
+        copyUnits(grown, string.m_data, std::min(length + 1, string.m_capacity));
+    } else {
+        grown[0] = 0;
+    }
+    std::free(string.m_data);
+    string.m_data = grown;
+    string.m_capacity = capacityWanted;
+    string.m_data[count] = 0;
+    return true;
+}
+
+template <class T>
+bool StringAccess<T>::tryAssign(BaseString<T>& string, const T* text, unsigned int length) noexcept {
+    if (length != 0 && length < string.m_capacity) {
+        copyUnits(string.m_data, text, length);  // the text may lie in this very buffer
+        setLength(string, length);
+        return true;
+    }
+    unsigned int capacityWanted = 0;
+    if (!tryReserve(string, length, true, capacityWanted)) {
+        return false;
+    }
+    if (length != 0) {
+        copyUnits(string.m_data, text, length);
+        setLength(string, length);
+    }
+    return true;
+}
+
+template <class T>
+bool StringAccess<T>::tryAssign(BaseString<T>& string, const T* text) noexcept {
+    return tryAssign(string, text, lengthOf(text));
+}
+
+template struct StringAccess<char>;
+template struct StringAccess<wchar_t>;
+
+}  // namespace detail
+
+using detail::StringAccess;
+
+template <class T>
+BaseString<T>::BaseString(const T* text) : BaseString(text, lengthOf(text)) {}
+
+template <class T>
+BaseString<T>::BaseString(const T* text, unsigned int length) {
+    if (text && length != 0) {
+        copyUnits(reserve(length, true), text, length);
+        m_length = length;
+    }
+}
+
+template <class T>
+BaseString<T>::BaseString(const BaseString& other) : BaseString(other.m_data, other.length()) {}
+
+template <class T>
+BaseString<T>::BaseString(BaseString&& other) noexcept
+    : m_data(std::exchange(other.m_data, nullptr)),
+      m_capacity(std::exchange(other.m_capacity, 0)),
+      m_length(std::exchange(other.m_length, kUnknownLength)) {}
+
+template <class T>
+BaseString<T>::~BaseString() {
+    std::free(m_data);
+}
+
+template <class T>
+BaseString<T>& BaseString<T>::operator=(const T* text) {
+    const unsigned int length = lengthOf(text);
+    if (!StringAccess<T>::tryAssign(*this, text, length)) {
+        reserve(length, true);  // fails again, and says so
+    }
+    return *this;
+}
+
+template <class T>
+BaseString<T>& BaseString<T>::operator=(const BaseString& other) {
+    const unsigned int length = other.length();
+    if (!StringAccess<T>::tryAssign(*this, other.m_data, length)) {
+        reserve(length, true);
+    }
+    return *this;
+}
+
+template <class T>
+BaseString<T>& BaseString<T>::operator=(BaseString&& other) noexcept {
+    if (this != &other) {
+        std::free(m_data);
+        m_data = std::exchange(other.m_data, nullptr);
+        m_capacity = std::exchange(other.m_capacity, 0);
+        m_length = std::exchange(other.m_length, kUnknownLength);
+    }
+    return *this;
+}
+
+template <class T>
+unsigned int BaseString<T>::length() const noexcept {
+    // Several threads may count the same text; each stores the same length.
+    const std::atomic_ref<unsigned int> known(m_length);
+    unsigned int length = known.load(std::memory_order_relaxed);
+    if (length != kUnknownLength) {
+        return length;
+    }
+    if (!m_data) {
+        return 0;
+    }
+    length = lengthOf(m_data);
+    known.store(length, std::memory_order_relaxed);
+    return length;
+}
+
+template <class T>
+BaseString<T>& BaseString<T>::append(const T* text) {
+    return append(text, lengthOf(text));
+}
+
+template <class T>
+BaseString<T>& BaseString<T>::append(const T* text, unsigned int count) {
+    if (!text || count == 0) {
+        return *this;
+    }
+    const unsigned int before = length();
+    if (count > kLargestCapacity - before) {
+        detail::throwMemory(kUnknownLength, sizeof(T));
+    }
+    const unsigned int after = before + count;
+    if (after < m_capacity) {
+        copyUnits(m_data + before, text, count);
+    } else {
+        const std::uintptr_t offset = reinterpret_cast<std::uintptr_t>(text) - reinterpret_cast<std::uintptr_t>(m_data);
+        const bool inside = m_data && offset < std::uintptr_t{m_capacity} * sizeof(T);
+        reserve(after, false);
+        copyUnits(m_data + before, inside ? m_data + offset / sizeof(T) : text, count);
+    }
+    StringAccess<T>::setLength(*this, after);
+    return *this;
+}
+
+template <class T>
+BaseString<T>& BaseString<T>::append(const BaseString& text) {
+    return append(text.m_data, text.length());
+}
+
+template <class T>
+BaseString<T>& BaseString<T>::append(T unit) {
+    return append(&unit, 1);
+}
+
+template <class T>
+void BaseString<T>::clear() noexcept {
+    if (m_data) {
+        StringAccess<T>::setLength(*this, 0);
+    }
+}
+
+template <class T>
+T* BaseString<T>::reserve(unsigned int count, bool discard) {
+    unsigned int capacityWanted = 0;
+    if (!StringAccess<T>::tryReserve(*this, count, discard, capacityWanted)) {
+        detail::throwMemory(capacityWanted, sizeof(T));
+    }
+    return m_data;
+}
+
+template <class T>
+BaseString<T>& BaseString<T>::format(const T* fmt, ...) {
+    va_list args;
+    va_start(args, fmt);
+    vformat(fmt, args);
+    va_end(args);
+    return *this;
+}
+
+template <class T>
+BaseString<T>& BaseString<T>::vformat(const T* fmt, va_list args) {
+    if (!fmt) {
+        return *this = BaseString();
+    }
+    if (m_data && readsBuffer(m_data, m_capacity, fmt, args)) {
+        BaseString rendered;
+        return *this = rendered.vformat(fmt, args);
+    }
+    if (!m_data) {
+        reserve(static_cast<unsigned int>(util::calculateSnprintFBufferSize(fmt, args) + 1), true);
+    }
+    for (;;) {
+        errno = 0;
+        const int written = baseutil::vboundedFormat(m_data, m_capacity, fmt, args);
+        if (written >= 0 && static_cast<unsigned int>(written) < m_capacity) {
+            StringAccess<T>::setLength(*this, static_cast<unsigned int>(written));
+            return *this;
+        }
+        clear();  // what was written so far has no terminator
+        const int needed = written >= 0 ? written : util::calculateSnprintFBufferSize(fmt, args);
+        // A text that should fit and is refused all the same would be refused for ever.
+        if (needed < 0 || static_cast<unsigned int>(needed) < m_capacity) {
+            detail::throwUnableToFormat(fmt);
+        }
+        reserve(static_cast<unsigned int>(needed) + 1, true);
+    }
+}
+
+template class BaseString<char>;
+template class BaseString<wchar_t>;
+
+static_assert(std::is_standard_layout_v<BaseString<char>> && sizeof(BaseString<char>) == 16);
+static_assert(std::is_standard_layout_v<BaseString<wchar_t>> && sizeof(BaseString<wchar_t>) == 16);
+
+}  // namespace vorel

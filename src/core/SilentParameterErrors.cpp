@@ -1,0 +1,24 @@
+#include "core/SilentParameterErrors.h"
+
+#include <cstdlib>
+
+// The runtime exports it; not every compiler's headers declare it.
+extern "C" __declspec(dllimport) _invalid_parameter_handler
+    __cdecl _set_thread_local_invalid_parameter_handler(_invalid_parameter_handler handler);
+
+namespace vorel::detail {
+
+namespace {
+
+void __cdecl ignoreBadParameter(const wchar_t*, const wchar_t*, const wchar_t*, unsigned int, std::uintptr_t) {}
+
+}  // namespace
+
+SilentParameterErrors::SilentParameterErrors() noexcept
+    : m_before(_set_thread_local_invalid_parameter_handler(ignoreBadParameter)) {}
+
+SilentParameterErrors::~SilentParameterErrors() {
+    _set_thread_local_invalid_parameter_handler(m_before);
+}
+
+}  // namespace vorel::detail

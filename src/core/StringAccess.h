@@ -1,0 +1,32 @@
+/// \file
+/// What only the library itself may do with a `BaseString`: grow and fill it without an exception (the message of a
+/// failed allocation must not fail for the same reason), and say how much it wrote behind `reserve`.
+#pragma once
+
+#include "vorel/core/BaseString.h"
+
+namespace vorel::detail {
+
+template <class T>
+struct StringAccess {
+    /// `BaseString::reserve` that answers false, with the string untouched, where that throws. `capacityWanted` gets
+    /// the size of the buffer that could not be had.
+    static bool tryReserve(BaseString<T>& string, unsigned int count, bool discard,
+                           unsigned int& capacityWanted) noexcept;
+
+    /// Replaces the text by the first `length` units of `text`, which may point into the string. On failure the string
+    /// is untouched.
+    static bool tryAssign(BaseString<T>& string, const T* text, unsigned int length) noexcept;
+    static bool tryAssign(BaseString<T>& string, const T* text) noexcept;
+
+    /// States the length after the first `length` units have been written, and terminates them.
+    static void setLength(BaseString<T>& string, unsigned int length) noexcept {
+        string.m_data[length] = 0;
+        string.m_length = length;
+    }
+};
+
+extern template struct StringAccess<char>;
+extern template struct StringAccess<wchar_t>;
+
+}  // namespace vorel::detail

@@ -1,0 +1,145 @@
+#include "vorel/exceptions/Exception.h"
+
+#include "core/StringAccess.h"
+#include "vorel/core/Protocol.h"
+#include "vorel/text/Unicode.h"
+
+namespace vorel {
+
+namespace {
+
+const wchar_t* textOf(const BaseString<wchar_t>& string) noexcept {
+    return string.view().data();
+}
+
+/// Without memory the copy has no text.
+void copyText(BaseString<wchar_t>& target, const BaseString<wchar_t>& source) noexcept {
+    if (!detail::StringAccess<wchar_t>::tryAssign(target, source.c_str(), source.length())) {
+        target.clear();
+    }
+}
+
+}  // namespace
+
+Exception::Exception() noexcept = default;
+
+Exception::Exception(const wchar_t* fmt, ...) noexcept {
+    va_list args;
+    va_start(args, fmt);
+    SetMessageOnStack(fmt, args);
+    va_end(args);
+}
+
+Exception::Exception(const char* fmt, ...) noexcept {
+    va_list args;
+    va_start(args, fmt);
+    SetMessageOnStack(fmt, args);
+    va_end(args);
+}
+
+Exception::Exception(const Exception& other) noexcept {
+    AssignFrom(other);
+}
+
+Exception& Exception::operator=(const Exception& other) noexcept {
+    AssignFrom(other);
+    return *this;
+}
+
+Exception::~Exception() noexcept(false) {
+    detail::guardedDestructor(L"Exception", [this] {
+        if (m_delayedLogging) {
+            mirrorAllMessages();
+        }
+        CleanAll();
+    });
+}
+
+void Exception::rethrow() {
+    throw Exception(*this);
+}
+
+void Exception::AssignFrom(const Exception& source) noexcept {
+    if (this != &source) {
+        try {
+            m_stack.resize(source.m_stack.size());
+        } catch (...) {
+            // Without memory the copy has fewer messages; what is thrown still is an exception of its class.
+        }
+        for (std::size_t entry = 0; entry < m_stack.size() && entry < source.m_stack.size(); ++entry) {
+            copyText(m_stack[entry].message, source.m_stack[entry].message);
+            copyText(m_stack[entry].location, source.m_stack[entry].location);
+        }
+    }
+    m_hasTracedProtocolStateInfo = source.m_hasTracedProtocolStateInfo;
+    m_charBlock.clear();
+    m_wideBlock.clear();
+}
+
+void Exception::CleanAll() noexcept {
+    m_stack.clear();
+}
+
+void Exception::clear() noexcept {
+    CleanAll();
+}
+
+const wchar_t* Exception::what() const noexcept {
+    return m_stack.empty() ? nullptr : textOf(m_stack.front().message);
+}
+
+const wchar_t* Exception::getErrorMessage(unsigned int index) const noexcept {
+    return index < m_stack.size() ? textOf(m_stack[index].message) : L"";
+}
+
+unsigned int Exception::getMessageTotal() const noexcept {
+    return static_cast<unsigned int>(m_stack.size());
+}
+
+const wchar_t* Exception::getErrorMessageBlock(const wchar_t* separator) const {
+    m_wideBlock.clear();
+    for (const StackEntry& entry : m_stack) {
+        if (&entry != &m_stack.front()) {
+            m_wideBlock += separator;
+        }
+        m_wideBlock += entry.message;
+    }
+    return textOf(m_wideBlock);
+}
+
+const char* Exception::getCharErrorMessageBlock(const char* separator) const noexcept {
+    m_charBlock.clear();
+    try {
+        BaseString<char> message;
+        for (const StackEntry& entry : m_stack) {
+            if (&entry != &m_stack.front()) {
+                m_charBlock += separator;
+            }
+            util::ConvertStringtoUTF8(entry.message.c_str(), message, -1);
+            m_charBlock += message;
+        }
+    } catch (...) {
+        // The caller gets what there is.
+    }
+    return m_charBlock.view().data();
+}
+
+void Exception::dumpStack(std::vector<std::wstring>& messages, std::vector<std::wstring>& locations, bool clearAfter) {
+    messages.resize(m_stack.size());
+    locations.resize(m_stack.size());
+    for (std::size_t entry = 0; entry < m_stack.size(); ++entry) {
+        messages[entry] = m_stack[entry].message.view();
+        locations[entry] = m_stack[entry].location.view();
+    }
+    if (clearAfter) {
+        CleanAll();
+    }
+}
+
+void Exception::mirrorAllMessages() const noexcept {
+    for (const StackEntry& entry : m_stack) {
+        MirrorErrorMessage(ErrorLogLocation, CurrentLogSize, "Vorel Error: ", textOf(entry.message), true);
+    }
+}
+
+}  // namespace vorel

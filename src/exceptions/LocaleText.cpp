@@ -1,0 +1,73 @@
+#include "exceptions/LocaleText.h"
+
+#include <cstdlib>
+#include <memory>
+#include <string>
+
+#include "vorel/core/Protocol.h"
+
+namespace vorel::detail {
+
+namespace {
+
+struct Free {
+    void operator()(void* block) const noexcept { std::free(block); }
+};
+
+/// What is particular to a direction; bytes and units a character of the source can take in the target.
+struct ToWide {
+    static constexpr std::size_t kMostPerUnit = 1;
+    static constexpr const wchar_t* kContext = L"vorel::Exception - mbs2wcs";
+    static constexpr const wchar_t* kInvalid = L"Error in text conversion";
+    static constexpr const wchar_t* kNoMemory = L"Out of memory for text conversion";
+
+    static std::size_t convert(wchar_t* target, const char* source, std::size_t room) {
+        return std::mbstowcs(target, source, room);
+    }
+};
+
+struct ToNarrow {
+    static constexpr std::size_t kMostPerUnit = 4;
+    static constexpr const wchar_t* kContext = L"vorel::Exception - wcs2mbs";
+    static constexpr const char* kInvalid = "Error in text conversion";
+    static constexpr const char* kNoMemory = "Out of memory in text conversion";
+
+    static std::size_t convert(char* target, const wchar_t* source, std::size_t room) {
+        return std::wcstombs(target, source, room);
+    }
+};
+
+template <class Direction, class From, class To>
+void convert(const From* source, BaseString<To>& target) noexcept {
+    contained(Direction::kContext, [&] {
+        target.clear();
+        if (!source || !*source) {
+            return;
+        }
+        const std::size_t room = std::char_traits<From>::length(source) * Direction::kMostPerUnit + 1;
+        const std::unique_ptr<To, Free> buffer(static_cast<To*>(std::malloc(room * sizeof(To))));
+        if (!buffer) {
+            target = Direction::kNoMemory;
+            return;
+        }
+        const std::size_t converted = Direction::convert(buffer.get(), source, room);
+        if (converted == static_cast<std::size_t>(-1)) {
+            target = Direction::kInvalid;
+            return;
+        }
+        buffer.get()[room - 1] = 0;
+        target = buffer.get();
+    });
+}
+
+}  // namespace
+
+void mbs2wcs(const char* source, BaseString<wchar_t>& target) noexcept {
+    convert<ToWide>(source, target);
+}
+
+void wcs2mbs(const wchar_t* source, BaseString<char>& target) noexcept {
+    convert<ToNarrow>(source, target);
+}
+
+}  // namespace vorel::detail

@@ -1,0 +1,82 @@
+#include "exceptions/LogFile.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include <fcntl.h>
+#include <io.h>
+#include <share.h>
+#include <sys/stat.h>
+#include <windows.h>
+
+#include "core/SilentParameterErrors.h"
+
+namespace vorel::detail {
+
+bool lockWholeFile(int fileDescriptor, bool lock) noexcept {
+    if (fileDescriptor < 0) {
+        return false;
+    }
+    const SilentParameterErrors silent;
+    const std::intptr_t handleValue = _get_osfhandle(fileDescriptor);
+    if (handleValue == -1 || handleValue == -2) {  // no descriptor, or one without a file
+        return false;
+    }
+    void* const handle = reinterpret_cast<void*>(handleValue);
+    constexpr DWORD kWhole = 0xFFFFFFFF;
+    OVERLAPPED fromStart = {};
+    return lock ? LockFileEx(handle, LOCKFILE_EXCLUSIVE_LOCK | LOCKFILE_FAIL_IMMEDIATELY, 0, kWhole, kWhole,
+                             &fromStart) != 0
+                : UnlockFileEx(handle, 0, kWhole, kWhole, &fromStart) != 0;
+}
+
+BackupName::BackupName(const char* path) noexcept {
+    constexpr std::size_t kMostOfPath = 1018;
+    const std::size_t length = std::min(std::strlen(path), kMostOfPath);
+    std::memcpy(text, path, length);
+    std::strcpy(text + length, ".001");
+}
+
+LogFile::LogFile(const char* path, Mode mode) noexcept {
+    // A child process that inherited the file would keep it from being renamed.
+    const int flags = _O_WRONLY | _O_CREAT | _O_NOINHERIT | (mode == Mode::Append ? _O_APPEND : 0);
+    if (_sopen_s(&m_descriptor, path, flags, _SH_DENYNO, _S_IREAD | _S_IWRITE) != 0) {
+        m_descriptor = -1;
+    }
+}
+
+bool LogFile::tryLock() noexcept {
+    m_locked = lockWholeFile(m_descriptor, true);
+    return m_locked;
+}
+
+bool LogFile::isLargerThan(long long limit) const noexcept {
+    struct _stat64i32 status = {};
+    return _fstat64i32(m_descriptor, &status) == 0 && status.st_size > limit;
+}
+
+std::FILE* LogFile::stream() noexcept {
+    if (!m_stream) {
+        m_stream = _fdopen(m_descriptor, "a");
+    }
+    return m_stream;
+}
+
+void LogFile::close() noexcept {
+    if (!isOpen()) {
+        return;
+    }
+    if (m_locked) {
+        lockWholeFile(m_descriptor, false);
+        m_locked = false;
+    }
+    if (m_stream) {
+        std::fclose(m_stream);  // closes the descriptor too
+    } else {
+        _close(m_descriptor);
+    }
+    m_stream = nullptr;
+    m_descriptor = -1;
+}
+
+}  // namespace vorel::detail

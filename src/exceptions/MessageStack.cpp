@@ -1,0 +1,126 @@
+/// \file
+/// How messages come onto the stack of an exception. Nothing in here fails: a failed allocation while the message of a
+/// failed allocation is built must end in an exception with less text, not in another exception.
+
+#include <windows.h>
+
+#include "core/Print.h"
+#include "core/StringAccess.h"
+#include "exceptions/LocaleText.h"
+#include "system/SystemMessage.h"
+#include "vorel/exceptions/Exception.h"
+
+namespace vorel {
+
+namespace {
+
+using baseutil::MessageText;
+using detail::StringAccess;
+
+const wchar_t* orUnformattable(const wchar_t* text) noexcept {
+    return text ? text : baseutil::kUnformattable;
+}
+
+/// Appends an entry with `text`; without memory the entry has no text, or is not there.
+template <class Stack>
+void push(Stack& stack, const wchar_t* text) noexcept {
+    try {
+        StringAccess<wchar_t>::tryAssign(stack.emplace_back().message, text);
+    } catch (...) {
+        return;
+    }
+}
+
+}  // namespace
+
+void Exception::SetMessageOnStack(const wchar_t* fmt, va_list args) noexcept {
+    const MessageText<wchar_t> message(fmt, args);
+    const wchar_t* const text = orUnformattable(message.text());
+    push(m_stack, text);
+    if (!m_delayedLogging) {
+        MirrorErrorMessage(ErrorLogLocation, CurrentLogSize,
+                           message.truncated() ? "Vorel Error Truncated: " : "Vorel Error: ", text, true);
+    }
+}
+
+void Exception::SetMessageOnStack(const char* fmt, va_list args) noexcept {
+    const MessageText<char> message(fmt, args);
+    BaseString<wchar_t> converted;
+    detail::mbs2wcs(message.text(), converted);
+    const wchar_t* const text = message.text() ? converted.view().data() : baseutil::kUnformattable;
+    push(m_stack, text);
+    if (!m_delayedLogging) {
+        MirrorErrorMessage(ErrorLogLocation, CurrentLogSize,
+                           message.truncated() ? "Vorel Error Truncated: " : "Vorel Error: ", text, true);
+    }
+}
+
+void Exception::UpdateMessageOnStack(unsigned int index, const wchar_t* fmt, va_list args) noexcept {
+    if (index < m_stack.size()) {
+        const MessageText<wchar_t> message(fmt, args);
+        StringAccess<wchar_t>::tryAssign(m_stack[index].message, orUnformattable(message.text()));
+    }
+}
+
+void Exception::appendMessage(const wchar_t* fmt, ...) noexcept {
+    va_list args;
+    va_start(args, fmt);
+    SetMessageOnStack(fmt, args);
+    va_end(args);
+}
+
+void Exception::appendMessage(const char* fmt, ...) noexcept {
+    va_list args;
+    va_start(args, fmt);
+    SetMessageOnStack(fmt, args);
+    va_end(args);
+}
+
+void Exception::setErrorMessage(unsigned int index, const wchar_t* fmt, ...) noexcept {
+    va_list args;
+    va_start(args, fmt);
+    UpdateMessageOnStack(index, fmt, args);
+    va_end(args);
+}
+
+void Exception::setLocation(unsigned int index, const wchar_t* location) noexcept {
+    if (index < m_stack.size()) {
+        StringAccess<wchar_t>::tryAssign(m_stack[index].location, location);
+    }
+}
+
+void Exception::defineLocation(const wchar_t* location) noexcept {
+    setLocation(getMessageTotal() - 1, location);
+}
+
+void Exception::defineLocation(const char* location) noexcept {
+    BaseString<wchar_t> converted;
+    detail::mbs2wcs(location, converted);
+    defineLocation(converted.c_str());
+}
+
+void Exception::addHRESULTErrorToStack(int hr) noexcept {
+    static constexpr char kPrefix[] = "AddHRESULTErrorToStack: ";
+    const auto mirror = [](const char* prefix, const wchar_t* message) {
+        MirrorErrorMessage(ErrorLogLocation, CurrentLogSize, prefix, message, true);
+    };
+    if (hr != 0 && hr != static_cast<int>(E_FAIL)) {
+        const system::SystemMessage system(hr);
+        if (system.text()) {
+            MessageText<wchar_t> message;
+            message.renderf(L"HRESULT: %X - %ls", static_cast<unsigned int>(hr), system.text());
+            push(m_stack, orUnformattable(message.text()));
+            if (!m_delayedLogging) {
+                mirror(message.truncated() ? "AddHRESULTErrorToStack Truncated: " : kPrefix,
+                       orUnformattable(message.text()));
+            }
+        } else {
+            mirror(kPrefix, L"HR not found");  // also when logging is delayed
+        }
+    }
+    if (!m_delayedLogging) {
+        mirror(kPrefix, L"");
+    }
+}
+
+}  // namespace vorel

@@ -1,0 +1,185 @@
+/// \file
+/// Catching, rethrowing and severe errors: the records that handlers add, and the handlers behind the frames of
+/// Protocol.h.
+
+#include "vorel/core/Protocol.h"
+
+#include <exception>
+
+#include "core/Print.h"
+#include "vorel/exceptions/Exception.h"
+#include "vorel/exceptions/Messages.h"
+
+namespace vorel {
+
+namespace {
+
+/// A location given as a format.
+class Location {
+public:
+    Location(const wchar_t* format, va_list args) noexcept : m_rendered(format, args) {}
+
+    const wchar_t* text() const noexcept { return m_rendered.text() ? m_rendered.text() : baseutil::kUnformattable; }
+
+private:
+    baseutil::MessageText<wchar_t> m_rendered;
+};
+
+bool isUnwinding() noexcept {
+    return std::uncaught_exceptions() > 0;
+}
+
+}  // namespace
+
+void Exception::catchMessage(const wchar_t* location) noexcept {
+    appendMessage(vexCatchVorel, location);
+    CleanAll();
+}
+
+void Exception::catchClass(const wchar_t* className, const wchar_t* method) noexcept {
+    appendMessage(vexCatchClassVorel, className, method);
+    CleanAll();
+}
+
+void Exception::catchGeneric(const wchar_t* format, ...) noexcept {
+    va_list args;
+    va_start(args, format);
+    const Location location(format, args);
+    va_end(args);
+    catchMessage(location.text());
+}
+
+void Exception::rethrowMessage(const wchar_t* location) {
+    appendMessage(vexCatchAndThrowVorel, location);
+    rethrow();
+    Exception::rethrow();  // only behind an override that returns
+}
+
+void Exception::rethrowClass(const wchar_t* className, const wchar_t* method) {
+    appendMessage(vexCatchAndThrowClassVorel, className, method);
+    rethrow();
+    Exception::rethrow();  // only behind an override that returns
+}
+
+void Exception::rethrowGeneric(const wchar_t* format, ...) {
+    va_list args;
+    va_start(args, format);
+    const Location location(format, args);
+    va_end(args);
+    rethrowMessage(location.text());
+}
+
+void Exception::rethrowDestructor(const wchar_t* className) {
+    if (isUnwinding()) {
+        appendMessage(vexDestructorCaught, className, className);
+        return;
+    }
+    appendMessage(vexDestructorThrown, className, className);
+    rethrow();
+}
+
+void Exception::appendCaughtClass(const wchar_t* className, const wchar_t* method) noexcept {
+    appendMessage(vexCatchClassVorel, className, method);
+}
+
+void Exception::appendSevereCaught(const wchar_t* location) noexcept {
+    appendMessage(vexCatchSevere, location);
+}
+
+void Exception::appendSevereCaughtClass(const wchar_t* className, const wchar_t* method) noexcept {
+    appendMessage(vexCatchClassSevere, className, method);
+}
+
+void Exception::appendCaughtAndThrownClass(const wchar_t* className, const wchar_t* method) noexcept {
+    appendMessage(vexCatchAndThrowClassVorel, className, method);
+}
+
+void Exception::appendSevereCaughtAndThrownClass(const wchar_t* className, const wchar_t* method) noexcept {
+    appendMessage(vexCatchAndThrowClassSevere, className, method);
+}
+
+void Exception::catchSevere(const wchar_t* location) noexcept {
+    Exception().appendSevereCaught(location);
+}
+
+void Exception::catchSevereClass(const wchar_t* className, const wchar_t* method) noexcept {
+    Exception().appendSevereCaughtClass(className, method);
+}
+
+void Exception::catchSevereGeneric(const wchar_t* format, ...) noexcept {
+    va_list args;
+    va_start(args, format);
+    const Location location(format, args);
+    va_end(args);
+    catchSevere(location.text());
+}
+
+void Exception::throwSevere(const wchar_t* location) {
+    throw Exception(vexCatchAndThrowSevere, location);
+}
+
+void Exception::throwSevereClass(const wchar_t* className, const wchar_t* method) {
+    throw Exception(vexCatchAndThrowClassSevere, className, method);
+}
+
+void Exception::throwSevereGeneric(const wchar_t* format, ...) {
+    va_list args;
+    va_start(args, format);
+    const Location location(format, args);
+    va_end(args);
+    throwSevere(location.text());
+}
+
+void Exception::throwSevereDestructor(const wchar_t* className) {
+    if (isUnwinding()) {
+        const Exception suppressed(vexDestructorSevereCaught, className, className);
+        return;
+    }
+    throw Exception(vexDestructorSevereThrown, className, className);
+}
+
+namespace detail {
+
+void passOn(const wchar_t* location) {
+    try {
+        throw;
+    } catch (Exception& e) {
+        e.rethrowMessage(location);
+    } catch (...) {
+        Exception::throwSevere(location);
+    }
+}
+
+void passOn(const wchar_t* className, const wchar_t* operation) {
+    try {
+        throw;
+    } catch (Exception& e) {
+        e.rethrowClass(className, operation);
+    } catch (...) {
+        Exception::throwSevereClass(className, operation);
+    }
+}
+
+void passOnFromDestructor(const wchar_t* className) {
+    try {
+        throw;
+    } catch (Exception& e) {
+        e.rethrowDestructor(className);
+    } catch (...) {
+        Exception::throwSevereDestructor(className);
+    }
+}
+
+void contain(const wchar_t* location) noexcept {
+    try {
+        throw;
+    } catch (Exception& e) {
+        e.catchMessage(location);
+    } catch (...) {
+        Exception::catchSevere(location);
+    }
+}
+
+}  // namespace detail
+
+}  // namespace vorel

@@ -1,0 +1,148 @@
+/// \file
+/// The UTF-8 codec: the old form of one to six bytes, for values up to 0x7FFFFFFF, between bytes and 16-bit units.
+///
+/// It checks very little, and callers rely on each of these: the lead-byte masks 0xF1 and 0xFD are narrower than the
+/// usual 0xF8 and 0xFC, so that 0xF1, 0xF3 … start nothing while 0xF8, 0xFA, 0xFC and 0xFE start four bytes and no byte
+/// starts five; trailing bytes are taken as they are; overlong forms and encoded surrogates pass.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "kernels/AsciiRuns.h"
+
+namespace vorel::kernels {
+
+/// The most bytes that one value, and that one unit of a text, can take.
+inline constexpr unsigned int kLongestUtf8Sequence = 6;
+inline constexpr unsigned int kMostUtf8BytesPerUnit = 3;
+
+/// What stands for a surrogate that is not part of a pair.
+inline constexpr std::uint32_t kLoneSurrogateReplacement = '?';
+
+/// A decoded sequence: its value, and the number of bytes it took; 0 bytes when the first one starts no sequence.
+struct Utf8Sequence {
+    std::uint32_t value;
+    unsigned int bytes;
+};
+
+/// Decodes the sequence whose lead byte, 0x80 or more, stands at `lead`, and reads its trailing bytes whatever they
+/// are.
+constexpr Utf8Sequence decodeUtf8Sequence(const unsigned char* lead) noexcept {
+    const auto low = [lead](unsigned int position, unsigned int mask, unsigned int shift) {
+        return (std::uint32_t{lead[position]} & mask) << shift;
+    };
+    if ((lead[0] & 0xE0) == 0xC0) {
+        return {low(0, 0x1F, 6) | low(1, 0x3F, 0), 2};
+    }
+    if ((lead[0] & 0xF0) == 0xE0) {
+        return {low(0, 0x0F, 12) | low(1, 0x3F, 6) | low(2, 0x3F, 0), 3};
+    }
+    if ((lead[0] & 0xF1) == 0xF0) {
+        return {low(0, 0x0F, 18) | low(1, 0x3F, 12) | low(2, 0x3F, 6) | low(3, 0x3F, 0), 4};
+    }
+    if ((lead[0] & 0xFD) == 0xF8) {  // never true behind the test before it; kept with its sibling
+        return {low(0, 0x0F, 24) | low(1, 0x0F, 18) | low(2, 0x3F, 12) | low(3, 0x3F, 6) | low(4, 0x3F, 0), 5};
+    }
+    if ((lead[0] & 0xFE) == 0xFC) {
+        return {low(0, 0xFF, 30) | low(1, 0x0F, 24) | low(2, 0x0F, 18) | low(3, 0x3F, 12) | low(4, 0x3F, 6) |
+                    low(5, 0x3F, 0),
+                6};
+    }
+    return {0, 0};
+}
+
+/// The number of bytes that `value` takes.
+constexpr unsigned int utf8SequenceLength(std::uint32_t value) noexcept {
+    if (value < 0x80) {
+        return 1;
+    }
+    if (value < 0x800) {
+        return 2;
+    }
+    if (value < 0x10000) {
+        return 3;
+    }
+    if (value < 0x200000) {
+        return 4;
+    }
+    return value < 0x4000000 ? 5 : 6;
+}
+
+/// Writes the bytes of `value` (up to six) at `out` and returns how many.
+constexpr unsigned int encodeUtf8Sequence(std::uint32_t value, unsigned char* out) noexcept {
+    constexpr unsigned char kLeads[kLongestUtf8Sequence + 1] = {0, 0, 0xC0, 0xE0, 0xF0, 0xF8, 0xFC};
+    const unsigned int length = utf8SequenceLength(value);
+    for (unsigned int position = length - 1; position != 0; --position) {
+        out[position] = static_cast<unsigned char>(0x80 | (value & 0x3F));
+        value >>= 6;
+    }
+    out[0] = static_cast<unsigned char>(kLeads[length] | value);
+    return length;
+}
+
+template <class Unit>
+constexpr bool isHighSurrogate(Unit unit) noexcept {
+    return (unit & 0xFC00) == 0xD800;
+}
+
+template <class Unit>
+constexpr bool isLowSurrogate(Unit unit) noexcept {
+    return (unit & 0xFC00) == 0xDC00;
+}
+
+/// Writes `value` as one unit, or as a surrogate pair from 0x10000 on, and returns the number of units. Values above
+/// 0x10FFFF are not checked: the high unit wraps.
+template <class Unit>
+constexpr unsigned int putUnits(std::uint32_t value, Unit* out) noexcept {
+    if (value < 0x10000) {
+        out[0] = static_cast<Unit>(value);
+        return 1;
+    }
+    out[0] = static_cast<Unit>((value >> 10) - 0x2840);
+    out[1] = static_cast<Unit>(0xDC00 | (value & 0x3FF));
+    return 2;
+}
+
+/// How the encoder reads surrogates.
+enum class Surrogates {
+    Paired,  ///< a pair is one value, and one that stands alone becomes "?"
+    Single,  ///< every unit is a value of its own, so that a pair takes six bytes
+};
+
+/// Reads one value at `cursor` and moves on behind it. With `Paired`, a pair is taken whole even when its second unit
+/// lies at the end of the text: that unit is read, as the terminator is.
+template <Surrogates Rule, class Unit>
+constexpr std::uint32_t takeValue(const Unit*& cursor) noexcept {
+    const std::uint32_t unit = static_cast<std::uint16_t>(*cursor++);
+    if constexpr (Rule == Surrogates::Paired) {
+        if ((unit & 0xF800) == 0xD800) {
+            if (!isHighSurrogate(unit) || !isLowSurrogate(*cursor)) {
+                return kLoneSurrogateReplacement;
+            }
+            return unit * 1024 - 56613888 + static_cast<std::uint16_t>(*cursor++);
+        }
+    }
+    return unit;
+}
+
+/// Encodes units from `cursor` on until the text ends or at least `enough` bytes are written; moves `cursor` behind
+/// what it took and returns the number of bytes. `out` has room for `enough` bytes and one sequence more.
+template <Surrogates Rule, class Unit>
+constexpr std::size_t encodeUtf8Block(const Unit*& cursor, const Unit* end, unsigned char* out,
+                                      std::size_t enough) noexcept {
+    std::size_t written = 0;
+    while (cursor < end && written < enough) {
+        const std::size_t left = static_cast<std::size_t>(end - cursor);
+        const std::size_t room = enough - written;
+        const std::size_t run = narrowAsciiRun(cursor, left < room ? left : room, out + written);
+        cursor += run;
+        written += run;
+        while (cursor < end && written < enough && *cursor >= 0x80) {
+            written += encodeUtf8Sequence(takeValue<Rule>(cursor), out + written);
+        }
+    }
+    return written;
+}
+
+}  // namespace vorel::kernels

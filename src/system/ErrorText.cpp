@@ -1,0 +1,30 @@
+#include "vorel/system/ErrorText.h"
+
+#include <windows.h>
+
+#include "system/SystemMessage.h"
+
+namespace vorel::util {
+
+const wchar_t* FormatErrorMsg(int code, BaseString<wchar_t>& text) {
+    if (code == 0) {
+        text = L"No Error";
+    } else {
+        const system::SystemMessage message(code);
+        const std::wstring_view trimmed = message.trimmed();
+        text.clear();
+        text.append(trimmed.data(), static_cast<unsigned int>(trimmed.size()));
+    }
+    return text.view().data();
+}
+
+bool GetLastErrorMsg(BaseString<wchar_t>& text) {
+    const DWORD code = GetLastError();
+    if (code == 0) {
+        return false;
+    }
+    FormatErrorMsg(static_cast<int>(code), text);
+    return true;
+}
+
+}  // namespace vorel::util

@@ -1,0 +1,28 @@
+/// \file
+/// The system's text for an error code or an HRESULT, owned.
+#pragma once
+
+#include <string_view>
+
+namespace vorel::system {
+
+class SystemMessage {
+public:
+    /// Fetches the text in the user's default language.
+    explicit SystemMessage(int code) noexcept;
+    ~SystemMessage();
+
+    SystemMessage(const SystemMessage&) = delete;
+    SystemMessage& operator=(const SystemMessage&) = delete;
+
+    /// The text as the system has it, with its closing line break; null when there is none.
+    const wchar_t* text() const noexcept { return m_text; }
+
+    /// The text without white space at either end.
+    std::wstring_view trimmed() const noexcept;
+
+private:
+    wchar_t* m_text = nullptr;
+};
+
+}  // namespace vorel::system

@@ -1,0 +1,97 @@
+#include "vorel/system/Time.h"
+
+#include <windows.h>
+
+#include "core/SilentParameterErrors.h"
+#include "kernels/ClockArithmetic.h"
+#include "system/SystemClock.h"
+#include "vorel/core/Protocol.h"
+#include "vorel/exceptions/Exception.h"
+
+namespace vorel::util {
+
+namespace {
+
+using detail::guarded;
+
+constexpr const wchar_t* kClass = L"vorel::util";
+constexpr unsigned long long kTimeTextBytes = 26;
+
+void checkTimeBuffer(const char* buffer, unsigned long long size) {
+    if (!buffer) {
+        throw Exception(L"buffer is null");
+    }
+    if (size < kTimeTextBytes) {
+        throw Exception(L"buffer must be at least 26 characters long, actual size = %i", static_cast<int>(size));
+    }
+}
+
+}  // namespace
+
+std::tm* localtime(const long long* time, std::tm* result) {
+    return guarded(kClass, L"localtime", [=] {
+        if (!result) {
+            throw Exception(L"pLocalTime is null");
+        }
+        const detail::SilentParameterErrors silent;
+        _localtime64_s(result, time);
+        return result;
+    });
+}
+
+std::tm* gmtime(const long long* time, std::tm* result) {
+    return guarded(kClass, L"gmtime", [=] {
+        if (!result) {
+            throw Exception(L"pGMTime is null");
+        }
+        const detail::SilentParameterErrors silent;
+        _gmtime64_s(result, time);
+        return result;
+    });
+}
+
+char* asctime(const std::tm* time, char* buffer, unsigned long long size) {
+    return guarded(kClass, L"asctime", [=] {
+        checkTimeBuffer(buffer, size);
+        std::tm now = {};
+        if (!time) {
+            const long long seconds = _time64(nullptr);
+            localtime(&seconds, &now);
+        }
+        if (!system::formatTime(time ? *time : now, buffer, size)) {
+            throw Exception(L"Invalid time structure or out of range values for components of the time");
+        }
+        return buffer;
+    });
+}
+
+char* ctime(const long long* time, char* buffer, unsigned long long size) {
+    return guarded(kClass, L"ctime", [=] {
+        checkTimeBuffer(buffer, size);
+        const detail::SilentParameterErrors silent;
+        _ctime64_s(buffer, size, time);
+        return buffer;
+    });
+}
+
+unsigned long long getmicrotime() {
+    return guarded(kClass, L"getmicrotime", [] { return kernels::unixMicroseconds(system::fileTimeNow()); });
+}
+
+unsigned long long getMillisecondsUTC() {
+    return guarded(kClass, L"getMillisecondsUTC", [] { return system::millisecondsUtc(); });
+}
+
+unsigned long long getMillisecondCount() noexcept {
+    return GetTickCount();
+}
+
+unsigned long long getProcessorCycles() noexcept {
+    return GetTickCount();
+}
+
+unsigned long long getMicrotimeFromProcessorCycles(unsigned long long start, unsigned long long end) noexcept {
+    return kernels::microsecondsBetweenTicks(start, end);
+}
+
+}  // namespace vorel::util
