@@ -32,6 +32,8 @@ void build() noexcept {
 /// Ties the life of the state to that of the module.
 struct Owner {
     Owner() noexcept { build(); }
+    Owner(const Owner&) = delete;
+    Owner& operator=(const Owner&) = delete;
 
     ~Owner() {
         if (s_phase.exchange(Phase::Gone) == Phase::Alive) {

@@ -69,7 +69,7 @@ int measure(const T* fmt, va_list args) noexcept {
     std::FILE* const nullDevice = std::fopen("nul", "wb");
     const int count = print(nullDevice, fmt, args);
     if (nullDevice) {
-        std::fclose(nullDevice);
+        (void)std::fclose(nullDevice);
     }
     return count;
 }

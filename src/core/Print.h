@@ -55,8 +55,8 @@ public:
     }
 
     /// Null when the message could not be rendered.
-    const T* text() const noexcept { return m_text; }
-    bool truncated() const noexcept { return m_truncated; }
+    [[nodiscard]] const T* text() const noexcept { return m_text; }
+    [[nodiscard]] bool truncated() const noexcept { return m_truncated; }
 
 private:
     static constexpr std::size_t kUnits = 8000;

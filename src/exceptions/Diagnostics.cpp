@@ -84,7 +84,7 @@ public:
         m_rendered.renderf(line.choose(kCallersOwn), converted.view().data());
     }
 
-    const char* text() const noexcept { return m_rendered.text(); }
+    [[nodiscard]] const char* text() const noexcept { return m_rendered.text(); }
 
 private:
     MessageText<char> m_rendered;

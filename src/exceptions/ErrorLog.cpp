@@ -21,12 +21,16 @@
 #include "exceptions/DebugTargets.h"
 #include "exceptions/LocaleText.h"
 #include "exceptions/LogFile.h"
-#include "kernels/Utf8.h"
+#include "kernels/Utf8Streams.h"
 #include "system/SystemClock.h"
 #include "vorel/exceptions/Exception.h"
 #include "vorel/sync/Guard.h"
 
 namespace vorel {
+
+// Their values stand in the class; they are defined here for those who take their address.
+const long long Exception::DefaultLogSize;
+const long long Exception::LargeErrorLogSize;
 
 constinit char Exception::ErrorLogLocation[MaxPathSize] = {};
 constinit long long Exception::CurrentLogSize = DefaultLogSize;
@@ -69,13 +73,13 @@ public:
             usable = m_heap ? room : usable;
         }
         char* const text = m_heap ? m_heap.get() : m_buffer;
-        const std::size_t bytes = kernels::encodeUtf8Block<kernels::Surrogates::Paired>(
-            message, message + units, reinterpret_cast<unsigned char*>(text), usable - kSlack);
+        kernels::Utf8Writer<kernels::Surrogates::Paired, wchar_t> writer(message, -1);
+        const std::size_t bytes = writer.write(reinterpret_cast<unsigned char*>(text), usable - kSlack);
         text[bytes] = 0;
         m_text = text;
     }
 
-    const char* text() const noexcept { return m_text; }
+    [[nodiscard]] const char* text() const noexcept { return m_text; }
 
 private:
     struct Free {
@@ -177,7 +181,7 @@ void Exception::MirrorErrorMessage(const char* logPath, long long maxSize, const
             baseutil::streamPrint(stream, "[%hs] %hs.%d.%lu: %hs%hs\n", time.text, computer.text, _getpid(),
                                   GetCurrentThreadId(), front, text.text());
         }
-        std::fflush(stream);
+        (void)std::fflush(stream);
         return;
     }
 }
@@ -196,7 +200,7 @@ void Exception::CheckOldLogSize(const char* logPath, long long maxSize) noexcept
     const detail::BackupName backup(path);
     _unlink(backup.text);
     file.close();
-    std::rename(path, backup.text);
+    (void)std::rename(path, backup.text);
 }
 
 bool Exception::LockLogFile(int fileDescriptor, bool lock) noexcept {

@@ -71,7 +71,7 @@ void LogFile::close() noexcept {
         m_locked = false;
     }
     if (m_stream) {
-        std::fclose(m_stream);  // closes the descriptor too
+        (void)std::fclose(m_stream);  // closes the descriptor too
     } else {
         _close(m_descriptor);
     }

@@ -33,11 +33,11 @@ public:
     LogFile(const LogFile&) = delete;
     LogFile& operator=(const LogFile&) = delete;
 
-    bool isOpen() const noexcept { return m_descriptor != -1; }
+    [[nodiscard]] bool isOpen() const noexcept { return m_descriptor != -1; }
     bool tryLock() noexcept;
 
     /// Whether the file has more than `limit` bytes; false when its size cannot be told, or exceeds 31 bits.
-    bool isLargerThan(long long limit) const noexcept;
+    [[nodiscard]] bool isLargerThan(long long limit) const noexcept;
 
     /// A stream that appends to the file, null when there is none to be had.
     std::FILE* stream() noexcept;

@@ -19,7 +19,9 @@ class Location {
 public:
     Location(const wchar_t* format, va_list args) noexcept : m_rendered(format, args) {}
 
-    const wchar_t* text() const noexcept { return m_rendered.text() ? m_rendered.text() : baseutil::kUnformattable; }
+    [[nodiscard]] const wchar_t* text() const noexcept {
+        return m_rendered.text() ? m_rendered.text() : baseutil::kUnformattable;
+    }
 
 private:
     baseutil::MessageText<wchar_t> m_rendered;

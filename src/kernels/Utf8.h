@@ -6,10 +6,7 @@
 /// starts five; trailing bytes are taken as they are; overlong forms and encoded surrogates pass.
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
-
-#include "kernels/AsciiRuns.h"
 
 namespace vorel::kernels {
 
@@ -114,7 +111,7 @@ enum class Surrogates {
 /// lies at the end of the text: that unit is read, as the terminator is.
 template <Surrogates Rule, class Unit>
 constexpr std::uint32_t takeValue(const Unit*& cursor) noexcept {
-    const std::uint32_t unit = static_cast<std::uint16_t>(*cursor++);
+    const std::uint32_t unit{static_cast<std::uint16_t>(*cursor++)};
     if constexpr (Rule == Surrogates::Paired) {
         if ((unit & 0xF800) == 0xD800) {
             if (!isHighSurrogate(unit) || !isLowSurrogate(*cursor)) {
@@ -124,25 +121,6 @@ constexpr std::uint32_t takeValue(const Unit*& cursor) noexcept {
         }
     }
     return unit;
-}
-
-/// Encodes units from `cursor` on until the text ends or at least `enough` bytes are written; moves `cursor` behind
-/// what it took and returns the number of bytes. `out` has room for `enough` bytes and one sequence more.
-template <Surrogates Rule, class Unit>
-constexpr std::size_t encodeUtf8Block(const Unit*& cursor, const Unit* end, unsigned char* out,
-                                      std::size_t enough) noexcept {
-    std::size_t written = 0;
-    while (cursor < end && written < enough) {
-        const std::size_t left = static_cast<std::size_t>(end - cursor);
-        const std::size_t room = enough - written;
-        const std::size_t run = narrowAsciiRun(cursor, left < room ? left : room, out + written);
-        cursor += run;
-        written += run;
-        while (cursor < end && written < enough && *cursor >= 0x80) {
-            written += encodeUtf8Sequence(takeValue<Rule>(cursor), out + written);
-        }
-    }
-    return written;
 }
 
 }  // namespace vorel::kernels

@@ -16,10 +16,10 @@ public:
     SystemMessage& operator=(const SystemMessage&) = delete;
 
     /// The text as the system has it, with its closing line break; null when there is none.
-    const wchar_t* text() const noexcept { return m_text; }
+    [[nodiscard]] const wchar_t* text() const noexcept { return m_text; }
 
     /// The text without white space at either end.
-    std::wstring_view trimmed() const noexcept;
+    [[nodiscard]] std::wstring_view trimmed() const noexcept;
 
 private:
     wchar_t* m_text = nullptr;

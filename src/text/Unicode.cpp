@@ -3,10 +3,11 @@
 #include <algorithm>
 #include <cstring>
 #include <string>
+#include <utility>
 
 #include "core/StringAccess.h"
-#include "kernels/Utf8.h"
-#include "kernels/Utf8Reader.h"
+#include "kernels/Utf8Streams.h"
+#include "text/OutputTail.h"
 #include "vorel/core/Protocol.h"
 #include "vorel/exceptions/Exception.h"
 
@@ -19,8 +20,8 @@ using kernels::Surrogates;
 using Reader = kernels::Utf8Reader;
 
 constexpr unsigned int kUnitsPerBlock = 450;
-constexpr std::size_t kEncodedBlock = 256;   // bytes that are handed over at once …
-constexpr std::size_t kAppendedBlock = 248;  // … and when they are appended to what is there
+constexpr unsigned int kEncodedBlock = 256;   // bytes that are handed over at once …
+constexpr unsigned int kAppendedBlock = 248;  // … and when they are appended to what is there
 
 const unsigned char* bytesOf(const char* text) noexcept {
     return reinterpret_cast<const unsigned char*>(text);
@@ -59,24 +60,34 @@ auto withInput(const char* fmt, const char* input, Conversion&& conversion) {
     }
 }
 
-/// The end of wide text under the rules of a length: its terminator, or the bound before it.
-const wchar_t* endOf(const wchar_t* input, int length) noexcept {
-    if (length < 0) {
-        return input + std::char_traits<wchar_t>::length(input);
-    }
-    const wchar_t* const bound = input + length;
-    return std::find(input, bound, L'\0');
+/// Appends the UTF-8 form of a wide text.
+template <Surrogates Rule, unsigned int Block, class Tail>
+void encode(const wchar_t* input, int length, Tail&& tail) {
+    kernels::Utf8Writer<Rule, wchar_t> writer(input, length);
+    text::fill<Block, kernels::kLongestUtf8Sequence>(
+        std::forward<Tail>(tail),
+        [&](auto* out, std::size_t enough) { return writer.write(reinterpret_cast<unsigned char*>(out), enough); },
+        [&] { return writer.atEnd(); });
 }
 
-/// Appends the UTF-8 form of a wide text block by block, each with at least `Block` bytes but the last.
-template <Surrogates Rule, std::size_t Block>
-void encode(const wchar_t* cursor, const wchar_t* end, Array<unsigned char>& output) {
-    unsigned char block[Block + kernels::kLongestUtf8Sequence];
-    while (cursor < end) {
-        const std::size_t bytes = kernels::encodeUtf8Block<Rule>(cursor, end, block, Block);
-        output.append(block, static_cast<unsigned int>(bytes));
+/// Empties a text that a failing conversion leaves half-done.
+class EmptyUnlessDone {
+public:
+    explicit EmptyUnlessDone(BaseString<char>& text) noexcept : m_text(&text) {}
+    ~EmptyUnlessDone() {
+        if (m_text) {
+            m_text->clear();
+        }
     }
-}
+
+    EmptyUnlessDone(const EmptyUnlessDone&) = delete;
+    EmptyUnlessDone& operator=(const EmptyUnlessDone&) = delete;
+
+    void done() noexcept { m_text = nullptr; }
+
+private:
+    BaseString<char>* m_text;
+};
 
 }  // namespace
 
@@ -94,22 +105,15 @@ bool ConvertUTF8toString(BaseString<wchar_t>& output, const unsigned char* input
             return true;
         }
         Reader reader(input, length);
-        wchar_t block[kUnitsPerBlock + 1];  // the second unit of a pair may stand behind a full block
-        unsigned int units = 0;
-        for (;;) {
-            units += static_cast<unsigned int>(
-                reader.read<Reader::LastPair::Written>(block + units, kUnitsPerBlock - units));
-            if (units < kUnitsPerBlock) {
-                break;
-            }
-            output.append(block, kUnitsPerBlock);
-            units -= kUnitsPerBlock;
-            std::copy_n(block + kUnitsPerBlock, units, block);
-        }
+        text::fill<kUnitsPerBlock, 1>(
+            text::StringTail(output),
+            [&](wchar_t* out, std::size_t enough) { return reader.read<Reader::LastPair::Written>(out, enough); },
+            [&] { return reader.failed() || reader.atEnd(); });
         if (reader.failed()) {
+            // Units leave the conversion in whole blocks; what was on its way is lost.
+            detail::StringAccess<wchar_t>::setLength(output, output.length() / kUnitsPerBlock * kUnitsPerBlock);
             return refuse(reader.position(), throwOnError);
         }
-        output.append(block, units);
         return true;
     });
 }
@@ -136,11 +140,11 @@ bool ConvertUTF8toString(wchar_t* output, unsigned int size, const unsigned char
 
 void ConvertStringtoUTF8(const wchar_t* input, Array<unsigned char>& output, bool appendZero, int length) {
     guarded(L"vorel::util::ConvertStringtoUTF8", [&] {
-        output.setCount(0);
         if (!input) {
+            output.clear();
             return;
         }
-        encode<Surrogates::Paired, kEncodedBlock>(input, endOf(input, length), output);
+        encode<Surrogates::Paired, kEncodedBlock>(input, length, text::ArrayTail(output, 0));
         if (appendZero) {
             output.append(0);
         }
@@ -153,9 +157,9 @@ void ConvertStringtoUTF8(const wchar_t* input, BaseString<char>& output, int len
         if (!input) {
             return;
         }
-        Array<unsigned char> bytes;
-        encode<Surrogates::Paired, kEncodedBlock>(input, endOf(input, length), bytes);
-        output.append(reinterpret_cast<const char*>(bytes.data()), bytes.size());
+        EmptyUnlessDone result(output);
+        encode<Surrogates::Paired, kEncodedBlock>(input, length, text::StringTail(output));
+        result.done();
     });
 }
 
@@ -170,11 +174,12 @@ void ConvertUTF16toString(BaseString<wchar_t>& output, const unsigned char* inpu
         }
         // The bytes need not lie at an even address, so they are never read as units in place.
         unsigned int units = 0;
-        while (units < static_cast<unsigned int>(length) / 2 && (input[2 * units] | input[2 * units + 1]) != 0) {
+        while (units < static_cast<unsigned int>(length) / 2 &&
+               (input[2 * std::size_t{units}] | input[2 * std::size_t{units} + 1]) != 0) {
             ++units;
         }
         if (units != 0) {
-            std::memcpy(output.reserve(units, true), input, units * sizeof(wchar_t));
+            std::memcpy(output.reserve(units, true), input, std::size_t{units} * sizeof(wchar_t));
             detail::StringAccess<wchar_t>::setLength(output, units);
         }
     });
@@ -206,7 +211,7 @@ void ConvertStringtoUTF16(const wchar_t* input, Array<unsigned char>& output, bo
 
 void EncodeAndAppendToBuffer(const wchar_t* input, Array<unsigned char>& output) {
     if (input) {
-        encode<Surrogates::Single, kAppendedBlock>(input, endOf(input, -1), output);
+        encode<Surrogates::Single, kAppendedBlock>(input, -1, text::ArrayTail(output, output.size()));
     }
 }
 

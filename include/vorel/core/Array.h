@@ -70,9 +70,9 @@ public:
     const T& operator[](unsigned int index) const { return m_items[checked(index)]; }
 
     /// Number of elements in use, and number of slots in the storage.
-    unsigned int size() const noexcept { return m_count; }
-    bool empty() const noexcept { return m_count == 0; }
-    unsigned int allocated() const noexcept { return m_allocated; }
+    [[nodiscard]] unsigned int size() const noexcept { return m_count; }
+    [[nodiscard]] bool empty() const noexcept { return m_count == 0; }
+    [[nodiscard]] unsigned int allocated() const noexcept { return m_allocated; }
 
     /// Adds a copy of `item`, which may be an element of this array.
     /// \throws MemoryException and leaves the array as it was.
@@ -124,11 +124,11 @@ public:
 
     /// The elements in a row; null while nothing was ever reserved.
     T* data() noexcept { return m_items; }
-    const T* data() const noexcept { return m_items; }
+    [[nodiscard]] const T* data() const noexcept { return m_items; }
     T* begin() noexcept { return m_items; }
-    const T* begin() const noexcept { return m_items; }
+    [[nodiscard]] const T* begin() const noexcept { return m_items; }
     T* end() noexcept { return m_items + m_count; }
-    const T* end() const noexcept { return m_items + m_count; }
+    [[nodiscard]] const T* end() const noexcept { return m_items + m_count; }
 
     /// Makes room for at least `count` elements; storage never shrinks. With `exact` it has just that many slots,
     /// otherwise it doubles from 5 upwards, for appending in amortised constant time.
@@ -147,7 +147,7 @@ private:
     static constexpr unsigned int kFirstSlots = 5;
     static constexpr unsigned int kMostSlots = 0xFFFFFFFFu;
 
-    unsigned int doubledUpTo(unsigned int count) const noexcept {
+    [[nodiscard]] unsigned int doubledUpTo(unsigned int count) const noexcept {
         unsigned int slots = m_allocated > kFirstSlots ? m_allocated : kFirstSlots;
         while (slots < count) {
             slots = slots > kMostSlots / 2 ? kMostSlots : slots * 2;
@@ -155,14 +155,14 @@ private:
         return slots;
     }
 
-    unsigned int grownCount(unsigned int more) const {
+    [[nodiscard]] unsigned int grownCount(unsigned int more) const {
         if (more > kMostSlots - m_count) {
             detail::throwMemory(kMostSlots, sizeof(T));
         }
         return m_count + more;
     }
 
-    unsigned int checked(unsigned int index) const {
+    [[nodiscard]] unsigned int checked(unsigned int index) const {
         if (index >= m_count) {
             detail::throwInvalidIndex(index, m_count);
         }

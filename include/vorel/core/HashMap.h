@@ -82,8 +82,8 @@ public:
     /// it invalid.
     class Iterator {
     public:
-        const Key& key() const noexcept { return m_node->key; }
-        Value& value() const noexcept { return m_node->value; }
+        [[nodiscard]] const Key& key() const noexcept { return m_node->key; }
+        [[nodiscard]] Value& value() const noexcept { return m_node->value; }
 
         /// The next entry, in no order that means anything.
         Iterator& operator++() noexcept {
@@ -131,11 +131,11 @@ public:
         detail::guardedDestructor(L"HashMap", [this] { clear(); });
     }
 
-    unsigned int size() const noexcept { return m_size; }
-    unsigned int bucketCount() const noexcept { return m_buckets.size(); }
+    [[nodiscard]] unsigned int size() const noexcept { return m_size; }
+    [[nodiscard]] unsigned int bucketCount() const noexcept { return m_buckets.size(); }
 
     /// The number of entries at which the next insertion first grows the map: three quarters of the bucket count.
-    unsigned int growAt() const noexcept { return m_growAt; }
+    [[nodiscard]] unsigned int growAt() const noexcept { return m_growAt; }
 
     /// Inserts an entry and returns its place. An equal key is not looked for: with two entries of one key, lookups
     /// find the newer.
@@ -166,7 +166,7 @@ public:
 
     /// The newest entry of `key`, or the end.
     /// \throws Exception "Tried to find in a hash map with 0 buckets".
-    Iterator find(const Key& key, std::uint64_t hash) const {
+    [[nodiscard]] Iterator find(const Key& key, std::uint64_t hash) const {
         if (bucketCount() == 0) {
             detail::throwFailure(L"Tried to find in a hash map with 0 buckets");
         }
@@ -235,7 +235,7 @@ public:
         }
     }
 
-    Iterator begin() const noexcept {
+    [[nodiscard]] Iterator begin() const noexcept {
         if (m_size == 0) {
             return end();
         }
@@ -244,14 +244,16 @@ public:
         return first;
     }
 
-    Iterator end() const noexcept { return Iterator(this, nullptr, nullptr); }
+    [[nodiscard]] Iterator end() const noexcept { return Iterator(this, nullptr, nullptr); }
 
 private:
     static bool matches(const Node& node, const Key& key, std::uint64_t hash) {
         return node.hash == hash && KeyEqual()(node.key, key);
     }
 
-    unsigned int indexOf(std::uint64_t hash) const noexcept { return static_cast<unsigned int>(hash % bucketCount()); }
+    [[nodiscard]] unsigned int indexOf(std::uint64_t hash) const noexcept {
+        return static_cast<unsigned int>(hash % bucketCount());
+    }
     Node*& bucketOf(std::uint64_t hash) { return m_buckets[indexOf(hash)]; }
 
     Array<Node*> m_buckets;

@@ -27,8 +27,8 @@ public:
     /// \throws InvalidIndexException when `index` is not below the size.
     T* operator[](unsigned int index) const { return m_items[index]; }
 
-    unsigned int size() const noexcept { return m_items.size(); }
-    bool empty() const noexcept { return m_items.empty(); }
+    [[nodiscard]] unsigned int size() const noexcept { return m_items.size(); }
+    [[nodiscard]] bool empty() const noexcept { return m_items.empty(); }
 
 private:
     Array<T*> m_items;

@@ -174,8 +174,8 @@ public:
     /// appended) once it has grown beyond that, a negative one never does.
     /// \{
 
-    static constexpr long long DefaultLogSize = 1000000;
-    static constexpr long long LargeErrorLogSize = 10000000;
+    static const long long DefaultLogSize = 1000000;
+    static const long long LargeErrorLogSize = 10000000;
 
     /// Sets the file (at most 1023 bytes of its path, in the process's narrow code page; null or empty: the default
     /// file "C:\TalvenorError.txt") and, if `size` is 1 or more, the size limit. The first call installs the handler

@@ -37,7 +37,7 @@ public:
     void unlock();
 
     /// The operating system's critical section; owned by the lock.
-    void* getHandle() const noexcept { return m_handle; }
+    [[nodiscard]] void* getHandle() const noexcept { return m_handle; }
 
 protected:
     /// `lock` and `unlock` whatever the switch says.
@@ -62,7 +62,7 @@ public:
     bool lock(unsigned int timeout, bool);
     bool tryLock();
     void unlock();
-    void* getHandle() const noexcept { return m_handle; }
+    [[nodiscard]] void* getHandle() const noexcept { return m_handle; }
 
 private:
     void* m_handle;
