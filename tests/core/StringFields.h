@@ -1,0 +1,37 @@
+/// \file
+/// The three fields of a string as another module sees them.
+#pragma once
+
+#include <cstring>
+
+#include "vorel/core/BaseString.h"
+
+namespace test {
+
+template <class T>
+struct StringFields {
+    T* data;
+    unsigned int capacity;
+    unsigned int length;
+};
+
+template <class T>
+StringFields<T> fieldsOf(const vorel::BaseString<T>& string) {
+    static_assert(sizeof(StringFields<T>) == sizeof string);
+    StringFields<T> fields;
+    std::memcpy(&fields, static_cast<const void*>(&string), sizeof fields);
+    return fields;
+}
+
+template <class T>
+void setFields(vorel::BaseString<T>& string, const StringFields<T>& fields) {
+    std::memcpy(static_cast<void*>(&string), &fields, sizeof fields);
+}
+
+/// Whether the length is remembered, rather than to be counted.
+template <class T>
+bool knowsLength(const vorel::BaseString<T>& string) {
+    return fieldsOf(string).length != vorel::BaseString<T>::kUnknownLength;
+}
+
+}  // namespace test
