@@ -1,0 +1,157 @@
+#include "kernels/Utf8Streams.h"
+
+#include <algorithm>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "support/Utf8Reference.h"
+
+namespace {
+
+using vorel::kernels::BoundedCursor;
+using vorel::kernels::kLongestUtf8Sequence;
+using vorel::kernels::Surrogates;
+using vorel::kernels::Utf8Reader;
+using vorel::kernels::Utf8Writer;
+
+const unsigned char* bytesOf(const std::string& text) {
+    return reinterpret_cast<const unsigned char*>(text.data());
+}
+
+/// ASCII runs around sixteen bytes, sequences of every length, and a lead byte whose sequence swallows a zero.
+const std::string& sampleText() {
+    static const std::string kSample =
+        "An ASCII run of more than sixteen bytes, \xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80 then "
+        "fifteen bytes \xED\xA0\x80\xFD\x80\x80\x81\x82\x83 a\xC3" +
+        std::string("\0\xC0\x80.\0\0\0\0\0\0", 10);
+    return kSample;
+}
+
+/// Everything that is read in pieces of `room` units, no piece being larger than it may be.
+template <Utf8Reader::LastPair Rule>
+std::wstring readInPieces(Utf8Reader& reader, std::size_t room) {
+    constexpr std::size_t kOverhang = Rule == Utf8Reader::LastPair::Written ? 1 : 0;
+    std::wstring all;
+    while (!reader.atEnd() && !reader.failed()) {
+        std::vector<wchar_t> piece(room + kOverhang + 1, L'\x5A5A');
+        const std::size_t units = reader.read<Rule>(piece.data(), room);
+        EXPECT_LE(units, room + kOverhang);
+        EXPECT_EQ(piece[room + kOverhang], L'\x5A5A') << "behind the room";
+        if (units == 0 && !reader.failed()) {
+            ADD_FAILURE() << "no progress";
+            break;
+        }
+        all.append(piece.data(), units);
+    }
+    return all;
+}
+
+TEST(BoundedCursorTest, EndsAtTheBoundOrAtAZero) {
+    const std::string text("ab\0c", 4);
+    EXPECT_TRUE((BoundedCursor<char>(text.data(), 0).atEnd()));
+    EXPECT_FALSE((BoundedCursor<char>(text.data(), 1).atEnd()));
+    EXPECT_FALSE((BoundedCursor<char>(text.data(), -1).atEnd()));
+    EXPECT_TRUE((BoundedCursor<char>(text.data() + 2, -1).atEnd()));
+    EXPECT_TRUE((BoundedCursor<char>(text.data() + 2, 2).atEnd()));
+}
+
+TEST(BoundedCursorTest, Pass_BeyondTheBoundIsTheEndToo) {
+    const std::string text = "abcdef";
+    BoundedCursor<char> cursor(text.data(), 2);
+    cursor.pass(5);
+    EXPECT_EQ(cursor.position(), text.data() + 5);
+    EXPECT_EQ(cursor.left(), 0u);
+    EXPECT_TRUE(cursor.atEnd());
+}
+
+TEST(Utf8ReaderTest, Read_GivesTheSameInPiecesOfAnySize) {
+    const std::wstring expected = test::decodeUtf8(sampleText(), -1).units;
+    for (std::size_t room = 1; room <= expected.size() + 1; ++room) {
+        SCOPED_TRACE(room);
+        Utf8Reader written(bytesOf(sampleText()), -1);
+        EXPECT_EQ(readInPieces<Utf8Reader::LastPair::Written>(written, room), expected);
+        if (room >= 2) {
+            Utf8Reader left(bytesOf(sampleText()), -1);
+            EXPECT_EQ(readInPieces<Utf8Reader::LastPair::Left>(left, room), expected);
+        }
+    }
+}
+
+TEST(Utf8ReaderTest, Read_LeavesAPairUnreadOrWritesItWhole) {
+    const std::string text = "a\xF0\x9F\x98\x80z";
+    wchar_t units[3] = {};
+
+    Utf8Reader left(bytesOf(text), -1);
+    EXPECT_EQ(left.read<Utf8Reader::LastPair::Left>(units, 2), 1u);
+    EXPECT_EQ(left.position(), bytesOf(text) + 1);
+
+    Utf8Reader written(bytesOf(text), -1);
+    EXPECT_EQ(written.read<Utf8Reader::LastPair::Written>(units, 2), 3u);
+    EXPECT_EQ(std::wstring(units, 3), L"a\xD83D\xDE00");
+    EXPECT_EQ(written.position(), bytesOf(text) + 5);
+}
+
+TEST(Utf8ReaderTest, Read_StandsOnTheByteThatStartsNothing) {
+    for (const std::size_t room : {1u, 3u, 8u}) {
+        const std::string text = "abc\xF1z";
+        Utf8Reader reader(bytesOf(text), -1);
+        EXPECT_EQ(readInPieces<Utf8Reader::LastPair::Written>(reader, room), L"abc");
+        EXPECT_TRUE(reader.failed());
+        EXPECT_EQ(reader.position(), bytesOf(text) + 3);
+    }
+}
+
+TEST(Utf8ReaderTest, Read_MeetsABadByteBehindTheLastUnitThatFits) {
+    const std::string text = "ab\x80";
+    wchar_t units[2] = {};
+    Utf8Reader reader(bytesOf(text), -1);
+    EXPECT_EQ(reader.read<Utf8Reader::LastPair::Left>(units, 2), 2u);
+    EXPECT_TRUE(reader.failed());
+}
+
+TEST(Utf8ReaderTest, Read_WithEveryBoundAgreesWithTheReference) {
+    for (int length = 0; length <= static_cast<int>(sampleText().size()); ++length) {
+        SCOPED_TRACE(length);
+        Utf8Reader reader(bytesOf(sampleText()), length);
+        EXPECT_EQ(readInPieces<Utf8Reader::LastPair::Written>(reader, 1000),
+                  test::decodeUtf8(sampleText(), length).units);
+    }
+}
+
+template <Surrogates Rule>
+std::string writeInPieces(const std::wstring& text, int length, std::size_t enough) {
+    Utf8Writer<Rule, wchar_t> writer(text.data(), length);
+    std::string all;
+    while (!writer.atEnd()) {
+        std::vector<unsigned char> piece(enough + kLongestUtf8Sequence + 1, 0x5A);
+        const std::size_t bytes = writer.write(piece.data(), enough);
+        EXPECT_LT(bytes, enough + kLongestUtf8Sequence);
+        EXPECT_EQ(piece[enough + kLongestUtf8Sequence], 0x5A) << "behind the room";
+        EXPECT_TRUE(bytes >= enough || writer.atEnd()) << "a piece is full, or the last";
+        all.append(piece.begin(), piece.begin() + static_cast<std::ptrdiff_t>(bytes));
+    }
+    return all;
+}
+
+TEST(Utf8WriterTest, Write_GivesTheSameInPiecesOfAnySize) {
+    const std::wstring text = L"An ASCII run of more than sixteen units, \x00E9\x20AC\xD83D\xDE00 and \xDC00 "
+                              L"fifteen units \xD800\xD800\xDC00 \xD800";
+    const std::string paired = test::encodeUtf16(text, -1).bytes;
+    const std::string single = test::encodeUnits(text);
+    for (std::size_t enough = 1; enough <= single.size() + 1; ++enough) {
+        SCOPED_TRACE(enough);
+        EXPECT_EQ(writeInPieces<Surrogates::Paired>(text, -1, enough), paired);
+        EXPECT_EQ(writeInPieces<Surrogates::Single>(text, -1, enough), single);
+    }
+}
+
+TEST(Utf8WriterTest, Write_TakesAPairThatStartsOnTheLastUnit) {
+    const std::wstring text = L"a\xD83D\xDE00z";
+    EXPECT_EQ(writeInPieces<Surrogates::Paired>(text, 2, 100), "a\xF0\x9F\x98\x80");
+    EXPECT_EQ(writeInPieces<Surrogates::Paired>(text, 3, 100), "a\xF0\x9F\x98\x80");
+    EXPECT_EQ(writeInPieces<Surrogates::Paired>(text, 4, 100), "a\xF0\x9F\x98\x80z");
+}
+
+}  // namespace

@@ -1,0 +1,183 @@
+/// \file
+/// A second UTF-8 and UTF-16 codec, written from the rules alone: byte by byte, without blocks, fast paths or shared
+/// code. Tests compare the library's answers with it.
+///
+///     test::decodeUtf8(bytes, -1).units    // what ConvertUTF8toString has to give
+///
+/// The bytes behind the bound belong to the input that is passed in, because trailing bytes are read there.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace test {
+
+/// What becomes of a UTF-8 text.
+struct DecodedText {
+    std::wstring units;                ///< everything up to the end of the text, or up to the error
+    std::vector<std::size_t> unitsOf;  ///< how many units each character has, in order
+    std::optional<std::size_t> error;  ///< where the byte stands that starts no sequence
+    std::size_t bytesRead = 0;         ///< how far the input has to be readable
+};
+
+/// What becomes of a wide text.
+struct EncodedText {
+    std::string bytes;
+    std::size_t unitsRead = 0;  ///< how far the input has to be readable
+};
+
+/// A length below 0 is no bound.
+inline bool withinBound(std::size_t index, int length) {
+    return length < 0 || index < static_cast<std::size_t>(length);
+}
+
+/// Length of the sequence that `lead` starts; 0 for a byte that starts none.
+inline unsigned int sequenceLength(unsigned char lead) {
+    const unsigned int b = lead;
+    if (b < 0x80) {
+        return 1;
+    }
+    if (b >= 0xC0 && b <= 0xDF) {
+        return 2;
+    }
+    if (b >= 0xE0 && b <= 0xEF) {
+        return 3;
+    }
+    if (b >= 0xF0 && b % 2 == 0) {
+        return 4;
+    }
+    // The row of five-byte sequences asks for F8 or FA, which the row of four has taken.
+    return b == 0xFD ? 6 : 0;
+}
+
+/// The value of a sequence of `length` bytes; the trailing bytes are not checked.
+inline std::uint32_t sequenceValue(const unsigned char* bytes, unsigned int length) {
+    const auto low = [bytes](unsigned int index, unsigned int bits) {
+        return static_cast<std::uint32_t>(bytes[index] % (1u << bits));
+    };
+    switch (length) {
+    case 1: return bytes[0];
+    case 2: return low(0, 5) * 0x40 + low(1, 6);
+    case 3: return low(0, 4) * 0x1000 + low(1, 6) * 0x40 + low(2, 6);
+    case 4: return low(0, 4) * 0x40000 + low(1, 6) * 0x1000 + low(2, 6) * 0x40 + low(3, 6);
+    default:  // six: of the lead byte only the last two bits survive 32-bit arithmetic
+        return low(0, 2) * 0x40000000u + low(1, 4) * 0x1000000 + low(2, 4) * 0x40000 + low(3, 6) * 0x1000 +
+               low(4, 6) * 0x40 + low(5, 6);
+    }
+}
+
+/// Adds `value` as UTF-16 and returns the number of units. What is above 0x10FFFF wraps in the high unit.
+inline std::size_t appendUtf16(std::wstring& units, std::uint32_t value) {
+    if (value < 0x10000) {
+        units += static_cast<wchar_t>(value);
+        return 1;
+    }
+    units += static_cast<wchar_t>((value / 0x400 + 0x10000 - 0x2840) % 0x10000);
+    units += static_cast<wchar_t>(0xDC00 + value % 0x400);
+    return 2;
+}
+
+/// Decodes `input` up to a zero byte, or `length` bytes when that is 0 or more.
+inline DecodedText decodeUtf8(std::string_view input, int length) {
+    const auto* bytes = reinterpret_cast<const unsigned char*>(input.data());
+    DecodedText result;
+    std::size_t at = 0;
+    while (withinBound(at, length)) {
+        result.bytesRead = at + 1;
+        if (bytes[at] == 0) {
+            break;
+        }
+        const unsigned int taken = sequenceLength(bytes[at]);
+        if (taken == 0) {
+            result.error = at;
+            break;
+        }
+        result.unitsOf.push_back(appendUtf16(result.units, sequenceValue(bytes + at, taken)));
+        at += taken;
+        result.bytesRead = at;
+    }
+    return result;
+}
+
+/// The text between the brackets of a message about `input`, whose byte at `error` starts no sequence.
+inline std::wstring hexDump(std::string_view input, std::size_t error) {
+    static constexpr wchar_t kDigits[] = L"0123456789ABCDEF";
+    std::wstring dump;
+    for (std::size_t at = error + 1; input[at] != 0; ++at) {
+        const unsigned int byte = static_cast<unsigned char>(input[at]);
+        dump += dump.empty() ? L"Hex string: " : L"-";
+        dump += kDigits[byte / 16];
+        dump += kDigits[byte % 16];
+    }
+    return dump;
+}
+
+/// The old UTF-8 form of one value: one to six bytes, none for what does not fit in them.
+inline std::string encodeUtf8(std::uint32_t value) {
+    struct Form {
+        std::uint32_t end;   // the first value that is too large
+        unsigned int marks;  // the bits of the lead byte that tell the length
+        unsigned int trailing;
+    };
+    static constexpr Form kForms[] = {{0x80, 0x00, 0},     {0x800, 0xC0, 1},     {0x10000, 0xE0, 2},
+                                      {0x200000, 0xF0, 3}, {0x4000000, 0xF8, 4}, {0x80000000, 0xFC, 5}};
+    for (const Form& form : kForms) {
+        if (value < form.end) {
+            std::string bytes(1 + form.trailing, '\0');
+            for (unsigned int index = form.trailing; index > 0; --index) {
+                bytes[index] = static_cast<char>(0x80 + value % 0x40);
+                value /= 0x40;
+            }
+            bytes[0] = static_cast<char>(form.marks + value);
+            return bytes;
+        }
+    }
+    return {};
+}
+
+inline bool isHighSurrogate(wchar_t unit) {
+    return unit >= 0xD800 && unit <= 0xDBFF;
+}
+inline bool isLowSurrogate(wchar_t unit) {
+    return unit >= 0xDC00 && unit <= 0xDFFF;
+}
+
+/// Encodes `input` up to a zero unit, or `length` units when that is 0 or more; `input` is to hold the unit behind the
+/// bound too, because a pair that starts on the last unit is taken whole.
+inline EncodedText encodeUtf16(const std::wstring& input, int length) {
+    EncodedText result;
+    std::size_t at = 0;
+    while (withinBound(at, length)) {
+        result.unitsRead = at + 1;
+        if (input[at] == 0) {
+            break;
+        }
+        if (isHighSurrogate(input[at])) {
+            result.unitsRead = at + 2;
+        }
+        if (isHighSurrogate(input[at]) && isLowSurrogate(input[at + 1])) {
+            result.bytes += encodeUtf8(0x10000u + (input[at] - 0xD800u) * 0x400 + (input[at + 1] - 0xDC00u));
+            at += 2;
+            continue;
+        }
+        const bool lone = isHighSurrogate(input[at]) || isLowSurrogate(input[at]);
+        result.bytes += lone ? std::string("?") : encodeUtf8(std::uint32_t{input[at]});
+        ++at;
+    }
+    return result;
+}
+
+/// Each unit up to a zero as a sequence of its own, surrogates too.
+inline std::string encodeUnits(const std::wstring& input) {
+    std::string bytes;
+    for (std::size_t at = 0; input[at] != 0; ++at) {
+        bytes += encodeUtf8(std::uint32_t{input[at]});
+    }
+    return bytes;
+}
+
+}  // namespace test
