@@ -176,9 +176,11 @@ BaseString<T>& BaseString<T>::operator=(const T* text) {
 
 template <class T>
 BaseString<T>& BaseString<T>::operator=(const BaseString& other) {
-    const unsigned int length = other.length();
-    if (!StringAccess<T>::tryAssign(*this, other.m_data, length)) {
-        reserve(length, true);
+    if (this != &other) {
+        const unsigned int length = other.length();
+        if (!StringAccess<T>::tryAssign(*this, other.m_data, length)) {
+            reserve(length, true);  // fails again, and says so
+        }
     }
     return *this;
 }

@@ -19,9 +19,10 @@ struct StringAccess {
     static bool tryAssign(BaseString<T>& string, const T* text, unsigned int length) noexcept;
     static bool tryAssign(BaseString<T>& string, const T* text) noexcept;
 
-    /// States the length after the first `length` units have been written, and terminates them.
+    /// States the length after the first `length` units have been written, and terminates them. The string has a
+    /// buffer.
     static void setLength(BaseString<T>& string, unsigned int length) noexcept {
-        string.m_data[length] = 0;
+        string.m_data[length] = 0;  // NOLINT(clang-analyzer-core.NullDereference): a caller has written to it
         string.m_length = length;
     }
 };

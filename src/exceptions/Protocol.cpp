@@ -54,13 +54,15 @@ void Exception::catchGeneric(const wchar_t* format, ...) noexcept {
 void Exception::rethrowMessage(const wchar_t* location) {
     appendMessage(vexCatchAndThrowVorel, location);
     rethrow();
-    Exception::rethrow();  // only behind an override that returns
+    // cppcheck-suppress unreachableCode; reached behind an override that returns against its promise
+    Exception::rethrow();
 }
 
 void Exception::rethrowClass(const wchar_t* className, const wchar_t* method) {
     appendMessage(vexCatchAndThrowClassVorel, className, method);
     rethrow();
-    Exception::rethrow();  // only behind an override that returns
+    // cppcheck-suppress unreachableCode; reached behind an override that returns against its promise
+    Exception::rethrow();
 }
 
 void Exception::rethrowGeneric(const wchar_t* format, ...) {

@@ -20,11 +20,11 @@ public:
         : m_position(input),
           m_left(length < 0 ? std::numeric_limits<std::size_t>::max() : static_cast<std::size_t>(length)) {}
 
-    const Element* position() const noexcept { return m_position; }
+    [[nodiscard]] const Element* position() const noexcept { return m_position; }
 
     /// The elements before the bound.
-    std::size_t left() const noexcept { return m_left; }
-    bool atEnd() const noexcept { return m_left == 0 || *m_position == 0; }
+    [[nodiscard]] std::size_t left() const noexcept { return m_left; }
+    [[nodiscard]] bool atEnd() const noexcept { return m_left == 0 || *m_position == 0; }
 
     /// Goes on; what lies beyond the bound is passed too.
     void pass(std::size_t elements) noexcept {
@@ -80,11 +80,11 @@ public:
         return units;
     }
 
-    bool atEnd() const noexcept { return m_cursor.atEnd(); }
+    [[nodiscard]] bool atEnd() const noexcept { return m_cursor.atEnd(); }
 
     /// Whether a byte was met that starts no sequence; `position` stands on it then.
-    bool failed() const noexcept { return m_failed; }
-    const unsigned char* position() const noexcept { return m_cursor.position(); }
+    [[nodiscard]] bool failed() const noexcept { return m_failed; }
+    [[nodiscard]] const unsigned char* position() const noexcept { return m_cursor.position(); }
 
 private:
     BoundedCursor<unsigned char> m_cursor;
@@ -115,7 +115,7 @@ public:
         return bytes;
     }
 
-    bool atEnd() const noexcept { return m_cursor.atEnd(); }
+    [[nodiscard]] bool atEnd() const noexcept { return m_cursor.atEnd(); }
 
 private:
     BoundedCursor<Unit> m_cursor;

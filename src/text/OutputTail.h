@@ -21,8 +21,8 @@ public:
 
     explicit StringTail(BaseString<T>& string) noexcept : m_string(string) {}
 
-    T* free() const noexcept { return m_string.data() + m_string.length(); }
-    unsigned int room() const noexcept {
+    [[nodiscard]] T* free() const noexcept { return m_string.data() + m_string.length(); }
+    [[nodiscard]] unsigned int room() const noexcept {
         return m_string.capacity() != 0 ? m_string.capacity() - m_string.length() - 1 : 0;
     }
     void written(std::size_t units) noexcept {
@@ -49,8 +49,8 @@ public:
     ArrayTail(const ArrayTail&) = delete;
     ArrayTail& operator=(const ArrayTail&) = delete;
 
-    T* free() const noexcept { return m_array.data() + m_count; }
-    unsigned int room() const noexcept { return m_array.allocated() - m_count; }
+    [[nodiscard]] T* free() const noexcept { return m_array.data() + m_count; }
+    [[nodiscard]] unsigned int room() const noexcept { return m_array.allocated() - m_count; }
     void written(std::size_t units) noexcept { m_count += static_cast<unsigned int>(units); }
     void append(const T* block, std::size_t units) {
         const auto count = static_cast<unsigned int>(units);

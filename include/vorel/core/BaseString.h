@@ -35,6 +35,7 @@ public:
 
     /// A copy of the null-terminated `text`; null gives the empty string.
     /// \throws MemoryException when the buffer cannot be had.
+    // NOLINTNEXTLINE(google-explicit-constructor): text is meant to become a string wherever one is asked for
     BaseString(const T* text);
 
     /// A copy of the first `length` units of `text`; null gives the empty string.
@@ -74,11 +75,11 @@ public:
     /// Size of the buffer in units, the terminator included; 0 when there is no buffer.
     unsigned int capacity() const noexcept { return m_capacity; }
 
-    /// Adds `text` (to its terminator, or `length` units of it) at the end; null adds nothing. The argument may point
+    /// Adds `text` (to its terminator, or `count` units of it) at the end; null adds nothing. The argument may point
     /// into the string itself.
     /// \throws MemoryException and leaves the string as it was when it cannot grow.
     BaseString& append(const T* text);
-    BaseString& append(const T* text, unsigned int length);
+    BaseString& append(const T* text, unsigned int count);
     BaseString& append(const BaseString& text);
     BaseString& append(T unit);
     BaseString& operator+=(const T* text) { return append(text); }
