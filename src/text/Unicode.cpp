@@ -111,7 +111,7 @@ bool ConvertUTF8toString(BaseString<wchar_t>& output, const unsigned char* input
             [&] { return reader.failed() || reader.atEnd(); });
         if (reader.failed()) {
             // Units leave the conversion in whole blocks; what was on its way is lost.
-            detail::StringAccess<wchar_t>::setLength(output, output.length() / kUnitsPerBlock * kUnitsPerBlock);
+            output.reserve(output.length() / kUnitsPerBlock * kUnitsPerBlock, false);
             return refuse(reader.position(), throwOnError);
         }
         return true;
