@@ -1,0 +1,274 @@
+#include <ostream>
+#include <string>
+#include <string_view>
+
+#include <gtest/gtest.h>
+
+#include "support/PageEdge.h"
+#include "support/Utf8Reference.h"
+#include "vorel/text/Unicode.h"
+
+namespace {
+
+using vorel::BaseString;
+using vorel::util::ConvertUTF8toString;
+
+const unsigned char* bytesOf(const std::string& text) {
+    return reinterpret_cast<const unsigned char*>(text.data());
+}
+
+/// What a conversion that does not throw gives.
+struct Result {
+    bool done;
+    std::wstring units;
+
+    friend bool operator==(const Result&, const Result&) = default;
+    friend std::ostream& operator<<(std::ostream& out, const Result& result) {
+        return out << (result.done ? "done " : "failed ") << testing::PrintToString(result.units);
+    }
+};
+
+/// Converts `text`; the six zeros that are put behind it are read when its last sequence is cut short.
+Result decoded(const std::string& text, int length = -1) {
+    const std::string input = text + std::string(6, '\0');
+    BaseString<wchar_t> output(L"what was there before");
+    const bool done = ConvertUTF8toString(output, bytesOf(input), length, false);
+    BaseString<wchar_t> ofChars;
+    EXPECT_EQ(ConvertUTF8toString(ofChars, input.c_str(), length, false), done) << "the form for char";
+    EXPECT_EQ(ofChars.view(), output.view()) << "the form for char";
+    return {done, std::wstring(output.view())};
+}
+
+TEST(UnicodeDecoding, ReadsSequencesOfEveryLength) {
+    struct Case {
+        std::string bytes;
+        std::wstring units;
+        const char* why;
+    };
+    const Case cases[] = {
+        {"", L"", "no byte"},
+        {"A\x7F", L"A\x7F", "ASCII"},
+        {"\xC2\x80\xC3\xA9\xDF\xBF", L"\x80\xE9\x7FF", "two bytes"},
+        {"\xE0\xA0\x80\xE2\x82\xAC\xEF\xBF\xBF", L"\x800\x20AC\xFFFF", "three bytes"},
+        {"\xF0\x90\x80\x80", L"\xD800\xDC00", "the first pair"},
+        {"\xF0\x9F\x98\x80", L"\xD83D\xDE00", "four bytes"},
+        {"\xF4\x8F\xBF\xBF", L"\xDBFF\xDFFF", "the last pair"},
+        {"\xFD\x80\x80\x80\x80\x80", L"\xD7C0\xDC00", "six bytes: 0x40000000, whose high unit wraps"},
+        {"\xFD\xBF\xBF\xBF\xBF\xBF", L"\xA7BF\xDFFF",
+         "six bytes: 0x4F3FFFFF, for only four bits of the first two trailing bytes count"},
+        {"\xEF\xBB\xBF"
+         "A",
+         L"\xFEFF"
+         L"A",
+         "a byte-order mark is text"},
+    };
+    for (const Case& c : cases) {
+        EXPECT_EQ(decoded(c.bytes), (Result{true, c.units})) << c.why;
+    }
+}
+
+TEST(UnicodeDecoding, TakesOverlongFormsAndSurrogatesAsTheyCome) {
+    struct Case {
+        std::string bytes;
+        std::wstring units;
+        const char* why;
+    };
+    const Case cases[] = {
+        {"\xC1\x81", L"A", "two bytes for A"},
+        {"\xE0\x81\x81", L"A", "three bytes for A"},
+        {"\xF0\x80\x81\x81", L"A", "four bytes for A"},
+        {"\xF0\x82\x82\xAC", L"\x20AC", "four bytes for what three hold"},
+        {"\xED\xA0\x80", L"\xD800", "a high surrogate alone"},
+        {"\xED\xBF\xBF", L"\xDFFF", "a low surrogate alone"},
+        {"\xED\xA0\xBD\xED\xB8\x80", L"\xD83D\xDE00", "a pair as two sequences"},
+        {"\xC0\x80"
+         "A",
+         std::wstring(L"\0A", 2), "an overlong zero is a unit, and ends nothing"},
+    };
+    for (const Case& c : cases) {
+        EXPECT_EQ(decoded(c.bytes), (Result{true, c.units})) << c.why;
+    }
+}
+
+TEST(UnicodeDecoding, KnowsEveryLeadByte) {
+    constexpr std::string_view kStartNothing = "\xF1\xF3\xF5\xF7\xF9\xFB\xFF";
+    for (unsigned int value = 1; value < 256; ++value) {
+        SCOPED_TRACE(testing::Message() << "lead byte " << std::hex << value);
+        const char lead = static_cast<char>(value);
+        const bool startsNothing = (value >= 0x80 && value < 0xC0) || kStartNothing.find(lead) != kStartNothing.npos;
+        // The bound ends the text behind one character, whatever its length.
+        const std::string text = std::string("<") + lead + "\x81\x92\xA3\xB4\xC5";
+        const std::wstring units = startsNothing ? L"" : test::decodeUtf8(text, 2).units;
+        EXPECT_EQ(decoded(text, 2), (Result{!startsNothing, units}));
+    }
+}
+
+TEST(UnicodeDecoding, MasksAreNarrowerThanUsualForFourBytes) {
+    // The last nibble of the lead byte goes into the value: F8 means 8 << 18, and so on up to FE.
+    struct Case {
+        const char* bytes;
+        std::wstring units;
+    };
+    static const Case kCases[] = {
+        {"\xF6\x80\x80\x80", L"\xDDC0\xDC00"},  // 0x180000: 0x600 - 0x2840
+        {"\xF8\x80\x80\x80", L"\xDFC0\xDC00"},  // 0x200000: 0x800 - 0x2840
+        {"\xFA\x80\x80\x80", L"\xE1C0\xDC00"},  // 0x280000: 0xA00 - 0x2840
+        {"\xFC\x80\x80\x80", L"\xE3C0\xDC00"},  // 0x300000: 0xC00 - 0x2840
+        {"\xFE\x80\x80\x80", L"\xE5C0\xDC00"},  // 0x380000: 0xE00 - 0x2840
+    };
+    for (const Case& c : kCases) {
+        EXPECT_EQ(decoded(c.bytes), (Result{true, c.units}));
+    }
+}
+
+TEST(UnicodeDecoding, TrailingBytesAreNeverChecked) {
+    struct Case {
+        std::string bytes;
+        std::wstring units;
+        const char* why;
+    };
+    const Case cases[] = {
+        {"\xC3"
+         "AB",
+         L"\xC1"
+         L"B",
+         "a letter is taken for a trailing byte"},
+        {"\xC3\xC3\xA9", L"", "a lead byte too: what follows starts nothing"},
+        {"\xE2\x82", L"\x2080", "a zero is taken, and the text ends at the next one"},
+        {std::string("\xC3\0Az", 4),
+         L"\xC0"
+         L"Az",
+         "the text goes on behind a zero that was taken"},
+        {std::string("\xFD\0\0\0\0\0Az", 8),
+         L"\xD7C0\xDC00"
+         L"Az",
+         "and behind five of them"},
+    };
+    for (const Case& c : cases) {
+        const Result result = decoded(c.bytes);
+        EXPECT_EQ(result.units, c.units) << c.why;
+        EXPECT_EQ(result.done, !c.units.empty()) << c.why;
+    }
+}
+
+TEST(UnicodeDecoding, LengthIsABoundThatASequenceMayPass) {
+    struct Case {
+        std::string bytes;
+        int length;
+        std::wstring units;
+        const char* why;
+    };
+    const Case cases[] = {
+        {"\xC3\xA9", 1, L"\xE9", "the trailing byte lies beyond the bound"},
+        {"\xF0\x9F\x98\x80", 1, L"\xD83D\xDE00", "three of them"},
+        {"\xFD\x80\x80\x80\x80\x80"
+         "A",
+         1, L"\xD7C0\xDC00", "five of them, and nothing more"},
+        {"abc", 0, L"", "a bound of 0"},
+        {"abc", 2, L"ab", "a bound in the text"},
+        {"abc", 100, L"abc", "a zero ends the text before the bound"},
+        {std::string("a\0b", 3), 3, L"a", "a zero inside"},
+        {"abc", -1, L"abc", "no bound"},
+        {"abc", -2147483647 - 1, L"abc", "any negative length is no bound"},
+        {"ab\x80", 2, L"ab", "a bad byte beyond the bound is not met"},
+    };
+    for (const Case& c : cases) {
+        EXPECT_EQ(decoded(c.bytes, c.length), (Result{true, c.units})) << c.why;
+    }
+}
+
+TEST(UnicodeDecoding, NullGivesTheEmptyText) {
+    for (const int length : {-1, 0, 5}) {
+        BaseString<wchar_t> output(L"before");
+        EXPECT_TRUE(ConvertUTF8toString(output, static_cast<const unsigned char*>(nullptr), length, true));
+        EXPECT_TRUE(output.empty());
+        output = L"before";
+        EXPECT_TRUE(ConvertUTF8toString(output, static_cast<const char*>(nullptr), length, true));
+        EXPECT_TRUE(output.empty());
+    }
+}
+
+TEST(UnicodeDecoding, FailureKeepsTheWholeBlocksBeforeIt) {
+    struct Case {
+        std::string before;
+        std::size_t kept;
+        const char* why;
+    };
+    const std::string pair = "\xF0\x9F\x98\x80";
+    const Case cases[] = {
+        {"", 0, "at once"},
+        {std::string(449, 'a'), 0, "one unit short of a block"},
+        {std::string(450, 'a'), 450, "a full block has been handed over"},
+        {std::string(451, 'a'), 450, "the second block is lost"},
+        {std::string(899, 'a'), 450, "one unit short of two blocks"},
+        {std::string(900, 'a'), 900, "two blocks"},
+        {std::string(448, 'a') + pair, 450, "a pair completes the block"},
+        {std::string(449, 'a') + pair, 450, "a pair across the edge: its first unit is handed over"},
+        {std::string(898, 'a') + pair, 900, "a pair completes the second block"},
+        {std::string(899, 'a') + pair, 900, "a pair across the second edge"},
+        {std::string(100000, 'a'), 99900, "222 blocks"},
+    };
+    for (const Case& c : cases) {
+        const std::wstring all = test::decodeUtf8(c.before + std::string(1, '\0'), -1).units;
+        EXPECT_EQ(decoded(c.before + "\xFF"
+                                     "behind"),
+                  (Result{false, all.substr(0, c.kept)}))
+            << c.why;
+    }
+}
+
+TEST(UnicodeDecoding, FailureKeepsTheSameInAStringThatHasRoom) {
+    BaseString<wchar_t> output;
+    output.reserve(5000, true);
+    const std::string text = std::string(700, 'a') + "\x80";
+    EXPECT_FALSE(ConvertUTF8toString(output, text.c_str(), -1, false));
+    EXPECT_EQ(output.view(), std::wstring(450, L'a'));
+    EXPECT_EQ(output.c_str()[450], L'\0');
+}
+
+TEST(UnicodeDecoding, LongTextsComeOutWholeAroundEachBlockEdge) {
+    const std::string wide = "\xE2\x82\xAC";
+    const std::string pair = "\xF0\x9F\x98\x80";
+    for (std::size_t count = 440; count < 460; ++count) {
+        for (const std::size_t blocks : {0u, 1u, 2u, 7u}) {
+            const std::string text = std::string(450 * blocks + count, 'x') + pair + wide + pair + std::string(40, 'y');
+            const std::wstring expected = test::decodeUtf8(text + '\0', -1).units;
+            ASSERT_EQ(decoded(text), (Result{true, expected})) << count << " and " << blocks << " blocks";
+        }
+    }
+}
+
+TEST(UnicodeDecoding, ReadsNoByteTooMany) {
+    struct Case {
+        std::string bytes;
+        int length;
+    };
+    const Case cases[] = {
+        {"", 0},         {"a", 1},        {std::string("a\0", 2), -1},       {std::string("a\0", 2), 50},
+        {"\xC3\xA9", 1}, {"\xC3\xA9", 2}, {"\xFD\x80\x80\x80\x80\x80", 1},   {std::string(449, 'a'), 449},
+        {"\xFF", 1},     {"ab\x80", -1},  {std::string(33, 'a') + '\0', -1}, {std::string(33, 'a') + "\xC3", 34},
+    };
+    test::PageEdge<char> edge(4096);
+    for (Case c : cases) {
+        if (c.bytes.ends_with("\xC3")) {
+            c.bytes += "\xA9";
+        }
+        SCOPED_TRACE(testing::PrintToString(c.bytes));
+        BaseString<wchar_t> output;
+        const test::DecodedText expected = test::decodeUtf8(c.bytes, c.length);
+        EXPECT_EQ(ConvertUTF8toString(output, edge.placeAtEnd(c.bytes), c.length, false), !expected.error.has_value());
+    }
+}
+
+TEST(UnicodeDecoding, OutputCanBeUsedAgain) {
+    BaseString<wchar_t> output;
+    EXPECT_TRUE(ConvertUTF8toString(output, std::string(2000, 'x').c_str(), -1, true));
+    EXPECT_EQ(output.length(), 2000u);
+    EXPECT_TRUE(ConvertUTF8toString(output, "ab", -1, true));
+    EXPECT_EQ(output.view(), L"ab");
+    EXPECT_EQ(output.c_str()[2], L'\0');
+    EXPECT_TRUE(ConvertUTF8toString(output, "", -1, true));
+    EXPECT_TRUE(output.empty());
+}
+
+}  // namespace
