@@ -1,79 +1,85 @@
 #include "support/ChildProcess.h"
 
-#include <atomic>
-
-#include <gtest/gtest.h>
+#include <stdexcept>
 
 namespace test {
 
 namespace {
 
-/// The folder of the test program, with a backslash at its end.
-std::string programFolder() {
-    char path[MAX_PATH] = {};
-    GetModuleFileNameA(nullptr, path, MAX_PATH);
-    const std::string program = path;
-    return program.substr(0, program.rfind('\\') + 1);
+constexpr DWORD kEndedByTest = 0xDEAD;
+
+/// `argument` as a program finds it in its `argv`: backslashes count double in front of a quotation mark.
+std::wstring quoted(const std::wstring& argument) {
+    std::wstring result = L"\"";
+    std::size_t backslashes = 0;
+    for (const wchar_t unit : argument) {
+        if (unit == L'"') {
+            result.append(backslashes + 1, L'\\');
+        }
+        backslashes = unit == L'\\' ? backslashes + 1 : 0;
+        result += unit;
+    }
+    result.append(backslashes, L'\\');
+    return result + L'"';
 }
 
 }  // namespace
 
-ChildProcess::ChildProcess(const std::string& name, const std::vector<std::string>& arguments) {
-    const std::string program = programFolder() + name + ".exe";
-    std::string commandLine = "\"" + program + "\"";
-    for (const std::string& argument : arguments) {
-        commandLine += " \"" + argument + "\"";
+std::wstring programFolder() {
+    std::wstring path(32768, L'\0');
+    path.resize(GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size())));
+    return path.substr(0, path.rfind(L'\\') + 1);
+}
+
+ChildProcess::ChildProcess(const std::wstring& program, const std::vector<std::wstring>& arguments,
+                           const ChildOptions& options) {
+    const std::wstring path = programFolder() + program + L".exe";
+    std::wstring commandLine = quoted(path);
+    for (const std::wstring& argument : arguments) {
+        commandLine += L' ' + quoted(argument);
     }
-    STARTUPINFOA startup = {};
+    STARTUPINFOW startup = {};
     startup.cb = sizeof startup;
-    if (!CreateProcessA(program.c_str(), commandLine.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup,
-                        &m_process)) {
-        ADD_FAILURE() << "cannot start " << program << ": " << GetLastError();
+    PROCESS_INFORMATION started = {};
+    const BOOL created =
+        CreateProcessW(path.c_str(), commandLine.data(), nullptr, nullptr, options.inheritHandles, 0, nullptr,
+                       options.directory.empty() ? nullptr : options.directory.c_str(), &startup, &started);
+    if (!created) {
+        throw std::runtime_error("a child program did not start, error " + std::to_string(GetLastError()));
     }
+    const Handle thread(started.hThread);
+    m_process = Handle(started.hProcess);
+    m_processId = started.dwProcessId;
 }
 
 ChildProcess::~ChildProcess() {
-    if (m_process.hProcess) {
-        if (WaitForSingleObject(m_process.hProcess, 0) == WAIT_TIMEOUT) {
-            kill();
-        }
-        CloseHandle(m_process.hThread);
-        CloseHandle(m_process.hProcess);
+    terminate();
+}
+
+bool ChildProcess::wait(DWORD limitMs) const {
+    return WaitForSingleObject(m_process.get(), limitMs) == WAIT_OBJECT_0;
+}
+
+void ChildProcess::terminate() {
+    if (m_process && !wait(0)) {
+        TerminateProcess(m_process.get(), kEndedByTest);
+        (void)wait();
     }
 }
 
-int ChildProcess::wait(DWORD limitMs) {
-    DWORD exitCode = 0;
-    if (WaitForSingleObject(m_process.hProcess, limitMs) != WAIT_OBJECT_0 ||
-        !GetExitCodeProcess(m_process.hProcess, &exitCode)) {
-        ADD_FAILURE() << "a child process did not end in time";
-        return -1;
+std::optional<DWORD> ChildProcess::exitCode() const {
+    DWORD code = 0;
+    if (!wait(0) || !GetExitCodeProcess(m_process.get(), &code)) {
+        return std::nullopt;
     }
-    return static_cast<int>(exitCode);
+    return code;
 }
 
-void ChildProcess::kill() {
-    TerminateProcess(m_process.hProcess, 99);
-    WaitForSingleObject(m_process.hProcess, kLimitMs);
-}
-
-NamedEvent::NamedEvent(const std::string& name) : m_handle(CreateEventA(nullptr, TRUE, FALSE, name.c_str())) {}
-
-NamedEvent::~NamedEvent() {
-    CloseHandle(m_handle);
-}
-
-void NamedEvent::set() const {
-    SetEvent(m_handle);
-}
-
-bool NamedEvent::wait(DWORD limitMs) const {
-    return WaitForSingleObject(m_handle, limitMs) == WAIT_OBJECT_0;
-}
-
-std::string NamedEvent::freshName() {
-    static std::atomic<unsigned int> s_count{0};
-    return "vorel-test-" + std::to_string(GetCurrentProcessId()) + "-" + std::to_string(++s_count);
+std::optional<DWORD> runChild(const std::wstring& program, const std::vector<std::wstring>& arguments,
+                              const ChildOptions& options) {
+    const ChildProcess child(program, arguments, options);
+    (void)child.wait();
+    return child.exitCode();
 }
 
 }  // namespace test

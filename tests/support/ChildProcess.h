@@ -1,57 +1,60 @@
 /// \file
-/// Real second processes, and events to wait for them without sleeping.
+/// Programs that a test starts: those of tests/children, which stand beside the test program.
+///
+///     test::ChildProcess child(L"never_configured", {L"first line"});
+///     ASSERT_TRUE(child.wait());
+///     EXPECT_EQ(child.exitCode(), 0u);
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
-#include <windows.h>
+#include "support/Handle.h"
+#include "support/NamedEvent.h"
 
 namespace test {
 
-/// A program that stands beside the test program. It is killed when the test ends before it does.
+/// How a child is started.
+struct ChildOptions {
+    std::wstring directory;       ///< its current directory; empty: that of the test
+    bool inheritHandles = false;  ///< whether it gets the handles of the test that can be inherited
+};
+
+/// A running program. One that still runs at the end of the object is ended.
 class ChildProcess {
 public:
-    /// Starts `name`.exe. Arguments must not hold quotation marks.
-    ChildProcess(const std::string& name, const std::vector<std::string>& arguments);
+    /// Starts `program` (without ".exe") of the test program's folder.
+    /// \throws std::runtime_error when it cannot be started.
+    explicit ChildProcess(const std::wstring& program, const std::vector<std::wstring>& arguments = {},
+                          const ChildOptions& options = {});
     ~ChildProcess();
 
-    ChildProcess(const ChildProcess&) = delete;
-    ChildProcess& operator=(const ChildProcess&) = delete;
+    ChildProcess(ChildProcess&&) noexcept = default;
+    ChildProcess& operator=(ChildProcess&&) = delete;
 
-    /// Waits for its end and returns its exit code. A test fails, and -1 comes back, when that takes longer.
-    int wait(DWORD limitMs = kLimitMs);
+    /// Waits for the end of the program; false when the limit has passed.
+    [[nodiscard]] bool wait(DWORD limitMs = kGenerousMs) const;
 
-    /// Ends it at once, wherever it stands.
-    void kill();
+    /// Ends the program wherever it stands, and waits until it is gone.
+    void terminate();
 
-    unsigned long id() const noexcept { return m_process.dwProcessId; }
+    /// Empty while the program runs.
+    [[nodiscard]] std::optional<DWORD> exitCode() const;
 
-    static constexpr DWORD kLimitMs = 60000;
-
-private:
-    PROCESS_INFORMATION m_process = {};
-};
-
-/// A named event that parent and child open by one name; signalled events stay so.
-class NamedEvent {
-public:
-    explicit NamedEvent(const std::string& name);
-    ~NamedEvent();
-
-    NamedEvent(const NamedEvent&) = delete;
-    NamedEvent& operator=(const NamedEvent&) = delete;
-
-    void set() const;
-
-    /// Whether it was signalled within the limit.
-    bool wait(DWORD limitMs = ChildProcess::kLimitMs) const;
-
-    /// A name that no other test has.
-    static std::string freshName();
+    [[nodiscard]] DWORD processId() const { return m_processId; }
+    [[nodiscard]] HANDLE handle() const { return m_process.get(); }
 
 private:
-    HANDLE m_handle;
+    Handle m_process;
+    DWORD m_processId = 0;
 };
+
+/// Runs a program to its end. Empty when it did not end within the limit, and was ended.
+std::optional<DWORD> runChild(const std::wstring& program, const std::vector<std::wstring>& arguments = {},
+                              const ChildOptions& options = {});
+
+/// The folder of the test program, with a backslash at its end.
+std::wstring programFolder();
 
 }  // namespace test

@@ -1,8 +1,8 @@
 /// \file
-/// Expecting failures: the class of the exception and the whole stack of its messages.
+/// Expectations about exceptions: their class, exactly, and every message on their stack.
 ///
-///     test::expectThrow<vorel::MemoryException>([&] { array.reserve(n); },
-///                                               {L"No more memory is available: 5 objects of size 4 requested"});
+///     test::expectThrows<MemoryException>([&] { string.reserve(~0u, false); },
+///                                         {L"No more memory is available: …", L"…: Vorel exception rethrown"});
 #pragma once
 
 #include <string>
@@ -11,32 +11,39 @@
 
 #include <gtest/gtest.h>
 
-#include "vorel/exceptions/ExceptionFamily.h"
+#include <vorel/exceptions/Exception.h>
 
 namespace test {
 
-using Messages = std::vector<std::wstring>;
-
-/// The messages of an exception, oldest first.
-inline Messages messagesOf(const vorel::Exception& exception) {
-    Messages result;
-    for (unsigned int index = 0; index < exception.getMessageTotal(); ++index) {
-        result.emplace_back(exception.getErrorMessage(index));
+/// The stack of `e`, oldest message first.
+inline std::vector<std::wstring> messagesOf(const vorel::Exception& e) {
+    std::vector<std::wstring> messages;
+    for (unsigned int index = 0; index < e.getMessageTotal(); ++index) {
+        messages.emplace_back(e.getErrorMessage(index));
     }
-    return result;
+    return messages;
 }
 
-/// Expects that `body` throws an exception of exactly the class `Kind`, with exactly these messages.
-template <class Kind, class Body>
-void expectThrow(Body&& body, const Messages& messages) {
+/// The locations of the messages of `e`, in the same order.
+inline std::vector<std::wstring> locationsOf(vorel::Exception& e) {
+    std::vector<std::wstring> messages;
+    std::vector<std::wstring> locations;
+    e.dumpStack(messages, locations, false);
+    return locations;
+}
+
+/// Expects that `action` throws an object of just the class `X`, not of one derived from it, and that its stack holds
+/// `messages`.
+template <class X, class Action>
+void expectThrows(Action&& action, const std::vector<std::wstring>& messages) {
     try {
-        body();
+        action();
         ADD_FAILURE() << "nothing was thrown";
-    } catch (const vorel::Exception& thrown) {
-        EXPECT_EQ(typeid(thrown), typeid(Kind)) << typeid(thrown).name();
-        EXPECT_EQ(messagesOf(thrown), messages);
+    } catch (const vorel::Exception& e) {
+        EXPECT_STREQ(typeid(e).name(), typeid(X).name());
+        EXPECT_EQ(messagesOf(e), messages);
     } catch (...) {
-        ADD_FAILURE() << "something else was thrown";
+        ADD_FAILURE() << "something was thrown that is no Exception";
     }
 }
 

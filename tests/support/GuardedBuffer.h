@@ -1,39 +1,47 @@
 /// \file
-/// A buffer between guard elements.
+/// A buffer with guard units in front and behind, for functions that write into the caller's storage.
 ///
 ///     test::GuardedBuffer<char> buffer(26);
-///     fill(buffer.data(), 26);
-///     EXPECT_TRUE(buffer.isIntact());   // nothing in front of it or behind it was written
+///     vorel::util::asctime(&time, buffer.data(), buffer.size());   // a unit too far fails the test
 #pragma once
 
 #include <algorithm>
 #include <cstddef>
 #include <vector>
 
+#include <gtest/gtest.h>
+
 namespace test {
 
+/// `size` units, all of which hold `kFill` at the start.
 template <class T>
 class GuardedBuffer {
 public:
-    /// `size` elements, all of them guards at first, so that what was not written can be told.
-    explicit GuardedBuffer(std::size_t size) : m_elements(size + 2 * kGuards, kGuard) {}
+    static constexpr T kFill = static_cast<T>(0x5A);
 
-    T* data() noexcept { return m_elements.data() + kGuards; }
-    const T* data() const noexcept { return m_elements.data() + kGuards; }
-    std::size_t size() const noexcept { return m_elements.size() - 2 * kGuards; }
+    explicit GuardedBuffer(std::size_t size) : m_units(size + 2 * kGuardUnits, kGuard) {
+        std::fill_n(data(), size, kFill);
+    }
+    ~GuardedBuffer() { EXPECT_TRUE(isIntact()) << "units outside of the buffer were written"; }
 
-    bool isIntact() const {
-        const auto isGuard = [](T element) { return element == kGuard; };
-        return std::all_of(m_elements.begin(), m_elements.begin() + kGuards, isGuard) &&
-               std::all_of(m_elements.end() - kGuards, m_elements.end(), isGuard);
+    GuardedBuffer(const GuardedBuffer&) = delete;
+    GuardedBuffer& operator=(const GuardedBuffer&) = delete;
+
+    T* data() { return m_units.data() + kGuardUnits; }
+    [[nodiscard]] std::size_t size() const { return m_units.size() - 2 * kGuardUnits; }
+
+    /// Whether nothing was written outside.
+    [[nodiscard]] bool isIntact() const {
+        const auto isGuard = [](T unit) { return unit == kGuard; };
+        return std::all_of(m_units.begin(), m_units.begin() + kGuardUnits, isGuard) &&
+               std::all_of(m_units.end() - kGuardUnits, m_units.end(), isGuard);
     }
 
-    static constexpr T kGuard = static_cast<T>(0x5A);
-
 private:
-    static constexpr std::ptrdiff_t kGuards = 16;
+    static constexpr std::ptrdiff_t kGuardUnits = 32;
+    static constexpr T kGuard = static_cast<T>(0x69);
 
-    std::vector<T> m_elements;
+    std::vector<T> m_units;
 };
 
 }  // namespace test

@@ -1,68 +1,105 @@
 #include "support/TemporaryLog.h"
 
-#include <optional>
+#include <atomic>
+#include <filesystem>
+#include <stdexcept>
+#include <system_error>
+#include <utility>
 
-#include <gtest/gtest.h>
+#include <windows.h>
+
+using vorel::Exception;
 
 namespace test {
 
 namespace {
 
-std::string s_programLog;
-
-class ProgramLog : public ::testing::Environment {
-public:
-    void SetUp() override {
-        m_folder.emplace();
-        s_programLog = m_folder->file("program.txt");
-        vorel::Exception::SetErrorLogLocation(s_programLog.c_str(), 0);
-    }
-    void TearDown() override { m_folder.reset(); }
-
-private:
-    std::optional<TemporaryFolder> m_folder;
+/// The size limit can only be seen from a derived class.
+struct LogSettings : Exception {
+    static long long& sizeLimit() { return CurrentLogSize; }
 };
+
+/// Where the library writes now, as far as these objects have told it.
+std::string& currentPath() {
+    static std::string s_path;
+    return s_path;
+}
+
+/// Widened by hand: this toolchain's library cannot convert narrow paths under the universal runtime. The names made
+/// here are ASCII.
+std::filesystem::path asPath(const std::string& name) {
+    return std::wstring(name.begin(), name.end());
+}
+
+std::string freshName() {
+    static std::atomic<unsigned int> s_count{0};
+    return "vorel_test_" + std::to_string(GetCurrentProcessId()) + "_" + std::to_string(++s_count);
+}
 
 }  // namespace
 
-TemporaryLog::TemporaryLog(long long limit) {
-    vorel::Exception::SetErrorLogLocation(path().c_str(), 0);
-    vorel::Exception::SetErrorLogSize(limit);
+TemporaryFolder::TemporaryFolder() {
+    char parent[MAX_PATH + 1];
+    if (GetTempPathA(sizeof parent, parent) == 0) {
+        throw std::runtime_error("no folder for temporary files");
+    }
+    m_path = parent + freshName();
+    // An earlier process with the same id may have been ended before it could tidy up.
+    std::filesystem::remove_all(asPath(m_path));
+    std::filesystem::create_directories(asPath(m_path));
+}
+
+TemporaryFolder::~TemporaryFolder() {
+    std::error_code ignored;
+    std::filesystem::remove_all(asPath(m_path), ignored);
+}
+
+TemporaryLog::TemporaryLog(long long sizeLimitBytes)
+    : m_path(m_folder.file("errors.txt")),
+      m_pathBefore(std::exchange(currentPath(), m_path)),
+      m_sizeLimitBefore(LogSettings::sizeLimit()),
+      m_mirrorBefore(Exception::GetMirrorErrorLog()),
+      m_silencedBefore(Exception::IsThreadErrorLoggingDisabled()) {
+    use();
+    LogSettings::sizeLimit() = sizeLimitBytes;
+    Exception::SetMirrorErrorLog(false);
+    Exception::DisableThreadErrorLogging(false);
 }
 
 TemporaryLog::~TemporaryLog() {
-    vorel::Exception::SetErrorLogLocation(s_programLog.c_str(), vorel::Exception::DefaultLogSize);
-    vorel::Exception::ResetClass();
-    vorel::Exception::DisableThreadErrorLogging(false);
+    currentPath() = m_pathBefore;
+    Exception::SetErrorLogLocation(m_pathBefore.c_str(), 0);
+    LogSettings::sizeLimit() = m_sizeLimitBefore;
+    Exception::SetMirrorErrorLog(m_mirrorBefore);
+    Exception::DisableThreadErrorLogging(m_silencedBefore);
+}
+
+void TemporaryLog::use() const {
+    Exception::SetErrorLogLocation(m_path.c_str(), 0);
 }
 
 bool TemporaryLog::exists() const {
-    return fileExists(path());
+    return std::filesystem::exists(asPath(m_path));
 }
 
-std::vector<LogLine> TemporaryLog::lines() const {
-    std::vector<LogLine> result;
-    for (const std::string& line : logLines(readFile(path()))) {
-        result.push_back(parseLogLine(line));
-        EXPECT_TRUE(result.back().valid) << line;
-    }
-    return result;
+long long TemporaryLog::size() const {
+    std::error_code missing;
+    const std::uintmax_t bytes = std::filesystem::file_size(asPath(m_path), missing);
+    return missing ? 0 : static_cast<long long>(bytes);
 }
 
-std::vector<std::string> TemporaryLog::texts() const {
-    std::vector<std::string> result;
-    for (const LogLine& line : lines()) {
-        result.push_back(line.text);
-    }
-    return result;
+std::vector<std::string> TemporaryLog::takeMessages() {
+    std::vector<std::string> taken = messages();
+    remove();
+    return taken;
 }
 
-void TemporaryLog::clear() const {
-    removeFile(path());
+void TemporaryLog::remove() {
+    std::filesystem::remove(asPath(m_path));
 }
 
-void redirectProgramLog() {
-    ::testing::AddGlobalTestEnvironment(new ProgramLog);  // GoogleTest owns it
+long long currentLogSize() {
+    return LogSettings::sizeLimit();
 }
 
 }  // namespace test

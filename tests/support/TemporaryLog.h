@@ -2,49 +2,83 @@
 /// An error log of a test's own.
 ///
 ///     test::TemporaryLog log;
-///     vorel::Exception::warn("careful");
-///     EXPECT_EQ(log.texts(), std::vector<std::string>{"WARN: careful"});
+///     vorel::Exception::warn("low on paper");
+///     EXPECT_THAT(log.messages(), ElementsAre("WARN: low on paper"));
+///
+/// Every test program writes to such a log from its start to its end (LogEnvironment.cpp), so that no test leaves
+/// anything in the default file.
 #pragma once
 
 #include <string>
 #include <vector>
 
-#include "support/LogLine.h"
-#include "support/TemporaryFolder.h"
-#include "vorel/exceptions/Exception.h"
+#include <vorel/exceptions/Exception.h>
+
+#include "support/LogText.h"
 
 namespace test {
 
-/// While one lives, the log is a file in a fresh folder. At its end the log of the test program, the default limit, and
-/// the switched-off mirror are back.
+/// A folder that nobody else has, under the system's folder for temporary files, removed with all that is in it.
+class TemporaryFolder {
+public:
+    TemporaryFolder();
+    ~TemporaryFolder();
+
+    TemporaryFolder(const TemporaryFolder&) = delete;
+    TemporaryFolder& operator=(const TemporaryFolder&) = delete;
+
+    /// Without a backslash at its end.
+    [[nodiscard]] const std::string& path() const { return m_path; }
+
+    /// The path of `name` in the folder.
+    [[nodiscard]] std::string file(const std::string& name) const { return m_path + "\\" + name; }
+
+private:
+    std::string m_path;
+};
+
+/// Where the library writes its log, from the object's beginning to its end: a file in a folder of its own. At the end
+/// the location before, the size limit, the mirror switch and the logging of the calling thread are as they were.
 class TemporaryLog {
 public:
-    explicit TemporaryLog(long long limit = vorel::Exception::DefaultLogSize);
+    explicit TemporaryLog(long long sizeLimitBytes = vorel::Exception::DefaultLogSize);
     ~TemporaryLog();
 
     TemporaryLog(const TemporaryLog&) = delete;
     TemporaryLog& operator=(const TemporaryLog&) = delete;
 
-    std::string path() const { return m_folder.file("error.txt"); }
-    std::string backupPath() const { return path() + ".001"; }
-    const TemporaryFolder& folder() const noexcept { return m_folder; }
-    bool exists() const;
+    [[nodiscard]] const TemporaryFolder& folder() const { return m_folder; }
+    [[nodiscard]] const std::string& path() const { return m_path; }
+    [[nodiscard]] std::string backupPath() const { return m_path + ".001"; }
 
-    /// The lines of the log so far, taken apart. A test fails when one is not whole.
-    std::vector<LogLine> lines() const;
+    /// Points the library here again, after a test has pointed it elsewhere.
+    void use() const;
 
-    /// What stands on them behind the head: prefix and message.
-    std::vector<std::string> texts() const;
+    [[nodiscard]] bool exists() const;
 
-    /// Forgets the lines so far.
-    void clear() const;
+    /// Bytes in the file; 0 when there is none.
+    [[nodiscard]] long long size() const;
+
+    [[nodiscard]] std::vector<LogLine> lines() const { return readLogLines(m_path); }
+
+    /// Prefix and message of every line.
+    [[nodiscard]] std::vector<std::string> messages() const { return readLogMessages(m_path); }
+
+    /// The same, and the file is gone afterwards: the next call tells what was written since.
+    std::vector<std::string> takeMessages();
+
+    void remove();
 
 private:
     TemporaryFolder m_folder;
+    std::string m_path;
+    std::string m_pathBefore;
+    long long m_sizeLimitBefore;
+    bool m_mirrorBefore;
+    bool m_silencedBefore;
 };
 
-/// Sends the log of the whole test program to a folder of its own, so that no test writes to the default file. Called
-/// once, at the start.
-void redirectProgramLog();
+/// The size limit in force, in bytes.
+long long currentLogSize();
 
 }  // namespace test

@@ -1,0 +1,183 @@
+#include "vorel/exceptions/ExceptionFamily.h"
+
+#include <functional>
+#include <string>
+#include <type_traits>
+#include <utility>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "support/Expect.h"
+#include "support/TemporaryLog.h"
+#include "vorel/core/Protocol.h"
+
+namespace {
+
+using namespace vorel;
+using test::expectThrows;
+using Messages = std::vector<std::wstring>;
+using test::messagesOf;
+
+template <class... Kinds>
+constexpr bool addNothing = ((sizeof(Kinds) == sizeof(Exception)) && ...);
+
+static_assert(addNothing<NotImplementedException, DataRecordTypeException, Win32Exception, MemoryException,
+                         TimeoutException, PropertyAccessException, OutOfRangeException, DiffException,
+                         DiffErrorException, DiffWarningException, InvalidIndexException, BadParameterException>);
+static_assert(std::is_base_of_v<DiffException, DiffErrorException>);
+static_assert(std::is_base_of_v<DiffException, DiffWarningException>);
+
+struct Case {
+    const char* name;
+    std::function<void()> raise;
+    std::wstring message;
+};
+
+template <class Kind, class... Arguments>
+Case built(const char* name, std::wstring message, Arguments... arguments) {
+    return {name, [=] { throw Kind(arguments...); }, std::move(message)};
+}
+
+const std::vector<Case>& cases() {
+    static const std::vector<Case> s_cases = {
+        built<NotImplementedException>("NotImplementedWide", L"Interface not supported: IThing", L"IThing"),
+        built<NotImplementedException>("NotImplementedNarrow", L"Interface not supported: IThing", "IThing"),
+        built<NotImplementedException>("NotImplementedNullWide", L"Interface not supported: ",
+                                       static_cast<const wchar_t*>(nullptr)),
+        built<NotImplementedException>("NotImplementedNullNarrow", L"Interface not supported: ",
+                                       static_cast<const char*>(nullptr)),
+        built<DataRecordTypeException>("DataRecordType",
+                                       L"The required data type is not found in the current data record."),
+        built<DataRecordTypeException>("DataRecordTypeOne",
+                                       L"Data type \"int\" is not found in the current data record.", "int"),
+        built<DataRecordTypeException>("DataRecordTypeTwo",
+                                       L"Data types \"int\" and \"text\" were not found in the current data record.",
+                                       "int", "text"),
+        built<Win32Exception>("Win32", L"no such %d", L"no such %d"),
+        built<Win32Exception>("Win32Code", L"no such: 0xC0000005", L"no such", static_cast<int>(0xC0000005)),
+        built<MemoryException>("Memory", L"No more memory is available: 16 objects of size 2 requested", 16, 2),
+        built<TimeoutException>("Timeout", L"Operation has overrun its specified timeout limit."),
+        built<TimeoutException>("TimeoutFormat", L"after 5 ms", L"after %d ms", 5),
+        built<PropertyAccessException>("PropertyAccess", L"Property value access violation."),
+        built<PropertyAccessException>("PropertyAccessFormat", L"no color", L"no %ls", L"color"),
+        built<OutOfRangeException>("OutOfRange", L"Level: Index \"9\" out of range: [1,5]", L"Level", 1, 5, 9),
+        built<DiffException>("DiffWide", L"1 differs", L"%d differs", 1),
+        built<DiffException>("DiffNarrow", L"1 differs", "%d differs", 1),
+        built<DiffErrorException>("DiffErrorWide", L"1 differs", L"%d differs", 1),
+        built<DiffErrorException>("DiffErrorNarrow", L"1 differs", "%d differs", 1),
+        built<DiffWarningException>("DiffWarningWide", L"1 differs", L"%d differs", 1),
+        built<DiffWarningException>("DiffWarningNarrow", L"1 differs", "%d differs", 1),
+        built<InvalidIndexException>("InvalidIndexWide", L"no 7", L"no %d", 7),
+        built<InvalidIndexException>("InvalidIndexNarrow", L"no 7", "no %hs", "7"),
+        built<BadParameterException>("BadParameter",
+                                     L"Parameter \"mode\" value \"fast\" is unrecognized; perhaps your system "
+                                     L"components need updating?",
+                                     L"mode", L"fast"),
+    };
+    return s_cases;
+}
+
+TEST(ExceptionFamily, FirstMessageIsThatOfTheKindAndIsLoggedAtOnce) {
+    for (const Case& c : cases()) {
+        const test::TemporaryLog log;
+        try {
+            c.raise();
+        } catch (const Exception& thrown) {
+            EXPECT_EQ(messagesOf(thrown), Messages{c.message}) << c.name;
+        }
+        const std::vector<std::string> texts = log.messages();
+        ASSERT_EQ(texts.size(), 1u) << c.name;
+        EXPECT_EQ(texts[0].substr(0, 13), "Vorel Error: ") << c.name;
+    }
+}
+
+TEST(ExceptionFamily, InvalidIndexChoosesItsMessageByTheRange) {
+    struct Row {
+        int index;
+        int low;
+        int high;
+        std::wstring rest;
+    };
+    const std::vector<Row> rows = {
+        {7, 0, 2, L"legal values are between 0 and 2"},
+        {-1, -3, -2, L"legal values are between -3 and -2"},
+        {4, 2, 2, L"only legal value is 2"},
+        {4, 0, 0, L"only legal value is 0"},
+        {4, -1, -1, L"there are zero items"},
+        {4, 3, 2, L"there are zero items"},
+        {-5, 0, -1, L"there are zero items"},
+    };
+    for (const Row& row : rows) {
+        const std::wstring message =
+            L"An invalid index value (" + std::to_wstring(row.index) + L") has been detected; " + row.rest;
+        EXPECT_EQ(messagesOf(InvalidIndexException(row.index, row.low, row.high)), Messages{message});
+        if (row.low == 0) {
+            EXPECT_EQ(messagesOf(InvalidIndexException(row.index, row.high)), Messages{message});
+        }
+    }
+}
+
+TEST(ExceptionFamily, ComparisonsWithoutAFormatHaveNoMessage) {
+    const test::TemporaryLog log;
+    EXPECT_EQ(DiffException().what(), nullptr);
+    EXPECT_EQ(DiffErrorException().what(), nullptr);
+    EXPECT_EQ(DiffWarningException().what(), nullptr);
+    EXPECT_FALSE(log.exists());
+}
+
+/// Catches `raise` by its base, throws it on through rethrow(), and expects the class it had.
+template <class Kind, class Base = Exception, class... Arguments>
+void expectNotSliced(Arguments... arguments) {
+    Messages messages;
+    expectThrows<Kind>(
+        [&] {
+            try {
+                throw Kind(arguments...);
+            } catch (Base& caught) {
+                messages = messagesOf(caught);
+                caught.rethrow();
+            }
+        },
+        messages.empty() ? messagesOf(Kind(arguments...)) : messages);
+}
+
+TEST(ExceptionFamily, RethrowKeepsTheClass) {
+    expectNotSliced<Exception>(L"x");
+    expectNotSliced<NotImplementedException>(L"x");
+    expectNotSliced<DataRecordTypeException>();
+    expectNotSliced<Win32Exception>(L"x");
+    expectNotSliced<MemoryException>(1, 2);
+    expectNotSliced<TimeoutException>();
+    expectNotSliced<PropertyAccessException>();
+    expectNotSliced<OutOfRangeException>(L"x", 1, 2, 3);
+    expectNotSliced<DiffException>(L"x");
+    expectNotSliced<DiffErrorException>(L"x");
+    expectNotSliced<DiffErrorException, DiffException>(L"x");
+    expectNotSliced<DiffWarningException, DiffException>(L"x");
+    expectNotSliced<InvalidIndexException>(1, 2);
+    expectNotSliced<BadParameterException>(L"x", L"y");
+}
+
+TEST(ExceptionFamily, AMoveCopies) {
+    MemoryException original(1, 2);
+    const MemoryException moved(std::move(original));
+    EXPECT_EQ(messagesOf(original), messagesOf(moved));
+    MemoryException assigned(3, 4);
+    assigned = std::move(original);
+    EXPECT_EQ(messagesOf(original), messagesOf(assigned));
+}
+
+/// A kind of a program's own.
+class OwnException : public TimeoutException {
+public:
+    OwnException() noexcept : TimeoutException(L"own") {}
+    [[noreturn]] void rethrow() override { throw OwnException(*this); }
+};
+
+TEST(ExceptionFamily, AProgramsOwnKindPassesThroughTheLibraryUnsliced) {
+    expectThrows<OwnException>([] { detail::guarded(L"Own", L"run", [] { throw OwnException(); }); },
+                               {L"own", L"Own::run: Vorel exception rethrown"});
+}
+
+}  // namespace

@@ -1,0 +1,175 @@
+#include <climits>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+#include <windows.h>
+
+#include "support/Expect.h"
+#include "support/TemporaryLog.h"
+#include "vorel/exceptions/Exception.h"
+
+namespace {
+
+using Messages = std::vector<std::wstring>;
+using test::messagesOf;
+using test::TemporaryLog;
+using Texts = std::vector<std::string>;
+using vorel::Exception;
+
+TEST(MessageStack, AppendedMessagesAreLoggedAtOnce) {
+    const TemporaryLog log;
+    Exception e;
+    e.appendMessage(L"wide %d", 1);
+    e.appendMessage("narrow %d", 2);
+    EXPECT_EQ(messagesOf(e), (Messages{L"wide 1", L"narrow 2"}));
+    EXPECT_EQ(log.messages(), (Texts{"Vorel Error: wide 1", "Vorel Error: narrow 2"}));
+}
+
+TEST(MessageStack, MessagesOfEveryLengthAroundTheBufferAreWhole) {
+    for (const unsigned int length : {0u, 1u, 7998u, 7999u, 8000u, 8001u, 10000u, 100000u}) {
+        const TemporaryLog log;
+        const std::wstring wide(length, L'x');
+        const std::string narrow(length, 'y');
+        Exception e(L"%ls", wide.c_str());
+        e.appendMessage("%hs", narrow.c_str());
+        EXPECT_EQ(messagesOf(e), (Messages{wide, std::wstring(length, L'y')})) << length;
+        EXPECT_EQ(log.messages(), (Texts{"Vorel Error: " + std::string(length, 'x'), "Vorel Error: " + narrow}))
+            << length;
+    }
+}
+
+TEST(MessageStack, ArgumentsMayPointIntoTheStackThatGrows) {
+    Exception e(L"seed");
+    std::wstring expected = L"seed";
+    for (int round = 0; round < 40; ++round) {
+        e.appendMessage(L"%ls.", e.getErrorMessage(e.getMessageTotal() - 1));
+        expected += L'.';
+        ASSERT_EQ(e.getErrorMessage(e.getMessageTotal() - 1), expected);
+    }
+    EXPECT_EQ(e.getMessageTotal(), 41u);
+}
+
+TEST(MessageStack, AFormatThatCannotBeRenderedGivesAFixedText) {
+    const TemporaryLog log;
+    Exception e("%ls", L"\x4E00");  // no such character in the C locale
+    e.appendMessage(static_cast<const wchar_t*>(nullptr));
+    e.appendMessage(static_cast<const char*>(nullptr));
+    const std::wstring text = L"(unable to format message)";
+    EXPECT_EQ(messagesOf(e), (Messages{text, text, text}));
+    const std::string line = "Vorel Error: (unable to format message)";
+    EXPECT_EQ(log.messages(), (Texts{line, line, line}));
+}
+
+TEST(MessageStack, ReplacedMessagesAreNotLogged) {
+    Exception e(L"a");
+    e.appendMessage(L"b");
+    const TemporaryLog log;
+    e.setErrorMessage(1, L"%ls and %ls", e.getErrorMessage(0), e.getErrorMessage(1));
+    e.setErrorMessage(2, L"nowhere");
+    e.setErrorMessage(UINT_MAX, L"nowhere");
+    EXPECT_EQ(messagesOf(e), (Messages{L"a", L"a and b"}));
+    EXPECT_FALSE(log.exists());
+}
+
+TEST(MessageStack, ReplacedMessagesAreWholeHoweverLong) {
+    Exception e(L"a");
+    const std::wstring text(9000, L'z');
+    e.setErrorMessage(0, L"%ls", text.c_str());
+    EXPECT_EQ(messagesOf(e), Messages{text});
+    e.setErrorMessage(0, nullptr);
+    EXPECT_EQ(messagesOf(e), Messages{L"(unable to format message)"});
+}
+
+TEST(MessageStack, LocationsAreSetByIndexAndIgnoredOutOfRange) {
+    Exception e(L"a");
+    e.appendMessage(L"b");
+    e.setLocation(0, L"first");
+    e.setLocation(2, L"nowhere");
+    EXPECT_EQ(test::locationsOf(e).at(0), L"first");
+    EXPECT_EQ(test::locationsOf(e).at(1), L"");
+    e.setLocation(0, nullptr);
+    EXPECT_EQ(test::locationsOf(e).at(0), L"");
+}
+
+TEST(MessageStack, DefineLocationMeansTheNewestMessage) {
+    Exception e;
+    e.defineLocation(L"nothing to hold it");
+    e.defineLocation("nothing to hold it");
+    EXPECT_EQ(e.getMessageTotal(), 0u);
+    e.appendMessage(L"a");
+    e.appendMessage(L"b");
+    e.defineLocation(L"wide");
+    EXPECT_EQ(test::locationsOf(e).at(1), L"wide");
+    e.defineLocation("narrow");
+    EXPECT_EQ(test::locationsOf(e).at(1), L"narrow");
+    EXPECT_EQ(test::locationsOf(e).at(0), L"");
+    e.defineLocation(static_cast<const char*>(nullptr));
+    EXPECT_EQ(test::locationsOf(e).at(1), L"");
+}
+
+constexpr int kAccessDenied = static_cast<int>(0x80070005);
+constexpr int kWithoutText = static_cast<int>(0xA1234567);
+
+/// What the system says of an HRESULT.
+std::wstring systemTextOf(int hr) {
+    wchar_t text[1024] = {};
+    FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr, static_cast<DWORD>(hr), 0, text,
+                   1024, nullptr);
+    return text;
+}
+
+std::string asciiOf(const std::wstring& text) {
+    std::string result;
+    for (const wchar_t unit : text) {
+        result += static_cast<char>(unit);
+    }
+    return result;
+}
+
+TEST(MessageStack, HresultAddsTheSystemsTextAndAClosingLine) {
+    const TemporaryLog log;
+    Exception e;
+    e.addHRESULTErrorToStack(kAccessDenied);
+    const std::wstring message = L"HRESULT: 80070005 - " + systemTextOf(kAccessDenied);
+    EXPECT_EQ(messagesOf(e), Messages{message});
+    // The system's text ends in a line break of its own, which the runtime widens on its way to the file.
+    const std::string content = test::readFileBytes(log.path()).value_or("");
+    const std::string line = asciiOf(message.substr(0, message.find_first_of(L"\r\n")));
+    EXPECT_NE(content.find("AddHRESULTErrorToStack: " + line), std::string::npos) << content;
+    EXPECT_NE(content.find("AddHRESULTErrorToStack: \r\n"), std::string::npos) << content;
+}
+
+TEST(MessageStack, HresultWithoutAddedTextStillWritesTheClosingLine) {
+    for (const int hr : {0, static_cast<int>(E_FAIL)}) {
+        const TemporaryLog log;
+        Exception e;
+        e.addHRESULTErrorToStack(hr);
+        EXPECT_EQ(e.getMessageTotal(), 0u);
+        EXPECT_EQ(log.messages(), Texts{"AddHRESULTErrorToStack: "});
+    }
+}
+
+TEST(MessageStack, HresultUnknownToTheSystemIsLoggedOnly) {
+    ASSERT_EQ(systemTextOf(kWithoutText), L"");
+    const TemporaryLog log;
+    Exception e;
+    e.addHRESULTErrorToStack(kWithoutText);
+    EXPECT_EQ(e.getMessageTotal(), 0u);
+    EXPECT_EQ(log.messages(), (Texts{"AddHRESULTErrorToStack: HR not found", "AddHRESULTErrorToStack: "}));
+}
+
+TEST(MessageStack, HresultOfADelayedExceptionLogsOnlyThatItIsUnknown) {
+    const TemporaryLog log;
+    Exception e;
+    e.setDelayedLogging(true);
+    e.addHRESULTErrorToStack(0);
+    e.addHRESULTErrorToStack(kAccessDenied);
+    EXPECT_FALSE(log.exists());
+    e.addHRESULTErrorToStack(kWithoutText);
+    EXPECT_EQ(log.messages(), Texts{"AddHRESULTErrorToStack: HR not found"});
+    EXPECT_EQ(e.getMessageTotal(), 1u);
+    e.setDelayedLogging(false);
+}
+
+}  // namespace

@@ -1,0 +1,56 @@
+/// \file
+/// A named event with which a test and the programs that it starts wait for each other.
+///
+///     const test::NamedEvent locked(test::NamedEvent::uniqueName(L"locked"));
+///     test::ChildProcess child(L"lock_file", {path, locked.name()});
+///     ASSERT_TRUE(locked.wait());
+#pragma once
+
+#include <atomic>
+#include <stdexcept>
+#include <string>
+#include <utility>
+
+#include <windows.h>
+
+#include "support/Handle.h"
+
+namespace test {
+
+/// Long enough for a machine under load; whoever waits so long has waited in vain.
+inline constexpr DWORD kGenerousMs = 30000;
+
+/// Created by the first who asks for the name, opened by the others. Once set it stays set until it is reset.
+class NamedEvent {
+public:
+    explicit NamedEvent(std::wstring name)
+        : m_name(std::move(name)), m_handle(CreateEventW(nullptr, TRUE, FALSE, m_name.c_str())) {
+        if (!m_handle) {
+            throw std::runtime_error("no event to be had");
+        }
+    }
+
+    /// A name that nobody else has: with the process id, and a counter.
+    static std::wstring uniqueName(const std::wstring& stem) {
+        static std::atomic<unsigned int> s_count{0};
+        return L"vorel_test_" + stem + L"_" + std::to_wstring(GetCurrentProcessId()) + L"_" +
+               std::to_wstring(++s_count);
+    }
+
+    [[nodiscard]] const std::wstring& name() const { return m_name; }
+    [[nodiscard]] HANDLE handle() const { return m_handle.get(); }
+
+    void set() const { SetEvent(m_handle.get()); }
+    void reset() const { ResetEvent(m_handle.get()); }
+
+    /// False when the limit has passed.
+    [[nodiscard]] bool wait(DWORD limitMs = kGenerousMs) const {
+        return WaitForSingleObject(m_handle.get(), limitMs) == WAIT_OBJECT_0;
+    }
+
+private:
+    std::wstring m_name;
+    Handle m_handle;
+};
+
+}  // namespace test
