@@ -6,7 +6,6 @@
 #include <vorel/vorelCore.h>
 
 #include <cstdio>
-#include <fstream>
 #include <string>
 
 namespace {
@@ -58,11 +57,17 @@ void useExceptionsAndLog(const char* logPath) {
     expect(messages == L"no entry named colour | Settings::read: Vorel exception rethrown",
            "an exception crosses the library with all its messages");
 
-    std::ifstream log(logPath);
+    // The C runtime's files: the C++ library's do not work with this toolchain under the universal runtime.
+    std::FILE* const log = std::fopen(logPath, "r");
     unsigned int found = 0;
-    for (std::string line; std::getline(log, line);) {
+    char text[256];
+    while (log && std::fgets(text, sizeof text, log)) {
+        const std::string line = text;
         found += line.find("no entry named colour") != std::string::npos ? 1 : 0;
         found += line.find("Settings::read: Vorel exception rethrown") != std::string::npos ? 1 : 0;
+    }
+    if (log) {
+        (void)std::fclose(log);
     }
     expect(found == 2, "the error log has one line for each message");
 }

@@ -17,7 +17,6 @@
 #include <cstddef>
 #include <cstdlib>
 #include <cstring>
-#include <functional>
 #include <memory>
 #include <type_traits>
 #include <utility>
@@ -79,23 +78,25 @@ public:
     void append(const T& item) {
         if (m_count < m_allocated) {
             m_items[m_count] = item;
+            ++m_count;
         } else {
-            const unsigned int position = positionOf(&item);
-            reserve(grownCount(1));
-            m_items[m_count] = position < m_count ? m_items[position] : item;
+            Array grown = grownTo(grownCount(1), false);
+            grown.m_items[m_count] = item;  // read while the storage that it may lie in still is there
+            ++grown.m_count;
+            swap(grown);
         }
-        ++m_count;
     }
 
     /// Adds `count` plain values, which may lie in this array.
     /// \throws MemoryException and leaves the array as it was.
     void append(const T* items, unsigned int count) requires std::is_trivially_copyable_v<T> {
         const unsigned int after = grownCount(count);
-        const unsigned int position = positionOf(items);
-        reserve(after);
-        if (count != 0) {
-            std::memmove(m_items + m_count, position < m_count ? m_items + position : items,
-                         std::size_t{count} * sizeof(T));
+        if (after > m_allocated) {
+            Array grown = grownTo(after, false);
+            std::copy_n(items, count, grown.m_items + m_count);
+            swap(grown);
+        } else if (count != 0) {
+            std::memmove(m_items + m_count, items, std::size_t{count} * sizeof(T));
         }
         m_count = after;
     }
@@ -135,12 +136,10 @@ public:
     /// \throws MemoryException(slots, element size) and leaves the array as it was when the storage, or the copy of an
     ///         element, cannot be had.
     void reserve(unsigned int count, bool exact = false) {
-        if (count <= m_allocated) {
-            return;
+        if (count > m_allocated) {
+            Array grown = grownTo(count, exact);
+            swap(grown);
         }
-        Array grown;
-        grown.fill(exact ? count : doubledUpTo(count), m_items, m_count);
-        swap(grown);
     }
 
 private:
@@ -169,11 +168,11 @@ private:
         return index;
     }
 
-    /// The position of an element of this array, or the count for anything else.
-    unsigned int positionOf(const T* item) const noexcept {
-        const std::less<> before;
-        const bool inside = !before(item, m_items) && before(item, m_items + m_count);
-        return inside ? static_cast<unsigned int>(item - m_items) : m_count;
+    /// The elements in storage of their own with at least `count` slots.
+    Array grownTo(unsigned int count, bool exact) const {
+        Array grown;
+        grown.fill(exact ? count : doubledUpTo(count), m_items, m_count);
+        return grown;
     }
 
     /// Gives an array that has no storage yet `slots` slots, the first of them copies of `items`, the others

@@ -1,0 +1,148 @@
+#include "LogReader.h"
+
+#include <array>
+#include <charconv>
+#include <ctime>
+#include <iomanip>
+#include <sstream>
+
+#include "TextFile.h"
+
+namespace shared_log {
+
+namespace {
+
+struct Prefix {
+    std::string_view text;
+    Kind kind;
+};
+
+constexpr std::array<Prefix, 6> kPrefixes{{{"Vorel Error: ", Kind::Error},
+                                           {"Vorel Error Truncated: ", Kind::Error},
+                                           {"WARN: ", Kind::Warning},
+                                           {"WARN Truncated: ", Kind::Warning},
+                                           {"DEBUG: ", Kind::Debug},
+                                           {"DEBUG Truncated: ", Kind::Debug}}};
+
+/// Walks through a line from left to right. After the first thing that is not as asked for, nothing is any more.
+class Cursor {
+public:
+    explicit Cursor(std::string_view line) noexcept : m_rest(line) {}
+
+    bool skip(std::string_view text) noexcept {
+        m_good = m_good && m_rest.starts_with(text);
+        if (m_good) {
+            m_rest.remove_prefix(text.size());
+        }
+        return m_good;
+    }
+
+    /// The next `size` characters.
+    std::string_view take(std::size_t size) noexcept {
+        m_good = m_good && m_rest.size() >= size;
+        if (!m_good) {
+            return {};
+        }
+        const std::string_view taken = m_rest.substr(0, size);
+        m_rest.remove_prefix(size);
+        return taken;
+    }
+
+    unsigned long number() noexcept {
+        unsigned long value = 0;
+        const auto [end, error] = std::from_chars(m_rest.data(), m_rest.data() + m_rest.size(), value);
+        m_good = m_good && error == std::errc();
+        take(static_cast<std::size_t>(end - m_rest.data()));
+        return value;
+    }
+
+    [[nodiscard]] bool good() const noexcept { return m_good; }
+    [[nodiscard]] std::string_view rest() const noexcept { return m_rest; }
+
+private:
+    std::string_view m_rest;
+    bool m_good = true;
+};
+
+/// Seconds for "Mon Nov 16 01:43:08 2026", -1 for what is not a time.
+long long secondsOf(std::string_view text) {
+    std::tm time{};
+    time.tm_isdst = -1;
+    std::istringstream in{std::string(text)};
+    in >> std::get_time(&time, "%a %b %d %H:%M:%S %Y");
+    return in.fail() ? -1 : static_cast<long long>(std::mktime(&time));
+}
+
+bool isHostName(std::string_view host) {
+    return host.find_first_of(" :[]") == std::string_view::npos;
+}
+
+void readFile(const std::string& path, Log& log) {
+    const std::string text = readWhole(path);
+    std::string_view rest = text;
+    while (!rest.empty()) {
+        const std::size_t end = rest.find("\r\n");
+        const std::string_view line = rest.substr(0, end);
+        std::optional<Record> record = end == std::string_view::npos ? std::nullopt : parseLine(line);
+        if (record) {
+            log.records.push_back(std::move(*record));
+        } else {
+            log.unreadable.emplace_back(line);
+        }
+        rest.remove_prefix(end == std::string_view::npos ? rest.size() : end + 2);
+    }
+}
+
+}  // namespace
+
+std::optional<Record> parseLine(std::string_view line) {
+    constexpr std::size_t kTimeSize = 24;
+    constexpr std::size_t kMillisecondDigits = 3;
+    Record record;
+    Cursor cursor(line);
+    cursor.skip("[");
+    const std::string_view time = cursor.take(kTimeSize);
+    cursor.skip("].");
+    const std::string_view fraction = cursor.take(kMillisecondDigits);
+    cursor.skip(" ");
+    // The process id and the thread id follow the last two points before the colon.
+    const std::string_view origin = cursor.rest().substr(0, cursor.rest().find(": "));
+    const std::size_t threadAt = origin.rfind('.');
+    const std::size_t processAt =
+        threadAt == std::string_view::npos || threadAt == 0 ? threadAt : origin.rfind('.', threadAt - 1);
+    if (!cursor.good() || processAt == std::string_view::npos || !isHostName(cursor.take(processAt))) {
+        return std::nullopt;
+    }
+    cursor.skip(".");
+    record.processId = cursor.number();
+    cursor.skip(".");
+    record.threadId = cursor.number();
+    cursor.skip(": ");
+    const long long seconds = secondsOf(time);
+    Cursor digits(fraction);
+    const unsigned long milliseconds = digits.number();
+    if (!cursor.good() || !digits.good() || !digits.rest().empty() || seconds < 0) {
+        return std::nullopt;
+    }
+    record.time = std::string(time) + '.' + std::string(fraction);
+    record.timeMs = seconds * 1000 + static_cast<long long>(milliseconds);
+    for (const Prefix& prefix : kPrefixes) {
+        if (cursor.rest().starts_with(prefix.text)) {
+            record.kind = prefix.kind;
+            record.message = cursor.rest().substr(prefix.text.size());
+            return record;
+        }
+    }
+    return std::nullopt;
+}
+
+Log readLog(const std::string& path) {
+    Log log;
+    const std::string backup = path + ".001";
+    log.hasBackup = isReadable(backup);
+    readFile(backup, log);
+    readFile(path, log);
+    return log;
+}
+
+}  // namespace shared_log

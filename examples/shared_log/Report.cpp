@@ -1,0 +1,60 @@
+#include "Report.h"
+
+#include <sstream>
+
+#include "Files.h"
+
+namespace shared_log {
+
+namespace {
+
+// The last line of a report: without it, its writer did not come to the end.
+constexpr char kEnd[] = "end";
+
+}  // namespace
+
+std::string reportPath(const std::string& folder, unsigned int number) {
+    return folder + "\\worker-" + std::to_string(number) + ".txt";
+}
+
+bool writeReport(const std::string& path, const Report& report) {
+    std::ostringstream out;
+    const RecordCounts& records = report.records;
+    out << "process " << report.processId << '\n'
+        << "records " << records.errors << ' ' << records.warnings << ' ' << records.debugs << '\n';
+    for (const CheckedFile& file : report.files) {
+        out << "file " << file.lines;
+        for (const unsigned int line : file.damagedLines) {
+            out << ' ' << line;
+        }
+        out << '\n';
+    }
+    out << kEnd << '\n';
+    return writeFile(path, out.str());
+}
+
+bool readReport(const std::string& path, Report& report) {
+    for (const std::string& line : split(readFile(path).value_or(""), "\n")) {
+        std::istringstream fields(line);
+        std::string key;
+        fields >> key;
+        if (key == kEnd) {
+            return true;
+        }
+        if (key == "process") {
+            fields >> report.processId;
+        } else if (key == "records") {
+            fields >> report.records.errors >> report.records.warnings >> report.records.debugs;
+        } else if (key == "file") {
+            CheckedFile file;
+            fields >> file.lines;
+            for (unsigned int number = 0; fields >> number;) {
+                file.damagedLines.push_back(number);
+            }
+            report.files.push_back(std::move(file));
+        }
+    }
+    return false;
+}
+
+}  // namespace shared_log

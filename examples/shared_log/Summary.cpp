@@ -1,0 +1,183 @@
+#include "Summary.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <map>
+#include <optional>
+#include <sstream>
+#include <string_view>
+#include <utility>
+
+#include "TextFile.h"
+
+namespace shared_log {
+
+namespace {
+
+using Complaints = std::vector<std::string>;
+
+/// The messages of one exception, from the point of failure to the handler that ended it.
+using Trail = std::vector<std::string>;
+
+/// What a file declares in its first line, "Damaged lines: 6 7 8"; nothing when it declares nothing.
+std::optional<std::vector<unsigned int>> declaredDamage(const std::string& path) {
+    std::istringstream in(readWhole(path));
+    std::string declaration;
+    std::string damaged;
+    std::getline(in, declaration);
+    std::istringstream fields(declaration);
+    if (!(fields >> damaged >> declaration) || damaged != "Damaged" || declaration != "lines:") {
+        return std::nullopt;
+    }
+    std::vector<unsigned int> lines;
+    for (unsigned int line = 0; fields >> line;) {
+        lines.push_back(line);
+    }
+    return lines;
+}
+
+std::string listOf(const std::vector<unsigned int>& lines) {
+    std::string list = lines.empty() ? "none" : "";
+    for (const unsigned int line : lines) {
+        list += (list.empty() ? "" : ", ") + std::to_string(line);
+    }
+    return list;
+}
+
+void printFiles(const Run& run, Complaints& complaints) {
+    std::puts("Damaged lines");
+    for (std::size_t index = 0; index != run.files.size(); ++index) {
+        const std::string& name = run.files[index];
+        const CheckedFile& first = run.workers.front().files[index];
+        const auto declared = declaredDamage(name);
+        std::printf("  %s (%u lines): %s%s\n", name.c_str(), first.lines, listOf(first.damagedLines).c_str(),
+                    declared ? ", as it declares" : "");
+        const std::vector<unsigned int>& expected = declared ? *declared : first.damagedLines;
+        for (std::size_t worker = 0; worker != run.workers.size(); ++worker) {
+            const std::vector<unsigned int>& found = run.workers[worker].files[index].damagedLines;
+            if (found != expected) {
+                complaints.push_back("worker " + std::to_string(worker + 1) + " found these lines of " + name +
+                                     " damaged: " + listOf(found) + "; expected: " + listOf(expected));
+            }
+        }
+    }
+}
+
+std::map<unsigned long, RecordCounts> countByProcess(const Log& log) {
+    std::map<unsigned long, RecordCounts> counts;
+    for (const Record& record : log.records) {
+        RecordCounts& own = counts[record.processId];
+        switch (record.kind) {
+        case Kind::Error: ++own.errors; break;
+        case Kind::Warning: ++own.warnings; break;
+        case Kind::Debug: ++own.debugs; break;
+        }
+    }
+    return counts;
+}
+
+void printRow(const char* name, const RecordCounts& counts, unsigned int reported) {
+    std::printf("  %-18s %12u %6u %7u %7u %9u\n", name, counts.errors, counts.warnings, counts.debugs, counts.all(),
+                reported);
+}
+
+void printRecords(const Run& run, const Log& log, Complaints& complaints) {
+    std::printf("\n%-20s %12s %6s %7s %7s %9s\n", "Records", "Vorel Error:", "WARN:", "DEBUG:", "in all", "reported");
+    std::map<unsigned long, RecordCounts> found = countByProcess(log);
+    RecordCounts total;
+    unsigned int reported = 0;
+    for (const Report& worker : run.workers) {
+        const RecordCounts counts = found[worker.processId];
+        const std::string name = "process " + std::to_string(worker.processId);
+        printRow(name.c_str(), counts, worker.records.all());
+        total.errors += counts.errors;
+        total.warnings += counts.warnings;
+        total.debugs += counts.debugs;
+        reported += worker.records.all();
+        // A log that was moved to its backup more than once has lost its oldest records: then only more is wrong.
+        if (log.hasBackup ? counts.all() > worker.records.all() : counts != worker.records) {
+            complaints.push_back(name + ": the log does not hold what it reported");
+        }
+        found.erase(worker.processId);
+    }
+    printRow("all", total, reported);
+    for (const auto& stranger : found) {
+        complaints.push_back("process " + std::to_string(stranger.first) + " is none of the workers");
+    }
+}
+
+/// The trail of the exception that collected most messages. The records of one thread stand in the order in which it
+/// wrote them; the record of a handler ends a trail.
+Trail longestTrail(const Log& log) {
+    constexpr std::string_view kHandled = ": Vorel exception caught";
+    Trail longest;
+    std::map<std::pair<unsigned long, unsigned long>, Trail> growing;
+    for (const Record& record : log.records) {
+        if (record.kind != Kind::Error) {
+            continue;
+        }
+        Trail& trail = growing[{record.processId, record.threadId}];
+        trail.push_back(record.message);
+        if (record.message.ends_with(kHandled)) {
+            if (trail.size() > longest.size()) {
+                longest = trail;
+            }
+            trail.clear();
+        }
+    }
+    return longest;
+}
+
+void printTrail(const Trail& trail) {
+    constexpr int kStep = 2;
+    std::printf("\nLongest trail: %u records\n", static_cast<unsigned int>(trail.size()));
+    int indent = 0;
+    for (const std::string& message : trail) {
+        indent += kStep;
+        std::printf("%*s%s\n", indent, "", message.c_str());
+    }
+}
+
+void printTimes(const Log& log) {
+    if (log.records.empty()) {
+        return;
+    }
+    const auto [first, last] = std::minmax_element(
+        log.records.begin(), log.records.end(), [](const Record& a, const Record& b) { return a.timeMs < b.timeMs; });
+    std::printf("\nTime span: %s to %s: %lld ms\n", first->time.c_str(), last->time.c_str(),
+                last->timeMs - first->timeMs);
+    unsigned int turns = 1;
+    for (std::size_t index = 1; index < log.records.size(); ++index) {
+        turns += log.records[index].processId != log.records[index - 1].processId ? 1U : 0U;
+    }
+    std::printf("Turns:     %u runs of records by one and the same process\n", turns);
+}
+
+void printLines(const Run& run, const Log& log, Complaints& complaints) {
+    std::printf("Lines:     %zu checked, %zu torn\n", log.records.size() + log.unreadable.size(),
+                log.unreadable.size());
+    std::printf("Log:       %s%s\n", run.logPath.c_str(), log.hasBackup ? " and its backup" : "");
+    for (const std::string& line : log.unreadable) {
+        complaints.push_back("torn: " + line);
+    }
+}
+
+}  // namespace
+
+bool printSummary(const Run& run, const Log& log) {
+    Complaints complaints;
+    printFiles(run, complaints);
+    printRecords(run, log, complaints);
+    printTrail(longestTrail(log));
+    printTimes(log);
+    printLines(run, log, complaints);
+    for (const std::string& complaint : complaints) {
+        std::printf("WRONG:     %s\n", complaint.c_str());
+    }
+    if (complaints.empty()) {
+        std::puts("Result:    every record is there, once and whole");
+    }
+    return complaints.empty();
+}
+
+}  // namespace shared_log

@@ -1,0 +1,99 @@
+#include "Worker.h"
+
+#include <cstddef>
+#include <sstream>
+#include <string_view>
+
+#include <windows.h>
+
+#include <vorel/vorelCore.h>
+
+#include "TextFile.h"
+
+namespace shared_log {
+
+namespace {
+
+constexpr wchar_t kDebugTarget[] = L"SharedLog";
+
+/// The file's name for messages, without its folders.
+std::string_view nameOf(std::string_view path) {
+    const std::size_t separator = path.find_last_of("\\/");
+    return separator == std::string_view::npos ? path : path.substr(separator + 1);
+}
+
+/// Converts `line` to wide text and back. Returns whether it holds anything beyond ASCII.
+bool convertAndCompare(const std::string& line) {
+    try {
+        // A lead byte at the end of the line takes its trailing bytes from behind it: these zeros.
+        constexpr std::size_t kLongestSequence = 6;
+        std::string input = line;
+        input.append(kLongestSequence, '\0');
+
+        vorel::BaseString<wchar_t> wide;
+        vorel::util::ConvertUTF8toString(wide, input.c_str(), static_cast<int>(line.size()), true);
+        vorel::BaseString<char> narrow;
+        vorel::util::ConvertStringtoUTF8(wide.c_str(), narrow, static_cast<int>(wide.length()));
+        if (narrow.view() != line) {
+            throw vorel::DiffErrorException(L"%u bytes came back as %u others", static_cast<unsigned int>(line.size()),
+                                            narrow.length());
+        }
+        return vorel::util::ContainsUnicode(wide);
+    } catch (vorel::Exception& e) {
+        e.rethrowClass(L"Line", L"convertAndCompare");
+    } catch (...) {
+        vorel::Exception::throwSevereClass(L"Line", L"convertAndCompare");
+    }
+}
+
+bool checkLine(const char* file, unsigned int number, const std::string& line) {
+    try {
+        return convertAndCompare(line);
+    } catch (vorel::Exception& e) {
+        e.rethrowGeneric(L"%hs, line %u", file, number);
+    } catch (...) {
+        vorel::Exception::throwSevereGeneric(L"%hs, line %u", file, number);
+    }
+}
+
+}  // namespace
+
+Report Worker::run(const std::vector<std::string>& files) {
+    m_report = {};
+    m_report.processId = GetCurrentProcessId();
+    for (const std::string& file : files) {
+        checkFile(file);
+    }
+    return m_report;
+}
+
+void Worker::checkFile(const std::string& path) {
+    using vorel::Exception;
+    const std::string name(nameOf(path));
+    CheckedFile& file = m_report.files.emplace_back();
+    RecordCounts& records = m_report.records;
+
+    std::istringstream in(readWhole(path));
+    for (std::string line; std::getline(in, line);) {
+        ++file.lines;
+        try {
+            if (checkLine(name.c_str(), file.lines, line)) {
+                Exception::debug(kDebugTarget, L"%hs, line %u goes beyond ASCII", name.c_str(), file.lines);
+                ++records.debugs;
+            }
+        } catch (Exception& e) {
+            records.errors += e.getMessageTotal() + 1;  // what it carries, and the record of this handler
+            file.damagedLines.push_back(file.lines);
+            e.catchClass(L"Worker", L"checkFile");
+        }
+    }
+    if (!file.damagedLines.empty()) {
+        Exception::warn(L"%hs: %u of %u lines are damaged", name.c_str(),
+                        static_cast<unsigned int>(file.damagedLines.size()), file.lines);
+        ++records.warnings;
+    }
+    Exception::debug(kDebugTarget, L"%hs: done", name.c_str());
+    ++records.debugs;
+}
+
+}  // namespace shared_log

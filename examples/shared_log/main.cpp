@@ -1,0 +1,135 @@
+/// \file
+/// Four processes, one error log.
+///
+///     shared_log [--limit=<bytes>] [<UTF-8 text file>...]
+///
+/// starts four copies of itself. Each converts every line of the files to wide text and back, and logs what it finds:
+/// each bad line as the trail of an exception, warnings, and debug lines. Then the log is read back and summed up. The
+/// exit code is 1 when a line of the log is torn, when the log does not hold what the copies wrote, or when they did
+/// not find exactly the damaged lines that a file declares; see README.md.
+///
+/// `--limit` is the size at which the log is moved to its backup: with a small one, the oldest records are gone.
+
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include <windows.h>
+
+#include <vorel/vorelCore.h>
+
+#include "LogReader.h"
+#include "Processes.h"
+#include "Report.h"
+#include "Summary.h"
+#include "TextFile.h"
+#include "Worker.h"
+
+namespace {
+
+using namespace shared_log;
+
+constexpr unsigned int kWorkers = 4;
+constexpr std::string_view kWorkerOption = "--worker=";
+constexpr std::string_view kLimitOption = "--limit=";
+
+struct CommandLine {
+    unsigned int worker = 0;  ///< 0 for the parent
+    long long limit = vorel::Exception::LargeErrorLogSize;
+    std::string folder;  ///< a worker's first argument
+    std::vector<std::string> files;
+};
+
+CommandLine parse(const std::vector<std::string>& arguments) {
+    CommandLine result;
+    for (const std::string& argument : arguments) {
+        if (argument.starts_with(kWorkerOption)) {
+            result.worker = static_cast<unsigned int>(std::atoi(argument.c_str() + kWorkerOption.size()));
+        } else if (argument.starts_with(kLimitOption)) {
+            result.limit = std::atoll(argument.c_str() + kLimitOption.size());
+        } else if (result.worker != 0 && result.folder.empty()) {
+            result.folder = argument;
+        } else {
+            result.files.push_back(argument);
+        }
+    }
+    if (result.files.empty()) {
+        result.files = {"README.md", "examples/shared_log/damaged.txt"};
+    }
+    return result;
+}
+
+std::string logPathIn(const std::string& folder) {
+    return folder + "\\shared_log.txt";
+}
+
+/// The folder is this run's own, so its name tells the run's start line from all others.
+std::string startLineName(const std::string& folder) {
+    return folder.substr(folder.find_last_of('\\') + 1);
+}
+
+int runWorker(const CommandLine& options) {
+    vorel::Exception::setDebugTarget(L"LogsIncludeMsecs", true);
+    vorel::Exception::setDebugTarget(L"SharedLog", true);
+    vorel::Exception::SetErrorLogLocation(logPathIn(options.folder).c_str(), options.limit);
+    if (!StartLine(startLineName(options.folder)).lineUp()) {
+        return EXIT_FAILURE;
+    }
+    const Report report = Worker().run(options.files);
+    return writeReport(reportPath(options.folder, options.worker), report) ? EXIT_SUCCESS : EXIT_FAILURE;
+}
+
+/// Starts the workers, waits for them, and collects their reports.
+Run runWorkers(const CommandLine& options) {
+    const std::string program = programPath();
+    const std::string folder = createFolderBeside(program);
+    const StartLine startLine(startLineName(folder));
+    std::vector<Handle> workers;
+    for (unsigned int number = 1; number <= kWorkers; ++number) {
+        std::vector<std::string> arguments{std::string(kWorkerOption) + std::to_string(number),
+                                           std::string(kLimitOption) + std::to_string(options.limit), folder};
+        arguments.insert(arguments.end(), options.files.begin(), options.files.end());
+        workers.push_back(startProcess(program, arguments));
+    }
+    if (!startLine.start(kWorkers)) {
+        throw vorel::TimeoutException(L"the workers did not come to the start");
+    }
+    Run run{logPathIn(folder), options.files, {}};
+    for (unsigned int number = 1; number <= kWorkers; ++number) {
+        Report& report = run.workers.emplace_back();
+        if (exitCodeOf(workers[number - 1]) != EXIT_SUCCESS || !readReport(reportPath(folder, number), report) ||
+            report.files.size() != options.files.size()) {
+            throw vorel::Exception(L"worker %u did not finish its work", number);
+        }
+    }
+    return run;
+}
+
+int runParent(const CommandLine& options) {
+    for (const std::string& file : options.files) {
+        if (!isReadable(file)) {
+            std::fprintf(stderr, "shared_log: cannot read %s\n", file.c_str());
+            return 2;
+        }
+    }
+    vorel::Exception::SetErrorLogSize(0);  // the parent only reads
+    std::printf("%u processes check the same %zu files and write one log.\n\n", kWorkers, options.files.size());
+    const Run run = runWorkers(options);
+    return printSummary(run, readLog(run.logPath)) ? EXIT_SUCCESS : EXIT_FAILURE;
+}
+
+}  // namespace
+
+int main(int argumentCount, char** arguments) {
+    try {
+        const CommandLine options = parse({arguments + 1, arguments + argumentCount});
+        return options.worker != 0 ? runWorker(options) : runParent(options);
+    } catch (const vorel::Exception& e) {
+        std::fprintf(stderr, "shared_log: %s\n", e.getCharErrorMessageBlock("; "));
+    } catch (const std::exception& e) {
+        std::fprintf(stderr, "shared_log: %s\n", e.what());
+    }
+    return EXIT_FAILURE;
+}
