@@ -1,0 +1,177 @@
+// Random texts, full of the bytes and units that matter, through every form in both directions: the answers are those
+// of the codec of the tests, and nothing is read beyond what that codec reads.
+
+#include <algorithm>
+#include <random>
+#include <string>
+#include <string_view>
+
+#include <gtest/gtest.h>
+
+#include "support/Expect.h"
+#include "support/PageEdge.h"
+#include "support/Utf8Reference.h"
+#include "vorel/exceptions/Exception.h"
+#include "vorel/text/Unicode.h"
+
+namespace {
+
+using vorel::Array;
+using vorel::BaseString;
+using namespace vorel::util;
+
+constexpr unsigned int kSeed = 20240611;
+constexpr int kTexts = 200000;
+constexpr std::size_t kLongest = 1500;
+constexpr std::string_view kBytes("\0\x01\x41\x7F\x80\xBF\xC0\xC3\xDF\xE0\xED\xEF\xF0\xF1\xF4\xF8\xFC\xFD\xFE\xFF", 20);
+constexpr std::wstring_view kUnits(L"\0\x01\x41\x7F\x80\xFF\x7FF\x800\x4100\xD7FF\xD800\xDBFF\xDC00\xDFFF\xE000\xFFFF",
+                                   16);
+
+class Source {
+public:
+    std::size_t below(std::size_t end) { return m_engine() % end; }
+
+    /// Mostly short, now and then longer than two blocks.
+    std::size_t length() { return below(50) == 0 ? below(kLongest) : below(60); }
+
+    /// A bound for a text of `size` elements, or none.
+    int bound(std::size_t size) { return below(3) == 0 ? -1 : static_cast<int>(below(size + 10)); }
+
+    /// ASCII runs, broken by elements that matter and by any others; each text has a taste of its own.
+    template <class T>
+    std::basic_string<T> text(std::basic_string_view<T> interesting) {
+        const std::size_t rarity = below(40) + 1;
+        std::basic_string<T> result(length(), T{});
+        for (T& element : result) {
+            const std::size_t kind = below(rarity);
+            if (kind == 0) {
+                element = interesting[below(interesting.size())];
+            } else if (kind == 1) {
+                element = static_cast<T>(m_engine());
+            } else {
+                element = static_cast<T>('a' + below(26));
+            }
+        }
+        return result;
+    }
+
+private:
+    std::mt19937 m_engine{kSeed};
+};
+
+/// Failures of these texts are many; their records are not what is tested.
+class UnicodeRandom : public testing::Test {
+protected:
+    UnicodeRandom() { vorel::Exception::DisableThreadErrorLogging(true); }
+    ~UnicodeRandom() override { vorel::Exception::DisableThreadErrorLogging(false); }
+
+    Source m_source;
+};
+
+void expectStringForms(const char* input, int length, const test::DecodedText& expected) {
+    const std::size_t kept = expected.error ? expected.units.size() / 450 * 450 : expected.units.size();
+    const std::wstring_view units = std::wstring_view(expected.units).substr(0, kept);
+    static BaseString<wchar_t> output;  // used again and again: texts meet buffers of every size
+    ASSERT_EQ(ConvertUTF8toString(output, reinterpret_cast<const unsigned char*>(input), length, false),
+              !expected.error.has_value());
+    ASSERT_EQ(output.view(), units);
+    BaseString<wchar_t> fresh;
+    ASSERT_EQ(ConvertUTF8toString(fresh, input, length, false), !expected.error.has_value());
+    ASSERT_EQ(fresh.view(), units);
+}
+
+void expectBufferForm(const char* input, int length, const test::DecodedText& expected, std::size_t size) {
+    constexpr wchar_t kGuard = L'\x5A5A';
+    static wchar_t buffer[kLongest + 20];
+    std::fill(std::begin(buffer), std::end(buffer), kGuard);
+    std::size_t used = 0;
+    std::size_t characters = 0;
+    while (characters < expected.unitsOf.size() && used + expected.unitsOf[characters] < size) {
+        used += expected.unitsOf[characters++];
+    }
+    const bool done = characters < expected.unitsOf.size() || !expected.error;
+    ASSERT_EQ(ConvertUTF8toString(buffer, static_cast<unsigned int>(size),
+                                  reinterpret_cast<const unsigned char*>(input), length, false),
+              done);
+    ASSERT_EQ(std::wstring_view(buffer, used), std::wstring_view(expected.units).substr(0, used));
+    ASSERT_EQ(buffer[used], done ? L'\0' : kGuard);
+    ASSERT_TRUE(std::all_of(buffer + used + 1, std::end(buffer), [](wchar_t unit) { return unit == kGuard; }));
+}
+
+TEST_F(UnicodeRandom, Decoding) {
+    test::PageEdge<char> edge(kLongest + 20);
+    for (int count = 0; count < kTexts; ++count) {
+        const std::string text = m_source.text(kBytes) + std::string(6, '\0');
+        const int length = m_source.bound(text.size() - 6);
+        const test::DecodedText expected = test::decodeUtf8(text, length);
+        SCOPED_TRACE(testing::Message() << "seed " << kSeed << ", text " << count << ", bound " << length);
+        const char* input = edge.placeAtEnd(std::string_view(text).substr(0, expected.bytesRead));
+        expectStringForms(input, length, expected);
+        expectBufferForm(input, length, expected, 1 + m_source.below(expected.units.size() + 4));
+        if (expected.error && count % 20 == 0) {
+            // The dump reads on to the next zero.
+            BaseString<wchar_t> output;
+            test::expectThrows<vorel::Exception>(
+                [&] { ConvertUTF8toString(output, reinterpret_cast<const unsigned char*>(text.data()), length, true); },
+                {L"Error converting UTF-8 character (" + test::hexDump(text, *expected.error) + L")",
+                 L"vorel::util::ConvertUTF8toString: Vorel exception rethrown"});
+        }
+        if (HasFailure()) {
+            break;
+        }
+    }
+}
+
+TEST_F(UnicodeRandom, Encoding) {
+    test::PageEdge<wchar_t> edge(kLongest + 20);
+    Array<unsigned char> reused;
+    for (int count = 0; count < kTexts; ++count) {
+        const std::wstring text = m_source.text(kUnits) + std::wstring(2, L'\0');
+        const int length = m_source.bound(text.size() - 2);
+        const bool appendZero = m_source.below(2) == 0;
+        const test::EncodedText expected = test::encodeUtf16(text, length);
+        SCOPED_TRACE(testing::Message() << "seed " << kSeed << ", text " << count << ", bound " << length);
+        const wchar_t* input = edge.placeAtEnd(std::wstring_view(text).substr(0, expected.unitsRead));
+
+        ConvertStringtoUTF8(input, reused, appendZero, length);
+        const auto* bytes = reinterpret_cast<const char*>(reused.data());
+        ASSERT_EQ(std::string_view(bytes, reused.size()), expected.bytes + std::string(appendZero ? 1 : 0, '\0'));
+        BaseString<char> string;
+        ConvertStringtoUTF8(input, string, length);
+        ASSERT_EQ(string.view(), expected.bytes);
+    }
+}
+
+TEST_F(UnicodeRandom, EncodingOfSingleUnits) {
+    test::PageEdge<wchar_t> edge(kLongest + 20);
+    Array<unsigned char> output;
+    std::string expected;
+    for (int count = 0; count < kTexts; ++count) {
+        SCOPED_TRACE(testing::Message() << "seed " << kSeed << ", text " << count);
+        const std::wstring text = m_source.text(kUnits);
+        const std::wstring terminated = text.substr(0, text.find(L'\0')) + L'\0';
+        EncodeAndAppendToBuffer(edge.placeAtEnd(terminated), output);
+        expected += test::encodeUnits(terminated);
+        ASSERT_EQ(output.size(), expected.size());
+        if (count % 8 == 7) {
+            ASSERT_EQ(std::string_view(reinterpret_cast<const char*>(output.data()), output.size()), expected);
+            expected.clear();
+            output.setCount(0);
+        }
+    }
+}
+
+TEST_F(UnicodeRandom, Utf16StreamsThereAndBack) {
+    for (int count = 0; count < kTexts / 4; ++count) {
+        SCOPED_TRACE(testing::Message() << "seed " << kSeed << ", text " << count);
+        const std::wstring text = m_source.text(kUnits);
+        const std::wstring whole = text.substr(0, text.find(L'\0'));
+        Array<unsigned char> bytes;
+        ConvertStringtoUTF16(whole.c_str(), bytes, true, false, -1);
+        BaseString<wchar_t> back;
+        ConvertUTF16toString(back, bytes.data(), static_cast<int>(bytes.size()));
+        ASSERT_EQ(back.view(), whole);
+    }
+}
+
+}  // namespace
