@@ -6,7 +6,7 @@
 #include <iomanip>
 #include <sstream>
 
-#include "TextFile.h"
+#include "Files.h"
 
 namespace shared_log {
 
@@ -77,19 +77,18 @@ bool isHostName(std::string_view host) {
     return host.find_first_of(" :[]") == std::string_view::npos;
 }
 
-void readFile(const std::string& path, Log& log) {
-    const std::string text = readWhole(path);
-    std::string_view rest = text;
-    while (!rest.empty()) {
-        const std::size_t end = rest.find("\r\n");
-        const std::string_view line = rest.substr(0, end);
-        std::optional<Record> record = end == std::string_view::npos ? std::nullopt : parseLine(line);
-        if (record) {
+/// A last line that has no end is torn too.
+void appendLines(std::string_view content, Log& log) {
+    constexpr std::string_view kLineEnd = "\r\n";
+    for (std::string& line : split(content, kLineEnd)) {
+        if (std::optional<Record> record = parseLine(line)) {
             log.records.push_back(std::move(*record));
         } else {
-            log.unreadable.emplace_back(line);
+            log.unreadable.push_back(std::move(line));
         }
-        rest.remove_prefix(end == std::string_view::npos ? rest.size() : end + 2);
+    }
+    if (!content.empty() && !content.ends_with(kLineEnd)) {
+        log.unreadable.emplace_back("(the last line has no end)");
     }
 }
 
@@ -138,10 +137,11 @@ std::optional<Record> parseLine(std::string_view line) {
 
 Log readLog(const std::string& path) {
     Log log;
-    const std::string backup = path + ".001";
-    log.hasBackup = isReadable(backup);
-    readFile(backup, log);
-    readFile(path, log);
+    if (const auto backup = readFile(path + ".001")) {
+        log.hasBackup = true;
+        appendLines(*backup, log);
+    }
+    appendLines(readFile(path).value_or(""), log);
     return log;
 }
 

@@ -8,7 +8,7 @@
 #include <string_view>
 #include <utility>
 
-#include "TextFile.h"
+#include "Files.h"
 
 namespace shared_log {
 
@@ -21,14 +21,12 @@ using Trail = std::vector<std::string>;
 
 /// What a file declares in its first line, "Damaged lines: 6 7 8"; nothing when it declares nothing.
 std::optional<std::vector<unsigned int>> declaredDamage(const std::string& path) {
-    std::istringstream in(readWhole(path));
-    std::string declaration;
-    std::string damaged;
-    std::getline(in, declaration);
-    std::istringstream fields(declaration);
-    if (!(fields >> damaged >> declaration) || damaged != "Damaged" || declaration != "lines:") {
+    constexpr std::string_view kDeclaration = "Damaged lines:";
+    const std::string content = readFile(path).value_or("");
+    if (!content.starts_with(kDeclaration)) {
         return std::nullopt;
     }
+    std::istringstream fields(content.substr(kDeclaration.size(), content.find('\n') - kDeclaration.size()));
     std::vector<unsigned int> lines;
     for (unsigned int line = 0; fields >> line;) {
         lines.push_back(line);

@@ -1,14 +1,13 @@
 #include "Worker.h"
 
 #include <cstddef>
-#include <sstream>
 #include <string_view>
 
 #include <windows.h>
 
 #include <vorel/vorelCore.h>
 
-#include "TextFile.h"
+#include "Files.h"
 
 namespace shared_log {
 
@@ -73,8 +72,7 @@ void Worker::checkFile(const std::string& path) {
     CheckedFile& file = m_report.files.emplace_back();
     RecordCounts& records = m_report.records;
 
-    std::istringstream in(readWhole(path));
-    for (std::string line; std::getline(in, line);) {
+    for (const std::string& line : split(readFile(path).value_or(""), "\n")) {
         ++file.lines;
         try {
             if (checkLine(name.c_str(), file.lines, line)) {

@@ -20,11 +20,11 @@
 
 #include <vorel/vorelCore.h>
 
+#include "Files.h"
 #include "LogReader.h"
 #include "Processes.h"
 #include "Report.h"
 #include "Summary.h"
-#include "TextFile.h"
 #include "Worker.h"
 
 namespace {
@@ -109,7 +109,7 @@ Run runWorkers(const CommandLine& options) {
 
 int runParent(const CommandLine& options) {
     for (const std::string& file : options.files) {
-        if (!isReadable(file)) {
+        if (!readFile(file)) {
             std::fprintf(stderr, "shared_log: cannot read %s\n", file.c_str());
             return 2;
         }
