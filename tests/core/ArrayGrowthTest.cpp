@@ -1,0 +1,236 @@
+/// \file
+/// `Array::reserve`: sizes, what becomes of the elements, and failures in the middle.
+
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "support/Expect.h"
+#include "vorel/core/Array.h"
+#include "vorel/core/BaseString.h"
+#include "vorel/exceptions/ExceptionFamily.h"
+
+namespace {
+
+using test::expectThrows;
+using vorel::Array;
+using vorel::BaseString;
+using vorel::MemoryException;
+
+using WideString = BaseString<wchar_t>;
+
+/// An element so large that storage for 2^31 of them is refused without a try.
+struct Huge {
+    char bytes[1048576];
+};
+
+template <class T>
+class ArrayGrowth : public ::testing::Test {};
+
+using Elements = ::testing::Types<unsigned char, bool, int, unsigned int, double, const char*, BaseString<char>,
+                                  BaseString<wchar_t>>;
+TYPED_TEST_SUITE(ArrayGrowth, Elements);
+
+TYPED_TEST(ArrayGrowth, Doubles_From5) {
+    struct Case {
+        unsigned int count;
+        unsigned int allocated;
+    };
+    for (const auto& [count, allocated] :
+         {Case{0, 0}, Case{1, 5}, Case{4, 5}, Case{5, 5}, Case{6, 10}, Case{10, 10}, Case{11, 20}, Case{20, 20},
+          Case{21, 40}, Case{40, 40}, Case{41, 80}, Case{1280, 1280}, Case{1281, 2560}}) {
+        Array<TypeParam> array;
+        array.reserve(count);
+        EXPECT_EQ(array.allocated(), allocated) << count;
+        EXPECT_TRUE(array.empty());
+    }
+}
+
+TYPED_TEST(ArrayGrowth, Doubles_FromWhatIsThere) {
+    Array<TypeParam> array;
+    array.reserve(1);
+    EXPECT_EQ(array.allocated(), 5u);
+    array.reserve(6);
+    EXPECT_EQ(array.allocated(), 10u);
+    array.reserve(13, true);
+    array.reserve(14);
+    EXPECT_EQ(array.allocated(), 26u);
+    array.reserve(100);
+    EXPECT_EQ(array.allocated(), 104u);
+}
+
+TYPED_TEST(ArrayGrowth, Exact_TakesJustTheCount) {
+    for (const unsigned int count : {1u, 4u, 5u, 6u, 7u, 1000u}) {
+        Array<TypeParam> array;
+        array.reserve(count, true);
+        EXPECT_EQ(array.allocated(), count);
+    }
+}
+
+// Fewer slots than the floor are doubled from the floor.
+TYPED_TEST(ArrayGrowth, Doubles_From5AfterAnExactReserveBelow) {
+    Array<TypeParam> array;
+    array.reserve(2, true);
+    array.reserve(3);
+    EXPECT_EQ(array.allocated(), 5u);
+    Array<TypeParam> other;
+    other.reserve(3, true);
+    other.reserve(6);
+    EXPECT_EQ(other.allocated(), 10u);
+}
+
+TYPED_TEST(ArrayGrowth, NeverShrinks) {
+    Array<TypeParam> array;
+    array.reserve(12, true);
+    const TypeParam* const storage = array.data();
+    for (const bool exact : {false, true}) {
+        for (const unsigned int count : {0u, 1u, 11u, 12u}) {
+            array.reserve(count, exact);
+            EXPECT_EQ(array.allocated(), 12u);
+            EXPECT_EQ(array.data(), storage);
+        }
+    }
+}
+
+TYPED_TEST(ArrayGrowth, SlotsBehindTheCount_ReadAsValueInitialised) {
+    Array<TypeParam> array;
+    for (const unsigned int slots : {5u, 10u, 33u}) {
+        array.reserve(slots, true);
+        for (unsigned int slot = 0; slot < slots; ++slot) {
+            ASSERT_TRUE(array.data()[slot] == TypeParam()) << slot;
+        }
+    }
+}
+
+TYPED_TEST(ArrayGrowth, AppendingOneByOne_FollowsTheDoubling) {
+    Array<TypeParam> array;
+    std::vector<unsigned int> sizes;
+    for (unsigned int i = 0; i < 200; ++i) {
+        array.append(TypeParam());
+        if (sizes.empty() || sizes.back() != array.allocated()) {
+            sizes.push_back(array.allocated());
+        }
+    }
+    EXPECT_EQ(sizes, (std::vector<unsigned int>{5, 10, 20, 40, 80, 160, 320}));
+}
+
+TEST(ArrayGrowthOfStrings, EachElementGetsADeepCopy) {
+    Array<WideString> array;
+    array.append(L"first");
+    array.append(L"");
+    array.append(L"third");
+    array[0].reserve(1000, false);  // room that a copy does not need
+    const WideString* const elements = array.data();
+    const wchar_t* const text = array[2].c_str();
+    array.reserve(6);
+    EXPECT_NE(array.data(), elements);
+    EXPECT_NE(array[2].c_str(), text);
+    EXPECT_TRUE(array[0] == L"first");
+    EXPECT_EQ(array[0].capacity(), 16u);
+    EXPECT_EQ(array[1].c_str(), nullptr);
+    EXPECT_TRUE(array[2] == L"third");
+    EXPECT_EQ(array.size(), 3u);
+    for (unsigned int slot = 3; slot < array.allocated(); ++slot) {
+        EXPECT_EQ(array.data()[slot].c_str(), nullptr) << slot;
+        EXPECT_EQ(array.data()[slot].capacity(), 0u) << slot;
+    }
+}
+
+TEST(ArrayGrowthOfStrings, KeepsZerosInside) {
+    Array<WideString> array;
+    array.append(WideString(L"a\0b", 3));
+    array.reserve(100);
+    EXPECT_TRUE(array[0].view() == std::wstring_view(L"a\0b", 3));
+}
+
+// ---- Failures -------------------------------------------------------------------------------------------------------
+
+TEST(ArrayGrowthFailure, ReportsSlotsAndElementSize) {
+    struct Case {
+        unsigned int count;
+        bool exact;
+        const wchar_t* message;
+    };
+    for (const auto& [count, exact, message] : {
+             Case{0x7FFFFFFF, true, L"No more memory is available: 2147483647 objects of size 1048576 requested"},
+             // 5 doubled 29 times, as a signed number
+             Case{0xA0000000, false, L"No more memory is available: -1610612736 objects of size 1048576 requested"},
+             // once more would overflow: all ones
+             Case{0xA0000001, false, L"No more memory is available: -1 objects of size 1048576 requested"},
+             Case{0xFFFFFFFF, false, L"No more memory is available: -1 objects of size 1048576 requested"},
+         }) {
+        Array<Huge> array;
+        expectThrows<MemoryException>([&] { array.reserve(count, exact); }, {message});
+        EXPECT_EQ(array.data(), nullptr);
+        EXPECT_EQ(array.allocated(), 0u);
+    }
+}
+
+TEST(ArrayGrowthFailure, LeavesTheArrayAsItWas) {
+    Array<Huge> array;
+    array.reserve(1, true);
+    array.setCount(1);
+    array[0].bytes[7] = 'x';
+    const Huge* const storage = array.data();
+    expectThrows<MemoryException>([&] { array.setCount(0x7FFFFFFF); },
+                                  {L"No more memory is available: -1610612736 objects of size 1048576 requested"});
+    EXPECT_EQ(array.data(), storage);
+    EXPECT_EQ(array.size(), 1u);
+    EXPECT_EQ(array.allocated(), 1u);
+    EXPECT_EQ(array[0].bytes[7], 'x');
+}
+
+/// An element whose copy fails when the countdown ends, and that is counted while it lives.
+struct Fragile {
+    Fragile() noexcept { ++s_alive; }
+    Fragile(const Fragile& other) noexcept : value(other.value) { ++s_alive; }
+    ~Fragile() { --s_alive; }
+
+    Fragile& operator=(const Fragile& other) {
+        if (this != &other) {
+            if (s_copiesLeft == 0) {
+                throw MemoryException(1, 2);
+            }
+            --s_copiesLeft;
+            value = other.value;
+        }
+        return *this;
+    }
+
+    int value = 0;
+
+    static inline int s_alive = 0;
+    static inline int s_copiesLeft = 0;
+};
+
+TEST(ArrayGrowthFailure, InTheMiddleOfTheElementsLeavesTheArrayAsItWas) {
+    for (int copies = 0; copies < 4; ++copies) {
+        {
+            Fragile::s_copiesLeft = 1000;
+            Array<Fragile> array;
+            array.setCount(4);
+            for (unsigned int i = 0; i < 4; ++i) {
+                array[i].value = static_cast<int>(i) + 1;
+            }
+            const Fragile* const storage = array.data();
+            Fragile::s_copiesLeft = copies;
+            expectThrows<MemoryException>([&] { array.reserve(6); },
+                                          {L"No more memory is available: 1 objects of size 2 requested"});
+            expectThrows<MemoryException>([&] { const Array<Fragile> copy(array); },
+                                          {L"No more memory is available: 1 objects of size 2 requested"});
+            EXPECT_EQ(array.data(), storage);
+            EXPECT_EQ(array.allocated(), 5u);
+            EXPECT_EQ(Fragile::s_alive, 5) << "what was built for the new storage is gone";
+            ASSERT_EQ(array.size(), 4u);
+            for (unsigned int i = 0; i < 4; ++i) {
+                EXPECT_EQ(array[i].value, static_cast<int>(i) + 1);
+            }
+            Fragile::s_copiesLeft = 1000;
+        }
+        EXPECT_EQ(Fragile::s_alive, 0);
+    }
+}
+
+}  // namespace
