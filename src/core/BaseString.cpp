@@ -111,13 +111,13 @@ bool StringAccess<T>::tryReserve(BaseString<T>& string, unsigned int count, bool
 }
 
 template <class T>
-bool StringAccess<T>::tryAssign(BaseString<T>& string, const T* text, unsigned int length) noexcept {
+bool StringAccess<T>::tryAssign(BaseString<T>& string, const T* text, unsigned int length,
+                                unsigned int& capacityWanted) noexcept {
     if (length != 0 && length < string.m_capacity) {
         copyUnits(string.m_data, text, length);  // the text may lie in this very buffer
         setLength(string, length);
         return true;
     }
-    unsigned int capacityWanted = 0;
     if (!tryReserve(string, length, true, capacityWanted)) {
         return false;
     }
@@ -126,6 +126,12 @@ bool StringAccess<T>::tryAssign(BaseString<T>& string, const T* text, unsigned i
         setLength(string, length);
     }
     return true;
+}
+
+template <class T>
+bool StringAccess<T>::tryAssign(BaseString<T>& string, const T* text, unsigned int length) noexcept {
+    unsigned int capacityWanted = 0;
+    return tryAssign(string, text, length, capacityWanted);
 }
 
 template <class T>
@@ -139,6 +145,19 @@ template struct StringAccess<wchar_t>;
 }  // namespace detail
 
 using detail::StringAccess;
+
+namespace {
+
+template <class T>
+void assign(BaseString<T>& string, const T* text, unsigned int length) {
+    unsigned int capacityWanted = 0;
+    if (!StringAccess<T>::tryAssign(string, text, length, capacityWanted)) {
+        // Nothing is tried a second time: a request that is granted then would be a buffer without the text.
+        detail::throwMemory(capacityWanted, sizeof(T));
+    }
+}
+
+}  // namespace
 
 template <class T>
 BaseString<T>::BaseString(const T* text) : BaseString(text, lengthOf(text)) {}
@@ -167,20 +186,14 @@ BaseString<T>::~BaseString() {
 
 template <class T>
 BaseString<T>& BaseString<T>::operator=(const T* text) {
-    const unsigned int length = lengthOf(text);
-    if (!StringAccess<T>::tryAssign(*this, text, length)) {
-        reserve(length, true);  // fails again, and says so
-    }
+    assign(*this, text, lengthOf(text));
     return *this;
 }
 
 template <class T>
 BaseString<T>& BaseString<T>::operator=(const BaseString& other) {
     if (this != &other) {
-        const unsigned int length = other.length();
-        if (!StringAccess<T>::tryAssign(*this, other.m_data, length)) {
-            reserve(length, true);  // fails again, and says so
-        }
+        assign(*this, static_cast<const T*>(other.m_data), other.length());
     }
     return *this;
 }

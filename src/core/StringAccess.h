@@ -15,7 +15,9 @@ struct StringAccess {
                            unsigned int& capacityWanted) noexcept;
 
     /// Replaces the text by the first `length` units of `text`, which may point into the string. On failure the string
-    /// is untouched.
+    /// is untouched, and `capacityWanted` is set as above.
+    static bool tryAssign(BaseString<T>& string, const T* text, unsigned int length,
+                          unsigned int& capacityWanted) noexcept;
     static bool tryAssign(BaseString<T>& string, const T* text, unsigned int length) noexcept;
     static bool tryAssign(BaseString<T>& string, const T* text) noexcept;
 

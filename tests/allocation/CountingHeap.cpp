@@ -1,0 +1,181 @@
+#include "allocation/CountingHeap.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <iterator>
+#include <new>
+
+extern "C" {
+void* __real_malloc(std::size_t bytes);
+void* __real_calloc(std::size_t count, std::size_t bytes);
+void* __real_realloc(void* block, std::size_t bytes);
+void __real_free(void* block);
+
+void* __wrap_malloc(std::size_t bytes);
+void* __wrap_calloc(std::size_t count, std::size_t bytes);
+void* __wrap_realloc(void* block, std::size_t bytes);
+void __wrap_free(void* block);
+}
+
+namespace heap {
+
+namespace {
+
+/// The blocks that are held; a table of its own, because it cannot ask for memory.
+struct Held {
+    void* blocks[4096];
+    std::size_t count;
+};
+
+constinit Held held{};
+constinit bool watching = false;
+constinit bool armed = false;
+constinit unsigned int failing = 0;
+constinit Failure failure = Failure::Once;
+constinit unsigned int asked = 0;
+constinit unsigned int refused = 0;
+
+void remember(void* block) noexcept {
+    if (!watching || !block) {
+        return;
+    }
+    if (held.count == std::size(held.blocks)) {
+        (void)std::fputs("more blocks than the counting heap can keep in mind\n", stderr);
+        std::abort();
+    }
+    held.blocks[held.count++] = block;
+}
+
+/// Blocks that were handed out unwatched, or elsewhere, are not known.
+void forget(const void* block) noexcept {
+    void** const end = held.blocks + held.count;
+    void** const found = std::find(held.blocks, end, block);
+    if (found != end) {
+        *found = held.blocks[--held.count];
+    }
+}
+
+bool refuses() noexcept {
+    if (!armed) {
+        return false;
+    }
+    ++asked;
+    if (failure == Failure::Once ? asked != failing : asked < failing) {
+        return false;
+    }
+    ++refused;
+    return true;
+}
+
+}  // namespace
+
+void watch() noexcept {
+    held.count = 0;
+    watching = true;
+}
+
+void stopWatching() noexcept {
+    watching = false;
+}
+
+std::size_t heldBlocks() noexcept {
+    return held.count;
+}
+
+Unwatched::Unwatched() noexcept : m_before(watching) {
+    watching = false;
+}
+
+Unwatched::~Unwatched() {
+    watching = m_before;
+}
+
+void arm(unsigned int nth, Failure which) noexcept {
+    failing = nth;
+    failure = which;
+    asked = 0;
+    refused = 0;
+    armed = true;
+}
+
+void disarm() noexcept {
+    armed = false;
+}
+
+unsigned int requests() noexcept {
+    return asked;
+}
+
+unsigned int refusals() noexcept {
+    return refused;
+}
+
+}  // namespace heap
+
+// ---- What the linker puts in the place of the runtime's functions ----
+
+void* __wrap_malloc(std::size_t bytes) {
+    void* const block = heap::refuses() ? nullptr : __real_malloc(bytes);
+    heap::remember(block);
+    return block;
+}
+
+void* __wrap_calloc(std::size_t count, std::size_t bytes) {
+    void* const block = heap::refuses() ? nullptr : __real_calloc(count, bytes);
+    heap::remember(block);
+    return block;
+}
+
+void* __wrap_realloc(void* block, std::size_t bytes) {
+    if (heap::refuses()) {
+        return nullptr;
+    }
+    heap::forget(block);
+    void* const moved = __real_realloc(block, bytes);
+    heap::remember(moved);
+    return moved;
+}
+
+void __wrap_free(void* block) {
+    heap::forget(block);
+    __real_free(block);
+}
+
+// ---- The global operators of this program ----
+
+void* operator new(std::size_t bytes) {
+    void* const block = __wrap_malloc(bytes != 0 ? bytes : 1);
+    if (!block) {
+        throw std::bad_alloc();
+    }
+    return block;
+}
+
+void* operator new(std::size_t bytes, const std::nothrow_t&) noexcept {
+    return __wrap_malloc(bytes != 0 ? bytes : 1);
+}
+
+void* operator new[](std::size_t bytes) {
+    return operator new(bytes);
+}
+
+void* operator new[](std::size_t bytes, const std::nothrow_t& tag) noexcept {
+    return operator new(bytes, tag);
+}
+
+void operator delete(void* block) noexcept {
+    __wrap_free(block);
+}
+
+void operator delete(void* block, std::size_t) noexcept {
+    __wrap_free(block);
+}
+
+void operator delete[](void* block) noexcept {
+    __wrap_free(block);
+}
+
+void operator delete[](void* block, std::size_t) noexcept {
+    __wrap_free(block);
+}
