@@ -21,3 +21,4 @@
 #include "vorel/system/ProcessPriority.h"
 #include "vorel/system/Time.h"
 #include "vorel/text/Unicode.h"
+#include "vorel/values/NumberParsing.h"

@@ -1,0 +1,35 @@
+/// \file
+/// Classes of characters, by their numeric code alone: no locale has a say.
+#pragma once
+
+namespace vorel::kernels {
+
+/// The white space of every parser: space, tab, line feed and carriage return; in wide text the no-break space U+00A0
+/// as well. The byte 0xA0 is none, on purpose: in most narrow code pages it is part of something else.
+template <class T>
+constexpr bool isSpace(T c) noexcept {
+    return c == ' ' || c == '\t' || c == '\n' || c == '\r' || (sizeof(T) > 1 && c == 0xA0);
+}
+
+template <class T>
+constexpr bool isDigit(T c) noexcept {
+    return c >= '0' && c <= '9';
+}
+
+/// Folds A to Z, and nothing else, to a to z.
+template <class T>
+constexpr T foldCase(T c) noexcept {
+    return c >= 'A' && c <= 'Z' ? static_cast<T>(c + ('a' - 'A')) : c;
+}
+
+/// The value of a hexadecimal digit; 16 or more for anything else.
+template <class T>
+constexpr unsigned int hexDigitValue(T c) noexcept {
+    if (isDigit(c)) {
+        return static_cast<unsigned int>(c - '0');
+    }
+    const T folded = foldCase(c);
+    return folded >= 'a' && folded <= 'f' ? static_cast<unsigned int>(folded - 'a') + 10 : 16;
+}
+
+}  // namespace vorel::kernels
