@@ -1,0 +1,36 @@
+/// \file
+/// Locks a whole file as a writer of the error log does, and keeps the lock.
+///
+///     log=<path> held=<event> release=<event> holdMs=<limit> [text=<what to append first, without a line end>]
+///
+/// `held` is set when the lock is there and the text is written. The lock is given back when `release` is set, or when
+/// the limit has passed.
+
+#include <string>
+
+#include <windows.h>
+
+#include "support/ChildArguments.h"
+#include "support/Handle.h"
+#include "support/NamedEvent.h"
+
+int main(int argumentCount, char** argumentValues) {
+    const test::ChildArguments arguments(argumentCount, argumentValues);
+    const test::NamedEvent held(arguments.wide("held"));
+    const test::NamedEvent release(arguments.wide("release"));
+
+    const test::Handle file(CreateFileA(arguments.text("log").c_str(), FILE_APPEND_DATA | GENERIC_READ,
+                                        FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_ALWAYS, 0, nullptr));
+    OVERLAPPED fromStart = {};
+    if (!file || !LockFileEx(file.get(), LOCKFILE_EXCLUSIVE_LOCK, 0, 0xFFFFFFFF, 0xFFFFFFFF, &fromStart)) {
+        return 1;
+    }
+    const std::string text = arguments.text("text");
+    DWORD written = 0;
+    if (!text.empty() && !WriteFile(file.get(), text.data(), static_cast<DWORD>(text.size()), &written, nullptr)) {
+        return 2;
+    }
+    held.set();
+    (void)release.wait(static_cast<DWORD>(arguments.number("holdMs")));
+    return UnlockFileEx(file.get(), 0, 0xFFFFFFFF, 0xFFFFFFFF, &fromStart) ? 0 : 3;
+}

@@ -1,0 +1,119 @@
+/// \file
+/// Another process holds the lock on the log.
+
+#include <cerrno>
+#include <chrono>
+#include <memory>
+#include <string>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <windows.h>
+
+#include "support/ChildProcess.h"
+#include "support/LogText.h"
+#include "support/NamedEvent.h"
+#include "support/TemporaryLog.h"
+
+namespace {
+
+using std::chrono::milliseconds;
+using ::testing::ElementsAre;
+using vorel::Exception;
+
+class HeldLogTest : public ::testing::Test {
+protected:
+    /// Starts a process that locks the log, and waits until it has it.
+    void holdLog(unsigned int holdMs, const std::string& text = {}) {
+        m_holder = std::make_unique<test::ChildProcess>(
+            L"lock_holder", std::vector<std::wstring>{L"log=" + std::wstring(m_log.path().begin(), m_log.path().end()),
+                                                      L"held=" + m_held.name(), L"release=" + m_release.name(),
+                                                      L"holdMs=" + std::to_wstring(holdMs),
+                                                      L"text=" + std::wstring(text.begin(), text.end())});
+        ASSERT_TRUE(m_held.wait());
+    }
+
+    template <class Action>
+    static milliseconds timeOf(Action&& action) {
+        const auto start = std::chrono::steady_clock::now();
+        action();
+        return std::chrono::duration_cast<milliseconds>(std::chrono::steady_clock::now() - start);
+    }
+
+    test::TemporaryLog m_log;
+    test::NamedEvent m_held{test::NamedEvent::uniqueName(L"held")};
+    test::NamedEvent m_release{test::NamedEvent::uniqueName(L"release")};
+    std::unique_ptr<test::ChildProcess> m_holder;
+};
+
+TEST_F(HeldLogTest, LineIsDroppedAfterThirtySleepsAndNothingIsReported) {
+    Exception::warn("before");
+    holdLog(3000);
+    Exception e;
+    errno = ERANGE;
+    SetLastError(ERROR_BAD_PATHNAME);
+
+    const milliseconds taken = timeOf([&] { e.appendMessage(L"nobody will read this"); });
+
+    const DWORD lastError = GetLastError();
+    EXPECT_EQ(errno, ERANGE);
+    EXPECT_EQ(lastError, DWORD{ERROR_BAD_PATHNAME});
+    EXPECT_FALSE(m_holder->exitCode().has_value()) << "the lock was gone before the line was";
+    EXPECT_GE(taken, milliseconds(1300));
+    EXPECT_LE(taken, milliseconds(2500));
+    EXPECT_STREQ(e.what(), L"nobody will read this");
+    EXPECT_EQ(e.getMessageTotal(), 1u);
+
+    m_release.set();
+    ASSERT_TRUE(m_holder->wait());
+    EXPECT_EQ(m_holder->exitCode(), DWORD{0});
+    Exception::warn("after");
+    EXPECT_THAT(m_log.messages(), ElementsAre("WARN: before", "WARN: after"));
+}
+
+TEST_F(HeldLogTest, LineIsWrittenWhenTheLockComesFreeInTime) {
+    constexpr unsigned int kHoldMs = 300;
+    holdLog(kHoldMs);
+    const milliseconds taken = timeOf([] { Exception::warn("waited for"); });
+    EXPECT_LE(taken, milliseconds(1300));
+    EXPECT_THAT(m_log.messages(), ElementsAre("WARN: waited for"));
+}
+
+TEST_F(HeldLogTest, RotationIsSkippedWhileTheLogIsHeld) {
+    Exception::warn("longer than the limit");
+    Exception::SetErrorLogSize(10);
+    constexpr unsigned int kHoldMs = 300;
+    holdLog(kHoldMs);
+    Exception::warn("written to the long log");
+    EXPECT_THAT(m_log.messages(), ElementsAre("WARN: longer than the limit", "WARN: written to the long log"));
+    Exception::warn("written to a fresh one");
+    EXPECT_THAT(m_log.messages(), ElementsAre("WARN: written to a fresh one"));
+}
+
+TEST_F(HeldLogTest, ProcessKilledWithTheLockLeavesItToOthers) {
+    Exception::warn("before");
+    holdLog(test::kGenerousMs);
+    m_holder->terminate();
+    Exception::warn("after");
+    EXPECT_THAT(m_log.messages(), ElementsAre("WARN: before", "WARN: after"));
+}
+
+TEST_F(HeldLogTest, LineBehindOneThatAKilledProcessLeftHalfIsWhole) {
+    Exception::warn("before");
+    holdLog(test::kGenerousMs, "[Mon Nov 16 01:43:08 2026] host7.4312.98");
+    m_holder->terminate();
+    Exception::warn("after");
+
+    // The half line has no end, so the next one stands behind it.
+    const std::vector<std::string> lines = test::readLines(m_log.path());
+    ASSERT_EQ(lines.size(), 2u);
+    const std::size_t next = lines[1].rfind('[');
+    EXPECT_EQ(lines[1].substr(0, next), "[Mon Nov 16 01:43:08 2026] host7.4312.98");
+    const auto fields = test::parseLogLine(lines[1].substr(next));
+    ASSERT_TRUE(fields.has_value());
+    EXPECT_EQ(fields->message, "WARN: after");
+    EXPECT_EQ(fields->processId, GetCurrentProcessId());
+    EXPECT_EQ(fields->threadId, GetCurrentThreadId());
+}
+
+}  // namespace

@@ -1,0 +1,39 @@
+/// \file
+/// The command line of a child program: "name=value" for each argument, in any order.
+#pragma once
+
+#include <cstdlib>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace test {
+
+class ChildArguments {
+public:
+    ChildArguments(int count, char** arguments) : m_arguments(arguments + 1, arguments + count) {}
+
+    /// The value of `name`; empty when it is not given.
+    [[nodiscard]] std::string text(std::string_view name) const {
+        for (const std::string& argument : m_arguments) {
+            if (argument.starts_with(name) && argument.substr(name.size(), 1) == "=") {
+                return argument.substr(name.size() + 1);
+            }
+        }
+        return {};
+    }
+
+    /// The value of `name` as a wide text; only for ASCII.
+    [[nodiscard]] std::wstring wide(std::string_view name) const {
+        const std::string narrow = text(name);
+        return {narrow.begin(), narrow.end()};
+    }
+
+    /// The value of `name` as a number; 0 when it is not given.
+    [[nodiscard]] long long number(std::string_view name) const { return std::atoll(text(name).c_str()); }
+
+private:
+    std::vector<std::string> m_arguments;
+};
+
+}  // namespace test

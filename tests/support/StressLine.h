@@ -1,0 +1,139 @@
+/// \file
+/// Lines that show by themselves whether they are whole: each names its writer, its thread, its number and its length,
+/// and ends in a checksum of all that stands before. Writers and readers make them from the same three numbers.
+///
+///     2.0.417 9034 kE€xß…語 51d2c0ffee00aa17
+///
+/// Lengths go from 60 to 12,000 units, most of them short; every 25th line sits on an edge of the log's buffers.
+#pragma once
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <compare>
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace test {
+
+struct StressLineId {
+    unsigned int writer = 0;
+    unsigned int thread = 0;
+    unsigned int number = 0;
+
+    auto operator<=>(const StressLineId&) const = default;
+};
+
+/// FNV-1a as 16 digits.
+inline std::string checksum(std::string_view bytes) {
+    std::uint64_t value = 0xCBF29CE484222325;
+    for (const char byte : bytes) {
+        value = (value ^ static_cast<unsigned char>(byte)) * 0x100000001B3;
+    }
+    std::string digits(16, '0');
+    for (std::size_t index = digits.size(); index-- > 0; value >>= 4) {
+        digits[index] = "0123456789abcdef"[value & 15];
+    }
+    return digits;
+}
+
+/// Numbers that look random and follow from the seed.
+class StressNumbers {
+public:
+    explicit StressNumbers(std::uint64_t seed) : m_state(seed) {}
+
+    std::uint64_t next() {
+        std::uint64_t z = m_state += 0x9E3779B97F4A7C15;
+        z = (z ^ (z >> 30)) * 0xBF58476D1CE4E5B9;
+        z = (z ^ (z >> 27)) * 0x94D049BB133111EB;
+        return z ^ (z >> 31);
+    }
+
+private:
+    std::uint64_t m_state;
+};
+
+/// The length of a line in units.
+inline std::size_t stressLineUnits(const StressLineId& id, StressNumbers& numbers) {
+    constexpr std::array<std::size_t, 5> kEdges{12000, 7999, 8000, 8001, 4096};
+    constexpr std::size_t kShortest = 60;
+    if (id.number % 25 == 0) {
+        return kEdges[(id.number / 25 + id.thread) % kEdges.size()];
+    }
+    const double share = static_cast<double>(numbers.next() >> 11) / 9007199254740992.0;
+    return kShortest + static_cast<std::size_t>(share * share * share * (12000 - kShortest));
+}
+
+/// A line as its writer hands it over, and as the log is to hold it.
+struct StressLine {
+    std::wstring wide;
+    std::string utf8;
+};
+
+inline StressLine stressLine(const StressLineId& id) {
+    struct Glyph {
+        std::wstring_view wide;
+        std::string_view utf8;
+    };
+    static constexpr std::array<Glyph, 5> kBeyondAscii{{{L"\u00E9", "\xC3\xA9"},
+                                                        {L"\u00DF", "\xC3\x9F"},
+                                                        {L"\u20AC", "\xE2\x82\xAC"},
+                                                        {L"\u8A9E", "\xE8\xAA\x9E"},
+                                                        {L"\U0001F600", "\xF0\x9F\x98\x80"}}};
+    constexpr std::size_t kChecksumUnits = 16;
+    StressNumbers numbers(id.writer * 1000003ULL + id.thread * 10007ULL + id.number);
+    const std::size_t units = stressLineUnits(id, numbers);
+
+    StressLine line;
+    const auto add = [&line](std::wstring_view wide, std::string_view utf8) {
+        line.wide += wide;
+        line.utf8 += utf8;
+    };
+    const auto addAscii = [&line](std::string_view text) {
+        line.wide.append(text.begin(), text.end());
+        line.utf8 += text;
+    };
+    addAscii(std::to_string(id.writer) + '.' + std::to_string(id.thread) + '.' + std::to_string(id.number) + ' ' +
+             std::to_string(units) + ' ');
+    while (line.wide.size() + 1 + kChecksumUnits < units) {
+        const std::uint64_t choice = numbers.next();
+        const Glyph& glyph = kBeyondAscii[choice / 64 % kBeyondAscii.size()];
+        if (choice % 64 == 0 && line.wide.size() + glyph.wide.size() + 1 + kChecksumUnits <= units) {
+            add(glyph.wide, glyph.utf8);
+        } else {
+            const char ascii = static_cast<char>('!' + choice / 64 % 94);
+            addAscii({&ascii, 1});
+        }
+    }
+    addAscii(" ");
+    addAscii(checksum(line.utf8));
+    return line;
+}
+
+/// Which line `utf8` is, if it is whole.
+inline std::optional<StressLineId> readStressLine(std::string_view utf8) {
+    constexpr std::size_t kChecksumBytes = 16;
+    if (utf8.size() <= kChecksumBytes) {
+        return std::nullopt;
+    }
+    const std::size_t end = utf8.size() - kChecksumBytes;
+    if (checksum(utf8.substr(0, end)) != utf8.substr(end)) {
+        return std::nullopt;
+    }
+    StressLineId id;
+    const char* at = utf8.data();
+    const char* const last = utf8.data() + end;
+    for (unsigned int* field : {&id.writer, &id.thread, &id.number}) {
+        const auto [behind, error] = std::from_chars(at, last, *field);
+        if (error != std::errc()) {
+            return std::nullopt;
+        }
+        at = std::min(behind + 1, last);
+    }
+    return id;
+}
+
+}  // namespace test
