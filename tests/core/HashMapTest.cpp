@@ -1,0 +1,325 @@
+#include "vorel/core/HashMap.h"
+
+#include <cstdint>
+#include <map>
+#include <stdexcept>
+#include <utility>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "support/Expect.h"
+#include "support/TemporaryLog.h"
+#include "vorel/exceptions/ExceptionFamily.h"
+
+namespace {
+
+using test::expectThrows;
+using vorel::Exception;
+using vorel::HashMap;
+using vorel::NameEqual;
+
+using NumberMap = HashMap<int, int>;
+using NameMap = HashMap<const char*, unsigned int, NameEqual>;
+
+std::map<int, int> entriesOf(const NumberMap& map) {
+    std::map<int, int> entries;
+    for (auto it = map.begin(); !(it == map.end()); ++it) {
+        EXPECT_TRUE(entries.emplace(it.key(), it.value()).second) << it.key() << " came twice";
+    }
+    return entries;
+}
+
+// ---- Putting and finding --------------------------------------------------------------------------------------------
+
+TEST(HashMap, Put_ReturnsThePlaceOfTheNewEntry) {
+    NumberMap map(31);
+    const auto place = map.put(100, 7, 70);
+    EXPECT_EQ(place.key(), 7);
+    EXPECT_EQ(place.value(), 70);
+    EXPECT_EQ(map.size(), 1u);
+    EXPECT_TRUE(map.find(7, 100) == place);
+    place.value() = 71;
+    EXPECT_EQ(map.find(7, 100).value(), 71);
+}
+
+TEST(HashMap, Find_OfAMissingKeyReturnsTheEnd) {
+    NumberMap map(31);
+    EXPECT_TRUE(map.find(7, 100) == map.end());
+    map.put(100, 7, 70);
+    EXPECT_TRUE(map.find(8, 100) == map.end()) << "same hash, another key";
+    EXPECT_TRUE(map.find(7, 131) == map.end()) << "same key and same bucket, another hash";
+    EXPECT_TRUE(map.find(7, 101) == map.end()) << "another bucket";
+}
+
+TEST(HashMap, Find_TellsKeysOfOneHashApart) {
+    NameMap map(31);
+    map.put(5, "first", 1);
+    map.put(5, "second", 2);
+    map.put(36, "third", 3);  // the same bucket
+    EXPECT_EQ(map.find("first", 5).value(), 1u);
+    EXPECT_EQ(map.find("second", 5).value(), 2u);
+    EXPECT_EQ(map.find("third", 36).value(), 3u);
+}
+
+TEST(HashMap, PutTwice_KeepsBothAndFindsTheNewer) {
+    NumberMap map(31);
+    map.put(1, 7, 70);
+    map.put(1, 7, 71);
+    EXPECT_EQ(map.size(), 2u);
+    EXPECT_EQ(map.find(7, 1).value(), 71);
+    EXPECT_TRUE(map.remove(7, 1));
+    EXPECT_EQ(map.find(7, 1).value(), 70);
+    EXPECT_TRUE(map.remove(7, 1));
+    EXPECT_TRUE(map.find(7, 1) == map.end());
+}
+
+TEST(HashMap, Hashes_Are64BitsWide) {
+    NumberMap map(31);
+    const std::uint64_t high = std::uint64_t{31} << 40;
+    map.put(high + 3, 1, 10);
+    map.put(3, 2, 20);
+    map.put(0xFFFFFFFFFFFFFFFF, 3, 30);
+    EXPECT_EQ(map.find(1, high + 3).value(), 10);
+    EXPECT_TRUE(map.find(1, 3) == map.end());
+    EXPECT_EQ(map.find(3, 0xFFFFFFFFFFFFFFFF).value(), 30);
+    map.resize(101);
+    EXPECT_EQ(map.find(1, high + 3).value(), 10);
+    EXPECT_EQ(map.find(2, 3).value(), 20);
+    EXPECT_EQ(map.find(3, 0xFFFFFFFFFFFFFFFF).value(), 30);
+}
+
+TEST(HashMap, Iteration_VisitsEveryEntryOnce) {
+    NumberMap map(5);
+    EXPECT_TRUE(map.begin() == map.end());
+    std::map<int, int> expected;
+    for (int key = 0; key < 40; ++key) {
+        map.put(static_cast<std::uint64_t>(key % 9) * 7, key, key * key);
+        expected[key] = key * key;
+        ASSERT_EQ(entriesOf(map), expected);
+    }
+}
+
+TEST(HashMap, Iteration_FindsTheOnlyEntryInTheFirstAndInTheLastBucket) {
+    for (const std::uint64_t hash : {0u, 30u}) {
+        NumberMap map(31);
+        map.put(hash, 1, 2);
+        EXPECT_EQ(entriesOf(map), (std::map<int, int>{{1, 2}}));
+    }
+}
+
+// ---- Growing --------------------------------------------------------------------------------------------------------
+
+TEST(HashMap, GrowAt_IsThreeQuartersOfTheBucketsTruncated) {
+    struct Case {
+        unsigned int buckets;
+        unsigned int growAt;
+    };
+    for (const auto& [buckets, growAt] :
+         {Case{1, 0}, Case{2, 1}, Case{3, 2}, Case{4, 3}, Case{5, 3}, Case{11, 8}, Case{31, 23}, Case{100003, 75002}}) {
+        const NumberMap map(buckets);
+        EXPECT_EQ(map.bucketCount(), buckets);
+        EXPECT_EQ(map.growAt(), growAt) << buckets;
+    }
+}
+
+TEST(HashMap, FourBuckets_TheFourthInsertionGrowsTo11) {
+    NumberMap map(4);
+    for (int key = 0; key < 3; ++key) {
+        map.put(static_cast<std::uint64_t>(key), key, key);
+        EXPECT_EQ(map.bucketCount(), 4u);
+        EXPECT_EQ(map.growAt(), 3u);
+    }
+    map.put(3, 3, 3);
+    EXPECT_EQ(map.bucketCount(), 11u);
+    EXPECT_EQ(map.growAt(), 8u);
+    EXPECT_EQ(map.size(), 4u);
+}
+
+TEST(HashMap, Growth_GoesToThePrimeAboveTwiceTheBuckets) {
+    struct Case {
+        unsigned int from;
+        unsigned int to;
+    };
+    for (const auto& [from, to] : {Case{1, 3}, Case{2, 5}, Case{3, 7}, Case{4, 11}, Case{12, 29}, Case{31, 67}}) {
+        NumberMap map(from);
+        for (int key = 0; map.bucketCount() == from; ++key) {
+            ASSERT_EQ(map.size(), static_cast<unsigned int>(key));
+            map.put(0, key, key);
+        }
+        EXPECT_EQ(map.bucketCount(), to) << from;
+        EXPECT_EQ(map.size(), from * 3 / 4 + 1) << "grown by the first insertion at the threshold";
+    }
+}
+
+TEST(HashMap, Growth_KeepsEveryEntry) {
+    NumberMap map(1);
+    for (int key = 0; key < 5000; ++key) {
+        map.put(static_cast<std::uint64_t>(key) * 2654435761u, key, -key);
+        ASSERT_LE(map.size() - 1, map.growAt());
+    }
+    for (int key = 0; key < 5000; ++key) {
+        const auto found = map.find(key, static_cast<std::uint64_t>(key) * 2654435761u);
+        ASSERT_FALSE(found == map.end()) << key;
+        ASSERT_EQ(found.value(), -key);
+    }
+}
+
+TEST(HashMap, Resize_GrowsAndNeverShrinks) {
+    NumberMap map(31);
+    map.put(1, 1, 10);
+    for (const unsigned int count : {0u, 1u, 30u, 31u}) {
+        map.resize(count);
+        EXPECT_EQ(map.bucketCount(), 31u);
+        EXPECT_EQ(map.growAt(), 23u);
+    }
+    map.resize(32);
+    EXPECT_EQ(map.bucketCount(), 32u);
+    EXPECT_EQ(map.growAt(), 24u);
+    EXPECT_EQ(map.find(1, 1).value(), 10);
+}
+
+// Chains are moved from their heads to the heads of the new ones: two entries of one key change places.
+TEST(HashMap, Resize_TurnsTheOrderOfAChainAround) {
+    NumberMap map(5);
+    map.put(1, 7, 70);
+    map.put(1, 7, 71);
+    map.resize(11);
+    EXPECT_EQ(map.find(7, 1).value(), 70);
+    map.resize(23);
+    EXPECT_EQ(map.find(7, 1).value(), 71);
+}
+
+// ---- No buckets -----------------------------------------------------------------------------------------------------
+
+TEST(HashMap, WithoutBuckets_EveryOperationSaysSo) {
+    NumberMap map;
+    EXPECT_EQ(map.bucketCount(), 0u);
+    EXPECT_TRUE(map.begin() == map.end());
+    expectThrows<Exception>([&] { map.put(1, 1, 1); }, {L"Tried to put into a hash map with 0 buckets"});
+    expectThrows<Exception>([&] { static_cast<void>(map.find(1, 1)); },
+                            {L"Tried to find in a hash map with 0 buckets"});
+    expectThrows<Exception>([&] { map.remove(1, 1); }, {L"Tried to remove from hash map with 0 buckets"});
+    expectThrows<Exception>([&] { map.resize(0); }, {L"Cannot resize a hash map to 0"});
+    map.clear();
+    EXPECT_EQ(map.size(), 0u);
+
+    map.resize(3);
+    map.put(1, 1, 10);
+    EXPECT_EQ(map.find(1, 1).value(), 10);
+}
+
+TEST(HashMap, Failures_AreLoggedAtOnce) {
+    const test::TemporaryLog log;
+    NumberMap map;
+    EXPECT_THROW(static_cast<void>(map.find(1, 1)), Exception);
+    EXPECT_THAT(log.messages(), ::testing::ElementsAre("Vorel Error: Tried to find in a hash map with 0 buckets"));
+}
+
+// ---- Removing, spare nodes ------------------------------------------------------------------------------------------
+
+TEST(HashMap, Remove_SaysWhetherThereWasAnEntry) {
+    NumberMap map(5);
+    map.put(1, 1, 10);
+    EXPECT_FALSE(map.remove(2, 1));
+    EXPECT_FALSE(map.remove(1, 6)) << "the same bucket, another hash";
+    EXPECT_TRUE(map.remove(1, 1));
+    EXPECT_FALSE(map.remove(1, 1));
+    EXPECT_EQ(map.size(), 0u);
+}
+
+TEST(HashMap, Remove_FromTheHeadTheMiddleAndTheEndOfAChain) {
+    for (int removed = 0; removed < 3; ++removed) {
+        NumberMap map(7);
+        for (int key = 0; key < 3; ++key) {
+            map.put(2, key, key);
+        }
+        EXPECT_TRUE(map.remove(removed, 2));
+        EXPECT_EQ(map.size(), 2u);
+        for (int key = 0; key < 3; ++key) {
+            EXPECT_EQ(map.find(key, 2) == map.end(), key == removed) << key;
+        }
+    }
+}
+
+TEST(HashMap, SpareNodes_AreUsedAgainNewestFirst) {
+    NumberMap map(31);
+    const int* const first = &map.put(1, 1, 10).value();
+    const int* const second = &map.put(2, 2, 20).value();
+    map.remove(1, 1);
+    map.remove(2, 2);
+    const auto third = map.put(3, 3, 30);
+    EXPECT_EQ(&third.value(), second);
+    EXPECT_EQ(third.key(), 3);
+    EXPECT_EQ(third.value(), 30);
+    EXPECT_EQ(&map.put(4, 4, 40).value(), first);
+    EXPECT_EQ(entriesOf(map), (std::map<int, int>{{3, 30}, {4, 40}}));
+}
+
+TEST(HashMap, Clear_KeepsTheBuckets) {
+    NumberMap map(5);
+    for (int key = 0; key < 20; ++key) {
+        map.put(static_cast<std::uint64_t>(key), key, key);
+    }
+    map.remove(3, 3);
+    const unsigned int buckets = map.bucketCount();
+    map.clear();
+    EXPECT_EQ(map.size(), 0u);
+    EXPECT_EQ(map.bucketCount(), buckets);
+    EXPECT_TRUE(map.begin() == map.end());
+    EXPECT_TRUE(map.find(4, 4) == map.end());
+    map.put(4, 4, 44);
+    EXPECT_EQ(entriesOf(map), (std::map<int, int>{{4, 44}}));
+}
+
+// ---- The end of a map -----------------------------------------------------------------------------------------------
+
+/// A value whose destruction fails while `s_armed` is set.
+template <class Failure>
+struct Explosive {
+    Explosive() = default;
+    Explosive(const Explosive&) = default;
+    Explosive& operator=(const Explosive&) = default;
+    ~Explosive() noexcept(false) {
+        if (std::exchange(s_armed, false)) {
+            throw Failure(1, 2);
+        }
+    }
+
+    static inline bool s_armed = false;
+};
+
+/// Destroys a map whose only value explodes, at the end of a block or while another failure unwinds it.
+template <class Failure>
+void destroyExplosiveMap(bool unwinding) {
+    using Value = Explosive<Failure>;
+    const Value value;
+    HashMap<int, Value> map(3);
+    map.put(1, 1, value);
+    Value::s_armed = true;
+    if (unwinding) {
+        throw std::runtime_error("the first failure");
+    }
+}
+
+using ForeignFailure = std::pair<int, int>;
+
+TEST(HashMapEnd, AFailureIsRecordedAndThrownOn) {
+    expectThrows<vorel::MemoryException>([] { destroyExplosiveMap<vorel::MemoryException>(false); },
+                                         {L"No more memory is available: 1 objects of size 2 requested",
+                                          L"HashMap::~HashMap: Vorel exception rethrown"});
+    expectThrows<Exception>([] { destroyExplosiveMap<ForeignFailure>(false); },
+                            {L"HashMap::~HashMap: Severe error thrown"});
+}
+
+TEST(HashMapEnd, AFailureWhileAnotherUnwindsIsOnlyRecorded) {
+    const test::TemporaryLog log;
+    EXPECT_THROW(destroyExplosiveMap<vorel::MemoryException>(true), std::runtime_error);
+    EXPECT_THROW(destroyExplosiveMap<ForeignFailure>(true), std::runtime_error);
+    EXPECT_THAT(log.messages(),
+                ::testing::ElementsAre("Vorel Error: No more memory is available: 1 objects of size 2 requested",
+                                       "Vorel Error: HashMap::~HashMap: Vorel exception suppressed",
+                                       "Vorel Error: HashMap::~HashMap: Severe error suppressed"));
+}
+
+}  // namespace
