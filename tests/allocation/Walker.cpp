@@ -43,6 +43,7 @@ void Trial::keepException() {
 }
 
 void Trial::keepTheRest() {
+    m_requests = heap::requests();
     m_refusals = heap::refusals();
     const heap::Unwatched unwatched;
     m_logged = m_log.takeMessages();

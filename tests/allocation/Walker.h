@@ -56,6 +56,12 @@ public:
     bool completed() const { return m_kind.empty(); }
     bool refused() const { return m_refusals != 0; }
 
+    /// Requests that the step made, granted or not.
+    unsigned int requests() const { return m_requests; }
+
+    /// The name of the class of what was thrown; empty when the step completed.
+    const std::string& thrown() const { return m_kind; }
+
     /// Whether no memory was to be had from the failure on, so that no text found a place either.
     bool staysWithoutMemory() const { return refused() && m_failure == heap::Failure::FromThenOn; }
 
@@ -87,6 +93,7 @@ private:
     unsigned int m_nth;
     heap::Failure m_failure;
     test::TemporaryLog& m_log;
+    unsigned int m_requests = 0;
     unsigned int m_refusals = 0;
     std::string m_kind;  // of what was thrown
     Messages m_messages;
