@@ -73,19 +73,10 @@ public:
     [[nodiscard]] bool empty() const noexcept { return m_count == 0; }
     [[nodiscard]] unsigned int allocated() const noexcept { return m_allocated; }
 
-    /// Adds a copy of `item`, which may be an element of this array.
+    /// Adds a copy of `item`, or `item` itself; it may be an element of this array.
     /// \throws MemoryException and leaves the array as it was.
-    void append(const T& item) {
-        if (m_count < m_allocated) {
-            m_items[m_count] = item;
-            ++m_count;
-        } else {
-            Array grown = grownTo(grownCount(1), false);
-            grown.m_items[m_count] = item;  // read while the storage that it may lie in still is there
-            ++grown.m_count;
-            swap(grown);
-        }
-    }
+    void append(const T& item) { appendOne(item); }
+    void append(T&& item) { appendOne(std::move(item)); }
 
     /// Adds `count` plain values, which may lie in this array.
     /// \throws MemoryException and leaves the array as it was.
@@ -145,6 +136,19 @@ public:
 private:
     static constexpr unsigned int kFirstSlots = 5;
     static constexpr unsigned int kMostSlots = 0xFFFFFFFFu;
+
+    template <class Item>
+    void appendOne(Item&& item) {
+        if (m_count < m_allocated) {
+            m_items[m_count] = std::forward<Item>(item);
+            ++m_count;
+        } else {
+            Array grown = grownTo(grownCount(1), false);
+            grown.m_items[m_count] = std::forward<Item>(item);  // the storage that it may lie in is still there
+            ++grown.m_count;
+            swap(grown);
+        }
+    }
 
     [[nodiscard]] unsigned int doubledUpTo(unsigned int count) const noexcept {
         unsigned int slots = m_allocated > kFirstSlots ? m_allocated : kFirstSlots;

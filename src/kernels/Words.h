@@ -1,0 +1,23 @@
+/// \file
+/// Comparing a text with plain words, without regard to the case of the letters A to Z.
+#pragma once
+
+#include <string_view>
+
+#include "kernels/Characters.h"
+
+namespace vorel::kernels {
+
+/// Whether the whole of a zero-terminated text is `word`, which is given in lower case.
+template <class T>
+constexpr bool equalsWord(const T* text, std::string_view word) noexcept {
+    for (const char c : word) {
+        if (foldCase(*text) != static_cast<T>(c)) {
+            return false;
+        }
+        ++text;
+    }
+    return *text == 0;
+}
+
+}  // namespace vorel::kernels
