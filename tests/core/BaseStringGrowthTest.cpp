@@ -2,7 +2,6 @@
 /// `BaseString::reserve`, the single growth point: capacities, what is kept, and what becomes of the length.
 
 #include <algorithm>
-#include <bit>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -10,8 +9,10 @@
 #include <gtest/gtest.h>
 
 #include "core/StringFields.h"
+#include "support/Expect.h"
 #include "support/Widths.h"
 #include "vorel/core/BaseString.h"
+#include "vorel/exceptions/ExceptionFamily.h"
 
 namespace {
 
@@ -193,6 +194,31 @@ TYPED_TEST(BaseStringGrowth, Append_NeedsLogarithmicallyManyBuffers) {
         }
     }
     EXPECT_EQ(capacities, (std::vector<unsigned int>{16, 32, 64, 128, 256, 512, 1024, 2048, 4096, 8192}));
+}
+
+TYPED_TEST(BaseStringGrowth, ACapacityBeyond32Bits_IsRefusedAndNeverWraps) {
+    const auto text = test::text<TypeParam>("as it was");
+    const std::wstring message =
+        L"No more memory is available: -1 objects of size " + std::to_wstring(sizeof(TypeParam)) + L" requested";
+    for (const unsigned int count : {0xFFEFFFFFu, 0xFFF00000u, 0xFFFFFFFEu, 0xFFFFFFFFu}) {
+        for (const bool discard : {false, true}) {
+            BaseString<TypeParam> string(text.c_str());
+            const TypeParam* const buffer = string.c_str();
+            test::expectThrows<vorel::MemoryException>([&] { string.reserve(count, discard); }, {message});
+            EXPECT_EQ(string.c_str(), buffer);
+            EXPECT_EQ(string.capacity(), 16u);
+            EXPECT_TRUE(string.view() == text);
+        }
+    }
+}
+
+TYPED_TEST(BaseStringGrowth, AnAppendBeyond32Bits_IsRefusedAndNeverWraps) {
+    const auto text = test::text<TypeParam>("as it was");
+    BaseString<TypeParam> string(text.c_str());
+    const std::wstring message =
+        L"No more memory is available: -1 objects of size " + std::to_wstring(sizeof(TypeParam)) + L" requested";
+    test::expectThrows<vorel::MemoryException>([&] { string.append(text.c_str(), 0xFFFFFFF8); }, {message});
+    EXPECT_TRUE(string.view() == text);
 }
 
 /// The capacities as the rule is worded, in arithmetic of its own.

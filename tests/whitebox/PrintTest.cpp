@@ -1,0 +1,204 @@
+/// \file
+/// The door to the runtime's print functions: bounded rendering, and the fixed buffer with its fallback to the heap.
+
+#include "core/Print.h"
+
+#include <cstdarg>
+#include <cstdio>
+#include <cstdlib>
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include <gtest/gtest.h>
+
+#include "support/ExhaustedStreams.h"
+#include "support/GuardedBuffer.h"
+#include "support/Widths.h"
+
+namespace {
+
+using test::GuardedBuffer;
+using vorel::baseutil::boundedFormat;
+using vorel::baseutil::MessageText;
+
+struct Free {
+    void operator()(void* block) const { std::free(block); }
+};
+
+template <class T>
+class Print : public ::testing::Test {
+protected:
+    using Text = std::basic_string<T>;
+
+    static Text text(std::string_view units) { return test::text<T>(units); }
+
+    struct Rendered {
+        const T* result = nullptr;
+        std::unique_ptr<T, Free> heap;
+        bool truncated = true;  // is to be cleared
+    };
+
+    static Rendered format(GuardedBuffer<T>& buffer, const T* format, ...) {
+        va_list args;
+        va_start(args, format);
+        Rendered rendered;
+        T* heap = nullptr;
+        rendered.result =
+            vorel::baseutil::formatWithFallback(buffer.data(), buffer.size(), heap, rendered.truncated, format, args);
+        rendered.heap.reset(heap);
+        va_end(args);
+        return rendered;
+    }
+
+    static int vbounded(T* buffer, std::size_t size, const T* format, ...) {
+        va_list args;
+        va_start(args, format);
+        const int written = vorel::baseutil::vboundedFormat(buffer, size, format, args);
+        va_end(args);
+        return written;
+    }
+};
+
+TYPED_TEST_SUITE(Print, test::CharacterTypes, test::CharacterNames);
+
+// ---- Bounded rendering ----------------------------------------------------------------------------------------------
+
+// The text fits when it fills the buffer exactly; then it has no terminator.
+TYPED_TEST(Print, BoundedFormat_AtEverySizeAroundTheText) {
+    const auto format = this->text("%d:%s");
+    const auto argument = this->text("abcdefgh");
+    const auto expected = this->text("12:abcdefgh");
+    for (std::size_t size = 0; size <= expected.size() + 3; ++size) {
+        GuardedBuffer<TypeParam> buffer(size);
+        const int written = boundedFormat(buffer.data(), size, format.c_str(), 12, argument.c_str());
+        if (size == 0) {
+            continue;  // the runtime only counts then
+        }
+        if (size < expected.size()) {
+            EXPECT_EQ(written, -1) << size;
+            continue;
+        }
+        EXPECT_EQ(written, static_cast<int>(expected.size())) << size;
+        EXPECT_EQ(std::basic_string_view<TypeParam>(buffer.data(), expected.size()), expected) << size;
+        if (size > expected.size()) {
+            EXPECT_EQ(buffer.data()[expected.size()], TypeParam{}) << size;
+        }
+    }
+}
+
+TYPED_TEST(Print, VboundedFormat_IsTheSameWithAnArgumentList) {
+    GuardedBuffer<TypeParam> buffer(5);
+    EXPECT_EQ(this->vbounded(buffer.data(), 5, this->text("%d%s").c_str(), 7, this->text("abc").c_str()), 4);
+    EXPECT_EQ(buffer.data(), this->text("7abc"));
+    EXPECT_EQ(this->vbounded(buffer.data(), 5, this->text("%d%s").c_str(), 7, this->text("abcd").c_str()), 5);
+    EXPECT_EQ(this->vbounded(buffer.data(), 5, this->text("%d%s").c_str(), 7, this->text("abcde").c_str()), -1);
+}
+
+TYPED_TEST(Print, BoundedFormat_EveryRefusalIsMinusOne) {
+    GuardedBuffer<TypeParam> buffer(20);
+    int count = 77;
+    EXPECT_EQ(boundedFormat(buffer.data(), 20, this->text("a%n").c_str(), &count), -1);
+    EXPECT_EQ(count, 77);
+}
+
+TEST(PrintOfNarrowText, BoundedFormat_UnconvertibleWideTextIsMinusOne) {
+    GuardedBuffer<char> buffer(20);
+    EXPECT_EQ(boundedFormat(buffer.data(), 20, "%ls", L"\x4E00"), -1);
+}
+
+TEST(PrintOfWideText, PlainStringConversionTakesWideText) {
+    wchar_t buffer[20];
+    EXPECT_EQ(boundedFormat(buffer, 20, L"%s|%hs|%ls", L"a", "b", L"c"), 5);
+    EXPECT_STREQ(buffer, L"a|b|c");
+}
+
+TEST(PrintOfNarrowText, StreamPrint_RendersToAStream) {
+    std::FILE* const stream = std::tmpfile();
+    ASSERT_NE(stream, nullptr);
+    EXPECT_EQ(vorel::baseutil::streamPrint(stream, "[%hs] %d", "time", 42), 9);
+    std::rewind(stream);
+    char text[20] = {};
+    EXPECT_EQ(std::fread(text, 1, sizeof text, stream), 9u);
+    EXPECT_STREQ(text, "[time] 42");
+    std::fclose(stream);
+}
+
+// ---- The fixed buffer and the heap ----------------------------------------------------------------------------------
+
+TYPED_TEST(Print, FormatWithFallback_UsesTheBufferUpToItsSizeLessOne) {
+    constexpr std::size_t kSize = 12;
+    for (std::size_t length = 0; length < kSize; ++length) {
+        GuardedBuffer<TypeParam> buffer(kSize);
+        const std::basic_string<TypeParam> argument(length, TypeParam{'x'});
+        const auto rendered = this->format(buffer, this->text("%s").c_str(), argument.c_str());
+        ASSERT_EQ(rendered.result, buffer.data()) << length;
+        EXPECT_EQ(rendered.result, argument);
+        EXPECT_EQ(rendered.heap, nullptr);
+        EXPECT_FALSE(rendered.truncated);
+        EXPECT_EQ(buffer.data()[kSize - 1], TypeParam{}) << "the last unit is a terminator whatever the length";
+    }
+}
+
+TYPED_TEST(Print, FormatWithFallback_RendersLongerTextsWholeIntoTheHeap) {
+    constexpr std::size_t kSize = 12;
+    for (const std::size_t length : {kSize, kSize + 1, std::size_t{100}, std::size_t{100000}}) {
+        GuardedBuffer<TypeParam> buffer(kSize);
+        const std::basic_string<TypeParam> argument(length, TypeParam{'x'});
+        const auto rendered = this->format(buffer, this->text("%s").c_str(), argument.c_str());
+        ASSERT_NE(rendered.heap, nullptr) << length;
+        EXPECT_EQ(rendered.result, rendered.heap.get());
+        EXPECT_EQ(rendered.result, argument);
+        EXPECT_FALSE(rendered.truncated);
+    }
+}
+
+TYPED_TEST(Print, FormatWithFallback_AFormatThatCannotBeRenderedGivesNull) {
+    GuardedBuffer<TypeParam> buffer(12);
+    int count = 77;
+    const auto rendered = this->format(buffer, this->text("%n").c_str(), &count);
+    EXPECT_EQ(rendered.result, nullptr);
+    EXPECT_EQ(rendered.heap, nullptr);
+    EXPECT_FALSE(rendered.truncated);
+}
+
+TYPED_TEST(Print, FormatWithFallback_ALongTextWithoutTheNullDeviceGivesNull) {
+    const test::ExhaustedStreams none;
+    GuardedBuffer<TypeParam> buffer(12);
+    EXPECT_EQ(this->format(buffer, this->text("%020d").c_str(), 1).result, nullptr);
+    EXPECT_EQ(this->format(buffer, this->text("%d").c_str(), 1).result, buffer.data())
+        << "a short one needs no measure";
+}
+
+// ---- Messages -------------------------------------------------------------------------------------------------------
+
+template <class T>
+bool liesIn(const MessageText<T>& message, const T* text) {
+    const auto* const object = reinterpret_cast<const char*>(&message);
+    const auto* const address = reinterpret_cast<const char*>(text);
+    return address >= object && address < object + sizeof message;
+}
+
+TYPED_TEST(Print, MessageText_Holds7999UnitsItselfAndLongerOnesOnTheHeap) {
+    for (const std::size_t length : {std::size_t{0}, std::size_t{1}, std::size_t{7999}, std::size_t{8000},
+                                     std::size_t{10000}, std::size_t{200000}}) {
+        const std::basic_string<TypeParam> argument(length, TypeParam{'m'});
+        MessageText<TypeParam> message;
+        message.renderf(this->text("%s").c_str(), argument.c_str());
+        ASSERT_NE(message.text(), nullptr) << length;
+        EXPECT_TRUE(message.text() == argument) << length;
+        EXPECT_FALSE(message.truncated());
+        EXPECT_EQ(liesIn(message, message.text()), length <= 7999) << length;
+    }
+}
+
+TYPED_TEST(Print, MessageText_WithoutARenderingHasNoText) {
+    EXPECT_EQ(MessageText<TypeParam>().text(), nullptr);
+    int count = 77;
+    MessageText<TypeParam> message;
+    message.renderf(this->text("%n").c_str(), &count);
+    EXPECT_EQ(message.text(), nullptr);
+    EXPECT_FALSE(message.truncated());
+}
+
+}  // namespace

@@ -1,0 +1,63 @@
+/// \file
+/// What the library itself may do with a string: grow and fill it without an exception.
+
+#include "core/StringAccess.h"
+
+#include <algorithm>
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "support/Widths.h"
+
+namespace {
+
+using vorel::BaseString;
+
+template <class T>
+class StringAccess : public ::testing::Test {
+protected:
+    using Access = vorel::detail::StringAccess<T>;
+};
+
+TYPED_TEST_SUITE(StringAccess, test::CharacterTypes, test::CharacterNames);
+
+// A capacity of whole steps of 1 Mi units goes up to 0xFFF00000; the next does not fit into 32 bits.
+TYPED_TEST(StringAccess, TryReserve_RefusesACapacityBeyond32Bits) {
+    for (const unsigned int count : {0xFFEFFFFFu, 0xFFF00000u, 0xFFFFFFFEu, 0xFFFFFFFFu}) {
+        const auto text = test::text<TypeParam>("as it was");
+        BaseString<TypeParam> string(text.c_str());
+        const TypeParam* const buffer = string.c_str();
+        for (const bool discard : {false, true}) {
+            unsigned int capacityWanted = 0;
+            EXPECT_FALSE(TestFixture::Access::tryReserve(string, count, discard, capacityWanted)) << count;
+            EXPECT_EQ(capacityWanted, 0xFFFFFFFFu);
+            EXPECT_EQ(string.c_str(), buffer);
+            EXPECT_TRUE(string.view() == text);
+        }
+    }
+}
+
+TYPED_TEST(StringAccess, TryAssign_CopiesAndKnowsTheLength) {
+    BaseString<TypeParam> string;
+    const auto text = test::text<TypeParam>("a text of more than sixteen units");
+    EXPECT_TRUE(TestFixture::Access::tryAssign(string, text.c_str()));
+    EXPECT_TRUE(string.view() == text);
+    EXPECT_TRUE(TestFixture::Access::tryAssign(string, text.c_str(), 6));
+    EXPECT_TRUE(string.view() == text.substr(0, 6));
+    EXPECT_TRUE(TestFixture::Access::tryAssign(string, string.c_str() + 2, 4)) << "from the string itself";
+    EXPECT_TRUE(string.view() == text.substr(2, 4));
+    EXPECT_TRUE(TestFixture::Access::tryAssign(string, nullptr));
+    EXPECT_TRUE(string.empty());
+}
+
+TYPED_TEST(StringAccess, SetLength_TerminatesAndStatesTheLength) {
+    BaseString<TypeParam> string;
+    TypeParam* const buffer = string.reserve(10, true);
+    std::fill_n(buffer, 10, TypeParam{'x'});
+    TestFixture::Access::setLength(string, 4);
+    EXPECT_EQ(string.length(), 4u);
+    EXPECT_EQ(buffer[4], TypeParam{});
+}
+
+}  // namespace

@@ -1,0 +1,100 @@
+/// \file
+/// The clocks and the time text beneath the exported functions and the error log.
+
+#include "system/SystemClock.h"
+
+#include <cstdint>
+#include <cstring>
+#include <ctime>
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include <windows.h>
+
+#include "support/GuardedBuffer.h"
+
+namespace {
+
+using namespace vorel::system;
+
+std::tm someTime() {
+    std::tm time = {};
+    time.tm_year = 109;
+    time.tm_mon = 1;
+    time.tm_mday = 13;
+    time.tm_hour = 23;
+    time.tm_min = 31;
+    time.tm_sec = 30;
+    time.tm_wday = 5;
+    time.tm_yday = 43;
+    return time;
+}
+
+TEST(SystemClock, FileTimeNow_LiesBetweenTwoReadings) {
+    const auto reading = [] {
+        FILETIME now;
+        GetSystemTimeAsFileTime(&now);
+        return std::uint64_t{now.dwHighDateTime} << 32 | now.dwLowDateTime;
+    };
+    for (int i = 0; i < 1000; ++i) {
+        const std::uint64_t before = reading();
+        const std::uint64_t now = fileTimeNow();
+        ASSERT_LE(before, now);
+        ASSERT_LE(now, reading());
+    }
+}
+
+TEST(SystemClock, MillisecondsUtc_CountsFrom1970) {
+    const auto seconds = static_cast<std::uint64_t>(_time64(nullptr));
+    const std::uint64_t milliseconds = millisecondsUtc();
+    EXPECT_GE(milliseconds + 1000, seconds * 1000) << "the runtime's second may begin a tick earlier";
+    EXPECT_LE(milliseconds, static_cast<std::uint64_t>(_time64(nullptr)) * 1000 + 1999);
+}
+
+TEST(SystemClock, FormatTime_WritesTheTextWithoutItsLineFeed) {
+    for (const std::size_t size : {std::size_t{26}, std::size_t{27}, std::size_t{64}}) {
+        test::GuardedBuffer<char> buffer(size);
+        EXPECT_TRUE(formatTime(someTime(), buffer.data(), size));
+        EXPECT_STREQ(buffer.data(), "Fri Feb 13 23:31:30 2009");
+    }
+}
+
+TEST(SystemClock, FormatTime_RefusesATimeOutOfRange) {
+    std::tm time = someTime();
+    time.tm_mon = 12;
+    test::GuardedBuffer<char> buffer(26);
+    EXPECT_FALSE(formatTime(time, buffer.data(), 26));
+}
+
+TEST(SystemClock, FormatTime_NeverLeavesALineFeedAtTheEnd) {
+    for (const int year : {0, 99, 1100, 8099, 8100, 100000}) {
+        for (const std::size_t size : {std::size_t{26}, std::size_t{40}}) {
+            std::tm time = someTime();
+            time.tm_year = year;
+            test::GuardedBuffer<char> buffer(size);
+            if (formatTime(time, buffer.data(), size)) {  // long years are the runtime's choice
+                const std::string text = buffer.data();
+                ASSERT_FALSE(text.empty()) << year;
+                EXPECT_NE(text.back(), '\n') << year;
+            }
+        }
+    }
+}
+
+TEST(SystemClock, LocalTimeText_IsThePresentTime) {
+    for (;;) {
+        const __time64_t before = _time64(nullptr);
+        const LocalTimeText now;
+        if (_time64(nullptr) != before) {
+            continue;  // a second began meanwhile
+        }
+        char expected[26];
+        ASSERT_EQ(_ctime64_s(expected, sizeof expected, &before), 0);
+        EXPECT_EQ(std::string(now.text) + "\n", expected);
+        EXPECT_EQ(std::strlen(now.text), 24u);
+        return;
+    }
+}
+
+}  // namespace
