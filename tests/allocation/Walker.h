@@ -85,6 +85,9 @@ public:
     /// and whose log lines are whole.
     void expectThrown(const std::string& kind, const Messages& messages) const;
 
+    /// What was thrown has these messages; where memory was refused, some may be missing or empty.
+    void expectThrownTexts(const Messages& messages) const;
+
 private:
     void keepException();
     void keepTheRest();
