@@ -25,5 +25,6 @@
 #include "vorel/values/Comparing.h"
 #include "vorel/values/Joining.h"
 #include "vorel/values/ListParsing.h"
+#include "vorel/values/NumberFormatting.h"
 #include "vorel/values/NumberParsing.h"
 #include "vorel/values/Splitting.h"

@@ -1,0 +1,110 @@
+/// \file
+/// The fifteen significant decimal digits of a double, rounded from its exact value.
+#pragma once
+
+#include <bit>
+#include <cstdint>
+
+#include "kernels/PowersOfTen.h"
+#include "kernels/WideArithmetic.h"
+
+namespace vorel::kernels {
+
+/// What becomes of a value that lies exactly between two texts.
+enum class Tie {
+    ToEven,
+    AwayFromZero,
+};
+
+/// A value as `digits` times ten to the power of `exponent - 14`, with 10^14 <= digits < 10^15.
+struct DecimalDigits {
+    std::uint64_t digits;
+    int exponent;
+};
+
+inline constexpr std::uint64_t kDigitsLimit = 1000000000000000;  // 10^15
+inline constexpr int kFractionDigits = 14;
+
+/// A positive finite double as an integer times a power of two.
+struct BinaryParts {
+    constexpr explicit BinaryParts(double value) noexcept {
+        constexpr unsigned int kFractionBits = 52;
+        constexpr int kBias = 1075;
+        const auto bits = std::bit_cast<std::uint64_t>(value);
+        const auto biased = static_cast<int>(bits >> kFractionBits & 0x7FF);
+        const std::uint64_t fraction = bits & ((std::uint64_t{1} << kFractionBits) - 1);
+        significand = biased == 0 ? fraction : fraction | std::uint64_t{1} << kFractionBits;
+        exponent = (biased == 0 ? 1 : biased) - kBias;
+    }
+
+    std::uint64_t significand;
+    int exponent;
+};
+
+/// Where `value` times ten to the `power` lies with regard to `digits` and a half: below 0, 0 (a tie), or above 0.
+/// Decided exactly, for the rare cases in which 128 bits do not tell.
+constexpr int compareWithHalf(const BinaryParts& value, int power, std::uint64_t digits) noexcept {
+    BigInteger left(value.significand);
+    BigInteger right(2 * digits + 1);
+    const int twos = value.exponent + power + 1;
+    if (power >= 0) {
+        left.multiplyByPowerOfFive(static_cast<unsigned int>(power));
+    } else {
+        right.multiplyByPowerOfFive(static_cast<unsigned int>(-power));
+    }
+    if (twos >= 0) {
+        left.shiftLeft(static_cast<unsigned int>(twos));
+    } else {
+        right.shiftLeft(static_cast<unsigned int>(-twos));
+    }
+    return compare(left, right);
+}
+
+constexpr bool roundsUp(int comparison, std::uint64_t digits, Tie tie) noexcept {
+    if (comparison != 0) {
+        return comparison > 0;
+    }
+    return tie == Tie::AwayFromZero || digits % 2 != 0;
+}
+
+/// The digits of a positive finite value.
+///
+/// The value is scaled by a power of ten that brings it to fifteen digits before the point, in 128 bits. The product is
+/// too small by less than one unit of its lowest bit, so its fraction says how to round unless it lies within one unit
+/// of a half; then the exact comparison does.
+constexpr DecimalDigits decimalDigits(double value, Tie tie) noexcept {
+    const BinaryParts parts(value);
+    const int leadingZeros = std::countl_zero(parts.significand);
+    const std::uint64_t normalized = parts.significand << leadingZeros;
+    const int log2 = parts.exponent + 63 - leadingZeros;
+    // log10(2) is 0.30103 to within 5e-8, so the estimate is the exponent, or one less.
+    int exponent = (log2 * 30103) / 100000 - (log2 < 0 ? 1 : 0);
+    for (;;) {
+        const int power = kFractionDigits - exponent;
+        const PowerOfTen& scale = powerOfTen(power);
+        const Product upper = multiplyWide(normalized, scale.high);
+        const std::uint64_t carried = multiplyWide(normalized, scale.low).high;
+        const std::uint64_t middle = upper.low + carried;
+        const std::uint64_t high = upper.high + (middle < carried ? 1 : 0);
+        // Bits before the point: the product of the two mantissas has its unit at 2^0 of `w`, 192 bits wide.
+        const int whole = 192 + scale.exponent + log2 - 63;
+        std::uint64_t digits = high >> (64 - whole);
+        if (digits >= kDigitsLimit) {
+            ++exponent;
+            continue;
+        }
+        const std::uint64_t fraction = high << whole | middle >> (64 - whole);
+        constexpr std::uint64_t kHalf = std::uint64_t{1} << 63;
+        int comparison = fraction < kHalf ? -1 : 1;
+        if (fraction == kHalf || fraction == kHalf - 1) {
+            comparison = compareWithHalf(parts, power, digits);
+        }
+        digits += roundsUp(comparison, digits, tie) ? 1u : 0u;
+        if (digits == kDigitsLimit) {
+            return {kDigitsLimit / 10, exponent + 1};
+        }
+        return {digits, exponent};
+    }
+}
+
+}  // namespace vorel::kernels
