@@ -141,9 +141,9 @@ constexpr Mantissa takeMantissa(const T*& place) noexcept {
 /// follow the same steps, and every bit has to agree.
 constexpr double mantissaValue(const Mantissa& mantissa) noexcept {
     constexpr std::uint64_t kHalf = 1000000000;
-    const auto high = static_cast<double>(mantissa.used / kHalf);
-    const auto low = static_cast<double>(mantissa.used % kHalf);
-    return high * 1.0e9 + low;
+    const std::uint64_t high = mantissa.used / kHalf;
+    const std::uint64_t low = mantissa.used % kHalf;
+    return static_cast<double>(high) * 1.0e9 + static_cast<double>(low);
 }
 
 /// An exponent as it was read: 'e' or 'E', a sign, and digits. Marker and sign are taken without digits, too.

@@ -15,7 +15,14 @@ namespace vorel::util {
 
 namespace {
 
-using namespace kernels;
+using kernels::equalsWord;
+using kernels::isSpace;
+using kernels::negatedIf;
+using kernels::skipSpaces;
+using kernels::takeDigitRun;
+using kernels::takeDigits;
+using kernels::takeInteger;
+using kernels::takeSign;
 
 template <class Value>
 void startList(Array<Value>& values, bool append) {
@@ -34,7 +41,7 @@ bool readIntegers(const T* text, Array<Value>& values, bool append) {
     while (*text) {
         const T* const item = text;
         const bool negative = takeSign(text);
-        const unsigned int value = takeDigits<unsigned int>(text);
+        const auto value = takeDigits<unsigned int>(text);
         if (*text == '.') {
             ++text;
             takeDigitRun(text);  // the fraction is cut off
@@ -70,8 +77,8 @@ public:
         return length != 0;
     }
 
-    const T* word() const noexcept { return m_word; }
-    bool failed() const noexcept { return m_failed; }
+    [[nodiscard]] const T* word() const noexcept { return m_word; }
+    [[nodiscard]] bool failed() const noexcept { return m_failed; }
 
 private:
     static constexpr unsigned int kMostCharacters = 79;

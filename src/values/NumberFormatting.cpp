@@ -79,8 +79,8 @@ public:
         std::copy_n(narrow, m_length + 1, m_text);
     }
 
-    const wchar_t* text() const noexcept { return m_text; }
-    std::size_t length() const noexcept { return m_length; }
+    [[nodiscard]] const wchar_t* text() const noexcept { return m_text; }
+    [[nodiscard]] std::size_t length() const noexcept { return m_length; }
 
 private:
     std::size_t m_length;

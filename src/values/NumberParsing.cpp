@@ -6,7 +6,21 @@ namespace vorel::util {
 
 namespace {
 
-using namespace kernels;
+using kernels::DigitRun;
+using kernels::Exponent;
+using kernels::Mantissa;
+using kernels::mantissaValue;
+using kernels::negatedIf;
+using kernels::scaled;
+using kernels::skipSpaces;
+using kernels::takeDigitRun;
+using kernels::takeDigits;
+using kernels::takeExponent;
+using kernels::takeHex;
+using kernels::takeInteger;
+using kernels::takeMantissa;
+using kernels::takeSign;
+using kernels::takeZeroFraction;
 
 /// Runs `scan` over a text, and stores where it stopped.
 template <class T, class End, class Scan>

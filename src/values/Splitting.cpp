@@ -62,7 +62,7 @@ class QuotedItems {
 public:
     QuotedItems(const T* text, const T* delimiters) noexcept : m_rest(viewOf(text)), m_delimiters(viewOf(delimiters)) {}
 
-    bool atEnd() const noexcept { return m_rest.empty(); }
+    [[nodiscard]] bool atEnd() const noexcept { return m_rest.empty(); }
 
     BaseString<T> next(bool trim) {
         BaseString<T> item;
@@ -75,7 +75,7 @@ public:
     }
 
     /// No fewer than the items that are left.
-    std::size_t mostItems() const noexcept {
+    [[nodiscard]] std::size_t mostItems() const noexcept {
         const auto isDelimiter = [this](T c) { return m_delimiters.find(c) != View<T>::npos; };
         return static_cast<std::size_t>(std::count_if(m_rest.begin(), m_rest.end(), isDelimiter)) + 1;
     }

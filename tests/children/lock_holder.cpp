@@ -14,8 +14,9 @@
 #include "support/Handle.h"
 #include "support/NamedEvent.h"
 
-int main(int argumentCount, char** argumentValues) {
-    const test::ChildArguments arguments(argumentCount, argumentValues);
+namespace {
+
+int holdLock(const test::ChildArguments& arguments) {
     const test::NamedEvent held(arguments.wide("held"));
     const test::NamedEvent release(arguments.wide("release"));
 
@@ -33,4 +34,14 @@ int main(int argumentCount, char** argumentValues) {
     held.set();
     (void)release.wait(static_cast<DWORD>(arguments.number("holdMs")));
     return UnlockFileEx(file.get(), 0, 0xFFFFFFFF, 0xFFFFFFFF, &fromStart) ? 0 : 3;
+}
+
+}  // namespace
+
+int main(int argumentCount, char** arguments) {
+    try {
+        return holdLock({argumentCount, arguments});
+    } catch (...) {
+        return 4;
+    }
 }

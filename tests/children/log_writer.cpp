@@ -109,10 +109,7 @@ private:
     std::unique_ptr<test::NamedEvent> m_progress;
 };
 
-}  // namespace
-
-int main(int argumentCount, char** argumentValues) {
-    const ChildArguments arguments(argumentCount, argumentValues);
+int writeLog(const ChildArguments& arguments) {
     vorel::Exception::SetErrorLogLocation(arguments.text("log").c_str(), 0);
     vorel::Exception::SetErrorLogSize(arguments.number("limit"));
     LogWriter writer(arguments);
@@ -120,4 +117,14 @@ int main(int argumentCount, char** argumentValues) {
         return 1;
     }
     return test::writeResult(arguments.text("result"), writer.run()) ? 0 : 2;
+}
+
+}  // namespace
+
+int main(int argumentCount, char** arguments) {
+    try {
+        return writeLog({argumentCount, arguments});
+    } catch (...) {
+        return 3;
+    }
 }

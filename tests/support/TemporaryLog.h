@@ -29,6 +29,7 @@ public:
 
     /// Without a backslash at its end.
     [[nodiscard]] const std::string& path() const { return m_path; }
+    [[nodiscard]] std::wstring widePath() const { return {m_path.begin(), m_path.end()}; }
 
     /// The path of `name` in the folder.
     [[nodiscard]] std::string file(const std::string& name) const { return m_path + "\\" + name; }

@@ -173,7 +173,7 @@ private:
     }
 
     /// The elements in storage of their own with at least `count` slots.
-    Array grownTo(unsigned int count, bool exact) const {
+    [[nodiscard]] Array grownTo(unsigned int count, bool exact) const {
         Array grown;
         grown.fill(exact ? count : doubledUpTo(count), m_items, m_count);
         return grown;

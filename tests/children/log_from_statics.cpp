@@ -1,0 +1,51 @@
+/// \file
+/// Logs from everywhere that is not `main`: the constructor and the destructor of a global object, and functions that
+/// run at exit, one before that destructor and one after it.
+
+#include <cstdlib>
+
+#include <vorel/exceptions/Exception.h>
+
+using vorel::Exception;
+
+namespace {
+
+void logSilenced() {
+    Exception::DisableThreadErrorLogging(true);
+    Exception::warn("unheard");
+    Exception::DisableThreadErrorLogging(false);
+}
+
+void logBeforeDestructors() {
+    Exception::setDebugTarget(L"AtExit", true);
+    Exception::debug(L"AtExit", L"before destructors");
+}
+
+void logAfterDestructors() {
+    Exception::debug(L"AtExit", L"after destructors");
+    const Exception e(L"after destructors");
+    logSilenced();
+}
+
+struct Global {
+    Global() {
+        Exception::SetErrorLogLocation("errors.txt", 0);
+        std::atexit(logAfterDestructors);
+        const Exception e(L"constructor");
+        logSilenced();
+    }
+    ~Global() {
+        const Exception e(L"destructor");
+        logSilenced();
+    }
+};
+
+const Global s_global;
+
+}  // namespace
+
+int main() {
+    std::atexit(logBeforeDestructors);
+    Exception::warn("main");
+    return 0;
+}

@@ -1,0 +1,151 @@
+/// \file
+/// Debug targets: names that are switched on and off, in two worlds that never see each other.
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include <gtest/gtest.h>
+#include <windows.h>
+
+#include "support/TemporaryLog.h"
+#include "support/Widths.h"
+#include "vorel/exceptions/Exception.h"
+
+namespace {
+
+using test::TemporaryLog;
+using vorel::Exception;
+
+template <class T>
+class DebugTargetsTest : public testing::Test {
+protected:
+    static void set(std::string_view name, bool active) {
+        Exception::setDebugTarget(test::text<T>(name).c_str(), active);
+    }
+    static bool isActive(std::string_view name) {
+        return Exception::isDebugTargetActive(test::text<T>(name).c_str());
+    }
+};
+
+TYPED_TEST_SUITE(DebugTargetsTest, test::CharacterTypes, test::CharacterNames);
+
+TYPED_TEST(DebugTargetsTest, ATargetIsActiveWhileItIsSwitchedOn) {
+    EXPECT_FALSE(this->isActive("DT.OnOff"));
+    for (int round = 0; round < 2; ++round) {
+        this->set("DT.OnOff", true);
+        EXPECT_TRUE(this->isActive("DT.OnOff"));
+        this->set("DT.OnOff", true);
+        EXPECT_TRUE(this->isActive("DT.OnOff"));
+        this->set("DT.OnOff", false);
+        EXPECT_FALSE(this->isActive("DT.OnOff"));
+    }
+}
+
+TYPED_TEST(DebugTargetsTest, NamesAreComparedExactly) {
+    this->set("DT.Exact", true);
+    for (const char* const other : {"dt.exact", "DT.EXACT", "DT.Exac", "DT.Exactly", "DT.Exact ", "", "*", "all"}) {
+        EXPECT_FALSE(this->isActive(other)) << other;
+    }
+    EXPECT_TRUE(this->isActive("DT.Exact"));
+}
+
+TYPED_TEST(DebugTargetsTest, TheEmptyNameIsANameLikeAnother) {
+    EXPECT_FALSE(this->isActive(""));
+    this->set("", true);
+    EXPECT_TRUE(this->isActive(""));
+    this->set("", false);
+    EXPECT_FALSE(this->isActive(""));
+}
+
+TYPED_TEST(DebugTargetsTest, TheSetKeepsItsOwnCopyOfAName) {
+    auto name = test::text<TypeParam>("DT.Copy");
+    Exception::setDebugTarget(name.c_str(), true);
+    name[0] = 'X';
+    EXPECT_TRUE(this->isActive("DT.Copy"));
+    EXPECT_FALSE(this->isActive("XT.Copy"));
+}
+
+TYPED_TEST(DebugTargetsTest, ANullNameIsIgnored) {
+    const TypeParam* const none = nullptr;
+    this->set("DT.Null", true);
+    Exception::setDebugTarget(none, true);
+    Exception::setDebugTarget(none, false);
+    EXPECT_FALSE(Exception::isDebugTargetActive(none));
+    EXPECT_TRUE(this->isActive("DT.Null"));
+}
+
+TYPED_TEST(DebugTargetsTest, ManyTargetsAreKeptApart) {
+    const auto nameOf = [](int index) { return "DT.Many" + std::to_string(index); };
+    for (int index = 0; index < 100; ++index) {
+        this->set(nameOf(index), index % 3 == 0);
+    }
+    for (int index = 0; index < 100; ++index) {
+        EXPECT_EQ(this->isActive(nameOf(index)), index % 3 == 0) << index;
+    }
+}
+
+TEST(DebugTargets, NarrowAndWideNamesNeverSeeEachOther) {
+    Exception::setDebugTarget("DT.NarrowOnly", true);
+    EXPECT_TRUE(Exception::isDebugTargetActive("DT.NarrowOnly"));
+    EXPECT_FALSE(Exception::isDebugTargetActive(L"DT.NarrowOnly"));
+    Exception::setDebugTarget(L"DT.WideOnly", true);
+    EXPECT_TRUE(Exception::isDebugTargetActive(L"DT.WideOnly"));
+    EXPECT_FALSE(Exception::isDebugTargetActive("DT.WideOnly"));
+    const TemporaryLog log;
+    Exception::debug(L"DT.NarrowOnly", L"text");
+    Exception::debug("DT.WideOnly", "text");
+    EXPECT_FALSE(log.exists());
+}
+
+TEST(DebugTargets, WideNamesAreComparedUnitByUnit) {
+    Exception::setDebugTarget(L"DT.\x0141", true);  // a unit whose low byte is that of 'A'
+    EXPECT_FALSE(Exception::isDebugTargetActive(L"DT.A"));
+    EXPECT_TRUE(Exception::isDebugTargetActive(L"DT.\x0141"));
+}
+
+/// Milliseconds since 1970, of which the log shows the last three digits.
+std::uint64_t nowMs() {
+    FILETIME now = {};
+    GetSystemTimeAsFileTime(&now);
+    return (std::uint64_t{now.dwHighDateTime} << 32 | now.dwLowDateTime) / 10000;
+}
+
+/// "LogsIncludeMsecs" for the length of a test.
+class Milliseconds {
+public:
+    Milliseconds() { Exception::setDebugTarget(L"LogsIncludeMsecs", true); }
+    ~Milliseconds() { Exception::setDebugTarget(L"LogsIncludeMsecs", false); }
+};
+
+TEST(DebugTargets, TheWideMillisecondsTargetAddsThemToEveryLine) {
+    const TemporaryLog log;
+    std::uint64_t before = 0;
+    std::uint64_t after = 0;
+    {
+        const Milliseconds shown;
+        before = nowMs();
+        Exception::warn("with");
+        after = nowMs();
+        const Exception e(L"with");
+    }
+    Exception::warn("without");
+    const std::vector<test::LogLine> lines = log.lines();
+    ASSERT_EQ(lines.size(), 3u);
+    ASSERT_TRUE(lines[0].milliseconds && lines[1].milliseconds);
+    EXPECT_FALSE(lines[2].milliseconds);
+    const std::uint64_t shown = std::stoul(*lines[0].milliseconds);
+    EXPECT_LE((shown + 1000 - before % 1000) % 1000, after - before) << shown;
+}
+
+TEST(DebugTargets, TheNarrowMillisecondsTargetDoesNot) {
+    Exception::setDebugTarget("LogsIncludeMsecs", true);
+    const TemporaryLog log;
+    Exception::warn("without");
+    Exception::setDebugTarget("LogsIncludeMsecs", false);
+    ASSERT_EQ(log.lines().size(), 1u);
+    EXPECT_FALSE(log.lines()[0].milliseconds);
+}
+
+}  // namespace

@@ -1,0 +1,210 @@
+/// \file
+/// The diagnostic channels: what each puts in front of a message, and that no message is too long for them.
+
+#include <cstdarg>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "support/TemporaryLog.h"
+#include "support/Widths.h"
+#include "vorel/exceptions/DebugSetting.h"
+#include "vorel/exceptions/Exception.h"
+
+namespace {
+
+using test::TemporaryLog;
+using Texts = std::vector<std::string>;
+using vorel::Exception;
+
+/// Messages around the 8000 units of the channels' own buffer, and far beyond it.
+constexpr std::size_t kLengths[] = {0, 1, 7998, 7999, 8000, 8001, 10000};
+
+template <class T>
+void vDebugWith(const T* target, const T* format, ...) {
+    va_list args;
+    va_start(args, format);
+    Exception::vDebug(target, format, args);
+    va_end(args);
+}
+
+/// One test body for the narrow and the wide twin of a channel.
+template <class T>
+class ChannelTest : public testing::Test {
+protected:
+    static std::basic_string<T> text(std::string_view units) { return test::text<T>(units); }
+};
+
+TYPED_TEST_SUITE(ChannelTest, test::CharacterTypes, test::CharacterNames);
+
+TYPED_TEST(ChannelTest, WarningsAreAlwaysWritten) {
+    const TemporaryLog log;
+    Exception::warn(this->text("token %d of %d").c_str(), 12, 40);
+    Exception::swigwarn(this->text("binding %d").c_str(), 7);
+    EXPECT_EQ(log.messages(), (Texts{"WARN: token 12 of 40", "WARN: binding 7"}));
+}
+
+TYPED_TEST(ChannelTest, DebugLinesNameTheirTarget) {
+    const auto target = this->text("ChannelTest.Lines");
+    Exception::setDebugTarget(target.c_str(), true);
+    const TemporaryLog log;
+    Exception::debug(target.c_str(), this->text("token %d").c_str(), 12);
+    vDebugWith(target.c_str(), this->text("token %d").c_str(), 13);
+    Exception::setDebugTarget(target.c_str(), false);
+    Exception::debug(target.c_str(), this->text("token %d").c_str(), 14);
+    vDebugWith(target.c_str(), this->text("token %d").c_str(), 15);
+    EXPECT_EQ(log.messages(), (Texts{"DEBUG: ChannelTest.Lines: token 12", "DEBUG: ChannelTest.Lines: token 13"}));
+}
+
+TYPED_TEST(ChannelTest, DebugWithoutATargetWritesNothing) {
+    const TypeParam* const none = nullptr;
+    Exception::setDebugTarget(this->text("ChannelTest.Other").c_str(), true);
+    const TemporaryLog log;
+    Exception::debug(none, this->text("text").c_str());
+    vDebugWith(none, this->text("text").c_str());
+    EXPECT_FALSE(log.exists());
+}
+
+TYPED_TEST(ChannelTest, LogLinesBeginWithTheCallersPrefix) {
+    const TemporaryLog log;
+    const std::string own = log.folder().file("own.txt");
+    const auto prefix = this->text("Importer 100%d");
+    Exception::log(own.c_str(), 1000, prefix.c_str(), this->text("row %d").c_str(), 5);
+    EXPECT_EQ(test::readLogMessages(own), Texts{"Importer 100%d: row 5"});
+    EXPECT_FALSE(log.exists());
+    Exception::log(nullptr, 1000, prefix.c_str(), this->text("row %d").c_str(), 6);
+    Exception::log("", 1000, prefix.c_str(), this->text("row %d").c_str(), 7);
+    EXPECT_EQ(log.messages(), (Texts{"Importer 100%d: row 6", "Importer 100%d: row 7"}));
+}
+
+TYPED_TEST(ChannelTest, MessagesOfEveryLengthAreWholeAndUnmarked) {
+    const auto target = this->text("ChannelTest.Long");
+    const auto format = this->text(sizeof(TypeParam) == 1 ? "%hs" : "%ls");
+    Exception::setDebugTarget(target.c_str(), true);
+    for (const std::size_t length : kLengths) {
+        const std::string narrow(length, 'x');
+        const auto message = this->text(narrow);
+        const TemporaryLog log;
+        Exception::warn(format.c_str(), message.c_str());
+        Exception::swigwarn(format.c_str(), message.c_str());
+        Exception::debug(target.c_str(), format.c_str(), message.c_str());
+        vDebugWith(target.c_str(), format.c_str(), message.c_str());
+        Exception::log(nullptr, 1000000, this->text("P").c_str(), format.c_str(), message.c_str());
+        EXPECT_EQ(log.messages(),
+                  (Texts{"WARN: " + narrow, "WARN: " + narrow, "DEBUG: ChannelTest.Long: " + narrow,
+                         "DEBUG: ChannelTest.Long: " + narrow, "P: " + narrow}))
+            << length;
+    }
+}
+
+TYPED_TEST(ChannelTest, PrefixesOfEveryLengthAreWhole) {
+    for (const std::size_t length : kLengths) {
+        const std::string prefix(length, 'p');
+        const TemporaryLog log;
+        Exception::log(nullptr, 1000000, this->text(prefix).c_str(), this->text("text").c_str());
+        // The parser of lines looks for a blank behind a colon, which an empty prefix brings by itself.
+        EXPECT_EQ(log.messages(), Texts{prefix + ": text"}) << length;
+    }
+}
+
+TYPED_TEST(ChannelTest, AMessageThatCannotBeRenderedHasAFixedText) {
+    const TypeParam* const none = nullptr;
+    const auto target = this->text("ChannelTest.Unformattable");
+    Exception::setDebugTarget(target.c_str(), true);
+    const TemporaryLog log;
+    Exception::warn(none);
+    Exception::swigwarn(none);
+    Exception::debug(target.c_str(), none);
+    vDebugWith(target.c_str(), none);
+    Exception::log(nullptr, 1000, this->text("P").c_str(), none);
+    const std::string fixed = "(unable to format message)";
+    EXPECT_EQ(log.messages(), (Texts{"WARN: " + fixed, "WARN: " + fixed, "DEBUG: ChannelTest.Unformattable: " + fixed,
+                                     "DEBUG: ChannelTest.Unformattable: " + fixed, "P: " + fixed}));
+}
+
+TYPED_TEST(ChannelTest, TraceWritesNothing) {
+    const TemporaryLog log;
+    Exception::trace(this->text("%d").c_str(), 1);
+    EXPECT_FALSE(log.exists());
+}
+
+TYPED_TEST(ChannelTest, TheMirrorSwitchDoesNotSilenceAChannelButTheSizeZeroDoes) {
+    const TemporaryLog log;
+    Exception::SetMirrorErrorLog(true);
+    Exception::warn(this->text("on").c_str());
+    Exception::SetMirrorErrorLog(false);
+    Exception::warn(this->text("off").c_str());
+    Exception::SetErrorLogSize(0);
+    Exception::warn(this->text("size 0").c_str());
+    EXPECT_EQ(log.messages(), (Texts{"WARN: on", "WARN: off"}));
+}
+
+TEST(Diagnostics, ClassFormsNameClassAndMethod) {
+    Exception::setDebugTarget(L"Diagnostics.Class", true);
+    const TemporaryLog log;
+    const std::string own = log.folder().file("own.txt");
+    Exception::warnClass(L"Parser", L"run", L"token %d", 1);
+    Exception::debugClass(L"Parser", L"run", L"Diagnostics.Class", L"token %d", 2);
+    Exception::logClass(nullptr, 1000, L"Note", L"Parser", L"run", L"token %d", 3);
+    Exception::logClass(own.c_str(), 1000, L"Note", L"Parser", L"run", L"token %d", 4);
+    EXPECT_EQ(log.messages(), (Texts{"WARN: Parser::run: token 1", "DEBUG: Parser::run: Diagnostics.Class: token 2",
+                                     "Note: Parser::run: token 3"}));
+    EXPECT_EQ(test::readLogMessages(own), Texts{"Note: Parser::run: token 4"});
+}
+
+TEST(Diagnostics, ClassFormsKeepMessagesOfEveryLength) {
+    Exception::setDebugTarget(L"Diagnostics.Long", true);
+    for (const std::size_t length : kLengths) {
+        const std::string narrow(length, 'x');
+        const std::wstring message(length, L'x');
+        const TemporaryLog log;
+        Exception::warnClass(L"C", L"m", L"%ls", message.c_str());
+        Exception::debugClass(L"C", L"m", L"Diagnostics.Long", L"%ls", message.c_str());
+        Exception::logClass(nullptr, 1000000, L"P", L"C", L"m", L"%ls", message.c_str());
+        EXPECT_EQ(log.messages(), (Texts{"WARN: C::m: " + narrow, "DEBUG: C::m: Diagnostics.Long: " + narrow,
+                                         "P: C::m: " + narrow}))
+            << length;
+    }
+}
+
+TEST(Diagnostics, ClassFormsWithAMessageThatCannotBeRendered) {
+    Exception::setDebugTarget(L"Diagnostics.Unformattable", true);
+    const TemporaryLog log;
+    Exception::warnClass(L"C", L"m", nullptr);
+    Exception::debugClass(L"C", L"m", L"Diagnostics.Unformattable", nullptr);
+    Exception::logClass(nullptr, 1000, L"P", L"C", L"m", nullptr);
+    EXPECT_EQ(log.messages(), (Texts{"WARN: C::m: (unable to format message)",
+                                     "DEBUG: C::m: Diagnostics.Unformattable: (unable to format message)",
+                                     "P: C::m: (unable to format message)"}));
+}
+
+TEST(Diagnostics, DebugClassNeedsItsTarget) {
+    Exception::setDebugTarget(L"Diagnostics.Needed", true);
+    Exception::setDebugTarget(L"Diagnostics.Needed", false);
+    const TemporaryLog log;
+    Exception::debugClass(L"C", L"m", L"Diagnostics.Needed", L"text");
+    Exception::debugClass(L"C", L"m", L"Diagnostics.NeverNamed", L"text");
+    Exception::debugClass(L"C", L"m", nullptr, L"text");
+    EXPECT_FALSE(log.exists());
+}
+
+TEST(Diagnostics, TraceOfClassesAndStacksWritesNothing) {
+    const TemporaryLog log;
+    Exception::traceClass(L"C", L"m", L"%d", 1);
+    Exception::traceCallStack(nullptr);
+    Exception::traceCallStack(stderr);
+    EXPECT_FALSE(log.exists());
+}
+
+TEST(Diagnostics, TheClientsSwitchIsOffAtLoadAndChangesNothing) {
+    EXPECT_FALSE(vorel::util::g_DebugSetting);
+    vorel::util::g_DebugSetting = true;
+    const TemporaryLog log;
+    Exception::debug("Diagnostics.Setting", "text");
+    vorel::util::g_DebugSetting = false;
+    EXPECT_FALSE(log.exists());
+}
+
+}  // namespace

@@ -1,0 +1,97 @@
+/// \file
+/// The library's handler for invalid parameters of the runtime's functions. This compiler's start-up code puts a handler
+/// of its own into every program, and the library replaces nobody's: so these tests first take that one out.
+
+#include <cerrno>
+#include <cstdlib>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+#include <io.h>
+
+#include "support/ChildProcess.h"
+#include "support/TemporaryLog.h"
+#include "vorel/exceptions/Exception.h"
+
+namespace {
+
+using test::TemporaryLog;
+using Texts = std::vector<std::string>;
+using vorel::Exception;
+
+/// Another handler, or none, for the length of a test.
+class HandlerInstalled {
+public:
+    explicit HandlerInstalled(_invalid_parameter_handler handler) : m_before(_set_invalid_parameter_handler(handler)) {}
+    ~HandlerInstalled() { _set_invalid_parameter_handler(m_before); }
+
+private:
+    _invalid_parameter_handler m_before;
+};
+
+void __cdecl someonesHandler(const wchar_t*, const wchar_t*, const wchar_t*, unsigned int, std::uintptr_t) {}
+
+/// A program without a handler, until it says where its log is.
+class InvalidParameter : public testing::Test {
+protected:
+    InvalidParameter() { m_log.use(); }
+
+    static _invalid_parameter_handler handler() { return _get_invalid_parameter_handler(); }
+
+    const HandlerInstalled m_none{nullptr};
+    const TemporaryLog m_log;
+};
+
+TEST_F(InvalidParameter, TheHandlerWarnsWithPlaceAndExpression) {
+    ASSERT_NE(handler(), nullptr);
+    handler()(L"size > 0", L"copy", L"memory.cpp", 12, 0);
+    EXPECT_EQ(m_log.messages(), Texts{"WARN: Invalid parameter detected: memory.cpp::copy(12): size > 0"});
+}
+
+TEST_F(InvalidParameter, TheHandlerIsSilentWhenTheRuntimeTellsNothing) {
+    handler()(nullptr, nullptr, nullptr, 0, 0);
+    EXPECT_FALSE(m_log.exists());
+}
+
+TEST_F(InvalidParameter, OneKnownTextIsEnoughForAWarning) {
+    handler()(L"size > 0", nullptr, nullptr, 0, 0);
+    handler()(nullptr, L"copy", nullptr, 0, 0);
+    handler()(nullptr, nullptr, L"memory.cpp", 0, 0);
+    const std::vector<std::string> messages = m_log.messages();
+    ASSERT_EQ(messages.size(), 3u);
+    for (const std::string& message : messages) {
+        EXPECT_EQ(message.rfind("WARN: Invalid parameter detected: ", 0), 0u) << message;
+    }
+}
+
+TEST_F(InvalidParameter, TheRuntimesCallGoesOnWithItsOwnError) {
+    errno = 0;
+    EXPECT_EQ(_close(-5), -1);
+    EXPECT_EQ(errno, EBADF);
+    char small[2];
+    EXPECT_NE(strcpy_s(small, sizeof small, "too long"), 0);
+}
+
+TEST_F(InvalidParameter, AnothersHandlerIsNeverReplaced) {
+    const HandlerInstalled another(&someonesHandler);
+    m_log.use();
+    EXPECT_EQ(handler(), &someonesHandler);
+}
+
+TEST_F(InvalidParameter, AHandlerThatWasTakenOutIsPutBackByTheNextLocation) {
+    const _invalid_parameter_handler ours = handler();
+    const HandlerInstalled none(nullptr);
+    m_log.use();
+    EXPECT_EQ(handler(), ours);
+}
+
+TEST_F(InvalidParameter, TheHandlerComesWithTheFirstLocationAndGoesWithTheLibrary) {
+    EXPECT_EQ(test::runChild(L"handler_at_unload", {L"ours"}, {.directory = m_log.folder().widePath()}), 0u);
+}
+
+TEST_F(InvalidParameter, UnloadingLeavesAnothersHandler) {
+    EXPECT_EQ(test::runChild(L"handler_at_unload", {L"anothers"}, {.directory = m_log.folder().widePath()}), 0u);
+}
+
+}  // namespace

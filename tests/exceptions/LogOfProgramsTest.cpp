@@ -1,0 +1,80 @@
+/// \file
+/// The error log of whole programs: one that was never told where to log, one that uses no debug target, and one that
+/// logs before and after `main`.
+
+#include <cstdio>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+#include <windows.h>
+
+#include "support/ChildProcess.h"
+#include "support/TemporaryLog.h"
+
+namespace {
+
+using Texts = std::vector<std::string>;
+
+/// Puts a file of the machine out of the way, and back at the end.
+class FileSetAside {
+public:
+    FileSetAside(std::string path, const test::TemporaryFolder& folder, const std::string& name)
+        : m_path(std::move(path)), m_refuge(folder.file(name)) {
+        m_moved = MoveFileExA(m_path.c_str(), m_refuge.c_str(), MOVEFILE_COPY_ALLOWED) != FALSE;
+    }
+    ~FileSetAside() {
+        DeleteFileA(m_path.c_str());
+        if (m_moved) {
+            MoveFileExA(m_refuge.c_str(), m_path.c_str(), MOVEFILE_COPY_ALLOWED);
+        }
+    }
+
+    FileSetAside(const FileSetAside&) = delete;
+    FileSetAside& operator=(const FileSetAside&) = delete;
+
+    [[nodiscard]] const std::string& path() const { return m_path; }
+
+private:
+    std::string m_path;
+    std::string m_refuge;
+    bool m_moved;
+};
+
+// The only test that touches the default file.
+TEST(LogOfPrograms, ANeverConfiguredLogIsTheDefaultFileAndItsFirstLineGoesWithoutASizeCheck) {
+    const test::TemporaryFolder refuge;
+    const FileSetAside log("C:\\TalvenorError.txt", refuge, "log");
+    const FileSetAside backup("C:\\TalvenorError.txt.001", refuge, "backup");
+    const std::string old(1000001, '#');
+    std::FILE* const file = std::fopen(log.path().c_str(), "wb");
+    ASSERT_NE(file, nullptr) << "the root of drive C is not writable";
+    std::fwrite(old.data(), 1, old.size(), file);
+    std::fclose(file);
+
+    EXPECT_EQ(test::runChild(L"never_configured"), 0u);
+
+    EXPECT_EQ(test::readLogMessages(log.path()), Texts{"WARN: second"});
+    const std::string moved = test::readFileBytes(backup.path()).value_or("");
+    ASSERT_GT(moved.size(), old.size());
+    EXPECT_TRUE(moved.compare(0, old.size(), old) == 0);
+    const std::string firstLine = moved.substr(old.size());
+    EXPECT_NE(firstLine.find(": WARN: first\r\n"), std::string::npos) << firstLine;
+}
+
+TEST(LogOfPrograms, DebugCallsWithoutAnyTargetLookAtNothing) {
+    const test::TemporaryFolder folder;
+    EXPECT_EQ(test::runChild(L"no_debug_target", {}, {.directory = folder.widePath()}), 0u);
+    EXPECT_FALSE(test::readFileBytes(folder.file("errors.txt")).has_value());
+}
+
+TEST(LogOfPrograms, LoggingWorksBeforeAndAfterMain) {
+    const test::TemporaryFolder folder;
+    EXPECT_EQ(test::runChild(L"log_from_statics", {}, {.directory = folder.widePath()}), 0u);
+    EXPECT_EQ(test::readLogMessages(folder.file("errors.txt")),
+              (Texts{"Vorel Error: constructor", "WARN: main", "DEBUG: AtExit: before destructors",
+                     "Vorel Error: destructor", "DEBUG: AtExit: after destructors",
+                     "Vorel Error: after destructors"}));
+}
+
+}  // namespace

@@ -1,0 +1,251 @@
+/// \file
+/// The records that handlers add to an exception, and where each kind of handler leaves it. (What a destructor does is
+/// DestructorProtocolTest's.)
+
+#include "vorel/core/Protocol.h"
+
+#include <functional>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "support/Expect.h"
+#include "support/TemporaryLog.h"
+#include "vorel/exceptions/Exception.h"
+#include "vorel/exceptions/ExceptionFamily.h"
+#include "vorel/exceptions/Messages.h"
+
+namespace {
+
+using Messages = std::vector<std::wstring>;
+using test::expectThrows;
+using test::messagesOf;
+using test::TemporaryLog;
+using Texts = std::vector<std::string>;
+using namespace vorel;
+
+TEST(Protocol, RecordFormatsAreThoseThatClientsWrite) {
+    struct Case {
+        const wchar_t* format;
+        const wchar_t* text;
+    };
+    const Case cases[] = {
+        {vexCatchVorel, L"%ls: Vorel exception caught"},
+        {vexCatchClassVorel, L"%ls::%ls: Vorel exception caught"},
+        {vexCatchSevere, L"%ls: Severe error caught"},
+        {vexCatchClassSevere, L"%ls::%ls: Severe error caught"},
+        {vexCatchAndThrowVorel, L"%ls: Vorel exception rethrown"},
+        {vexCatchAndThrowClassVorel, L"%ls::%ls: Vorel exception rethrown"},
+        {vexCatchAndThrowSevere, L"%ls: Severe error thrown"},
+        {vexCatchAndThrowClassSevere, L"%ls::%ls: Severe error thrown"},
+        {vexDestructorCaught, L"%ls::~%ls: Vorel exception suppressed"},
+        {vexDestructorThrown, L"%ls::~%ls: Vorel exception rethrown"},
+        {vexDestructorSevereCaught, L"%ls::~%ls: Severe error suppressed"},
+        {vexDestructorSevereThrown, L"%ls::~%ls: Severe error thrown"},
+        {vexTestFailed, L"%ls: TestAndThrow test failed"},
+    };
+    for (const Case& c : cases) {
+        EXPECT_STREQ(c.format, c.text);
+    }
+}
+
+/// One way to handle an exception in hand, and the record that it leaves.
+struct Handling {
+    std::function<void(Exception&)> handle;
+    std::string record;
+};
+
+const std::vector<Handling>& catches() {
+    static const std::vector<Handling> s_catches = {
+        {[](Exception& e) { e.catchMessage(L"load"); }, "load: Vorel exception caught"},
+        {[](Exception& e) { e.catchClass(L"Parser", L"run"); }, "Parser::run: Vorel exception caught"},
+        {[](Exception& e) { e.catchGeneric(L"row %d of %ls", 7, L"t"); }, "row 7 of t: Vorel exception caught"},
+        {[](Exception& e) { e.catchGeneric(nullptr); }, "(unable to format message): Vorel exception caught"},
+    };
+    return s_catches;
+}
+
+const std::vector<Handling>& rethrows() {
+    static const std::vector<Handling> s_rethrows = {
+        {[](Exception& e) { e.rethrowMessage(L"load"); }, "load: Vorel exception rethrown"},
+        {[](Exception& e) { e.rethrowClass(L"Parser", L"run"); }, "Parser::run: Vorel exception rethrown"},
+        {[](Exception& e) { e.rethrowGeneric(L"row %d of %ls", 7, L"t"); }, "row 7 of t: Vorel exception rethrown"},
+        {[](Exception& e) { e.rethrowGeneric(nullptr); }, "(unable to format message): Vorel exception rethrown"},
+    };
+    return s_rethrows;
+}
+
+const std::vector<Handling>& appends() {
+    static const std::vector<Handling> s_appends = {
+        {[](Exception& e) { e.appendCaughtClass(L"Parser", L"run"); }, "Parser::run: Vorel exception caught"},
+        {[](Exception& e) { e.appendSevereCaught(L"load"); }, "load: Severe error caught"},
+        {[](Exception& e) { e.appendSevereCaughtClass(L"Parser", L"run"); }, "Parser::run: Severe error caught"},
+        {[](Exception& e) { e.appendCaughtAndThrownClass(L"Parser", L"run"); },
+         "Parser::run: Vorel exception rethrown"},
+        {[](Exception& e) { e.appendSevereCaughtAndThrownClass(L"Parser", L"run"); },
+         "Parser::run: Severe error thrown"},
+    };
+    return s_appends;
+}
+
+std::wstring widened(const std::string& text) {
+    return {text.begin(), text.end()};
+}
+
+TEST(Protocol, CatchingLogsTheRecordAndEmptiesTheStack) {
+    for (const Handling& c : catches()) {
+        Exception e(L"first");
+        e.appendMessage(L"second");
+        const TemporaryLog log;
+        c.handle(e);
+        EXPECT_EQ(e.getMessageTotal(), 0u) << c.record;
+        EXPECT_EQ(log.messages(), Texts{"Vorel Error: " + c.record});
+    }
+}
+
+TEST(Protocol, CatchingADelayedExceptionLogsNothingAtAll) {
+    const TemporaryLog log;
+    {
+        Exception e;
+        e.setDelayedLogging(true);
+        e.appendMessage(L"first");
+        e.catchClass(L"Parser", L"run");
+    }
+    EXPECT_FALSE(log.exists());
+}
+
+TEST(Protocol, RethrowingAddsTheRecordAndKeepsTheClass) {
+    for (const Handling& c : rethrows()) {
+        MemoryException e(3, 8);
+        const TemporaryLog log;
+        expectThrows<MemoryException>(
+            [&] { c.handle(e); },
+            {L"No more memory is available: 3 objects of size 8 requested", widened(c.record)});
+        EXPECT_EQ(log.messages(), Texts{"Vorel Error: " + c.record});
+    }
+}
+
+TEST(Protocol, AppendingARecordNeitherCatchesNorThrows) {
+    for (const Handling& c : appends()) {
+        Exception e(L"first");
+        const TemporaryLog log;
+        c.handle(e);
+        EXPECT_EQ(messagesOf(e), (Messages{L"first", widened(c.record)}));
+        EXPECT_EQ(log.messages(), Texts{"Vorel Error: " + c.record});
+    }
+}
+
+TEST(Protocol, CatchingASevereErrorOnlyLogs) {
+    const TemporaryLog log;
+    Exception::catchSevere(L"load");
+    Exception::catchSevereClass(L"Parser", L"run");
+    Exception::catchSevereGeneric(L"row %d", 7);
+    EXPECT_EQ(log.messages(),
+              (Texts{"Vorel Error: load: Severe error caught", "Vorel Error: Parser::run: Severe error caught",
+                     "Vorel Error: row 7: Severe error caught"}));
+}
+
+TEST(Protocol, ThrowingForASevereErrorStartsAFreshException) {
+    const TemporaryLog log;
+    expectThrows<Exception>([] { Exception::throwSevere(L"load"); }, {L"load: Severe error thrown"});
+    expectThrows<Exception>([] { Exception::throwSevereClass(L"Parser", L"run"); },
+                            {L"Parser::run: Severe error thrown"});
+    expectThrows<Exception>([] { Exception::throwSevereGeneric(L"row %d", 7); }, {L"row 7: Severe error thrown"});
+    EXPECT_EQ(log.messages(),
+              (Texts{"Vorel Error: load: Severe error thrown", "Vorel Error: Parser::run: Severe error thrown",
+                     "Vorel Error: row 7: Severe error thrown"}));
+}
+
+TEST(Protocol, LocationsMayHoldPercentSignsAndAnyLength) {
+    const std::wstring location = L"100%s %n " + std::wstring(9000, L'x');
+    Exception e(L"first");
+    e.appendSevereCaught(location.c_str());
+    EXPECT_EQ(e.getErrorMessage(1), location + L": Severe error caught");
+    expectThrows<Exception>([&] { Exception::throwSevereGeneric(L"%ls", location.c_str()); },
+                            {location + L": Severe error thrown"});
+}
+
+TEST(Protocol, AClimbingExceptionLeavesATrail) {
+    const TemporaryLog log;
+    const auto innermost = [] { detail::throwFailure(L"100% broken"); };
+    const auto inner = [&] { detail::guarded(L"vorel::util::inner", innermost); };
+    const auto outer = [&] { detail::guarded(L"Outer", L"run", inner); };
+    expectThrows<Exception>(outer, {L"100% broken", L"vorel::util::inner: Vorel exception rethrown",
+                                    L"Outer::run: Vorel exception rethrown"});
+    EXPECT_EQ(log.messages(),
+              (Texts{"Vorel Error: 100% broken", "Vorel Error: vorel::util::inner: Vorel exception rethrown",
+                     "Vorel Error: Outer::run: Vorel exception rethrown"}));
+}
+
+TEST(Protocol, TheFramePassesResultsThrough) {
+    int value = 7;
+    EXPECT_EQ(detail::guarded(L"f", [] { return 5; }), 5);
+    EXPECT_EQ(&detail::guarded(L"C", L"f", [&]() -> int& { return value; }), &value);
+}
+
+TEST(Protocol, TheFrameTurnsAnythingElseIntoASevereError) {
+    for (const std::function<void()>& fail :
+         {std::function<void()>([] { throw 5; }), std::function<void()>([] { throw std::runtime_error("foreign"); })}) {
+        expectThrows<Exception>([&] { detail::guarded(L"load", fail); }, {L"load: Severe error thrown"});
+        expectThrows<Exception>([&] { detail::guarded(L"Parser", L"run", fail); },
+                                {L"Parser::run: Severe error thrown"});
+    }
+}
+
+TEST(Protocol, TheContainingFrameLetsNothingOut) {
+    const TemporaryLog log;
+    detail::contained(L"load", [] {});
+    EXPECT_FALSE(log.exists());
+    detail::contained(L"load", [] { throw TimeoutException(L"late"); });
+    detail::contained(L"load", [] { throw 5; });
+    EXPECT_EQ(log.messages(), (Texts{"Vorel Error: late", "Vorel Error: load: Vorel exception caught",
+                                     "Vorel Error: load: Severe error caught"}));
+}
+
+TEST(Protocol, CoreFailuresHaveTheirClasses) {
+    expectThrows<MemoryException>([] { detail::throwMemory(16, 2); },
+                                  {L"No more memory is available: 16 objects of size 2 requested"});
+    expectThrows<InvalidIndexException>(
+        [] { detail::throwInvalidIndex(7, 3); },
+        {L"An invalid index value (7) has been detected; legal values are between 0 and 2"});
+    expectThrows<InvalidIndexException>([] { detail::throwInvalidIndex(7, 1); },
+                                        {L"An invalid index value (7) has been detected; only legal value is 0"});
+    expectThrows<InvalidIndexException>([] { detail::throwInvalidIndex(0, 0); },
+                                        {L"An invalid index value (0) has been detected; there are zero items"});
+}
+
+TEST(Protocol, ExceptionsOfTheLibraryAreCaughtHereByClassAndByBase) {
+    EXPECT_THROW(detail::throwInvalidIndex(7, 3), InvalidIndexException);
+    EXPECT_THROW(detail::throwInvalidIndex(7, 3), Exception);
+    EXPECT_THROW(Exception::throwSevere(L"load"), Exception);
+    try {
+        detail::throwMemory(1, 2);
+    } catch (const InvalidIndexException&) {
+        ADD_FAILURE() << "caught as another class";
+    } catch (const MemoryException& e) {
+        EXPECT_STREQ(e.what(), L"No more memory is available: 1 objects of size 2 requested");
+    }
+}
+
+TEST(Protocol, ACopyOfADelayedExceptionLogsItsRecordsAtOnce) {
+    const TemporaryLog log;
+    try {
+        try {
+            Exception delayed;
+            delayed.setDelayedLogging(true);
+            delayed.appendMessage(L"a");
+            delayed.rethrowMessage(L"load");  // throws a copy; the delayed object ends here, and logs
+        } catch (Exception& copy) {
+            copy.rethrowClass(L"Parser", L"run");
+        }
+    } catch (const Exception& e) {
+        EXPECT_EQ(messagesOf(e),
+                  (Messages{L"a", L"load: Vorel exception rethrown", L"Parser::run: Vorel exception rethrown"}));
+    }
+    EXPECT_EQ(log.messages(), (Texts{"Vorel Error: a", "Vorel Error: load: Vorel exception rethrown",
+                                     "Vorel Error: Parser::run: Vorel exception rethrown"}));
+}
+
+}  // namespace

@@ -1,0 +1,133 @@
+/// \file
+/// The switch that keeps one thread's messages out of the error log.
+
+#include <atomic>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "support/Expect.h"
+#include "support/NamedEvent.h"
+#include "support/TemporaryLog.h"
+#include "vorel/exceptions/Exception.h"
+
+namespace {
+
+using test::TemporaryLog;
+using Texts = std::vector<std::string>;
+using vorel::Exception;
+
+TEST(ThreadLogging, ASilencedThreadWritesNothingUntilItIsLetInAgain) {
+    const TemporaryLog log;
+    EXPECT_FALSE(Exception::IsThreadErrorLoggingDisabled());
+    Exception::DisableThreadErrorLogging(true);
+    EXPECT_TRUE(Exception::IsThreadErrorLoggingDisabled());
+    const Exception e(L"unheard");
+    Exception::warn("unheard");
+    Exception::log(nullptr, 1000, "P", "unheard");
+    EXPECT_FALSE(log.exists());
+    Exception::DisableThreadErrorLogging(false);
+    EXPECT_FALSE(Exception::IsThreadErrorLoggingDisabled());
+    Exception::warn("heard");
+    EXPECT_EQ(log.messages(), Texts{"WARN: heard"});
+}
+
+TEST(ThreadLogging, ASilencedThreadStillCollectsMessages) {
+    const TemporaryLog log;
+    Exception::DisableThreadErrorLogging(true);
+    Exception e(L"a");
+    e.appendMessage("b");
+    EXPECT_EQ(test::messagesOf(e), (std::vector<std::wstring>{L"a", L"b"}));
+    EXPECT_FALSE(log.exists());
+}
+
+TEST(ThreadLogging, SilencingTwiceIsUndoneOnce) {
+    const TemporaryLog log;
+    Exception::DisableThreadErrorLogging(true);
+    Exception::DisableThreadErrorLogging(true);
+    Exception::DisableThreadErrorLogging(false);
+    EXPECT_FALSE(Exception::IsThreadErrorLoggingDisabled());
+    Exception::warn("heard");
+    EXPECT_EQ(log.messages(), Texts{"WARN: heard"});
+}
+
+TEST(ThreadLogging, LettingInAThreadThatWasNeverSilencedIsAllowed) {
+    const TemporaryLog log;
+    Exception::DisableThreadErrorLogging(false);
+    Exception::DisableThreadErrorLogging(false);
+    Exception::warn("heard");
+    EXPECT_EQ(log.messages(), Texts{"WARN: heard"});
+}
+
+TEST(ThreadLogging, OtherThreadsAreHeard) {
+    const TemporaryLog log;
+    Exception::DisableThreadErrorLogging(true);
+    std::thread([] {
+        EXPECT_FALSE(Exception::IsThreadErrorLoggingDisabled());
+        Exception::warn("from the other");
+    }).join();
+    Exception::warn("unheard");
+    EXPECT_TRUE(Exception::IsThreadErrorLoggingDisabled());
+    EXPECT_EQ(log.messages(), Texts{"WARN: from the other"});
+}
+
+TEST(ThreadLogging, AThreadLetInLeavesTheOthersSilenced) {
+    const TemporaryLog log;
+    Exception::DisableThreadErrorLogging(true);
+    std::thread([] {
+        Exception::DisableThreadErrorLogging(true);
+        Exception::DisableThreadErrorLogging(false);
+    }).join();
+    EXPECT_TRUE(Exception::IsThreadErrorLoggingDisabled());
+    Exception::warn("unheard");
+    EXPECT_FALSE(log.exists());
+}
+
+TEST(ThreadLogging, MoreThreadsThanTheTableHasBucketsAreKeptApart) {
+    constexpr int kThreads = 100;
+    const TemporaryLog log;
+    std::atomic<int> wrong{0};
+    std::atomic<int> arrived{0};
+    // Events of the system, not the waits of std::atomic, which this toolchain sometimes leaves waiting for ever.
+    const test::NamedEvent allArrived(test::NamedEvent::uniqueName(L"all_arrived"));
+    const test::NamedEvent leave(test::NamedEvent::uniqueName(L"leave"));
+    std::vector<std::thread> threads;
+    // All of them live at the same time, so that no thread id is used twice; every second one is silenced.
+    for (int index = 0; index < kThreads; ++index) {
+        threads.emplace_back([&, silence = index % 2 == 0] {
+            if (silence) {
+                Exception::DisableThreadErrorLogging(true);
+            }
+            if (++arrived == kThreads) {
+                allArrived.set();
+            }
+            wrong += !leave.wait();
+            wrong += Exception::IsThreadErrorLoggingDisabled() != silence;
+            Exception::DisableThreadErrorLogging(false);
+            wrong += Exception::IsThreadErrorLoggingDisabled();
+        });
+    }
+    EXPECT_TRUE(allArrived.wait());
+    leave.set();
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+    EXPECT_EQ(wrong, 0);
+    EXPECT_FALSE(Exception::IsThreadErrorLoggingDisabled());
+}
+
+TEST(ThreadLogging, ADelayedExceptionOfASilencedThreadStaysUnwritten) {
+    const TemporaryLog log;
+    Exception::DisableThreadErrorLogging(true);
+    {
+        Exception e;
+        e.setDelayedLogging(true);
+        e.appendMessage(L"a");
+    }
+    Exception::DisableThreadErrorLogging(false);
+    EXPECT_FALSE(log.exists());
+}
+
+}  // namespace
