@@ -41,13 +41,16 @@ std::vector<std::string> linesUnderFailure(const Line& line) {
     for (const std::string& prefix : prefixes) {
         for (const std::string& decoration : decorations) {
             for (const std::string& message : messages) {
-                const std::string whole = decoration + message;
-                lines.push_back(prefix + ": " + whole);
-                lines.push_back(prefix + ": " + whole.substr(0, kLogBytes));
-                // The message was cut, or its decorated form, or neither could be had.
-                const std::string cut = prefix + " Truncated: ";
-                lines.push_back(cut + decoration + message.substr(0, kCut));
-                lines.push_back(cut + whole.substr(0, kCut));
+                std::string whole = decoration;
+                whole += message;
+                const std::string cut = decoration + message.substr(0, kCut);
+                for (const std::string& text : {whole, whole.substr(0, kLogBytes)}) {
+                    lines.push_back(prefix + ": " + text);
+                }
+                // The message was cut, or its decorated form.
+                for (const std::string& text : {cut, whole.substr(0, kCut)}) {
+                    lines.push_back(prefix + " Truncated: " + text);
+                }
             }
         }
     }

@@ -32,7 +32,7 @@ constinit Held held{};
 constinit bool watching = false;
 constinit bool armed = false;
 constinit unsigned int failing = 0;
-constinit Failure failure = Failure::Once;
+constinit Failure mode = Failure::Once;
 constinit unsigned int asked = 0;
 constinit unsigned int refused = 0;
 
@@ -61,7 +61,7 @@ bool refuses() noexcept {
         return false;
     }
     ++asked;
-    if (failure == Failure::Once ? asked != failing : asked < failing) {
+    if (mode == Failure::Once ? asked != failing : asked < failing) {
         return false;
     }
     ++refused;
@@ -91,9 +91,9 @@ Unwatched::~Unwatched() {
     watching = m_before;
 }
 
-void arm(unsigned int nth, Failure which) noexcept {
+void arm(unsigned int nth, Failure failure) noexcept {
     failing = nth;
-    failure = which;
+    mode = failure;
     asked = 0;
     refused = 0;
     armed = true;

@@ -127,7 +127,7 @@ void copied(Trial& trial) {
 
 void assigned(Trial& trial) {
     const Original original;
-    Exception target(L"what is replaced");
+    vorel::TimeoutException target(L"what is replaced");
     trial.perform([&] { target = original.e; });
     trial.expectCompleted();
     if (target.getMessageTotal() == 2) {

@@ -28,18 +28,15 @@ std::string narrow(const std::wstring& text) {
 
 }  // namespace
 
-void Trial::keepException() {
+void Trial::keepException(const vorel::Exception& thrown) {
     const heap::Unwatched unwatched;
-    try {
-        throw;
-    } catch (const vorel::Exception& e) {
-        m_kind = typeid(e).name();
-        m_messages = test::messagesOf(e);
-    } catch (const std::exception& e) {
-        m_kind = typeid(e).name();
-    } catch (...) {
-        m_kind = "something unknown";
-    }
+    m_kind = typeid(thrown).name();
+    m_messages = test::messagesOf(thrown);
+}
+
+void Trial::keepException(const std::exception& thrown) {
+    const heap::Unwatched unwatched;
+    m_kind = typeid(thrown).name();
 }
 
 void Trial::keepTheRest() {

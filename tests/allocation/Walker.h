@@ -13,6 +13,7 @@
 ///     failingHeapName);
 #pragma once
 
+#include <exception>
 #include <functional>
 #include <ostream>
 #include <string>
@@ -24,6 +25,7 @@
 
 #include "allocation/CountingHeap.h"
 #include "support/TemporaryLog.h"
+#include "vorel/exceptions/Exception.h"
 
 /// One run of an operation, and what came out of it.
 class Trial {
@@ -46,27 +48,33 @@ public:
         try {
             std::forward<Step>(step)();
             heap::disarm();
+        } catch (const vorel::Exception& e) {
+            heap::disarm();
+            keepException(e);
+        } catch (const std::exception& e) {
+            heap::disarm();
+            keepException(e);
         } catch (...) {
             heap::disarm();
-            keepException();
+            throw;
         }
         keepTheRest();
     }
 
-    bool completed() const { return m_kind.empty(); }
-    bool refused() const { return m_refusals != 0; }
+    [[nodiscard]] bool completed() const { return m_kind.empty(); }
+    [[nodiscard]] bool refused() const { return m_refusals != 0; }
 
     /// Requests that the step made, granted or not.
-    unsigned int requests() const { return m_requests; }
+    [[nodiscard]] unsigned int requests() const { return m_requests; }
 
     /// The name of the class of what was thrown; empty when the step completed.
-    const std::string& thrown() const { return m_kind; }
+    [[nodiscard]] const std::string& thrown() const { return m_kind; }
 
     /// Whether no memory was to be had from the failure on, so that no text found a place either.
-    bool staysWithoutMemory() const { return refused() && m_failure == heap::Failure::FromThenOn; }
+    [[nodiscard]] bool staysWithoutMemory() const { return refused() && m_failure == heap::Failure::FromThenOn; }
 
     /// The lines that the step logged, prefix and message.
-    const std::vector<std::string>& logged() const { return m_logged; }
+    [[nodiscard]] const std::vector<std::string>& logged() const { return m_logged; }
 
     /// Nothing may leave the step, whatever was refused.
     void expectCompleted() const;
@@ -89,7 +97,8 @@ public:
     void expectThrownTexts(const Messages& messages) const;
 
 private:
-    void keepException();
+    void keepException(const vorel::Exception& thrown);
+    void keepException(const std::exception& thrown);
     void keepTheRest();
     void expectLogged(const Messages& messages) const;
 

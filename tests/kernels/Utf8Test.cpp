@@ -11,7 +11,16 @@
 
 namespace {
 
-using namespace vorel::kernels;
+using vorel::kernels::decodeUtf8Sequence;
+using vorel::kernels::encodeUtf8Sequence;
+using vorel::kernels::isHighSurrogate;
+using vorel::kernels::isLowSurrogate;
+using vorel::kernels::kLongestUtf8Sequence;
+using vorel::kernels::putUnits;
+using vorel::kernels::Surrogates;
+using vorel::kernels::takeValue;
+using vorel::kernels::Utf8Sequence;
+using vorel::kernels::utf8SequenceLength;
 
 /// Trailing bytes of every kind: proper ones, ASCII, zeros, lead bytes, each bit in turn.
 const std::vector<std::string>& trailers() {

@@ -6,7 +6,6 @@
 #pragma once
 
 #include <cstddef>
-#include <cstring>
 #include <stdexcept>
 #include <string_view>
 
@@ -41,10 +40,15 @@ public:
     /// The place where a forbidden page ends.
     T* firstElement() { return reinterpret_cast<T*>(m_block + kPage); }
 
-    T* placeAtEnd(std::basic_string_view<T> elements) { return copy(lastElements(elements.size()), elements); }
+    T* placeAtEnd(std::basic_string_view<T> elements) {
+        T* const place = lastElements(elements.size());
+        elements.copy(place, elements.size());
+        return place;
+    }
     T* placeAtStart(std::basic_string_view<T> elements) {
         lastElements(elements.size());
-        return copy(firstElement(), elements);
+        elements.copy(firstElement(), elements.size());
+        return firstElement();
     }
 
 private:
@@ -53,13 +57,6 @@ private:
     static bool forbid(unsigned char* page) {
         DWORD before = 0;
         return VirtualProtect(page, kPage, PAGE_NOACCESS, &before) != FALSE;
-    }
-
-    static T* copy(T* place, std::basic_string_view<T> elements) {
-        if (!elements.empty()) {
-            std::memcpy(place, elements.data(), elements.size() * sizeof(T));
-        }
-        return place;
     }
 
     std::size_t m_bytes;

@@ -102,7 +102,7 @@ TEST(UnicodeFailures, Utf8_OfCharsAddsItsInput) {
         test::expectThrows<Exception>(
             [&] { ConvertUTF8toString(output, text.bytes.c_str(), text.length, true); },
             {utf8Message(text.dump), kUtf8Record,
-             widened(std::string("Failed to convert utf8 text to String: ") + text.bytes.c_str())});
+             widened("Failed to convert utf8 text to String: " + text.bytes.substr(0, text.bytes.find('\0')))});
     }
 }
 

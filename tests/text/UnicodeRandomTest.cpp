@@ -18,7 +18,11 @@ namespace {
 
 using vorel::Array;
 using vorel::BaseString;
-using namespace vorel::util;
+using vorel::util::ConvertStringtoUTF16;
+using vorel::util::ConvertStringtoUTF8;
+using vorel::util::ConvertUTF16toString;
+using vorel::util::ConvertUTF8toString;
+using vorel::util::EncodeAndAppendToBuffer;
 
 constexpr unsigned int kSeed = 20240611;
 constexpr int kTexts = 200000;
