@@ -24,9 +24,7 @@ protected:
     static void set(std::string_view name, bool active) {
         Exception::setDebugTarget(test::text<T>(name).c_str(), active);
     }
-    static bool isActive(std::string_view name) {
-        return Exception::isDebugTargetActive(test::text<T>(name).c_str());
-    }
+    static bool isActive(std::string_view name) { return Exception::isDebugTargetActive(test::text<T>(name).c_str()); }
 };
 
 TYPED_TEST_SUITE(DebugTargetsTest, test::CharacterTypes, test::CharacterNames);

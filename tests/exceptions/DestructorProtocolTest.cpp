@@ -63,15 +63,13 @@ TEST(DestructorProtocol, OutsideOfUnwindingAFailureIsThrownOnAsItsClass) {
     const TemporaryLog log;
     expectThrows<TimeoutException>([] { runAtEnd(endWithTimeout); },
                                    {L"late", L"Parser::~Parser: Vorel exception rethrown"});
-    EXPECT_EQ(log.messages(),
-              (Texts{"Vorel Error: late", "Vorel Error: Parser::~Parser: Vorel exception rethrown"}));
+    EXPECT_EQ(log.messages(), (Texts{"Vorel Error: late", "Vorel Error: Parser::~Parser: Vorel exception rethrown"}));
 }
 
 TEST(DestructorProtocol, WhileUnwindingAFailureIsRecordedAndSuppressed) {
     const TemporaryLog log;
     runWhileUnwinding(endWithTimeout);
-    EXPECT_EQ(log.messages(),
-              (Texts{"Vorel Error: late", "Vorel Error: Parser::~Parser: Vorel exception suppressed"}));
+    EXPECT_EQ(log.messages(), (Texts{"Vorel Error: late", "Vorel Error: Parser::~Parser: Vorel exception suppressed"}));
 }
 
 TEST(DestructorProtocol, OutsideOfUnwindingASevereErrorIsThrownAsAFreshException) {
@@ -109,19 +107,18 @@ TEST(DestructorProtocol, HandWrittenHandlersBehaveAsTheFrame) {
     const Action failByMemory = [] { throw MemoryException(1, 2); };
     const Action failByNumber = [] { throw 5; };
     const TemporaryLog log;
-    expectThrows<MemoryException>([&] { runAtEnd([&] { endByHand(failByMemory); }); },
-                                  {L"No more memory is available: 1 objects of size 2 requested",
-                                   L"Parser::~Parser: Vorel exception rethrown"});
+    expectThrows<MemoryException>(
+        [&] { runAtEnd([&] { endByHand(failByMemory); }); },
+        {L"No more memory is available: 1 objects of size 2 requested", L"Parser::~Parser: Vorel exception rethrown"});
     runWhileUnwinding([&] { endByHand(failByMemory); });
     expectThrows<Exception>([&] { runAtEnd([&] { endByHand(failByNumber); }); },
                             {L"Parser::~Parser: Severe error thrown"});
     runWhileUnwinding([&] { endByHand(failByNumber); });
     const std::string memory = "Vorel Error: No more memory is available: 1 objects of size 2 requested";
-    EXPECT_EQ(log.messages(),
-              (Texts{memory, "Vorel Error: Parser::~Parser: Vorel exception rethrown", memory,
-                     "Vorel Error: Parser::~Parser: Vorel exception suppressed",
-                     "Vorel Error: Parser::~Parser: Severe error thrown",
-                     "Vorel Error: Parser::~Parser: Severe error suppressed"}));
+    EXPECT_EQ(log.messages(), (Texts{memory, "Vorel Error: Parser::~Parser: Vorel exception rethrown", memory,
+                                     "Vorel Error: Parser::~Parser: Vorel exception suppressed",
+                                     "Vorel Error: Parser::~Parser: Severe error thrown",
+                                     "Vorel Error: Parser::~Parser: Severe error suppressed"}));
 }
 
 TEST(DestructorProtocol, ASuppressedExceptionKeepsItsMessagesAndItsRecord) {

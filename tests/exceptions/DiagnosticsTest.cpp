@@ -92,9 +92,8 @@ TYPED_TEST(ChannelTest, MessagesOfEveryLengthAreWholeAndUnmarked) {
         Exception::debug(target.c_str(), format.c_str(), message.c_str());
         vDebugWith(target.c_str(), format.c_str(), message.c_str());
         Exception::log(nullptr, 1000000, this->text("P").c_str(), format.c_str(), message.c_str());
-        EXPECT_EQ(log.messages(),
-                  (Texts{"WARN: " + narrow, "WARN: " + narrow, "DEBUG: ChannelTest.Long: " + narrow,
-                         "DEBUG: ChannelTest.Long: " + narrow, "P: " + narrow}))
+        EXPECT_EQ(log.messages(), (Texts{"WARN: " + narrow, "WARN: " + narrow, "DEBUG: ChannelTest.Long: " + narrow,
+                                         "DEBUG: ChannelTest.Long: " + narrow, "P: " + narrow}))
             << length;
     }
 }
@@ -163,8 +162,8 @@ TEST(Diagnostics, ClassFormsKeepMessagesOfEveryLength) {
         Exception::warnClass(L"C", L"m", L"%ls", message.c_str());
         Exception::debugClass(L"C", L"m", L"Diagnostics.Long", L"%ls", message.c_str());
         Exception::logClass(nullptr, 1000000, L"P", L"C", L"m", L"%ls", message.c_str());
-        EXPECT_EQ(log.messages(), (Texts{"WARN: C::m: " + narrow, "DEBUG: C::m: Diagnostics.Long: " + narrow,
-                                         "P: C::m: " + narrow}))
+        EXPECT_EQ(log.messages(),
+                  (Texts{"WARN: C::m: " + narrow, "DEBUG: C::m: Diagnostics.Long: " + narrow, "P: C::m: " + narrow}))
             << length;
     }
 }

@@ -1,6 +1,6 @@
 /// \file
-/// The library's handler for invalid parameters of the runtime's functions. This compiler's start-up code puts a handler
-/// of its own into every program, and the library replaces nobody's: so these tests first take that one out.
+/// The library's handler for invalid parameters of the runtime's functions. This compiler's start-up code puts a
+/// handler of its own into every program, and the library replaces nobody's: so these tests first take that one out.
 
 #include <cerrno>
 #include <cstdlib>

@@ -73,8 +73,7 @@ TEST(LogOfPrograms, LoggingWorksBeforeAndAfterMain) {
     EXPECT_EQ(test::runChild(L"log_from_statics", {}, {.directory = folder.widePath()}), 0u);
     EXPECT_EQ(test::readLogMessages(folder.file("errors.txt")),
               (Texts{"Vorel Error: constructor", "WARN: main", "DEBUG: AtExit: before destructors",
-                     "Vorel Error: destructor", "DEBUG: AtExit: after destructors",
-                     "Vorel Error: after destructors"}));
+                     "Vorel Error: destructor", "DEBUG: AtExit: after destructors", "Vorel Error: after destructors"}));
 }
 
 }  // namespace

@@ -147,8 +147,8 @@ TEST(LogSize, ALogCallWithANegativeLimitRotatesByTheCurrentOne) {
     };
     constexpr std::size_t kSize = 300;
     const std::vector<Case> cases = {
-        {100, -1, true},  {100, -9, true},  {300, -1, false}, {-1, -1, false},
-        {-1, 100, true},  {100, 500, false}, {0, -1, false},   {0, 100, true},
+        {100, -1, true}, {100, -9, true},   {300, -1, false}, {-1, -1, false},
+        {-1, 100, true}, {100, 500, false}, {0, -1, false},   {0, 100, true},
     };
     for (const Case& c : cases) {
         const TemporaryLog log;

@@ -121,8 +121,7 @@ TEST(Protocol, RethrowingAddsTheRecordAndKeepsTheClass) {
         MemoryException e(3, 8);
         const TemporaryLog log;
         expectThrows<MemoryException>(
-            [&] { c.handle(e); },
-            {L"No more memory is available: 3 objects of size 8 requested", widened(c.record)});
+            [&] { c.handle(e); }, {L"No more memory is available: 3 objects of size 8 requested", widened(c.record)});
         EXPECT_EQ(log.messages(), Texts{"Vorel Error: " + c.record});
     }
 }
