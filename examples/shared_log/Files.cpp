@@ -10,7 +10,7 @@ namespace shared_log {
 namespace {
 
 struct CloseFile {
-    void operator()(std::FILE* file) const noexcept { std::fclose(file); }
+    void operator()(std::FILE* file) const noexcept { (void)std::fclose(file); }
 };
 using File = std::unique_ptr<std::FILE, CloseFile>;
 

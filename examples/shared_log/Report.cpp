@@ -13,7 +13,7 @@ constexpr char kEnd[] = "end";
 
 }  // namespace
 
-std::string reportPath(const std::string& folder, unsigned int number) {
+std::string reportPath(const std::string& folder, unsigned long number) {
     return folder + "\\worker-" + std::to_string(number) + ".txt";
 }
 

@@ -30,7 +30,7 @@ struct Report {
 };
 
 /// Where worker `number` leaves its report.
-std::string reportPath(const std::string& folder, unsigned int number);
+std::string reportPath(const std::string& folder, unsigned long number);
 
 bool writeReport(const std::string& path, const Report& report);
 

@@ -74,6 +74,14 @@ std::map<unsigned long, RecordCounts> countByProcess(const Log& log) {
     return counts;
 }
 
+std::size_t reportedRecords(const Run& run) {
+    std::size_t count = 0;
+    for (const Report& worker : run.workers) {
+        count += worker.records.all();
+    }
+    return count;
+}
+
 void printRow(const char* name, const RecordCounts& counts, unsigned int reported) {
     std::printf("  %-18s %12u %6u %7u %7u %9u\n", name, counts.errors, counts.warnings, counts.debugs, counts.all(),
                 reported);
@@ -83,7 +91,6 @@ void printRecords(const Run& run, const Log& log, Complaints& complaints) {
     std::printf("\n%-20s %12s %6s %7s %7s %9s\n", "Records", "Vorel Error:", "WARN:", "DEBUG:", "in all", "reported");
     std::map<unsigned long, RecordCounts> found = countByProcess(log);
     RecordCounts total;
-    unsigned int reported = 0;
     for (const Report& worker : run.workers) {
         const RecordCounts counts = found[worker.processId];
         const std::string name = "process " + std::to_string(worker.processId);
@@ -91,14 +98,13 @@ void printRecords(const Run& run, const Log& log, Complaints& complaints) {
         total.errors += counts.errors;
         total.warnings += counts.warnings;
         total.debugs += counts.debugs;
-        reported += worker.records.all();
         // A log that was moved to its backup more than once has lost its oldest records: then only more is wrong.
         if (log.hasBackup ? counts.all() > worker.records.all() : counts != worker.records) {
             complaints.push_back(name + ": the log does not hold what it reported");
         }
         found.erase(worker.processId);
     }
-    printRow("all", total, reported);
+    printRow("all", total, static_cast<unsigned int>(reportedRecords(run)));
     for (const auto& stranger : found) {
         complaints.push_back("process " + std::to_string(stranger.first) + " is none of the workers");
     }
@@ -173,7 +179,9 @@ bool printSummary(const Run& run, const Log& log) {
         std::printf("WRONG:     %s\n", complaint.c_str());
     }
     if (complaints.empty()) {
-        std::puts("Result:    every record is there, once and whole");
+        const std::size_t gone = reportedRecords(run) - log.records.size();
+        std::printf("Result:    every record is whole, %s\n",
+                    gone == 0 ? "and none is missing" : "and the oldest went with an earlier backup");
     }
     return complaints.empty();
 }

@@ -27,16 +27,16 @@
 #include "Summary.h"
 #include "Worker.h"
 
-namespace {
+namespace shared_log {
 
-using namespace shared_log;
+namespace {
 
 constexpr unsigned int kWorkers = 4;
 constexpr std::string_view kWorkerOption = "--worker=";
 constexpr std::string_view kLimitOption = "--limit=";
 
 struct CommandLine {
-    unsigned int worker = 0;  ///< 0 for the parent
+    unsigned long worker = 0;  ///< 0 for the parent
     long long limit = vorel::Exception::LargeErrorLogSize;
     std::string folder;  ///< a worker's first argument
     std::vector<std::string> files;
@@ -46,9 +46,9 @@ CommandLine parse(const std::vector<std::string>& arguments) {
     CommandLine result;
     for (const std::string& argument : arguments) {
         if (argument.starts_with(kWorkerOption)) {
-            result.worker = static_cast<unsigned int>(std::atoi(argument.c_str() + kWorkerOption.size()));
+            result.worker = std::strtoul(argument.c_str() + kWorkerOption.size(), nullptr, 10);
         } else if (argument.starts_with(kLimitOption)) {
-            result.limit = std::atoll(argument.c_str() + kLimitOption.size());
+            result.limit = std::strtoll(argument.c_str() + kLimitOption.size(), nullptr, 10);
         } else if (result.worker != 0 && result.folder.empty()) {
             result.folder = argument;
         } else {
@@ -110,7 +110,7 @@ Run runWorkers(const CommandLine& options) {
 int runParent(const CommandLine& options) {
     for (const std::string& file : options.files) {
         if (!readFile(file)) {
-            std::fprintf(stderr, "shared_log: cannot read %s\n", file.c_str());
+            (void)std::fprintf(stderr, "shared_log: cannot read %s\n", file.c_str());
             return 2;
         }
     }
@@ -122,14 +122,16 @@ int runParent(const CommandLine& options) {
 
 }  // namespace
 
+}  // namespace shared_log
+
 int main(int argumentCount, char** arguments) {
     try {
-        const CommandLine options = parse({arguments + 1, arguments + argumentCount});
-        return options.worker != 0 ? runWorker(options) : runParent(options);
+        const auto options = shared_log::parse({arguments + 1, arguments + argumentCount});
+        return options.worker != 0 ? shared_log::runWorker(options) : shared_log::runParent(options);
     } catch (const vorel::Exception& e) {
-        std::fprintf(stderr, "shared_log: %s\n", e.getCharErrorMessageBlock("; "));
+        (void)std::fprintf(stderr, "shared_log: %s\n", e.getCharErrorMessageBlock("; "));
     } catch (const std::exception& e) {
-        std::fprintf(stderr, "shared_log: %s\n", e.what());
+        (void)std::fprintf(stderr, "shared_log: %s\n", e.what());
     }
     return EXIT_FAILURE;
 }

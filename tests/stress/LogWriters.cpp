@@ -88,7 +88,7 @@ bool LogWriters::finish() {
         if (!writer.process->wait(kLimitMs) || writer.process->exitCode() != DWORD{0}) {
             return false;
         }
-        writer.threads = readResult(writer.resultPath);
+        writer.threads = parseResult(readFileBytes(writer.resultPath).value_or(""));
         return writer.threads.size() == kThreadsPerWriter;
     });
 }

@@ -5,7 +5,7 @@
 #include <chrono>
 #include <cstdio>
 #include <memory>
-#include <optional>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -20,16 +20,14 @@ struct ThreadResult {
     std::vector<unsigned int> slowLines;  ///< numbers of the lines whose call took kShortestDrop or longer
 };
 
-using ResultFile = std::unique_ptr<std::FILE, int (*)(std::FILE*)>;
-
-/// One row for each thread: its id, the count of its slow lines, and their numbers.
+/// One row for each thread: its id, and the numbers of its slow lines.
 inline bool writeResult(const std::string& path, const std::vector<ThreadResult>& threads) {
-    const ResultFile file(std::fopen(path.c_str(), "w"), std::fclose);
+    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "wb"), std::fclose);
     if (!file) {
         return false;
     }
     for (const ThreadResult& thread : threads) {
-        (void)std::fprintf(file.get(), "%lu %zu", thread.threadId, thread.slowLines.size());
+        (void)std::fprintf(file.get(), "%lu", thread.threadId);
         for (const unsigned int line : thread.slowLines) {
             (void)std::fprintf(file.get(), " %u", line);
         }
@@ -38,18 +36,17 @@ inline bool writeResult(const std::string& path, const std::vector<ThreadResult>
     return std::fflush(file.get()) == 0;
 }
 
-/// Empty when there is no file.
-inline std::vector<ThreadResult> readResult(const std::string& path) {
+/// Reads what `writeResult` has written.
+inline std::vector<ThreadResult> parseResult(const std::string& text) {
     std::vector<ThreadResult> threads;
-    const ResultFile file(std::fopen(path.c_str(), "r"), std::fclose);
-    ThreadResult thread;
-    std::size_t slowLines = 0;
-    while (file && std::fscanf(file.get(), "%lu %zu", &thread.threadId, &slowLines) == 2) {
-        thread.slowLines.assign(slowLines, 0);
-        for (unsigned int& line : thread.slowLines) {
-            (void)std::fscanf(file.get(), "%u", &line);
+    std::istringstream rows(text);
+    for (std::string row; std::getline(rows, row);) {
+        std::istringstream fields(row);
+        ThreadResult& thread = threads.emplace_back();
+        fields >> thread.threadId;
+        for (unsigned int line = 0; fields >> line;) {
+            thread.slowLines.push_back(line);
         }
-        threads.push_back(thread);
     }
     return threads;
 }

@@ -30,7 +30,9 @@ public:
     }
 
     /// The value of `name` as a number; 0 when it is not given.
-    [[nodiscard]] long long number(std::string_view name) const { return std::atoll(text(name).c_str()); }
+    [[nodiscard]] long long number(std::string_view name) const {
+        return std::strtoll(text(name).c_str(), nullptr, 10);
+    }
 
 private:
     std::vector<std::string> m_arguments;

@@ -10,12 +10,12 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
-#include <compare>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <tuple>
 
 namespace test {
 
@@ -24,7 +24,9 @@ struct StressLineId {
     unsigned int thread = 0;
     unsigned int number = 0;
 
-    auto operator<=>(const StressLineId&) const = default;
+    bool operator<(const StressLineId& other) const {
+        return std::tie(writer, thread, number) < std::tie(other.writer, other.thread, other.number);
+    }
 };
 
 /// FNV-1a as 16 digits.
