@@ -153,7 +153,7 @@ TEST(ArrayGrowthFailure, ReportsSlotsAndElementSize) {
         bool exact;
         const wchar_t* message;
     };
-    for (const auto& [count, exact, message] : {
+    for (const Case& c : {
              Case{0x7FFFFFFF, true, L"No more memory is available: 2147483647 objects of size 1048576 requested"},
              // 5 doubled 29 times, as a signed number
              Case{0xA0000000, false, L"No more memory is available: -1610612736 objects of size 1048576 requested"},
@@ -162,7 +162,7 @@ TEST(ArrayGrowthFailure, ReportsSlotsAndElementSize) {
              Case{0xFFFFFFFF, false, L"No more memory is available: -1 objects of size 1048576 requested"},
          }) {
         Array<Huge> array;
-        expectThrows<MemoryException>([&] { array.reserve(count, exact); }, {message});
+        expectThrows<MemoryException>([&] { array.reserve(c.count, c.exact); }, {c.message});
         EXPECT_EQ(array.data(), nullptr);
         EXPECT_EQ(array.allocated(), 0u);
     }
@@ -218,7 +218,7 @@ TEST(ArrayGrowthFailure, InTheMiddleOfTheElementsLeavesTheArrayAsItWas) {
             Fragile::s_copiesLeft = copies;
             expectThrows<MemoryException>([&] { array.reserve(6); },
                                           {L"No more memory is available: 1 objects of size 2 requested"});
-            expectThrows<MemoryException>([&] { const Array<Fragile> copy(array); },
+            expectThrows<MemoryException>([&] { static_cast<void>(Array<Fragile>(array)); },
                                           {L"No more memory is available: 1 objects of size 2 requested"});
             EXPECT_EQ(array.data(), storage);
             EXPECT_EQ(array.allocated(), 5u);

@@ -42,6 +42,27 @@ std::vector<T> elementsOf(const Array<T>& array) {
     return std::vector<T>(array.begin(), array.end());
 }
 
+/// An array as another module sees it.
+struct Fields {
+    int* items;
+    unsigned int count;
+    unsigned int allocated;
+};
+
+Fields fieldsOf(const Array<int>& array) {
+    Fields fields;
+    static_assert(sizeof fields == sizeof array);
+    std::memcpy(&fields, static_cast<const void*>(&array), sizeof fields);
+    return fields;
+}
+
+void expectNoStorage(const Array<int>& array) {
+    const Fields fields = fieldsOf(array);
+    EXPECT_EQ(fields.items, nullptr);
+    EXPECT_EQ(fields.count, 0u);
+    EXPECT_EQ(fields.allocated, 0u);
+}
+
 TEST(Array, Default_IsEmptyWithoutStorage) {
     Array<int> array;
     const Array<int>& same = array;
@@ -55,16 +76,9 @@ TEST(Array, Default_IsEmptyWithoutStorage) {
 }
 
 TEST(Array, Fields_ArePointerCountSlots) {
-    struct Fields {
-        int* items;
-        unsigned int count;
-        unsigned int allocated;
-    };
     Array<int> array = arrayOf({1, 2, 3});
     array.reserve(6);
-    Fields fields;
-    static_assert(sizeof fields == sizeof array);
-    std::memcpy(&fields, static_cast<const void*>(&array), sizeof fields);
+    const Fields fields = fieldsOf(array);
     EXPECT_EQ(fields.items, array.data());
     EXPECT_EQ(fields.count, 3u);
     EXPECT_EQ(fields.allocated, 10u);
@@ -88,7 +102,7 @@ TEST(Array, Index_OutOfRangeNamesTheLegalValues) {
         unsigned int index;
         const wchar_t* message;
     };
-    for (const auto& [count, index, message] : {
+    for (const Case& c : {
              Case{0, 0, L"An invalid index value (0) has been detected; there are zero items"},
              Case{0, 5, L"An invalid index value (5) has been detected; there are zero items"},
              Case{0, 0xFFFFFFFF, L"An invalid index value (-1) has been detected; there are zero items"},
@@ -101,10 +115,10 @@ TEST(Array, Index_OutOfRangeNamesTheLegalValues) {
                   L"An invalid index value (-2147483648) has been detected; legal values are between 0 and 2"},
          }) {
         Array<unsigned char> array;
-        array.setCount(count);
+        array.setCount(c.count);
         const Array<unsigned char>& same = array;
-        expectThrows<InvalidIndexException>([&] { array[index] = 1; }, {message});
-        expectThrows<InvalidIndexException>([&] { static_cast<void>(same[index]); }, {message});
+        expectThrows<InvalidIndexException>([&] { array[c.index] = 1; }, {c.message});
+        expectThrows<InvalidIndexException>([&] { static_cast<void>(same[c.index]); }, {c.message});
     }
 }
 
@@ -291,15 +305,13 @@ TEST(Array, Move_TakesTheStorageOver) {
     const int* const storage = original.data();
     Array<int> taken(std::move(original));
     EXPECT_EQ(taken.data(), storage);
-    EXPECT_EQ(original.data(), nullptr);
-    EXPECT_EQ(original.size() + original.allocated(), 0u);
+    expectNoStorage(original);
 
     Array<int> assigned = arrayOf({9});
     assigned = std::move(taken);
     EXPECT_EQ(assigned.data(), storage);
     EXPECT_EQ(elementsOf(assigned), (std::vector<int>{1, 2, 3}));
-    EXPECT_EQ(taken.data(), nullptr);
-    EXPECT_EQ(taken.size() + taken.allocated(), 0u);
+    expectNoStorage(taken);
 }
 
 }  // namespace

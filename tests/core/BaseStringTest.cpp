@@ -372,18 +372,18 @@ TEST(BaseStringOfWideText, ComparesUnitsAsUnsigned) {
 
 TYPED_TEST(BaseStringTest, Buffer_MayBeHandedBetweenModules) {
     auto* const block = static_cast<TypeParam*>(std::malloc(8 * sizeof(TypeParam)));
-    ASSERT_NE(block, nullptr);
+    if (!block) {
+        FAIL();
+    }
     block[0] = 'm';
     block[1] = 0;
-    {
-        BaseString<TypeParam> adopted;
-        test::setFields(adopted, {block, 8, BaseString<TypeParam>::kUnknownLength});
-        this->expectText(adopted, this->text("m"));
-        adopted.append(this->text("uch longer than the block").c_str());  // releases the program's block in the DLL
-        this->expectText(adopted, this->text("much longer than the block"));
-        std::free(adopted.data());  // releases the DLL's block in the program
-        test::setFields<TypeParam>(adopted, {nullptr, 0, BaseString<TypeParam>::kUnknownLength});
-    }
+    BaseString<TypeParam> adopted;
+    test::setFields(adopted, {block, 8, BaseString<TypeParam>::kUnknownLength});
+    this->expectText(adopted, this->text("m"));
+    adopted.append(this->text("uch longer than the block").c_str());  // releases the program's block in the DLL
+    this->expectText(adopted, this->text("much longer than the block"));
+    std::free(adopted.data());  // releases the DLL's block in the program
+    test::setFields<TypeParam>(adopted, {nullptr, 0, BaseString<TypeParam>::kUnknownLength});
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 #include "vorel/core/HashMap.h"
 
 #include <cstdint>
+#include <cstring>
 #include <map>
 #include <stdexcept>
 #include <utility>
@@ -29,6 +30,37 @@ std::map<int, int> entriesOf(const NumberMap& map) {
     }
     return entries;
 }
+
+TEST(HashMap, Fields_AreBucketsSpareNodesSizeThreshold) {
+    struct Fields {
+        void* buckets;
+        unsigned int bucketCount;
+        unsigned int bucketSlots;
+        void* spareNodes;
+        unsigned int spareCount;
+        unsigned int spareSlots;
+        unsigned int size;
+        unsigned int growAt;
+    };
+    NumberMap map(31);
+    map.put(1, 1, 10);
+    map.put(2, 2, 20);
+    map.put(3, 3, 30);
+    map.remove(2, 2);
+    Fields fields;
+    static_assert(sizeof fields == sizeof map);
+    std::memcpy(&fields, static_cast<const void*>(&map), sizeof fields);
+    EXPECT_NE(fields.buckets, nullptr);
+    EXPECT_EQ(fields.bucketCount, 31u);
+    EXPECT_GE(fields.bucketSlots, 31u);
+    EXPECT_NE(fields.spareNodes, nullptr);
+    EXPECT_EQ(fields.spareCount, 1u);
+    EXPECT_EQ(fields.spareSlots, 5u);
+    EXPECT_EQ(fields.size, 2u);
+    EXPECT_EQ(fields.growAt, 23u);
+}
+
+static_assert(sizeof(NumberMap::Iterator) == 3 * sizeof(void*), "the map, the bucket's slot, the node");
 
 // ---- Putting and finding --------------------------------------------------------------------------------------------
 
@@ -280,6 +312,7 @@ struct Explosive {
     Explosive() = default;
     Explosive(const Explosive&) = default;
     Explosive& operator=(const Explosive&) = default;
+    // NOLINTNEXTLINE(bugprone-exception-escape): its failure is what it is for
     ~Explosive() noexcept(false) {
         if (std::exchange(s_armed, false)) {
             throw Failure(1, 2);

@@ -6,7 +6,10 @@
 
 namespace {
 
-using namespace vorel::kernels;
+using vorel::kernels::kUnixEpochAsFileTime;
+using vorel::kernels::microsecondsBetweenTicks;
+using vorel::kernels::unixMicroseconds;
+using vorel::kernels::unixMilliseconds;
 
 constexpr std::uint64_t kTicksPerSecond = 10'000'000;
 

@@ -14,6 +14,8 @@ namespace {
 
 using vorel::EnableThreadSafety;
 using vorel::ThreadSafetyEnabledCount;
+using vorel::forced::TalInterlockedDecrement;
+using vorel::forced::TalInterlockedIncrement;
 
 // ---- The switch -----------------------------------------------------------------------------------------------------
 
@@ -44,26 +46,26 @@ TEST(ThreadSafetySwitch, NeverGoesBelow0) {
 
 TEST(ForcedCounters, ReturnTheNewValue) {
     volatile long number = 41;
-    EXPECT_EQ(vorel::forced::TalInterlockedIncrement(number), 42);
+    EXPECT_EQ(TalInterlockedIncrement(number), 42);
     EXPECT_EQ(number, 42);
-    EXPECT_EQ(vorel::forced::TalInterlockedDecrement(number), 41);
+    EXPECT_EQ(TalInterlockedDecrement(number), 41);
     EXPECT_EQ(number, 41);
     volatile unsigned long count = 7;
-    EXPECT_EQ(vorel::forced::TalInterlockedIncrement(count), 8u);
+    EXPECT_EQ(TalInterlockedIncrement(count), 8u);
     EXPECT_EQ(count, 8u);
-    EXPECT_EQ(vorel::forced::TalInterlockedDecrement(count), 7u);
+    EXPECT_EQ(TalInterlockedDecrement(count), 7u);
     EXPECT_EQ(count, 7u);
 }
 
 TEST(ForcedCounters, WrapAround) {
     volatile unsigned long count = 0;
-    EXPECT_EQ(vorel::forced::TalInterlockedDecrement(count), 4294967295u);
-    EXPECT_EQ(vorel::forced::TalInterlockedIncrement(count), 0u);
+    EXPECT_EQ(TalInterlockedDecrement(count), 4294967295u);
+    EXPECT_EQ(TalInterlockedIncrement(count), 0u);
     volatile long number = LONG_MAX;
-    EXPECT_EQ(vorel::forced::TalInterlockedIncrement(number), LONG_MIN);
-    EXPECT_EQ(vorel::forced::TalInterlockedDecrement(number), LONG_MAX);
+    EXPECT_EQ(TalInterlockedIncrement(number), LONG_MIN);
+    EXPECT_EQ(TalInterlockedDecrement(number), LONG_MAX);
     number = 0;
-    EXPECT_EQ(vorel::forced::TalInterlockedDecrement(number), -1);
+    EXPECT_EQ(TalInterlockedDecrement(number), -1);
 }
 
 /// Changes a counter from several threads; no change may be lost.
@@ -85,7 +87,6 @@ Number countFromThreads(Number (*change)(volatile Number&)) {
 }
 
 TEST(ForcedCounters, AreAtomicWhateverTheSwitchSays) {
-    using namespace vorel::forced;
     const test::ThreadSafetySwitch restored;
     for (const bool enabled : {true, false}) {
         ThreadSafetyEnabledCount = enabled ? 1 : 0;

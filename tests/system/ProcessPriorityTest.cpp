@@ -8,7 +8,11 @@
 
 namespace {
 
-using namespace vorel::util;
+using vorel::util::PPC_AboveNormal;
+using vorel::util::PPC_BelowNormal;
+using vorel::util::PPC_Normal;
+using vorel::util::ProcessPriorityClass;
+using vorel::util::SetProcessPriority;
 
 static_assert(std::is_same_v<std::underlying_type_t<ProcessPriorityClass>, int>);
 static_assert(PPC_AboveNormal == 0 && PPC_Normal == 1 && PPC_BelowNormal == 2, "unscoped, with these values");

@@ -16,7 +16,10 @@
 
 namespace {
 
-using namespace vorel::system;
+using vorel::system::fileTimeNow;
+using vorel::system::formatTime;
+using vorel::system::LocalTimeText;
+using vorel::system::millisecondsUtc;
 
 std::tm someTime() {
     std::tm time = {};
