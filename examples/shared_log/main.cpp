@@ -6,7 +6,7 @@
 /// starts four copies of itself. Each converts every line of the files to wide text and back, and logs what it finds:
 /// each bad line as the trail of an exception, warnings, and debug lines. Then the log is read back and summed up. The
 /// exit code is 1 when a line of the log is torn, when the log does not hold what the copies wrote, or when they did
-/// not find exactly the damaged lines that a file declares; see README.md.
+/// not find exactly the damaged lines that a file declares; see the README.md beside this file.
 ///
 /// `--limit` is the size at which the log is moved to its backup: with a small one, the oldest records are gone.
 
