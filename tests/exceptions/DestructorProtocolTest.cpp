@@ -20,7 +20,10 @@ namespace {
 using test::expectThrows;
 using test::TemporaryLog;
 using Texts = std::vector<std::string>;
-using namespace vorel;
+using vorel::Exception;
+using vorel::MemoryException;
+using vorel::TimeoutException;
+namespace detail = vorel::detail;
 
 using Action = std::function<void()>;
 

@@ -24,7 +24,11 @@ using test::expectThrows;
 using test::messagesOf;
 using test::TemporaryLog;
 using Texts = std::vector<std::string>;
-using namespace vorel;
+using vorel::Exception;
+using vorel::InvalidIndexException;
+using vorel::MemoryException;
+using vorel::TimeoutException;
+namespace detail = vorel::detail;
 
 TEST(Protocol, RecordFormatsAreThoseThatClientsWrite) {
     struct Case {
@@ -32,19 +36,19 @@ TEST(Protocol, RecordFormatsAreThoseThatClientsWrite) {
         const wchar_t* text;
     };
     const Case cases[] = {
-        {vexCatchVorel, L"%ls: Vorel exception caught"},
-        {vexCatchClassVorel, L"%ls::%ls: Vorel exception caught"},
-        {vexCatchSevere, L"%ls: Severe error caught"},
-        {vexCatchClassSevere, L"%ls::%ls: Severe error caught"},
-        {vexCatchAndThrowVorel, L"%ls: Vorel exception rethrown"},
-        {vexCatchAndThrowClassVorel, L"%ls::%ls: Vorel exception rethrown"},
-        {vexCatchAndThrowSevere, L"%ls: Severe error thrown"},
-        {vexCatchAndThrowClassSevere, L"%ls::%ls: Severe error thrown"},
-        {vexDestructorCaught, L"%ls::~%ls: Vorel exception suppressed"},
-        {vexDestructorThrown, L"%ls::~%ls: Vorel exception rethrown"},
-        {vexDestructorSevereCaught, L"%ls::~%ls: Severe error suppressed"},
-        {vexDestructorSevereThrown, L"%ls::~%ls: Severe error thrown"},
-        {vexTestFailed, L"%ls: TestAndThrow test failed"},
+        {vorel::vexCatchVorel, L"%ls: Vorel exception caught"},
+        {vorel::vexCatchClassVorel, L"%ls::%ls: Vorel exception caught"},
+        {vorel::vexCatchSevere, L"%ls: Severe error caught"},
+        {vorel::vexCatchClassSevere, L"%ls::%ls: Severe error caught"},
+        {vorel::vexCatchAndThrowVorel, L"%ls: Vorel exception rethrown"},
+        {vorel::vexCatchAndThrowClassVorel, L"%ls::%ls: Vorel exception rethrown"},
+        {vorel::vexCatchAndThrowSevere, L"%ls: Severe error thrown"},
+        {vorel::vexCatchAndThrowClassSevere, L"%ls::%ls: Severe error thrown"},
+        {vorel::vexDestructorCaught, L"%ls::~%ls: Vorel exception suppressed"},
+        {vorel::vexDestructorThrown, L"%ls::~%ls: Vorel exception rethrown"},
+        {vorel::vexDestructorSevereCaught, L"%ls::~%ls: Severe error suppressed"},
+        {vorel::vexDestructorSevereThrown, L"%ls::~%ls: Severe error thrown"},
+        {vorel::vexTestFailed, L"%ls: TestAndThrow test failed"},
     };
     for (const Case& c : cases) {
         EXPECT_STREQ(c.format, c.text);
@@ -58,27 +62,27 @@ struct Handling {
 };
 
 const std::vector<Handling>& catches() {
-    static const std::vector<Handling> s_catches = {
+    static const std::vector<Handling> table = {
         {[](Exception& e) { e.catchMessage(L"load"); }, "load: Vorel exception caught"},
         {[](Exception& e) { e.catchClass(L"Parser", L"run"); }, "Parser::run: Vorel exception caught"},
         {[](Exception& e) { e.catchGeneric(L"row %d of %ls", 7, L"t"); }, "row 7 of t: Vorel exception caught"},
         {[](Exception& e) { e.catchGeneric(nullptr); }, "(unable to format message): Vorel exception caught"},
     };
-    return s_catches;
+    return table;
 }
 
 const std::vector<Handling>& rethrows() {
-    static const std::vector<Handling> s_rethrows = {
+    static const std::vector<Handling> table = {
         {[](Exception& e) { e.rethrowMessage(L"load"); }, "load: Vorel exception rethrown"},
         {[](Exception& e) { e.rethrowClass(L"Parser", L"run"); }, "Parser::run: Vorel exception rethrown"},
         {[](Exception& e) { e.rethrowGeneric(L"row %d of %ls", 7, L"t"); }, "row 7 of t: Vorel exception rethrown"},
         {[](Exception& e) { e.rethrowGeneric(nullptr); }, "(unable to format message): Vorel exception rethrown"},
     };
-    return s_rethrows;
+    return table;
 }
 
 const std::vector<Handling>& appends() {
-    static const std::vector<Handling> s_appends = {
+    static const std::vector<Handling> table = {
         {[](Exception& e) { e.appendCaughtClass(L"Parser", L"run"); }, "Parser::run: Vorel exception caught"},
         {[](Exception& e) { e.appendSevereCaught(L"load"); }, "load: Severe error caught"},
         {[](Exception& e) { e.appendSevereCaughtClass(L"Parser", L"run"); }, "Parser::run: Severe error caught"},
@@ -87,7 +91,7 @@ const std::vector<Handling>& appends() {
         {[](Exception& e) { e.appendSevereCaughtAndThrownClass(L"Parser", L"run"); },
          "Parser::run: Severe error thrown"},
     };
-    return s_appends;
+    return table;
 }
 
 std::wstring widened(const std::string& text) {

@@ -32,9 +32,8 @@ public:
 
     /// A name that nobody else has: with the process id, and a counter.
     static std::wstring uniqueName(const std::wstring& stem) {
-        static std::atomic<unsigned int> s_count{0};
-        return L"vorel_test_" + stem + L"_" + std::to_wstring(GetCurrentProcessId()) + L"_" +
-               std::to_wstring(++s_count);
+        static std::atomic<unsigned int> count{0};
+        return L"vorel_test_" + stem + L"_" + std::to_wstring(GetCurrentProcessId()) + L"_" + std::to_wstring(++count);
     }
 
     [[nodiscard]] const std::wstring& name() const { return m_name; }

@@ -21,8 +21,8 @@ struct LogSettings : Exception {
 
 /// Where the library writes now, as far as these objects have told it.
 std::string& currentPath() {
-    static std::string s_path;
-    return s_path;
+    static std::string path;
+    return path;
 }
 
 /// Widened by hand: this toolchain's library cannot convert narrow paths under the universal runtime. The names made
@@ -32,8 +32,8 @@ std::filesystem::path asPath(const std::string& name) {
 }
 
 std::string freshName() {
-    static std::atomic<unsigned int> s_count{0};
-    return "vorel_test_" + std::to_string(GetCurrentProcessId()) + "_" + std::to_string(++s_count);
+    static std::atomic<unsigned int> count{0};
+    return "vorel_test_" + std::to_string(GetCurrentProcessId()) + "_" + std::to_string(++count);
 }
 
 }  // namespace
