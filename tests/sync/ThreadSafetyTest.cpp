@@ -73,6 +73,7 @@ template <class Number>
 Number countFromThreads(Number (*change)(volatile Number&)) {
     volatile Number counter = 0;
     std::vector<std::thread> threads;
+    threads.reserve(4);
     for (int i = 0; i < 4; ++i) {
         threads.emplace_back([&] {
             for (int round = 0; round < 50000; ++round) {

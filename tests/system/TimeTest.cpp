@@ -89,7 +89,7 @@ TEST(Gmtime, BreaksTimesDown) {
 TEST(Gmtime, AgreesWithCalendarArithmetic) {
     std::mt19937_64 random(19700101);
     for (int i = 0; i < 20000; ++i) {
-        const long long time = static_cast<long long>(random() % (kLastTime + 1));
+        const auto time = static_cast<long long>(random() % (kLastTime + 1));
         std::tm result;
         util::gmtime(&time, &result);
         ASSERT_NO_FATAL_FAILURE(expectSameTime(result, civilTimeOf(time), time)) << "seed 19700101";
@@ -99,7 +99,7 @@ TEST(Gmtime, AgreesWithCalendarArithmetic) {
 TEST(Localtime, IsTheTimeThatTheRuntimeTakesBack) {
     std::mt19937_64 random(20001);
     for (int i = 0; i < 5000; ++i) {
-        const long long time = static_cast<long long>(random() % (2 * std::uint64_t{1577836800})) + 86400;
+        const auto time = static_cast<long long>(random() % (2 * std::uint64_t{1577836800})) + 86400;
         std::tm result;
         EXPECT_EQ(util::localtime(&time, &result), &result);
         std::tm expected;
