@@ -1,7 +1,9 @@
 // The diagnostic channels under a failing heap: each call leaves a line, whole, or cut and marked as such.
 
 #include <algorithm>
+#include <initializer_list>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "allocation/Walker.h"
@@ -25,6 +27,14 @@ struct Line {
     bool narrowTexts;        // some text had to be made wide first, or narrow
 };
 
+std::string joined(std::initializer_list<std::string_view> parts) {
+    std::string whole;
+    for (const std::string_view part : parts) {
+        whole += part;
+    }
+    return whole;
+}
+
 /// The lines that may stand where memory was refused at one place or another.
 std::vector<std::string> linesUnderFailure(const Line& line) {
     static const std::string kNoMemory = "Out of memory for text conversion";
@@ -41,15 +51,14 @@ std::vector<std::string> linesUnderFailure(const Line& line) {
     for (const std::string& prefix : prefixes) {
         for (const std::string& decoration : decorations) {
             for (const std::string& message : messages) {
-                std::string whole = decoration;
-                whole += message;
-                const std::string cut = decoration + message.substr(0, kCut);
+                const std::string whole = joined({decoration, message});
                 for (const std::string& text : {whole, whole.substr(0, kLogBytes)}) {
-                    lines.push_back(prefix + ": " + text);
+                    lines.push_back(joined({prefix, ": ", text}));
                 }
                 // The message was cut, or its decorated form.
+                const std::string cut = joined({decoration, message.substr(0, kCut)});
                 for (const std::string& text : {cut, whole.substr(0, kCut)}) {
-                    lines.push_back(prefix + " Truncated: " + text);
+                    lines.push_back(joined({prefix, " Truncated: ", text}));
                 }
             }
         }

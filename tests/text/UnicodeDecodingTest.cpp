@@ -227,11 +227,11 @@ TEST(UnicodeDecoding, FailureKeepsTheSameInAStringThatHasRoom) {
 }
 
 TEST(UnicodeDecoding, LongTextsComeOutWholeAroundEachBlockEdge) {
-    const std::string wide = "\xE2\x82\xAC";
-    const std::string pair = "\xF0\x9F\x98\x80";
+    // A pair, a character of one unit, and another pair.
+    const std::string across = "\xF0\x9F\x98\x80\xE2\x82\xAC\xF0\x9F\x98\x80" + std::string(40, 'y');
     for (std::size_t count = 440; count < 460; ++count) {
         for (const std::size_t blocks : {0u, 1u, 2u, 7u}) {
-            const std::string text = std::string(450 * blocks + count, 'x') + pair + wide + pair + std::string(40, 'y');
+            const std::string text = std::string(450 * blocks + count, 'x') + across;
             const std::wstring expected = test::decodeUtf8(text + '\0', -1).units;
             ASSERT_EQ(decoded(text), (Result{true, expected})) << count << " and " << blocks << " blocks";
         }
