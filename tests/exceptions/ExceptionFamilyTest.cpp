@@ -66,9 +66,9 @@ const std::vector<Case>& cases() {
         built<DataRecordTypeException>("DataRecordType",
                                        "The required data type is not found in the current data record."),
         built<DataRecordTypeException>("DataRecordTypeOne",
-                                       "Data type \"int\" is not found in the current data record.", "int"),
+                                       R"(Data type "int" is not found in the current data record.)", "int"),
         built<DataRecordTypeException>("DataRecordTypeTwo",
-                                       "Data types \"int\" and \"text\" were not found in the current data record.",
+                                       R"(Data types "int" and "text" were not found in the current data record.)",
                                        "int", "text"),
         built<Win32Exception>("Win32", "no such %d", L"no such %d"),
         built<Win32Exception>("Win32Code", "no such: 0xC0000005", L"no such", static_cast<int>(0xC0000005)),
@@ -77,7 +77,7 @@ const std::vector<Case>& cases() {
         built<TimeoutException>("TimeoutFormat", "after 5 ms", L"after %d ms", 5),
         built<PropertyAccessException>("PropertyAccess", "Property value access violation."),
         built<PropertyAccessException>("PropertyAccessFormat", "no color", L"no %ls", L"color"),
-        built<OutOfRangeException>("OutOfRange", "Level: Index \"9\" out of range: [1,5]", L"Level", 1, 5, 9),
+        built<OutOfRangeException>("OutOfRange", R"(Level: Index "9" out of range: [1,5])", L"Level", 1, 5, 9),
         built<DiffException>("DiffWide", "1 differs", L"%d differs", 1),
         built<DiffException>("DiffNarrow", "1 differs", "%d differs", 1),
         built<DiffErrorException>("DiffErrorWide", "1 differs", L"%d differs", 1),
@@ -87,7 +87,7 @@ const std::vector<Case>& cases() {
         built<InvalidIndexException>("InvalidIndexWide", "no 7", L"no %d", 7),
         built<InvalidIndexException>("InvalidIndexNarrow", "no 7", "no %hs", "7"),
         built<BadParameterException>("BadParameter",
-                                     "Parameter \"mode\" value \"fast\" is unrecognized; perhaps your system "
+                                     R"(Parameter "mode" value "fast" is unrecognized; perhaps your system )"
                                      "components need updating?",
                                      L"mode", L"fast"),
     };

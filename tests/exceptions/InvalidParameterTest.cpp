@@ -12,13 +12,11 @@
 
 #include "support/ChildProcess.h"
 #include "support/TemporaryLog.h"
-#include "vorel/exceptions/Exception.h"
 
 namespace {
 
 using test::TemporaryLog;
 using Texts = std::vector<std::string>;
-using vorel::Exception;
 
 /// Another handler, or none, for the length of a test.
 class HandlerInstalled {

@@ -94,6 +94,7 @@ TEST(ThreadLogging, MoreThreadsThanTheTableHasBucketsAreKeptApart) {
     const test::NamedEvent allArrived(test::NamedEvent::uniqueName(L"all_arrived"));
     const test::NamedEvent leave(test::NamedEvent::uniqueName(L"leave"));
     std::vector<std::thread> threads;
+    threads.reserve(kThreads);
     // All of them live at the same time, so that no thread id is used twice; every second one is silenced.
     for (int index = 0; index < kThreads; ++index) {
         threads.emplace_back([&, silence = index % 2 == 0] {

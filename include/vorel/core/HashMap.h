@@ -137,8 +137,8 @@ public:
     /// The number of entries at which the next insertion first grows the map: three quarters of the bucket count.
     [[nodiscard]] unsigned int growAt() const noexcept { return m_growAt; }
 
-    /// Inserts an entry and returns its place. An equal key is not looked for: with two entries of one key, lookups
-    /// find the newer.
+    /// Inserts an entry and returns its place. An equal key is not looked for: of two entries of one key, lookups
+    /// find the newer, until the map next grows: that turns the order within a bucket round.
     /// \throws Exception "Tried to put into a hash map with 0 buckets"; MemoryException when the buckets cannot grow;
     ///         the standard allocation failure when no node can be had (meant: nodes come from the global allocation
     ///         operator). The map then holds what it held.
@@ -164,7 +164,7 @@ public:
         return Iterator(this, &head, head);
     }
 
-    /// The newest entry of `key`, or the end.
+    /// The first entry of `key` in its bucket, or the end.
     /// \throws Exception "Tried to find in a hash map with 0 buckets".
     [[nodiscard]] Iterator find(const Key& key, std::uint64_t hash) const {
         if (bucketCount() == 0) {
@@ -179,7 +179,7 @@ public:
         return end();
     }
 
-    /// Removes the newest entry of `key`, keeps its node for reuse, and says whether there was one.
+    /// Removes the entry of `key` that `find` finds, keeps its node for reuse, and says whether there was one.
     /// \throws Exception "Tried to remove from hash map with 0 buckets"; MemoryException, with the entry still there,
     ///         when its node cannot be put aside.
     bool remove(const Key& key, std::uint64_t hash) {
