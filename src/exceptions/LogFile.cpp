@@ -1,6 +1,7 @@
 #include "exceptions/LogFile.h"
 
 #include <algorithm>
+#include <climits>
 #include <cstring>
 
 #include <fcntl.h>
@@ -51,8 +52,9 @@ bool LogFile::tryLock() noexcept {
 }
 
 bool LogFile::isLargerThan(long long limit) const noexcept {
-    struct _stat64i32 status = {};
-    return _fstat64i32(m_descriptor, &status) == 0 && status.st_size > limit;
+    // Not the form with a 32-bit size: some compilers' headers cut the size of a huge file instead of refusing it.
+    struct _stat64 status = {};
+    return _fstat64(m_descriptor, &status) == 0 && status.st_size <= INT_MAX && status.st_size > limit;
 }
 
 std::FILE* LogFile::stream() noexcept {

@@ -1,0 +1,73 @@
+/// \file
+/// One set of debug targets: its lock, and the flag that spares every look at it.
+
+#include "exceptions/DebugTargets.h"
+
+#include <gtest/gtest.h>
+
+#include "LibraryState.h"
+#include "vorel/exceptions/Exception.h"
+
+namespace {
+
+using vorel::DebugTargetsUsed;
+using vorel::Exception;
+
+/// Counts what it is asked for.
+class CountingLock {
+public:
+    bool lock(unsigned int, bool) {
+        ++s_locked;
+        return true;
+    }
+    void unlock() { ++s_unlocked; }
+
+    static inline int s_locked = 0;
+    static inline int s_unlocked = 0;
+};
+
+/// The flag as at load, for the length of a test.
+class DebugTargetsInside : public testing::Test {
+protected:
+    DebugTargetsInside() : m_before(DebugTargetsUsed.exchange(false)) {}
+    ~DebugTargetsInside() override { DebugTargetsUsed = m_before; }
+
+private:
+    bool m_before;
+};
+
+TEST_F(DebugTargetsInside, TheFlagIsSetByTheFirstTargetThatIsSwitchedOnAndStays) {
+    Exception::setDebugTarget("DTI.Flag", false);
+    Exception::setDebugTarget(L"DTI.Flag", false);
+    EXPECT_FALSE(DebugTargetsUsed);
+    Exception::setDebugTarget("DTI.Flag", true);
+    EXPECT_TRUE(DebugTargetsUsed);
+    Exception::setDebugTarget("DTI.Flag", false);
+    EXPECT_TRUE(DebugTargetsUsed);
+}
+
+TEST_F(DebugTargetsInside, AWideTargetSetsTheSameFlag) {
+    Exception::setDebugTarget(L"DTI.WideFlag", true);
+    EXPECT_TRUE(DebugTargetsUsed);
+    Exception::setDebugTarget(L"DTI.WideFlag", false);
+}
+
+TEST_F(DebugTargetsInside, WithoutTheFlagNoTargetIsActive) {
+    Exception::setDebugTarget("DTI.NoFlag", true);
+    DebugTargetsUsed = false;
+    EXPECT_FALSE(Exception::isDebugTargetActive("DTI.NoFlag"));
+    DebugTargetsUsed = true;
+    EXPECT_TRUE(Exception::isDebugTargetActive("DTI.NoFlag"));
+    Exception::setDebugTarget("DTI.NoFlag", false);
+}
+
+TEST_F(DebugTargetsInside, EveryLookTakesTheLockOfItsPolicy) {
+    vorel::DebugTargets<char, CountingLock> targets;
+    targets.set("a", true);
+    EXPECT_TRUE(targets.isActive("a"));
+    EXPECT_FALSE(targets.isActive("b"));
+    EXPECT_EQ(CountingLock::s_locked, 3);
+    EXPECT_EQ(CountingLock::s_unlocked, 3);
+}
+
+}  // namespace

@@ -1,0 +1,145 @@
+/// \file
+/// The settings of the error log as they are kept, and the size check by itself.
+
+#include <cstdio>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "support/LockedFile.h"
+#include "support/PrivateMember.h"
+#include "support/TemporaryLog.h"
+#include "support/Widths.h"
+#include "vorel/exceptions/Exception.h"
+
+namespace test {
+
+struct ErrorLogLocation {
+    using Type = char (*)[1024];
+    friend Type reveal(ErrorLogLocation);
+};
+template struct Reveal<ErrorLogLocation, &vorel::Exception::ErrorLogLocation>;
+
+struct CheckOldLogSize {
+    using Type = void (*)(const char*, long long) noexcept;
+    friend Type reveal(CheckOldLogSize);
+};
+template struct Reveal<CheckOldLogSize, &vorel::Exception::CheckOldLogSize>;
+
+}  // namespace test
+
+namespace {
+
+using test::TemporaryLog;
+using vorel::Exception;
+
+char (&location())[1024] {
+    return *reveal(test::ErrorLogLocation());
+}
+
+void checkOldLogSize(const char* path, long long limit) {
+    reveal(test::CheckOldLogSize())(path, limit);
+}
+
+void makeFile(const std::string& path, std::size_t size) {
+    std::FILE* const file = std::fopen(path.c_str(), "wb");
+    ASSERT_NE(file, nullptr);
+    std::fwrite(std::string(size, '#').data(), 1, size, file);
+    std::fclose(file);
+}
+
+bool isThere(const std::string& path) {
+    return test::readFileBytes(path).has_value();
+}
+
+template <class T>
+class LocationTest : public testing::Test {};
+TYPED_TEST_SUITE(LocationTest, test::CharacterTypes, test::CharacterNames);
+
+TYPED_TEST(LocationTest, IsCutTo1023Bytes) {
+    const TemporaryLog log;
+    for (const std::size_t length : {0u, 1u, 1022u, 1023u, 1024u, 1025u, 1500u, 100000u}) {
+        const std::string path(length, 'p');
+        Exception::SetErrorLogLocation(test::text<TypeParam>(path).c_str(), 0);
+        EXPECT_EQ(location(), path.substr(0, 1023)) << length;
+        EXPECT_EQ(location()[1023], '\0') << length;
+    }
+}
+
+TYPED_TEST(LocationTest, NullClearsTheLocation) {
+    const TemporaryLog log;
+    const TypeParam* const none = nullptr;
+    Exception::SetErrorLogLocation(none, 4321);
+    EXPECT_STREQ(location(), "");
+    EXPECT_EQ(test::currentLogSize(), 4321);
+}
+
+TEST(Location, MayBeSetFromItself) {
+    const TemporaryLog log;
+    Exception::SetErrorLogLocation(location() + 1, 0);
+    EXPECT_EQ(location(), log.path().substr(1));
+}
+
+TEST(Location, OfWideTextThatCannotBeConvertedIsTheTextOfTheFailure) {
+    const TemporaryLog log;
+    Exception::SetErrorLogLocation(L"C:\\\x4E00.txt", 4321);
+    EXPECT_STREQ(location(), "Error in text conversion");
+    EXPECT_EQ(test::currentLogSize(), 4321);
+}
+
+TEST(CheckOldLogSize, TakesTheCurrentPathForNone) {
+    for (const char* const none : {static_cast<const char*>(nullptr), ""}) {
+        const TemporaryLog log;
+        makeFile(log.path(), 11);
+        checkOldLogSize(none, 10);
+        EXPECT_TRUE(isThere(log.backupPath()));
+        EXPECT_FALSE(log.exists());
+    }
+}
+
+TEST(CheckOldLogSize, TakesTheCurrentLimitBelowOne) {
+    struct Case {
+        long long current;
+        long long own;
+        bool moved;
+    };
+    const std::vector<Case> cases = {
+        {10, 0, true},  {10, -1, true},  {11, 0, false}, {0, 0, false},  {-1, -1, false},
+        {-1, 10, true}, {10, 11, false}, {0, -5, false}, {11, 10, true}, {10, 0x10000000A, false},
+    };
+    for (const Case& c : cases) {
+        const TemporaryLog log(c.current);
+        makeFile(log.path(), 11);
+        checkOldLogSize(log.path().c_str(), c.own);
+        EXPECT_EQ(isThere(log.backupPath()), c.moved) << c.current << " " << c.own;
+        EXPECT_NE(log.exists(), c.moved);
+    }
+}
+
+TEST(CheckOldLogSize, WithoutAnyPathDoesNothing) {
+    const TemporaryLog log(10);
+    const char* const none = nullptr;
+    Exception::SetErrorLogLocation(none, 0);
+    checkOldLogSize(nullptr, 10);
+    EXPECT_STREQ(location(), "");
+}
+
+TEST(CheckOldLogSize, LeavesAFileThatSomebodyHasLocked) {
+    const TemporaryLog log(10);
+    makeFile(log.path(), 11);
+    test::LockedFile held(log.path());
+    checkOldLogSize(nullptr, 10);
+    EXPECT_FALSE(isThere(log.backupPath()));
+    held.unlock();
+    checkOldLogSize(nullptr, 10);
+    EXPECT_TRUE(isThere(log.backupPath()));
+}
+
+TEST(CheckOldLogSize, LeavesAFileThatCannotBeOpened) {
+    const TemporaryLog log(10);
+    checkOldLogSize(log.folder().file("no such folder\\log").c_str(), 10);
+    EXPECT_FALSE(log.exists());
+}
+
+}  // namespace

@@ -1,0 +1,167 @@
+/// \file
+/// What the error log makes of the system's answers: the computer's name, the clock, and failures of the runtime.
+
+#include <cstdint>
+#include <cstdio>
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+#include <io.h>
+#include <sys/stat.h>
+#include <windows.h>
+
+#include "support/ImportPatch.h"
+#include "support/LockedFile.h"
+#include "support/TemporaryLog.h"
+#include "vorel/exceptions/Exception.h"
+
+extern "C" {
+extern decltype(&::GetComputerNameExA) importedGetComputerNameExA __asm__("__imp_GetComputerNameExA");
+extern decltype(&::GetSystemTimeAsFileTime) importedGetSystemTime __asm__("__imp_GetSystemTimeAsFileTime");
+extern decltype(&::_fdopen) importedFdopen __asm__("__imp__fdopen");
+extern decltype(&::_fstat64) importedFstat __asm__("__imp__fstat64");
+}
+
+namespace {
+
+using test::TemporaryLog;
+using Texts = std::vector<std::string>;
+using vorel::Exception;
+
+std::string& fakeName() {
+    static std::string name;
+    return name;
+}
+
+/// As the system does it: a name that does not fit fails, and says how much room it needs.
+BOOL WINAPI giveFakeName(COMPUTER_NAME_FORMAT format, LPSTR buffer, LPDWORD size) {
+    if (format != ComputerNamePhysicalDnsHostname || *size != 16) {
+        return FALSE;
+    }
+    const std::string& name = fakeName();
+    if (name.size() >= *size) {
+        std::memset(buffer, '?', *size);
+        *size = static_cast<DWORD>(name.size() + 1);
+        return FALSE;
+    }
+    std::memcpy(buffer, name.c_str(), name.size() + 1);
+    *size = static_cast<DWORD>(name.size());
+    return TRUE;
+}
+
+TEST(ErrorLogSystem, TheComputersNameIsWrittenInLowerCaseAndEmptyWhenItDoesNotFit) {
+    struct Case {
+        const char* name;
+        const char* written;
+    };
+    const Case cases[] = {
+        {"host7", "host7"},
+        {"HOST-7", "host-7"},
+        {"@AZ[`az{", "@az[`az{"},          // the neighbours of the letters stay
+        {"\xC4\xD6\xDC", "\xC4\xD6\xDC"},  // so does everything above seven bits
+        {"", ""},
+        {"ABCDEFGHIJKLMNO", "abcdefghijklmno"},
+        {"ABCDEFGHIJKLMNOP", ""},
+        {"ABCDEFGHIJKLMNOPQRSTUVWXYZ", ""},
+    };
+    const test::ImportPatch patch(importedGetComputerNameExA, &giveFakeName);
+    for (const Case& c : cases) {
+        fakeName() = c.name;
+        const TemporaryLog log;
+        Exception::warn("text");
+        ASSERT_EQ(log.lines().size(), 1u) << c.name;
+        EXPECT_EQ(log.lines()[0].computer, c.written) << c.name;
+        EXPECT_EQ(log.lines()[0].message, "WARN: text");
+    }
+}
+
+std::uint64_t& fakeTime() {
+    static std::uint64_t hundredsOfNanoseconds = 0;
+    return hundredsOfNanoseconds;
+}
+
+void WINAPI giveFakeTime(LPFILETIME time) {
+    time->dwLowDateTime = static_cast<DWORD>(fakeTime());
+    time->dwHighDateTime = static_cast<DWORD>(fakeTime() >> 32);
+}
+
+TEST(ErrorLogSystem, MillisecondsHaveThreeDigits) {
+    struct Case {
+        std::uint64_t milliseconds;
+        const char* written;
+    };
+    constexpr std::uint64_t kSecond = 10000000;
+    constexpr std::uint64_t kSomeSecond = 13438000000 * kSecond;  // in 2026
+    Exception::setDebugTarget(L"LogsIncludeMsecs", true);
+    for (const Case& c : {Case{0, "000"}, Case{7, "007"}, Case{45, "045"}, Case{100, "100"}, Case{999, "999"},
+                          Case{1000, "000"}, Case{61007, "007"}}) {
+        fakeTime() = kSomeSecond + c.milliseconds * 10000 + 9999;
+        const TemporaryLog log;
+        {
+            const test::ImportPatch patch(importedGetSystemTime, &giveFakeTime);
+            Exception::warn("text");
+        }
+        ASSERT_EQ(log.lines().size(), 1u) << c.milliseconds;
+        EXPECT_EQ(log.lines()[0].milliseconds, c.written);
+    }
+    Exception::setDebugTarget(L"LogsIncludeMsecs", false);
+}
+
+std::FILE* refuseStream(int, const char*) {
+    return nullptr;
+}
+
+TEST(ErrorLogSystem, WithoutAStreamTheLineIsDroppedAndTheFileIsFreeAgain) {
+    const TemporaryLog log;
+    {
+        const test::ImportPatch patch(importedFdopen, &refuseStream);
+        Exception::warn("dropped");
+    }
+    EXPECT_EQ(log.size(), 0);
+    EXPECT_NO_THROW(test::LockedFile(log.path()));
+    Exception::warn("written");
+    EXPECT_EQ(log.messages(), Texts{"WARN: written"});
+    EXPECT_EQ(std::remove(log.path().c_str()), 0) << "somebody has the file open";
+}
+
+struct FileStatus {
+    int result = 0;
+    long long sizeBytes = 0;
+};
+
+FileStatus& fakeStatus() {
+    static FileStatus status;
+    return status;
+}
+
+int giveFakeStatus(int, struct _stat64* status) {
+    status->st_size = fakeStatus().sizeBytes;
+    return fakeStatus().result;
+}
+
+TEST(ErrorLogSystem, AFileIsMovedOnlyWhenItsSizeIsKnownAndOfThirtyOneBits) {
+    struct Case {
+        FileStatus status;
+        bool moved;
+    };
+    const std::vector<Case> cases = {
+        {{-1, 0}, false},          {{-1, 5000}, false},      {{0, 1000}, false},
+        {{0, 1001}, true},         {{0, 0x7FFFFFFF}, true},  {{0, 0x80000000}, false},
+        {{0, 0x100000000}, false}, {{0, 0x100001000}, false}  // cut to 32 bits these would be 0 and 4096
+    };
+    const test::ImportPatch patch(importedFstat, &giveFakeStatus);
+    for (const Case& c : cases) {
+        const TemporaryLog log;
+        fakeStatus() = {};
+        Exception::warn("old");
+        Exception::SetErrorLogSize(1000);
+        fakeStatus() = c.status;
+        Exception::warn("new");
+        EXPECT_EQ(log.messages(), (c.moved ? Texts{"WARN: new"} : Texts{"WARN: old", "WARN: new"}))
+            << c.status.result << " " << c.status.sizeBytes;
+    }
+}
+
+}  // namespace

@@ -1,0 +1,100 @@
+/// \file
+/// The library's place among the invalid-parameter handlers, seen from the inside.
+
+#include "exceptions/InvalidParameter.h"
+
+#include <cstdlib>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "support/PrivateMember.h"
+#include "support/TemporaryLog.h"
+#include "vorel/exceptions/Exception.h"
+
+namespace test {
+
+struct InvalidParameterHandler {
+    using Type = void (*)(const wchar_t*, const wchar_t*, const wchar_t*, unsigned int, std::uintptr_t) noexcept;
+    friend Type reveal(InvalidParameterHandler);
+};
+template struct Reveal<InvalidParameterHandler, &vorel::Exception::Invalid_Parameter_Handler>;
+
+}  // namespace test
+
+namespace {
+
+using test::TemporaryLog;
+using Texts = std::vector<std::string>;
+using vorel::detail::installInvalidParameterHandler;
+using vorel::detail::SetCurrentIPH;
+
+void someonesHandler(const wchar_t*, const wchar_t*, const wchar_t*, unsigned int, std::uintptr_t) {}
+
+_invalid_parameter_handler current() {
+    return _get_invalid_parameter_handler();
+}
+
+/// No handler at the start, the one before at the end.
+class InvalidParameterInside : public testing::Test {
+protected:
+    InvalidParameterInside() : m_before(_set_invalid_parameter_handler(nullptr)) {}
+    ~InvalidParameterInside() override { _set_invalid_parameter_handler(m_before); }
+
+    /// The library's, as every call of the library names it.
+    const _invalid_parameter_handler m_ours = reveal(test::InvalidParameterHandler());
+
+private:
+    _invalid_parameter_handler m_before;
+};
+
+TEST_F(InvalidParameterInside, TheLibrarysHandlerIsInstalledWhereThereIsNone) {
+    installInvalidParameterHandler(m_ours);
+    EXPECT_EQ(current(), m_ours);
+    installInvalidParameterHandler(m_ours);
+    EXPECT_EQ(current(), m_ours);
+}
+
+TEST_F(InvalidParameterInside, ASecondHandlerOfTheLibraryIsNeverInstalled) {
+    installInvalidParameterHandler(m_ours);
+    installInvalidParameterHandler(&someonesHandler);
+    EXPECT_EQ(current(), m_ours);
+    _set_invalid_parameter_handler(nullptr);
+    installInvalidParameterHandler(&someonesHandler);
+    EXPECT_EQ(current(), nullptr);
+}
+
+TEST_F(InvalidParameterInside, AnothersHandlerStays) {
+    _set_invalid_parameter_handler(&someonesHandler);
+    installInvalidParameterHandler(m_ours);
+    EXPECT_EQ(current(), &someonesHandler);
+}
+
+TEST_F(InvalidParameterInside, TheGuardTakesTheHandlerOutOnlyIfItStillIsTheLibrarys) {
+    installInvalidParameterHandler(m_ours);
+    { const SetCurrentIPH guard; }
+    EXPECT_EQ(current(), nullptr);
+    { const SetCurrentIPH guard; }
+    EXPECT_EQ(current(), nullptr);
+    _set_invalid_parameter_handler(&someonesHandler);
+    { const SetCurrentIPH guard; }
+    EXPECT_EQ(current(), &someonesHandler);
+}
+
+TEST_F(InvalidParameterInside, TheHandlerWarnsUnlessTheRuntimeTellsNothing) {
+    const TemporaryLog log;
+    m_ours(nullptr, nullptr, nullptr, 7, 0);
+    EXPECT_FALSE(log.exists());
+    m_ours(L"x != 0", L"divide", L"math.cpp", 7, 0);
+    EXPECT_EQ(log.messages(), Texts{"WARN: Invalid parameter detected: math.cpp::divide(7): x != 0"});
+}
+
+TEST_F(InvalidParameterInside, TheHandlerKeepsTheThreadsSilence) {
+    const TemporaryLog log;
+    vorel::Exception::DisableThreadErrorLogging(true);
+    m_ours(L"x != 0", L"divide", L"math.cpp", 7, 0);
+    EXPECT_FALSE(log.exists());
+}
+
+}  // namespace

@@ -1,0 +1,66 @@
+/// \file
+/// Logging before the library's state is created, and after it is gone: only the static form can be asked for it, by
+/// global objects of the program that come first and go last.
+
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+#include <windows.h>
+
+#include "LibraryState.h"
+#include "support/ChildProcess.h"
+#include "support/TemporaryLog.h"
+#include "vorel/exceptions/Exception.h"
+
+namespace {
+
+using Texts = std::vector<std::string>;
+using vorel::Exception;
+
+constexpr wchar_t kSwitch[] = L"--log-first-and-last";
+
+/// Writes to "errors.txt" in the current directory, if the program was started with the switch.
+class FirstAndLast {
+public:
+    FirstAndLast() : m_active(std::wcsstr(GetCommandLineW(), kSwitch) != nullptr) {
+        if (m_active) {
+            Exception::SetErrorLogLocation("errors.txt", 0);
+            logAll("first");
+        }
+    }
+    ~FirstAndLast() {
+        if (m_active) {
+            Exception::SetErrorLogSize(100000);
+            Exception::SetErrorLogLocation("errors.txt", 0);
+            logAll("last");
+        }
+    }
+
+private:
+    static void logAll(const char* when) {
+        const Exception e("%hs, state: %hs", when, vorel::detail::libraryState() ? "there" : "gone");
+        Exception::setDebugTarget("Late", true);
+        Exception::debug("Late", "target: %hs", when);
+        Exception::DisableThreadErrorLogging(true);
+        Exception::warn("%hs, silenced: %d", when, Exception::IsThreadErrorLoggingDisabled());
+        Exception::DisableThreadErrorLogging(false);
+    }
+
+    bool m_active;
+};
+
+// The first number that programs may use: created before the library's own state, and destroyed after it.
+__attribute__((init_priority(101))) const FirstAndLast s_firstAndLast;
+
+TEST(LateLogging, WorksBeforeTheStateIsThereAndAfterItIsGone) {
+    const test::TemporaryFolder folder;
+    EXPECT_EQ(
+        test::runChild(L"vorel_whitebox_tests", {L"--gtest_filter=-*", kSwitch}, {.directory = folder.widePath()}), 0u);
+    EXPECT_EQ(test::readLogMessages(folder.file("errors.txt")),
+              (Texts{"Vorel Error: first, state: there", "DEBUG: Late: target: first", "Vorel Error: last, state: gone",
+                     "WARN: last, silenced: 0"}));
+}
+
+}  // namespace

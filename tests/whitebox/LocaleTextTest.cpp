@@ -1,0 +1,93 @@
+/// \file
+/// Text by the runtime's locale, and the texts that stand for what cannot be converted.
+
+#include "exceptions/LocaleText.h"
+
+#include <clocale>
+#include <string>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using vorel::BaseString;
+using vorel::detail::mbs2wcs;
+using vorel::detail::wcs2mbs;
+
+/// Another locale for the length of a test.
+class LocaleSet {
+public:
+    explicit LocaleSet(const char* name) : m_before(std::setlocale(LC_CTYPE, nullptr)) {
+        m_isSet = std::setlocale(LC_CTYPE, name) != nullptr;
+    }
+    ~LocaleSet() { std::setlocale(LC_CTYPE, m_before.c_str()); }
+
+    LocaleSet(const LocaleSet&) = delete;
+    LocaleSet& operator=(const LocaleSet&) = delete;
+
+    [[nodiscard]] bool isSet() const { return m_isSet; }
+
+private:
+    std::string m_before;
+    bool m_isSet;
+};
+
+std::wstring widened(const char* source) {
+    BaseString<wchar_t> target(L"text before");
+    mbs2wcs(source, target);
+    return std::wstring(target.view());
+}
+
+std::string narrowed(const wchar_t* source) {
+    BaseString<char> target("text before");
+    wcs2mbs(source, target);
+    return std::string(target.view());
+}
+
+TEST(LocaleText, NothingGivesTheEmptyText) {
+    EXPECT_EQ(widened(nullptr), L"");
+    EXPECT_EQ(widened(""), L"");
+    EXPECT_EQ(narrowed(nullptr), "");
+    EXPECT_EQ(narrowed(L""), "");
+}
+
+TEST(LocaleText, AsciiOfAnyLengthIsTheSame) {
+    for (const std::size_t length : {1u, 2u, 7u, 8u, 255u, 256u, 100000u}) {
+        EXPECT_EQ(widened(std::string(length, 'a').c_str()), std::wstring(length, L'a'));
+        EXPECT_EQ(narrowed(std::wstring(length, L'a').c_str()), std::string(length, 'a'));
+    }
+}
+
+TEST(LocaleText, TheCLocaleTakesBytesAsTheyAre) {
+    const LocaleSet locale("C");
+    EXPECT_EQ(widened("\x80\xE9\xFF"), L"\x80\xE9\xFF");
+    EXPECT_EQ(narrowed(L"\x80\xE9\xFF"), "\x80\xE9\xFF");
+}
+
+TEST(LocaleText, TextThatCannotBeConvertedBecomesTheTextOfTheFailure) {
+    const LocaleSet locale("C");
+    EXPECT_EQ(narrowed(L"\x4E00"), "Error in text conversion");
+    EXPECT_EQ(narrowed(L"good until here\x0100"), "Error in text conversion");
+}
+
+TEST(LocaleText, CodePagesWithSeveralBytesForACharacter) {
+    const LocaleSet locale(".932");
+    if (!locale.isSet()) {
+        GTEST_SKIP() << "this system has no code page 932";
+    }
+    EXPECT_EQ(widened("\x88\xEA!"), L"\x4E00!");
+    EXPECT_EQ(narrowed(L"\x4E00\x4E00!"), "\x88\xEA\x88\xEA!");
+    EXPECT_EQ(widened("a lead byte at the end \x88"), L"Error in text conversion");
+}
+
+TEST(LocaleText, Utf8LocalesNeedUpToThreeBytesForAUnit) {
+    const LocaleSet locale(".UTF8");
+    if (!locale.isSet()) {
+        GTEST_SKIP() << "this runtime has no UTF-8 locale";
+    }
+    EXPECT_EQ(narrowed(L"\x20AC\x20AC\x20AC"), "\xE2\x82\xAC\xE2\x82\xAC\xE2\x82\xAC");
+    EXPECT_EQ(widened("\xE2\x82\xAC"), L"\x20AC");
+    EXPECT_EQ(widened("\xFF"), L"Error in text conversion");
+}
+
+}  // namespace
