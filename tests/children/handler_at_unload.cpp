@@ -19,15 +19,8 @@ void __cdecl ownHandler(const wchar_t*, const wchar_t*, const wchar_t*, unsigned
 constexpr char kSetErrorLogLocation[] = "_ZN5vorel9Exception19SetErrorLogLocationEPKcx";
 using SetErrorLogLocation = void (*)(const char*, long long);
 
-}  // namespace
-
-int main(int argc, char** argv) {
-    const bool anothers = argc > 1 && std::strcmp(argv[1], "anothers") == 0;
-    _set_invalid_parameter_handler(nullptr);  // the one of the compiler's start-up code
-    const HMODULE library = LoadLibraryW(L"vorelCore.dll");
-    if (!library) {
-        return 1;
-    }
+/// The number of the step that went wrong, or 0.
+int useLibrary(HMODULE library, bool anothers) {
     if (_get_invalid_parameter_handler()) {
         return 2;  // loading alone installs nothing
     }
@@ -45,7 +38,23 @@ int main(int argc, char** argv) {
     if (anothers) {
         _set_invalid_parameter_handler(&ownHandler);
     }
+    return 0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    const bool anothers = argc > 1 && std::strcmp(argv[1], "anothers") == 0;
+    _set_invalid_parameter_handler(nullptr);  // the one of the compiler's start-up code
+    const HMODULE library = LoadLibraryW(L"vorelCore.dll");
+    if (!library) {
+        return 1;
+    }
+    const int wrongStep = useLibrary(library, anothers);
     FreeLibrary(library);
+    if (wrongStep != 0) {
+        return wrongStep;
+    }
     if (GetModuleHandleW(L"vorelCore.dll")) {
         return 5;
     }
