@@ -1,0 +1,172 @@
+#include "vorel/values/NumberFormatting.h"
+
+#include <bit>
+#include <cmath>
+#include <cstdint>
+#include <limits>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "support/GuardedBuffer.h"
+
+namespace {
+
+using namespace vorel;
+using util::FO_Default;
+using util::FO_JSON;
+using util::FormattingOptions;
+
+constexpr double kInfinite = std::numeric_limits<double>::infinity();
+
+double fromBits(std::uint64_t bits) {
+    return std::bit_cast<double>(bits);
+}
+
+struct Row {
+    double value;
+    std::string plain;
+    std::string json;
+};
+
+const std::vector<Row>& rows() {
+    static const std::vector<Row> s_rows = {
+        {0.0, "0", "0"},
+        {-0.0, "0", "0"},
+        {1e20, "1e+020", "1.0e+020"},
+        {123.456, "123.456", "123.456"},
+        {0.1, "0.1", "0.1"},
+        {-0.1, "-0.1", "-0.1"},
+        {1234567890123456789.0, "1.23456789012346e+018", "1.23456789012346e+018"},
+        {0.05, "5.e-002", "5.0e-002"},
+        {0.012, "1.2e-002", "1.2e-002"},
+        {1e-7, "1.e-007", "1.0e-007"},
+        {-1e-7, "-1.e-007", "-1.0e-007"},
+        {0.09999999999999999, "1.e-001", "1.0e-001"},
+        {1e15, "1e+015", "1.0e+015"},
+        {999999999999999.0, "999999999999999", "999999999999999"},
+        {1e100, "1e+100", "1.0e+100"},
+        {5e-324, "4.94065645841247e-324", "4.94065645841247e-324"},
+        {std::numeric_limits<double>::max(), "1.79769313486232e+308", "1.79769313486232e+308"},
+        // An exact tie goes to the even digit from 0.1 on, and away from zero below.
+        {-22351530439513.25, "-22351530439513.2", "-22351530439513.2"},
+        {22351530439513.75, "22351530439513.8", "22351530439513.8"},
+        {std::ldexp(1.0, -22), "2.38418579101563e-007", "2.38418579101563e-007"},
+        {kInfinite, "Inf", "\"Infinity\""},
+        {-kInfinite, "-Inf", "\"-Infinity\""},
+        {fromBits(0x7FF80000000007A2), "NA", "\"NA\""},
+        {fromBits(0xFFF80000000007A2), "NA", "\"NA\""},
+        {std::numeric_limits<double>::quiet_NaN(), "NaN", "\"NaN\""},
+        {fromBits(0x7FF80000000007A3), "NaN", "\"NaN\""},
+    };
+    return s_rows;
+}
+
+std::string narrow(double value, FormattingOptions options) {
+    test::GuardedBuffer<char> buffer(64);
+    EXPECT_EQ(util::doubleToString(value, buffer.data(), 64, options), buffer.data());
+    EXPECT_TRUE(buffer.isIntact());
+    return buffer.data();
+}
+
+std::wstring wide(double value, FormattingOptions options) {
+    test::GuardedBuffer<wchar_t> buffer(64);
+    EXPECT_EQ(util::doubleToString(value, buffer.data(), 64, options), buffer.data());
+    EXPECT_TRUE(buffer.isIntact());
+    return buffer.data();
+}
+
+std::wstring widened(const std::string& text) {
+    return {text.begin(), text.end()};
+}
+
+TEST(NumberFormatting, DoubleToString_HasOneForm) {
+    for (const Row& row : rows()) {
+        EXPECT_EQ(narrow(row.value, FO_Default), row.plain);
+        EXPECT_EQ(narrow(row.value, FO_JSON), row.json);
+        EXPECT_EQ(wide(row.value, FO_Default), widened(row.plain));
+        EXPECT_EQ(wide(row.value, FO_JSON), widened(row.json));
+    }
+}
+
+TEST(NumberFormatting, DoubleToString_CutsWordsAndLargeValuesAndEndsThemAtTheLastPlace) {
+    for (const double value : {123.456, kInfinite, -kInfinite, fromBits(0x7FF80000000007A2)}) {
+        const std::string whole = narrow(value, FO_Default);
+        for (unsigned int size = 1; size <= 64; ++size) {
+            test::GuardedBuffer<char> buffer(size);
+            util::doubleToString(value, buffer.data(), size, FO_Default);
+            EXPECT_TRUE(buffer.isIntact());
+            EXPECT_EQ(buffer.data()[size - 1], 0);
+            EXPECT_EQ(std::string(buffer.data()), whole.substr(0, size - 1));
+        }
+    }
+}
+
+TEST(NumberFormatting, DoubleToString_CutsBeforeItBringsTheExponentIntoForm) {
+    test::GuardedBuffer<char> buffer(5);
+    EXPECT_STREQ(util::doubleToString(1e20, buffer.data(), 5, FO_Default), "1e+2");
+    EXPECT_TRUE(buffer.isIntact());
+}
+
+TEST(NumberFormatting, DoubleToString_LeavesAWideTextThatDoesNotFitWithoutATerminator) {
+    const std::wstring whole = L"123.456";
+    for (unsigned int size = 0; size <= 10; ++size) {
+        test::GuardedBuffer<wchar_t> buffer(size);
+        util::doubleToString(123.456, buffer.data(), size, FO_Default);
+        EXPECT_TRUE(buffer.isIntact());
+        const std::size_t copied = std::min<std::size_t>(size, whole.size());
+        EXPECT_EQ(std::wstring(buffer.data(), copied), whole.substr(0, copied));
+        if (size > whole.size()) {
+            EXPECT_EQ(buffer.data()[whole.size()], 0);
+        }
+    }
+    EXPECT_EQ(util::doubleToString(1.0, static_cast<wchar_t*>(nullptr), 64, FO_Default), nullptr);
+}
+
+TEST(NumberFormatting, AppendAddsBehindTheText) {
+    BaseString<wchar_t> text(L"x=");
+    util::appendDouble(text, 0.05);
+    util::appendInteger(text, -2147483647 - 1);
+    util::appendDouble(text, 0.0);
+    EXPECT_EQ(text, L"x=5.e-002-21474836480");
+}
+
+TEST(NumberFormatting, Integers_AreCutAndAlwaysTerminated) {
+    constexpr long long kSmallest = std::numeric_limits<long long>::min();
+    const std::string whole = "-9223372036854775808";
+    for (unsigned int size = 1; size <= 24; ++size) {
+        test::GuardedBuffer<char> buffer(size);
+        test::GuardedBuffer<wchar_t> wideBuffer(size);
+        EXPECT_EQ(util::Int64ToStr(kSmallest, buffer.data(), size), whole.substr(0, size - 1));
+        EXPECT_EQ(util::Int64ToStr(kSmallest, wideBuffer.data(), size), widened(whole.substr(0, size - 1)));
+        EXPECT_TRUE(buffer.isIntact() && wideBuffer.isIntact());
+        EXPECT_EQ(buffer.data()[size - 1], 0);
+    }
+    char buffer[24];
+    EXPECT_STREQ(util::UInt64ToStr(18446744073709551615u, buffer, 24), "18446744073709551615");
+    EXPECT_STREQ(util::UInt64ToStr(0, buffer, 24), "0");
+    EXPECT_EQ(util::Int64ToStr(1, static_cast<char*>(nullptr), 24), nullptr);
+    EXPECT_EQ(util::UInt64ToStr(1, static_cast<wchar_t*>(nullptr), 24), nullptr);
+    std::uint64_t power = 1;
+    for (std::size_t digits = 1; digits < 20; ++digits, power *= 10) {
+        EXPECT_EQ(util::UInt64ToStr(power, buffer, 24), "1" + std::string(digits - 1, '0'));
+        EXPECT_EQ(util::Int64ToStr(-static_cast<long long>(power), buffer, 24), "-1" + std::string(digits - 1, '0'));
+    }
+}
+
+TEST(NumberFormatting, Round_TakesAHalfDown) {
+    const double rounded[][2] = {{0.5, 0.0}, {1.5, 1.0},   {-0.5, -1.0}, {1.6, 2.0},
+                                 {2.5, 2.0}, {-2.5, -3.0}, {3.0, 3.0},   {-1.4, -1.0}};
+    for (const auto& [value, expected] : rounded) {
+        EXPECT_EQ(util::round(value), expected) << value;
+    }
+}
+
+TEST(NumberFormatting, DoubleHashCode_RunsOverTheBytes) {
+    EXPECT_EQ(util::doubleHashCode(0.0), 0u);
+    EXPECT_EQ(util::doubleHashCode(1.0), 7503u);
+    EXPECT_EQ(util::doubleHashCode(-0.0), 128u);
+}
+
+}  // namespace
