@@ -179,7 +179,9 @@ public:
 
     /// Sets the file (at most 1023 bytes of its path, in the process's narrow code page; null or empty: the default
     /// file "C:\TalvenorError.txt") and, if `size` is 1 or more, the size limit. The first call installs the handler
-    /// that reports invalid parameters of the runtime's functions as warnings, unless the program has one.
+    /// that reports invalid parameters of the runtime's functions as warnings, unless the program has one. The
+    /// start-up code of mingw-w64 installs one of its own: a program built with it has to take that out first
+    /// (`_set_invalid_parameter_handler(nullptr)`) to get the warnings.
     ///
     /// A wide path is converted by the current locale. One that cannot be converted sets the text of the failure,
     /// "Error in text conversion", as the path: the log then is a file of that name in the current directory.
