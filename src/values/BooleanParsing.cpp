@@ -17,6 +17,7 @@ namespace {
 
 struct Word {
     std::string_view text;
+    // cppcheck-suppress unusedStructMember; it is read through an iterator
     bool value;
 };
 
