@@ -10,7 +10,10 @@
 
 namespace {
 
-using namespace vorel;
+using vorel::Array;
+using vorel::BaseString;
+using vorel::Exception;
+namespace util = vorel::util;
 using Wides = std::vector<std::wstring>;
 using Strings = Array<BaseString<wchar_t>>;
 
@@ -119,7 +122,12 @@ TEST(Joining, QuotesWhatHoldsTheDelimiterOrAQuote) {
 }
 
 TEST(Comparing, StrcmpAdvanced_FollowsItsFlags) {
-    using namespace util;
+    using util::SCMP_IgnoreCase;
+    using util::SCMP_Numeric;
+    using util::SCMP_Reverse;
+    using util::SCMP_SlashesEqual;
+    using util::strcmpAdvanced;
+    using util::strcmpAdvFlag;
     EXPECT_LT(strcmpAdvanced(L"file9", L"file10", SCMP_Numeric), 0);
     EXPECT_GT(strcmpAdvanced(L"file9", L"file10", strcmpAdvFlag{}), 0);
     EXPECT_EQ(strcmpAdvanced(L"a/b", L"A\\B", SCMP_IgnoreCase | SCMP_SlashesEqual), 0);

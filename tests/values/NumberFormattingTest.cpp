@@ -13,7 +13,8 @@
 
 namespace {
 
-using namespace vorel;
+using vorel::BaseString;
+namespace util = vorel::util;
 using util::FO_Default;
 using util::FO_JSON;
 using util::FormattingOptions;
@@ -31,7 +32,7 @@ struct Row {
 };
 
 const std::vector<Row>& rows() {
-    static const std::vector<Row> s_rows = {
+    static const std::vector<Row> kRows = {
         {0.0, "0", "0"},
         {-0.0, "0", "0"},
         {1e20, "1e+020", "1.0e+020"},
@@ -60,7 +61,7 @@ const std::vector<Row>& rows() {
         {std::numeric_limits<double>::quiet_NaN(), "NaN", "\"NaN\""},
         {fromBits(0x7FF80000000007A3), "NaN", "\"NaN\""},
     };
-    return s_rows;
+    return kRows;
 }
 
 std::string narrow(double value, FormattingOptions options) {
