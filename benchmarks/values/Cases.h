@@ -1,0 +1,15 @@
+/// \file
+/// The cases of the values' family, a function for each file of them.
+#pragma once
+
+#include "support/Frame.h"
+
+namespace bench {
+
+void parseIntegers(Family& family);
+void parseDoubles(Family& family);
+void formatDoubles(Family& family);
+void formatIntegers(Family& family);
+void splitJoinAndCompare(Family& family);
+
+}  // namespace bench

@@ -1,0 +1,11 @@
+#include "Cases.h"
+
+int main(int argc, char** argv) {
+    bench::Family family(argc, argv);
+    bench::parseIntegers(family);
+    bench::parseDoubles(family);
+    bench::formatDoubles(family);
+    bench::formatIntegers(family);
+    bench::splitJoinAndCompare(family);
+    return family.finish();
+}
