@@ -1,5 +1,6 @@
 #include "vorel/values/NumberParsing.h"
 
+#include "kernels/DecimalScanner.h"
 #include "kernels/NumberScanner.h"
 
 namespace vorel::util {
@@ -19,17 +20,23 @@ using kernels::takeExponent;
 using kernels::takeHex;
 using kernels::takeInteger;
 using kernels::takeMantissa;
+using kernels::takeShortDecimal;
 using kernels::takeSign;
 using kernels::takeZeroFraction;
+
+template <class T, class End>
+void storeEnd(const T* place, End** end) noexcept {
+    if (end) {
+        *end = const_cast<End*>(place);  // NOLINT(cppcoreguidelines-pro-type-const-cast): the caller's own text
+    }
+}
 
 /// Runs `scan` over a text, and stores where it stopped.
 template <class T, class End, class Scan>
 auto scanned(const T* text, End** end, Scan&& scan) noexcept {
     using Value = decltype(scan(text));
     const Value value = text ? scan(text) : Value{};
-    if (end) {
-        *end = const_cast<End*>(text);  // NOLINT(cppcoreguidelines-pro-type-const-cast): the caller's own text
-    }
+    storeEnd(text, end);
     return value;
 }
 
@@ -44,7 +51,7 @@ int hex(const T* text, T** end) noexcept {
 }
 
 template <class T>
-double decimal(const T* text, T** end) noexcept {
+[[gnu::noinline]] double decimalStepByStep(const T* text, T** end) noexcept {
     return scanned(text, end, [](const T*& place) {
         const T* const start = place;
         skipSpaces(place);
@@ -56,6 +63,16 @@ double decimal(const T* text, T** end) noexcept {
         }
         return scaled(mantissa, takeExponent(place), negative);
     });
+}
+
+template <class T>
+double decimal(const T* text, T** end) noexcept {
+    double value = 0;
+    if (text && takeShortDecimal(text, value)) {
+        storeEnd(text, end);
+        return value;
+    }
+    return decimalStepByStep(text, end);
 }
 
 template <class T>
@@ -84,7 +101,7 @@ bool tryDouble(const T* text, double& value) noexcept {
     if (mantissa.digits == 0) {
         return false;
     }
-    value = mantissaValue(mantissa);
+    value = mantissaValue(mantissa.used);
     const Exponent exponent = takeExponent(text);
     if (exponent.hasMarker && exponent.value == 0) {
         return false;
