@@ -67,6 +67,16 @@ constexpr bool roundsUp(int comparison, std::uint64_t digits, Tie tie) noexcept 
     return tie == Tie::AwayFromZero || digits % 2 != 0;
 }
 
+/// The decimal exponent of a value, or one less: log10(2) times an approximation of log2 from below, which between two
+/// powers of two follows the straight line.
+constexpr int estimateExponent(int log2, std::uint64_t normalized) noexcept {
+    constexpr unsigned int kFractionBits = 20;
+    constexpr std::int64_t kLog10Of2 = 1292913986;  // times 2^32, cut off
+    const std::uint64_t fraction = (normalized << 1) >> (64 - kFractionBits);
+    const std::int64_t approximation = (std::int64_t{log2} << kFractionBits) + static_cast<std::int64_t>(fraction);
+    return static_cast<int>(approximation * kLog10Of2 >> (32 + kFractionBits));
+}
+
 /// The digits of a positive finite value.
 ///
 /// The value is scaled by a power of ten that brings it to fifteen digits before the point, in 128 bits. The product is
@@ -77,29 +87,26 @@ constexpr DecimalDigits decimalDigits(double value, Tie tie) noexcept {
     const int leadingZeros = std::countl_zero(parts.significand);
     const std::uint64_t normalized = parts.significand << leadingZeros;
     const int log2 = parts.exponent + 63 - leadingZeros;
-    // log10(2) is 0.30103 to within 5e-8, so the estimate is the exponent, or one less.
-    int exponent = (log2 * 30103) / 100000 - (log2 < 0 ? 1 : 0);
-    for (;;) {
+    for (int exponent = estimateExponent(log2, normalized);; ++exponent) {
         const int power = kFractionDigits - exponent;
         const PowerOfTen& scale = powerOfTen(power);
         const Product upper = multiplyWide(normalized, scale.high);
         const std::uint64_t carried = multiplyWide(normalized, scale.low).high;
         const std::uint64_t middle = upper.low + carried;
         const std::uint64_t high = upper.high + (middle < carried ? 1 : 0);
-        // Bits before the point: the product of the two mantissas has its unit at 2^0 of `w`, 192 bits wide.
+        // Bits before the point: the product has 192 bits, and log2 and the power say where its highest one stands.
         const int whole = 192 + scale.exponent + log2 - 63;
         std::uint64_t digits = high >> (64 - whole);
         if (digits >= kDigitsLimit) {
-            ++exponent;
-            continue;
+            continue;  // the estimate was one less
         }
         const std::uint64_t fraction = high << whole | middle >> (64 - whole);
         constexpr std::uint64_t kHalf = std::uint64_t{1} << 63;
-        int comparison = fraction < kHalf ? -1 : 1;
         if (fraction == kHalf || fraction == kHalf - 1) {
-            comparison = compareWithHalf(parts, power, digits);
+            digits += roundsUp(compareWithHalf(parts, power, digits), digits, tie) ? 1u : 0u;
+        } else {
+            digits += fraction >> 63;
         }
-        digits += roundsUp(comparison, digits, tie) ? 1u : 0u;
         if (digits == kDigitsLimit) {
             return {kDigitsLimit / 10, exponent + 1};
         }

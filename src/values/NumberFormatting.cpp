@@ -8,7 +8,8 @@
 #include <cstring>
 #include <string_view>
 
-#include "kernels/DecimalText.h"
+#include "kernels/DoubleText.h"
+#include "kernels/IntegerText.h"
 #include "values/DoubleFormat.h"
 
 namespace vorel::util {
@@ -29,63 +30,76 @@ void copyCut(const T* text, std::size_t length, T* buffer, unsigned long long si
     buffer[size - 1] = 0;
 }
 
-/// The word for a value that has no digits; empty for every other.
+/// The word for a value that is infinite or not a number.
 std::string_view specialWord(double value, bool json) noexcept {
     constexpr std::uint64_t kWithoutSign = 0x7FFFFFFFFFFFFFFF;
     constexpr std::uint64_t kNotAvailable = 0x7FF80000000007A2;
-    if (std::isnan(value)) {
-        const bool notAvailable = (std::bit_cast<std::uint64_t>(value) & kWithoutSign) == kNotAvailable;
-        if (json) {
-            return notAvailable ? "\"NA\"" : "\"NaN\"";
-        }
-        return notAvailable ? "NA" : "NaN";
-    }
     if (std::isinf(value)) {
         if (json) {
             return value < 0 ? "\"-Infinity\"" : "\"Infinity\"";
         }
         return value < 0 ? "-Inf" : "Inf";
     }
-    return {};
+    if ((std::bit_cast<std::uint64_t>(value) & kWithoutSign) == kNotAvailable) {
+        return json ? "\"NA\"" : "NA";
+    }
+    return json ? "\"NaN\"" : "NaN";
+}
+
+/// A value that is neither 0 nor one of those with a word, at a place with room for `kDoubleRoom` characters.
+template <class T>
+T* writeInForm(double value, T* out, FormattingOptions options) noexcept {
+    return kernels::writeDouble(value, options & FO_JSON ? kernels::DoubleForm::Json : kernels::DoubleForm::Plain, out);
+}
+
+bool isSmall(double value) noexcept {
+    return value < 0.1 && value > -0.1;
+}
+
+/// The text of a value in a buffer that may be too small for it: it is cut first, and then brought into form.
+char* writeCut(double value, char* buffer, unsigned long long size, FormattingOptions options) noexcept {
+    char text[kernels::kDoubleRoom];
+    const char* const end = kernels::writeDouble(value, kernels::DoubleForm::Raw, text);
+    const auto length = static_cast<std::size_t>(end - text);
+    if (isSmall(value)) {
+        std::copy_n(text, length, buffer);  // never cut: the callers' buffers have room
+        buffer[length] = 0;
+    } else {
+        copyCut(text, length, buffer, size);
+        if (size == 0) {
+            return buffer;
+        }
+    }
+    return baseutil::makeDoubleFormatConsistent(buffer, size, options);
+}
+
+/// Writes a 64-bit number at a place with room for `kMostIntegerCharacters`, and returns the end.
+template <class T>
+T* writeSigned(std::uint64_t magnitude, bool negative, T* out) noexcept {
+    *out = '-';
+    return kernels::writeInteger(magnitude, out + (negative ? 1 : 0));
+}
+
+std::uint64_t magnitudeOf(long long value) noexcept {
+    const auto bits = static_cast<std::uint64_t>(value);
+    return value < 0 ? 0 - bits : bits;
 }
 
 template <class T>
 T* integerToString(std::uint64_t magnitude, bool negative, T* buffer, unsigned long long size) noexcept {
-    if (buffer) {
-        T text[kernels::kMostIntegerDigits + 1];
-        T* const end = std::end(text);
-        T* begin = kernels::writeIntegerBackwards(magnitude, end);
-        if (negative) {
-            *--begin = '-';
-        }
-        copyCut(begin, static_cast<std::size_t>(end - begin), buffer, size);
+    if (!buffer) {
+        return nullptr;
+    }
+    if (size > kernels::kMostIntegerCharacters) {
+        *writeSigned(magnitude, negative, buffer) = 0;
+        buffer[size - 1] = 0;
+    } else {
+        T text[kernels::kMostIntegerCharacters];
+        const T* const end = writeSigned(magnitude, negative, text);
+        copyCut(text, static_cast<std::size_t>(end - text), buffer, size);
     }
     return buffer;
 }
-
-template <class T>
-T* signedToString(long long value, T* buffer, unsigned long long size) noexcept {
-    const auto bits = static_cast<std::uint64_t>(value);
-    return integerToString(value < 0 ? 0 - bits : bits, value < 0, buffer, size);
-}
-
-/// The text of a double, wide.
-class WideDouble {
-public:
-    WideDouble(double value, FormattingOptions options) noexcept {
-        char narrow[kWorkCharacters];
-        doubleToString(value, narrow, kWorkCharacters, options);
-        m_length = std::strlen(narrow);
-        std::copy_n(narrow, m_length + 1, m_text);
-    }
-
-    [[nodiscard]] const wchar_t* text() const noexcept { return m_text; }
-    [[nodiscard]] std::size_t length() const noexcept { return m_length; }
-
-private:
-    std::size_t m_length;
-    wchar_t m_text[kWorkCharacters];
-};
 
 }  // namespace
 
@@ -93,46 +107,56 @@ const char* doubleToString(double value, char* buffer, unsigned long long size, 
     if (value == 0.0) {
         buffer[0] = '0';
         buffer[1] = 0;
-        return buffer;
-    }
-    if (const std::string_view word = specialWord(value, (options & FO_JSON) != 0); !word.empty()) {
+    } else if (!std::isfinite(value)) {
+        const std::string_view word = specialWord(value, (options & FO_JSON) != 0);
         copyCut(word.data(), word.size(), buffer, size);
-        return buffer;
+    } else if (size < kernels::kDoubleRoom) {
+        writeCut(value, buffer, size, options);
+    } else {
+        *writeInForm(value, buffer, options) = 0;
+        if (!isSmall(value)) {
+            buffer[size - 1] = 0;
+        }
     }
-    if (!(value >= 0.1) && !(value <= -0.1)) {
-        *kernels::writeDouble(value, buffer) = 0;
-        return baseutil::makeDoubleFormatConsistent(buffer, size, options);
-    }
-    char text[kernels::kMostDoubleCharacters];
-    const char* const end = kernels::writeDouble(value, text);
-    copyCut(text, static_cast<std::size_t>(end - text), buffer, size);
-    return size != 0 ? baseutil::makeDoubleFormatConsistent(buffer, size, options) : buffer;
+    return buffer;
 }
 
 const wchar_t* doubleToString(double value, wchar_t* buffer, unsigned long long size, FormattingOptions options) {
-    if (buffer) {
-        const WideDouble text(value, options);
-        std::copy_n(text.text(), std::min<unsigned long long>(text.length() + 1, size), buffer);
+    if (!buffer) {
+        return nullptr;
+    }
+    if (size >= kernels::kDoubleRoom && value != 0.0 && std::isfinite(value)) {
+        *writeInForm(value, buffer, options) = 0;
+    } else {
+        char text[kWorkCharacters];
+        doubleToString(value, text, kWorkCharacters, options);
+        std::copy_n(text, std::min<unsigned long long>(std::strlen(text) + 1, size), buffer);
     }
     return buffer;
 }
 
 void appendDouble(BaseString<wchar_t>& text, double value) {
-    const WideDouble digits(value, FO_Default);
-    text.append(digits.text(), static_cast<unsigned int>(digits.length()));
+    wchar_t characters[kWorkCharacters];
+    if (value != 0.0 && std::isfinite(value)) {
+        const wchar_t* const end = writeInForm(value, characters, FO_Default);
+        text.append(characters, static_cast<unsigned int>(end - characters));
+    } else {
+        text.append(doubleToString(value, characters, kWorkCharacters, FO_Default));
+    }
 }
 
 void appendInteger(BaseString<wchar_t>& text, int value) {
-    wchar_t digits[kernels::kMostIntegerDigits + 2];
-    text.append(signedToString<wchar_t>(value, digits, std::size(digits)));
+    wchar_t characters[kernels::kMostIntegerCharacters];
+    const wchar_t* const end = writeSigned(magnitudeOf(value), value < 0, characters);
+    text.append(characters, static_cast<unsigned int>(end - characters));
 }
 
 const char* Int64ToStr(long long value, char* buffer, unsigned long long size) {
-    return signedToString(value, buffer, size);
+    return integerToString(magnitudeOf(value), value < 0, buffer, size);
 }
 
 const wchar_t* Int64ToStr(long long value, wchar_t* buffer, unsigned long long size) {
-    return signedToString(value, buffer, size);
+    return integerToString(magnitudeOf(value), value < 0, buffer, size);
 }
 
 const char* UInt64ToStr(unsigned long long value, char* buffer, unsigned long long size) {

@@ -1,0 +1,89 @@
+/// \file
+/// Writing a double as decimal text with fifteen significant digits.
+#pragma once
+
+#include <bit>
+#include <cmath>
+#include <cstddef>
+#include <cstdint>
+
+#include <emmintrin.h>
+
+#include "kernels/DecimalDigits.h"
+#include "kernels/DigitBlock.h"
+#include "kernels/DigitCharacters.h"
+
+namespace vorel::kernels {
+
+/// What the mantissa and the exponent of a text look like.
+enum class DoubleForm {
+    Raw,    ///< "1e+20", "1.5e-07", "1.e-07": what a print function gives
+    Plain,  ///< the same with three digits of exponent at least
+    Json,   ///< that, with a digit behind the point of every mantissa: "1.0e+020"
+};
+
+/// Room for every double's text, and for what is written behind it on the way.
+inline constexpr std::size_t kDoubleRoom = 32;
+
+/// Fifteen digits as characters, and how many of them are left without the zeros at the end.
+struct DigitText {
+    explicit DigitText(std::uint64_t digits) noexcept
+        : characters(sixteenDigits(digits * 10)),
+          significant(static_cast<int>(std::bit_width(nonZeroMask(characters)))) {}
+
+    __m128i characters;
+    int significant;
+};
+
+/// Sixteen characters of the digits with a point behind the first `whole` of them, 1 to 15.
+inline __m128i withPoint(__m128i digits, int whole) noexcept {
+    const auto behind = static_cast<std::uint64_t>(15 - whole);
+    const __m128i fromPoint = lastBytes(behind + 1);
+    const __m128i behindPoint = lastBytes(behind);
+    const __m128i point = _mm_and_si128(_mm_andnot_si128(behindPoint, fromPoint), _mm_set1_epi8('.'));
+    const __m128i fraction = _mm_and_si128(_mm_slli_si128(digits, 1), behindPoint);
+    return _mm_or_si128(_mm_or_si128(_mm_andnot_si128(fromPoint, digits), point), fraction);
+}
+
+/// Writes "e+020"; `Raw` has no zero in front of two digits.
+template <class T>
+T* writeExponent(int exponent, DoubleForm form, T* out) noexcept {
+    const auto magnitude = static_cast<unsigned int>(exponent < 0 ? -exponent : exponent);
+    out[0] = 'e';
+    out[1] = exponent < 0 ? '-' : '+';
+    out[2] = static_cast<T>('0' + magnitude / 100);
+    out += form == DoubleForm::Raw && magnitude < 100 ? 2 : 3;
+    out[0] = static_cast<T>('0' + magnitude / 10 % 10);
+    out[1] = static_cast<T>('0' + magnitude % 10);
+    return out + 2;
+}
+
+/// Writes a finite value other than 0, and returns the end; no terminator. From a magnitude of 0.1 on the text is that
+/// of "%.15g", but for the form; below it there is always an exponent, and the point is kept. `out` has room for
+/// `kDoubleRoom` characters.
+template <class T>
+T* writeDouble(double value, DoubleForm form, T* out) noexcept {
+    *out = '-';
+    out += std::signbit(value) ? 1 : 0;
+    value = std::fabs(value);
+    const bool isSmall = value < 0.1;
+    const DecimalDigits decimal = decimalDigits(value, isSmall ? Tie::AwayFromZero : Tie::ToEven);
+    const DigitText text(decimal.digits);
+    if (isSmall || decimal.exponent > kFractionDigits) {
+        const int lonelyDigit = form == DoubleForm::Json ? 3 : isSmall ? 2 : 1;  // "1.0", "1.", "1"
+        storeCharacters(withPoint(text.characters, 1), out);
+        out += text.significant > 1 ? text.significant + 1 : lonelyDigit;
+        return writeExponent(decimal.exponent, form, out);
+    }
+    if (decimal.exponent < 0) {
+        out[0] = '0';
+        out[1] = '.';
+        storeCharacters(text.characters, out + 2);
+        return out + 2 + text.significant;
+    }
+    const int whole = decimal.exponent + 1;
+    storeCharacters(withPoint(text.characters, whole), out);
+    return out + (text.significant > whole ? text.significant + 1 : whole);
+}
+
+}  // namespace vorel::kernels
