@@ -1,9 +1,12 @@
 #include "vorel/values/Joining.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <string_view>
 
+#include "core/StringAccess.h"
+#include "kernels/UnitBlocks.h"
 #include "vorel/core/Protocol.h"
 
 namespace vorel::util {
@@ -32,24 +35,72 @@ bool needsQuotes(std::wstring_view item, std::wstring_view delimiter) noexcept {
     return false;
 }
 
-void append(BaseString<wchar_t>& result, std::wstring_view text) {
-    result.append(text.data(), static_cast<unsigned int>(text.size()));
-}
-
-void appendQuoted(BaseString<wchar_t>& result, std::wstring_view item) {
-    result.append(kQuote);
-    for (std::size_t quote = item.find(kQuote); quote != std::wstring_view::npos; quote = item.find(kQuote)) {
-        append(result, item.substr(0, quote + 1));
-        result.append(kQuote);
-        item.remove_prefix(quote + 1);
-    }
-    append(result, item);
-    result.append(kQuote);
-}
-
 bool isQuotedAlready(std::wstring_view item) noexcept {
     return item.size() > 1 && item.front() == kQuote && item.back() == kQuote;
 }
+
+/// A string that is written unit by unit: how long it is, it is told at the end, and before it grows.
+class Writer {
+public:
+    explicit Writer(BaseString<wchar_t>& text) noexcept : m_text(text) { findPlace(); }
+
+    /// Makes room for `units` more and a terminator.
+    void reserve(std::uint64_t units) {
+        if (units < static_cast<std::uint64_t>(m_end - m_place)) {
+            return;
+        }
+        finish();
+        const std::uint64_t needed = m_text.length() + units;
+        if (needed >= BaseString<wchar_t>::kUnknownLength) {
+            detail::throwMemory(BaseString<wchar_t>::kUnknownLength, sizeof(wchar_t));
+        }
+        const unsigned int before = m_text.length();
+        m_text.reserve(static_cast<unsigned int>(needed), false);
+        detail::StringAccess<wchar_t>::setLength(m_text, before);
+        findPlace();
+    }
+
+    void finish() noexcept {
+        if (m_place) {
+            detail::StringAccess<wchar_t>::setLength(m_text, static_cast<unsigned int>(m_place - m_text.data()));
+        }
+    }
+
+    void write(wchar_t unit) noexcept { *m_place++ = unit; }
+
+    void write(std::wstring_view text) noexcept { m_place = std::copy(text.begin(), text.end(), m_place); }
+
+    /// Writes an item in quotes, its own doubled.
+    void writeQuoted(std::wstring_view item) noexcept {
+        write(kQuote);
+        for (const wchar_t unit : item) {
+            write(unit);
+            if (unit == kQuote) {
+                write(kQuote);
+            }
+        }
+        write(kQuote);
+    }
+
+    /// Writes an item unless it holds a quote or `delimiter`, and says whether it did. The item is all of a string:
+    /// the buffer of one is a whole number of blocks.
+    bool writePlain(std::wstring_view item, wchar_t delimiter) noexcept {
+        const bool isPlain = !kernels::copyAndFind(item.data(), item.size(), kQuote, delimiter, m_place);
+        m_place += isPlain ? item.size() : 0;
+        return isPlain;
+    }
+
+private:
+    void findPlace() noexcept {
+        m_place = m_text.data();
+        m_end = m_place + m_text.capacity();
+        m_place += m_place ? m_text.length() : 0;
+    }
+
+    BaseString<wchar_t>& m_text;
+    wchar_t* m_place = nullptr;
+    wchar_t* m_end = nullptr;
+};
 
 }  // namespace
 
@@ -66,16 +117,25 @@ void multipleStringsToSingleString(const Array<BaseString<wchar_t>>& items, cons
         return;
     }
     const std::wstring_view between = delimiter ? delimiter : L"";
+    Writer writer(result);
     for (const BaseString<wchar_t>& item : items) {
+        const std::wstring_view text = item.view();
+        constexpr std::uint64_t kQuotes = 2;
+        writer.reserve(between.size() + kQuotes + std::uint64_t{2} * text.size() + kernels::kUnitBlock);
         if (&item != items.begin()) {
-            append(result, between);
+            writer.write(between);
         }
-        if (needsQuotes(item.view(), between)) {
-            appendQuoted(result, item.view());
+        if (between.size() == 1) {
+            if (!writer.writePlain(text, between.front())) {
+                writer.writeQuoted(text);
+            }
+        } else if (needsQuotes(text, between)) {
+            writer.writeQuoted(text);
         } else {
-            append(result, item.view());
+            writer.write(text);
         }
     }
+    writer.finish();
 }
 
 BaseString<wchar_t> multipleStringsToSingleString(const Array<BaseString<wchar_t>>& items, const wchar_t* delimiter) {
