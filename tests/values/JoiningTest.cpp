@@ -1,0 +1,111 @@
+#include "vorel/values/Joining.h"
+
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "support/Arrays.h"
+#include "support/RandomText.h"
+#include "support/TextReference.h"
+#include "vorel/values/Splitting.h"
+
+namespace {
+
+using test::stringsOf;
+using test::textsOf;
+using vorel::Array;
+using vorel::BaseString;
+namespace util = vorel::util;
+using Texts = std::vector<std::wstring>;
+
+struct Row {
+    Texts items;
+    const wchar_t* delimiter;
+    std::wstring joined;
+};
+
+TEST(Joining, QuotesWhatHoldsTheDelimiterOrAQuote) {
+    for (const Row& row : {Row{{L"a", L"b,c", L"d\"e"}, L",", L"a,\"b,c\",\"d\"\"e\""}, Row{{L"a", L"b"}, L",", L"a,b"},
+                           Row{{L"\"q\"", L"a"}, L",", L"\"\"\"q\"\"\",a"}, Row{{}, L",", L""}, Row{{L""}, L",", L""},
+                           Row{{L"", L""}, L",", L","}, Row{{L"a", L"b"}, nullptr, L"ab"},
+                           Row{{L"a", L"\""}, L"", L"a\"\"\"\""}, Row{{L"a, b", L"c,d"}, L", ", L"\"a, b\", c,d"}}) {
+        BaseString<wchar_t> result(L"old");
+        util::multipleStringsToSingleString(stringsOf(row.items), row.delimiter, result);
+        EXPECT_EQ(result, row.joined.c_str());
+        EXPECT_EQ(result.length(), row.joined.size());
+        EXPECT_EQ(util::multipleStringsToSingleString(stringsOf(row.items), row.delimiter), row.joined.c_str());
+    }
+}
+
+TEST(Joining, OneItemThatIsQuotedAlreadyIsTakenAsItIs) {
+    for (const Row& row :
+         {Row{{L"\"q\""}, L",", L"\"q\""}, Row{{L"\"\""}, L",", L"\"\""}, Row{{L"\"a\"b\""}, L",", L"\"a\"b\""},
+          Row{{L"\"a,b\""}, L",", L"\"a,b\""}, Row{{L"\""}, L",", L"\"\"\"\""}, Row{{L"\"a"}, L",", L"\"\"\"a\""}}) {
+        EXPECT_EQ(util::multipleStringsToSingleString(stringsOf(row.items), row.delimiter), row.joined.c_str());
+    }
+}
+
+TEST(Joining, TheSearchForTheDelimiterNeverGoesBack) {
+    EXPECT_EQ(util::multipleStringsToSingleString(stringsOf(Texts{L"aab", L"ab", L"xab"}), L"ab"),
+              L"aabab\"ab\"ab\"xab\"");
+    EXPECT_EQ(util::multipleStringsToSingleString(stringsOf(Texts{L"aaab", L"aab"}), L"aab"), L"aaabaab\"aab\"");
+}
+
+TEST(Joining, MakesRoomFor32UnitsOfEachItem) {
+    BaseString<wchar_t> result;
+    util::multipleStringsToSingleString(stringsOf(Texts{L"a", L"b", L"c"}), L",", result);
+    EXPECT_GE(result.capacity(), 3u * 32);
+}
+
+TEST(Joining, ItemsOfEveryLengthAreWhole) {
+    for (std::size_t length = 0; length < 300; ++length) {
+        const std::wstring item(length, L'x');
+        const std::wstring marked = item + L",";
+        EXPECT_EQ(util::multipleStringsToSingleString(stringsOf(Texts{item, marked, item}), L","),
+                  (item + L",\"" + marked + L"\"," + item).c_str());
+    }
+}
+
+/// Texts in which quotes and delimiters are frequent, and lengths on both sides of the room that is made for an item.
+Texts randomItems(test::RandomText& random) {
+    Texts items(random.below(6));
+    for (std::wstring& item : items) {
+        const std::size_t length = random.oneIn(10) ? random.below(200) : random.below(12);
+        item = test::text<wchar_t>(random.from(random.oneIn(2) ? "abcdefgh \xE4" : "ab,\"", length));
+    }
+    return items;
+}
+
+TEST(Joining, RandomItemsAgreeWithTheReference) {
+    test::RandomText random(20261121);
+    BaseString<wchar_t> result;
+    for (int count = 0; count < 30000; ++count) {
+        const Texts items = randomItems(random);
+        const std::wstring delimiter = test::text<wchar_t>(random.from("ab,", random.below(4)));
+        util::multipleStringsToSingleString(stringsOf(items), delimiter.c_str(), result);
+        ASSERT_EQ(std::wstring(result.view()), test::joined(items, delimiter)) << "items " << count;
+    }
+}
+
+TEST(Joining, SplittingGivesTheItemsBack) {
+    test::RandomText random(20261122);
+    for (int count = 0; count < 30000; ++count) {
+        const Texts items = randomItems(random);
+        const BaseString<wchar_t> text = util::multipleStringsToSingleString(stringsOf(items), L",");
+        Array<BaseString<wchar_t>> again;
+        util::singleStringToMultipleStrings(text.c_str(), L",", again, false);
+        Texts wanted = items;
+        const bool isQuotedAlready =
+            items.size() == 1 && items[0].size() > 1 && items[0].front() == L'"' && items[0].back() == L'"';
+        if (isQuotedAlready) {
+            // Taken as it is, and so read as what stands between its quotes, if they are right.
+            wanted = test::splitAtAnyOf(items[0], std::wstring(L","), false);
+        } else if (!wanted.empty() && wanted.back().empty()) {
+            wanted.pop_back();  // an empty item at the end leaves no trace but the delimiter in front of it
+        }
+        ASSERT_EQ(textsOf(again), wanted) << "items " << count;
+    }
+}
+
+}  // namespace

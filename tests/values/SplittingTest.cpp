@@ -1,0 +1,189 @@
+#include "vorel/values/Splitting.h"
+
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "support/Arrays.h"
+#include "support/RandomText.h"
+#include "support/TextReference.h"
+#include "support/Widths.h"
+
+namespace {
+
+using test::texts;
+using test::textsOf;
+using vorel::Array;
+using vorel::BaseString;
+namespace util = vorel::util;
+
+template <class T>
+class Splitting : public ::testing::Test {};
+TYPED_TEST_SUITE(Splitting, test::CharacterTypes, test::CharacterNames);
+
+/// The splitter that knows quotes, under one name for both widths.
+void splitQuoted(const char* text, const char* delimiters, Array<BaseString<char>>& items, bool trim) {
+    util::singleCStringToMultipleCStrings(text, delimiters, items, trim);
+}
+
+void splitQuoted(const wchar_t* text, const wchar_t* delimiters, Array<BaseString<wchar_t>>& items, bool trim) {
+    util::singleStringToMultipleStrings(text, delimiters, items, trim);
+}
+
+using Texts = std::vector<std::string_view>;
+
+TYPED_TEST(Splitting, SplitString_CutsAtTheWholeDelimiter) {
+    struct Row {
+        const char* text;
+        const char* delimiter;
+        Texts parts;
+    };
+    for (const Row& row :
+         {Row{"a::b::", "::", {"a", "b"}}, Row{"a::::b", "::", {"a", "", "b"}}, Row{"abc", "", {"abc"}},
+          Row{"abc", nullptr, {"abc"}}, Row{nullptr, ",", {}}, Row{"", ",", {}}, Row{"", "", {}},
+          Row{",a", ",", {"", "a"}}, Row{",", ",", {""}}, Row{":a:", "::", {":a:"}}, Row{"a:::b", "::", {"a", ":b"}},
+          Row{" a ,\"b,c\"", ",", {" a ", "\"b", "c\""}}}) {
+        Array<BaseString<TypeParam>> parts;
+        util::splitString(test::OptionalText<TypeParam>(row.text).get(),
+                          test::OptionalText<TypeParam>(row.delimiter).get(), parts);
+        EXPECT_EQ(textsOf(parts), texts<TypeParam>(row.parts)) << (row.text ? row.text : "null");
+    }
+}
+
+TYPED_TEST(Splitting, SplitString_AppendsAndMaySplitAPartItself) {
+    Array<BaseString<TypeParam>> parts = test::stringsOf(texts<TypeParam>({"a,b"}));
+    util::splitString(parts[0].c_str(), test::text<TypeParam>(",").c_str(), parts);
+    EXPECT_EQ(textsOf(parts), texts<TypeParam>({"a,b", "a", "b"}));
+}
+
+TYPED_TEST(Splitting, QuotedItemsMayHoldDelimitersAndQuotes) {
+    struct Row {
+        const char* text;
+        bool trim;
+        Texts items;
+    };
+    for (const Row& row :
+         {Row{R"(a,"b,c","d""e")", false, {"a", "b,c", "d\"e"}},
+          Row{R"(a;b,c)", false, {"a", "b", "c"}},  // either delimiter
+          Row{R"("a";"b")", false, {"a", "b"}}, Row{R"("")", false, {""}}, Row{R"("""")", false, {"\""}},
+          Row{R"("a","")", false, {"a", ""}}, Row{",a,,b,", false, {"", "a", "", "b"}},
+          Row{R"(a"b,c"d)", false, {"a\"b", "c\"d"}},  // a quote within an item is an ordinary one
+          Row{"", false, {}}, Row{nullptr, false, {}}}) {
+        Array<BaseString<TypeParam>> items = test::stringsOf(texts<TypeParam>({"old"}));
+        splitQuoted(test::OptionalText<TypeParam>(row.text).get(), test::text<TypeParam>(",;").c_str(), items,
+                    row.trim);
+        EXPECT_EQ(textsOf(items), texts<TypeParam>(row.items)) << (row.text ? row.text : "null");
+    }
+}
+
+TYPED_TEST(Splitting, WrongQuotesAreOrdinaryCharacters) {
+    struct Row {
+        const char* text;
+        Texts items;
+    };
+    for (const Row& row : {Row{R"("ab"x,c)", {"\"ab\"x", "c"}}, Row{R"("ab)", {"\"ab"}}, Row{R"("a,b)", {"\"a", "b"}},
+                           Row{R"(")", {"\""}}, Row{R"(""")", {"\"\"\""}}, Row{R"("a""b,c)", {"\"a\"\"b", "c"}},
+                           Row{R"("a" ,b)", {"\"a\" ", "b"}}, Row{R"(x,"a,"b)", {"x", "\"a", "\"b"}}}) {
+        Array<BaseString<TypeParam>> items;
+        splitQuoted(test::text<TypeParam>(row.text).c_str(), test::text<TypeParam>(",").c_str(), items, false);
+        EXPECT_EQ(textsOf(items), texts<TypeParam>(row.items)) << row.text;
+    }
+}
+
+TYPED_TEST(Splitting, TrimmingTakesBlanksOffBothEndsAlsoOfQuotedItems) {
+    Array<BaseString<TypeParam>> items;
+    const auto comma = test::text<TypeParam>(",");
+    splitQuoted(test::text<TypeParam>(" a\t,\r\nb c\n,\" d \", \"e\" ,  ").c_str(), comma.c_str(), items, true);
+    EXPECT_EQ(textsOf(items), texts<TypeParam>({"a", "b c", "d", "\"e\"", ""}));
+    splitQuoted(test::text<TypeParam>(" a ,b ").c_str(), comma.c_str(), items, false);
+    EXPECT_EQ(textsOf(items), texts<TypeParam>({" a ", "b "}));
+    splitQuoted(test::text<TypeParam>("\xA0x\xA0").c_str(), comma.c_str(), items, true);
+    EXPECT_EQ(textsOf(items), texts<TypeParam>({sizeof(TypeParam) > 1 ? "x" : "\xA0x\xA0"}));
+}
+
+TYPED_TEST(Splitting, NoDelimitersGiveOneItem) {
+    for (const char* none : {"", static_cast<const char*>(nullptr)}) {
+        Array<BaseString<TypeParam>> items;
+        splitQuoted(test::text<TypeParam>("a,b").c_str(), test::OptionalText<TypeParam>(none).get(), items, false);
+        EXPECT_EQ(textsOf(items), texts<TypeParam>({"a,b"}));
+    }
+}
+
+TYPED_TEST(Splitting, TokenizeString_CutsInPlace) {
+    struct Row {
+        const char* text;
+        const char* delimiter;
+        int most;
+        Texts tokens;
+    };
+    for (const Row& row :
+         {Row{"a,b,,c", ",", -1, {"a", "b", "", "c"}}, Row{"a,b,,c", ",", 2, {"a", "b,,c"}},
+          Row{"a,b,,c", ",", 4, {"a", "b", "", "c"}}, Row{"a,b", ",", 9, {"a", "b"}}, Row{"a,b", ",", 0, {"a,b"}},
+          Row{"a,b", ",", 1, {"a,b"}}, Row{"", ",", -1, {""}}, Row{",", ",", -1, {"", ""}},
+          Row{"a,", ",", -1, {"a", ""}}, Row{"a,b", nullptr, -1, {"a,b"}}, Row{"a,b", "", -1, {"a,b"}},
+          Row{"a,;b", ",;", -1, {"a", ";b"}}}) {  // only the first character of the delimiter cuts
+        std::basic_string<TypeParam> text = test::text<TypeParam>(row.text);
+        const std::basic_string<TypeParam> before = text;
+        TypeParam other = 'x';
+        Array<TypeParam*> tokens;
+        tokens.append(&other);
+        EXPECT_EQ(
+            util::tokenizeString(text.data(), test::OptionalText<TypeParam>(row.delimiter).get(), tokens, row.most),
+            static_cast<int>(row.tokens.size()));
+        EXPECT_EQ((std::vector<std::basic_string<TypeParam>>(tokens.begin(), tokens.end())),
+                  texts<TypeParam>(row.tokens));
+        EXPECT_EQ(tokens[0], text.data());
+        for (std::size_t at = 0; at < text.size(); ++at) {
+            EXPECT_TRUE(text[at] == before[at] || (text[at] == 0 && before[at] == row.delimiter[0]));
+        }
+    }
+}
+
+TYPED_TEST(Splitting, TokenizeString_MakesRoomForAllTokensFirst) {
+    std::basic_string<TypeParam> text = test::text<TypeParam>("a,b");
+    Array<TypeParam*> tokens;
+    util::tokenizeString(text.data(), test::text<TypeParam>(",").c_str(), tokens, 37);
+    TypeParam* const* const place = tokens.data();
+    while (tokens.size() < 37) {
+        tokens.append(text.data());
+    }
+    EXPECT_EQ(tokens.data(), place);
+}
+
+TYPED_TEST(Splitting, TokenizeString_OfNullHasNoToken) {
+    TypeParam other = 'x';
+    Array<TypeParam*> tokens;
+    tokens.append(&other);
+    EXPECT_EQ(util::tokenizeString(static_cast<TypeParam*>(nullptr), test::text<TypeParam>(",").c_str(), tokens, -1),
+              0);
+    EXPECT_TRUE(tokens.empty());
+}
+
+TYPED_TEST(Splitting, RandomTextsAgreeWithTheReference) {
+    test::RandomText random(20261121);
+    for (int count = 0; count < 20000; ++count) {
+        const auto text = test::text<TypeParam>(random.from("ab,;\"\" \t\xA0", random.below(20)));
+        const auto delimiters = test::text<TypeParam>(random.from(",;a\" ", random.below(4)));
+        const bool trim = random.oneIn(2);
+        Array<BaseString<TypeParam>> parts;
+        util::splitString(text.c_str(), delimiters.c_str(), parts);
+        EXPECT_EQ(textsOf(parts), test::splitAtText(text, delimiters));
+        splitQuoted(text.c_str(), delimiters.c_str(), parts, trim);
+        EXPECT_EQ(textsOf(parts), test::splitAtAnyOf(text, delimiters, trim));
+        const int most = static_cast<int>(random.below(6)) - 1;
+        std::basic_string<TypeParam> cut = text;
+        Array<TypeParam*> tokens;
+        util::tokenizeString(cut.data(), delimiters.c_str(), tokens, most);
+        // Put together again with the character that was cut at, the tokens are the text.
+        std::basic_string<TypeParam> again;
+        for (TypeParam* const token : tokens) {
+            again += (again.empty() && token == cut.data() ? std::basic_string<TypeParam>() : delimiters.substr(0, 1)) +
+                     token;
+        }
+        EXPECT_EQ(again, text);
+        ASSERT_FALSE(this->HasFailure()) << "text " << count;
+    }
+}
+
+}  // namespace
