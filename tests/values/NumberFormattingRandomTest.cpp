@@ -1,0 +1,150 @@
+// A million doubles of every kind, and integers of every length, against texts made from exact digits.
+
+#include <bit>
+#include <charconv>
+#include <cmath>
+#include <cstdint>
+#include <limits>
+#include <ostream>
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "support/DoubleTextReference.h"
+#include "support/RandomText.h"
+#include "vorel/values/NumberFormatting.h"
+
+namespace {
+
+namespace util = vorel::util;
+using test::RandomText;
+
+constexpr std::uint64_t kSeed = 20261121;
+constexpr std::size_t kRoom = 64;
+
+double ofBits(std::uint64_t bits) {
+    return std::bit_cast<double>(bits);
+}
+
+std::uint64_t bitsOf(double value) {
+    return std::bit_cast<std::uint64_t>(value);
+}
+
+/// One of the doubles around `value`, up to three places away.
+double neighbour(double value, RandomText& random) {
+    return ofBits(bitsOf(value) + random.below(7) - 3);
+}
+
+double decimal(RandomText& random) {
+    const std::string digits = random.digits(1 + random.below(17));
+    const int exponent = static_cast<int>(random.below(45)) - 30;
+    return std::strtod((digits + "e" + std::to_string(exponent)).c_str(), nullptr);
+}
+
+double powerOfTen(RandomText& random) {
+    const int exponent = static_cast<int>(random.below(632)) - 323;
+    return neighbour(std::strtod(("1e" + std::to_string(exponent)).c_str(), nullptr), random);
+}
+
+double powerOfTwo(RandomText& random) {
+    return neighbour(std::ldexp(1.0, static_cast<int>(random.below(2098)) - 1074), random);
+}
+
+/// A value with sixteen digits, the last of them a 5: an odd number over a power of two. Those over 2^17 and above lie
+/// below 0.1.
+double tie(RandomText& random) {
+    const int twos = 1 + static_cast<int>(random.below(22));
+    double least = 1e15;
+    for (int two = 0; two < twos; ++two) {
+        least /= 5;
+    }
+    const auto first = static_cast<std::uint64_t>(std::ceil(least));
+    const std::uint64_t odd = (first + random.bits() % (first * 9)) | 1;
+    return odd < std::uint64_t{1} << 53 ? std::ldexp(static_cast<double>(odd), -twos) : 0;
+}
+
+/// A value with seventeen digits, the last of them a 5 and a 0.
+double largeTie(RandomText& random) {
+    return static_cast<double>((100000000000000 + random.bits() % 80000000000000) * 100 + 50);
+}
+
+struct Kind {
+    const char* name;
+    int count;
+    double (*next)(RandomText&);
+};
+
+void PrintTo(const Kind& kind, std::ostream* out) {
+    *out << kind.name;
+}
+
+class NumberFormattingRandom : public ::testing::TestWithParam<Kind> {};
+
+TEST_P(NumberFormattingRandom, TextsAreThoseOfTheExactDigits) {
+    RandomText random(kSeed);
+    char narrow[kRoom];
+    wchar_t wide[kRoom];
+    for (int count = 0; count < GetParam().count; ++count) {
+        const double magnitude = GetParam().next(random);
+        const double value = random.oneIn(2) ? magnitude : -magnitude;
+        if (value == 0 || !std::isfinite(value)) {
+            continue;
+        }
+        for (const bool json : {false, true}) {
+            const auto options = json ? util::FO_JSON : util::FO_Default;
+            const std::string wanted = test::textOfDouble(value, json);
+            ASSERT_EQ(util::doubleToString(value, narrow, kRoom, options), wanted)
+                << "bits " << bitsOf(value) << ", value " << count << " of seed " << kSeed;
+            ASSERT_EQ(util::doubleToString(value, wide, kRoom, options), std::wstring(wanted.begin(), wanted.end()));
+        }
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Kinds, NumberFormattingRandom,
+    ::testing::Values(Kind{"Bits", 150000, [](RandomText& random) { return ofBits(random.bits() >> 1); }},
+                      Kind{"Decimals", 200000, decimal},
+                      Kind{"Integers", 200000,
+                           [](RandomText& random) { return static_cast<double>(random.bits() >> random.below(64)); }},
+                      Kind{"PowersOfTen", 100000, powerOfTen}, Kind{"PowersOfTwo", 100000, powerOfTwo},
+                      Kind{"Subnormals", 50000,
+                           [](RandomText& random) { return ofBits(random.bits() >> (12 + random.below(52))); }},
+                      Kind{"Ties", 200000, tie}, Kind{"LargeTies", 50000, largeTie}),
+    [](const ::testing::TestParamInfo<Kind>& test) { return test.param.name; });
+
+TEST(NumberFormattingIntegers, AgreeWithTheStandardLibrary) {
+    RandomText random(kSeed);
+    char narrow[kRoom];
+    wchar_t wide[kRoom];
+    char wanted[kRoom];
+    const auto widened = [&] { return std::wstring(wanted, wanted + std::char_traits<char>::length(wanted)); };
+    for (int count = 0; count < 300000; ++count) {
+        const std::uint64_t bits = random.bits() >> random.below(64);
+        *std::to_chars(wanted, wanted + kRoom, bits).ptr = 0;
+        ASSERT_STREQ(util::UInt64ToStr(bits, narrow, kRoom), wanted);
+        ASSERT_EQ(util::UInt64ToStr(bits, wide, kRoom), widened());
+        const auto value = static_cast<long long>(random.oneIn(2) ? bits : 0 - bits);
+        *std::to_chars(wanted, wanted + kRoom, value).ptr = 0;
+        ASSERT_STREQ(util::Int64ToStr(value, narrow, kRoom), wanted);
+        ASSERT_EQ(util::Int64ToStr(value, wide, kRoom), widened());
+        vorel::BaseString<wchar_t> text;
+        *std::to_chars(wanted, wanted + kRoom, static_cast<int>(value)).ptr = 0;
+        util::appendInteger(text, static_cast<int>(value));
+        ASSERT_EQ(text, widened().c_str());
+    }
+}
+
+TEST(NumberFormattingHash, IsThePolynomialOfTheBytes) {
+    RandomText random(kSeed);
+    for (int count = 0; count < 100000; ++count) {
+        const std::uint64_t bits = random.bits();
+        std::uint32_t wanted = 0;
+        std::uint32_t power = 1;
+        for (int byte = 7; byte >= 0; --byte, power *= 31) {
+            wanted += static_cast<std::uint32_t>(bits >> 8 * byte & 0xFF) * power;
+        }
+        ASSERT_EQ(util::doubleHashCode(ofBits(bits)), wanted) << bits;
+    }
+}
+
+}  // namespace
