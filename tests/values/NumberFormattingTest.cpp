@@ -1,6 +1,7 @@
 #include "vorel/values/NumberFormatting.h"
 
 #include <bit>
+#include <clocale>
 #include <cmath>
 #include <cstdint>
 #include <limits>
@@ -102,6 +103,74 @@ TEST(NumberFormatting, DoubleToString_CutsWordsAndLargeValuesAndEndsThemAtTheLas
             EXPECT_EQ(std::string(buffer.data()), whole.substr(0, size - 1));
         }
     }
+}
+
+TEST(NumberFormatting, DoubleToString_BringsCutTextsIntoForm) {
+    struct Cut {
+        double value;
+        unsigned int size;
+        const char* plain;
+        const char* json;
+    };
+    for (const Cut& cut :
+         {Cut{1e20, 5, "1e+2", "1e+2"}, Cut{1e20, 6, "1e+20", "1e+20"}, Cut{1e20, 7, "1e+020", "1e+020"},
+          Cut{1e20, 8, "1e+020", "1.0e+20"}, Cut{1e20, 9, "1e+020", "1.0e+020"},
+          Cut{1.5e100, 31, "1.5e+100", "1.5e+100"}, Cut{-1.25e20, 5, "-1.2", "-1.2"},
+          Cut{1.25e20, 7, "1.25e+", "1.25e+"}, Cut{1.25e20, 10, "1.25e+020", "1.25e+020"}}) {
+        for (const FormattingOptions options : {FO_Default, FO_JSON}) {
+            test::GuardedBuffer<char> buffer(cut.size);
+            EXPECT_STREQ(util::doubleToString(cut.value, buffer.data(), cut.size, options),
+                         options == FO_JSON ? cut.json : cut.plain)
+                << cut.value << " in " << cut.size;
+            EXPECT_TRUE(buffer.isIntact());
+            EXPECT_EQ(buffer.data()[cut.size - 1], 0);
+        }
+    }
+}
+
+TEST(NumberFormatting, DoubleToString_NeverCutsBelowATenth) {
+    struct Small {
+        double value;
+        unsigned int size;
+        const char* plain;
+        const char* json;
+    };
+    for (const Small& small :
+         {Small{1e-7, 0, "1.e-07", "1.e-07"}, Small{1e-7, 7, "1.e-07", "1.e-07"}, Small{1e-7, 8, "1.e-007", "1.0e-07"},
+          Small{1e-7, 9, "1.e-007", "1.0e-007"}, Small{-0.0625, 1, "-6.25e-02", "-6.25e-02"},
+          Small{1e-300 / 3, 3, "3.33333333333333e-301", "3.33333333333333e-301"}}) {
+        for (const FormattingOptions options : {FO_Default, FO_JSON}) {
+            test::GuardedBuffer<char> buffer(64);
+            EXPECT_STREQ(util::doubleToString(small.value, buffer.data(), small.size, options),
+                         options == FO_JSON ? small.json : small.plain)
+                << small.value << " in " << small.size;
+        }
+    }
+}
+
+TEST(NumberFormatting, DoubleToString_IsTheSameInEverySufficientSize) {
+    for (const double value : {1e20, -1e-20 / 3, 123.456, -123456789012345.0, 1e300 / 3, 0.1, 0.05, 5e-324}) {
+        for (const FormattingOptions options : {FO_Default, FO_JSON}) {
+            const std::string whole = narrow(value, options);
+            for (unsigned int size = 26; size <= 64; ++size) {
+                test::GuardedBuffer<char> buffer(size);
+                test::GuardedBuffer<wchar_t> wideBuffer(size);
+                EXPECT_EQ(util::doubleToString(value, buffer.data(), size, options), whole) << size;
+                EXPECT_EQ(util::doubleToString(value, wideBuffer.data(), size, options), widened(whole)) << size;
+            }
+        }
+    }
+}
+
+TEST(NumberFormatting, DoubleToString_DoesNotAskTheLocale) {
+    for (const char* locale : {"de-DE", "German_Germany", "fr-FR"}) {
+        if (std::setlocale(LC_ALL, locale)) {
+            break;
+        }
+    }
+    EXPECT_EQ(narrow(1.5, FO_Default), "1.5");
+    EXPECT_EQ(wide(1.5e-7, FO_Default), L"1.5e-007");
+    std::setlocale(LC_ALL, "C");
 }
 
 TEST(NumberFormatting, DoubleToString_CutsBeforeItBringsTheExponentIntoForm) {

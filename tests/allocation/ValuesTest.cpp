@@ -1,0 +1,180 @@
+// Lists, splitting, joining and appended numbers under a failing heap; and that nothing else of the values asks it.
+
+#include "allocation/Walker.h"
+#include "support/Arrays.h"
+#include "vorel/exceptions/ExceptionFamily.h"
+#include "vorel/values/BooleanParsing.h"
+#include "vorel/values/Comparing.h"
+#include "vorel/values/Joining.h"
+#include "vorel/values/ListParsing.h"
+#include "vorel/values/NumberFormatting.h"
+#include "vorel/values/NumberParsing.h"
+#include "vorel/values/Splitting.h"
+
+namespace {
+
+using vorel::Array;
+using vorel::BaseString;
+namespace util = vorel::util;
+
+/// Whatever was refused leaves as a MemoryException, and without a refusal the step completes.
+void expectMemoryOrDone(const Trial& trial) {
+    EXPECT_EQ(trial.completed(), !trial.refused());
+    if (!trial.completed()) {
+        EXPECT_EQ(trial.thrown(), typeid(vorel::MemoryException).name());
+    }
+}
+
+const std::wstring kFull(15, L'x');  // fills the smallest buffer but for its terminator
+
+void appendNumber(Trial& trial, void (*append)(BaseString<wchar_t>&), const wchar_t* number) {
+    BaseString<wchar_t> text(kFull.c_str());
+    trial.perform([&] { append(text); });
+    expectMemoryOrDone(trial);
+    EXPECT_EQ(std::wstring(text.view()), trial.completed() ? kFull + number : kFull);
+}
+
+void appendDouble(Trial& trial) {
+    appendNumber(
+        trial, [](BaseString<wchar_t>& text) { util::appendDouble(text, -2.5); }, L"-2.5");
+}
+
+void appendInteger(Trial& trial) {
+    appendNumber(
+        trial, [](BaseString<wchar_t>& text) { util::appendInteger(text, -25); }, L"-25");
+}
+
+void split(Trial& trial) {
+    Array<BaseString<wchar_t>> parts = test::stringsOf<wchar_t>({L"old"});
+    trial.perform([&] { util::splitString(L"a,b,c,d,e,f,g", L",", parts); });
+    expectMemoryOrDone(trial);
+    EXPECT_TRUE(trial.completed() ? parts.size() == 8 : parts.size() < 8);
+    EXPECT_EQ(parts[0], L"old");
+}
+
+void splitQuoted(Trial& trial) {
+    Array<BaseString<wchar_t>> items = test::stringsOf<wchar_t>({L"old"});
+    trial.perform(
+        [&] { util::singleStringToMultipleStrings(L"a,\"b\"\"c\", d ,\"wrong\"x,e,f,g", L",", items, true); });
+    expectMemoryOrDone(trial);
+    EXPECT_EQ(test::textsOf(items),
+              trial.completed() ? (std::vector<std::wstring>{L"a", L"b\"c", L"d", L"\"wrong\"x", L"e", L"f", L"g"})
+                                : std::vector<std::wstring>{L"old"});
+}
+
+void joinInto(Trial& trial) {
+    const std::wstring longer(100, L'y');
+    const Array<BaseString<wchar_t>> items = test::stringsOf<wchar_t>({longer, L"b,c", longer});
+    const std::wstring joined = longer + L",\"b,c\"," + longer;
+    BaseString<wchar_t> result(L"old");
+    trial.perform([&] { util::multipleStringsToSingleString(items, L",", result); });
+    expectMemoryOrDone(trial);
+    if (trial.completed()) {
+        EXPECT_EQ(result, joined.c_str());
+    } else {
+        EXPECT_TRUE(result == L"old" || joined.starts_with(result.view()));
+    }
+}
+
+void joinAnew(Trial& trial) {
+    const Array<BaseString<wchar_t>> items = test::stringsOf<wchar_t>({L"a", L"b"});
+    BaseString<wchar_t> result;
+    trial.perform([&] { result = util::multipleStringsToSingleString(items, L","); });
+    expectMemoryOrDone(trial);
+    EXPECT_EQ(result, trial.completed() ? L"a,b" : L"");
+}
+
+void joinOneQuotedItem(Trial& trial) {
+    const std::wstring quoted = L"\"" + std::wstring(100, L'y') + L"\"";
+    const Array<BaseString<wchar_t>> items = test::stringsOf<wchar_t>({quoted});
+    BaseString<wchar_t> result;
+    trial.perform([&] { util::multipleStringsToSingleString(items, L",", result); });
+    expectMemoryOrDone(trial);
+    EXPECT_EQ(std::wstring(result.view()), trial.completed() ? quoted : std::wstring());
+}
+
+void tokenize(Trial& trial) {
+    wchar_t text[] = L"a,b,c,d,e,f,g";
+    Array<wchar_t*> tokens;
+    trial.perform([&] { util::tokenizeString(text, L",", tokens, -1); });
+    trial.expectMemoryException({{5, 8}, {10, 8}}, {L"vorel::util::tokenizeString: Vorel exception rethrown"});
+    EXPECT_TRUE(trial.completed() ? tokens.size() == 7 : tokens.size() < 7);
+}
+
+template <class Value>
+void readList(Trial& trial, bool (*read)(const wchar_t*, Array<Value>&, bool)) {
+    Array<Value> values;
+    bool result = false;
+    trial.perform([&] { result = read(L"1 2 3 4 5 6 7", values, false); });
+    expectMemoryOrDone(trial);
+    EXPECT_EQ(result, trial.completed());
+    EXPECT_TRUE(trial.completed() ? values.size() == 7 : values.size() < 7);
+}
+
+void readIntegers(Trial& trial) {
+    readList<int>(trial, &util::stringToIntegerArray);
+}
+
+void readDoubles(Trial& trial) {
+    readList<double>(trial, &util::stringToDoubleArray);
+}
+
+void readBooleans(Trial& trial) {
+    readList<bool>(trial, &util::stringToBooleanArray);
+}
+
+void readRanges(Trial& trial) {
+    Array<int> starts;
+    Array<int> ends;
+    trial.perform([&] { util::stringToLongRanges(L"1-2,3,4-,-5,6,7,8", starts, ends); });
+    expectMemoryOrDone(trial);
+    EXPECT_TRUE(trial.completed() ? starts.size() == 7 : starts.size() < 8);
+    EXPECT_TRUE(ends.size() <= starts.size());
+}
+
+INSTANTIATE_TEST_SUITE_P(Values, FailingHeap,
+                         underBothFailures({{"AppendDouble", appendDouble},
+                                            {"AppendInteger", appendInteger},
+                                            {"SplitString", split},
+                                            {"SplitQuoted", splitQuoted},
+                                            {"JoinInto", joinInto},
+                                            {"JoinAnew", joinAnew},
+                                            {"JoinOneQuotedItem", joinOneQuotedItem},
+                                            {"TokenizeString", tokenize},
+                                            {"ReadIntegers", readIntegers},
+                                            {"ReadDoubles", readDoubles},
+                                            {"ReadBooleans", readBooleans},
+                                            {"ReadRanges", readRanges}}),
+                         failingHeapName);
+
+TEST(ValuesHeap, ScannersFormattersAndComparisonsAskForNothing) {
+    int integer = 0;
+    double number = 0;
+    char narrow[64];
+    wchar_t wide[64];
+    heap::arm(1, heap::Failure::FromThenOn);
+    util::stringToInteger(L" -12 ", nullptr, true);
+    util::stringToUInt64("12345678901234567890", nullptr);
+    util::hexToInt(L"ff", nullptr);
+    util::stringToDouble("123456789012345678901234567890.5e-10", nullptr);
+    util::tryStringToInteger(L"12.0", integer);
+    util::tryStringToDouble("1.5e3", number);
+    util::canCoerceToInteger("012", false);
+    util::canCoerceToDouble(L"1.5e3", true);
+    util::stringToBoolean(L"yes", nullptr);
+    util::canCoerceToBoolean("no");
+    util::canCoerceToIntegerArray(L"1 2 3");
+    util::doubleToString(1.5e-7, narrow, 64, util::FO_JSON);
+    util::doubleToString(1e300 / 3, wide, 64, util::FO_Default);
+    util::doubleToString(-1e20, narrow, 5, util::FO_Default);
+    util::Int64ToStr(-5, narrow, 64);
+    util::UInt64ToStr(5, wide, 3);
+    static_cast<void>(util::round(2.5));
+    static_cast<void>(util::doubleHashCode(2.5));
+    util::strcmpAdvanced(L"a007", L"A7", util::SCMP_IgnoreCase | util::SCMP_Numeric);
+    util::stringVersionAtLeast(L"1.2.3", L"1.2");
+    heap::disarm();
+    EXPECT_EQ(heap::requests(), 0u);
+}
+
+}  // namespace

@@ -1,0 +1,75 @@
+#include "kernels/DigitBlock.h"
+
+#include <cstdint>
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "support/PageEdge.h"
+#include "support/RandomText.h"
+#include "support/Widths.h"
+
+namespace {
+
+namespace kernels = vorel::kernels;
+
+template <class T>
+class DigitBlock : public ::testing::Test {};
+TYPED_TEST_SUITE(DigitBlock, test::CharacterTypes, test::CharacterNames);
+
+TYPED_TEST(DigitBlock, TheMaskHasABitForEachDigit) {
+    std::basic_string<TypeParam> text = test::text<TypeParam>("0123456789/:.-\x7F\xB5");
+    EXPECT_EQ(kernels::digitMask(text.data()), 0x03FFu);
+    for (std::uint32_t unit = 0; unit < 1u << 8 * sizeof(TypeParam); ++unit) {
+        const std::basic_string<TypeParam> row(16, static_cast<TypeParam>(unit));
+        ASSERT_EQ(kernels::digitMask(row.data()), unit >= '0' && unit <= '9' ? 0xFFFFu : 0u) << unit;
+    }
+}
+
+TEST(DigitBlockMasks, LeadingDigitsEndAtTheFirstBitThatIsNotSet) {
+    for (unsigned int count = 0; count <= 32; ++count) {
+        const std::uint64_t ones = (std::uint64_t{1} << count) - 1;
+        EXPECT_EQ(kernels::leadingDigits(ones), count);
+        EXPECT_EQ(kernels::leadingDigits(ones | std::uint64_t{2} << count), count);
+    }
+}
+
+TYPED_TEST(DigitBlock, DigitsOfEveryCountHaveTheirValue) {
+    test::RandomText random(20261121);
+    for (int round = 0; round < 2000; ++round) {
+        for (std::uint64_t count = 0; count <= 16; ++count) {
+            const std::string digits = random.digits(count);
+            const auto text = test::text<TypeParam>(random.from("09ax", 16) + digits + "77");
+            const std::uint64_t wanted = count == 0 ? 0 : std::stoull(digits);
+            ASSERT_EQ(kernels::valueOfDigits(text.data() + 16, count), wanted) << digits;
+        }
+    }
+}
+
+TYPED_TEST(DigitBlock, DigitsOnBothSidesOfAPointAreOneNumber) {
+    test::RandomText random(20261121);
+    for (std::uint64_t whole = 0; whole <= 14; ++whole) {
+        for (std::uint64_t fraction = 0; whole + fraction <= 14; ++fraction) {
+            const std::string before = random.digits(whole);
+            const std::string behind = random.digits(fraction);
+            const auto text = test::text<TypeParam>(random.from("09ax", 16) + before + '.' + behind + "77");
+            const std::uint64_t wanted = whole + fraction == 0 ? 0 : std::stoull(before + behind);
+            EXPECT_EQ(kernels::valueAcrossPoint(text.data() + 16, whole, fraction), wanted) << before << '.' << behind;
+        }
+    }
+}
+
+TYPED_TEST(DigitBlock, NoBlockLeavesThePage) {
+    test::PageEdge<TypeParam> edge(4096 / sizeof(TypeParam));
+    const TypeParam* const first = edge.firstElement();
+    for (std::size_t place = 0; place < 4096 / sizeof(TypeParam); ++place) {
+        const bool hasRoom = place >= 16 && place + 32 <= 4096 / sizeof(TypeParam);
+        ASSERT_EQ(kernels::isWithinPage(first + place), hasRoom) << place;
+        if (hasRoom) {  // nothing faults
+            static_cast<void>(kernels::digitMask(first + place + 16));
+            static_cast<void>(kernels::valueOfDigits(first + place, 0));
+        }
+    }
+}
+
+}  // namespace

@@ -1,0 +1,79 @@
+#include "kernels/PowersOfTen.h"
+
+#include <bit>
+#include <cstdint>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+/// A natural number in words of 32 bits, the lowest first.
+class Words {
+public:
+    explicit Words(std::size_t highestBit) : m_words(highestBit / 32 + 1) { m_words.back() = 1u << highestBit % 32; }
+
+    void multiplyByTen() {
+        std::uint64_t carry = 0;
+        for (std::uint32_t& word : m_words) {
+            carry += std::uint64_t{word} * 10;
+            word = static_cast<std::uint32_t>(carry);
+            carry >>= 32;
+        }
+        if (carry != 0) {
+            m_words.push_back(static_cast<std::uint32_t>(carry));
+        }
+    }
+
+    /// Cuts the rest off. Doing so again and again cuts off no more than doing it once for all.
+    void divideByTen() {
+        std::uint64_t rest = 0;
+        for (std::size_t word = m_words.size(); word-- != 0;) {
+            rest = rest << 32 | m_words[word];
+            m_words[word] = static_cast<std::uint32_t>(rest / 10);
+            rest %= 10;
+        }
+        while (m_words.back() == 0) {
+            m_words.pop_back();
+        }
+    }
+
+    [[nodiscard]] int highestBit() const {
+        return static_cast<int>(m_words.size() * 32) - 1 - std::countl_zero(m_words.back());
+    }
+
+    /// Bits `from` down to `from` - 63; those below the number are zeros.
+    [[nodiscard]] std::uint64_t bitsFrom(int from) const {
+        std::uint64_t bits = 0;
+        for (int bit = from; bit > from - 64; --bit) {
+            const bool set = bit >= 0 && (m_words[static_cast<std::size_t>(bit / 32)] >> bit % 32 & 1) != 0;
+            bits = bits << 1 | (set ? 1u : 0u);
+        }
+        return bits;
+    }
+
+private:
+    std::vector<std::uint32_t> m_words;
+};
+
+void expectPower(int power, const Words& number, int unit) {
+    const auto& entry = vorel::kernels::powerOfTen(power);
+    const int top = number.highestBit();
+    EXPECT_EQ(entry.high, number.bitsFrom(top)) << power;
+    EXPECT_EQ(entry.low, number.bitsFrom(top - 64)) << power;
+    EXPECT_EQ(entry.exponent, top - 127 - unit) << power;
+}
+
+TEST(PowersOfTen, AreTheExactPowersCutOffTo128Bits) {
+    Words up(0);
+    for (int power = 0; power <= vorel::kernels::kHighestPowerOfTen; ++power, up.multiplyByTen()) {
+        expectPower(power, up, 0);
+    }
+    constexpr int kUnit = 1600;  // what stands for 1: 128 bits are left of the smallest power, and many more
+    Words down(kUnit);
+    for (int power = 0; power >= vorel::kernels::kLowestPowerOfTen; --power, down.divideByTen()) {
+        expectPower(power, down, kUnit);
+    }
+}
+
+}  // namespace
