@@ -31,11 +31,11 @@ Pass over(const std::vector<Value>& values, Write write) {
     };
 }
 
-constexpr auto kOurDouble = []<class T>(double value, T* buffer) {
+constexpr auto kOurDouble = [](double value, auto* buffer) {
     util::doubleToString(value, buffer, kRoom, util::FO_Default);
 };
 
-constexpr auto kOurInteger = []<class T>(long long value, T* buffer) { util::Int64ToStr(value, buffer, kRoom); };
+constexpr auto kOurInteger = [](long long value, auto* buffer) { util::Int64ToStr(value, buffer, kRoom); };
 
 constexpr auto kToChars = [](auto value, char* buffer) { *std::to_chars(buffer, buffer + kRoom, value).ptr = 0; };
 

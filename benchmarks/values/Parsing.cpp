@@ -1,6 +1,7 @@
 #include <bit>
 #include <charconv>
 #include <cstdlib>
+#include <type_traits>
 
 #include <fast_float/fast_float.h>
 
@@ -26,18 +27,18 @@ Pass over(const Texts<T>& texts, Parse parse) {
     };
 }
 
-constexpr auto kOurInteger = []<class T>(const T* begin, const T*) {
-    T* end = nullptr;
+constexpr auto kOurInteger = [](const auto* begin, const auto*) {
+    std::decay_t<decltype(*begin)>* end = nullptr;
     return static_cast<std::uint64_t>(util::stringToInt64(begin, &end));
 };
 
-constexpr auto kOurInt = []<class T>(const T* begin, const T*) {
-    T* end = nullptr;
+constexpr auto kOurInt = [](const auto* begin, const auto*) {
+    std::decay_t<decltype(*begin)>* end = nullptr;
     return static_cast<std::uint64_t>(util::stringToInt(begin, &end));
 };
 
-constexpr auto kOurDouble = []<class T>(const T* begin, const T*) {
-    T* end = nullptr;
+constexpr auto kOurDouble = [](const auto* begin, const auto*) {
+    std::decay_t<decltype(*begin)>* end = nullptr;
     return std::bit_cast<std::uint64_t>(util::stringToDouble(begin, &end));
 };
 

@@ -102,7 +102,7 @@ void compareTexts(Family& family, const std::vector<std::wstring>& all) {
         text.back() = text.back() >= 'a' ? static_cast<char>(text.back() - 'a' + 'A') : text.back();
         upper.add(text);
     }
-    const auto over = []<class T>(const Texts<T>& a, const Texts<T>& b, auto compare) -> Pass {
+    const auto over = [](const auto& a, const auto& b, auto compare) -> Pass {
         return [&a, &b, compare] {
             std::uint64_t sum = 0;
             for (std::size_t index = 0; index < a.size(); ++index) {

@@ -21,7 +21,7 @@ inline constexpr std::uint64_t kDigitBlock = 16;
 /// The powers of ten that 64 bits hold.
 inline constexpr auto kIntegerPowersOfTen = [] {
     std::array<std::uint64_t, 20> powers = {1};
-    for (std::size_t power = 1; power < powers.size(); ++power) {
+    for (std::size_t power = 1; power != powers.size(); ++power) {
         powers[power] = powers[power - 1] * 10;
     }
     return powers;

@@ -42,7 +42,9 @@ bool isQuotedAlready(std::wstring_view item) noexcept {
 /// A string that is written unit by unit: how long it is, it is told at the end, and before it grows.
 class Writer {
 public:
-    explicit Writer(BaseString<wchar_t>& text) noexcept : m_text(text) { findPlace(); }
+    /// Writes to an empty string.
+    explicit Writer(BaseString<wchar_t>& text) noexcept
+        : m_text(text), m_place(text.data()), m_end(m_place + text.capacity()) {}
 
     /// Makes room for `units` more and a terminator.
     void reserve(std::uint64_t units) {
@@ -57,7 +59,8 @@ public:
         const unsigned int before = m_text.length();
         m_text.reserve(static_cast<unsigned int>(needed), false);
         detail::StringAccess<wchar_t>::setLength(m_text, before);
-        findPlace();
+        m_place = m_text.data() + before;
+        m_end = m_text.data() + m_text.capacity();
     }
 
     void finish() noexcept {
@@ -91,15 +94,9 @@ public:
     }
 
 private:
-    void findPlace() noexcept {
-        m_place = m_text.data();
-        m_end = m_place + m_text.capacity();
-        m_place += m_place ? m_text.length() : 0;
-    }
-
     BaseString<wchar_t>& m_text;
-    wchar_t* m_place = nullptr;
-    wchar_t* m_end = nullptr;
+    wchar_t* m_place;
+    wchar_t* m_end;
 };
 
 }  // namespace

@@ -105,7 +105,7 @@ inline std::string textOfDouble(double value, bool json) {
         return sign + "0." + digits;
     }
     if (!isSmall && decimal.exponent < 15) {
-        const auto whole = static_cast<std::size_t>(decimal.exponent + 1);
+        const auto whole = static_cast<std::size_t>(decimal.exponent) + 1;
         if (digits.size() <= whole) {
             return sign + digits + std::string(whole - digits.size(), '0');
         }

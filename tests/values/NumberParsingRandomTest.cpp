@@ -49,7 +49,7 @@ public:
     std::basic_string<T> foreign(std::basic_string<T> text) {
         if (sizeof(T) > 1 && !text.empty() && m_random.oneIn(8)) {
             T& unit = text[m_random.below(text.size())];
-            unit = static_cast<T>(unit | 0x100u << m_random.below(8));
+            unit = static_cast<T>(static_cast<unsigned int>(unit) | 0x100u << m_random.below(8));
         }
         return text;
     }
