@@ -6,6 +6,7 @@
 #include "exceptions/InvalidParameter.h"
 #include "vorel/core/HashMap.h"
 #include "vorel/sync/CriticalSections.h"
+#include "vorel/text/Base64.h"
 
 namespace vorel::detail {
 
@@ -13,6 +14,7 @@ struct LibraryState {
     static constexpr unsigned int kTableBuckets = 31;
 
     AutoCriticalSection spyLock;
+    bool base64Tables = util::Base64::initializeBase64Tables();
     DebugTargets<char, NoLock> narrowDebugTargets;
     DebugTargets<wchar_t, NoLock> wideDebugTargets;
     HashMap<unsigned long, bool> silencedThreads{kTableBuckets};

@@ -52,6 +52,15 @@ public:
     [[nodiscard]] T* free() const noexcept { return m_array.data() + m_count; }
     [[nodiscard]] unsigned int room() const noexcept { return m_array.allocated() - m_count; }
     void written(std::size_t units) noexcept { m_count += static_cast<unsigned int>(units); }
+    /// Makes room for `units` more.
+    void reserve(std::size_t units) {
+        m_array.setCount(m_count);
+        const std::size_t needed = m_count + units;
+        if (needed > 0xFFFFFFFFu) {
+            detail::throwMemory(0xFFFFFFFFu, sizeof(T));
+        }
+        m_array.reserve(static_cast<unsigned int>(needed), true);
+    }
     void append(const T* block, std::size_t units) {
         const auto count = static_cast<unsigned int>(units);
         m_array.setCount(m_count);

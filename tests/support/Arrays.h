@@ -18,6 +18,13 @@ std::vector<T> valuesOf(const vorel::Array<T>& array) {
 }
 
 template <class T>
+vorel::Array<T> arrayOf(const std::vector<T>& values) {
+    vorel::Array<T> array;
+    array.append(values.data(), static_cast<unsigned int>(values.size()));
+    return array;
+}
+
+template <class T>
 std::vector<std::basic_string<T>> textsOf(const vorel::Array<vorel::BaseString<T>>& strings) {
     std::vector<std::basic_string<T>> result;
     for (const vorel::BaseString<T>& string : strings) {

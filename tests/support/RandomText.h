@@ -7,6 +7,7 @@
 #include <random>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace test {
 
@@ -29,6 +30,14 @@ public:
     }
 
     std::string digits(std::size_t count) { return from("0123456789", count); }
+
+    std::vector<unsigned char> bytes(std::size_t count) {
+        std::vector<unsigned char> bytes(count);
+        for (unsigned char& byte : bytes) {
+            byte = static_cast<unsigned char>(this->bits());
+        }
+        return bytes;
+    }
 
 private:
     std::mt19937_64 m_engine;

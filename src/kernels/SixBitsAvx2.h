@@ -1,0 +1,25 @@
+/// \file
+/// The kernels of SixBits.h with AVX2, for processors that have it (Processor.h says so).
+#pragma once
+
+#include <cstddef>
+
+#include "kernels/SixBits.h"
+
+namespace vorel::kernels {
+
+/// Encodes groups of three among `count` bytes while whole blocks can be read, and returns how many bytes that were;
+/// four characters have been written for each three of them.
+std::size_t encodeSixBitsAvx2(const unsigned char* bytes, std::size_t count, const char* alphabet, char* out) noexcept;
+std::size_t encodeSixBitsAvx2(const unsigned char* bytes, std::size_t count, const char* alphabet,
+                              wchar_t* out) noexcept;
+
+/// Decodes plain characters in blocks of 32 up to the first block that has another one or could not be read without
+/// reaching into the next page, at most `blocks` of them, and returns how many. Behind the 24 bytes of the last block
+/// eight more are written. The text need not have a whole block left.
+std::size_t decodeSixBitsAvx2(const char* text, std::size_t blocks, const SixBitValues& values,
+                              unsigned char* out) noexcept;
+std::size_t decodeSixBitsAvx2(const wchar_t* text, std::size_t blocks, const SixBitValues& values,
+                              unsigned char* out) noexcept;
+
+}  // namespace vorel::kernels

@@ -1,0 +1,111 @@
+/// \file
+/// Binary-to-text encodings once more, bit by bit.
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace test {
+
+using Bytes = std::vector<unsigned char>;
+
+inline constexpr std::string_view kBase64Characters =
+    "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+inline constexpr std::string_view kDaylightCharacters =
+    ".+0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz";
+
+/// The bits of the bytes, the highest of each first, as characters 0 and 1.
+inline std::string bitsOf(const Bytes& bytes) {
+    std::string bits;
+    for (const unsigned char byte : bytes) {
+        for (int bit = 7; bit >= 0; --bit) {
+            bits += (byte >> bit & 1) != 0 ? '1' : '0';
+        }
+    }
+    return bits;
+}
+
+/// One character for each six bits, the last ones filled up with zeros.
+inline std::string charactersOf(std::string bits, std::string_view alphabet) {
+    std::string text;
+    bits.resize((bits.size() + 5) / 6 * 6, '0');
+    for (std::size_t at = 0; at < bits.size(); at += 6) {
+        text += alphabet[std::stoul(bits.substr(at, 6), nullptr, 2)];
+    }
+    return text;
+}
+
+inline std::string base64Of(const Bytes& bytes) {
+    std::string text = charactersOf(bitsOf(bytes), kBase64Characters);
+    while (text.size() % 4 != 0) {
+        text += '=';
+    }
+    return text;
+}
+
+inline std::string daylightOf(const Bytes& bytes) {
+    const std::size_t rest = bytes.size() % 3;
+    Bytes filled = bytes;
+    filled.resize((bytes.size() + 2) / 3 * 3);
+    return charactersOf(bitsOf(filled), kDaylightCharacters) + std::to_string(rest == 0 ? 3 : rest);
+}
+
+/// What a decoder gives: its bytes, its result, and whether a unit above 255 made it throw.
+struct Decoding {
+    Bytes bytes;
+    int result = 0;
+    bool threw = false;
+};
+
+/// Four characters at a time from what is left of the text without its breaks; `units` up to the terminator.
+inline Decoding fromBase64(const std::vector<unsigned int>& units) {
+    Decoding decoding;
+    std::vector<unsigned int> rest;
+    for (const unsigned int unit : units) {
+        if (unit != '\t' && unit != '\n' && unit != '\r' && unit != ' ') {
+            rest.push_back(unit);
+        }
+    }
+    for (std::size_t at = 0; at < rest.size(); at += 4) {
+        std::string bits;
+        bool valid = true;
+        for (std::size_t character = at; character < at + 4; ++character) {
+            const unsigned int unit = character < rest.size() ? rest[character] : 0;
+            if (unit > 255) {
+                decoding.threw = true;
+                return decoding;
+            }
+            const std::size_t value = unit == '=' ? 0 : kBase64Characters.find(static_cast<char>(unit));
+            valid = valid && unit < 128 && value != std::string_view::npos && unit != 0;
+            for (int bit = 5; bit >= 0; --bit) {
+                bits += (value >> bit & 1) != 0 ? '1' : '0';
+            }
+        }
+        if (!valid) {
+            decoding.result = 1;
+            return decoding;
+        }
+        const std::size_t count = rest[at + 2] == '=' ? 1 : rest[at + 3] == '=' ? 2 : 3;
+        for (std::size_t byte = 0; byte < count; ++byte) {
+            decoding.bytes.push_back(static_cast<unsigned char>(std::stoul(bits.substr(8 * byte, 8), nullptr, 2)));
+        }
+        if (count < 3) {
+            return decoding;
+        }
+    }
+    return decoding;
+}
+
+inline std::string hexOf(const Bytes& bytes, bool upperCase) {
+    const std::string_view digits = upperCase ? "0123456789ABCDEF" : "0123456789abcdef";
+    std::string text;
+    for (const unsigned char byte : bytes) {
+        text += digits[byte / 16u];
+        text += digits[byte % 16u];
+    }
+    return text;
+}
+
+}  // namespace test

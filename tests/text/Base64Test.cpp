@@ -1,0 +1,180 @@
+#include "vorel/text/Base64.h"
+
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "support/Arrays.h"
+#include "support/BitTextReference.h"
+#include "support/Expect.h"
+#include "support/PageEdge.h"
+#include "support/RandomText.h"
+#include "support/Widths.h"
+
+namespace {
+
+using test::arrayOf;
+using test::Bytes;
+using test::valuesOf;
+using vorel::Array;
+using vorel::BaseString;
+using vorel::Exception;
+using vorel::util::Base64;
+
+Bytes bytesOf(std::string_view text) {
+    return {text.begin(), text.end()};
+}
+
+template <class T>
+class Base64Test : public ::testing::Test {};
+TYPED_TEST_SUITE(Base64Test, test::CharacterTypes, test::CharacterNames);
+
+struct Row {
+    std::string_view bytes;
+    std::string_view text;
+};
+
+constexpr Row kRows[] = {{"", ""},
+                         {"f", "Zg=="},
+                         {"fo", "Zm8="},
+                         {"foo", "Zm9v"},
+                         {"foob", "Zm9vYg=="},
+                         {"fooba", "Zm9vYmE="},
+                         {"foobar", "Zm9vYmFy"},
+                         {"\xFF\xFF\xFE", "///+"},
+                         {"A", "QQ=="},
+                         {"ABCDEF", "QUJDREVG"}};
+
+TYPED_TEST(Base64Test, Encode_PadsTheLastGroup) {
+    for (const Row& row : kRows) {
+        BaseString<TypeParam> text(test::text<TypeParam>("old").c_str());
+        Base64::Encode(arrayOf(bytesOf(row.bytes)), text);
+        EXPECT_EQ(text, test::text<TypeParam>(row.text).c_str());
+        EXPECT_EQ(text.length(), row.text.size());
+        EXPECT_GE(text.capacity(), row.bytes.size() / 3 * 4 + 4);
+    }
+}
+
+TYPED_TEST(Base64Test, EncodeRange_TakesAPartOfTheData) {
+    const Bytes data = bytesOf("xxfoobaryy");
+    BaseString<TypeParam> text;
+    Base64::EncodeRange(data.data(), 2, 6, text);
+    EXPECT_EQ(text, test::text<TypeParam>("Zm9vYmFy").c_str());
+    Base64::EncodeRange(data.data(), 2, 0, text);
+    EXPECT_TRUE(text.empty());
+    Base64::EncodeRange(nullptr, 2, 6, text);
+    EXPECT_TRUE(text.empty());
+}
+
+TYPED_TEST(Base64Test, Decode_ReadsWhatWasEncoded) {
+    for (const Row& row : kRows) {
+        Array<unsigned char> bytes = arrayOf(bytesOf("something longer than the result"));
+        EXPECT_EQ(Base64::Decode(test::text<TypeParam>(row.text).c_str(), bytes), 0);
+        EXPECT_EQ(valuesOf(bytes), bytesOf(row.bytes));
+    }
+}
+
+TYPED_TEST(Base64Test, Decode_ReportsWhatItCannotRead) {
+    struct Case {
+        const char* text;
+        int result;
+        std::string_view bytes;
+    };
+    for (const Case& row :
+         {Case{"QQ", 1, ""},         // the terminator is no character of a group
+          Case{"QUJDQQ", 1, "ABC"},  // what was decoded before stays
+          Case{"QUJD!UJD", 1, "ABC"}, Case{"QUJDQUJ\x80", 1, "ABC"}, Case{"QUJDQUJ\xFF", 1, "ABC"}, Case{"QQ=", 1, ""},
+          Case{"QQ==", 0, "A"}, Case{"QQ=A", 0, "A"},   // the fourth character only has to be a valid one
+          Case{"QQ=!", 1, ""}, Case{"QQ==!!", 0, "A"},  // whatever follows is ignored
+          Case{"QUI=QUJD", 0, "AB"}, Case{"=QQQ", 0, {"\x01\x04\x10", 3}},  // padding in front counts as 0
+          Case{" Q\tQ\r=\n= ", 0, "A"}, Case{"QUJD\nREVG", 0, "ABCDEF"}, Case{"QUJD\r\n", 0, "ABC"},
+          Case{"QU\vJD", 1, ""},  // no other white space is passed over
+          Case{" ", 0, ""}, Case{"", 0, ""}, Case{nullptr, 0, ""}}) {
+        Array<unsigned char> bytes = arrayOf(bytesOf("old"));
+        EXPECT_EQ(Base64::Decode(test::OptionalText<TypeParam>(row.text).get(), bytes), row.result)
+            << (row.text ? row.text : "null");
+        EXPECT_EQ(valuesOf(bytes), bytesOf(row.bytes)) << (row.text ? row.text : "null");
+    }
+}
+
+TEST(Base64Wide, Decode_RefusesUnitsAbove255) {
+    for (const wchar_t* text : {L"QUJD\u0141UJD", L"QUJDQ\u2028JD", L"QUJDQUJ\xFFFF"}) {
+        Array<unsigned char> bytes;
+        test::expectThrows<Exception>(
+            [&] { Base64::Decode(text, bytes); },
+            {L"Unicode character found in Base64 text", L"Base64::Decode(wchar_t): Vorel exception rethrown"});
+        EXPECT_EQ(valuesOf(bytes), bytesOf("ABC"));
+    }
+    Array<unsigned char> bytes;
+    EXPECT_EQ(Base64::Decode(L"QQ==\u0141", bytes), 0);
+}
+
+TYPED_TEST(Base64Test, RandomBytesAgreeWithTheReference) {
+    test::RandomText random(20261121);
+    BaseString<TypeParam> text;
+    Array<unsigned char> again;
+    for (int count = 0; count < 3000; ++count) {
+        const Bytes bytes = random.bytes(random.below(random.oneIn(20) ? 3000 : 120));
+        Base64::Encode(arrayOf(bytes), text);
+        ASSERT_EQ(std::basic_string<TypeParam>(text.view()), test::text<TypeParam>(test::base64Of(bytes)));
+        ASSERT_EQ(Base64::Decode(text.c_str(), again), 0);
+        ASSERT_EQ(valuesOf(again), bytes);
+    }
+}
+
+TYPED_TEST(Base64Test, DamagedTextsAgreeWithTheReference) {
+    test::RandomText random(20261122);
+    test::PageEdge<TypeParam> edge(4096);
+    for (int count = 0; count < 20000; ++count) {
+        std::string narrow = test::base64Of(random.bytes(random.below(150)));
+        for (std::size_t damage = random.below(3); damage != 0; --damage) {
+            narrow.insert(random.below(narrow.size() + 1), random.from("\r\n \t=!\x80\xFF"
+                                                                       "A",
+                                                                       1 + random.below(3)));
+        }
+        std::basic_string<TypeParam> text = test::text<TypeParam>(narrow);
+        if (sizeof(TypeParam) > 1 && !text.empty() && random.oneIn(10)) {
+            text[random.below(text.size())] = static_cast<TypeParam>(0x100 + random.below(0xFEFF));
+        }
+        std::vector<unsigned int> units;
+        for (const TypeParam unit : text) {
+            units.push_back(static_cast<std::make_unsigned_t<TypeParam>>(unit));
+        }
+        const test::Decoding wanted = test::fromBase64(units);
+        const TypeParam* const place =
+            edge.placeAtEnd(std::basic_string_view<TypeParam>(text.c_str(), text.size() + 1));
+        Array<unsigned char> bytes;
+        bool threw = false;
+        int result = 0;
+        try {
+            result = Base64::Decode(place, bytes);
+        } catch (const Exception&) {
+            threw = true;
+        }
+        ASSERT_EQ(threw, wanted.threw) << narrow;
+        ASSERT_EQ(result, wanted.result) << narrow;
+        ASSERT_EQ(valuesOf(bytes), wanted.bytes) << narrow;
+    }
+}
+
+TYPED_TEST(Base64Test, DecodingLeavesZerosBehindTheBytes) {
+    const std::string text = test::base64Of(Bytes(200, 0xFF));
+    for (std::size_t length = 0; length <= text.size(); length += 4) {
+        Array<unsigned char> bytes = arrayOf(Bytes(300, 0xEE));
+        Base64::Decode(test::text<TypeParam>(text.substr(0, length)).c_str(), bytes);
+        const unsigned int count = bytes.size();
+        bytes.setCount(300);
+        for (unsigned int at = count; at < 300; ++at) {
+            ASSERT_EQ(bytes[at], 0) << at << " of " << length;
+        }
+    }
+}
+
+TEST(Base64Object, IsAssigned) {
+    Base64 one;
+    const Base64 other;
+    EXPECT_EQ(&(one = other), &one);
+}
+
+}  // namespace

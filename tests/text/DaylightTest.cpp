@@ -1,0 +1,114 @@
+#include "vorel/text/Daylight.h"
+
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "support/Arrays.h"
+#include "support/BitTextReference.h"
+#include "support/Expect.h"
+#include "support/RandomText.h"
+#include "support/Widths.h"
+
+namespace {
+
+using test::arrayOf;
+using test::Bytes;
+using test::valuesOf;
+using vorel::Array;
+using vorel::BaseString;
+using vorel::Exception;
+using vorel::util::Daylight;
+
+const std::wstring kWrongLength = L"Daylight64::Decode: Invalid ASCII string (length wrong)";
+const std::wstring kWrongEnd = L"Daylight64::Decode: Invalid ASCII string (unexepected charater at end)";
+
+struct Row {
+    Bytes bytes;
+    const wchar_t* text;
+};
+
+const std::vector<Row>& rows() {
+    static const std::vector<Row> kRows = {{{}, L"3"},
+                                           {{0x41}, L"EE..1"},
+                                           {{0x41, 0x42}, L"EI6.2"},
+                                           {{0x41, 0x42, 0x43}, L"EI713"},
+                                           {{0, 0, 0}, L"....3"},
+                                           {{0xFF, 0xFF, 0xFF, 0xFF}, L"zzzzzk..1"}};
+    return kRows;
+}
+
+TEST(DaylightTest, Encode_EndsInTheCountOfTheLastGroup) {
+    for (const Row& row : rows()) {
+        BaseString<wchar_t> text(L"old");
+        Daylight::Encode(arrayOf(row.bytes), text);
+        EXPECT_EQ(text, row.text);
+        EXPECT_EQ(text.length(), (row.bytes.size() + 2) / 3 * 4 + 1);
+    }
+}
+
+TEST(DaylightTest, Decode_ReadsWhatWasEncoded) {
+    for (const Row& row : rows()) {
+        Array<unsigned char> bytes = arrayOf<unsigned char>({1, 2, 3, 4, 5, 6, 7, 8, 9});
+        EXPECT_EQ(Daylight::Decode(row.text, bytes), 0);
+        EXPECT_EQ(valuesOf(bytes), row.bytes);
+    }
+}
+
+TEST(DaylightTest, Decode_TakesEveryCharacter) {
+    // The comma counts as '+', and what is not of the alphabet as '.': also beyond the table, which has 128 entries.
+    for (const wchar_t* text : {L"EI6.2", L"EI6-2", L"EI6 2",
+                                L"EI6\x7F"
+                                L"2",
+                                L"EI6\u0080"
+                                L"2",
+                                L"EI6\u013A"
+                                L"2",
+                                L"EI6\xFFFF"
+                                L"2"}) {
+        Array<unsigned char> bytes;
+        EXPECT_EQ(Daylight::Decode(text, bytes), 0);
+        EXPECT_EQ(valuesOf(bytes), (Bytes{0x41, 0x42})) << text;
+    }
+    Array<unsigned char> plus;
+    Array<unsigned char> comma;
+    Daylight::Decode(L"+,+,3", plus);
+    Daylight::Decode(L"++++3", comma);
+    EXPECT_EQ(valuesOf(plus), valuesOf(comma));
+    EXPECT_EQ(valuesOf(plus), (Bytes{0x04, 0x10, 0x41}));
+}
+
+TEST(DaylightTest, Decode_RefusesAWrongLength) {
+    for (const wchar_t* text : {L"", L"EI", L"EI6", L"EI6.", L"EI6.2EI"}) {
+        Array<unsigned char> bytes = arrayOf<unsigned char>({7});
+        test::expectThrows<Exception>([&] { Daylight::Decode(text, bytes); }, {kWrongLength});
+        EXPECT_EQ(valuesOf(bytes), Bytes{7});
+    }
+}
+
+TEST(DaylightTest, Decode_RefusesAWrongEnd) {
+    for (const wchar_t* text : {L"EI6.0", L"EI6.4", L"EI6./", L"EI6.z", L"EI6.\u0131", L"EI6.\uFF11"}) {
+        Array<unsigned char> bytes;
+        test::expectThrows<Exception>([&] { Daylight::Decode(text, bytes); }, {kWrongEnd});
+        EXPECT_EQ(valuesOf(bytes), (Bytes{0x41, 0x42, 0x00}));
+    }
+    for (const wchar_t* text : {L"1", L"2", L"0"}) {  // there is no group whose bytes could count
+        Array<unsigned char> bytes;
+        test::expectThrows<Exception>([&] { Daylight::Decode(text, bytes); }, {kWrongEnd});
+    }
+}
+
+TEST(DaylightTest, RandomBytesAgreeWithTheReference) {
+    test::RandomText random(20261121);
+    BaseString<wchar_t> text;
+    Array<unsigned char> again;
+    for (int count = 0; count < 3000; ++count) {
+        const Bytes bytes = random.bytes(random.below(random.oneIn(20) ? 3000 : 150));
+        Daylight::Encode(arrayOf(bytes), text);
+        ASSERT_EQ(std::wstring(text.view()), test::text<wchar_t>(test::daylightOf(bytes)));
+        ASSERT_EQ(Daylight::Decode(text, again), 0);
+        ASSERT_EQ(valuesOf(again), bytes);
+    }
+}
+
+}  // namespace

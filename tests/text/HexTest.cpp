@@ -1,0 +1,171 @@
+#include "vorel/text/Hex.h"
+
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "support/Arrays.h"
+#include "support/BitTextReference.h"
+#include "support/PageEdge.h"
+#include "support/RandomText.h"
+#include "support/Widths.h"
+
+namespace {
+
+using test::arrayOf;
+using test::Bytes;
+using test::valuesOf;
+using vorel::Array;
+using vorel::BaseString;
+using vorel::util::Hex;
+namespace util = vorel::util;
+
+TEST(HexTest, Encode_WritesTwoUpperCaseDigitsForEachByte) {
+    BaseString<wchar_t> text(L"old");
+    Hex::Encode(arrayOf<unsigned char>({0x00, 0x0F, 0x9A, 0xFF}), text);
+    EXPECT_EQ(text, L"000F9AFF");
+    Hex::Encode(arrayOf<unsigned char>({}), text);
+    EXPECT_EQ(text, L"");
+}
+
+struct Row {
+    const wchar_t* text;
+    int result;
+    Bytes bytes;
+};
+
+TEST(HexTest, Decode_ReportsTheFirstPairThatIsNone) {
+    // Four bytes of 0xEE are there before; what is not written keeps them.
+    for (const Row& row : {Row{L"41fF", 0, {0x41, 0xFF}}, Row{L"", 0, {}},
+                           Row{L"0x4142", 0, {0x41, 0x42, 0xEE}},  // the prefix counts, and one byte stays unwritten
+                           Row{L"0X41", 0, {0x41, 0xEE}}, Row{L"0x", 0, {0xEE}}, Row{L"x041", 1, {0xEE, 0xEE}},
+                           Row{L"4G", 1, {0xEE}}, Row{L"G4", 1, {0xEE}}, Row{L"41/1", 1, {0x41, 0xEE}},
+                           Row{L"411/", 1, {0x41, 0xEE}}, Row{L"abc", 1, {0xAB}},  // the terminator is no digit
+                           Row{L"a", 1, {}}, Row{L":@", 0, {0x39}},                // ':' to '@' are taken for 3 to 9
+                           Row{L";<=>", 0, {0x45, 0x67}}, Row{L"1?", 0, {0x18}}, Row{L"4 ", 1, {0xEE}}}) {
+        Array<unsigned char> bytes = arrayOf(Bytes(4, 0xEE));
+        EXPECT_EQ(Hex::Decode(row.text, bytes), row.result) << row.text;
+        EXPECT_EQ(valuesOf(bytes), row.bytes) << row.text;
+    }
+}
+
+TEST(HexTest, Decode_LooksAtTheLowerEightBitsOfAUnit) {
+    Array<unsigned char> bytes;
+    EXPECT_EQ(Hex::Decode(L"\u0141\u0232", bytes), 0);  // 41 and 32: A and 2
+    EXPECT_EQ(valuesOf(bytes), Bytes{0xA2});
+    EXPECT_EQ(Hex::Decode(L"\u0161"
+                          L"2",
+                          bytes),
+              1);  // 61 would be an a, but only a letter itself is made upper-case
+}
+
+TEST(HexTest, Decode_ReadsWhatWasEncodedAndNoFurther) {
+    test::RandomText random(20261121);
+    BaseString<wchar_t> text;
+    Array<unsigned char> again;
+    for (int count = 0; count < 3000; ++count) {
+        const Bytes bytes = random.bytes(random.below(random.oneIn(20) ? 2000 : 100));
+        Hex::Encode(arrayOf(bytes), text);
+        ASSERT_EQ(std::wstring(text.view()), test::text<wchar_t>(test::hexOf(bytes, true)));
+        ASSERT_EQ(Hex::Decode(text, again), 0);
+        ASSERT_EQ(valuesOf(again), bytes);
+    }
+}
+
+TEST(HexTest, Decode_FindsADamagedPairAtEveryPlace) {
+    for (std::size_t damaged = 0; damaged < 80; ++damaged) {
+        std::wstring text(80, L'7');
+        text[damaged] = L'g';
+        Array<unsigned char> bytes = arrayOf(Bytes(40, 0xEE));
+        EXPECT_EQ(Hex::Decode(text.c_str(), bytes), 1);
+        Bytes wanted(40, 0xEE);
+        std::fill_n(wanted.begin(), damaged / 2, static_cast<unsigned char>(0x77));
+        EXPECT_EQ(valuesOf(bytes), wanted) << damaged;
+    }
+}
+
+template <class T>
+class HexText : public ::testing::Test {};
+TYPED_TEST_SUITE(HexText, test::CharacterTypes, test::CharacterNames);
+
+TYPED_TEST(HexText, ByteArrayToHexString_HasBothCases) {
+    BaseString<TypeParam> text(test::text<TypeParam>("old").c_str());
+    util::byteArrayToHexString(arrayOf<unsigned char>({0xAB, 0x09}), text, false);
+    EXPECT_EQ(text, test::text<TypeParam>("ab09").c_str());
+    util::byteArrayToHexString(arrayOf<unsigned char>({0xAB, 0x09}), text, true);
+    EXPECT_EQ(text, test::text<TypeParam>("AB09").c_str());
+    EXPECT_EQ(text.length(), 4u);
+    util::byteArrayToHexString(arrayOf<unsigned char>({}), text, true);
+    EXPECT_TRUE(text.empty());
+    BaseString<TypeParam> none;
+    util::byteArrayToHexString(arrayOf<unsigned char>({}), none, true);
+    EXPECT_TRUE(none.empty());
+}
+
+TYPED_TEST(HexText, HexStringToByteArray_CountsWhatIsNoDigitAsZero) {
+    struct Case {
+        const char* text;
+        Bytes bytes;
+    };
+    for (const Case& row :
+         {Case{"4142", {0x41, 0x42}}, Case{"4g", {0x40}}, Case{"g4", {0x04}}, Case{"aBCd", {0xAB, 0xCD}},
+          Case{":@", {0x00}}, Case{"0x41", {0x00, 0x41}}, Case{" 1", {0x01}}, Case{"/G`h", {0x00, 0x00}},
+          Case{"123", {0xEE}},  // an odd length leaves the array as it was
+          Case{"", {0xEE}}, Case{nullptr, {0xEE}}}) {
+        Array<unsigned char> bytes = arrayOf<unsigned char>({0xEE});
+        util::hexStringToByteArray(test::OptionalText<TypeParam>(row.text).get(), bytes);
+        EXPECT_EQ(valuesOf(bytes), row.bytes) << (row.text ? row.text : "null");
+    }
+}
+
+TYPED_TEST(HexText, HexStringToByteArray_TakesALength) {
+    Array<unsigned char> bytes = arrayOf<unsigned char>({0xEE});
+    const auto text = test::text<TypeParam>("414243");
+    util::hexStringToByteArray(text.c_str(), 4, bytes);
+    EXPECT_EQ(valuesOf(bytes), (Bytes{0x41, 0x42}));
+    util::hexStringToByteArray(text.c_str(), 3, bytes);
+    EXPECT_EQ(valuesOf(bytes), (Bytes{0x41, 0x42}));
+    util::hexStringToByteArray(text.c_str(), 0, bytes);
+    EXPECT_EQ(valuesOf(bytes), (Bytes{0x41, 0x42}));
+    util::hexStringToByteArray(static_cast<const TypeParam*>(nullptr), 4, bytes);
+    EXPECT_EQ(valuesOf(bytes), (Bytes{0x41, 0x42}));
+    const auto withZero = test::text<TypeParam>(std::string_view("4\0"
+                                                                 "42",
+                                                                 4));
+    util::hexStringToByteArray(withZero.c_str(), 4, bytes);
+    EXPECT_EQ(valuesOf(bytes), (Bytes{0x40, 0x42}));
+}
+
+TYPED_TEST(HexText, RandomTextsAgreeWithTheReference) {
+    test::RandomText random(20261121);
+    test::PageEdge<TypeParam> edge(1024);
+    for (int count = 0; count < 20000; ++count) {
+        const std::size_t pairs = 1 + random.below(60);
+        std::string narrow = random.from("0123456789abcdefABCDEF", 2 * pairs);
+        for (std::size_t damage = random.below(3); damage != 0; --damage) {
+            narrow[random.below(narrow.size())] = random.oneOf("/:@G`g\x80\xFF \xB1");
+        }
+        std::basic_string<TypeParam> text = test::text<TypeParam>(narrow);
+        if (sizeof(TypeParam) > 1 && random.oneIn(4)) {
+            TypeParam& unit = text[random.below(text.size())];
+            unit = static_cast<TypeParam>(static_cast<unsigned int>(unit) | 0x100u << random.below(8));
+        }
+        Bytes wanted(pairs);
+        for (std::size_t at = 0; at < text.size(); ++at) {
+            const auto found =
+                text[at] > 0 && text[at] < 0x80
+                    ? std::string_view("0123456789abcdef0123456789ABCDEF").find(static_cast<char>(text[at]))
+                    : std::string_view::npos;
+            const unsigned int digit = found == std::string_view::npos ? 0 : static_cast<unsigned int>(found % 16);
+            wanted[at / 2] = static_cast<unsigned char>(wanted[at / 2] << 4 | digit);
+        }
+        Array<unsigned char> bytes;
+        util::hexStringToByteArray(edge.placeAtEnd(text), static_cast<unsigned int>(text.size()), bytes);
+        ASSERT_EQ(valuesOf(bytes), wanted) << narrow;
+        BaseString<TypeParam> again;
+        util::byteArrayToHexString(bytes, again, false);
+        ASSERT_EQ(std::basic_string<TypeParam>(again.view()), test::text<TypeParam>(test::hexOf(wanted, false)));
+    }
+}
+
+}  // namespace
