@@ -1,0 +1,35 @@
+/// \file
+/// The cases of the text family, a function for each file of them, and what they share. Figures are nanoseconds for a
+/// whole input: 1 MiB, or 24 bytes.
+#pragma once
+
+#include <cstdint>
+#include <random>
+#include <string>
+
+#include "support/Frame.h"
+
+namespace bench {
+
+void binaryToText(Family& family);
+void urls(Family& family);
+void unicode(Family& family);
+
+inline constexpr std::size_t kLarge = 1 << 20;
+inline constexpr std::size_t kSmall = 24;
+
+inline std::string sizeName(std::size_t size) {
+    return size == kLarge ? "1 MiB" : std::to_string(size) + " bytes";
+}
+
+/// Bytes that are the same in every run.
+inline std::string randomBytes(std::size_t count) {
+    std::mt19937_64 random(20261121);
+    std::string bytes(count, '\0');
+    for (char& byte : bytes) {
+        byte = static_cast<char>(random());
+    }
+    return bytes;
+}
+
+}  // namespace bench

@@ -1,0 +1,76 @@
+#include <windows.h>
+
+#include "Cases.h"
+#include "vorel/vorelCore.h"
+
+namespace bench {
+
+namespace {
+
+using vorel::BaseString;
+namespace util = vorel::util;
+
+/// Text of about a megabyte in UTF-8: characters from `first` to `last`, an ASCII letter for each of `ascii` in ten.
+std::wstring textOf(std::size_t size, unsigned int first, unsigned int last, unsigned int ascii) {
+    std::mt19937_64 random(20261121);
+    std::wstring text;
+    for (std::size_t bytes = 0; bytes < size;) {
+        if (random() % 10 < ascii) {
+            text += static_cast<wchar_t>(L'a' + random() % 26);
+            ++bytes;
+        } else {
+            const auto code = static_cast<unsigned int>(first + random() % (last - first + 1));
+            if (code > 0xFFFF) {
+                text += static_cast<wchar_t>(0xD800 + ((code - 0x10000) >> 10));
+                text += static_cast<wchar_t>(0xDC00 + (code & 0x3FF));
+            } else {
+                text += static_cast<wchar_t>(code);
+            }
+            bytes += code > 0xFFFF ? 4 : code > 0x7FF ? 3 : code > 0x7F ? 2 : 1;
+        }
+    }
+    return text;
+}
+
+void compare(Family& family, const std::string& name, const std::wstring& text) {
+    BaseString<char> utf8;
+    util::ConvertStringtoUTF8(text.c_str(), utf8, -1);
+    BaseString<wchar_t> wide;
+    BaseString<char> narrow;
+    std::wstring wideBuffer(utf8.length() + 16, L'\0');
+    std::string narrowBuffer(4 * text.size() + 16, '\0');
+    const auto bytes = static_cast<int>(utf8.length());
+    const auto units = static_cast<int>(text.size());
+    family.compare("UTF-8 to wide, " + name, 1,
+                   [&] {
+                       util::ConvertUTF8toString(wide, utf8.c_str(), bytes, true);
+                       return std::uint64_t{wide.length()};
+                   },
+                   {{"MultiByteToWideChar", [&] {
+                         return static_cast<std::uint64_t>(MultiByteToWideChar(
+                             CP_UTF8, 0, utf8.c_str(), bytes, wideBuffer.data(), static_cast<int>(wideBuffer.size())));
+                     }}});
+    family.compare("wide to UTF-8, " + name, 1,
+                   [&] {
+                       util::ConvertStringtoUTF8(text.c_str(), narrow, units);
+                       return std::uint64_t{narrow.length()};
+                   },
+                   {{"WideCharToMultiByte", [&] {
+                         return static_cast<std::uint64_t>(
+                             WideCharToMultiByte(CP_UTF8, 0, text.c_str(), units, narrowBuffer.data(),
+                                                 static_cast<int>(narrowBuffer.size()), nullptr, nullptr));
+                     }}});
+}
+
+}  // namespace
+
+void unicode(Family& family) {
+    for (const std::size_t size : {kLarge, kSmall}) {
+        compare(family, "ASCII, " + sizeName(size), textOf(size, 0x61, 0x7A, 0));
+        compare(family, "mixed two-byte, " + sizeName(size), textOf(size, 0x400, 0x44F, 3));
+        compare(family, "three-byte, " + sizeName(size), textOf(size, 0x4E00, 0x9FFF, 0));
+        compare(family, "four-byte, " + sizeName(size), textOf(size, 0x1F300, 0x1F5FF, 0));
+    }
+}
+
+}  // namespace bench
