@@ -37,34 +37,65 @@ constexpr void decodeFour(unsigned int a, unsigned int b, unsigned int c, unsign
     out[2] = static_cast<unsigned char>(c << 6 | d);
 }
 
-/// The values of the characters below 128, for decoding many at a time: a character that is plain, and needs no second
-/// look, has its value and the bit `kPlain`; every other is 0.
+/// The values of the characters below 128; `kNone` for those that have none.
 struct SixBitValues {
-    static constexpr std::uint8_t kPlain = 0x40;
+    static constexpr std::uint8_t kNone = 0xFF;
 
-    std::uint8_t values[128] = {};
+    std::uint8_t values[128];
 };
 
 constexpr SixBitValues sixBitValues(std::string_view alphabet) noexcept {
-    SixBitValues table;
-    for (std::size_t value = 0; value < alphabet.size(); ++value) {
-        table.values[static_cast<unsigned char>(alphabet[value])] =
-            static_cast<std::uint8_t>(value | SixBitValues::kPlain);
+    SixBitValues table = {};
+    for (std::uint8_t& value : table.values) {
+        value = SixBitValues::kNone;
+    }
+    for (std::size_t value = 0; value != alphabet.size(); ++value) {
+        table.values[static_cast<unsigned char>(alphabet[value])] = static_cast<std::uint8_t>(value);
     }
     return table;
 }
 
 inline constexpr SixBitValues kBase64Values = sixBitValues(kBase64Alphabet);
 
-/// In Daylight every character has a value: the comma that of '+', and one outside of the alphabet that of '.', which
-/// is 0. That is meant.
+/// In Daylight the comma has the value of '+'; that is meant.
 inline constexpr SixBitValues kDaylightValues = [] {
     SixBitValues table = sixBitValues(kDaylightAlphabet);
-    for (std::uint8_t& value : table.values) {
-        value |= SixBitValues::kPlain;
-    }
-    table.values[','] = table.values['+'];
+    table.values[static_cast<unsigned char>(',')] = table.values[static_cast<unsigned char>('+')];
     return table;
 }();
+
+/// The same table in the form that many characters are looked up in at once: by the upper four bits of a character, its
+/// row, and by the lower four, its column. In each row but one the values go up with the characters.
+struct SixBitRows {
+    static constexpr unsigned int kIrregularRow = 2;  // ! to /
+
+    std::uint8_t rowsOfColumn[16];     ///< a bit for each row in which the column has a value
+    std::uint8_t offsetOfRow[16];      ///< what makes a value of a character
+    std::uint8_t irregularOffset[16];  ///< the same for each column of the irregular row
+};
+
+constexpr SixBitRows sixBitRows(const SixBitValues& table) noexcept {
+    SixBitRows rows = {};
+    for (unsigned int character = 0; character != 128; ++character) {
+        if (table.values[character] == SixBitValues::kNone) {
+            continue;
+        }
+        const unsigned int row = character / 16;
+        const unsigned int column = character % 16;
+        const auto offset = static_cast<std::uint8_t>(table.values[character] - character);
+        rows.rowsOfColumn[column] = static_cast<std::uint8_t>(rows.rowsOfColumn[column] | 1u << row);
+        (row == SixBitRows::kIrregularRow ? rows.irregularOffset[column] : rows.offsetOfRow[row]) = offset;
+    }
+    return rows;
+}
+
+inline constexpr SixBitRows kBase64Rows = sixBitRows(kBase64Values);
+inline constexpr SixBitRows kDaylightRows = sixBitRows(kDaylightValues);
+
+/// What becomes of a character that has no value.
+enum class Strangers {
+    Stop,   ///< the block with it is not decoded
+    Zeros,  ///< it counts as 0
+};
 
 }  // namespace vorel::kernels

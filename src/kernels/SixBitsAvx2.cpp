@@ -18,32 +18,31 @@ __m256i loadTwice(const void* sixteen) noexcept {
     return _mm256_broadcastsi128_si256(_mm_loadu_si128(static_cast<const __m128i*>(sixteen)));
 }
 
-/// A lookup in sixteen entries of a larger table, zero for an index that is not among the sixteen from `first` on. The
-/// byte shuffle takes the lower four bits for an index, and gives zero when the upper bit is set: adding 0x70 with
-/// saturation sets it for everything from 16 on.
-__m256i lookUpSixteen(__m256i entries, __m256i index, int first) noexcept {
-    const __m256i relative = _mm256_xor_si256(index, _mm256_set1_epi8(static_cast<char>(first)));
-    return _mm256_shuffle_epi8(entries, _mm256_adds_epu8(relative, _mm256_set1_epi8(0x70)));
-}
-
+/// The alphabet in four parts, looked up in all of them by the lower four bits of a value; the upper two choose.
 class Alphabet {
 public:
-    explicit Alphabet(const char* alphabet) noexcept {
-        for (int part = 0; part < 4; ++part) {
-            m_parts[part] = loadTwice(alphabet + 16 * part);
-        }
-    }
+    explicit Alphabet(const char* alphabet) noexcept
+        : m_first(loadTwice(alphabet)),
+          m_second(loadTwice(alphabet + 16)),
+          m_third(loadTwice(alphabet + 32)),
+          m_fourth(loadTwice(alphabet + 48)) {}
 
     [[nodiscard]] __m256i charactersOf(__m256i values) const noexcept {
+        // A choice goes by the top bit of each byte.
+        const __m256i bit4 = _mm256_slli_epi16(values, 3);
+        const __m256i bit5 = _mm256_slli_epi16(values, 2);
         const __m256i lower =
-            _mm256_or_si256(lookUpSixteen(m_parts[0], values, 0), lookUpSixteen(m_parts[1], values, 16));
+            _mm256_blendv_epi8(_mm256_shuffle_epi8(m_first, values), _mm256_shuffle_epi8(m_second, values), bit4);
         const __m256i upper =
-            _mm256_or_si256(lookUpSixteen(m_parts[2], values, 32), lookUpSixteen(m_parts[3], values, 48));
-        return _mm256_or_si256(lower, upper);
+            _mm256_blendv_epi8(_mm256_shuffle_epi8(m_third, values), _mm256_shuffle_epi8(m_fourth, values), bit4);
+        return _mm256_blendv_epi8(lower, upper, bit5);
     }
 
 private:
-    __m256i m_parts[4];
+    __m256i m_first;
+    __m256i m_second;
+    __m256i m_third;
+    __m256i m_fourth;
 };
 
 /// Twelve bytes in each half as sixteen values of six bits.
@@ -70,12 +69,17 @@ void store(__m256i characters, wchar_t* out) noexcept {
     _mm256_storeu_si256(units + 1, _mm256_cvtepu8_epi16(_mm256_extracti128_si256(characters, 1)));
 }
 
+constexpr std::uintptr_t kPage = 4096;
+
 template <class T>
 std::size_t encode(const unsigned char* bytes, std::size_t count, const char* alphabet, T* out) noexcept {
     constexpr std::size_t kRead = 28;  // two times sixteen, twelve apart
     const Alphabet lookUp(alphabet);
     std::size_t done = 0;
-    for (; count - done >= kRead; done += kBlockBytes, out += kBlockCharacters) {
+    for (; count - done >= kBlockBytes; done += kBlockBytes, out += kBlockCharacters) {
+        if (count - done<kRead&& reinterpret_cast<std::uintptr_t>(bytes + done) % kPage> kPage - kRead) {
+            break;
+        }
         const auto* const lower = reinterpret_cast<const __m128i*>(bytes + done);
         const auto* const upper = reinterpret_cast<const __m128i*>(bytes + done + 12);
         const __m256i both =
@@ -85,31 +89,32 @@ std::size_t encode(const unsigned char* bytes, std::size_t count, const char* al
     return done;
 }
 
-class Values {
+/// Characters looked up by row and column.
+class Rows {
 public:
-    explicit Values(const SixBitValues& table) noexcept {
-        for (int part = 0; part < kParts; ++part) {
-            m_parts[part] = loadTwice(table.values + kFirst + 16 * part);
-        }
-        m_low[0] = loadTwice(table.values);
-        m_low[1] = loadTwice(table.values + 16);
-    }
+    explicit Rows(const SixBitRows& rows) noexcept
+        : m_rowsOfColumn(loadTwice(rows.rowsOfColumn)),
+          m_offsetOfRow(loadTwice(rows.offsetOfRow)),
+          m_irregularOffset(loadTwice(rows.irregularOffset)) {}
 
-    [[nodiscard]] __m256i valuesOf(__m256i characters) const noexcept {
-        __m256i values =
-            _mm256_or_si256(lookUpSixteen(m_low[0], characters, 0), lookUpSixteen(m_low[1], characters, 16));
-        for (int part = 0; part < kParts; ++part) {
-            values = _mm256_or_si256(values, lookUpSixteen(m_parts[part], characters, kFirst + 16 * part));
-        }
-        return values;
+    /// The values, and ones in `strangers` for the characters that have none.
+    [[nodiscard]] __m256i valuesOf(__m256i characters, __m256i& strangers) const noexcept {
+        const __m256i bitOfRow = _mm256_setr_epi8(1, 2, 4, 8, 16, 32, 64, -128, 0, 0, 0, 0, 0, 0, 0, 0,  //
+                                                  1, 2, 4, 8, 16, 32, 64, -128, 0, 0, 0, 0, 0, 0, 0, 0);
+        const __m256i row = _mm256_and_si256(_mm256_srli_epi16(characters, 4), _mm256_set1_epi8(15));
+        const __m256i rows = _mm256_shuffle_epi8(m_rowsOfColumn, characters);
+        const __m256i known = _mm256_and_si256(rows, _mm256_shuffle_epi8(bitOfRow, row));
+        strangers = _mm256_cmpeq_epi8(known, _mm256_setzero_si256());
+        const __m256i isIrregular = _mm256_cmpeq_epi8(row, _mm256_set1_epi8(SixBitRows::kIrregularRow));
+        const __m256i offset = _mm256_blendv_epi8(_mm256_shuffle_epi8(m_offsetOfRow, row),
+                                                  _mm256_shuffle_epi8(m_irregularOffset, characters), isIrregular);
+        return _mm256_add_epi8(characters, offset);
     }
 
 private:
-    static constexpr int kFirst = 32;
-    static constexpr int kParts = 6;
-
-    __m256i m_low[2];
-    __m256i m_parts[kParts];
+    __m256i m_rowsOfColumn;
+    __m256i m_offsetOfRow;
+    __m256i m_irregularOffset;
 };
 
 __m256i load(const char* text) noexcept {
@@ -123,25 +128,35 @@ __m256i load(const wchar_t* text) noexcept {
     return _mm256_permute4x64_epi64(packed, 0xD8);
 }
 
+/// Whether a block can be read: when it lies in one page, or when the text does not end before the next one begins.
 template <class T>
-bool isInPage(const T* text) noexcept {
-    constexpr std::uintptr_t kPage = 4096;
-    return reinterpret_cast<std::uintptr_t>(text) % kPage <= kPage - kBlockCharacters * sizeof(T);
+bool isReadable(const T* text) noexcept {
+    constexpr std::uintptr_t kBlock = kBlockCharacters * sizeof(T);
+    const std::uintptr_t place = reinterpret_cast<std::uintptr_t>(text) % kPage;
+    if (place <= kPage - kBlock) {
+        return true;
+    }
+    const std::uintptr_t before = (place - (kPage - kBlock)) / sizeof(T);
+    const auto zeros = static_cast<std::uint32_t>(
+        _mm256_movemask_epi8(_mm256_cmpeq_epi8(load(text - before), _mm256_setzero_si256())));
+    return place % sizeof(T) == 0 && zeros >> before == 0;
 }
 
 template <class T>
-std::size_t decode(const T* text, std::size_t blocks, const SixBitValues& table, unsigned char* out) noexcept {
-    const Values lookUp(table);
+std::size_t decode(const T* text, std::size_t blocks, const SixBitRows& rows, Strangers rule,
+                   unsigned char* out) noexcept {
+    const Rows lookUp(rows);
     const __m256i order = _mm256_setr_epi8(2, 1, 0, 6, 5, 4, 10, 9, 8, 14, 13, 12, -1, -1, -1, -1,  //
                                            2, 1, 0, 6, 5, 4, 10, 9, 8, 14, 13, 12, -1, -1, -1, -1);
     std::size_t done = 0;
-    for (; done < blocks && isInPage(text); ++done, text += kBlockCharacters, out += kBlockBytes) {
-        const __m256i values = lookUp.valuesOf(load(text));
-        // The bit that says "plain" is moved to the top, from where the mask is taken.
-        if (_mm256_movemask_epi8(_mm256_slli_epi16(values, 1)) != -1) {
+    for (; done < blocks && isReadable(text); ++done, text += kBlockCharacters, out += kBlockBytes) {
+        __m256i strangers;
+        __m256i sixBits = lookUp.valuesOf(load(text), strangers);
+        if (rule == Strangers::Zeros) {
+            sixBits = _mm256_andnot_si256(strangers, sixBits);
+        } else if (_mm256_movemask_epi8(strangers) != 0) {
             break;
         }
-        const __m256i sixBits = _mm256_and_si256(values, _mm256_set1_epi8(0x3F));
         const __m256i twelveBits = _mm256_maddubs_epi16(sixBits, _mm256_set1_epi32(0x01400140));
         const __m256i groups = _mm256_madd_epi16(twelveBits, _mm256_set1_epi32(0x00011000));
         const __m256i bytes = _mm256_shuffle_epi8(groups, order);
@@ -162,14 +177,14 @@ std::size_t encodeSixBitsAvx2(const unsigned char* bytes, std::size_t count, con
     return encode(bytes, count, alphabet, out);
 }
 
-std::size_t decodeSixBitsAvx2(const char* text, std::size_t blocks, const SixBitValues& values,
+std::size_t decodeSixBitsAvx2(const char* text, std::size_t blocks, const SixBitRows& rows, Strangers strangers,
                               unsigned char* out) noexcept {
-    return decode(text, blocks, values, out);
+    return decode(text, blocks, rows, strangers, out);
 }
 
-std::size_t decodeSixBitsAvx2(const wchar_t* text, std::size_t blocks, const SixBitValues& values,
+std::size_t decodeSixBitsAvx2(const wchar_t* text, std::size_t blocks, const SixBitRows& rows, Strangers strangers,
                               unsigned char* out) noexcept {
-    return decode(text, blocks, values, out);
+    return decode(text, blocks, rows, strangers, out);
 }
 
 }  // namespace vorel::kernels

@@ -14,12 +14,13 @@ std::size_t encodeSixBitsAvx2(const unsigned char* bytes, std::size_t count, con
 std::size_t encodeSixBitsAvx2(const unsigned char* bytes, std::size_t count, const char* alphabet,
                               wchar_t* out) noexcept;
 
-/// Decodes plain characters in blocks of 32 up to the first block that has another one or could not be read without
-/// reaching into the next page, at most `blocks` of them, and returns how many. Behind the 24 bytes of the last block
-/// eight more are written. The text need not have a whole block left.
-std::size_t decodeSixBitsAvx2(const char* text, std::size_t blocks, const SixBitValues& values,
+/// Decodes blocks of 32 characters, `blocks` at most, up to the first that could not be read without reaching into the
+/// page behind the end of the text, or that has a character without a value, when `strangers` stop it; returns how many
+/// blocks. Behind the 24 bytes of the last one eight more are written. The text ends in a zero, and need not have a
+/// whole block left.
+std::size_t decodeSixBitsAvx2(const char* text, std::size_t blocks, const SixBitRows& rows, Strangers strangers,
                               unsigned char* out) noexcept;
-std::size_t decodeSixBitsAvx2(const wchar_t* text, std::size_t blocks, const SixBitValues& values,
+std::size_t decodeSixBitsAvx2(const wchar_t* text, std::size_t blocks, const SixBitRows& rows, Strangers strangers,
                               unsigned char* out) noexcept;
 
 }  // namespace vorel::kernels

@@ -8,7 +8,9 @@
 #include <limits>
 
 #include "kernels/AsciiRuns.h"
+#include "kernels/Processor.h"
 #include "kernels/Utf8.h"
+#include "kernels/Utf8Avx2.h"
 
 namespace vorel::kernels {
 
@@ -37,6 +39,9 @@ private:
     std::size_t m_left;
 };
 
+/// How many characters are looked at one by one before blocks are tried again.
+inline constexpr unsigned int kPlainly = 8;
+
 /// Reads one input. The bytes of a sequence are taken even when they lie beyond the bound, or beyond the zero byte that
 /// would have ended the input; reading then goes on to the bound, or to the next zero.
 class Utf8Reader {
@@ -53,6 +58,7 @@ public:
     template <LastPair Rule, class Unit>
     std::size_t read(Unit* out, std::size_t room) noexcept {
         std::size_t units = 0;
+        unsigned int plainly = 0;
         while (!m_cursor.atEnd()) {
             if (*m_cursor.position() < 0x80) {
                 if (units >= room) {
@@ -64,6 +70,15 @@ public:
                 units += run;
                 continue;
             }
+            if (plainly == 0 && units < room) {
+                const Stretch done = decodeStretch(out + units, room - units);
+                units += done.written;
+                if (done.read != 0) {
+                    continue;
+                }
+                plainly = kPlainly;
+            }
+            plainly -= plainly != 0 ? 1 : 0;
             // Decoded before the room is looked at: a bad byte behind the last unit that fits is an error too.
             const Utf8Sequence sequence = decodeUtf8Sequence(m_cursor.position());
             if (sequence.bytes == 0) {
@@ -87,6 +102,19 @@ public:
     [[nodiscard]] const unsigned char* position() const noexcept { return m_cursor.position(); }
 
 private:
+    /// Decodes what is well-formed in whole blocks; nothing, where there is no such thing.
+    template <class Unit>
+    Stretch decodeStretch(Unit* out, std::size_t room) noexcept {
+        static_assert(sizeof(Unit) == 2);
+        if (!kHasAvx2) {
+            return {0, 0};
+        }
+        const std::size_t most = std::min(m_cursor.left(), room * kMostUtf8BytesPerUnit);
+        const Stretch done = decodeUtf8Avx2(m_cursor.position(), most, out, room);
+        m_cursor.pass(done.read);
+        return done;
+    }
+
     BoundedCursor<unsigned char> m_cursor;
     bool m_failed = false;
 };
@@ -106,7 +134,17 @@ public:
             const std::size_t run = narrowAsciiRun(m_cursor.position(), most, out + bytes);
             m_cursor.pass(run);
             bytes += run;
+            unsigned int plainly = 0;
             while (bytes < enough && !m_cursor.atEnd() && *m_cursor.position() >= 0x80) {
+                if (plainly == 0) {
+                    const Stretch done = encodeStretch(out + bytes, enough - bytes + kLongestUtf8Sequence);
+                    bytes += done.written;
+                    if (done.read != 0) {
+                        continue;
+                    }
+                    plainly = kPlainly;
+                }
+                --plainly;
                 const Unit* next = m_cursor.position();
                 bytes += encodeUtf8Sequence(takeValue<Rule>(next), out + bytes);
                 m_cursor.pass(static_cast<std::size_t>(next - m_cursor.position()));
@@ -118,6 +156,18 @@ public:
     [[nodiscard]] bool atEnd() const noexcept { return m_cursor.atEnd(); }
 
 private:
+    /// Encodes what is well-formed in whole blocks; nothing, where there is no such thing.
+    Stretch encodeStretch(unsigned char* out, std::size_t room) noexcept {
+        static_assert(sizeof(Unit) == 2);
+        if (!kHasAvx2) {
+            return {0, 0};
+        }
+        constexpr bool kPaired = Rule == Surrogates::Paired;
+        const Stretch done = encodeUtf8Avx2(m_cursor.position(), m_cursor.left(), out, room, kPaired);
+        m_cursor.pass(done.read);
+        return done;
+    }
+
     BoundedCursor<Unit> m_cursor;
 };
 

@@ -92,7 +92,8 @@ int decode(const T* text, const int* table, char pad, Array<unsigned char>& byte
             // Asked only when there is too little: the text has to be measured for it.
             out.reserve(std::char_traits<T>::length(text) / 4 * 3 + text::kBlockBytes + text::kBlockOverhang);
         }
-        const std::size_t blocks = text::decodeWholeBlocks(text, kernels::kBase64Values, out.free(), out.room());
+        const std::size_t blocks =
+            text::decodeWholeBlocks(text, kernels::kBase64Rows, kernels::Strangers::Stop, out.free(), out.room());
         if (blocks != 0) {
             text += blocks * text::kBlockCharacters;
             out.written(blocks * text::kBlockBytes);

@@ -15,16 +15,18 @@ namespace {
 
 /// The value of a character; 0 for one that the table does not know.
 unsigned int valueOf(wchar_t unit) noexcept {
-    constexpr unsigned int kSixBits = 0x3F;
-    return unit < std::size(kernels::kDaylightValues.values) ? kernels::kDaylightValues.values[unit] & kSixBits : 0;
+    using kernels::kDaylightValues;
+    const bool isKnown =
+        unit < std::size(kDaylightValues.values) && kDaylightValues.values[unit] != kernels::SixBitValues::kNone;
+    return isKnown ? kDaylightValues.values[unit] : 0;
 }
 
 void decodeGroups(std::wstring_view text, Array<unsigned char>& bytes) noexcept {
     constexpr std::size_t kGroupsBetweenBlocks = 8;
     unsigned char* out = bytes.data();
     while (!text.empty()) {
-        const std::size_t blocks =
-            text::decodeWholeBlocks(text.data(), kernels::kDaylightValues, out, text.size() / 4 * 3);
+        const std::size_t blocks = text::decodeWholeBlocks(text.data(), kernels::kDaylightRows,
+                                                           kernels::Strangers::Zeros, out, text.size() / 4 * 3);
         text.remove_prefix(blocks * text::kBlockCharacters);
         out += blocks * text::kBlockBytes;
         for (std::size_t group = 0; group < kGroupsBetweenBlocks && !text.empty(); ++group, out += 3) {

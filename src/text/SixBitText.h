@@ -43,15 +43,14 @@ inline constexpr std::size_t kBlockCharacters = 32;
 inline constexpr std::size_t kBlockBytes = 24;
 inline constexpr std::size_t kBlockOverhang = 8;  // bytes that are written behind the last block
 
-/// Decodes plain characters as long as whole blocks of them come and `room` bytes hold them, and returns how many
-/// blocks.
+/// Decodes whole blocks while there are some and `room` bytes hold them, and returns how many.
 template <class T>
-std::size_t decodeWholeBlocks(const T* text, const kernels::SixBitValues& values, unsigned char* out,
-                              std::size_t room) noexcept {
+std::size_t decodeWholeBlocks(const T* text, const kernels::SixBitRows& rows, kernels::Strangers strangers,
+                              unsigned char* out, std::size_t room) noexcept {
     if (!kernels::kHasAvx2 || room < kBlockBytes + kBlockOverhang) {
         return 0;
     }
-    return kernels::decodeSixBitsAvx2(text, (room - kBlockOverhang) / kBlockBytes, values, out);
+    return kernels::decodeSixBitsAvx2(text, (room - kBlockOverhang) / kBlockBytes, rows, strangers, out);
 }
 
 }  // namespace vorel::text
