@@ -10,6 +10,7 @@
 #include <ostream>
 #include <string>
 #include <string_view>
+#include <type_traits>
 
 #include <gtest/gtest.h>
 
@@ -17,9 +18,18 @@
 
 namespace test {
 
-/// Doubles are compared by their bits: the sign of zero counts.
+/// Doubles are compared by their bits: the sign of a zero counts.
 inline std::uint64_t bitsOf(double value) {
     return std::bit_cast<std::uint64_t>(value);
+}
+
+template <class Value>
+bool isSame(Value a, Value b) {
+    if constexpr (std::is_same_v<Value, double>) {
+        return bitsOf(a) == bitsOf(b);
+    } else {
+        return a == b;
+    }
 }
 
 template <class Value>
@@ -29,44 +39,34 @@ struct Scanned {
 
     bool operator==(const Scanned& other) const { return isSame(value, other.value) && read == other.read; }
 
-    static bool isSame(Value a, Value b) {
-        if constexpr (std::is_same_v<Value, double>) {
-            return bitsOf(a) == bitsOf(b);
-        } else {
-            return a == b;
-        }
-    }
-
     friend std::ostream& operator<<(std::ostream& out, const Scanned& scanned) {
-        return out << scanned.value << " after " << scanned.read << " characters";
+        return out << scanned.value << " from " << scanned.read << " characters";
     }
 };
 
 /// Runs a scanner over a text, and once more without an end, which changes nothing.
 template <class T, class Value>
-Scanned<Value> scan(std::basic_string_view<T> units, Value (*function)(const T*, T**) noexcept) {
-    const std::basic_string<T> text(units);
+Scanned<Value> scanUnits(const std::basic_string<T>& text, Value (*function)(const T*, T**) noexcept) {
     T* end = nullptr;
-    const Scanned<Value> scanned = {function(text.c_str(), &end), end - text.c_str()};
-    EXPECT_TRUE(Scanned<Value>::isSame(function(text.c_str(), nullptr), scanned.value)) << scanned;
-    return scanned;
+    const Value value = function(text.c_str(), &end);
+    EXPECT_TRUE(isSame(function(text.c_str(), nullptr), value));
+    return {value, end - text.c_str()};
 }
 
 template <class T, class Value>
-Scanned<Value> scan(std::string_view units, Value (*function)(const T*, T**) noexcept) requires(sizeof(T) > 1)
-{
-    return scan<T, Value>(std::basic_string_view<T>(text<T>(units)), function);
+Scanned<Value> scan(std::string_view units, Value (*function)(const T*, T**) noexcept) {
+    return scanUnits<T, Value>(text<T>(units), function);
 }
 
-/// The same for the scanners that are told whether to skip the white space behind a number.
+/// The same for a scanner that is told whether to skip the white space behind a number.
 template <class T, class Value>
 Scanned<Value> scan(std::string_view units, Value (*function)(const T*, const T**, bool) noexcept,
                     bool skipTrailingSpace) {
     const std::basic_string<T> text = test::text<T>(units);
     const T* end = nullptr;
-    const Scanned<Value> scanned = {function(text.c_str(), &end, skipTrailingSpace), end - text.c_str()};
-    EXPECT_EQ(function(text.c_str(), nullptr, skipTrailingSpace), scanned.value);
-    return scanned;
+    const Value value = function(text.c_str(), &end, skipTrailingSpace);
+    EXPECT_EQ(function(text.c_str(), nullptr, skipTrailingSpace), value);
+    return {value, end - text.c_str()};
 }
 
 }  // namespace test

@@ -1,7 +1,8 @@
+// Integers of every width, decimal and hexadecimal. Doubles, and the questions whether a text is a number, have files
+// of their own.
+
 #include "vorel/values/NumberParsing.h"
 
-#include <bit>
-#include <clocale>
 #include <cstdint>
 #include <limits>
 #include <string>
@@ -10,249 +11,264 @@
 
 #include <gtest/gtest.h>
 
+#include "support/Scans.h"
 #include "support/Widths.h"
 
 namespace {
 
+using test::scan;
+using test::Scanned;
 namespace util = vorel::util;
 
 template <class T>
 class NumberParsing : public ::testing::Test {};
 TYPED_TEST_SUITE(NumberParsing, test::CharacterTypes, test::CharacterNames);
 
-/// What a scan gave, and how many characters it went through.
-template <class Value>
-struct Scanned {
-    Value value;
+/// What an integer is worth in 64 bits, of which the 32-bit forms give the lower half, and where the scan of it stops:
+/// with and without the white space behind it.
+struct Row {
+    std::string text;
+    std::uint64_t worth;
     std::ptrdiff_t read;
-    bool operator==(const Scanned&) const = default;
+    std::ptrdiff_t readWithoutBlanks;
+
+    Row(std::string units, std::uint64_t value, std::ptrdiff_t end, std::ptrdiff_t endWithoutBlanks)
+        : text(std::move(units)), worth(value), read(end), readWithoutBlanks(endWithoutBlanks) {}
+    /// The whole text is the number.
+    Row(std::string units, std::uint64_t value)
+        : text(std::move(units)),
+          worth(value),
+          read(static_cast<std::ptrdiff_t>(text.size())),
+          readWithoutBlanks(read) {}
 };
 
-template <class T, class Value>
-Scanned<Value> scan(std::string_view units, Value (*function)(const T*, T**) noexcept) {
-    const std::basic_string<T> text = test::text<T>(units);
-    T* end = nullptr;
-    const Value value = function(text.c_str(), &end);
-    EXPECT_EQ(function(text.c_str(), nullptr), value);
-    return {value, end - text.c_str()};
+template <class Value>
+Scanned<Value> scanned(const Row& row, bool skipTrailingSpace) {
+    return {static_cast<Value>(row.worth), skipTrailingSpace ? row.read : row.readWithoutBlanks};
 }
 
-template <class Value>
-struct Row {
-    std::string_view text;
-    Value value;
-    std::ptrdiff_t read;
-};
+template <class T>
+void expectSigned(const Row& row) {
+    SCOPED_TRACE(row.text);
+    for (const bool skip : {false, true}) {
+        EXPECT_EQ((scan<T, int>(row.text, util::stringToInteger, skip)), scanned<int>(row, skip));
+        EXPECT_EQ((scan<T, long long>(row.text, util::stringToInteger64, skip)), scanned<long long>(row, skip));
+    }
+    EXPECT_EQ((scan<T, int>(row.text, util::stringToInt)), scanned<int>(row, true));
+    EXPECT_EQ((scan<T, long long>(row.text, util::stringToInt64)), scanned<long long>(row, true));
+}
 
-constexpr int kSmallest = std::numeric_limits<int>::min();
+template <class T>
+void expectUnsigned(const Row& row) {
+    using Large = unsigned long long;
+    SCOPED_TRACE(row.text);
+    for (const bool skip : {false, true}) {
+        EXPECT_EQ((scan<T, Large>(row.text, util::stringToUnsignedInteger64, skip)), scanned<Large>(row, skip));
+    }
+    EXPECT_EQ((scan<T, unsigned int>(row.text, util::stringToUInt)), scanned<unsigned int>(row, true));
+    EXPECT_EQ((scan<T, Large>(row.text, util::stringToUInt64)), scanned<Large>(row, true));
+}
 
-TYPED_TEST(NumberParsing, StringToInt_ReadsBlanksSignDigitsAndBlanks) {
-    const std::vector<Row<int>> rows = {
-        {" \t42  ", 42, 6},
-        {"+7", 7, 2},
-        {"-7x", -7, 2},
-        {"", 0, 0},
-        {" \r\n", 0, 3},
-        {"  -x", 0, 3},
-        {"--1", 0, 1},
-        {"1,000", 1, 1},
-        {"4294967297", 1, 10},
-        {"-2147483648", kSmallest, 11},
-        {"2147483648", kSmallest, 10},
-    };
-    for (const Row<int>& row : rows) {
-        EXPECT_EQ((scan<TypeParam, int>(row.text, util::stringToInt)), (Scanned<int>{row.value, row.read})) << row.text;
+/// Texts that signed and unsigned scanners read alike.
+template <class T>
+void expectBoth(const Row& row) {
+    expectSigned<T>(row);
+    expectUnsigned<T>(row);
+}
+
+TYPED_TEST(NumberParsing, Integers_AreBlanksASignAndDigits) {
+    for (const Row& row : {Row("0", 0), Row("7", 7), Row("0123456789", 123456789), Row("0007", 7), Row("+7", 7),
+                           Row(" \t\r\n42", 42), Row(" +42", 42), Row("1234567890123456", 1234567890123456)}) {
+        expectBoth<TypeParam>(row);
     }
 }
 
-TYPED_TEST(NumberParsing, StringToUInt_StopsAtAMinus) {
-    EXPECT_EQ((scan<TypeParam, unsigned int>("-5", util::stringToUInt)), (Scanned<unsigned int>{0, 0}));
-    EXPECT_EQ((scan<TypeParam, unsigned int>("+5 ", util::stringToUInt)), (Scanned<unsigned int>{5, 3}));
-    EXPECT_EQ((scan<TypeParam, unsigned int>("4294967295", util::stringToUInt)),
-              (Scanned<unsigned int>{4294967295u, 10}));
-    EXPECT_EQ((scan<TypeParam, unsigned long long>(" -5", util::stringToUInt64)), (Scanned<unsigned long long>{0, 1}));
-    EXPECT_EQ((scan<TypeParam, unsigned long long>("18446744073709551617", util::stringToUInt64)),
-              (Scanned<unsigned long long>{1, 20}));
+TYPED_TEST(NumberParsing, Integers_SkipTrailingBlanksOnlyWhenAskedTo) {
+    for (const Row& row :
+         {Row("42  ", 42, 4, 2), Row(" 42 \t\r\nx", 42, 7, 3), Row("42 7", 42, 3, 2), Row("+ 7", 0, 2, 1)}) {
+        expectBoth<TypeParam>(row);
+    }
 }
 
-TYPED_TEST(NumberParsing, StringToInt64_WrapsAroundAt64Bits) {
+TYPED_TEST(NumberParsing, Integers_StopAtWhatIsNoDigitAndRollNothingBack) {
+    for (const Row& row :
+         {Row("", 0), Row(" \t\r\n", 0), Row("x12", 0, 0, 0), Row("  x", 0, 2, 2), Row("  +x", 0, 3, 3), Row("+", 0),
+          Row("++1", 0, 1, 1), Row("12x", 12, 2, 2), Row("1,000", 1, 1, 1), Row("1.5", 1, 1, 1), Row("1e3", 1, 1, 1),
+          Row("0x10", 0, 1, 1), Row("5/", 5, 1, 1), Row("5:", 5, 1, 1), Row("7-", 7, 1, 1)}) {
+        expectBoth<TypeParam>(row);
+    }
+}
+
+TYPED_TEST(NumberParsing, Integers_TakeNoOtherControlCharacterForABlank) {
+    for (const Row& row : {Row("\v7", 0, 0, 0), Row("\f7", 0, 0, 0), Row("\b7", 0, 0, 0),
+                           Row("\x1F"
+                               "7",
+                               0, 0, 0),
+                           Row("7\v", 7, 1, 1), Row("7\f", 7, 1, 1), Row("7\x0E", 7, 1, 1)}) {
+        expectBoth<TypeParam>(row);
+    }
+}
+
+TYPED_TEST(NumberParsing, Integers_WrapAround) {
+    const std::string zeros(64, '0');
+    for (const Row& row :
+         {Row("2147483647", 2147483647), Row("2147483648", 2147483648), Row("4294967295", 4294967295),
+          Row("4294967296", 4294967296), Row("4294967297", 4294967297),
+          Row("9223372036854775807", 9223372036854775807u), Row("9223372036854775808", 9223372036854775808u),
+          Row("18446744073709551615", 18446744073709551615u), Row("18446744073709551616", 0),
+          Row("18446744073709551617", 1), Row("100000000000000000000", 7766279631452241920u), Row("1" + zeros, 0),
+          Row("1" + zeros + "77", 77), Row(zeros + "77", 77), Row("+" + zeros + "18446744073709551618 ", 2, 86, 85)}) {
+        expectBoth<TypeParam>(row);
+    }
+}
+
+TYPED_TEST(NumberParsing, SignedIntegers_TakeOneMinus) {
+    constexpr std::uint64_t kHighest = std::uint64_t{1} << 63;
+    const auto minus = [](std::uint64_t worth) { return ~worth + 1; };
+    for (const Row& row : {Row("-7", minus(7)), Row("-0", 0), Row("  -x", 0, 3, 3), Row("-", 0), Row("--1", 0, 1, 1),
+                           Row("+-1", 0, 1, 1), Row("-+1", 0, 1, 1), Row("- 1", 0, 2, 1), Row("-42 ", minus(42), 4, 3),
+                           Row("-2147483648", minus(2147483648)), Row("-2147483649", minus(2147483649)),
+                           Row("-4294967297", minus(4294967297)), Row("-9223372036854775808", kHighest),
+                           Row("-9223372036854775809", kHighest - 1), Row("-18446744073709551615", 1)}) {
+        expectSigned<TypeParam>(row);
+    }
+}
+
+TYPED_TEST(NumberParsing, SignedIntegers_ReachBothLimits) {
+    constexpr int kSmallest = std::numeric_limits<int>::min();
+    constexpr long long kSmallest64 = std::numeric_limits<long long>::min();
+    EXPECT_EQ((scan<TypeParam, int>("-2147483648", util::stringToInt)), (Scanned<int>{kSmallest, 11}));
+    EXPECT_EQ((scan<TypeParam, int>("2147483648", util::stringToInt)), (Scanned<int>{kSmallest, 10}));
+    EXPECT_EQ((scan<TypeParam, int>("-2147483649", util::stringToInt)), (Scanned<int>{2147483647, 11}));
+    EXPECT_EQ((scan<TypeParam, int>("4294967297", util::stringToInt)), (Scanned<int>{1, 10}));
     EXPECT_EQ((scan<TypeParam, long long>("-9223372036854775808", util::stringToInt64)),
-              (Scanned<long long>{std::numeric_limits<long long>::min(), 20}));
+              (Scanned<long long>{kSmallest64, 20}));
     EXPECT_EQ((scan<TypeParam, long long>("9223372036854775808", util::stringToInt64)),
-              (Scanned<long long>{std::numeric_limits<long long>::min(), 19}));
+              (Scanned<long long>{kSmallest64, 19}));
 }
 
-TYPED_TEST(NumberParsing, TrailingBlanksAreSkippedOnlyWhenAskedFor) {
-    const std::basic_string<TypeParam> text = test::text<TypeParam>("42  ");
-    const TypeParam* end = nullptr;
-    EXPECT_EQ(util::stringToInteger(text.c_str(), &end, false), 42);
-    EXPECT_EQ(end - text.c_str(), 2);
-    EXPECT_EQ(util::stringToInteger64(text.c_str(), &end, true), 42);
-    EXPECT_EQ(end - text.c_str(), 4);
-    EXPECT_EQ(util::stringToUnsignedInteger64(text.c_str(), &end, false), 42u);
-    EXPECT_EQ(end - text.c_str(), 2);
+TYPED_TEST(NumberParsing, UnsignedIntegers_StopAtAMinus) {
+    for (const Row& row : {Row("-5", 0, 0, 0), Row(" -5", 0, 1, 1), Row("+-5", 0, 1, 1), Row("-", 0, 0, 0),
+                           Row("- ", 0, 0, 0), Row(" +5 ", 5, 4, 3)}) {
+        expectUnsigned<TypeParam>(row);
+    }
+}
+
+/// Expects that a scanner gives 0 for no text at all, with an end that is no text either.
+template <class T, class Value>
+void expectNothingForNull(Value (*function)(const T*, T**) noexcept) {
+    T character = 0;
+    T* end = &character;
+    EXPECT_TRUE(test::isSame(function(nullptr, &end), Value{}));
+    EXPECT_EQ(end, nullptr);
+    EXPECT_TRUE(test::isSame(function(nullptr, nullptr), Value{}));
+}
+
+template <class T, class Value>
+void expectNothingForNull(Value (*function)(const T*, const T**, bool) noexcept) {
+    for (const bool skip : {false, true}) {
+        const T character = 0;
+        const T* end = &character;
+        EXPECT_EQ(function(nullptr, &end, skip), Value{});
+        EXPECT_EQ(end, nullptr);
+        EXPECT_EQ(function(nullptr, nullptr, skip), Value{});
+    }
 }
 
 TYPED_TEST(NumberParsing, NullIsZeroWithANullEnd) {
-    const TypeParam* const null = nullptr;
-    TypeParam character = 0;
-    TypeParam* end = &character;
-    EXPECT_EQ(util::stringToInt(null, &end), 0);
-    EXPECT_EQ(end, nullptr);
-    EXPECT_EQ(util::stringToDouble(null, nullptr), 0.0);
-    EXPECT_EQ(util::hexToInt(null, nullptr), 0);
-    int integer = 5;
-    double number = 5;
-    EXPECT_FALSE(util::tryStringToInteger(null, integer));
-    EXPECT_FALSE(util::tryStringToDouble(null, number));
-    EXPECT_EQ(integer, 5);
-    EXPECT_EQ(number, 5);
-    EXPECT_FALSE(util::canCoerceToInteger(null, true));
-    EXPECT_FALSE(util::canCoerceToDouble(null, true));
+    expectNothingForNull<TypeParam, int>(util::stringToInteger);
+    expectNothingForNull<TypeParam, long long>(util::stringToInteger64);
+    expectNothingForNull<TypeParam, unsigned long long>(util::stringToUnsignedInteger64);
+    expectNothingForNull<TypeParam, int>(util::stringToInt);
+    expectNothingForNull<TypeParam, unsigned int>(util::stringToUInt);
+    expectNothingForNull<TypeParam, long long>(util::stringToInt64);
+    expectNothingForNull<TypeParam, unsigned long long>(util::stringToUInt64);
+    expectNothingForNull<TypeParam, int>(util::hexToInteger);
+    expectNothingForNull<TypeParam, int>(util::hexToInt);
+    expectNothingForNull<TypeParam, double>(util::stringToDouble);
 }
 
-TEST(NumberParsingWidths, NoBreakSpaceIsWhiteSpaceInWideTextOnly) {
-    wchar_t* wideEnd = nullptr;
-    EXPECT_EQ(util::stringToInt(L"\u00A07", &wideEnd), 7);
-    const char* const narrow = "\xA0"
-                               "7";
-    char* end = nullptr;
-    EXPECT_EQ(util::stringToInt(narrow, &end), 0);
-    EXPECT_EQ(end, narrow);
+TEST(NumberParsingWidths, TheNoBreakSpaceIsABlankInWideTextOnly) {
+    const Row between("\xA0\xA0"
+                      "7\xA0 x",
+                      7, 5, 3);
+    expectBoth<wchar_t>(between);
+    const Row before("\xA0"
+                     "7",
+                     0, 0, 0);
+    expectBoth<char>(before);
+    const Row behind(" 7 \xA0", 7, 3, 2);
+    expectBoth<char>(behind);
+    EXPECT_EQ((scan<wchar_t, int>("\xA0"
+                                  "1f\xA0",
+                                  util::hexToInteger)),
+              (Scanned<int>{0x1F, 4}));
+    EXPECT_EQ((scan<char, int>("\xA0"
+                               "1f",
+                               util::hexToInteger)),
+              (Scanned<int>{0, 0}));
+    EXPECT_EQ((scan<char, int>("1f\xA0", util::hexToInteger)), (Scanned<int>{0x1F, 2}));
 }
 
-TYPED_TEST(NumberParsing, HexToInteger_TakesNeitherSignNorPrefix) {
-    const std::vector<Row<int>> rows = {{"ff", 255, 2},
-                                        {" Ab ", 171, 4},
-                                        {"-1", 0, 0},
-                                        {"0x1F", 0, 1},
-                                        {"FFFFFFFF", -1, 8},
-                                        {"g", 0, 0},
-                                        {"12345678 ", 0x12345678, 9}};
-    for (const Row<int>& row : rows) {
-        EXPECT_EQ((scan<TypeParam, int>(row.text, util::hexToInteger)), (Scanned<int>{row.value, row.read}))
-            << row.text;
-        EXPECT_EQ((scan<TypeParam, int>(row.text, util::hexToInt)), (Scanned<int>{row.value, row.read})) << row.text;
+TEST(NumberParsingWidths, WideUnitsAreNotTakenForTheirLowerByte) {
+    // Units that end in the byte of a digit, digits and blanks of other scripts, and what is no character at all.
+    for (const wchar_t unit : {L'\u0131', L'\uFF11', L'\u0661', L'\u2003', L'\u3000', L'\u0120', L'\u012D', L'\xD831',
+                               L'\uFFFF', L'\u0085'}) {
+        const std::wstring text = std::wstring(L"4") + unit + L"2";
+        EXPECT_EQ((test::scanUnits<wchar_t, int>(text, util::stringToInt)), (Scanned<int>{4, 1})) << int{unit};
+        EXPECT_EQ((test::scanUnits<wchar_t, int>(text, util::hexToInteger)), (Scanned<int>{4, 1})) << int{unit};
+        EXPECT_EQ((test::scanUnits<wchar_t, int>(text.substr(1), util::stringToInt)), (Scanned<int>{0, 0}))
+            << int{unit};
     }
 }
 
-TEST(NumberParsingWidths, HexDigitLimitsDiffer) {
-    EXPECT_EQ((scan<wchar_t, int>("1234567890", util::hexToInteger)), (Scanned<int>{0x12345678, 8}));
-    EXPECT_EQ((scan<char, int>("1234567890", util::hexToInteger)), (Scanned<int>{0x34567890, 10}));
-    EXPECT_EQ((scan<char, int>("12345678901234567", util::hexToInteger)),
-              (Scanned<int>{static_cast<int>(0x90123456), 16}));
-}
-
-std::uint64_t bitsOf(double value) {
-    return std::bit_cast<std::uint64_t>(value);
-}
-
-TYPED_TEST(NumberParsing, StringToDouble_FollowsItsArithmetic) {
-    constexpr double kInfinite = std::numeric_limits<double>::infinity();
-    const std::vector<Row<double>> rows = {
-        {"1.5e3x", 1500.0, 5},
-        {"2e", 2.0, 2},
-        {"2e+", 2.0, 3},
-        {"1e999", kInfinite, 5},
-        {"-1e999", -kInfinite, 6},
-        {"1e-999", 0.0, 6},
-        {"-", -0.0, 0},
-        {"  .", 0.0, 0},
-        {"NaN", 0.0, 0},
-        {"Inf", 0.0, 0},
-        {".5", 0.5, 2},
-        {"5.", 5.0, 2},
-        {"1.2.3", 1.2, 3},
-        {"0x10", 0.0, 1},
-        {"0.000000000000000000001", 0.0, 23},
-        {" 7 ", 7.0, 2},
-        {"123456789012345678901", 123456789012345678.0 * 1000.0, 21},
-    };
-    for (const Row<double>& row : rows) {
-        const Scanned<double> scanned = scan<TypeParam, double>(row.text, util::stringToDouble);
-        EXPECT_EQ(bitsOf(scanned.value), bitsOf(row.value)) << row.text << " " << scanned.value;
-        EXPECT_EQ(scanned.read, row.read) << row.text;
-    }
-}
-
-TYPED_TEST(NumberParsing, StringToDouble_ZeroTimesAnInfiniteFactorIsNotANumber) {
-    const std::basic_string<TypeParam> text = test::text<TypeParam>("0e999");
-    EXPECT_NE(util::stringToDouble(text.c_str(), nullptr), util::stringToDouble(text.c_str(), nullptr));
-}
-
-TYPED_TEST(NumberParsing, DecimalCommaOfALocaleMeansNothing) {
-    for (const char* locale : {"de-DE", "German_Germany", "fr-FR"}) {
-        if (std::setlocale(LC_ALL, locale)) {
-            break;
-        }
-    }
-    EXPECT_EQ((scan<TypeParam, double>("1.5", util::stringToDouble)), (Scanned<double>{1.5, 3}));
-    EXPECT_EQ((scan<TypeParam, double>("1,5", util::stringToDouble)), (Scanned<double>{1.0, 1}));
-    std::setlocale(LC_ALL, "C");
-}
-
-template <class Value>
-struct Attempt {
+struct HexRow {
     std::string_view text;
-    bool result;
-    Value value;  ///< what the caller's variable holds afterwards; it held 99
+    std::uint32_t worth;
+    std::ptrdiff_t read;
 };
 
-TYPED_TEST(NumberParsing, TryStringToInteger_WantsTheWholeText) {
-    const std::vector<Attempt<int>> rows = {
-        {" 42 ", true, 42}, {"-12.00", true, -12}, {"12.", true, 12},  {"12.5", false, 12}, {".0", false, 0},
-        {"", false, 0},     {"-", false, 0},       {"-3x", false, -3}, {"007", true, 7},    {"4294967297", true, 1},
-    };
-    for (const Attempt<int>& row : rows) {
-        int value = 99;
-        EXPECT_EQ(util::tryStringToInteger(test::text<TypeParam>(row.text).c_str(), value), row.result) << row.text;
-        EXPECT_EQ(value, row.value) << row.text;
+template <class T>
+void expectHex(const HexRow& row) {
+    const Scanned<int> wanted = {static_cast<int>(row.worth), row.read};
+    EXPECT_EQ((scan<T, int>(row.text, util::hexToInteger)), wanted) << row.text;
+    EXPECT_EQ((scan<T, int>(row.text, util::hexToInt)), wanted) << row.text;
+}
+
+TYPED_TEST(NumberParsing, HexToInteger_TakesDigitsOfEitherCaseBetweenBlanks) {
+    for (const HexRow& row :
+         {HexRow{"0", 0, 1}, HexRow{"9", 9, 1}, HexRow{"ff", 255, 2}, HexRow{"abcdef", 0xABCDEF, 6},
+          HexRow{"ABCDEF", 0xABCDEF, 6}, HexRow{"deadBEEF", 0xDEADBEEF, 8}, HexRow{" \t\r\n1F \t\r\n", 0x1F, 10},
+          HexRow{"7FFFFFFF", 0x7FFFFFFF, 8}, HexRow{"80000000", 0x80000000, 8}, HexRow{"FFFFFFFF", 0xFFFFFFFF, 8},
+          HexRow{"1 2", 1, 2}, HexRow{"1g", 1, 1}, HexRow{"", 0, 0}, HexRow{"  ", 0, 2}}) {
+        expectHex<TypeParam>(row);
     }
 }
 
-TYPED_TEST(NumberParsing, TryStringToDouble_RefusesAZeroExponent) {
-    const std::vector<Attempt<double>> rows = {
-        {" 3.25 ", true, 3.25},   {"3.25x", false, 3.25}, {"1e0", false, 1.0},     {"-2e", false, 2.0},
-        {"2.5E-00", false, 25.0}, {"1e2", true, 100.0},   {"-1.5", true, -1.5},    {"", false, 99},
-        {".", false, 99},         {"-", false, 99},       {"1e2 x", false, 100.0},
-    };
-    for (const Attempt<double>& row : rows) {
-        double value = 99;
-        EXPECT_EQ(util::tryStringToDouble(test::text<TypeParam>(row.text).c_str(), value), row.result) << row.text;
-        EXPECT_EQ(value, row.value) << row.text;
+TYPED_TEST(NumberParsing, HexToInteger_KnowsNeitherSignNorPrefix) {
+    for (const HexRow& row : {HexRow{"-1", 0, 0}, HexRow{"+1", 0, 0}, HexRow{" -1", 0, 1}, HexRow{"0x1F", 0, 1},
+                              HexRow{"x1F", 0, 0}, HexRow{"#1F", 0, 0}, HexRow{"1Fh", 0x1F, 2}}) {
+        expectHex<TypeParam>(row);
+    }
+    for (const char* const neighbour : {"/", ":", "@", "G", "`", "g"}) {
+        expectHex<TypeParam>({neighbour, 0, 0});
     }
 }
 
-struct Coercion {
-    std::string_view text;
-    bool strict;   ///< without leading zeros
-    bool lenient;  ///< with them
-};
-
-TYPED_TEST(NumberParsing, CanCoerceToInteger_KnowsLeadingZeros) {
-    const std::vector<Coercion> rows = {
-        {"0123", false, true},  {"0", true, true},    {"00", true, true},     {"0.0", true, true},
-        {"0123.0", true, true}, {"12.0", true, true}, {"12.5", false, false}, {"-5 ", true, true},
-        {"", false, false},     {".0", false, false}, {"1x", false, false},   {"+", false, false},
-    };
-    for (const Coercion& row : rows) {
-        const std::basic_string<TypeParam> text = test::text<TypeParam>(row.text);
-        EXPECT_EQ(util::canCoerceToInteger(text.c_str(), false), row.strict) << row.text;
-        EXPECT_EQ(util::canCoerceToInteger(text.c_str(), true), row.lenient) << row.text;
+TEST(NumberParsingWidths, HexToInteger_ReadsEightWideDigits) {
+    for (const HexRow& row :
+         {HexRow{"1234567890", 0x12345678, 8}, HexRow{"123456789", 0x12345678, 8}, HexRow{"12345678 9", 0x12345678, 9},
+          HexRow{"0000000012", 0, 8}, HexRow{"FFFFFFFFF", 0xFFFFFFFF, 8}}) {
+        expectHex<wchar_t>(row);
     }
 }
 
-TYPED_TEST(NumberParsing, CanCoerceToDouble_AcceptsAZeroExponent) {
-    const std::vector<Coercion> rows = {
-        {"1e0", true, true},    {"1e", false, false},  {"1e+", false, false}, {"NaN", false, false},
-        {"007", false, true},   {"007.5", true, true}, {"007e1", true, true}, {".5", true, true},
-        {"5.", true, true},     {".", false, false},   {"+", false, false},   {" -1.5e-3 ", true, true},
-        {"1.5x", false, false},
-    };
-    for (const Coercion& row : rows) {
-        const std::basic_string<TypeParam> text = test::text<TypeParam>(row.text);
-        EXPECT_EQ(util::canCoerceToDouble(text.c_str(), false), row.strict) << row.text;
-        EXPECT_EQ(util::canCoerceToDouble(text.c_str(), true), row.lenient) << row.text;
+TEST(NumberParsingWidths, HexToInteger_ReadsSixteenNarrowDigitsOfWhichTheLastEightCount) {
+    for (const HexRow& row : {HexRow{"1234567890", 0x34567890, 10}, HexRow{"123456789", 0x23456789, 9},
+                              HexRow{"1234567890abcdef", 0x90ABCDEF, 16}, HexRow{"1234567890abcdef0", 0x90ABCDEF, 16},
+                              HexRow{"1234567890ABCDEF 0", 0x90ABCDEF, 17}, HexRow{"000000000000000012", 0, 16},
+                              HexRow{"100000000", 0, 9}}) {
+        expectHex<char>(row);
     }
 }
 

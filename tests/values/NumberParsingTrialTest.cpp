@@ -1,0 +1,258 @@
+// The questions whether a text is a number: those that store it, and those that only ask.
+
+#include <limits>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "support/Scans.h"
+#include "support/Widths.h"
+#include "vorel/values/NumberParsing.h"
+
+namespace {
+
+namespace util = vorel::util;
+
+template <class T>
+class NumberParsingTrial : public ::testing::Test {};
+TYPED_TEST_SUITE(NumberParsingTrial, test::CharacterTypes, test::CharacterNames);
+
+template <class Value>
+struct Trial {
+    const char* text;
+    bool result;
+    Value value;  ///< what the caller's variable holds afterwards; it held 99
+};
+
+template <class T, class Value>
+void expectTrials(bool (*function)(const T*, Value&) noexcept, const std::vector<Trial<Value>>& rows) {
+    for (const Trial<Value>& row : rows) {
+        Value value = 99;
+        EXPECT_EQ(function(test::text<T>(row.text).c_str(), value), row.result) << row.text;
+        EXPECT_TRUE(test::isSame(value, row.value)) << value << " from " << row.text;
+    }
+}
+
+TYPED_TEST(NumberParsingTrial, TryStringToInteger_WantsTheWholeText) {
+    constexpr int kSmallest = std::numeric_limits<int>::min();
+    expectTrials<TypeParam, int>(util::tryStringToInteger,
+                                 {{"0", true, 0},
+                                  {"42", true, 42},
+                                  {" \t\r\n42 \t\r\n", true, 42},
+                                  {"+42", true, 42},
+                                  {"-42", true, -42},
+                                  {"-0", true, 0},
+                                  {"007", true, 7},
+                                  {"-42 ", true, -42},
+                                  {"2147483647", true, 2147483647},
+                                  {"-2147483648", true, kSmallest},
+                                  {"2147483648", true, kSmallest},
+                                  {"4294967297", true, 1},
+                                  {"-4294967297", true, -1},
+                                  {"12345678901234567890123456789012", true, static_cast<int>(0x90A03A14)}});
+}
+
+TYPED_TEST(NumberParsingTrial, TryStringToInteger_TakesAPointAndZerosBehindIt) {
+    expectTrials<TypeParam, int>(util::tryStringToInteger, {{"12.", true, 12},
+                                                            {"12.0", true, 12},
+                                                            {"12.000 ", true, 12},
+                                                            {"-12.00", true, -12},
+                                                            {"0.0", true, 0},
+                                                            {"12.5", false, 12},
+                                                            {"12.05", false, 12},
+                                                            {"12.0.0", false, 12},
+                                                            {"12..", false, 12},
+                                                            {"12 .0", false, 12},
+                                                            {"-12.5", false, -12},
+                                                            {"12.0e0", false, 12}});
+}
+
+TYPED_TEST(NumberParsingTrial, TryStringToInteger_StoresWhatItReadAlsoWhenItRefuses) {
+    expectTrials<TypeParam, int>(util::tryStringToInteger, {{"", false, 0},
+                                                            {"  ", false, 0},
+                                                            {"-", false, 0},
+                                                            {"+", false, 0},
+                                                            {".", false, 0},
+                                                            {".0", false, 0},
+                                                            {"-.0", false, 0},
+                                                            {"x", false, 0},
+                                                            {"+-5", false, 0},
+                                                            {"- 5", false, 0},
+                                                            {"5x", false, 5},
+                                                            {"-3x", false, -3},
+                                                            {"-3 x", false, -3},
+                                                            {"1 2", false, 1},
+                                                            {"1,000", false, 1},
+                                                            {"1e3", false, 1},
+                                                            {"0x10", false, 0}});
+}
+
+TYPED_TEST(NumberParsingTrial, TryStringToDouble_WantsTheWholeText) {
+    constexpr double kInfinite = std::numeric_limits<double>::infinity();
+    expectTrials<TypeParam, double>(util::tryStringToDouble, {{" 3.25 ", true, 3.25},
+                                                              {" \t\r\n-.5 \t\r\n", true, -0.5},
+                                                              {"5.", true, 5.0},
+                                                              {"+5", true, 5.0},
+                                                              {"0", true, 0.0},
+                                                              {"-0", true, -0.0},
+                                                              {"1e2", true, 100.0},
+                                                              {"1E+2 ", true, 100.0},
+                                                              {"-1e-2", true, -1.0 / 100.0},
+                                                              {"1e33", true, 0x1.8a6e32246c99dp+109},
+                                                              {"1e999", true, kInfinite},
+                                                              {"-1e999", true, -kInfinite},
+                                                              {"1e-999", true, 0.0},
+                                                              {"1e4294967298", true, 100.0},
+                                                              {"0.000000000000000000001", true, 0.0}});
+}
+
+TYPED_TEST(NumberParsingTrial, TryStringToDouble_StoresTheNumberInFrontOfWhatItRefuses) {
+    expectTrials<TypeParam, double>(util::tryStringToDouble, {{"3.25x", false, 3.25},
+                                                              {"-3.25x", false, -3.25},
+                                                              {"1.5 x", false, 1.5},
+                                                              {"1.5.5", false, 1.5},
+                                                              {"1e2x", false, 100.0},
+                                                              {"-1e2 x", false, -100.0},
+                                                              {"1e5e5", false, 1e5},
+                                                              {"1e2.0", false, 100.0},
+                                                              {"1 e2", false, 1.0},
+                                                              {"1,5", false, 1.0},
+                                                              {"0x10", false, 0.0}});
+}
+
+TYPED_TEST(NumberParsingTrial, TryStringToDouble_LeavesTheVariableAloneWithoutDigits) {
+    for (const char* const text : {"", " ", "-", "+", ".", "-.", "  .", ".e5", "e5", "x", "--1", "NaN", "-Inf"}) {
+        expectTrials<TypeParam, double>(util::tryStringToDouble, {{text, false, 99}});
+    }
+}
+
+TYPED_TEST(NumberParsingTrial, TryStringToDouble_RefusesAZeroExponentWithTheBareMantissaStored) {
+    expectTrials<TypeParam, double>(util::tryStringToDouble, {{"1e0", false, 1.0},
+                                                              {"1e", false, 1.0},
+                                                              {"1e+", false, 1.0},
+                                                              {"1e-", false, 1.0},
+                                                              {"1ex", false, 1.0},
+                                                              {"1e 5", false, 1.0},
+                                                              {"1E000", false, 1.0},
+                                                              {"-2e", false, 2.0},
+                                                              {"-1e0", false, 1.0},
+                                                              {"2.5E-00", false, 25.0},
+                                                              {" -1.25e+00 ", false, 125.0},
+                                                              {"1e4294967296", false, 1.0},  // 0 again
+                                                              {"1234567890123456789e0", false, 123456789012345678.0}});
+}
+
+TYPED_TEST(NumberParsingTrial, NullIsNoNumberAndLeavesTheVariableAlone) {
+    const TypeParam* const null = nullptr;
+    int integer = 99;
+    double number = 99;
+    EXPECT_FALSE(util::tryStringToInteger(null, integer));
+    EXPECT_FALSE(util::tryStringToDouble(null, number));
+    EXPECT_EQ(integer, 99);
+    EXPECT_EQ(number, 99);
+    for (const bool allow : {false, true}) {
+        EXPECT_FALSE(util::canCoerceToInteger(null, allow));
+        EXPECT_FALSE(util::canCoerceToDouble(null, allow));
+    }
+}
+
+template <class T>
+using Question = bool (*)(const T*, bool) noexcept;
+
+/// Expects the answers without leading zeros and with them.
+template <class T>
+void expectAnswers(Question<T> question, const std::vector<const char*>& texts, bool strict, bool lenient) {
+    for (const char* const row : texts) {
+        const std::basic_string<T> text = test::text<T>(row);
+        EXPECT_EQ(question(text.c_str(), false), strict) << row;
+        EXPECT_EQ(question(text.c_str(), true), lenient) << row;
+    }
+}
+
+template <class T>
+constexpr Question<T> kIsInteger = util::canCoerceToInteger;
+template <class T>
+constexpr Question<T> kIsDouble = util::canCoerceToDouble;
+
+TYPED_TEST(NumberParsingTrial, CanCoerceToInteger_AcceptsDigitsAndAFractionOfZeros) {
+    expectAnswers<TypeParam>(kIsInteger<TypeParam>,
+                             {"0", "7", "42", "+42", "-42", " \t\r\n+5 \t\r\n", "-5 ", "12.", "12.0", "12.000 ",
+                              "99999999999999999999999999", "10", "100"},
+                             true, true);
+}
+
+TYPED_TEST(NumberParsingTrial, CanCoerceToInteger_RefusesEverythingElse) {
+    expectAnswers<TypeParam>(kIsInteger<TypeParam>,
+                             {"",      " ",      "+",     "-",   ".",     ".0",     "-.0",  "x",     "1x",
+                              "0x1",   "0123x",  "- 5",   "+-5", "5 5",   "0 1",    "12.5", "12.05", "12..",
+                              "12 .0", "12.0.0", "12.0x", "1e0", "1,000", "0123.5", "NaN"},
+                             false, false);
+}
+
+TYPED_TEST(NumberParsingTrial, CanCoerceToInteger_RefusesLeadingZerosUnlessTheyAreAllowed) {
+    expectAnswers<TypeParam>(kIsInteger<TypeParam>, {"0123", "-0123", "+0123", " 01 ", "010", "0001"}, false, true);
+    // Nothing but zeros is one zero, and a point takes the rule away.
+    expectAnswers<TypeParam>(kIsInteger<TypeParam>, {"00", "-000", "0.0", "00.", "0123.0", "0123.", "-01.00 "}, true,
+                             true);
+}
+
+TYPED_TEST(NumberParsingTrial, CanCoerceToDouble_AcceptsAFractionAndAnExponent) {
+    expectAnswers<TypeParam>(kIsDouble<TypeParam>,
+                             {"0",
+                              "7",
+                              "-7",
+                              "+7",
+                              ".5",
+                              "5.",
+                              "+.5",
+                              "-5.",
+                              "1.5",
+                              "0.5",
+                              ".0",
+                              "1e5",
+                              "1E+5",
+                              "1e-05",
+                              "1.5e5",
+                              "5.e1",
+                              ".5e1",
+                              "1e0",
+                              "1e00",
+                              " -1.5e-3 ",
+                              " \t\r\n1 \t\r\n",
+                              "1e99999999999999",
+                              "10"},
+                             true, true);
+}
+
+TYPED_TEST(NumberParsingTrial, CanCoerceToDouble_RefusesEverythingElse) {
+    expectAnswers<TypeParam>(kIsDouble<TypeParam>,
+                             {"",     " ",    "+",   "-",   ".",    "-.",   "..",    "5..",     "1.5.2",
+                              ".e5",  "e5",   "1e",  "1e+", "1e-",  "1e ",  "1e+-5", "1e5.0",   "1e5e5",
+                              "1e 5", "1 e5", "1x",  "1 x", "1.5x", "1e5x", "007e",  "007x",    "0x10",
+                              "1,5",  "--1",  "- 1", "NaN", "nan",  "Inf",  "-Inf",  "Infinity"},
+                             false, false);
+}
+
+TYPED_TEST(NumberParsingTrial, CanCoerceToDouble_RefusesLeadingZerosUnlessTheyAreAllowed) {
+    expectAnswers<TypeParam>(kIsDouble<TypeParam>, {"007", "-07", "+07", " 07 ", "010"}, false, true);
+    // Nothing but zeros is one zero, and a point or an exponent takes the rule away.
+    expectAnswers<TypeParam>(kIsDouble<TypeParam>,
+                             {"00", "0000", "007.5", "007.", "000.5", "007e1", "07e0", "007.5e1", "00.0"}, true, true);
+}
+
+TEST(NumberParsingTrialWidths, TheNoBreakSpaceIsABlankInWideTextOnly) {
+    constexpr const char* kBefore = "\xA0"
+                                    "7";
+    constexpr const char* kBehind = "7\xA0";
+    expectTrials<wchar_t, int>(util::tryStringToInteger, {{kBefore, true, 7}, {kBehind, true, 7}});
+    expectTrials<char, int>(util::tryStringToInteger, {{kBefore, false, 0}, {kBehind, false, 7}});
+    expectTrials<wchar_t, double>(util::tryStringToDouble, {{kBefore, true, 7}, {kBehind, true, 7}});
+    expectTrials<char, double>(util::tryStringToDouble, {{kBefore, false, 99}, {kBehind, false, 7}});
+    expectAnswers<wchar_t>(kIsInteger<wchar_t>, {kBefore, kBehind}, true, true);
+    expectAnswers<char>(kIsInteger<char>, {kBefore, kBehind}, false, false);
+    expectAnswers<wchar_t>(kIsDouble<wchar_t>, {kBefore, kBehind}, true, true);
+    expectAnswers<char>(kIsDouble<char>, {kBefore, kBehind}, false, false);
+}
+
+}  // namespace
