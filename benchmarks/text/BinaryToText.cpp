@@ -27,7 +27,7 @@ std::size_t encodeBase64(const unsigned char* bytes, std::size_t count, T* out) 
     if (count != 0) {
         const unsigned int second = count == 2 ? bytes[1] : 0u;
         out[0] = static_cast<T>(kAlphabet[bytes[0] >> 2]);
-        out[1] = static_cast<T>(kAlphabet[(bytes[0] & 3) << 4 | second >> 4]);
+        out[1] = static_cast<T>(kAlphabet[(bytes[0] & 3u) << 4 | second >> 4]);
         out[2] = static_cast<T>(count == 2 ? kAlphabet[(second & 15) << 2] : '=');
         out[3] = static_cast<T>('=');
         out += 4;
@@ -36,12 +36,12 @@ std::size_t encodeBase64(const unsigned char* bytes, std::size_t count, T* out) 
     return static_cast<std::size_t>(out - start);
 }
 
-const std::array<signed char, 256>& base64Values() {
-    static const std::array<signed char, 256> kValues = [] {
-        std::array<signed char, 256> values = {};
+const std::array<int, 256>& base64Values() {
+    static const std::array<int, 256> kValues = [] {
+        std::array<int, 256> values = {};
         values.fill(-1);
         for (int value = 0; value < 64; ++value) {
-            values[static_cast<unsigned char>(kAlphabet[value])] = static_cast<signed char>(value);
+            values[static_cast<unsigned char>(kAlphabet[value])] = value;
         }
         values['='] = 0;
         return values;
@@ -51,7 +51,7 @@ const std::array<signed char, 256>& base64Values() {
 
 template <class T>
 std::size_t decodeBase64(const T* text, unsigned char* out) {
-    const std::array<signed char, 256>& values = base64Values();
+    const std::array<int, 256>& values = base64Values();
     unsigned char* const start = out;
     for (; *text; text += 4, out += 3) {
         const int a = values[static_cast<unsigned char>(text[0])];

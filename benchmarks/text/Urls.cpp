@@ -1,3 +1,5 @@
+#include <array>
+
 #include "Cases.h"
 #include "vorel/vorelCore.h"
 
@@ -43,10 +45,10 @@ int valueOf(char c) {
 }
 
 std::uint64_t decodeByteByByte(const std::string& text, std::string& out) {
-    static const std::string kTable = [] {
-        std::string table(256, '\xFF');
+    static const std::array<int, 256> kTable = [] {
+        std::array<int, 256> table = {};
         for (unsigned int byte = 0; byte < 256; ++byte) {
-            table[byte] = static_cast<char>(valueOf(static_cast<char>(byte)));
+            table[byte] = valueOf(static_cast<char>(byte));
         }
         return table;
     }();

@@ -3,13 +3,17 @@
 /// is nothing to dispatch.
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 
 #include <emmintrin.h>
 
+#include "kernels/Characters.h"
 #include "kernels/DigitBlock.h"
 #include "kernels/DigitCharacters.h"
+#include "kernels/HexDigitsAvx2.h"
+#include "kernels/Processor.h"
 
 namespace vorel::kernels {
 
@@ -21,6 +25,20 @@ enum class HexCase {
 /// What lies between the digit 9 and the first letter.
 constexpr char hexLetterGap(HexCase letters) noexcept {
     return static_cast<char>((letters == HexCase::Upper ? 'A' : 'a') - '9' - 1);
+}
+
+/// The values of the hexadecimal digits of either case; 0xFF for every other byte.
+inline constexpr auto kHexDigitValues = [] {
+    std::array<std::uint8_t, 256> values = {};
+    for (unsigned int byte = 0; byte != 256; ++byte) {
+        const unsigned int value = hexDigitValue(byte);
+        values[byte] = value < 16 ? static_cast<std::uint8_t>(value) : 0xFF;
+    }
+    return values;
+}();
+
+inline unsigned int hexDigitOf(char c) noexcept {
+    return kHexDigitValues[static_cast<unsigned char>(c)];
 }
 
 /// Writes two digits for each of `count` bytes, and returns the end.
@@ -50,6 +68,15 @@ T* encodeHex(const unsigned char* bytes, std::size_t count, HexCase letters, T* 
         storeCharacters(_mm_unpacklo_epi8(first, second), out);
         storeCharacters(_mm_unpackhi_epi8(first, second), out + 16);
     }
+    if (count >= 8) {
+        const __m128i block = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(bytes));
+        const __m128i first = digits(_mm_and_si128(_mm_srli_epi16(block, 4), low));
+        const __m128i second = digits(_mm_and_si128(block, low));
+        storeCharacters(_mm_unpacklo_epi8(first, second), out);
+        count -= 8;
+        bytes += 8;
+        out += 16;
+    }
     return encodeHexPlainly(bytes, count, letters, out);
 }
 
@@ -77,7 +104,7 @@ bool decodeHexBlock(const T* text, unsigned char* out) noexcept {
 /// how many blocks.
 template <class T>
 std::size_t decodeHex(const T* text, std::size_t blocks, unsigned char* out) noexcept {
-    std::size_t done = 0;
+    std::size_t done = s_useAvx2 ? 2 * decodeHexAvx2(text, blocks / 2, out) : 0;
     while (done < blocks && decodeHexBlock(text + 16 * done, out + 8 * done)) {
         ++done;
     }

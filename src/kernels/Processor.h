@@ -26,7 +26,8 @@ inline bool detectAvx2() noexcept {
 #endif
 }
 
-/// Asked once, when the library is loaded. False before that: then the plain kernels do the work.
-inline const bool kHasAvx2 = detectAvx2();
+/// Asked once, when the library is loaded; false before that: then the plain kernels do the work. Only tests change it,
+/// to see both ways give the same.
+inline bool s_useAvx2 = detectAvx2();
 
 }  // namespace vorel::kernels

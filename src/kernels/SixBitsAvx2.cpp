@@ -7,6 +7,8 @@
 
 #include <cstdint>
 
+#include "kernels/Avx2Blocks.h"
+
 namespace vorel::kernels {
 
 namespace {
@@ -117,17 +119,6 @@ private:
     __m256i m_irregularOffset;
 };
 
-__m256i load(const char* text) noexcept {
-    return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(text));
-}
-
-/// Units that are no bytes become 0 or 255.
-__m256i load(const wchar_t* text) noexcept {
-    const auto* const units = reinterpret_cast<const __m256i*>(text);
-    const __m256i packed = _mm256_packus_epi16(_mm256_loadu_si256(units), _mm256_loadu_si256(units + 1));
-    return _mm256_permute4x64_epi64(packed, 0xD8);
-}
-
 /// Whether a block can be read: when it lies in one page, or when the text does not end before the next one begins.
 template <class T>
 bool isReadable(const T* text) noexcept {
@@ -138,7 +129,7 @@ bool isReadable(const T* text) noexcept {
     }
     const std::uintptr_t before = (place - (kPage - kBlock)) / sizeof(T);
     const auto zeros = static_cast<std::uint32_t>(
-        _mm256_movemask_epi8(_mm256_cmpeq_epi8(load(text - before), _mm256_setzero_si256())));
+        _mm256_movemask_epi8(_mm256_cmpeq_epi8(loadBytes(text - before), _mm256_setzero_si256())));
     return place % sizeof(T) == 0 && zeros >> before == 0;
 }
 
@@ -151,7 +142,7 @@ std::size_t decode(const T* text, std::size_t blocks, const SixBitRows& rows, St
     std::size_t done = 0;
     for (; done < blocks && isReadable(text); ++done, text += kBlockCharacters, out += kBlockBytes) {
         __m256i strangers;
-        __m256i sixBits = lookUp.valuesOf(load(text), strangers);
+        __m256i sixBits = lookUp.valuesOf(loadBytes(text), strangers);
         if (rule == Strangers::Zeros) {
             sixBits = _mm256_andnot_si256(strangers, sixBits);
         } else if (_mm256_movemask_epi8(strangers) != 0) {

@@ -2,7 +2,6 @@
 /// Which bytes are escaped in a URL, and the escapes: tables for each use of the encoder.
 #pragma once
 
-#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <string_view>
@@ -28,8 +27,12 @@ struct UrlEscape {
     std::uint32_t length;
 };
 
-/// What becomes of each byte.
-using UrlEscapes = std::array<UrlEscape, 256>;
+/// What becomes of each byte, and which ones stay as they are in a form to look many up at once: by the upper four bits
+/// of a byte, its row, and by the lower four, its column. No byte from 128 on stays.
+struct UrlTable {
+    UrlEscape bytes[256];
+    std::uint8_t plainRowsOfColumn[16];  ///< a bit for each row in which the byte of the column stays
+};
 
 namespace detail {
 
@@ -58,35 +61,41 @@ constexpr bool isEscapedIn(UrlUse use, unsigned int byte) noexcept {
     return false;
 }
 
-constexpr UrlEscapes urlEscapesFor(UrlUse use, bool spaceAsPlus) noexcept {
+constexpr UrlTable urlTableFor(UrlUse use, bool spaceAsPlus) noexcept {
     constexpr std::string_view kDigits = "0123456789ABCDEF";
-    UrlEscapes escapes = {};
-    for (unsigned int byte = 0; byte != escapes.size(); ++byte) {
+    UrlTable table = {};
+    for (unsigned int byte = 0; byte != 256; ++byte) {
         if (byte == ' ' && spaceAsPlus) {
-            escapes[byte] = {{'+'}, 1};
+            table.bytes[byte] = {{'+'}, 1};
         } else if (isEscapedIn(use, byte)) {
-            escapes[byte] = {{'%', kDigits[byte / 16], kDigits[byte % 16]}, 3};
+            table.bytes[byte] = {{'%', kDigits[byte / 16], kDigits[byte % 16]}, 3};
         } else {
-            escapes[byte] = {{static_cast<char>(byte)}, 1};
+            table.bytes[byte] = {{static_cast<char>(byte)}, 1};
+            std::uint8_t& rows = table.plainRowsOfColumn[byte % 16];
+            rows = static_cast<std::uint8_t>(rows | 1u << byte / 16);
         }
     }
-    return escapes;
+    return table;
 }
+
+struct UrlTables {
+    UrlTable tables[kUrlUses][2];
+};
 
 }  // namespace detail
 
 /// For each use, with a space as "%20" and as '+'.
-inline constexpr auto kUrlEscapes = [] {
-    std::array<std::array<UrlEscapes, 2>, kUrlUses> all = {};
-    for (std::size_t use = 0; use != all.size(); ++use) {
-        all[use][0] = detail::urlEscapesFor(static_cast<UrlUse>(use), false);
-        all[use][1] = detail::urlEscapesFor(static_cast<UrlUse>(use), true);
+inline constexpr detail::UrlTables kUrlTables = [] {
+    detail::UrlTables all = {};
+    for (std::size_t use = 0; use != kUrlUses; ++use) {
+        all.tables[use][0] = detail::urlTableFor(static_cast<UrlUse>(use), false);
+        all.tables[use][1] = detail::urlTableFor(static_cast<UrlUse>(use), true);
     }
     return all;
 }();
 
-constexpr const UrlEscapes& urlEscapes(UrlUse use, bool spaceAsPlus) noexcept {
-    return kUrlEscapes[static_cast<std::size_t>(use)][spaceAsPlus ? 1 : 0];
+constexpr const UrlTable& urlTable(UrlUse use, bool spaceAsPlus) noexcept {
+    return kUrlTables.tables[static_cast<std::size_t>(use)][spaceAsPlus ? 1 : 0];
 }
 
 }  // namespace vorel::kernels

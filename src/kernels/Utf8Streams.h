@@ -106,7 +106,7 @@ private:
     template <class Unit>
     Stretch decodeStretch(Unit* out, std::size_t room) noexcept {
         static_assert(sizeof(Unit) == 2);
-        if (!kHasAvx2) {
+        if (!s_useAvx2) {
             return {0, 0};
         }
         const std::size_t most = std::min(m_cursor.left(), room * kMostUtf8BytesPerUnit);
@@ -159,7 +159,7 @@ private:
     /// Encodes what is well-formed in whole blocks; nothing, where there is no such thing.
     Stretch encodeStretch(unsigned char* out, std::size_t room) noexcept {
         static_assert(sizeof(Unit) == 2);
-        if (!kHasAvx2) {
+        if (!s_useAvx2) {
             return {0, 0};
         }
         constexpr bool kPaired = Rule == Surrogates::Paired;

@@ -98,7 +98,10 @@ int decode(const T* text, const int* table, char pad, Array<unsigned char>& byte
             text += blocks * text::kBlockCharacters;
             out.written(blocks * text::kBlockBytes);
             std::memset(out.free(), 0, text::kBlockOverhang);  // what is not in use is zero
-            continue;                                          // there may be little room left
+            if (*text == 0) {
+                return 0;
+            }
+            continue;  // there may be little room left
         }
         for (std::size_t group = 0; group < kGroupsBetweenBlocks; ++group) {
             unsigned char group3[3];

@@ -88,8 +88,8 @@ void fillCodeMap(LibraryState& state) {
 unsigned int codePageOf(const char* name) {
     LibraryState* const state = detail::libraryState();
     if (!state) {
-        const auto row = std::find_if(std::begin(text::kCodePageNames), std::end(text::kCodePageNames),
-                                      [name](const text::CodePageName& r) { return NameEqual()(r.name, name); });
+        const auto* const row = std::find_if(std::begin(text::kCodePageNames), std::end(text::kCodePageNames),
+                                             [name](const text::CodePageName& r) { return NameEqual()(r.name, name); });
         return row != std::end(text::kCodePageNames) ? row->codePage : 0;
     }
     const Guard<AutoCriticalSection> held(state->codeMapLock);

@@ -35,7 +35,7 @@ void endAt(const T* end, BaseString<T>& string) noexcept {
 /// Encodes the whole groups of three among `count` bytes, and returns the end of the text.
 template <class T>
 T* encodeWholeGroups(const unsigned char* bytes, std::size_t count, const char* alphabet, T* out) noexcept {
-    const std::size_t done = kernels::kHasAvx2 ? kernels::encodeSixBitsAvx2(bytes, count, alphabet, out) : 0;
+    const std::size_t done = kernels::s_useAvx2 ? kernels::encodeSixBitsAvx2(bytes, count, alphabet, out) : 0;
     return kernels::encodeGroups(bytes + done, count - done, alphabet, out + done / 3 * 4);
 }
 
@@ -47,7 +47,7 @@ inline constexpr std::size_t kBlockOverhang = 8;  // bytes that are written behi
 template <class T>
 std::size_t decodeWholeBlocks(const T* text, const kernels::SixBitRows& rows, kernels::Strangers strangers,
                               unsigned char* out, std::size_t room) noexcept {
-    if (!kernels::kHasAvx2 || room < kBlockBytes + kBlockOverhang) {
+    if (!kernels::s_useAvx2 || room < kBlockBytes + kBlockOverhang) {
         return 0;
     }
     return kernels::decodeSixBitsAvx2(text, (room - kBlockOverhang) / kBlockBytes, rows, strangers, out);

@@ -1,5 +1,6 @@
 #include "vorel/text/Url.h"
 
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -7,8 +8,11 @@
 
 #include <emmintrin.h>
 
-#include "kernels/Characters.h"
+#include "kernels/HexDigits.h"
+#include "kernels/Processor.h"
+#include "kernels/TextLength.h"
 #include "kernels/UrlEscapes.h"
+#include "kernels/UrlEscapesAvx2.h"
 #include "text/SixBitText.h"
 #include "vorel/text/Unicode.h"
 
@@ -17,64 +21,64 @@ namespace vorel::util {
 namespace {
 
 using kernels::UrlEscape;
-using kernels::UrlEscapes;
+using kernels::UrlTable;
 using kernels::UrlUse;
 
 std::string_view viewOf(const char* text) noexcept {
-    return text ? std::string_view(text) : std::string_view();
+    return text ? std::string_view(text, kernels::textLength(text)) : std::string_view();
 }
 
-std::uint64_t encodedLength(std::string_view text, const UrlEscapes& escapes) noexcept {
+std::uint64_t encodedLength(std::string_view text, const UrlTable& table) noexcept {
     std::uint64_t length = 0;
+    if (kernels::s_useAvx2) {
+        const kernels::UrlProgress progress = kernels::measureUrlAvx2(text.data(), text.size(), table);
+        length = progress.written;
+        text.remove_prefix(progress.read);
+    }
     for (const char c : text) {
-        length += escapes[static_cast<unsigned char>(c)].length;
+        length += table.bytes[static_cast<unsigned char>(c)].length;
     }
     return length;
 }
 
-const char* encode(std::string_view text, const UrlEscapes& escapes, BaseString<char>& output) {
+const char* encode(std::string_view text, const UrlTable& table, BaseString<char>& output) {
     output.clear();
     if (text.empty()) {
         return output.c_str();
     }
-    // Four characters are written at once, of which at most three count.
-    constexpr std::size_t kOverhang = 3;
-    char* out = text::roomFor(encodedLength(text, escapes) + kOverhang, output);
+    constexpr std::size_t kShort = 64;  // for these the most that they can become costs less than to measure them
+    constexpr std::size_t kLongestEscape = 3;
+    const std::uint64_t length = text.size() > kShort ? encodedLength(text, table) : kLongestEscape * text.size();
+    char* out = text::roomFor(length + kernels::kUrlOverhang, output);
+    if (kernels::s_useAvx2) {
+        const kernels::UrlProgress progress = kernels::encodeUrlAvx2(text.data(), text.size(), table, out);
+        out += progress.written;
+        text.remove_prefix(progress.read);
+    }
     for (const char c : text) {
-        const UrlEscape& escape = escapes[static_cast<unsigned char>(c)];
-        std::memcpy(out, escape.text, sizeof escape.text);
+        const UrlEscape& escape = table.bytes[static_cast<unsigned char>(c)];
+        std::memcpy(out, escape.text, sizeof escape.text);  // all four, of which at most three count
         out += escape.length;
     }
     text::endAt(out, output);
     return output.c_str();
 }
 
-/// The byte that a '%' and two digits stand for; 256 or more when there are none.
-unsigned int escapedByte(std::string_view text) noexcept {
-    constexpr unsigned int kNone = 256;
-    if (text.size() < 3) {
-        return kNone;
-    }
-    const unsigned int high = kernels::hexDigitValue(text[1]);
-    const unsigned int low = kernels::hexDigitValue(text[2]);
-    return high < 16 && low < 16 ? high << 4 | low : kNone;
-}
-
-/// Copies whole blocks in which there is neither a '%' nor, with `plusToo`, a '+'; returns how many bytes.
-std::size_t copyPlainBlocks(std::string_view text, bool plusToo, char* out) noexcept {
-    constexpr std::size_t kBlock = 16;
-    const __m128i percent = _mm_set1_epi8('%');
-    const __m128i plus = _mm_set1_epi8(plusToo ? '+' : '%');
-    std::size_t done = 0;
-    for (; text.size() - done >= kBlock; done += kBlock) {
-        const __m128i block = _mm_loadu_si128(reinterpret_cast<const __m128i*>(text.data() + done));
-        const __m128i found = _mm_or_si128(_mm_cmpeq_epi8(block, percent), _mm_cmpeq_epi8(block, plus));
-        if (_mm_movemask_epi8(found) != 0) {
-            break;
+/// Writes the escape or the character at `place`, which is not the end, and moves both places on.
+[[gnu::always_inline]] inline void decodeOne(const char*& place, const char* end, bool plusIsSpace,
+                                             char*& out) noexcept {
+    const char c = *place;
+    if (c == '%' && end - place > 2) {
+        const unsigned int high = kernels::hexDigitOf(place[1]);
+        const unsigned int low = kernels::hexDigitOf(place[2]);
+        if ((high | low) < 16) {
+            *out++ = static_cast<char>(high << 4 | low);
+            place += 3;
+            return;
         }
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(out + done), block);
     }
-    return done;
+    *out++ = plusIsSpace && c == '+' ? ' ' : c;
+    ++place;
 }
 
 const char* decode(std::string_view text, bool plusIsSpace, BaseString<char>& output) {
@@ -82,36 +86,42 @@ const char* decode(std::string_view text, bool plusIsSpace, BaseString<char>& ou
     if (text.empty()) {
         return output.c_str();
     }
-    char* out = text::roomFor(text.size(), output);
-    while (!text.empty()) {
-        const std::size_t copied = copyPlainBlocks(text, plusIsSpace, out);
-        out += copied;
-        text.remove_prefix(copied);
-        constexpr std::size_t kBetweenBlocks = 16;
-        for (const char* const end = text.data() + kBetweenBlocks; !text.empty() && text.data() < end;) {
-            const char c = text.front();
-            const unsigned int byte = c == '%' ? escapedByte(text) : 256;
-            if (byte < 256) {
-                *out++ = static_cast<char>(byte);
-                text.remove_prefix(3);
-            } else {
-                *out++ = plusIsSpace && c == '+' ? ' ' : c;
-                text.remove_prefix(1);
-            }
+    constexpr std::ptrdiff_t kBlock = 16;
+    char* out = text::roomFor(std::uint64_t{text.size()} + kBlock, output);
+    const char* place = text.data();
+    const char* const end = place + text.size();
+    const __m128i percent = _mm_set1_epi8('%');
+    const __m128i plus = _mm_set1_epi8(plusIsSpace ? '+' : '%');
+    while (end - place >= kBlock) {
+        const __m128i block = _mm_loadu_si128(reinterpret_cast<const __m128i*>(place));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(out), block);
+        const __m128i found = _mm_or_si128(_mm_cmpeq_epi8(block, percent), _mm_cmpeq_epi8(block, plus));
+        const auto mask = static_cast<unsigned int>(_mm_movemask_epi8(found));
+        if (mask == 0) {
+            place += kBlock;
+            out += kBlock;
+            continue;
         }
+        const int plain = std::countr_zero(mask);
+        place += plain;
+        out += plain;
+        decodeOne(place, end, plusIsSpace, out);
+    }
+    while (place != end) {
+        decodeOne(place, end, plusIsSpace, out);
     }
     text::endAt(out, output);
     return output.c_str();
 }
 
-const UrlEscapes& escapesFor(UrlComponent component) noexcept {
+const UrlTable& tableFor(UrlComponent component) noexcept {
     switch (component) {
-    case UrlPath: return kernels::urlEscapes(UrlUse::Path, false);
-    case UrlPathSegment: return kernels::urlEscapes(UrlUse::PathSegment, false);
-    case UrlQuery: return kernels::urlEscapes(UrlUse::Query, true);
-    case UrlQueryParameter: return kernels::urlEscapes(UrlUse::QueryParameter, true);
+    case UrlPath: return kernels::urlTable(UrlUse::Path, false);
+    case UrlPathSegment: return kernels::urlTable(UrlUse::PathSegment, false);
+    case UrlQuery: return kernels::urlTable(UrlUse::Query, true);
+    case UrlQueryParameter: return kernels::urlTable(UrlUse::QueryParameter, true);
     }
-    return kernels::urlEscapes(UrlUse::OtherComponent, false);
+    return kernels::urlTable(UrlUse::OtherComponent, false);
 }
 
 /// Runs `narrow(text, output)` on the UTF-8 form of a wide text, and makes its output wide.
@@ -128,7 +138,7 @@ const wchar_t* throughUtf8(const wchar_t* text, BaseString<wchar_t>& output, Nar
 
 const char* urlEncode(const char* text, BaseString<char>& output, bool escapeReserved, bool spaceAsPlus) {
     const UrlUse use = escapeReserved ? UrlUse::Reserved : UrlUse::Plain;
-    return encode(viewOf(text), kernels::urlEscapes(use, spaceAsPlus), output);
+    return encode(viewOf(text), kernels::urlTable(use, spaceAsPlus), output);
 }
 
 const wchar_t* urlEncode(const wchar_t* text, BaseString<wchar_t>& output, bool escapeReserved, bool spaceAsPlus) {
@@ -150,7 +160,7 @@ BaseString<wchar_t> urlEncode(const wchar_t* text, bool escapeReserved, bool spa
 }
 
 const char* urlEncodeComponent(const char* text, BaseString<char>& output, UrlComponent component) {
-    return encode(viewOf(text), escapesFor(component), output);
+    return encode(viewOf(text), tableFor(component), output);
 }
 
 const wchar_t* urlEncodeComponent(const wchar_t* text, BaseString<wchar_t>& output, UrlComponent component) {

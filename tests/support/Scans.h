@@ -11,6 +11,7 @@
 #include <string>
 #include <string_view>
 #include <type_traits>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -21,6 +22,14 @@ namespace test {
 /// Doubles are compared by their bits: the sign of a zero counts.
 inline std::uint64_t bitsOf(double value) {
     return std::bit_cast<std::uint64_t>(value);
+}
+
+inline std::vector<std::uint64_t> bitsOf(const std::vector<double>& values) {
+    std::vector<std::uint64_t> bits;
+    for (const double value : values) {
+        bits.push_back(bitsOf(value));
+    }
+    return bits;
 }
 
 template <class Value>

@@ -1,25 +1,22 @@
+// Lists of integers, doubles and truth values. Ranges, and random lists, have files of their own.
+
 #include "vorel/values/ListParsing.h"
 
-#include <bit>
-#include <cstdint>
+#include <algorithm>
+#include <limits>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 #include <gtest/gtest.h>
 
 #include "support/Arrays.h"
-#include "support/Expect.h"
-#include "support/ListReference.h"
-#include "support/RandomText.h"
-#include "support/Shape.h"
+#include "support/Scans.h"
 #include "support/Widths.h"
-#include "vorel/exceptions/Exception.h"
 
 namespace {
 
-using test::valuesOf;
 using vorel::Array;
-using vorel::Exception;
 namespace util = vorel::util;
 
 template <class T>
@@ -33,243 +30,245 @@ struct Row {
     std::vector<Value> values;
 };
 
-/// Reads a row over an array that already holds `old`, without and with append.
+template <class Value>
+bool areSame(const std::vector<Value>& a, const std::vector<Value>& b) {
+    if constexpr (std::is_same_v<Value, double>) {
+        return test::bitsOf(a) == test::bitsOf(b);
+    } else {
+        return a == b;
+    }
+}
+
+/// Reads a row into an array that already holds `old`: what it holds goes without append, and stays in front with it.
 template <class T, class Value>
-void expectRow(bool (*read)(const T*, Array<Value>&, bool), const Row<Value>& row, Value old) {
+void expectRow(bool (*read)(const T*, Array<Value>&, bool), const Row<Value>& row, const std::vector<Value>& old) {
     const test::OptionalText<T> text(row.text);
     for (const bool append : {false, true}) {
-        Array<Value> values;
-        values.append(old);
+        Array<Value> values = test::arrayOf(old);
         EXPECT_EQ(read(text.get(), values, append), row.result) << (row.text ? row.text : "null");
-        std::vector<Value> wanted(append ? 1 : 0, old);
-        for (const Value value : row.values) {
-            wanted.push_back(value);
+        std::vector<Value> wanted = append ? old : std::vector<Value>();
+        wanted.insert(wanted.end(), row.values.begin(), row.values.end());
+        EXPECT_TRUE(areSame(test::valuesOf(values), wanted))
+            << ::testing::PrintToString(test::valuesOf(values)) << " from " << (row.text ? row.text : "null");
+    }
+}
+
+/// The integers of a row, narrow and wide, and wide as unsigned ones, which are the same bits.
+template <class T>
+void expectIntegers(const Row<int>& row) {
+    expectRow<T, int>(&util::stringToIntegerArray, row, {99, -99});
+    if constexpr (sizeof(T) > 1) {
+        std::vector<unsigned int> asUnsigned;
+        for (const int value : row.values) {
+            asUnsigned.push_back(static_cast<unsigned int>(value));
         }
-        EXPECT_EQ(valuesOf(values), wanted) << (row.text ? row.text : "null");
+        expectRow<wchar_t, unsigned int>(&util::stringToUIntegerArray, {row.text, row.result, asUnsigned},
+                                         {99, 4294967295u});
+    }
+}
+
+constexpr int kSmallest = std::numeric_limits<int>::min();
+
+TYPED_TEST(ListParsing, Integers_StandBetweenBlanksOrCommas) {
+    for (const Row<int>& row : std::vector<Row<int>>{{"7", true, {7}},
+                                                     {"1,2", true, {1, 2}},
+                                                     {"1 ,2", true, {1, 2}},
+                                                     {"1 2", true, {1, 2}},
+                                                     {"1 \t\r\n 2", true, {1, 2}},
+                                                     {" \t\n\r7", true, {7}},
+                                                     {"7 ", true, {7}},
+                                                     {"-4,+6", true, {-4, 6}},
+                                                     {"1+2-3", true, {1, 2, -3}},  // a sign begins the next item
+                                                     {"007", true, {7}}}) {
+        expectIntegers<TypeParam>(row);
     }
 }
 
 TYPED_TEST(ListParsing, Integers_CountEveryEmptyItem) {
-    const std::vector<Row<int>> rows = {
-        {"1,2", true, {1, 2}},
-        {"1 ,2", true, {1, 2}},
-        {"1 2", true, {1, 2}},
-        {"1, 2", true, {1, 0, 2}},  // the blank behind a comma is an item of its own
-        {",5", true, {0, 5}},
-        {"1,,2", true, {1, 0, 2}},
-        {"1,", true, {1}},
-        {"1, ", true, {1, 0}},
-        {" \t\n\r7", true, {7}},
-        {"2.9", true, {2}},
-        {"2.9.9", true, {2, 0}},
-        {".5", true, {0}},
-        {"-", true, {0}},
-        {"+-1", true, {0, -1}},
-        {"-4.5,+6", true, {-4, 6}},
-        {"4294967297", true, {1}},
-        {"2147483648", true, {-2147483647 - 1}},
-        {"1;2", false, {1}},
-        {"x", false, {}},
-        {"", true, {}},
-        {"  ", true, {}},
-        {nullptr, true, {}},
-    };
-    for (const Row<int>& row : rows) {
-        expectRow<TypeParam>(&util::stringToIntegerArray, row, 99);
+    for (const Row<int>& row : std::vector<Row<int>>{{"1, 2", true, {1, 0, 2}},  // the blank is an item of its own
+                                                     {"1 , 2", true, {1, 0, 2}},
+                                                     {"1,  ,2", true, {1, 0, 2}},
+                                                     {",5", true, {0, 5}},
+                                                     {" ,5", true, {0, 5}},
+                                                     {"1,,2", true, {1, 0, 2}},
+                                                     {"1,", true, {1}},
+                                                     {"1,,", true, {1, 0}},
+                                                     {"1, ", true, {1, 0}},
+                                                     {",", true, {0}},
+                                                     {",,", true, {0, 0}},
+                                                     {"-", true, {0}},
+                                                     {"-,5", true, {0, 5}},
+                                                     {"5-", true, {5, 0}},
+                                                     {"--1", true, {0, -1}},
+                                                     {"+-1", true, {0, -1}},
+                                                     {"- 1", true, {0, 1}}}) {
+        expectIntegers<TypeParam>(row);
     }
 }
 
-TEST(ListParsingWidths, UnsignedIntegers_KeepTheBits) {
-    for (const Row<unsigned int>& row : std::vector<Row<unsigned int>>{{"-1", true, {4294967295u}},
-                                                                       {"4294967295 ,2.9", true, {4294967295u, 2}},
-                                                                       {"3;", false, {3}},
-                                                                       {nullptr, true, {}}}) {
-        expectRow<wchar_t>(&util::stringToUIntegerArray, row, 7u);
+TYPED_TEST(ListParsing, Integers_CutFractionsOff) {
+    for (const Row<int>& row : std::vector<Row<int>>{{"2.9", true, {2}},
+                                                     {"-1.9", true, {-1}},
+                                                     {"1.9 ,2.1", true, {1, 2}},
+                                                     {"1.,2", true, {1, 2}},
+                                                     {"1. 5", true, {1, 5}},
+                                                     {"1.5-2", true, {1, -2}},
+                                                     {"2.9.9", true, {2, 0}},
+                                                     {".5", true, {0}},
+                                                     {".", true, {0}},
+                                                     {"-.5", true, {0}},
+                                                     {"1.99999999999999999999", true, {1}}}) {
+        expectIntegers<TypeParam>(row);
     }
 }
 
-TEST(ListParsingWidths, TheNoBreakSpaceIsABlankInWideListsOnly) {
-    expectRow<wchar_t, int>(&util::stringToIntegerArray,
-                            {"\xA0"
-                             "1\xA0,2",
-                             true,
-                             {1, 2}},
-                            0);
-    expectRow<char, int>(&util::stringToIntegerArray, {"1\xA0", false, {1}}, 0);
-    expectRow<wchar_t, double>(&util::stringToDoubleArray,
-                               {"1\xA0"
-                                "2",
-                                true,
-                                {1, 2}},
-                               0);
-    expectRow<char, double>(&util::stringToDoubleArray,
-                            {"1\xA0"
-                             "2 3",
-                             true,
-                             {3}},
-                            0);
-    EXPECT_TRUE(util::canCoerceToIntegerArray(L"1\u00A0"
-                                              L"2"));
-    EXPECT_FALSE(util::canCoerceToIntegerArray("1\xA0"));
+TYPED_TEST(ListParsing, Integers_WrapAround) {
+    for (const Row<int>& row : std::vector<Row<int>>{{"2147483647,2147483648", true, {2147483647, kSmallest}},
+                                                     {"-2147483648 -2147483649", true, {kSmallest, 2147483647}},
+                                                     {"4294967295", true, {-1}},
+                                                     {"4294967297", true, {1}},
+                                                     {"-4294967297", true, {-1}},
+                                                     {"99999999999", true, {1215752191}}}) {
+        expectIntegers<TypeParam>(row);
+    }
+}
+
+TYPED_TEST(ListParsing, Integers_StopAtAnythingElseAndKeepWhatWasRead) {
+    for (const Row<int>& row : std::vector<Row<int>>{{"x", false, {}},
+                                                     {" x", false, {}},
+                                                     {"1;2", false, {1}},
+                                                     {"1,x,2", false, {1}},
+                                                     {"1 x", false, {1}},
+                                                     {"1,2 3;", false, {1, 2, 3}},
+                                                     {"1e3", false, {1}},
+                                                     {"0x10", false, {0}},
+                                                     {"-x", false, {0}},
+                                                     {",x", false, {0}},
+                                                     {"1.5x", false, {1}},
+                                                     {"1\v2", false, {1}},
+                                                     {"2147483648:", false, {kSmallest}}}) {
+        expectIntegers<TypeParam>(row);
+    }
+}
+
+TYPED_TEST(ListParsing, NothingIsAnEmptyList) {
+    for (const char* const nothing : {static_cast<const char*>(nullptr), "", " ", " \t\r\n"}) {
+        expectIntegers<TypeParam>({nothing, true, {}});
+        expectRow<TypeParam, double>(&util::stringToDoubleArray, {nothing, true, {}}, {9.0});
+        expectRow<TypeParam, bool>(&util::stringToBooleanArray, {nothing, true, {}}, {true});
+        const test::OptionalText<TypeParam> text(nothing);
+        EXPECT_TRUE(util::canCoerceToIntegerArray(text.get()));
+    }
+}
+
+TYPED_TEST(ListParsing, Doubles_StandBetweenBlanks) {
+    constexpr double kInfinite = std::numeric_limits<double>::infinity();
+    for (const Row<double>& row : std::vector<Row<double>>{{"7", true, {7}},
+                                                           {"1.5 2e3 abc 4", true, {1.5, 2000, 4}},
+                                                           {"\t-.5\r\n+5. ", true, {-0.5, 5}},
+                                                           {"1e0 1E+2 1e-2", true, {1, 100, 1.0 / 100.0}},
+                                                           {"-0 0", true, {-0.0, 0.0}},
+                                                           {"1e400 1e-400", true, {kInfinite, 0}},
+                                                           {"0.000000000000000000001", true, {0}},
+                                                           {"1e33", true, {0x1.8a6e32246c99dp+109}},
+                                                           {"007 .5", true, {7, 0.5}}}) {
+        expectRow<TypeParam, double>(&util::stringToDoubleArray, row, {-9.5, 99});
+    }
 }
 
 TYPED_TEST(ListParsing, Doubles_PassOverWordsThatAreNoNumbers) {
-    const std::vector<Row<double>> rows = {
-        {"1.5 2e3 abc 4", true, {1.5, 2000, 4}},
-        {"1,5", true, {}},
-        {"\t-.5\r\n+5. ", true, {-0.5, 5}},
-        {"1e0 1e 1e+ . + 007", true, {1, 7}},  // an exponent of zero is one here
-        {"NaN Inf 1", true, {1}},
-        {"", true, {}},
-        {" ", true, {}},
-        {nullptr, true, {}},
-    };
-    for (const Row<double>& row : rows) {
-        expectRow<TypeParam>(&util::stringToDoubleArray, row, 99.0);
+    for (const Row<double>& row : std::vector<Row<double>>{{"1 x 2", true, {1, 2}},
+                                                           {"x", true, {}},
+                                                           {"1,5", true, {}},  // a comma is part of a word
+                                                           {"1, 2", true, {2}},
+                                                           {"1e 1e+ 1e- 3", true, {3}},
+                                                           {". + - -. e5 .e5 3", true, {3}},
+                                                           {"1x 1.2.3 1e5e5 1e5.0 --1 3", true, {3}},
+                                                           {"NaN Inf Infinity 0x10 3", true, {3}}}) {
+        expectRow<TypeParam, double>(&util::stringToDoubleArray, row, {-9.5, 99});
+    }
+}
+
+TYPED_TEST(ListParsing, Booleans_AreWordsInAnyCaseOrIntegers) {
+    for (const Row<bool>& row :
+         std::vector<Row<bool>>{{"T f 1 0 yes 3", true, {true, false, true, false, true}},
+                                {"true FALSE t F tRuE fAlSe", true, {true, false, true, false, true, false}},
+                                {"\tt\r\nf ", true, {true, false}},
+                                {"2 9 10 -3 +1 007", true, {true, true, true, true, true, true}},
+                                {"00 -0 +0 0. 0.000", true, {false, false, false, false, false}},
+                                {"2.0 2. -1.00", true, {true, true, true}},
+                                {"4294967296 4294967297", true, {false, true}}}) {
+        expectRow<TypeParam, bool>(&util::stringToBooleanArray, row, {true, false});
     }
 }
 
 TYPED_TEST(ListParsing, Booleans_PassOverEveryOtherWord) {
-    const std::vector<Row<bool>> rows = {
-        {"T f 1 0 yes 3", true, {true, false, true, false, true}},
-        {"true FALSE t F", true, {true, false, true, false}},
-        {"yes no on off y n truex", true, {}},
-        {"-2 2.0 0.0 007 2.5", true, {true, true, false, true}},
-        {"", true, {}},
-        {nullptr, true, {}},
-    };
-    for (const Row<bool>& row : rows) {
-        expectRow<TypeParam>(&util::stringToBooleanArray, row, true);
+    for (const Row<bool>& row : std::vector<Row<bool>>{{"yes no on off y n Y N t", true, {true}},
+                                                       {"truex tru fals falsee tt f", true, {false}},
+                                                       {"2.5 .5 .0 1x 1e0 - + . t", true, {true}},
+                                                       {"true,false 1,0 f", true, {false}}}) {
+        expectRow<TypeParam, bool>(&util::stringToBooleanArray, row, {true, false});
     }
 }
 
-TYPED_TEST(ListParsing, AWordOf80CharactersEndsTheList) {
-    const std::string longest = "1 " + std::string(79, '0') + " 2";
-    const std::string tooLong = "1 " + std::string(80, '0') + " 2";
-    const std::string last = "1 " + std::string(80, '1');
-    expectRow<TypeParam, double>(&util::stringToDoubleArray, {longest.c_str(), true, {1, 0, 2}}, 9.0);
-    expectRow<TypeParam, double>(&util::stringToDoubleArray, {tooLong.c_str(), false, {1}}, 9.0);
-    expectRow<TypeParam, double>(&util::stringToDoubleArray, {last.c_str(), false, {1}}, 9.0);
-    expectRow<TypeParam, bool>(&util::stringToBooleanArray, {longest.c_str(), true, {true, false, true}}, true);
-    expectRow<TypeParam, bool>(&util::stringToBooleanArray, {tooLong.c_str(), false, {true}}, true);
+/// A list with a word of `count` characters in the middle.
+std::string listAround(char c, std::size_t count) {
+    return "1 " + std::string(count, c) + " 2";
+}
+
+TYPED_TEST(ListParsing, Words_Have79CharactersAtMost) {
+    const auto doubles = [](const std::string& text, bool result, const std::vector<double>& values) {
+        expectRow<TypeParam, double>(&util::stringToDoubleArray, {text.c_str(), result, values}, {-9.5});
+    };
+    doubles(listAround('0', 79), true, {1, 0, 2});
+    doubles(listAround('x', 79), true, {1, 2});
+    doubles(listAround('0', 80), false, {1});
+    doubles(listAround('x', 80), false, {1});
+    doubles(listAround('0', 200), false, {1});
+    doubles(std::string(79, '0'), true, {0});
+    doubles(std::string(80, '0'), false, {});
+    doubles("  " + std::string(79, '0') + "\t", true, {0});
+    const auto booleans = [](const std::string& text, bool result, const std::vector<bool>& values) {
+        expectRow<TypeParam, bool>(&util::stringToBooleanArray, {text.c_str(), result, values}, {false});
+    };
+    booleans(listAround('0', 79), true, {true, false, true});
+    booleans(listAround('x', 79), true, {true, true});
+    booleans(listAround('0', 80), false, {true});
+    booleans(listAround('x', 80), false, {true});
+    booleans(std::string(79, '1'), true, {true});
+    booleans(std::string(80, '1'), false, {});
+    // Integers have no words.
+    expectIntegers<TypeParam>({(std::string(300, '0') + "5").c_str(), true, {5}});
+}
+
+TYPED_TEST(ListParsing, CanCoerceToIntegerArray_TakesSignsDigitsAndBlanks) {
+    for (const char* const list :
+         {"7", "1 2", " 1 -2  +3\t\r\n", "1-2", "1+2-3", "-", "+", "+-", "--1", "+ 4", "007", "99999999999999999999"}) {
+        EXPECT_TRUE(util::canCoerceToIntegerArray(test::text<TypeParam>(list).c_str())) << list;
+    }
 }
 
 TYPED_TEST(ListParsing, CanCoerceToIntegerArray_TakesNeitherCommasNorPoints) {
-    for (const char* list : {" 1 -2  +3", "", " ", "7", "1-2", "-", "+ 4\t"}) {
-        EXPECT_TRUE(util::canCoerceToIntegerArray(test::text<TypeParam>(list).c_str())) << list;
-    }
-    for (const char* list : {"1,2", "1.5", "x", "1 x", "1;2"}) {
+    for (const char* const list :
+         {"1,2", "1 ,2", ",", "1,", "1.5", "1.", ".", "x", " x", "1 x", "1x", "1;2", "1e3", "0x1", "1\v2"}) {
         EXPECT_FALSE(util::canCoerceToIntegerArray(test::text<TypeParam>(list).c_str())) << list;
     }
-    EXPECT_TRUE(util::canCoerceToIntegerArray(static_cast<const TypeParam*>(nullptr)));
 }
 
-/// Texts that are lists of something, more or less.
-std::string listText(test::RandomText& random, std::string_view alphabet) {
-    std::string text;
-    for (std::size_t words = random.below(6); words != 0; --words) {
-        text += random.from(alphabet, random.oneIn(200) ? 76 + random.below(8) : random.below(8));
-        text += random.from(" ,\t\n\xA0", random.oneIn(3) ? random.below(3) : 1);
-    }
-    return text;
-}
-
-std::vector<std::uint64_t> bitsOf(const std::vector<double>& values) {
-    std::vector<std::uint64_t> bits;
-    for (const double value : values) {
-        bits.push_back(value != value ? 0 : std::bit_cast<std::uint64_t>(value));  // one NaN is as good as another
-    }
-    return bits;
-}
-
-TYPED_TEST(ListParsing, RandomListsAgreeWithTheReference) {
-    test::RandomText random(20261121);
-    for (int count = 0; count < 30000; ++count) {
-        const std::basic_string<TypeParam> text =
-            test::text<TypeParam>(listText(random, random.oneIn(2) ? "0123456789+-" : "0011289.eE+-tfTF; "));
-        const std::string shape = test::shapeOf(std::basic_string_view<TypeParam>(text));
-        Array<int> integers;
-        const auto asIntegers = test::readIntegers(shape);
-        EXPECT_EQ(util::stringToIntegerArray(text.c_str(), integers, false), asIntegers.whole);
-        EXPECT_EQ(valuesOf(integers), std::vector<int>(asIntegers.values.begin(), asIntegers.values.end()));
-        EXPECT_EQ(util::canCoerceToIntegerArray(text.c_str()), test::canBeIntegers(shape));
-        Array<double> doubles;
-        const auto asDoubles = test::readDoubles(shape);
-        EXPECT_EQ(util::stringToDoubleArray(text.c_str(), doubles, false), asDoubles.whole);
-        EXPECT_EQ(bitsOf(valuesOf(doubles)), bitsOf(asDoubles.values));
-        Array<bool> booleans;
-        const auto asBooleans = test::readBooleans(shape);
-        EXPECT_EQ(util::stringToBooleanArray(text.c_str(), booleans, false), asBooleans.whole);
-        EXPECT_EQ(valuesOf(booleans), asBooleans.values);
-        ASSERT_FALSE(this->HasFailure()) << "list " << count << ": \"" << shape << '"';
-    }
-}
-
-struct RangesRow {
-    const wchar_t* text;
-    std::vector<int> starts;
-    std::vector<int> ends;
-    std::wstring refused;  ///< the item that is none; nothing is thrown when it is empty
-};
-
-void expectRanges(const RangesRow& row) {
-    Array<int> starts;
-    Array<int> ends;
-    starts.append(99);
-    ends.append(99);
-    if (row.refused.empty()) {
-        util::stringToLongRanges(row.text, starts, ends);
-    } else {
-        test::expectThrows<Exception>([&] { util::stringToLongRanges(row.text, starts, ends); },
-                                      {L"Found nonnumeric text in numeric item: \"" + row.refused + L"\""});
-    }
-    EXPECT_EQ(valuesOf(starts), row.starts) << (row.text ? row.text : L"null");
-    EXPECT_EQ(valuesOf(ends), row.ends) << (row.text ? row.text : L"null");
-}
-
-TEST(ListParsingRanges, UseMinusOneForAnOpenEnd) {
-    for (const RangesRow& row :
-         {RangesRow{L"1-5,7", {1, 7}, {5, 7}, {}}, RangesRow{L" 3 - 9 , 12-", {3, 12}, {9, -1}, {}},
-          RangesRow{L"-5", {-1}, {5}, {}}, RangesRow{L"5-", {5}, {-1}, {}}, RangesRow{L"-", {-1}, {-1}, {}},
-          RangesRow{L"--5", {-1}, {-5}, {}},
-          RangesRow{L"\u00A0"
-                    L"4\u00A0",
-                    {4},
-                    {4},
-                    {}},
-          RangesRow{L"4294967297", {1}, {1}, {}}, RangesRow{L"+3", {3}, {3}, {}}, RangesRow{L"", {}, {}, {}},
-          RangesRow{L" , ,", {}, {}, {}}, RangesRow{L",,4,", {4}, {4}, {}}, RangesRow{nullptr, {}, {}, {}}}) {
-        expectRanges(row);
-    }
-}
-
-TEST(ListParsingRanges, RefuseTextAndKeepWhatWasRead) {
-    for (const RangesRow& row : {RangesRow{L"2, 1-a ", {2, 1}, {2, 0}, L"1-a"}, RangesRow{L"a-1", {0}, {}, L"a-1"},
-                                 RangesRow{L"5x,6", {5}, {5}, L"5x"}, RangesRow{L"1-2-3", {1}, {2}, L"1-2-3"},
-                                 RangesRow{L"\"1,2\"", {0}, {0}, L"\"1"},  // quotes mean nothing here
-                                 RangesRow{L"1 2", {1}, {1}, L"1 2"}}) {
-        expectRanges(row);
-    }
-}
-
-TEST(ListParsingRanges, RandomTextsAgreeWithTheReference) {
-    test::RandomText random(20261121);
-    for (int count = 0; count < 3000; ++count) {
-        const std::wstring text = test::text<wchar_t>(listText(random, "0123456789- +x"));
-        const test::Ranges wanted = test::readRanges(test::shapeOf(std::wstring_view(text)));
-        Array<int> starts;
-        Array<int> ends;
-        bool refused = false;
-        try {
-            util::stringToLongRanges(text.c_str(), starts, ends);
-        } catch (const Exception&) {
-            refused = true;
-        }
-        EXPECT_EQ(refused, !wanted.refused.empty());
-        EXPECT_EQ(valuesOf(starts), wanted.starts);
-        EXPECT_EQ(valuesOf(ends), wanted.ends);
-        ASSERT_FALSE(HasFailure()) << "text " << count << ": \"" << test::shapeOf(std::wstring_view(text)) << '"';
-    }
+TEST(ListParsingWidths, TheNoBreakSpaceIsABlankInWideListsOnly) {
+    constexpr const char* kList = "\xA0"
+                                  "1\xA0"
+                                  "2 0";
+    expectIntegers<wchar_t>({kList, true, {1, 2, 0}});
+    expectIntegers<char>({kList, false, {}});
+    expectIntegers<char>({"1 2\xA0", false, {1, 2}});
+    expectRow<wchar_t, double>(&util::stringToDoubleArray, {kList, true, {1, 2, 0}}, {9});
+    expectRow<char, double>(&util::stringToDoubleArray, {kList, true, {0}}, {9});
+    expectRow<wchar_t, bool>(&util::stringToBooleanArray, {kList, true, {true, true, false}}, {true});
+    expectRow<char, bool>(&util::stringToBooleanArray, {kList, true, {false}}, {true});
+    EXPECT_TRUE(util::canCoerceToIntegerArray(test::text<wchar_t>(kList).c_str()));
+    EXPECT_FALSE(util::canCoerceToIntegerArray(kList));
+    EXPECT_FALSE(util::canCoerceToIntegerArray("1\xA0"));
 }
 
 }  // namespace

@@ -1,0 +1,88 @@
+// Compiled for AVX2: nothing of the standard library with code of its own may be used in here, or the linker could take
+// that code for the rest of the program.
+
+#include "kernels/UrlEscapesAvx2.h"
+
+#include <immintrin.h>
+
+#include <bit>
+#include <cstdint>
+
+namespace vorel::kernels {
+
+namespace {
+
+constexpr std::size_t kBlock = 32;
+
+__m256i load(const char* text) noexcept {
+    return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(text));
+}
+
+void store(__m256i block, char* out) noexcept {
+    _mm256_storeu_si256(reinterpret_cast<__m256i*>(out), block);
+}
+
+std::uint32_t maskOf(__m256i bytes) noexcept {
+    return static_cast<std::uint32_t>(_mm256_movemask_epi8(bytes));
+}
+
+/// Finds the bytes that are not copied as they are.
+class Finder {
+public:
+    explicit Finder(const UrlTable& table) noexcept
+        : m_columns(
+              _mm256_broadcastsi128_si256(_mm_loadu_si128(reinterpret_cast<const __m128i*>(table.plainRowsOfColumn)))) {
+    }
+
+    [[nodiscard]] std::uint32_t changedIn(__m256i block) const noexcept {
+        const __m256i bitOfRow = _mm256_setr_epi8(1, 2, 4, 8, 16, 32, 64, -128, 0, 0, 0, 0, 0, 0, 0, 0,  //
+                                                  1, 2, 4, 8, 16, 32, 64, -128, 0, 0, 0, 0, 0, 0, 0, 0);
+        const __m256i row = _mm256_and_si256(_mm256_srli_epi16(block, 4), _mm256_set1_epi8(15));
+        const __m256i plain =
+            _mm256_and_si256(_mm256_shuffle_epi8(m_columns, block), _mm256_shuffle_epi8(bitOfRow, row));
+        return maskOf(_mm256_cmpeq_epi8(plain, _mm256_setzero_si256()));
+    }
+
+private:
+    __m256i m_columns;
+};
+
+}  // namespace
+
+UrlProgress measureUrlAvx2(const char* text, std::size_t count, const UrlTable& table) noexcept {
+    const Finder finder(table);
+    const bool plus = table.bytes[static_cast<unsigned char>(' ')].length == 1;
+    std::size_t read = 0;
+    std::size_t added = 0;
+    for (; count - read >= kBlock; read += kBlock) {
+        const __m256i block = load(text + read);
+        const std::uint32_t spaces = plus ? maskOf(_mm256_cmpeq_epi8(block, _mm256_set1_epi8(' '))) : 0;
+        added += static_cast<std::size_t>(_mm_popcnt_u32(finder.changedIn(block) & ~spaces));
+    }
+    return {read, read + 2 * added};
+}
+
+UrlProgress encodeUrlAvx2(const char* text, std::size_t count, const UrlTable& table, char* out) noexcept {
+    const Finder finder(table);
+    char* const start = out;
+    std::size_t read = 0;
+    for (; count - read >= 2 * kBlock; read += kBlock) {
+        const char* const block = text + read;
+        std::uint32_t changed = finder.changedIn(load(block));
+        std::uint32_t done = 0;
+        store(load(block), out);
+        for (; changed != 0; changed &= changed - 1) {
+            const std::uint32_t at = static_cast<std::uint32_t>(std::countr_zero(changed));
+            out += at - done;
+            const UrlEscape& escape = table.bytes[static_cast<unsigned char>(block[at])];
+            _mm_storeu_si32(out, _mm_loadu_si32(escape.text));
+            out += escape.length;
+            done = at + 1;
+            store(load(block + done), out);
+        }
+        out += kBlock - done;
+    }
+    return {read, static_cast<std::size_t>(out - start)};
+}
+
+}  // namespace vorel::kernels

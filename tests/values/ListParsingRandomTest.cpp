@@ -1,0 +1,120 @@
+// Random lists, narrow and wide, through every list parser: values, to the last bit, and answers are those of the
+// references.
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "support/Arrays.h"
+#include "support/ListReference.h"
+#include "support/PageEdge.h"
+#include "support/RandomPlace.h"
+#include "support/RandomText.h"
+#include "support/Scans.h"
+#include "support/Shape.h"
+#include "support/Widths.h"
+#include "vorel/values/ListParsing.h"
+
+namespace {
+
+using test::valuesOf;
+using vorel::Array;
+namespace util = vorel::util;
+
+constexpr std::uint64_t kSeed = 20261121;
+constexpr int kTexts = 40000;
+
+/// Words from an alphabet between blanks and commas; a few of them nearly as long as a word may be, or longer.
+std::string listText(test::RandomText& random, std::string_view alphabet) {
+    std::string text = random.from(" \t\xA0", random.oneIn(4) ? random.below(3) : 0);
+    for (std::size_t words = random.below(6); words != 0; --words) {
+        text += random.from(alphabet, random.oneIn(50) ? 76 + random.below(8) : random.below(8));
+        text += random.from(" ,\t\n\r\xA0", random.oneIn(3) ? random.below(3) : 1);
+    }
+    return text + random.from("x;.,\v\xB2", random.oneIn(8) ? 1 : 0);
+}
+
+template <class T>
+class ListParsingRandom : public ::testing::Test {
+protected:
+    /// Hands texts from the alphabets, wherever they stand, and their shapes to `check`.
+    template <class Check>
+    void forEachText(const std::vector<std::string_view>& alphabets, Check check) {
+        test::RandomText random(kSeed);
+        test::PageEdge<T> pages(2048);
+        for (int count = 0; count < kTexts; ++count) {
+            const std::string units = listText(random, alphabets[random.below(alphabets.size())]);
+            const std::basic_string<T> text = test::withForeignUnit(random, test::text<T>(units));
+            const std::string shape = test::shapeOf(std::basic_string_view<T>(text));
+            check(test::placeAnywhere(random, pages, text), shape);
+            ASSERT_FALSE(this->HasFailure()) << "list " << count << " of seed " << kSeed << ": \"" << shape << '"';
+        }
+    }
+};
+TYPED_TEST_SUITE(ListParsingRandom, test::CharacterTypes, test::CharacterNames);
+
+constexpr std::string_view kSignsAndDigits = "0123456789+-";
+constexpr std::string_view kNumbers = "001129.eE+-";
+constexpr std::string_view kLetters = "tTfF01.-xyn";
+
+/// Truth values, and words that are nearly truth values.
+std::string booleansText(test::RandomText& random) {
+    constexpr std::string_view kWords[] = {"true", "FALSE", "T",   "f",   "yes", "1",    "0",     "007",
+                                           "2.0",  "2.5",   "tru", "-0.", "Off", "tRUE", "falSE", "4294967296"};
+    std::string text;
+    for (std::size_t words = random.below(8); words != 0; --words) {
+        text += kWords[random.below(std::size(kWords))];
+        text += random.from(" \t\n\r\xA0", random.oneIn(12) ? 0 : 1 + random.below(2));
+    }
+    return text;
+}
+
+TYPED_TEST(ListParsingRandom, IntegersAgreeWithTheReference) {
+    this->forEachText({kSignsAndDigits, kNumbers}, [](const TypeParam* text, const std::string& shape) {
+        const auto wanted = test::readIntegers(shape);
+        Array<int> values;
+        EXPECT_EQ(util::stringToIntegerArray(text, values, false), wanted.whole);
+        EXPECT_EQ(valuesOf(values), std::vector<int>(wanted.values.begin(), wanted.values.end()));
+        if constexpr (sizeof(TypeParam) > 1) {
+            Array<unsigned int> unsignedValues;
+            EXPECT_EQ(util::stringToUIntegerArray(text, unsignedValues, false), wanted.whole);
+            EXPECT_EQ(valuesOf(unsignedValues), wanted.values);
+        }
+    });
+}
+
+TYPED_TEST(ListParsingRandom, CanCoerceToIntegerArrayAgreesWithTheReference) {
+    this->forEachText({"0123456789", kSignsAndDigits}, [](const TypeParam* text, const std::string& shape) {
+        EXPECT_EQ(util::canCoerceToIntegerArray(text), test::canBeIntegers(shape));
+    });
+}
+
+TYPED_TEST(ListParsingRandom, DoublesAgreeInEveryBit) {
+    this->forEachText({kSignsAndDigits, kNumbers}, [](const TypeParam* text, const std::string& shape) {
+        const auto wanted = test::readDoubles(shape);
+        Array<double> values;
+        EXPECT_EQ(util::stringToDoubleArray(text, values, false), wanted.whole);
+        EXPECT_EQ(test::bitsOf(valuesOf(values)), test::bitsOf(wanted.values));
+    });
+}
+
+TYPED_TEST(ListParsingRandom, BooleansAgreeWithTheReference) {
+    const auto check = [](const TypeParam* text, const std::string& shape) {
+        const auto wanted = test::readBooleans(shape);
+        Array<bool> values;
+        EXPECT_EQ(util::stringToBooleanArray(text, values, false), wanted.whole);
+        EXPECT_EQ(valuesOf(values), wanted.values);
+    };
+    this->forEachText({kLetters, kNumbers}, check);
+    test::RandomText random(kSeed);
+    for (int count = 0; count < kTexts; ++count) {
+        const std::basic_string<TypeParam> text = test::text<TypeParam>(booleansText(random));
+        const std::string shape = test::shapeOf(std::basic_string_view<TypeParam>(text));
+        check(text.c_str(), shape);
+        ASSERT_FALSE(this->HasFailure()) << "words " << count << " of seed " << kSeed << ": \"" << shape << '"';
+    }
+}
+
+}  // namespace
