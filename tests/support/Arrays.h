@@ -20,7 +20,9 @@ std::vector<T> valuesOf(const vorel::Array<T>& array) {
 template <class T>
 vorel::Array<T> arrayOf(const std::vector<T>& values) {
     vorel::Array<T> array;
-    array.append(values.data(), static_cast<unsigned int>(values.size()));
+    for (const T value : values) {  // not at once: a vector of truth values has no plain ones
+        array.append(value);
+    }
     return array;
 }
 

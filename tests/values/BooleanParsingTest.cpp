@@ -1,16 +1,22 @@
 #include "vorel/values/BooleanParsing.h"
 
 #include <string>
+#include <vector>
 
 #include <gtest/gtest.h>
 
 #include "support/ListReference.h"
+#include "support/PageEdge.h"
+#include "support/RandomPlace.h"
 #include "support/RandomText.h"
+#include "support/Scans.h"
 #include "support/Shape.h"
 #include "support/Widths.h"
 
 namespace {
 
+using test::scan;
+using test::Scanned;
 namespace util = vorel::util;
 
 template <class T>
@@ -24,56 +30,147 @@ struct Row {
 };
 
 template <class T>
-void expectRow(const Row& row) {
-    const std::basic_string<T> text = test::text<T>(row.text);
-    T* end = nullptr;
-    EXPECT_EQ(util::stringToBoolean(text.c_str(), &end), row.value) << row.text;
-    EXPECT_EQ(end - text.c_str(), row.read) << row.text;
-    EXPECT_EQ(util::stringToBoolean(text.c_str(), nullptr), row.value) << row.text;
-}
-
-TYPED_TEST(BooleanParsing, StringToBoolean_ReadsOneCharacterThatStandsAlone) {
-    for (const Row& row :
-         {Row{"1", true, 1}, Row{"t", true, 1}, Row{"T", true, 1}, Row{"y", true, 1}, Row{"Y", true, 1},
-          Row{" \t\n\r1", true, 5}, Row{"0", false, 1}, Row{"f", false, 1}, Row{"F", false, 1}, Row{"n", false, 1},
-          Row{"N", false, 1}, Row{"x", false, 0}, Row{" -", false, 1}, Row{" ", false, 1}, Row{"", false, 0}}) {
-        expectRow<TypeParam>(row);
+void expectRows(const std::vector<Row>& rows) {
+    for (const Row& row : rows) {
+        EXPECT_EQ((scan<T, bool>(row.text, util::stringToBoolean)), (Scanned<bool>{row.value, row.read})) << row.text;
     }
 }
 
+TYPED_TEST(BooleanParsing, StringToBoolean_ReadsOneCharacterThatStandsAlone) {
+    expectRows<TypeParam>({{"1", true, 1},
+                           {"t", true, 1},
+                           {"T", true, 1},
+                           {"y", true, 1},
+                           {"Y", true, 1},
+                           {"0", false, 1},
+                           {"f", false, 1},
+                           {"F", false, 1},
+                           {"n", false, 1},
+                           {"N", false, 1},
+                           {" \t\n\r1", true, 5},
+                           {"  N", false, 3}});
+}
+
+TYPED_TEST(BooleanParsing, StringToBoolean_StaysInFrontOfAnyOtherCharacter) {
+    expectRows<TypeParam>({{"x", false, 0},
+                           {"o", false, 0},
+                           {"-", false, 0},
+                           {" -", false, 1},
+                           {"+", false, 0},
+                           {".", false, 0},
+                           {"/", false, 0},
+                           {":", false, 0},
+                           {"\x11", false, 0},  // the code of '1' without the bit that lower case adds to letters
+                           {"\x10", false, 0},  // of '0'
+                           {"\x14", false, 0},  // of '4'
+                           {"\x7F", false, 0}});
+}
+
+TYPED_TEST(BooleanParsing, StringToBoolean_IsFalseAtTheEndOfNothing) {
+    expectRows<TypeParam>({{"", false, 0}, {" ", false, 1}, {" \t\r\n", false, 4}});
+}
+
 TYPED_TEST(BooleanParsing, StringToBoolean_ReadsWholeWordsInAnyCase) {
-    for (const Row& row : {Row{"true", true, 4}, Row{"TRUE", true, 4}, Row{"false", false, 5}, Row{"  Yes", true, 5},
-                           Row{"no", false, 2}, Row{"ON", true, 2}, Row{"off", false, 3}, Row{"yes ", false, 0},
-                           Row{"truex", false, 0}, Row{"tru", false, 0}, Row{"t ", false, 0}, Row{" ye", false, 1}}) {
-        expectRow<TypeParam>(row);
+    expectRows<TypeParam>({{"true", true, 4},
+                           {"TRUE", true, 4},
+                           {"tRuE", true, 4},
+                           {"false", false, 5},
+                           {"FALSE", false, 5},
+                           {"yes", true, 3},
+                           {"  Yes", true, 5},
+                           {"no", false, 2},
+                           {"\tNO", false, 3},
+                           {"on", true, 2},
+                           {"ON", true, 2},
+                           {"off", false, 3},
+                           {" \r\nOff", false, 6}});
+}
+
+TYPED_TEST(BooleanParsing, StringToBoolean_TakesNoWordWithSomethingBehindIt) {
+    for (const char* const text :
+         {"true ", "TRUE\t", "false ", "yes ", "no\n", "on ",  "off\r", "t ", "y ", "f ", "n ",        "truex",
+          "true1", "tru",    "ye",     "of",   "onn",  "yess", "tt",    "yn", "t1", "1t", "true false"}) {
+        expectRows<TypeParam>({{text, false, 0}});
+        expectRows<TypeParam>({{(std::string("  ") + text).c_str(), false, 2}});
     }
 }
 
 TYPED_TEST(BooleanParsing, StringToBoolean_TakesAnIntegerByItsValue) {
-    for (const Row& row : {Row{"10", true, 2}, Row{"-3", true, 2}, Row{"2.0", true, 1}, Row{"00", false, 2},
-                           Row{"0.000", false, 1}, Row{"0010", true, 4}, Row{"1 ", true, 2}, Row{"2.5", false, 0},
-                           Row{"4294967296", false, 10}, Row{"12x", false, 0}}) {
-        expectRow<TypeParam>(row);
-    }
+    expectRows<TypeParam>({{"10", true, 2},
+                           {"-3", true, 2},
+                           {"+1", true, 2},
+                           {"00", false, 2},
+                           {"-0", false, 2},
+                           {"0010", true, 4},
+                           {" 42", true, 3},
+                           {"1 ", true, 2},
+                           {"0 ", false, 2},
+                           {"7 \t", true, 3},  // with a blank behind it, any digit is an integer
+                           {"4294967296", false, 10},
+                           {"4294967297", true, 10}});
+}
+
+TYPED_TEST(BooleanParsing, StringToBoolean_StopsAtThePointOfAnInteger) {
+    expectRows<TypeParam>({{"2.0", true, 1},
+                           {"2.", true, 1},
+                           {"0.0", false, 1},
+                           {"0.000", false, 1},
+                           {"-12.00 ", true, 3},
+                           {" 1.0", true, 2}});
+}
+
+TYPED_TEST(BooleanParsing, StringToBoolean_TakesNoOtherNumber) {
+    expectRows<TypeParam>({{"2.5", false, 0},
+                           {".0", false, 0},
+                           {"12x", false, 0},
+                           {"1 2", false, 0},
+                           {"1e0", false, 0},
+                           {"0x1", false, 0},
+                           {"--1", false, 0},
+                           {" - 1", false, 1},
+                           {"1,", false, 0}});
 }
 
 TEST(BooleanParsingWidths, StringToBoolean_KnowsTheDigitsFrom2To9InWideTextOnly) {
-    for (const char* digit : {"2", "3", "4", "5", "6", "7", "8", "9"}) {
-        expectRow<wchar_t>({digit, true, 1});
-        expectRow<char>({digit, false, 0});
+    for (const char* const digit : {"2", "3", "4", "5", "6", "7", "8", "9"}) {
+        expectRows<wchar_t>({{digit, true, 1}});
+        expectRows<char>({{digit, false, 0}});
+        expectRows<wchar_t>({{(std::string(" ") + digit).c_str(), true, 2}});
+        expectRows<char>({{(std::string(" ") + digit).c_str(), false, 1}});
     }
 }
 
-TEST(BooleanParsingWidths, StringToBoolean_SkipsTheNoBreakSpaceInWideTextOnly) {
-    expectRow<wchar_t>({"\xA0yes", true, 4});
-    expectRow<char>({"\xA0yes", false, 0});
+TEST(BooleanParsingWidths, TheNoBreakSpaceIsABlankInWideTextOnly) {
+    expectRows<wchar_t>({{"\xA0yes", true, 4}, {"\xA0", false, 1}, {"10\xA0", true, 3}, {"yes\xA0", false, 0}});
+    expectRows<char>({{"\xA0yes", false, 0}, {"\xA0", false, 0}, {"10\xA0", false, 0}, {"yes\xA0", false, 0}});
+    EXPECT_TRUE(util::canCoerceToBoolean(L"\u00A0yes"));
+    EXPECT_FALSE(util::canCoerceToBoolean("\xA0yes"));
 }
 
-TYPED_TEST(BooleanParsing, CanCoerceToBoolean_AcceptsTenWords) {
-    for (const char* word : {"true", "false", "yes", "no", "0", "1", "t", "f", "y", "n", "True", "NO", " N", "\t1"}) {
+TEST(BooleanParsingWidths, WideUnitsAreNotTakenForTheirLowerByteNorForTheLettersTheyFoldTo) {
+    for (const wchar_t* const text : {L"\u0131", L"\u0154", L"\uFF11", L"\uFF34", L"\u0661", L"\u0174RUE", L"ye\u017F",
+                                      L"fal\u017Fe", L"\uFF54\uFF52\uFF55\uFF45", L"\u01311"}) {
+        EXPECT_EQ((test::scanUnits<wchar_t, bool>(text, util::stringToBoolean)), (Scanned<bool>{false, 0})) << text;
+        EXPECT_FALSE(util::canCoerceToBoolean(text)) << text;
+    }
+}
+
+TYPED_TEST(BooleanParsing, CanCoerceToBoolean_AcceptsTenWordsInAnyCase) {
+    for (const char* const word : {"true",  "false", "yes", "no", "0", "1", "t", "f",  "y",   "n",         "True",
+                                   "FALSE", "yEs",   "NO",  "T",  "F", "Y", "N", " N", "\t1", " \r\nfalse"}) {
         EXPECT_TRUE(util::canCoerceToBoolean(test::text<TypeParam>(word).c_str())) << word;
     }
-    for (const char* word : {"on", "off", "ON", "2", "9", "10", "00", "", " ", "yes ", "tru", "1.0", "-1"}) {
+}
+
+TYPED_TEST(BooleanParsing, CanCoerceToBoolean_RefusesWhatStringToBooleanTakesBesides) {
+    for (const char* const word : {"on", "off", "ON", "Off", "2", "9", "10", "00", "1.0", "-1", "+1", "0.0"}) {
+        EXPECT_FALSE(util::canCoerceToBoolean(test::text<TypeParam>(word).c_str())) << word;
+    }
+}
+
+TYPED_TEST(BooleanParsing, CanCoerceToBoolean_RefusesWordsWithSomethingBehindThem) {
+    for (const char* const word :
+         {"", " ", "true ", "yes ", "no\t", "1 ", "0 ", "t ", "tru", "truex", "x", "\x11", "\x10", "yes no", "ye"}) {
         EXPECT_FALSE(util::canCoerceToBoolean(test::text<TypeParam>(word).c_str())) << word;
     }
 }
@@ -93,25 +190,34 @@ TEST(BooleanParsingWidths, TheLibrarysOwnSpellings) {
     EXPECT_STREQ(util::TAL_False, L"false");
 }
 
-TYPED_TEST(BooleanParsing, RandomTextsAgreeWithTheReference) {
-    test::RandomText random(20261121);
+/// Words in any case, and what looks like a word or a number.
+std::string booleanText(test::RandomText& random) {
     constexpr std::string_view kWords[] = {"true", "false", "yes", "no", "on", "off", "t", "f", "y", "n", "0", "12"};
-    for (int count = 0; count < 50000; ++count) {
-        std::string units = random.from(" \t\xA0", random.oneIn(4) ? random.below(3) : 0);
-        units += random.oneIn(2) ? std::string(kWords[random.below(std::size(kWords))])
-                                 : random.from("0123456789tTyYfFnNoOeEsS.-+ x", random.below(5));
-        if (random.oneIn(3) && !units.empty()) {
-            char& unit = units[random.below(units.size())];
-            unit = unit >= 'a' && unit <= 'z' ? static_cast<char>(unit - 32) : unit;
-        }
-        const std::basic_string<TypeParam> text = test::text<TypeParam>(units);
-        const std::string shape = test::shapeOf(std::basic_string_view<TypeParam>(text));
+    std::string text = random.from(" \t\n\r\xA0", random.oneIn(4) ? random.below(3) : 0);
+    text += random.oneIn(2) ? std::string(kWords[random.below(std::size(kWords))])
+                            : random.from("0123456789tTyYfFnNoOeEsS.-+ x", random.below(5));
+    for (std::size_t units = random.below(4); units != 0 && !text.empty(); --units) {
+        char& unit = text[random.below(text.size())];
+        unit = unit >= 'a' && unit <= 'z' ? static_cast<char>(unit - 'a' + 'A') : unit;
+    }
+    return text + random.from(" \t\xA0x.0", random.oneIn(6) ? 1 : 0);
+}
+
+TYPED_TEST(BooleanParsing, RandomTextsAgreeWithTheReference) {
+    constexpr std::uint64_t kSeed = 20261121;
+    test::RandomText random(kSeed);
+    test::PageEdge<TypeParam> pages(2048);
+    for (int count = 0; count < 100000; ++count) {
+        const std::basic_string<TypeParam> units =
+            test::withForeignUnit(random, test::text<TypeParam>(booleanText(random)));
+        const TypeParam* const text = test::placeAnywhere(random, pages, units);
+        const std::string shape = test::shapeOf(std::basic_string_view<TypeParam>(units));
         const test::Reading<bool> wanted = test::readBoolean(shape, sizeof(TypeParam) > 1);
         TypeParam* end = nullptr;
-        EXPECT_EQ(util::stringToBoolean(text.c_str(), &end), wanted.value);
-        EXPECT_EQ(end - text.c_str(), static_cast<std::ptrdiff_t>(wanted.end));
-        EXPECT_EQ(util::canCoerceToBoolean(text.c_str()), test::canBeBoolean(shape));
-        ASSERT_FALSE(this->HasFailure()) << "text " << count << ": \"" << shape << '"';
+        EXPECT_EQ(util::stringToBoolean(text, &end), wanted.value);
+        EXPECT_EQ(end - text, static_cast<std::ptrdiff_t>(wanted.end));
+        EXPECT_EQ(util::canCoerceToBoolean(text), test::canBeBoolean(shape));
+        ASSERT_FALSE(this->HasFailure()) << "text " << count << " of seed " << kSeed << ": \"" << shape << '"';
     }
 }
 

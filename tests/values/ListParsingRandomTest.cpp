@@ -26,41 +26,24 @@ namespace util = vorel::util;
 constexpr std::uint64_t kSeed = 20261121;
 constexpr int kTexts = 40000;
 
-/// Words from an alphabet between blanks and commas; a few of them nearly as long as a word may be, or longer.
-std::string listText(test::RandomText& random, std::string_view alphabet) {
-    std::string text = random.from(" \t\xA0", random.oneIn(4) ? random.below(3) : 0);
-    for (std::size_t words = random.below(6); words != 0; --words) {
-        text += random.from(alphabet, random.oneIn(50) ? 76 + random.below(8) : random.below(8));
-        text += random.from(" ,\t\n\r\xA0", random.oneIn(3) ? random.below(3) : 1);
-    }
-    return text + random.from("x;.,\v\xB2", random.oneIn(8) ? 1 : 0);
-}
+/// Makes lists of words from one of the alphabets, between blanks and commas; a few of the words are nearly as long as
+/// a word may be, or longer.
+struct WordsFrom {
+    std::vector<std::string_view> alphabets;
 
-template <class T>
-class ListParsingRandom : public ::testing::Test {
-protected:
-    /// Hands texts from the alphabets, wherever they stand, and their shapes to `check`.
-    template <class Check>
-    void forEachText(const std::vector<std::string_view>& alphabets, Check check) {
-        test::RandomText random(kSeed);
-        test::PageEdge<T> pages(2048);
-        for (int count = 0; count < kTexts; ++count) {
-            const std::string units = listText(random, alphabets[random.below(alphabets.size())]);
-            const std::basic_string<T> text = test::withForeignUnit(random, test::text<T>(units));
-            const std::string shape = test::shapeOf(std::basic_string_view<T>(text));
-            check(test::placeAnywhere(random, pages, text), shape);
-            ASSERT_FALSE(this->HasFailure()) << "list " << count << " of seed " << kSeed << ": \"" << shape << '"';
+    std::string operator()(test::RandomText& random) const {
+        const std::string_view alphabet = alphabets[random.below(alphabets.size())];
+        std::string text = random.from(" \t\xA0", random.oneIn(4) ? random.below(3) : 0);
+        for (std::size_t words = random.below(6); words != 0; --words) {
+            text += random.from(alphabet, random.oneIn(50) ? 76 + random.below(8) : random.below(8));
+            text += random.from(" ,\t\n\r\xA0", random.oneIn(3) ? random.below(3) : 1);
         }
+        return text + random.from("x;.,\v\xB2", random.oneIn(8) ? 1 : 0);
     }
 };
-TYPED_TEST_SUITE(ListParsingRandom, test::CharacterTypes, test::CharacterNames);
-
-constexpr std::string_view kSignsAndDigits = "0123456789+-";
-constexpr std::string_view kNumbers = "001129.eE+-";
-constexpr std::string_view kLetters = "tTfF01.-xyn";
 
 /// Truth values, and words that are nearly truth values.
-std::string booleansText(test::RandomText& random) {
+std::string truthValues(test::RandomText& random) {
     constexpr std::string_view kWords[] = {"true", "FALSE", "T",   "f",   "yes", "1",    "0",     "007",
                                            "2.0",  "2.5",   "tru", "-0.", "Off", "tRUE", "falSE", "4294967296"};
     std::string text;
@@ -71,8 +54,36 @@ std::string booleansText(test::RandomText& random) {
     return text;
 }
 
+constexpr std::string_view kSignsAndDigits = "0123456789+-";
+constexpr std::string_view kNumbers = "001129.eE+-";
+
+template <class T>
+class ListParsingRandom : public ::testing::Test {
+protected:
+    /// Hands texts that `make` makes, wherever they stand, and their shapes to `check`.
+    template <class Make, class Check>
+    void forEachText(Make make, Check check) {
+        test::RandomText random(kSeed);
+        test::PageEdge<T> pages(2048);
+        for (int count = 0; count < kTexts; ++count) {
+            const std::basic_string<T> text = test::withForeignUnit(random, test::text<T>(make(random)));
+            const std::string shape = test::shapeOf(std::basic_string_view<T>(text));
+            check(test::placeAnywhere(random, pages, text), shape);
+            ASSERT_FALSE(this->HasFailure()) << "list " << count << " of seed " << kSeed << ": \"" << shape << '"';
+        }
+    }
+
+    static void expectBooleans(const T* text, const std::string& shape) {
+        const auto wanted = test::readBooleans(shape);
+        Array<bool> values;
+        EXPECT_EQ(util::stringToBooleanArray(text, values, false), wanted.whole);
+        EXPECT_EQ(valuesOf(values), wanted.values);
+    }
+};
+TYPED_TEST_SUITE(ListParsingRandom, test::CharacterTypes, test::CharacterNames);
+
 TYPED_TEST(ListParsingRandom, IntegersAgreeWithTheReference) {
-    this->forEachText({kSignsAndDigits, kNumbers}, [](const TypeParam* text, const std::string& shape) {
+    this->forEachText(WordsFrom{{kSignsAndDigits, kNumbers}}, [](const TypeParam* text, const std::string& shape) {
         const auto wanted = test::readIntegers(shape);
         Array<int> values;
         EXPECT_EQ(util::stringToIntegerArray(text, values, false), wanted.whole);
@@ -86,13 +97,13 @@ TYPED_TEST(ListParsingRandom, IntegersAgreeWithTheReference) {
 }
 
 TYPED_TEST(ListParsingRandom, CanCoerceToIntegerArrayAgreesWithTheReference) {
-    this->forEachText({"0123456789", kSignsAndDigits}, [](const TypeParam* text, const std::string& shape) {
+    this->forEachText(WordsFrom{{"0123456789", kSignsAndDigits}}, [](const TypeParam* text, const std::string& shape) {
         EXPECT_EQ(util::canCoerceToIntegerArray(text), test::canBeIntegers(shape));
     });
 }
 
 TYPED_TEST(ListParsingRandom, DoublesAgreeInEveryBit) {
-    this->forEachText({kSignsAndDigits, kNumbers}, [](const TypeParam* text, const std::string& shape) {
+    this->forEachText(WordsFrom{{kSignsAndDigits, kNumbers}}, [](const TypeParam* text, const std::string& shape) {
         const auto wanted = test::readDoubles(shape);
         Array<double> values;
         EXPECT_EQ(util::stringToDoubleArray(text, values, false), wanted.whole);
@@ -101,20 +112,11 @@ TYPED_TEST(ListParsingRandom, DoublesAgreeInEveryBit) {
 }
 
 TYPED_TEST(ListParsingRandom, BooleansAgreeWithTheReference) {
-    const auto check = [](const TypeParam* text, const std::string& shape) {
-        const auto wanted = test::readBooleans(shape);
-        Array<bool> values;
-        EXPECT_EQ(util::stringToBooleanArray(text, values, false), wanted.whole);
-        EXPECT_EQ(valuesOf(values), wanted.values);
-    };
-    this->forEachText({kLetters, kNumbers}, check);
-    test::RandomText random(kSeed);
-    for (int count = 0; count < kTexts; ++count) {
-        const std::basic_string<TypeParam> text = test::text<TypeParam>(booleansText(random));
-        const std::string shape = test::shapeOf(std::basic_string_view<TypeParam>(text));
-        check(text.c_str(), shape);
-        ASSERT_FALSE(this->HasFailure()) << "words " << count << " of seed " << kSeed << ": \"" << shape << '"';
-    }
+    this->forEachText(truthValues, &TestFixture::expectBooleans);
+}
+
+TYPED_TEST(ListParsingRandom, BooleansAmongNumbersAgreeWithTheReference) {
+    this->forEachText(WordsFrom{{"tTfF01.-xyn", kNumbers}}, &TestFixture::expectBooleans);
 }
 
 }  // namespace

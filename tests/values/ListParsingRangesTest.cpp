@@ -152,13 +152,15 @@ TEST(ListParsingRanges, RandomTextsAgreeWithTheReference) {
         const test::Ranges wanted = test::readRanges(shape);
         Array<int> starts;
         Array<int> ends;
-        std::wstring message;
+        std::string message;
         try {
             util::stringToLongRanges(text.c_str(), starts, ends);
         } catch (const Exception& e) {
-            message = e.what();
+            message = test::shapeOf(std::wstring_view(e.what()));
         }
-        EXPECT_EQ(message.empty(), wanted.refused.empty());
+        const bool isRange = wanted.refused.empty();
+        EXPECT_EQ(message,
+                  isRange ? "" : test::shapeOf(std::wstring_view(refusal(test::text<wchar_t>(wanted.refused)))));
         EXPECT_EQ(valuesOf(starts), wanted.starts);
         EXPECT_EQ(valuesOf(ends), wanted.ends);
         ASSERT_FALSE(HasFailure()) << "text " << count << " of seed " << kSeed << ": \"" << shape << '"';
