@@ -170,20 +170,15 @@ void expectAnswers(Question<T> question, const std::vector<const char*>& texts, 
     }
 }
 
-template <class T>
-constexpr Question<T> kIsInteger = util::canCoerceToInteger;
-template <class T>
-constexpr Question<T> kIsDouble = util::canCoerceToDouble;
-
 TYPED_TEST(NumberParsingTrial, CanCoerceToInteger_AcceptsDigitsAndAFractionOfZeros) {
-    expectAnswers<TypeParam>(kIsInteger<TypeParam>,
+    expectAnswers<TypeParam>(util::canCoerceToInteger,
                              {"0", "7", "42", "+42", "-42", " \t\r\n+5 \t\r\n", "-5 ", "12.", "12.0", "12.000 ",
                               "99999999999999999999999999", "10", "100"},
                              true, true);
 }
 
 TYPED_TEST(NumberParsingTrial, CanCoerceToInteger_RefusesEverythingElse) {
-    expectAnswers<TypeParam>(kIsInteger<TypeParam>,
+    expectAnswers<TypeParam>(util::canCoerceToInteger,
                              {"",      " ",      "+",     "-",   ".",     ".0",     "-.0",  "x",     "1x",
                               "0x1",   "0123x",  "- 5",   "+-5", "5 5",   "0 1",    "12.5", "12.05", "12..",
                               "12 .0", "12.0.0", "12.0x", "1e0", "1,000", "0123.5", "NaN"},
@@ -191,14 +186,14 @@ TYPED_TEST(NumberParsingTrial, CanCoerceToInteger_RefusesEverythingElse) {
 }
 
 TYPED_TEST(NumberParsingTrial, CanCoerceToInteger_RefusesLeadingZerosUnlessTheyAreAllowed) {
-    expectAnswers<TypeParam>(kIsInteger<TypeParam>, {"0123", "-0123", "+0123", " 01 ", "010", "0001"}, false, true);
+    expectAnswers<TypeParam>(util::canCoerceToInteger, {"0123", "-0123", "+0123", " 01 ", "010", "0001"}, false, true);
     // Nothing but zeros is one zero, and a point takes the rule away.
-    expectAnswers<TypeParam>(kIsInteger<TypeParam>, {"00", "-000", "0.0", "00.", "0123.0", "0123.", "-01.00 "}, true,
+    expectAnswers<TypeParam>(util::canCoerceToInteger, {"00", "-000", "0.0", "00.", "0123.0", "0123.", "-01.00 "}, true,
                              true);
 }
 
 TYPED_TEST(NumberParsingTrial, CanCoerceToDouble_AcceptsAFractionAndAnExponent) {
-    expectAnswers<TypeParam>(kIsDouble<TypeParam>,
+    expectAnswers<TypeParam>(util::canCoerceToDouble,
                              {"0",
                               "7",
                               "-7",
@@ -226,7 +221,7 @@ TYPED_TEST(NumberParsingTrial, CanCoerceToDouble_AcceptsAFractionAndAnExponent) 
 }
 
 TYPED_TEST(NumberParsingTrial, CanCoerceToDouble_RefusesEverythingElse) {
-    expectAnswers<TypeParam>(kIsDouble<TypeParam>,
+    expectAnswers<TypeParam>(util::canCoerceToDouble,
                              {"",     " ",    "+",   "-",   ".",    "-.",   "..",    "5..",     "1.5.2",
                               ".e5",  "e5",   "1e",  "1e+", "1e-",  "1e ",  "1e+-5", "1e5.0",   "1e5e5",
                               "1e 5", "1 e5", "1x",  "1 x", "1.5x", "1e5x", "007e",  "007x",    "0x10",
@@ -235,9 +230,9 @@ TYPED_TEST(NumberParsingTrial, CanCoerceToDouble_RefusesEverythingElse) {
 }
 
 TYPED_TEST(NumberParsingTrial, CanCoerceToDouble_RefusesLeadingZerosUnlessTheyAreAllowed) {
-    expectAnswers<TypeParam>(kIsDouble<TypeParam>, {"007", "-07", "+07", " 07 ", "010"}, false, true);
+    expectAnswers<TypeParam>(util::canCoerceToDouble, {"007", "-07", "+07", " 07 ", "010"}, false, true);
     // Nothing but zeros is one zero, and a point or an exponent takes the rule away.
-    expectAnswers<TypeParam>(kIsDouble<TypeParam>,
+    expectAnswers<TypeParam>(util::canCoerceToDouble,
                              {"00", "0000", "007.5", "007.", "000.5", "007e1", "07e0", "007.5e1", "00.0"}, true, true);
 }
 
@@ -249,10 +244,10 @@ TEST(NumberParsingTrialWidths, TheNoBreakSpaceIsABlankInWideTextOnly) {
     expectTrials<char, int>(util::tryStringToInteger, {{kBefore, false, 0}, {kBehind, false, 7}});
     expectTrials<wchar_t, double>(util::tryStringToDouble, {{kBefore, true, 7}, {kBehind, true, 7}});
     expectTrials<char, double>(util::tryStringToDouble, {{kBefore, false, 99}, {kBehind, false, 7}});
-    expectAnswers<wchar_t>(kIsInteger<wchar_t>, {kBefore, kBehind}, true, true);
-    expectAnswers<char>(kIsInteger<char>, {kBefore, kBehind}, false, false);
-    expectAnswers<wchar_t>(kIsDouble<wchar_t>, {kBefore, kBehind}, true, true);
-    expectAnswers<char>(kIsDouble<char>, {kBefore, kBehind}, false, false);
+    expectAnswers<wchar_t>(util::canCoerceToInteger, {kBefore, kBehind}, true, true);
+    expectAnswers<char>(util::canCoerceToInteger, {kBefore, kBehind}, false, false);
+    expectAnswers<wchar_t>(util::canCoerceToDouble, {kBefore, kBehind}, true, true);
+    expectAnswers<char>(util::canCoerceToDouble, {kBefore, kBehind}, false, false);
 }
 
 }  // namespace
