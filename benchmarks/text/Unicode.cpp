@@ -32,6 +32,53 @@ std::wstring textOf(std::size_t size, unsigned int first, unsigned int last, uns
     return text;
 }
 
+/// The peers without tables or vectors: a character at a time, as the codes are written down.
+std::uint64_t decodePlainly(const char* utf8, std::size_t count, wchar_t* out) {
+    const auto* byte = reinterpret_cast<const unsigned char*>(utf8);
+    const auto* const end = byte + count;
+    wchar_t* const start = out;
+    while (byte < end && *byte != 0) {
+        unsigned int value = *byte++;
+        if (value >= 0xC0) {
+            const int trailing = value < 0xE0 ? 1 : value < 0xF0 ? 2 : 3;
+            value &= 0x3Fu >> trailing;
+            for (int left = trailing; left != 0; --left) {
+                value = value << 6 | (*byte++ & 0x3Fu);
+            }
+        }
+        if (value > 0xFFFF) {
+            *out++ = static_cast<wchar_t>(0xD7C0 + (value >> 10));
+            *out++ = static_cast<wchar_t>(0xDC00 + (value & 0x3FF));
+        } else {
+            *out++ = static_cast<wchar_t>(value);
+        }
+    }
+    *out = 0;
+    return static_cast<std::uint64_t>(out - start);
+}
+
+std::uint64_t encodePlainly(const wchar_t* unit, std::size_t count, char* out) {
+    const wchar_t* const end = unit + count;
+    char* const start = out;
+    while (unit < end && *unit != 0) {
+        unsigned int value = *unit++;
+        if (value < 0x80) {
+            *out++ = static_cast<char>(value);
+            continue;
+        }
+        if ((value & 0xFC00) == 0xD800 && (*unit & 0xFC00) == 0xDC00) {
+            value = 0x10000 + ((value & 0x3FF) << 10) + (*unit++ & 0x3FFu);
+        }
+        const int trailing = value < 0x800 ? 1 : value < 0x10000 ? 2 : 3;
+        *out++ = static_cast<char>((0xF00u >> trailing & 0xFF) | value >> 6 * trailing);
+        for (int left = trailing - 1; left >= 0; --left) {
+            *out++ = static_cast<char>(0x80 | (value >> 6 * left & 0x3F));
+        }
+    }
+    *out = 0;
+    return static_cast<std::uint64_t>(out - start);
+}
+
 void compare(Family& family, const std::string& name, const std::wstring& text) {
     BaseString<char> utf8;
     util::ConvertStringtoUTF8(text.c_str(), utf8, -1);
@@ -46,20 +93,24 @@ void compare(Family& family, const std::string& name, const std::wstring& text) 
                        util::ConvertUTF8toString(wide, utf8.c_str(), bytes, true);
                        return std::uint64_t{wide.length()};
                    },
-                   {{"MultiByteToWideChar", [&] {
+                   {{"MultiByteToWideChar",
+                     [&] {
                          return static_cast<std::uint64_t>(MultiByteToWideChar(
                              CP_UTF8, 0, utf8.c_str(), bytes, wideBuffer.data(), static_cast<int>(wideBuffer.size())));
-                     }}});
+                     }},
+                    {"plain loop", [&] { return decodePlainly(utf8.c_str(), utf8.length(), wideBuffer.data()); }}});
     family.compare("wide to UTF-8, " + name, 1,
                    [&] {
                        util::ConvertStringtoUTF8(text.c_str(), narrow, units);
                        return std::uint64_t{narrow.length()};
                    },
-                   {{"WideCharToMultiByte", [&] {
+                   {{"WideCharToMultiByte",
+                     [&] {
                          return static_cast<std::uint64_t>(
                              WideCharToMultiByte(CP_UTF8, 0, text.c_str(), units, narrowBuffer.data(),
                                                  static_cast<int>(narrowBuffer.size()), nullptr, nullptr));
-                     }}});
+                     }},
+                    {"plain loop", [&] { return encodePlainly(text.c_str(), text.size(), narrowBuffer.data()); }}});
 }
 
 }  // namespace

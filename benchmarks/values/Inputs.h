@@ -21,7 +21,9 @@ class Texts {
 public:
     void add(std::string_view text) {
         m_starts.push_back(m_units.size());
-        m_units.insert(m_units.end(), text.begin(), text.end());
+        for (const char c : text) {
+            m_units.push_back(static_cast<T>(c));
+        }
         m_units.push_back(0);
     }
 

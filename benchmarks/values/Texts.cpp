@@ -99,7 +99,9 @@ void compareTexts(Family& family, const std::vector<std::wstring>& all) {
             text.append(all[field].begin(), all[field].end());
         }
         lower.add(text);
-        text.back() = text.back() >= 'a' ? static_cast<char>(text.back() - 'a' + 'A') : text.back();
+        for (char& c : text) {
+            c = c >= 'x' ? static_cast<char>(c - 'a' + 'A') : c;
+        }
         upper.add(text);
     }
     const auto over = [](const auto& a, const auto& b, auto compare) -> Pass {

@@ -62,14 +62,10 @@ constexpr std::uint64_t leadingDigits(std::uint64_t mask) noexcept {
 
 /// Ones in the last `count` bytes of a block.
 inline __m128i lastBytes(std::uint64_t count) noexcept {
-    static constexpr auto kZerosThenOnes = [] {
-        std::array<std::uint8_t, 2 * kDigitBlock> bytes = {};
-        for (std::size_t byte = kDigitBlock; byte < bytes.size(); ++byte) {
-            bytes[byte] = 0xFF;
-        }
-        return bytes;
-    }();
-    return _mm_loadu_si128(reinterpret_cast<const __m128i*>(kZerosThenOnes.data() + count));
+    static constexpr std::uint8_t kZerosThenOnes[2 * kDigitBlock] = {
+        0,    0,    0,    0,    0,    0,    0,    0,    0,    0,    0,    0,    0,    0,    0,    0,
+        0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF};
+    return _mm_loadu_si128(reinterpret_cast<const __m128i*>(kZerosThenOnes + count));
 }
 
 /// The value of the last `count` characters of a block, all of them digits.

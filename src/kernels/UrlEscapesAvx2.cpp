@@ -72,7 +72,7 @@ UrlProgress encodeUrlAvx2(const char* text, std::size_t count, const UrlTable& t
         std::uint32_t done = 0;
         store(load(block), out);
         for (; changed != 0; changed &= changed - 1) {
-            const std::uint32_t at = static_cast<std::uint32_t>(std::countr_zero(changed));
+            const auto at = static_cast<std::uint32_t>(std::countr_zero(changed));
             out += at - done;
             const UrlEscape& escape = table.bytes[static_cast<unsigned char>(block[at])];
             _mm_storeu_si32(out, _mm_loadu_si32(escape.text));

@@ -79,8 +79,8 @@ __m128i shuffled(__m128i elements, const Shuffles& shuffles, unsigned int mask) 
     return _mm_shuffle_epi8(elements, _mm_loadu_si128(reinterpret_cast<const __m128i*>(shuffles.order[mask])));
 }
 
-unsigned int bits(unsigned int mask) noexcept {
-    return static_cast<unsigned int>(_mm_popcnt_u32(mask));
+std::size_t bits(unsigned int mask) noexcept {
+    return static_cast<std::size_t>(_mm_popcnt_u32(mask));
 }
 
 unsigned int maskOf(__m128i bytes) noexcept {

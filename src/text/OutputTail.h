@@ -79,7 +79,7 @@ template <unsigned int Block, unsigned int Overhang, class Tail, class Produce, 
 void fill(Tail&& tail, Produce&& produce, AtEnd&& atEnd) {
     typename std::remove_cvref_t<Tail>::Unit block[Block + Overhang];
     while (!atEnd()) {
-        if (tail.room() >= Block + Overhang) {
+        if (tail.room() > Overhang) {
             tail.written(produce(tail.free(), tail.room() - Overhang));
         } else {
             tail.append(block, produce(block, Block));

@@ -11,6 +11,7 @@
 #include "support/PageEdge.h"
 #include "support/RandomText.h"
 #include "support/Widths.h"
+#include "vorel/exceptions/ExceptionFamily.h"
 
 namespace {
 
@@ -65,6 +66,15 @@ TYPED_TEST(Base64Test, EncodeRange_TakesAPartOfTheData) {
     EXPECT_TRUE(text.empty());
     Base64::EncodeRange(nullptr, 2, 6, text);
     EXPECT_TRUE(text.empty());
+}
+
+TYPED_TEST(Base64Test, EncodeRange_RefusesWhatNoStringHoldsBeforeItReads) {
+    const unsigned char byte = 0;
+    for (const unsigned int count : {0xFFFFFFFFu, 0xC0000000u}) {
+        BaseString<TypeParam> text(test::text<TypeParam>("old").c_str());
+        EXPECT_THROW(Base64::EncodeRange(&byte, 0, count, text), vorel::MemoryException);
+        EXPECT_EQ(text, test::text<TypeParam>("old").c_str());
+    }
 }
 
 TYPED_TEST(Base64Test, Decode_ReadsWhatWasEncoded) {

@@ -157,7 +157,7 @@ TYPED_TEST(HexText, RandomTextsAgreeWithTheReference) {
                     ? std::string_view("0123456789abcdef0123456789ABCDEF").find(static_cast<char>(text[at]))
                     : std::string_view::npos;
             const unsigned int digit = found == std::string_view::npos ? 0 : static_cast<unsigned int>(found % 16);
-            wanted[at / 2] = static_cast<unsigned char>(wanted[at / 2] << 4 | digit);
+            wanted[at / 2] = static_cast<unsigned char>(wanted[at / 2] * 16u + digit);
         }
         Array<unsigned char> bytes;
         util::hexStringToByteArray(edge.placeAtEnd(text), static_cast<unsigned int>(text.size()), bytes);

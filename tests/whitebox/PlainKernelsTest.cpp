@@ -114,7 +114,7 @@ TEST_F(PlainKernels, Utf8ToWide) {
         // The codec reads what a lead byte announces, also behind the terminator.
         const char* const place = placed(edge, text + std::string(5, '\0'), random);
         const int length = random.oneIn(2) ? -1 : static_cast<int>(random.below(text.size() + 1));
-        const unsigned int capacity = static_cast<unsigned int>(random.below(600));
+        const auto capacity = static_cast<unsigned int>(random.below(600));
         ASSERT_NO_FATAL_FAILURE(expectSame([&] {
             return resultOf<wchar_t>([&](BaseString<wchar_t>& output) {
                 output.reserve(capacity, true);
