@@ -9,6 +9,8 @@
 /// share the runtime. The three fields are standard-layout: another compiler's caller sees the same bytes.
 /// Lengths and capacities are counted in code units (`char`, or UTF-16 units of `wchar_t`).
 ///
+/// What is marked `VOREL_API` lives in the library, for both widths; the short members are compiled into their callers.
+///
 /// A string belongs to one thread at a time; several threads may read one that nobody changes.
 #pragma once
 
@@ -36,26 +38,26 @@ public:
     /// A copy of the null-terminated `text`; null gives the empty string.
     /// \throws MemoryException when the buffer cannot be had.
     // NOLINTNEXTLINE(google-explicit-constructor): text is meant to become a string wherever one is asked for
-    BaseString(const T* text);
+    VOREL_API BaseString(const T* text);
 
     /// A copy of the first `length` units of `text`; null gives the empty string.
     /// \throws MemoryException when the buffer cannot be had.
-    BaseString(const T* text, unsigned int length);
+    VOREL_API BaseString(const T* text, unsigned int length);
 
     /// A copy with a buffer of its own; nothing is allocated for an empty string.
     /// \throws MemoryException when the buffer cannot be had.
-    BaseString(const BaseString& other);
+    VOREL_API BaseString(const BaseString& other);
 
     /// Takes over the buffer; `other` is left as a string that never allocated.
-    BaseString(BaseString&& other) noexcept;
+    VOREL_API BaseString(BaseString&& other) noexcept;
 
-    ~BaseString();
+    VOREL_API ~BaseString();
 
     /// Replaces the content; null empties the string and keeps its buffer. `text` may point into the string itself.
     /// \throws MemoryException and leaves the string as it was when the buffer cannot be had.
-    BaseString& operator=(const T* text);
-    BaseString& operator=(const BaseString& other);
-    BaseString& operator=(BaseString&& other) noexcept;
+    VOREL_API BaseString& operator=(const T* text);
+    VOREL_API BaseString& operator=(const BaseString& other);
+    VOREL_API BaseString& operator=(BaseString&& other) noexcept;
 
     /// The buffer itself, null when the string never allocated.
     const T* c_str() const noexcept { return m_data; }
@@ -68,7 +70,7 @@ public:
     }
 
     /// Units before the terminator; counts them and remembers the result when the length is not known.
-    unsigned int length() const noexcept;
+    VOREL_API unsigned int length() const noexcept;
 
     bool empty() const noexcept { return length() == 0; }
 
@@ -78,16 +80,16 @@ public:
     /// Adds `text` (to its terminator, or `count` units of it) at the end; null adds nothing. The argument may point
     /// into the string itself.
     /// \throws MemoryException and leaves the string as it was when it cannot grow.
-    BaseString& append(const T* text);
-    BaseString& append(const T* text, unsigned int count);
-    BaseString& append(const BaseString& text);
-    BaseString& append(T unit);
+    VOREL_API BaseString& append(const T* text);
+    VOREL_API BaseString& append(const T* text, unsigned int count);
+    VOREL_API BaseString& append(const BaseString& text);
+    VOREL_API BaseString& append(T unit);
     BaseString& operator+=(const T* text) { return append(text); }
     BaseString& operator+=(const BaseString& text) { return append(text); }
     BaseString& operator+=(T unit) { return append(unit); }
 
     /// Makes the string empty and keeps the buffer.
-    void clear() noexcept;
+    VOREL_API void clear() noexcept;
 
     /// Makes room for `count` units and the terminator, writes a terminator at index `count` and returns the buffer.
     /// This is the single growth point of the string.
@@ -99,7 +101,7 @@ public:
     /// holds nothing yet and the length is not known.
     /// \throws MemoryException(capacity, unit size) and leaves the string as it was when the buffer cannot be had or
     ///         its size cannot be expressed.
-    T* reserve(unsigned int count, bool discard);
+    VOREL_API T* reserve(unsigned int count, bool discard);
 
     /// Replaces the content by the printf-style rendering of `fmt` and returns the string itself; a null `fmt` also
     /// gives the buffer back. In a wide format `%s` takes wide text, as the runtime's print functions do by default;
@@ -107,10 +109,10 @@ public:
     /// \throws Exception "Unable to format: %ls (%hs)" (narrow: "%hs") with the format and the runtime's error text
     ///         when the format cannot be rendered; MemoryException when the string cannot grow. The string is
     ///         empty then, unless an argument or the format lies in it: then it keeps its text.
-    BaseString& format(const T* fmt, ...);
+    VOREL_API BaseString& format(const T* fmt, ...);
 
     /// `format` with an argument list.
-    BaseString& vformat(const T* fmt, va_list args);
+    VOREL_API BaseString& vformat(const T* fmt, va_list args);
 
     /// Unit-wise comparison, units taken as unsigned; a null text equals the empty string.
     friend bool operator==(const BaseString& a, const BaseString& b) noexcept { return a.view() == b.view(); }
@@ -130,8 +132,5 @@ private:
     unsigned int m_capacity = 0;
     mutable unsigned int m_length = kUnknownLength;
 };
-
-extern template class VOREL_API BaseString<char>;
-extern template class VOREL_API BaseString<wchar_t>;
 
 }  // namespace vorel
