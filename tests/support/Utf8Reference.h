@@ -104,7 +104,7 @@ inline DecodedText decodeUtf8(std::string_view input, int length) {
 }
 
 /// The text between the brackets of a message about `input`, whose byte at `error` starts no sequence.
-inline std::wstring hexDump(std::string_view input, std::size_t error) {
+inline std::wstring hexDump(const std::string& input, std::size_t error) {
     static constexpr wchar_t kDigits[] = L"0123456789ABCDEF";
     std::wstring dump;
     for (std::size_t at = error + 1; input[at] != 0; ++at) {
