@@ -1,0 +1,98 @@
+/// \file
+/// `AutoMutex`: a recursive lock with a name, which all processes of the machine share, whatever user they run under.
+///
+///     vorel::AutoMutex ledger(L"TalvenorLedger", false, false);
+///     const vorel::Guard held(ledger);
+///
+/// | state       | handle | count | owner  | left by                                              |
+/// |-------------|--------|-------|--------|------------------------------------------------------|
+/// | unnamed     | none   | 0     | none   | `initialize`                                         |
+/// | initialised | open   | 0     | none   | `lock`, `tryLock`; the end of the object             |
+/// | held        | open   | ≥ 1   | thread | as many `unlock` of the owner as there were locks    |
+///
+/// The mutex of the operating system is taken and released once for each hold; the object keeps count of its own holds.
+/// When a thread ends, or its process is killed, without giving a mutex back, the next one to take it gets it, with a
+/// warning in the error log.
+#pragma once
+
+#include "vorel/Export.h"
+#include "vorel/core/BaseString.h"
+#include "vorel/core/KernelHandle.h"
+#include "vorel/sync/CriticalSections.h"
+
+namespace vorel {
+
+/// Thread-safe, but for `initialize` and the destructor, while the thread-safety switch is on.
+class VOREL_API AutoMutex {
+public:
+    /// Opens the mutex `name`, and takes it if `lockNow` is set, waiting for up to a minute. A null `name` makes an
+    /// object without a mutex. `flag` is kept and not looked at.
+    /// \throws Exception "malloc failed"; "AutoMutex: Failed to create mutex …"; what `lock` throws.
+    AutoMutex(const wchar_t* name, bool lockNow, bool flag);
+
+    /// Gives back every hold of the object and closes the mutex. When another thread holds it, waits for up to a
+    /// minute. \throws Exception, unless another exception unwinds the stack.
+    virtual ~AutoMutex() noexcept(false);
+
+    AutoMutex(const AutoMutex&) = delete;
+    AutoMutex& operator=(const AutoMutex&) = delete;
+
+    /// Opens the mutex "Global\" + `name`; names differ by case. Does nothing when the object has that mutex already,
+    /// and closes the one that it has under another name first. `flag` is kept and not looked at.
+    /// \returns whether there is a mutex now; if not, a warning in the error log says why, and the call may be
+    /// repeated. \throws Exception "AutoMutex::initialize: Name required for mutex" for a null name; and when the mutex
+    /// of another
+    ///         name cannot be closed.
+    virtual bool initialize(const wchar_t* name, bool flag);
+
+    /// Waits for the mutex for up to `timeout` milliseconds (0xFFFFFFFF: without limit) and says whether it is held. A
+    /// mutex that its owner left behind counts as taken, with a warning.
+    ///
+    /// A failure, the end of the time included, is told in this order: as an exception, if `throwOnFailure` is set; in
+    /// `errorText`, if that is not null; and, if `timeout` is not 0, as a warning.
+    /// \throws Exception "AutoMutex::lock: Mutex not initialized"; "AutoMutex::lock: Failed to lock mutex …".
+    bool lock(unsigned int timeout, bool throwOnFailure, BaseString<wchar_t>* errorText = nullptr);
+
+    /// Takes the mutex if that needs no waiting, and says whether it did.
+    /// \throws Exception "AutoMutex::lock: Mutex not initialized".
+    bool tryLock();
+
+    /// Gives one hold back. Does nothing when nothing is held, or when another thread is the owner.
+    /// \throws Exception "AutoMutex::unlock: Mutex not initialized"; "AutoMutex::unlock: Failed to release mutex …",
+    /// and
+    ///         the hold is still there.
+    void unlock();
+
+    /// Null: the reasons of a failing `initialize` stand in the error log.
+    [[nodiscard]] const wchar_t* getInitializeError() const noexcept { return m_initializeError.c_str(); }
+
+    /// Kept, and not looked at on this platform.
+    void SetUseFcntlTimeout(bool useFcntlTimeout) noexcept { m_useFcntlTimeout = useFcntlTimeout; }
+
+private:
+    static const wchar_t* const ClassName;
+
+    [[nodiscard]] const wchar_t* name() const noexcept { return m_name.view().data(); }
+    void requireMutex(const wchar_t* message) const;
+    unsigned long waitFor(unsigned int timeout);
+    void countTaken();
+    void takeFromOtherThread();
+
+    void terminate();
+    int GetLockCount();
+    void SetLockCount(bool increment);
+    long long GetLockingThreadID();
+    void SetLockingThreadID();
+    void ResetLockingThreadID();
+
+    detail::KernelHandle m_mutex;
+    BaseString<wchar_t> m_name;
+    BaseString<wchar_t> m_initializeError;
+    AutoCriticalSection m_bookkeeping;  ///< guards the two that follow
+    int m_lockCount = 0;
+    long long m_lockingThreadId = 0;  ///< 0: nobody
+    bool m_flag = false;
+    bool m_useFcntlTimeout = false;
+};
+
+}  // namespace vorel

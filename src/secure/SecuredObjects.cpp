@@ -1,0 +1,138 @@
+#include "vorel/secure/SecuredObjects.h"
+
+#include <windows.h>
+
+#include "core/StringAccess.h"
+#include "secure/ErrorMessage.h"
+#include "secure/SharedSecurity.h"
+#include "system/SystemMessage.h"
+#include "vorel/core/KernelHandle.h"
+#include "vorel/exceptions/Exception.h"
+#include "vorel/system/ErrorText.h"
+
+namespace vorel {
+
+namespace {
+
+using detail::KernelHandle;
+using detail::SharedSecurity;
+
+int lastError() noexcept {
+    return static_cast<int>(GetLastError());
+}
+
+/// The system's text for an error, for one message.
+class ErrorText {
+public:
+    explicit ErrorText(int error) { util::FormatErrorMsg(error, m_text); }
+
+    [[nodiscard]] const wchar_t* text() const noexcept { return m_text.view().data(); }
+
+private:
+    BaseString<wchar_t> m_text;
+};
+
+/// How a mutex is created and opened, and how its failures are told: as warnings.
+struct MutexKind {
+    HANDLE create(SECURITY_ATTRIBUTES* attributes) const noexcept {
+        return CreateMutexW(attributes, static_cast<BOOL>(initialOwner), name);
+    }
+    HANDLE open() const noexcept { return OpenMutexW(SYNCHRONIZE, FALSE, name); }
+
+    void tellWhetherNew(bool isNew) const noexcept {
+        if (created) {
+            *created = isNew ? 1 : 0;
+        }
+    }
+    void tellFailedStep(const SharedSecurity& security) const {
+        Exception::warn(L"ObtainAccessableMutex: %ls failed: %ls", security.failedStep().call,
+                        ErrorText(security.error()).text());
+    }
+    void tellFailedOpen() const {
+        Exception::warn(L"ObtainAccessableMutex warning: OpenMutex %ls: %ls", name, ErrorText(lastError()).text());
+    }
+
+    const wchar_t* name;
+    int initialOwner;
+    int* created;
+};
+
+/// The same for an event: failures go to the caller's text.
+struct EventKind {
+    HANDLE create(SECURITY_ATTRIBUTES* attributes) const noexcept {
+        return CreateEventW(attributes, static_cast<BOOL>(manualReset), static_cast<BOOL>(initialState), name);
+    }
+    HANDLE open() const noexcept { return OpenEventW(SYNCHRONIZE | EVENT_MODIFY_STATE, FALSE, name); }
+
+    static void tellWhetherNew(bool) noexcept {}
+
+    void tellFailedStep(const SharedSecurity& security) const {
+        const detail::SecurityStep& step = security.failedStep();
+        BaseString<wchar_t> failure;
+        failure.format(step.namesOperation ? L"ObtainAccessableEvent: %ls failed" : L"%ls failed", step.call);
+        detail::GetErrorMessage(failure.c_str(), security.error(), errorText);
+    }
+    void tellFailedOpen() const { detail::GetErrorMessage(L"OpenEvent failed", lastError(), errorText); }
+
+    const wchar_t* name;
+    int manualReset;
+    int initialState;
+    BaseString<wchar_t>& errorText;
+};
+
+/// Creates the object, or opens it where another user's object of that name refuses to be created again.
+template <class Kind>
+KernelHandle createOrOpen(const Kind& kind, int retries, int sleepMs) {
+    SharedSecurity security;
+    if (!security.isComplete()) {
+        kind.tellFailedStep(security);
+        return {};
+    }
+    for (int attempt = 0;; ++attempt) {
+        if (attempt != 0) {
+            ::Sleep(static_cast<DWORD>(sleepMs));
+        }
+        SetLastError(ERROR_SUCCESS);
+        KernelHandle created(kind.create(security.attributes()));
+        kind.tellWhetherNew(created && GetLastError() != ERROR_ALREADY_EXISTS);
+        if (created) {
+            return created;
+        }
+        KernelHandle opened(kind.open());
+        if (opened) {
+            return opened;
+        }
+        if (attempt >= retries) {
+            kind.tellFailedOpen();
+            return {};
+        }
+    }
+}
+
+}  // namespace
+
+void* ObtainAccessableMutex(int initialOwner, const wchar_t* name, int retries, int sleepMs, int* created) noexcept {
+    try {
+        const MutexKind kind{name, initialOwner, created};
+        kind.tellWhetherNew(false);
+        return createOrOpen(kind, retries, sleepMs).release();
+    } catch (...) {
+        const system::SystemMessage message(lastError());
+        const std::wstring_view text = message.trimmed();
+        Exception::warn(L"Error ObtainAccessableMutex %ls, %.*ls", name, static_cast<int>(text.size()), text.data());
+        return nullptr;
+    }
+}
+
+void* ObtainAccessableEvent(int manualReset, int initialState, const wchar_t* name, int retries, int sleepMs,
+                            BaseString<wchar_t>& errorText) noexcept {
+    try {
+        return createOrOpen(EventKind{name, manualReset, initialState, errorText}, retries, sleepMs).release();
+    } catch (...) {
+        // The name of the mutex operation is meant.
+        detail::StringAccess<wchar_t>::tryAssign(errorText, L"ObtainAccessableMutex failed with unknown exception");
+        return nullptr;
+    }
+}
+
+}  // namespace vorel

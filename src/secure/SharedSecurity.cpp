@@ -1,0 +1,38 @@
+#include "secure/SharedSecurity.h"
+
+namespace vorel::detail {
+
+SharedSecurity::SharedSecurity() noexcept {
+    build();
+}
+
+bool SharedSecurity::build() noexcept {
+    m_everyone = makeSid(SECURITY_WORLD_SID_AUTHORITY, SECURITY_WORLD_RID);
+    if (!check(kMakeSid, m_everyone != nullptr)) {
+        return false;
+    }
+    const DWORD listSize = 2 * GetLengthSid(m_everyone.get()) + 32;  // the list, and two entries with the identifier
+    m_list = allocateAcl(listSize);
+    // Entries are looked at in order: what is to be denied must come first.
+    return check(kAllocateAcl, m_list != nullptr) &&
+           check(kInitializeAcl, InitializeAcl(m_list.get(), listSize, ACL_REVISION) != FALSE) &&
+           check(kAddDenied,
+                 AddAccessDeniedAce(m_list.get(), ACL_REVISION, WRITE_DAC | WRITE_OWNER, m_everyone.get()) != FALSE) &&
+           check(kAddAllowed,
+                 AddAccessAllowedAce(m_list.get(), ACL_REVISION, GENERIC_ALL, m_everyone.get()) != FALSE) &&
+           check(kInitializeDescriptor,
+                 InitializeSecurityDescriptor(&m_descriptor, SECURITY_DESCRIPTOR_REVISION) != FALSE) &&
+           check(kSetList, SetSecurityDescriptorDacl(&m_descriptor, TRUE, m_list.get(), FALSE) != FALSE);
+}
+
+bool SharedSecurity::check(const SecurityStep& step, bool succeeded) noexcept {
+    if (!succeeded) {
+        m_error = GetLastError();
+        m_failedStep = &step;
+    }
+    return succeeded;
+}
+
+static_assert(sizeof(SECURITY_ATTRIBUTES) == 24 && SECURITY_DESCRIPTOR_REVISION == 1 && ACL_REVISION == 2);
+
+}  // namespace vorel::detail

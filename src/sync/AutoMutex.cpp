@@ -1,0 +1,250 @@
+#include "vorel/sync/AutoMutex.h"
+
+#include <windows.h>
+
+#include "vorel/core/Protocol.h"
+#include "vorel/exceptions/Exception.h"
+#include "vorel/secure/SecuredObjects.h"
+#include "vorel/sync/Guard.h"
+#include "vorel/system/ErrorText.h"
+
+namespace vorel {
+
+namespace {
+
+constexpr unsigned int kPatienceMs = 60000;
+
+using Bookkeeping = Guard<AutoCriticalSection>;
+
+long long currentThread() noexcept {
+    return static_cast<long long>(GetCurrentThreadId());
+}
+
+/// As the messages have it: an id, printed as a signed number of 32 bits.
+int printed(long long threadId) noexcept {
+    return static_cast<int>(threadId);
+}
+
+/// Why a wait did not end as it should, in words.
+class Reason {
+public:
+    explicit Reason(DWORD waitResult) {
+        if (waitResult == WAIT_TIMEOUT) {
+            m_text = L"Timed out";
+        } else {
+            util::GetLastErrorMsg(m_text);
+        }
+    }
+
+    [[nodiscard]] const wchar_t* text() const noexcept { return m_text.view().data(); }
+
+private:
+    BaseString<wchar_t> m_text;
+};
+
+}  // namespace
+
+const wchar_t* const AutoMutex::ClassName = L"AutoMutex";
+
+AutoMutex::AutoMutex(const wchar_t* name, bool lockNow, bool flag) try : m_flag(flag) {
+    if (!name) {
+        return;
+    }
+    if (!AutoMutex::initialize(name, flag)) {
+        throw Exception(L"AutoMutex: Failed to create mutex %ls: %ls", name, m_initializeError.view().data());
+    }
+    if (lockNow) {
+        lock(kPatienceMs, true);
+    }
+} catch (...) {
+    detail::passOn(ClassName, L"AutoMutex()");
+}
+
+AutoMutex::~AutoMutex() noexcept(false) {
+    detail::guardedDestructor(ClassName, [this] { terminate(); });
+}
+
+bool AutoMutex::initialize(const wchar_t* name, bool flag) {
+    return detail::guarded(ClassName, L"initialize", [&] {
+        if (!name) {
+            throw Exception(L"AutoMutex::initialize: Name required for mutex");
+        }
+        if (m_mutex && m_name == name) {
+            return true;
+        }
+        terminate();
+        constexpr int kRetries = 10;
+        constexpr int kSleepMs = 100;
+        BaseString<wchar_t> fullName(L"Global\\");
+        fullName += name;
+        m_name = name;
+        m_flag = flag;
+        m_mutex = detail::KernelHandle(ObtainAccessableMutex(0, fullName.c_str(), kRetries, kSleepMs, nullptr));
+        return static_cast<bool>(m_mutex);
+    });
+}
+
+bool AutoMutex::lock(unsigned int timeout, bool throwOnFailure, BaseString<wchar_t>* errorText) {
+    return detail::guarded(ClassName, L"lock", [&] {
+        requireMutex(L"AutoMutex::lock: Mutex not initialized");
+        const DWORD result = waitFor(timeout);
+        if (result == WAIT_OBJECT_0) {
+            countTaken();
+            return true;
+        }
+        if (!throwOnFailure && !errorText && timeout == 0) {
+            return false;
+        }
+        const Reason reason(result);
+        if (throwOnFailure) {
+            throw Exception(L"AutoMutex::lock: Failed to lock mutex %ls: %ls", name(), reason.text());
+        }
+        if (errorText) {
+            errorText->format(L"Failed to lock mutex %ls: %ls", name(), reason.text());
+        }
+        if (timeout != 0) {
+            Exception::warn(L"AutoMutex::lock: Failed to lock mutex %ls: %ls", name(), reason.text());
+        }
+        return false;
+    });
+}
+
+bool AutoMutex::tryLock() {
+    return detail::guarded(ClassName, L"tryLock", [this] {
+        requireMutex(L"AutoMutex::lock: Mutex not initialized");
+        if (waitFor(0) != WAIT_OBJECT_0) {
+            return false;
+        }
+        countTaken();
+        return true;
+    });
+}
+
+void AutoMutex::unlock() {
+    detail::guarded(ClassName, L"unlock", [this] {
+        requireMutex(L"AutoMutex::unlock: Mutex not initialized");
+        if (GetLockCount() < 1 || GetLockingThreadID() != currentThread()) {
+            return;
+        }
+        SetLockCount(false);  // first: behind the release another thread may be counting already
+        if (!ReleaseMutex(m_mutex.get())) {
+            const Reason reason(WAIT_FAILED);
+            SetLockCount(true);
+            throw Exception(L"AutoMutex::unlock: Failed to release mutex %ls: %ls", name(), reason.text());
+        }
+    });
+}
+
+void AutoMutex::requireMutex(const wchar_t* message) const {
+    if (!m_mutex) {
+        detail::throwFailure(message);
+    }
+}
+
+/// The result of the wait, where a mutex that was found abandoned counts as taken. It belongs to the caller from then
+/// on, and what is recorded about the thread that is gone goes with it.
+unsigned long AutoMutex::waitFor(unsigned int timeout) {
+    const DWORD result = WaitForSingleObject(m_mutex.get(), timeout);
+    if (result != WAIT_ABANDONED) {
+        return result;
+    }
+    Exception::warn(
+        L"AutoMutex::lock: WAIT_ABANDONED: Mutex %ls was not released by the owning thread before it exited", name());
+    const Bookkeeping held(m_bookkeeping);
+    m_lockCount = 0;
+    m_lockingThreadId = 0;
+    return WAIT_OBJECT_0;
+}
+
+/// Counts a hold that the system has granted. One that cannot be counted is given back.
+void AutoMutex::countTaken() {
+    try {
+        SetLockCount(true);
+    } catch (...) {
+        ReleaseMutex(m_mutex.get());
+        throw;
+    }
+}
+
+void AutoMutex::takeFromOtherThread() {
+    const DWORD result = waitFor(kPatienceMs);
+    if (result != WAIT_OBJECT_0) {
+        throw Exception(L"AutoMutex::lock: Failed to lock mutex %ls: %ls", name(), Reason(result).text());
+    }
+    countTaken();
+}
+
+void AutoMutex::terminate() {
+    detail::guarded(ClassName, L"terminate", [this] {
+        while (m_mutex && GetLockCount() >= 1) {
+            if (GetLockingThreadID() != currentThread()) {
+                takeFromOtherThread();
+            }
+            unlock();
+        }
+        if (!m_mutex.close()) {
+            throw Exception(L"AutoMutex::terminate: Error closing mutex %ls.", name());
+        }
+    });
+}
+
+int AutoMutex::GetLockCount() {
+    const Bookkeeping held(m_bookkeeping);
+    return m_lockCount;
+}
+
+void AutoMutex::SetLockCount(bool increment) {
+    detail::guarded(ClassName, L"SetLockCount", [this, increment] {
+        const Bookkeeping held(m_bookkeeping);
+        const long long self = currentThread();
+        if (m_lockingThreadId != 0 && m_lockingThreadId != self) {
+            throw Exception(L"Mutex %ls: Trying to %ls lock count from a thread that does not own the mutex.  "
+                            L"Current owner = %i, my threadID = %i, current lock count = %i",
+                            name(), increment ? L"increment" : L"decrement", printed(m_lockingThreadId), printed(self),
+                            m_lockCount);
+        }
+        if (increment) {
+            ++m_lockCount;
+            m_lockingThreadId = self;
+            return;
+        }
+        if (--m_lockCount < 0) {
+            Exception::warn(L"Mutex %ls: lockCount was decremented below 0", name());
+        }
+        if (m_lockCount < 1) {
+            m_lockCount = 0;
+            m_lockingThreadId = 0;
+        }
+    });
+}
+
+long long AutoMutex::GetLockingThreadID() {
+    const Bookkeeping held(m_bookkeeping);
+    return m_lockingThreadId;
+}
+
+void AutoMutex::SetLockingThreadID() {
+    const Bookkeeping held(m_bookkeeping);
+    const long long self = currentThread();
+    if (m_lockingThreadId != 0 && m_lockingThreadId != self) {
+        throw Exception(L"Mutex %ls: Trying to set threadID from a thread that does not own the mutex.  "
+                        L"Current owner = %i, my threadID = %i",
+                        name(), printed(m_lockingThreadId), printed(self));
+    }
+    m_lockingThreadId = self;
+}
+
+void AutoMutex::ResetLockingThreadID() {
+    const Bookkeeping held(m_bookkeeping);
+    const long long self = currentThread();
+    if (m_lockingThreadId != 0 && m_lockingThreadId != self) {
+        throw Exception(L"Mutex %ls: Trying to reset threadID from a thread that does not own the mutex.  "
+                        L"Current owner = %i, my threadID = %i",
+                        name(), printed(m_lockingThreadId), printed(self));
+    }
+    m_lockingThreadId = 0;
+}
+
+static_assert(sizeof(AutoMutex) == 80 && alignof(AutoMutex) == 8);
+
+}  // namespace vorel

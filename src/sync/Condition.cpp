@@ -1,0 +1,79 @@
+#include "vorel/sync/Condition.h"
+
+#include <windows.h>
+
+#include "sync/SystemEvent.h"
+#include "vorel/core/Protocol.h"
+#include "vorel/sync/Guard.h"
+#include "vorel/sync/ThreadSafety.h"
+
+namespace vorel {
+
+namespace {
+
+/// Counts its thread as a waiter.
+class Waiter {
+public:
+    explicit Waiter(volatile long& count) noexcept : m_count(count) { forced::TalInterlockedIncrement(m_count); }
+    ~Waiter() { forced::TalInterlockedDecrement(m_count); }
+
+    Waiter(const Waiter&) = delete;
+    Waiter& operator=(const Waiter&) = delete;
+
+private:
+    volatile long& m_count;
+};
+
+}  // namespace
+
+const wchar_t* const Condition::ClassName = L"Condition";
+
+Condition::Condition(ForcedCriticalSection& lock) try : m_lock(lock) { createCondition(); } catch (...) {
+    detail::passOn(ClassName, L"Condition()");
+}
+
+Condition::~Condition() noexcept(false) {
+    detail::guardedDestructor(ClassName, [this] { closeCondition(); });
+}
+
+void Condition::createCondition() {
+    detail::guarded(ClassName, L"createCondition", [this] {
+        m_event = detail::KernelHandle(CreateEventW(nullptr, FALSE, FALSE, nullptr));
+        if (!m_event) {
+            detail::throwFailure(L"Failed to create condition.");
+        }
+    });
+}
+
+void Condition::closeCondition() {
+    detail::guarded(ClassName, L"closeCondition", [this] { m_event.close(); });
+}
+
+void Condition::signal() {
+    detail::guarded(ClassName, L"signal", [this] { detail::setEvent(m_event); });
+}
+
+void Condition::broadcast() {
+    detail::guarded(ClassName, L"broadcast", [this] {
+        constexpr int kPauseMs = 10;
+        const Guard held(m_broadcastLock);
+        // The event resets itself: each signal releases just one thread, which needs a moment to leave.
+        while (m_waiters > 0) {
+            signal();
+            Sleep(kPauseMs);
+        }
+    });
+}
+
+bool Condition::wait(int timeout) {
+    return detail::guarded(ClassName, L"wait", [this, timeout] {
+        const UnGuard left(m_lock);
+        { const Guard notDuringABroadcast(m_broadcastLock); }
+        const Waiter counted(m_waiters);
+        return detail::waitForEvent(m_event, timeout);
+    });
+}
+
+static_assert(sizeof(Condition) == 32);
+
+}  // namespace vorel
