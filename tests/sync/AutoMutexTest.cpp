@@ -1,0 +1,411 @@
+#include "vorel/sync/AutoMutex.h"
+
+#include <chrono>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include <gmock/gmock.h>
+
+#include <windows.h>
+
+#include "support/Expect.h"
+#include "support/TemporaryLog.h"
+#include "sync/ObjectNames.h"
+#include "sync/ThreadSafetySwitch.h"
+#include "vorel/sync/Guard.h"
+
+namespace {
+
+using test::expectThrows;
+using test::isFreeForOthers;
+using test::onAnotherThread;
+using test::TemporaryLog;
+using test::uniqueName;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using vorel::AutoMutex;
+using vorel::BaseString;
+using vorel::Exception;
+
+using Clock = std::chrono::steady_clock;
+using std::chrono::milliseconds;
+
+std::string narrow(const std::wstring& ascii) {
+    return {ascii.begin(), ascii.end()};
+}
+
+std::string timedOutWarning(const std::wstring& name) {
+    return "WARN: AutoMutex::lock: Failed to lock mutex " + narrow(name) + ": Timed out";
+}
+
+std::string abandonedWarning(const std::wstring& name) {
+    return "WARN: AutoMutex::lock: WAIT_ABANDONED: Mutex " + narrow(name) +
+           " was not released by the owning thread before it exited";
+}
+
+/// Takes the mutex on a thread of its own, which ends without giving it back.
+void abandonOnAnotherThread(AutoMutex& mutex) {
+    onAnotherThread([&] { return mutex.lock(1000, true); });
+}
+
+/// A thread that holds a mutex until it is told to let go.
+class Holder {
+public:
+    explicit Holder(AutoMutex& mutex)
+        : m_thread([this, &mutex] {
+              mutex.lock(1000, true);
+              m_held.set();
+              (void)m_release.wait();
+              mutex.unlock();
+          }) {
+        (void)m_held.wait();
+    }
+    ~Holder() {
+        release();
+        m_thread.join();
+    }
+
+    Holder(const Holder&) = delete;
+    Holder& operator=(const Holder&) = delete;
+
+    void release() const { m_release.set(); }
+
+private:
+    test::NamedEvent m_held{uniqueName(L"held")};
+    test::NamedEvent m_release{uniqueName(L"release")};
+    std::thread m_thread;
+};
+
+// ---- Construction and initialize ------------------------------------------------------------------------------------
+
+TEST(AutoMutex, OpensItsNameInTheGlobalNamespaceAndClosesItAtItsEnd) {
+    const std::wstring name = uniqueName(L"mutex");
+    {
+        const AutoMutex mutex(name.c_str(), false, false);
+        EXPECT_TRUE(test::mutexExists(L"Global\\" + name));
+        EXPECT_EQ(mutex.getInitializeError(), nullptr);
+    }
+    EXPECT_FALSE(test::mutexExists(L"Global\\" + name));
+}
+
+TEST(AutoMutex, WithoutANameHasNothingToLock) {
+    const TemporaryLog log;
+    AutoMutex mutex(nullptr, true, true);
+    const std::wstring message = L"AutoMutex::lock: Mutex not initialized";
+    expectThrows<Exception>([&] { mutex.lock(0, false, nullptr); },
+                            {message, L"AutoMutex::lock: Vorel exception rethrown"});
+    expectThrows<Exception>([&] { mutex.tryLock(); }, {message, L"AutoMutex::tryLock: Vorel exception rethrown"});
+    expectThrows<Exception>([&] { mutex.unlock(); }, {L"AutoMutex::unlock: Mutex not initialized",
+                                                      L"AutoMutex::unlock: Vorel exception rethrown"});
+    EXPECT_EQ(mutex.getInitializeError(), nullptr);
+}
+
+TEST(AutoMutex, WithoutANameCanBeInitializedLater) {
+    const std::wstring name = uniqueName(L"mutex");
+    AutoMutex mutex(nullptr, false, false);
+    EXPECT_TRUE(mutex.initialize(name.c_str(), true));
+    EXPECT_TRUE(test::mutexExists(L"Global\\" + name));
+    EXPECT_TRUE(mutex.lock(0, true));
+    EXPECT_FALSE(isFreeForOthers(mutex));
+    mutex.unlock();
+}
+
+TEST(AutoMutex, InitializeWantsAName) {
+    const TemporaryLog log;
+    const std::wstring name = uniqueName(L"mutex");
+    AutoMutex mutex(name.c_str(), true, false);
+    expectThrows<Exception>(
+        [&] { mutex.initialize(nullptr, false); },
+        {L"AutoMutex::initialize: Name required for mutex", L"AutoMutex::initialize: Vorel exception rethrown"});
+    EXPECT_FALSE(isFreeForOthers(mutex)) << "it is what it was";
+    mutex.unlock();
+}
+
+TEST(AutoMutex, InitializeWithTheSameNameKeepsTheMutexAndItsHolds) {
+    const std::wstring name = uniqueName(L"mutex");
+    AutoMutex mutex(name.c_str(), true, false);
+    EXPECT_TRUE(mutex.initialize(std::wstring(name).c_str(), true));
+    EXPECT_FALSE(isFreeForOthers(mutex));
+    mutex.unlock();
+    EXPECT_TRUE(isFreeForOthers(mutex));
+}
+
+TEST(AutoMutex, InitializeWithAnotherNameEndsTheOldMutex) {
+    const std::wstring name = uniqueName(L"mutex");
+    const std::wstring upper = name + L"_X";
+    const std::wstring lower = name + L"_x";  // names differ by case
+    AutoMutex observer(upper.c_str(), false, false);
+    AutoMutex mutex(upper.c_str(), true, false);
+    EXPECT_TRUE(mutex.lock(0, true));
+    EXPECT_FALSE(isFreeForOthers(observer));
+
+    EXPECT_TRUE(mutex.initialize(lower.c_str(), false));
+    EXPECT_TRUE(test::mutexExists(L"Global\\" + lower));
+    EXPECT_TRUE(isFreeForOthers(observer)) << "every hold was given back";
+    EXPECT_TRUE(isFreeForOthers(mutex)) << "the new one is not held";
+}
+
+TEST(AutoMutex, LocksAtOnceWhenAsked) {
+    const std::wstring name = uniqueName(L"mutex");
+    AutoMutex other(name.c_str(), false, false);
+    AutoMutex mutex(name.c_str(), true, false);
+    EXPECT_FALSE(isFreeForOthers(other));
+    mutex.unlock();
+    EXPECT_TRUE(isFreeForOthers(other));
+}
+
+TEST(AutoMutex, ANameOfAnotherKindOfObjectCannotBeHad) {
+    const TemporaryLog log;
+    const std::wstring name = uniqueName(L"taken");
+    const test::NamedEvent event(L"Global\\" + name);
+    const Clock::time_point start = Clock::now();
+    expectThrows<Exception>(
+        [&] { const AutoMutex mutex(name.c_str(), false, false); },
+        {L"AutoMutex: Failed to create mutex " + name + L": ", L"AutoMutex::AutoMutex(): Vorel exception rethrown"});
+    EXPECT_GE(Clock::now() - start, milliseconds(900)) << "ten sleeps of 100 ms";
+    EXPECT_EQ(log.messages().front().rfind("WARN: ObtainAccessableMutex warning: OpenMutex Global\\" + narrow(name), 0),
+              0u);
+}
+
+TEST(AutoMutex, AFailedInitializeMayBeRepeated) {
+    const TemporaryLog log;
+    const std::wstring name = uniqueName(L"taken");
+    AutoMutex mutex(nullptr, false, false);
+    {
+        const test::NamedEvent event(L"Global\\" + name);
+        EXPECT_FALSE(mutex.initialize(name.c_str(), false));
+    }
+    EXPECT_TRUE(mutex.initialize(name.c_str(), false)) << "the same name, but there was no mutex";
+    EXPECT_TRUE(mutex.tryLock());
+    mutex.unlock();
+}
+
+// ---- Locking --------------------------------------------------------------------------------------------------------
+
+TEST(AutoMutex, LocksAndUnlocksCountUp) {
+    const std::wstring name = uniqueName(L"mutex");
+    AutoMutex other(name.c_str(), false, false);
+    AutoMutex mutex(name.c_str(), false, false);
+    EXPECT_TRUE(mutex.lock(1000, true));
+    EXPECT_TRUE(mutex.tryLock());
+    EXPECT_TRUE(mutex.lock(0, false));
+    for (int held = 3; held != 0; --held) {
+        EXPECT_FALSE(isFreeForOthers(mutex)) << held;
+        EXPECT_FALSE(isFreeForOthers(other)) << held;
+        mutex.unlock();
+    }
+    EXPECT_TRUE(isFreeForOthers(mutex));
+    EXPECT_TRUE(isFreeForOthers(other));
+    mutex.unlock();  // nothing is held: does nothing
+    EXPECT_TRUE(isFreeForOthers(mutex));
+    EXPECT_TRUE(mutex.tryLock());
+    EXPECT_FALSE(isFreeForOthers(mutex)) << "the unlock in vain was not counted";
+    mutex.unlock();
+}
+
+TEST(AutoMutex, TwoObjectsOfOneThreadShareTheMutex) {
+    const std::wstring name = uniqueName(L"mutex");
+    AutoMutex first(name.c_str(), true, false);
+    AutoMutex second(name.c_str(), true, false);
+    first.unlock();
+    EXPECT_FALSE(isFreeForOthers(first)) << "the second still holds it";
+    first.unlock();  // the first holds nothing
+    EXPECT_FALSE(isFreeForOthers(first));
+    second.unlock();
+    EXPECT_TRUE(isFreeForOthers(first));
+}
+
+TEST(AutoMutex, UnlockOfAnotherThreadDoesNothing) {
+    const TemporaryLog log;
+    AutoMutex mutex(uniqueName(L"mutex").c_str(), true, false);
+    onAnotherThread([&] {
+        mutex.unlock();
+        return 0;
+    });
+    EXPECT_FALSE(isFreeForOthers(mutex));
+    mutex.unlock();
+    EXPECT_TRUE(isFreeForOthers(mutex));
+    EXPECT_THAT(log.messages(), IsEmpty());
+}
+
+TEST(AutoMutex, GuardHoldsItForABlock) {
+    AutoMutex mutex(uniqueName(L"mutex").c_str(), false, false);
+    {
+        const vorel::Guard held(mutex);
+        EXPECT_FALSE(isFreeForOthers(mutex));
+    }
+    EXPECT_TRUE(isFreeForOthers(mutex));
+}
+
+TEST(AutoMutex, LocksWhateverTheThreadSafetySwitchSays) {
+    const test::ThreadSafetySwitch restored;
+    vorel::ThreadSafetyEnabledCount = 0;
+    AutoMutex mutex(uniqueName(L"mutex").c_str(), false, false);
+    EXPECT_TRUE(mutex.lock(0, true));
+    EXPECT_FALSE(isFreeForOthers(mutex));
+    mutex.unlock();
+    EXPECT_TRUE(isFreeForOthers(mutex));
+}
+
+TEST(AutoMutex, TheFcntlTimeoutChangesNothing) {
+    AutoMutex mutex(uniqueName(L"mutex").c_str(), false, false);
+    mutex.SetUseFcntlTimeout(true);
+    EXPECT_TRUE(mutex.lock(0, true));
+    EXPECT_FALSE(isFreeForOthers(mutex));
+    mutex.unlock();
+    EXPECT_TRUE(isFreeForOthers(mutex));
+}
+
+// ---- A busy mutex ---------------------------------------------------------------------------------------------------
+
+struct BusyCase {
+    unsigned int timeoutMs;
+    bool throwOnFailure;
+    bool givesErrorText;
+    bool throws;
+    bool setsErrorText;
+    bool warns;
+};
+
+class AutoMutexBusy : public testing::TestWithParam<BusyCase> {};
+
+TEST_P(AutoMutexBusy, IsToldAsAskedFor) {
+    const BusyCase& rule = GetParam();
+    const TemporaryLog log;
+    const std::wstring name = uniqueName(L"mutex");
+    AutoMutex mutex(name.c_str(), false, false);
+    const Holder holder(mutex);
+
+    BaseString<wchar_t> errorText(L"as before");
+    BaseString<wchar_t>* const errorTextOrNull = rule.givesErrorText ? &errorText : nullptr;
+    const Clock::time_point start = Clock::now();
+    const auto attempt = [&] { EXPECT_FALSE(mutex.lock(rule.timeoutMs, rule.throwOnFailure, errorTextOrNull)); };
+    if (rule.throws) {
+        expectThrows<Exception>(attempt, {L"AutoMutex::lock: Failed to lock mutex " + name + L": Timed out",
+                                          L"AutoMutex::lock: Vorel exception rethrown"});
+        (void)log.messages();
+    } else {
+        attempt();
+        EXPECT_THAT(log.messages(), testing::Conditional(rule.warns, ElementsAre(timedOutWarning(name)), IsEmpty()));
+    }
+    // The system's clock ticks every 15 ms or so.
+    EXPECT_GE(Clock::now() - start + milliseconds(16), milliseconds(rule.timeoutMs));
+    EXPECT_EQ(std::wstring(errorText.view()),
+              rule.setsErrorText ? L"Failed to lock mutex " + name + L": Timed out" : L"as before");
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Rules, AutoMutexBusy,
+    testing::Values(BusyCase{0, false, false, false, false, false}, BusyCase{60, false, false, false, false, true},
+                    BusyCase{0, false, true, false, true, false}, BusyCase{60, false, true, false, true, true},
+                    BusyCase{0, true, false, true, false, false}, BusyCase{60, true, false, true, false, false},
+                    BusyCase{60, true, true, true, false, false}));
+
+TEST(AutoMutex, TryLockOfABusyMutexIsQuiet) {
+    const TemporaryLog log;
+    AutoMutex mutex(uniqueName(L"mutex").c_str(), false, false);
+    const Holder holder(mutex);
+    EXPECT_FALSE(mutex.tryLock());
+    EXPECT_THAT(log.messages(), IsEmpty());
+}
+
+TEST(AutoMutex, LockWaitsUntilTheMutexIsFree) {
+    const TemporaryLog log;
+    AutoMutex mutex(uniqueName(L"mutex").c_str(), false, false);
+    const Holder holder(mutex);
+    const std::jthread releasing([&] { holder.release(); });
+    EXPECT_TRUE(mutex.lock(test::kGenerousMs, true));
+    mutex.unlock();
+    EXPECT_THAT(log.messages(), IsEmpty());
+}
+
+// ---- An abandoned mutex ---------------------------------------------------------------------------------------------
+
+/// The two ways to take a mutex that tell an abandoned one.
+using Take = bool (*)(AutoMutex&);
+
+class AbandonedAutoMutex : public testing::TestWithParam<Take> {};
+
+INSTANTIATE_TEST_SUITE_P(LockAndTryLock, AbandonedAutoMutex,
+                         testing::Values(Take([](AutoMutex& mutex) { return mutex.lock(1000, true); }),
+                                         Take([](AutoMutex& mutex) { return mutex.tryLock(); })));
+
+TEST_P(AbandonedAutoMutex, BelongsToTheNextWhoTakesItWithAWarning) {
+    const TemporaryLog log;
+    const std::wstring name = uniqueName(L"mutex");
+    AutoMutex mutex(name.c_str(), false, false);
+    abandonOnAnotherThread(mutex);
+
+    EXPECT_TRUE(GetParam()(mutex));
+    EXPECT_THAT(log.messages(), ElementsAre(abandonedWarning(name)));
+    EXPECT_FALSE(isFreeForOthers(mutex));
+    mutex.unlock();  // one hold: what the thread that is gone had counted went with it
+    EXPECT_TRUE(isFreeForOthers(mutex));
+}
+
+TEST_P(AbandonedAutoMutex, IsTakenThroughAnotherObjectToo) {
+    const TemporaryLog log;
+    const std::wstring name = uniqueName(L"mutex");
+    auto* const abandoned = new AutoMutex(name.c_str(), false, false);
+    AutoMutex mutex(name.c_str(), false, false);
+    abandonOnAnotherThread(*abandoned);
+
+    EXPECT_TRUE(GetParam()(mutex));
+    EXPECT_THAT(log.messages(), ElementsAre(abandonedWarning(name)));
+    mutex.unlock();
+    EXPECT_TRUE(isFreeForOthers(mutex));
+
+    // The system tells of the loss once. The object that the thread had used still has it on record as the owner: it
+    // refuses every lock, and its end too, but keeps nobody else out.
+    EXPECT_THROW(abandoned->lock(0, true), Exception);
+    EXPECT_TRUE(isFreeForOthers(mutex));
+    EXPECT_THROW(delete abandoned, Exception);
+    EXPECT_TRUE(isFreeForOthers(mutex));
+}
+
+// ---- The end of the object ------------------------------------------------------------------------------------------
+
+TEST(AutoMutex, ItsEndGivesBackEveryHold) {
+    const std::wstring name = uniqueName(L"mutex");
+    AutoMutex other(name.c_str(), false, false);
+    {
+        AutoMutex mutex(name.c_str(), true, false);
+        EXPECT_TRUE(mutex.lock(0, true));
+        EXPECT_TRUE(mutex.lock(0, true));
+    }
+    EXPECT_TRUE(isFreeForOthers(other));
+}
+
+TEST(AutoMutex, ItsEndWaitsForAnotherThreadToGiveBack) {
+    const TemporaryLog log;
+    const std::wstring name = uniqueName(L"mutex");
+    std::thread releasing;
+    {
+        AutoMutex mutex(name.c_str(), false, false);
+        const test::NamedEvent held(uniqueName(L"held"));
+        releasing = std::thread([&mutex, &held] {
+            mutex.lock(1000, true);
+            held.set();
+            vorel::Sleep(50);  // the other thread is at the end of the object by then, or comes later: either is right
+            mutex.unlock();
+        });
+        ASSERT_TRUE(held.wait());
+    }
+    releasing.join();
+    EXPECT_FALSE(test::mutexExists(L"Global\\" + name));
+    EXPECT_THAT(log.messages(), IsEmpty());
+}
+
+TEST(AutoMutex, ItsEndTakesWhatAThreadThatIsGoneHasLeft) {
+    const TemporaryLog log;
+    const std::wstring name = uniqueName(L"mutex");
+    {
+        AutoMutex mutex(name.c_str(), false, false);
+        onAnotherThread([&] { return mutex.lock(1000, true) && mutex.lock(1000, true); });
+    }
+    EXPECT_FALSE(test::mutexExists(L"Global\\" + name));
+    EXPECT_THAT(log.messages(), ElementsAre(abandonedWarning(name)));
+}
+
+}  // namespace
