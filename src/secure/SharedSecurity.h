@@ -11,7 +11,8 @@ struct SecurityStep {
     const wchar_t* call;
     bool namesOperation;  ///< whether a message about its failure always names the operation
 
-    friend bool operator==(const SecurityStep& a, const SecurityStep& b) noexcept { return a.call == b.call; }
+    /// A step is itself alone. Its text tells nothing: every source has a literal of its own.
+    friend bool operator==(const SecurityStep& a, const SecurityStep& b) noexcept { return &a == &b; }
 };
 
 inline constexpr SecurityStep kMakeSid{L"AllocateAndInitializeSid", false};

@@ -1,0 +1,91 @@
+/// \file
+/// What stands in a security descriptor, entry by entry.
+///
+///     EXPECT_EQ(test::entriesOf(descriptor), (std::vector{test::denied(WRITE_DAC, test::everyone()), …}));
+#pragma once
+
+#include <ostream>
+#include <string>
+#include <vector>
+
+#include <windows.h>
+
+namespace test {
+
+/// A security identifier, byte by byte.
+using SidBytes = std::vector<unsigned char>;
+
+inline SidBytes sidBytes(PSID sid) {
+    const auto* const bytes = static_cast<const unsigned char*>(sid);
+    return bytes ? SidBytes(bytes, bytes + 8 + 4 * std::size_t{bytes[1]}) : SidBytes();
+}
+
+/// Revision 1, one number, authority 1, number 0.
+inline SidBytes everyone() {
+    return {1, 1, 0, 0, 0, 0, 0, 1, 0, 0, 0, 0};
+}
+
+/// Revision 1, two numbers, authority 5, numbers 32 and 544.
+inline SidBytes administrators() {
+    return {1, 2, 0, 0, 0, 0, 0, 5, 32, 0, 0, 0, 0x20, 0x02, 0, 0};
+}
+
+struct AccessEntry {
+    BYTE type;
+    BYTE flags;
+    DWORD mask;
+    SidBytes sid;
+
+    friend bool operator==(const AccessEntry&, const AccessEntry&) = default;
+    friend void PrintTo(const AccessEntry& entry, std::ostream* out) {
+        *out << "type " << int{entry.type} << ", flags " << int{entry.flags} << ", mask " << std::hex << entry.mask
+             << std::dec << ", an identifier of " << entry.sid.size() << " bytes";
+    }
+};
+
+inline AccessEntry allowed(DWORD mask, const SidBytes& sid) {
+    return {ACCESS_ALLOWED_ACE_TYPE, 0, mask, sid};
+}
+
+inline AccessEntry denied(DWORD mask, const SidBytes& sid) {
+    return {ACCESS_DENIED_ACE_TYPE, 0, mask, sid};
+}
+
+/// What the library's objects are protected by: everyone may use them, nobody may change that.
+inline std::vector<AccessEntry> sharedEntries(DWORD allAccess = GENERIC_ALL) {
+    return {denied(0xC0000, everyone()), allowed(allAccess, everyone())};
+}
+
+/// The list that rules access, as far as the descriptor has one.
+struct AccessList {
+    bool present = false;
+    bool defaulted = false;
+    BYTE revision = 0;
+    WORD sizeBytes = 0;
+    std::vector<AccessEntry> entries;
+};
+
+inline AccessList accessListOf(PSECURITY_DESCRIPTOR descriptor) {
+    AccessList list;
+    BOOL present = FALSE;
+    BOOL defaulted = FALSE;
+    PACL acl = nullptr;
+    if (!GetSecurityDescriptorDacl(descriptor, &present, &acl, &defaulted) || !present || !acl) {
+        return list;
+    }
+    list.present = true;
+    list.defaulted = defaulted != FALSE;
+    list.revision = acl->AclRevision;
+    list.sizeBytes = acl->AclSize;
+    for (DWORD index = 0; index < acl->AceCount; ++index) {
+        void* place = nullptr;
+        if (GetAce(acl, index, &place)) {
+            auto* const entry = static_cast<ACCESS_ALLOWED_ACE*>(place);  // a denying one has the same form
+            list.entries.push_back(
+                {entry->Header.AceType, entry->Header.AceFlags, entry->Mask, sidBytes(&entry->SidStart)});
+        }
+    }
+    return list;
+}
+
+}  // namespace test

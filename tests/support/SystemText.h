@@ -1,0 +1,28 @@
+/// \file
+/// The system's texts for its errors, which no test spells, as they appear in messages and in lines of the log.
+#pragma once
+
+#include <string>
+
+#include <windows.h>
+
+#include <vorel/system/ErrorText.h>
+
+namespace test {
+
+inline std::wstring systemText(DWORD error) {
+    vorel::BaseString<wchar_t> text;
+    vorel::util::FormatErrorMsg(static_cast<int>(error), text);
+    return std::wstring(text.view());
+}
+
+/// `text` as the log has it.
+inline std::string utf8(const std::wstring& text) {
+    const int length = static_cast<int>(text.size());
+    std::string bytes(3 * text.size(), '\0');
+    bytes.resize(static_cast<std::size_t>(WideCharToMultiByte(CP_UTF8, 0, text.data(), length, bytes.data(),
+                                                              static_cast<int>(bytes.size()), nullptr, nullptr)));
+    return bytes;
+}
+
+}  // namespace test
