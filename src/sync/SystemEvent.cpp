@@ -12,7 +12,7 @@ void setEvent(const KernelHandle& event) {
     }
 }
 
-bool waitForEvent(const KernelHandle& event, int timeoutMs) noexcept {
+bool waitForEvent(const KernelHandle& event, int timeoutMs) {
     static_assert(INFINITE == static_cast<DWORD>(-1));
     return WaitForSingleObject(event.get(), static_cast<DWORD>(timeoutMs)) == WAIT_OBJECT_0;
 }

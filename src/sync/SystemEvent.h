@@ -11,6 +11,6 @@ namespace vorel::detail {
 void setEvent(const KernelHandle& event);
 
 /// Waits for up to `timeoutMs` milliseconds (-1: without limit); true only when the event was signalled.
-bool waitForEvent(const KernelHandle& event, int timeoutMs) noexcept;
+bool waitForEvent(const KernelHandle& event, int timeoutMs);
 
 }  // namespace vorel::detail

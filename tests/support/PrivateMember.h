@@ -3,10 +3,7 @@
 /// instantiated by name.
 ///
 ///     namespace test {
-///     struct LockLogFile {
-///         using Type = bool (*)(int, bool) noexcept;
-///         friend Type reveal(LockLogFile);
-///     };
+///     struct LockLogFile : PrivateMember<LockLogFile, bool (*)(int, bool) noexcept> {};
 ///     template struct Reveal<LockLogFile, &vorel::Exception::LockLogFile>;
 ///     }
 ///
@@ -14,6 +11,19 @@
 #pragma once
 
 namespace test {
+
+// A function for each tag, not a template, is what is meant.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wnon-template-friend"
+
+/// Declares `reveal(Tag)`, which gives a `T`.
+template <class Tag, class T>
+struct PrivateMember {
+    using Type = T;
+    friend T reveal(Tag);
+};
+
+#pragma GCC diagnostic pop
 
 /// Defines `reveal(Tag)`, which gives `Member`.
 template <class Tag, typename Tag::Type Member>

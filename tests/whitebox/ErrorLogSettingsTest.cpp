@@ -15,16 +15,10 @@
 
 namespace test {
 
-struct ErrorLogLocation {
-    using Type = char (*)[1024];
-    friend Type reveal(ErrorLogLocation);
-};
+struct ErrorLogLocation : PrivateMember<ErrorLogLocation, char (*)[1024]> {};
 template struct Reveal<ErrorLogLocation, &vorel::Exception::ErrorLogLocation>;
 
-struct CheckOldLogSize {
-    using Type = void (*)(const char*, long long) noexcept;
-    friend Type reveal(CheckOldLogSize);
-};
+struct CheckOldLogSize : PrivateMember<CheckOldLogSize, void (*)(const char*, long long) noexcept> {};
 template struct Reveal<CheckOldLogSize, &vorel::Exception::CheckOldLogSize>;
 
 }  // namespace test

@@ -15,10 +15,9 @@
 
 namespace test {
 
-struct InvalidParameterHandler {
-    using Type = void (*)(const wchar_t*, const wchar_t*, const wchar_t*, unsigned int, std::uintptr_t) noexcept;
-    friend Type reveal(InvalidParameterHandler);
-};
+struct InvalidParameterHandler
+    : PrivateMember<InvalidParameterHandler,
+                    void (*)(const wchar_t*, const wchar_t*, const wchar_t*, unsigned int, std::uintptr_t) noexcept> {};
 template struct Reveal<InvalidParameterHandler, &vorel::Exception::Invalid_Parameter_Handler>;
 
 }  // namespace test

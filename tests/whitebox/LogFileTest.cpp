@@ -16,10 +16,7 @@
 
 namespace test {
 
-struct LockLogFile {
-    using Type = bool (*)(int, bool) noexcept;
-    friend Type reveal(LockLogFile);
-};
+struct LockLogFile : PrivateMember<LockLogFile, bool (*)(int, bool) noexcept> {};
 template struct Reveal<LockLogFile, &vorel::Exception::LockLogFile>;
 
 }  // namespace test

@@ -1,0 +1,332 @@
+/// \file
+/// The named mutex's bookkeeping, what it asks of the system, and what it says when the system refuses.
+
+#include <chrono>
+#include <functional>
+#include <future>
+#include <string>
+#include <vector>
+
+#include <gmock/gmock.h>
+
+#include <windows.h>
+
+#include "support/Expect.h"
+#include "support/Handle.h"
+#include "support/ImportPatch.h"
+#include "support/NamedEvent.h"
+#include "support/PrivateMember.h"
+#include "support/TemporaryLog.h"
+#include "sync/ThreadSafetySwitch.h"
+#include "vorel/sync/AutoMutex.h"
+#include "vorel/sync/Guard.h"
+#include "vorel/system/ErrorText.h"
+
+extern "C" {
+extern decltype(&::WaitForSingleObject) importedWait __asm__("__imp_WaitForSingleObject");
+extern decltype(&::ReleaseMutex) importedRelease __asm__("__imp_ReleaseMutex");
+extern decltype(&::CloseHandle) importedClose __asm__("__imp_CloseHandle");
+extern decltype(&::CreateMutexW) importedCreateMutex __asm__("__imp_CreateMutexW");
+extern decltype(&::OpenMutexW) importedOpenMutex __asm__("__imp_OpenMutexW");
+extern decltype(&::Sleep) importedSleepOfMutex __asm__("__imp_Sleep");
+}
+
+namespace test {
+
+using vorel::AutoMutex;
+
+struct Terminate : PrivateMember<Terminate, void (AutoMutex::*)()> {};
+struct GetLockCount : PrivateMember<GetLockCount, int (AutoMutex::*)()> {};
+struct SetLockCount : PrivateMember<SetLockCount, void (AutoMutex::*)(bool)> {};
+struct GetLockingThreadID : PrivateMember<GetLockingThreadID, long long (AutoMutex::*)()> {};
+struct SetLockingThreadID : PrivateMember<SetLockingThreadID, void (AutoMutex::*)()> {};
+struct ResetLockingThreadID : PrivateMember<ResetLockingThreadID, void (AutoMutex::*)()> {};
+struct Bookkeeping : PrivateMember<Bookkeeping, vorel::AutoCriticalSection AutoMutex::*> {};
+template struct Reveal<Terminate, &AutoMutex::terminate>;
+template struct Reveal<GetLockCount, &AutoMutex::GetLockCount>;
+template struct Reveal<SetLockCount, &AutoMutex::SetLockCount>;
+template struct Reveal<GetLockingThreadID, &AutoMutex::GetLockingThreadID>;
+template struct Reveal<SetLockingThreadID, &AutoMutex::SetLockingThreadID>;
+template struct Reveal<ResetLockingThreadID, &AutoMutex::ResetLockingThreadID>;
+template struct Reveal<Bookkeeping, &AutoMutex::m_bookkeeping>;
+
+}  // namespace test
+
+namespace {
+
+using test::expectThrows;
+using test::ImportPatch;
+using test::isFreeForOthers;
+using test::onAnotherThread;
+using test::TemporaryLog;
+using testing::AllOf;
+using testing::Each;
+using testing::ElementsAre;
+using testing::SizeIs;
+using vorel::AutoMutex;
+using vorel::Exception;
+
+/// Calls a private member.
+template <class Tag, class... Arguments>
+decltype(auto) call(AutoMutex& mutex, Arguments... arguments) {
+    return (mutex.*reveal(Tag()))(arguments...);
+}
+
+std::wstring textOf(DWORD error) {
+    vorel::BaseString<wchar_t> text;
+    return vorel::util::FormatErrorMsg(static_cast<int>(error), text);
+}
+
+/// What the mutex asked of the system since the last test began, and what the system answers.
+struct System {
+    DWORD waitResult = WAIT_TIMEOUT;
+    std::vector<DWORD> waitsMs;
+    std::vector<DWORD> sleepsMs;
+    std::vector<std::wstring> created;
+    std::vector<std::wstring> opened;
+};
+
+System& theSystem() {
+    static System theOne;
+    return theOne;
+}
+
+DWORD WINAPI answerWait(HANDLE, DWORD milliseconds) {
+    theSystem().waitsMs.push_back(milliseconds);
+    SetLastError(ERROR_INVALID_HANDLE);
+    return theSystem().waitResult;
+}
+
+BOOL WINAPI refuseRelease(HANDLE) {
+    SetLastError(ERROR_NOT_OWNER);
+    return FALSE;
+}
+
+HANDLE WINAPI refuseCreate(SECURITY_ATTRIBUTES*, BOOL initialOwner, const wchar_t* name) {
+    EXPECT_EQ(initialOwner, FALSE);
+    theSystem().created.emplace_back(name);
+    SetLastError(ERROR_ACCESS_DENIED);
+    return nullptr;
+}
+
+HANDLE WINAPI refuseOpen(DWORD, BOOL, const wchar_t* name) {
+    theSystem().opened.emplace_back(name);
+    SetLastError(ERROR_FILE_NOT_FOUND);
+    return nullptr;
+}
+
+void WINAPI recordSleep(DWORD milliseconds) {
+    theSystem().sleepsMs.push_back(milliseconds);
+}
+
+decltype(&::CloseHandle) realClose = nullptr;
+
+BOOL WINAPI closeAndComplain(HANDLE handle) {
+    realClose(handle);
+    return FALSE;
+}
+
+class AutoMutexInside : public testing::Test {
+public:
+    AutoMutexInside() { theSystem() = {}; }
+    ~AutoMutexInside() noexcept override = default;  // a mutex's own may throw
+
+protected:
+    /// A thread that is gone by the time this returns.
+    unsigned long recordAThreadThatIsGone() {
+        return onAnotherThread([this] {
+            call<test::SetLockingThreadID>(m_mutex);
+            return GetCurrentThreadId();
+        });
+    }
+
+    const TemporaryLog m_log;
+    const std::wstring m_name = test::NamedEvent::uniqueName(L"mutex");
+    AutoMutex m_mutex{m_name.c_str(), false, false};
+};
+
+// ---- Bookkeeping ----------------------------------------------------------------------------------------------------
+
+TEST_F(AutoMutexInside, CountsHoldsOfItsOwner) {
+    EXPECT_EQ(call<test::GetLockCount>(m_mutex), 0);
+    EXPECT_EQ(call<test::GetLockingThreadID>(m_mutex), 0);
+    m_mutex.lock(0, true);
+    m_mutex.tryLock();
+    EXPECT_EQ(call<test::GetLockCount>(m_mutex), 2);
+    EXPECT_EQ(call<test::GetLockingThreadID>(m_mutex), static_cast<long long>(GetCurrentThreadId()));
+    m_mutex.unlock();
+    EXPECT_EQ(call<test::GetLockCount>(m_mutex), 1);
+    EXPECT_EQ(call<test::GetLockingThreadID>(m_mutex), static_cast<long long>(GetCurrentThreadId()));
+    m_mutex.unlock();
+    EXPECT_EQ(call<test::GetLockCount>(m_mutex), 0);
+    EXPECT_EQ(call<test::GetLockingThreadID>(m_mutex), 0);
+}
+
+TEST_F(AutoMutexInside, TheCountOfAnotherThreadIsNotTouched) {
+    m_mutex.lock(0, true);
+    m_mutex.lock(0, true);
+    for (const bool increment : {true, false}) {
+        onAnotherThread([&] {
+            expectThrows<Exception>([&] { call<test::SetLockCount>(m_mutex, increment); },
+                                    {L"Mutex " + m_name + L": Trying to " + (increment ? L"increment" : L"decrement") +
+                                         L" lock count from a thread that does not own the mutex.  Current owner = " +
+                                         std::to_wstring(call<test::GetLockingThreadID>(m_mutex)) +
+                                         L", my threadID = " + std::to_wstring(GetCurrentThreadId()) +
+                                         L", current lock count = 2",
+                                     L"AutoMutex::SetLockCount: Vorel exception rethrown"});
+            return 0;
+        });
+    }
+    EXPECT_EQ(call<test::GetLockCount>(m_mutex), 2);
+}
+
+TEST_F(AutoMutexInside, ACountBelowZeroIsWarnedOfAndBecomesZero) {
+    call<test::SetLockCount>(m_mutex, false);
+    EXPECT_THAT(m_log.messages(), ElementsAre("WARN: Mutex " + std::string(m_name.begin(), m_name.end()) +
+                                              ": lockCount was decremented below 0"));
+    EXPECT_EQ(call<test::GetLockCount>(m_mutex), 0);
+    EXPECT_EQ(call<test::GetLockingThreadID>(m_mutex), 0);
+}
+
+TEST_F(AutoMutexInside, TheOwnerIsSetAndResetByItselfOnly) {
+    call<test::SetLockingThreadID>(m_mutex);
+    call<test::SetLockingThreadID>(m_mutex);
+    EXPECT_EQ(call<test::GetLockingThreadID>(m_mutex), static_cast<long long>(GetCurrentThreadId()));
+    const std::wstring owner = std::to_wstring(GetCurrentThreadId());
+    onAnotherThread([&] {
+        const std::wstring rest = L" threadID from a thread that does not own the mutex.  Current owner = " + owner +
+                                  L", my threadID = " + std::to_wstring(GetCurrentThreadId());
+        expectThrows<Exception>([&] { call<test::SetLockingThreadID>(m_mutex); },
+                                {L"Mutex " + m_name + L": Trying to set" + rest});
+        expectThrows<Exception>([&] { call<test::ResetLockingThreadID>(m_mutex); },
+                                {L"Mutex " + m_name + L": Trying to reset" + rest});
+        return 0;
+    });
+    call<test::ResetLockingThreadID>(m_mutex);
+    call<test::ResetLockingThreadID>(m_mutex);
+    EXPECT_EQ(call<test::GetLockingThreadID>(m_mutex), 0);
+}
+
+TEST_F(AutoMutexInside, EveryLookAtTheBookkeepingTakesItsLockWhileTheSwitchIsOn) {
+    const test::ThreadSafetySwitch restored;
+    const std::vector<void (*)(AutoMutex&)> looks = {
+        [](AutoMutex& mutex) { call<test::GetLockCount>(mutex); },
+        [](AutoMutex& mutex) { call<test::GetLockingThreadID>(mutex); },
+        [](AutoMutex& mutex) { call<test::SetLockingThreadID>(mutex); },
+        [](AutoMutex& mutex) { call<test::ResetLockingThreadID>(mutex); },
+        [](AutoMutex& mutex) { call<test::SetLockCount>(mutex, false); },
+    };
+    for (const unsigned int switchedOn : {1u, 0u}) {
+        vorel::ThreadSafetyEnabledCount = switchedOn;
+        for (const auto& look : looks) {
+            AutoMutex mutex(m_name.c_str(), false, false);
+            auto& bookkeeping = mutex.*reveal(test::Bookkeeping());
+            auto* const section = static_cast<CRITICAL_SECTION*>(bookkeeping.getHandle());
+            EnterCriticalSection(section);
+            std::future<void> looking = std::async(std::launch::async, look, std::ref(mutex));
+            if (switchedOn == 0) {
+                looking.get();  // whoever holds the lock
+            } else {
+                EXPECT_EQ(looking.wait_for(std::chrono::milliseconds(20)), std::future_status::timeout);
+            }
+            LeaveCriticalSection(section);
+            if (looking.valid()) {
+                looking.get();
+            }
+        }
+    }
+}
+
+// ---- What is asked of the system ------------------------------------------------------------------------------------
+
+TEST_F(AutoMutexInside, InitializeTriesElevenTimes) {
+    AutoMutex mutex(nullptr, false, false);
+    const ImportPatch create(importedCreateMutex, &refuseCreate);
+    const ImportPatch open(importedOpenMutex, &refuseOpen);
+    const ImportPatch sleep(importedSleepOfMutex, &recordSleep);
+    EXPECT_FALSE(mutex.initialize(m_name.c_str(), false));
+    EXPECT_THAT(theSystem().created, AllOf(SizeIs(11), Each(L"Global\\" + m_name)));
+    EXPECT_THAT(theSystem().opened, AllOf(SizeIs(11), Each(L"Global\\" + m_name)));
+    EXPECT_THAT(theSystem().sleepsMs, AllOf(SizeIs(10), Each(100u)));
+    EXPECT_FALSE(mutex.initialize(m_name.c_str(), false));
+    EXPECT_THAT(theSystem().created, SizeIs(22)) << "without a mutex the name is tried again";
+}
+
+TEST_F(AutoMutexInside, TheConstructorWaitsForAMinute) {
+    const ImportPatch wait(importedWait, &answerWait);
+    expectThrows<Exception>([&] { const AutoMutex mutex(m_name.c_str(), true, false); },
+                            {L"AutoMutex::lock: Failed to lock mutex " + m_name + L": Timed out",
+                             L"AutoMutex::lock: Vorel exception rethrown",
+                             L"AutoMutex::AutoMutex(): Vorel exception rethrown"});
+    EXPECT_THAT(theSystem().waitsMs, ElementsAre(60000u));
+}
+
+TEST_F(AutoMutexInside, AWaitThatFailsIsToldInTheSystemsWords) {
+    const ImportPatch wait(importedWait, &answerWait);
+    theSystem().waitResult = WAIT_FAILED;
+    vorel::BaseString<wchar_t> text;
+    EXPECT_FALSE(m_mutex.lock(0, false, &text));
+    EXPECT_EQ(std::wstring(text.view()), L"Failed to lock mutex " + m_name + L": " + textOf(ERROR_INVALID_HANDLE));
+    expectThrows<Exception>([&] { m_mutex.lock(7, true); },
+                            {L"AutoMutex::lock: Failed to lock mutex " + m_name + L": " + textOf(ERROR_INVALID_HANDLE),
+                             L"AutoMutex::lock: Vorel exception rethrown"});
+    EXPECT_FALSE(m_mutex.tryLock());
+    EXPECT_THAT(theSystem().waitsMs, ElementsAre(0u, 7u, 0u));
+    EXPECT_EQ(call<test::GetLockCount>(m_mutex), 0);
+}
+
+TEST_F(AutoMutexInside, AHoldThatCannotBeReleasedIsStillThere) {
+    m_mutex.lock(0, true);
+    {
+        const ImportPatch release(importedRelease, &refuseRelease);
+        expectThrows<Exception>([&] { m_mutex.unlock(); }, {L"AutoMutex::unlock: Failed to release mutex " + m_name +
+                                                                L": " + textOf(ERROR_NOT_OWNER),
+                                                            L"AutoMutex::unlock: Vorel exception rethrown"});
+    }
+    EXPECT_EQ(call<test::GetLockCount>(m_mutex), 1);
+    EXPECT_EQ(call<test::GetLockingThreadID>(m_mutex), static_cast<long long>(GetCurrentThreadId()));
+    m_mutex.unlock();
+    EXPECT_TRUE(isFreeForOthers(m_mutex));
+}
+
+TEST_F(AutoMutexInside, AHoldThatCannotBeCountedIsGivenBack) {
+    AutoMutex other(m_name.c_str(), false, false);
+    const unsigned long gone = recordAThreadThatIsGone();
+    EXPECT_THROW(m_mutex.lock(0, true), Exception);
+    EXPECT_THROW(m_mutex.tryLock(), Exception);
+    EXPECT_EQ(call<test::GetLockingThreadID>(m_mutex), static_cast<long long>(gone));
+    EXPECT_TRUE(isFreeForOthers(other));
+}
+
+TEST_F(AutoMutexInside, TerminateWaitsAMinuteForAnotherThread) {
+    onAnotherThread([this] { return m_mutex.lock(0, true) && m_mutex.lock(0, true); });
+    {
+        const ImportPatch wait(importedWait, &answerWait);
+        for (const DWORD result : {DWORD{WAIT_TIMEOUT}, DWORD{WAIT_FAILED}}) {
+            theSystem().waitResult = result;
+            expectThrows<Exception>(
+                [&] { call<test::Terminate>(m_mutex); },
+                {L"AutoMutex::lock: Failed to lock mutex " + m_name + L": " +
+                     (result == WAIT_TIMEOUT ? std::wstring(L"Timed out") : textOf(ERROR_INVALID_HANDLE)),
+                 L"AutoMutex::terminate: Vorel exception rethrown"});
+        }
+        EXPECT_THAT(theSystem().waitsMs, ElementsAre(60000u, 60000u));
+    }
+    call<test::Terminate>(m_mutex);  // the thread is gone: nothing is left to wait for
+    EXPECT_EQ(call<test::GetLockCount>(m_mutex), 0);
+}
+
+TEST_F(AutoMutexInside, AMutexThatCannotBeClosedIsToldAndLetGo) {
+    const ImportPatch close(importedClose, &closeAndComplain);
+    realClose = close.original();
+    const std::wstring message = L"AutoMutex::terminate: Error closing mutex " + m_name + L".";
+    expectThrows<Exception>([&] { call<test::Terminate>(m_mutex); },
+                            {message, L"AutoMutex::terminate: Vorel exception rethrown"});
+    call<test::Terminate>(m_mutex);  // there is nothing left to close
+
+    expectThrows<Exception>([&] { const AutoMutex mutex(m_name.c_str(), false, false); },
+                            {message, L"AutoMutex::terminate: Vorel exception rethrown",
+                             L"AutoMutex::~AutoMutex: Vorel exception rethrown"});
+}
+
+}  // namespace

@@ -1,0 +1,217 @@
+/// \file
+/// What the conditions do when the system refuses, and how a broadcast keeps newcomers out.
+
+#include <chrono>
+#include <future>
+#include <new>
+#include <stdexcept>
+#include <string>
+#include <thread>
+
+#include <gtest/gtest.h>
+
+#include <windows.h>
+
+#include "support/Expect.h"
+#include "support/ImportPatch.h"
+#include "support/NamedEvent.h"
+#include "support/PrivateMember.h"
+#include "support/TemporaryLog.h"
+#include "sync/ThreadSafetySwitch.h"
+#include "vorel/sync/Condition.h"
+#include "vorel/sync/Guard.h"
+#include "vorel/sync/NamedCondition.h"
+
+extern "C" {
+extern decltype(&::WaitForSingleObject) importedWaitOfConditions __asm__("__imp_WaitForSingleObject");
+extern decltype(&::SetEvent) importedSetEvent __asm__("__imp_SetEvent");
+extern decltype(&::CreateEventW) importedCreateEvent __asm__("__imp_CreateEventW");
+extern decltype(&::Sleep) importedSleepOfConditions __asm__("__imp_Sleep");
+
+// The constructors that only clients who bind by name can reach.
+void constructDefault(void* place) __asm__("_ZN5vorel14NamedConditionC1Ev");
+void constructCopy(void* place, const vorel::NamedCondition& other) __asm__("_ZN5vorel14NamedConditionC1ERKS0_");
+}
+
+namespace test {
+
+using vorel::Condition;
+using vorel::NamedCondition;
+
+struct BroadcastLock : PrivateMember<BroadcastLock, vorel::ForcedCriticalSection Condition::*> {};
+struct Waiters : PrivateMember<Waiters, volatile long Condition::*> {};
+struct CloseCondition : PrivateMember<CloseCondition, void (Condition::*)()> {};
+struct CloseNamed : PrivateMember<CloseNamed, void (NamedCondition::*)()> {};
+struct Assign : PrivateMember<Assign, NamedCondition& (NamedCondition::*)(const NamedCondition&)> {};
+template struct Reveal<BroadcastLock, &Condition::m_broadcastLock>;
+template struct Reveal<Waiters, &Condition::m_waiters>;
+template struct Reveal<CloseCondition, &Condition::closeCondition>;
+template struct Reveal<CloseNamed, &NamedCondition::closeCondition>;
+template struct Reveal < Assign, &NamedCondition::operator=>;
+
+}  // namespace test
+
+namespace {
+
+using test::expectThrows;
+using test::ImportPatch;
+using test::isFreeForOthers;
+using test::TemporaryLog;
+using vorel::Condition;
+using vorel::Exception;
+using vorel::ForcedCriticalSection;
+using vorel::Guard;
+using vorel::NamedCondition;
+
+HANDLE WINAPI createNoEvent(SECURITY_ATTRIBUTES* security, BOOL manualReset, BOOL initialState, const wchar_t* name) {
+    EXPECT_EQ(security, nullptr);
+    EXPECT_EQ(manualReset, FALSE);
+    EXPECT_EQ(initialState, FALSE);
+    EXPECT_EQ(name, nullptr);
+    return nullptr;
+}
+
+BOOL WINAPI setNoEvent(HANDLE) {
+    return FALSE;
+}
+
+DWORD WINAPI waitAndThrow(HANDLE, DWORD) {
+    throw std::runtime_error("no wait");
+}
+
+DWORD waitedMs = 0;
+
+DWORD WINAPI refuseToWait(HANDLE, DWORD milliseconds) {
+    waitedMs = milliseconds;
+    return WAIT_FAILED;
+}
+
+TEST(ConditionInside, AnEventThatCannotBeCreatedIsTold) {
+    const TemporaryLog log;
+    ForcedCriticalSection lock;
+    const ImportPatch create(importedCreateEvent, &createNoEvent);
+    expectThrows<Exception>([&] { const Condition condition(lock); },
+                            {L"Failed to create condition.", L"Condition::createCondition: Vorel exception rethrown",
+                             L"Condition::Condition(): Vorel exception rethrown"});
+}
+
+TEST(ConditionInside, AnEventThatCannotBeSetIsTold) {
+    const TemporaryLog log;
+    ForcedCriticalSection lock;
+    Condition condition(lock);
+    NamedCondition named(nullptr);
+    const ImportPatch set(importedSetEvent, &setNoEvent);
+    expectThrows<Exception>([&] { condition.signal(); },
+                            {L"Failed to set event.", L"Condition::signal: Vorel exception rethrown"});
+    expectThrows<Exception>([&] { named.signal(); },
+                            {L"Failed to set event.", L"NamedCondition::signal: Vorel exception rethrown"});
+}
+
+TEST(ConditionInside, ABroadcastThatCannotSignalEndsAndLetsNewcomersIn) {
+    const TemporaryLog log;
+    ForcedCriticalSection lock;
+    Condition condition(lock);
+    condition.*reveal(test::Waiters()) = 1;
+    {
+        const ImportPatch set(importedSetEvent, &setNoEvent);
+        expectThrows<Exception>([&] { condition.broadcast(); },
+                                {L"Failed to set event.", L"Condition::signal: Vorel exception rethrown",
+                                 L"Condition::broadcast: Vorel exception rethrown"});
+    }
+    EXPECT_TRUE(isFreeForOthers(condition.*reveal(test::BroadcastLock())));
+}
+
+TEST(ConditionInside, AWaitThatFailsIsFalseAndPassesTheTimeOn) {
+    ForcedCriticalSection lock;
+    Condition condition(lock);
+    NamedCondition named(nullptr);
+    const Guard held(lock);
+    const ImportPatch wait(importedWaitOfConditions, &refuseToWait);
+    EXPECT_FALSE(condition.wait(1234));
+    EXPECT_EQ(waitedMs, 1234u);
+    EXPECT_FALSE(condition.wait(-1));
+    EXPECT_EQ(waitedMs, INFINITE);
+    EXPECT_FALSE(named.wait(4321));
+    EXPECT_EQ(waitedMs, 4321u);
+    EXPECT_FALSE(named.wait(-1));
+    EXPECT_EQ(waitedMs, INFINITE);
+    EXPECT_EQ(condition.*reveal(test::Waiters()), 0);
+}
+
+TEST(ConditionInside, AWaitThatThrowsHoldsTheLockAgainAndIsCountedOut) {
+    const TemporaryLog log;
+    ForcedCriticalSection lock;
+    Condition condition(lock);
+    {
+        const Guard held(lock);
+        const ImportPatch wait(importedWaitOfConditions, &waitAndThrow);
+        expectThrows<Exception>([&] { condition.wait(0); }, {L"Condition::wait: Severe error thrown"});
+        EXPECT_EQ(condition.*reveal(test::Waiters()), 0);
+    }
+    const Guard held(lock);
+    EXPECT_FALSE(isFreeForOthers(lock));
+}
+
+TEST(ConditionInside, WithoutAnEventNothingIsWaitedFor) {
+    NamedCondition named(nullptr);
+    named.signal();
+    (named.*reveal(test::CloseNamed()))();
+    EXPECT_FALSE(named.wait(-1));
+    (named.*reveal(test::CloseNamed()))();  // there is nothing left to close
+}
+
+TEST(ConditionInside, AWaiterDoesNotJoinABroadcastInProgress) {
+    ForcedCriticalSection lock;
+    Condition condition(lock);
+    condition.signal();  // it would be woken at once
+    std::future<bool> waiter;
+    {
+        const Guard broadcasting(condition.*reveal(test::BroadcastLock()));
+        const test::NamedEvent holds(test::NamedEvent::uniqueName(L"holds"));
+        waiter = std::async(std::launch::async, [&] {
+            const Guard held(lock);
+            holds.set();
+            return condition.wait(-1);
+        });
+        ASSERT_TRUE(holds.wait());
+        { const Guard behindTheWaiter(lock); }
+        EXPECT_EQ(waiter.wait_for(std::chrono::milliseconds(30)), std::future_status::timeout);
+        EXPECT_EQ(condition.*reveal(test::Waiters()), 0) << "it waits for the end of the broadcast, uncounted";
+    }
+    EXPECT_TRUE(waiter.get());
+    EXPECT_EQ(condition.*reveal(test::Waiters()), 0);
+}
+
+unsigned int pauses = 0;
+volatile long* waitersLeft = nullptr;
+
+void WINAPI pauseAndLetOneGo(DWORD milliseconds) {
+    EXPECT_EQ(milliseconds, 10u);
+    ++pauses;
+    --const_cast<long&>(*waitersLeft);
+}
+
+TEST(ConditionInside, ABroadcastSignalsAndPausesOnceForEachWaiter) {
+    ForcedCriticalSection lock;
+    Condition condition(lock);
+    waitersLeft = &(condition.*reveal(test::Waiters()));
+    *waitersLeft = 3;
+    const ImportPatch sleep(importedSleepOfConditions, &pauseAndLetOneGo);
+    condition.broadcast();
+    EXPECT_EQ(pauses, 3u);
+}
+
+TEST(NamedConditionInside, CannotBeMadeWithoutANameOrCopied) {
+    const TemporaryLog log;
+    NamedCondition condition(nullptr);
+    alignas(NamedCondition) unsigned char place[sizeof(NamedCondition)];
+    expectThrows<Exception>([&] { constructDefault(place); },
+                            {L"You must use the const wchar_t* constructor for NamedCondition"});
+    expectThrows<Exception>([&] { constructCopy(place, condition); },
+                            {L"Copy constructor is not available for NamedCondition"});
+    NamedCondition other(nullptr);
+    expectThrows<Exception>([&] { (other.*reveal(test::Assign()))(condition); },
+                            {L"operator = is not available for NamedCondition"});
+}
+
+}  // namespace
