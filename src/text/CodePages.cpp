@@ -143,7 +143,8 @@ bool fitsSystemCall(std::size_t input, std::size_t output) noexcept {
 
 int iconv_open(const char* to, const char* from) {
     return guarded(kClass, L"iconv_open", [&] {
-        const Converter converter(!from && to ? codePageOf(to) : 0, from ? codePageOf(from) : 0);
+        const unsigned int page = codePageOf(from ? from : to);
+        const Converter converter(from ? 0 : page, from ? page : 0);
         if (converter.handle() == 0) {
             return fail(EINVAL);
         }

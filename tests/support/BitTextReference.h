@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -50,6 +51,29 @@ inline std::string daylightOf(const Bytes& bytes) {
     Bytes filled = bytes;
     filled.resize((bytes.size() + 2) / 3 * 3);
     return charactersOf(bitsOf(filled), kDaylightCharacters) + std::to_string(rest == 0 ? 3 : rest);
+}
+
+/// The value of a unit in an alphabet, or that of no place. In Daylight the comma counts as '+'.
+inline std::size_t valueIn(std::string_view alphabet, unsigned int unit) {
+    const unsigned int character = alphabet == kDaylightCharacters && unit == ',' ? '+' : unit;
+    return character < 128 ? alphabet.find(static_cast<char>(character)) : std::string_view::npos;
+}
+
+/// The whole bytes of as many bits as the units have, six of each, those of no place counting as 0.
+inline Bytes bytesOfCharacters(const std::vector<unsigned int>& units, std::string_view alphabet) {
+    Bytes bytes;
+    std::uint64_t bits = 0;
+    unsigned int count = 0;
+    for (const unsigned int unit : units) {
+        const std::size_t value = valueIn(alphabet, unit);
+        bits = bits << 6 | (value == std::string_view::npos ? 0 : value);
+        count += 6;
+        if (count >= 8) {
+            count -= 8;
+            bytes.push_back(static_cast<unsigned char>(bits >> count));
+        }
+    }
+    return bytes;
 }
 
 /// What a decoder gives: its bytes, its result, and whether a unit above 255 made it throw.

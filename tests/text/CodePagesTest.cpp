@@ -48,7 +48,8 @@ TEST(CodePages, GetCodePage_IgnoresTheCaseOfNames) {
     for (const char* name : {"UTF-8", "utf-8", "Utf-8", "UNICODE (utf-8)"}) {
         EXPECT_EQ(util::iconv_getCodePage(name), kUtf8);
     }
-    for (const char* name : {"UTF8", "", "UTF-8 ", "no such name", static_cast<const char*>(nullptr)}) {
+    // Only A to Z have a small letter: '_' is not what lies 32 above it.
+    for (const char* name : {"UTF8", "", "UTF-8 ", "no such name", "SHIFT\x7FJIS", static_cast<const char*>(nullptr)}) {
         EXPECT_EQ(util::iconv_getCodePage(name), -1);
     }
 }
@@ -142,6 +143,7 @@ TEST(CodePages, FromWc_TellsWhatIsWrongByErrno) {
     const auto failed = [](int error) { return Failure<std::size_t>{kNothing, error}; };
     EXPECT_EQ(convert(0, L"A", 1, 8), failed(EBADF));
     EXPECT_EQ(convert(handleOf(0, kUtf8), L"A", 1, 8), failed(EBADF));
+    EXPECT_EQ(convert(util::iconv_open("UTF-8", "LATIN1"), L"A", 1, 8), failed(EBADF));
     EXPECT_EQ(convert(-1, L"A", 1, 8), failed(EBADF));
     EXPECT_EQ(convert(handleOf(0xFFFF, 1), L"A", 1, 8), failed(EBADF));
     EXPECT_EQ(convert(1252, L"AB", 2, 1), failed(E2BIG));

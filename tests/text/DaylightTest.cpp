@@ -44,6 +44,7 @@ TEST(DaylightTest, Encode_EndsInTheCountOfTheLastGroup) {
         Daylight::Encode(arrayOf(row.bytes), text);
         EXPECT_EQ(text, row.text);
         EXPECT_EQ(text.length(), (row.bytes.size() + 2) / 3 * 4 + 1);
+        EXPECT_EQ(text.c_str()[text.length()], 0);
     }
 }
 
@@ -76,6 +77,57 @@ TEST(DaylightTest, Decode_TakesEveryCharacter) {
     Daylight::Decode(L"++++3", comma);
     EXPECT_EQ(valuesOf(plus), valuesOf(comma));
     EXPECT_EQ(valuesOf(plus), (Bytes{0x04, 0x10, 0x41}));
+}
+
+/// A text in which a zero is a unit like any other.
+BaseString<wchar_t> stringOf(const std::wstring& text) {
+    return BaseString<wchar_t>(text.data(), static_cast<unsigned int>(text.size()));
+}
+
+Bytes bytesOf(const std::wstring& groups) {
+    return test::bytesOfCharacters({groups.begin(), groups.end()}, test::kDaylightCharacters);
+}
+
+TEST(DaylightTest, Decode_KnowsEveryUnitAtEveryPlaceOfAGroup) {
+    Array<unsigned char> bytes;
+    for (unsigned int unit = 0; unit <= 0xFFFF; ++unit) {
+        for (std::size_t place = 0; place < 4; ++place) {
+            std::wstring groups = L"zzzz";
+            groups[place] = static_cast<wchar_t>(unit);
+            Daylight::Decode(stringOf(groups + L'3'), bytes);
+            ASSERT_EQ(valuesOf(bytes), bytesOf(groups)) << unit << " at " << place;
+        }
+    }
+}
+
+TEST(DaylightTest, Decode_TakesThreeCharactersForAnEnd) {
+    Array<unsigned char> bytes;
+    for (unsigned int unit = 0; unit <= 0xFFFF; unit += unit < 0x200 ? 1 : 0xFF) {
+        bool threw = false;
+        try {
+            Daylight::Decode(stringOf(std::wstring(L"EI71") + static_cast<wchar_t>(unit)), bytes);
+        } catch (const Exception&) {
+            threw = true;
+        }
+        ASSERT_EQ(threw, unit < '1' || unit > '3') << unit;
+        ASSERT_EQ(bytes.size(), threw ? 3u : unit - '0') << unit;
+    }
+}
+
+TEST(DaylightTest, Decode_OfRandomUnitsAgreesWithTheReference) {
+    test::RandomText random(20261122);
+    Array<unsigned char> bytes;
+    for (int count = 0; count < 5000; ++count) {
+        std::wstring groups = test::text<wchar_t>(random.from(test::kDaylightCharacters, 4 * random.below(60)));
+        for (std::size_t damage = random.below(4); damage != 0 && !groups.empty(); --damage) {
+            groups[random.below(groups.size())] = static_cast<wchar_t>(random.bits() >> 8 * random.below(7));
+        }
+        Bytes wanted = bytesOf(groups);
+        const std::size_t last = groups.empty() ? 3 : 1 + random.below(3);
+        wanted.resize(wanted.size() + last - 3);
+        Daylight::Decode(stringOf(groups + static_cast<wchar_t>('0' + last)), bytes);
+        ASSERT_EQ(valuesOf(bytes), wanted) << "text " << count;
+    }
 }
 
 TEST(DaylightTest, Decode_RefusesAWrongLength) {

@@ -1,6 +1,8 @@
 #include "vorel/text/Hex.h"
 
+#include <numeric>
 #include <string>
+#include <string_view>
 
 #include <gtest/gtest.h>
 
@@ -20,12 +22,22 @@ using vorel::BaseString;
 using vorel::util::Hex;
 namespace util = vorel::util;
 
+Bytes everyByte() {
+    Bytes bytes(256);
+    std::iota(bytes.begin(), bytes.end(), static_cast<unsigned char>(0));
+    return bytes;
+}
+
 TEST(HexTest, Encode_WritesTwoUpperCaseDigitsForEachByte) {
     BaseString<wchar_t> text(L"old");
     Hex::Encode(arrayOf<unsigned char>({0x00, 0x0F, 0x9A, 0xFF}), text);
     EXPECT_EQ(text, L"000F9AFF");
+    EXPECT_EQ(text.c_str()[8], 0);
     Hex::Encode(arrayOf<unsigned char>({}), text);
     EXPECT_EQ(text, L"");
+    EXPECT_EQ(*text.c_str(), 0);
+    Hex::Encode(arrayOf(everyByte()), text);
+    EXPECT_EQ(text, test::text<wchar_t>(test::hexOf(everyByte(), true)).c_str());
 }
 
 struct Row {
@@ -36,13 +48,27 @@ struct Row {
 
 TEST(HexTest, Decode_ReportsTheFirstPairThatIsNone) {
     // Four bytes of 0xEE are there before; what is not written keeps them.
-    for (const Row& row : {Row{L"41fF", 0, {0x41, 0xFF}}, Row{L"", 0, {}},
+    for (const Row& row : {Row{L"41fF", 0, {0x41, 0xFF}},
+                           Row{L"", 0, {}},
                            Row{L"0x4142", 0, {0x41, 0x42, 0xEE}},  // the prefix counts, and one byte stays unwritten
-                           Row{L"0X41", 0, {0x41, 0xEE}}, Row{L"0x", 0, {0xEE}}, Row{L"x041", 1, {0xEE, 0xEE}},
-                           Row{L"4G", 1, {0xEE}}, Row{L"G4", 1, {0xEE}}, Row{L"41/1", 1, {0x41, 0xEE}},
-                           Row{L"411/", 1, {0x41, 0xEE}}, Row{L"abc", 1, {0xAB}},  // the terminator is no digit
-                           Row{L"a", 1, {}}, Row{L":@", 0, {0x39}},                // ':' to '@' are taken for 3 to 9
-                           Row{L";<=>", 0, {0x45, 0x67}}, Row{L"1?", 0, {0x18}}, Row{L"4 ", 1, {0xEE}}}) {
+                           Row{L"0X41", 0, {0x41, 0xEE}},
+                           Row{L"0x", 0, {0xEE}},
+                           Row{L"x041", 1, {0xEE, 0xEE}},
+                           Row{L"0x1", 1, {0xEE}},
+                           Row{L"0x414", 1, {0x41, 0xEE}},  // the odd digit is the prefixed one
+                           Row{L"00x1", 1, {0x00, 0xEE}},
+                           Row{L"1x41", 1, {0xEE, 0xEE}},
+                           Row{L"0x0x41", 1, {0xEE, 0xEE, 0xEE}},  // only one prefix, and only in front
+                           Row{L"4G", 1, {0xEE}},
+                           Row{L"G4", 1, {0xEE}},
+                           Row{L"41/1", 1, {0x41, 0xEE}},
+                           Row{L"411/", 1, {0x41, 0xEE}},
+                           Row{L"abc", 1, {0xAB}},  // the terminator is no digit
+                           Row{L"a", 1, {}},
+                           Row{L":@", 0, {0x39}},  // ':' to '@' are taken for 3 to 9
+                           Row{L";<=>", 0, {0x45, 0x67}},
+                           Row{L"1?", 0, {0x18}},
+                           Row{L"4 ", 1, {0xEE}}}) {
         Array<unsigned char> bytes = arrayOf(Bytes(4, 0xEE));
         EXPECT_EQ(Hex::Decode(row.text, bytes), row.result) << row.text;
         EXPECT_EQ(valuesOf(bytes), row.bytes) << row.text;
@@ -57,6 +83,56 @@ TEST(HexTest, Decode_LooksAtTheLowerEightBitsOfAUnit) {
                           L"2",
                           bytes),
               1);  // 61 would be an a, but only a letter itself is made upper-case
+}
+
+/// What a unit counts for: letters are made capitals, then the lower eight bits are a digit, or a letter from 'A' on,
+/// or, when that gives no 0 to 15, nothing.
+int looseValue(unsigned int unit) {
+    unsigned int character = unit >= 'a' && unit <= 'z' ? unit - 32 : unit;
+    character &= 0xFF;
+    const int value = static_cast<int>(character) - (character < 58 ? 48 : 55);
+    return value >= 0 && value <= 15 ? value : -1;
+}
+
+TEST(HexTest, Decode_KnowsEveryUnitAtBothPlacesOfAPair) {
+    Array<unsigned char> bytes;
+    for (unsigned int unit = 0; unit <= 0xFFFF; ++unit) {
+        const int value = looseValue(unit);
+        const wchar_t pairs[] = {static_cast<wchar_t>(unit), L'5', L'5', static_cast<wchar_t>(unit)};
+        for (const unsigned int place : {0u, 2u}) {
+            const BaseString<wchar_t> text(pairs + place, 2);
+            ASSERT_EQ(Hex::Decode(text, bytes), value < 0 ? 1 : 0) << unit << " at " << place;
+            ASSERT_EQ(bytes.size(), 1u);
+            if (value >= 0) {
+                ASSERT_EQ(bytes[0], place == 0 ? value * 16 + 5 : 5 * 16 + value) << unit << " at " << place;
+            }
+        }
+    }
+}
+
+TEST(HexTest, Decode_OfRandomTextsAgreesWithTheReference) {
+    test::RandomText random(20261122);
+    for (int count = 0; count < 20000; ++count) {
+        std::wstring digits = test::text<wchar_t>(random.from("0123456789abcdefABCDEF", random.below(120)));
+        for (std::size_t damage = random.below(3); damage != 0 && !digits.empty(); --damage) {
+            digits[random.below(digits.size())] = static_cast<wchar_t>(random.oneOf(":;?@G/\xC1"));
+        }
+        const std::wstring prefix = random.oneIn(4) ? L"0x" : L"";
+        Bytes wanted((prefix.size() + digits.size()) / 2, 0xEE);
+        bool isWhole = digits.size() % 2 == 0;
+        for (std::size_t at = 0; at + 1 < digits.size(); at += 2) {
+            const int high = looseValue(digits[at]);
+            const int low = looseValue(digits[at + 1]);
+            if (high < 0 || low < 0) {
+                isWhole = false;
+                break;
+            }
+            wanted[at / 2] = static_cast<unsigned char>(high * 16 + low);
+        }
+        Array<unsigned char> bytes = arrayOf(Bytes(61, 0xEE));
+        ASSERT_EQ(Hex::Decode((prefix + digits).c_str(), bytes), isWhole ? 0 : 1) << digits;
+        ASSERT_EQ(valuesOf(bytes), wanted) << digits;
+    }
 }
 
 TEST(HexTest, Decode_ReadsWhatWasEncodedAndNoFurther) {
@@ -118,6 +194,36 @@ TYPED_TEST(HexText, HexStringToByteArray_CountsWhatIsNoDigitAsZero) {
     }
 }
 
+TYPED_TEST(HexText, ByteArrayToHexString_WritesEveryByte) {
+    for (const bool upperCase : {false, true}) {
+        BaseString<TypeParam> text;
+        util::byteArrayToHexString(arrayOf(everyByte()), text, upperCase);
+        EXPECT_EQ(std::basic_string<TypeParam>(text.c_str()),
+                  test::text<TypeParam>(test::hexOf(everyByte(), upperCase)));
+        EXPECT_EQ(text.length(), 512u);
+    }
+}
+
+/// The value of a digit of either case; 0 for every other unit.
+unsigned int digitOrZero(unsigned int unit) {
+    const std::size_t found = unit != 0 && unit < 128
+                                  ? std::string_view("0123456789abcdef0123456789ABCDEF").find(static_cast<char>(unit))
+                                  : std::string_view::npos;
+    return found == std::string_view::npos ? 0 : static_cast<unsigned int>(found % 16);
+}
+
+TYPED_TEST(HexText, HexStringToByteArray_KnowsEveryUnitAtBothPlacesOfAPair) {
+    Array<unsigned char> bytes;
+    for (unsigned int unit = 0; unit < 1u << 8 * sizeof(TypeParam); ++unit) {
+        const TypeParam pairs[] = {static_cast<TypeParam>(unit), '5', '5', static_cast<TypeParam>(unit)};
+        util::hexStringToByteArray(pairs, 4, bytes);
+        const unsigned int value = digitOrZero(unit);
+        ASSERT_EQ(valuesOf(bytes),
+                  (Bytes{static_cast<unsigned char>(value * 16 + 5), static_cast<unsigned char>(5 * 16 + value)}))
+            << unit;
+    }
+}
+
 TYPED_TEST(HexText, HexStringToByteArray_TakesALength) {
     Array<unsigned char> bytes = arrayOf<unsigned char>({0xEE});
     const auto text = test::text<TypeParam>("414243");
@@ -152,11 +258,7 @@ TYPED_TEST(HexText, RandomTextsAgreeWithTheReference) {
         }
         Bytes wanted(pairs);
         for (std::size_t at = 0; at < text.size(); ++at) {
-            const auto found =
-                text[at] > 0 && text[at] < 0x80
-                    ? std::string_view("0123456789abcdef0123456789ABCDEF").find(static_cast<char>(text[at]))
-                    : std::string_view::npos;
-            const unsigned int digit = found == std::string_view::npos ? 0 : static_cast<unsigned int>(found % 16);
+            const unsigned int digit = digitOrZero(static_cast<std::make_unsigned_t<TypeParam>>(text[at]));
             wanted[at / 2] = static_cast<unsigned char>(wanted[at / 2] * 16u + digit);
         }
         Array<unsigned char> bytes;

@@ -1,13 +1,15 @@
 #include "vorel/text/Url.h"
 
-#include <cstdio>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include <gtest/gtest.h>
 
 #include "support/Expect.h"
+#include "support/PageEdge.h"
 #include "support/RandomText.h"
+#include "support/UrlReference.h"
 #include "support/Widths.h"
 #include "vorel/exceptions/Exception.h"
 
@@ -23,44 +25,48 @@ using vorel::util::UrlPathSegment;
 using vorel::util::UrlQuery;
 using vorel::util::UrlQueryParameter;
 
-/// What is escaped in every component: from the rules, by itself.
-constexpr std::string_view kAlways = "\"#%<>[\\]^`{|}";
-constexpr std::string_view kReserved = "$&+,/:;=?@";
-
-/// The text with those bytes escaped that stand in `escaped`, or are none of ASCII, and spaces in either form.
-std::string expected(std::string_view text, std::string_view escaped, bool spaceAsPlus) {
-    std::string result;
-    for (const char c : text) {
-        const auto byte = static_cast<unsigned char>(c);
-        if (c == ' ') {
-            result += spaceAsPlus ? "+" : "%20";
-        } else if (byte >= 128 || escaped.find(c) != std::string_view::npos) {
-            char escape[4];
-            std::snprintf(escape, sizeof escape, "%%%2.2X", static_cast<unsigned int>(byte));
-            result += escape;
-        } else {
-            result += c;
-        }
-    }
-    return result;
-}
-
 /// Each form returns the buffer of its output.
 template <class T>
 void expectBuffer(const T* returned, const BaseString<T>& output) {
     EXPECT_EQ(returned, output.c_str());
 }
 
-struct ComponentRule {
-    int component;
-    std::string_view also;
-    bool spaceAsPlus;
+/// Every form of the encoder, of each pair of flags and each component, with what it escapes besides.
+struct Use {
+    int component;  // -2 for the form with flags
+    bool reserved;
+    test::UrlRule rule;
+
+    template <class T>
+    [[nodiscard]] const T* encode(const T* text, BaseString<T>& output) const {
+        return component == kFlags ? urlEncode(text, output, reserved, rule.spaceAsPlus)
+                                   : urlEncodeComponent(text, output, static_cast<UrlComponent>(component));
+    }
+    template <class T>
+    [[nodiscard]] BaseString<T> encode(const T* text) const {
+        return component == kFlags ? urlEncode(text, reserved, rule.spaceAsPlus)
+                                   : urlEncodeComponent(text, static_cast<UrlComponent>(component));
+    }
+
+    static constexpr int kFlags = -2;
 };
 
-constexpr ComponentRule kComponents[] = {{UrlPath, "?", false}, {UrlPathSegment, "/?", false},
-                                         {UrlQuery, "+", true}, {UrlQueryParameter, "+&=", true},
-                                         {4, "", false},        {99, "", false},
-                                         {-1, "", false}};
+const std::vector<Use>& uses() {
+    const std::string reserved = std::string("~").append(test::kUrlReserved);
+    static const std::vector<Use> kUses = {{Use::kFlags, false, {"~", false}},
+                                           {Use::kFlags, false, {"~", true}},
+                                           {Use::kFlags, true, {reserved, false}},
+                                           {Use::kFlags, true, {reserved, true}},
+                                           {UrlPath, false, {"?", false}},
+                                           {UrlPathSegment, false, {"/?", false}},
+                                           {UrlQuery, false, {"+", true}},
+                                           {UrlQueryParameter, false, {"+&=", true}},
+                                           // No component, whatever its sign.
+                                           {4, false, {"", false}},
+                                           {99, false, {"", false}},
+                                           {-1, false, {"", false}}};
+    return kUses;
+}
 
 std::string allBytes() {
     std::string bytes;
@@ -70,30 +76,41 @@ std::string allBytes() {
     return bytes;
 }
 
-std::string bothWith(std::string_view first, std::string_view second) {
-    return std::string(first).append(second);
-}
-
-TEST(UrlEncode, EveryByteUnderEveryPairOfFlags) {
-    for (const bool reserved : {false, true}) {
-        for (const bool plus : {false, true}) {
-            BaseString<char> output("old");
-            const std::string escaped = bothWith(kAlways, "~").append(reserved ? kReserved : "");
-            expectBuffer(urlEncode(allBytes().c_str(), output, reserved, plus), output);
-            EXPECT_EQ(output, expected(allBytes(), escaped, plus).c_str());
-            EXPECT_EQ(urlEncode(allBytes().c_str(), reserved, plus), output);
-        }
+TEST(UrlEncode, EveryByteInEveryUse) {
+    for (const Use& use : uses()) {
+        BaseString<char> output("old");
+        expectBuffer(use.encode(allBytes().c_str(), output), output);
+        EXPECT_EQ(std::string(output.c_str()), test::urlEncoded(allBytes(), use.rule)) << use.component;
+        EXPECT_EQ(output.length(), test::urlEncoded(allBytes(), use.rule).size());
+        EXPECT_EQ(use.encode(allBytes().c_str()), output);
     }
 }
 
-TEST(UrlEncode, EveryByteForEveryComponent) {
-    for (const ComponentRule& rule : kComponents) {
-        const auto component = static_cast<UrlComponent>(rule.component);
-        BaseString<char> output("old");
-        expectBuffer(urlEncodeComponent(allBytes().c_str(), output, component), output);
-        EXPECT_EQ(output, expected(allBytes(), bothWith(kAlways, rule.also), rule.spaceAsPlus).c_str())
-            << rule.component;
-        EXPECT_EQ(urlEncodeComponent(allBytes().c_str(), component), output);
+TEST(UrlEncode, WideTextIsEncodedLikeNarrowText) {
+    const std::string ascii = allBytes().substr(0, 127);
+    const std::wstring wide(ascii.begin(), ascii.end());
+    for (const Use& use : uses()) {
+        const std::string wanted = test::urlEncoded(ascii, use.rule);
+        BaseString<wchar_t> output(L"old");
+        expectBuffer(use.encode(wide.c_str(), output), output);
+        EXPECT_EQ(output, std::wstring(wanted.begin(), wanted.end()).c_str()) << use.component;
+        EXPECT_EQ(use.encode(wide.c_str()), output);
+    }
+}
+
+TEST(UrlEncode, RandomTextsAgreeWithTheReference) {
+    test::RandomText random(20261122);
+    test::PageEdge<char> edge(4096);
+    BaseString<char> output;
+    for (int count = 0; count < 20000; ++count) {
+        // Texts of few escapes and of nothing else.
+        std::string text = random.from(random.oneIn(3) ? " %/\xC3~" : "abcdefghijklmnopqrstuvw/", random.below(220));
+        for (std::size_t more = random.below(4); more != 0 && !text.empty(); --more) {
+            text[random.below(text.size())] = random.oneOf(allBytes());
+        }
+        const Use& use = uses()[random.below(uses().size())];
+        const char* const place = edge.placeAtEnd(std::string_view(text.c_str(), text.size() + 1));
+        ASSERT_STREQ(use.encode(place, output), test::urlEncoded(text, use.rule).c_str()) << text;
     }
 }
 
@@ -111,7 +128,12 @@ TEST(UrlEncode, TextsOfTheManual) {
 
 TEST(UrlEncode, WideTextGoesThroughUtf8) {
     EXPECT_EQ(urlEncode(L"\u00E9 \U0001F600", false, true), L"%C3%A9+%F0%9F%98%80");
+    EXPECT_EQ(urlEncode(L"\u00E9", false, false), L"%C3%A9");
     EXPECT_EQ(urlEncodeComponent(L"\u20AC/", UrlPathSegment), L"%E2%82%AC%2F");
+    // A lone surrogate has no UTF-8, and is a question mark there.
+    EXPECT_EQ(urlEncode(L"\xD800x", false, false), L"?x");
+    EXPECT_EQ(urlEncode(L"\xD800x", true, false), L"%3Fx");
+    EXPECT_EQ(urlEncodeComponent(L"\xDC00x", UrlPath), L"%3Fx");
     BaseString<wchar_t> output(L"old");
     expectBuffer(urlEncode(L"a b", output, false, false), output);
     EXPECT_EQ(output, L"a%20b");
@@ -119,21 +141,31 @@ TEST(UrlEncode, WideTextGoesThroughUtf8) {
     EXPECT_EQ(output, L"a+b");
 }
 
-TEST(UrlEncode, NothingIsAnEmptyText) {
-    for (const char* text : {"", static_cast<const char*>(nullptr)}) {
-        BaseString<char> output("old");
-        EXPECT_STREQ(urlEncode(text, output, false, false), "");
-        EXPECT_STREQ(urlEncodeComponent(text, output, UrlPath), "");
-        EXPECT_STREQ(urlDecode(text, output, 0), "");
-        BaseString<char> none;
-        EXPECT_EQ(urlEncode(text, none, false, false), nullptr);
-        EXPECT_EQ(urlDecode(text, none, 0), nullptr);
-    }
-    for (const wchar_t* text : {L"", static_cast<const wchar_t*>(nullptr)}) {
-        BaseString<wchar_t> output(L"old");
-        EXPECT_STREQ(urlEncode(text, output, false, false), L"");
-        EXPECT_STREQ(urlEncodeComponent(text, output, UrlPath), L"");
-        EXPECT_STREQ(urlDecode(text, output, 0), L"");
+template <class T>
+class UrlOfNothing : public ::testing::Test {};
+TYPED_TEST_SUITE(UrlOfNothing, test::CharacterTypes, test::CharacterNames);
+
+TYPED_TEST(UrlOfNothing, IsAnEmptyText) {
+    const std::basic_string<TypeParam> empty;
+    const auto old = test::text<TypeParam>("old");
+    for (const TypeParam* text : {empty.c_str(), static_cast<const TypeParam*>(nullptr)}) {
+        BaseString<TypeParam> output;
+        for (const Use& use : uses()) {
+            output = old.c_str();
+            expectBuffer(use.encode(text, output), output);
+            EXPECT_EQ(*output.c_str(), TypeParam{0});
+            EXPECT_TRUE(output.empty());
+            EXPECT_TRUE(use.encode(text).empty());
+            BaseString<TypeParam> none;
+            EXPECT_EQ(use.encode(text, none), nullptr);
+        }
+        output = old.c_str();
+        expectBuffer(urlDecode(text, output, 0), output);
+        EXPECT_EQ(*output.c_str(), TypeParam{0});
+        EXPECT_TRUE(output.empty());
+        EXPECT_TRUE(urlDecode(text).empty());
+        BaseString<TypeParam> none;
+        EXPECT_EQ(urlDecode(text, none, 1), nullptr);
     }
 }
 
@@ -146,10 +178,11 @@ struct DecodeRow {
 TEST(UrlDecode, UndoesWholeEscapesOnly) {
     for (const DecodeRow& row :
          {DecodeRow{"%41%4g%", 0, "A%4g%"}, DecodeRow{"a+b", 0, "a+b"}, DecodeRow{"a+b", 1, "a b"},
-          DecodeRow{"a+b", 2, "a+b"}, DecodeRow{"a+b", 3, "a b"}, DecodeRow{"%4", 0, "%4"}, DecodeRow{"%", 0, "%"},
-          DecodeRow{"%41", 0, "A"}, DecodeRow{"x%4a", 0, "xJ"}, DecodeRow{"%%41", 0, "%A"},
-          DecodeRow{"%4%41", 0, "%4A"}, DecodeRow{"%2541", 0, "%41"}, DecodeRow{"%2B+", 1, "+ "},
-          DecodeRow{"%g1%1g", 0, "%g1%1g"}, DecodeRow{"%C3%a9", 0, "\xC3\xA9"},
+          DecodeRow{"a+b", 2, "a+b"}, DecodeRow{"a+b", 3, "a b"}, DecodeRow{"a+b", -2, "a+b"},
+          DecodeRow{"a+b", -1, "a b"}, DecodeRow{"%4", 0, "%4"}, DecodeRow{"%", 0, "%"}, DecodeRow{"%41", 0, "A"},
+          DecodeRow{"x%4a", 0, "xJ"}, DecodeRow{"%%41", 0, "%A"}, DecodeRow{"%4%41", 0, "%4A"},
+          DecodeRow{"%2541", 0, "%41"}, DecodeRow{"%2B+", 1, "+ "}, DecodeRow{"%g1%1g", 0, "%g1%1g"},
+          DecodeRow{"%C3%a9", 0, "\xC3\xA9"},
           DecodeRow{"0123456789abcdef%410123456789abcdefg", 0, "0123456789abcdefA0123456789abcdefg"}}) {
         BaseString<char> output("old");
         expectBuffer(urlDecode(std::string(row.text).c_str(), output, row.flags), output);
@@ -159,36 +192,51 @@ TEST(UrlDecode, UndoesWholeEscapesOnly) {
     EXPECT_EQ(urlDecode(L"%C3%A9+"), L"\u00E9+");
 }
 
+TEST(UrlDecode, EveryPairOfBytesBehindThePercentSign) {
+    BaseString<char> output;
+    for (const char high : allBytes()) {
+        for (const char low : allBytes()) {
+            const std::string text = {'a', '%', high, low, 'z'};
+            urlDecode(text.c_str(), output, 0);
+            ASSERT_EQ(output.view(), test::urlDecoded(text, false)) << text;
+        }
+    }
+}
+
 TEST(UrlDecode, AnEscapedZeroIsPartOfTheText) {
     BaseString<char> output;
     urlDecode("a%00b", output, 0);
     EXPECT_EQ(output.view(), std::string_view("a\0b", 3));
+    BaseString<wchar_t> wide;
+    urlDecode(L"a%00b", wide, 0);  // on the way back from UTF-8 it ends the text
+    EXPECT_EQ(wide.view(), L"a");
 }
 
 TEST(UrlDecode, WideTextHasToBeUtf8) {
     BaseString<wchar_t> output;
     expectBuffer(urlDecode(L"%E2%82%AC%41", output, 0), output);
     EXPECT_EQ(output, L"\u20ACA");
-    EXPECT_THROW(urlDecode(L"%80", output, 0), vorel::Exception);
-}
-
-std::string decodedPlainly(std::string_view text, bool plusIsSpace) {
-    std::string result;
-    for (std::size_t at = 0; at < text.size(); ++at) {
-        const std::string pair(text.substr(at + 1 < text.size() ? at + 1 : at, 2));
-        if (text[at] == '%' && at + 2 < text.size() &&
-            pair.find_first_not_of("0123456789abcdefABCDEF") == std::string::npos) {
-            result += static_cast<char>(std::stoul(pair, nullptr, 16));
-            at += 2;
-        } else {
-            result += plusIsSpace && text[at] == '+' ? ' ' : text[at];
-        }
+    expectBuffer(urlDecode(L"a+%2B", output, 1), output);
+    EXPECT_EQ(output, L"a +");
+    EXPECT_EQ(urlDecode(L"%ED%A0%80"), L"\xD800");
+    // What begins no character is refused in the words of the conversion; the last message ends in the text, whose
+    // bytes are shown as the runtime takes them.
+    try {
+        urlDecode(L"%80%41b", output, 0);
+        ADD_FAILURE() << "nothing was thrown";
+    } catch (const vorel::Exception& e) {
+        const std::vector<std::wstring> messages = test::messagesOf(e);
+        ASSERT_EQ(messages.size(), 3u);
+        EXPECT_EQ(messages[0], L"Error converting UTF-8 character (Hex string: 41-62)");
+        EXPECT_EQ(messages[1], L"vorel::util::ConvertUTF8toString: Vorel exception rethrown");
+        EXPECT_FALSE(messages[2].empty());
     }
-    return result;
+    EXPECT_THROW(urlDecode(L"%80"), vorel::Exception);
 }
 
 TEST(UrlDecode, RandomTextsAgreeWithTheReference) {
     test::RandomText random(20261121);
+    test::PageEdge<char> edge(4096);
     for (int count = 0; count < 30000; ++count) {
         std::string text;
         while (random.below(6) != 0) {
@@ -197,8 +245,8 @@ TEST(UrlDecode, RandomTextsAgreeWithTheReference) {
         }
         const bool plus = random.oneIn(2);
         BaseString<char> output;
-        urlDecode(text.c_str(), output, plus ? 1 : 0);
-        ASSERT_EQ(output.view(), decodedPlainly(text, plus)) << text;
+        urlDecode(edge.placeAtEnd(std::string_view(text.c_str(), text.size() + 1)), output, plus ? 1 : 0);
+        ASSERT_EQ(output.view(), test::urlDecoded(text, plus)) << text;
     }
 }
 

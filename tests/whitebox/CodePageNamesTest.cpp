@@ -58,6 +58,22 @@ TEST(CodePageNames, AreInOrderAndUpperCase) {
     EXPECT_STREQ(std::rbegin(kCodePageNames)->name, "UTF-8");
 }
 
+/// The FNV-1a digest of all rows, each as a line "37:IBM EBCDIC US-CANADA".
+std::uint64_t digestOfTheTable() {
+    std::uint64_t digest = 0xCBF29CE484222325;
+    for (const CodePageName& row : kCodePageNames) {
+        for (const char c : std::to_string(row.codePage) + ':' + row.name + '\n') {
+            digest = (digest ^ static_cast<unsigned char>(c)) * 0x100000001B3;
+        }
+    }
+    return digest;
+}
+
+TEST(CodePageNames, AreTheOnesThatCallersKnow) {
+    // A change of any name, of its page or of its place in the table: all of them are part of the interface.
+    EXPECT_EQ(digestOfTheTable(), 0xD52CEDB5EBE62034u);
+}
+
 TEST(CodePageNames, EachIsFoundInAnyCase) {
     std::set<std::string> seen;
     for (const CodePageName& row : kCodePageNames) {
