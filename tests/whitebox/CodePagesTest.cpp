@@ -1,0 +1,315 @@
+/// \file
+/// What the converters ask of the system, and what they make of its answers.
+
+#include "vorel/text/CodePages.h"
+
+#include <cerrno>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+#include <windows.h>
+
+#include "LibraryState.h"
+#include "support/Expect.h"
+#include "support/ImportPatch.h"
+#include "vorel/exceptions/Exception.h"
+
+extern "C" {
+extern decltype(&::MultiByteToWideChar) importedToWide __asm__("__imp_MultiByteToWideChar");
+extern decltype(&::WideCharToMultiByte) importedToBytes __asm__("__imp_WideCharToMultiByte");
+}
+
+namespace {
+
+namespace util = vorel::util;
+using vorel::Exception;
+
+constexpr auto kNothing = static_cast<std::size_t>(-1);
+constexpr int kUntouched = 77;
+
+/// One conversion as the system saw it.
+struct Call {
+    UINT page;
+    DWORD flags;
+    const void* text;
+    int count;
+    const void* out;
+    int capacity;
+    bool hasDefault = false;
+    bool asksForUse = false;
+    bool operator==(const Call&) const = default;
+};
+
+enum class Throw {
+    Nothing,
+    Exception,
+    Other,
+};
+
+/// Stands in for both conversions of the system: writes the calls down, and gives one answer to all of them.
+struct System {
+    std::vector<Call> calls;
+    int result = 0;
+    DWORD error = 0;
+    bool usesDefault = false;
+    Throw thrown = Throw::Nothing;
+
+    static System& instance() {
+        static System system;
+        return system;
+    }
+
+    int answer(const Call& call) {
+        calls.push_back(call);
+        if (thrown == Throw::Exception) {
+            throw Exception(L"broken");
+        }
+        if (thrown == Throw::Other) {
+            throw std::runtime_error("broken");
+        }
+        SetLastError(error);
+        return result;
+    }
+};
+
+int WINAPI toWide(UINT page, DWORD flags, LPCCH text, int count, LPWSTR out, int capacity) {
+    return System::instance().answer({page, flags, text, count, out, capacity});
+}
+
+int WINAPI toBytes(UINT page, DWORD flags, LPCWCH text, int count, LPSTR out, int capacity, LPCCH defaultCharacter,
+                   LPBOOL used) {
+    System& system = System::instance();
+    if (used) {
+        *used = system.usesDefault ? TRUE : FALSE;
+    }
+    return system.answer({page, flags, text, count, out, capacity, defaultCharacter != nullptr, used != nullptr});
+}
+
+class CodePages : public ::testing::Test {
+protected:
+    void SetUp() override { System::instance() = System(); }
+
+    /// What `operation` returns when the system fails with `error`; errno is as it was, unless it was set.
+    template <class Operation>
+    auto underFailure(DWORD error, Operation&& operation) {
+        m_system.result = 0;
+        m_system.error = error;
+        errno = kUntouched;
+        return operation();
+    }
+
+    /// The usability test of a code page is one call for the one byte of the empty text, without room for a result.
+    void expectUsabilityTest(UINT page) {
+        ASSERT_EQ(m_system.calls.size(), 1u);
+        const Call& call = m_system.calls[0];
+        EXPECT_EQ(call, (Call{page, 0, call.text, 1, nullptr, 0}));
+        EXPECT_STREQ(static_cast<const char*>(call.text), "");
+        m_system.calls.clear();
+    }
+
+    System& m_system = System::instance();
+    test::ImportPatch<decltype(::MultiByteToWideChar)> m_toWide{importedToWide, &toWide};
+    test::ImportPatch<decltype(::WideCharToMultiByte)> m_toBytes{importedToBytes, &toBytes};
+};
+
+int handleOf(unsigned int to, unsigned int from) {
+    return static_cast<int>(from << 16 | to);
+}
+
+TEST_F(CodePages, ToWc_PassesItsArgumentsOnAndRefusesInvalidText) {
+    const char text[] = "text";
+    wchar_t out[9];
+    m_system.result = 7;
+    EXPECT_EQ(util::iconv_to_wc(handleOf(1252, 65001), text, 4, out, 9), 7u);
+    EXPECT_EQ(m_system.calls, (std::vector<Call>{{65001, MB_ERR_INVALID_CHARS, text, 4, out, 9}}));
+}
+
+TEST_F(CodePages, FromWc_PassesItsArgumentsOnAndAsksForTheDefaultCharacterWhenToldTo) {
+    const wchar_t text[] = L"text";
+    char out[9];
+    m_system.result = 5;
+    m_system.usesDefault = true;
+    EXPECT_EQ(util::iconv_from_wc(handleOf(1252, 65001), text, 4, out, 9, nullptr), 5u);
+    for (const bool used : {true, false}) {
+        m_system.usesDefault = used;
+        bool defaultUsed = !used;
+        EXPECT_EQ(util::iconv_from_wc(handleOf(1252, 65001), text, 4, out, 9, &defaultUsed), 5u);
+        EXPECT_EQ(defaultUsed, used);
+    }
+    const Call silent = {1252, 0, text, 4, out, 9, false, false};
+    const Call asking = {1252, 0, text, 4, out, 9, false, true};
+    EXPECT_EQ(m_system.calls, (std::vector<Call>{silent, asking, asking}));
+}
+
+TEST_F(CodePages, Conversions_TellTheSystemsErrorsByErrno) {
+    struct Case {
+        DWORD error;
+        int toWc;
+        int fromWc;
+    };
+    const Case cases[] = {
+        {ERROR_INVALID_PARAMETER, 22, 22},
+        {ERROR_INVALID_FLAGS, 22, 22},
+        {ERROR_INSUFFICIENT_BUFFER, 7, 7},
+        {ERROR_NO_UNICODE_TRANSLATION, 42, kUntouched},  // only text of bytes can be invalid
+        {ERROR_ACCESS_DENIED, kUntouched, kUntouched},
+        {ERROR_SUCCESS, kUntouched, kUntouched},
+    };
+    wchar_t wide[9];
+    char bytes[9];
+    for (const Case& c : cases) {
+        EXPECT_EQ(underFailure(c.error, [&] { return util::iconv_to_wc(handleOf(0, 1252), "x", 1, wide, 9); }),
+                  kNothing);
+        EXPECT_EQ(errno, c.toWc) << c.error;
+        EXPECT_EQ(underFailure(c.error, [&] { return util::iconv_from_wc(1252, L"x", 1, bytes, 9, nullptr); }),
+                  kNothing);
+        EXPECT_EQ(errno, c.fromWc) << c.error;
+    }
+}
+
+TEST_F(CodePages, AConverterThatIsNoneReachesNoSystemCall) {
+    wchar_t wide[9];
+    char bytes[9];
+    for (const int handle : {0, -1, handleOf(0xFFFF, 0xFFFF)}) {
+        EXPECT_EQ(util::iconv_to_wc(handle, "x", 1, wide, 9), kNothing);
+        EXPECT_EQ(util::iconv_from_wc(handle, L"x", 1, bytes, 9, nullptr), kNothing);
+    }
+    EXPECT_TRUE(m_system.calls.empty());
+}
+
+TEST_F(CodePages, IsCheckDefaultValid_IsFalseForARefusedArgumentOnly) {
+    for (const int page : {65001, 1252, -1}) {
+        m_system.calls.clear();
+        m_system.result = 1;
+        m_system.error = ERROR_INVALID_PARAMETER;  // means nothing after a success
+        EXPECT_TRUE(util::iconv_isCheckDefaultValid(page));
+        ASSERT_EQ(m_system.calls.size(), 1u);
+        const Call& call = m_system.calls[0];
+        EXPECT_EQ(call, (Call{static_cast<UINT>(page), 0, call.text, 1, call.out, 1, false, true}));
+        EXPECT_EQ(*static_cast<const wchar_t*>(call.text), L'a');
+        EXPECT_NE(call.out, nullptr);
+    }
+    const auto isValidUnder = [this](DWORD error) {
+        return underFailure(error, [] { return util::iconv_isCheckDefaultValid(1252); });
+    };
+    EXPECT_FALSE(isValidUnder(ERROR_INVALID_PARAMETER));
+    EXPECT_TRUE(isValidUnder(ERROR_INVALID_FLAGS));
+    EXPECT_TRUE(isValidUnder(ERROR_INSUFFICIENT_BUFFER));
+    EXPECT_TRUE(isValidUnder(ERROR_SUCCESS));
+}
+
+TEST_F(CodePages, GetCodePage_GivesUsableCodePagesOnly) {
+    m_system.result = 1;
+    EXPECT_EQ(util::iconv_getCodePage("koi8-r"), 20866);
+    expectUsabilityTest(20866);
+    EXPECT_EQ(underFailure(ERROR_INVALID_PARAMETER, [] { return util::iconv_getCodePage("koi8-r"); }), -1);
+    EXPECT_EQ(errno, kUntouched);
+    expectUsabilityTest(20866);
+    EXPECT_EQ(util::iconv_getCodePage("no such name"), -1);
+    EXPECT_EQ(util::iconv_getCodePage(nullptr), -1);
+    EXPECT_TRUE(m_system.calls.empty());
+}
+
+TEST_F(CodePages, Open_TestsTheSystemsOwnCodePageWhenTheTargetIsLeftOut) {
+    m_system.result = 1;
+    EXPECT_EQ(util::iconv_open("utf-8", "latin1"), handleOf(0, 28591));
+    expectUsabilityTest(CP_ACP);
+    EXPECT_EQ(underFailure(ERROR_INVALID_PARAMETER, [] { return util::iconv_open("utf-8", "latin1"); }), -1);
+    EXPECT_EQ(errno, 22);
+    expectUsabilityTest(CP_ACP);
+    // With one name alone, that code page is not tested, nor is any other.
+    EXPECT_EQ(underFailure(ERROR_INVALID_PARAMETER, [] { return util::iconv_open("utf-8", nullptr); }), 65001);
+    EXPECT_EQ(util::iconv_open(nullptr, "latin1"), handleOf(0, 28591));
+    EXPECT_EQ(errno, kUntouched);
+    EXPECT_TRUE(m_system.calls.empty());
+}
+
+TEST_F(CodePages, OpenCodepage_TestsTheSystemsOwnCodePageForANumberThatIsCutToZero) {
+    for (const auto& [to, from] : {std::pair(65536, 1252), std::pair(1252, 65536)}) {
+        m_system.result = 1;
+        EXPECT_NE(util::iconv_open_codepage(to, from), -1);
+        expectUsabilityTest(CP_ACP);
+        EXPECT_EQ(underFailure(ERROR_INVALID_PARAMETER, [&] { return util::iconv_open_codepage(to, from); }), -1);
+        EXPECT_EQ(errno, 22);
+        expectUsabilityTest(CP_ACP);
+    }
+    EXPECT_EQ(util::iconv_open_codepage(12345, 0), 12345);
+    EXPECT_EQ(util::iconv_open_codepage(0, 12345), handleOf(0, 12345));
+    EXPECT_TRUE(m_system.calls.empty());
+}
+
+TEST_F(CodePages, WhatIsThrownInsideOfAConversionIsRecordedUnderItsName) {
+    wchar_t wide[9];
+    char bytes[9];
+    const auto expectRecords = [this](const std::wstring& operation, auto&& convert) {
+        m_system.thrown = Throw::Exception;
+        test::expectThrows<Exception>(convert, {L"broken", L"iconv::" + operation + L": Vorel exception rethrown"});
+        m_system.thrown = Throw::Other;
+        test::expectThrows<Exception>(convert, {L"iconv::" + operation + L": Severe error thrown"});
+        m_system.thrown = Throw::Nothing;
+    };
+    expectRecords(L"iconv_to_wc", [&] { util::iconv_to_wc(handleOf(0, 1252), "x", 1, wide, 9); });
+    expectRecords(L"iconv_from_wc", [&] { util::iconv_from_wc(1252, L"x", 1, bytes, 9, nullptr); });
+    expectRecords(L"CheckDefaultParamIsValid", [] { util::iconv_isCheckDefaultValid(1252); });
+}
+
+// ---- The map of names -----------------------------------------------------------------------------------------------
+
+auto& mapOfNames() {
+    return vorel::detail::libraryState()->codePageNames;
+}
+
+TEST(CodePageMap, IsFilledByEveryLookAndOnlyOnce) {
+    void (*const looks[])() = {
+        [] { util::iconv_open("utf-8", "latin1"); },     [] { util::iconv_open("utf-8", nullptr); },
+        [] { util::iconv_open(nullptr, nullptr); },      [] { util::iconv_getCodePage("utf-8"); },
+        [] { util::iconv_getCodePage("no such name"); }, [] { util::iconv_getCodePage(nullptr); },
+    };
+    for (const auto look : looks) {
+        mapOfNames().clear();
+        look();
+        EXPECT_EQ(mapOfNames().size(), 617u);
+        look();
+        EXPECT_EQ(mapOfNames().size(), 617u);
+    }
+}
+
+TEST(CodePageMap, IsNotFilledByNumbers) {
+    mapOfNames().clear();
+    util::iconv_open_codepage(65001, 1252);
+    util::iconv_isCheckDefaultValid(1252);
+    util::iconv_close(65001);
+    EXPECT_EQ(mapOfNames().size(), 0u);
+}
+
+/// In the place of the map one that cannot take anything.
+class MapWithoutBuckets {
+public:
+    MapWithoutBuckets() { replace(0); }
+    ~MapWithoutBuckets() { replace(vorel::detail::LibraryState::kTableBuckets); }
+
+    MapWithoutBuckets(const MapWithoutBuckets&) = delete;
+    MapWithoutBuckets& operator=(const MapWithoutBuckets&) = delete;
+
+private:
+    static void replace(unsigned int buckets) {
+        std::destroy_at(&mapOfNames());
+        std::construct_at(&mapOfNames(), buckets);
+    }
+};
+
+TEST(CodePageMap, AFailureToFillItIsRecordedOnItsWayOut) {
+    const MapWithoutBuckets broken;
+    const auto expectRecords = [](const std::wstring& operation, auto&& look) {
+        test::expectThrows<Exception>(look, {L"Tried to find in a hash map with 0 buckets",
+                                             L"iconv::FillCodeMap: Vorel exception rethrown",
+                                             L"iconv::" + operation + L": Vorel exception rethrown"});
+    };
+    expectRecords(L"iconv_open", [] { util::iconv_open("utf-8", nullptr); });
+    expectRecords(L"iconv_getCodePage", [] { util::iconv_getCodePage("utf-8"); });
+}
+
+}  // namespace
