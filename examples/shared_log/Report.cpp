@@ -2,7 +2,7 @@
 
 #include <sstream>
 
-#include "Files.h"
+#include "support/Files.h"
 
 namespace shared_log {
 
@@ -30,11 +30,11 @@ bool writeReport(const std::string& path, const Report& report) {
         out << '\n';
     }
     out << kEnd << '\n';
-    return writeFile(path, out.str());
+    return examples::writeFile(path, out.str());
 }
 
 bool readReport(const std::string& path, Report& report) {
-    for (const std::string& line : split(readFile(path).value_or(""), "\n")) {
+    for (const std::string& line : examples::split(examples::readFile(path).value_or(""), "\n")) {
         std::istringstream fields(line);
         std::string key;
         fields >> key;

@@ -8,7 +8,7 @@
 #include <string_view>
 #include <utility>
 
-#include "Files.h"
+#include "support/Files.h"
 
 namespace shared_log {
 
@@ -22,7 +22,7 @@ using Trail = std::vector<std::string>;
 /// What a file declares in its first line, "Damaged lines: 6 7 8"; nothing when it declares nothing.
 std::optional<std::vector<unsigned int>> declaredDamage(const std::string& path) {
     constexpr std::string_view kDeclaration = "Damaged lines:";
-    const std::string content = readFile(path).value_or("");
+    const std::string content = examples::readFile(path).value_or("");
     if (!content.starts_with(kDeclaration)) {
         return std::nullopt;
     }
@@ -61,14 +61,14 @@ void printFiles(const Run& run, Complaints& complaints) {
     }
 }
 
-std::map<unsigned long, RecordCounts> countByProcess(const Log& log) {
+std::map<unsigned long, RecordCounts> countByProcess(const examples::Log& log) {
     std::map<unsigned long, RecordCounts> counts;
-    for (const Record& record : log.records) {
+    for (const examples::Record& record : log.records) {
         RecordCounts& own = counts[record.processId];
         switch (record.kind) {
-        case Kind::Error: ++own.errors; break;
-        case Kind::Warning: ++own.warnings; break;
-        case Kind::Debug: ++own.debugs; break;
+        case examples::Kind::Error: ++own.errors; break;
+        case examples::Kind::Warning: ++own.warnings; break;
+        case examples::Kind::Debug: ++own.debugs; break;
         }
     }
     return counts;
@@ -87,7 +87,7 @@ void printRow(const char* name, const RecordCounts& counts, unsigned int reporte
                 reported);
 }
 
-void printRecords(const Run& run, const Log& log, Complaints& complaints) {
+void printRecords(const Run& run, const examples::Log& log, Complaints& complaints) {
     std::printf("\n%-20s %12s %6s %7s %7s %9s\n", "Records", "Vorel Error:", "WARN:", "DEBUG:", "in all", "reported");
     std::map<unsigned long, RecordCounts> found = countByProcess(log);
     RecordCounts total;
@@ -112,12 +112,12 @@ void printRecords(const Run& run, const Log& log, Complaints& complaints) {
 
 /// The trail of the exception that collected most messages. The records of one thread stand in the order in which it
 /// wrote them; the record of a handler ends a trail.
-Trail longestTrail(const Log& log) {
+Trail longestTrail(const examples::Log& log) {
     constexpr std::string_view kHandled = ": Vorel exception caught";
     Trail longest;
     std::map<std::pair<unsigned long, unsigned long>, Trail> growing;
-    for (const Record& record : log.records) {
-        if (record.kind != Kind::Error) {
+    for (const examples::Record& record : log.records) {
+        if (record.kind != examples::Kind::Error) {
             continue;
         }
         Trail& trail = growing[{record.processId, record.threadId}];
@@ -142,12 +142,13 @@ void printTrail(const Trail& trail) {
     }
 }
 
-void printTimes(const Log& log) {
+void printTimes(const examples::Log& log) {
     if (log.records.empty()) {
         return;
     }
-    const auto [first, last] = std::minmax_element(
-        log.records.begin(), log.records.end(), [](const Record& a, const Record& b) { return a.timeMs < b.timeMs; });
+    const auto [first, last] =
+        std::minmax_element(log.records.begin(), log.records.end(),
+                            [](const examples::Record& a, const examples::Record& b) { return a.timeMs < b.timeMs; });
     std::printf("\nTime span: %s to %s: %lld ms\n", first->time.c_str(), last->time.c_str(),
                 last->timeMs - first->timeMs);
     unsigned int turns = 1;
@@ -157,7 +158,7 @@ void printTimes(const Log& log) {
     std::printf("Turns:     %u runs of records by one and the same process\n", turns);
 }
 
-void printLines(const Run& run, const Log& log, Complaints& complaints) {
+void printLines(const Run& run, const examples::Log& log, Complaints& complaints) {
     std::printf("Lines:     %zu checked, %zu torn\n", log.records.size() + log.unreadable.size(),
                 log.unreadable.size());
     std::printf("Log:       %s%s\n", run.logPath.c_str(), log.hasBackup ? " and its backup" : "");
@@ -168,7 +169,7 @@ void printLines(const Run& run, const Log& log, Complaints& complaints) {
 
 }  // namespace
 
-bool printSummary(const Run& run, const Log& log) {
+bool printSummary(const Run& run, const examples::Log& log) {
     Complaints complaints;
     printFiles(run, complaints);
     printRecords(run, log, complaints);

@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
-#include "LogReader.h"
 #include "Report.h"
+#include "support/LogReader.h"
 
 namespace shared_log {
 
@@ -18,6 +18,6 @@ struct Run {
 
 /// Prints the tables, the longest trail and the time span, and then every complaint. Returns whether there was none: no
 /// line torn, no record missing or too many, and exactly the damaged lines found that a file declares.
-bool printSummary(const Run& run, const Log& log);
+bool printSummary(const Run& run, const examples::Log& log);
 
 }  // namespace shared_log

@@ -7,7 +7,7 @@
 
 #include <vorel/vorelCore.h>
 
-#include "Files.h"
+#include "support/Files.h"
 
 namespace shared_log {
 
@@ -72,7 +72,7 @@ void Worker::checkFile(const std::string& path) {
     CheckedFile& file = m_report.files.emplace_back();
     RecordCounts& records = m_report.records;
 
-    for (const std::string& line : split(readFile(path).value_or(""), "\n")) {
+    for (const std::string& line : examples::split(examples::readFile(path).value_or(""), "\n")) {
         ++file.lines;
         try {
             if (checkLine(name.c_str(), file.lines, line)) {

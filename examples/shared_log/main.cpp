@@ -20,12 +20,12 @@
 
 #include <vorel/vorelCore.h>
 
-#include "Files.h"
-#include "LogReader.h"
-#include "Processes.h"
 #include "Report.h"
 #include "Summary.h"
 #include "Worker.h"
+#include "support/Files.h"
+#include "support/LogReader.h"
+#include "support/Processes.h"
 
 namespace shared_log {
 
@@ -74,7 +74,7 @@ int runWorker(const CommandLine& options) {
     vorel::Exception::setDebugTarget(L"LogsIncludeMsecs", true);
     vorel::Exception::setDebugTarget(L"SharedLog", true);
     vorel::Exception::SetErrorLogLocation(logPathIn(options.folder).c_str(), options.limit);
-    if (!StartLine(startLineName(options.folder)).lineUp()) {
+    if (!examples::StartLine(startLineName(options.folder)).lineUp()) {
         return EXIT_FAILURE;
     }
     const Report report = Worker().run(options.files);
@@ -83,15 +83,15 @@ int runWorker(const CommandLine& options) {
 
 /// Starts the workers, waits for them, and collects their reports.
 Run runWorkers(const CommandLine& options) {
-    const std::string program = programPath();
-    const std::string folder = createFolderBeside(program);
-    const StartLine startLine(startLineName(folder));
-    std::vector<Handle> workers;
+    const std::string program = examples::programPath();
+    const std::string folder = examples::createFolderBeside(program, "shared_log");
+    const examples::StartLine startLine(startLineName(folder));
+    std::vector<examples::Handle> workers;
     for (unsigned int number = 1; number <= kWorkers; ++number) {
         std::vector<std::string> arguments{std::string(kWorkerOption) + std::to_string(number),
                                            std::string(kLimitOption) + std::to_string(options.limit), folder};
         arguments.insert(arguments.end(), options.files.begin(), options.files.end());
-        workers.push_back(startProcess(program, arguments));
+        workers.push_back(examples::startProcess(program, arguments));
     }
     if (!startLine.start(kWorkers)) {
         throw vorel::TimeoutException(L"the workers did not come to the start");
@@ -99,8 +99,8 @@ Run runWorkers(const CommandLine& options) {
     Run run{logPathIn(folder), options.files, {}};
     for (unsigned int number = 1; number <= kWorkers; ++number) {
         Report& report = run.workers.emplace_back();
-        if (exitCodeOf(workers[number - 1]) != EXIT_SUCCESS || !readReport(reportPath(folder, number), report) ||
-            report.files.size() != options.files.size()) {
+        if (examples::exitCodeOf(workers[number - 1]) != EXIT_SUCCESS ||
+            !readReport(reportPath(folder, number), report) || report.files.size() != options.files.size()) {
             throw vorel::Exception(L"worker %u did not finish its work", number);
         }
     }
@@ -109,7 +109,7 @@ Run runWorkers(const CommandLine& options) {
 
 int runParent(const CommandLine& options) {
     for (const std::string& file : options.files) {
-        if (!readFile(file)) {
+        if (!examples::readFile(file)) {
             (void)std::fprintf(stderr, "shared_log: cannot read %s\n", file.c_str());
             return 2;
         }
@@ -117,7 +117,7 @@ int runParent(const CommandLine& options) {
     vorel::Exception::SetErrorLogSize(0);  // the parent only reads
     std::printf("%u processes check the same %zu files and write one log.\n\n", kWorkers, options.files.size());
     const Run run = runWorkers(options);
-    return printSummary(run, readLog(run.logPath)) ? EXIT_SUCCESS : EXIT_FAILURE;
+    return printSummary(run, examples::readLog(run.logPath)) ? EXIT_SUCCESS : EXIT_FAILURE;
 }
 
 }  // namespace

@@ -7,6 +7,8 @@
 #include "exceptions/LocaleText.h"
 #include "support/Utf8Reference.h"
 #include "vorel/exceptions/ExceptionFamily.h"
+#include "vorel/sync/AutoMutex.h"
+#include "vorel/sync/Condition.h"
 #include "vorel/sync/CriticalSections.h"
 #include "vorel/text/Unicode.h"
 
@@ -222,6 +224,19 @@ void constructSection(Trial& trial) {
     trial.expectException(typeid(vorel::Exception).name(), {L"malloc failed"});
 }
 
+void constructMutex(Trial& trial) {
+    trial.perform([] { const vorel::AutoMutex mutex(nullptr, false, false); });
+    trial.expectException(typeid(vorel::Exception).name(),
+                          {L"malloc failed", L"AutoMutex::AutoMutex(): Vorel exception rethrown"});
+}
+
+void constructCondition(Trial& trial) {
+    vorel::ForcedCriticalSection lock;
+    trial.perform([&] { const vorel::Condition condition(lock); });
+    trial.expectException(typeid(vorel::Exception).name(),
+                          {L"malloc failed", L"Condition::Condition(): Vorel exception rethrown"});
+}
+
 void addDebugTarget(Trial& trial) {
     vorel::DebugTargets<wchar_t, vorel::NoLock> targets;
     trial.perform([&] { targets.set(L"a target with a name of some length", true); });
@@ -251,6 +266,8 @@ const std::vector<Operation>& otherOperations() {
     static const std::vector<Operation> kOperations = {
         {"AutoCriticalSection", constructSection<vorel::AutoCriticalSection>},
         {"ForcedCriticalSection", constructSection<vorel::ForcedCriticalSection>},
+        {"AutoMutex", constructMutex},
+        {"Condition", constructCondition},
         {"DebugTarget", addDebugTarget},
     };
     return kOperations;

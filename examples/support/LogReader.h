@@ -10,7 +10,7 @@
 #include <string_view>
 #include <vector>
 
-namespace shared_log {
+namespace examples {
 
 enum class Kind { Error, Warning, Debug };
 
@@ -35,4 +35,4 @@ std::optional<Record> parseLine(std::string_view line);
 /// Reads the backup, if there is one, and then the log.
 Log readLog(const std::string& path);
 
-}  // namespace shared_log
+}  // namespace examples

@@ -6,7 +6,7 @@
 
 #include <vorel/vorelCore.h>
 
-namespace shared_log {
+namespace examples {
 
 namespace {
 
@@ -30,8 +30,8 @@ std::string programPath() {
     return {path.data(), length};
 }
 
-std::string createFolderBeside(const std::string& program) {
-    const std::string stem = program.substr(0, program.find_last_of("\\/") + 1) + "shared_log-";
+std::string createFolderBeside(const std::string& program, const std::string& name) {
+    const std::string stem = program.substr(0, program.find_last_of("\\/") + 1) + name + '-';
     for (unsigned int number = 1;; ++number) {
         std::string folder = stem + std::to_string(number);
         if (CreateDirectoryA(folder.c_str(), nullptr)) {
@@ -91,4 +91,4 @@ unsigned long exitCodeOf(const Handle& process) {
     return code;
 }
 
-}  // namespace shared_log
+}  // namespace examples

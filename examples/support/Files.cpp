@@ -5,7 +5,7 @@
 #include <cstdio>
 #include <memory>
 
-namespace shared_log {
+namespace examples {
 
 namespace {
 
@@ -45,4 +45,4 @@ std::vector<std::string> split(std::string_view text, std::string_view separator
     return pieces;
 }
 
-}  // namespace shared_log
+}  // namespace examples

@@ -8,7 +8,7 @@
 
 #include "Files.h"
 
-namespace shared_log {
+namespace examples {
 
 namespace {
 
@@ -145,4 +145,4 @@ Log readLog(const std::string& path) {
     return log;
 }
 
-}  // namespace shared_log
+}  // namespace examples

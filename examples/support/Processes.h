@@ -6,12 +6,12 @@
 #include <string>
 #include <vector>
 
-namespace shared_log {
+namespace examples {
 
-/// The program's own path, and a fresh folder beside it. Paths are in the process's narrow code page, as the error log
-/// takes them.
+/// The program's own path, and a fresh folder "<name>-<number>" beside it. Paths are in the process's narrow code page,
+/// as the error log takes them.
 std::string programPath();
-std::string createFolderBeside(const std::string& program);
+std::string createFolderBeside(const std::string& program, const std::string& name);
 
 struct CloseHandleOf {
     void operator()(void* handle) const noexcept;
@@ -40,4 +40,4 @@ Handle startProcess(const std::string& program, const std::vector<std::string>& 
 /// Waits for the end of a process and returns its exit code; one that takes too long is ended.
 unsigned long exitCodeOf(const Handle& process);
 
-}  // namespace shared_log
+}  // namespace examples

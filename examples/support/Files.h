@@ -8,7 +8,7 @@
 #include <string_view>
 #include <vector>
 
-namespace shared_log {
+namespace examples {
 
 /// The bytes of a file as they stand; nothing when it cannot be read.
 std::optional<std::string> readFile(const std::string& path);
@@ -18,4 +18,4 @@ bool writeFile(const std::string& path, std::string_view content);
 /// The pieces of `text` between `separator`s. A last piece that no separator ends counts too, unless it is empty.
 std::vector<std::string> split(std::string_view text, std::string_view separator);
 
-}  // namespace shared_log
+}  // namespace examples
