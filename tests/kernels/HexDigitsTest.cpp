@@ -1,0 +1,217 @@
+#include "kernels/HexDigits.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <numeric>
+#include <string>
+#include <string_view>
+#include <type_traits>
+
+#include <gtest/gtest.h>
+
+#include "kernels/HexDigitsAvx2.h"
+#include "kernels/KernelChoice.h"
+#include "support/BitTextReference.h"
+#include "support/PageEdge.h"
+#include "support/RandomText.h"
+
+namespace {
+
+namespace kernels = vorel::kernels;
+using kernels::HexCase;
+using test::Bytes;
+
+constexpr std::size_t kMost = 4096;
+constexpr std::string_view kDigits = "0123456789abcdefABCDEF";
+
+bool isDigit(unsigned int unit) {
+    return unit != 0 && unit < 128 && kDigits.find(static_cast<char>(unit)) != std::string_view::npos;
+}
+
+/// The bytes of pairs of digits.
+template <class T>
+Bytes bytesOf(const std::basic_string<T>& digits) {
+    Bytes bytes;
+    for (std::size_t at = 0; at + 1 < digits.size(); at += 2) {
+        const std::string pair = {static_cast<char>(digits[at]), static_cast<char>(digits[at + 1])};
+        bytes.push_back(static_cast<unsigned char>(std::stoul(pair, nullptr, 16)));
+    }
+    return bytes;
+}
+
+// ---- Encoding -------------------------------------------------------------------------------------------------------
+
+template <class T>
+struct Plainly {
+    using Unit = T;
+    static constexpr char kName[] = "plain";
+    static constexpr bool kNeedsAvx2 = false;
+    static T* encode(const unsigned char* bytes, std::size_t count, HexCase letters, T* out) {
+        return kernels::encodeHexPlainly(bytes, count, letters, out);
+    }
+};
+
+template <class T>
+struct InBlocks {
+    using Unit = T;
+    static constexpr char kName[] = "blocks";
+    static constexpr bool kNeedsAvx2 = false;
+    static T* encode(const unsigned char* bytes, std::size_t count, HexCase letters, T* out) {
+        return kernels::encodeHex(bytes, count, letters, out);
+    }
+};
+
+template <class Kernel>
+class HexEncoding : public test::KernelTest<Kernel> {
+protected:
+    /// Bytes that end where nobody may read, into room for just their digits.
+    void expectEncoded(const Bytes& bytes) {
+        using T = typename Kernel::Unit;
+        unsigned char* const from = m_bytes.lastElements(bytes.size());
+        std::copy(bytes.begin(), bytes.end(), from);
+        for (const HexCase letters : {HexCase::Upper, HexCase::Lower}) {
+            T* const out = m_text.lastElements(2 * bytes.size());
+            ASSERT_EQ(Kernel::encode(from, bytes.size(), letters, out), out + 2 * bytes.size());
+            ASSERT_EQ(std::basic_string<T>(out, 2 * bytes.size()),
+                      test::text<T>(test::hexOf(bytes, letters == HexCase::Upper)));
+        }
+    }
+
+    test::PageEdge<unsigned char> m_bytes{kMost};
+    test::PageEdge<typename Kernel::Unit> m_text{kMost};
+};
+
+using Encoders = ::testing::Types<Plainly<char>, Plainly<wchar_t>, InBlocks<char>, InBlocks<wchar_t>>;
+TYPED_TEST_SUITE(HexEncoding, Encoders, test::KernelNames);
+
+TYPED_TEST(HexEncoding, TakesEveryCountAndNothingBeyond) {
+    test::RandomText random(20261123);
+    for (std::size_t count = 0; count <= 70; ++count) {
+        ASSERT_NO_FATAL_FAILURE(this->expectEncoded(random.bytes(count))) << count;
+    }
+}
+
+TYPED_TEST(HexEncoding, WritesEveryByteAtEveryPlaceOfABlock) {
+    for (std::size_t shift = 0; shift < 16; ++shift) {
+        Bytes bytes(256 + shift);
+        std::iota(bytes.begin(), bytes.end(), static_cast<unsigned char>(0));
+        std::rotate(bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(shift), bytes.end());
+        ASSERT_NO_FATAL_FAILURE(this->expectEncoded(bytes)) << shift;
+    }
+}
+
+// ---- Decoding -------------------------------------------------------------------------------------------------------
+
+/// The plain blocks, which is what the decoder is without AVX2.
+template <class T>
+struct Sse2 {
+    using Unit = T;
+    static constexpr char kName[] = "plain";
+    static constexpr bool kNeedsAvx2 = false;
+    static constexpr std::size_t kBlock = 16;
+    static std::size_t decode(const T* text, std::size_t blocks, unsigned char* out) {
+        std::size_t done = 0;
+        while (done < blocks && kernels::decodeHexBlock(text + done * kBlock, out + done * kBlock / 2)) {
+            ++done;
+        }
+        return done;
+    }
+};
+
+template <class T>
+struct Avx2 {
+    using Unit = T;
+    static constexpr char kName[] = "AVX2";
+    static constexpr bool kNeedsAvx2 = true;
+    static constexpr std::size_t kBlock = 32;
+    static std::size_t decode(const T* text, std::size_t blocks, unsigned char* out) {
+        return kernels::decodeHexAvx2(text, blocks, out);
+    }
+};
+
+/// Whatever the processor has, and small blocks for the rest.
+template <class T>
+struct Together {
+    using Unit = T;
+    static constexpr char kName[] = "together";
+    static constexpr bool kNeedsAvx2 = false;
+    static constexpr std::size_t kBlock = 16;
+    static std::size_t decode(const T* text, std::size_t blocks, unsigned char* out) {
+        return kernels::decodeHex(text, blocks, out);
+    }
+};
+
+template <class Kernel>
+class HexDecoding : public test::KernelTest<Kernel> {
+protected:
+    using Text = std::basic_string<typename Kernel::Unit>;
+
+    /// Digits that end where nobody may read, into room for just `blocks`. What stands from the first other character
+    /// on is left, by whole blocks, and nothing is written for it.
+    void expectDecoded(const Text& text, std::size_t blocks) {
+        const auto stranger = std::find_if_not(text.begin(), text.end(), [](auto unit) {
+            return isDigit(static_cast<std::make_unsigned_t<decltype(unit)>>(unit));
+        });
+        const std::size_t digits = static_cast<std::size_t>(stranger - text.begin());
+        const std::size_t done = std::min(blocks, digits / Kernel::kBlock);
+        unsigned char* const out = m_bytes.lastElements(blocks * Kernel::kBlock / 2);
+        std::fill_n(out, blocks * Kernel::kBlock / 2, static_cast<unsigned char>(0xEE));
+        ASSERT_EQ(Kernel::decode(m_text.placeAtEnd(text), blocks, out), done);
+        Bytes wanted = bytesOf(text.substr(0, done * Kernel::kBlock));
+        wanted.resize(blocks * Kernel::kBlock / 2, 0xEE);
+        ASSERT_EQ(Bytes(out, out + wanted.size()), wanted);
+    }
+
+    test::PageEdge<unsigned char> m_bytes{kMost};
+    test::PageEdge<typename Kernel::Unit> m_text{kMost};
+};
+
+using Decoders =
+    ::testing::Types<Sse2<char>, Sse2<wchar_t>, Avx2<char>, Avx2<wchar_t>, Together<char>, Together<wchar_t>>;
+TYPED_TEST_SUITE(HexDecoding, Decoders, test::KernelNames);
+
+TYPED_TEST(HexDecoding, TakesAsManyBlocksAsItIsToldAndNothingBeyond) {
+    test::RandomText random(20261124);
+    for (std::size_t blocks = 0; blocks <= 9; ++blocks) {
+        for (std::size_t more = 0; more <= TypeParam::kBlock; ++more) {
+            const std::string digits = random.from(kDigits, blocks * TypeParam::kBlock + more);
+            ASSERT_NO_FATAL_FAILURE(this->expectDecoded(test::text<typename TypeParam::Unit>(digits), blocks))
+                << blocks << " blocks and " << more;
+        }
+    }
+}
+
+TYPED_TEST(HexDecoding, KnowsEveryUnitAtEveryPlaceOfABlock) {
+    using T = typename TypeParam::Unit;
+    constexpr std::size_t kBlock = TypeParam::kBlock;
+    const auto text = test::text<T>("0123456789abcdefABCDEF9876543210").substr(0, kBlock);
+    for (unsigned int unit = 0; unit < 1u << 8 * sizeof(T); ++unit) {
+        const bool everywhere = unit < 0x100 || unit % 0x101 == 0;  // the others in turn at one place each
+        for (std::size_t at = everywhere ? 0 : unit % kBlock; at < kBlock; at += everywhere ? 1 : kBlock) {
+            auto changed = text + text + text;
+            changed[kBlock + at] = static_cast<T>(unit);
+            ASSERT_NO_FATAL_FAILURE(this->expectDecoded(changed, 3)) << unit << " at " << at;
+        }
+    }
+}
+
+TYPED_TEST(HexDecoding, OfRandomTextsAgreesWithTheReference) {
+    using T = typename TypeParam::Unit;
+    test::RandomText random(20261125);
+    for (int round = 0; round < 2000; ++round) {
+        auto text = test::text<T>(random.from(kDigits, random.below(300)));
+        for (std::size_t damage = random.below(3); damage != 0 && !text.empty(); --damage) {
+            text[random.below(text.size())] = static_cast<T>(random.bits());
+        }
+        ASSERT_NO_FATAL_FAILURE(this->expectDecoded(text, text.size() / TypeParam::kBlock)) << round;
+    }
+}
+
+TEST(HexDigitTable, HasTheValueOfEveryDigitAndOfNothingElse) {
+    for (unsigned int byte = 0; byte < 256; ++byte) {
+        const std::string digit(1, static_cast<char>(byte));
+        EXPECT_EQ(kernels::hexDigitOf(digit[0]), isDigit(byte) ? std::stoul(digit, nullptr, 16) : 0xFFu) << byte;
+    }
+}
+
+}  // namespace

@@ -1,0 +1,250 @@
+#include "kernels/SixBits.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <string>
+#include <string_view>
+#include <type_traits>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "kernels/KernelChoice.h"
+#include "kernels/SixBitsAvx2.h"
+#include "support/BitTextReference.h"
+#include "support/PageEdge.h"
+#include "support/RandomText.h"
+
+namespace {
+
+namespace kernels = vorel::kernels;
+using kernels::Strangers;
+using test::Bytes;
+
+constexpr std::size_t kBlockBytes = 24;
+constexpr std::size_t kBlockCharacters = 32;
+constexpr std::size_t kPage = 4096;
+
+/// What the kernels take for an encoding, beside its alphabet as it is written down.
+struct Encoding {
+    std::string_view characters;
+    std::string_view alphabet;
+    const kernels::SixBitRows& rows;
+    const kernels::SixBitValues& values;
+};
+
+const Encoding kEncodings[] = {
+    {test::kBase64Characters, kernels::kBase64Alphabet, kernels::kBase64Rows, kernels::kBase64Values},
+    {test::kDaylightCharacters, kernels::kDaylightAlphabet, kernels::kDaylightRows, kernels::kDaylightValues},
+};
+
+template <class T>
+struct Plain {
+    using Unit = T;
+    static constexpr char kName[] = "plain";
+    static constexpr bool kNeedsAvx2 = false;
+    static constexpr std::size_t kOverhang = 0;
+
+    static std::size_t encode(const unsigned char* bytes, std::size_t count, const Encoding& encoding, T* out) {
+        return static_cast<std::size_t>(kernels::encodeGroups(bytes, count, encoding.alphabet.data(), out) - out) / 4 *
+               3;
+    }
+    /// Block by block what the operations of one group do.
+    static std::size_t decode(const T* text, std::size_t blocks, const Encoding& encoding, Strangers strangers,
+                              unsigned char* out) {
+        for (std::size_t block = 0; block < blocks; ++block, text += kBlockCharacters, out += kBlockBytes) {
+            unsigned int values[kBlockCharacters];
+            for (std::size_t at = 0; at < kBlockCharacters; ++at) {
+                const unsigned int unit = static_cast<std::make_unsigned_t<T>>(text[at]);
+                values[at] = unit < 128 ? encoding.values.values[unit] : kernels::SixBitValues::kNone;
+                if (values[at] == kernels::SixBitValues::kNone) {
+                    if (strangers == Strangers::Stop) {
+                        return block;
+                    }
+                    values[at] = 0;
+                }
+            }
+            for (std::size_t at = 0; at < kBlockCharacters; at += 4) {
+                kernels::decodeFour(values[at], values[at + 1], values[at + 2], values[at + 3], out + at / 4 * 3);
+            }
+        }
+        return blocks;
+    }
+};
+
+template <class T>
+struct Avx2 {
+    using Unit = T;
+    static constexpr char kName[] = "AVX2";
+    static constexpr bool kNeedsAvx2 = true;
+    static constexpr std::size_t kOverhang = 8;
+
+    static std::size_t encode(const unsigned char* bytes, std::size_t count, const Encoding& encoding, T* out) {
+        return kernels::encodeSixBitsAvx2(bytes, count, encoding.alphabet.data(), out);
+    }
+    static std::size_t decode(const T* text, std::size_t blocks, const Encoding& encoding, Strangers strangers,
+                              unsigned char* out) {
+        return kernels::decodeSixBitsAvx2(text, blocks, encoding.rows, strangers, out);
+    }
+};
+
+template <class Kernel>
+class SixBits : public test::KernelTest<Kernel> {
+protected:
+    using Unit = typename Kernel::Unit;
+    using Text = std::basic_string<Unit>;
+
+    /// Encodes bytes that end where nobody may read into room for just their text. All whole groups have to be done,
+    /// or all but what could not be read in blocks.
+    void expectEncoded(const Bytes& bytes, const Encoding& encoding) {
+        unsigned char* const from = m_bytes.lastElements(bytes.size());
+        std::copy(bytes.begin(), bytes.end(), from);
+        Unit* const out = m_text.lastElements(bytes.size() / 3 * 4);
+        const std::size_t done = Kernel::encode(from, bytes.size(), encoding, out);
+        const std::size_t left = bytes.size() - done;
+        ASSERT_LE(done, bytes.size());
+        ASSERT_EQ(done % 3, 0u);
+        ASSERT_LT(left, Kernel::kNeedsAvx2 ? 2 * kBlockBytes : 3u);
+        const std::string wanted = test::charactersOf(
+            test::bitsOf({bytes.begin(), bytes.end() - static_cast<std::ptrdiff_t>(left)}), encoding.characters);
+        ASSERT_EQ(Text(out, done / 3 * 4), test::text<Unit>(wanted));
+    }
+
+    /// Decodes the text at `place` into room for just `blocks` and the overhang, and expects `done` of them.
+    void expectDecoded(const Unit* place, std::size_t blocks, const Encoding& encoding, Strangers strangers,
+                       std::size_t done) {
+        unsigned char* const out = m_bytes.lastElements(blocks * kBlockBytes + Kernel::kOverhang);
+        ASSERT_EQ(Kernel::decode(place, blocks, encoding, strangers, out), done);
+        std::vector<unsigned int> units;
+        for (std::size_t at = 0; at < done * kBlockCharacters; ++at) {
+            units.push_back(static_cast<std::make_unsigned_t<Unit>>(place[at]));
+        }
+        ASSERT_EQ(Bytes(out, out + done * kBlockBytes), test::bytesOfCharacters(units, encoding.characters));
+    }
+
+    /// A text in which every character of the alphabet comes at every place of a block.
+    static Text textOf(const Encoding& encoding, std::size_t length) {
+        Text text;
+        for (std::size_t at = 0; at < length; ++at) {
+            text += static_cast<Unit>(encoding.characters[(at + at / kBlockCharacters) % 64]);
+        }
+        return text;
+    }
+
+    const Unit* placedAtEnd(const Text& text) {
+        return m_text.placeAtEnd(std::basic_string_view<Unit>(text.c_str(), text.size() + 1));
+    }
+
+    test::PageEdge<unsigned char> m_bytes{2 * kPage};
+    test::PageEdge<Unit> m_text{2 * kPage / sizeof(Unit)};
+};
+
+using Kernels = ::testing::Types<Plain<char>, Plain<wchar_t>, Avx2<char>, Avx2<wchar_t>>;
+TYPED_TEST_SUITE(SixBits, Kernels, test::KernelNames);
+
+TYPED_TEST(SixBits, Encode_TakesEveryCountAndNothingBeyond) {
+    test::RandomText random(20261123);
+    for (const Encoding& encoding : kEncodings) {
+        for (std::size_t count = 0; count <= 5 * kBlockBytes + 1; ++count) {
+            SCOPED_TRACE(count);
+            ASSERT_NO_FATAL_FAILURE(this->expectEncoded(random.bytes(count), encoding));
+        }
+    }
+}
+
+TYPED_TEST(SixBits, Encode_WritesEveryCharacterAtEveryPlaceOfABlock) {
+    for (const Encoding& encoding : kEncodings) {
+        std::vector<unsigned int> units;
+        for (std::size_t at = 0; at < 64 * kBlockCharacters; ++at) {
+            units.push_back(static_cast<unsigned char>(encoding.characters[(at + at / kBlockCharacters) % 64]));
+        }
+        ASSERT_NO_FATAL_FAILURE(this->expectEncoded(test::bytesOfCharacters(units, encoding.characters), encoding));
+    }
+}
+
+TYPED_TEST(SixBits, Encode_OfRandomBytesAgreesWithTheReference) {
+    test::RandomText random(20261124);
+    for (int round = 0; round < 500; ++round) {
+        ASSERT_NO_FATAL_FAILURE(this->expectEncoded(random.bytes(random.below(400)), kEncodings[random.below(2)]))
+            << "round " << round;
+    }
+}
+
+TYPED_TEST(SixBits, Decode_TakesWholeBlocksAndAsManyAsItIsTold) {
+    for (const Encoding& encoding : kEncodings) {
+        for (std::size_t length = 0; length <= 4 * kBlockCharacters + 1; ++length) {
+            const auto* const place = this->placedAtEnd(this->textOf(encoding, length));
+            const std::size_t whole = length / kBlockCharacters;
+            for (std::size_t blocks = 0; blocks <= 5; ++blocks) {
+                SCOPED_TRACE(testing::Message() << blocks << " blocks of " << length);
+                ASSERT_NO_FATAL_FAILURE(
+                    this->expectDecoded(place, blocks, encoding, Strangers::Stop, std::min(blocks, whole)));
+                const std::size_t counted = std::min(blocks, whole);  // where zeros count, the caller knows the length
+                ASSERT_NO_FATAL_FAILURE(this->expectDecoded(place, counted, encoding, Strangers::Zeros, counted));
+            }
+        }
+    }
+}
+
+TYPED_TEST(SixBits, Decode_GoesOnAcrossThePageWhereTheTextDoes) {
+    using T = typename TypeParam::Unit;
+    for (std::size_t before = 0; before <= 3 * kBlockCharacters; ++before) {
+        SCOPED_TRACE(before);
+        const auto text = this->textOf(kEncodings[0], 3 * kBlockCharacters);
+        T* const place = this->m_text.firstElement() + kPage / sizeof(T) - before;
+        std::copy_n(text.c_str(), text.size() + 1, place);
+        ASSERT_NO_FATAL_FAILURE(this->expectDecoded(place, 4, kEncodings[0], Strangers::Stop, 3));
+    }
+}
+
+TYPED_TEST(SixBits, Decode_KnowsEveryUnitAtEveryPlaceOfABlock) {
+    using T = typename TypeParam::Unit;
+    for (const Encoding& encoding : kEncodings) {
+        auto text = this->textOf(encoding, 3 * kBlockCharacters);
+        for (unsigned int unit = 0; unit < 1u << 8 * sizeof(T); ++unit) {
+            const bool isKnown = test::valueIn(encoding.characters, unit) != std::string_view::npos;
+            const bool everywhere = unit < 0x100 || unit % 0x101 == 0;  // the others in turn at one place each
+            for (std::size_t at = everywhere ? 0 : unit % 32; at < kBlockCharacters; at += everywhere ? 1 : 32) {
+                SCOPED_TRACE(testing::Message() << unit << " at " << at);
+                auto changed = text;
+                changed[kBlockCharacters + at] = static_cast<T>(unit);
+                const auto* const place = this->placedAtEnd(changed);
+                ASSERT_NO_FATAL_FAILURE(this->expectDecoded(place, 3, encoding, Strangers::Stop, isKnown ? 3 : 1));
+                ASSERT_NO_FATAL_FAILURE(this->expectDecoded(place, 3, encoding, Strangers::Zeros, 3));
+            }
+        }
+    }
+}
+
+TYPED_TEST(SixBits, Decode_OfRandomTextsAgreesWithTheReference) {
+    using T = typename TypeParam::Unit;
+    test::RandomText random(20261125);
+    for (int round = 0; round < 2000; ++round) {
+        const Encoding& encoding = kEncodings[random.below(2)];
+        auto text = test::text<T>(random.from(encoding.characters, random.below(300)));
+        const std::size_t blocks = text.size() / kBlockCharacters;
+        for (std::size_t damage = random.below(3); damage != 0 && !text.empty(); --damage) {
+            text[random.below(text.size())] = static_cast<T>(random.bits());
+        }
+        const auto stranger = std::find_if(text.begin(), text.end(), [&](T unit) {
+            const auto value = static_cast<std::make_unsigned_t<T>>(unit);
+            return test::valueIn(encoding.characters, value) == std::string_view::npos;
+        });
+        const std::size_t clean = static_cast<std::size_t>(stranger - text.begin()) / kBlockCharacters;
+        const auto* const place = this->placedAtEnd(text);
+        ASSERT_NO_FATAL_FAILURE(this->expectDecoded(place, blocks, encoding, Strangers::Zeros, blocks)) << round;
+        ASSERT_NO_FATAL_FAILURE(this->expectDecoded(place, blocks, encoding, Strangers::Stop, clean)) << round;
+    }
+}
+
+TEST(SixBitsTables, HoldTheAlphabets) {
+    for (const Encoding& encoding : kEncodings) {
+        EXPECT_EQ(encoding.alphabet, encoding.characters);
+        for (unsigned int character = 0; character < 128; ++character) {
+            const std::size_t value = test::valueIn(encoding.characters, character);
+            EXPECT_EQ(encoding.values.values[character], value == std::string_view::npos ? 0xFFu : value) << character;
+        }
+    }
+}
+
+}  // namespace
