@@ -1,0 +1,278 @@
+/// \file
+/// How mappings are created and opened, with and without the name of a file: what the system's calls are given, in
+/// which order they come, and what becomes of the file's handle.
+
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include <windows.h>
+
+#include "support/Expect.h"
+#include "support/Handle.h"
+#include "support/SystemText.h"
+#include "support/TemporaryLog.h"
+#include "vorel/secure/SecuredMappings.h"
+#include "whitebox/SecurityCalls.h"
+#include "whitebox/SharedAttributes.h"
+
+namespace {
+
+using test::kRefusal;
+
+constexpr const wchar_t* kFile = L"Long folder\\Long name.dat";
+constexpr const wchar_t* kName = L"vorel_mapping";
+constexpr DWORD kProtection = 0x04000004;
+constexpr DWORD kAccess = 0x000F0006;
+constexpr DWORD kSizeHigh = 0x12345678;
+constexpr DWORD kSizeLow = 0x9ABCDEF0;
+const std::wstring kRecord = L"Accessable::ObtainAccessableFileMappingEx: Vorel exception rethrown";
+
+HANDLE someHandle() {
+    return CreateSemaphoreW(nullptr, 0, 1, nullptr);
+}
+
+/// The system in a test's hands: no file and no mapping is there but what the test says.
+class ObtainingMapping : public testing::Test {
+protected:
+    ~ObtainingMapping() override { EXPECT_EQ(m_openFiles, 0) << "a file stays open"; }
+
+    HANDLE obtainEx(DWORD sizeHigh = kSizeHigh, DWORD sizeLow = kSizeLow) {
+        return vorel::ObtainAccessableFileMappingEx(kFile, kProtection, kAccess, sizeHigh, sizeLow, kName, &fileCreated,
+                                                    &mappingCreated);
+    }
+
+    /// The calls one by one, each followed by a blank.
+    std::string trace;
+    bool fileCreated = true;
+    bool mappingCreated = true;
+
+    // What the calls answer.
+    bool mappingIsThere = false;
+    int filesRefusedFrom = 1000;   // the attempt (from 0) whose file cannot be opened
+    int mappingsRefusedUntil = 0;  // the attempts before this one give no mapping
+    DWORD fileError = 0;           // what opening the file leaves as the last error
+    DWORD mappingError = 0;        // what creating the mapping leaves as the last error
+    HANDLE lastFile = nullptr;
+    test::SharedAttributes fileAttributes;
+    test::SharedAttributes mappingAttributes;
+    const test::TemporaryLog log;
+    test::LiveBlocks blocks;
+
+private:
+    int m_files = 0;
+    int m_mappings = 0;
+    int m_openFiles = 0;
+
+    const test::ImportHook<importedGetLongPathNameW> m_longPath{[](LPCWSTR path, LPWSTR longPath, DWORD size) -> DWORD {
+        const std::wstring_view text = path;
+        if (size <= text.size()) {
+            return static_cast<DWORD>(text.size() + 1);
+        }
+        longPath[text.copy(longPath, size)] = L'\0';
+        return static_cast<DWORD>(text.size());
+    }};
+    const test::ImportHook<importedCreateFileW> m_createFile{[this](LPCWSTR path, DWORD access, DWORD sharing,
+                                                                    LPSECURITY_ATTRIBUTES attributes, DWORD disposition,
+                                                                    DWORD flags, HANDLE pattern) -> HANDLE {
+        trace += "file ";
+        EXPECT_STREQ(path, kFile);
+        EXPECT_EQ(access, DWORD{0xC0000000}) << "to read and to write";
+        EXPECT_EQ(sharing, DWORD{3}) << "with readers and writers";
+        EXPECT_EQ(disposition, DWORD{OPEN_ALWAYS});
+        EXPECT_EQ(flags, DWORD{0});
+        EXPECT_EQ(pattern, nullptr);
+        fileAttributes = test::sharedAttributes(attributes);
+        const bool refused = m_files++ >= filesRefusedFrom;
+        lastFile = refused ? INVALID_HANDLE_VALUE : someHandle();
+        m_openFiles += refused ? 0 : 1;
+        SetLastError(refused ? kRefusal : fileError);
+        return lastFile;
+    }};
+    const test::ImportHook<importedCreateFileMappingW> m_createMapping{
+        [this](HANDLE file, LPSECURITY_ATTRIBUTES attributes, DWORD protection, DWORD sizeHigh, DWORD sizeLow,
+               LPCWSTR name) -> HANDLE {
+            trace += "create ";
+            EXPECT_EQ(file, lastFile);
+            EXPECT_EQ(protection, kProtection);
+            trace += (sizeHigh == kSizeHigh && sizeLow == kSizeLow) || (sizeHigh | sizeLow) == 0 ? "" : "othersize ";
+            EXPECT_STREQ(name, kName);
+            mappingAttributes = test::sharedAttributes(attributes);
+            const bool refused = m_mappings++ < mappingsRefusedUntil;
+            HANDLE const mapping = refused ? nullptr : someHandle();
+            SetLastError(refused ? kRefusal : mappingError);
+            return mapping;
+        }};
+    const test::ImportHook<importedOpenFileMappingW> m_openMapping{
+        [this](DWORD access, BOOL inherited, LPCWSTR name) -> HANDLE {
+            trace += inherited ? "inherited " : "open ";
+            EXPECT_EQ(access, kAccess);
+            EXPECT_STREQ(name, kName);
+            HANDLE const mapping = mappingIsThere ? someHandle() : nullptr;
+            SetLastError(mappingIsThere ? ERROR_SUCCESS : ERROR_FILE_NOT_FOUND);
+            return mapping;
+        }};
+    const test::ImportHook<importedCloseHandle> m_close{[this](HANDLE handle) {
+        if (handle == lastFile) {
+            trace += "close ";
+            --m_openFiles;
+            lastFile = nullptr;
+        }
+        const BOOL closed = m_close.original(handle);
+        SetLastError(ERROR_SUCCESS);
+        return closed;
+    }};
+    const test::ImportHook<importedSleep> m_sleep{[this](DWORD) { trace += "sleep "; }};
+};
+
+std::string repeated(const std::string& text, int count) {
+    std::string whole;
+    for (int done = 0; done < count; ++done) {
+        whole += text;
+    }
+    return whole;
+}
+
+// ---- Over a file's handle ----
+
+class ObtainingMappingOfAHandle : public ObtainingMapping {
+protected:
+    HANDLE obtain() {
+        lastFile = INVALID_HANDLE_VALUE;
+        HANDLE const mapping =
+            vorel::ObtainAccessableFileMapping(lastFile, kProtection, kAccess, kSizeHigh, kSizeLow, kName, &created);
+        EXPECT_EQ(blocks.live(), 0u);
+        EXPECT_FALSE(log.exists());
+        return mapping;
+    }
+
+    int created = 7;
+};
+
+TEST_F(ObtainingMappingOfAHandle, CreatesOnce) {
+    const test::Handle mapping(obtain());
+    EXPECT_TRUE(mapping);
+    EXPECT_EQ(created, 1);
+    EXPECT_EQ(trace, "create ");
+    EXPECT_EQ(mappingAttributes, test::SharedAttributes::expected());
+}
+
+TEST_F(ObtainingMappingOfAHandle, OneThatWasThereIsNotNew) {
+    mappingError = ERROR_ALREADY_EXISTS;
+    const test::Handle mapping(obtain());
+    EXPECT_TRUE(mapping);
+    EXPECT_EQ(created, 0);
+    EXPECT_EQ(trace, "create ");
+}
+
+TEST_F(ObtainingMappingOfAHandle, OpensWhatCannotBeCreated) {
+    mappingsRefusedUntil = 1;
+    mappingIsThere = true;
+    const test::Handle mapping(obtain());
+    EXPECT_TRUE(mapping);
+    EXPECT_EQ(created, 0);
+    EXPECT_EQ(trace, "create open ");
+}
+
+TEST_F(ObtainingMappingOfAHandle, GivesUpAtOnce) {
+    mappingsRefusedUntil = 1000;
+    EXPECT_EQ(obtain(), nullptr);
+    EXPECT_EQ(created, 0);
+    EXPECT_EQ(trace, "create open ");
+}
+
+// ---- Over a named file ----
+
+TEST_F(ObtainingMapping, OneThatIsThereIsOpenedWithoutItsFile) {
+    mappingIsThere = true;
+    const test::Handle mapping(obtainEx());
+    EXPECT_TRUE(mapping);
+    EXPECT_EQ(trace, "open ");
+    EXPECT_FALSE(fileCreated);
+    EXPECT_FALSE(mappingCreated);
+    EXPECT_EQ(blocks.live(), 0u);
+}
+
+TEST_F(ObtainingMapping, EitherHalfOfASizeIsASize) {
+    mappingIsThere = true;
+    for (const DWORD high : {0u, 1u}) {
+        trace.clear();
+        const test::Handle mapping(obtainEx(high, 1 - high));
+        EXPECT_TRUE(mapping);
+        EXPECT_EQ(trace, "open ");
+    }
+}
+
+TEST_F(ObtainingMapping, WithoutASizeItIsCreatedInAnyCase) {
+    mappingIsThere = true;
+    const test::Handle mapping(obtainEx(0, 0));
+    EXPECT_TRUE(mapping);
+    EXPECT_EQ(trace, "file create close ");
+}
+
+TEST_F(ObtainingMapping, OneThatIsNotThereIsCreatedAndTheFileClosedBehindIt) {
+    const test::Handle mapping(obtainEx());
+    EXPECT_TRUE(mapping);
+    EXPECT_EQ(trace, "open file create close ");
+    EXPECT_EQ(fileAttributes, test::SharedAttributes::expected());
+    EXPECT_EQ(mappingAttributes, test::SharedAttributes::expected());
+    EXPECT_EQ(blocks.live(), 0u);
+    EXPECT_FALSE(log.exists());
+}
+
+TEST_F(ObtainingMapping, TheFlagsTellWhatIsNew) {
+    for (const bool fileIsNew : {false, true}) {
+        for (const bool mappingIsNew : {false, true}) {
+            fileError = fileIsNew ? ERROR_SUCCESS : ERROR_ALREADY_EXISTS;
+            mappingError = mappingIsNew ? ERROR_SUCCESS : ERROR_ALREADY_EXISTS;
+            fileCreated = !fileIsNew;
+            mappingCreated = !mappingIsNew;
+            const test::Handle mapping(obtainEx());
+            EXPECT_TRUE(mapping);
+            EXPECT_EQ(fileCreated, fileIsNew);
+            EXPECT_EQ(mappingCreated, mappingIsNew);
+        }
+    }
+}
+
+TEST_F(ObtainingMapping, IsTriedFiftyTimesWithoutAPause) {
+    mappingsRefusedUntil = 49;
+    const test::Handle mapping(obtainEx());
+    EXPECT_TRUE(mapping);
+    EXPECT_EQ(trace, "open " + repeated("file create close ", 50));
+    EXPECT_TRUE(mappingCreated);
+    EXPECT_FALSE(log.exists());
+}
+
+TEST_F(ObtainingMapping, FiftyFailuresAreToldWithTheSystemsText) {
+    mappingsRefusedUntil = 50;
+    test::expectThrows<vorel::Exception>([this] { obtainEx(); },
+                                         {L"ObtainAccessableFileMappingEx: Opening file mapping failed for " +
+                                              std::wstring(kFile) + L" after 50 tries: " + test::systemText(kRefusal),
+                                          kRecord});
+    EXPECT_EQ(trace, "open " + repeated("file create close ", 50));
+    EXPECT_FALSE(mappingCreated);
+    EXPECT_EQ(blocks.live(), 0u);
+}
+
+TEST_F(ObtainingMapping, AFileThatCannotBeOpenedEndsTheAttempts) {
+    mappingsRefusedUntil = 1000;
+    filesRefusedFrom = 3;
+    test::expectThrows<vorel::Exception>([this] { obtainEx(); },
+                                         {L"ObtainAccessableFileMappingEx: Unable to create file " +
+                                              std::wstring(kFile) + L": " + test::systemText(kRefusal),
+                                          kRecord});
+    EXPECT_EQ(trace, "open " + repeated("file create close ", 3) + "file ");
+    EXPECT_FALSE(mappingCreated);
+    EXPECT_EQ(blocks.live(), 0u);
+}
+
+TEST_F(ObtainingMapping, TheFlagsMayBeMissing) {
+    const test::Handle mapping(vorel::ObtainAccessableFileMappingEx(kFile, kProtection, kAccess, kSizeHigh, kSizeLow,
+                                                                    kName, nullptr, nullptr));
+    EXPECT_TRUE(mapping);
+    EXPECT_EQ(trace, "open file create close ");
+}
+
+}  // namespace
