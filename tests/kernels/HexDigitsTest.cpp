@@ -152,7 +152,7 @@ protected:
         const auto stranger = std::find_if_not(text.begin(), text.end(), [](auto unit) {
             return isDigit(static_cast<std::make_unsigned_t<decltype(unit)>>(unit));
         });
-        const std::size_t digits = static_cast<std::size_t>(stranger - text.begin());
+        const auto digits = static_cast<std::size_t>(stranger - text.begin());
         const std::size_t done = std::min(blocks, digits / Kernel::kBlock);
         unsigned char* const out = m_bytes.lastElements(blocks * Kernel::kBlock / 2);
         std::fill_n(out, blocks * Kernel::kBlock / 2, static_cast<unsigned char>(0xEE));
