@@ -32,7 +32,9 @@ void destroySection(void*& handle) noexcept {
     }
 }
 
-bool enterSection(void* handle, unsigned int timeout) noexcept {
+// Not marked noexcept: guarding against what the system's functions never throw would cost the two below a frame.
+
+bool enterSection(void* handle, unsigned int timeout) {
     if (!handle) {
         return true;
     }
@@ -43,7 +45,7 @@ bool enterSection(void* handle, unsigned int timeout) noexcept {
     return true;
 }
 
-void leaveSection(void* handle) noexcept {
+void leaveSection(void* handle) {
     if (handle) {
         LeaveCriticalSection(sectionOf(handle));
     }

@@ -1,0 +1,44 @@
+#include <string>
+
+#include <vorel/sync/AutoMutex.h>
+
+#include <windows.h>
+
+#include "Cases.h"
+
+namespace bench {
+
+namespace {
+
+constexpr std::size_t kLocks = 200;
+
+std::wstring nameOf(const wchar_t* stem) {
+    return stem + std::to_wstring(GetCurrentProcessId());
+}
+
+}  // namespace
+
+void mutexes(Family& family) {
+    vorel::AutoMutex ours(nameOf(L"vorel_bench_ours_").c_str(), false, false);
+    const HANDLE raw = CreateMutexW(nullptr, FALSE, nameOf(L"Global\\vorel_bench_raw_").c_str());
+    family.compare("AutoMutex", kLocks,
+                   [&] {
+                       std::uint64_t number = 0;
+                       for (std::size_t count = 0; count != kLocks; ++count) {
+                           number += ours.lock(60000, true) ? 1u : 0u;
+                           ours.unlock();
+                       }
+                       return number;
+                   },
+                   {{"WaitForSingleObject and ReleaseMutex", [&] {
+                         std::uint64_t number = 0;
+                         for (std::size_t count = 0; count != kLocks; ++count) {
+                             number += WaitForSingleObject(raw, 60000) == WAIT_OBJECT_0 ? 1u : 0u;
+                             ReleaseMutex(raw);
+                         }
+                         return number;
+                     }}});
+    CloseHandle(raw);
+}
+
+}  // namespace bench
