@@ -1,0 +1,67 @@
+#include "vorel/secure/IsAdmin.h"
+
+#include <future>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include <windows.h>
+
+#include "support/AccessList.h"
+#include "support/Handle.h"
+
+namespace {
+
+/// What the system says about the membership.
+bool isMember() {
+    test::SidBytes administrators = test::administrators();
+    BOOL member = FALSE;
+    EXPECT_TRUE(CheckTokenMembership(nullptr, administrators.data(), &member));
+    return member != FALSE;
+}
+
+/// Whether the thread acts under an identity that is not its process's.
+bool isImpersonating() {
+    HANDLE token = nullptr;
+    const BOOL opened = OpenThreadToken(GetCurrentThread(), TOKEN_QUERY, TRUE, &token);
+    const DWORD error = GetLastError();
+    const test::Handle owner(opened ? token : nullptr);
+    EXPECT_TRUE(opened || error == ERROR_NO_TOKEN);
+    return opened != FALSE;
+}
+
+TEST(IsAdmin, AgreesWithTheMembership) {
+    EXPECT_EQ(vorel::IsAdmin(), isMember());
+}
+
+TEST(IsAdmin, LeavesNoImpersonationBehind) {
+    ASSERT_FALSE(isImpersonating());
+    (void)vorel::IsAdmin();
+    EXPECT_FALSE(isImpersonating());
+}
+
+TEST(IsAdmin, EndsAnImpersonationThatTheThreadHadBefore) {
+    ASSERT_TRUE(ImpersonateSelf(SecurityImpersonation));
+    ASSERT_TRUE(isImpersonating());
+    EXPECT_EQ(vorel::IsAdmin(), isMember());
+    EXPECT_FALSE(isImpersonating());
+}
+
+TEST(IsAdmin, ManyThreadsMayAsk) {
+    const bool expected = isMember();
+    std::vector<std::future<bool>> answers;
+    for (int thread = 0; thread < 4; ++thread) {
+        answers.push_back(std::async(std::launch::async, [expected] {
+            bool same = true;
+            for (int round = 0; round < 100; ++round) {
+                same = vorel::IsAdmin() == expected && !isImpersonating() && same;
+            }
+            return same;
+        }));
+    }
+    for (std::future<bool>& answer : answers) {
+        EXPECT_TRUE(answer.get());
+    }
+}
+
+}  // namespace
