@@ -22,6 +22,7 @@
 #include "exceptions/LocaleText.h"
 #include "exceptions/LogFile.h"
 #include "kernels/Utf8Streams.h"
+#include "system/ComputerName.h"
 #include "system/SystemClock.h"
 #include "vorel/exceptions/Exception.h"
 #include "vorel/sync/Guard.h"
@@ -93,23 +94,6 @@ private:
     char m_buffer[8192];
 };
 
-/// The computer's name in lower case (A to Z only); empty when it is not to be had, or longer than 15 characters.
-struct ComputerName {
-    ComputerName() noexcept {
-        DWORD size = sizeof text;
-        if (!GetComputerNameExA(ComputerNamePhysicalDnsHostname, text, &size)) {
-            text[0] = 0;
-        }
-        for (char* c = text; *c; ++c) {
-            if (*c >= 'A' && *c <= 'Z') {
-                *c = static_cast<char>(*c + ('a' - 'A'));
-            }
-        }
-    }
-
-    char text[16] = {};
-};
-
 /// Sets a path of at most 1023 bytes.
 void copyPath(char (&target)[detail::kLogPathBytes], const char* path) noexcept {
     const std::size_t length = path ? std::min(std::strlen(path), sizeof target - 1) : 0;
@@ -150,7 +134,7 @@ void Exception::MirrorErrorMessage(const char* logPath, long long maxSize, const
         SetErrorLogLocation(kDefaultLogPath, 0);
         path = ErrorLogLocation;
     }
-    const ComputerName computer;
+    const system::ComputerName computer = system::ComputerName::remembered();
     const system::LocalTimeText time;
     const bool withMilliseconds = isDebugTargetActive(L"LogsIncludeMsecs");
     const unsigned long long milliseconds = withMilliseconds ? system::millisecondsUtc() % 1000 : 0;

@@ -18,7 +18,6 @@
 #include "vorel/exceptions/Exception.h"
 
 extern "C" {
-extern decltype(&::GetComputerNameExA) importedGetComputerNameExA __asm__("__imp_GetComputerNameExA");
 extern decltype(&::GetSystemTimeAsFileTime) importedGetSystemTime __asm__("__imp_GetSystemTimeAsFileTime");
 extern decltype(&::_fdopen) importedFdopen __asm__("__imp__fdopen");
 extern decltype(&::_fstat64) importedFstat __asm__("__imp__fstat64");
@@ -29,53 +28,6 @@ namespace {
 using test::TemporaryLog;
 using Texts = std::vector<std::string>;
 using vorel::Exception;
-
-std::string& fakeName() {
-    static std::string name;
-    return name;
-}
-
-/// As the system does it: a name that does not fit fails, and says how much room it needs.
-BOOL WINAPI giveFakeName(COMPUTER_NAME_FORMAT format, LPSTR buffer, LPDWORD size) {
-    if (format != ComputerNamePhysicalDnsHostname || *size != 16) {
-        return FALSE;
-    }
-    const std::string& name = fakeName();
-    if (name.size() >= *size) {
-        std::memset(buffer, '?', *size);
-        *size = static_cast<DWORD>(name.size() + 1);
-        return FALSE;
-    }
-    std::memcpy(buffer, name.c_str(), name.size() + 1);
-    *size = static_cast<DWORD>(name.size());
-    return TRUE;
-}
-
-TEST(ErrorLogSystem, TheComputersNameIsWrittenInLowerCaseAndEmptyWhenItDoesNotFit) {
-    struct Case {
-        const char* name;
-        const char* written;
-    };
-    const Case cases[] = {
-        {"host7", "host7"},
-        {"HOST-7", "host-7"},
-        {"@AZ[`az{", "@az[`az{"},          // the neighbours of the letters stay
-        {"\xC4\xD6\xDC", "\xC4\xD6\xDC"},  // so does everything above seven bits
-        {"", ""},
-        {"ABCDEFGHIJKLMNO", "abcdefghijklmno"},
-        {"ABCDEFGHIJKLMNOP", ""},
-        {"ABCDEFGHIJKLMNOPQRSTUVWXYZ", ""},
-    };
-    const test::ImportPatch patch(importedGetComputerNameExA, &giveFakeName);
-    for (const Case& c : cases) {
-        fakeName() = c.name;
-        const TemporaryLog log;
-        Exception::warn("text");
-        ASSERT_EQ(log.lines().size(), 1u) << c.name;
-        EXPECT_EQ(log.lines()[0].computer, c.written) << c.name;
-        EXPECT_EQ(log.lines()[0].message, "WARN: text");
-    }
-}
 
 std::uint64_t& fakeTime() {
     static std::uint64_t hundredsOfNanoseconds = 0;

@@ -1,0 +1,19 @@
+/// \file
+/// The computer's name as the error log writes it: in lower case (A to Z only); empty when it is not to be had, or longer
+/// than 15 characters.
+#pragma once
+
+namespace vorel::system {
+
+struct ComputerName {
+    /// Asks the system.
+    static ComputerName ask() noexcept;
+
+    /// The same, but a name that the system has told is not asked for again: it changes only when the computer is
+    /// started anew, and asking takes as long as writing half a line. Thread-safe.
+    static ComputerName remembered() noexcept;
+
+    char text[16] = {};
+};
+
+}  // namespace vorel::system

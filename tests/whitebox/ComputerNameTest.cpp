@@ -1,0 +1,86 @@
+#include "system/ComputerName.h"
+
+#include <cstring>
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include <windows.h>
+
+#include "support/ImportPatch.h"
+#include "support/TemporaryLog.h"
+#include "vorel/exceptions/Exception.h"
+
+extern "C" {
+extern decltype(&::GetComputerNameExA) importedGetComputerNameExA __asm__("__imp_GetComputerNameExA");
+}
+
+namespace {
+
+using vorel::system::ComputerName;
+
+struct FakeSystem {
+    std::string name;
+    unsigned int asked = 0;
+};
+
+FakeSystem& fakeSystem() {
+    static FakeSystem theOne;
+    return theOne;
+}
+
+/// As the system does it: a name that does not fit fails, and says how much room it needs.
+BOOL WINAPI giveFakeName(COMPUTER_NAME_FORMAT format, LPSTR buffer, LPDWORD size) {
+    ++fakeSystem().asked;
+    if (format != ComputerNamePhysicalDnsHostname || *size != 16) {
+        return FALSE;
+    }
+    const std::string& name = fakeSystem().name;
+    if (name.size() >= *size) {
+        std::memset(buffer, '?', *size);
+        *size = static_cast<DWORD>(name.size() + 1);
+        return FALSE;
+    }
+    std::memcpy(buffer, name.c_str(), name.size() + 1);
+    *size = static_cast<DWORD>(name.size());
+    return TRUE;
+}
+
+TEST(ComputerName, IsInLowerCaseAndEmptyWhenItDoesNotFit) {
+    struct Case {
+        const char* name;
+        const char* written;
+    };
+    const Case cases[] = {
+        {"host7", "host7"},
+        {"HOST-7", "host-7"},
+        {"@AZ[`az{", "@az[`az{"},          // the neighbours of the letters stay
+        {"\xC4\xD6\xDC", "\xC4\xD6\xDC"},  // so does everything above seven bits
+        {"", ""},
+        {"ABCDEFGHIJKLMNO", "abcdefghijklmno"},
+        {"ABCDEFGHIJKLMNOP", ""},
+        {"ABCDEFGHIJKLMNOPQRSTUVWXYZ", ""},
+    };
+    const test::ImportPatch patch(importedGetComputerNameExA, &giveFakeName);
+    for (const Case& c : cases) {
+        fakeSystem().name = c.name;
+        EXPECT_STREQ(ComputerName::ask().text, c.written);
+    }
+}
+
+TEST(ComputerName, IsRememberedOnceItIsToldAndWrittenInEveryLine) {
+    const std::string name = ComputerName::remembered().text;
+    if (name.empty()) {
+        GTEST_SKIP() << "this computer's name is longer than the log takes";
+    }
+    const test::TemporaryLog log;
+    const test::ImportPatch patch(importedGetComputerNameExA, &giveFakeName);
+    fakeSystem() = {"ANOTHER", 0};
+    EXPECT_EQ(ComputerName::remembered().text, name);
+    vorel::Exception::warn("text");
+    EXPECT_EQ(fakeSystem().asked, 0u);
+    ASSERT_EQ(log.lines().size(), 1u);
+    EXPECT_EQ(log.lines()[0].computer, name);
+}
+
+}  // namespace
