@@ -232,7 +232,9 @@ TEST_F(CodePages, OpenCodepage_TestsTheSystemsOwnCodePageForANumberThatIsCutToZe
         m_system.result = 1;
         EXPECT_NE(util::iconv_open_codepage(to, from), -1);
         expectUsabilityTest(CP_ACP);
-        EXPECT_EQ(underFailure(ERROR_INVALID_PARAMETER, [&] { return util::iconv_open_codepage(to, from); }), -1);
+        EXPECT_EQ(underFailure(ERROR_INVALID_PARAMETER,
+                               [to = to, from = from] { return util::iconv_open_codepage(to, from); }),
+                  -1);
         EXPECT_EQ(errno, 22);
         expectUsabilityTest(CP_ACP);
     }
