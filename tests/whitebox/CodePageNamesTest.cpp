@@ -70,7 +70,7 @@ std::uint64_t digestOfTheTable() {
 }
 
 TEST(CodePageNames, AreTheOnesThatCallersKnow) {
-    // A change of any name, of its page or of its place in the table: all of them are part of the interface.
+    // A change of any name, of its page or of its place in the table: callers rely on all of them.
     EXPECT_EQ(digestOfTheTable(), 0xD52CEDB5EBE62034u);
 }
 
