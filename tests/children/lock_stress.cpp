@@ -1,0 +1,235 @@
+/// \file
+/// Four threads that use every lock and condition of the library, together with the four of another process.
+///
+///     run=<name> process=<0 or 1> seconds=<how long> report=<path> log=<path>
+///
+/// A round of a thread: it adds to a number that both processes map, under the named mutex; passes a turn to its
+/// partner in the other process and gets it back, through named conditions; puts a token into a store of its process
+/// and takes one out, waiting without limit on a condition; and meets the other threads of its process, the last of
+/// which wakes them by a broadcast. Process 0 says which round is the last.
+///
+/// The report has a line "additions=<count>" at the end of a whole run. When a thread has not moved for a while, it
+/// tells for each thread what that waits for, and the exit code is 3.
+
+#include <array>
+#include <atomic>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <memory>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include <vorel/vorelCore.h>
+
+#include <windows.h>
+
+#include "support/ChildArguments.h"
+#include "support/Handle.h"
+#include "support/StressFigures.h"
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+constexpr unsigned int kThreads = test::StressFigures::kThreads;
+constexpr std::chrono::seconds kStuck{20};
+
+/// What a thread does, for the watchdog.
+struct Activity {
+    std::atomic<const char*> waitsFor{"the start"};
+    std::atomic<unsigned long long> steps{0};
+    std::atomic<bool> finished{false};
+};
+
+/// The named objects of one thread and its partner.
+struct Turn {
+    explicit Turn(const std::wstring& name)
+        : toSecond((name + L"_to_second").c_str()), toFirst((name + L"_to_first").c_str()) {}
+
+    vorel::NamedCondition toSecond;
+    vorel::NamedCondition toFirst;
+};
+
+class Stress {
+public:
+    explicit Stress(const test::ChildArguments& arguments)
+        : m_isFirst(arguments.number("process") == 0),
+          m_end(Clock::now() + std::chrono::seconds(arguments.number("seconds"))),
+          m_figures(arguments.wide("run") + L"_figures"),
+          m_mutex((arguments.wide("run") + L"_mutex").c_str(), false, false) {
+        for (unsigned int thread = 0; thread != kThreads; ++thread) {
+            m_turns.push_back(std::make_unique<Turn>(arguments.wide("run") + L"_turn" + std::to_wstring(thread)));
+        }
+    }
+
+    /// True when every thread came to its end; otherwise `report` tells what they wait for.
+    bool run(std::FILE* report) {
+        std::vector<std::thread> threads;
+        for (unsigned int thread = 0; thread != kThreads; ++thread) {
+            threads.emplace_back([this, thread] { runThread(thread); });
+        }
+        const bool finished = watch(report);
+        for (std::thread& thread : threads) {
+            finished ? thread.join() : thread.detach();
+        }
+        if (finished) {
+            std::fprintf(report, "additions=%lld\n", m_additions.load());
+        }
+        return finished && !m_failed;
+    }
+
+private:
+    void runThread(unsigned int thread) {
+        try {
+            for (long long round = 0; round <= m_figures->lastRound; ++round) {
+                add(thread);
+                passTurn(thread);
+                storeAndTake(thread);
+                meetOthers(thread, round);
+            }
+        } catch (...) {
+            m_failed = true;
+        }
+        m_activities[thread].finished = true;
+    }
+
+    void enter(unsigned int thread, const char* waitsFor) {
+        m_activities[thread].waitsFor = waitsFor;
+        ++m_activities[thread].steps;
+    }
+
+    void add(unsigned int thread) {
+        enter(thread, "the named mutex");
+        const vorel::Guard held(m_mutex);
+        const long long before = m_figures->number;
+        if (before % 16 == 0) {
+            vorel::Sleep(0);  // lets others try their luck
+        }
+        m_figures->number = before + 1;
+        ++m_additions;
+    }
+
+    void passTurn(unsigned int thread) {
+        enter(thread, "its partner in the other process");
+        Turn& turn = *m_turns[thread];
+        if (m_isFirst) {
+            turn.toSecond.signal();
+            turn.toFirst.wait(-1);
+        } else {
+            turn.toSecond.wait(-1);
+            turn.toFirst.signal();
+        }
+    }
+
+    void storeAndTake(unsigned int thread) {
+        enter(thread, "a token");
+        const vorel::Guard held(m_lock);
+        ++m_tokens;
+        m_tokenStored.signal();
+        {
+            const vorel::UnGuard left(m_lock);
+            vorel::Sleep(0);  // others may take the token
+        }
+        while (m_tokens == 0) {
+            m_tokenStored.wait(-1);
+        }
+        if (--m_tokens != 0) {
+            m_tokenStored.signal();  // two signals may have become one: the second waiter is told here
+        }
+    }
+
+    void meetOthers(unsigned int thread, long long round) {
+        enter(thread, "the other threads of its process");
+        const vorel::Guard held(m_lock);
+        if (++m_arrived == kThreads) {
+            m_arrived = 0;
+            m_meeting = round;
+            if (m_isFirst && m_figures->lastRound == test::StressFigures::kNoEnd && Clock::now() > m_end) {
+                m_figures->lastRound = round + 1;  // the partners read it behind their next turn
+            }
+            m_allArrived.broadcast();
+            return;
+        }
+        // A thread that has left the lock and does not wait yet may miss a broadcast: it looks again by itself.
+        while (m_meeting != round) {
+            m_allArrived.wait(20);
+        }
+    }
+
+    /// Waits for the threads; false when one has not moved for too long.
+    bool watch(std::FILE* report) {
+        std::array<unsigned long long, kThreads> steps{};
+        std::array<Clock::time_point, kThreads> moved{};
+        moved.fill(Clock::now());
+        for (;;) {
+            bool allFinished = true;
+            for (unsigned int thread = 0; thread != kThreads; ++thread) {
+                const Activity& activity = m_activities[thread];
+                allFinished = allFinished && activity.finished;
+                if (activity.finished || activity.steps != steps[thread]) {
+                    steps[thread] = activity.steps;
+                    moved[thread] = Clock::now();
+                } else if (Clock::now() - moved[thread] > kStuck) {
+                    tell(report);
+                    return false;
+                }
+            }
+            if (allFinished) {
+                return true;
+            }
+            vorel::Sleep(50);
+        }
+    }
+
+    void tell(std::FILE* report) const {
+        for (unsigned int thread = 0; thread != kThreads; ++thread) {
+            std::fprintf(report, "process %d, thread %u, step %llu: %s%s\n", m_isFirst ? 0 : 1, thread,
+                         m_activities[thread].steps.load(), m_activities[thread].finished ? "finished" : "waits for ",
+                         m_activities[thread].finished ? "" : m_activities[thread].waitsFor.load());
+        }
+    }
+
+    const bool m_isFirst;
+    const Clock::time_point m_end;
+    test::SharedStressFigures m_figures;
+    vorel::AutoMutex m_mutex;
+    std::vector<std::unique_ptr<Turn>> m_turns;
+
+    vorel::ForcedCriticalSection m_lock;
+    vorel::Condition m_tokenStored{m_lock};
+    vorel::Condition m_allArrived{m_lock};
+    long long m_tokens = 0;
+    unsigned int m_arrived = 0;
+    long long m_meeting = -1;
+
+    std::array<Activity, kThreads> m_activities;
+    std::atomic<long long> m_additions{0};
+    std::atomic<bool> m_failed{false};
+};
+
+int stress(const test::ChildArguments& arguments) {
+    vorel::Exception::SetErrorLogLocation(arguments.text("log").c_str(), -1);
+    std::FILE* const report = std::fopen(arguments.text("report").c_str(), "w");
+    if (!report) {
+        return 1;
+    }
+    Stress threads(arguments);
+    const bool whole = threads.run(report);
+    (void)std::fclose(report);
+    if (!whole) {
+        std::_Exit(3);  // without the threads that hang
+    }
+    return 0;
+}
+
+}  // namespace
+
+int main(int argumentCount, char** arguments) {
+    try {
+        return stress({argumentCount, arguments});
+    } catch (...) {
+        return 2;
+    }
+}
