@@ -86,7 +86,7 @@ private:
             for (long long round = 0; round <= m_figures->lastRound; ++round) {
                 add(thread);
                 passTurn(thread);
-                storeAndTake(thread);
+                bringOrTake(thread);
                 meetOthers(thread, round);
             }
         } catch (...) {
@@ -123,20 +123,20 @@ private:
         }
     }
 
-    void storeAndTake(unsigned int thread) {
+    /// Half of the threads bring a token each, the others take one each.
+    void bringOrTake(unsigned int thread) {
         enter(thread, "a token");
         const vorel::Guard held(m_lock);
-        ++m_tokens;
-        m_tokenStored.signal();
-        {
-            const vorel::UnGuard left(m_lock);
-            vorel::Sleep(0);  // others may take the token
+        if (thread % 2 == 0) {
+            ++m_tokens;
+            m_tokenBrought.signal();
+            return;
         }
         while (m_tokens == 0) {
-            m_tokenStored.wait(-1);
+            m_tokenBrought.wait(-1);
         }
         if (--m_tokens != 0) {
-            m_tokenStored.signal();  // two signals may have become one: the second waiter is told here
+            m_tokenBrought.signal();  // two signals may have become one: the second waiter is told here
         }
     }
 
@@ -198,7 +198,7 @@ private:
     std::vector<std::unique_ptr<Turn>> m_turns;
 
     vorel::ForcedCriticalSection m_lock;
-    vorel::Condition m_tokenStored{m_lock};
+    vorel::Condition m_tokenBrought{m_lock};
     vorel::Condition m_allArrived{m_lock};
     long long m_tokens = 0;
     unsigned int m_arrived = 0;

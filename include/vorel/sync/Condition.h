@@ -34,6 +34,9 @@ public:
 
     /// Releases the waiters one by one, ten milliseconds apart, until none is left; those that come meanwhile begin to
     /// wait when it is over. Returns at once when nobody waits. The caller may hold the lock or not.
+    ///
+    /// A thread that has left the lock on its way into `wait`, and does not wait yet, is not reached: whoever waits for
+    /// a broadcast waits with a limit, and looks again.
     /// \throws Exception "Failed to set event."
     void broadcast();
 
