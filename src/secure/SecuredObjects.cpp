@@ -45,16 +45,18 @@ struct MutexKind {
         }
     }
     void tellFailedStep(const SharedSecurity& security) const {
-        Exception::warn(L"ObtainAccessableMutex: %ls failed: %ls", security.failedStep().call,
-                        ErrorText(security.error()).text());
+        error = security.error();
+        Exception::warn(L"ObtainAccessableMutex: %ls failed: %ls", security.failedStep().call, ErrorText(error).text());
     }
     void tellFailedOpen() const {
-        Exception::warn(L"ObtainAccessableMutex warning: OpenMutex %ls: %ls", name, ErrorText(lastError()).text());
+        error = lastError();
+        Exception::warn(L"ObtainAccessableMutex warning: OpenMutex %ls: %ls", name, ErrorText(error).text());
     }
 
     const wchar_t* name;
     int initialOwner;
     int* created;
+    int& error;  ///< gets the failure that is told: the last error does not outlive an exception
 };
 
 /// The same for an event: failures go to the caller's text.
@@ -112,12 +114,13 @@ KernelHandle createOrOpen(const Kind& kind, int retries, int sleepMs) {
 }  // namespace
 
 void* ObtainAccessableMutex(int initialOwner, const wchar_t* name, int retries, int sleepMs, int* created) noexcept {
+    int error = 0;
     try {
-        const MutexKind kind{name, initialOwner, created};
+        const MutexKind kind{name, initialOwner, created, error};
         kind.tellWhetherNew(false);
         return createOrOpen(kind, retries, sleepMs).release();
     } catch (...) {
-        const system::SystemMessage message(lastError());
+        const system::SystemMessage message(error);
         const std::wstring_view text = message.trimmed();
         Exception::warn(L"Error ObtainAccessableMutex %ls, %.*ls", name, static_cast<int>(text.size()), text.data());
         return nullptr;
