@@ -20,7 +20,6 @@
 extern "C" {
 extern decltype(&::ImpersonateSelf) importedImpersonateSelf __asm__("__imp_ImpersonateSelf");
 extern decltype(&::RevertToSelf) importedRevertToSelf __asm__("__imp_RevertToSelf");
-extern decltype(&::OpenThreadToken) importedOpenThreadToken __asm__("__imp_OpenThreadToken");
 extern decltype(&::OpenProcessToken) importedOpenProcessToken __asm__("__imp_OpenProcessToken");
 extern decltype(&::SetSecurityDescriptorGroup)
     importedSetSecurityDescriptorGroup __asm__("__imp_SetSecurityDescriptorGroup");

@@ -33,6 +33,7 @@ extern decltype(&::CreateFileW) importedCreateFileW __asm__("__imp_CreateFileW")
 extern decltype(&::CreateFileMappingW) importedCreateFileMappingW __asm__("__imp_CreateFileMappingW");
 extern decltype(&::OpenFileMappingW) importedOpenFileMappingW __asm__("__imp_OpenFileMappingW");
 extern decltype(&::GetLongPathNameW) importedGetLongPathNameW __asm__("__imp_GetLongPathNameW");
+extern decltype(&::OpenThreadToken) importedOpenThreadToken __asm__("__imp_OpenThreadToken");
 extern decltype(&::CloseHandle) importedCloseHandle __asm__("__imp_CloseHandle");
 extern decltype(&::Sleep) importedSleep __asm__("__imp_Sleep");
 }

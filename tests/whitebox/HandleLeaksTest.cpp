@@ -1,0 +1,256 @@
+/// \file
+/// Many rounds of each object's life, also along the ways that fail: every handle that the library got from the system
+/// has gone back to it, or to the caller.
+
+#include <ostream>
+#include <set>
+#include <string>
+#include <string_view>
+
+#include <gtest/gtest.h>
+
+#include <windows.h>
+
+#include "support/Handle.h"
+#include "support/NamedEvent.h"
+#include "support/TemporaryLog.h"
+#include "vorel/exceptions/Exception.h"
+#include "vorel/secure/IsAdmin.h"
+#include "vorel/secure/SecuredMappings.h"
+#include "vorel/secure/SecuredObjects.h"
+#include "whitebox/SecurityCalls.h"
+
+namespace {
+
+using test::Handle;
+
+constexpr int kRounds = 10000;
+constexpr DWORD kSize = 4096;
+constexpr const wchar_t* kMissing = L"\\missing";
+
+/// Where a round takes place.
+struct Place {
+    std::wstring name = test::NamedEvent::uniqueName(L"leaks");
+    test::TemporaryFolder folder;
+    std::wstring file = folder.widePath() + L"\\mapped.dat";
+    vorel::BaseString<wchar_t> text;
+};
+
+struct Cycle {
+    const char* name;
+    HANDLE (*prepare)(const Place& place);  // what is there before the first round
+    HANDLE (*obtain)(Place& place);         // a round
+    bool obtains;                           // whether it has a handle for its caller
+    int rounds = kRounds;
+
+    friend void PrintTo(const Cycle& cycle, std::ostream* out) { *out << cycle.name; }
+};
+
+HANDLE nothing(const Place&) {
+    return nullptr;
+}
+
+HANDLE aMutex(const Place& place) {
+    return vorel::ObtainAccessableMutex(0, place.name.c_str(), 0, 0, nullptr);
+}
+
+HANDLE anEvent(const Place& place) {
+    vorel::BaseString<wchar_t> text;
+    return vorel::ObtainAccessableEvent(0, 0, place.name.c_str(), 0, 0, text);
+}
+
+HANDLE aMapping(const Place& place) {
+    return vorel::ObtainAccessableFileMapping(INVALID_HANDLE_VALUE, PAGE_READWRITE, FILE_MAP_WRITE, 0, kSize,
+                                              place.name.c_str(), nullptr);
+}
+
+HANDLE anEmptyFile(const Place& place) {
+    return CreateFileW(place.file.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, CREATE_NEW, 0,
+                       nullptr);
+}
+
+HANDLE aFileThatIsKept(const Place& place) {
+    return CreateFileW(place.file.c_str(), GENERIC_READ, 0, nullptr, CREATE_NEW, 0, nullptr);
+}
+
+HANDLE obtainMutex(Place& place) {
+    return aMutex(place);
+}
+
+HANDLE obtainEvent(Place& place) {
+    return vorel::ObtainAccessableEvent(0, 0, place.name.c_str(), 0, 0, place.text);
+}
+
+HANDLE obtainMapping(Place& place) {
+    return aMapping(place);
+}
+
+HANDLE mapFile(const std::wstring& file, const Place& place, DWORD size) {
+    try {
+        return vorel::ObtainAccessableFileMappingEx(file.c_str(), PAGE_READWRITE, FILE_MAP_WRITE, 0, size,
+                                                    place.name.c_str(), nullptr, nullptr);
+    } catch (const vorel::Exception&) {
+        return nullptr;
+    }
+}
+
+HANDLE obtainFileMapping(Place& place) {
+    return mapFile(place.file, place, kSize);
+}
+
+HANDLE obtainMappingOfAllOfTheFile(Place& place) {
+    return mapFile(place.file, place, 0);
+}
+
+HANDLE obtainMappingOfAFileNowhere(Place& place) {
+    return mapFile(place.folder.widePath() + kMissing + L"\\mapped.dat", place, kSize);
+}
+
+/// Without the last of the steps that build the security.
+template <HANDLE (*Obtain)(Place&)>
+HANDLE withoutSecurity(Place& place) {
+    const auto refused = test::refuse(importedSetSecurityDescriptorDacl);
+    return Obtain(place);
+}
+
+HANDLE askForAdmin(Place&) {
+    (void)vorel::IsAdmin();
+    return nullptr;
+}
+
+const Cycle kCycles[] = {
+    {"Mutex_New", nothing, obtainMutex, true},
+    {"Mutex_Found", aMutex, obtainMutex, true},
+    {"Mutex_OfATakenName", anEvent, obtainMutex, false},
+    {"Mutex_WithoutSecurity", nothing, withoutSecurity<obtainMutex>, false},
+    {"Event_New", nothing, obtainEvent, true},
+    {"Event_Found", anEvent, obtainEvent, true},
+    {"Event_OfATakenName", aMutex, obtainEvent, false},
+    {"Event_WithoutSecurity", nothing, withoutSecurity<obtainEvent>, false},
+    {"Mapping_New", nothing, obtainMapping, true},
+    {"Mapping_Found", aMapping, obtainMapping, true},
+    {"Mapping_OfATakenName", anEvent, obtainMapping, false},
+    {"Mapping_WithoutSecurity", nothing, withoutSecurity<obtainMapping>, false},
+    {"FileMapping_New", nothing, obtainFileMapping, true},
+    {"FileMapping_Found", aMapping, obtainFileMapping, true},
+    {"FileMapping_OfAFileThatIsKept", aFileThatIsKept, obtainFileMapping, false},
+    {"FileMapping_OfAFileNowhere", nothing, obtainMappingOfAFileNowhere, false},
+    {"FileMapping_WithoutSecurity", nothing, withoutSecurity<obtainFileMapping>, false},
+    // Each of these rounds has fifty attempts.
+    {"FileMapping_OfATakenName", anEvent, obtainFileMapping, false, kRounds / 50},
+    {"FileMapping_OfAnEmptyFile", anEmptyFile, obtainMappingOfAllOfTheFile, false, kRounds / 50},
+    {"IsAdmin", nothing, askForAdmin, false},
+};
+
+/// Handles that the system reports to be open; 0 where it does not count them.
+DWORD reportedHandles() {
+    DWORD count = 0;
+    return GetProcessHandleCount(GetCurrentProcess(), &count) ? count : 0;
+}
+
+/// Every handle that comes out of a call, until it is closed.
+class LiveHandles {
+public:
+    [[nodiscard]] std::size_t live() const { return m_live.size(); }
+    [[nodiscard]] int opened() const { return m_opened; }
+
+private:
+    HANDLE note(HANDLE handle) {
+        if (handle && handle != INVALID_HANDLE_VALUE) {
+            m_live.insert(handle);
+            ++m_opened;
+        }
+        return handle;
+    }
+
+    std::set<HANDLE> m_live;
+    int m_opened = 0;
+
+    const test::ImportHook<importedCreateMutexW> m_createMutex{
+        [this](auto... arguments) { return note(m_createMutex.original(arguments...)); }};
+    const test::ImportHook<importedOpenMutexW> m_openMutex{
+        [this](auto... arguments) { return note(m_openMutex.original(arguments...)); }};
+    const test::ImportHook<importedCreateEventW> m_createEvent{
+        [this](auto... arguments) { return note(m_createEvent.original(arguments...)); }};
+    const test::ImportHook<importedOpenEventW> m_openEvent{
+        [this](auto... arguments) { return note(m_openEvent.original(arguments...)); }};
+    const test::ImportHook<importedCreateFileW> m_createFile{
+        [this](auto... arguments) { return note(m_createFile.original(arguments...)); }};
+    const test::ImportHook<importedCreateFileMappingW> m_createMapping{
+        [this](auto... arguments) { return note(m_createMapping.original(arguments...)); }};
+    const test::ImportHook<importedOpenFileMappingW> m_openMapping{
+        [this](auto... arguments) { return note(m_openMapping.original(arguments...)); }};
+    const test::ImportHook<importedOpenThreadToken> m_openThreadToken{
+        [this](HANDLE thread, DWORD access, BOOL asSelf, PHANDLE token) {
+            const BOOL done = m_openThreadToken.original(thread, access, asSelf, token);
+            note(done ? *token : nullptr);
+            return done;
+        }};
+    const test::ImportHook<importedCloseHandle> m_close{[this](HANDLE handle) {
+        m_live.erase(handle);
+        return m_close.original(handle);
+    }};
+};
+
+/// The long form of a path costs the system more than all other calls of a round; these paths are long ones already.
+DWORD WINAPI giveLongPath(LPCWSTR path, LPWSTR longPath, DWORD size) {
+    const std::wstring_view text = path;
+    if (text.find(kMissing) != std::wstring_view::npos) {
+        SetLastError(ERROR_PATH_NOT_FOUND);
+        return 0;
+    }
+    if (size <= text.size()) {
+        return static_cast<DWORD>(text.size() + 1);
+    }
+    longPath[text.copy(longPath, size)] = L'\0';
+    return static_cast<DWORD>(text.size());
+}
+
+class HandleLeaks : public testing::TestWithParam<Cycle> {
+protected:
+    HandleLeaks() { vorel::Exception::SetErrorLogSize(0); }
+
+    const test::TemporaryLog log;  // brings the size back
+    Place place;
+};
+
+/// Whether anything is left under the name.
+bool isNameFree(const std::wstring& name) {
+    const Handle mutex(OpenMutexW(SYNCHRONIZE, FALSE, name.c_str()));
+    const DWORD mutexError = GetLastError();
+    const Handle mapping(OpenFileMappingW(FILE_MAP_READ, FALSE, name.c_str()));
+    return !mutex && mutexError == ERROR_FILE_NOT_FOUND && !mapping && GetLastError() == ERROR_FILE_NOT_FOUND;
+}
+
+TEST_P(HandleLeaks, ManyRoundsLeaveNoHandle) {
+    const Cycle& cycle = GetParam();
+    {
+        const Handle prepared(cycle.prepare(place));
+        Handle(cycle.obtain(place)).close();  // the system may keep something from the first time
+        const DWORD reported = reportedHandles();
+        const LiveHandles live;
+        const test::ImportPatch longPaths(importedGetLongPathNameW, &giveLongPath);
+        const test::LiveBlocks blocks;
+        for (int round = 0; round < cycle.rounds; ++round) {
+            Handle obtained(cycle.obtain(place));
+            ASSERT_EQ(static_cast<bool>(obtained), cycle.obtains) << round;
+            ASSERT_EQ(live.live(), obtained ? 1u : 0u) << "only the caller's";
+            obtained.close();
+            ASSERT_EQ(live.live(), 0u);
+            ASSERT_EQ(blocks.live(), 0u);
+        }
+        if (cycle.obtains) {
+            EXPECT_GE(live.opened(), cycle.rounds);
+        }
+        EXPECT_EQ(reportedHandles(), reported);
+    }
+    EXPECT_TRUE(isNameFree(place.name));
+    if (GetFileAttributesW(place.file.c_str()) != INVALID_FILE_ATTRIBUTES) {
+        EXPECT_TRUE(DeleteFileW(place.file.c_str())) << "somebody has it open";
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Each, HandleLeaks, testing::ValuesIn(kCycles),
+                         [](const auto& cycle) { return std::string(cycle.param.name); });
+
+}  // namespace
