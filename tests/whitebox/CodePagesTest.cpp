@@ -265,12 +265,13 @@ auto& mapOfNames() {
 }
 
 TEST(CodePageMap, IsFilledByEveryLookAndOnlyOnce) {
-    void (*const looks[])() = {
+    using Look = void (*)();
+    const Look looks[] = {
         [] { util::iconv_open("utf-8", "latin1"); },     [] { util::iconv_open("utf-8", nullptr); },
         [] { util::iconv_open(nullptr, nullptr); },      [] { util::iconv_getCodePage("utf-8"); },
         [] { util::iconv_getCodePage("no such name"); }, [] { util::iconv_getCodePage(nullptr); },
     };
-    for (const auto look : looks) {
+    for (const Look look : looks) {
         mapOfNames().clear();
         look();
         EXPECT_EQ(mapOfNames().size(), 617u);
