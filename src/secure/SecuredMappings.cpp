@@ -24,7 +24,9 @@ struct MappingForm {
         SetLastError(ERROR_SUCCESS);
         return KernelHandle(CreateFileMappingW(file, security.attributes(), protection, sizeHigh, sizeLow, name));
     }
-    KernelHandle open() const noexcept { return KernelHandle(OpenFileMappingW(desiredAccess, FALSE, name)); }
+    [[nodiscard]] KernelHandle open() const noexcept {
+        return KernelHandle(OpenFileMappingW(desiredAccess, FALSE, name));
+    }
 
     unsigned long protection;
     unsigned long desiredAccess;
@@ -84,6 +86,7 @@ KernelHandle openOrCreateFile(const wchar_t* path, SharedSecurity& security) noe
     SetLastError(ERROR_SUCCESS);
     const HANDLE file = CreateFileW(path, GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE,
                                     security.attributes(), OPEN_ALWAYS, 0, nullptr);
+    // cppcheck-suppress resourceLeak; the result owns it
     return KernelHandle(file == INVALID_HANDLE_VALUE ? nullptr : file);
 }
 
@@ -157,8 +160,8 @@ void* ObtainAccessableFileMappingEx(const wchar_t* fileName, unsigned long prote
                                     bool* fileCreated, bool* mappingCreated) {
     return detail::guarded(L"Accessable", L"ObtainAccessableFileMappingEx", [&] {
         const MappingForm form{protection, desiredAccess, sizeHigh, sizeLow, mappingName};
-        bool unasked[2];
         try {
+            bool unasked[2];
             return openOrMapFile(fileName, form, fileCreated ? *fileCreated : unasked[0],
                                  mappingCreated ? *mappingCreated : unasked[1])
                 .release();

@@ -37,7 +37,7 @@ struct MutexKind {
     HANDLE create(SECURITY_ATTRIBUTES* attributes) const noexcept {
         return CreateMutexW(attributes, static_cast<BOOL>(initialOwner), name);
     }
-    HANDLE open() const noexcept { return OpenMutexW(SYNCHRONIZE, FALSE, name); }
+    [[nodiscard]] HANDLE open() const noexcept { return OpenMutexW(SYNCHRONIZE, FALSE, name); }
 
     void tellWhetherNew(bool isNew) const noexcept {
         if (created) {
@@ -64,7 +64,7 @@ struct EventKind {
     HANDLE create(SECURITY_ATTRIBUTES* attributes) const noexcept {
         return CreateEventW(attributes, static_cast<BOOL>(manualReset), static_cast<BOOL>(initialState), name);
     }
-    HANDLE open() const noexcept { return OpenEventW(SYNCHRONIZE | EVENT_MODIFY_STATE, FALSE, name); }
+    [[nodiscard]] HANDLE open() const noexcept { return OpenEventW(SYNCHRONIZE | EVENT_MODIFY_STATE, FALSE, name); }
 
     static void tellWhetherNew(bool) noexcept {}
 

@@ -27,6 +27,7 @@ inline constexpr SecurityStep kSetList{L"SetSecurityDescriptorDacl", false};
 class SharedSecurity {
 public:
     SharedSecurity() noexcept;
+    ~SharedSecurity() = default;
 
     SharedSecurity(const SharedSecurity&) = delete;
     SharedSecurity& operator=(const SharedSecurity&) = delete;

@@ -136,8 +136,8 @@ TEST_F(SecuredMapping, ASecondProcessSeesTheSame) {
     const Handle mapping = obtain();
     const View view(mapping);
     ASSERT_TRUE(view);
-    view.number() = 1234567890123;
-    EXPECT_EQ(runChild(L"secured_peer", {L"task=mapping", L"name=" + name, L"expect=1234567890123", L"write=-5"}),
+    view.number() = 123456789;
+    EXPECT_EQ(runChild(L"secured_peer", {L"task=mapping", L"name=" + name, L"expect=123456789", L"write=-5"}),
               kPeerObtained | kPeerDone);
     EXPECT_EQ(view.number(), -5);
     view.number() = 17;

@@ -40,6 +40,7 @@ public:
     ImportHook& operator=(const ImportHook&) = delete;
 
     /// Calls the function itself.
+    // NOLINTNEXTLINE(modernize-use-nodiscard): not every function has a result
     Result original(Arguments... arguments) const { return m_patch.original()(arguments...); }
 
 private:

@@ -33,13 +33,12 @@ struct Place {
     std::wstring name = test::NamedEvent::uniqueName(L"leaks");
     test::TemporaryFolder folder;
     std::wstring file = folder.widePath() + L"\\mapped.dat";
-    vorel::BaseString<wchar_t> text;
 };
 
 struct Cycle {
     const char* name;
     HANDLE (*prepare)(const Place& place);  // what is there before the first round
-    HANDLE (*obtain)(Place& place);         // a round
+    HANDLE (*obtain)(const Place& place);   // a round
     bool obtains;                           // whether it has a handle for its caller
     int rounds = kRounds;
 
@@ -73,18 +72,6 @@ HANDLE aFileThatIsKept(const Place& place) {
     return CreateFileW(place.file.c_str(), GENERIC_READ, 0, nullptr, CREATE_NEW, 0, nullptr);
 }
 
-HANDLE obtainMutex(Place& place) {
-    return aMutex(place);
-}
-
-HANDLE obtainEvent(Place& place) {
-    return vorel::ObtainAccessableEvent(0, 0, place.name.c_str(), 0, 0, place.text);
-}
-
-HANDLE obtainMapping(Place& place) {
-    return aMapping(place);
-}
-
 HANDLE mapFile(const std::wstring& file, const Place& place, DWORD size) {
     try {
         return vorel::ObtainAccessableFileMappingEx(file.c_str(), PAGE_READWRITE, FILE_MAP_WRITE, 0, size,
@@ -94,51 +81,51 @@ HANDLE mapFile(const std::wstring& file, const Place& place, DWORD size) {
     }
 }
 
-HANDLE obtainFileMapping(Place& place) {
+HANDLE aFileMapping(const Place& place) {
     return mapFile(place.file, place, kSize);
 }
 
-HANDLE obtainMappingOfAllOfTheFile(Place& place) {
+HANDLE aMappingOfAllOfTheFile(const Place& place) {
     return mapFile(place.file, place, 0);
 }
 
-HANDLE obtainMappingOfAFileNowhere(Place& place) {
+HANDLE aMappingOfAFileNowhere(const Place& place) {
     return mapFile(place.folder.widePath() + kMissing + L"\\mapped.dat", place, kSize);
 }
 
 /// Without the last of the steps that build the security.
-template <HANDLE (*Obtain)(Place&)>
-HANDLE withoutSecurity(Place& place) {
+template <HANDLE (*Obtain)(const Place&)>
+HANDLE withoutSecurity(const Place& place) {
     const auto refused = test::refuse(importedSetSecurityDescriptorDacl);
     return Obtain(place);
 }
 
-HANDLE askForAdmin(Place&) {
+HANDLE askForAdmin(const Place&) {
     (void)vorel::IsAdmin();
     return nullptr;
 }
 
 const Cycle kCycles[] = {
-    {"Mutex_New", nothing, obtainMutex, true},
-    {"Mutex_Found", aMutex, obtainMutex, true},
-    {"Mutex_OfATakenName", anEvent, obtainMutex, false},
-    {"Mutex_WithoutSecurity", nothing, withoutSecurity<obtainMutex>, false},
-    {"Event_New", nothing, obtainEvent, true},
-    {"Event_Found", anEvent, obtainEvent, true},
-    {"Event_OfATakenName", aMutex, obtainEvent, false},
-    {"Event_WithoutSecurity", nothing, withoutSecurity<obtainEvent>, false},
-    {"Mapping_New", nothing, obtainMapping, true},
-    {"Mapping_Found", aMapping, obtainMapping, true},
-    {"Mapping_OfATakenName", anEvent, obtainMapping, false},
-    {"Mapping_WithoutSecurity", nothing, withoutSecurity<obtainMapping>, false},
-    {"FileMapping_New", nothing, obtainFileMapping, true},
-    {"FileMapping_Found", aMapping, obtainFileMapping, true},
-    {"FileMapping_OfAFileThatIsKept", aFileThatIsKept, obtainFileMapping, false},
-    {"FileMapping_OfAFileNowhere", nothing, obtainMappingOfAFileNowhere, false},
-    {"FileMapping_WithoutSecurity", nothing, withoutSecurity<obtainFileMapping>, false},
+    {"Mutex_New", nothing, aMutex, true},
+    {"Mutex_Found", aMutex, aMutex, true},
+    {"Mutex_OfATakenName", anEvent, aMutex, false},
+    {"Mutex_WithoutSecurity", nothing, withoutSecurity<aMutex>, false},
+    {"Event_New", nothing, anEvent, true},
+    {"Event_Found", anEvent, anEvent, true},
+    {"Event_OfATakenName", aMutex, anEvent, false},
+    {"Event_WithoutSecurity", nothing, withoutSecurity<anEvent>, false},
+    {"Mapping_New", nothing, aMapping, true},
+    {"Mapping_Found", aMapping, aMapping, true},
+    {"Mapping_OfATakenName", anEvent, aMapping, false},
+    {"Mapping_WithoutSecurity", nothing, withoutSecurity<aMapping>, false},
+    {"FileMapping_New", nothing, aFileMapping, true},
+    {"FileMapping_Found", aMapping, aFileMapping, true},
+    {"FileMapping_OfAFileThatIsKept", aFileThatIsKept, aFileMapping, false},
+    {"FileMapping_OfAFileNowhere", nothing, aMappingOfAFileNowhere, false},
+    {"FileMapping_WithoutSecurity", nothing, withoutSecurity<aFileMapping>, false},
     // Each of these rounds has fifty attempts.
-    {"FileMapping_OfATakenName", anEvent, obtainFileMapping, false, kRounds / 50},
-    {"FileMapping_OfAnEmptyFile", anEmptyFile, obtainMappingOfAllOfTheFile, false, kRounds / 50},
+    {"FileMapping_OfATakenName", anEvent, aFileMapping, false, kRounds / 50},
+    {"FileMapping_OfAnEmptyFile", anEmptyFile, aMappingOfAllOfTheFile, false, kRounds / 50},
     {"IsAdmin", nothing, askForAdmin, false},
 };
 
@@ -156,6 +143,7 @@ public:
 
 private:
     HANDLE note(HANDLE handle) {
+        // cppcheck-suppress knownConditionTrueFalse; two ways to say that there is none
         if (handle && handle != INVALID_HANDLE_VALUE) {
             m_live.insert(handle);
             ++m_opened;
@@ -211,7 +199,7 @@ protected:
     HandleLeaks() { vorel::Exception::SetErrorLogSize(0); }
 
     const test::TemporaryLog log;  // brings the size back
-    Place place;
+    const Place place;
 };
 
 /// Whether anything is left under the name.

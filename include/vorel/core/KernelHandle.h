@@ -16,6 +16,8 @@ public:
     /// Takes over `handle`; null owns nothing.
     explicit KernelHandle(void* handle) noexcept : m_handle(handle) {}
 
+    KernelHandle(const KernelHandle&) = delete;
+    KernelHandle& operator=(const KernelHandle&) = delete;
     KernelHandle(KernelHandle&& other) noexcept : m_handle(other.release()) {}
     KernelHandle& operator=(KernelHandle&& other) noexcept {
         std::swap(m_handle, other.m_handle);

@@ -35,7 +35,7 @@ class VOREL_API AllocSpy {
 public:
     AllocSpy() noexcept = default;
     AllocSpy(const AllocSpy&) noexcept = default;
-    AllocSpy& operator=(const AllocSpy&) noexcept { return *this; }
+    AllocSpy& operator=(const AllocSpy&) noexcept = default;
     virtual ~AllocSpy();
 
     /// A block of `size` bytes was allocated.
@@ -82,7 +82,7 @@ public:
     LeakDetector(const wchar_t* name, bool) noexcept;
     LeakDetector(const LeakDetector&) noexcept = default;
     LeakDetector& operator=(const LeakDetector&) noexcept = default;
-    ~LeakDetector();
+    ~LeakDetector();  // NOLINT(performance-trivially-destructible): the library has it, as it has all the others
 
     void Add(void* block, const char* where) noexcept;
     void Add(void* block, const wchar_t* where) noexcept;
