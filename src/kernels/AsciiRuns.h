@@ -3,36 +3,94 @@
 /// SSE2 is part of every 64-bit x86 processor, so there is nothing to dispatch.
 ///
 /// Both kernels stop at a zero as well, so that a text without a length needs no pass of its own to find its end. They
-/// read it in aligned blocks: such a block never reaches into another page, even when the text ends within it.
+/// read it in blocks that may reach beyond it, but not into another page; and they write no more than the run.
 #pragma once
 
 #include <algorithm>
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 
 #include <emmintrin.h>
 
+#include "kernels/Pages.h"
+#include "kernels/PartialStore.h"
+
 namespace vorel::kernels {
 
-/// How many elements of `T` lie between `address` and the next multiple of `alignment` bytes.
-template <class T>
-std::size_t elementsToAlignment(const T* address, std::size_t alignment) noexcept {
-    return ((alignment - 1) & (0 - reinterpret_cast<std::uintptr_t>(address))) / sizeof(T);
+/// Elements that a run is copied by at once.
+inline constexpr std::size_t kAsciiBlock = 16;
+
+/// Sixteen elements, of which those before the first that is no ASCII text are a run.
+struct AsciiBlock {
+    explicit AsciiBlock(__m128i block) noexcept
+        : bytes(block),
+          // Zeros compare equal, and bytes from 0x80 on have the top bit already.
+          stops(static_cast<unsigned int>(
+              _mm_movemask_epi8(_mm_or_si128(block, _mm_cmpeq_epi8(block, _mm_setzero_si128()))))) {}
+
+    static AsciiBlock load(const unsigned char* from) noexcept {
+        return AsciiBlock(_mm_loadu_si128(reinterpret_cast<const __m128i*>(from)));
+    }
+
+    /// Packing with saturation keeps 0x01 to 0x7F, and turns every other unit into 0x00 or a byte from 0x80 on.
+    template <class Unit>
+    static AsciiBlock load(const Unit* from) noexcept {
+        static_assert(sizeof(Unit) == 2);
+        const auto* const halves = reinterpret_cast<const __m128i*>(from);
+        return AsciiBlock(_mm_packus_epi16(_mm_loadu_si128(halves), _mm_loadu_si128(halves + 1)));
+    }
+
+    void store(unsigned char* to) const noexcept { _mm_storeu_si128(reinterpret_cast<__m128i*>(to), bytes); }
+
+    template <class Unit>
+    void store(Unit* to) const noexcept {
+        auto* const halves = reinterpret_cast<__m128i*>(to);
+        _mm_storeu_si128(halves, _mm_unpacklo_epi8(bytes, _mm_setzero_si128()));
+        _mm_storeu_si128(halves + 1, _mm_unpackhi_epi8(bytes, _mm_setzero_si128()));
+    }
+
+    __m128i bytes;
+    unsigned int stops;  ///< a bit for each element that is not from 0x01 to 0x7F
+};
+
+/// Writes the first `count` elements of a block.
+inline void storeFirst(const AsciiBlock& block, std::size_t count, unsigned char* to) noexcept {
+    storeFirstBytes(block.bytes, count, to);
 }
 
-/// Whether `element` is from 0x01 to 0x7F.
-template <class T>
-constexpr bool isAsciiText(T element) noexcept {
-    return element - 1u < 0x7F;
+template <class Unit>
+void storeFirst(const AsciiBlock& block, std::size_t count, Unit* to) noexcept {
+    const __m128i low = _mm_unpacklo_epi8(block.bytes, _mm_setzero_si128());
+    const __m128i high = _mm_unpackhi_epi8(block.bytes, _mm_setzero_si128());
+    const std::size_t inLow = std::min<std::size_t>(count, 8);
+    storeFirstBytes(low, 2 * inLow, to);
+    storeFirstBytes(high, 2 * (count - inLow), to + inLow);
 }
 
-/// Copies elements one by one from index `done` on, until `count` are done or one stands next that is not ASCII text.
-/// Returns the new index.
+/// Copies elements from 0x01 to 0x7F until `count` are done or another one stands next. Returns how many.
 template <class From, class To>
-std::size_t copyAsciiText(const From* from, std::size_t done, std::size_t count, To* to) noexcept {
-    while (done < count && isAsciiText(from[done])) {
-        to[done] = static_cast<To>(from[done]);
-        ++done;
+std::size_t copyAsciiRun(const From* from, std::size_t count, To* to) noexcept {
+    std::size_t done = 0;
+    while (done != count) {
+        if (!isInPage(from + done, kAsciiBlock * sizeof(From))) {
+            // One by one into the next page.
+            if (from[done] - 1u >= 0x7F) {
+                break;
+            }
+            to[done] = static_cast<To>(from[done]);
+            ++done;
+            continue;
+        }
+        const AsciiBlock block = AsciiBlock::load(from + done);
+        if (block.stops != 0 || count - done < kAsciiBlock) {
+            const auto run = static_cast<std::size_t>(std::countr_zero(block.stops | 1u << kAsciiBlock));
+            const std::size_t last = std::min(run, count - done);
+            storeFirst(block, last, to + done);
+            return done + last;
+        }
+        block.store(to + done);
+        done += kAsciiBlock;
     }
     return done;
 }
@@ -40,46 +98,13 @@ std::size_t copyAsciiText(const From* from, std::size_t done, std::size_t count,
 /// Widens bytes from 0x01 to 0x7F into units until `count` are done or another byte stands next. Returns how many.
 template <class Unit>
 std::size_t widenAsciiRun(const unsigned char* bytes, std::size_t count, Unit* units) noexcept {
-    static_assert(sizeof(Unit) == 2);
-    const std::size_t unaligned = std::min(count, elementsToAlignment(bytes, 16));
-    std::size_t done = copyAsciiText(bytes, 0, unaligned, units);
-    if (done < unaligned) {
-        return done;
-    }
-    const __m128i zero = _mm_setzero_si128();
-    for (; count - done >= 16; done += 16) {
-        const __m128i block = _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes + done));
-        // Zeros compare equal, and bytes from 0x80 on have the top bit already.
-        if (_mm_movemask_epi8(_mm_or_si128(block, _mm_cmpeq_epi8(block, zero))) != 0) {
-            break;
-        }
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(units + done), _mm_unpacklo_epi8(block, zero));
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(units + done + 8), _mm_unpackhi_epi8(block, zero));
-    }
-    return copyAsciiText(bytes, done, count, units);
+    return copyAsciiRun(bytes, count, units);
 }
 
 /// Narrows units from 0x01 to 0x7F into bytes until `count` are done or another unit stands next. Returns how many.
 template <class Unit>
 std::size_t narrowAsciiRun(const Unit* units, std::size_t count, unsigned char* bytes) noexcept {
-    static_assert(sizeof(Unit) == 2);
-    const std::size_t unaligned = std::min(count, elementsToAlignment(units, 32));
-    std::size_t done = copyAsciiText(units, 0, unaligned, bytes);
-    if (done < unaligned) {
-        return done;
-    }
-    const __m128i zero = _mm_setzero_si128();
-    for (; count - done >= 16; done += 16) {
-        const __m128i low = _mm_loadu_si128(reinterpret_cast<const __m128i*>(units + done));
-        const __m128i high = _mm_loadu_si128(reinterpret_cast<const __m128i*>(units + done + 8));
-        // Packing with saturation keeps 0x01 to 0x7F, and turns every other unit into 0x00 or a byte from 0x80 on.
-        const __m128i block = _mm_packus_epi16(low, high);
-        if (_mm_movemask_epi8(_mm_or_si128(block, _mm_cmpeq_epi8(block, zero))) != 0) {
-            break;
-        }
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(bytes + done), block);
-    }
-    return copyAsciiText(units, done, count, bytes);
+    return copyAsciiRun(units, count, bytes);
 }
 
 }  // namespace vorel::kernels

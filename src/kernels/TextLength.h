@@ -8,15 +8,16 @@
 
 #include <emmintrin.h>
 
+#include "kernels/Pages.h"
+
 namespace vorel::kernels {
 
 /// Bytes before the terminator. Reads blocks that may reach beyond it, but never into another page.
 inline std::size_t textLength(const char* text) noexcept {
-    constexpr std::uintptr_t kPage = 4096;
     constexpr std::uintptr_t kBlock = 16;
     const char* place = text;
     for (;;) {
-        if (reinterpret_cast<std::uintptr_t>(place) % kPage > kPage - kBlock) {
+        if (!isInPage(place, kBlock)) {
             if (*place == 0) {
                 return static_cast<std::size_t>(place - text);
             }

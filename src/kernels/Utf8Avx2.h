@@ -7,18 +7,23 @@
 
 namespace vorel::kernels {
 
-/// How far a stretch went.
+/// How far a stretch went. It fits into a register; one of a gigabyte goes no further.
 struct Stretch {
-    std::size_t read;
-    std::size_t written;
+    unsigned int read;
+    unsigned int written;
 };
 
-/// Decodes whole blocks from `bytes` on, of `left` bytes at most, while `out` has room for `room` 16-bit units. Where
-/// nothing is done, the plain codec has to go on.
-Stretch decodeUtf8Avx2(const unsigned char* bytes, std::size_t left, void* out, std::size_t room) noexcept;
+/// The room behind what is written: whole vectors may be stored into it, or nothing.
+enum class Tail { Free, Untouched };
 
-/// Encodes whole blocks of 16-bit units from `units` on, of `left` at most, while `out` has room for `room` bytes. With
-/// `paired`, surrogates are taken in pairs, and otherwise each for itself.
+/// Decodes what is well-formed from `bytes` on, up to a zero, of `left` bytes at most, while `out` has room for `room`
+/// 16-bit units. Where nothing is done, the plain codec has to go on. Blocks are read that may reach beyond the text,
+/// but not into another page.
+Stretch decodeUtf8Avx2(const unsigned char* bytes, std::size_t left, void* out, std::size_t room, Tail tail) noexcept;
+
+/// Encodes 16-bit units from `units` on, up to a zero, of `left` at most, while `out` has room for `room` bytes, into
+/// which whole vectors may be stored. With `paired`, surrogates are taken in pairs, and one that stands alone is left;
+/// otherwise each is taken for itself.
 Stretch encodeUtf8Avx2(const void* units, std::size_t left, unsigned char* out, std::size_t room, bool paired) noexcept;
 
 }  // namespace vorel::kernels

@@ -54,43 +54,18 @@ public:
 
     Utf8Reader(const unsigned char* input, int length) noexcept : m_cursor(input, length) {}
 
-    /// Reads until `room` units are written or the input ends, and returns the number of units.
-    template <LastPair Rule, class Unit>
+    /// Reads until `room` units are written or the input ends, and returns the number of units. `Behind` says whether
+    /// the rest of the room may be touched.
+    template <LastPair Rule, Tail Behind = Tail::Free, class Unit>
     std::size_t read(Unit* out, std::size_t room) noexcept {
         std::size_t units = 0;
-        unsigned int plainly = 0;
         while (!m_cursor.atEnd()) {
-            if (*m_cursor.position() < 0x80) {
-                if (units >= room) {
-                    break;
-                }
-                const std::size_t most = std::min(m_cursor.left(), room - units);
-                const std::size_t run = widenAsciiRun(m_cursor.position(), most, out + units);
-                m_cursor.pass(run);
-                units += run;
-                continue;
+            if (units < room) {
+                units += readBlocks<Behind>(out + units, room - units);
             }
-            if (plainly == 0 && units < room) {
-                const Stretch done = decodeStretch(out + units, room - units);
-                units += done.written;
-                if (done.read != 0) {
-                    continue;
-                }
-                plainly = kPlainly;
-            }
-            plainly -= plainly != 0 ? 1 : 0;
-            // Decoded before the room is looked at: a bad byte behind the last unit that fits is an error too.
-            const Utf8Sequence sequence = decodeUtf8Sequence(m_cursor.position());
-            if (sequence.bytes == 0) {
-                m_failed = true;
+            if (!readPlainly<Rule>(out, units, room)) {
                 break;
             }
-            const std::size_t needed = Rule == LastPair::Left && sequence.value >= 0x10000 ? 2 : 1;
-            if (units + needed > room) {
-                break;
-            }
-            units += putUnits(sequence.value, out + units);
-            m_cursor.pass(sequence.bytes);
         }
         return units;
     }
@@ -102,17 +77,45 @@ public:
     [[nodiscard]] const unsigned char* position() const noexcept { return m_cursor.position(); }
 
 private:
-    /// Decodes what is well-formed in whole blocks; nothing, where there is no such thing.
-    template <class Unit>
-    Stretch decodeStretch(Unit* out, std::size_t room) noexcept {
-        static_assert(sizeof(Unit) == 2);
-        if (!s_useAvx2) {
-            return {0, 0};
+    /// Reads some characters one by one. False when the next one has no room, or starts nothing.
+    template <LastPair Rule, class Unit>
+    bool readPlainly(Unit* out, std::size_t& units, std::size_t room) noexcept {
+        BoundedCursor<unsigned char> cursor = m_cursor;  // in registers
+        std::size_t at = units;
+        bool goesOn = true;
+        for (unsigned int left = kPlainly; left != 0 && !cursor.atEnd(); --left) {
+            const unsigned char byte = *cursor.position();
+            // Decoded before the room is looked at: a bad byte behind the last unit that fits is an error too.
+            const Utf8Sequence sequence = byte < 0x80 ? Utf8Sequence{byte, 1} : decodeUtf8Sequence(cursor.position());
+            const std::size_t needed = Rule == LastPair::Left && sequence.value >= 0x10000 ? 2 : 1;
+            m_failed = sequence.bytes == 0;
+            if (m_failed || at + needed > room) {
+                goesOn = false;
+                break;
+            }
+            at += putUnits(sequence.value, out + at);
+            cursor.pass(sequence.bytes);
         }
-        const std::size_t most = std::min(m_cursor.left(), room * kMostUtf8BytesPerUnit);
-        const Stretch done = decodeUtf8Avx2(m_cursor.position(), most, out, room);
+        m_cursor = cursor;
+        units = at;
+        return goesOn;
+    }
+
+    /// Reads a run of ASCII, and then what is well-formed, in blocks, and returns the number of units.
+    template <Tail Behind, class Unit>
+    std::size_t readBlocks(Unit* out, std::size_t room) noexcept {
+        static_assert(sizeof(Unit) == 2);
+        std::size_t units = 0;
+        if (*m_cursor.position() < 0x80) {
+            units = widenAsciiRun(m_cursor.position(), std::min(m_cursor.left(), room), out);
+            m_cursor.pass(units);
+        }
+        if (!s_useAvx2 || units == room || m_cursor.atEnd()) {
+            return units;
+        }
+        const Stretch done = decodeUtf8Avx2(m_cursor.position(), m_cursor.left(), out + units, room - units, Behind);
         m_cursor.pass(done.read);
-        return done;
+        return units + done.written;
     }
 
     BoundedCursor<unsigned char> m_cursor;
@@ -125,29 +128,14 @@ class Utf8Writer {
 public:
     Utf8Writer(const Unit* input, int length) noexcept : m_cursor(input, length) {}
 
-    /// Writes until at least `enough` bytes are written or the input ends, and returns the number of bytes. `out` has
-    /// room for `enough` bytes and one sequence more.
-    std::size_t write(unsigned char* out, std::size_t enough) noexcept {
+    /// Writes until at least `enough` bytes are written, the next sequence does not fit into `room` bytes, or the input
+    /// ends, and returns the number of bytes. `room` is not below `enough`.
+    std::size_t write(unsigned char* out, std::size_t enough, std::size_t room) noexcept {
         std::size_t bytes = 0;
         while (bytes < enough && !m_cursor.atEnd()) {
-            const std::size_t most = std::min(m_cursor.left(), enough - bytes);
-            const std::size_t run = narrowAsciiRun(m_cursor.position(), most, out + bytes);
-            m_cursor.pass(run);
-            bytes += run;
-            unsigned int plainly = 0;
-            while (bytes < enough && !m_cursor.atEnd() && *m_cursor.position() >= 0x80) {
-                if (plainly == 0) {
-                    const Stretch done = encodeStretch(out + bytes, enough - bytes + kLongestUtf8Sequence);
-                    bytes += done.written;
-                    if (done.read != 0) {
-                        continue;
-                    }
-                    plainly = kPlainly;
-                }
-                --plainly;
-                const Unit* next = m_cursor.position();
-                bytes += encodeUtf8Sequence(takeValue<Rule>(next), out + bytes);
-                m_cursor.pass(static_cast<std::size_t>(next - m_cursor.position()));
+            bytes += writeBlocks(out + bytes, enough - bytes, room - bytes);
+            if (!writePlainly(out, bytes, enough, room)) {
+                break;
             }
         }
         return bytes;
@@ -156,16 +144,38 @@ public:
     [[nodiscard]] bool atEnd() const noexcept { return m_cursor.atEnd(); }
 
 private:
-    /// Encodes what is well-formed in whole blocks; nothing, where there is no such thing.
-    Stretch encodeStretch(unsigned char* out, std::size_t room) noexcept {
+    /// Writes some characters one by one. False when the next one has no room.
+    bool writePlainly(unsigned char* out, std::size_t& bytes, std::size_t enough, std::size_t room) noexcept {
+        BoundedCursor<Unit> cursor = m_cursor;  // in registers
+        std::size_t at = bytes;
+        bool goesOn = true;
+        for (unsigned int left = kPlainly; left != 0 && at < enough && !cursor.atEnd(); --left) {
+            const Unit* next = cursor.position();
+            const std::uint32_t value = takeValue<Rule>(next);
+            if (utf8SequenceLength(value) > room - at) {
+                goesOn = false;
+                break;
+            }
+            at += encodeUtf8Sequence(value, out + at);
+            cursor.pass(static_cast<std::size_t>(next - cursor.position()));
+        }
+        m_cursor = cursor;
+        bytes = at;
+        return goesOn;
+    }
+
+    /// Writes a run of ASCII, and then what is well-formed, in blocks, and returns the number of bytes.
+    std::size_t writeBlocks(unsigned char* out, std::size_t enough, std::size_t room) noexcept {
         static_assert(sizeof(Unit) == 2);
-        if (!s_useAvx2) {
-            return {0, 0};
+        const std::size_t run = narrowAsciiRun(m_cursor.position(), std::min(m_cursor.left(), enough), out);
+        m_cursor.pass(run);
+        if (!s_useAvx2 || run == enough || m_cursor.atEnd()) {
+            return run;
         }
         constexpr bool kPaired = Rule == Surrogates::Paired;
-        const Stretch done = encodeUtf8Avx2(m_cursor.position(), m_cursor.left(), out, room, kPaired);
+        const Stretch done = encodeUtf8Avx2(m_cursor.position(), m_cursor.left(), out + run, room - run, kPaired);
         m_cursor.pass(done.read);
-        return done;
+        return run + done.written;
     }
 
     BoundedCursor<Unit> m_cursor;

@@ -13,7 +13,7 @@
 
 namespace vorel::text {
 
-/// The free part of a string; one unit stays for the terminator.
+/// A string from its first unit on; what stood there is overwritten. One unit stays for the terminator.
 template <class T>
 class StringTail {
 public:
@@ -21,17 +21,33 @@ public:
 
     explicit StringTail(BaseString<T>& string) noexcept : m_string(string) {}
 
-    [[nodiscard]] T* free() const noexcept { return m_string.data() + m_string.length(); }
+    /// The string has what was written, also when the conversion fails.
+    ~StringTail() { state(); }
+
+    StringTail(const StringTail&) = delete;
+    StringTail& operator=(const StringTail&) = delete;
+
+    [[nodiscard]] T* free() const noexcept { return m_string.data() + m_length; }
     [[nodiscard]] unsigned int room() const noexcept {
-        return m_string.capacity() != 0 ? m_string.capacity() - m_string.length() - 1 : 0;
+        return m_string.capacity() != 0 ? m_string.capacity() - m_length - 1 : 0;
     }
-    void written(std::size_t units) noexcept {
-        detail::StringAccess<T>::setLength(m_string, m_string.length() + static_cast<unsigned int>(units));
+    void written(std::size_t units) noexcept { m_length += static_cast<unsigned int>(units); }
+    void append(const T* block, std::size_t units) {
+        state();
+        const auto count = static_cast<unsigned int>(units);
+        m_string.append(block, count);
+        m_length += count;
     }
-    void append(const T* block, std::size_t units) { m_string.append(block, static_cast<unsigned int>(units)); }
 
 private:
+    void state() noexcept {
+        if (m_string.capacity() != 0) {
+            detail::StringAccess<T>::setLength(m_string, m_length);
+        }
+    }
+
     BaseString<T>& m_string;
+    unsigned int m_length = 0;
 };
 
 /// An array from `start` on. What stood there is overwritten, and what is left of it in the end goes: an array that is
@@ -73,16 +89,19 @@ private:
     unsigned int m_count;
 };
 
-/// Takes pieces from `produce(out, enough)`, which writes about `enough` units, at most `Overhang` more, and returns
-/// their number, until `atEnd()` says so.
-template <unsigned int Block, unsigned int Overhang, class Tail, class Produce, class AtEnd>
-void fill(Tail&& tail, Produce&& produce, AtEnd&& atEnd) {
+/// Takes pieces until `atEnd()` says so: straight from `produce(out, room)`, which writes at most `room` units and
+/// returns their number, and nothing when the next character has no room; and then from `produceBlock(out)`, which
+/// writes about `Block` units, at most `Overhang` more.
+template <unsigned int Block, unsigned int Overhang, class Tail, class Produce, class ProduceBlock, class AtEnd>
+void fill(Tail&& tail, Produce&& produce, ProduceBlock&& produceBlock, AtEnd&& atEnd) {
     typename std::remove_cvref_t<Tail>::Unit block[Block + Overhang];
     while (!atEnd()) {
-        if (tail.room() > Overhang) {
-            tail.written(produce(tail.free(), tail.room() - Overhang));
-        } else {
-            tail.append(block, produce(block, Block));
+        const std::size_t room = tail.room();
+        const std::size_t units = room != 0 ? produce(tail.free(), room) : 0;
+        if (units != 0) {
+            tail.written(units);
+        } else if (!atEnd()) {
+            tail.append(block, produceBlock(block));
         }
     }
 }

@@ -64,10 +64,13 @@ auto withInput(const char* fmt, const char* input, Conversion&& conversion) {
 template <Surrogates Rule, unsigned int Block, class Tail>
 void encode(const wchar_t* input, int length, Tail&& tail) {
     kernels::Utf8Writer<Rule, wchar_t> writer(input, length);
-    text::fill<Block, kernels::kLongestUtf8Sequence>(
-        std::forward<Tail>(tail),
-        [&](auto* out, std::size_t enough) { return writer.write(reinterpret_cast<unsigned char*>(out), enough); },
-        [&] { return writer.atEnd(); });
+    const auto write = [&](auto* out, std::size_t enough, std::size_t room) {
+        return writer.write(reinterpret_cast<unsigned char*>(out), enough, room);
+    };
+    constexpr unsigned int kOverhang = kernels::kLongestUtf8Sequence - 1;
+    text::fill<Block, kOverhang>(
+        std::forward<Tail>(tail), [&](auto* out, std::size_t room) { return write(out, room, room); },
+        [&](auto* out) { return write(out, Block, Block + kOverhang); }, [&] { return writer.atEnd(); });
 }
 
 /// Empties a text that a failing conversion leaves half-done.
@@ -100,14 +103,15 @@ int ConvertUCStoUTF8(unsigned int codePoint, char* output, int) noexcept {
 
 bool ConvertUTF8toString(BaseString<wchar_t>& output, const unsigned char* input, int length, bool throwOnError) {
     return guarded(L"vorel::util::ConvertUTF8toString", [&] {
-        output.clear();
         if (!input) {
+            output.clear();
             return true;
         }
         Reader reader(input, length);
         text::fill<kUnitsPerBlock, 1>(
             text::StringTail(output),
-            [&](wchar_t* out, std::size_t enough) { return reader.read<Reader::LastPair::Written>(out, enough); },
+            [&](wchar_t* out, std::size_t room) { return reader.read<Reader::LastPair::Left>(out, room); },
+            [&](wchar_t* out) { return reader.read<Reader::LastPair::Written>(out, kUnitsPerBlock); },
             [&] { return reader.failed() || reader.atEnd(); });
         if (reader.failed()) {
             // Units leave the conversion in whole blocks; what was on its way is lost.
@@ -127,7 +131,9 @@ bool ConvertUTF8toString(wchar_t* output, unsigned int size, const unsigned char
                          bool throwOnError) {
     return guarded(L"vorel::util::ConvertUTF8toString", [&] {
         Reader reader(input ? input : bytesOf(""), length);
-        const std::size_t units = reader.read<Reader::LastPair::Left>(output, size != 0 ? size - 1 : 0);
+        // The rest of a caller's buffer is left as it is.
+        const std::size_t units =
+            reader.read<Reader::LastPair::Left, kernels::Tail::Untouched>(output, size != 0 ? size - 1 : 0);
         if (reader.failed()) {
             return refuse(reader.position(), throwOnError);
         }
@@ -153,8 +159,8 @@ void ConvertStringtoUTF8(const wchar_t* input, Array<unsigned char>& output, boo
 
 void ConvertStringtoUTF8(const wchar_t* input, BaseString<char>& output, int length) {
     guarded(L"vorel::util::ConvertStringtoUTF8", [&] {
-        output.clear();
         if (!input) {
+            output.clear();
             return;
         }
         EmptyUnlessDone result(output);

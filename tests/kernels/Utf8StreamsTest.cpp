@@ -120,16 +120,23 @@ TEST(Utf8ReaderTest, Read_WithEveryBoundAgreesWithTheReference) {
     }
 }
 
+/// Everything that is written in pieces of about `enough` bytes, each with `spare` bytes more to write into.
 template <Surrogates Rule>
-std::string writeInPieces(const std::wstring& text, int length, std::size_t enough) {
+std::string writeInPieces(const std::wstring& text, int length, std::size_t enough, std::size_t spare) {
+    const std::size_t room = enough + spare;
     Utf8Writer<Rule, wchar_t> writer(text.data(), length);
     std::string all;
     while (!writer.atEnd()) {
-        std::vector<unsigned char> piece(enough + kLongestUtf8Sequence + 1, 0x5A);
-        const std::size_t bytes = writer.write(piece.data(), enough);
-        EXPECT_LT(bytes, enough + kLongestUtf8Sequence);
-        EXPECT_EQ(piece[enough + kLongestUtf8Sequence], 0x5A) << "behind the room";
-        EXPECT_TRUE(bytes >= enough || writer.atEnd()) << "a piece is full, or the last";
+        std::vector<unsigned char> piece(room + 1, 0x5A);
+        const std::size_t bytes = writer.write(piece.data(), enough, room);
+        EXPECT_LE(bytes, room);
+        EXPECT_EQ(piece[room], 0x5A) << "behind the room";
+        EXPECT_TRUE(bytes + kLongestUtf8Sequence > room || bytes >= enough || writer.atEnd())
+            << "a piece is full, or the last";
+        if (bytes == 0) {
+            ADD_FAILURE() << "no progress";
+            break;
+        }
         all.append(piece.begin(), piece.begin() + static_cast<std::ptrdiff_t>(bytes));
     }
     return all;
@@ -140,18 +147,34 @@ TEST(Utf8WriterTest, Write_GivesTheSameInPiecesOfAnySize) {
                               L"fifteen units \xD800\xD800\xDC00 \xD800";
     const std::string paired = test::encodeUtf16(text, -1).bytes;
     const std::string single = test::encodeUnits(text);
-    for (std::size_t enough = 1; enough <= single.size() + 1; ++enough) {
-        SCOPED_TRACE(enough);
-        EXPECT_EQ(writeInPieces<Surrogates::Paired>(text, -1, enough), paired);
-        EXPECT_EQ(writeInPieces<Surrogates::Single>(text, -1, enough), single);
+    for (const std::size_t spare : {std::size_t{0}, std::size_t{kLongestUtf8Sequence} - 1, std::size_t{40}}) {
+        // Without bytes to spare a piece has to hold the longest sequence that there is.
+        for (std::size_t enough = spare == 0 ? 4 : 1; enough <= single.size() + 1; ++enough) {
+            SCOPED_TRACE(testing::Message() << enough << " and " << spare);
+            EXPECT_EQ(writeInPieces<Surrogates::Paired>(text, -1, enough, spare), paired);
+            EXPECT_EQ(writeInPieces<Surrogates::Single>(text, -1, enough, spare), single);
+        }
+    }
+}
+
+TEST(Utf8WriterTest, Write_LeavesASequenceThatHasNoRoom) {
+    const std::wstring text = L"a\x20AC"
+                              L"b";
+    for (const std::size_t room : {1u, 2u, 3u}) {
+        unsigned char bytes[3] = {};
+        Utf8Writer<Surrogates::Paired, wchar_t> writer(text.data(), -1);
+        EXPECT_EQ(writer.write(bytes, room, room), 1u);
+        EXPECT_EQ(bytes[0], 'a');
+        EXPECT_FALSE(writer.atEnd());
+        EXPECT_EQ(writer.write(bytes, room, room), room == 3 ? 3u : 0u);
     }
 }
 
 TEST(Utf8WriterTest, Write_TakesAPairThatStartsOnTheLastUnit) {
     const std::wstring text = L"a\xD83D\xDE00z";
-    EXPECT_EQ(writeInPieces<Surrogates::Paired>(text, 2, 100), "a\xF0\x9F\x98\x80");
-    EXPECT_EQ(writeInPieces<Surrogates::Paired>(text, 3, 100), "a\xF0\x9F\x98\x80");
-    EXPECT_EQ(writeInPieces<Surrogates::Paired>(text, 4, 100), "a\xF0\x9F\x98\x80z");
+    EXPECT_EQ(writeInPieces<Surrogates::Paired>(text, 2, 100, 0), "a\xF0\x9F\x98\x80");
+    EXPECT_EQ(writeInPieces<Surrogates::Paired>(text, 3, 100, 0), "a\xF0\x9F\x98\x80");
+    EXPECT_EQ(writeInPieces<Surrogates::Paired>(text, 4, 100, 0), "a\xF0\x9F\x98\x80z");
 }
 
 }  // namespace

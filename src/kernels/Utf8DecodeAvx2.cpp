@@ -1,0 +1,203 @@
+// Compiled for AVX2: nothing of the standard library with code of its own may be used in here, or the linker could take
+// that code for the rest of the program.
+
+#include "kernels/Utf8Shuffles.h"
+
+namespace vorel::kernels {
+
+namespace {
+
+/// Keeps those of eight 16-bit elements whose bit is set.
+constexpr Shuffles keepUnits() noexcept {
+    Shuffles shuffles = {};
+    for (unsigned int mask = 0; mask < 256; ++mask) {
+        unsigned int to = 0;
+        for (unsigned char element = 0; element < 8; ++element) {
+            if ((mask >> element & 1) != 0) {
+                shuffles.order[mask][to++] = static_cast<unsigned char>(2 * element);
+                shuffles.order[mask][to++] = static_cast<unsigned char>(2 * element + 1);
+            }
+        }
+        while (to < 16) {
+            shuffles.order[mask][to++] = 0x80;
+        }
+    }
+    return shuffles;
+}
+
+constexpr Shuffles kKeepUnits = keepUnits();
+
+constexpr unsigned int kBytes = 16;         // of a block
+constexpr std::size_t kBytesLookedAt = 18;  // with the trailing bytes of the last of them
+constexpr std::size_t kFourByteBlock = 32;
+
+/// The units that begin at each of sixteen bytes, as if each was a lead byte.
+[[gnu::always_inline]] inline __m256i unitsAt(const unsigned char* bytes) noexcept {
+    const __m256i lead = _mm256_cvtepu8_epi16(load(bytes));
+    const __m256i low = _mm256_set1_epi16(0x3F);
+    const __m256i second = _mm256_and_si256(_mm256_cvtepu8_epi16(load(bytes + 1)), low);
+    const __m256i third = _mm256_and_si256(_mm256_cvtepu8_epi16(load(bytes + 2)), low);
+    const __m256i two = _mm256_or_si256(_mm256_slli_epi16(_mm256_and_si256(lead, _mm256_set1_epi16(0x1F)), 6), second);
+    // The bits that the first byte of three has beside its four go out at the top.
+    const __m256i three =
+        _mm256_or_si256(_mm256_or_si256(_mm256_slli_epi16(lead, 12), _mm256_slli_epi16(second, 6)), third);
+    const __m256i isLead = _mm256_cmpgt_epi16(lead, _mm256_set1_epi16(0x7F));
+    const __m256i isLeadOfThree = _mm256_cmpgt_epi16(lead, _mm256_set1_epi16(0xDF));
+    return _mm256_blendv_epi8(_mm256_blendv_epi8(lead, two, isLead), three, isLeadOfThree);
+}
+
+/// What stands where in sixteen bytes.
+struct Bytes {
+    [[gnu::always_inline]] explicit Bytes(__m128i block) noexcept
+        : zeros(maskOf(_mm_cmpeq_epi8(block, _mm_setzero_si128()))), notAscii(maskOf(block)) {
+        // As signed numbers, trailing bytes are below 0xC0, leads of two bytes below 0xE0, and of three below 0xF0.
+        trailing = maskOf(_mm_cmpgt_epi8(_mm_set1_epi8(-64), block));
+        leads = notAscii & ~trailing;
+        threes = leads & ~maskOf(_mm_cmpgt_epi8(_mm_set1_epi8(-32), block));
+        fours = leads & ~maskOf(_mm_cmpgt_epi8(_mm_set1_epi8(-16), block));
+    }
+
+    unsigned int zeros;
+    unsigned int notAscii;
+    unsigned int trailing;
+    unsigned int leads;
+    unsigned int threes;  ///< leads of three bytes or more
+    unsigned int fours;   ///< leads of four bytes or more, and what starts nothing
+};
+
+/// Decodes characters of one to three bytes at the end of a text, or of the room: up to a zero, the lead of four bytes,
+/// or the end of the `left` bytes. Touches nothing behind the units that count.
+[[gnu::noinline]] Stretch decodePart(const unsigned char* bytes, std::size_t left, unsigned char* out,
+                                     std::size_t room) noexcept {
+    const Bytes found(load(bytes));
+    const unsigned int size = atMost(lowestBit(found.zeros | found.fours | 1u << kBytes), left);
+    const unsigned int leads = found.leads & lowBits(size);
+    const unsigned int announced = leads << 1 | (found.threes & leads) << 2;
+    if (((announced ^ found.trailing) & lowBits(size)) != 0) {
+        return kNothing;
+    }
+    // A character that begins within these bytes and does not end there is left.
+    const unsigned int whole = announced >> size == 0 ? size : size - ((leads >> (size - 1) & 1) != 0 ? 1 : 2);
+    const unsigned int kept = ~found.trailing & lowBits(whole);
+    const unsigned int count = bits(kept);
+    if (count > room) {
+        return kNothing;
+    }
+    const __m256i units = unitsAt(bytes);
+    const unsigned int inFirst = bits(kept & 0xFF);
+    storeFirstBytes(shuffled(_mm256_castsi256_si128(units), kKeepUnits, kept & 0xFF), std::size_t{2} * inFirst, out);
+    storeFirstBytes(shuffled(_mm256_extracti128_si256(units, 1), kKeepUnits, kept >> 8),
+                    std::size_t{2} * (count - inFirst), out + std::size_t{2} * inFirst);
+    return {whole, count};
+}
+
+/// Decodes the characters of four bytes from `bytes` on that begin with 0xF0 and need four. Touches nothing behind
+/// them.
+[[gnu::noinline]] Stretch decodeFours(const unsigned char* bytes, std::size_t left, unsigned char* out,
+                                      std::size_t room) noexcept {
+    unsigned int read = 0;
+    unsigned int written = 0;
+    while (isInPage(bytes + read, kFourByteBlock) && read != left) {
+        const __m256i block = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(bytes + read));
+        const auto every = [](std::uint32_t value) { return _mm256_set1_epi32(static_cast<int>(value)); };
+        const __m256i isFour = _mm256_cmpeq_epi32(_mm256_and_si256(block, every(0xC0C0C0FF)), every(0x808080F0));
+        const __m256i code =
+            _mm256_or_si256(_mm256_or_si256(_mm256_and_si256(_mm256_srli_epi32(block, 24), every(0x3F)),
+                                            _mm256_and_si256(_mm256_srli_epi32(block, 10), every(0xFC0))),
+                            _mm256_and_si256(_mm256_slli_epi32(block, 4), every(0x3F000)));
+        const __m256i isLarge = _mm256_cmpgt_epi32(code, every(0xFFFF));
+        const auto fours =
+            static_cast<unsigned int>(_mm256_movemask_ps(_mm256_castsi256_ps(_mm256_and_si256(isFour, isLarge))));
+        const unsigned int count = atMost(atMost(lowestBit(~fours), (left - read) / 4), (room - written) / 2);
+        const __m256i high = _mm256_add_epi32(_mm256_srli_epi32(code, 10), every(0xD800 - 0x40));
+        const __m256i low = _mm256_or_si256(_mm256_and_si256(code, every(0x3FF)), every(0xDC00));
+        const __m256i pairs = _mm256_or_si256(high, _mm256_slli_epi32(low, 16));
+        unsigned char* const to = out + std::size_t{2} * written;
+        read += 4 * count;
+        written += 2 * count;
+        if (count != 8) {
+            const unsigned int inFirst = atMost(count, 4);
+            storeFirstBytes(_mm256_castsi256_si128(pairs), std::size_t{4} * inFirst, to);
+            storeFirstBytes(_mm256_extracti128_si256(pairs, 1), std::size_t{4} * (count - inFirst), to + 16);
+            break;
+        }
+        _mm256_storeu_si256(reinterpret_cast<__m256i*>(to), pairs);
+    }
+    return {read, written};
+}
+
+/// Decodes whole blocks of characters of one to three bytes, up to one in which there is something else. A character
+/// belongs to the block in which it begins; that its last bytes are what it announced shows in the next block. Sixteen
+/// units may be written for each block, whether they count or not.
+[[gnu::noinline]] Stretch decodeBlocks(const unsigned char* bytes, std::size_t left, unsigned char* out,
+                                       std::size_t room) noexcept {
+    unsigned int read = 0;
+    unsigned int written = 0;
+    unsigned int expected = 0;  // trailing bytes, from the lowest bit on
+    while (left - read >= kBytes && room - written >= kBytes && isInPage(bytes + read, kBytesLookedAt)) {
+        const unsigned char* const next = bytes + read;
+        auto* const to = reinterpret_cast<__m128i*>(out + std::size_t{2} * written);
+        const __m128i block = load(next);
+        const Bytes found(block);
+        if ((found.zeros | found.notAscii | expected) == 0) {
+            _mm256_storeu_si256(reinterpret_cast<__m256i*>(to), _mm256_cvtepu8_epi16(block));
+            read += kBytes;
+            written += kBytes;
+            continue;
+        }
+        const unsigned int announced = found.leads << 1 | found.threes << 2 | expected;
+        if ((found.zeros | found.fours | ((announced ^ found.trailing) & 0xFFFF)) != 0) {
+            break;
+        }
+        const unsigned int kept = ~found.trailing & 0xFFFF;
+        const __m256i units = unitsAt(next);
+        const unsigned int inFirst = bits(kept & 0xFF);
+        _mm_storeu_si128(to, shuffled(_mm256_castsi256_si128(units), kKeepUnits, kept & 0xFF));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(out + std::size_t{2} * (written + inFirst)),
+                         shuffled(_mm256_extracti128_si256(units, 1), kKeepUnits, kept >> 8));
+        read += kBytes;
+        written += bits(kept);
+        expected = announced >> kBytes;
+    }
+    if (expected != 0) {  // the last character is left for what comes next
+        read -= bytes[read - 1] >= 0xC0 ? 1 : 2;
+        --written;
+    }
+    return {read, written};
+}
+
+/// Decodes what comes next, whatever it is.
+Stretch decodeNext(const unsigned char* bytes, std::size_t left, unsigned char* out, std::size_t room,
+                   Tail tail) noexcept {
+    if (*bytes >= 0xF0) {
+        return decodeFours(bytes, left, out, room);
+    }
+    if (tail == Tail::Free && left >= kBytes && room >= kBytes) {
+        const Stretch blocks = decodeBlocks(bytes, left, out, room);
+        if (blocks.read != 0) {
+            return blocks;
+        }
+    }
+    return isInPage(bytes, kBytesLookedAt) ? decodePart(bytes, left, out, room) : kNothing;
+}
+
+}  // namespace
+
+Stretch decodeUtf8Avx2(const unsigned char* bytes, std::size_t left, void* out, std::size_t room, Tail tail) noexcept {
+    left = left < kLongestStretch ? left : kLongestStretch;
+    auto* const units = static_cast<unsigned char*>(out);
+    unsigned int read = 0;
+    unsigned int written = 0;
+    while (read != left) {
+        const Stretch step =
+            decodeNext(bytes + read, left - read, units + std::size_t{2} * written, room - written, tail);
+        if (step.read == 0) {
+            break;
+        }
+        read += step.read;
+        written += step.written;
+    }
+    return {read, written};
+}
+
+}  // namespace vorel::kernels

@@ -1,0 +1,56 @@
+/// \file
+/// Small things that both directions of the AVX2 codec share. Only for sources that are compiled for AVX2; compiled into
+/// each of them by itself.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include <immintrin.h>
+
+#include "kernels/Pages.h"
+#include "kernels/PartialStore.h"
+#include "kernels/Utf8Avx2.h"
+
+namespace vorel::kernels {
+
+inline constexpr Stretch kNothing{0, 0};
+inline constexpr std::size_t kLongestStretch = 1 << 30;
+
+/// Shuffles for a mask of eight elements or bytes: what is kept moves to the front.
+struct Shuffles {
+    unsigned char order[256][16];
+};
+
+static inline __m128i shuffled(__m128i elements, const Shuffles& shuffles, unsigned int mask) noexcept {
+    return _mm_shuffle_epi8(elements, _mm_loadu_si128(reinterpret_cast<const __m128i*>(shuffles.order[mask])));
+}
+
+static inline __m128i load(const void* place) noexcept {
+    return _mm_loadu_si128(static_cast<const __m128i*>(place));
+}
+
+/// The number of bits that are set.
+static inline unsigned int bits(unsigned int mask) noexcept {
+    return static_cast<unsigned int>(_mm_popcnt_u32(mask));
+}
+
+static inline unsigned int maskOf(__m128i bytes) noexcept {
+    return static_cast<unsigned int>(_mm_movemask_epi8(bytes));
+}
+
+/// The place of the lowest bit of `mask`; 32 when none is set.
+static inline unsigned int lowestBit(unsigned int mask) noexcept {
+    return bits((mask & (0 - mask)) - 1);
+}
+
+/// The lower `count` bits, fewer than 32.
+static inline unsigned int lowBits(unsigned int count) noexcept {
+    return (1u << count) - 1;
+}
+
+static inline unsigned int atMost(unsigned int count, std::size_t limit) noexcept {
+    return count < limit ? count : static_cast<unsigned int>(limit);
+}
+
+}  // namespace vorel::kernels
