@@ -75,7 +75,8 @@ public:
         }
         char* const text = m_heap ? m_heap.get() : m_buffer;
         kernels::Utf8Writer<kernels::Surrogates::Paired, wchar_t> writer(message, -1);
-        const std::size_t bytes = writer.write(reinterpret_cast<unsigned char*>(text), usable - kSlack, usable - kSlack);
+        const std::size_t bytes =
+            writer.write(reinterpret_cast<unsigned char*>(text), usable - kSlack, usable - kSlack);
         text[bytes] = 0;
         m_text = text;
     }

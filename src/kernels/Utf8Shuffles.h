@@ -1,6 +1,6 @@
 /// \file
-/// Small things that both directions of the AVX2 codec share. Only for sources that are compiled for AVX2; compiled into
-/// each of them by itself.
+/// Small things that both directions of the AVX2 codec share. Only for sources that are compiled for AVX2; compiled
+/// into each of them by itself.
 #pragma once
 
 #include <cstddef>

@@ -1,6 +1,6 @@
 /// \file
-/// The computer's name as the error log writes it: in lower case (A to Z only); empty when it is not to be had, or longer
-/// than 15 characters.
+/// The computer's name as the error log writes it: in lower case (A to Z only); empty when it is not to be had, or
+/// longer than 15 characters.
 #pragma once
 
 namespace vorel::system {

@@ -3,7 +3,6 @@
 /// has gone back to it, or to the caller.
 
 #include <ostream>
-#include <set>
 #include <string>
 #include <string_view>
 
@@ -18,11 +17,12 @@
 #include "vorel/secure/IsAdmin.h"
 #include "vorel/secure/SecuredMappings.h"
 #include "vorel/secure/SecuredObjects.h"
-#include "whitebox/SecurityCalls.h"
+#include "whitebox/LiveHandles.h"
 
 namespace {
 
 using test::Handle;
+using test::LiveHandles;
 
 constexpr int kRounds = 10000;
 constexpr DWORD kSize = 4096;
@@ -129,57 +129,6 @@ const Cycle kCycles[] = {
     {"IsAdmin", nothing, askForAdmin, false},
 };
 
-/// Handles that the system reports to be open; 0 where it does not count them.
-DWORD reportedHandles() {
-    DWORD count = 0;
-    return GetProcessHandleCount(GetCurrentProcess(), &count) ? count : 0;
-}
-
-/// Every handle that comes out of a call, until it is closed.
-class LiveHandles {
-public:
-    [[nodiscard]] std::size_t live() const { return m_live.size(); }
-    [[nodiscard]] int opened() const { return m_opened; }
-
-private:
-    HANDLE note(HANDLE handle) {
-        // cppcheck-suppress knownConditionTrueFalse; two ways to say that there is none
-        if (handle && handle != INVALID_HANDLE_VALUE) {
-            m_live.insert(handle);
-            ++m_opened;
-        }
-        return handle;
-    }
-
-    std::set<HANDLE> m_live;
-    int m_opened = 0;
-
-    const test::ImportHook<importedCreateMutexW> m_createMutex{
-        [this](auto... arguments) { return note(m_createMutex.original(arguments...)); }};
-    const test::ImportHook<importedOpenMutexW> m_openMutex{
-        [this](auto... arguments) { return note(m_openMutex.original(arguments...)); }};
-    const test::ImportHook<importedCreateEventW> m_createEvent{
-        [this](auto... arguments) { return note(m_createEvent.original(arguments...)); }};
-    const test::ImportHook<importedOpenEventW> m_openEvent{
-        [this](auto... arguments) { return note(m_openEvent.original(arguments...)); }};
-    const test::ImportHook<importedCreateFileW> m_createFile{
-        [this](auto... arguments) { return note(m_createFile.original(arguments...)); }};
-    const test::ImportHook<importedCreateFileMappingW> m_createMapping{
-        [this](auto... arguments) { return note(m_createMapping.original(arguments...)); }};
-    const test::ImportHook<importedOpenFileMappingW> m_openMapping{
-        [this](auto... arguments) { return note(m_openMapping.original(arguments...)); }};
-    const test::ImportHook<importedOpenThreadToken> m_openThreadToken{
-        [this](HANDLE thread, DWORD access, BOOL asSelf, PHANDLE token) {
-            const BOOL done = m_openThreadToken.original(thread, access, asSelf, token);
-            note(done ? *token : nullptr);
-            return done;
-        }};
-    const test::ImportHook<importedCloseHandle> m_close{[this](HANDLE handle) {
-        m_live.erase(handle);
-        return m_close.original(handle);
-    }};
-};
-
 /// The long form of a path costs the system more than all other calls of a round; these paths are long ones already.
 DWORD WINAPI giveLongPath(LPCWSTR path, LPWSTR longPath, DWORD size) {
     const std::wstring_view text = path;
@@ -215,7 +164,7 @@ TEST_P(HandleLeaks, ManyRoundsLeaveNoHandle) {
     {
         const Handle prepared(cycle.prepare(place));
         Handle(cycle.obtain(place)).close();  // the system may keep something from the first time
-        const DWORD reported = reportedHandles();
+        const DWORD reported = test::reportedHandles();
         const LiveHandles live;
         const test::ImportPatch longPaths(importedGetLongPathNameW, &giveLongPath);
         const test::LiveBlocks blocks;
@@ -230,7 +179,7 @@ TEST_P(HandleLeaks, ManyRoundsLeaveNoHandle) {
         if (cycle.obtains) {
             EXPECT_GE(live.opened(), cycle.rounds);
         }
-        EXPECT_EQ(reportedHandles(), reported);
+        EXPECT_EQ(test::reportedHandles(), reported);
     }
     EXPECT_TRUE(isNameFree(place.name));
     if (GetFileAttributesW(place.file.c_str()) != INVALID_FILE_ATTRIBUTES) {

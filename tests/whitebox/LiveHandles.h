@@ -1,0 +1,65 @@
+/// \file
+/// Counting the handles that the library, in its static form, has open.
+#pragma once
+
+#include <cstddef>
+#include <set>
+
+#include <windows.h>
+
+#include "whitebox/SecurityCalls.h"
+
+namespace test {
+
+/// Handles that the system reports to be open; 0 where it does not count them.
+inline DWORD reportedHandles() {
+    DWORD count = 0;
+    return GetProcessHandleCount(GetCurrentProcess(), &count) ? count : 0;
+}
+
+/// Every handle that comes out of a call, until it is closed.
+class LiveHandles {
+public:
+    [[nodiscard]] std::size_t live() const { return m_live.size(); }
+    [[nodiscard]] int opened() const { return m_opened; }
+
+private:
+    HANDLE note(HANDLE handle) {
+        // cppcheck-suppress knownConditionTrueFalse; two ways to say that there is none
+        if (handle && handle != INVALID_HANDLE_VALUE) {
+            m_live.insert(handle);
+            ++m_opened;
+        }
+        return handle;
+    }
+
+    std::set<HANDLE> m_live;
+    int m_opened = 0;
+
+    const ImportHook<importedCreateMutexW> m_createMutex{
+        [this](auto... arguments) { return note(m_createMutex.original(arguments...)); }};
+    const ImportHook<importedOpenMutexW> m_openMutex{
+        [this](auto... arguments) { return note(m_openMutex.original(arguments...)); }};
+    const ImportHook<importedCreateEventW> m_createEvent{
+        [this](auto... arguments) { return note(m_createEvent.original(arguments...)); }};
+    const ImportHook<importedOpenEventW> m_openEvent{
+        [this](auto... arguments) { return note(m_openEvent.original(arguments...)); }};
+    const ImportHook<importedCreateFileW> m_createFile{
+        [this](auto... arguments) { return note(m_createFile.original(arguments...)); }};
+    const ImportHook<importedCreateFileMappingW> m_createMapping{
+        [this](auto... arguments) { return note(m_createMapping.original(arguments...)); }};
+    const ImportHook<importedOpenFileMappingW> m_openMapping{
+        [this](auto... arguments) { return note(m_openMapping.original(arguments...)); }};
+    const ImportHook<importedOpenThreadToken> m_openThreadToken{
+        [this](HANDLE thread, DWORD access, BOOL asSelf, PHANDLE token) {
+            const BOOL done = m_openThreadToken.original(thread, access, asSelf, token);
+            note(done ? *token : nullptr);
+            return done;
+        }};
+    const ImportHook<importedCloseHandle> m_close{[this](HANDLE handle) {
+        m_live.erase(handle);
+        return m_close.original(handle);
+    }};
+};
+
+}  // namespace test

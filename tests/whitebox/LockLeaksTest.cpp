@@ -1,0 +1,184 @@
+/// \file
+/// Many rounds of the life of each named lock and condition, also along the ways that fail: every handle has gone back
+/// to the system, and the object is gone with its last owner.
+
+#include <ostream>
+#include <string>
+#include <thread>
+
+#include <gtest/gtest.h>
+
+#include <windows.h>
+
+#include "support/Handle.h"
+#include "support/NamedEvent.h"
+#include "support/TemporaryLog.h"
+#include "vorel/exceptions/Exception.h"
+#include "vorel/sync/AutoMutex.h"
+#include "vorel/sync/Condition.h"
+#include "vorel/sync/NamedCondition.h"
+#include "whitebox/LiveHandles.h"
+
+extern "C" {
+extern decltype(&::WaitForSingleObject) importedWaitOfLocks __asm__("__imp_WaitForSingleObject");
+extern decltype(&::SetEvent) importedSetEvent __asm__("__imp_SetEvent");
+}
+
+namespace {
+
+using test::Handle;
+using vorel::AutoMutex;
+using vorel::Exception;
+
+using Name = const std::wstring&;
+
+constexpr int kRounds = 10000;
+
+struct Cycle {
+    const char* name;
+    HANDLE (*prepare)(Name name);  // what is there before the first round
+    bool (*live)(Name name);       // a round; whether the object came to life
+
+    bool comesToLife;
+    int rounds = kRounds;
+
+    friend void PrintTo(const Cycle& cycle, std::ostream* out) { *out << cycle.name; }
+};
+
+HANDLE nothing(Name) {
+    return nullptr;
+}
+
+HANDLE anEvent(Name name) {
+    return CreateEventW(nullptr, FALSE, FALSE, (L"Global\\" + name).c_str());
+}
+
+HANDLE aMutex(Name name) {
+    return CreateMutexW(nullptr, FALSE, (L"Global\\" + name).c_str());
+}
+
+/// False when the body throws one of the library's exceptions.
+template <class Body>
+bool succeeds(Body&& body) {
+    try {
+        body();
+        return true;
+    } catch (const Exception&) {
+        return false;
+    }
+}
+
+bool useMutex(Name name) {
+    return succeeds([&] {
+        AutoMutex mutex(name.c_str(), true, false);
+        mutex.unlock();
+    });
+}
+
+bool leaveMutexHeld(Name name) {
+    return succeeds([&] {
+        AutoMutex mutex(name.c_str(), true, false);
+        mutex.lock(0, true);
+    });
+}
+
+bool renameMutex(Name name) {
+    return succeeds([&] {
+        AutoMutex mutex(name.c_str(), true, false);
+        mutex.initialize((name + L"_other").c_str(), false);
+    });
+}
+
+bool abandonMutex(Name name) {
+    return succeeds([&] {
+        AutoMutex mutex(name.c_str(), false, false);
+        std::thread([&] { mutex.lock(0, true); }).join();
+    });
+}
+
+bool timeOut(Name name) {
+    const test::ImportPatch wait(
+        importedWaitOfLocks, +[](HANDLE, DWORD) WINAPI -> DWORD { return WAIT_TIMEOUT; });
+    return succeeds([&] { const AutoMutex mutex(name.c_str(), true, false); });
+}
+
+bool useCondition(Name) {
+    return succeeds([&] {
+        vorel::ForcedCriticalSection lock;
+        vorel::Condition condition(lock);
+        lock.lock(0, true);
+        condition.signal();
+        condition.wait(0);
+        lock.unlock();
+    });
+}
+
+bool refuseCondition(Name) {
+    const auto refused = test::refuse(importedSetEvent);
+    return succeeds([&] {
+        vorel::ForcedCriticalSection lock;
+        vorel::Condition condition(lock);
+        condition.signal();
+    });
+}
+
+bool useNamedCondition(Name name) {
+    return succeeds([&] {
+        vorel::NamedCondition condition((L"Global\\" + name).c_str());
+        condition.signal();
+        condition.wait(0);
+    });
+}
+
+const Cycle kCycles[] = {
+    {"AutoMutex_Used", nothing, useMutex, true},
+    {"AutoMutex_OfAnother", aMutex, useMutex, true},
+    {"AutoMutex_HeldAtItsEnd", nothing, leaveMutexHeld, true},
+    {"AutoMutex_Renamed", nothing, renameMutex, true},
+    {"AutoMutex_TimedOut", nothing, timeOut, false},
+    {"Condition_Used", nothing, useCondition, true},
+    {"Condition_ThatCannotSignal", nothing, refuseCondition, false},
+    {"NamedCondition_Used", nothing, useNamedCondition, true},
+    {"NamedCondition_OfAnother", anEvent, useNamedCondition, true},
+    // The thread of each round takes longer than all the rest.
+    {"AutoMutex_AbandonedByAThread", nothing, abandonMutex, true, kRounds / 10},
+    // Each of these rounds has eleven attempts.
+    {"AutoMutex_OfATakenName", anEvent, useMutex, false, kRounds / 11},
+    {"NamedCondition_OfATakenName", aMutex, useNamedCondition, false, kRounds / 11},
+};
+
+class LockLeaks : public testing::TestWithParam<Cycle> {
+protected:
+    LockLeaks() { Exception::SetErrorLogSize(0); }
+
+    const test::TemporaryLog m_log;  // brings the size back
+    const std::wstring m_name = test::NamedEvent::uniqueName(L"leaks");
+};
+
+TEST_P(LockLeaks, ManyRoundsLeaveNoHandle) {
+    const Cycle& cycle = GetParam();
+    {
+        const Handle prepared(cycle.prepare(m_name));
+        const test::ImportPatch sleep(
+            importedSleep, +[](DWORD) WINAPI {});  // between the attempts
+        (void)cycle.live(m_name);                  // the system may keep something from the first time
+        const DWORD reported = test::reportedHandles();
+        const test::LiveHandles handles;
+        const test::LiveBlocks blocks;
+        for (int round = 0; round < cycle.rounds; ++round) {
+            ASSERT_EQ(cycle.live(m_name), cycle.comesToLife) << round;
+            ASSERT_EQ(handles.live(), 0u) << round;
+            ASSERT_EQ(blocks.live(), 0u) << round;
+        }
+        EXPECT_EQ(test::reportedHandles(), reported);
+    }
+    const std::wstring fullName = L"Global\\" + m_name;
+    EXPECT_FALSE(Handle(OpenMutexW(SYNCHRONIZE, FALSE, fullName.c_str())));
+    EXPECT_FALSE(Handle(OpenEventW(SYNCHRONIZE, FALSE, fullName.c_str())));
+    EXPECT_FALSE(Handle(OpenMutexW(SYNCHRONIZE, FALSE, (fullName + L"_other").c_str())));
+}
+
+INSTANTIATE_TEST_SUITE_P(Each, LockLeaks, testing::ValuesIn(kCycles),
+                         [](const auto& cycle) { return std::string(cycle.param.name); });
+
+}  // namespace
