@@ -117,9 +117,10 @@ int runParent() {
 
 int main(int argumentCount, char** arguments) {
     try {
-        return argumentCount == 4 ? shared_counter::runWorker(static_cast<unsigned int>(std::atoi(arguments[1])),
-                                                              arguments[2], arguments[3])
-                                  : shared_counter::runParent();
+        return argumentCount == 4
+                   ? shared_counter::runWorker(static_cast<unsigned int>(std::strtoul(arguments[1], nullptr, 10)),
+                                               arguments[2], arguments[3])
+                   : shared_counter::runParent();
     } catch (const vorel::Exception& e) {
         (void)std::fprintf(stderr, "shared_counter: %s\n", e.getCharErrorMessageBlock("; "));
     } catch (const std::exception& e) {

@@ -77,7 +77,8 @@ struct Bytes {
         return kNothing;
     }
     // A character that begins within these bytes and does not end there is left.
-    const unsigned int whole = announced >> size == 0 ? size : size - ((leads >> (size - 1) & 1) != 0 ? 1 : 2);
+    const unsigned int cut = (bitsFrom(leads, size - 1) & 1) != 0 ? 1 : 2;
+    const unsigned int whole = bitsFrom(announced, size) == 0 ? size : size - cut;
     const unsigned int kept = ~found.trailing & lowBits(whole);
     const unsigned int count = bits(kept);
     if (count > room) {
@@ -184,7 +185,7 @@ Stretch decodeNext(const unsigned char* bytes, std::size_t left, unsigned char* 
 }  // namespace
 
 Stretch decodeUtf8Avx2(const unsigned char* bytes, std::size_t left, void* out, std::size_t room, Tail tail) noexcept {
-    left = left < kLongestStretch ? left : kLongestStretch;
+    left = atMost(kLongestStretch, left);
     auto* const units = static_cast<unsigned char*>(out);
     unsigned int read = 0;
     unsigned int written = 0;

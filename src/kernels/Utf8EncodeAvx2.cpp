@@ -47,7 +47,8 @@ constexpr Shuffles oneToThreeBytes() noexcept {
 constexpr Shuffles kOneOrTwoBytes = oneOrTwoBytes();
 constexpr Shuffles kOneToThreeBytes = oneToThreeBytes();
 
-constexpr unsigned int kUnits = 8;        // of a block
+constexpr unsigned int kUnits = 8;  // of a block
+constexpr std::size_t kBlockBytes = 2 * std::size_t{kUnits};
 constexpr std::size_t kMostWritten = 28;  // for a block, with what does not count
 
 /// Up to 24 bytes of UTF-8, in two pieces that are written one behind the other.
@@ -150,8 +151,8 @@ struct Units {
     unsigned char* const start = out;
     unsigned int read = 0;
     while (left - read >= kUnits && room - static_cast<std::size_t>(out - start) >= kMostWritten &&
-           isInPage(units + std::size_t{2} * read, 2 * kUnits)) {
-        const __m128i block = load(units + std::size_t{2} * read);
+           isInPage(units + 2 * std::size_t{read}, kBlockBytes)) {
+        const __m128i block = load(units + 2 * std::size_t{read});
         const Units found(block);
         unsigned int count = kUnits;
         if (found.zeros != 0) {
@@ -169,7 +170,7 @@ struct Units {
                 break;
             }
             _mm_storeu_si128(reinterpret_cast<__m128i*>(out), pairs.first);
-            out += 2 * kUnits;
+            out += kBlockBytes;
         }
         read += kUnits;
     }
@@ -204,17 +205,17 @@ struct Units {
 
 Stretch encodeUtf8Avx2(const void* units, std::size_t left, unsigned char* out, std::size_t room,
                        bool paired) noexcept {
-    left = left < kLongestStretch ? left : kLongestStretch;
+    left = atMost(kLongestStretch, left);
     const auto* const bytes = static_cast<const unsigned char*>(units);
     unsigned int read = 0;
     unsigned int written = 0;
     while (read != left) {
-        const unsigned char* const next = bytes + std::size_t{2} * read;
+        const unsigned char* const next = bytes + 2 * std::size_t{read};
         Stretch step = kNothing;
         if (left - read >= kUnits && room - written >= kMostWritten) {
             step = encodeBlocks(next, left - read, out + written, room - written, paired);
         }
-        if (step.read == 0 && isInPage(next, 2 * kUnits)) {
+        if (step.read == 0 && isInPage(next, kBlockBytes)) {
             step = encodePart(load(next), left - read, out + written, room - written, paired);
         }
         if (step.read == 0) {

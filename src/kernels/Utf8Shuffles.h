@@ -15,7 +15,7 @@
 namespace vorel::kernels {
 
 inline constexpr Stretch kNothing{0, 0};
-inline constexpr std::size_t kLongestStretch = 1 << 30;
+inline constexpr unsigned int kLongestStretch = 1u << 30;
 
 /// Shuffles for a mask of eight elements or bytes: what is kept moves to the front.
 struct Shuffles {
@@ -46,7 +46,12 @@ static inline unsigned int lowestBit(unsigned int mask) noexcept {
 
 /// The lower `count` bits, fewer than 32.
 static inline unsigned int lowBits(unsigned int count) noexcept {
-    return (1u << count) - 1;
+    return (1u << (count & 31)) - 1;
+}
+
+/// What stands from the bit `place` on, below 32.
+static inline unsigned int bitsFrom(unsigned int mask, unsigned int place) noexcept {
+    return mask >> (place & 31);
 }
 
 static inline unsigned int atMost(unsigned int count, std::size_t limit) noexcept {

@@ -224,25 +224,22 @@ long long AutoMutex::GetLockingThreadID() {
 }
 
 void AutoMutex::SetLockingThreadID() {
-    const Bookkeeping held(m_bookkeeping);
-    const long long self = currentThread();
-    if (m_lockingThreadId != 0 && m_lockingThreadId != self) {
-        throw Exception(L"Mutex %ls: Trying to set threadID from a thread that does not own the mutex.  "
-                        L"Current owner = %i, my threadID = %i",
-                        name(), printed(m_lockingThreadId), printed(self));
-    }
-    m_lockingThreadId = self;
+    changeOwner(L"set", currentThread());
 }
 
 void AutoMutex::ResetLockingThreadID() {
+    changeOwner(L"reset", 0);
+}
+
+void AutoMutex::changeOwner(const wchar_t* change, long long owner) {
     const Bookkeeping held(m_bookkeeping);
     const long long self = currentThread();
     if (m_lockingThreadId != 0 && m_lockingThreadId != self) {
-        throw Exception(L"Mutex %ls: Trying to reset threadID from a thread that does not own the mutex.  "
+        throw Exception(L"Mutex %ls: Trying to %ls threadID from a thread that does not own the mutex.  "
                         L"Current owner = %i, my threadID = %i",
-                        name(), printed(m_lockingThreadId), printed(self));
+                        name(), change, printed(m_lockingThreadId), printed(self));
     }
-    m_lockingThreadId = 0;
+    m_lockingThreadId = owner;
 }
 
 static_assert(sizeof(AutoMutex) == 80 && alignof(AutoMutex) == 8);

@@ -28,6 +28,7 @@ private:
 
 const wchar_t* const Condition::ClassName = L"Condition";
 
+// cppcheck-suppress constParameter; waiters leave it and take it
 Condition::Condition(ForcedCriticalSection& lock) try : m_lock(lock) { createCondition(); } catch (...) {
     detail::passOn(ClassName, L"Condition()");
 }

@@ -83,7 +83,7 @@ TEST(NamedCondition, ANameOfAnotherKindOfObjectCannotBeHad) {
     const test::TemporaryLog log;
     const std::wstring name = uniqueName(L"taken");
     const test::Handle mutex(CreateMutexW(nullptr, FALSE, name.c_str()));
-    ASSERT_FALSE(OpenEventW(SYNCHRONIZE, FALSE, name.c_str()));
+    ASSERT_FALSE(test::eventExists(name));
     vorel::BaseString<wchar_t> reason;
     vorel::util::GetLastErrorMsg(reason);
 

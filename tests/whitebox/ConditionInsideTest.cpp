@@ -63,6 +63,7 @@ using vorel::ForcedCriticalSection;
 using vorel::Guard;
 using vorel::NamedCondition;
 
+// cppcheck-suppress constParameter; as the system declares it
 HANDLE WINAPI createNoEvent(SECURITY_ATTRIBUTES* security, BOOL manualReset, BOOL initialState, const wchar_t* name) {
     EXPECT_EQ(security, nullptr);
     EXPECT_EQ(manualReset, FALSE);

@@ -77,6 +77,7 @@ private:
     unsigned long waitFor(unsigned int timeout);
     void countTaken();
     void takeFromOtherThread();
+    void changeOwner(const wchar_t* change, long long owner);
 
     void terminate();
     int GetLockCount();
