@@ -255,6 +255,22 @@ void registerSpy(Trial& trial) {
     expectNoRequest(trial);
 }
 
+/// A client class with allocation of its own.
+class Client : vorel::AllocBase {
+public:
+    static void* allocate() { return _alloc(100); }
+    static void release(void* block) { _free(block); }
+};
+
+void classLevelAllocation(Trial& trial) {
+    void* block = nullptr;
+    trial.perform([&] { block = Client::allocate(); });
+    trial.expectCompleted();
+    EXPECT_EQ(trial.requests(), 1u);
+    EXPECT_EQ(block == nullptr, trial.refused()) << "the heap's answer is passed on";
+    Client::release(block);  // a block that stays is found by the walker
+}
+
 const std::vector<Operation>& securedObjects() {
     static const std::vector<Operation> kOperations = {
         {"Mutex", mutex},
@@ -269,6 +285,7 @@ const std::vector<Operation>& securedObjects() {
         {"Mapping_OfAnEmptyFile", mappingOfAnEmptyFile},
         {"IsAdmin", isAdmin},
         {"RegisterSpy", registerSpy},
+        {"ClassLevelAllocation", classLevelAllocation},
     };
     return kOperations;
 }
