@@ -18,6 +18,12 @@
 
 namespace vorel::kernels {
 
+/// Whether `element` is from 0x01 to 0x7F.
+template <class T>
+constexpr bool isAsciiText(T element) noexcept {
+    return element - 1u < 0x7F;
+}
+
 /// Elements that a run is copied by at once.
 inline constexpr std::size_t kAsciiBlock = 16;
 
@@ -75,7 +81,7 @@ std::size_t copyAsciiRun(const From* from, std::size_t count, To* to) noexcept {
     while (done != count) {
         if (!isInPage(from + done, kAsciiBlock * sizeof(From))) {
             // One by one into the next page.
-            if (from[done] - 1u >= 0x7F) {
+            if (!isAsciiText(from[done])) {
                 break;
             }
             to[done] = static_cast<To>(from[done]);

@@ -106,7 +106,7 @@ private:
     std::size_t readBlocks(Unit* out, std::size_t room) noexcept {
         static_assert(sizeof(Unit) == 2);
         std::size_t units = 0;
-        if (*m_cursor.position() < 0x80) {
+        if (isAsciiText(*m_cursor.position())) {
             units = widenAsciiRun(m_cursor.position(), std::min(m_cursor.left(), room), out);
             m_cursor.pass(units);
         }
@@ -167,8 +167,11 @@ private:
     /// Writes a run of ASCII, and then what is well-formed, in blocks, and returns the number of bytes.
     std::size_t writeBlocks(unsigned char* out, std::size_t enough, std::size_t room) noexcept {
         static_assert(sizeof(Unit) == 2);
-        const std::size_t run = narrowAsciiRun(m_cursor.position(), std::min(m_cursor.left(), enough), out);
-        m_cursor.pass(run);
+        std::size_t run = 0;
+        if (isAsciiText(*m_cursor.position())) {
+            run = narrowAsciiRun(m_cursor.position(), std::min(m_cursor.left(), enough), out);
+            m_cursor.pass(run);
+        }
         if (!s_useAvx2 || run == enough || m_cursor.atEnd()) {
             return run;
         }
