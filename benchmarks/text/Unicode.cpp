@@ -32,14 +32,20 @@ std::wstring textOf(std::size_t size, unsigned int first, unsigned int last, uns
     return text;
 }
 
-/// The peers without tables or vectors: a character at a time, as the codes are written down.
-std::uint64_t decodePlainly(const char* utf8, std::size_t count, wchar_t* out) {
+/// The peers without tables or vectors: a character at a time, as the codes are written down, while there is room and
+/// nothing that starts no character.
+std::uint64_t decodePlainly(const char* utf8, std::size_t count, std::wstring& buffer) {
     const auto* byte = reinterpret_cast<const unsigned char*>(utf8);
     const auto* const end = byte + count;
-    wchar_t* const start = out;
-    while (byte < end && *byte != 0) {
+    wchar_t* out = buffer.data();
+    const wchar_t* const start = out;
+    const wchar_t* const lastRoom = out + buffer.size() - 2;
+    while (byte < end && *byte != 0 && out <= lastRoom) {
         unsigned int value = *byte++;
-        if (value >= 0xC0) {
+        if (value >= 0x80) {
+            if (value < 0xC0 || value > 0xF4) {
+                return 0;
+            }
             const int trailing = value < 0xE0 ? 1 : value < 0xF0 ? 2 : 3;
             value &= 0x3Fu >> trailing;
             for (int left = trailing; left != 0; --left) {
@@ -57,10 +63,12 @@ std::uint64_t decodePlainly(const char* utf8, std::size_t count, wchar_t* out) {
     return static_cast<std::uint64_t>(out - start);
 }
 
-std::uint64_t encodePlainly(const wchar_t* unit, std::size_t count, char* out) {
+std::uint64_t encodePlainly(const wchar_t* unit, std::size_t count, std::string& buffer) {
     const wchar_t* const end = unit + count;
-    char* const start = out;
-    while (unit < end && *unit != 0) {
+    char* out = buffer.data();
+    const char* const start = out;
+    const char* const lastRoom = out + buffer.size() - 4;
+    while (unit < end && *unit != 0 && out <= lastRoom) {
         unsigned int value = *unit++;
         if (value < 0x80) {
             *out++ = static_cast<char>(value);
@@ -91,18 +99,18 @@ void compare(Family& family, const std::string& name, const std::wstring& text) 
     family.compare("UTF-8 to wide, " + name, 1,
                    [&] {
                        util::ConvertUTF8toString(wide, utf8.c_str(), bytes, true);
-                       return std::uint64_t{wide.length()};
+                       return std::uint64_t{wide.data()[0]};
                    },
                    {{"MultiByteToWideChar",
                      [&] {
                          return static_cast<std::uint64_t>(MultiByteToWideChar(
                              CP_UTF8, 0, utf8.c_str(), bytes, wideBuffer.data(), static_cast<int>(wideBuffer.size())));
                      }},
-                    {"plain loop", [&] { return decodePlainly(utf8.c_str(), utf8.length(), wideBuffer.data()); }}});
+                    {"plain loop", [&] { return decodePlainly(utf8.c_str(), utf8.length(), wideBuffer); }}});
     family.compare("wide to UTF-8, " + name, 1,
                    [&] {
                        util::ConvertStringtoUTF8(text.c_str(), narrow, units);
-                       return std::uint64_t{narrow.length()};
+                       return static_cast<std::uint64_t>(narrow.data()[0]);
                    },
                    {{"WideCharToMultiByte",
                      [&] {
@@ -110,7 +118,7 @@ void compare(Family& family, const std::string& name, const std::wstring& text) 
                              WideCharToMultiByte(CP_UTF8, 0, text.c_str(), units, narrowBuffer.data(),
                                                  static_cast<int>(narrowBuffer.size()), nullptr, nullptr));
                      }},
-                    {"plain loop", [&] { return encodePlainly(text.c_str(), text.size(), narrowBuffer.data()); }}});
+                    {"plain loop", [&] { return encodePlainly(text.c_str(), text.size(), narrowBuffer); }}});
 }
 
 }  // namespace

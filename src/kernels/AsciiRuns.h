@@ -101,6 +101,39 @@ std::size_t copyAsciiRun(const From* from, std::size_t count, To* to) noexcept {
     return done;
 }
 
+/// Copies eight elements if all of them are from 0x01 to 0x7F.
+template <class From, class To>
+bool copyEightAscii(const From* from, To* to) noexcept {
+    const auto* const place = reinterpret_cast<const __m128i*>(from);
+    const __m128i zero = _mm_setzero_si128();
+    const AsciiBlock block(sizeof(From) == 1 ? _mm_loadl_epi64(place) : _mm_packus_epi16(_mm_loadu_si128(place), zero));
+    if ((block.stops & 0xFF) != 0) {
+        return false;
+    }
+    if constexpr (sizeof(To) == 1) {
+        _mm_storel_epi64(reinterpret_cast<__m128i*>(to), block.bytes);
+    } else {
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(to), _mm_unpacklo_epi8(block.bytes, zero));
+    }
+    return true;
+}
+
+/// Copies `count` elements if all of them are from 0x01 to 0x7F, for texts that are too short for blocks of sixteen.
+/// False when one is not, and for fewer than eight; and across pages, where a zero could be the last that may be read.
+template <class From, class To>
+bool copyShortAscii(const From* from, std::size_t count, To* to) noexcept {
+    if (count < 8 || !isInPage(from, count * sizeof(From))) {
+        return false;
+    }
+    const std::size_t last = count - 8;  // these eight may overlap those before them
+    for (std::size_t at = 0; at < last; at += 8) {
+        if (!copyEightAscii(from + at, to + at)) {
+            return false;
+        }
+    }
+    return copyEightAscii(from + last, to + last);
+}
+
 /// Widens bytes from 0x01 to 0x7F into units until `count` are done or another byte stands next. Returns how many.
 template <class Unit>
 std::size_t widenAsciiRun(const unsigned char* bytes, std::size_t count, Unit* units) noexcept {

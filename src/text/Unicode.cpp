@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "core/StringAccess.h"
+#include "kernels/Utf8Short.h"
 #include "kernels/Utf8Streams.h"
 #include "text/OutputTail.h"
 #include "vorel/core/Protocol.h"
@@ -60,6 +61,44 @@ auto withInput(const char* fmt, const char* input, Conversion&& conversion) {
     }
 }
 
+/// Takes the length of what was converted in one go; false when that was not done.
+template <class T>
+bool isDone(BaseString<T>& output, std::size_t units) noexcept {
+    if (units == kernels::kNotShort) {
+        return false;
+    }
+    detail::StringAccess<T>::setLength(output, static_cast<unsigned int>(units));
+    return true;
+}
+
+/// Decodes a short text that fits into the buffer that the string has.
+bool decodeShort(BaseString<wchar_t>& output, const unsigned char* input, int length) noexcept {
+    return input && output.capacity() != 0 &&
+           isDone(output, kernels::decodeShortText(input, length, output.data(), output.capacity() - 1));
+}
+
+/// Not a part of its callers, so that a short text pays for none of it.
+[[gnu::noinline]] bool decode(BaseString<wchar_t>& output, const unsigned char* input, int length, bool throwOnError) {
+    return guarded(L"vorel::util::ConvertUTF8toString", [&] {
+        if (!input) {
+            output.clear();
+            return true;
+        }
+        Reader reader(input, length);
+        text::fill<kUnitsPerBlock, 1>(
+            text::StringTail(output),
+            [&](wchar_t* out, std::size_t room) { return reader.read<Reader::LastPair::Left>(out, room); },
+            [&](wchar_t* out) { return reader.read<Reader::LastPair::Written>(out, kUnitsPerBlock); },
+            [&] { return reader.failed() || reader.atEnd(); });
+        if (reader.failed()) {
+            // Units leave the conversion in whole blocks; what was on its way is lost.
+            output.reserve(output.length() / kUnitsPerBlock * kUnitsPerBlock, false);
+            return refuse(reader.position(), throwOnError);
+        }
+        return true;
+    });
+}
+
 /// Appends the UTF-8 form of a wide text.
 template <Surrogates Rule, unsigned int Block, class Tail>
 void encode(const wchar_t* input, int length, Tail&& tail) {
@@ -92,6 +131,13 @@ private:
     BaseString<char>* m_text;
 };
 
+/// Encodes a short text that fits into the buffer that the string has.
+bool encodeShort(BaseString<char>& output, const wchar_t* input, int length) noexcept {
+    auto* const out = reinterpret_cast<unsigned char*>(output.data());
+    return input && output.capacity() != 0 &&
+           isDone(output, kernels::encodeShortText<Surrogates::Paired>(input, length, out, output.capacity() - 1));
+}
+
 }  // namespace
 
 int ConvertUCStoUTF8(unsigned int codePoint, char* output, int) noexcept {
@@ -102,29 +148,13 @@ int ConvertUCStoUTF8(unsigned int codePoint, char* output, int) noexcept {
 }
 
 bool ConvertUTF8toString(BaseString<wchar_t>& output, const unsigned char* input, int length, bool throwOnError) {
-    return guarded(L"vorel::util::ConvertUTF8toString", [&] {
-        if (!input) {
-            output.clear();
-            return true;
-        }
-        Reader reader(input, length);
-        text::fill<kUnitsPerBlock, 1>(
-            text::StringTail(output),
-            [&](wchar_t* out, std::size_t room) { return reader.read<Reader::LastPair::Left>(out, room); },
-            [&](wchar_t* out) { return reader.read<Reader::LastPair::Written>(out, kUnitsPerBlock); },
-            [&] { return reader.failed() || reader.atEnd(); });
-        if (reader.failed()) {
-            // Units leave the conversion in whole blocks; what was on its way is lost.
-            output.reserve(output.length() / kUnitsPerBlock * kUnitsPerBlock, false);
-            return refuse(reader.position(), throwOnError);
-        }
-        return true;
-    });
+    return decodeShort(output, input, length) || decode(output, input, length, throwOnError);
 }
 
 bool ConvertUTF8toString(BaseString<wchar_t>& output, const char* input, int length, bool throwOnError) {
-    return withInput("Failed to convert utf8 text to String: %s", input,
-                     [&] { return ConvertUTF8toString(output, bytesOf(input), length, throwOnError); });
+    return decodeShort(output, bytesOf(input), length) ||
+           withInput("Failed to convert utf8 text to String: %s", input,
+                     [&] { return decode(output, bytesOf(input), length, throwOnError); });
 }
 
 bool ConvertUTF8toString(wchar_t* output, unsigned int size, const unsigned char* input, int length,
@@ -158,6 +188,9 @@ void ConvertStringtoUTF8(const wchar_t* input, Array<unsigned char>& output, boo
 }
 
 void ConvertStringtoUTF8(const wchar_t* input, BaseString<char>& output, int length) {
+    if (encodeShort(output, input, length)) {
+        return;
+    }
     guarded(L"vorel::util::ConvertStringtoUTF8", [&] {
         if (!input) {
             output.clear();

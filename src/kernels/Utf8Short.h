@@ -1,0 +1,144 @@
+/// \file
+/// Short texts, converted whole, a character at a time: what makes the conversion of long ones fast (Utf8Streams.h)
+/// takes longer to get ready than a name or a word takes here. Nothing is checked that the codec's rules do not ask for
+/// (Utf8.h), and what is rare is left to the conversion of long texts, from the start.
+#pragma once
+
+#include <algorithm>
+#include <bit>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+
+#include <emmintrin.h>
+
+#include "kernels/AsciiRuns.h"
+#include "kernels/Pages.h"
+#include "kernels/Utf8.h"
+
+namespace vorel::kernels {
+
+/// The most elements of a short text.
+inline constexpr std::size_t kShortText = 48;
+
+/// The answer for a text that is left to the conversion of long ones.
+inline constexpr std::size_t kNotShort = kShortText + 1;
+
+/// How many elements a short text has at most: its length, or, where that is below 0, what stands before its zero.
+template <class Element>
+std::size_t shortTextLength(const Element* text, int length) noexcept {
+    constexpr std::size_t kPerVector = sizeof(__m128i) / sizeof(Element);
+    if (length >= 0) {
+        return std::min(static_cast<std::size_t>(length), kNotShort);
+    }
+    if (!isInPage(text, kShortText * sizeof(Element))) {
+        return kNotShort;
+    }
+    const __m128i zero = _mm_setzero_si128();
+    std::uint64_t zeros = 0;
+    for (std::size_t at = 0; at != kShortText; at += kPerVector) {
+        const __m128i block = _mm_loadu_si128(reinterpret_cast<const __m128i*>(text + at));
+        const __m128i found =
+            sizeof(Element) == 1 ? _mm_cmpeq_epi8(block, zero) : _mm_packs_epi16(_mm_cmpeq_epi16(block, zero), zero);
+        zeros |= static_cast<std::uint64_t>(_mm_movemask_epi8(found)) << at;
+    }
+    return zeros != 0 ? static_cast<std::size_t>(std::countr_zero(zeros)) : kNotShort;
+}
+
+/// Decodes a short text, with the bytes of its last sequence even when they lie beyond its end. Returns the number of
+/// units, or `kNotShort`: then there is a byte that starts nothing or six bytes, or the room is short, or may be.
+template <class Unit>
+std::size_t decodeShortText(const unsigned char* text, int length, Unit* out, std::size_t room) noexcept {
+    const std::size_t bytes = shortTextLength(text, length);
+    if (bytes == kNotShort || room < 2) {
+        return kNotShort;
+    }
+    if (bytes <= room && copyShortAscii(text, bytes, out)) {
+        return bytes;
+    }
+    const unsigned char* byte = text;
+    const unsigned char* const end = text + bytes;
+    const Unit* const start = out;
+    const Unit* const lastPair = out + (room - 2);
+    const auto trailing = [&](unsigned int place) { return byte[place] & 0x3Fu; };
+    while (byte < end) {
+        const std::uint32_t lead = *byte;
+        if (out > lastPair) {
+            return kNotShort;
+        }
+        if (lead - 1 < 0x7F) {
+            *out++ = static_cast<Unit>(lead);
+            ++byte;
+        } else if (lead >= 0xC0 && lead < 0xE0) {
+            *out++ = static_cast<Unit>((lead & 0x1F) << 6 | trailing(1));
+            byte += 2;
+        } else if (lead >= 0xE0 && lead < 0xF0) {
+            *out++ = static_cast<Unit>(lead << 12 | trailing(1) << 6 | trailing(2));
+            byte += 3;
+        } else if ((lead & 0xF1) == 0xF0) {
+            const std::uint32_t value = (lead & 0x0F) << 18 | trailing(1) << 12 | trailing(2) << 6 | trailing(3);
+            if (value < 0x10000) {
+                return kNotShort;
+            }
+            const std::uint32_t pair = 0xDC00D7C0 + (value >> 10) + ((value & 0x3FF) << 16);
+            std::memcpy(out, &pair, sizeof pair);
+            out += 2;
+            byte += 4;
+        } else if (lead == 0) {
+            break;
+        } else {
+            return kNotShort;
+        }
+    }
+    // Without a length, a text goes on behind a zero that was taken for a trailing byte.
+    return byte > end && length < 0 ? kNotShort : static_cast<std::size_t>(out - start);
+}
+
+/// Encodes a short text; a surrogate pair whose first unit is the last one is taken whole. Returns the number of bytes,
+/// or `kNotShort`: then there is a surrogate that stands alone, or the room is short, or may be.
+template <Surrogates Rule, class Unit>
+std::size_t encodeShortText(const Unit* text, int length, unsigned char* out, std::size_t room) noexcept {
+    const std::size_t units = shortTextLength(text, length);
+    if (units == kNotShort || room < 4) {
+        return kNotShort;
+    }
+    if (units <= room && copyShortAscii(text, units, out)) {
+        return units;
+    }
+    const Unit* unit = text;
+    const Unit* const end = text + units;
+    const unsigned char* const start = out;
+    const unsigned char* const lastFour = out + (room - 4);
+    const auto put = [&](std::uint32_t bits) { *out++ = static_cast<unsigned char>(bits); };
+    const auto putTrailing = [&](std::uint32_t bits) { put(0x80 | (bits & 0x3F)); };
+    while (unit < end) {
+        const std::uint32_t value{static_cast<std::uint16_t>(*unit)};
+        if (out > lastFour) {
+            return kNotShort;
+        }
+        if (value - 1 < 0x7F) {
+            put(value);
+        } else if (value - 0x80 < 0x800 - 0x80) {
+            put(0xC0 | value >> 6);
+            putTrailing(value);
+        } else if (value == 0) {
+            break;
+        } else if (Rule == Surrogates::Single || (value & 0xF800) != 0xD800) {
+            put(0xE0 | value >> 12);
+            putTrailing(value >> 6);
+            putTrailing(value);
+        } else if (isHighSurrogate(value) && isLowSurrogate(unit[1])) {
+            const std::uint32_t code = value * 1024 - 56613888 + static_cast<std::uint16_t>(*++unit);
+            put(0xF0 | code >> 18);
+            putTrailing(code >> 12);
+            putTrailing(code >> 6);
+            putTrailing(code);
+        } else {
+            return kNotShort;
+        }
+        ++unit;
+    }
+    return static_cast<std::size_t>(out - start);
+}
+
+}  // namespace vorel::kernels
