@@ -1,0 +1,244 @@
+/// \file
+/// Six processes use the log, a named mutex, named conditions and conversions together, and are killed at random and
+/// started again: for 10 seconds, or as many as VOREL_STRESS_SECONDS says. The first of them lives from beginning to
+/// end: its memory and handles must not grow.
+
+#include <array>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <memory>
+#include <optional>
+#include <random>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "support/ChildProcess.h"
+#include "support/LogText.h"
+#include "support/SoakFigures.h"
+#include "support/TemporaryLog.h"
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+using test::SoakCounts;
+using test::SoakFigures;
+
+constexpr unsigned int kSeed = 20261121;
+
+std::chrono::seconds duration() {
+    const char* const wanted = std::getenv("VOREL_STRESS_SECONDS");
+    return std::chrono::seconds(wanted ? std::strtoll(wanted, nullptr, 10) : 10);
+}
+
+std::wstring wide(const std::string& ascii) {
+    return {ascii.begin(), ascii.end()};
+}
+
+/// One process from its start to its end, or its death.
+struct Life {
+    unsigned int process;
+    bool killed = false;
+    long long lines = 0;
+    long long slowLines = 0;
+    // What was found in the log:
+    long long found = 0;
+    long long next = 0;  ///< the number behind the last one found
+};
+
+/// What all lives of one process have done.
+struct Sum {
+    long long lives = 0;
+    long long lines = 0;
+    long long additions = 0;
+    long long wakeUps = 0;
+    long long conversions = 0;
+};
+
+class Soak {
+public:
+    Soak() {
+        for (unsigned int process = 0; process != SoakFigures::kProcesses; ++process) {
+            start(process);
+        }
+    }
+
+    /// Kills one after the other, in random order and at random moments, until the end.
+    void run(std::chrono::seconds length) {
+        std::mt19937 random(kSeed);
+        std::uniform_int_distribution<unsigned int> victims(1, SoakFigures::kProcesses - 1);
+        std::uniform_int_distribution<unsigned int> pausesMs(50, 900);
+        const test::NamedEvent never(test::NamedEvent::uniqueName(L"never"));
+        for (const Clock::time_point end = Clock::now() + length; Clock::now() < end;) {
+            EXPECT_FALSE(never.wait(pausesMs(random)));
+            const unsigned int victim = victims(random);
+            m_processes[victim]->terminate();
+            m_lives[m_current[victim]].killed = true;
+            ++m_kills;
+            close(victim);
+            start(victim);
+        }
+        m_figures->atEnd = 1;
+        for (unsigned int process = 0; process != SoakFigures::kProcesses; ++process) {
+            ASSERT_TRUE(m_processes[process]->wait()) << "process " << process << " hangs";
+            EXPECT_EQ(m_processes[process]->exitCode(), 0u);
+            close(process);
+        }
+    }
+
+    /// Each line that a process has written must be there, once and in order. One that was killed may have written one
+    /// more, or a part of one.
+    void expectTheLog() {
+        readLog();
+        EXPECT_LE(m_torn, m_kills);
+        EXPECT_LE(m_abandoned, m_kills);
+        EXPECT_EQ(m_strange, 0) << m_firstStrange;
+        for (std::size_t number = 0; number != m_lives.size(); ++number) {
+            const Life& life = m_lives[number];
+            SCOPED_TRACE("life " + std::to_string(number) + " of process " + std::to_string(life.process));
+            EXPECT_LE(life.next, life.lines + (life.killed ? 1 : 0));
+            EXPECT_GE(life.found + life.slowLines, life.lines);
+            EXPECT_LE(life.found, life.next);
+        }
+    }
+
+    void expectTheNumber() {
+        long long additions = 0;
+        for (const Sum& sum : m_sums) {
+            additions += sum.additions;
+        }
+        // Who is killed between the two has added to the one only.
+        EXPECT_GE(m_figures->number, additions);
+        EXPECT_LE(m_figures->number, additions + m_kills);
+    }
+
+    /// Of the process that was never killed.
+    void expectNoGrowth() {
+        const SoakCounts& survivor = m_figures->processes[0];
+        ASSERT_NE(survivor.memoryKiBFirst, 0) << "it was a trial";
+        EXPECT_LE(survivor.memoryKiB, survivor.memoryKiBFirst + 1024);
+        EXPECT_LE(survivor.handles, survivor.handlesFirst + 4);
+        for (const Sum& sum : m_sums) {
+            EXPECT_GT(sum.wakeUps, 0);
+            EXPECT_GT(sum.conversions, 0);
+        }
+    }
+
+    void tell() {
+        std::printf("process  lives     lines  additions  wake-ups  conversions\n");
+        for (std::size_t process = 0; process != m_sums.size(); ++process) {
+            const Sum& sum = m_sums[process];
+            std::printf("%7zu %6lld %9lld %10lld %9lld %12lld\n", process, sum.lives, sum.lines, sum.additions,
+                        sum.wakeUps, sum.conversions);
+        }
+        const SoakCounts& survivor = m_figures->processes[0];
+        std::printf("killed: %lld; half lines: %lld; mutexes left behind: %lld\n", m_kills, m_torn, m_abandoned);
+        std::printf("process 0, first and last: %lld and %lld KiB, handle places %lld and %lld\n",
+                    static_cast<long long>(survivor.memoryKiBFirst), static_cast<long long>(survivor.memoryKiB),
+                    static_cast<long long>(survivor.handlesFirst), static_cast<long long>(survivor.handles));
+    }
+
+private:
+    void start(unsigned int process) {
+        m_current[process] = m_lives.size();
+        m_processes[process] = std::make_unique<test::ChildProcess>(
+            L"soak_worker",
+            std::vector<std::wstring>{L"run=" + m_run, L"process=" + std::to_wstring(process),
+                                      L"life=" + std::to_wstring(m_lives.size()), L"log=" + wide(m_log.path())});
+        m_lives.push_back({process});
+    }
+
+    /// Takes down what a process that has ended has done.
+    void close(unsigned int process) {
+        SoakCounts& counts = m_figures->processes[process];
+        Life& life = m_lives[m_current[process]];
+        life.lines = counts.lines;
+        life.slowLines = counts.slowLines;
+        Sum& sum = m_sums[process];
+        ++sum.lives;
+        sum.lines += counts.lines;
+        sum.additions += counts.additions;
+        sum.wakeUps += counts.wakeUps;
+        sum.conversions += counts.conversions;
+        if (process != 0) {
+            for (volatile long long* const count :
+                 {&counts.lines, &counts.slowLines, &counts.additions, &counts.wakeUps, &counts.conversions}) {
+                *count = 0;
+            }
+        }
+    }
+
+    void readLog() {
+        constexpr std::string_view kEnd = "\r\n";
+        const std::string bytes = test::readFileBytes(m_log.path()).value_or("");
+        for (std::string_view rest = bytes; !rest.empty();) {
+            const std::size_t length = rest.find(kEnd);
+            readLine(rest.substr(0, length));
+            rest.remove_prefix(length == std::string_view::npos ? rest.size() : length + kEnd.size());
+        }
+    }
+
+    /// A line may stand behind the half one of a process that was killed while it wrote.
+    void readLine(std::string_view line) {
+        const std::size_t last = line.rfind("[");
+        if (!takeLine(line)) {
+            ++m_torn;
+            if (last != 0 && last != std::string_view::npos && !takeLine(line.substr(last))) {
+                ++m_strange;
+                m_firstStrange = m_firstStrange.empty() ? std::string(line) : m_firstStrange;
+            }
+        }
+    }
+
+    bool takeLine(std::string_view line) {
+        constexpr std::string_view kPrefix = "WARN: ";
+        const std::optional<test::LogLine> fields = test::parseLogLine(line);
+        if (!fields || !fields->message.starts_with(kPrefix)) {
+            return false;
+        }
+        const std::string_view message = std::string_view(fields->message).substr(kPrefix.size());
+        if (message.starts_with("AutoMutex::lock: WAIT_ABANDONED: ")) {
+            ++m_abandoned;
+            return true;
+        }
+        const std::optional<test::StressLineId> id = test::readStressLine(message);
+        if (!id || id->thread >= m_lives.size() || m_lives[id->thread].process != id->writer) {
+            return false;
+        }
+        Life& life = m_lives[id->thread];
+        EXPECT_GE(id->number, life.next) << "twice, or out of order: " << message;
+        life.next = id->number + 1LL;
+        ++life.found;
+        return true;
+    }
+
+    const test::TemporaryLog m_log;
+    const std::wstring m_run = test::NamedEvent::uniqueName(L"soak");
+    test::SharedSoakFigures m_figures{m_run + L"_figures"};
+    std::array<std::unique_ptr<test::ChildProcess>, SoakFigures::kProcesses> m_processes;
+    std::array<std::size_t, SoakFigures::kProcesses> m_current{};
+    std::array<Sum, SoakFigures::kProcesses> m_sums{};
+    std::vector<Life> m_lives;
+    long long m_kills = 0;
+    long long m_torn = 0;
+    long long m_abandoned = 0;
+    long long m_strange = 0;
+    std::string m_firstStrange;
+};
+
+TEST(SoakTest, NothingIsLostAndNothingGrowsWhileProcessesAreKilled) {
+    Soak soak;
+    soak.run(duration());
+    soak.tell();
+    if (HasFatalFailure()) {
+        return;
+    }
+    soak.expectTheLog();
+    soak.expectTheNumber();
+    soak.expectNoGrowth();
+}
+
+}  // namespace
