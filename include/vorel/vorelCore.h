@@ -3,6 +3,7 @@
 /// as `unsigned long`.
 #pragma once
 
+#include "vorel/Attributes.h"
 #include "vorel/Export.h"
 #include "vorel/core/Array.h"
 #include "vorel/core/BaseString.h"

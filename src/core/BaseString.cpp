@@ -199,6 +199,12 @@ BaseString<T>& BaseString<T>::operator=(const BaseString& other) {
 }
 
 template <class T>
+BaseString<T>& BaseString<T>::operator=(std::basic_string_view<T> text) {
+    assign(*this, text.data(), countOf(text));
+    return *this;
+}
+
+template <class T>
 BaseString<T>& BaseString<T>::operator=(BaseString&& other) noexcept {
     if (this != &other) {
         std::free(m_data);
@@ -278,8 +284,18 @@ T* BaseString<T>::reserve(unsigned int count, bool discard) {
     return m_data;
 }
 
-template <class T>
-BaseString<T>& BaseString<T>::format(const T* fmt, ...) {
+// Two of them, because the compiler checks the arguments of the narrow one.
+template <>
+BaseString<char>& BaseString<char>::format(const char* fmt, ...) {
+    va_list args;
+    va_start(args, fmt);
+    vformat(fmt, args);
+    va_end(args);
+    return *this;
+}
+
+template <>
+BaseString<wchar_t>& BaseString<wchar_t>::format(const wchar_t* fmt, ...) {
     va_list args;
     va_start(args, fmt);
     vformat(fmt, args);

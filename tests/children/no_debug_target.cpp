@@ -25,9 +25,9 @@ void vDebugWith(const T* target, const T* format, ...) {
 }
 
 void debugAll() {
-    Exception::debug(nowhere<char>(), "%hs", nowhere<char>());
+    Exception::debug(nowhere<char>(), "%s", nowhere<char>());
     Exception::debug(nowhere<wchar_t>(), L"%ls", nowhere<wchar_t>());
-    vDebugWith(nowhere<char>(), "%hs", nowhere<char>());
+    vDebugWith(nowhere<char>(), "%s", nowhere<char>());
     vDebugWith(nowhere<wchar_t>(), L"%ls", nowhere<wchar_t>());
     Exception::debugClass(nowhere<wchar_t>(), nowhere<wchar_t>(), nowhere<wchar_t>(), L"%ls", nowhere<wchar_t>());
 }

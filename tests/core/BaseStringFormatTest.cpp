@@ -50,7 +50,7 @@ protected:
     /// Formats a text of `count` units.
     static void fill(String& string, unsigned int count) {
         if (count == 0) {
-            string.format(text("").c_str());
+            string.format(text("%s").c_str(), text("").c_str());
         } else {
             string.format(text("%0*d").c_str(), static_cast<int>(count), 0);
         }

@@ -62,7 +62,7 @@ TYPED_TEST(ChannelTest, DebugWithoutATargetWritesNothing) {
     const TypeParam* const none = nullptr;
     Exception::setDebugTarget(this->text("ChannelTest.Other").c_str(), true);
     const TemporaryLog log;
-    Exception::debug(none, this->text("text").c_str());
+    Exception::debug(none, this->text("%s").c_str(), this->text("text").c_str());
     vDebugWith(none, this->text("text").c_str());
     EXPECT_FALSE(log.exists());
 }
@@ -102,7 +102,8 @@ TYPED_TEST(ChannelTest, PrefixesOfEveryLengthAreWhole) {
     for (const std::size_t length : kLengths) {
         const std::string prefix(length, 'p');
         const TemporaryLog log;
-        Exception::log(nullptr, 1000000, this->text(prefix).c_str(), this->text("text").c_str());
+        Exception::log(nullptr, 1000000, this->text(prefix).c_str(), this->text("%s").c_str(),
+                       this->text("text").c_str());
         // The parser of lines looks for a blank behind a colon, which an empty prefix brings by itself.
         EXPECT_EQ(log.messages(), Texts{prefix + ": text"}) << length;
     }
@@ -132,11 +133,11 @@ TYPED_TEST(ChannelTest, TraceWritesNothing) {
 TYPED_TEST(ChannelTest, TheMirrorSwitchDoesNotSilenceAChannelButTheSizeZeroDoes) {
     const TemporaryLog log;
     Exception::SetMirrorErrorLog(true);
-    Exception::warn(this->text("on").c_str());
+    Exception::warn(this->text("%s").c_str(), this->text("on").c_str());
     Exception::SetMirrorErrorLog(false);
-    Exception::warn(this->text("off").c_str());
+    Exception::warn(this->text("%s").c_str(), this->text("off").c_str());
     Exception::SetErrorLogSize(0);
-    Exception::warn(this->text("size 0").c_str());
+    Exception::warn(this->text("%s").c_str(), this->text("size 0").c_str());
     EXPECT_EQ(log.messages(), (Texts{"WARN: on", "WARN: off"}));
 }
 

@@ -91,7 +91,7 @@ TEST(ErrorLog, ALineNamesTheThreadThatWroteIt) {
 TEST(ErrorLog, LinesAreAppendedInOrder) {
     const TemporaryLog log;
     for (const char* const text : {"a", "b", "c"}) {
-        Exception::warn(text);
+        Exception::warn("%s", text);
     }
     EXPECT_EQ(log.messages(), (Texts{"WARN: a", "WARN: b", "WARN: c"}));
 }

@@ -15,8 +15,11 @@
 #pragma once
 
 #include <cstdarg>
+#include <cstddef>
+#include <functional>
 #include <string_view>
 
+#include "vorel/Attributes.h"
 #include "vorel/Export.h"
 
 namespace vorel {
@@ -44,6 +47,10 @@ public:
     /// \throws MemoryException when the buffer cannot be had.
     VOREL_API BaseString(const T* text, unsigned int length);
 
+    /// A copy of `text`.
+    /// \throws MemoryException when the buffer cannot be had.
+    explicit BaseString(std::basic_string_view<T> text) : BaseString(text.data(), countOf(text)) {}
+
     /// A copy with a buffer of its own; nothing is allocated for an empty string.
     /// \throws MemoryException when the buffer cannot be had.
     VOREL_API BaseString(const BaseString& other);
@@ -56,6 +63,7 @@ public:
     /// Replaces the content; null empties the string and keeps its buffer. `text` may point into the string itself.
     /// \throws MemoryException and leaves the string as it was when the buffer cannot be had.
     VOREL_API BaseString& operator=(const T* text);
+    VOREL_API BaseString& operator=(std::basic_string_view<T> text);
     VOREL_API BaseString& operator=(const BaseString& other);
     VOREL_API BaseString& operator=(BaseString&& other) noexcept;
 
@@ -68,6 +76,9 @@ public:
         static constexpr T kNothing[1] = {};
         return {m_data ? m_data : kNothing, length()};
     }
+
+    // NOLINTNEXTLINE(google-explicit-constructor): a string is meant to go wherever text is asked for
+    operator std::basic_string_view<T>() const noexcept { return view(); }
 
     /// Units before the terminator; counts them and remembers the result when the length is not known.
     VOREL_API unsigned int length() const noexcept;
@@ -83,9 +94,11 @@ public:
     VOREL_API BaseString& append(const T* text);
     VOREL_API BaseString& append(const T* text, unsigned int count);
     VOREL_API BaseString& append(const BaseString& text);
+    BaseString& append(std::basic_string_view<T> text) { return append(text.data(), countOf(text)); }
     VOREL_API BaseString& append(T unit);
     BaseString& operator+=(const T* text) { return append(text); }
     BaseString& operator+=(const BaseString& text) { return append(text); }
+    BaseString& operator+=(std::basic_string_view<T> text) { return append(text); }
     BaseString& operator+=(T unit) { return append(unit); }
 
     /// Makes the string empty and keeps the buffer.
@@ -128,9 +141,29 @@ private:
         return text ? std::basic_string_view<T>(text) : std::basic_string_view<T>();
     }
 
+    /// A text that is too long for any string has a count that no string can have either.
+    static unsigned int countOf(std::basic_string_view<T> text) noexcept {
+        return text.size() < kUnknownLength ? static_cast<unsigned int>(text.size()) : kUnknownLength;
+    }
+
     T* m_data = nullptr;
     unsigned int m_capacity = 0;
     mutable unsigned int m_length = kUnknownLength;
 };
 
+// Declared for each width, because the compiler checks the arguments of the narrow form.
+template <>
+VOREL_PRINTF(2, 3)
+VOREL_API BaseString<char>& BaseString<char>::format(const char* fmt, ...);
+template <>
+VOREL_API BaseString<wchar_t>& BaseString<wchar_t>::format(const wchar_t* fmt, ...);
+
 }  // namespace vorel
+
+/// Equal strings, and views of the same text, have the same hash.
+template <class T>
+struct std::hash<vorel::BaseString<T>> {
+    std::size_t operator()(const vorel::BaseString<T>& text) const noexcept {
+        return std::hash<std::basic_string_view<T>>()(text.view());
+    }
+};

@@ -29,6 +29,7 @@
 #include <string>
 #include <vector>
 
+#include "vorel/Attributes.h"
 #include "vorel/Export.h"
 #include "vorel/core/BaseString.h"
 
@@ -44,7 +45,7 @@ public:
 
     /// Renders the first message and logs it.
     explicit Exception(const wchar_t* fmt, ...) noexcept;
-    explicit Exception(const char* fmt, ...) noexcept;
+    VOREL_PRINTF(2, 3) explicit Exception(const char* fmt, ...) noexcept;
 
     /// Copies the messages, their locations and the protocol-state mark. Logging is not delayed in a copy: a thrown
     /// copy of a delayed exception logs what is added to it at once.
@@ -67,7 +68,7 @@ public:
     /// Adds a message at the end of the stack, and logs it unless logging is delayed. Arguments may point into the
     /// stack itself.
     void appendMessage(const wchar_t* fmt, ...) noexcept;
-    void appendMessage(const char* fmt, ...) noexcept;
+    VOREL_PRINTF(2, 3) void appendMessage(const char* fmt, ...) noexcept;
 
     /// Replaces the message at `index` without logging it; an index out of range is ignored.
     void setErrorMessage(unsigned int index, const wchar_t* fmt, ...) noexcept;
@@ -204,11 +205,11 @@ public:
     /// \{
 
     /// Always writes "WARN: " and the message.
-    static void warn(const char* format, ...) noexcept;
+    VOREL_PRINTF(1, 2) static void warn(const char* format, ...) noexcept;
     static void warn(const wchar_t* format, ...) noexcept;
 
     /// `warn` for generated language bindings.
-    static void swigwarn(const char* format, ...) noexcept;
+    VOREL_PRINTF(1, 2) static void swigwarn(const char* format, ...) noexcept;
     static void swigwarn(const wchar_t* format, ...) noexcept;
 
     /// Writes "WARN: class::method: message".
@@ -216,7 +217,7 @@ public:
 
     /// Writes "DEBUG: target: message" if the target is switched on. While no target ever was, a call costs a load
     /// and a branch. `debugClass` writes "DEBUG: class::method: target: message".
-    static void debug(const char* target, const char* format, ...) noexcept;
+    VOREL_PRINTF(2, 3) static void debug(const char* target, const char* format, ...) noexcept;
     static void debug(const wchar_t* target, const wchar_t* format, ...) noexcept;
     static void vDebug(const char* target, const char* format, va_list args) noexcept;
     static void vDebug(const wchar_t* target, const wchar_t* format, va_list args) noexcept;
@@ -225,13 +226,14 @@ public:
 
     /// Writes "prefix: message" to a file and under a size limit of the caller's choice (null or empty `logPath`: the
     /// current file). `logClass` writes "prefix: class::method: message".
+    VOREL_PRINTF(4, 5)
     static void log(const char* logPath, long long size, const char* prefix, const char* format, ...) noexcept;
     static void log(const char* logPath, long long size, const wchar_t* prefix, const wchar_t* format, ...) noexcept;
     static void logClass(const char* logPath, long long size, const wchar_t* prefix, const wchar_t* className,
                          const wchar_t* method, const wchar_t* format, ...) noexcept;
 
     /// Do nothing.
-    static void trace(const char* format, ...) noexcept;
+    VOREL_PRINTF(1, 2) static void trace(const char* format, ...) noexcept;
     static void trace(const wchar_t* format, ...) noexcept;
     static void traceClass(const wchar_t* className, const wchar_t* method, const wchar_t* format, ...) noexcept;
     static void traceCallStack(std::FILE* stream) noexcept;

@@ -81,7 +81,7 @@ class VOREL_API DiffException : public Exception {
 public:
     DiffException() noexcept;
     explicit DiffException(const wchar_t* fmt, ...) noexcept;
-    explicit DiffException(const char* fmt, ...) noexcept;
+    VOREL_PRINTF(2, 3) explicit DiffException(const char* fmt, ...) noexcept;
     [[noreturn]] void rethrow() override;
 };
 
@@ -90,7 +90,7 @@ class VOREL_API DiffErrorException : public DiffException {
 public:
     DiffErrorException() noexcept;
     explicit DiffErrorException(const wchar_t* fmt, ...) noexcept;
-    explicit DiffErrorException(const char* fmt, ...) noexcept;
+    VOREL_PRINTF(2, 3) explicit DiffErrorException(const char* fmt, ...) noexcept;
     [[noreturn]] void rethrow() override;
 };
 
@@ -99,7 +99,7 @@ class VOREL_API DiffWarningException : public DiffException {
 public:
     DiffWarningException() noexcept;
     explicit DiffWarningException(const wchar_t* fmt, ...) noexcept;
-    explicit DiffWarningException(const char* fmt, ...) noexcept;
+    VOREL_PRINTF(2, 3) explicit DiffWarningException(const char* fmt, ...) noexcept;
     [[noreturn]] void rethrow() override;
 };
 
@@ -114,7 +114,7 @@ public:
     /// The same for a sequence whose first index is 0 and whose last legal index is `last`: its count minus one.
     InvalidIndexException(int index, int last) noexcept;
     explicit InvalidIndexException(const wchar_t* fmt, ...) noexcept;
-    explicit InvalidIndexException(const char* fmt, ...) noexcept;
+    VOREL_PRINTF(2, 3) explicit InvalidIndexException(const char* fmt, ...) noexcept;
     [[noreturn]] void rethrow() override;
 
 private:

@@ -1,0 +1,20 @@
+/// \file
+/// Words to the compiler about declarations. They are empty where it does not know them.
+#pragma once
+
+/// The function takes a printf-style format of `char` as its argument number `which`, and what belongs into it from
+/// number `first` on: the compiler checks the one against the others. Arguments are counted from 1, and from 2 in a
+/// member function that is not static. No compiler checks wide formats.
+#if defined(__GNUC__)
+#define VOREL_PRINTF(which, first) [[gnu::format(gnu_printf, which, first)]]
+#else
+#define VOREL_PRINTF(which, first)
+#endif
+
+/// The name is kept for those who use it, and goes with the next change of the interface: `advice` says what to use in
+/// its place. A program that defines VOREL_NO_DEPRECATION hears nothing of it.
+#if defined(VOREL_NO_DEPRECATION)
+#define VOREL_DEPRECATED(advice)
+#else
+#define VOREL_DEPRECATED(advice) [[deprecated(advice)]]
+#endif
