@@ -4,6 +4,8 @@
 
 #include <immintrin.h>
 
+#include "kernels/WideUnit.h"
+
 namespace vorel::kernels {
 
 /// Thirty-two characters as bytes. Units that are no bytes become 0 or 255.
@@ -11,7 +13,7 @@ static inline __m256i loadBytes(const char* text) noexcept {
     return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(text));
 }
 
-static inline __m256i loadBytes(const wchar_t* text) noexcept {
+static inline __m256i loadBytes(const WideUnit* text) noexcept {
     const auto* const units = reinterpret_cast<const __m256i*>(text);
     const __m256i packed = _mm256_packus_epi16(_mm256_loadu_si256(units), _mm256_loadu_si256(units + 1));
     return _mm256_permute4x64_epi64(packed, 0xD8);

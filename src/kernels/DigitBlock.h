@@ -13,6 +13,8 @@
 
 #include <emmintrin.h>
 
+#include "kernels/WideUnit.h"
+
 namespace vorel::kernels {
 
 /// The characters of a block.
@@ -41,7 +43,7 @@ inline __m128i loadBlock(const char* place) noexcept {
     return _mm_loadu_si128(reinterpret_cast<const __m128i*>(place));
 }
 
-inline __m128i loadBlock(const wchar_t* place) noexcept {
+inline __m128i loadBlock(const WideUnit* place) noexcept {
     const auto* const units = reinterpret_cast<const __m128i*>(place);
     return _mm_packus_epi16(_mm_loadu_si128(units), _mm_loadu_si128(units + 1));
 }

@@ -6,6 +6,8 @@
 
 #include <emmintrin.h>
 
+#include "kernels/WideUnit.h"
+
 namespace vorel::kernels {
 
 /// A number below 10^8 as two of four digits, the upper one in the lower half.
@@ -39,7 +41,7 @@ inline void storeCharacters(__m128i characters, char* out) noexcept {
     _mm_storeu_si128(reinterpret_cast<__m128i*>(out), characters);
 }
 
-inline void storeCharacters(__m128i characters, wchar_t* out) noexcept {
+inline void storeCharacters(__m128i characters, WideUnit* out) noexcept {
     auto* const units = reinterpret_cast<__m128i*>(out);
     _mm_storeu_si128(units, _mm_unpacklo_epi8(characters, _mm_setzero_si128()));
     _mm_storeu_si128(units + 1, _mm_unpackhi_epi8(characters, _mm_setzero_si128()));

@@ -40,7 +40,7 @@ std::size_t decodeHexAvx2(const char* text, std::size_t blocks, unsigned char* o
     return decode(text, blocks, out);
 }
 
-std::size_t decodeHexAvx2(const wchar_t* text, std::size_t blocks, unsigned char* out) noexcept {
+std::size_t decodeHexAvx2(const WideUnit* text, std::size_t blocks, unsigned char* out) noexcept {
     return decode(text, blocks, out);
 }
 

@@ -65,7 +65,7 @@ void store(__m256i characters, char* out) noexcept {
     _mm256_storeu_si256(reinterpret_cast<__m256i*>(out), characters);
 }
 
-void store(__m256i characters, wchar_t* out) noexcept {
+void store(__m256i characters, WideUnit* out) noexcept {
     auto* const units = reinterpret_cast<__m256i*>(out);
     _mm256_storeu_si256(units, _mm256_cvtepu8_epi16(_mm256_castsi256_si128(characters)));
     _mm256_storeu_si256(units + 1, _mm256_cvtepu8_epi16(_mm256_extracti128_si256(characters, 1)));
@@ -164,7 +164,7 @@ std::size_t encodeSixBitsAvx2(const unsigned char* bytes, std::size_t count, con
 }
 
 std::size_t encodeSixBitsAvx2(const unsigned char* bytes, std::size_t count, const char* alphabet,
-                              wchar_t* out) noexcept {
+                              WideUnit* out) noexcept {
     return encode(bytes, count, alphabet, out);
 }
 
@@ -173,7 +173,7 @@ std::size_t decodeSixBitsAvx2(const char* text, std::size_t blocks, const SixBit
     return decode(text, blocks, rows, strangers, out);
 }
 
-std::size_t decodeSixBitsAvx2(const wchar_t* text, std::size_t blocks, const SixBitRows& rows, Strangers strangers,
+std::size_t decodeSixBitsAvx2(const WideUnit* text, std::size_t blocks, const SixBitRows& rows, Strangers strangers,
                               unsigned char* out) noexcept {
     return decode(text, blocks, rows, strangers, out);
 }

@@ -5,6 +5,7 @@
 #include <cstddef>
 
 #include "kernels/SixBits.h"
+#include "kernels/WideUnit.h"
 
 namespace vorel::kernels {
 
@@ -12,7 +13,7 @@ namespace vorel::kernels {
 /// four characters have been written for each three of them.
 std::size_t encodeSixBitsAvx2(const unsigned char* bytes, std::size_t count, const char* alphabet, char* out) noexcept;
 std::size_t encodeSixBitsAvx2(const unsigned char* bytes, std::size_t count, const char* alphabet,
-                              wchar_t* out) noexcept;
+                              WideUnit* out) noexcept;
 
 /// Decodes blocks of 32 characters, `blocks` at most, up to the first that could not be read without reaching into the
 /// page behind the end of the text, or that has a character without a value, when `strangers` stop it; returns how many
@@ -20,7 +21,7 @@ std::size_t encodeSixBitsAvx2(const unsigned char* bytes, std::size_t count, con
 /// whole block left.
 std::size_t decodeSixBitsAvx2(const char* text, std::size_t blocks, const SixBitRows& rows, Strangers strangers,
                               unsigned char* out) noexcept;
-std::size_t decodeSixBitsAvx2(const wchar_t* text, std::size_t blocks, const SixBitRows& rows, Strangers strangers,
+std::size_t decodeSixBitsAvx2(const WideUnit* text, std::size_t blocks, const SixBitRows& rows, Strangers strangers,
                               unsigned char* out) noexcept;
 
 }  // namespace vorel::kernels

@@ -7,6 +7,8 @@
 
 #include <emmintrin.h>
 
+#include "kernels/WideUnit.h"
+
 namespace vorel::kernels {
 
 /// The units of a block.
@@ -14,7 +16,7 @@ inline constexpr std::size_t kUnitBlock = 8;
 
 /// Copies `count` units in whole blocks, and says whether one of them is `a` or `b`. Both places have to have room for
 /// whole blocks; what is copied behind the units does not count.
-inline bool copyAndFind(const wchar_t* from, std::size_t count, wchar_t a, wchar_t b, wchar_t* to) noexcept {
+inline bool copyAndFind(const WideUnit* from, std::size_t count, WideUnit a, WideUnit b, WideUnit* to) noexcept {
     const __m128i first = _mm_set1_epi16(static_cast<short>(a));
     const __m128i second = _mm_set1_epi16(static_cast<short>(b));
     __m128i found = _mm_setzero_si128();
