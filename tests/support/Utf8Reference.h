@@ -146,6 +146,10 @@ inline bool isLowSurrogate(wchar_t unit) {
     return unit >= 0xDC00 && unit <= 0xDFFF;
 }
 
+inline std::uint32_t unitAt(const std::wstring& text, std::size_t index) {
+    return static_cast<std::uint32_t>(text[index]);
+}
+
 /// Encodes `input` up to a zero unit, or `length` units when that is 0 or more; `input` is to hold the unit behind the
 /// bound too, because a pair that starts on the last unit is taken whole.
 inline EncodedText encodeUtf16(const std::wstring& input, int length) {
@@ -160,12 +164,13 @@ inline EncodedText encodeUtf16(const std::wstring& input, int length) {
             result.unitsRead = at + 2;
         }
         if (isHighSurrogate(input[at]) && isLowSurrogate(input[at + 1])) {
-            result.bytes += encodeUtf8(0x10000u + (input[at] - 0xD800u) * 0x400 + (input[at + 1] - 0xDC00u));
+            result.bytes +=
+                encodeUtf8(0x10000u + (unitAt(input, at) - 0xD800u) * 0x400 + unitAt(input, at + 1) - 0xDC00u);
             at += 2;
             continue;
         }
         const bool lone = isHighSurrogate(input[at]) || isLowSurrogate(input[at]);
-        result.bytes += lone ? std::string("?") : encodeUtf8(std::uint32_t{input[at]});
+        result.bytes += lone ? std::string("?") : encodeUtf8(unitAt(input, at));
         ++at;
     }
     return result;
@@ -175,7 +180,7 @@ inline EncodedText encodeUtf16(const std::wstring& input, int length) {
 inline std::string encodeUnits(const std::wstring& input) {
     std::string bytes;
     for (std::size_t at = 0; input[at] != 0; ++at) {
-        bytes += encodeUtf8(std::uint32_t{input[at]});
+        bytes += encodeUtf8(unitAt(input, at));
     }
     return bytes;
 }

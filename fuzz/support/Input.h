@@ -1,0 +1,80 @@
+/// \file
+/// What libFuzzer hands over, as what a kernel takes. Choices are taken from its end and texts from its begin, so that
+/// the files of a corpus begin with the text that they are about.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <type_traits>
+
+#include <fuzzer/FuzzedDataProvider.h>
+
+#include "kernels/Processor.h"
+#include "support/GuardedPages.h"
+
+namespace fuzz {
+
+class Input {
+public:
+    Input(const std::uint8_t* data, std::size_t size) : m_data(data, size) {}
+
+    bool flag() { return m_data.ConsumeBool(); }
+    std::size_t upTo(std::size_t most) { return m_data.ConsumeIntegralInRange<std::size_t>(0, most); }
+
+    template <class Value>
+    Value bits() {
+        static_assert(std::is_integral_v<Value>);
+        return m_data.ConsumeIntegral<Value>();
+    }
+
+    Surroundings surroundings() {
+        constexpr Place kPlaces[] = {Place::AtEnd, Place::AtStart, Place::Across};
+        return {m_data.PickValueInArray(kPlaces), bits<unsigned char>(), upTo(GuardedPages::kPage)};
+    }
+
+    std::size_t bytesLeft() { return m_data.remaining_bytes(); }
+
+    /// The next bytes, `count` of them at most.
+    std::string bytes(std::size_t count) { return m_data.ConsumeBytesAsString(count); }
+    std::string rest() { return m_data.ConsumeRemainingBytesAsString(); }
+
+    /// The same as text. Wide text has two bytes for each unit, or one, which is what texts of ASCII are found with.
+    template <class T>
+    std::basic_string<T> text(std::size_t count) {
+        const bool isWidened = sizeof(T) == 1 || flag();
+        return unitsOf<T>(bytes(count), isWidened ? 1 : 2);
+    }
+    template <class T>
+    std::basic_string<T> restAsText() {
+        return text<T>(bytesLeft());
+    }
+
+private:
+    template <class T>
+    static std::basic_string<T> unitsOf(const std::string& bytes, std::size_t bytesPerUnit) {
+        std::basic_string<T> units;
+        for (std::size_t at = 0; at + bytesPerUnit <= bytes.size(); at += bytesPerUnit) {
+            const unsigned int low = static_cast<unsigned char>(bytes[at]);
+            const unsigned int high = bytesPerUnit == 2 ? static_cast<unsigned char>(bytes[at + 1]) : 0u;
+            units += static_cast<T>(high << 8 | low);
+        }
+        return units;
+    }
+
+    FuzzedDataProvider m_data;
+};
+
+/// Runs `body` with the plain kernels, and then with AVX2 where the processor has it.
+template <class Body>
+void withEachKernel(Body&& body) {
+    static const bool s_hasAvx2 = vorel::kernels::detectAvx2();
+    for (const bool useAvx2 : {false, true}) {
+        if (!useAvx2 || s_hasAvx2) {
+            vorel::kernels::s_useAvx2 = useAvx2;
+            body();
+        }
+    }
+}
+
+}  // namespace fuzz

@@ -1,0 +1,101 @@
+// UTF-8 into 16-bit units, in pieces of any size, against the reference.
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "kernels/Utf8Streams.h"
+#include "support/Input.h"
+#include "support/Utf8Reference.h"
+
+namespace {
+
+using vorel::kernels::Tail;
+using LastPair = vorel::kernels::Utf8Reader::LastPair;
+
+struct Reading {
+    std::basic_string_view<unsigned char> bytes;
+    int length;
+    std::size_t room;  ///< units of each piece
+    fuzz::Surroundings source;
+    fuzz::Surroundings target;
+};
+
+/// Where the character begins whose first unit is the one at `unit`: how many units it has, 0 at the end.
+std::size_t unitsOfNext(const test::DecodedText& expected, std::size_t unit) {
+    for (const std::size_t units : expected.unitsOf) {
+        if (unit == 0) {
+            return units;
+        }
+        unit -= units;
+    }
+    return 0;
+}
+
+template <LastPair Rule, Tail Behind>
+void decode(const Reading& reading, const test::DecodedText& expected) {
+    constexpr std::size_t kOverhang = Rule == LastPair::Written ? 1 : 0;
+    const unsigned char* const bytes = fuzz::inputPages().copy(reading.bytes, reading.source);
+    const std::size_t size = reading.room + kOverhang;
+    vorel::kernels::Utf8Reader reader(bytes, reading.length);
+    std::size_t done = 0;
+    while (!reader.atEnd()) {
+        auto* const out = fuzz::outputPages().room<char16_t>(size, reading.target);
+        const char16_t noise = static_cast<char16_t>(reading.target.noise * 0x101);
+        const std::size_t units = reader.read<Rule, Behind>(out, reading.room);
+        fuzz::check(units <= size, "no more is written than there is room");
+        fuzz::check(done + units <= expected.units.size(), "no more is read than there is");
+        for (std::size_t at = 0; at != units; ++at) {
+            fuzz::check(out[at] == static_cast<char16_t>(expected.units[done + at]), "every unit is as expected");
+        }
+        for (std::size_t at = units; Behind == Tail::Untouched && at != size; ++at) {
+            fuzz::check(out[at] == noise, "the rest of the room is as it was");
+        }
+        done += units;
+        if (reader.failed()) {
+            break;
+        }
+        if (units == 0) {
+            fuzz::check(unitsOfNext(expected, done) > reading.room, "what has room is read");
+            return;
+        }
+    }
+    fuzz::check(reader.failed() == expected.error.has_value(), "a byte that starts nothing is an error, nothing else");
+    fuzz::check(done == expected.units.size(), "everything is read");
+    const auto position = static_cast<std::size_t>(reader.position() - bytes);
+    fuzz::check(!reader.failed() || position == *expected.error, "the reader stands on the byte that starts nothing");
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    fuzz::Input input(data, size);
+    Reading reading = {};
+    reading.source = input.surroundings();
+    reading.target = input.surroundings();
+    reading.room = input.upTo(600);
+    const bool isBounded = input.flag();
+    const bool isWritten = input.flag();
+    const bool isUntouched = input.flag();
+    const std::size_t bound = input.upTo(4096);
+    std::string text = input.rest();
+    reading.length = isBounded ? static_cast<int>(bound) : -1;
+    if (isBounded && text.size() < bound) {
+        text.resize(bound);
+    }
+    // Trailing bytes are taken as they come, the terminator and what follows it among them. So the text is as long as
+    // it has to be readable, and nothing may be read behind it but in its page.
+    text.append(vorel::kernels::kLongestUtf8Sequence + 1, '\0');
+    const test::DecodedText expected = test::decodeUtf8(text, reading.length);
+    reading.bytes = {reinterpret_cast<const unsigned char*>(text.data()), expected.bytesRead};
+    fuzz::withEachKernel([&] {
+        if (isWritten) {
+            decode<LastPair::Written, Tail::Free>(reading, expected);
+        } else if (isUntouched) {
+            decode<LastPair::Left, Tail::Untouched>(reading, expected);
+        } else {
+            decode<LastPair::Left, Tail::Free>(reading, expected);
+        }
+    });
+    return 0;
+}

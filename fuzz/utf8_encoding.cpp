@@ -1,0 +1,91 @@
+// 16-bit units as UTF-8, in pieces of any size, against the reference.
+
+#include <algorithm>
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "kernels/Utf8Streams.h"
+#include "support/Input.h"
+#include "support/Utf8Reference.h"
+
+namespace {
+
+using vorel::kernels::Surrogates;
+
+struct Writing {
+    std::u16string_view units;
+    int length;
+    std::size_t enough;  ///< bytes of each piece
+    std::size_t room;
+    fuzz::Surroundings source;
+    fuzz::Surroundings target;
+};
+
+/// The bytes of the sequence at `at`.
+std::size_t sequenceAt(const std::string& text, std::size_t at) {
+    const auto isTrailing = [](char c) { return (static_cast<unsigned char>(c) & 0xC0) == 0x80; };
+    const auto behind = text.begin() + static_cast<std::ptrdiff_t>(at) + 1;
+    return static_cast<std::size_t>(std::find_if_not(behind, text.end(), isTrailing) - behind) + 1;
+}
+
+template <Surrogates Rule>
+void encode(const Writing& writing, const std::string& expected) {
+    const char16_t* const units = fuzz::inputPages().copy(writing.units, writing.source);
+    vorel::kernels::Utf8Writer<Rule, char16_t> writer(units, writing.length);
+    std::size_t done = 0;
+    while (!writer.atEnd()) {
+        auto* const out = fuzz::outputPages().room<unsigned char>(writing.room, writing.target);
+        const std::size_t bytes = writer.write(out, writing.enough, writing.room);
+        fuzz::check(bytes <= writing.room, "no more is written than there is room");
+        fuzz::check(done + bytes <= expected.size(), "no more is read than there is");
+        const std::string_view piece(reinterpret_cast<const char*>(out), bytes);
+        fuzz::check(piece == std::string_view(expected).substr(done, bytes), "every byte is as expected");
+        done += bytes;
+        if (bytes < writing.enough && !writer.atEnd()) {
+            fuzz::check(bytes + sequenceAt(expected, done) > writing.room, "what has room is written");
+        }
+        if (bytes == 0) {
+            return;
+        }
+    }
+    fuzz::check(done == expected.size(), "everything is written");
+}
+
+/// The units up to the first zero, and that.
+std::wstring upToZero(const std::wstring& units) {
+    return units.substr(0, units.find(L'\0') + 1);
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    fuzz::Input input(data, size);
+    Writing writing = {};
+    writing.source = input.surroundings();
+    writing.target = input.surroundings();
+    writing.enough = input.upTo(600);
+    writing.room = writing.enough + input.upTo(40);
+    const bool isBounded = input.flag();
+    const bool isPaired = input.flag();
+    const std::size_t bound = input.upTo(4096);
+    std::u16string text = input.restAsText<char16_t>();
+    if (isBounded && isPaired) {
+        text.resize(std::max(text.size(), bound));
+        writing.length = static_cast<int>(bound);
+    } else {
+        writing.length = -1;
+    }
+    // A pair that starts on the last unit is taken whole: so one unit more may be read.
+    text.append(2, u'\0');
+    const std::wstring units(text.begin(), text.end());
+    if (isPaired) {
+        const test::EncodedText expected = test::encodeUtf16(units, writing.length);
+        writing.units = std::u16string_view(text).substr(0, expected.unitsRead);
+        fuzz::withEachKernel([&] { encode<Surrogates::Paired>(writing, expected.bytes); });
+    } else {
+        writing.units = std::u16string_view(text).substr(0, upToZero(units).size());
+        fuzz::withEachKernel([&] { encode<Surrogates::Single>(writing, test::encodeUnits(units)); });
+    }
+    return 0;
+}
