@@ -3,14 +3,13 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
 #include <iterator>
 #include <string>
-#include <type_traits>
 
 #include "LibraryState.h"
+#include "kernels/Base64Text.h"
 #include "text/OutputTail.h"
-#include "text/SixBitText.h"
+#include "text/TextRoom.h"
 #include "vorel/core/Protocol.h"
 #include "vorel/exceptions/Exception.h"
 
@@ -28,57 +27,7 @@ const bool Base64::initialized = [] {
 
 namespace {
 
-constexpr int kInvalid = -128;
-constexpr std::size_t kGroupsBetweenBlocks = 8;
-
-template <class T>
-constexpr bool isBreak(T c) noexcept {
-    return c == '\t' || c == '\n' || c == '\r' || c == ' ';
-}
-
-/// The next character behind white space as a number. The terminator is not passed.
-template <class T>
-unsigned int takeCharacter(const T*& place) {
-    while (isBreak(*place)) {
-        ++place;
-    }
-    const unsigned int character = static_cast<std::make_unsigned_t<T>>(*place);
-    if (character > 0xFF) {
-        throw Exception(L"Unicode character found in Base64 text");
-    }
-    place += character != 0 ? 1 : 0;
-    return character;
-}
-
-enum class GroupEnd {
-    None,
-    Text,
-    Invalid,
-};
-
-/// Takes a group of four characters, and writes its bytes at `out`, which has room for three.
-template <class T>
-GroupEnd takeGroup(const T*& place, const int* table, char pad, unsigned char* out, std::size_t& written) {
-    const unsigned int first = takeCharacter(place);
-    written = 0;
-    if (first == 0) {
-        return GroupEnd::Text;
-    }
-    unsigned int characters[4] = {first};
-    int values[4] = {table[first]};
-    for (std::size_t at = 1; at < std::size(values); ++at) {
-        characters[at] = takeCharacter(place);
-        values[at] = table[characters[at]];
-    }
-    if (std::find(std::begin(values), std::end(values), kInvalid) != std::end(values)) {
-        return GroupEnd::Invalid;
-    }
-    const auto sixBits = [&](std::size_t at) { return static_cast<unsigned int>(values[at]); };
-    kernels::decodeFour(sixBits(0), sixBits(1), sixBits(2), sixBits(3), out);
-    const auto isPad = [&](std::size_t at) { return characters[at] == static_cast<unsigned char>(pad); };
-    written = isPad(2) ? 1 : isPad(3) ? 2 : 3;
-    return written < 3 ? GroupEnd::Text : GroupEnd::None;
-}
+using kernels::Base64End;
 
 template <class T>
 int decode(const T* text, const int* table, char pad, Array<unsigned char>& bytes) {
@@ -88,45 +37,25 @@ int decode(const T* text, const int* table, char pad, Array<unsigned char>& byte
     }
     text::ArrayTail<unsigned char> out(bytes, 0);
     for (;;) {
-        if (out.room() < text::kBlockBytes + text::kBlockOverhang) {
+        if (out.room() < kernels::kBase64StepRoom) {
             // Asked only when there is too little: the text has to be measured for it.
-            out.reserve(std::char_traits<T>::length(text) / 4 * 3 + text::kBlockBytes + text::kBlockOverhang);
+            out.reserve(std::char_traits<T>::length(text) / 4 * 3 + kernels::kBase64StepRoom);
         }
-        const std::size_t blocks =
-            text::decodeWholeBlocks(text, kernels::kBase64Rows, kernels::Strangers::Stop, out.free(), out.room());
-        if (blocks != 0) {
-            text += blocks * text::kBlockCharacters;
-            out.written(blocks * text::kBlockBytes);
-            std::memset(out.free(), 0, text::kBlockOverhang);  // what is not in use is zero
-            if (*text == 0) {
-                return 0;
-            }
-            continue;  // there may be little room left
-        }
-        for (std::size_t group = 0; group < kGroupsBetweenBlocks; ++group) {
-            unsigned char group3[3];
-            std::size_t written = 0;
-            const GroupEnd end = takeGroup(text, table, pad, group3, written);
-            std::copy_n(group3, written, out.free());
-            out.written(written);
-            if (end != GroupEnd::None) {
-                return end == GroupEnd::Invalid ? 1 : 0;
-            }
+        const kernels::Base64Step step = kernels::decodeBase64Step(text, table, pad, out.free(), out.room());
+        out.written(step.written);
+        switch (step.end) {
+        case Base64End::None: break;
+        case Base64End::Text: return 0;
+        case Base64End::Invalid: return 1;
+        case Base64End::Foreign: throw Exception(L"Unicode character found in Base64 text");
         }
     }
 }
 
 template <class T>
 void encode(const unsigned char* data, std::size_t count, const char* alphabet, char pad, BaseString<T>& text) {
-    T* out = text::roomFor(std::uint64_t{count} / 3 * 4 + 4, text);
-    out = text::encodeWholeGroups(data, count, alphabet, out);
-    if (const std::size_t rest = count % 3; rest != 0) {
-        const unsigned char* const tail = data + (count - rest);
-        kernels::encodeThree(tail[0], rest == 2 ? tail[1] : 0u, 0u, alphabet, out);
-        std::fill(out + rest + 1, out + 4, static_cast<T>(pad));
-        out += 4;
-    }
-    text::endAt(out, text);
+    T* const out = text::roomFor(std::uint64_t{count} / 3 * 4 + 4, text);
+    text::endAt(kernels::encodeBase64(data, count, alphabet, pad, out), text);
 }
 
 }  // namespace
@@ -134,7 +63,7 @@ void encode(const unsigned char* data, std::size_t count, const char* alphabet, 
 Base64& Base64::operator=(const Base64&) = default;
 
 bool Base64::initializeBase64Tables() noexcept {
-    std::fill(std::begin(base64decode), std::end(base64decode), kInvalid);
+    std::fill(std::begin(base64decode), std::end(base64decode), kernels::kInvalidBase64);
     for (std::size_t value = 0; value < std::size(base64encode); ++value) {
         base64encode[value] = kernels::kBase64Alphabet[value];
         base64decode[static_cast<unsigned char>(base64encode[value])] = static_cast<int>(value);

@@ -10,7 +10,7 @@
 #include <iterator>
 
 #include "LibraryState.h"
-#include "kernels/Characters.h"
+#include "kernels/NameHash.h"
 #include "text/CodePageNames.h"
 #include "vorel/core/Protocol.h"
 #include "vorel/exceptions/Exception.h"
@@ -22,6 +22,7 @@ namespace {
 
 using detail::guarded;
 using detail::LibraryState;
+using kernels::nameHash;
 
 constexpr wchar_t kClass[] = L"iconv";
 constexpr int kFailed = -1;
@@ -36,15 +37,6 @@ int fail(int error) noexcept {
 }
 
 // ---- Names ----------------------------------------------------------------------------------------------------------
-
-std::uint32_t hashOf(const char* name) noexcept {
-    constexpr std::uint32_t kMultiplier = 31;
-    std::uint32_t hash = 0;
-    for (; name && *name; ++name) {
-        hash = hash * kMultiplier + static_cast<unsigned char>(kernels::foldCase(*name));
-    }
-    return hash;
-}
 
 /// Empties the map again when it could not be filled: a map with entries counts as complete.
 class EmptyUnlessDone {
@@ -75,7 +67,7 @@ void fillCodeMap(LibraryState& state) {
         }
         EmptyUnlessDone filling(state);
         for (const text::CodePageName& row : text::kCodePageNames) {
-            const std::uint32_t hash = hashOf(row.name);
+            const std::uint32_t hash = nameHash(row.name);
             if (map.find(row.name, hash) == map.end()) {
                 map.put(hash, row.name, row.codePage);
             }
@@ -94,7 +86,7 @@ unsigned int codePageOf(const char* name) {
     }
     const Guard<AutoCriticalSection> held(state->codeMapLock);
     fillCodeMap(*state);
-    const auto found = state->codePageNames.find(name, hashOf(name));
+    const auto found = state->codePageNames.find(name, nameHash(name));
     return found != state->codePageNames.end() ? found.value() : 0;
 }
 

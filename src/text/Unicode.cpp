@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "core/StringAccess.h"
+#include "kernels/Utf16Bytes.h"
 #include "kernels/Utf8Short.h"
 #include "kernels/Utf8Streams.h"
 #include "text/OutputTail.h"
@@ -211,12 +212,8 @@ void ConvertUTF16toString(BaseString<wchar_t>& output, const unsigned char* inpu
         if (length < 0) {
             throw Exception(L"A string length needs to be specified for UTF-16 to UCS conversion");
         }
-        // The bytes need not lie at an even address, so they are never read as units in place.
-        unsigned int units = 0;
-        while (units < static_cast<unsigned int>(length) / 2 &&
-               (input[2 * std::size_t{units}] | input[2 * std::size_t{units} + 1]) != 0) {
-            ++units;
-        }
+        const auto units =
+            static_cast<unsigned int>(kernels::countUtf16Units(input, static_cast<unsigned int>(length)));
         if (units != 0) {
             std::memcpy(output.reserve(units, true), input, std::size_t{units} * sizeof(wchar_t));
             detail::StringAccess<wchar_t>::setLength(output, units);
@@ -240,11 +237,7 @@ void ConvertStringtoUTF16(const wchar_t* input, Array<unsigned char>& output, bo
             detail::throwMemory(0xFFFFFFFFu, 1);
         }
         output.setCount(static_cast<unsigned int>(units * sizeof(wchar_t)));
-        unsigned char* byte = output.data();
-        for (const wchar_t* unit = input; unit != input + units; ++unit, byte += 2) {
-            byte[littleEndian ? 0 : 1] = static_cast<unsigned char>(*unit);
-            byte[littleEndian ? 1 : 0] = static_cast<unsigned char>(*unit >> 8);
-        }
+        kernels::writeUtf16Bytes(input, units, littleEndian, output.data());
     });
 }
 

@@ -1,0 +1,65 @@
+/// \file
+/// Decoding hexadecimal text of either width: whole blocks at once, and pairs by one of two rules where something else
+/// than digits stands.
+#pragma once
+
+#include <cstddef>
+
+#include "kernels/Characters.h"
+#include "kernels/HexDigits.h"
+
+namespace vorel::kernels {
+
+/// Decodes pairs of digits: whole blocks at once, and the others by `takePair(first, second, byte)`, which says whether
+/// to go on. What is left over of an odd number is handed over with the terminator.
+template <class T, class TakePair>
+bool decodeHexPairs(const T* text, std::size_t length, unsigned char* out, TakePair&& takePair) {
+    constexpr std::size_t kBlock = 16;  // digits
+    for (std::size_t at = 0; at < length;) {
+        const std::size_t blocks = decodeHex(text + at, (length - at) / kBlock, out + at / 2);
+        at += blocks * kBlock;
+        for (std::size_t end = at + kBlock; at < length && at < end; at += 2) {
+            if (!takePair(text[at], text[at + 1], out + at / 2)) {
+                return false;
+            }
+        }
+    }
+    return true;
+}
+
+/// What the decoder with a status takes a unit for: a digit has 0 to 15.
+template <class T>
+int looseHexValueOf(T unit) noexcept {
+    const bool isSmallLetter = unit >= 'a' && unit <= 'z';
+    const int character = (isSmallLetter ? unit - 'a' + 'A' : unit) & 0xFF;
+    return character < '9' + 1 ? character - '0' : character - 'A' + 10;
+}
+
+/// Decodes up to the first pair that is none, and says whether there was no such.
+template <class T>
+bool decodeHexLoosely(const T* text, std::size_t length, unsigned char* out) noexcept {
+    return decodeHexPairs(text, length, out, [](T first, T second, unsigned char* byte) {
+        const int high = looseHexValueOf(first);
+        const int low = looseHexValueOf(second);
+        if (high < 0 || high > 15 || low < 0 || low > 15) {
+            return false;
+        }
+        *byte = static_cast<unsigned char>(high * 16 + low);
+        return true;
+    });
+}
+
+/// Decodes an even number of characters; what is no digit counts as 0.
+template <class T>
+void decodeHexSilently(const T* text, std::size_t length, unsigned char* out) noexcept {
+    const auto valueOrZero = [](T c) {
+        const unsigned int value = hexDigitValue(c);
+        return value < 16 ? value : 0;
+    };
+    decodeHexPairs(text, length, out, [&](T first, T second, unsigned char* byte) {
+        *byte = static_cast<unsigned char>(valueOrZero(first) << 4 | valueOrZero(second));
+        return true;
+    });
+}
+
+}  // namespace vorel::kernels

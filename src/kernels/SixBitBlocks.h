@@ -1,0 +1,47 @@
+/// \file
+/// Base64 and Daylight over the kernels of six bits: the fastest that the processor has, and the plain one for what is
+/// left.
+#pragma once
+
+#include <cstddef>
+
+#include "kernels/Processor.h"
+#include "kernels/SixBits.h"
+#include "kernels/SixBitsAvx2.h"
+
+namespace vorel::kernels {
+
+/// Encodes the whole groups of three among `count` bytes, and returns the end of the text.
+template <class T>
+T* encodeWholeGroups(const unsigned char* bytes, std::size_t count, const char* alphabet, T* out) noexcept {
+    const std::size_t done = s_useAvx2 ? encodeSixBitsAvx2(bytes, count, alphabet, out) : 0;
+    return encodeGroups(bytes + done, count - done, alphabet, out + done / 3 * 4);
+}
+
+/// Encodes all bytes, those that are missing in the last group as zeros, and returns the end of the text.
+template <class T>
+T* encodeAllGroups(const unsigned char* bytes, std::size_t count, const char* alphabet, T* out) noexcept {
+    out = encodeWholeGroups(bytes, count, alphabet, out);
+    if (const std::size_t rest = count % 3; rest != 0) {
+        const unsigned char* const tail = bytes + (count - rest);
+        encodeThree(tail[0], rest == 2 ? tail[1] : 0u, 0u, alphabet, out);
+        out += 4;
+    }
+    return out;
+}
+
+inline constexpr std::size_t kSixBitCharacters = 32;  // of a block
+inline constexpr std::size_t kSixBitBytes = 24;
+inline constexpr std::size_t kSixBitOverhang = 8;  // bytes that are written behind the last block
+
+/// Decodes whole blocks while there are some and `room` bytes hold them, and returns how many.
+template <class T>
+std::size_t decodeWholeBlocks(const T* text, const SixBitRows& rows, Strangers strangers, unsigned char* out,
+                              std::size_t room) noexcept {
+    if (!s_useAvx2 || room < kSixBitBytes + kSixBitOverhang) {
+        return 0;
+    }
+    return decodeSixBitsAvx2(text, (room - kSixBitOverhang) / kSixBitBytes, rows, strangers, out);
+}
+
+}  // namespace vorel::kernels

@@ -1,0 +1,98 @@
+/// \file
+/// Escaping text for a URL, and back.
+#pragma once
+
+#include <bit>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <string_view>
+
+#include <emmintrin.h>
+
+#include "kernels/HexDigits.h"
+#include "kernels/Processor.h"
+#include "kernels/UrlEscapes.h"
+#include "kernels/UrlEscapesAvx2.h"
+
+namespace vorel::kernels {
+
+/// The characters that a text becomes.
+inline std::uint64_t urlLength(std::string_view text, const UrlTable& table) noexcept {
+    std::uint64_t length = 0;
+    if (s_useAvx2) {
+        const UrlProgress progress = measureUrlAvx2(text.data(), text.size(), table);
+        length = progress.written;
+        text.remove_prefix(progress.read);
+    }
+    for (const char c : text) {
+        length += table.bytes[static_cast<unsigned char>(c)].length;
+    }
+    return length;
+}
+
+/// Writes the characters that a text becomes, and returns the end. `out` has room for `kUrlOverhang` more.
+inline char* encodeUrl(std::string_view text, const UrlTable& table, char* out) noexcept {
+    if (s_useAvx2) {
+        const UrlProgress progress = encodeUrlAvx2(text.data(), text.size(), table, out);
+        out += progress.written;
+        text.remove_prefix(progress.read);
+    }
+    for (const char c : text) {
+        const UrlEscape& escape = table.bytes[static_cast<unsigned char>(c)];
+        std::memcpy(out, escape.text, sizeof escape.text);  // all four, of which at most three count
+        out += escape.length;
+    }
+    return out;
+}
+
+/// Writes the escape or the character at `place`, which is not the end, and moves both places on.
+[[gnu::always_inline]] inline void decodeUrlCharacter(const char*& place, const char* end, bool plusIsSpace,
+                                                      char*& out) noexcept {
+    const char c = *place;
+    if (c == '%' && end - place > 2) {
+        const unsigned int high = hexDigitOf(place[1]);
+        const unsigned int low = hexDigitOf(place[2]);
+        if ((high | low) < 16) {
+            *out++ = static_cast<char>(high << 4 | low);
+            place += 3;
+            return;
+        }
+    }
+    *out++ = plusIsSpace && c == '+' ? ' ' : c;
+    ++place;
+}
+
+/// What may be written behind a decoded text.
+inline constexpr std::size_t kUrlDecodingOverhang = 16;
+
+/// Writes what a text stands for, which is no longer than itself, and returns the end. `out` has room for
+/// `kUrlDecodingOverhang` characters more than the text.
+inline char* decodeUrl(std::string_view text, bool plusIsSpace, char* out) noexcept {
+    constexpr std::ptrdiff_t kBlock = 16;
+    const char* place = text.data();
+    const char* const end = place + text.size();
+    const __m128i percent = _mm_set1_epi8('%');
+    const __m128i plus = _mm_set1_epi8(plusIsSpace ? '+' : '%');
+    while (end - place >= kBlock) {
+        const __m128i block = _mm_loadu_si128(reinterpret_cast<const __m128i*>(place));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(out), block);
+        const __m128i found = _mm_or_si128(_mm_cmpeq_epi8(block, percent), _mm_cmpeq_epi8(block, plus));
+        const auto mask = static_cast<unsigned int>(_mm_movemask_epi8(found));
+        if (mask == 0) {
+            place += kBlock;
+            out += kBlock;
+            continue;
+        }
+        const int plain = std::countr_zero(mask);
+        place += plain;
+        out += plain;
+        decodeUrlCharacter(place, end, plusIsSpace, out);
+    }
+    while (place != end) {
+        decodeUrlCharacter(place, end, plusIsSpace, out);
+    }
+    return out;
+}
+
+}  // namespace vorel::kernels

@@ -1,0 +1,30 @@
+/// \file
+/// Strings that a kernel writes into: room for the most that it can write, and the end when it has.
+#pragma once
+
+#include <cstdint>
+
+#include "core/StringAccess.h"
+#include "vorel/core/BaseString.h"
+#include "vorel/core/Protocol.h"
+
+namespace vorel::text {
+
+/// Makes a string empty, with room for `units`, and returns its buffer.
+template <class T>
+T* roomFor(std::uint64_t units, BaseString<T>& string) {
+    if (units >= BaseString<T>::kUnknownLength) {
+        detail::throwMemory(BaseString<T>::kUnknownLength, sizeof(T));
+    }
+    T* const buffer = string.reserve(static_cast<unsigned int>(units), true);
+    string.clear();
+    return buffer;
+}
+
+/// Says where the text ends that was written into a string's buffer.
+template <class T>
+void endAt(const T* end, BaseString<T>& string) noexcept {
+    detail::StringAccess<T>::setLength(string, static_cast<unsigned int>(end - string.data()));
+}
+
+}  // namespace vorel::text
