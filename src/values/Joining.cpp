@@ -6,38 +6,14 @@
 #include <string_view>
 
 #include "core/StringAccess.h"
-#include "kernels/UnitBlocks.h"
+#include "kernels/JoinedItems.h"
 #include "vorel/core/Protocol.h"
 
 namespace vorel::util {
 
 namespace {
 
-constexpr wchar_t kQuote = L'"';
 constexpr std::uint64_t kReservedPerItem = 32;
-
-/// Whether an item has to be quoted. The search for the delimiter never goes back: a character that ends a partial
-/// match is not looked at again as the start of another.
-bool needsQuotes(std::wstring_view item, std::wstring_view delimiter) noexcept {
-    std::size_t matched = 0;
-    for (const wchar_t unit : item) {
-        if (unit == kQuote) {
-            return true;
-        }
-        if (delimiter.empty()) {
-            continue;
-        }
-        matched = unit == delimiter[matched] ? matched + 1 : 0;
-        if (matched == delimiter.size()) {
-            return true;
-        }
-    }
-    return false;
-}
-
-bool isQuotedAlready(std::wstring_view item) noexcept {
-    return item.size() > 1 && item.front() == kQuote && item.back() == kQuote;
-}
 
 /// A string that is written unit by unit: how long it is, it is told at the end, and before it grows.
 class Writer {
@@ -69,28 +45,12 @@ public:
         }
     }
 
-    void write(wchar_t unit) noexcept { *m_place++ = unit; }
-
     void write(std::wstring_view text) noexcept { m_place = std::copy(text.begin(), text.end(), m_place); }
 
-    /// Writes an item in quotes, its own doubled.
-    void writeQuoted(std::wstring_view item) noexcept {
-        write(kQuote);
-        for (const wchar_t unit : item) {
-            write(unit);
-            if (unit == kQuote) {
-                write(kQuote);
-            }
-        }
-        write(kQuote);
-    }
-
-    /// Writes an item unless it holds a quote or `delimiter`, and says whether it did. The item is all of a string:
-    /// the buffer of one is a whole number of blocks.
-    bool writePlain(std::wstring_view item, wchar_t delimiter) noexcept {
-        const bool isPlain = !kernels::copyAndFind(item.data(), item.size(), kQuote, delimiter, m_place);
-        m_place += isPlain ? item.size() : 0;
-        return isPlain;
+    /// Writes an item, in quotes where it needs them. The item is all of a string: the buffer of one is a whole number
+    /// of blocks.
+    void writeItem(std::wstring_view item, std::wstring_view delimiter) noexcept {
+        m_place = kernels::writeJoinedItem(item, delimiter, m_place);
     }
 
 private:
@@ -109,7 +69,7 @@ void multipleStringsToSingleString(const Array<BaseString<wchar_t>>& items, cons
     }
     result.reserve(static_cast<unsigned int>(reserved), true);
     result.clear();
-    if (items.size() == 1 && isQuotedAlready(items[0].view())) {
+    if (items.size() == 1 && kernels::isQuotedAlready(items[0].view())) {
         result = items[0];
         return;
     }
@@ -117,20 +77,11 @@ void multipleStringsToSingleString(const Array<BaseString<wchar_t>>& items, cons
     Writer writer(result);
     for (const BaseString<wchar_t>& item : items) {
         const std::wstring_view text = item.view();
-        constexpr std::uint64_t kQuotes = 2;
-        writer.reserve(between.size() + kQuotes + std::uint64_t{2} * text.size() + kernels::kUnitBlock);
+        writer.reserve(between.size() + kernels::joinedItemRoom(text.size()));
         if (&item != items.begin()) {
             writer.write(between);
         }
-        if (between.size() == 1) {
-            if (!writer.writePlain(text, between.front())) {
-                writer.writeQuoted(text);
-            }
-        } else if (needsQuotes(text, between)) {
-            writer.writeQuoted(text);
-        } else {
-            writer.write(text);
-        }
+        writer.writeItem(text, between);
     }
     writer.finish();
 }

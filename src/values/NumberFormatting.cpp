@@ -8,6 +8,7 @@
 #include <cstring>
 #include <string_view>
 
+#include "kernels/BoundedText.h"
 #include "kernels/DoubleText.h"
 #include "kernels/IntegerText.h"
 #include "values/DoubleFormat.h"
@@ -17,18 +18,6 @@ namespace vorel::util {
 namespace {
 
 constexpr unsigned long long kWorkCharacters = 64;
-
-/// Copies as much of a text as fits into `size` characters, the last of which becomes a terminator.
-template <class T>
-void copyCut(const T* text, std::size_t length, T* buffer, unsigned long long size) noexcept {
-    if (size == 0) {
-        return;
-    }
-    const std::size_t copied = std::min<unsigned long long>(length, size - 1);
-    std::copy_n(text, copied, buffer);
-    buffer[copied] = 0;
-    buffer[size - 1] = 0;
-}
 
 /// The word for a value that is infinite or not a number.
 std::string_view specialWord(double value, bool json) noexcept {
@@ -65,40 +54,12 @@ char* writeCut(double value, char* buffer, unsigned long long size, FormattingOp
         std::copy_n(text, length, buffer);  // never cut: the callers' buffers have room
         buffer[length] = 0;
     } else {
-        copyCut(text, length, buffer, size);
+        kernels::copyCut(text, length, buffer, size);
         if (size == 0) {
             return buffer;
         }
     }
     return baseutil::makeDoubleFormatConsistent(buffer, size, options);
-}
-
-/// Writes a 64-bit number at a place with room for `kMostIntegerCharacters`, and returns the end.
-template <class T>
-T* writeSigned(std::uint64_t magnitude, bool negative, T* out) noexcept {
-    *out = '-';
-    return kernels::writeInteger(magnitude, out + (negative ? 1 : 0));
-}
-
-std::uint64_t magnitudeOf(long long value) noexcept {
-    const auto bits = static_cast<std::uint64_t>(value);
-    return value < 0 ? 0 - bits : bits;
-}
-
-template <class T>
-T* integerToString(std::uint64_t magnitude, bool negative, T* buffer, unsigned long long size) noexcept {
-    if (!buffer) {
-        return nullptr;
-    }
-    if (size > kernels::kMostIntegerCharacters) {
-        *writeSigned(magnitude, negative, buffer) = 0;
-        buffer[size - 1] = 0;
-    } else {
-        T text[kernels::kMostIntegerCharacters];
-        const T* const end = writeSigned(magnitude, negative, text);
-        copyCut(text, static_cast<std::size_t>(end - text), buffer, size);
-    }
-    return buffer;
 }
 
 }  // namespace
@@ -109,7 +70,7 @@ const char* doubleToString(double value, char* buffer, unsigned long long size, 
         buffer[1] = 0;
     } else if (!std::isfinite(value)) {
         const std::string_view word = specialWord(value, (options & FO_JSON) != 0);
-        copyCut(word.data(), word.size(), buffer, size);
+        kernels::copyCut(word.data(), word.size(), buffer, size);
     } else if (size < kernels::kDoubleRoom) {
         writeCut(value, buffer, size, options);
     } else {
@@ -147,24 +108,24 @@ void appendDouble(BaseString<wchar_t>& text, double value) {
 
 void appendInteger(BaseString<wchar_t>& text, int value) {
     wchar_t characters[kernels::kMostIntegerCharacters];
-    const wchar_t* const end = writeSigned(magnitudeOf(value), value < 0, characters);
+    const wchar_t* const end = kernels::writeSigned(kernels::magnitudeOf(value), value < 0, characters);
     text.append(characters, static_cast<unsigned int>(end - characters));
 }
 
 const char* Int64ToStr(long long value, char* buffer, unsigned long long size) {
-    return integerToString(magnitudeOf(value), value < 0, buffer, size);
+    return kernels::writeBoundedInteger(kernels::magnitudeOf(value), value < 0, buffer, size);
 }
 
 const wchar_t* Int64ToStr(long long value, wchar_t* buffer, unsigned long long size) {
-    return integerToString(magnitudeOf(value), value < 0, buffer, size);
+    return kernels::writeBoundedInteger(kernels::magnitudeOf(value), value < 0, buffer, size);
 }
 
 const char* UInt64ToStr(unsigned long long value, char* buffer, unsigned long long size) {
-    return integerToString(value, false, buffer, size);
+    return kernels::writeBoundedInteger(value, false, buffer, size);
 }
 
 const wchar_t* UInt64ToStr(unsigned long long value, wchar_t* buffer, unsigned long long size) {
-    return integerToString(value, false, buffer, size);
+    return kernels::writeBoundedInteger(value, false, buffer, size);
 }
 
 double round(double value) noexcept {

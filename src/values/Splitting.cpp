@@ -5,6 +5,7 @@
 #include <string_view>
 #include <utility>
 
+#include "kernels/Splitting.h"
 #include "kernels/Trimming.h"
 #include "vorel/core/Protocol.h"
 #include "vorel/exceptions/Exception.h"
@@ -33,99 +34,51 @@ void reserveMore(Array<BaseString<T>>& parts, std::size_t more) {
 }
 
 template <class T>
-std::size_t countOf(View<T> text, View<T> delimiter) noexcept {
-    std::size_t count = 0;
-    for (std::size_t at = text.find(delimiter); at != View<T>::npos; at = text.find(delimiter, at + delimiter.size())) {
-        ++count;
-    }
-    return count;
-}
-
-template <class T>
 void split(const T* text, const T* delimiterText, Array<BaseString<T>>& parts) {
     const BaseString<T> copy(text);  // the text may be one of the parts, and move when they grow
-    View<T> rest = copy.view();
     const View<T> delimiter = viewOf(delimiterText);
     if (!delimiter.empty()) {
-        reserveMore(parts, countOf(rest, delimiter) + 1);
+        reserveMore(parts, kernels::countOf(copy.view(), delimiter) + 1);
     }
-    while (!rest.empty()) {
-        const std::size_t at = delimiter.empty() ? View<T>::npos : rest.find(delimiter);
-        parts.append(stringOf(rest.substr(0, at)));
-        rest.remove_prefix(at == View<T>::npos ? rest.size() : at + delimiter.size());
-    }
+    kernels::splitAtDelimiters(copy.view(), delimiter, [&parts](View<T> part) { parts.append(stringOf(part)); });
 }
 
-/// The walk through a text whose items may stand in double quotes.
+/// Takes an item out of its quotes, and says whether they were right.
 template <class T>
-class QuotedItems {
-public:
-    QuotedItems(const T* text, const T* delimiters) noexcept : m_rest(viewOf(text)), m_delimiters(viewOf(delimiters)) {}
-
-    [[nodiscard]] bool atEnd() const noexcept { return m_rest.empty(); }
-
-    BaseString<T> next(bool trim) {
-        BaseString<T> item;
-        if (m_rest.front() != '"' || !takeQuoted(item)) {
-            item = takePlain(trim);
-        } else if (trim) {
-            item = stringOf(kernels::trimmed(item.view()));
-        }
-        return item;
+bool takeQuoted(kernels::QuotedItems<T>& items, BaseString<T>& item) {
+    switch (items.takeQuoted(item)) {
+    case kernels::Quotes::Closed: return true;
+    case kernels::Quotes::NeverClosed:
+        Exception::trace("singleCToMultipleD() - ending text without 2nd double quote");
+        break;
+    case kernels::Quotes::NotAtEnd:
+        Exception::trace("singleCToMultipleD() - non-delimitors after 2nd double quote");
+        break;
     }
+    return false;
+}
 
-    /// No fewer than the items that are left.
-    [[nodiscard]] std::size_t mostItems() const noexcept {
-        const auto isDelimiter = [this](T c) { return m_delimiters.find(c) != View<T>::npos; };
-        return static_cast<std::size_t>(std::count_if(m_rest.begin(), m_rest.end(), isDelimiter)) + 1;
+template <class T>
+BaseString<T> nextItem(kernels::QuotedItems<T>& items, bool trim) {
+    BaseString<T> item;
+    if (!items.isQuoted() || !takeQuoted(items, item)) {
+        const View<T> plain = items.takePlain();
+        item = stringOf(trim ? kernels::trimmed(plain) : plain);
+    } else if (trim) {
+        item = stringOf(kernels::trimmed(item.view()));
     }
-
-private:
-    BaseString<T> takePlain(bool trim) {
-        const std::size_t end = m_rest.find_first_of(m_delimiters);
-        const View<T> item = m_rest.substr(0, end);
-        m_rest.remove_prefix(end == View<T>::npos ? m_rest.size() : end + 1);
-        return stringOf(trim ? kernels::trimmed(item) : item);
-    }
-
-    /// Takes an item with its quotes; when they are wrong, nothing is taken.
-    bool takeQuoted(BaseString<T>& item) {
-        View<T> rest = m_rest.substr(1);
-        for (;;) {
-            const std::size_t quote = rest.find(T{'"'});
-            if (quote == View<T>::npos) {
-                Exception::trace("singleCToMultipleD() - ending text without 2nd double quote");
-                return false;
-            }
-            item.append(rest.data(), static_cast<unsigned int>(quote));
-            rest.remove_prefix(quote + 1);
-            if (rest.empty() || rest.front() != '"') {
-                break;
-            }
-            item.append(T{'"'});
-            rest.remove_prefix(1);
-        }
-        if (!rest.empty() && m_delimiters.find(rest.front()) == View<T>::npos) {
-            Exception::trace("singleCToMultipleD() - non-delimitors after 2nd double quote");
-            return false;
-        }
-        m_rest = rest.empty() ? rest : rest.substr(1);
-        return true;
-    }
-
-    View<T> m_rest;
-    View<T> m_delimiters;
-};
+    return item;
+}
 
 template <class T>
 void splitQuoted(const T* text, const T* delimiters, Array<BaseString<T>>& items, bool trim) {
     Array<BaseString<T>> found;
-    QuotedItems<T> rest(text, delimiters);
+    kernels::QuotedItems<T> rest(viewOf(text), viewOf(delimiters));
     if (!rest.atEnd()) {
         reserveMore(found, rest.mostItems());
     }
     while (!rest.atEnd()) {
-        found.append(rest.next(trim));
+        found.append(nextItem(rest, trim));
     }
     items = std::move(found);
 }
@@ -140,15 +93,8 @@ int tokenize(T* text, const T* delimiter, Array<T*>& tokens, int maxTokens) {
         if (!text) {
             return 0;
         }
-        tokens.append(text);
-        const auto isFull = [&] { return maxTokens >= 0 && tokens.size() >= static_cast<unsigned int>(maxTokens); };
-        for (T* place = text; *place && !isFull(); ++place) {
-            if (delimiter && *place == *delimiter) {
-                *place = 0;
-                tokens.append(place + 1);
-            }
-        }
-        return static_cast<int>(tokens.size());
+        return static_cast<int>(
+            kernels::tokenizeInPlace(text, delimiter, maxTokens, [&tokens](T* token) { tokens.append(token); }));
     });
 }
 

@@ -1,0 +1,90 @@
+/// \file
+/// Truth values in zero-terminated text of either width.
+#pragma once
+
+#include <algorithm>
+#include <iterator>
+#include <string_view>
+
+#include "kernels/Characters.h"
+#include "kernels/NumberReading.h"
+#include "kernels/NumberScanner.h"
+#include "kernels/Words.h"
+
+namespace vorel::kernels {
+
+/// A word for a truth value, in lower case.
+struct BooleanWord {
+    std::string_view text;
+    // cppcheck-suppress unusedStructMember; it is read through an iterator
+    bool value;
+};
+
+inline constexpr BooleanWord kBooleanWords[] = {{"true", true}, {"false", false}, {"yes", true},
+                                                {"no", false},  {"on", true},     {"off", false}};
+inline constexpr std::string_view kTrueCharacters = "1ty";
+inline constexpr std::string_view kFalseCharacters = "0fn";
+inline constexpr std::string_view kPlainBooleanWords[] = {"true", "false", "yes", "no", "0", "1", "t", "f", "y", "n"};
+
+/// Whether the digits 2 to 9, standing alone, are true: in wide text they are, and callers rely on it.
+template <class T>
+inline constexpr bool kAnyDigitIsTrue = sizeof(T) > 1;
+
+/// Whether `c` is one of `characters`, which are given in lower case.
+template <class T>
+bool isOneOf(T c, std::string_view characters) noexcept {
+    return std::any_of(characters.begin(), characters.end(),
+                       [c](char wanted) { return foldCase(c) == static_cast<T>(wanted); });
+}
+
+/// Reads one character that stands alone, and moves behind it unless it means nothing.
+template <class T>
+bool takeBooleanCharacter(const T*& place) noexcept {
+    const T c = *place;
+    const bool isTrue = isOneOf(c, kTrueCharacters) || (kAnyDigitIsTrue<T> && c >= '2' && c <= '9');
+    if (isTrue || isOneOf(c, kFalseCharacters)) {
+        ++place;
+    }
+    return isTrue;
+}
+
+/// Takes a word, a character that stands alone, or a number, and says whether it is true; moves to the first character
+/// that is none when it is nothing of these.
+template <class T>
+bool takeBoolean(const T*& place) noexcept {
+    skipSpaces(place);
+    if (!*place) {
+        return false;
+    }
+    if (!place[1]) {
+        return takeBooleanCharacter(place);
+    }
+    const auto word = std::find_if(std::begin(kBooleanWords), std::end(kBooleanWords),
+                                   [&](const BooleanWord& w) { return equalsWord(place, w.text); });
+    if (word != std::end(kBooleanWords)) {
+        place += word->text.size();
+        return word->value;
+    }
+    return coercesToInteger(place, true) && takeInteger<int>(place, true) != 0;
+}
+
+/// Reads a truth value, and stores where it ends unless `end` is null. A null text is false.
+template <class T>
+bool readBoolean(const T* text, T** end) noexcept {
+    const bool value = text && takeBoolean(text);
+    storeEnd(text, end);
+    return value;
+}
+
+/// Whether a text is a word or a character for a truth value, and nothing else.
+template <class T>
+bool coercesToBoolean(const T* text) noexcept {
+    if (!text) {
+        return false;
+    }
+    skipSpaces(text);
+    return std::any_of(std::begin(kPlainBooleanWords), std::end(kPlainBooleanWords),
+                       [=](std::string_view word) { return equalsWord(text, word); });
+}
+
+}  // namespace vorel::kernels

@@ -1,0 +1,71 @@
+/// \file
+/// Writing items one behind the other, in double quotes where they would not be found again otherwise.
+#pragma once
+
+#include <algorithm>
+#include <cstddef>
+#include <string_view>
+
+#include "kernels/UnitBlocks.h"
+
+namespace vorel::kernels {
+
+/// Whether an item has to be quoted. The search for the delimiter never goes back: a character that ends a partial
+/// match is not looked at again as the start of another.
+template <class T>
+bool needsQuotes(std::basic_string_view<T> item, std::basic_string_view<T> delimiter) noexcept {
+    std::size_t matched = 0;
+    for (const T unit : item) {
+        if (unit == '"') {
+            return true;
+        }
+        if (delimiter.empty()) {
+            continue;
+        }
+        matched = unit == delimiter[matched] ? matched + 1 : 0;
+        if (matched == delimiter.size()) {
+            return true;
+        }
+    }
+    return false;
+}
+
+/// Whether an item begins with one quote and ends with another.
+template <class T>
+constexpr bool isQuotedAlready(std::basic_string_view<T> item) noexcept {
+    return item.size() > 1 && item.front() == '"' && item.back() == '"';
+}
+
+/// Writes an item in quotes, its own doubled, and returns the end.
+template <class T>
+T* writeQuoted(std::basic_string_view<T> item, T* out) noexcept {
+    *out++ = '"';
+    for (const T unit : item) {
+        *out++ = unit;
+        if (unit == '"') {
+            *out++ = '"';
+        }
+    }
+    *out++ = '"';
+    return out;
+}
+
+/// The most that an item becomes, with what is written behind it on the way.
+constexpr std::size_t joinedItemRoom(std::size_t units) noexcept {
+    constexpr std::size_t kQuotes = 2;
+    return kQuotes + 2 * units + kUnitBlock;
+}
+
+/// Writes an item of wide text, in quotes where it needs them, and returns the end. The item can be read in whole
+/// blocks (see `copyAndFind`).
+template <class T>
+T* writeJoinedItem(std::basic_string_view<T> item, std::basic_string_view<T> delimiter, T* out) noexcept {
+    const bool isQuoted = delimiter.size() == 1 ? copyAndFind(item.data(), item.size(), T{'"'}, delimiter.front(), out)
+                                                : needsQuotes(item, delimiter);
+    if (isQuoted) {
+        return writeQuoted(item, out);
+    }
+    return delimiter.size() == 1 ? out + item.size() : std::copy(item.begin(), item.end(), out);
+}
+
+}  // namespace vorel::kernels

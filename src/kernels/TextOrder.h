@@ -1,0 +1,110 @@
+/// \file
+/// The order of zero-terminated texts of either width, and of versions.
+#pragma once
+
+#include <cstddef>
+
+#include "kernels/Characters.h"
+#include "kernels/NumberScanner.h"
+
+namespace vorel::kernels {
+
+/// How two texts are compared.
+struct OrderRules {
+    bool ignoreCase;    ///< A to Z equal a to z
+    bool numeric;       ///< runs of digits are compared as numbers
+    bool slashesEqual;  ///< '/' and '\\' are equal
+};
+
+template <class T>
+std::ptrdiff_t digitsAt(const T* place) noexcept {
+    const T* end = place;
+    while (isDigit(*end)) {
+        ++end;
+    }
+    return end - place;
+}
+
+template <class T>
+void skipZeros(const T*& place) noexcept {
+    while (*place == '0') {
+        ++place;
+    }
+}
+
+inline int signOf(std::ptrdiff_t difference) noexcept {
+    return (difference > 0 ? 1 : 0) - (difference < 0 ? 1 : 0);
+}
+
+/// Compares two runs of digits as numbers, and moves both places behind them when they are equal.
+template <class T>
+int compareNumbers(const T*& a, const T*& b) noexcept {
+    skipZeros(a);
+    skipZeros(b);
+    const std::ptrdiff_t digits = digitsAt(a);
+    if (const std::ptrdiff_t difference = digits - digitsAt(b)) {
+        return signOf(difference);
+    }
+    for (const T* const end = a + digits; a != end; ++a, ++b) {
+        if (*a != *b) {
+            return *a - *b;
+        }
+    }
+    return 0;
+}
+
+template <class T>
+constexpr bool isSlash(T c) noexcept {
+    return c == '/' || c == '\\';
+}
+
+/// Below 0, 0, or above 0, as `a` comes before, is equal to, or comes behind `b`. Null comes before every text.
+template <class T>
+int compareTexts(const T* a, const T* b, OrderRules rules) noexcept {
+    if (!a || !b) {
+        return (a ? 1 : 0) - (b ? 1 : 0);
+    }
+    for (;;) {
+        if (rules.numeric && isDigit(*a) && isDigit(*b)) {
+            if (const int difference = compareNumbers(a, b)) {
+                return difference;
+            }
+            continue;
+        }
+        const T first = rules.ignoreCase ? foldCase(*a) : *a;
+        const T second = rules.ignoreCase ? foldCase(*b) : *b;
+        const bool equal = first == second || (rules.slashesEqual && isSlash(first) && isSlash(second));
+        if (!equal) {
+            return first - second;
+        }
+        if (!first) {
+            return 0;
+        }
+        ++a;
+        ++b;
+    }
+}
+
+/// Whether `version` is at least `required`, number by number; any one character separates two numbers.
+template <class T>
+bool versionAtLeast(const T* version, const T* required) noexcept {
+    if (!version || !required || !*version) {
+        return false;
+    }
+    while (*required) {
+        const int found = takeInteger<int>(version, true);
+        const int needed = takeInteger<int>(required, true);
+        if (found != needed) {
+            return found > needed;
+        }
+        if (!*required++) {
+            return true;
+        }
+        if (!*version || !*++version) {
+            return false;
+        }
+    }
+    return false;
+}
+
+}  // namespace vorel::kernels
