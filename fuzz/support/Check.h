@@ -2,8 +2,10 @@
 /// What has to hold whatever the input is. A check that fails ends the program, and so becomes a finding.
 #pragma once
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <string_view>
 
 namespace fuzz {
 
@@ -13,6 +15,12 @@ inline void check(bool holds, const char* rule) noexcept {
         std::fprintf(stderr, "does not hold: %s\n", rule);
         std::abort();
     }
+}
+
+/// Whether the text from `begin` to `end` is `expected`, widened where it is wide.
+template <class T>
+bool isText(const T* begin, const T* end, std::string_view expected) noexcept {
+    return std::equal(begin, end, expected.begin(), expected.end());
 }
 
 }  // namespace fuzz

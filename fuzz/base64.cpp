@@ -1,0 +1,88 @@
+// Base64 of both widths, both ways, against the reference.
+
+#include <algorithm>
+#include <cstdint>
+#include <iterator>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "kernels/Base64Text.h"
+#include "support/BitTextReference.h"
+#include "support/Input.h"
+
+namespace {
+
+using namespace vorel::kernels;
+
+const int* table() {
+    static const std::vector<int> s_table = [] {
+        std::vector<int> values(256, kInvalidBase64);
+        for (std::size_t value = 0; value != kBase64Alphabet.size(); ++value) {
+            values[static_cast<unsigned char>(kBase64Alphabet[value])] = static_cast<int>(value);
+        }
+        values['='] = 0;
+        return values;
+    }();
+    return s_table.data();
+}
+
+template <class T>
+void encode(const std::string& bytes, const fuzz::Surroundings& source, const fuzz::Surroundings& target) {
+    const std::string expected = test::base64Of(test::Bytes(bytes.begin(), bytes.end()));
+    const std::string_view all = bytes;
+    const auto* const from = reinterpret_cast<const unsigned char*>(fuzz::inputPages().copy(all, source));
+    fuzz::withEachKernel([&] {
+        T* const out = fuzz::outputPages().room<T>(expected.size(), target);
+        const T* const end = encodeBase64(from, bytes.size(), kBase64Alphabet.data(), '=', out);
+        fuzz::check(fuzz::isText<T>(out, end, expected), "the text is as expected");
+    });
+}
+
+/// Decodes a text in steps that have `room` bytes.
+template <class T>
+void decode(const std::basic_string<T>& text, std::size_t room, const fuzz::Surroundings& source,
+            const fuzz::Surroundings& target) {
+    std::vector<unsigned int> units;
+    for (const T unit : std::basic_string_view<T>(text.c_str())) {
+        units.push_back(static_cast<std::make_unsigned_t<T>>(unit));
+    }
+    const test::Decoding expected = test::fromBase64(units);
+    const T* const from = fuzz::inputPages().copyText(std::basic_string<T>(text.c_str()), source);
+    fuzz::withEachKernel([&] {
+        const T* place = from;
+        test::Bytes bytes;
+        Base64Step step = {0, Base64End::None};
+        while (step.end == Base64End::None) {
+            auto* const out = fuzz::outputPages().room<unsigned char>(room, target);
+            step = decodeBase64Step(place, table(), '=', out, room);
+            fuzz::check(step.written <= room, "no more is written than there is room");
+            bytes.insert(bytes.end(), out, out + step.written);
+            fuzz::check(bytes.size() <= expected.bytes.size(), "no more is written than expected");
+        }
+        fuzz::check(bytes == expected.bytes, "the bytes are as expected");
+        fuzz::check((step.end == Base64End::Foreign) == expected.threw, "a foreign unit is told from the others");
+        fuzz::check(expected.threw || (step.end == Base64End::Invalid) == (expected.result != 0),
+                    "so is a bad character");
+    });
+}
+
+template <class T>
+void run(fuzz::Input& input) {
+    const fuzz::Surroundings source = input.surroundings();
+    const fuzz::Surroundings target = input.surroundings();
+    if (input.flag()) {
+        encode<T>(input.rest(), source, target);
+    } else {
+        const std::size_t room = kBase64StepRoom + input.upTo(200);
+        decode(input.restAsText<T>(), room, source, target);
+    }
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    fuzz::Input input(data, size);
+    input.flag() ? run<char16_t>(input) : run<char>(input);
+    return 0;
+}

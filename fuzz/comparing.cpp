@@ -1,0 +1,51 @@
+// The order of texts of both widths under all rules, and of versions, against the reference.
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <type_traits>
+
+#include "kernels/TextOrder.h"
+#include "support/Scans.h"
+#include "support/TextReference.h"
+
+namespace {
+
+using namespace vorel::kernels;
+
+int signOfNumber(int number) noexcept {
+    return (number > 0 ? 1 : 0) - (number < 0 ? 1 : 0);
+}
+
+template <class T>
+void run(fuzz::Input& input) {
+    const fuzz::Surroundings aroundA = input.surroundings();
+    const fuzz::Surroundings aroundB = input.surroundings();
+    const OrderRules rules = {input.flag(), input.flag(), input.flag()};
+    const std::size_t split = input.upTo(512);
+    const std::basic_string<T> a = input.text<T>(split).c_str();
+    const std::basic_string<T> b = input.restAsText<T>().c_str();
+    const T* const first = fuzz::inputPages().copyText(a, aroundA);
+    const T* const second = fuzz::outputPages().copyText(b, aroundB);
+
+    // Narrow text is compared as signed numbers.
+    using Compared = std::conditional_t<sizeof(T) == 1, signed char, T>;
+    const auto* const left = reinterpret_cast<const Compared*>(first);
+    const auto* const right = reinterpret_cast<const Compared*>(second);
+    const int expected = test::compared<T>(a, b, {rules.ignoreCase, rules.numeric, rules.slashesEqual});
+    fuzz::check(signOfNumber(compareTexts(left, right, rules)) == expected, "the order is as expected");
+    fuzz::check(signOfNumber(compareTexts(right, left, rules)) == -expected, "and the other way round");
+
+    const std::string version = test::shapeOf(std::basic_string_view<T>(a));
+    const std::string required = test::shapeOf(std::basic_string_view<T>(b));
+    fuzz::check(versionAtLeast(first, second) == test::isVersionAtLeast(version, required),
+                "versions are compared number by number");
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    fuzz::Input input(data, size);
+    input.flag() ? run<char16_t>(input) : run<char>(input);
+    return 0;
+}

@@ -1,0 +1,76 @@
+// Doubles as text of both widths, against all of their digits; and texts that are brought into form.
+
+#include <algorithm>
+#include <bit>
+#include <cmath>
+#include <cstdint>
+#include <cstring>
+#include <string>
+#include <string_view>
+
+#include "kernels/DoubleText.h"
+#include "support/DoubleTextReference.h"
+#include "support/Input.h"
+#include "values/DoubleFormat.h"
+
+namespace {
+
+using namespace vorel::kernels;
+using vorel::baseutil::makeDoubleFormatConsistent;
+using vorel::util::FormattingOptions;
+
+template <class T>
+void write(double value, DoubleForm form, const std::string& expected, const fuzz::Surroundings& target) {
+    T* const out = fuzz::outputPages().room<T>(kDoubleRoom, target);
+    const T* const end = writeDouble(value, form, out);
+    fuzz::check(fuzz::isText<T>(out, end, expected), "the text is as expected");
+}
+
+template <class T>
+void writeInAllForms(fuzz::Input& input) {
+    const fuzz::Surroundings target = input.surroundings();
+    const auto value = std::bit_cast<double>(input.bits<std::uint64_t>());
+    if (!std::isfinite(value) || value == 0.0) {
+        return;
+    }
+    const bool json = input.flag();
+    const std::string expected = test::textOfDouble(value, json);
+    write<T>(value, json ? DoubleForm::Json : DoubleForm::Plain, expected, target);
+
+    // What the print function's form becomes is the same text.
+    constexpr std::size_t kCapacity = 64;
+    char* const text = fuzz::outputPages().room<char>(kCapacity, target);
+    *writeDouble(value, DoubleForm::Raw, text) = 0;
+    makeDoubleFormatConsistent(text, kCapacity, json ? vorel::util::FO_JSON : vorel::util::FO_Default);
+    fuzz::check(text == expected, "a raw text is brought into the same form");
+}
+
+/// Any text in a buffer of any capacity: nothing may be written behind that, and the rest is a text still.
+void bringIntoForm(fuzz::Input& input) {
+    const fuzz::Surroundings target = input.surroundings();
+    const auto options = input.flag() ? vorel::util::FO_JSON : vorel::util::FO_Default;
+    const std::size_t spare = input.upTo(4);
+    const std::string text = input.rest().c_str();
+    const std::size_t capacity = text.size() + 1 + spare;
+    char* const buffer = fuzz::outputPages().room<char>(capacity, target);
+    std::memcpy(buffer, text.c_str(), text.size() + 1);
+    fuzz::check(makeDoubleFormatConsistent(buffer, capacity, options) == buffer, "the buffer is the result");
+    const std::string_view formed(buffer, strnlen(buffer, capacity));
+    fuzz::check(formed.size() < capacity, "the terminator is in the buffer");
+    const bool hasExponent = text.find_first_of("eE") != std::string::npos;
+    fuzz::check(hasExponent || formed == text, "without an exponent nothing changes");
+    fuzz::check(formed.substr(0, formed.find('e')).find_first_of("eE") == std::string_view::npos,
+                "the first marker of an exponent is a small letter");
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    fuzz::Input input(data, size);
+    if (input.flag()) {
+        bringIntoForm(input);
+    } else {
+        input.flag() ? writeInAllForms<char16_t>(input) : writeInAllForms<char>(input);
+    }
+    return 0;
+}

@@ -1,0 +1,40 @@
+// Numbers with a fraction and an exponent in text of both widths, in one go and step by step, against the reference.
+
+#include <cstdint>
+#include <string>
+
+#include "kernels/NumberReading.h"
+#include "support/NumberReference.h"
+#include "support/Scans.h"
+
+namespace {
+
+using namespace vorel::kernels;
+
+template <class T>
+void run(fuzz::Input& input) {
+    const bool allowLeadingZeros = input.flag();
+    const fuzz::ScannedText<T> text(input);
+    const auto expected = test::readDouble(text.shape);
+    T* end = nullptr;
+    fuzz::check(fuzz::isSame(readDecimal<T>(text.place, &end), expected.value), "the value is as expected");
+    fuzz::check(end == text.place + expected.end, "the number ends where it should");
+    fuzz::check(fuzz::isSame(readDecimalStepByStep<T>(text.place, &end), expected.value), "so it is step by step");
+    fuzz::check(end == text.place + expected.end, "the number ends where it should");
+
+    constexpr double kUntouched = -12345.0;
+    double value = kUntouched;
+    const auto trial = test::tryDouble(text.shape);
+    fuzz::check(tryReadDouble(text.place, value) == trial.result, "a number is known when it is all of the text");
+    fuzz::check(fuzz::isSame(value, trial.value.value_or(kUntouched)), "its value is as expected");
+    fuzz::check(coercesToDouble(text.place, allowLeadingZeros) == test::canBeDouble(text.shape, allowLeadingZeros),
+                "what can become a number is known");
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    fuzz::Input input(data, size);
+    input.flag() ? run<char16_t>(input) : run<char>(input);
+    return 0;
+}

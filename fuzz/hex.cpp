@@ -1,0 +1,98 @@
+// Hexadecimal text of both widths, both ways, against the reference.
+
+#include <algorithm>
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "kernels/HexText.h"
+#include "support/BitTextReference.h"
+#include "support/Input.h"
+
+namespace {
+
+using namespace vorel::kernels;
+
+template <class T>
+void encode(const std::string& bytes, HexCase letters, const fuzz::Surroundings& source,
+            const fuzz::Surroundings& target) {
+    const std::string expected = test::hexOf(test::Bytes(bytes.begin(), bytes.end()), letters == HexCase::Upper);
+    const std::string_view all = bytes;
+    const auto* const from = reinterpret_cast<const unsigned char*>(fuzz::inputPages().copy(all, source));
+    T* const out = fuzz::outputPages().room<T>(expected.size(), target);
+    const T* const end = encodeHex(from, bytes.size(), letters, out);
+    fuzz::check(fuzz::isText<T>(out, end, expected), "the text is as expected");
+}
+
+/// The value of a digit, or what the rule has for everything else.
+template <class T>
+int valueOf(T unit, bool loosely) {
+    const auto number = static_cast<unsigned int>(static_cast<std::make_unsigned_t<T>>(unit));
+    const std::size_t digit = std::string_view("0123456789abcdefABCDEF").find(static_cast<char>(number));
+    if (number < 128 && digit != std::string_view::npos) {
+        return static_cast<int>(digit < 16 ? digit : digit - 6);
+    }
+    if (!loosely) {
+        return 0;
+    }
+    // The loose rule looks at the lower byte of a unit, and counts what stands between the digits and A backwards from
+    // A.
+    const std::size_t place = std::string_view(":;<=>?@ABCDEF").find(static_cast<char>(number & 0xFF));
+    const std::size_t decimal = std::string_view("0123456789").find(static_cast<char>(number & 0xFF));
+    if (decimal != std::string_view::npos) {
+        return static_cast<int>(decimal);
+    }
+    return place == std::string_view::npos ? -1 : static_cast<int>(place) + 3;
+}
+
+/// Decodes an even number of characters, or with the loose rule any number: then the terminator is part of the last
+/// pair.
+template <class T>
+void decode(const std::basic_string<T>& text, bool loosely, const fuzz::Surroundings& source,
+            const fuzz::Surroundings& target) {
+    const T* const from = fuzz::inputPages().copyText(text, source);
+    fuzz::withEachKernel([&] {
+        auto* const out = fuzz::outputPages().room<unsigned char>(text.size() / 2, target);
+        bool decoded = true;
+        if (loosely) {
+            decoded = decodeHexLoosely(from, text.size(), out);
+        } else {
+            decodeHexSilently(from, text.size(), out);
+        }
+        for (std::size_t at = 0; at < text.size(); at += 2) {
+            const int high = valueOf(text[at], loosely);
+            const int low = valueOf(text.c_str()[at + 1], loosely);
+            if (high < 0 || low < 0) {
+                fuzz::check(!decoded, "a pair that is none ends the text");
+                return;
+            }
+            fuzz::check(out[at / 2] == high * 16 + low, "a byte is its two digits");
+        }
+        fuzz::check(decoded, "a text of digits is decoded to its end");
+    });
+}
+
+template <class T>
+void run(fuzz::Input& input) {
+    const fuzz::Surroundings source = input.surroundings();
+    const fuzz::Surroundings target = input.surroundings();
+    if (input.flag()) {
+        const HexCase letters = input.flag() ? HexCase::Upper : HexCase::Lower;
+        encode<T>(input.rest(), letters, source, target);
+        return;
+    }
+    const bool loosely = input.flag();
+    std::basic_string<T> text = input.restAsText<T>();
+    if (!loosely) {
+        text.resize(text.size() / 2 * 2);
+    }
+    decode(text, loosely, source, target);
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    fuzz::Input input(data, size);
+    input.flag() ? run<char16_t>(input) : run<char>(input);
+    return 0;
+}

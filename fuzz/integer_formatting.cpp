@@ -1,0 +1,47 @@
+// Integers as text of both widths, in buffers of any size, against the standard library's digits.
+
+#include <algorithm>
+#include <cstdint>
+#include <string>
+
+#include "kernels/BoundedText.h"
+#include "support/Input.h"
+
+namespace {
+
+using namespace vorel::kernels;
+
+/// A number in a buffer of `size`: as much of it as has room, and terminators behind that and in the last place.
+template <class T>
+void write(std::uint64_t magnitude, bool negative, std::size_t size, const fuzz::Surroundings& target) {
+    const std::string all = (negative ? "-" : "") + std::to_string(magnitude);
+    T* const out = fuzz::outputPages().room<T>(size, target);
+    fuzz::check(writeBoundedInteger(magnitude, negative, out, size) == out, "the buffer is the result");
+    if (size != 0) {
+        const std::string expected = all.substr(0, size - 1);
+        fuzz::check(std::equal(expected.begin(), expected.end(), out), "the digits are as expected");
+        fuzz::check(out[expected.size()] == 0 && out[size - 1] == 0, "terminators stand behind them and at the end");
+    }
+}
+
+template <class T>
+void run(fuzz::Input& input) {
+    const fuzz::Surroundings target = input.surroundings();
+    const std::size_t size = input.upTo(40);
+    const bool isSigned = input.flag();
+    // As many bits as the input says: otherwise nearly all numbers had nineteen digits.
+    const auto bits = input.bits<std::uint64_t>() >> input.upTo(63);
+    const bool negative = isSigned && static_cast<std::int64_t>(bits) < 0;
+    write<T>(isSigned ? magnitudeOf(static_cast<std::int64_t>(bits)) : bits, negative, size, target);
+    if (isSigned && bits >> 63 == 0) {
+        write<T>(magnitudeOf(-static_cast<std::int64_t>(bits)), bits != 0, size, target);
+    }
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    fuzz::Input input(data, size);
+    input.flag() ? run<char16_t>(input) : run<char>(input);
+    return 0;
+}

@@ -1,0 +1,50 @@
+// Integers and hexadecimal numbers in text of both widths, against the reference.
+
+#include <cstdint>
+#include <string>
+
+#include "kernels/NumberReading.h"
+#include "support/NumberReference.h"
+#include "support/Scans.h"
+
+namespace {
+
+using namespace vorel::kernels;
+
+template <class Value, class T>
+void checkInteger(const fuzz::ScannedText<T>& text, bool skipTrailing) {
+    fuzz::checkScan(text, test::readInteger(text.shape, std::is_signed_v<Value>, skipTrailing),
+                    [=](const T* place, const T** end) { return readInteger<Value>(place, end, skipTrailing); });
+}
+
+template <class T>
+void run(fuzz::Input& input) {
+    const bool skipTrailing = input.flag();
+    const bool allowLeadingZeros = input.flag();
+    const fuzz::ScannedText<T> text(input);
+    checkInteger<int>(text, skipTrailing);
+    checkInteger<unsigned int>(text, skipTrailing);
+    checkInteger<std::int64_t>(text, skipTrailing);
+    checkInteger<std::uint64_t>(text, skipTrailing);
+
+    T* end = nullptr;
+    const int hex = readHex<T>(text.place, &end);
+    const auto expectedHex = test::readHex(text.shape, kMostHexDigits<T>);
+    fuzz::check(hex == static_cast<int>(expectedHex.value), "a hexadecimal number is as expected");
+    fuzz::check(end == text.place + expectedHex.end, "it ends where it should");
+
+    int value = 0;
+    const auto expected = test::tryInteger(text.shape);
+    fuzz::check(tryReadInteger(text.place, value) == expected.result, "an integer is known when it is all of the text");
+    fuzz::check(value == expected.value, "its value is as expected");
+    fuzz::check(coercesToInteger(text.place, allowLeadingZeros) == test::canBeInteger(text.shape, allowLeadingZeros),
+                "what can become an integer is known");
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    fuzz::Input input(data, size);
+    input.flag() ? run<char16_t>(input) : run<char>(input);
+    return 0;
+}

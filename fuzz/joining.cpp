@@ -1,0 +1,61 @@
+// Items joined to one wide text, in quotes where they need them, against the reference; and taken apart again.
+
+#include <algorithm>
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "kernels/JoinedItems.h"
+#include "kernels/Splitting.h"
+#include "support/Input.h"
+#include "support/TextReference.h"
+
+namespace {
+
+using namespace vorel::kernels;
+
+std::wstring widened(const std::u16string& text) {
+    return {text.begin(), text.end()};
+}
+
+/// One item in the whole blocks of a buffer, written to as much room as it may need.
+void join(const std::u16string& item, const std::u16string& delimiter, const fuzz::Surroundings& source,
+          const fuzz::Surroundings& target) {
+    const std::size_t blocks = (item.size() + kUnitBlock - 1) / kUnitBlock * kUnitBlock;
+    auto* const from = fuzz::inputPages().room<char16_t>(blocks, source);
+    std::copy(item.begin(), item.end(), from);
+    auto* const out = fuzz::outputPages().room<char16_t>(joinedItemRoom(item.size()), target);
+    const char16_t* const end =
+        writeJoinedItem(std::u16string_view(from, item.size()), std::u16string_view(delimiter), out);
+    const std::u16string joined(out, static_cast<std::size_t>(end - out));
+    const std::wstring expected = test::isToBeQuoted(widened(item), widened(delimiter))
+                                      ? test::joined({widened(item), {}}, widened(delimiter))
+                                      : widened(item) + widened(delimiter);
+    fuzz::check(widened(joined + delimiter) == expected, "the item is written as expected");
+    fuzz::check(isQuotedAlready(std::u16string_view(item)) ==
+                    (item.size() > 1 && item[0] == u'"' && item[item.size() - 1] == u'"'),
+                "an item in quotes is known");
+
+    // With a delimiter of one unit, an item that is not empty comes back.
+    if (delimiter.size() != 1 || delimiter[0] == u'"' || item.empty()) {
+        return;
+    }
+    std::u16string back;
+    QuotedItems<char16_t> items(joined, delimiter);
+    if (!items.isQuoted() || items.takeQuoted(back) != Quotes::Closed) {
+        back = items.takePlain();
+    }
+    fuzz::check(back == item && items.atEnd(), "splitting gives the item back");
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    fuzz::Input input(data, size);
+    const fuzz::Surroundings source = input.surroundings();
+    const fuzz::Surroundings target = input.surroundings();
+    const std::size_t length = input.upTo(6);
+    const std::u16string delimiter = input.text<char16_t>(length);
+    join(input.restAsText<char16_t>(), delimiter, source, target);
+    return 0;
+}

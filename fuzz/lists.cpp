@@ -1,0 +1,86 @@
+// Truth values, and lists of numbers, of truth values and of ranges in text of both widths, against the reference.
+
+#include <algorithm>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "kernels/BooleanReading.h"
+#include "kernels/ListReading.h"
+#include "kernels/RangeReading.h"
+#include "support/ListReference.h"
+#include "support/Scans.h"
+
+namespace {
+
+using namespace vorel::kernels;
+
+template <class T>
+void readBooleanText(const fuzz::ScannedText<T>& text) {
+    constexpr bool kAnyDigit = sizeof(T) > 1;
+    const auto expected = test::readBoolean(text.shape, kAnyDigit);
+    T* end = nullptr;
+    fuzz::check(readBoolean<T>(text.place, &end) == expected.value, "a truth value is as expected");
+    fuzz::check(end == text.place + expected.end, "it ends where it should");
+    fuzz::check(coercesToBoolean(text.place) == test::canBeBoolean(text.shape), "what can become one is known");
+}
+
+template <class T>
+void readInteger(const fuzz::ScannedText<T>& text) {
+    std::vector<std::uint32_t> values;
+    const bool isWhole = readIntegerList(text.place, [&](unsigned int value) { values.push_back(value); });
+    const auto expected = test::readIntegers(text.shape);
+    fuzz::check(isWhole == expected.whole && values == expected.values, "the integers are as expected");
+    fuzz::check(coercesToIntegers(text.place) == test::canBeIntegers(text.shape), "what can become some is known");
+}
+
+template <class T>
+void readDouble(const fuzz::ScannedText<T>& text) {
+    std::vector<double> values;
+    const bool isWhole = readDoubleList(text.place, [&](double value) { values.push_back(value); });
+    const auto expected = test::readDoubles(text.shape);
+    fuzz::check(isWhole == expected.whole, "a word that is too long ends the list");
+    fuzz::check(std::equal(values.begin(), values.end(), expected.values.begin(), expected.values.end(), fuzz::isSame),
+                "the numbers are as expected");
+}
+
+template <class T>
+void readBooleans(const fuzz::ScannedText<T>& text) {
+    std::vector<bool> values;
+    const bool isWhole = readBooleanList(text.place, [&](bool value) { values.push_back(value); });
+    const auto expected = test::readBooleans(text.shape);
+    fuzz::check(isWhole == expected.whole && values == expected.values, "the truth values are as expected");
+}
+
+template <class T>
+void readRangeList(const fuzz::ScannedText<T>& text) {
+    std::vector<int> starts;
+    std::vector<int> ends;
+    const std::basic_string_view<T> refused = readRanges(
+        text.place, [&](int start) { starts.push_back(start); }, [&](int end) { ends.push_back(end); });
+    const auto expected = test::readRanges(text.shape);
+    fuzz::check(starts == expected.starts && ends == expected.ends, "the ranges are as expected");
+    fuzz::check(test::shapeOf(refused) == expected.refused, "the item that is none is told");
+}
+
+template <class T>
+void run(fuzz::Input& input) {
+    const std::size_t kind = input.upTo(4);
+    const fuzz::ScannedText<T> text(input);
+    switch (kind) {
+    case 0: return readBooleanText(text);
+    case 1: return readInteger(text);
+    case 2: return readDouble(text);
+    case 3: return readBooleans(text);
+    default: return readRangeList(text);
+    }
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    fuzz::Input input(data, size);
+    input.flag() ? run<char16_t>(input) : run<char>(input);
+    return 0;
+}

@@ -1,0 +1,37 @@
+// The hash of a name of either width, against the rule without the wrapping of 32 bits.
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "kernels/NameHash.h"
+#include "support/Input.h"
+
+namespace {
+
+template <class T>
+void run(fuzz::Input& input) {
+    const fuzz::Surroundings around = input.surroundings();
+    const std::basic_string<T> name = input.restAsText<T>().c_str();
+    std::uint64_t expected = 0;
+    std::basic_string<T> other;  // the same with the case of its letters changed
+    for (const T unit : name) {
+        const bool isCapital = unit >= 'A' && unit <= 'Z';
+        const bool isSmall = unit >= 'a' && unit <= 'z';
+        const std::uint64_t number = static_cast<std::make_unsigned_t<T>>(unit);
+        expected = (expected * 31 + number + (isCapital ? 'a' - 'A' : 0)) % (std::uint64_t{1} << 32);
+        other += static_cast<T>(isCapital ? unit + 32 : isSmall ? unit - 32 : unit);
+    }
+    fuzz::check(vorel::kernels::nameHash(fuzz::inputPages().copyText(name, around)) == expected,
+                "the hash is the rule's");
+    fuzz::check(vorel::kernels::nameHash(fuzz::inputPages().copyText(other, around)) == expected,
+                "case does not count");
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    fuzz::Input input(data, size);
+    input.flag() ? run<char16_t>(input) : run<char>(input);
+    return 0;
+}

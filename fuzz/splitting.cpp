@@ -1,0 +1,110 @@
+// Texts of both widths taken apart in each of the three ways, against the reference.
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "kernels/Splitting.h"
+#include "kernels/Trimming.h"
+#include "support/Scans.h"
+#include "support/TextReference.h"
+
+namespace {
+
+using namespace vorel::kernels;
+
+/// A text and its delimiters, each of which ends where nobody may read.
+template <class T>
+struct Parts {
+    explicit Parts(fuzz::Input& input) {
+        const fuzz::Surroundings aroundText = input.surroundings();
+        const fuzz::Surroundings aroundDelimiter = input.surroundings();
+        const std::size_t length = input.upTo(4);
+        delimiter = input.text<T>(length).c_str();
+        text = input.restAsText<T>().c_str();
+        const std::basic_string_view<T> all = text;
+        const std::basic_string_view<T> delimiters = delimiter;
+        placed = {fuzz::inputPages().copy(all, aroundText), text.size()};
+        placedDelimiter = {fuzz::outputPages().copy(delimiters, aroundDelimiter), delimiter.size()};
+    }
+
+    std::basic_string<T> text;
+    std::basic_string<T> delimiter;
+    std::basic_string_view<T> placed;
+    std::basic_string_view<T> placedDelimiter;
+};
+
+template <class T>
+void split(fuzz::Input& input) {
+    const Parts<T> parts(input);
+    test::TextList<T> found;
+    splitAtDelimiters(parts.placed, parts.placedDelimiter,
+                      [&](std::basic_string_view<T> part) { found.emplace_back(part); });
+    fuzz::check(found == test::splitAtText(parts.text, parts.delimiter), "the parts are as expected");
+    if (!parts.delimiter.empty()) {
+        fuzz::check(found.size() <= countOf(parts.placed, parts.placedDelimiter) + 1, "there are no more than counted");
+    }
+}
+
+template <class T>
+void splitQuoted(fuzz::Input& input) {
+    const bool trim = input.flag();
+    const Parts<T> parts(input);
+    test::TextList<T> found;
+    QuotedItems<T> items(parts.placed, parts.placedDelimiter);
+    const std::size_t most = items.mostItems();
+    while (!items.atEnd()) {
+        std::basic_string<T> item;
+        if (!items.isQuoted() || items.takeQuoted(item) != Quotes::Closed) {
+            item = items.takePlain();
+        }
+        found.emplace_back(trim ? trimmed(std::basic_string_view<T>(item)) : item);
+    }
+    fuzz::check(found == test::splitAtAnyOf(parts.text, parts.delimiter, trim), "the items are as expected");
+    fuzz::check(found.size() <= most, "there are no more than counted");
+}
+
+template <class T>
+void tokenize(fuzz::Input& input) {
+    const fuzz::Surroundings around = input.surroundings();
+    const int most = static_cast<int>(input.upTo(20)) - 2;
+    const bool hasDelimiter = input.flag();
+    const T delimiter = static_cast<T>(input.bits<std::uint16_t>());
+    const std::basic_string<T> text = input.restAsText<T>().c_str();
+    T* const placed = fuzz::inputPages().copyText(text, around);
+    std::vector<const T*> starts;
+    const unsigned int count =
+        tokenizeInPlace(placed, hasDelimiter ? &delimiter : nullptr, most, [&](T* token) { starts.push_back(token); });
+    fuzz::check(count == starts.size(), "the result is the number of tokens");
+    fuzz::check(most < 0 || count <= static_cast<unsigned int>(most) || count == 1, "there are no more than asked for");
+
+    std::vector<const T*> expected = {placed};
+    for (std::size_t at = 0; at != text.size(); ++at) {
+        const bool isFull = most >= 0 && expected.size() >= static_cast<std::size_t>(most);
+        const bool ends = hasDelimiter && text[at] == delimiter && !isFull;
+        fuzz::check(placed[at] == (ends ? T{0} : text[at]),
+                    "a token ends where a delimiter stood, and nothing else is changed");
+        if (ends) {
+            expected.push_back(placed + at + 1);
+        }
+    }
+    fuzz::check(starts == expected, "the tokens are as expected");
+}
+
+template <class T>
+void run(fuzz::Input& input) {
+    switch (input.upTo(2)) {
+    case 0: return split<T>(input);
+    case 1: return splitQuoted<T>(input);
+    default: return tokenize<T>(input);
+    }
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    fuzz::Input input(data, size);
+    input.flag() ? run<char16_t>(input) : run<char>(input);
+    return 0;
+}

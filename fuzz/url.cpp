@@ -1,0 +1,68 @@
+// Escaping for a URL, and back, against the reference.
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "kernels/UrlText.h"
+#include "support/Input.h"
+#include "support/UrlReference.h"
+
+namespace {
+
+using namespace vorel::kernels;
+
+/// What each use escapes besides what all do.
+std::string escapedIn(UrlUse use) {
+    switch (use) {
+    case UrlUse::Plain: return "~";
+    case UrlUse::Reserved: return "~" + std::string(test::kUrlReserved);
+    case UrlUse::Path: return "?";
+    case UrlUse::PathSegment: return "/?";
+    case UrlUse::Query: return "+";
+    case UrlUse::QueryParameter: return "+&=";
+    case UrlUse::OtherComponent: break;
+    }
+    return {};
+}
+
+void encode(const std::string& text, UrlUse use, bool spaceAsPlus, const fuzz::Surroundings& source,
+            const fuzz::Surroundings& target) {
+    const std::string expected = test::urlEncoded(text, {escapedIn(use), spaceAsPlus});
+    const UrlTable& table = urlTable(use, spaceAsPlus);
+    const std::string_view all = text;
+    const std::string_view from(fuzz::inputPages().copy(all, source), text.size());
+    fuzz::withEachKernel([&] {
+        fuzz::check(urlLength(from, table) == expected.size(), "the length is that of the result");
+        char* const out = fuzz::outputPages().room<char>(expected.size() + kUrlOverhang, target);
+        const char* const end = encodeUrl(from, table, out);
+        fuzz::check(std::string_view(out, static_cast<std::size_t>(end - out)) == expected,
+                    "the result is as expected");
+    });
+}
+
+void decode(const std::string& text, bool plusIsSpace, const fuzz::Surroundings& source,
+            const fuzz::Surroundings& target) {
+    const std::string expected = test::urlDecoded(text, plusIsSpace);
+    const std::string_view all = text;
+    const std::string_view from(fuzz::inputPages().copy(all, source), text.size());
+    char* const out = fuzz::outputPages().room<char>(text.size() + kUrlDecodingOverhang, target);
+    const char* const end = decodeUrl(from, plusIsSpace, out);
+    fuzz::check(std::string_view(out, static_cast<std::size_t>(end - out)) == expected, "the result is as expected");
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    fuzz::Input input(data, size);
+    const fuzz::Surroundings source = input.surroundings();
+    const fuzz::Surroundings target = input.surroundings();
+    const bool plus = input.flag();
+    if (input.flag()) {
+        const auto use = static_cast<UrlUse>(input.upTo(kUrlUses - 1));
+        encode(input.rest(), use, plus, source, target);
+    } else {
+        decode(input.rest(), plus, source, target);
+    }
+    return 0;
+}
