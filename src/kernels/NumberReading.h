@@ -54,7 +54,7 @@ template <class T>
 
 /// Reads a number with a fraction and an exponent, in one go when it has the usual length.
 template <class T>
-double readDecimal(const T* text, T** end) noexcept {
+[[gnu::always_inline]] inline double readDecimal(const T* text, T** end) noexcept {
     double value = 0;
     if (text && takeShortDecimal(text, value)) {
         storeEnd(text, end);

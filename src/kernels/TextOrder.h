@@ -13,7 +13,7 @@ namespace vorel::kernels {
 struct OrderRules {
     bool ignoreCase;    ///< A to Z equal a to z
     bool numeric;       ///< runs of digits are compared as numbers
-    bool slashesEqual;  ///< '/' and '\\' are equal
+    bool slashesEqual;  ///< '/' and '\' are equal
 };
 
 template <class T>
@@ -60,7 +60,7 @@ constexpr bool isSlash(T c) noexcept {
 
 /// Below 0, 0, or above 0, as `a` comes before, is equal to, or comes behind `b`. Null comes before every text.
 template <class T>
-int compareTexts(const T* a, const T* b, OrderRules rules) noexcept {
+[[gnu::always_inline]] inline int compareTexts(const T* a, const T* b, OrderRules rules) noexcept {
     if (!a || !b) {
         return (a ? 1 : 0) - (b ? 1 : 0);
     }
