@@ -13,10 +13,16 @@
 
 namespace {
 
-using namespace vorel::kernels;
+using vorel::kernels::Base64End;
+using vorel::kernels::Base64Step;
+using vorel::kernels::decodeBase64Step;
+using vorel::kernels::encodeBase64;
+using vorel::kernels::kBase64Alphabet;
+using vorel::kernels::kBase64StepRoom;
+using vorel::kernels::kInvalidBase64;
 
 const int* table() {
-    static const std::vector<int> s_table = [] {
+    static const std::vector<int> valuesOfAll = [] {
         std::vector<int> values(256, kInvalidBase64);
         for (std::size_t value = 0; value != kBase64Alphabet.size(); ++value) {
             values[static_cast<unsigned char>(kBase64Alphabet[value])] = static_cast<int>(value);
@@ -24,7 +30,7 @@ const int* table() {
         values['='] = 0;
         return values;
     }();
-    return s_table.data();
+    return valuesOfAll.data();
 }
 
 template <class T>
@@ -44,11 +50,11 @@ template <class T>
 void decode(const std::basic_string<T>& text, std::size_t room, const fuzz::Surroundings& source,
             const fuzz::Surroundings& target) {
     std::vector<unsigned int> units;
-    for (const T unit : std::basic_string_view<T>(text.c_str())) {
+    for (const T unit : text) {
         units.push_back(static_cast<std::make_unsigned_t<T>>(unit));
     }
     const test::Decoding expected = test::fromBase64(units);
-    const T* const from = fuzz::inputPages().copyText(std::basic_string<T>(text.c_str()), source);
+    const T* const from = fuzz::inputPages().copyText(text, source);
     fuzz::withEachKernel([&] {
         const T* place = from;
         test::Bytes bytes;
@@ -75,7 +81,7 @@ void run(fuzz::Input& input) {
         encode<T>(input.rest(), source, target);
     } else {
         const std::size_t room = kBase64StepRoom + input.upTo(200);
-        decode(input.restAsText<T>(), room, source, target);
+        decode(fuzz::upToZero(input.restAsText<T>()), room, source, target);
     }
 }
 

@@ -11,7 +11,9 @@
 
 namespace {
 
-using namespace vorel::kernels;
+using vorel::kernels::compareTexts;
+using vorel::kernels::OrderRules;
+using vorel::kernels::versionAtLeast;
 
 int signOfNumber(int number) noexcept {
     return (number > 0 ? 1 : 0) - (number < 0 ? 1 : 0);
@@ -23,8 +25,8 @@ void run(fuzz::Input& input) {
     const fuzz::Surroundings aroundB = input.surroundings();
     const OrderRules rules = {input.flag(), input.flag(), input.flag()};
     const std::size_t split = input.upTo(512);
-    const std::basic_string<T> a = input.text<T>(split).c_str();
-    const std::basic_string<T> b = input.restAsText<T>().c_str();
+    const std::basic_string<T> a = fuzz::upToZero(input.text<T>(split));
+    const std::basic_string<T> b = fuzz::upToZero(input.restAsText<T>());
     const T* const first = fuzz::inputPages().copyText(a, aroundA);
     const T* const second = fuzz::outputPages().copyText(b, aroundB);
 

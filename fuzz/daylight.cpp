@@ -12,7 +12,10 @@
 
 namespace {
 
-using namespace vorel::kernels;
+using vorel::kernels::bytesOfLastGroup;
+using vorel::kernels::daylightLength;
+using vorel::kernels::decodeDaylightGroups;
+using vorel::kernels::encodeDaylight;
 
 template <class T>
 void encode(const std::string& bytes, const fuzz::Surroundings& source, const fuzz::Surroundings& target) {

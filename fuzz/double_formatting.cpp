@@ -15,9 +15,10 @@
 
 namespace {
 
-using namespace vorel::kernels;
 using vorel::baseutil::makeDoubleFormatConsistent;
-using vorel::util::FormattingOptions;
+using vorel::kernels::DoubleForm;
+using vorel::kernels::kDoubleRoom;
+using vorel::kernels::writeDouble;
 
 template <class T>
 void write(double value, DoubleForm form, const std::string& expected, const fuzz::Surroundings& target) {
@@ -50,7 +51,7 @@ void bringIntoForm(fuzz::Input& input) {
     const fuzz::Surroundings target = input.surroundings();
     const auto options = input.flag() ? vorel::util::FO_JSON : vorel::util::FO_Default;
     const std::size_t spare = input.upTo(4);
-    const std::string text = input.rest().c_str();
+    const std::string text = fuzz::upToZero(input.rest());
     const std::size_t capacity = text.size() + 1 + spare;
     char* const buffer = fuzz::outputPages().room<char>(capacity, target);
     std::memcpy(buffer, text.c_str(), text.size() + 1);

@@ -9,7 +9,10 @@
 
 namespace {
 
-using namespace vorel::kernels;
+using vorel::kernels::coercesToDouble;
+using vorel::kernels::readDecimal;
+using vorel::kernels::readDecimalStepByStep;
+using vorel::kernels::tryReadDouble;
 
 template <class T>
 void run(fuzz::Input& input) {

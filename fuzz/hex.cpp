@@ -11,7 +11,10 @@
 
 namespace {
 
-using namespace vorel::kernels;
+using vorel::kernels::decodeHexLoosely;
+using vorel::kernels::decodeHexSilently;
+using vorel::kernels::encodeHex;
+using vorel::kernels::HexCase;
 
 template <class T>
 void encode(const std::string& bytes, HexCase letters, const fuzz::Surroundings& source,

@@ -9,7 +9,8 @@
 
 namespace {
 
-using namespace vorel::kernels;
+using vorel::kernels::magnitudeOf;
+using vorel::kernels::writeBoundedInteger;
 
 /// A number in a buffer of `size`: as much of it as has room, and terminators behind that and in the last place.
 template <class T>

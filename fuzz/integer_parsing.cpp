@@ -9,7 +9,11 @@
 
 namespace {
 
-using namespace vorel::kernels;
+using vorel::kernels::coercesToInteger;
+using vorel::kernels::kMostHexDigits;
+using vorel::kernels::readHex;
+using vorel::kernels::readInteger;
+using vorel::kernels::tryReadInteger;
 
 template <class Value, class T>
 void checkInteger(const fuzz::ScannedText<T>& text, bool skipTrailing) {

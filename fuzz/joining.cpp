@@ -12,7 +12,12 @@
 
 namespace {
 
-using namespace vorel::kernels;
+using vorel::kernels::isQuotedAlready;
+using vorel::kernels::joinedItemRoom;
+using vorel::kernels::kUnitBlock;
+using vorel::kernels::QuotedItems;
+using vorel::kernels::Quotes;
+using vorel::kernels::writeJoinedItem;
 
 std::wstring widened(const std::u16string& text) {
     return {text.begin(), text.end()};

@@ -14,7 +14,13 @@
 
 namespace {
 
-using namespace vorel::kernels;
+using vorel::kernels::coercesToBoolean;
+using vorel::kernels::coercesToIntegers;
+using vorel::kernels::readBoolean;
+using vorel::kernels::readBooleanList;
+using vorel::kernels::readDoubleList;
+using vorel::kernels::readIntegerList;
+using vorel::kernels::readRanges;
 
 template <class T>
 void readBooleanText(const fuzz::ScannedText<T>& text) {

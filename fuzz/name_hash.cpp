@@ -12,7 +12,7 @@ namespace {
 template <class T>
 void run(fuzz::Input& input) {
     const fuzz::Surroundings around = input.surroundings();
-    const std::basic_string<T> name = input.restAsText<T>().c_str();
+    const std::basic_string<T> name = fuzz::upToZero(input.restAsText<T>());
     std::uint64_t expected = 0;
     std::basic_string<T> other;  // the same with the case of its letters changed
     for (const T unit : name) {

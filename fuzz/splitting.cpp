@@ -12,7 +12,12 @@
 
 namespace {
 
-using namespace vorel::kernels;
+using vorel::kernels::countOf;
+using vorel::kernels::QuotedItems;
+using vorel::kernels::Quotes;
+using vorel::kernels::splitAtDelimiters;
+using vorel::kernels::tokenizeInPlace;
+using vorel::kernels::trimmed;
 
 /// A text and its delimiters, each of which ends where nobody may read.
 template <class T>
@@ -21,8 +26,8 @@ struct Parts {
         const fuzz::Surroundings aroundText = input.surroundings();
         const fuzz::Surroundings aroundDelimiter = input.surroundings();
         const std::size_t length = input.upTo(4);
-        delimiter = input.text<T>(length).c_str();
-        text = input.restAsText<T>().c_str();
+        delimiter = fuzz::upToZero(input.text<T>(length));
+        text = fuzz::upToZero(input.restAsText<T>());
         const std::basic_string_view<T> all = text;
         const std::basic_string_view<T> delimiters = delimiter;
         placed = {fuzz::inputPages().copy(all, aroundText), text.size()};
@@ -71,7 +76,7 @@ void tokenize(fuzz::Input& input) {
     const int most = static_cast<int>(input.upTo(20)) - 2;
     const bool hasDelimiter = input.flag();
     const T delimiter = static_cast<T>(input.bits<std::uint16_t>());
-    const std::basic_string<T> text = input.restAsText<T>().c_str();
+    const std::basic_string<T> text = fuzz::upToZero(input.restAsText<T>());
     T* const placed = fuzz::inputPages().copyText(text, around);
     std::vector<const T*> starts;
     const unsigned int count =

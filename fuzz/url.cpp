@@ -10,7 +10,15 @@
 
 namespace {
 
-using namespace vorel::kernels;
+using vorel::kernels::decodeUrl;
+using vorel::kernels::encodeUrl;
+using vorel::kernels::kUrlDecodingOverhang;
+using vorel::kernels::kUrlOverhang;
+using vorel::kernels::kUrlUses;
+using vorel::kernels::urlLength;
+using vorel::kernels::UrlTable;
+using vorel::kernels::urlTable;
+using vorel::kernels::UrlUse;
 
 /// What each use escapes besides what all do.
 std::string escapedIn(UrlUse use) {

@@ -41,7 +41,7 @@ void decode(const Reading& reading, const test::DecodedText& expected) {
     std::size_t done = 0;
     while (!reader.atEnd()) {
         auto* const out = fuzz::outputPages().room<char16_t>(size, reading.target);
-        const char16_t noise = static_cast<char16_t>(reading.target.noise * 0x101);
+        const auto noise = static_cast<char16_t>(reading.target.noise * 0x101);
         const std::size_t units = reader.read<Rule, Behind>(out, reading.room);
         fuzz::check(units <= size, "no more is written than there is room");
         fuzz::check(done + units <= expected.units.size(), "no more is read than there is");

@@ -12,7 +12,7 @@ namespace fuzz {
 /// `rule` is what holds, in words: it is printed when it does not.
 inline void check(bool holds, const char* rule) noexcept {
     if (!holds) {
-        std::fprintf(stderr, "does not hold: %s\n", rule);
+        static_cast<void>(std::fprintf(stderr, "does not hold: %s\n", rule));
         std::abort();
     }
 }

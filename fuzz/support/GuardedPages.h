@@ -86,13 +86,13 @@ private:
 
 /// What a target reads from and writes to: made once, for it is asked for at every input.
 inline GuardedPages& inputPages() {
-    static GuardedPages s_pages;
-    return s_pages;
+    static GuardedPages pages;
+    return pages;
 }
 
 inline GuardedPages& outputPages() {
-    static GuardedPages s_pages;
-    return s_pages;
+    static GuardedPages pages;
+    return pages;
 }
 
 }  // namespace fuzz

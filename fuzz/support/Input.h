@@ -3,6 +3,7 @@
 /// the files of a corpus begin with the text that they are about.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -65,12 +66,19 @@ private:
     FuzzedDataProvider m_data;
 };
 
+/// What a kernel sees of a text without a length.
+template <class T>
+std::basic_string<T> upToZero(std::basic_string<T> text) {
+    text.resize(std::min(text.size(), text.find(T{0})));
+    return text;
+}
+
 /// Runs `body` with the plain kernels, and then with AVX2 where the processor has it.
 template <class Body>
 void withEachKernel(Body&& body) {
-    static const bool s_hasAvx2 = vorel::kernels::detectAvx2();
+    static const bool hasAvx2 = vorel::kernels::detectAvx2();
     for (const bool useAvx2 : {false, true}) {
-        if (!useAvx2 || s_hasAvx2) {
+        if (!useAvx2 || hasAvx2) {
             vorel::kernels::s_useAvx2 = useAvx2;
             body();
         }

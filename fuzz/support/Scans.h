@@ -20,7 +20,7 @@ template <class T>
 struct ScannedText {
     explicit ScannedText(Input& input) {
         const Surroundings around = input.surroundings();
-        text = input.restAsText<T>().c_str();
+        text = upToZero(input.restAsText<T>());
         shape = test::shapeOf(std::basic_string_view<T>(text));
         place = inputPages().copyText(text, around);
     }
