@@ -11,7 +11,7 @@ namespace vorel::util {
 /// Groups of three bytes as four characters of the alphabet . + 0-9 A-Z a-z, and one more character at the end: how
 /// many bytes of the last group count. Everything may be called from any thread.
 ///
-///     41 42  →  EI6.2        41 42 43  →  EI7330        nothing  →  3
+///     41 42  →  EI6.2        41 42 43  →  EI713        nothing  →  3
 class Daylight {
 public:
     VOREL_API Daylight& operator=(const Daylight&);
