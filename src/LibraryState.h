@@ -4,6 +4,7 @@
 
 #include "exceptions/DebugTargets.h"
 #include "exceptions/InvalidParameter.h"
+#include "flat/LastError.h"
 #include "vorel/core/HashMap.h"
 #include "vorel/sync/CriticalSections.h"
 #include "vorel/text/Base64.h"
@@ -22,6 +23,7 @@ struct LibraryState {
     ForcedCriticalSection LogSettingsLock;
     HashMap<const char*, unsigned int, NameEqual> codePageNames{kTableBuckets};
     AutoCriticalSection codeMapLock;
+    flat::LastErrors lastErrors;
     SetCurrentIPH currentHandler;  // goes first, so that the runtime calls back into nothing that is gone
 };
 

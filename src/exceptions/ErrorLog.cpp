@@ -21,6 +21,7 @@
 #include "exceptions/DebugTargets.h"
 #include "exceptions/LocaleText.h"
 #include "exceptions/LogFile.h"
+#include "exceptions/LogLocation.h"
 #include "kernels/Utf8Streams.h"
 #include "system/ComputerName.h"
 #include "system/SystemClock.h"
@@ -108,14 +109,14 @@ const char* orCurrent(const char* logPath, const char* current) noexcept {
     return logPath && *logPath ? logPath : current;
 }
 
-/// Runs `change` under the log-settings lock.
-template <class Change>
-void changeSettings(Change&& change) noexcept {
+/// Runs `action` under the log-settings lock.
+template <class Action>
+void withSettings(Action&& action) noexcept {
     if (detail::LibraryState* const state = detail::libraryState()) {
         const Guard<ForcedCriticalSection> held(state->LogSettingsLock);
-        change();
+        action();
     } else {
-        change();
+        action();
     }
 }
 
@@ -194,7 +195,7 @@ bool Exception::LockLogFile(int fileDescriptor, bool lock) noexcept {
 
 void Exception::SetErrorLogLocation(const char* path, long long size) noexcept {
     static_assert(MaxPathSize == detail::kLogPathBytes);
-    changeSettings([=] {
+    withSettings([=] {
         if (size >= 1) {
             CurrentLogSize = size;
         }
@@ -211,8 +212,12 @@ void Exception::SetErrorLogLocation(const wchar_t* path, long long size) noexcep
 
 void Exception::SetErrorLogSize(long long size) noexcept {
     if (size >= -1) {
-        changeSettings([=] { CurrentLogSize = size; });
+        withSettings([=] { CurrentLogSize = size; });
     }
+}
+
+void detail::LogLocation::copyTo(char (&path)[kLogPathBytes]) noexcept {
+    withSettings([&path] { copyPath(path, orCurrent(Exception::ErrorLogLocation, kDefaultLogPath)); });
 }
 
 }  // namespace vorel

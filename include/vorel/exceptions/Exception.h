@@ -35,6 +35,10 @@
 
 namespace vorel {
 
+namespace detail {
+struct LogLocation;
+}
+
 class VOREL_API Exception {
 public:
     /// \name Building, copying, throwing
@@ -273,6 +277,8 @@ protected:
     static long long CurrentLogSize;
 
 private:
+    friend struct detail::LogLocation;
+
     struct StackEntry {
         BaseString<wchar_t> message;
         BaseString<wchar_t> location;

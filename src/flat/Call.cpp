@@ -1,0 +1,46 @@
+#include "flat/Call.h"
+
+#include <new>
+
+#include "flat/LastError.h"
+#include "vorel/exceptions/ExceptionFamily.h"
+
+namespace vorel::flat {
+
+namespace {
+
+/// Without memory an exception may have lost its message.
+vorel_status end(Exception& exception, vorel_status status, const wchar_t* otherwise,
+                 const wchar_t* function) noexcept {
+    const wchar_t* const message = exception.what();
+    fail(status, message && *message ? message : otherwise);
+    exception.catchMessage(function);
+    return status;
+}
+
+vorel_status endSevere(vorel_status status, const wchar_t* message, const wchar_t* function) noexcept {
+    fail(status, message);
+    Exception::catchSevere(function);
+    return status;
+}
+
+}  // namespace
+
+vorel_status handled(const wchar_t* function, vorel_status meaning) noexcept {
+    constexpr const wchar_t* kNoMemory = L"No more memory is available";
+    try {
+        throw;
+    } catch (const Refused& refused) {
+        return fail(refused.status, refused.message);
+    } catch (MemoryException& e) {
+        return end(e, VOREL_ERROR_OUT_OF_MEMORY, kNoMemory, function);
+    } catch (Exception& e) {
+        return end(e, meaning, L"The operation failed", function);
+    } catch (const std::bad_alloc&) {
+        return endSevere(VOREL_ERROR_OUT_OF_MEMORY, kNoMemory, function);
+    } catch (...) {
+        return endSevere(VOREL_ERROR_INTERNAL, L"The operation failed for an unknown reason", function);
+    }
+}
+
+}  // namespace vorel::flat

@@ -1,0 +1,129 @@
+/// \file
+/// The inputs of the flat interface (vorelCoreC.h), checked, and copied with a terminator behind them: the library
+/// reads most texts up to a zero.
+#pragma once
+
+#include <cstddef>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+#include <string_view>
+
+#include "flat/Call.h"
+#include "vorel/core/Array.h"
+#include "vorel/core/Protocol.h"
+#include "vorel/flat/Status.h"
+
+namespace vorel::flat {
+
+/// \throws Refused for null.
+template <class T>
+T& required(T* pointer) {
+    if (!pointer) {
+        throw Refused{VOREL_ERROR_INVALID_ARGUMENT, L"A pointer is null"};
+    }
+    return *pointer;
+}
+
+/// The number of units of an input. \throws Refused when there is no such input.
+template <class Unit>
+std::size_t checkedCount(const Unit* input, std::size_t count) {
+    if (!input && count != 0) {
+        throw Refused{VOREL_ERROR_INVALID_ARGUMENT, L"An input is null"};
+    }
+    if (count == VOREL_ZERO_TERMINATED) {
+        for (count = 0; count <= VOREL_MOST_UNITS && input[count] != 0; ++count) {}
+    }
+    if (count > VOREL_MOST_UNITS) {
+        throw Refused{VOREL_ERROR_INVALID_ARGUMENT, L"An input is too long"};
+    }
+    return count;
+}
+
+enum class Zeros {
+    Refused,
+    Allowed,
+};
+
+/// A text with a few zeros behind its end.
+template <class Unit>
+class TextCopy {
+public:
+    /// \throws Refused; MemoryException.
+    template <class Source>
+    TextCopy(const Source* text, std::size_t length, Zeros zeros) : m_length(checkedCount(text, length)) {
+        static_assert(sizeof(Unit) == sizeof(Source));
+        const std::size_t room = m_length + kZerosBehind;
+        if (room > kShort) {
+            m_heap.reset(static_cast<Unit*>(std::malloc(room * sizeof(Unit))));
+            if (!m_heap) {
+                detail::throwMemory(static_cast<unsigned int>(room), sizeof(Unit));
+            }
+            m_text = m_heap.get();
+        }
+        if (m_length != 0) {
+            std::memcpy(m_text, text, m_length * sizeof(Unit));
+        }
+        std::memset(m_text + m_length, 0, kZerosBehind * sizeof(Unit));
+        if (zeros == Zeros::Refused && view().find(Unit()) != std::basic_string_view<Unit>::npos) {
+            throw vorel::flat::Refused{VOREL_ERROR_INVALID_TEXT, L"The text has a zero in it"};
+        }
+    }
+
+    TextCopy(const TextCopy&) = delete;
+    TextCopy& operator=(const TextCopy&) = delete;
+
+    [[nodiscard]] const Unit* c_str() const noexcept { return m_text; }
+    [[nodiscard]] std::size_t length() const noexcept { return m_length; }
+    [[nodiscard]] std::basic_string_view<Unit> view() const noexcept { return {m_text, m_length}; }
+
+private:
+    struct Free {
+        void operator()(Unit* block) const noexcept { std::free(block); }
+    };
+
+    static constexpr std::size_t kZerosBehind = 8;  // a sequence of UTF-8 that is cut short is read beyond the end
+    static constexpr std::size_t kShort = 128;
+
+    std::size_t m_length;
+    std::unique_ptr<Unit, Free> m_heap;
+    Unit m_short[kShort];
+    Unit* m_text = m_short;
+};
+
+using Utf8Text = TextCopy<char>;
+
+/// A text of UTF-16.
+class WideText : public TextCopy<wchar_t> {
+public:
+    WideText(const vorel_char16* text, std::size_t length, Zeros zeros = Zeros::Refused)
+        : TextCopy(text, length, zeros) {}
+};
+
+/// Bytes where they lie. \throws Refused.
+class Bytes {
+public:
+    Bytes(const void* bytes, std::size_t size) : m_bytes(static_cast<const unsigned char*>(bytes)) {
+        if (size == VOREL_ZERO_TERMINATED) {
+            throw Refused{VOREL_ERROR_INVALID_ARGUMENT, L"Bytes have no terminator"};
+        }
+        m_size = static_cast<unsigned int>(checkedCount(m_bytes, size));
+    }
+
+    [[nodiscard]] const unsigned char* data() const noexcept { return m_bytes; }
+    [[nodiscard]] unsigned int size() const noexcept { return m_size; }
+
+    /// As the library takes them. \throws MemoryException.
+    [[nodiscard]] Array<unsigned char> array() const {
+        Array<unsigned char> copy;
+        copy.reserve(m_size, true);
+        copy.append(m_bytes, m_size);
+        return copy;
+    }
+
+private:
+    const unsigned char* m_bytes;
+    unsigned int m_size;
+};
+
+}  // namespace vorel::flat

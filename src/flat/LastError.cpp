@@ -1,0 +1,131 @@
+#include "flat/LastError.h"
+
+#include <windows.h>
+
+#include <algorithm>
+#include <new>
+
+#include "LibraryState.h"
+#include "flat/Output.h"
+#include "flat/Utf8Units.h"
+#include "kernels/Utf8.h"
+
+namespace vorel::flat {
+
+namespace {
+
+constexpr std::wstring_view kNoMemory = L"No more memory is available";
+
+/// What a thread has whose failure finds no memory: shared, and never written.
+const Failure& withoutMemory() noexcept {
+    static constexpr Failure kFailure = [] {
+        Failure failure;
+        failure.status = VOREL_ERROR_OUT_OF_MEMORY;
+        failure.length = kNoMemory.size();
+        std::copy(kNoMemory.begin(), kNoMemory.end(), failure.text);
+        return failure;
+    }();
+    return kFailure;
+}
+
+void CALLBACK release(void* failure) {
+    if (failure && failure != &withoutMemory()) {
+        HeapFree(GetProcessHeap(), 0, failure);
+    }
+}
+
+/// The longest beginning of `message` that has room; no surrogate pair is split.
+std::wstring_view cut(std::wstring_view message) noexcept {
+    if (message.size() <= Failure::kMostUnits) {
+        return message;
+    }
+    message = message.substr(0, Failure::kMostUnits);
+    if (kernels::isHighSurrogate(message.back())) {
+        message.remove_suffix(1);
+    }
+    return message;
+}
+
+const Failure* lastFailure() noexcept {
+    const detail::LibraryState* const state = detail::libraryState();
+    return state ? state->lastErrors.last() : nullptr;
+}
+
+std::wstring_view lastMessage() noexcept {
+    const Failure* const failure = lastFailure();
+    return failure ? failure->message() : std::wstring_view();
+}
+
+/// Hands a message out. That it has no room, or no place, is no failure to remember: the last one is being asked for.
+template <class Unit, class Source>
+vorel_status handOut(std::basic_string_view<Source> message, Unit* output, std::size_t capacity,
+                     std::size_t* length) noexcept {
+    return isOutput(output, capacity, length) ? put<Ending::Zero>(message, output, capacity, length)
+                                              : VOREL_ERROR_INVALID_ARGUMENT;
+}
+
+}  // namespace
+
+LastErrors::LastErrors() noexcept : m_slot(FlsAlloc(&release)) {}
+
+LastErrors::~LastErrors() {
+    if (m_slot != FLS_OUT_OF_INDEXES) {
+        FlsFree(m_slot);
+    }
+}
+
+const Failure* LastErrors::last() const noexcept {
+    return m_slot != FLS_OUT_OF_INDEXES ? static_cast<const Failure*>(FlsGetValue(m_slot)) : nullptr;
+}
+
+void LastErrors::remember(vorel_status status, std::wstring_view message) noexcept {
+    if (m_slot == FLS_OUT_OF_INDEXES) {
+        return;
+    }
+    auto* failure = static_cast<Failure*>(FlsGetValue(m_slot));
+    if (!failure || failure == &withoutMemory()) {
+        void* const block = HeapAlloc(GetProcessHeap(), 0, sizeof(Failure));
+        failure = block ? new (block) Failure : nullptr;
+        if (!FlsSetValue(m_slot, failure ? failure : const_cast<Failure*>(&withoutMemory()))) {
+            release(failure);
+            return;
+        }
+        if (!failure) {
+            return;
+        }
+    }
+    const std::wstring_view kept = cut(message);
+    std::copy(kept.begin(), kept.end(), failure->text);
+    failure->length = kept.size();
+    failure->status = status;
+}
+
+vorel_status fail(vorel_status status, std::wstring_view message) noexcept {
+    if (detail::LibraryState* const state = detail::libraryState()) {
+        state->lastErrors.remember(status, message);
+    }
+    return status;
+}
+
+}  // namespace vorel::flat
+
+using vorel::flat::Failure;
+
+vorel_status vorel_last_error_status(void) {
+    const Failure* const failure = vorel::flat::lastFailure();
+    return failure ? failure->status : VOREL_OK;
+}
+
+vorel_status vorel_last_error_message(vorel_char16* message, size_t capacity, size_t* length) {
+    return vorel::flat::handOut(vorel::flat::lastMessage(), message, capacity, length);
+}
+
+vorel_status vorel_last_error_message_utf8(char* message, size_t capacity, size_t* length) {
+    const std::wstring_view units = vorel::flat::lastMessage();
+    char bytes[vorel::flat::utf8Room(Failure::kMostUnits)];
+    // A copy, since the encoder looks at the unit behind the last one.
+    wchar_t terminated[Failure::kMostUnits + 1];
+    *std::copy(units.begin(), units.end(), terminated) = 0;
+    const std::size_t size = vorel::flat::toUtf8({terminated, units.size()}, bytes);
+    return vorel::flat::handOut(std::string_view(bytes, size), message, capacity, length);
+}

@@ -1,0 +1,162 @@
+/// \file
+/// The error log.
+
+#include "vorel/flat/Log.h"
+
+#include <windows.h>
+
+#include <cstring>
+
+#include "exceptions/LogLocation.h"
+#include "flat/Call.h"
+#include "flat/Input.h"
+#include "flat/Output.h"
+#include "flat/Utf8Units.h"
+#include "vorel/core/Array.h"
+#include "vorel/exceptions/Exception.h"
+
+using vorel::Array;
+using vorel::Exception;
+using vorel::detail::kLogPathBytes;
+using vorel::flat::call;
+using vorel::flat::fail;
+using vorel::flat::required;
+using vorel::flat::TextOutput;
+using vorel::flat::WideText;
+
+namespace {
+
+/// What only classes derived from `Exception` may do.
+struct Channel : Exception {
+    static long long limit() noexcept { return CurrentLogSize; }
+
+    /// The lines of the diagnostic channels, which render a format first and cut what is long; prefix and target are in
+    /// UTF-8.
+    static void write(const char* prefix, const wchar_t* message) noexcept {
+        MirrorErrorMessage(nullptr, CurrentLogSize, prefix, message, true);
+    }
+};
+
+void append(Array<char>& text, std::string_view more) {
+    text.append(more.data(), static_cast<unsigned int>(more.size()));
+}
+
+/// "front: back: " with what of it is not empty, and a terminator.
+Array<char> prefixOf(std::string_view front, std::wstring_view back) {
+    Array<char> prefix;
+    if (!front.empty()) {
+        append(prefix, front);
+        append(prefix, ": ");
+    }
+    if (!back.empty()) {
+        const Array<char> bytes = vorel::flat::toUtf8(back);
+        append(prefix, {bytes.data(), bytes.size()});
+        append(prefix, ": ");
+    }
+    prefix.append('\0');
+    return prefix;
+}
+
+/// The path in the process's code page, and a terminator; empty when it lacks a character.
+Array<char> narrowPath(std::wstring_view path) {
+    Array<char> bytes;
+    if (path.empty()) {
+        bytes.append('\0');
+        return bytes;
+    }
+    const int units = static_cast<int>(path.size());
+    BOOL replaced = FALSE;
+    // A UTF-8 process lacks nothing, and does not allow the question.
+    BOOL* const asked = GetACP() == CP_UTF8 ? nullptr : &replaced;
+    const DWORD flags = asked ? WC_NO_BEST_FIT_CHARS : 0;
+    const int size = WideCharToMultiByte(CP_ACP, flags, path.data(), units, nullptr, 0, nullptr, asked);
+    if (size <= 0 || replaced) {
+        return bytes;
+    }
+    bytes.setCount(static_cast<unsigned int>(size) + 1);
+    WideCharToMultiByte(CP_ACP, flags, path.data(), units, bytes.data(), size, nullptr, nullptr);
+    return bytes;
+}
+
+}  // namespace
+
+vorel_status vorel_log_set_path(const vorel_char16* path, size_t length) {
+    return call(L"vorel_log_set_path", [&] {
+        const WideText wide(path, length);
+        const Array<char> narrow = narrowPath(wide.view());
+        if (narrow.empty()) {
+            return fail(VOREL_ERROR_INVALID_TEXT, L"The process's code page lacks a character of the path");
+        }
+        if (narrow.size() > kLogPathBytes) {
+            return fail(VOREL_ERROR_INVALID_ARGUMENT, L"The path is too long");
+        }
+        Exception::SetErrorLogLocation(narrow.data(), 0);
+        return vorel_status{VOREL_OK};
+    });
+}
+
+vorel_status vorel_log_path(vorel_char16* path, size_t capacity, size_t* length) {
+    return call(L"vorel_log_path", [&] {
+        const TextOutput out(path, capacity, length);
+        char narrow[kLogPathBytes];
+        vorel::detail::LogLocation::copyTo(narrow);
+        wchar_t wide[kLogPathBytes];
+        const int units =
+            MultiByteToWideChar(CP_ACP, 0, narrow, static_cast<int>(std::strlen(narrow)), wide, kLogPathBytes);
+        return out.write(std::wstring_view(wide, static_cast<std::size_t>(units)));
+    });
+}
+
+vorel_status vorel_log_set_limit(int64_t bytes) {
+    return call(L"vorel_log_set_limit", [&] {
+        if (bytes < -1) {
+            return fail(VOREL_ERROR_INVALID_ARGUMENT, L"A limit is -1 or more");
+        }
+        Exception::SetErrorLogSize(bytes);
+        return vorel_status{VOREL_OK};
+    });
+}
+
+vorel_status vorel_log_limit(int64_t* bytes) {
+    return call(L"vorel_log_limit", [&] {
+        required(bytes) = Channel::limit();
+        return vorel_status{VOREL_OK};
+    });
+}
+
+vorel_status vorel_log_write(const vorel_char16* prefix, size_t prefixLength, const vorel_char16* message,
+                             size_t messageLength) {
+    return call(L"vorel_log_write", [&] {
+        const WideText front(prefix, prefixLength);
+        const WideText text(message, messageLength);
+        Channel::write(prefixOf({}, front.view()).data(), text.c_str());
+        return vorel_status{VOREL_OK};
+    });
+}
+
+vorel_status vorel_log_debug(const vorel_char16* target, size_t targetLength, const vorel_char16* message,
+                             size_t messageLength) {
+    return call(L"vorel_log_debug", [&] {
+        const WideText name(target, targetLength);
+        const WideText text(message, messageLength);
+        if (Exception::isDebugTargetActive(name.c_str())) {
+            Channel::write(prefixOf("DEBUG", name.view()).data(), text.c_str());
+        }
+        return vorel_status{VOREL_OK};
+    });
+}
+
+vorel_status vorel_log_set_debug_target(const vorel_char16* target, size_t length, int32_t active) {
+    return call(L"vorel_log_set_debug_target", VOREL_ERROR_OUT_OF_MEMORY, [&] {
+        const WideText name(target, length);
+        Exception::setDebugTarget(name.c_str(), active != 0);
+        return vorel_status{VOREL_OK};
+    });
+}
+
+vorel_status vorel_log_set_thread_enabled(int32_t enabled) {
+    return call(L"vorel_log_set_thread_enabled", [&] {
+        Exception::DisableThreadErrorLogging(enabled == 0);
+        return vorel_status{VOREL_OK};
+    });
+}

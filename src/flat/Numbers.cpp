@@ -1,0 +1,153 @@
+/// \file
+/// Single values from text.
+
+#include <algorithm>
+#include <string_view>
+
+#include "flat/Call.h"
+#include "flat/Input.h"
+#include "flat/LastError.h"
+#include "kernels/Characters.h"
+#include "vorel/flat/Values.h"
+#include "vorel/values/BooleanParsing.h"
+#include "vorel/values/NumberParsing.h"
+
+using vorel::flat::call;
+using vorel::flat::fail;
+using vorel::flat::required;
+using vorel::flat::WideText;
+
+namespace {
+
+namespace util = vorel::util;
+
+/// Reads a value at `text` as `scan` does, and says where it ends.
+template <class Value, class Scan>
+vorel_status scanText(const wchar_t* function, const vorel_char16* text, size_t length, Value* value, size_t* used,
+                      Scan scan) noexcept {
+    return call(function, [&] {
+        Value& result = required(value);
+        size_t& units = required(used);
+        const WideText input(text, length);
+        wchar_t* end = nullptr;
+        result = static_cast<Value>(scan(input.c_str(), &end));
+        units = static_cast<size_t>(end - input.c_str());
+        return vorel_status{VOREL_OK};
+    });
+}
+
+/// Reads a whole text, of which `isValue` says whether it has the form of one.
+template <class Value, class IsValue, class Scan>
+vorel_status parseText(const wchar_t* function, const vorel_char16* text, size_t length, Value* value,
+                       const wchar_t* complaint, IsValue isValue, Scan scan) noexcept {
+    return call(function, [&] {
+        Value& result = required(value);
+        const WideText input(text, length);
+        if (!isValue(input)) {
+            return fail(VOREL_ERROR_INVALID_TEXT, complaint);
+        }
+        wchar_t* end = nullptr;
+        result = static_cast<Value>(scan(input.c_str(), &end));
+        return vorel_status{VOREL_OK};
+    });
+}
+
+constexpr wchar_t kNoInteger[] = L"The text is no integer";
+constexpr wchar_t kNoUnsigned[] = L"The text is no integer without a sign";
+
+bool isInteger(const WideText& text) {
+    return util::canCoerceToInteger(text.c_str(), true);
+}
+
+bool isUnsigned(const WideText& text) {
+    return isInteger(text) && text.view().find(L'-') == std::wstring_view::npos;
+}
+
+bool isDouble(const WideText& text) {
+    return util::canCoerceToDouble(text.c_str(), true);
+}
+
+bool isBoolean(const WideText& text) {
+    return util::canCoerceToBoolean(text.c_str());
+}
+
+/// Digits, and white space around them.
+bool isHex(const WideText& text) {
+    const auto isSpace = [](wchar_t unit) { return vorel::kernels::isSpace(unit); };
+    const std::wstring_view all = text.view();
+    wchar_t* end = nullptr;
+    util::hexToInt(text.c_str(), &end);
+    return end == all.data() + all.size() && !std::all_of(all.begin(), all.end(), isSpace);
+}
+
+// The wide one of two overloads.
+constexpr auto toInt32 = [](const wchar_t* text, wchar_t** end) { return util::stringToInt(text, end); };
+constexpr auto toUInt32 = [](const wchar_t* text, wchar_t** end) { return util::stringToUInt(text, end); };
+constexpr auto toInt64 = [](const wchar_t* text, wchar_t** end) { return util::stringToInt64(text, end); };
+constexpr auto toUInt64 = [](const wchar_t* text, wchar_t** end) { return util::stringToUInt64(text, end); };
+constexpr auto toHex = [](const wchar_t* text, wchar_t** end) { return util::hexToInt(text, end); };
+constexpr auto toDouble = [](const wchar_t* text, wchar_t** end) { return util::stringToDouble(text, end); };
+constexpr auto toBoolean = [](const wchar_t* text, wchar_t** end) { return util::stringToBoolean(text, end); };
+
+}  // namespace
+
+// ---- Whole texts ----------------------------------------------------------------------------------------------------
+
+vorel_status vorel_parse_int32(const vorel_char16* text, size_t length, int32_t* value) {
+    return parseText(L"vorel_parse_int32", text, length, value, kNoInteger, isInteger, toInt32);
+}
+
+vorel_status vorel_parse_uint32(const vorel_char16* text, size_t length, uint32_t* value) {
+    return parseText(L"vorel_parse_uint32", text, length, value, kNoUnsigned, isUnsigned, toUInt32);
+}
+
+vorel_status vorel_parse_int64(const vorel_char16* text, size_t length, int64_t* value) {
+    return parseText(L"vorel_parse_int64", text, length, value, kNoInteger, isInteger, toInt64);
+}
+
+vorel_status vorel_parse_uint64(const vorel_char16* text, size_t length, uint64_t* value) {
+    return parseText(L"vorel_parse_uint64", text, length, value, kNoUnsigned, isUnsigned, toUInt64);
+}
+
+vorel_status vorel_parse_hex32(const vorel_char16* text, size_t length, uint32_t* value) {
+    return parseText(L"vorel_parse_hex32", text, length, value, L"The text is not one to eight hexadecimal digits",
+                     isHex, toHex);
+}
+
+vorel_status vorel_parse_double(const vorel_char16* text, size_t length, double* value) {
+    return parseText(L"vorel_parse_double", text, length, value, L"The text is no number", isDouble, toDouble);
+}
+
+vorel_status vorel_parse_boolean(const vorel_char16* text, size_t length, int32_t* value) {
+    return parseText(L"vorel_parse_boolean", text, length, value, L"The text is no truth value", isBoolean, toBoolean);
+}
+
+// ---- The beginnings of texts ----------------------------------------------------------------------------------------
+
+vorel_status vorel_scan_int32(const vorel_char16* text, size_t length, int32_t* value, size_t* used) {
+    return scanText(L"vorel_scan_int32", text, length, value, used, toInt32);
+}
+
+vorel_status vorel_scan_uint32(const vorel_char16* text, size_t length, uint32_t* value, size_t* used) {
+    return scanText(L"vorel_scan_uint32", text, length, value, used, toUInt32);
+}
+
+vorel_status vorel_scan_int64(const vorel_char16* text, size_t length, int64_t* value, size_t* used) {
+    return scanText(L"vorel_scan_int64", text, length, value, used, toInt64);
+}
+
+vorel_status vorel_scan_uint64(const vorel_char16* text, size_t length, uint64_t* value, size_t* used) {
+    return scanText(L"vorel_scan_uint64", text, length, value, used, toUInt64);
+}
+
+vorel_status vorel_scan_hex32(const vorel_char16* text, size_t length, uint32_t* value, size_t* used) {
+    return scanText(L"vorel_scan_hex32", text, length, value, used, toHex);
+}
+
+vorel_status vorel_scan_double(const vorel_char16* text, size_t length, double* value, size_t* used) {
+    return scanText(L"vorel_scan_double", text, length, value, used, toDouble);
+}
+
+vorel_status vorel_scan_boolean(const vorel_char16* text, size_t length, int32_t* value, size_t* used) {
+    return scanText(L"vorel_scan_boolean", text, length, value, used, toBoolean);
+}

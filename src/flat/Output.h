@@ -1,0 +1,89 @@
+/// \file
+/// The one rule for outputs of the flat interface (vorelCoreC.h): the length is always set, and a buffer that is too
+/// small is left untouched.
+#pragma once
+
+#include <cstddef>
+#include <cstring>
+#include <string_view>
+
+#include "flat/Call.h"
+#include "flat/LastError.h"
+#include "vorel/core/Array.h"
+#include "vorel/flat/Status.h"
+
+namespace vorel::flat {
+
+/// Whether the arguments are a place for an output: a null buffer has no capacity.
+inline bool isOutput(const void* buffer, std::size_t capacity, const std::size_t* length) noexcept {
+    return length && (buffer || capacity == 0);
+}
+
+enum class Ending {
+    None,
+    Zero,  ///< a zero behind the last unit, where it has room
+};
+
+/// Copies `units` under that rule. Nothing is remembered.
+template <Ending Behind, class Unit, class Source>
+vorel_status put(std::basic_string_view<Source> units, Unit* buffer, std::size_t capacity,
+                 std::size_t* length) noexcept {
+    static_assert(sizeof(Unit) == sizeof(Source));
+    *length = units.size();
+    if (units.size() > capacity) {
+        return VOREL_ERROR_BUFFER_TOO_SMALL;
+    }
+    if (!units.empty()) {
+        std::memcpy(buffer, units.data(), units.size() * sizeof(Unit));
+    }
+    if constexpr (Behind == Ending::Zero) {
+        if (units.size() < capacity) {
+            buffer[units.size()] = 0;
+        }
+    }
+    return VOREL_OK;
+}
+
+/// An output of the caller's.
+template <class Unit, Ending Behind>
+class Output {
+public:
+    /// \throws Refused when the arguments are no place for an output.
+    Output(Unit* buffer, std::size_t capacity, std::size_t* length)
+        : m_buffer(buffer), m_capacity(capacity), m_length(length) {
+        if (!isOutput(buffer, capacity, length)) {
+            throw Refused{VOREL_ERROR_INVALID_ARGUMENT, L"An output is null"};
+        }
+    }
+
+    template <class Source>
+    [[nodiscard]] vorel_status write(std::basic_string_view<Source> units) const noexcept {
+        const vorel_status status = put<Behind>(units, m_buffer, m_capacity, m_length);
+        return status == VOREL_OK ? status : fail(status, L"The output buffer is too small");
+    }
+    template <class Source>
+    [[nodiscard]] vorel_status write(const Array<Source>& units) const noexcept {
+        return write(std::basic_string_view<Source>(units.data(), units.size()));
+    }
+
+private:
+    Unit* m_buffer;
+    std::size_t m_capacity;
+    std::size_t* m_length;
+};
+
+using TextOutput = Output<vorel_char16, Ending::Zero>;
+using Utf8Output = Output<char, Ending::Zero>;
+
+/// A list of values.
+template <class Value>
+using ValuesOutput = Output<Value, Ending::None>;
+
+/// Bytes that are no text.
+class BytesOutput : public Output<unsigned char, Ending::None> {
+public:
+    BytesOutput(void* buffer, std::size_t capacity, std::size_t* length)
+        : Output(static_cast<unsigned char*>(buffer), capacity, length) {}
+};
+
+}  // namespace vorel::flat

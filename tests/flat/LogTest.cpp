@@ -1,0 +1,183 @@
+#include "vorel/flat/Log.h"
+
+#include <string>
+#include <string_view>
+#include <thread>
+
+#include <gmock/gmock.h>
+
+#include <windows.h>
+
+#include "flat/FlatCalls.h"
+#include "support/TemporaryLog.h"
+
+namespace {
+
+using namespace std::string_view_literals;
+
+using test::FlatText;
+using test::flatText;
+using test::TemporaryLog;
+using testing::ElementsAre;
+
+std::wstring logPath() {
+    return flatText([](auto... out) { return vorel_log_path(out...); });
+}
+
+std::wstring widened(const std::string& ascii) {
+    return {ascii.begin(), ascii.end()};
+}
+
+vorel_status setPath(const std::wstring& path) {
+    const FlatText text(path);
+    return vorel_log_set_path(text.data(), text.size());
+}
+
+vorel_status write(std::wstring_view prefix, std::wstring_view message) {
+    const FlatText front(prefix);
+    const FlatText text(message);
+    return vorel_log_write(front.data(), front.size(), text.data(), text.size());
+}
+
+vorel_status writeDebug(std::wstring_view target, std::wstring_view message) {
+    const FlatText name(target);
+    const FlatText text(message);
+    return vorel_log_debug(name.data(), name.size(), text.data(), text.size());
+}
+
+vorel_status setTarget(std::wstring_view target, int32_t active) {
+    const FlatText name(target);
+    return vorel_log_set_debug_target(name.data(), name.size(), active);
+}
+
+TEST(FlatLog, WritesLines) {
+    const TemporaryLog log;
+    EXPECT_EQ(write(L"Import", L"12 files"), VOREL_OK);
+    EXPECT_EQ(write(L"", L"no prefix"), VOREL_OK);
+    EXPECT_EQ(write(L"WARN", L""), VOREL_OK);
+    EXPECT_EQ(write(L"\u00E9", L"\U0001F600 100%s"), VOREL_OK);
+    const std::wstring longText(20000, L'z');
+    EXPECT_EQ(write(L"Long", longText), VOREL_OK);
+    EXPECT_THAT(log.messages(), ElementsAre("Import: 12 files", "no prefix", "WARN: ",
+                                            "\xC3\xA9: \xF0\x9F\x98\x80 100%s", "Long: " + std::string(20000, 'z')));
+    ASSERT_FALSE(log.lines().empty());
+    EXPECT_EQ(log.lines().front().processId, GetCurrentProcessId());
+    EXPECT_EQ(log.lines().front().threadId, GetCurrentThreadId());
+}
+
+TEST(FlatLog, WritesWhatTheWarningChannelWrites) {
+    const TemporaryLog log;
+    EXPECT_EQ(write(L"WARN", L"low on paper"), VOREL_OK);
+    vorel::Exception::warn("low on paper");
+    EXPECT_THAT(log.messages(), ElementsAre("WARN: low on paper", "WARN: low on paper"));
+}
+
+TEST(FlatLog, RefusesTextsWithZeros) {
+    const TemporaryLog log;
+    EXPECT_EQ(write(L"a\0"sv, L"b"), VOREL_ERROR_INVALID_TEXT);
+    EXPECT_EQ(write(L"a", L"b\0c"sv), VOREL_ERROR_INVALID_TEXT);
+    EXPECT_EQ(writeDebug(L"a\0"sv, L"b"), VOREL_ERROR_INVALID_TEXT);
+    EXPECT_EQ(vorel_log_write(nullptr, 1, nullptr, 0), VOREL_ERROR_INVALID_ARGUMENT);
+    EXPECT_EQ(vorel_log_write(nullptr, 0, nullptr, 1), VOREL_ERROR_INVALID_ARGUMENT);
+    EXPECT_FALSE(log.exists());
+}
+
+TEST(FlatLog, KnowsItsPath) {
+    const TemporaryLog log;
+    EXPECT_EQ(logPath(), widened(log.path()));
+    const std::wstring other = log.folder().widePath() + L"\\other.txt";
+    EXPECT_EQ(setPath(other), VOREL_OK);
+    EXPECT_EQ(logPath(), other);
+    EXPECT_EQ(write(L"", L"there"), VOREL_OK);
+    EXPECT_FALSE(log.exists());
+    EXPECT_THAT(test::readLogMessages(log.folder().file("other.txt")), ElementsAre("there"));
+
+    EXPECT_EQ(setPath(L""), VOREL_OK);
+    EXPECT_EQ(logPath(), L"C:\\TalvenorError.txt");
+    log.use();
+}
+
+TEST(FlatLog, TakesEveryPathThatTheCodePageHas) {
+    if (GetACP() != 1252) {
+        GTEST_SKIP() << "the names below are for code page 1252";
+    }
+    const TemporaryLog log;
+    const std::wstring path = log.folder().widePath() + L"\\caf\u00E9 \u20AC.txt";
+    EXPECT_EQ(setPath(path), VOREL_OK);
+    EXPECT_EQ(logPath(), path);
+    EXPECT_EQ(write(L"", L"there"), VOREL_OK);
+    EXPECT_NE(GetFileAttributesW(path.c_str()), INVALID_FILE_ATTRIBUTES);
+
+    EXPECT_EQ(setPath(log.folder().widePath() + L"\\\u4E00.txt"), VOREL_ERROR_INVALID_TEXT);
+    EXPECT_EQ(setPath(log.folder().widePath() + L"\\\u0101.txt"), VOREL_ERROR_INVALID_TEXT) << "no letter like it";
+    EXPECT_EQ(logPath(), path) << "a path that cannot be leaves the one before";
+    log.use();
+}
+
+TEST(FlatLog, RefusesPathsThatCannotBe) {
+    const TemporaryLog log;
+    EXPECT_EQ(setPath(std::wstring(1024, L'x')), VOREL_ERROR_INVALID_ARGUMENT);
+    EXPECT_EQ(setPath(L"a\0b"), VOREL_OK) << "a literal ends at its zero";
+    log.use();
+    EXPECT_EQ(setPath(std::wstring(L"a\0b", 3)), VOREL_ERROR_INVALID_TEXT);
+    EXPECT_EQ(vorel_log_set_path(nullptr, 1), VOREL_ERROR_INVALID_ARGUMENT);
+    EXPECT_EQ(logPath(), widened(log.path()));
+    EXPECT_EQ(setPath(std::wstring(1023, L'x')), VOREL_OK);
+    EXPECT_EQ(logPath(), std::wstring(1023, L'x'));
+    log.use();
+}
+
+TEST(FlatLog, KnowsItsLimit) {
+    const TemporaryLog log;
+    int64_t limit = 0;
+    EXPECT_EQ(vorel_log_limit(&limit), VOREL_OK);
+    EXPECT_EQ(limit, 1000000);
+    for (const int64_t bytes : {int64_t{0}, int64_t{-1}, int64_t{1}, INT64_MAX}) {
+        EXPECT_EQ(vorel_log_set_limit(bytes), VOREL_OK);
+        EXPECT_EQ(vorel_log_limit(&limit), VOREL_OK);
+        EXPECT_EQ(limit, bytes);
+    }
+    EXPECT_EQ(vorel_log_set_limit(-2), VOREL_ERROR_INVALID_ARGUMENT);
+    EXPECT_EQ(vorel_log_set_limit(INT64_MIN), VOREL_ERROR_INVALID_ARGUMENT);
+    EXPECT_EQ(vorel_log_limit(nullptr), VOREL_ERROR_INVALID_ARGUMENT);
+    EXPECT_EQ(vorel_log_limit(&limit), VOREL_OK);
+    EXPECT_EQ(limit, INT64_MAX);
+
+    EXPECT_EQ(vorel_log_set_limit(0), VOREL_OK);
+    EXPECT_EQ(write(L"", L"dropped"), VOREL_OK);
+    EXPECT_FALSE(log.exists());
+}
+
+TEST(FlatLog, MovesAFileBeyondItsLimitToItsBackup) {
+    const TemporaryLog log;
+    EXPECT_EQ(vorel_log_set_limit(1), VOREL_OK);
+    EXPECT_EQ(write(L"", L"first"), VOREL_OK);
+    EXPECT_EQ(write(L"", L"second"), VOREL_OK);
+    EXPECT_THAT(log.messages(), ElementsAre("second"));
+    EXPECT_THAT(test::readLogMessages(log.backupPath()), ElementsAre("first"));
+}
+
+TEST(FlatLog, WritesForDebugTargetsThatAreSwitchedOn) {
+    const TemporaryLog log;
+    EXPECT_EQ(writeDebug(L"flat.paper", L"too early"), VOREL_OK);
+    EXPECT_EQ(setTarget(L"flat.paper", 1), VOREL_OK);
+    EXPECT_EQ(writeDebug(L"flat.paper", L"\u00E9"), VOREL_OK);
+    EXPECT_EQ(writeDebug(L"flat.ink", L"another"), VOREL_OK);
+    EXPECT_EQ(setTarget(L"flat.paper", 0), VOREL_OK);
+    EXPECT_EQ(writeDebug(L"flat.paper", L"too late"), VOREL_OK);
+    EXPECT_EQ(setTarget(L"flat.paper\0"sv, 1), VOREL_ERROR_INVALID_TEXT);
+    EXPECT_EQ(vorel_log_set_debug_target(nullptr, 1, 1), VOREL_ERROR_INVALID_ARGUMENT);
+    EXPECT_THAT(log.messages(), ElementsAre("DEBUG: flat.paper: \xC3\xA9"));
+}
+
+TEST(FlatLog, KeepsTheLinesOfOneThreadOut) {
+    const TemporaryLog log;
+    EXPECT_EQ(vorel_log_set_thread_enabled(0), VOREL_OK);
+    EXPECT_EQ(write(L"", L"dropped"), VOREL_OK);
+    std::thread([] { EXPECT_EQ(write(L"", L"from another thread"), VOREL_OK); }).join();
+    EXPECT_EQ(vorel_log_set_thread_enabled(2), VOREL_OK) << "everything but 0 is true";
+    EXPECT_EQ(write(L"", L"let in again"), VOREL_OK);
+    EXPECT_THAT(log.messages(), ElementsAre("from another thread", "let in again"));
+}
+
+}  // namespace
