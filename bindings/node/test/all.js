@@ -1,0 +1,11 @@
+// Runs every test in one process: `node test/all.js`, in a folder that has node_modules, with VOREL_CORE_DLL set.
+'use strict';
+
+const fs = require('fs');
+const path = require('path');
+
+for (const file of fs.readdirSync(__dirname).sort()) {
+    if (file.endsWith('.test.js')) {
+        require(path.join(__dirname, file));
+    }
+}

@@ -1,0 +1,84 @@
+'use strict';
+
+const assert = require('assert');
+const test = require('node:test');
+
+const { base64, codePage, daylight, hex, url, utf8 } = require('..');
+const { expectFailure } = require('./support');
+
+test('UTF-8 in both directions', () => {
+    for (const text of ['', 'A', 'é', '€', '😀', 'a\0b', '\0', 'x'.repeat(1023), 'é'.repeat(1024), '😀'.repeat(100000)]) {
+        const bytes = Buffer.from(text, 'utf8');
+        assert.deepStrictEqual(utf8.encode(text), bytes);
+        assert.strictEqual(utf8.decode(bytes), text);
+    }
+    assert.deepStrictEqual(utf8.encode('\ud800x'), Buffer.from('?x'));
+    assert.strictEqual(utf8.decode(new Uint8Array([0, 65, 66]).subarray(1)), 'AB', 'a view into a buffer');
+    expectFailure(() => utf8.decode(Buffer.from([0x80])), 'INVALID_TEXT', 'The bytes are no UTF-8');
+});
+
+test('bytes as printable text', () => {
+    const rows = [
+        [base64.encode, base64.decode, 'ABCD', 'QUJDRA=='],
+        [daylight.encode, daylight.decode, 'AB', 'EI6.2'],
+        [hex.encode, hex.decode, 'J\x0f', '4a0f'],
+        [(bytes) => hex.encode(bytes, { upperCase: true }), hex.decode, 'J\x0f', '4A0F'],
+    ];
+    for (const [encode, decode, bytes, text] of rows) {
+        assert.strictEqual(encode(Buffer.from(bytes, 'latin1')), text);
+        assert.strictEqual(decode(text).toString('latin1'), bytes);
+    }
+    const all = Buffer.from(Array.from({ length: 5000 }, (_, index) => index % 251));
+    for (const [encode, decode] of rows) {
+        assert.deepStrictEqual(decode(encode(all)), all);
+    }
+    assert.strictEqual(base64.encode(all), all.toString('base64'));
+    assert.strictEqual(hex.encode(all), all.toString('hex'));
+    assert.deepStrictEqual(base64.decode(''), Buffer.alloc(0));
+    expectFailure(() => base64.decode('QQ'), 'INVALID_TEXT', 'The text is not Base64');
+    expectFailure(() => daylight.decode('x'), 'INVALID_TEXT',
+        'Daylight64::Decode: Invalid ASCII string (unexepected charater at end)');
+    expectFailure(() => hex.decode('4G'), 'INVALID_TEXT');
+});
+
+test('a result does not change with the next call', () => {
+    const first = base64.decode('QUJD');
+    base64.decode('WFla');
+    assert.strictEqual(first.toString(), 'ABC');
+});
+
+test('code pages', () => {
+    assert.strictEqual(codePage.find('LATIN1'), 28591);
+    assert.deepStrictEqual(codePage.encode('latin1', 'café'), Buffer.from('café', 'latin1'));
+    assert.strictEqual(codePage.decode(28591, Buffer.from('a\0é', 'latin1')), 'a\0é');
+    assert.deepStrictEqual(codePage.tryEncode(1252, '€'), { bytes: Buffer.from([0x80]), replaced: false });
+    assert.strictEqual(codePage.tryEncode(1252, '一').replaced, true);
+    expectFailure(() => codePage.find('no such'), 'UNKNOWN_NAME', 'No code page has this name');
+    expectFailure(() => codePage.encode('no such', ''), 'UNKNOWN_NAME');
+    expectFailure(() => codePage.decode(4711, Buffer.from('a')), 'UNSUPPORTED');
+    expectFailure(() => codePage.decode('utf-8', Buffer.from([0xc3])), 'INVALID_TEXT');
+    assert.throws(() => codePage.decode(0, Buffer.from('a')), RangeError);
+});
+
+test('URLs', () => {
+    assert.strictEqual(url.encode('a/b c~é'), 'a/b%20c%7E%C3%A9');
+    assert.strictEqual(url.encode('a/b c', { reserved: true, spaceAsPlus: true }), 'a%2Fb+c');
+    assert.strictEqual(url.encodeComponent('a=b c', 'queryParameter'), 'a%3Db+c');
+    assert.strictEqual(url.encodeComponent('a/b?', 'path'), 'a/b%3F');
+    assert.strictEqual(url.decode('%F0%9F%98%80+%00'), '😀+\0');
+    assert.strictEqual(url.decode('a+b', { plusAsSpace: true }), 'a b');
+    expectFailure(() => url.decode('%FF'), 'INVALID_TEXT', 'The escaped bytes are no UTF-8');
+    expectFailure(() => url.encode('a\0b'), 'INVALID_TEXT', 'The text has a zero in it');
+    assert.throws(() => url.encodeComponent('a', 'toString'), TypeError);
+});
+
+test('arguments of the wrong kind are told from null pointers', () => {
+    for (const wrong of [null, undefined, 1, {}, ['a']]) {
+        assert.throws(() => base64.decode(wrong), TypeError);
+        assert.throws(() => base64.encode(wrong), TypeError);
+        assert.throws(() => utf8.encode(wrong), TypeError);
+        assert.throws(() => utf8.decode(wrong), TypeError);
+        assert.throws(() => url.decode(wrong), TypeError);
+    }
+    assert.throws(() => base64.encode('text'), TypeError);
+});

@@ -1,0 +1,135 @@
+'use strict';
+
+const assert = require('assert');
+const fs = require('fs');
+const os = require('os');
+const path = require('path');
+const test = require('node:test');
+
+const { Condition, Mutex } = require('..');
+const { GENEROUS_MS, expectFailure, startPeer, uniqueName, withLog } = require('./support');
+
+test('a mutex is held as often as it was taken', () => {
+    const mutex = new Mutex(uniqueName('é'));
+    mutex.lock();
+    assert.strictEqual(mutex.tryLock(), true);
+    mutex.unlock();
+    mutex.unlock();
+    expectFailure(() => mutex.unlock(), 'NOT_OWNER', 'The thread does not hold the mutex');
+    mutex.close();
+});
+
+test('a mutex is given back when its action throws', () => {
+    const mutex = new Mutex(uniqueName('mutex'));
+    assert.strictEqual(mutex.run(() => 42), 42);
+    assert.throws(() => mutex.run(() => { throw new Error('of the action'); }), /of the action/);
+    expectFailure(() => mutex.unlock(), 'NOT_OWNER');
+    mutex.close();
+});
+
+test('handles are closed once, and not used from then on', () => {
+    for (const Kind of [Mutex, Condition]) {
+        const name = uniqueName('closed');
+        const handle = new Kind(name);
+        assert.strictEqual(handle.name, name);
+        assert.strictEqual(handle.closed, false);
+        handle.close();
+        handle.close();
+        assert.strictEqual(handle.closed, true);
+        const use = Kind === Mutex ? () => handle.lock() : () => handle.signal();
+        assert.throws(use, new RegExp(`${name}" is closed`));
+        assert.throws(() => new Kind(null), TypeError);
+        expectFailure(() => new Kind(''), 'INVALID_ARGUMENT', 'The name is empty');
+    }
+});
+
+test('time limits are whole numbers', () => {
+    const mutex = new Mutex(uniqueName('mutex'));
+    for (const wrong of [-1, 1.5, NaN, 2 ** 32 - 1, '1', null]) {
+        assert.throws(() => mutex.lock(wrong), RangeError);
+    }
+    mutex.close();
+});
+
+test('a mutex that another process holds', async () => {
+    const name = uniqueName('mutex');
+    const held = new Condition(uniqueName('held'));
+    const release = new Condition(uniqueName('release'));
+    const peer = startPeer('hold', name, held.name, release.name);
+    assert.strictEqual(await held.waitAsync(GENEROUS_MS), true);
+
+    const mutex = new Mutex(name);
+    assert.strictEqual(mutex.tryLock(), false);
+    const lines = withLog(() => expectFailure(() => mutex.lock(1), 'TIMEOUT',
+        `Failed to lock mutex ${name}: Timed out`));
+    assert.deepStrictEqual(lines, [`WARN: AutoMutex::lock: Failed to lock mutex ${name}: Timed out`]);
+
+    release.signal();
+    mutex.lock(GENEROUS_MS);
+    assert.strictEqual(await peer, 0);
+    mutex.close();
+    held.close();
+    release.close();
+});
+
+test('a mutex that a process has left behind', async () => {
+    const mutex = new Mutex(uniqueName('mutex'));
+    const held = new Condition(uniqueName('held'));
+    const peer = startPeer('abandon', mutex.name, held.name);
+    assert.strictEqual(await held.waitAsync(GENEROUS_MS), true);
+    await peer;
+    const lines = withLog(() => mutex.lock(GENEROUS_MS));
+    assert.deepStrictEqual(lines, [`WARN: AutoMutex::lock: WAIT_ABANDONED: Mutex ${mutex.name} was not released by ` +
+        'the owning thread before it exited']);
+    mutex.close();
+    held.close();
+});
+
+test('two processes count under a mutex', async () => {
+    const folder = fs.mkdtempSync(path.join(os.tmpdir(), 'vorel_node_'));
+    const file = path.join(folder, 'count.txt');
+    const name = uniqueName('mutex');
+    fs.writeFileSync(file, '0');
+    try {
+        assert.deepStrictEqual(
+            await Promise.all([startPeer('count', name, file, '100'), startPeer('count', name, file, '100')]), [0, 0]);
+        assert.strictEqual(fs.readFileSync(file, 'utf8'), '200');
+    } finally {
+        fs.rmSync(folder, { recursive: true });
+    }
+});
+
+test('a condition keeps one signal', () => {
+    const condition = new Condition(uniqueName('condition'));
+    assert.strictEqual(condition.wait(0), false);
+    condition.signal();
+    condition.signal();
+    assert.strictEqual(condition.wait(), true);
+    assert.strictEqual(condition.wait(1), false);
+    condition.close();
+});
+
+test('signals between processes', async () => {
+    const rounds = 20;
+    const asked = new Condition(uniqueName('asked'));
+    const answered = new Condition(uniqueName('answered'));
+    const peer = startPeer('echo', asked.name, answered.name, `${rounds}`);
+    for (let round = 0; round !== rounds; ++round) {
+        asked.signal();
+        const isAnswered = round % 2 === 0 ? answered.wait(GENEROUS_MS) : await answered.waitAsync(GENEROUS_MS);
+        assert.strictEqual(isAnswered, true);
+    }
+    assert.strictEqual(await peer, 0);
+    asked.close();
+    answered.close();
+});
+
+test('the event loop goes on during an asynchronous wait', async () => {
+    const condition = new Condition(uniqueName('condition'));
+    const wait = condition.waitAsync(GENEROUS_MS);
+    assert.throws(() => condition.close(), /is being waited for/);
+    setImmediate(() => condition.signal());
+    assert.strictEqual(await wait, true);
+    assert.strictEqual(await condition.waitAsync(1), false);
+    condition.close();
+});

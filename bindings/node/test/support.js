@@ -1,0 +1,76 @@
+// What the tests share.
+'use strict';
+
+const assert = require('assert');
+const childProcess = require('child_process');
+const fs = require('fs');
+const os = require('os');
+const path = require('path');
+
+const { VorelError, log } = require('..');
+
+/** Long enough for a machine under load; whoever waits so long has waited in vain. */
+const GENEROUS_MS = 30000;
+
+let names = 0;
+
+/** A name that nobody else has. */
+function uniqueName(stem) {
+    names += 1;
+    return `vorel_node_${stem}_${process.pid}_${names}`;
+}
+
+/** Expects a failure of the library. */
+function expectFailure(action, code, message) {
+    assert.throws(action, (error) => {
+        assert.ok(error instanceof VorelError, `${error}`);
+        assert.strictEqual(error.name, 'VorelError');
+        assert.strictEqual(error.code, `VOREL_ERROR_${code}`);
+        if (message !== undefined) {
+            assert.strictEqual(error.message, message);
+        }
+        return true;
+    });
+}
+
+/** Runs `action(path)` with an error log of its own, and returns the lines that were written, without their fronts. */
+function withLog(action) {
+    const folder = fs.mkdtempSync(path.join(os.tmpdir(), 'vorel_node_'));
+    const file = path.join(folder, 'errors.txt');
+    const before = log.path;
+    log.path = file;
+    try {
+        action(file);
+        return linesOf(file);
+    } finally {
+        log.path = before;
+        fs.rmSync(folder, { recursive: true });
+    }
+}
+
+/** "[Mon Nov 16 01:43:08 2026] host7.4312.9876: message" */
+const LINE = /^\[[^\]]{24}\](?:\.\d{3})? \S+\.\d+\.\d+: (.*)$/;
+
+function linesOf(file) {
+    if (!fs.existsSync(file)) {
+        return [];
+    }
+    const lines = fs.readFileSync(file, 'utf8').split('\r\n');
+    assert.strictEqual(lines.pop(), '', 'the last line has an end');
+    return lines.map((line) => {
+        assert.match(line, LINE);
+        return LINE.exec(line)[1];
+    });
+}
+
+/** Starts test/peer.js; resolves to its exit code. */
+function startPeer(...roleAndArguments) {
+    const peer = childProcess.spawn(process.execPath, [path.join(__dirname, 'peer.js'), ...roleAndArguments],
+        { stdio: 'ignore' });
+    return new Promise((resolve, reject) => {
+        peer.on('error', reject);
+        peer.on('exit', (code) => resolve(code));
+    });
+}
+
+module.exports = { GENEROUS_MS, uniqueName, expectFailure, withLog, linesOf, startPeer };
