@@ -217,7 +217,8 @@ void Exception::SetErrorLogSize(long long size) noexcept {
 }
 
 void detail::LogLocation::copyTo(char (&path)[kLogPathBytes]) noexcept {
-    withSettings([&path] { copyPath(path, orCurrent(Exception::ErrorLogLocation, kDefaultLogPath)); });
+    withSettings(
+        [&path] { copyPath(path, *Exception::ErrorLogLocation ? Exception::ErrorLogLocation : kDefaultLogPath); });
 }
 
 }  // namespace vorel

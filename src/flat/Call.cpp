@@ -29,7 +29,7 @@ vorel_status endSevere(vorel_status status, const wchar_t* message, const wchar_
 vorel_status handled(const wchar_t* function, vorel_status meaning) noexcept {
     constexpr const wchar_t* kNoMemory = L"No more memory is available";
     try {
-        throw;
+        throw;  // cppcheck-suppress rethrowNoCurrentException; a handler calls
     } catch (const Refused& refused) {
         return fail(refused.status, refused.message);
     } catch (MemoryException& e) {

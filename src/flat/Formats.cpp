@@ -31,7 +31,7 @@ static_assert(areOneNumber(VOREL_FORMAT_DEFAULT, util::FO_Default) && areOneNumb
 /// Hands out what `format(buffer, size)` writes: the longest text of a number, and its terminator, fit.
 template <class Format>
 vorel_status formatNumber(const wchar_t* function, vorel_char16* output, size_t capacity, size_t* outputLength,
-                          Format format) noexcept {
+                          Format format) {
     return call(function, [&] {
         const TextOutput out(output, capacity, outputLength);
         wchar_t buffer[64];
@@ -41,7 +41,7 @@ vorel_status formatNumber(const wchar_t* function, vorel_char16* output, size_t 
 
 template <class BreakDown>
 vorel_status formatTime(const wchar_t* function, int64_t seconds, vorel_char16* output, size_t capacity,
-                        size_t* outputLength, BreakDown breakDown) noexcept {
+                        size_t* outputLength, BreakDown breakDown) {
     return call(function, VOREL_ERROR_INVALID_ARGUMENT, [&] {
         const TextOutput out(output, capacity, outputLength);
         const long long time = seconds;

@@ -18,6 +18,7 @@ namespace vorel::flat {
 
 /// \throws Refused for null.
 template <class T>
+// cppcheck-suppress constParameter; the caller writes to it
 T& required(T* pointer) {
     if (!pointer) {
         throw Refused{VOREL_ERROR_INVALID_ARGUMENT, L"A pointer is null"};
@@ -69,6 +70,8 @@ public:
             throw vorel::flat::Refused{VOREL_ERROR_INVALID_TEXT, L"The text has a zero in it"};
         }
     }
+
+    ~TextCopy() = default;
 
     TextCopy(const TextCopy&) = delete;
     TextCopy& operator=(const TextCopy&) = delete;

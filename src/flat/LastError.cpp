@@ -14,22 +14,18 @@ namespace vorel::flat {
 
 namespace {
 
-constexpr std::wstring_view kNoMemory = L"No more memory is available";
-
 /// What a thread has whose failure finds no memory: shared, and never written.
-const Failure& withoutMemory() noexcept {
-    static constexpr Failure kFailure = [] {
-        Failure failure;
-        failure.status = VOREL_ERROR_OUT_OF_MEMORY;
-        failure.length = kNoMemory.size();
-        std::copy(kNoMemory.begin(), kNoMemory.end(), failure.text);
-        return failure;
-    }();
-    return kFailure;
-}
+constinit Failure s_withoutMemory = [] {
+    constexpr std::wstring_view kNoMemory = L"No more memory is available";
+    Failure failure;
+    failure.status = VOREL_ERROR_OUT_OF_MEMORY;
+    failure.length = kNoMemory.size();
+    std::copy(kNoMemory.begin(), kNoMemory.end(), failure.text);
+    return failure;
+}();
 
 void CALLBACK release(void* failure) {
-    if (failure && failure != &withoutMemory()) {
+    if (failure && failure != &s_withoutMemory) {
         HeapFree(GetProcessHeap(), 0, failure);
     }
 }
@@ -78,19 +74,19 @@ const Failure* LastErrors::last() const noexcept {
     return m_slot != FLS_OUT_OF_INDEXES ? static_cast<const Failure*>(FlsGetValue(m_slot)) : nullptr;
 }
 
-void LastErrors::remember(vorel_status status, std::wstring_view message) noexcept {
+void LastErrors::remember(vorel_status status, std::wstring_view message) const noexcept {
     if (m_slot == FLS_OUT_OF_INDEXES) {
         return;
     }
     auto* failure = static_cast<Failure*>(FlsGetValue(m_slot));
-    if (!failure || failure == &withoutMemory()) {
+    if (!failure || failure == &s_withoutMemory) {
         void* const block = HeapAlloc(GetProcessHeap(), 0, sizeof(Failure));
-        failure = block ? new (block) Failure : nullptr;
-        if (!FlsSetValue(m_slot, failure ? failure : const_cast<Failure*>(&withoutMemory()))) {
+        failure = block ? new (block) Failure : &s_withoutMemory;
+        if (!FlsSetValue(m_slot, failure)) {
             release(failure);
             return;
         }
-        if (!failure) {
+        if (!block) {
             return;
         }
     }
@@ -101,7 +97,7 @@ void LastErrors::remember(vorel_status status, std::wstring_view message) noexce
 }
 
 vorel_status fail(vorel_status status, std::wstring_view message) noexcept {
-    if (detail::LibraryState* const state = detail::libraryState()) {
+    if (const detail::LibraryState* const state = detail::libraryState()) {
         state->lastErrors.remember(status, message);
     }
     return status;

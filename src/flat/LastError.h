@@ -31,7 +31,7 @@ public:
     LastErrors& operator=(const LastErrors&) = delete;
 
     /// Replaces the calling thread's failure; of a text that is too long the beginning stays.
-    void remember(vorel_status status, std::wstring_view message) noexcept;
+    void remember(vorel_status status, std::wstring_view message) const noexcept;
 
     /// The calling thread's failure, null before the first.
     [[nodiscard]] const Failure* last() const noexcept;

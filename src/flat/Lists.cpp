@@ -30,7 +30,7 @@ using Texts = Array<BaseString<wchar_t>>;
 /// Hands out what `read(text, values)` reads, which says whether it has read everything.
 template <class Item, class Value, class Read>
 vorel_status parseList(const wchar_t* function, const vorel_char16* text, size_t length, Value* values, size_t capacity,
-                       size_t* count, Read read) noexcept {
+                       size_t* count, Read read) {
     return call(function, [&] {
         const ValuesOutput<Value> out(values, capacity, count);
         const WideText input(text, length);

@@ -40,7 +40,7 @@ namespace {
 
 /// Makes a handle behind a pointer that the caller gave.
 template <class Handle>
-vorel_status open(const wchar_t* function, const vorel_char16* name, size_t length, Handle** handle) noexcept {
+vorel_status open(const wchar_t* function, const vorel_char16* name, size_t length, Handle** handle) {
     return call(function, VOREL_ERROR_SYSTEM, [&] {
         Handle*& result = required(handle);
         const WideText text(name, length);
@@ -53,7 +53,7 @@ vorel_status open(const wchar_t* function, const vorel_char16* name, size_t leng
 }
 
 template <class Handle>
-vorel_status close(const wchar_t* function, Handle* handle) noexcept {
+vorel_status close(const wchar_t* function, Handle* handle) {
     return call(function, VOREL_ERROR_SYSTEM, [&] {
         delete &required(handle);  // the memory goes also when the destructor throws
         return vorel_status{VOREL_OK};

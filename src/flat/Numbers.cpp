@@ -24,7 +24,7 @@ namespace util = vorel::util;
 /// Reads a value at `text` as `scan` does, and says where it ends.
 template <class Value, class Scan>
 vorel_status scanText(const wchar_t* function, const vorel_char16* text, size_t length, Value* value, size_t* used,
-                      Scan scan) noexcept {
+                      Scan scan) {
     return call(function, [&] {
         Value& result = required(value);
         size_t& units = required(used);
@@ -39,7 +39,7 @@ vorel_status scanText(const wchar_t* function, const vorel_char16* text, size_t 
 /// Reads a whole text, of which `isValue` says whether it has the form of one.
 template <class Value, class IsValue, class Scan>
 vorel_status parseText(const wchar_t* function, const vorel_char16* text, size_t length, Value* value,
-                       const wchar_t* complaint, IsValue isValue, Scan scan) noexcept {
+                       const wchar_t* complaint, IsValue isValue, Scan scan) {
     return call(function, [&] {
         Value& result = required(value);
         const WideText input(text, length);

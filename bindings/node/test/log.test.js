@@ -46,10 +46,16 @@ test('the settings', () => {
     });
 });
 
-test('a path with letters of the code page', () => {
+test('a path with letters of the code page', (t) => {
     withLog((file) => {
         const accented = path.join(path.dirname(file), 'café.txt');
-        log.path = accented;
+        try {
+            log.path = accented;
+        } catch (error) {
+            assert.strictEqual(error.code, 'VOREL_ERROR_INVALID_TEXT');
+            t.skip('this code page has no é');
+            return;
+        }
         log.warn('there');
         assert.strictEqual(log.path, accented);
         assert.deepStrictEqual(linesOf(accented), ['WARN: there']);

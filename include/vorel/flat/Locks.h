@@ -17,6 +17,7 @@ extern "C" {
 /// without giving it back, the next one to take it gets it, with a warning in the error log.
 /// \{
 
+// NOLINTNEXTLINE(modernize-use-using): C reads this, too
 typedef struct vorel_mutex vorel_mutex;
 
 /// Opens the mutex of this name, and creates it when nobody has it open; the handle is the caller's to close. The name
@@ -42,6 +43,7 @@ VOREL_API vorel_status vorel_mutex_close(vorel_mutex* mutex);
 /// lost. It belongs to nobody: one thread may wait, and another one signal, through the same handle.
 /// \{
 
+// NOLINTNEXTLINE(modernize-use-using): C reads this, too
 typedef struct vorel_condition vorel_condition;
 
 /// Opens the condition of this name, and creates it when nobody has it open; the handle is the caller's to close. The

@@ -3,6 +3,8 @@
 /// hold for every function stand in vorelCoreC.h.
 #pragma once
 
+// NOLINTBEGIN(modernize-*): C reads this, too
+
 #include <stddef.h>
 #include <stdint.h>
 
@@ -67,3 +69,5 @@ VOREL_API vorel_status vorel_last_error_message_utf8(char* message, size_t capac
 #ifdef __cplusplus
 }
 #endif
+
+// NOLINTEND(modernize-*)

@@ -78,6 +78,7 @@ VOREL_API vorel_status vorel_parse_boolean_list(const vorel_char16* text, size_t
                                                 size_t capacity, size_t* count);
 
 /// From `start` to `end`, both included; -1 stands for an end that is open.
+// NOLINTNEXTLINE(modernize-use-using): C reads this, too
 typedef struct vorel_range {
     int32_t start;
     int32_t end;
