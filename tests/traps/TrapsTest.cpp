@@ -1,0 +1,110 @@
+// Only part of the debug build: mistakes that the language leaves open end the program there, so that no test passes
+// over them. Each of these is one, made in a process of its own.
+
+#include <climits>
+#include <cstddef>
+#include <cstdlib>
+#include <cstring>
+#include <ostream>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include <windows.h>
+
+namespace {
+
+constexpr int kTrap = static_cast<int>(EXCEPTION_ILLEGAL_INSTRUCTION);  // the guard of the stack ends in one as well
+constexpr int kAborted = 3;  // std::abort, from an assertion of the standard library
+
+// What the compiler cannot see through.
+volatile int largest = INT_MAX;
+volatile int one = 1;
+volatile double huge = 1e300;
+volatile std::size_t tooFar = 4;
+volatile std::size_t thousand = 1000;
+volatile unsigned char two = 2;
+void* volatile nowhere = nullptr;
+
+void overflow() {
+    largest = largest + one;
+}
+
+void shiftTooFar() {
+    one = one << (31 + one);
+}
+
+void convertTooLarge() {
+    one = static_cast<int>(huge);
+}
+
+void readBeyondAnArray() {
+    static const int kItems[4] = {1, 2, 3, 4};
+    one = kItems[tooFar];
+}
+
+void readAnUnalignedInt() {
+    alignas(int) static const char kBytes[8] = {};
+    one = *reinterpret_cast<const int*>(static_cast<const void*>(kBytes + one));
+}
+
+void readAWrongBool() {
+    bool answer = false;
+    const unsigned char byte = two;
+    std::memcpy(&answer, &byte, sizeof byte);
+    const volatile bool& seen = answer;
+    one = seen ? 1 : 0;
+}
+
+void copyFromNull() {
+    char to[8];
+    std::memcpy(to, nowhere, static_cast<std::size_t>(one - 1));
+    one = to[0] == 'x' ? 1 : 0;
+}
+
+void readBeyondAVector() {
+    const std::vector<int> items(4);
+    one = items[tooFar];
+}
+
+void writeBeyondTheStack() {
+    char text[8];
+    char* volatile place = text;
+    for (std::size_t unit = 0; unit < thousand; ++unit) {
+        place[unit] = 'x';
+    }
+}
+
+struct Mistake {
+    const char* name;
+    void (*make)();
+    int exitCode;
+
+    friend void PrintTo(const Mistake& mistake, std::ostream* out) { *out << mistake.name; }
+};
+
+std::string nameOf(const testing::TestParamInfo<Mistake>& info) {
+    return info.param.name;
+}
+
+class Traps : public testing::TestWithParam<Mistake> {};
+
+TEST_P(Traps, EndTheProgram) {
+    const Mistake& mistake = GetParam();
+    EXPECT_EXIT(mistake.make(), testing::ExitedWithCode(mistake.exitCode), "");
+}
+
+INSTANTIATE_TEST_SUITE_P(Mistakes, Traps,
+                         testing::Values(Mistake{"SignedOverflow", overflow, kTrap},
+                                         Mistake{"ShiftTooFar", shiftTooFar, kTrap},
+                                         Mistake{"ConversionOfATooLargeNumber", convertTooLarge, kTrap},
+                                         Mistake{"IndexBeyondAnArray", readBeyondAnArray, kTrap},
+                                         Mistake{"UnalignedAccess", readAnUnalignedInt, kTrap},
+                                         Mistake{"BoolThatIsNeither", readAWrongBool, kTrap},
+                                         Mistake{"CopyFromNull", copyFromNull, kTrap},
+                                         Mistake{"IndexBeyondAVector", readBeyondAVector, kAborted},
+                                         Mistake{"WriteBeyondTheStack", writeBeyondTheStack, kTrap}),
+                         nameOf);
+
+}  // namespace
