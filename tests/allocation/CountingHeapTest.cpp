@@ -1,6 +1,6 @@
 // The heap of these tests has to be right before it can tell anything about others.
 
-#include "allocation/CountingHeap.h"
+#include "heap/CountingHeap.h"
 
 #include <cstdlib>
 #include <memory>

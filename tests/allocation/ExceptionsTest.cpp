@@ -361,7 +361,7 @@ TEST(ThreadLogging, KeepsTheThreadsChoiceWithoutMemory) {
     heap::arm(1, heap::Failure::FromThenOn);
     Exception::DisableThreadErrorLogging(true);
     heap::disarm();
-    EXPECT_EQ(heap::refusals(), 1u);
+    EXPECT_NE(heap::refusals(), 0u);
     EXPECT_FALSE(Exception::IsThreadErrorLoggingDisabled());
     EXPECT_TRUE(log.messages().empty()) << "and says nothing";
 }

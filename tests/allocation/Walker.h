@@ -23,7 +23,7 @@
 
 #include <gtest/gtest.h>
 
-#include "allocation/CountingHeap.h"
+#include "heap/CountingHeap.h"
 #include "support/TemporaryLog.h"
 #include "vorel/exceptions/Exception.h"
 

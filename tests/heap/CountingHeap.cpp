@@ -1,4 +1,4 @@
-#include "allocation/CountingHeap.h"
+#include "heap/CountingHeap.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -6,12 +6,9 @@
 #include <iterator>
 #include <new>
 
-extern "C" {
-void* __real_malloc(std::size_t bytes);
-void* __real_calloc(std::size_t count, std::size_t bytes);
-void* __real_realloc(void* block, std::size_t bytes);
-void __real_free(void* block);
+#include "heap/Blocks.h"
 
+extern "C" {
 void* __wrap_malloc(std::size_t bytes);
 void* __wrap_calloc(std::size_t count, std::size_t bytes);
 void* __wrap_realloc(void* block, std::size_t bytes);
@@ -116,13 +113,13 @@ unsigned int refusals() noexcept {
 // ---- What the linker puts in the place of the runtime's functions ----
 
 void* __wrap_malloc(std::size_t bytes) {
-    void* const block = heap::refuses() ? nullptr : __real_malloc(bytes);
+    void* const block = heap::refuses() ? nullptr : heap::blocks::take(bytes);
     heap::remember(block);
     return block;
 }
 
 void* __wrap_calloc(std::size_t count, std::size_t bytes) {
-    void* const block = heap::refuses() ? nullptr : __real_calloc(count, bytes);
+    void* const block = heap::refuses() ? nullptr : heap::blocks::takeZeroed(count, bytes);
     heap::remember(block);
     return block;
 }
@@ -132,14 +129,14 @@ void* __wrap_realloc(void* block, std::size_t bytes) {
         return nullptr;
     }
     heap::forget(block);
-    void* const moved = __real_realloc(block, bytes);
+    void* const moved = heap::blocks::resize(block, bytes);
     heap::remember(moved);
     return moved;
 }
 
 void __wrap_free(void* block) {
     heap::forget(block);
-    __real_free(block);
+    heap::blocks::giveBack(block);
 }
 
 // ---- The global operators of this program ----

@@ -1,0 +1,33 @@
+/// \file
+/// A heap that finds what the runtime's would pass over. Each block ends where an inaccessible page begins, so that the
+/// first byte read or written too far faults; the page in front of it is inaccessible too, and what lies between that
+/// page and the block is filled and looked at when the block comes back. A block that was given back becomes
+/// inaccessible, and its place is not used again before all the others were.
+///
+/// The end is exact for any type: the size of a block is a multiple of the alignment of what it holds.
+///
+/// A fault is explained on stderr before it ends the program: "heap: read of 1 bytes behind a block of 10 bytes". A
+/// block that comes back twice, or with a changed fill, is explained the same way, and aborts.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
+namespace heap::blocks {
+
+/// The number of blocks that were handed out and have not come back.
+std::size_t live() noexcept;
+
+/// Waits until `count` blocks are live: a thread that has ended may not have given back all it had yet. False when that
+/// does not come to pass.
+bool waitForLive(std::size_t count) noexcept;
+
+/// A number that grows with every block that is handed out.
+std::uint64_t serial() noexcept;
+
+/// The sizes in bytes of the live blocks that were handed out after `serial`, for a message: "24, 8"; of many the
+/// first.
+std::string sizesSince(std::uint64_t serial);
+
+}  // namespace heap::blocks
