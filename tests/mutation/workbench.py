@@ -1,0 +1,234 @@
+"""Builds and runs the tests with one source file changed, beside a finished build and without touching it.
+
+The build's own commands come from Ninja: whatever includes the changed file is compiled once more, from an overlay in
+front of the sources, and linked with everything else as it is. So nothing has to be built back afterwards.
+"""
+
+import json
+import os
+import re
+import shlex
+import shutil
+import signal
+import subprocess
+import time
+from pathlib import Path
+
+_SUITE = re.compile(r"^\s*(?:TYPED_)?TEST(?:_[FP])?\(\s*(\w+)\s*,", re.MULTILINE)
+_NOT_RUN = {"stress"}  # looks at the clock, and asks for the machine
+
+
+class LibraryDoesNotCompile(Exception):
+    pass
+
+
+class TestDoesNotCompile(Exception):
+    """A test asserts at compile time what the change breaks."""
+
+
+def _output_of(command):
+    return command[command.index("-o") + 1]
+
+
+class Program:
+    """A test program: its command to link, what it consists of, the suites in its files."""
+
+    def __init__(self, name, link, objects, uses_dll, folder):
+        self.name, self.link, self.objects, self.uses_dll = name, link, objects, uses_dll
+        self.limit_seconds = 120.0
+        self.suites = {}  # file → names, with the text that tells which headers it includes
+        for path in sorted(folder.glob("*Test.cpp")):
+            text = path.read_text()
+            self.suites[path] = (text, sorted(set(_SUITE.findall(text))))
+
+    def suites_about(self, path, stems):
+        """The suites in files that bear one of `stems` in front of their name, or include `path` from src/."""
+        include = f'#include "{path.removeprefix("src/")}"'
+        return sorted({suite for file, (text, suites) in self.suites.items() for suite in suites
+                       if include in text or any(file.name.startswith(stem) for stem in stems)})
+
+
+class Build:
+    """What a finished build knows: how each object is compiled and of what, and its test programs."""
+
+    def __init__(self, root, folder):
+        self.root, self.folder = root, folder
+        self.compiling, archives, links = {}, {}, {}
+        for entry in json.loads(self._ninja("compdb", "-x")):
+            words = shlex.split(entry["command"])
+            if words[:2] == [":", "&&"]:
+                words = words[2:words.index("&&", 2)] if "qc" not in words else words
+            if entry["output"].endswith(".obj"):
+                self.compiling[entry["output"]] = words
+            elif "qc" in words:
+                archive = words[words.index("qc") + 1]
+                archives[archive] = [word for word in words if word.endswith(".obj")]
+            elif "-o" in words:
+                links[_output_of(words)] = words
+        self._dependencies = self._read_dependencies()
+        self.dll = links["bin/vorelCore.dll"]
+        self.dll_objects = [word for word in self.dll if word.endswith(".obj")]
+        self.programs = {}
+        for output, words in links.items():
+            name = re.fullmatch(r"bin/vorel_(\w+)_tests\.exe", output)
+            if name and name[1] not in _NOT_RUN:
+                objects = [word for word in words if word.endswith(".obj")]
+                for archive in words:
+                    objects += archives.get(archive, [])
+                self.programs[name[1]] = Program(name[1], words, objects, "lib/libvorelCore.dll.a" in words,
+                                                 root / "tests" / name[1])
+
+    def _ninja(self, *tool):
+        return subprocess.run(["ninja", "-C", self.folder, "--quiet", "-t", *tool], check=True, stdout=subprocess.PIPE,
+                              text=True).stdout
+
+    def _read_dependencies(self):
+        dependencies, output = {}, None
+        for line in self._ninja("deps").splitlines():
+            if line.startswith("    "):
+                path = os.path.normpath(self.folder / line.strip())
+                dependencies.setdefault(path, set()).add(output)
+            elif line:
+                output = line.split(":", 1)[0]
+        return dependencies
+
+    def made_of(self, path):
+        """The objects that are compiled from `path`, a source or a header below the root."""
+        return self._dependencies.get(str(self.root / path), set())
+
+
+class Bench:
+    """A place to build and run in, with a Wine prefix of its own."""
+
+    def __init__(self, build, folder):
+        self._build, self._folder = build, folder
+        self._overlay, self._objects, self._bin = folder / "overlay", folder / "objects", folder / "bin"
+        self._environment = os.environ | {"VOREL_WINEPREFIX": str(folder / "wine")}
+        self._runner = build.root / "cmake" / "wine-run"
+        for part in (self._overlay, self._objects, self._bin):
+            shutil.rmtree(part, ignore_errors=True)
+        self._bin.mkdir(parents=True)
+        for pattern in ("*.exe", "*.dll"):
+            for file in (build.folder / "bin").glob(pattern):
+                os.link(file, self._bin / file.name)
+        self._wine("--hold")
+        self.put(None, None)
+
+    def close(self):
+        self._wine("--release")
+
+    def _wine(self, verb):
+        subprocess.run([self._runner, verb], env=self._environment, check=True)
+
+    # ---- Building ----
+
+    def put(self, path, text):
+        """From now on the file `path` says `text`; every other one is as it is in the build."""
+        shutil.rmtree(self._overlay, ignore_errors=True)
+        shutil.rmtree(self._objects, ignore_errors=True)
+        self._objects.mkdir(parents=True)
+        self._path, self._made = path, {}
+        self._restore("vorelCore.dll")
+        self._affected = self._build.made_of(path) if path else set()
+        if path:
+            (self._overlay / path).parent.mkdir(parents=True)
+            (self._overlay / path).write_text(text)
+
+    def _restore(self, name):
+        (self._bin / name).unlink(missing_ok=True)
+        os.link(self._build.folder / "bin" / name, self._bin / name)
+
+    def _compile(self, output):
+        """Compiles what the build has as `output`. Returns the new object, or None when it is the same as the old."""
+        if output in self._made:
+            return self._made[output]
+        made = self._objects / f"{len(self._made)}.obj"
+        source = self._overlay / self._path
+        command = []
+        words = iter(self._build.compiling[output])
+        for word in words:
+            if word == "-o":
+                next(words)
+                command += ["-o", str(made)]
+            elif word in ("-MT", "-MF"):
+                next(words)
+            elif word != "-MD":
+                command.append(str(source) if word == str(self._build.root / self._path) else word)
+        first = next(index for index, word in enumerate(command) if word.startswith("-I"))
+        command[first:first] = [f"-I{self._overlay / 'include'}", f"-I{self._overlay / 'src'}"]
+        done = subprocess.run([*command, "-w"], cwd=self._build.folder, stdout=subprocess.DEVNULL,
+                              stderr=subprocess.DEVNULL, check=False)
+        if done.returncode != 0:
+            raise LibraryDoesNotCompile if "/vorelCore" in output else TestDoesNotCompile(output)
+        same = made.read_bytes() == (self._build.folder / output).read_bytes()
+        self._made[output] = None if same else made
+        return self._made[output]
+
+    def _compiled(self, outputs):
+        made = {output: self._compile(output) for output in outputs if output in self._affected}
+        return {output: str(new) for output, new in made.items() if new}
+
+    def _link(self, command, name, changed):
+        """Links with the changed objects: in place of the old ones, or in front of the archives that have those."""
+        target, changed = self._bin / name, dict(changed)
+        target.unlink(missing_ok=True)
+        words = [changed.pop(word, word) for word in command]
+        words = [re.sub(r"(?<=--out-implib,).*", str(self._objects / "import.a"), word) for word in words]
+        words[words.index("-o") + 1] = str(target)
+        words[words.index("-o"):words.index("-o")] = changed.values()
+        subprocess.run(words, cwd=self._build.folder, check=True)
+
+    def build(self, program):
+        """Builds a program with the change. Returns whether it, or the DLL that it uses, differs at all."""
+        try:
+            own = self._compiled(program.objects)
+        except TestDoesNotCompile:
+            if self._compiled_library():
+                raise
+            raise LibraryDoesNotCompile from None
+        library = self._compiled(self._build.dll_objects) if program.uses_dll else {}
+        name = Path(_output_of(program.link)).name
+        if own:
+            self._link(program.link, name, own)
+        else:
+            self._restore(name)
+        if library:
+            self._link(self._build.dll, "vorelCore.dll", library)
+        return bool(own or library)
+
+    def _compiled_library(self):
+        return self._compiled(self._build.dll_objects)
+
+    # ---- Running ----
+
+    def run(self, program, test_filter):
+        """Runs tests until one fails. Returns None when all pass, otherwise the test, with "(hangs)" or "(crashes)"."""
+        output = self._folder / "output.txt"
+        command = [self._runner, self._bin / Path(_output_of(program.link)).name, "--gtest_fail_fast",
+                   f"--gtest_filter={test_filter}"]
+        with output.open("wb") as sink:
+            process = subprocess.Popen(command, cwd=self._folder, env=self._environment, stdin=subprocess.DEVNULL,
+                                       stdout=sink, stderr=subprocess.STDOUT, start_new_session=True)
+            try:
+                result = process.wait(program.limit_seconds)
+            except subprocess.TimeoutExpired:
+                os.killpg(process.pid, signal.SIGKILL)
+                process.wait()
+                result = "hangs"
+        text = output.read_text(errors="replace")
+        failed = re.search(r"^\[  FAILED  \] (\S+?)(?:,|\s|$)", text, re.MULTILINE)
+        if result == 0:
+            return None
+        if result != "hangs" and failed:
+            return failed[1]
+        self._wine("--release")  # and whatever it has left behind
+        self._wine("--hold")
+        running = re.findall(r"^\[ RUN      \] (\S+)", text, re.MULTILINE)
+        return f"{running[-1] if running else '?'} ({'hangs' if result == 'hangs' else 'crashes'})"
+
+    def measure(self, program):
+        """Runs all tests of a program, with the library as it is, and takes the time. Returns what fails, or None."""
+        begin = time.monotonic()
+        failed = self.run(program, "*")
+        program.limit_seconds = 20 + 5 * (time.monotonic() - begin)
+        return failed
