@@ -1,0 +1,209 @@
+#include "support/CommandLine.h"
+
+#include <algorithm>
+#include <stdexcept>
+
+#include "support/Tool.h"
+
+namespace tools {
+
+namespace {
+
+constexpr Option kHelp = {L"help", L'h', {}, L"show this text"};
+
+bool looksNegative(std::wstring_view argument) {
+    return argument.size() > 1 && (argument[1] == L'.' || (argument[1] >= L'0' && argument[1] <= L'9'));
+}
+
+std::wstring quoted(std::wstring_view text) {
+    return L'"' + std::wstring(text) + L'"';
+}
+
+/// "-o, --output <file>"
+std::wstring spelling(const Option& option) {
+    std::wstring text = option.letter ? std::wstring{L'-', option.letter, L',', L' '} : std::wstring(4, L' ');
+    text.append(L"--").append(option.name);
+    if (!option.value.empty()) {
+        text.append(L" <").append(option.value).append(L">");
+    }
+    return text;
+}
+
+}  // namespace
+
+/// One walk over the arguments.
+class ArgumentParser {
+public:
+    ArgumentParser(const Syntax& syntax, std::span<const std::wstring> given) : m_syntax(syntax), m_rest(given) {
+        m_result.m_options = syntax.options;
+    }
+
+    Arguments parse() {
+        while (!m_rest.empty()) {
+            const std::wstring_view argument = take();
+            if (argument == L"--") {
+                m_result.m_operands.insert(m_result.m_operands.end(), m_rest.begin(), m_rest.end());
+                break;
+            }
+            if (argument.starts_with(L"--")) {
+                takeLong(argument.substr(2));
+            } else if (argument.starts_with(L"-") && argument.size() > 1 && !looksNegative(argument)) {
+                takeLetters(argument.substr(1));
+            } else {
+                m_result.m_operands.emplace_back(argument);
+            }
+        }
+        if (!m_result.has(kHelp.name)) {
+            checkOperands();
+        }
+        return std::move(m_result);
+    }
+
+private:
+    [[noreturn]] void refuse(std::wstring text) const { throw WrongUse(std::move(text), m_syntax.command); }
+
+    std::wstring_view take() {
+        const std::wstring_view first = m_rest.front();
+        m_rest = m_rest.subspan(1);
+        return first;
+    }
+
+    template <class Matches>
+    const Option* find(Matches&& matches) const {
+        if (matches(kHelp)) {
+            return &kHelp;
+        }
+        const auto found = std::find_if(m_syntax.options.begin(), m_syntax.options.end(), matches);
+        return found == m_syntax.options.end() ? nullptr : &*found;
+    }
+
+    void takeLong(std::wstring_view text) {
+        const std::size_t equals = text.find(L'=');
+        const std::wstring_view name = text.substr(0, equals);
+        const Option* const option = find([&](const Option& each) { return each.name == name; });
+        if (!option) {
+            refuse(L"unknown option --" + std::wstring(name));
+        }
+        if (equals == std::wstring_view::npos) {
+            add(*option, L"--" + std::wstring(name));
+        } else if (option->value.empty()) {
+            refuse(L"option --" + std::wstring(name) + L" takes no value");
+        } else {
+            m_result.m_given.push_back({option, std::wstring(text.substr(equals + 1))});
+        }
+    }
+
+    void takeLetters(std::wstring_view letters) {
+        while (!letters.empty()) {
+            const wchar_t letter = letters.front();
+            letters.remove_prefix(1);
+            const Option* const option = find([&](const Option& each) { return each.letter == letter; });
+            const std::wstring shown = {L'-', letter};
+            if (!option) {
+                refuse(L"unknown option " + shown);
+            }
+            if (option->value.empty() || letters.empty()) {
+                add(*option, shown);
+            } else {
+                m_result.m_given.push_back({option, std::wstring(letters)});
+                return;
+            }
+        }
+    }
+
+    /// A switch, or an option whose value is the next argument.
+    void add(const Option& option, const std::wstring& shown) {
+        if (option.value.empty()) {
+            m_result.m_given.push_back({&option, {}});
+            return;
+        }
+        if (m_rest.empty()) {
+            refuse(L"option " + shown + L" needs a value: <" + std::wstring(option.value) + L">");
+        }
+        m_result.m_given.push_back({&option, std::wstring(take())});
+    }
+
+    void checkOperands() const {
+        const auto& operands = m_result.m_operands;
+        if (operands.size() > m_syntax.mostOperands) {
+            refuse(quoted(operands[m_syntax.mostOperands]) + L" is one argument too many");
+        }
+        if (operands.size() < m_syntax.leastOperands) {
+            refuse(L"too few arguments, expected: " + std::wstring(m_syntax.operands));
+        }
+    }
+
+    const Syntax& m_syntax;
+    std::span<const std::wstring> m_rest;
+    Arguments m_result;
+};
+
+Arguments parse(const Syntax& syntax, std::span<const std::wstring> given) {
+    return ArgumentParser(syntax, given).parse();
+}
+
+const Option* Arguments::known(std::wstring_view name) const {
+    if (name == kHelp.name) {
+        return &kHelp;
+    }
+    const auto found =
+        std::find_if(m_options.begin(), m_options.end(), [&](const Option& each) { return each.name == name; });
+    if (found == m_options.end()) {
+        throw std::logic_error("a command asks for an option that it does not have");
+    }
+    return &*found;
+}
+
+bool Arguments::has(std::wstring_view option) const {
+    const Option* const asked = known(option);
+    return std::any_of(m_given.begin(), m_given.end(), [&](const Given& each) { return each.option == asked; });
+}
+
+std::optional<std::wstring> Arguments::value(std::wstring_view option) const {
+    std::vector<std::wstring> all = values(option);
+    return all.empty() ? std::nullopt : std::optional(std::move(all.back()));
+}
+
+std::vector<std::wstring> Arguments::values(std::wstring_view option) const {
+    const Option* const asked = known(option);
+    std::vector<std::wstring> result;
+    for (const Given& each : m_given) {
+        if (each.option == asked) {
+            result.push_back(each.value);
+        }
+    }
+    return result;
+}
+
+std::wstring columns(const std::vector<std::pair<std::wstring, std::wstring>>& rows) {
+    std::size_t widest = 0;
+    for (const auto& row : rows) {
+        widest = std::max(widest, row.first.size());
+    }
+    std::wstring text;
+    for (const auto& [left, right] : rows) {
+        text += L"  " + left + std::wstring(widest - left.size() + 2, L' ') + right + L"\n";
+    }
+    return text;
+}
+
+std::wstring helpText(const Syntax& syntax) {
+    std::vector<std::pair<std::wstring, std::wstring>> rows;
+    for (const Option& option : syntax.options) {
+        rows.emplace_back(spelling(option), option.help);
+    }
+    rows.emplace_back(spelling(kHelp), kHelp.help);
+
+    std::wstring text(syntax.command);
+    text.append(L": ").append(syntax.summary).append(L"\n\nUsage: ").append(syntax.command).append(L" [options]");
+    if (!syntax.operands.empty()) {
+        text.append(L" ").append(syntax.operands);
+    }
+    text += L"\n\nOptions:\n" + columns(rows);
+    if (!syntax.details.empty()) {
+        text.append(L"\n").append(syntax.details).append(L"\n");
+    }
+    return text;
+}
+
+}  // namespace tools

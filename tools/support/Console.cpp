@@ -1,0 +1,117 @@
+#include "support/Console.h"
+
+#include <algorithm>
+
+#include <windows.h>
+
+#include "support/Text.h"
+#include "support/Tool.h"
+
+namespace tools {
+
+namespace {
+
+constexpr std::wstring_view kOutputName = L"standard output";
+
+DWORD numberOf(Stream stream) noexcept {
+    switch (stream) {
+    case Stream::Input: return STD_INPUT_HANDLE;
+    case Stream::Output: return STD_OUTPUT_HANDLE;
+    default: return STD_ERROR_HANDLE;
+    }
+}
+
+bool readerIsGone(DWORD error) noexcept {
+    return error == ERROR_BROKEN_PIPE || error == ERROR_NO_DATA || error == ERROR_PIPE_NOT_CONNECTED;
+}
+
+void writeConsole(void* console, std::wstring_view text) {
+    constexpr std::size_t kMostUnits = 8192;  // a console takes 64 KB at once
+    while (!text.empty()) {
+        const std::size_t units = std::min(text.size(), kMostUnits);
+        DWORD written = 0;
+        if (!WriteConsoleW(console, text.data(), static_cast<DWORD>(units), &written, nullptr) || written == 0) {
+            throw systemFailure(L"console", L"cannot be written");
+        }
+        text.remove_prefix(written);
+    }
+}
+
+void write(Stream stream, std::wstring_view text) {
+    if (isConsole(stream)) {
+        writeConsole(streamHandle(stream), text);
+    } else {
+        const std::string bytes = toUtf8(text);
+        writeBytes(streamHandle(stream), bytes.data(), bytes.size(), kOutputName);
+    }
+}
+
+}  // namespace
+
+void* streamHandle(Stream stream) noexcept {
+    HANDLE const handle = GetStdHandle(numberOf(stream));
+    return handle == INVALID_HANDLE_VALUE ? nullptr : handle;
+}
+
+bool isConsole(Stream stream) noexcept {
+    DWORD mode = 0;
+    return GetConsoleMode(streamHandle(stream), &mode) != 0;
+}
+
+unsigned int consoleColumns(Stream stream) noexcept {
+    constexpr unsigned int kUsual = 80;
+    CONSOLE_SCREEN_BUFFER_INFO info = {};
+    if (!GetConsoleScreenBufferInfo(streamHandle(stream), &info)) {
+        return kUsual;
+    }
+    const int columns = info.srWindow.Right - info.srWindow.Left + 1;
+    return columns > 1 ? static_cast<unsigned int>(columns) : kUsual;
+}
+
+bool enableEscapeSequences(Stream stream) noexcept {
+    DWORD mode = 0;
+    void* const console = streamHandle(stream);
+    return GetConsoleMode(console, &mode) != 0 &&
+           SetConsoleMode(console, mode | ENABLE_PROCESSED_OUTPUT | ENABLE_VIRTUAL_TERMINAL_PROCESSING) != 0;
+}
+
+void writeOutput(std::wstring_view text) {
+    write(Stream::Output, text);
+}
+
+void writeOutput(std::string_view text) {
+    void* const output = streamHandle(Stream::Output);
+    if (isConsole(Stream::Output)) {
+        if (const auto wide = fromUtf8(text)) {
+            writeConsole(output, *wide);
+            return;
+        }
+    }
+    writeBytes(output, text.data(), text.size(), kOutputName);
+}
+
+void writeError(std::wstring_view text) noexcept {
+    try {
+        write(Stream::Error, text);
+    } catch (...) {  // there is no other place to say it
+        return;
+    }
+}
+
+void writeBytes(void* handle, const char* bytes, std::size_t size, std::wstring_view name) {
+    constexpr std::size_t kMostBytes = std::size_t{1} << 20;
+    while (size != 0) {
+        DWORD written = 0;
+        if (!WriteFile(handle, bytes, static_cast<DWORD>(std::min(size, kMostBytes)), &written, nullptr)) {
+            const DWORD error = GetLastError();
+            if (readerIsGone(error)) {
+                throw OutputClosed();
+            }
+            throw systemFailure(name, L"cannot be written", error);
+        }
+        bytes += written;
+        size -= written;
+    }
+}
+
+}  // namespace tools

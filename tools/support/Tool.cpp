@@ -1,0 +1,67 @@
+#include "support/Tool.h"
+
+#include <new>
+
+#include <windows.h>
+
+#include "support/Console.h"
+#include "support/Text.h"
+#include "vorel/exceptions/Exception.h"
+#include "vorel/system/ErrorText.h"
+
+namespace tools {
+
+namespace {
+
+void tell(std::wstring_view program, std::wstring_view text) {
+    writeError(std::wstring(program) + L": " + std::wstring(text) + L"\n");
+}
+
+int runAndTell(std::wstring_view program, const std::function<int()>& body) {
+    try {
+        return body();
+    } catch (const WrongUse& e) {
+        const std::wstring command = e.command().empty() ? std::wstring(program) : e.command();
+        tell(program, e.text() + L"\nTry \"" + command + L" --help\".");
+        return kWrongUse;
+    } catch (const Failure& e) {
+        tell(program, e.text());
+    } catch (const OutputClosed&) {
+        return kFailed;
+    } catch (const vorel::Exception& e) {
+        tell(program, e.what() ? e.what() : L"the library failed without a word");
+    } catch (const std::bad_alloc&) {
+        tell(program, L"not enough memory");
+    } catch (const std::exception& e) {
+        tell(program, fromUtf8(e.what()).value_or(L"unknown failure"));
+    }
+    return kFailed;
+}
+
+}  // namespace
+
+Failure systemFailure(std::wstring_view name, std::wstring_view what) {
+    return systemFailure(name, what, GetLastError());
+}
+
+Failure systemFailure(std::wstring_view name, std::wstring_view what, unsigned long code) {
+    vorel::BaseString<wchar_t> reason;
+    vorel::util::FormatErrorMsg(static_cast<int>(code), reason);
+    std::wstring text(name);
+    text.append(L": ").append(what);
+    if (!reason.empty()) {
+        text.append(L": ").append(reason.view());
+    }
+    return Failure(text + L" (error " + std::to_wstring(code) + L")");
+}
+
+int run(std::wstring_view program, const std::function<int()>& body) noexcept {
+    try {
+        vorel::Exception::SetErrorLogSize(0);
+        return runAndTell(program, body);
+    } catch (...) {  // not even the telling succeeded
+        return kFailed;
+    }
+}
+
+}  // namespace tools
