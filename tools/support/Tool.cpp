@@ -55,6 +55,10 @@ Failure systemFailure(std::wstring_view name, std::wstring_view what, unsigned l
     return Failure(text + L" (error " + std::to_wstring(code) + L")");
 }
 
+std::wstring versionText(std::wstring_view program) {
+    return std::wstring(program) + L" " VOREL_TOOL_VERSION "\n";
+}
+
 int run(std::wstring_view program, const std::function<int()>& body) noexcept {
     try {
         vorel::Exception::SetErrorLogSize(0);

@@ -12,6 +12,9 @@
 #include <string_view>
 #include <utility>
 
+/// The entry point that every tool defines: the start-up code calls it by its C name.
+extern "C" int wmain(int count, wchar_t** arguments);
+
 namespace tools {
 
 /// The exit codes of every tool. A tool's help says when it ends with which.
@@ -51,6 +54,9 @@ class OutputClosed : public std::exception {};
 /// one when none is given.
 Failure systemFailure(std::wstring_view name, std::wstring_view what);
 Failure systemFailure(std::wstring_view name, std::wstring_view what, unsigned long code);
+
+/// What --version shows: "vorelconv 0.1.0", and the end of the line.
+std::wstring versionText(std::wstring_view program);
 
 /// Runs `body` and returns its exit code. What it throws is told on the error stream, in one line that begins with
 /// `program`, and becomes `kWrongUse` for WrongUse and `kFailed` for everything else. The library's error log is

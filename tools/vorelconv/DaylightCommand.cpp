@@ -1,0 +1,130 @@
+#include <algorithm>
+
+#include "Command.h"
+#include "Filter.h"
+#include "support/Tool.h"
+#include "vorel/text/Daylight.h"
+
+namespace conv {
+
+namespace {
+
+using Bytes = vorel::Array<unsigned char>;
+using WideString = vorel::BaseString<wchar_t>;
+
+constexpr std::size_t kGroupBytes = 3;
+constexpr std::size_t kGroupCharacters = 4;
+
+/// Each block of whole groups gets a last character of its own from the library, which is left out but for the last
+/// one.
+class DaylightEncoder final : public Filter {
+public:
+    std::size_t convert(std::string_view block, bool last, std::string& result) override {
+        const std::size_t count = last ? block.size() : block.size() - block.size() % kGroupBytes;
+        m_bytes.setCount(static_cast<unsigned int>(count));
+        std::copy_n(block.begin(), count, m_bytes.begin());
+        vorel::util::Daylight::Encode(m_bytes, m_text);
+        const std::wstring_view text = m_text.view();
+        std::transform(text.begin(), text.end() - (last ? 0 : 1), std::back_inserter(result),
+                       [](wchar_t unit) { return static_cast<char>(unit); });
+        return count;
+    }
+
+private:
+    Bytes m_bytes;
+    WideString m_text;
+};
+
+bool isInAlphabet(char character) {
+    return character == '.' || character == '+' || (character >= '0' && character <= '9') ||
+           (character >= 'A' && character <= 'Z') || (character >= 'a' && character <= 'z');
+}
+
+/// Looks at the characters itself: the library takes all, those that are not of the alphabet for '.'.
+class DaylightDecoder final : public Filter {
+public:
+    std::size_t convert(std::string_view block, bool last, std::string& result) override {
+        const std::string_view text = withoutSpaceAtEnd(block);
+        const auto wrong = std::find_if_not(text.begin(), text.end(), isInAlphabet);
+        if (wrong != text.end()) {
+            throw BadInput{static_cast<std::size_t>(wrong - text.begin()),
+                           L"a Daylight character (. + 0-9 A-Z a-z) is expected, found " + shown(*wrong)};
+        }
+        if (last) {
+            checkEnd(text);
+            decode(text, result);
+            return block.size();
+        }
+        // The last character says how much of the group in front of it counts: both wait for the end.
+        const std::size_t held = kGroupCharacters + 1;
+        const std::size_t whole = text.size() < held ? 0 : (text.size() - held) / kGroupCharacters * kGroupCharacters;
+        if (whole != 0) {
+            decode(std::string(text.substr(0, whole)) + '3', result);
+        }
+        return whole;
+    }
+
+private:
+    static std::string_view withoutSpaceAtEnd(std::string_view block) {
+        return block.substr(0, block.find_last_not_of(" \t\r\n") + 1);
+    }
+
+    static void checkEnd(std::string_view text) {
+        if (text.size() % kGroupCharacters != 1) {
+            throw BadInput{text.size(), L"groups of four characters and one more are expected, the text ends with " +
+                                            std::to_wstring(text.size() % kGroupCharacters) +
+                                            L" behind the last group"};
+        }
+        const char count = text.back();
+        if (count != '3' && !(text.size() > 1 && (count == '1' || count == '2'))) {
+            throw BadInput{text.size() - 1, (text.size() > 1 ? L"the last character has to be 1, 2 or 3, found "
+                                                             : L"the only character has to be 3, found ") +
+                                                shown(count)};
+        }
+    }
+
+    void decode(std::string_view text, std::string& result) {
+        m_text.clear();
+        std::copy(text.begin(), text.end(), m_text.reserve(static_cast<unsigned int>(text.size()), true));
+        vorel::util::Daylight::Decode(m_text, m_bytes);
+        result.append(reinterpret_cast<const char*>(m_bytes.data()), m_bytes.size());
+    }
+
+    Bytes m_bytes;
+    WideString m_text;
+};
+
+int run(const tools::Arguments& arguments) {
+    if (arguments.has(kDecodeOption.name)) {
+        DaylightDecoder decoder;
+        runFilter(arguments, decoder);
+    } else {
+        DaylightEncoder encoder;
+        runFilter(arguments, encoder);
+    }
+    return tools::kDone;
+}
+
+constexpr tools::Option kOptions[] = {kDecodeOption, kTextOption, kOutputOption};
+
+constexpr Command kCommand = {
+    .syntax = {.command = L"vorelconv daylight",
+               .summary = L"bytes in the Daylight encoding of bit strings, and back",
+               .options = kOptions,
+               .operands = kInputOperand,
+               .mostOperands = 1,
+               .details =
+                   L"Three bytes are four characters of . + 0-9 A-Z a-z; the character at the end tells how many\n"
+                   L"bytes of the last group count. White space may follow it, and stand nowhere else.\n"
+                   L"\n"
+                   L"  vorelconv daylight --text AB         EI6.2\n"
+                   L"  vorelconv daylight -d -t EI6.2       AB"},
+    .run = run};
+
+}  // namespace
+
+const Command& daylightCommand() {
+    return kCommand;
+}
+
+}  // namespace conv

@@ -1,0 +1,120 @@
+#include "Filter.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
+#include <vector>
+
+#include "Input.h"
+#include "Interrupt.h"
+#include "Output.h"
+#include "Progress.h"
+#include "support/Text.h"
+#include "support/Tool.h"
+
+namespace conv {
+
+namespace {
+
+constexpr std::size_t kBlockBytes = std::size_t{1} << 20;
+constexpr std::size_t kMostBytes = std::size_t{1} << 30;
+constexpr std::size_t kZeroesBehind = 8;
+
+/// The bytes of the input that are not converted yet.
+class Window {
+public:
+    explicit Window(Input& input) : m_input(input), m_buffer(kBlockBytes + kZeroesBehind) {}
+
+    /// Reads until the window is full or the input ends.
+    void fill() {
+        while (m_count < capacity() && !m_ended) {
+            throwIfInterrupted();
+            const std::size_t read = m_input.read(m_buffer.data() + m_count, capacity() - m_count);
+            m_count += read;
+            m_ended = read == 0;
+        }
+        std::memset(m_buffer.data() + m_count, 0, kZeroesBehind);
+    }
+
+    [[nodiscard]] std::string_view bytes() const { return {m_buffer.data(), m_count}; }
+    [[nodiscard]] bool isLast() const { return m_ended; }
+    [[nodiscard]] std::uint64_t offset() const { return m_offset; }
+
+    /// Gives up the first `count` bytes. With none, the window grows instead.
+    void drop(std::size_t count) {
+        m_line += lineFeeds(count);
+        m_offset += count;
+        m_count -= count;
+        std::memmove(m_buffer.data(), m_buffer.data() + count, m_count);
+        if (count == 0 && !m_ended) {
+            grow();
+        }
+    }
+
+    [[noreturn]] void refuse(const BadInput& reason) const {
+        std::wstring place = m_input.name() + L": ";
+        if (reason.isText) {
+            place += L"line " + std::to_wstring(m_line + lineFeeds(reason.index)) + L", ";
+        }
+        place += L"offset " + std::to_wstring(m_offset + reason.index);
+        throw tools::Failure(place + L": " + reason.message);
+    }
+
+private:
+    [[nodiscard]] std::size_t capacity() const { return m_buffer.size() - kZeroesBehind; }
+
+    [[nodiscard]] std::uint64_t lineFeeds(std::size_t count) const {
+        return static_cast<std::uint64_t>(std::count(m_buffer.data(), m_buffer.data() + count, '\n'));
+    }
+
+    void grow() {
+        if (capacity() >= kMostBytes) {
+            refuse({0, L"this line is longer than " + std::to_wstring(kMostBytes) +
+                           L" bytes, and has to fit into memory"});
+        }
+        m_buffer.resize(2 * capacity() + kZeroesBehind);
+    }
+
+    Input& m_input;
+    std::vector<char> m_buffer;
+    std::size_t m_count = 0;
+    std::uint64_t m_offset = 0;  // of the first byte, from the start of the input
+    std::uint64_t m_line = 1;    // that the first byte is in
+    bool m_ended = false;
+};
+
+}  // namespace
+
+void runFilter(const tools::Arguments& arguments, Filter& filter) {
+    watchInterrupts();
+    Input input(arguments);
+    Output output(arguments);
+    Progress progress(input.size(), !arguments.has(L"output"));
+    Window window(input);
+    std::string result;
+    for (bool last = false; !last;) {
+        window.fill();
+        last = window.isLast();
+        result.clear();
+        std::size_t converted = 0;
+        try {
+            converted = filter.convert(window.bytes(), last, result);
+        } catch (const BadInput& reason) {
+            window.refuse(reason);
+        }
+        output.write(result);
+        window.drop(converted);
+        progress.report(window.offset());
+    }
+    input.close();
+    output.commit();
+}
+
+std::wstring shown(char byte) {
+    const auto code = static_cast<unsigned char>(byte);
+    const std::wstring number = tools::formatted(L"0x%02X", static_cast<unsigned int>(code));
+    const bool isPrintable = code > 0x20 && code < 0x7F;
+    return isPrintable ? L"'" + std::wstring(1, static_cast<wchar_t>(code)) + L"' (" + number + L")" : number;
+}
+
+}  // namespace conv

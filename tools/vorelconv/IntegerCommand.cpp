@@ -1,0 +1,160 @@
+#include <algorithm>
+#include <limits>
+
+#include "Command.h"
+#include "LineFilter.h"
+#include "support/Tool.h"
+#include "vorel/values/NumberFormatting.h"
+#include "vorel/values/NumberParsing.h"
+
+namespace conv {
+
+namespace {
+
+constexpr std::size_t kMostDigits = 21;  // with sign and terminator
+
+std::wstring decimal(long long value) {
+    wchar_t digits[kMostDigits];
+    return vorel::util::Int64ToStr(value, digits, kMostDigits);
+}
+
+std::wstring unsignedDecimal(unsigned long long value) {
+    wchar_t digits[kMostDigits];
+    return vorel::util::UInt64ToStr(value, digits, kMostDigits);
+}
+
+/// The digits of an integer's text without zeros in front, and with a '-' unless they are none: what a conversion gives
+/// back if the number fits. The library lets a number that does not fit wrap around.
+std::wstring canonical(const std::wstring& integer) {
+    const std::size_t sign = integer.find_first_of(L"+-");
+    const bool isNegative = sign != std::wstring::npos && integer[sign] == L'-';
+    const std::size_t first = std::min(integer.find_first_of(L"123456789."), integer.size());
+    const std::size_t behind = integer.find_first_not_of(L"0123456789", first);
+    const std::wstring digits = integer.substr(first, behind == std::wstring::npos ? behind : behind - first);
+    return digits.empty() ? L"0" : (isNegative ? L"-" : L"") + digits;
+}
+
+[[noreturn]] void refuse(const std::wstring& line, std::wstring_view expected) {
+    throw BadInput{0, std::wstring(expected) + L" is expected, found " + shown(line)};
+}
+
+std::wstring readSigned(const std::wstring& line, long long least, long long most, std::wstring_view expected) {
+    const long long value = vorel::util::stringToInteger64(line.c_str(), nullptr, false);
+    const std::wstring text = decimal(value);
+    if (text != canonical(line) || value < least || value > most) {
+        refuse(line, expected);
+    }
+    return text;
+}
+
+std::wstring readUnsigned(const std::wstring& line, unsigned long long most, std::wstring_view expected) {
+    const unsigned long long value = vorel::util::stringToUnsignedInteger64(line.c_str(), nullptr, false);
+    const std::wstring text = unsignedDecimal(value);
+    if (text != canonical(line) || value > most) {
+        refuse(line, expected);
+    }
+    return text;
+}
+
+/// A type of number: its name on the command line, what messages call it, and how it is read.
+struct IntegerType {
+    std::wstring_view name;
+    std::wstring_view expected;
+    std::wstring (*read)(const std::wstring& line, std::wstring_view expected);
+};
+
+constexpr IntegerType kTypes[] = {
+    {L"int64", L"an integer from -9223372036854775808 to 9223372036854775807",
+     [](const std::wstring& line, std::wstring_view expected) {
+         return readSigned(line, std::numeric_limits<long long>::min(), std::numeric_limits<long long>::max(),
+                           expected);
+     }},
+    {L"uint64", L"an integer from 0 to 18446744073709551615",
+     [](const std::wstring& line, std::wstring_view expected) {
+         return readUnsigned(line, std::numeric_limits<unsigned long long>::max(), expected);
+     }},
+    {L"int32", L"an integer from -2147483648 to 2147483647",
+     [](const std::wstring& line, std::wstring_view expected) {
+         return readSigned(line, std::numeric_limits<int>::min(), std::numeric_limits<int>::max(), expected);
+     }},
+    {L"uint32", L"an integer from 0 to 4294967295",
+     [](const std::wstring& line, std::wstring_view expected) {
+         return readUnsigned(line, std::numeric_limits<unsigned int>::max(), expected);
+     }},
+};
+
+class IntegerFilter final : public LineFilter {
+public:
+    IntegerFilter(const IntegerType& type, bool leadingZeros) : m_type(type), m_leadingZeros(leadingZeros) {}
+
+protected:
+    void convertLine(const std::wstring& line, std::string& result) override {
+        if (!vorel::util::canCoerceToInteger(line.c_str(), m_leadingZeros)) {
+            refuse(line, m_leadingZeros ? L"an integer" : L"an integer without leading zeros");
+        }
+        appendLine(result, m_type.read(line, m_type.expected));
+    }
+
+private:
+    const IntegerType& m_type;
+    bool m_leadingZeros;
+};
+
+class HexFilter final : public LineFilter {
+protected:
+    void convertLine(const std::wstring& line, std::string& result) override {
+        constexpr std::wstring_view kExpected = L"a number of one to eight hexadecimal digits";
+        wchar_t* end = nullptr;
+        const int value = vorel::util::hexToInteger(line.c_str(), &end);
+        if (*end != L'\0' || trimmed(line).empty()) {
+            refuse(line, kExpected);
+        }
+        appendLine(result, unsignedDecimal(static_cast<unsigned int>(value)));
+    }
+};
+
+constexpr tools::Option kTypeOption = {L"type", L'y', L"type", L"int64 (without it), uint64, int32, uint32 or hex"};
+constexpr tools::Option kStrictOption = {L"strict", L's', {}, L"no zeros in front"};
+
+int run(const tools::Arguments& arguments) {
+    const std::wstring name = arguments.value(kTypeOption.name).value_or(L"int64");
+    if (name == L"hex") {
+        HexFilter filter;
+        runFilter(arguments, filter);
+        return tools::kDone;
+    }
+    for (const IntegerType& type : kTypes) {
+        if (type.name == name) {
+            IntegerFilter filter(type, !arguments.has(kStrictOption.name));
+            runFilter(arguments, filter);
+            return tools::kDone;
+        }
+    }
+    throw tools::WrongUse(L"--type takes int64, uint64, int32, uint32 or hex, not \"" + name + L"\"",
+                          L"vorelconv integer");
+}
+
+constexpr tools::Option kOptions[] = {kTypeOption, kStrictOption, kTextOption, kOutputOption};
+
+constexpr Command kCommand = {
+    .syntax = {.command = L"vorelconv integer",
+               .summary = L"integers, one in each line, in their plain form",
+               .options = kOptions,
+               .operands = kInputOperand,
+               .mostOperands = 1,
+               .details =
+                   L"White space at both ends, a sign, zeros in front and a fraction of zeros are taken. A number\n"
+                   L"that does not fit into the type is an error. Hexadecimal ones have eight digits at most,\n"
+                   L"and neither sign nor prefix.\n"
+                   L"\n"
+                   L"  vorelconv integer --text \" +0042.00\"         42\n"
+                   L"  vorelconv integer --type hex --text ff       255"},
+    .run = run};
+
+}  // namespace
+
+const Command& integerCommand() {
+    return kCommand;
+}
+
+}  // namespace conv

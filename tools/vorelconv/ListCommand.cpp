@@ -1,0 +1,193 @@
+#include "Command.h"
+#include "LineFilter.h"
+#include "support/Tool.h"
+#include "vorel/values/BooleanParsing.h"
+#include "vorel/values/Joining.h"
+#include "vorel/values/ListParsing.h"
+#include "vorel/values/NumberFormatting.h"
+#include "vorel/values/Splitting.h"
+
+namespace conv {
+
+namespace {
+
+using WideString = vorel::BaseString<wchar_t>;
+
+/// Appends the items of one line to `items`, in their plain form; false when only the beginning could be read.
+using ListReader = bool (*)(const wchar_t* line, std::vector<std::wstring>& items);
+
+std::wstring plain(int value) {
+    return std::to_wstring(value);
+}
+
+std::wstring plain(unsigned int value) {
+    return std::to_wstring(value);
+}
+
+std::wstring plain(bool value) {
+    return value ? vorel::util::TAL_True : vorel::util::TAL_False;
+}
+
+std::wstring plain(double value) {
+    constexpr std::size_t kMostCharacters = 64;
+    wchar_t text[kMostCharacters];
+    return vorel::util::doubleToString(value, text, kMostCharacters, vorel::util::FO_Default);
+}
+
+/// The reader for what one of the library's functions reads.
+template <class T, bool (*Read)(const wchar_t*, vorel::Array<T>&, bool)>
+bool readList(const wchar_t* line, std::vector<std::wstring>& items) {
+    vorel::Array<T> values;
+    const bool whole = Read(line, values, false);
+    for (const T value : values) {
+        items.push_back(plain(value));
+    }
+    return whole;
+}
+
+struct ListType {
+    std::wstring_view name;
+    std::wstring_view expected;
+    ListReader read;
+};
+
+constexpr ListType kTypes[] = {
+    {L"integer", L"integers, each followed by at most one comma", readList<int, vorel::util::stringToIntegerArray>},
+    {L"unsigned", L"integers without '-', each followed by at most one comma",
+     readList<unsigned int, vorel::util::stringToUIntegerArray>},
+    {L"double", L"words of fewer than 80 characters", readList<double, vorel::util::stringToDoubleArray>},
+    {L"boolean", L"words of fewer than 80 characters", readList<bool, vorel::util::stringToBooleanArray>},
+};
+
+class ValueListFilter final : public LineFilter {
+public:
+    explicit ValueListFilter(const ListType& type) : m_type(type) {}
+
+protected:
+    void convertLine(const std::wstring& line, std::string& result) override {
+        std::vector<std::wstring> items;
+        const bool whole = m_type.read(line.c_str(), items);
+        if (!whole) {
+            throw BadInput{0, std::wstring(m_type.expected) + L" are expected, found something else behind " +
+                                  std::to_wstring(items.size()) + L" of them in " + shown(line)};
+        }
+        for (const std::wstring& item : items) {
+            appendLine(result, item);
+        }
+    }
+
+private:
+    const ListType& m_type;
+};
+
+class TextListFilter final : public LineFilter {
+public:
+    TextListFilter(std::wstring delimiters, bool trim) : m_delimiters(std::move(delimiters)), m_trim(trim) {}
+
+protected:
+    void convertLine(const std::wstring& line, std::string& result) override {
+        vorel::util::singleStringToMultipleStrings(line.c_str(), m_delimiters.c_str(), m_items, m_trim);
+        for (const WideString& item : m_items) {
+            appendLine(result, item.view());
+        }
+    }
+
+private:
+    std::wstring m_delimiters;
+    bool m_trim;
+    vorel::Array<WideString> m_items;
+};
+
+class JoinFilter final : public LineFilter {
+public:
+    JoinFilter(std::wstring delimiter, bool trim) : m_delimiter(std::move(delimiter)), m_trim(trim) {}
+
+protected:
+    void convertLine(const std::wstring& line, std::string&) override {
+        m_items.append(WideString((m_trim ? trimmed(line) : line).c_str()));
+    }
+
+    void finish(std::string& result) override {
+        appendLine(result, vorel::util::multipleStringsToSingleString(m_items, m_delimiter.c_str()).view());
+    }
+
+private:
+    std::wstring m_delimiter;
+    bool m_trim;
+    vorel::Array<WideString> m_items;
+};
+
+constexpr std::wstring_view kName = L"vorelconv list";
+constexpr tools::Option kTypeOption = {L"type", L'y', L"type",
+                                       L"text (without it), integer, unsigned, double or boolean"};
+constexpr tools::Option kDelimiterOption = {L"delimiter", L'e', L"text",
+                                            L"what stands between texts; without it a comma"};
+constexpr tools::Option kTrimOption = {L"trim", L'r', {}, L"remove white space around texts"};
+constexpr tools::Option kJoinOption = {L"join", L'j', {}, L"convert back: the lines as one list of texts"};
+
+void runTexts(const tools::Arguments& arguments) {
+    const std::wstring delimiter = arguments.value(kDelimiterOption.name).value_or(L",");
+    if (delimiter.empty()) {
+        throw tools::WrongUse(L"--delimiter needs at least one character", kName);
+    }
+    const bool trim = arguments.has(kTrimOption.name);
+    if (arguments.has(kJoinOption.name)) {
+        JoinFilter filter(delimiter, trim);
+        runFilter(arguments, filter);
+    } else {
+        TextListFilter filter(delimiter, trim);
+        runFilter(arguments, filter);
+    }
+}
+
+const ListType& typeOf(const std::wstring& name) {
+    for (const ListType& type : kTypes) {
+        if (type.name == name) {
+            return type;
+        }
+    }
+    throw tools::WrongUse(L"--type takes text, integer, unsigned, double or boolean, not \"" + name + L"\"", kName);
+}
+
+int run(const tools::Arguments& arguments) {
+    const std::wstring name = arguments.value(kTypeOption.name).value_or(L"text");
+    if (name == L"text") {
+        runTexts(arguments);
+        return tools::kDone;
+    }
+    ValueListFilter filter(typeOf(name));
+    if (arguments.has(kJoinOption.name) || arguments.has(kDelimiterOption.name) || arguments.has(kTrimOption.name)) {
+        throw tools::WrongUse(L"--join, --delimiter and --trim go with --type text only", kName);
+    }
+    runFilter(arguments, filter);
+    return tools::kDone;
+}
+
+constexpr tools::Option kOptions[] = {kTypeOption, kDelimiterOption, kTrimOption,
+                                      kJoinOption, kTextOption,      kOutputOption};
+
+constexpr Command kCommand = {
+    .syntax = {.command = kName,
+               .summary = L"lists, one in each line, as one item in each line, and back",
+               .options = kOptions,
+               .operands = kInputOperand,
+               .mostOperands = 1,
+               .details =
+                   L"text      between the delimiter's characters; an item in double quotes may hold them, and\n"
+                   L"          two double quotes for one. --join writes such a list, quoted where that is needed.\n"
+                   L"integer, unsigned\n"
+                   L"          white space or one comma behind each; white space behind a comma is a 0\n"
+                   L"double, boolean\n"
+                   L"          between white space; words that are none are passed over\n"
+                   L"\n"
+                   L"  vorelconv list --text 'a,\"b,c\"'               a, and b,c in the next line\n"
+                   L"  vorelconv list --type integer --text \"1 ,2 3\"   1, 2 and 3"},
+    .run = run};
+
+}  // namespace
+
+const Command& listCommand() {
+    return kCommand;
+}
+
+}  // namespace conv

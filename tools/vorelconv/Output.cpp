@@ -1,0 +1,99 @@
+#include "Output.h"
+
+#include <windows.h>
+
+#include "support/Console.h"
+#include "support/Tool.h"
+
+namespace conv {
+
+Output::Output(const tools::Arguments& arguments) {
+    const auto path = arguments.value(L"output");
+    if (!path || *path == L"-") {
+        m_name = L"standard output";
+        return;
+    }
+    m_name = *path;
+    if (!openDevice()) {
+        openUnfinished();
+    }
+}
+
+/// What is there and no file on a disk cannot be replaced by one.
+bool Output::openDevice() {
+    const DWORD attributes = GetFileAttributesW(m_name.c_str());
+    if (attributes == INVALID_FILE_ATTRIBUTES) {
+        return false;
+    }
+    if ((attributes & FILE_ATTRIBUTE_DIRECTORY) != 0) {
+        throw tools::Failure(m_name + L": is a folder, the name of a file is expected");
+    }
+    tools::Handle device(CreateFileW(m_name.c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
+                                     OPEN_EXISTING, 0, nullptr));
+    if (!device) {
+        throw tools::systemFailure(m_name, L"cannot be written");
+    }
+    if (GetFileType(device.get()) == FILE_TYPE_DISK) {
+        return false;
+    }
+    m_file = std::move(device);
+    return true;
+}
+
+void Output::openUnfinished() {
+    constexpr unsigned int kMostTries = 1000;
+    for (unsigned int number = 0;; ++number) {
+        m_unfinished =
+            m_name + L".unfinished-" + std::to_wstring(GetCurrentProcessId()) + L"-" + std::to_wstring(number);
+        m_file = tools::Handle(CreateFileW(m_unfinished.c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr, CREATE_NEW,
+                                           FILE_ATTRIBUTE_NORMAL, nullptr));
+        if (m_file) {
+            return;
+        }
+        const DWORD error = GetLastError();
+        if (error != ERROR_FILE_EXISTS || number == kMostTries) {
+            m_unfinished.clear();
+            throw tools::systemFailure(m_name, L"cannot be created", error);
+        }
+    }
+}
+
+void Output::write(std::string_view bytes) {
+    if (m_file) {
+        tools::writeBytes(m_file.get(), bytes.data(), bytes.size(), m_name);
+    } else {
+        tools::writeOutput(bytes);
+    }
+    m_written += bytes.size();
+}
+
+void Output::commit() {
+    if (m_unfinished.empty()) {
+        m_committed = true;
+        return;
+    }
+    // The last bytes may find the disk full only now.
+    if (!FlushFileBuffers(m_file.get()) || !m_file.close()) {
+        throw tools::systemFailure(m_name, L"cannot be written");
+    }
+    if (!MoveFileExW(m_unfinished.c_str(), m_name.c_str(), MOVEFILE_REPLACE_EXISTING)) {
+        throw tools::systemFailure(m_name, L"cannot be replaced");
+    }
+    m_committed = true;
+}
+
+Output::~Output() {
+    if (m_committed) {
+        return;
+    }
+    m_file.close();
+    if (!m_unfinished.empty()) {
+        if (!DeleteFileW(m_unfinished.c_str())) {
+            tools::writeError(L"The unfinished output is left in \"" + m_unfinished + L"\".\n");
+        }
+    } else if (m_written != 0) {
+        tools::writeError(L"The output is unfinished: it ends behind " + std::to_wstring(m_written) + L" bytes.\n");
+    }
+}
+
+}  // namespace conv

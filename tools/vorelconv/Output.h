@@ -1,0 +1,46 @@
+/// \file
+/// Where a command writes its result. A file appears under its name only when it is whole: until then the bytes go to
+/// another one beside it.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "support/CommandLine.h"
+#include "support/Handle.h"
+
+namespace conv {
+
+class Output {
+public:
+    /// By option --output; without it, and for "-", the standard output. What is no file ("nul") is written directly.
+    /// \throws tools::Failure when the file cannot be made.
+    explicit Output(const tools::Arguments& arguments);
+
+    /// Without `commit` before: removes the unfinished file, and says what is left behind if there is something.
+    ~Output();
+
+    Output(const Output&) = delete;
+    Output& operator=(const Output&) = delete;
+
+    /// \throws tools::OutputClosed, tools::Failure.
+    void write(std::string_view bytes);
+
+    /// Everything is written: gives the file its name, in the place of one that may have it.
+    /// \throws tools::Failure when the system refuses; the unfinished file is removed then, too.
+    void commit();
+
+private:
+    void open(const std::wstring& path);
+    bool openDevice();
+    void openUnfinished();
+
+    std::wstring m_name;
+    std::wstring m_unfinished;  // the path that is written to; empty when nothing has to be renamed
+    tools::Handle m_file;
+    std::uint64_t m_written = 0;
+    bool m_committed = false;
+};
+
+}  // namespace conv

@@ -1,0 +1,60 @@
+#include "Command.h"
+#include "LineFilter.h"
+#include "support/Tool.h"
+#include "vorel/exceptions/Exception.h"
+#include "vorel/values/ListParsing.h"
+
+namespace conv {
+
+namespace {
+
+constexpr int kOpen = -1;
+
+std::wstring end(int value) {
+    return value == kOpen ? std::wstring() : std::to_wstring(value);
+}
+
+class RangeFilter final : public LineFilter {
+protected:
+    void convertLine(const std::wstring& line, std::string& result) override {
+        try {
+            vorel::util::stringToLongRanges(line.c_str(), m_starts, m_ends);
+        } catch (vorel::Exception& e) {
+            throw BadInput{0, L"ranges of numbers (\"1-5,7,9-\") are expected: " + std::wstring(e.what())};
+        }
+        for (unsigned int index = 0; index < m_starts.size(); ++index) {
+            appendLine(result, end(m_starts[index]) + L'-' + end(m_ends[index]));
+        }
+    }
+
+private:
+    vorel::Array<int> m_starts;
+    vorel::Array<int> m_ends;
+};
+
+int run(const tools::Arguments& arguments) {
+    RangeFilter filter;
+    runFilter(arguments, filter);
+    return tools::kDone;
+}
+
+constexpr tools::Option kOptions[] = {kTextOption, kOutputOption};
+
+constexpr Command kCommand = {
+    .syntax = {.command = L"vorelconv range",
+               .summary = L"lists of ranges as one range in each line",
+               .options = kOptions,
+               .operands = kInputOperand,
+               .mostOperands = 1,
+               .details = L"A range is 2-5, 7 (which is 7-7), 9- or -9 with an open end. Numbers have no sign.\n"
+                          L"\n"
+                          L"  vorelconv range --text \"1-5, 7\"      1-5, and 7-7 in the next line"},
+    .run = run};
+
+}  // namespace
+
+const Command& rangeCommand() {
+    return kCommand;
+}
+
+}  // namespace conv

@@ -1,0 +1,150 @@
+#include <algorithm>
+#include <optional>
+#include <utility>
+
+#include "Command.h"
+#include "Filter.h"
+#include "support/Tool.h"
+#include "vorel/text/Url.h"
+
+namespace conv {
+
+namespace {
+
+using vorel::util::UrlComponent;
+using NarrowString = vorel::BaseString<char>;
+
+/// A terminated copy of a text that must not have a zero byte before its end.
+NarrowString terminated(std::string_view text) {
+    const std::size_t zero = text.find('\0');
+    if (zero != std::string_view::npos) {
+        throw BadInput{zero, L"text is expected, found a zero byte"};
+    }
+    return {text.data(), static_cast<unsigned int>(text.size())};
+}
+
+struct UrlRules {
+    std::optional<UrlComponent> component;
+    bool escapeReserved = false;
+    bool spaceAsPlus = false;
+};
+
+/// Every byte is escaped by itself, so a block may end anywhere.
+class UrlEncoder final : public Filter {
+public:
+    explicit UrlEncoder(const UrlRules& rules) : m_rules(rules) {}
+
+    std::size_t convert(std::string_view block, bool, std::string& result) override {
+        const NarrowString text = terminated(block);
+        if (m_rules.component) {
+            vorel::util::urlEncodeComponent(text.c_str(), m_text, *m_rules.component);
+        } else {
+            vorel::util::urlEncode(text.c_str(), m_text, m_rules.escapeReserved, m_rules.spaceAsPlus);
+        }
+        result += m_text.view();
+        return block.size();
+    }
+
+private:
+    UrlRules m_rules;
+    NarrowString m_text;
+};
+
+class UrlDecoder final : public Filter {
+public:
+    explicit UrlDecoder(bool plusAsSpace) : m_flags(plusAsSpace ? 1 : 0) {}
+
+    std::size_t convert(std::string_view block, bool last, std::string& result) override {
+        const std::size_t count = last ? block.size() : beforeCutEscape(block);
+        vorel::util::urlDecode(terminated(block.substr(0, count)).c_str(), m_text, m_flags);
+        result += m_text.view();
+        return count;
+    }
+
+private:
+    /// The start of an escape whose digits may lie in the next block.
+    static std::size_t beforeCutEscape(std::string_view block) {
+        const std::size_t tail = block.size() - std::min<std::size_t>(block.size(), 2);
+        return std::min(block.find('%', tail), block.size());
+    }
+
+    int m_flags;
+    NarrowString m_text;
+};
+
+constexpr tools::Option kComponentOption = {L"component", L'c', L"part",
+                                            L"encode for path, segment, query or parameter of a URL"};
+constexpr tools::Option kReservedOption = {L"reserved", L'r', {}, L"escape $ & + , / : ; = ? @ as well"};
+constexpr tools::Option kPlusOption = {L"plus", L'p', {}, L"a space is '+'"};
+
+UrlComponent componentOf(const std::wstring& name) {
+    constexpr std::pair<std::wstring_view, UrlComponent> kComponents[] = {
+        {L"path", vorel::util::UrlPath},
+        {L"segment", vorel::util::UrlPathSegment},
+        {L"query", vorel::util::UrlQuery},
+        {L"parameter", vorel::util::UrlQueryParameter},
+    };
+    for (const auto& [each, component] : kComponents) {
+        if (each == name) {
+            return component;
+        }
+    }
+    throw tools::WrongUse(L"--component takes path, segment, query or parameter, not \"" + name + L"\"",
+                          L"vorelconv url");
+}
+
+UrlRules rulesOf(const tools::Arguments& arguments) {
+    UrlRules rules;
+    rules.escapeReserved = arguments.has(kReservedOption.name);
+    rules.spaceAsPlus = arguments.has(kPlusOption.name);
+    if (const auto name = arguments.value(kComponentOption.name)) {
+        rules.component = componentOf(*name);
+        if (rules.escapeReserved || rules.spaceAsPlus) {
+            throw tools::WrongUse(L"--component has rules of its own, and goes with neither --reserved nor --plus",
+                                  L"vorelconv url");
+        }
+    }
+    return rules;
+}
+
+int run(const tools::Arguments& arguments) {
+    const UrlRules rules = rulesOf(arguments);
+    if (arguments.has(kDecodeOption.name)) {
+        if (rules.component || rules.escapeReserved) {
+            throw tools::WrongUse(L"--decode goes only with --plus", L"vorelconv url");
+        }
+        UrlDecoder decoder(rules.spaceAsPlus);
+        runFilter(arguments, decoder);
+    } else {
+        UrlEncoder encoder(rules);
+        runFilter(arguments, encoder);
+    }
+    return tools::kDone;
+}
+
+constexpr tools::Option kOptions[] = {kDecodeOption, kComponentOption, kReservedOption,
+                                      kPlusOption,   kTextOption,      kOutputOption};
+
+constexpr Command kCommand = {
+    .syntax = {.command = L"vorelconv url",
+               .summary = L"text with percent escapes for URLs, and back",
+               .options = kOptions,
+               .operands = kInputOperand,
+               .mostOperands = 1,
+               .details =
+                   L"Escaped are the space, \" # % < > [ \\ ] ^ ` { | } ~ and every byte from 0x80 on; what more,\n"
+                   L"the options say. With --component a '~' stays. Control characters are never escaped, so\n"
+                   L"lines stay lines. Decoding leaves a '%' without two digits behind it as it is.\n"
+                   L"\n"
+                   L"  vorelconv url --text \"a/b c\"                   a/b%20c\n"
+                   L"  vorelconv url -c parameter -t \"a=b&c d\"        a%3Db%26c+d\n"
+                   L"  vorelconv url -d -p -t a%41+b                  aA b"},
+    .run = run};
+
+}  // namespace
+
+const Command& urlCommand() {
+    return kCommand;
+}
+
+}  // namespace conv

@@ -1,0 +1,84 @@
+/// \file
+/// vorelconv: what the library converts, on the command line. The first argument names the command.
+
+#include <span>
+#include <string>
+#include <vector>
+
+#include "Command.h"
+#include "support/Console.h"
+#include "support/Tool.h"
+
+namespace conv {
+
+namespace {
+
+constexpr std::wstring_view kProgram = L"vorelconv";
+
+constexpr const Command& (*kCommands[])() = {
+    base64Command, daylightCommand, hexCommand,  urlCommand,   utf16Command, codePageCommand, integerCommand,
+    doubleCommand, booleanCommand,  listCommand, rangeCommand, sortCommand,  compareCommand,  versionCommand,
+};
+
+std::wstring nameOf(const Command& command) {
+    return std::wstring(command.syntax.command.substr(kProgram.size() + 1));
+}
+
+std::wstring overview() {
+    std::vector<std::pair<std::wstring, std::wstring>> rows;
+    for (const auto command : kCommands) {
+        rows.emplace_back(nameOf(command()), command().syntax.summary);
+    }
+    return L"vorelconv: converts files and streams as the library vorelCore does\n"
+           L"\n"
+           L"Usage: vorelconv <command> [options] [input]\n"
+           L"       vorelconv <command> --help\n"
+           L"       vorelconv --version\n"
+           L"\n"
+           L"Commands:\n" +
+           tools::columns(rows) +
+           L"\n"
+           L"The input is a file, or the standard input without one; --text takes it from the command\n"
+           L"line. The output is the standard output, or the file of --output, which appears when it is\n"
+           L"whole. Text is UTF-8. Files of any size are converted in blocks.\n"
+           L"\n"
+           L"Exit codes: 0 done; 1 bad input, a failure, or a comparison that is false; 2 wrong use.\n";
+}
+
+int run(std::span<const std::wstring> arguments) {
+    if (arguments.empty()) {
+        throw tools::WrongUse(L"a command is expected");
+    }
+    const std::wstring& first = arguments.front();
+    if (first == L"--help" || first == L"-h") {
+        tools::writeOutput(overview());
+        return tools::kDone;
+    }
+    if (first == L"--version") {
+        tools::writeOutput(tools::versionText(kProgram));
+        return tools::kDone;
+    }
+    for (const auto each : kCommands) {
+        const Command& command = each();
+        if (nameOf(command) == first) {
+            const tools::Arguments parsed = tools::parse(command.syntax, arguments.subspan(1));
+            if (parsed.has(L"help")) {
+                tools::writeOutput(tools::helpText(command.syntax));
+                return tools::kDone;
+            }
+            return command.run(parsed);
+        }
+    }
+    throw tools::WrongUse(L"unknown command: \"" + first + L"\"");
+}
+
+}  // namespace
+
+}  // namespace conv
+
+int wmain(int count, wchar_t** arguments) {
+    return tools::run(conv::kProgram, [&] {
+        const std::vector<std::wstring> given(arguments + 1, arguments + count);
+        return conv::run(given);
+    });
+}
