@@ -1,0 +1,60 @@
+#include "vorellog/Filter.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace vorellog {
+
+namespace {
+
+char lower(char c) noexcept {
+    return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c;
+}
+
+bool equalButForCase(char a, char b) noexcept {
+    return lower(a) == lower(b);
+}
+
+/// No choices take everything.
+template <class T, class U>
+bool isAmong(const std::vector<T>& choices, const U& value) {
+    return choices.empty() || std::find(choices.begin(), choices.end(), value) != choices.end();
+}
+
+}  // namespace
+
+Filter::Filter(FilterChoices choices)
+    : m_choices(std::move(choices)),
+      m_needsHeader(!m_choices.processes.empty() || !m_choices.threads.empty() || !m_choices.prefixes.empty() ||
+                    m_choices.from || m_choices.to) {}
+
+bool Filter::matches(const Record& record) const {
+    return (!m_choices.damagedOnly || record.damage() != Damage::None) && (!m_needsHeader || matchesHeader(record)) &&
+           matchesTexts(record.body());
+}
+
+bool Filter::matchesHeader(const Record& record) const {
+    const LogHeader* const header = record.header();
+    if (!header || !isAmong(m_choices.processes, header->processId) || !isAmong(m_choices.threads, header->threadId) ||
+        header->timeMs < m_choices.from.value_or(header->timeMs) || (m_choices.to && header->timeMs >= *m_choices.to)) {
+        return false;
+    }
+    const auto& prefixes = m_choices.prefixes;
+    const std::string_view prefix = prefixes.empty() ? std::string_view() : record.parsedBody().prefix;
+    return prefixes.empty() || std::any_of(prefixes.begin(), prefixes.end(), [&](const std::string& each) {
+               return std::equal(each.begin(), each.end(), prefix.begin(), prefix.end(), equalButForCase);
+           });
+}
+
+bool Filter::matchesTexts(std::string_view text) const {
+    const auto isIn = [&](const std::string& wanted) {
+        if (!m_choices.ignoreCase) {
+            return text.find(wanted) != std::string_view::npos;
+        }
+        return wanted.empty() ||
+               std::search(text.begin(), text.end(), wanted.begin(), wanted.end(), equalButForCase) != text.end();
+    };
+    return m_choices.texts.empty() || std::any_of(m_choices.texts.begin(), m_choices.texts.end(), isIn);
+}
+
+}  // namespace vorellog

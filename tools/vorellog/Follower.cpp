@@ -1,0 +1,139 @@
+#include "vorellog/Follower.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace vorellog {
+
+namespace {
+
+constexpr std::size_t kBlockBytes = std::size_t{1} << 20;
+constexpr std::size_t kTailBytes = 256;
+
+}  // namespace
+
+Follower::Follower(LogFiles& files, LogSink& sink) : m_files(files), m_sink(sink), m_buffer(kBlockBytes) {}
+
+Follower::Progress Follower::poll() {
+    Pair pair = openPair();
+    if (!m_current) {
+        return startAnew(pair);
+    }
+    if (isAt(*m_current, pair.log.get())) {
+        return goOnInLog(std::move(pair));
+    }
+    if (isAt(*m_current, pair.backup.get())) {
+        return goOnFromBackup(std::move(pair));
+    }
+    m_current.reset();
+    m_sink.endOfFile();
+    m_sink.gap();
+    return startAnew(pair);
+}
+
+/// Opens both files as they stood at one moment: if the backup is the same before and after the log was opened, nobody
+/// has moved the log in between. (As long as a file is open, no other gets its id.)
+Follower::Pair Follower::openPair() {
+    constexpr unsigned int kMostAttempts = 100;
+    const auto sameFile = [](const LogFile* a, const LogFile* b) { return a && b ? a->id() == b->id() : a == b; };
+    for (unsigned int attempt = 0; attempt != kMostAttempts; ++attempt) {
+        const std::unique_ptr<LogFile> before = m_files.open(LogFiles::Which::Backup);
+        Pair pair;
+        pair.log = m_files.open(LogFiles::Which::Log);
+        pair.backup = m_files.open(LogFiles::Which::Backup);
+        if (sameFile(before.get(), pair.backup.get())) {
+            return pair;
+        }
+    }
+    throw FileBusy(tools::Failure(L"the log is moved to its backup all the time"));
+}
+
+bool Follower::isAt(const Position& position, LogFile* file) {
+    if (!file || file->id() != position.id) {
+        return false;
+    }
+    std::string tail(position.tail.size(), '\0');
+    return tail.empty() || (file->read(position.offset - tail.size(), tail.data(), tail.size()) == tail.size() &&
+                            tail == position.tail);
+}
+
+/// Takes the backup, unless it has been read, and else the log.
+Follower::Progress Follower::startAnew(const Pair& pair) {
+    LogFile* first = pair.log.get();
+    if (pair.backup && !(m_previous && isAt(*m_previous, pair.backup.get()))) {
+        first = pair.backup.get();
+    }
+    if (!first) {
+        return Progress::Idle;
+    }
+    m_current = Position{first->id(), 0, {}};
+    return Progress::More;
+}
+
+/// The log is closed before the sink gets what was read: a sink may take its time.
+Follower::Progress Follower::goOnInLog(Pair pair) {
+    if (readLateLines(pair)) {
+        return Progress::More;
+    }
+    const std::size_t size = fetch(*m_current, *pair.log);
+    pair = {};
+    take(*m_current, size);
+    return size == kBlockBytes ? Progress::More : Progress::Idle;
+}
+
+Follower::Progress Follower::goOnFromBackup(Pair pair) {
+    const bool hasLog = pair.log != nullptr;
+    const FileId log = hasLog ? pair.log->id() : FileId();
+    pair.log.reset();
+    readToEnd(*m_current, *pair.backup);
+    if (!hasLog) {
+        return Progress::Idle;
+    }
+    m_previous = std::move(m_current);
+    m_current = Position{log, 0, {}};
+    m_sink.endOfFile();
+    return Progress::More;
+}
+
+/// A writer that had opened the log before it was moved writes its line into the backup. Returns whether one did.
+bool Follower::readLateLines(Pair& pair) {
+    if (!m_previous || isWithinLine() || !isAt(*m_previous, pair.backup.get())) {
+        return false;
+    }
+    const std::size_t size = fetch(*m_previous, *pair.backup);
+    if (size == 0) {
+        return false;
+    }
+    pair.log.reset();
+    take(*m_previous, size);
+    readToEnd(*m_previous, *pair.backup);
+    m_sink.endOfFile();
+    return true;
+}
+
+void Follower::readToEnd(Position& position, LogFile& file) {
+    while (const std::size_t size = fetch(position, file)) {
+        take(position, size);
+    }
+}
+
+std::size_t Follower::fetch(const Position& position, LogFile& file) {
+    return file.read(position.offset, m_buffer.data(), m_buffer.size());
+}
+
+/// Hands the first `size` bytes of the buffer on.
+void Follower::take(Position& position, std::size_t size) {
+    const std::string_view bytes(m_buffer.data(), size);
+    position.offset += size;
+    position.tail.append(bytes.substr(size - std::min(size, kTailBytes)));
+    position.tail.erase(0, position.tail.size() - std::min(position.tail.size(), kTailBytes));
+    if (size != 0) {
+        m_sink.bytes(bytes);
+    }
+}
+
+bool Follower::isWithinLine() const {
+    return m_current && !m_current->tail.empty() && m_current->tail.back() != '\n';
+}
+
+}  // namespace vorellog

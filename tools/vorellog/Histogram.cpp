@@ -1,0 +1,66 @@
+#include "vorellog/Histogram.h"
+
+#include <array>
+
+namespace vorellog {
+
+namespace {
+
+constexpr LocalMs kSecond = 1000;
+constexpr LocalMs kMinute = 60 * kSecond;
+constexpr LocalMs kHour = 60 * kMinute;
+constexpr LocalMs kDay = 24 * kHour;
+
+/// Each is a multiple of the one before; the last is long enough for all the years that a log can name.
+constexpr std::array<LocalMs, 16> kLengths = {
+    kSecond,          5 * kSecond,      15 * kSecond, kMinute,  5 * kMinute, 15 * kMinute, kHour,
+    3 * kHour,        12 * kHour,       kDay,         7 * kDay, 28 * kDay,   364 * kDay,   10 * 364 * kDay,
+    100 * 364 * kDay, 1000 * 364 * kDay};
+
+}  // namespace
+
+LocalMs Histogram::stepMs() const noexcept {
+    return kLengths[m_length];
+}
+
+/// Rounded down, also before 1970.
+LocalMs Histogram::numberOf(LocalMs time) const noexcept {
+    const LocalMs length = stepMs();
+    return time / length - (time % length < 0 ? 1 : 0);
+}
+
+void Histogram::add(LocalMs time) {
+    ++m_counts[numberOf(time)];
+    while (!fits()) {
+        joinSteps();
+    }
+}
+
+bool Histogram::fits() const noexcept {
+    return m_counts.rbegin()->first - m_counts.begin()->first < static_cast<LocalMs>(kMostSteps) ||
+           m_length + 1 == kLengths.size();
+}
+
+void Histogram::joinSteps() {
+    const LocalMs before = stepMs();
+    ++m_length;
+    std::map<LocalMs, unsigned long long> joined;
+    for (const auto& [number, count] : m_counts) {
+        joined[numberOf(number * before)] += count;
+    }
+    m_counts = std::move(joined);
+}
+
+std::vector<Histogram::Step> Histogram::steps() const {
+    std::vector<Step> result;
+    if (m_counts.empty()) {
+        return result;
+    }
+    for (LocalMs number = m_counts.begin()->first; number <= m_counts.rbegin()->first; ++number) {
+        const auto found = m_counts.find(number);
+        result.push_back({number * stepMs(), found == m_counts.end() ? 0 : found->second});
+    }
+    return result;
+}
+
+}  // namespace vorellog

@@ -1,0 +1,98 @@
+#include "vorellog/LogFiles.h"
+
+#include <algorithm>
+#include <utility>
+
+#include <windows.h>
+
+namespace vorellog {
+
+namespace {
+
+class DiskFile : public LogFile {
+public:
+    DiskFile(HANDLE handle, std::wstring path) : m_handle(handle), m_path(std::move(path)) {
+        BY_HANDLE_FILE_INFORMATION information = {};
+        if (!GetFileInformationByHandle(m_handle, &information)) {
+            const DWORD error = GetLastError();
+            CloseHandle(m_handle);
+            throw tools::systemFailure(m_path, L"cannot be read", error);
+        }
+        m_id = {information.dwVolumeSerialNumber,
+                (static_cast<unsigned long long>(information.nFileIndexHigh) << 32) | information.nFileIndexLow};
+    }
+    ~DiskFile() override { CloseHandle(m_handle); }
+
+    DiskFile(const DiskFile&) = delete;
+    DiskFile& operator=(const DiskFile&) = delete;
+
+    [[nodiscard]] FileId id() const override { return m_id; }
+
+    std::size_t read(unsigned long long offset, char* buffer, std::size_t size) override {
+        std::size_t done = 0;
+        while (done != size) {
+            OVERLAPPED place = {};
+            place.Offset = static_cast<DWORD>(offset + done);
+            place.OffsetHigh = static_cast<DWORD>((offset + done) >> 32);
+            DWORD count = 0;
+            const auto wanted = static_cast<DWORD>(std::min(size - done, std::size_t{1} << 24));
+            if (!ReadFile(m_handle, buffer + done, wanted, &count, &place)) {
+                fail(GetLastError());
+                break;
+            }
+            if (count == 0) {
+                break;
+            }
+            done += count;
+        }
+        return done;
+    }
+
+private:
+    /// Returns at the end of the file.
+    void fail(DWORD error) const {
+        if (error == ERROR_HANDLE_EOF) {
+            return;
+        }
+        const tools::Failure failure = tools::systemFailure(m_path, L"cannot be read", error);
+        if (error == ERROR_LOCK_VIOLATION) {
+            throw FileBusy(failure);
+        }
+        throw failure;
+    }
+
+    HANDLE m_handle;
+    std::wstring m_path;
+    FileId m_id;
+};
+
+bool isDirectory(const std::wstring& path) noexcept {
+    const DWORD attributes = GetFileAttributesW(path.c_str());
+    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+}
+
+}  // namespace
+
+std::unique_ptr<LogFile> DiskLogFiles::open(Which which) {
+    const std::wstring& path = which == Which::Log ? m_log : m_backup;
+    // With less than all sharing, a writer could not open the file, or not move it to its backup.
+    constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+    HANDLE const handle =
+        CreateFileW(path.c_str(), GENERIC_READ, kShareAll, nullptr, OPEN_EXISTING, FILE_FLAG_SEQUENTIAL_SCAN, nullptr);
+    if (handle != INVALID_HANDLE_VALUE) {
+        return std::make_unique<DiskFile>(handle, path);
+    }
+    const DWORD error = GetLastError();
+    if (error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND) {
+        return nullptr;
+    }
+    const tools::Failure failure = tools::systemFailure(path, L"cannot be opened", error);
+    // A file that waits for its deletion denies access, too.
+    if (error == ERROR_SHARING_VIOLATION || error == ERROR_DELETE_PENDING ||
+        (error == ERROR_ACCESS_DENIED && !isDirectory(path))) {
+        throw FileBusy(failure);
+    }
+    throw failure;
+}
+
+}  // namespace vorellog

@@ -1,0 +1,216 @@
+#include "vorellog/LogTime.h"
+
+#include <array>
+#include <charconv>
+#include <chrono>
+#include <cstdio>
+
+#include <windows.h>
+
+namespace vorellog {
+
+namespace {
+
+constexpr LocalMs kSecond = 1000;
+constexpr LocalMs kMinute = 60 * kSecond;
+constexpr LocalMs kHour = 60 * kMinute;
+constexpr LocalMs kDay = 24 * kHour;
+
+/// Walks over a text from left to right. After the first thing that is not as asked for, nothing is any more.
+class Cursor {
+public:
+    explicit Cursor(std::string_view text) noexcept : m_rest(text) {}
+
+    bool skip(char expected) noexcept {
+        m_good = m_good && m_rest.starts_with(expected);
+        if (m_good) {
+            m_rest.remove_prefix(1);
+        }
+        return m_good;
+    }
+
+    /// Exactly `count` digits.
+    int digits(std::size_t count) noexcept {
+        int value = 0;
+        m_good = m_good && m_rest.size() >= count;
+        for (std::size_t index = 0; m_good && index != count; ++index) {
+            m_good = m_rest[index] >= '0' && m_rest[index] <= '9';
+            value = value * 10 + (m_rest[index] - '0');
+        }
+        if (m_good) {
+            m_rest.remove_prefix(count);
+        }
+        return value;
+    }
+
+    /// The place of the next three letters among `names`, from 0.
+    int name(std::string_view names) noexcept {
+        constexpr std::size_t kLetters = 3;
+        const std::size_t found = m_good ? names.find(m_rest.substr(0, kLetters)) : 0;
+        m_good = m_good && m_rest.size() >= kLetters && found % kLetters == 0 && found != std::string_view::npos;
+        if (m_good) {
+            m_rest.remove_prefix(kLetters);
+        }
+        return static_cast<int>(found / kLetters);
+    }
+
+    [[nodiscard]] bool startsWith(char expected) const noexcept { return m_good && m_rest.starts_with(expected); }
+    [[nodiscard]] bool good() const noexcept { return m_good; }
+    [[nodiscard]] bool atEnd() const noexcept { return m_good && m_rest.empty(); }
+
+private:
+    std::string_view m_rest;
+    bool m_good = true;
+};
+
+std::optional<LocalMs> dayStart(int year, int month, int day) noexcept {
+    const std::chrono::year_month_day date{std::chrono::year{year},
+                                           std::chrono::month{static_cast<unsigned int>(month)},
+                                           std::chrono::day{static_cast<unsigned int>(day)}};
+    if (!date.ok()) {
+        return std::nullopt;
+    }
+    return std::chrono::sys_days{date}.time_since_epoch().count() * kDay;
+}
+
+/// "01:43", "01:43:08" or "01:43:08.045" from a day's start on.
+std::optional<TimeSpan> clockTime(Cursor& cursor, LocalMs day) noexcept {
+    const int hour = cursor.digits(2);
+    cursor.skip(':');
+    const int minute = cursor.digits(2);
+    int second = 0;
+    int millisecond = 0;
+    LocalMs length = kMinute;
+    if (cursor.startsWith(':')) {
+        cursor.skip(':');
+        second = cursor.digits(2);
+        length = kSecond;
+        if (cursor.startsWith('.')) {
+            cursor.skip('.');
+            millisecond = cursor.digits(3);
+            length = 1;
+        }
+    }
+    if (!cursor.atEnd() || hour > 23 || minute > 59 || second > 60) {
+        return std::nullopt;
+    }
+    const LocalMs from = day + hour * kHour + minute * kMinute + second * kSecond + millisecond;
+    return TimeSpan{from, from + length};
+}
+
+std::optional<TimeSpan> dateAndTime(std::string_view text) noexcept {
+    Cursor cursor(text);
+    const int year = cursor.digits(4);
+    cursor.skip('-');
+    const int month = cursor.digits(2);
+    cursor.skip('-');
+    const int day = cursor.digits(2);
+    const std::optional<LocalMs> start = cursor.good() ? dayStart(year, month, day) : std::nullopt;
+    if (!start) {
+        return std::nullopt;
+    }
+    if (cursor.atEnd()) {
+        return TimeSpan{*start, *start + kDay};
+    }
+    if (!cursor.skip(cursor.startsWith('T') ? 'T' : ' ')) {
+        return std::nullopt;
+    }
+    return clockTime(cursor, *start);
+}
+
+/// "15m": so long ago.
+std::optional<TimeSpan> ago(std::string_view text, LocalMs now) noexcept {
+    constexpr LocalMs kMost = 1000000000;
+    LocalMs count = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), count);
+    const std::string_view unit = text.substr(static_cast<std::size_t>(end - text.data()));
+    if (error != std::errc() || count < 0 || count > kMost || unit.size() != 1) {
+        return std::nullopt;
+    }
+    LocalMs length = 0;
+    switch (unit.front()) {
+    case 's': length = kSecond; break;
+    case 'm': length = kMinute; break;
+    case 'h': length = kHour; break;
+    case 'd': length = kDay; break;
+    default: return std::nullopt;
+    }
+    return TimeSpan{now - count * length, now - count * length + 1};
+}
+
+/// The start of the day that `time` lies in; times before 1970 are no concern of a log.
+LocalMs startOfDay(LocalMs time) noexcept {
+    return time - time % kDay;
+}
+
+}  // namespace
+
+std::optional<LocalMs> parseLogTime(std::string_view text) noexcept {
+    if (text.size() != kLogTimeSize) {
+        return std::nullopt;
+    }
+    Cursor cursor(text);
+    cursor.name("SunMonTueWedThuFriSat");
+    cursor.skip(' ');
+    const int month = cursor.name("JanFebMarAprMayJunJulAugSepOctNovDec") + 1;
+    cursor.skip(' ');
+    const bool oneDigit = cursor.startsWith(' ') && cursor.skip(' ');
+    const int day = cursor.digits(oneDigit ? 1 : 2);
+    cursor.skip(' ');
+    const int hour = cursor.digits(2);
+    cursor.skip(':');
+    const int minute = cursor.digits(2);
+    cursor.skip(':');
+    const int second = cursor.digits(2);
+    cursor.skip(' ');
+    const int year = cursor.digits(4);
+    if (!cursor.atEnd() || hour > 23 || minute > 59 || second > 60) {
+        return std::nullopt;
+    }
+    const std::optional<LocalMs> start = dayStart(year, month, day);
+    if (!start) {
+        return std::nullopt;
+    }
+    return *start + hour * kHour + minute * kMinute + second * kSecond;
+}
+
+std::optional<TimeSpan> parseTypedTime(std::string_view text, LocalMs now) noexcept {
+    if (const auto span = dateAndTime(text)) {
+        return span;
+    }
+    Cursor cursor(text);
+    if (const auto span = clockTime(cursor, startOfDay(now))) {
+        return span;
+    }
+    if (const auto second = parseLogTime(text)) {
+        return TimeSpan{*second, *second + kSecond};
+    }
+    return ago(text, now);
+}
+
+std::string isoText(LocalMs time, bool withMilliseconds, char separator) {
+    const std::chrono::sys_time<std::chrono::milliseconds> point{std::chrono::milliseconds(time)};
+    const auto day = std::chrono::floor<std::chrono::days>(point);
+    const std::chrono::year_month_day date{day};
+    const std::chrono::hh_mm_ss clock{point - day};
+    std::array<char, 64> text{};
+    const int length =
+        std::snprintf(text.data(), text.size(), "%04d-%02u-%02u%c%02d:%02d:%02d", int{date.year()},
+                      unsigned{date.month()}, unsigned{date.day()}, separator, static_cast<int>(clock.hours().count()),
+                      static_cast<int>(clock.minutes().count()), static_cast<int>(clock.seconds().count()));
+    std::string result(text.data(), static_cast<std::size_t>(length));
+    if (withMilliseconds) {
+        const std::string digits = std::to_string(kSecond + clock.subseconds().count());
+        result += '.' + digits.substr(1);
+    }
+    return result;
+}
+
+LocalMs localNow() noexcept {
+    SYSTEMTIME now = {};
+    GetLocalTime(&now);
+    return dayStart(now.wYear, now.wMonth, now.wDay).value_or(0) + now.wHour * kHour + now.wMinute * kMinute +
+           now.wSecond * kSecond + now.wMilliseconds;
+}
+
+}  // namespace vorellog

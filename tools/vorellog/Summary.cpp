@@ -1,0 +1,187 @@
+#include "vorellog/Summary.h"
+
+#include <algorithm>
+#include <vector>
+
+#include "vorellog/Printer.h"
+#include "vorellog/Utf8.h"
+
+namespace vorellog {
+
+namespace {
+
+constexpr std::string_view kGap = "  ";
+constexpr std::size_t kBarWidth = 40;
+
+std::size_t indexOf(Damage damage) noexcept {
+    return static_cast<std::size_t>(damage);
+}
+
+/// A column's width is counted in code points: what comes after it stands right for all but rare scripts.
+std::size_t widthOf(std::string_view text) noexcept {
+    return static_cast<std::size_t>(
+        std::count_if(text.begin(), text.end(), [](char c) { return (static_cast<unsigned char>(c) & 0xC0) != 0x80; }));
+}
+
+std::string padded(std::string_view text, std::size_t width) {
+    return std::string(text) + std::string(width - std::min(width, widthOf(text)), ' ');
+}
+
+std::string rightAligned(const std::string& text, std::size_t width) {
+    return std::string(width - std::min(width, text.size()), ' ') + text;
+}
+
+/// A prefix is what a program chose, or what a message without one begins with: only its start is kept.
+std::string keyOf(std::string_view prefix) {
+    constexpr std::size_t kMostBytes = 48;
+    std::string key;
+    appendVisible(key, prefix.substr(0, kMostBytes));
+    return key + (prefix.size() > kMostBytes ? "..." : "");
+}
+
+std::string counted(unsigned long long count, std::string_view noun) {
+    return std::to_string(count) + ' ' + std::string(noun) + (count == 1 ? "" : "s");
+}
+
+/// "15 s", "5 min", "3 h", "7 d"
+std::string lengthText(LocalMs length) {
+    const LocalMs seconds = length / 1000;
+    if (seconds % 86400 == 0) {
+        return std::to_string(seconds / 86400) + " d";
+    }
+    if (seconds % 3600 == 0) {
+        return std::to_string(seconds / 3600) + " h";
+    }
+    return seconds % 60 == 0 ? std::to_string(seconds / 60) + " min" : std::to_string(seconds) + " s";
+}
+
+std::string timeText(LocalMs time) {
+    return isoText(time, false, ' ');
+}
+
+}  // namespace
+
+void Summary::Row::add(LocalMs time) noexcept {
+    firstMs = records == 0 ? time : std::min(firstMs, time);
+    lastMs = records == 0 ? time : std::max(lastMs, time);
+    ++records;
+}
+
+void Summary::add(const Record& record) {
+    ++m_damage[indexOf(record.damage())];
+    if (const LogHeader* const header = record.header()) {
+        rowOf(record, *header).add(header->timeMs);
+        m_all.add(header->timeMs);
+        m_histogram.add(header->timeMs);
+    }
+}
+
+Summary::Row& Summary::rowOf(const Record& record, const LogHeader& header) {
+    Key key(record.host(), keyOf(record.parsedBody().prefix));
+    key.first += '.';
+    key.first += std::to_string(header.processId);
+    const auto found = m_rows.find(key);
+    if (found != m_rows.end()) {
+        return found->second;
+    }
+    return m_rows.size() < kMostRows ? m_rows[std::move(key)] : m_rows[{std::string(kOthers), {}}];
+}
+
+unsigned long long Summary::damaged() const noexcept {
+    unsigned long long sum = 0;
+    for (const Damage each : {Damage::Cut, Damage::NoHeader, Damage::BadUtf8}) {
+        sum += m_damage[indexOf(each)];
+    }
+    return sum;
+}
+
+/// "3 damaged: 1 cut, 2 no header"; empty when nothing is.
+std::string Summary::damageText() const {
+    std::string kinds;
+    for (const Damage each : {Damage::Cut, Damage::NoHeader, Damage::BadUtf8}) {
+        if (const unsigned long long count = m_damage[indexOf(each)]) {
+            kinds += (kinds.empty() ? "" : ", ") + std::to_string(count) + ' ' + std::string(nameOf(each));
+        }
+    }
+    return kinds.empty() ? kinds : std::to_string(damaged()) + " damaged: " + kinds;
+}
+
+std::string Summary::table() const {
+    std::string_view heads[] = {"Process", "Prefix"};
+    std::size_t widths[] = {heads[0].size(), heads[1].size()};
+    for (const auto& [key, row] : m_rows) {
+        widths[0] = std::max(widths[0], widthOf(key.first));
+        widths[1] = std::max(widths[1], widthOf(key.second));
+    }
+    constexpr std::size_t kTimeWidth = 19;
+    constexpr std::size_t kCountWidth = 10;
+    std::string out = padded(heads[0], widths[0]).append(kGap) + padded(heads[1], widths[1]) +
+                      rightAligned("Records", kCountWidth).append(kGap) + padded("First", kTimeWidth).append(kGap) +
+                      "Last\n";
+    for (const auto& [key, row] : m_rows) {
+        out += padded(key.first, widths[0]).append(kGap) + padded(key.second, widths[1]) +
+               rightAligned(std::to_string(row.records), kCountWidth).append(kGap) +
+               timeText(row.firstMs).append(kGap) + timeText(row.lastMs) + '\n';
+    }
+    return out;
+}
+
+std::string Summary::bars() const {
+    const std::vector<Histogram::Step> steps = m_histogram.steps();
+    unsigned long long most = 0;
+    for (const Histogram::Step& step : steps) {
+        most = std::max(most, step.records);
+    }
+    constexpr std::size_t kCountWidth = 10;
+    std::string out =
+        padded("Steps of " + lengthText(m_histogram.stepMs()), 19) + rightAligned("Records", kCountWidth) + '\n';
+    for (const Histogram::Step& step : steps) {
+        // Rounded up: a step with any record shows.
+        const auto length = static_cast<std::size_t>((step.records * kBarWidth + most - 1) / most);
+        out += timeText(step.from) + rightAligned(std::to_string(step.records), kCountWidth);
+        if (length != 0) {
+            out.append(kGap).append(length, '#');
+        }
+        out += '\n';
+    }
+    return out;
+}
+
+std::string Summary::text() const {
+    const std::string damage = damageText();
+    std::string out = counted(m_all.records, "record");
+    if (m_all.records != 0) {
+        out += " from " + timeText(m_all.firstMs) + " to " + timeText(m_all.lastMs);
+    }
+    out += (damage.empty() ? "" : "; " + damage) + '\n';
+    if (m_all.records != 0) {
+        out += '\n' + table() + '\n' + bars();
+    }
+    return out;
+}
+
+std::string Summary::json() const {
+    std::string out = "{\"type\":\"summary\",\"records\":" + std::to_string(m_all.records);
+    if (m_all.records != 0) {
+        out += ",\"from\":\"" + isoText(m_all.firstMs, false) + "\",\"to\":\"" + isoText(m_all.lastMs, false) + '"';
+    }
+    out += ",\"cut\":" + std::to_string(m_damage[indexOf(Damage::Cut)]) +
+           ",\"noHeader\":" + std::to_string(m_damage[indexOf(Damage::NoHeader)]) +
+           ",\"badUtf8\":" + std::to_string(m_damage[indexOf(Damage::BadUtf8)]) + "}\n";
+    for (const auto& [key, row] : m_rows) {
+        out += "{\"type\":\"count\",\"process\":";
+        appendJson(out, key.first);
+        out += ",\"prefix\":";
+        appendJson(out, key.second);
+        out += ",\"records\":" + std::to_string(row.records) + ",\"first\":\"" + isoText(row.firstMs, false) +
+               "\",\"last\":\"" + isoText(row.lastMs, false) + "\"}\n";
+    }
+    for (const Histogram::Step& step : m_histogram.steps()) {
+        out += "{\"type\":\"step\",\"from\":\"" + isoText(step.from, false) +
+               "\",\"seconds\":" + std::to_string(m_histogram.stepMs() / 1000) +
+               ",\"records\":" + std::to_string(step.records) + "}\n";
+    }
+    return out;
+}
+
+}  // namespace vorellog
