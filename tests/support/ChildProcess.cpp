@@ -40,10 +40,17 @@ ChildProcess::ChildProcess(const std::wstring& program, const std::vector<std::w
     }
     STARTUPINFOW startup = {};
     startup.cb = sizeof startup;
+    const bool hasStreams = options.input || options.output || options.error;
+    if (hasStreams) {
+        startup.dwFlags = STARTF_USESTDHANDLES;
+        startup.hStdInput = options.input;
+        startup.hStdOutput = options.output;
+        startup.hStdError = options.error;
+    }
     PROCESS_INFORMATION started = {};
     const BOOL created =
-        CreateProcessW(path.c_str(), commandLine.data(), nullptr, nullptr, options.inheritHandles, 0, nullptr,
-                       options.directory.empty() ? nullptr : options.directory.c_str(), &startup, &started);
+        CreateProcessW(path.c_str(), commandLine.data(), nullptr, nullptr, options.inheritHandles || hasStreams, 0,
+                       nullptr, options.directory.empty() ? nullptr : options.directory.c_str(), &startup, &started);
     if (!created) {
         throw std::runtime_error("a child program did not start, error " + std::to_string(GetLastError()));
     }

@@ -19,6 +19,9 @@ namespace test {
 struct ChildOptions {
     std::wstring directory;       ///< its current directory; empty: that of the test
     bool inheritHandles = false;  ///< whether it gets the handles of the test that can be inherited
+    HANDLE input = nullptr;   ///< its standard streams, which have to be inheritable; null: those of the test, or, if
+    HANDLE output = nullptr;  ///< another one is given, none
+    HANDLE error = nullptr;
 };
 
 /// A running program. One that still runs at the end of the object is ended.

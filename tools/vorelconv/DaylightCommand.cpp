@@ -84,8 +84,8 @@ private:
     }
 
     void decode(std::string_view text, std::string& result) {
-        m_text.clear();
-        std::copy(text.begin(), text.end(), m_text.reserve(static_cast<unsigned int>(text.size()), true));
+        const std::wstring wide(text.begin(), text.end());
+        m_text = WideString(wide.c_str(), static_cast<unsigned int>(wide.size()));
         vorel::util::Daylight::Decode(m_text, m_bytes);
         result.append(reinterpret_cast<const char*>(m_bytes.data()), m_bytes.size());
     }

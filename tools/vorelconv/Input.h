@@ -8,7 +8,7 @@
 #include <string>
 
 #include "support/CommandLine.h"
-#include "support/Handle.h"
+#include "support/OwnedHandle.h"
 
 namespace conv {
 
@@ -37,8 +37,8 @@ private:
 
     std::wstring m_name;
     std::optional<std::uint64_t> m_size;
-    tools::Handle m_file;      // empty for the standard input
-    void* m_handle = nullptr;  // null: only m_pending is there
+    tools::OwnedHandle m_file;  // empty for the standard input
+    void* m_handle = nullptr;   // null: only m_pending is there
     bool m_isConsole = false;
     std::string m_pending;  // of --text, or of a console's line
 };

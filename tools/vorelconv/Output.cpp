@@ -28,8 +28,8 @@ bool Output::openDevice() {
     if ((attributes & FILE_ATTRIBUTE_DIRECTORY) != 0) {
         throw tools::Failure(m_name + L": is a folder, the name of a file is expected");
     }
-    tools::Handle device(CreateFileW(m_name.c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
-                                     OPEN_EXISTING, 0, nullptr));
+    tools::OwnedHandle device(CreateFileW(m_name.c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
+                                          OPEN_EXISTING, 0, nullptr));
     if (!device) {
         throw tools::systemFailure(m_name, L"cannot be written");
     }
@@ -45,8 +45,8 @@ void Output::openUnfinished() {
     for (unsigned int number = 0;; ++number) {
         m_unfinished =
             m_name + L".unfinished-" + std::to_wstring(GetCurrentProcessId()) + L"-" + std::to_wstring(number);
-        m_file = tools::Handle(CreateFileW(m_unfinished.c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr, CREATE_NEW,
-                                           FILE_ATTRIBUTE_NORMAL, nullptr));
+        m_file = tools::OwnedHandle(CreateFileW(m_unfinished.c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr,
+                                                CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr));
         if (m_file) {
             return;
         }

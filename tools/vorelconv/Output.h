@@ -8,7 +8,7 @@
 #include <string_view>
 
 #include "support/CommandLine.h"
-#include "support/Handle.h"
+#include "support/OwnedHandle.h"
 
 namespace conv {
 
@@ -38,7 +38,7 @@ private:
 
     std::wstring m_name;
     std::wstring m_unfinished;  // the path that is written to; empty when nothing has to be renamed
-    tools::Handle m_file;
+    tools::OwnedHandle m_file;
     std::uint64_t m_written = 0;
     bool m_committed = false;
 };

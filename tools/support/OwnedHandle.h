@@ -8,21 +8,21 @@
 
 namespace tools {
 
-class Handle {
+class OwnedHandle {
 public:
-    Handle() noexcept = default;
+    OwnedHandle() noexcept = default;
 
     /// Takes over `handle`; INVALID_HANDLE_VALUE and null own nothing.
-    explicit Handle(HANDLE handle) noexcept : m_handle(handle == INVALID_HANDLE_VALUE ? nullptr : handle) {}
+    explicit OwnedHandle(HANDLE handle) noexcept : m_handle(handle == INVALID_HANDLE_VALUE ? nullptr : handle) {}
 
-    Handle(const Handle&) = delete;
-    Handle& operator=(const Handle&) = delete;
-    Handle(Handle&& other) noexcept : m_handle(std::exchange(other.m_handle, nullptr)) {}
-    Handle& operator=(Handle&& other) noexcept {
+    OwnedHandle(const OwnedHandle&) = delete;
+    OwnedHandle& operator=(const OwnedHandle&) = delete;
+    OwnedHandle(OwnedHandle&& other) noexcept : m_handle(std::exchange(other.m_handle, nullptr)) {}
+    OwnedHandle& operator=(OwnedHandle&& other) noexcept {
         std::swap(m_handle, other.m_handle);
         return *this;
     }
-    ~Handle() { close(); }
+    ~OwnedHandle() { close(); }
 
     [[nodiscard]] HANDLE get() const noexcept { return m_handle; }
     explicit operator bool() const noexcept { return m_handle != nullptr; }

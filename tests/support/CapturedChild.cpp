@@ -1,0 +1,78 @@
+#include "support/CapturedChild.h"
+
+#include <stdexcept>
+#include <thread>
+
+namespace test {
+
+namespace {
+
+/// A pipe whose one end a child inherits.
+struct Pipe {
+    Pipe() {
+        HANDLE readEnd = nullptr;
+        HANDLE writeEnd = nullptr;
+        if (!CreatePipe(&readEnd, &writeEnd, nullptr, 0)) {
+            throw std::runtime_error("no pipe to be had");
+        }
+        reader = Handle(readEnd);
+        writer = Handle(writeEnd);
+    }
+
+    Handle reader;
+    Handle writer;
+};
+
+HANDLE inheritable(const Handle& handle) {
+    if (!SetHandleInformation(handle.get(), HANDLE_FLAG_INHERIT, HANDLE_FLAG_INHERIT)) {
+        throw std::runtime_error("a pipe cannot be inherited");
+    }
+    return handle.get();
+}
+
+void writeAll(Handle& pipe, std::string_view bytes) {
+    while (!bytes.empty()) {
+        DWORD written = 0;
+        if (!WriteFile(pipe.get(), bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr)) {
+            break;  // the child does not read to the end
+        }
+        bytes.remove_prefix(written);
+    }
+    pipe.close();
+}
+
+void readAll(const Handle& pipe, std::string& bytes) {
+    char block[65536];
+    for (DWORD count = 0; ReadFile(pipe.get(), block, sizeof block, &count, nullptr) && count != 0;) {
+        bytes.append(block, count);
+    }
+}
+
+}  // namespace
+
+Captured capture(const std::wstring& program, const std::vector<std::wstring>& arguments, std::string_view input,
+                 ChildOptions options) {
+    Pipe in;
+    Pipe out;
+    Pipe error;
+    options.input = inheritable(in.reader);
+    options.output = inheritable(out.writer);
+    options.error = inheritable(error.writer);
+    const ChildProcess child(program, arguments, options);
+    // A pipe ends when its last other end is closed.
+    in.reader.close();
+    out.writer.close();
+    error.writer.close();
+
+    Captured result;
+    std::thread feeding([&] { writeAll(in.writer, input); });
+    std::thread reading([&] { readAll(error.reader, result.error); });
+    readAll(out.reader, result.output);
+    feeding.join();
+    reading.join();
+    (void)child.wait();
+    result.exitCode = child.exitCode();
+    return result;
+}
+
+}  // namespace test

@@ -1,0 +1,57 @@
+#include "tools/support/Text.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using namespace std::string_literals;
+
+struct Pair {
+    const char* why;
+    std::wstring wide;
+    std::string utf8;
+};
+
+TEST(TextTest, Utf8AndBack) {
+    const Pair pairs[] = {
+        {"nothing", L"", ""},
+        {"every length of a sequence", L"a\u00E9\u20AC\xD83D\xDE00", "a\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80"},
+        {"a zero within", L"a\0b"s, "a\0b"s},
+        {"zeros at both ends", L"\0a\0"s, "\0a\0"s},
+        {"nothing but zeros", L"\0\0"s, "\0\0"s},
+        {"more than one block of the decoder", std::wstring(1000, L'\u00E9'),
+         [] {
+             std::string bytes;
+             for (int count = 0; count < 1000; ++count) {
+                 bytes += "\xC3\xA9";
+             }
+             return bytes;
+         }()},
+    };
+    for (const Pair& pair : pairs) {
+        SCOPED_TRACE(pair.why);
+        EXPECT_EQ(tools::toUtf8(pair.wide), pair.utf8);
+        EXPECT_EQ(tools::fromUtf8(pair.utf8), pair.wide);
+    }
+}
+
+TEST(TextTest, ToUtf8_LooksAtNothingBehindTheText) {
+    const std::wstring_view cut = std::wstring_view(L"a\xD83D\xDE00").substr(0, 2);
+    EXPECT_EQ(tools::toUtf8(cut), "a?");
+}
+
+TEST(TextTest, FromUtf8_GivesNothingForBytesThatStartNoSequence) {
+    EXPECT_EQ(tools::fromUtf8("abc\x80"), std::nullopt);
+    EXPECT_EQ(tools::fromUtf8("a\0\xFF"s), std::nullopt);
+}
+
+TEST(TextTest, FromUtf8_LooksAtNothingBehindTheText) {
+    // The trailing byte of the cut sequence counts as zero, whatever stands there.
+    EXPECT_EQ(tools::fromUtf8(std::string_view("a\xC3\xA9").substr(0, 2)), L"a\u00C0");
+}
+
+TEST(TextTest, Formatted) {
+    EXPECT_EQ(tools::formatted(L"%ls: %d of %u", L"name", -1, 2U), L"name: -1 of 2");
+}
+
+}  // namespace
