@@ -1,5 +1,7 @@
 #include <algorithm>
+#include <bitset>
 #include <cerrno>
+#include <cstdint>
 
 #include <windows.h>
 
@@ -17,6 +19,7 @@ namespace conv {
 namespace {
 
 constexpr std::wstring_view kName = L"vorelconv codepage";
+constexpr int kUtf7 = 65000;
 constexpr int kUtf8 = 65001;
 constexpr std::size_t kNotConverted = static_cast<std::size_t>(-1);
 
@@ -86,14 +89,16 @@ public:
     [[nodiscard]] std::size_t readableBeginning(std::string_view text, std::size_t mostUnits) const {
         constexpr std::size_t kNeighbours = 8;
         std::size_t good = 0;
-        for (std::size_t step = text.size(); step != 0; step /= 2) {
-            for (std::size_t more = 0; more < kNeighbours && good + step + more <= text.size(); ++more) {
+        for (std::size_t step = text.size(); step != 0;) {
+            const std::size_t before = good;
+            for (std::size_t more = 0; more < kNeighbours && good == before && good + step + more <= text.size();
+                 ++more) {
                 const std::size_t units = measure(text.substr(0, good + step + more));
                 if (units != kNotConverted && units <= mostUnits) {
                     good += step + more;
-                    break;
                 }
             }
+            step = good == before ? step / 2 : step;
         }
         return good;
     }
@@ -191,15 +196,32 @@ private:
     std::string m_bytes;
 };
 
-/// One number in each line.
-void listCodePages() {
+using CodePages = std::bitset<0x10000>;
+
+CodePages& installedCodePages() {
+    static CodePages codePages;
+    return codePages;
+}
+
+/// The system calls back with each number as a text, and with nothing of the caller's.
+BOOL CALLBACK addCodePage(wchar_t* number) {
+    installedCodePages()[static_cast<std::uint16_t>(vorel::util::stringToInt(number, nullptr))] = true;
+    return TRUE;
+}
+
+/// The number of each code page that can be converted, in a line of its own.
+std::wstring codePageList() {
+    EnumSystemCodePagesW(addCodePage, CP_INSTALLED);
+    CodePages& candidates = installedCodePages();
+    candidates[kUtf7] = true;  // a system that has these without a file may leave them out
+    candidates[kUtf8] = true;
     std::wstring lines;
-    for (int codePage = 1; codePage < 0xFFFF; ++codePage) {
-        if (isOnSystem(codePage)) {
+    for (std::size_t codePage = 1; codePage < candidates.size(); ++codePage) {
+        if (candidates[codePage] && isOnSystem(static_cast<int>(codePage))) {
             lines += std::to_wstring(codePage) + L"\n";
         }
     }
-    tools::writeOutput(lines);
+    return lines;
 }
 
 constexpr tools::Option kFromOption = {L"from", L'f', L"codepage", L"what the input is in; without it UTF-8"};
@@ -209,7 +231,7 @@ constexpr tools::Option kListOption = {L"list", L'l', {}, L"show the numbers of 
 
 int run(const tools::Arguments& arguments) {
     if (arguments.has(kListOption.name)) {
-        listCodePages();
+        tools::writeOutput(codePageList());
         return tools::kDone;
     }
     const int from = codePageOf(arguments.value(kFromOption.name).value_or(L"UTF-8"));

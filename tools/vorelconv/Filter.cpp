@@ -83,13 +83,7 @@ private:
     bool m_ended = false;
 };
 
-}  // namespace
-
-void runFilter(const tools::Arguments& arguments, Filter& filter) {
-    watchInterrupts();
-    Input input(arguments);
-    Output output(arguments);
-    Progress progress(input.size(), !arguments.has(L"output"));
+void convertAll(Input& input, Filter& filter, Output& output, Progress& progress) {
     Window window(input);
     std::string result;
     for (bool last = false; !last;) {
@@ -106,8 +100,22 @@ void runFilter(const tools::Arguments& arguments, Filter& filter) {
         window.drop(converted);
         progress.report(window.offset());
     }
-    input.close();
-    output.commit();
+}
+
+}  // namespace
+
+void runFilter(const tools::Arguments& arguments, Filter& filter) {
+    watchInterrupts();
+    Input input(arguments);
+    Output output(arguments);
+    try {
+        Progress progress(input.size(), !arguments.has(L"output"));
+        convertAll(input, filter, output, progress);
+        input.close();
+        output.commit();
+    } catch (const tools::Failure& failure) {
+        throw tools::Failure(failure.text() + output.abandon());
+    }
 }
 
 std::wstring shown(char byte) {

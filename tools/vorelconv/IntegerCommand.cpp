@@ -119,6 +119,9 @@ constexpr tools::Option kStrictOption = {L"strict", L's', {}, L"no zeros in fron
 int run(const tools::Arguments& arguments) {
     const std::wstring name = arguments.value(kTypeOption.name).value_or(L"int64");
     if (name == L"hex") {
+        if (arguments.has(kStrictOption.name)) {
+            throw tools::WrongUse(L"--strict does not go with --type hex", L"vorelconv integer");
+        }
         HexFilter filter;
         runFilter(arguments, filter);
         return tools::kDone;

@@ -28,6 +28,9 @@ bool Output::openDevice() {
     if ((attributes & FILE_ATTRIBUTE_DIRECTORY) != 0) {
         throw tools::Failure(m_name + L": is a folder, the name of a file is expected");
     }
+    if ((attributes & FILE_ATTRIBUTE_READONLY) != 0) {
+        throw tools::Failure(m_name + L": is read-only");
+    }
     tools::OwnedHandle device(CreateFileW(m_name.c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
                                           OPEN_EXISTING, 0, nullptr));
     if (!device) {
@@ -68,31 +71,36 @@ void Output::write(std::string_view bytes) {
 }
 
 void Output::commit() {
+    if (!m_unfinished.empty()) {
+        // The last bytes may find the disk full only now.
+        if (!FlushFileBuffers(m_file.get()) || !m_file.close()) {
+            throw tools::systemFailure(m_name, L"cannot be written");
+        }
+        if (!MoveFileExW(m_unfinished.c_str(), m_name.c_str(), MOVEFILE_REPLACE_EXISTING)) {
+            throw tools::systemFailure(m_name, L"cannot be replaced");
+        }
+    }
+    m_closed = true;
+}
+
+std::wstring Output::abandon() {
+    m_closed = true;
+    m_file.close();
     if (m_unfinished.empty()) {
-        m_committed = true;
-        return;
+        return m_written == 0
+                   ? std::wstring()
+                   : L"\nThe output is unfinished, it ends behind " + std::to_wstring(m_written) + L" bytes.";
     }
-    // The last bytes may find the disk full only now.
-    if (!FlushFileBuffers(m_file.get()) || !m_file.close()) {
-        throw tools::systemFailure(m_name, L"cannot be written");
-    }
-    if (!MoveFileExW(m_unfinished.c_str(), m_name.c_str(), MOVEFILE_REPLACE_EXISTING)) {
-        throw tools::systemFailure(m_name, L"cannot be replaced");
-    }
-    m_committed = true;
+    return DeleteFileW(m_unfinished.c_str()) ? std::wstring()
+                                             : L"\nThe unfinished output is left in \"" + m_unfinished + L"\".";
 }
 
 Output::~Output() {
-    if (m_committed) {
-        return;
-    }
-    m_file.close();
-    if (!m_unfinished.empty()) {
-        if (!DeleteFileW(m_unfinished.c_str())) {
-            tools::writeError(L"The unfinished output is left in \"" + m_unfinished + L"\".\n");
+    if (!m_closed) {
+        const std::wstring left = abandon();
+        if (!left.empty()) {
+            tools::writeError(left.substr(1) + L"\n");
         }
-    } else if (m_written != 0) {
-        tools::writeError(L"The output is unfinished: it ends behind " + std::to_wstring(m_written) + L" bytes.\n");
     }
 }
 

@@ -18,7 +18,7 @@ public:
     /// \throws tools::Failure when the file cannot be made.
     explicit Output(const tools::Arguments& arguments);
 
-    /// Without `commit` before: removes the unfinished file, and says what is left behind if there is something.
+    /// Without `commit` or `abandon` before: abandons the output, and says on the error stream what that left behind.
     ~Output();
 
     Output(const Output&) = delete;
@@ -28,8 +28,12 @@ public:
     void write(std::string_view bytes);
 
     /// Everything is written: gives the file its name, in the place of one that may have it.
-    /// \throws tools::Failure when the system refuses; the unfinished file is removed then, too.
+    /// \throws tools::Failure when the system refuses.
     void commit();
+
+    /// The output will not be finished: removes the unfinished file. Returns what there is to say about what is left
+    /// behind, as a line that begins with a line feed; nothing when nothing is.
+    std::wstring abandon();
 
 private:
     void open(const std::wstring& path);
@@ -40,7 +44,7 @@ private:
     std::wstring m_unfinished;  // the path that is written to; empty when nothing has to be renamed
     tools::OwnedHandle m_file;
     std::uint64_t m_written = 0;
-    bool m_committed = false;
+    bool m_closed = false;  // committed or abandoned
 };
 
 }  // namespace conv

@@ -157,7 +157,7 @@ int run(const tools::Arguments& arguments) {
     const bool littleEndian = !arguments.has(kBigOption.name);
     if (arguments.has(kDecodeOption.name)) {
         if (arguments.has(kMarkOption.name)) {
-            throw tools::WrongUse(L"--decode goes not with --mark", L"vorelconv utf16");
+            throw tools::WrongUse(L"--mark does not go with --decode", L"vorelconv utf16");
         }
         Utf16Decoder decoder(littleEndian);
         runFilter(arguments, decoder);

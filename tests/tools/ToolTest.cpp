@@ -1,0 +1,90 @@
+#include "tools/support/Tool.h"
+
+#include <new>
+#include <optional>
+#include <stdexcept>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <vorel/exceptions/Exception.h>
+#include <windows.h>
+
+#include "support/Handle.h"
+#include "support/TemporaryLog.h"
+
+namespace {
+
+/// The error stream of this process as a file, until the end of the object.
+class CapturedErrors {
+public:
+    CapturedErrors()
+        : m_path(m_folder.file("errors")),
+          m_file(CreateFileA(m_path.c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr, CREATE_NEW, 0, nullptr)),
+          m_before(GetStdHandle(STD_ERROR_HANDLE)) {
+        SetStdHandle(STD_ERROR_HANDLE, m_file.get());
+    }
+    ~CapturedErrors() { SetStdHandle(STD_ERROR_HANDLE, m_before); }
+
+    CapturedErrors(const CapturedErrors&) = delete;
+    CapturedErrors& operator=(const CapturedErrors&) = delete;
+
+    [[nodiscard]] std::optional<std::string> text() const { return test::readFileBytes(m_path); }
+
+private:
+    test::TemporaryFolder m_folder;
+    std::string m_path;
+    test::Handle m_file;
+    HANDLE m_before;
+};
+
+struct Ending {
+    const char* why;
+    int (*body)();
+    int exitCode;
+    std::string error;
+};
+
+TEST(ToolTest, Run_TellsWhatIsThrownAndReturnsItsExitCode) {
+    const Ending endings[] = {
+        {"a result", [] { return 7; }, 7, ""},
+        {"a failure", []() -> int { throw tools::Failure(L"a.txt: l\u00E4uft nicht"); }, tools::kFailed,
+         "tool: a.txt: l\xC3\xA4uft nicht\n"},
+        {"wrong use", []() -> int { throw tools::WrongUse(L"no command"); }, tools::kWrongUse,
+         "tool: no command\nTry \"tool --help\".\n"},
+        {"wrong use of a command", []() -> int { throw tools::WrongUse(L"no file", L"tool copy"); }, tools::kWrongUse,
+         "tool: no file\nTry \"tool copy --help\".\n"},
+        {"a reader who is gone", []() -> int { throw tools::OutputClosed(); }, tools::kFailed, ""},
+        {"an exception of the library", []() -> int { throw vorel::Exception(L"it broke"); }, tools::kFailed,
+         "tool: it broke\n"},
+        {"no memory", []() -> int { throw std::bad_alloc(); }, tools::kFailed, "tool: not enough memory\n"},
+        {"another exception", []() -> int { throw std::runtime_error("odd"); }, tools::kFailed, "tool: odd\n"},
+        {"what is no exception", []() -> int { throw 5; }, tools::kFailed, ""},
+    };
+    for (const Ending& ending : endings) {
+        SCOPED_TRACE(ending.why);
+        const CapturedErrors errors;
+        EXPECT_EQ(tools::run(L"tool", ending.body), ending.exitCode);
+        EXPECT_EQ(errors.text(), ending.error);
+    }
+}
+
+TEST(ToolTest, Run_LeavesTheErrorLogAlone) {
+    const test::TemporaryLog log;
+    const CapturedErrors errors;
+    EXPECT_EQ(tools::run(L"tool", []() -> int { throw vorel::Exception(L"it broke"); }), tools::kFailed);
+    EXPECT_FALSE(log.exists());
+}
+
+TEST(ToolTest, SystemFailure_NamesThePlaceTheSystemsReasonAndItsNumber) {
+    SetLastError(ERROR_FILE_NOT_FOUND);
+    const tools::Failure failure = tools::systemFailure(L"a.txt", L"cannot be opened");
+    EXPECT_THAT(failure.text(), ::testing::StartsWith(L"a.txt: cannot be opened: "));
+    EXPECT_THAT(failure.text(), ::testing::EndsWith(L" (error 2)"));
+    EXPECT_EQ(tools::systemFailure(L"x", L"fails", 0x20000001).text(), L"x: fails (error 536870913)");
+}
+
+TEST(ToolTest, VersionText) {
+    EXPECT_THAT(tools::versionText(L"tool"), ::testing::StartsWith(L"tool "));
+}
+
+}  // namespace

@@ -1,0 +1,95 @@
+#include "Vorelconv.h"
+
+namespace {
+
+using test::vorelconv;
+using test::Words;
+using ::testing::AllOf;
+using ::testing::HasSubstr;
+using ::testing::MatchesRegex;
+using ::testing::StartsWith;
+
+const std::wstring kCommands[] = {L"base64", L"daylight", L"hex",  L"url",   L"utf16", L"codepage", L"integer",
+                                  L"double", L"boolean",  L"list", L"range", L"sort",  L"compare",  L"version"};
+
+std::string narrow(const std::wstring& ascii) {
+    return {ascii.begin(), ascii.end()};
+}
+
+TEST(VorelconvTest, HelpNamesEveryCommand) {
+    for (const Words& arguments : {Words{L"--help"}, Words{L"-h"}}) {
+        const test::Captured run = vorelconv(arguments);
+        EXPECT_EQ(run.exitCode, test::kDone);
+        EXPECT_EQ(run.error, "");
+        EXPECT_THAT(run.output, HasSubstr("Usage: vorelconv <command> [options] [input]\n"));
+        for (const std::wstring& command : kCommands) {
+            EXPECT_THAT(run.output, HasSubstr("\n  " + narrow(command) + " "));
+        }
+    }
+}
+
+TEST(VorelconvTest, EveryCommandHasHelp) {
+    for (const std::wstring& command : kCommands) {
+        SCOPED_TRACE(narrow(command));
+        const test::Captured run = vorelconv({command, L"--help"});
+        EXPECT_EQ(run.exitCode, test::kDone);
+        EXPECT_EQ(run.error, "");
+        EXPECT_THAT(run.output, AllOf(StartsWith("vorelconv " + narrow(command) + ": "),
+                                      HasSubstr("\nUsage: vorelconv " + narrow(command) + " [options] "),
+                                      HasSubstr("  -h, --help")));
+    }
+}
+
+TEST(VorelconvTest, Version) {
+    const test::Captured run = vorelconv({L"--version"});
+    EXPECT_EQ(run.exitCode, test::kDone);
+    EXPECT_THAT(run.output, MatchesRegex("vorelconv \\d+\\.\\d+\\.\\d+\n"));
+}
+
+struct WrongUse {
+    Words arguments;
+    std::string message;
+    std::string helpCommand;
+};
+
+TEST(VorelconvTest, WrongUseIsToldWithExitCode2) {
+    const WrongUse uses[] = {
+        {{}, "a command is expected", "vorelconv"},
+        {{L"base65"}, "unknown command: \"base65\"", "vorelconv"},
+        {{L"--decode"}, "unknown command: \"--decode\"", "vorelconv"},
+        {{L"base64", L"--upper"}, "unknown option --upper", "vorelconv base64"},
+        {{L"hex", L"a", L"b"}, "\"b\" is one argument too many", "vorelconv hex"},
+        {{L"hex", L"--text", L"x", L"a"}, "--text and the file \"a\" cannot both be the input", "vorelconv"},
+        {{L"url", L"--component", L"host"},
+         "--component takes path, segment, query or parameter, not \"host\"",
+         "vorelconv url"},
+        {{L"url", L"-c", L"path", L"--plus"},
+         "--component has rules of its own, and goes with neither --reserved nor --plus",
+         "vorelconv url"},
+        {{L"url", L"--decode", L"--reserved"}, "--decode goes only with --plus", "vorelconv url"},
+        {{L"utf16", L"--decode", L"--mark"}, "--mark does not go with --decode", "vorelconv utf16"},
+        {{L"codepage", L"--from", L"latin-99"}, "\"latin-99\" is no name of a code page", "vorelconv codepage"},
+        {{L"integer", L"--type", L"int8"},
+         "--type takes int64, uint64, int32, uint32 or hex, not \"int8\"",
+         "vorelconv integer"},
+        {{L"integer", L"--type", L"hex", L"--strict"}, "--strict does not go with --type hex", "vorelconv integer"},
+        {{L"list", L"--type", L"float"},
+         "--type takes text, integer, unsigned, double or boolean, not \"float\"",
+         "vorelconv list"},
+        {{L"list", L"--type", L"double", L"--join"},
+         "--join, --delimiter and --trim go with --type text only",
+         "vorelconv list"},
+        {{L"list", L"--delimiter", L""}, "--delimiter needs at least one character", "vorelconv list"},
+        {{L"compare", L"a"}, "too few arguments, expected: <text> <text>", "vorelconv compare"},
+        {{L"version", L"1", L"2", L"3"}, "\"3\" is one argument too many", "vorelconv version"},
+    };
+    for (const WrongUse& use : uses) {
+        SCOPED_TRACE(use.message);
+        const test::Captured run = vorelconv(use.arguments);
+        EXPECT_EQ(run.exitCode, test::kWrongUse);
+        EXPECT_EQ(run.output, "");
+        EXPECT_EQ(run.error, "vorelconv: " + use.message + "\nTry \"" + use.helpCommand + " --help\".\n");
+    }
+}
+
+}  // namespace
