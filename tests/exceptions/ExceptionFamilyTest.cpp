@@ -85,7 +85,7 @@ const std::vector<Case>& cases() {
         built<DiffWarningException>("DiffWarningWide", "1 differs", L"%d differs", 1),
         built<DiffWarningException>("DiffWarningNarrow", "1 differs", "%d differs", 1),
         built<InvalidIndexException>("InvalidIndexWide", "no 7", L"no %d", 7),
-        built<InvalidIndexException>("InvalidIndexNarrow", "no 7", "no %hs", "7"),
+        built<InvalidIndexException>("InvalidIndexNarrow", "no 7", "no %s", "7"),
         built<BadParameterException>("BadParameter",
                                      R"(Parameter "mode" value "fast" is unrecognized; perhaps your system )"
                                      "components need updating?",

@@ -46,7 +46,7 @@ TEST(Exception, DefaultHasNoMessageAndLogsNothing) {
 TEST(Exception, IsBuiltFromWideAndNarrowFormatsAndLogsAtOnce) {
     const TemporaryLog log;
     const Exception wide(L"%ls has %d", L"wide", 4);
-    const Exception narrow("%hs has %d", "narrow", 6);
+    const Exception narrow("%s has %d", "narrow", 6);
     EXPECT_STREQ(wide.what(), L"wide has 4");
     EXPECT_STREQ(narrow.what(), L"narrow has 6");
     EXPECT_EQ(log.messages(), (Texts{"Vorel Error: wide has 4", "Vorel Error: narrow has 6"}));

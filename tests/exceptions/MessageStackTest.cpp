@@ -32,7 +32,7 @@ TEST(MessageStack, MessagesOfEveryLengthAroundTheBufferAreWhole) {
         const std::wstring wide(length, L'x');
         const std::string narrow(length, 'y');
         Exception e(L"%ls", wide.c_str());
-        e.appendMessage("%hs", narrow.c_str());
+        e.appendMessage("%s", narrow.c_str());
         EXPECT_EQ(messagesOf(e), (Messages{wide, std::wstring(length, L'y')})) << length;
         EXPECT_EQ(log.messages(), (Texts{"Vorel Error: " + std::string(length, 'x'), "Vorel Error: " + narrow}))
             << length;

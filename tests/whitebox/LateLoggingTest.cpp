@@ -40,11 +40,11 @@ public:
 
 private:
     static void logAll(const char* when) {
-        const Exception e("%hs, state: %hs", when, vorel::detail::libraryState() ? "there" : "gone");
+        const Exception e("%s, state: %s", when, vorel::detail::libraryState() ? "there" : "gone");
         Exception::setDebugTarget("Late", true);
-        Exception::debug("Late", "target: %hs", when);
+        Exception::debug("Late", "target: %s", when);
         Exception::DisableThreadErrorLogging(true);
-        Exception::warn("%hs, silenced: %d", when, Exception::IsThreadErrorLoggingDisabled());
+        Exception::warn("%s, silenced: %d", when, Exception::IsThreadErrorLoggingDisabled());
         Exception::DisableThreadErrorLogging(false);
     }
 
