@@ -16,6 +16,9 @@ constexpr bool isDigit(T c) noexcept {
     return c >= '0' && c <= '9';
 }
 
+/// What lies between the two cases of a letter.
+inline constexpr unsigned int kCaseBit = 'a' - 'A';
+
 /// Folds A to Z, and nothing else, to a to z.
 template <class T>
 constexpr T foldCase(T c) noexcept {

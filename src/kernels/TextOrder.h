@@ -54,6 +54,12 @@ int compareNumbers(const T*& a, const T*& b) noexcept {
 }
 
 template <class T>
+constexpr bool isLetter(T c) noexcept {
+    const T folded = foldCase(c);
+    return folded >= 'a' && folded <= 'z';
+}
+
+template <class T>
 constexpr bool isSlash(T c) noexcept {
     return c == '/' || c == '\\';
 }
@@ -71,10 +77,16 @@ template <class T>
             }
             continue;
         }
+        // No rule tells the same characters apart, and case is all that lies between two letters here.
+        const auto difference = static_cast<unsigned int>(*a ^ *b);
+        if ((difference == 0 && *a) || (difference == kCaseBit && rules.ignoreCase && isLetter(*a))) {
+            ++a;
+            ++b;
+            continue;
+        }
         const T first = rules.ignoreCase ? foldCase(*a) : *a;
         const T second = rules.ignoreCase ? foldCase(*b) : *b;
-        const bool equal = first == second || (rules.slashesEqual && isSlash(first) && isSlash(second));
-        if (!equal) {
+        if (first != second && !(rules.slashesEqual && isSlash(first) && isSlash(second))) {
             return first - second;
         }
         if (!first) {
