@@ -76,14 +76,16 @@ std::size_t decodeShortText(const unsigned char* text, int length, Unit* out, st
             *out++ = static_cast<Unit>(lead << 12 | trailing(1) << 6 | trailing(2));
             byte += 3;
         } else if ((lead & 0xF1) == 0xF0) {
-            const std::uint32_t value = (lead & 0x0F) << 18 | trailing(1) << 12 | trailing(2) << 6 | trailing(3);
-            if (value < 0x10000) {
-                return kNotShort;
-            }
-            const std::uint32_t pair = 0xDC00D7C0 + (value >> 10) + ((value & 0x3FF) << 16);
-            std::memcpy(out, &pair, sizeof pair);
-            out += 2;
-            byte += 4;
+            do {  // where one is, there are mostly more
+                const std::uint32_t value = (*byte & 0x0Fu) << 18 | trailing(1) << 12 | trailing(2) << 6 | trailing(3);
+                if (value < 0x10000) {
+                    return kNotShort;
+                }
+                const std::uint32_t pair = 0xDC00D7C0 + (value >> 10) + ((value & 0x3FF) << 16);
+                std::memcpy(out, &pair, sizeof pair);
+                out += 2;
+                byte += 4;
+            } while (byte < end && out <= lastPair && (*byte & 0xF1) == 0xF0);
         } else if (lead == 0) {
             break;
         } else {
