@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
-#include <string_view>
+#include <string>
 
 namespace fuzz {
 
@@ -19,7 +19,7 @@ inline void check(bool holds, const char* rule) noexcept {
 
 /// Whether the text from `begin` to `end` is `expected`, widened where it is wide.
 template <class T>
-bool isText(const T* begin, const T* end, std::string_view expected) noexcept {
+bool isText(const T* begin, const T* end, const std::string& expected) noexcept {
     return std::equal(begin, end, expected.begin(), expected.end());
 }
 

@@ -1,0 +1,16 @@
+// The length of a narrow text, wherever in its pages it lies.
+
+#include <cstdint>
+#include <string>
+
+#include "kernels/TextLength.h"
+#include "support/Input.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    fuzz::Input input(data, size);
+    const fuzz::Surroundings around = input.surroundings();
+    const std::string text = fuzz::upToZero(input.rest());
+    const char* const placed = fuzz::inputPages().copyText(text, around);
+    fuzz::check(vorel::kernels::textLength(placed) == text.size(), "the length is that up to the terminator");
+    return 0;
+}
