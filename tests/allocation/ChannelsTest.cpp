@@ -1,6 +1,8 @@
 // The diagnostic channels under a failing heap: each call leaves a line, whole, or cut and marked as such.
 
 #include <algorithm>
+#include <cstdarg>
+#include <cstdio>
 #include <initializer_list>
 #include <string>
 #include <string_view>
@@ -103,6 +105,14 @@ void warnWide(Trial& trial) {
     expectLine(trial, {"WARN", "", false}, [] { Exception::warn(L"%ls", kWide.c_str()); });
 }
 
+void swigwarnNarrow(Trial& trial) {
+    expectLine(trial, {"WARN", "", true}, [] { Exception::swigwarn("%s", kNarrow.c_str()); });
+}
+
+void swigwarnWide(Trial& trial) {
+    expectLine(trial, {"WARN", "", false}, [] { Exception::swigwarn(L"%ls", kWide.c_str()); });
+}
+
 void warnOfClass(Trial& trial) {
     expectLine(trial, {"WARN", "Parser::run: ", false},
                [] { Exception::warnClass(L"Parser", L"run", L"%ls", kWide.c_str()); });
@@ -116,6 +126,24 @@ void debugNarrow(Trial& trial) {
 void debugWide(Trial& trial) {
     const ActiveTarget target(L"Parser");
     expectLine(trial, {"DEBUG", "Parser: ", false}, [] { Exception::debug(L"Parser", L"%ls", kWide.c_str()); });
+}
+
+template <class T>
+void vDebug(const T* target, const T* format, ...) {
+    va_list args;
+    va_start(args, format);
+    Exception::vDebug(target, format, args);
+    va_end(args);
+}
+
+void vDebugNarrow(Trial& trial) {
+    const ActiveTarget target("Parser");
+    expectLine(trial, {"DEBUG", "Parser: ", true}, [] { vDebug("Parser", "%s", kNarrow.c_str()); });
+}
+
+void vDebugWide(Trial& trial) {
+    const ActiveTarget target(L"Parser");
+    expectLine(trial, {"DEBUG", "Parser: ", false}, [] { vDebug(L"Parser", L"%ls", kWide.c_str()); });
 }
 
 void debugOfClass(Trial& trial) {
@@ -150,11 +178,29 @@ void logOfClass(Trial& trial) {
                [] { Exception::logClass(nullptr, -1, L"Import", L"Parser", L"run", L"%ls", kWide.c_str()); });
 }
 
+/// What does nothing, and what asks whether a target is active, asks for no memory.
+void silentOperations(Trial& trial) {
+    const ActiveTarget target("Parser");
+    trial.perform([] {
+        Exception::trace("%s", kNarrow.c_str());
+        Exception::trace(L"%ls", kWide.c_str());
+        Exception::traceClass(L"Parser", L"run", L"%ls", kWide.c_str());
+        Exception::traceCallStack(stderr);
+        Exception::debug("another target", "%s", kNarrow.c_str());
+        Exception::debugClass(L"Parser", L"run", L"another target", L"%ls", kWide.c_str());
+    });
+    trial.expectCompleted();
+    EXPECT_EQ(trial.requests(), 0u);
+    EXPECT_EQ(trial.logged().size(), 0u);
+}
+
 const std::vector<Operation>& operations() {
     static const std::vector<Operation> kOperations = {
-        {"Warn_Narrow", warnNarrow},   {"Warn_Wide", warnWide},   {"WarnClass", warnOfClass},
-        {"Debug_Narrow", debugNarrow}, {"Debug_Wide", debugWide}, {"DebugClass", debugOfClass},
-        {"Log_Narrow", logNarrow},     {"Log_Wide", logWide},     {"LogClass", logOfClass},
+        {"Warn_Narrow", warnNarrow},         {"Warn_Wide", warnWide},         {"WarnClass", warnOfClass},
+        {"Debug_Narrow", debugNarrow},       {"Debug_Wide", debugWide},       {"DebugClass", debugOfClass},
+        {"Log_Narrow", logNarrow},           {"Log_Wide", logWide},           {"LogClass", logOfClass},
+        {"SwigWarn_Narrow", swigwarnNarrow}, {"SwigWarn_Wide", swigwarnWide}, {"VDebug_Narrow", vDebugNarrow},
+        {"VDebug_Wide", vDebugWide},         {"Silent", silentOperations},
     };
     return kOperations;
 }

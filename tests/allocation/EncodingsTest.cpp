@@ -109,48 +109,72 @@ void hexDecode(Trial& trial) {
     decodeOnce(trial, 200, 320, {}, [&](Array<unsigned char>& bytes) { util::Hex::Decode(text, bytes); });
 }
 
+template <class T, bool Counted>
 void hexStringToByteArray(Trial& trial) {
-    const std::string text(400, 'E');
-    decodeOnce(trial, 200, 320, {},
-               [&](Array<unsigned char>& bytes) { util::hexStringToByteArray(text.c_str(), bytes); });
-}
-
-void urlOnce(Trial& trial, void (*convert)(const char*, BaseString<char>&)) {
-    const std::string text(100, 'x');
-    BaseString<char> output;
-    trial.perform([&] { convert(text.c_str(), output); });
-    EXPECT_EQ(trial.completed(), !trial.refused());
-    if (trial.completed()) {
-        EXPECT_EQ(trial.requests(), 1u);
-        EXPECT_EQ(output, text.c_str());
-    } else {
-        EXPECT_EQ(trial.thrown(), typeid(vorel::MemoryException).name());
-        EXPECT_TRUE(output.empty());
-    }
-}
-
-void urlEncode(Trial& trial) {
-    urlOnce(trial, [](const char* text, BaseString<char>& output) { util::urlEncode(text, output, true, true); });
-}
-
-void urlEncodeComponent(Trial& trial) {
-    urlOnce(trial, [](const char* text, BaseString<char>& output) {
-        util::urlEncodeComponent(text, output, util::UrlQueryParameter);
+    const std::basic_string<T> text(400, T{'E'});
+    decodeOnce(trial, 200, 320, {}, [&](Array<unsigned char>& bytes) {
+        if constexpr (Counted) {
+            util::hexStringToByteArray(text.c_str(), 400, bytes);
+        } else {
+            util::hexStringToByteArray(text.c_str(), bytes);
+        }
     });
 }
 
-void urlDecode(Trial& trial) {
-    urlOnce(trial, [](const char* text, BaseString<char>& output) { util::urlDecode(text, output, 1); });
+/// A conversion for URLs of 100 units that stay as they are.
+template <class T>
+using UrlConversion = void (*)(const T* text, BaseString<T>& output);
+
+template <class T>
+void urlOnce(Trial& trial, UrlConversion<T> convert) {
+    const std::basic_string<T> text(100, T{'x'});
+    BaseString<T> output;
+    trial.perform([&] { convert(text.c_str(), output); });
+    trial.expectMemoryOrDone();
+    if (trial.completed()) {
+        EXPECT_EQ(output, text.c_str());
+    } else {
+        EXPECT_TRUE(output.empty());
+    }
+    if (sizeof(T) == 1 && trial.completed()) {
+        EXPECT_EQ(trial.requests(), 1u) << "narrow text is measured first";
+    }
+}
+
+template <class T>
+void addUrlConversions(std::vector<Operation>& all, const std::string& width) {
+    const auto add = [&](const std::string& name, UrlConversion<T> convert) {
+        all.push_back({name + width, [convert](Trial& trial) { urlOnce<T>(trial, convert); }});
+    };
+    add("UrlEncode", [](const T* text, BaseString<T>& output) { util::urlEncode(text, output, true, true); });
+    add("UrlEncode_Anew", [](const T* text, BaseString<T>& output) { output = util::urlEncode(text, true, true); });
+    add("UrlEncodeComponent",
+        [](const T* text, BaseString<T>& output) { util::urlEncodeComponent(text, output, util::UrlQueryParameter); });
+    add("UrlEncodeComponent_Anew",
+        [](const T* text, BaseString<T>& output) { output = util::urlEncodeComponent(text, util::UrlQueryParameter); });
+    add("UrlDecode", [](const T* text, BaseString<T>& output) { util::urlDecode(text, output, 1); });
+    add("UrlDecode_Anew", [](const T* text, BaseString<T>& output) { output = util::urlDecode(text); });
+}
+
+/// Escapes that are no UTF-8: the failure is the one of the text, or of memory.
+void urlDecodeWrongText(Trial& trial) {
+    BaseString<wchar_t> output(L"old");
+    trial.perform([&] { util::urlDecode(L"abc%FF", output, 0); });
+    EXPECT_FALSE(trial.completed());
+    const bool isMemory = trial.thrown() == typeid(vorel::MemoryException).name();
+    EXPECT_TRUE(trial.thrown() == typeid(vorel::Exception).name() || (trial.refused() && isMemory)) << trial.thrown();
+    const heap::Unwatched unwatched;
+    ASSERT_FALSE(trial.logged().empty());
+    EXPECT_TRUE(trial.logged()[0].starts_with(isMemory ? "Vorel Error: No more memory is available: "
+                                                       : "Vorel Error: Error converting UTF-8 character ("))
+        << trial.logged()[0];
 }
 
 void urlOfWideText(Trial& trial) {
     const std::wstring text(100, L'\u00E9');
     BaseString<wchar_t> output;
     trial.perform([&] { util::urlEncode(text.c_str(), output, true, true); });
-    EXPECT_EQ(trial.completed(), !trial.refused());
-    if (!trial.completed()) {
-        EXPECT_EQ(trial.thrown(), typeid(vorel::MemoryException).name());
-    }
+    trial.expectMemoryOrDone();
 }
 
 /// The map of names is filled at the first look; when that fails, the next look fills it anew.
@@ -174,25 +198,55 @@ void fillTheNames(Trial& trial) {
     state->codePageNames.clear();
 }
 
-INSTANTIATE_TEST_SUITE_P(Encodings, FailingHeap,
-                         underBothFailures({{"Base64Encode_Narrow", base64EncodeNarrow},
-                                            {"Base64Encode_Wide", base64EncodeWide},
-                                            {"Base64EncodeRange_Narrow", base64EncodeRangeNarrow},
-                                            {"Base64EncodeRange_Wide", base64EncodeRangeWide},
-                                            {"Base64Decode", base64Decode},
-                                            {"Base64Decode_Short", base64DecodeShort},
-                                            {"DaylightEncode", daylightEncode},
-                                            {"DaylightDecode", daylightDecode},
-                                            {"HexEncode", hexEncode},
-                                            {"HexDecode", hexDecode},
-                                            {"ByteArrayToHexString_Narrow", byteArrayToHexString<char>},
-                                            {"ByteArrayToHexString_Wide", byteArrayToHexString<wchar_t>},
-                                            {"HexStringToByteArray", hexStringToByteArray},
-                                            {"UrlEncode", urlEncode},
-                                            {"UrlEncodeComponent", urlEncodeComponent},
-                                            {"UrlDecode", urlDecode},
-                                            {"UrlOfWideText", urlOfWideText},
-                                            {"FillTheNames", fillTheNames}}),
-                         failingHeapName);
+/// Converters, once the names are known: the system converts into the caller's storage.
+void convertByCodePage(Trial& trial) {
+    util::iconv_open("UTF-8", nullptr);
+    char bytes[8] = {};
+    wchar_t units[8] = {};
+    bool defaultUsed = true;
+    trial.perform([&] {
+        const int toUtf8 = util::iconv_open("UTF-8", nullptr);
+        const int fromUtf8 = util::iconv_open(nullptr, "UTF-8");
+        util::iconv_from_wc(util::iconv_open_codepage(1252, 0), L"abc", 4, bytes, sizeof bytes, &defaultUsed);
+        util::iconv_from_wc(toUtf8, L"abc", 4, bytes, sizeof bytes, nullptr);
+        util::iconv_to_wc(fromUtf8, bytes, 4, units, 8);
+        util::iconv_getCodePage("utf-8");
+        util::iconv_isCheckDefaultValid(1252);
+        util::iconv_reset(toUtf8);
+        util::iconv_close(toUtf8);
+    });
+    trial.expectCompleted();
+    EXPECT_EQ(trial.requests(), 0u);
+    EXPECT_STREQ(units, L"abc");
+    EXPECT_FALSE(defaultUsed);
+}
+
+std::vector<Operation> operations() {
+    std::vector<Operation> all = {{"Base64Encode_Narrow", base64EncodeNarrow},
+                                  {"Base64Encode_Wide", base64EncodeWide},
+                                  {"Base64EncodeRange_Narrow", base64EncodeRangeNarrow},
+                                  {"Base64EncodeRange_Wide", base64EncodeRangeWide},
+                                  {"Base64Decode", base64Decode},
+                                  {"Base64Decode_Short", base64DecodeShort},
+                                  {"DaylightEncode", daylightEncode},
+                                  {"DaylightDecode", daylightDecode},
+                                  {"HexEncode", hexEncode},
+                                  {"HexDecode", hexDecode},
+                                  {"ByteArrayToHexString_Narrow", byteArrayToHexString<char>},
+                                  {"ByteArrayToHexString_Wide", byteArrayToHexString<wchar_t>},
+                                  {"HexStringToByteArray_Narrow", hexStringToByteArray<char, false>},
+                                  {"HexStringToByteArray_NarrowCounted", hexStringToByteArray<char, true>},
+                                  {"HexStringToByteArray_Wide", hexStringToByteArray<wchar_t, false>},
+                                  {"HexStringToByteArray_WideCounted", hexStringToByteArray<wchar_t, true>},
+                                  {"UrlOfWideText", urlOfWideText},
+                                  {"UrlDecode_OfAWrongText", urlDecodeWrongText},
+                                  {"FillTheNames", fillTheNames},
+                                  {"ConvertByCodePage", convertByCodePage}};
+    addUrlConversions<char>(all, "_Narrow");
+    addUrlConversions<wchar_t>(all, "_Wide");
+    return all;
+}
+
+INSTANTIATE_TEST_SUITE_P(Encodings, FailingHeap, underBothFailures(operations()), failingHeapName);
 
 }  // namespace

@@ -5,6 +5,7 @@
 #include <typeinfo>
 #include <vector>
 
+#include "allocation/MessageTexts.h"
 #include "allocation/Walker.h"
 #include "support/Expect.h"
 #include "vorel/core/Protocol.h"
@@ -14,46 +15,6 @@ namespace {
 
 using vorel::Exception;
 using Texts = std::vector<std::wstring>;
-
-constexpr std::size_t kLong = 10000;
-constexpr std::size_t kCut = 7999;       // what the buffer of a message holds
-constexpr std::size_t kLogBytes = 8185;  // what the buffer of a log line holds
-
-const std::wstring kNoMemoryForText = L"Out of memory for text conversion";
-
-/// Whether the message at `index` of `e` is `text`, or what is left of it where memory was refused.
-void expectMessage(const Trial& trial, const Exception& e, unsigned int index, const std::wstring& text) {
-    const heap::Unwatched unwatched;
-    if (!trial.refused()) {
-        ASSERT_GT(e.getMessageTotal(), index);
-        EXPECT_EQ(e.getErrorMessage(index), text);
-        return;
-    }
-    const std::wstring found = e.getErrorMessage(index);
-    EXPECT_TRUE(found.empty() || found == text || found == text.substr(0, kCut) || found == kNoMemoryForText) << index;
-}
-
-/// Whether the last line of the log is `text` under `prefix`, or what is left of it where memory was refused.
-void expectLastLine(const Trial& trial, const std::string& prefix, const std::string& text) {
-    const heap::Unwatched unwatched;
-    ASSERT_FALSE(trial.logged().empty());
-    const std::string& line = trial.logged().back();
-    const std::string whole = prefix + ": " + text;
-    if (!trial.refused()) {
-        EXPECT_EQ(line, whole);
-        return;
-    }
-    const std::string cut = prefix + " Truncated: " + text.substr(0, kCut);
-    const std::string cutByLog = prefix + ": " + text.substr(0, kLogBytes);
-    const std::string noMemory = prefix + ": Out of memory for text conversion";
-    EXPECT_TRUE(line == whole || line == cutByLog || line == noMemory || line == prefix + ": " ||
-                (text.size() > kCut && (line == cut || line == prefix + " Truncated: ")))
-        << line.substr(0, 100);
-}
-
-std::string narrowed(const std::wstring& text) {
-    return {text.begin(), text.end()};
-}
 
 template <class T>
 struct Format;
@@ -171,25 +132,6 @@ void thrownThroughAFrame(Trial& trial) {
              [](Exception& e) { vorel::detail::guarded(L"vorel::util::run", [&] { e.rethrow(); }); });
 }
 
-void caughtByClass(Trial& trial) {
-    Exception e(L"a message");
-    trial.perform([&] { e.catchClass(L"Parser", L"run"); });
-    trial.expectCompleted();
-    EXPECT_EQ(e.getMessageTotal(), 0u);
-    expectLastLine(trial, "Vorel Error", "Parser::run: Vorel exception caught");
-}
-
-void severeErrorThrown(Trial& trial) {
-    trial.perform([] { Exception::throwSevereClass(L"Parser", L"run"); });
-    trial.expectThrown(typeid(Exception).name(), {L"Parser::run: Severe error thrown"});
-}
-
-void severeErrorCaught(Trial& trial) {
-    trial.perform([] { Exception::catchSevereGeneric(L"%ls-%d", L"Parser", 7); });
-    trial.expectCompleted();
-    expectLastLine(trial, "Vorel Error", "Parser-7: Severe error caught");
-}
-
 void severeErrorInAFrame(Trial& trial) {
     trial.perform([] { vorel::detail::guarded(L"Parser", L"run", [] { throw 7; }); });
     trial.expectThrown(typeid(Exception).name(), {L"Parser::run: Severe error thrown"});
@@ -197,12 +139,12 @@ void severeErrorInAFrame(Trial& trial) {
 
 void replaceMessage(Trial& trial) {
     Exception e(L"before");
-    const auto text = longText<wchar_t>(kLong);
+    const auto text = longText<wchar_t>(kLongMessage);
     trial.perform([&] { e.setErrorMessage(0, L"%ls", text.c_str()); });
     trial.expectCompleted();
     EXPECT_TRUE(trial.logged().empty());
     const std::wstring after = e.what();
-    EXPECT_TRUE(after == text || (trial.refused() && (after == L"before" || after == text.substr(0, kCut))));
+    EXPECT_TRUE(after == text || (trial.refused() && (after == L"before" || after == text.substr(0, kCutMessage))));
 }
 
 /// Sets a location on an exception that has one, and expects it, or `failures`.
@@ -286,23 +228,16 @@ void delayedLogging(Trial& trial) {
     expectLastLine(trial, "Vorel Error", "a delayed message");
 }
 
-void memoryException(Trial& trial) {
-    trial.perform([] { throw vorel::MemoryException(7, 4); });
-    trial.expectThrown(typeid(vorel::MemoryException).name(),
-                       {L"No more memory is available: 7 objects of size 4 requested"});
-}
-
 const std::vector<Operation>& operations() {
     static const std::vector<Operation> kOperations = {
         {"Build_NarrowShort", build<char, 20>},
         {"Build_WideShort", build<wchar_t, 20>},
-        {"Build_NarrowLong", build<char, kLong>},
-        {"Build_WideLong", build<wchar_t, kLong>},
-        {"Build_MemoryException", memoryException},
+        {"Build_NarrowLong", build<char, kLongMessage>},
+        {"Build_WideLong", build<wchar_t, kLongMessage>},
         {"Append_NarrowShort", append<char, 20>},
         {"Append_WideShort", append<wchar_t, 20>},
-        {"Append_NarrowLong", append<char, kLong>},
-        {"Append_WideLong", append<wchar_t, kLong>},
+        {"Append_NarrowLong", append<char, kLongMessage>},
+        {"Append_WideLong", append<wchar_t, kLongMessage>},
         {"Append_PartOfItself", appendPartOfItself},
         {"Copy", copied},
         {"Assign", assigned},
@@ -311,9 +246,6 @@ const std::vector<Operation>& operations() {
         {"RethrowDestructor", rethrownByDestructor},
         {"Frame", thrownThroughAFrame},
         {"Frame_OfASevereError", severeErrorInAFrame},
-        {"CatchClass", caughtByClass},
-        {"ThrowSevere", severeErrorThrown},
-        {"CatchSevere", severeErrorCaught},
         {"SetErrorMessage", replaceMessage},
         {"DefineLocation_Wide", wideLocation},
         {"DefineLocation_Narrow", narrowLocation},
@@ -331,13 +263,13 @@ INSTANTIATE_TEST_SUITE_P(Exceptions, FailingHeap, underBothFailures(operations()
 /// The block for a long message is the first thing that a message asks for.
 template <class T>
 void expectCutMessage() {
-    const auto text = longText<T>(kLong);
+    const auto text = longText<T>(kLongMessage);
     const test::TemporaryLog log;
     heap::arm(1, heap::Failure::Once);
     const Exception e(Format<T>::kText, text.c_str());
     heap::disarm();
-    EXPECT_EQ(test::messagesOf(e), Texts{longText<wchar_t>(kCut)});
-    EXPECT_EQ(log.messages(), std::vector<std::string>{"Vorel Error Truncated: " + longText<char>(kCut)});
+    EXPECT_EQ(test::messagesOf(e), Texts{longText<wchar_t>(kCutMessage)});
+    EXPECT_EQ(log.messages(), std::vector<std::string>{"Vorel Error Truncated: " + longText<char>(kCutMessage)});
 }
 
 TEST(LongMessage, IsCutAndMarkedWhenItsBlockAloneIsRefused) {
@@ -348,22 +280,12 @@ TEST(LongMessage, IsCutAndMarkedWhenItsBlockAloneIsRefused) {
 TEST(LongMessage, IsCutWithoutAMarkWhenItReplacesAnother) {
     const test::TemporaryLog log;
     Exception e(L"before");
-    const std::wstring text = longText<wchar_t>(kLong);
+    const std::wstring text = longText<wchar_t>(kLongMessage);
     heap::arm(1, heap::Failure::Once);
     e.setErrorMessage(0, L"%ls", text.c_str());
     heap::disarm();
-    EXPECT_EQ(test::messagesOf(e), Texts{text.substr(0, kCut)});
+    EXPECT_EQ(test::messagesOf(e), Texts{text.substr(0, kCutMessage)});
     EXPECT_EQ(log.messages(), std::vector<std::string>{"Vorel Error: before"});
-}
-
-TEST(ThreadLogging, KeepsTheThreadsChoiceWithoutMemory) {
-    const test::TemporaryLog log;
-    heap::arm(1, heap::Failure::FromThenOn);
-    Exception::DisableThreadErrorLogging(true);
-    heap::disarm();
-    EXPECT_NE(heap::refusals(), 0u);
-    EXPECT_FALSE(Exception::IsThreadErrorLoggingDisabled());
-    EXPECT_TRUE(log.messages().empty()) << "and says nothing";
 }
 
 }  // namespace

@@ -1,5 +1,9 @@
 // Lists, splitting, joining and appended numbers under a failing heap; and that nothing else of the values asks it.
 
+#include <string>
+#include <typeinfo>
+#include <vector>
+
 #include "allocation/Walker.h"
 #include "support/Arrays.h"
 #include "vorel/exceptions/ExceptionFamily.h"
@@ -17,20 +21,12 @@ using vorel::Array;
 using vorel::BaseString;
 namespace util = vorel::util;
 
-/// Whatever was refused leaves as a MemoryException, and without a refusal the step completes.
-void expectMemoryOrDone(const Trial& trial) {
-    EXPECT_EQ(trial.completed(), !trial.refused());
-    if (!trial.completed()) {
-        EXPECT_EQ(trial.thrown(), typeid(vorel::MemoryException).name());
-    }
-}
-
 const std::wstring kFull(15, L'x');  // fills the smallest buffer but for its terminator
 
 void appendNumber(Trial& trial, void (*append)(BaseString<wchar_t>&), const wchar_t* number) {
     BaseString<wchar_t> text(kFull.c_str());
     trial.perform([&] { append(text); });
-    expectMemoryOrDone(trial);
+    trial.expectMemoryOrDone();
     EXPECT_EQ(std::wstring(text.view()), trial.completed() ? kFull + number : kFull);
 }
 
@@ -47,16 +43,32 @@ void appendInteger(Trial& trial) {
 void split(Trial& trial) {
     Array<BaseString<wchar_t>> parts = test::stringsOf<wchar_t>({L"old"});
     trial.perform([&] { util::splitString(L"a,b,c,d,e,f,g", L",", parts); });
-    expectMemoryOrDone(trial);
+    trial.expectMemoryOrDone();
     EXPECT_TRUE(trial.completed() ? parts.size() == 8 : parts.size() < 8);
     EXPECT_EQ(parts[0], L"old");
+}
+
+void splitNarrow(Trial& trial) {
+    Array<BaseString<char>> parts = test::stringsOf<char>({"old"});
+    trial.perform([&] { util::splitString("a,b,c,d,e,f,g", ",", parts); });
+    trial.expectMemoryOrDone();
+    EXPECT_TRUE(trial.completed() ? parts.size() == 8 : parts.size() < 8);
+    EXPECT_EQ(parts[0], "old");
+}
+
+void splitQuotedNarrow(Trial& trial) {
+    Array<BaseString<char>> items = test::stringsOf<char>({"old"});
+    trial.perform([&] { util::singleCStringToMultipleCStrings("a,\"b\"\"c\", d ,e,f,g", ",", items, true); });
+    trial.expectMemoryOrDone();
+    EXPECT_EQ(test::textsOf(items), trial.completed() ? (std::vector<std::string>{"a", "b\"c", "d", "e", "f", "g"})
+                                                      : std::vector<std::string>{"old"});
 }
 
 void splitQuoted(Trial& trial) {
     Array<BaseString<wchar_t>> items = test::stringsOf<wchar_t>({L"old"});
     trial.perform(
         [&] { util::singleStringToMultipleStrings(L"a,\"b\"\"c\", d ,\"wrong\"x,e,f,g", L",", items, true); });
-    expectMemoryOrDone(trial);
+    trial.expectMemoryOrDone();
     EXPECT_EQ(test::textsOf(items),
               trial.completed() ? (std::vector<std::wstring>{L"a", L"b\"c", L"d", L"\"wrong\"x", L"e", L"f", L"g"})
                                 : std::vector<std::wstring>{L"old"});
@@ -68,7 +80,7 @@ void joinInto(Trial& trial) {
     const std::wstring joined = longer + L",\"b,c\"," + longer;
     BaseString<wchar_t> result(L"old");
     trial.perform([&] { util::multipleStringsToSingleString(items, L",", result); });
-    expectMemoryOrDone(trial);
+    trial.expectMemoryOrDone();
     if (trial.completed()) {
         EXPECT_EQ(result, joined.c_str());
     } else {
@@ -80,7 +92,7 @@ void joinAnew(Trial& trial) {
     const Array<BaseString<wchar_t>> items = test::stringsOf<wchar_t>({L"a", L"b"});
     BaseString<wchar_t> result;
     trial.perform([&] { result = util::multipleStringsToSingleString(items, L","); });
-    expectMemoryOrDone(trial);
+    trial.expectMemoryOrDone();
     EXPECT_EQ(result, trial.completed() ? L"a,b" : L"");
 }
 
@@ -89,63 +101,109 @@ void joinOneQuotedItem(Trial& trial) {
     const Array<BaseString<wchar_t>> items = test::stringsOf<wchar_t>({quoted});
     BaseString<wchar_t> result;
     trial.perform([&] { util::multipleStringsToSingleString(items, L",", result); });
-    expectMemoryOrDone(trial);
+    trial.expectMemoryOrDone();
     EXPECT_EQ(std::wstring(result.view()), trial.completed() ? quoted : std::wstring());
 }
 
+template <class T>
 void tokenize(Trial& trial) {
-    wchar_t text[] = L"a,b,c,d,e,f,g";
-    Array<wchar_t*> tokens;
-    trial.perform([&] { util::tokenizeString(text, L",", tokens, -1); });
+    std::basic_string<T> text = textOf<T>("a,b,c,d,e,f,g");
+    Array<T*> tokens;
+    trial.perform([&] { util::tokenizeString(text.data(), textOf<T>(",").c_str(), tokens, -1); });
     trial.expectMemoryException({{5, 8}, {10, 8}}, {L"vorel::util::tokenizeString: Vorel exception rethrown"});
     EXPECT_TRUE(trial.completed() ? tokens.size() == 7 : tokens.size() < 7);
 }
 
-template <class Value>
-void readList(Trial& trial, bool (*read)(const wchar_t*, Array<Value>&, bool)) {
+/// Behind what the array holds, or in its place; what was read before the failure stays.
+template <class Value, class T>
+void readList(Trial& trial, bool (*read)(const T*, Array<Value>&, bool), bool append) {
+    const std::basic_string<T> text = textOf<T>("1 2 3 4 5 6 7");
     Array<Value> values;
+    values.append(Value{1});
     bool result = false;
-    trial.perform([&] { result = read(L"1 2 3 4 5 6 7", values, false); });
-    expectMemoryOrDone(trial);
+    trial.perform([&] { result = read(text.c_str(), values, append); });
+    trial.expectMemoryOrDone();
     EXPECT_EQ(result, trial.completed());
-    EXPECT_TRUE(trial.completed() ? values.size() == 7 : values.size() < 7);
+    const unsigned int all = append ? 8 : 7;
+    EXPECT_TRUE(trial.completed() ? values.size() == all : values.size() < all);
+    if (append) {
+        EXPECT_EQ(values[0], Value{1}) << "what was there stays";
+    }
 }
 
+template <class T, bool Append>
 void readIntegers(Trial& trial) {
-    readList<int>(trial, &util::stringToIntegerArray);
+    readList<int, T>(trial, &util::stringToIntegerArray, Append);
 }
 
+void readUnsigned(Trial& trial) {
+    readList<unsigned int, wchar_t>(trial, &util::stringToUIntegerArray, false);
+}
+
+template <class T>
 void readDoubles(Trial& trial) {
-    readList<double>(trial, &util::stringToDoubleArray);
+    readList<double, T>(trial, &util::stringToDoubleArray, false);
 }
 
+template <class T>
 void readBooleans(Trial& trial) {
-    readList<bool>(trial, &util::stringToBooleanArray);
+    readList<bool, T>(trial, &util::stringToBooleanArray, false);
 }
 
 void readRanges(Trial& trial) {
     Array<int> starts;
     Array<int> ends;
     trial.perform([&] { util::stringToLongRanges(L"1-2,3,4-,-5,6,7,8", starts, ends); });
-    expectMemoryOrDone(trial);
+    trial.expectMemoryOrDone();
     EXPECT_TRUE(trial.completed() ? starts.size() == 7 : starts.size() < 8);
     EXPECT_TRUE(ends.size() <= starts.size());
 }
 
-INSTANTIATE_TEST_SUITE_P(Values, FailingHeap,
-                         underBothFailures({{"AppendDouble", appendDouble},
-                                            {"AppendInteger", appendInteger},
-                                            {"SplitString", split},
-                                            {"SplitQuoted", splitQuoted},
-                                            {"JoinInto", joinInto},
-                                            {"JoinAnew", joinAnew},
-                                            {"JoinOneQuotedItem", joinOneQuotedItem},
-                                            {"TokenizeString", tokenize},
-                                            {"ReadIntegers", readIntegers},
-                                            {"ReadDoubles", readDoubles},
-                                            {"ReadBooleans", readBooleans},
-                                            {"ReadRanges", readRanges}}),
-                         failingHeapName);
+/// The failure quotes the item; without memory for that, it is one of memory.
+void readWrongRanges(Trial& trial) {
+    Array<int> starts;
+    Array<int> ends;
+    trial.perform([&] { util::stringToLongRanges(L"1-2,7x", starts, ends); });
+    EXPECT_FALSE(trial.completed());
+    if (!trial.refused()) {
+        EXPECT_EQ(trial.thrown(), typeid(vorel::Exception).name());
+        EXPECT_EQ(starts.size(), 2u) << "the number in front of the text was read";
+    }
+    ASSERT_FALSE(trial.logged().empty());
+    const std::string& told = trial.logged().front();
+    EXPECT_TRUE(told == "Vorel Error: Found nonnumeric text in numeric item: \"7x\"" ||
+                (trial.refused() && told.starts_with("Vorel Error: No more memory is available: ")))
+        << told;
+}
+
+const std::vector<Operation>& operations() {
+    static const std::vector<Operation> kOperations = {
+        {"AppendDouble", appendDouble},
+        {"AppendInteger", appendInteger},
+        {"SplitString_Narrow", splitNarrow},
+        {"SplitString_Wide", split},
+        {"SplitQuoted_Narrow", splitQuotedNarrow},
+        {"SplitQuoted_Wide", splitQuoted},
+        {"JoinInto", joinInto},
+        {"JoinAnew", joinAnew},
+        {"JoinOneQuotedItem", joinOneQuotedItem},
+        {"TokenizeString_Narrow", tokenize<char>},
+        {"TokenizeString_Wide", tokenize<wchar_t>},
+        {"ReadIntegers_Narrow", readIntegers<char, false>},
+        {"ReadIntegers_Wide", readIntegers<wchar_t, false>},
+        {"ReadIntegers_Behind", readIntegers<wchar_t, true>},
+        {"ReadUnsigned", readUnsigned},
+        {"ReadDoubles_Narrow", readDoubles<char>},
+        {"ReadDoubles_Wide", readDoubles<wchar_t>},
+        {"ReadBooleans_Narrow", readBooleans<char>},
+        {"ReadBooleans_Wide", readBooleans<wchar_t>},
+        {"ReadRanges", readRanges},
+        {"ReadRanges_OfAWrongText", readWrongRanges},
+    };
+    return kOperations;
+}
+
+INSTANTIATE_TEST_SUITE_P(Values, FailingHeap, underBothFailures(operations()), failingHeapName);
 
 TEST(ValuesHeap, ScannersFormattersAndComparisonsAskForNothing) {
     int integer = 0;

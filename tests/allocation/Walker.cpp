@@ -18,15 +18,14 @@ std::wstring memoryMessage(Trial::Request request) {
            std::to_wstring(request.size) + L" requested";
 }
 
-/// ASCII only.
-std::string narrow(const std::wstring& text) {
+}  // namespace
+
+std::string narrowed(const std::wstring& text) {
     std::string result;
     std::transform(text.begin(), text.end(), std::back_inserter(result),
                    [](wchar_t unit) { return static_cast<char>(unit); });
     return result;
 }
-
-}  // namespace
 
 void Trial::keepException(const vorel::Exception& thrown) {
     const heap::Unwatched unwatched;
@@ -54,7 +53,7 @@ void Trial::expectCompleted() const {
 void Trial::expectLogged(const Messages& messages) const {
     std::vector<std::string> lines;
     for (const std::wstring& message : messages) {
-        lines.push_back("Vorel Error: " + narrow(message));
+        lines.push_back("Vorel Error: " + narrowed(message));
     }
     EXPECT_EQ(m_logged, lines);
 }
@@ -77,11 +76,16 @@ void Trial::expectMemoryException(const std::vector<Request>& requests, const Me
         Messages messages = {memoryMessage(request)};
         messages.insert(messages.end(), records.begin(), records.end());
         const bool last = &request == &requests.back();
-        if (last || (!m_logged.empty() && m_logged.front() == "Vorel Error: " + narrow(messages.front()))) {
+        if (last || (!m_logged.empty() && m_logged.front() == "Vorel Error: " + narrowed(messages.front()))) {
             expectException(typeid(vorel::MemoryException).name(), messages);
             return;
         }
     }
+}
+
+void Trial::expectMemoryOrDone() const {
+    const heap::Unwatched unwatched;
+    EXPECT_EQ(m_kind, refused() ? typeid(vorel::MemoryException).name() : "") << testing::PrintToString(m_messages);
 }
 
 void Trial::expectBadAlloc() const {

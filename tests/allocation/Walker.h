@@ -83,7 +83,10 @@ public:
     /// logged; without a refusal it completes. Where no memory is to be had afterwards, the exception has no messages.
     void expectMemoryException(const std::vector<Request>& requests, const Messages& records = {}) const;
 
-    /// The same for another class and text.
+    /// The same, whatever the request was for, and whatever the records.
+    void expectMemoryOrDone() const;
+
+    /// A refusal has to leave the step as an exception of another class and text.
     void expectException(const std::string& kind, const Messages& messages) const;
 
     /// A refusal has to leave the step as the standard allocation failure.
@@ -145,3 +148,6 @@ std::basic_string<T> longText(std::size_t count) {
     }
     return text;
 }
+
+/// ASCII only.
+std::string narrowed(const std::wstring& text);
