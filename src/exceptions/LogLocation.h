@@ -1,5 +1,5 @@
 /// \file
-/// Where the error log is, for those who are asked.
+/// The path of the error log, for what has to show it.
 #pragma once
 
 #include "exceptions/LogFile.h"

@@ -1,8 +1,10 @@
 /// \file
-/// Many rounds of the life of each handle of the flat interface, also along the ways that fail: what the system gave is
-/// closed, and every block is free again.
+/// Many rounds of the life of each handle of the flat interface: what the system gave is closed again. And what a
+/// thread has for its last failure, which goes with it.
 
+#include <set>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -12,6 +14,11 @@
 #include "support/TemporaryLog.h"
 #include "vorel/vorelCoreC.h"
 #include "whitebox/LiveHandles.h"
+
+extern "C" {
+extern decltype(&::HeapAlloc) importedHeapAlloc __asm__("__imp_HeapAlloc");
+extern decltype(&::HeapFree) importedHeapFree __asm__("__imp_HeapFree");
+}
 
 namespace {
 
@@ -46,6 +53,43 @@ TEST(FlatLeaks, AClosedConditionLeavesNothingBehind) {
     }
     EXPECT_GE(handles.opened(), kRounds);
     EXPECT_EQ(handles.live(), 0u);
+}
+
+TEST(FlatLeaks, TheLastFailureOfAThreadGoesWithIt) {
+    std::set<void*> live;
+    int allocated = 0;
+    // One thread at a time runs, and the test waits for it.
+    const test::ImportHook<importedHeapAlloc> alloc([&](HANDLE heap, DWORD flags, SIZE_T size) {
+        void* const block = alloc.original(heap, flags, size);
+        live.insert(block);
+        ++allocated;
+        return block;
+    });
+    const test::ImportHook<importedHeapFree> free([&](HANDLE heap, DWORD flags, void* block) {
+        live.erase(block);
+        return free.original(heap, flags, block);
+    });
+    constexpr int kThreads = 20;
+    for (int count = 0; count != kThreads; ++count) {
+        std::thread([] {
+            EXPECT_EQ(vorel_parse_int32(nullptr, 0, nullptr), VOREL_ERROR_INVALID_ARGUMENT);
+            EXPECT_EQ(vorel_parse_int32(nullptr, 1, nullptr), VOREL_ERROR_INVALID_ARGUMENT);
+        }).join();
+    }
+    EXPECT_EQ(allocated, kThreads) << "a thread has one place for all of its failures";
+    EXPECT_TRUE(live.empty());
+}
+
+TEST(FlatLeaks, WithoutMemoryAFailureHasAText) {
+    const test::ImportHook<importedHeapAlloc> alloc([](HANDLE, DWORD, SIZE_T) -> void* { return nullptr; });
+    std::thread([] {
+        EXPECT_EQ(vorel_parse_int32(nullptr, 0, nullptr), VOREL_ERROR_INVALID_ARGUMENT);
+        EXPECT_EQ(vorel_last_error_status(), VOREL_ERROR_OUT_OF_MEMORY);
+        char message[64] = {};
+        std::size_t length = 0;
+        EXPECT_EQ(vorel_last_error_message_utf8(message, sizeof message, &length), VOREL_OK);
+        EXPECT_STREQ(message, "No more memory is available");
+    }).join();
 }
 
 }  // namespace

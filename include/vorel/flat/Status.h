@@ -56,7 +56,8 @@ VOREL_API const char* vorel_version(void);
 VOREL_API const char* vorel_status_name(vorel_status status);
 
 /// The status of the last function of the calling thread that failed, `VOREL_OK` before the first failure. A function
-/// that succeeds does not change it, and neither do the three of this family.
+/// that succeeds does not change it, and neither do the three of this family. When there is no memory to keep a
+/// failure, it is `VOREL_ERROR_OUT_OF_MEMORY` with its text, whatever the function itself has returned.
 VOREL_API vorel_status vorel_last_error_status(void);
 
 /// The text for that failure, in the library's own words where it has thrown an exception; the empty text before the
