@@ -2,7 +2,7 @@
 /// What CProgram.c does for its test.
 #pragma once
 
-#include <stdint.h>
+#include <stdint.h>  // NOLINT(modernize-deprecated-headers): C reads this, too
 
 #ifdef __cplusplus
 extern "C" {

@@ -107,10 +107,10 @@ vorel_status encodeLowerHex(const void* bytes, size_t size, vorel_char16* output
     return vorel_hex_encode(bytes, size, 0, output, capacity, length);
 }
 
-constexpr Codec kBase64{"Base64", vorel_base64_encode, vorel_base64_decode};
-constexpr Codec kDaylight{"Daylight", vorel_daylight_encode, vorel_daylight_decode};
-constexpr Codec kUpperHex{"HEX", encodeUpperHex, vorel_hex_decode};
-constexpr Codec kLowerHex{"hex", encodeLowerHex, vorel_hex_decode};
+const Codec kBase64{"Base64", vorel_base64_encode, vorel_base64_decode};
+const Codec kDaylight{"Daylight", vorel_daylight_encode, vorel_daylight_decode};
+const Codec kUpperHex{"HEX", encodeUpperHex, vorel_hex_decode};
+const Codec kLowerHex{"hex", encodeLowerHex, vorel_hex_decode};
 
 TEST(FlatBinaryText, EncodesAndDecodes) {
     const struct {

@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <cstring>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -23,8 +22,8 @@ using test::flatText;
 /// Whether `value` is what a value is before it is set.
 template <class Value>
 bool isUntouched(const Value& value) {
-    const Value untouched{};
-    return std::memcmp(&value, &untouched, sizeof value) == 0;
+    const auto* const bytes = reinterpret_cast<const unsigned char*>(&value);
+    return std::all_of(bytes, bytes + sizeof value, [](unsigned char byte) { return byte == 0; });
 }
 
 /// The values of a list, which has to follow the rules at every capacity.

@@ -117,9 +117,7 @@ TEST(FlatLog, TakesEveryPathThatTheCodePageHas) {
 TEST(FlatLog, RefusesPathsThatCannotBe) {
     const TemporaryLog log;
     EXPECT_EQ(setPath(std::wstring(1024, L'x')), VOREL_ERROR_INVALID_ARGUMENT);
-    EXPECT_EQ(setPath(L"a\0b"), VOREL_OK) << "a literal ends at its zero";
-    log.use();
-    EXPECT_EQ(setPath(std::wstring(L"a\0b", 3)), VOREL_ERROR_INVALID_TEXT);
+    EXPECT_EQ(setPath(std::wstring(L"a\0b"sv)), VOREL_ERROR_INVALID_TEXT);
     EXPECT_EQ(vorel_log_set_path(nullptr, 1), VOREL_ERROR_INVALID_ARGUMENT);
     EXPECT_EQ(logPath(), widened(log.path()));
     EXPECT_EQ(setPath(std::wstring(1023, L'x')), VOREL_OK);
