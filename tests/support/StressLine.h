@@ -24,6 +24,7 @@ struct StressLineId {
     unsigned int thread = 0;
     unsigned int number = 0;
 
+    bool operator==(const StressLineId&) const = default;
     bool operator<(const StressLineId& other) const {
         return std::tie(writer, thread, number) < std::tie(other.writer, other.thread, other.number);
     }

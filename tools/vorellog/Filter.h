@@ -14,13 +14,13 @@
 namespace vorellog {
 
 struct FilterChoices {
-    std::vector<unsigned long> processes;
-    std::vector<unsigned long> threads;
-    std::vector<std::string> prefixes;  ///< without their colon; letters of A to Z in either case
-    std::vector<std::string> texts;     ///< anywhere in prefix and message
-    bool ignoreCase = false;            ///< of the letters A to Z in the texts
-    std::optional<LocalMs> from;
-    std::optional<LocalMs> to;  ///< the first millisecond that is not wanted any more
+    std::vector<unsigned long> processes{};
+    std::vector<unsigned long> threads{};
+    std::vector<std::string> prefixes{};  ///< without their colon; letters of A to Z in either case
+    std::vector<std::string> texts{};     ///< anywhere in prefix and message
+    bool ignoreCase = false;              ///< of the letters A to Z in the texts
+    std::optional<LocalMs> from{};
+    std::optional<LocalMs> to{};  ///< the first millisecond that is not wanted any more
     bool damagedOnly = false;
 };
 

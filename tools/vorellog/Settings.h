@@ -13,14 +13,14 @@ namespace vorellog {
 enum class Colours { WhenSeen, Always, Never };
 
 struct Settings {
-    std::wstring path;  ///< of the log
-    FilterChoices filter;
+    std::wstring path{};  ///< of the log
+    FilterChoices filter{};
     bool follow = false;
     bool fold = false;
     bool json = false;
     bool summary = false;
     Colours colours = Colours::WhenSeen;
-    std::optional<unsigned long long> mostEntries;
+    std::optional<unsigned long long> mostEntries{};
 };
 
 /// What the command line takes, with its help.

@@ -137,8 +137,8 @@ int view(const Settings& settings) {
         tell(L"the log was deleted, emptied or moved too often: records may be missing");
     }
     if (viewer.unjudged() != 0) {
-        tell(std::to_wstring(viewer.unjudged()) +
-             L" damaged records are not shown: nothing tells their process, thread, prefix or time");
+        tell(L"damaged records without process, thread, prefix and time, not shown: " +
+             std::to_wstring(viewer.unjudged()));
     }
     return viewer.hasFound() ? kFound : kNothingFound;
 }

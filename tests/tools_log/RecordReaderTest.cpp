@@ -1,0 +1,125 @@
+#include "vorellog/RecordReader.h"
+
+#include <string>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "tools_log/Records.h"
+
+namespace {
+
+using test::header;
+using test::recordsOf;
+using ::testing::ElementsAre;
+using vorellog::Damage;
+using vorellog::Line;
+using vorellog::LineEnd;
+using vorellog::Record;
+using vorellog::RecordReader;
+
+/// "damage|text", with a point in front of what has a header.
+std::vector<std::string> shown(const std::vector<Record>& records) {
+    std::vector<std::string> texts;
+    for (const Record& record : records) {
+        texts.push_back((record.header() ? "." : "") + std::string(nameOf(record.damage())) + "|" +
+                        std::string(record.text()));
+    }
+    return texts;
+}
+
+class RecordReaderTest : public ::testing::Test {
+protected:
+    std::vector<Record> records;
+    RecordReader reader{[this](const Record& record) { records.push_back(record); }};
+};
+
+TEST_F(RecordReaderTest, LinesAndWhatTheyMake) {
+    const std::string h = header();
+    const std::string g = header(1);
+    struct Case {
+        const char* why;
+        std::vector<std::string> lines;
+        std::vector<std::string> records;
+    };
+    const Case cases[] = {
+        {"a line is a record", {h + "WARN: a", g + "WARN: b"}, {".|" + h + "WARN: a", ".|" + g + "WARN: b"}},
+        {"a message of three lines", {h + "a", "b", "", g + "c"}, {".|" + h + "a\nb\n", ".|" + g + "c"}},
+        {"nothing in front of it", {"a", "b", h + "c"}, {"no header|a", "no header|b", ".|" + h + "c"}},
+        {"cut within the message", {h + "WARN: ha" + g + "b"}, {".cut|" + h + "WARN: ha", ".|" + g + "b"}},
+        {"cut within the header", {h + "a", "[Mon Nov" + g + "b"}, {".|" + h + "a", "cut|[Mon Nov", ".|" + g + "b"}},
+        {"two in one line", {h + "a" + g + "b" + h + "c"}, {".cut|" + h + "a", ".cut|" + g + "b", ".|" + h + "c"}},
+        {"a further line, cut", {h + "a", "b" + g + "c"}, {".|" + h + "a", "cut|b", ".|" + g + "c"}},
+        {"a whole record and one behind it, both with lines",
+         {h + "a", "b" + g + "c", "d"},
+         {".|" + h + "a", "cut|b", ".|" + g + "c\nd"}},
+        {"no UTF-8", {h + "caf\xE9", "x", g + "b"}, {".bad UTF-8|" + h + "caf\xE9\nx", ".|" + g + "b"}},
+        {"no UTF-8, and cut", {h + "\xC3" + g + "b"}, {".cut|" + h + "\xC3", ".|" + g + "b"}},
+        {"UTF-8", {h + "caf\xC3\xA9"}, {".|" + h + "caf\xC3\xA9"}},
+        {"an empty message", {h}, {".|" + h}},
+        {"an empty line at the start", {"", h}, {"no header|", ".|" + h}},
+    };
+    for (const Case& c : cases) {
+        EXPECT_EQ(shown(recordsOf(c.lines)), c.records) << c.why;
+    }
+}
+
+TEST_F(RecordReaderTest, ALineWithoutItsEndIsCut) {
+    reader.add({header() + "a", LineEnd::Feed});
+    reader.add({header() + "b", LineEnd::File});
+    reader.add({"[Mon", LineEnd::File});
+    EXPECT_THAT(shown(records), ElementsAre(".|" + header() + "a", ".cut|" + header() + "b", "cut|[Mon"));
+}
+
+TEST_F(RecordReaderTest, AFurtherLineWithoutItsEndCutsItsRecord) {
+    reader.add({header() + "a", LineEnd::Feed});
+    reader.add({"b", LineEnd::File});
+    EXPECT_THAT(shown(records), ElementsAre(".cut|" + header() + "a\nb"));
+}
+
+TEST_F(RecordReaderTest, ARecordIsHeldBackUntilItCannotGoOn) {
+    reader.add({header() + "a", LineEnd::Feed});
+    EXPECT_TRUE(records.empty());
+    reader.flush();
+    EXPECT_THAT(shown(records), ElementsAre(".|" + header() + "a"));
+    reader.flush();
+    EXPECT_EQ(records.size(), 1u);
+    reader.add({"too late", LineEnd::Feed});
+    reader.flush();
+    EXPECT_EQ(shown(records).back(), "no header|too late");
+}
+
+TEST_F(RecordReaderTest, PiecesOfALongLineAreOneRecord) {
+    reader.add({header() + "a", LineEnd::MoreText, true});
+    reader.add({"b", LineEnd::MoreText, false});
+    reader.add({"c", LineEnd::Feed, false});
+    reader.add({"d", LineEnd::Feed, true});
+    reader.flush();
+    EXPECT_THAT(shown(records), ElementsAre(".|" + header() + "abc\nd"));
+}
+
+TEST_F(RecordReaderTest, ARecordOfAnySizeComesWholeInBoundedParts) {
+    const std::string piece(RecordReader::kMostRecordBytes / 4, 'x');
+    std::string all = header();
+    reader.add({header(), LineEnd::Feed, true});
+    for (int count = 0; count != 10; ++count) {
+        reader.add({piece, LineEnd::Feed, true});
+        all += piece;
+    }
+    for (int count = 0; count != 10; ++count) {
+        reader.add({piece, LineEnd::MoreText, count == 0});
+        all += piece;
+    }
+    reader.flush();
+    std::string found;
+    for (const Record& record : records) {
+        EXPECT_LE(record.text().size(), RecordReader::kMostRecordBytes);
+        found += record.text();
+    }
+    std::erase(found, '\n');
+    EXPECT_EQ(found, all);
+    EXPECT_GT(records.size(), 1u);
+}
+
+}  // namespace

@@ -1,0 +1,81 @@
+#include "vorellog/Settings.h"
+
+#include <string>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "support/Tool.h"
+
+namespace {
+
+using ::testing::ElementsAre;
+using vorellog::Colours;
+using vorellog::Settings;
+using vorellog::settingsOf;
+using vorellog::showsColours;
+using Given = std::vector<std::wstring>;
+
+constexpr vorellog::LocalMs kNow = 1794793388000;  // 2026-11-16 01:43:08
+
+Settings settings(const Given& given) {
+    return settingsOf(tools::parse(vorellog::syntax(), given), kNow);
+}
+
+TEST(SettingsTest, WithoutArguments) {
+    const Settings s = settings({});
+    EXPECT_EQ(s.path, L"C:\\TalvenorError.txt");
+    EXPECT_FALSE(s.follow || s.fold || s.json || s.summary || s.mostEntries || s.filter.damagedOnly);
+    EXPECT_EQ(s.colours, Colours::WhenSeen);
+}
+
+TEST(SettingsTest, EveryOption) {
+    const Settings s =
+        settings({L"-f",        L"-p",    L"77",     L"--process=78", L"-t9",  L"-P",         L"error",
+                  L"--prefix",  L"Own: ", L"--from", L"1h",           L"--to", L"2026-11-16", L"-e",
+                  L"caf\u00E9", L"-i",    L"-d",     L"-m",           L"5",    L"-Fj",        L"--color=always",
+                  L"my.log"});
+    EXPECT_EQ(s.path, L"my.log");
+    EXPECT_TRUE(s.follow && s.fold && s.json && s.filter.ignoreCase && s.filter.damagedOnly);
+    EXPECT_THAT(s.filter.processes, ElementsAre(77ul, 78ul));
+    EXPECT_THAT(s.filter.threads, ElementsAre(9ul));
+    EXPECT_THAT(s.filter.prefixes, ElementsAre("Vorel Error", "Own"));
+    EXPECT_THAT(s.filter.texts, ElementsAre("caf\xC3\xA9"));
+    EXPECT_EQ(s.filter.from, kNow - 3600000);
+    EXPECT_EQ(s.filter.to, 1794873600000);  // the start of the next day
+    EXPECT_EQ(s.mostEntries, 5u);
+    EXPECT_EQ(s.colours, Colours::Always);
+    EXPECT_EQ(settings({L"--color", L"never"}).colours, Colours::Never);
+    EXPECT_EQ(settings({L"--color", L"auto"}).colours, Colours::WhenSeen);
+    EXPECT_TRUE(settings({L"-s"}).summary);
+}
+
+TEST(SettingsTest, WhatMakesNoSense) {
+    const Given cases[] = {
+        {L"-p", L"x"},    {L"-p", L""},         {L"-p", L"4294967296"},   {L"-p", L"-1"},       {L"-t", L"1.5"},
+        {L"-m", L"many"}, {L"--from", L"soon"}, {L"--to", L""},           {L"--color", L"red"}, {L"-s", L"-f"},
+        {L"-s", L"-F"},   {L"-s", L"-m", L"1"}, {L"one.log", L"two.log"}, {L"--unknown"}};
+    for (const Given& given : cases) {
+        EXPECT_THROW(settings(given), tools::WrongUse) << testing::PrintToString(given);
+    }
+}
+
+TEST(SettingsTest, ColoursOnAConsoleUnlessTheUserSaysOtherwise) {
+    struct Case {
+        Colours choice;
+        bool console;
+        bool noColor;
+        bool shown;
+    };
+    const Case cases[] = {{Colours::WhenSeen, true, false, true},
+                          {Colours::WhenSeen, true, true, false},
+                          {Colours::WhenSeen, false, false, false},
+                          {Colours::Always, false, true, true},
+                          {Colours::Never, true, false, false}};
+    for (const Case& c : cases) {
+        EXPECT_EQ(showsColours(c.choice, c.console, c.noColor), c.shown);
+    }
+}
+
+}  // namespace

@@ -1,0 +1,91 @@
+#include "vorellog/Summary.h"
+
+#include <string>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "tools_log/Records.h"
+
+namespace {
+
+using test::header;
+using test::recordsOf;
+using ::testing::HasSubstr;
+using ::testing::Not;
+using vorellog::Record;
+using vorellog::Summary;
+
+Summary summaryOf(const std::vector<std::string>& lines) {
+    Summary summary;
+    for (const Record& record : recordsOf(lines)) {
+        summary.add(record);
+    }
+    return summary;
+}
+
+TEST(SummaryTest, TextForPeople) {
+    const Summary summary = summaryOf({
+        "garbage",
+        header(1, 77, "01:43:08") + "WARN: a",
+        header(1, 77, "01:43:10") + "WARN: b",
+        header(2, 77, "01:43:09") + "WARN Truncated: c",
+        header(1, 4312, "01:43:08") + "Vorel Error: ha" + header(1, 4312, "01:43:08") + "no prefix",
+    });
+    EXPECT_EQ(summary.text(), "5 records from 2026-11-16 01:43:08 to 2026-11-16 01:43:10; "
+                              "2 damaged: 1 cut, 1 no header\n"
+                              "\n"
+                              "Process     Prefix        Records  First                Last\n"
+                              "host7.4312                      1  2026-11-16 01:43:08  2026-11-16 01:43:08\n"
+                              "host7.4312  Vorel Error         1  2026-11-16 01:43:08  2026-11-16 01:43:08\n"
+                              "host7.77    WARN                3  2026-11-16 01:43:08  2026-11-16 01:43:10\n"
+                              "\n"
+                              "Steps of 1 s          Records\n"
+                              "2026-11-16 01:43:08         3  ########################################\n"
+                              "2026-11-16 01:43:09         1  ##############\n"
+                              "2026-11-16 01:43:10         1  ##############\n");
+}
+
+TEST(SummaryTest, AnEmptyLogHasNoTable) {
+    EXPECT_EQ(Summary().text(), "0 records\n");
+    EXPECT_EQ(summaryOf({"garbage"}).text(), "0 records; 1 damaged: 1 no header\n");
+}
+
+TEST(SummaryTest, Json) {
+    const Summary summary = summaryOf({header(1, 77, "01:43:08") + "W\"ARN: a", header(1, 77, "01:44:08") + "caf\xE9"});
+    EXPECT_EQ(
+        summary.json().substr(0, summary.json().find("{\"type\":\"step\"")),
+        R"({"type":"summary","records":2,"from":"2026-11-16T01:43:08","to":"2026-11-16T01:44:08","cut":0,"noHeader":0,"badUtf8":1})"
+        "\n"
+        R"({"type":"count","process":"host7.77","prefix":"","records":1,"first":"2026-11-16T01:44:08","last":"2026-11-16T01:44:08"})"
+        "\n"
+        R"({"type":"count","process":"host7.77","prefix":"W\"ARN","records":1,"first":"2026-11-16T01:43:08","last":"2026-11-16T01:43:08"})"
+        "\n");
+    EXPECT_THAT(summary.json(), HasSubstr(R"({"type":"step","from":"2026-11-16T01:43:05","seconds":5,"records":1})"
+                                          "\n"
+                                          R"({"type":"step","from":"2026-11-16T01:43:10","seconds":5,"records":0})"
+                                          "\n"));
+    EXPECT_EQ(Summary().json(), R"({"type":"summary","records":0,"cut":0,"noHeader":0,"badUtf8":0})"
+                                "\n");
+}
+
+TEST(SummaryTest, MoreRowsThanAnybodyReadsAreCountedTogether) {
+    Summary summary;
+    const std::size_t processes = Summary::kMostRows + 50;
+    for (std::size_t process = 1; process <= processes; ++process) {
+        summary.add(test::recordOf(header(1, static_cast<unsigned long>(process)) + "WARN: a"));
+        summary.add(test::recordOf(header(1, 1) + "WARN: a"));
+    }
+    EXPECT_THAT(summary.json(), HasSubstr(R"x({"type":"count","process":"(others)","prefix":"","records":50,)x"));
+    EXPECT_THAT(summary.json(),
+                HasSubstr(R"("process":"host7.1","prefix":"WARN","records":)" + std::to_string(processes + 1)));
+}
+
+TEST(SummaryTest, ALongPrefixIsShortened) {
+    const std::string text = summaryOf({header() + std::string(3000, 'x') + ": a"}).text();
+    EXPECT_THAT(text, HasSubstr(std::string(48, 'x') + "... "));
+    EXPECT_THAT(text, Not(HasSubstr(std::string(49, 'x'))));
+}
+
+}  // namespace

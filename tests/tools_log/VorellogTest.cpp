@@ -1,0 +1,210 @@
+/// \file
+/// vorellog as a program: over logs that the library writes in several processes, over damage, and what it ends with.
+
+#include <algorithm>
+#include <map>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <windows.h>
+
+#include "support/CapturedChild.h"
+#include "support/TemporaryLog.h"
+#include "tools_log/LogWriters.h"
+#include "tools_log/Records.h"
+#include "vorel/core/Protocol.h"
+#include "vorel/exceptions/Exception.h"
+
+namespace {
+
+using test::Captured;
+using test::header;
+using test::linesOf;
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using ::testing::Not;
+using vorel::Exception;
+using Arguments = std::vector<std::wstring>;
+
+class VorellogTest : public ::testing::Test {
+protected:
+    test::TemporaryLog log{-1};
+
+    /// Writes `bytes` to the file `path`.
+    static void write(const std::string& path, std::string_view bytes) {
+        const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "wb"), std::fclose);
+        ASSERT_TRUE(file);
+        ASSERT_EQ(std::fwrite(bytes.data(), 1, bytes.size(), file.get()), bytes.size());
+    }
+
+    [[nodiscard]] Captured view(Arguments arguments) const {
+        arguments.push_back(std::wstring(log.path().begin(), log.path().end()));
+        return test::capture(L"vorellog", arguments);
+    }
+};
+
+TEST_F(VorellogTest, ALogOfSeveralProcessesIsShownWhole) {
+    constexpr unsigned int kLines = 30;
+    test::LogWriters writers(log.path(), log.folder(), -1);
+    writers.start(3, kLines);
+    ASSERT_TRUE(writers.finish());
+
+    const Captured shown = view({});
+    EXPECT_EQ(shown.exitCode, 0u);
+    EXPECT_EQ(shown.error, "");
+    EXPECT_EQ(test::countStressLines(linesOf(shown.output)), writers.expectedCounts());
+
+    const Captured sums = view({L"--summary", L"--json"});
+    for (const DWORD process : writers.processIds()) {
+        EXPECT_THAT(sums.output, HasSubstr("." + std::to_string(process) + R"(","prefix":"WARN","records":)" +
+                                           std::to_string(kLines * test::LogWriters::kThreads)));
+    }
+
+    const DWORD chosen = writers.processIds().front();
+    const Captured ofOne = view({L"-p", std::to_wstring(chosen)});
+    const std::vector<std::string> lines = linesOf(ofOne.output);
+    EXPECT_EQ(lines.size(), kLines * test::LogWriters::kThreads);
+    for (const std::string& line : lines) {
+        EXPECT_THAT(line, HasSubstr("." + std::to_string(chosen) + "."));
+    }
+}
+
+TEST_F(VorellogTest, ATrailOfTheLibraryIsOneEntry) {
+    using vorel::detail::contained;
+    using vorel::detail::guarded;
+    const auto fail = [] {
+        Exception failure(L"line %d is no number", 7);
+        failure.appendMessage(L"in %ls", L"orders.txt");
+        throw failure;  // NOLINT(misc-throw-by-value-catch-by-reference): it is made before it is thrown
+    };
+    contained(L"import", [&] { guarded(L"Parser", L"run", fail); });
+    Exception::warn("done");
+    contained(L"again", [] { throw 5; });
+
+    const Captured shown = view({L"--fold"});
+    EXPECT_EQ(shown.exitCode, 0u);
+    std::vector<std::string> lines = linesOf(shown.output);
+    ASSERT_EQ(lines.size(), 6u);
+    EXPECT_THAT(lines[0], ::testing::EndsWith(": Vorel Error: line 7 is no number"));
+    EXPECT_THAT(lines[4], ::testing::EndsWith(": WARN: done"));
+    EXPECT_THAT(lines[5], ::testing::EndsWith(": Vorel Error: again: Severe error caught"));
+    EXPECT_THAT(std::vector(lines.begin() + 1, lines.begin() + 4),
+                ElementsAre("    > in orders.txt", "    > Parser::run: Vorel exception rethrown",
+                            "    > import: Vorel exception caught"));
+
+    const Captured json = view({L"--fold", L"--json", L"-e", L"orders.txt"});
+    EXPECT_EQ(linesOf(json.output).size(), 1u);
+    EXPECT_THAT(json.output, HasSubstr(R"("end":"caught","records":[{)"));
+    EXPECT_THAT(json.output, HasSubstr(R"("message":"import: Vorel exception caught"}]})"));
+}
+
+TEST_F(VorellogTest, BackupAndLogInOrderWithTheirDamageMarked) {
+    write(log.backupPath(), "the end of a lost line\r\n" + header(1) + "WARN: one\r\n" + header(1) + "WARN: ha");
+    write(log.path(), header(2) + "WARN: two\r\nlines\r\n[Mon Nov 16" + header(3) + "WARN: caf\xE9\r\n" + header(4) +
+                          "DEBUG: a" + header(5) + "DEBUG: b\r\n");
+    const Captured shown = view({});
+    EXPECT_EQ(shown.exitCode, 0u);
+    EXPECT_EQ(shown.output, "(no header) the end of a lost line\n" + header(1) + "WARN: one\n(cut) " + header(1) +
+                                "WARN: ha\n" + header(2) + "WARN: two\n    | lines\n(cut) [Mon Nov 16\n(bad UTF-8) " +
+                                header(3) + "WARN: caf\\xE9\n(cut) " + header(4) + "DEBUG: a\n" + header(5) +
+                                "DEBUG: b\n");
+
+    const Captured damaged = view({L"--damaged", L"--prefix", L"warn"});
+    EXPECT_EQ(damaged.output, "(cut) " + header(1) + "WARN: ha\n(bad UTF-8) " + header(3) + "WARN: caf\\xE9\n");
+    EXPECT_THAT(damaged.error, HasSubstr("not shown"));
+}
+
+TEST_F(VorellogTest, FiltersByTime) {
+    write(log.path(),
+          header(1, 1, "01:00:00") + "a\r\n" + header(1, 1, "02:00:59") + "b\r\n" + header(1, 1, "02:01:00") + "c\r\n");
+    EXPECT_EQ(view({L"--from", L"2026-11-16 01:00:01", L"--to", L"2026-11-16 02:00"}).output,
+              header(1, 1, "02:00:59") + "b\n");
+}
+
+TEST_F(VorellogTest, WhatAKilledWriterLeavesIsCut) {
+    // It dies while it holds the lock, within its line.
+    const test::NamedEvent held(test::NamedEvent::uniqueName(L"held"));
+    const test::NamedEvent release(test::NamedEvent::uniqueName(L"release"));
+    Exception::warn("before");
+    const std::wstring half = L"[Mon Nov 16 01:43:08 2026] host7.1.2: WARN: ha";
+    test::ChildProcess victim(L"lock_holder", {L"log=" + std::wstring(log.path().begin(), log.path().end()),
+                                               L"held=" + held.name(), L"release=" + release.name(),
+                                               L"holdMs=" + std::to_wstring(test::kGenerousMs), L"text=" + half});
+    ASSERT_TRUE(held.wait());
+    victim.terminate();
+    EXPECT_THAT(linesOf(view({}).output),
+                ElementsAre(HasSubstr("WARN: before"), "(cut) " + std::string(half.begin(), half.end())));
+    Exception::warn("after");
+    EXPECT_THAT(linesOf(view({}).output),
+                ElementsAre(HasSubstr("WARN: before"), "(cut) " + std::string(half.begin(), half.end()),
+                            ::testing::EndsWith("WARN: after")));
+}
+
+TEST_F(VorellogTest, OfKilledWritersEveryLineIsWholeOrMarked) {
+    test::LogWriters writers(log.path(), log.folder(), -1);
+    writers.start(2, test::LogWriters::kWithoutEnd);
+    ASSERT_TRUE(writers.waitForProgress());
+    writers.kill();
+    unsigned int whole = 0;
+    for (const std::string& line : linesOf(view({}).output)) {
+        if (!line.starts_with("(cut) ")) {
+            EXPECT_TRUE(test::stressLineIn(line)) << line.substr(0, 200);
+            ++whole;
+        }
+    }
+    EXPECT_GE(whole, 2 * test::LogWriters::kThreads * 10);
+}
+
+TEST_F(VorellogTest, ViewingLeavesTheLogAsItIs) {
+    write(log.path(), "garbage\xE9\r\n" + header() + "WARN: a\r\n");
+    const auto before = test::readFileBytes(log.path());
+    (void)view({L"--json"});
+    (void)view({L"--from", L"nonsense"});
+    EXPECT_EQ(test::readFileBytes(log.path()), before);
+    EXPECT_FALSE(test::readFileBytes(log.backupPath()));
+}
+
+TEST_F(VorellogTest, ExitCodes) {
+    write(log.path(), header() + "WARN: text\r\n");
+    EXPECT_EQ(view({}).exitCode, 0u);
+    EXPECT_EQ(view({L"-e", L"text"}).exitCode, 0u);
+    EXPECT_EQ(view({L"-e", L"other"}).exitCode, 1u);
+    EXPECT_EQ(view({L"--summary", L"-e", L"other"}).exitCode, 1u);
+    EXPECT_EQ(view({L"--unknown"}).exitCode, 2u);
+    EXPECT_EQ(view({L"-p", L"x"}).exitCode, 2u);
+    EXPECT_EQ(view({L"another.log"}).exitCode, 2u);
+    const std::wstring folder = log.folder().widePath();
+    EXPECT_EQ(test::capture(L"vorellog", {folder}).exitCode, 3u);
+    const Captured missing = test::capture(L"vorellog", {folder + L"\\no.log"});
+    EXPECT_EQ(missing.exitCode, 3u);
+    EXPECT_THAT(missing.error, HasSubstr("no.log: there is no such log"));
+    write(log.path(), "");
+    EXPECT_EQ(view({}).exitCode, 1u);
+}
+
+TEST_F(VorellogTest, HelpNamesEveryOptionAndExitCode) {
+    const Captured help = test::capture(L"vorellog", {L"--help"});
+    EXPECT_EQ(help.exitCode, 0u);
+    for (const char* const word :
+         {"--follow", "--process", "--thread", "--prefix", "--from", "--to", "--text", "--ignore-case", "--damaged",
+          "--max-count", "--fold", "--summary", "--json", "--color", "0 something", "1 nothing", "2 wrong", "3 the"}) {
+        EXPECT_THAT(help.output, HasSubstr(word));
+    }
+}
+
+TEST_F(VorellogTest, ColoursOnlyWhereTheyAreWanted) {
+    write(log.path(), header() + "WARN: text\r\n");
+    EXPECT_THAT(view({}).output, Not(HasSubstr("\x1B")));  // into a pipe
+    EXPECT_THAT(view({L"--color=always"}).output, HasSubstr("\x1B[33mWARN: \x1B[0mtext"));
+    EXPECT_THAT(view({L"--color=never"}).output, Not(HasSubstr("\x1B")));
+    SetEnvironmentVariableW(L"NO_COLOR", L"1");
+    EXPECT_THAT(view({}).output, Not(HasSubstr("\x1B")));
+    EXPECT_THAT(view({L"--color=always"}).output, HasSubstr("\x1B[33m"));
+    SetEnvironmentVariableW(L"NO_COLOR", nullptr);
+}
+
+}  // namespace
