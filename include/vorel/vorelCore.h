@@ -5,6 +5,7 @@
 
 #include "vorel/Attributes.h"
 #include "vorel/Export.h"
+#include "vorel/Version.h"
 #include "vorel/core/Array.h"
 #include "vorel/core/BaseString.h"
 #include "vorel/core/Format.h"

@@ -2,6 +2,8 @@
 
 #include <iterator>
 
+#include "vorel/Version.h"
+
 namespace {
 
 /// By the number of the status.
@@ -27,7 +29,7 @@ uint32_t vorel_abi_version(void) {
 }
 
 const char* vorel_version(void) {
-    return VOREL_VERSION_TEXT;
+    return vorel::version();
 }
 
 const char* vorel_status_name(vorel_status status) {
