@@ -5,7 +5,9 @@
 /// The function takes a printf-style format of `char` as its argument number `which`, and what belongs into it from
 /// number `first` on: the compiler checks the one against the others. Arguments are counted from 1, and from 2 in a
 /// member function that is not static. No compiler checks wide formats.
-#if defined(__GNUC__)
+#if defined(__clang__)
+#define VOREL_PRINTF(which, first) [[gnu::format(printf, which, first)]]
+#elif defined(__GNUC__)
 #define VOREL_PRINTF(which, first) [[gnu::format(gnu_printf, which, first)]]
 #else
 #define VOREL_PRINTF(which, first)

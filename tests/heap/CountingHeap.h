@@ -2,8 +2,8 @@
 /// The heap of a test program: every `malloc`, `calloc`, `realloc`, `free` of the library and of the tests, and the
 /// global `new` and `delete`, pass through here. It can refuse requests, and it knows which blocks are still held.
 ///
-/// The runtime's own requests (streams, locales) do not, nor those of the compiler's runtime (thrown objects), except in
-/// the guarded build, which has that runtime inside the program.
+/// The runtime's own requests (streams, locales) do not, nor those of the compiler's runtime (thrown objects), except
+/// in the guarded build, which has that runtime inside the program.
 ///
 ///     heap::watch();                       // from here on blocks are counted
 ///     heap::arm(3, heap::Failure::Once);   // the third request from here on is refused
