@@ -134,23 +134,4 @@ TEST(PrinterTest, JsonOfATrail) {
         "\n");
 }
 
-TEST(PrinterTest, JsonStrings) {
-    struct Case {
-        std::string text;
-        std::string json;
-    };
-    const Case cases[] = {{"", R"("")"},
-                          {"plain", R"("plain")"},
-                          {R"(a"b\c/d)", R"("a\"b\\c/d")"},
-                          {"\n\r\t", R"("\n\r\t")"},
-                          {std::string("\0\x1B\x7F", 3), R"("\u0000\u001b\u007f")"},
-                          {"caf\xC3\xA9 \xF0\x9F\x98\x80", "\"caf\xC3\xA9 \xF0\x9F\x98\x80\""},
-                          {"\xE9\xE2\x82", "\"\xEF\xBF\xBD\xEF\xBF\xBD\xEF\xBF\xBD\""}};
-    for (const Case& c : cases) {
-        std::string out;
-        vorellog::appendJson(out, c.text);
-        EXPECT_EQ(out, c.json);
-    }
-}
-
 }  // namespace

@@ -58,7 +58,7 @@ void Folder::add(const Record& record) {
 }
 
 void Folder::addSingle(const Record& record, bool isException) {
-    const Place place = m_waiting.emplace(m_waiting.end());
+    const auto place = m_waiting.emplace(m_waiting.end());
     place->trail.isException = isException;
     place->trail.end = TrailEnd::Caught;
     append(place, record);
@@ -66,7 +66,7 @@ void Folder::addSingle(const Record& record, bool isException) {
 
 void Folder::addToTrail(const Record& record, const LogHeader& header, TrailStep step) {
     const Writer writer(record.host(), header.processId, header.threadId);
-    Place place = openTrail(writer);
+    auto place = openTrail(writer);
     if (place != m_waiting.end() && header.timeMs - place->lastMs > kTrailGapMs) {
         close(place, TrailEnd::Open);
         place = m_waiting.end();
@@ -100,7 +100,7 @@ Folder::Place Folder::openTrail(const Writer& writer) {
 }
 
 Folder::Place Folder::begin(const Writer& writer) {
-    const Place place = m_waiting.emplace(m_waiting.end());
+    const auto place = m_waiting.emplace(m_waiting.end());
     place->writer = writer;
     place->trail.isException = true;
     place->isOpen = true;
@@ -121,12 +121,12 @@ Folder::Place Folder::splitBefore(Place place, std::size_t index) {
     auto& numbers = place->numbers;
     const auto offset = static_cast<std::ptrdiff_t>(index);
     // It has its turn after all that began before it.
-    Place next = place;
+    auto next = place;
     do {
         ++next;
     } while (next != m_waiting.end() && next->numbers.front() < numbers[index]);
 
-    const Place later = m_waiting.emplace(next);
+    const auto later = m_waiting.emplace(next);
     later->writer = place->writer;
     later->trail.isException = true;
     later->trail.records.assign(std::make_move_iterator(records.begin() + offset),

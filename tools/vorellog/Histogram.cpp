@@ -10,12 +10,12 @@ constexpr LocalMs kSecond = 1000;
 constexpr LocalMs kMinute = 60 * kSecond;
 constexpr LocalMs kHour = 60 * kMinute;
 constexpr LocalMs kDay = 24 * kHour;
+constexpr LocalMs kYear = 364 * kDay;
 
 /// Each is a multiple of the one before; the last is long enough for all the years that a log can name.
 constexpr std::array<LocalMs, 16> kLengths = {
-    kSecond,          5 * kSecond,      15 * kSecond, kMinute,  5 * kMinute, 15 * kMinute, kHour,
-    3 * kHour,        12 * kHour,       kDay,         7 * kDay, 28 * kDay,   364 * kDay,   10 * 364 * kDay,
-    100 * 364 * kDay, 1000 * 364 * kDay};
+    kSecond,    5 * kSecond, 15 * kSecond, kMinute,   5 * kMinute, 15 * kMinute, kHour,       3 * kHour,
+    12 * kHour, kDay,        7 * kDay,     28 * kDay, kYear,       10 * kYear,   100 * kYear, 1000 * kYear};
 
 }  // namespace
 

@@ -51,14 +51,12 @@ public:
 private:
     /// Returns at the end of the file.
     void fail(DWORD error) const {
-        if (error == ERROR_HANDLE_EOF) {
-            return;
-        }
-        const tools::Failure failure = tools::systemFailure(m_path, L"cannot be read", error);
         if (error == ERROR_LOCK_VIOLATION) {
-            throw FileBusy(failure);
+            throw FileBusy(tools::systemFailure(m_path, L"cannot be read", error));
         }
-        throw failure;
+        if (error != ERROR_HANDLE_EOF) {
+            throw tools::systemFailure(m_path, L"cannot be read", error);
+        }
     }
 
     HANDLE m_handle;
@@ -86,13 +84,12 @@ std::unique_ptr<LogFile> DiskLogFiles::open(Which which) {
     if (error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND) {
         return nullptr;
     }
-    const tools::Failure failure = tools::systemFailure(path, L"cannot be opened", error);
     // A file that waits for its deletion denies access, too.
     if (error == ERROR_SHARING_VIOLATION || error == ERROR_DELETE_PENDING ||
         (error == ERROR_ACCESS_DENIED && !isDirectory(path))) {
-        throw FileBusy(failure);
+        throw FileBusy(tools::systemFailure(path, L"cannot be opened", error));
     }
-    throw failure;
+    throw tools::systemFailure(path, L"cannot be opened", error);
 }
 
 }  // namespace vorellog

@@ -63,7 +63,4 @@ public:
     void print(const Trail& trail, std::string& out) const override;
 };
 
-/// Appends `text` as a JSON string, with U+FFFD for each byte that is no UTF-8.
-void appendJson(std::string& out, std::string_view text);
-
 }  // namespace vorellog

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <vector>
 
-#include "vorellog/Printer.h"
+#include "vorellog/Json.h"
 #include "vorellog/Utf8.h"
 
 namespace vorellog {
@@ -57,6 +57,14 @@ std::string lengthText(LocalMs length) {
 
 std::string timeText(LocalMs time) {
     return isoText(time, false, ' ');
+}
+
+void appendStep(std::string& out, const Histogram::Step& step, LocalMs length) {
+    JsonObject object(out);
+    object.add("type", "step");
+    object.add("from", isoText(step.from, false));
+    object.add("seconds", static_cast<unsigned long long>(length / 1000));
+    object.add("records", step.records);
 }
 
 }  // namespace
@@ -161,27 +169,41 @@ std::string Summary::text() const {
 }
 
 std::string Summary::json() const {
-    std::string out = "{\"type\":\"summary\",\"records\":" + std::to_string(m_all.records);
-    if (m_all.records != 0) {
-        out += ",\"from\":\"" + isoText(m_all.firstMs, false) + "\",\"to\":\"" + isoText(m_all.lastMs, false) + '"';
-    }
-    out += ",\"cut\":" + std::to_string(m_damage[indexOf(Damage::Cut)]) +
-           ",\"noHeader\":" + std::to_string(m_damage[indexOf(Damage::NoHeader)]) +
-           ",\"badUtf8\":" + std::to_string(m_damage[indexOf(Damage::BadUtf8)]) + "}\n";
+    std::string out;
+    appendHead(out);
     for (const auto& [key, row] : m_rows) {
-        out += "{\"type\":\"count\",\"process\":";
-        appendJson(out, key.first);
-        out += ",\"prefix\":";
-        appendJson(out, key.second);
-        out += ",\"records\":" + std::to_string(row.records) + ",\"first\":\"" + isoText(row.firstMs, false) +
-               "\",\"last\":\"" + isoText(row.lastMs, false) + "\"}\n";
+        out += '\n';
+        appendRow(out, key, row);
     }
     for (const Histogram::Step& step : m_histogram.steps()) {
-        out += "{\"type\":\"step\",\"from\":\"" + isoText(step.from, false) +
-               "\",\"seconds\":" + std::to_string(m_histogram.stepMs() / 1000) +
-               ",\"records\":" + std::to_string(step.records) + "}\n";
+        out += '\n';
+        appendStep(out, step, m_histogram.stepMs());
     }
-    return out;
+    return out + '\n';
+}
+
+/// All records together.
+void Summary::appendHead(std::string& out) const {
+    JsonObject object(out);
+    object.add("type", "summary");
+    object.add("records", m_all.records);
+    if (m_all.records != 0) {
+        object.add("from", isoText(m_all.firstMs, false));
+        object.add("to", isoText(m_all.lastMs, false));
+    }
+    object.add("cut", m_damage[indexOf(Damage::Cut)]);
+    object.add("noHeader", m_damage[indexOf(Damage::NoHeader)]);
+    object.add("badUtf8", m_damage[indexOf(Damage::BadUtf8)]);
+}
+
+void Summary::appendRow(std::string& out, const Key& key, const Row& row) {
+    JsonObject object(out);
+    object.add("type", "count");
+    object.add("process", key.first);
+    object.add("prefix", key.second);
+    object.add("records", row.records);
+    object.add("first", isoText(row.firstMs, false));
+    object.add("last", isoText(row.lastMs, false));
 }
 
 }  // namespace vorellog

@@ -42,6 +42,8 @@ private:
     [[nodiscard]] std::string damageText() const;
     [[nodiscard]] std::string table() const;
     [[nodiscard]] std::string bars() const;
+    void appendHead(std::string& out) const;
+    static void appendRow(std::string& out, const Key& key, const Row& row);
 
     std::map<Key, Row> m_rows;
     Histogram m_histogram;
