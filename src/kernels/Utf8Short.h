@@ -45,6 +45,24 @@ std::size_t shortTextLength(const Element* text, int length) noexcept {
     return zeros != 0 ? static_cast<std::size_t>(std::countr_zero(zeros)) : kNotShort;
 }
 
+/// Decodes characters of four bytes, one at least: where one is, there are mostly more. False for a sequence that is
+/// longer than its value needs.
+template <class Unit>
+bool decodeFours(const unsigned char*& byte, const unsigned char* end, Unit*& out, const Unit* lastPair) noexcept {
+    const auto trailing = [&](unsigned int place) { return byte[place] & 0x3Fu; };
+    do {
+        const std::uint32_t value = (*byte & 0x0Fu) << 18 | trailing(1) << 12 | trailing(2) << 6 | trailing(3);
+        if (value < 0x10000) {
+            return false;
+        }
+        const std::uint32_t pair = 0xDC00D7C0 + (value >> 10) + ((value & 0x3FF) << 16);
+        std::memcpy(out, &pair, sizeof pair);
+        out += 2;
+        byte += 4;
+    } while (byte < end && out <= lastPair && (*byte & 0xF1) == 0xF0);
+    return true;
+}
+
 /// Decodes a short text, with the bytes of its last sequence even when they lie beyond its end. Returns the number of
 /// units, or `kNotShort`: then there is a byte that starts nothing or six bytes, or the room is short, or may be.
 template <class Unit>
@@ -76,16 +94,9 @@ std::size_t decodeShortText(const unsigned char* text, int length, Unit* out, st
             *out++ = static_cast<Unit>(lead << 12 | trailing(1) << 6 | trailing(2));
             byte += 3;
         } else if ((lead & 0xF1) == 0xF0) {
-            do {  // where one is, there are mostly more
-                const std::uint32_t value = (*byte & 0x0Fu) << 18 | trailing(1) << 12 | trailing(2) << 6 | trailing(3);
-                if (value < 0x10000) {
-                    return kNotShort;
-                }
-                const std::uint32_t pair = 0xDC00D7C0 + (value >> 10) + ((value & 0x3FF) << 16);
-                std::memcpy(out, &pair, sizeof pair);
-                out += 2;
-                byte += 4;
-            } while (byte < end && out <= lastPair && (*byte & 0xF1) == 0xF0);
+            if (!decodeFours(byte, end, out, lastPair)) {
+                return kNotShort;
+            }
         } else if (lead == 0) {
             break;
         } else {
