@@ -91,7 +91,7 @@ TEST(LineCommandsTest, Range) {
     std::for_each(std::begin(conversions), std::end(conversions), test::expectConversion);
 }
 
-TEST(LineCommandsTest, BadInputIsToldWithItsPlace) {
+TEST(LineCommandsTest, Integer_TellsThePlaceOfBadInput) {
     const std::string in64 = "an integer from -9223372036854775808 to 9223372036854775807 is expected, found ";
     const BadConversion conversions[] = {
         {{L"integer"}, "1\n2x\n", "line 2, offset 2: an integer is expected, found \"2x\""},
@@ -126,6 +126,12 @@ TEST(LineCommandsTest, BadInputIsToldWithItsPlace) {
          " ",
          "line 1, offset 0: a number of one to eight hexadecimal digits is expected, found \" \""},
         {{L"integer", L"-s"}, "007", "line 1, offset 0: an integer without leading zeros is expected, found \"007\""},
+    };
+    std::for_each(std::begin(conversions), std::end(conversions), test::expectBadInput);
+}
+
+TEST(LineCommandsTest, DoubleAndBoolean_TellThePlaceOfBadInput) {
+    const BadConversion conversions[] = {
         {{L"double"}, "1\nabc", "line 2, offset 2: a number is expected, found \"abc\""},
         {{L"double"}, "1e", "line 1, offset 0: a number is expected, found \"1e\""},
         {{L"double"}, "1,5", "line 1, offset 0: a number is expected, found \"1,5\""},
@@ -135,6 +141,12 @@ TEST(LineCommandsTest, BadInputIsToldWithItsPlace) {
         {{L"boolean", L"-s"},
          "on",
          "line 1, offset 0: true, false, yes, no, t, f, y, n, 1 or 0 is expected, found \"on\""},
+    };
+    std::for_each(std::begin(conversions), std::end(conversions), test::expectBadInput);
+}
+
+TEST(LineCommandsTest, ListAndRange_TellThePlaceOfBadInput) {
+    const BadConversion conversions[] = {
         {{L"list", L"-y", L"integer"},
          "1;2",
          "line 1, offset 0: integers, each followed by at most one comma are expected, found something else behind 1 "
@@ -149,6 +161,12 @@ TEST(LineCommandsTest, BadInputIsToldWithItsPlace) {
          "1\n1-x",
          "line 2, offset 2: ranges of numbers (\"1-5,7,9-\") are expected: Found nonnumeric text in numeric item: "
          "\"1-x\""},
+    };
+    std::for_each(std::begin(conversions), std::end(conversions), test::expectBadInput);
+}
+
+TEST(LineCommandsTest, WhatIsNoTextIsToldWithItsPlace) {
+    const BadConversion conversions[] = {
         {{L"integer"}, "1\n2\0\n"s, "line 2, offset 3: text is expected, found a zero byte"},
         {{L"list"}, "a\nb\xFF", "line 2, offset 3: a UTF-8 sequence is expected, which cannot begin with 0xFF"},
         {{L"list"},

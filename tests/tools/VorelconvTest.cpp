@@ -69,6 +69,7 @@ TEST(VorelconvTest, WrongUseIsToldWithExitCode2) {
         {{L"url", L"--decode", L"--reserved"}, "--decode goes only with --plus", "vorelconv url"},
         {{L"utf16", L"--decode", L"--mark"}, "--mark does not go with --decode", "vorelconv utf16"},
         {{L"codepage", L"--from", L"latin-99"}, "\"latin-99\" is no name of a code page", "vorelconv codepage"},
+        {{L"codepage", L"--to", L"4294968548"}, "\"4294968548\" is no name of a code page", "vorelconv codepage"},
         {{L"integer", L"--type", L"int8"},
          "--type takes int64, uint64, int32, uint32 or hex, not \"int8\"",
          "vorelconv integer"},

@@ -182,7 +182,7 @@ std::wstring columns(const std::vector<std::pair<std::wstring, std::wstring>>& r
     }
     std::wstring text;
     for (const auto& [left, right] : rows) {
-        text += L"  " + left + std::wstring(widest - left.size() + 2, L' ') + right + L"\n";
+        text.append(L"  ").append(left).append(widest - left.size() + 2, L' ').append(right).append(L"\n");
     }
     return text;
 }

@@ -23,26 +23,38 @@ constexpr int kUtf7 = 65000;
 constexpr int kUtf8 = 65001;
 constexpr std::size_t kNotConverted = static_cast<std::size_t>(-1);
 
-bool isOnSystem(int codePage) {
+bool isReadable(int codePage) {
     return vorel::util::iconv_to_wc(vorel::util::iconv_open_codepage(0, codePage), "a", 1, nullptr, 0) != kNotConverted;
+}
+
+bool isWritable(int codePage) {
+    return vorel::util::iconv_from_wc(vorel::util::iconv_open_codepage(codePage, 0), L"a", 1, nullptr, 0, nullptr) !=
+           kNotConverted;
 }
 
 /// A code page by its name or its number.
 int codePageOf(const std::wstring& name) {
+    constexpr std::size_t kMostDigits = 5;
     const std::string narrow = tools::toUtf8(name);
     const char* end = nullptr;
-    int codePage = vorel::util::stringToInteger(narrow.c_str(), &end, false);
-    const bool isNumber = !narrow.empty() && *end == '\0' && codePage > 0 && codePage < 0xFFFF;
-    if (!isNumber) {
-        const int target = vorel::util::iconv_open(narrow.c_str(), nullptr);
-        if (target == -1) {
-            throw tools::WrongUse(L"\"" + name + L"\" is no name of a code page", kName);
-        }
-        codePage = target;
+    const int number = vorel::util::stringToInteger(narrow.c_str(), &end, false);
+    if (narrow.size() <= kMostDigits && *end == '\0' && number > 0 && number < 0xFFFF) {
+        return number;
     }
-    if (!isOnSystem(codePage)) {
+    const int named = vorel::util::iconv_open(narrow.c_str(), nullptr);
+    if (named == -1) {
+        throw tools::WrongUse(L"\"" + name + L"\" is no name of a code page", kName);
+    }
+    return named;
+}
+
+/// The code page of an option; without it UTF-8.
+int codePageOf(const tools::Arguments& arguments, const tools::Option& option, bool (*isUsable)(int)) {
+    const std::wstring name = arguments.value(option.name).value_or(L"UTF-8");
+    const int codePage = codePageOf(name);
+    if (!isUsable(codePage)) {
         throw tools::Failure(L"code page " + std::to_wstring(codePage) + L" (\"" + name +
-                             L"\") is not on this system, or cannot be read with a check for errors");
+                             L"\") is not on this system, or cannot be converted with a check for errors");
     }
     return codePage;
 }
@@ -167,7 +179,11 @@ private:
     /// What was written is read again: so nothing changes without a word.
     void checkNothingIsLost(std::string_view text) {
         std::wstring again;
-        if (m_check.read(m_bytes, again) && again == m_units) {
+        if (!m_check.read(m_bytes, again)) {
+            throw BadInput{0, L"the system cannot read code page " + std::to_wstring(m_check.codePage()) +
+                                  L" again to see whether something is lost (--replace does without)"};
+        }
+        if (again == m_units) {
             return;
         }
         const auto place = std::mismatch(m_units.begin(), m_units.end(), again.begin(), again.end()).first;
@@ -209,7 +225,7 @@ BOOL CALLBACK addCodePage(wchar_t* number) {
     return TRUE;
 }
 
-/// The number of each code page that can be converted, in a line of its own.
+/// The number of each code page that can be read, in a line of its own.
 std::wstring codePageList() {
     EnumSystemCodePagesW(addCodePage, CP_INSTALLED);
     CodePages& candidates = installedCodePages();
@@ -217,7 +233,7 @@ std::wstring codePageList() {
     candidates[kUtf8] = true;
     std::wstring lines;
     for (std::size_t codePage = 1; codePage < candidates.size(); ++codePage) {
-        if (candidates[codePage] && isOnSystem(static_cast<int>(codePage))) {
+        if (candidates[codePage] && isReadable(static_cast<int>(codePage))) {
             lines += std::to_wstring(codePage) + L"\n";
         }
     }
@@ -227,15 +243,15 @@ std::wstring codePageList() {
 constexpr tools::Option kFromOption = {L"from", L'f', L"codepage", L"what the input is in; without it UTF-8"};
 constexpr tools::Option kToOption = {L"to", 0, L"codepage", L"what the output will be in; without it UTF-8"};
 constexpr tools::Option kReplaceOption = {L"replace", L'r', {}, L"let the system replace what the output cannot have"};
-constexpr tools::Option kListOption = {L"list", L'l', {}, L"show the numbers of the system's code pages"};
+constexpr tools::Option kListOption = {L"list", L'l', {}, L"show the numbers of the code pages that can be read"};
 
 int run(const tools::Arguments& arguments) {
     if (arguments.has(kListOption.name)) {
         tools::writeOutput(codePageList());
         return tools::kDone;
     }
-    const int from = codePageOf(arguments.value(kFromOption.name).value_or(L"UTF-8"));
-    const int to = codePageOf(arguments.value(kToOption.name).value_or(L"UTF-8"));
+    const int from = codePageOf(arguments, kFromOption, isReadable);
+    const int to = codePageOf(arguments, kToOption, isWritable);
     CodePageFilter filter(from, to, arguments.has(kReplaceOption.name));
     runFilter(arguments, filter);
     return tools::kDone;

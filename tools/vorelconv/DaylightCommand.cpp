@@ -45,10 +45,10 @@ class DaylightDecoder final : public Filter {
 public:
     std::size_t convert(std::string_view block, bool last, std::string& result) override {
         const std::string_view text = withoutSpaceAtEnd(block);
-        const auto wrong = std::find_if_not(text.begin(), text.end(), isInAlphabet);
-        if (wrong != text.end()) {
-            throw BadInput{static_cast<std::size_t>(wrong - text.begin()),
-                           L"a Daylight character (. + 0-9 A-Z a-z) is expected, found " + shown(*wrong)};
+        const auto good =
+            static_cast<std::size_t>(std::find_if_not(text.begin(), text.end(), isInAlphabet) - text.begin());
+        if (good != text.size()) {
+            throw BadInput{good, L"a Daylight character (. + 0-9 A-Z a-z) is expected, found " + shown(text[good])};
         }
         if (last) {
             checkEnd(text);

@@ -18,22 +18,20 @@ namespace {
 
 constexpr std::size_t kBlockBytes = std::size_t{1} << 20;
 constexpr std::size_t kMostBytes = std::size_t{1} << 30;
-constexpr std::size_t kZeroesBehind = 8;
 
 /// The bytes of the input that are not converted yet.
 class Window {
 public:
-    explicit Window(Input& input) : m_input(input), m_buffer(kBlockBytes + kZeroesBehind) {}
+    explicit Window(Input& input) : m_input(input), m_buffer(kBlockBytes) {}
 
     /// Reads until the window is full or the input ends.
     void fill() {
-        while (m_count < capacity() && !m_ended) {
+        while (m_count < m_buffer.size() && !m_ended) {
             throwIfInterrupted();
-            const std::size_t read = m_input.read(m_buffer.data() + m_count, capacity() - m_count);
+            const std::size_t read = m_input.read(m_buffer.data() + m_count, m_buffer.size() - m_count);
             m_count += read;
             m_ended = read == 0;
         }
-        std::memset(m_buffer.data() + m_count, 0, kZeroesBehind);
     }
 
     [[nodiscard]] std::string_view bytes() const { return {m_buffer.data(), m_count}; }
@@ -61,18 +59,16 @@ public:
     }
 
 private:
-    [[nodiscard]] std::size_t capacity() const { return m_buffer.size() - kZeroesBehind; }
-
     [[nodiscard]] std::uint64_t lineFeeds(std::size_t count) const {
         return static_cast<std::uint64_t>(std::count(m_buffer.data(), m_buffer.data() + count, '\n'));
     }
 
     void grow() {
-        if (capacity() >= kMostBytes) {
+        if (m_buffer.size() >= kMostBytes) {
             refuse({0, L"this line is longer than " + std::to_wstring(kMostBytes) +
                            L" bytes, and has to fit into memory"});
         }
-        m_buffer.resize(2 * capacity() + kZeroesBehind);
+        m_buffer.resize(2 * m_buffer.size());
     }
 
     Input& m_input;

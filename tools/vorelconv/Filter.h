@@ -22,17 +22,13 @@ public:
     Filter() = default;
     Filter(const Filter&) = delete;
     Filter& operator=(const Filter&) = delete;
+    virtual ~Filter() noexcept(false) = default;  // as that of the library's containers, which filters have
 
     /// Appends the result for as many bytes of `block` as can be converted without those that follow, and returns their
     /// number. The others are given again, in front of what follows; when nothing can be converted yet, the next block
-    /// is larger. With `last` nothing follows: then all of the block has to be converted. `block` is followed by eight
-    /// zero bytes.
+    /// is larger. With `last` nothing follows: then all of the block has to be converted.
     /// \throws BadInput.
     virtual std::size_t convert(std::string_view block, bool last, std::string& result) = 0;
-
-protected:
-    // Nobody owns a filter by its base: members of the library have destructors that may throw, a virtual one may not.
-    ~Filter() = default;
 };
 
 /// Runs a command's input through `filter` into its output. A BadInput becomes a Failure that names the input and the

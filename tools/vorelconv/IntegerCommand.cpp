@@ -40,7 +40,7 @@ std::wstring canonical(const std::wstring& integer) {
 
 std::wstring readSigned(const std::wstring& line, long long least, long long most, std::wstring_view expected) {
     const long long value = vorel::util::stringToInteger64(line.c_str(), nullptr, false);
-    const std::wstring text = decimal(value);
+    std::wstring text = decimal(value);
     if (text != canonical(line) || value < least || value > most) {
         refuse(line, expected);
     }
@@ -49,7 +49,7 @@ std::wstring readSigned(const std::wstring& line, long long least, long long mos
 
 std::wstring readUnsigned(const std::wstring& line, unsigned long long most, std::wstring_view expected) {
     const unsigned long long value = vorel::util::stringToUnsignedInteger64(line.c_str(), nullptr, false);
-    const std::wstring text = unsignedDecimal(value);
+    std::wstring text = unsignedDecimal(value);
     if (text != canonical(line) || value > most) {
         refuse(line, expected);
     }

@@ -19,8 +19,6 @@ protected:
 
     /// Behind the last line.
     virtual void finish(std::string&) {}
-
-    ~LineFilter() = default;
 };
 
 /// Appends `text` in UTF-8.

@@ -180,7 +180,7 @@ constexpr Command kCommand = {
                    L"double, boolean\n"
                    L"          between white space; words that are none are passed over\n"
                    L"\n"
-                   L"  vorelconv list --text 'a,\"b,c\"'               a, and b,c in the next line\n"
+                   L"  vorelconv list --delimiter ; --text \"a b;c\"     a b, and c in the next line\n"
                    L"  vorelconv list --type integer --text \"1 ,2 3\"   1, 2 and 3"},
     .run = run};
 
