@@ -8,6 +8,9 @@ namespace {
 
 constexpr DWORD kEndedByTest = 0xDEAD;
 
+/// Under load Wine gives ERROR_INTERNAL_ERROR for one program of some hundreds, which then has not started.
+constexpr unsigned int kMostStarts = 5;
+
 /// `argument` as a program finds it in its `argv`: backslashes count double in front of a quotation mark.
 std::wstring quoted(const std::wstring& argument) {
     std::wstring result = L"\"";
@@ -48,9 +51,16 @@ ChildProcess::ChildProcess(const std::wstring& program, const std::vector<std::w
         startup.hStdError = options.error;
     }
     PROCESS_INFORMATION started = {};
-    const BOOL created =
-        CreateProcessW(path.c_str(), commandLine.data(), nullptr, nullptr, options.inheritHandles || hasStreams, 0,
-                       nullptr, options.directory.empty() ? nullptr : options.directory.c_str(), &startup, &started);
+    BOOL created = FALSE;
+    for (unsigned int start = 0; !created && start != kMostStarts; ++start) {
+        std::wstring writable = commandLine;  // the call may change it
+        created = CreateProcessW(path.c_str(), writable.data(), nullptr, nullptr, options.inheritHandles || hasStreams,
+                                 0, nullptr, options.directory.empty() ? nullptr : options.directory.c_str(), &startup,
+                                 &started);
+        if (!created && GetLastError() != ERROR_INTERNAL_ERROR) {
+            break;
+        }
+    }
     if (!created) {
         throw std::runtime_error("a child program did not start, error " + std::to_string(GetLastError()));
     }

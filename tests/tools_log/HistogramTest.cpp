@@ -33,22 +33,24 @@ TEST(HistogramTest, AFewSecondsAreStepsOfASecond) {
 
 TEST(HistogramTest, StepsAreJoinedWhenTheyBecomeTooMany) {
     struct Case {
-        LocalMs last;
+        LocalMs lastSecond;
         LocalMs stepSeconds;
     };
-    const Case cases[] = {{23 * kSecond, 1},
-                          {24 * kSecond, 5},
-                          {119 * kSecond, 5},
-                          {120 * kSecond, 15},
-                          {3600 * kSecond, 300},
-                          {86400 * kSecond, 3 * 3600},
-                          {7 * 86400LL * kSecond, 12 * 3600},
-                          {365 * 86400LL * kSecond, 28 * 86400}};
+    constexpr LocalMs kHour = 3600;
+    constexpr LocalMs kDay = 24 * kHour;
+    const Case cases[] = {{23, 1},
+                          {24, 5},
+                          {119, 5},
+                          {120, 15},
+                          {kHour, 300},
+                          {kDay, 3 * kHour},
+                          {7 * kDay, 12 * kHour},
+                          {365 * kDay, 28 * kDay}};
     for (const Case& c : cases) {
         Histogram histogram;
         histogram.add(0);
-        histogram.add(c.last);
-        EXPECT_EQ(histogram.stepMs(), c.stepSeconds * kSecond) << c.last;
+        histogram.add(c.lastSecond * kSecond);
+        EXPECT_EQ(histogram.stepMs(), c.stepSeconds * kSecond) << c.lastSecond;
         EXPECT_LE(histogram.steps().size(), Histogram::kMostSteps);
         EXPECT_EQ(histogram.steps().front().records, 1u);
         EXPECT_EQ(histogram.steps().back().records, 1u);

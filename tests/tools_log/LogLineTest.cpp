@@ -13,7 +13,6 @@ namespace {
 
 using vorellog::findNextHeader;
 using vorellog::LogBody;
-using vorellog::LogHeader;
 using vorellog::parseBody;
 using vorellog::parseHeader;
 

@@ -15,7 +15,7 @@ using vorellog::parseTypedTime;
 // 2026-11-16 is 20773 days after 1970-01-01: 56 years, 14 of them with a leap day, and 319 days.
 constexpr LocalMs kDay = 86400000;
 constexpr LocalMs kDate = 20773 * kDay;
-constexpr LocalMs kTime = kDate + ((1 * 60 + 43) * 60 + 8) * 1000;  // 01:43:08
+constexpr LocalMs kTime = kDate + 6188000;  // 01:43:08
 
 TEST(LogTimeTest, TimesOfLines) {
     struct Case {
