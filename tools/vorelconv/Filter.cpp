@@ -111,6 +111,9 @@ void runFilter(const tools::Arguments& arguments, Filter& filter) {
         output.commit();
     } catch (const tools::Failure& failure) {
         throw tools::Failure(failure.text() + output.abandon());
+    } catch (const tools::OutputClosed&) {
+        (void)output.abandon();  // who left does not ask what is missing
+        throw;
     }
 }
 

@@ -46,12 +46,8 @@ std::size_t LineFilter::convert(std::string_view block, bool last, std::string& 
     return start;
 }
 
-void append(std::string& result, std::wstring_view text) {
-    result += tools::toUtf8(text);
-}
-
 void appendLine(std::string& result, std::wstring_view text) {
-    append(result, text);
+    result += tools::toUtf8(text);
     result += '\n';
 }
 

@@ -21,9 +21,6 @@ protected:
     virtual void finish(std::string&) {}
 };
 
-/// Appends `text` in UTF-8.
-void append(std::string& result, std::wstring_view text);
-
 /// Appends `text` in UTF-8, and the end of a line.
 void appendLine(std::string& result, std::wstring_view text);
 
