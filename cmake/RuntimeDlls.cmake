@@ -17,3 +17,8 @@ foreach(name IN ITEMS libstdc++-6.dll libgcc_s_seh-1.dll libwinpthread-1.dll)
     list(APPEND VOREL_RUNTIME_DLLS "${path}")
     configure_file("${path}" "${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/${name}" COPYONLY)
 endforeach()
+
+# The name that find_package gives them, for a project that has this one as a part of itself.
+if(NOT PROJECT_IS_TOP_LEVEL)
+    set(vorelCore_RUNTIME_DLLS "${VOREL_RUNTIME_DLLS}" PARENT_SCOPE)
+endif()

@@ -26,6 +26,10 @@ void failInTwoLayers() {
     }
 }
 
+void askForVersion() {
+    expect(std::string(vorel::version()) == VOREL_VERSION_STRING, "library and headers have one version");
+}
+
 void useStringsAndArrays() {
     vorel::BaseString<wchar_t> line;
     line.format(L"%ls = %d", L"width", 640);
@@ -80,6 +84,7 @@ int main(int argumentCount, char** arguments) {
         return 2;
     }
     try {
+        askForVersion();
         useStringsAndArrays();
         useExceptionsAndLog(arguments[1]);
     } catch (...) {

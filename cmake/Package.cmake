@@ -1,0 +1,87 @@
+# What `cmake --install` and CPack give to a user:
+#
+#   bin/                     vorelCore.dll, the compiler's runtime DLLs, the tools
+#   include/vorel/           the headers
+#   lib/                     the import library and the static form
+#   lib/cmake/vorelCore/     for find_package, and the toolchain file
+#   lib/pkgconfig/           vorelCore.pc and vorelCoreStatic.pc
+#   share/vorelCore/         the licences of the runtime DLLs
+#
+# The package may be moved as a whole: nothing in it knows where it lies.
+
+include(CMakePackageConfigHelpers)
+
+set(vorelPackageDir "${CMAKE_INSTALL_LIBDIR}/cmake/vorelCore")
+set(vorelPkgConfigDir "${CMAKE_INSTALL_LIBDIR}/pkgconfig")
+set(vorelDataDir "${CMAKE_INSTALL_DATADIR}/vorelCore")
+set(vorelPackageFiles "${PROJECT_BINARY_DIR}/package")
+
+install(DIRECTORY include/vorel DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}" FILES_MATCHING PATTERN "*.h")
+install(TARGETS vorelCore vorelCoreStatic EXPORT vorelCoreTargets)
+install(FILES ${VOREL_RUNTIME_DLLS} DESTINATION "${CMAKE_INSTALL_BINDIR}")
+
+# ---- For find_package -----------------------------------------------------------------------------------------------
+
+install(EXPORT vorelCoreTargets NAMESPACE vorel:: DESTINATION "${vorelPackageDir}")
+configure_package_config_file(cmake/vorelCoreConfig.cmake.in "${vorelPackageFiles}/vorelCoreConfig.cmake"
+    INSTALL_DESTINATION "${vorelPackageDir}"
+    PATH_VARS CMAKE_INSTALL_BINDIR)
+# Before 1.0 a minor version may change the interface.
+write_basic_package_version_file("${vorelPackageFiles}/vorelCoreConfigVersion.cmake" COMPATIBILITY SameMinorVersion)
+install(
+    FILES
+        "${vorelPackageFiles}/vorelCoreConfig.cmake"
+        "${vorelPackageFiles}/vorelCoreConfigVersion.cmake"
+        cmake/mingw-ucrt.cmake
+    DESTINATION "${vorelPackageDir}")
+
+# ---- For pkg-config -------------------------------------------------------------------------------------------------
+
+string(REGEX REPLACE "[^/]+" ".." vorelToPrefix "${vorelPkgConfigDir}")
+foreach(name IN ITEMS vorelCore vorelCoreStatic)
+    configure_file(cmake/${name}.pc.in "${vorelPackageFiles}/${name}.pc" @ONLY)
+    install(FILES "${vorelPackageFiles}/${name}.pc" DESTINATION "${vorelPkgConfigDir}")
+endforeach()
+
+# ---- Licences -------------------------------------------------------------------------------------------------------
+
+configure_file(LICENSES/README.txt.in "${vorelPackageFiles}/README.txt" @ONLY NEWLINE_STYLE CRLF)
+install(
+    FILES
+        "${vorelPackageFiles}/README.txt"
+        LICENSES/GPL-3.0.txt
+        LICENSES/GCC-exception-3.1.txt
+        LICENSES/winpthreads.txt
+    DESTINATION "${vorelDataDir}/LICENSES")
+
+# ---- Archive and installer ------------------------------------------------------------------------------------------
+
+if(NOT PROJECT_IS_TOP_LEVEL)
+    return()
+endif()
+
+set(CPACK_PACKAGE_VENDOR "Talvenor")
+set(CPACK_PACKAGE_NAME "${PROJECT_NAME}")
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "${PROJECT_DESCRIPTION}")
+set(CPACK_PACKAGE_FILE_NAME "${PROJECT_NAME}-${PROJECT_VERSION}-win64-ucrt")
+set(CPACK_PACKAGE_INSTALL_DIRECTORY "${PROJECT_NAME} ${PROJECT_VERSION}")
+set(CPACK_PACKAGE_CHECKSUM SHA256)
+set(CPACK_RESOURCE_FILE_LICENSE "${vorelPackageFiles}/README.txt")
+set(CPACK_VERBATIM_VARIABLES ON)
+# What goes into the package is named by ./dev package; without this it would have to wait for all tests.
+set(CMAKE_SKIP_INSTALL_ALL_DEPENDENCY ON)
+
+set(CPACK_GENERATOR ZIP)
+find_program(VOREL_MAKENSIS makensis DOC "Makes the installer")
+if(VOREL_MAKENSIS)
+    list(APPEND CPACK_GENERATOR NSIS)
+    set(CPACK_NSIS_EXECUTABLE "${VOREL_MAKENSIS}")
+    # A 64-bit program like everything in it, and with file names in Unicode.
+    set(CPACK_NSIS_EXECUTABLE_PRE_ARGUMENTS "-XTarget amd64-unicode")
+    set(CPACK_NSIS_INSTALL_ROOT "$PROGRAMFILES64")
+    set(CPACK_NSIS_DISPLAY_NAME "${PROJECT_NAME} ${PROJECT_VERSION}")
+    set(CPACK_NSIS_PACKAGE_NAME "${PROJECT_NAME} ${PROJECT_VERSION}")
+    set(CPACK_NSIS_UNINSTALL_NAME "uninstall")
+    set(CPACK_NSIS_ENABLE_UNINSTALL_BEFORE_INSTALL ON)
+endif()
+include(CPack)
