@@ -5,7 +5,8 @@
 #   lib/                     the import library and the static form
 #   lib/cmake/vorelCore/     for find_package, and the toolchain file
 #   lib/pkgconfig/           vorelCore.pc and vorelCoreStatic.pc
-#   share/vorelCore/         the licences of the runtime DLLs
+#   bin/vorelCore.dll-gdb.py GDB's view of the containers and exceptions, where GDB looks for it
+#   share/vorelCore/         the licences of the runtime DLLs, and Visual Studio's view
 #
 # The package may be moved as a whole: nothing in it knows where it lies.
 
@@ -43,6 +44,11 @@ foreach(name IN ITEMS vorelCore vorelCoreStatic)
     install(FILES "${vorelPackageFiles}/${name}.pc" DESTINATION "${vorelPkgConfigDir}")
 endforeach()
 
+# ---- Debugger views -------------------------------------------------------------------------------------------------
+
+install(FILES debuggers/vorelCore-gdb.py DESTINATION "${CMAKE_INSTALL_BINDIR}" RENAME vorelCore.dll-gdb.py)
+install(FILES debuggers/vorelCore.natvis DESTINATION "${vorelDataDir}")
+
 # ---- Licences -------------------------------------------------------------------------------------------------------
 
 configure_file(LICENSES/README.txt.in "${vorelPackageFiles}/README.txt" @ONLY NEWLINE_STYLE CRLF)
@@ -77,7 +83,7 @@ if(VOREL_MAKENSIS)
     list(APPEND CPACK_GENERATOR NSIS)
     set(CPACK_NSIS_EXECUTABLE "${VOREL_MAKENSIS}")
     # A 64-bit program like everything in it, and with file names in Unicode.
-    set(CPACK_NSIS_EXECUTABLE_PRE_ARGUMENTS "-XTarget amd64-unicode")
+    set(CPACK_NSIS_EXECUTABLE_PRE_ARGUMENTS [["-XTarget amd64-unicode"]])
     set(CPACK_NSIS_INSTALL_ROOT "$PROGRAMFILES64")
     set(CPACK_NSIS_DISPLAY_NAME "${PROJECT_NAME} ${PROJECT_VERSION}")
     set(CPACK_NSIS_PACKAGE_NAME "${PROJECT_NAME} ${PROJECT_VERSION}")
