@@ -1,0 +1,161 @@
+#!/usr/bin/env python3
+"""The samples of the documents: cuts them out of the Markdown, and runs what the build makes of them.
+
+A fenced block labelled `cpp` is a sample. One with a `main` is a program; all others are the bodies of functions in one
+program for each page, in which the log is `sample.log`. A block labelled `output` behind a sample is what it writes to
+its standard output, one labelled `log` what it leaves in its log, where times, computers and ids differ.
+"""
+
+import argparse
+import difflib
+import re
+import shutil
+import subprocess
+import sys
+from dataclasses import dataclass, field
+from pathlib import Path
+
+FENCE = re.compile(r"^```(\w*)\s*$")
+PROGRAM = re.compile(r"^int main\(", re.MULTILINE)
+LOG_LINE = re.compile(r"\[[^]]*\](\.\d{3})? [^ ]*\.\d+\.\d+: (.*)")
+
+PROLOGUE = """\
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <thread>
+#include <vorel/vorelCore.h>
+
+namespace {
+"""
+
+
+@dataclass
+class Block:
+    language: str
+    line: int  # of its first line, from 1
+    text: str
+
+
+@dataclass
+class Sample:
+    page: Path
+    line: int
+    text: str
+    expected: dict = field(default_factory=dict)  # "output" and "log", where the page has them
+
+    def is_program(self) -> bool:
+        return PROGRAM.search(self.text) is not None
+
+
+def blocks(page: Path):
+    """The fenced blocks of a page."""
+    opened = None
+    lines = []
+    for number, line in enumerate(page.read_text(encoding="utf-8").splitlines(), start=1):
+        fence = FENCE.match(line)
+        if fence and opened is None:
+            opened, lines = Block(fence[1], number + 1, ""), []
+        elif fence and not fence[1]:
+            opened.text = "".join(part + "\n" for part in lines)
+            yield opened
+            opened = None
+        else:
+            lines.append(line)
+    if opened is not None:
+        sys.exit(f"{page}:{opened.line - 1}: this block has no end")
+
+
+def samples(page: Path) -> list:
+    found = []
+    for block in blocks(page):
+        if block.language == "cpp":
+            found.append(Sample(page, block.line, block.text))
+        elif block.language in ("output", "log"):
+            if not found or block.language in found[-1].expected:
+                sys.exit(f"{page}:{block.line}: this {block.language} belongs to no sample")
+            found[-1].expected[block.language] = block.text
+    return found
+
+
+def write_if_changed(path: Path, text: str) -> None:
+    if not path.exists() or path.read_text(encoding="utf-8") != text:
+        path.write_text(text, encoding="utf-8")
+
+
+def cut(pages: list, folder: Path) -> None:
+    """Writes a source for each program, and prints "page number program" for each sample."""
+    folder.mkdir(parents=True, exist_ok=True)
+    for page in pages:
+        functions, cases = [], []
+        for number, sample in enumerate(samples(page), start=1):
+            located = f'#line {sample.line} "{page.as_posix()}"\n{sample.text}'
+            if sample.is_program():
+                program = f"doc_{page.stem}_{number}"
+                write_if_changed(folder / f"{program}.cpp", located)
+            else:
+                program = f"doc_{page.stem}"
+                functions.append(f"void sample{number}() {{\n{located}}}\n")
+                cases.append(f"        case {number}: sample{number}(); return 0;\n")
+            print(page.stem, number, program)
+        if cases:
+            write_if_changed(
+                folder / f"doc_{page.stem}.cpp",
+                PROLOGUE + "\n".join(functions) + "}  // namespace\n\nint main(int count, char** arguments) {\n"
+                '    vorel::Exception::SetErrorLogLocation("sample.log", vorel::Exception::DefaultLogSize);\n'
+                "    switch (count > 1 ? std::atoi(arguments[1]) : 0) {\n" + "".join(cases) +
+                "        default: return 2;\n    }\n}\n")
+
+
+def records(log: str) -> str:
+    """The lines of a log without what differs from run to run; a line of another form fails."""
+    lines = []
+    for line in log.splitlines():
+        match = LOG_LINE.fullmatch(line)
+        if not match:
+            sys.exit(f"no line of a log: {line}")
+        lines.append(match[2] + "\n")
+    return "".join(lines)
+
+
+def execute(sample: Sample, number: int, command: list, folder: Path) -> None:
+    """Runs one sample in a fresh folder, and compares what it leaves."""
+    shutil.rmtree(folder, ignore_errors=True)
+    folder.mkdir(parents=True)
+    done = subprocess.run([*command, str(number)], cwd=folder, stdout=subprocess.PIPE, timeout=60, check=False)
+    where = f"{sample.page}:{sample.line}"
+    if done.returncode != 0:
+        sys.exit(f"{where}: the sample ends with {done.returncode}")
+    actual = {"output": done.stdout.decode("utf-8").replace("\r\n", "\n")}
+    if "log" in sample.expected:
+        logs = list(folder.glob("*.log"))
+        actual["log"] = records("".join(log.read_text(encoding="utf-8") for log in logs))
+        sample.expected["log"] = records(sample.expected["log"])
+    for kind, expected in sample.expected.items():
+        if actual[kind] != expected:
+            difference = difflib.unified_diff(expected.splitlines(), actual[kind].splitlines(), "page", "run", lineterm="")
+            sys.exit(f"{where}: another {kind} than the page says\n" + "\n".join(difference))
+
+
+def main() -> None:
+    parser = argparse.ArgumentParser()
+    commands = parser.add_subparsers(dest="command", required=True)
+    cutting = commands.add_parser("cut")
+    cutting.add_argument("folder", type=Path)
+    cutting.add_argument("pages", type=Path, nargs="+")
+    running = commands.add_parser("run")
+    running.add_argument("page", type=Path)
+    running.add_argument("number", type=int)
+    running.add_argument("folder", type=Path)
+    running.add_argument("program", nargs="+")
+    arguments = parser.parse_args()
+    if arguments.command == "cut":
+        cut(arguments.pages, arguments.folder)
+    else:
+        sample = samples(arguments.page)[arguments.number - 1]
+        execute(sample, arguments.number, arguments.program, arguments.folder)
+
+
+if __name__ == "__main__":
+    main()
