@@ -64,6 +64,13 @@ constexpr bool isSlash(T c) noexcept {
     return c == '/' || c == '\\';
 }
 
+/// Whether two characters are plainly the same, or two cases of a letter: most of the equal ones are.
+template <class T>
+constexpr bool areSame(T a, T b, OrderRules rules) noexcept {
+    const auto difference = static_cast<unsigned int>(a ^ b);
+    return difference == 0 || (difference == kCaseBit && rules.ignoreCase && isLetter(a));
+}
+
 /// Below 0, 0, or above 0, as `a` comes before, is equal to, or comes behind `b`. Null comes before every text.
 template <class T>
 [[gnu::always_inline]] inline int compareTexts(const T* a, const T* b, OrderRules rules) noexcept {
@@ -77,9 +84,7 @@ template <class T>
             }
             continue;
         }
-        // No rule tells the same characters apart, and case is all that lies between two letters here.
-        const auto difference = static_cast<unsigned int>(*a ^ *b);
-        if ((difference == 0 && *a) || (difference == kCaseBit && rules.ignoreCase && isLetter(*a))) {
+        if (*a && areSame(*a, *b, rules)) {
             ++a;
             ++b;
             continue;

@@ -58,7 +58,7 @@ void splitNarrow(Trial& trial) {
 
 void splitQuotedNarrow(Trial& trial) {
     Array<BaseString<char>> items = test::stringsOf<char>({"old"});
-    trial.perform([&] { util::singleCStringToMultipleCStrings("a,\"b\"\"c\", d ,e,f,g", ",", items, true); });
+    trial.perform([&] { util::singleCStringToMultipleCStrings(R"(a,"b""c", d ,e,f,g)", ",", items, true); });
     trial.expectMemoryOrDone();
     EXPECT_EQ(test::textsOf(items), trial.completed() ? (std::vector<std::string>{"a", "b\"c", "d", "e", "f", "g"})
                                                       : std::vector<std::string>{"old"});
