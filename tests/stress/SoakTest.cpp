@@ -183,7 +183,7 @@ private:
 
     /// A line may stand behind the half one of a process that was killed while it wrote.
     void readLine(std::string_view line) {
-        const std::size_t last = line.rfind("[");
+        const std::size_t last = line.rfind('[');
         if (!takeLine(line)) {
             ++m_torn;
             if (last != 0 && last != std::string_view::npos && !takeLine(line.substr(last))) {

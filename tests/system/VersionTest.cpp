@@ -3,6 +3,7 @@
 #include "vorel/Version.h"
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -77,7 +78,8 @@ TEST(Version, TheFilePropertiesHaveTheSameNumbers) {
 }
 
 TEST(Version, TheFilePropertiesNameTheLibrary) {
-    const std::wstring version(VOREL_VERSION_STRING, VOREL_VERSION_STRING + sizeof VOREL_VERSION_STRING - 1);
+    const std::string_view narrow = VOREL_VERSION_STRING;
+    const std::wstring version(narrow.begin(), narrow.end());
     const struct {
         const wchar_t* name;
         std::wstring text;

@@ -13,8 +13,6 @@ namespace {
 using test::header;
 using test::recordsOf;
 using ::testing::ElementsAre;
-using vorellog::Damage;
-using vorellog::Line;
 using vorellog::LineEnd;
 using vorellog::Record;
 using vorellog::RecordReader;
