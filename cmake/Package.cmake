@@ -83,7 +83,7 @@ if(VOREL_MAKENSIS)
     list(APPEND CPACK_GENERATOR NSIS)
     set(CPACK_NSIS_EXECUTABLE "${VOREL_MAKENSIS}")
     # A 64-bit program like everything in it, and with file names in Unicode.
-    set(CPACK_NSIS_EXECUTABLE_PRE_ARGUMENTS [["-XTarget amd64-unicode"]])
+    set(CPACK_NSIS_EXECUTABLE_PRE_ARGUMENTS [[-XTarget\ amd64-unicode]])
     set(CPACK_NSIS_INSTALL_ROOT "$PROGRAMFILES64")
     set(CPACK_NSIS_DISPLAY_NAME "${PROJECT_NAME} ${PROJECT_VERSION}")
     set(CPACK_NSIS_PACKAGE_NAME "${PROJECT_NAME} ${PROJECT_VERSION}")
