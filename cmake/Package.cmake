@@ -84,6 +84,8 @@ if(VOREL_MAKENSIS)
     set(CPACK_NSIS_EXECUTABLE "${VOREL_MAKENSIS}")
     # A 64-bit program like everything in it, and with file names in Unicode.
     set(CPACK_NSIS_EXECUTABLE_PRE_ARGUMENTS [[-XTarget\ amd64-unicode]])
+    # The default, LZMA, compresses in a thread of its own, and makensis has been seen to wait for it forever.
+    set(CPACK_NSIS_COMPRESSOR zlib)
     set(CPACK_NSIS_INSTALL_ROOT "$PROGRAMFILES64")
     set(CPACK_NSIS_DISPLAY_NAME "${PROJECT_NAME} ${PROJECT_VERSION}")
     set(CPACK_NSIS_PACKAGE_NAME "${PROJECT_NAME} ${PROJECT_VERSION}")
