@@ -52,6 +52,7 @@ std::uint64_t decodePlainly(const char* utf8, std::size_t count, std::wstring& b
                 value = value << 6 | (*byte++ & 0x3Fu);
             }
         }
+        // cppcheck-suppress knownConditionTrueFalse; the trailing bytes have made it larger
         if (value > 0xFFFF) {
             *out++ = static_cast<wchar_t>(0xD7C0 + (value >> 10));
             *out++ = static_cast<wchar_t>(0xDC00 + (value & 0x3FF));

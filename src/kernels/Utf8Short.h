@@ -84,7 +84,7 @@ std::size_t decodeShortText(const unsigned char* text, int length, Unit* out, st
         if (out > lastPair) {
             return kNotShort;
         }
-        if (lead - 1 < 0x7F) {
+        if (isAsciiText(lead)) {
             *out++ = static_cast<Unit>(lead);
             ++byte;
         } else if (lead >= 0xC0 && lead < 0xE0) {
@@ -129,7 +129,7 @@ std::size_t encodeShortText(const Unit* text, int length, unsigned char* out, st
         if (out > lastFour) {
             return kNotShort;
         }
-        if (value - 1 < 0x7F) {
+        if (isAsciiText(value)) {
             put(value);
         } else if (value - 0x80 < 0x800 - 0x80) {
             put(0xC0 | value >> 6);

@@ -181,6 +181,7 @@ std::size_t findPages(std::size_t pages) noexcept {
 }
 
 bool allow(std::size_t page, std::size_t pages) noexcept {
+    // cppcheck-suppress leakReturnValNotUsed; they stay part of the region
     return VirtualAlloc(startOf(page), pages * kPage, MEM_COMMIT, PAGE_READWRITE) != nullptr;
 }
 
@@ -193,6 +194,7 @@ unsigned char* place(std::size_t bytes) noexcept {
     pieces[page] = {lastSerial + 1, static_cast<std::uint32_t>(bytes), static_cast<std::uint32_t>(accessible + 1),
                     State::Live};
     if (bytes != 0) {
+        // cppcheck-suppress leakReturnValNotUsed; the same
         if (!allow(page, accessible)) {
             pieces[page].state = State::Free;
             return nullptr;
@@ -225,7 +227,7 @@ void retire(std::size_t page) noexcept {
         return;
     }
     if (piece.pages > 2) {
-        VirtualFree(startOf(page), (std::size_t{piece.pages} - 1) * kPage, MEM_DECOMMIT);
+        VirtualFree(startOf(page), kPage * (piece.pages - 1), MEM_DECOMMIT);
         return;
     }
     if (retired.isFull()) {
