@@ -134,6 +134,7 @@ std::size_t encodeShortText(const Unit* text, int length, unsigned char* out, st
         } else if (value - 0x80 < 0x800 - 0x80) {
             put(0xC0 | value >> 6);
             putTrailing(value);
+            // cppcheck-suppress knownConditionTrueFalse; without a sign, zero minus 0x80 is large
         } else if (value == 0) {
             break;
         } else if (Rule == Surrogates::Single || (value & 0xF800) != 0xD800) {
