@@ -8,5 +8,6 @@
 #elif defined(VOREL_BUILDING_DLL)
 #define VOREL_API __declspec(dllexport)
 #else
+/// Stands before every declaration that leaves the library.
 #define VOREL_API __declspec(dllimport)
 #endif

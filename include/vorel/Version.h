@@ -19,6 +19,7 @@
 
 /// The text of a number that a macro stands for.
 #define VOREL_VERSION_TEXT_OF(number) VOREL_VERSION_TEXT_AS_WRITTEN(number)
+/// The text of its argument, which is not looked at.
 #define VOREL_VERSION_TEXT_AS_WRITTEN(number) #number
 
 namespace vorel {

@@ -25,6 +25,7 @@
 
 namespace vorel {
 
+/// An owning, growable sequence of elements.
 template <class T>
 class Array {
 public:
@@ -57,6 +58,7 @@ public:
         return *this;
     }
 
+    /// Takes over the storage; `other` is left empty.
     Array& operator=(Array&& other) noexcept {
         Array taken(std::move(other));
         swap(taken);

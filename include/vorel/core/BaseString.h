@@ -29,6 +29,7 @@ template <class T>
 struct StringAccess;
 }
 
+/// An owning, null-terminated, growable string.
 template <class T>
 class BaseString {
 public:
@@ -83,6 +84,7 @@ public:
     /// Units before the terminator; counts them and remembers the result when the length is not known.
     VOREL_API unsigned int length() const noexcept;
 
+    /// Whether there is no text.
     bool empty() const noexcept { return length() == 0; }
 
     /// Size of the buffer in units, the terminator included; 0 when there is no buffer.
@@ -152,11 +154,13 @@ private:
 };
 
 // Declared for each width, because the compiler checks the arguments of the narrow form.
+/// \cond
 template <>
 VOREL_PRINTF(2, 3)
 VOREL_API BaseString<char>& BaseString<char>::format(const char* fmt, ...);
 template <>
 VOREL_API BaseString<wchar_t>& BaseString<wchar_t>::format(const wchar_t* fmt, ...);
+/// \endcond
 
 }  // namespace vorel
 

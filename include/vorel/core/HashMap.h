@@ -48,6 +48,7 @@ inline std::uint64_t nextPrime(std::uint64_t n) noexcept {
 /// Equality of null-terminated names without regard to the case of the Latin letters A to Z, and of no others. Two
 /// null names are equal; a null and a non-null name are not.
 struct NameEqual {
+    /// Whether two names are equal; see above.
     template <class T>
     bool operator()(const T* a, const T* b) const noexcept {
         if (!a || !b) {
@@ -68,6 +69,7 @@ private:
     }
 };
 
+/// A chained map; every operation takes the hash of its key from the caller.
 template <class Key, class Value, class KeyEqual = std::equal_to<Key>>
 class HashMap {
     struct Node {
@@ -82,6 +84,7 @@ public:
     /// it invalid.
     class Iterator {
     public:
+        /// Key and value of the entry; not for the end.
         [[nodiscard]] const Key& key() const noexcept { return m_node->key; }
         [[nodiscard]] Value& value() const noexcept { return m_node->value; }
 
@@ -92,6 +95,7 @@ public:
             return *this;
         }
 
+        /// Whether both are the same place.
         friend bool operator==(const Iterator& a, const Iterator& b) noexcept { return a.m_node == b.m_node; }
 
     private:
@@ -131,6 +135,7 @@ public:
         detail::guardedDestructor(L"HashMap", [this] { clear(); });
     }
 
+    /// Number of entries, and number of buckets.
     [[nodiscard]] unsigned int size() const noexcept { return m_size; }
     [[nodiscard]] unsigned int bucketCount() const noexcept { return m_buckets.size(); }
 
@@ -235,6 +240,7 @@ public:
         }
     }
 
+    /// The first entry, in no order that means anything; the end of an empty map.
     [[nodiscard]] Iterator begin() const noexcept {
         if (m_size == 0) {
             return end();
@@ -244,6 +250,7 @@ public:
         return first;
     }
 
+    /// The place behind the last entry.
     [[nodiscard]] Iterator end() const noexcept { return Iterator(this, nullptr, nullptr); }
 
 private:

@@ -22,8 +22,10 @@ struct VOREL_API MemAllocInfo {
     /// Sets every figure to 0.
     void clear() noexcept;
 
+    /// How many counters there are.
     static constexpr unsigned int kCounters = 32;
 
+    /// The figures; what they count is for the spy to say.
     unsigned long long allocatedTotal;
     unsigned long long freedTotal;
     unsigned int counters[kCounters];
@@ -33,6 +35,7 @@ struct VOREL_API MemAllocInfo {
 /// the client's to define.
 class VOREL_API AllocSpy {
 public:
+    /// A spy holds nothing.
     AllocSpy() noexcept = default;
     AllocSpy(const AllocSpy&) noexcept = default;
     AllocSpy& operator=(const AllocSpy&) noexcept = default;
@@ -77,6 +80,7 @@ private:
 /// stand in the library all the same, so that clients built against another form of it link.
 class VOREL_API LeakDetector {
 public:
+    /// The arguments are not looked at.
     LeakDetector() noexcept;
     LeakDetector(const char* name, bool) noexcept;
     LeakDetector(const wchar_t* name, bool) noexcept;
@@ -84,6 +88,7 @@ public:
     LeakDetector& operator=(const LeakDetector&) noexcept = default;
     ~LeakDetector();  // NOLINT(performance-trivially-destructible): the library has it, as it has all the others
 
+    /// Do nothing.
     void Add(void* block, const char* where) noexcept;
     void Add(void* block, const wchar_t* where) noexcept;
     void Sub(void* block) noexcept;
@@ -92,6 +97,7 @@ public:
     LeakDetector& SetName(const char* name) noexcept;
     LeakDetector& SetName(const wchar_t* name) noexcept;
 
+    /// Does nothing.
     static void ResetClass() noexcept;
 
 private:

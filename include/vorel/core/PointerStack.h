@@ -7,6 +7,7 @@
 
 namespace vorel {
 
+/// A stack of pointers that are not its own.
 template <class T>
 class PointerStack {
 public:
@@ -27,6 +28,7 @@ public:
     /// \throws InvalidIndexException when `index` is not below the size.
     T* operator[](unsigned int index) const { return m_items[index]; }
 
+    /// How many pointers there are, and whether there is none.
     [[nodiscard]] unsigned int size() const noexcept { return m_items.size(); }
     [[nodiscard]] bool empty() const noexcept { return m_items.empty(); }
 

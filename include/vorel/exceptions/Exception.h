@@ -39,6 +39,7 @@ namespace detail {
 struct LogLocation;
 }
 
+/// A failure, with the messages that it collected on its way; its static operations are the front of the error log.
 class VOREL_API Exception {
 public:
     /// \name Building, copying, throwing
@@ -262,6 +263,7 @@ protected:
     /// Renders a text in the place of the message at `index`; nothing is logged.
     void UpdateMessageOnStack(unsigned int index, const wchar_t* fmt, va_list args) noexcept;
 
+    /// Removes all messages.
     void CleanAll() noexcept;
 
     /// Copies messages, locations and the protocol-state mark, and clears both text blocks.

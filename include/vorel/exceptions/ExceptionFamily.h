@@ -79,6 +79,7 @@ public:
 /// What a comparison found; its default form has no message.
 class VOREL_API DiffException : public Exception {
 public:
+    /// No message, or the rendered one.
     DiffException() noexcept;
     explicit DiffException(const wchar_t* fmt, ...) noexcept;
     VOREL_PRINTF(2, 3) explicit DiffException(const char* fmt, ...) noexcept;
@@ -88,6 +89,7 @@ public:
 /// A difference that is an error.
 class VOREL_API DiffErrorException : public DiffException {
 public:
+    /// No message, or the rendered one.
     DiffErrorException() noexcept;
     explicit DiffErrorException(const wchar_t* fmt, ...) noexcept;
     VOREL_PRINTF(2, 3) explicit DiffErrorException(const char* fmt, ...) noexcept;
@@ -97,6 +99,7 @@ public:
 /// A difference that is a warning.
 class VOREL_API DiffWarningException : public DiffException {
 public:
+    /// No message, or the rendered one.
     DiffWarningException() noexcept;
     explicit DiffWarningException(const wchar_t* fmt, ...) noexcept;
     VOREL_PRINTF(2, 3) explicit DiffWarningException(const char* fmt, ...) noexcept;

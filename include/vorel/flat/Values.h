@@ -43,6 +43,7 @@ VOREL_API vorel_status vorel_parse_boolean(const vorel_char16* text, size_t leng
 ///     "42 apples"  →  42, 3 units used        "-x"  →  0, 1 unit used
 /// \{
 
+/// Reads what its name says, as told above, and sets `used` to the units that were read.
 VOREL_API vorel_status vorel_scan_int32(const vorel_char16* text, size_t length, int32_t* value, size_t* used);
 VOREL_API vorel_status vorel_scan_uint32(const vorel_char16* text, size_t length, uint32_t* value, size_t* used);
 VOREL_API vorel_status vorel_scan_int64(const vorel_char16* text, size_t length, int64_t* value, size_t* used);
@@ -80,8 +81,8 @@ VOREL_API vorel_status vorel_parse_boolean_list(const vorel_char16* text, size_t
 /// From `start` to `end`, both included; -1 stands for an end that is open.
 // NOLINTNEXTLINE(modernize-use-using): C reads this, too
 typedef struct vorel_range {
-    int32_t start;
-    int32_t end;
+    int32_t start;  ///< the first number, or -1: from the beginning
+    int32_t end;    ///< the last number, or -1: to the end
 } vorel_range;
 
 /// Ranges between commas. No number can be negative; empty items are passed over.

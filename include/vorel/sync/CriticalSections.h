@@ -71,6 +71,7 @@ private:
 /// No lock in the shape of one.
 class NoLock {
 public:
+    /// Nothing happens, and every lock is had at once.
     bool lock(unsigned int, bool) noexcept { return true; }
     bool tryLock() noexcept { return true; }
     void unlock() noexcept {}

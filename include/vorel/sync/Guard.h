@@ -19,6 +19,7 @@ namespace vorel {
 template <class Lock>
 class Guard {
 public:
+    /// Takes `lock`, which has to outlive the guard, waiting for up to a minute.
     explicit Guard(Lock& lock) : m_lock(&lock), m_held(lock.lock(kTimeoutMs, true)) {}
 
     ~Guard() noexcept(false) {
@@ -44,6 +45,7 @@ private:
 template <class Lock>
 class UnGuard {
 public:
+    /// Leaves `lock`, which has to outlive the guard.
     explicit UnGuard(Lock& lock) : m_lock(&lock), m_held(true) {
         lock.unlock();
         m_held = false;

@@ -6,6 +6,7 @@
 
 namespace vorel::util {
 
+/// The classes that a process may ask for.
 enum ProcessPriorityClass : int {
     PPC_AboveNormal = 0,
     PPC_Normal = 1,

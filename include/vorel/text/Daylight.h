@@ -14,6 +14,7 @@ namespace vorel::util {
 ///     41 42  →  EI6.2        41 42 43  →  EI713        nothing  →  3
 class Daylight {
 public:
+    /// An object holds nothing: all operations are static.
     VOREL_API Daylight& operator=(const Daylight&);
     Daylight() noexcept = default;
     Daylight(const Daylight&) noexcept = default;

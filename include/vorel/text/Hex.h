@@ -11,6 +11,7 @@ namespace vorel::util {
 /// Two digits for each byte, with a decoder that tells when something is wrong.
 class Hex {
 public:
+    /// An object holds nothing: all operations are static.
     VOREL_API Hex& operator=(const Hex&);
     Hex() noexcept = default;
     Hex(const Hex&) noexcept = default;

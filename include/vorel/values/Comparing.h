@@ -15,6 +15,7 @@ enum strcmpAdvFlag : int {
     SCMP_Reverse = 0x100,       ///< the texts change places, and so the sign of the result
 };
 
+/// Both sets of flags.
 constexpr strcmpAdvFlag operator|(strcmpAdvFlag a, strcmpAdvFlag b) noexcept {
     return static_cast<strcmpAdvFlag>(static_cast<int>(a) | static_cast<int>(b));
 }
