@@ -7,6 +7,7 @@ original does is listed in equivalent.txt, with the reason; it is not tried.
 """
 
 import argparse
+import json
 import math
 import queue
 import sys
@@ -25,6 +26,7 @@ SCOPE = ["src/kernels", "src/exceptions", "src/sync", "src/secure", "src/core/Ke
          "include/vorel/core/KernelHandle.h", "include/vorel/core/Protocol.h", "include/vorel/sync/Guard.h"]
 LISTED = Path(__file__).with_name("equivalent.txt")
 SURVIVORS = WORK / "survivors.txt"
+JOURNAL = WORK / "journal"
 QUICK_COUNT = 10
 AIM_PERCENT = 95
 
@@ -40,6 +42,12 @@ def read_list(path):
                 sys.exit(f"{path}: not a change of {file}: {before}")
             entries[file, before[2:], after[2:]] = " ".join(reason)
     return entries
+
+
+def read_journal():
+    """What an interrupted run found out. What survived is tried again: there may be a test for it now."""
+    lines = JOURNAL.read_text().splitlines() if JOURNAL.exists() else []
+    return {tuple(key): (result, test) for key, result, test in map(json.loads, lines) if result != "survived"}
 
 
 def files_of(scope):
@@ -96,10 +104,8 @@ def judge(change, bench, build):
             if not bench.build(program):
                 continue
             differs = True
-            # Noticed is what is noticed twice: nothing else on this machine may take the credit.
             noticed = bench.run(program, test_filter)
-            if noticed and (noticed.endswith("(hangs)") or bench.run(program, noticed.split(" ")[0])
-                            or bench.run(program, test_filter)):
+            if noticed and (noticed.endswith("(hangs)") or bench.confirms(program, noticed, test_filter)):
                 return "noticed", f"{program.name}.{noticed}"
     except LibraryDoesNotCompile:
         return "uncompiled", ""
@@ -111,12 +117,14 @@ def judge(change, bench, build):
 class Sample:
     """Hands out the changes to try, and keeps the score. Several benches may ask at the same time."""
 
-    def __init__(self, changes, slots, listed):
+    def __init__(self, changes, slots, listed, judged):
         self._changes = {file: iter(found) for file, found in changes.items()}
         self._slots = queue.SimpleQueue()
         for file in slots:
             self._slots.put(file)
         self._listed, self._lock, self._count = listed, threading.Lock(), len(slots)
+        self._judged = judged
+        self._journal = JOURNAL.open("a" if judged else "w")
         self.results = []
 
     def next(self):
@@ -128,16 +136,24 @@ class Sample:
                 except queue.Empty:
                     return None
                 for change in self._changes[file]:
-                    if change.key not in self._listed:
+                    if change.key in self._listed:
+                        self.results.append((change, "listed", ""))
+                    elif change.key not in self._judged:
                         return change
-                    self.results.append((change, "listed", ""))
+                    elif self._enter(change, *self._judged[change.key]):
+                        break
+
+    def _enter(self, change, result, test):
+        """Returns whether the change counts; one that does not is replaced by another of its file."""
+        self.results.append((change, result, test))
+        return result in ("noticed", "survived")
 
     def settle(self, change, result, test, seconds):
         with self._lock:
-            self.results.append((change, result, test))
-            tried = sum(result in ("noticed", "survived") for _, result, _ in self.results)
-            if result in ("uncompiled", "same code"):
+            if not self._enter(change, result, test):
                 self._slots.put(change.path)
+            print(json.dumps([change.key, result, test]), file=self._journal, flush=True)
+            tried = sum(result in ("noticed", "survived") for _, result, _ in self.results)
             if result != "uncompiled":
                 where = test and f" by {test}"
                 print(f"[{tried:3}/{self._count}] {result}{where} in {seconds:.0f} s: {change}", flush=True)
@@ -176,6 +192,7 @@ def arguments():
     parser.add_argument("--jobs", type=int, default=2, help="how many are tried at the same time (default: %(default)s)")
     parser.add_argument("--quick", action="store_true", help=f"{QUICK_COUNT} changes of sources that compile fast")
     parser.add_argument("--again", action="store_true", help="only those that survived the last time")
+    parser.add_argument("--continue", dest="go_on", action="store_true", help="go on where the last run was interrupted")
     return parser.parse_args()
 
 
@@ -212,7 +229,7 @@ def main():
             for program in build.programs.values():
                 if failed := benches[0].measure(program):
                     sys.exit(f"without any change, {program.name}.{failed} fails")
-        sample = Sample(changes, choose(options, changes), listed)
+        sample = Sample(changes, choose(options, changes), listed, read_journal() if options.go_on else {})
         with ThreadPoolExecutor() as pool:
             for done in [pool.submit(work, sample, bench, build) for bench in benches]:
                 done.result()
