@@ -21,10 +21,12 @@ function(list_files folder result)
     set(${result} "${files}" PARENT_SCOPE)
 endfunction()
 
-# The installer takes a path of Windows, without quotes, as its last argument.
-function(windows_path path result)
-    string(REPLACE "/" "\\" path "Z:${path}")
-    set(${result} "${path}" PARENT_SCOPE)
+# The option of the installer that ends in a folder. It must not be quoted, whatever blanks are in it: so it is given as
+# one argument for each word.
+function(folder_option option folder result)
+    string(REPLACE "/" "\\" folder "Z:${folder}")
+    string(REPLACE " " ";" words "${option}${folder}")
+    set(${result} "${words}" PARENT_SCOPE)
 endfunction()
 
 file(REMOVE_RECURSE "${WORK}")
@@ -39,15 +41,16 @@ run("Try the archive"
     "-DWORK=${WORK}/project" -P "${CMAKE_CURRENT_LIST_DIR}/RunFindPackage.cmake")
 
 only_file("*.exe" installer)
-set(installed "${WORK}/installed/vorelCore")
-windows_path("${installed}" target)
-run("Install" ${EMULATOR} "${installer}" /S "/D=${target}")
+set(installed "${WORK}/installed here/vorelCore")
+folder_option("/D=" "${installed}" option)
+run("Install" ${EMULATOR} "${installer}" /S ${option})
 list_files("${installed}" found)
 if(NOT found STREQUAL expected)
     message(FATAL_ERROR "The installer's files are not the archive's:\n${found}\nbut\n${expected}")
 endif()
 # With its folder named, it works where it stands, and we can wait for it.
-run("Uninstall" ${EMULATOR} "${installed}/uninstall.exe" /S "_?=${target}")
+folder_option("_?=" "${installed}" option)
+run("Uninstall" ${EMULATOR} "${installed}/uninstall.exe" /S ${option})
 list_files("${installed}" found)
 if(found)
     message(FATAL_ERROR "The installer leaves behind: ${found}")
