@@ -34,6 +34,11 @@ volatile char* request(std::size_t bytes) {
     return hidden;
 }
 
+volatile char* requestNew(std::size_t bytes) {
+    hidden = new char[bytes];
+    return hidden;
+}
+
 void giveBack(const volatile char* block) {
     put(const_cast<char*>(block));
 }
@@ -51,9 +56,7 @@ void readFarBehind() {
 }
 
 void writeBehindAnArrayOfNew() {
-    hidden = new char[33];
-    // cppcheck-suppress arrayIndexOutOfBounds; that is the case
-    hidden[33] = 'x';
+    requestNew(33)[33] = 'x';
 }
 
 void readBehindAString() {
@@ -78,6 +81,20 @@ void readWhatWasGivenBack() {
     const volatile char* const block = request(10);
     giveBack(block);
     static_cast<void>(block[3]);
+}
+
+void useManyBlocks(int count) {
+    for (int index = 0; index < count; ++index) {
+        giveBack(request(10));
+    }
+}
+
+void writeToOneOfManyThatWereGivenBack() {
+    useManyBlocks(30'000);
+    volatile char* const block = request(10);
+    giveBack(block);
+    block[9] = 'x';
+    useManyBlocks(10'000);
 }
 
 void readAnItemThatMoved() {
@@ -135,6 +152,8 @@ INSTANTIATE_TEST_SUITE_P(
         Mistake{"WriteInFront", writeInFront, kAborted, "write in front of a block, 10 bytes"},
         Mistake{"ReadWhatWasGivenBack", readWhatWasGivenBack, kFault,
                 "read in a block of 10 bytes that was given back"},
+        Mistake{"WriteToOneOfManyThatWereGivenBack", writeToOneOfManyThatWereGivenBack, kAborted,
+                "write to a block that was given back, 10 bytes"},
         Mistake{"ReadAnItemThatMoved", readAnItemThatMoved, kFault, "read in a block of .* that was given back"},
         Mistake{"UseAnEmptyBlock", useAnEmptyBlock, kFault, "write 0 bytes behind the end of a block of 0 bytes"},
         Mistake{"GiveBackTwice", giveBackTwice, kAborted, "a block came back twice, 10 bytes"},

@@ -17,12 +17,16 @@ namespace {
 constexpr std::size_t kPage = 4096;
 constexpr std::size_t kRegionPages = std::size_t{1} << 22;  // 16 GiB of addresses, of which little is ever in use
 constexpr std::size_t kLargest = std::size_t{1} << 28;      // larger blocks are the runtime's
-constexpr std::size_t kRetired = 8192;                      // small blocks that stay inaccessible at least
-constexpr unsigned char kLeading = 0xA7;                    // between the page's start and the block
-constexpr unsigned char kFresh = 0xC9;                      // what nobody has written yet
+constexpr std::size_t kLeftAlone = 8192;                    // places of small blocks that are not used again yet
+constexpr std::size_t kMostRetired = 2 * kLeftAlone;
+constexpr std::size_t kMostForbidden = 20'000;
+constexpr std::size_t kLeadingBytes = 256;  // of those in front of a block: filled, and looked at
+constexpr unsigned char kLeading = 0xA7;
+constexpr unsigned char kFresh = 0xC9;  // what nobody has written yet
+constexpr unsigned char kGone = 0xDB;   // what was given back
 constexpr DWORD kPatienceMs = 5000;
 
-enum class State : std::uint32_t { Free, Live, Retired };
+enum class State : std::uint32_t { Free, Live, Forbidden, Filled };
 
 /// What is known about the pages from here on; kept for the first page of each piece of the region.
 struct Piece {
@@ -32,18 +36,16 @@ struct Piece {
     State state;
 };
 
-/// Pieces of one accessible page that came back, the longest retired one first. They keep their memory, which makes
-/// them four times as fast as fresh ones.
+/// Pieces of one accessible page that came back, the longest retired one first. They keep their memory.
 struct Retired {
-    std::uint32_t pages[kRetired];
+    std::uint32_t pages[kMostRetired];
     std::size_t first;
     std::size_t count;
 
-    [[nodiscard]] bool isFull() const noexcept { return count == kRetired; }
-    void push(std::size_t page) noexcept { pages[(first + count++) % kRetired] = static_cast<std::uint32_t>(page); }
+    void push(std::size_t page) noexcept { pages[(first + count++) % kMostRetired] = static_cast<std::uint32_t>(page); }
     std::size_t pop() noexcept {
         const std::size_t page = pages[first];
-        first = (first + 1) % kRetired;
+        first = (first + 1) % kMostRetired;
         --count;
         return page;
     }
@@ -63,7 +65,8 @@ constinit Lock heapLock;
 constinit unsigned char* region = nullptr;
 constinit Piece* pieces = nullptr;  // one for each page of the region
 constinit Retired retired{};
-constinit std::size_t next = 0;  // where the next piece is looked for
+constinit std::size_t forbidden = 0;  // small blocks that became inaccessible so far
+constinit std::size_t next = 0;       // where the next piece is looked for
 constinit std::size_t liveCount = 0;
 constinit std::uint64_t lastSerial = 0;
 constinit std::size_t awaited = 0;  // the count that `reached` tells of
@@ -180,9 +183,36 @@ std::size_t findPages(std::size_t pages) noexcept {
     return first;
 }
 
+/// Makes pages accessible that are not yet, or not any more.
 bool allow(std::size_t page, std::size_t pages) noexcept {
     // cppcheck-suppress leakReturnValNotUsed; they stay part of the region
     return VirtualAlloc(startOf(page), pages * kPage, MEM_COMMIT, PAGE_READWRITE) != nullptr;
+}
+
+bool areAll(const unsigned char* first, const unsigned char* end, unsigned char fill) noexcept {
+    return std::all_of(first, end, [fill](unsigned char byte) { return byte == fill; });
+}
+
+/// Where the looked-at bytes in front of a block begin.
+unsigned char* leadingOf(std::size_t page) noexcept {
+    unsigned char* const block = blockOf(page);
+    return block - std::min(kLeadingBytes, static_cast<std::size_t>(block - startOf(page)));
+}
+
+/// The longest retired piece, accessible; the number of its page, or nothing.
+bool reuse(std::size_t& page) noexcept {
+    if (retired.count <= kLeftAlone) {
+        return false;
+    }
+    page = retired.pop();
+    if (pieces[page].state == State::Forbidden) {
+        return allow(page, 1);
+    }
+    const unsigned char* const block = blockOf(page);
+    if (!areAll(block, block + pieces[page].bytes, kGone)) {
+        fail("write to a block that was given back", pieces[page].bytes);
+    }
+    return true;
 }
 
 /// A block whose bytes are undefined, or null.
@@ -190,18 +220,16 @@ unsigned char* place(std::size_t bytes) noexcept {
     const std::lock_guard lock(heapLock);
     prepare();
     const std::size_t accessible = (bytes + kPage - 1) / kPage;
-    const std::size_t page = accessible == 1 && retired.isFull() ? retired.pop() : findPages(accessible + 1);
-    pieces[page] = {lastSerial + 1, static_cast<std::uint32_t>(bytes), static_cast<std::uint32_t>(accessible + 1),
-                    State::Live};
-    if (bytes != 0) {
-        // cppcheck-suppress leakReturnValNotUsed; the same
-        if (!allow(page, accessible)) {
-            pieces[page].state = State::Free;
+    std::size_t page = 0;
+    if (accessible != 1 || !reuse(page)) {
+        page = findPages(accessible + 1);
+        if (bytes != 0 && !allow(page, accessible)) {
             return nullptr;
         }
-        std::memset(startOf(page), kLeading, static_cast<std::size_t>(blockOf(page) - startOf(page)));
     }
-    ++lastSerial;
+    pieces[page] = {++lastSerial, static_cast<std::uint32_t>(bytes), static_cast<std::uint32_t>(accessible + 1),
+                    State::Live};
+    std::fill(leadingOf(page), blockOf(page), kLeading);
     ++liveCount;
     return blockOf(page);
 }
@@ -219,33 +247,42 @@ std::size_t heldPage(const void* block) noexcept {
     return page;
 }
 
-/// Makes what a block had inaccessible.
+void discard(std::size_t page) noexcept {
+    Piece& piece = pieces[page];
+    VirtualFree(startOf(page), kPage * (piece.pages - 1), MEM_DECOMMIT);
+    piece.state = State::Free;
+}
+
+/// Makes what a block had inaccessible. Small blocks beyond the first so many are overwritten instead.
 void retire(std::size_t page) noexcept {
     Piece& piece = pieces[page];
-    piece.state = State::Free;
     if (piece.pages == 1) {
+        piece.state = State::Free;
         return;
     }
     if (piece.pages > 2) {
-        VirtualFree(startOf(page), kPage * (piece.pages - 1), MEM_DECOMMIT);
+        discard(page);
         return;
     }
-    if (retired.isFull()) {
-        const std::size_t oldest = retired.pop();
-        VirtualFree(startOf(oldest), kPage, MEM_DECOMMIT);
-        pieces[oldest].state = State::Free;
+    if (retired.count == kMostRetired) {
+        discard(retired.pop());
     }
-    DWORD before = 0;
-    VirtualProtect(startOf(page), kPage, PAGE_NOACCESS, &before);
-    piece.state = State::Retired;
+    if (forbidden < kMostForbidden) {
+        ++forbidden;
+        DWORD before = 0;
+        VirtualProtect(startOf(page), kPage, PAGE_NOACCESS, &before);
+        piece.state = State::Forbidden;
+    } else {
+        std::fill(blockOf(page), endOf(page), kGone);
+        piece.state = State::Filled;
+    }
     retired.push(page);
 }
 
 void remove(const void* block) noexcept {
     const std::lock_guard lock(heapLock);
     const std::size_t page = heldPage(block);
-    const auto isLeading = [](unsigned char byte) { return byte == kLeading; };
-    if (!std::all_of(startOf(page), blockOf(page), isLeading)) {
+    if (!areAll(leadingOf(page), blockOf(page), kLeading)) {
         fail("write in front of a block", pieces[page].bytes);
     }
     retire(page);

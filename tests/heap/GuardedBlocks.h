@@ -1,13 +1,14 @@
 /// \file
 /// A heap that finds what the runtime's would pass over. Each block ends where an inaccessible page begins, so that the
 /// first byte read or written too far faults; the page in front of it is inaccessible too, and what lies between that
-/// page and the block is filled and looked at when the block comes back. A block that was given back becomes
-/// inaccessible, and its place is not used again before all the others were.
+/// page and the block is filled and looked at when the block comes back. The end is exact for any type: the size of a
+/// block is a multiple of the alignment of what it holds.
 ///
-/// The end is exact for any type: the size of a block is a multiple of the alignment of what it holds.
+/// A block that was given back becomes inaccessible. Beyond the first 20,000 of a program, that is too slow: small
+/// blocks are overwritten instead, and looked at before their place is used again. It is not, before 8,192 others were.
 ///
-/// A fault is explained on stderr before it ends the program: "heap: read of 1 bytes behind a block of 10 bytes". A
-/// block that comes back twice, or with a changed fill, is explained the same way, and aborts.
+/// A fault is explained on stderr before it ends the program: "heap: read 0 bytes behind the end of a block of 10
+/// bytes". A block that comes back twice, or with a changed fill, is explained the same way, and aborts.
 #pragma once
 
 #include <cstddef>

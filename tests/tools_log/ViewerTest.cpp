@@ -62,12 +62,17 @@ TEST(ViewerTest, AnotherFileEndsARecord) {
 }
 
 TEST(ViewerTest, AnOpenTrailIsShownAfterSilence) {
+    constexpr vorellog::LocalMs kGap = vorellog::Folder::kTrailGapMs;
     Viewing viewing({.fold = true});
-    viewing.viewer.bytes(header() + "Vorel Error: a\r\n" + header() + "Vorel Error: b\r\n");
-    viewing.viewer.showWhatIsRead(0);
-    viewing.viewer.showWhatIsRead(vorellog::Folder::kTrailGapMs);
+    viewing.viewer.bytes(header() + "Vorel Error: a\r\n");
+    viewing.viewer.showWhatIsRead(1000);
+    viewing.viewer.showWhatIsRead(1000 + kGap);
+    viewing.viewer.bytes(header() + "Vorel Error: b\r\n");
+    viewing.viewer.showWhatIsRead(9000 + kGap);
+    EXPECT_EQ(viewing.viewer.lastNewsMs(), 9000 + kGap);
+    viewing.viewer.showWhatIsRead(9000 + 2 * kGap);
     EXPECT_EQ(viewing.take(), "");
-    viewing.viewer.showWhatIsRead(vorellog::Folder::kTrailGapMs + 1);
+    viewing.viewer.showWhatIsRead(9001 + 2 * kGap);
     EXPECT_EQ(viewing.take(), header() + "Vorel Error: a\n    > b\n");
 }
 

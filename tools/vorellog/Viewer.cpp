@@ -40,10 +40,12 @@ void Viewer::endOfFile() {
     m_reader.flush();
 }
 
-void Viewer::showWhatIsRead(LocalMs idleMs) {
-    if (!std::exchange(m_hasNews, false)) {
+void Viewer::showWhatIsRead(LocalMs nowMs) {
+    if (std::exchange(m_hasNews, false)) {
+        m_lastNewsMs = nowMs;
+    } else {
         m_reader.flush();
-        if (idleMs > Folder::kTrailGapMs) {
+        if (nowMs - m_lastNewsMs > Folder::kTrailGapMs) {
             m_folder.flush();
         }
     }

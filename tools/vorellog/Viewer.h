@@ -27,9 +27,13 @@ public:
     void endOfFile() override;
     void gap() override { ++m_gaps; }
 
-    /// Shows what has been read so far. A record that others might go on with is held back until there was nothing
-    /// new between two calls, an open trail until the `idleMs` since the last bytes are long enough.
-    void showWhatIsRead(LocalMs idleMs);
+    /// Shows what has been read up to `nowMs`, on a clock that only goes forward. A record that others might go on with
+    /// is held back until there was nothing new between two calls, an open trail until there was nothing new for longer
+    /// than Folder::kTrailGapMs.
+    void showWhatIsRead(LocalMs nowMs);
+
+    /// When the call before found something new, or the first call was.
+    [[nodiscard]] LocalMs lastNewsMs() const noexcept { return m_lastNewsMs; }
 
     /// Shows the rest, or the summary.
     void finish();
@@ -69,7 +73,8 @@ private:
     Folder m_folder;
     Summary m_summary;
     std::string m_out;
-    bool m_hasNews = false;  ///< bytes have come since the last time that all was shown
+    bool m_hasNews = true;  ///< bytes have come since the last time that all was shown
+    LocalMs m_lastNewsMs = 0;
     unsigned long long m_entries = 0;
     unsigned long long m_unjudged = 0;
     unsigned int m_gaps = 0;

@@ -47,17 +47,18 @@ HANDLE stopEvent() {
     return event;
 }
 
+/// Waits; true when it is time to stop.
+bool waitForStop(DWORD milliseconds) {
+    return WaitForSingleObject(stopEvent(), milliseconds) == WAIT_OBJECT_0;
+}
+
+/// The first Ctrl+C lets the viewer show what it has read; the next one ends it as usual.
 BOOL WINAPI onControl(DWORD control) {
-    if (control != CTRL_C_EVENT && control != CTRL_BREAK_EVENT) {
+    if ((control != CTRL_C_EVENT && control != CTRL_BREAK_EVENT) || waitForStop(0)) {
         return FALSE;
     }
     SetEvent(stopEvent());
     return TRUE;
-}
-
-/// Waits; true when it is time to stop.
-bool waitForStop(DWORD milliseconds) {
-    return WaitForSingleObject(stopEvent(), milliseconds) == WAIT_OBJECT_0;
 }
 
 bool wantsColours(const Settings& settings) {
@@ -75,7 +76,7 @@ public:
     void run() {
         while (!m_viewer.hasEnough()) {
             switch (poll()) {
-            case Outcome::More: m_lastNewsMs = clockMs(); continue;
+            case Outcome::More: continue;
             case Outcome::Busy:
                 if (waitForStop(kBusyMs)) {
                     return;
@@ -83,7 +84,7 @@ public:
                 continue;
             case Outcome::Idle: break;
             }
-            m_viewer.showWhatIsRead(clockMs() - m_lastNewsMs);
+            m_viewer.showWhatIsRead(clockMs());
             if (m_viewer.hasEnough() || (!m_settings.follow && !isWaitingForLineEnd()) ||
                 waitForStop(m_settings.follow ? kPollMs : kBusyMs)) {
                 return;
@@ -111,13 +112,12 @@ private:
 
     /// A last line without an end may be one that is just being written.
     [[nodiscard]] bool isWaitingForLineEnd() const {
-        return m_viewer.isWithinLine() && clockMs() - m_lastNewsMs < kLineEndMs;
+        return m_viewer.isWithinLine() && clockMs() - m_viewer.lastNewsMs() < kLineEndMs;
     }
 
     const Settings& m_settings;
     Follower& m_follower;
     Viewer& m_viewer;
-    LocalMs m_lastNewsMs = clockMs();
     LocalMs m_busySinceMs = 0;
 };
 
