@@ -45,11 +45,11 @@ unsigned int takeBase64Character(const T*& place) noexcept {
     return character;
 }
 
-/// Takes a group of four characters, and writes its bytes at `out`, which has room for three.
+/// Takes a group of four characters, and writes its bytes at `out`, which has room for three; without any, `written`
+/// stays as it is.
 template <class T>
 Base64End takeBase64Group(const T*& place, const int* table, char pad, unsigned char* out,
                           std::size_t& written) noexcept {
-    written = 0;
     unsigned int characters[4] = {};
     int values[4] = {};
     for (std::size_t at = 0; at < std::size(values); ++at) {

@@ -354,13 +354,13 @@ bool waitForLive(std::size_t count) noexcept {
         {
             const std::lock_guard lock(heapLock);
             awaited = count;
-            if (liveCount == count) {
+            if (liveCount <= count) {
                 return true;
             }
         }
         const ULONGLONG now = GetTickCount64();
         if (now >= deadline || WaitForSingleObject(reached, static_cast<DWORD>(deadline - now)) != WAIT_OBJECT_0) {
-            return live() == count;
+            return live() <= count;
         }
     }
 }

@@ -20,8 +20,8 @@ namespace heap::blocks {
 /// The number of blocks that were handed out and have not come back.
 std::size_t live() noexcept;
 
-/// Waits until `count` blocks are live: a thread that has ended may not have given back all it had yet. False when that
-/// does not come to pass.
+/// Waits until no more than `count` blocks are live: a thread that has ended may not have given back all it had yet.
+/// False when that does not come to pass.
 bool waitForLive(std::size_t count) noexcept;
 
 /// A number that grows with every block that is handed out.

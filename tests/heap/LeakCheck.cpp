@@ -1,8 +1,9 @@
 /// \file
-/// Part of every test program that runs on guarded blocks: after a test as many blocks are live as before it.
+/// Part of every test program that runs on guarded blocks: after a test no more blocks are live than before it.
 ///
 /// What a program makes once and keeps (tables of a test, caches of the library and of the runtime) is not there before
 /// the first run of a test. So each test runs twice in one process, and the count is taken of the second run.
+/// There may be fewer: a thread of an earlier test gives back what the system had for it a little after it was joined.
 
 #include <cstddef>
 #include <cstdint>

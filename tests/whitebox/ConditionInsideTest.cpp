@@ -197,6 +197,7 @@ TEST(ConditionInside, ABroadcastSignalsAndPausesOnceForEachWaiter) {
     Condition condition(lock);
     waitersLeft = &(condition.*reveal(test::Waiters()));
     *waitersLeft = 3;
+    pauses = 0;
     const ImportPatch sleep(importedSleepOfConditions, &pauseAndLetOneGo);
     condition.broadcast();
     EXPECT_EQ(pauses, 3u);

@@ -62,6 +62,7 @@ TEST_F(DebugTargetsInside, WithoutTheFlagNoTargetIsActive) {
 }
 
 TEST_F(DebugTargetsInside, EveryLookTakesTheLockOfItsPolicy) {
+    CountingLock::s_locked = CountingLock::s_unlocked = 0;
     vorel::DebugTargets<char, CountingLock> targets;
     targets.set("a", true);
     EXPECT_TRUE(targets.isActive("a"));
