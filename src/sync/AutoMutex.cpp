@@ -128,8 +128,10 @@ void AutoMutex::unlock() {
         }
         SetLockCount(false);  // first: behind the release another thread may be counting already
         if (!ReleaseMutex(m_mutex.get())) {
+            const DWORD error = GetLastError();
+            SetLockCount(true);  // in front of the words of the system, for which there may be no memory
+            SetLastError(error);
             const Reason reason(WAIT_FAILED);
-            SetLockCount(true);
             throw Exception(L"AutoMutex::unlock: Failed to release mutex %ls: %ls", name(), reason.text());
         }
     });

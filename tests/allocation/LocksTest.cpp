@@ -12,13 +12,17 @@
 #include "support/ImportPatch.h"
 #include "support/NamedEvent.h"
 #include "support/SystemText.h"
+#include "sync/ThreadSafetySwitch.h"
 #include "vorel/exceptions/ExceptionFamily.h"
 #include "vorel/sync/AutoMutex.h"
 #include "vorel/sync/Condition.h"
 #include "vorel/sync/Guard.h"
 #include "vorel/sync/NamedCondition.h"
 
-extern "C" decltype(&::WaitForSingleObject) importedWait __asm__("__imp_WaitForSingleObject");
+extern "C" {
+extern decltype(&::WaitForSingleObject) importedWait __asm__("__imp_WaitForSingleObject");
+extern decltype(&::ReleaseMutex) importedRelease __asm__("__imp_ReleaseMutex");
+}
 
 namespace {
 
@@ -125,6 +129,33 @@ void lockThatThrows(Trial& trial) {
     } else {
         trial.expectThrown(typeid(vorel::Exception).name(), {L"AutoMutex::lock: " + timedOut(mutex.name), record});
     }
+}
+
+BOOL WINAPI refuseRelease(HANDLE) {
+    SetLastError(ERROR_NOT_OWNER);
+    return FALSE;
+}
+
+/// Whatever there is no memory for, the hold is there until it is given back.
+void unlockThatFails(Trial& trial) {
+    const TakenMutex mutex;
+    AutoMutex object(mutex.name.c_str(), true, false);
+    {
+        const test::ImportPatch release(importedRelease, &refuseRelease);
+        trial.perform([&] { object.unlock(); });
+    }
+    EXPECT_FALSE(trial.completed());
+    const std::wstring record = L"AutoMutex::unlock" + kRethrown;
+    if (trial.thrown() == typeid(vorel::MemoryException).name()) {
+        // How much was asked for depends on the system's words.
+        EXPECT_EQ(trial.logged().back(), "Vorel Error: " + test::utf8(record));
+    } else {
+        trial.expectThrown(typeid(vorel::Exception).name(), {L"AutoMutex::unlock: Failed to release mutex " +
+                                                                 mutex.name + L": " + test::systemText(ERROR_NOT_OWNER),
+                                                             record});
+    }
+    object.unlock();
+    EXPECT_TRUE(test::isFreeForOthers(object));
 }
 
 void lockThatTells(Trial& trial) {
@@ -240,6 +271,7 @@ const std::vector<Operation>& operations() {
         {"Lock_ThatTells", lockThatTells},
         {"Lock_ThatWarns", lockThatWarns},
         {"Lock_ThatIsQuiet", lockThatIsQuiet},
+        {"Unlock_ThatFails", unlockThatFails},
         {"Lock_WithoutAMutex", useWithoutAMutex},
         {"Initialize_WithoutAName", initializeWithoutAName},
         {"NamedCondition", constructNamedCondition},

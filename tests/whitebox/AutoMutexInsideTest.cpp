@@ -16,6 +16,7 @@
 #include "support/ImportPatch.h"
 #include "support/NamedEvent.h"
 #include "support/PrivateMember.h"
+#include "support/SystemText.h"
 #include "support/TemporaryLog.h"
 #include "sync/ThreadSafetySwitch.h"
 #include "vorel/sync/AutoMutex.h"
@@ -84,6 +85,9 @@ struct System {
     std::vector<DWORD> sleepsMs;
     std::vector<std::wstring> created;
     std::vector<std::wstring> opened;
+    AutoMutex* mutex = nullptr;
+    std::vector<int> countsAtRelease;
+    std::vector<long long> ownersAtRelease;
 };
 
 System& theSystem() {
@@ -95,6 +99,14 @@ DWORD WINAPI answerWait(HANDLE, DWORD milliseconds) {
     theSystem().waitsMs.push_back(milliseconds);
     SetLastError(ERROR_INVALID_HANDLE);
     return theSystem().waitResult;
+}
+
+decltype(&::ReleaseMutex) realRelease = nullptr;
+
+BOOL WINAPI lookAndRelease(HANDLE mutex) {
+    theSystem().countsAtRelease.push_back(call<test::GetLockCount>(*theSystem().mutex));
+    theSystem().ownersAtRelease.push_back(call<test::GetLockingThreadID>(*theSystem().mutex));
+    return realRelease(mutex);
 }
 
 BOOL WINAPI refuseRelease(HANDLE) {
@@ -266,12 +278,18 @@ TEST_F(AutoMutexInside, AWaitThatFailsIsToldInTheSystemsWords) {
     theSystem().waitResult = WAIT_FAILED;
     vorel::BaseString<wchar_t> text;
     EXPECT_FALSE(m_mutex.lock(0, false, &text));
-    EXPECT_EQ(std::wstring(text.view()), L"Failed to lock mutex " + m_name + L": " + textOf(ERROR_INVALID_HANDLE));
+    const std::wstring failed = L"Failed to lock mutex " + m_name + L": " + textOf(ERROR_INVALID_HANDLE);
+    EXPECT_EQ(std::wstring(text.view()), failed);
+    EXPECT_FALSE(m_mutex.lock(0, false));
+    EXPECT_FALSE(m_mutex.tryLock());
+    EXPECT_THAT(m_log.lines(), SizeIs(0));
+    EXPECT_FALSE(m_mutex.lock(5, false));
+    EXPECT_THAT(m_log.messages(), ElementsAre("WARN: AutoMutex::lock: " + test::utf8(failed)));
     expectThrows<Exception>([&] { m_mutex.lock(7, true); },
                             {L"AutoMutex::lock: Failed to lock mutex " + m_name + L": " + textOf(ERROR_INVALID_HANDLE),
                              L"AutoMutex::lock: Vorel exception rethrown"});
     EXPECT_FALSE(m_mutex.tryLock());
-    EXPECT_THAT(theSystem().waitsMs, ElementsAre(0u, 7u, 0u));
+    EXPECT_THAT(theSystem().waitsMs, ElementsAre(0u, 0u, 0u, 5u, 7u, 0u));
     EXPECT_EQ(call<test::GetLockCount>(m_mutex), 0);
 }
 
@@ -287,6 +305,20 @@ TEST_F(AutoMutexInside, AHoldThatCannotBeReleasedIsStillThere) {
     EXPECT_EQ(call<test::GetLockingThreadID>(m_mutex), static_cast<long long>(GetCurrentThreadId()));
     m_mutex.unlock();
     EXPECT_TRUE(isFreeForOthers(m_mutex));
+}
+
+TEST_F(AutoMutexInside, AHoldIsCountedOutBeforeItIsReleased) {
+    m_mutex.lock(0, true);
+    m_mutex.lock(0, true);
+    theSystem().mutex = &m_mutex;
+    {
+        const ImportPatch release(importedRelease, &lookAndRelease);
+        realRelease = release.original();
+        m_mutex.unlock();
+        m_mutex.unlock();
+    }
+    EXPECT_THAT(theSystem().countsAtRelease, ElementsAre(1, 0));
+    EXPECT_THAT(theSystem().ownersAtRelease, ElementsAre(static_cast<long long>(GetCurrentThreadId()), 0));
 }
 
 TEST_F(AutoMutexInside, AHoldThatCannotBeCountedIsGivenBack) {

@@ -184,10 +184,12 @@ TEST(ConditionInside, AWaiterDoesNotJoinABroadcastInProgress) {
 }
 
 unsigned int pauses = 0;
+Condition* broadcasting = nullptr;
 volatile long* waitersLeft = nullptr;
 
 void WINAPI pauseAndLetOneGo(DWORD milliseconds) {
     EXPECT_EQ(milliseconds, 10u);
+    EXPECT_FALSE(isFreeForOthers(broadcasting->*reveal(test::BroadcastLock()))) << "nobody may join";
     ++pauses;
     --const_cast<long&>(*waitersLeft);
 }
@@ -195,6 +197,7 @@ void WINAPI pauseAndLetOneGo(DWORD milliseconds) {
 TEST(ConditionInside, ABroadcastSignalsAndPausesOnceForEachWaiter) {
     ForcedCriticalSection lock;
     Condition condition(lock);
+    broadcasting = &condition;
     waitersLeft = &(condition.*reveal(test::Waiters()));
     *waitersLeft = 3;
     pauses = 0;

@@ -39,10 +39,12 @@ public:
 
     /// Opens the mutex "Global\" + `name`; names differ by case. Does nothing when the object has that mutex already,
     /// and closes the one that it has under another name first. `flag` is kept and not looked at.
+    ///
     /// \returns whether there is a mutex now; if not, a warning in the error log says why, and the call may be
-    /// repeated. \throws Exception "AutoMutex::initialize: Name required for mutex" for a null name; and when the mutex
-    /// of another
-    ///         name cannot be closed.
+    /// repeated.
+    ///
+    /// \throws Exception "AutoMutex::initialize: Name required for mutex" for a null name; and when the mutex of
+    /// another name cannot be closed, or another thread does not give it back within a minute.
     virtual bool initialize(const wchar_t* name, bool flag);
 
     /// Waits for the mutex for up to `timeout` milliseconds (0xFFFFFFFF: without limit) and says whether it is held. A
@@ -50,17 +52,21 @@ public:
     ///
     /// A failure, the end of the time included, is told in this order: as an exception, if `throwOnFailure` is set; in
     /// `errorText`, if that is not null; and, if `timeout` is not 0, as a warning.
-    /// \throws Exception "AutoMutex::lock: Mutex not initialized"; "AutoMutex::lock: Failed to lock mutex …".
+    ///
+    /// \throws Exception "AutoMutex::lock: Mutex not initialized"; "AutoMutex::lock: Failed to lock mutex …"; and
+    /// "Mutex …: Trying to increment lock count from a thread that does not own the mutex. …", where the object still
+    /// records a thread that has ended with the mutex held, and another object was told of it: the mutex is then given
+    /// back.
     bool lock(unsigned int timeout, bool throwOnFailure, BaseString<wchar_t>* errorText = nullptr);
 
     /// Takes the mutex if that needs no waiting, and says whether it did.
-    /// \throws Exception "AutoMutex::lock: Mutex not initialized".
+    /// \throws Exception "AutoMutex::lock: Mutex not initialized"; and for a recorded thread that has ended, like
+    /// `lock`.
     bool tryLock();
 
     /// Gives one hold back. Does nothing when nothing is held, or when another thread is the owner.
     /// \throws Exception "AutoMutex::unlock: Mutex not initialized"; "AutoMutex::unlock: Failed to release mutex …",
-    /// and
-    ///         the hold is still there.
+    /// and then the hold is still there.
     void unlock();
 
     /// Null: the reasons of a failing `initialize` stand in the error log.

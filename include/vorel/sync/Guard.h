@@ -19,7 +19,8 @@ namespace vorel {
 template <class Lock>
 class Guard {
 public:
-    /// Takes `lock`, which has to outlive the guard, waiting for up to a minute.
+    /// Takes `lock`, which has to outlive the guard. It is asked to wait for up to a minute, which an `AutoMutex` does;
+    /// a critical section waits as long as it takes.
     explicit Guard(Lock& lock) : m_lock(&lock), m_held(lock.lock(kTimeoutMs, true)) {}
 
     ~Guard() noexcept(false) {
