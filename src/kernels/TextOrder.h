@@ -2,7 +2,9 @@
 /// The order of zero-terminated texts of either width, and of versions.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
+#include <limits>
 
 #include "kernels/Characters.h"
 #include "kernels/NumberScanner.h"
@@ -32,8 +34,10 @@ void skipZeros(const T*& place) noexcept {
     }
 }
 
-inline int signOf(std::ptrdiff_t difference) noexcept {
-    return (difference > 0 ? 1 : 0) - (difference < 0 ? 1 : 0);
+/// A difference of lengths, and as much of it as can also be negated.
+constexpr int boundedDifference(std::ptrdiff_t difference) noexcept {
+    constexpr std::ptrdiff_t kMost = std::numeric_limits<int>::max();
+    return static_cast<int>(std::clamp(difference, -kMost, kMost));
 }
 
 /// Compares two runs of digits as numbers, and moves both places behind them when they are equal.
@@ -43,7 +47,7 @@ int compareNumbers(const T*& a, const T*& b) noexcept {
     skipZeros(b);
     const std::ptrdiff_t digits = digitsAt(a);
     if (const std::ptrdiff_t difference = digits - digitsAt(b)) {
-        return signOf(difference);
+        return boundedDifference(difference);
     }
     for (const T* const end = a + digits; a != end; ++a, ++b) {
         if (*a != *b) {

@@ -35,8 +35,10 @@ void reserveMore(Array<BaseString<T>>& parts, std::size_t more) {
 
 template <class T>
 void split(const T* text, const T* delimiterText, Array<BaseString<T>>& parts) {
-    const BaseString<T> copy(text);  // the text may be one of the parts, and move when they grow
-    const View<T> delimiter = viewOf(delimiterText);
+    // Both may be parts, and move when those grow.
+    const BaseString<T> copy(text);
+    const BaseString<T> delimiterCopy(delimiterText);
+    const View<T> delimiter = delimiterCopy.view();
     if (!delimiter.empty()) {
         reserveMore(parts, kernels::countOf(copy.view(), delimiter) + 1);
     }

@@ -34,7 +34,7 @@ struct Row {
     std::string_view a;
     std::string_view b;
     strcmpAdvFlag flags;
-    int sign;
+    int result;
 };
 
 TYPED_TEST(Comparing, StrcmpAdvanced_FollowsItsFlags) {
@@ -68,7 +68,18 @@ TYPED_TEST(Comparing, StrcmpAdvanced_FollowsItsFlags) {
                            Row{"File9/x", "file10\\X", SCMP_IgnoreCase | SCMP_Numeric | SCMP_SlashesEqual, -1}}) {
         const auto a = test::text<TypeParam>(row.a);
         const auto b = test::text<TypeParam>(row.b);
-        EXPECT_EQ(signOf(strcmpAdvanced(a.c_str(), b.c_str(), row.flags)), row.sign) << row.a << " and " << row.b;
+        EXPECT_EQ(signOf(strcmpAdvanced(a.c_str(), b.c_str(), row.flags)), row.result) << row.a << " and " << row.b;
+    }
+}
+
+TYPED_TEST(Comparing, StrcmpAdvanced_ReturnsTheDifferenceThatDecides) {
+    for (const Row& row : {Row{"a", "c", kNone, -2}, Row{"abc", "", kNone, 'a'}, Row{"", "abc", kNone, -'a'},
+                           Row{"A", "c", SCMP_IgnoreCase, -2}, Row{"x15", "x19", SCMP_Numeric, -4},
+                           Row{"file9", "file1000", SCMP_Numeric, -3}, Row{"00123456", "1", SCMP_Numeric, 5},
+                           Row{"file9", "file1000", SCMP_Numeric | SCMP_Reverse, 3}}) {
+        const auto a = test::text<TypeParam>(row.a);
+        const auto b = test::text<TypeParam>(row.b);
+        EXPECT_EQ(strcmpAdvanced(a.c_str(), b.c_str(), row.flags), row.result) << row.a << " and " << row.b;
     }
 }
 

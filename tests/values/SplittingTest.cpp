@@ -57,6 +57,12 @@ TYPED_TEST(Splitting, SplitString_AppendsAndMaySplitAPartItself) {
     EXPECT_EQ(textsOf(parts), texts<TypeParam>({"a,b", "a", "b"}));
 }
 
+TYPED_TEST(Splitting, SplitString_MaySplitAtAPart) {
+    Array<BaseString<TypeParam>> parts = test::stringsOf(texts<TypeParam>({"::"}));
+    util::splitString(test::text<TypeParam>("a::b::c::d::e::f").c_str(), parts[0].c_str(), parts);
+    EXPECT_EQ(textsOf(parts), texts<TypeParam>({"::", "a", "b", "c", "d", "e", "f"}));
+}
+
 TYPED_TEST(Splitting, QuotedItemsMayHoldDelimitersAndQuotes) {
     struct Row {
         const char* text;

@@ -11,7 +11,7 @@ namespace vorel::util {
 
 /// Appends the pieces of `text` between the occurrences of the whole `delimiter` to `parts`. Neighbouring delimiters
 /// give empty parts, a delimiter at the very end gives none. With a null or empty delimiter the text is one part; a
-/// null or empty text adds nothing. `text` may be an element of `parts`.
+/// null or empty text adds nothing. `text` and `delimiter` may be elements of `parts`.
 ///
 ///     "a::b::" at "::"  →  "a" "b"        "a::::b" at "::"  →  "a" "" "b"
 ///
