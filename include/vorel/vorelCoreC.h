@@ -24,10 +24,11 @@
 /// input may have more than `VOREL_MOST_UNITS` units. Only what converts between encodings takes a text with a zero in
 /// it; for all others that is `VOREL_ERROR_INVALID_TEXT`.
 ///
-/// **Outputs.** An output is a buffer of the caller's, its capacity in units, and a place for a length. The length is
-/// always set to what the whole result takes. When the capacity is smaller, the buffer is left untouched, and the
-/// status is `VOREL_ERROR_BUFFER_TOO_SMALL`; so a null buffer with a capacity of 0 asks for the length. A text is
-/// followed by a zero when there is room for one more unit; that zero is not counted. Outputs may not overlap inputs.
+/// **Outputs.** An output is a buffer of the caller's, its capacity in units, and a place for a length. With `VOREL_OK`
+/// and `VOREL_ERROR_BUFFER_TOO_SMALL` the length is set to what the whole result takes. When the capacity is smaller,
+/// the buffer is left untouched, and the status is `VOREL_ERROR_BUFFER_TOO_SMALL`; so a null buffer with a capacity of
+/// 0 asks for the length. A text is followed by a zero when there is room for one more unit; that zero is not counted.
+/// Outputs may not overlap inputs.
 ///
 /// **Arguments.** Pointers are not null, but where the contrary is said; a null pointer, a number that is too large and
 /// an unknown flag are `VOREL_ERROR_INVALID_ARGUMENT`. Truth values are 0 and 1 as an `int32_t`; as an input everything

@@ -10,8 +10,9 @@ extern "C" {
 #endif
 
 /// \name UTF-8
-/// The codec is the library's: it takes sequences of one to six bytes, and checks very little. See
-/// vorel/text/Unicode.h. Zeros are text like any other.
+/// The codec is the library's: it takes sequences of one to four and of six bytes, and checks very little; the bytes
+/// F1, F3, F5 and F7 start nothing. So the characters from U+40000 to U+7FFFF and from U+C0000 to U+FFFFF can be
+/// written, and not read again. See vorel/text/Unicode.h. Zeros are text like any other.
 /// \{
 
 /// Converts UTF-8 to UTF-16. `VOREL_ERROR_INVALID_TEXT` for a byte that starts no sequence, and for a sequence that the
@@ -58,7 +59,8 @@ VOREL_API vorel_status vorel_base64_encode(const void* bytes, size_t size, vorel
                                            size_t* outputLength);
 
 /// Decodes Base64. White space is passed over; padding ends the text, and what follows is ignored.
-/// `VOREL_ERROR_INVALID_TEXT` for any other character, and for a group of four that is cut short.
+/// `VOREL_ERROR_INVALID_TEXT` for any other character, and for a group of four that is cut short. A "=" among the first
+/// two of a group is taken for an A, and one in the third place ends the text whatever stands in the fourth.
 VOREL_API vorel_status vorel_base64_decode(const vorel_char16* text, size_t length, void* output, size_t capacity,
                                            size_t* outputLength);
 
