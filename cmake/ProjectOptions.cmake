@@ -40,6 +40,9 @@ set(VOREL_TRAP_OPTIONS
     -fsanitize=float-cast-overflow
     -fsanitize-undefined-trap-on-error
     -fstack-protector-strong)
+if(VOREL_TRAPS)
+    set(VOREL_TRAP_LIBRARY -l:libssp.a)
+endif()
 
 function(vorel_project_options target)
     set_target_properties(${target} PROPERTIES
@@ -57,6 +60,6 @@ function(vorel_project_options target)
         $<$<OR:$<CONFIG:Debug>,$<BOOL:${VOREL_TRAPS}>>:_GLIBCXX_ASSERTIONS>)
     if(VOREL_TRAPS)
         target_compile_options(${target} PRIVATE "$<$<COMPILE_LANGUAGE:CXX>:${VOREL_TRAP_OPTIONS}>")
-        target_link_libraries(${target} PRIVATE -l:libssp.a)
+        target_link_libraries(${target} PRIVATE ${VOREL_TRAP_LIBRARY})
     endif()
 endfunction()
