@@ -95,6 +95,7 @@ bool AutoMutex::lock(unsigned int timeout, bool throwOnFailure, BaseString<wchar
         if (!throwOnFailure && !errorText && timeout == 0) {
             return false;
         }
+        const DWORD error = GetLastError();
         const Reason reason(result);
         if (throwOnFailure) {
             throw Exception(L"AutoMutex::lock: Failed to lock mutex %ls: %ls", name(), reason.text());
@@ -105,6 +106,7 @@ bool AutoMutex::lock(unsigned int timeout, bool throwOnFailure, BaseString<wchar
         if (timeout != 0) {
             Exception::warn(L"AutoMutex::lock: Failed to lock mutex %ls: %ls", name(), reason.text());
         }
+        SetLastError(error);  // tells callers of a wait that failed from one whose time was up
         return false;
     });
 }

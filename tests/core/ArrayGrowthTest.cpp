@@ -168,6 +168,16 @@ TEST(ArrayGrowthFailure, ReportsSlotsAndElementSize) {
     }
 }
 
+TEST(ArrayGrowthFailure, RefusesMoreThanAnyArrayHoldsBeforeItReads) {
+    Array<int> array;
+    array.append(7);
+    const int one = 8;
+    expectThrows<MemoryException>([&] { array.append(&one, 0xFFFFFFFF); },
+                                  {L"No more memory is available: -1 objects of size 4 requested"});
+    ASSERT_EQ(array.size(), 1u);
+    EXPECT_EQ(array[0], 7);
+}
+
 TEST(ArrayGrowthFailure, LeavesTheArrayAsItWas) {
     Array<Huge> array;
     array.reserve(1, true);

@@ -232,6 +232,19 @@ TEST(Protocol, ExceptionsOfTheLibraryAreCaughtHereByClassAndByBase) {
     }
 }
 
+/// Breaks the promise of its base never to return.
+struct Returning : Exception {
+    using Exception::Exception;
+    void rethrow() override {}
+};
+
+TEST(Protocol, BehindAnOverrideThatReturnsTheBaseIsThrown) {
+    for (const Handling& c : rethrows()) {
+        Returning e(L"first");
+        expectThrows<Exception>([&] { c.handle(e); }, {L"first", widened(c.record)});
+    }
+}
+
 TEST(Protocol, ACopyOfADelayedExceptionLogsItsRecordsAtOnce) {
     const TemporaryLog log;
     try {

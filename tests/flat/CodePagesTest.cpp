@@ -91,6 +91,17 @@ TEST(FlatCodePages, TellWhetherACharacterHadToBeReplaced) {
     }
 }
 
+TEST(FlatCodePages, DoNotTellItWhereTheSystemDoesNotAllowTheQuestion) {
+    constexpr int32_t kUtf7 = 65000;
+    const FlatText text(L"a");
+    char bytes[8] = {};
+    std::size_t size = 0;
+    int32_t replaced = 7;
+    EXPECT_EQ(vorel_utf16_to_code_page(kUtf7, text.data(), text.size(), bytes, 8, &size, &replaced), VOREL_OK);
+    EXPECT_STREQ(bytes, "a");
+    EXPECT_EQ(replaced, -1);
+}
+
 TEST(FlatCodePages, RefuseWhatIsNoTextOfTheirs) {
     const FlatBytes bytes("a\xC3");
     EXPECT_EQ(flatFailure<vorel_char16>(

@@ -141,6 +141,17 @@ TEST(FlatBinaryText, EncodesAndDecodes) {
     }
 }
 
+TEST(FlatBinaryText, BytesHaveNoTerminator) {
+    const unsigned char bytes[] = {'A', 0};
+    for (const Codec& codec : {kBase64, kDaylight, kUpperHex, kLowerHex}) {
+        EXPECT_EQ(
+            flatFailure<vorel_char16>([&](auto... out) { return codec.encode(bytes, VOREL_ZERO_TERMINATED, out...); }),
+            VOREL_ERROR_INVALID_ARGUMENT)
+            << codec.name;
+        EXPECT_EQ(test::lastMessage(), L"Bytes have no terminator") << codec.name;
+    }
+}
+
 TEST(FlatBinaryText, BytesComeBackFromEveryEncoding) {
     std::string all;
     for (int byte = 0; byte != 3 * 256; ++byte) {

@@ -68,6 +68,17 @@ TEST(DecimalDigits, TheExactComparisonDecidesAroundAHalf) {
     EXPECT_EQ(kernels::compareWithHalf(large, -2, 123456789012345), 0);
 }
 
+TEST(DecimalDigits, OnlyATieIsRoundedByItsRule) {
+    for (const kernels::Tie tie : {kernels::Tie::ToEven, kernels::Tie::AwayFromZero}) {
+        for (const std::uint64_t digits : {std::uint64_t{123456789012344}, std::uint64_t{123456789012345}}) {
+            EXPECT_TRUE(kernels::roundsUp(1, digits, tie));
+            EXPECT_FALSE(kernels::roundsUp(-1, digits, tie));
+        }
+        EXPECT_TRUE(kernels::roundsUp(0, 123456789012345, tie));
+        EXPECT_EQ(kernels::roundsUp(0, 123456789012344, tie), tie == kernels::Tie::AwayFromZero);
+    }
+}
+
 TEST(DigitCharacters, SixteenDigitsHaveTheirZerosInFront) {
     test::RandomText random(20261121);
     for (int count = 0; count < 200000; ++count) {

@@ -163,4 +163,10 @@ TEST(DaylightTest, RandomBytesAgreeWithTheReference) {
     }
 }
 
+TEST(DaylightObject, IsAssigned) {
+    Daylight one;
+    const Daylight other;
+    EXPECT_EQ(&(one = other), &one);
+}
+
 }  // namespace

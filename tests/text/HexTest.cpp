@@ -270,4 +270,10 @@ TYPED_TEST(HexText, RandomTextsAgreeWithTheReference) {
     }
 }
 
+TEST(HexObject, IsAssigned) {
+    Hex one;
+    const Hex other;
+    EXPECT_EQ(&(one = other), &one);
+}
+
 }  // namespace

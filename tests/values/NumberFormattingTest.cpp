@@ -197,7 +197,8 @@ TEST(NumberFormatting, AppendAddsBehindTheText) {
     util::appendDouble(text, 0.05);
     util::appendInteger(text, -2147483647 - 1);
     util::appendDouble(text, 0.0);
-    EXPECT_EQ(text, L"x=5.e-002-21474836480");
+    util::appendDouble(text, -std::numeric_limits<double>::infinity());
+    EXPECT_EQ(text, L"x=5.e-002-21474836480-Inf");
 }
 
 TEST(NumberFormatting, Integers_AreCutAndAlwaysTerminated) {
@@ -221,6 +222,19 @@ TEST(NumberFormatting, Integers_AreCutAndAlwaysTerminated) {
         EXPECT_EQ(util::UInt64ToStr(power, buffer, 24), "1" + std::string(digits - 1, '0'));
         EXPECT_EQ(util::Int64ToStr(-static_cast<long long>(power), buffer, 24), "-1" + std::string(digits - 1, '0'));
     }
+}
+
+TEST(NumberFormatting, NothingIsWrittenWithoutASize) {
+    char buffer[] = "ab";
+    wchar_t wideBuffer[] = L"ab";
+    for (const double value : {1.5, -1e20, std::numeric_limits<double>::infinity()}) {
+        EXPECT_EQ(util::doubleToString(value, buffer, 0, util::FO_Default), buffer);
+        EXPECT_EQ(util::doubleToString(value, wideBuffer, 0, util::FO_Default), wideBuffer);
+    }
+    EXPECT_EQ(util::Int64ToStr(-7, buffer, 0), buffer);
+    EXPECT_EQ(util::UInt64ToStr(7, wideBuffer, 0), wideBuffer);
+    EXPECT_STREQ(buffer, "ab");
+    EXPECT_STREQ(wideBuffer, L"ab");
 }
 
 TEST(NumberFormatting, Round_TakesAHalfDown) {

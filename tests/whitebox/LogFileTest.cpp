@@ -10,9 +10,15 @@
 #include <gtest/gtest.h>
 #include <io.h>
 
+#include "support/ImportHook.h"
 #include "support/LockedFile.h"
 #include "support/PrivateMember.h"
 #include "support/TemporaryLog.h"
+
+extern "C" {
+extern decltype(&::_get_osfhandle) importedHandleOf __asm__("__imp__get_osfhandle");
+extern decltype(&::LockFileEx) importedLockFile __asm__("__imp_LockFileEx");
+}
 
 namespace test {
 
@@ -57,6 +63,20 @@ TEST(LockLogFile, WhatIsNoDescriptorIsNotLocked) {
         EXPECT_FALSE(lockLogFile(descriptor, true)) << descriptor;
         EXPECT_FALSE(lockLogFile(descriptor, false)) << descriptor;
     }
+}
+
+// The runtime says so of the standard streams of a program without a console.
+TEST(LockLogFile, ADescriptorWithoutAFileIsNotLocked) {
+    const test::TemporaryFolder folder;
+    const Descriptor descriptor(folder.file("log"));
+    int locked = 0;
+    const test::ImportHook<importedHandleOf> handleOf([](int) { return std::intptr_t{-2}; });
+    const test::ImportHook<importedLockFile> lock([&](HANDLE, DWORD, DWORD, DWORD, DWORD, LPOVERLAPPED) {
+        ++locked;
+        return TRUE;
+    });
+    EXPECT_FALSE(lockLogFile(descriptor.number(), true));
+    EXPECT_EQ(locked, 0);
 }
 
 TEST(LockLogFile, TheLockKeepsOthersOutUntilItIsGivenBack) {

@@ -14,7 +14,12 @@
 
 #include "support/ExhaustedStreams.h"
 #include "support/GuardedBuffer.h"
+#include "support/ImportHook.h"
 #include "support/Widths.h"
+
+extern "C" {
+extern decltype(&::__stdio_common_vsprintf) importedPrint __asm__("__imp___stdio_common_vsprintf");
+}
 
 namespace {
 
@@ -197,6 +202,19 @@ TYPED_TEST(Print, MessageText_WithoutARenderingHasNoText) {
     int count = 77;
     MessageText<TypeParam> message;
     message.renderf(this->text("%n").c_str(), &count);
+    EXPECT_EQ(message.text(), nullptr);
+    EXPECT_FALSE(message.truncated());
+}
+
+TEST(PrintOfNarrowText, MessageText_ThatShrinksAfterItWasMeasuredIsRefused) {
+    const test::ImportHook<importedPrint> print([&](unsigned long long options, char* buffer, std::size_t size,
+                                                    const char* format, _locale_t locale, va_list args) {
+        const int written = print.original(options, buffer, size, format, locale, args);
+        return written > 0 ? written - 1 : written;
+    });
+    const std::string argument(10000, 'm');
+    MessageText<char> message;
+    message.renderf("%s", argument.c_str());
     EXPECT_EQ(message.text(), nullptr);
     EXPECT_FALSE(message.truncated());
 }

@@ -3,6 +3,7 @@
 
 #include "system/SystemClock.h"
 
+#include <cerrno>
 #include <cstdint>
 #include <cstring>
 #include <ctime>
@@ -13,6 +14,12 @@
 #include <windows.h>
 
 #include "support/GuardedBuffer.h"
+#include "support/ImportHook.h"
+
+extern "C" {
+extern decltype(&::asctime_s) importedTimeText __asm__("__imp_asctime_s");
+extern decltype(&::_localtime64_s) importedLocalTime __asm__("__imp__localtime64_s");
+}
 
 namespace {
 
@@ -83,6 +90,33 @@ TEST(SystemClock, FormatTime_NeverLeavesALineFeedAtTheEnd) {
             }
         }
     }
+}
+
+TEST(SystemClock, FormatTime_FindsTheLineFeedBehindATextOfAnotherLength) {
+    struct Case {
+        const char* given;
+        const char* text;
+    };
+    for (const Case& c : {Case{"Fri Feb 13 23:31:30 12009\n", "Fri Feb 13 23:31:30 12009"},
+                          Case{"Fri Feb 13 23:31:30 12009", "Fri Feb 13 23:31:30 12009"}, Case{"", ""}}) {
+        const test::ImportHook<importedTimeText> runtime(
+            [&](char* buffer, std::size_t size, const std::tm*) { return strcpy_s(buffer, size, c.given); });
+        char buffer[40] = {};
+        EXPECT_TRUE(formatTime(someTime(), buffer, sizeof buffer));
+        EXPECT_STREQ(buffer, c.text);
+    }
+}
+
+TEST(SystemClock, LocalTimeText_IsEmptyWhenTheRuntimeRefuses) {
+    {
+        const test::ImportHook<importedLocalTime> localTime([](std::tm*, const __time64_t*) { return EINVAL; });
+        EXPECT_STREQ(LocalTimeText().text, "");
+    }
+    const test::ImportHook<importedTimeText> timeText([](char* buffer, std::size_t, const std::tm*) {
+        *buffer = 'x';
+        return EINVAL;
+    });
+    EXPECT_STREQ(LocalTimeText().text, "");
 }
 
 TEST(SystemClock, LocalTimeText_IsThePresentTime) {

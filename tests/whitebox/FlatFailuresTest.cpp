@@ -1,0 +1,195 @@
+/// \file
+/// What the flat interface makes of failures that only the system can cause, and of a process whose code page is UTF-8.
+
+#include <cerrno>
+#include <string>
+#include <string_view>
+
+#include <gmock/gmock.h>
+
+#include <windows.h>
+
+#include "flat/Call.h"
+#include "flat/FlatCalls.h"
+#include "flat/LastError.h"
+#include "support/ImportHook.h"
+#include "support/NamedEvent.h"
+#include "support/TemporaryLog.h"
+
+extern "C" {
+extern decltype(&::FlsAlloc) importedFlsAlloc __asm__("__imp_FlsAlloc");
+extern decltype(&::FlsFree) importedFlsFree __asm__("__imp_FlsFree");
+extern decltype(&::FlsGetValue) importedFlsGetValue __asm__("__imp_FlsGetValue");
+extern decltype(&::FlsSetValue) importedFlsSetValue __asm__("__imp_FlsSetValue");
+extern decltype(&::HeapAlloc) importedHeapAlloc __asm__("__imp_HeapAlloc");
+extern decltype(&::HeapFree) importedHeapFree __asm__("__imp_HeapFree");
+extern decltype(&::GetACP) importedGetACP __asm__("__imp_GetACP");
+extern decltype(&::MultiByteToWideChar) importedToWide __asm__("__imp_MultiByteToWideChar");
+extern decltype(&::WideCharToMultiByte) importedToBytes __asm__("__imp_WideCharToMultiByte");
+extern decltype(&::WaitForSingleObject) importedWait __asm__("__imp_WaitForSingleObject");
+}
+
+namespace {
+
+using test::flatFailure;
+using test::FlatText;
+using test::flatText;
+using test::ImportHook;
+using test::TemporaryLog;
+using testing::ElementsAre;
+using vorel::flat::LastErrors;
+
+TEST(FlatCall, WhatIsNoExceptionOfTheLibraryIsAnInternalError) {
+    const TemporaryLog log;
+    EXPECT_EQ(vorel::flat::call(L"vorel_anything", []() -> vorel_status { throw 7; }), VOREL_ERROR_INTERNAL);
+    EXPECT_EQ(test::lastMessage(), L"The operation failed for an unknown reason");
+    EXPECT_THAT(log.messages(), ElementsAre("Vorel Error: vorel_anything: Severe error caught"));
+}
+
+// ---- The last failure of a thread -----------------------------------------------------------------------------------
+
+TEST(FlatLastErrors, RememberNothingWithoutASlot) {
+    int uses = 0;
+    const ImportHook<importedFlsAlloc> alloc([](PFLS_CALLBACK_FUNCTION) { return DWORD{FLS_OUT_OF_INDEXES}; });
+    const ImportHook<importedFlsGetValue> get([&](DWORD) -> void* {
+        ++uses;
+        return nullptr;
+    });
+    const ImportHook<importedFlsSetValue> set([&](DWORD, void*) { return ++uses; });
+    const ImportHook<importedFlsFree> free([&](DWORD) { return ++uses; });
+    {
+        const LastErrors errors;
+        errors.remember(VOREL_ERROR_SYSTEM, L"lost");
+        EXPECT_EQ(errors.last(), nullptr);
+    }
+    EXPECT_EQ(uses, 0) << "there is no such slot";
+}
+
+TEST(FlatLastErrors, KeepNoMemoryThatTheSlotDoesNotTake) {
+    int live = 0;
+    const ImportHook<importedHeapAlloc> alloc([&](HANDLE heap, DWORD flags, SIZE_T size) {
+        ++live;
+        return alloc.original(heap, flags, size);
+    });
+    const ImportHook<importedHeapFree> free([&](HANDLE heap, DWORD flags, void* block) {
+        --live;
+        return free.original(heap, flags, block);
+    });
+    const ImportHook<importedFlsSetValue> set([](DWORD, void*) { return FALSE; });
+    const LastErrors errors;
+    errors.remember(VOREL_ERROR_SYSTEM, L"lost");
+    EXPECT_EQ(errors.last(), nullptr);
+    EXPECT_EQ(live, 0);
+}
+
+TEST(FlatLastErrors, AreWholeAgainOnceThereIsMemory) {
+    const LastErrors errors;
+    {
+        const ImportHook<importedHeapAlloc> alloc([](HANDLE, DWORD, SIZE_T) -> void* { return nullptr; });
+        errors.remember(VOREL_ERROR_SYSTEM, L"first");
+    }
+    ASSERT_NE(errors.last(), nullptr);
+    EXPECT_EQ(errors.last()->status, VOREL_ERROR_OUT_OF_MEMORY);
+    errors.remember(VOREL_ERROR_SYSTEM, L"second");
+    EXPECT_EQ(errors.last()->status, VOREL_ERROR_SYSTEM);
+    EXPECT_EQ(errors.last()->message(), L"second");
+}
+
+// ---- Code pages -----------------------------------------------------------------------------------------------------
+
+/// Lets the system count the units of a conversion, and then refuse it.
+class RefusedAfterCounting {
+public:
+    explicit RefusedAfterCounting(DWORD error) : m_error(error) {}
+
+private:
+    int answer() {
+        SetLastError(m_error);
+        return m_calls++ == 0 ? 1 : 0;
+    }
+
+    DWORD m_error;
+    int m_calls = 0;
+    ImportHook<importedToWide> m_toWide{[this](UINT, DWORD, LPCCH, int, LPWSTR, int) { return answer(); }};
+    ImportHook<importedToBytes> m_toBytes{
+        [this](UINT, DWORD, LPCWCH, int, LPSTR, int, LPCCH, LPBOOL) { return answer(); }};
+};
+
+TEST(FlatCodePages, AConversionThatFailsAtItsSecondCallGivesNothing) {
+    errno = 0;
+    {
+        const RefusedAfterCounting system(ERROR_NO_UNICODE_TRANSLATION);
+        EXPECT_EQ(flatFailure<vorel_char16>([](auto... out) { return vorel_code_page_to_utf16(1252, "a", 1, out...); }),
+                  VOREL_ERROR_INVALID_TEXT);
+    }
+    errno = 0;
+    const RefusedAfterCounting system(ERROR_INVALID_PARAMETER);
+    const FlatText text(L"a");
+    EXPECT_EQ(flatFailure<unsigned char>([&](auto... out) {
+                  return vorel_utf16_to_code_page(1252, text.data(), text.size(), out..., nullptr);
+              }),
+              VOREL_ERROR_UNSUPPORTED);
+}
+
+// ---- Locks ----------------------------------------------------------------------------------------------------------
+
+TEST(FlatLocks, AWaitThatTheSystemRefusesIsNoTimeout) {
+    const TemporaryLog log;
+    const FlatText name(test::NamedEvent::uniqueName(L"flat_refused"));
+    const DWORD self = GetCurrentThreadId();
+    vorel_condition* condition = nullptr;
+    vorel_mutex* mutex = nullptr;
+    ASSERT_EQ(vorel_condition_open(name.data(), name.size(), &condition), VOREL_OK);
+    ASSERT_EQ(vorel_mutex_open(name.data(), name.size(), &mutex), VOREL_OK);
+    {
+        const ImportHook<importedWait> wait([&](HANDLE handle, DWORD timeoutMs) {
+            if (GetCurrentThreadId() != self) {
+                return wait.original(handle, timeoutMs);  // the test framework has threads, too
+            }
+            SetLastError(ERROR_INVALID_HANDLE);
+            return DWORD{WAIT_FAILED};
+        });
+        EXPECT_EQ(vorel_condition_wait(condition, 0), VOREL_ERROR_SYSTEM);
+        EXPECT_EQ(vorel_mutex_lock(mutex, 0), VOREL_ERROR_SYSTEM);
+        EXPECT_EQ(vorel_mutex_lock(mutex, 5), VOREL_ERROR_SYSTEM);
+    }
+    EXPECT_EQ(vorel_condition_close(condition), VOREL_OK);
+    EXPECT_EQ(vorel_mutex_close(mutex), VOREL_OK);
+}
+
+// ---- The log's path -------------------------------------------------------------------------------------------------
+
+vorel_status setPath(std::wstring_view path) {
+    const FlatText text(path);
+    return vorel_log_set_path(text.data(), text.size());
+}
+
+std::wstring logPath() {
+    return flatText([](auto... out) { return vorel_log_path(out...); });
+}
+
+TEST(FlatLogPath, IsNotAskedForReplacementsInAProcessOfUtf8) {
+    const TemporaryLog log;
+    const ImportHook<importedGetACP> codePage([] { return UINT{CP_UTF8}; });
+    int conversions = 0;
+    const ImportHook<importedToBytes> toBytes([&](UINT page, DWORD flags, LPCWCH text, int units, LPSTR out,
+                                                  int capacity, LPCCH replacement, LPBOOL replaced) {
+        ++conversions;
+        EXPECT_EQ(flags, 0u);
+        EXPECT_EQ(replaced, nullptr);
+        return toBytes.original(page, flags, text, units, out, capacity, replacement, replaced);
+    });
+    EXPECT_EQ(setPath(L"somewhere.txt"), VOREL_OK);
+    EXPECT_EQ(conversions, 2);
+    EXPECT_EQ(logPath(), L"somewhere.txt");
+}
+
+TEST(FlatLogPath, StaysWhenTheSystemCannotConvertTheNext) {
+    const TemporaryLog log;
+    const std::wstring before = logPath();
+    const ImportHook<importedToBytes> toBytes([](UINT, DWORD, LPCWCH, int, LPSTR, int, LPCCH, LPBOOL) { return 0; });
+    EXPECT_EQ(setPath(L"somewhere.txt"), VOREL_ERROR_INVALID_TEXT);
+    EXPECT_EQ(logPath(), before);
+}
+
+}  // namespace
