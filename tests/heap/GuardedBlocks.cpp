@@ -223,6 +223,7 @@ unsigned char* place(std::size_t bytes) noexcept {
     std::size_t page = 0;
     if (accessible != 1 || !reuse(page)) {
         page = findPages(accessible + 1);
+        // cppcheck-suppress leakReturnValNotUsed; the same
         if (bytes != 0 && !allow(page, accessible)) {
             return nullptr;
         }

@@ -13,6 +13,7 @@
 #include <windows.h>
 
 #include "support/Expect.h"
+#include "support/ImportHook.h"
 #include "support/ImportPatch.h"
 #include "support/NamedEvent.h"
 #include "support/PrivateMember.h"
@@ -183,25 +184,18 @@ TEST(ConditionInside, AWaiterDoesNotJoinABroadcastInProgress) {
     EXPECT_EQ(condition.*reveal(test::Waiters()), 0);
 }
 
-unsigned int pauses = 0;
-Condition* broadcasting = nullptr;
-volatile long* waitersLeft = nullptr;
-
-void WINAPI pauseAndLetOneGo(DWORD milliseconds) {
-    EXPECT_EQ(milliseconds, 10u);
-    EXPECT_FALSE(isFreeForOthers(broadcasting->*reveal(test::BroadcastLock()))) << "nobody may join";
-    ++pauses;
-    --const_cast<long&>(*waitersLeft);
-}
-
 TEST(ConditionInside, ABroadcastSignalsAndPausesOnceForEachWaiter) {
     ForcedCriticalSection lock;
     Condition condition(lock);
-    broadcasting = &condition;
-    waitersLeft = &(condition.*reveal(test::Waiters()));
-    *waitersLeft = 3;
-    pauses = 0;
-    const ImportPatch sleep(importedSleepOfConditions, &pauseAndLetOneGo);
+    volatile long& waiters = condition.*reveal(test::Waiters());
+    waiters = 3;
+    unsigned int pauses = 0;
+    const test::ImportHook<importedSleepOfConditions> sleep([&](DWORD milliseconds) {
+        EXPECT_EQ(milliseconds, 10u);
+        EXPECT_FALSE(isFreeForOthers(condition.*reveal(test::BroadcastLock()))) << "nobody may join";
+        ++pauses;
+        --const_cast<long&>(waiters);
+    });
     condition.broadcast();
     EXPECT_EQ(pauses, 3u);
 }

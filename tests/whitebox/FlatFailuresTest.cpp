@@ -103,6 +103,7 @@ public:
     explicit RefusedAfterCounting(DWORD error) : m_error(error) {}
 
 private:
+    // cppcheck-suppress unusedPrivateFunction; the two hooks call it
     int answer() {
         SetLastError(m_error);
         return m_calls++ == 0 ? 1 : 0;
