@@ -1,0 +1,17 @@
+#include "kernels/Processor.h"
+
+#include <gtest/gtest.h>
+
+#include <windows.h>
+
+namespace {
+
+using vorel::kernels::detectAvx2;
+using vorel::kernels::s_useAvx2;
+
+TEST(Processor, Avx2IsUsedWhereTheSystemSaysThatThereIsSome) {
+    EXPECT_EQ(detectAvx2(), IsProcessorFeaturePresent(PF_AVX2_INSTRUCTIONS_AVAILABLE) != FALSE);
+    EXPECT_EQ(s_useAvx2, detectAvx2());
+}
+
+}  // namespace
