@@ -69,6 +69,8 @@ TEST(CompareCommandsTest, Version) {
         {{L"version", L"9.9", L"10.2"}, "false\n", 1},
         {{L"version", L"1.2", L"1.2.0"}, "false\n", 1},
         {{L"version", L"1.2", L""}, "false\n", 1},
+        {{L"version", L"", L"1.2"}, "false\n", 1},
+        {{L"version", L"", L""}, "false\n", 1},
     });
 }
 

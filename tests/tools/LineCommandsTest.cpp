@@ -77,7 +77,11 @@ TEST(LineCommandsTest, List) {
         {"joined and trimmed", {L"list", L"-jr", L"-e;"}, " a \n b;\n", "a;\"b;\"\n"},
         {"nothing joined", {L"list", L"--join"}, "", "\n"},
         {"integers", {L"list", L"--type", L"integer"}, "1 ,2 3\n-4\n1, 2\n", "1\n2\n3\n-4\n1\n0\n2\n"},
-        {"unsigned", {L"list", L"-y", L"unsigned"}, "4294967295 1", "4294967295\n1\n"},
+        {"the ends of 32 bits, and fractions of any length",
+         {L"list", L"-y", L"integer"},
+         "2147483647,-2147483648,+007 1.99999999999 -.99999999999 0000000000012",
+         "2147483647\n-2147483648\n7\n1\n0\n12\n"},
+        {"unsigned", {L"list", L"-y", L"unsigned"}, "4294967295 1 -0", "4294967295\n1\n0\n"},
         {"doubles", {L"list", L"-y", L"double"}, "1.5 2e3 abc 4", "1.5\n2000\n4\n"},
         {"booleans", {L"list", L"-y", L"boolean"}, "T f 1 0 yes 3", "true\nfalse\ntrue\nfalse\ntrue\n"},
     };
@@ -87,6 +91,30 @@ TEST(LineCommandsTest, List) {
 TEST(LineCommandsTest, Range) {
     const Conversion conversions[] = {
         {"every form", {L"range"}, "1-5,7\n 3 - 9 , 12-\n-5\n\n,4,\n", "1-5\n7-7\n3-9\n12-\n-5\n4-4\n"},
+        {"the largest numbers", {L"range"}, "00-2147483647,2147483647-", "0-2147483647\n2147483647-\n"},
+    };
+    std::for_each(std::begin(conversions), std::end(conversions), test::expectConversion);
+}
+
+TEST(LineCommandsTest, CharactersOfEveryPlane) {
+    const Conversion conversions[] = {
+        {"U+40000 and U+FFFFF", {L"list"}, "\xF1\x80\x80\x80,\xF3\xBF\xBF\xBF", "\xF1\x80\x80\x80\n\xF3\xBF\xBF\xBF\n"},
+        {"sorted", {L"sort"}, "\xF3\xB0\x80\x80\na\n", "a\n\xF3\xB0\x80\x80\n"},
+    };
+    std::for_each(std::begin(conversions), std::end(conversions), test::expectConversion);
+}
+
+TEST(LineCommandsTest, AByteOrderMarkInFrontIsLeftOut) {
+    const std::string mark = "\xEF\xBB\xBF";
+    const Conversion conversions[] = {
+        {"in front of a number", {L"integer"}, mark + "42\n", "42\n"},
+        {"in front of a text", {L"sort"}, mark + "a\n", "a\n"},
+        {"alone", {L"integer"}, mark, ""},
+        {"in front of an empty line", {L"sort"}, mark + "\n", "\n"},
+        {"in another place it is a character",
+         {L"sort"},
+         mark + mark + "a\n" + mark + "b",
+         mark + "a\n" + mark + "b\n"},
     };
     std::for_each(std::begin(conversions), std::end(conversions), test::expectConversion);
 }
@@ -157,6 +185,30 @@ TEST(LineCommandsTest, ListAndRange_TellThePlaceOfBadInput) {
          "line 1, offset 0: words of fewer than 80 characters are expected, found something else behind 0 of them in "
          "\"" +
              std::string(60, '1') + "\xE2\x80\xA6\""},
+        {{L"list", L"-y", L"integer"},
+         "1,99999999999",
+         "line 1, offset 0: an integer from -2147483648 to 2147483647 is expected, found \"99999999999\""},
+        {{L"list", L"-y", L"integer"},
+         "1\n1 -2147483649",
+         "line 2, offset 2: an integer from -2147483648 to 2147483647 is expected, found \"-2147483649\""},
+        {{L"list", L"-y", L"unsigned"},
+         "4294967297",
+         "line 1, offset 0: an integer from 0 to 4294967295 is expected, found \"4294967297\""},
+        {{L"list", L"-y", L"unsigned"},
+         "1,-1",
+         "line 1, offset 0: an integer from 0 to 4294967295 is expected, found \"-1\""},
+        {{L"range"},
+         "1\n5-4294967295",
+         "line 2, offset 2: a number from 0 to 2147483647 is expected, found \"4294967295\""},
+        {{L"range"},
+         "99999999999",
+         "line 1, offset 0: a number from 0 to 2147483647 is expected, found \"99999999999\""},
+        {{L"range"},
+         "1-2,5--1",
+         "line 1, offset 0: a list of ranges of numbers without a sign is expected, found \"1-2,5--1\""},
+        {{L"range"},
+         "-2147483648",
+         "line 1, offset 0: a number from 0 to 2147483647 is expected, found \"2147483648\""},
         {{L"range"},
          "1\n1-x",
          "line 2, offset 2: ranges of numbers (\"1-5,7,9-\") are expected: Found nonnumeric text in numeric item: "
@@ -170,8 +222,9 @@ TEST(LineCommandsTest, WhatIsNoTextIsToldWithItsPlace) {
         {{L"integer"}, "1\n2\0\n"s, "line 2, offset 3: text is expected, found a zero byte"},
         {{L"list"}, "a\nb\xFF", "line 2, offset 3: a UTF-8 sequence is expected, which cannot begin with 0xFF"},
         {{L"list"},
-         "\xF3\xB0\x80\x80",
-         "line 1, offset 0: this line has a character that the library's UTF-8 decoder does not take"},
+         "\xEF\xBB\xBF"
+         "a\n\xFF",
+         "line 2, offset 5: a UTF-8 sequence is expected, which cannot begin with 0xFF"},
     };
     std::for_each(std::begin(conversions), std::end(conversions), test::expectBadInput);
 }

@@ -68,6 +68,19 @@ TEST_F(OutputTest, AFileIsReplaced) {
     EXPECT_THAT(names(), ElementsAre(L"out"));
 }
 
+TEST_F(OutputTest, OfALinkTheFileThatItLeadsToIsReplaced) {
+    write(path(L"real"), "before");
+    const std::wstring link = path(L"link");
+    if (!CreateSymbolicLinkW(link.c_str(), L"real", SYMBOLIC_LINK_FLAG_ALLOW_UNPRIVILEGED_CREATE) ||
+        GetFileAttributesW(link.c_str()) == INVALID_FILE_ATTRIBUTES) {
+        GTEST_SKIP() << "the system makes no links for this user";
+    }
+    EXPECT_EQ(vorelconv({L"hex", L"-t", L"AB", L"-o", link}).exitCode, test::kDone);
+    EXPECT_EQ(read(path(L"real")), "4142");
+    EXPECT_NE(GetFileAttributesW(link.c_str()) & FILE_ATTRIBUTE_REPARSE_POINT, 0U);
+    EXPECT_EQ(names().size(), 2U);
+}
+
 TEST_F(OutputTest, TheInputItselfMayBeReplaced) {
     write(path(L"both"), "AB");
     EXPECT_EQ(vorelconv({L"hex", path(L"both"), L"-o", path(L"both")}).exitCode, test::kDone);

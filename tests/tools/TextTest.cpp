@@ -16,6 +16,9 @@ TEST(TextTest, Utf8AndBack) {
     const Pair pairs[] = {
         {"nothing", L"", ""},
         {"every length of a sequence", L"a\u00E9\u20AC\xD83D\xDE00", "a\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80"},
+        {"U+40000, U+7FFFF, U+C0000 and U+FFFFF among others",
+         L"\xD8C0\xDC00\u00E9\xD9BF\xDFFF\xDAC0\xDC00z\xDBBF\xDFFF",
+         "\xF1\x80\x80\x80\xC3\xA9\xF1\xBF\xBF\xBF\xF3\x80\x80\x80z\xF3\xBF\xBF\xBF"},
         {"a zero within", L"a\0b"s, "a\0b"s},
         {"zeros at both ends", L"\0a\0"s, "\0a\0"s},
         {"nothing but zeros", L"\0\0"s, "\0\0"s},
@@ -43,6 +46,8 @@ TEST(TextTest, ToUtf8_LooksAtNothingBehindTheText) {
 TEST(TextTest, FromUtf8_GivesNothingForBytesThatStartNoSequence) {
     EXPECT_EQ(tools::fromUtf8("abc\x80"), std::nullopt);
     EXPECT_EQ(tools::fromUtf8("a\0\xFF"s), std::nullopt);
+    EXPECT_EQ(tools::fromUtf8("\xF1\x80\x80"), std::nullopt);
+    EXPECT_EQ(tools::fromUtf8("\xF3\x80\x80z"), std::nullopt);
 }
 
 TEST(TextTest, FromUtf8_LooksAtNothingBehindTheText) {

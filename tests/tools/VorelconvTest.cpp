@@ -40,6 +40,12 @@ TEST(VorelconvTest, EveryCommandHasHelp) {
     }
 }
 
+TEST(VorelconvTest, HelpTellsTheRulesThatSurprise) {
+    EXPECT_THAT(vorelconv({L"double", L"--help"}).output, HasSubstr("leading zeros among them"));
+    EXPECT_THAT(vorelconv({L"version", L"--help"}).output, HasSubstr("An empty text on either side is\nfalse."));
+    EXPECT_THAT(vorelconv({L"hex", L"--help"}).output, HasSubstr("replaced when the conversion has succeeded"));
+}
+
 TEST(VorelconvTest, Version) {
     const test::Captured run = vorelconv({L"--version"});
     EXPECT_EQ(run.exitCode, test::kDone);

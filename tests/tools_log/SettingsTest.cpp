@@ -46,6 +46,7 @@ TEST(SettingsTest, EveryOption) {
     EXPECT_EQ(s.filter.to, 1794873600000);  // the start of the next day
     EXPECT_EQ(s.mostEntries, 5u);
     EXPECT_EQ(s.colours, Colours::Always);
+    EXPECT_EQ(settings({L"-m1"}).mostEntries, 1u);
     EXPECT_EQ(settings({L"--color", L"never"}).colours, Colours::Never);
     EXPECT_EQ(settings({L"--color", L"auto"}).colours, Colours::WhenSeen);
     EXPECT_TRUE(settings({L"-s"}).summary);
@@ -53,9 +54,9 @@ TEST(SettingsTest, EveryOption) {
 
 TEST(SettingsTest, WhatMakesNoSense) {
     const Given cases[] = {
-        {L"-p", L"x"},    {L"-p", L""},         {L"-p", L"4294967296"},   {L"-p", L"-1"},       {L"-t", L"1.5"},
-        {L"-m", L"many"}, {L"--from", L"soon"}, {L"--to", L""},           {L"--color", L"red"}, {L"-s", L"-f"},
-        {L"-s", L"-F"},   {L"-s", L"-m", L"1"}, {L"one.log", L"two.log"}, {L"--unknown"}};
+        {L"-p", L"x"},    {L"-p", L""},   {L"-p", L"4294967296"}, {L"-p", L"-1"},           {L"-t", L"1.5"},
+        {L"-m", L"many"}, {L"-m", L"0"},  {L"--from", L"soon"},   {L"--to", L""},           {L"--color", L"red"},
+        {L"-s", L"-f"},   {L"-s", L"-F"}, {L"-s", L"-m", L"1"},   {L"one.log", L"two.log"}, {L"--unknown"}};
     for (const Given& given : cases) {
         EXPECT_THROW(settings(given), tools::WrongUse) << testing::PrintToString(given);
     }

@@ -176,6 +176,7 @@ TEST_F(VorellogTest, ExitCodes) {
     EXPECT_EQ(view({L"--summary", L"-e", L"other"}).exitCode, 1u);
     EXPECT_EQ(view({L"--unknown"}).exitCode, 2u);
     EXPECT_EQ(view({L"-p", L"x"}).exitCode, 2u);
+    EXPECT_EQ(view({L"-m", L"0"}).exitCode, 2u);
     EXPECT_EQ(view({L"another.log"}).exitCode, 2u);
     const std::wstring folder = log.folder().widePath();
     EXPECT_EQ(test::capture(L"vorellog", {folder}).exitCode, 3u);
@@ -189,11 +190,18 @@ TEST_F(VorellogTest, ExitCodes) {
 TEST_F(VorellogTest, HelpNamesEveryOptionAndExitCode) {
     const Captured help = test::capture(L"vorellog", {L"--help"});
     EXPECT_EQ(help.exitCode, 0u);
-    for (const char* const word :
-         {"--follow", "--process", "--thread", "--prefix", "--from", "--to", "--text", "--ignore-case", "--damaged",
-          "--max-count", "--fold", "--summary", "--json", "--color", "0 something", "1 nothing", "2 wrong", "3 the"}) {
+    for (const char* const word : {"--follow", "--process", "--thread", "--prefix", "--from", "--to", "--text",
+                                   "--ignore-case", "--damaged", "--max-count", "--fold", "--summary", "--json",
+                                   "--color", "--version", "0 something", "1 nothing", "2 wrong", "3 the"}) {
         EXPECT_THAT(help.output, HasSubstr(word));
     }
+}
+
+TEST_F(VorellogTest, Version) {
+    const Captured version = test::capture(L"vorellog", {L"--version"});
+    EXPECT_EQ(version.exitCode, 0u);
+    EXPECT_THAT(version.output, ::testing::MatchesRegex("vorellog \\d+\\.\\d+\\.\\d+\n"));
+    EXPECT_EQ(version.error, "");
 }
 
 TEST_F(VorellogTest, ColoursOnlyWhereTheyAreWanted) {

@@ -1,29 +1,41 @@
 #include "support/Text.h"
 
 #include <algorithm>
-#include <utility>
+#include <cstddef>
+#include <cstdint>
 
+#include "support/Utf8.h"
 #include "vorel/text/Unicode.h"
 
 namespace tools {
 
 namespace {
 
-/// Calls `convert` for each piece between zero units, with its start and its length, and `zero` between the pieces: a
-/// zero ends every conversion of the library.
-template <class T, class Convert, class Zero>
-bool forEachPiece(const std::basic_string<T>& text, std::size_t length, Convert&& convert, Zero&& zero) {
-    for (std::size_t start = 0;;) {
-        const std::size_t end = std::min(text.find(T(), start), length);
-        if (end > start && !convert(text.data() + start, static_cast<int>(end - start))) {
-            return false;
+/// The library's decoder takes no sequence that begins with F1 or F3: U+40000 to U+7FFFF, and U+C0000 to U+FFFFF.
+bool isLeadOfOwn(char byte) noexcept {
+    return (static_cast<unsigned char>(byte) & 0xFDU) == 0xF1U;
+}
+
+/// Where the next zero, or the next such sequence, begins at or behind `from`.
+std::size_t endOfPiece(std::string_view text, std::size_t from) noexcept {
+    const auto stops = [](char byte) { return byte == '\0' || isLeadOfOwn(byte); };
+    for (const auto* place = text.begin() + static_cast<std::ptrdiff_t>(from);; ++place) {
+        place = std::find_if(place, text.end(), stops);
+        const auto index = static_cast<std::size_t>(place - text.begin());
+        if (place == text.end() || *place == '\0' || utf8SequenceSize(text.substr(index)) != 0) {
+            return index;
         }
-        if (end == length) {
-            return true;
-        }
-        zero();
-        start = end + 1;
     }
+}
+
+/// The surrogate pair of a sequence of four bytes.
+std::wstring decodedPair(std::string_view sequence) {
+    std::uint32_t codePoint = static_cast<unsigned char>(sequence[0]) & 0x07U;
+    for (std::size_t index = 1; index < 4; ++index) {
+        codePoint = codePoint << 6 | (static_cast<unsigned char>(sequence[index]) & 0x3FU);
+    }
+    const std::uint32_t offset = codePoint - 0x10000;
+    return {static_cast<wchar_t>(0xD800 + (offset >> 10)), static_cast<wchar_t>(0xDC00 + (offset & 0x3FF))};
 }
 
 }  // namespace
@@ -32,15 +44,18 @@ std::string toUtf8(std::wstring_view text) {
     const std::wstring terminated(text);  // a conversion may look at the unit behind the last one
     std::string result;
     vorel::BaseString<char> piece;
-    forEachPiece(
-        terminated, text.size(),
-        [&](const wchar_t* start, int length) {
-            vorel::util::ConvertStringtoUTF8(start, piece, length);
+    for (std::size_t start = 0;; ++start) {
+        const std::size_t end = std::min(terminated.find(L'\0', start), text.size());  // a zero ends every conversion
+        if (end > start) {
+            vorel::util::ConvertStringtoUTF8(terminated.data() + start, piece, static_cast<int>(end - start));
             result += piece.view();
-            return true;
-        },
-        [&] { result += '\0'; });
-    return result;
+        }
+        if (end == text.size()) {
+            return result;
+        }
+        result += '\0';
+        start = end;
+    }
 }
 
 std::optional<std::wstring> fromUtf8(std::string_view text) {
@@ -49,17 +64,25 @@ std::optional<std::wstring> fromUtf8(std::string_view text) {
     padded.append(kLongestTail, '\0');
     std::wstring result;
     vorel::BaseString<wchar_t> piece;
-    const bool valid = forEachPiece(
-        padded, text.size(),
-        [&](const char* start, int length) {
-            if (!vorel::util::ConvertUTF8toString(piece, start, length, false)) {
-                return false;
+    for (std::size_t start = 0;;) {
+        const std::size_t end = endOfPiece(text, start);
+        if (end > start) {
+            if (!vorel::util::ConvertUTF8toString(piece, padded.data() + start, static_cast<int>(end - start), false)) {
+                return std::nullopt;
             }
             result += piece.view();
-            return true;
-        },
-        [&] { result += L'\0'; });
-    return valid ? std::optional(std::move(result)) : std::nullopt;
+        }
+        if (end == text.size()) {
+            return result;
+        }
+        if (text[end] == '\0') {
+            result += L'\0';
+            start = end + 1;
+        } else {
+            result += decodedPair(text.substr(end));
+            start = end + 4;
+        }
+    }
 }
 
 }  // namespace tools

@@ -13,8 +13,9 @@ namespace tools {
 /// The UTF-8 form of `text`, zero units included. A surrogate that is not part of a pair becomes "?".
 std::string toUtf8(std::wstring_view text);
 
-/// The wide form of `text`, zero bytes included; nothing when a byte starts no sequence. Overlong forms, encoded
-/// surrogates and wrong trailing bytes are taken as the library takes them.
+/// The wide form of `text`, zero bytes included; nothing when a byte starts no sequence. All well-formed text is taken,
+/// also the sequences that begin with F1 and F3, which the library does not take. Overlong forms, encoded surrogates
+/// and wrong trailing bytes are taken as the library takes them.
 std::optional<std::wstring> fromUtf8(std::string_view text);
 
 /// The printf-style rendering of `format`; wide text goes under %ls.

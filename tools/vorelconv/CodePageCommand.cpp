@@ -19,6 +19,8 @@ namespace conv {
 namespace {
 
 constexpr std::wstring_view kName = L"vorelconv codepage";
+constexpr int kUtf16 = 1200;
+constexpr int kUtf16BigEndian = 1201;
 constexpr int kUtf7 = 65000;
 constexpr int kUtf8 = 65001;
 constexpr std::size_t kNotConverted = static_cast<std::size_t>(-1);
@@ -52,6 +54,10 @@ int codePageOf(const std::wstring& name) {
 int codePageOf(const tools::Arguments& arguments, const tools::Option& option, bool (*isUsable)(int)) {
     const std::wstring name = arguments.value(option.name).value_or(L"UTF-8");
     const int codePage = codePageOf(name);
+    if (codePage == kUtf16 || codePage == kUtf16BigEndian) {
+        throw tools::Failure(
+            L"UTF-16 is no code page of the system: \"vorelconv utf16\" converts UTF-8 to it, and back");
+    }
     if (!isUsable(codePage)) {
         throw tools::Failure(L"code page " + std::to_wstring(codePage) + L" (\"" + name +
                              L"\") is not on this system, or cannot be converted with a check for errors");

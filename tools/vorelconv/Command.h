@@ -36,7 +36,7 @@ const Command& versionCommand();
 constexpr tools::Option kDecodeOption = {L"decode", L'd', {}, L"convert back"};
 constexpr tools::Option kTextOption = {L"text", L't', L"text", L"convert this text instead of a file"};
 constexpr tools::Option kOutputOption = {L"output", L'o', L"file",
-                                         L"write to this file, which appears when it is whole"};
+                                         L"write to this file; it is replaced when the conversion has succeeded"};
 constexpr std::wstring_view kInputOperand = L"[input]";
 /// \}
 

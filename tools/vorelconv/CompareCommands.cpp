@@ -115,13 +115,12 @@ constexpr Command kVersion = {
                .operands = L"<version> <required>",
                .leastOperands = 2,
                .mostOperands = 2,
-               .details =
-                   L"Number by number; any one character separates two of them. A version with fewer numbers\n"
-                   L"than required fails, also when the missing ones are zero. Writes \"true\" (exit code 0) or\n"
-                   L"\"false\" (1).\n"
-                   L"\n"
-                   L"  vorelconv version 10.2 9.9           true\n"
-                   L"  vorelconv version 1.2 1.2.0          false"},
+               .details = L"Number by number; any one character separates two of them. A version with fewer numbers\n"
+                          L"than required fails, also when the missing ones are zero. An empty text on either side is\n"
+                          L"false. Writes \"true\" (exit code 0) or \"false\" (1).\n"
+                          L"\n"
+                          L"  vorelconv version 10.2 9.9           true\n"
+                          L"  vorelconv version 1.2 1.2.0          false"},
     .run = runVersion};
 
 }  // namespace

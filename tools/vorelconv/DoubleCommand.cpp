@@ -89,7 +89,8 @@ constexpr Command kCommand = {
                .operands = kInputOperand,
                .mostOperands = 1,
                .details = L"Fifteen significant digits, exponents of three digits, and an exponent for all below 0.1.\n"
-                          L"In reading, the first eighteen digits count. What is beyond the range becomes Inf or 0.\n"
+                          L"In reading, the first eighteen digits count, leading zeros among them. What is beyond the\n"
+                          L"range becomes Inf or 0.\n"
                           L"\n"
                           L"  vorelconv double --text 0.05                        5.e-002\n"
                           L"  vorelconv double --json --text 1e20                 1.0e+020\n"

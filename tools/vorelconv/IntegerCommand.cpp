@@ -1,8 +1,6 @@
-#include <algorithm>
-#include <limits>
-
 #include "Command.h"
 #include "LineFilter.h"
+#include "WholeNumbers.h"
 #include "support/Tool.h"
 #include "vorel/values/NumberFormatting.h"
 #include "vorel/values/NumberParsing.h"
@@ -23,64 +21,30 @@ std::wstring unsignedDecimal(unsigned long long value) {
     return vorel::util::UInt64ToStr(value, digits, kMostDigits);
 }
 
-/// The digits of an integer's text without zeros in front, and with a '-' unless they are none: what a conversion gives
-/// back if the number fits. The library lets a number that does not fit wrap around.
-std::wstring canonical(const std::wstring& integer) {
-    const std::size_t sign = integer.find_first_of(L"+-");
-    const bool isNegative = sign != std::wstring::npos && integer[sign] == L'-';
-    const std::size_t first = std::min(integer.find_first_of(L"123456789."), integer.size());
-    const std::size_t behind = integer.find_first_not_of(L"0123456789", first);
-    const std::wstring digits = integer.substr(first, behind == std::wstring::npos ? behind : behind - first);
-    return digits.empty() ? L"0" : (isNegative ? L"-" : L"") + digits;
+std::wstring readSigned(const std::wstring& line) {
+    return decimal(vorel::util::stringToInteger64(line.c_str(), nullptr, false));
 }
 
-[[noreturn]] void refuse(const std::wstring& line, std::wstring_view expected) {
-    throw BadInput{0, std::wstring(expected) + L" is expected, found " + shown(line)};
+std::wstring readUnsigned(const std::wstring& line) {
+    return unsignedDecimal(vorel::util::stringToUnsignedInteger64(line.c_str(), nullptr, false));
 }
 
-std::wstring readSigned(const std::wstring& line, long long least, long long most, std::wstring_view expected) {
-    const long long value = vorel::util::stringToInteger64(line.c_str(), nullptr, false);
-    std::wstring text = decimal(value);
-    if (text != canonical(line) || value < least || value > most) {
-        refuse(line, expected);
-    }
-    return text;
-}
-
-std::wstring readUnsigned(const std::wstring& line, unsigned long long most, std::wstring_view expected) {
-    const unsigned long long value = vorel::util::stringToUnsignedInteger64(line.c_str(), nullptr, false);
-    std::wstring text = unsignedDecimal(value);
-    if (text != canonical(line) || value > most) {
-        refuse(line, expected);
-    }
-    return text;
-}
-
-/// A type of number: its name on the command line, what messages call it, and how it is read.
+/// A type of number: its name on the command line, what fits into it, what messages call it, and how it is read.
 struct IntegerType {
     std::wstring_view name;
+    WholeNumberLimits limits;
     std::wstring_view expected;
-    std::wstring (*read)(const std::wstring& line, std::wstring_view expected);
+    std::wstring (*read)(const std::wstring& line);
 };
 
 constexpr IntegerType kTypes[] = {
-    {L"int64", L"an integer from -9223372036854775808 to 9223372036854775807",
-     [](const std::wstring& line, std::wstring_view expected) {
-         return readSigned(line, std::numeric_limits<long long>::min(), std::numeric_limits<long long>::max(),
-                           expected);
-     }},
-    {L"uint64", L"an integer from 0 to 18446744073709551615",
-     [](const std::wstring& line, std::wstring_view expected) {
-         return readUnsigned(line, std::numeric_limits<unsigned long long>::max(), expected);
-     }},
-    {L"int32", L"an integer from -2147483648 to 2147483647",
-     [](const std::wstring& line, std::wstring_view expected) {
-         return readSigned(line, std::numeric_limits<int>::min(), std::numeric_limits<int>::max(), expected);
-     }},
-    {L"uint32", L"an integer from 0 to 4294967295",
-     [](const std::wstring& line, std::wstring_view expected) {
-         return readUnsigned(line, std::numeric_limits<unsigned int>::max(), expected);
-     }},
+    {L"int64",
+     {9223372036854775808U, 9223372036854775807},
+     L"an integer from -9223372036854775808 to 9223372036854775807",
+     readSigned},
+    {L"uint64", {0, 18446744073709551615U}, L"an integer from 0 to 18446744073709551615", readUnsigned},
+    {L"int32", kInt32Limits, kInt32Expected, readSigned},
+    {L"uint32", kUint32Limits, kUint32Expected, readUnsigned},
 };
 
 class IntegerFilter final : public LineFilter {
@@ -92,7 +56,10 @@ protected:
         if (!vorel::util::canCoerceToInteger(line.c_str(), m_leadingZeros)) {
             refuse(line, m_leadingZeros ? L"an integer" : L"an integer without leading zeros");
         }
-        appendLine(result, m_type.read(line, m_type.expected));
+        if (!firstThatDoesNotFit(line, m_type.limits).empty()) {
+            refuse(line, m_type.expected);
+        }
+        appendLine(result, m_type.read(line));
     }
 
 private:

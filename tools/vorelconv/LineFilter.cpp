@@ -13,16 +13,15 @@ std::wstring decoded(std::string_view line) {
     if (zero != std::string_view::npos) {
         throw BadInput{zero, L"text is expected, found a zero byte"};
     }
-    if (auto text = tools::fromUtf8(line)) {
-        return std::move(*text);
-    }
-    throw BadInput{0, L"this line has a character that the library's UTF-8 decoder does not take"};
+    return tools::fromUtf8(line).value();
 }
 
 }  // namespace
 
 std::size_t LineFilter::convert(std::string_view block, bool last, std::string& result) {
-    std::size_t start = 0;
+    constexpr std::string_view kMark = "\xEF\xBB\xBF";
+    std::size_t start = m_isFirst && block.starts_with(kMark) ? kMark.size() : 0;
+    m_isFirst = false;
     while (start < block.size()) {
         const std::size_t end = block.find('\n', start);
         if (end == std::string_view::npos && !last) {

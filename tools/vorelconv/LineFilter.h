@@ -7,7 +7,8 @@
 namespace conv {
 
 /// Takes a stream of UTF-8 apart into lines. They end with a line feed, or a carriage return and a line feed; at the
-/// end of the text nothing is needed. A line has to fit into memory.
+/// end of the text nothing is needed. A line has to fit into memory. A byte-order mark in front of the first one is
+/// left out.
 class LineFilter : public Filter {
 public:
     std::size_t convert(std::string_view block, bool last, std::string& result) final;
@@ -19,6 +20,9 @@ protected:
 
     /// Behind the last line.
     virtual void finish(std::string&) {}
+
+private:
+    bool m_isFirst = true;  ///< nothing of the text has been seen
 };
 
 /// Appends `text` in UTF-8, and the end of a line.

@@ -1,5 +1,6 @@
 #include "Command.h"
 #include "LineFilter.h"
+#include "WholeNumbers.h"
 #include "support/Tool.h"
 #include "vorel/values/BooleanParsing.h"
 #include "vorel/values/Joining.h"
@@ -49,12 +50,15 @@ struct ListType {
     std::wstring_view name;
     std::wstring_view expected;
     ListReader read;
+    const WholeNumberLimits* limits = nullptr;  ///< of integers; null: the type has no such
+    std::wstring_view item = {};                ///< what one that does not fit should have been
 };
 
 constexpr ListType kTypes[] = {
-    {L"integer", L"integers, each followed by at most one comma", readList<int, vorel::util::stringToIntegerArray>},
+    {L"integer", L"integers, each followed by at most one comma", readList<int, vorel::util::stringToIntegerArray>,
+     &kInt32Limits, kInt32Expected},
     {L"unsigned", L"integers without '-', each followed by at most one comma",
-     readList<unsigned int, vorel::util::stringToUIntegerArray>},
+     readList<unsigned int, vorel::util::stringToUIntegerArray>, &kUint32Limits, kUint32Expected},
     {L"double", L"words of fewer than 80 characters", readList<double, vorel::util::stringToDoubleArray>},
     {L"boolean", L"words of fewer than 80 characters", readList<bool, vorel::util::stringToBooleanArray>},
 };
@@ -70,6 +74,9 @@ protected:
         if (!whole) {
             throw BadInput{0, std::wstring(m_type.expected) + L" are expected, found something else behind " +
                                   std::to_wstring(items.size()) + L" of them in " + shown(line)};
+        }
+        if (m_type.limits) {
+            checkAllFit(line, *m_type.limits, m_type.item);
         }
         for (const std::wstring& item : items) {
             appendLine(result, item);
@@ -176,7 +183,8 @@ constexpr Command kCommand = {
                    L"text      between the delimiter's characters; an item in double quotes may hold them, and\n"
                    L"          two double quotes for one. --join writes such a list, quoted where that is needed.\n"
                    L"integer, unsigned\n"
-                   L"          white space or one comma behind each; white space behind a comma is a 0\n"
+                   L"          white space or one comma behind each; white space behind a comma is a 0. What does\n"
+                   L"          not fit into 32 bits is an error.\n"
                    L"double, boolean\n"
                    L"          between white space; words that are none are passed over\n"
                    L"\n"

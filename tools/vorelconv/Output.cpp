@@ -1,11 +1,32 @@
 #include "Output.h"
 
+#include <optional>
+
 #include <windows.h>
 
 #include "support/Console.h"
 #include "support/Tool.h"
 
 namespace conv {
+
+namespace {
+
+/// Where an open file stands, behind all links; nothing where the system does not say so.
+std::optional<std::wstring> finalPath(HANDLE file) {
+    std::wstring path(MAX_PATH, L'\0');
+    DWORD units = GetFinalPathNameByHandleW(file, path.data(), static_cast<DWORD>(path.size()), FILE_NAME_NORMALIZED);
+    if (units > path.size()) {  // the size that it takes, with its terminator
+        path.resize(units);
+        units = GetFinalPathNameByHandleW(file, path.data(), static_cast<DWORD>(path.size()), FILE_NAME_NORMALIZED);
+    }
+    if (units == 0 || units >= path.size()) {
+        return std::nullopt;
+    }
+    path.resize(units);
+    return path;
+}
+
+}  // namespace
 
 Output::Output(const tools::Arguments& arguments) {
     const auto path = arguments.value(L"output");
@@ -14,6 +35,7 @@ Output::Output(const tools::Arguments& arguments) {
         return;
     }
     m_name = *path;
+    m_target = m_name;
     if (!openDevice()) {
         openUnfinished();
     }
@@ -37,6 +59,7 @@ bool Output::openDevice() {
         throw tools::systemFailure(m_name, L"cannot be written");
     }
     if (GetFileType(device.get()) == FILE_TYPE_DISK) {
+        m_target = finalPath(device.get()).value_or(m_name);
         return false;
     }
     m_file = std::move(device);
@@ -47,7 +70,7 @@ void Output::openUnfinished() {
     constexpr unsigned int kMostTries = 1000;
     for (unsigned int number = 0;; ++number) {
         m_unfinished =
-            m_name + L".unfinished-" + std::to_wstring(GetCurrentProcessId()) + L"-" + std::to_wstring(number);
+            m_target + L".unfinished-" + std::to_wstring(GetCurrentProcessId()) + L"-" + std::to_wstring(number);
         m_file = tools::OwnedHandle(CreateFileW(m_unfinished.c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr,
                                                 CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr));
         if (m_file) {
@@ -76,7 +99,7 @@ void Output::commit() {
         if (!FlushFileBuffers(m_file.get()) || !m_file.close()) {
             throw tools::systemFailure(m_name, L"cannot be written");
         }
-        if (!MoveFileExW(m_unfinished.c_str(), m_name.c_str(), MOVEFILE_REPLACE_EXISTING)) {
+        if (!MoveFileExW(m_unfinished.c_str(), m_target.c_str(), MOVEFILE_REPLACE_EXISTING)) {
             throw tools::systemFailure(m_name, L"cannot be replaced");
         }
     }

@@ -1,6 +1,6 @@
 /// \file
 /// Where a command writes its result. A file appears under its name only when it is whole: until then the bytes go to
-/// another one beside it.
+/// another one beside it. A link stays, and the file that it leads to is replaced.
 #pragma once
 
 #include <cstdint>
@@ -40,7 +40,8 @@ private:
     bool openDevice();
     void openUnfinished();
 
-    std::wstring m_name;
+    std::wstring m_name;        // as messages call it
+    std::wstring m_target;      // the path of the file to be: where a link of that name leads to
     std::wstring m_unfinished;  // the path that is written to; empty when nothing has to be renamed
     tools::OwnedHandle m_file;
     std::uint64_t m_written = 0;

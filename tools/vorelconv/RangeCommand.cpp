@@ -1,5 +1,6 @@
 #include "Command.h"
 #include "LineFilter.h"
+#include "WholeNumbers.h"
 #include "support/Tool.h"
 #include "vorel/exceptions/Exception.h"
 #include "vorel/values/ListParsing.h"
@@ -14,6 +15,18 @@ std::wstring end(int value) {
     return value == kOpen ? std::wstring() : std::to_wstring(value);
 }
 
+/// Whether a number of some range has a '-' of its own. The library would take it for a sign, and -1 for an open end.
+bool hasNegative(const std::wstring& line) {
+    bool hasDash = false;
+    for (const wchar_t c : line) {
+        if (c == L'-' && hasDash) {
+            return true;
+        }
+        hasDash = c != L',' && (hasDash || c == L'-');
+    }
+    return false;
+}
+
 class RangeFilter final : public LineFilter {
 protected:
     void convertLine(const std::wstring& line, std::string& result) override {
@@ -22,6 +35,10 @@ protected:
         } catch (vorel::Exception& e) {
             throw BadInput{0, L"ranges of numbers (\"1-5,7,9-\") are expected: " + std::wstring(e.what())};
         }
+        if (hasNegative(line)) {
+            refuse(line, L"a list of ranges of numbers without a sign");
+        }
+        checkAllFit(line, {.least = 0, .most = 2147483647, .hasSigns = false}, L"a number from 0 to 2147483647");
         for (unsigned int index = 0; index < m_starts.size(); ++index) {
             appendLine(result, end(m_starts[index]) + L'-' + end(m_ends[index]));
         }
@@ -46,7 +63,8 @@ constexpr Command kCommand = {
                .options = kOptions,
                .operands = kInputOperand,
                .mostOperands = 1,
-               .details = L"A range is 2-5, 7 (which is 7-7), 9- or -9 with an open end. Numbers have no sign.\n"
+               .details = L"A range is 2-5, 7 (which is 7-7), 9- or -9 with an open end. Numbers have no sign,\n"
+                          L"and are at most 2147483647.\n"
                           L"\n"
                           L"  vorelconv range --text \"1-5, 7\"      1-5, and 7-7 in the next line"},
     .run = run};

@@ -4,6 +4,7 @@
 #include "Command.h"
 #include "Filter.h"
 #include "Utf8.h"
+#include "support/Text.h"
 #include "support/Tool.h"
 #include "vorel/text/Unicode.h"
 
@@ -36,7 +37,7 @@ public:
         for (std::size_t start = 0; start < text.size();) {
             // A zero ends every conversion of the library.
             const std::size_t end = std::min(text.find('\0', start), text.size());
-            convertPiece(text, start, end - start, result);
+            convertPiece(text.substr(start, end - start), result);
             if (end < text.size()) {
                 result.append(2, '\0');
             }
@@ -46,23 +47,14 @@ public:
     }
 
 private:
-    void convertPiece(std::string_view text, std::size_t start, std::size_t count, std::string& result) {
-        if (!vorel::util::ConvertUTF8toString(m_wide, text.data() + start, static_cast<int>(count), false)) {
-            throw BadInput{lead(text, start), L"the library's UTF-8 decoder takes no sequence that begins with 0xF1 or "
-                                              L"0xF3 (\"vorelconv codepage --to\" does)"};
-        }
-        vorel::util::ConvertStringtoUTF16(m_wide.c_str(), m_bytes, m_littleEndian, false, -1);
+    void convertPiece(std::string_view piece, std::string& result) {
+        const std::wstring wide = tools::fromUtf8(piece).value();
+        vorel::util::ConvertStringtoUTF16(wide.c_str(), m_bytes, m_littleEndian, false, -1);
         append(result, m_bytes);
-    }
-
-    /// The text is well-formed; so it can only be one of these that the decoder does not take.
-    static std::size_t lead(std::string_view text, std::size_t start) {
-        return std::min(text.find_first_of("\xF1\xF3", start), text.size());
     }
 
     bool m_littleEndian;
     bool m_needsMark;
-    WideString m_wide;
     Bytes m_bytes;
 };
 
@@ -178,8 +170,7 @@ constexpr Command kCommand = {
                .mostOperands = 1,
                .details =
                    L"Both sides have to be well-formed. In decoding, a byte-order mark at the beginning decides\n"
-                   L"on the order of the bytes and is left out. Characters of the planes 4 to 7 and 12 to 15\n"
-                   L"are not taken in encoding; \"vorelconv codepage\" takes them as UTF-8.\n"
+                   L"on the order of the bytes and is left out.\n"
                    L"\n"
                    L"  vorelconv utf16 names.txt -o names.utf16\n"
                    L"  vorelconv utf16 --decode names.utf16 | vorelconv utf16 --big-endian --mark"},

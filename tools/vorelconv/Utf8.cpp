@@ -1,47 +1,14 @@
 #include "Utf8.h"
 
-#include <algorithm>
 #include <cstdint>
 #include <cstring>
 
 #include "Filter.h"
+#include "support/Utf8.h"
 
 namespace conv {
 
 namespace {
-
-/// What may follow a lead byte: so many trailing bytes, the first of them within these bounds.
-struct Tail {
-    unsigned int count;  // 0: no lead byte of a longer sequence
-    unsigned char first;
-    unsigned char last;
-};
-
-Tail tailOf(unsigned char lead) noexcept {
-    if (lead < 0xC2 || lead > 0xF4) {
-        return {};
-    }
-    if (lead < 0xE0) {
-        return {1, 0x80, 0xBF};
-    }
-    const auto first = static_cast<unsigned char>(lead == 0xE0 ? 0xA0 : lead == 0xF0 ? 0x90 : 0x80);
-    const auto last = static_cast<unsigned char>(lead == 0xED ? 0x9F : lead == 0xF4 ? 0x8F : 0xBF);
-    return {lead < 0xF0 ? 2U : 3U, first, last};
-}
-
-/// How many of the trailing bytes that `tail` asks for are there.
-unsigned int matching(const Tail& tail, std::string_view bytes) noexcept {
-    unsigned int count = 0;
-    while (count < tail.count && count < bytes.size()) {
-        const auto byte = static_cast<unsigned char>(bytes[count]);
-        const bool fits = count == 0 ? byte >= tail.first && byte <= tail.last : byte >= 0x80 && byte <= 0xBF;
-        if (!fits) {
-            break;
-        }
-        ++count;
-    }
-    return count;
-}
 
 std::size_t asciiRun(std::string_view text) noexcept {
     std::size_t count = 0;
@@ -66,13 +33,12 @@ Utf8Scan scanUtf8(std::string_view text) noexcept {
         if (index == text.size()) {
             return {index, false};
         }
-        const Tail tail = tailOf(static_cast<unsigned char>(text[index]));
-        const std::string_view behind = text.substr(index + 1);
-        const unsigned int found = matching(tail, behind);
-        if (tail.count == 0 || found != tail.count) {
-            return {index, tail.count != 0 && found == behind.size()};
+        const std::string_view rest = text.substr(index);
+        const tools::Utf8Sequence sequence = tools::utf8SequenceAt(rest);
+        if (!sequence.isWhole()) {
+            return {index, sequence.size != 0 && sequence.found == rest.size()};
         }
-        index += 1 + std::size_t{tail.count};
+        index += sequence.size;
     }
 }
 
@@ -81,18 +47,15 @@ std::string_view wholeUtf8(std::string_view block, bool last) {
     if (scan.valid == block.size() || (scan.isCut && !last)) {
         return block.substr(0, scan.valid);
     }
-    const auto lead = static_cast<unsigned char>(block[scan.valid]);
-    const unsigned int expected = tailOf(lead).count;
-    std::wstring message = expected == 0
-                               ? L"a UTF-8 sequence is expected, which cannot begin with " + shown(block[scan.valid])
-                               : L"a UTF-8 sequence of " + std::to_wstring(expected + 1) + L" bytes begins with " +
-                                     shown(block[scan.valid]);
-    if (expected != 0) {
-        const std::string_view behind = block.substr(scan.valid + 1);
-        const unsigned int found = matching(tailOf(lead), behind);
-        message += found == behind.size() ? L", but the text ends within it"
-                                          : L", but " + shown(behind[found]) + L" cannot follow there";
+    const std::string_view rest = block.substr(scan.valid);
+    const tools::Utf8Sequence sequence = tools::utf8SequenceAt(rest);
+    if (sequence.size == 0) {
+        throw BadInput{scan.valid, L"a UTF-8 sequence is expected, which cannot begin with " + shown(rest[0])};
     }
+    std::wstring message =
+        L"a UTF-8 sequence of " + std::to_wstring(sequence.size) + L" bytes begins with " + shown(rest[0]);
+    message += sequence.found == rest.size() ? L", but the text ends within it"
+                                             : L", but " + shown(rest[sequence.found]) + L" cannot follow there";
     throw BadInput{scan.valid, message};
 }
 

@@ -39,8 +39,10 @@ std::wstring overview() {
            tools::columns(rows) +
            L"\n"
            L"The input is a file, or the standard input without one; --text takes it from the command\n"
-           L"line. The output is the standard output, or the file of --output, which appears when it is\n"
-           L"whole. Text is UTF-8. Files of any size are converted in blocks.\n"
+           L"line. The output is the standard output, or the file of --output, which is replaced when the\n"
+           L"conversion has succeeded, and stays as it is otherwise; of a link, the file that it leads to.\n"
+           L"Text is UTF-8; commands that take lines leave a byte-order mark in front of them out. Files\n"
+           L"of any size are converted in blocks.\n"
            L"\n"
            L"Exit codes: 0 done; 1 bad input, a failure, or a comparison that is false; 2 wrong use.\n";
 }

@@ -6,10 +6,6 @@ namespace vorellog {
 
 namespace {
 
-constexpr LocalMs kSecond = 1000;
-constexpr LocalMs kMinute = 60 * kSecond;
-constexpr LocalMs kHour = 60 * kMinute;
-constexpr LocalMs kDay = 24 * kHour;
 constexpr LocalMs kYear = 364 * kDay;
 
 /// Each is a multiple of the one before; the last is long enough for all the years that a log can name.

@@ -2,7 +2,7 @@
 
 #include <cstdio>
 
-#include "vorellog/Utf8.h"
+#include "support/Utf8.h"
 
 namespace vorellog {
 
@@ -42,7 +42,7 @@ void appendJson(std::string& out, std::string_view text) {
         if (text.empty()) {
             break;
         }
-        const std::size_t size = sequenceSize(text);
+        const std::size_t size = tools::utf8SequenceSize(text);
         if (size == 0) {
             out += kReplacement;
         } else if (size == 1) {

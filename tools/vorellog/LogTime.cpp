@@ -11,11 +11,6 @@ namespace vorellog {
 
 namespace {
 
-constexpr LocalMs kSecond = 1000;
-constexpr LocalMs kMinute = 60 * kSecond;
-constexpr LocalMs kHour = 60 * kMinute;
-constexpr LocalMs kDay = 24 * kHour;
-
 /// Walks over a text from left to right. After the first thing that is not as asked for, nothing is any more.
 class Cursor {
 public:

@@ -12,6 +12,14 @@ namespace vorellog {
 /// Milliseconds since 1970-01-01 00:00 on the local clock.
 using LocalMs = long long;
 
+/// \name The parts of a day
+/// \{
+inline constexpr LocalMs kSecond = 1000;
+inline constexpr LocalMs kMinute = 60 * kSecond;
+inline constexpr LocalMs kHour = 60 * kMinute;
+inline constexpr LocalMs kDay = 24 * kHour;
+/// \}
+
 /// The characters of a line's time: "Mon Nov 16 01:43:08 2026".
 inline constexpr std::size_t kLogTimeSize = 24;
 

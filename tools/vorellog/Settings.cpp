@@ -24,11 +24,12 @@ constexpr tools::Option kOptions[] = {
     {L"text", L'e', L"text", L"records that hold this text"},
     {L"ignore-case", L'i', {}, L"take a to z for A to Z in --text"},
     {L"damaged", L'd', {}, L"damaged records only"},
-    {L"max-count", L'm', L"count", L"stop after so many entries"},
+    {L"max-count", L'm', L"count", L"stop after so many entries, 1 at least"},
     {L"fold", L'F', {}, L"show the records of one exception as one entry"},
     {L"summary", L's', {}, L"count by process and prefix, and over time, instead of showing records"},
     {L"json", L'j', {}, L"write JSON objects, one in a line"},
     {L"color", {}, L"when", L"auto (default: on a console, unless NO_COLOR is set), always or never"},
+    {L"version", {}, {}, L"show the version"},
 };
 
 constexpr std::wstring_view kDetails =
@@ -162,6 +163,9 @@ Settings settingsOf(const tools::Arguments& arguments, LocalMs now) {
     settings.colours = coloursOf(arguments);
     if (const auto count = arguments.value(L"max-count")) {
         settings.mostEntries = numberOf(L"max-count", *count, std::numeric_limits<unsigned long long>::max());
+        if (settings.mostEntries == 0U) {
+            refuse(L"max-count", *count, L"a number from 1 on");
+        }
     }
     checkTogether(settings);
     return settings;

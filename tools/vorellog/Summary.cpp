@@ -103,7 +103,11 @@ unsigned long long Summary::damaged() const noexcept {
     return sum;
 }
 
-/// "3 damaged: 1 cut, 2 no header"; empty when nothing is.
+unsigned long long Summary::entries() const noexcept {
+    return damaged() + m_damage[indexOf(Damage::None)];
+}
+
+/// "3 of 12 damaged: 1 cut, 2 no header"; empty when nothing is.
 std::string Summary::damageText() const {
     std::string kinds;
     for (const Damage each : {Damage::Cut, Damage::NoHeader, Damage::BadUtf8}) {
@@ -111,7 +115,8 @@ std::string Summary::damageText() const {
             kinds += (kinds.empty() ? "" : ", ") + std::to_string(count) + ' ' + std::string(nameOf(each));
         }
     }
-    return kinds.empty() ? kinds : std::to_string(damaged()) + " damaged: " + kinds;
+    return kinds.empty() ? kinds
+                         : std::to_string(damaged()) + " of " + std::to_string(entries()) + " damaged: " + kinds;
 }
 
 std::string Summary::table() const {
@@ -161,6 +166,9 @@ std::string Summary::text() const {
     if (m_all.records != 0) {
         out += " from " + timeText(m_all.firstMs) + " to " + timeText(m_all.lastMs);
     }
+    if (const unsigned long long others = entries() - m_all.records) {
+        out += ", " + std::to_string(others) + (others == 1 ? " entry" : " entries") + " without a header";
+    }
     out += (damage.empty() ? "" : "; " + damage) + '\n';
     if (m_all.records != 0) {
         out += '\n' + table() + '\n' + bars();
@@ -186,6 +194,7 @@ std::string Summary::json() const {
 void Summary::appendHead(std::string& out) const {
     JsonObject object(out);
     object.add("type", "summary");
+    object.add("entries", entries());
     object.add("records", m_all.records);
     if (m_all.records != 0) {
         object.add("from", isoText(m_all.firstMs, false));

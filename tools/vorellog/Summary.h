@@ -39,6 +39,7 @@ private:
 
     Row& rowOf(const Record& record, const LogHeader& header);
     [[nodiscard]] unsigned long long damaged() const noexcept;
+    [[nodiscard]] unsigned long long entries() const noexcept;
     [[nodiscard]] std::string damageText() const;
     [[nodiscard]] std::string table() const;
     [[nodiscard]] std::string bars() const;

@@ -3,6 +3,8 @@
 #include <cstdint>
 #include <cstring>
 
+#include "support/Utf8.h"
+
 namespace vorellog {
 
 namespace {
@@ -38,17 +40,6 @@ std::size_t plainSize(std::string_view text) noexcept {
     return size;
 }
 
-/// The second byte's range decides over overlong forms, surrogates and what is too large.
-bool isSecondByte(unsigned char lead, unsigned char second) noexcept {
-    switch (lead) {
-    case 0xE0: return second >= 0xA0 && second <= 0xBF;
-    case 0xED: return second >= 0x80 && second <= 0x9F;
-    case 0xF0: return second >= 0x90 && second <= 0xBF;
-    case 0xF4: return second >= 0x80 && second <= 0x8F;
-    default: return second >= 0x80 && second <= 0xBF;
-    }
-}
-
 void appendEscape(std::string& out, unsigned char byte) {
     constexpr std::string_view kDigits = "0123456789ABCDEF";
     out += "\\x";
@@ -65,29 +56,6 @@ bool isControl(std::string_view sequence) noexcept {
 
 }  // namespace
 
-std::size_t sequenceSize(std::string_view text) noexcept {
-    if (text.empty()) {
-        return 0;
-    }
-    const unsigned char lead = byteAt(text, 0);
-    if (lead < 0x80) {
-        return 1;
-    }
-    if (lead < 0xC2 || lead > 0xF4) {
-        return 0;
-    }
-    const std::size_t size = lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
-    if (text.size() < size || !isSecondByte(lead, byteAt(text, 1))) {
-        return 0;
-    }
-    for (std::size_t index = 2; index != size; ++index) {
-        if ((byteAt(text, index) & 0xC0) != 0x80) {
-            return 0;
-        }
-    }
-    return size;
-}
-
 bool isUtf8(std::string_view text) noexcept {
     constexpr std::uint64_t kHighBits = kEachByte * 0x80;
     while (!text.empty()) {
@@ -95,7 +63,7 @@ bool isUtf8(std::string_view text) noexcept {
             text.remove_prefix(kWord);
             continue;
         }
-        const std::size_t size = sequenceSize(text);
+        const std::size_t size = tools::utf8SequenceSize(text);
         if (size == 0) {
             return false;
         }
@@ -112,7 +80,7 @@ void appendVisible(std::string& out, std::string_view text) {
         if (text.empty()) {
             return;
         }
-        const std::size_t size = sequenceSize(text);
+        const std::size_t size = tools::utf8SequenceSize(text);
         if (size != 0 && !isControl(text.substr(0, size))) {
             out.append(text.substr(0, size));
             text.remove_prefix(size);

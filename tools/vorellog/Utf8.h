@@ -1,16 +1,11 @@
 /// \file
-/// Strict UTF-8, to tell sound text from damage: no overlong forms, no surrogates, nothing above U+10FFFF. (The
-/// library's decoder takes such forms on purpose, and so cannot tell.)
+/// Texts of a log that may be damaged: whether they are strict UTF-8, and a form that shows what is not.
 #pragma once
 
-#include <cstddef>
 #include <string>
 #include <string_view>
 
 namespace vorellog {
-
-/// The bytes of the sequence that `text` begins with, 1 to 4; 0 when it begins with none, or is empty.
-std::size_t sequenceSize(std::string_view text) noexcept;
 
 bool isUtf8(std::string_view text) noexcept;
 

@@ -14,6 +14,7 @@
 #include "vorellog/Follower.h"
 #include "vorellog/LogFiles.h"
 #include "vorellog/Settings.h"
+#include "vorellog/ViewLoop.h"
 #include "vorellog/Viewer.h"
 
 namespace vorellog {
@@ -28,17 +29,9 @@ enum ExitCode : int {
 };
 
 constexpr wchar_t kProgram[] = L"vorellog";
-constexpr DWORD kPollMs = 100;
-constexpr DWORD kBusyMs = 5;
-constexpr LocalMs kLongestBusyMs = 10000;
-constexpr LocalMs kLineEndMs = 200;  ///< how long a line may stay without its end before its writer is taken for dead
 
 void tell(const std::wstring& text) {
     tools::writeError(std::wstring(kProgram) + L": " + text + L"\n");
-}
-
-LocalMs clockMs() {
-    return static_cast<LocalMs>(GetTickCount64());
 }
 
 /// Set by Ctrl+C.
@@ -48,13 +41,13 @@ HANDLE stopEvent() {
 }
 
 /// Waits; true when it is time to stop.
-bool waitForStop(DWORD milliseconds) {
+bool isStopped(DWORD milliseconds) {
     return WaitForSingleObject(stopEvent(), milliseconds) == WAIT_OBJECT_0;
 }
 
 /// The first Ctrl+C lets the viewer show what it has read; the next one ends it as usual.
 BOOL WINAPI onControl(DWORD control) {
-    if ((control != CTRL_C_EVENT && control != CTRL_BREAK_EVENT) || waitForStop(0)) {
+    if ((control != CTRL_C_EVENT && control != CTRL_BREAK_EVENT) || isStopped(0)) {
         return FALSE;
     }
     SetEvent(stopEvent());
@@ -67,58 +60,12 @@ bool wantsColours(const Settings& settings) {
                         noColor && *noColor != L'\0');
 }
 
-/// Reads until there is nothing more, or with --follow until it is stopped.
-class Run {
+/// This process, as the loop sees it.
+class Process : public Surroundings {
 public:
-    Run(const Settings& settings, Follower& follower, Viewer& viewer)
-        : m_settings(settings), m_follower(follower), m_viewer(viewer) {}
-
-    void run() {
-        while (!m_viewer.hasEnough()) {
-            switch (poll()) {
-            case Outcome::More: continue;
-            case Outcome::Busy:
-                if (waitForStop(kBusyMs)) {
-                    return;
-                }
-                continue;
-            case Outcome::Idle: break;
-            }
-            m_viewer.showWhatIsRead(clockMs());
-            if (m_viewer.hasEnough() || (!m_settings.follow && !isWaitingForLineEnd()) ||
-                waitForStop(m_settings.follow ? kPollMs : kBusyMs)) {
-                return;
-            }
-        }
-    }
-
-private:
-    enum class Outcome { More, Idle, Busy };
-
-    Outcome poll() {
-        try {
-            const Follower::Progress progress = m_follower.poll();
-            m_busySinceMs = 0;
-            return progress == Follower::Progress::More ? Outcome::More : Outcome::Idle;
-        } catch (const FileBusy&) {
-            const LocalMs now = clockMs();
-            m_busySinceMs = m_busySinceMs == 0 ? now : m_busySinceMs;
-            if (!m_settings.follow && now - m_busySinceMs > kLongestBusyMs) {
-                throw;
-            }
-            return Outcome::Busy;
-        }
-    }
-
-    /// A last line without an end may be one that is just being written.
-    [[nodiscard]] bool isWaitingForLineEnd() const {
-        return m_viewer.isWithinLine() && clockMs() - m_viewer.lastNewsMs() < kLineEndMs;
-    }
-
-    const Settings& m_settings;
-    Follower& m_follower;
-    Viewer& m_viewer;
-    LocalMs m_busySinceMs = 0;
+    LocalMs nowMs() override { return static_cast<LocalMs>(GetTickCount64()); }
+    bool waitForStop(LocalMs milliseconds) override { return isStopped(static_cast<DWORD>(milliseconds)); }
+    void tell(const std::wstring& text) override { vorellog::tell(text); }
 };
 
 int view(const Settings& settings) {
@@ -128,14 +75,14 @@ int view(const Settings& settings) {
     if (settings.follow) {
         SetConsoleCtrlHandler(&onControl, TRUE);
     }
-    Run(settings, follower, viewer).run();
+    Process process;
+    ViewLoop loop(settings, follower, viewer, process);
+    loop.run();
     viewer.finish();
     if (!follower.hasFound() && !settings.follow) {
         throw tools::Failure(settings.path + L": there is no such log");
     }
-    if (viewer.gaps() != 0) {
-        tell(L"the log was deleted, emptied or moved too often: records may be missing");
-    }
+    loop.tellGaps();
     if (viewer.unjudged() != 0) {
         tell(L"damaged records without process, thread, prefix and time, not shown: " +
              std::to_wstring(viewer.unjudged()));
@@ -147,6 +94,10 @@ int runWith(const std::vector<std::wstring>& given) {
     const tools::Arguments arguments = tools::parse(syntax(), given);
     if (arguments.has(L"help")) {
         tools::writeOutput(tools::helpText(syntax()));
+        return kFound;
+    }
+    if (arguments.has(L"version")) {
+        tools::writeOutput(tools::versionText(kProgram));
         return kFound;
     }
     const Settings settings = settingsOf(arguments, localNow());

@@ -1,0 +1,193 @@
+#include "vorellog/ViewLoop.h"
+
+#include <algorithm>
+#include <functional>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "tools_log/Records.h"
+
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+using vorellog::FileBusy;
+using vorellog::FileId;
+using vorellog::Follower;
+using vorellog::LocalMs;
+using vorellog::LogFile;
+using vorellog::LogFiles;
+using vorellog::Settings;
+using vorellog::Surroundings;
+using vorellog::Viewer;
+using vorellog::ViewLoop;
+
+/// A log of fixed bytes.
+class Bytes : public LogFile {
+public:
+    Bytes(unsigned long long index, std::string bytes) : m_index(index), m_bytes(std::move(bytes)) {}
+    [[nodiscard]] FileId id() const override { return {1, m_index}; }
+    std::size_t read(unsigned long long offset, char* buffer, std::size_t size) override {
+        return m_bytes.copy(buffer, size, std::min<std::size_t>(offset, m_bytes.size()));
+    }
+
+private:
+    unsigned long long m_index;
+    std::string m_bytes;
+};
+
+/// A log that is there or not, or busy.
+class Files : public LogFiles {
+public:
+    bool isBusy = false;
+    unsigned long long index = 0;  ///< another one is another file; 0: there is none
+    std::string bytes = test::header() + "WARN: a\n";
+    unsigned int attempts = 0;  ///< to open the log
+
+    std::unique_ptr<LogFile> open(Which which) override {
+        if (which == Which::Backup) {
+            return nullptr;
+        }
+        ++attempts;
+        if (isBusy) {
+            throw FileBusy(tools::Failure(L"my.log: cannot be read"));
+        }
+        return index != 0 ? std::make_unique<Bytes>(index, bytes) : nullptr;
+    }
+};
+
+/// A clock that goes on while somebody waits, and nothing else does.
+class Clock : public Surroundings {
+public:
+    std::function<bool(LocalMs now)> isTimeToStop = [](LocalMs) { return false; };  ///< asked after each wait
+    std::vector<std::wstring> told;
+
+    LocalMs nowMs() override { return m_now; }
+    bool waitForStop(LocalMs milliseconds) override {
+        m_now += milliseconds;
+        return isTimeToStop(m_now);
+    }
+    void tell(const std::wstring& text) override { told.push_back(text); }
+
+private:
+    LocalMs m_now = 0;
+};
+
+class ViewLoopTest : public ::testing::Test {
+protected:
+    Files files;
+    Clock clock;
+    std::string shown;
+
+    void run(const Settings& settings) {
+        Viewer viewer(settings, false, [this](std::string_view text) { shown += text; });
+        Follower follower(files, viewer);
+        ViewLoop loop(settings, follower, viewer, clock);
+        loop.run();
+        viewer.finish();
+        loop.tellGaps();
+    }
+};
+
+constexpr LocalMs kLongest = ViewLoop::kLongestBusyMs;
+const Settings kFollowing = {.path = L"my.log", .follow = true};
+
+TEST_F(ViewLoopTest, ALogThatIsThereIsShownWithoutAWord) {
+    files.index = 1;
+    run({.path = L"my.log"});
+    EXPECT_EQ(shown, files.bytes);
+    EXPECT_THAT(clock.told, IsEmpty());
+}
+
+TEST_F(ViewLoopTest, AMissingLogIsToldOnceWhereItIsWaitedFor) {
+    clock.isTimeToStop = [&](LocalMs now) {
+        files.index = now >= 1000 ? 1 : 0;
+        return now >= 2000;
+    };
+    run(kFollowing);
+    EXPECT_EQ(shown, files.bytes);
+    EXPECT_THAT(clock.told, ElementsAre(L"my.log: there is no such log; waiting for it"));
+}
+
+TEST_F(ViewLoopTest, AMissingLogIsNotWaitedForOtherwise) {
+    run({.path = L"my.log"});
+    EXPECT_EQ(clock.nowMs(), 0);
+    EXPECT_THAT(clock.told, IsEmpty());
+}
+
+TEST_F(ViewLoopTest, AShortlyBusyLogIsNothingToTell) {
+    files.index = 1;
+    files.isBusy = true;
+    clock.isTimeToStop = [&](LocalMs now) {
+        files.isBusy = now < kLongest;
+        return now > kLongest + 1000;
+    };
+    run(kFollowing);
+    EXPECT_EQ(shown, files.bytes);
+    EXPECT_THAT(clock.told, IsEmpty());
+}
+
+TEST_F(ViewLoopTest, ALogThatStaysBusyIsToldOnce) {
+    files.index = 1;
+    files.isBusy = true;
+    clock.isTimeToStop = [&](LocalMs now) {
+        files.isBusy = now < 3 * kLongest;
+        return now > 3 * kLongest + 1000;
+    };
+    run(kFollowing);
+    EXPECT_EQ(shown, files.bytes);
+    EXPECT_THAT(clock.told, ElementsAre(L"my.log: cannot be read; waiting for it"));
+}
+
+TEST_F(ViewLoopTest, ALogThatIsBusyAgainIsToldAgain) {
+    files.index = 1;
+    files.isBusy = true;
+    clock.isTimeToStop = [&](LocalMs now) {
+        files.isBusy = now < 2 * kLongest || now > 3 * kLongest;
+        return now > 5 * kLongest;
+    };
+    run(kFollowing);
+    EXPECT_EQ(clock.told.size(), 2u);
+}
+
+TEST_F(ViewLoopTest, ALogThatStaysBusyIsTriedLessOften) {
+    files.isBusy = true;
+    unsigned int attemptsBefore = 0;
+    clock.isTimeToStop = [&](LocalMs now) {
+        attemptsBefore = now <= kLongest ? files.attempts : attemptsBefore;
+        return now >= 2 * kLongest;
+    };
+    run(kFollowing);
+    EXPECT_GE(attemptsBefore, kLongest / ViewLoop::kBusyMs - 1);
+    EXPECT_LE(files.attempts - attemptsBefore, kLongest / ViewLoop::kPollMs + 2);
+}
+
+TEST_F(ViewLoopTest, ALogThatStaysBusyIsAFailureWithoutFollowing) {
+    files.isBusy = true;
+    EXPECT_THROW(run({.path = L"my.log"}), FileBusy);
+    EXPECT_GT(clock.nowMs(), kLongest);
+    EXPECT_THAT(clock.told, IsEmpty());
+}
+
+TEST_F(ViewLoopTest, EveryGapIsToldWhenItIsSeen) {
+    files.index = 1;
+    std::vector<std::size_t> toldBy;
+    clock.isTimeToStop = [&](LocalMs now) {
+        toldBy.push_back(clock.told.size());
+        files.index = now < 300 ? 1 : now < 600 ? 2 : 3;
+        return now >= 900;
+    };
+    run(kFollowing);
+    EXPECT_EQ(shown, files.bytes + files.bytes + files.bytes);
+    EXPECT_THAT(toldBy, ElementsAre(0, 0, 0, 1, 1, 1, 2, 2, 2));
+    EXPECT_THAT(clock.told,
+                ::testing::Each(L"the log was deleted, emptied or moved too often: records may be missing"));
+    EXPECT_EQ(clock.told.size(), 2u);
+}
+
+}  // namespace

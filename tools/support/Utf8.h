@@ -1,0 +1,69 @@
+/// \file
+/// Strict UTF-8: no overlong forms, no surrogates, nothing above U+10FFFF. (The library's decoder takes such forms on
+/// purpose, and so cannot tell sound text from damage.)
+#pragma once
+
+#include <cstddef>
+#include <string_view>
+
+namespace tools {
+
+/// What a text begins with, as far as it is well-formed.
+struct Utf8Sequence {
+    std::size_t size = 0;   ///< bytes of the sequence that the first byte begins, 1 to 4; 0: it begins none
+    std::size_t found = 0;  ///< how many of them are there, up to `size`
+
+    [[nodiscard]] constexpr bool isWhole() const noexcept { return size != 0 && found == size; }
+};
+
+namespace detail {
+
+constexpr std::size_t utf8SizeBehind(unsigned char lead) noexcept {
+    if (lead < 0x80) {
+        return 1;
+    }
+    if (lead < 0xC2 || lead > 0xF4) {
+        return 0;
+    }
+    return lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
+}
+
+/// The second byte's range decides over overlong forms, surrogates and what is too large.
+constexpr bool isSecondUtf8Byte(unsigned char lead, unsigned char second) noexcept {
+    switch (lead) {
+    case 0xE0: return second >= 0xA0 && second <= 0xBF;
+    case 0xED: return second >= 0x80 && second <= 0x9F;
+    case 0xF0: return second >= 0x90 && second <= 0xBF;
+    case 0xF4: return second >= 0x80 && second <= 0x8F;
+    default: return second >= 0x80 && second <= 0xBF;
+    }
+}
+
+}  // namespace detail
+
+constexpr Utf8Sequence utf8SequenceAt(std::string_view text) noexcept {
+    if (text.empty()) {
+        return {};
+    }
+    const auto byteAt = [text](std::size_t index) { return static_cast<unsigned char>(text[index]); };
+    const std::size_t size = detail::utf8SizeBehind(byteAt(0));
+    if (size < 2) {
+        return {size, size};
+    }
+    if (text.size() < 2 || !detail::isSecondUtf8Byte(byteAt(0), byteAt(1))) {
+        return {size, 1};
+    }
+    std::size_t found = 2;
+    while (found < size && found < text.size() && (byteAt(found) & 0xC0) == 0x80) {
+        ++found;
+    }
+    return {size, found};
+}
+
+/// The bytes of the sequence that `text` begins with, 1 to 4; 0 when it begins with none, or is empty.
+constexpr std::size_t utf8SequenceSize(std::string_view text) noexcept {
+    const Utf8Sequence sequence = utf8SequenceAt(text);
+    return sequence.isWhole() ? sequence.size : 0;
+}
+
+}  // namespace tools
