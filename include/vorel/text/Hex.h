@@ -26,7 +26,7 @@ public:
 
     /// Sets `bytes` to half as many as `text` has units, writes those that its pairs of digits give, and returns 0; 1
     /// at the first pair that is none, and for the last digit of an odd number. A prefix "0x" is passed over, but
-    /// counted: the last byte then is not written. The characters ':' to '@' count as 3 to 9 behind 7, and of each unit
+    /// counted: the last byte then is not written. The characters ':' to '@' count as 3 to 9, and of each unit
     /// only the lower eight bits. All of this is meant.
     ///
     ///     0x4142  →  41 42 and one byte more, 0        4G  →  1        abc  →  AB, 1
