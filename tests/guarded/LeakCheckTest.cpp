@@ -23,7 +23,7 @@ TEST(Keeper, DISABLED_FillsATableOnce) {
     EXPECT_EQ(kTable.size(), 100u);
 }
 
-TEST(Keeper, DISABLED_GivesBackMoreThanItTook) {
+TEST(Keeper, DISABLED_GivesBackWhatIsLeftOfTheFirstRun) {
     static int run = 0;
     static void* blocks[2] = {};
     if (run++ == 0) {
@@ -51,8 +51,8 @@ TEST(LeakCheck, FailsATestThatLeavesABlock) {
     EXPECT_EQ(exitCodeOf(L"LeavesABlockEachTime"), 1);
 }
 
-TEST(LeakCheck, FailsATestThatGivesBackMoreThanItTook) {
-    EXPECT_EQ(exitCodeOf(L"GivesBackMoreThanItTook"), 1);
+TEST(LeakCheck, PassesWhatComesBackLate) {
+    EXPECT_EQ(exitCodeOf(L"GivesBackWhatIsLeftOfTheFirstRun"), 0);
 }
 
 TEST(LeakCheck, PassesWhatIsMadeOnce) {
