@@ -91,7 +91,7 @@ unsigned int codePageOf(const char* name) {
 }
 
 /// Whether the system has a code page; 0 is that of the process.
-bool isUsable(unsigned int codePage) noexcept {
+bool isUsable(unsigned int codePage) {
     return MultiByteToWideChar(codePage, 0, "", 1, nullptr, 0) != 0;
 }
 
@@ -127,8 +127,9 @@ std::size_t failWith(int error) noexcept {
     return kNothing;
 }
 
+/// The system counts with 31 bits, and has -1 for a text that ends at its terminator.
 bool fitsSystemCall(std::size_t input, std::size_t output) noexcept {
-    return input <= INT_MAX && output <= INT_MAX;
+    return (input <= INT_MAX || input == SIZE_MAX) && output <= INT_MAX;
 }
 
 }  // namespace

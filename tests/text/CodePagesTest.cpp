@@ -3,6 +3,7 @@
 #include <windows.h>
 
 #include <cerrno>
+#include <cstdint>
 #include <string>
 #include <thread>
 #include <vector>
@@ -71,8 +72,13 @@ TEST(CodePages, OpenCodepage_TakesAnyNumber) {
     EXPECT_EQ(util::iconv_open_codepage(65536, 1252), handleOf(0, 1252));
     EXPECT_EQ(util::iconv_open_codepage(1252, 65536), 1252);
     EXPECT_EQ(util::iconv_open_codepage(-1, 1), handleOf(0xFFFF, 1));
+    EXPECT_EQ(util::iconv_open_codepage(0, -1), handleOf(0, 0xFFFF));
+    EXPECT_EQ(util::iconv_open_codepage(0, 65536 + 1252), handleOf(0, 1252));
+    EXPECT_EQ(failureOf([] { return util::iconv_open_codepage(-1, -1); }), (Failure<int>{-1, 0}));  // no other check
     EXPECT_EQ(failureOf([] { return util::iconv_open_codepage(0, 0); }), kInvalid);
     EXPECT_EQ(failureOf([] { return util::iconv_open_codepage(65536, 0); }), kInvalid);
+    EXPECT_EQ(failureOf([] { return util::iconv_open_codepage(0, 65536); }), kInvalid);
+    EXPECT_EQ(failureOf([] { return util::iconv_open_codepage(65536, 65536); }), kInvalid);
 }
 
 TEST(CodePages, Close_KnowsNoConvertersButFailures) {
@@ -101,6 +107,8 @@ TEST(CodePages, ToWc_ConvertsFromTheUpperHalf) {
     EXPECT_EQ(util::iconv_to_wc(handleOf(kUtf8, 1252), "\x80", 1, out, 8), 1u);
     EXPECT_EQ(out[0], L'\u20AC');
     EXPECT_EQ(util::iconv_to_wc(handleOf(0, kUtf8), "A\xC3\xA9", 3, nullptr, 0), 2u);
+    EXPECT_EQ(util::iconv_to_wc(handleOf(0, kUtf8), "A\xC3\xA9", SIZE_MAX, out, 8), 3u);
+    EXPECT_EQ(std::wstring(out, 3), std::wstring(L"A\u00E9\0", 3));
 }
 
 TEST(CodePages, ToWc_TellsWhatIsWrongByErrno) {
@@ -132,6 +140,8 @@ TEST(CodePages, FromWc_ConvertsToTheLowerHalf) {
     EXPECT_FALSE(used);
     EXPECT_EQ(util::iconv_from_wc(1252, L"\u4E00", 1, out, 8, &used), 1u);
     EXPECT_TRUE(used);
+    EXPECT_EQ(util::iconv_from_wc(kUtf8, L"A\u00E9", SIZE_MAX, out, 8, nullptr), 4u);
+    EXPECT_EQ(std::string(out, 4), std::string("A\xC3\xA9\0", 4));
 }
 
 TEST(CodePages, FromWc_TellsWhatIsWrongByErrno) {

@@ -175,6 +175,30 @@ TEST(UnicodeEncoding, SlotsBehindTheCountAreZeroWhenAnArrayIsUsedAgain) {
     EXPECT_EQ(textOf(bytes), "ab" + std::string(598, '\0'));
 }
 
+/// Whole vectors are stored at once, and what they hold beyond the result lands in the free slots.
+TEST(UnicodeEncoding, SlotsBehindTheCountStayZeroWhenAnArrayHasRoom) {
+    const std::wstring mixed = std::wstring(9, L'\x20AC') + L"ab\xE9\xE9xyz\xE9qrs";
+    const std::wstring texts[] = {mixed, std::wstring(70, L'a') + mixed, std::wstring(41, L'\xE9'),
+                                  mixed + mixed + L'a'};
+    constexpr unsigned int kSlots = 600;
+    const auto expectZerosBehind = [](ByteArray& bytes, const std::string& result) {
+        ASSERT_EQ(textOf(bytes), result);
+        bytes.setCount(bytes.allocated());
+        EXPECT_EQ(textOf(bytes), result + std::string(bytes.size() - result.size(), '\0'));
+    };
+    for (const std::wstring& text : texts) {
+        SCOPED_TRACE(testing::PrintToString(text));
+        ByteArray anew;
+        anew.reserve(kSlots, true);
+        ConvertStringtoUTF8(text.c_str(), anew, false, -1);
+        expectZerosBehind(anew, test::encodeUtf16(text + L'\0', -1).bytes);
+        ByteArray appended = arrayOf("kept");
+        appended.reserve(kSlots, true);
+        EncodeAndAppendToBuffer(text.c_str(), appended);
+        expectZerosBehind(appended, "kept" + test::encodeUnits(text));
+    }
+}
+
 TEST(UnicodeEncoding, ReadsNoUnitTooMany) {
     struct Case {
         std::wstring units;
@@ -249,6 +273,7 @@ TEST(UnicodeEncoding, ContainsUnicode_IsTrueFromUnit128On) {
         EXPECT_EQ(ContainsUnicode(BaseString<wchar_t>(c.text)), c.answer) << testing::PrintToString(c.text);
     }
     EXPECT_FALSE(ContainsUnicode(BaseString<wchar_t>())) << "a string that never allocated";
+    EXPECT_TRUE(ContainsUnicode(BaseString<wchar_t>(L"a\0\xE9", 3))) << "a zero ends nothing";
 }
 
 }  // namespace

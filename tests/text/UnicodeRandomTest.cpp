@@ -31,6 +31,12 @@ constexpr std::string_view kBytes("\0\x01\x41\x7F\x80\xBF\xC0\xC3\xDF\xE0\xED\xE
 constexpr std::wstring_view kUnits(L"\0\x01\x41\x7F\x80\xFF\x7FF\x800\x4100\xD7FF\xD800\xDBFF\xDC00\xDFFF\xE000\xFFFF",
                                    16);
 
+/// Slots of an array that are not in use are zero, whatever was stored there on the way.
+bool hasZerosBehind(const Array<unsigned char>& bytes) {
+    return std::all_of(bytes.data() + bytes.size(), bytes.data() + bytes.allocated(),
+                       [](unsigned char byte) { return byte == 0; });
+}
+
 class Source {
 public:
     std::size_t below(std::size_t end) { return m_engine() % end; }
@@ -140,6 +146,7 @@ TEST_F(UnicodeRandom, Encoding) {
         ConvertStringtoUTF8(input, reused, appendZero, length);
         const auto* bytes = reinterpret_cast<const char*>(reused.data());
         ASSERT_EQ(std::string_view(bytes, reused.size()), expected.bytes + std::string(appendZero ? 1 : 0, '\0'));
+        ASSERT_TRUE(hasZerosBehind(reused));
         BaseString<char> string;
         ConvertStringtoUTF8(input, string, length);
         ASSERT_EQ(string.view(), expected.bytes);
@@ -157,6 +164,7 @@ TEST_F(UnicodeRandom, EncodingOfSingleUnits) {
         EncodeAndAppendToBuffer(edge.placeAtEnd(terminated), output);
         expected += test::encodeUnits(terminated);
         ASSERT_EQ(output.size(), expected.size());
+        ASSERT_TRUE(hasZerosBehind(output));
         if (count % 8 == 7) {
             ASSERT_EQ(std::string_view(reinterpret_cast<const char*>(output.data()), output.size()), expected);
             expected.clear();

@@ -4,6 +4,10 @@
 #include "vorel/text/CodePages.h"
 
 #include <cerrno>
+#include <chrono>
+#include <climits>
+#include <cstdint>
+#include <future>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -180,6 +184,52 @@ TEST_F(CodePages, AConverterThatIsNoneReachesNoSystemCall) {
     EXPECT_TRUE(m_system.calls.empty());
 }
 
+TEST_F(CodePages, Conversions_HandOnWhatTheSystemCanCount) {
+    constexpr std::size_t kMost = INT_MAX;
+    constexpr std::size_t kCutToFour = (std::size_t{1} << 32) + 4;
+    struct Case {
+        std::size_t count;
+        std::size_t capacity;
+        int countThere;  // with the system
+        int capacityThere;
+        bool refused = false;
+    };
+    const Case cases[] = {
+        {kMost, kMost, INT_MAX, INT_MAX}, {SIZE_MAX, 9, -1, 9},          {kMost + 1, 9, 0, 0, true},
+        {kCutToFour, 9, 0, 0, true},      {SIZE_MAX - 1, 9, 0, 0, true}, {4, kMost + 1, 0, 0, true},
+        {4, kCutToFour, 0, 0, true},      {4, SIZE_MAX, 0, 0, true},
+    };
+    wchar_t wide[9];
+    char bytes[9];
+    m_system.result = 3;
+    for (const Case& c : cases) {
+        SCOPED_TRACE(testing::Message() << c.count << " into " << c.capacity);
+        m_system.calls.clear();
+        errno = kUntouched;
+        EXPECT_EQ(util::iconv_to_wc(handleOf(0, 1252), bytes, c.count, wide, c.capacity), c.refused ? kNothing : 3);
+        EXPECT_EQ(errno, c.refused ? EINVAL : kUntouched);
+        errno = kUntouched;
+        EXPECT_EQ(util::iconv_from_wc(1252, wide, c.count, bytes, c.capacity, nullptr), c.refused ? kNothing : 3);
+        EXPECT_EQ(errno, c.refused ? EINVAL : kUntouched);
+        const std::vector<Call> expected = {{1252, MB_ERR_INVALID_CHARS, bytes, c.countThere, wide, c.capacityThere},
+                                            {1252, 0, wide, c.countThere, bytes, c.capacityThere}};
+        EXPECT_EQ(m_system.calls, c.refused ? std::vector<Call>() : expected);
+    }
+}
+
+TEST_F(CodePages, TheDefaultCharacterOfUtf8CannotBeAskedForWhereTheSystemRefusesIt) {
+    char bytes[9];
+    for (bool used : {true, false}) {
+        const bool before = used;
+        EXPECT_EQ(underFailure(ERROR_INVALID_PARAMETER,
+                               [&] { return util::iconv_from_wc(CP_UTF8, L"x", 1, bytes, 9, &used); }),
+                  kNothing);
+        EXPECT_EQ(errno, EINVAL);
+        EXPECT_EQ(used, before);
+    }
+    EXPECT_FALSE(underFailure(ERROR_INVALID_PARAMETER, [] { return util::iconv_isCheckDefaultValid(CP_UTF8); }));
+}
+
 TEST_F(CodePages, IsCheckDefaultValid_IsFalseForARefusedArgumentOnly) {
     for (const int page : {65001, 1252, -1}) {
         m_system.calls.clear();
@@ -243,7 +293,7 @@ TEST_F(CodePages, OpenCodepage_TestsTheSystemsOwnCodePageForANumberThatIsCutToZe
     EXPECT_TRUE(m_system.calls.empty());
 }
 
-TEST_F(CodePages, WhatIsThrownInsideOfAConversionIsRecordedUnderItsName) {
+TEST_F(CodePages, WhatIsThrownInsideOfAnOperationIsRecordedUnderItsName) {
     wchar_t wide[9];
     char bytes[9];
     const auto expectRecords = [this](const std::wstring& operation, auto&& convert) {
@@ -256,6 +306,9 @@ TEST_F(CodePages, WhatIsThrownInsideOfAConversionIsRecordedUnderItsName) {
     expectRecords(L"iconv_to_wc", [&] { util::iconv_to_wc(handleOf(0, 1252), "x", 1, wide, 9); });
     expectRecords(L"iconv_from_wc", [&] { util::iconv_from_wc(1252, L"x", 1, bytes, 9, nullptr); });
     expectRecords(L"CheckDefaultParamIsValid", [] { util::iconv_isCheckDefaultValid(1252); });
+    expectRecords(L"iconv_open", [] { util::iconv_open("utf-8", "latin1"); });
+    expectRecords(L"iconv_open_codepage", [] { util::iconv_open_codepage(65536, 1252); });
+    expectRecords(L"iconv_getCodePage", [] { util::iconv_getCodePage("utf-8"); });
 }
 
 // ---- The map of names -----------------------------------------------------------------------------------------------
@@ -286,6 +339,53 @@ TEST(CodePageMap, IsNotFilledByNumbers) {
     util::iconv_isCheckDefaultValid(1252);
     util::iconv_close(65001);
     EXPECT_EQ(mapOfNames().size(), 0u);
+}
+
+TEST(CodePageMap, IsLookedAtUnderItsLock) {
+    using Look = void (*)();
+    const Look looks[] = {
+        [] { util::iconv_open("utf-8", nullptr); },
+        [] { util::iconv_getCodePage("utf-8"); },
+    };
+    vorel::AutoCriticalSection& lock = vorel::detail::libraryState()->codeMapLock;
+    for (const bool isFilled : {false, true}) {
+        for (const Look look : looks) {
+            mapOfNames().clear();
+            if (isFilled) {
+                look();
+            }
+            ASSERT_TRUE(lock.lock(0, true));
+            std::promise<void> started;
+            const auto looking = std::async(std::launch::async, [&] {
+                started.set_value();
+                look();
+            });
+            started.get_future().wait();
+            EXPECT_EQ(looking.wait_for(std::chrono::milliseconds(60)), std::future_status::timeout);
+            EXPECT_EQ(mapOfNames().size(), isFilled ? 617u : 0u);
+            lock.unlock();
+            ASSERT_EQ(looking.wait_for(std::chrono::seconds(60)), std::future_status::ready);
+            EXPECT_EQ(mapOfNames().size(), 617u);
+        }
+    }
+}
+
+TEST(CodePageMap, IsNobodysBusinessWhereNoNameIsLookedUp) {
+    vorel::AutoCriticalSection& lock = vorel::detail::libraryState()->codeMapLock;
+    ASSERT_TRUE(lock.lock(0, true));
+    auto converting = std::async(std::launch::async, [] {
+        const int converter = util::iconv_open_codepage(1252, 1252);
+        wchar_t wide[1] = {};
+        char bytes[1] = {};
+        util::iconv_to_wc(converter, "x", 1, wide, 1);
+        util::iconv_from_wc(converter, wide, 1, bytes, 1, nullptr);
+        util::iconv_reset(converter);
+        return util::iconv_close(converter) == 0 && bytes[0] == 'x';
+    });
+    const bool done = converting.wait_for(std::chrono::seconds(60)) == std::future_status::ready;
+    lock.unlock();
+    EXPECT_TRUE(done);
+    EXPECT_TRUE(converting.get());
 }
 
 /// In the place of the map one that cannot take anything.

@@ -38,19 +38,20 @@ VOREL_API int iconv_close(int converter) noexcept;
 /// Does nothing: a converter has no state.
 VOREL_API void iconv_reset(int converter) noexcept;
 
-/// Converts `bytes` bytes of `text` to wide text in `out`, which has room for `capacity` units, and returns how many
-/// units were written. With a capacity of 0 nothing is written, and the result is how many there would be.
+/// Converts `bytes` bytes of `text` (SIZE_MAX: up to its terminator, and that as well) to wide text in `out`, which has
+/// room for `capacity` units, and returns how many units were written. With a capacity of 0 nothing is written, and the
+/// result is how many there would be.
 ///
 /// Returns -1 with `errno` EBADF for a converter that converts from nothing, EILSEQ for bytes that are no text of the
 /// code page, E2BIG when `out` is too small, EINVAL when the system does not have the code page or refuses the
-/// arguments.
+/// arguments, and for other counts and capacities beyond INT_MAX.
 VOREL_API std::size_t iconv_to_wc(int converter, const char* text, std::size_t bytes, wchar_t* out,
                                   std::size_t capacity);
 
-/// Converts `units` units of `text` to bytes in `out`, which has room for `capacity`, and returns how many bytes were
-/// written. `defaultUsed`, if not null, says whether a unit had to be replaced by the default character; not every code
-/// page allows the question (`iconv_isCheckDefaultValid`). Failures as above, without EILSEQ; `defaultUsed` is
-/// untouched then.
+/// Converts `units` units of `text` (SIZE_MAX: as above) to bytes in `out`, which has room for `capacity`, and returns
+/// how many bytes were written. `defaultUsed`, if not null, says whether a unit had to be replaced by the default
+/// character; not every code page allows the question (`iconv_isCheckDefaultValid`). Failures as above, without EILSEQ;
+/// `defaultUsed` is untouched then.
 VOREL_API std::size_t iconv_from_wc(int converter, const wchar_t* text, std::size_t units, char* out,
                                     std::size_t capacity, bool* defaultUsed);
 
