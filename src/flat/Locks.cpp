@@ -5,12 +5,12 @@
 
 #include <windows.h>
 
-#include <atomic>
 #include <memory>
 
 #include "flat/Call.h"
 #include "flat/Input.h"
 #include "flat/LastError.h"
+#include "sync/MutexAccess.h"
 #include "vorel/core/BaseString.h"
 #include "vorel/sync/AutoMutex.h"
 #include "vorel/sync/NamedCondition.h"
@@ -21,13 +21,10 @@ using vorel::flat::Refused;
 using vorel::flat::required;
 using vorel::flat::WideText;
 
-/// Knows its owner by itself, because the mutex of the library takes the unlocking by another thread without a word.
 struct vorel_mutex {
     explicit vorel_mutex(const wchar_t* name) : mutex(name, false, false) {}
 
     vorel::AutoMutex mutex;
-    std::atomic<DWORD> owner{0};  ///< 0: nobody; a thread only ever finds its own id here, or another one's
-    unsigned int holds = 0;       ///< the owner's
 };
 
 struct vorel_condition {
@@ -73,29 +70,23 @@ vorel_status vorel_mutex_open(const vorel_char16* name, size_t length, vorel_mut
 
 vorel_status vorel_mutex_lock(vorel_mutex* mutex, uint32_t timeoutMs) {
     return call(L"vorel_mutex_lock", VOREL_ERROR_SYSTEM, [&] {
-        vorel_mutex& lock = required(mutex);
+        vorel::AutoMutex& lock = required(mutex).mutex;
         vorel::BaseString<wchar_t> reason;
         SetLastError(ERROR_SUCCESS);
-        if (!lock.mutex.lock(timeoutMs, false, &reason)) {
+        if (!lock.lock(timeoutMs, false, &reason)) {
             return failedWait(reason.view().data());
         }
-        const DWORD self = GetCurrentThreadId();
-        lock.holds = lock.owner.exchange(self) == self ? lock.holds + 1 : 1;
         return vorel_status{VOREL_OK};
     });
 }
 
 vorel_status vorel_mutex_unlock(vorel_mutex* mutex) {
     return call(L"vorel_mutex_unlock", VOREL_ERROR_SYSTEM, [&] {
-        vorel_mutex& lock = required(mutex);
-        if (lock.owner != GetCurrentThreadId()) {
+        vorel::AutoMutex& lock = required(mutex).mutex;
+        if (!vorel::detail::MutexAccess::isHeldByCaller(lock)) {
             return fail(VOREL_ERROR_NOT_OWNER, L"The thread does not hold the mutex");
         }
-        --lock.holds;
-        if (lock.holds == 0) {
-            lock.owner = 0;  // before the release, behind which another thread may be the owner
-        }
-        lock.mutex.unlock();
+        lock.unlock();
         return vorel_status{VOREL_OK};
     });
 }

@@ -2,6 +2,7 @@
 
 #include <windows.h>
 
+#include "sync/MutexAccess.h"
 #include "vorel/core/Protocol.h"
 #include "vorel/exceptions/Exception.h"
 #include "vorel/secure/SecuredObjects.h"
@@ -125,7 +126,7 @@ bool AutoMutex::tryLock() {
 void AutoMutex::unlock() {
     detail::guarded(ClassName, L"unlock", [this] {
         requireMutex(L"AutoMutex::unlock: Mutex not initialized");
-        if (GetLockCount() < 1 || GetLockingThreadID() != currentThread()) {
+        if (!detail::MutexAccess::isHeldByCaller(*this)) {
             return;
         }
         SetLockCount(false);  // first: behind the release another thread may be counting already
@@ -220,6 +221,10 @@ void AutoMutex::SetLockCount(bool increment) {
             m_lockingThreadId = 0;
         }
     });
+}
+
+bool detail::MutexAccess::isHeldByCaller(AutoMutex& mutex) {
+    return mutex.GetLockCount() >= 1 && mutex.GetLockingThreadID() == currentThread();
 }
 
 long long AutoMutex::GetLockingThreadID() {

@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <string>
 #include <string_view>
+#include <thread>
 
 #include <gmock/gmock.h>
 
@@ -23,6 +24,8 @@ extern decltype(&::FlsGetValue) importedFlsGetValue __asm__("__imp_FlsGetValue")
 extern decltype(&::FlsSetValue) importedFlsSetValue __asm__("__imp_FlsSetValue");
 extern decltype(&::HeapAlloc) importedHeapAlloc __asm__("__imp_HeapAlloc");
 extern decltype(&::HeapFree) importedHeapFree __asm__("__imp_HeapFree");
+extern decltype(&::GetCurrentThreadId) importedGetCurrentThreadId __asm__("__imp_GetCurrentThreadId");
+extern decltype(&::ReleaseMutex) importedReleaseMutex __asm__("__imp_ReleaseMutex");
 extern decltype(&::GetACP) importedGetACP __asm__("__imp_GetACP");
 extern decltype(&::MultiByteToWideChar) importedToWide __asm__("__imp_MultiByteToWideChar");
 extern decltype(&::WideCharToMultiByte) importedToBytes __asm__("__imp_WideCharToMultiByte");
@@ -155,6 +158,41 @@ TEST(FlatLocks, AWaitThatTheSystemRefusesIsNoTimeout) {
         EXPECT_EQ(vorel_mutex_lock(mutex, 5), VOREL_ERROR_SYSTEM);
     }
     EXPECT_EQ(vorel_condition_close(condition), VOREL_OK);
+    EXPECT_EQ(vorel_mutex_close(mutex), VOREL_OK);
+}
+
+TEST(FlatLocks, AMutexThatTheSystemDoesNotTakeBackIsStillHeld) {
+    const TemporaryLog log;
+    const FlatText name(test::NamedEvent::uniqueName(L"flat_kept"));
+    vorel_mutex* mutex = nullptr;
+    ASSERT_EQ(vorel_mutex_open(name.data(), name.size(), &mutex), VOREL_OK);
+    ASSERT_EQ(vorel_mutex_lock(mutex, 0), VOREL_OK);
+    {
+        const ImportHook<importedReleaseMutex> release([](HANDLE) {
+            SetLastError(ERROR_NOT_OWNER);
+            return FALSE;
+        });
+        EXPECT_EQ(vorel_mutex_unlock(mutex), VOREL_ERROR_SYSTEM);
+    }
+    EXPECT_EQ(vorel_mutex_unlock(mutex), VOREL_OK);
+    EXPECT_EQ(vorel_mutex_unlock(mutex), VOREL_ERROR_NOT_OWNER);
+    EXPECT_EQ(vorel_mutex_close(mutex), VOREL_OK);
+}
+
+TEST(FlatLocks, AThreadInheritsNothingWithTheNumberOfOneThatIsGone) {
+    const TemporaryLog log;
+    const FlatText name(test::NamedEvent::uniqueName(L"flat_heir"));
+    vorel_mutex* mutex = nullptr;
+    ASSERT_EQ(vorel_mutex_open(name.data(), name.size(), &mutex), VOREL_OK);
+    const DWORD self = GetCurrentThreadId();
+    std::thread([&] {
+        const ImportHook<importedGetCurrentThreadId> id([self] { return self; });
+        EXPECT_EQ(vorel_mutex_lock(mutex, 0), VOREL_OK);
+    }).join();
+    EXPECT_EQ(vorel_mutex_unlock(mutex), VOREL_ERROR_SYSTEM) << "the system knows better";
+    EXPECT_EQ(vorel_mutex_lock(mutex, 0), VOREL_OK);
+    EXPECT_EQ(vorel_mutex_unlock(mutex), VOREL_OK);
+    EXPECT_EQ(vorel_mutex_unlock(mutex), VOREL_ERROR_NOT_OWNER);
     EXPECT_EQ(vorel_mutex_close(mutex), VOREL_OK);
 }
 

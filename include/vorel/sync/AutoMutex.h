@@ -22,6 +22,10 @@
 
 namespace vorel {
 
+namespace detail {
+struct MutexAccess;
+}
+
 /// Thread-safe, but for `initialize` and the destructor, while the thread-safety switch is on.
 class VOREL_API AutoMutex {
 public:
@@ -76,6 +80,8 @@ public:
     void SetUseFcntlTimeout(bool useFcntlTimeout) noexcept { m_useFcntlTimeout = useFcntlTimeout; }
 
 private:
+    friend struct detail::MutexAccess;
+
     static const wchar_t* const ClassName;
 
     [[nodiscard]] const wchar_t* name() const noexcept { return m_name.view().data(); }
