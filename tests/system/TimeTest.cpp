@@ -16,6 +16,7 @@
 #include "support/Expect.h"
 #include "support/GuardedBuffer.h"
 #include "support/TemporaryLog.h"
+#include "support/TimeZone.h"
 #include "system/CivilTime.h"
 
 namespace {
@@ -51,6 +52,12 @@ long long withinOneSecond(Action action) {
             return before;
         }
     }
+}
+
+std::string textOf(const std::tm& time) {
+    char text[26];
+    EXPECT_EQ(asctime_s(text, sizeof text, &time), 0);
+    return {text, 24};
 }
 
 // ---- Breaking down --------------------------------------------------------------------------------------------------
@@ -107,6 +114,17 @@ TEST(Localtime, IsTheTimeThatTheRuntimeTakesBack) {
         expectSameTime(result, expected, time);
         EXPECT_EQ(result.tm_isdst, expected.tm_isdst);
         ASSERT_EQ(_mktime64(&result), time) << "seed 20001";
+    }
+}
+
+TEST(Localtime, IsTheTimeOfTheZone) {
+    const test::TimeZone zone;
+    for (const long long time : {1234567890LL, 951782399LL, 86400LL}) {
+        std::tm result;
+        util::localtime(&time, &result);
+        expectSameTime(result, civilTimeOf(time + zone.kSecondsAhead), time);
+        util::gmtime(&time, &result);
+        expectSameTime(result, civilTimeOf(time), time);
     }
 }
 
@@ -174,6 +192,13 @@ TEST(Asctime, NullTimeMeansNowInLocalTime) {
     EXPECT_EQ(std::strlen(buffer.data()), 24u);
 }
 
+TEST(Asctime, NullTimeMeansTheTimeOfTheZone) {
+    const test::TimeZone zone;
+    char text[26];
+    const long long now = withinOneSecond([&] { util::asctime(nullptr, text, sizeof text); });
+    EXPECT_EQ(text, textOf(civilTimeOf(now + zone.kSecondsAhead)));
+}
+
 TEST(Asctime, TimesOutOfRangeThrow) {
     struct Case {
         const char* field;
@@ -220,12 +245,44 @@ TEST(Ctime, KeepsTheLineFeed) {
     }
 }
 
+TEST(Ctime, IsTheTimeOfTheZone) {
+    const test::TimeZone zone;
+    const long long time = 1234567890;
+    char text[26];
+    EXPECT_STREQ(util::ctime(&time, text, sizeof text), "Sat Feb 14 04:31:30 2009\n");
+}
+
 TEST(Ctime, AFailureOfTheConversionIsNotExamined) {
     const long long tooEarly = -4000000000000000;
     for (const long long* const time : {static_cast<const long long*>(nullptr), &tooEarly}) {
         GuardedBuffer<char> buffer(26);
         EXPECT_EQ(util::ctime(time, buffer.data(), 26), buffer.data());
     }
+}
+
+// ---- The program's handler of bad parameters ------------------------------------------------------------------------
+
+int s_badParameters = 0;
+
+void __cdecl countBadParameter(const wchar_t*, const wchar_t*, const wchar_t*, unsigned int, std::uintptr_t) {
+    ++s_badParameters;
+}
+
+TEST(TimeConversions, KeepTheirBadParametersFromTheHandlerOfTheProgram) {
+    const _invalid_parameter_handler before = _set_invalid_parameter_handler(&countBadParameter);
+    s_badParameters = 0;
+    std::tm time;
+    char text[26];
+    util::localtime(nullptr, &time);
+    util::gmtime(nullptr, &time);
+    util::ctime(nullptr, text, sizeof text);
+    time = someTime();
+    time.tm_mon = 12;
+    EXPECT_THROW(util::asctime(&time, text, sizeof text), Exception);
+    EXPECT_EQ(s_badParameters, 0);
+    asctime_s(text, sizeof text, &time);
+    EXPECT_EQ(s_badParameters, 1) << "the handler is still there";
+    _set_invalid_parameter_handler(before);
 }
 
 // ---- Buffers that do not do -----------------------------------------------------------------------------------------

@@ -53,9 +53,11 @@ TEST(Joining, TheSearchForTheDelimiterNeverGoesBack) {
 }
 
 TEST(Joining, MakesRoomFor32UnitsOfEachItem) {
-    BaseString<wchar_t> result;
-    util::multipleStringsToSingleString(stringsOf(Texts{L"a", L"b", L"c"}), L",", result);
-    EXPECT_GE(result.capacity(), 3u * 32);
+    for (const Texts& items : {Texts{L"a"}, Texts{L"\"q\""}, Texts{L"a", L"b", L"c"}, Texts(40, L"a")}) {
+        BaseString<wchar_t> result;
+        util::multipleStringsToSingleString(stringsOf(items), L",", result);
+        EXPECT_GT(result.capacity(), 32 * items.size());
+    }
 }
 
 TEST(Joining, ItemsOfEveryLengthAreWhole) {

@@ -84,6 +84,7 @@ TEST_P(NumberFormattingRandom, TextsAreThoseOfTheExactDigits) {
     RandomText random(kSeed);
     char narrow[kRoom];
     wchar_t wide[kRoom];
+    vorel::BaseString<wchar_t> appended;
     for (int count = 0; count < GetParam().count; ++count) {
         const double magnitude = GetParam().next(random);
         const double value = random.oneIn(2) ? magnitude : -magnitude;
@@ -95,7 +96,13 @@ TEST_P(NumberFormattingRandom, TextsAreThoseOfTheExactDigits) {
             const std::string wanted = test::textOfDouble(value, json);
             ASSERT_EQ(util::doubleToString(value, narrow, kRoom, options), wanted)
                 << "bits " << bitsOf(value) << ", value " << count << " of seed " << kSeed;
-            ASSERT_EQ(util::doubleToString(value, wide, kRoom, options), std::wstring(wanted.begin(), wanted.end()));
+            const std::wstring wideWanted(wanted.begin(), wanted.end());
+            ASSERT_EQ(util::doubleToString(value, wide, kRoom, options), wideWanted);
+            if (!json) {
+                appended.clear();
+                util::appendDouble(appended, value);
+                ASSERT_EQ(appended.view(), wideWanted);
+            }
         }
     }
 }

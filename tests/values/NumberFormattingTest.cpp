@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <limits>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -60,7 +61,12 @@ const std::vector<Row>& rows() {
         {fromBits(0x7FF80000000007A2), "NA", "\"NA\""},
         {fromBits(0xFFF80000000007A2), "NA", "\"NA\""},
         {std::numeric_limits<double>::quiet_NaN(), "NaN", "\"NaN\""},
+        // "Not available" is one pattern, whatever its sign; those that are nearly it are no numbers like any other.
         {fromBits(0x7FF80000000007A3), "NaN", "\"NaN\""},
+        {fromBits(0x7FF80001000007A2), "NaN", "\"NaN\""},
+        {fromBits(0xFFF80001000007A2), "NaN", "\"NaN\""},
+        {fromBits(0x7FFC0000000007A2), "NaN", "\"NaN\""},
+        {fromBits(0x7FF00000000007A2), "NaN", "\"NaN\""},
     };
     return kRows;
 }
@@ -89,6 +95,38 @@ TEST(NumberFormatting, DoubleToString_HasOneForm) {
         EXPECT_EQ(narrow(row.value, FO_JSON), row.json);
         EXPECT_EQ(wide(row.value, FO_Default), widened(row.plain));
         EXPECT_EQ(wide(row.value, FO_JSON), widened(row.json));
+    }
+}
+
+TEST(NumberFormatting, DoubleToString_TakesOnlyTheBitOfJsonFromTheOptions) {
+    EXPECT_EQ(narrow(0.05, static_cast<FormattingOptions>(FO_JSON | 2)), "5.0e-002");
+    EXPECT_EQ(wide(kInfinite, static_cast<FormattingOptions>(FO_JSON | 2)), L"\"Infinity\"");
+    EXPECT_EQ(narrow(0.05, static_cast<FormattingOptions>(2)), "5.e-002");
+}
+
+TEST(NumberFormatting, DoubleToString_WritesZeroWhateverTheSize) {
+    for (const double zero : {0.0, -0.0}) {
+        for (const unsigned int size : {0u, 1u, 2u, 64u}) {
+            test::GuardedBuffer<char> buffer(64);
+            EXPECT_STREQ(util::doubleToString(zero, buffer.data(), size, FO_Default), "0");
+            EXPECT_EQ(std::string(buffer.data() + 2, 62), std::string(62, buffer.kFill)) << "nothing else is written";
+        }
+        test::GuardedBuffer<wchar_t> wideBuffer(1);
+        util::doubleToString(zero, wideBuffer.data(), 1, FO_Default);
+        EXPECT_EQ(wideBuffer.data()[0], L'0');
+    }
+}
+
+TEST(NumberFormatting, DoubleToString_EndsTheBufferOnlyFromATenthOn) {
+    for (const double value : {0.05, -1e-7}) {
+        test::GuardedBuffer<char> buffer(64);
+        util::doubleToString(value, buffer.data(), 64, FO_Default);
+        EXPECT_EQ(buffer.data()[63], buffer.kFill);
+    }
+    for (const double value : {0.1, -123.456, kInfinite}) {
+        test::GuardedBuffer<char> buffer(64);
+        util::doubleToString(value, buffer.data(), 64, FO_Default);
+        EXPECT_EQ(buffer.data()[63], 0);
     }
 }
 
@@ -178,15 +216,20 @@ TEST(NumberFormatting, DoubleToString_CutsBeforeItBringsTheExponentIntoForm) {
 }
 
 TEST(NumberFormatting, DoubleToString_LeavesAWideTextThatDoesNotFitWithoutATerminator) {
-    const std::wstring whole = L"123.456";
-    for (unsigned int size = 0; size <= 10; ++size) {
-        test::GuardedBuffer<wchar_t> buffer(size);
-        util::doubleToString(123.456, buffer.data(), size, FO_Default);
-        EXPECT_TRUE(buffer.isIntact());
-        const std::size_t copied = std::min<std::size_t>(size, whole.size());
-        EXPECT_EQ(std::wstring(buffer.data(), copied), whole.substr(0, copied));
-        if (size > whole.size()) {
-            EXPECT_EQ(buffer.data()[whole.size()], 0);
+    const std::pair<double, std::wstring> texts[] = {{123.456, L"123.456"},
+                                                     {0.05, L"5.0e-002"},
+                                                     {kInfinite, L"\"Infinity\""},
+                                                     {fromBits(0x7FF80000000007A2), L"\"NA\""}};
+    for (const auto& [value, whole] : texts) {
+        for (unsigned int size = 0; size <= 15; ++size) {
+            test::GuardedBuffer<wchar_t> buffer(size);
+            util::doubleToString(value, buffer.data(), size, FO_JSON);
+            EXPECT_TRUE(buffer.isIntact());
+            const std::size_t copied = std::min<std::size_t>(size, whole.size());
+            EXPECT_EQ(std::wstring(buffer.data(), copied), whole.substr(0, copied));
+            if (size > whole.size()) {
+                EXPECT_EQ(buffer.data()[whole.size()], 0);
+            }
         }
     }
     EXPECT_EQ(util::doubleToString(1.0, static_cast<wchar_t*>(nullptr), 64, FO_Default), nullptr);
@@ -197,21 +240,34 @@ TEST(NumberFormatting, AppendAddsBehindTheText) {
     util::appendDouble(text, 0.05);
     util::appendInteger(text, -2147483647 - 1);
     util::appendDouble(text, 0.0);
-    util::appendDouble(text, -std::numeric_limits<double>::infinity());
+    util::appendDouble(text, -kInfinite);
     EXPECT_EQ(text, L"x=5.e-002-21474836480-Inf");
+    for (const Row& row : rows()) {
+        BaseString<wchar_t> alone;
+        util::appendDouble(alone, row.value);
+        EXPECT_EQ(alone, widened(row.plain).c_str());
+    }
 }
 
 TEST(NumberFormatting, Integers_AreCutAndAlwaysTerminated) {
-    constexpr long long kSmallest = std::numeric_limits<long long>::min();
-    const std::string whole = "-9223372036854775808";
-    for (unsigned int size = 1; size <= 24; ++size) {
-        test::GuardedBuffer<char> buffer(size);
-        test::GuardedBuffer<wchar_t> wideBuffer(size);
-        EXPECT_EQ(util::Int64ToStr(kSmallest, buffer.data(), size), whole.substr(0, size - 1));
-        EXPECT_EQ(util::Int64ToStr(kSmallest, wideBuffer.data(), size), widened(whole.substr(0, size - 1)));
-        EXPECT_TRUE(buffer.isIntact() && wideBuffer.isIntact());
-        EXPECT_EQ(buffer.data()[size - 1], 0);
-    }
+    const auto expectCuts = [](const std::string& whole, auto write) {
+        for (unsigned int size = 1; size <= 40; ++size) {
+            test::GuardedBuffer<char> buffer(size);
+            test::GuardedBuffer<wchar_t> wideBuffer(size);
+            EXPECT_EQ(write(buffer.data(), size), whole.substr(0, size - 1));
+            EXPECT_EQ(write(wideBuffer.data(), size), widened(whole.substr(0, size - 1)));
+            EXPECT_TRUE(buffer.isIntact() && wideBuffer.isIntact());
+            EXPECT_EQ(buffer.data()[size - 1], 0);
+            EXPECT_EQ(wideBuffer.data()[size - 1], 0);
+        }
+    };
+    expectCuts("-9223372036854775808", [](auto* buffer, unsigned int size) {
+        return util::Int64ToStr(std::numeric_limits<long long>::min(), buffer, size);
+    });
+    expectCuts("-7", [](auto* buffer, unsigned int size) { return util::Int64ToStr(-7, buffer, size); });
+    expectCuts("18446744073709551615",
+               [](auto* buffer, unsigned int size) { return util::UInt64ToStr(18446744073709551615u, buffer, size); });
+    expectCuts("7", [](auto* buffer, unsigned int size) { return util::UInt64ToStr(7, buffer, size); });
     char buffer[24];
     EXPECT_STREQ(util::UInt64ToStr(18446744073709551615u, buffer, 24), "18446744073709551615");
     EXPECT_STREQ(util::UInt64ToStr(0, buffer, 24), "0");
@@ -243,6 +299,27 @@ TEST(NumberFormatting, Round_TakesAHalfDown) {
     for (const auto& [value, expected] : rounded) {
         EXPECT_EQ(util::round(value), expected) << value;
     }
+}
+
+/// Up to the sign of a zero, and where adding a half would already round.
+TEST(NumberFormatting, Round_IsExact) {
+    const double rounded[][2] = {{0.3, 0.0},
+                                 {0.5, 0.0},
+                                 {0.49999999999999994, 0.0},
+                                 {-0.2, -0.0},
+                                 {-0.0, -0.0},
+                                 {2251799813685248.5, 2251799813685248.0},
+                                 {-2251799813685248.5, -2251799813685249.0},
+                                 {4503599627370497.0, 4503599627370497.0},
+                                 {-4503599627370497.0, -4503599627370497.0},
+                                 {9007199254740991.0, 9007199254740991.0},
+                                 {1e300, 1e300},
+                                 {kInfinite, kInfinite},
+                                 {-kInfinite, -kInfinite}};
+    for (const auto& [value, expected] : rounded) {
+        EXPECT_EQ(std::bit_cast<std::uint64_t>(util::round(value)), std::bit_cast<std::uint64_t>(expected)) << value;
+    }
+    EXPECT_TRUE(std::isnan(util::round(std::numeric_limits<double>::quiet_NaN())));
 }
 
 TEST(NumberFormatting, DoubleHashCode_RunsOverTheBytes) {

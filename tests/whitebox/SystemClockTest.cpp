@@ -15,10 +15,14 @@
 
 #include "support/GuardedBuffer.h"
 #include "support/ImportHook.h"
+#include "support/TimeZone.h"
+#include "system/CivilTime.h"
+#include "vorel/system/Time.h"
 
 extern "C" {
 extern decltype(&::asctime_s) importedTimeText __asm__("__imp_asctime_s");
 extern decltype(&::_localtime64_s) importedLocalTime __asm__("__imp__localtime64_s");
+extern decltype(&::GetTickCount) importedTickCount __asm__("__imp_GetTickCount");
 }
 
 namespace {
@@ -107,6 +111,27 @@ TEST(SystemClock, FormatTime_FindsTheLineFeedBehindATextOfAnotherLength) {
     }
 }
 
+TEST(SystemClock, FormatTime_EndsATextThatFillsTheBuffer) {
+    for (const bool hasLineFeed : {false, true}) {
+        const test::ImportHook<importedTimeText> runtime([&](char* buffer, std::size_t size, const std::tm*) {
+            std::memset(buffer, 'x', size);
+            if (hasLineFeed) {
+                buffer[size - 2] = '\n';
+            }
+            return 0;
+        });
+        test::GuardedBuffer<char> buffer(40);
+        EXPECT_TRUE(formatTime(someTime(), buffer.data(), 40));
+        EXPECT_EQ(std::string(buffer.data()), std::string(hasLineFeed ? 38 : 39, 'x'));
+    }
+}
+
+TEST(SystemClock, TheTickCountHas32Bits) {
+    const test::ImportHook<importedTickCount> ticks([] { return DWORD{0xFFFFFFF0}; });
+    EXPECT_EQ(vorel::util::getMillisecondCount(), 0xFFFFFFF0u);
+    EXPECT_EQ(vorel::util::getProcessorCycles(), 0xFFFFFFF0u);
+}
+
 TEST(SystemClock, LocalTimeText_IsEmptyWhenTheRuntimeRefuses) {
     {
         const test::ImportHook<importedLocalTime> localTime([](std::tm*, const __time64_t*) { return EINVAL; });
@@ -119,15 +144,17 @@ TEST(SystemClock, LocalTimeText_IsEmptyWhenTheRuntimeRefuses) {
     EXPECT_STREQ(LocalTimeText().text, "");
 }
 
-TEST(SystemClock, LocalTimeText_IsThePresentTime) {
+TEST(SystemClock, LocalTimeText_IsThePresentTimeOfTheZone) {
+    const test::TimeZone zone;
     for (;;) {
         const __time64_t before = _time64(nullptr);
         const LocalTimeText now;
         if (_time64(nullptr) != before) {
             continue;  // a second began meanwhile
         }
+        const std::tm local = test::civilTimeOf(before + zone.kSecondsAhead);
         char expected[26];
-        ASSERT_EQ(_ctime64_s(expected, sizeof expected, &before), 0);
+        ASSERT_EQ(asctime_s(expected, sizeof expected, &local), 0);
         EXPECT_EQ(std::string(now.text) + "\n", expected);
         EXPECT_EQ(std::strlen(now.text), 24u);
         return;

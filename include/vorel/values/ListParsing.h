@@ -1,8 +1,9 @@
 /// \file
 /// Lists of values from zero-terminated text. With `append` the values are added behind what the array holds, without
 /// it they replace that. True means that the whole text was read; after false, the array keeps what was read before.
-/// A null text is an empty list. The arrays are the caller's; otherwise everything may be called from any thread.
-/// \throws MemoryException, all of them, when an array cannot grow.
+/// An array that cannot grow is a reason for false, too, and the error log names it: nothing here throws, but for
+/// `stringToLongRanges`. A null text is an empty list. The arrays are the caller's; otherwise everything may be called
+/// from any thread.
 #pragma once
 
 #include "vorel/Export.h"
@@ -14,23 +15,23 @@ namespace vorel::util {
 /// White space behind a comma, and nothing between two commas, is an item of its own, and 0; that is meant.
 ///
 ///     "1 ,2 3"  →  1 2 3, true        "1, 2"  →  1 0 2, true        "1;2"  →  1, false
-VOREL_API bool stringToIntegerArray(const char* text, Array<int>& values, bool append);
-VOREL_API bool stringToIntegerArray(const wchar_t* text, Array<int>& values, bool append);
-VOREL_API bool stringToUIntegerArray(const wchar_t* text, Array<unsigned int>& values, bool append);
+VOREL_API bool stringToIntegerArray(const char* text, Array<int>& values, bool append) noexcept;
+VOREL_API bool stringToIntegerArray(const wchar_t* text, Array<int>& values, bool append) noexcept;
+VOREL_API bool stringToUIntegerArray(const wchar_t* text, Array<unsigned int>& values, bool append) noexcept;
 
 /// Numbers between white space, read as `stringToDouble` reads them. What has not the form of a number is passed over;
 /// a word of 80 characters or more ends the list, with false.
 ///
 ///     "1.5 2e3 abc 4"  →  1.5 2000 4, true        "1,5"  →  nothing, true
-VOREL_API bool stringToDoubleArray(const char* text, Array<double>& values, bool append);
-VOREL_API bool stringToDoubleArray(const wchar_t* text, Array<double>& values, bool append);
+VOREL_API bool stringToDoubleArray(const char* text, Array<double>& values, bool append) noexcept;
+VOREL_API bool stringToDoubleArray(const wchar_t* text, Array<double>& values, bool append) noexcept;
 
 /// Truth values between white space: true, t, false, f in either case, and integers. Any other word is passed over,
 /// "yes" among them; one of 80 characters or more ends the list, with false.
 ///
 ///     "T f 1 0 yes 3"  →  true false true false true, true
-VOREL_API bool stringToBooleanArray(const char* text, Array<bool>& values, bool append);
-VOREL_API bool stringToBooleanArray(const wchar_t* text, Array<bool>& values, bool append);
+VOREL_API bool stringToBooleanArray(const char* text, Array<bool>& values, bool append) noexcept;
+VOREL_API bool stringToBooleanArray(const wchar_t* text, Array<bool>& values, bool append) noexcept;
 
 /// Whether the text is a list of integers between white space; commas and points are not accepted, on purpose. A null
 /// or empty text is.

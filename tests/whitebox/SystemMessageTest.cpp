@@ -1,0 +1,79 @@
+/// \file
+/// What is asked of the system for the words of an error, and what becomes of them.
+
+#include "system/SystemMessage.h"
+
+#include <algorithm>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include <windows.h>
+
+#include "support/ImportHook.h"
+
+extern "C" {
+extern decltype(&::FormatMessageW) importedFormatMessage __asm__("__imp_FormatMessageW");
+extern decltype(&::LocalFree) importedLocalFree __asm__("__imp_LocalFree");
+}
+
+namespace {
+
+using test::ImportHook;
+using vorel::system::SystemMessage;
+
+/// Stands in for a system that has `words` for every code.
+class System {
+public:
+    explicit System(std::wstring words) : m_words(std::move(words)) {}
+
+    [[nodiscard]] const std::vector<void*>& freed() const { return m_freed; }
+    [[nodiscard]] void* given() const { return m_given; }
+
+private:
+    DWORD answer(DWORD flags, const void* source, DWORD code, DWORD language, wchar_t* place) {
+        EXPECT_EQ(flags, 0x1300u) << "its own block, its own words, without insertions";
+        EXPECT_EQ(source, nullptr);
+        EXPECT_EQ(code, 0x80070005u);
+        EXPECT_EQ(language, 0x0400u);
+        const std::size_t bytes = (m_words.size() + 1) * sizeof(wchar_t);
+        m_given = LocalAlloc(LMEM_FIXED, bytes);
+        std::copy_n(m_words.c_str(), m_words.size() + 1, static_cast<wchar_t*>(m_given));
+        *reinterpret_cast<void**>(place) = m_given;
+        return static_cast<DWORD>(m_words.size());
+    }
+
+    std::wstring m_words;
+    std::vector<void*> m_freed;
+    void* m_given = nullptr;
+    ImportHook<importedFormatMessage> m_format{
+        [this](DWORD flags, const void* source, DWORD code, DWORD language, wchar_t* place, DWORD size, va_list*) {
+            EXPECT_EQ(size, 0u);
+            return answer(flags, source, code, language, place);
+        }};
+    ImportHook<importedLocalFree> m_free{[this](HLOCAL block) {
+        m_freed.push_back(block);
+        return m_free.original(block);
+    }};
+};
+
+TEST(SystemMessage, IsTrimmedAtBothEndsAndGivenBack) {
+    struct Case {
+        const wchar_t* words;
+        std::wstring_view trimmed;
+    };
+    for (const Case& c : {Case{L"\r\n \ttwo words \r\n", L"two words"}, Case{L"text", L"text"}, Case{L" \r\n\t", L""},
+                          Case{L"", L""}}) {
+        const System system(c.words);
+        {
+            const SystemMessage message(static_cast<int>(0x80070005));
+            EXPECT_EQ(message.trimmed(), c.trimmed);
+            EXPECT_TRUE(system.freed().empty());
+        }
+        EXPECT_EQ(system.freed(), std::vector<void*>{system.given()});
+    }
+}
+
+}  // namespace
