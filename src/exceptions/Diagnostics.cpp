@@ -28,7 +28,8 @@ constexpr Prefix kWarn{"WARN: ", "WARN Truncated: "};
 constexpr Prefix kDebug{"DEBUG: ", "DEBUG Truncated: "};
 constexpr Prefix kCallersOwn{"%hs: ", "%hs Truncated: "};
 
-/// The text of one line: the caller's message, wide, and what decorates it.
+/// The text of one line: the caller's message, wide, and what decorates it. A message that cannot be rendered counts as
+/// cut to nothing.
 class ChannelText {
 public:
     ChannelText(const wchar_t* format, va_list args) noexcept : m_message(format, args) {
@@ -62,7 +63,10 @@ private:
         setText(decorated.text());
     }
 
-    void setText(const wchar_t* text) noexcept { m_text = text ? text : baseutil::kUnformattable; }
+    void setText(const wchar_t* text) noexcept {
+        m_text = text ? text : L"";
+        m_truncated = m_truncated || !text;
+    }
 
     MessageText<wchar_t> m_message;
     BaseString<wchar_t> m_converted;
@@ -81,7 +85,7 @@ public:
     OwnPrefix(const wchar_t* prefix, const ChannelText& line) noexcept {
         BaseString<char> converted;
         detail::wcs2mbs(prefix, converted);
-        m_rendered.renderf(line.choose(kCallersOwn), converted.view().data());
+        m_rendered.renderf(line.choose(kCallersOwn), prefix ? converted.view().data() : nullptr);
     }
 
     [[nodiscard]] const char* text() const noexcept { return m_rendered.text(); }

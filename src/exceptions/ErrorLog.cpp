@@ -3,7 +3,6 @@
 /// move or delete it at any time. Nothing in here throws, waits for long, or changes what the caller's next look at
 /// `errno` or the last system error finds.
 
-#include <algorithm>
 #include <atomic>
 #include <cerrno>
 #include <cstdio>
@@ -98,7 +97,7 @@ private:
 
 /// Sets a path of at most 1023 bytes.
 void copyPath(char (&target)[detail::kLogPathBytes], const char* path) noexcept {
-    const std::size_t length = path ? std::min(std::strlen(path), sizeof target - 1) : 0;
+    const std::size_t length = path ? strnlen(path, sizeof target - 1) : 0;
     std::memmove(target, path ? path : "", length);
     target[length] = 0;
     target[sizeof target - 1] = 0;

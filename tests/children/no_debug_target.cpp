@@ -1,5 +1,6 @@
 /// \file
-/// A program in which no debug target was ever switched on: its debug calls do not look at what they are given.
+/// A program in which no debug target is switched on, and later another one: its debug calls do not look at what they
+/// are given.
 
 #include <cstdarg>
 #include <cstdint>
@@ -24,12 +25,12 @@ void vDebugWith(const T* target, const T* format, ...) {
     va_end(args);
 }
 
-void debugAll() {
-    Exception::debug(nowhere<char>(), "%s", nowhere<char>());
-    Exception::debug(nowhere<wchar_t>(), L"%ls", nowhere<wchar_t>());
-    vDebugWith(nowhere<char>(), "%s", nowhere<char>());
-    vDebugWith(nowhere<wchar_t>(), L"%ls", nowhere<wchar_t>());
-    Exception::debugClass(nowhere<wchar_t>(), nowhere<wchar_t>(), nowhere<wchar_t>(), L"%ls", nowhere<wchar_t>());
+void debugAll(const char* target, const wchar_t* wideTarget) {
+    Exception::debug(target, "%s", nowhere<char>());
+    Exception::debug(wideTarget, L"%ls", nowhere<wchar_t>());
+    vDebugWith(target, "%s", nowhere<char>());
+    vDebugWith(wideTarget, L"%ls", nowhere<wchar_t>());
+    Exception::debugClass(nowhere<wchar_t>(), nowhere<wchar_t>(), wideTarget, L"%ls", nowhere<wchar_t>());
 }
 
 bool isAnyActive() {
@@ -40,13 +41,21 @@ bool isAnyActive() {
 
 int main() {
     Exception::SetErrorLogLocation("errors.txt", 0);
-    debugAll();
+    debugAll(nowhere<char>(), nowhere<wchar_t>());
     if (isAnyActive()) {
         return 1;
     }
     // Switching targets off is not the same as using them.
     Exception::setDebugTarget("Target", false);
     Exception::setDebugTarget(L"Target", false);
-    debugAll();
-    return isAnyActive() ? 2 : 0;
+    debugAll(nowhere<char>(), nowhere<wchar_t>());
+    if (isAnyActive()) {
+        return 2;
+    }
+    // Once a target is on, the names are compared, and still no message is rendered for another.
+    Exception::setDebugTarget("Other", true);
+    Exception::setDebugTarget(L"Other", true);
+    debugAll("Target", L"Target");
+    debugAll("Unknown", L"Unknown");
+    return 0;
 }

@@ -109,7 +109,7 @@ TYPED_TEST(ChannelTest, PrefixesOfEveryLengthAreWhole) {
     }
 }
 
-TYPED_TEST(ChannelTest, AMessageThatCannotBeRenderedHasAFixedText) {
+TYPED_TEST(ChannelTest, AMessageThatCannotBeRenderedIsMissingAndMarked) {
     const TypeParam* const none = nullptr;
     const auto target = this->text("ChannelTest.Unformattable");
     Exception::setDebugTarget(target.c_str(), true);
@@ -119,9 +119,16 @@ TYPED_TEST(ChannelTest, AMessageThatCannotBeRenderedHasAFixedText) {
     Exception::debug(target.c_str(), none);
     vDebugWith(target.c_str(), none);
     Exception::log(nullptr, 1000, this->text("P").c_str(), none);
-    const std::string fixed = "(unable to format message)";
-    EXPECT_EQ(log.messages(), (Texts{"WARN: " + fixed, "WARN: " + fixed, "DEBUG: ChannelTest.Unformattable: " + fixed,
-                                     "DEBUG: ChannelTest.Unformattable: " + fixed, "P: " + fixed}));
+    EXPECT_EQ(log.messages(),
+              (Texts{"WARN Truncated: ", "WARN Truncated: ", "DEBUG Truncated: ChannelTest.Unformattable: ",
+                     "DEBUG Truncated: ChannelTest.Unformattable: ", "P Truncated: "}));
+}
+
+TYPED_TEST(ChannelTest, ANullPrefixIsThatOfTheRuntime) {
+    const TemporaryLog log;
+    const TypeParam* const none = nullptr;
+    Exception::log(nullptr, 1000, none, this->text("%s").c_str(), this->text("text").c_str());
+    EXPECT_EQ(log.messages(), Texts{"(null): text"});
 }
 
 TYPED_TEST(ChannelTest, TraceWritesNothing) {
@@ -175,9 +182,28 @@ TEST(Diagnostics, ClassFormsWithAMessageThatCannotBeRendered) {
     Exception::warnClass(L"C", L"m", nullptr);
     Exception::debugClass(L"C", L"m", L"Diagnostics.Unformattable", nullptr);
     Exception::logClass(nullptr, 1000, L"P", L"C", L"m", nullptr);
-    EXPECT_EQ(log.messages(), (Texts{"WARN: C::m: (unable to format message)",
-                                     "DEBUG: C::m: Diagnostics.Unformattable: (unable to format message)",
-                                     "P: C::m: (unable to format message)"}));
+    EXPECT_EQ(
+        log.messages(),
+        (Texts{"WARN Truncated: C::m: ", "DEBUG Truncated: C::m: Diagnostics.Unformattable: ", "P Truncated: C::m: "}));
+}
+
+TEST(Diagnostics, ANarrowFormatThatTheLocaleCannotRenderGivesNoMessage) {
+    const TemporaryLog log;
+    Exception::warn("%ls", L"\x4E00");  // no such character in the C locale
+    Exception::warn("%s%ls", std::string(9000, 'x').c_str(), L"\x4E00");
+    EXPECT_EQ(log.messages(), (Texts{"WARN Truncated: ", "WARN Truncated: "}));
+}
+
+TEST(Diagnostics, NarrowTextsAreThoseOfTheLocale) {
+    Exception::setDebugTarget("\xE9", true);
+    const TemporaryLog log;
+    Exception::warn("%s", "\xE9");
+    Exception::debug("\xE9", "text");
+    Exception::log(nullptr, 1000, L"\xE9", L"text");
+    Exception::log(nullptr, 1000, L"\x4E00", L"text");
+    EXPECT_EQ(log.messages(),
+              (Texts{"WARN: \xC3\xA9", "DEBUG: \xC3\xA9: text", "\xE9: text", "Error in text conversion: text"}));
+    Exception::setDebugTarget("\xE9", false);
 }
 
 TEST(Diagnostics, DebugClassNeedsItsTarget) {

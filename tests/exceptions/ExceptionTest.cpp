@@ -80,6 +80,19 @@ TEST(Exception, BlocksJoinTheMessagesOldestFirst) {
     EXPECT_STREQ(e.getCharErrorMessageBlock(nullptr), "abc");
 }
 
+TEST(Exception, BlocksStayUntilTheNextOneOrAnAssignment) {
+    Exception e = withMessages({L"a", L"b"});
+    const wchar_t* const wide = e.getErrorMessageBlock(L"; ");
+    const char* const narrow = e.getCharErrorMessageBlock("; ");
+    e.clear();
+    EXPECT_STREQ(wide, L"a; b");
+    EXPECT_STREQ(narrow, "a; b");
+    const Exception other = withMessages({L"c"});
+    e = other;
+    EXPECT_STREQ(wide, L"");
+    EXPECT_STREQ(narrow, "");
+}
+
 TEST(Exception, BlocksLeaveLocationsOut) {
     Exception e = withMessages({L"a"});
     e.defineLocation(L"here");

@@ -1,5 +1,6 @@
 #include <climits>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -61,6 +62,16 @@ TEST(MessageStack, AFormatThatCannotBeRenderedGivesAFixedText) {
     EXPECT_EQ(log.messages(), (Texts{line, line, line}));
 }
 
+TEST(MessageStack, NarrowTextsAreThoseOfTheLocale) {
+    const TemporaryLog log;
+    Exception e("\xE9");
+    e.appendMessage("%s", "\xE9");
+    e.defineLocation("\xE9");
+    EXPECT_EQ(messagesOf(e), (Messages{L"\xE9", L"\xE9"}));
+    EXPECT_EQ(test::locationsOf(e).at(1), L"\xE9");
+    EXPECT_EQ(log.messages(), (Texts{"Vorel Error: \xC3\xA9", "Vorel Error: \xC3\xA9"}));
+}
+
 TEST(MessageStack, ReplacedMessagesAreNotLogged) {
     Exception e(L"a");
     e.appendMessage(L"b");
@@ -69,6 +80,9 @@ TEST(MessageStack, ReplacedMessagesAreNotLogged) {
     e.setErrorMessage(2, L"nowhere");
     e.setErrorMessage(UINT_MAX, L"nowhere");
     EXPECT_EQ(messagesOf(e), (Messages{L"a", L"a and b"}));
+    e.setLocation(1, L"where it was");
+    e.setErrorMessage(1, L"c");
+    EXPECT_EQ(test::locationsOf(e).at(1), L"where it was");
     EXPECT_FALSE(log.exists());
 }
 
@@ -109,6 +123,7 @@ TEST(MessageStack, DefineLocationMeansTheNewestMessage) {
 }
 
 constexpr int kAccessDenied = static_cast<int>(0x80070005);
+constexpr int kOutOfMemory = static_cast<int>(0x8007000E);
 constexpr int kWithoutText = static_cast<int>(0xA1234567);
 
 /// What the system says of an HRESULT.
@@ -128,16 +143,23 @@ std::string asciiOf(const std::wstring& text) {
 }
 
 TEST(MessageStack, HresultAddsTheSystemsTextAndAClosingLine) {
-    const TemporaryLog log;
-    Exception e;
-    e.addHRESULTErrorToStack(kAccessDenied);
-    const std::wstring message = L"HRESULT: 80070005 - " + systemTextOf(kAccessDenied);
-    EXPECT_EQ(messagesOf(e), Messages{message});
-    // The system's text ends in a line break of its own, which the runtime widens on its way to the file.
-    const std::string content = test::readFileBytes(log.path()).value_or("");
-    const std::string line = asciiOf(message.substr(0, message.find_first_of(L"\r\n")));
-    EXPECT_NE(content.find("AddHRESULTErrorToStack: " + line), std::string::npos) << content;
-    EXPECT_NE(content.find("AddHRESULTErrorToStack: \r\n"), std::string::npos) << content;
+    for (const auto& [hr, digits] : {std::pair(kAccessDenied, L"80070005"), std::pair(kOutOfMemory, L"8007000E")}) {
+        const TemporaryLog log;
+        Exception e;
+        e.addHRESULTErrorToStack(hr);
+        const std::wstring text = systemTextOf(hr);
+        ASSERT_NE(text, L"");
+        const std::wstring message = std::wstring(L"HRESULT: ") + digits + L" - " + text;
+        EXPECT_EQ(messagesOf(e), Messages{message});
+        // The system's text ends in a line break of its own, which the runtime widens on its way to the file.
+        const std::string content = test::readFileBytes(log.path()).value_or("");
+        const std::string line = asciiOf(message.substr(0, message.find_first_of(L"\r\n")));
+        const std::string prefix = "AddHRESULTErrorToStack: ";
+        const std::size_t first = content.find(prefix);
+        EXPECT_EQ(content.compare(first, prefix.size() + line.size(), prefix + line), 0) << content;
+        const std::size_t second = content.find(prefix, first + 1);
+        EXPECT_EQ(content.substr(second), prefix + "\r\n") << "one closing line, and nothing behind it";
+    }
 }
 
 TEST(MessageStack, HresultWithoutAddedTextStillWritesTheClosingLine) {

@@ -4,10 +4,8 @@
 #include "vorel/text/CodePages.h"
 
 #include <cerrno>
-#include <chrono>
 #include <climits>
 #include <cstdint>
-#include <future>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -18,6 +16,7 @@
 
 #include "LibraryState.h"
 #include "support/Expect.h"
+#include "support/HeldLock.h"
 #include "support/ImportPatch.h"
 #include "vorel/exceptions/Exception.h"
 
@@ -354,38 +353,23 @@ TEST(CodePageMap, IsLookedAtUnderItsLock) {
             if (isFilled) {
                 look();
             }
-            ASSERT_TRUE(lock.lock(0, true));
-            std::promise<void> started;
-            const auto looking = std::async(std::launch::async, [&] {
-                started.set_value();
-                look();
-            });
-            started.get_future().wait();
-            EXPECT_EQ(looking.wait_for(std::chrono::milliseconds(60)), std::future_status::timeout);
-            EXPECT_EQ(mapOfNames().size(), isFilled ? 617u : 0u);
-            lock.unlock();
-            ASSERT_EQ(looking.wait_for(std::chrono::seconds(60)), std::future_status::ready);
+            test::expectWaitsFor(lock, look, [&] { EXPECT_EQ(mapOfNames().size(), isFilled ? 617u : 0u); });
             EXPECT_EQ(mapOfNames().size(), 617u);
         }
     }
 }
 
 TEST(CodePageMap, IsNobodysBusinessWhereNoNameIsLookedUp) {
-    vorel::AutoCriticalSection& lock = vorel::detail::libraryState()->codeMapLock;
-    ASSERT_TRUE(lock.lock(0, true));
-    auto converting = std::async(std::launch::async, [] {
+    test::expectPasses(vorel::detail::libraryState()->codeMapLock, [] {
         const int converter = util::iconv_open_codepage(1252, 1252);
         wchar_t wide[1] = {};
         char bytes[1] = {};
         util::iconv_to_wc(converter, "x", 1, wide, 1);
         util::iconv_from_wc(converter, wide, 1, bytes, 1, nullptr);
         util::iconv_reset(converter);
-        return util::iconv_close(converter) == 0 && bytes[0] == 'x';
+        EXPECT_EQ(util::iconv_close(converter), 0);
+        EXPECT_EQ(bytes[0], 'x');
     });
-    const bool done = converting.wait_for(std::chrono::seconds(60)) == std::future_status::ready;
-    lock.unlock();
-    EXPECT_TRUE(done);
-    EXPECT_TRUE(converting.get());
 }
 
 /// In the place of the map one that cannot take anything.

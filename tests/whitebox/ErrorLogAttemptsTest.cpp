@@ -11,9 +11,11 @@
 #include <io.h>
 #include <windows.h>
 
+#include "support/ImportHook.h"
 #include "support/ImportPatch.h"
 #include "support/LockedFile.h"
 #include "support/TemporaryLog.h"
+#include "support/TimeZone.h"
 #include "vorel/exceptions/Exception.h"
 
 extern "C" {
@@ -25,6 +27,7 @@ extern decltype(&::_unlink) importedUnlink __asm__("__imp__unlink");
 extern decltype(&::rename) importedRename __asm__("__imp_rename");
 extern decltype(&::fflush) importedFlush __asm__("__imp_fflush");
 extern decltype(&::fclose) importedCloseStream __asm__("__imp_fclose");
+extern decltype(&::_time64) importedTime __asm__("__imp__time64");
 }
 
 namespace {
@@ -116,6 +119,19 @@ TEST_F(ErrorLogAttempts, OpenTheFileAnew) {
     Exception::warn("text");
     EXPECT_EQ(record().sleepsMs, std::vector<DWORD>{3});
     EXPECT_EQ(m_log.messages(), Texts{"WARN: text"});
+}
+
+TEST_F(ErrorLogAttempts, CarryTheTimeBeforeTheFirst) {
+    const test::TimeZone zone;
+    __time64_t now = 1234567890;
+    const test::ImportHook<importedTime> clock([&](__time64_t*) { return now; });
+    record().duringSleep = [&] { now += 60; };
+    record().locksToRefuse = 3;
+    const test::ImportPatch locks(importedLockFileEx, &refuseLocks);
+    Exception::warn("text");
+    ASSERT_EQ(record().sleepsMs.size(), 3u);
+    ASSERT_EQ(m_log.lines().size(), 1u);
+    EXPECT_EQ(m_log.lines()[0].time, "Sat Feb 14 04:31:30 2009");
 }
 
 TEST_F(ErrorLogAttempts, EndAtOnceWhenTheFileCannotBeOpened) {

@@ -2,12 +2,16 @@
 /// The settings of the error log as they are kept, and the size check by itself.
 
 #include <cstdio>
+#include <functional>
 #include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
 
+#include "LibraryState.h"
+#include "support/HeldLock.h"
 #include "support/LockedFile.h"
+#include "support/PageEdge.h"
 #include "support/PrivateMember.h"
 #include "support/TemporaryLog.h"
 #include "support/Widths.h"
@@ -67,6 +71,27 @@ TYPED_TEST(LocationTest, NullClearsTheLocation) {
     Exception::SetErrorLogLocation(none, 4321);
     EXPECT_STREQ(location(), "");
     EXPECT_EQ(test::currentLogSize(), 4321);
+}
+
+TEST(Location, IsReadNoFurtherThanItIsKept) {
+    const TemporaryLog log;
+    test::PageEdge<char> edge(1023);
+    Exception::SetErrorLogLocation(edge.placeAtEnd(std::string(1023, 'p')), 0);
+    EXPECT_EQ(location(), std::string(1023, 'p'));
+}
+
+TEST(Location, AndLimitAreSetUnderTheirLock) {
+    const TemporaryLog log;
+    const auto place = log.path();
+    const std::function<void()> settings[] = {
+        [&] { Exception::SetErrorLogLocation(place.c_str(), 0); },
+        [&] { Exception::SetErrorLogLocation(std::wstring(place.begin(), place.end()).c_str(), 0); },
+        [] { Exception::SetErrorLogSize(5); },
+    };
+    for (const auto& set : settings) {
+        test::expectWaitsFor(vorel::detail::libraryState()->LogSettingsLock, set);
+    }
+    test::expectPasses(vorel::detail::libraryState()->LogSettingsLock, [] { Exception::warn("text"); });
 }
 
 TEST(Location, MayBeSetFromItself) {

@@ -1,12 +1,12 @@
 /// \file
 /// The lock behind the registration of a spy: held for the store while thread safety is on, left alone while it is off.
 
-#include <chrono>
 #include <future>
 
 #include <gtest/gtest.h>
 
 #include "LibraryState.h"
+#include "support/HeldLock.h"
 #include "vorel/core/MemoryAccounting.h"
 #include "vorel/sync/ThreadSafety.h"
 
@@ -29,17 +29,8 @@ struct Client : AllocBase {
 TEST(RegisterSpy, WaitsForTheLockWhileThreadSafetyIsOn) {
     Spy spy;
     vorel::AutoCriticalSection& lock = libraryState()->spyLock;
-    ASSERT_TRUE(lock.lock(0, true));
-    std::promise<void> started;
-    auto registered = std::async(std::launch::async, [&] {
-        started.set_value();
-        AllocBase::registerSpy(&spy);
-    });
-    started.get_future().wait();
-    EXPECT_EQ(registered.wait_for(std::chrono::milliseconds(60)), std::future_status::timeout);
-    EXPECT_EQ(Client::registeredSpy(), nullptr);
-    lock.unlock();
-    ASSERT_EQ(registered.wait_for(std::chrono::seconds(60)), std::future_status::ready);
+    test::expectWaitsFor(
+        lock, [&] { AllocBase::registerSpy(&spy); }, [] { EXPECT_EQ(Client::registeredSpy(), nullptr); });
     EXPECT_EQ(Client::registeredSpy(), &spy);
     AllocBase::registerSpy(nullptr);
 }
@@ -47,14 +38,12 @@ TEST(RegisterSpy, WaitsForTheLockWhileThreadSafetyIsOn) {
 TEST(RegisterSpy, DoesNotLockWhileThreadSafetyIsOff) {
     Spy spy;
     vorel::AutoCriticalSection& lock = libraryState()->spyLock;
-    ASSERT_TRUE(lock.lock(0, true));
-    EnableThreadSafety(false);
-    auto registered = std::async(std::launch::async, [&] { AllocBase::registerSpy(&spy); });
-    const bool done = registered.wait_for(std::chrono::seconds(60)) == std::future_status::ready;
-    EnableThreadSafety(true);
-    lock.unlock();
-    registered.wait();
-    EXPECT_TRUE(done);
+    // Switched off within: the lock has to be given back with the switch as it was taken.
+    test::expectPasses(lock, [&] {
+        EnableThreadSafety(false);
+        AllocBase::registerSpy(&spy);
+        EnableThreadSafety(true);
+    });
     EXPECT_EQ(Client::registeredSpy(), &spy);
     AllocBase::registerSpy(nullptr);
 }

@@ -15,7 +15,7 @@
 ///
 /// Building an exception, adding to it and writing to the log never fail: without memory a text is cut, or missing.
 /// Formats are printf-style; `%ls` and `%hs` name wide and narrow text. A format that cannot be rendered gives the
-/// message "(unable to format message)".
+/// message "(unable to format message)"; a line of the channels has no message then, and is marked as cut.
 ///
 /// An object belongs to the thread that holds it. The static operations may be called from any thread, but for
 /// `setDebugTarget`, which belongs to the start-up of a program.

@@ -1,0 +1,40 @@
+/// \file
+/// Whether an operation waits for one of the library's own locks.
+#pragma once
+
+#include <chrono>
+#include <functional>
+#include <future>
+
+#include <gtest/gtest.h>
+
+namespace test {
+
+/// Runs `action` on another thread while the calling one holds `lock`, and expects that it ends only afterwards;
+/// `meanwhile` is called in front of that.
+template <class Lock>
+void expectWaitsFor(
+    Lock& lock, const std::function<void()>& action, const std::function<void()>& meanwhile = [] {}) {
+    ASSERT_TRUE(lock.lock(0, true));
+    std::promise<void> started;
+    const std::future<void> running = std::async(std::launch::async, [&] {
+        started.set_value();
+        action();
+    });
+    started.get_future().wait();
+    EXPECT_EQ(running.wait_for(std::chrono::milliseconds(60)), std::future_status::timeout) << "went past the lock";
+    meanwhile();
+    lock.unlock();
+    EXPECT_EQ(running.wait_for(std::chrono::seconds(60)), std::future_status::ready);
+}
+
+/// The same, and expects that it ends while the lock is held.
+template <class Lock>
+void expectPasses(Lock& lock, const std::function<void()>& action) {
+    ASSERT_TRUE(lock.lock(0, true));
+    const std::future<void> running = std::async(std::launch::async, action);
+    EXPECT_EQ(running.wait_for(std::chrono::seconds(60)), std::future_status::ready) << "waits for the lock";
+    lock.unlock();
+}
+
+}  // namespace test
