@@ -47,21 +47,19 @@ void copyUnits(T* to, const T* from, unsigned int count) noexcept {
     }
 }
 
-/// Whether the format or one of its arguments lies in the buffer that is about to be written. On 64-bit Windows an
+/// Whether the format or one of its arguments lies in the string that is about to be written. On 64-bit Windows an
 /// argument list is a row of 8-byte slots, one for each argument whatever its type, so the slots can be looked at.
 template <class T>
-bool readsBuffer(const T* buffer, unsigned int capacity, const T* fmt, va_list args) noexcept {
-    const auto lies = [=](std::uintptr_t address) {
-        return address - reinterpret_cast<std::uintptr_t>(buffer) < std::uintptr_t{capacity} * sizeof(T);
-    };
-    if (lies(reinterpret_cast<std::uintptr_t>(fmt))) {
+bool readsString(const BaseString<T>& string, const T* fmt, va_list args) noexcept {
+    using Access = detail::StringAccess<T>;
+    if (Access::holds(string, fmt)) {
         return true;
     }
     const char* slot = args;
-    for (unsigned int left = kernels::countFormatSlots(fmt); left != 0; --left, slot += sizeof(std::uintptr_t)) {
-        std::uintptr_t value = 0;
+    for (unsigned int left = kernels::countFormatSlots(fmt); left != 0; --left, slot += sizeof(void*)) {
+        const void* value = nullptr;
         std::memcpy(&value, slot, sizeof value);
-        if (lies(value)) {
+        if (Access::holds(string, value)) {
             return true;
         }
     }
@@ -249,10 +247,9 @@ BaseString<T>& BaseString<T>::append(const T* text, unsigned int count) {
     if (after < m_capacity) {
         copyUnits(m_data + before, text, count);
     } else {
-        const std::uintptr_t offset = reinterpret_cast<std::uintptr_t>(text) - reinterpret_cast<std::uintptr_t>(m_data);
-        const bool inside = m_data && offset < std::uintptr_t{m_capacity} * sizeof(T);
+        const std::ptrdiff_t offset = StringAccess<T>::holds(*this, text) ? text - m_data : -1;
         reserve(after, false);
-        copyUnits(m_data + before, inside ? m_data + offset / sizeof(T) : text, count);
+        copyUnits(m_data + before, offset >= 0 ? m_data + offset : text, count);
     }
     StringAccess<T>::setLength(*this, after);
     return *this;
@@ -308,7 +305,7 @@ BaseString<T>& BaseString<T>::vformat(const T* fmt, va_list args) {
     if (!fmt) {
         return *this = BaseString();
     }
-    if (m_data && readsBuffer(m_data, m_capacity, fmt, args)) {
+    if (m_data && readsString(*this, fmt, args)) {
         BaseString rendered;
         return *this = rendered.vformat(fmt, args);
     }

@@ -3,6 +3,8 @@
 /// failed allocation must not fail for the same reason), and say how much it wrote behind `reserve`.
 #pragma once
 
+#include <cstdint>
+
 #include "vorel/core/BaseString.h"
 
 namespace vorel::detail {
@@ -20,6 +22,12 @@ struct StringAccess {
                           unsigned int& capacityWanted) noexcept;
     static bool tryAssign(BaseString<T>& string, const T* text, unsigned int length) noexcept;
     static bool tryAssign(BaseString<T>& string, const T* text) noexcept;
+
+    /// Whether `address` lies in the string's buffer, which a call that grows the string gives back.
+    static bool holds(const BaseString<T>& string, const void* address) noexcept {
+        const auto offset = reinterpret_cast<std::uintptr_t>(address) - reinterpret_cast<std::uintptr_t>(string.m_data);
+        return offset < std::uintptr_t{string.m_capacity} * sizeof(T);
+    }
 
     /// States the length after the first `length` units have been written, and terminates them. The string has a
     /// buffer.

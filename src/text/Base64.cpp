@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <iterator>
 #include <string>
+#include <utility>
 
 #include "LibraryState.h"
 #include "kernels/Base64Text.h"
@@ -54,6 +55,11 @@ int decode(const T* text, const int* table, char pad, Array<unsigned char>& byte
 
 template <class T>
 void encode(const unsigned char* data, std::size_t count, const char* alphabet, char pad, BaseString<T>& text) {
+    if (count != 0 && detail::StringAccess<T>::holds(text, data)) {
+        const BaseString<T> kept(std::move(text));
+        encode(data, count, alphabet, pad, text);
+        return;
+    }
     T* const out = text::roomFor(std::uint64_t{count} / 3 * 4 + 4, text);
     text::endAt(kernels::encodeBase64(data, count, alphabet, pad, out), text);
 }

@@ -3,7 +3,9 @@
 #include <cstddef>
 #include <cstdint>
 #include <string_view>
+#include <utility>
 
+#include "core/StringAccess.h"
 #include "kernels/TextLength.h"
 #include "kernels/UrlEscapes.h"
 #include "kernels/UrlText.h"
@@ -21,26 +23,30 @@ std::string_view viewOf(const char* text) noexcept {
     return text ? std::string_view(text, kernels::textLength(text)) : std::string_view();
 }
 
-const char* encode(std::string_view text, const UrlTable& table, BaseString<char>& output) {
-    output.clear();
-    if (text.empty()) {
-        return output.c_str();
-    }
+void write(std::string_view text, const UrlTable& table, BaseString<char>& output) {
     constexpr std::size_t kShort = 64;  // for these the most that they can become costs less than to measure them
     constexpr std::size_t kLongestEscape = 3;
     const std::uint64_t length = text.size() > kShort ? kernels::urlLength(text, table) : kLongestEscape * text.size();
     char* const out = text::roomFor(length + kernels::kUrlOverhang, output);
     text::endAt(kernels::encodeUrl(text, table, out), output);
-    return output.c_str();
 }
 
-const char* decode(std::string_view text, bool plusIsSpace, BaseString<char>& output) {
-    output.clear();
-    if (text.empty()) {
-        return output.c_str();
-    }
+void write(std::string_view text, bool plusIsSpace, BaseString<char>& output) {
     char* const out = text::roomFor(std::uint64_t{text.size()} + kernels::kUrlDecodingOverhang, output);
     text::endAt(kernels::decodeUrl(text, plusIsSpace, out), output);
+}
+
+/// Replaces `output` by `text` with escapes (of a table), or without (and with or without a plus for a space).
+template <class Rule>
+const char* replace(std::string_view text, const Rule& rule, BaseString<char>& output) {
+    if (text.empty()) {
+        output.clear();
+    } else if (detail::StringAccess<char>::holds(output, text.data())) {
+        const BaseString<char> kept(std::move(output));
+        write(text, rule, output);
+    } else {
+        write(text, rule, output);
+    }
     return output.c_str();
 }
 
@@ -68,7 +74,7 @@ const wchar_t* throughUtf8(const wchar_t* text, BaseString<wchar_t>& output, Nar
 
 const char* urlEncode(const char* text, BaseString<char>& output, bool escapeReserved, bool spaceAsPlus) {
     const UrlUse use = escapeReserved ? UrlUse::Reserved : UrlUse::Plain;
-    return encode(viewOf(text), kernels::urlTable(use, spaceAsPlus), output);
+    return replace(viewOf(text), kernels::urlTable(use, spaceAsPlus), output);
 }
 
 const wchar_t* urlEncode(const wchar_t* text, BaseString<wchar_t>& output, bool escapeReserved, bool spaceAsPlus) {
@@ -90,7 +96,7 @@ BaseString<wchar_t> urlEncode(const wchar_t* text, bool escapeReserved, bool spa
 }
 
 const char* urlEncodeComponent(const char* text, BaseString<char>& output, UrlComponent component) {
-    return encode(viewOf(text), tableFor(component), output);
+    return replace(viewOf(text), tableFor(component), output);
 }
 
 const wchar_t* urlEncodeComponent(const wchar_t* text, BaseString<wchar_t>& output, UrlComponent component) {
@@ -112,7 +118,7 @@ BaseString<wchar_t> urlEncodeComponent(const wchar_t* text, UrlComponent compone
 }
 
 const char* urlDecode(const char* text, BaseString<char>& output, int flags) {
-    return decode(viewOf(text), (flags & 1) != 0, output);
+    return replace(viewOf(text), (flags & 1) != 0, output);
 }
 
 const wchar_t* urlDecode(const wchar_t* text, BaseString<wchar_t>& output, int flags) {

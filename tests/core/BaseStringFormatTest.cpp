@@ -19,6 +19,7 @@
 
 namespace {
 
+using test::capacityFor;
 using test::expectThrows;
 using vorel::BaseString;
 using vorel::Exception;
@@ -28,15 +29,6 @@ std::wstring unableToFormat(const wchar_t* format, int error) {
     const char* const reason = std::strerror(error);
     return std::wstring(L"Unable to format: ") + format + L" (" + std::wstring(reason, reason + std::strlen(reason)) +
            L")";
-}
-
-/// The capacity after `reserve(count, …)` on a smaller buffer, for counts below 1 Mi.
-unsigned int capacityFor(unsigned int count) {
-    unsigned int capacity = 16;
-    while (capacity <= count) {
-        capacity *= 2;
-    }
-    return capacity;
 }
 
 template <class T>
@@ -172,6 +164,9 @@ TYPED_TEST(BaseStringFormat, ArgumentsInTheString_WithAndWithoutGrowth) {
             string.format(this->text("<%d:%s:%s>").c_str(), 5, string.c_str() + from, string.c_str());
             const auto expected = this->text("<5:") + model.substr(from) + this->text(":") + model + this->text(">");
             ASSERT_TRUE(string.view() == expected) << length << " units, from " << from;
+            string = model.c_str();
+            string.format(this->text("<%s>").c_str(), string.c_str() + from);  // one end of the buffer alone
+            ASSERT_TRUE(string.view() == this->text("<") + model.substr(from) + this->text(">"));
         }
     }
 }
@@ -243,6 +238,25 @@ TYPED_TEST(BaseStringFormat, UnrenderableFormatInTheString_LeavesItsText) {
     BaseString<TypeParam> string(this->text("a%n").c_str());
     expectThrows<Exception>([&] { string.format(string.c_str(), &count); }, {unableToFormat(L"a%n", EINVAL)});
     EXPECT_TRUE(string.view() == this->text("a%n"));
+}
+
+TYPED_TEST(BaseStringFormat, ErrnoIsClearedBeforeTheText) {
+    BaseString<TypeParam> string;
+    for (int round = 0; round < 2; ++round) {  // without a buffer, and with one
+        errno = ENOENT;
+        string.format(this->text("%d").c_str(), 1);
+        EXPECT_EQ(errno, 0);
+    }
+}
+
+TYPED_TEST(BaseStringFormat, WithoutTheNullDevice_TheFirstBufferGrowsAsTheFormatterSays) {
+    const test::ExhaustedStreams none;
+    for (const unsigned int count : {0u, 5u, 15u}) {
+        BaseString<TypeParam> string;
+        this->fill(string, count);
+        this->expectZeros(string, count);
+        EXPECT_EQ(string.capacity(), capacityFor(count + 1)) << count;
+    }
 }
 
 TYPED_TEST(BaseStringFormat, WithoutTheNullDevice_OnlyWhatFitsIsRendered) {

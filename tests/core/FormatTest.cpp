@@ -37,6 +37,10 @@ TYPED_TEST(CalculateSnprintFBufferSize, CountsUnitsWithoutTheTerminator) {
     EXPECT_EQ(measure(this->text("%20.3f|").c_str(), 1.0), 21);
 }
 
+TYPED_TEST(CalculateSnprintFBufferSize, OfNoFormatIsUnknown) {
+    EXPECT_EQ(measure(static_cast<const TypeParam*>(nullptr)), -1);
+}
+
 TYPED_TEST(CalculateSnprintFBufferSize, HasNoLimit) {
     for (const int count : {1, 511, 512, 513, 4096, 7999, 8000, 100000, 3000000}) {
         const std::basic_string<TypeParam> argument(static_cast<std::size_t>(count), TypeParam{'x'});

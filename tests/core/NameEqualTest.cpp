@@ -68,10 +68,10 @@ TEST(NextPrime, KnownValues) {
         std::uint64_t n;
         std::uint64_t prime;
     };
-    for (const auto& [n, prime] :
-         {Case{1, 2}, Case{2, 3}, Case{3, 5}, Case{4, 5}, Case{5, 7}, Case{7, 11}, Case{8, 11}, Case{24, 29},
-          Case{48, 53}, Case{62, 67}, Case{65536, 65537}, Case{65537, 65539}, Case{2147483646, 2147483647},
-          Case{2147483647, 2147483659}, Case{4294967290, 4294967291}, Case{4294967291, 4294967311}}) {
+    for (const auto& [n, prime] : {Case{0, 1}, Case{1, 2}, Case{2, 3}, Case{3, 5}, Case{4, 5}, Case{5, 7}, Case{7, 11},
+                                   Case{8, 11}, Case{24, 29}, Case{48, 53}, Case{62, 67}, Case{65536, 65537},
+                                   Case{65537, 65539}, Case{2147483646, 2147483647}, Case{2147483647, 2147483659},
+                                   Case{4294967290, 4294967291}, Case{4294967291, 4294967311}}) {
         EXPECT_EQ(nextPrime(n), prime) << n;
     }
 }

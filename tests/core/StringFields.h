@@ -28,6 +28,15 @@ void setFields(vorel::BaseString<T>& string, const StringFields<T>& fields) {
     std::memcpy(static_cast<void*>(&string), &fields, sizeof fields);
 }
 
+/// The capacity after `reserve(count, …)` on a smaller buffer, for counts below 1 Mi.
+inline unsigned int capacityFor(unsigned int count) {
+    unsigned int capacity = 16;
+    while (capacity <= count) {
+        capacity *= 2;
+    }
+    return capacity;
+}
+
 /// Whether the length is remembered, rather than to be counted.
 template <class T>
 bool knowsLength(const vorel::BaseString<T>& string) {

@@ -137,6 +137,16 @@ TYPED_TEST(CriticalSection, WithoutASystemObject_LocksNothingAndSucceeds) {
     EXPECT_TRUE(isFreeForOthers(lock));
 }
 
+TYPED_TEST(CriticalSection, IsNoneAnyMoreOnceItIsDestroyed) {
+    alignas(TypeParam) unsigned char place[sizeof(TypeParam)];
+    auto* const lock = new (place) TypeParam;
+    EXPECT_NE(lock->getHandle(), nullptr);
+    lock->~TypeParam();
+    void* handle = place;
+    std::memcpy(&handle, place, sizeof handle);
+    EXPECT_EQ(handle, nullptr) << "a static lock that is used late locks nothing";
+}
+
 TYPED_TEST(CriticalSection, GuardsSharedData) {
     TypeParam lock;
     long counter = 0;

@@ -1,5 +1,6 @@
 #include "vorel/sync/Guard.h"
 
+#include <cstring>
 #include <stdexcept>
 #include <string>
 #include <type_traits>
@@ -152,6 +153,21 @@ TEST(UnGuardCalls, UnlockAtTheStartAndLockAtTheEnd) {
         EXPECT_THAT(lock.calls, ElementsAre("unlock"));
     }
     EXPECT_THAT(lock.calls, ElementsAre("unlock", "lock 60000 true"));
+}
+
+/// What the byte behind the pointer says, whether the lock is held.
+bool isHeldBy(const auto& guard) {
+    bool held = false;
+    std::memcpy(&held, reinterpret_cast<const char*>(&guard) + sizeof(void*), sizeof held);
+    return held;
+}
+
+TEST(GuardCalls, TellWhetherTheLockIsHeld) {
+    RecordingLock lock;
+    EXPECT_TRUE(isHeldBy(Guard<RecordingLock>(lock)));
+    EXPECT_FALSE(isHeldBy(UnGuard<RecordingLock>(lock)));
+    lock.grants = false;
+    EXPECT_FALSE(isHeldBy(Guard<RecordingLock>(lock)));
 }
 
 TEST(GuardCalls, AFailureAtTheStartPassesAsItIs) {

@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include "core/StringFields.h"
 #include "support/Arrays.h"
 #include "support/BitTextReference.h"
 #include "support/Expect.h"
@@ -45,6 +46,14 @@ TEST(DaylightTest, Encode_EndsInTheCountOfTheLastGroup) {
         EXPECT_EQ(text, row.text);
         EXPECT_EQ(text.length(), (row.bytes.size() + 2) / 3 * 4 + 1);
         EXPECT_EQ(text.c_str()[text.length()], 0);
+    }
+}
+
+TEST(DaylightTest, Encode_MakesRoomForTheResult) {
+    for (unsigned int count = 0; count < 400; ++count) {
+        BaseString<wchar_t> text;
+        Daylight::Encode(arrayOf(Bytes(count)), text);
+        EXPECT_EQ(text.capacity(), test::capacityFor((count + 2) / 3 * 4 + 1)) << count;
     }
 }
 

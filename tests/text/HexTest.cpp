@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include "core/StringFields.h"
 #include "support/Arrays.h"
 #include "support/BitTextReference.h"
 #include "support/PageEdge.h"
@@ -176,6 +177,14 @@ TYPED_TEST(HexText, ByteArrayToHexString_HasBothCases) {
     BaseString<TypeParam> none;
     util::byteArrayToHexString(arrayOf<unsigned char>({}), none, true);
     EXPECT_TRUE(none.empty());
+}
+
+TYPED_TEST(HexText, ByteArrayToHexString_MakesRoomForTwoUnitsOfEachByte) {
+    for (unsigned int count = 1; count < 400; ++count) {
+        BaseString<TypeParam> text;
+        util::byteArrayToHexString(arrayOf(Bytes(count)), text, true);
+        EXPECT_EQ(text.capacity(), test::capacityFor(2 * count)) << count;
+    }
 }
 
 TYPED_TEST(HexText, HexStringToByteArray_CountsWhatIsNoDigitAsZero) {

@@ -169,6 +169,32 @@ TYPED_TEST(UrlOfNothing, IsAnEmptyText) {
     }
 }
 
+/// The text in the output itself, from its start and from a place within.
+TEST(UrlInPlace, IsReadBeforeItIsReplaced) {
+    const std::string pattern = "a b%41+~/\xC3\xA9%zz";
+    for (std::size_t length = 1; length <= 300; length += length < 20 ? 1 : 40) {
+        std::string whole;
+        while (whole.size() < length) {
+            whole += pattern;
+        }
+        whole.resize(length);
+        for (const std::size_t start : {std::size_t{0}, length / 3, length - 1}) {
+            const std::string text = whole.substr(start);
+            SCOPED_TRACE(text);
+            BaseString<char> string(whole.c_str());
+            expectBuffer(urlDecode(string.c_str() + start, string, 1), string);
+            EXPECT_EQ(string.view(), test::urlDecoded(text, true));
+            for (const Use& use : uses()) {
+                string = whole.c_str();
+                expectBuffer(use.encode(string.c_str() + start, string), string);
+                EXPECT_EQ(string, use.encode(text.c_str()));
+            }
+        }
+        BaseString<char> string(whole.c_str());
+        EXPECT_STREQ(urlDecode(string.c_str() + length, string, 0), "") << "the terminator is an empty text";
+    }
+}
+
 struct DecodeRow {
     std::string_view text;
     int flags;

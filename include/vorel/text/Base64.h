@@ -30,7 +30,7 @@ public:
     VOREL_API static void Encode(const Array<unsigned char>& bytes, BaseString<char>& text);
     VOREL_API static void Encode(const Array<unsigned char>& bytes, BaseString<wchar_t>& text);
 
-    /// The same for `count` bytes of `data` from `start` on; null is no data.
+    /// The same for `count` bytes of `data` from `start` on, which may be those of the string; null is no data.
     VOREL_API static void EncodeRange(const unsigned char* data, unsigned int start, unsigned int count,
                                       BaseString<char>& text);
     VOREL_API static void EncodeRange(const unsigned char* data, unsigned int start, unsigned int count,
@@ -38,7 +38,8 @@ public:
 
     /// Replaces `bytes` by what `text` encodes, and returns 0. Tabs, line feeds, carriage returns and spaces are passed
     /// over. Padding ends the text: what follows is ignored. A group of four that has another character, or that the
-    /// end of the text cuts short, ends it too, with 1; the bytes before it stay. Null is an empty text.
+    /// end of the text cuts short, ends it too, with 1; the bytes before it stay. Null is an empty text. The
+    /// text does not lie in `bytes`.
     ///
     ///     QQ==  →  41, 0        QQ  →  nothing, 1        QQ=A  →  41, 0
     ///

@@ -2,7 +2,8 @@
 /// Percent-encoding of text for URLs, and back. Narrow text is taken as bytes of UTF-8; wide text goes through UTF-8,
 /// so that a character beyond ASCII becomes the escapes of its bytes. Everything may be called from any thread.
 ///
-/// Escapes have upper-case digits. Control characters, 1 to 31 and 127, are never escaped; that is meant.
+/// A text may lie in the string that gets the result. Escapes have upper-case digits. Control characters, 1 to 31 and
+/// 127, are never escaped; that is meant.
 #pragma once
 
 #include "vorel/Export.h"

@@ -1,0 +1,53 @@
+/// \file
+/// What the locks ask of the system.
+
+#include "vorel/sync/CriticalSections.h"
+
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include <windows.h>
+
+#include "support/ImportHook.h"
+
+extern "C" {
+extern decltype(&::DeleteCriticalSection) importedDelete __asm__("__imp_DeleteCriticalSection");
+extern decltype(&::TryEnterCriticalSection) importedTryEnter __asm__("__imp_TryEnterCriticalSection");
+}
+
+namespace {
+
+using test::ImportHook;
+
+template <class Lock>
+class CriticalSectionCalls : public ::testing::Test {};
+
+using Sections = ::testing::Types<vorel::AutoCriticalSection, vorel::ForcedCriticalSection>;
+TYPED_TEST_SUITE(CriticalSectionCalls, Sections);
+
+TYPED_TEST(CriticalSectionCalls, TheSystemsObjectIsDeletedOnce) {
+    std::vector<void*> deleted;
+    const ImportHook<importedDelete> destroy([&](CRITICAL_SECTION* section) {
+        deleted.push_back(section);
+        destroy.original(section);
+    });
+    void* handle = nullptr;
+    {
+        const TypeParam lock;
+        handle = lock.getHandle();
+        EXPECT_TRUE(deleted.empty());
+    }
+    EXPECT_EQ(deleted, std::vector<void*>{handle});
+}
+
+TYPED_TEST(CriticalSectionCalls, OnlyTheAnswerOneMeansThatATrySucceeded) {
+    TypeParam lock;
+    for (const int answer : {0, 2, -1, 1}) {
+        const ImportHook<importedTryEnter> tryEnter([=](CRITICAL_SECTION*) { return answer; });
+        EXPECT_EQ(lock.lock(0, true), answer == 1) << answer;
+        EXPECT_EQ(lock.tryLock(), answer == 1) << answer;
+    }
+}
+
+}  // namespace
