@@ -2,19 +2,33 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 #include <typeinfo>
 #include <vector>
+
+#include <windows.h>
 
 #include "allocation/MessageTexts.h"
 #include "allocation/Walker.h"
 #include "support/Expect.h"
+#include "support/ImportHook.h"
 #include "vorel/core/Protocol.h"
 #include "vorel/exceptions/ExceptionFamily.h"
+
+extern "C" {
+extern decltype(&::FormatMessageW) importedFormatMessage __asm__("__imp_FormatMessageW");
+}
 
 namespace {
 
 using vorel::Exception;
 using Texts = std::vector<std::wstring>;
+
+/// More than the buffer of a message holds.
+std::wstring_view longWords() {
+    static const std::wstring kWords = longText<wchar_t>(kLongMessage);
+    return kWords;
+}
 
 template <class T>
 struct Format;
@@ -217,6 +231,34 @@ void systemError(Trial& trial) {
     e.clear();
 }
 
+/// Words of the system that need a block of their own: without it they are cut, and marked.
+void longSystemError(Trial& trial) {
+    const test::ImportHook<importedFormatMessage> format(
+        [](DWORD, const void*, DWORD, DWORD, wchar_t* place, DWORD, va_list*) {
+            const std::wstring_view words = longWords();
+            auto* const text = static_cast<wchar_t*>(LocalAlloc(LPTR, (words.size() + 1) * sizeof(wchar_t)));
+            words.copy(text, words.size());
+            *reinterpret_cast<wchar_t**>(place) = text;
+            return static_cast<DWORD>(words.size());
+        });
+    Exception e;
+    trial.perform([&] { e.addHRESULTErrorToStack(5); });
+    trial.expectCompleted();
+    const heap::Unwatched unwatched;
+    const std::string whole = "HRESULT: 5 - " + narrowed(std::wstring(longWords()));
+    ASSERT_EQ(trial.logged().size(), 2u);
+    EXPECT_EQ(trial.logged()[1], "AddHRESULTErrorToStack: ");
+    const std::string& line = trial.logged()[0];
+    const std::string plain = "AddHRESULTErrorToStack: ";
+    if (!trial.refused()) {
+        EXPECT_EQ(line, plain + whole);
+        return;
+    }
+    EXPECT_TRUE(line == plain + whole || line == plain + whole.substr(0, kLogBytes) ||
+                line == "AddHRESULTErrorToStack Truncated: " + whole.substr(0, kCutMessage))
+        << line.substr(0, 100);
+}
+
 /// What was delayed is logged at the end, by a destructor that has no memory either.
 void delayedLogging(Trial& trial) {
     std::optional<Exception> e;
@@ -253,6 +295,7 @@ const std::vector<Operation>& operations() {
         {"ErrorMessageBlock_Narrow", narrowBlock},
         {"DumpStack", dumpedStack},
         {"AddHRESULT", systemError},
+        {"AddHRESULT_Long", longSystemError},
         {"DelayedLogging", delayedLogging},
     };
     return kOperations;

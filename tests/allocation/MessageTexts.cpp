@@ -1,11 +1,5 @@
 #include "allocation/MessageTexts.h"
 
-namespace {
-
-constexpr std::size_t kLogBytes = 8185;  // what the buffer of a log line holds
-
-}  // namespace
-
 void expectMessage(const Trial& trial, const vorel::Exception& e, unsigned int index, const std::wstring& text) {
     const heap::Unwatched unwatched;
     if (!trial.refused()) {
