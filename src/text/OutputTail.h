@@ -5,6 +5,7 @@
 #pragma once
 
 #include <cstddef>
+#include <span>
 #include <type_traits>
 
 #include "core/StringAccess.h"
@@ -91,7 +92,7 @@ private:
 
 /// Takes pieces until `atEnd()` says so: straight from `produce(out, room)`, which writes at most `room` units and
 /// returns their number, and nothing when the next character has no room; and then from `produceBlock(out)`, which
-/// writes about `Block` units, at most `Overhang` more.
+/// writes about `Block` units into a span, at most `Overhang` more.
 template <unsigned int Block, unsigned int Overhang, class Tail, class Produce, class ProduceBlock, class AtEnd>
 void fill(Tail&& tail, Produce&& produce, ProduceBlock&& produceBlock, AtEnd&& atEnd) {
     typename std::remove_cvref_t<Tail>::Unit block[Block + Overhang];
@@ -101,7 +102,7 @@ void fill(Tail&& tail, Produce&& produce, ProduceBlock&& produceBlock, AtEnd&& a
         if (units != 0) {
             tail.written(units);
         } else if (!atEnd()) {
-            tail.append(block, produceBlock(block));
+            tail.append(block, produceBlock(std::span(block)));
         }
     }
 }

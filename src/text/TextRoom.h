@@ -10,15 +10,13 @@
 
 namespace vorel::text {
 
-/// Makes a string empty, with room for `units`, and returns its buffer.
+/// The buffer of a string, with room for `units` in the place of its text; `endAt` tells what was written there.
 template <class T>
 T* roomFor(std::uint64_t units, BaseString<T>& string) {
     if (units >= BaseString<T>::kUnknownLength) {
         detail::throwMemory(BaseString<T>::kUnknownLength, sizeof(T));
     }
-    T* const buffer = string.reserve(static_cast<unsigned int>(units), true);
-    string.clear();
-    return buffer;
+    return string.reserve(static_cast<unsigned int>(units), true);
 }
 
 /// Says where the text ends that was written into a string's buffer.

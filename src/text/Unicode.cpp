@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <span>
 #include <string>
 #include <utility>
 
@@ -89,7 +90,9 @@ bool decodeShort(BaseString<wchar_t>& output, const unsigned char* input, int le
         text::fill<kUnitsPerBlock, 1>(
             text::StringTail(output),
             [&](wchar_t* out, std::size_t room) { return reader.read<Reader::LastPair::Left>(out, room); },
-            [&](wchar_t* out) { return reader.read<Reader::LastPair::Written>(out, kUnitsPerBlock); },
+            [&](std::span<wchar_t, kUnitsPerBlock + 1> out) {
+                return reader.read<Reader::LastPair::Written>(out.data(), kUnitsPerBlock);
+            },
             [&] { return reader.failed() || reader.atEnd(); });
         if (reader.failed()) {
             // Units leave the conversion in whole blocks; what was on its way is lost.
@@ -110,7 +113,7 @@ void encode(const wchar_t* input, int length, Tail&& tail) {
     constexpr unsigned int kOverhang = kernels::kLongestUtf8Sequence - 1;
     text::fill<Block, kOverhang>(
         std::forward<Tail>(tail), [&](auto* out, std::size_t room) { return write(out, room, room); },
-        [&](auto* out) { return write(out, Block, Block + kOverhang); }, [&] { return writer.atEnd(); });
+        [&](auto out) { return write(out.data(), Block, out.size()); }, [&] { return writer.atEnd(); });
 }
 
 /// Empties a text that a failing conversion leaves half-done.

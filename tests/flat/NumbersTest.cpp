@@ -112,6 +112,8 @@ TEST(FlatParse, Double) {
                                                  {L" -1.5e3 ", VOREL_OK, -1500},
                                                  {L"1e0", VOREL_OK, 1},
                                                  {L"0.1", VOREL_OK, 0.1},
+                                                 {L"007", VOREL_OK, 7},
+                                                 {L"-00.5", VOREL_OK, -0.5},
                                                  {L"1e999", VOREL_OK, std::numeric_limits<double>::infinity()},
                                                  {L"1e-999", VOREL_OK, 0},
                                                  {L"1e", VOREL_ERROR_INVALID_TEXT, 0},

@@ -85,6 +85,22 @@ TEST(FlatLastErrors, KeepNoMemoryThatTheSlotDoesNotTake) {
     EXPECT_EQ(live, 0);
 }
 
+TEST(FlatLastErrors, AreCutBehindTheLastUnitThatHasRoomButNotWithinAPair) {
+    const LastErrors errors;
+    const std::size_t most = vorel::flat::Failure::kMostUnits;
+    const std::wstring text(most - 1, L'x');
+    struct Case {
+        std::wstring message;
+        std::wstring kept;
+    };
+    for (const Case& c : {Case{text + L"yz", text + L"y"}, Case{text + L"\xD83D\xDE00", text},
+                          Case{text + L"\xD83D", text + L"\xD83D"}}) {
+        errors.remember(VOREL_ERROR_SYSTEM, c.message.c_str());
+        ASSERT_NE(errors.last(), nullptr);
+        EXPECT_TRUE(errors.last()->message() == c.kept);
+    }
+}
+
 TEST(FlatLastErrors, AreWholeAgainOnceThereIsMemory) {
     const LastErrors errors;
     {
