@@ -25,8 +25,8 @@ struct StringAccess {
 
     /// Whether `address` lies in the string's buffer, which a call that grows the string gives back.
     static bool holds(const BaseString<T>& string, const void* address) noexcept {
-        const auto offset = reinterpret_cast<std::uintptr_t>(address) - reinterpret_cast<std::uintptr_t>(string.m_data);
-        return offset < std::uintptr_t{string.m_capacity} * sizeof(T);
+        return reinterpret_cast<std::uintptr_t>(address) - reinterpret_cast<std::uintptr_t>(string.m_data) <
+               std::uintptr_t{string.m_capacity} * sizeof(T);
     }
 
     /// States the length after the first `length` units have been written, and terminates them. The string has a

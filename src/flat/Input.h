@@ -3,7 +3,6 @@
 /// reads most texts up to a zero.
 #pragma once
 
-#include <algorithm>
 #include <cstddef>
 #include <cstdlib>
 #include <cstring>
@@ -66,7 +65,7 @@ public:
         if (m_length != 0) {
             std::memcpy(m_text, text, m_length * sizeof(Unit));
         }
-        std::fill_n(m_text + m_length, kZerosBehind, Unit());
+        std::memset(m_text + m_length, 0, sizeof(Unit[kZerosBehind]));
         if (zeros == Zeros::Refused && view().find(Unit()) != std::basic_string_view<Unit>::npos) {
             throw vorel::flat::Refused{VOREL_ERROR_INVALID_TEXT, L"The text has a zero in it"};
         }

@@ -6,7 +6,7 @@
 #include "flat/Call.h"
 #include "flat/Input.h"
 #include "flat/Output.h"
-#include "kernels/ListReading.h"
+#include "values/ListReaders.h"
 #include "vorel/core/Array.h"
 #include "vorel/core/BaseString.h"
 #include "vorel/flat/Values.h"
@@ -26,19 +26,17 @@ using vorel::flat::Zeros;
 
 namespace {
 
-namespace kernels = vorel::kernels;
 using Texts = Array<BaseString<wchar_t>>;
 
-/// Hands out what `read(text, take)` reads, which says whether it has read everything. The readers of the library do
-/// not tell a wrong text from a lack of memory; so these are the kernels below them.
-template <class Value, class Read>
+/// Hands out what `read(text, items)` reads, which says whether it has read everything.
+template <class Item, class Value, class Read>
 vorel_status parseList(const wchar_t* function, const vorel_char16* text, size_t length, Value* values, size_t capacity,
                        size_t* count, Read read) {
     return call(function, [&] {
         const ValuesOutput<Value> out(values, capacity, count);
         const WideText input(text, length);
-        Array<Value> items;
-        if (!read(input.c_str(), [&items](auto value) { items.append(static_cast<Value>(value)); })) {
+        Array<Item> items;
+        if (!read(input.c_str(), items)) {
             return fail(VOREL_ERROR_INVALID_TEXT, L"The text is no list of such values");
         }
         return out.write(items);
@@ -71,26 +69,35 @@ Texts itemsOf(std::wstring_view list) {
 
 vorel_status vorel_parse_int32_list(const vorel_char16* text, size_t length, int32_t* values, size_t capacity,
                                     size_t* count) {
-    return parseList(L"vorel_parse_int32_list", text, length, values, capacity, count,
-                     [](const wchar_t* from, auto take) { return kernels::readIntegerList(from, take); });
+    return parseList<int>(L"vorel_parse_int32_list", text, length, values, capacity, count,
+                          [](const wchar_t* from, Array<int>& to) { return vorel::values::readIntegers(from, to); });
 }
 
 vorel_status vorel_parse_uint32_list(const vorel_char16* text, size_t length, uint32_t* values, size_t capacity,
                                      size_t* count) {
-    return parseList(L"vorel_parse_uint32_list", text, length, values, capacity, count,
-                     [](const wchar_t* from, auto take) { return kernels::readIntegerList(from, take); });
+    return parseList<unsigned int>(
+        L"vorel_parse_uint32_list", text, length, values, capacity, count,
+        [](const wchar_t* from, Array<unsigned int>& to) { return vorel::values::readIntegers(from, to); });
 }
 
 vorel_status vorel_parse_double_list(const vorel_char16* text, size_t length, double* values, size_t capacity,
                                      size_t* count) {
-    return parseList(L"vorel_parse_double_list", text, length, values, capacity, count,
-                     [](const wchar_t* from, auto take) { return kernels::readDoubleList(from, take); });
+    return parseList<double>(
+        L"vorel_parse_double_list", text, length, values, capacity, count,
+        [](const wchar_t* from, Array<double>& to) { return vorel::values::readDoubles(from, to); });
 }
 
 vorel_status vorel_parse_boolean_list(const vorel_char16* text, size_t length, int32_t* values, size_t capacity,
                                       size_t* count) {
-    return parseList(L"vorel_parse_boolean_list", text, length, values, capacity, count,
-                     [](const wchar_t* from, auto take) { return kernels::readBooleanList(from, take); });
+    return parseList<int32_t>(L"vorel_parse_boolean_list", text, length, values, capacity, count,
+                              [](const wchar_t* from, Array<int32_t>& to) {
+                                  Array<bool> booleans;
+                                  const bool isList = vorel::values::readBooleans(from, booleans);
+                                  for (const bool value : booleans) {
+                                      to.append(int32_t{value});
+                                  }
+                                  return isList;
+                              });
 }
 
 vorel_status vorel_parse_ranges(const vorel_char16* text, size_t length, vorel_range* ranges, size_t capacity,

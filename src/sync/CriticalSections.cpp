@@ -28,7 +28,8 @@ void destroySection(void*& handle) noexcept {
     if (handle) {
         DeleteCriticalSection(sectionOf(handle));
         std::free(handle);
-        *const_cast<void* volatile*>(&handle) = nullptr;  // a store that no compiler drops: whoever comes late sees it
+        void* volatile& seenLate = handle;  // no compiler drops this store, though the object ends here
+        seenLate = nullptr;
     }
 }
 

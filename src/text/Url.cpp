@@ -42,7 +42,7 @@ const char* replace(std::string_view text, const Rule& rule, BaseString<char>& o
     if (text.empty()) {
         output.clear();
     } else if (detail::StringAccess<char>::holds(output, text.data())) {
-        const BaseString<char> kept(std::move(output));
+        const BaseString<char> kept(std::exchange(output, BaseString<char>()));
         write(text, rule, output);
     } else {
         write(text, rule, output);

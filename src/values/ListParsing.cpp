@@ -4,72 +4,88 @@
 
 #include "kernels/ListReading.h"
 #include "kernels/RangeReading.h"
+#include "values/ListReaders.h"
 #include "vorel/exceptions/Exception.h"
 #include "vorel/exceptions/ExceptionFamily.h"
 
-namespace vorel::util {
+namespace vorel {
 
 namespace {
 
-/// Empties a list unless it is to be added to, and fills it by `read(text, take)`. A null text has no values. A list
-/// that cannot grow was not read to its end, and that is all that its readers tell; the error log has the reason.
+constexpr auto kIntegers = [](const auto* list, auto take) { return kernels::readIntegerList(list, take); };
+constexpr auto kDoubles = [](const auto* list, auto take) { return kernels::readDoubleList(list, take); };
+constexpr auto kBooleans = [](const auto* list, auto take) { return kernels::readBooleanList(list, take); };
+
+/// Adds what `read(text, take)` finds.
+template <class T, class Value, class Read>
+bool addList(const T* text, Array<Value>& values, Read&& read) {
+    return !text || read(text, [&values](auto value) { values.append(static_cast<Value>(value)); });
+}
+
+/// The same, or in the place of what the array holds. A list that cannot grow was not read to its end, and that is all
+/// that the exported readers tell; the error log has the reason.
 template <class T, class Value, class Read>
 bool readList(const T* text, Array<Value>& values, bool append, Read&& read) noexcept {
     if (!append) {
         values.clear();
     }
     try {
-        return !text || read(text, [&values](auto value) { values.append(static_cast<Value>(value)); });
+        return addList(text, values, read);
     } catch (const MemoryException&) {
         return false;
     }
 }
 
-template <class T, class Value>
-bool readIntegers(const T* text, Array<Value>& values, bool append) noexcept {
-    return readList(text, values, append,
-                    [](const T* list, auto take) { return kernels::readIntegerList(list, take); });
-}
-
-template <class T>
-bool readDoubles(const T* text, Array<double>& values, bool append) noexcept {
-    return readList(text, values, append, [](const T* list, auto take) { return kernels::readDoubleList(list, take); });
-}
-
-template <class T>
-bool readBooleans(const T* text, Array<bool>& values, bool append) noexcept {
-    return readList(text, values, append,
-                    [](const T* list, auto take) { return kernels::readBooleanList(list, take); });
-}
-
 }  // namespace
 
+namespace values {
+
+bool readIntegers(const wchar_t* text, Array<int>& values) {
+    return addList(text, values, kIntegers);
+}
+
+bool readIntegers(const wchar_t* text, Array<unsigned int>& values) {
+    return addList(text, values, kIntegers);
+}
+
+bool readDoubles(const wchar_t* text, Array<double>& values) {
+    return addList(text, values, kDoubles);
+}
+
+bool readBooleans(const wchar_t* text, Array<bool>& values) {
+    return addList(text, values, kBooleans);
+}
+
+}  // namespace values
+
+namespace util {
+
 bool stringToIntegerArray(const char* text, Array<int>& values, bool append) noexcept {
-    return readIntegers(text, values, append);
+    return readList(text, values, append, kIntegers);
 }
 
 bool stringToIntegerArray(const wchar_t* text, Array<int>& values, bool append) noexcept {
-    return readIntegers(text, values, append);
+    return readList(text, values, append, kIntegers);
 }
 
 bool stringToUIntegerArray(const wchar_t* text, Array<unsigned int>& values, bool append) noexcept {
-    return readIntegers(text, values, append);
+    return readList(text, values, append, kIntegers);
 }
 
 bool stringToDoubleArray(const char* text, Array<double>& values, bool append) noexcept {
-    return readDoubles(text, values, append);
+    return readList(text, values, append, kDoubles);
 }
 
 bool stringToDoubleArray(const wchar_t* text, Array<double>& values, bool append) noexcept {
-    return readDoubles(text, values, append);
+    return readList(text, values, append, kDoubles);
 }
 
 bool stringToBooleanArray(const char* text, Array<bool>& values, bool append) noexcept {
-    return readBooleans(text, values, append);
+    return readList(text, values, append, kBooleans);
 }
 
 bool stringToBooleanArray(const wchar_t* text, Array<bool>& values, bool append) noexcept {
-    return readBooleans(text, values, append);
+    return readList(text, values, append, kBooleans);
 }
 
 bool canCoerceToIntegerArray(const char* text) noexcept {
@@ -94,4 +110,6 @@ void stringToLongRanges(const wchar_t* text, Array<int>& starts, Array<int>& end
     }
 }
 
-}  // namespace vorel::util
+}  // namespace util
+
+}  // namespace vorel

@@ -236,6 +236,7 @@ void longSystemError(Trial& trial) {
     const test::ImportHook<importedFormatMessage> format(
         [](DWORD, const void*, DWORD, DWORD, wchar_t* place, DWORD, va_list*) {
             const std::wstring_view words = longWords();
+            // cppcheck-suppress LocalAllocCalled; where the system has its words
             auto* const text = static_cast<wchar_t*>(LocalAlloc(LPTR, (words.size() + 1) * sizeof(wchar_t)));
             words.copy(text, words.size());
             *reinterpret_cast<wchar_t**>(place) = text;

@@ -82,7 +82,7 @@ TEST(Location, IsReadNoFurtherThanItIsKept) {
 
 TEST(Location, AndLimitAreSetUnderTheirLock) {
     const TemporaryLog log;
-    const auto place = log.path();
+    const std::string& place = log.path();
     const std::function<void()> settings[] = {
         [&] { Exception::SetErrorLogLocation(place.c_str(), 0); },
         [&] { Exception::SetErrorLogLocation(std::wstring(place.begin(), place.end()).c_str(), 0); },
