@@ -91,7 +91,7 @@ void logLines(Family& family) {
     family.compare("a line of the error log", kLines,
                    [] {
                        for (std::size_t line = 0; line != kLines; ++line) {
-                           vorel::Exception::warn("%hs", kText);
+                           vorel::Exception::warn("%s", kText);
                        }
                        return std::uint64_t{kLines};
                    },

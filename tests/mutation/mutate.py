@@ -79,7 +79,7 @@ def steps_for(change, build):
     folder = Path(change.path).parent.name
     sources = {Path(change.path).stem.removesuffix("Avx2")}
     for output in build.made_of(change.path):
-        if "/vorelCore.dir/" in output:
+        if "/vorelCoreObjects.dir/" in output:
             sources.add(Path(output).name.split(".", 1)[0])
     programs = sorted(build.programs.values(),
                       key=lambda program: (not program.uses_dll, program.name != folder, program.limit_seconds))

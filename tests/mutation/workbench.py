@@ -130,6 +130,8 @@ class Bench:
         self._path, self._made = path, {}
         self._restore("vorelCore.dll")
         self._affected = self._build.made_of(path) if path else set()
+        # A precompiled header has the file as it was.
+        self._is_precompiled = any(output.endswith(".gch") for output in self._affected)
         if path:
             (self._overlay / path).parent.mkdir(parents=True)
             (self._overlay / path).write_text(text)
@@ -147,7 +149,9 @@ class Bench:
         command = []
         words = iter(self._build.compiling[output])
         for word in words:
-            if word == "-o":
+            if word == "-include" and self._is_precompiled:
+                next(words)
+            elif word == "-o":
                 next(words)
                 command += ["-o", str(made)]
             elif word in ("-MT", "-MF"):

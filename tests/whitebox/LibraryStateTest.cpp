@@ -1,6 +1,7 @@
 /// \file
 /// What the library creates at load: that it is there, and its order. It is destroyed in reverse, so that nothing
 /// outlives what it uses.
+// test-runner: one process per case
 
 #include "LibraryState.h"
 

@@ -1,0 +1,41 @@
+# GoogleTest, built once for each compiler and shared by all presets: targets GTest::gtest, GTest::gmock and
+# GTest::gtest_main. Its build folder lies beside those of the presets.
+
+include(ExternalProject)
+
+set(VOREL_GOOGLETEST_SOURCE /usr/src/googletest CACHE PATH "Sources of GoogleTest")
+cmake_path(GET PROJECT_BINARY_DIR PARENT_PATH buildFolder)
+set(VOREL_GOOGLETEST_BUILD "${buildFolder}/googletest-${CMAKE_CXX_COMPILER_ID}-${CMAKE_CXX_COMPILER_VERSION}"
+    CACHE PATH "Build folder of GoogleTest")
+
+set(googletestLibraries "")
+foreach(name IN ITEMS gtest gmock gtest_main)
+    list(APPEND googletestLibraries "${VOREL_GOOGLETEST_BUILD}/lib/lib${name}.a")
+endforeach()
+
+ExternalProject_Add(googletest
+    PREFIX "${VOREL_GOOGLETEST_BUILD}"
+    SOURCE_DIR "${VOREL_GOOGLETEST_SOURCE}"
+    BINARY_DIR "${VOREL_GOOGLETEST_BUILD}"
+    CMAKE_ARGS
+        "-DCMAKE_TOOLCHAIN_FILE=${CMAKE_TOOLCHAIN_FILE}"
+        "-DCMAKE_CXX_COMPILER_LAUNCHER=${CMAKE_CXX_COMPILER_LAUNCHER}"
+        "-DCMAKE_CXX_STANDARD=20"
+        "-DCMAKE_CXX_FLAGS_INIT=-w"
+    INSTALL_COMMAND ""
+    BUILD_BYPRODUCTS ${googletestLibraries}
+    EXCLUDE_FROM_ALL ON)
+
+function(vorel_googletest_target name)
+    add_library(GTest::${name} STATIC IMPORTED GLOBAL)
+    add_dependencies(GTest::${name} googletest)
+    set_target_properties(GTest::${name} PROPERTIES IMPORTED_LOCATION "${VOREL_GOOGLETEST_BUILD}/lib/lib${name}.a")
+    target_link_libraries(GTest::${name} INTERFACE ${ARGN})
+endfunction()
+
+vorel_googletest_target(gtest)
+target_include_directories(GTest::gtest SYSTEM INTERFACE "${VOREL_GOOGLETEST_SOURCE}/googletest/include")
+target_compile_definitions(GTest::gtest INTERFACE GTEST_HAS_PTHREAD=0)
+vorel_googletest_target(gmock GTest::gtest)
+target_include_directories(GTest::gmock SYSTEM INTERFACE "${VOREL_GOOGLETEST_SOURCE}/googlemock/include")
+vorel_googletest_target(gtest_main GTest::gtest)

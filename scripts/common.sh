@@ -1,0 +1,134 @@
+# What the commands of ./dev share; each of them sources this file. They run in the root of the project.
+# shellcheck shell=bash
+set -euo pipefail
+cd "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")/.."
+
+jobs="$(nproc)"
+# What the checks found clean, for all clones of this user.
+cache="${XDG_CACHE_HOME:-$HOME/.cache}/vorelCore"
+compiler=x86_64-w64-mingw32-g++-posix
+
+# ---- Progress -------------------------------------------------------------------------------------------------------
+
+step=""
+
+say() { # say <what begins>: ends the step before, with its duration
+    end_step
+    printf '\n== %s\n' "$*"
+    step="$*"
+    step_begin="$SECONDS"
+}
+
+end_step() {
+    [[ -z $step ]] || echo "-- $step: $((SECONDS - step_begin)) s"
+    step=""
+}
+
+fail() {
+    printf 'dev: %s\n' "$*" >&2
+    exit 1
+}
+
+at_exit() {
+    end_step
+    [[ -z ${wine_users:-} ]] || release_wine
+}
+trap at_exit EXIT
+
+# ---- Packages -------------------------------------------------------------------------------------------------------
+
+packages=(
+    g++-mingw-w64-x86-64-posix # the compiler, with its runtime DLLs
+    wine wine64                # runs the programs
+    cmake ninja-build ccache googletest
+    gdb-mingw-w64 pkgconf # tests of the package
+    python3               # registers tests, changes sources, reads coverage
+    jq xxd                # what vorelconv is compared with
+    git
+)
+check_packages=(clang-format clang-tidy cppcheck)
+bench_packages=(libfast-float-dev libfmt-dev) # peers: headers only
+package_packages=(nsis unzip)
+docs_packages=(doxygen)
+coverage_packages=(gcovr)
+fuzz_packages=(clang libclang-rt-dev llvm) # llvm names the places in a report
+# Tests the binding for Node; any npm will do.
+command -v npm >/dev/null || packages+=(nodejs npm)
+
+missing_packages() { # missing_packages <package>...
+    local package status
+    for package in "$@"; do
+        status="$(dpkg-query --show --showformat='${db:Status-Status}' "$package" 2>/dev/null || true)"
+        [[ $status == installed ]] || echo "$package"
+    done
+}
+
+as_root() {
+    if ((EUID == 0)); then
+        env DEBIAN_FRONTEND=noninteractive "$@"
+    else
+        sudo env DEBIAN_FRONTEND=noninteractive "$@"
+    fi
+}
+
+setup() { # setup [package]...: what every command needs, and more
+    local needed=("${packages[@]}" "$@")
+    command -v dpkg-query >/dev/null || fail "setup supports Debian only; install the equivalents of: ${needed[*]}"
+    local missing
+    mapfile -t missing < <(missing_packages "${needed[@]}")
+    ((${#missing[@]})) || return 0
+    if ((EUID != 0)) && ! command -v sudo >/dev/null; then
+        fail "neither root nor sudo; install these packages and run the command again: ${missing[*]}"
+    fi
+    say "Installing ${missing[*]}"
+    as_root apt-get update -qq
+    as_root apt-get install -y -qq -o Dpkg::Use-Pty=0 --no-install-recommends "${missing[@]}"
+}
+
+# ---- Build ----------------------------------------------------------------------------------------------------------
+
+# All clones of this user share compiled objects. Depend mode spares the compiler's cache a run of the preprocessor;
+# precompiled headers are identified by what they were made of.
+export CMAKE_C_COMPILER_LAUNCHER=ccache CMAKE_CXX_COMPILER_LAUNCHER=ccache
+export CCACHE_BASEDIR="$PWD" CCACHE_NOHASHDIR=1 CCACHE_DEPEND=1 CCACHE_SLOPPINESS=pch_defines,time_macros
+
+configure() { # configure <preset>
+    local preset="$1"
+    if [[ ! -e build/$preset/build.ninja || CMakePresets.json -nt build/$preset/build.ninja ]]; then
+        say "Configuring $preset"
+        cmake --preset "$preset"
+    fi
+}
+
+build() { # build <preset> [target]...: everything, when no target is named
+    local preset="$1"
+    local targets=("${@:2}")
+    configure "$preset"
+    say "Building $preset${targets[*]:+: ${targets[*]}}"
+    cmake --build --preset "$preset" --parallel "$jobs" ${targets[@]:+--target "${targets[@]}"}
+}
+
+configure_fuzz() { # for this machine, and with another compiler than all presets
+    [[ -e build/fuzz/build.ninja ]] || cmake -S fuzz -B build/fuzz -G Ninja -DCMAKE_CXX_COMPILER=clang++
+}
+
+# ---- Run ------------------------------------------------------------------------------------------------------------
+
+# Several commands may share the Wine prefix; the last one to finish ends its server.
+hold_wine() { # hold_wine [command]...: what starts the server, where it must run in a special way
+    mkdir -p build
+    exec {wine_users}>build/wine.users
+    flock --shared "$wine_users"
+    [[ -e build/wine/vorel-prefix-ready ]] || say "Creating the Wine prefix build/wine"
+    in_wine "$@" cmake/wine-run --hold
+}
+
+in_wine() { # in_wine <command>...: runs it without the lock on the prefix
+    (exec {wine_users}>&- && "$@")
+}
+
+release_wine() {
+    if flock --exclusive --nonblock "$wine_users"; then
+        in_wine cmake/wine-run --release
+    fi
+}

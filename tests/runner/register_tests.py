@@ -1,0 +1,103 @@
+"""Writes the CTest script that registers the cases of all GoogleTest programs; CTest runs it at its start.
+
+    register_tests.py <folder>
+
+<folder> has a description of each program (<name>.program.json): its path and label, the arguments and properties of
+its tests. The script is <folder>/tests.cmake. A test of CTest is a test file, or a part of a large one; its cases share
+a process. Two kinds of cases have a process each:
+
+  - those of a file with the comment `// test-runner: one process per case`: they depend on a fresh process;
+  - all, when VOREL_TEST_UNIT is "case": then each can be selected by its name.
+
+A program that is not built has one test, which fails.
+"""
+
+import json
+import math
+import os
+import re
+import subprocess
+import sys
+from collections import defaultdict
+from pathlib import Path
+
+MAX_CASES = 150
+MARK = re.compile(r"^// test-runner: one process per case$", re.MULTILINE)
+
+
+def bracket(text):
+    """`text` as an argument of a CMake command that is taken literally."""
+    return f"[==[{text}]==]"
+
+
+class Program:
+    def __init__(self, description):
+        values = json.loads(description.read_text())
+        self.folder = description.parent
+        self.label, self.path = values["label"], Path(values["program"])
+        self.emulator = [word for word in values["emulator"].split(";") if word]
+        self.arguments = [word for word in values["arguments"].split(";") if word]
+        self.properties = values["properties"].split(";")
+        self._listing = self.folder / f"{self.label}.cases.json"
+
+    def cases(self):
+        """The cases of each test file: path → (suite, case) pairs, without disabled ones."""
+        if not self._listing.exists() or self._listing.stat().st_mtime < self.path.stat().st_mtime:
+            # A path of this system would have to be translated.
+            subprocess.run([*self.emulator, self.path, "--gtest_list_tests", f"--gtest_output=json:{self._listing.name}"],
+                           cwd=self.folder, check=True, stdout=subprocess.DEVNULL, timeout=120)
+        files = defaultdict(list)
+        for suite in json.loads(self._listing.read_text())["testsuites"]:
+            for case in suite["testsuite"]:
+                if not case["name"].startswith("DISABLED_"):
+                    files[os.path.normpath(self.folder / case["file"].replace("\\", "/"))].append(
+                        (suite["name"], case["name"]))
+        return files
+
+    def tests(self, one_per_case):
+        """The tests of CTest: name → filter of GoogleTest."""
+        files = self.cases()
+        homes = defaultdict(set)
+        for file, cases in files.items():
+            for suite, _ in cases:
+                homes[suite].add(file)
+        tests = {}
+        for file, cases in files.items():
+            parts = math.ceil(len(cases) / MAX_CASES)
+            if one_per_case or MARK.search(Path(file).read_text()):
+                tests |= {f"{self.label}.{suite}.{case}": f"{suite}.{case}" for suite, case in cases}
+            elif parts > 1:
+                tests |= {f"{self.label}.{Path(file).stem}.{part + 1}": ":".join(map(".".join, cases[part::parts]))
+                          for part in range(parts)}
+            else:
+                patterns = {f"{suite}.*" if len(homes[suite]) == 1 else f"{suite}.{case}": None for suite, case in cases}
+                tests[f"{self.label}.{Path(file).stem}"] = ":".join(patterns) + "-*.DISABLED_*"
+        return tests
+
+    def script(self, one_per_case):
+        if not self.path.exists():
+            name = bracket(f"{self.label}.NOT_BUILT")
+            command = [sys.executable, "-c", f"raise SystemExit('{self.path} is not built')"]
+            return [f"add_test({name} {' '.join(map(bracket, command))})",
+                    f"set_tests_properties({name} PROPERTIES LABELS {self.label})"]
+        lines = []
+        for name, test_filter in self.tests(one_per_case).items():
+            result = re.sub(r"[^\w.-]", "_", name)
+            words = [*self.emulator, self.path, f"--gtest_filter={test_filter}", *self.arguments,
+                     f"--gtest_output=json:results/{result}.json"]
+            lines.append(f"add_test({bracket(name)} {' '.join(map(bracket, words))})")
+            lines.append(f"set_tests_properties({bracket(name)} PROPERTIES LABELS {self.label}"
+                         f" WORKING_DIRECTORY {bracket(self.folder)} {' '.join(self.properties)})")
+        return lines
+
+
+def main(folder):
+    one_per_case = os.environ.get("VOREL_TEST_UNIT") == "case"
+    lines = []
+    for description in sorted(folder.glob("*.program.json")):
+        lines += Program(description).script(one_per_case)
+    (folder / "tests.cmake").write_text("\n".join(lines) + "\n")
+
+
+if __name__ == "__main__":
+    main(Path(sys.argv[1]))

@@ -1,0 +1,53 @@
+"""Adds up the results of a test run: the cases that failed, the slowest test files, and the totals.
+
+    summary.py <registry> <JUnit file of CTest>...
+
+A test of CTest that is a GoogleTest file counts as its cases, any other one as one. A later JUnit file replaces what an
+earlier one says about the same tests. The last line is "N passed, N failed, N skipped".
+"""
+
+import json
+import re
+import sys
+import xml.etree.ElementTree as xml
+from collections import Counter
+from pathlib import Path
+
+SLOWEST = 10
+
+
+def cases_of(results):
+    """Name and outcome of each case in a result file of GoogleTest."""
+    for suite in json.loads(results.read_text(errors="replace"))["testsuites"]:
+        for case in suite["testsuite"]:
+            if case["status"] == "RUN":
+                outcome = "failed" if "failures" in case else "skipped" if case["result"] == "SKIPPED" else "passed"
+                yield f"{suite['name']}.{case['name']}", outcome
+
+
+def main(registry, reports):
+    tests = {}
+    for report in reports:
+        tests |= {test.get("name"): test for test in xml.parse(report).getroot().iter("testcase")}
+    outcomes, failed = Counter(), []
+    for name, test in tests.items():
+        outcome = {"run": "passed", "fail": "failed"}.get(test.get("status"), "skipped")
+        results = registry / "results" / (re.sub(r"[^\w.-]", "_", name) + ".json")
+        # A program that ended early has written no results: CTest's word counts.
+        cases = dict(cases_of(results)) if results.exists() else {}
+        if not cases or (outcome == "failed" and "failed" not in cases.values()):
+            cases = {name: outcome}
+        outcomes.update(cases.values())
+        failed += [case if case == name else f"{name}: {case}" for case, found in cases.items() if found == "failed"]
+
+    slowest = sorted(tests.values(), key=lambda test: -float(test.get("time")))[:SLOWEST]
+    print("\nThe slowest test files:")
+    for test in slowest:
+        print(f"{float(test.get('time')):8.1f} s  {test.get('name')}")
+    if failed:
+        print("\nFailed:", *failed, sep="\n  ")
+    print(f"\n{outcomes['passed']} passed, {outcomes['failed']} failed, {outcomes['skipped']} skipped")
+
+
+if __name__ == "__main__":
+    main(Path(sys.argv[1]), sys.argv[2:])
