@@ -11,6 +11,7 @@ import shlex
 import shutil
 import signal
 import subprocess
+import tempfile
 import time
 from pathlib import Path
 
@@ -28,6 +29,13 @@ class TestDoesNotCompile(Exception):
 
 def _output_of(command):
     return command[command.index("-o") + 1]
+
+
+def _code_of(object_file):
+    """The bytes of an object without debug information, which names the folder of the source."""
+    with tempfile.NamedTemporaryFile(suffix=".obj") as stripped:
+        subprocess.run(["x86_64-w64-mingw32-objcopy", "--strip-debug", object_file, stripped.name], check=True)
+        return Path(stripped.name).read_bytes()
 
 
 class Program:
@@ -164,7 +172,7 @@ class Bench:
                               stderr=subprocess.DEVNULL, check=False)
         if done.returncode != 0:
             raise LibraryDoesNotCompile if "/vorelCore" in output else TestDoesNotCompile(output)
-        same = made.read_bytes() == (self._build.folder / output).read_bytes()
+        same = _code_of(made) == _code_of(self._build.folder / output)
         self._made[output] = None if same else made
         return self._made[output]
 

@@ -1,0 +1,53 @@
+/// \file
+/// The guard of the stack. This file is compiled with -fstack-protector-strong, like the library in optimised builds.
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+extern "C" std::uintptr_t __stack_chk_guard;  // NOLINT: the compiler's name
+
+namespace {
+
+constexpr int kStackBufferOverrun = static_cast<int>(0xC0000409);
+
+volatile std::size_t tooMany = 64;
+
+[[gnu::noinline]] void writePastABuffer() {
+    char text[8];
+    char* volatile start = text;
+    for (std::size_t unit = 0; unit < tooMany; ++unit) {
+        start[unit] = 'x';
+    }
+}
+
+TEST(StackGuard, EndsTheProcessOfAnOverrunAsWindowsExpects) {
+    EXPECT_EXIT(writePastABuffer(), testing::ExitedWithCode(kStackBufferOverrun), "");
+}
+
+TEST(StackGuard, ItsValueIsMadeAtLoadAndStartsWithATerminator) {
+    EXPECT_NE(__stack_chk_guard, 0x2B992DDFA232F300u);
+    EXPECT_NE(__stack_chk_guard, 0u);
+    EXPECT_EQ(__stack_chk_guard & 0xFF, 0u);
+}
+
+void endWithGuard() {
+    (void)std::fprintf(stderr, "guard %llx.\n", static_cast<unsigned long long>(__stack_chk_guard));
+    std::exit(0);
+}
+
+TEST(StackGuard, DiffersFromProcessToProcess) {
+    char own[32];
+    (void)std::snprintf(own, sizeof own, "guard %llx.", static_cast<unsigned long long>(__stack_chk_guard));
+    const auto isAnother = testing::Truly([&own](const std::string& output) {
+        return output.find("guard ") != std::string::npos && output.find(own) == std::string::npos;
+    });
+    EXPECT_EXIT(endWithGuard(), testing::ExitedWithCode(0), isAnother);
+}
+
+}  // namespace
