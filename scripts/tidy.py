@@ -107,7 +107,7 @@ class Check:
 
 
 def changed_files():
-    """What the last commit and the work tree changed; nothing where there is no history."""
+    """What the last commit and the work tree changed; empty without history."""
     done = subprocess.run(["git", "diff", "--name-only", "HEAD~1"], cwd=ROOT, capture_output=True, text=True, check=False)
     return set(done.stdout.split())
 
