@@ -4,12 +4,11 @@
 # Left out: -fcf-protection. It marks the targets of indirect calls for Linux; Windows uses tables that this linker does
 # not write, and its shadow stacks ask for a mark in the file that this linker does not set.
 
-# For the library's objects. The guard's value and failure are in src/core/StackGuard.cpp.
+# For the library's objects in release builds. The guard's value and failure are in src/core/StackGuard.cpp.
 function(vorel_harden target)
+    # With the prefix map the bytes are the same wherever the sources are.
     target_compile_options(${target} PRIVATE
-        "$<$<AND:$<COMPILE_LANGUAGE:CXX>,$<CONFIG:Release>>:-fstack-protector-strong;-g>"
-        # The same bytes wherever the sources are.
-        "$<$<COMPILE_LANGUAGE:CXX>:-ffile-prefix-map=${PROJECT_SOURCE_DIR}=.>")
+        "$<$<AND:$<COMPILE_LANGUAGE:CXX>,$<CONFIG:Release>>:-fstack-protector-strong;-g;-ffile-prefix-map=${PROJECT_SOURCE_DIR}=.>")
 endfunction()
 
 # A release DLL has neither symbols nor debug information; debuggers find both in <name>.debug beside it. The time of the
