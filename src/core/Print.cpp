@@ -31,8 +31,11 @@ int print(std::FILE* stream, const wchar_t* fmt, va_list args) noexcept {
     return __stdio_common_vfwprintf(kDefault, stream, fmt, nullptr, args);
 }
 
+/// A format that the runtime refuses only makes the call fail: a program's own handler may abort, and without one the
+/// runtime ends the process.
 template <class T>
 int bounded(T* buffer, std::size_t size, const T* fmt, va_list args) noexcept {
+    const detail::SilentParameterErrors silent;
     const int written = print(buffer, size, fmt, args);
     return written < 0 ? -1 : written;
 }

@@ -3,7 +3,9 @@
 /// handler of its own into every program, and the library replaces nobody's: so these tests first take that one out.
 
 #include <cerrno>
+#include <cstdint>
 #include <cstdlib>
+#include <iterator>
 #include <string>
 #include <vector>
 
@@ -11,7 +13,12 @@
 #include <io.h>
 
 #include "support/ChildProcess.h"
+#include "support/RefusedFormats.h"
 #include "support/TemporaryLog.h"
+
+// The runtime exports it; not every compiler's headers declare it.
+extern "C" __declspec(dllimport) _invalid_parameter_handler
+    __cdecl _set_thread_local_invalid_parameter_handler(_invalid_parameter_handler handler);
 
 namespace {
 
@@ -29,6 +36,12 @@ private:
 };
 
 void __cdecl someonesHandler(const wchar_t*, const wchar_t*, const wchar_t*, unsigned int, std::uintptr_t) {}
+
+int s_calls = 0;
+
+void __cdecl countCall(const wchar_t*, const wchar_t*, const wchar_t*, unsigned int, std::uintptr_t) {
+    ++s_calls;
+}
 
 /// A program without a handler, until it says where its log is.
 class InvalidParameter : public testing::Test {
@@ -70,6 +83,26 @@ TEST_F(InvalidParameter, TheRuntimesCallGoesOnWithItsOwnError) {
     EXPECT_EQ(errno, EBADF);
     char small[2];
     EXPECT_NE(strcpy_s(small, sizeof small, "too long"), 0);
+}
+
+TEST_F(InvalidParameter, ARefusedFormatReachesNoHandlerOfTheProgram) {
+    for (const test::RefusedFormat& format : test::kRefusedFormats) {
+        SCOPED_TRACE(format.name);
+        s_calls = 0;
+        const HandlerInstalled ofTheProgram(&countCall);
+        const _invalid_parameter_handler before = _set_thread_local_invalid_parameter_handler(&countCall);
+        format.use();
+        EXPECT_EQ(_set_thread_local_invalid_parameter_handler(before), &countCall) << "is put back";
+        EXPECT_EQ(s_calls, 0);
+    }
+}
+
+TEST_F(InvalidParameter, ARefusedFormatDoesNotEndAProgramWithoutAHandler) {
+    for (std::size_t number = 0; number < std::size(test::kRefusedFormats); ++number) {
+        EXPECT_EQ(
+            test::runChild(L"refused_format", {std::to_wstring(number)}, {.directory = m_log.folder().widePath()}), 0u)
+            << test::kRefusedFormats[number].name;
+    }
 }
 
 TEST_F(InvalidParameter, AnothersHandlerIsNeverReplaced) {
