@@ -1,10 +1,9 @@
 #include "vorel/core/HashMap.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
 #include <map>
-#include <stdexcept>
-#include <utility>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -58,6 +57,30 @@ TEST(HashMap, Fields_AreBucketsSpareNodesSizeThreshold) {
     EXPECT_EQ(fields.spareSlots, 5u);
     EXPECT_EQ(fields.size, 2u);
     EXPECT_EQ(fields.growAt, 23u);
+}
+
+TEST(HashMap, NodeFields_AreNextHashKeyValue) {
+    struct Node {
+        const Node* next;
+        std::uint64_t hash;
+        const char* key;
+        unsigned int value;
+    };
+    const auto nodeOf = [](const NameMap::Iterator& place) {
+        return reinterpret_cast<const Node*>(reinterpret_cast<const char*>(&place.key()) - offsetof(Node, key));
+    };
+    const char* const names[] = {"older", "newer"};
+    NameMap map(31);
+    const Node* const older = nodeOf(map.put(7, names[0], 70));
+    const Node* const newer = nodeOf(map.put(38, names[1], 71));  // the same bucket
+    EXPECT_EQ(older->next, nullptr);
+    EXPECT_EQ(older->hash, 7u);
+    EXPECT_EQ(older->key, names[0]);
+    EXPECT_EQ(older->value, 70u);
+    EXPECT_EQ(newer->next, older);
+    EXPECT_EQ(newer->hash, 38u);
+    EXPECT_EQ(newer->key, names[1]);
+    EXPECT_EQ(newer->value, 71u);
 }
 
 static_assert(sizeof(NumberMap::Iterator) == 3 * sizeof(void*), "the map, the bucket's slot, the node");
@@ -302,57 +325,6 @@ TEST(HashMap, Clear_KeepsTheBuckets) {
     EXPECT_TRUE(map.find(4, 4) == map.end());
     map.put(4, 4, 44);
     EXPECT_EQ(entriesOf(map), (std::map<int, int>{{4, 44}}));
-}
-
-// ---- The end of a map -----------------------------------------------------------------------------------------------
-
-/// A value whose destruction fails while `s_armed` is set.
-template <class Failure>
-struct Explosive {
-    Explosive() = default;
-    Explosive(const Explosive&) = default;
-    Explosive& operator=(const Explosive&) = default;
-    // NOLINTNEXTLINE(bugprone-exception-escape): its failure is what it is for
-    ~Explosive() noexcept(false) {
-        if (std::exchange(s_armed, false)) {
-            throw Failure(1, 2);  // cppcheck-suppress exceptThrowInDestructor ; its failure is what it is for
-        }
-    }
-
-    static inline bool s_armed = false;
-};
-
-/// Destroys a map whose only value explodes, at the end of a block or while another failure unwinds it.
-template <class Failure>
-void destroyExplosiveMap(bool unwinding) {
-    using Value = Explosive<Failure>;
-    const Value value;
-    HashMap<int, Value> map(3);
-    map.put(1, 1, value);
-    Value::s_armed = true;
-    if (unwinding) {
-        throw std::runtime_error("the first failure");
-    }
-}
-
-using ForeignFailure = std::pair<int, int>;
-
-TEST(HashMapEnd, AFailureIsRecordedAndThrownOn) {
-    expectThrows<vorel::MemoryException>([] { destroyExplosiveMap<vorel::MemoryException>(false); },
-                                         {L"No more memory is available: 1 objects of size 2 requested",
-                                          L"HashMap::~HashMap: Vorel exception rethrown"});
-    expectThrows<Exception>([] { destroyExplosiveMap<ForeignFailure>(false); },
-                            {L"HashMap::~HashMap: Severe error thrown"});
-}
-
-TEST(HashMapEnd, AFailureWhileAnotherUnwindsIsOnlyRecorded) {
-    const test::TemporaryLog log;
-    EXPECT_THROW(destroyExplosiveMap<vorel::MemoryException>(true), std::runtime_error);
-    EXPECT_THROW(destroyExplosiveMap<ForeignFailure>(true), std::runtime_error);
-    EXPECT_THAT(log.messages(),
-                ::testing::ElementsAre("Vorel Error: No more memory is available: 1 objects of size 2 requested",
-                                       "Vorel Error: HashMap::~HashMap: Vorel exception suppressed",
-                                       "Vorel Error: HashMap::~HashMap: Severe error suppressed"));
 }
 
 }  // namespace

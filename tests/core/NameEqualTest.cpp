@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -54,6 +55,36 @@ TYPED_TEST(NameEqualTest, NullEqualsOnlyNull) {
     EXPECT_TRUE(NameEqual()(null, null));
     EXPECT_FALSE(NameEqual()(null, empty.c_str()));
     EXPECT_FALSE(NameEqual()(empty.c_str(), null));
+}
+
+TYPED_TEST(NameEqualTest, IsWhatAMapComparesTextsByUnlessItNamesAnother) {
+    const auto stored = test::text<TypeParam>("Utf-8[");
+    const auto other = test::text<TypeParam>("uTF-8[");
+    const auto notLetters = test::text<TypeParam>("utf-8{");
+    const auto empty = test::text<TypeParam>("");
+    const TypeParam* const null = nullptr;
+    vorel::HashMap<const TypeParam*, int> map(31);
+    map.put(5, stored.c_str(), 1);
+    EXPECT_FALSE(map.find(other.c_str(), 5) == map.end());
+    EXPECT_TRUE(map.find(other.c_str(), 36) == map.end()) << "another hash";
+    EXPECT_TRUE(map.find(notLetters.c_str(), 5) == map.end());
+    EXPECT_TRUE(map.find(null, 5) == map.end());
+    map.put(5, null, 2);
+    EXPECT_TRUE(map.find(empty.c_str(), 5) == map.end());
+    ASSERT_FALSE(map.find(null, 5) == map.end());
+    EXPECT_EQ(map.find(null, 5).value(), 2);
+    EXPECT_TRUE(map.remove(other.c_str(), 5));
+
+    auto changeable = stored;
+    auto sameText = other;
+    vorel::HashMap<TypeParam*, int> mapOfChangeable(31);
+    mapOfChangeable.put(5, changeable.data(), 1);
+    EXPECT_FALSE(mapOfChangeable.find(sameText.data(), 5) == mapOfChangeable.end());
+
+    vorel::HashMap<const TypeParam*, int, std::equal_to<>> byAddress(31);
+    byAddress.put(5, stored.c_str(), 1);
+    EXPECT_TRUE(byAddress.find(other.c_str(), 5) == byAddress.end());
+    EXPECT_FALSE(byAddress.find(stored.c_str(), 5) == byAddress.end());
 }
 
 TEST(NameEqualOfWideText, LeavesLettersBeyondAToZAlone) {

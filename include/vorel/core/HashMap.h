@@ -4,16 +4,21 @@
 /// The caller supplies the hash of each key; the map keeps it with the key and never computes one. Nodes of removed
 /// entries wait on a stack of spare nodes and are used again. The map has no lock of its own: its users guard it.
 ///
-///     vorel::HashMap<const char*, unsigned int, vorel::NameEqual> pages(31);
+///     vorel::HashMap<const char*, unsigned int> pages(31);
 ///     pages.put(hashOf("UTF-8"), "UTF-8", 65001);
-///     auto found = pages.find("utf-8", hashOf("UTF-8"));
+///     auto found = pages.find("utf-8", hashOf("utf-8"));
 ///     if (found != pages.end()) { found.value(); }
+///
+/// Keys that are pointers to text are compared as texts, ignoring the case of the Latin letters A to Z, unless the map
+/// names another equality. An entry is found only by the hash that it was put in with: the hash of such a key has to
+/// ignore the same case.
 #pragma once
 
 #include <cmath>
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <type_traits>
 #include <utility>
 
 #include "vorel/core/Array.h"
@@ -69,8 +74,23 @@ private:
     }
 };
 
-/// A chained map; every operation takes the hash of its key from the caller.
-template <class Key, class Value, class KeyEqual = std::equal_to<Key>>
+namespace detail {
+
+/// Whether keys are pointers to text, which are compared as texts.
+template <class Key>
+inline constexpr bool kIsTextPointer = std::is_pointer_v<Key> &&
+                                       (std::is_same_v<std::remove_const_t<std::remove_pointer_t<Key>>, char> ||
+                                        std::is_same_v<std::remove_const_t<std::remove_pointer_t<Key>>, wchar_t>);
+
+/// The equality of keys when a map names none.
+template <class Key>
+using DefaultKeyEqual = std::conditional_t<kIsTextPointer<Key>, NameEqual, std::equal_to<Key>>;
+
+}  // namespace detail
+
+/// A chained map; every operation takes the hash of its key from the caller. `KeyEqual` is `NameEqual` for keys that
+/// are pointers to `char` or `wchar_t`, and `std::equal_to` for all others, unless it is given.
+template <class Key, class Value, class KeyEqual = detail::DefaultKeyEqual<Key>>
 class HashMap {
     struct Node {
         Node* next;
@@ -130,7 +150,7 @@ public:
     HashMap(const HashMap&) = delete;
     HashMap& operator=(const HashMap&) = delete;
 
-    /// Releases every node under the rules of a destructor that may throw.
+    /// Releases every node, and then passes the first failure on by the rules of a destructor that may throw.
     ~HashMap() noexcept(false) {
         detail::guardedDestructor(L"HashMap", [this] { clear(); });
     }
@@ -228,16 +248,26 @@ public:
     }
 
     /// Releases every node, the spare ones too; the buckets stay.
+    /// \throws the first failure of a key's or value's destructor, after every node was released: the map is empty
+    ///         then. Later failures are recorded in the log as "HashMap::~HashMap: … suppressed", and swallowed.
     void clear() {
-        for (Node*& head : m_buckets) {
-            while (head) {
-                delete std::exchange(head, head->next);
-            }
-        }
         m_size = 0;
-        while (!m_spareNodes.empty()) {
+        unsigned int bucket = 0;
+        detail::releaseAll(L"HashMap", [&] {
+            while (bucket < bucketCount() && !m_buckets[bucket]) {
+                ++bucket;
+            }
+            if (bucket < bucketCount()) {
+                Node*& head = m_buckets[bucket];
+                delete std::exchange(head, head->next);
+                return true;
+            }
+            if (m_spareNodes.empty()) {
+                return false;
+            }
             delete m_spareNodes.pop();
-        }
+            return true;
+        });
     }
 
     /// The first entry, in no order that means anything; the end of an empty map.

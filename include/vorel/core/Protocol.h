@@ -63,6 +63,27 @@ void guardedDestructor(const wchar_t* className, Body&& body) {
     }
 }
 
+/// Releases things one after another, all of them, even when releasing one fails: `releaseNext` releases one and
+/// returns whether there may be more, and a call that throws has moved past its own. The first failure leaves when
+/// nothing remains. Later ones are recorded and swallowed, because the first already unwinds the stack by then.
+template <class ReleaseNext>
+void releaseAll(const wchar_t* className, ReleaseNext&& releaseNext) {
+    struct Remaining {
+        ~Remaining() {
+            while (hasMore) {
+                guardedDestructor(className, [this] { hasMore = releaseNext(); });
+            }
+        }
+
+        const wchar_t* className;
+        ReleaseNext& releaseNext;
+        bool hasMore = true;
+    } remaining{className, releaseNext};
+    while (remaining.hasMore) {
+        remaining.hasMore = releaseNext();
+    }
+}
+
 /// Runs `body` in an operation that must not throw: a failure is recorded in the log and ends here.
 template <class Body>
 void contained(const wchar_t* location, Body&& body) noexcept {
