@@ -94,6 +94,45 @@ TYPED_TEST(ArrayGrowth, NeverShrinks) {
     }
 }
 
+TYPED_TEST(ArrayGrowth, Assignment_NeverShrinks) {
+    for (const unsigned int count : {0u, 1u, 2u, 99u, 100u}) {
+        for (const bool moved : {false, true}) {
+            Array<TypeParam> array;
+            array.reserve(100, true);
+            array.setCount(40);
+            const TypeParam* const storage = array.data();
+            Array<TypeParam> other;
+            other.reserve(count, true);
+            other.setCount(count);
+            if (moved) {
+                array = std::move(other);
+                EXPECT_EQ(other.data(), nullptr);
+                EXPECT_EQ(other.size(), 0u);
+                EXPECT_EQ(other.allocated(), 0u);
+            } else {
+                array = other;
+            }
+            EXPECT_EQ(array.size(), count);
+            EXPECT_EQ(array.allocated(), 100u) << count;
+            if (!moved || count < 100) {
+                EXPECT_EQ(array.data(), storage) << count;
+            }
+        }
+    }
+}
+
+TYPED_TEST(ArrayGrowth, Assignment_GrowsToTheCount) {
+    for (const unsigned int count : {3u, 6u, 100u}) {
+        Array<TypeParam> array;
+        array.reserve(2, true);
+        Array<TypeParam> other;
+        other.setCount(count);
+        array = other;
+        EXPECT_EQ(array.size(), count);
+        EXPECT_EQ(array.allocated(), count);
+    }
+}
+
 TYPED_TEST(ArrayGrowth, SlotsBehindTheCount_ReadAsValueInitialised) {
     Array<TypeParam> array;
     for (const unsigned int slots : {5u, 10u, 33u}) {
@@ -214,6 +253,36 @@ struct Fragile {
     static inline int s_alive = 0;
     static inline int s_copiesLeft = 0;
 };
+
+TEST(ArrayGrowthFailure, InTheMiddleOfAnAssignmentLeavesTheArrayAsItWas) {
+    for (int copies = 0; copies < 3; ++copies) {
+        {
+            Fragile::s_copiesLeft = 1000;
+            Array<Fragile> array;
+            array.setCount(4);
+            array[3].value = 4;
+            Array<Fragile> other;
+            other.setCount(3);
+            other[2].value = 30;
+            const Fragile* const storage = array.data();
+            Fragile::s_copiesLeft = copies;
+            expectThrows<MemoryException>([&] { array = other; },
+                                          {L"No more memory is available: 1 objects of size 2 requested"});
+            EXPECT_EQ(array.data(), storage);
+            EXPECT_EQ(array.allocated(), 5u);
+            ASSERT_EQ(array.size(), 4u);
+            EXPECT_EQ(array[3].value, 4);
+            EXPECT_EQ(array[2].value, 0);
+            Fragile::s_copiesLeft = 3;
+            array = other;
+            EXPECT_EQ(array.allocated(), 5u);
+            ASSERT_EQ(array.size(), 3u);
+            EXPECT_EQ(array[2].value, 30);
+            Fragile::s_copiesLeft = 1000;
+        }
+        EXPECT_EQ(Fragile::s_alive, 0);
+    }
+}
 
 TEST(ArrayGrowthFailure, InTheMiddleOfTheElementsLeavesTheArrayAsItWas) {
     for (int copies = 0; copies < 4; ++copies) {

@@ -300,6 +300,35 @@ TEST(Array, Assign_ReplacesByACopy) {
     EXPECT_EQ(elementsOf(array), elementsOf(original));
 }
 
+TEST(Array, Assign_WithinTheStorageLeavesNoOldElement) {
+    for (const bool moved : {false, true}) {
+        Array<int> numbers = arrayOf({1, 2, 3, 4});
+        Array<int> twoNumbers = arrayOf({8, 9});
+        twoNumbers.reserve(2, true);
+        Array<WideString> strings;
+        strings.reserve(8, true);
+        strings.append(L"a");
+        strings.append(L"b");
+        strings.append(L"c");
+        Array<WideString> twoStrings = arrayOf<WideString>({L"x", L"y"});
+        if (moved) {
+            numbers = std::move(twoNumbers);
+            strings = std::move(twoStrings);
+        } else {
+            numbers = twoNumbers;
+            strings = twoStrings;
+        }
+        EXPECT_EQ(elementsOf(numbers), (std::vector<int>{8, 9}));
+        EXPECT_EQ(elementsOf(strings), (std::vector<WideString>{L"x", L"y"}));
+        numbers.setCount(5);
+        EXPECT_EQ(elementsOf(numbers), (std::vector<int>{8, 9, 0, 0, 0}));
+        EXPECT_EQ(strings.allocated(), 8u);
+        for (unsigned int slot = 2; slot < strings.allocated(); ++slot) {
+            EXPECT_EQ(strings.data()[slot].c_str(), nullptr) << slot;
+        }
+    }
+}
+
 TEST(Array, Move_TakesTheStorageOver) {
     Array<int> original = arrayOf({1, 2, 3});
     const int* const storage = original.data();

@@ -9,8 +9,12 @@
 /// another compiler's caller sees the same bytes. Every slot behind the count holds a value-initialised element (zero,
 /// or an empty string), so that growing the count never shows garbage.
 ///
-/// Elements that are not plain values (strings) need a default state and a copy assignment; growth gives each its own
-/// deep copy in the new storage. Their destructors must not throw. An array belongs to one thread at a time.
+/// Elements that are not plain values (strings) need a default state that cannot fail, and a copy assignment; growth
+/// gives each its own deep copy in the new storage. Storage never shrinks. An array belongs to one thread at a time.
+///
+/// Elements may be arrays, exceptions, and other types whose destructor may throw. An operation that gives elements up
+/// releases all of them, also after the destructor of one has failed. The first failure leaves the operation once its
+/// work is done; later ones are recorded in the log as "Array::~Array: … suppressed", and swallowed.
 #pragma once
 
 #include <algorithm>
@@ -34,34 +38,51 @@ public:
 
     /// A deep copy with storage of its own, as large as the count; an empty array has none.
     /// \throws MemoryException when the storage or an element's copy cannot be had.
-    Array(const Array& other) : Array() {
-        if (other.m_count != 0) {
-            fill(other.m_count, other.m_items, other.m_count);
-        }
-    }
+    Array(const Array& other) : Array() { fill(other.m_count, other.m_items, other.m_count); }
 
     /// Takes over the storage; `other` is left empty.
     Array(Array&& other) noexcept { swap(other); }
 
     /// Releases the elements and the storage under the rules of a destructor that may throw.
+    /// \throws the first failure of an element's destructor, with the record "Array::~Array: Vorel exception rethrown",
+    ///         or Exception "Array::~Array: Severe error thrown" for one that is not an Exception.
     ~Array() noexcept(false) {
         detail::guardedDestructor(L"Array", [this] { release(); });
     }
 
-    /// Replaces the elements by deep copies, with the strong guarantee.
+    /// Replaces the elements by deep copies. The storage is kept when it is large enough, and otherwise grows to the
+    /// count of `other`.
     /// \throws MemoryException and leaves the array as it was.
     Array& operator=(const Array& other) {
-        if (this != &other) {
-            Array copy(other);
+        if (this == &other) {
+            return *this;
+        }
+        if (other.m_count > m_allocated || !std::is_nothrow_move_assignable_v<T>) {
+            // Elements that may fail to be moved stay where they are copied to.
+            Array copy;
+            copy.fill(std::max(other.m_count, m_allocated), other.m_items, other.m_count);
             swap(copy);
+        } else if constexpr (std::is_trivially_copyable_v<T>) {
+            std::copy_n(other.m_items, other.m_count, m_items);
+            setCountWithin(other.m_count);
+        } else {
+            Array copy(other);
+            moveElementsFrom(copy);
         }
         return *this;
     }
 
-    /// Takes over the storage; `other` is left empty.
-    Array& operator=(Array&& other) noexcept {
+    /// Takes over the elements: with their storage, unless that has fewer slots than the array has. `other` is left
+    /// empty, without storage.
+    /// \throws the first failure of an element's destructor.
+    // NOLINTNEXTLINE(bugprone-exception-escape,performance-noexcept-move-constructor): it throws what elements throw
+    Array& operator=(Array&& other) noexcept(kMovesCannotFail) {
         Array taken(std::move(other));
-        swap(taken);
+        if (taken.m_allocated < m_allocated) {
+            moveElementsFrom(taken);
+        } else {
+            swap(taken);
+        }
         return *this;
     }
 
@@ -98,19 +119,20 @@ public:
     /// \throws InvalidIndexException when there is none.
     T removeLast() {
         T last = std::move(m_items[checked(m_count - 1)]);
-        --m_count;
-        reset(m_items[m_count]);
+        setCountWithin(m_count - 1);
         return last;
     }
 
     /// Sets the number of elements: new ones are value-initialised, slots given up are reset.
     /// \throws MemoryException and leaves the array as it was.
     void setCount(unsigned int count) {
-        reserve(count);
-        for (unsigned int slot = count; slot < m_count; ++slot) {
-            reset(m_items[slot]);
+        if (count > m_allocated) {
+            Array grown = grownTo(count, false);
+            grown.m_count = count;
+            swap(grown);
+        } else {
+            setCountWithin(count);
         }
-        m_count = count;
     }
 
     /// No elements; the storage is kept.
@@ -138,6 +160,11 @@ public:
 private:
     static constexpr unsigned int kFirstSlots = 5;
     static constexpr unsigned int kMostSlots = 0xFFFFFFFFu;
+
+    // The second trait is not asked for where the first is false: an element that contains an array of its own type
+    // would ask for itself.
+    static constexpr bool kMovesCannotFail =
+        std::conjunction_v<std::is_nothrow_destructible<T>, std::is_nothrow_move_assignable<T>>;
 
     template <class Item>
     void appendOne(Item&& item) {
@@ -184,6 +211,9 @@ private:
     /// Gives an array that has no storage yet `slots` slots, the first of them copies of `items`, the others
     /// value-initialised. What was copied is released with the array when a later copy fails.
     void fill(unsigned int slots, const T* items, unsigned int count) {
+        if (slots == 0) {
+            return;
+        }
         m_items = static_cast<T*>(std::malloc(std::size_t{slots} * sizeof(T)));
         if (!m_items) {
             detail::throwMemory(slots, sizeof(T));
@@ -193,19 +223,65 @@ private:
             std::uninitialized_value_construct_n(m_items + count, slots - count);
             m_allocated = slots;
         } else {
-            static_assert(std::is_nothrow_default_constructible_v<T> && std::is_nothrow_destructible_v<T>);
-            std::uninitialized_value_construct_n(m_items, slots);
+            // The standard library's trait would ask for a destructor that cannot fail as well.
+            static_assert(noexcept(::new (std::declval<void*>()) T()), "an element's default state must not fail");
+            for (unsigned int slot = 0; slot < slots; ++slot) {
+                std::construct_at(m_items + slot);
+            }
             m_allocated = slots;
             std::copy_n(items, count, m_items);
         }
         m_count = count;
     }
 
-    static void reset(T& slot) { slot = T(); }
+    /// Replaces the elements by those of `other`, for which there is storage.
+    void moveElementsFrom(Array& other) {
+        m_count = std::max(m_count, other.m_count);
+        std::move(other.begin(), other.end(), m_items);
+        setCountWithin(other.m_count);
+    }
+
+    /// Sets a count that the storage has slots for: those given up become value-initialised again.
+    void setCountWithin(unsigned int count) {
+        const unsigned int end = std::exchange(m_count, count);
+        releaseEach(count, end, [](T* item) {
+            const Renewed renewed{item};
+            std::destroy_at(item);
+        });
+    }
+
+    /// Value-initialises a slot at the end of a block, also after the destructor of its element has failed.
+    struct Renewed {
+        ~Renewed() { std::construct_at(slot); }
+
+        T* slot;
+    };
 
     void release() {
-        std::destroy_n(m_items, m_allocated);
-        std::free(m_items);
+        struct Storage {
+            ~Storage() { std::free(items); }
+
+            T* items;
+        } const storage{m_items};
+        releaseEach(0, m_allocated, [](T* item) { std::destroy_at(item); });
+    }
+
+    /// Calls `release` for each slot from `slot` to before `end`, also after one has failed.
+    template <class Release>
+    void releaseEach(unsigned int slot, unsigned int end, Release release) {
+        if constexpr (std::is_nothrow_destructible_v<T>) {
+            for (; slot < end; ++slot) {
+                release(m_items + slot);
+            }
+        } else {
+            detail::releaseAll(L"Array", [&] {
+                if (slot >= end) {
+                    return false;
+                }
+                release(m_items + slot++);
+                return true;
+            });
+        }
     }
 
     void swap(Array& other) noexcept {
