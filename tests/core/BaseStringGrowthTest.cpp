@@ -67,6 +67,15 @@ TYPED_TEST(BaseStringGrowth, Capacity_AtEachPowerOfTwo) {
     }
 }
 
+TYPED_TEST(BaseStringGrowth, WithACountAlone_KeepsTheTextAndItsLength) {
+    BaseString<TypeParam> string(test::text<TypeParam>("text").c_str());
+    const TypeParam* const buffer = string.reserve(20);
+    EXPECT_EQ(buffer, string.data());
+    EXPECT_EQ(string.capacity(), 32u);
+    EXPECT_EQ(test::fieldsOf(string).length, 4u);
+    EXPECT_TRUE(string == test::text<TypeParam>("text").c_str());
+}
+
 TYPED_TEST(BaseStringGrowth, NeverShrinks) {
     BaseString<TypeParam> string;
     string.reserve(1000, true);

@@ -116,7 +116,7 @@ public:
     /// holds nothing yet and the length is not known.
     /// \throws MemoryException(capacity, unit size) and leaves the string as it was when the buffer cannot be had or
     ///         its size cannot be expressed.
-    VOREL_API T* reserve(unsigned int count, bool discard);
+    VOREL_API T* reserve(unsigned int count, bool discard = false);
 
     /// Replaces the content by the printf-style rendering of `fmt` and returns the string itself; a null `fmt` also
     /// gives the buffer back. In a wide format `%s` takes wide text, as the runtime's print functions do by default;
