@@ -1,4 +1,5 @@
-// Not a part of any program: the compiler has to warn of every line that says so, and of no other.
+// Not a part of any program: with VOREL_CHECK_FORMATS the compiler has to warn of every line that says so, and of no
+// other.
 
 #include <vorel/vorelCore.h>
 
@@ -7,8 +8,10 @@ VOREL_DEPRECATED("use newName") void oldName();
 void use(vorel::Exception& e, vorel::BaseString<char>& text, const wchar_t* wide, int number);
 void use(vorel::Exception& e, vorel::BaseString<char>& text, const wchar_t* wide, int number) {
     vorel::Exception::warn("%d of %s: %ls, %zu, %lld", number, "narrow", wide, sizeof number, 1LL);
-    vorel::Exception::warn("%s", number);  // warns: -Wformat=
-    vorel::Exception::swigwarn("%d");      // warns: -Wformat=
+    vorel::Exception::warn("%s", number);   // warns: -Wformat=
+    vorel::Exception::warn("%hs", "text");  // warns: -Wformat=
+    vorel::Exception::warn("%I64d", 1LL);   // warns: -Wformat=
+    vorel::Exception::swigwarn("%d");       // warns: -Wformat=
     vorel::Exception::debug("target", "%d", number);
     vorel::Exception::debug("target", "%s", number);  // warns: -Wformat=
     vorel::Exception::log(nullptr, 0, "prefix", "%d", number);
