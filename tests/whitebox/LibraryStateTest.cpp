@@ -27,9 +27,9 @@ TEST(LibraryState, IsCreatedInItsOrder) {
     LibraryState& state = *libraryState();
     const auto place = [](const auto& member) { return static_cast<const void*>(std::addressof(member)); };
     const std::vector<const void*> places = {
-        place(state.spyLock),         place(state.narrowDebugTargets),  place(state.wideDebugTargets),
-        place(state.silencedThreads), place(state.silencedThreadsLock), place(state.LogSettingsLock),
-        place(state.codePageNames),   place(state.codeMapLock),
+        place(state.spyLock),          place(state.base64Tables),    place(state.narrowDebugTargets),
+        place(state.wideDebugTargets), place(state.silencedThreads), place(state.silencedThreadsLock),
+        place(state.LogSettingsLock),  place(state.codePageNames),   place(state.codeMapLock),
     };
     EXPECT_THAT(places, ::testing::WhenSortedBy(std::less<>(), ::testing::ElementsAreArray(places)));
 }
