@@ -49,6 +49,8 @@ TEST(ToolTest, Run_TellsWhatIsThrownAndReturnsItsExitCode) {
         {"a result", [] { return 7; }, 7, ""},
         {"a failure", []() -> int { throw tools::Failure(L"a.txt: l\u00E4uft nicht"); }, tools::kFailed,
          "tool: a.txt: l\xC3\xA4uft nicht\n"},
+        {"a failure of two lines that quotes input", []() -> int { throw tools::Failure(L"\x1B[2J\u202E\u009B\nb"); },
+         tools::kFailed, "tool: \\x1B[2J\\xE2\\x80\\xAE\\xC2\\x9B\nb\n"},
         {"wrong use", []() -> int { throw tools::WrongUse(L"no command"); }, tools::kWrongUse,
          "tool: no command\nTry \"tool --help\".\n"},
         {"wrong use of a command", []() -> int { throw tools::WrongUse(L"no file", L"tool copy"); }, tools::kWrongUse,

@@ -66,8 +66,9 @@ TEST(SummaryTest, Json) {
                                           "\n"
                                           R"({"type":"step","from":"2026-11-16T01:43:10","seconds":5,"records":0})"
                                           "\n"));
-    EXPECT_EQ(Summary().json(), R"({"type":"summary","entries":0,"records":0,"cut":0,"noHeader":0,"badUtf8":0})"
-                                "\n");
+    EXPECT_EQ(Summary().json(),
+              R"({"type":"summary","entries":0,"records":0,"cut":0,"noHeader":0,"badUtf8":0})"
+              "\n");
 }
 
 TEST(SummaryTest, MoreRowsThanAnybodyReadsAreCountedTogether) {
@@ -80,6 +81,12 @@ TEST(SummaryTest, MoreRowsThanAnybodyReadsAreCountedTogether) {
     EXPECT_THAT(summary.json(), HasSubstr(R"x({"type":"count","process":"(others)","prefix":"","records":50,)x"));
     EXPECT_THAT(summary.json(),
                 HasSubstr(R"("process":"host7.1","prefix":"WARN","records":)" + std::to_string(processes + 1)));
+}
+
+TEST(SummaryTest, AHostThatATerminalMightInterpretIsEscaped) {
+    const Summary summary = summaryOf({"[Mon Nov 16 01:43:08 2026] \x1B\xC2\x9B.1.2: WARN: a"});
+    EXPECT_THAT(summary.text(), HasSubstr("\n\\x1B\\xC2\\x9B.1  WARN"));
+    EXPECT_THAT(summary.json(), HasSubstr(R"("process":"\u001b\u009b.1")"));
 }
 
 TEST(SummaryTest, ALongPrefixIsShortened) {

@@ -30,11 +30,7 @@ std::size_t endOfPiece(std::string_view text, std::size_t from) noexcept {
 
 /// The surrogate pair of a sequence of four bytes.
 std::wstring decodedPair(std::string_view sequence) {
-    std::uint32_t codePoint = static_cast<unsigned char>(sequence[0]) & 0x07U;
-    for (std::size_t index = 1; index < 4; ++index) {
-        codePoint = codePoint << 6 | (static_cast<unsigned char>(sequence[index]) & 0x3FU);
-    }
-    const std::uint32_t offset = codePoint - 0x10000;
+    const std::uint32_t offset = utf8CodePoint(sequence) - 0x10000;
     return {static_cast<wchar_t>(0xD800 + (offset >> 10)), static_cast<wchar_t>(0xDC00 + (offset & 0x3FF))};
 }
 
@@ -79,7 +75,7 @@ std::optional<std::wstring> fromUtf8(std::string_view text) {
             result += L'\0';
             start = end + 1;
         } else {
-            result += decodedPair(text.substr(end));
+            result += decodedPair(text.substr(end, 4));
             start = end + 4;
         }
     }

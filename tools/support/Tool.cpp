@@ -6,6 +6,7 @@
 
 #include "support/Console.h"
 #include "support/Text.h"
+#include "support/Visible.h"
 #include "vorel/exceptions/Exception.h"
 #include "vorel/system/ErrorText.h"
 
@@ -13,32 +14,36 @@ namespace tools {
 
 namespace {
 
-void tell(std::wstring_view program, std::wstring_view text) {
-    writeError(std::wstring(program) + L": " + std::wstring(text) + L"\n");
-}
-
 int runAndTell(std::wstring_view program, const std::function<int()>& body) {
     try {
         return body();
     } catch (const WrongUse& e) {
         const std::wstring command = e.command().empty() ? std::wstring(program) : e.command();
-        tell(program, e.text() + L"\nTry \"" + command + L" --help\".");
+        report(program, e.text() + L"\nTry \"" + command + L" --help\".");
         return kWrongUse;
     } catch (const Failure& e) {
-        tell(program, e.text());
+        report(program, e.text());
     } catch (const OutputClosed&) {
         return kFailed;
     } catch (const vorel::Exception& e) {
-        tell(program, e.what() ? e.what() : L"the library failed without a word");
+        report(program, e.what() ? e.what() : L"the library failed without a word");
     } catch (const std::bad_alloc&) {
-        tell(program, L"not enough memory");
+        report(program, L"not enough memory");
     } catch (const std::exception& e) {
-        tell(program, fromUtf8(e.what()).value_or(L"unknown failure"));
+        report(program, fromUtf8(e.what()).value_or(L"unknown failure"));
     }
     return kFailed;
 }
 
 }  // namespace
+
+void report(std::wstring_view program, std::wstring_view text) noexcept {
+    try {
+        writeError(std::wstring(program) + L": " + visibleLines(text) + L"\n");
+    } catch (...) {  // not enough memory for the text
+        writeError(L"not enough memory\n");
+    }
+}
 
 Failure systemFailure(std::wstring_view name, std::wstring_view what) {
     return systemFailure(name, what, GetLastError());

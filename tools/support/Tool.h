@@ -58,6 +58,10 @@ Failure systemFailure(std::wstring_view name, std::wstring_view what, unsigned l
 /// What --version shows: "vorelconv 0.1.0", and the end of the line.
 std::wstring versionText(std::wstring_view program);
 
+/// Writes "program: text" on the error stream. The text may have several lines; what else a terminal might interpret in
+/// it is escaped, because it may quote names and input.
+void report(std::wstring_view program, std::wstring_view text) noexcept;
+
 /// Runs `body` and returns its exit code. What it throws is told on the error stream, in one line that begins with
 /// `program`, and becomes `kWrongUse` for WrongUse and `kFailed` for everything else. The library's error log is
 /// switched off: a tool tells its own user, and leaves the log to the programs that write it.

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <string_view>
 
 namespace tools {
@@ -64,6 +65,16 @@ constexpr Utf8Sequence utf8SequenceAt(std::string_view text) noexcept {
 constexpr std::size_t utf8SequenceSize(std::string_view text) noexcept {
     const Utf8Sequence sequence = utf8SequenceAt(text);
     return sequence.isWhole() ? sequence.size : 0;
+}
+
+/// The code point of a well-formed sequence, which is all of `sequence`.
+constexpr std::uint32_t utf8CodePoint(std::string_view sequence) noexcept {
+    constexpr std::uint32_t kLeadBits[] = {0x7F, 0x1F, 0x0F, 0x07};
+    std::uint32_t codePoint = static_cast<unsigned char>(sequence[0]) & kLeadBits[sequence.size() - 1];
+    for (const char c : sequence.substr(1)) {
+        codePoint = codePoint << 6 | (static_cast<unsigned char>(c) & 0x3FU);
+    }
+    return codePoint;
 }
 
 }  // namespace tools

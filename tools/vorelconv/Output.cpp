@@ -6,6 +6,7 @@
 
 #include "support/Console.h"
 #include "support/Tool.h"
+#include "support/Visible.h"
 
 namespace conv {
 
@@ -122,7 +123,7 @@ Output::~Output() {
     if (!m_closed) {
         const std::wstring left = abandon();
         if (!left.empty()) {
-            tools::writeError(left.substr(1) + L"\n");
+            tools::writeError(tools::visibleLines(left.substr(1)) + L"\n");
         }
     }
 }

@@ -1,8 +1,10 @@
 #include "vorellog/Json.h"
 
+#include <cstdint>
 #include <cstdio>
 
 #include "support/Utf8.h"
+#include "support/Visible.h"
 
 namespace vorellog {
 
@@ -10,8 +12,9 @@ namespace {
 
 constexpr std::string_view kReplacement = "\xEF\xBF\xBD";  // U+FFFD
 
-void appendEscape(std::string& out, char c) {
-    switch (c) {
+/// Every code point that has to be escaped has at most 16 bits.
+void appendEscape(std::string& out, std::uint32_t codePoint) {
+    switch (codePoint) {
     case '"': out += "\\\""; return;
     case '\\': out += "\\\\"; return;
     case '\n': out += "\\n"; return;
@@ -20,12 +23,12 @@ void appendEscape(std::string& out, char c) {
     default: break;
     }
     char text[8];
-    out.append(text, static_cast<std::size_t>(std::snprintf(text, sizeof text, "\\u%04x", static_cast<unsigned>(c))));
+    const int size = std::snprintf(text, sizeof text, "\\u%04x", static_cast<unsigned int>(codePoint));
+    out.append(text, static_cast<std::size_t>(size));
 }
 
-bool needsEscape(char c) noexcept {
-    const auto byte = static_cast<unsigned char>(c);
-    return byte < ' ' || byte == 0x7F || c == '"' || c == '\\';
+bool isEscaped(std::uint32_t codePoint) noexcept {
+    return codePoint == '"' || codePoint == '\\' || tools::needsEscape(codePoint);
 }
 
 }  // namespace
@@ -34,7 +37,8 @@ void appendJson(std::string& out, std::string_view text) {
     out += '"';
     while (!text.empty()) {
         std::size_t plain = 0;
-        while (plain != text.size() && !needsEscape(text[plain]) && static_cast<unsigned char>(text[plain]) < 0x80) {
+        while (plain != text.size() && static_cast<unsigned char>(text[plain]) < 0x80 &&
+               !isEscaped(static_cast<unsigned char>(text[plain]))) {
             ++plain;
         }
         out.append(text.substr(0, plain));
@@ -45,8 +49,8 @@ void appendJson(std::string& out, std::string_view text) {
         const std::size_t size = tools::utf8SequenceSize(text);
         if (size == 0) {
             out += kReplacement;
-        } else if (size == 1) {
-            appendEscape(out, text.front());
+        } else if (const std::uint32_t codePoint = tools::utf8CodePoint(text.substr(0, size)); isEscaped(codePoint)) {
+            appendEscape(out, codePoint);
         } else {
             out.append(text.substr(0, size));
         }

@@ -7,7 +7,8 @@
 
 namespace vorellog {
 
-/// Appends `text` as a JSON string, with U+FFFD for each byte that is no UTF-8.
+/// Appends `text` as a JSON string, with U+FFFD for each byte that is not UTF-8. What a terminal might interpret
+/// (tools::needsEscape) is escaped; a JSON reader gets the same text.
 void appendJson(std::string& out, std::string_view text);
 
 /// An object that is appended to a text member by member, from its beginning to the end of this one's life. Names have

@@ -31,7 +31,7 @@ public:
 ///         | the second one
 ///     (cut) [Mon Nov 16 01:43:0
 ///
-/// Control characters, and bytes that are no UTF-8, are shown as "\x1B".
+/// Characters that a terminal might interpret, and bytes that are not UTF-8, are shown as "\x1B".
 class TextPrinter : public Printer {
 public:
     explicit TextPrinter(bool withColours) noexcept : m_withColours(withColours) {}

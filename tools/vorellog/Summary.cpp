@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <vector>
 
+#include "support/Visible.h"
 #include "vorellog/Json.h"
-#include "vorellog/Utf8.h"
 
 namespace vorellog {
 
@@ -31,12 +31,16 @@ std::string rightAligned(const std::string& text, std::size_t width) {
     return std::string(width - std::min(width, text.size()), ' ') + text;
 }
 
+std::string visible(std::string_view text) {
+    std::string shown;
+    tools::appendVisible(shown, text);
+    return shown;
+}
+
 /// A prefix is what a program chose, or what a message without one begins with: only its start is kept.
 std::string keyOf(std::string_view prefix) {
     constexpr std::size_t kMostBytes = 48;
-    std::string key;
-    appendVisible(key, prefix.substr(0, kMostBytes));
-    return key + (prefix.size() > kMostBytes ? "..." : "");
+    return visible(prefix.substr(0, kMostBytes)) + (prefix.size() > kMostBytes ? "..." : "");
 }
 
 std::string counted(unsigned long long count, std::string_view noun) {
@@ -123,7 +127,7 @@ std::string Summary::table() const {
     std::string_view heads[] = {"Process", "Prefix"};
     std::size_t widths[] = {heads[0].size(), heads[1].size()};
     for (const auto& [key, row] : m_rows) {
-        widths[0] = std::max(widths[0], widthOf(key.first));
+        widths[0] = std::max(widths[0], widthOf(visible(key.first)));
         widths[1] = std::max(widths[1], widthOf(key.second));
     }
     constexpr std::size_t kTimeWidth = 19;
@@ -132,7 +136,7 @@ std::string Summary::table() const {
                       rightAligned("Records", kCountWidth).append(kGap) + padded("First", kTimeWidth).append(kGap) +
                       "Last\n";
     for (const auto& [key, row] : m_rows) {
-        out += padded(key.first, widths[0]).append(kGap) + padded(key.second, widths[1]) +
+        out += padded(visible(key.first), widths[0]).append(kGap) + padded(key.second, widths[1]) +
                rightAligned(std::to_string(row.records), kCountWidth).append(kGap) +
                timeText(row.firstMs).append(kGap) + timeText(row.lastMs) + '\n';
     }

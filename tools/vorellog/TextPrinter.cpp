@@ -1,9 +1,11 @@
+#include "support/Visible.h"
 #include "vorellog/Printer.h"
-#include "vorellog/Utf8.h"
 
 namespace vorellog {
 
 namespace {
+
+using tools::appendVisible;
 
 constexpr std::string_view kReset = "\x1B[0m";
 constexpr std::string_view kDim = "\x1B[90m";

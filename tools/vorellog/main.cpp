@@ -31,7 +31,7 @@ enum ExitCode : int {
 constexpr wchar_t kProgram[] = L"vorellog";
 
 void tell(const std::wstring& text) {
-    tools::writeError(std::wstring(kProgram) + L": " + text + L"\n");
+    tools::report(kProgram, text);
 }
 
 /// Set by Ctrl+C.
