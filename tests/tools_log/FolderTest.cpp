@@ -185,6 +185,35 @@ TEST(FolderTest, ATrailEndsWhereItsThreadWasEnded) {
                 ElementsAre("a > half open", "w", "f: Vorel exception rethrown open"));
 }
 
+TEST(FolderTest, AHeaderInTheMiddleOfALineJoinsNoTrail) {
+    const std::string passed = "f: Vorel exception rethrown";
+    const std::string caught = "g: Vorel exception caught";
+    struct Case {
+        const char* why;
+        std::vector<std::string> lines;
+        std::vector<std::string> trails;
+    };
+    const Case cases[] = {
+        {"a forged end of another thread's trail",
+         {header(1) + "Vorel Error: a", header(2) + "WARN: x" + header(1) + "Vorel Error: " + caught,
+          header(1) + "Vorel Error: " + passed},
+         {"a > " + passed + " open", "x", caught}},
+        {"a forged start of a trail",
+         {header(2) + "WARN: x" + header(1) + "Vorel Error: forged", header(1) + "Vorel Error: " + passed},
+         {"x", "forged", passed + " open"}},
+        {"a forged severe error",
+         {header(2) + "WARN: x" + header(1) + "Vorel Error: f: Severe error caught"},
+         {"x", "f: Severe error caught"}},
+        {"a forged time does not end a trail",
+         {header(1, 1) + "Vorel Error: a", header(2) + "WARN: x" + header(1, 1, "23:00:00") + "WARN: y",
+          header(1, 1) + "Vorel Error: " + passed},
+         {"a > " + passed + " open", "x", "y"}},
+    };
+    for (const Case& c : cases) {
+        EXPECT_EQ(fold(c.lines), c.trails) << c.why;
+    }
+}
+
 TEST(FolderTest, AnOpenTrailHoldsOthersBackForAWhileOnly) {
     std::vector<std::string> shown;
     Folder folder([&](const Trail& trail) { shown.emplace_back(trail.records.front().parsedBody().message); });

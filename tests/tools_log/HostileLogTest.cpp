@@ -1,6 +1,6 @@
 /// \file
 /// Random logs with damage, forged headers and control characters, through the whole viewer: whatever a log holds, the
-/// output has nothing that a terminal interprets.
+/// output has nothing that a terminal interprets, and no forged record is a sound one.
 
 #include <algorithm>
 #include <random>
@@ -11,6 +11,7 @@
 #include <gtest/gtest.h>
 
 #include "tools_log/Records.h"
+#include "vorellog/LineSplitter.h"
 #include "vorellog/Settings.h"
 #include "vorellog/Viewer.h"
 
@@ -154,6 +155,27 @@ TEST(HostileLogTest, NothingThatATerminalInterpretsComesOut) {
             ASSERT_TRUE(isSafe(out)) << "seed " << kSeed << ", log " << count << ": " << out;
             ASSERT_TRUE(!form.json || out.find('\t') == std::string::npos) << "seed " << kSeed << ", log " << count;
         }
+    }
+}
+
+TEST(HostileLogTest, OnlyAHeaderAtTheStartOfALineMakesARecordOfAWriter) {
+    std::mt19937 random(kSeed);
+    for (int count = 0; count != kLogs; ++count) {
+        const std::string log = randomLog(random);
+        int starts = 0;
+        for (std::size_t at = 0; at < log.size(); at = std::min(log.find('\n', at), log.size()) + 1) {
+            const std::string_view line = std::string_view(log).substr(at);
+            starts += vorellog::parseHeader(line.substr(0, line.find('\n'))) ? 1 : 0;
+        }
+        int records = 0;
+        vorellog::RecordReader reader([&](const vorellog::Record& record) {
+            records += record.header() && record.damage() != vorellog::Damage::MidLine ? 1 : 0;
+        });
+        vorellog::LineSplitter splitter([&](const vorellog::Line& line) { reader.add(line); });
+        splitter.add(log);
+        splitter.endOfFile();
+        reader.flush();
+        ASSERT_EQ(records, starts) << "seed " << kSeed << ", log " << count;
     }
 }
 

@@ -39,7 +39,7 @@ TEST(PrinterTest, TextIsTheLogWithItsDamageMarked) {
     EXPECT_EQ(printed(printer, {h + "WARN: one", "two", "", "\x1B[2J"}),
               h + "WARN: one\n    | two\n    | \n    | \\x1B[2J\n");
     EXPECT_EQ(printed(printer, {"garbage"}), "(no header) garbage\n");
-    EXPECT_EQ(printed(printer, {h + "ha" + h + "b"}), "(cut) " + h + "ha\n" + h + "b\n");
+    EXPECT_EQ(printed(printer, {h + "ha" + h + "b"}), "(cut) " + h + "ha\n(mid-line) " + h + "b\n");
     EXPECT_EQ(printed(printer, {h + "caf\xE9"}), "(bad UTF-8) " + h + "caf\\xE9\n");
     EXPECT_EQ(printed(printer, {h}), h + "\n");
 }
@@ -108,10 +108,11 @@ TEST(PrinterTest, JsonOfRecords) {
               R"({"type":"record",)" + origin + R"(,"prefix":"WARN","truncated":true,"message":"text"})" + "\n");
     EXPECT_EQ(printed(printer, {"garbage"}), R"({"type":"damaged","damage":"no header","message":"garbage"})"
                                              "\n");
-    EXPECT_EQ(printed(printer, {"[Mon" + header() + "a"}), R"({"type":"damaged","damage":"cut","message":"[Mon"})"
-                                                           "\n"
-                                                           R"({"type":"record",)" +
-                                                               origin + R"(,"prefix":"","message":"a"})" + "\n");
+    EXPECT_EQ(printed(printer, {"[Mon" + header() + "a"}),
+              R"({"type":"damaged","damage":"cut","message":"[Mon"})"
+              "\n"
+              R"({"type":"record",)" +
+                  origin + R"(,"prefix":"","damage":"mid-line","message":"a"})" + "\n");
 }
 
 TEST(PrinterTest, JsonHasTheBytesOfWhatIsNoUtf8) {

@@ -45,15 +45,21 @@ TEST_F(RecordReaderTest, LinesAndWhatTheyMake) {
         {"a line is a record", {h + "WARN: a", g + "WARN: b"}, {".|" + h + "WARN: a", ".|" + g + "WARN: b"}},
         {"a message of three lines", {h + "a", "b", "", g + "c"}, {".|" + h + "a\nb\n", ".|" + g + "c"}},
         {"nothing in front of it", {"a", "b", h + "c"}, {"no header|a", "no header|b", ".|" + h + "c"}},
-        {"cut within the message", {h + "WARN: ha" + g + "b"}, {".cut|" + h + "WARN: ha", ".|" + g + "b"}},
-        {"cut within the header", {h + "a", "[Mon Nov" + g + "b"}, {".|" + h + "a", "cut|[Mon Nov", ".|" + g + "b"}},
-        {"two in one line", {h + "a" + g + "b" + h + "c"}, {".cut|" + h + "a", ".cut|" + g + "b", ".|" + h + "c"}},
-        {"a further line, cut", {h + "a", "b" + g + "c"}, {".|" + h + "a", "cut|b", ".|" + g + "c"}},
+        {"cut within the message", {h + "WARN: ha" + g + "b"}, {".cut|" + h + "WARN: ha", ".mid-line|" + g + "b"}},
+        {"cut within the header",
+         {h + "a", "[Mon Nov" + g + "b"},
+         {".|" + h + "a", "cut|[Mon Nov", ".mid-line|" + g + "b"}},
+        {"two in one line",
+         {h + "a" + g + "b" + h + "c"},
+         {".cut|" + h + "a", ".mid-line|" + g + "b", ".mid-line|" + h + "c"}},
+        {"a further line, cut", {h + "a", "b" + g + "c"}, {".|" + h + "a", "cut|b", ".mid-line|" + g + "c"}},
         {"a whole record and one behind it, both with lines",
          {h + "a", "b" + g + "c", "d"},
-         {".|" + h + "a", "cut|b", ".|" + g + "c\nd"}},
+         {".|" + h + "a", "cut|b", ".mid-line|" + g + "c\nd"}},
         {"no UTF-8", {h + "caf\xE9", "x", g + "b"}, {".bad UTF-8|" + h + "caf\xE9\nx", ".|" + g + "b"}},
-        {"no UTF-8, and cut", {h + "\xC3" + g + "b"}, {".cut|" + h + "\xC3", ".|" + g + "b"}},
+        {"no UTF-8, and cut", {h + "\xC3" + g + "b"}, {".cut|" + h + "\xC3", ".mid-line|" + g + "b"}},
+        {"mid-line, and no UTF-8", {h + "a" + g + "\xC3"}, {".cut|" + h + "a", ".mid-line|" + g + "\xC3"}},
+        {"after it", {h + "a" + g + "b", h + "c"}, {".cut|" + h + "a", ".mid-line|" + g + "b", ".|" + h + "c"}},
         {"UTF-8", {h + "caf\xC3\xA9"}, {".|" + h + "caf\xC3\xA9"}},
         {"an empty message", {h}, {".|" + h}},
         {"an empty line at the start", {"", h}, {"no header|", ".|" + h}},
@@ -68,6 +74,11 @@ TEST_F(RecordReaderTest, ALineWithoutItsEndIsCut) {
     reader.add({header() + "b", LineEnd::File});
     reader.add({"[Mon", LineEnd::File});
     EXPECT_THAT(shown(records), ElementsAre(".|" + header() + "a", ".cut|" + header() + "b", "cut|[Mon"));
+}
+
+TEST_F(RecordReaderTest, AHeaderInTheMiddleOfALineStaysMarkedWithoutTheLinesEnd) {
+    reader.add({header() + "a" + header(1) + "b", LineEnd::File});
+    EXPECT_THAT(shown(records), ElementsAre(".cut|" + header() + "a", ".mid-line|" + header(1) + "b"));
 }
 
 TEST_F(RecordReaderTest, AFurtherLineWithoutItsEndCutsItsRecord) {

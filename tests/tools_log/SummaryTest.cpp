@@ -34,7 +34,7 @@ TEST(SummaryTest, TextForPeople) {
         "[Mon Nov 16" + header(1, 4312, "01:43:08") + "Vorel Error: ha" + header(1, 4312, "01:43:08") + "no prefix",
     });
     EXPECT_EQ(summary.text(), "5 records from 2026-11-16 01:43:08 to 2026-11-16 01:43:10, "
-                              "2 entries without a header; 3 of 7 damaged: 2 cut, 1 no header\n"
+                              "2 entries without a header; 4 of 7 damaged: 1 cut, 2 mid-line, 1 no header\n"
                               "\n"
                               "Process     Prefix        Records  First                Last\n"
                               "host7.4312                      1  2026-11-16 01:43:08  2026-11-16 01:43:08\n"
@@ -56,7 +56,7 @@ TEST(SummaryTest, Json) {
     const Summary summary = summaryOf({header(1, 77, "01:43:08") + "W\"ARN: a", header(1, 77, "01:44:08") + "caf\xE9"});
     EXPECT_EQ(
         summary.json().substr(0, summary.json().find("{\"type\":\"step\"")),
-        R"({"type":"summary","entries":2,"records":2,"from":"2026-11-16T01:43:08","to":"2026-11-16T01:44:08","cut":0,"noHeader":0,"badUtf8":1})"
+        R"({"type":"summary","entries":2,"records":2,"from":"2026-11-16T01:43:08","to":"2026-11-16T01:44:08","cut":0,"midLine":0,"noHeader":0,"badUtf8":1})"
         "\n"
         R"({"type":"count","process":"host7.77","prefix":"","records":1,"first":"2026-11-16T01:44:08","last":"2026-11-16T01:44:08"})"
         "\n"
@@ -67,7 +67,7 @@ TEST(SummaryTest, Json) {
                                           R"({"type":"step","from":"2026-11-16T01:43:10","seconds":5,"records":0})"
                                           "\n"));
     EXPECT_EQ(Summary().json(),
-              R"({"type":"summary","entries":0,"records":0,"cut":0,"noHeader":0,"badUtf8":0})"
+              R"({"type":"summary","entries":0,"records":0,"cut":0,"midLine":0,"noHeader":0,"badUtf8":0})"
               "\n");
 }
 

@@ -109,12 +109,12 @@ TEST_F(VorellogTest, BackupAndLogInOrderWithTheirDamageMarked) {
     const Captured shown = view({});
     EXPECT_EQ(shown.exitCode, 0u);
     EXPECT_EQ(shown.output, "(no header) the end of a lost line\n" + header(1) + "WARN: one\n(cut) " + header(1) +
-                                "WARN: ha\n" + header(2) + "WARN: two\n    | lines\n(cut) [Mon Nov 16\n(bad UTF-8) " +
-                                header(3) + "WARN: caf\\xE9\n(cut) " + header(4) + "DEBUG: a\n" + header(5) +
+                                "WARN: ha\n" + header(2) + "WARN: two\n    | lines\n(cut) [Mon Nov 16\n(mid-line) " +
+                                header(3) + "WARN: caf\\xE9\n(cut) " + header(4) + "DEBUG: a\n(mid-line) " + header(5) +
                                 "DEBUG: b\n");
 
     const Captured damaged = view({L"--damaged", L"--prefix", L"warn"});
-    EXPECT_EQ(damaged.output, "(cut) " + header(1) + "WARN: ha\n(bad UTF-8) " + header(3) + "WARN: caf\\xE9\n");
+    EXPECT_EQ(damaged.output, "(cut) " + header(1) + "WARN: ha\n(mid-line) " + header(3) + "WARN: caf\\xE9\n");
     EXPECT_THAT(damaged.error, HasSubstr("not shown"));
 }
 
@@ -141,7 +141,20 @@ TEST_F(VorellogTest, WhatAKilledWriterLeavesIsCut) {
     Exception::warn("after");
     EXPECT_THAT(linesOf(view({}).output),
                 ElementsAre(HasSubstr("WARN: before"), "(cut) " + std::string(half.begin(), half.end()),
-                            ::testing::EndsWith("WARN: after")));
+                            AllOf(::testing::StartsWith("(mid-line) ["), ::testing::EndsWith("WARN: after"))));
+}
+
+TEST_F(VorellogTest, AForgedRecordIsDamagedAndHidesNothing) {
+    const std::string forged = header(7) + "Vorel Error: g: Vorel exception caught";
+    const Exception failure(L"line %hs is no number", forged.c_str());
+    vorel::detail::contained(L"import", [&] { throw Exception(failure); });
+    const Captured damaged = view({L"--damaged"});
+    EXPECT_THAT(linesOf(damaged.output),
+                ElementsAre(AllOf(::testing::StartsWith("(cut) ["), ::testing::EndsWith("Vorel Error: line ")),
+                            "(mid-line) " + forged + " is no number"));
+    const Captured folded = view({L"--fold"});
+    EXPECT_THAT(folded.output, HasSubstr("(mid-line) " + forged + " is no number\n"));
+    EXPECT_THAT(folded.output, HasSubstr("import: Vorel exception caught"));
 }
 
 TEST_F(VorellogTest, OfKilledWritersEveryLineIsWholeOrMarked) {

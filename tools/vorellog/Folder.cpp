@@ -43,8 +43,10 @@ std::string_view nameOf(TrailEnd end) noexcept {
 }
 
 void Folder::add(const Record& record) {
-    const TrailStep step = stepOf(record);
-    const LogHeader* const header = record.header();
+    // What a message may have forged has no step, and its time does not count.
+    const bool isForgeable = record.damage() == Damage::MidLine;
+    const TrailStep step = isForgeable ? TrailStep::None : stepOf(record);
+    const LogHeader* const header = isForgeable ? nullptr : record.header();
     ++m_number;
     if (header) {
         m_nowMs = std::max(m_nowMs, header->timeMs);

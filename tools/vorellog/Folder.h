@@ -15,6 +15,8 @@
 ///     failure of the same kind ("row 7" and "row 8" are the same: digits do not count);
 ///   - after kTrailGapMs of silence nothing belongs to it any more.
 ///
+/// A record whose header is in the middle of a line joins no trail and ends none: a message may have forged it.
+///
 /// Everything comes out in the order of its first record; what is no exception's passes through. Memory is bounded.
 #pragma once
 

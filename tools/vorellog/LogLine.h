@@ -30,9 +30,8 @@ struct LogHeader {
 /// The header that `line` begins with; nothing when it begins with none.
 std::optional<LogHeader> parseHeader(std::string_view line) noexcept;
 
-/// Where the first header behind the first character of `line` begins, npos when there is none. It is where the next
-/// writer went on after one that had been killed within its line. (A message that quotes a whole line of a log looks
-/// the same, and is taken for two.)
+/// Where the first header after the first character of `line` begins, npos when there is none. There the next writer
+/// continued the line of one that had been killed, or a message quotes or imitates a line of a log.
 std::size_t findNextHeader(std::string_view line) noexcept;
 
 /// What stands behind the header.

@@ -5,6 +5,7 @@ namespace vorellog {
 std::string_view nameOf(Damage damage) noexcept {
     switch (damage) {
     case Damage::Cut: return "cut";
+    case Damage::MidLine: return "mid-line";
     case Damage::NoHeader: return "no header";
     case Damage::BadUtf8: return "bad UTF-8";
     default: return {};

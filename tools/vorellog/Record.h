@@ -13,14 +13,15 @@ namespace vorellog {
 
 enum class Damage {
     None,
-    Cut,       ///< its writer was ended before the end of the line
+    Cut,       ///< its writer was ended before the end of the line, or its message contains a header
+    MidLine,   ///< its header is in the middle of a line: it follows one that was cut, or a message imitates a header
     NoHeader,  ///< nothing says who wrote it, and there is no record that it could belong to
-    BadUtf8,   ///< it has bytes that are no UTF-8
+    BadUtf8,   ///< it has bytes that are not UTF-8
 };
 
-inline constexpr std::size_t kDamages = 4;  ///< number of the values, None among them
+inline constexpr std::size_t kDamages = 5;  ///< number of the values, None among them
 
-/// "cut", "no header", "bad UTF-8"; empty for none.
+/// "cut", "mid-line", "no header", "bad UTF-8"; empty for none.
 std::string_view nameOf(Damage damage) noexcept;
 
 class Record {

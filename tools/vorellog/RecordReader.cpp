@@ -11,21 +11,25 @@ void RecordReader::add(const Line& line) {
         extendLine(line.text);
     }
     if (line.end == LineEnd::File) {
-        m_record.setDamage(Damage::Cut);
+        if (m_record.damage() != Damage::MidLine) {
+            m_record.setDamage(Damage::Cut);
+        }
         flush();
     }
 }
 
 void RecordReader::addLine(std::string_view line) {
     std::optional<LogHeader> header = parseHeader(line);
+    bool isMidLine = false;
     for (std::size_t next = findNextHeader(line); next != std::string_view::npos; next = findNextHeader(line)) {
-        start(line.substr(0, next), header, Damage::Cut);
+        start(line.substr(0, next), header, isMidLine ? Damage::MidLine : Damage::Cut);
         line.remove_prefix(next);
         header = parseHeader(line);
+        isMidLine = true;
     }
     if (header) {
-        start(line, header, Damage::None);
-    } else if (m_isPending && m_record.damage() == Damage::None &&
+        start(line, header, isMidLine ? Damage::MidLine : Damage::None);
+    } else if (m_isPending && (m_record.damage() == Damage::None || m_record.damage() == Damage::MidLine) &&
                m_record.text().size() + line.size() < kMostRecordBytes) {
         m_record.addLine(line);
     } else {

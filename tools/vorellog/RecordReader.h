@@ -1,9 +1,12 @@
 /// \file
 /// Makes records of lines. Nothing that comes in is left out: what is no record is delivered as a damaged one.
 ///
-/// A message may have line breaks, and the log does not mark them. So a line without a header belongs to the record in
-/// front of it. Only where there is none that it could belong to, it is damaged: at the start of a log, and behind a
+/// A message may have line breaks, and the log does not mark them. So a line without a header belongs to the record
+/// before it. Only where there is none that it could belong to, it is damaged: at the start of a log, and after a
 /// record that was cut.
+///
+/// Only a header at the start of a line is a writer's. One in the middle of a line may be part of a message, so its
+/// record is damaged (Damage::MidLine) whatever else is wrong with it.
 #pragma once
 
 #include <cstddef>

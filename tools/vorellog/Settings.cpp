@@ -42,9 +42,11 @@ constexpr std::wstring_view kDetails =
     L"A time is 2026-11-16, \"2026-11-16 01:43\", 2026-11-16T01:43:08.045, 01:43 (today),\n"
     L"\"Mon Nov 16 01:43:08 2026\", or how long ago: 90s, 15m, 2h, 3d.\n"
     L"\n"
-    L"A line without a header goes on with the message above it, and is shown behind\n"
+    L"A line without a header goes on with the message above it, and is shown after\n"
     L"\"|\". Damaged records are marked: (cut) when the writer was ended within the\n"
-    L"line, (no header) when nothing says whose line it is, (bad UTF-8).\n"
+    L"line, (mid-line) when the header is not at the start of a line, so that a\n"
+    L"message may have forged it, (no header) when nothing says whose line it is,\n"
+    L"(bad UTF-8).\n"
     L"\n"
     L"Exit codes: 0 something was found, 1 nothing was, 2 wrong use, 3 the log cannot\n"
     L"be read.";

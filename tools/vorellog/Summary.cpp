@@ -1,6 +1,7 @@
 #include "vorellog/Summary.h"
 
 #include <algorithm>
+#include <iterator>
 #include <vector>
 
 #include "support/Visible.h"
@@ -12,6 +13,9 @@ namespace {
 
 constexpr std::string_view kGap = "  ";
 constexpr std::size_t kBarWidth = 40;
+
+constexpr Damage kKinds[] = {Damage::Cut, Damage::MidLine, Damage::NoHeader, Damage::BadUtf8};
+static_assert(std::size(kKinds) == kDamages - 1);
 
 std::size_t indexOf(Damage damage) noexcept {
     return static_cast<std::size_t>(damage);
@@ -101,7 +105,7 @@ Summary::Row& Summary::rowOf(const Record& record, const LogHeader& header) {
 
 unsigned long long Summary::damaged() const noexcept {
     unsigned long long sum = 0;
-    for (const Damage each : {Damage::Cut, Damage::NoHeader, Damage::BadUtf8}) {
+    for (const Damage each : kKinds) {
         sum += m_damage[indexOf(each)];
     }
     return sum;
@@ -114,7 +118,7 @@ unsigned long long Summary::entries() const noexcept {
 /// "3 of 12 damaged: 1 cut, 2 no header"; empty when nothing is.
 std::string Summary::damageText() const {
     std::string kinds;
-    for (const Damage each : {Damage::Cut, Damage::NoHeader, Damage::BadUtf8}) {
+    for (const Damage each : kKinds) {
         if (const unsigned long long count = m_damage[indexOf(each)]) {
             kinds += (kinds.empty() ? "" : ", ") + std::to_string(count) + ' ' + std::string(nameOf(each));
         }
@@ -205,6 +209,7 @@ void Summary::appendHead(std::string& out) const {
         object.add("to", isoText(m_all.lastMs, false));
     }
     object.add("cut", m_damage[indexOf(Damage::Cut)]);
+    object.add("midLine", m_damage[indexOf(Damage::MidLine)]);
     object.add("noHeader", m_damage[indexOf(Damage::NoHeader)]);
     object.add("badUtf8", m_damage[indexOf(Damage::BadUtf8)]);
 }
