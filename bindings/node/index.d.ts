@@ -37,7 +37,7 @@ export class VorelError extends Error {
 
 // ---- Encodings ------------------------------------------------------------------------------------------------------
 
-/** Bytes as text and back. */
+/** Bytes as text and back. An array counts with its real length, whatever its property `length` says. */
 export interface BinaryText {
     encode(bytes: Uint8Array): string;
     decode(text: string): Buffer;
@@ -224,7 +224,10 @@ export class Condition {
     signal(): void;
     /** Waits without a limit, or for so many milliseconds, and says whether there was a signal. The event loop waits. */
     wait(timeoutMs?: number): boolean;
-    /** The same on another thread, while the event loop goes on. */
+    /**
+     * The same while the event loop goes on. There may be any number of such waits; from the third one on, and in a
+     * Worker, a wait checks for a signal every 10 ms.
+     */
     waitAsync(timeoutMs?: number): Promise<boolean>;
     /** Throws while a `waitAsync` is under way; may be called again. */
     close(): void;

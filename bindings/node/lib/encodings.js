@@ -16,7 +16,7 @@ const urlDecode = native.declare('vorel_url_decode', TEXT, 'uint32_t', TEXT_OUT)
 
 function encoder(name) {
     const encode = native.declare(name, BYTES, TEXT_OUT);
-    return (data) => native.textOutput((...out) => encode(bytes(data, 'bytes'), data.length, ...out));
+    return (data) => native.textOutput((...out) => encode(...bytes(data, 'bytes'), ...out));
 }
 
 function decoder(name) {
@@ -26,7 +26,7 @@ function decoder(name) {
 
 const utf8 = Object.freeze({
     encode: (text) => native.bytesOutput((...out) => utf16ToUtf8(string(text, 'text'), text.length, ...out)),
-    decode: (data) => native.textOutput((...out) => utf8ToUtf16(bytes(data, 'bytes'), data.length, ...out)),
+    decode: (data) => native.textOutput((...out) => utf8ToUtf16(...bytes(data, 'bytes'), ...out)),
 });
 
 const base64 = Object.freeze({
@@ -41,7 +41,7 @@ const daylight = Object.freeze({
 
 const hex = Object.freeze({
     encode: (data, { upperCase = false } = {}) =>
-        native.textOutput((...out) => hexEncode(bytes(data, 'bytes'), data.length, upperCase ? 1 : 0, ...out)),
+        native.textOutput((...out) => hexEncode(...bytes(data, 'bytes'), upperCase ? 1 : 0, ...out)),
     decode: decoder('vorel_hex_decode'),
 });
 
@@ -65,7 +65,7 @@ const codePage = Object.freeze({
     find: (name) => pageNumber(string(name, 'name')),
     decode: (page, data) => {
         const number = pageNumber(page);
-        return native.textOutput((...out) => codePageToUtf16(number, bytes(data, 'bytes'), data.length, ...out));
+        return native.textOutput((...out) => codePageToUtf16(number, ...bytes(data, 'bytes'), ...out));
     },
     encode: (page, text) => tryEncode(page, text).bytes,
     tryEncode,

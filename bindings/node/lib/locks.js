@@ -1,6 +1,9 @@
 // Named mutexes and conditions.
 'use strict';
 
+const { performance } = require('perf_hooks');
+const { isMainThread } = require('worker_threads');
+
 const { Status } = require('./errors');
 const native = require('./native');
 const { TEXT, string } = native;
@@ -102,6 +105,49 @@ const conditionKind = {
 const signalCondition = native.declare('vorel_condition_signal', 'vorel_condition *');
 const waitForCondition = native.declare('vorel_condition_wait', 'vorel_condition *', 'uint32_t');
 
+// The longest native call of an asynchronous wait: the process cannot end before the call returns.
+const CALL_MS = 100;
+// libuv's pool has four threads; the others are left to the rest of the program.
+const MAX_CALLS = 2;
+// How often a wait without a thread checks for a signal.
+const CHECK_MS = 10;
+
+let calls = 0;
+
+/**
+ * Waits for at most CALL_MS on a thread of libuv's pool, and resolves to the status. Not for Workers: koffi aborts the
+ * process when a Worker ends during the call.
+ */
+function waitOnThread(handle, limitMs) {
+    ++calls;
+    return new Promise((resolve, reject) => {
+        waitForCondition.async(handle, Math.ceil(Math.min(limitMs, CALL_MS)),
+            (error, status) => (error ? reject(error) : resolve(status)));
+    }).finally(() => --calls);
+}
+
+/** Waits for at most CHECK_MS on the event loop, and resolves to the status. */
+async function waitOnLoop(handle, limitMs) {
+    const status = waitForCondition(handle, 0);
+    if (status === Status.TIMEOUT) {
+        await new Promise((resolve) => { setTimeout(resolve, Math.min(limitMs, CHECK_MS)); });
+    }
+    return status;
+}
+
+/** Resolves to the status of a wait that may take long. */
+async function waitForStatus(handle, timeoutMs) {
+    const end = timeoutMs === FOREVER ? Infinity : performance.now() + timeoutMs;
+    for (;;) {
+        const leftMs = Math.max(end - performance.now(), 0);
+        const wait = isMainThread && calls < MAX_CALLS ? waitOnThread : waitOnLoop;
+        const status = await wait(handle, leftMs);
+        if (status !== Status.TIMEOUT || leftMs === 0) {
+            return status;
+        }
+    }
+}
+
 class Condition extends Handle {
     #waiting = 0;
 
@@ -124,21 +170,21 @@ class Condition extends Handle {
 
     waitAsync(timeoutMs) {
         const handle = this.open;
-        const limit = timeout(timeoutMs);
+        const limitMs = timeout(timeoutMs);
+        return this.#waitFor(handle, limitMs);
+    }
+
+    async #waitFor(handle, limitMs) {
         ++this.#waiting;
-        return new Promise((resolve, reject) => {
-            // On a thread of koffi's, so that the event loop goes on.
-            waitForCondition.async(handle, limit, (error, status) => {
-                --this.#waiting;
-                if (error) {
-                    reject(error);
-                } else if (status === Status.OK || status === Status.TIMEOUT) {
-                    resolve(status === Status.OK);
-                } else {
-                    reject(native.errorOf(status));
-                }
-            });
-        });
+        try {
+            const status = await waitForStatus(handle, limitMs);
+            if (status !== Status.OK && status !== Status.TIMEOUT) {
+                throw native.errorOf(status);
+            }
+            return status === Status.OK;
+        } finally {
+            --this.#waiting;
+        }
     }
 
     close() {

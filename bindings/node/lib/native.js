@@ -1,6 +1,8 @@
 // The DLL, and its functions as koffi calls them. Nothing outside of this file knows koffi.
 'use strict';
 
+const path = require('path');
+
 const koffi = require('koffi');
 
 const { Status, VorelError } = require('./errors');
@@ -9,8 +11,29 @@ const { Status, VorelError } = require('./errors');
 const ABI_MAJOR = 1;
 const ABI_MINOR = 0;
 
-// Without a path Windows looks for the DLL: beside node.exe, in the system's folders, on the PATH.
-const library = koffi.load(process.env.VOREL_CORE_DLL || 'vorelCore.dll');
+const library = koffi.load(loadedDll());
+
+/**
+ * Loads the DLL so that it and the DLLs that it needs come from its own folder or from the system's only: the order in
+ * which Windows searches otherwise includes the current folder. Returns its path, under which it is then found.
+ */
+function loadedDll() {
+    const LOAD_LIBRARY_SEARCH_DLL_LOAD_DIR = 0x100;
+    const LOAD_LIBRARY_SEARCH_SYSTEM32 = 0x800;
+
+    const given = process.env.VOREL_CORE_DLL;
+    if (given && !/^(?:[A-Za-z]:|\\\\[^\\/]+)[\\/]/.test(given)) {
+        throw new Error(`VOREL_CORE_DLL is not an absolute path: ${given}`);
+    }
+    const file = path.win32.normalize(given || path.win32.join(path.win32.dirname(process.execPath), 'vorelCore.dll'));
+    const kernel = koffi.load('kernel32.dll');  // in every process, so that nothing is searched
+    const load = kernel.func('void *LoadLibraryExW(const char16_t *, void *, uint32_t)');
+    const lastErrorCode = kernel.func('uint32_t GetLastError(void)');
+    if (!load(file, null, LOAD_LIBRARY_SEARCH_DLL_LOAD_DIR | LOAD_LIBRARY_SEARCH_SYSTEM32)) {
+        throw new Error(`${file} cannot be loaded (error ${lastErrorCode()})`);
+    }
+    return file;
+}
 
 koffi.opaque('vorel_mutex');
 koffi.opaque('vorel_condition');
@@ -110,12 +133,17 @@ function string(value, name) {
     return value;
 }
 
-/** Checks that an argument holds bytes. */
+// What an array really is and holds: its properties of these names may be replaced, in the object or its class.
+const typedArray = Object.getPrototypeOf(Uint8Array.prototype);
+const typeOf = Object.getOwnPropertyDescriptor(typedArray, Symbol.toStringTag).get;
+const lengthOf = Object.getOwnPropertyDescriptor(typedArray, 'length').get;
+
+/** Checks that an argument holds bytes, and returns it with their number: the arguments for BYTES. */
 function bytes(value, name) {
-    if (!(value instanceof Uint8Array)) {
+    if (Reflect.apply(typeOf, value, []) !== 'Uint8Array') {
         throw new TypeError(`${name} is not a Uint8Array`);
     }
-    return value;
+    return [value, Reflect.apply(lengthOf, value, [])];
 }
 
 /** Checks that an argument is a whole number of a range. */

@@ -133,3 +133,41 @@ test('the event loop goes on during an asynchronous wait', async () => {
     assert.strictEqual(await condition.waitAsync(1), false);
     condition.close();
 });
+
+test('a Worker may end while it waits for a condition', async () => {
+    for (const how of ['terminate', 'exit']) {
+        const condition = new Condition(uniqueName('worker'));
+        assert.strictEqual(await startPeer('endWorker', condition.name, how), 0, how);
+        condition.close();
+    }
+});
+
+test('a process may end while it waits for a condition', async () => {
+    const condition = new Condition(uniqueName('exit'));
+    assert.strictEqual(await startPeer('exitWhileWaiting', condition.name), 7);
+    condition.close();
+});
+
+test('any number of asynchronous waits, after which the condition can be closed', async () => {
+    const condition = new Condition(uniqueName('many'));
+    const waits = Array.from({ length: 100 }, () => condition.waitAsync(1));
+    assert.throws(() => condition.close(), /is being waited for/);
+    assert.deepStrictEqual(new Set(await Promise.all(waits)), new Set([false]));
+    condition.close();
+});
+
+test('waits without a limit leave threads to the rest of the program', async () => {
+    const condition = new Condition(uniqueName('pool'));
+    let left = 8;  // twice the threads that Node has for files
+    const waits = Array.from({ length: left }, () => condition.waitAsync().then(() => { --left; }));
+    assert.ok((await fs.promises.readFile(__filename)).length > 0);
+    while (left !== 0) {
+        const before = left;
+        condition.signal();
+        while (left === before) {
+            await new Promise(setImmediate);
+        }
+    }
+    await Promise.all(waits);
+    condition.close();
+});

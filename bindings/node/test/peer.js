@@ -2,14 +2,15 @@
 'use strict';
 
 const fs = require('fs');
+const { Worker, parentPort } = require('worker_threads');
 
 const { Condition, Mutex, log } = require('..');
 
 const GENEROUS_MS = 30000;
 
-function need(signalled) {
-    if (!signalled) {
-        throw new Error('nobody has signalled');
+function need(condition) {
+    if (!condition) {
+        throw new Error('what this role expects did not happen');
     }
 }
 
@@ -50,6 +51,46 @@ const roles = {
         }
     },
 
+    /** Ends a Worker that waits for a condition, from inside or from outside, and goes on. */
+    async endWorker(conditionName, how) {
+        const worker = new Worker(__filename, { argv: ['waitInWorker', conditionName, how] });
+        const code = await new Promise((resolve, reject) => {
+            worker.on('error', reject);
+            worker.on('exit', resolve);
+            worker.on('message', () => how === 'terminate' && worker.terminate());
+        });
+        const condition = new Condition(conditionName);
+        condition.signal();
+        need(code === (how === 'terminate' ? 1 : 7) && condition.wait(GENEROUS_MS));
+    },
+
+    waitInWorker(conditionName, how) {
+        new Condition(conditionName).waitAsync(GENEROUS_MS);
+        // The wait is under way when the event loop comes round.
+        setImmediate(() => (how === 'terminate' ? parentPort.postMessage('waiting') : process.exit(7)));
+    },
+
+    /** Ends while it waits without a limit. */
+    exitWhileWaiting(conditionName) {
+        new Condition(conditionName).waitAsync();
+        setImmediate(() => process.exit(7));
+    },
+
+    /** Compares the path of a DLL of this name with the expected one; the exit code is 2 if it is not loaded. */
+    loadedFrom(moduleName, expected) {
+        const kernel = require('koffi').load('kernel32.dll');
+        const handleOf = kernel.func('void *GetModuleHandleW(const char16_t *)');
+        const pathOf = kernel.func('uint32_t GetModuleFileNameW(void *, _Out_ uint16_t *, uint32_t)');
+        const units = new Uint16Array(1024);
+        const handle = handleOf(moduleName);
+        if (!handle) {
+            process.exit(2);
+        }
+        const length = pathOf(handle, units, units.length);
+        const path = Buffer.from(units.buffer, 0, length * 2).toString('utf16le');
+        need(path.toLowerCase() === expected.toLowerCase());
+    },
+
     /**
      * Writes lines to a log that others write, too. The exit code is the number of lines that may have been given up:
      * that takes the log more than a second, and is not reported.
@@ -67,4 +108,7 @@ const roles = {
 };
 
 const [role, ...rest] = process.argv.slice(2);
-roles[role](...rest);
+Promise.resolve(roles[role](...rest)).catch((error) => {
+    console.error(error);
+    process.exit(1);
+});

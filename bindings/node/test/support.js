@@ -65,12 +65,17 @@ function linesOf(file) {
 
 /** Starts test/peer.js; resolves to its exit code. */
 function startPeer(...roleAndArguments) {
+    return startPeerWith({}, ...roleAndArguments);
+}
+
+/** The same with options of `child_process.spawn`; a peer that goes on for too long is ended, and its code is null. */
+function startPeerWith(options, ...roleAndArguments) {
     const peer = childProcess.spawn(process.execPath, [path.join(__dirname, 'peer.js'), ...roleAndArguments],
-        { stdio: 'ignore' });
+        { stdio: 'ignore', timeout: 2 * GENEROUS_MS, killSignal: 'SIGKILL', ...options });
     return new Promise((resolve, reject) => {
         peer.on('error', reject);
         peer.on('exit', (code) => resolve(code));
     });
 }
 
-module.exports = { GENEROUS_MS, uniqueName, expectFailure, withLog, linesOf, startPeer };
+module.exports = { GENEROUS_MS, uniqueName, expectFailure, withLog, linesOf, startPeer, startPeerWith };

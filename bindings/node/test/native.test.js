@@ -1,0 +1,94 @@
+'use strict';
+
+const assert = require('assert');
+const fs = require('fs');
+const os = require('os');
+const path = require('path');
+const test = require('node:test');
+
+const { base64, codePage, daylight, hex, utf8 } = require('..');
+const { startPeerWith } = require('./support');
+
+const DLL = process.env.VOREL_CORE_DLL;
+
+test('the length of an array is its own, whatever its properties say', () => {
+    class Claims extends Uint8Array {
+        get length() {
+            return 1 << 20;
+        }
+
+        get byteLength() {
+            return 1 << 20;
+        }
+    }
+    const redefined = Uint8Array.of(0x61, 0x62);
+    Object.defineProperty(redefined, 'length', { value: 1 << 20 });
+    const encoders = [
+        [utf8.decode, 'ab'],
+        [base64.encode, 'YWI='],  // printf ab | base64
+        [hex.encode, '6162'],
+        [(data) => codePage.decode(1252, data), 'ab'],
+    ];
+    for (const data of [redefined, Claims.of(0x61, 0x62)]) {
+        for (const [encode, expected] of encoders) {
+            assert.strictEqual(encode(data), expected);
+        }
+        assert.strictEqual(daylight.encode(data), daylight.encode(Uint8Array.of(0x61, 0x62)));
+    }
+});
+
+test('what only looks like an array of bytes is refused', () => {
+    const disguised = [
+        Object.setPrototypeOf({ length: 4 }, Uint8Array.prototype),
+        Object.setPrototypeOf(new Float64Array(4), Uint8Array.prototype),
+        { length: 4, [Symbol.toStringTag]: 'Uint8Array' },
+        [1, 2],
+        'ab',
+        null,
+        undefined,
+    ];
+    for (const data of disguised) {
+        for (const encode of [utf8.decode, base64.encode, daylight.encode, hex.encode]) {
+            assert.throws(() => encode(data), TypeError);
+        }
+        assert.throws(() => codePage.decode(1252, data), TypeError);
+    }
+});
+
+/** Runs `action(folder)` with a folder that has what somebody planted there: all DLLs of the library. */
+async function withPlantedDlls(action) {
+    const folder = fs.mkdtempSync(path.join(os.tmpdir(), 'vorel_node_'));
+    try {
+        for (const file of fs.readdirSync(path.dirname(DLL)).filter((name) => name.endsWith('.dll'))) {
+            fs.copyFileSync(path.join(path.dirname(DLL), file), path.join(folder, file));
+        }
+        await action(folder);
+    } finally {
+        fs.rmSync(folder, { recursive: true });
+    }
+}
+
+test('no DLL comes from the current folder, nor from the PATH', () => withPlantedDlls(async (folder) => {
+    const own = fs.readdirSync(folder);
+    const env = { ...process.env, PATH: `${folder};${process.env.PATH}` };
+    for (const file of own) {
+        const expected = path.join(path.dirname(DLL), file);
+        const code = await startPeerWith({ cwd: folder, env }, 'loadedFrom', file, expected);
+        assert.ok(code === 0 || (code === 2 && file !== 'vorelCore.dll'), `${file}: ${code}`);
+    }
+}));
+
+test('only an absolute path names the DLL, and without it only one beside node.exe is taken', () =>
+    withPlantedDlls(async (folder) => {
+        const name = 'vorelCore.dll';
+        const drive = folder.slice(0, 2);  // "C:"
+        const relative = [undefined, '', name, `.\\${name}`, path.join(folder.slice(2), name), `${drive}${name}`];
+        for (const given of relative) {
+            const env = { ...process.env, PATH: `${folder};${process.env.PATH}`, VOREL_CORE_DLL: given };
+            const code = await startPeerWith({ cwd: folder, env }, 'loadedFrom', name, path.join(folder, name));
+            assert.strictEqual(code, 1, `${given}`);
+        }
+        const env = { ...process.env, VOREL_CORE_DLL: `${folder.replace(/\\/g, '/')}/${name}` };
+        const code = await startPeerWith({ env }, 'loadedFrom', name, path.join(folder, name));
+        assert.strictEqual(code, 0, 'with slashes');
+    }));
