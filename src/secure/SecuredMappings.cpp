@@ -27,6 +27,7 @@ struct MappingForm {
     [[nodiscard]] KernelHandle open() const noexcept {
         return KernelHandle(OpenFileMappingW(desiredAccess, FALSE, name));
     }
+    [[nodiscard]] bool hasSize() const noexcept { return sizeHigh != 0 || sizeLow != 0; }
 
     unsigned long protection;
     unsigned long desiredAccess;
@@ -103,11 +104,16 @@ KernelHandle mapFile(const wchar_t* fileName, const MappingForm& form, SharedSec
         fileCreated = wasNew();
         KernelHandle mapping = form.create(file.get(), security);
         mappingCreated = mapping && wasNew();
+        const int error = static_cast<int>(GetLastError());  // of the creation, also where the open fails too
+        if (!mapping && form.hasSize()) {
+            // Another caller may have created it first. Its security allows everyone to open it, but not to create it
+            // again: that would ask for the right to change its security.
+            mapping = form.open();
+        }
         if (mapping) {
             return mapping;
         }
         if (attempts == kAttempts) {
-            const int error = static_cast<int>(GetLastError());
             BaseString<wchar_t> message;
             throw Exception(L"ObtainAccessableFileMappingEx: Opening file mapping failed for %ls after %i tries: %ls",
                             fileName, attempts, util::FormatErrorMsg(error, message));
@@ -125,7 +131,7 @@ KernelHandle openOrMapFile(const wchar_t* fileName, const MappingForm& form, boo
     if (!security.isComplete()) {
         throw Exception(L"ObtainAccessableFileMappingEx: Severe Error while opening %ls", fileName);
     }
-    if (form.sizeHigh != 0 || form.sizeLow != 0) {
+    if (form.hasSize()) {
         if (KernelHandle existing = form.open()) {
             return existing;
         }

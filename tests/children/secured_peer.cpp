@@ -5,6 +5,8 @@
 ///     `release` task=event name=<event> answer=<event>                   waits for the one, then signals the other
 ///     task=mapping name=<mapping> [file=<path>] expect=<number> write=<number>
 ///                                                              compares the mapping's first number, and changes it
+///     task=race name=<stem> folder=<path> parties=<number> rounds=<number> log=<path>
+///                                                              opens mappings at the same time as other processes
 ///
 /// The exit code is made of the bits of PeerResult.
 
@@ -15,6 +17,7 @@
 #include <vorel/secure/SecuredMappings.h>
 #include <vorel/secure/SecuredObjects.h>
 
+#include "secure/MappingRace.h"
 #include "secure/PeerResult.h"
 #include "support/ChildArguments.h"
 #include "support/Handle.h"
@@ -90,6 +93,14 @@ test::PeerResult useMapping(const ChildArguments& arguments) {
     return result;
 }
 
+test::PeerResult raceForMappings(const ChildArguments& arguments) {
+    vorel::Exception::SetErrorLogLocation(arguments.text("log").c_str(), -1);
+    const int rounds = static_cast<int>(arguments.number("rounds"));
+    const int good = test::runMappingRace(
+        {arguments.wide("name"), arguments.wide("folder"), static_cast<long>(arguments.number("parties")), rounds});
+    return good == rounds ? test::kPeerObtained | test::kPeerDone : 0;
+}
+
 test::PeerResult perform(const ChildArguments& arguments) {
     const std::string task = arguments.text("task");
     if (task == "mutex") {
@@ -97,6 +108,9 @@ test::PeerResult perform(const ChildArguments& arguments) {
     }
     if (task == "event") {
         return answerEvent(arguments);
+    }
+    if (task == "race") {
+        return raceForMappings(arguments);
     }
     return task == "mapping" ? useMapping(arguments) : test::kPeerFailed;
 }

@@ -1,5 +1,6 @@
 // The mappings of named files. (What goes without a file is in SecuredMappingTest.cpp.)
 
+#include <future>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -8,6 +9,7 @@
 
 #include <windows.h>
 
+#include "secure/MappingRace.h"
 #include "secure/ObjectSecurity.h"
 #include "secure/PeerResult.h"
 #include "support/ChildProcess.h"
@@ -251,6 +253,40 @@ TEST_F(SecuredFileMapping, ASecondProcessSeesTheSame) {
     EXPECT_EQ(runChild(L"secured_peer", withNumbers(L"expect=41", L"write=1")),
               kPeerObtained | test::kPeerCreated | kPeerDone)
         << "the mapping was gone, the file was not";
+}
+
+// ---- Several that open it first at the same time ----
+
+TEST_F(SecuredFileMapping, ThreadsThatOpenItFirstAtTheSameTimeAllGetIt) {
+    const test::MappingRace race{name, folder.widePath(), 4, 100};
+    std::vector<std::future<int>> parties;
+    for (long party = 0; party != race.parties; ++party) {
+        parties.push_back(std::async(std::launch::async, test::runMappingRace, race));
+    }
+    for (std::future<int>& party : parties) {
+        EXPECT_EQ(party.get(), race.rounds);
+    }
+    EXPECT_FALSE(log.exists());
+}
+
+TEST_F(SecuredFileMapping, ProcessesThatOpenItFirstAtTheSameTimeAllGetIt) {
+    constexpr int kParties = 3;
+    const std::string logPath = log.path();
+    const std::vector<std::wstring> task = {L"task=race",
+                                            L"name=" + name,
+                                            L"folder=" + folder.widePath(),
+                                            L"parties=" + std::to_wstring(kParties),
+                                            L"rounds=40",
+                                            L"log=" + std::wstring(logPath.begin(), logPath.end())};
+    std::vector<test::ChildProcess> parties;
+    for (int party = 0; party != kParties; ++party) {
+        parties.emplace_back(L"secured_peer", task);
+    }
+    for (const test::ChildProcess& party : parties) {
+        ASSERT_TRUE(party.wait());
+        EXPECT_EQ(party.exitCode(), kPeerObtained | kPeerDone);
+    }
+    EXPECT_FALSE(log.exists());
 }
 
 }  // namespace

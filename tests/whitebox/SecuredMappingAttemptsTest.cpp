@@ -43,17 +43,23 @@ protected:
                                                     &mappingCreated);
     }
 
+    /// Makes the system as it was at the start of the test, except for its answers.
+    void begin() {
+        trace.clear();
+        m_files = m_mappings = m_opens = 0;
+    }
+
     /// The calls one by one, each followed by a blank.
     std::string trace;
     bool fileCreated = true;
     bool mappingCreated = true;
 
     // What the calls answer.
-    bool mappingIsThere = false;
-    int filesRefusedFrom = 1000;   // the attempt (from 0) whose file cannot be opened
-    int mappingsRefusedUntil = 0;  // the attempts before this one give no mapping
-    DWORD fileError = 0;           // what opening the file leaves as the last error
-    DWORD mappingError = 0;        // what creating the mapping leaves as the last error
+    int mappingIsThereFrom = 1000;  // the first open (from 0) that finds a mapping
+    int filesRefusedFrom = 1000;    // the attempt (from 0) whose file cannot be opened
+    int mappingsRefusedUntil = 0;   // the attempts before this one give no mapping
+    DWORD fileError = 0;            // what opening the file leaves as the last error
+    DWORD mappingError = 0;         // what creating the mapping leaves as the last error
     HANDLE lastFile = nullptr;
     test::SharedAttributes fileAttributes;
     test::SharedAttributes mappingAttributes;
@@ -63,6 +69,7 @@ protected:
 private:
     int m_files = 0;
     int m_mappings = 0;
+    int m_opens = 0;
     int m_openFiles = 0;
 
     const test::ImportHook<importedGetLongPathNameW> m_longPath{[](LPCWSTR path, LPWSTR longPath, DWORD size) -> DWORD {
@@ -109,8 +116,9 @@ private:
             trace += inherited ? "inherited " : "open ";
             EXPECT_EQ(access, kAccess);
             EXPECT_STREQ(name, kName);
-            HANDLE const mapping = mappingIsThere ? someHandle() : nullptr;
-            SetLastError(mappingIsThere ? ERROR_SUCCESS : ERROR_FILE_NOT_FOUND);
+            const bool found = m_opens++ >= mappingIsThereFrom;
+            HANDLE const mapping = found ? someHandle() : nullptr;
+            SetLastError(found ? ERROR_SUCCESS : ERROR_FILE_NOT_FOUND);
             return mapping;
         }};
     const test::ImportHook<importedCloseHandle> m_close{[this](HANDLE handle) {
@@ -168,7 +176,7 @@ TEST_F(ObtainingMappingOfAHandle, OneThatWasThereIsNotNew) {
 
 TEST_F(ObtainingMappingOfAHandle, OpensWhatCannotBeCreated) {
     mappingsRefusedUntil = 1;
-    mappingIsThere = true;
+    mappingIsThereFrom = 0;
     const test::Handle mapping(obtain());
     EXPECT_TRUE(mapping);
     EXPECT_EQ(created, 0);
@@ -185,7 +193,7 @@ TEST_F(ObtainingMappingOfAHandle, GivesUpAtOnce) {
 // ---- Over a named file ----
 
 TEST_F(ObtainingMapping, OneThatIsThereIsOpenedWithoutItsFile) {
-    mappingIsThere = true;
+    mappingIsThereFrom = 0;
     const test::Handle mapping(obtainEx());
     EXPECT_TRUE(mapping);
     EXPECT_EQ(trace, "open ");
@@ -195,7 +203,7 @@ TEST_F(ObtainingMapping, OneThatIsThereIsOpenedWithoutItsFile) {
 }
 
 TEST_F(ObtainingMapping, EitherHalfOfASizeIsASize) {
-    mappingIsThere = true;
+    mappingIsThereFrom = 0;
     for (const DWORD high : {0u, 1u}) {
         trace.clear();
         const test::Handle mapping(obtainEx(high, 1 - high));
@@ -205,7 +213,7 @@ TEST_F(ObtainingMapping, EitherHalfOfASizeIsASize) {
 }
 
 TEST_F(ObtainingMapping, WithoutASizeItIsCreatedInAnyCase) {
-    mappingIsThere = true;
+    mappingIsThereFrom = 0;
     const test::Handle mapping(obtainEx(0, 0));
     EXPECT_TRUE(mapping);
     EXPECT_EQ(trace, "file create close ");
@@ -236,13 +244,49 @@ TEST_F(ObtainingMapping, TheFlagsTellWhatIsNew) {
     }
 }
 
+/// The calls of an attempt that failed, with and without a size.
+constexpr const char* kFailedAttempt = "file create open close ";
+constexpr const char* kFailedAttemptWithoutSize = "file create close ";
+
 TEST_F(ObtainingMapping, IsTriedFiftyTimesWithoutAPause) {
     mappingsRefusedUntil = 49;
     const test::Handle mapping(obtainEx());
     EXPECT_TRUE(mapping);
-    EXPECT_EQ(trace, "open " + repeated("file create close ", 50));
+    EXPECT_EQ(trace, "open " + repeated(kFailedAttempt, 49) + "file create close ");
     EXPECT_TRUE(mappingCreated);
     EXPECT_FALSE(log.exists());
+}
+
+TEST_F(ObtainingMapping, EachAttemptOpensWhatAnotherProcessCreatedFirst) {
+    mappingsRefusedUntil = 1000;
+    for (const int failedAttempts : {0, 1, 49}) {
+        begin();
+        mappingIsThereFrom = 1 + failedAttempts;  // the first open precedes the attempts
+        fileError = ERROR_ALREADY_EXISTS;
+        const test::Handle mapping(obtainEx());
+        EXPECT_TRUE(mapping) << failedAttempts;
+        EXPECT_EQ(trace, "open " + repeated(kFailedAttempt, failedAttempts + 1));
+        EXPECT_FALSE(fileCreated);
+        EXPECT_FALSE(mappingCreated);
+        EXPECT_EQ(blocks.live(), 0u);
+    }
+    EXPECT_FALSE(log.exists());
+}
+
+TEST_F(ObtainingMapping, AMappingThatWasOpenedIsNotNew) {
+    mappingsRefusedUntil = 1;
+    mappingIsThereFrom = 1;
+    const test::Handle mapping(obtainEx());
+    EXPECT_TRUE(mapping);
+    EXPECT_TRUE(fileCreated) << "by this attempt";
+    EXPECT_FALSE(mappingCreated);
+}
+
+TEST_F(ObtainingMapping, WithoutASizeNothingIsOpenedAfterAFailure) {
+    mappingIsThereFrom = 0;
+    mappingsRefusedUntil = 50;
+    EXPECT_THROW(obtainEx(0, 0), vorel::Exception);
+    EXPECT_EQ(trace, repeated(kFailedAttemptWithoutSize, 50));
 }
 
 TEST_F(ObtainingMapping, FiftyFailuresAreToldWithTheSystemsText) {
@@ -251,7 +295,7 @@ TEST_F(ObtainingMapping, FiftyFailuresAreToldWithTheSystemsText) {
                                          {L"ObtainAccessableFileMappingEx: Opening file mapping failed for " +
                                               std::wstring(kFile) + L" after 50 tries: " + test::systemText(kRefusal),
                                           kRecord});
-    EXPECT_EQ(trace, "open " + repeated("file create close ", 50));
+    EXPECT_EQ(trace, "open " + repeated(kFailedAttempt, 50));
     EXPECT_FALSE(mappingCreated);
     EXPECT_EQ(blocks.live(), 0u);
 }
@@ -263,7 +307,7 @@ TEST_F(ObtainingMapping, AFileThatCannotBeOpenedEndsTheAttempts) {
                                          {L"ObtainAccessableFileMappingEx: Unable to create file " +
                                               std::wstring(kFile) + L": " + test::systemText(kRefusal),
                                           kRecord});
-    EXPECT_EQ(trace, "open " + repeated("file create close ", 3) + "file ");
+    EXPECT_EQ(trace, "open " + repeated(kFailedAttempt, 3) + "file ");
     EXPECT_FALSE(mappingCreated);
     EXPECT_EQ(blocks.live(), 0u);
 }

@@ -20,15 +20,19 @@ VOREL_API void* ObtainAccessableFileMapping(void* file, unsigned long protection
                                             unsigned long sizeHigh, unsigned long sizeLow, const wchar_t* name,
                                             int* created) noexcept;
 
-/// Opens the mapping `mappingName` with `desiredAccess` if a size is given and the mapping is there; otherwise creates
-/// it over the file `fileName`, which is created when it does not exist. A file that cannot be mapped is tried 50 times
-/// without a pause. The mapping keeps the file open.
+/// Opens the mapping `mappingName` with `desiredAccess` if a size is given and the mapping exists; otherwise creates it
+/// over the file `fileName`, which is created when it does not exist. The mapping keeps the file open.
 ///
-/// `fileCreated` and `mappingCreated`, either of which may be null, tell what the last attempt made anew.
+/// A failed attempt is repeated without a pause, up to 50 attempts. If a size is given, each attempt that cannot create
+/// the mapping opens it: several callers, also in several processes, may open a mapping for the first time at the same
+/// time, and each gets a handle. The mapping is new to one of them.
+///
+/// `fileCreated` and `mappingCreated`, either of which may be null, report what the last attempt created.
 /// \returns the handle; null when the system has no memory for a security identifier.
 /// \throws Exception, its text opening with "ObtainAccessableFileMappingEx: ", when the path cannot be resolved ("Long
 ///         API failed for …"), the file cannot be opened ("Unable to create file …"), the attempts are used up
-///         ("Opening file mapping failed for …"), or anything else fails ("Severe Error while opening …").
+///         ("Opening file mapping failed for …", with the reason why it cannot be created), or anything else fails
+///         ("Severe Error while opening …").
 VOREL_API void* ObtainAccessableFileMappingEx(const wchar_t* fileName, unsigned long protection,
                                               unsigned long desiredAccess, unsigned long sizeHigh,
                                               unsigned long sizeLow, const wchar_t* mappingName, bool* fileCreated,

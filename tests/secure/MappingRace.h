@@ -1,0 +1,89 @@
+/// \file
+/// Several threads or processes that open the same mappings of named files for the first time, at the same time.
+#pragma once
+
+#include <string>
+
+#include <windows.h>
+
+#include <vorel/exceptions/Exception.h>
+#include <vorel/secure/SecuredMappings.h>
+
+#include "support/Handle.h"
+#include "support/NamedEvent.h"
+
+namespace test {
+
+/// A mapping of two counters that every party has a view of.
+class SharedCounters {
+public:
+    explicit SharedCounters(Handle mapping)
+        : m_mapping(std::move(mapping)),
+          m_view(m_mapping ? MapViewOfFile(m_mapping.get(), FILE_MAP_WRITE, 0, 0, 0) : nullptr) {}
+    ~SharedCounters() {
+        if (m_view) {
+            UnmapViewOfFile(m_view);
+        }
+    }
+
+    SharedCounters(const SharedCounters&) = delete;
+    SharedCounters& operator=(const SharedCounters&) = delete;
+
+    explicit operator bool() const { return m_view != nullptr; }
+
+    volatile long& first() const { return static_cast<volatile long*>(m_view)[0]; }
+    volatile long& second() const { return static_cast<volatile long*>(m_view)[1]; }
+
+private:
+    Handle m_mapping;
+    void* m_view;
+};
+
+struct MappingRace {
+    std::wstring name;    ///< the stem of the names of all mappings
+    std::wstring folder;  ///< for the files
+    long parties;
+    int rounds;
+};
+
+/// Runs one party of the race, and returns the number of rounds in which it saw what it should: it has a mapping, all
+/// parties have the same one, and one of them created it. All parties begin a round within microseconds.
+inline int runMappingRace(const MappingRace& race) {
+    constexpr DWORD kSize = 4096;
+    const SharedCounters meeting(Handle(CreateFileMappingW(INVALID_HANDLE_VALUE, nullptr, PAGE_READWRITE, 0, kSize,
+                                                           (race.name + L"_meeting").c_str())));
+    long awaited = 0;
+    const auto meetTheOthers = [&] {
+        const ULONGLONG end = GetTickCount64() + kGenerousMs;
+        awaited += race.parties;
+        InterlockedIncrement(&meeting.first());
+        while (meeting.first() < awaited && GetTickCount64() < end) {
+            SwitchToThread();
+        }
+    };
+    const auto open = [&](const std::wstring& round, bool& isNew) {
+        try {
+            const std::wstring path = race.folder + L"\\" + round + L".dat";
+            return Handle(vorel::ObtainAccessableFileMappingEx(path.c_str(), PAGE_READWRITE, FILE_MAP_WRITE, 0, kSize,
+                                                               (race.name + L"_" + round).c_str(), nullptr, &isNew));
+        } catch (const vorel::Exception&) {
+            return Handle();
+        }
+    };
+
+    int good = 0;
+    for (int round = 0; meeting && round != race.rounds; ++round) {
+        meetTheOthers();
+        bool isNew = false;
+        const SharedCounters opened(open(std::to_wstring(round), isNew));
+        if (opened) {
+            InterlockedIncrement(&opened.first());
+            InterlockedExchangeAdd(&opened.second(), isNew ? 1 : 0);
+        }
+        meetTheOthers();
+        good += opened && opened.first() == race.parties && opened.second() == 1 ? 1 : 0;
+    }
+    return good;
+}
+
+}  // namespace test
