@@ -2,6 +2,9 @@
 
 #include "secure/SecurityBlocks.h"
 #include "vorel/core/KernelHandle.h"
+#include "vorel/core/Protocol.h"
+#include "vorel/exceptions/Exception.h"
+#include "vorel/system/ErrorText.h"
 
 namespace vorel {
 
@@ -9,24 +12,43 @@ namespace {
 
 using detail::KernelHandle;
 
-/// The thread acts under a copy of its process's identity for as long as the object lives.
-class Impersonation {
-public:
-    Impersonation() noexcept : m_active(ImpersonateSelf(SecurityImpersonation) != FALSE) {}
-    ~Impersonation() {
-        if (m_active) {
-            RevertToSelf();
+/// Opens the token that the thread impersonates, so that it can be set again; empty when there is none. False when
+/// there is one that cannot be opened.
+bool openImpersonationToken(KernelHandle& impersonated) noexcept {
+    // A client's token may be closed to this process, as well as to the client itself.
+    for (const BOOL asProcess : {TRUE, FALSE}) {
+        HANDLE token = nullptr;
+        if (OpenThreadToken(GetCurrentThread(), TOKEN_IMPERSONATE, asProcess, &token)) {
+            impersonated = KernelHandle(token);
+            return true;
+        }
+        if (GetLastError() == ERROR_NO_TOKEN) {
+            return true;
         }
     }
+    return false;
+}
 
-    Impersonation(const Impersonation&) = delete;
-    Impersonation& operator=(const Impersonation&) = delete;
-
-    explicit operator bool() const noexcept { return m_active; }
-
-private:
-    bool m_active;
-};
+/// Runs `question` while the thread impersonates its own process, and returns its answer; false after a failure.
+/// Afterwards the thread impersonates the same token as before: a service that acts for a client must not go on with
+/// rights of its own.
+bool askAsSelf(bool (*question)() noexcept) noexcept {
+    KernelHandle impersonated;
+    if (!openImpersonationToken(impersonated) || !ImpersonateSelf(SecurityImpersonation)) {
+        return false;
+    }
+    const bool answer = question();
+    RevertToSelf();
+    if (impersonated && !SetThreadToken(nullptr, impersonated.get())) {
+        const int error = static_cast<int>(GetLastError());
+        detail::contained(L"IsAdmin", [error] {
+            BaseString<wchar_t> text;
+            Exception::warn(L"IsAdmin: SetThreadToken failed: %ls", util::FormatErrorMsg(error, text));
+        });
+        return false;
+    }
+    return answer;
+}
 
 /// The thread's token, or that of the process when the thread has none.
 KernelHandle openToken() noexcept {
@@ -67,13 +89,8 @@ bool isGranted(HANDLE token, PSID administrators) noexcept {
 
 static_assert(sizeof(SECURITY_DESCRIPTOR) == 40);
 
-}  // namespace
-
-bool IsAdmin() noexcept {
-    const Impersonation self;
-    if (!self) {
-        return false;
-    }
+/// Whether the identity that the thread acts under is an administrator's.
+bool isAdministrator() noexcept {
     const KernelHandle token = openToken();
     if (!token) {
         return false;
@@ -81,6 +98,12 @@ bool IsAdmin() noexcept {
     const detail::Sid administrators =
         detail::makeSid(SECURITY_NT_AUTHORITY, SECURITY_BUILTIN_DOMAIN_RID, DOMAIN_ALIAS_RID_ADMINS);
     return administrators && isGranted(token.get(), administrators.get());
+}
+
+}  // namespace
+
+bool IsAdmin() noexcept {
+    return askAsSelf(&isAdministrator);
 }
 
 }  // namespace vorel

@@ -40,11 +40,38 @@ TEST(IsAdmin, LeavesNoImpersonationBehind) {
     EXPECT_FALSE(isImpersonating());
 }
 
-TEST(IsAdmin, EndsAnImpersonationThatTheThreadHadBefore) {
-    ASSERT_TRUE(ImpersonateSelf(SecurityImpersonation));
-    ASSERT_TRUE(isImpersonating());
-    EXPECT_EQ(vorel::IsAdmin(), isMember());
-    EXPECT_FALSE(isImpersonating());
+/// What tells the token that a thread acts under from every other, one that was made from it included.
+struct ThreadToken {
+    LUID id;
+    SECURITY_IMPERSONATION_LEVEL level;
+
+    friend bool operator==(const ThreadToken& left, const ThreadToken& right) {
+        return left.id.LowPart == right.id.LowPart && left.id.HighPart == right.id.HighPart &&
+               left.level == right.level;
+    }
+};
+
+ThreadToken threadToken() {
+    HANDLE token = nullptr;
+    EXPECT_TRUE(OpenThreadToken(GetCurrentThread(), TOKEN_QUERY, TRUE, &token));
+    const test::Handle owner(token);
+    TOKEN_STATISTICS statistics{};
+    DWORD size = 0;
+    EXPECT_TRUE(GetTokenInformation(token, TokenStatistics, &statistics, sizeof statistics, &size));
+    return {statistics.TokenId, statistics.ImpersonationLevel};
+}
+
+TEST(IsAdmin, KeepsAnImpersonationThatTheThreadHadBefore) {
+    const bool expected = isMember();
+    for (const SECURITY_IMPERSONATION_LEVEL level :
+         {SecurityIdentification, SecurityImpersonation, SecurityDelegation}) {
+        ASSERT_TRUE(ImpersonateSelf(level));
+        const ThreadToken before = threadToken();
+        ASSERT_EQ(before.level, level);
+        EXPECT_EQ(vorel::IsAdmin(), expected);
+        EXPECT_TRUE(threadToken() == before);
+        ASSERT_TRUE(RevertToSelf());
+    }
 }
 
 TEST(IsAdmin, ManyThreadsMayAsk) {

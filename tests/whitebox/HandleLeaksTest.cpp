@@ -105,6 +105,13 @@ HANDLE askForAdmin(const Place&) {
     return nullptr;
 }
 
+HANDLE askForAdminWhileImpersonating(const Place&) {
+    EXPECT_TRUE(ImpersonateSelf(SecurityImpersonation));
+    (void)vorel::IsAdmin();
+    EXPECT_TRUE(RevertToSelf());
+    return nullptr;
+}
+
 const Cycle kCycles[] = {
     {"Mutex_New", nothing, aMutex, true},
     {"Mutex_Found", aMutex, aMutex, true},
@@ -127,6 +134,7 @@ const Cycle kCycles[] = {
     {"FileMapping_OfATakenName", anEvent, aFileMapping, false, kRounds / 50},
     {"FileMapping_OfAnEmptyFile", anEmptyFile, aMappingOfAllOfTheFile, false, kRounds / 50},
     {"IsAdmin", nothing, askForAdmin, false},
+    {"IsAdmin_WhileImpersonating", nothing, askForAdminWhileImpersonating, false, kRounds / 10},
 };
 
 /// The long form of a path costs the system more than all other calls of a round; these paths are long ones already.

@@ -1,6 +1,6 @@
 /// \file
 /// The steps of the question for administrators: what each is given, what happens when it fails, and that the thread
-/// is itself again on every way out.
+/// impersonates afterwards whom it impersonated before, on every way out.
 
 #include <memory>
 #include <ostream>
@@ -14,12 +14,15 @@
 
 #include "support/AccessList.h"
 #include "support/Handle.h"
+#include "support/SystemText.h"
+#include "support/TemporaryLog.h"
 #include "vorel/secure/IsAdmin.h"
 #include "whitebox/SecurityCalls.h"
 
 extern "C" {
 extern decltype(&::ImpersonateSelf) importedImpersonateSelf __asm__("__imp_ImpersonateSelf");
 extern decltype(&::RevertToSelf) importedRevertToSelf __asm__("__imp_RevertToSelf");
+extern decltype(&::SetThreadToken) importedSetThreadToken __asm__("__imp_SetThreadToken");
 extern decltype(&::OpenProcessToken) importedOpenProcessToken __asm__("__imp_OpenProcessToken");
 extern decltype(&::SetSecurityDescriptorGroup)
     importedSetSecurityDescriptorGroup __asm__("__imp_SetSecurityDescriptorGroup");
@@ -63,12 +66,6 @@ Question questionOf(PSECURITY_DESCRIPTOR descriptor, HANDLE token, DWORD access,
     return question;
 }
 
-bool threadHasToken() {
-    HANDLE token = nullptr;
-    const test::Handle owner(OpenThreadToken(GetCurrentThread(), TOKEN_QUERY, TRUE, &token) ? token : nullptr);
-    return static_cast<bool>(owner) || GetLastError() != ERROR_NO_TOKEN;
-}
-
 /// Watches over the calls and answers the last one.
 class IsAdminSteps : public testing::Test {
 protected:
@@ -81,6 +78,9 @@ protected:
 
     BOOL checkSucceeds = TRUE;
     BOOL accessGranted = TRUE;
+    HANDLE callersToken = nullptr;  // whom the thread impersonates at the start
+    int keepsRefused = 0;           // the attempts before this one (from 0) do not open the caller's token
+    bool queryRefused = false;      // whether the thread's token cannot be opened to be queried
     std::string trace;
     std::vector<HANDLE> tokens;
     Question question;
@@ -90,7 +90,15 @@ private:
     test::LiveBlocks m_blocks;
     int m_impersonations = 0;
     int m_reversions = 0;
+    int m_keeps = 0;
     std::set<HANDLE> m_openTokens;
+
+    bool threadHasToken() {
+        HANDLE token = nullptr;
+        const BOOL opened = m_openThreadToken.original(GetCurrentThread(), TOKEN_QUERY, TRUE, &token);
+        const test::Handle owner(opened ? token : nullptr);
+        return opened || GetLastError() != ERROR_NO_TOKEN;
+    }
 
     void noteToken(const char* call, DWORD access, BOOL opened, HANDLE token) {
         trace += call + std::to_string(access) + " ";
@@ -100,23 +108,54 @@ private:
         }
     }
 
+    /// The caller's token, or none, as the system answers for a thread that impersonates nobody.
+    BOOL keepToken(BOOL asSelf, PHANDLE token) {
+        trace += asSelf ? "keep " : "keepasclient ";
+        const bool refused = m_keeps++ < keepsRefused;
+        if (refused || !callersToken) {
+            SetLastError(refused ? test::kRefusal : ERROR_NO_TOKEN);
+            return FALSE;
+        }
+        *token = callersToken;
+        m_openTokens.insert(callersToken);
+        return TRUE;
+    }
+
     const test::ImportHook<importedImpersonateSelf> m_impersonate{[this](SECURITY_IMPERSONATION_LEVEL level) {
+        trace += "impersonate ";
         EXPECT_EQ(level, SecurityImpersonation);
         const BOOL done = m_impersonate.original(level);
         m_impersonations += done ? 1 : 0;
         return done;
     }};
     const test::ImportHook<importedRevertToSelf> m_revert{[this] {
+        trace += "revert ";
         ++m_reversions;
         return m_revert.original();
     }};
     const test::ImportHook<importedOpenThreadToken> m_openThreadToken{
         [this](HANDLE thread, DWORD access, BOOL asSelf, PHANDLE token) {
             EXPECT_EQ(thread, GetCurrentThread());
+            if (access == TOKEN_IMPERSONATE) {
+                return keepToken(asSelf, token);
+            }
+            EXPECT_FALSE(asSelf);
+            if (queryRefused) {
+                trace += "thread8 ";
+                SetLastError(test::kRefusal);
+                return FALSE;
+            }
             const BOOL opened = m_openThreadToken.original(thread, access, asSelf, token);
             noteToken("thread", access, opened, *token);
             return opened;
         }};
+    const test::ImportHook<importedSetThreadToken> m_setToken{[this](PHANDLE thread, HANDLE token) {
+        EXPECT_EQ(thread, nullptr) << "the calling one";
+        EXPECT_EQ(token, callersToken);
+        EXPECT_TRUE(m_openTokens.contains(token));
+        trace += "restore ";
+        return TRUE;
+    }};
     const test::ImportHook<importedOpenProcessToken> m_openProcessToken{
         [this](HANDLE process, DWORD access, PHANDLE token) {
             EXPECT_EQ(process, GetCurrentProcess());
@@ -146,7 +185,7 @@ private:
 TEST_F(IsAdminSteps, WhoeverIsGrantedTheAccessIsOne) {
     EXPECT_TRUE(vorel::IsAdmin());
     EXPECT_EQ(questions, 1);
-    EXPECT_EQ(trace, "thread8 ") << "the thread's token, to be queried";
+    EXPECT_EQ(trace, "keep impersonate thread8 revert ") << "the thread's token, to be queried";
 }
 
 TEST_F(IsAdminSteps, WhoeverIsNotIsNone) {
@@ -187,7 +226,7 @@ BOOL WINAPI findNoThreadToken(HANDLE, DWORD, BOOL, PHANDLE token) {
 TEST_F(IsAdminSteps, AThreadWithoutATokenGoesByThatOfItsProcess) {
     const test::ImportPatch patch(importedOpenThreadToken, &findNoThreadToken);
     EXPECT_TRUE(vorel::IsAdmin());
-    EXPECT_EQ(trace, "process8 ");
+    EXPECT_EQ(trace, "impersonate process8 revert ");
     EXPECT_EQ(question.token, tokens.at(0));
 }
 
@@ -199,17 +238,77 @@ TEST_F(IsAdminSteps, AProcessWhoseTokenIsRefusedHasNoAdministrator) {
 }
 
 TEST_F(IsAdminSteps, AThreadWhoseTokenIsRefusedAsksNobodyElse) {
-    const auto refused = refuse(importedOpenThreadToken);
+    queryRefused = true;
     EXPECT_FALSE(vorel::IsAdmin());
-    EXPECT_EQ(trace, "");
+    EXPECT_EQ(trace, "keep impersonate thread8 revert ");
     EXPECT_EQ(questions, 0);
 }
 
 TEST_F(IsAdminSteps, WithoutImpersonationNothingIsRevertedOrAsked) {
     const auto refused = refuse(importedImpersonateSelf);
     EXPECT_FALSE(vorel::IsAdmin());
-    EXPECT_EQ(trace, "");
+    EXPECT_EQ(trace, "keep ");
     EXPECT_EQ(questions, 0);
+}
+
+// ---- The caller's impersonation ----
+
+class IsAdminOfAnImpersonatingThread : public IsAdminSteps {
+protected:
+    IsAdminOfAnImpersonatingThread() { callersToken = m_token.get(); }
+
+    const test::TemporaryLog log;
+
+private:
+    const test::Handle m_token{CreateSemaphoreW(nullptr, 0, 1, nullptr)};  // only its handle counts
+};
+
+struct ImpersonationCase {
+    const char* name;
+    int keepsRefused;
+    bool queryRefused;
+    bool accessGranted;
+    const char* trace;
+
+    friend void PrintTo(const ImpersonationCase& rule, std::ostream* out) { *out << rule.name; }
+};
+
+const ImpersonationCase kImpersonationCases[] = {
+    {"Granted", 0, false, true, "keep impersonate thread8 revert restore "},
+    {"NotGranted", 0, false, false, "keep impersonate thread8 revert restore "},
+    {"TheQueryFails", 0, true, false, "keep impersonate thread8 revert restore "},
+    {"OnlyTheClientMayOpenItsToken", 1, false, true, "keep keepasclient impersonate thread8 revert restore "},
+    {"NobodyMayOpenTheToken", 2, false, false, "keep keepasclient "},
+};
+
+class IsAdminKeepsTheImpersonation : public IsAdminOfAnImpersonatingThread,
+                                     public testing::WithParamInterface<ImpersonationCase> {};
+
+TEST_P(IsAdminKeepsTheImpersonation, OnEveryWayOut) {
+    const ImpersonationCase& rule = GetParam();
+    keepsRefused = rule.keepsRefused;
+    queryRefused = rule.queryRefused;
+    accessGranted = rule.accessGranted;
+    EXPECT_EQ(vorel::IsAdmin(), rule.accessGranted);
+    EXPECT_EQ(trace, rule.trace);
+    EXPECT_FALSE(log.exists());
+}
+
+INSTANTIATE_TEST_SUITE_P(Each, IsAdminKeepsTheImpersonation, testing::ValuesIn(kImpersonationCases),
+                         [](const auto& rule) { return std::string(rule.param.name); });
+
+TEST_F(IsAdminOfAnImpersonatingThread, WithoutImpersonationOfItselfTheThreadIsLeftAlone) {
+    const auto refused = refuse(importedImpersonateSelf);
+    EXPECT_FALSE(vorel::IsAdmin());
+    EXPECT_EQ(trace, "keep ");
+}
+
+TEST_F(IsAdminOfAnImpersonatingThread, ATokenThatCannotBeRestoredIsWarnedOf) {
+    const auto refused = refuse(importedSetThreadToken);
+    EXPECT_FALSE(vorel::IsAdmin());
+    EXPECT_EQ(questions, 1);
+    EXPECT_EQ(log.messages(), std::vector<std::string>{"WARN: IsAdmin: SetThreadToken failed: " +
+                                                       test::utf8(test::systemText(test::kRefusal))});
 }
 
 // ---- Each other step ----
@@ -239,7 +338,7 @@ TEST_P(IsAdminStep, ThatFailsMeansNoAdministrator) {
     const auto refused = GetParam().refused();
     EXPECT_FALSE(vorel::IsAdmin());
     EXPECT_EQ(questions, 0);
-    EXPECT_EQ(tokens.size(), 1u);
+    EXPECT_EQ(trace, "keep impersonate thread8 revert ");
 }
 
 INSTANTIATE_TEST_SUITE_P(Each, IsAdminStep, testing::ValuesIn(kSteps),
