@@ -248,4 +248,10 @@ TEST(NoLock, NeverLocks) {
     lock.unlock();
 }
 
+TEST(NoLock, HasNoSystemObject) {
+    const NoLock lock;
+    static_assert(noexcept(lock.getHandle()));
+    EXPECT_EQ(lock.getHandle(), static_cast<void*>(nullptr));
+}
+
 }  // namespace

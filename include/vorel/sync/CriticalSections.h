@@ -75,6 +75,9 @@ public:
     bool lock(unsigned int, bool) noexcept { return true; }
     bool tryLock() noexcept { return true; }
     void unlock() noexcept {}
+
+    /// Null: there is no critical section.
+    [[nodiscard]] void* getHandle() const noexcept { return nullptr; }
 };
 
 }  // namespace vorel
