@@ -4,7 +4,7 @@
 
 namespace vorel::detail {
 
-bool KernelHandle::close() noexcept {
+bool KernelHandle::close() {
     if (!m_handle) {
         return true;
     }

@@ -10,6 +10,8 @@
 ///     reveal(test::LockLogFile())(descriptor, true);
 #pragma once
 
+#include <cstddef>
+
 namespace test {
 
 #ifndef __clang__  // which knows no such warning
@@ -34,5 +36,12 @@ template <class Tag, typename Tag::Type Member>
 struct Reveal {
     friend typename Tag::Type reveal(Tag) { return Member; }
 };
+
+/// The offset of a member from the start of its object, in bytes.
+template <class Object, class Member>
+std::size_t offsetOf(const Object& object, Member Object::*member) {
+    return static_cast<std::size_t>(reinterpret_cast<const volatile char*>(&(object.*member)) -
+                                    reinterpret_cast<const volatile char*>(&object));
+}
 
 }  // namespace test

@@ -2,13 +2,15 @@
 /// What the conditions do when the system refuses, and how a broadcast keeps newcomers out.
 
 #include <chrono>
+#include <cstring>
 #include <future>
 #include <new>
 #include <stdexcept>
 #include <string>
 #include <thread>
+#include <vector>
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 #include <windows.h>
 
@@ -17,6 +19,7 @@
 #include "support/ImportPatch.h"
 #include "support/NamedEvent.h"
 #include "support/PrivateMember.h"
+#include "support/SystemText.h"
 #include "support/TemporaryLog.h"
 #include "sync/ThreadSafetySwitch.h"
 #include "vorel/sync/Condition.h"
@@ -28,6 +31,10 @@ extern decltype(&::WaitForSingleObject) importedWaitOfConditions __asm__("__imp_
 extern decltype(&::SetEvent) importedSetEvent __asm__("__imp_SetEvent");
 extern decltype(&::CreateEventW) importedCreateEvent __asm__("__imp_CreateEventW");
 extern decltype(&::Sleep) importedSleepOfConditions __asm__("__imp_Sleep");
+extern decltype(&::OpenEventW) importedOpenEvent __asm__("__imp_OpenEventW");
+extern decltype(&::CloseHandle) importedCloseOfConditions __asm__("__imp_CloseHandle");
+extern decltype(&::EnterCriticalSection) importedEnterOfConditions __asm__("__imp_EnterCriticalSection");
+extern decltype(&::LeaveCriticalSection) importedLeaveOfConditions __asm__("__imp_LeaveCriticalSection");
 
 // The constructors that only clients who bind by name can reach.
 void constructDefault(void* place) __asm__("_ZN5vorel14NamedConditionC1Ev");
@@ -41,11 +48,17 @@ using vorel::NamedCondition;
 
 struct BroadcastLock : PrivateMember<BroadcastLock, vorel::ForcedCriticalSection Condition::*> {};
 struct Waiters : PrivateMember<Waiters, volatile long Condition::*> {};
+struct Event : PrivateMember<Event, vorel::detail::KernelHandle Condition::*> {};
+struct NamedConditionEvent : PrivateMember<NamedConditionEvent, vorel::detail::KernelHandle NamedCondition::*> {};
+struct NamedConditionName : PrivateMember<NamedConditionName, vorel::BaseString<wchar_t> NamedCondition::*> {};
 struct CloseCondition : PrivateMember<CloseCondition, void (Condition::*)()> {};
 struct CloseNamed : PrivateMember<CloseNamed, void (NamedCondition::*)()> {};
 struct Assign : PrivateMember<Assign, NamedCondition& (NamedCondition::*)(const NamedCondition&)> {};
 template struct Reveal<BroadcastLock, &Condition::m_broadcastLock>;
 template struct Reveal<Waiters, &Condition::m_waiters>;
+template struct Reveal<Event, &Condition::m_event>;
+template struct Reveal<NamedConditionEvent, &NamedCondition::m_event>;
+template struct Reveal<NamedConditionName, &NamedCondition::m_name>;
 template struct Reveal<CloseCondition, &Condition::closeCondition>;
 template struct Reveal<CloseNamed, &NamedCondition::closeCondition>;
 template struct Reveal < Assign, &NamedCondition::operator=>;
@@ -152,6 +165,139 @@ TEST(ConditionInside, AWaitThatThrowsHoldsTheLockAgainAndIsCountedOut) {
     }
     const Guard held(lock);
     EXPECT_FALSE(isFreeForOthers(lock));
+}
+
+/// How a wait on the event ends.
+struct WaitEnd {
+    const char* name;
+    DWORD result;
+    bool throws;
+
+    friend void PrintTo(const WaitEnd& end, std::ostream* out) { *out << end.name; }
+};
+
+class ConditionWait : public testing::TestWithParam<WaitEnd> {};
+
+TEST_P(ConditionWait, CountsTheWaiterInAfterALookAtTheBroadcastAndOutBeforeItTakesTheLockAgain) {
+    const TemporaryLog log;
+    ForcedCriticalSection lock;
+    Condition condition(lock);
+    std::vector<std::string> trace;
+    const auto note = [&](const char* call, const void* section) {
+        const bool isCallers = section == lock.getHandle();
+        if (isCallers || section == (condition.*reveal(test::BroadcastLock())).getHandle()) {
+            const long waiters = condition.*reveal(test::Waiters());
+            trace.push_back(call + std::string(isCallers ? " lock " : " broadcast ") + std::to_string(waiters));
+        }
+    };
+    const Guard held(lock);
+    {
+        const test::ImportHook<importedEnterOfConditions> enter([&](CRITICAL_SECTION* section) {
+            note("enter", section);
+            enter.original(section);
+        });
+        const test::ImportHook<importedLeaveOfConditions> leave([&](CRITICAL_SECTION* section) {
+            note("leave", section);
+            leave.original(section);
+        });
+        const test::ImportHook<importedWaitOfConditions> wait([&](HANDLE event, DWORD) {
+            EXPECT_EQ(event, (condition.*reveal(test::Event())).get());
+            trace.push_back("wait " + std::to_string(condition.*reveal(test::Waiters())));
+            return GetParam().throws ? throw std::runtime_error("no wait") : GetParam().result;
+        });
+        try {
+            EXPECT_EQ(condition.wait(1), GetParam().result == WAIT_OBJECT_0);
+        } catch (const Exception&) {
+            EXPECT_TRUE(GetParam().throws);
+        }
+    }
+    EXPECT_THAT(trace, testing::ElementsAre("leave lock 0", "enter broadcast 0", "leave broadcast 0", "wait 1",
+                                            "enter lock 0"));
+}
+
+INSTANTIATE_TEST_SUITE_P(Each, ConditionWait,
+                         testing::Values(WaitEnd{"Signalled", WAIT_OBJECT_0, false},
+                                         WaitEnd{"TimedOut", WAIT_TIMEOUT, false},
+                                         WaitEnd{"Failed", WAIT_FAILED, false}, WaitEnd{"Thrown", WAIT_FAILED, true}),
+                         [](const auto& end) { return std::string(end.param.name); });
+
+TEST(ConditionInside, TheFieldsAreInOrder) {
+    ForcedCriticalSection lock;
+    const Condition condition(lock);
+    const ForcedCriticalSection* first = nullptr;
+    std::memcpy(&first, static_cast<const void*>(&condition), sizeof first);
+    EXPECT_EQ(first, &lock);
+    EXPECT_EQ(test::offsetOf(condition, reveal(test::BroadcastLock())), 8u);
+    EXPECT_EQ(test::offsetOf(condition, reveal(test::Event())), 16u);
+    EXPECT_EQ(test::offsetOf(condition, reveal(test::Waiters())), 24u);
+}
+
+TEST(NamedConditionInside, TheFieldsAreInOrder) {
+    const NamedCondition condition(nullptr);
+    EXPECT_EQ(test::offsetOf(condition, reveal(test::NamedConditionEvent())), 0u);
+    EXPECT_EQ(test::offsetOf(condition, reveal(test::NamedConditionName())), 8u);
+}
+
+TEST(NamedConditionInside, TriesElevenTimesFiftyMillisecondsApart) {
+    const TemporaryLog log;
+    std::vector<std::wstring> created;
+    std::vector<std::wstring> opened;
+    std::vector<DWORD> sleepsMs;
+    const test::ImportHook<importedCreateEvent> create(
+        [&](SECURITY_ATTRIBUTES*, BOOL manualReset, BOOL initialState, const wchar_t* name) -> HANDLE {
+            EXPECT_EQ(manualReset, FALSE);
+            EXPECT_EQ(initialState, FALSE);
+            created.emplace_back(name);
+            SetLastError(ERROR_ACCESS_DENIED);
+            return nullptr;
+        });
+    const test::ImportHook<importedOpenEvent> open([&](DWORD, BOOL, const wchar_t* name) -> HANDLE {
+        opened.emplace_back(name);
+        SetLastError(ERROR_FILE_NOT_FOUND);
+        return nullptr;
+    });
+    const test::ImportHook<importedSleepOfConditions> sleep(
+        [&](DWORD milliseconds) { sleepsMs.push_back(milliseconds); });
+    expectThrows<Exception>(
+        [] { const NamedCondition condition(L"vorel_condition"); },
+        {L"Failed to create condition 'vorel_condition': OpenEvent failed: " + test::systemText(ERROR_FILE_NOT_FOUND),
+         L"NamedCondition::createCondition: Vorel exception rethrown"});
+    const std::vector<std::wstring> elevenNames(11, L"vorel_condition");
+    EXPECT_EQ(created, elevenNames);
+    EXPECT_EQ(opened, elevenNames);
+    EXPECT_EQ(sleepsMs, std::vector<DWORD>(10, 50));
+}
+
+/// Ends an `X` while the system's call that closes its event throws: alone, and while another exception unwinds.
+template <class X, class... Arguments>
+void expectEndRules(const std::wstring& name, Arguments&&... arguments) {
+    TemporaryLog log;
+    const test::ImportHook<importedCloseOfConditions> close([&](HANDLE handle) -> BOOL {
+        close.original(handle);
+        throw std::runtime_error("foreign");
+    });
+    const std::wstring closing = name + L"::closeCondition: Severe error thrown";
+    const std::wstring ending = name + L"::~" + name;
+    expectThrows<Exception>([&] { const X condition(arguments...); },
+                            {closing, ending + L": Vorel exception rethrown"});
+    log.remove();
+    const auto failWhileOneIsAlive = [&] {
+        const X condition(arguments...);
+        throw std::runtime_error("the first failure");
+    };
+    EXPECT_THROW(failWhileOneIsAlive(), std::runtime_error);
+    EXPECT_THAT(log.messages(),
+                testing::ElementsAre("Vorel Error: " + test::utf8(closing),
+                                     "Vorel Error: " + test::utf8(ending) + ": Vorel exception suppressed"));
+}
+
+TEST(ConditionInside, AFailureOfItsEndIsReportedUnderItsName) {
+    ForcedCriticalSection lock;
+    expectEndRules<Condition>(L"Condition", lock);
+}
+
+TEST(NamedConditionInside, AFailureOfItsEndIsReportedUnderItsName) {
+    expectEndRules<NamedCondition>(L"NamedCondition", nullptr);
 }
 
 TEST(ConditionInside, WithoutAnEventNothingIsWaitedFor) {

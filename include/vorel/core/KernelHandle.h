@@ -32,8 +32,9 @@ public:
     [[nodiscard]] void* release() noexcept { return std::exchange(m_handle, nullptr); }
 
     /// Closes the handle, if there is one, and owns nothing from then on. False when the system refuses, which is the
-    /// only case in which the thread's last error changes.
-    VOREL_API bool close() noexcept;
+    /// only case in which the thread's last error changes. Not `noexcept`: a tool that replaces the system's call may
+    /// throw, and the destructors of the locks report that instead of ending the process.
+    VOREL_API bool close();
 
 private:
     void* m_handle = nullptr;
