@@ -15,13 +15,13 @@
 #include "support/Handle.h"
 #include "support/ImportPatch.h"
 #include "support/NamedEvent.h"
-#include "support/PrivateMember.h"
 #include "support/SystemText.h"
 #include "support/TemporaryLog.h"
 #include "sync/ThreadSafetySwitch.h"
 #include "vorel/sync/AutoMutex.h"
 #include "vorel/sync/Guard.h"
 #include "vorel/system/ErrorText.h"
+#include "whitebox/AutoMutexMembers.h"
 
 extern "C" {
 extern decltype(&::WaitForSingleObject) importedWait __asm__("__imp_WaitForSingleObject");
@@ -32,29 +32,9 @@ extern decltype(&::OpenMutexW) importedOpenMutex __asm__("__imp_OpenMutexW");
 extern decltype(&::Sleep) importedSleepOfMutex __asm__("__imp_Sleep");
 }
 
-namespace test {
-
-using vorel::AutoMutex;
-
-struct Terminate : PrivateMember<Terminate, void (AutoMutex::*)()> {};
-struct GetLockCount : PrivateMember<GetLockCount, int (AutoMutex::*)()> {};
-struct SetLockCount : PrivateMember<SetLockCount, void (AutoMutex::*)(bool)> {};
-struct GetLockingThreadID : PrivateMember<GetLockingThreadID, long long (AutoMutex::*)()> {};
-struct SetLockingThreadID : PrivateMember<SetLockingThreadID, void (AutoMutex::*)()> {};
-struct ResetLockingThreadID : PrivateMember<ResetLockingThreadID, void (AutoMutex::*)()> {};
-struct Bookkeeping : PrivateMember<Bookkeeping, vorel::AutoCriticalSection AutoMutex::*> {};
-template struct Reveal<Terminate, &AutoMutex::terminate>;
-template struct Reveal<GetLockCount, &AutoMutex::GetLockCount>;
-template struct Reveal<SetLockCount, &AutoMutex::SetLockCount>;
-template struct Reveal<GetLockingThreadID, &AutoMutex::GetLockingThreadID>;
-template struct Reveal<SetLockingThreadID, &AutoMutex::SetLockingThreadID>;
-template struct Reveal<ResetLockingThreadID, &AutoMutex::ResetLockingThreadID>;
-template struct Reveal<Bookkeeping, &AutoMutex::m_bookkeeping>;
-
-}  // namespace test
-
 namespace {
 
+using test::call;
 using test::expectThrows;
 using test::ImportPatch;
 using test::isFreeForOthers;
@@ -66,12 +46,6 @@ using testing::ElementsAre;
 using testing::SizeIs;
 using vorel::AutoMutex;
 using vorel::Exception;
-
-/// Calls a private member.
-template <class Tag, class... Arguments>
-decltype(auto) call(AutoMutex& mutex, Arguments... arguments) {
-    return (mutex.*reveal(Tag()))(arguments...);
-}
 
 std::wstring textOf(DWORD error) {
     vorel::BaseString<wchar_t> text;

@@ -13,6 +13,20 @@
 /// The mutex of the operating system is taken and released once for each hold; the object keeps count of its own holds.
 /// When a thread ends, or its process is killed, without giving a mutex back, the next one to take it gets it, with a
 /// warning in the error log.
+///
+/// The system reports an abandoned mutex once, to one object. If that is not the object through which the ended thread
+/// held the mutex, that object keeps the thread's id and its holds. This has the following effects:
+///
+/// - `lock` and `tryLock` of every other thread throw "Mutex …: Trying to increment lock count …" and give the mutex
+///   back; no other object is affected. `unlock` does nothing.
+/// - `initialize` with another name throws. So does the destructor, which closes the mutex all the same.
+/// - The system may give the id to a new thread. The object takes that thread for the owner: its locks succeed, and one
+///   `unlock` more than there were locks throws "AutoMutex::unlock: Failed to release mutex …" instead of doing
+///   nothing. The destructor throws the same on this thread.
+/// - The record is cleared only if the mutex is abandoned again and the system reports it to this object.
+///
+/// A program whose lock fails in this way destroys the object, catches what the destructor throws, and creates a new
+/// one. It is avoided by threads that end only after they gave the mutex back.
 #pragma once
 
 #include "vorel/Export.h"
@@ -59,8 +73,8 @@ public:
     ///
     /// \throws Exception "AutoMutex::lock: Mutex not initialized"; "AutoMutex::lock: Failed to lock mutex …"; and
     /// "Mutex …: Trying to increment lock count from a thread that does not own the mutex. …", where the object still
-    /// records a thread that has ended with the mutex held, and another object was told of it: the mutex is then given
-    /// back.
+    /// records a thread that ended with the mutex held, because the system reported it to another object: the mutex is
+    /// then given back.
     bool lock(unsigned int timeout, bool throwOnFailure, BaseString<wchar_t>* errorText = nullptr);
 
     /// Takes the mutex if that needs no waiting, and says whether it did.

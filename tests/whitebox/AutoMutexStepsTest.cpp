@@ -1,0 +1,345 @@
+/// \file
+/// The named mutex's layout, the order of its steps, and what it does while it records an owner that no longer exists.
+
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <type_traits>
+#include <vector>
+
+#include <gmock/gmock.h>
+
+#include <windows.h>
+
+#include "support/Expect.h"
+#include "support/SystemText.h"
+#include "support/TemporaryLog.h"
+#include "sync/ObjectNames.h"
+#include "sync/ThreadSafetySwitch.h"
+#include "whitebox/AutoMutexMembers.h"
+#include "whitebox/SecurityCalls.h"
+
+extern "C" {
+extern decltype(&::WaitForSingleObject) importedWaitForMutex __asm__("__imp_WaitForSingleObject");
+extern decltype(&::EnterCriticalSection) importedEnter __asm__("__imp_EnterCriticalSection");
+extern decltype(&::LeaveCriticalSection) importedLeave __asm__("__imp_LeaveCriticalSection");
+extern decltype(&::LockFileEx) importedLockLogFile __asm__("__imp_LockFileEx");
+}
+
+namespace {
+
+using test::call;
+using test::expectThrows;
+using test::ImportHook;
+using test::isFreeForOthers;
+using test::onAnotherThread;
+using testing::AllOf;
+using testing::Each;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::Not;
+using vorel::AutoMutex;
+using vorel::Exception;
+
+const std::wstring kRethrown = L": Vorel exception rethrown";
+
+std::string narrow(const std::wstring& ascii) {
+    return {ascii.begin(), ascii.end()};
+}
+
+/// Takes the mutex `holds` times on a thread that ends without giving it back, and returns that thread's id.
+unsigned long abandon(AutoMutex& mutex, int holds) {
+    return onAnotherThread([&mutex, holds] {
+        for (int held = 0; held != holds; ++held) {
+            mutex.lock(1000, true);
+        }
+        return GetCurrentThreadId();
+    });
+}
+
+std::string ownerText(long long owner) {
+    if (owner == 0) {
+        return " of nobody";
+    }
+    return owner == static_cast<long long>(GetCurrentThreadId()) ? " of the caller" : " of another";
+}
+
+class AutoMutexSteps : public testing::Test {
+public:
+    ~AutoMutexSteps() noexcept override = default;  // a mutex's own may throw
+
+protected:
+    [[nodiscard]] std::wstring nameOfMutex() const { return std::wstring((m_mutex.*reveal(test::Name())).view()); }
+    [[nodiscard]] bool flagOfMutex() const { return m_mutex.*reveal(test::Flag()); }
+    [[nodiscard]] void* bookkeeping() const { return (m_mutex.*reveal(test::Bookkeeping())).getHandle(); }
+
+    const test::TemporaryLog m_log;
+    const std::wstring m_name = test::uniqueName(L"mutex");
+    const std::wstring m_otherName = m_name + L"_other";
+    AutoMutex m_mutex{m_name.c_str(), false, false};
+};
+
+// ---- Layout ---------------------------------------------------------------------------------------------------------
+
+TEST_F(AutoMutexSteps, TheFieldsAreInOrder) {
+    EXPECT_EQ(test::offsetOf(m_mutex, reveal(test::MutexHandle())), 8u) << "after the table of virtual functions";
+    EXPECT_EQ(test::offsetOf(m_mutex, reveal(test::Name())), 16u);
+    EXPECT_EQ(test::offsetOf(m_mutex, reveal(test::InitializeError())), 32u);
+    EXPECT_EQ(test::offsetOf(m_mutex, reveal(test::Bookkeeping())), 48u);
+    EXPECT_EQ(test::offsetOf(m_mutex, reveal(test::LockCount())), 56u);
+    EXPECT_EQ(test::offsetOf(m_mutex, reveal(test::LockingThreadId())), 64u);
+    EXPECT_EQ(test::offsetOf(m_mutex, reveal(test::Flag())), 72u);
+    EXPECT_EQ(test::offsetOf(m_mutex, reveal(test::UseFcntlTimeout())), 73u);
+}
+
+/// A client's mutex that overrides what can be overridden.
+class OverridingMutex : public AutoMutex {
+public:
+    explicit OverridingMutex(std::vector<std::string>& calls) : AutoMutex(nullptr, false, false), m_calls(calls) {}
+    ~OverridingMutex() noexcept(false) override { m_calls.emplace_back("destructor"); }
+
+    OverridingMutex(const OverridingMutex&) = delete;
+    OverridingMutex& operator=(const OverridingMutex&) = delete;
+
+    bool initialize(const wchar_t* name, bool flag) override {
+        m_calls.push_back("initialize " + narrow(name) + (flag ? " true" : " false"));
+        return false;
+    }
+
+private:
+    std::vector<std::string>& m_calls;
+};
+
+static_assert(std::has_virtual_destructor_v<AutoMutex>);
+
+TEST(AutoMutexVirtual, InitializeAndTheDestructorAre) {
+    std::vector<std::string> calls;
+    {
+        const std::unique_ptr<AutoMutex> mutex = std::make_unique<OverridingMutex>(calls);
+        EXPECT_FALSE(mutex->initialize(L"name", true));
+    }
+    EXPECT_THAT(calls, ElementsAre("initialize name true", "destructor"));
+}
+
+// ---- Initialize with another name -----------------------------------------------------------------------------------
+
+TEST_F(AutoMutexSteps, InitializeThatCannotCloseTheOldMutexKeepsItsNameAndFlag) {
+    {
+        const ImportHook<importedCloseHandle> close([&](HANDLE handle) {
+            close.original(handle);
+            return FALSE;
+        });
+        expectThrows<Exception>([&] { m_mutex.initialize(m_otherName.c_str(), true); },
+                                {L"AutoMutex::terminate: Error closing mutex " + m_name + L".",
+                                 L"AutoMutex::terminate" + kRethrown, L"AutoMutex::initialize" + kRethrown});
+    }
+    EXPECT_EQ(nameOfMutex(), m_name);
+    EXPECT_FALSE(flagOfMutex());
+    EXPECT_FALSE(m_mutex.*reveal(test::MutexHandle()));
+    EXPECT_FALSE(test::mutexExists(L"Global\\" + m_otherName));
+
+    EXPECT_TRUE(m_mutex.initialize(m_otherName.c_str(), true)) << "nothing is left to close";
+    EXPECT_EQ(nameOfMutex(), m_otherName);
+    EXPECT_TRUE(flagOfMutex());
+}
+
+TEST_F(AutoMutexSteps, InitializeThatCannotTakeTheOldMutexKeepsIt) {
+    abandon(m_mutex, 1);
+    {
+        const ImportHook<importedWaitForMutex> wait([](HANDLE, DWORD) { return DWORD{WAIT_TIMEOUT}; });
+        expectThrows<Exception>([&] { m_mutex.initialize(m_otherName.c_str(), true); },
+                                {L"AutoMutex::lock: Failed to lock mutex " + m_name + L": Timed out",
+                                 L"AutoMutex::terminate" + kRethrown, L"AutoMutex::initialize" + kRethrown});
+    }
+    EXPECT_EQ(nameOfMutex(), m_name);
+    EXPECT_FALSE(flagOfMutex());
+    EXPECT_EQ(call<test::GetLockCount>(m_mutex), 1);
+    EXPECT_FALSE(test::mutexExists(L"Global\\" + m_otherName));
+    EXPECT_TRUE(m_mutex.initialize(m_name.c_str(), true));
+    EXPECT_FALSE(flagOfMutex()) << "it has a mutex of that name: nothing is stored";
+
+    EXPECT_TRUE(m_mutex.initialize(m_otherName.c_str(), true));
+    EXPECT_EQ(nameOfMutex(), m_otherName);
+    EXPECT_TRUE(flagOfMutex());
+}
+
+// ---- Locking --------------------------------------------------------------------------------------------------------
+
+TEST_F(AutoMutexSteps, TheTimeOfALockIsPassedToTheSystemAsItIs) {
+    std::vector<DWORD> waitsMs;
+    {
+        const ImportHook<importedWaitForMutex> wait([&](HANDLE mutex, DWORD milliseconds) {
+            waitsMs.push_back(milliseconds);
+            return wait.original(mutex, 0);
+        });
+        for (const unsigned int timeoutMs : {0u, 1u, 60001u, 0xFFFFFFFEu, 0xFFFFFFFFu}) {
+            EXPECT_TRUE(m_mutex.lock(timeoutMs, true));
+        }
+    }
+    EXPECT_THAT(waitsMs, ElementsAre(0u, 1u, 60001u, 0xFFFFFFFEu, INFINITE));
+}
+
+TEST_F(AutoMutexSteps, TheErrorTextIsSetBeforeTheWarning) {
+    vorel::BaseString<wchar_t> errorText(L"as before");
+    std::vector<std::wstring> atTheWarning;
+    {
+        const ImportHook<importedWaitForMutex> wait([](HANDLE, DWORD) { return DWORD{WAIT_TIMEOUT}; });
+        const ImportHook<importedLockLogFile> lockLog([&](auto... arguments) {
+            atTheWarning.emplace_back(errorText.view());
+            return lockLog.original(arguments...);
+        });
+        EXPECT_FALSE(m_mutex.lock(5, false, &errorText));
+    }
+    EXPECT_THAT(atTheWarning, AllOf(Not(IsEmpty()), Each(L"Failed to lock mutex " + m_name + L": Timed out")));
+    EXPECT_THAT(m_log.messages(),
+                ElementsAre("WARN: AutoMutex::lock: Failed to lock mutex " + narrow(m_name) + ": Timed out"));
+}
+
+TEST_F(AutoMutexSteps, AnOwnerThatIsGoneIsClearedUnderTheBookkeepingLock) {
+    abandon(m_mutex, 2);
+    const int& count = m_mutex.*reveal(test::LockCount());
+    const long long& owner = m_mutex.*reveal(test::LockingThreadId());
+    std::vector<std::string> trace;
+    const auto note = [&](const char* step, const void* section) {
+        if (section == bookkeeping()) {
+            trace.push_back(step + std::to_string(count) + ownerText(owner));
+        }
+    };
+    {
+        const ImportHook<importedEnter> enter([&](CRITICAL_SECTION* section) {
+            enter.original(section);
+            note("enter ", section);
+        });
+        const ImportHook<importedLeave> leave([&](CRITICAL_SECTION* section) {
+            note("leave ", section);
+            leave.original(section);
+        });
+        m_mutex.lock(1000, true);
+    }
+    EXPECT_THAT(trace, ElementsAre("enter 2 of another", "leave 0 of nobody",       // the record is cleared
+                                   "enter 0 of nobody", "leave 1 of the caller"));  // the new hold is counted
+}
+
+TEST_F(AutoMutexSteps, AForeignFailureOfCountingIsSevere) {
+    const ImportHook<importedEnter> enter([&](CRITICAL_SECTION* section) {
+        if (section == bookkeeping()) {
+            throw std::runtime_error("foreign");
+        }
+        enter.original(section);
+    });
+    for (const bool increment : {true, false}) {
+        expectThrows<Exception>([&] { call<test::SetLockCount>(m_mutex, increment); },
+                                {L"AutoMutex::SetLockCount: Severe error thrown"});
+    }
+    expectThrows<Exception>([&] { m_mutex.lock(0, true); },
+                            {L"AutoMutex::SetLockCount: Severe error thrown", L"AutoMutex::lock" + kRethrown});
+}
+
+// ---- The end of the object ------------------------------------------------------------------------------------------
+
+TEST_F(AutoMutexSteps, AFailureOfItsEndIsSuppressedWhileAnotherOneUnwinds) {
+    {
+        const ImportHook<importedCloseHandle> close([&](HANDLE handle) {
+            close.original(handle);
+            return FALSE;
+        });
+        const auto failWhileOneIsAlive = [this] {
+            const AutoMutex mutex(m_otherName.c_str(), false, false);
+            throw std::runtime_error("the first failure");
+        };
+        EXPECT_THROW(failWhileOneIsAlive(), std::runtime_error);
+    }
+    EXPECT_THAT(m_log.messages(),
+                ElementsAre("Vorel Error: AutoMutex::terminate: Error closing mutex " + narrow(m_otherName) + ".",
+                            "Vorel Error: AutoMutex::terminate: Vorel exception rethrown",
+                            "Vorel Error: AutoMutex::~AutoMutex: Vorel exception suppressed"));
+}
+
+// ---- An owner that is gone, reported to another object --------------------------------------------------------------
+
+/// `m_mutex` records a thread that ended with the mutex held. The system has reported that to `m_other`, which shares
+/// the mutex: it reports it once.
+class AutoMutexWithAStaleOwner : public AutoMutexSteps {
+public:
+    ~AutoMutexWithAStaleOwner() noexcept override {
+        if (m_stale) {
+            (*m_stale).*reveal(test::LockCount()) = 0;  // for its end, which would throw
+        }
+    }
+
+protected:
+    AutoMutexWithAStaleOwner() {
+        m_other.lock(1000, true);
+        m_other.unlock();
+        EXPECT_EQ(call<test::GetLockCount>(m_other), 0);
+    }
+
+    /// The messages of counting a hold on the calling thread.
+    [[nodiscard]] std::vector<std::wstring> refusal(const std::wstring& operation) const {
+        return {L"Mutex " + m_name +
+                    L": Trying to increment lock count from a thread that does not own the mutex.  Current owner = " +
+                    std::to_wstring(m_gone) + L", my threadID = " + std::to_wstring(GetCurrentThreadId()) +
+                    L", current lock count = 1",
+                L"AutoMutex::SetLockCount" + kRethrown, L"AutoMutex::" + operation + kRethrown};
+    }
+
+    AutoMutex m_other{m_name.c_str(), false, false};
+    std::unique_ptr<AutoMutex> m_stale = std::make_unique<AutoMutex>(m_name.c_str(), false, false);
+    const unsigned long m_gone = abandon(*m_stale, 1);
+};
+
+TEST_F(AutoMutexWithAStaleOwner, EveryLockIsRefusedAndGivesTheMutexBack) {
+    for (int round = 0; round != 3; ++round) {
+        expectThrows<Exception>([&] { m_stale->lock(1000, false); }, refusal(L"lock"));
+        expectThrows<Exception>([&] { m_stale->tryLock(); }, refusal(L"tryLock"));
+        m_stale->unlock();  // not the owner: does nothing
+        EXPECT_EQ(call<test::GetLockCount>(*m_stale), 1);
+        EXPECT_EQ(call<test::GetLockingThreadID>(*m_stale), static_cast<long long>(m_gone));
+        EXPECT_TRUE(isFreeForOthers(m_other));
+    }
+}
+
+TEST_F(AutoMutexWithAStaleOwner, ItCannotBeInitializedAgainAndItsEndThrowsButClosesIt) {
+    std::vector<std::wstring> messages = refusal(L"terminate");
+    messages.push_back(L"AutoMutex::initialize" + kRethrown);
+    expectThrows<Exception>([&] { m_stale->initialize(m_otherName.c_str(), false); }, messages);
+
+    messages.back() = L"AutoMutex::~AutoMutex" + kRethrown;
+    expectThrows<Exception>([&] { delete m_stale.release(); }, messages);
+    EXPECT_TRUE(isFreeForOthers(m_other));
+    call<test::Terminate>(m_other);
+    call<test::Terminate>(m_mutex);
+    EXPECT_FALSE(test::mutexExists(L"Global\\" + m_name)) << "every handle is closed";
+}
+
+TEST_F(AutoMutexWithAStaleOwner, AThreadThatGotTheSameIdIsTakenForTheOwner) {
+    // As if the system had given the ended thread's id to this one.
+    (*m_stale).*reveal(test::LockingThreadId()) = GetCurrentThreadId();
+    const std::wstring notReleased =
+        L"AutoMutex::unlock: Failed to release mutex " + m_name + L": " + test::systemText(ERROR_NOT_OWNER);
+    for (int round = 0; round != 2; ++round) {
+        expectThrows<Exception>([&] { m_stale->unlock(); }, {notReleased, L"AutoMutex::unlock" + kRethrown});
+        EXPECT_EQ(call<test::GetLockCount>(*m_stale), 1);
+
+        EXPECT_TRUE(m_stale->lock(1000, true));
+        EXPECT_EQ(call<test::GetLockCount>(*m_stale), 2) << "the ended thread's hold is still counted";
+        EXPECT_FALSE(isFreeForOthers(m_other));
+        m_stale->unlock();
+        EXPECT_TRUE(isFreeForOthers(m_other));
+    }
+    expectThrows<Exception>([&] { call<test::Terminate>(*m_stale); },
+                            {notReleased, L"AutoMutex::unlock" + kRethrown, L"AutoMutex::terminate" + kRethrown});
+}
+
+TEST_F(AutoMutexWithAStaleOwner, ALaterReportToItClearsTheRecord) {
+    onAnotherThread([this] {
+        const test::Handle mutex(OpenMutexW(SYNCHRONIZE, FALSE, (L"Global\\" + m_name).c_str()));
+        return WaitForSingleObject(mutex.get(), test::kGenerousMs);
+    });
+    EXPECT_TRUE(m_stale->lock(1000, true));
+    EXPECT_EQ(call<test::GetLockCount>(*m_stale), 1);
+    EXPECT_EQ(call<test::GetLockingThreadID>(*m_stale), static_cast<long long>(GetCurrentThreadId()));
+    m_stale->unlock();
+}
+
+}  // namespace
