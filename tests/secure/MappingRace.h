@@ -3,6 +3,7 @@
 #pragma once
 
 #include <string>
+#include <utility>
 
 #include <windows.h>
 
@@ -31,8 +32,8 @@ public:
 
     explicit operator bool() const { return m_view != nullptr; }
 
-    volatile long& first() const { return static_cast<volatile long*>(m_view)[0]; }
-    volatile long& second() const { return static_cast<volatile long*>(m_view)[1]; }
+    [[nodiscard]] volatile long& first() const { return static_cast<volatile long*>(m_view)[0]; }
+    [[nodiscard]] volatile long& second() const { return static_cast<volatile long*>(m_view)[1]; }
 
 private:
     Handle m_mapping;

@@ -305,6 +305,7 @@ TEST_F(AutoMutexWithAStaleOwner, ItCannotBeInitializedAgainAndItsEndThrowsButClo
     expectThrows<Exception>([&] { m_stale->initialize(m_otherName.c_str(), false); }, messages);
 
     messages.back() = L"AutoMutex::~AutoMutex" + kRethrown;
+    // NOLINTNEXTLINE(readability-uniqueptr-delete-release): a reset must not throw
     expectThrows<Exception>([&] { delete m_stale.release(); }, messages);
     EXPECT_TRUE(isFreeForOthers(m_other));
     call<test::Terminate>(m_other);
