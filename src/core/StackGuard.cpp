@@ -30,7 +30,7 @@ void __stack_chk_fail() {
 namespace {
 
 // Before every constructor that could call a guarded function.
-[[gnu::constructor(101), gnu::no_stack_protector]] void makeGuard() {
+__attribute__((constructor(101), no_stack_protector)) void makeGuard() {
     FILETIME time;
     GetSystemTimeAsFileTime(&time);
     LARGE_INTEGER counter;

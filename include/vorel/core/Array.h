@@ -245,24 +245,18 @@ private:
     void setCountWithin(unsigned int count) {
         const unsigned int end = std::exchange(m_count, count);
         releaseEach(count, end, [](T* item) {
-            const Renewed renewed{item};
+            const std::unique_ptr<T, Renew> renewed(item);
             std::destroy_at(item);
         });
     }
 
     /// Value-initialises a slot at the end of a block, also after the destructor of its element has failed.
-    struct Renewed {
-        ~Renewed() { std::construct_at(slot); }
-
-        T* slot;
+    struct Renew {
+        void operator()(T* slot) const { std::construct_at(slot); }
     };
 
     void release() {
-        struct Storage {
-            ~Storage() { std::free(items); }
-
-            T* items;
-        } const storage{m_items};
+        const std::unique_ptr<T, decltype(&std::free)> storage(m_items, &std::free);
         releaseEach(0, m_allocated, [](T* item) { std::destroy_at(item); });
     }
 

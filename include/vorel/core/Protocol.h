@@ -68,6 +68,7 @@ void guardedDestructor(const wchar_t* className, Body&& body) {
 /// nothing remains. Later ones are recorded and swallowed, because the first already unwinds the stack by then.
 template <class ReleaseNext>
 void releaseAll(const wchar_t* className, ReleaseNext&& releaseNext) {
+    // NOLINTNEXTLINE(cppcoreguidelines-special-member-functions): local, never copied
     struct Remaining {
         ~Remaining() {
             while (hasMore) {
