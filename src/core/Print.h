@@ -4,10 +4,15 @@
 /// In wide formats `%s` is wide text, the runtime's default.
 #pragma once
 
+#include <algorithm>
 #include <cstdarg>
 #include <cstddef>
 #include <cstdio>
 #include <cstdlib>
+#include <initializer_list>
+#include <string>
+#include <string_view>
+#include <utility>
 
 namespace vorel::baseutil {
 
@@ -33,8 +38,8 @@ wchar_t* formatWithFallback(wchar_t* buffer, std::size_t size, wchar_t*& heapOut
 /// The text of a message that cannot be rendered.
 inline constexpr wchar_t kUnformattable[] = L"(unable to format message)";
 
-/// A rendered message: 8,000 units on the stack, and the heap for longer ones.
-template <class T>
+/// A rendered message: `Units` units on the stack, and the heap for longer ones.
+template <class T, std::size_t Units = 8000>
 class MessageText {
 public:
     MessageText() noexcept = default;
@@ -46,7 +51,7 @@ public:
 
     /// Renders the message, once in an object's life.
     void render(const T* fmt, va_list args) noexcept {
-        m_text = formatWithFallback(m_buffer, kUnits, m_heap, m_truncated, fmt, args);
+        m_text = formatWithFallback(m_buffer, Units, m_heap, m_truncated, fmt, args);
     }
     void renderf(const T* fmt, ...) noexcept {
         va_list args;
@@ -55,17 +60,48 @@ public:
         va_end(args);
     }
 
+    /// Makes the message of the texts `front`, followed by `text`, which may be the message itself. Without memory it
+    /// is cut to the units on the stack, as a rendered one is.
+    void compose(std::initializer_list<std::basic_string_view<T>> front, std::basic_string_view<T> text) noexcept {
+        std::size_t frontUnits = 0;
+        for (const std::basic_string_view<T> part : front) {
+            frontUnits += part.size();
+        }
+        const std::size_t units = frontUnits + text.size();
+        T* block = nullptr;
+        if (units >= Units) {
+            block = static_cast<T*>(std::malloc((units + 1) * sizeof(T)));
+            m_truncated = m_truncated || !block;
+        }
+        join(block ? block : m_buffer, block ? units : std::min(units, Units - 1), frontUnits, front, text);
+        if (block) {
+            std::free(std::exchange(m_heap, block));
+        }
+    }
+
     /// Null when the message could not be rendered.
     [[nodiscard]] const T* text() const noexcept { return m_text; }
     [[nodiscard]] bool truncated() const noexcept { return m_truncated; }
 
 private:
-    static constexpr std::size_t kUnits = 8000;
+    /// Puts the first `units` units of `front` and `text` into `target`. The text moves first: it may lie there
+    /// already.
+    void join(T* target, std::size_t units, std::size_t frontUnits,
+              std::initializer_list<std::basic_string_view<T>> front, std::basic_string_view<T> text) noexcept {
+        const std::size_t start = std::min(frontUnits, units);
+        std::char_traits<T>::move(target + start, text.data(), units - start);
+        std::size_t position = 0;
+        for (const std::basic_string_view<T> part : front) {
+            position += part.copy(target + position, start - position);
+        }
+        target[units] = 0;
+        m_text = target;
+    }
 
     const T* m_text = nullptr;
     T* m_heap = nullptr;
     bool m_truncated = false;
-    T m_buffer[kUnits];
+    T m_buffer[Units];
 };
 
 }  // namespace vorel::baseutil

@@ -2,6 +2,10 @@
 /// The diagnostic channels. Each renders the caller's message, decorates it, and hands one line to the error log; the
 /// mirror switch never silences them.
 
+#include <initializer_list>
+#include <string_view>
+#include <type_traits>
+
 #include "LibraryState.h"
 #include "core/Print.h"
 #include "exceptions/DebugTargets.h"
@@ -18,8 +22,10 @@ namespace {
 
 using baseutil::MessageText;
 
-/// What stands in front of a line whose text is whole, and of one that had to be cut.
+/// The prefix of a line whose text is whole, and of one whose text had to be cut or could not be rendered.
 struct Prefix {
+    [[nodiscard]] const char* choose(bool isTruncated) const noexcept { return isTruncated ? truncated : plain; }
+
     const char* plain;
     const char* truncated;
 };
@@ -28,70 +34,88 @@ constexpr Prefix kWarn{"WARN: ", "WARN Truncated: "};
 constexpr Prefix kDebug{"DEBUG: ", "DEBUG Truncated: "};
 constexpr Prefix kCallersOwn{"%hs: ", "%hs Truncated: "};
 
-/// The text of one line: the caller's message, wide, and what decorates it. A message that cannot be rendered counts as
-/// cut to nothing.
-class ChannelText {
+/// What the runtime prints for a text: "(null)" for none.
+std::wstring_view shown(const wchar_t* text) noexcept {
+    return text ? text : L"(null)";
+}
+
+/// A narrow message, made wide. The buffer that it is rendered in is gone from the stack when the line is written.
+class NarrowMessage {
 public:
-    ChannelText(const wchar_t* format, va_list args) noexcept : m_message(format, args) {
-        m_truncated = m_message.truncated();
-        setText(m_message.text());
-    }
+    NarrowMessage(const char* format, va_list args) noexcept : m_truncated(!render(format, args, m_wide)) {}
 
-    ChannelText(const char* format, va_list args) noexcept {
-        const MessageText<char> narrow(format, args);
-        m_truncated = narrow.truncated();
-        detail::mbs2wcs(narrow.text(), m_converted);
-        setText(narrow.text() ? m_converted.view().data() : nullptr);
-    }
-
-    /// Puts a debug target in front: "target: message".
-    void addTarget(const wchar_t* target) noexcept { decorate(m_withTarget, L"%ls: %ls", target, m_text); }
-
-    /// Puts a class and a method in front: "class::method: message".
-    void addClass(const wchar_t* className, const wchar_t* method) noexcept {
-        decorate(m_withClass, L"%ls::%ls: %ls", className, method, m_text);
-    }
-
-    const wchar_t* text() const noexcept { return m_text; }
-    const char* choose(const Prefix& prefix) const noexcept { return m_truncated ? prefix.truncated : prefix.plain; }
+    [[nodiscard]] const wchar_t* text() const noexcept { return m_wide.view().data(); }
+    [[nodiscard]] bool truncated() const noexcept { return m_truncated; }
+    [[nodiscard]] const char* choose(const Prefix& prefix) const noexcept { return prefix.choose(m_truncated); }
 
 private:
-    template <class... Texts>
-    void decorate(MessageText<wchar_t>& decorated, const wchar_t* format, Texts... texts) noexcept {
-        decorated.renderf(format, texts...);
-        m_truncated = m_truncated || decorated.truncated();
-        setText(decorated.text());
+    /// False when the message had to be cut.
+    [[gnu::noinline]] static bool render(const char* format, va_list args, BaseString<wchar_t>& wide) noexcept {
+        const MessageText<char> narrow(format, args);
+        detail::mbs2wcs(narrow.text(), wide);
+        return narrow.text() && !narrow.truncated();
     }
 
-    void setText(const wchar_t* text) noexcept {
-        m_text = text ? text : L"";
-        m_truncated = m_truncated || !text;
-    }
-
-    MessageText<wchar_t> m_message;
-    BaseString<wchar_t> m_converted;
-    MessageText<wchar_t> m_withTarget;
-    MessageText<wchar_t> m_withClass;
-    const wchar_t* m_text = nullptr;
-    bool m_truncated = false;
+    BaseString<wchar_t> m_wide;
+    bool m_truncated;
 };
 
-/// The caller's own prefix as it stands on the line.
+/// A wide message, and its decoration. A warning has to work on a thread with little stack, so there is one buffer, in
+/// which the message is rendered and decorated.
+class ChannelText {
+public:
+    ChannelText(const wchar_t* format, va_list args) noexcept : m_line(format, args) {
+        m_text = m_line.text() ? m_line.text() : L"";
+        m_truncated = m_line.truncated() || !m_line.text();
+    }
+
+    /// `message` has to stay.
+    explicit ChannelText(const NarrowMessage& message) noexcept
+        : m_text(message.text()), m_truncated(message.truncated()) {}
+
+    /// Makes the text "target: message".
+    void addTarget(const wchar_t* target) noexcept { decorate({shown(target), L": "}); }
+
+    /// Makes the text "class::method: message".
+    void addClass(const wchar_t* className, const wchar_t* method) noexcept {
+        decorate({shown(className), L"::", shown(method), L": "});
+    }
+
+    [[nodiscard]] const wchar_t* text() const noexcept { return m_text; }
+    [[nodiscard]] const char* choose(const Prefix& prefix) const noexcept { return prefix.choose(m_truncated); }
+
+private:
+    void decorate(std::initializer_list<std::wstring_view> front) noexcept {
+        m_line.compose(front, m_text);
+        m_text = m_line.text();
+        m_truncated = m_truncated || m_line.truncated();
+    }
+
+    MessageText<wchar_t> m_line;
+    const wchar_t* m_text;
+    bool m_truncated;
+};
+
+/// The caller's own prefix as it stands on the line. A wide one is on the heap already when it is rendered, so it has
+/// less of the stack.
+template <class T>
 class OwnPrefix {
 public:
-    OwnPrefix(const char* prefix, const ChannelText& line) noexcept {
-        m_rendered.renderf(line.choose(kCallersOwn), prefix);
-    }
-    OwnPrefix(const wchar_t* prefix, const ChannelText& line) noexcept {
-        BaseString<char> converted;
-        detail::wcs2mbs(prefix, converted);
-        m_rendered.renderf(line.choose(kCallersOwn), prefix ? converted.view().data() : nullptr);
+    template <class Line>
+    OwnPrefix(const T* prefix, const Line& line) noexcept {
+        if constexpr (std::is_same_v<T, char>) {
+            m_rendered.renderf(line.choose(kCallersOwn), prefix);
+        } else {
+            BaseString<char> converted;
+            detail::wcs2mbs(prefix, converted);
+            m_rendered.renderf(line.choose(kCallersOwn), prefix ? converted.view().data() : nullptr);
+        }
     }
 
     [[nodiscard]] const char* text() const noexcept { return m_rendered.text(); }
 
 private:
-    MessageText<char> m_rendered;
+    MessageText<char, std::is_same_v<T, char> ? 8000 : 500> m_rendered;
 };
 
 }  // namespace
@@ -99,7 +123,7 @@ private:
 void Exception::warn(const char* format, ...) noexcept {
     va_list args;
     va_start(args, format);
-    const ChannelText line(format, args);
+    const NarrowMessage line(format, args);
     va_end(args);
     MirrorErrorMessage(ErrorLogLocation, CurrentLogSize, line.choose(kWarn), line.text(), true);
 }
@@ -115,7 +139,7 @@ void Exception::warn(const wchar_t* format, ...) noexcept {
 void Exception::swigwarn(const char* format, ...) noexcept {
     va_list args;
     va_start(args, format);
-    const ChannelText line(format, args);
+    const NarrowMessage line(format, args);
     va_end(args);
     MirrorErrorMessage(ErrorLogLocation, CurrentLogSize, line.choose(kWarn), line.text(), true);
 }
@@ -178,7 +202,8 @@ void Exception::debugClass(const wchar_t* className, const wchar_t* method, cons
 }
 
 void Exception::vDebugInternal(const char* target, const char* format, va_list args) noexcept {
-    ChannelText line(format, args);
+    const NarrowMessage message(format, args);
+    ChannelText line(message);
     BaseString<wchar_t> wideTarget;
     detail::mbs2wcs(target, wideTarget);
     line.addTarget(wideTarget.view().data());
@@ -202,7 +227,7 @@ void Exception::vDebugClassInternal(const wchar_t* className, const wchar_t* met
 void Exception::log(const char* logPath, long long size, const char* prefix, const char* format, ...) noexcept {
     va_list args;
     va_start(args, format);
-    const ChannelText line(format, args);
+    const NarrowMessage line(format, args);
     va_end(args);
     MirrorErrorMessage(logPath, size, OwnPrefix(prefix, line).text(), line.text(), true);
 }

@@ -9,6 +9,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include <io.h>
@@ -62,26 +63,34 @@ private:
     DWORD m_lastError;
 };
 
-/// A message in UTF-8, on the stack unless it is long. Without memory a long message is cut.
+/// A message in UTF-8, piece by piece: a short one has its one piece on the stack, a long one on the heap. Only where
+/// there is no memory a long message has more than one.
 class Utf8Message {
 public:
-    explicit Utf8Message(const wchar_t* message) noexcept {
+    explicit Utf8Message(const wchar_t* message) noexcept : m_writer(message, -1) {
         const std::size_t units = std::char_traits<wchar_t>::length(message);
-        const std::size_t room = units * kernels::kMostUtf8BytesPerUnit + kSlack;
-        std::size_t usable = sizeof m_buffer;
-        if (room > sizeof m_buffer) {
-            m_heap.reset(static_cast<char*>(std::malloc(room)));
-            usable = m_heap ? room : usable;
+        const std::size_t capacity = units * kernels::kMostUtf8BytesPerUnit + kSlack;
+        if (capacity > m_capacity) {
+            m_heap.reset(static_cast<char*>(std::malloc(capacity)));
+            m_capacity = m_heap ? capacity : m_capacity;
         }
-        char* const text = m_heap ? m_heap.get() : m_buffer;
-        kernels::Utf8Writer<kernels::Surrogates::Paired, wchar_t> writer(message, -1);
-        const std::size_t bytes =
-            writer.write(reinterpret_cast<unsigned char*>(text), usable - kSlack, usable - kSlack);
-        text[bytes] = 0;
-        m_text = text;
+        convertPiece();
     }
 
-    [[nodiscard]] const char* text() const noexcept { return m_text; }
+    /// The current piece.
+    [[nodiscard]] const char* text() const noexcept { return m_heap ? m_heap.get() : m_buffer; }
+
+    /// What comes after the current piece on the line.
+    [[nodiscard]] const char* ending() const noexcept { return m_writer.atEnd() ? "\n" : ""; }
+
+    /// Goes on to the next piece; false when there is none.
+    bool next() noexcept {
+        if (m_writer.atEnd()) {
+            return false;
+        }
+        convertPiece();
+        return true;
+    }
 
 private:
     struct Free {
@@ -90,10 +99,64 @@ private:
 
     static constexpr std::size_t kSlack = kernels::kLongestUtf8Sequence + 1;
 
-    const char* m_text;
+    void convertPiece() noexcept {
+        char* const piece = m_heap ? m_heap.get() : m_buffer;
+        const std::size_t room = m_capacity - kSlack;
+        piece[m_writer.write(reinterpret_cast<unsigned char*>(piece), room, room)] = 0;
+    }
+
+    kernels::Utf8Writer<kernels::Surrogates::Paired, wchar_t> m_writer;
     std::unique_ptr<char, Free> m_heap;
-    char m_buffer[8192];
+    std::size_t m_capacity = sizeof m_buffer;
+    char m_buffer[1024];
 };
+
+/// Writes one line to a locked file.
+void printLine(std::FILE* stream, const system::LocalTimeText& time, const std::optional<unsigned long long>& milliseconds,
+               const char* prefix, Utf8Message& message) noexcept {
+    const system::ComputerName computer = system::ComputerName::remembered();
+    const char* const front = prefix ? prefix : "NULL Method";
+    if (milliseconds) {
+        baseutil::streamPrint(stream, "[%hs].%.3llu %hs.%d.%lu: %hs%hs%hs", time.text, *milliseconds, computer.text,
+                              _getpid(), GetCurrentThreadId(), front, message.text(), message.ending());
+    } else {
+        baseutil::streamPrint(stream, "[%hs] %hs.%d.%lu: %hs%hs%hs", time.text, computer.text, _getpid(),
+                              GetCurrentThreadId(), front, message.text(), message.ending());
+    }
+    while (message.next()) {
+        baseutil::streamPrint(stream, "%hs%hs", message.text(), message.ending());
+    }
+    (void)std::fflush(stream);
+}
+
+/// Appends one line to the file at `path`: waits for the lock of others for a while, and then drops the line.
+[[gnu::noinline]] void appendLine(const char* path, const char* prefix, const wchar_t* message,
+                                  bool withMilliseconds) noexcept {
+    Utf8Message text(message ? message : L"NULL Message");
+    const system::LocalTimeText time;
+    std::optional<unsigned long long> milliseconds;
+    if (withMilliseconds) {
+        milliseconds = system::millisecondsUtc() % 1000;
+    }
+    for (unsigned int failures = 0;;) {
+        LogFile file(path, LogFile::Mode::Append);
+        if (!file.isOpen()) {
+            return;
+        }
+        if (file.tryLock()) {
+            if (std::FILE* const stream = file.stream()) {
+                printLine(stream, time, milliseconds, prefix, text);
+            }
+            return;
+        }
+        file.close();
+        if (failures == kMostRetries) {
+            return;
+        }
+        ++failures;
+        ::Sleep(kRetryStepMs * failures);
+    }
+}
 
 /// Sets a path of at most 1023 bytes.
 void copyPath(char (&target)[detail::kLogPathBytes], const char* path) noexcept {
@@ -129,46 +192,12 @@ void Exception::MirrorErrorMessage(const char* logPath, long long maxSize, const
     const ErrorValues kept;
     // Before the default file is chosen: the first line of a log that was never configured goes without a size check.
     CheckOldLogSize(logPath, maxSize);
-    const Utf8Message text(message ? message : L"NULL Message");
     const char* path = orCurrent(logPath, ErrorLogLocation);
     if (!*path) {
         SetErrorLogLocation(kDefaultLogPath, 0);
         path = ErrorLogLocation;
     }
-    const system::ComputerName computer = system::ComputerName::remembered();
-    const system::LocalTimeText time;
-    const bool withMilliseconds = isDebugTargetActive(L"LogsIncludeMsecs");
-    const unsigned long long milliseconds = withMilliseconds ? system::millisecondsUtc() % 1000 : 0;
-
-    for (unsigned int failures = 0;;) {
-        LogFile file(path, LogFile::Mode::Append);
-        if (!file.isOpen()) {
-            return;
-        }
-        if (!file.tryLock()) {
-            file.close();
-            if (failures == kMostRetries) {
-                return;
-            }
-            ++failures;
-            ::Sleep(kRetryStepMs * failures);
-            continue;
-        }
-        std::FILE* const stream = file.stream();
-        if (!stream) {
-            return;
-        }
-        const char* const front = prefix ? prefix : "NULL Method";
-        if (withMilliseconds) {
-            baseutil::streamPrint(stream, "[%hs].%.3llu %hs.%d.%lu: %hs%hs\n", time.text, milliseconds, computer.text,
-                                  _getpid(), GetCurrentThreadId(), front, text.text());
-        } else {
-            baseutil::streamPrint(stream, "[%hs] %hs.%d.%lu: %hs%hs\n", time.text, computer.text, _getpid(),
-                                  GetCurrentThreadId(), front, text.text());
-        }
-        (void)std::fflush(stream);
-        return;
-    }
+    appendLine(path, prefix, message, isDebugTargetActive(L"LogsIncludeMsecs"));
 }
 
 void Exception::CheckOldLogSize(const char* logPath, long long maxSize) noexcept {

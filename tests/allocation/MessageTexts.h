@@ -11,7 +11,6 @@
 
 constexpr std::size_t kLongMessage = 10000;
 constexpr std::size_t kCutMessage = 7999;  // what the buffer of a message holds
-constexpr std::size_t kLogBytes = 8185;    // what the buffer of a log line holds
 
 /// The text of a message that could not be made wide.
 inline const std::wstring kNoMemoryForText = L"Out of memory for text conversion";

@@ -8,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include "support/SmallStack.h"
 #include "support/TemporaryLog.h"
 #include "support/Widths.h"
 #include "vorel/exceptions/DebugSetting.h"
@@ -131,6 +132,22 @@ TYPED_TEST(ChannelTest, ANullPrefixIsThatOfTheRuntime) {
     EXPECT_EQ(log.messages(), Texts{"(null): text"});
 }
 
+// The smallest stack of a thread has 64 KB.
+TYPED_TEST(ChannelTest, WorksOnASmallStackThatIsHalfUsed) {
+    const auto target = this->text("ChannelTest.SmallStack");
+    const auto message = this->text(std::string(7000, 'x'));
+    const auto format = this->text(sizeof(TypeParam) == 1 ? "%hs" : "%ls");
+    const auto prefix = this->text("P");
+    Exception::setDebugTarget(target.c_str(), true);
+    const TemporaryLog log;
+    test::SmallStack::run(32 * 1024, [&] {
+        Exception::warn(format.c_str(), message.c_str());
+        Exception::debug(target.c_str(), format.c_str(), message.c_str());
+        Exception::log(nullptr, 1000000, prefix.c_str(), format.c_str(), message.c_str());
+    });
+    EXPECT_EQ(log.lines().size(), 3u);
+}
+
 TYPED_TEST(ChannelTest, TraceWritesNothing) {
     const TemporaryLog log;
     Exception::trace(this->text("%d").c_str(), 1);
@@ -172,6 +189,43 @@ TEST(Diagnostics, ClassFormsKeepMessagesOfEveryLength) {
         Exception::logClass(nullptr, 1000000, L"P", L"C", L"m", L"%ls", message.c_str());
         EXPECT_EQ(log.messages(),
                   (Texts{"WARN: C::m: " + narrow, "DEBUG: C::m: Diagnostics.Long: " + narrow, "P: C::m: " + narrow}))
+            << length;
+    }
+}
+
+TEST(Diagnostics, ClassFormsWorkOnASmallStackThatIsHalfUsed) {
+    Exception::setDebugTarget(L"Diagnostics.SmallStack", true);
+    const TemporaryLog log;
+    test::SmallStack::run(32 * 1024, [] {
+        Exception::warnClass(L"Parser", L"run", L"%ls", L"text");
+        Exception::debugClass(L"Parser", L"run", L"Diagnostics.SmallStack", L"%ls", L"text");
+        Exception::logClass(nullptr, 1000, L"Note", L"Parser", L"run", L"%ls", L"text");
+    });
+    EXPECT_EQ(log.messages(), (Texts{"WARN: Parser::run: text", "DEBUG: Parser::run: Diagnostics.SmallStack: text",
+                                     "Note: Parser::run: text"}));
+}
+
+TEST(Diagnostics, ClassFormsShowNullNamesAsTheRuntimeDoes) {
+    Exception::setDebugTarget(L"Diagnostics.NullNames", true);
+    const TemporaryLog log;
+    Exception::warnClass(nullptr, L"m", L"text");
+    Exception::logClass(nullptr, 1000, L"P", L"C", nullptr, L"text");
+    Exception::debugClass(nullptr, nullptr, L"Diagnostics.NullNames", L"text");
+    EXPECT_EQ(log.messages(), (Texts{"WARN: (null)::m: text", "P: C::(null): text",
+                                     "DEBUG: (null)::(null): Diagnostics.NullNames: text"}));
+}
+
+TEST(Diagnostics, DecorationsOfEveryLengthAreWhole) {
+    Exception::setDebugTarget(std::wstring(8000, L't').c_str(), true);
+    for (const std::size_t length : {1u, 3990u, 3994u, 3995u, 3996u, 8000u, 20000u}) {
+        const std::wstring name(length, L'n');
+        const std::string shown = std::string(length, 'n') + "::" + std::string(length, 'n') + ": ";
+        const TemporaryLog log;
+        Exception::warnClass(name.c_str(), name.c_str(), L"text");
+        Exception::warnClass(name.c_str(), name.c_str(), L"%ls", std::wstring(9000, L'x').c_str());
+        Exception::debugClass(name.c_str(), name.c_str(), std::wstring(8000, L't').c_str(), L"text");
+        EXPECT_EQ(log.messages(), (Texts{"WARN: " + shown + "text", "WARN: " + shown + std::string(9000, 'x'),
+                                         "DEBUG: " + shown + std::string(8000, 't') + ": text"}))
             << length;
     }
 }

@@ -1,0 +1,95 @@
+"""Checks how much stack the diagnostic channels need.
+
+Compiles the sources that a line of the log passes through, reads the compiler's call graph with the size of each frame,
+and adds up the deepest chain of calls below each channel. What the runtime and the system need comes on top, and so does
+a call that throws: failures are reported outside of these sources.
+
+    check_stack.py <source folder> <work folder> <compiler> <flag>...
+"""
+
+import pathlib
+import re
+import subprocess
+import sys
+
+SOURCES = [
+    "LibraryState.cpp",
+    "core/BaseString.cpp",
+    "core/Print.cpp",
+    "core/SilentParameterErrors.cpp",
+    "exceptions/Diagnostics.cpp",
+    "exceptions/ErrorLog.cpp",
+    "exceptions/LocaleText.cpp",
+    "exceptions/LogFile.cpp",
+    "exceptions/ThreadLogging.cpp",
+    "kernels/Utf8EncodeAvx2.cpp",
+    "sync/CriticalSections.cpp",
+    "system/ComputerName.cpp",
+    "system/SystemClock.cpp",
+]
+
+# In bytes: a thread with the smallest stack, 64 KB, may have used half of it.
+LIMITS = {"wide": 20 * 1024, "narrow": 28 * 1024}
+
+CHANNELS = re.compile(r"_ZN5vorel9Exception\d+(warn|swigwarn|warnClass|debug|vDebug|debugClass|log|logClass)E(\w+)")
+NUMBER_OF_CHANNELS = 13
+
+RETURN_ADDRESS = 8
+NODE = re.compile(r'^node: \{ title: "([^"]*)" label: "([^"]*)"')
+EDGE = re.compile(r'^edge: \{ sourcename: "([^"]*)" targetname: "([^"]*)"')
+FRAME = re.compile(r"\\n(\d+) bytes \(([^)]*)\)")
+
+
+class CallGraph:
+    def __init__(self):
+        self.frames = {}  # bytes, by the linker's name
+        self.calls = {}
+
+    def read(self, path):
+        for line in path.read_text().splitlines():
+            if node := NODE.match(line):
+                title, label = node.groups()
+                if frame := FRAME.search(label):
+                    if "dynamic" in frame[2]:
+                        sys.exit(f"{title}: the size of its frame is not known")
+                    self.frames[title] = int(frame[1]) + RETURN_ADDRESS
+            elif edge := EDGE.match(line):
+                self.calls.setdefault(edge[1], set()).add(edge[2])
+
+    def deepest(self, title, active=()):
+        """The bytes of the deepest chain of calls that begins with `title`, and its functions."""
+        if title not in self.frames or title in active:
+            return 0, []
+        chains = [self.deepest(called, (*active, title)) for called in self.calls.get(title, ())]
+        size, chain = max(chains, default=(0, []))
+        return size + self.frames[title], [title, *chain]
+
+
+def main():
+    sources, work, compiler, *flags = sys.argv[1:]
+    work = pathlib.Path(work)
+    work.mkdir(parents=True, exist_ok=True)
+    graph = CallGraph()
+    for source in SOURCES:
+        target = work / source.replace("/", "-").replace(".cpp", ".o")
+        own = ["-mavx2"] if source.endswith("Avx2.cpp") else []
+        subprocess.run(
+            [compiler, *flags, *own, "-fcallgraph-info=su", "-c", f"{sources}/{source}", "-o", str(target)], check=True
+        )
+        graph.read(target.with_suffix(".ci"))
+    channels = list(filter(None, map(CHANNELS.fullmatch, sorted(graph.frames))))
+    if len(channels) != NUMBER_OF_CHANNELS:
+        sys.exit(f"{len(channels)} channels found instead of {NUMBER_OF_CHANNELS}")
+    failed = False
+    for channel in channels:
+        width = "wide" if "w" in channel[2] else "narrow"
+        size, chain = graph.deepest(channel[0])
+        print(f"{channel[1]:10} {width:6} {size:6} of {LIMITS[width]} bytes")
+        if size > LIMITS[width]:
+            failed = True
+            for function in chain:
+                print(f"    {graph.frames[function]:6} {function}")
+    sys.exit(failed)
+
+
+main()
