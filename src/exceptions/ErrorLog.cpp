@@ -42,7 +42,6 @@ namespace {
 
 using detail::LogFile;
 
-constexpr char kDefaultLogPath[] = "C:\\TalvenorError.txt";
 constexpr unsigned int kMostRetries = 30;
 constexpr unsigned int kRetryStepMs = 3;
 
@@ -112,8 +111,9 @@ private:
 };
 
 /// Writes one line to a locked file.
-void printLine(std::FILE* stream, const system::LocalTimeText& time, const std::optional<unsigned long long>& milliseconds,
-               const char* prefix, Utf8Message& message) noexcept {
+void printLine(std::FILE* stream, const system::LocalTimeText& time,
+               const std::optional<unsigned long long>& milliseconds, const char* prefix,
+               Utf8Message& message) noexcept {
     const system::ComputerName computer = system::ComputerName::remembered();
     const char* const front = prefix ? prefix : "NULL Method";
     if (milliseconds) {
@@ -158,17 +158,41 @@ void printLine(std::FILE* stream, const system::LocalTimeText& time, const std::
     }
 }
 
-/// Sets a path of at most 1023 bytes.
-void copyPath(char (&target)[detail::kLogPathBytes], const char* path) noexcept {
-    const std::size_t length = path ? strnlen(path, sizeof target - 1) : 0;
-    std::memmove(target, path ? path : "", length);
-    target[length] = 0;
-    target[sizeof target - 1] = 0;
-}
+/// The path of one line: the caller's own, or the location, which is copied once so that size check and line agree.
+class LinePath {
+public:
+    explicit LinePath(const char* own) noexcept : m_text(own && *own ? own : m_location) {
+        if (m_text == m_location) {
+            readLocation();
+        }
+    }
 
-/// The path that a caller means.
-const char* orCurrent(const char* logPath, const char* current) noexcept {
-    return logPath && *logPath ? logPath : current;
+    LinePath(const LinePath&) = delete;
+    LinePath& operator=(const LinePath&) = delete;
+
+    void readLocation() noexcept { detail::LogLocation::read(m_location); }
+    [[nodiscard]] const char* text() const noexcept { return m_text; }
+    [[nodiscard]] bool empty() const noexcept { return *m_text == 0; }
+
+private:
+    const char* m_text;
+    char m_location[detail::kLogPathBytes];
+};
+
+/// Moves the file at `path` to its backup if it has more than `limit` bytes.
+[[gnu::noinline]] void moveIfLarger(const char* path, long long limit) noexcept {
+    if (!*path || limit < 1) {
+        return;
+    }
+    LogFile file(path, LogFile::Mode::Inspect);
+    // A busy file is being written: the next line will look again.
+    if (!file.isOpen() || !file.tryLock() || !file.isLargerThan(limit)) {
+        return;
+    }
+    const detail::BackupName backup(path);
+    _unlink(backup.text);
+    file.close();
+    (void)std::rename(path, backup.text);
 }
 
 /// Runs `action` under the log-settings lock.
@@ -190,31 +214,20 @@ void Exception::MirrorErrorMessage(const char* logPath, long long maxSize, const
         return;
     }
     const ErrorValues kept;
-    // Before the default file is chosen: the first line of a log that was never configured goes without a size check.
-    CheckOldLogSize(logPath, maxSize);
-    const char* path = orCurrent(logPath, ErrorLogLocation);
-    if (!*path) {
-        SetErrorLogLocation(kDefaultLogPath, 0);
-        path = ErrorLogLocation;
+    LinePath path(logPath == ErrorLogLocation ? nullptr : logPath);
+    if (path.empty()) {
+        // The first line of a log that was never configured goes without a size check.
+        SetErrorLogLocation(detail::kDefaultLogPath, 0);
+        path.readLocation();
+    } else {
+        moveIfLarger(path.text(), maxSize < 1 ? CurrentLogSize : maxSize);
     }
-    appendLine(path, prefix, message, isDebugTargetActive(L"LogsIncludeMsecs"));
+    appendLine(path.text(), prefix, message, isDebugTargetActive(L"LogsIncludeMsecs"));
 }
 
 void Exception::CheckOldLogSize(const char* logPath, long long maxSize) noexcept {
-    const char* const path = orCurrent(logPath, ErrorLogLocation);
-    const long long limit = maxSize < 1 ? CurrentLogSize : maxSize;
-    if (!*path || limit < 1) {
-        return;
-    }
-    LogFile file(path, LogFile::Mode::Inspect);
-    // A busy file is being written: the next line will look again.
-    if (!file.isOpen() || !file.tryLock() || !file.isLargerThan(limit)) {
-        return;
-    }
-    const detail::BackupName backup(path);
-    _unlink(backup.text);
-    file.close();
-    (void)std::rename(path, backup.text);
+    const LinePath path(logPath == ErrorLogLocation ? nullptr : logPath);
+    moveIfLarger(path.text(), maxSize < 1 ? CurrentLogSize : maxSize);
 }
 
 bool Exception::LockLogFile(int fileDescriptor, bool lock) noexcept {
@@ -227,7 +240,7 @@ void Exception::SetErrorLogLocation(const char* path, long long size) noexcept {
         if (size >= 1) {
             CurrentLogSize = size;
         }
-        copyPath(ErrorLogLocation, path);
+        detail::LogLocation::write(path);
         detail::installInvalidParameterHandler(&Invalid_Parameter_Handler);
     });
 }
@@ -242,11 +255,6 @@ void Exception::SetErrorLogSize(long long size) noexcept {
     if (size >= -1) {
         withSettings([=] { CurrentLogSize = size; });
     }
-}
-
-void detail::LogLocation::copyTo(char (&path)[kLogPathBytes]) noexcept {
-    withSettings(
-        [&path] { copyPath(path, *Exception::ErrorLogLocation ? Exception::ErrorLogLocation : kDefaultLogPath); });
 }
 
 }  // namespace vorel

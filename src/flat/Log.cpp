@@ -99,7 +99,7 @@ vorel_status vorel_log_path(vorel_char16* path, size_t capacity, size_t* length)
     return call(L"vorel_log_path", [&] {
         const TextOutput out(path, capacity, length);
         char narrow[kLogPathBytes];
-        vorel::detail::LogLocation::copyTo(narrow);
+        vorel::detail::LogLocation::readOrDefault(narrow);
         wchar_t wide[kLogPathBytes];
         const int units =
             MultiByteToWideChar(CP_ACP, 0, narrow, static_cast<int>(std::strlen(narrow)), wide, kLogPathBytes);

@@ -1,6 +1,7 @@
 /// \file
 /// The lines of the error log: their form, who may write one, and what a writer leaves alone.
 
+#include <atomic>
 #include <cerrno>
 #include <clocale>
 #include <cstdio>
@@ -233,6 +234,35 @@ TEST(ErrorLog, AFileThatStaysLockedCostsTheLineAndAboutOneAndAHalfSeconds) {
     EXPECT_GE(waitedMs, 1395u - 30u);
     Exception::warn("after");
     EXPECT_EQ(log.messages(), (Texts{"WARN: before", "WARN: after"}));
+}
+
+TEST(ErrorLog, EveryLineGoesToOneOfThePathsBetweenWhichTheLocationChanges) {
+    constexpr int kWriters = 2;
+    constexpr int kLines = 300;
+    const TemporaryLog log(-1);
+    const std::string paths[] = {log.folder().file("b.log"), log.folder().file(std::string(60, 'A') + ".log")};
+    Exception::SetErrorLogLocation(paths[0].c_str(), 0);
+    std::atomic<bool> done{false};
+    std::thread changer([&] {
+        for (unsigned int round = 0; !done; ++round) {
+            Exception::SetErrorLogLocation(paths[round % 2].c_str(), 0);
+        }
+    });
+    std::vector<std::thread> writers;
+    for (int writer = 0; writer < kWriters; ++writer) {
+        writers.emplace_back([] {
+            for (int line = 0; line < kLines; ++line) {
+                Exception::warn("text");
+            }
+        });
+    }
+    for (std::thread& writer : writers) {
+        writer.join();
+    }
+    done = true;
+    changer.join();
+    const std::size_t lines = test::readLines(paths[0]).size() + test::readLines(paths[1]).size();
+    EXPECT_EQ(lines, std::size_t{kWriters * kLines}) << "the others are in a file that nobody named";
 }
 
 }  // namespace

@@ -21,6 +21,7 @@ SOURCES = [
     "exceptions/ErrorLog.cpp",
     "exceptions/LocaleText.cpp",
     "exceptions/LogFile.cpp",
+    "exceptions/LogLocation.cpp",
     "exceptions/ThreadLogging.cpp",
     "kernels/Utf8EncodeAvx2.cpp",
     "sync/CriticalSections.cpp",

@@ -1,21 +1,33 @@
 /// \file
 /// The settings of the error log as they are kept, and the size check by itself.
 
+#include <atomic>
 #include <cstdio>
+#include <cstring>
 #include <functional>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include <gtest/gtest.h>
+#include <windows.h>
 
 #include "LibraryState.h"
+#include "exceptions/LogLocation.h"
 #include "support/HeldLock.h"
+#include "support/ImportHook.h"
 #include "support/LockedFile.h"
 #include "support/PageEdge.h"
 #include "support/PrivateMember.h"
 #include "support/TemporaryLog.h"
 #include "support/Widths.h"
 #include "vorel/exceptions/Exception.h"
+
+extern "C" {
+extern decltype(&::Sleep) importedSleep __asm__("__imp_Sleep");
+extern decltype(&::SwitchToThread) importedSwitchToThread __asm__("__imp_SwitchToThread");
+extern decltype(&::_time64) importedTime __asm__("__imp__time64");
+}
 
 namespace test {
 
@@ -105,6 +117,89 @@ TEST(Location, OfWideTextThatCannotBeConvertedIsTheTextOfTheFailure) {
     Exception::SetErrorLogLocation(L"C:\\\x4E00.txt", 4321);
     EXPECT_STREQ(location(), "Error in text conversion");
     EXPECT_EQ(test::currentLogSize(), 4321);
+}
+
+std::string readLocation() {
+    char path[vorel::detail::kLogPathBytes];
+    std::memset(path, '?', sizeof path);
+    vorel::detail::LogLocation::read(path);
+    return path;
+}
+
+TEST(Location, IsReadWholeHoweverLong) {
+    const TemporaryLog log;
+    for (const std::size_t length : {0u, 1u, 1022u, 1023u}) {
+        const std::string path(length, 'p');
+        Exception::SetErrorLogLocation(path.c_str(), 0);
+        EXPECT_EQ(readLocation(), path) << length;
+    }
+}
+
+TEST(Location, IsReadAgainWhileItIsBeingWritten) {
+    using vorel::detail::LogLocationVersion;
+    const TemporaryLog log;
+    Exception::SetErrorLogLocation("C:\\old\\path.log", 0);
+    // A writer that has got halfway.
+    ++LogLocationVersion;
+    std::memcpy(location(), "D:\\new", 6);
+    int waits = 0;
+    const test::ImportHook<importedSwitchToThread> writer([&] {
+        if (++waits == 3) {
+            std::strcpy(location(), "D:\\new\\and longer.log");
+            ++LogLocationVersion;
+        }
+        return TRUE;
+    });
+    EXPECT_EQ(readLocation(), "D:\\new\\and longer.log");
+    EXPECT_EQ(waits, 3);
+}
+
+TEST(Location, IsReadInTheEndThoughItsWriterWasKilled) {
+    using vorel::detail::LogLocationVersion;
+    const TemporaryLog log;
+    Exception::SetErrorLogLocation("C:\\path.log", 0);
+    ++LogLocationVersion;
+    DWORD sleptMs = 0;
+    const test::ImportHook<importedSleep> sleeps([&](DWORD milliseconds) { sleptMs += milliseconds; });
+    EXPECT_EQ(readLocation(), "C:\\path.log");
+    EXPECT_EQ(sleptMs, 500u);
+    ++LogLocationVersion;
+}
+
+TEST(Location, IsNeverReadAsAMixtureOfTwo) {
+    constexpr int kReads = 50000;
+    const TemporaryLog log;
+    const std::string paths[] = {std::string(1000, 'a'), std::string(700, 'b')};
+    Exception::SetErrorLogLocation(paths[0].c_str(), 0);
+    std::atomic<bool> done{false};
+    std::thread writer([&] {
+        for (unsigned int round = 0; !done; ++round) {
+            Exception::SetErrorLogLocation(paths[round % 2].c_str(), 0);
+        }
+    });
+    int mixtures = 0;
+    for (int count = 0; count < kReads; ++count) {
+        const std::string path = readLocation();
+        mixtures += path != paths[0] && path != paths[1];
+    }
+    done = true;
+    writer.join();
+    EXPECT_EQ(mixtures, 0);
+}
+
+// The time is taken after the size check, and before the file is opened for the line.
+TEST(Location, IsTakenOncePerLine) {
+    const TemporaryLog log;
+    const std::string next = log.folder().file("next.log");
+    const test::ImportHook<importedTime> clock([&](__time64_t* out) {
+        Exception::SetErrorLogLocation(next.c_str(), 0);
+        return clock.original(out);
+    });
+    Exception::warn("first");
+    EXPECT_EQ(log.messages(), std::vector<std::string>{"WARN: first"});
+    EXPECT_FALSE(isThere(next));
+    Exception::warn("second");
+    EXPECT_EQ(test::readLogMessages(next), std::vector<std::string>{"WARN: second"});
 }
 
 TEST(CheckOldLogSize, TakesTheCurrentPathForNone) {

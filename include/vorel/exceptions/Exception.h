@@ -300,7 +300,7 @@ private:
     static void Invalid_Parameter_Handler(const wchar_t* expression, const wchar_t* function, const wchar_t* file,
                                           unsigned int line, std::uintptr_t reserved) noexcept;
 
-    static char ErrorLogLocation[MaxPathSize];
+    alignas(8) static char ErrorLogLocation[MaxPathSize];
     static bool m_mirrorToErrorLog;
 
     std::vector<StackEntry> m_stack;

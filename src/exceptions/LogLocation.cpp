@@ -1,0 +1,75 @@
+#include "exceptions/LogLocation.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+
+#include <windows.h>
+
+#include "vorel/exceptions/Exception.h"
+
+namespace vorel::detail {
+
+namespace {
+
+/// A reader that meets a change gives way to the writer, and then sleeps: the writer's thread may be waiting for a
+/// processor. If it never goes on (it was killed), the reader uses its last copy after half a second, because logging
+/// must not wait for long.
+constexpr unsigned int kQuickAttempts = 1000;
+constexpr unsigned int kSlowAttempts = 500;
+constexpr unsigned int kSleepMs = 1;
+
+/// The path is copied word by word: a copy has to be done before the next change begins.
+using Word = std::uint64_t;
+constexpr std::size_t kWords = kLogPathBytes / sizeof(Word);
+
+std::atomic_ref<Word> sharedWord(char (&shared)[kLogPathBytes], std::size_t index) noexcept {
+    static_assert(std::atomic_ref<Word>::required_alignment <= alignof(Word));
+    // Everybody else reads the array as what it is, an array of characters, which may alias any object.
+    return std::atomic_ref<Word>(reinterpret_cast<Word*>(shared)[index]);
+}
+
+}  // namespace
+
+void LogLocation::write(const char* path) noexcept {
+    char bytes[kLogPathBytes] = {};
+    std::memcpy(bytes, path ? path : "", path ? strnlen(path, kLogPathBytes - 1) : 0);
+    const unsigned int version = LogLocationVersion.load(std::memory_order_relaxed);
+    LogLocationVersion.store(version + 1, std::memory_order_relaxed);
+    std::atomic_thread_fence(std::memory_order_release);
+    for (std::size_t index = 0; index < kWords; ++index) {
+        Word word = 0;
+        std::memcpy(&word, bytes + index * sizeof word, sizeof word);
+        sharedWord(Exception::ErrorLogLocation, index).store(word, std::memory_order_relaxed);
+    }
+    LogLocationVersion.store(version + 2, std::memory_order_release);
+}
+
+void LogLocation::read(char (&path)[kLogPathBytes]) noexcept {
+    for (unsigned int attempt = 0; attempt < kQuickAttempts + kSlowAttempts; ++attempt) {
+        const unsigned int before = LogLocationVersion.load(std::memory_order_acquire);
+        for (std::size_t index = 0; index < kWords; ++index) {
+            const Word word = sharedWord(Exception::ErrorLogLocation, index).load(std::memory_order_relaxed);
+            std::memcpy(path + index * sizeof word, &word, sizeof word);
+        }
+        path[kLogPathBytes - 1] = 0;
+        std::atomic_thread_fence(std::memory_order_acquire);
+        if (before % 2 == 0 && LogLocationVersion.load(std::memory_order_relaxed) == before) {
+            return;
+        }
+        if (attempt < kQuickAttempts) {
+            SwitchToThread();
+        } else {
+            ::Sleep(kSleepMs);
+        }
+    }
+}
+
+void LogLocation::readOrDefault(char (&path)[kLogPathBytes]) noexcept {
+    read(path);
+    if (!*path) {
+        std::memcpy(path, kDefaultLogPath, sizeof kDefaultLogPath);
+    }
+}
+
+}  // namespace vorel::detail
