@@ -1,5 +1,8 @@
 #include "vorel/exceptions/Exception.h"
 
+#include <new>
+#include <utility>
+
 #include "core/StringAccess.h"
 #include "vorel/core/Protocol.h"
 #include "vorel/text/Unicode.h"
@@ -96,41 +99,54 @@ unsigned int Exception::getMessageTotal() const noexcept {
     return static_cast<unsigned int>(m_stack.size());
 }
 
+// The separator may lie in the block of an earlier call, so that is replaced in the end.
 const wchar_t* Exception::getErrorMessageBlock(const wchar_t* separator) const {
-    m_wideBlock.clear();
-    for (const StackEntry& entry : m_stack) {
-        if (&entry != &m_stack.front()) {
-            m_wideBlock += separator;
+    return detail::guarded(L"Exception", L"getErrorMessageBlock", [&] {
+        BaseString<wchar_t> block;
+        for (const StackEntry& entry : m_stack) {
+            if (&entry != &m_stack.front()) {
+                block += separator;
+            }
+            block += entry.message;
         }
-        m_wideBlock += entry.message;
-    }
-    return textOf(m_wideBlock);
+        m_wideBlock = std::move(block);
+        return textOf(m_wideBlock);
+    });
 }
 
 const char* Exception::getCharErrorMessageBlock(const char* separator) const noexcept {
-    m_charBlock.clear();
+    BaseString<char> block;
     try {
         BaseString<char> message;
         for (const StackEntry& entry : m_stack) {
             if (&entry != &m_stack.front()) {
-                m_charBlock += separator;
+                block += separator;
             }
             util::ConvertStringtoUTF8(entry.message.c_str(), message, -1);
-            m_charBlock += message;
+            block += message;
         }
     } catch (...) {
-        // The caller gets what there is.
+        // The caller gets the text so far.
     }
+    m_charBlock = std::move(block);
     return m_charBlock.view().data();
 }
 
 void Exception::dumpStack(std::vector<std::wstring>& messages, std::vector<std::wstring>& locations, bool clearAfter) {
-    messages.resize(m_stack.size());
-    locations.resize(m_stack.size());
-    for (std::size_t entry = 0; entry < m_stack.size(); ++entry) {
-        messages[entry] = m_stack[entry].message.view();
-        locations[entry] = m_stack[entry].location.view();
-    }
+    detail::guarded(L"Exception", L"dumpStack", [&] {
+        std::vector<std::wstring> copiedMessages;
+        std::vector<std::wstring> copiedLocations;
+        try {
+            for (const StackEntry& entry : m_stack) {
+                copiedMessages.emplace_back(entry.message.view());
+                copiedLocations.emplace_back(entry.location.view());
+            }
+        } catch (const std::bad_alloc&) {
+            detail::throwMemory(getMessageTotal(), sizeof(std::wstring));
+        }
+        messages.swap(copiedMessages);
+        locations.swap(copiedLocations);
+    });
     if (clearAfter) {
         CleanAll();
     }

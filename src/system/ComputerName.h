@@ -9,8 +9,8 @@ struct ComputerName {
     /// Asks the system.
     static ComputerName ask() noexcept;
 
-    /// The same, but a name that the system has told is not asked for again: it changes only when the computer is
-    /// started anew, and asking takes as long as writing half a line. Thread-safe.
+    /// The same, but a name that the system has given once is remembered and not asked for again: it changes only when
+    /// the system restarts, and asking takes as long as writing half a line. Thread-safe.
     static ComputerName remembered() noexcept;
 
     char text[16] = {};

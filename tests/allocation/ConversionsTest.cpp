@@ -240,7 +240,7 @@ void constructCondition(Trial& trial) {
 void addDebugTarget(Trial& trial) {
     vorel::DebugTargets<wchar_t, vorel::NoLock> targets;
     trial.perform([&] { targets.set(L"a target with a name of some length", true); });
-    trial.expectBadAlloc();
+    trial.expectMemoryException({{36, 2}});
     EXPECT_EQ(targets.isActive(L"a target with a name of some length"), trial.completed());
 }
 

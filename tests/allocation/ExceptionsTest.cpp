@@ -188,11 +188,14 @@ void narrowLocation(Trial& trial) {
 
 void wideBlock(Trial& trial) {
     const Original original;
+    const wchar_t* const earlier = original.e.getErrorMessageBlock(L"; ");
     const wchar_t* block = nullptr;
     trial.perform([&] { block = original.e.getErrorMessageBlock(L" | "); });
-    trial.expectMemoryException({{64, 2}, {128, 2}});
+    trial.expectMemoryException({{64, 2}, {128, 2}}, {L"Exception::getErrorMessageBlock: Vorel exception rethrown"});
     if (trial.completed()) {
         EXPECT_STREQ(block, L"the first message of the original | the second message, which is longer");
+    } else {
+        EXPECT_STREQ(earlier, L"the first message of the original; the second message, which is longer");
     }
     EXPECT_EQ(original.e.getMessageTotal(), 2u);
 }
@@ -208,13 +211,16 @@ void narrowBlock(Trial& trial) {
 
 void dumpedStack(Trial& trial) {
     Original original;
-    Texts messages;
-    Texts locations;
+    Texts messages = {L"old"};
+    Texts locations = {L"old"};
     trial.perform([&] { original.e.dumpStack(messages, locations, true); });
-    trial.expectBadAlloc();
+    trial.expectMemoryException({{2, sizeof(std::wstring)}}, {L"Exception::dumpStack: Vorel exception rethrown"});
     if (trial.completed()) {
         EXPECT_EQ(messages, (Texts{L"the first message of the original", L"the second message, which is longer"}));
         EXPECT_EQ(locations, (Texts{L"the place of the first message", L""}));
+    } else {
+        EXPECT_EQ(messages, Texts{L"old"});
+        EXPECT_EQ(locations, Texts{L"old"});
     }
     EXPECT_EQ(original.e.getMessageTotal(), trial.completed() ? 0u : 2u);
 }

@@ -37,7 +37,8 @@ void setDebugTarget(Trial& trial) {
     const heap::Unwatched kept;
     const std::basic_string<T> target = freshTarget<T>();
     trial.perform([&] { Exception::setDebugTarget(target.c_str(), true); });
-    trial.expectException(typeid(Exception).name(), {L"Exception::setDebugTarget: Severe error thrown"});
+    trial.expectMemoryException({{static_cast<unsigned int>(target.size() + 1), sizeof(T)}},
+                                {L"Exception::setDebugTarget: Vorel exception rethrown"});
     EXPECT_EQ(Exception::isDebugTargetActive(target.c_str()), trial.completed());
     if (trial.completed()) {
         Exception::setDebugTarget(target.c_str(), false);

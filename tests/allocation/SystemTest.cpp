@@ -24,18 +24,28 @@ namespace util = vorel::util;
 
 constexpr int kCode = ERROR_ACCESS_DENIED;
 
+/// The capacity of a string that has to hold `units` and a terminator: a power of two, 16 at least.
+unsigned int roundedUp(std::size_t units) {
+    unsigned int capacity = 16;
+    while (capacity < units + 1) {
+        capacity *= 2;
+    }
+    return capacity;
+}
+
 /// The text is the one asked for; without memory for it, there is none.
 void formatErrorMsg(Trial& trial) {
-    BaseString<wchar_t> text(L"old");
+    BaseString<wchar_t> text;
     trial.perform([&] { util::FormatErrorMsg(kCode, text); });
-    trial.expectMemoryOrDone();
+    trial.expectMemoryException({{roundedUp(test::systemText(kCode).size()), 2}},
+                                {L"vorel::util::FormatErrorMsg: Vorel exception rethrown"});
     EXPECT_EQ(text.view(), trial.completed() ? test::systemText(kCode) : L"");
 }
 
 void formatNoError(Trial& trial) {
     BaseString<wchar_t> text;
     trial.perform([&] { util::FormatErrorMsg(0, text); });
-    trial.expectMemoryException({{16, 2}});
+    trial.expectMemoryException({{16, 2}}, {L"vorel::util::FormatErrorMsg: Vorel exception rethrown"});
     EXPECT_EQ(text.view(), trial.completed() ? L"No Error" : L"");
 }
 
@@ -46,7 +56,9 @@ void getLastErrorMsg(Trial& trial) {
         SetLastError(kCode);
         result = util::GetLastErrorMsg(text);
     });
-    trial.expectMemoryOrDone();
+    trial.expectMemoryException({{roundedUp(test::systemText(kCode).size()), 2}},
+                                {L"vorel::util::FormatErrorMsg: Vorel exception rethrown",
+                                 L"vorel::util::GetLastErrorMsg: Vorel exception rethrown"});
     EXPECT_EQ(result, trial.completed());
 }
 

@@ -226,4 +226,12 @@ TEST(Exception, RethrowThrowsACopy) {
     EXPECT_EQ(messagesOf(original), Messages{L"a"});
 }
 
+TEST(Exception, TheSeparatorOfABlockMayLieInTheBlockBefore) {
+    Exception e(L"a");
+    e.appendMessage(L"b");
+    e.appendMessage(L"c");
+    EXPECT_STREQ(e.getErrorMessageBlock(e.getErrorMessageBlock(L"-")), L"aa-b-cba-b-cc");
+    EXPECT_STREQ(e.getCharErrorMessageBlock(e.getCharErrorMessageBlock("-") + 3), "a-cb-cc");
+}
+
 }  // namespace

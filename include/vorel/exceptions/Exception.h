@@ -17,8 +17,7 @@
 /// Formats are printf-style; `%ls` and `%hs` name wide and narrow text. A format that cannot be rendered gives the
 /// message "(unable to format message)"; a line of the channels has no message then, and is marked as cut.
 ///
-/// An object belongs to the thread that holds it. The static operations may be called from any thread, but for
-/// `setDebugTarget`, which belongs to the start-up of a program.
+/// An object belongs to the thread that holds it. The static operations may be called from any thread at any time.
 ///
 /// `Exception` does not derive from `std::exception`: its `what()` is wide.
 #pragma once
@@ -109,15 +108,15 @@ public:
     unsigned int getMessageTotal() const noexcept;
 
     /// All messages, oldest first, with `separator` (null: nothing) between neighbours. The text stays until the next
-    /// call or the end of the object.
-    /// \throws MemoryException when the text cannot be had.
+    /// call or the end of the object; `separator` may lie in the text of the call before.
+    /// \throws MemoryException when the text cannot be allocated; the text of the call before stays then.
     const wchar_t* getErrorMessageBlock(const wchar_t* separator) const;
 
     /// The same in UTF-8. A failure while it is built is swallowed: the text so far is returned.
     const char* getCharErrorMessageBlock(const char* separator) const noexcept;
 
     /// Copies messages and locations, position by position, and then empties the stack if `clearAfter` is set.
-    /// \throws std::bad_alloc, with the stack as it was.
+    /// \throws MemoryException when they cannot be allocated, with the stack and both lists as they were.
     void dumpStack(std::vector<std::wstring>& messages, std::vector<std::wstring>& locations, bool clearAfter);
 
     /// Writes every message to the log, oldest first, whether logging is delayed or not.
@@ -169,7 +168,8 @@ public:
     static void throwSevereDestructor(const wchar_t* className);
 
     /// Keeps the calling thread's messages out of the error log (`true`), or lets them in again (`false`). The thread
-    /// is silenced or it is not: calls do not add up. Exceptions still collect their messages.
+    /// is silenced or it is not: calls do not add up. Exceptions still collect their messages. The choice ends with the
+    /// thread, so that a later thread with the same id is heard.
     static void DisableThreadErrorLogging(bool disable) noexcept;
     static bool IsThreadErrorLoggingDisabled() noexcept;
 
@@ -177,7 +177,8 @@ public:
     /// \name Error log
     /// One text line per message, written by any number of processes and threads under a lock on the whole file. A
     /// size limit is a number of bytes: 0 switches the log off, 1 or more moves the file to its backup (".001"
-    /// appended) once it has grown beyond that, a negative one never does.
+    /// appended) once it has grown beyond that, a negative one never does. The computer name in the lines is asked for
+    /// once and remembered: it changes only when the system restarts.
     /// \{
 
     static const long long DefaultLogSize = 1000000;
@@ -247,8 +248,8 @@ public:
     /// Switches a debug target on or off; null is ignored. Names are compared exactly, and narrow and wide names are
     /// two worlds: a target switched on by a narrow name is not active under the wide one. That is meant. The wide
     /// target "LogsIncludeMsecs" adds milliseconds to every line of the log.
-    /// Not to be called while other threads test targets.
-    /// \throws Exception when there is no memory for the name.
+    /// Takes no lock: a thread that tests or switches the same target at the same time finds it before or after.
+    /// \throws MemoryException when there is no memory for a new name; the target is off then, as before.
     static void setDebugTarget(const char* name, bool active);
     static void setDebugTarget(const wchar_t* name, bool active);
     static bool isDebugTargetActive(const char* name) noexcept;
