@@ -147,7 +147,7 @@ vorel_status vorel_log_debug(const vorel_char16* target, size_t targetLength, co
 }
 
 vorel_status vorel_log_set_debug_target(const vorel_char16* target, size_t length, int32_t active) {
-    return call(L"vorel_log_set_debug_target", VOREL_ERROR_OUT_OF_MEMORY, [&] {
+    return call(L"vorel_log_set_debug_target", [&] {
         const WideText name(target, length);
         Exception::setDebugTarget(name.c_str(), active != 0);
         return vorel_status{VOREL_OK};

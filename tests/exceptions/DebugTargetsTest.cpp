@@ -1,9 +1,11 @@
 /// \file
 /// Debug targets: names that are switched on and off, in two worlds that never see each other.
 
+#include <atomic>
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <thread>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -82,6 +84,36 @@ TYPED_TEST(DebugTargetsTest, ManyTargetsAreKeptApart) {
     for (int index = 0; index < 100; ++index) {
         EXPECT_EQ(this->isActive(nameOf(index)), index % 3 == 0) << index;
     }
+}
+
+TYPED_TEST(DebugTargetsTest, AnyThreadMaySetAndTestThemAtAnyTime) {
+    constexpr int kThreads = 4;
+    constexpr int kNames = 1000;
+    const auto nameOf = [](int index, int thread) {
+        return "DT.Any" + std::to_string(index) + "." + std::to_string(thread);
+    };
+    std::atomic<int> wrong{0};
+    std::vector<std::thread> threads;
+    for (int thread = 0; thread < kThreads; ++thread) {
+        threads.emplace_back([&, thread] {
+            for (int index = 0; index < kNames; ++index) {
+                this->set(nameOf(index, thread), true);
+                wrong += !this->isActive(nameOf(index, thread));
+                this->set(nameOf(index, kThreads), true);  // which all of them do
+                wrong += !this->isActive(nameOf(index, kThreads));
+                this->set(nameOf(index, thread), index % 2 == 0);
+            }
+        });
+    }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+    for (int index = 0; index < kNames; ++index) {
+        for (int thread = 0; thread <= kThreads; ++thread) {
+            wrong += this->isActive(nameOf(index, thread)) != (index % 2 == 0 || thread == kThreads);
+        }
+    }
+    EXPECT_EQ(wrong, 0);
 }
 
 TEST(DebugTargets, NarrowAndWideNamesNeverSeeEachOther) {

@@ -1,8 +1,10 @@
 #include "vorel/flat/Log.h"
 
+#include <atomic>
 #include <string>
 #include <string_view>
 #include <thread>
+#include <vector>
 
 #include <gmock/gmock.h>
 
@@ -176,6 +178,28 @@ TEST(FlatLog, KeepsTheLinesOfOneThreadOut) {
     EXPECT_EQ(vorel_log_set_thread_enabled(2), VOREL_OK) << "everything but 0 is true";
     EXPECT_EQ(write(L"", L"let in again"), VOREL_OK);
     EXPECT_THAT(log.messages(), ElementsAre("from another thread", "let in again"));
+}
+
+TEST(FlatLog, AnyThreadMaySetDebugTargetsAtAnyTime) {
+    constexpr int kThreads = 4;
+    constexpr int kNames = 500;
+    const TemporaryLog log;
+    std::atomic<int> wrong{0};
+    std::vector<std::thread> threads;
+    for (int thread = 0; thread < kThreads; ++thread) {
+        threads.emplace_back([&, thread] {
+            for (int index = 0; index < kNames; ++index) {
+                const std::wstring name = L"FlatLog." + std::to_wstring(index) + L"." + std::to_wstring(thread);
+                wrong += setTarget(name, 1) != VOREL_OK || !vorel::Exception::isDebugTargetActive(name.c_str());
+                wrong += setTarget(L"FlatLog." + std::to_wstring(index), 0) != VOREL_OK;
+            }
+        });
+    }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+    EXPECT_EQ(wrong, 0);
+    EXPECT_FALSE(log.exists());
 }
 
 }  // namespace

@@ -3,10 +3,13 @@
 
 #include "exceptions/DebugTargets.h"
 
+#include <string>
+
 #include <gtest/gtest.h>
 
 #include "LibraryState.h"
 #include "vorel/exceptions/Exception.h"
+#include "vorel/sync/CriticalSections.h"
 
 namespace {
 
@@ -69,6 +72,22 @@ TEST_F(DebugTargetsInside, EveryLookTakesTheLockOfItsPolicy) {
     EXPECT_FALSE(targets.isActive("b"));
     EXPECT_EQ(CountingLock::s_locked, 3);
     EXPECT_EQ(CountingLock::s_unlocked, 3);
+}
+
+TEST(DebugTargetSet, FindsItsNamesWhateverTheOrderInWhichTheyCame) {
+    constexpr int kNames = 3000;
+    const auto nameOf = [](int number) { return std::to_string(100000 + number); };
+    for (const int step : {1, kNames - 1, 7}) {  // ascending, descending, mixed: 7 divides no power of 2, 3 and 5
+        vorel::DebugTargets<char, vorel::NoLock> targets;
+        for (int count = 0, number = 0; count < kNames; ++count, number = (number + step) % kNames) {
+            EXPECT_FALSE(targets.isActive(nameOf(number)));
+            targets.set(nameOf(number), number % 3 != 0);
+        }
+        for (int number = 0; number < kNames; ++number) {
+            EXPECT_EQ(targets.isActive(nameOf(number)), number % 3 != 0) << number;
+            EXPECT_FALSE(targets.isActive(nameOf(number) + "0"));
+        }
+    }
 }
 
 }  // namespace

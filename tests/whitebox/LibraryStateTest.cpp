@@ -41,6 +41,8 @@ TEST(LibraryState, TablesStartWith31Buckets) {
     EXPECT_EQ(state.silencedThreads.size(), 0u);
 }
 
+static_assert(std::is_same_v<decltype(LibraryState::narrowDebugTargets), vorel::DebugTargets<char, vorel::NoLock>>);
+static_assert(std::is_same_v<decltype(LibraryState::wideDebugTargets), vorel::DebugTargets<wchar_t, vorel::NoLock>>);
 static_assert(std::is_same_v<decltype(LibraryState::LogSettingsLock), vorel::ForcedCriticalSection>);
 static_assert(std::is_same_v<decltype(LibraryState::silencedThreadsLock), vorel::AutoCriticalSection>);
 static_assert(std::is_same_v<decltype(LibraryState::spyLock), vorel::AutoCriticalSection>);

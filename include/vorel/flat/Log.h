@@ -36,11 +36,11 @@ VOREL_API vorel_status vorel_log_debug(const vorel_char16* target, size_t target
                                        size_t messageLength);
 
 /// Switches a debug target on or off; names are compared exactly. The target "LogsIncludeMsecs" adds milliseconds to
-/// every line. Belongs to the start-up of a program: not to be called while other threads write to the log.
+/// every line. May be called from any thread at any time, also while other threads write to the log.
 VOREL_API vorel_status vorel_log_set_debug_target(const vorel_char16* target, size_t length, int32_t active);
 
 /// Keeps the lines of the calling thread out of the log (0), or lets them in again: also those that the library writes
-/// for failures.
+/// for failures. The choice ends with the thread.
 VOREL_API vorel_status vorel_log_set_thread_enabled(int32_t enabled);
 
 #ifdef __cplusplus
