@@ -4,6 +4,7 @@
 
 #include "exceptions/DebugTargets.h"
 #include "exceptions/InvalidParameter.h"
+#include "exceptions/ThreadLogging.h"
 #include "flat/LastError.h"
 #include "vorel/core/HashMap.h"
 #include "vorel/sync/CriticalSections.h"
@@ -24,6 +25,7 @@ struct LibraryState {
     HashMap<const char*, unsigned int, NameEqual> codePageNames{kTableBuckets};
     AutoCriticalSection codeMapLock;
     flat::LastErrors lastErrors;
+    SilencedThreadEnds silencedThreadEnds;
     SetCurrentIPH currentHandler;  // goes first, so that the runtime calls back into nothing that is gone
 };
 

@@ -1,6 +1,8 @@
 /// \file
 /// The threads whose messages stay out of the error log.
 
+#include <cstdint>
+
 #include <windows.h>
 
 #include "LibraryState.h"
@@ -10,16 +12,14 @@
 
 namespace vorel {
 
-void Exception::DisableThreadErrorLogging(bool disable) noexcept {
-    detail::LibraryState* const state = detail::libraryState();
-    if (!state) {
-        return;
-    }
+namespace {
+
+/// Puts a thread into the table, or removes it.
+void setSilenced(detail::LibraryState& state, unsigned long thread, bool silenced) noexcept {
     try {
-        const Guard<AutoCriticalSection> held(state->silencedThreadsLock);
-        auto& threads = state->silencedThreads;
-        const unsigned long thread = GetCurrentThreadId();
-        if (!disable) {
+        const Guard<AutoCriticalSection> held(state.silencedThreadsLock);
+        auto& threads = state.silencedThreads;
+        if (!silenced) {
             threads.remove(thread, thread);
         } else if (threads.find(thread, thread) == threads.end()) {
             threads.put(thread, thread, true);
@@ -27,6 +27,39 @@ void Exception::DisableThreadErrorLogging(bool disable) noexcept {
         AnyThreadLoggingDisabled.store(threads.size() != 0, std::memory_order_relaxed);
     } catch (...) {
         // Without memory the thread's choice stays as it was.
+    }
+}
+
+/// The slot of a silenced thread has its id. It ends with the thread, but also with a fiber that the thread ran, which
+/// changes nothing for the thread.
+void CALLBACK endThread(void* id) {
+    const auto thread = static_cast<unsigned long>(reinterpret_cast<std::uintptr_t>(id));
+    detail::LibraryState* const state = detail::libraryState();
+    if (state && thread == GetCurrentThreadId() && !IsThreadAFiber()) {
+        setSilenced(*state, thread, false);
+    }
+}
+
+}  // namespace
+
+detail::SilencedThreadEnds::SilencedThreadEnds() noexcept : m_slot(FlsAlloc(&endThread)) {}
+
+detail::SilencedThreadEnds::~SilencedThreadEnds() {
+    if (m_slot != FLS_OUT_OF_INDEXES) {
+        FlsFree(m_slot);
+    }
+}
+
+void detail::SilencedThreadEnds::watch(bool silenced) const noexcept {
+    if (m_slot != FLS_OUT_OF_INDEXES) {
+        FlsSetValue(m_slot, silenced ? reinterpret_cast<void*>(std::uintptr_t{GetCurrentThreadId()}) : nullptr);
+    }
+}
+
+void Exception::DisableThreadErrorLogging(bool disable) noexcept {
+    if (detail::LibraryState* const state = detail::libraryState()) {
+        setSilenced(*state, GetCurrentThreadId(), disable);
+        state->silencedThreadEnds.watch(disable);
     }
 }
 

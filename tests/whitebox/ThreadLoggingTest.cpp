@@ -2,15 +2,22 @@
 /// The table of silenced threads: when its lock is taken, and what it tells while it is empty.
 
 #include <string>
+#include <thread>
 #include <vector>
 
 #include <gtest/gtest.h>
+#include <windows.h>
 
 #include "LibraryState.h"
 #include "exceptions/ThreadLogging.h"
 #include "support/HeldLock.h"
+#include "support/ImportHook.h"
 #include "support/TemporaryLog.h"
 #include "vorel/exceptions/Exception.h"
+
+extern "C" {
+extern decltype(&::GetCurrentThreadId) importedThreadId __asm__("__imp_GetCurrentThreadId");
+}
 
 namespace {
 
@@ -47,6 +54,75 @@ TEST(SilencedThreads, CostNoLockWhileThereAreNone) {
         Exception::warn("heard");
     });
     EXPECT_EQ(log.messages(), std::vector<std::string>{"WARN: heard"});
+}
+
+auto& table() {
+    return vorel::detail::libraryState()->silencedThreads;
+}
+
+/// The id of a thread that silenced itself, and has ended.
+DWORD endedThread() {
+    DWORD id = 0;
+    std::thread([&] {
+        id = GetCurrentThreadId();
+        Exception::DisableThreadErrorLogging(true);
+        EXPECT_EQ(table().size(), 1u);
+    }).join();
+    return id;
+}
+
+TEST(SilencedThreads, LeaveTheTableWhenTheyEnd) {
+    const test::TemporaryLog log;
+    for (int count = 0; count < 100; ++count) {
+        endedThread();
+        ASSERT_EQ(table().size(), 0u);
+        ASSERT_FALSE(vorel::AnyThreadLoggingDisabled);
+    }
+}
+
+TEST(SilencedThreads, LeaveTheTableWhenTheyEndThoughTheyWereLetInAndSilencedAgain) {
+    const test::TemporaryLog log;
+    std::thread([] {
+        Exception::DisableThreadErrorLogging(true);
+        Exception::DisableThreadErrorLogging(false);
+        Exception::DisableThreadErrorLogging(true);
+    }).join();
+    EXPECT_EQ(table().size(), 0u);
+}
+
+TEST(SilencedThreads, DoNotSilenceALaterThreadWithTheirId) {
+    const test::TemporaryLog log;
+    const DWORD id = endedThread();
+    const test::ImportHook<importedThreadId> sameId([&] { return id; });
+    EXPECT_FALSE(Exception::IsThreadErrorLoggingDisabled());
+    Exception::warn("heard");
+    EXPECT_EQ(log.messages(), std::vector<std::string>{"WARN: heard"});
+}
+
+TEST(SilencedThreads, StaySilencedWhenOthersEnd) {
+    const test::TemporaryLog log;
+    Exception::DisableThreadErrorLogging(true);
+    std::thread([] { Exception::DisableThreadErrorLogging(true); }).join();
+    EXPECT_TRUE(Exception::IsThreadErrorLoggingDisabled());
+    EXPECT_EQ(table().size(), 1u);
+}
+
+void CALLBACK silenceAndGoBack(void* caller) {
+    Exception::DisableThreadErrorLogging(true);
+    SwitchToFiber(caller);
+}
+
+TEST(SilencedThreads, StaySilencedWhenAFiberThatSilencedThemEnds) {
+    const test::TemporaryLog log;
+    std::thread([] {
+        void* const main = ConvertThreadToFiber(nullptr);
+        void* const fiber = CreateFiber(0, &silenceAndGoBack, main);
+        SwitchToFiber(fiber);
+        DeleteFiber(fiber);
+        EXPECT_TRUE(Exception::IsThreadErrorLoggingDisabled());
+        Exception::DisableThreadErrorLogging(false);
+        ConvertFiberToThread();
+    }).join();
 }
 
 }  // namespace
