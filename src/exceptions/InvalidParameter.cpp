@@ -32,6 +32,10 @@ void installInvalidParameterHandler(InvalidParameterHandler handler) noexcept {
     }
 }
 
+unsigned int invalidParameterHandlerInstallations() noexcept {
+    return s_installations;
+}
+
 SetCurrentIPH::~SetCurrentIPH() {
     if (s_handler && _get_invalid_parameter_handler() == s_handler) {
         _set_invalid_parameter_handler(nullptr);

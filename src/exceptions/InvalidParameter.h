@@ -13,6 +13,9 @@ using InvalidParameterHandler = void(__cdecl*)(const wchar_t* expression, const 
 /// Called under the log-settings lock, always with the same handler.
 void installInvalidParameterHandler(InvalidParameterHandler handler) noexcept;
 
+/// How often the handler was installed or found installed, less one for each removal.
+[[nodiscard]] unsigned int invalidParameterHandlerInstallations() noexcept;
+
 /// Takes the handler out again at unload, if the runtime still has it.
 class SetCurrentIPH {
 public:

@@ -16,13 +16,13 @@ constexpr std::size_t kLineFeedIndex = 24;
 
 }  // namespace
 
-std::uint64_t fileTimeNow() noexcept {
+std::uint64_t fileTimeNow() {
     FILETIME now = {};
     GetSystemTimeAsFileTime(&now);
     return std::uint64_t{now.dwHighDateTime} << 32 | now.dwLowDateTime;
 }
 
-std::uint64_t millisecondsUtc() noexcept {
+std::uint64_t millisecondsUtc() {
     return kernels::unixMilliseconds(fileTimeNow());
 }
 

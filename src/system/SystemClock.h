@@ -7,11 +7,14 @@
 
 namespace vorel::system {
 
+// Not marked noexcept: what a replaced system call throws (a hook of a monitoring tool) gets its record in the frame of
+// the exported clocks.
+
 /// Now, as a file time: hundreds of nanoseconds since 1601-01-01 UTC.
-std::uint64_t fileTimeNow() noexcept;
+std::uint64_t fileTimeNow();
 
 /// Milliseconds since 1970-01-01 UTC.
-std::uint64_t millisecondsUtc() noexcept;
+std::uint64_t millisecondsUtc();
 
 /// Broken-down time as the 24 characters of "Mon Nov 16 01:43:08 2026", for a buffer of `size` bytes, 26 at least.
 /// False when the runtime refuses the time.

@@ -1,41 +1,50 @@
-# Compiles Misuse.cpp, whose formats are checked, and compares the compiler's warnings with what its lines say; then
-# RuntimeFormats.cpp, whose formats are not checked, and lets every warning fail.
+# Compiles the sources beside this file and compares the compiler's messages with the comments of their lines.
 #
 #   COMPILER, FLAGS, INCLUDE: given by tests/CMakeLists.txt
 
-set(source "${CMAKE_CURRENT_LIST_DIR}/Misuse.cpp")
 separate_arguments(flags NATIVE_COMMAND "${FLAGS}")
-execute_process(
-    COMMAND "${COMPILER}" ${flags} -DVOREL_CHECK_FORMATS -std=c++20 -fsyntax-only -Wall -Wextra -Wformat-security
-        "-I${INCLUDE}" "${source}"
-    RESULT_VARIABLE result ERROR_VARIABLE warnings)
-if(NOT result EQUAL 0)
-    message(FATAL_ERROR "it does not compile:\n${warnings}")
-endif()
 
-file(STRINGS "${source}" lines)
-set(number 0)
-set(expected 0)
-foreach(line IN LISTS lines)
-    math(EXPR number "${number} + 1")
-    if(line MATCHES "// warns: (.+)$")
-        math(EXPR expected "${expected} + 1")
-        if(NOT warnings MATCHES "Misuse\\.cpp:${number}:[^\n]*\\[${CMAKE_MATCH_1}[^\n]*\\]")
-            message(SEND_ERROR "line ${number}: no ${CMAKE_MATCH_1}")
-        endif()
-    elseif(warnings MATCHES "Misuse\\.cpp:${number}:[^\n]*warning")
-        message(SEND_ERROR "line ${number}: a warning that is not expected")
+# compile(<source> <option>...): sets `result` and `messages`.
+macro(compile name)
+    execute_process(
+        COMMAND "${COMPILER}" ${flags} -std=c++20 -fsyntax-only -Wall -Wextra ${ARGN} "-I${INCLUDE}"
+            "${CMAKE_CURRENT_LIST_DIR}/${name}"
+        RESULT_VARIABLE result ERROR_VARIABLE messages)
+endmacro()
+
+# check(<source> <mark> <compiles> <text> <option>...): each line of `source` with the comment "// <mark>: X" has a message
+# that contains the regular expression `text`, in which X stands for the rest of the comment; no other line has a message.
+function(check name mark compiles text)
+    compile(${name} ${ARGN})
+    if(compiles AND NOT result EQUAL 0)
+        message(FATAL_ERROR "${name} does not compile:\n${messages}")
     endif()
-endforeach()
-if(expected EQUAL 0)
-    message(SEND_ERROR "no line expects a warning")
-endif()
-message(STATUS "${expected} lines warned of, as they say")
+    file(STRINGS "${CMAKE_CURRENT_LIST_DIR}/${name}" lines)
+    set(number 0)
+    set(expected 0)
+    foreach(line IN LISTS lines)
+        math(EXPR number "${number} + 1")
+        if(line MATCHES "// ${mark}: (.+)$")
+            math(EXPR expected "${expected} + 1")
+            string(REPLACE "X" "${CMAKE_MATCH_1}" wanted "${text}")
+            if(NOT messages MATCHES "${name}:${number}:[^\n]*${wanted}")
+                message(SEND_ERROR "${name}, line ${number}: no ${CMAKE_MATCH_1}")
+            endif()
+        elseif(messages MATCHES "${name}:${number}:[^\n]*(warning|error)")
+            message(SEND_ERROR "${name}, line ${number}: an unexpected message")
+        endif()
+    endforeach()
+    if(expected EQUAL 0)
+        message(SEND_ERROR "no line of ${name} expects a message")
+    endif()
+    message(STATUS "${name}: ${expected} messages as expected")
+endfunction()
 
-execute_process(
-    COMMAND "${COMPILER}" ${flags} -std=c++20 -fsyntax-only -Wall -Wextra -Wformat=2 -Werror "-I${INCLUDE}"
-        "${CMAKE_CURRENT_LIST_DIR}/RuntimeFormats.cpp"
-    RESULT_VARIABLE result ERROR_VARIABLE warnings)
+check(Misuse.cpp "warns" TRUE "\\[X[^\n]*\\]" -DVOREL_CHECK_FORMATS -Wformat-security)
+check(Access.cpp "refused" FALSE "error: [^\n]* is X within this context")
+
+# Without VOREL_CHECK_FORMATS the formats of the runtime compile without a warning.
+compile(RuntimeFormats.cpp -Wformat=2 -Werror)
 if(NOT result EQUAL 0)
-    message(SEND_ERROR "formats of the runtime:\n${warnings}")
+    message(SEND_ERROR "formats of the runtime:\n${messages}")
 endif()

@@ -27,6 +27,7 @@ namespace {
 using test::TemporaryLog;
 using Texts = std::vector<std::string>;
 using vorel::detail::installInvalidParameterHandler;
+using vorel::detail::invalidParameterHandlerInstallations;
 using vorel::detail::SetCurrentIPH;
 
 void someonesHandler(const wchar_t*, const wchar_t*, const wchar_t*, unsigned int, std::uintptr_t) {}
@@ -79,6 +80,39 @@ TEST_F(InvalidParameterInside, TheGuardTakesTheHandlerOutOnlyIfItStillIsTheLibra
     _set_invalid_parameter_handler(&someonesHandler);
     { const SetCurrentIPH guard; }
     EXPECT_EQ(current(), &someonesHandler);
+}
+
+TEST_F(InvalidParameterInside, InstallationsAreCounted) {
+    const unsigned int before = invalidParameterHandlerInstallations();
+    struct Step {
+        const char* why;
+        void (*run)(_invalid_parameter_handler ours);
+        unsigned int installations;
+    };
+    const Step steps[] = {
+        {"none was there", [](auto ours) { installInvalidParameterHandler(ours); }, 1},
+        {"it is there", [](auto ours) { installInvalidParameterHandler(ours); }, 2},
+        {"not the library's", [](auto) { installInvalidParameterHandler(&someonesHandler); }, 2},
+        {"another's stays",
+         [](auto ours) {
+             _set_invalid_parameter_handler(&someonesHandler);
+             installInvalidParameterHandler(ours);
+         },
+         2},
+        {"another's is not removed", [](auto) { const SetCurrentIPH guard; }, 2},
+        {"removed once",
+         [](auto ours) {
+             _set_invalid_parameter_handler(ours);
+             const SetCurrentIPH guard;
+         },
+         1},
+        {"nothing is left to remove", [](auto) { const SetCurrentIPH guard; }, 1},
+        {"installed again", [](auto ours) { installInvalidParameterHandler(ours); }, 2},
+    };
+    for (const Step& step : steps) {
+        step.run(m_ours);
+        EXPECT_EQ(invalidParameterHandlerInstallations() - before, step.installations) << step.why;
+    }
 }
 
 TEST_F(InvalidParameterInside, TheHandlerWarnsUnlessTheRuntimeTellsNothing) {

@@ -7,21 +7,25 @@
 #include <cstdint>
 #include <cstring>
 #include <ctime>
+#include <stdexcept>
 #include <string>
 
 #include <gtest/gtest.h>
 
 #include <windows.h>
 
+#include "support/Expect.h"
 #include "support/GuardedBuffer.h"
 #include "support/ImportHook.h"
 #include "support/TimeZone.h"
 #include "system/CivilTime.h"
+#include "vorel/exceptions/Exception.h"
 #include "vorel/system/Time.h"
 
 extern "C" {
 extern decltype(&::asctime_s) importedTimeText __asm__("__imp_asctime_s");
 extern decltype(&::_localtime64_s) importedLocalTime __asm__("__imp__localtime64_s");
+extern decltype(&::GetSystemTimeAsFileTime) importedFileTime __asm__("__imp_GetSystemTimeAsFileTime");
 extern decltype(&::GetTickCount) importedTickCount __asm__("__imp_GetTickCount");
 }
 
@@ -158,6 +162,25 @@ TEST(SystemClock, LocalTimeText_IsThePresentTimeOfTheZone) {
         EXPECT_EQ(std::string(now.text) + "\n", expected);
         EXPECT_EQ(std::strlen(now.text), 24u);
         return;
+    }
+}
+
+TEST(SystemClock, WhatAReplacedSystemCallThrowsIsRecordedUnderTheNameOfTheClock) {
+    struct Clock {
+        unsigned long long (*read)();
+        std::wstring name;
+    };
+    const Clock clocks[] = {
+        {&vorel::util::getmicrotime, L"vorel::util::getmicrotime"},
+        {&vorel::util::getMillisecondsUTC, L"vorel::util::getMillisecondsUTC"},
+    };
+    for (const Clock& clock : clocks) {
+        {
+            const test::ImportHook<importedFileTime> broken([](FILETIME*) { throw vorel::Exception(L"broken"); });
+            test::expectThrows<vorel::Exception>(clock.read, {L"broken", clock.name + L": Vorel exception rethrown"});
+        }
+        const test::ImportHook<importedFileTime> foreign([](FILETIME*) { throw std::runtime_error("no"); });
+        test::expectThrows<vorel::Exception>(clock.read, {clock.name + L": Severe error thrown"});
     }
 }
 

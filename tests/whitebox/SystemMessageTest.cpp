@@ -61,8 +61,13 @@ TEST(SystemMessage, IsTrimmedAtBothEndsAndGivenBack) {
         const wchar_t* words;
         std::wstring_view trimmed;
     };
-    for (const Case& c : {Case{L"\r\n \ttwo words \r\n", L"two words"}, Case{L"text", L"text"}, Case{L" \r\n\t", L""},
-                          Case{L"", L""}}) {
+    for (const Case& c :
+         {Case{L"\r\n \ttwo words \r\n", L"two words"}, Case{L"text", L"text"}, Case{L" \r\n\t", L""}, Case{L"", L""},
+          Case{L"\x20\x09\x0A\x0B\x0C\x0D.\x0D\x0C\x0B\x0A\x09\x20", L"."},
+          // Neighbours of white space, and the white space of other alphabets, stay.
+          Case{L"\x08.\x08", L"\x08.\x08"}, Case{L"\x0E.\x0E", L"\x0E.\x0E"}, Case{L"\x1F.\x1F", L"\x1F.\x1F"},
+          Case{L"\x85.\x85", L"\x85.\x85"}, Case{L"\xA0.\xA0", L"\xA0.\xA0"}, Case{L"\x2003.\x2003", L"\x2003.\x2003"},
+          Case{L"\x3000.\x3000", L"\x3000.\x3000"}, Case{L"\xFEFF.\xFEFF", L"\xFEFF.\xFEFF"}}) {
         const System system(c.words);
         {
             const SystemMessage message(static_cast<int>(0x80070005));
