@@ -5,13 +5,13 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
-#include <thread>
 #include <vector>
 
 #include <gtest/gtest.h>
 #include <windows.h>
 
 #include "support/TemporaryLog.h"
+#include "support/Together.h"
 #include "support/Widths.h"
 #include "vorel/exceptions/Exception.h"
 
@@ -88,14 +88,14 @@ TYPED_TEST(DebugTargetsTest, ManyTargetsAreKeptApart) {
 
 TYPED_TEST(DebugTargetsTest, AnyThreadMaySetAndTestThemAtAnyTime) {
     constexpr int kThreads = 4;
-    constexpr int kNames = 1000;
-    const auto nameOf = [](int index, int thread) {
-        return "DT.Any" + std::to_string(index) + "." + std::to_string(thread);
-    };
+    constexpr int kRounds = 20;
+    constexpr int kNames = 200;
     std::atomic<int> wrong{0};
-    std::vector<std::thread> threads;
-    for (int thread = 0; thread < kThreads; ++thread) {
-        threads.emplace_back([&, thread] {
+    for (int round = 0; round < kRounds; ++round) {
+        const auto nameOf = [round](int index, int thread) {
+            return "DT.Any" + std::to_string(round) + "." + std::to_string(index) + "." + std::to_string(thread);
+        };
+        test::runTogether(kThreads, [&](int thread) {
             for (int index = 0; index < kNames; ++index) {
                 this->set(nameOf(index, thread), true);
                 wrong += !this->isActive(nameOf(index, thread));
@@ -104,13 +104,10 @@ TYPED_TEST(DebugTargetsTest, AnyThreadMaySetAndTestThemAtAnyTime) {
                 this->set(nameOf(index, thread), index % 2 == 0);
             }
         });
-    }
-    for (std::thread& thread : threads) {
-        thread.join();
-    }
-    for (int index = 0; index < kNames; ++index) {
-        for (int thread = 0; thread <= kThreads; ++thread) {
-            wrong += this->isActive(nameOf(index, thread)) != (index % 2 == 0 || thread == kThreads);
+        for (int index = 0; index < kNames; ++index) {
+            for (int thread = 0; thread <= kThreads; ++thread) {
+                wrong += this->isActive(nameOf(index, thread)) != (index % 2 == 0 || thread == kThreads);
+            }
         }
     }
     EXPECT_EQ(wrong, 0);
