@@ -207,8 +207,8 @@ public:
 
     /// \}
     /// \name Diagnostic channels
-    /// One line in the error log per call: a prefix and the rendered message. A call needs at most 20 KB of stack in its
-    /// wide form and 28 KB in its narrow one, besides what the runtime and the system use.
+    /// One line in the error log per call: a prefix and the rendered message. A call needs at most 20 KB of stack in
+    /// its wide form and 28 KB in its narrow one, besides what the runtime and the system use.
     /// \{
 
     /// Always writes "WARN: " and the message.
