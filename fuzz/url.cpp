@@ -16,6 +16,7 @@ using vorel::kernels::kUrlDecodingOverhang;
 using vorel::kernels::kUrlOverhang;
 using vorel::kernels::kUrlUses;
 using vorel::kernels::urlLength;
+using vorel::kernels::UrlProgress;
 using vorel::kernels::UrlTable;
 using vorel::kernels::urlTable;
 using vorel::kernels::UrlUse;
@@ -43,9 +44,9 @@ void encode(const std::string& text, UrlUse use, bool spaceAsPlus, const fuzz::S
     fuzz::withEachKernel([&] {
         fuzz::check(urlLength(from, table) == expected.size(), "the length is that of the result");
         char* const out = fuzz::outputPages().room<char>(expected.size() + kUrlOverhang, target);
-        const char* const end = encodeUrl(from, table, out);
-        fuzz::check(std::string_view(out, static_cast<std::size_t>(end - out)) == expected,
-                    "the result is as expected");
+        const UrlProgress done = encodeUrl(from, table, out, expected.size() + kUrlOverhang);
+        fuzz::check(done.read == from.size(), "the room is enough");
+        fuzz::check(std::string_view(out, done.written) == expected, "the result is as expected");
     });
 }
 

@@ -17,11 +17,13 @@ struct UrlProgress {
 /// Counts the characters that whole blocks of `count` bytes become.
 UrlProgress measureUrlAvx2(const char* text, std::size_t count, const UrlTable& table) noexcept;
 
-/// Encodes whole blocks of `count` bytes while a second one stands behind them. Behind what counts, a block more is
-/// written.
-UrlProgress encodeUrlAvx2(const char* text, std::size_t count, const UrlTable& table, char* out) noexcept;
-
-/// What may be written behind the text.
+/// Bytes that may be written after the encoded text.
 inline constexpr std::size_t kUrlOverhang = 32;
+
+/// Encodes whole blocks of `count` bytes while another block follows them, and while the encoded block and
+/// `kUrlOverhang` fit into what is left of `room`. Never writes more than `room` bytes, even if another thread changes
+/// the text during the call.
+UrlProgress encodeUrlAvx2(const char* text, std::size_t count, const UrlTable& table, char* out,
+                          std::size_t room) noexcept;
 
 }  // namespace vorel::kernels

@@ -31,19 +31,19 @@ inline std::uint64_t urlLength(std::string_view text, const UrlTable& table) noe
     return length;
 }
 
-/// Writes the characters that a text becomes, and returns the end. `out` has room for `kUrlOverhang` more.
-inline char* encodeUrl(std::string_view text, const UrlTable& table, char* out) noexcept {
+/// Writes the encoded text, or as much of it as fits with `kUrlOverhang` bytes to spare. At least one of the `room`
+/// bytes stays free. Never writes more than that, even if another thread changes the text during the call.
+inline UrlProgress encodeUrl(std::string_view text, const UrlTable& table, char* out, std::size_t room) noexcept {
+    UrlProgress done = {0, 0};
     if (s_useAvx2) {
-        const UrlProgress progress = encodeUrlAvx2(text.data(), text.size(), table, out);
-        out += progress.written;
-        text.remove_prefix(progress.read);
+        done = encodeUrlAvx2(text.data(), text.size(), table, out, room);
     }
-    for (const char c : text) {
-        const UrlEscape& escape = table.bytes[static_cast<unsigned char>(c)];
-        std::memcpy(out, escape.text, sizeof escape.text);  // all four, of which at most three count
-        out += escape.length;
+    for (; done.read != text.size() && room - done.written >= sizeof UrlEscape::text; ++done.read) {
+        const UrlEscape& escape = table.bytes[static_cast<unsigned char>(text[done.read])];
+        std::memcpy(out + done.written, escape.text, sizeof escape.text);  // all four, of which at most three count
+        done.written += escape.length;
     }
-    return out;
+    return done;
 }
 
 /// Writes the escape or the character at `place`, which is not the end, and moves both places on.

@@ -10,13 +10,25 @@
 
 namespace vorel::text {
 
-/// The buffer of a string, with room for `units` in the place of its text; `endAt` tells what was written there.
+/// `units` as a string counts them. \throws MemoryException for more than one can hold.
 template <class T>
-T* roomFor(std::uint64_t units, BaseString<T>& string) {
+unsigned int checkedUnits(std::uint64_t units) {
     if (units >= BaseString<T>::kUnknownLength) {
         detail::throwMemory(BaseString<T>::kUnknownLength, sizeof(T));
     }
-    return string.reserve(static_cast<unsigned int>(units), true);
+    return static_cast<unsigned int>(units);
+}
+
+/// The buffer of a string, with room for `units` in the place of its text; `endAt` tells what was written there.
+template <class T>
+T* roomFor(std::uint64_t units, BaseString<T>& string) {
+    return string.reserve(checkedUnits<T>(units), true);
+}
+
+/// Makes room for `units` in a string, and keeps its text; `units` is not below its length.
+template <class T>
+void growFor(std::uint64_t units, BaseString<T>& string) {
+    string.reserve(checkedUnits<T>(units), false);
 }
 
 /// Says where the text ends that was written into a string's buffer.

@@ -2,13 +2,15 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <string_view>
-#include <utility>
 
+#include "core/HeldInputs.h"
 #include "core/StringAccess.h"
 #include "kernels/TextLength.h"
 #include "kernels/UrlEscapes.h"
 #include "kernels/UrlText.h"
+#include "kernels/Utf8.h"
 #include "text/TextRoom.h"
 #include "vorel/text/Unicode.h"
 
@@ -27,8 +29,20 @@ void write(std::string_view text, const UrlTable& table, BaseString<char>& outpu
     constexpr std::size_t kShort = 64;  // for these the most that they can become costs less than to measure them
     constexpr std::size_t kLongestEscape = 3;
     const std::uint64_t length = text.size() > kShort ? kernels::urlLength(text, table) : kLongestEscape * text.size();
-    char* const out = text::roomFor(length + kernels::kUrlOverhang, output);
-    text::endAt(kernels::encodeUrl(text, table, out), output);
+    text::roomFor(length + kernels::kUrlOverhang, output);
+    std::size_t written = 0;
+    for (;;) {
+        const kernels::UrlProgress done =
+            kernels::encodeUrl(text, table, output.data() + written, output.capacity() - written);
+        written += done.written;
+        text.remove_prefix(done.read);
+        detail::StringAccess<char>::setLength(output, static_cast<unsigned int>(written));
+        if (text.empty()) {
+            return;
+        }
+        // Another thread or process has changed the text since it was measured: now the rest fits whatever it holds.
+        text::growFor(written + kLongestEscape * text.size() + kernels::kUrlOverhang, output);
+    }
 }
 
 void write(std::string_view text, bool plusIsSpace, BaseString<char>& output) {
@@ -41,11 +55,8 @@ template <class Rule>
 const char* replace(std::string_view text, const Rule& rule, BaseString<char>& output) {
     if (text.empty()) {
         output.clear();
-    } else if (detail::StringAccess<char>::holds(output, text.data())) {
-        const BaseString<char> kept(std::exchange(output, BaseString<char>()));
-        write(text, rule, output);
     } else {
-        write(text, rule, output);
+        detail::replacing(output, text.data(), [&] { write(text, rule, output); });
     }
     return output.c_str();
 }
@@ -60,13 +71,26 @@ const UrlTable& tableFor(UrlComponent component) noexcept {
     return kernels::urlTable(UrlUse::OtherComponent, false);
 }
 
+/// Sets the bytes after a text to zero, as many as a decoder can read there: it takes the trailing bytes of a sequence
+/// that the end of the text cuts short from beyond it, and stops at the next zero.
+void addZeros(BaseString<char>& utf8) {
+    const unsigned int length = utf8.length();
+    if (length != 0) {
+        text::growFor(std::uint64_t{length} + kernels::kLongestUtf8Sequence, utf8);
+        std::memset(utf8.data() + length, 0, kernels::kLongestUtf8Sequence);
+        detail::StringAccess<char>::setLength(utf8, length);
+    }
+}
+
 /// Runs `narrow(text, output)` on the UTF-8 form of a wide text, and makes its output wide.
 template <class Narrow>
 const wchar_t* throughUtf8(const wchar_t* text, BaseString<wchar_t>& output, Narrow&& narrow) {
     BaseString<char> utf8;
     ConvertStringtoUTF8(text, utf8, -1);
     BaseString<char> result;
-    ConvertUTF8toString(output, narrow(utf8.c_str(), result), -1, true);
+    narrow(utf8.c_str(), result);
+    addZeros(result);
+    ConvertUTF8toString(output, result.c_str(), -1, true);
     return output.c_str();
 }
 

@@ -11,6 +11,7 @@
 
 #include "kernels/KernelChoice.h"
 #include "kernels/UrlEscapesAvx2.h"
+#include "kernels/UrlText.h"
 #include "support/PageEdge.h"
 #include "support/RandomText.h"
 #include "support/UrlReference.h"
@@ -95,7 +96,8 @@ struct Avx2 {
         return kernels::measureUrlAvx2(text, count, table);
     }
     static UrlProgress encode(const char* text, std::size_t count, const UrlTable& table, char* out) {
-        return kernels::encodeUrlAvx2(text, count, table, out);
+        const std::size_t length = kernels::urlLength({text, encodable(count)}, table);
+        return kernels::encodeUrlAvx2(text, count, table, out, length + kOverhang);
     }
 };
 
@@ -154,6 +156,24 @@ TYPED_TEST(UrlEscapes, OfRandomTextsAgreeWithTheReference) {
             text[random.below(text.size())] = static_cast<char>(random.bits());
         }
         ASSERT_NO_FATAL_FAILURE(this->expectEncoded(text, uses()[random.below(uses().size())])) << "round " << round;
+    }
+}
+
+TEST(UrlText, IsEncodedAsFarAsTheRoomGoes) {
+    test::RandomText random(20261125);
+    test::PageEdge<char> edge(4096);
+    for (const std::string_view alphabet : {"abcdefgh", "%", " ", "ab %/~\x80"}) {
+        for (const Use& use : uses()) {
+            const std::string text = random.from(alphabet, 5 * kBlock + 7);
+            const std::size_t enough = test::urlEncoded(text, use.rule).size() + kernels::kUrlOverhang;
+            for (std::size_t room = 0; room <= enough; ++room) {
+                char* const out = edge.lastElements(room);
+                const UrlProgress done = kernels::encodeUrl(text, use.table, out, room);
+                ASSERT_EQ(std::string(out, done.written), test::urlEncoded(text.substr(0, done.read), use.rule));
+                ASSERT_TRUE(room == 0 ? done.written == 0 : done.written < room) << "a terminator fits, too";
+                ASSERT_TRUE(done.read == text.size() || room != enough) << "stopped early";
+            }
+        }
     }
 }
 

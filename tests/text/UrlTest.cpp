@@ -2,6 +2,7 @@
 
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -213,6 +214,9 @@ TEST(UrlDecode, UndoesWholeEscapesOnly) {
         BaseString<char> output("old");
         expectBuffer(urlDecode(std::string(row.text).c_str(), output, row.flags), output);
         EXPECT_EQ(output, std::string(row.decoded).c_str()) << row.text;
+        BaseString<wchar_t> wide(L"old");
+        expectBuffer(urlDecode(test::text<wchar_t>(row.text).c_str(), wide, row.flags), wide);
+        EXPECT_EQ(wide, row.decoded == "\xC3\xA9" ? L"\u00E9" : test::text<wchar_t>(row.decoded).c_str()) << row.text;
     }
     EXPECT_EQ(urlDecode("%41+"), "A+");
     EXPECT_EQ(urlDecode(L"%C3%A9+"), L"\u00E9+");
@@ -258,6 +262,50 @@ TEST(UrlDecode, WideTextHasToBeUtf8) {
         EXPECT_FALSE(messages[2].empty());
     }
     EXPECT_THROW(urlDecode(L"%80"), vorel::Exception);
+}
+
+/// Leaves blocks on the heap in which every byte is the lead of a sequence.
+void dirtyFreeBlocks() {
+    std::vector<std::string> blocks;
+    for (std::size_t size = 16; size <= 4096; size += size / 16) {
+        blocks.resize(blocks.size() + 50, std::string(size, '\xF0'));
+    }
+}
+
+/// Trailing bytes are never checked, and count as zeros beyond the end of the text.
+TEST(UrlDecode, WideTextMayEndWithinASequence) {
+    struct Row {
+        const wchar_t* text;
+        std::wstring decoded;
+    };
+    for (const Row& row :
+         {Row{L"%C3", L"\xC0"}, Row{L"caf%E9", L"caf\x9000"}, Row{L"%E2%82", L"\x2080"},
+          Row{L"%F0", std::wstring(1, L'\0')}, Row{L"%F0%9F", L"\xD83C\xDC00"}, Row{L"%F0%9F%98", L"\xD83D\xDE00"},
+          Row{L"%FE", L"\xE5C0\xDC00"}, Row{L"%FD", L"\xD7C0\xDC00"}, Row{L"%FD%BF%BF%BF%BF", L"\xA7BF\xDFC0"},
+          // An escaped zero is a trailing byte, too.
+          Row{L"%C3%00b", L"\xC0"
+                          L"b"},
+          Row{L"%C3%00%C3", L"\xC0\xC0"}}) {
+        for (const std::size_t before : {0u, 1u, 11u, 12u, 60u, 250u, 499u}) {
+            SCOPED_TRACE(before);
+            dirtyFreeBlocks();
+            BaseString<wchar_t> output;
+            urlDecode((std::wstring(before, L'a') + row.text).c_str(), output, 0);
+            EXPECT_EQ(output.view(), std::wstring(before, L'a') + row.decoded) << row.text;
+        }
+    }
+}
+
+TEST(UrlDecode, WideOutputHoldsWholeBlocksAfterAFailure) {
+    for (const auto& [before, kept] : {std::pair{0u, 0u}, {449u, 0u}, {450u, 450u}, {899u, 450u}, {1000u, 900u}}) {
+        for (const unsigned int capacity : {0u, 16u, 5000u}) {
+            BaseString<wchar_t> output;
+            output.reserve(capacity, true);
+            output = L"old";
+            EXPECT_THROW(urlDecode((std::wstring(before, L'a') + L"%80b").c_str(), output, 0), vorel::Exception);
+            EXPECT_EQ(output.view(), std::wstring(kept, L'a'));
+        }
+    }
 }
 
 TEST(UrlDecode, RandomTextsAgreeWithTheReference) {

@@ -1,0 +1,38 @@
+/// \file
+/// Inputs that lie in the memory of the output of the same call. The library allows that everywhere it can: each
+/// operation reads such an input as if it were elsewhere (docs/aliasing.md).
+#pragma once
+
+#include <cstdint>
+#include <utility>
+
+#include "core/StringAccess.h"
+#include "vorel/core/Array.h"
+#include "vorel/core/BaseString.h"
+
+namespace vorel::detail {
+
+/// Whether `address` lies in the memory that an output owns, and releases when it grows.
+template <class T>
+bool holds(const BaseString<T>& output, const void* address) noexcept {
+    return StringAccess<T>::holds(output, address);
+}
+
+template <class T>
+bool holds(const Array<T>& output, const void* address) noexcept {
+    return reinterpret_cast<std::uintptr_t>(address) - reinterpret_cast<std::uintptr_t>(output.data()) <
+           std::uintptr_t{output.allocated()} * sizeof(T);
+}
+
+/// Runs `write()`, which replaces what `output` holds, and returns its result. If `input` lies in `output`, the output
+/// starts with no memory, and what it had is released only after `write`.
+template <class Output, class Write>
+decltype(auto) replacing(Output& output, const void* input, Write&& write) {
+    if (holds(output, input)) [[unlikely]] {
+        const Output kept(std::move(output));
+        return std::forward<Write>(write)();
+    }
+    return std::forward<Write>(write)();
+}
+
+}  // namespace vorel::detail

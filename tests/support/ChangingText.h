@@ -1,0 +1,153 @@
+/// \file
+/// A text that changes between two passes of the function that reads it, as a text that another process writes to can.
+/// Its first and its last units lie in pages of which only one is accessible at a time: the function faults whenever it
+/// goes from one to the other, and at a chosen fault the text becomes another one. No luck with the time is needed.
+///
+///     test::ChangingText<char> text("aaaa", "%%%%");
+///     for (unsigned int nth = 1; nth <= text.switches(); ++nth) {   // as many as the last reader needed, at least one
+///         text.changeAt(nth);
+///         vorel::util::urlEncode(text.data(), output, false, false);
+///     }
+#pragma once
+
+#include <algorithm>
+#include <cstddef>
+#include <cstring>
+#include <stdexcept>
+#include <string>
+
+#include <windows.h>
+
+namespace test {
+
+/// The two pages, whatever the text. One object at a time; it belongs to one thread.
+class SwitchingPages {
+public:
+    static constexpr std::size_t kPage = 4096;
+
+    SwitchingPages()
+        : m_section(CreateFileMappingW(INVALID_HANDLE_VALUE, nullptr, PAGE_READWRITE, 0, kBytes, nullptr)) {
+        m_read = view();
+        m_write = view();
+        s_current = this;
+        m_handler = AddVectoredExceptionHandler(1, &SwitchingPages::onFault);
+        if (!m_read || !m_write || !m_handler) {
+            throw std::runtime_error("no memory with two views to be had");
+        }
+    }
+    ~SwitchingPages() {
+        RemoveVectoredExceptionHandler(m_handler);
+        s_current = nullptr;
+        UnmapViewOfFile(m_read);
+        UnmapViewOfFile(m_write);
+        CloseHandle(m_section);
+    }
+
+    SwitchingPages(const SwitchingPages&) = delete;
+    SwitchingPages& operator=(const SwitchingPages&) = delete;
+
+    /// What the function sees, with three pages; and the same memory, of which each is accessible.
+    [[nodiscard]] unsigned char* read() const { return m_read; }
+    [[nodiscard]] unsigned char* write() const { return m_write; }
+
+    /// Forbids both pages, and copies `bytes` to `place` at the `nth` fault from here on.
+    void arm(unsigned int nth, unsigned char* place, std::string bytes) {
+        m_nth = nth;
+        m_place = place;
+        m_bytes = std::move(bytes);
+        m_faults = 0;
+        protect(0, PAGE_NOACCESS);
+        protect(2, PAGE_NOACCESS);
+    }
+
+    /// The faults since then.
+    [[nodiscard]] unsigned int faults() const { return m_faults; }
+
+private:
+    static constexpr std::size_t kBytes = 3 * kPage;
+
+    [[nodiscard]] unsigned char* view() const {
+        return static_cast<unsigned char*>(MapViewOfFile(m_section, FILE_MAP_ALL_ACCESS, 0, 0, kBytes));
+    }
+
+    void protect(std::size_t page, DWORD protection) const {
+        DWORD before = 0;
+        VirtualProtect(m_read + page * kPage, kPage, protection, &before);
+    }
+
+    static LONG CALLBACK onFault(EXCEPTION_POINTERS* fault) {
+        if (fault->ExceptionRecord->ExceptionCode != static_cast<DWORD>(EXCEPTION_ACCESS_VIOLATION)) {
+            return EXCEPTION_CONTINUE_SEARCH;
+        }
+        SwitchingPages& pages = *s_current;
+        const ULONG_PTR page =
+            (fault->ExceptionRecord->ExceptionInformation[1] - reinterpret_cast<ULONG_PTR>(pages.m_read)) / kPage;
+        if (page != 0 && page != 2) {
+            return EXCEPTION_CONTINUE_SEARCH;
+        }
+        if (++pages.m_faults == pages.m_nth) {
+            std::memcpy(pages.m_place, pages.m_bytes.data(), pages.m_bytes.size());
+        }
+        pages.protect(page, PAGE_READWRITE);
+        pages.protect(2 - page, PAGE_NOACCESS);
+        return EXCEPTION_CONTINUE_EXECUTION;
+    }
+
+    static inline SwitchingPages* s_current = nullptr;
+
+    HANDLE m_section;
+    unsigned char* m_read = nullptr;
+    unsigned char* m_write = nullptr;
+    void* m_handler = nullptr;
+    unsigned int m_nth = 0;
+    unsigned char* m_place = nullptr;
+    std::string m_bytes;
+    unsigned int m_faults = 0;
+};
+
+/// A text of `T` whose units, but for those of the page between, are those of one pattern and then those of another.
+template <class T>
+class ChangingText {
+public:
+    /// The units of the text. As bytes they nearly fill a string's buffer of 8,192: what makes the text longer does not
+    /// fit into what is left of that.
+    static constexpr std::size_t kUnits = (2 * SwitchingPages::kPage - 40) / sizeof(T) - 1;
+
+    ChangingText(const std::basic_string<T>& before, const std::basic_string<T>& after)
+        : m_before(bytesOf(before)), m_after(bytesOf(after)) {}
+
+    /// Makes the text what it was, and another one at the `nth` switch between its ends.
+    void changeAt(unsigned int nth) {
+        unsigned char* const place = m_pages.write() + kOffset;
+        std::memcpy(place, m_before.data(), m_before.size());
+        m_pages.arm(nth, place, m_after);
+    }
+
+    /// The switches since then.
+    [[nodiscard]] unsigned int switches() const { return m_pages.faults(); }
+
+    [[nodiscard]] T* data() const { return reinterpret_cast<T*>(m_pages.read() + kOffset); }
+
+private:
+    static constexpr std::size_t kEnd = 2032;  // bytes of the text in the first page; the last one has about as many
+    static constexpr std::size_t kOffset = SwitchingPages::kPage - kEnd;
+
+    /// The pattern again and again, 'a' in the page between, and a terminator.
+    static std::string bytesOf(const std::basic_string<T>& pattern) {
+        std::basic_string<T> text(kUnits + 1, T{'a'});
+        for (std::size_t at = 0; at != kUnits; ++at) {
+            const std::size_t byte = at * sizeof(T);
+            if (byte < kEnd || byte >= kEnd + SwitchingPages::kPage) {
+                text[at] = pattern[at % pattern.size()];
+            }
+        }
+        text[kUnits] = T{};
+        return {reinterpret_cast<const char*>(text.data()), text.size() * sizeof(T)};
+    }
+
+    std::string m_before;
+    std::string m_after;
+    SwitchingPages m_pages;
+};
+
+}  // namespace test
