@@ -80,7 +80,7 @@ void tokenize(fuzz::Input& input) {
     T* const placed = fuzz::inputPages().copyText(text, around);
     std::vector<const T*> starts;
     const unsigned int count =
-        tokenizeInPlace(placed, hasDelimiter ? &delimiter : nullptr, most, [&](T* token) { starts.push_back(token); });
+        tokenizeInPlace(placed, hasDelimiter ? delimiter : T{}, most, [&](T* token) { starts.push_back(token); });
     fuzz::check(count == starts.size(), "the result is the number of tokens");
     fuzz::check(most < 0 || count <= static_cast<unsigned int>(most) || count == 1, "there are no more than asked for");
 

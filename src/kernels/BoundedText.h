@@ -5,10 +5,38 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 
 #include "kernels/IntegerText.h"
 
 namespace vorel::kernels {
+
+/// Copies a short text, which does not overlap the target; calling the runtime would take longer.
+template <class T>
+void copyShort(const T* text, std::size_t length, T* to) noexcept {
+    const auto* const from = reinterpret_cast<const unsigned char*>(text);
+    auto* const out = reinterpret_cast<unsigned char*>(to);
+    const std::size_t bytes = length * sizeof(T);
+    const auto copy = [=]<class Block>(Block, std::size_t at) {
+        Block block;
+        std::memcpy(&block, from + at, sizeof block);
+        std::memcpy(out + at, &block, sizeof block);
+    };
+    // The last block may overlap the one before it.
+    const auto copyBlocks = [&]<class Block>(Block block) {
+        for (std::size_t at = 0; at + sizeof block < bytes; at += sizeof block) {
+            copy(block, at);
+        }
+        copy(block, bytes - sizeof block);
+    };
+    if (bytes >= sizeof(std::uint64_t)) {
+        copyBlocks(std::uint64_t{});
+    } else if (bytes >= sizeof(std::uint32_t)) {
+        copyBlocks(std::uint32_t{});
+    } else {
+        std::copy_n(from, bytes, out);
+    }
+}
 
 /// Copies as much of a text as fits into `size` characters, the last of which becomes a terminator.
 template <class T>
@@ -17,7 +45,7 @@ void copyCut(const T* text, std::size_t length, T* buffer, unsigned long long si
         return;
     }
     const std::size_t copied = std::min<unsigned long long>(length, size - 1);
-    std::copy_n(text, copied, buffer);
+    copyShort(text, copied, buffer);
     buffer[copied] = 0;
     buffer[size - 1] = 0;
 }
@@ -42,14 +70,10 @@ T* writeBoundedInteger(std::uint64_t magnitude, bool negative, T* buffer, unsign
     if (!buffer) {
         return nullptr;
     }
-    if (size > kMostIntegerCharacters) {
-        *writeSigned(magnitude, negative, buffer) = 0;
-        buffer[size - 1] = 0;
-    } else {
-        T text[kMostIntegerCharacters];
-        const T* const end = writeSigned(magnitude, negative, text);
-        copyCut(text, static_cast<std::size_t>(end - text), buffer, size);
-    }
+    // Not straight into the buffer: its units after the terminator stay as they are.
+    T text[kMostIntegerCharacters];
+    const T* const end = writeSigned(magnitude, negative, text);
+    copyCut(text, static_cast<std::size_t>(end - text), buffer, size);
     return buffer;
 }
 

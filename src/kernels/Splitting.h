@@ -96,15 +96,14 @@ private:
     View m_delimiters;
 };
 
-/// Ends a token at every occurrence of the first character of `delimiter`, which may be null, and hands the begin of
-/// each token to `take`: `most` at most, but the first one always; all of them when `most` is below 0. Returns how
-/// many.
+/// Ends a token at every occurrence of `delimiter`, which is zero for none, and hands the begin of each token to
+/// `take`: `most` at most, but the first one always; all of them when `most` is below 0. Returns how many.
 template <class T, class Take>
-unsigned int tokenizeInPlace(T* text, const T* delimiter, int most, Take&& take) {
+unsigned int tokenizeInPlace(T* text, T delimiter, int most, Take&& take) {
     take(text);
     unsigned int count = 1;
     for (T* place = text; *place && (most < 0 || count < static_cast<unsigned int>(most)); ++place) {
-        if (delimiter && *place == *delimiter) {
+        if (*place == delimiter) {
             *place = 0;
             take(place + 1);
             ++count;

@@ -5,9 +5,9 @@
 #include <cstdint>
 #include <iterator>
 #include <string>
-#include <utility>
 
 #include "LibraryState.h"
+#include "core/HeldInputs.h"
 #include "kernels/Base64Text.h"
 #include "text/OutputTail.h"
 #include "text/TextRoom.h"
@@ -31,11 +31,7 @@ namespace {
 using kernels::Base64End;
 
 template <class T>
-int decode(const T* text, const int* table, char pad, Array<unsigned char>& bytes) {
-    if (!text) {
-        bytes.clear();
-        return 0;
-    }
+int decodeText(const T* text, const int* table, char pad, Array<unsigned char>& bytes) {
     text::ArrayTail<unsigned char> out(bytes, 0);
     for (;;) {
         if (out.room() < kernels::kBase64StepRoom) {
@@ -54,14 +50,20 @@ int decode(const T* text, const int* table, char pad, Array<unsigned char>& byte
 }
 
 template <class T>
-void encode(const unsigned char* data, std::size_t count, const char* alphabet, char pad, BaseString<T>& text) {
-    if (count != 0 && detail::StringAccess<T>::holds(text, data)) {
-        const BaseString<T> kept(std::move(text));
-        encode(data, count, alphabet, pad, text);
-        return;
+int decode(const T* text, const int* table, char pad, Array<unsigned char>& bytes) {
+    if (!text) {
+        bytes.clear();
+        return 0;
     }
-    T* const out = text::roomFor(std::uint64_t{count} / 3 * 4 + 4, text);
-    text::endAt(kernels::encodeBase64(data, count, alphabet, pad, out), text);
+    return detail::replacing(bytes, text, [&] { return decodeText(text, table, pad, bytes); });
+}
+
+template <class T>
+void encode(const unsigned char* data, std::size_t count, const char* alphabet, char pad, BaseString<T>& text) {
+    detail::replacing(text, data, [&] {
+        T* const out = text::roomFor(std::uint64_t{count} / 3 * 4 + 4, text);
+        text::endAt(kernels::encodeBase64(data, count, alphabet, pad, out), text);
+    });
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 #include <string>
 #include <string_view>
 
+#include "core/HeldInputs.h"
 #include "kernels/HexDigits.h"
 #include "kernels/HexText.h"
 #include "text/TextRoom.h"
@@ -30,8 +31,10 @@ void decodeSilently(const T* text, std::size_t length, Array<unsigned char>& byt
     if (length / 2 > 0xFFFFFFFFu) {
         detail::throwMemory(0xFFFFFFFFu, 1);
     }
-    bytes.setCount(static_cast<unsigned int>(length / 2));
-    kernels::decodeHexSilently(text, length, bytes.data());
+    detail::replacing(bytes, text, [&] {
+        bytes.setCount(static_cast<unsigned int>(length / 2));
+        kernels::decodeHexSilently(text, length, bytes.data());
+    });
 }
 
 template <class T>

@@ -1,11 +1,13 @@
 #include "vorel/text/Unicode.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <cstring>
 #include <span>
 #include <string>
 #include <utility>
 
+#include "core/HeldInputs.h"
 #include "core/StringAccess.h"
 #include "kernels/Utf16Bytes.h"
 #include "kernels/Utf8Short.h"
@@ -19,6 +21,7 @@ namespace vorel::util {
 namespace {
 
 using detail::guarded;
+using detail::replacing;
 using kernels::Surrogates;
 using Reader = kernels::Utf8Reader;
 
@@ -103,6 +106,36 @@ bool decodeShort(BaseString<wchar_t>& output, const unsigned char* input, int le
     });
 }
 
+/// A caller's buffer to write units into, or a buffer of its own where the input lies in that one: its units are copied
+/// when the input has been read, also for the message of a failure.
+class UnitsApart {
+public:
+    UnitsApart(wchar_t* output, unsigned int size, const void* input) : m_output(output), m_units(output) {
+        const auto distance = reinterpret_cast<std::uintptr_t>(input) - reinterpret_cast<std::uintptr_t>(output);
+        if (input && distance < std::uintptr_t{size} * sizeof(wchar_t)) {
+            m_units = m_own.reserve(size, true);
+        }
+    }
+    ~UnitsApart() {
+        if (m_units != m_output) {
+            std::copy_n(m_units, m_written, m_output);
+        }
+    }
+
+    UnitsApart(const UnitsApart&) = delete;
+    UnitsApart& operator=(const UnitsApart&) = delete;
+
+    [[nodiscard]] wchar_t* units() const noexcept { return m_units; }
+    /// States how many units have been written.
+    void written(std::size_t units) noexcept { m_written = units; }
+
+private:
+    wchar_t* m_output;
+    wchar_t* m_units;
+    std::size_t m_written = 0;
+    BaseString<wchar_t> m_own;
+};
+
 /// Appends the UTF-8 form of a wide text.
 template <Surrogates Rule, unsigned int Block, class Tail>
 void encode(const wchar_t* input, int length, Tail&& tail) {
@@ -142,59 +175,7 @@ bool encodeShort(BaseString<char>& output, const wchar_t* input, int length) noe
            isDone(output, kernels::encodeShortText<Surrogates::Paired>(input, length, out, output.capacity() - 1));
 }
 
-}  // namespace
-
-int ConvertUCStoUTF8(unsigned int codePoint, char* output, int) noexcept {
-    if (!output || codePoint > 0x7FFFFFFF) {
-        return 0;
-    }
-    return static_cast<int>(kernels::encodeUtf8Sequence(codePoint, reinterpret_cast<unsigned char*>(output)));
-}
-
-bool ConvertUTF8toString(BaseString<wchar_t>& output, const unsigned char* input, int length, bool throwOnError) {
-    return decodeShort(output, input, length) || decode(output, input, length, throwOnError);
-}
-
-bool ConvertUTF8toString(BaseString<wchar_t>& output, const char* input, int length, bool throwOnError) {
-    return decodeShort(output, bytesOf(input), length) ||
-           withInput("Failed to convert utf8 text to String: %s", input,
-                     [&] { return decode(output, bytesOf(input), length, throwOnError); });
-}
-
-bool ConvertUTF8toString(wchar_t* output, unsigned int size, const unsigned char* input, int length,
-                         bool throwOnError) {
-    return guarded(L"vorel::util::ConvertUTF8toString", [&] {
-        Reader reader(input ? input : bytesOf(""), length);
-        // The rest of a caller's buffer is left as it is.
-        const std::size_t units =
-            reader.read<Reader::LastPair::Left, kernels::Tail::Untouched>(output, size != 0 ? size - 1 : 0);
-        if (reader.failed()) {
-            return refuse(reader.position(), throwOnError);
-        }
-        if (size != 0) {
-            output[units] = 0;
-        }
-        return true;
-    });
-}
-
-void ConvertStringtoUTF8(const wchar_t* input, Array<unsigned char>& output, bool appendZero, int length) {
-    guarded(L"vorel::util::ConvertStringtoUTF8", [&] {
-        if (!input) {
-            output.clear();
-            return;
-        }
-        encode<Surrogates::Paired, kEncodedBlock>(input, length, text::ArrayTail(output, 0));
-        if (appendZero) {
-            output.append(0);
-        }
-    });
-}
-
-void ConvertStringtoUTF8(const wchar_t* input, BaseString<char>& output, int length) {
-    if (encodeShort(output, input, length)) {
-        return;
-    }
+void encodeLong(BaseString<char>& output, const wchar_t* input, int length) {
     guarded(L"vorel::util::ConvertStringtoUTF8", [&] {
         if (!input) {
             output.clear();
@@ -206,7 +187,7 @@ void ConvertStringtoUTF8(const wchar_t* input, BaseString<char>& output, int len
     });
 }
 
-void ConvertUTF16toString(BaseString<wchar_t>& output, const unsigned char* input, int length) {
+void readUtf16(BaseString<wchar_t>& output, const unsigned char* input, int length) {
     guarded(L"vorel::util::ConvertUTF16toString", [&] {
         output.clear();
         if (!input || length == 0) {
@@ -224,13 +205,83 @@ void ConvertUTF16toString(BaseString<wchar_t>& output, const unsigned char* inpu
     });
 }
 
+}  // namespace
+
+int ConvertUCStoUTF8(unsigned int codePoint, char* output, int) noexcept {
+    if (!output || codePoint > 0x7FFFFFFF) {
+        return 0;
+    }
+    return static_cast<int>(kernels::encodeUtf8Sequence(codePoint, reinterpret_cast<unsigned char*>(output)));
+}
+
+bool ConvertUTF8toString(BaseString<wchar_t>& output, const unsigned char* input, int length, bool throwOnError) {
+    return replacing(output, input,
+                     [&] { return decodeShort(output, input, length) || decode(output, input, length, throwOnError); });
+}
+
+bool ConvertUTF8toString(BaseString<wchar_t>& output, const char* input, int length, bool throwOnError) {
+    return replacing(output, input, [&] {
+        return decodeShort(output, bytesOf(input), length) ||
+               withInput("Failed to convert utf8 text to String: %s", input,
+                         [&] { return decode(output, bytesOf(input), length, throwOnError); });
+    });
+}
+
+bool ConvertUTF8toString(wchar_t* output, unsigned int size, const unsigned char* input, int length,
+                         bool throwOnError) {
+    return guarded(L"vorel::util::ConvertUTF8toString", [&] {
+        const unsigned int room = size != 0 ? size - 1 : 0;
+        Reader reader(input ? input : bytesOf(""), length);
+        UnitsApart out(output, size, input);
+        // The rest of a caller's buffer is left as it is.
+        const std::size_t units = reader.read<Reader::LastPair::Left, kernels::Tail::Untouched>(out.units(), room);
+        out.written(units);
+        if (reader.failed()) {
+            return refuse(reader.position(), throwOnError);
+        }
+        if (size != 0) {
+            out.units()[units] = 0;
+            out.written(units + 1);
+        }
+        return true;
+    });
+}
+
+void ConvertStringtoUTF8(const wchar_t* input, Array<unsigned char>& output, bool appendZero, int length) {
+    guarded(L"vorel::util::ConvertStringtoUTF8", [&] {
+        if (!input) {
+            output.clear();
+            return;
+        }
+        replacing(output, input,
+                  [&] { encode<Surrogates::Paired, kEncodedBlock>(input, length, text::ArrayTail(output, 0)); });
+        if (appendZero) {
+            output.append(0);
+        }
+    });
+}
+
+void ConvertStringtoUTF8(const wchar_t* input, BaseString<char>& output, int length) {
+    replacing(output, input, [&] {
+        if (!encodeShort(output, input, length)) {
+            encodeLong(output, input, length);
+        }
+    });
+}
+
+void ConvertUTF16toString(BaseString<wchar_t>& output, const unsigned char* input, int length) {
+    replacing(output, input, [&] { readUtf16(output, input, length); });
+}
+
 void ConvertUTF16toString(BaseString<wchar_t>& output, const char* input, int length) {
-    withInput("Failed to convert UTF-16 text to String: %s", input,
-              [&] { ConvertUTF16toString(output, bytesOf(input), length); });
+    replacing(output, input, [&] {
+        withInput("Failed to convert UTF-16 text to String: %s", input,
+                  [&] { readUtf16(output, bytesOf(input), length); });
+    });
 }
 
 void ConvertStringtoUTF16(const wchar_t* input, Array<unsigned char>& output, bool littleEndian, bool appendZero, int) {
-    guarded(L"vorel::util::ConvertStringtoUTF16", [&] {
+    const auto write = [&] {
         output.setCount(0);
         if (!input) {
             return;
@@ -241,13 +292,23 @@ void ConvertStringtoUTF16(const wchar_t* input, Array<unsigned char>& output, bo
         }
         output.setCount(static_cast<unsigned int>(units * sizeof(wchar_t)));
         kernels::writeUtf16Bytes(input, units, littleEndian, output.data());
-    });
+    };
+    guarded(L"vorel::util::ConvertStringtoUTF16", [&] { replacing(output, input, write); });
 }
 
 void EncodeAndAppendToBuffer(const wchar_t* input, Array<unsigned char>& output) {
-    if (input) {
+    guarded(L"vorel::util::EncodeAndAppendToBuffer", [&] {
+        if (!input) {
+            return;
+        }
+        BaseString<wchar_t> copy;
+        if (detail::holds(output, input)) {
+            // What the array holds stays, and a zero after its last element, where the text may end, is overwritten.
+            copy = input;
+            input = copy.view().data();
+        }
         encode<Surrogates::Single, kAppendedBlock>(input, -1, text::ArrayTail(output, output.size()));
-    }
+    });
 }
 
 bool ContainsUnicode(const BaseString<wchar_t>& text) noexcept {

@@ -4,7 +4,9 @@
 #include <cstddef>
 #include <cstdint>
 #include <string_view>
+#include <utility>
 
+#include "core/HeldInputs.h"
 #include "core/StringAccess.h"
 #include "kernels/JoinedItems.h"
 #include "vorel/core/Protocol.h"
@@ -63,6 +65,12 @@ private:
 
 void multipleStringsToSingleString(const Array<BaseString<wchar_t>>& items, const wchar_t* delimiter,
                                    BaseString<wchar_t>& result) {
+    if (detail::holds(result, delimiter) || detail::holds(items, &result)) {
+        BaseString<wchar_t> joined;
+        multipleStringsToSingleString(items, delimiter, joined);
+        result = std::move(joined);
+        return;
+    }
     const std::uint64_t reserved = items.size() * kReservedPerItem;
     if (reserved >= BaseString<wchar_t>::kUnknownLength) {
         detail::throwMemory(BaseString<wchar_t>::kUnknownLength, sizeof(wchar_t));

@@ -2,6 +2,7 @@
 
 #include <string_view>
 
+#include "core/HeldInputs.h"
 #include "kernels/ListReading.h"
 #include "kernels/RangeReading.h"
 #include "values/ListReaders.h"
@@ -22,16 +23,36 @@ bool addList(const T* text, Array<Value>& values, Read&& read) {
     return !text || read(text, [&values](auto value) { values.append(static_cast<Value>(value)); });
 }
 
+template <class T, class Value, class Read>
+bool readListInValues(const T* text, Array<Value>& values, bool append, Read&& read) noexcept;
+
 /// The same, or in the place of what the array holds. A list that cannot grow was not read to its end, and that is all
 /// that the exported readers tell; the error log has the reason.
 template <class T, class Value, class Read>
 bool readList(const T* text, Array<Value>& values, bool append, Read&& read) noexcept {
+    if (detail::holds(values, text)) [[unlikely]] {
+        return readListInValues(text, values, append, read);
+    }
     if (!append) {
         values.clear();
     }
     try {
         return addList(text, values, read);
     } catch (const MemoryException&) {
+        return false;
+    }
+}
+
+/// The same for a text in the array's own memory, which it is copied from.
+template <class T, class Value, class Read>
+bool readListInValues(const T* text, Array<Value>& values, bool append, Read&& read) noexcept {
+    try {
+        const BaseString<T> copy(text);
+        return readList(copy.view().data(), values, append, read);
+    } catch (const MemoryException&) {
+        if (!append) {
+            values.clear();
+        }
         return false;
     }
 }
@@ -97,6 +118,11 @@ bool canCoerceToIntegerArray(const wchar_t* text) noexcept {
 }
 
 void stringToLongRanges(const wchar_t* text, Array<int>& starts, Array<int>& ends) {
+    if (detail::holds(starts, text) || detail::holds(ends, text)) {
+        const BaseString<wchar_t> copy(text);
+        stringToLongRanges(copy.view().data(), starts, ends);
+        return;
+    }
     starts.clear();
     ends.clear();
     if (!text) {

@@ -41,6 +41,15 @@ T* writeInForm(double value, T* out, FormattingOptions options) noexcept {
     return kernels::writeDouble(value, options & FO_JSON ? kernels::DoubleForm::Json : kernels::DoubleForm::Plain, out);
 }
 
+/// The same into a caller's buffer that has room for it: nothing after the terminator is written.
+template <class T>
+void writeWhole(double value, T* buffer, FormattingOptions options) noexcept {
+    T text[kernels::kDoubleRoom];
+    T* const end = writeInForm(value, text, options);
+    *end = 0;
+    kernels::copyShort(text, static_cast<std::size_t>(end - text) + 1, buffer);
+}
+
 bool isSmall(double value) noexcept {
     return value < 0.1 && value > -0.1;
 }
@@ -74,7 +83,7 @@ const char* doubleToString(double value, char* buffer, unsigned long long size, 
     } else if (size < kernels::kDoubleRoom) {
         writeCut(value, buffer, size, options);
     } else {
-        *writeInForm(value, buffer, options) = 0;
+        writeWhole(value, buffer, options);
         if (!isSmall(value)) {
             buffer[size - 1] = 0;
         }
@@ -87,7 +96,7 @@ const wchar_t* doubleToString(double value, wchar_t* buffer, unsigned long long 
         return nullptr;
     }
     if (size >= kernels::kDoubleRoom && value != 0.0 && std::isfinite(value)) {
-        *writeInForm(value, buffer, options) = 0;
+        writeWhole(value, buffer, options);
     } else {
         char text[kWorkCharacters];
         doubleToString(value, text, kWorkCharacters, options);

@@ -5,6 +5,7 @@
 #include <string_view>
 #include <utility>
 
+#include "core/HeldInputs.h"
 #include "kernels/Splitting.h"
 #include "kernels/Trimming.h"
 #include "vorel/core/Protocol.h"
@@ -74,29 +75,47 @@ BaseString<T> nextItem(kernels::QuotedItems<T>& items, bool trim) {
 
 template <class T>
 void splitQuoted(const T* text, const T* delimiters, Array<BaseString<T>>& items, bool trim) {
-    Array<BaseString<T>> found;
+    Array<BaseString<T>> kept;
+    const bool isInput = std::any_of(items.begin(), items.end(), [=](const BaseString<T>& item) {
+        return detail::holds(item, text) || detail::holds(item, delimiters);
+    });
+    if (isInput) {
+        kept = std::move(items);
+    } else {
+        items.clear();
+    }
     kernels::QuotedItems<T> rest(viewOf(text), viewOf(delimiters));
     if (!rest.atEnd()) {
-        reserveMore(found, rest.mostItems());
+        reserveMore(items, rest.mostItems());
     }
     while (!rest.atEnd()) {
-        found.append(nextItem(rest, trim));
+        items.append(nextItem(rest, trim));
     }
-    items = std::move(found);
+}
+
+/// The slots to reserve for tokens: for a limit that is larger, no more than the text can have.
+template <class T>
+unsigned int slotsFor(const T* text, int maxTokens) noexcept {
+    constexpr int kReservedAtOnce = 1024;
+    if (maxTokens <= kReservedAtOnce) {
+        return static_cast<unsigned int>(std::max(maxTokens, 0));
+    }
+    return static_cast<unsigned int>(
+        std::min<std::size_t>(static_cast<unsigned int>(maxTokens), viewOf(text).size() + 1));
 }
 
 template <class T>
 int tokenize(T* text, const T* delimiter, Array<T*>& tokens, int maxTokens) {
     return detail::guarded(L"vorel::util", L"tokenizeString", [=, &tokens] {
+        // Read before anything is written: the delimiter may lie in the text.
+        const T cut = delimiter ? *delimiter : T{};
         tokens.clear();
-        if (maxTokens > 0) {
-            tokens.reserve(static_cast<unsigned int>(maxTokens));
-        }
+        tokens.reserve(slotsFor(text, maxTokens));
         if (!text) {
             return 0;
         }
         return static_cast<int>(
-            kernels::tokenizeInPlace(text, delimiter, maxTokens, [&tokens](T* token) { tokens.append(token); }));
+            kernels::tokenizeInPlace(text, cut, maxTokens, [&tokens](T* token) { tokens.append(token); }));
     });
 }
 

@@ -146,7 +146,8 @@ void encodeAndAppend(Trial& trial) {
     Array<unsigned char> output;
     output.append('>');
     trial.perform([&] { EncodeAndAppendToBuffer(longWide().c_str(), output); });
-    trial.expectMemoryException(doubling(320, 5120, 1));
+    trial.expectMemoryException(doubling(320, 5120, 1),
+                                {L"vorel::util::EncodeAndAppendToBuffer: Vorel exception rethrown"});
     if (trial.completed()) {
         EXPECT_EQ(bytesOf(output), ">" + longUtf8());
     } else {

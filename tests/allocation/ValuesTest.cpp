@@ -56,12 +56,21 @@ void splitNarrow(Trial& trial) {
     EXPECT_EQ(parts[0], "old");
 }
 
+/// The array is emptied first, and has the items that were read before the memory ran out.
+template <class T>
+void expectItems(const Trial& trial, const Array<BaseString<T>>& items, std::vector<std::basic_string<T>> all) {
+    if (!trial.completed()) {
+        ASSERT_LT(items.size(), all.size());
+        all.resize(items.size());
+    }
+    EXPECT_EQ(test::textsOf(items), all);
+}
+
 void splitQuotedNarrow(Trial& trial) {
     Array<BaseString<char>> items = test::stringsOf<char>({"old"});
     trial.perform([&] { util::singleCStringToMultipleCStrings(R"(a,"b""c", d ,e,f,g)", ",", items, true); });
     trial.expectMemoryOrDone();
-    EXPECT_EQ(test::textsOf(items), trial.completed() ? (std::vector<std::string>{"a", "b\"c", "d", "e", "f", "g"})
-                                                      : std::vector<std::string>{"old"});
+    expectItems(trial, items, {"a", "b\"c", "d", "e", "f", "g"});
 }
 
 void splitQuoted(Trial& trial) {
@@ -69,9 +78,7 @@ void splitQuoted(Trial& trial) {
     trial.perform(
         [&] { util::singleStringToMultipleStrings(L"a,\"b\"\"c\", d ,\"wrong\"x,e,f,g", L",", items, true); });
     trial.expectMemoryOrDone();
-    EXPECT_EQ(test::textsOf(items),
-              trial.completed() ? (std::vector<std::wstring>{L"a", L"b\"c", L"d", L"\"wrong\"x", L"e", L"f", L"g"})
-                                : std::vector<std::wstring>{L"old"});
+    expectItems<wchar_t>(trial, items, {L"a", L"b\"c", L"d", L"\"wrong\"x", L"e", L"f", L"g"});
 }
 
 void joinInto(Trial& trial) {

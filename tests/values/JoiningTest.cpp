@@ -1,6 +1,7 @@
 #include "vorel/values/Joining.h"
 
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -57,6 +58,15 @@ TEST(Joining, MakesRoomFor32UnitsOfEachItem) {
         BaseString<wchar_t> result;
         util::multipleStringsToSingleString(stringsOf(items), L",", result);
         EXPECT_GT(result.capacity(), 32 * items.size());
+    }
+}
+
+/// A buffer is a power of two: 32 units of 63 items are 2,016, and 32 of 64 items are 2,048, with the terminator.
+TEST(Joining, MakesRoomForNeitherMoreNorFewerThan32UnitsOfEachItem) {
+    for (const auto& [items, capacity] : {std::pair{1u, 64u}, {63u, 2048u}, {64u, 4096u}}) {
+        BaseString<wchar_t> result;
+        util::multipleStringsToSingleString(stringsOf(Texts(items, L"a")), L",", result);
+        EXPECT_EQ(result.capacity(), capacity) << items;
     }
 }
 

@@ -293,6 +293,45 @@ TEST(NumberFormatting, NothingIsWrittenWithoutASize) {
     EXPECT_STREQ(wideBuffer, L"ab");
 }
 
+/// Writes with `write(buffer, size)` into buffers of both widths and of every size from `least` on, and expects that
+/// nothing but the text, its terminator and, where that is said, another one in the last unit is written.
+template <class Write>
+void expectOnlyTheText(const std::string& whole, bool endsNarrow, bool endsWide, unsigned int least, Write&& write) {
+    const auto expectOnly = [&]<class T>(test::GuardedBuffer<T>& buffer, bool ends) {
+        write(buffer.data(), static_cast<unsigned int>(buffer.size()));
+        EXPECT_TRUE(buffer.isIntact());
+        for (std::size_t at = whole.size() + 1; at < buffer.size(); ++at) {
+            const bool isEnd = ends && at + 1 == buffer.size();
+            EXPECT_EQ(buffer.data()[at], isEnd ? T{} : buffer.kFill) << whole << ", unit " << at;
+        }
+    };
+    for (unsigned int size = least; size <= 80; ++size) {
+        test::GuardedBuffer<char> narrowBuffer(size);
+        test::GuardedBuffer<wchar_t> wideBuffer(size);
+        expectOnly(narrowBuffer, endsNarrow);
+        expectOnly(wideBuffer, endsWide);
+    }
+}
+
+TEST(NumberFormatting, NothingIsWrittenAfterTheTerminator) {
+    for (const long long value : {0ll, 7ll, -7ll, 1234567890123456789ll, std::numeric_limits<long long>::min()}) {
+        expectOnlyTheText(std::to_string(value), true, true, 1,
+                          [=](auto* buffer, unsigned int size) { util::Int64ToStr(value, buffer, size); });
+    }
+    for (const unsigned long long value : {0ull, 7ull, 12345678901ull, 18446744073709551615ull}) {
+        expectOnlyTheText(std::to_string(value), true, true, 1,
+                          [=](auto* buffer, unsigned int size) { util::UInt64ToStr(value, buffer, size); });
+    }
+    for (const Row& row : rows()) {
+        const bool endsBuffer = row.value != 0.0 && !(row.value < 0.1 && row.value > -0.1);
+        for (const FormattingOptions options : {FO_Default, FO_JSON}) {
+            expectOnlyTheText(
+                options == FO_JSON ? row.json : row.plain, endsBuffer, false, 64,
+                [&](auto* buffer, unsigned int size) { util::doubleToString(row.value, buffer, size, options); });
+        }
+    }
+}
+
 TEST(NumberFormatting, Round_TakesAHalfDown) {
     const double rounded[][2] = {{0.5, 0.0}, {1.5, 1.0},   {-0.5, -1.0}, {1.6, 2.0},
                                  {2.5, 2.0}, {-2.5, -3.0}, {3.0, 3.0},   {-1.4, -1.0}};

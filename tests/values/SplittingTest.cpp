@@ -1,5 +1,6 @@
 #include "vorel/values/Splitting.h"
 
+#include <limits>
 #include <string>
 #include <vector>
 
@@ -156,6 +157,20 @@ TYPED_TEST(Splitting, TokenizeString_MakesRoomForAllTokensFirst) {
         tokens.append(text.data());
     }
     EXPECT_EQ(tokens.data(), place);
+}
+
+TYPED_TEST(Splitting, TokenizeString_ReservesNoMoreThanTheTextCanHold) {
+    constexpr int kNoLimit = std::numeric_limits<int>::max();
+    for (const int most : {1025, 1'000'000, kNoLimit}) {
+        std::basic_string<TypeParam> text = test::text<TypeParam>("a,b");
+        Array<TypeParam*> tokens;
+        EXPECT_EQ(util::tokenizeString(text.data(), test::text<TypeParam>(",").c_str(), tokens, most), 2);
+        EXPECT_EQ(tokens.allocated(), 5u);
+    }
+    std::basic_string<TypeParam> delimiters(2000, TypeParam{','});
+    Array<TypeParam*> tokens;
+    EXPECT_EQ(util::tokenizeString(delimiters.data(), test::text<TypeParam>(",").c_str(), tokens, kNoLimit), 2001);
+    EXPECT_EQ(tokens.allocated(), 2560u) << "room for all of them at once: 5 slots, doubled";
 }
 
 TYPED_TEST(Splitting, TokenizeString_OfNullHasNoToken) {

@@ -11,8 +11,15 @@
 
 #include <gtest/gtest.h>
 
+#include "LibraryState.h"
+#include "support/ImportHook.h"
 #include "support/RandomText.h"
 #include "vorel/text/CodePages.h"
+
+extern "C" {
+extern decltype(&::EnterCriticalSection) importedEnter __asm__("__imp_EnterCriticalSection");
+extern decltype(&::LeaveCriticalSection) importedLeave __asm__("__imp_LeaveCriticalSection");
+}
 
 namespace {
 
@@ -122,6 +129,38 @@ TEST(CodePageNames, ANameThatHashesLikeAnotherIsNotTakenForIt) {
         }
     }
     EXPECT_GT(twins, 0);
+}
+
+/// A name is found in what the map holds while its lock is held, not in what another thread makes of it afterwards.
+TEST(CodePageNames, AreReadUnderTheirLock) {
+    vorel::detail::LibraryState& state = *vorel::detail::libraryState();
+    const void* const section = state.codeMapLock.getHandle();
+    const auto hasOnly = [&](unsigned int page) {
+        state.codePageNames.clear();
+        state.codePageNames.put(hashOf("utf-8"), "UTF-8", page);
+    };
+    using Look = int (*)();
+    const Look looks[] = {[] { return util::iconv_open("utf-8", nullptr); },
+                          [] { return util::iconv_getCodePage("utf-8"); }};
+    for (const Look look : looks) {
+        hasOnly(1252);
+        int depth = 0;
+        const test::ImportHook<importedEnter> enter([&](CRITICAL_SECTION* entered) {
+            enter.original(entered);
+            depth += entered == section ? 1 : 0;
+        });
+        const test::ImportHook<importedLeave> leave([&](CRITICAL_SECTION* left) {
+            depth -= left == section ? 1 : 0;
+            if (left == section && depth == 0) {
+                hasOnly(437);  // as if another thread had waited for the lock
+            }
+            leave.original(left);
+        });
+        EXPECT_EQ(look(), 1252);
+        EXPECT_EQ(look(), 437);
+        EXPECT_EQ(depth, 0);
+    }
+    state.codePageNames.clear();
 }
 
 /// The same conversion by a direct call.
