@@ -8,13 +8,10 @@
 #include <cstddef>
 #include <cstdint>
 #include <iterator>
-#include <string>
-#include <string_view>
 
 #include "LibraryState.h"
 #include "kernels/NameHash.h"
 #include "text/CodePageNames.h"
-#include "vorel/core/BaseString.h"
 #include "vorel/core/Protocol.h"
 #include "vorel/exceptions/Exception.h"
 #include "vorel/sync/Guard.h"
@@ -130,31 +127,6 @@ std::size_t failWith(int error) noexcept {
     return kNothing;
 }
 
-/// The input of a call to the system, which may not lie in the call's output: where it does, a copy of it.
-template <class T>
-class InputApart {
-public:
-    /// `count` as in the call: SIZE_MAX for a text up to its terminator, which counts as well.
-    InputApart(const T* text, std::size_t count, const void* out, std::size_t outBytes) : m_text(text) {
-        if (!text || outBytes == 0) {
-            return;
-        }
-        const std::size_t units = count != SIZE_MAX ? count : std::char_traits<T>::length(text) + 1;
-        const auto input = reinterpret_cast<std::uintptr_t>(text);
-        const auto output = reinterpret_cast<std::uintptr_t>(out);
-        if (input < output + outBytes && output < input + units * sizeof(T)) {
-            m_copy = std::basic_string_view<T>(text, units);
-            m_text = m_copy.c_str();
-        }
-    }
-
-    [[nodiscard]] const T* text() const noexcept { return m_text; }
-
-private:
-    const T* m_text;
-    BaseString<T> m_copy;
-};
-
 /// The system counts with 31 bits, and has -1 for a text that ends at its terminator.
 bool fitsSystemCall(std::size_t input, std::size_t output) noexcept {
     return (input <= INT_MAX || input == SIZE_MAX) && output <= INT_MAX;
@@ -209,8 +181,7 @@ std::size_t iconv_to_wc(int converter, const char* text, std::size_t bytes, wcha
         if (!fitsSystemCall(bytes, capacity)) {
             return failWith(EINVAL);
         }
-        const InputApart<char> input(text, bytes, out, capacity * sizeof(wchar_t));
-        const int units = MultiByteToWideChar(page, MB_ERR_INVALID_CHARS, input.text(), static_cast<int>(bytes), out,
+        const int units = MultiByteToWideChar(page, MB_ERR_INVALID_CHARS, text, static_cast<int>(bytes), out,
                                               static_cast<int>(capacity));
         if (units != 0) {
             return static_cast<std::size_t>(units);
@@ -231,9 +202,8 @@ std::size_t iconv_from_wc(int converter, const wchar_t* text, std::size_t units,
             return failWith(EINVAL);
         }
         BOOL used = FALSE;
-        const InputApart<wchar_t> input(text, units, out, capacity);
-        const int bytes = WideCharToMultiByte(page, 0, input.text(), static_cast<int>(units), out,
-                                              static_cast<int>(capacity), nullptr, defaultUsed ? &used : nullptr);
+        const int bytes = WideCharToMultiByte(page, 0, text, static_cast<int>(units), out, static_cast<int>(capacity),
+                                              nullptr, defaultUsed ? &used : nullptr);
         if (bytes == 0) {
             return failWith(errorOf(GetLastError()));
         }

@@ -39,7 +39,7 @@ public:
     /// Replaces `bytes` by what `text` encodes, and returns 0. Tabs, line feeds, carriage returns and spaces are passed
     /// over. Padding ends the text: what follows is ignored. A group of four that has another character, or that the
     /// end of the text cuts short, ends it too, with 1; the bytes before it stay. Null is an empty text. The
-    /// text does not lie in `bytes`.
+    /// text may lie in `bytes`.
     ///
     ///     QQ==  →  41, 0        QQ  →  nothing, 1        QQ=A  →  41, 0
     ///

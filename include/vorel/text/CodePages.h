@@ -45,6 +45,12 @@ VOREL_API void iconv_reset(int converter) noexcept;
 /// Returns -1 with `errno` EBADF for a converter that converts from nothing, EILSEQ for bytes that are no text of the
 /// code page, E2BIG when `out` is too small, EINVAL when the system does not have the code page or refuses the
 /// arguments, and for other counts and capacities beyond INT_MAX.
+///
+/// A count or capacity above INT_MAX is refused without a call to the system, which counts with 31 bits. The system is
+/// called with MB_ERR_INVALID_CHARS, and refuses that flag (EINVAL) for the code pages 42, 50220, 50221, 50222, 50225,
+/// 50227, 50229, 57002 to 57011 and 65000. So these have names, but text cannot be converted from them. `text` must not
+/// overlap `out`: the system refuses two equal pointers (EINVAL). Source: "MultiByteToWideChar function
+/// (stringapiset.h)" on learn.microsoft.com.
 VOREL_API std::size_t iconv_to_wc(int converter, const char* text, std::size_t bytes, wchar_t* out,
                                   std::size_t capacity);
 
@@ -52,10 +58,16 @@ VOREL_API std::size_t iconv_to_wc(int converter, const char* text, std::size_t b
 /// how many bytes were written. `defaultUsed`, if not null, says whether a unit had to be replaced by the default
 /// character; not every code page allows the question (`iconv_isCheckDefaultValid`). Failures as above, without EILSEQ;
 /// `defaultUsed` is untouched then.
+///
+/// Counts and capacities above INT_MAX are refused as above. Windows refuses a pointer for `defaultUsed` (EINVAL) for
+/// the code pages 65000 (UTF-7) and 65001 (UTF-8). No flags are used here, so the code pages that refuse flags can be
+/// converted to. `text` must not overlap `out`. Source: "WideCharToMultiByte function (stringapiset.h)" on
+/// learn.microsoft.com.
 VOREL_API std::size_t iconv_from_wc(int converter, const wchar_t* text, std::size_t units, char* out,
                                     std::size_t capacity, bool* defaultUsed);
 
-/// Whether the code page allows `iconv_from_wc` to say that the default character was used. UTF-8 does not.
+/// Whether the code page allows `iconv_from_wc` to say that the default character was used. UTF-7 and UTF-8 do not. The
+/// system is asked, so the answer is right for other code pages that refuse it as well.
 VOREL_API bool iconv_isCheckDefaultValid(int codePage);
 
 /// The code page of a name, in any case; -1 for one that is not known, for null, and when the system does not have the

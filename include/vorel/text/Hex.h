@@ -46,7 +46,7 @@ VOREL_API void byteArrayToHexString(const Array<unsigned char>& bytes, BaseStrin
 
 /// Replaces `bytes` by one byte for each pair of digits, of `length` units or up to the terminator. A character that is
 /// no digit counts as 0. An odd length, and none at all, leave `bytes` as they are, without a word. All of this is
-/// meant.
+/// meant. The text may lie in `bytes`.
 ///
 ///     4g  →  40        123  →  as before
 ///

@@ -75,7 +75,8 @@ VOREL_API void ConvertStringtoUTF16(const wchar_t* input, Array<unsigned char>& 
 
 /// Appends the UTF-8 form of `input`, up to its terminator, to what `output` holds. On purpose each unit is encoded by
 /// itself: a surrogate pair becomes two sequences of three bytes. Null appends nothing.
-/// \throws MemoryException when the output cannot grow.
+/// \throws MemoryException when the output cannot grow, with the record "vorel::util::EncodeAndAppendToBuffer: Vorel
+///         exception rethrown".
 VOREL_API void EncodeAndAppendToBuffer(const wchar_t* input, Array<unsigned char>& output);
 
 /// Whether a unit of `text` is 128 or above.

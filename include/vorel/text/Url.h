@@ -2,7 +2,9 @@
 /// Percent-encoding of text for URLs, and back. Narrow text is taken as bytes of UTF-8; wide text goes through UTF-8,
 /// so that a character beyond ASCII becomes the escapes of its bytes. Everything may be called from any thread.
 ///
-/// A text may lie in the string that gets the result. Escapes have upper-case digits. Control characters, 1 to 31 and
+/// A text may lie in the string that gets the result. In wide text, escapes that end within a sequence of UTF-8 are
+/// decoded with zeros for the missing bytes: "%C3" is U+00C0. After a failure, a wide output holds the whole blocks of
+/// 450 units before the error. Escapes have upper-case digits. Control characters, 1 to 31 and
 /// 127, are never escaped; that is meant.
 #pragma once
 

@@ -10,7 +10,7 @@ namespace vorel::util {
 
 /// Sets `result` to the items with `delimiter` between neighbours. An item that holds the delimiter or a double quote
 /// is put in double quotes, its own doubled. One item alone that already begins and ends with a double quote is taken
-/// as it is. `result` must not be one of the items.
+/// as it is. The delimiter may lie in `result`, and `result` may be one of the items.
 ///
 /// Whether an item holds the delimiter is found in one pass that never goes back: "aab" is not seen to hold "ab", and
 /// stays without quotes. That is meant.

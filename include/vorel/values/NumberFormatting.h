@@ -34,7 +34,7 @@ enum FormattingOptions : int {
 /// Narrow: the buffer must have room for 64 characters. A smaller `size` cuts the words and the texts from 0.1 on,
 /// whose last place (`size - 1`) always becomes a terminator; below 0.1 it only limits the exponent's extra digit.
 /// Wide: at most `size` units are written, the terminator among them; a text that does not fit has none, on purpose. A
-/// null buffer gives null.
+/// null buffer gives null. Nothing else in the buffer is written.
 VOREL_API const char* doubleToString(double value, char* buffer, unsigned long long size, FormattingOptions options);
 VOREL_API const wchar_t* doubleToString(double value, wchar_t* buffer, unsigned long long size,
                                         FormattingOptions options);
@@ -45,7 +45,7 @@ VOREL_API void appendDouble(BaseString<wchar_t>& text, double value);
 VOREL_API void appendInteger(BaseString<wchar_t>& text, int value);
 
 /// Writes `value` in decimal, at most `size - 1` characters of it, and a terminator behind them and at `size - 1`.
-/// Returns the buffer; null for a null buffer. A size of 21 is always enough.
+/// Nothing else in the buffer is written. Returns the buffer; null for a null buffer. A size of 21 is always enough.
 VOREL_API const char* Int64ToStr(long long value, char* buffer, unsigned long long size);
 VOREL_API const wchar_t* Int64ToStr(long long value, wchar_t* buffer, unsigned long long size);
 VOREL_API const char* UInt64ToStr(unsigned long long value, char* buffer, unsigned long long size);

@@ -26,7 +26,8 @@ VOREL_API void splitString(const wchar_t* text, const wchar_t* delimiter, Array<
 ///
 ///     a,"b,c","d""e" at ","  →  a   b,c   d"e        "ab"x,c at ","  →  "ab"x   c
 ///
-/// \throws MemoryException; `items` then is as it was.
+/// `items` is emptied first. The text and the delimiters may be elements of it.
+/// \throws MemoryException; `items` then holds the pieces so far.
 VOREL_API void singleStringToMultipleStrings(const wchar_t* text, const wchar_t* delimiters,
                                              Array<BaseString<wchar_t>>& items, bool trim);
 VOREL_API void singleCStringToMultipleCStrings(const char* text, const char* delimiters, Array<BaseString<char>>& items,
@@ -34,12 +35,14 @@ VOREL_API void singleCStringToMultipleCStrings(const char* text, const char* del
 
 /// Cuts `text` in place at the first character of `delimiter` (no other counts; null never cuts): each such character
 /// becomes a terminator. `tokens` receives the starts of the pieces, which point into the text, and the result is their
-/// number. A text, also an empty one, has one token at least; null has none. With `maxTokens` of 0 or more, the last
-/// token keeps the rest of the text once there are that many; 0 counts as 1, and a negative number sets no limit.
+/// number. `delimiter` may lie in the text. A text, also an empty one, has one token at least; null has none. With
+/// `maxTokens` of 0 or more, the last token keeps the rest of the text once there are that many; 0 counts as 1, and a
+/// negative number sets no limit.
 ///
 ///     "a,b,,c" at ","  →  "a" "b" "" "c", 4        with 2 tokens at most  →  "a" "b,,c", 2
 ///
-/// \throws MemoryException, with the record "vorel::util::tokenizeString: Vorel exception rethrown".
+/// For a limit up to 1,024, room for as many tokens is reserved first; for a larger one, no more than the text can
+/// have. \throws MemoryException, with the record "vorel::util::tokenizeString: Vorel exception rethrown".
 VOREL_API int tokenizeString(char* text, const char* delimiter, Array<char*>& tokens, int maxTokens);
 VOREL_API int tokenizeString(wchar_t* text, const wchar_t* delimiter, Array<wchar_t*>& tokens, int maxTokens);
 
