@@ -40,20 +40,20 @@ struct GoodLine {
     Words operands;
 };
 
-TEST(CommandLineTest, OptionsAndOperandsInEveryForm) {
+TEST(CommandLineTest, AcceptsAllFormsOfOptionsAndOperands) {
     const GoodLine lines[] = {
-        {"an operand alone", {L"a"}, false, {}, {L"a"}},
+        {"a single operand", {L"a"}, false, {}, {L"a"}},
         {"a long switch", {L"--decode", L"a"}, true, {}, {L"a"}},
-        {"a short switch behind the operand", {L"a", L"-d"}, true, {}, {L"a"}},
-        {"a long option, its value the next argument", {L"--output", L"x", L"a"}, false, {L"x"}, {L"a"}},
+        {"a short switch after the operand", {L"a", L"-d"}, true, {}, {L"a"}},
+        {"a long option and its value", {L"--output", L"x", L"a"}, false, {L"x"}, {L"a"}},
         {"a long option with '='", {L"--output=x", L"a"}, false, {L"x"}, {L"a"}},
-        {"a value may hold '='", {L"--output=x=y", L"a"}, false, {L"x=y"}, {L"a"}},
-        {"a value may be empty behind '='", {L"--output=", L"a"}, false, {L""}, {L"a"}},
+        {"a value may contain '='", {L"--output=x=y", L"a"}, false, {L"x=y"}, {L"a"}},
+        {"a value after '=' may be empty", {L"--output=", L"a"}, false, {L""}, {L"a"}},
         {"a value may be an empty argument", {L"-o", L"", L"a"}, false, {L""}, {L"a"}},
-        {"a short option", {L"-o", L"x", L"a"}, false, {L"x"}, {L"a"}},
-        {"a short option with its value", {L"-ox", L"a"}, false, {L"x"}, {L"a"}},
-        {"letters behind one dash", {L"-dox", L"a"}, true, {L"x"}, {L"a"}},
-        {"letters, the value the next argument", {L"-do", L"x", L"a"}, true, {L"x"}, {L"a"}},
+        {"a short option and its value", {L"-o", L"x", L"a"}, false, {L"x"}, {L"a"}},
+        {"a short option with an attached value", {L"-ox", L"a"}, false, {L"x"}, {L"a"}},
+        {"several letters after one dash", {L"-dox", L"a"}, true, {L"x"}, {L"a"}},
+        {"several letters and a value", {L"-do", L"x", L"a"}, true, {L"x"}, {L"a"}},
         {"a value may look like an option", {L"-o", L"--decode", L"a"}, false, {L"--decode"}, {L"a"}},
         {"an option more than once", {L"-ox", L"--output", L"y", L"a"}, false, {L"x", L"y"}, {L"a"}},
         {"a dash is an operand", {L"-"}, false, {}, {L"-"}},
@@ -72,7 +72,7 @@ TEST(CommandLineTest, OptionsAndOperandsInEveryForm) {
     }
 }
 
-TEST(CommandLineTest, ValueIsTheLastOne) {
+TEST(CommandLineTest, Value_IsTheLastOneGiven) {
     EXPECT_EQ(parsed({L"a", L"-o", L"x", L"-o", L"y"}).value(L"output"), L"y");
     EXPECT_EQ(parsed({L"a"}).value(L"output"), std::nullopt);
 }
@@ -82,7 +82,7 @@ struct WrongLine {
     std::wstring text;
 };
 
-TEST(CommandLineTest, WrongUseSaysWhatIsWrong) {
+TEST(CommandLineTest, WrongUseNamesTheError) {
     const WrongLine lines[] = {
         {{L"a", L"--unknown"}, L"unknown option --unknown"},
         {{L"a", L"--unknown=5"}, L"unknown option --unknown"},
@@ -98,7 +98,7 @@ TEST(CommandLineTest, WrongUseSaysWhatIsWrong) {
     for (const WrongLine& line : lines) {
         try {
             (void)parsed(line.words);
-            ADD_FAILURE() << "taken: " << ::testing::PrintToString(line.text);
+            ADD_FAILURE() << "accepted: " << ::testing::PrintToString(line.text);
         } catch (const tools::WrongUse& e) {
             EXPECT_EQ(e.text(), line.text);
             EXPECT_EQ(e.command(), L"tool command");
@@ -106,14 +106,14 @@ TEST(CommandLineTest, WrongUseSaysWhatIsWrong) {
     }
 }
 
-TEST(CommandLineTest, HelpExcusesTheNumberOfOperands) {
+TEST(CommandLineTest, Help_AllowsAnyNumberOfOperands) {
     EXPECT_TRUE(parsed({L"--help"}).has(L"help"));
     EXPECT_TRUE(parsed({L"-h"}).has(L"help"));
     EXPECT_TRUE(parsed({L"a", L"b", L"c", L"-dh"}).has(L"help"));
     EXPECT_FALSE(parsed({L"a", L"-o", L"--help"}).has(L"help"));
 }
 
-TEST(CommandLineTest, AnOptionThatTheCommandDoesNotHaveIsAMistakeOfTheProgram) {
+TEST(CommandLineTest, QueryingAnUndeclaredOptionThrowsALogicError) {
     const tools::Arguments arguments = parsed({L"a"});
     EXPECT_THROW((void)arguments.has(L"missing"), std::logic_error);
     EXPECT_THROW((void)arguments.value(L"missing"), std::logic_error);

@@ -13,14 +13,14 @@ using test::Words;
 
 TEST(CompareCommandsTest, Sort) {
     const Conversion conversions[] = {
-        {"nothing", {L"sort"}, "", ""},
-        {"numbers by their value", {L"sort"}, "file10\nfile9\nFile1\nfile1\n", "File1\nfile1\nfile9\nfile10\n"},
-        {"equal lines stay in their order", {L"sort"}, "b\n007\n7\n07\na", "007\n7\n07\na\nb\n"},
-        {"without the numbers", {L"sort", L"--plain"}, "file10\nfile9\n", "file10\nfile9\n"},
-        {"without case", {L"sort", L"-i"}, "b\nA\na\nB\n", "A\na\nb\nB\n"},
+        {"empty input", {L"sort"}, "", ""},
+        {"numbers by value", {L"sort"}, "file10\nfile9\nFile1\nfile1\n", "File1\nfile1\nfile9\nfile10\n"},
+        {"equal lines keep their order", {L"sort"}, "b\n007\n7\n07\na", "007\n7\n07\na\nb\n"},
+        {"digits as characters", {L"sort", L"--plain"}, "file10\nfile9\n", "file10\nfile9\n"},
+        {"ignoring case", {L"sort", L"-i"}, "b\nA\na\nB\n", "A\na\nb\nB\n"},
         {"reverse", {L"sort", L"--reverse"}, "1\n10\n9\n", "10\n9\n1\n"},
-        {"reverse, equal lines in their order", {L"sort", L"-r"}, "7\n007\n8\n", "8\n7\n007\n"},
-        {"beyond ASCII, by units",
+        {"reverse, equal lines keep their order", {L"sort", L"-r"}, "7\n007\n8\n", "8\n7\n007\n"},
+        {"outside ASCII, by code units",
          {L"sort"},
          "\xC3\xA9\nz\n\xF0\x9F\x98\x80\n\xEF\xBF\xBD\n",
          "z\n\xC3\xA9\n\xF0\x9F\x98\x80\n\xEF\xBF\xBD\n"},

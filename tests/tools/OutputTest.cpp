@@ -1,5 +1,5 @@
 /// \file
-/// Files of vorelconv: what it reads and writes, replaces and leaves behind.
+/// Input and output files of vorelconv: reading, replacing, and cleaning up after a failure.
 
 #include <filesystem>
 
@@ -15,7 +15,7 @@ using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 using ::testing::StartsWith;
 
-/// A folder with a name that no code page has whole, and a blank.
+/// Runs in a folder whose name contains a space and characters that no single code page covers.
 class OutputTest : public ::testing::Test {
 protected:
     void SetUp() override { std::filesystem::create_directory(m_folder); }
@@ -51,7 +51,7 @@ private:
     std::wstring m_folder = m_parent.widePath() + L"\\\u4F60 \u00E9\u03B1";
 };
 
-TEST_F(OutputTest, AFileBecomesAFile) {
+TEST_F(OutputTest, ConvertsAFileToAFile) {
     write(path(L"plain"), "AB");
     const test::Captured run = vorelconv({L"base64", path(L"plain"), L"-o", path(L"t\u00E9xt.b64")});
     EXPECT_EQ(run.exitCode, test::kDone);
@@ -61,19 +61,19 @@ TEST_F(OutputTest, AFileBecomesAFile) {
     EXPECT_EQ(names().size(), 2U);
 }
 
-TEST_F(OutputTest, AFileIsReplaced) {
+TEST_F(OutputTest, ReplacesAnExistingFile) {
     write(path(L"out"), "something much longer");
     EXPECT_EQ(vorelconv({L"hex", L"-t", L"AB", L"-o", path(L"out")}).exitCode, test::kDone);
     EXPECT_EQ(read(path(L"out")), "4142");
     EXPECT_THAT(names(), ElementsAre(L"out"));
 }
 
-TEST_F(OutputTest, OfALinkTheFileThatItLeadsToIsReplaced) {
+TEST_F(OutputTest, ReplacesTheTargetOfALink) {
     write(path(L"real"), "before");
     const std::wstring link = path(L"link");
     if (!CreateSymbolicLinkW(link.c_str(), L"real", SYMBOLIC_LINK_FLAG_ALLOW_UNPRIVILEGED_CREATE) ||
         GetFileAttributesW(link.c_str()) == INVALID_FILE_ATTRIBUTES) {
-        GTEST_SKIP() << "the system makes no links for this user";
+        GTEST_SKIP() << "this user cannot create links";
     }
     EXPECT_EQ(vorelconv({L"hex", L"-t", L"AB", L"-o", link}).exitCode, test::kDone);
     EXPECT_EQ(read(path(L"real")), "4142");
@@ -81,29 +81,29 @@ TEST_F(OutputTest, OfALinkTheFileThatItLeadsToIsReplaced) {
     EXPECT_EQ(names().size(), 2U);
 }
 
-TEST_F(OutputTest, TheInputItselfMayBeReplaced) {
+TEST_F(OutputTest, ReplacesItsOwnInput) {
     write(path(L"both"), "AB");
     EXPECT_EQ(vorelconv({L"hex", path(L"both"), L"-o", path(L"both")}).exitCode, test::kDone);
     EXPECT_EQ(read(path(L"both")), "4142");
     EXPECT_THAT(names(), ElementsAre(L"both"));
 }
 
-TEST_F(OutputTest, AFailureLeavesTheFileAsItWas) {
+TEST_F(OutputTest, AFailureKeepsTheExistingFile) {
     write(path(L"out"), "before");
     const std::string good(std::size_t{2} << 20, '4');
     const test::Captured run = vorelconv({L"hex", L"-d", L"-o", path(L"out")}, good + "x");
     EXPECT_EQ(run.exitCode, test::kFailed);
-    EXPECT_THAT(run.error, EndsWith("a hexadecimal digit is expected, found 'x' (0x78)\n"));
+    EXPECT_THAT(run.error, EndsWith("expected a hexadecimal digit, found 'x' (0x78)\n"));
     EXPECT_EQ(read(path(L"out")), "before");
     EXPECT_THAT(names(), ElementsAre(L"out"));
 }
 
-TEST_F(OutputTest, AFailureMakesNoFile) {
+TEST_F(OutputTest, AFailureCreatesNoFile) {
     EXPECT_EQ(vorelconv({L"hex", L"-d", L"-t", L"x", L"-o", path(L"out")}).exitCode, test::kFailed);
     EXPECT_THAT(names(), IsEmpty());
 }
 
-TEST_F(OutputTest, AReadOnlyFileStays) {
+TEST_F(OutputTest, KeepsAReadOnlyFile) {
     write(path(L"out"), "before");
     SetFileAttributesW(path(L"out").c_str(), FILE_ATTRIBUTE_READONLY);
     const test::Captured run = vorelconv({L"hex", L"-t", L"x", L"-o", path(L"out")});
@@ -114,14 +114,14 @@ TEST_F(OutputTest, AReadOnlyFileStays) {
     SetFileAttributesW(path(L"out").c_str(), FILE_ATTRIBUTE_NORMAL);
 }
 
-TEST_F(OutputTest, FoldersAndMissingFilesAreTold) {
+TEST_F(OutputTest, ReportsFoldersAndMissingFiles) {
     const test::Captured folder = vorelconv({L"hex", path(L"")});
     EXPECT_EQ(folder.exitCode, test::kFailed);
-    EXPECT_THAT(folder.error, EndsWith(": is a folder, a file is expected\n"));
+    EXPECT_THAT(folder.error, EndsWith(": is a folder, expected a file\n"));
 
     const test::Captured intoFolder = vorelconv({L"hex", L"-t", L"x", L"-o", path(L"")});
     EXPECT_EQ(intoFolder.exitCode, test::kFailed);
-    EXPECT_THAT(intoFolder.error, EndsWith(": is a folder, the name of a file is expected\n"));
+    EXPECT_THAT(intoFolder.error, EndsWith(": is a folder, expected a file\n"));
 
     const test::Captured missing = vorelconv({L"hex", path(L"missing")});
     EXPECT_EQ(missing.exitCode, test::kFailed);
@@ -135,25 +135,25 @@ TEST_F(OutputTest, FoldersAndMissingFilesAreTold) {
     EXPECT_THAT(names(), IsEmpty());
 }
 
-TEST_F(OutputTest, BadInputNamesItsFile) {
+TEST_F(OutputTest, BadInputIsReportedWithTheFileName) {
     write(path(L"bad"), "4\nx");
     const test::Captured run = vorelconv({L"hex", L"-d", path(L"bad")});
-    EXPECT_THAT(run.error, EndsWith("\\bad: line 2, offset 2: a hexadecimal digit is expected, found 'x' (0x78)\n"));
+    EXPECT_THAT(run.error, EndsWith("\\bad: line 2, offset 2: expected a hexadecimal digit, found 'x' (0x78)\n"));
     EXPECT_THAT(vorelconv({L"hex", L"-d", L"-t", L"x"}).error, StartsWith("vorelconv: --text: line 1, offset 0: "));
 }
 
-TEST_F(OutputTest, WhatIsNoFileIsWrittenDirectly) {
+TEST_F(OutputTest, WritesDirectlyToADeviceAndToStandardOutput) {
     EXPECT_EQ(vorelconv({L"hex", L"-t", L"x", L"-o", L"nul"}).exitCode, test::kDone);
     EXPECT_EQ(vorelconv({L"hex", L"-t", L"x", L"-o", L"-"}).output, "78");
 }
 
-TEST_F(OutputTest, AnEmptyNameOfAFileIsNoFile) {
+TEST_F(OutputTest, RejectsAnEmptyFileName) {
     EXPECT_EQ(vorelconv({L"hex", L""}).exitCode, test::kFailed);
     EXPECT_EQ(vorelconv({L"hex", L"-t", L"x", L"-o", L""}).exitCode, test::kFailed);
 }
 
-TEST_F(OutputTest, AReaderWhoLeavesIsNoFailureToTell) {
-    // The reader goes in the middle, with more to come than a pipe holds.
+TEST_F(OutputTest, AClosedPipeEndsTheProgramWithoutAMessage) {
+    // The reader closes the pipe while more output is pending than the pipe holds.
     write(path(L"large"), std::string(std::size_t{8} << 20, 'x'));
     HANDLE readEnd = nullptr;
     HANDLE writeEnd = nullptr;

@@ -14,14 +14,13 @@ struct Pair {
 
 TEST(TextTest, Utf8AndBack) {
     const Pair pairs[] = {
-        {"nothing", L"", ""},
+        {"empty", L"", ""},
         {"every length of a sequence", L"a\u00E9\u20AC\xD83D\xDE00", "a\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80"},
-        {"U+40000, U+7FFFF, U+C0000 and U+FFFFF among others",
-         L"\xD8C0\xDC00\u00E9\xD9BF\xDFFF\xDAC0\xDC00z\xDBBF\xDFFF",
+        {"U+40000, U+7FFFF, U+C0000 and U+FFFFF", L"\xD8C0\xDC00\u00E9\xD9BF\xDFFF\xDAC0\xDC00z\xDBBF\xDFFF",
          "\xF1\x80\x80\x80\xC3\xA9\xF1\xBF\xBF\xBF\xF3\x80\x80\x80z\xF3\xBF\xBF\xBF"},
-        {"a zero within", L"a\0b"s, "a\0b"s},
+        {"a zero in the middle", L"a\0b"s, "a\0b"s},
         {"zeros at both ends", L"\0a\0"s, "\0a\0"s},
-        {"nothing but zeros", L"\0\0"s, "\0\0"s},
+        {"only zeros", L"\0\0"s, "\0\0"s},
         {"more than one block of the decoder", std::wstring(1000, L'\u00E9'),
          [] {
              std::string bytes;
@@ -38,20 +37,20 @@ TEST(TextTest, Utf8AndBack) {
     }
 }
 
-TEST(TextTest, ToUtf8_LooksAtNothingBehindTheText) {
+TEST(TextTest, ToUtf8_DoesNotReadPastTheEnd) {
     const std::wstring_view cut = std::wstring_view(L"a\xD83D\xDE00").substr(0, 2);
     EXPECT_EQ(tools::toUtf8(cut), "a?");
 }
 
-TEST(TextTest, FromUtf8_GivesNothingForBytesThatStartNoSequence) {
+TEST(TextTest, FromUtf8_FailsForBytesThatStartNoSequence) {
     EXPECT_EQ(tools::fromUtf8("abc\x80"), std::nullopt);
     EXPECT_EQ(tools::fromUtf8("a\0\xFF"s), std::nullopt);
     EXPECT_EQ(tools::fromUtf8("\xF1\x80\x80"), std::nullopt);
     EXPECT_EQ(tools::fromUtf8("\xF3\x80\x80z"), std::nullopt);
 }
 
-TEST(TextTest, FromUtf8_LooksAtNothingBehindTheText) {
-    // The trailing byte of the cut sequence counts as zero, whatever stands there.
+TEST(TextTest, FromUtf8_DoesNotReadPastTheEnd) {
+    // The missing trailing byte of the truncated sequence counts as zero.
     EXPECT_EQ(tools::fromUtf8(std::string_view("a\xC3\xA9").substr(0, 2)), L"a\u00C0");
 }
 

@@ -8,7 +8,7 @@ namespace {
 
 using tools::utf8SequenceSize;
 
-/// The sequence of a code point, by the definition of UTF-8; of more bytes than it needs when `size` says so.
+/// The sequence of `size` bytes for a code point, by the definition of UTF-8; overlong if `size` is larger than needed.
 std::string encoded(unsigned int codePoint, unsigned int size) {
     constexpr unsigned int kLeads[] = {0, 0x00, 0xC0, 0xE0, 0xF0};
     std::string bytes(size, '\0');
@@ -23,7 +23,7 @@ unsigned int shortestSize(unsigned int codePoint) {
     return codePoint < 0x80 ? 1 : codePoint < 0x800 ? 2 : codePoint < 0x10000 ? 3 : 4;
 }
 
-TEST(Utf8Test, EveryCodePointButTheSurrogatesHasASequence) {
+TEST(Utf8Test, EveryCodePointExceptSurrogatesHasASequence) {
     for (unsigned int codePoint = 0; codePoint != 0x110000; ++codePoint) {
         const unsigned int size = shortestSize(codePoint);
         const bool isSurrogate = codePoint >= 0xD800 && codePoint <= 0xDFFF;
@@ -33,7 +33,7 @@ TEST(Utf8Test, EveryCodePointButTheSurrogatesHasASequence) {
     }
 }
 
-TEST(Utf8Test, OverlongFormsAreNone) {
+TEST(Utf8Test, OverlongFormsAreInvalid) {
     for (unsigned int codePoint = 0; codePoint != 0x10000; ++codePoint) {
         for (unsigned int size = shortestSize(codePoint) + 1; size <= 4; ++size) {
             ASSERT_EQ(utf8SequenceSize(encoded(codePoint, size)), 0u) << codePoint << " in " << size;
@@ -41,7 +41,7 @@ TEST(Utf8Test, OverlongFormsAreNone) {
     }
 }
 
-TEST(Utf8Test, WhatIsCutOrBeyondTheLastCodePointIsNone) {
+TEST(Utf8Test, TruncatedSequencesAndValuesAboveTheLastCodePointAreInvalid) {
     EXPECT_EQ(utf8SequenceSize(""), 0u);
     EXPECT_EQ(utf8SequenceSize("\x80"), 0u);
     EXPECT_EQ(utf8SequenceSize("\xC3"), 0u);
@@ -55,7 +55,7 @@ TEST(Utf8Test, WhatIsCutOrBeyondTheLastCodePointIsNone) {
     EXPECT_EQ(utf8SequenceSize("\xFF"), 0u);
 }
 
-TEST(Utf8Test, WhatThereIsOfASequenceIsCounted) {
+TEST(Utf8Test, SequenceAt_CountsTheValidBytes) {
     struct Case {
         const char* text;
         std::size_t size;

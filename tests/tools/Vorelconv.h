@@ -1,5 +1,5 @@
 /// \file
-/// Runs of vorelconv, as the tests of its commands need them.
+/// Runs vorelconv and checks its output.
 #pragma once
 
 #include <string>
@@ -23,7 +23,7 @@ inline Captured vorelconv(const Words& arguments, std::string_view input = {}) {
     return capture(L"vorelconv", arguments, input);
 }
 
-/// One run that converts something.
+/// A run that succeeds.
 struct Conversion {
     const char* why;
     Words arguments;
@@ -39,7 +39,7 @@ inline void expectConversion(const Conversion& conversion) {
     EXPECT_EQ(run.exitCode, kDone);
 }
 
-/// One run whose input is wrong, and what it has to say about that behind its own name.
+/// A run with bad input; `message` is the expected message after the names of the program and the input.
 struct BadConversion {
     Words arguments;
     std::string input;

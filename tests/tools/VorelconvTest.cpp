@@ -40,10 +40,10 @@ TEST(VorelconvTest, EveryCommandHasHelp) {
     }
 }
 
-TEST(VorelconvTest, HelpTellsTheRulesThatSurprise) {
-    EXPECT_THAT(vorelconv({L"double", L"--help"}).output, HasSubstr("leading zeros among them"));
-    EXPECT_THAT(vorelconv({L"version", L"--help"}).output, HasSubstr("An empty text on either side is\nfalse."));
-    EXPECT_THAT(vorelconv({L"hex", L"--help"}).output, HasSubstr("replaced when the conversion has succeeded"));
+TEST(VorelconvTest, HelpDescribesSurprisingRules) {
+    EXPECT_THAT(vorelconv({L"double", L"--help"}).output, HasSubstr("including leading\nzeros"));
+    EXPECT_THAT(vorelconv({L"version", L"--help"}).output, HasSubstr("If\neither text is empty, the result is false."));
+    EXPECT_THAT(vorelconv({L"hex", L"--help"}).output, HasSubstr("replaced only if the conversion succeeds"));
 }
 
 TEST(VorelconvTest, Version) {
@@ -58,35 +58,39 @@ struct WrongUse {
     std::string helpCommand;
 };
 
-TEST(VorelconvTest, WrongUseIsToldWithExitCode2) {
+TEST(VorelconvTest, WrongUseIsReportedWithExitCode2) {
     const WrongUse uses[] = {
-        {{}, "a command is expected", "vorelconv"},
+        {{}, "expected a command", "vorelconv"},
         {{L"base65"}, "unknown command: \"base65\"", "vorelconv"},
         {{L"--decode"}, "unknown command: \"--decode\"", "vorelconv"},
         {{L"base64", L"--upper"}, "unknown option --upper", "vorelconv base64"},
         {{L"hex", L"a", L"b"}, "\"b\" is one argument too many", "vorelconv hex"},
         {{L"hex", L"--text", L"x", L"a"}, "--text and the file \"a\" cannot both be the input", "vorelconv"},
         {{L"url", L"--component", L"host"},
-         "--component takes path, segment, query or parameter, not \"host\"",
+         "--component must be path, segment, query or parameter, not \"host\"",
          "vorelconv url"},
         {{L"url", L"-c", L"path", L"--plus"},
-         "--component has rules of its own, and goes with neither --reserved nor --plus",
+         "--component cannot be combined with --reserved or --plus",
          "vorelconv url"},
-        {{L"url", L"--decode", L"--reserved"}, "--decode goes only with --plus", "vorelconv url"},
-        {{L"utf16", L"--decode", L"--mark"}, "--mark does not go with --decode", "vorelconv utf16"},
-        {{L"codepage", L"--from", L"latin-99"}, "\"latin-99\" is no name of a code page", "vorelconv codepage"},
-        {{L"codepage", L"--to", L"4294968548"}, "\"4294968548\" is no name of a code page", "vorelconv codepage"},
+        {{L"url", L"--decode", L"--reserved"},
+         "--decode cannot be combined with --component or --reserved",
+         "vorelconv url"},
+        {{L"utf16", L"--decode", L"--mark"}, "--mark cannot be combined with --decode", "vorelconv utf16"},
+        {{L"codepage", L"--from", L"latin-99"}, "unknown code page: \"latin-99\"", "vorelconv codepage"},
+        {{L"codepage", L"--to", L"4294968548"}, "unknown code page: \"4294968548\"", "vorelconv codepage"},
         {{L"integer", L"--type", L"int8"},
-         "--type takes int64, uint64, int32, uint32 or hex, not \"int8\"",
+         "--type must be int64, uint64, int32, uint32 or hex, not \"int8\"",
          "vorelconv integer"},
-        {{L"integer", L"--type", L"hex", L"--strict"}, "--strict does not go with --type hex", "vorelconv integer"},
+        {{L"integer", L"--type", L"hex", L"--strict"},
+         "--strict cannot be combined with --type hex",
+         "vorelconv integer"},
         {{L"list", L"--type", L"float"},
-         "--type takes text, integer, unsigned, double or boolean, not \"float\"",
+         "--type must be text, integer, unsigned, double or boolean, not \"float\"",
          "vorelconv list"},
         {{L"list", L"--type", L"double", L"--join"},
-         "--join, --delimiter and --trim go with --type text only",
+         "--join, --delimiter and --trim require --type text",
          "vorelconv list"},
-        {{L"list", L"--delimiter", L""}, "--delimiter needs at least one character", "vorelconv list"},
+        {{L"list", L"--delimiter", L""}, "--delimiter must have at least one character", "vorelconv list"},
         {{L"compare", L"a"}, "too few arguments, expected: <text> <text>", "vorelconv compare"},
         {{L"version", L"1", L"2", L"3"}, "\"3\" is one argument too many", "vorelconv version"},
     };

@@ -40,14 +40,14 @@ constexpr auto kKinds = [] {
     return kinds;
 }();
 
-/// Finds every mistake itself: the library tells that there is one, but not where, and ends a text at its padding
-/// without a look at what follows.
+/// Checks every character itself. The library reports an error without its position, and ignores text after the
+/// padding.
 class Base64Decoder final : public Filter {
 public:
     std::size_t convert(std::string_view block, bool last, std::string& result) override {
         m_groups.clear();
-        std::size_t whole = 0;   // behind the last whole group, or behind the space that follows it
-        std::size_t filled = 0;  // characters of the group that has begun
+        std::size_t whole = 0;   // end of the last complete group and of the space after it
+        std::size_t filled = 0;  // characters in the current group
         for (std::size_t index = 0; index < block.size(); ++index) {
             const Kind kind = kKinds[static_cast<unsigned char>(block[index])];
             if (kind != Kind::Space) {
@@ -60,13 +60,12 @@ public:
             }
         }
         if (last && filled != 0) {
-            throw BadInput{block.size(), L"the text ends within a group of four characters, " +
-                                             std::to_wstring(kGroupCharacters - filled) +
-                                             L" more are expected ('=' where there is no byte)"};
+            throw BadInput{block.size(), L"characters missing from the last group of four: " +
+                                             std::to_wstring(kGroupCharacters - filled) + L" (pad with '=')"};
         }
         m_groups.resize(m_groups.size() - filled);
         if (Base64::Decode(m_groups.c_str(), m_bytes) != 0) {
-            throw BadInput{0, L"no Base64 text"};
+            throw BadInput{0, L"invalid Base64"};
         }
         result.append(reinterpret_cast<const char*>(m_bytes.data()), m_bytes.size());
         m_ended = m_ended || m_groups.ends_with('=');
@@ -78,19 +77,18 @@ private:
 
     void check(char character, Kind kind, std::size_t index, std::size_t filled) const {
         if (m_ended || (filled == 0 && m_groups.ends_with('='))) {
-            throw BadInput{index, L"nothing is expected behind the padding, found " + shown(character)};
+            throw BadInput{index, L"expected nothing after the padding, found " + quoted(character)};
         }
-        const bool isBehindPadding = filled == 3 && m_groups.ends_with('=');
-        if (kind == Kind::Other || (kind == Kind::Padding && filled < 2) || (kind == Kind::Value && isBehindPadding)) {
-            throw BadInput{index,
-                           (isBehindPadding ? L"'=' is expected, found " : L"a Base64 character is expected, found ") +
-                               shown(character)};
+        const bool isAfterPadding = filled == 3 && m_groups.ends_with('=');
+        if (kind == Kind::Other || (kind == Kind::Padding && filled < 2) || (kind == Kind::Value && isAfterPadding)) {
+            throw BadInput{index, (isAfterPadding ? L"expected '=', found " : L"expected a Base64 character, found ") +
+                                      quoted(character)};
         }
     }
 
     std::string m_groups;
     vorel::Array<unsigned char> m_bytes;
-    bool m_ended = false;  // by padding in an earlier block
+    bool m_ended = false;  // padding found in an earlier block
 };
 
 int run(const tools::Arguments& arguments) {
@@ -108,12 +106,12 @@ constexpr tools::Option kOptions[] = {kDecodeOption, kTextOption, kOutputOption}
 
 constexpr Command kCommand = {
     .syntax = {.command = L"vorelconv base64",
-               .summary = L"bytes as Base64, and back",
+               .summary = L"encode or decode Base64",
                .options = kOptions,
                .operands = kInputOperand,
                .mostOperands = 1,
-               .details = L"The text has no line breaks. Decoding passes over white space; padding is asked for,\n"
-                          L"and nothing but white space may follow it.\n"
+               .details = L"The encoded text has no line breaks. Decoding ignores white space. Padding is\n"
+                          L"required; only white space may follow it.\n"
                           L"\n"
                           L"  vorelconv base64 --text Hello        SGVsbG8=\n"
                           L"  vorelconv base64 -d -t SGVsbG8=      Hello"},

@@ -17,9 +17,9 @@ protected:
         wchar_t* end = nullptr;
         const bool value = vorel::util::stringToBoolean(word.c_str(), &end);
         if (word.empty() || *end != L'\0' || (m_strict && !vorel::util::canCoerceToBoolean(word.c_str()))) {
-            throw BadInput{0, (m_strict ? L"true, false, yes, no, t, f, y, n, 1 or 0 is expected, found "
-                                        : L"a truth value or an integer is expected, found ") +
-                                  shown(line)};
+            throw BadInput{0, (m_strict ? L"expected true, false, yes, no, t, f, y, n, 1 or 0, found "
+                                        : L"expected a boolean or an integer, found ") +
+                                  quoted(line)};
         }
         appendLine(result, value ? vorel::util::TAL_True : vorel::util::TAL_False);
     }
@@ -28,7 +28,7 @@ private:
     bool m_strict;
 };
 
-constexpr tools::Option kStrictOption = {L"strict", L's', {}, L"neither on and off nor integers but 1 and 0"};
+constexpr tools::Option kStrictOption = {L"strict", L's', {}, L"reject on, off, and integers other than 1 and 0"};
 
 int run(const tools::Arguments& arguments) {
     BooleanFilter filter(arguments.has(kStrictOption.name));
@@ -40,15 +40,14 @@ constexpr tools::Option kOptions[] = {kStrictOption, kTextOption, kOutputOption}
 
 constexpr Command kCommand = {
     .syntax = {.command = L"vorelconv boolean",
-               .summary = L"truth values, one in each line, as true and false",
+               .summary = L"convert booleans, one per line, to true or false",
                .options = kOptions,
                .operands = kInputOperand,
                .mostOperands = 1,
-               .details =
-                   L"Taken are true, yes, on, t, y and false, no, off, f, n in any case, and integers, of which\n"
-                   L"only zero is false.\n"
-                   L"\n"
-                   L"  vorelconv boolean --text Yes         true"},
+               .details = L"Accepts true, yes, on, t, y, false, no, off, f and n, ignoring case, and integers.\n"
+                          L"Only the integer zero is false.\n"
+                          L"\n"
+                          L"  vorelconv boolean --text Yes         true"},
     .run = run};
 
 }  // namespace

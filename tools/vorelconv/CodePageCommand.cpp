@@ -34,38 +34,38 @@ bool isWritable(int codePage) {
            kNotConverted;
 }
 
-/// A code page by its name or its number.
+/// The code page with this name or number.
 int codePageOf(const std::wstring& name) {
-    constexpr std::size_t kMostDigits = 5;
+    constexpr std::size_t kMaxDigits = 5;
     const std::string narrow = tools::toUtf8(name);
     const char* end = nullptr;
     const int number = vorel::util::stringToInteger(narrow.c_str(), &end, false);
-    if (narrow.size() <= kMostDigits && *end == '\0' && number > 0 && number < 0xFFFF) {
+    if (narrow.size() <= kMaxDigits && *end == '\0' && number > 0 && number < 0xFFFF) {
         return number;
     }
     const int named = vorel::util::iconv_open(narrow.c_str(), nullptr);
     if (named == -1) {
-        throw tools::WrongUse(L"\"" + name + L"\" is no name of a code page", kName);
+        throw tools::WrongUse(L"unknown code page: \"" + name + L"\"", kName);
     }
     return named;
 }
 
-/// The code page of an option; without it UTF-8.
+/// The code page given by an option; the default is UTF-8.
 int codePageOf(const tools::Arguments& arguments, const tools::Option& option, bool (*isUsable)(int)) {
     const std::wstring name = arguments.value(option.name).value_or(L"UTF-8");
     const int codePage = codePageOf(name);
     if (codePage == kUtf16 || codePage == kUtf16BigEndian) {
         throw tools::Failure(
-            L"UTF-16 is no code page of the system: \"vorelconv utf16\" converts UTF-8 to it, and back");
+            L"UTF-16 is not a code page of the system; \"vorelconv utf16\" converts between UTF-8 and UTF-16");
     }
     if (!isUsable(codePage)) {
         throw tools::Failure(L"code page " + std::to_wstring(codePage) + L" (\"" + name +
-                             L"\") is not on this system, or cannot be converted with a check for errors");
+                             L"\") is not available on this system, or cannot be converted with error checking");
     }
     return codePage;
 }
 
-/// Bytes of one code page to wide text.
+/// Converts bytes of one code page to wide text.
 class Reader {
 public:
     explicit Reader(int codePage) : m_codePage(codePage), m_converter(vorel::util::iconv_open_codepage(0, codePage)) {
@@ -75,8 +75,8 @@ public:
 
     [[nodiscard]] int codePage() const { return m_codePage; }
 
-    /// How much of a block can be read without what follows it. Where characters have several bytes, that is told only
-    /// by the end of a line: a line feed is never a part of one, and no shift goes beyond it.
+    /// The number of bytes of a block that can be read without the next block. With multi-byte characters, that is up
+    /// to the last line feed: it is never part of a character, and no shift state continues after it.
     [[nodiscard]] std::size_t whole(std::string_view block, bool last) const {
         if (m_codePage == kUtf8) {
             return wholeUtf8(block, last).size();
@@ -87,7 +87,7 @@ public:
         return block.rfind('\n') + 1;
     }
 
-    /// The number of units, or -1 with `errno`; nothing is written.
+    /// The number of units that `read` would write, or -1 with `errno` set.
     [[nodiscard]] std::size_t measure(std::string_view text) const {
         return text.empty() ? 0 : vorel::util::iconv_to_wc(m_converter, text.data(), text.size(), nullptr, 0);
     }
@@ -102,9 +102,9 @@ public:
                vorel::util::iconv_to_wc(m_converter, text.data(), text.size(), units.data(), count) == count;
     }
 
-    /// The longest beginning of `text` that can be read and has no more than `mostUnits` units. A beginning that ends
-    /// within a character cannot be read, though a longer one can: so some neighbours are tried, too.
-    [[nodiscard]] std::size_t readableBeginning(std::string_view text, std::size_t mostUnits) const {
+    /// The length of the longest prefix of `text` that can be read and has at most `maxUnits` units. A prefix that ends
+    /// within a character cannot be read although a longer one can, so several adjacent lengths are tried.
+    [[nodiscard]] std::size_t readableBeginning(std::string_view text, std::size_t maxUnits) const {
         constexpr std::size_t kNeighbours = 8;
         std::size_t good = 0;
         for (std::size_t step = text.size(); step != 0;) {
@@ -112,7 +112,7 @@ public:
             for (std::size_t more = 0; more < kNeighbours && good == before && good + step + more <= text.size();
                  ++more) {
                 const std::size_t units = measure(text.substr(0, good + step + more));
-                if (units != kNotConverted && units <= mostUnits) {
+                if (units != kNotConverted && units <= maxUnits) {
                     good += step + more;
                 }
             }
@@ -127,7 +127,7 @@ private:
     bool m_isSingleByte;
 };
 
-/// Wide text to bytes of one code page.
+/// Converts wide text to bytes of one code page.
 class Writer {
 public:
     explicit Writer(int codePage) : m_converter(vorel::util::iconv_open_codepage(codePage, 0)) {}
@@ -161,7 +161,8 @@ public:
             throwUnreadable(text);
         }
         if (!m_target.write(m_units, m_bytes)) {
-            throw BadInput{0, L"the system cannot write this in code page " + std::to_wstring(m_check.codePage())};
+            throw BadInput{0,
+                           L"the system cannot convert this text to code page " + std::to_wstring(m_check.codePage())};
         }
         if (!m_replace) {
             checkNothingIsLost(text);
@@ -176,30 +177,30 @@ private:
         const std::size_t good = m_source.readableBeginning(text, text.size());
         const std::wstring codePage = std::to_wstring(m_source.codePage());
         if (error != EILSEQ || good == text.size()) {
-            throw BadInput{0, L"the system cannot read this as code page " + codePage};
+            throw BadInput{0, L"the system cannot convert this text from code page " + codePage};
         }
-        throw BadInput{good, L"text of code page " + codePage + L" is expected, found " + shown(text[good])};
+        throw BadInput{good, L"expected text in code page " + codePage + L", found " + quoted(text[good])};
     }
 
-    /// The system puts another character where the code page does not have one, and often one that only looks similar.
-    /// What was written is read again: so nothing changes without a word.
+    /// The system replaces a character that the code page lacks, often by one that only looks similar. Converting the
+    /// result back reveals every such change.
     void checkNothingIsLost(std::string_view text) {
         std::wstring again;
         if (!m_check.read(m_bytes, again)) {
-            throw BadInput{0, L"the system cannot read code page " + std::to_wstring(m_check.codePage()) +
-                                  L" again to see whether something is lost (--replace does without)"};
+            throw BadInput{0, L"the system cannot convert code page " + std::to_wstring(m_check.codePage()) +
+                                  L" back to check for lost characters (--replace skips this check)"};
         }
         if (again == m_units) {
             return;
         }
-        const auto place = std::mismatch(m_units.begin(), m_units.end(), again.begin(), again.end()).first;
-        const auto index = static_cast<std::size_t>(place - m_units.begin());
+        const auto position = std::mismatch(m_units.begin(), m_units.end(), again.begin(), again.end()).first;
+        const auto index = static_cast<std::size_t>(position - m_units.begin());
         const std::size_t good = m_source.readableBeginning(text, index);
-        if (place == m_units.end()) {
-            throw BadInput{good,
-                           L"code page " + std::to_wstring(m_check.codePage()) + L" does not keep this text as it is"};
+        if (position == m_units.end()) {
+            throw BadInput{good, L"converting to code page " + std::to_wstring(m_check.codePage()) +
+                                     L" would change this text"};
         }
-        throw BadInput{good, tools::formatted(L"code page %d has no character for U+%04X (--replace takes another one)",
+        throw BadInput{good, tools::formatted(L"code page %d has no character for U+%04X (--replace substitutes one)",
                                               m_check.codePage(), codePointAt(index))};
     }
 
@@ -212,7 +213,7 @@ private:
 
     Reader m_source;
     Writer m_target;
-    Reader m_check;  // reads what m_target has written
+    Reader m_check;  // converts the output of m_target back
     bool m_replace;
     std::wstring m_units;
     std::string m_bytes;
@@ -225,17 +226,17 @@ CodePages& installedCodePages() {
     return codePages;
 }
 
-/// The system calls back with each number as a text, and with nothing of the caller's.
+/// The callback gets each number as text, and no pointer of the caller; hence the static object.
 BOOL CALLBACK addCodePage(wchar_t* number) {
     installedCodePages()[static_cast<std::uint16_t>(vorel::util::stringToInt(number, nullptr))] = true;
     return TRUE;
 }
 
-/// The number of each code page that can be read, in a line of its own.
+/// The numbers of the code pages that can be read, one per line.
 std::wstring codePageList() {
     EnumSystemCodePagesW(addCodePage, CP_INSTALLED);
     CodePages& candidates = installedCodePages();
-    candidates[kUtf7] = true;  // a system that has these without a file may leave them out
+    candidates[kUtf7] = true;  // may be missing from the list where they need no file
     candidates[kUtf8] = true;
     std::wstring lines;
     for (std::size_t codePage = 1; codePage < candidates.size(); ++codePage) {
@@ -246,10 +247,11 @@ std::wstring codePageList() {
     return lines;
 }
 
-constexpr tools::Option kFromOption = {L"from", L'f', L"codepage", L"what the input is in; without it UTF-8"};
-constexpr tools::Option kToOption = {L"to", 0, L"codepage", L"what the output will be in; without it UTF-8"};
-constexpr tools::Option kReplaceOption = {L"replace", L'r', {}, L"let the system replace what the output cannot have"};
-constexpr tools::Option kListOption = {L"list", L'l', {}, L"show the numbers of the code pages that can be read"};
+constexpr tools::Option kFromOption = {L"from", L'f', L"codepage", L"code page of the input (default: UTF-8)"};
+constexpr tools::Option kToOption = {L"to", 0, L"codepage", L"code page of the output (default: UTF-8)"};
+constexpr tools::Option kReplaceOption = {
+    L"replace", L'r', {}, L"let the system replace characters that the output lacks"};
+constexpr tools::Option kListOption = {L"list", L'l', {}, L"list the numbers of the code pages that can be read"};
 
 int run(const tools::Arguments& arguments) {
     if (arguments.has(kListOption.name)) {
@@ -267,17 +269,17 @@ constexpr tools::Option kOptions[] = {kFromOption, kToOption, kReplaceOption, kL
 
 constexpr Command kCommand = {
     .syntax = {.command = kName,
-               .summary = L"text of one code page in another one",
+               .summary = L"convert text from one code page to another",
                .options = kOptions,
                .operands = kInputOperand,
                .mostOperands = 1,
-               .details =
-                   L"A code page is a name (UTF-8, latin1, windows-1252, shift_jis, koi8-r and hundreds more, in\n"
-                   L"any case) or a number (1252). What the output's code page does not have is an error.\n"
-                   L"A line has to fit into memory where characters have several bytes, but for UTF-8.\n"
-                   L"\n"
-                   L"  vorelconv codepage --from windows-1252 old.txt -o new.txt\n"
-                   L"  vorelconv codepage --from koi8-r --to 1251 letter.txt"},
+               .details = L"A code page is a name (UTF-8, latin1, windows-1252, shift_jis, koi8-r and hundreds\n"
+                          L"more; case is ignored) or a number (1252). Without --replace, a character that the\n"
+                          L"output code page lacks is an error. With multi-byte code pages other than UTF-8,\n"
+                          L"every line must fit into memory.\n"
+                          L"\n"
+                          L"  vorelconv codepage --from windows-1252 old.txt -o new.txt\n"
+                          L"  vorelconv codepage --from koi8-r --to 1251 letter.txt"},
     .run = run};
 
 }  // namespace

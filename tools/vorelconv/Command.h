@@ -1,5 +1,5 @@
 /// \file
-/// The commands of vorelconv: what each takes, and what it does.
+/// The commands of vorelconv.
 #pragma once
 
 #include "support/CommandLine.h"
@@ -9,11 +9,11 @@ namespace conv {
 struct Command {
     tools::Syntax syntax;
 
-    /// Does the work and returns the exit code.
+    /// Runs the command and returns the exit code.
     int (*run)(const tools::Arguments& arguments);
 };
 
-/// \name One for each command, in the file of its name
+/// \name The commands, each defined in the file with its name
 /// \{
 const Command& base64Command();
 const Command& daylightCommand();
@@ -31,12 +31,12 @@ const Command& compareCommand();
 const Command& versionCommand();
 /// \}
 
-/// \name What all commands that convert a stream have in common
+/// \name Options and operands of all commands that convert a stream
 /// \{
-constexpr tools::Option kDecodeOption = {L"decode", L'd', {}, L"convert back"};
+constexpr tools::Option kDecodeOption = {L"decode", L'd', {}, L"decode instead of encode"};
 constexpr tools::Option kTextOption = {L"text", L't', L"text", L"convert this text instead of a file"};
 constexpr tools::Option kOutputOption = {L"output", L'o', L"file",
-                                         L"write to this file; it is replaced when the conversion has succeeded"};
+                                         L"write to this file; it is replaced only if the conversion succeeds"};
 constexpr std::wstring_view kInputOperand = L"[input]";
 /// \}
 

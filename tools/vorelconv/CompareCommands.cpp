@@ -13,10 +13,10 @@ namespace {
 
 using vorel::util::strcmpAdvFlag;
 
-constexpr tools::Option kIgnoreCaseOption = {L"ignore-case", L'i', {}, L"A to Z equal a to z"};
-constexpr tools::Option kPlainOption = {L"plain", L'p', {}, L"digits are characters like all others"};
-constexpr tools::Option kSlashesOption = {L"slashes", L's', {}, L"'/' and '\\' are equal"};
-constexpr tools::Option kReverseOption = {L"reverse", L'r', {}, L"the other way round"};
+constexpr tools::Option kIgnoreCaseOption = {L"ignore-case", L'i', {}, L"treat A to Z as equal to a to z"};
+constexpr tools::Option kPlainOption = {L"plain", L'p', {}, L"compare digits as characters, not as numbers"};
+constexpr tools::Option kSlashesOption = {L"slashes", L's', {}, L"treat '/' and '\\' as equal"};
+constexpr tools::Option kReverseOption = {L"reverse", L'r', {}, L"reverse the order"};
 
 strcmpAdvFlag flagsOf(const tools::Arguments& arguments) {
     strcmpAdvFlag flags = {};
@@ -29,7 +29,7 @@ strcmpAdvFlag flagsOf(const tools::Arguments& arguments) {
 
 // ---- sort -----------------------------------------------------------------------------------------------------------
 
-/// Keeps all lines. Equal ones stay in their order.
+/// Collects all lines and sorts them at the end. Equal lines keep their order.
 class SortFilter final : public LineFilter {
 public:
     explicit SortFilter(strcmpAdvFlag flags) : m_flags(flags) {}
@@ -61,15 +61,14 @@ constexpr tools::Option kSortOptions[] = {kIgnoreCaseOption, kPlainOption, kReve
 
 constexpr Command kSort = {
     .syntax = {.command = L"vorelconv sort",
-               .summary = L"lines in their natural order: digits are compared as numbers",
+               .summary = L"sort lines in natural order: digits are compared as numbers",
                .options = kSortOptions,
                .operands = kInputOperand,
                .mostOperands = 1,
-               .details =
-                   L"All other characters are compared by their codes. Lines that are equal (\"7\" and \"007\") stay\n"
-                   L"in their order. All lines have to fit into memory.\n"
-                   L"\n"
-                   L"  vorelconv sort names.txt             file2 before file10"},
+               .details = L"All other characters are compared by their codes. Equal lines (\"7\" and \"007\")\n"
+                          L"keep their order. All lines must fit into memory.\n"
+                          L"\n"
+                          L"  vorelconv sort names.txt             file2 before file10"},
     .run = runSort};
 
 // ---- compare --------------------------------------------------------------------------------------------------------
@@ -87,16 +86,15 @@ constexpr tools::Option kCompareOptions[] = {kIgnoreCaseOption, kPlainOption, kS
 
 constexpr Command kCompare = {
     .syntax = {.command = L"vorelconv compare",
-               .summary = L"whether a text is less than, equal to or greater than another one",
+               .summary = L"compare two texts in natural order",
                .options = kCompareOptions,
                .operands = L"<text> <text>",
                .leastOperands = 2,
                .mostOperands = 2,
-               .details =
-                   L"Digits are compared as numbers. Writes \"less\", \"equal\" or \"greater\". Exit code 0: they are\n"
-                   L"equal; 1: they are not.\n"
-                   L"\n"
-                   L"  vorelconv compare file9 file10       less"},
+               .details = L"Digits are compared as numbers. Writes \"less\", \"equal\" or \"greater\" for the first\n"
+                          L"text. Exit codes: 0 equal; 1 not equal.\n"
+                          L"\n"
+                          L"  vorelconv compare file9 file10       less"},
     .run = runCompare};
 
 // ---- version --------------------------------------------------------------------------------------------------------
@@ -110,14 +108,15 @@ int runVersion(const tools::Arguments& arguments) {
 
 constexpr Command kVersion = {
     .syntax = {.command = L"vorelconv version",
-               .summary = L"whether a version is at least another one",
+               .summary = L"check that a version is at least the required one",
                .options = {},
                .operands = L"<version> <required>",
                .leastOperands = 2,
                .mostOperands = 2,
-               .details = L"Number by number; any one character separates two of them. A version with fewer numbers\n"
-                          L"than required fails, also when the missing ones are zero. An empty text on either side is\n"
-                          L"false. Writes \"true\" (exit code 0) or \"false\" (1).\n"
+               .details = L"Compares number by number; any single character separates two numbers. A version\n"
+                          L"with fewer numbers than required fails, even if the missing numbers are zero. If\n"
+                          L"either text is empty, the result is false. Writes \"true\" (exit code 0) or \"false\"\n"
+                          L"(exit code 1).\n"
                           L"\n"
                           L"  vorelconv version 10.2 9.9           true\n"
                           L"  vorelconv version 1.2 1.2.0          false"},

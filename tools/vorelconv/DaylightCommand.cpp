@@ -15,8 +15,7 @@ using WideString = vorel::BaseString<wchar_t>;
 constexpr std::size_t kGroupBytes = 3;
 constexpr std::size_t kGroupCharacters = 4;
 
-/// Each block of whole groups gets a last character of its own from the library, which is left out but for the last
-/// one.
+/// The library ends each encoded text with a count character. It is dropped for every block except the last one.
 class DaylightEncoder final : public Filter {
 public:
     std::size_t convert(std::string_view block, bool last, std::string& result) override {
@@ -40,7 +39,7 @@ bool isInAlphabet(char character) {
            (character >= 'A' && character <= 'Z') || (character >= 'a' && character <= 'z');
 }
 
-/// Looks at the characters itself: the library takes all, those that are not of the alphabet for '.'.
+/// Checks the characters itself: the library decodes every character outside the alphabet as '.'.
 class DaylightDecoder final : public Filter {
 public:
     std::size_t convert(std::string_view block, bool last, std::string& result) override {
@@ -48,14 +47,14 @@ public:
         const auto good =
             static_cast<std::size_t>(std::find_if_not(text.begin(), text.end(), isInAlphabet) - text.begin());
         if (good != text.size()) {
-            throw BadInput{good, L"a Daylight character (. + 0-9 A-Z a-z) is expected, found " + shown(text[good])};
+            throw BadInput{good, L"expected a Daylight character (. + 0-9 A-Z a-z), found " + quoted(text[good])};
         }
         if (last) {
             checkEnd(text);
             decode(text, result);
             return block.size();
         }
-        // The last character says how much of the group in front of it counts: both wait for the end.
+        // The last character gives the number of bytes in the group before it: both wait for the end of the input.
         const std::size_t held = kGroupCharacters + 1;
         const std::size_t whole = text.size() < held ? 0 : (text.size() - held) / kGroupCharacters * kGroupCharacters;
         if (whole != 0) {
@@ -71,15 +70,14 @@ private:
 
     static void checkEnd(std::string_view text) {
         if (text.size() % kGroupCharacters != 1) {
-            throw BadInput{text.size(), L"groups of four characters and one more are expected, the text ends with " +
-                                            std::to_wstring(text.size() % kGroupCharacters) +
-                                            L" behind the last group"};
+            throw BadInput{text.size(), L"expected groups of four characters and one final character, found " +
+                                            std::to_wstring(text.size() % kGroupCharacters) + L" after the last group"};
         }
         const char count = text.back();
         if (count != '3' && !(text.size() > 1 && (count == '1' || count == '2'))) {
-            throw BadInput{text.size() - 1, (text.size() > 1 ? L"the last character has to be 1, 2 or 3, found "
-                                                             : L"the only character has to be 3, found ") +
-                                                shown(count)};
+            throw BadInput{text.size() - 1, (text.size() > 1 ? L"expected 1, 2 or 3 as the last character, found "
+                                                             : L"expected 3 as the only character, found ") +
+                                                quoted(count)};
         }
     }
 
@@ -109,16 +107,15 @@ constexpr tools::Option kOptions[] = {kDecodeOption, kTextOption, kOutputOption}
 
 constexpr Command kCommand = {
     .syntax = {.command = L"vorelconv daylight",
-               .summary = L"bytes in the Daylight encoding of bit strings, and back",
+               .summary = L"encode or decode the Daylight encoding of bit strings",
                .options = kOptions,
                .operands = kInputOperand,
                .mostOperands = 1,
-               .details =
-                   L"Three bytes are four characters of . + 0-9 A-Z a-z; the character at the end tells how many\n"
-                   L"bytes of the last group count. White space may follow it, and stand nowhere else.\n"
-                   L"\n"
-                   L"  vorelconv daylight --text AB         EI6.2\n"
-                   L"  vorelconv daylight -d -t EI6.2       AB"},
+               .details = L"Three bytes become four characters of . + 0-9 A-Z a-z. The last character gives the\n"
+                          L"number of bytes in the last group. White space is allowed only after it.\n"
+                          L"\n"
+                          L"  vorelconv daylight --text AB         EI6.2\n"
+                          L"  vorelconv daylight -d -t EI6.2       AB"},
     .run = run};
 
 }  // namespace

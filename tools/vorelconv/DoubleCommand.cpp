@@ -21,17 +21,17 @@ struct DoubleRules {
 
 double readNumber(const std::wstring& line) {
     if (!vorel::util::canCoerceToDouble(line.c_str(), true)) {
-        throw BadInput{0, L"a number is expected, found " + shown(line)};
+        throw BadInput{0, L"expected a number, found " + quoted(line)};
     }
     return vorel::util::stringToDouble(line.c_str(), nullptr);
 }
 
-/// The sixteen digits of a double's bits, in the halves that the library reads at once.
+/// Reads the sixteen hexadecimal digits of a double's bits in two halves; the library reads at most 32 bits.
 double readBits(const std::wstring& line) {
     constexpr std::size_t kHalfDigits = 8;
     const std::wstring digits = trimmed(line);
     if (digits.size() != 2 * kHalfDigits || digits.find_first_not_of(L"0123456789abcdefABCDEF") != std::wstring::npos) {
-        throw BadInput{0, L"sixteen hexadecimal digits are expected, found " + shown(line)};
+        throw BadInput{0, L"expected sixteen hexadecimal digits, found " + quoted(line)};
     }
     const auto half = [&](std::size_t start) {
         const std::wstring text = digits.substr(start, kHalfDigits);
@@ -54,19 +54,19 @@ protected:
             appendLine(result, tools::formatted(L"%016llx", std::bit_cast<unsigned long long>(value)));
             return;
         }
-        constexpr std::size_t kMostCharacters = 64;
-        wchar_t text[kMostCharacters];
-        appendLine(result, vorel::util::doubleToString(value, text, kMostCharacters, m_rules.format));
+        constexpr std::size_t kMaxCharacters = 64;
+        wchar_t text[kMaxCharacters];
+        appendLine(result, vorel::util::doubleToString(value, text, kMaxCharacters, m_rules.format));
     }
 
 private:
     DoubleRules m_rules;
 };
 
-constexpr tools::Option kJsonOption = {L"json", L'j', {}, L"write what JSON allows"};
-constexpr tools::Option kRoundOption = {L"round", L'r', {}, L"to the nearest whole number; a half goes down"};
-constexpr tools::Option kFromBitsOption = {L"from-bits", L'f', {}, L"read the sixteen hexadecimal digits of the bits"};
-constexpr tools::Option kToBitsOption = {L"to-bits", L'b', {}, L"write them"};
+constexpr tools::Option kJsonOption = {L"json", L'j', {}, L"write numbers as JSON allows"};
+constexpr tools::Option kRoundOption = {L"round", L'r', {}, L"round to the nearest whole number; halves round down"};
+constexpr tools::Option kFromBitsOption = {L"from-bits", L'f', {}, L"read the bits as sixteen hexadecimal digits"};
+constexpr tools::Option kToBitsOption = {L"to-bits", L'b', {}, L"write the bits as sixteen hexadecimal digits"};
 
 int run(const tools::Arguments& arguments) {
     DoubleFilter filter({
@@ -84,13 +84,13 @@ constexpr tools::Option kOptions[] = {kJsonOption,   kRoundOption, kFromBitsOpti
 
 constexpr Command kCommand = {
     .syntax = {.command = L"vorelconv double",
-               .summary = L"floating-point numbers, one in each line, as the library writes them",
+               .summary = L"convert floating-point numbers, one per line, to the library's format",
                .options = kOptions,
                .operands = kInputOperand,
                .mostOperands = 1,
-               .details = L"Fifteen significant digits, exponents of three digits, and an exponent for all below 0.1.\n"
-                          L"In reading, the first eighteen digits count, leading zeros among them. What is beyond the\n"
-                          L"range becomes Inf or 0.\n"
+               .details = L"Writes fifteen significant digits and exponents of three digits. Numbers below 0.1\n"
+                          L"always have an exponent. Reads only the first eighteen digits, including leading\n"
+                          L"zeros. Numbers out of range become Inf or 0.\n"
                           L"\n"
                           L"  vorelconv double --text 0.05                        5.e-002\n"
                           L"  vorelconv double --json --text 1e20                 1.0e+020\n"

@@ -17,9 +17,9 @@ namespace conv {
 namespace {
 
 constexpr std::size_t kBlockBytes = std::size_t{1} << 20;
-constexpr std::size_t kMostBytes = std::size_t{1} << 30;
+constexpr std::size_t kMaxBytes = std::size_t{1} << 30;
 
-/// The bytes of the input that are not converted yet.
+/// The part of the input that is read but not yet converted.
 class Window {
 public:
     explicit Window(Input& input) : m_input(input), m_buffer(kBlockBytes) {}
@@ -38,7 +38,7 @@ public:
     [[nodiscard]] bool isLast() const { return m_ended; }
     [[nodiscard]] std::uint64_t offset() const { return m_offset; }
 
-    /// Gives up the first `count` bytes. With none, the window grows instead.
+    /// Removes the first `count` bytes. If `count` is 0, the window grows instead.
     void drop(std::size_t count) {
         m_line += lineFeeds(count);
         m_offset += count;
@@ -49,13 +49,13 @@ public:
         }
     }
 
-    [[noreturn]] void refuse(const BadInput& reason) const {
-        std::wstring place = m_input.name() + L": ";
+    [[noreturn]] void reject(const BadInput& reason) const {
+        std::wstring position = m_input.name() + L": ";
         if (reason.isText) {
-            place += L"line " + std::to_wstring(m_line + lineFeeds(reason.index)) + L", ";
+            position += L"line " + std::to_wstring(m_line + lineFeeds(reason.index)) + L", ";
         }
-        place += L"offset " + std::to_wstring(m_offset + reason.index);
-        throw tools::Failure(place + L": " + reason.message);
+        position += L"offset " + std::to_wstring(m_offset + reason.index);
+        throw tools::Failure(position + L": " + reason.message);
     }
 
 private:
@@ -64,9 +64,9 @@ private:
     }
 
     void grow() {
-        if (m_buffer.size() >= kMostBytes) {
-            refuse({0, L"this line is longer than " + std::to_wstring(kMostBytes) +
-                           L" bytes, and has to fit into memory"});
+        if (m_buffer.size() >= kMaxBytes) {
+            reject({0, L"this line has more than " + std::to_wstring(kMaxBytes) +
+                           L" bytes; every line must fit into memory"});
         }
         m_buffer.resize(2 * m_buffer.size());
     }
@@ -74,8 +74,8 @@ private:
     Input& m_input;
     std::vector<char> m_buffer;
     std::size_t m_count = 0;
-    std::uint64_t m_offset = 0;  // of the first byte, from the start of the input
-    std::uint64_t m_line = 1;    // that the first byte is in
+    std::uint64_t m_offset = 0;  // of the first byte of the window in the input
+    std::uint64_t m_line = 1;    // the line that contains the first byte
     bool m_ended = false;
 };
 
@@ -90,7 +90,7 @@ void convertAll(Input& input, Filter& filter, Output& output, Progress& progress
         try {
             converted = filter.convert(window.bytes(), last, result);
         } catch (const BadInput& reason) {
-            window.refuse(reason);
+            window.reject(reason);
         }
         output.write(result);
         window.drop(converted);
@@ -112,12 +112,12 @@ void runFilter(const tools::Arguments& arguments, Filter& filter) {
     } catch (const tools::Failure& failure) {
         throw tools::Failure(failure.text() + output.abandon());
     } catch (const tools::OutputClosed&) {
-        (void)output.abandon();  // who left does not ask what is missing
+        (void)output.abandon();  // the reader is gone: there is nobody to report to
         throw;
     }
 }
 
-std::wstring shown(char byte) {
+std::wstring quoted(char byte) {
     const auto code = static_cast<unsigned char>(byte);
     const std::wstring number = tools::formatted(L"0x%02X", static_cast<unsigned int>(code));
     const bool isPrintable = code > 0x20 && code < 0x7F;

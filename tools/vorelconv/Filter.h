@@ -1,5 +1,5 @@
 /// \file
-/// Conversions of a stream of bytes, block by block, with memory for one block and its result only.
+/// Conversion of byte streams, block by block. Only one block and its result are in memory.
 #pragma once
 
 #include <cstddef>
@@ -10,11 +10,11 @@
 
 namespace conv {
 
-/// Input that a filter cannot take. `index` is the place within the block; the message says what is expected there.
+/// Thrown by a filter for invalid input. `index` is the offset within the block; the message says what was expected.
 struct BadInput {
     std::size_t index = 0;
     std::wstring message;
-    bool isText = true;  ///< whether the input has lines that a person would count
+    bool isText = true;  ///< whether messages give a line number
 };
 
 class Filter {
@@ -22,20 +22,21 @@ public:
     Filter() = default;
     Filter(const Filter&) = delete;
     Filter& operator=(const Filter&) = delete;
-    virtual ~Filter() noexcept(false) = default;  // as that of the library's containers, which filters have
+    virtual ~Filter() noexcept(false) = default;  // filters have containers of the library, whose destructors may throw
 
-    /// Appends the result for as many bytes of `block` as can be converted without those that follow, and returns their
-    /// number. The others are given again, in front of what follows; when nothing can be converted yet, the next block
-    /// is larger. With `last` nothing follows: then all of the block has to be converted.
-    /// \throws BadInput.
+    /// Converts as many bytes of `block` as possible without the next block, appends the result to `result`, and
+    /// returns the number of bytes converted. The next block begins with the remaining bytes; if the number is 0, the
+    /// next block is larger. If `last` is true, no block follows, and all of `block` must be converted. \throws
+    /// BadInput for invalid input.
     virtual std::size_t convert(std::string_view block, bool last, std::string& result) = 0;
 };
 
-/// Runs a command's input through `filter` into its output. A BadInput becomes a Failure that names the input and the
-/// place: "names.txt: line 3, offset 57: …" (lines count from 1, offsets in bytes from 0).
+/// Converts a command's input with `filter` and writes the result to its output.
+/// \throws tools::Failure. For a BadInput it names the input and the position: "names.txt: line 3, offset 57: …" (lines
+///         count from 1, byte offsets from 0).
 void runFilter(const tools::Arguments& arguments, Filter& filter);
 
-/// A byte as a message shows it: "'x' (0x78)", "0xC3".
-std::wstring shown(char byte);
+/// A byte for a message: "'x' (0x78)", "0xC3".
+std::wstring quoted(char byte);
 
 }  // namespace conv

@@ -38,17 +38,17 @@ bool isSpace(char character) {
     return character == ' ' || character == '\t' || character == '\r' || character == '\n';
 }
 
-/// Looks at the digits itself: the library takes what is none for 0.
+/// Checks the digits itself: the library decodes every other character as 0.
 class HexDecoder final : public Filter {
 public:
     std::size_t convert(std::string_view block, bool last, std::string& result) override {
         m_digits.clear();
-        std::size_t whole = 0;  // behind the last pair, or behind the space that follows it
+        std::size_t whole = 0;  // end of the last pair and of the space after it
         for (std::size_t index = 0; index < block.size(); ++index) {
             if (isDigit(block[index])) {
                 m_digits += block[index];
             } else if (!isSpace(block[index])) {
-                throw BadInput{index, L"a hexadecimal digit is expected, found " + shown(block[index])};
+                throw BadInput{index, L"expected a hexadecimal digit, found " + quoted(block[index])};
             }
             if (m_digits.size() % 2 == 0) {
                 whole = index + 1;
@@ -56,7 +56,7 @@ public:
         }
         if (m_digits.size() % 2 != 0) {
             if (last) {
-                throw BadInput{block.size(), L"the text ends within a byte, one more hexadecimal digit is expected"};
+                throw BadInput{block.size(), L"the text ends within a byte; expected one more hexadecimal digit"};
             }
             m_digits.pop_back();
         }
@@ -71,7 +71,7 @@ private:
     Bytes m_bytes;
 };
 
-constexpr tools::Option kUpperOption = {L"upper", L'u', {}, L"write A to F, not a to f"};
+constexpr tools::Option kUpperOption = {L"upper", L'u', {}, L"write A to F instead of a to f"};
 
 int run(const tools::Arguments& arguments) {
     if (arguments.has(kDecodeOption.name)) {
@@ -88,12 +88,12 @@ constexpr tools::Option kOptions[] = {kDecodeOption, kUpperOption, kTextOption, 
 
 constexpr Command kCommand = {
     .syntax = {.command = L"vorelconv hex",
-               .summary = L"bytes as hexadecimal digits, and back",
+               .summary = L"encode or decode hexadecimal digits",
                .options = kOptions,
                .operands = kInputOperand,
                .mostOperands = 1,
-               .details = L"The digits have no line breaks and no prefix. Decoding passes over white space, and takes\n"
-                          L"digits of either case.\n"
+               .details = L"The encoded text has no line breaks and no prefix. Decoding ignores white space and\n"
+                          L"accepts digits in either case.\n"
                           L"\n"
                           L"  vorelconv hex --text Hello           48656c6c6f\n"
                           L"  vorelconv hex -d -t \"48 65\"          He"},

@@ -13,7 +13,7 @@ namespace conv {
 
 namespace {
 
-/// The reader of a pipe sees its end as an error.
+/// The end of a pipe is reported as an error.
 bool meansEnd(DWORD error) {
     return error == ERROR_BROKEN_PIPE || error == ERROR_HANDLE_EOF;
 }
@@ -46,7 +46,7 @@ void Input::open(const std::wstring& path) {
     m_name = path;
     const DWORD attributes = GetFileAttributesW(path.c_str());
     if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0) {
-        throw tools::Failure(path + L": is a folder, a file is expected");
+        throw tools::Failure(path + L": is a folder, expected a file");
     }
     m_file = tools::OwnedHandle(CreateFileW(path.c_str(), GENERIC_READ,
                                             FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
@@ -67,9 +67,9 @@ std::size_t Input::read(char* buffer, std::size_t size) {
         m_pending.erase(0, count);
         return count;
     }
-    constexpr std::size_t kMostBytes = std::size_t{1} << 30;
+    constexpr std::size_t kMaxBytes = std::size_t{1} << 30;
     DWORD count = 0;
-    if (!ReadFile(m_handle, buffer, static_cast<DWORD>(std::min(size, kMostBytes)), &count, nullptr)) {
+    if (!ReadFile(m_handle, buffer, static_cast<DWORD>(std::min(size, kMaxBytes)), &count, nullptr)) {
         const DWORD error = GetLastError();
         if (!meansEnd(error)) {
             throw tools::systemFailure(m_name, L"cannot be read", error);
@@ -78,7 +78,7 @@ std::size_t Input::read(char* buffer, std::size_t size) {
     return count;
 }
 
-/// One line; control-Z at its beginning ends the input.
+/// Reads one line. A line that begins with control-Z ends the input.
 std::size_t Input::readConsole(char* buffer, std::size_t size) {
     constexpr wchar_t kControlZ = 0x1A;
     wchar_t line[1024];

@@ -1,5 +1,5 @@
 /// \file
-/// Where a command reads its bytes: a file, the standard input, or a text of the command line.
+/// The input of a command: a file, standard input, or the text of --text.
 #pragma once
 
 #include <cstddef>
@@ -14,21 +14,21 @@ namespace conv {
 
 class Input {
 public:
-    /// By option --text and the first operand; without either, and for the operand "-", the standard input.
-    /// \throws tools::Failure when the file cannot be opened; tools::WrongUse when both are given.
+    /// Opens the text of --text or the file named by the first operand; without both, or for "-", standard input.
+    /// \throws tools::Failure if the file cannot be opened; tools::WrongUse if both are given.
     explicit Input(const tools::Arguments& arguments);
 
-    /// Reads up to `size` bytes into `buffer` and returns their number, 0 only at the end. Fewer than `size` say
-    /// nothing about the end. \throws tools::Failure when it cannot be read.
+    /// Reads up to `size` bytes into `buffer` and returns their number. Only 0 means the end of the input.
+    /// \throws tools::Failure if the input cannot be read.
     std::size_t read(char* buffer, std::size_t size);
 
-    /// As messages call it.
+    /// The name for messages.
     [[nodiscard]] const std::wstring& name() const noexcept { return m_name; }
 
-    /// Bytes in all, where that is known before the end.
+    /// The size in bytes, if known in advance.
     [[nodiscard]] std::optional<std::uint64_t> size() const noexcept { return m_size; }
 
-    /// Closes the file, so that it may be replaced.
+    /// Closes the file, so that the output may replace it.
     void close() noexcept { m_file.close(); }
 
 private:
@@ -38,9 +38,9 @@ private:
     std::wstring m_name;
     std::optional<std::uint64_t> m_size;
     tools::OwnedHandle m_file;  // empty for the standard input
-    void* m_handle = nullptr;   // null: only m_pending is there
+    void* m_handle = nullptr;   // null: m_pending is the whole input
     bool m_isConsole = false;
-    std::string m_pending;  // of --text, or of a console's line
+    std::string m_pending;  // unread bytes of --text or of a console line
 };
 
 }  // namespace conv

@@ -9,16 +9,16 @@ namespace conv {
 
 namespace {
 
-constexpr std::size_t kMostDigits = 21;  // with sign and terminator
+constexpr std::size_t kMaxDigits = 21;  // with sign and terminator
 
 std::wstring decimal(long long value) {
-    wchar_t digits[kMostDigits];
-    return vorel::util::Int64ToStr(value, digits, kMostDigits);
+    wchar_t digits[kMaxDigits];
+    return vorel::util::Int64ToStr(value, digits, kMaxDigits);
 }
 
 std::wstring unsignedDecimal(unsigned long long value) {
-    wchar_t digits[kMostDigits];
-    return vorel::util::UInt64ToStr(value, digits, kMostDigits);
+    wchar_t digits[kMaxDigits];
+    return vorel::util::UInt64ToStr(value, digits, kMaxDigits);
 }
 
 std::wstring readSigned(const std::wstring& line) {
@@ -29,7 +29,7 @@ std::wstring readUnsigned(const std::wstring& line) {
     return unsignedDecimal(vorel::util::stringToUnsignedInteger64(line.c_str(), nullptr, false));
 }
 
-/// A type of number: its name on the command line, what fits into it, what messages call it, and how it is read.
+/// An integer type: its name on the command line, its limits, its description in messages, and its parser.
 struct IntegerType {
     std::wstring_view name;
     WholeNumberLimits limits;
@@ -54,10 +54,10 @@ public:
 protected:
     void convertLine(const std::wstring& line, std::string& result) override {
         if (!vorel::util::canCoerceToInteger(line.c_str(), m_leadingZeros)) {
-            refuse(line, m_leadingZeros ? L"an integer" : L"an integer without leading zeros");
+            reject(line, m_leadingZeros ? L"an integer" : L"an integer without leading zeros");
         }
         if (!firstThatDoesNotFit(line, m_type.limits).empty()) {
-            refuse(line, m_type.expected);
+            reject(line, m_type.expected);
         }
         appendLine(result, m_type.read(line));
     }
@@ -74,20 +74,20 @@ protected:
         wchar_t* end = nullptr;
         const int value = vorel::util::hexToInteger(line.c_str(), &end);
         if (*end != L'\0' || trimmed(line).empty()) {
-            refuse(line, kExpected);
+            reject(line, kExpected);
         }
         appendLine(result, unsignedDecimal(static_cast<unsigned int>(value)));
     }
 };
 
-constexpr tools::Option kTypeOption = {L"type", L'y', L"type", L"int64 (without it), uint64, int32, uint32 or hex"};
-constexpr tools::Option kStrictOption = {L"strict", L's', {}, L"no zeros in front"};
+constexpr tools::Option kTypeOption = {L"type", L'y', L"type", L"int64 (default), uint64, int32, uint32 or hex"};
+constexpr tools::Option kStrictOption = {L"strict", L's', {}, L"reject leading zeros"};
 
 int run(const tools::Arguments& arguments) {
     const std::wstring name = arguments.value(kTypeOption.name).value_or(L"int64");
     if (name == L"hex") {
         if (arguments.has(kStrictOption.name)) {
-            throw tools::WrongUse(L"--strict does not go with --type hex", L"vorelconv integer");
+            throw tools::WrongUse(L"--strict cannot be combined with --type hex", L"vorelconv integer");
         }
         HexFilter filter;
         runFilter(arguments, filter);
@@ -100,7 +100,7 @@ int run(const tools::Arguments& arguments) {
             return tools::kDone;
         }
     }
-    throw tools::WrongUse(L"--type takes int64, uint64, int32, uint32 or hex, not \"" + name + L"\"",
+    throw tools::WrongUse(L"--type must be int64, uint64, int32, uint32 or hex, not \"" + name + L"\"",
                           L"vorelconv integer");
 }
 
@@ -108,17 +108,16 @@ constexpr tools::Option kOptions[] = {kTypeOption, kStrictOption, kTextOption, k
 
 constexpr Command kCommand = {
     .syntax = {.command = L"vorelconv integer",
-               .summary = L"integers, one in each line, in their plain form",
+               .summary = L"convert integers, one per line, to plain decimal form",
                .options = kOptions,
                .operands = kInputOperand,
                .mostOperands = 1,
-               .details =
-                   L"White space at both ends, a sign, zeros in front and a fraction of zeros are taken. A number\n"
-                   L"that does not fit into the type is an error. Hexadecimal ones have eight digits at most,\n"
-                   L"and neither sign nor prefix.\n"
-                   L"\n"
-                   L"  vorelconv integer --text \" +0042.00\"         42\n"
-                   L"  vorelconv integer --type hex --text ff       255"},
+               .details = L"Accepts white space at both ends, a sign, leading zeros and a fraction of zeros. A\n"
+                          L"number that does not fit into the type is an error. Hexadecimal numbers have at most\n"
+                          L"eight digits and neither sign nor prefix.\n"
+                          L"\n"
+                          L"  vorelconv integer --text \" +0042.00\"         42\n"
+                          L"  vorelconv integer --type hex --text ff       255"},
     .run = run};
 
 }  // namespace

@@ -1,13 +1,13 @@
 /// \file
-/// Control-C while a conversion runs: it ends at the next block, so that no unfinished file stays behind.
+/// Control-C during a conversion. The conversion stops at the next block and removes its unfinished file.
 #pragma once
 
 namespace conv {
 
-/// From now on the first control-C (or control-Break) only sets a mark; the next one ends the process as usual.
+/// From now on the first control-C or control-Break only sets a flag. The next one ends the process as usual.
 void watchInterrupts() noexcept;
 
-/// \throws tools::Failure when the mark is set.
+/// \throws tools::Failure if the flag is set.
 void throwIfInterrupted();
 
 }  // namespace conv

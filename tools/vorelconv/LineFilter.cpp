@@ -11,7 +11,7 @@ std::wstring decoded(std::string_view line) {
     (void)wholeUtf8(line, true);
     const std::size_t zero = line.find('\0');
     if (zero != std::string_view::npos) {
-        throw BadInput{zero, L"text is expected, found a zero byte"};
+        throw BadInput{zero, L"expected text, found a zero byte"};
     }
     return tools::fromUtf8(line).value();
 }
@@ -50,9 +50,9 @@ void appendLine(std::string& result, std::wstring_view text) {
     result += '\n';
 }
 
-std::wstring shown(const std::wstring& line) {
-    constexpr std::size_t kMostUnits = 60;
-    return L'"' + (line.size() > kMostUnits ? line.substr(0, kMostUnits) + L"…" : line) + L'"';
+std::wstring quoted(const std::wstring& line) {
+    constexpr std::size_t kMaxUnits = 60;
+    return L'"' + (line.size() > kMaxUnits ? line.substr(0, kMaxUnits) + L"…" : line) + L'"';
 }
 
 std::wstring trimmed(const std::wstring& line) {

@@ -1,37 +1,36 @@
 /// \file
-/// Conversions of a text line by line.
+/// Conversion of text line by line.
 #pragma once
 
 #include "Filter.h"
 
 namespace conv {
 
-/// Takes a stream of UTF-8 apart into lines. They end with a line feed, or a carriage return and a line feed; at the
-/// end of the text nothing is needed. A line has to fit into memory. A byte-order mark in front of the first one is
-/// left out.
+/// Splits a stream of UTF-8 into lines. A line ends with a line feed, a carriage return and a line feed, or the end of
+/// the text. Every line must fit into memory. A byte-order mark before the first line is dropped.
 class LineFilter : public Filter {
 public:
     std::size_t convert(std::string_view block, bool last, std::string& result) final;
 
 protected:
-    /// Appends the result for one line, its end included.
-    /// \throws BadInput, with an index of 0 or within the line.
+    /// Appends the result for one line, including its line end.
+    /// \throws BadInput with an index relative to the start of the line.
     virtual void convertLine(const std::wstring& line, std::string& result) = 0;
 
-    /// Behind the last line.
+    /// Called after the last line.
     virtual void finish(std::string&) {}
 
 private:
-    bool m_isFirst = true;  ///< nothing of the text has been seen
+    bool m_isFirst = true;  ///< no block has been converted yet
 };
 
-/// Appends `text` in UTF-8, and the end of a line.
+/// Appends `text` as UTF-8 and a line feed.
 void appendLine(std::string& result, std::wstring_view text);
 
-/// A line as a message shows it: in quotes, and cut when it is long.
-std::wstring shown(const std::wstring& line);
+/// A line for a message: in quotes, and truncated to 60 units.
+std::wstring quoted(const std::wstring& line);
 
-/// Without white space at either end.
+/// `line` without white space at either end.
 std::wstring trimmed(const std::wstring& line);
 
 }  // namespace conv

@@ -14,7 +14,7 @@ namespace {
 
 using WideString = vorel::BaseString<wchar_t>;
 
-/// Appends the items of one line to `items`, in their plain form; false when only the beginning could be read.
+/// Appends the items of one line to `items` in plain form. Returns false if the line could be read only in part.
 using ListReader = bool (*)(const wchar_t* line, std::vector<std::wstring>& items);
 
 std::wstring plain(int value) {
@@ -30,12 +30,12 @@ std::wstring plain(bool value) {
 }
 
 std::wstring plain(double value) {
-    constexpr std::size_t kMostCharacters = 64;
-    wchar_t text[kMostCharacters];
-    return vorel::util::doubleToString(value, text, kMostCharacters, vorel::util::FO_Default);
+    constexpr std::size_t kMaxCharacters = 64;
+    wchar_t text[kMaxCharacters];
+    return vorel::util::doubleToString(value, text, kMaxCharacters, vorel::util::FO_Default);
 }
 
-/// The reader for what one of the library's functions reads.
+/// A reader that calls one of the library's list parsers.
 template <class T, bool (*Read)(const wchar_t*, vorel::Array<T>&, bool)>
 bool readList(const wchar_t* line, std::vector<std::wstring>& items) {
     vorel::Array<T> values;
@@ -50,8 +50,8 @@ struct ListType {
     std::wstring_view name;
     std::wstring_view expected;
     ListReader read;
-    const WholeNumberLimits* limits = nullptr;  ///< of integers; null: the type has no such
-    std::wstring_view item = {};                ///< what one that does not fit should have been
+    const WholeNumberLimits* limits = nullptr;  ///< null: the type has no integer limits
+    std::wstring_view item = {};                ///< expected item, for messages about items that do not fit
 };
 
 constexpr ListType kTypes[] = {
@@ -72,8 +72,8 @@ protected:
         std::vector<std::wstring> items;
         const bool whole = m_type.read(line.c_str(), items);
         if (!whole) {
-            throw BadInput{0, std::wstring(m_type.expected) + L" are expected, found something else behind " +
-                                  std::to_wstring(items.size()) + L" of them in " + shown(line)};
+            throw BadInput{0, L"expected " + std::wstring(m_type.expected) + L", found " + quoted(line) +
+                                  L" (valid items: " + std::to_wstring(items.size()) + L")"};
         }
         if (m_type.limits) {
             checkAllFit(line, *m_type.limits, m_type.item);
@@ -125,17 +125,16 @@ private:
 };
 
 constexpr std::wstring_view kName = L"vorelconv list";
-constexpr tools::Option kTypeOption = {L"type", L'y', L"type",
-                                       L"text (without it), integer, unsigned, double or boolean"};
+constexpr tools::Option kTypeOption = {L"type", L'y', L"type", L"text (default), integer, unsigned, double or boolean"};
 constexpr tools::Option kDelimiterOption = {L"delimiter", L'e', L"text",
-                                            L"what stands between texts; without it a comma"};
-constexpr tools::Option kTrimOption = {L"trim", L'r', {}, L"remove white space around texts"};
-constexpr tools::Option kJoinOption = {L"join", L'j', {}, L"convert back: the lines as one list of texts"};
+                                            L"delimiter characters between texts (default: a comma)"};
+constexpr tools::Option kTrimOption = {L"trim", L'r', {}, L"remove white space around each text"};
+constexpr tools::Option kJoinOption = {L"join", L'j', {}, L"join all lines into one list of texts"};
 
 void runTexts(const tools::Arguments& arguments) {
     const std::wstring delimiter = arguments.value(kDelimiterOption.name).value_or(L",");
     if (delimiter.empty()) {
-        throw tools::WrongUse(L"--delimiter needs at least one character", kName);
+        throw tools::WrongUse(L"--delimiter must have at least one character", kName);
     }
     const bool trim = arguments.has(kTrimOption.name);
     if (arguments.has(kJoinOption.name)) {
@@ -153,7 +152,7 @@ const ListType& typeOf(const std::wstring& name) {
             return type;
         }
     }
-    throw tools::WrongUse(L"--type takes text, integer, unsigned, double or boolean, not \"" + name + L"\"", kName);
+    throw tools::WrongUse(L"--type must be text, integer, unsigned, double or boolean, not \"" + name + L"\"", kName);
 }
 
 int run(const tools::Arguments& arguments) {
@@ -164,7 +163,7 @@ int run(const tools::Arguments& arguments) {
     }
     ValueListFilter filter(typeOf(name));
     if (arguments.has(kJoinOption.name) || arguments.has(kDelimiterOption.name) || arguments.has(kTrimOption.name)) {
-        throw tools::WrongUse(L"--join, --delimiter and --trim go with --type text only", kName);
+        throw tools::WrongUse(L"--join, --delimiter and --trim require --type text", kName);
     }
     runFilter(arguments, filter);
     return tools::kDone;
@@ -175,21 +174,21 @@ constexpr tools::Option kOptions[] = {kTypeOption, kDelimiterOption, kTrimOption
 
 constexpr Command kCommand = {
     .syntax = {.command = kName,
-               .summary = L"lists, one in each line, as one item in each line, and back",
+               .summary = L"split lists, one per line, into one item per line, or join them",
                .options = kOptions,
                .operands = kInputOperand,
                .mostOperands = 1,
-               .details =
-                   L"text      between the delimiter's characters; an item in double quotes may hold them, and\n"
-                   L"          two double quotes for one. --join writes such a list, quoted where that is needed.\n"
-                   L"integer, unsigned\n"
-                   L"          white space or one comma behind each; white space behind a comma is a 0. What does\n"
-                   L"          not fit into 32 bits is an error.\n"
-                   L"double, boolean\n"
-                   L"          between white space; words that are none are passed over\n"
-                   L"\n"
-                   L"  vorelconv list --delimiter ; --text \"a b;c\"     a b, and c in the next line\n"
-                   L"  vorelconv list --type integer --text \"1 ,2 3\"   1, 2 and 3"},
+               .details = L"text      Items are separated by any character of the delimiter. An item in double\n"
+                          L"          quotes may contain delimiters, and a double quote as two. --join writes such\n"
+                          L"          a list, with quotes where they are needed.\n"
+                          L"integer, unsigned\n"
+                          L"          Each item is followed by white space or one comma. White space after a comma\n"
+                          L"          is a 0. An item that does not fit into 32 bits is an error.\n"
+                          L"double, boolean\n"
+                          L"          Items are separated by white space. Other words are ignored.\n"
+                          L"\n"
+                          L"  vorelconv list --delimiter ; --text \"a b;c\"     a b, then c on the next line\n"
+                          L"  vorelconv list --type integer --text \"1 ,2 3\"   1, 2 and 3, one per line"},
     .run = run};
 
 }  // namespace

@@ -12,11 +12,11 @@ namespace conv {
 
 namespace {
 
-/// Where an open file stands, behind all links; nothing where the system does not say so.
+/// The path of an open file with all links resolved, or nothing if the system does not provide it.
 std::optional<std::wstring> finalPath(HANDLE file) {
     std::wstring path(MAX_PATH, L'\0');
     DWORD units = GetFinalPathNameByHandleW(file, path.data(), static_cast<DWORD>(path.size()), FILE_NAME_NORMALIZED);
-    if (units > path.size()) {  // the size that it takes, with its terminator
+    if (units > path.size()) {  // the required size, including the terminator
         path.resize(units);
         units = GetFinalPathNameByHandleW(file, path.data(), static_cast<DWORD>(path.size()), FILE_NAME_NORMALIZED);
     }
@@ -42,14 +42,14 @@ Output::Output(const tools::Arguments& arguments) {
     }
 }
 
-/// What is there and no file on a disk cannot be replaced by one.
+/// Opens the output directly if the name exists and is not a disk file: only a disk file can be replaced.
 bool Output::openDevice() {
     const DWORD attributes = GetFileAttributesW(m_name.c_str());
     if (attributes == INVALID_FILE_ATTRIBUTES) {
         return false;
     }
     if ((attributes & FILE_ATTRIBUTE_DIRECTORY) != 0) {
-        throw tools::Failure(m_name + L": is a folder, the name of a file is expected");
+        throw tools::Failure(m_name + L": is a folder, expected a file");
     }
     if ((attributes & FILE_ATTRIBUTE_READONLY) != 0) {
         throw tools::Failure(m_name + L": is read-only");
@@ -68,7 +68,7 @@ bool Output::openDevice() {
 }
 
 void Output::openUnfinished() {
-    constexpr unsigned int kMostTries = 1000;
+    constexpr unsigned int kMaxTries = 1000;
     for (unsigned int number = 0;; ++number) {
         m_unfinished =
             m_target + L".unfinished-" + std::to_wstring(GetCurrentProcessId()) + L"-" + std::to_wstring(number);
@@ -78,7 +78,7 @@ void Output::openUnfinished() {
             return;
         }
         const DWORD error = GetLastError();
-        if (error != ERROR_FILE_EXISTS || number == kMostTries) {
+        if (error != ERROR_FILE_EXISTS || number == kMaxTries) {
             m_unfinished.clear();
             throw tools::systemFailure(m_name, L"cannot be created", error);
         }
@@ -96,7 +96,7 @@ void Output::write(std::string_view bytes) {
 
 void Output::commit() {
     if (!m_unfinished.empty()) {
-        // The last bytes may find the disk full only now.
+        // A full disk may be detected only now.
         if (!FlushFileBuffers(m_file.get()) || !m_file.close()) {
             throw tools::systemFailure(m_name, L"cannot be written");
         }
@@ -111,12 +111,11 @@ std::wstring Output::abandon() {
     m_closed = true;
     m_file.close();
     if (m_unfinished.empty()) {
-        return m_written == 0
-                   ? std::wstring()
-                   : L"\nThe output is unfinished, it ends behind " + std::to_wstring(m_written) + L" bytes.";
+        return m_written == 0 ? std::wstring()
+                              : L"\nThe output is unfinished: it ends after " + std::to_wstring(m_written) + L" bytes.";
     }
     return DeleteFileW(m_unfinished.c_str()) ? std::wstring()
-                                             : L"\nThe unfinished output is left in \"" + m_unfinished + L"\".";
+                                             : L"\nThe unfinished output remains in \"" + m_unfinished + L"\".";
 }
 
 Output::~Output() {

@@ -1,6 +1,6 @@
 /// \file
-/// Where a command writes its result. A file appears under its name only when it is whole: until then the bytes go to
-/// another one beside it. A link stays, and the file that it leads to is replaced.
+/// The output of a command. A file gets its name only when it is complete: until then the bytes are written to a
+/// temporary file in the same folder. If the name is a link, the link stays and its target is replaced.
 #pragma once
 
 #include <cstdint>
@@ -14,35 +14,34 @@ namespace conv {
 
 class Output {
 public:
-    /// By option --output; without it, and for "-", the standard output. What is no file ("nul") is written directly.
-    /// \throws tools::Failure when the file cannot be made.
+    /// Opens the file given by --output; without it, or for "-", standard output. A device ("nul") is written directly.
+    /// \throws tools::Failure if the file cannot be created.
     explicit Output(const tools::Arguments& arguments);
 
-    /// Without `commit` or `abandon` before: abandons the output, and says on the error stream what that left behind.
+    /// Unless `commit` or `abandon` was called, abandons the output and reports on the error stream what remains.
     ~Output();
 
     Output(const Output&) = delete;
     Output& operator=(const Output&) = delete;
 
-    /// \throws tools::OutputClosed, tools::Failure.
+    /// \throws tools::OutputClosed if the reader is gone; tools::Failure if the bytes cannot be written.
     void write(std::string_view bytes);
 
-    /// Everything is written: gives the file its name, in the place of one that may have it.
-    /// \throws tools::Failure when the system refuses.
+    /// Completes the output: gives the file its name, and replaces an existing file with that name.
+    /// \throws tools::Failure if the file cannot be written or replaced.
     void commit();
 
-    /// The output will not be finished: removes the unfinished file. Returns what there is to say about what is left
-    /// behind, as a line that begins with a line feed; nothing when nothing is.
+    /// Gives the output up and removes the unfinished file. Returns a message about output that remains, beginning with
+    /// a line feed, or an empty string if nothing remains.
     std::wstring abandon();
 
 private:
-    void open(const std::wstring& path);
     bool openDevice();
     void openUnfinished();
 
-    std::wstring m_name;        // as messages call it
-    std::wstring m_target;      // the path of the file to be: where a link of that name leads to
-    std::wstring m_unfinished;  // the path that is written to; empty when nothing has to be renamed
+    std::wstring m_name;        // for messages
+    std::wstring m_target;      // path of the finished file, links resolved
+    std::wstring m_unfinished;  // path of the temporary file; empty if nothing has to be renamed
     tools::OwnedHandle m_file;
     std::uint64_t m_written = 0;
     bool m_closed = false;  // committed or abandoned

@@ -1,5 +1,5 @@
 /// \file
-/// A line on the console that says how far a long conversion is.
+/// A progress line on the console for long conversions.
 #pragma once
 
 #include <cstdint>
@@ -7,20 +7,20 @@
 
 namespace conv {
 
-/// Writes nothing during the first second, when the error stream is no console, and when the result itself goes to a
+/// Writes nothing during the first second, or if the error stream is not a console, or if the result is written to a
 /// console.
 class Progress {
 public:
-    /// `total` in bytes, where it is known; `toStandardOutput`: the result goes there.
+    /// `total` is the input size in bytes, if known. `toStandardOutput`: the result is written to standard output.
     Progress(std::optional<std::uint64_t> total, bool toStandardOutput) noexcept;
 
-    /// Removes the line.
+    /// Erases the line.
     ~Progress();
 
     Progress(const Progress&) = delete;
     Progress& operator=(const Progress&) = delete;
 
-    /// `done` bytes of the input are converted. Writes a line five times a second at most.
+    /// Reports that `done` bytes of the input are converted. Updates the line at most five times a second.
     void report(std::uint64_t done);
 
 private:

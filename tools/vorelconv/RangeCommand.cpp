@@ -15,7 +15,7 @@ std::wstring end(int value) {
     return value == kOpen ? std::wstring() : std::to_wstring(value);
 }
 
-/// Whether a number of some range has a '-' of its own. The library would take it for a sign, and -1 for an open end.
+/// Whether a number in a range has a sign. The library would accept it, and read -1 as an open end.
 bool hasNegative(const std::wstring& line) {
     bool hasDash = false;
     for (const wchar_t c : line) {
@@ -33,10 +33,10 @@ protected:
         try {
             vorel::util::stringToLongRanges(line.c_str(), m_starts, m_ends);
         } catch (vorel::Exception& e) {
-            throw BadInput{0, L"ranges of numbers (\"1-5,7,9-\") are expected: " + std::wstring(e.what())};
+            throw BadInput{0, L"expected ranges of numbers (\"1-5,7,9-\"): " + std::wstring(e.what())};
         }
         if (hasNegative(line)) {
-            refuse(line, L"a list of ranges of numbers without a sign");
+            reject(line, L"a list of ranges of numbers without a sign");
         }
         checkAllFit(line, {.least = 0, .most = 2147483647, .hasSigns = false}, L"a number from 0 to 2147483647");
         for (unsigned int index = 0; index < m_starts.size(); ++index) {
@@ -59,14 +59,14 @@ constexpr tools::Option kOptions[] = {kTextOption, kOutputOption};
 
 constexpr Command kCommand = {
     .syntax = {.command = L"vorelconv range",
-               .summary = L"lists of ranges as one range in each line",
+               .summary = L"split lists of ranges into one range per line",
                .options = kOptions,
                .operands = kInputOperand,
                .mostOperands = 1,
-               .details = L"A range is 2-5, 7 (which is 7-7), 9- or -9 with an open end. Numbers have no sign,\n"
-                          L"and are at most 2147483647.\n"
+               .details = L"A range is 2-5, 7 (the same as 7-7), or 9- or -9 with an open end. Numbers have no\n"
+                          L"sign and are at most 2147483647.\n"
                           L"\n"
-                          L"  vorelconv range --text \"1-5, 7\"      1-5, and 7-7 in the next line"},
+                          L"  vorelconv range --text \"1-5, 7\"      1-5, then 7-7 on the next line"},
     .run = run};
 
 }  // namespace

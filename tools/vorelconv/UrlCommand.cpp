@@ -14,11 +14,12 @@ namespace {
 using vorel::util::UrlComponent;
 using NarrowString = vorel::BaseString<char>;
 
-/// A terminated copy of a text that must not have a zero byte before its end.
+/// A zero-terminated copy of `text`.
+/// \throws BadInput if the text contains a zero byte.
 NarrowString terminated(std::string_view text) {
     const std::size_t zero = text.find('\0');
     if (zero != std::string_view::npos) {
-        throw BadInput{zero, L"text is expected, found a zero byte"};
+        throw BadInput{zero, L"expected text, found a zero byte"};
     }
     return {text.data(), static_cast<unsigned int>(text.size())};
 }
@@ -29,7 +30,7 @@ struct UrlRules {
     bool spaceAsPlus = false;
 };
 
-/// Every byte is escaped by itself, so a block may end anywhere.
+/// Each byte is escaped on its own, so a block may end anywhere.
 class UrlEncoder final : public Filter {
 public:
     explicit UrlEncoder(const UrlRules& rules) : m_rules(rules) {}
@@ -55,15 +56,15 @@ public:
     explicit UrlDecoder(bool plusAsSpace) : m_flags(plusAsSpace ? 1 : 0) {}
 
     std::size_t convert(std::string_view block, bool last, std::string& result) override {
-        const std::size_t count = last ? block.size() : beforeCutEscape(block);
+        const std::size_t count = last ? block.size() : beforeTruncatedEscape(block);
         vorel::util::urlDecode(terminated(block.substr(0, count)).c_str(), m_text, m_flags);
         result += m_text.view();
         return count;
     }
 
 private:
-    /// The start of an escape whose digits may lie in the next block.
-    static std::size_t beforeCutEscape(std::string_view block) {
+    /// The position of an escape whose digits may be in the next block, or the end of the block.
+    static std::size_t beforeTruncatedEscape(std::string_view block) {
         const std::size_t tail = block.size() - std::min<std::size_t>(block.size(), 2);
         return std::min(block.find('%', tail), block.size());
     }
@@ -73,9 +74,9 @@ private:
 };
 
 constexpr tools::Option kComponentOption = {L"component", L'c', L"part",
-                                            L"encode for path, segment, query or parameter of a URL"};
-constexpr tools::Option kReservedOption = {L"reserved", L'r', {}, L"escape $ & + , / : ; = ? @ as well"};
-constexpr tools::Option kPlusOption = {L"plus", L'p', {}, L"a space is '+'"};
+                                            L"encode for this part of a URL: path, segment, query or parameter"};
+constexpr tools::Option kReservedOption = {L"reserved", L'r', {}, L"also escape $ & + , / : ; = ? @"};
+constexpr tools::Option kPlusOption = {L"plus", L'p', {}, L"encode a space as '+', or decode '+' as a space"};
 
 UrlComponent componentOf(const std::wstring& name) {
     constexpr std::pair<std::wstring_view, UrlComponent> kComponents[] = {
@@ -89,7 +90,7 @@ UrlComponent componentOf(const std::wstring& name) {
             return component;
         }
     }
-    throw tools::WrongUse(L"--component takes path, segment, query or parameter, not \"" + name + L"\"",
+    throw tools::WrongUse(L"--component must be path, segment, query or parameter, not \"" + name + L"\"",
                           L"vorelconv url");
 }
 
@@ -100,8 +101,7 @@ UrlRules rulesOf(const tools::Arguments& arguments) {
     if (const auto name = arguments.value(kComponentOption.name)) {
         rules.component = componentOf(*name);
         if (rules.escapeReserved || rules.spaceAsPlus) {
-            throw tools::WrongUse(L"--component has rules of its own, and goes with neither --reserved nor --plus",
-                                  L"vorelconv url");
+            throw tools::WrongUse(L"--component cannot be combined with --reserved or --plus", L"vorelconv url");
         }
     }
     return rules;
@@ -111,7 +111,7 @@ int run(const tools::Arguments& arguments) {
     const UrlRules rules = rulesOf(arguments);
     if (arguments.has(kDecodeOption.name)) {
         if (rules.component || rules.escapeReserved) {
-            throw tools::WrongUse(L"--decode goes only with --plus", L"vorelconv url");
+            throw tools::WrongUse(L"--decode cannot be combined with --component or --reserved", L"vorelconv url");
         }
         UrlDecoder decoder(rules.spaceAsPlus);
         runFilter(arguments, decoder);
@@ -127,18 +127,18 @@ constexpr tools::Option kOptions[] = {kDecodeOption, kComponentOption, kReserved
 
 constexpr Command kCommand = {
     .syntax = {.command = L"vorelconv url",
-               .summary = L"text with percent escapes for URLs, and back",
+               .summary = L"encode or decode the percent escapes of URLs",
                .options = kOptions,
                .operands = kInputOperand,
                .mostOperands = 1,
-               .details =
-                   L"Escaped are the space, \" # % < > [ \\ ] ^ ` { | } ~ and every byte from 0x80 on; what more,\n"
-                   L"the options say. With --component a '~' stays. Control characters are never escaped, so\n"
-                   L"lines stay lines. Decoding leaves a '%' without two digits behind it as it is.\n"
-                   L"\n"
-                   L"  vorelconv url --text \"a/b c\"                   a/b%20c\n"
-                   L"  vorelconv url -c parameter -t \"a=b&c d\"        a%3Db%26c+d\n"
-                   L"  vorelconv url -d -p -t a%41+b                  aA b"},
+               .details = L"Escapes the space, \" # % < > [ \\ ] ^ ` { | } ~, every byte from 0x80, and the\n"
+                          L"characters that the options select. --component does not escape '~'. Control\n"
+                          L"characters are never escaped, so line breaks remain. Decoding keeps a '%' that is\n"
+                          L"not followed by two hexadecimal digits.\n"
+                          L"\n"
+                          L"  vorelconv url --text \"a/b c\"                   a/b%20c\n"
+                          L"  vorelconv url -c parameter -t \"a=b&c d\"        a%3Db%26c+d\n"
+                          L"  vorelconv url -d -p -t a%41+b                  aA b"},
     .run = run};
 
 }  // namespace

@@ -23,7 +23,7 @@ void append(std::string& result, const Bytes& bytes) {
     result.append(reinterpret_cast<const char*>(bytes.data()), bytes.size());
 }
 
-/// UTF-8 to UTF-16.
+/// Converts UTF-8 to UTF-16.
 class Utf16Encoder final : public Filter {
 public:
     Utf16Encoder(bool littleEndian, bool withMark) : m_littleEndian(littleEndian), m_needsMark(withMark) {}
@@ -35,7 +35,7 @@ public:
         }
         m_needsMark = false;
         for (std::size_t start = 0; start < text.size();) {
-            // A zero ends every conversion of the library.
+            // The library's conversions stop at a zero.
             const std::size_t end = std::min(text.find('\0', start), text.size());
             convertPiece(text.substr(start, end - start), result);
             if (end < text.size()) {
@@ -66,27 +66,27 @@ bool isLow(wchar_t unit) {
     return unit >= 0xDC00 && unit <= 0xDFFF;
 }
 
-/// UTF-16 to UTF-8.
+/// Converts UTF-16 to UTF-8.
 class Utf16Decoder final : public Filter {
 public:
     explicit Utf16Decoder(bool littleEndian) : m_littleEndian(littleEndian) {}
 
     std::size_t convert(std::string_view block, bool last, std::string& result) override {
         if (last && block.size() % 2 != 0) {
-            throw BadInput{block.size(), L"the text ends within a unit, an even number of bytes is expected", false};
+            throw BadInput{block.size(), L"the text ends within a code unit; expected an even number of bytes", false};
         }
-        const std::size_t mark = m_isFirst ? takeMark(block) : 0;
+        const std::size_t mark = m_isFirst ? consumeMark(block) : 0;
         m_isFirst = false;
         m_text.assign(block.substr(0, block.size() - block.size() % 2));
         if (!m_littleEndian) {
             swapBytes();
         }
         if (!last && m_text.size() > mark && isHigh(unitAt(m_text.size() - 2))) {
-            m_text.resize(m_text.size() - 2);  // the other half of the pair is in the next block
+            m_text.resize(m_text.size() - 2);  // the low surrogate is in the next block
         }
         for (std::size_t start = mark; start < m_text.size();) {
             start += convertPiece(start, result);
-            if (start < m_text.size()) {  // a zero ends every conversion of the library
+            if (start < m_text.size()) {  // the library's conversions stop at a zero
                 result += '\0';
                 start += 2;
             }
@@ -95,7 +95,7 @@ public:
     }
 
 private:
-    std::size_t takeMark(std::string_view block) {
+    std::size_t consumeMark(std::string_view block) {
         if (block.starts_with(kMarkLittle) || block.starts_with(kMarkBig)) {
             m_littleEndian = block.starts_with(kMarkLittle);
             return kMarkLittle.size();
@@ -103,7 +103,7 @@ private:
         return 0;
     }
 
-    /// The library reads the lower byte first.
+    /// The library reads little-endian text only.
     void swapBytes() {
         for (std::size_t index = 0; index < m_text.size(); index += 2) {
             std::swap(m_text[index], m_text[index + 1]);
@@ -115,7 +115,7 @@ private:
                                     static_cast<unsigned char>(m_text[index + 1]) << 8);
     }
 
-    /// Converts up to a zero, or the end, and returns the number of bytes.
+    /// Converts the text from `start` up to a zero or the end, and returns the number of bytes converted.
     std::size_t convertPiece(std::size_t start, std::string& result) {
         vorel::util::ConvertUTF16toString(m_wide, m_text.data() + start, static_cast<int>(m_text.size() - start));
         checkSurrogates(start);
@@ -130,26 +130,26 @@ private:
             if (isHigh(units[index]) && index + 1 < units.size() && isLow(units[index + 1])) {
                 ++index;
             } else if (isHigh(units[index]) || isLow(units[index])) {
-                throw BadInput{start + 2 * index, L"a surrogate pair is expected, found a surrogate alone", false};
+                throw BadInput{start + 2 * index, L"expected a surrogate pair, found a single surrogate", false};
             }
         }
     }
 
     bool m_littleEndian;
     bool m_isFirst = true;
-    std::string m_text;  // lower bytes first
+    std::string m_text;  // little-endian
     WideString m_wide;
     Bytes m_bytes;
 };
 
-constexpr tools::Option kBigOption = {L"big-endian", L'b', {}, L"UTF-16 with the upper byte first"};
-constexpr tools::Option kMarkOption = {L"mark", L'm', {}, L"write a byte-order mark at the beginning"};
+constexpr tools::Option kBigOption = {L"big-endian", L'b', {}, L"use big-endian UTF-16 instead of little-endian"};
+constexpr tools::Option kMarkOption = {L"mark", L'm', {}, L"write a byte-order mark at the start"};
 
 int run(const tools::Arguments& arguments) {
     const bool littleEndian = !arguments.has(kBigOption.name);
     if (arguments.has(kDecodeOption.name)) {
         if (arguments.has(kMarkOption.name)) {
-            throw tools::WrongUse(L"--mark does not go with --decode", L"vorelconv utf16");
+            throw tools::WrongUse(L"--mark cannot be combined with --decode", L"vorelconv utf16");
         }
         Utf16Decoder decoder(littleEndian);
         runFilter(arguments, decoder);
@@ -164,16 +164,15 @@ constexpr tools::Option kOptions[] = {kDecodeOption, kBigOption, kMarkOption, kT
 
 constexpr Command kCommand = {
     .syntax = {.command = L"vorelconv utf16",
-               .summary = L"UTF-8 to UTF-16, and back",
+               .summary = L"convert UTF-8 to UTF-16 and back",
                .options = kOptions,
                .operands = kInputOperand,
                .mostOperands = 1,
-               .details =
-                   L"Both sides have to be well-formed. In decoding, a byte-order mark at the beginning decides\n"
-                   L"on the order of the bytes and is left out.\n"
-                   L"\n"
-                   L"  vorelconv utf16 names.txt -o names.utf16\n"
-                   L"  vorelconv utf16 --decode names.utf16 | vorelconv utf16 --big-endian --mark"},
+               .details = L"The input must be well-formed. When decoding, a byte-order mark at the start selects\n"
+                          L"the byte order and is dropped.\n"
+                          L"\n"
+                          L"  vorelconv utf16 names.txt -o names.utf16\n"
+                          L"  vorelconv utf16 --decode names.utf16 | vorelconv utf16 --big-endian --mark"},
     .run = run};
 
 }  // namespace

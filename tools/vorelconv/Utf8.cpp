@@ -44,18 +44,18 @@ Utf8Scan scanUtf8(std::string_view text) noexcept {
 
 std::string_view wholeUtf8(std::string_view block, bool last) {
     const Utf8Scan scan = scanUtf8(block);
-    if (scan.valid == block.size() || (scan.isCut && !last)) {
+    if (scan.valid == block.size() || (scan.isTruncated && !last)) {
         return block.substr(0, scan.valid);
     }
     const std::string_view rest = block.substr(scan.valid);
     const tools::Utf8Sequence sequence = tools::utf8SequenceAt(rest);
     if (sequence.size == 0) {
-        throw BadInput{scan.valid, L"a UTF-8 sequence is expected, which cannot begin with " + shown(rest[0])};
+        throw BadInput{scan.valid, L"invalid UTF-8: a sequence cannot begin with " + quoted(rest[0])};
     }
     std::wstring message =
-        L"a UTF-8 sequence of " + std::to_wstring(sequence.size) + L" bytes begins with " + shown(rest[0]);
+        L"invalid UTF-8: a " + std::to_wstring(sequence.size) + L"-byte sequence begins with " + quoted(rest[0]);
     message += sequence.found == rest.size() ? L", but the text ends within it"
-                                             : L", but " + shown(rest[sequence.found]) + L" cannot follow there";
+                                             : L", but " + quoted(rest[sequence.found]) + L" cannot follow";
     throw BadInput{scan.valid, message};
 }
 

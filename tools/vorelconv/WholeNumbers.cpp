@@ -10,11 +10,11 @@ namespace {
 
 constexpr std::wstring_view kDigits = L"0123456789";
 
-/// Whether the number with these digits is at most `limit`. There may be any number of digits.
+/// Whether the number with these digits is at most `limit`. Accepts any number of digits.
 bool isAtMost(std::wstring_view digits, unsigned long long limit) {
     digits.remove_prefix(std::min(digits.find_first_not_of(L'0'), digits.size()));
-    const std::wstring most = std::to_wstring(limit);
-    return digits.size() < most.size() || (digits.size() == most.size() && digits <= most);
+    const std::wstring max = std::to_wstring(limit);
+    return digits.size() < max.size() || (digits.size() == max.size() && digits <= max);
 }
 
 }  // namespace
@@ -33,13 +33,13 @@ std::wstring_view firstThatDoesNotFit(std::wstring_view text, const WholeNumberL
     return {};
 }
 
-void refuse(const std::wstring& found, std::wstring_view expected) {
-    throw BadInput{0, std::wstring(expected) + L" is expected, found " + shown(found)};
+void reject(const std::wstring& found, std::wstring_view expected) {
+    throw BadInput{0, L"expected " + std::wstring(expected) + L", found " + quoted(found)};
 }
 
 void checkAllFit(std::wstring_view text, const WholeNumberLimits& limits, std::wstring_view expected) {
     if (const std::wstring_view number = firstThatDoesNotFit(text, limits); !number.empty()) {
-        refuse(std::wstring(number), expected);
+        reject(std::wstring(number), expected);
     }
 }
 

@@ -1,6 +1,6 @@
 /// \file
-/// Whether the whole numbers of a text fit into a type. The library's parsers wrap around without a word; the converter
-/// looks at the digits, so that no number silently becomes another one.
+/// Range checks for the whole numbers in a text. The library's parsers wrap around silently, so the converter checks
+/// the digits first.
 #pragma once
 
 #include <string>
@@ -9,23 +9,23 @@
 namespace conv {
 
 struct WholeNumberLimits {
-    unsigned long long least;  ///< as the digits behind a '-'
+    unsigned long long least;  ///< magnitude of the smallest value
     unsigned long long most;
-    bool hasSigns = true;  ///< false: a '-' is not part of a number
+    bool hasSigns = true;  ///< false: '-' is a separator, not a sign
 };
 
-/// The first number that does not fit, as it stands in the text; empty when all do. Digits behind a point are those of
-/// a fraction, and not looked at.
+/// The first number that does not fit, as written in the text; empty if all numbers fit. Digits after a point belong to
+/// a fraction and are ignored.
 std::wstring_view firstThatDoesNotFit(std::wstring_view text, const WholeNumberLimits& limits);
 
-/// The limits of 32 bits, and what messages call them.
+/// The limits of 32-bit integers and their descriptions in messages.
 inline constexpr WholeNumberLimits kInt32Limits = {2147483648, 2147483647};
 inline constexpr WholeNumberLimits kUint32Limits = {0, 4294967295};
 inline constexpr std::wstring_view kInt32Expected = L"an integer from -2147483648 to 2147483647";
 inline constexpr std::wstring_view kUint32Expected = L"an integer from 0 to 4294967295";
 
-/// \throws BadInput that says what was expected instead of `found`.
-[[noreturn]] void refuse(const std::wstring& found, std::wstring_view expected);
+/// \throws BadInput with the message "expected <expected>, found \"<found>\"".
+[[noreturn]] void reject(const std::wstring& found, std::wstring_view expected);
 
 /// \throws BadInput for the first number that does not fit.
 void checkAllFit(std::wstring_view text, const WholeNumberLimits& limits, std::wstring_view expected);

@@ -1,5 +1,5 @@
 /// \file
-/// vorelconv: what the library converts, on the command line. The first argument names the command.
+/// vorelconv: the library's conversions on the command line. The first argument is the command.
 
 #include <span>
 #include <string>
@@ -29,7 +29,7 @@ std::wstring overview() {
     for (const auto command : kCommands) {
         rows.emplace_back(nameOf(command()), command().syntax.summary);
     }
-    return L"vorelconv: converts files and streams as the library vorelCore does\n"
+    return L"vorelconv: convert files and streams with the vorelCore library\n"
            L"\n"
            L"Usage: vorelconv <command> [options] [input]\n"
            L"       vorelconv <command> --help\n"
@@ -38,18 +38,18 @@ std::wstring overview() {
            L"Commands:\n" +
            tools::columns(rows) +
            L"\n"
-           L"The input is a file, or the standard input without one; --text takes it from the command\n"
-           L"line. The output is the standard output, or the file of --output, which is replaced when the\n"
-           L"conversion has succeeded, and stays as it is otherwise; of a link, the file that it leads to.\n"
-           L"Text is UTF-8; commands that take lines leave a byte-order mark in front of them out. Files\n"
-           L"of any size are converted in blocks.\n"
+           L"The input is a file, or standard input if no file is given; --text converts a text of the\n"
+           L"command line. The output is standard output, or the file given with --output. That file is\n"
+           L"replaced only if the conversion succeeds. If it is a link, the target is replaced.\n"
+           L"Text is UTF-8. Commands that read lines drop a byte-order mark at the start. Files of any\n"
+           L"size are converted in blocks.\n"
            L"\n"
-           L"Exit codes: 0 done; 1 bad input, a failure, or a comparison that is false; 2 wrong use.\n";
+           L"Exit codes: 0 success; 1 bad input, a failure, or a false comparison; 2 invalid command line.\n";
 }
 
 int run(std::span<const std::wstring> arguments) {
     if (arguments.empty()) {
-        throw tools::WrongUse(L"a command is expected");
+        throw tools::WrongUse(L"expected a command");
     }
     const std::wstring& first = arguments.front();
     if (first == L"--help" || first == L"-h") {
