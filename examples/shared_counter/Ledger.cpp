@@ -14,9 +14,9 @@ std::wstring wide(const std::string& ascii) {
 
 void* mapFile(const std::string& path, const std::string& name) {
     void* const mapping = vorel::ObtainAccessableFileMappingEx(wide(path).c_str(), PAGE_READWRITE, FILE_MAP_WRITE, 0,
-                                                               sizeof(Figures), wide(name).c_str(), nullptr, nullptr);
+                                                               sizeof(Counts), wide(name).c_str(), nullptr, nullptr);
     if (!mapping) {
-        throw vorel::Exception(L"the mapping is not to be had");
+        throw vorel::Exception(L"the file mapping cannot be created");
     }
     return mapping;
 }
@@ -27,45 +27,45 @@ Ledger::Ledger(const std::string& folder, const std::string& name)
     : m_mutex(wide(name).c_str(), false, false),
       m_changed(wide("Global\\" + name + ".changed").c_str()),
       m_victimStopped(wide("Global\\" + name + ".victim").c_str()),
-      m_mapping(mapFile(folder + "\\figures.bin", "Global\\" + name + ".figures")),
-      m_figures(static_cast<Figures*>(MapViewOfFile(m_mapping.get(), FILE_MAP_WRITE, 0, 0, sizeof(Figures)))) {
-    if (!m_figures) {
+      m_mapping(mapFile(folder + "\\counts.bin", "Global\\" + name + ".counts")),
+      m_counts(static_cast<Counts*>(MapViewOfFile(m_mapping.get(), FILE_MAP_WRITE, 0, 0, sizeof(Counts)))) {
+    if (!m_counts) {
         throw vorel::Win32Exception(L"MapViewOfFile", static_cast<int>(GetLastError()));
     }
 }
 
-void Ledger::UnmapView::operator()(Figures* view) const noexcept {
+void Ledger::UnmapView::operator()(Counts* view) const noexcept {
     UnmapViewOfFile(view);
 }
 
 void Ledger::addOne(unsigned int process) {
     const vorel::Guard held(m_mutex);
-    ++m_figures->total;
-    ++m_figures->added[process];
+    ++m_counts->total;
+    ++m_counts->added[process];
 }
 
 void Ledger::enter(unsigned int process) {
     const vorel::Guard held(m_mutex);
-    m_figures->processIds[process] = GetCurrentProcessId();
+    m_counts->processIds[process] = GetCurrentProcessId();
 }
 
 void Ledger::finish() {
     {
         const vorel::Guard held(m_mutex);
-        ++m_figures->finished;
+        ++m_counts->finished;
     }
     m_changed.signal();
 }
 
 void Ledger::stopWithTheMutexHeld() {
-    m_mutex.lock(kPatienceMs, true);
+    m_mutex.lock(kTimeoutMs, true);
     m_victimStopped.signal();
-    vorel::Sleep(kPatienceMs);
+    vorel::Sleep(kTimeoutMs);
 }
 
 bool Ledger::waitForFinished(long count) {
-    const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(kPatienceMs);
-    // Several signals may have become one: what counts is in the figures.
+    const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(kTimeoutMs);
+    // A condition keeps only one signal, so check the shared count.
     while (read().finished < count) {
         if (std::chrono::steady_clock::now() > end) {
             return false;
@@ -75,9 +75,9 @@ bool Ledger::waitForFinished(long count) {
     return true;
 }
 
-Figures Ledger::read() {
+Counts Ledger::read() {
     const vorel::Guard held(m_mutex);
-    return *m_figures;
+    return *m_counts;
 }
 
 }  // namespace shared_counter

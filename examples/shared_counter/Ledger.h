@@ -1,5 +1,5 @@
 /// \file
-/// What the processes share: a file that each maps, a mutex that guards it, and a condition that tells of changes.
+/// State shared by the processes: a mapped file, a mutex that guards it, and a condition that signals changes.
 #pragma once
 
 #include <memory>
@@ -15,52 +15,52 @@ inline constexpr unsigned int kProcesses = 4;
 inline constexpr unsigned int kRounds = 2000;  ///< of each process
 inline constexpr unsigned int kVictim = 3;     ///< the process that is killed after half of its rounds
 
-/// The mapped bytes.
-struct Figures {
+/// The content of the mapped file.
+struct Counts {
     long long total;
     long long added[kProcesses];
     unsigned long processIds[kProcesses];
-    long finished;  ///< processes that have done all their rounds
+    long finished;  ///< number of processes that have completed all rounds
 };
 
 class Ledger {
 public:
-    /// Opens the ledger of the run `name`, over a file in `folder`; the first of the processes creates it, all zero.
+    /// Opens the ledger of the run `name`, in a file in `folder`. The first process creates it with all counts zero.
     Ledger(const std::string& folder, const std::string& name);
 
-    /// Adds one to the total, as the work of `process`.
+    /// Adds one to the total and to the count of `process`.
     void addOne(unsigned int process);
 
-    /// Enters the calling process as `process`.
+    /// Stores the id of the calling process as that of `process`.
     void enter(unsigned int process);
 
-    /// Says that one more process has finished.
+    /// Records that one more process has finished, and signals the change.
     void finish();
 
-    /// Takes the mutex, tells the parent, and never comes back: whoever is to be killed waits here.
+    /// Locks the mutex, signals the parent, and sleeps until the process is killed.
     void stopWithTheMutexHeld();
 
-    /// Waits until the victim has stopped; false when that takes too long.
-    bool waitForVictim() { return m_victimStopped.wait(kPatienceMs); }
+    /// Waits until the victim holds the mutex; false after 60 seconds.
+    bool waitForVictim() { return m_victimStopped.wait(kTimeoutMs); }
 
-    /// Waits until `count` processes have finished; false when that takes too long.
+    /// Waits until `count` processes have finished; false after 60 seconds.
     bool waitForFinished(long count);
 
-    /// A copy of the figures.
-    Figures read();
+    /// A copy of the counts, read under the mutex.
+    Counts read();
 
 private:
-    static constexpr int kPatienceMs = 60000;
+    static constexpr int kTimeoutMs = 60000;
 
     struct UnmapView {
-        void operator()(Figures* view) const noexcept;
+        void operator()(Counts* view) const noexcept;
     };
 
     vorel::AutoMutex m_mutex;
     vorel::NamedCondition m_changed;
     vorel::NamedCondition m_victimStopped;
     examples::Handle m_mapping;
-    std::unique_ptr<Figures, UnmapView> m_figures;
+    std::unique_ptr<Counts, UnmapView> m_counts;
 };
 
 }  // namespace shared_counter

@@ -1,10 +1,10 @@
 /// \file
-/// Four processes, one number. Each adds one to it many times, under a named mutex; one of them is killed half-way,
-/// with the mutex in its hands. The others take the mutex over, with a warning in the log, and finish.
+/// Four processes add to one number under a named mutex. One of them is killed while it holds the mutex. The next
+/// process gets the mutex and writes a warning to the log, and the others finish.
 ///
 ///     shared_counter
 ///
-/// The exit code is 0 when the number is what it has to be, and the log tells of the abandoned mutex once.
+/// The exit code is 0 if the number is correct and the log contains exactly one record, about the abandoned mutex.
 
 #include <cstdio>
 #include <cstdlib>
@@ -28,13 +28,13 @@ std::string logPathIn(const std::string& folder) {
     return folder + "\\shared_counter.txt";
 }
 
-/// A name that no other run has, also not one of another copy of the program.
+/// A name that is unique among all running copies of the program.
 std::string runName(unsigned long parentId) {
     return "shared_counter-" + std::to_string(parentId);
 }
 
 void prepareLog(const std::string& folder) {
-    vorel::Exception::setDebugTarget(L"LogsIncludeMsecs", true);  // the form that the log is read back in
+    vorel::Exception::setDebugTarget(L"LogsIncludeMsecs", true);  // readLog() expects milliseconds
     vorel::Exception::SetErrorLogLocation(logPathIn(folder).c_str(), vorel::Exception::LargeErrorLogSize);
 }
 
@@ -52,7 +52,7 @@ int runWorker(unsigned int process, const std::string& folder, const std::string
     return EXIT_SUCCESS;
 }
 
-/// What the log says of the mutex that was left behind.
+/// The warnings about the abandoned mutex.
 std::vector<examples::Record> abandonedRecords(const examples::Log& log) {
     std::vector<examples::Record> found;
     for (const examples::Record& record : log.records) {
@@ -63,25 +63,25 @@ std::vector<examples::Record> abandonedRecords(const examples::Log& log) {
     return found;
 }
 
-bool printResult(const Figures& figures, const examples::Log& log) {
+bool printResult(const Counts& counts, const examples::Log& log) {
     bool right = true;
     long long expected = 0;
     std::printf("  process      added\n");
     for (unsigned int process = 0; process != kProcesses; ++process) {
         const unsigned int rounds = process == kVictim ? kRounds / 2 : kRounds;
-        std::printf("  %-10lu %7lld%s\n", figures.processIds[process], figures.added[process],
-                    process == kVictim ? "  killed with the mutex in its hands" : "");
-        right = right && figures.added[process] == rounds;
+        std::printf("  %-10lu %7lld%s\n", counts.processIds[process], counts.added[process],
+                    process == kVictim ? "  killed while it held the mutex" : "");
+        right = right && counts.added[process] == rounds;
         expected += rounds;
     }
-    right = right && figures.total == expected;
-    std::printf("  in all     %7lld  of %lld\n\nThe log\n", figures.total, expected);
+    right = right && counts.total == expected;
+    std::printf("  total      %7lld  of %lld\n\nThe log\n", counts.total, expected);
     const std::vector<examples::Record> abandoned = abandonedRecords(log);
     for (const examples::Record& record : abandoned) {
         std::printf("  process %lu: %s\n", record.processId, record.message.c_str());
     }
     right = right && abandoned.size() == 1 && log.records.size() == 1 && log.unreadable.empty();
-    std::printf("\nResult: %s\n", right ? "the survivors finished, and the number is right" : "something is wrong");
+    std::printf("\nResult: %s\n", right ? "the other processes finished, and the number is correct" : "failed");
     return right;
 }
 
@@ -97,11 +97,11 @@ int runParent() {
         workers.push_back(examples::startProcess(program, {std::to_string(process), folder, name}));
     }
     if (!ledger.waitForVictim()) {
-        throw vorel::TimeoutException(L"the process to be killed did not get half-way");
+        throw vorel::TimeoutException(L"the process to be killed did not complete half of its rounds");
     }
     TerminateProcess(workers[kVictim].get(), EXIT_FAILURE);
     if (!ledger.waitForFinished(kProcesses - 1)) {
-        throw vorel::TimeoutException(L"the survivors did not finish");
+        throw vorel::TimeoutException(L"the other processes did not finish");
     }
     bool allWell = true;
     for (unsigned int process = 0; process != kProcesses; ++process) {

@@ -8,7 +8,7 @@ namespace shared_log {
 
 namespace {
 
-// The last line of a report: without it, its writer did not come to the end.
+// The last line of a report. A report without it is incomplete.
 constexpr char kEnd[] = "end";
 
 }  // namespace

@@ -1,5 +1,5 @@
 /// \file
-/// What one worker has done, told to the parent in a small text file: so that the parent can hold the log against it.
+/// The report of one worker, a small text file. The parent compares the log with it.
 #pragma once
 
 #include <string>
@@ -7,13 +7,13 @@
 
 namespace shared_log {
 
-/// One text file as one worker found it.
+/// The result of one worker for one text file.
 struct CheckedFile {
     unsigned int lines = 0;
     std::vector<unsigned int> damagedLines;  ///< counted from 1
 };
 
-/// Records that a worker has written, by the prefix that they have in the log.
+/// The number of records that a worker has written, by their prefix in the log.
 struct RecordCounts {
     unsigned int errors = 0;
     unsigned int warnings = 0;
@@ -29,12 +29,13 @@ struct Report {
     std::vector<CheckedFile> files;  ///< in the order of the command line
 };
 
-/// Where worker `number` leaves its report.
+/// The path of the report of worker `number`.
 std::string reportPath(const std::string& folder, unsigned long number);
 
+/// Returns false if the file cannot be written.
 bool writeReport(const std::string& path, const Report& report);
 
-/// False when the file is not there, or not a whole report.
+/// Returns false if the file does not exist or is incomplete.
 bool readReport(const std::string& path, Report& report);
 
 }  // namespace shared_log

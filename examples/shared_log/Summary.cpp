@@ -19,7 +19,7 @@ using Complaints = std::vector<std::string>;
 /// The messages of one exception, from the point of failure to the handler that ended it.
 using Trail = std::vector<std::string>;
 
-/// What a file declares in its first line, "Damaged lines: 6 7 8"; nothing when it declares nothing.
+/// The damaged lines that a file declares in its first line, "Damaged lines: 6 7 8"; nothing without a declaration.
 std::optional<std::vector<unsigned int>> declaredDamage(const std::string& path) {
     constexpr std::string_view kDeclaration = "Damaged lines:";
     const std::string content = examples::readFile(path).value_or("");
@@ -49,13 +49,13 @@ void printFiles(const Run& run, Complaints& complaints) {
         const CheckedFile& first = run.workers.front().files[index];
         const auto declared = declaredDamage(name);
         std::printf("  %s (%u lines): %s%s\n", name.c_str(), first.lines, listOf(first.damagedLines).c_str(),
-                    declared ? ", as it declares" : "");
+                    declared ? ", as declared" : "");
         const std::vector<unsigned int>& expected = declared ? *declared : first.damagedLines;
         for (std::size_t worker = 0; worker != run.workers.size(); ++worker) {
             const std::vector<unsigned int>& found = run.workers[worker].files[index].damagedLines;
             if (found != expected) {
-                complaints.push_back("worker " + std::to_string(worker + 1) + " found these lines of " + name +
-                                     " damaged: " + listOf(found) + "; expected: " + listOf(expected));
+                complaints.push_back("worker " + std::to_string(worker + 1) + " found damaged lines in " + name + ": " +
+                                     listOf(found) + "; expected: " + listOf(expected));
             }
         }
     }
@@ -88,7 +88,7 @@ void printRow(const char* name, const RecordCounts& counts, unsigned int reporte
 }
 
 void printRecords(const Run& run, const examples::Log& log, Complaints& complaints) {
-    std::printf("\n%-20s %12s %6s %7s %7s %9s\n", "Records", "Vorel Error:", "WARN:", "DEBUG:", "in all", "reported");
+    std::printf("\n%-20s %12s %6s %7s %7s %9s\n", "Records", "Vorel Error:", "WARN:", "DEBUG:", "total", "reported");
     std::map<unsigned long, RecordCounts> found = countByProcess(log);
     RecordCounts total;
     for (const Report& worker : run.workers) {
@@ -98,20 +98,20 @@ void printRecords(const Run& run, const examples::Log& log, Complaints& complain
         total.errors += counts.errors;
         total.warnings += counts.warnings;
         total.debugs += counts.debugs;
-        // A log that was moved to its backup more than once has lost its oldest records: then only more is wrong.
+        // With a backup, the oldest records may be lost: then the log may have fewer records, but not more.
         if (log.hasBackup ? counts.all() > worker.records.all() : counts != worker.records) {
-            complaints.push_back(name + ": the log does not hold what it reported");
+            complaints.push_back(name + ": the records in the log differ from its report");
         }
         found.erase(worker.processId);
     }
     printRow("all", total, static_cast<unsigned int>(reportedRecords(run)));
-    for (const auto& stranger : found) {
-        complaints.push_back("process " + std::to_string(stranger.first) + " is none of the workers");
+    for (const auto& unknown : found) {
+        complaints.push_back("process " + std::to_string(unknown.first) + " is not a worker");
     }
 }
 
-/// The trail of the exception that collected most messages. The records of one thread stand in the order in which it
-/// wrote them; the record of a handler ends a trail.
+/// The trail of the exception with the most messages. The records of a thread are in the order in which it wrote them;
+/// the record of a handler ends a trail.
 Trail longestTrail(const examples::Log& log) {
     constexpr std::string_view kHandled = ": Vorel exception caught";
     Trail longest;
@@ -155,7 +155,7 @@ void printTimes(const examples::Log& log) {
     for (std::size_t index = 1; index < log.records.size(); ++index) {
         turns += log.records[index].processId != log.records[index - 1].processId ? 1U : 0U;
     }
-    std::printf("Turns:     %u runs of records by one and the same process\n", turns);
+    std::printf("Turns:     %u runs of records by the same process\n", turns);
 }
 
 void printLines(const Run& run, const examples::Log& log, Complaints& complaints) {
@@ -177,12 +177,12 @@ bool printSummary(const Run& run, const examples::Log& log) {
     printTimes(log);
     printLines(run, log, complaints);
     for (const std::string& complaint : complaints) {
-        std::printf("WRONG:     %s\n", complaint.c_str());
+        std::printf("Error:     %s\n", complaint.c_str());
     }
     if (complaints.empty()) {
         const std::size_t gone = reportedRecords(run) - log.records.size();
-        std::printf("Result:    every record is whole, %s\n",
-                    gone == 0 ? "and none is missing" : "and the oldest went with an earlier backup");
+        std::printf("Result:    all records are complete, %s\n",
+                    gone == 0 ? "none is missing" : "the oldest were lost with an earlier backup");
     }
     return complaints.empty();
 }

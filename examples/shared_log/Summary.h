@@ -1,5 +1,5 @@
 /// \file
-/// What a person wants to see of a run, and whether the log holds what the workers say that they wrote.
+/// The summary of a run, and the check that the log matches the reports of the workers.
 #pragma once
 
 #include <string>
@@ -16,8 +16,8 @@ struct Run {
     std::vector<Report> workers;
 };
 
-/// Prints the tables, the longest trail and the time span, and then every complaint. Returns whether there was none: no
-/// line torn, no record missing or too many, and exactly the damaged lines found that a file declares.
+/// Prints the tables, the longest trail, the time span and all errors. Returns true without errors: no line is torn, no
+/// record is missing or unexpected, and the damaged lines found are those that the files declare.
 bool printSummary(const Run& run, const examples::Log& log);
 
 }  // namespace shared_log

@@ -15,16 +15,16 @@ namespace {
 
 constexpr wchar_t kDebugTarget[] = L"SharedLog";
 
-/// The file's name for messages, without its folders.
+/// The file name without its folders, for messages.
 std::string_view nameOf(std::string_view path) {
     const std::size_t separator = path.find_last_of("\\/");
     return separator == std::string_view::npos ? path : path.substr(separator + 1);
 }
 
-/// Converts `line` to wide text and back. Returns whether it holds anything beyond ASCII.
+/// Converts `line` to wide text and back. Returns whether it contains characters outside ASCII.
 bool convertAndCompare(const std::string& line) {
     try {
-        // A lead byte at the end of the line takes its trailing bytes from behind it: these zeros.
+        // A lead byte at the end of the line reads its trailing bytes past the end: these zeros.
         constexpr std::size_t kLongestSequence = 6;
         std::string input = line;
         input.append(kLongestSequence, '\0');
@@ -34,7 +34,7 @@ bool convertAndCompare(const std::string& line) {
         vorel::BaseString<char> narrow;
         vorel::util::ConvertStringtoUTF8(wide.c_str(), narrow, static_cast<int>(wide.length()));
         if (narrow.view() != line) {
-            throw vorel::DiffErrorException(L"%u bytes came back as %u others", static_cast<unsigned int>(line.size()),
+            throw vorel::DiffErrorException(L"%u bytes became %u other bytes", static_cast<unsigned int>(line.size()),
                                             narrow.length());
         }
         return vorel::util::ContainsUnicode(wide);
@@ -76,11 +76,11 @@ void Worker::checkFile(const std::string& path) {
         ++file.lines;
         try {
             if (checkLine(name.c_str(), file.lines, line)) {
-                Exception::debug(kDebugTarget, L"%hs, line %u goes beyond ASCII", name.c_str(), file.lines);
+                Exception::debug(kDebugTarget, L"%hs, line %u has characters outside ASCII", name.c_str(), file.lines);
                 ++records.debugs;
             }
         } catch (Exception& e) {
-            records.errors += e.getMessageTotal() + 1;  // what it carries, and the record of this handler
+            records.errors += e.getMessageTotal() + 1;  // its own records and that of this handler
             file.damagedLines.push_back(file.lines);
             e.catchClass(L"Worker", L"checkFile");
         }

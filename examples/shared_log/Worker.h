@@ -1,6 +1,6 @@
 /// \file
-/// The work of one process: every line of its files goes to wide text and back, and must come out as it went in. A line
-/// that does not rises as an exception through three layers, each of which adds its record:
+/// The work of one process: it converts every line of its files to wide text and back. A line that differs afterwards
+/// raises an exception, which passes through three layers. Each layer adds its record:
 ///
 ///     convertAndCompare   rethrowClass      "Line::convertAndCompare: Vorel exception rethrown"
 ///     checkLine           rethrowGeneric    "README.md, line 12: Vorel exception rethrown"
@@ -16,7 +16,7 @@ namespace shared_log {
 
 class Worker {
 public:
-    /// Checks `files`, logs to the current error log, and tells what it did.
+    /// Checks `files`, logs to the current error log, and returns the report.
     Report run(const std::vector<std::string>& files);
 
 private:

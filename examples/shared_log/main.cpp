@@ -1,14 +1,14 @@
 /// \file
-/// Four processes, one error log.
+/// Four processes write one error log.
 ///
 ///     shared_log [--limit=<bytes>] [<UTF-8 text file>...]
 ///
-/// starts four copies of itself. Each converts every line of the files to wide text and back, and logs what it finds:
-/// each bad line as the trail of an exception, warnings, and debug lines. Then the log is read back and summed up. The
-/// exit code is 1 when a line of the log is torn, when the log does not hold what the copies wrote, or when they did
-/// not find exactly the damaged lines that a file declares; see the README.md beside this file.
+/// Starts four copies of itself. Each copy converts every line of the files to wide text and back, and logs the result:
+/// each damaged line as the trail of an exception, warnings, and debug lines. The parent then reads the log and prints
+/// a summary. The exit code is 1 if a line of the log is torn, if the log does not match the reports of the copies, or
+/// if the damaged lines found differ from those that a file declares; see README.md.
 ///
-/// `--limit` is the size at which the log is moved to its backup: with a small one, the oldest records are gone.
+/// `--limit` is the size at which the log is moved to its backup. With a small limit, the oldest records are lost.
 
 #include <cstdio>
 #include <cstdlib>
@@ -65,7 +65,7 @@ std::string logPathIn(const std::string& folder) {
     return folder + "\\shared_log.txt";
 }
 
-/// The folder is this run's own, so its name tells the run's start line from all others.
+/// The folder is unique to this run, so its name identifies the start line.
 std::string startLineName(const std::string& folder) {
     return folder.substr(folder.find_last_of('\\') + 1);
 }
@@ -94,14 +94,14 @@ Run runWorkers(const CommandLine& options) {
         workers.push_back(examples::startProcess(program, arguments));
     }
     if (!startLine.start(kWorkers)) {
-        throw vorel::TimeoutException(L"the workers did not come to the start");
+        throw vorel::TimeoutException(L"the workers were not ready in time");
     }
     Run run{logPathIn(folder), options.files, {}};
     for (unsigned int number = 1; number <= kWorkers; ++number) {
         Report& report = run.workers.emplace_back();
         if (examples::exitCodeOf(workers[number - 1]) != EXIT_SUCCESS ||
             !readReport(reportPath(folder, number), report) || report.files.size() != options.files.size()) {
-            throw vorel::Exception(L"worker %u did not finish its work", number);
+            throw vorel::Exception(L"worker %u failed or wrote no complete report", number);
         }
     }
     return run;

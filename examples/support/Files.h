@@ -1,6 +1,6 @@
 /// \file
-/// Text files, read whole. By the C runtime and not by <fstream>: this compiler's C++ runtime was built for an older C
-/// runtime, and its file streams have another size than the headers say.
+/// Reading and writing whole files. Uses <cstdio> instead of <fstream>: this compiler's C++ runtime was built for an
+/// older C runtime, and the size of its file streams differs from that in the headers.
 #pragma once
 
 #include <optional>
@@ -10,12 +10,13 @@
 
 namespace examples {
 
-/// The bytes of a file as they stand; nothing when it cannot be read.
+/// The bytes of a file; nothing if it cannot be read.
 std::optional<std::string> readFile(const std::string& path);
 
+/// Replaces the file. Returns false if it cannot be written.
 bool writeFile(const std::string& path, std::string_view content);
 
-/// The pieces of `text` between `separator`s. A last piece that no separator ends counts too, unless it is empty.
+/// The pieces of `text` that end with `separator`, and the rest of the text unless it is empty.
 std::vector<std::string> split(std::string_view text, std::string_view separator);
 
 }  // namespace examples

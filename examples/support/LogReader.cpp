@@ -24,7 +24,7 @@ constexpr std::array<Prefix, 6> kPrefixes{{{"Vorel Error: ", Kind::Error},
                                            {"DEBUG: ", Kind::Debug},
                                            {"DEBUG Truncated: ", Kind::Debug}}};
 
-/// Walks through a line from left to right. After the first thing that is not as asked for, nothing is any more.
+/// Parses a line from left to right. After the first mismatch, every operation fails.
 class Cursor {
 public:
     explicit Cursor(std::string_view line) noexcept : m_rest(line) {}
@@ -37,22 +37,22 @@ public:
         return m_good;
     }
 
-    /// The next `size` characters.
-    std::string_view take(std::size_t size) noexcept {
+    /// Consumes the next `size` characters.
+    std::string_view consume(std::size_t size) noexcept {
         m_good = m_good && m_rest.size() >= size;
         if (!m_good) {
             return {};
         }
-        const std::string_view taken = m_rest.substr(0, size);
+        const std::string_view consumed = m_rest.substr(0, size);
         m_rest.remove_prefix(size);
-        return taken;
+        return consumed;
     }
 
     unsigned long number() noexcept {
         unsigned long value = 0;
         const auto [end, error] = std::from_chars(m_rest.data(), m_rest.data() + m_rest.size(), value);
         m_good = m_good && error == std::errc();
-        take(static_cast<std::size_t>(end - m_rest.data()));
+        consume(static_cast<std::size_t>(end - m_rest.data()));
         return value;
     }
 
@@ -64,7 +64,7 @@ private:
     bool m_good = true;
 };
 
-/// Seconds for "Mon Nov 16 01:43:08 2026", -1 for what is not a time.
+/// The time "Mon Nov 16 01:43:08 2026" in seconds; -1 for any other text.
 long long secondsOf(std::string_view text) {
     std::tm time{};
     time.tm_isdst = -1;
@@ -77,7 +77,7 @@ bool isHostName(std::string_view host) {
     return host.find_first_of(" :[]") == std::string_view::npos;
 }
 
-/// A last line that has no end is torn too.
+/// A last line without a line end counts as torn.
 void appendLines(std::string_view content, Log& log) {
     constexpr std::string_view kLineEnd = "\r\n";
     for (std::string& line : split(content, kLineEnd)) {
@@ -88,7 +88,7 @@ void appendLines(std::string_view content, Log& log) {
         }
     }
     if (!content.empty() && !content.ends_with(kLineEnd)) {
-        log.unreadable.emplace_back("(the last line has no end)");
+        log.unreadable.emplace_back("(the last line has no line end)");
     }
 }
 
@@ -100,16 +100,16 @@ std::optional<Record> parseLine(std::string_view line) {
     Record record;
     Cursor cursor(line);
     cursor.skip("[");
-    const std::string_view time = cursor.take(kTimeSize);
+    const std::string_view time = cursor.consume(kTimeSize);
     cursor.skip("].");
-    const std::string_view fraction = cursor.take(kMillisecondDigits);
+    const std::string_view fraction = cursor.consume(kMillisecondDigits);
     cursor.skip(" ");
-    // The process id and the thread id follow the last two points before the colon.
+    // The process id and the thread id follow the last two dots before the colon.
     const std::string_view origin = cursor.rest().substr(0, cursor.rest().find(": "));
     const std::size_t threadAt = origin.rfind('.');
     const std::size_t processAt =
         threadAt == std::string_view::npos || threadAt == 0 ? threadAt : origin.rfind('.', threadAt - 1);
-    if (!cursor.good() || processAt == std::string_view::npos || !isHostName(cursor.take(processAt))) {
+    if (!cursor.good() || processAt == std::string_view::npos || !isHostName(cursor.consume(processAt))) {
         return std::nullopt;
     }
     cursor.skip(".");

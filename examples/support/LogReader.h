@@ -1,5 +1,5 @@
 /// \file
-/// Reads an error log back, line by line, and takes nothing that is not exactly in the log's format:
+/// Reads an error log line by line. Accepts only lines that match the log's format exactly:
 ///
 ///     [Mon Nov 16 01:43:08 2026].045 host7.4312.9876: WARN: README.md: 2 of 90 lines are damaged
 #pragma once
@@ -15,8 +15,8 @@ namespace examples {
 enum class Kind { Error, Warning, Debug };
 
 struct Record {
-    std::string time;      ///< as it stands in the log, with milliseconds
-    long long timeMs = 0;  ///< the same, for differences
+    std::string time;      ///< as written in the log, with milliseconds
+    long long timeMs = 0;  ///< the same in milliseconds, for differences
     unsigned long processId = 0;
     unsigned long threadId = 0;
     Kind kind = Kind::Error;
@@ -25,14 +25,14 @@ struct Record {
 
 struct Log {
     std::vector<Record> records;          ///< in the order of the file
-    std::vector<std::string> unreadable;  ///< lines that are torn, or none of ours
+    std::vector<std::string> unreadable;  ///< lines that are torn or have another format
     bool hasBackup = false;
 };
 
-/// Takes one line apart; nothing for a line that is not whole.
+/// Parses one line; nothing if it does not match the format.
 std::optional<Record> parseLine(std::string_view line);
 
-/// Reads the backup, if there is one, and then the log.
+/// Reads the backup, if it exists, and then the log.
 Log readLog(const std::string& path);
 
 }  // namespace examples

@@ -10,7 +10,7 @@ namespace examples {
 
 namespace {
 
-constexpr DWORD kPatienceMs = 120000;
+constexpr DWORD kTimeoutMs = 120000;
 
 Handle ownedOrThrow(HANDLE handle, const wchar_t* call) {
     if (!handle) {
@@ -25,7 +25,7 @@ std::string programPath() {
     std::array<char, MAX_PATH> path{};
     const DWORD length = GetModuleFileNameA(nullptr, path.data(), static_cast<DWORD>(path.size()));
     if (length == 0 || length == path.size()) {
-        throw vorel::Exception(L"the program's path is not to be had");
+        throw vorel::Exception(L"the path of the program is not available");
     }
     return {path.data(), length};
 }
@@ -53,12 +53,12 @@ StartLine::StartLine(const std::string& name)
 
 bool StartLine::lineUp() const {
     ReleaseSemaphore(m_ready.get(), 1, nullptr);
-    return WaitForSingleObject(m_go.get(), kPatienceMs) == WAIT_OBJECT_0;
+    return WaitForSingleObject(m_go.get(), kTimeoutMs) == WAIT_OBJECT_0;
 }
 
 bool StartLine::start(unsigned int workers) const {
     for (unsigned int ready = 0; ready != workers; ++ready) {
-        if (WaitForSingleObject(m_ready.get(), kPatienceMs) != WAIT_OBJECT_0) {
+        if (WaitForSingleObject(m_ready.get(), kTimeoutMs) != WAIT_OBJECT_0) {
             return false;
         }
     }
@@ -82,9 +82,9 @@ Handle startProcess(const std::string& program, const std::vector<std::string>& 
 }
 
 unsigned long exitCodeOf(const Handle& process) {
-    if (WaitForSingleObject(process.get(), kPatienceMs) != WAIT_OBJECT_0) {
+    if (WaitForSingleObject(process.get(), kTimeoutMs) != WAIT_OBJECT_0) {
         TerminateProcess(process.get(), 1);
-        WaitForSingleObject(process.get(), kPatienceMs);
+        WaitForSingleObject(process.get(), kTimeoutMs);
     }
     DWORD code = 1;
     GetExitCodeProcess(process.get(), &code);

@@ -1,5 +1,5 @@
 /// \file
-/// Starting copies of this program, all of which set off at the same moment.
+/// Starts copies of this program, which begin their work at the same time.
 #pragma once
 
 #include <memory>
@@ -8,9 +8,10 @@
 
 namespace examples {
 
-/// The program's own path, and a fresh folder "<name>-<number>" beside it. Paths are in the process's narrow code page,
-/// as the error log takes them.
+/// The path of this program. All paths are in the narrow code page of the process, like those of the error log.
 std::string programPath();
+
+/// Creates a new folder "<name>-<number>" beside `program` and returns its path.
 std::string createFolderBeside(const std::string& program, const std::string& name);
 
 struct CloseHandleOf {
@@ -18,15 +19,15 @@ struct CloseHandleOf {
 };
 using Handle = std::unique_ptr<void, CloseHandleOf>;
 
-/// Where the workers line up. The parent makes one; each worker opens it by the name that it was given.
+/// Lets all workers start at the same time. The parent creates it; each worker opens it by its name.
 class StartLine {
 public:
     explicit StartLine(const std::string& name);
 
-    /// Worker: says that it is ready, and waits for the start.
+    /// Worker: reports that it is ready and waits for the start. False after 120 seconds.
     [[nodiscard]] bool lineUp() const;
 
-    /// Parent: waits for `workers` to be ready, and lets them all go.
+    /// Parent: waits until `workers` workers are ready and starts them. False after 120 seconds per worker.
     [[nodiscard]] bool start(unsigned int workers) const;
 
 private:
@@ -34,10 +35,11 @@ private:
     Handle m_go;
 };
 
-/// Starts `program` with `arguments`; null when the system refuses.
+/// Starts `program` with `arguments`.
+/// \throws vorel::Win32Exception if the process cannot be started.
 Handle startProcess(const std::string& program, const std::vector<std::string>& arguments);
 
-/// Waits for the end of a process and returns its exit code; one that takes too long is ended.
+/// Waits for the end of a process and returns its exit code. Terminates the process after 120 seconds.
 unsigned long exitCodeOf(const Handle& process);
 
 }  // namespace examples
