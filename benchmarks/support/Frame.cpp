@@ -14,10 +14,10 @@ namespace {
 
 constexpr std::size_t kFewestRounds = 15;
 
-/// Passes that are too short for the clock are repeated until they take this long.
+/// A pass is repeated until a sample takes at least this long, because of the clock's resolution.
 constexpr double kShortestSampleNs = 1e6;
 
-/// Each result goes through here: a store that the compiler has to make.
+/// Receives each result: the compiler cannot remove a volatile store.
 volatile std::uint64_t s_result = 0;
 
 void bindToOneProcessor() {
@@ -36,18 +36,19 @@ double timeNs(const Pass& pass, std::size_t repeats) {
     return std::chrono::duration<double, std::nano>(std::chrono::steady_clock::now() - start).count();
 }
 
-/// The value below which the `share` of the samples lies.
+/// The value below which a `share` of the samples lies, from 0 to 1.
 double quantile(std::vector<double> samples, double share) {
-    const auto at = samples.begin() + static_cast<std::ptrdiff_t>(share * static_cast<double>(samples.size() - 1));
-    std::nth_element(samples.begin(), at, samples.end());
-    return *at;
+    const auto position =
+        samples.begin() + static_cast<std::ptrdiff_t>(share * static_cast<double>(samples.size() - 1));
+    std::nth_element(samples.begin(), position, samples.end());
+    return *position;
 }
 
 double median(const std::vector<double>& samples) {
     return quantile(samples, 0.5);
 }
 
-/// One of those who run in turn, with its samples.
+/// A pass and its samples: nanoseconds per item.
 class Contender {
 public:
     Contender(const Pass& pass, std::size_t items) : m_pass(pass), m_items(items) {
@@ -67,7 +68,7 @@ private:
     std::vector<double> m_samples;
 };
 
-/// How far the ratios of single rounds lie apart: the range of their middle half, in parts of their median.
+/// The spread of the ratios of single rounds: their interquartile range divided by their median.
 double spreadOf(const std::vector<double>& ours, const std::vector<double>& peer) {
     std::vector<double> ratios(ours.size());
     std::transform(peer.begin(), peer.end(), ours.begin(), ratios.begin(), std::divides<>());

@@ -1,8 +1,8 @@
 /// \file
-/// The frame of every benchmark: ratios against named peers, measured in one run.
+/// Common code of all benchmarks, which measure ratios against named peers in one run.
 ///
-/// A case times ours and each of its peers in turn within each round, on one processor, so that whatever disturbs the
-/// machine disturbs all of them. The ratio is that of the medians: above 1, ours is the faster one.
+/// In each round, a case times the library and each peer in turn on one processor, so that disturbances affect all of
+/// them. The ratio is the peer's median divided by the library's: above 1, the library is faster.
 #pragma once
 
 #include <cstddef>
@@ -14,7 +14,7 @@
 
 namespace bench {
 
-/// One pass over all items of a case. What it returns depends on every result, so that no work can be left out.
+/// Processes all items of a case once. Returns a value that depends on every result, so that no work is optimised away.
 using Pass = std::function<std::uint64_t()>;
 
 struct Peer {
@@ -22,17 +22,17 @@ struct Peer {
     Pass pass;
 };
 
-/// The cases of one family, run as they are added.
+/// The cases of one family. Each runs when it is added.
 class Family {
 public:
-    /// Binds the thread to one processor. The arguments: --csv <file>, --rounds <count> (15 at least), and a text that
-    /// the names of the cases to run must hold.
+    /// Binds the thread to one processor. Arguments: --csv <file>, --rounds <count> (at least 15), and a text: only
+    /// cases whose names contain it are run.
     Family(int argc, char** argv);
 
-    /// Times `ours` and the `peers` over `items` items, and prints a line for each peer.
+    /// Times `ours` and `peers`, each of which processes `items` items, and prints a line for each peer.
     void compare(const std::string& name, std::size_t items, const Pass& ours, const std::vector<Peer>& peers);
 
-    /// Writes the file; the result of the program.
+    /// Writes the CSV file, if one was requested. Returns the exit code of the program.
     [[nodiscard]] int finish() const;
 
 private:

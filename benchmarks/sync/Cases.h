@@ -1,9 +1,9 @@
 /// \file
-/// The cases of the sync family, a function for each file of them. Figures are nanoseconds for one lock and unlock, or
-/// for one line of the log.
+/// The cases of the sync family, one function per file. Results are nanoseconds per lock and unlock, or per line of the
+/// log.
 ///
-/// What involves the system's objects and files depends on where the system's own processes run: the ratios hold when
-/// all of them share one processor, as `./dev bench` sees to.
+/// The results for system objects and files depend on the processor that the system's own processes run on. The ratios
+/// are valid if all of them share one processor, as under `./dev bench`.
 #pragma once
 
 #include "support/Frame.h"

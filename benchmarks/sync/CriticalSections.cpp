@@ -14,7 +14,7 @@ namespace {
 
 constexpr std::size_t kLocks = 100000;
 
-/// The system's critical section, without anything around it.
+/// The system's critical section, called directly.
 class RawSection {
 public:
     RawSection() { InitializeCriticalSection(&m_section); }
@@ -31,7 +31,7 @@ private:
 };
 
 template <class Lock>
-void take(Lock& lock) {
+void acquire(Lock& lock) {
     if constexpr (requires { lock.lock(60000u, true); }) {
         lock.lock(60000, true);
     } else {
@@ -39,11 +39,11 @@ void take(Lock& lock) {
     }
 }
 
-/// Adds to a number under the lock.
+/// Locks, adds to a number, and unlocks, `kLocks` times.
 template <class Lock>
 void work(Lock& lock, std::uint64_t& number) {
     for (std::size_t count = 0; count != kLocks; ++count) {
-        take(lock);
+        acquire(lock);
         number += count;
         lock.unlock();
     }
@@ -71,7 +71,7 @@ Pass byTwo() {
     };
 }
 
-/// The same with the thread-safety switch off.
+/// The pass with thread safety disabled.
 Pass switchedOff(const Pass& pass) {
     return [pass] {
         vorel::EnableThreadSafety(false);

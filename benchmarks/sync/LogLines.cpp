@@ -18,7 +18,7 @@ constexpr std::size_t kLines = 50;
 
 constexpr char kText[] = "the quick brown fox jumps over the lazy dog";
 
-/// A line of the same length as the log's.
+/// A line with the same length as a line of the log.
 std::string lineLikeTheLogs() {
     char computer[MAX_COMPUTERNAME_LENGTH + 1] = {};
     DWORD size = sizeof computer;
@@ -33,7 +33,7 @@ std::string temporaryPath(const char* name) {
     return folder + std::string(name) + std::to_string(GetCurrentProcessId()) + ".txt";
 }
 
-/// The calls of a line, and nothing else: look at the size under the lock, then append under it.
+/// Only the calls that write a line of the log: read the size under the lock, then append under the lock.
 class BareCalls {
 public:
     explicit BareCalls(std::string path) : m_path(std::move(path)), m_line(lineLikeTheLogs()) {}
@@ -95,7 +95,7 @@ void logLines(Family& family) {
                        }
                        return std::uint64_t{kLines};
                    },
-                   {{"the same calls, bare", [&] {
+                   {{"the same calls without the log", [&] {
                          std::uint64_t lines = 0;
                          for (std::size_t line = 0; line != kLines; ++line) {
                              lines += bare.write();

@@ -14,7 +14,7 @@ namespace util = vorel::util;
 
 constexpr char kAlphabet[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
 
-/// The peers: loops over tables, as plain as they come, into buffers that are there.
+/// The peers: simple table loops that write into preallocated buffers.
 template <class T>
 std::size_t encodeBase64(const unsigned char* bytes, std::size_t count, T* out) {
     T* const start = out;

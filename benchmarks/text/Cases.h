@@ -1,6 +1,6 @@
 /// \file
-/// The cases of the text family, a function for each file of them, and what they share. Figures are nanoseconds for a
-/// whole input: 1 MiB, or 24 bytes.
+/// The cases of the text family, one function per file, and their common inputs. Results are nanoseconds per input of
+/// 1 MiB or 24 bytes.
 #pragma once
 
 #include <cstdint>
@@ -22,7 +22,7 @@ inline std::string sizeName(std::size_t size) {
     return size == kLarge ? "1 MiB" : std::to_string(size) + " bytes";
 }
 
-/// Bytes that are the same in every run.
+/// Random bytes with a fixed seed.
 inline std::string randomBytes(std::size_t count) {
     std::mt19937_64 random(20261121);
     std::string bytes(count, '\0');

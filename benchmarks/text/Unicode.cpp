@@ -10,7 +10,7 @@ namespace {
 using vorel::BaseString;
 namespace util = vorel::util;
 
-/// Text of about a megabyte in UTF-8: characters from `first` to `last`, an ASCII letter for each of `ascii` in ten.
+/// Text of about `size` bytes in UTF-8: `ascii` of ten characters are ASCII letters, the others are `first` to `last`.
 std::wstring textOf(std::size_t size, unsigned int first, unsigned int last, unsigned int ascii) {
     std::mt19937_64 random(20261121);
     std::wstring text;
@@ -32,15 +32,15 @@ std::wstring textOf(std::size_t size, unsigned int first, unsigned int last, uns
     return text;
 }
 
-/// The peers without tables or vectors: a character at a time, as the codes are written down, while there is room and
-/// nothing that starts no character.
-std::uint64_t decodePlainly(const char* utf8, std::size_t count, std::wstring& buffer) {
+/// The peers without tables or vector instructions: they convert one character at a time, and check the capacity and
+/// the lead bytes.
+std::uint64_t decodeScalar(const char* utf8, std::size_t count, std::wstring& buffer) {
     const auto* byte = reinterpret_cast<const unsigned char*>(utf8);
     const auto* const end = byte + count;
     wchar_t* out = buffer.data();
     const wchar_t* const start = out;
-    const wchar_t* const lastRoom = out + buffer.size() - 2;
-    while (byte < end && *byte != 0 && out <= lastRoom) {
+    const wchar_t* const lastPosition = out + buffer.size() - 2;
+    while (byte < end && *byte != 0 && out <= lastPosition) {
         unsigned int value = *byte++;
         if (value >= 0x80) {
             if (value < 0xC0 || value > 0xF4) {
@@ -52,7 +52,7 @@ std::uint64_t decodePlainly(const char* utf8, std::size_t count, std::wstring& b
                 value = value << 6 | (*byte++ & 0x3Fu);
             }
         }
-        // cppcheck-suppress knownConditionTrueFalse; the trailing bytes have made it larger
+        // cppcheck-suppress knownConditionTrueFalse; trailing bytes increase the value
         if (value > 0xFFFF) {
             *out++ = static_cast<wchar_t>(0xD7C0 + (value >> 10));
             *out++ = static_cast<wchar_t>(0xDC00 + (value & 0x3FF));
@@ -64,12 +64,12 @@ std::uint64_t decodePlainly(const char* utf8, std::size_t count, std::wstring& b
     return static_cast<std::uint64_t>(out - start);
 }
 
-std::uint64_t encodePlainly(const wchar_t* unit, std::size_t count, std::string& buffer) {
+std::uint64_t encodeScalar(const wchar_t* unit, std::size_t count, std::string& buffer) {
     const wchar_t* const end = unit + count;
     char* out = buffer.data();
     const char* const start = out;
-    const char* const lastRoom = out + buffer.size() - 4;
-    while (unit < end && *unit != 0 && out <= lastRoom) {
+    const char* const lastPosition = out + buffer.size() - 4;
+    while (unit < end && *unit != 0 && out <= lastPosition) {
         unsigned int value = *unit++;
         if (value < 0x80) {
             *out++ = static_cast<char>(value);
@@ -107,7 +107,7 @@ void compare(Family& family, const std::string& name, const std::wstring& text) 
                          return static_cast<std::uint64_t>(MultiByteToWideChar(
                              CP_UTF8, 0, utf8.c_str(), bytes, wideBuffer.data(), static_cast<int>(wideBuffer.size())));
                      }},
-                    {"plain loop", [&] { return decodePlainly(utf8.c_str(), utf8.length(), wideBuffer); }}});
+                    {"scalar loop", [&] { return decodeScalar(utf8.c_str(), utf8.length(), wideBuffer); }}});
     family.compare("wide to UTF-8, " + name, 1,
                    [&] {
                        util::ConvertStringtoUTF8(text.c_str(), narrow, units);
@@ -119,7 +119,7 @@ void compare(Family& family, const std::string& name, const std::wstring& text) 
                              WideCharToMultiByte(CP_UTF8, 0, text.c_str(), units, narrowBuffer.data(),
                                                  static_cast<int>(narrowBuffer.size()), nullptr, nullptr));
                      }},
-                    {"plain loop", [&] { return encodePlainly(text.c_str(), text.size(), narrowBuffer); }}});
+                    {"scalar loop", [&] { return encodeScalar(text.c_str(), text.size(), narrowBuffer); }}});
 }
 
 }  // namespace

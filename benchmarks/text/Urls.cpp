@@ -16,7 +16,7 @@ bool isEscaped(unsigned char byte) {
     return byte >= 128 || std::string_view(" \"#%<>[\\]^`{|}~").find(static_cast<char>(byte)) != std::string_view::npos;
 }
 
-/// The peer: a table says for each byte whether it is escaped, and each character is appended by itself.
+/// The peer: a table marks the bytes to escape, and each character is appended individually.
 std::uint64_t encodeByteByByte(const std::string& text, std::string& out) {
     static const std::string kTable = [] {
         std::string table(256, '\0');
@@ -68,7 +68,7 @@ std::uint64_t decodeByteByByte(const std::string& text, std::string& out) {
     return out.size();
 }
 
-/// Words of letters and digits with a character that is escaped behind every `run` of them on the average.
+/// Random letters and digits; on average, one in `run` characters is one that is escaped.
 std::string wordsOf(std::size_t size, std::uint64_t run) {
     std::mt19937_64 random(20261121);
     std::string text;

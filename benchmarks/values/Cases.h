@@ -1,5 +1,5 @@
 /// \file
-/// The cases of the values' family, a function for each file of them.
+/// The cases of the values family. Results are nanoseconds per number, field or text.
 #pragma once
 
 #include "support/Frame.h"

@@ -15,14 +15,14 @@ namespace {
 
 namespace util = vorel::util;
 
-constexpr std::size_t kRoom = 64;
+constexpr std::size_t kCapacity = 64;
 
-/// A pass that has each value written into a buffer; `write` returns what depends on the text.
+/// A pass that writes each value to a buffer with `write`.
 template <class T, class Value, class Write>
 Pass over(const std::vector<Value>& values, Write write) {
     return [&values, write] {
         std::uint64_t sum = 0;
-        T buffer[kRoom];
+        T buffer[kCapacity];
         for (const Value value : values) {
             write(value, buffer);
             sum += static_cast<std::uint64_t>(buffer[0]) + static_cast<std::uint64_t>(buffer[1]);
@@ -32,12 +32,12 @@ Pass over(const std::vector<Value>& values, Write write) {
 }
 
 constexpr auto kOurDouble = [](double value, auto* buffer) {
-    util::doubleToString(value, buffer, kRoom, util::FO_Default);
+    util::doubleToString(value, buffer, kCapacity, util::FO_Default);
 };
 
-constexpr auto kOurInteger = [](long long value, auto* buffer) { util::Int64ToStr(value, buffer, kRoom); };
+constexpr auto kOurInteger = [](long long value, auto* buffer) { util::Int64ToStr(value, buffer, kCapacity); };
 
-constexpr auto kToChars = [](auto value, char* buffer) { *std::to_chars(buffer, buffer + kRoom, value).ptr = 0; };
+constexpr auto kToChars = [](auto value, char* buffer) { *std::to_chars(buffer, buffer + kCapacity, value).ptr = 0; };
 
 void compareDoubles(Family& family, const std::string& name, double (*value)(Random&)) {
     const std::vector<double> doubles = doublesOf(value);
@@ -45,13 +45,13 @@ void compareDoubles(Family& family, const std::string& name, double (*value)(Ran
         {"std::to_chars(general 15)",
          over<char>(doubles,
                     [](double number, char* buffer) {
-                        *std::to_chars(buffer, buffer + kRoom, number, std::chars_format::general, 15).ptr = 0;
+                        *std::to_chars(buffer, buffer + kCapacity, number, std::chars_format::general, 15).ptr = 0;
                     })},
         {"fmt {:.15g}",
          over<char>(doubles,
                     [](double number, char* buffer) { *fmt::format_to(buffer, FMT_STRING("{:.15g}"), number) = 0; })},
         {"snprintf of the runtime",
-         over<char>(doubles, [](double number, char* buffer) { _snprintf(buffer, kRoom, "%.15g", number); })}};
+         over<char>(doubles, [](double number, char* buffer) { _snprintf(buffer, kCapacity, "%.15g", number); })}};
     family.compare("format " + name + ", narrow", kNumbers, over<char>(doubles, kOurDouble), peers);
     family.compare("format " + name + ", wide", kNumbers, over<wchar_t>(doubles, kOurDouble), peers);
 }

@@ -1,5 +1,5 @@
 /// \file
-/// The random inputs of the values' benchmarks: the same in every run.
+/// Random inputs of the values benchmarks, with a fixed seed.
 #pragma once
 
 #include <bit>
@@ -15,7 +15,7 @@ namespace bench {
 
 inline constexpr std::size_t kNumbers = 100000;
 
-/// Zero-terminated texts, one behind the other.
+/// Zero-terminated texts in one buffer.
 template <class T>
 class Texts {
 public:
@@ -30,7 +30,7 @@ public:
     [[nodiscard]] std::size_t size() const { return m_starts.size(); }
     [[nodiscard]] const T* begin(std::size_t index) const { return m_units.data() + m_starts[index]; }
 
-    /// The place of the terminator, for those who want to be told.
+    /// The position of the terminator, for peers that need it.
     [[nodiscard]] const T* end(std::size_t index) const {
         return m_units.data() + (index + 1 < m_starts.size() ? m_starts[index + 1] : m_units.size()) - 1;
     }
@@ -40,7 +40,7 @@ private:
     std::vector<std::size_t> m_starts;
 };
 
-/// Both widths of the same texts.
+/// The same texts in both widths.
 struct BothWidths {
     void add(std::string_view text) {
         narrow.add(text);
@@ -53,7 +53,7 @@ struct BothWidths {
 
 using Random = std::mt19937_64;
 
-/// Integers with as many digits as asked for, each number of digits as likely as another.
+/// A random integer. All numbers of digits from `fewestDigits` to `mostDigits` are equally likely.
 // cppcheck-suppress constParameter; drawing a number changes the generator
 inline std::uint64_t integerOf(unsigned int fewestDigits, unsigned int mostDigits, Random& random) {
     std::uint64_t limit = 1;
@@ -64,16 +64,17 @@ inline std::uint64_t integerOf(unsigned int fewestDigits, unsigned int mostDigit
     return limit + random() % (limit * 9);
 }
 
+/// A finite number with random bits.
 inline double randomBits(Random& random) {
     for (;;) {
         const auto value = std::bit_cast<double>(static_cast<std::uint64_t>(random()));
-        if (value - value == 0) {  // neither infinite nor not a number
+        if (value - value == 0) {  // false for infinities and NaN
             return value;
         }
     }
 }
 
-/// A number with three decimals, up to a million.
+/// A number with three decimals, below a million.
 inline double threeDecimals(Random& random) {
     return static_cast<double>(random() % 1000000000) / 1000.0;
 }

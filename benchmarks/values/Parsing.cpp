@@ -15,7 +15,7 @@ namespace {
 
 namespace util = vorel::util;
 
-/// A pass that hands the begin and the end of each text to `parse`, which returns the number's bits.
+/// A pass that calls `parse` with the begin and end of each text; `parse` returns the bits of the number.
 template <class T, class Parse>
 Pass over(const Texts<T>& texts, Parse parse) {
     return [&texts, parse] {

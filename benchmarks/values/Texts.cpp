@@ -15,7 +15,7 @@ using vorel::BaseString;
 
 constexpr std::size_t kFields = 140000;
 
-/// Short fields of letters, about one in a hundred of which has to be quoted.
+/// Short fields of letters. About one in a hundred needs quotes.
 std::vector<std::wstring> fields() {
     Random random(20261121);
     std::vector<std::wstring> all(kFields);
@@ -89,7 +89,7 @@ void split(Family& family, const std::vector<std::wstring>& all) {
                    {{"wstring find and emplace_back", plainSplit}});
 }
 
-/// Texts that differ only in the case of a few letters, so that the whole of them is compared.
+/// The texts differ only in the case of a few letters, so that comparisons read them to the end.
 void compareTexts(Family& family, const std::vector<std::wstring>& all) {
     BothWidths lower;
     BothWidths upper;
