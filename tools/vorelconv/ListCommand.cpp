@@ -179,7 +179,7 @@ constexpr Command kCommand = {
                .operands = kInputOperand,
                .mostOperands = 1,
                .details = L"text      Items are separated by any character of the delimiter. An item in double\n"
-                          L"          quotes may contain delimiters, and a double quote as two. --join writes such\n"
+                          L"          quotes may contain delimiters, and \"\" for a double quote. --join writes such\n"
                           L"          a list, with quotes where they are needed.\n"
                           L"integer, unsigned\n"
                           L"          Each item is followed by white space or one comma. White space after a comma\n"

@@ -164,7 +164,7 @@ constexpr tools::Option kOptions[] = {kDecodeOption, kBigOption, kMarkOption, kT
 
 constexpr Command kCommand = {
     .syntax = {.command = L"vorelconv utf16",
-               .summary = L"convert UTF-8 to UTF-16 and back",
+               .summary = L"encode UTF-8 as UTF-16, or decode UTF-16",
                .options = kOptions,
                .operands = kInputOperand,
                .mostOperands = 1,
