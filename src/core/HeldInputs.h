@@ -29,7 +29,7 @@ bool holds(const Array<T>& output, const void* address) noexcept {
 template <class Output, class Write>
 decltype(auto) replacing(Output& output, const void* input, Write&& write) {
     if (holds(output, input)) [[unlikely]] {
-        const Output kept(std::move(output));
+        const Output kept(std::exchange(output, Output()));
         return std::forward<Write>(write)();
     }
     return std::forward<Write>(write)();

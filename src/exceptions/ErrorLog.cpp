@@ -34,7 +34,7 @@ namespace vorel {
 const long long Exception::DefaultLogSize;
 const long long Exception::LargeErrorLogSize;
 
-constinit char Exception::ErrorLogLocation[MaxPathSize] = {};
+alignas(8) constinit char Exception::ErrorLogLocation[MaxPathSize] = {};
 constinit long long Exception::CurrentLogSize = DefaultLogSize;
 constinit bool Exception::m_mirrorToErrorLog = false;
 
@@ -167,6 +167,7 @@ public:
         }
     }
 
+    ~LinePath() = default;
     LinePath(const LinePath&) = delete;
     LinePath& operator=(const LinePath&) = delete;
 

@@ -80,7 +80,7 @@ void splitQuoted(const T* text, const T* delimiters, Array<BaseString<T>>& items
         return detail::holds(item, text) || detail::holds(item, delimiters);
     });
     if (isInput) {
-        kept = std::move(items);
+        kept = std::exchange(items, {});
     } else {
         items.clear();
     }

@@ -140,7 +140,7 @@ TYPED_TEST(ChannelTest, WorksOnASmallStackThatIsHalfUsed) {
     const auto prefix = this->text("P");
     Exception::setDebugTarget(target.c_str(), true);
     const TemporaryLog log;
-    test::SmallStack::run(32 * 1024, [&] {
+    test::SmallStack::run(32'768, [&] {
         Exception::warn(format.c_str(), message.c_str());
         Exception::debug(target.c_str(), format.c_str(), message.c_str());
         Exception::log(nullptr, 1000000, prefix.c_str(), format.c_str(), message.c_str());
@@ -196,7 +196,7 @@ TEST(Diagnostics, ClassFormsKeepMessagesOfEveryLength) {
 TEST(Diagnostics, ClassFormsWorkOnASmallStackThatIsHalfUsed) {
     Exception::setDebugTarget(L"Diagnostics.SmallStack", true);
     const TemporaryLog log;
-    test::SmallStack::run(32 * 1024, [] {
+    test::SmallStack::run(32'768, [] {
         Exception::warnClass(L"Parser", L"run", L"%ls", L"text");
         Exception::debugClass(L"Parser", L"run", L"Diagnostics.SmallStack", L"%ls", L"text");
         Exception::logClass(nullptr, 1000, L"Note", L"Parser", L"run", L"%ls", L"text");

@@ -262,7 +262,7 @@ TEST(ErrorLog, EveryLineGoesToOneOfThePathsBetweenWhichTheLocationChanges) {
     done = true;
     changer.join();
     const std::size_t lines = test::readLines(paths[0]).size() + test::readLines(paths[1]).size();
-    EXPECT_EQ(lines, std::size_t{kWriters * kLines}) << "the others are in a file that nobody named";
+    EXPECT_EQ(lines, std::size_t{kWriters} * kLines) << "the others are in a file that nobody named";
 }
 
 }  // namespace

@@ -4,9 +4,10 @@
 
 <folder> has a description of each program (<name>.program.json): its path and label, the arguments and properties of
 its tests. The script is <folder>/tests.cmake. A test of CTest is a test file, or a part of a large one; its cases share
-a process. Two kinds of cases have a process each:
+a process. These cases have a process each:
 
   - those of a file with the comment `// test-runner: one process per case`: they depend on a fresh process;
+  - those of a program whose description says so;
   - all, when VOREL_TEST_UNIT is "case": then each can be selected by its name.
 
 A program that is not built has one test, which fails.
@@ -38,6 +39,7 @@ class Program:
         self.emulator = [word for word in values["emulator"].split(";") if word]
         self.arguments = [word for word in values["arguments"].split(";") if word]
         self.properties = values["properties"].split(";")
+        self.one_per_case = values["unit"] == "case" or os.environ.get("VOREL_TEST_UNIT") == "case"
         self._listing = self.folder / f"{self.label}.cases.json"
 
     def cases(self):
@@ -54,7 +56,7 @@ class Program:
                         (suite["name"], case["name"]))
         return files
 
-    def tests(self, one_per_case):
+    def tests(self):
         """The tests of CTest: name → filter of GoogleTest."""
         files = self.cases()
         homes = defaultdict(set)
@@ -64,7 +66,7 @@ class Program:
         tests = {}
         for file, cases in files.items():
             parts = math.ceil(len(cases) / MAX_CASES)
-            if one_per_case or MARK.search(Path(file).read_text()):
+            if self.one_per_case or MARK.search(Path(file).read_text()):
                 tests |= {f"{self.label}.{suite}.{case}": f"{suite}.{case}" for suite, case in cases}
             elif parts > 1:
                 tests |= {f"{self.label}.{Path(file).stem}.{part + 1}": ":".join(map(".".join, cases[part::parts]))
@@ -74,14 +76,14 @@ class Program:
                 tests[f"{self.label}.{Path(file).stem}"] = ":".join(patterns) + "-*.DISABLED_*"
         return tests
 
-    def script(self, one_per_case):
+    def script(self):
         if not self.path.exists():
             name = bracket(f"{self.label}.NOT_BUILT")
             command = [sys.executable, "-c", f"raise SystemExit('{self.path} is not built')"]
             return [f"add_test({name} {' '.join(map(bracket, command))})",
                     f"set_tests_properties({name} PROPERTIES LABELS {self.label})"]
         lines = []
-        for name, test_filter in self.tests(one_per_case).items():
+        for name, test_filter in self.tests().items():
             result = re.sub(r"[^\w.-]", "_", name)
             words = [*self.emulator, self.path, f"--gtest_filter={test_filter}", *self.arguments,
                      f"--gtest_output=json:results/{result}.json"]
@@ -92,10 +94,9 @@ class Program:
 
 
 def main(folder):
-    one_per_case = os.environ.get("VOREL_TEST_UNIT") == "case"
     lines = []
     for description in sorted(folder.glob("*.program.json")):
-        lines += Program(description).script(one_per_case)
+        lines += Program(description).script()
     (folder / "tests.cmake").write_text("\n".join(lines) + "\n")
 
 

@@ -27,7 +27,7 @@ public:
     }
 
 private:
-    static constexpr std::size_t kSmallest = 64 * 1024;
+    static constexpr std::size_t kSmallest = 65'536;
     static constexpr std::size_t kPage = 4096;
 
     SmallStack(std::size_t bytes, const std::function<void()>& action) : m_bytes(bytes), m_action(action) {}

@@ -38,7 +38,8 @@ TEST(StackGuard, ItsValueIsMadeAtLoadAndStartsWithATerminator) {
 
 void endWithGuard() {
     (void)std::fprintf(stderr, "guard %llx.\n", static_cast<unsigned long long>(__stack_chk_guard));
-    std::exit(0);
+    (void)std::fflush(stderr);
+    std::_Exit(0);
 }
 
 TEST(StackGuard, DiffersFromProcessToProcess) {
