@@ -183,7 +183,7 @@ TEST(FlatLog, KeepsTheLinesOfOneThreadOut) {
 
 TEST(FlatLog, AnyThreadMaySetDebugTargetsAtAnyTime) {
     constexpr int kThreads = 4;
-    constexpr int kNames = 5000;
+    constexpr int kNames = 1000;
     const auto nameOf = [](int index, int thread) {
         return L"FlatLog." + std::to_wstring(index) + L"." + std::to_wstring(thread);
     };
