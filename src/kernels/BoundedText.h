@@ -17,13 +17,12 @@ void copyShort(const T* text, std::size_t length, T* to) noexcept {
     const auto* const from = reinterpret_cast<const unsigned char*>(text);
     auto* const out = reinterpret_cast<unsigned char*>(to);
     const std::size_t bytes = length * sizeof(T);
-    const auto copy = [=]<class Block>(Block, std::size_t at) {
-        Block block;
+    const auto copy = [=](auto block, std::size_t at) {
         std::memcpy(&block, from + at, sizeof block);
         std::memcpy(out + at, &block, sizeof block);
     };
     // The last block may overlap the one before it.
-    const auto copyBlocks = [&]<class Block>(Block block) {
+    const auto copyBlocks = [&](auto block) {
         for (std::size_t at = 0; at + sizeof block < bytes; at += sizeof block) {
             copy(block, at);
         }

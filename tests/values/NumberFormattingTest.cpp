@@ -297,12 +297,12 @@ TEST(NumberFormatting, NothingIsWrittenWithoutASize) {
 /// nothing but the text, its terminator and, where that is said, another one in the last unit is written.
 template <class Write>
 void expectOnlyTheText(const std::string& whole, bool endsNarrow, bool endsWide, unsigned int least, Write&& write) {
-    const auto expectOnly = [&]<class T>(test::GuardedBuffer<T>& buffer, bool ends) {
+    const auto expectOnly = [&](auto& buffer, bool ends) {
         write(buffer.data(), static_cast<unsigned int>(buffer.size()));
         EXPECT_TRUE(buffer.isIntact());
         for (std::size_t at = whole.size() + 1; at < buffer.size(); ++at) {
             const bool isEnd = ends && at + 1 == buffer.size();
-            EXPECT_EQ(buffer.data()[at], isEnd ? T{} : buffer.kFill) << whole << ", unit " << at;
+            EXPECT_EQ(buffer.data()[at], isEnd ? 0 : buffer.kFill) << whole << ", unit " << at;
         }
     };
     for (unsigned int size = least; size <= 80; ++size) {

@@ -200,6 +200,7 @@ TEST_P(ConditionWait, CountsTheWaiterInAfterALookAtTheBroadcastAndOutBeforeItTak
             note("leave", section);
             leave.original(section);
         });
+        // cppcheck-suppress constParameter ; the system's signature
         const test::ImportHook<importedWaitOfConditions> wait([&](HANDLE event, DWORD) {
             EXPECT_EQ(event, (condition.*reveal(test::Event())).get());
             trace.push_back("wait " + std::to_string(condition.*reveal(test::Waiters())));
