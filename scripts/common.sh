@@ -100,10 +100,22 @@ configure() { # configure <preset>
     fi
 }
 
+# An old precompiled header would become a part of the key under which the cache keeps the new one. A fresh clone would
+# then not find the new one, nor anything that was compiled with it.
+remove_outdated_precompiled_headers() { # remove_outdated_precompiled_headers <preset>
+    local header
+    while read -r header; do
+        if [[ -n $(find include tests/support/Precompiled.h -type f -newer "$header" -print -quit) ]]; then
+            rm "$header"
+        fi
+    done < <(find "build/$1" -name '*.gch')
+}
+
 build() { # build <preset> [target]...: everything, when no target is named
     local preset="$1"
     local targets=("${@:2}")
     configure "$preset"
+    remove_outdated_precompiled_headers "$preset"
     say "Building $preset${targets[*]:+: ${targets[*]}}"
     cmake --build --preset "$preset" --parallel "$jobs" ${targets[@]:+--target "${targets[@]}"}
 }
