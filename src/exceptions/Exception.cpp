@@ -67,9 +67,10 @@ void Exception::AssignFrom(const Exception& source) noexcept {
         try {
             m_stack.resize(source.m_stack.size());
         } catch (...) {
-            // Without memory the copy has fewer messages; what is thrown still is an exception of its class.
+            // Without memory the copy has fewer messages, but is still an exception of its class. It never has more
+            // than the source: shrinking cannot fail.
         }
-        for (std::size_t entry = 0; entry < m_stack.size() && entry < source.m_stack.size(); ++entry) {
+        for (std::size_t entry = 0; entry < m_stack.size(); ++entry) {
             copyText(m_stack[entry].message, source.m_stack[entry].message);
             copyText(m_stack[entry].location, source.m_stack[entry].location);
         }
