@@ -32,7 +32,7 @@ public:
         s_current = this;
         m_handler = AddVectoredExceptionHandler(1, &SwitchingPages::onFault);
         if (!m_read || !m_write || !m_handler) {
-            throw std::runtime_error("no memory with two views to be had");
+            throw std::runtime_error("cannot map memory with two views");
         }
     }
     ~SwitchingPages() {
