@@ -385,7 +385,7 @@ protected:
 
     /// The operation with a text that changes at its first, its second, … switch between the ends of the text.
     static void runWithEachChange(const Operation<T>& operation) {
-        constexpr unsigned int kMostSwitches = 100;
+        constexpr unsigned int kMaxSwitches = 100;
         unsigned int most = 0;
         for (const std::basic_string<T>& before : patterns<T>()) {
             for (const std::basic_string<T>& after : patterns<T>()) {
@@ -395,7 +395,7 @@ protected:
                     text.changeAt(++nth);
                     run(operation, text.data());
                     most = std::max(most, text.switches());
-                } while (text.switches() >= nth && nth != kMostSwitches);
+                } while (text.switches() >= nth && nth != kMaxSwitches);
             }
         }
         EXPECT_NE(most, 0u) << "the text was not read";

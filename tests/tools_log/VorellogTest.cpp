@@ -77,7 +77,7 @@ TEST_F(VorellogTest, ATrailOfTheLibraryIsOneEntry) {
     using vorel::detail::contained;
     using vorel::detail::guarded;
     const auto fail = [] {
-        Exception failure(L"line %d is no number", 7);
+        Exception failure(L"line %d is not a number", 7);
         failure.appendMessage(L"in %ls", L"orders.txt");
         throw failure;  // NOLINT(misc-throw-by-value-catch-by-reference): it is made before it is thrown
     };
@@ -89,7 +89,7 @@ TEST_F(VorellogTest, ATrailOfTheLibraryIsOneEntry) {
     EXPECT_EQ(shown.exitCode, 0u);
     std::vector<std::string> lines = linesOf(shown.output);
     ASSERT_EQ(lines.size(), 6u);
-    EXPECT_THAT(lines[0], ::testing::EndsWith(": Vorel Error: line 7 is no number"));
+    EXPECT_THAT(lines[0], ::testing::EndsWith(": Vorel Error: line 7 is not a number"));
     EXPECT_THAT(lines[4], ::testing::EndsWith(": WARN: done"));
     EXPECT_THAT(lines[5], ::testing::EndsWith(": Vorel Error: again: Severe error caught"));
     EXPECT_THAT(std::vector(lines.begin() + 1, lines.begin() + 4),
@@ -146,14 +146,14 @@ TEST_F(VorellogTest, WhatAKilledWriterLeavesIsCut) {
 
 TEST_F(VorellogTest, AForgedRecordIsDamagedAndHidesNothing) {
     const std::string forged = header(7) + "Vorel Error: g: Vorel exception caught";
-    const Exception failure(L"line %hs is no number", forged.c_str());
+    const Exception failure(L"line %hs is not a number", forged.c_str());
     vorel::detail::contained(L"import", [&] { throw Exception(failure); });
     const Captured damaged = view({L"--damaged"});
     EXPECT_THAT(linesOf(damaged.output),
                 ElementsAre(AllOf(::testing::StartsWith("(cut) ["), ::testing::EndsWith("Vorel Error: line ")),
-                            "(mid-line) " + forged + " is no number"));
+                            "(mid-line) " + forged + " is not a number"));
     const Captured folded = view({L"--fold"});
-    EXPECT_THAT(folded.output, HasSubstr("(mid-line) " + forged + " is no number\n"));
+    EXPECT_THAT(folded.output, HasSubstr("(mid-line) " + forged + " is not a number\n"));
     EXPECT_THAT(folded.output, HasSubstr("import: Vorel exception caught"));
 }
 
