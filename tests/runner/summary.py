@@ -3,7 +3,8 @@
     summary.py <registry> <JUnit file of CTest>...
 
 A test of CTest that is a GoogleTest file counts as its cases, any other one as one. A later JUnit file replaces what an
-earlier one says about the same tests. The last line is "N passed, N failed, N skipped".
+earlier one says about the same tests. Of each failed test the end of the output is printed. The last line is
+"N passed, N failed, N skipped".
 """
 
 import json
@@ -14,6 +15,7 @@ from collections import Counter
 from pathlib import Path
 
 SLOWEST = 10
+OUTPUT_LINES = 25
 
 
 def cases_of(results):
@@ -44,6 +46,10 @@ def main(registry, reports):
     print("\nThe slowest test files:")
     for test in slowest:
         print(f"{float(test.get('time')):8.1f} s  {test.get('name')}")
+    for name, test in tests.items():
+        if test.get("status") == "fail":
+            output = (test.findtext("system-out") or "").rstrip().splitlines()
+            print(f"\nOutput of {name}:", *output[-OUTPUT_LINES:], sep="\n    ")
     if failed:
         print("\nFailed:", *failed, sep="\n  ")
     print(f"\n{outcomes['passed']} passed, {outcomes['failed']} failed, {outcomes['skipped']} skipped")

@@ -1,0 +1,40 @@
+/// \file
+/// Part of every test program: a death test starts its child again if Wine could not start it. GoogleTest itself would
+/// end the test program, and its message would be lost in the output that it captures.
+
+#include <windows.h>
+
+#include "support/ImportPatch.h"
+
+extern "C" decltype(&::CreateProcessA) importedCreateProcess __asm__("__imp_CreateProcessA");
+
+namespace test {
+
+namespace {
+
+// Under load Wine fails with ERROR_INTERNAL_ERROR for one of some thousands of programs, which has not started then.
+constexpr int kMaxStarts = 5;
+
+BOOL WINAPI createProcess(LPCSTR program, LPSTR commandLine, LPSECURITY_ATTRIBUTES process,
+                          LPSECURITY_ATTRIBUTES thread, BOOL inherit, DWORD flags, LPVOID environment, LPCSTR folder,
+                          LPSTARTUPINFOA startup, LPPROCESS_INFORMATION started);
+
+const ImportPatch s_patch(importedCreateProcess, &createProcess);
+
+BOOL WINAPI createProcess(LPCSTR program, LPSTR commandLine, LPSECURITY_ATTRIBUTES process,
+                          LPSECURITY_ATTRIBUTES thread, BOOL inherit, DWORD flags, LPVOID environment, LPCSTR folder,
+                          LPSTARTUPINFOA startup, LPPROCESS_INFORMATION started) {
+    BOOL created = FALSE;
+    for (int start = 0; start != kMaxStarts && !created; ++start) {
+        created = s_patch.original()(program, commandLine, process, thread, inherit, flags, environment, folder, startup,
+                                     started);
+        if (!created && GetLastError() != ERROR_INTERNAL_ERROR) {
+            break;
+        }
+    }
+    return created;
+}
+
+}  // namespace
+
+}  // namespace test
