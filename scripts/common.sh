@@ -46,7 +46,7 @@ packages=(
     jq xxd                # what vorelconv is compared with
     git
 )
-check_packages=(clang-format clang-tidy cppcheck)
+check_packages=(clang-format clang-tidy cppcheck codespell)
 bench_packages=(libfast-float-dev libfmt-dev) # peers: headers only
 package_packages=(nsis unzip)
 docs_packages=(doxygen)

@@ -1,56 +1,88 @@
 #include "LibraryState.h"
 
 #include <atomic>
-#include <new>
+#include <iterator>
+
+#include "core/LibraryState.h"
+#include "core/SpyLock.h"
+#include "exceptions/InvalidParameter.h"
+#include "exceptions/LogState.h"
+#include "exceptions/ThreadLogging.h"
+#include "flat/LastError.h"
+#include "text/Base64State.h"
+#include "text/CodePageState.h"
 
 namespace vorel::detail {
 
 namespace {
 
-enum class Phase { NotBuilt, Building, Alive, Gone };
+template <auto& object>
+constexpr StateEntry kObject = {&object, [] { object.create(); }, []() noexcept { object.destroy(); }};
 
-constinit std::atomic<Phase> s_phase{Phase::NotBuilt};
-alignas(LibraryState) constinit unsigned char s_storage[sizeof(LibraryState)] = {};
+constexpr StateEntry kObjects[] = {
+    kObject<spyLock>,
+    kObject<base64Tables>,
+    kObject<logState>,
+    kObject<codePageState>,
+    kObject<flat::lastErrors>,
+    kObject<silencedThreadEnds>,
+    // Destroyed first, so that the runtime does not call a handler whose objects are gone.
+    kObject<currentInvalidParameterHandler>,
+};
 
-LibraryState* stored() noexcept {
-    return std::launder(reinterpret_cast<LibraryState*>(s_storage));
+enum class Phase { NotCreated, InCreation, Exists, Gone };
+
+constinit std::atomic<Phase> s_phase{Phase::NotCreated};
+
+void destroy(const StateEntry* end) noexcept {
+    while (end != std::begin(kObjects)) {
+        (--end)->destroy();
+    }
 }
 
-void build() noexcept {
-    Phase expected = Phase::NotBuilt;
-    if (!s_phase.compare_exchange_strong(expected, Phase::Building)) {
+void create() noexcept {
+    Phase expected = Phase::NotCreated;
+    if (!s_phase.compare_exchange_strong(expected, Phase::InCreation)) {
         return;
     }
+    const StateEntry* object = std::begin(kObjects);
     try {
-        new (s_storage) LibraryState;
-        s_phase = Phase::Alive;
+        for (; object != std::end(kObjects); ++object) {
+            object->create();
+        }
+        s_phase = Phase::Exists;
     } catch (...) {
-        s_phase = Phase::Gone;  // everything works without the state, if less well
+        destroy(object);
+        s_phase = Phase::Gone;  // the library works without its state, with reduced function
     }
 }
 
 /// Ties the life of the state to that of the module.
 struct Owner {
-    Owner() noexcept { build(); }
+    Owner() noexcept { create(); }
     Owner(const Owner&) = delete;
     Owner& operator=(const Owner&) = delete;
 
     ~Owner() {
-        if (s_phase.exchange(Phase::Gone) == Phase::Alive) {
-            stored()->~LibraryState();
+        if (s_phase.exchange(Phase::Gone) == Phase::Exists) {
+            destroy(std::end(kObjects));
         }
     }
 } const s_owner;
 
 }  // namespace
 
-LibraryState* libraryState() noexcept {
+std::span<const StateEntry> stateEntries() noexcept {
+    return kObjects;
+}
+
+bool libraryStateExists() noexcept {
     Phase phase = s_phase.load(std::memory_order_acquire);
-    if (phase == Phase::NotBuilt) {
-        build();
+    if (phase == Phase::NotCreated) {
+        create();
         phase = s_phase.load(std::memory_order_acquire);
     }
-    return phase == Phase::Alive ? stored() : nullptr;
+    return phase == Phase::Exists;
 }
 
 }  // namespace vorel::detail

@@ -1,8 +1,8 @@
 #include <mutex>
 #include <thread>
 
-#include <vorel/sync/CriticalSections.h>
-#include <vorel/sync/ThreadSafety.h>
+#include <vorel/core/CriticalSections.h>
+#include <vorel/core/ThreadSafety.h>
 
 #include <windows.h>
 

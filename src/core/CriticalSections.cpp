@@ -1,11 +1,11 @@
-#include "vorel/sync/CriticalSections.h"
+#include "vorel/core/CriticalSections.h"
 
 #include <cstdlib>
 
 #include <windows.h>
 
 #include "vorel/core/Protocol.h"
-#include "vorel/sync/ThreadSafety.h"
+#include "vorel/core/ThreadSafety.h"
 
 namespace vorel {
 

@@ -1,38 +1,39 @@
 /// \file
-/// Everything that the library creates at load, in the order in which it is created; it is destroyed in reverse.
+/// The objects that the library creates when it is loaded and destroys, in reverse order, when it is unloaded. Each
+/// layer declares its own; LibraryState.cpp at the top knows all of them and their order.
 #pragma once
 
-#include "exceptions/DebugTargets.h"
-#include "exceptions/InvalidParameter.h"
-#include "exceptions/ThreadLogging.h"
-#include "flat/LastError.h"
-#include "vorel/core/HashMap.h"
-#include "vorel/sync/CriticalSections.h"
-#include "vorel/text/Base64.h"
+#include <new>
 
 namespace vorel::detail {
 
-struct LibraryState {
-    static constexpr unsigned int kTableBuckets = 31;
+/// Whether the state exists. The first call creates it: that is when the library is loaded, or earlier, when a global
+/// object of the program uses the library (static form).
+bool libraryStateExists() noexcept;
 
-    AutoCriticalSection spyLock;
-    bool base64Tables = util::Base64::initializeBase64Tables();
-    DebugTargets<char, NoLock> narrowDebugTargets;
-    DebugTargets<wchar_t, NoLock> wideDebugTargets;
-    HashMap<unsigned long, bool> silencedThreads{kTableBuckets};
-    AutoCriticalSection silencedThreadsLock;
-    ForcedCriticalSection LogSettingsLock;
-    HashMap<const char*, unsigned int, NameEqual> codePageNames{kTableBuckets};
-    AutoCriticalSection codeMapLock;
-    flat::LastErrors lastErrors;
-    SilencedThreadEnds silencedThreadEnds;
-    SetCurrentIPH currentHandler;  // goes first, so that the runtime calls back into nothing that is gone
+/// One object of the state.
+template <class T>
+class StateObject {
+public:
+    constexpr StateObject() noexcept = default;
+    StateObject(const StateObject&) = delete;
+    StateObject& operator=(const StateObject&) = delete;
+
+    /// The object. Null while the state is being created, after it was destroyed, and when it could not be created.
+    /// Callers work without the object then: a library that logs while it is loaded or unloaded must not crash.
+    [[nodiscard]] T* get() noexcept { return libraryStateExists() ? object() : nullptr; }
+
+    /// For LibraryState.cpp.
+    void create() { new (m_bytes) T; }
+    void destroy() noexcept { object()->~T(); }
+
+private:
+    T* object() noexcept { return std::launder(reinterpret_cast<T*>(m_bytes)); }
+
+    alignas(T) unsigned char m_bytes[sizeof(T)] = {};
 };
 
-/// The state, or null while it is being created, after it was destroyed, or when it could not be created. A caller goes
-/// without it then: a library that logs while it is being loaded or unloaded must not crash.
-///
-/// It is created when the library is loaded, or earlier, when a global object of the program asks first (static form).
-LibraryState* libraryState() noexcept;
+/// The number of buckets of the tables in the state.
+constexpr unsigned int kStateTableBuckets = 31;
 
 }  // namespace vorel::detail

@@ -4,9 +4,9 @@
 #include <cstdlib>
 #include <type_traits>
 
-#include "LibraryState.h"
+#include "core/SpyLock.h"
+#include "vorel/core/Guard.h"
 #include "vorel/core/Protocol.h"
-#include "vorel/sync/Guard.h"
 
 namespace vorel {
 
@@ -20,8 +20,8 @@ AllocSpy::~AllocSpy() = default;
 void AllocBase::registerSpy(AllocSpy* spy) {
     detail::guarded(L"AllocBase", L"registerSpy", [spy] {
         const auto store = [spy] { std::atomic_ref(m_spy).store(spy, std::memory_order_release); };
-        if (detail::LibraryState* const state = detail::libraryState()) {
-            const Guard<AutoCriticalSection> held(state->spyLock);
+        if (AutoCriticalSection* const lock = detail::spyLock.get()) {
+            const Guard<AutoCriticalSection> held(*lock);
             store();
         } else {
             store();

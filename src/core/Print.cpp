@@ -2,7 +2,7 @@
 
 #include <type_traits>
 
-#include "core/SilentParameterErrors.h"
+#include "platform/IgnoreInvalidParameters.h"
 #include "vorel/core/Format.h"
 
 namespace vorel {
@@ -35,7 +35,7 @@ int print(std::FILE* stream, const wchar_t* fmt, va_list args) noexcept {
 /// runtime ends the process.
 template <class T>
 int bounded(T* buffer, std::size_t size, const T* fmt, va_list args) noexcept {
-    const detail::SilentParameterErrors silent;
+    const platform::IgnoreInvalidParameters silent;
     const int written = print(buffer, size, fmt, args);
     return written < 0 ? -1 : written;
 }
@@ -68,7 +68,7 @@ T* withFallback(T* buffer, std::size_t size, T*& heapOut, bool& truncatedOut, co
 /// its refusal is the answer.
 template <class T>
 int measure(const T* fmt, va_list args) noexcept {
-    const detail::SilentParameterErrors silent;
+    const platform::IgnoreInvalidParameters silent;
     std::FILE* const nullDevice = std::fopen("nul", "wb");
     const int count = print(nullDevice, fmt, args);
     if (nullDevice) {

@@ -1,4 +1,4 @@
-#include "vorel/sync/ThreadSafety.h"
+#include "vorel/core/ThreadSafety.h"
 
 #include <windows.h>
 

@@ -12,8 +12,8 @@
 #include <string>
 #include <string_view>
 
+#include "vorel/core/Guard.h"
 #include "vorel/core/Protocol.h"
-#include "vorel/sync/Guard.h"
 
 namespace vorel {
 

@@ -6,10 +6,10 @@
 #include <string_view>
 #include <type_traits>
 
-#include "LibraryState.h"
 #include "core/Print.h"
 #include "exceptions/DebugTargets.h"
 #include "exceptions/LocaleText.h"
+#include "exceptions/LogState.h"
 #include "vorel/core/Protocol.h"
 #include "vorel/exceptions/DebugSetting.h"
 #include "vorel/exceptions/Exception.h"
@@ -260,7 +260,7 @@ void Exception::traceCallStack(std::FILE*) noexcept {}
 
 void Exception::setDebugTarget(const char* name, bool active) {
     detail::guarded(L"Exception", L"setDebugTarget", [=] {
-        if (detail::LibraryState* const state = detail::libraryState(); state && name) {
+        if (detail::LogState* const state = detail::logState.get(); state && name) {
             state->narrowDebugTargets.set(name, active);
         }
     });
@@ -268,7 +268,7 @@ void Exception::setDebugTarget(const char* name, bool active) {
 
 void Exception::setDebugTarget(const wchar_t* name, bool active) {
     detail::guarded(L"Exception", L"setDebugTarget", [=] {
-        if (detail::LibraryState* const state = detail::libraryState(); state && name) {
+        if (detail::LogState* const state = detail::logState.get(); state && name) {
             state->wideDebugTargets.set(name, active);
         }
     });
@@ -283,12 +283,12 @@ bool Exception::isDebugTargetActive(const wchar_t* name) noexcept {
 }
 
 bool Exception::isDebugTargetActiveInternal(const char* name) noexcept {
-    const detail::LibraryState* const state = detail::libraryState();
+    const detail::LogState* const state = detail::logState.get();
     return state && state->narrowDebugTargets.isActive(name);
 }
 
 bool Exception::isDebugTargetActiveInternal(const wchar_t* name) noexcept {
-    const detail::LibraryState* const state = detail::libraryState();
+    const detail::LogState* const state = detail::logState.get();
     return state && state->wideDebugTargets.isActive(name);
 }
 

@@ -16,17 +16,18 @@
 #include <process.h>
 #include <windows.h>
 
-#include "LibraryState.h"
 #include "core/Print.h"
 #include "exceptions/DebugTargets.h"
+#include "exceptions/InvalidParameter.h"
 #include "exceptions/LocaleText.h"
 #include "exceptions/LogFile.h"
 #include "exceptions/LogLocation.h"
+#include "exceptions/LogState.h"
 #include "kernels/Utf8Streams.h"
-#include "system/ComputerName.h"
-#include "system/SystemClock.h"
+#include "platform/ComputerName.h"
+#include "platform/SystemClock.h"
+#include "vorel/core/Guard.h"
 #include "vorel/exceptions/Exception.h"
-#include "vorel/sync/Guard.h"
 
 namespace vorel {
 
@@ -111,10 +112,10 @@ private:
 };
 
 /// Writes one line to a locked file.
-void printLine(std::FILE* stream, const system::LocalTimeText& time,
+void printLine(std::FILE* stream, const platform::LocalTimeText& time,
                const std::optional<unsigned long long>& milliseconds, const char* prefix,
                Utf8Message& message) noexcept {
-    const system::ComputerName computer = system::ComputerName::remembered();
+    const platform::ComputerName computer = platform::ComputerName::remembered();
     const char* const front = prefix ? prefix : "NULL Method";
     if (milliseconds) {
         baseutil::streamPrint(stream, "[%hs].%.3llu %hs.%d.%lu: %hs%hs%hs", time.text, *milliseconds, computer.text,
@@ -133,10 +134,10 @@ void printLine(std::FILE* stream, const system::LocalTimeText& time,
 [[gnu::noinline]] void appendLine(const char* path, const char* prefix, const wchar_t* message,
                                   bool withMilliseconds) noexcept {
     Utf8Message text(message ? message : L"NULL Message");
-    const system::LocalTimeText time;
+    const platform::LocalTimeText time;
     std::optional<unsigned long long> milliseconds;
     if (withMilliseconds) {
-        milliseconds = system::millisecondsUtc() % 1000;
+        milliseconds = platform::millisecondsUtc() % 1000;
     }
     for (unsigned int failures = 0;;) {
         LogFile file(path, LogFile::Mode::Append);
@@ -199,7 +200,7 @@ private:
 /// Runs `action` under the log-settings lock.
 template <class Action>
 void withSettings(Action&& action) noexcept {
-    if (detail::LibraryState* const state = detail::libraryState()) {
+    if (detail::LogState* const state = detail::logState.get()) {
         const Guard<ForcedCriticalSection> held(state->LogSettingsLock);
         action();
     } else {

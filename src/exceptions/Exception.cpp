@@ -4,8 +4,8 @@
 #include <utility>
 
 #include "core/StringAccess.h"
+#include "kernels/Utf8Streams.h"
 #include "vorel/core/Protocol.h"
-#include "vorel/text/Unicode.h"
 
 namespace vorel {
 
@@ -19,6 +19,16 @@ const wchar_t* textOf(const BaseString<wchar_t>& string) noexcept {
 void copyText(BaseString<wchar_t>& target, const BaseString<wchar_t>& source) noexcept {
     if (!detail::StringAccess<wchar_t>::tryAssign(target, source.c_str(), source.length())) {
         target.clear();
+    }
+}
+
+void convertToUtf8(const BaseString<wchar_t>& source, BaseString<char>& target) {
+    target.clear();
+    kernels::Utf8Writer<kernels::Surrogates::Paired, wchar_t> writer(textOf(source), -1);
+    while (!writer.atEnd()) {
+        char block[256];
+        const std::size_t bytes = writer.write(reinterpret_cast<unsigned char*>(block), sizeof block, sizeof block);
+        target.append(block, static_cast<unsigned int>(bytes));
     }
 }
 
@@ -123,7 +133,7 @@ const char* Exception::getCharErrorMessageBlock(const char* separator) const noe
             if (&entry != &m_stack.front()) {
                 block += separator;
             }
-            util::ConvertStringtoUTF8(entry.message.c_str(), message, -1);
+            convertToUtf8(entry.message, message);
             block += message;
         }
     } catch (...) {

@@ -4,6 +4,8 @@
 
 #include <cstdint>
 
+#include "core/LibraryState.h"
+
 namespace vorel::detail {
 
 using InvalidParameterHandler = void(__cdecl*)(const wchar_t* expression, const wchar_t* function, const wchar_t* file,
@@ -25,5 +27,7 @@ public:
     SetCurrentIPH(const SetCurrentIPH&) = delete;
     SetCurrentIPH& operator=(const SetCurrentIPH&) = delete;
 };
+
+inline constinit StateObject<SetCurrentIPH> currentInvalidParameterHandler;
 
 }  // namespace vorel::detail

@@ -10,7 +10,7 @@
 #include <sys/stat.h>
 #include <windows.h>
 
-#include "core/SilentParameterErrors.h"
+#include "platform/IgnoreInvalidParameters.h"
 
 namespace vorel::detail {
 
@@ -18,7 +18,7 @@ bool lockWholeFile(int fileDescriptor, bool lock) noexcept {
     if (fileDescriptor < 0) {
         return false;
     }
-    const SilentParameterErrors silent;
+    const platform::IgnoreInvalidParameters silent;
     const std::intptr_t handleValue = _get_osfhandle(fileDescriptor);
     if (handleValue == -1 || handleValue == -2) {  // no descriptor, or one without a file
         return false;

@@ -7,7 +7,7 @@
 #include "core/Print.h"
 #include "core/StringAccess.h"
 #include "exceptions/LocaleText.h"
-#include "system/SystemMessage.h"
+#include "platform/SystemMessage.h"
 #include "vorel/exceptions/Exception.h"
 
 namespace vorel {
@@ -105,7 +105,7 @@ void Exception::addHRESULTErrorToStack(int hr) noexcept {
         MirrorErrorMessage(ErrorLogLocation, CurrentLogSize, prefix, message, true);
     };
     if (hr != 0 && hr != static_cast<int>(E_FAIL)) {
-        const system::SystemMessage system(hr);
+        const platform::SystemMessage system(hr);
         if (system.text()) {
             MessageText<wchar_t> message;
             message.renderf(L"HRESULT: %X - %ls", static_cast<unsigned int>(hr), system.text());

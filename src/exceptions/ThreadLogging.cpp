@@ -5,17 +5,17 @@
 
 #include <windows.h>
 
-#include "LibraryState.h"
+#include "exceptions/LogState.h"
 #include "exceptions/ThreadLogging.h"
+#include "vorel/core/Guard.h"
 #include "vorel/exceptions/Exception.h"
-#include "vorel/sync/Guard.h"
 
 namespace vorel {
 
 namespace {
 
 /// Puts a thread into the table, or removes it.
-void setSilenced(detail::LibraryState& state, unsigned long thread, bool silenced) noexcept {
+void setSilenced(detail::LogState& state, unsigned long thread, bool silenced) noexcept {
     try {
         const Guard<AutoCriticalSection> held(state.silencedThreadsLock);
         auto& threads = state.silencedThreads;
@@ -34,7 +34,7 @@ void setSilenced(detail::LibraryState& state, unsigned long thread, bool silence
 /// changes nothing for the thread.
 void CALLBACK endThread(void* id) {
     const auto thread = static_cast<unsigned long>(reinterpret_cast<std::uintptr_t>(id));
-    detail::LibraryState* const state = detail::libraryState();
+    detail::LogState* const state = detail::logState.get();
     if (state && thread == GetCurrentThreadId() && !IsThreadAFiber()) {
         setSilenced(*state, thread, false);
     }
@@ -57,9 +57,11 @@ void detail::SilencedThreadEnds::watch(bool silenced) const noexcept {
 }
 
 void Exception::DisableThreadErrorLogging(bool disable) noexcept {
-    if (detail::LibraryState* const state = detail::libraryState()) {
+    if (detail::LogState* const state = detail::logState.get()) {
         setSilenced(*state, GetCurrentThreadId(), disable);
-        state->silencedThreadEnds.watch(disable);
+    }
+    if (const detail::SilencedThreadEnds* const ends = detail::silencedThreadEnds.get()) {
+        ends->watch(disable);
     }
 }
 
@@ -67,7 +69,7 @@ bool Exception::IsThreadErrorLoggingDisabled() noexcept {
     if (!AnyThreadLoggingDisabled.load(std::memory_order_relaxed)) {
         return false;
     }
-    detail::LibraryState* const state = detail::libraryState();
+    detail::LogState* const state = detail::logState.get();
     if (!state) {
         return false;
     }

@@ -4,6 +4,8 @@
 
 #include <atomic>
 
+#include "core/LibraryState.h"
+
 namespace vorel {
 
 /// True while the table of silenced threads holds at least one. Read outside the table's lock: during a change a line
@@ -28,6 +30,8 @@ public:
 private:
     unsigned long m_slot;
 };
+
+inline constinit StateObject<SilencedThreadEnds> silencedThreadEnds;
 
 }  // namespace detail
 

@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <new>
 
-#include "LibraryState.h"
 #include "flat/Output.h"
 #include "flat/Utf8Units.h"
 #include "kernels/Utf8.h"
@@ -43,8 +42,8 @@ std::wstring_view cut(std::wstring_view message) noexcept {
 }
 
 const Failure* lastFailure() noexcept {
-    const detail::LibraryState* const state = detail::libraryState();
-    return state ? state->lastErrors.last() : nullptr;
+    const LastErrors* const errors = lastErrors.get();
+    return errors ? errors->last() : nullptr;
 }
 
 std::wstring_view lastMessage() noexcept {
@@ -97,8 +96,8 @@ void LastErrors::remember(vorel_status status, std::wstring_view message) const 
 }
 
 vorel_status fail(vorel_status status, std::wstring_view message) noexcept {
-    if (const detail::LibraryState* const state = detail::libraryState()) {
-        state->lastErrors.remember(status, message);
+    if (const LastErrors* const errors = lastErrors.get()) {
+        errors->remember(status, message);
     }
     return status;
 }

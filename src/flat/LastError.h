@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <string_view>
 
+#include "core/LibraryState.h"
 #include "vorel/flat/Status.h"
 
 namespace vorel::flat {
@@ -39,6 +40,8 @@ public:
 private:
     unsigned long m_slot;
 };
+
+inline constinit detail::StateObject<LastErrors> lastErrors;
 
 /// Remembers a failure of the calling thread, and returns its status.
 vorel_status fail(vorel_status status, std::wstring_view message) noexcept;

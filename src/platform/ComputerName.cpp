@@ -1,10 +1,10 @@
-#include "system/ComputerName.h"
+#include "platform/ComputerName.h"
 
 #include <atomic>
 
 #include <windows.h>
 
-namespace vorel::system {
+namespace vorel::platform {
 
 namespace {
 
@@ -42,4 +42,4 @@ ComputerName ComputerName::remembered() noexcept {
     return name;
 }
 
-}  // namespace vorel::system
+}  // namespace vorel::platform

@@ -3,7 +3,7 @@
 /// longer than 15 characters.
 #pragma once
 
-namespace vorel::system {
+namespace vorel::platform {
 
 struct ComputerName {
     /// Asks the system.
@@ -16,4 +16,4 @@ struct ComputerName {
     char text[16] = {};
 };
 
-}  // namespace vorel::system
+}  // namespace vorel::platform

@@ -1,4 +1,4 @@
-#include "core/SilentParameterErrors.h"
+#include "platform/IgnoreInvalidParameters.h"
 
 #include <cstdlib>
 
@@ -6,19 +6,19 @@
 extern "C" __declspec(dllimport) _invalid_parameter_handler
     __cdecl _set_thread_local_invalid_parameter_handler(_invalid_parameter_handler handler);
 
-namespace vorel::detail {
+namespace vorel::platform {
 
 namespace {
 
-void __cdecl ignoreBadParameter(const wchar_t*, const wchar_t*, const wchar_t*, unsigned int, std::uintptr_t) {}
+void __cdecl ignoreInvalidParameter(const wchar_t*, const wchar_t*, const wchar_t*, unsigned int, std::uintptr_t) {}
 
 }  // namespace
 
-SilentParameterErrors::SilentParameterErrors() noexcept
-    : m_before(_set_thread_local_invalid_parameter_handler(ignoreBadParameter)) {}
+IgnoreInvalidParameters::IgnoreInvalidParameters() noexcept
+    : m_before(_set_thread_local_invalid_parameter_handler(ignoreInvalidParameter)) {}
 
-SilentParameterErrors::~SilentParameterErrors() {
+IgnoreInvalidParameters::~IgnoreInvalidParameters() {
     _set_thread_local_invalid_parameter_handler(m_before);
 }
 
-}  // namespace vorel::detail
+}  // namespace vorel::platform

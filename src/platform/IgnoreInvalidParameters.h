@@ -4,17 +4,17 @@
 
 #include <cstdint>
 
-namespace vorel::detail {
+namespace vorel::platform {
 
 /// While one lives, a bad parameter found by the runtime on this thread only makes the call fail. Without it the
 /// runtime would end a program that has installed no handler of its own.
-class SilentParameterErrors {
+class IgnoreInvalidParameters {
 public:
-    SilentParameterErrors() noexcept;
-    ~SilentParameterErrors();
+    IgnoreInvalidParameters() noexcept;
+    ~IgnoreInvalidParameters();
 
-    SilentParameterErrors(const SilentParameterErrors&) = delete;
-    SilentParameterErrors& operator=(const SilentParameterErrors&) = delete;
+    IgnoreInvalidParameters(const IgnoreInvalidParameters&) = delete;
+    IgnoreInvalidParameters& operator=(const IgnoreInvalidParameters&) = delete;
 
 private:
     using Handler = void(__cdecl*)(const wchar_t*, const wchar_t*, const wchar_t*, unsigned int, std::uintptr_t);
@@ -22,4 +22,4 @@ private:
     Handler m_before;
 };
 
-}  // namespace vorel::detail
+}  // namespace vorel::platform

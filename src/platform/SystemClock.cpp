@@ -1,13 +1,13 @@
-#include "system/SystemClock.h"
+#include "platform/SystemClock.h"
 
 #include <cstring>
 
 #include <windows.h>
 
-#include "core/SilentParameterErrors.h"
 #include "kernels/ClockArithmetic.h"
+#include "platform/IgnoreInvalidParameters.h"
 
-namespace vorel::system {
+namespace vorel::platform {
 
 namespace {
 
@@ -27,7 +27,7 @@ std::uint64_t millisecondsUtc() {
 }
 
 bool formatTime(const std::tm& time, char* buffer, std::size_t size) noexcept {
-    const detail::SilentParameterErrors silent;
+    const platform::IgnoreInvalidParameters silent;
     if (asctime_s(buffer, size, &time) != 0) {
         return false;
     }
@@ -51,4 +51,4 @@ LocalTimeText::LocalTimeText() noexcept {
     }
 }
 
-}  // namespace vorel::system
+}  // namespace vorel::platform

@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <ctime>
 
-namespace vorel::system {
+namespace vorel::platform {
 
 // Not marked noexcept: what a replaced system call throws (a hook of a monitoring tool) gets its record in the frame of
 // the exported clocks.
@@ -27,4 +27,4 @@ struct LocalTimeText {
     char text[26] = {};
 };
 
-}  // namespace vorel::system
+}  // namespace vorel::platform

@@ -1,8 +1,8 @@
-#include "system/SystemMessage.h"
+#include "platform/SystemMessage.h"
 
 #include <windows.h>
 
-namespace vorel::system {
+namespace vorel::platform {
 
 SystemMessage::SystemMessage(int code) noexcept {
     FormatMessageW(FORMAT_MESSAGE_ALLOCATE_BUFFER | FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr,
@@ -24,4 +24,4 @@ std::wstring_view SystemMessage::trimmed() const noexcept {
     return whole.substr(first, whole.find_last_not_of(kSpaces) + 1 - first);
 }
 
-}  // namespace vorel::system
+}  // namespace vorel::platform

@@ -4,7 +4,7 @@
 
 #include <string_view>
 
-namespace vorel::system {
+namespace vorel::platform {
 
 class SystemMessage {
 public:
@@ -25,4 +25,4 @@ private:
     wchar_t* m_text = nullptr;
 };
 
-}  // namespace vorel::system
+}  // namespace vorel::platform

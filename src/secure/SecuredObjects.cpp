@@ -3,9 +3,9 @@
 #include <windows.h>
 
 #include "core/StringAccess.h"
+#include "platform/SystemMessage.h"
 #include "secure/ErrorMessage.h"
 #include "secure/SharedSecurity.h"
-#include "system/SystemMessage.h"
 #include "vorel/core/KernelHandle.h"
 #include "vorel/exceptions/Exception.h"
 #include "vorel/system/ErrorText.h"
@@ -120,7 +120,7 @@ void* ObtainAccessableMutex(int initialOwner, const wchar_t* name, int retries, 
         kind.tellWhetherNew(false);
         return createOrOpen(kind, retries, sleepMs).release();
     } catch (...) {
-        const system::SystemMessage message(error);
+        const platform::SystemMessage message(error);
         const std::wstring_view text = message.trimmed();
         Exception::warn(L"Error ObtainAccessableMutex %ls, %.*ls", name, static_cast<int>(text.size()), text.data());
         return nullptr;

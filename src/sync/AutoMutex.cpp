@@ -3,10 +3,10 @@
 #include <windows.h>
 
 #include "sync/MutexAccess.h"
+#include "vorel/core/Guard.h"
 #include "vorel/core/Protocol.h"
 #include "vorel/exceptions/Exception.h"
 #include "vorel/secure/SecuredObjects.h"
-#include "vorel/sync/Guard.h"
 #include "vorel/system/ErrorText.h"
 
 namespace vorel {

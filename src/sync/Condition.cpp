@@ -3,9 +3,9 @@
 #include <windows.h>
 
 #include "sync/SystemEvent.h"
+#include "vorel/core/Guard.h"
 #include "vorel/core/Protocol.h"
-#include "vorel/sync/Guard.h"
-#include "vorel/sync/ThreadSafety.h"
+#include "vorel/core/ThreadSafety.h"
 
 namespace vorel {
 

@@ -2,7 +2,7 @@
 
 #include <windows.h>
 
-#include "system/SystemMessage.h"
+#include "platform/SystemMessage.h"
 #include "vorel/core/Protocol.h"
 
 namespace vorel::util {
@@ -18,7 +18,7 @@ const wchar_t* FormatErrorMsg(int code, BaseString<wchar_t>& text) {
         if (code == 0) {
             text = L"No Error";
         } else {
-            const system::SystemMessage message(code);
+            const platform::SystemMessage message(code);
             const std::wstring_view trimmed = message.trimmed();
             text.clear();
             text.append(trimmed.data(), static_cast<unsigned int>(trimmed.size()));

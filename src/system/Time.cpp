@@ -2,9 +2,9 @@
 
 #include <windows.h>
 
-#include "core/SilentParameterErrors.h"
 #include "kernels/ClockArithmetic.h"
-#include "system/SystemClock.h"
+#include "platform/IgnoreInvalidParameters.h"
+#include "platform/SystemClock.h"
 #include "vorel/core/Protocol.h"
 #include "vorel/exceptions/Exception.h"
 
@@ -33,7 +33,7 @@ std::tm* localtime(const long long* time, std::tm* result) {
         if (!result) {
             throw Exception(L"pLocalTime is null");
         }
-        const detail::SilentParameterErrors silent;
+        const platform::IgnoreInvalidParameters silent;
         _localtime64_s(result, time);
         return result;
     });
@@ -44,7 +44,7 @@ std::tm* gmtime(const long long* time, std::tm* result) {
         if (!result) {
             throw Exception(L"pGMTime is null");
         }
-        const detail::SilentParameterErrors silent;
+        const platform::IgnoreInvalidParameters silent;
         _gmtime64_s(result, time);
         return result;
     });
@@ -58,7 +58,7 @@ char* asctime(const std::tm* time, char* buffer, unsigned long long size) {
             const long long seconds = _time64(nullptr);
             localtime(&seconds, &now);
         }
-        if (!system::formatTime(time ? *time : now, buffer, size)) {
+        if (!platform::formatTime(time ? *time : now, buffer, size)) {
             throw Exception(L"Invalid time structure or out of range values for components of the time");
         }
         return buffer;
@@ -68,18 +68,18 @@ char* asctime(const std::tm* time, char* buffer, unsigned long long size) {
 char* ctime(const long long* time, char* buffer, unsigned long long size) {
     return guarded(kClass, L"ctime", [=] {
         checkTimeBuffer(buffer, size);
-        const detail::SilentParameterErrors silent;
+        const platform::IgnoreInvalidParameters silent;
         _ctime64_s(buffer, size, time);
         return buffer;
     });
 }
 
 unsigned long long getmicrotime() {
-    return guarded(kClass, L"getmicrotime", [] { return kernels::unixMicroseconds(system::fileTimeNow()); });
+    return guarded(kClass, L"getmicrotime", [] { return kernels::unixMicroseconds(platform::fileTimeNow()); });
 }
 
 unsigned long long getMillisecondsUTC() {
-    return guarded(kClass, L"getMillisecondsUTC", [] { return system::millisecondsUtc(); });
+    return guarded(kClass, L"getMillisecondsUTC", [] { return platform::millisecondsUtc(); });
 }
 
 unsigned long long getMillisecondCount() noexcept {

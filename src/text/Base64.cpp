@@ -6,9 +6,9 @@
 #include <iterator>
 #include <string>
 
-#include "LibraryState.h"
 #include "core/HeldInputs.h"
 #include "kernels/Base64Text.h"
+#include "text/Base64State.h"
 #include "text/OutputTail.h"
 #include "text/TextRoom.h"
 #include "vorel/core/Protocol.h"
@@ -20,10 +20,9 @@ char Base64::base64encode[64] = {};
 int Base64::base64decode[256] = {};
 const char Base64::base64pad = '=';
 
-// In the library's state the tables have their place in the order in which things are created.
 const bool Base64::initialized = [] {
-    const detail::LibraryState* const state = detail::libraryState();
-    return state ? state->base64Tables : initializeBase64Tables();
+    const detail::Base64Tables* const tables = detail::base64Tables.get();
+    return tables ? tables->initialized : initializeBase64Tables();
 }();
 
 namespace {

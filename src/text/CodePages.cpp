@@ -9,19 +9,19 @@
 #include <cstdint>
 #include <iterator>
 
-#include "LibraryState.h"
 #include "kernels/NameHash.h"
 #include "text/CodePageNames.h"
+#include "text/CodePageState.h"
+#include "vorel/core/Guard.h"
 #include "vorel/core/Protocol.h"
 #include "vorel/exceptions/Exception.h"
-#include "vorel/sync/Guard.h"
 
 namespace vorel::util {
 
 namespace {
 
+using detail::CodePageState;
 using detail::guarded;
-using detail::LibraryState;
 using kernels::nameHash;
 
 constexpr wchar_t kClass[] = L"iconv";
@@ -41,7 +41,7 @@ int fail(int error) noexcept {
 /// Empties the map again when it could not be filled: a map with entries counts as complete.
 class EmptyUnlessDone {
 public:
-    explicit EmptyUnlessDone(LibraryState& state) noexcept : m_state(&state) {}
+    explicit EmptyUnlessDone(CodePageState& state) noexcept : m_state(&state) {}
     ~EmptyUnlessDone() {
         if (m_state) {
             m_state->codePageNames.clear();
@@ -54,11 +54,11 @@ public:
     void done() noexcept { m_state = nullptr; }
 
 private:
-    LibraryState* m_state;
+    CodePageState* m_state;
 };
 
 /// Fills the map of names when it is empty. The code-map lock is held.
-void fillCodeMap(LibraryState& state) {
+void fillCodeMap(CodePageState& state) {
     guarded(kClass, L"FillCodeMap", [&] {
         const Guard<AutoCriticalSection> held(state.codeMapLock);
         auto& map = state.codePageNames;
@@ -78,7 +78,7 @@ void fillCodeMap(LibraryState& state) {
 
 /// The code page of a name, or 0. While the library has no state, during load and unload, the table itself is searched.
 unsigned int codePageOf(const char* name) {
-    LibraryState* const state = detail::libraryState();
+    CodePageState* const state = detail::codePageState.get();
     if (!state) {
         const auto* const row = std::find_if(std::begin(text::kCodePageNames), std::end(text::kCodePageNames),
                                              [name](const text::CodePageName& r) { return NameEqual()(r.name, name); });

@@ -6,10 +6,10 @@
 #include "exceptions/DebugTargets.h"
 #include "exceptions/LocaleText.h"
 #include "support/Utf8Reference.h"
+#include "vorel/core/CriticalSections.h"
 #include "vorel/exceptions/ExceptionFamily.h"
 #include "vorel/sync/AutoMutex.h"
 #include "vorel/sync/Condition.h"
-#include "vorel/sync/CriticalSections.h"
 #include "vorel/text/Unicode.h"
 
 namespace {

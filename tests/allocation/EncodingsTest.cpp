@@ -3,9 +3,9 @@
 #include <cerrno>
 #include <typeinfo>
 
-#include "LibraryState.h"
 #include "allocation/Walker.h"
 #include "support/Arrays.h"
+#include "text/CodePageState.h"
 #include "vorel/exceptions/ExceptionFamily.h"
 #include "vorel/text/Base64.h"
 #include "vorel/text/CodePages.h"
@@ -179,7 +179,7 @@ void urlOfWideText(Trial& trial) {
 
 /// The map of names is filled at the first look; when that fails, the next look fills it anew.
 void fillTheNames(Trial& trial) {
-    vorel::detail::LibraryState* const state = vorel::detail::libraryState();
+    vorel::detail::CodePageState* const state = vorel::detail::codePageState.get();
     ASSERT_NE(state, nullptr);
     {
         const heap::Unwatched buckets;  // they grow once and stay

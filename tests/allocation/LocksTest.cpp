@@ -8,15 +8,15 @@
 #include <windows.h>
 
 #include "allocation/Walker.h"
+#include "core/ThreadSafetySwitch.h"
 #include "support/Handle.h"
 #include "support/ImportPatch.h"
 #include "support/NamedEvent.h"
 #include "support/SystemText.h"
-#include "sync/ThreadSafetySwitch.h"
+#include "vorel/core/Guard.h"
 #include "vorel/exceptions/ExceptionFamily.h"
 #include "vorel/sync/AutoMutex.h"
 #include "vorel/sync/Condition.h"
-#include "vorel/sync/Guard.h"
 #include "vorel/sync/NamedCondition.h"
 
 extern "C" {

@@ -5,9 +5,9 @@
 ///
 /// Begins when `go` is set.
 
+#include <vorel/core/Guard.h>
 #include <vorel/exceptions/Exception.h>
 #include <vorel/sync/AutoMutex.h>
-#include <vorel/sync/Guard.h>
 
 #include <windows.h>
 

@@ -1,4 +1,4 @@
-#include "vorel/sync/CriticalSections.h"
+#include "vorel/core/CriticalSections.h"
 
 #include <chrono>
 #include <cstring>
@@ -10,8 +10,8 @@
 
 #include <windows.h>
 
-#include "sync/ThreadSafetySwitch.h"
-#include "vorel/sync/ThreadSafety.h"
+#include "core/ThreadSafetySwitch.h"
+#include "vorel/core/ThreadSafety.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "vorel/sync/Guard.h"
+#include "vorel/core/Guard.h"
 
 #include <cstring>
 #include <stdexcept>
@@ -9,11 +9,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "core/ThreadSafetySwitch.h"
 #include "support/Expect.h"
 #include "support/TemporaryLog.h"
-#include "sync/ThreadSafetySwitch.h"
+#include "vorel/core/CriticalSections.h"
 #include "vorel/exceptions/ExceptionFamily.h"
-#include "vorel/sync/CriticalSections.h"
 
 namespace {
 

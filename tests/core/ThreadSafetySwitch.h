@@ -4,7 +4,7 @@
 
 #include <future>
 
-#include "vorel/sync/ThreadSafety.h"
+#include "vorel/core/ThreadSafety.h"
 
 namespace test {
 

@@ -1,4 +1,4 @@
-#include "vorel/sync/ThreadSafety.h"
+#include "vorel/core/ThreadSafety.h"
 
 #include <climits>
 #include <thread>
@@ -8,7 +8,7 @@
 
 #include <windows.h>
 
-#include "sync/ThreadSafetySwitch.h"
+#include "core/ThreadSafetySwitch.h"
 
 namespace {
 

@@ -23,7 +23,7 @@ from workbench import Bench, Build, LibraryDoesNotCompile, TestDoesNotCompile
 ROOT = Path(__file__).resolve().parents[2]
 WORK = ROOT / "build" / "mutation"
 SCOPE = ["src/kernels", "src/exceptions", "src/sync", "src/secure", "src/core/KernelHandle.cpp",
-         "include/vorel/core/KernelHandle.h", "include/vorel/core/Protocol.h", "include/vorel/sync/Guard.h"]
+         "include/vorel/core/KernelHandle.h", "include/vorel/core/Protocol.h", "include/vorel/core/Guard.h"]
 LISTED = Path(__file__).with_name("equivalent.txt")
 SURVIVORS = WORK / "survivors.txt"
 JOURNAL = WORK / "journal"

@@ -16,7 +16,7 @@ SOURCES = [
     "LibraryState.cpp",
     "core/BaseString.cpp",
     "core/Print.cpp",
-    "core/SilentParameterErrors.cpp",
+    "platform/IgnoreInvalidParameters.cpp",
     "exceptions/Diagnostics.cpp",
     "exceptions/ErrorLog.cpp",
     "exceptions/LocaleText.cpp",
@@ -24,9 +24,9 @@ SOURCES = [
     "exceptions/LogLocation.cpp",
     "exceptions/ThreadLogging.cpp",
     "kernels/Utf8EncodeAvx2.cpp",
-    "sync/CriticalSections.cpp",
-    "system/ComputerName.cpp",
-    "system/SystemClock.cpp",
+    "core/CriticalSections.cpp",
+    "platform/ComputerName.cpp",
+    "platform/SystemClock.cpp",
 ]
 
 # In bytes: a thread with the smallest stack, 64 KB, may have used half of it.

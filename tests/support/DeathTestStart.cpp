@@ -26,8 +26,8 @@ BOOL WINAPI createProcess(LPCSTR program, LPSTR commandLine, LPSECURITY_ATTRIBUT
                           LPSTARTUPINFOA startup, LPPROCESS_INFORMATION started) {
     BOOL created = FALSE;
     for (int start = 0; start != kMaxStarts && !created; ++start) {
-        created = s_patch.original()(program, commandLine, process, thread, inherit, flags, environment, folder, startup,
-                                     started);
+        created = s_patch.original()(program, commandLine, process, thread, inherit, flags, environment, folder,
+                                     startup, started);
         if (!created && GetLastError() != ERROR_INTERNAL_ERROR) {
             break;
         }

@@ -7,11 +7,11 @@
 
 #include <gmock/gmock.h>
 
+#include "core/ThreadSafetySwitch.h"
 #include "support/ChildProcess.h"
 #include "support/LogText.h"
 #include "support/TemporaryLog.h"
 #include "sync/ObjectNames.h"
-#include "sync/ThreadSafetySwitch.h"
 #include "vorel/sync/AutoMutex.h"
 
 namespace {

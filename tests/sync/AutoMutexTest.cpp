@@ -9,11 +9,11 @@
 
 #include <windows.h>
 
+#include "core/ThreadSafetySwitch.h"
 #include "support/Expect.h"
 #include "support/TemporaryLog.h"
 #include "sync/ObjectNames.h"
-#include "sync/ThreadSafetySwitch.h"
-#include "vorel/sync/Guard.h"
+#include "vorel/core/Guard.h"
 
 namespace {
 

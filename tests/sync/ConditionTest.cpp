@@ -10,9 +10,9 @@
 
 #include <gtest/gtest.h>
 
+#include "core/ThreadSafetySwitch.h"
 #include "support/NamedEvent.h"
-#include "sync/ThreadSafetySwitch.h"
-#include "vorel/sync/Guard.h"
+#include "vorel/core/Guard.h"
 
 namespace {
 

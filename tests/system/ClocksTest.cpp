@@ -7,7 +7,7 @@
 
 #include <windows.h>
 
-#include "vorel/sync/ThreadSafety.h"
+#include "vorel/core/ThreadSafety.h"
 #include "vorel/system/Time.h"
 
 namespace {

@@ -11,15 +11,15 @@
 
 #include <windows.h>
 
+#include "core/ThreadSafetySwitch.h"
 #include "support/Expect.h"
 #include "support/Handle.h"
 #include "support/ImportPatch.h"
 #include "support/NamedEvent.h"
 #include "support/SystemText.h"
 #include "support/TemporaryLog.h"
-#include "sync/ThreadSafetySwitch.h"
+#include "vorel/core/Guard.h"
 #include "vorel/sync/AutoMutex.h"
-#include "vorel/sync/Guard.h"
 #include "vorel/system/ErrorText.h"
 #include "whitebox/AutoMutexMembers.h"
 

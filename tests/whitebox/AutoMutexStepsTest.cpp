@@ -11,11 +11,11 @@
 
 #include <windows.h>
 
+#include "core/ThreadSafetySwitch.h"
 #include "support/Expect.h"
 #include "support/SystemText.h"
 #include "support/TemporaryLog.h"
 #include "sync/ObjectNames.h"
-#include "sync/ThreadSafetySwitch.h"
 #include "whitebox/AutoMutexMembers.h"
 #include "whitebox/SecurityCalls.h"
 

@@ -6,9 +6,9 @@
 
 #include <gtest/gtest.h>
 
-#include "LibraryState.h"
 #include "support/BitTextReference.h"
 #include "support/PrivateMember.h"
+#include "text/Base64State.h"
 #include "vorel/text/Base64.h"
 
 namespace test {
@@ -56,7 +56,7 @@ void expectTables() {
 
 TEST(Base64Tables, AreFilledWhileTheLibraryLoads) {
     EXPECT_TRUE(*reveal(test::Initialized()));
-    EXPECT_TRUE(vorel::detail::libraryState()->base64Tables);
+    EXPECT_TRUE(vorel::detail::base64Tables.get()->initialized);
     EXPECT_EQ(*reveal(test::Pad()), '=');
     expectTables();
 }

@@ -11,9 +11,9 @@
 
 #include <gtest/gtest.h>
 
-#include "LibraryState.h"
 #include "support/ImportHook.h"
 #include "support/RandomText.h"
+#include "text/CodePageState.h"
 #include "vorel/text/CodePages.h"
 
 extern "C" {
@@ -133,7 +133,7 @@ TEST(CodePageNames, ANameThatHashesLikeAnotherIsNotTakenForIt) {
 
 /// A name is found in what the map holds while its lock is held, not in what another thread makes of it afterwards.
 TEST(CodePageNames, AreReadUnderTheirLock) {
-    vorel::detail::LibraryState& state = *vorel::detail::libraryState();
+    vorel::detail::CodePageState& state = *vorel::detail::codePageState.get();
     const void* const section = state.codeMapLock.getHandle();
     const auto hasOnly = [&](unsigned int page) {
         state.codePageNames.clear();

@@ -14,10 +14,10 @@
 #include <gtest/gtest.h>
 #include <windows.h>
 
-#include "LibraryState.h"
 #include "support/Expect.h"
 #include "support/HeldLock.h"
 #include "support/ImportPatch.h"
+#include "text/CodePageState.h"
 #include "vorel/exceptions/Exception.h"
 
 extern "C" {
@@ -313,7 +313,7 @@ TEST_F(CodePages, WhatIsThrownInsideOfAnOperationIsRecordedUnderItsName) {
 // ---- The map of names -----------------------------------------------------------------------------------------------
 
 auto& mapOfNames() {
-    return vorel::detail::libraryState()->codePageNames;
+    return vorel::detail::codePageState.get()->codePageNames;
 }
 
 TEST(CodePageMap, IsFilledByEveryLookAndOnlyOnce) {
@@ -346,7 +346,7 @@ TEST(CodePageMap, IsLookedAtUnderItsLock) {
         [] { util::iconv_open("utf-8", nullptr); },
         [] { util::iconv_getCodePage("utf-8"); },
     };
-    vorel::AutoCriticalSection& lock = vorel::detail::libraryState()->codeMapLock;
+    vorel::AutoCriticalSection& lock = vorel::detail::codePageState.get()->codeMapLock;
     for (const bool isFilled : {false, true}) {
         for (const Look look : looks) {
             mapOfNames().clear();
@@ -360,7 +360,7 @@ TEST(CodePageMap, IsLookedAtUnderItsLock) {
 }
 
 TEST(CodePageMap, IsNobodysBusinessWhereNoNameIsLookedUp) {
-    test::expectPasses(vorel::detail::libraryState()->codeMapLock, [] {
+    test::expectPasses(vorel::detail::codePageState.get()->codeMapLock, [] {
         const int converter = util::iconv_open_codepage(1252, 1252);
         wchar_t wide[1] = {};
         char bytes[1] = {};
@@ -376,7 +376,7 @@ TEST(CodePageMap, IsNobodysBusinessWhereNoNameIsLookedUp) {
 class MapWithoutBuckets {
 public:
     MapWithoutBuckets() { replace(0); }
-    ~MapWithoutBuckets() { replace(vorel::detail::LibraryState::kTableBuckets); }
+    ~MapWithoutBuckets() { replace(vorel::detail::kStateTableBuckets); }
 
     MapWithoutBuckets(const MapWithoutBuckets&) = delete;
     MapWithoutBuckets& operator=(const MapWithoutBuckets&) = delete;

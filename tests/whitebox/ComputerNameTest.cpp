@@ -1,4 +1,4 @@
-#include "system/ComputerName.h"
+#include "platform/ComputerName.h"
 
 #include <cstring>
 #include <string>
@@ -17,7 +17,7 @@ extern decltype(&::GetComputerNameExA) importedGetComputerNameExA __asm__("__imp
 
 namespace {
 
-using vorel::system::ComputerName;
+using vorel::platform::ComputerName;
 
 struct FakeSystem {
     std::string name;

@@ -14,6 +14,7 @@
 
 #include <windows.h>
 
+#include "core/ThreadSafetySwitch.h"
 #include "support/Expect.h"
 #include "support/ImportHook.h"
 #include "support/ImportPatch.h"
@@ -21,9 +22,8 @@
 #include "support/PrivateMember.h"
 #include "support/SystemText.h"
 #include "support/TemporaryLog.h"
-#include "sync/ThreadSafetySwitch.h"
+#include "vorel/core/Guard.h"
 #include "vorel/sync/Condition.h"
-#include "vorel/sync/Guard.h"
 #include "vorel/sync/NamedCondition.h"
 
 extern "C" {

@@ -1,7 +1,7 @@
 /// \file
 /// What the locks ask of the system.
 
-#include "vorel/sync/CriticalSections.h"
+#include "vorel/core/CriticalSections.h"
 
 #include <vector>
 

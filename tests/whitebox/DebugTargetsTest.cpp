@@ -7,9 +7,8 @@
 
 #include <gtest/gtest.h>
 
-#include "LibraryState.h"
+#include "vorel/core/CriticalSections.h"
 #include "vorel/exceptions/Exception.h"
-#include "vorel/sync/CriticalSections.h"
 
 namespace {
 

@@ -12,8 +12,8 @@
 #include <gtest/gtest.h>
 #include <windows.h>
 
-#include "LibraryState.h"
 #include "exceptions/LogLocation.h"
+#include "exceptions/LogState.h"
 #include "support/HeldLock.h"
 #include "support/ImportHook.h"
 #include "support/LockedFile.h"
@@ -101,9 +101,9 @@ TEST(Location, AndLimitAreSetUnderTheirLock) {
         [] { Exception::SetErrorLogSize(5); },
     };
     for (const auto& set : settings) {
-        test::expectWaitsFor(vorel::detail::libraryState()->LogSettingsLock, set);
+        test::expectWaitsFor(vorel::detail::logState.get()->LogSettingsLock, set);
     }
-    test::expectPasses(vorel::detail::libraryState()->LogSettingsLock, [] { Exception::warn("text"); });
+    test::expectPasses(vorel::detail::logState.get()->LogSettingsLock, [] { Exception::warn("text"); });
 }
 
 TEST(Location, MayBeSetFromItself) {

@@ -9,7 +9,7 @@
 #include <gtest/gtest.h>
 #include <windows.h>
 
-#include "LibraryState.h"
+#include "core/LibraryState.h"
 #include "support/ChildProcess.h"
 #include "support/TemporaryLog.h"
 #include "vorel/exceptions/Exception.h"
@@ -40,7 +40,7 @@ public:
 
 private:
     static void logAll(const char* when) {
-        const Exception e("%s, state: %s", when, vorel::detail::libraryState() ? "there" : "gone");
+        const Exception e("%s, state: %s", when, vorel::detail::libraryStateExists() ? "there" : "gone");
         Exception::setDebugTarget("Late", true);
         Exception::debug("Late", "target: %s", when);
         Exception::DisableThreadErrorLogging(true);

@@ -1,6 +1,6 @@
 /// \file
-/// What the library creates at load: that it is there, and its order. It is destroyed in reverse, so that nothing
-/// outlives what it uses.
+/// The objects that the library creates at load, and their order. They are destroyed in reverse, so that no object is
+/// used after its end.
 // test-runner: one process per case
 
 #include "LibraryState.h"
@@ -13,39 +13,61 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "core/SpyLock.h"
+#include "exceptions/InvalidParameter.h"
+#include "exceptions/LogState.h"
+#include "exceptions/ThreadLogging.h"
+#include "flat/LastError.h"
+#include "text/Base64State.h"
+#include "text/CodePageState.h"
+
 namespace {
 
-using vorel::detail::libraryState;
-using vorel::detail::LibraryState;
+using vorel::detail::CodePageState;
+using vorel::detail::LogState;
+using vorel::detail::spyLock;
 
-TEST(LibraryState, IsThereOnceTheProgramRuns) {
-    EXPECT_NE(libraryState(), nullptr);
-    EXPECT_EQ(libraryState(), libraryState());
+TEST(LibraryState, ExistsOnceTheProgramRuns) {
+    EXPECT_TRUE(vorel::detail::libraryStateExists());
+    EXPECT_NE(spyLock.get(), nullptr);
+    EXPECT_EQ(spyLock.get(), spyLock.get());
 }
 
-TEST(LibraryState, IsCreatedInItsOrder) {
-    LibraryState& state = *libraryState();
+TEST(LibraryState, CreatesItsObjectsInOrder) {
+    std::vector<const void*> objects;
+    for (const vorel::detail::StateEntry& entry : vorel::detail::stateEntries()) {
+        objects.push_back(entry.object);
+    }
+    EXPECT_THAT(objects, ::testing::ElementsAre(&spyLock, &vorel::detail::base64Tables, &vorel::detail::logState,
+                                                &vorel::detail::codePageState, &vorel::flat::lastErrors,
+                                                &vorel::detail::silencedThreadEnds,
+                                                &vorel::detail::currentInvalidParameterHandler));
+}
+
+TEST(LibraryState, CreatesTheMembersOfAnObjectInOrder) {
     const auto place = [](const auto& member) { return static_cast<const void*>(std::addressof(member)); };
-    const std::vector<const void*> places = {
-        place(state.spyLock),          place(state.base64Tables),    place(state.narrowDebugTargets),
-        place(state.wideDebugTargets), place(state.silencedThreads), place(state.silencedThreadsLock),
-        place(state.LogSettingsLock),  place(state.codePageNames),   place(state.codeMapLock),
+    const LogState& log = *vorel::detail::logState.get();
+    const std::vector<const void*> members = {
+        place(log.narrowDebugTargets),  place(log.wideDebugTargets), place(log.silencedThreads),
+        place(log.silencedThreadsLock), place(log.LogSettingsLock),
     };
-    EXPECT_THAT(places, ::testing::WhenSortedBy(std::less<>(), ::testing::ElementsAreArray(places)));
+    EXPECT_THAT(members, ::testing::WhenSortedBy(std::less<>(), ::testing::ElementsAreArray(members)));
+    const CodePageState& pages = *vorel::detail::codePageState.get();
+    EXPECT_LT(place(pages.codePageNames), place(pages.codeMapLock));
 }
 
 TEST(LibraryState, TablesStartWith31Buckets) {
-    const LibraryState& state = *libraryState();
-    EXPECT_EQ(state.silencedThreads.bucketCount(), 31u);
-    EXPECT_EQ(state.codePageNames.bucketCount(), 31u);
-    EXPECT_EQ(state.silencedThreads.size(), 0u);
+    const LogState& log = *vorel::detail::logState.get();
+    EXPECT_EQ(log.silencedThreads.bucketCount(), 31u);
+    EXPECT_EQ(log.silencedThreads.size(), 0u);
+    EXPECT_EQ(vorel::detail::codePageState.get()->codePageNames.bucketCount(), 31u);
 }
 
-static_assert(std::is_same_v<decltype(LibraryState::narrowDebugTargets), vorel::DebugTargets<char, vorel::NoLock>>);
-static_assert(std::is_same_v<decltype(LibraryState::wideDebugTargets), vorel::DebugTargets<wchar_t, vorel::NoLock>>);
-static_assert(std::is_same_v<decltype(LibraryState::LogSettingsLock), vorel::ForcedCriticalSection>);
-static_assert(std::is_same_v<decltype(LibraryState::silencedThreadsLock), vorel::AutoCriticalSection>);
-static_assert(std::is_same_v<decltype(LibraryState::spyLock), vorel::AutoCriticalSection>);
-static_assert(std::is_same_v<decltype(LibraryState::codeMapLock), vorel::AutoCriticalSection>);
+static_assert(std::is_same_v<decltype(LogState::narrowDebugTargets), vorel::DebugTargets<char, vorel::NoLock>>);
+static_assert(std::is_same_v<decltype(LogState::wideDebugTargets), vorel::DebugTargets<wchar_t, vorel::NoLock>>);
+static_assert(std::is_same_v<decltype(LogState::LogSettingsLock), vorel::ForcedCriticalSection>);
+static_assert(std::is_same_v<decltype(LogState::silencedThreadsLock), vorel::AutoCriticalSection>);
+static_assert(std::is_same_v<decltype(spyLock.get()), vorel::AutoCriticalSection*>);
+static_assert(std::is_same_v<decltype(CodePageState::codeMapLock), vorel::AutoCriticalSection>);
 
 }  // namespace

@@ -5,16 +5,16 @@
 
 #include <gtest/gtest.h>
 
-#include "LibraryState.h"
+#include "core/SpyLock.h"
 #include "support/HeldLock.h"
 #include "vorel/core/MemoryAccounting.h"
-#include "vorel/sync/ThreadSafety.h"
+#include "vorel/core/ThreadSafety.h"
 
 namespace {
 
 using vorel::AllocBase;
 using vorel::EnableThreadSafety;
-using vorel::detail::libraryState;
+using vorel::detail::spyLock;
 
 class Spy : public vorel::AllocSpy {
     void allocated(void*, unsigned long long) override {}
@@ -28,7 +28,7 @@ struct Client : AllocBase {
 
 TEST(RegisterSpy, WaitsForTheLockWhileThreadSafetyIsOn) {
     Spy spy;
-    vorel::AutoCriticalSection& lock = libraryState()->spyLock;
+    vorel::AutoCriticalSection& lock = *spyLock.get();
     test::expectWaitsFor(
         lock, [&] { AllocBase::registerSpy(&spy); }, [] { EXPECT_EQ(Client::registeredSpy(), nullptr); });
     EXPECT_EQ(Client::registeredSpy(), &spy);
@@ -37,7 +37,7 @@ TEST(RegisterSpy, WaitsForTheLockWhileThreadSafetyIsOn) {
 
 TEST(RegisterSpy, DoesNotLockWhileThreadSafetyIsOff) {
     Spy spy;
-    vorel::AutoCriticalSection& lock = libraryState()->spyLock;
+    vorel::AutoCriticalSection& lock = *spyLock.get();
     // Switched off within: the lock has to be given back with the switch as it was taken.
     test::expectPasses(lock, [&] {
         EnableThreadSafety(false);
@@ -51,9 +51,9 @@ TEST(RegisterSpy, DoesNotLockWhileThreadSafetyIsOff) {
 TEST(RegisterSpy, GivesTheLockBack) {
     AllocBase::registerSpy(nullptr);
     EXPECT_TRUE(std::async(std::launch::async, [] {
-                    const bool taken = libraryState()->spyLock.tryLock();
+                    const bool taken = spyLock.get()->tryLock();
                     if (taken) {
-                        libraryState()->spyLock.unlock();
+                        spyLock.get()->unlock();
                     }
                     return taken;
                 }).get());

@@ -1,7 +1,7 @@
 /// \file
 /// The clocks and the time text beneath the exported functions and the error log.
 
-#include "system/SystemClock.h"
+#include "platform/SystemClock.h"
 
 #include <cerrno>
 #include <cstdint>
@@ -31,10 +31,10 @@ extern decltype(&::GetTickCount) importedTickCount __asm__("__imp_GetTickCount")
 
 namespace {
 
-using vorel::system::fileTimeNow;
-using vorel::system::formatTime;
-using vorel::system::LocalTimeText;
-using vorel::system::millisecondsUtc;
+using vorel::platform::fileTimeNow;
+using vorel::platform::formatTime;
+using vorel::platform::LocalTimeText;
+using vorel::platform::millisecondsUtc;
 
 std::tm someTime() {
     std::tm time = {};

@@ -1,7 +1,7 @@
 /// \file
 /// What is asked of the system for the words of an error, and what becomes of them.
 
-#include "system/SystemMessage.h"
+#include "platform/SystemMessage.h"
 
 #include <algorithm>
 #include <string>
@@ -22,7 +22,7 @@ extern decltype(&::LocalFree) importedLocalFree __asm__("__imp_LocalFree");
 namespace {
 
 using test::ImportHook;
-using vorel::system::SystemMessage;
+using vorel::platform::SystemMessage;
 
 /// Stands in for a system that has `words` for every code.
 // cppcheck-suppress unsafeClassCanLeak; the library frees them

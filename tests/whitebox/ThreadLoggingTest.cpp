@@ -8,7 +8,7 @@
 #include <gtest/gtest.h>
 #include <windows.h>
 
-#include "LibraryState.h"
+#include "exceptions/LogState.h"
 #include "exceptions/ThreadLogging.h"
 #include "support/HeldLock.h"
 #include "support/ImportHook.h"
@@ -26,7 +26,7 @@ using test::expectWaitsFor;
 using vorel::Exception;
 
 auto& lockOfTheTable() {
-    return vorel::detail::libraryState()->silencedThreadsLock;
+    return vorel::detail::logState.get()->silencedThreadsLock;
 }
 
 TEST(SilencedThreads, AreAddedAndRemovedUnderTheirLock) {
@@ -57,7 +57,7 @@ TEST(SilencedThreads, CostNoLockWhileThereAreNone) {
 }
 
 auto& table() {
-    return vorel::detail::libraryState()->silencedThreads;
+    return vorel::detail::logState.get()->silencedThreads;
 }
 
 /// The id of a thread that silenced itself, and has ended.

@@ -31,8 +31,8 @@
 
 #include "vorel/Export.h"
 #include "vorel/core/BaseString.h"
+#include "vorel/core/CriticalSections.h"
 #include "vorel/core/KernelHandle.h"
-#include "vorel/sync/CriticalSections.h"
 
 namespace vorel {
 

@@ -12,8 +12,8 @@
 #pragma once
 
 #include "vorel/Export.h"
+#include "vorel/core/CriticalSections.h"
 #include "vorel/core/KernelHandle.h"
-#include "vorel/sync/CriticalSections.h"
 
 namespace vorel {
 

@@ -7,7 +7,7 @@
 #include "vorel/core/BaseString.h"
 
 namespace vorel::detail {
-struct LibraryState;
+struct Base64Tables;
 }
 
 namespace vorel::util {
@@ -48,7 +48,7 @@ public:
     VOREL_API static int Decode(const wchar_t* text, Array<unsigned char>& bytes);
 
 private:
-    friend struct detail::LibraryState;
+    friend struct detail::Base64Tables;
 
     static bool initializeBase64Tables() noexcept;
 

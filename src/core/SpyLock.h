@@ -1,0 +1,12 @@
+/// \file
+/// The lock under which `AllocBase::registerSpy` replaces the spy.
+#pragma once
+
+#include "core/LibraryState.h"
+#include "vorel/core/CriticalSections.h"
+
+namespace vorel::detail {
+
+inline constinit StateObject<AutoCriticalSection> spyLock;
+
+}  // namespace vorel::detail

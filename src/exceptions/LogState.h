@@ -1,0 +1,23 @@
+/// \file
+/// The tables and locks of the error log: which debug targets are active, which threads are silenced, and the lock of
+/// the settings.
+#pragma once
+
+#include "core/LibraryState.h"
+#include "exceptions/DebugTargets.h"
+#include "vorel/core/CriticalSections.h"
+#include "vorel/core/HashMap.h"
+
+namespace vorel::detail {
+
+struct LogState {
+    DebugTargets<char, NoLock> narrowDebugTargets;
+    DebugTargets<wchar_t, NoLock> wideDebugTargets;
+    HashMap<unsigned long, bool> silencedThreads{kStateTableBuckets};
+    AutoCriticalSection silencedThreadsLock;
+    ForcedCriticalSection LogSettingsLock;
+};
+
+inline constinit StateObject<LogState> logState;
+
+}  // namespace vorel::detail

@@ -1,0 +1,18 @@
+/// \file
+/// The map of code page names, filled on first use under its lock.
+#pragma once
+
+#include "core/LibraryState.h"
+#include "vorel/core/CriticalSections.h"
+#include "vorel/core/HashMap.h"
+
+namespace vorel::detail {
+
+struct CodePageState {
+    HashMap<const char*, unsigned int, NameEqual> codePageNames{kStateTableBuckets};
+    AutoCriticalSection codeMapLock;
+};
+
+inline constinit StateObject<CodePageState> codePageState;
+
+}  // namespace vorel::detail
