@@ -1,5 +1,5 @@
 /// \file
-/// Arrays of more than plain values and strings: of arrays, of exceptions, and of values whose destructor fails.
+/// Arrays whose elements are arrays, exceptions, or values with a throwing destructor.
 
 #include <stdexcept>
 #include <string>
@@ -52,7 +52,7 @@ std::vector<std::vector<int>> rowsOf(const Array<Array<int>>& rows) {
     return result;
 }
 
-TEST(ArrayOfArrays, HasDeepCopiesInEverySlotThroughGrowth) {
+TEST(ArrayOfArrays, GrowthAndCopiesAreDeep) {
     Array<Array<int>> rows;
     std::vector<std::vector<int>> model;
     for (int first = 0; first < 12; ++first) {
@@ -85,7 +85,7 @@ TEST(ArrayOfArrays, SlotsPastTheCountHaveNoStorage) {
     EXPECT_EQ(rowsOf(rows), (std::vector<std::vector<int>>{{0, 1, 2}, {}, {}, {}, {}, {}, {}}));
 }
 
-TEST(ArrayOfArrays, AnElementMayContainAnArrayOfItsOwnType) {
+TEST(ArrayOfArrays, ElementMayContainAnArrayOfItsOwnType) {
     struct Tree {
         int value = 0;
         Array<Tree> children;
@@ -103,7 +103,7 @@ TEST(ArrayOfArrays, AnElementMayContainAnArrayOfItsOwnType) {
 
 // ---- Exceptions -----------------------------------------------------------------------------------------------------
 
-TEST(ArrayOfExceptions, KeepsEveryMessageThroughGrowthAndCopies) {
+TEST(ArrayOfExceptions, GrowthAndCopiesKeepEveryMessage) {
     const test::TemporaryLog log;
     Array<Exception> failures;
     for (int number = 0; number < 7; ++number) {
@@ -117,12 +117,12 @@ TEST(ArrayOfExceptions, KeepsEveryMessageThroughGrowthAndCopies) {
         EXPECT_EQ(test::messagesOf(failures[index]), messages);
         EXPECT_EQ(test::messagesOf(copy[index]), messages);
     }
-    EXPECT_EQ(log.messages().size(), 14u) << "copies log nothing again";
+    EXPECT_EQ(log.messages().size(), 14u) << "copying must not log again";
 }
 
-// A slot that is given up destroys its exception: one that delays its logging writes its messages then, and the next
-// exception in the slot does not delay.
-TEST(ArrayOfExceptions, SlotsGivenUpAreAsIfNew) {
+// Releasing a slot destroys its exception. An exception with delayed logging writes its messages at that moment. The
+// next exception in the slot has no delay.
+TEST(ArrayOfExceptions, ReleasedSlotsAreReset) {
     test::TemporaryLog log;
     Array<Exception> failures;
     failures.setCount(3);
@@ -144,7 +144,7 @@ TEST(ArrayOfExceptions, SlotsGivenUpAreAsIfNew) {
     EXPECT_EQ(log.takeMessages(), Texts(3, "Vorel Error: at once"));
 }
 
-// ---- Destructors that fail ------------------------------------------------------------------------------------------
+// ---- Throwing destructors -------------------------------------------------------------------------------------------
 
 using Explosives = Array<Explosive>;
 
@@ -170,12 +170,12 @@ Explosives arrayOf(unsigned int count) {
     return array;
 }
 
-/// An operation on an array of the values 1 to 9 in 10 slots, which gives up old values.
+/// An operation that releases values of an array. The array has 10 slots and holds the values 1 to 9.
 struct Case {
     const char* operation;
     void (*run)(Explosives&);
-    std::vector<int> exploding;  ///< the values whose destructors fail, in the order in which they are released
-    bool endsStorage;            ///< an array that ends adds its record
+    std::vector<int> exploding;  ///< the values whose destructors throw, in the order of their release
+    bool endsStorage;            ///< whether an array is destroyed, which adds its record
     std::vector<int> after;
     unsigned int slotsAfter;
 };
@@ -223,7 +223,7 @@ const Case kCases[] = {
      20},
 };
 
-TEST(ArrayOfExplosives, EveryOperationIsCompleteWhenTheFirstFailureLeaves) {
+TEST(ArrayOfExplosives, EveryOperationCompletesBeforeItThrowsTheFirstFailure) {
     for (const Case& c : kCases) {
         SCOPED_TRACE(c.operation);
         const test::TemporaryLog log;
@@ -257,7 +257,7 @@ TEST(ArrayOfExplosives, EveryOperationIsCompleteWhenTheFirstFailureLeaves) {
     }
 }
 
-/// Ends an array of the values 1 to 5, or one that contains it, while nothing or another failure unwinds the block.
+/// Destroys an array of the values 1 to 5, or an array that contains it, with or without another exception in flight.
 void endArray(const std::vector<std::pair<int, Explosion>>& explosions, bool nested, bool unwinding) {
     Array<Explosives> outer;
     outer.setCount(nested ? 3 : 0);
@@ -272,7 +272,7 @@ void endArray(const std::vector<std::pair<int, Explosion>>& explosions, bool nes
     }
 }
 
-TEST(ArrayOfExplosives, Destructor_ReleasesEveryElementAndThenThrowsTheFirstFailureOn) {
+TEST(ArrayOfExplosives, Destructor_ReleasesEveryElementAndThenRethrowsTheFirstFailure) {
     test::TemporaryLog log;
     expectThrows<MemoryException>(
         [] {
@@ -296,7 +296,7 @@ TEST(ArrayOfExplosives, Destructor_ReleasesEveryElementAndThenThrowsTheFirstFail
     EXPECT_EQ(Explosive::s_alive, 0);
 }
 
-TEST(ArrayOfExplosives, Destructor_OfAnArrayOfArraysAddsARecordForEach) {
+TEST(ArrayOfExplosives, Destructor_OfNestedArraysAddsOneRecordPerArray) {
     expectThrows<MemoryException>(
         [] {
             endArray({{4, Explosion::Library}}, true, false);
@@ -305,7 +305,7 @@ TEST(ArrayOfExplosives, Destructor_OfAnArrayOfArraysAddsARecordForEach) {
     EXPECT_EQ(Explosive::s_alive, 0);
 }
 
-TEST(ArrayOfExplosives, Destructor_OnlyRecordsFailuresWhileAnotherUnwinds) {
+TEST(ArrayOfExplosives, Destructor_OnlyRecordsFailuresDuringUnwinding) {
     for (const bool nested : {false, true}) {
         const test::TemporaryLog log;
         EXPECT_THROW(endArray({{2, Explosion::Library}, {5, Explosion::Foreign}}, nested, true), std::runtime_error);

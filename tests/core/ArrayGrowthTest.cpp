@@ -1,5 +1,5 @@
 /// \file
-/// `Array::reserve`: sizes, what becomes of the elements, and failures in the middle.
+/// `Array::reserve`: sizes, the elements after growth, and failures halfway.
 
 #include <string>
 #include <utility>
@@ -21,7 +21,7 @@ using vorel::MemoryException;
 
 using WideString = BaseString<wchar_t>;
 
-/// An element so large that storage for 2^31 of them is refused without a try.
+/// An element so large that `reserve` rejects 2^31 of them without trying to allocate.
 struct Huge {
     char bytes[1048576];
 };
@@ -48,7 +48,7 @@ TYPED_TEST(ArrayGrowth, Doubles_From5) {
     }
 }
 
-TYPED_TEST(ArrayGrowth, Doubles_FromWhatIsThere) {
+TYPED_TEST(ArrayGrowth, Doubles_FromTheCurrentSlots) {
     Array<TypeParam> array;
     array.reserve(1);
     EXPECT_EQ(array.allocated(), 5u);
@@ -61,7 +61,7 @@ TYPED_TEST(ArrayGrowth, Doubles_FromWhatIsThere) {
     EXPECT_EQ(array.allocated(), 104u);
 }
 
-TYPED_TEST(ArrayGrowth, Exact_TakesJustTheCount) {
+TYPED_TEST(ArrayGrowth, Exact_AllocatesExactlyTheCount) {
     for (const unsigned int count : {1u, 4u, 5u, 6u, 7u, 1000u}) {
         Array<TypeParam> array;
         array.reserve(count, true);
@@ -69,8 +69,8 @@ TYPED_TEST(ArrayGrowth, Exact_TakesJustTheCount) {
     }
 }
 
-// Fewer slots than the floor are doubled from the floor.
-TYPED_TEST(ArrayGrowth, Doubles_From5AfterAnExactReserveBelow) {
+// Doubling starts at 5 even if the array has fewer slots.
+TYPED_TEST(ArrayGrowth, Doubles_From5WhenFewerSlotsWereReservedExactly) {
     Array<TypeParam> array;
     array.reserve(2, true);
     array.reserve(3);
@@ -133,7 +133,7 @@ TYPED_TEST(ArrayGrowth, Assignment_GrowsToTheCount) {
     }
 }
 
-TYPED_TEST(ArrayGrowth, SlotsBehindTheCount_ReadAsValueInitialised) {
+TYPED_TEST(ArrayGrowth, SlotsPastTheCount_AreValueInitialised) {
     Array<TypeParam> array;
     for (const unsigned int slots : {5u, 10u, 33u}) {
         array.reserve(slots, true);
@@ -155,12 +155,12 @@ TYPED_TEST(ArrayGrowth, AppendingOneByOne_FollowsTheDoubling) {
     EXPECT_EQ(sizes, (std::vector<unsigned int>{5, 10, 20, 40, 80, 160, 320}));
 }
 
-TEST(ArrayGrowthOfStrings, EachElementGetsADeepCopy) {
+TEST(ArrayGrowthOfStrings, CopiesEachElementDeeply) {
     Array<WideString> array;
     array.append(L"first");
     array.append(L"");
     array.append(L"third");
-    array[0].reserve(1000, false);  // room that a copy does not need
+    array[0].reserve(1000, false);  // capacity that a copy does not need
     const WideString* const elements = array.data();
     const wchar_t* const text = array[2].c_str();
     array.reserve(6);
@@ -177,7 +177,7 @@ TEST(ArrayGrowthOfStrings, EachElementGetsADeepCopy) {
     }
 }
 
-TEST(ArrayGrowthOfStrings, KeepsZerosInside) {
+TEST(ArrayGrowthOfStrings, KeepsEmbeddedZeros) {
     Array<WideString> array;
     array.append(WideString(L"a\0b", 3));
     array.reserve(100);
@@ -196,7 +196,7 @@ TEST(ArrayGrowthFailure, ReportsSlotsAndElementSize) {
              Case{0x7FFFFFFF, true, L"No more memory is available: 2147483647 objects of size 1048576 requested"},
              // 5 doubled 29 times, as a signed number
              Case{0xA0000000, false, L"No more memory is available: -1610612736 objects of size 1048576 requested"},
-             // once more would overflow: all ones
+             // another doubling overflows: all ones
              Case{0xA0000001, false, L"No more memory is available: -1 objects of size 1048576 requested"},
              Case{0xFFFFFFFF, false, L"No more memory is available: -1 objects of size 1048576 requested"},
          }) {
@@ -207,7 +207,7 @@ TEST(ArrayGrowthFailure, ReportsSlotsAndElementSize) {
     }
 }
 
-TEST(ArrayGrowthFailure, RefusesMoreThanAnyArrayHoldsBeforeItReads) {
+TEST(ArrayGrowthFailure, AppendItems_RejectsAnImpossibleCountBeforeReading) {
     Array<int> array;
     array.append(7);
     const int one = 8;
@@ -217,7 +217,7 @@ TEST(ArrayGrowthFailure, RefusesMoreThanAnyArrayHoldsBeforeItReads) {
     EXPECT_EQ(array[0], 7);
 }
 
-TEST(ArrayGrowthFailure, LeavesTheArrayAsItWas) {
+TEST(ArrayGrowthFailure, LeavesTheArrayUnchanged) {
     Array<Huge> array;
     array.reserve(1, true);
     array.setCount(1);
@@ -231,7 +231,7 @@ TEST(ArrayGrowthFailure, LeavesTheArrayAsItWas) {
     EXPECT_EQ(array[0].bytes[7], 'x');
 }
 
-/// An element whose copy fails when the countdown ends, and that is counted while it lives.
+/// An element whose copy constructor throws when a countdown reaches zero. Counts the live objects.
 struct Fragile {
     Fragile() noexcept { ++s_alive; }
     Fragile(const Fragile& other) noexcept : value(other.value) { ++s_alive; }
@@ -254,7 +254,7 @@ struct Fragile {
     static inline int s_copiesLeft = 0;
 };
 
-TEST(ArrayGrowthFailure, InTheMiddleOfAnAssignmentLeavesTheArrayAsItWas) {
+TEST(ArrayGrowthFailure, DuringAssignmentLeavesTheArrayUnchanged) {
     for (int copies = 0; copies < 3; ++copies) {
         {
             Fragile::s_copiesLeft = 1000;
@@ -284,7 +284,7 @@ TEST(ArrayGrowthFailure, InTheMiddleOfAnAssignmentLeavesTheArrayAsItWas) {
     }
 }
 
-TEST(ArrayGrowthFailure, InTheMiddleOfTheElementsLeavesTheArrayAsItWas) {
+TEST(ArrayGrowthFailure, WhileCopyingElementsLeavesTheArrayUnchanged) {
     for (int copies = 0; copies < 4; ++copies) {
         {
             Fragile::s_copiesLeft = 1000;
@@ -301,7 +301,7 @@ TEST(ArrayGrowthFailure, InTheMiddleOfTheElementsLeavesTheArrayAsItWas) {
                                           {L"No more memory is available: 1 objects of size 2 requested"});
             EXPECT_EQ(array.data(), storage);
             EXPECT_EQ(array.allocated(), 5u);
-            EXPECT_EQ(Fragile::s_alive, 5) << "what was built for the new storage is gone";
+            EXPECT_EQ(Fragile::s_alive, 5) << "the elements of the new storage are destroyed";
             ASSERT_EQ(array.size(), 4u);
             for (unsigned int i = 0; i < 4; ++i) {
                 EXPECT_EQ(array[i].value, static_cast<int>(i) + 1);

@@ -1,5 +1,5 @@
 /// \file
-/// `Array` against `std::vector` over random sequences of operations.
+/// Compares `Array` with `std::vector` over random sequences of operations.
 
 #include <random>
 #include <type_traits>
@@ -16,7 +16,7 @@ namespace {
 using vorel::Array;
 using vorel::BaseString;
 
-/// The value of an element type that stands for a random number; 0 gives the value-initialised one.
+/// Maps a random number to a value of an element type; 0 gives the value-initialised one.
 template <class T>
 T valueFor(unsigned int number) {
     if constexpr (std::is_arithmetic_v<T>) {
@@ -74,7 +74,7 @@ private:
     }
 
     void removeLast() {
-        m_last = "remove the last";
+        m_last = "remove the last element";
         if (!m_model.empty()) {
             ASSERT_TRUE(m_array.removeLast() == m_model.back());
             m_model.pop_back();
@@ -89,7 +89,7 @@ private:
     }
 
     void appendElement() {
-        m_last = "append an element of the array itself";
+        m_last = "append one of its own elements";
         if (!m_model.empty()) {
             const unsigned int index = below(m_array.size());
             m_array.append(m_array[index]);
@@ -98,7 +98,7 @@ private:
     }
 
     void appendItems() {
-        m_last = "append items of the array itself";
+        m_last = "append several of its own elements";
         if constexpr (std::is_trivially_copyable_v<T>) {
             const unsigned int from = below(m_array.size() + 1);
             const unsigned int count = below(m_array.size() - from + 1) % 20;
@@ -135,7 +135,7 @@ private:
     std::mt19937 m_random;
     Array<T> m_array;
     std::vector<T> m_model;
-    const char* m_last = "nothing yet";
+    const char* m_last = "none";
 };
 
 template <class T>

@@ -1,5 +1,5 @@
 /// \file
-/// The ordinary members of `Array`: access, adding, removing, the count, copies. Growth has a file of its own.
+/// Members of `Array`: access, adding, removing, the count, copies. ArrayGrowthTest.cpp tests growth.
 
 #include "vorel/core/Array.h"
 
@@ -42,7 +42,7 @@ std::vector<T> elementsOf(const Array<T>& array) {
     return std::vector<T>(array.begin(), array.end());
 }
 
-/// An array as another module sees it.
+/// The memory layout of an array, as other modules see it.
 struct Fields {
     int* items;
     unsigned int count;
@@ -122,7 +122,7 @@ TEST(Array, Index_OutOfRangeNamesTheLegalValues) {
     }
 }
 
-TEST(Array, Index_SlotsBehindTheCountAreOutOfRange) {
+TEST(Array, Index_SlotsPastTheCountAreOutOfRange) {
     Array<int> array;
     array.reserve(10);
     expectThrows<InvalidIndexException>([&] { array[0] = 1; },
@@ -142,7 +142,7 @@ TEST(Array, Append_AddsAtTheEnd) {
     EXPECT_EQ(array[99], 49.5);
 }
 
-TEST(Array, Append_HoldsEveryElementTypeOfTheInterface) {
+TEST(Array, Append_WorksForEveryElementTypeOfTheInterface) {
     const int object = 0;
     EXPECT_EQ(elementsOf(arrayOf<unsigned char>({0, 255})), (std::vector<unsigned char>{0, 255}));
     EXPECT_EQ(elementsOf(arrayOf<int>({-1, 1})), (std::vector<int>{-1, 1}));
@@ -156,7 +156,7 @@ TEST(Array, Append_HoldsEveryElementTypeOfTheInterface) {
 TEST(Array, Append_OfAnElementOfTheArrayItself) {
     Array<int> numbers = arrayOf({7});
     Array<WideString> strings = arrayOf<WideString>({L"long enough to have a buffer"});
-    for (unsigned int i = 0; i < 50; ++i) {  // over several growths
+    for (unsigned int i = 0; i < 50; ++i) {  // grows several times
         numbers.append(numbers[i]);
         strings.append(strings[i]);
     }
@@ -173,7 +173,7 @@ TEST(Array, AppendItems_AddsPlainValues) {
     EXPECT_EQ(array.allocated(), 10u);
 }
 
-TEST(Array, AppendItems_NoneOfThemChangesNothing) {
+TEST(Array, AppendItems_WithoutItemsChangesNothing) {
     const int item = 1;
     Array<int> array;
     array.append(nullptr, 0);
@@ -200,7 +200,7 @@ TEST(Array, AppendItems_OfTheArrayItselfWithAndWithoutGrowth) {
     }
 }
 
-// ---- Removing, setting the count ------------------------------------------------------------------------------------
+// ---- Removing and resizing ------------------------------------------------------------------------------------------
 
 TEST(Array, RemoveLast_ReturnsTheElementAndResetsItsSlot) {
     Array<int> numbers = arrayOf({1, 2});
@@ -236,7 +236,7 @@ TEST(Array, SetCount_GrowsWithValueInitialisedElements) {
     EXPECT_EQ(array.allocated(), 10u);
 }
 
-TEST(Array, SetCount_ShrinkingAndGrowingAgainShowsNoOldValue) {
+TEST(Array, SetCount_ShrinkingThenGrowingResetsElements) {
     Array<int> numbers = arrayOf({1, 2, 3, 4});
     Array<WideString> strings = arrayOf<WideString>({L"a", L"b", L"c", L"d"});
     numbers.setCount(1);
@@ -252,7 +252,7 @@ TEST(Array, SetCount_ShrinkingAndGrowingAgainShowsNoOldValue) {
     EXPECT_EQ(elementsOf(strings), (std::vector<WideString>{L"a", L"", L"", L""}));
 }
 
-TEST(Array, Clear_KeepsTheStorageAndResetsIt) {
+TEST(Array, Clear_ResetsTheElementsAndKeepsTheStorage) {
     Array<WideString> array = arrayOf<WideString>({L"a", L"b"});
     const WideString* const storage = array.data();
     array.clear();
@@ -266,7 +266,7 @@ TEST(Array, Clear_KeepsTheStorageAndResetsIt) {
     EXPECT_EQ(fresh.data(), nullptr);
 }
 
-TEST(Array, Iteration_CoversTheCountAndNotTheSlots) {
+TEST(Array, Iteration_StopsAtTheCount) {
     Array<int> array = arrayOf({1, 2, 3});
     for (int& value : array) {
         value *= 2;
@@ -277,7 +277,7 @@ TEST(Array, Iteration_CoversTheCountAndNotTheSlots) {
 
 // ---- Copying and moving ---------------------------------------------------------------------------------------------
 
-TEST(Array, Copy_IsDeepAndAsLargeAsTheCount) {
+TEST(Array, Copy_IsDeepAndHasNoSpareSlots) {
     Array<WideString> original = arrayOf<WideString>({L"a", L"b"});
     Array<WideString> copy(original);
     EXPECT_EQ(copy.allocated(), 2u);
@@ -289,7 +289,7 @@ TEST(Array, Copy_IsDeepAndAsLargeAsTheCount) {
     EXPECT_EQ(Array<int>(reserved).data(), nullptr);
 }
 
-TEST(Array, Assign_ReplacesByACopy) {
+TEST(Array, Assign_ReplacesTheElementsWithCopies) {
     const Array<WideString> original = arrayOf<WideString>({L"a", L"b"});
     Array<WideString> array = arrayOf<WideString>({L"x", L"y", L"z"});
     array = original;
@@ -300,7 +300,7 @@ TEST(Array, Assign_ReplacesByACopy) {
     EXPECT_EQ(elementsOf(array), elementsOf(original));
 }
 
-TEST(Array, Assign_WithinTheStorageLeavesNoOldElement) {
+TEST(Array, Assign_WithinTheStorageResetsTheOtherSlots) {
     for (const bool moved : {false, true}) {
         Array<int> numbers = arrayOf({1, 2, 3, 4});
         Array<int> twoNumbers = arrayOf({8, 9});
@@ -329,7 +329,7 @@ TEST(Array, Assign_WithinTheStorageLeavesNoOldElement) {
     }
 }
 
-TEST(Array, Move_TakesTheStorageOver) {
+TEST(Array, Move_TransfersTheStorage) {
     Array<int> original = arrayOf({1, 2, 3});
     const int* const storage = original.data();
     Array<int> taken(std::move(original));

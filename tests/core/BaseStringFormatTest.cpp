@@ -1,6 +1,5 @@
 /// \file
-/// Formatting into a string: what it renders, when the buffer grows, arguments that lie in the string, and formats that
-/// cannot be rendered.
+/// Formatting into a string: rendering, growth, arguments that point into the string, and invalid formats.
 
 #include <cerrno>
 #include <cstdarg>
@@ -24,7 +23,7 @@ using test::expectThrows;
 using vorel::BaseString;
 using vorel::Exception;
 
-/// What the exception says of a format that cannot be rendered, with the runtime's own text for the error.
+/// The message for a format that cannot be rendered; it ends with the runtime's text for `error`.
 std::wstring unableToFormat(const wchar_t* format, int error) {
     const char* const reason = std::strerror(error);
     return std::wstring(L"Unable to format: ") + format + L" (" + std::wstring(reason, reason + std::strlen(reason)) +
@@ -74,13 +73,13 @@ TYPED_TEST(BaseStringFormat, Renders_AndReturnsTheString) {
     EXPECT_TRUE(test::knowsLength(string));
 }
 
-TYPED_TEST(BaseStringFormat, NarrowAndWideArguments_CanBeNamed) {
+TYPED_TEST(BaseStringFormat, NarrowAndWideArguments_HaveTheirOwnConversions) {
     BaseString<TypeParam> string;
     string.format(this->text("%hs|%ls|%s").c_str(), "narrow", L"wide", this->text("own").c_str());
     EXPECT_TRUE(string.view() == this->text("narrow|wide|own"));
 }
 
-TYPED_TEST(BaseStringFormat, AUnitZeroFromAnArgument_IsPartOfTheText) {
+TYPED_TEST(BaseStringFormat, ZeroUnitFromAnArgument_IsPartOfTheText) {
     BaseString<TypeParam> string;
     string.format(this->text("a%cb").c_str(), 0);
     EXPECT_TRUE(string.view() == this->text(std::string_view("a\0b", 3)));
@@ -92,7 +91,7 @@ TYPED_TEST(BaseStringFormat, Vformat_TakesAnArgumentList) {
     EXPECT_TRUE(string.view() == this->text("ff 0.5"));
 }
 
-TYPED_TEST(BaseStringFormat, NullFormat_GivesTheBufferBack) {
+TYPED_TEST(BaseStringFormat, NullFormat_ReleasesTheBuffer) {
     BaseString<TypeParam> string(this->text("text").c_str());
     const TypeParam* const null = nullptr;
     EXPECT_EQ(&string.format(null), &string);
@@ -105,8 +104,8 @@ TYPED_TEST(BaseStringFormat, NullFormat_GivesTheBufferBack) {
 
 // ---- Growth ---------------------------------------------------------------------------------------------------------
 
-// A string without a buffer measures first, and reserves one unit more than the text has.
-TYPED_TEST(BaseStringFormat, FirstBuffer_IsMeasured) {
+// A string without a buffer measures the text first. It reserves one unit more than the text has.
+TYPED_TEST(BaseStringFormat, FirstBuffer_FitsTheMeasuredText) {
     for (unsigned int count = 0; count <= 140; ++count) {
         BaseString<TypeParam> string;
         this->fill(string, count);
@@ -115,8 +114,8 @@ TYPED_TEST(BaseStringFormat, FirstBuffer_IsMeasured) {
     }
 }
 
-// What fits with its terminator is rendered into the buffer that is there. A text that fills the buffer exactly has no
-// room for its terminator, and makes the string grow as well.
+// A text that fits with its terminator is rendered into the existing buffer. A text that fills the buffer exactly
+// leaves no space for the terminator, so the string grows.
 TYPED_TEST(BaseStringFormat, Buffer_GrowsWhenTextAndTerminatorDoNotFit) {
     for (const unsigned int start : {16u, 32u, 64u}) {
         for (unsigned int count = 0; count <= 140; ++count) {
@@ -134,7 +133,7 @@ TYPED_TEST(BaseStringFormat, Buffer_GrowsWhenTextAndTerminatorDoNotFit) {
     }
 }
 
-TYPED_TEST(BaseStringFormat, ExactFill_TriggersOneMoreGrowth) {
+TYPED_TEST(BaseStringFormat, ExactFill_GrowsOnce) {
     BaseString<TypeParam> string(this->text("x").c_str());
     ASSERT_EQ(string.capacity(), 16u);
     this->fill(string, 16);
@@ -142,7 +141,7 @@ TYPED_TEST(BaseStringFormat, ExactFill_TriggersOneMoreGrowth) {
     EXPECT_EQ(string.capacity(), 32u);
 }
 
-TYPED_TEST(BaseStringFormat, LongTexts_AreRenderedWhole) {
+TYPED_TEST(BaseStringFormat, LongTexts_AreNotTruncated) {
     for (const unsigned int count : {8000u, 65536u, 1048576u}) {
         BaseString<TypeParam> string;
         const std::basic_string<TypeParam> argument(count, TypeParam{'y'});
@@ -151,7 +150,7 @@ TYPED_TEST(BaseStringFormat, LongTexts_AreRenderedWhole) {
     }
 }
 
-// ---- Arguments in the string itself ---------------------------------------------------------------------------------
+// ---- Arguments that point into the string ---------------------------------------------------------------------------
 
 TYPED_TEST(BaseStringFormat, ArgumentsInTheString_WithAndWithoutGrowth) {
     for (unsigned int length = 1; length <= 40; ++length) {
@@ -165,13 +164,14 @@ TYPED_TEST(BaseStringFormat, ArgumentsInTheString_WithAndWithoutGrowth) {
             const auto expected = this->text("<5:") + model.substr(from) + this->text(":") + model + this->text(">");
             ASSERT_TRUE(string.view() == expected) << length << " units, from " << from;
             string = model.c_str();
-            string.format(this->text("<%s>").c_str(), string.c_str() + from);  // one end of the buffer alone
+            string.format(this->text("<%s>").c_str(),
+                          string.c_str() + from);  // the argument reaches to one end of the buffer only
             ASSERT_TRUE(string.view() == this->text("<") + model.substr(from) + this->text(">"));
         }
     }
 }
 
-TYPED_TEST(BaseStringFormat, ArgumentsInTheString_BehindStarsAndDoubles) {
+TYPED_TEST(BaseStringFormat, ArgumentsInTheString_AfterStarsAndDoubles) {
     BaseString<TypeParam> string(this->text("abcdef").c_str());
     string.format(this->text("%*.*f %.*s").c_str(), 5, 1, 2.5, 3, string.c_str() + 1);
     EXPECT_TRUE(string.view() == this->text("  2.5 bcd"));
@@ -187,7 +187,7 @@ TYPED_TEST(BaseStringFormat, FormatInTheString) {
     EXPECT_TRUE(string.view() == this->text("self and more, said the format itself"));
 }
 
-TYPED_TEST(BaseStringFormat, FormatAndArgumentsElsewhere_ReuseTheBuffer) {
+TYPED_TEST(BaseStringFormat, UnrelatedFormatAndArguments_ReuseTheBuffer) {
     BaseString<TypeParam> string(this->text("0123456789").c_str());
     const TypeParam* const buffer = string.c_str();
     const BaseString<TypeParam> other(this->text("other").c_str());
@@ -209,17 +209,17 @@ TEST(BaseStringFormatOfNarrowText, UnconvertibleWideArgument_ThrowsTheRuntimesRe
     }
 }
 
-TEST(BaseStringFormatOfNarrowText, UnconvertibleWideArgument_BehindLongText) {
+TEST(BaseStringFormatOfNarrowText, UnconvertibleWideArgument_AfterLongText) {
     BaseString<char> string("text");
     expectThrows<Exception>([&] { string.format("%0100d%ls", 1, kUnconvertible); },
                             {unableToFormat(L"%0100d%ls", EILSEQ)});
     EXPECT_TRUE(string.empty());
-    string.format("%d", 12);  // and the string goes on
+    string.format("%d", 12);  // the string remains usable
     EXPECT_TRUE(string == "12");
 }
 
-TYPED_TEST(BaseStringFormat, RefusedConversion_Throws) {
-    // The runtime refuses %n as a bad parameter, which the handler of the library lets pass.
+TYPED_TEST(BaseStringFormat, RejectedConversion_Throws) {
+    // The runtime rejects %n as an invalid parameter. The library's handler ignores that.
     int count = 77;
     for (const bool allocated : {false, true}) {
         BaseString<TypeParam> string;
@@ -233,14 +233,14 @@ TYPED_TEST(BaseStringFormat, RefusedConversion_Throws) {
     EXPECT_EQ(count, 77);
 }
 
-TYPED_TEST(BaseStringFormat, UnrenderableFormatInTheString_LeavesItsText) {
+TYPED_TEST(BaseStringFormat, InvalidFormatInTheString_KeepsItsText) {
     int count = 77;
     BaseString<TypeParam> string(this->text("a%n").c_str());
     expectThrows<Exception>([&] { string.format(string.c_str(), &count); }, {unableToFormat(L"a%n", EINVAL)});
     EXPECT_TRUE(string.view() == this->text("a%n"));
 }
 
-TYPED_TEST(BaseStringFormat, ErrnoIsClearedBeforeTheText) {
+TYPED_TEST(BaseStringFormat, Format_ClearsErrno) {
     BaseString<TypeParam> string;
     for (int round = 0; round < 2; ++round) {  // without a buffer, and with one
         errno = ENOENT;
@@ -249,7 +249,7 @@ TYPED_TEST(BaseStringFormat, ErrnoIsClearedBeforeTheText) {
     }
 }
 
-TYPED_TEST(BaseStringFormat, WithoutTheNullDevice_TheFirstBufferGrowsAsTheFormatterSays) {
+TYPED_TEST(BaseStringFormat, WithoutTheNullDevice_FirstBufferFitsTheRenderedText) {
     const test::ExhaustedStreams none;
     for (const unsigned int count : {0u, 5u, 15u}) {
         BaseString<TypeParam> string;
@@ -259,12 +259,12 @@ TYPED_TEST(BaseStringFormat, WithoutTheNullDevice_TheFirstBufferGrowsAsTheFormat
     }
 }
 
-TYPED_TEST(BaseStringFormat, WithoutTheNullDevice_OnlyWhatFitsIsRendered) {
+TYPED_TEST(BaseStringFormat, WithoutTheNullDevice_LongTextsThrow) {
     BaseString<TypeParam> string(this->text("text").c_str());
     const test::ExhaustedStreams none;
     this->fill(string, 15);
     this->expectZeros(string, 15);
-    this->fill(string, 16);  // the formatter itself tells the size of a text that fills the buffer
+    this->fill(string, 16);  // a text that fills the buffer is measured by the formatter itself
     this->expectZeros(string, 16);
     ASSERT_EQ(string.capacity(), 32u);
     expectThrows<Exception>([&] { this->fill(string, 33); }, {unableToFormat(L"%0*d", EINVAL)});

@@ -1,5 +1,5 @@
 /// \file
-/// `BaseString::reserve`, the single growth point: capacities, what is kept, and what becomes of the length.
+/// `BaseString::reserve`, the only function that grows a string: capacities, the text and the length after growth.
 
 #include <algorithm>
 #include <cstdint>
@@ -30,7 +30,7 @@ struct Case {
     unsigned int capacity;
 };
 
-TYPED_TEST(BaseStringGrowth, Capacity_FromNothing) {
+TYPED_TEST(BaseStringGrowth, Capacity_OfTheFirstBuffer) {
     for (const auto& [count, capacity] : {
              Case{1, 16},
              Case{2, 16},
@@ -43,7 +43,7 @@ TYPED_TEST(BaseStringGrowth, Capacity_FromNothing) {
              Case{1048576, 2 * kMi},
              Case{1048577, 2 * kMi},
              Case{2 * kMi - 2, 2 * kMi},
-             Case{2 * kMi - 1, 3 * kMi},  // the needed size is a whole step: one more is added
+             Case{2 * kMi - 1, 3 * kMi},  // the required size is a whole number of steps: one more is added
              Case{2 * kMi, 3 * kMi},
              Case{3 * kMi - 2, 3 * kMi},
              Case{3 * kMi - 1, 4 * kMi},
@@ -67,7 +67,7 @@ TYPED_TEST(BaseStringGrowth, Capacity_AtEachPowerOfTwo) {
     }
 }
 
-TYPED_TEST(BaseStringGrowth, WithACountAlone_KeepsTheTextAndItsLength) {
+TYPED_TEST(BaseStringGrowth, WithOnlyACount_KeepsTheTextAndItsLength) {
     BaseString<TypeParam> string(test::text<TypeParam>("text").c_str());
     const TypeParam* const buffer = string.reserve(20);
     EXPECT_EQ(buffer, string.data());
@@ -96,7 +96,7 @@ TYPED_TEST(BaseStringGrowth, ReserveZero_AllocatesNothing) {
     EXPECT_EQ(test::fieldsOf(string).length, 0xFFFFFFFFu);
 }
 
-TYPED_TEST(BaseStringGrowth, ReserveZero_EmptiesAndKeepsTheBuffer) {
+TYPED_TEST(BaseStringGrowth, ReserveZero_ClearsTheTextAndKeepsTheBuffer) {
     for (const bool discard : {false, true}) {
         BaseString<TypeParam> string(test::text<TypeParam>("text").c_str());
         TypeParam* const buffer = string.data();
@@ -117,7 +117,7 @@ TYPED_TEST(BaseStringGrowth, Growing_KeepsTextAndKnownLength) {
     EXPECT_EQ(string.capacity(), 128u);
 }
 
-TYPED_TEST(BaseStringGrowth, Growing_KeepsZerosInsideAKnownLength) {
+TYPED_TEST(BaseStringGrowth, Growing_KeepsEmbeddedZerosOfAKnownLength) {
     const auto text = test::text<TypeParam>(std::string_view("a\0bc", 4));
     BaseString<TypeParam> string(text.c_str(), 4);
     string.reserve(100, false);
@@ -134,7 +134,7 @@ TYPED_TEST(BaseStringGrowth, Growing_KeepsTextOfUnknownLength) {
     EXPECT_TRUE(string.view() == text);
 }
 
-TYPED_TEST(BaseStringGrowth, Growing_WithDiscardLeavesTheLengthUnknown) {
+TYPED_TEST(BaseStringGrowth, Growing_WithDiscardMakesTheLengthUnknown) {
     BaseString<TypeParam> string(test::text<TypeParam>("gone").c_str());
     string.reserve(16, true);
     EXPECT_FALSE(test::knowsLength(string));
@@ -143,7 +143,7 @@ TYPED_TEST(BaseStringGrowth, Growing_WithDiscardLeavesTheLengthUnknown) {
     EXPECT_FALSE(test::knowsLength(fresh));
 }
 
-TYPED_TEST(BaseStringGrowth, Growing_FromNothingGivesTheEmptyText) {
+TYPED_TEST(BaseStringGrowth, Growing_WithoutABufferGivesTheEmptyText) {
     BaseString<TypeParam> string;
     string.reserve(20, false);
     EXPECT_EQ(string.c_str()[0], TypeParam{});
@@ -164,7 +164,7 @@ TYPED_TEST(BaseStringGrowth, LargeEnough_KeepsALengthUpToCount) {
     }
 }
 
-TYPED_TEST(BaseStringGrowth, LargeEnough_CutsALongerText) {
+TYPED_TEST(BaseStringGrowth, LargeEnough_TruncatesALongerText) {
     const auto text = test::text<TypeParam>("ten units.");
     for (const bool discard : {false, true}) {
         for (unsigned int count = 1; count < 10; ++count) {
@@ -177,7 +177,8 @@ TYPED_TEST(BaseStringGrowth, LargeEnough_CutsALongerText) {
     }
 }
 
-// All ones is above every count: the length becomes the count, even where the text ends earlier.
+// An unknown length is all ones, which exceeds every count. So the length becomes the count, even if the text is
+// shorter.
 TYPED_TEST(BaseStringGrowth, LargeEnough_SetsAnUnknownLengthToCount) {
     for (const bool discard : {false, true}) {
         for (const unsigned int count : {1u, 3u, 15u}) {
@@ -193,7 +194,7 @@ TYPED_TEST(BaseStringGrowth, LargeEnough_SetsAnUnknownLengthToCount) {
     }
 }
 
-TYPED_TEST(BaseStringGrowth, Append_NeedsLogarithmicallyManyBuffers) {
+TYPED_TEST(BaseStringGrowth, Append_ReallocatesLogarithmicallyOften) {
     BaseString<TypeParam> string;
     std::vector<unsigned int> capacities;
     for (unsigned int i = 0; i < 5000; ++i) {
@@ -205,7 +206,7 @@ TYPED_TEST(BaseStringGrowth, Append_NeedsLogarithmicallyManyBuffers) {
     EXPECT_EQ(capacities, (std::vector<unsigned int>{16, 32, 64, 128, 256, 512, 1024, 2048, 4096, 8192}));
 }
 
-TYPED_TEST(BaseStringGrowth, ACapacityBeyond32Bits_IsRefusedAndNeverWraps) {
+TYPED_TEST(BaseStringGrowth, CapacityBeyond32Bits_ThrowsAndDoesNotWrap) {
     const auto text = test::text<TypeParam>("as it was");
     const std::wstring message =
         L"No more memory is available: -1 objects of size " + std::to_wstring(sizeof(TypeParam)) + L" requested";
@@ -221,7 +222,7 @@ TYPED_TEST(BaseStringGrowth, ACapacityBeyond32Bits_IsRefusedAndNeverWraps) {
     }
 }
 
-TYPED_TEST(BaseStringGrowth, AnAppendBeyond32Bits_IsRefusedAndNeverWraps) {
+TYPED_TEST(BaseStringGrowth, AppendBeyond32Bits_ThrowsAndDoesNotWrap) {
     const auto text = test::text<TypeParam>("as it was");
     BaseString<TypeParam> string(text.c_str());
     const std::wstring message =
@@ -230,7 +231,7 @@ TYPED_TEST(BaseStringGrowth, AnAppendBeyond32Bits_IsRefusedAndNeverWraps) {
     EXPECT_TRUE(string.view() == text);
 }
 
-/// The capacities as the rule is worded, in arithmetic of its own.
+/// An independent implementation of the growth rule.
 std::uint64_t expectedCapacity(std::uint64_t count, std::uint64_t oldCapacity) {
     if (count + 1 <= oldCapacity) {
         return oldCapacity;

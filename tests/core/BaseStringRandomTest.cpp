@@ -1,5 +1,5 @@
 /// \file
-/// `BaseString` against `std::basic_string` over random sequences of operations.
+/// Compares `BaseString` with `std::basic_string` over random sequences of operations.
 
 #include <cstdint>
 #include <random>
@@ -15,7 +15,7 @@ namespace {
 
 using vorel::BaseString;
 
-/// Applies one operation to a string and to its model. Lengths stay below a few thousand units.
+/// Applies each operation to a string and to its model. Lengths stay below a few thousand units.
 template <class T>
 class Twins {
 public:
@@ -57,9 +57,9 @@ private:
 
     unsigned int below(unsigned int limit) { return static_cast<unsigned int>(m_random() % limit); }
 
-    /// Up to `most` units, none of them zero or a percent sign.
-    Model randomText(unsigned int most) {
-        Model text(below(most + 1), T{});
+    /// Up to `maxUnits` units without zeros and percent signs.
+    Model randomText(unsigned int maxUnits) {
+        Model text(below(maxUnits + 1), T{});
         for (T& unit : text) {
             unit = static_cast<T>('0' + below(75));
         }
@@ -73,11 +73,11 @@ private:
     }
 
     void assignTail() {
-        m_last = "assign a tail of the string itself";
+        m_last = "assign a tail of itself";
         if (m_string.c_str()) {
             const unsigned int from = below(m_string.length() + 1);
             m_string = m_string.c_str() + from;
-            m_model = Model(m_model.c_str() + from);  // a text ends at a zero
+            m_model = Model(m_model.c_str() + from);  // the text ends at the first zero
         }
     }
 
@@ -106,7 +106,7 @@ private:
     }
 
     void appendPartOfItself() {
-        m_last = "append a part of the string itself";
+        m_last = "append a part of itself";
         if (m_string.c_str()) {
             const unsigned int from = below(m_string.length() + 1);
             const unsigned int count = below(m_string.length() - from + 1);
@@ -132,11 +132,11 @@ private:
     }
 
     void forgetLength() {
-        m_last = "write a text behind reserve";
+        m_last = "write a text after reserve";
         const Model text = randomText(100) + T{'.'};
         const auto count = static_cast<unsigned int>(text.size());
         text.copy(m_string.reserve(count, true), count);
-        // A buffer that was large enough keeps a smaller length: the text is then as long as it was.
+        // If the buffer was large enough, the string keeps its known length, which the write does not update.
         if (test::knowsLength(m_string)) {
             m_string = BaseString<T>(text.c_str());
         }
@@ -146,7 +146,7 @@ private:
     void formatItself() {
         m_last = "format the string into itself";
         const Model format = test::text<T>("<%s|%d|%s>");
-        const Model before = m_model.substr(0, m_model.find(T{}));  // an argument ends at a zero
+        const Model before = m_model.substr(0, m_model.find(T{}));  // an argument ends at the first zero
         m_string.format(format.c_str(), m_string.view().data(), 42, m_string.view().data());
         m_model = T{'<'} + before + test::text<T>("|42|") + before + T{'>'};
     }
@@ -167,7 +167,7 @@ private:
     std::mt19937 m_random;
     BaseString<T> m_string;
     Model m_model;
-    const char* m_last = "nothing yet";
+    const char* m_last = "none";
 };
 
 template <class T>

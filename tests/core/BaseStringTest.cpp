@@ -1,6 +1,6 @@
 /// \file
-/// The ordinary members of `BaseString`: building, assigning, adding, comparing. Growth and formatting have files of
-/// their own.
+/// Members of `BaseString`: construction, assignment, appending, comparison. BaseStringGrowthTest.cpp tests growth,
+/// BaseStringFormatTest.cpp formatting.
 
 #include "vorel/core/BaseString.h"
 
@@ -36,7 +36,7 @@ protected:
 
     static std::basic_string<T> text(std::string_view units) { return test::text<T>(units); }
 
-    /// Everything that holds for every string, and the text.
+    /// Checks the text and the invariants of a string.
     static void expectText(const String& string, const std::basic_string<T>& expected) {
         EXPECT_EQ(string.length(), expected.size());
         EXPECT_EQ(string.empty(), expected.empty());
@@ -61,7 +61,7 @@ protected:
 
 TYPED_TEST_SUITE(BaseStringTest, test::CharacterTypes, test::CharacterNames);
 
-// ---- Building -------------------------------------------------------------------------------------------------------
+// ---- Construction ---------------------------------------------------------------------------------------------------
 
 TYPED_TEST(BaseStringTest, Default_IsEmptyWithoutABuffer) {
     const BaseString<TypeParam> string;
@@ -101,7 +101,7 @@ TYPED_TEST(BaseStringTest, Text_IsCopiedToItsTerminator) {
     EXPECT_TRUE(test::knowsLength(string));
 }
 
-TYPED_TEST(BaseStringTest, ExplicitLength_KeepsZerosInside) {
+TYPED_TEST(BaseStringTest, ExplicitLength_KeepsEmbeddedZeros) {
     const auto source = this->text(std::string_view("abc\0def", 7));
     const BaseString<TypeParam> string(source.c_str(), 7);
     this->expectText(string, source);
@@ -109,7 +109,7 @@ TYPED_TEST(BaseStringTest, ExplicitLength_KeepsZerosInside) {
     this->expectText(BaseString<TypeParam>(source.c_str(), 2), this->text("ab"));
 }
 
-TYPED_TEST(BaseStringTest, Copy_HasABufferOfItsOwn) {
+TYPED_TEST(BaseStringTest, Copy_HasItsOwnBuffer) {
     BaseString<TypeParam> original(this->text("original").c_str());
     const BaseString<TypeParam> copy(original);
     EXPECT_NE(copy.c_str(), original.c_str());
@@ -117,13 +117,13 @@ TYPED_TEST(BaseStringTest, Copy_HasABufferOfItsOwn) {
     this->expectText(copy, this->text("original"));
 }
 
-TYPED_TEST(BaseStringTest, CopyOfAnEmptiedString_AllocatesNothing) {
+TYPED_TEST(BaseStringTest, CopyOfAClearedString_AllocatesNothing) {
     BaseString<TypeParam> original(this->text("text").c_str());
     original.clear();
     this->expectNeverAllocated(BaseString<TypeParam>(original));
 }
 
-TYPED_TEST(BaseStringTest, Move_TakesTheBufferOver) {
+TYPED_TEST(BaseStringTest, Move_TransfersTheBuffer) {
     BaseString<TypeParam> original(this->text("original").c_str());
     const TypeParam* const buffer = original.c_str();
     const BaseString<TypeParam> taken(std::move(original));
@@ -132,7 +132,7 @@ TYPED_TEST(BaseStringTest, Move_TakesTheBufferOver) {
     this->expectNeverAllocated(original);
 }
 
-// ---- Assigning ------------------------------------------------------------------------------------------------------
+// ---- Assignment -----------------------------------------------------------------------------------------------------
 
 TYPED_TEST(BaseStringTest, AssignText_ReplacesAndReusesTheBuffer) {
     BaseString<TypeParam> string(this->text("fifteen units..").c_str());
@@ -148,7 +148,7 @@ TYPED_TEST(BaseStringTest, AssignText_ReplacesAndReusesTheBuffer) {
     EXPECT_EQ(string.capacity(), 32u);
 }
 
-TYPED_TEST(BaseStringTest, AssignNull_EmptiesAndKeepsTheBuffer) {
+TYPED_TEST(BaseStringTest, AssignNull_ClearsAndKeepsTheBuffer) {
     BaseString<TypeParam> string(this->text("text").c_str());
     const TypeParam* const buffer = string.c_str();
     const TypeParam* const null = nullptr;
@@ -172,7 +172,7 @@ TYPED_TEST(BaseStringTest, AssignTail_OfTheStringItself) {
     this->expectText(string, {});
 }
 
-TYPED_TEST(BaseStringTest, AssignString_CopiesZerosInside) {
+TYPED_TEST(BaseStringTest, AssignString_CopiesEmbeddedZeros) {
     const auto source = this->text(std::string_view("a\0b", 3));
     const BaseString<TypeParam> original(source.c_str(), 3);
     BaseString<TypeParam> string(this->text("old").c_str());
@@ -192,7 +192,7 @@ TYPED_TEST(BaseStringTest, AssignToItself_ChangesNothing) {
     EXPECT_EQ(string.c_str(), buffer);
 }
 
-TYPED_TEST(BaseStringTest, MoveAssign_TakesTheBufferOver) {
+TYPED_TEST(BaseStringTest, MoveAssign_TransfersTheBuffer) {
     BaseString<TypeParam> original(this->text("original").c_str());
     const TypeParam* const buffer = original.c_str();
     BaseString<TypeParam> string(this->text("old").c_str());
@@ -202,7 +202,7 @@ TYPED_TEST(BaseStringTest, MoveAssign_TakesTheBufferOver) {
     this->expectNeverAllocated(original);
 }
 
-// ---- Adding ---------------------------------------------------------------------------------------------------------
+// ---- Appending ------------------------------------------------------------------------------------------------------
 
 TYPED_TEST(BaseStringTest, Append_EveryForm) {
     BaseString<TypeParam> string;
@@ -233,7 +233,7 @@ TYPED_TEST(BaseStringTest, AppendNothing_ChangesNothing) {
     this->expectText(string, this->text("text"));
 }
 
-TYPED_TEST(BaseStringTest, AppendUnitZero_MakesTheStringLonger) {
+TYPED_TEST(BaseStringTest, AppendZeroUnit_IncreasesTheLength) {
     BaseString<TypeParam> string(this->text("ab").c_str());
     string.append(TypeParam{}).append(TypeParam{'c'});
     this->expectText(string, this->text(std::string_view("ab\0c", 4)));
@@ -250,13 +250,13 @@ TYPED_TEST(BaseStringTest, AppendItself_WithAndWithoutGrowth) {
 
 TYPED_TEST(BaseStringTest, AppendPartOfItself_WithAndWithoutGrowth) {
     BaseString<TypeParam> string(this->text("abcdefgh").c_str());
-    string.append(string.c_str() + 5);  // fits; the argument's own terminator is overwritten on the way
+    string.append(string.c_str() + 5);  // fits; copying overwrites the argument's terminator
     this->expectText(string, this->text("abcdefghfgh"));
     string.append(string.c_str() + 2, 6);  // grows
     this->expectText(string, this->text("abcdefghfghcdefgh"));
     string.append(string.c_str()[0]);
     this->expectText(string, this->text("abcdefghfghcdefgha"));
-    string.append(string.c_str() + string.length());  // the terminator: an empty text
+    string.append(string.c_str() + string.length());  // points to the terminator: an empty text
     EXPECT_EQ(string.length(), 18u);
 }
 
@@ -275,9 +275,9 @@ TYPED_TEST(BaseStringTest, AppendPartOfItself_AtEveryLengthAroundTheGrowth) {
     }
 }
 
-// ---- Length, clearing -----------------------------------------------------------------------------------------------
+// ---- Length and clearing --------------------------------------------------------------------------------------------
 
-TYPED_TEST(BaseStringTest, Length_IsCountedOnceAndRemembered) {
+TYPED_TEST(BaseStringTest, Length_IsCountedOnceAndCached) {
     BaseString<TypeParam> string;
     string.reserve(10, true);
     const auto word = this->text("word");
@@ -286,7 +286,7 @@ TYPED_TEST(BaseStringTest, Length_IsCountedOnceAndRemembered) {
     EXPECT_FALSE(test::knowsLength(string));
     EXPECT_EQ(string.length(), 4u);
     EXPECT_TRUE(test::knowsLength(string));
-    string.data()[2] = 0;  // a write behind the string's back does not change what it remembers
+    string.data()[2] = 0;  // a direct write does not change the cached length
     EXPECT_EQ(string.length(), 4u);
 }
 
@@ -309,7 +309,7 @@ TYPED_TEST(BaseStringTest, View_OfAStringWithoutABufferIsNotNull) {
     EXPECT_TRUE(string.view().empty());
 }
 
-// ---- Comparing ------------------------------------------------------------------------------------------------------
+// ---- Comparison -----------------------------------------------------------------------------------------------------
 
 TYPED_TEST(BaseStringTest, Comparison_IsUnitWise) {
     struct Case {
@@ -337,7 +337,7 @@ TYPED_TEST(BaseStringTest, Comparison_IsUnitWise) {
     }
 }
 
-TYPED_TEST(BaseStringTest, Comparison_SeesUnitsBehindAZero) {
+TYPED_TEST(BaseStringTest, Comparison_IncludesUnitsAfterAZero) {
     const auto a = this->text(std::string_view("a\0b", 3));
     const auto b = this->text(std::string_view("a\0c", 3));
     const BaseString<TypeParam> first(a.c_str(), 3);
@@ -347,7 +347,7 @@ TYPED_TEST(BaseStringTest, Comparison_SeesUnitsBehindAZero) {
     EXPECT_TRUE(first != a.c_str()) << "a null-terminated text ends at the zero";
 }
 
-TYPED_TEST(BaseStringTest, Comparison_NullTextEqualsTheEmptyString) {
+TYPED_TEST(BaseStringTest, Comparison_NullEqualsTheEmptyString) {
     const TypeParam* const null = nullptr;
     const BaseString<TypeParam> fresh;
     BaseString<TypeParam> emptied(this->text("x").c_str());
@@ -368,9 +368,9 @@ TEST(BaseStringOfWideText, ComparesUnitsAsUnsigned) {
     EXPECT_TRUE(BaseString<wchar_t>(L"\x00FF") < BaseString<wchar_t>(L"\x0100"));
 }
 
-// ---- The boundary between modules -----------------------------------------------------------------------------------
+// ---- Module boundary ------------------------------------------------------------------------------------------------
 
-TYPED_TEST(BaseStringTest, Buffer_MayBeHandedBetweenModules) {
+TYPED_TEST(BaseStringTest, Buffer_CanBePassedBetweenModules) {
     auto* const block = static_cast<TypeParam*>(std::malloc(8 * sizeof(TypeParam)));
     if (!block) {
         FAIL();

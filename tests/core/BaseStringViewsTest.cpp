@@ -1,5 +1,5 @@
 /// \file
-/// `BaseString` and the standard library's views, hashes and loops.
+/// `BaseString` with the standard library's views and hashes, and range-based loops.
 
 #include <cstddef>
 #include <numeric>
@@ -28,30 +28,30 @@ protected:
 
     static std::basic_string<T> text(std::string_view units) { return test::text<T>(units); }
 
-    /// What a function gets that asks for a view.
+    /// Converts its argument to a view.
     static View passed(View view) { return view; }
 };
 
 TYPED_TEST_SUITE(BaseStringViews, test::CharacterTypes, test::CharacterNames);
 
-TYPED_TEST(BaseStringViews, IsBuiltFromAViewWithZerosInside) {
+TYPED_TEST(BaseStringViews, Construction_FromAViewKeepsEmbeddedZeros) {
     const auto source = this->text(std::string_view("a\0bcd", 5));
     const std::basic_string_view<TypeParam> view(source.data(), 4);
     const BaseString<TypeParam> string(view);
     EXPECT_EQ(string.length(), 4u);
     EXPECT_TRUE(string.view() == view);
-    EXPECT_EQ(string.c_str()[4], TypeParam{}) << "terminated, though the view is not";
+    EXPECT_EQ(string.c_str()[4], TypeParam{}) << "the string is terminated, the view is not";
     EXPECT_EQ(BaseString<TypeParam>(std::basic_string_view<TypeParam>()).c_str(), nullptr);
 }
 
-TYPED_TEST(BaseStringViews, IsNoViewByAccident) {
+TYPED_TEST(BaseStringViews, Conversion_IsImplicitOnlyToAView) {
     EXPECT_FALSE((std::is_convertible_v<std::basic_string_view<TypeParam>, BaseString<TypeParam>>))
-        << "a copy is to be seen in the code";
+        << "a copy must be explicit";
     EXPECT_TRUE((std::is_convertible_v<const BaseString<TypeParam>&, std::basic_string_view<TypeParam>>));
     EXPECT_TRUE((std::is_nothrow_convertible_v<const BaseString<TypeParam>&, std::basic_string_view<TypeParam>>));
 }
 
-TYPED_TEST(BaseStringViews, TakesAViewInPlace) {
+TYPED_TEST(BaseStringViews, Assignment_OfAViewReusesTheBuffer) {
     const auto source = this->text("one two");
     BaseString<TypeParam> string(this->text("fifteen units..").c_str());
     const TypeParam* const buffer = string.c_str();
@@ -65,7 +65,7 @@ TYPED_TEST(BaseStringViews, TakesAViewInPlace) {
     EXPECT_EQ(string.c_str(), buffer);
 }
 
-TYPED_TEST(BaseStringViews, IsAddedToByViewsAndStandardStrings) {
+TYPED_TEST(BaseStringViews, Append_AcceptsViewsAndStandardStrings) {
     const auto source = this->text("one two");
     BaseString<TypeParam> string;
     string.append(std::basic_string_view<TypeParam>(source.data(), 4)) += source;
@@ -76,7 +76,7 @@ TYPED_TEST(BaseStringViews, IsAddedToByViewsAndStandardStrings) {
     EXPECT_EQ(string.length(), 14u);
 }
 
-TYPED_TEST(BaseStringViews, GoesWhereAViewIsAskedFor) {
+TYPED_TEST(BaseStringViews, Conversion_ToAViewIsImplicit) {
     const auto source = this->text("text");
     const BaseString<TypeParam> string(source.c_str());
     EXPECT_TRUE(this->passed(string) == source);
@@ -88,19 +88,19 @@ TYPED_TEST(BaseStringViews, GoesWhereAViewIsAskedFor) {
     EXPECT_EQ(std::basic_string<TypeParam>(string), source);
 }
 
-TYPED_TEST(BaseStringViews, RefusesAViewLongerThanAnyString) {
+TYPED_TEST(BaseStringViews, ViewLongerThanAnyString_Throws) {
     const auto source = this->text("x");
     for (const std::size_t size : {std::size_t{0xFFFFFFFF}, std::size_t{0x100000001}}) {
-        const std::basic_string_view<TypeParam> endless(source.data(), size);
+        const std::basic_string_view<TypeParam> tooLong(source.data(), size);
         BaseString<TypeParam> string(source.c_str());
-        EXPECT_THROW(BaseString<TypeParam>{endless}, vorel::MemoryException);
-        EXPECT_THROW(string = endless, vorel::MemoryException);
-        EXPECT_THROW(string.append(endless), vorel::MemoryException);
+        EXPECT_THROW(BaseString<TypeParam>{tooLong}, vorel::MemoryException);
+        EXPECT_THROW(string = tooLong, vorel::MemoryException);
+        EXPECT_THROW(string.append(tooLong), vorel::MemoryException);
         EXPECT_TRUE(string == source.c_str());
     }
 }
 
-TYPED_TEST(BaseStringViews, HashesAsItsView) {
+TYPED_TEST(BaseStringViews, Hash_EqualsThatOfTheView) {
     const BaseString<TypeParam> string(this->text("text").c_str());
     const std::hash<BaseString<TypeParam>> hash;
     EXPECT_EQ(hash(string), std::hash<std::basic_string_view<TypeParam>>()(string.view()));
@@ -113,7 +113,7 @@ TYPED_TEST(BaseStringViews, HashesAsItsView) {
     EXPECT_EQ(counts[string], 2);
 }
 
-TEST(ArrayLoops, PassesEveryElementInOrder) {
+TEST(ArrayLoops, VisitEveryElementInOrder) {
     vorel::Array<int> numbers;
     for (int number = 1; number != 5; ++number) {
         numbers.append(number);

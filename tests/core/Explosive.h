@@ -1,5 +1,5 @@
 /// \file
-/// A value whose destructor fails, for tests of what owns values.
+/// A value with a throwing destructor, for tests of containers.
 #pragma once
 
 #include <string>
@@ -15,23 +15,23 @@ enum class Explosion {
     Foreign,  ///< `ForeignFailure{number}`
 };
 
-/// What is not an exception of the library.
+/// An exception that is not a library exception.
 struct ForeignFailure {
     int number;
 };
 
-/// A value that is counted while it lives. Copies have its number; they never explode.
+/// Counts its live objects. A copy has the same number and never throws.
 struct Explosive {
     Explosive() noexcept { ++s_alive; }
     explicit Explosive(int value) noexcept : number(value) { ++s_alive; }
     Explosive(const Explosive& other) noexcept : number(other.number) { ++s_alive; }
-    // cppcheck-suppress operatorEqVarError ; copies never explode
+    // cppcheck-suppress operatorEqVarError ; copies never throw
     Explosive& operator=(const Explosive& other) noexcept {
         number = other.number;
         return *this;
     }
 
-    // NOLINTBEGIN(bugprone-exception-escape): its failure is what it is for
+    // NOLINTBEGIN(bugprone-exception-escape): throwing is its purpose
     ~Explosive() noexcept(false) {
         --s_alive;
         switch (explosion) {
@@ -48,12 +48,12 @@ struct Explosive {
     static inline int s_alive = 0;
 };
 
-/// The message of the failure of the value `number`.
+/// The message of the exception that the value `number` throws.
 inline std::wstring explosionOf(int number) {
     return L"No more memory is available: " + std::to_wstring(number) + L" objects of size 2 requested";
 }
 
-/// The same as a line of the log.
+/// The log line of the exception that the value `number` throws.
 inline std::string explosionLine(int number) {
     return "Vorel Error: No more memory is available: " + std::to_string(number) + " objects of size 2 requested";
 }

@@ -37,7 +37,7 @@ TYPED_TEST(CalculateSnprintFBufferSize, CountsUnitsWithoutTheTerminator) {
     EXPECT_EQ(measure(this->text("%20.3f|").c_str(), 1.0), 21);
 }
 
-TYPED_TEST(CalculateSnprintFBufferSize, OfNoFormatIsUnknown) {
+TYPED_TEST(CalculateSnprintFBufferSize, IsMinusOneForNull) {
     EXPECT_EQ(measure(static_cast<const TypeParam*>(nullptr)), -1);
 }
 
@@ -49,7 +49,7 @@ TYPED_TEST(CalculateSnprintFBufferSize, HasNoLimit) {
     }
 }
 
-TYPED_TEST(CalculateSnprintFBufferSize, IsNegativeForARefusedConversion) {
+TYPED_TEST(CalculateSnprintFBufferSize, IsNegativeForARejectedConversion) {
     int count = 77;
     EXPECT_LT(measure(this->text("abc%n").c_str(), &count), 0);
     EXPECT_EQ(count, 77);
@@ -64,7 +64,7 @@ TYPED_TEST(CalculateSnprintFBufferSize, IsNegativeWithoutTheNullDevice) {
 }
 
 TYPED_TEST(CalculateSnprintFBufferSize, ReleasesTheNullDevice) {
-    for (int i = 0; i < 1000; ++i) {  // about twice the streams that the runtime has
+    for (int i = 0; i < 1000; ++i) {  // about twice the number of streams of the runtime
         ASSERT_EQ(measure(this->text("abc").c_str()), 3);
     }
 }

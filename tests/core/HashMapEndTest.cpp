@@ -1,5 +1,5 @@
 /// \file
-/// How a hash map releases its nodes, by `clear` and at its end, when the destructors of values fail.
+/// `HashMap::clear` and the destructor when the destructors of values throw.
 
 #include <stdexcept>
 #include <vector>
@@ -27,7 +27,7 @@ using vorel::MemoryException;
 using ExplosiveMap = vorel::HashMap<int, Explosive>;
 using Texts = std::vector<std::string>;
 
-/// What the values of a map do, in the order in which they are released; the last three are in nodes set aside.
+/// What the destructor of each value throws, in the order of release. The last three values are in spare nodes.
 constexpr unsigned int kValues = 9;
 constexpr unsigned int kSpare = 3;
 using Explosions = Explosion[kValues];
@@ -36,7 +36,7 @@ constexpr Explosion kQuiet = Explosion::None;
 constexpr Explosion kLibrary = Explosion::Library;
 constexpr Explosion kForeign = Explosion::Foreign;
 
-/// Fills a map with the values 1 to 9: the first four in a bucket each, then two in one, newest first.
+/// Fills a map with the values 1 to 9: 1 to 4 have a bucket each, 5 and 6 share one, 7 to 9 are in spare nodes.
 void fill(ExplosiveMap& map, const Explosions& explosions) {
     static constexpr int kHashes[kValues] = {0, 1, 2, 3, 4, 4, 6, 6, 6};
     for (int value = kValues; value > 0; --value) {
@@ -52,8 +52,8 @@ void fill(ExplosiveMap& map, const Explosions& explosions) {
 struct Case {
     const char* why;
     Explosions explosions;
-    std::vector<std::wstring> messages;  ///< on the exception that leaves `clear`; none: not a library exception
-    Texts lines;                         ///< that `clear` writes to the log
+    std::vector<std::wstring> messages;  ///< of the exception that `clear` throws; none: not a library exception
+    Texts lines;                         ///< the lines that `clear` logs
 };
 
 const Case kCases[] = {
@@ -73,19 +73,19 @@ const Case kCases[] = {
      {kQuiet, kQuiet, kQuiet, kQuiet, kQuiet, kQuiet, kLibrary, kQuiet, kLibrary},
      {explosionOf(7)},
      {explosionLine(7), explosionLine(9), "Vorel Error: HashMap::~HashMap: Vorel exception suppressed"}},
-    {"several of both kinds",
+    {"several exceptions of both kinds",
      {kQuiet, kLibrary, kForeign, kQuiet, kLibrary, kQuiet, kQuiet, kForeign, kQuiet},
      {explosionOf(2)},
      {explosionLine(2), "Vorel Error: HashMap::~HashMap: Severe error suppressed", explosionLine(5),
       "Vorel Error: HashMap::~HashMap: Vorel exception suppressed",
       "Vorel Error: HashMap::~HashMap: Severe error suppressed"}},
-    {"not a library exception first",
+    {"another exception first",
      {kForeign, kQuiet, kQuiet, kLibrary, kQuiet, kQuiet, kQuiet, kQuiet, kQuiet},
      {},
      {explosionLine(4), "Vorel Error: HashMap::~HashMap: Vorel exception suppressed"}},
 };
 
-TEST(HashMapEnd, Clear_ReleasesEveryNodeAndThenPassesTheFirstFailureOn) {
+TEST(HashMapEnd, Clear_ReleasesEveryNodeAndThenRethrowsTheFirstFailure) {
     for (const Case& c : kCases) {
         SCOPED_TRACE(c.why);
         ExplosiveMap map(31);
@@ -107,7 +107,7 @@ TEST(HashMapEnd, Clear_ReleasesEveryNodeAndThenPassesTheFirstFailureOn) {
     }
 }
 
-TEST(HashMapEnd, Destructor_ReleasesEveryNodeAndThenThrowsTheFirstFailureOn) {
+TEST(HashMapEnd, Destructor_ReleasesEveryNodeAndThenRethrowsTheFirstFailure) {
     for (const Case& c : kCases) {
         SCOPED_TRACE(c.why);
         const test::TemporaryLog log;
@@ -130,7 +130,7 @@ TEST(HashMapEnd, Destructor_ReleasesEveryNodeAndThenThrowsTheFirstFailureOn) {
     }
 }
 
-TEST(HashMapEnd, Destructor_OnlyRecordsFailuresWhileAnotherUnwinds) {
+TEST(HashMapEnd, Destructor_OnlyRecordsFailuresDuringUnwinding) {
     const test::TemporaryLog log;
     const auto unwind = [] {
         ExplosiveMap map(31);

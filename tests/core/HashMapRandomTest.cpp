@@ -1,6 +1,6 @@
 /// \file
-/// `HashMap` against a plain model over random sequences of operations: for each hash, a list of entries in the order
-/// in which they are found.
+/// Compares `HashMap` with a model over random sequences of operations. The model has a list of entries per hash, in
+/// search order.
 
 #include <algorithm>
 #include <cstdint>
@@ -58,7 +58,7 @@ private:
 
     unsigned int below(unsigned int limit) { return static_cast<unsigned int>(m_random() % limit); }
 
-    /// Few keys and fewer hashes, so that both collide.
+    /// Few keys and even fewer hashes, so both collide.
     int randomKey() { return static_cast<int>(below(40)); }
     static std::uint64_t hashOf(int key) { return static_cast<std::uint64_t>(key % 17) * 0x9E3779B97F4A7C15; }
 
@@ -115,7 +115,7 @@ private:
         m_size = 0;
     }
 
-    /// Growing moves each chain from its head to the heads of the new ones, and so turns it around.
+    /// Growth moves each chain from its head to the heads of the new chains, which reverses its order.
     void grow(unsigned int count) {
         if (count > m_buckets) {
             m_buckets = count;

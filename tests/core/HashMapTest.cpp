@@ -25,7 +25,7 @@ using NameMap = HashMap<const char*, unsigned int, NameEqual>;
 std::map<int, int> entriesOf(const NumberMap& map) {
     std::map<int, int> entries;
     for (auto it = map.begin(); !(it == map.end()); ++it) {
-        EXPECT_TRUE(entries.emplace(it.key(), it.value()).second) << it.key() << " came twice";
+        EXPECT_TRUE(entries.emplace(it.key(), it.value()).second) << it.key() << " was visited twice";
     }
     return entries;
 }
@@ -85,9 +85,9 @@ TEST(HashMap, NodeFields_AreNextHashKeyValue) {
 
 static_assert(sizeof(NumberMap::Iterator) == 3 * sizeof(void*), "the map, the bucket's slot, the node");
 
-// ---- Putting and finding --------------------------------------------------------------------------------------------
+// ---- Insertion and search -------------------------------------------------------------------------------------------
 
-TEST(HashMap, Put_ReturnsThePlaceOfTheNewEntry) {
+TEST(HashMap, Put_ReturnsAnIteratorToTheNewEntry) {
     NumberMap map(31);
     const auto place = map.put(100, 7, 70);
     EXPECT_EQ(place.key(), 7);
@@ -98,16 +98,16 @@ TEST(HashMap, Put_ReturnsThePlaceOfTheNewEntry) {
     EXPECT_EQ(map.find(7, 100).value(), 71);
 }
 
-TEST(HashMap, Find_OfAMissingKeyReturnsTheEnd) {
+TEST(HashMap, Find_ReturnsEndForAMissingKey) {
     NumberMap map(31);
     EXPECT_TRUE(map.find(7, 100) == map.end());
     map.put(100, 7, 70);
-    EXPECT_TRUE(map.find(8, 100) == map.end()) << "same hash, another key";
-    EXPECT_TRUE(map.find(7, 131) == map.end()) << "same key and same bucket, another hash";
-    EXPECT_TRUE(map.find(7, 101) == map.end()) << "another bucket";
+    EXPECT_TRUE(map.find(8, 100) == map.end()) << "same hash, different key";
+    EXPECT_TRUE(map.find(7, 131) == map.end()) << "same key and bucket, different hash";
+    EXPECT_TRUE(map.find(7, 101) == map.end()) << "different bucket";
 }
 
-TEST(HashMap, Find_TellsKeysOfOneHashApart) {
+TEST(HashMap, Find_DistinguishesKeysWithTheSameHash) {
     NameMap map(31);
     map.put(5, "first", 1);
     map.put(5, "second", 2);
@@ -155,7 +155,7 @@ TEST(HashMap, Iteration_VisitsEveryEntryOnce) {
     }
 }
 
-TEST(HashMap, Iteration_FindsTheOnlyEntryInTheFirstAndInTheLastBucket) {
+TEST(HashMap, Iteration_FindsASingleEntryInTheFirstOrLastBucket) {
     for (const std::uint64_t hash : {0u, 30u}) {
         NumberMap map(31);
         map.put(hash, 1, 2);
@@ -163,7 +163,7 @@ TEST(HashMap, Iteration_FindsTheOnlyEntryInTheFirstAndInTheLastBucket) {
     }
 }
 
-// ---- Growing --------------------------------------------------------------------------------------------------------
+// ---- Growth ---------------------------------------------------------------------------------------------------------
 
 TEST(HashMap, GrowAt_IsThreeQuartersOfTheBucketsTruncated) {
     struct Case {
@@ -178,7 +178,7 @@ TEST(HashMap, GrowAt_IsThreeQuartersOfTheBucketsTruncated) {
     }
 }
 
-TEST(HashMap, FourBuckets_TheFourthInsertionGrowsTo11) {
+TEST(HashMap, Growth_From4To11BucketsAtTheFourthInsertion) {
     NumberMap map(4);
     for (int key = 0; key < 3; ++key) {
         map.put(static_cast<std::uint64_t>(key), key, key);
@@ -191,7 +191,7 @@ TEST(HashMap, FourBuckets_TheFourthInsertionGrowsTo11) {
     EXPECT_EQ(map.size(), 4u);
 }
 
-TEST(HashMap, Growth_GoesToThePrimeAboveTwiceTheBuckets) {
+TEST(HashMap, Growth_ChoosesThePrimeAboveTwiceTheBuckets) {
     struct Case {
         unsigned int from;
         unsigned int to;
@@ -203,7 +203,7 @@ TEST(HashMap, Growth_GoesToThePrimeAboveTwiceTheBuckets) {
             map.put(0, key, key);
         }
         EXPECT_EQ(map.bucketCount(), to) << from;
-        EXPECT_EQ(map.size(), from * 3 / 4 + 1) << "grown by the first insertion at the threshold";
+        EXPECT_EQ(map.size(), from * 3 / 4 + 1) << "the first insertion at the threshold grows the map";
     }
 }
 
@@ -234,8 +234,8 @@ TEST(HashMap, Resize_GrowsAndNeverShrinks) {
     EXPECT_EQ(map.find(1, 1).value(), 10);
 }
 
-// Chains are moved from their heads to the heads of the new ones: two entries of one key change places.
-TEST(HashMap, Resize_TurnsTheOrderOfAChainAround) {
+// Each chain moves from its head to the heads of the new chains, so two entries with the same key change their order.
+TEST(HashMap, Resize_ReversesTheOrderOfAChain) {
     NumberMap map(5);
     map.put(1, 7, 70);
     map.put(1, 7, 71);
@@ -245,9 +245,9 @@ TEST(HashMap, Resize_TurnsTheOrderOfAChainAround) {
     EXPECT_EQ(map.find(7, 1).value(), 71);
 }
 
-// ---- No buckets -----------------------------------------------------------------------------------------------------
+// ---- Maps without buckets -------------------------------------------------------------------------------------------
 
-TEST(HashMap, WithoutBuckets_EveryOperationSaysSo) {
+TEST(HashMap, WithoutBuckets_OperationsThrow) {
     NumberMap map;
     EXPECT_EQ(map.bucketCount(), 0u);
     EXPECT_TRUE(map.begin() == map.end());
@@ -264,20 +264,20 @@ TEST(HashMap, WithoutBuckets_EveryOperationSaysSo) {
     EXPECT_EQ(map.find(1, 1).value(), 10);
 }
 
-TEST(HashMap, Failures_AreLoggedAtOnce) {
+TEST(HashMap, Failures_AreLoggedImmediately) {
     const test::TemporaryLog log;
     NumberMap map;
     EXPECT_THROW(static_cast<void>(map.find(1, 1)), Exception);
     EXPECT_THAT(log.messages(), ::testing::ElementsAre("Vorel Error: Tried to find in a hash map with 0 buckets"));
 }
 
-// ---- Removing, spare nodes ------------------------------------------------------------------------------------------
+// ---- Removal and spare nodes ----------------------------------------------------------------------------------------
 
-TEST(HashMap, Remove_SaysWhetherThereWasAnEntry) {
+TEST(HashMap, Remove_ReturnsWhetherItFoundAnEntry) {
     NumberMap map(5);
     map.put(1, 1, 10);
     EXPECT_FALSE(map.remove(2, 1));
-    EXPECT_FALSE(map.remove(1, 6)) << "the same bucket, another hash";
+    EXPECT_FALSE(map.remove(1, 6)) << "same bucket, different hash";
     EXPECT_TRUE(map.remove(1, 1));
     EXPECT_FALSE(map.remove(1, 1));
     EXPECT_EQ(map.size(), 0u);
@@ -297,7 +297,7 @@ TEST(HashMap, Remove_FromTheHeadTheMiddleAndTheEndOfAChain) {
     }
 }
 
-TEST(HashMap, SpareNodes_AreUsedAgainNewestFirst) {
+TEST(HashMap, SpareNodes_AreReusedNewestFirst) {
     NumberMap map(31);
     const int* const first = &map.put(1, 1, 10).value();
     const int* const second = &map.put(2, 2, 20).value();

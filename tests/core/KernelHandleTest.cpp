@@ -15,7 +15,7 @@ using vorel::detail::KernelHandle;
 static_assert(sizeof(KernelHandle) == sizeof(HANDLE));
 static_assert(!std::is_copy_constructible_v<KernelHandle> && !std::is_copy_assignable_v<KernelHandle>);
 static_assert(std::is_nothrow_move_constructible_v<KernelHandle> && std::is_nothrow_move_assignable_v<KernelHandle>);
-static_assert(!std::is_convertible_v<void*, KernelHandle>, "nothing is taken over by accident");
+static_assert(!std::is_convertible_v<void*, KernelHandle>, "taking ownership must be explicit");
 
 constexpr DWORD kSomeError = 1234;
 
@@ -28,15 +28,15 @@ bool isOpen(HANDLE handle) {
     return GetHandleInformation(handle, &flags) != FALSE;
 }
 
-/// Looks like a handle, and is none.
-HANDLE noHandle() {
+/// The value of a handle that is already closed.
+HANDLE closedHandle() {
     HANDLE handle = makeEvent();
     CloseHandle(handle);
-    // cppcheck-suppress deallocret; that is the subject
+    // cppcheck-suppress deallocret; the test needs an invalid handle
     return handle;
 }
 
-TEST(KernelHandle, OwnsNothingAtFirst) {
+TEST(KernelHandle, Default_OwnsNothing) {
     const KernelHandle none;
     EXPECT_EQ(none.get(), nullptr);
     EXPECT_FALSE(none);
@@ -44,7 +44,7 @@ TEST(KernelHandle, OwnsNothingAtFirst) {
     EXPECT_FALSE(ofNull);
 }
 
-TEST(KernelHandle, ClosesItsHandleAtItsEnd) {
+TEST(KernelHandle, Destructor_ClosesTheHandle) {
     HANDLE const event = makeEvent();
     {
         const KernelHandle owner(event);
@@ -55,7 +55,7 @@ TEST(KernelHandle, ClosesItsHandleAtItsEnd) {
     EXPECT_FALSE(isOpen(event));
 }
 
-TEST(KernelHandle, Close_ClosesOnceAndOwnsNothingAfterwards) {
+TEST(KernelHandle, Close_ClosesOnce) {
     HANDLE const event = makeEvent();
     KernelHandle owner(event);
     EXPECT_TRUE(owner.close());
@@ -63,7 +63,7 @@ TEST(KernelHandle, Close_ClosesOnceAndOwnsNothingAfterwards) {
     EXPECT_FALSE(owner);
     EXPECT_EQ(owner.get(), nullptr);
     SetLastError(kSomeError);
-    EXPECT_TRUE(owner.close()) << "there is nothing to close any more";
+    EXPECT_TRUE(owner.close()) << "nothing is left to close";
     EXPECT_EQ(GetLastError(), kSomeError);
 }
 
@@ -76,7 +76,7 @@ TEST(KernelHandle, Close_KeepsTheLastError) {
     EXPECT_EQ(error, kSomeError);
 }
 
-TEST(KernelHandle, ItsEndKeepsTheLastError) {
+TEST(KernelHandle, Destructor_KeepsTheLastError) {
     for (const bool owning : {true, false}) {
         auto owner = std::make_unique<KernelHandle>(owning ? makeEvent() : nullptr);
         SetLastError(kSomeError);
@@ -87,18 +87,18 @@ TEST(KernelHandle, ItsEndKeepsTheLastError) {
     }
 }
 
-TEST(KernelHandle, Close_ThatIsRefusedSaysWhyAndOwnsNothingAfterwards) {
-    KernelHandle owner(noHandle());
+TEST(KernelHandle, Close_OfAnInvalidHandleSetsTheLastErrorAndOwnsNothing) {
+    KernelHandle owner(closedHandle());
     SetLastError(kSomeError);
     const bool closed = owner.close();
     const DWORD error = GetLastError();
     EXPECT_FALSE(closed);
     EXPECT_EQ(error, DWORD{ERROR_INVALID_HANDLE});
-    EXPECT_FALSE(owner) << "a second attempt could close another's handle";
+    EXPECT_FALSE(owner) << "a second attempt might close a reused handle";
     EXPECT_TRUE(owner.close());
 }
 
-TEST(KernelHandle, Release_GivesTheHandleAwayUnclosed) {
+TEST(KernelHandle, Release_ReturnsTheOpenHandle) {
     HANDLE const event = makeEvent();
     {
         KernelHandle owner(event);
@@ -110,7 +110,7 @@ TEST(KernelHandle, Release_GivesTheHandleAwayUnclosed) {
     CloseHandle(event);
 }
 
-TEST(KernelHandle, AMoveTakesTheHandle) {
+TEST(KernelHandle, Move_TransfersTheHandle) {
     HANDLE const event = makeEvent();
     KernelHandle first(event);
     {
@@ -122,7 +122,7 @@ TEST(KernelHandle, AMoveTakesTheHandle) {
     EXPECT_FALSE(isOpen(event));
 }
 
-TEST(KernelHandle, Assignment_LeavesTheHandleThatWasThereToTheSource) {
+TEST(KernelHandle, Assignment_ClosesTheOldHandle) {
     HANDLE const oldEvent = makeEvent();
     HANDLE const newEvent = makeEvent();
     KernelHandle owner(oldEvent);
@@ -132,7 +132,7 @@ TEST(KernelHandle, Assignment_LeavesTheHandleThatWasThereToTheSource) {
     EXPECT_FALSE(isOpen(oldEvent));
 }
 
-TEST(KernelHandle, Assignment_OfNothingGivesTheHandleUp) {
+TEST(KernelHandle, Assignment_OfAnEmptyOwnerClosesTheHandle) {
     HANDLE const event = makeEvent();
     KernelHandle owner(event);
     owner = KernelHandle();

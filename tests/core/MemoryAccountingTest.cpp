@@ -20,7 +20,7 @@ using vorel::AllocSpy;
 using vorel::LeakDetector;
 using vorel::MemAllocInfo;
 
-static_assert(std::is_empty_v<AllocBase>, "a client class does not grow by its base");
+static_assert(std::is_empty_v<AllocBase>, "the base adds no bytes to a client class");
 static_assert(std::is_abstract_v<AllocSpy> && std::has_virtual_destructor_v<AllocSpy>);
 static_assert(std::is_standard_layout_v<MemAllocInfo> && std::is_standard_layout_v<LeakDetector>);
 static_assert(sizeof(MemAllocInfo) == 144 && offsetof(MemAllocInfo, allocatedTotal) == 0 &&
@@ -29,7 +29,7 @@ static_assert(MemAllocInfo::kCounters == 32 && sizeof(MemAllocInfo::counters) ==
 static_assert(std::is_nothrow_copy_assignable_v<MemAllocInfo> && std::is_nothrow_move_assignable_v<MemAllocInfo>);
 static_assert(std::is_copy_assignable_v<LeakDetector>);
 
-/// A client class, which reaches what is protected.
+/// A client class with access to the protected members.
 struct Client : AllocBase {
     using AllocBase::_alloc;
     using AllocBase::_free;
@@ -38,7 +38,7 @@ struct Client : AllocBase {
     using AllocBase::registeredSpy;
 };
 
-/// Counts how often it is called.
+/// Counts its calls.
 class CountingSpy : public AllocSpy {
 public:
     void allocated(void*, unsigned long long) override { ++allocations; }
@@ -50,7 +50,7 @@ public:
     int reports = 0;
 };
 
-/// Nobody is registered before or after a test.
+/// Registers no spy before and after each test.
 class AllocationSpies : public testing::Test {
 protected:
     ~AllocationSpies() override { AllocBase::registerSpy(nullptr); }
@@ -58,7 +58,7 @@ protected:
 
 // ---- Allocation ----
 
-TEST(AllocBase, ABlockIsOneOfTheRuntimesHeap) {
+TEST(AllocBase, BlocksComeFromTheHeapOfTheRuntime) {
     void* const block = Client::_alloc(100);
     ASSERT_NE(block, nullptr);
     std::memset(block, 0x5A, 100);
@@ -67,11 +67,11 @@ TEST(AllocBase, ABlockIsOneOfTheRuntimesHeap) {
     Client::_free(Client::_alloc(1));
 }
 
-TEST(AllocBase, NothingIsFreedWithoutHarm) {
+TEST(AllocBase, Free_IgnoresNull) {
     Client::_free(nullptr);
 }
 
-TEST(AllocBase, NoBytesAreWhatTheRuntimeMakesOfThem) {
+TEST(AllocBase, Alloc_OfZeroBytesReturnsWhatMallocReturns) {
     void* const ours = Client::_alloc(0);
     void* const runtimes = std::malloc(0);
     EXPECT_EQ(ours == nullptr, runtimes == nullptr);
@@ -79,18 +79,18 @@ TEST(AllocBase, NoBytesAreWhatTheRuntimeMakesOfThem) {
     std::free(runtimes);
 }
 
-TEST(AllocBase, NoMemoryIsANullThatIsPassedBack) {
+TEST(AllocBase, Alloc_ReturnsNullWithoutMemory) {
     for (const unsigned long long size : {~0ull, ~0ull - 1, 1ull << 63, 1ull << 60}) {
         EXPECT_EQ(Client::_alloc(size), nullptr) << size;
     }
 }
 
-TEST(AllocBase, TextsForClientsAreTheInterfaces) {
+TEST(AllocBase, MessageTextsForClientsAreFixed) {
     EXPECT_STREQ(Client::msgConstructorError, L"Error when calling class constructor.");
     EXPECT_STREQ(Client::msgCopyConstructorError, L"Error when calling class copy constructor.");
 }
 
-/// As the header shows it.
+/// The example in the header.
 class Node : public AllocBase {
 public:
     static void* operator new(std::size_t size) { return _alloc(size); }
@@ -99,7 +99,7 @@ public:
     Node* next = nullptr;
 };
 
-TEST(AllocBase, AClientClassLivesInIt) {
+TEST(AllocBase, ClientClassesMayUseItInOperatorNew) {
     static_assert(sizeof(Node) == sizeof(Node*));
     const auto last = std::make_unique<Node>();
     const auto first = std::make_unique<Node>();
@@ -107,7 +107,7 @@ TEST(AllocBase, AClientClassLivesInIt) {
     EXPECT_EQ(first->next->next, nullptr);
 }
 
-TEST(AllocBase, AllocatesOnManyThreads) {
+TEST(AllocBase, Alloc_WorksOnManyThreads) {
     const auto work = [] {
         for (unsigned long long size = 0; size < 2000; ++size) {
             void* const block = Client::_alloc(size + 1);
@@ -127,11 +127,11 @@ TEST(AllocBase, AllocatesOnManyThreads) {
 
 // ---- The spy ----
 
-TEST_F(AllocationSpies, NoneIsThereAtFirst) {
+TEST_F(AllocationSpies, NoneIsRegisteredInitially) {
     EXPECT_EQ(Client::registeredSpy(), nullptr);
 }
 
-TEST_F(AllocationSpies, ASecondOneReplacesTheFirstAndNullClears) {
+TEST_F(AllocationSpies, RegisterSpy_ReplacesTheSpyAndNullRemovesIt) {
     CountingSpy first;
     CountingSpy second;
     AllocBase::registerSpy(&first);
@@ -176,21 +176,21 @@ TEST_F(AllocationSpies, ManyThreadsMayRegister) {
     EXPECT_TRUE(last == &spies[0] || last == &spies[1] || last == &spies[2] || last == &spies[3]);
 }
 
-TEST(AllocSpy, CopiesAndAssignmentsCarryNothing) {
+TEST(AllocSpy, CopyAndAssignmentOfTheBaseDoNothing) {
     CountingSpy one;
     one.allocated(nullptr, 1);
     const CountingSpy copy(one);
-    EXPECT_EQ(copy.allocations, 1) << "the client's own data is its own concern";
-    static_assert(sizeof(AllocSpy) == sizeof(void*), "the virtual table alone");
+    EXPECT_EQ(copy.allocations, 1) << "the derived class copies its own data";
+    static_assert(sizeof(AllocSpy) == sizeof(void*), "only the pointer to the virtual table");
     AllocSpy& base = one;
     CountingSpy other;
     base = other;
-    EXPECT_EQ(one.allocations, 1) << "the base has nothing to assign";
+    EXPECT_EQ(one.allocations, 1) << "assigning the base changes nothing";
 }
 
-/// A client of another compiler run calls by slot: the destructor comes first, as the two that this binary interface
-/// makes of it.
-TEST(AllocSpy, TheOperationsStandInTheirOrderBehindTheDestructor) {
+/// Separately compiled clients call through fixed slots of the virtual table. The first two slots are the two
+/// destructors of this ABI.
+TEST(AllocSpy, VirtualTable_ListsTheOperationsInOrderAfterTheDestructor) {
     CountingSpy spy;
     AllocSpy* const object = &spy;
     void* const* table = nullptr;
@@ -206,7 +206,7 @@ TEST(AllocSpy, TheOperationsStandInTheirOrderBehindTheDestructor) {
     EXPECT_EQ(spy.allocations + spy.frees, 2);
 }
 
-// ---- Figures ----
+// ---- Statistics ----
 
 bool isZero(const MemAllocInfo& info) {
     const auto* const bytes = reinterpret_cast<const unsigned char*>(&info);
@@ -218,7 +218,7 @@ bool isZero(const MemAllocInfo& info) {
     return true;
 }
 
-MemAllocInfo someFigures() {
+MemAllocInfo sampleInfo() {
     MemAllocInfo info;
     info.allocatedTotal = 0xFEDCBA9876543210;
     info.freedTotal = 0x0123456789ABCDEF;
@@ -228,8 +228,8 @@ MemAllocInfo someFigures() {
     return info;
 }
 
-bool areSomeFigures(const MemAllocInfo& info) {
-    const MemAllocInfo expected = someFigures();
+bool isSampleInfo(const MemAllocInfo& info) {
+    const MemAllocInfo expected = sampleInfo();
     return std::memcmp(&expected, &info, sizeof info) == 0;
 }
 
@@ -241,7 +241,7 @@ TEST(MemAllocInfo, EveryFieldStartsAtZero) {
 }
 
 TEST(MemAllocInfo, Clear_SetsEveryFieldToZero) {
-    MemAllocInfo info = someFigures();
+    MemAllocInfo info = sampleInfo();
     EXPECT_FALSE(isZero(info));
     info.clear();
     EXPECT_TRUE(isZero(info));
@@ -251,15 +251,15 @@ TEST(MemAllocInfo, Clear_SetsEveryFieldToZero) {
 }
 
 TEST(MemAllocInfo, AssignmentCopiesEveryField) {
-    const MemAllocInfo source = someFigures();
+    const MemAllocInfo source = sampleInfo();
     MemAllocInfo copy;
     EXPECT_EQ(&(copy = source), &copy);
-    EXPECT_TRUE(areSomeFigures(copy));
+    EXPECT_TRUE(isSampleInfo(copy));
     MemAllocInfo moved;
-    EXPECT_EQ(&(moved = someFigures()), &moved);
-    EXPECT_TRUE(areSomeFigures(moved));
+    EXPECT_EQ(&(moved = sampleInfo()), &moved);
+    EXPECT_TRUE(isSampleInfo(moved));
     const MemAllocInfo constructed(moved);
-    EXPECT_TRUE(areSomeFigures(constructed));
+    EXPECT_TRUE(isSampleInfo(constructed));
 }
 
 // ---- The leak detector ----
@@ -271,7 +271,7 @@ Bytes bytesOf(const LeakDetector& detector) {
     return {bytes, bytes + sizeof detector};
 }
 
-TEST(LeakDetector, EveryCallIsWithoutEffect) {
+TEST(LeakDetector, CallsHaveNoEffect) {
     for (const bool flag : {false, true}) {
         LeakDetector detectors[] = {LeakDetector(), LeakDetector("blocks", flag), LeakDetector(L"blocks", flag),
                                     LeakDetector(static_cast<const char*>(nullptr), flag),
@@ -294,7 +294,7 @@ TEST(LeakDetector, EveryCallIsWithoutEffect) {
     }
 }
 
-TEST(LeakDetector, SetName_GivesTheObjectItself) {
+TEST(LeakDetector, SetName_ReturnsTheObject) {
     LeakDetector detector;
     EXPECT_EQ(&detector.SetName("name"), &detector);
     EXPECT_EQ(&detector.SetName(L"name"), &detector);

@@ -1,5 +1,5 @@
 /// \file
-/// The two rules that the hash map is built with: how names compare, and how many buckets it grows to.
+/// Two rules of the hash map: how names compare, and to how many buckets it grows.
 
 #include <algorithm>
 #include <cstdint>
@@ -27,7 +27,7 @@ protected:
 
 TYPED_TEST_SUITE(NameEqualTest, test::CharacterTypes, test::CharacterNames);
 
-TYPED_TEST(NameEqualTest, FoldsLettersAToZAndNoOtherUnit) {
+TYPED_TEST(NameEqualTest, IgnoresTheCaseOfAToZOnly) {
     for (int a = 1; a < 256; ++a) {
         for (int b = 1; b < 256; ++b) {
             const auto first = static_cast<char>(a);
@@ -57,7 +57,7 @@ TYPED_TEST(NameEqualTest, NullEqualsOnlyNull) {
     EXPECT_FALSE(NameEqual()(empty.c_str(), null));
 }
 
-TYPED_TEST(NameEqualTest, IsWhatAMapComparesTextsByUnlessItNamesAnother) {
+TYPED_TEST(NameEqualTest, IsTheDefaultComparisonOfMapsWithTextKeys) {
     const auto stored = test::text<TypeParam>("Utf-8[");
     const auto other = test::text<TypeParam>("uTF-8[");
     const auto notLetters = test::text<TypeParam>("utf-8{");
@@ -66,7 +66,7 @@ TYPED_TEST(NameEqualTest, IsWhatAMapComparesTextsByUnlessItNamesAnother) {
     vorel::HashMap<const TypeParam*, int> map(31);
     map.put(5, stored.c_str(), 1);
     EXPECT_FALSE(map.find(other.c_str(), 5) == map.end());
-    EXPECT_TRUE(map.find(other.c_str(), 36) == map.end()) << "another hash";
+    EXPECT_TRUE(map.find(other.c_str(), 36) == map.end()) << "different hash";
     EXPECT_TRUE(map.find(notLetters.c_str(), 5) == map.end());
     EXPECT_TRUE(map.find(null, 5) == map.end());
     map.put(5, null, 2);
@@ -87,7 +87,7 @@ TYPED_TEST(NameEqualTest, IsWhatAMapComparesTextsByUnlessItNamesAnother) {
     EXPECT_FALSE(byAddress.find(stored.c_str(), 5) == byAddress.end());
 }
 
-TEST(NameEqualOfWideText, LeavesLettersBeyondAToZAlone) {
+TEST(NameEqualOfWideText, ComparesLettersBeyondAToZByCase) {
     EXPECT_FALSE(NameEqual()(L"\x0141", L"\x0161")) << "low bytes of A and a";
     EXPECT_FALSE(NameEqual()(L"\xFF21", L"\xFF41")) << "full-width A and a";
     EXPECT_FALSE(NameEqual()(L"\x00C4", L"\x00E4")) << "A and a with diaeresis";

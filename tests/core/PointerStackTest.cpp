@@ -10,7 +10,7 @@ namespace {
 using test::expectThrows;
 using vorel::PointerStack;
 
-TEST(PointerStack, ReturnsTheNewestFirst) {
+TEST(PointerStack, Pop_ReturnsTheNewestFirst) {
     int items[3] = {};
     PointerStack<int> stack;
     EXPECT_TRUE(stack.empty());
@@ -26,7 +26,7 @@ TEST(PointerStack, ReturnsTheNewestFirst) {
     EXPECT_TRUE(stack.empty());
 }
 
-TEST(PointerStack, KeepsNullAsAnItem) {
+TEST(PointerStack, Null_IsAValidItem) {
     PointerStack<int> stack;
     stack.push(nullptr);
     EXPECT_FALSE(stack.empty());

@@ -1,5 +1,5 @@
 /// \file
-/// The three fields of a string as another module sees them.
+/// The memory layout of a string, as other modules see it.
 #pragma once
 
 #include <cstring>
@@ -37,7 +37,7 @@ inline unsigned int capacityFor(unsigned int count) {
     return capacity;
 }
 
-/// Whether the length is remembered, rather than to be counted.
+/// Whether the string has cached its length.
 template <class T>
 bool knowsLength(const vorel::BaseString<T>& string) {
     return fieldsOf(string).length != vorel::BaseString<T>::kUnknownLength;
