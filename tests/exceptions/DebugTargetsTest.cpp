@@ -1,5 +1,5 @@
 /// \file
-/// Debug targets: names that are switched on and off, in two worlds that never see each other.
+/// Debug targets: named switches in two separate sets, one for narrow and one for wide names.
 
 #include <atomic>
 #include <cstdint>
@@ -31,7 +31,7 @@ protected:
 
 TYPED_TEST_SUITE(DebugTargetsTest, test::CharacterTypes, test::CharacterNames);
 
-TYPED_TEST(DebugTargetsTest, ATargetIsActiveWhileItIsSwitchedOn) {
+TYPED_TEST(DebugTargetsTest, TargetIsActiveWhileSwitchedOn) {
     EXPECT_FALSE(this->isActive("DT.OnOff"));
     for (int round = 0; round < 2; ++round) {
         this->set("DT.OnOff", true);
@@ -43,7 +43,7 @@ TYPED_TEST(DebugTargetsTest, ATargetIsActiveWhileItIsSwitchedOn) {
     }
 }
 
-TYPED_TEST(DebugTargetsTest, NamesAreComparedExactly) {
+TYPED_TEST(DebugTargetsTest, NamesMatchExactly) {
     this->set("DT.Exact", true);
     for (const char* const other : {"dt.exact", "DT.EXACT", "DT.Exac", "DT.Exactly", "DT.Exact ", "", "*", "all"}) {
         EXPECT_FALSE(this->isActive(other)) << other;
@@ -51,7 +51,7 @@ TYPED_TEST(DebugTargetsTest, NamesAreComparedExactly) {
     EXPECT_TRUE(this->isActive("DT.Exact"));
 }
 
-TYPED_TEST(DebugTargetsTest, TheEmptyNameIsANameLikeAnother) {
+TYPED_TEST(DebugTargetsTest, EmptyNameIsAValidName) {
     EXPECT_FALSE(this->isActive(""));
     this->set("", true);
     EXPECT_TRUE(this->isActive(""));
@@ -59,7 +59,7 @@ TYPED_TEST(DebugTargetsTest, TheEmptyNameIsANameLikeAnother) {
     EXPECT_FALSE(this->isActive(""));
 }
 
-TYPED_TEST(DebugTargetsTest, TheSetKeepsItsOwnCopyOfAName) {
+TYPED_TEST(DebugTargetsTest, NamesAreCopied) {
     auto name = test::text<TypeParam>("DT.Copy");
     Exception::setDebugTarget(name.c_str(), true);
     name[0] = 'X';
@@ -67,7 +67,7 @@ TYPED_TEST(DebugTargetsTest, TheSetKeepsItsOwnCopyOfAName) {
     EXPECT_FALSE(this->isActive("XT.Copy"));
 }
 
-TYPED_TEST(DebugTargetsTest, ANullNameIsIgnored) {
+TYPED_TEST(DebugTargetsTest, NullNameIsIgnored) {
     const TypeParam* const none = nullptr;
     this->set("DT.Null", true);
     Exception::setDebugTarget(none, true);
@@ -76,7 +76,7 @@ TYPED_TEST(DebugTargetsTest, ANullNameIsIgnored) {
     EXPECT_TRUE(this->isActive("DT.Null"));
 }
 
-TYPED_TEST(DebugTargetsTest, ManyTargetsAreKeptApart) {
+TYPED_TEST(DebugTargetsTest, ManyTargetsAreIndependent) {
     const auto nameOf = [](int index) { return "DT.Many" + std::to_string(index); };
     for (int index = 0; index < 100; ++index) {
         this->set(nameOf(index), index % 3 == 0);
@@ -86,10 +86,10 @@ TYPED_TEST(DebugTargetsTest, ManyTargetsAreKeptApart) {
     }
 }
 
-TYPED_TEST(DebugTargetsTest, AnyThreadMaySetAndTestThemAtAnyTime) {
+TYPED_TEST(DebugTargetsTest, AnyThreadMaySetAndTestTargets) {
     constexpr int kThreads = 4;
     constexpr int kRounds = 5;
-    constexpr int kNames = 100;  // entries stay for ever, and the guarded heap has few blocks
+    constexpr int kNames = 100;  // entries are never removed, and the guarded heap has few blocks
     std::atomic<int> wrong{0};
     for (int round = 0; round < kRounds; ++round) {
         const auto nameOf = [round](int index, int thread) {
@@ -99,7 +99,7 @@ TYPED_TEST(DebugTargetsTest, AnyThreadMaySetAndTestThemAtAnyTime) {
             for (int index = 0; index < kNames; ++index) {
                 this->set(nameOf(index, thread), true);
                 wrong += !this->isActive(nameOf(index, thread));
-                this->set(nameOf(index, kThreads), true);  // which all of them do
+                this->set(nameOf(index, kThreads), true);  // the name that all threads set
                 wrong += !this->isActive(nameOf(index, kThreads));
                 this->set(nameOf(index, thread), index % 2 == 0);
             }
@@ -113,7 +113,7 @@ TYPED_TEST(DebugTargetsTest, AnyThreadMaySetAndTestThemAtAnyTime) {
     EXPECT_EQ(wrong, 0);
 }
 
-TEST(DebugTargets, NarrowAndWideNamesNeverSeeEachOther) {
+TEST(DebugTargets, NarrowAndWideNamesAreIndependent) {
     Exception::setDebugTarget("DT.NarrowOnly", true);
     EXPECT_TRUE(Exception::isDebugTargetActive("DT.NarrowOnly"));
     EXPECT_FALSE(Exception::isDebugTargetActive(L"DT.NarrowOnly"));
@@ -126,27 +126,27 @@ TEST(DebugTargets, NarrowAndWideNamesNeverSeeEachOther) {
     EXPECT_FALSE(log.exists());
 }
 
-TEST(DebugTargets, WideNamesAreComparedUnitByUnit) {
-    Exception::setDebugTarget(L"DT.\x0141", true);  // a unit whose low byte is that of 'A'
+TEST(DebugTargets, WideNamesAreComparedByWholeUnits) {
+    Exception::setDebugTarget(L"DT.\x0141", true);  // the low byte is that of 'A'
     EXPECT_FALSE(Exception::isDebugTargetActive(L"DT.A"));
     EXPECT_TRUE(Exception::isDebugTargetActive(L"DT.\x0141"));
 }
 
-/// Milliseconds since 1970, of which the log shows the last three digits.
+/// Milliseconds since 1970. The log shows the last three digits.
 std::uint64_t nowMs() {
     FILETIME now = {};
     GetSystemTimeAsFileTime(&now);
     return (std::uint64_t{now.dwHighDateTime} << 32 | now.dwLowDateTime) / 10000;
 }
 
-/// "LogsIncludeMsecs" for the length of a test.
+/// Switches the target "LogsIncludeMsecs" on for its lifetime.
 class Milliseconds {
 public:
     Milliseconds() { Exception::setDebugTarget(L"LogsIncludeMsecs", true); }
     ~Milliseconds() { Exception::setDebugTarget(L"LogsIncludeMsecs", false); }
 };
 
-TEST(DebugTargets, TheWideMillisecondsTargetAddsThemToEveryLine) {
+TEST(DebugTargets, WideMillisecondsTargetAddsMillisecondsToEveryLine) {
     const TemporaryLog log;
     std::uint64_t before = 0;
     std::uint64_t after = 0;
@@ -166,7 +166,7 @@ TEST(DebugTargets, TheWideMillisecondsTargetAddsThemToEveryLine) {
     EXPECT_LE((shown + 1000 - before % 1000) % 1000, after - before) << shown;
 }
 
-TEST(DebugTargets, TheNarrowMillisecondsTargetDoesNot) {
+TEST(DebugTargets, NarrowMillisecondsTargetAddsNothing) {
     Exception::setDebugTarget("LogsIncludeMsecs", true);
     const TemporaryLog log;
     Exception::warn("without");

@@ -1,6 +1,6 @@
 /// \file
-/// The destructor protocol: a failure at the end of an object is thrown on, unless another exception unwinds the stack
-/// already. Then it is recorded, and ends.
+/// The destructor protocol. A failing destructor rethrows, unless the stack is already unwinding. During unwinding it
+/// records the failure and suppresses it.
 
 #include <functional>
 #include <stdexcept>
@@ -27,76 +27,76 @@ namespace detail = vorel::detail;
 
 using Action = std::function<void()>;
 
-/// An object whose end does what it was told.
-class EndsWith {
+/// Runs an action in its destructor.
+class RunsAtDestruction {
 public:
-    explicit EndsWith(Action action) : m_action(std::move(action)) {}
-    ~EndsWith() noexcept(false) { m_action(); }
+    explicit RunsAtDestruction(Action action) : m_action(std::move(action)) {}
+    ~RunsAtDestruction() noexcept(false) { m_action(); }
 
 private:
     Action m_action;
 };
 
-/// Runs `action` at the end of an object, while nothing unwinds the stack.
-void runAtEnd(const Action& action) {
-    const EndsWith object(action);
+/// Runs `action` in a destructor outside of unwinding.
+void runInDestructor(const Action& action) {
+    const RunsAtDestruction object(action);
 }
 
-/// Runs `action` at the end of an object, while an exception of the program unwinds the stack; that one has to arrive.
+/// Runs `action` in a destructor while a std::runtime_error unwinds the stack. Expects that error to arrive.
 void runWhileUnwinding(const Action& action) {
     try {
-        const EndsWith object(action);
-        throw std::runtime_error("on its way");
+        const RunsAtDestruction object(action);
+        throw std::runtime_error("first failure");
     } catch (const std::runtime_error& e) {
-        EXPECT_STREQ(e.what(), "on its way");
+        EXPECT_STREQ(e.what(), "first failure");
         return;
     }
-    ADD_FAILURE() << "the exception on its way got lost";
+    ADD_FAILURE() << "the first exception did not arrive";
 }
 
-void endWithTimeout() {
+void destroyWithTimeout() {
     detail::guardedDestructor(L"Parser", [] { throw TimeoutException(L"late"); });
 }
 
-void endWithSevereError() {
+void destroyWithSevereError() {
     detail::guardedDestructor(L"Parser", [] { throw 5; });
 }
 
-TEST(DestructorProtocol, OutsideOfUnwindingAFailureIsThrownOnAsItsClass) {
+TEST(DestructorProtocol, OutsideOfUnwindingAFailureIsRethrownAsItsClass) {
     const TemporaryLog log;
-    expectThrows<TimeoutException>([] { runAtEnd(endWithTimeout); },
+    expectThrows<TimeoutException>([] { runInDestructor(destroyWithTimeout); },
                                    {L"late", L"Parser::~Parser: Vorel exception rethrown"});
     EXPECT_EQ(log.messages(), (Texts{"Vorel Error: late", "Vorel Error: Parser::~Parser: Vorel exception rethrown"}));
 }
 
 TEST(DestructorProtocol, WhileUnwindingAFailureIsRecordedAndSuppressed) {
     const TemporaryLog log;
-    runWhileUnwinding(endWithTimeout);
+    runWhileUnwinding(destroyWithTimeout);
     EXPECT_EQ(log.messages(), (Texts{"Vorel Error: late", "Vorel Error: Parser::~Parser: Vorel exception suppressed"}));
 }
 
-TEST(DestructorProtocol, OutsideOfUnwindingASevereErrorIsThrownAsAFreshException) {
+TEST(DestructorProtocol, OutsideOfUnwindingASevereErrorIsThrownAsANewException) {
     const TemporaryLog log;
-    expectThrows<Exception>([] { runAtEnd(endWithSevereError); }, {L"Parser::~Parser: Severe error thrown"});
+    expectThrows<Exception>([] { runInDestructor(destroyWithSevereError); }, {L"Parser::~Parser: Severe error thrown"});
     EXPECT_EQ(log.messages(), Texts{"Vorel Error: Parser::~Parser: Severe error thrown"});
 }
 
 TEST(DestructorProtocol, WhileUnwindingASevereErrorIsRecordedAndSuppressed) {
     const TemporaryLog log;
-    runWhileUnwinding(endWithSevereError);
+    runWhileUnwinding(destroyWithSevereError);
     EXPECT_EQ(log.messages(), Texts{"Vorel Error: Parser::~Parser: Severe error suppressed"});
 }
 
 TEST(DestructorProtocol, WithoutAFailureTheFrameDoesNothing) {
     const TemporaryLog log;
     const Action end = [] { detail::guardedDestructor(L"Parser", [] {}); };
-    runAtEnd(end);
+    runInDestructor(end);
     runWhileUnwinding(end);
     EXPECT_FALSE(log.exists());
 }
 
-/// A handler of the protocol that the destructor spells out by itself.
-void endByHand(const Action& fail) {
+/// The handlers of the protocol, written without the frame.
+void handleByHand(const Action& fail) {
     try {
         fail();
     } catch (Exception& e) {
@@ -106,17 +106,17 @@ void endByHand(const Action& fail) {
     }
 }
 
-TEST(DestructorProtocol, HandWrittenHandlersBehaveAsTheFrame) {
+TEST(DestructorProtocol, HandWrittenHandlersBehaveLikeTheFrame) {
     const Action failByMemory = [] { throw MemoryException(1, 2); };
     const Action failByNumber = [] { throw 5; };
     const TemporaryLog log;
     expectThrows<MemoryException>(
-        [&] { runAtEnd([&] { endByHand(failByMemory); }); },
+        [&] { runInDestructor([&] { handleByHand(failByMemory); }); },
         {L"No more memory is available: 1 objects of size 2 requested", L"Parser::~Parser: Vorel exception rethrown"});
-    runWhileUnwinding([&] { endByHand(failByMemory); });
-    expectThrows<Exception>([&] { runAtEnd([&] { endByHand(failByNumber); }); },
+    runWhileUnwinding([&] { handleByHand(failByMemory); });
+    expectThrows<Exception>([&] { runInDestructor([&] { handleByHand(failByNumber); }); },
                             {L"Parser::~Parser: Severe error thrown"});
-    runWhileUnwinding([&] { endByHand(failByNumber); });
+    runWhileUnwinding([&] { handleByHand(failByNumber); });
     const std::string memory = "Vorel Error: No more memory is available: 1 objects of size 2 requested";
     EXPECT_EQ(log.messages(), (Texts{memory, "Vorel Error: Parser::~Parser: Vorel exception rethrown", memory,
                                      "Vorel Error: Parser::~Parser: Vorel exception suppressed",
@@ -124,7 +124,7 @@ TEST(DestructorProtocol, HandWrittenHandlersBehaveAsTheFrame) {
                                      "Vorel Error: Parser::~Parser: Severe error suppressed"}));
 }
 
-TEST(DestructorProtocol, ASuppressedExceptionKeepsItsMessagesAndItsRecord) {
+TEST(DestructorProtocol, SuppressedExceptionKeepsItsMessagesAndRecord) {
     runWhileUnwinding([] {
         Exception e(L"late");
         e.rethrowDestructor(L"Parser");
@@ -133,20 +133,20 @@ TEST(DestructorProtocol, ASuppressedExceptionKeepsItsMessagesAndItsRecord) {
     });
 }
 
-TEST(DestructorProtocol, AHandledExceptionDoesNotCountAsUnwinding) {
+TEST(DestructorProtocol, HandledExceptionDoesNotCountAsUnwinding) {
     try {
-        throw std::runtime_error("handled already");
+        throw std::runtime_error("already handled");
     } catch (const std::runtime_error&) {
-        expectThrows<TimeoutException>([] { runAtEnd(endWithTimeout); },
+        expectThrows<TimeoutException>([] { runInDestructor(destroyWithTimeout); },
                                        {L"late", L"Parser::~Parser: Vorel exception rethrown"});
     }
 }
 
-TEST(DestructorProtocol, AnExceptionOfTheLibraryCountsAsUnwinding) {
+TEST(DestructorProtocol, LibraryExceptionCountsAsUnwinding) {
     const TemporaryLog log;
     expectThrows<MemoryException>(
         [] {
-            const EndsWith object(endWithTimeout);
+            const RunsAtDestruction object(destroyWithTimeout);
             detail::throwMemory(1, 2);
         },
         {L"No more memory is available: 1 objects of size 2 requested"});

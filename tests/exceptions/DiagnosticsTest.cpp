@@ -1,5 +1,5 @@
 /// \file
-/// The diagnostic channels: what each puts in front of a message, and that no message is too long for them.
+/// The diagnostic channels: the prefix of each channel, and messages of any length.
 
 #include <cstdarg>
 #include <string>
@@ -20,7 +20,7 @@ using test::TemporaryLog;
 using Texts = std::vector<std::string>;
 using vorel::Exception;
 
-/// Messages around the 8000 units of the channels' own buffer, and far beyond it.
+/// Message lengths around and above 8000 units, the size of the channels' buffer.
 constexpr std::size_t kLengths[] = {0, 1, 7998, 7999, 8000, 8001, 10000};
 
 template <class T>
@@ -31,7 +31,7 @@ void vDebugWith(const T* target, const T* format, ...) {
     va_end(args);
 }
 
-/// One test body for the narrow and the wide twin of a channel.
+/// Tests the narrow and the wide function of each channel.
 template <class T>
 class ChannelTest : public testing::Test {
 protected:
@@ -80,7 +80,7 @@ TYPED_TEST(ChannelTest, LogLinesBeginWithTheCallersPrefix) {
     EXPECT_EQ(log.messages(), (Texts{"Importer 100%d: row 6", "Importer 100%d: row 7"}));
 }
 
-TYPED_TEST(ChannelTest, MessagesOfEveryLengthAreWholeAndUnmarked) {
+TYPED_TEST(ChannelTest, LongMessagesAreNotTruncated) {
     const auto target = this->text("ChannelTest.Long");
     const auto format = this->text(sizeof(TypeParam) == 1 ? "%hs" : "%ls");
     Exception::setDebugTarget(target.c_str(), true);
@@ -99,18 +99,18 @@ TYPED_TEST(ChannelTest, MessagesOfEveryLengthAreWholeAndUnmarked) {
     }
 }
 
-TYPED_TEST(ChannelTest, PrefixesOfEveryLengthAreWhole) {
+TYPED_TEST(ChannelTest, LongPrefixesAreNotTruncated) {
     for (const std::size_t length : kLengths) {
         const std::string prefix(length, 'p');
         const TemporaryLog log;
         Exception::log(nullptr, 1000000, this->text(prefix).c_str(), this->text("%s").c_str(),
                        this->text("text").c_str());
-        // The parser of lines looks for a blank behind a colon, which an empty prefix brings by itself.
+        // `messages()` searches for a colon and a blank. An empty prefix starts with them.
         EXPECT_EQ(log.messages(), Texts{prefix + ": text"}) << length;
     }
 }
 
-TYPED_TEST(ChannelTest, AMessageThatCannotBeRenderedIsMissingAndMarked) {
+TYPED_TEST(ChannelTest, InvalidFormatGivesAnEmptyMessageMarkedAsTruncated) {
     const TypeParam* const none = nullptr;
     const auto target = this->text("ChannelTest.Unformattable");
     Exception::setDebugTarget(target.c_str(), true);
@@ -125,15 +125,15 @@ TYPED_TEST(ChannelTest, AMessageThatCannotBeRenderedIsMissingAndMarked) {
                      "DEBUG Truncated: ChannelTest.Unformattable: ", "P Truncated: "}));
 }
 
-TYPED_TEST(ChannelTest, ANullPrefixIsThatOfTheRuntime) {
+TYPED_TEST(ChannelTest, NullPrefixIsRenderedByTheRuntime) {
     const TemporaryLog log;
     const TypeParam* const none = nullptr;
     Exception::log(nullptr, 1000, none, this->text("%s").c_str(), this->text("text").c_str());
     EXPECT_EQ(log.messages(), Texts{"(null): text"});
 }
 
-// The smallest stack of a thread has 64 KB.
-TYPED_TEST(ChannelTest, WorksOnASmallStackThatIsHalfUsed) {
+// The smallest thread stack has 64 KB.
+TYPED_TEST(ChannelTest, WorksWithHalfOfASmallStack) {
     const auto target = this->text("ChannelTest.SmallStack");
     const auto message = this->text(std::string(7000, 'x'));
     const auto format = this->text(sizeof(TypeParam) == 1 ? "%hs" : "%ls");
@@ -154,7 +154,7 @@ TYPED_TEST(ChannelTest, TraceWritesNothing) {
     EXPECT_FALSE(log.exists());
 }
 
-TYPED_TEST(ChannelTest, TheMirrorSwitchDoesNotSilenceAChannelButTheSizeZeroDoes) {
+TYPED_TEST(ChannelTest, SizeZeroSilencesChannelsButTheMirrorSwitchDoesNot) {
     const TemporaryLog log;
     Exception::SetMirrorErrorLog(true);
     Exception::warn(this->text("%s").c_str(), this->text("on").c_str());
@@ -165,7 +165,7 @@ TYPED_TEST(ChannelTest, TheMirrorSwitchDoesNotSilenceAChannelButTheSizeZeroDoes)
     EXPECT_EQ(log.messages(), (Texts{"WARN: on", "WARN: off"}));
 }
 
-TEST(Diagnostics, ClassFormsNameClassAndMethod) {
+TEST(Diagnostics, ClassFunctionsWriteClassAndMethod) {
     Exception::setDebugTarget(L"Diagnostics.Class", true);
     const TemporaryLog log;
     const std::string own = log.folder().file("own.txt");
@@ -178,7 +178,7 @@ TEST(Diagnostics, ClassFormsNameClassAndMethod) {
     EXPECT_EQ(test::readLogMessages(own), Texts{"Note: Parser::run: token 4"});
 }
 
-TEST(Diagnostics, ClassFormsKeepMessagesOfEveryLength) {
+TEST(Diagnostics, ClassFunctionsDoNotTruncateLongMessages) {
     Exception::setDebugTarget(L"Diagnostics.Long", true);
     for (const std::size_t length : kLengths) {
         const std::string narrow(length, 'x');
@@ -193,7 +193,7 @@ TEST(Diagnostics, ClassFormsKeepMessagesOfEveryLength) {
     }
 }
 
-TEST(Diagnostics, ClassFormsWorkOnASmallStackThatIsHalfUsed) {
+TEST(Diagnostics, ClassFunctionsWorkWithHalfOfASmallStack) {
     Exception::setDebugTarget(L"Diagnostics.SmallStack", true);
     const TemporaryLog log;
     test::SmallStack::run(32'768, [] {
@@ -205,7 +205,7 @@ TEST(Diagnostics, ClassFormsWorkOnASmallStackThatIsHalfUsed) {
                                      "Note: Parser::run: text"}));
 }
 
-TEST(Diagnostics, ClassFormsShowNullNamesAsTheRuntimeDoes) {
+TEST(Diagnostics, ClassFunctionsRenderNullNamesLikeTheRuntime) {
     Exception::setDebugTarget(L"Diagnostics.NullNames", true);
     const TemporaryLog log;
     Exception::warnClass(nullptr, L"m", L"text");
@@ -215,7 +215,7 @@ TEST(Diagnostics, ClassFormsShowNullNamesAsTheRuntimeDoes) {
                                      "DEBUG: (null)::(null): Diagnostics.NullNames: text"}));
 }
 
-TEST(Diagnostics, DecorationsOfEveryLengthAreWhole) {
+TEST(Diagnostics, LongDecorationsAreNotTruncated) {
     Exception::setDebugTarget(std::wstring(8000, L't').c_str(), true);
     for (const std::size_t length : {1u, 3990u, 3994u, 3995u, 3996u, 8000u, 20000u}) {
         const std::wstring name(length, L'n');
@@ -230,7 +230,7 @@ TEST(Diagnostics, DecorationsOfEveryLengthAreWhole) {
     }
 }
 
-TEST(Diagnostics, ClassFormsWithAMessageThatCannotBeRendered) {
+TEST(Diagnostics, ClassFunctionsMarkAnInvalidFormatAsTruncated) {
     Exception::setDebugTarget(L"Diagnostics.Unformattable", true);
     const TemporaryLog log;
     Exception::warnClass(L"C", L"m", nullptr);
@@ -241,14 +241,14 @@ TEST(Diagnostics, ClassFormsWithAMessageThatCannotBeRendered) {
         (Texts{"WARN Truncated: C::m: ", "DEBUG Truncated: C::m: Diagnostics.Unformattable: ", "P Truncated: C::m: "}));
 }
 
-TEST(Diagnostics, ANarrowFormatThatTheLocaleCannotRenderGivesNoMessage) {
+TEST(Diagnostics, NarrowFormatWithUnconvertibleArgumentGivesAnEmptyMessage) {
     const TemporaryLog log;
     Exception::warn("%ls", L"\x4E00");  // no such character in the C locale
     Exception::warn("%s%ls", std::string(9000, 'x').c_str(), L"\x4E00");
     EXPECT_EQ(log.messages(), (Texts{"WARN Truncated: ", "WARN Truncated: "}));
 }
 
-TEST(Diagnostics, NarrowTextsAreThoseOfTheLocale) {
+TEST(Diagnostics, NarrowTextsUseTheEncodingOfTheLocale) {
     Exception::setDebugTarget("\xE9", true);
     const TemporaryLog log;
     Exception::warn("%s", "\xE9");
@@ -278,7 +278,7 @@ TEST(Diagnostics, TraceOfClassesAndStacksWritesNothing) {
     EXPECT_FALSE(log.exists());
 }
 
-TEST(Diagnostics, TheClientsSwitchIsOffAtLoadAndChangesNothing) {
+TEST(Diagnostics, ClientSwitchIsOffAtLoadAndHasNoEffect) {
     EXPECT_FALSE(vorel::util::g_DebugSetting);
     vorel::util::g_DebugSetting = true;
     const TemporaryLog log;

@@ -1,5 +1,5 @@
 /// \file
-/// The lines of the error log: their form, who may write one, and what a writer leaves alone.
+/// The lines of the error log: their format, who may write one, and what writing leaves unchanged.
 
 #include <atomic>
 #include <cerrno>
@@ -25,20 +25,20 @@ using test::TemporaryLog;
 using Texts = std::vector<std::string>;
 using vorel::Exception;
 
-/// The writer that the library's own callers share.
+/// Access to the protected function that writes lines.
 struct Log : Exception {
     using Exception::MirrorErrorMessage;
 };
 
-/// The writer's first words on a line written now.
+/// The time field of a line written now.
 std::string timeText() {
     const std::time_t now = std::time(nullptr);
-    // cppcheck-suppress asctimeCalled; the runtime's own form of a time is what the log shows
+    // cppcheck-suppress asctimeCalled; the log shows the time as asctime writes it
     const std::string text = std::asctime(std::localtime(&now));
     return text.substr(0, text.find('\n'));
 }
 
-/// The computer's name, with A to Z in lower case; empty above 15 characters.
+/// The computer's name with A to Z in lower case, or an empty text if it is longer than 15 characters.
 std::string computerName() {
     char name[16] = {};
     DWORD size = sizeof name;
@@ -52,7 +52,7 @@ std::string computerName() {
     return lower;
 }
 
-TEST(ErrorLog, ALineCarriesTimeComputerProcessThreadAndMessage) {
+TEST(ErrorLog, LineHasTimeComputerProcessThreadAndMessage) {
     const TemporaryLog log;
     const std::string before = timeText();
     Exception::warn("text");
@@ -67,7 +67,7 @@ TEST(ErrorLog, ALineCarriesTimeComputerProcessThreadAndMessage) {
     EXPECT_EQ(lines[0].message, "WARN: text");
 }
 
-TEST(ErrorLog, BytesOfALineAreItsFieldsAndACarriageReturnBeforeTheLineFeed) {
+TEST(ErrorLog, LineEndsWithCarriageReturnAndLineFeed) {
     const TemporaryLog log;
     Exception::warn("text");
     const std::string bytes = test::readFileBytes(log.path()).value_or("");
@@ -77,7 +77,7 @@ TEST(ErrorLog, BytesOfALineAreItsFieldsAndACarriageReturnBeforeTheLineFeed) {
                                     std::to_string(GetCurrentThreadId()) + ": WARN: text\r\n");
 }
 
-TEST(ErrorLog, ALineNamesTheThreadThatWroteIt) {
+TEST(ErrorLog, LineNamesTheWritingThread) {
     const TemporaryLog log;
     DWORD writer = 0;
     std::thread([&] {
@@ -97,7 +97,7 @@ TEST(ErrorLog, LinesAreAppendedInOrder) {
     EXPECT_EQ(log.messages(), (Texts{"WARN: a", "WARN: b", "WARN: c"}));
 }
 
-TEST(ErrorLog, MessagesAreUtf8WhateverTheLocale) {
+TEST(ErrorLog, MessagesAreUtf8InEveryLocale) {
     const TemporaryLog log;
     Exception::warn(L"%ls", L"\x00E9\x4E00\xD83D\xDE00\xD800");
     EXPECT_EQ(log.messages(), Texts{"WARN: \xC3\xA9\xE4\xB8\x80\xF0\x9F\x98\x80?"});
@@ -111,13 +111,13 @@ TEST(ErrorLog, LineFeedsInAMessageAreNotEscaped) {
     EXPECT_EQ(lines[1], "second");
 }
 
-TEST(ErrorLog, PercentSignsOfAMessageAreText) {
+TEST(ErrorLog, PercentSignsInAMessageAreText) {
     const TemporaryLog log;
     Log::MirrorErrorMessage(nullptr, 1000, "100%s: ", L"%d %n%%", true);
     EXPECT_EQ(log.messages(), Texts{"100%s: %d %n%%"});
 }
 
-TEST(ErrorLog, MissingPrefixAndMessageHaveNamesOfTheirOwn) {
+TEST(ErrorLog, NullPrefixAndMessageHaveFixedTexts) {
     const TemporaryLog log;
     Log::MirrorErrorMessage(nullptr, 1000, nullptr, L" text", true);
     Log::MirrorErrorMessage(nullptr, 1000, "X: ", nullptr, true);
@@ -125,7 +125,7 @@ TEST(ErrorLog, MissingPrefixAndMessageHaveNamesOfTheirOwn) {
     EXPECT_EQ(log.messages(), (Texts{"NULL Method text", "X: NULL Message", "NULL MethodNULL Message"}));
 }
 
-TEST(ErrorLog, TheMirrorSwitchRulesOverLinesThatAreNotForced) {
+TEST(ErrorLog, MirrorSwitchAffectsOnlyLinesThatAreNotForced) {
     const TemporaryLog log;
     EXPECT_FALSE(Exception::GetMirrorErrorLog());
     Log::MirrorErrorMessage(nullptr, 1000, "", L"off", false);
@@ -148,7 +148,7 @@ TEST(ErrorLog, ResetKeepsLocationAndLimit) {
     EXPECT_EQ(log.messages(), Texts{"WARN: text"});
 }
 
-TEST(ErrorLog, AWidePathIsConverted) {
+TEST(ErrorLog, WidePathIsConverted) {
     const TemporaryLog log;
     const std::string path = log.folder().file("wide.txt");
     Exception::SetErrorLogLocation(std::wstring(path.begin(), path.end()).c_str(), 0);
@@ -156,7 +156,7 @@ TEST(ErrorLog, AWidePathIsConverted) {
     EXPECT_EQ(test::readLogMessages(path), Texts{"WARN: text"});
 }
 
-TEST(ErrorLog, AWidePathThatCannotBeConvertedBecomesTheTextOfTheFailure) {
+TEST(ErrorLog, UnconvertibleWidePathBecomesTheTextOfTheFailure) {
     const TemporaryLog log;
     ASSERT_STREQ(std::setlocale(LC_CTYPE, nullptr), "C");
     char before[MAX_PATH];
@@ -168,7 +168,7 @@ TEST(ErrorLog, AWidePathThatCannotBeConvertedBecomesTheTextOfTheFailure) {
     EXPECT_EQ(test::readLogMessages(log.folder().file("Error in text conversion")), Texts{"WARN: text"});
 }
 
-TEST(ErrorLog, APathThatCannotBeOpenedDropsTheLineInSilence) {
+TEST(ErrorLog, PathThatCannotBeOpenedDropsTheLineSilently) {
     const TemporaryLog log;
     Exception::SetErrorLogLocation(log.folder().file("no such folder\\errors.txt").c_str(), 0);
     errno = 77;
@@ -181,9 +181,9 @@ TEST(ErrorLog, APathThatCannotBeOpenedDropsTheLineInSilence) {
     EXPECT_EQ(log.messages(), Texts{"WARN: written"});
 }
 
-TEST(ErrorLog, WritingAndRotatingLeaveTheErrorValuesAlone) {
+TEST(ErrorLog, WritingAndRotatingKeepErrnoAndTheLastError) {
     const TemporaryLog log(10);
-    for (int line = 0; line < 3; ++line) {  // the first makes the file, the others move it aside
+    for (int line = 0; line < 3; ++line) {  // the first creates the file, the others rotate it
         errno = 77;
         SetLastError(4711);
         const Exception e(L"message %d", line);
@@ -193,7 +193,7 @@ TEST(ErrorLog, WritingAndRotatingLeaveTheErrorValuesAlone) {
     EXPECT_EQ(log.messages(), Texts{"Vorel Error: message 2"});
 }
 
-TEST(ErrorLog, NothingStaysOpenBetweenLines) {
+TEST(ErrorLog, FileIsClosedBetweenLines) {
     const TemporaryLog log;
     const auto nextDescriptor = [] {
         const int descriptor = _open("nul", _O_RDONLY);
@@ -206,11 +206,11 @@ TEST(ErrorLog, NothingStaysOpenBetweenLines) {
     const test::Handle alone(
         CreateFileA(log.path().c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, 0, nullptr));
     EXPECT_TRUE(alone);
-    Exception::warn("dropped, for the file is not to be had");
+    Exception::warn("dropped because the file cannot be opened");
     EXPECT_EQ(nextDescriptor(), before);
 }
 
-TEST(ErrorLog, OthersMayHaveTheFileOpen) {
+TEST(ErrorLog, OthersMayKeepTheFileOpen) {
     const TemporaryLog log;
     Exception::warn("a");
     const test::Handle other(CreateFileA(log.path().c_str(), GENERIC_READ | GENERIC_WRITE,
@@ -220,7 +220,7 @@ TEST(ErrorLog, OthersMayHaveTheFileOpen) {
     EXPECT_EQ(log.messages(), (Texts{"WARN: a", "WARN: b"}));
 }
 
-TEST(ErrorLog, AFileThatStaysLockedCostsTheLineAndAboutOneAndAHalfSeconds) {
+TEST(ErrorLog, PermanentlyLockedFileDropsTheLineAfterOneAndAHalfSeconds) {
     const TemporaryLog log;
     Exception::warn("before");
     test::LockedFile held(log.path());
@@ -230,13 +230,13 @@ TEST(ErrorLog, AFileThatStaysLockedCostsTheLineAndAboutOneAndAHalfSeconds) {
     const ULONGLONG waitedMs = GetTickCount64() - start;
     EXPECT_EQ(errno, 77);
     held.unlock();
-    // Thirty waits of 3, 6, … 90 ms, less what a coarse clock may hide. A busy machine only makes them longer.
+    // Thirty waits of 3, 6, … 90 ms, minus the error of a coarse clock. A busy machine only makes them longer.
     EXPECT_GE(waitedMs, 1395u - 30u);
     Exception::warn("after");
     EXPECT_EQ(log.messages(), (Texts{"WARN: before", "WARN: after"}));
 }
 
-TEST(ErrorLog, EveryLineGoesToOneOfThePathsBetweenWhichTheLocationChanges) {
+TEST(ErrorLog, ChangingTheLocationSendsEveryLineToOneOfThePaths) {
     constexpr int kWriters = 2;
     constexpr int kLines = 300;
     const TemporaryLog log(-1);
@@ -262,7 +262,7 @@ TEST(ErrorLog, EveryLineGoesToOneOfThePathsBetweenWhichTheLocationChanges) {
     done = true;
     changer.join();
     const std::size_t lines = test::readLines(paths[0]).size() + test::readLines(paths[1]).size();
-    EXPECT_EQ(lines, std::size_t{kWriters} * kLines) << "the others are in a file that nobody named";
+    EXPECT_EQ(lines, std::size_t{kWriters} * kLines) << "the other lines are in an unknown file";
 }
 
 }  // namespace

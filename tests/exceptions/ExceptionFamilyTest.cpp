@@ -96,7 +96,7 @@ const std::vector<Case>& cases() {
     return table;
 }
 
-TEST(ExceptionFamily, FirstMessageIsThatOfTheKindAndIsLoggedAtOnce) {
+TEST(ExceptionFamily, FirstMessageDependsOnTheClassAndIsLoggedImmediately) {
     for (const Case& c : cases()) {
         SCOPED_TRACE(c.name);
         const test::TemporaryLog log;
@@ -105,7 +105,7 @@ TEST(ExceptionFamily, FirstMessageIsThatOfTheKindAndIsLoggedAtOnce) {
     }
 }
 
-TEST(ExceptionFamily, InvalidIndexChoosesItsMessageByTheRange) {
+TEST(ExceptionFamily, InvalidIndexMessageDependsOnTheRange) {
     struct Row {
         int index;
         int low;
@@ -132,7 +132,7 @@ TEST(ExceptionFamily, InvalidIndexChoosesItsMessageByTheRange) {
     }
 }
 
-TEST(ExceptionFamily, ComparisonsWithoutAFormatHaveNoMessage) {
+TEST(ExceptionFamily, DiffExceptionsWithoutAFormatHaveNoMessage) {
     const test::TemporaryLog log;
     EXPECT_EQ(DiffException().what(), nullptr);
     EXPECT_EQ(DiffErrorException().what(), nullptr);
@@ -140,7 +140,7 @@ TEST(ExceptionFamily, ComparisonsWithoutAFormatHaveNoMessage) {
     EXPECT_FALSE(log.exists());
 }
 
-/// Catches `raise` by its base, throws it on through rethrow(), and expects the class it had.
+/// Catches a `Kind` by its base, calls `rethrow`, and expects a `Kind` again.
 template <class Kind, class Base = Exception, class... Arguments>
 void expectNotSliced(Arguments... arguments) {
     Messages messages;
@@ -173,12 +173,12 @@ TEST(ExceptionFamily, RethrowKeepsTheClass) {
     expectNotSliced<BadParameterException>(L"x", L"y");
 }
 
-TEST(ExceptionFamily, AMoveCopies) {
+TEST(ExceptionFamily, MoveCopies) {
     const Messages messages = {L"No more memory is available: 1 objects of size 2 requested"};
     MemoryException original(1, 2);
     MemoryException target(3, 4);
     const MemoryException moved(std::move(original));
-    // NOLINTBEGIN(clang-analyzer-cplusplus.Move): what is left after a move is the subject.
+    // NOLINTBEGIN(clang-analyzer-cplusplus.Move): the test checks the object after the move.
     EXPECT_EQ(messagesOf(moved), messages);
     EXPECT_EQ(messagesOf(original), messages);
     target = std::move(original);
@@ -187,14 +187,14 @@ TEST(ExceptionFamily, AMoveCopies) {
     // NOLINTEND(clang-analyzer-cplusplus.Move)
 }
 
-/// A kind of a program's own.
+/// A class that a program derives.
 class OwnException : public TimeoutException {
 public:
     OwnException() noexcept : TimeoutException(L"own") {}
     [[noreturn]] void rethrow() override { throw OwnException(*this); }
 };
 
-TEST(ExceptionFamily, AProgramsOwnKindPassesThroughTheLibraryUnsliced) {
+TEST(ExceptionFamily, DerivedClassOfAProgramPassesTheLibraryUnsliced) {
     expectThrows<OwnException>([] { vorel::detail::guarded(L"Own", L"run", [] { throw OwnException(); }); },
                                {L"own", L"Own::run: Vorel exception rethrown"});
 }

@@ -27,12 +27,12 @@ Exception withMessages(const Messages& messages) {
     return e;
 }
 
-// A virtual table, the stack, two flags and two cached texts: the layout does not depend on the build.
+// The virtual table, the stack, two flags and two cached texts. The layout is the same in every build.
 static_assert(sizeof(Exception) == 8 + sizeof(std::vector<int>) + 8 + 16 + 16);
 static_assert(!std::is_base_of_v<std::exception, Exception>);
 static_assert(!std::is_nothrow_destructible_v<Exception>);
 
-TEST(Exception, DefaultHasNoMessageAndLogsNothing) {
+TEST(Exception, DefaultConstructorAddsNoMessageAndLogsNothing) {
     const TemporaryLog log;
     const Exception e;
     EXPECT_EQ(e.what(), nullptr);
@@ -43,7 +43,7 @@ TEST(Exception, DefaultHasNoMessageAndLogsNothing) {
     EXPECT_FALSE(log.exists());
 }
 
-TEST(Exception, IsBuiltFromWideAndNarrowFormatsAndLogsAtOnce) {
+TEST(Exception, FormatsMayBeWideOrNarrowAndAreLoggedImmediately) {
     const TemporaryLog log;
     const Exception wide(L"%ls has %d", L"wide", 4);
     const Exception narrow("%s has %d", "narrow", 6);
@@ -52,19 +52,19 @@ TEST(Exception, IsBuiltFromWideAndNarrowFormatsAndLogsAtOnce) {
     EXPECT_EQ(log.messages(), (Texts{"Vorel Error: wide has 4", "Vorel Error: narrow has 6"}));
 }
 
-TEST(Exception, WhatIsTheOldestMessage) {
+TEST(Exception, WhatReturnsTheOldestMessage) {
     const Exception e = withMessages({L"a", L"b"});
     EXPECT_STREQ(e.what(), L"a");
 }
 
-TEST(Exception, WhatOfAnEmptyMessageIsTheEmptyText) {
+TEST(Exception, WhatReturnsAnEmptyTextForAnEmptyMessage) {
     const Exception e(L"");
     ASSERT_NE(e.what(), nullptr);
     EXPECT_STREQ(e.what(), L"");
     EXPECT_EQ(e.getMessageTotal(), 1u);
 }
 
-TEST(Exception, MessagesAreReadByIndexAndAnIndexOutOfRangeIsEmpty) {
+TEST(Exception, GetErrorMessageReturnsAnEmptyTextOutOfRange) {
     const Exception e = withMessages({L"a", L"b"});
     EXPECT_STREQ(e.getErrorMessage(0), L"a");
     EXPECT_STREQ(e.getErrorMessage(1), L"b");
@@ -80,7 +80,7 @@ TEST(Exception, BlocksJoinTheMessagesOldestFirst) {
     EXPECT_STREQ(e.getCharErrorMessageBlock(nullptr), "abc");
 }
 
-TEST(Exception, BlocksStayUntilTheNextOneOrAnAssignment) {
+TEST(Exception, BlocksAreValidUntilTheNextBlockOrAssignment) {
     Exception e = withMessages({L"a", L"b"});
     const wchar_t* const wide = e.getErrorMessageBlock(L"; ");
     const char* const narrow = e.getCharErrorMessageBlock("; ");
@@ -93,7 +93,7 @@ TEST(Exception, BlocksStayUntilTheNextOneOrAnAssignment) {
     EXPECT_STREQ(narrow, "");
 }
 
-TEST(Exception, BlocksLeaveLocationsOut) {
+TEST(Exception, BlocksOmitLocations) {
     Exception e = withMessages({L"a"});
     e.defineLocation(L"here");
     EXPECT_STREQ(e.getErrorMessageBlock(L"; "), L"a");
@@ -105,7 +105,7 @@ TEST(Exception, CharBlockIsUtf8) {
     EXPECT_STREQ(e.getCharErrorMessageBlock("|"), "\xC3\xA9|\xF0\x9F\x98\x80|?");
 }
 
-TEST(Exception, DumpFillsBothVectorsPositionByPosition) {
+TEST(Exception, DumpFillsBothVectorsInTheSameOrder) {
     Exception e = withMessages({L"a", L"b"});
     e.defineLocation(L"at b");
     Wides messages(5, L"old");
@@ -132,10 +132,10 @@ TEST(Exception, ClearRemovesTheMessagesAndKeepsTheFlags) {
     EXPECT_EQ(e.getMessageTotal(), 0u);
     EXPECT_TRUE(e.hasTracedProtocolStateInfo());
     e.appendMessage(L"b");
-    EXPECT_FALSE(log.exists());  // still delayed
+    EXPECT_FALSE(log.exists());  // logging is still delayed
 }
 
-TEST(Exception, CopyTakesMessagesLocationsAndTheMarkButNotTheDelay) {
+TEST(Exception, CopyHasMessagesLocationsAndTheMarkButNoDelay) {
     const TemporaryLog log;
     Exception original;
     original.setDelayedLogging(true);
@@ -155,7 +155,7 @@ TEST(Exception, CopyTakesMessagesLocationsAndTheMarkButNotTheDelay) {
     original.clear();
 }
 
-TEST(Exception, AssignmentKeepsTheTargetsOwnDelayAndResizesItsStack) {
+TEST(Exception, AssignmentKeepsTheDelayAndResizesTheStack) {
     struct Case {
         Messages from;
         Messages to;
@@ -175,14 +175,14 @@ TEST(Exception, AssignmentKeepsTheTargetsOwnDelayAndResizesItsStack) {
     }
 }
 
-TEST(Exception, AssignmentToItselfChangesNothing) {
+TEST(Exception, SelfAssignmentChangesNothing) {
     Exception e = withMessages({L"a", L"b"});
     const Exception& same = e;
     e = same;
     EXPECT_EQ(messagesOf(e), (Messages{L"a", L"b"}));
 }
 
-TEST(Exception, DelayedLoggingWritesEverythingOnceAtTheEnd) {
+TEST(Exception, DelayedLoggingWritesAllMessagesOnceAtDestruction) {
     const TemporaryLog log;
     {
         Exception e;
@@ -194,7 +194,7 @@ TEST(Exception, DelayedLoggingWritesEverythingOnceAtTheEnd) {
     EXPECT_EQ(log.messages(), (Texts{"Vorel Error: a", "Vorel Error: b"}));
 }
 
-TEST(Exception, DelayedAfterItWasBuiltWritesItsFirstMessageTwice) {
+TEST(Exception, DelayAfterConstructionWritesTheFirstMessageTwice) {
     const TemporaryLog log;
     {
         Exception e(L"a");
@@ -204,7 +204,7 @@ TEST(Exception, DelayedAfterItWasBuiltWritesItsFirstMessageTwice) {
     EXPECT_EQ(log.messages(), (Texts{"Vorel Error: a", "Vorel Error: a", "Vorel Error: b"}));
 }
 
-TEST(Exception, MirrorAllMessagesWritesWhateverTheDelaySays) {
+TEST(Exception, MirrorAllMessagesIgnoresTheDelay) {
     Exception e = withMessages({L"a", L"b"});
     const TemporaryLog log;
     e.mirrorAllMessages();
@@ -226,7 +226,7 @@ TEST(Exception, RethrowThrowsACopy) {
     EXPECT_EQ(messagesOf(original), Messages{L"a"});
 }
 
-TEST(Exception, TheSeparatorOfABlockMayLieInTheBlockBefore) {
+TEST(Exception, BlockSeparatorMayPointIntoThePreviousBlock) {
     Exception e(L"a");
     e.appendMessage(L"b");
     e.appendMessage(L"c");

@@ -1,6 +1,6 @@
 /// \file
-/// The library's handler for invalid parameters of the runtime's functions. This compiler's start-up code puts a
-/// handler of its own into every program, and the library replaces nobody's: so these tests first take that one out.
+/// The library's handler for invalid parameters of runtime functions. The library never replaces an existing handler,
+/// and this compiler's start-up code installs one in every program. So the tests remove that handler first.
 
 #include <cerrno>
 #include <cstdint>
@@ -16,7 +16,7 @@
 #include "support/RefusedFormats.h"
 #include "support/TemporaryLog.h"
 
-// The runtime exports it; not every compiler's headers declare it.
+// The runtime exports this function, but not every compiler's headers declare it.
 extern "C" __declspec(dllimport) _invalid_parameter_handler
     __cdecl _set_thread_local_invalid_parameter_handler(_invalid_parameter_handler handler);
 
@@ -25,7 +25,7 @@ namespace {
 using test::TemporaryLog;
 using Texts = std::vector<std::string>;
 
-/// Another handler, or none, for the length of a test.
+/// Installs a handler, or removes it, for its lifetime.
 class HandlerInstalled {
 public:
     explicit HandlerInstalled(_invalid_parameter_handler handler) : m_before(_set_invalid_parameter_handler(handler)) {}
@@ -35,7 +35,7 @@ private:
     _invalid_parameter_handler m_before;
 };
 
-void __cdecl someonesHandler(const wchar_t*, const wchar_t*, const wchar_t*, unsigned int, std::uintptr_t) {}
+void __cdecl otherHandler(const wchar_t*, const wchar_t*, const wchar_t*, unsigned int, std::uintptr_t) {}
 
 int s_calls = 0;
 
@@ -43,7 +43,7 @@ void __cdecl countCall(const wchar_t*, const wchar_t*, const wchar_t*, unsigned 
     ++s_calls;
 }
 
-/// A program without a handler, until it says where its log is.
+/// Starts without a handler. `use()` sets the log's location, which installs the library's handler.
 class InvalidParameter : public testing::Test {
 protected:
     InvalidParameter() { m_log.use(); }
@@ -54,18 +54,18 @@ protected:
     const TemporaryLog m_log;
 };
 
-TEST_F(InvalidParameter, TheHandlerWarnsWithPlaceAndExpression) {
+TEST_F(InvalidParameter, HandlerLogsLocationAndExpression) {
     ASSERT_NE(handler(), nullptr);
     handler()(L"size > 0", L"copy", L"memory.cpp", 12, 0);
     EXPECT_EQ(m_log.messages(), Texts{"WARN: Invalid parameter detected: memory.cpp::copy(12): size > 0"});
 }
 
-TEST_F(InvalidParameter, TheHandlerIsSilentWhenTheRuntimeTellsNothing) {
+TEST_F(InvalidParameter, HandlerLogsNothingWithoutDetails) {
     handler()(nullptr, nullptr, nullptr, 0, 0);
     EXPECT_FALSE(m_log.exists());
 }
 
-TEST_F(InvalidParameter, OneKnownTextIsEnoughForAWarning) {
+TEST_F(InvalidParameter, HandlerLogsIfAnyDetailIsKnown) {
     handler()(L"size > 0", nullptr, nullptr, 0, 0);
     handler()(nullptr, L"copy", nullptr, 0, 0);
     handler()(nullptr, nullptr, L"memory.cpp", 0, 0);
@@ -76,28 +76,28 @@ TEST_F(InvalidParameter, OneKnownTextIsEnoughForAWarning) {
     }
 }
 
-TEST_F(InvalidParameter, TheRuntimesCallGoesOnWithItsOwnError) {
+TEST_F(InvalidParameter, RuntimeFunctionReturnsItsOwnError) {
     errno = 0;
-    // cppcheck-suppress invalidFunctionArg; that is the subject
+    // cppcheck-suppress invalidFunctionArg; the test needs an invalid argument
     EXPECT_EQ(_close(-5), -1);
     EXPECT_EQ(errno, EBADF);
     char small[2];
     EXPECT_NE(strcpy_s(small, sizeof small, "too long"), 0);
 }
 
-TEST_F(InvalidParameter, ARefusedFormatReachesNoHandlerOfTheProgram) {
+TEST_F(InvalidParameter, RejectedFormatDoesNotCallTheHandlersOfTheProgram) {
     for (const test::RefusedFormat& format : test::kRefusedFormats) {
         SCOPED_TRACE(format.name);
         s_calls = 0;
         const HandlerInstalled ofTheProgram(&countCall);
         const _invalid_parameter_handler before = _set_thread_local_invalid_parameter_handler(&countCall);
         format.use();
-        EXPECT_EQ(_set_thread_local_invalid_parameter_handler(before), &countCall) << "is put back";
+        EXPECT_EQ(_set_thread_local_invalid_parameter_handler(before), &countCall) << "must be restored";
         EXPECT_EQ(s_calls, 0);
     }
 }
 
-TEST_F(InvalidParameter, ARefusedFormatDoesNotEndAProgramWithoutAHandler) {
+TEST_F(InvalidParameter, RejectedFormatDoesNotEndAProgramWithoutAHandler) {
     for (std::size_t number = 0; number < std::size(test::kRefusedFormats); ++number) {
         EXPECT_EQ(
             test::runChild(L"refused_format", {std::to_wstring(number)}, {.directory = m_log.folder().widePath()}), 0u)
@@ -105,24 +105,24 @@ TEST_F(InvalidParameter, ARefusedFormatDoesNotEndAProgramWithoutAHandler) {
     }
 }
 
-TEST_F(InvalidParameter, AnothersHandlerIsNeverReplaced) {
-    const HandlerInstalled another(&someonesHandler);
+TEST_F(InvalidParameter, ExistingHandlerIsNotReplaced) {
+    const HandlerInstalled another(&otherHandler);
     m_log.use();
-    EXPECT_EQ(handler(), &someonesHandler);
+    EXPECT_EQ(handler(), &otherHandler);
 }
 
-TEST_F(InvalidParameter, AHandlerThatWasTakenOutIsPutBackByTheNextLocation) {
+TEST_F(InvalidParameter, SettingTheLocationInstallsARemovedHandlerAgain) {
     const _invalid_parameter_handler ours = handler();
     const HandlerInstalled none(nullptr);
     m_log.use();
     EXPECT_EQ(handler(), ours);
 }
 
-TEST_F(InvalidParameter, TheHandlerComesWithTheFirstLocationAndGoesWithTheLibrary) {
+TEST_F(InvalidParameter, FirstLocationInstallsTheHandlerAndUnloadingRemovesIt) {
     EXPECT_EQ(test::runChild(L"handler_at_unload", {L"ours"}, {.directory = m_log.folder().widePath()}), 0u);
 }
 
-TEST_F(InvalidParameter, UnloadingLeavesAnothersHandler) {
+TEST_F(InvalidParameter, UnloadingKeepsTheHandlerOfTheProgram) {
     EXPECT_EQ(test::runChild(L"handler_at_unload", {L"anothers"}, {.directory = m_log.folder().widePath()}), 0u);
 }
 

@@ -1,6 +1,6 @@
 /// \file
-/// The error log of whole programs: one that was never told where to log, one that uses no debug target, and one that
-/// logs before and after `main`.
+/// The error log of whole programs: one that sets no location, one that sets no debug target, and one that logs before
+/// and after `main`.
 
 #include <cstdio>
 #include <string>
@@ -16,17 +16,17 @@ namespace {
 
 using Texts = std::vector<std::string>;
 
-/// Puts a file of the machine out of the way, and back at the end.
+/// Moves a file of the machine away, and restores it in the destructor.
 class FileSetAside {
 public:
     FileSetAside(std::string path, const test::TemporaryFolder& folder, const std::string& name)
-        : m_path(std::move(path)), m_refuge(folder.file(name)) {
-        m_moved = MoveFileExA(m_path.c_str(), m_refuge.c_str(), MOVEFILE_COPY_ALLOWED) != FALSE;
+        : m_path(std::move(path)), m_temporaryPath(folder.file(name)) {
+        m_moved = MoveFileExA(m_path.c_str(), m_temporaryPath.c_str(), MOVEFILE_COPY_ALLOWED) != FALSE;
     }
     ~FileSetAside() {
         DeleteFileA(m_path.c_str());
         if (m_moved) {
-            MoveFileExA(m_refuge.c_str(), m_path.c_str(), MOVEFILE_COPY_ALLOWED);
+            MoveFileExA(m_temporaryPath.c_str(), m_path.c_str(), MOVEFILE_COPY_ALLOWED);
         }
     }
 
@@ -37,15 +37,15 @@ public:
 
 private:
     std::string m_path;
-    std::string m_refuge;
+    std::string m_temporaryPath;
     bool m_moved;
 };
 
-// The only test that touches the default file.
-TEST(LogOfPrograms, ANeverConfiguredLogIsTheDefaultFileAndItsFirstLineGoesWithoutASizeCheck) {
-    const test::TemporaryFolder refuge;
-    const FileSetAside log("C:\\TalvenorError.txt", refuge, "log");
-    const FileSetAside backup("C:\\TalvenorError.txt.001", refuge, "backup");
+// No other test uses the default file.
+TEST(LogOfPrograms, UnconfiguredLogUsesTheDefaultFileAndSkipsTheFirstSizeCheck) {
+    const test::TemporaryFolder folder;
+    const FileSetAside log("C:\\TalvenorError.txt", folder, "log");
+    const FileSetAside backup("C:\\TalvenorError.txt.001", folder, "backup");
     const std::string old(1000001, '#');
     std::FILE* const file = std::fopen(log.path().c_str(), "wb");
     ASSERT_NE(file, nullptr) << "the root of drive C is not writable";
@@ -54,7 +54,7 @@ TEST(LogOfPrograms, ANeverConfiguredLogIsTheDefaultFileAndItsFirstLineGoesWithou
 
     EXPECT_EQ(test::runChild(L"never_configured"), 0u);
 
-    EXPECT_EQ(test::readLogMessages(log.path()), (Texts{"WARN: second", "WARN: third"})) << "the limit is as it was";
+    EXPECT_EQ(test::readLogMessages(log.path()), (Texts{"WARN: second", "WARN: third"})) << "the limit must not change";
     const std::string moved = test::readFileBytes(backup.path()).value_or("");
     ASSERT_GT(moved.size(), old.size());
     EXPECT_TRUE(moved.compare(0, old.size(), old) == 0);
@@ -62,7 +62,7 @@ TEST(LogOfPrograms, ANeverConfiguredLogIsTheDefaultFileAndItsFirstLineGoesWithou
     EXPECT_NE(firstLine.find(": WARN: first\r\n"), std::string::npos) << firstLine;
 }
 
-TEST(LogOfPrograms, DebugCallsWithoutAnyTargetLookAtNothing) {
+TEST(LogOfPrograms, DebugCallsWithoutAnyTargetIgnoreTheirArguments) {
     const test::TemporaryFolder folder;
     EXPECT_EQ(test::runChild(L"no_debug_target", {}, {.directory = folder.widePath()}), 0u);
     EXPECT_FALSE(test::readFileBytes(folder.file("errors.txt")).has_value());

@@ -1,5 +1,5 @@
 /// \file
-/// The size limit of the error log: how it is set, and when the file is moved to its backup.
+/// The size limit of the error log: how to set it, and when the file becomes the backup.
 
 #include <cstdio>
 #include <filesystem>
@@ -20,7 +20,7 @@ using test::TemporaryLog;
 using Texts = std::vector<std::string>;
 using vorel::Exception;
 
-/// A file of `size` bytes, without a line's form.
+/// Creates a file of `size` bytes that contains no log line.
 void makeFile(const std::string& path, std::size_t size, char fill = '#') {
     std::FILE* const file = std::fopen(path.c_str(), "wb");
     ASSERT_NE(file, nullptr);
@@ -29,7 +29,7 @@ void makeFile(const std::string& path, std::size_t size, char fill = '#') {
     std::fclose(file);
 }
 
-bool isThere(const std::string& path) {
+bool fileExists(const std::string& path) {
     return test::readFileBytes(path).has_value();
 }
 
@@ -40,11 +40,11 @@ TEST(LogSize, StandardLimits) {
     EXPECT_EQ(*addressable, 10000000);
 }
 
-TEST(LogSize, EachSettingTakesItsOwnRangeOfLimits) {
+TEST(LogSize, EachFunctionAcceptsItsOwnRangeOfLimits) {
     struct Case {
         long long given;
-        long long bySize;      // what SetErrorLogSize makes of it
-        long long byLocation;  // what SetErrorLogLocation makes of it
+        long long bySize;      // the limit after SetErrorLogSize
+        long long byLocation;  // the limit after SetErrorLogLocation
     };
     constexpr long long kBefore = 5000;
     const std::vector<Case> cases = {
@@ -69,15 +69,15 @@ TEST(LogSize, EachSettingTakesItsOwnRangeOfLimits) {
     }
 }
 
-TEST(LogSize, ZeroSwitchesTheLogOffAndCreatesNoFile) {
+TEST(LogSize, ZeroDisablesTheLogAndCreatesNoFile) {
     const TemporaryLog log;
     Exception::SetErrorLogSize(0);
-    const Exception e(L"unheard");
-    Exception::warn("unheard");
+    const Exception e(L"suppressed");
+    Exception::warn("suppressed");
     EXPECT_FALSE(log.exists());
     Exception::SetErrorLogSize(-1);
-    Exception::warn("heard");
-    EXPECT_EQ(log.messages(), Texts{"WARN: heard"});
+    Exception::warn("written");
+    EXPECT_EQ(log.messages(), Texts{"WARN: written"});
 }
 
 TEST(LogSize, MinusOneNeverRotates) {
@@ -86,10 +86,10 @@ TEST(LogSize, MinusOneNeverRotates) {
     Exception::SetErrorLogSize(-1);
     Exception::warn("text");
     EXPECT_GT(log.size(), 2000000);
-    EXPECT_FALSE(isThere(log.backupPath()));
+    EXPECT_FALSE(fileExists(log.backupPath()));
 }
 
-TEST(LogSize, OnlyAFileBeyondTheLimitIsMoved) {
+TEST(LogSize, OnlyAFileAboveTheLimitIsMoved) {
     struct Case {
         std::size_t size;
         bool moved;
@@ -99,7 +99,7 @@ TEST(LogSize, OnlyAFileBeyondTheLimitIsMoved) {
         const TemporaryLog log(kLimit);
         makeFile(log.path(), c.size);
         Exception::warn("new");
-        EXPECT_EQ(isThere(log.backupPath()), c.moved) << c.size;
+        EXPECT_EQ(fileExists(log.backupPath()), c.moved) << c.size;
         if (c.moved) {
             EXPECT_EQ(test::readFileBytes(log.backupPath()), std::string(c.size, '#'));
             EXPECT_EQ(log.messages(), Texts{"WARN: new"});
@@ -110,17 +110,17 @@ TEST(LogSize, OnlyAFileBeyondTheLimitIsMoved) {
     }
 }
 
-TEST(LogSize, TheLineThatCrossesTheLimitStaysAndTheNextOneMovesTheFile) {
+TEST(LogSize, LineAfterTheLimitIsExceededMovesTheFile) {
     const TemporaryLog log(1000);
     makeFile(log.path(), 1000);
     Exception::warn("crosses");
-    EXPECT_FALSE(isThere(log.backupPath()));
+    EXPECT_FALSE(fileExists(log.backupPath()));
     Exception::warn("next");
-    EXPECT_TRUE(isThere(log.backupPath()));
+    EXPECT_TRUE(fileExists(log.backupPath()));
     EXPECT_EQ(log.messages(), Texts{"WARN: next"});
 }
 
-TEST(LogSize, AnOlderBackupIsReplaced) {
+TEST(LogSize, OlderBackupIsReplaced) {
     const TemporaryLog log(100);
     makeFile(log.backupPath(), 7, 'o');
     makeFile(log.path(), 101, 'n');
@@ -128,18 +128,18 @@ TEST(LogSize, AnOlderBackupIsReplaced) {
     EXPECT_EQ(test::readFileBytes(log.backupPath()), std::string(101, 'n'));
 }
 
-TEST(LogSize, ALogCallBringsItsOwnPathAndLimit) {
+TEST(LogSize, LogCallUsesItsOwnPathAndLimit) {
     const TemporaryLog log;
     const std::string path = log.folder().file("own.txt");
     makeFile(path, 51);
     Exception::log(path.c_str(), 50, "OWN", "text");
     EXPECT_EQ(test::readLogMessages(path), Texts{"OWN: text"});
-    EXPECT_TRUE(isThere(path + ".001"));
+    EXPECT_TRUE(fileExists(path + ".001"));
     EXPECT_FALSE(log.exists());
     EXPECT_EQ(currentLogSize(), Exception::DefaultLogSize);
 }
 
-TEST(LogSize, ALogCallWithANegativeLimitRotatesByTheCurrentOne) {
+TEST(LogSize, LogCallWithANegativeLimitUsesTheCurrentLimit) {
     struct Case {
         long long current;
         long long own;
@@ -156,38 +156,38 @@ TEST(LogSize, ALogCallWithANegativeLimitRotatesByTheCurrentOne) {
         const std::string path = log.folder().file("own.txt");
         makeFile(path, kSize);
         Exception::log(path.c_str(), c.own, "OWN", "text");
-        EXPECT_EQ(isThere(path + ".001"), c.moved) << c.current << " " << c.own;
-        EXPECT_TRUE(isThere(path));
+        EXPECT_EQ(fileExists(path + ".001"), c.moved) << c.current << " " << c.own;
+        EXPECT_TRUE(fileExists(path));
     }
 }
 
-TEST(LogSize, ALogCallWithLimitZeroCreatesNoFile) {
+TEST(LogSize, LogCallWithLimitZeroCreatesNoFile) {
     const TemporaryLog log;
     const std::string path = log.folder().file("own.txt");
     Exception::log(path.c_str(), 0, "OWN", "text");
     Exception::log(path.c_str(), 0, L"OWN", L"text");
     Exception::logClass(path.c_str(), 0, L"OWN", L"Class", L"method", L"text");
-    EXPECT_FALSE(isThere(path));
+    EXPECT_FALSE(fileExists(path));
     EXPECT_FALSE(log.exists());
 }
 
-/// A reader that lets others read and write, but not rename or delete.
+/// Opens a file for reading. Others may read and write it, but not rename or delete it.
 test::Handle readerOf(const std::string& path) {
     return test::Handle(CreateFileA(path.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
                                     OPEN_EXISTING, 0, nullptr));
 }
 
-TEST(LogSize, AFileThatCannotBeMovedIsWrittenOn) {
+TEST(LogSize, FileThatCannotBeMovedKeepsGrowing) {
     const TemporaryLog log(100);
     makeFile(log.path(), 101);
     const test::Handle reader = readerOf(log.path());
     ASSERT_TRUE(reader);
     Exception::warn("text");
-    EXPECT_FALSE(isThere(log.backupPath()));
+    EXPECT_FALSE(fileExists(log.backupPath()));
     EXPECT_GT(log.size(), 101);
 }
 
-TEST(LogSize, ABackupThatCannotBeDeletedKeepsTheFileWhereItIs) {
+TEST(LogSize, FileStaysIfTheBackupCannotBeDeleted) {
     const TemporaryLog log(100);
     makeFile(log.path(), 101);
     makeFile(log.backupPath(), 7, 'o');

@@ -18,7 +18,7 @@ using test::TemporaryLog;
 using Texts = std::vector<std::string>;
 using vorel::Exception;
 
-TEST(MessageStack, AppendedMessagesAreLoggedAtOnce) {
+TEST(MessageStack, AppendedMessagesAreLoggedImmediately) {
     const TemporaryLog log;
     Exception e;
     e.appendMessage(L"wide %d", 1);
@@ -27,7 +27,7 @@ TEST(MessageStack, AppendedMessagesAreLoggedAtOnce) {
     EXPECT_EQ(log.messages(), (Texts{"Vorel Error: wide 1", "Vorel Error: narrow 2"}));
 }
 
-TEST(MessageStack, MessagesOfEveryLengthAroundTheBufferAreWhole) {
+TEST(MessageStack, MessagesAroundTheBufferSizeAreNotTruncated) {
     for (const unsigned int length : {0u, 1u, 7998u, 7999u, 8000u, 8001u, 10000u, 100000u}) {
         const TemporaryLog log;
         const std::wstring wide(length, L'x');
@@ -40,7 +40,7 @@ TEST(MessageStack, MessagesOfEveryLengthAroundTheBufferAreWhole) {
     }
 }
 
-TEST(MessageStack, ArgumentsMayPointIntoTheStackThatGrows) {
+TEST(MessageStack, ArgumentsMayPointIntoTheGrowingStack) {
     Exception e(L"seed");
     std::wstring expected = L"seed";
     for (int round = 0; round < 40; ++round) {
@@ -51,7 +51,7 @@ TEST(MessageStack, ArgumentsMayPointIntoTheStackThatGrows) {
     EXPECT_EQ(e.getMessageTotal(), 41u);
 }
 
-TEST(MessageStack, AFormatThatCannotBeRenderedGivesAFixedText) {
+TEST(MessageStack, InvalidFormatGivesAFixedText) {
     const TemporaryLog log;
     Exception e("%ls", L"\x4E00");  // no such character in the C locale
     e.appendMessage(static_cast<const wchar_t*>(nullptr));
@@ -62,7 +62,7 @@ TEST(MessageStack, AFormatThatCannotBeRenderedGivesAFixedText) {
     EXPECT_EQ(log.messages(), (Texts{line, line, line}));
 }
 
-TEST(MessageStack, NarrowTextsAreThoseOfTheLocale) {
+TEST(MessageStack, NarrowTextsUseTheEncodingOfTheLocale) {
     const TemporaryLog log;
     Exception e("\xE9");
     e.appendMessage("%s", "\xE9");
@@ -80,13 +80,13 @@ TEST(MessageStack, ReplacedMessagesAreNotLogged) {
     e.setErrorMessage(2, L"nowhere");
     e.setErrorMessage(UINT_MAX, L"nowhere");
     EXPECT_EQ(messagesOf(e), (Messages{L"a", L"a and b"}));
-    e.setLocation(1, L"where it was");
+    e.setLocation(1, L"second");
     e.setErrorMessage(1, L"c");
-    EXPECT_EQ(test::locationsOf(e).at(1), L"where it was");
+    EXPECT_EQ(test::locationsOf(e).at(1), L"second");
     EXPECT_FALSE(log.exists());
 }
 
-TEST(MessageStack, ReplacedMessagesAreWholeHoweverLong) {
+TEST(MessageStack, LongReplacedMessagesAreNotTruncated) {
     Exception e(L"a");
     const std::wstring text(9000, L'z');
     e.setErrorMessage(0, L"%ls", text.c_str());
@@ -95,7 +95,7 @@ TEST(MessageStack, ReplacedMessagesAreWholeHoweverLong) {
     EXPECT_EQ(messagesOf(e), Messages{L"(unable to format message)"});
 }
 
-TEST(MessageStack, LocationsAreSetByIndexAndIgnoredOutOfRange) {
+TEST(MessageStack, SetLocationIgnoresAnIndexOutOfRange) {
     Exception e(L"a");
     e.appendMessage(L"b");
     e.setLocation(0, L"first");
@@ -106,10 +106,10 @@ TEST(MessageStack, LocationsAreSetByIndexAndIgnoredOutOfRange) {
     EXPECT_EQ(test::locationsOf(e).at(0), L"");
 }
 
-TEST(MessageStack, DefineLocationMeansTheNewestMessage) {
+TEST(MessageStack, DefineLocationSetsThatOfTheNewestMessage) {
     Exception e;
-    e.defineLocation(L"nothing to hold it");
-    e.defineLocation("nothing to hold it");
+    e.defineLocation(L"without a message");
+    e.defineLocation("without a message");
     EXPECT_EQ(e.getMessageTotal(), 0u);
     e.appendMessage(L"a");
     e.appendMessage(L"b");
@@ -126,7 +126,7 @@ constexpr int kAccessDenied = static_cast<int>(0x80070005);
 constexpr int kOutOfMemory = static_cast<int>(0x8007000E);
 constexpr int kWithoutText = static_cast<int>(0xA1234567);
 
-/// What the system says of an HRESULT.
+/// The system's text for an HRESULT.
 std::wstring systemTextOf(int hr) {
     wchar_t text[1024] = {};
     FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr, static_cast<DWORD>(hr), 0, text,
@@ -151,14 +151,14 @@ TEST(MessageStack, HresultAddsTheSystemsTextAndAClosingLine) {
         ASSERT_NE(text, L"");
         const std::wstring message = std::wstring(L"HRESULT: ") + digits + L" - " + text;
         EXPECT_EQ(messagesOf(e), Messages{message});
-        // The system's text ends in a line break of its own, which the runtime widens on its way to the file.
+        // The system's text ends with a line break. The runtime writes its line feed as CR LF.
         const std::string content = test::readFileBytes(log.path()).value_or("");
         const std::string line = asciiOf(message.substr(0, message.find_first_of(L"\r\n")));
         const std::string prefix = "AddHRESULTErrorToStack: ";
         const std::size_t first = content.find(prefix);
         EXPECT_EQ(content.compare(first, prefix.size() + line.size(), prefix + line), 0) << content;
         const std::size_t second = content.find(prefix, first + 1);
-        EXPECT_EQ(content.substr(second), prefix + "\r\n") << "one closing line, and nothing behind it";
+        EXPECT_EQ(content.substr(second), prefix + "\r\n") << "exactly one closing line";
     }
 }
 
@@ -172,7 +172,7 @@ TEST(MessageStack, HresultWithoutAddedTextStillWritesTheClosingLine) {
     }
 }
 
-TEST(MessageStack, HresultUnknownToTheSystemIsLoggedOnly) {
+TEST(MessageStack, UnknownHresultIsOnlyLogged) {
     ASSERT_EQ(systemTextOf(kWithoutText), L"");
     const TemporaryLog log;
     Exception e;
@@ -181,7 +181,7 @@ TEST(MessageStack, HresultUnknownToTheSystemIsLoggedOnly) {
     EXPECT_EQ(log.messages(), (Texts{"AddHRESULTErrorToStack: HR not found", "AddHRESULTErrorToStack: "}));
 }
 
-TEST(MessageStack, HresultOfADelayedExceptionLogsOnlyThatItIsUnknown) {
+TEST(MessageStack, DelayedExceptionLogsOnlyUnknownHresults) {
     const TemporaryLog log;
     Exception e;
     e.setDelayedLogging(true);

@@ -1,6 +1,6 @@
 /// \file
-/// The records that handlers add to an exception, and where each kind of handler leaves it. (What a destructor does is
-/// DestructorProtocolTest's.)
+/// The records that handlers add to an exception, and the effect of each kind of handler. DestructorProtocolTest.cpp
+/// tests destructors.
 
 #include "vorel/core/Protocol.h"
 
@@ -30,7 +30,7 @@ using vorel::MemoryException;
 using vorel::TimeoutException;
 namespace detail = vorel::detail;
 
-TEST(Protocol, RecordFormatsAreThoseThatClientsWrite) {
+TEST(Protocol, RecordFormatsForClientsAreFixed) {
     struct Case {
         const wchar_t* format;
         const wchar_t* text;
@@ -55,7 +55,7 @@ TEST(Protocol, RecordFormatsAreThoseThatClientsWrite) {
     }
 }
 
-/// One way to handle an exception in hand, and the record that it leaves.
+/// A way to handle an exception, and the record that it adds.
 struct Handling {
     std::function<void(Exception&)> handle;
     std::string record;
@@ -98,7 +98,7 @@ std::wstring widened(const std::string& text) {
     return {text.begin(), text.end()};
 }
 
-TEST(Protocol, CatchingLogsTheRecordAndEmptiesTheStack) {
+TEST(Protocol, CatchingLogsTheRecordAndClearsTheStack) {
     for (const Handling& c : catches()) {
         Exception e(L"first");
         e.appendMessage(L"second");
@@ -109,7 +109,7 @@ TEST(Protocol, CatchingLogsTheRecordAndEmptiesTheStack) {
     }
 }
 
-TEST(Protocol, CatchingADelayedExceptionLogsNothingAtAll) {
+TEST(Protocol, CatchingADelayedExceptionLogsNothing) {
     const TemporaryLog log;
     {
         Exception e;
@@ -150,7 +150,7 @@ TEST(Protocol, CatchingASevereErrorOnlyLogs) {
                      "Vorel Error: row 7: Severe error caught"}));
 }
 
-TEST(Protocol, ThrowingForASevereErrorStartsAFreshException) {
+TEST(Protocol, ThrowSevereThrowsANewException) {
     const TemporaryLog log;
     expectThrows<Exception>([] { Exception::throwSevere(L"load"); }, {L"load: Severe error thrown"});
     expectThrows<Exception>([] { Exception::throwSevereClass(L"Parser", L"run"); },
@@ -161,7 +161,7 @@ TEST(Protocol, ThrowingForASevereErrorStartsAFreshException) {
                      "Vorel Error: row 7: Severe error thrown"}));
 }
 
-TEST(Protocol, LocationsMayHoldPercentSignsAndAnyLength) {
+TEST(Protocol, LocationsMayContainPercentSignsAndHaveAnyLength) {
     const std::wstring location = L"100%s %n " + std::wstring(9000, L'x');
     Exception e(L"first");
     e.appendSevereCaught(location.c_str());
@@ -170,7 +170,7 @@ TEST(Protocol, LocationsMayHoldPercentSignsAndAnyLength) {
                             {location + L": Severe error thrown"});
 }
 
-TEST(Protocol, AClimbingExceptionLeavesATrail) {
+TEST(Protocol, EachFrameAddsARecord) {
     const TemporaryLog log;
     const auto innermost = [] { detail::throwFailure(L"100% broken"); };
     const auto inner = [&] { detail::guarded(L"vorel::util::inner", innermost); };
@@ -182,22 +182,23 @@ TEST(Protocol, AClimbingExceptionLeavesATrail) {
                      "Vorel Error: Outer::run: Vorel exception rethrown"}));
 }
 
-TEST(Protocol, TheFramePassesResultsThrough) {
+TEST(Protocol, FrameReturnsTheResult) {
     int value = 7;
     EXPECT_EQ(detail::guarded(L"f", [] { return 5; }), 5);
     EXPECT_EQ(&detail::guarded(L"C", L"f", [&]() -> int& { return value; }), &value);
 }
 
-TEST(Protocol, TheFrameTurnsAnythingElseIntoASevereError) {
-    for (const std::function<void()>& fail :
-         {std::function<void()>([] { throw 5; }), std::function<void()>([] { throw std::runtime_error("foreign"); })}) {
+TEST(Protocol, FrameConvertsOtherExceptionsToSevereErrors) {
+    for (const std::function<void()>& fail : {std::function<void()>([] { throw 5; }), std::function<void()>([] {
+                                                  throw std::runtime_error("not of the library");
+                                              })}) {
         expectThrows<Exception>([&] { detail::guarded(L"load", fail); }, {L"load: Severe error thrown"});
         expectThrows<Exception>([&] { detail::guarded(L"Parser", L"run", fail); },
                                 {L"Parser::run: Severe error thrown"});
     }
 }
 
-TEST(Protocol, TheContainingFrameLetsNothingOut) {
+TEST(Protocol, ContainingFrameSwallowsEveryException) {
     const TemporaryLog log;
     detail::contained(L"load", [] {});
     EXPECT_FALSE(log.exists());
@@ -207,7 +208,7 @@ TEST(Protocol, TheContainingFrameLetsNothingOut) {
                                      "Vorel Error: load: Severe error caught"}));
 }
 
-TEST(Protocol, CoreFailuresHaveTheirClasses) {
+TEST(Protocol, CoreFunctionsThrowTheDocumentedClasses) {
     expectThrows<MemoryException>([] { detail::throwMemory(16, 2); },
                                   {L"No more memory is available: 16 objects of size 2 requested"});
     expectThrows<InvalidIndexException>(
@@ -219,40 +220,40 @@ TEST(Protocol, CoreFailuresHaveTheirClasses) {
                                         {L"An invalid index value (0) has been detected; there are zero items"});
 }
 
-TEST(Protocol, ExceptionsOfTheLibraryAreCaughtHereByClassAndByBase) {
+TEST(Protocol, LibraryExceptionsCanBeCaughtByClassAndByBase) {
     EXPECT_THROW(detail::throwInvalidIndex(7, 3), InvalidIndexException);
     EXPECT_THROW(detail::throwInvalidIndex(7, 3), Exception);
     EXPECT_THROW(Exception::throwSevere(L"load"), Exception);
     try {
         detail::throwMemory(1, 2);
     } catch (const InvalidIndexException&) {
-        ADD_FAILURE() << "caught as another class";
+        ADD_FAILURE() << "caught as an unrelated class";
     } catch (const MemoryException& e) {
         EXPECT_STREQ(e.what(), L"No more memory is available: 1 objects of size 2 requested");
     }
 }
 
-/// Breaks the promise of its base never to return.
+/// Returns from `rethrow`, although the base class never does.
 struct Returning : Exception {
     using Exception::Exception;
     void rethrow() override {}
 };
 
-TEST(Protocol, BehindAnOverrideThatReturnsTheBaseIsThrown) {
+TEST(Protocol, TheBaseIsThrownIfAnOverriddenRethrowReturns) {
     for (const Handling& c : rethrows()) {
         Returning e(L"first");
         expectThrows<Exception>([&] { c.handle(e); }, {L"first", widened(c.record)});
     }
 }
 
-TEST(Protocol, ACopyOfADelayedExceptionLogsItsRecordsAtOnce) {
+TEST(Protocol, CopyOfADelayedExceptionLogsItsRecordsImmediately) {
     const TemporaryLog log;
     try {
         try {
             Exception delayed;
             delayed.setDelayedLogging(true);
             delayed.appendMessage(L"a");
-            delayed.rethrowMessage(L"load");  // throws a copy; the delayed object ends here, and logs
+            delayed.rethrowMessage(L"load");  // throws a copy; the delayed object is destroyed and logs
         } catch (Exception& copy) {
             copy.rethrowClass(L"Parser", L"run");
         }

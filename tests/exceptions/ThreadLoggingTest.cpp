@@ -1,5 +1,5 @@
 /// \file
-/// The switch that keeps one thread's messages out of the error log.
+/// The switch that disables the error log for one thread.
 
 #include <atomic>
 #include <string>
@@ -19,22 +19,22 @@ using test::TemporaryLog;
 using Texts = std::vector<std::string>;
 using vorel::Exception;
 
-TEST(ThreadLogging, ASilencedThreadWritesNothingUntilItIsLetInAgain) {
+TEST(ThreadLogging, SilencedThreadWritesNothingUntilItIsEnabledAgain) {
     const TemporaryLog log;
     EXPECT_FALSE(Exception::IsThreadErrorLoggingDisabled());
     Exception::DisableThreadErrorLogging(true);
     EXPECT_TRUE(Exception::IsThreadErrorLoggingDisabled());
-    const Exception e(L"unheard");
-    Exception::warn("unheard");
-    Exception::log(nullptr, 1000, "P", "unheard");
+    const Exception e(L"suppressed");
+    Exception::warn("suppressed");
+    Exception::log(nullptr, 1000, "P", "suppressed");
     EXPECT_FALSE(log.exists());
     Exception::DisableThreadErrorLogging(false);
     EXPECT_FALSE(Exception::IsThreadErrorLoggingDisabled());
-    Exception::warn("heard");
-    EXPECT_EQ(log.messages(), Texts{"WARN: heard"});
+    Exception::warn("written");
+    EXPECT_EQ(log.messages(), Texts{"WARN: written"});
 }
 
-TEST(ThreadLogging, ASilencedThreadStillCollectsMessages) {
+TEST(ThreadLogging, SilencedThreadStillCollectsMessages) {
     const TemporaryLog log;
     Exception::DisableThreadErrorLogging(true);
     Exception e(L"a");
@@ -43,37 +43,37 @@ TEST(ThreadLogging, ASilencedThreadStillCollectsMessages) {
     EXPECT_FALSE(log.exists());
 }
 
-TEST(ThreadLogging, SilencingTwiceIsUndoneOnce) {
+TEST(ThreadLogging, EnablingOnceUndoesDisablingTwice) {
     const TemporaryLog log;
     Exception::DisableThreadErrorLogging(true);
     Exception::DisableThreadErrorLogging(true);
     Exception::DisableThreadErrorLogging(false);
     EXPECT_FALSE(Exception::IsThreadErrorLoggingDisabled());
-    Exception::warn("heard");
-    EXPECT_EQ(log.messages(), Texts{"WARN: heard"});
+    Exception::warn("written");
+    EXPECT_EQ(log.messages(), Texts{"WARN: written"});
 }
 
-TEST(ThreadLogging, LettingInAThreadThatWasNeverSilencedIsAllowed) {
+TEST(ThreadLogging, EnablingAThreadThatWasNeverDisabledHasNoEffect) {
     const TemporaryLog log;
     Exception::DisableThreadErrorLogging(false);
     Exception::DisableThreadErrorLogging(false);
-    Exception::warn("heard");
-    EXPECT_EQ(log.messages(), Texts{"WARN: heard"});
+    Exception::warn("written");
+    EXPECT_EQ(log.messages(), Texts{"WARN: written"});
 }
 
-TEST(ThreadLogging, OtherThreadsAreHeard) {
+TEST(ThreadLogging, OtherThreadsStillLog) {
     const TemporaryLog log;
     Exception::DisableThreadErrorLogging(true);
     std::thread([] {
         EXPECT_FALSE(Exception::IsThreadErrorLoggingDisabled());
-        Exception::warn("from the other");
+        Exception::warn("from the other thread");
     }).join();
-    Exception::warn("unheard");
+    Exception::warn("suppressed");
     EXPECT_TRUE(Exception::IsThreadErrorLoggingDisabled());
-    EXPECT_EQ(log.messages(), Texts{"WARN: from the other"});
+    EXPECT_EQ(log.messages(), Texts{"WARN: from the other thread"});
 }
 
-TEST(ThreadLogging, AThreadLetInLeavesTheOthersSilenced) {
+TEST(ThreadLogging, EnablingAThreadDoesNotEnableOthers) {
     const TemporaryLog log;
     Exception::DisableThreadErrorLogging(true);
     std::thread([] {
@@ -81,21 +81,21 @@ TEST(ThreadLogging, AThreadLetInLeavesTheOthersSilenced) {
         Exception::DisableThreadErrorLogging(false);
     }).join();
     EXPECT_TRUE(Exception::IsThreadErrorLoggingDisabled());
-    Exception::warn("unheard");
+    Exception::warn("suppressed");
     EXPECT_FALSE(log.exists());
 }
 
-TEST(ThreadLogging, MoreThreadsThanTheTableHasBucketsAreKeptApart) {
+TEST(ThreadLogging, MoreThreadsThanBucketsAreIndependent) {
     constexpr int kThreads = 100;
     const TemporaryLog log;
     std::atomic<int> wrong{0};
     std::atomic<int> arrived{0};
-    // Events of the system, not the waits of std::atomic, which this toolchain sometimes leaves waiting for ever.
+    // System events, because the waits of std::atomic sometimes never return with this toolchain.
     const test::NamedEvent allArrived(test::NamedEvent::uniqueName(L"all_arrived"));
     const test::NamedEvent leave(test::NamedEvent::uniqueName(L"leave"));
     std::vector<std::thread> threads;
     threads.reserve(kThreads);
-    // All of them live at the same time, so that no thread id is used twice; every second one is silenced.
+    // All threads run at the same time, so each has its own id. Every second thread is silenced.
     for (int index = 0; index < kThreads; ++index) {
         threads.emplace_back([&, silence = index % 2 == 0] {
             if (silence) {
@@ -119,7 +119,7 @@ TEST(ThreadLogging, MoreThreadsThanTheTableHasBucketsAreKeptApart) {
     EXPECT_FALSE(Exception::IsThreadErrorLoggingDisabled());
 }
 
-TEST(ThreadLogging, ADelayedExceptionOfASilencedThreadStaysUnwritten) {
+TEST(ThreadLogging, DelayedExceptionOfASilencedThreadIsNotLogged) {
     const TemporaryLog log;
     Exception::DisableThreadErrorLogging(true);
     {
