@@ -34,14 +34,14 @@ CRITICAL_SECTION* sectionOf(const auto& lock) {
     return static_cast<CRITICAL_SECTION*>(lock.getHandle());
 }
 
-/// What holds for both kinds of critical section while the switch is on.
+/// The rules of both kinds of critical section while the switch is on.
 template <class Lock>
 class CriticalSection : public ::testing::Test {};
 
 using Sections = ::testing::Types<AutoCriticalSection, ForcedCriticalSection>;
 TYPED_TEST_SUITE(CriticalSection, Sections);
 
-TYPED_TEST(CriticalSection, Lock_KeepsOthersOutUntilUnlock) {
+TYPED_TEST(CriticalSection, Lock_ExcludesOthersUntilUnlock) {
     TypeParam lock;
     EXPECT_TRUE(isFreeForOthers(lock));
     EXPECT_TRUE(lock.lock(60000, true));
@@ -50,7 +50,7 @@ TYPED_TEST(CriticalSection, Lock_KeepsOthersOutUntilUnlock) {
     EXPECT_TRUE(isFreeForOthers(lock));
 }
 
-TYPED_TEST(CriticalSection, Lock_WithoutTimeTriesOnce) {
+TYPED_TEST(CriticalSection, Lock_WithTimeoutZeroTriesOnce) {
     TypeParam lock;
     EXPECT_TRUE(lock.lock(0, true));
     EXPECT_FALSE(onAnotherThread([&] { return lock.lock(0, true); }));
@@ -59,7 +59,7 @@ TYPED_TEST(CriticalSection, Lock_WithoutTimeTriesOnce) {
     EXPECT_TRUE(isFreeForOthers(lock));
 }
 
-TYPED_TEST(CriticalSection, TheOwnerMayEnterAgainAndMustLeaveAsOften) {
+TYPED_TEST(CriticalSection, Lock_IsRecursive) {
     TypeParam lock;
     EXPECT_TRUE(lock.lock(1, false));
     EXPECT_TRUE(lock.tryLock());
@@ -71,7 +71,7 @@ TYPED_TEST(CriticalSection, TheOwnerMayEnterAgainAndMustLeaveAsOften) {
     EXPECT_TRUE(isFreeForOthers(lock));
 }
 
-TYPED_TEST(CriticalSection, Lock_WithAnyTimeWaitsUntilTheLockIsFree) {
+TYPED_TEST(CriticalSection, Lock_WithAnyOtherTimeoutWaitsForever) {
     for (const unsigned int timeoutMs : {1u, 5u, 60000u}) {
         TypeParam lock;
         ASSERT_TRUE(lock.lock(timeoutMs, true));
@@ -85,7 +85,7 @@ TYPED_TEST(CriticalSection, Lock_WithAnyTimeWaitsUntilTheLockIsFree) {
             return taken;
         });
         started.get_future().wait();
-        // Many times the 5 ms that the caller asked for, without an answer.
+        // Still waits long after a timeout of 5 ms.
         EXPECT_EQ(waiter.wait_for(std::chrono::milliseconds(60)), std::future_status::timeout);
         lock.unlock();
         ASSERT_EQ(waiter.wait_for(kGenerous), std::future_status::ready);
@@ -93,7 +93,7 @@ TYPED_TEST(CriticalSection, Lock_WithAnyTimeWaitsUntilTheLockIsFree) {
     }
 }
 
-TYPED_TEST(CriticalSection, Handle_IsTheSystemsCriticalSection) {
+TYPED_TEST(CriticalSection, GetHandle_ReturnsTheCriticalSectionOfTheSystem) {
     TypeParam lock;
     const TypeParam other;
     ASSERT_NE(lock.getHandle(), nullptr);
@@ -106,15 +106,15 @@ TYPED_TEST(CriticalSection, Handle_IsTheSystemsCriticalSection) {
     lock.unlock();
 }
 
-/// Takes the handle out of a lock and leaves the lock without one, as a half-built or destroyed one is.
+/// Sets the handle of a lock to null, as in a partly constructed or destroyed lock, and restores it.
 template <class Lock>
-class HandleTakenAway {
+class WithoutHandle {
 public:
-    explicit HandleTakenAway(Lock& lock) : m_lock(lock), m_handle(lock.getHandle()) { setHandle(nullptr); }
-    ~HandleTakenAway() { setHandle(m_handle); }
+    explicit WithoutHandle(Lock& lock) : m_lock(lock), m_handle(lock.getHandle()) { setHandle(nullptr); }
+    ~WithoutHandle() { setHandle(m_handle); }
 
-    HandleTakenAway(const HandleTakenAway&) = delete;
-    HandleTakenAway& operator=(const HandleTakenAway&) = delete;
+    WithoutHandle(const WithoutHandle&) = delete;
+    WithoutHandle& operator=(const WithoutHandle&) = delete;
 
 private:
     void setHandle(void* handle) { std::memcpy(static_cast<void*>(&m_lock), &handle, sizeof handle); }
@@ -123,10 +123,10 @@ private:
     void* m_handle;
 };
 
-TYPED_TEST(CriticalSection, WithoutASystemObject_LocksNothingAndSucceeds) {
+TYPED_TEST(CriticalSection, Lock_WithoutAHandleSucceedsAndLocksNothing) {
     TypeParam lock;
     {
-        const HandleTakenAway<TypeParam> taken(lock);
+        const WithoutHandle<TypeParam> taken(lock);
         EXPECT_EQ(lock.getHandle(), nullptr);
         EXPECT_TRUE(lock.lock(60000, true));
         EXPECT_TRUE(lock.lock(0, false));
@@ -137,17 +137,17 @@ TYPED_TEST(CriticalSection, WithoutASystemObject_LocksNothingAndSucceeds) {
     EXPECT_TRUE(isFreeForOthers(lock));
 }
 
-TYPED_TEST(CriticalSection, IsNoneAnyMoreOnceItIsDestroyed) {
-    alignas(TypeParam) unsigned char place[sizeof(TypeParam)];
-    auto* const lock = new (place) TypeParam;
+TYPED_TEST(CriticalSection, Destructor_ClearsTheHandle) {
+    alignas(TypeParam) unsigned char memory[sizeof(TypeParam)];
+    auto* const lock = new (memory) TypeParam;
     EXPECT_NE(lock->getHandle(), nullptr);
     lock->~TypeParam();
-    void* handle = place;
-    std::memcpy(&handle, place, sizeof handle);
-    EXPECT_EQ(handle, nullptr) << "a static lock that is used late locks nothing";
+    void* handle = memory;
+    std::memcpy(&handle, memory, sizeof handle);
+    EXPECT_EQ(handle, nullptr) << "a late use of a static lock must lock nothing";
 }
 
-TYPED_TEST(CriticalSection, GuardsSharedData) {
+TYPED_TEST(CriticalSection, Lock_ProtectsSharedData) {
     TypeParam lock;
     long counter = 0;
     const auto work = [&] {
@@ -166,7 +166,7 @@ TYPED_TEST(CriticalSection, GuardsSharedData) {
 
 // ---- The switch -----------------------------------------------------------------------------------------------------
 
-TEST(AutoCriticalSection, SwitchedOff_TwoThreadsHoldIt) {
+TEST(AutoCriticalSection, SwitchedOff_TwoThreadsMayHoldIt) {
     const test::ThreadSafetySwitch restored;
     EnableThreadSafety(false);
     AutoCriticalSection lock;
@@ -175,7 +175,7 @@ TEST(AutoCriticalSection, SwitchedOff_TwoThreadsHoldIt) {
     EXPECT_TRUE(lock.tryLock());
     EXPECT_TRUE(onAnotherThread([&] { return lock.lock(60000, true) && lock.lock(0, true) && lock.tryLock(); }));
     lock.unlock();
-    // Nothing was entered.
+    // The section was never entered.
     EXPECT_TRUE(onAnotherThread([&] {
         const bool entered = TryEnterCriticalSection(sectionOf(lock)) != 0;
         LeaveCriticalSection(sectionOf(lock));
@@ -206,7 +206,7 @@ TEST(AutoCriticalSection, SwitchedOffWhileHeld_StaysEntered) {
     EXPECT_TRUE(isFreeForOthers(lock));
 }
 
-TEST(ForcedCriticalSection, ExcludesWhateverTheSwitchSays) {
+TEST(ForcedCriticalSection, IgnoresTheSwitch) {
     const test::ThreadSafetySwitch restored;
     EnableThreadSafety(false);
     ForcedCriticalSection lock;
@@ -216,13 +216,13 @@ TEST(ForcedCriticalSection, ExcludesWhateverTheSwitchSays) {
     EXPECT_TRUE(isFreeForOthers(lock));
 }
 
-/// Shows the halves that do not look at the switch.
+/// Makes the functions public that ignore the switch.
 struct OpenCriticalSection : AutoCriticalSection {
     using AutoCriticalSection::lockImpl;
     using AutoCriticalSection::unlockImpl;
 };
 
-TEST(AutoCriticalSection, UnconditionalHalves_DoNotLookAtTheSwitch) {
+TEST(AutoCriticalSection, UnconditionalFunctions_IgnoreTheSwitch) {
     const test::ThreadSafetySwitch restored;
     OpenCriticalSection lock;
     EnableThreadSafety(false);
@@ -248,7 +248,7 @@ TEST(NoLock, NeverLocks) {
     lock.unlock();
 }
 
-TEST(NoLock, HasNoSystemObject) {
+TEST(NoLock, HasNoHandle) {
     const NoLock lock;
     static_assert(noexcept(lock.getHandle()));
     EXPECT_EQ(lock.getHandle(), static_cast<void*>(nullptr));

@@ -31,7 +31,7 @@ static_assert(sizeof(Guard<NoLock>) == 16 && std::is_standard_layout_v<Guard<NoL
 static_assert(sizeof(UnGuard<NoLock>) == 16 && std::is_standard_layout_v<UnGuard<NoLock>>);
 static_assert(!std::is_copy_constructible_v<Guard<NoLock>> && !std::is_copy_assignable_v<Guard<NoLock>>);
 static_assert(!std::is_copy_constructible_v<UnGuard<NoLock>> && !std::is_copy_assignable_v<UnGuard<NoLock>>);
-static_assert(!std::is_convertible_v<NoLock&, Guard<NoLock>>, "taking a lock is said out loud");
+static_assert(!std::is_convertible_v<NoLock&, Guard<NoLock>>, "taking a lock must be explicit");
 static_assert(!std::is_nothrow_destructible_v<Guard<NoLock>> && !std::is_nothrow_destructible_v<UnGuard<NoLock>>);
 
 // ---- With real locks ------------------------------------------------------------------------------------------------
@@ -53,7 +53,7 @@ TYPED_TEST(GuardOf, HoldsTheLockForItsBlock) {
     EXPECT_TRUE(isFreeForOthers(lock));
 }
 
-TYPED_TEST(GuardOf, UnGuard_LeavesTheLockForItsBlock) {
+TYPED_TEST(GuardOf, UnGuard_ReleasesTheLockForItsBlock) {
     TypeParam lock;
     {
         const Guard<TypeParam> held(lock);
@@ -66,7 +66,7 @@ TYPED_TEST(GuardOf, UnGuard_LeavesTheLockForItsBlock) {
     EXPECT_TRUE(isFreeForOthers(lock));
 }
 
-TYPED_TEST(GuardOf, ReleasesTheLockWhenAFailurePasses) {
+TYPED_TEST(GuardOf, ReleasesTheLockDuringUnwinding) {
     TypeParam lock;
     try {
         const Guard<TypeParam> held(lock);
@@ -95,22 +95,22 @@ TEST(GuardOfAutoCriticalSection, SwitchedOffInsideTheBlock_DoesNotRelease) {
     lock.unlock();
 }
 
-// ---- What is called -------------------------------------------------------------------------------------------------
+// ---- Calls ----------------------------------------------------------------------------------------------------------
 
-/// A lock that writes down what it is asked for, and fails on request.
+/// A lock that records its calls and fails on request.
 class RecordingLock {
 public:
     bool lock(unsigned int timeout, bool flag) {
         calls.push_back("lock " + std::to_string(timeout) + (flag ? " true" : " false"));
-        failIfAsked(onLock);
+        failIfRequested(onLock);
         return grants;
     }
     void unlock() {
         calls.emplace_back("unlock");
-        failIfAsked(onUnlock);
+        failIfRequested(onUnlock);
     }
 
-    enum class Failure { None, OfTheLibrary, Foreign };
+    enum class Failure { None, OfTheLibrary, Other };
 
     Failure onLock = Failure::None;
     Failure onUnlock = Failure::None;
@@ -118,19 +118,19 @@ public:
     std::vector<std::string> calls;
 
 private:
-    static void failIfAsked(Failure failure) {
+    static void failIfRequested(Failure failure) {
         if (failure == Failure::OfTheLibrary) {
             throw vorel::TimeoutException();
         }
-        if (failure == Failure::Foreign) {
-            throw std::runtime_error("foreign");
+        if (failure == Failure::Other) {
+            throw std::runtime_error("not of the library");
         }
     }
 };
 
 using Failure = RecordingLock::Failure;
 
-TEST(GuardCalls, LockAtTheStartAndUnlockAtTheEnd) {
+TEST(GuardCalls, LockInTheConstructorAndUnlockInTheDestructor) {
     RecordingLock lock;
     {
         const Guard<RecordingLock> held(lock);
@@ -139,14 +139,14 @@ TEST(GuardCalls, LockAtTheStartAndUnlockAtTheEnd) {
     EXPECT_THAT(lock.calls, ElementsAre("lock 60000 true", "unlock"));
 }
 
-TEST(GuardCalls, ALockThatWasNotGrantedIsNotReleased) {
+TEST(GuardCalls, FailedLockIsNotReleased) {
     RecordingLock lock;
     lock.grants = false;
     { const Guard<RecordingLock> held(lock); }
     EXPECT_THAT(lock.calls, ElementsAre("lock 60000 true"));
 }
 
-TEST(UnGuardCalls, UnlockAtTheStartAndLockAtTheEnd) {
+TEST(UnGuardCalls, UnlockInTheConstructorAndLockInTheDestructor) {
     RecordingLock lock;
     {
         const UnGuard<RecordingLock> left(lock);
@@ -155,14 +155,14 @@ TEST(UnGuardCalls, UnlockAtTheStartAndLockAtTheEnd) {
     EXPECT_THAT(lock.calls, ElementsAre("unlock", "lock 60000 true"));
 }
 
-/// What the byte behind the pointer says, whether the lock is held.
+/// Reads the flag after the pointer: whether the guard holds the lock.
 bool isHeldBy(const auto& guard) {
     bool held = false;
     std::memcpy(&held, reinterpret_cast<const char*>(&guard) + sizeof(void*), sizeof held);
     return held;
 }
 
-TEST(GuardCalls, TellWhetherTheLockIsHeld) {
+TEST(GuardCalls, RecordWhetherTheLockIsHeld) {
     RecordingLock lock;
     EXPECT_TRUE(isHeldBy(Guard<RecordingLock>(lock)));
     EXPECT_FALSE(isHeldBy(UnGuard<RecordingLock>(lock)));
@@ -170,7 +170,7 @@ TEST(GuardCalls, TellWhetherTheLockIsHeld) {
     EXPECT_FALSE(isHeldBy(Guard<RecordingLock>(lock)));
 }
 
-TEST(GuardCalls, AFailureAtTheStartPassesAsItIs) {
+TEST(GuardCalls, FailureInTheConstructorIsThrownUnchanged) {
     RecordingLock lock;
     lock.onLock = Failure::OfTheLibrary;
     expectThrows<vorel::TimeoutException>([&] { const Guard<RecordingLock> held(lock); },
@@ -178,7 +178,7 @@ TEST(GuardCalls, AFailureAtTheStartPassesAsItIs) {
     EXPECT_THAT(lock.calls, ElementsAre("lock 60000 true"));
 }
 
-TEST(UnGuardCalls, AFailureAtTheStartPassesAsItIs) {
+TEST(UnGuardCalls, FailureInTheConstructorIsThrownUnchanged) {
     RecordingLock lock;
     lock.onUnlock = Failure::OfTheLibrary;
     expectThrows<vorel::TimeoutException>([&] { const UnGuard<RecordingLock> left(lock); },
@@ -188,14 +188,14 @@ TEST(UnGuardCalls, AFailureAtTheStartPassesAsItIs) {
 
 // ---- Failures at the end of the block -------------------------------------------------------------------------------
 
-/// Leaves the block of a guard whose lock fails at the end, normally or with a failure that unwinds it.
+/// Leaves the block of a guard whose lock then fails, normally or by an exception.
 template <template <class> class Scope>
 void leaveBlock(RecordingLock& lock, Failure failure, bool unwinding) {
     const Scope<RecordingLock> scope(lock);
     lock.onLock = failure;
     lock.onUnlock = failure;
     if (unwinding) {
-        throw std::runtime_error("the first failure");
+        throw std::runtime_error("first failure");
     }
 }
 
@@ -216,11 +216,11 @@ void expectEndOfBlockRules(const char* name) {
         expectThrows<vorel::TimeoutException>(
             [&] { leaveBlock<Scope>(lock, Failure::OfTheLibrary, false); },
             {L"Operation has overrun its specified timeout limit.", Names::wide(name, L": Vorel exception rethrown")});
-        EXPECT_EQ(lock.calls.size(), 2u) << "not tried a second time";
+        EXPECT_EQ(lock.calls.size(), 2u) << "the guard must not try again";
     }
     {
         RecordingLock lock;
-        expectThrows<Exception>([&] { leaveBlock<Scope>(lock, Failure::Foreign, false); },
+        expectThrows<Exception>([&] { leaveBlock<Scope>(lock, Failure::Other, false); },
                                 {Names::wide(name, L": Severe error thrown")});
         EXPECT_EQ(lock.calls.size(), 2u);
     }
@@ -228,21 +228,21 @@ void expectEndOfBlockRules(const char* name) {
     RecordingLock lock;
     EXPECT_THROW(leaveBlock<Scope>(lock, Failure::OfTheLibrary, true), std::runtime_error);
     lock.onLock = lock.onUnlock = Failure::None;
-    EXPECT_THROW(leaveBlock<Scope>(lock, Failure::Foreign, true), std::runtime_error);
+    EXPECT_THROW(leaveBlock<Scope>(lock, Failure::Other, true), std::runtime_error);
     EXPECT_THAT(log.messages(), ElementsAre("Vorel Error: Operation has overrun its specified timeout limit.",
                                             Names::logged(name, ": Vorel exception suppressed"),
                                             Names::logged(name, ": Severe error suppressed")));
 }
 
-TEST(GuardEnd, AFailureIsThrownOnOrWhileUnwindingSuppressed) {
+TEST(GuardEnd, FailureIsRethrownOrSuppressedDuringUnwinding) {
     expectEndOfBlockRules<Guard>("Guard");
 }
 
-TEST(UnGuardEnd, AFailureIsThrownOnOrWhileUnwindingSuppressed) {
+TEST(UnGuardEnd, FailureIsRethrownOrSuppressedDuringUnwinding) {
     expectEndOfBlockRules<UnGuard>("UnGuard");
 }
 
-TEST(GuardEnd, RecordsThatAreThrownOnAreLogged) {
+TEST(GuardEnd, RethrownFailureIsLoggedWithItsRecord) {
     const test::TemporaryLog log;
     RecordingLock lock;
     EXPECT_THROW(leaveBlock<Guard>(lock, Failure::OfTheLibrary, false), vorel::TimeoutException);
@@ -250,7 +250,7 @@ TEST(GuardEnd, RecordsThatAreThrownOnAreLogged) {
                                             "Vorel Error: Guard::~Guard: Vorel exception rethrown"));
 }
 
-TEST(GuardEnd, AFailureWhileALibraryExceptionUnwindsLeavesThatAsItIs) {
+TEST(GuardEnd, FailureDuringUnwindingKeepsTheFirstLibraryException) {
     RecordingLock lock;
     expectThrows<vorel::BadParameterException>(
         [&] {

@@ -1,5 +1,5 @@
 /// \file
-/// What the tests of locks share: the switch as it was, and a look at a lock from another thread.
+/// Shared by the tests of locks: restores the switch, and runs actions on another thread.
 #pragma once
 
 #include <future>
@@ -8,7 +8,7 @@
 
 namespace test {
 
-/// Brings the thread-safety switch back to what it was.
+/// Restores the thread-safety switch in its destructor.
 class ThreadSafetySwitch {
 public:
     ThreadSafetySwitch() = default;
@@ -21,13 +21,13 @@ private:
     unsigned int m_before = vorel::ThreadSafetyEnabledCount;
 };
 
-/// The result of `action` on a thread of its own.
+/// Runs `action` on a new thread and returns its result.
 template <class Action>
 auto onAnotherThread(Action action) {
     return std::async(std::launch::async, action).get();
 }
 
-/// Whether another thread would get the lock now.
+/// Whether another thread can take the lock now.
 template <class Lock>
 bool isFreeForOthers(Lock& lock) {
     return onAnotherThread([&] {

@@ -23,7 +23,7 @@ TEST(ThreadSafetySwitch, IsOnAtLoad) {
     EXPECT_EQ(ThreadSafetyEnabledCount, 1u);
 }
 
-TEST(ThreadSafetySwitch, Counts) {
+TEST(ThreadSafetySwitch, NestsAsACounter) {
     const test::ThreadSafetySwitch restored;
     EnableThreadSafety(true);
     EnableThreadSafety(true);
@@ -68,7 +68,7 @@ TEST(ForcedCounters, WrapAround) {
     EXPECT_EQ(TalInterlockedDecrement(number), -1);
 }
 
-/// Changes a counter from several threads; no change may be lost.
+/// Changes a counter from several threads, and returns its final value.
 template <class Number>
 Number countFromThreads(Number (*change)(volatile Number&)) {
     volatile Number counter = 0;
@@ -87,7 +87,7 @@ Number countFromThreads(Number (*change)(volatile Number&)) {
     return counter;
 }
 
-TEST(ForcedCounters, AreAtomicWhateverTheSwitchSays) {
+TEST(ForcedCounters, AreAtomicInBothStatesOfTheSwitch) {
     const test::ThreadSafetySwitch restored;
     for (const bool enabled : {true, false}) {
         ThreadSafetyEnabledCount = enabled ? 1 : 0;
@@ -100,7 +100,7 @@ TEST(ForcedCounters, AreAtomicWhateverTheSwitchSays) {
 
 // ---- Sleeping -------------------------------------------------------------------------------------------------------
 
-TEST(Sleep, TakesAtLeastItsTime) {
+TEST(Sleep, WaitsAtLeastTheGivenTime) {
     vorel::Sleep(0);
     const ULONGLONG before = GetTickCount64();
     vorel::Sleep(60);

@@ -1,5 +1,5 @@
 /// \file
-/// The named mutex between processes: exclusion, and the death of a holder.
+/// The named mutex between processes: exclusion, and owners that are killed.
 
 #include <cstring>
 #include <string>
@@ -27,7 +27,7 @@ std::wstring wide(const std::string& ascii) {
     return {ascii.begin(), ascii.end()};
 }
 
-/// A process that holds a mutex.
+/// A child process that holds a mutex.
 struct Holder {
     Holder(const std::wstring& mutex, const TemporaryLog& log)
         : process(L"mutex_holder", {L"mutex=" + mutex, L"held=" + held.name(), L"release=" + release.name(),
@@ -38,7 +38,7 @@ struct Holder {
     test::ChildProcess process;
 };
 
-TEST(AutoMutexProcesses, ExcludeEachOther) {
+TEST(AutoMutexProcesses, AProcessExcludesOthers) {
     const TemporaryLog log;
     const std::wstring name = uniqueName(L"mutex");
     AutoMutex mutex(name.c_str(), false, false);
@@ -53,7 +53,7 @@ TEST(AutoMutexProcesses, ExcludeEachOther) {
     EXPECT_THAT(log.messages(), IsEmpty());
 }
 
-TEST(AutoMutexProcesses, LeaveTheMutexToOthersWhenTheyAreKilled) {
+TEST(AutoMutexProcesses, AKilledProcessAbandonsItsMutex) {
     const TemporaryLog log;
     const std::wstring name = uniqueName(L"mutex");
     AutoMutex mutex(name.c_str(), false, false);
@@ -72,7 +72,7 @@ TEST(AutoMutexProcesses, LeaveTheMutexToOthersWhenTheyAreKilled) {
     EXPECT_TRUE(isFreeForOthers(mutex));
 }
 
-TEST(AutoMutexProcesses, ThreeOfThemLoseNoIncrement) {
+TEST(AutoMutexProcesses, ThreeProcessesLoseNoIncrement) {
     constexpr int kProcesses = 3;
     constexpr int kRounds = 1000;
     const TemporaryLog log;

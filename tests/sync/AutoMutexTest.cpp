@@ -44,12 +44,12 @@ std::string abandonedWarning(const std::wstring& name) {
            " was not released by the owning thread before it exited";
 }
 
-/// Takes the mutex on a thread of its own, which ends without giving it back.
+/// Locks the mutex on a new thread, which exits without unlocking it.
 void abandonOnAnotherThread(AutoMutex& mutex) {
     onAnotherThread([&] { return mutex.lock(1000, true); });
 }
 
-/// A thread that holds a mutex until it is told to let go.
+/// A thread that holds a mutex until `release` is called.
 class Holder {
 public:
     explicit Holder(AutoMutex& mutex)
@@ -79,7 +79,7 @@ private:
 
 // ---- Construction and initialize ------------------------------------------------------------------------------------
 
-TEST(AutoMutex, OpensItsNameInTheGlobalNamespaceAndClosesItAtItsEnd) {
+TEST(AutoMutex, ConstructorOpensTheGlobalNameAndDestructorClosesIt) {
     const std::wstring name = uniqueName(L"mutex");
     {
         const AutoMutex mutex(name.c_str(), false, false);
@@ -89,7 +89,7 @@ TEST(AutoMutex, OpensItsNameInTheGlobalNamespaceAndClosesItAtItsEnd) {
     EXPECT_FALSE(test::mutexExists(L"Global\\" + name));
 }
 
-TEST(AutoMutex, WithoutANameHasNothingToLock) {
+TEST(AutoMutex, WithoutANameLockingThrows) {
     const TemporaryLog log;
     AutoMutex mutex(nullptr, true, true);
     const std::wstring message = L"AutoMutex::lock: Mutex not initialized";
@@ -101,7 +101,7 @@ TEST(AutoMutex, WithoutANameHasNothingToLock) {
     EXPECT_EQ(mutex.getInitializeError(), nullptr);
 }
 
-TEST(AutoMutex, WithoutANameCanBeInitializedLater) {
+TEST(AutoMutex, WithoutANameItCanBeInitializedLater) {
     const std::wstring name = uniqueName(L"mutex");
     AutoMutex mutex(nullptr, false, false);
     EXPECT_TRUE(mutex.initialize(name.c_str(), true));
@@ -111,14 +111,14 @@ TEST(AutoMutex, WithoutANameCanBeInitializedLater) {
     mutex.unlock();
 }
 
-TEST(AutoMutex, InitializeWantsAName) {
+TEST(AutoMutex, InitializeWithoutANameThrows) {
     const TemporaryLog log;
     const std::wstring name = uniqueName(L"mutex");
     AutoMutex mutex(name.c_str(), true, false);
     expectThrows<Exception>(
         [&] { mutex.initialize(nullptr, false); },
         {L"AutoMutex::initialize: Name required for mutex", L"AutoMutex::initialize: Vorel exception rethrown"});
-    EXPECT_FALSE(isFreeForOthers(mutex)) << "it is what it was";
+    EXPECT_FALSE(isFreeForOthers(mutex)) << "the mutex must not change";
     mutex.unlock();
 }
 
@@ -131,10 +131,10 @@ TEST(AutoMutex, InitializeWithTheSameNameKeepsTheMutexAndItsHolds) {
     EXPECT_TRUE(isFreeForOthers(mutex));
 }
 
-TEST(AutoMutex, InitializeWithAnotherNameEndsTheOldMutex) {
+TEST(AutoMutex, InitializeWithAnotherNameReleasesTheOldMutex) {
     const std::wstring name = uniqueName(L"mutex");
     const std::wstring upper = name + L"_X";
-    const std::wstring lower = name + L"_x";  // names differ by case
+    const std::wstring lower = name + L"_x";  // names are case-sensitive
     AutoMutex observer(upper.c_str(), false, false);
     AutoMutex mutex(upper.c_str(), true, false);
     EXPECT_TRUE(mutex.lock(0, true));
@@ -142,11 +142,11 @@ TEST(AutoMutex, InitializeWithAnotherNameEndsTheOldMutex) {
 
     EXPECT_TRUE(mutex.initialize(lower.c_str(), false));
     EXPECT_TRUE(test::mutexExists(L"Global\\" + lower));
-    EXPECT_TRUE(isFreeForOthers(observer)) << "every hold was given back";
+    EXPECT_TRUE(isFreeForOthers(observer)) << "every hold is released";
     EXPECT_TRUE(isFreeForOthers(mutex)) << "the new one is not held";
 }
 
-TEST(AutoMutex, LocksAtOnceWhenAsked) {
+TEST(AutoMutex, ConstructorLocksIfRequested) {
     const std::wstring name = uniqueName(L"mutex");
     AutoMutex other(name.c_str(), false, false);
     AutoMutex mutex(name.c_str(), true, false);
@@ -155,7 +155,7 @@ TEST(AutoMutex, LocksAtOnceWhenAsked) {
     EXPECT_TRUE(isFreeForOthers(other));
 }
 
-TEST(AutoMutex, ANameOfAnotherKindOfObjectCannotBeHad) {
+TEST(AutoMutex, NameOfAnotherKindOfObjectThrows) {
     const TemporaryLog log;
     const std::wstring name = uniqueName(L"taken");
     const test::NamedEvent event(L"Global\\" + name);
@@ -168,7 +168,7 @@ TEST(AutoMutex, ANameOfAnotherKindOfObjectCannotBeHad) {
               0u);
 }
 
-TEST(AutoMutex, AFailedInitializeMayBeRepeated) {
+TEST(AutoMutex, FailedInitializeCanBeRepeated) {
     const TemporaryLog log;
     const std::wstring name = uniqueName(L"taken");
     AutoMutex mutex(nullptr, false, false);
@@ -176,14 +176,14 @@ TEST(AutoMutex, AFailedInitializeMayBeRepeated) {
         const test::NamedEvent event(L"Global\\" + name);
         EXPECT_FALSE(mutex.initialize(name.c_str(), false));
     }
-    EXPECT_TRUE(mutex.initialize(name.c_str(), false)) << "the same name, but there was no mutex";
+    EXPECT_TRUE(mutex.initialize(name.c_str(), false)) << "same name, but the first call created no mutex";
     EXPECT_TRUE(mutex.tryLock());
     mutex.unlock();
 }
 
 // ---- Locking --------------------------------------------------------------------------------------------------------
 
-TEST(AutoMutex, LocksAndUnlocksCountUp) {
+TEST(AutoMutex, LocksNest) {
     const std::wstring name = uniqueName(L"mutex");
     AutoMutex other(name.c_str(), false, false);
     AutoMutex mutex(name.c_str(), false, false);
@@ -197,26 +197,26 @@ TEST(AutoMutex, LocksAndUnlocksCountUp) {
     }
     EXPECT_TRUE(isFreeForOthers(mutex));
     EXPECT_TRUE(isFreeForOthers(other));
-    mutex.unlock();  // nothing is held: does nothing
+    mutex.unlock();  // not held: does nothing
     EXPECT_TRUE(isFreeForOthers(mutex));
     EXPECT_TRUE(mutex.tryLock());
-    EXPECT_FALSE(isFreeForOthers(mutex)) << "the unlock in vain was not counted";
+    EXPECT_FALSE(isFreeForOthers(mutex)) << "an unlock without a hold must not be counted";
     mutex.unlock();
 }
 
-TEST(AutoMutex, TwoObjectsOfOneThreadShareTheMutex) {
+TEST(AutoMutex, TwoObjectsOfAThreadShareTheMutex) {
     const std::wstring name = uniqueName(L"mutex");
     AutoMutex first(name.c_str(), true, false);
     AutoMutex second(name.c_str(), true, false);
     first.unlock();
-    EXPECT_FALSE(isFreeForOthers(first)) << "the second still holds it";
-    first.unlock();  // the first holds nothing
+    EXPECT_FALSE(isFreeForOthers(first)) << "the second object still holds it";
+    first.unlock();  // the first object holds nothing
     EXPECT_FALSE(isFreeForOthers(first));
     second.unlock();
     EXPECT_TRUE(isFreeForOthers(first));
 }
 
-TEST(AutoMutex, UnlockOfAnotherThreadDoesNothing) {
+TEST(AutoMutex, UnlockFromAnotherThreadDoesNothing) {
     const TemporaryLog log;
     AutoMutex mutex(uniqueName(L"mutex").c_str(), true, false);
     onAnotherThread([&] {
@@ -229,7 +229,7 @@ TEST(AutoMutex, UnlockOfAnotherThreadDoesNothing) {
     EXPECT_THAT(log.messages(), IsEmpty());
 }
 
-TEST(AutoMutex, GuardHoldsItForABlock) {
+TEST(AutoMutex, GuardHoldsTheMutexForItsBlock) {
     AutoMutex mutex(uniqueName(L"mutex").c_str(), false, false);
     {
         const vorel::Guard held(mutex);
@@ -238,7 +238,7 @@ TEST(AutoMutex, GuardHoldsItForABlock) {
     EXPECT_TRUE(isFreeForOthers(mutex));
 }
 
-TEST(AutoMutex, LocksWhateverTheThreadSafetySwitchSays) {
+TEST(AutoMutex, ThreadSafetySwitchHasNoEffect) {
     const test::ThreadSafetySwitch restored;
     vorel::ThreadSafetyEnabledCount = 0;
     AutoMutex mutex(uniqueName(L"mutex").c_str(), false, false);
@@ -248,7 +248,7 @@ TEST(AutoMutex, LocksWhateverTheThreadSafetySwitchSays) {
     EXPECT_TRUE(isFreeForOthers(mutex));
 }
 
-TEST(AutoMutex, TheFcntlTimeoutChangesNothing) {
+TEST(AutoMutex, FcntlTimeoutHasNoEffect) {
     AutoMutex mutex(uniqueName(L"mutex").c_str(), false, false);
     mutex.SetUseFcntlTimeout(true);
     EXPECT_TRUE(mutex.lock(0, true));
@@ -257,7 +257,7 @@ TEST(AutoMutex, TheFcntlTimeoutChangesNothing) {
     EXPECT_TRUE(isFreeForOthers(mutex));
 }
 
-// ---- A busy mutex ---------------------------------------------------------------------------------------------------
+// ---- Busy mutex -----------------------------------------------------------------------------------------------------
 
 struct BusyCase {
     unsigned int timeoutMs;
@@ -270,7 +270,7 @@ struct BusyCase {
 
 class AutoMutexBusy : public testing::TestWithParam<BusyCase> {};
 
-TEST_P(AutoMutexBusy, IsToldAsAskedFor) {
+TEST_P(AutoMutexBusy, IsReportedAsRequested) {
     const BusyCase& rule = GetParam();
     const TemporaryLog log;
     const std::wstring name = uniqueName(L"mutex");
@@ -289,7 +289,7 @@ TEST_P(AutoMutexBusy, IsToldAsAskedFor) {
         attempt();
         EXPECT_THAT(log.messages(), testing::Conditional(rule.warns, ElementsAre(timedOutWarning(name)), IsEmpty()));
     }
-    // The system's clock ticks every 15 ms or so.
+    // The system's clock ticks about every 15 ms.
     EXPECT_GE(Clock::now() - start + milliseconds(16), milliseconds(rule.timeoutMs));
     EXPECT_EQ(std::wstring(errorText.view()),
               rule.setsErrorText ? L"Failed to lock mutex " + name + L": Timed out" : L"as before");
@@ -302,7 +302,7 @@ INSTANTIATE_TEST_SUITE_P(
                     BusyCase{0, true, false, true, false, false}, BusyCase{60, true, false, true, false, false},
                     BusyCase{60, true, true, true, false, false}));
 
-TEST(AutoMutex, TryLockOfABusyMutexIsQuiet) {
+TEST(AutoMutex, TryLockOfABusyMutexLogsNothing) {
     const TemporaryLog log;
     AutoMutex mutex(uniqueName(L"mutex").c_str(), false, false);
     const Holder holder(mutex);
@@ -320,9 +320,9 @@ TEST(AutoMutex, LockWaitsUntilTheMutexIsFree) {
     EXPECT_THAT(log.messages(), IsEmpty());
 }
 
-// ---- An abandoned mutex ---------------------------------------------------------------------------------------------
+// ---- Abandoned mutex ------------------------------------------------------------------------------------------------
 
-/// The two ways to take a mutex that tell an abandoned one.
+/// A function that takes a mutex and reports an abandoned one.
 using Take = bool (*)(AutoMutex&);
 
 class AbandonedAutoMutex : public testing::TestWithParam<Take> {};
@@ -331,7 +331,7 @@ INSTANTIATE_TEST_SUITE_P(LockAndTryLock, AbandonedAutoMutex,
                          testing::Values(Take([](AutoMutex& mutex) { return mutex.lock(1000, true); }),
                                          Take([](AutoMutex& mutex) { return mutex.tryLock(); })));
 
-TEST_P(AbandonedAutoMutex, BelongsToTheNextWhoTakesItWithAWarning) {
+TEST_P(AbandonedAutoMutex, IsTakenWithAWarning) {
     const TemporaryLog log;
     const std::wstring name = uniqueName(L"mutex");
     AutoMutex mutex(name.c_str(), false, false);
@@ -340,11 +340,11 @@ TEST_P(AbandonedAutoMutex, BelongsToTheNextWhoTakesItWithAWarning) {
     EXPECT_TRUE(GetParam()(mutex));
     EXPECT_THAT(log.messages(), ElementsAre(abandonedWarning(name)));
     EXPECT_FALSE(isFreeForOthers(mutex));
-    mutex.unlock();  // one hold: what the thread that is gone had counted went with it
+    mutex.unlock();  // one hold: those of the exited thread are not counted
     EXPECT_TRUE(isFreeForOthers(mutex));
 }
 
-TEST_P(AbandonedAutoMutex, IsTakenThroughAnotherObjectToo) {
+TEST_P(AbandonedAutoMutex, CanBeTakenThroughAnotherObject) {
     const TemporaryLog log;
     const std::wstring name = uniqueName(L"mutex");
     auto* const abandoned = new AutoMutex(name.c_str(), false, false);
@@ -356,17 +356,17 @@ TEST_P(AbandonedAutoMutex, IsTakenThroughAnotherObjectToo) {
     mutex.unlock();
     EXPECT_TRUE(isFreeForOthers(mutex));
 
-    // The system tells of the loss once. The object that the thread had used still has it on record as the owner: it
-    // refuses every lock, and its end too, but keeps nobody else out.
+    // The system reports the abandonment once. The object that the thread used still records it as the owner. So every
+    // lock and the destructor of that object throw, but other objects are not blocked.
     EXPECT_THROW(abandoned->lock(0, true), Exception);
     EXPECT_TRUE(isFreeForOthers(mutex));
     EXPECT_THROW(delete abandoned, Exception);
     EXPECT_TRUE(isFreeForOthers(mutex));
 }
 
-// ---- The end of the object ------------------------------------------------------------------------------------------
+// ---- Destructor -----------------------------------------------------------------------------------------------------
 
-TEST(AutoMutex, ItsEndGivesBackEveryHold) {
+TEST(AutoMutex, DestructorReleasesEveryHold) {
     const std::wstring name = uniqueName(L"mutex");
     AutoMutex other(name.c_str(), false, false);
     {
@@ -377,7 +377,7 @@ TEST(AutoMutex, ItsEndGivesBackEveryHold) {
     EXPECT_TRUE(isFreeForOthers(other));
 }
 
-TEST(AutoMutex, ItsEndWaitsForAnotherThreadToGiveBack) {
+TEST(AutoMutex, DestructorWaitsForTheOwner) {
     const TemporaryLog log;
     const std::wstring name = uniqueName(L"mutex");
     std::thread releasing;
@@ -387,7 +387,7 @@ TEST(AutoMutex, ItsEndWaitsForAnotherThreadToGiveBack) {
         releasing = std::thread([&mutex, &held] {
             mutex.lock(1000, true);
             held.set();
-            vorel::Sleep(50);  // the other thread is at the end of the object by then, or comes later: either is right
+            vorel::Sleep(50);  // the destructor has started by then, or starts later: both are correct
             mutex.unlock();
         });
         ASSERT_TRUE(held.wait());
@@ -397,7 +397,7 @@ TEST(AutoMutex, ItsEndWaitsForAnotherThreadToGiveBack) {
     EXPECT_THAT(log.messages(), IsEmpty());
 }
 
-TEST(AutoMutex, ItsEndTakesWhatAThreadThatIsGoneHasLeft) {
+TEST(AutoMutex, DestructorTakesAnAbandonedMutex) {
     const TemporaryLog log;
     const std::wstring name = uniqueName(L"mutex");
     {

@@ -25,9 +25,9 @@ using Clock = std::chrono::steady_clock;
 using std::chrono::milliseconds;
 
 constexpr int kGenerousMs = static_cast<int>(test::kGenerousMs);
-constexpr milliseconds kClockTick{16};  // the system's clock is no finer
+constexpr milliseconds kClockTick{16};  // the resolution of the system's clock
 
-/// Waiters on threads of their own. All of them have left the lock, on their way into the wait, when `start` returns.
+/// Threads that wait on a condition. When `start` returns, all of them have released the lock to wait.
 class Waiters {
 public:
     Waiters(ForcedCriticalSection& lock, Condition& condition) : m_lock(lock), m_condition(condition) {}
@@ -44,10 +44,10 @@ public:
         while (entered != count) {
             std::this_thread::yield();
         }
-        const Held held(m_lock);  // so the last one that entered has left it
+        const Held held(m_lock);  // acquired only after the last waiter has released it
     }
 
-    /// How many were woken by a signal; waits for all.
+    /// Waits for all threads, and returns how many a signal woke.
     int woken() {
         int count = 0;
         for (std::future<bool>& result : m_results) {
@@ -57,7 +57,7 @@ public:
         return count;
     }
 
-    /// How many have come back by now.
+    /// The number of threads that have returned so far.
     [[nodiscard]] std::ptrdiff_t done() const {
         return std::count_if(m_results.begin(), m_results.end(), [](const std::future<bool>& result) {
             return result.wait_for(milliseconds(0)) == std::future_status::ready;
@@ -72,10 +72,10 @@ private:
 
 class ConditionTest : public testing::Test {
 public:
-    ~ConditionTest() noexcept override = default;  // a condition's own may throw
+    ~ConditionTest() noexcept override = default;  // the condition's destructor may throw
 
 protected:
-    /// `wait` by a caller that holds the lock, and finds itself holding it again.
+    /// Calls `wait` with the lock held, and expects to hold it again afterwards.
     bool waitHoldingTheLock(int timeoutMs) {
         const Held held(m_lock);
         const bool signalled = m_condition.wait(timeoutMs);
@@ -88,14 +88,14 @@ protected:
     Waiters m_waiters{m_lock, m_condition};
 };
 
-TEST_F(ConditionTest, ASignalWithoutAWaiterIsKeptForTheNextAndNoMoreThanOneIs) {
+TEST_F(ConditionTest, OneSignalIsKeptWithoutAWaiter) {
     m_condition.signal();
     m_condition.signal();
     EXPECT_TRUE(waitHoldingTheLock(0));
     EXPECT_FALSE(waitHoldingTheLock(0));
 }
 
-TEST_F(ConditionTest, WaitEndsWithItsTime) {
+TEST_F(ConditionTest, WaitTimesOut) {
     const Clock::time_point start = Clock::now();
     EXPECT_FALSE(waitHoldingTheLock(100));
     const auto waited = Clock::now() - start;
@@ -104,24 +104,24 @@ TEST_F(ConditionTest, WaitEndsWithItsTime) {
     EXPECT_TRUE(isFreeForOthers(m_lock));
 }
 
-TEST_F(ConditionTest, WaitLeavesTheLockAndASignalReleasesOneWaiter) {
-    m_waiters.start(2, kGenerousMs);  // which takes the lock itself, while both wait
+TEST_F(ConditionTest, WaitReleasesTheLockAndASignalWakesOneWaiter) {
+    m_waiters.start(2, kGenerousMs);  // acquires the lock while both wait
     m_condition.signal();
     while (m_waiters.done() != 1) {
         std::this_thread::yield();
     }
     m_condition.signal();
     EXPECT_EQ(m_waiters.woken(), 2);
-    EXPECT_FALSE(waitHoldingTheLock(0)) << "each signal was used up";
+    EXPECT_FALSE(waitHoldingTheLock(0)) << "each signal was consumed";
 }
 
-TEST_F(ConditionTest, OneSignalWakesOneOfTwo) {
+TEST_F(ConditionTest, OneSignalWakesOneOfTwoWaiters) {
     m_waiters.start(2, 300);
     m_condition.signal();
     EXPECT_EQ(m_waiters.woken(), 1);
 }
 
-TEST_F(ConditionTest, MinusOneWaitsWithoutLimit) {
+TEST_F(ConditionTest, MinusOneWaitsForever) {
     m_waiters.start(1, -1);
     EXPECT_EQ(m_waiters.done(), 0);
     m_condition.signal();
@@ -133,13 +133,13 @@ TEST_F(ConditionTest, SignalMayBeCalledWithTheLockHeld) {
     {
         const Held held(m_lock);
         m_condition.signal();
-        EXPECT_EQ(m_waiters.done(), 0) << "the waiter needs the lock to come back";
+        EXPECT_EQ(m_waiters.done(), 0) << "the waiter needs the lock to return";
     }
     EXPECT_EQ(m_waiters.woken(), 1);
 }
 
-TEST_F(ConditionTest, WaitGivesTheLockBackAsOftenAsItWasHeldLessOne) {
-    // It leaves the lock once: a caller that holds it twice keeps others out while it waits.
+TEST_F(ConditionTest, WaitReleasesTheLockOnce) {
+    // A caller that holds the lock twice keeps others out while it waits.
     const Held once(m_lock);
     const Held twice(m_lock);
     std::future<bool> free = std::async(std::launch::async, [this] { return isFreeForOthers(m_lock); });
@@ -147,14 +147,14 @@ TEST_F(ConditionTest, WaitGivesTheLockBackAsOftenAsItWasHeldLessOne) {
     EXPECT_FALSE(free.get());
 }
 
-TEST_F(ConditionTest, BroadcastWithoutWaitersReturnsAtOnceAndLeavesNoSignal) {
+TEST_F(ConditionTest, BroadcastWithoutWaitersLeavesNoSignal) {
     m_condition.broadcast();
     EXPECT_FALSE(waitHoldingTheLock(0));
 }
 
-TEST_F(ConditionTest, BroadcastReleasesEveryWaiterTenMillisecondsApart) {
+TEST_F(ConditionTest, BroadcastWakesWaitersTenMillisecondsApart) {
     m_waiters.start(3, kGenerousMs);
-    // A waiter counts a moment after it has left the lock; one that comes late is for the next round.
+    // A waiter is counted shortly after it releases the lock. The next round wakes one that was too late.
     const Clock::time_point start = Clock::now();
     while (m_waiters.done() != 3 && Clock::now() - start < milliseconds(kGenerousMs)) {
         m_condition.broadcast();
@@ -164,12 +164,12 @@ TEST_F(ConditionTest, BroadcastReleasesEveryWaiterTenMillisecondsApart) {
     EXPECT_EQ(m_waiters.woken(), 3);
 }
 
-TEST_F(ConditionTest, BroadcastEndsWhenItsWaitersHaveTimedOut) {
+TEST_F(ConditionTest, BroadcastReturnsIfItsWaitersTimeOut) {
     for (int round = 0; round != 5; ++round) {
         m_waiters.start(3, 1 + round * 10);
-        m_condition.broadcast();  // ends, whichever of signal and end of the time comes first
+        m_condition.broadcast();  // returns, whether the signal or the timeout comes first
         (void)m_waiters.woken();
-        (void)waitHoldingTheLock(0);  // what may be left of the broadcast
+        (void)waitHoldingTheLock(0);  // consumes a signal that the broadcast may leave
         EXPECT_FALSE(waitHoldingTheLock(0));
     }
 }

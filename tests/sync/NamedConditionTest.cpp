@@ -30,27 +30,27 @@ constexpr int kGenerousMs = static_cast<int>(test::kGenerousMs);
 static_assert(!std::is_default_constructible_v<NamedCondition> && !std::is_copy_constructible_v<NamedCondition> &&
               !std::is_copy_assignable_v<NamedCondition>);
 
-TEST(NamedCondition, OpensAnEventOfExactlyItsNameAndClosesItAtItsEnd) {
+TEST(NamedCondition, ConstructorOpensAnEventOfThatNameAndDestructorClosesIt) {
     const std::wstring name = uniqueName(L"condition");
     {
         const NamedCondition condition(name.c_str());
         EXPECT_TRUE(test::eventExists(name));
-        EXPECT_FALSE(test::eventExists(L"Global\\" + name + L"_")) << "the look itself opens nothing";
+        EXPECT_FALSE(test::eventExists(L"Global\\" + name + L"_")) << "the check itself must not create an event";
     }
     EXPECT_FALSE(test::eventExists(name));
 }
 
-TEST(NamedCondition, ObjectsOfOneNameShareTheEvent) {
+TEST(NamedCondition, ObjectsWithTheSameNameShareTheEvent) {
     const std::wstring name = uniqueName(L"condition");
     NamedCondition first(name.c_str());
     NamedCondition second(name.c_str());
-    EXPECT_FALSE(second.wait(0)) << "not signalled from the start";
+    EXPECT_FALSE(second.wait(0)) << "not signalled initially";
     first.signal();
     EXPECT_TRUE(second.wait(0));
     EXPECT_FALSE(first.wait(0)) << "one signal wakes one waiter";
 }
 
-TEST(NamedCondition, KeepsOneSignalAndNoMore) {
+TEST(NamedCondition, KeepsOneSignal) {
     NamedCondition condition(uniqueName(L"condition").c_str());
     condition.signal();
     condition.signal();
@@ -58,14 +58,14 @@ TEST(NamedCondition, KeepsOneSignalAndNoMore) {
     EXPECT_FALSE(condition.wait(0));
 }
 
-TEST(NamedCondition, WaitEndsWithItsTime) {
+TEST(NamedCondition, WaitTimesOut) {
     NamedCondition condition(uniqueName(L"condition").c_str());
     const Clock::time_point start = Clock::now();
     EXPECT_FALSE(condition.wait(60));
     EXPECT_GE(Clock::now() - start + milliseconds(16), milliseconds(60));
 }
 
-TEST(NamedCondition, ASignalWakesAWaitingThread) {
+TEST(NamedCondition, SignalWakesAWaitingThread) {
     const std::wstring name = uniqueName(L"condition");
     NamedCondition condition(name.c_str());
     std::future<bool> waiter = std::async(std::launch::async, [&] { return condition.wait(kGenerousMs); });
@@ -73,13 +73,13 @@ TEST(NamedCondition, ASignalWakesAWaitingThread) {
     EXPECT_TRUE(waiter.get());
 }
 
-TEST(NamedCondition, WithoutANameBelongsToItsObject) {
+TEST(NamedCondition, WithoutANameTheEventIsPrivate) {
     NamedCondition condition(nullptr);
     condition.signal();
     EXPECT_TRUE(condition.wait(0));
 }
 
-TEST(NamedCondition, ANameOfAnotherKindOfObjectCannotBeHad) {
+TEST(NamedCondition, NameOfAnotherKindOfObjectThrows) {
     const test::TemporaryLog log;
     const std::wstring name = uniqueName(L"taken");
     const test::Handle mutex(CreateMutexW(nullptr, FALSE, name.c_str()));
@@ -95,7 +95,7 @@ TEST(NamedCondition, ANameOfAnotherKindOfObjectCannotBeHad) {
     EXPECT_GE(Clock::now() - start, milliseconds(450)) << "ten sleeps of 50 ms";
 }
 
-TEST(NamedCondition, SignalsAnotherProcessAndIsSignalledByIt) {
+TEST(NamedCondition, SignalsWorkBetweenProcesses) {
     const std::wstring there = uniqueName(L"there");
     const std::wstring back = uniqueName(L"back");
     NamedCondition toChild(there.c_str());
@@ -107,7 +107,7 @@ TEST(NamedCondition, SignalsAnotherProcessAndIsSignalledByIt) {
     }
     ASSERT_TRUE(child.wait());
     EXPECT_EQ(child.exitCode(), 0u);
-    EXPECT_FALSE(toChild.wait(0)) << "every signal was used up";
+    EXPECT_FALSE(toChild.wait(0)) << "every signal was consumed";
     EXPECT_FALSE(fromChild.wait(0));
 }
 

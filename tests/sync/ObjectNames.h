@@ -1,5 +1,5 @@
 /// \file
-/// Names of kernel objects that no other test has, and a look at whether an object of such a name is there.
+/// Unique names for kernel objects, and checks whether an object exists.
 #pragma once
 
 #include <string>
@@ -15,12 +15,12 @@ inline std::wstring uniqueName(const std::wstring& stem) {
     return NamedEvent::uniqueName(stem);
 }
 
-/// Whether there is a mutex of exactly this name.
+/// Whether a mutex with exactly this name exists.
 inline bool mutexExists(const std::wstring& fullName) {
     return static_cast<bool>(Handle(OpenMutexW(SYNCHRONIZE, FALSE, fullName.c_str())));
 }
 
-/// Whether there is an event of exactly this name.
+/// Whether an event with exactly this name exists.
 inline bool eventExists(const std::wstring& fullName) {
     return static_cast<bool>(Handle(OpenEventW(SYNCHRONIZE, FALSE, fullName.c_str())));
 }
