@@ -12,7 +12,7 @@
 
 namespace {
 
-/// What the system says about the membership.
+/// Asks the system whether the process belongs to the administrators.
 bool isMember() {
     test::SidBytes administrators = test::administrators();
     BOOL member = FALSE;
@@ -20,7 +20,7 @@ bool isMember() {
     return member != FALSE;
 }
 
-/// Whether the thread acts under an identity that is not its process's.
+/// Whether the thread impersonates.
 bool isImpersonating() {
     HANDLE token = nullptr;
     const BOOL opened = OpenThreadToken(GetCurrentThread(), TOKEN_QUERY, TRUE, &token);
@@ -30,17 +30,17 @@ bool isImpersonating() {
     return opened != FALSE;
 }
 
-TEST(IsAdmin, AgreesWithTheMembership) {
+TEST(IsAdmin, AgreesWithTheMembershipOfTheProcess) {
     EXPECT_EQ(vorel::IsAdmin(), isMember());
 }
 
-TEST(IsAdmin, LeavesNoImpersonationBehind) {
+TEST(IsAdmin, DoesNotStartImpersonation) {
     ASSERT_FALSE(isImpersonating());
     (void)vorel::IsAdmin();
     EXPECT_FALSE(isImpersonating());
 }
 
-/// What tells the token that a thread acts under from every other, one that was made from it included.
+/// Identifies the token of a thread. A duplicate of the token has another identity.
 struct ThreadToken {
     LUID id;
     SECURITY_IMPERSONATION_LEVEL level;
@@ -61,7 +61,7 @@ ThreadToken threadToken() {
     return {statistics.TokenId, statistics.ImpersonationLevel};
 }
 
-TEST(IsAdmin, KeepsAnImpersonationThatTheThreadHadBefore) {
+TEST(IsAdmin, KeepsTheImpersonationOfTheThread) {
     const bool expected = isMember();
     for (const SECURITY_IMPERSONATION_LEVEL level :
          {SecurityIdentification, SecurityImpersonation, SecurityDelegation}) {
@@ -74,7 +74,7 @@ TEST(IsAdmin, KeepsAnImpersonationThatTheThreadHadBefore) {
     }
 }
 
-TEST(IsAdmin, ManyThreadsMayAsk) {
+TEST(IsAdmin, CanBeCalledOnManyThreads) {
     const bool expected = isMember();
     std::vector<std::future<bool>> answers;
     for (int thread = 0; thread < 4; ++thread) {

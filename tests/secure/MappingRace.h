@@ -1,5 +1,5 @@
 /// \file
-/// Several threads or processes that open the same mappings of named files for the first time, at the same time.
+/// A race of several threads or processes to open the same mappings of named files first.
 #pragma once
 
 #include <string>
@@ -15,7 +15,7 @@
 
 namespace test {
 
-/// A mapping of two counters that every party has a view of.
+/// A view of a mapping with two counters, which all parties share.
 class SharedCounters {
 public:
     explicit SharedCounters(Handle mapping)
@@ -41,20 +41,20 @@ private:
 };
 
 struct MappingRace {
-    std::wstring name;    ///< the stem of the names of all mappings
-    std::wstring folder;  ///< for the files
+    std::wstring name;    ///< the prefix of the names of all mappings
+    std::wstring folder;  ///< of the files
     long parties;
     int rounds;
 };
 
-/// Runs one party of the race, and returns the number of rounds in which it saw what it should: it has a mapping, all
-/// parties have the same one, and one of them created it. All parties begin a round within microseconds.
+/// Runs one party of the race, and returns the number of correct rounds: it has a mapping, all parties have the same
+/// one, and exactly one party created it. All parties start a round within microseconds.
 inline int runMappingRace(const MappingRace& race) {
     constexpr DWORD kSize = 4096;
     const SharedCounters meeting(Handle(CreateFileMappingW(INVALID_HANDLE_VALUE, nullptr, PAGE_READWRITE, 0, kSize,
                                                            (race.name + L"_meeting").c_str())));
     long awaited = 0;
-    const auto meetTheOthers = [&] {
+    const auto waitForAll = [&] {
         const ULONGLONG end = GetTickCount64() + kGenerousMs;
         awaited += race.parties;
         InterlockedIncrement(&meeting.first());
@@ -74,14 +74,14 @@ inline int runMappingRace(const MappingRace& race) {
 
     int good = 0;
     for (int round = 0; meeting && round != race.rounds; ++round) {
-        meetTheOthers();
+        waitForAll();
         bool isNew = false;
         const SharedCounters opened(open(std::to_wstring(round), isNew));
         if (opened) {
             InterlockedIncrement(&opened.first());
             InterlockedExchangeAdd(&opened.second(), isNew ? 1 : 0);
         }
-        meetTheOthers();
+        waitForAll();
         good += opened && opened.first() == race.parties && opened.second() == 1 ? 1 : 0;
     }
     return good;

@@ -1,5 +1,5 @@
 /// \file
-/// The security of an object that is there, read back from the system.
+/// The security of an existing object, as the system reports it.
 #pragma once
 
 #include <vector>
@@ -12,8 +12,8 @@
 
 namespace test {
 
-/// Expects that the system protects the object as it was asked to: everyone may use it, nobody may change that, and the
-/// denial stands first. A system may store the general right as all rights of the kind of object, `allAccess`.
+/// Expects the security of a shared object: everyone may use it, nobody may change its security, and the denial comes
+/// first. A system may store the generic right as `allAccess`, all rights of that kind of object.
 inline void expectSharedSecurity(HANDLE object, DWORD allAccess) {
     std::vector<unsigned char> descriptor(2048);
     DWORD needed = 0;

@@ -1,5 +1,5 @@
 /// \file
-/// What the program `secured_peer` tells the test that started it, as bits of its exit code.
+/// The exit code of the program `secured_peer`, as bits.
 #pragma once
 
 namespace test {
@@ -7,8 +7,8 @@ namespace test {
 using PeerResult = unsigned long;
 
 inline constexpr PeerResult kPeerFailed = 0x80;    ///< an exception, or an unknown task
-inline constexpr PeerResult kPeerObtained = 0x01;  ///< it got a handle
-inline constexpr PeerResult kPeerCreated = 0x02;   ///< the object was new to it
-inline constexpr PeerResult kPeerDone = 0x04;      ///< mutex: it had it; event: the signal came; mapping: as expected
+inline constexpr PeerResult kPeerObtained = 0x01;  ///< the handle was obtained
+inline constexpr PeerResult kPeerCreated = 0x02;   ///< the call created the object
+inline constexpr PeerResult kPeerDone = 0x04;  ///< mutex: locked; event: signalled; mapping: had the expected content
 
 }  // namespace test

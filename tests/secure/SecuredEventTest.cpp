@@ -26,13 +26,13 @@ bool isSet(HANDLE event) {
 
 class SecuredEvent : public testing::Test {
 protected:
-    ~SecuredEvent() override { EXPECT_FALSE(log.exists()) << "the caller has the text"; }
+    ~SecuredEvent() override { EXPECT_FALSE(log.exists()) << "the failure is reported to the caller only"; }
 
     Handle obtain(int manualReset = 0, int initialState = 0, int retries = 0, int sleepMs = 0) {
         return Handle(vorel::ObtainAccessableEvent(manualReset, initialState, name.c_str(), retries, sleepMs, text));
     }
 
-    /// What the text has to say when nothing can be had under the name.
+    /// The expected text when the name cannot be opened.
     [[nodiscard]] std::wstring failedOpen() const {
         const Handle opened(OpenEventW(SYNCHRONIZE | EVENT_MODIFY_STATE, FALSE, name.c_str()));
         const DWORD error = GetLastError();
@@ -45,13 +45,14 @@ protected:
     vorel::BaseString<wchar_t> text{L"before"};
 };
 
-TEST_F(SecuredEvent, HasTheKindAndTheStateThatWereAskedFor) {
+TEST_F(SecuredEvent, HasTheRequestedKindAndState) {
     for (const int manualReset : {0, 1, -1}) {
         for (const int initialState : {0, 1, -1}) {
             const Handle event = obtain(manualReset, initialState);
             ASSERT_TRUE(event);
             EXPECT_EQ(isSet(event.get()), initialState != 0);
-            EXPECT_EQ(isSet(event.get()), initialState != 0 && manualReset != 0) << "one reset by itself is taken once";
+            EXPECT_EQ(isSet(event.get()), initialState != 0 && manualReset != 0)
+                << "an auto-reset event satisfies one wait";
             EXPECT_TRUE(SetEvent(event.get()));
             EXPECT_TRUE(isSet(event.get()));
             EXPECT_EQ(isSet(event.get()), manualReset != 0);
@@ -60,12 +61,12 @@ TEST_F(SecuredEvent, HasTheKindAndTheStateThatWereAskedFor) {
     EXPECT_EQ(text.view(), L"before");
 }
 
-TEST_F(SecuredEvent, ASecondCallFindsTheFirstOnesAsItIs) {
+TEST_F(SecuredEvent, SecondCallOpensTheEventUnchanged) {
     const Handle first = obtain(1, 1);
     const Handle second = obtain(0, 0);
     EXPECT_TRUE(second);
     EXPECT_TRUE(isSet(second.get()));
-    EXPECT_TRUE(isSet(second.get())) << "it is still reset by hand";
+    EXPECT_TRUE(isSet(second.get())) << "it is still a manual-reset event";
     EXPECT_TRUE(ResetEvent(second.get()));
     EXPECT_FALSE(isSet(first.get()));
     EXPECT_TRUE(SetEvent(second.get()));
@@ -73,18 +74,18 @@ TEST_F(SecuredEvent, ASecondCallFindsTheFirstOnesAsItIs) {
     EXPECT_EQ(text.view(), L"before");
 }
 
-TEST_F(SecuredEvent, IsGoneWithItsLastHandle) {
+TEST_F(SecuredEvent, IsDestroyedWithItsLastHandle) {
     {
         const Handle first = obtain(1, 1);
         const Handle second = obtain(1, 0);
     }
     const Handle gone(OpenEventW(SYNCHRONIZE, FALSE, name.c_str()));
     EXPECT_FALSE(gone);
-    const Handle anew = obtain(1, 0);
-    EXPECT_FALSE(isSet(anew.get()));
+    const Handle again = obtain(1, 0);
+    EXPECT_FALSE(isSet(again.get()));
 }
 
-TEST_F(SecuredEvent, WithoutANameItIsNewEachTime) {
+TEST_F(SecuredEvent, WithoutANameEachCallCreatesAnEvent) {
     const Handle first(vorel::ObtainAccessableEvent(1, 1, nullptr, 0, 0, text));
     const Handle second(vorel::ObtainAccessableEvent(1, 0, nullptr, 0, 0, text));
     EXPECT_TRUE(isSet(first.get()));
@@ -92,12 +93,12 @@ TEST_F(SecuredEvent, WithoutANameItIsNewEachTime) {
     EXPECT_FALSE(isSet(second.get()));
 }
 
-TEST_F(SecuredEvent, EveryoneMayUseItAndNobodyMayChangeThat) {
+TEST_F(SecuredEvent, EveryoneMayUseItAndNobodyMayChangeItsSecurity) {
     const Handle event = obtain();
     test::expectSharedSecurity(event.get(), EVENT_ALL_ACCESS);
 }
 
-TEST_F(SecuredEvent, OneThatOthersMadeUnprotectedIsFound) {
+TEST_F(SecuredEvent, UnprotectedEventOfOthersIsOpened) {
     const NamedEvent plain(name);
     const Handle event = obtain();
     ASSERT_TRUE(event);
@@ -106,41 +107,41 @@ TEST_F(SecuredEvent, OneThatOthersMadeUnprotectedIsFound) {
     EXPECT_EQ(text.view(), L"before");
 }
 
-// ---- A name that is taken by an object of another kind ----
+// ---- Names of objects of another kind ----
 
-TEST_F(SecuredEvent, ATakenNameIsTriedOnceWithoutRetries) {
+TEST_F(SecuredEvent, TakenNameIsTriedOnceWithoutRetries) {
     const Handle taken(CreateMutexW(nullptr, FALSE, name.c_str()));
     const auto start = std::chrono::steady_clock::now();
     const Handle event = obtain(0, 0, 0, 3600000);
-    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::minutes(1)) << "there is nothing to sleep for";
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::minutes(1)) << "it must not sleep";
     EXPECT_FALSE(event);
     EXPECT_EQ(text.view(), failedOpen());
 }
 
-TEST_F(SecuredEvent, ATakenNameIsTriedAgainAfterEachSleep) {
+TEST_F(SecuredEvent, TakenNameIsTriedAgainAfterEachSleep) {
     const Handle taken(CreateMutexW(nullptr, FALSE, name.c_str()));
     const auto start = std::chrono::steady_clock::now();
     const Handle event = obtain(0, 0, 4, 50);
     const auto taking = std::chrono::steady_clock::now() - start;
     EXPECT_FALSE(event);
-    EXPECT_GE(taking, std::chrono::milliseconds(4 * 50 - 4 * 16)) << "the clock of the system is a coarse one";
+    EXPECT_GE(taking, std::chrono::milliseconds(4 * 50 - 4 * 16)) << "four sleeps of 50 ms, minus a clock tick each";
     EXPECT_LT(taking, std::chrono::minutes(1));
     EXPECT_EQ(text.view(), failedOpen());
 }
 
 // ---- With a second process ----
 
-TEST_F(SecuredEvent, SignalsGoBetweenProcessesBothWays) {
+TEST_F(SecuredEvent, SignalsWorkBetweenProcesses) {
     const Handle asked = obtain();
     const std::wstring answerName = NamedEvent::uniqueName(L"answer");
     const Handle answer(vorel::ObtainAccessableEvent(0, 0, answerName.c_str(), 0, 0, text));
     const ChildProcess peer(L"secured_peer", {L"task=event", L"name=" + name, L"answer=" + answerName});
-    EXPECT_FALSE(isSet(answer.get())) << "nothing was asked";
+    EXPECT_FALSE(isSet(answer.get())) << "not signalled before the request";
     EXPECT_TRUE(SetEvent(asked.get()));
     EXPECT_EQ(WaitForSingleObject(answer.get(), test::kGenerousMs), WAIT_OBJECT_0);
     ASSERT_TRUE(peer.wait());
     EXPECT_EQ(peer.exitCode(), test::kPeerObtained | test::kPeerDone);
-    EXPECT_FALSE(isSet(asked.get())) << "the other process took the signal";
+    EXPECT_FALSE(isSet(asked.get())) << "the other process consumed the signal";
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-// The mappings of named files. (What goes without a file is in SecuredMappingTest.cpp.)
+// Mappings of named files. SecuredMappingTest.cpp tests mappings without a file name.
 
 #include <future>
 #include <string>
@@ -39,7 +39,7 @@ protected:
                                                            name.c_str(), &fileCreated, &mappingCreated));
     }
 
-    /// Expects the failure `text`, and that it is all that the log has.
+    /// Expects the failure `text`, and no other failure in the log.
     void expectFailure(const std::wstring& path, DWORD size, const std::wstring& text) {
         fileCreated = true;
         mappingCreated = true;
@@ -64,7 +64,7 @@ protected:
     bool mappingCreated = false;
 };
 
-/// The bytes of a mapping.
+/// The first `count` bytes of a mapping.
 std::string bytesOf(const Handle& mapping, std::size_t count) {
     const char* const view = static_cast<const char*>(MapViewOfFile(mapping.get(), FILE_MAP_READ, 0, 0, 0));
     std::string bytes = view ? std::string(view, count) : "no view";
@@ -74,7 +74,7 @@ std::string bytesOf(const Handle& mapping, std::size_t count) {
     return bytes;
 }
 
-TEST_F(SecuredFileMapping, MakesAFileOfTheSizeAndTheMapping) {
+TEST_F(SecuredFileMapping, CreatesTheFileWithTheSizeAndTheMapping) {
     const std::wstring path = file(L"new.dat");
     const Handle mapping = obtain(path, kSize);
     EXPECT_TRUE(mapping);
@@ -87,20 +87,20 @@ TEST_F(SecuredFileMapping, MakesAFileOfTheSizeAndTheMapping) {
     EXPECT_FALSE(log.exists());
 }
 
-TEST_F(SecuredFileMapping, MapsAFileThatIsThere) {
+TEST_F(SecuredFileMapping, MapsAnExistingFile) {
     const std::wstring path = file(L"old.dat");
-    write(path, "what was written before");
+    write(path, "already in the old file");
     for (const DWORD size : {DWORD{0}, DWORD{23}}) {
         fileCreated = true;
         mappingCreated = false;
         const Handle mapping = obtain(path, size);
         EXPECT_FALSE(fileCreated) << size;
         EXPECT_TRUE(mappingCreated) << size;
-        EXPECT_EQ(bytesOf(mapping, 23), "what was written before");
+        EXPECT_EQ(bytesOf(mapping, 23), "already in the old file");
     }
 }
 
-TEST_F(SecuredFileMapping, WhatIsWrittenThereStandsInTheFile) {
+TEST_F(SecuredFileMapping, WritesReachTheFile) {
     const std::wstring path = file(L"new.dat");
     {
         const Handle mapping = obtain(path, 16);
@@ -112,7 +112,7 @@ TEST_F(SecuredFileMapping, WhatIsWrittenThereStandsInTheFile) {
     EXPECT_EQ(test::readFileBytes(folder.file("new.dat")), "0123456789abcdef");
 }
 
-TEST_F(SecuredFileMapping, OneThatIsThereIsOpenedWithoutTouchingTheFile) {
+TEST_F(SecuredFileMapping, ExistingMappingIsOpenedWithoutTheFile) {
     const Handle first = obtain(file(L"first.dat"), kSize);
     EXPECT_TRUE(mappingCreated);
     fileCreated = true;
@@ -126,20 +126,20 @@ TEST_F(SecuredFileMapping, OneThatIsThereIsOpenedWithoutTouchingTheFile) {
     EXPECT_FALSE(log.exists());
 }
 
-TEST_F(SecuredFileMapping, TheFlagsMayBeMissing) {
+TEST_F(SecuredFileMapping, FlagsMayBeNull) {
     const std::wstring path = file(L"new.dat");
     const Handle none(vorel::ObtainAccessableFileMappingEx(path.c_str(), PAGE_READWRITE, FILE_MAP_WRITE, 0, kSize,
                                                            name.c_str(), nullptr, nullptr));
     EXPECT_TRUE(none);
     const Handle one(vorel::ObtainAccessableFileMappingEx(path.c_str(), PAGE_READWRITE, FILE_MAP_WRITE, 0, kSize,
                                                           nullptr, nullptr, &mappingCreated));
-    EXPECT_TRUE(mappingCreated) << "it has no name";
+    EXPECT_TRUE(mappingCreated) << "a mapping without a name is always new";
     const Handle other(vorel::ObtainAccessableFileMappingEx(path.c_str(), PAGE_READWRITE, FILE_MAP_WRITE, 0, kSize,
                                                             nullptr, &fileCreated, nullptr));
     EXPECT_FALSE(fileCreated);
 }
 
-TEST_F(SecuredFileMapping, TheFileIsFreeOnceTheMappingIsClosed) {
+TEST_F(SecuredFileMapping, FileCanBeDeletedAfterTheMappingIsClosed) {
     const std::wstring path = file(L"new.dat");
     Handle mapping = obtain(path, kSize);
     mapping.close();
@@ -148,12 +148,12 @@ TEST_F(SecuredFileMapping, TheFileIsFreeOnceTheMappingIsClosed) {
     EXPECT_FALSE(gone);
 }
 
-TEST_F(SecuredFileMapping, EveryoneMayUseItAndNobodyMayChangeThat) {
+TEST_F(SecuredFileMapping, EveryoneMayUseItAndNobodyMayChangeItsSecurity) {
     const Handle mapping = obtain(file(L"new.dat"), kSize);
     test::expectSharedSecurity(mapping.get(), SECTION_ALL_ACCESS);
 }
 
-TEST_F(SecuredFileMapping, NamesBeyondAsciiAndWithBlanksAreNames) {
+TEST_F(SecuredFileMapping, NamesMayContainBlanksAndNonAsciiCharacters) {
     const std::wstring path = file(L"Gr\u00F6\u00DFe \u4E16\u754C.dat");
     const Handle mapping = obtain(path, kSize);
     EXPECT_TRUE(mapping);
@@ -163,7 +163,7 @@ TEST_F(SecuredFileMapping, NamesBeyondAsciiAndWithBlanksAreNames) {
 
 // ---- Failures ----
 
-/// The system's text for the failure of opening `path` just as the library does.
+/// The system's text for opening `path` like the library does, which must fail.
 std::wstring textOfOpening(const std::wstring& path) {
     const Handle file(CreateFileW(path.c_str(), GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE,
                                   nullptr, OPEN_EXISTING, 0, nullptr));
@@ -177,23 +177,23 @@ std::wstring textOfLongPath(const std::wstring& path) {
     return test::systemText(GetLastError());
 }
 
-TEST_F(SecuredFileMapping, AMissingFolderIsTold) {
+TEST_F(SecuredFileMapping, MissingFolderThrows) {
     const std::wstring missing = file(L"missing");
     const std::wstring path = missing + L"\\new.dat";
     expectFailure(path, kSize,
                   L"ObtainAccessableFileMappingEx: Long API failed for " + path + L": " + textOfLongPath(path));
-    EXPECT_EQ(GetFileAttributesW(missing.c_str()), INVALID_FILE_ATTRIBUTES) << "nothing is made on the way";
+    EXPECT_EQ(GetFileAttributesW(missing.c_str()), INVALID_FILE_ATTRIBUTES) << "no folder is created";
     EXPECT_FALSE(fileCreated);
 }
 
-TEST_F(SecuredFileMapping, AFolderIsNoFile) {
+TEST_F(SecuredFileMapping, FolderInsteadOfAFileThrows) {
     const std::wstring path = folder.widePath();
     expectFailure(path, kSize,
                   L"ObtainAccessableFileMappingEx: Unable to create file " + path + L": " + textOfOpening(path));
     EXPECT_FALSE(fileCreated);
 }
 
-TEST_F(SecuredFileMapping, AFileThatAnotherKeepsForItselfIsTold) {
+TEST_F(SecuredFileMapping, FileOpenedExclusivelyByAnotherThrows) {
     const std::wstring path = file(L"kept.dat");
     Handle kept(CreateFileW(path.c_str(), GENERIC_READ, 0, nullptr, CREATE_NEW, 0, nullptr));
     expectFailure(path, kSize,
@@ -204,7 +204,7 @@ TEST_F(SecuredFileMapping, AFileThatAnotherKeepsForItselfIsTold) {
     EXPECT_FALSE(fileCreated);
 }
 
-TEST_F(SecuredFileMapping, AnEmptyFileWithoutASizeCannotBeMapped) {
+TEST_F(SecuredFileMapping, EmptyFileWithoutASizeThrows) {
     const std::wstring path = file(L"empty.dat");
     write(path, "");
     Handle empty(CreateFileW(path.c_str(), GENERIC_READ | GENERIC_WRITE, 7, nullptr, OPEN_EXISTING, 0, nullptr));
@@ -216,14 +216,14 @@ TEST_F(SecuredFileMapping, AnEmptyFileWithoutASizeCannotBeMapped) {
         L"ObtainAccessableFileMappingEx: Opening file mapping failed for " + path + L" after 50 tries: " + reason;
     expectFailure(path, 0, text);
     EXPECT_FALSE(fileCreated);
-    EXPECT_TRUE(DeleteFileW(path.c_str())) << "all of its handles are closed";
-    // A file that has to be made first is an empty one.
+    EXPECT_TRUE(DeleteFileW(path.c_str())) << "every handle of the file must be closed";
+    // A missing file is created empty.
     expectFailure(path, 0, text);
-    EXPECT_FALSE(fileCreated) << "the last attempt found what the first one made";
+    EXPECT_FALSE(fileCreated) << "the last attempt opened the file that the first one created";
     EXPECT_TRUE(DeleteFileW(path.c_str()));
 }
 
-TEST_F(SecuredFileMapping, ATakenNameIsToldAfterFiftyAttempts) {
+TEST_F(SecuredFileMapping, TakenNameThrowsAfterFiftyAttempts) {
     const NamedEvent taken(name);
     const Handle none(CreateFileMappingW(INVALID_HANDLE_VALUE, nullptr, PAGE_READWRITE, 0, kSize, name.c_str()));
     const std::wstring reason = test::systemText(GetLastError());
@@ -237,7 +237,7 @@ TEST_F(SecuredFileMapping, ATakenNameIsToldAfterFiftyAttempts) {
 
 // ---- With a second process ----
 
-TEST_F(SecuredFileMapping, ASecondProcessSeesTheSame) {
+TEST_F(SecuredFileMapping, AnotherProcessSeesTheSameContent) {
     const std::wstring path = file(L"shared.dat");
     const std::vector<std::wstring> task = {L"task=mapping", L"name=" + name, L"file=" + path};
     const auto withNumbers = [&task](const wchar_t* expected, const wchar_t* written) {
@@ -252,12 +252,12 @@ TEST_F(SecuredFileMapping, ASecondProcessSeesTheSame) {
     }
     EXPECT_EQ(runChild(L"secured_peer", withNumbers(L"expect=41", L"write=1")),
               kPeerObtained | test::kPeerCreated | kPeerDone)
-        << "the mapping was gone, the file was not";
+        << "the mapping no longer exists, but the file does";
 }
 
-// ---- Several that open it first at the same time ----
+// ---- Simultaneous first opening ----
 
-TEST_F(SecuredFileMapping, ThreadsThatOpenItFirstAtTheSameTimeAllGetIt) {
+TEST_F(SecuredFileMapping, ThreadsThatRaceToOpenItAllSucceed) {
     const test::MappingRace race{name, folder.widePath(), 4, 100};
     std::vector<std::future<int>> parties;
     for (long party = 0; party != race.parties; ++party) {
@@ -269,7 +269,7 @@ TEST_F(SecuredFileMapping, ThreadsThatOpenItFirstAtTheSameTimeAllGetIt) {
     EXPECT_FALSE(log.exists());
 }
 
-TEST_F(SecuredFileMapping, ProcessesThatOpenItFirstAtTheSameTimeAllGetIt) {
+TEST_F(SecuredFileMapping, ProcessesThatRaceToOpenItAllSucceed) {
     constexpr int kParties = 3;
     const std::string logPath = log.path();
     const std::vector<std::wstring> task = {L"task=race",

@@ -24,7 +24,7 @@ using test::runChild;
 
 constexpr DWORD kSize = 4096;
 
-/// The first number of a mapping.
+/// A view of the first number in a mapping.
 class View {
 public:
     explicit View(const Handle& mapping, DWORD access = FILE_MAP_WRITE)
@@ -59,7 +59,7 @@ protected:
     int created = 7;
 };
 
-TEST_F(SecuredMapping, TheFirstCreatesItAndTheSecondSeesTheSame) {
+TEST_F(SecuredMapping, FirstCallCreatesItAndSecondCallOpensIt) {
     const Handle first = obtain();
     EXPECT_EQ(created, 1);
     const Handle second = obtain();
@@ -73,7 +73,7 @@ TEST_F(SecuredMapping, TheFirstCreatesItAndTheSecondSeesTheSame) {
     EXPECT_EQ(other.number(), 42);
 }
 
-TEST_F(SecuredMapping, TheFlagMayBeMissing) {
+TEST_F(SecuredMapping, FlagMayBeNull) {
     for (int round = 0; round < 2; ++round) {
         const Handle mapping(vorel::ObtainAccessableFileMapping(INVALID_HANDLE_VALUE, PAGE_READWRITE, FILE_MAP_WRITE, 0,
                                                                 kSize, name.c_str(), nullptr));
@@ -81,7 +81,7 @@ TEST_F(SecuredMapping, TheFlagMayBeMissing) {
     }
 }
 
-TEST_F(SecuredMapping, IsGoneWithItsLastHandle) {
+TEST_F(SecuredMapping, IsDestroyedWithItsLastHandle) {
     for (int round = 0; round < 3; ++round) {
         const Handle mapping = obtain();
         EXPECT_EQ(created, 1);
@@ -90,7 +90,7 @@ TEST_F(SecuredMapping, IsGoneWithItsLastHandle) {
     EXPECT_FALSE(gone);
 }
 
-TEST_F(SecuredMapping, WithoutANameItIsNewEachTime) {
+TEST_F(SecuredMapping, WithoutANameEachCallCreatesAMapping) {
     for (int round = 0; round < 2; ++round) {
         const Handle mapping(vorel::ObtainAccessableFileMapping(INVALID_HANDLE_VALUE, PAGE_READWRITE, FILE_MAP_WRITE, 0,
                                                                 kSize, nullptr, &created));
@@ -99,27 +99,27 @@ TEST_F(SecuredMapping, WithoutANameItIsNewEachTime) {
     }
 }
 
-TEST_F(SecuredMapping, OneThatCannotBeCreatedAgainIsOpenedWithTheAccessAskedFor) {
+TEST_F(SecuredMapping, ExistingMappingIsOpenedWithTheRequestedAccess) {
     const Handle first = obtain();
     const View whole(first);
     ASSERT_TRUE(whole);
     whole.number() = 7;
     const Handle second = obtain(FILE_MAP_READ);
     EXPECT_EQ(created, 0);
-    EXPECT_FALSE(View(second, FILE_MAP_WRITE)) << "the access asked for is to read";
+    EXPECT_FALSE(View(second, FILE_MAP_WRITE)) << "read access was requested";
     const View view(second, FILE_MAP_READ);
     ASSERT_TRUE(view);
     EXPECT_EQ(view.number(), 7);
 }
 
-TEST_F(SecuredMapping, ATakenNameLeavesNothing) {
+TEST_F(SecuredMapping, TakenNameReturnsNull) {
     const NamedEvent taken(name);
     const Handle mapping = obtain();
     EXPECT_FALSE(mapping);
     EXPECT_EQ(created, 0);
 }
 
-TEST_F(SecuredMapping, WhatCannotBeMappedLeavesNothing) {
+TEST_F(SecuredMapping, UnmappableHandleReturnsNull) {
     const Handle event(CreateEventW(nullptr, TRUE, FALSE, nullptr));
     EXPECT_EQ(vorel::ObtainAccessableFileMapping(event.get(), PAGE_READWRITE, FILE_MAP_WRITE, 0, kSize, name.c_str(),
                                                  &created),
@@ -127,12 +127,12 @@ TEST_F(SecuredMapping, WhatCannotBeMappedLeavesNothing) {
     EXPECT_EQ(created, 0);
 }
 
-TEST_F(SecuredMapping, EveryoneMayUseItAndNobodyMayChangeThat) {
+TEST_F(SecuredMapping, EveryoneMayUseItAndNobodyMayChangeItsSecurity) {
     const Handle mapping = obtain();
     test::expectSharedSecurity(mapping.get(), SECTION_ALL_ACCESS);
 }
 
-TEST_F(SecuredMapping, ASecondProcessSeesTheSame) {
+TEST_F(SecuredMapping, AnotherProcessSeesTheSameContent) {
     const Handle mapping = obtain();
     const View view(mapping);
     ASSERT_TRUE(view);
@@ -146,7 +146,7 @@ TEST_F(SecuredMapping, ASecondProcessSeesTheSame) {
     EXPECT_EQ(view.number(), 18);
 }
 
-TEST_F(SecuredMapping, WhatASecondProcessCreatedGoesWithIt) {
+TEST_F(SecuredMapping, MappingOfAnotherProcessIsDestroyedWithIt) {
     EXPECT_EQ(runChild(L"secured_peer", {L"task=mapping", L"name=" + name, L"expect=0", L"write=3"}),
               kPeerObtained | test::kPeerCreated | kPeerDone);
     const Handle mapping = obtain();

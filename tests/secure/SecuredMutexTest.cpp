@@ -26,7 +26,7 @@ using test::NamedEvent;
 using test::runChild;
 using Texts = std::vector<std::string>;
 
-/// Whether another thread could take the mutex now.
+/// Whether another thread can take the mutex now.
 bool isFreeForOthers(HANDLE mutex) {
     return std::async(std::launch::async,
                       [mutex] {
@@ -45,7 +45,7 @@ protected:
         return Handle(vorel::ObtainAccessableMutex(0, name.c_str(), retries, sleepMs, &created));
     }
 
-    /// The line that is to stand in the log when nothing can be had under the name.
+    /// The expected log line when the name cannot be opened.
     [[nodiscard]] Texts warning() const {
         const Handle opened(OpenMutexW(SYNCHRONIZE, FALSE, name.c_str()));
         const DWORD error = GetLastError();
@@ -59,7 +59,7 @@ protected:
     int created = 7;
 };
 
-TEST_F(SecuredMutex, TheFirstCreatesItAndTheSecondFindsIt) {
+TEST_F(SecuredMutex, FirstCallCreatesItAndSecondCallOpensIt) {
     const Handle first = obtain();
     EXPECT_TRUE(first);
     EXPECT_EQ(created, 1);
@@ -69,7 +69,7 @@ TEST_F(SecuredMutex, TheFirstCreatesItAndTheSecondFindsIt) {
     EXPECT_FALSE(log.exists());
 }
 
-TEST_F(SecuredMutex, IsGoneWithItsLastHandle) {
+TEST_F(SecuredMutex, IsDestroyedWithItsLastHandle) {
     for (int round = 0; round < 3; ++round) {
         Handle first = obtain();
         EXPECT_EQ(created, 1);
@@ -83,14 +83,14 @@ TEST_F(SecuredMutex, IsGoneWithItsLastHandle) {
     EXPECT_FALSE(gone);
 }
 
-TEST_F(SecuredMutex, TheFlagMayBeMissing) {
+TEST_F(SecuredMutex, FlagMayBeNull) {
     const Handle first(vorel::ObtainAccessableMutex(0, name.c_str(), 0, 0, nullptr));
     const Handle second(vorel::ObtainAccessableMutex(0, name.c_str(), 0, 0, nullptr));
     EXPECT_TRUE(first);
     EXPECT_TRUE(second);
 }
 
-TEST_F(SecuredMutex, WithoutANameItIsNewEachTime) {
+TEST_F(SecuredMutex, WithoutANameEachCallCreatesAMutex) {
     const Handle first(vorel::ObtainAccessableMutex(0, nullptr, 0, 0, &created));
     EXPECT_TRUE(first);
     EXPECT_EQ(created, 1);
@@ -101,7 +101,7 @@ TEST_F(SecuredMutex, WithoutANameItIsNewEachTime) {
     EXPECT_FALSE(isFreeForOthers(second.get()));
 }
 
-TEST_F(SecuredMutex, BelongsToTheCallerWhoAsksForIt) {
+TEST_F(SecuredMutex, InitialOwnerIsTheCallerIfRequested) {
     for (const int owner : {0, 1, -1}) {
         const Handle mutex(vorel::ObtainAccessableMutex(owner, name.c_str(), 0, 0, nullptr));
         EXPECT_EQ(isFreeForOthers(mutex.get()), owner == 0) << owner;
@@ -109,7 +109,7 @@ TEST_F(SecuredMutex, BelongsToTheCallerWhoAsksForIt) {
     }
 }
 
-TEST_F(SecuredMutex, AFoundHandleWaitsAndReleases) {
+TEST_F(SecuredMutex, OpenedHandleCanWaitAndRelease) {
     const Handle first = obtain();
     const Handle second = obtain();
     EXPECT_EQ(WaitForSingleObject(second.get(), 0), WAIT_OBJECT_0);
@@ -118,12 +118,12 @@ TEST_F(SecuredMutex, AFoundHandleWaitsAndReleases) {
     EXPECT_TRUE(isFreeForOthers(first.get()));
 }
 
-TEST_F(SecuredMutex, EveryoneMayUseItAndNobodyMayChangeThat) {
+TEST_F(SecuredMutex, EveryoneMayUseItAndNobodyMayChangeItsSecurity) {
     const Handle mutex = obtain();
     test::expectSharedSecurity(mutex.get(), MUTEX_ALL_ACCESS);
 }
 
-TEST_F(SecuredMutex, ItsHandleIsNotInherited) {
+TEST_F(SecuredMutex, HandleIsNotInherited) {
     const Handle first = obtain();
     const Handle second = obtain();
     for (const Handle* const mutex : {&first, &second}) {
@@ -133,7 +133,7 @@ TEST_F(SecuredMutex, ItsHandleIsNotInherited) {
     }
 }
 
-TEST_F(SecuredMutex, OneThatOthersMadeUnprotectedIsFound) {
+TEST_F(SecuredMutex, UnprotectedMutexOfOthersIsOpened) {
     const Handle plain(CreateMutexW(nullptr, FALSE, name.c_str()));
     const Handle mutex = obtain();
     EXPECT_TRUE(mutex);
@@ -142,31 +142,31 @@ TEST_F(SecuredMutex, OneThatOthersMadeUnprotectedIsFound) {
     EXPECT_TRUE(ReleaseMutex(mutex.get()));
 }
 
-// ---- A name that is taken by an object of another kind ----
+// ---- Names of objects of another kind ----
 
-TEST_F(SecuredMutex, ATakenNameIsTriedOnceWithoutRetries) {
+TEST_F(SecuredMutex, TakenNameIsTriedOnceWithoutRetries) {
     const NamedEvent taken(name);
     const auto start = std::chrono::steady_clock::now();
     const Handle mutex = obtain(0, 3600000);
-    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::minutes(1)) << "there is nothing to sleep for";
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::minutes(1)) << "it must not sleep";
     EXPECT_FALSE(mutex);
     EXPECT_EQ(created, 0);
     EXPECT_EQ(log.messages(), warning());
 }
 
-TEST_F(SecuredMutex, ATakenNameIsTriedAgainAfterEachSleep) {
+TEST_F(SecuredMutex, TakenNameIsTriedAgainAfterEachSleep) {
     const NamedEvent taken(name);
     const auto start = std::chrono::steady_clock::now();
     const Handle mutex = obtain(4, 50);
     const auto taking = std::chrono::steady_clock::now() - start;
     EXPECT_FALSE(mutex);
     EXPECT_EQ(created, 0);
-    EXPECT_GE(taking, std::chrono::milliseconds(4 * 50 - 4 * 16)) << "the clock of the system is a coarse one";
+    EXPECT_GE(taking, std::chrono::milliseconds(4 * 50 - 4 * 16)) << "four sleeps of 50 ms, minus a clock tick each";
     EXPECT_LT(taking, std::chrono::minutes(1));
     EXPECT_EQ(log.messages(), warning());
 }
 
-TEST_F(SecuredMutex, ANameThatBecomesFreeIsTakenByALaterAttempt) {
+TEST_F(SecuredMutex, LaterAttemptTakesANameThatBecomesFree) {
     auto taken = std::make_unique<NamedEvent>(name);
     std::promise<void> started;
     auto later = std::async(std::launch::async, [&] {
@@ -183,18 +183,18 @@ TEST_F(SecuredMutex, ANameThatBecomesFreeIsTakenByALaterAttempt) {
 
 // ---- With a second process ----
 
-TEST_F(SecuredMutex, ASecondProcessFindsWhatTheFirstCreated) {
+TEST_F(SecuredMutex, AnotherProcessOpensTheMutex) {
     const Handle mutex = obtain();
     EXPECT_EQ(created, 1);
     EXPECT_EQ(runChild(L"secured_peer", {L"task=mutex", L"name=" + name}), test::kPeerObtained | test::kPeerDone);
     EXPECT_EQ(WaitForSingleObject(mutex.get(), 0), WAIT_OBJECT_0);
     EXPECT_EQ(runChild(L"secured_peer", {L"task=mutex", L"name=" + name}), test::kPeerObtained)
-        << "it belongs to this process now";
+        << "this process holds it now";
     EXPECT_TRUE(ReleaseMutex(mutex.get()));
     EXPECT_EQ(runChild(L"secured_peer", {L"task=mutex", L"name=" + name}), test::kPeerObtained | test::kPeerDone);
 }
 
-TEST_F(SecuredMutex, WhatASecondProcessCreatedIsFoundWhileItLives) {
+TEST_F(SecuredMutex, MutexOfAnotherProcessIsOpenedWhileThatProcessRuns) {
     const NamedEvent held(NamedEvent::uniqueName(L"held"));
     const NamedEvent release(NamedEvent::uniqueName(L"release"));
     const ChildProcess peer(L"secured_peer",
@@ -211,17 +211,17 @@ TEST_F(SecuredMutex, WhatASecondProcessCreatedIsFoundWhileItLives) {
         ASSERT_TRUE(peer.wait());
         EXPECT_EQ(peer.exitCode(), test::kPeerObtained | test::kPeerCreated | test::kPeerDone);
     }
-    const Handle anew = obtain();
-    EXPECT_EQ(created, 1) << "nobody has it any more";
+    const Handle again = obtain();
+    EXPECT_EQ(created, 1) << "every handle of the old mutex is closed";
 }
 
-TEST_F(SecuredMutex, MachineWideNamesAreTheCallersBusiness) {
+TEST_F(SecuredMutex, NameMayHaveTheGlobalPrefix) {
     const std::wstring global = L"Global\\" + name;
     const Handle wide(vorel::ObtainAccessableMutex(0, global.c_str(), 0, 0, &created));
     EXPECT_TRUE(wide);
     EXPECT_EQ(created, 1);
     const Handle found(OpenMutexW(SYNCHRONIZE, FALSE, global.c_str()));
-    EXPECT_TRUE(found) << "nothing was put in front of the name";
+    EXPECT_TRUE(found) << "the name is used unchanged";
     EXPECT_EQ(runChild(L"secured_peer", {L"task=mutex", L"name=" + global}), test::kPeerObtained | test::kPeerDone);
 }
 
