@@ -1,6 +1,6 @@
 /// \file
-/// A calendar of the tests' own: UTC from seconds since 1970-01-01 by counting days in the proleptic Gregorian
-/// calendar, without the runtime.
+/// An independent calendar for tests. It computes UTC from seconds since 1970-01-01 by counting days in the proleptic
+/// Gregorian calendar, without the runtime.
 #pragma once
 
 #include <ctime>
@@ -11,13 +11,13 @@ inline bool isLeapYear(long long year) {
     return year % 4 == 0 && (year % 100 != 0 || year % 400 == 0);
 }
 
-/// For times from 1970 on.
+/// For times since 1970.
 inline std::tm civilTimeOf(long long time) {
     static constexpr int kMonthDays[] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
     long long days = time / 86400;
     const long long seconds = time % 86400;
     std::tm result = {};
-    result.tm_wday = static_cast<int>((days + 4) % 7);  // the first day was a Thursday
+    result.tm_wday = static_cast<int>((days + 4) % 7);  // 1970-01-01 was a Thursday
     result.tm_hour = static_cast<int>(seconds / 3600);
     result.tm_min = static_cast<int>(seconds / 60 % 60);
     result.tm_sec = static_cast<int>(seconds % 60);

@@ -1,5 +1,5 @@
 /// \file
-/// The clocks of Time.h, each between two readings of the system's own.
+/// The clocks of Time.h. Each reading must lie between two readings of the system's clock.
 
 #include <cstdint>
 
@@ -39,11 +39,11 @@ TEST(Clocks, GetMillisecondsUTC_CountsMillisecondsSince1970) {
         ASSERT_LE(before, reading);
         ASSERT_LE(reading, after);
     }
-    EXPECT_GT(util::getMillisecondsUTC(), 1577836800000u) << "2020 has passed";
-    EXPECT_LT(util::getMillisecondsUTC(), 32503680000000u) << "3000 has not";
+    EXPECT_GT(util::getMillisecondsUTC(), 1577836800000u) << "later than 2020";
+    EXPECT_LT(util::getMillisecondsUTC(), 32503680000000u) << "earlier than 3000";
 }
 
-/// Expects `clock` to be the 32-bit tick count, widened.
+/// Expects `clock` to return the 32-bit tick count.
 void expectTickCount(unsigned long long (*clock)()) {
     for (int i = 0; i < 1000; ++i) {
         const DWORD before = GetTickCount();
@@ -58,11 +58,11 @@ TEST(Clocks, GetMillisecondCount_IsTheTickCount) {
     expectTickCount([] { return util::getMillisecondCount(); });
 }
 
-TEST(Clocks, GetProcessorCycles_IsTheTickCountToo) {
+TEST(Clocks, GetProcessorCycles_IsTheTickCount) {
     expectTickCount([] { return util::getProcessorCycles(); });
 }
 
-TEST(Clocks, GetMicrotimeFromProcessorCycles_IsRightAcrossOneWrap) {
+TEST(Clocks, GetMicrotimeFromProcessorCycles_IsCorrectAcrossOneWrap) {
     EXPECT_EQ(util::getMicrotimeFromProcessorCycles(0xFFFFFFF0, 0x10), 32000u);
     EXPECT_EQ(util::getMicrotimeFromProcessorCycles(0, 0), 0u);
     EXPECT_EQ(util::getMicrotimeFromProcessorCycles(5, 12), 7000u);
@@ -70,7 +70,7 @@ TEST(Clocks, GetMicrotimeFromProcessorCycles_IsRightAcrossOneWrap) {
     EXPECT_EQ(util::getMicrotimeFromProcessorCycles(0x1'0000'0005, 0x7'0000'0006), 1000u);
 }
 
-TEST(Clocks, RunAtOneSpeed) {
+TEST(Clocks, RunAtTheSameSpeed) {
     const std::uint64_t microseconds = util::getmicrotime();
     const std::uint64_t cycles = util::getProcessorCycles();
     vorel::Sleep(100);

@@ -13,7 +13,7 @@ using vorel::BaseString;
 using vorel::util::FormatErrorMsg;
 using vorel::util::GetLastErrorMsg;
 
-/// The system's own text, without white space at its ends; empty when there is none.
+/// The system's text without white space at its ends, or an empty text if the system has none.
 std::wstring systemText(DWORD code) {
     wchar_t text[4096];
     DWORD length = FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr, code, 0x0400,
@@ -29,24 +29,24 @@ std::wstring systemText(DWORD code) {
     return {text + first, text + length};
 }
 
-TEST(FormatErrorMsg, CodeZeroIsNoError) {
+TEST(FormatErrorMsg, CodeZeroGivesNoError) {
     BaseString<wchar_t> text(L"old");
     const wchar_t* const result = FormatErrorMsg(0, text);
     EXPECT_TRUE(text == L"No Error");
     EXPECT_EQ(result, text.c_str());
 }
 
-TEST(FormatErrorMsg, GivesTheSystemsTextWithoutItsLineBreak) {
+TEST(FormatErrorMsg, ReturnsTheSystemTextWithoutItsLineBreak) {
     BaseString<wchar_t> text;
     const wchar_t* const result = FormatErrorMsg(ERROR_FILE_NOT_FOUND, text);
-    ASSERT_FALSE(text.empty()) << "every system knows this one";
+    ASSERT_FALSE(text.empty()) << "every system has a text for this code";
     EXPECT_EQ(result, text.c_str());
     EXPECT_EQ(text.view(), systemText(ERROR_FILE_NOT_FOUND));
     EXPECT_NE(text.view().back(), L'\n');
     EXPECT_NE(text.view().back(), L'\r');
 }
 
-TEST(FormatErrorMsg, AgreesWithTheSystemOverAllCodes) {
+TEST(FormatErrorMsg, AgreesWithTheSystemForCodesBelow4000) {
     BaseString<wchar_t> text;
     for (int code = 1; code < 4000; ++code) {
         const wchar_t* const result = FormatErrorMsg(code, text);
@@ -55,14 +55,14 @@ TEST(FormatErrorMsg, AgreesWithTheSystemOverAllCodes) {
     }
 }
 
-TEST(FormatErrorMsg, TakesCodesWithTheHighBitSet) {
+TEST(FormatErrorMsg, AcceptsCodesWithTheHighBitSet) {
     BaseString<wchar_t> text;
-    FormatErrorMsg(static_cast<int>(0x80070005), text);  // "access denied" as a result code
+    FormatErrorMsg(static_cast<int>(0x80070005), text);  // "access denied" as an HRESULT
     EXPECT_EQ(text.view(), systemText(0x80070005));
 }
 
-TEST(FormatErrorMsg, ACodeWithoutATextGivesTheEmptyText) {
-    ASSERT_EQ(systemText(0x2FFFFFFF), L"") << "this code is nobody's";
+TEST(FormatErrorMsg, CodeWithoutATextGivesAnEmptyText) {
+    ASSERT_EQ(systemText(0x2FFFFFFF), L"") << "no system defines this code";
     BaseString<wchar_t> text(L"old");
     EXPECT_EQ(std::wstring(FormatErrorMsg(0x2FFFFFFF, text)), L"");
     EXPECT_TRUE(text.empty());
@@ -70,14 +70,14 @@ TEST(FormatErrorMsg, ACodeWithoutATextGivesTheEmptyText) {
     EXPECT_EQ(std::wstring(FormatErrorMsg(0x2FFFFFFF, fresh)), L"");
 }
 
-TEST(GetLastErrorMsg, WithoutAnErrorLeavesTheText) {
+TEST(GetLastErrorMsg, WithoutAnErrorTheTextIsUnchanged) {
     BaseString<wchar_t> text(L"as it was");
     SetLastError(0);
     EXPECT_FALSE(GetLastErrorMsg(text));
     EXPECT_TRUE(text == L"as it was");
 }
 
-TEST(GetLastErrorMsg, GivesTheTextOfTheLastError) {
+TEST(GetLastErrorMsg, ReturnsTheTextOfTheLastError) {
     for (const DWORD code : {DWORD{ERROR_FILE_NOT_FOUND}, DWORD{ERROR_ACCESS_DENIED}, DWORD{0x2FFFFFFF}}) {
         BaseString<wchar_t> text(L"old");
         SetLastError(code);

@@ -21,7 +21,7 @@ class SetProcessPriorityTest : public ::testing::Test {
 protected:
     void TearDown() override { SetPriorityClass(GetCurrentProcess(), m_before); }
 
-    /// The class that the process has after the call.
+    /// The priority class of the process after the call.
     static DWORD classAfter(ProcessPriorityClass priority, int unused) {
         SetProcessPriority(priority, unused);
         return GetPriorityClass(GetCurrentProcess());
@@ -31,20 +31,20 @@ private:
     DWORD m_before = GetPriorityClass(GetCurrentProcess());
 };
 
-TEST_F(SetProcessPriorityTest, SetsTheSystemsClass) {
+TEST_F(SetProcessPriorityTest, SetsThePriorityClass) {
     EXPECT_EQ(classAfter(PPC_AboveNormal, 0), DWORD{0x8000});
     EXPECT_EQ(classAfter(PPC_Normal, 0), DWORD{0x20});
     EXPECT_EQ(classAfter(PPC_BelowNormal, 0), DWORD{0x4000});
 }
 
-TEST_F(SetProcessPriorityTest, AnyOtherValueSetsTheNormalClass) {
+TEST_F(SetProcessPriorityTest, OtherValuesSetTheNormalClass) {
     for (const int value : {-1, 3, 0x4000, 0x7FFFFFFF}) {
         ASSERT_EQ(classAfter(PPC_BelowNormal, 0), DWORD{0x4000});
         EXPECT_EQ(classAfter(static_cast<ProcessPriorityClass>(value), 0), DWORD{0x20}) << value;
     }
 }
 
-TEST_F(SetProcessPriorityTest, TheSecondArgumentIsNotUsed) {
+TEST_F(SetProcessPriorityTest, SecondArgumentIsIgnored) {
     for (const int unused : {-1, 1, 0x8000}) {
         EXPECT_EQ(classAfter(PPC_BelowNormal, unused), DWORD{0x4000}) << unused;
     }

@@ -1,5 +1,5 @@
 /// \file
-/// The time conversions; the clocks have a file of their own.
+/// The time conversions. ClocksTest.cpp tests the clocks.
 
 #include "vorel/system/Time.h"
 
@@ -29,7 +29,7 @@ using test::GuardedBuffer;
 using ::testing::ElementsAre;
 using vorel::Exception;
 
-constexpr long long kLastTime = 32535215999;  // 3000-12-31 23:59:59, as far as every runtime goes
+constexpr long long kLastTime = 32535215999;  // 3000-12-31 23:59:59, the last time that every runtime supports
 
 void expectSameTime(const std::tm& actual, const std::tm& expected, long long time) {
     EXPECT_EQ(actual.tm_year, expected.tm_year) << time;
@@ -42,7 +42,7 @@ void expectSameTime(const std::tm& actual, const std::tm& expected, long long ti
     EXPECT_EQ(actual.tm_yday, expected.tm_yday) << time;
 }
 
-/// Calls `action` until no second began meanwhile, so that what it did happened in the second that is returned.
+/// Calls `action` until it runs within a single second, and returns that second.
 template <class Action>
 long long withinOneSecond(Action action) {
     for (;;) {
@@ -60,9 +60,9 @@ std::string textOf(const std::tm& time) {
     return {text, 24};
 }
 
-// ---- Breaking down --------------------------------------------------------------------------------------------------
+// ---- Broken-down times ----------------------------------------------------------------------------------------------
 
-TEST(Gmtime, BreaksTimesDown) {
+TEST(Gmtime, KnownTimes) {
     struct Case {
         long long time;
         int year, month, day, hour, minute, second, weekday, dayOfYear;
@@ -103,7 +103,7 @@ TEST(Gmtime, AgreesWithCalendarArithmetic) {
     }
 }
 
-TEST(Localtime, IsTheTimeThatTheRuntimeTakesBack) {
+TEST(Localtime, IsTheInverseOfMktime) {
     std::mt19937_64 random(20001);
     for (int i = 0; i < 5000; ++i) {
         const auto time = static_cast<long long>(random() % (2 * std::uint64_t{1577836800})) + 86400;
@@ -117,7 +117,7 @@ TEST(Localtime, IsTheTimeThatTheRuntimeTakesBack) {
     }
 }
 
-TEST(Localtime, IsTheTimeOfTheZone) {
+TEST(Localtime, UsesTheTimeZone) {
     const test::TimeZone zone;
     for (const long long time : {1234567890LL, 951782399LL, 86400LL}) {
         std::tm result;
@@ -141,7 +141,7 @@ TEST(Localtime, NullResultThrows) {
                                             "Vorel Error: vorel::util::gmtime: Vorel exception rethrown"));
 }
 
-TEST(Localtime, AFailureOfTheConversionIsNotExamined) {
+TEST(Localtime, FailureOfTheRuntimeIsIgnored) {
     const long long tooEarly = -4000000000000000;
     for (const long long* const time : {static_cast<const long long*>(nullptr), &tooEarly}) {
         std::tm result;
@@ -192,7 +192,7 @@ TEST(Asctime, NullTimeMeansNowInLocalTime) {
     EXPECT_EQ(std::strlen(buffer.data()), 24u);
 }
 
-TEST(Asctime, NullTimeMeansTheTimeOfTheZone) {
+TEST(Asctime, NullTimeUsesTheTimeZone) {
     const test::TimeZone zone;
     char text[26];
     const long long now = withinOneSecond([&] { util::asctime(nullptr, text, sizeof text); });
@@ -245,14 +245,14 @@ TEST(Ctime, KeepsTheLineFeed) {
     }
 }
 
-TEST(Ctime, IsTheTimeOfTheZone) {
+TEST(Ctime, UsesTheTimeZone) {
     const test::TimeZone zone;
     const long long time = 1234567890;
     char text[26];
     EXPECT_STREQ(util::ctime(&time, text, sizeof text), "Sat Feb 14 04:31:30 2009\n");
 }
 
-TEST(Ctime, AFailureOfTheConversionIsNotExamined) {
+TEST(Ctime, FailureOfTheRuntimeIsIgnored) {
     const long long tooEarly = -4000000000000000;
     for (const long long* const time : {static_cast<const long long*>(nullptr), &tooEarly}) {
         GuardedBuffer<char> buffer(26);
@@ -260,17 +260,17 @@ TEST(Ctime, AFailureOfTheConversionIsNotExamined) {
     }
 }
 
-// ---- The program's handler of bad parameters ------------------------------------------------------------------------
+// ---- Invalid-parameter handler of the program -----------------------------------------------------------------------
 
-int s_badParameters = 0;
+int s_invalidParameters = 0;
 
-void __cdecl countBadParameter(const wchar_t*, const wchar_t*, const wchar_t*, unsigned int, std::uintptr_t) {
-    ++s_badParameters;
+void __cdecl countInvalidParameter(const wchar_t*, const wchar_t*, const wchar_t*, unsigned int, std::uintptr_t) {
+    ++s_invalidParameters;
 }
 
-TEST(TimeConversions, KeepTheirBadParametersFromTheHandlerOfTheProgram) {
-    const _invalid_parameter_handler before = _set_invalid_parameter_handler(&countBadParameter);
-    s_badParameters = 0;
+TEST(TimeConversions, DoNotCallTheInvalidParameterHandlerOfTheProgram) {
+    const _invalid_parameter_handler before = _set_invalid_parameter_handler(&countInvalidParameter);
+    s_invalidParameters = 0;
     std::tm time;
     char text[26];
     util::localtime(nullptr, &time);
@@ -279,13 +279,13 @@ TEST(TimeConversions, KeepTheirBadParametersFromTheHandlerOfTheProgram) {
     time = someTime();
     time.tm_mon = 12;
     EXPECT_THROW(util::asctime(&time, text, sizeof text), Exception);
-    EXPECT_EQ(s_badParameters, 0);
+    EXPECT_EQ(s_invalidParameters, 0);
     asctime_s(text, sizeof text, &time);
-    EXPECT_EQ(s_badParameters, 1) << "the handler is still there";
+    EXPECT_EQ(s_invalidParameters, 1) << "the handler must be installed again";
     _set_invalid_parameter_handler(before);
 }
 
-// ---- Buffers that do not do -----------------------------------------------------------------------------------------
+// ---- Invalid buffers ------------------------------------------------------------------------------------------------
 
 std::wstring tooShort(unsigned long long size) {
     return L"buffer must be at least 26 characters long, actual size = " + std::to_wstring(static_cast<int>(size));
@@ -302,11 +302,11 @@ TEST(TimeText, BuffersBelow26UnitsThrow) {
                                 {tooShort(size), L"vorel::util::asctime: Vorel exception rethrown"});
         expectThrows<Exception>([&] { util::ctime(&time, buffer.data(), size); },
                                 {tooShort(size), L"vorel::util::ctime: Vorel exception rethrown"});
-        EXPECT_EQ(std::string(buffer.data(), 26), std::string(26, buffer.kFill)) << "nothing was written";
+        EXPECT_EQ(std::string(buffer.data(), 26), std::string(26, buffer.kFill)) << "the buffer must not change";
     }
 }
 
-TEST(TimeText, NullBuffersThrowWhateverTheirSize) {
+TEST(TimeText, NullBuffersThrowForEverySize) {
     const test::TemporaryLog log;
     const std::tm brokenDown = someTime();
     const long long time = 0;

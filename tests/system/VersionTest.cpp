@@ -1,4 +1,4 @@
-// The version in the headers, in the library and in the DLL's file properties is one and the same.
+// The headers, the library and the file properties of the DLL have the same version.
 
 #include "vorel/Version.h"
 
@@ -13,7 +13,7 @@
 
 namespace {
 
-/// What the file properties of the DLL beside this program show.
+/// The file properties of the DLL in the folder of this program.
 class FileProperties {
 public:
     FileProperties() {
@@ -32,7 +32,7 @@ public:
         return query(L"\\", &found, &size) && size == sizeof *found ? *found : VS_FIXEDFILEINFO{};
     }
 
-    /// A text of the only language block, American English in UTF-16.
+    /// A text of the only language block: American English in UTF-16.
     [[nodiscard]] std::wstring text(const std::wstring& name) const {
         wchar_t* found = nullptr;
         UINT units = 0;
@@ -49,18 +49,18 @@ private:
     std::vector<char> m_block;
 };
 
-TEST(Version, TheTextIsMadeOfTheNumbers) {
+TEST(Version, TextConsistsOfTheNumbers) {
     EXPECT_EQ(std::string(VOREL_VERSION_STRING), std::to_string(VOREL_VERSION_MAJOR) + "." +
                                                      std::to_string(VOREL_VERSION_MINOR) + "." +
                                                      std::to_string(VOREL_VERSION_PATCH));
 }
 
-TEST(Version, TheLibraryHasTheVersionOfItsHeaders) {
+TEST(Version, LibraryHasTheVersionOfItsHeaders) {
     EXPECT_STREQ(vorel::version(), VOREL_VERSION_STRING);
     EXPECT_STREQ(vorel_version(), VOREL_VERSION_STRING);
 }
 
-TEST(Version, TheFilePropertiesHaveTheSameNumbers) {
+TEST(Version, FilePropertiesHaveTheSameNumbers) {
     const VS_FIXEDFILEINFO fixed = FileProperties().fixed();
     EXPECT_EQ(fixed.dwSignature, 0xFEEF04BDu);
     EXPECT_EQ(fixed.dwFileVersionMS, MAKELONG(VOREL_VERSION_MINOR, VOREL_VERSION_MAJOR));
@@ -77,7 +77,7 @@ TEST(Version, TheFilePropertiesHaveTheSameNumbers) {
 #endif
 }
 
-TEST(Version, TheFilePropertiesNameTheLibrary) {
+TEST(Version, FilePropertiesNameTheLibrary) {
     const std::string_view narrow = VOREL_VERSION_STRING;
     const std::wstring version(narrow.begin(), narrow.end());
     const struct {
