@@ -1,5 +1,5 @@
 /// \file
-/// The flat interface as a program in C sees it: the header compiles as C11, and its functions are called from there.
+/// Uses the flat interface from C. The header must compile as C11.
 
 #include "flat/CProgram.h"
 
@@ -7,22 +7,22 @@
 
 #include <vorel/vorelCoreC.h>
 
-_Static_assert(sizeof(vorel_char16) == 2, "a unit of UTF-16");
+_Static_assert(sizeof(vorel_char16) == 2, "a UTF-16 code unit");
 _Static_assert(sizeof(vorel_status) == 4, "a status has 32 bits");
-_Static_assert(sizeof(vorel_range) == 8, "two numbers, and nothing between them");
-_Static_assert(VOREL_OK == 0 && VOREL_ERROR_INTERNAL == 10, "the numbers of the statuses are fixed");
+_Static_assert(sizeof(vorel_range) == 8, "two numbers without padding");
+_Static_assert(VOREL_OK == 0 && VOREL_ERROR_INTERNAL == 10, "the status numbers are fixed");
 
 static const vorel_char16 kBase64[] = {'Q', 'U', 'J', 'D'};
 
-/// Decodes with the room that a first call asks for.
+/// Decodes with a buffer of the size that a first call returns.
 static const char* decodeInTwoSteps(void) {
     char bytes[8] = "........";
     size_t size = 0;
     if (vorel_base64_decode(kBase64, 4, NULL, 0, &size) != VOREL_ERROR_BUFFER_TOO_SMALL || size != 3) {
-        return "the first call asks for the size";
+        return "the first call must return the size";
     }
     if (vorel_base64_decode(kBase64, 4, bytes, size, &size) != VOREL_OK || memcmp(bytes, "ABC.....", 8) != 0) {
-        return "the second call gets the bytes";
+        return "the second call must return the bytes";
     }
     return NULL;
 }
@@ -32,11 +32,11 @@ static const char* reportAFailure(void) {
     char message[64];
     size_t length = 0;
     if (vorel_parse_int32(kBase64, 4, &value) != VOREL_ERROR_INVALID_TEXT || value != 77) {
-        return "no integer";
+        return "the status of an invalid integer";
     }
     if (vorel_last_error_message_utf8(message, sizeof message, &length) != VOREL_OK ||
         strcmp(message, "The text is no integer") != 0 || length != strlen(message)) {
-        return "the last error's text, with its terminator";
+        return "the last error's text with its terminator";
     }
     return NULL;
 }

@@ -1,15 +1,15 @@
 /// \file
-/// What CProgram.c does for its test.
+/// The interface of CProgram.c.
 #pragma once
 
-#include <stdint.h>  // NOLINT(modernize-deprecated-headers): C reads this, too
+#include <stdint.h>  // NOLINT(modernize-deprecated-headers): C includes this header, too
 
 #ifdef __cplusplus
 extern "C" {
 #endif
 
-/// Uses the flat interface from C; null when all went as it should, otherwise what did not. The name is a text of
-/// UTF-16 for a mutex that nobody else has.
+/// Uses the flat interface from C. Returns null on success, otherwise a description of the first failure. `mutexName`
+/// is UTF-16 and must be unique.
 const char* firstFailureInC(const uint16_t* mutexName);
 
 #ifdef __cplusplus

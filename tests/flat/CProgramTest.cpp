@@ -9,7 +9,7 @@
 
 namespace {
 
-TEST(FlatInterface, IsUsedByAProgramInC) {
+TEST(FlatInterface, CanBeUsedFromC) {
     const std::wstring name = test::uniqueName(L"flat_c");
     const std::vector<std::uint16_t> units(name.c_str(), name.c_str() + name.size() + 1);
     const char* const failure = firstFailureInC(units.data());

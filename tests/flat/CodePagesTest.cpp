@@ -19,7 +19,7 @@ constexpr int32_t kLatin1 = 28591;
 constexpr int32_t kWindows1252 = 1252;
 constexpr int32_t kUtf8 = 65001;
 
-TEST(FlatCodePages, AreFoundByTheirNames) {
+TEST(FlatCodePages, AreFoundByName) {
     const struct {
         std::wstring_view name;
         vorel_status status;
@@ -43,7 +43,7 @@ TEST(FlatCodePages, AreFoundByTheirNames) {
     EXPECT_EQ(vorel_code_page_by_name(FlatText(L"utf-8").data(), 5, nullptr), VOREL_ERROR_INVALID_ARGUMENT);
 }
 
-TEST(FlatCodePages, ConvertBothWays) {
+TEST(FlatCodePages, ConvertInBothDirections) {
     const struct {
         int32_t codePage;
         std::string_view bytes;
@@ -69,7 +69,7 @@ TEST(FlatCodePages, ConvertBothWays) {
     }
 }
 
-TEST(FlatCodePages, TellWhetherACharacterHadToBeReplaced) {
+TEST(FlatCodePages, ReportWhetherACharacterWasReplaced) {
     const struct {
         std::wstring_view text;
         int32_t replaced;
@@ -91,7 +91,7 @@ TEST(FlatCodePages, TellWhetherACharacterHadToBeReplaced) {
     }
 }
 
-TEST(FlatCodePages, DoNotTellItWhereTheSystemDoesNotAllowTheQuestion) {
+TEST(FlatCodePages, ReportMinusOneWhereTheSystemCannotReportReplacements) {
     constexpr int32_t kUtf7 = 65000;
     const FlatText text(L"a");
     char bytes[8] = {};
@@ -102,14 +102,14 @@ TEST(FlatCodePages, DoNotTellItWhereTheSystemDoesNotAllowTheQuestion) {
     EXPECT_EQ(replaced, -1);
 }
 
-TEST(FlatCodePages, RefuseWhatIsNoTextOfTheirs) {
+TEST(FlatCodePages, RejectInvalidBytes) {
     const FlatBytes bytes("a\xC3");
     EXPECT_EQ(flatFailure<vorel_char16>(
                   [&](auto... out) { return vorel_code_page_to_utf16(kUtf8, bytes.data(), bytes.size(), out...); }),
               VOREL_ERROR_INVALID_TEXT);
 }
 
-TEST(FlatCodePages, AreNumbersThatTheSystemHas) {
+TEST(FlatCodePages, RejectNumbersThatTheSystemDoesNotHave) {
     const struct {
         int32_t codePage;
         vorel_status status;

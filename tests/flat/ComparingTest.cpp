@@ -59,7 +59,7 @@ TEST(FlatComparing, OrdersVersions) {
     }
 }
 
-TEST(FlatComparing, RefusesWhatCannotBe) {
+TEST(FlatComparing, RejectsInvalidArguments) {
     const FlatText text(L"a");
     const FlatText zero(L"a\0b"sv);
     int32_t result = 77;

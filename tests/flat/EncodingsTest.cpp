@@ -28,7 +28,7 @@ std::string toUtf8(std::wstring_view text) {
     return {bytes.begin(), bytes.end()};
 }
 
-TEST(FlatUtf8, ConvertsBothWays) {
+TEST(FlatUtf8, ConvertsInBothDirections) {
     const struct {
         std::string_view utf8;
         std::wstring_view text;
@@ -60,17 +60,17 @@ TEST(FlatUtf8, ConvertsLongTexts) {
     EXPECT_EQ(toUtf8(text), utf8);
 }
 
-TEST(FlatUtf8, RefusesBytesThatAreNoUtf8) {
+TEST(FlatUtf8, RejectsInvalidUtf8) {
     const std::string_view kRows[] = {
-        "\x80",          // a trailing byte with no lead byte
+        "\x80",          // a trailing byte without a lead byte
         "ab\xBF",        //
-        "\xFF",          // starts nothing
+        "\xFF",          // not a lead byte
         "\xF1\x80\x80",  //
-        "\xC3",          // cut short by the end
+        "\xC3",          // truncated by the end
         "a\xE2\x82",     //
         "\xF0\x9F\x98",  //
         "\xFC",          //
-        "\xC3\0a"sv,     // cut short by a zero
+        "\xC3\0a"sv,     // truncated by a zero
         "\xF0\x9F\0\0\0\0"sv,
         "0123456789012345678901234567890123456789\xE2",
     };
@@ -83,16 +83,16 @@ TEST(FlatUtf8, RefusesBytesThatAreNoUtf8) {
     }
 }
 
-TEST(FlatUtf8, HasAQuestionMarkForASurrogateThatStandsAlone) {
+TEST(FlatUtf8, ReplacesUnpairedSurrogatesWithQuestionMarks) {
     EXPECT_EQ(toUtf8(L"\xD800"), "?");
     EXPECT_EQ(toUtf8(L"\xDC00x"), "?x");
     EXPECT_EQ(toUtf8(L"x\xD83D"), "x?");
-    EXPECT_EQ(toUtf8(L"\xD83D\0\xDE00"sv), "?\0?"sv) << "a zero parts a pair";
+    EXPECT_EQ(toUtf8(L"\xD83D\0\xDE00"sv), "?\0?"sv) << "a zero separates the pair";
 }
 
 // ---- Bytes as printable text ----------------------------------------------------------------------------------------
 
-/// Encodes and decodes; a decoder may take further texts.
+/// An encoder and its decoder. The decoder may accept more texts than the encoder writes.
 struct Codec {
     const char* name;
     vorel_status (*encode)(const void*, size_t, vorel_char16*, size_t, size_t*);
@@ -141,7 +141,7 @@ TEST(FlatBinaryText, EncodesAndDecodes) {
     }
 }
 
-TEST(FlatBinaryText, BytesHaveNoTerminator) {
+TEST(FlatBinaryText, RejectsZeroTerminatedBytes) {
     const unsigned char bytes[] = {'A', 0};
     for (const Codec& codec : {kBase64, kDaylight, kUpperHex, kLowerHex}) {
         EXPECT_EQ(
@@ -152,7 +152,7 @@ TEST(FlatBinaryText, BytesHaveNoTerminator) {
     }
 }
 
-TEST(FlatBinaryText, BytesComeBackFromEveryEncoding) {
+TEST(FlatBinaryText, DecodingReturnsTheEncodedBytes) {
     std::string all;
     for (int byte = 0; byte != 3 * 256; ++byte) {
         all += static_cast<char>(byte * 7);
@@ -169,7 +169,7 @@ TEST(FlatBinaryText, BytesComeBackFromEveryEncoding) {
     }
 }
 
-TEST(FlatBinaryText, DecodersTakeWhatTheirHeaderSays) {
+TEST(FlatBinaryText, DecodersAcceptTheDocumentedForms) {
     const struct {
         Codec codec;
         std::wstring_view text;
@@ -185,7 +185,7 @@ TEST(FlatBinaryText, DecodersTakeWhatTheirHeaderSays) {
     }
 }
 
-TEST(FlatBinaryText, DecodersRefuseTheRest) {
+TEST(FlatBinaryText, DecodersRejectOtherForms) {
     const struct {
         Codec codec;
         std::wstring_view text;

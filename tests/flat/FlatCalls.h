@@ -1,6 +1,6 @@
 /// \file
-/// Calling the flat interface in tests: inputs that fault when they are read beyond their end, and outputs that are
-/// asked for at every capacity.
+/// Helpers for tests of the flat interface. A read beyond the end of an input faults. Each output is requested with
+/// every capacity.
 ///
 ///     const test::FlatText text(L"QQ==");
 ///     EXPECT_EQ(test::flatOutput<unsigned char>([&](auto... out) { return vorel_base64_decode(text, out...); }), …);
@@ -21,7 +21,7 @@
 
 namespace test {
 
-/// An input that ends where a page begins that must not be touched.
+/// An input that ends at an inaccessible page.
 template <class Unit>
 class FlatInput {
 public:
@@ -41,7 +41,7 @@ private:
 };
 
 struct FlatText : FlatInput<vorel_char16> {
-    // NOLINTNEXTLINE(google-explicit-constructor): rows of tables are handed to calls
+    // NOLINTNEXTLINE(google-explicit-constructor): table rows convert to arguments
     FlatText(std::wstring_view text) : FlatInput(text) {}
 };
 
@@ -50,15 +50,14 @@ struct FlatBytes : FlatInput<unsigned char> {
     FlatBytes(std::string_view bytes) : FlatInput(bytes) {}
 };
 
-/// Whether what comes out is followed by a zero where there is room.
+/// Whether a zero follows the output if the buffer has space.
 template <class Unit>
 constexpr bool kEndsInZero = std::is_same_v<Unit, vorel_char16> || std::is_same_v<Unit, char>;
 
-/// What an output holds before it is written.
+/// Fills an output buffer before a call.
 constexpr int kFill = 0x5A;
 
-/// Expects what the rules say for one buffer, which ends where a page begins that must not be touched: the status, the
-/// length, and the units that are written over the fill.
+/// Checks the status, the length and the written units for one buffer. The buffer ends at an inaccessible page.
 template <class Unit, class Call>
 void expectOutputIn(Unit* buffer, std::size_t capacity, const std::vector<Unit>& whole, Call&& call) {
     SCOPED_TRACE("capacity " + std::to_string(capacity));
@@ -80,8 +79,8 @@ void expectOutputIn(Unit* buffer, std::size_t capacity, const std::vector<Unit>&
     EXPECT_TRUE(std::all_of(rest, const_cast<const Unit*>(buffer) + capacity, [](Unit unit) { return unit == kFill; }));
 }
 
-/// The output of `call(buffer, capacity, length)`, which has to follow the rules at every capacity from nothing to more
-/// than enough, and with null pointers.
+/// The output of `call(buffer, capacity, length)`. Checks the call with null pointers and with capacities from zero to
+/// more than enough; for long outputs, only capacities around the required one.
 template <class Unit, class Call>
 std::vector<Unit> flatOutput(Call&& call) {
     std::size_t needed = 0;
@@ -101,21 +100,21 @@ std::vector<Unit> flatOutput(Call&& call) {
     return whole;
 }
 
-/// The same as text.
+/// Like flatOutput, but returns a text.
 template <class Call>
 std::wstring flatText(Call&& call) {
     const std::vector<vorel_char16> units = flatOutput<vorel_char16>(call);
     return {units.begin(), units.end()};
 }
 
-/// The same as bytes.
+/// Like flatOutput, but returns bytes.
 template <class Call>
 std::string flatBytes(Call&& call) {
     const std::vector<unsigned char> bytes = flatOutput<unsigned char>(call);
     return {bytes.begin(), bytes.end()};
 }
 
-/// The status of a call that gives no output: neither the buffer nor the length may have been touched.
+/// The status of a failing call. The call must not change the buffer or the length.
 template <class Unit, class Call>
 vorel_status flatFailure(Call&& call) {
     std::vector<Unit> buffer(64, Unit{kFill});
@@ -127,7 +126,7 @@ vorel_status flatFailure(Call&& call) {
     return status;
 }
 
-/// The text of the calling thread's last failure.
+/// The message of the calling thread's last failure.
 inline std::wstring lastMessage() {
     vorel_char16 message[501];
     std::size_t length = 0;

@@ -81,7 +81,7 @@ TEST(FlatFormats, Times) {
     }
 }
 
-TEST(FlatFormats, TheCurrentTimeLiesBetweenTwoLooksAtTheClock) {
+TEST(FlatFormats, CurrentTimeLiesBetweenTwoClockReadings) {
     const unsigned long long before = vorel::util::getmicrotime();
     int64_t now = 0;
     EXPECT_EQ(vorel_current_time(&now), VOREL_OK);
@@ -90,7 +90,7 @@ TEST(FlatFormats, TheCurrentTimeLiesBetweenTwoLooksAtTheClock) {
     EXPECT_EQ(vorel_current_time(nullptr), VOREL_ERROR_INVALID_ARGUMENT);
 }
 
-TEST(FlatFormats, TheSystemsTextsForItsErrors) {
+TEST(FlatFormats, SystemErrorTexts) {
     const auto text = [](int32_t code) {
         return flatText([=](auto... out) { return vorel_system_error_text(code, out...); });
     };

@@ -19,14 +19,14 @@ using test::flatText;
 
 // ---- Values ---------------------------------------------------------------------------------------------------------
 
-/// Whether `value` is what a value is before it is set.
+/// Whether `value` still is value-initialised.
 template <class Value>
 bool isUntouched(const Value& value) {
     const auto* const bytes = reinterpret_cast<const unsigned char*>(&value);
     return std::all_of(bytes, bytes + sizeof value, [](unsigned char byte) { return byte == 0; });
 }
 
-/// The values of a list, which has to follow the rules at every capacity.
+/// Parses a list, and checks the call with every capacity.
 template <class Value>
 std::vector<Value> valuesOf(vorel_status (*parse)(const vorel_char16*, size_t, Value*, size_t, size_t*),
                             std::wstring_view text) {
@@ -44,7 +44,7 @@ std::vector<Value> valuesOf(vorel_status (*parse)(const vorel_char16*, size_t, V
     std::size_t count = 4711;
     EXPECT_EQ(parse(input.data(), input.size(), values.data(), needed + 1, &count), VOREL_OK);
     EXPECT_EQ(count, needed);
-    EXPECT_TRUE(isUntouched(values.back())) << "nothing stands behind a list";
+    EXPECT_TRUE(isUntouched(values.back())) << "nothing is written after the list";
     EXPECT_EQ(parse(input.data(), input.size(), values.data(), needed, nullptr), VOREL_ERROR_INVALID_ARGUMENT);
     EXPECT_EQ(parse(input.data(), input.size(), nullptr, 1, &count), VOREL_ERROR_INVALID_ARGUMENT);
     values.pop_back();
@@ -146,7 +146,7 @@ TEST(FlatLists, SplitAndJoinLists) {
         L"a\0b\0"sv);
 }
 
-TEST(FlatLists, RefuseZerosWhereTheyMeanNothing) {
+TEST(FlatLists, RejectZerosThatAreNotTerminators) {
     const FlatText zero(L"a\0b"sv);
     const FlatText comma(L",");
     EXPECT_EQ(flatFailure<vorel_char16>(
@@ -161,7 +161,7 @@ TEST(FlatLists, RefuseZerosWhereTheyMeanNothing) {
     EXPECT_EQ(flatFailure<vorel_char16>(
                   [&](auto... out) { return vorel_join_list(zero.data(), zero.size(), comma.data(), 1, out...); }),
               VOREL_ERROR_INVALID_TEXT)
-        << "the last item has no end";
+        << "the last item has no terminator";
     EXPECT_EQ(flatFailure<vorel_char16>([&](auto... out) {
                   return vorel_join_list(zero.data(), VOREL_ZERO_TERMINATED, comma.data(), 1, out...);
               }),

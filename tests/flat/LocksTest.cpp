@@ -73,9 +73,9 @@ void expectNames(Open<Handle> open, const wchar_t* taken) {
     EXPECT_EQ(handle, untouched);
 }
 
-// ---- The mutex ------------------------------------------------------------------------------------------------------
+// ---- Mutex ----------------------------------------------------------------------------------------------------------
 
-TEST(FlatMutex, LivesFromOpenToClose) {
+TEST(FlatMutex, ExistsFromOpenToClose) {
     const std::wstring name = uniqueName(L"flat_mutex");
     vorel_mutex* const mutex = openMutex(name);
     EXPECT_TRUE(test::mutexExists(L"Global\\" + name));
@@ -83,14 +83,14 @@ TEST(FlatMutex, LivesFromOpenToClose) {
     EXPECT_FALSE(test::mutexExists(L"Global\\" + name));
 }
 
-TEST(FlatMutex, WantsANameThatItCanHave) {
+TEST(FlatMutex, RejectsInvalidAndTakenNames) {
     const TemporaryLog log;
     const std::wstring name = uniqueName(L"flat_mutex");
-    const NamedEvent taken(L"Global\\" + name);  // an object of another kind
+    const NamedEvent taken(L"Global\\" + name);  // another kind of object
     expectNames<vorel_mutex>(vorel_mutex_open, name.c_str());
 }
 
-TEST(FlatMutex, IsHeldAsOftenAsItWasTaken) {
+TEST(FlatMutex, LocksNest) {
     const std::wstring name = uniqueName(L"flat_mutex");
     vorel_mutex* const mutex = openMutex(name);
     vorel_mutex* const other = openMutex(name);
@@ -110,7 +110,7 @@ TEST(FlatMutex, IsHeldAsOftenAsItWasTaken) {
     EXPECT_EQ(vorel_mutex_close(other), VOREL_OK);
 }
 
-TEST(FlatMutex, IsGivenBackOnlyByItsOwner) {
+TEST(FlatMutex, OnlyTheOwnerCanUnlock) {
     vorel_mutex* const mutex = openMutex(uniqueName(L"flat_mutex"));
     EXPECT_EQ(vorel_mutex_unlock(mutex), VOREL_ERROR_NOT_OWNER);
     EXPECT_EQ(lastMessage(), L"The thread does not hold the mutex");
@@ -120,7 +120,7 @@ TEST(FlatMutex, IsGivenBackOnlyByItsOwner) {
     EXPECT_EQ(vorel_mutex_close(mutex), VOREL_OK);
 }
 
-TEST(FlatMutex, TellsAndLogsThatTheTimeHasPassed) {
+TEST(FlatMutex, ReportsAndLogsATimeout) {
     const TemporaryLog log;
     const std::wstring name = uniqueName(L"flat_mutex");
     const std::string narrowName(name.begin(), name.end());
@@ -128,7 +128,7 @@ TEST(FlatMutex, TellsAndLogsThatTheTimeHasPassed) {
     EXPECT_EQ(vorel_mutex_lock(mutex, 0), VOREL_OK);
     std::thread([&] {
         EXPECT_EQ(vorel_mutex_lock(mutex, 0), VOREL_ERROR_TIMEOUT);
-        EXPECT_FALSE(log.exists()) << "a try is no failure";
+        EXPECT_FALSE(log.exists()) << "a timeout of 0 logs nothing";
         EXPECT_EQ(vorel_mutex_lock(mutex, 1), VOREL_ERROR_TIMEOUT);
         EXPECT_EQ(vorel_last_error_status(), VOREL_ERROR_TIMEOUT);
         EXPECT_EQ(lastMessage(), L"Failed to lock mutex " + name + L": Timed out");
@@ -139,18 +139,18 @@ TEST(FlatMutex, TellsAndLogsThatTheTimeHasPassed) {
     EXPECT_EQ(vorel_mutex_close(mutex), VOREL_OK);
 }
 
-TEST(FlatMutex, OfAThreadThatIsGoneBelongsToTheNext) {
+TEST(FlatMutex, IsTakenFromAThreadThatExited) {
     const TemporaryLog log;
     vorel_mutex* const mutex = openMutex(uniqueName(L"flat_mutex"));
     EXPECT_EQ(onAnotherThread([mutex] { return vorel_mutex_lock(mutex, 0) + vorel_mutex_lock(mutex, 0); }), kOk);
     EXPECT_EQ(vorel_mutex_lock(mutex, 0), VOREL_OK);
-    EXPECT_EQ(log.messages().size(), 1u) << "the warning";
+    EXPECT_EQ(log.messages().size(), 1u) << "only the warning";
     EXPECT_EQ(vorel_mutex_unlock(mutex), VOREL_OK);
-    EXPECT_EQ(vorel_mutex_unlock(mutex), VOREL_ERROR_NOT_OWNER) << "the holds of the thread went with it";
+    EXPECT_EQ(vorel_mutex_unlock(mutex), VOREL_ERROR_NOT_OWNER) << "the holds of the exited thread are not counted";
     EXPECT_EQ(vorel_mutex_close(mutex), VOREL_OK);
 }
 
-TEST(FlatMutex, CloseGivesEveryHoldBack) {
+TEST(FlatMutex, CloseReleasesEveryHold) {
     const std::wstring name = uniqueName(L"flat_mutex");
     vorel_mutex* const mutex = openMutex(name);
     vorel_mutex* const other = openMutex(name);
@@ -161,13 +161,13 @@ TEST(FlatMutex, CloseGivesEveryHoldBack) {
     EXPECT_EQ(vorel_mutex_close(other), VOREL_OK);
 }
 
-TEST(FlatMutex, WantsAHandle) {
+TEST(FlatMutex, RejectsNullHandles) {
     EXPECT_EQ(vorel_mutex_lock(nullptr, 0), VOREL_ERROR_INVALID_ARGUMENT);
     EXPECT_EQ(vorel_mutex_unlock(nullptr), VOREL_ERROR_INVALID_ARGUMENT);
     EXPECT_EQ(vorel_mutex_close(nullptr), VOREL_ERROR_INVALID_ARGUMENT);
 }
 
-TEST(FlatMutex, IsTheOneOfTheLibraryInAnotherProcess) {
+TEST(FlatMutex, IsSharedWithTheLibraryInAnotherProcess) {
     const TemporaryLog log;
     const std::wstring name = uniqueName(L"flat_mutex");
     const NamedEvent held(NamedEvent::uniqueName(L"held"));
@@ -184,9 +184,9 @@ TEST(FlatMutex, IsTheOneOfTheLibraryInAnotherProcess) {
     EXPECT_EQ(vorel_mutex_close(mutex), VOREL_OK);
 }
 
-// ---- The condition --------------------------------------------------------------------------------------------------
+// ---- Condition ------------------------------------------------------------------------------------------------------
 
-TEST(FlatCondition, LivesFromOpenToClose) {
+TEST(FlatCondition, ExistsFromOpenToClose) {
     const std::wstring name = uniqueName(L"flat_condition");
     vorel_condition* const condition = openCondition(name);
     EXPECT_TRUE(test::eventExists(name));
@@ -194,10 +194,10 @@ TEST(FlatCondition, LivesFromOpenToClose) {
     EXPECT_FALSE(test::eventExists(name));
 }
 
-TEST(FlatCondition, WantsANameThatItCanHave) {
+TEST(FlatCondition, RejectsInvalidAndTakenNames) {
     const TemporaryLog log;
     const std::wstring name = uniqueName(L"flat_condition");
-    vorel_mutex* const taken = openMutex(name);  // an object of another kind
+    vorel_mutex* const taken = openMutex(name);  // another kind of object
     expectNames<vorel_condition>(vorel_condition_open, (L"Global\\" + name).c_str());
     EXPECT_THAT(lastMessage(), testing::StrEq(L"A pointer is null"));
     EXPECT_EQ(vorel_mutex_close(taken), VOREL_OK);
@@ -222,7 +222,7 @@ TEST(FlatCondition, IsSharedByThreads) {
     EXPECT_EQ(vorel_condition_close(condition), VOREL_OK);
 }
 
-TEST(FlatCondition, IsTheOneOfTheLibraryInAnotherProcess) {
+TEST(FlatCondition, IsSharedWithTheLibraryInAnotherProcess) {
     constexpr int kRounds = 20;
     const std::wstring askedName = uniqueName(L"flat_asked");
     const std::wstring answeredName = uniqueName(L"flat_answered");
@@ -240,7 +240,7 @@ TEST(FlatCondition, IsTheOneOfTheLibraryInAnotherProcess) {
     EXPECT_EQ(vorel_condition_close(answered), VOREL_OK);
 }
 
-TEST(FlatCondition, WantsAHandle) {
+TEST(FlatCondition, RejectsNullHandles) {
     EXPECT_EQ(vorel_condition_signal(nullptr), VOREL_ERROR_INVALID_ARGUMENT);
     EXPECT_EQ(vorel_condition_wait(nullptr, 0), VOREL_ERROR_INVALID_ARGUMENT);
     EXPECT_EQ(vorel_condition_close(nullptr), VOREL_ERROR_INVALID_ARGUMENT);

@@ -68,14 +68,14 @@ TEST(FlatLog, WritesLines) {
     EXPECT_EQ(log.lines().front().threadId, GetCurrentThreadId());
 }
 
-TEST(FlatLog, WritesWhatTheWarningChannelWrites) {
+TEST(FlatLog, WritesTheSameLineAsTheWarningChannel) {
     const TemporaryLog log;
     EXPECT_EQ(write(L"WARN", L"low on paper"), VOREL_OK);
     vorel::Exception::warn("low on paper");
     EXPECT_THAT(log.messages(), ElementsAre("WARN: low on paper", "WARN: low on paper"));
 }
 
-TEST(FlatLog, RefusesTextsWithZeros) {
+TEST(FlatLog, RejectsTextsWithZeros) {
     const TemporaryLog log;
     EXPECT_EQ(write(L"a\0"sv, L"b"), VOREL_ERROR_INVALID_TEXT);
     EXPECT_EQ(write(L"a", L"b\0c"sv), VOREL_ERROR_INVALID_TEXT);
@@ -85,7 +85,7 @@ TEST(FlatLog, RefusesTextsWithZeros) {
     EXPECT_FALSE(log.exists());
 }
 
-TEST(FlatLog, KnowsItsPath) {
+TEST(FlatLog, SetsAndReturnsThePath) {
     const TemporaryLog log;
     EXPECT_EQ(logPath(), widened(log.path()));
     const std::wstring other = log.folder().widePath() + L"\\other.txt";
@@ -100,9 +100,9 @@ TEST(FlatLog, KnowsItsPath) {
     log.use();
 }
 
-TEST(FlatLog, TakesEveryPathThatTheCodePageHas) {
+TEST(FlatLog, AcceptsPathsThatTheCodePageCanEncode) {
     if (GetACP() != 1252) {
-        GTEST_SKIP() << "the names below are for code page 1252";
+        GTEST_SKIP() << "the names of this test require code page 1252";
     }
     const TemporaryLog log;
     const std::wstring path = log.folder().widePath() + L"\\caf\u00E9 \u20AC.txt";
@@ -112,12 +112,13 @@ TEST(FlatLog, TakesEveryPathThatTheCodePageHas) {
     EXPECT_NE(GetFileAttributesW(path.c_str()), INVALID_FILE_ATTRIBUTES);
 
     EXPECT_EQ(setPath(log.folder().widePath() + L"\\\u4E00.txt"), VOREL_ERROR_INVALID_TEXT);
-    EXPECT_EQ(setPath(log.folder().widePath() + L"\\\u0101.txt"), VOREL_ERROR_INVALID_TEXT) << "no letter like it";
-    EXPECT_EQ(logPath(), path) << "a path that cannot be leaves the one before";
+    EXPECT_EQ(setPath(log.folder().widePath() + L"\\\u0101.txt"), VOREL_ERROR_INVALID_TEXT)
+        << "must not be replaced by a similar letter";
+    EXPECT_EQ(logPath(), path) << "a rejected path must not change the current one";
     log.use();
 }
 
-TEST(FlatLog, RefusesPathsThatCannotBe) {
+TEST(FlatLog, RejectsInvalidPaths) {
     const TemporaryLog log;
     EXPECT_EQ(setPath(std::wstring(1024, L'x')), VOREL_ERROR_INVALID_ARGUMENT);
     EXPECT_EQ(setPath(std::wstring(L"a\0b"sv)), VOREL_ERROR_INVALID_TEXT);
@@ -128,7 +129,7 @@ TEST(FlatLog, RefusesPathsThatCannotBe) {
     log.use();
 }
 
-TEST(FlatLog, KnowsItsLimit) {
+TEST(FlatLog, SetsAndReturnsTheLimit) {
     const TemporaryLog log;
     int64_t limit = 0;
     EXPECT_EQ(vorel_log_limit(&limit), VOREL_OK);
@@ -149,7 +150,7 @@ TEST(FlatLog, KnowsItsLimit) {
     EXPECT_FALSE(log.exists());
 }
 
-TEST(FlatLog, MovesAFileBeyondItsLimitToItsBackup) {
+TEST(FlatLog, MovesAFileAboveItsLimitToTheBackup) {
     const TemporaryLog log;
     EXPECT_EQ(vorel_log_set_limit(1), VOREL_OK);
     EXPECT_EQ(write(L"", L"first"), VOREL_OK);
@@ -158,7 +159,7 @@ TEST(FlatLog, MovesAFileBeyondItsLimitToItsBackup) {
     EXPECT_THAT(test::readLogMessages(log.backupPath()), ElementsAre("first"));
 }
 
-TEST(FlatLog, WritesForDebugTargetsThatAreSwitchedOn) {
+TEST(FlatLog, WritesDebugLinesOfActiveTargetsOnly) {
     const TemporaryLog log;
     EXPECT_EQ(writeDebug(L"flat.paper", L"too early"), VOREL_OK);
     EXPECT_EQ(setTarget(L"flat.paper", 1), VOREL_OK);
@@ -171,17 +172,17 @@ TEST(FlatLog, WritesForDebugTargetsThatAreSwitchedOn) {
     EXPECT_THAT(log.messages(), ElementsAre("DEBUG: flat.paper: \xC3\xA9"));
 }
 
-TEST(FlatLog, KeepsTheLinesOfOneThreadOut) {
+TEST(FlatLog, CanBeDisabledForOneThread) {
     const TemporaryLog log;
     EXPECT_EQ(vorel_log_set_thread_enabled(0), VOREL_OK);
     EXPECT_EQ(write(L"", L"dropped"), VOREL_OK);
     std::thread([] { EXPECT_EQ(write(L"", L"from another thread"), VOREL_OK); }).join();
-    EXPECT_EQ(vorel_log_set_thread_enabled(2), VOREL_OK) << "everything but 0 is true";
-    EXPECT_EQ(write(L"", L"let in again"), VOREL_OK);
-    EXPECT_THAT(log.messages(), ElementsAre("from another thread", "let in again"));
+    EXPECT_EQ(vorel_log_set_thread_enabled(2), VOREL_OK) << "every value except 0 is true";
+    EXPECT_EQ(write(L"", L"enabled again"), VOREL_OK);
+    EXPECT_THAT(log.messages(), ElementsAre("from another thread", "enabled again"));
 }
 
-TEST(FlatLog, AnyThreadMaySetDebugTargetsAtAnyTime) {
+TEST(FlatLog, AnyThreadMaySetDebugTargets) {
     constexpr int kThreads = 4;
     constexpr int kNames = 1000;
     const auto nameOf = [](int index, int thread) {

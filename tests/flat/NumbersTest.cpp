@@ -21,10 +21,10 @@ template <class Value>
 struct Parsed {
     std::wstring_view text;
     vorel_status status;
-    Value value;  // after a failure not looked at: it has to be what it was
+    Value value;  // ignored after a failure: the output must not change
 };
 
-/// One function over one table, and what all of them refuse.
+/// Checks a function with a table, and with inputs that every function rejects.
 template <class Value, std::size_t Rows>
 void expectParsed(Parse<Value> parse, const Parsed<Value> (&rows)[Rows]) {
     constexpr auto kBefore = static_cast<Value>(77);
@@ -44,7 +44,7 @@ void expectParsed(Parse<Value> parse, const Parsed<Value> (&rows)[Rows]) {
     const vorel_char16 terminated[] = {'1', 0, '2'};
     EXPECT_EQ(parse(terminated, VOREL_ZERO_TERMINATED, &value), VOREL_OK);
     EXPECT_EQ(value, static_cast<Value>(1));
-    EXPECT_EQ(parse(nullptr, 0, &value), VOREL_ERROR_INVALID_TEXT) << "the empty text";
+    EXPECT_EQ(parse(nullptr, 0, &value), VOREL_ERROR_INVALID_TEXT) << "an empty text";
     EXPECT_EQ(parse(nullptr, 1, &value), VOREL_ERROR_INVALID_ARGUMENT);
     EXPECT_EQ(parse(nullptr, VOREL_ZERO_TERMINATED, &value), VOREL_ERROR_INVALID_ARGUMENT);
     EXPECT_EQ(parse(terminated, std::size_t{VOREL_MOST_UNITS} + 1, &value), VOREL_ERROR_INVALID_ARGUMENT);
@@ -137,7 +137,7 @@ TEST(FlatParse, Boolean) {
                                                });
 }
 
-// ---- The beginnings of texts ----------------------------------------------------------------------------------------
+// ---- Prefixes of texts ----------------------------------------------------------------------------------------------
 
 template <class Value>
 using Scan = vorel_status (*)(const vorel_char16*, size_t, Value*, size_t*);
@@ -168,7 +168,7 @@ void expectScanned(Scan<Value> scan, const Scanned<Value> (&rows)[Rows]) {
     EXPECT_EQ(scan(FlatText(L"1\0"sv).data(), 2, &value, &used), VOREL_ERROR_INVALID_TEXT);
     EXPECT_EQ(value, static_cast<Value>(77));
     EXPECT_EQ(used, 4711u);
-    EXPECT_EQ(scan(nullptr, 0, &value, &used), VOREL_OK) << "the empty text has no value";
+    EXPECT_EQ(scan(nullptr, 0, &value, &used), VOREL_OK) << "an empty text contains no value";
     EXPECT_EQ(value, Value{});
     EXPECT_EQ(used, 0u);
 }

@@ -11,19 +11,19 @@ namespace {
 using test::FlatText;
 using test::lastMessage;
 
-/// Fails, with the text "A pointer is null".
+/// Makes a call that fails with the message "A pointer is null".
 void failOnce() {
     EXPECT_EQ(vorel_parse_int32(nullptr, 0, nullptr), VOREL_ERROR_INVALID_ARGUMENT);
 }
 
-TEST(FlatStatus, TheLibraryHasTheVersionOfItsHeader) {
+TEST(FlatStatus, LibraryHasTheVersionOfItsHeader) {
     EXPECT_EQ(vorel_abi_version(), VOREL_ABI_VERSION);
     const std::string version = vorel_version();
     EXPECT_EQ(version.find_first_not_of("0123456789."), std::string::npos) << version;
     EXPECT_EQ(std::count(version.begin(), version.end(), '.'), 2) << version;
 }
 
-TEST(FlatStatus, EveryStatusHasItsNumberAndItsName) {
+TEST(FlatStatus, StatusNumbersAndNamesAreFixed) {
     const struct {
         vorel_status status;
         int number;
@@ -50,12 +50,12 @@ TEST(FlatStatus, EveryStatusHasItsNumberAndItsName) {
     }
 }
 
-TEST(FlatLastError, IsNothingBeforeTheFirstFailure) {
+TEST(FlatLastError, IsOkBeforeTheFirstFailure) {
     std::thread([] {
         EXPECT_EQ(vorel_last_error_status(), VOREL_OK);
         EXPECT_EQ(lastMessage(), L"");
         EXPECT_TRUE(test::flatOutput<char>([](auto... out) { return vorel_last_error_message_utf8(out...); }).empty());
-        EXPECT_EQ(vorel_last_error_status(), VOREL_OK) << "asking is no failure";
+        EXPECT_EQ(vorel_last_error_status(), VOREL_OK) << "the query must not set it";
     }).join();
 }
 
@@ -66,7 +66,7 @@ TEST(FlatLastError, StaysUntilTheNextFailure) {
 
     int32_t value = 0;
     EXPECT_EQ(vorel_parse_int32(FlatText(L"7").data(), 1, &value), VOREL_OK);
-    EXPECT_EQ(vorel_last_error_status(), VOREL_ERROR_INVALID_ARGUMENT) << "success says nothing";
+    EXPECT_EQ(vorel_last_error_status(), VOREL_ERROR_INVALID_ARGUMENT) << "success does not change it";
 
     EXPECT_EQ(vorel_parse_int32(FlatText(L"x").data(), 1, &value), VOREL_ERROR_INVALID_TEXT);
     EXPECT_EQ(vorel_last_error_status(), VOREL_ERROR_INVALID_TEXT);
@@ -85,21 +85,21 @@ TEST(FlatLastError, BelongsToItsThread) {
     EXPECT_EQ(lastMessage(), L"A pointer is null");
 }
 
-TEST(FlatLastError, IsHandedOutLikeEveryText) {
+TEST(FlatLastError, FollowsTheRulesForTextOutputs) {
     failOnce();
     EXPECT_EQ(test::flatText([](auto... out) { return vorel_last_error_message(out...); }), L"A pointer is null");
     const auto utf8 = test::flatOutput<char>([](auto... out) { return vorel_last_error_message_utf8(out...); });
     EXPECT_EQ(std::string(utf8.begin(), utf8.end()), "A pointer is null");
-    EXPECT_EQ(vorel_last_error_status(), VOREL_ERROR_INVALID_ARGUMENT) << "asking with too little room is no failure";
+    EXPECT_EQ(vorel_last_error_status(), VOREL_ERROR_INVALID_ARGUMENT) << "a query with a small buffer must not set it";
 }
 
-/// A range with text in it gives a message that quotes the text: 'Found nonnumeric text in numeric item: "…"'.
+/// Makes a call that fails with a message that quotes `item`: 'Found nonnumeric text in numeric item: "…"'.
 void failWith(const std::wstring& item) {
     std::size_t count = 0;
     EXPECT_EQ(vorel_parse_ranges(FlatText(item).data(), item.size(), nullptr, 0, &count), VOREL_ERROR_INVALID_TEXT);
 }
 
-TEST(FlatLastError, HasTheWordsOfTheLibraryInBothEncodings) {
+TEST(FlatLastError, HasTheMessageOfTheLibraryInBothEncodings) {
     const test::TemporaryLog log;
     failWith(L"\u00E9\U0001F600");
     EXPECT_EQ(lastMessage(), L"Found nonnumeric text in numeric item: \"\u00E9\U0001F600\"");
@@ -108,7 +108,7 @@ TEST(FlatLastError, HasTheWordsOfTheLibraryInBothEncodings) {
               "Found nonnumeric text in numeric item: \"\xC3\xA9\xF0\x9F\x98\x80\"");
 }
 
-TEST(FlatLastError, IsCutAtFiveHundredUnitsBetweenCharacters) {
+TEST(FlatLastError, IsTruncatedToFiveHundredUnitsBetweenCharacters) {
     const test::TemporaryLog log;
     const std::wstring front = L"Found nonnumeric text in numeric item: \"";
     const struct {
@@ -116,10 +116,10 @@ TEST(FlatLastError, IsCutAtFiveHundredUnitsBetweenCharacters) {
         std::wstring tail;
         std::size_t kept;
     } kRows[] = {
-        {500 - front.size() - 1, L"", 500},            // with the closing quote just enough
-        {500 - front.size(), L"", 500},                // the quote has no place
-        {500 - front.size() - 1, L"\U0001F600", 499},  // half a pair would have a place
-        {500 - front.size() - 2, L"\U0001F600", 500},  // the pair has
+        {500 - front.size() - 1, L"", 500},            // the closing quote is the last unit
+        {500 - front.size(), L"", 500},                // no space for the closing quote
+        {500 - front.size() - 1, L"\U0001F600", 499},  // space for half a surrogate pair
+        {500 - front.size() - 2, L"\U0001F600", 500},  // space for the pair
         {5000, L"", 500},
     };
     for (const auto& row : kRows) {
@@ -129,7 +129,7 @@ TEST(FlatLastError, IsCutAtFiveHundredUnitsBetweenCharacters) {
     }
 }
 
-TEST(FlatLastError, HasTheEndOfAnExceptionInTheLog) {
+TEST(FlatLastError, LogsAnExceptionAndItsRecord) {
     test::TemporaryLog log;
     failWith(L"z");
     const std::vector<std::string> messages = log.messages();
@@ -138,7 +138,7 @@ TEST(FlatLastError, HasTheEndOfAnExceptionInTheLog) {
     EXPECT_EQ(messages.back(), "Vorel Error: vorel_parse_ranges: Vorel exception caught");
 }
 
-TEST(FlatLastError, OfWrongArgumentsAndTextsIsNotInTheLog) {
+TEST(FlatLastError, InvalidArgumentsAndTextsAreNotLogged) {
     test::TemporaryLog log;
     failOnce();
     int32_t value = 0;

@@ -78,7 +78,7 @@ TEST(FlatUrls, Decode) {
     }
 }
 
-TEST(FlatUrls, RefuseWhatCannotBe) {
+TEST(FlatUrls, RejectInvalidArguments) {
     const FlatText text(L"a");
     const auto encode = [&](const FlatText& from, uint32_t flags) {
         return flatFailure<vorel_char16>(
