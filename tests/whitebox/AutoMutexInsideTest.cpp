@@ -1,5 +1,5 @@
 /// \file
-/// The named mutex's bookkeeping, what it asks of the system, and what it says when the system refuses.
+/// The named mutex: its bookkeeping, its system calls, and its errors when those calls fail.
 
 #include <chrono>
 #include <functional>
@@ -52,7 +52,7 @@ std::wstring textOf(DWORD error) {
     return vorel::util::FormatErrorMsg(static_cast<int>(error), text);
 }
 
-/// What the mutex asked of the system since the last test began, and what the system answers.
+/// The system calls of the mutex since the test started, and the results that they get.
 struct System {
     DWORD waitResult = WAIT_TIMEOUT;
     std::vector<DWORD> waitsMs;
@@ -77,7 +77,7 @@ DWORD WINAPI answerWait(HANDLE, DWORD milliseconds) {
 
 decltype(&::ReleaseMutex) realRelease = nullptr;
 
-BOOL WINAPI lookAndRelease(HANDLE mutex) {
+BOOL WINAPI recordAndRelease(HANDLE mutex) {
     theSystem().countsAtRelease.push_back(call<test::GetLockCount>(*theSystem().mutex));
     theSystem().ownersAtRelease.push_back(call<test::GetLockingThreadID>(*theSystem().mutex));
     return realRelease(mutex);
@@ -107,7 +107,7 @@ void WINAPI recordSleep(DWORD milliseconds) {
 
 decltype(&::CloseHandle) realClose = nullptr;
 
-BOOL WINAPI closeAndComplain(HANDLE handle) {
+BOOL WINAPI closeAndReportFailure(HANDLE handle) {
     realClose(handle);
     return FALSE;
 }
@@ -115,11 +115,11 @@ BOOL WINAPI closeAndComplain(HANDLE handle) {
 class AutoMutexInside : public testing::Test {
 public:
     AutoMutexInside() { theSystem() = {}; }
-    ~AutoMutexInside() noexcept override = default;  // a mutex's own may throw
+    ~AutoMutexInside() noexcept override = default;  // the mutex's destructor may throw
 
 protected:
-    /// A thread that is gone by the time this returns.
-    unsigned long recordAThreadThatIsGone() {
+    /// Records a thread as the owner that has exited when this returns. Returns its id.
+    unsigned long recordExitedThread() {
         return onAnotherThread([this] {
             call<test::SetLockingThreadID>(m_mutex);
             return GetCurrentThreadId();
@@ -133,7 +133,7 @@ protected:
 
 // ---- Bookkeeping ----------------------------------------------------------------------------------------------------
 
-TEST_F(AutoMutexInside, CountsHoldsOfItsOwner) {
+TEST_F(AutoMutexInside, CountsTheHoldsOfItsOwner) {
     EXPECT_EQ(call<test::GetLockCount>(m_mutex), 0);
     EXPECT_EQ(call<test::GetLockingThreadID>(m_mutex), 0);
     m_mutex.lock(0, true);
@@ -148,7 +148,7 @@ TEST_F(AutoMutexInside, CountsHoldsOfItsOwner) {
     EXPECT_EQ(call<test::GetLockingThreadID>(m_mutex), 0);
 }
 
-TEST_F(AutoMutexInside, TheCountOfAnotherThreadIsNotTouched) {
+TEST_F(AutoMutexInside, OnlyTheOwnerCanChangeTheCount) {
     m_mutex.lock(0, true);
     m_mutex.lock(0, true);
     for (const bool increment : {true, false}) {
@@ -166,7 +166,7 @@ TEST_F(AutoMutexInside, TheCountOfAnotherThreadIsNotTouched) {
     EXPECT_EQ(call<test::GetLockCount>(m_mutex), 2);
 }
 
-TEST_F(AutoMutexInside, ACountBelowZeroIsWarnedOfAndBecomesZero) {
+TEST_F(AutoMutexInside, NegativeCountIsLoggedAndBecomesZero) {
     call<test::SetLockCount>(m_mutex, false);
     EXPECT_THAT(m_log.messages(), ElementsAre("WARN: Mutex " + std::string(m_name.begin(), m_name.end()) +
                                               ": lockCount was decremented below 0"));
@@ -174,7 +174,7 @@ TEST_F(AutoMutexInside, ACountBelowZeroIsWarnedOfAndBecomesZero) {
     EXPECT_EQ(call<test::GetLockingThreadID>(m_mutex), 0);
 }
 
-TEST_F(AutoMutexInside, TheOwnerIsSetAndResetByItselfOnly) {
+TEST_F(AutoMutexInside, OnlyTheOwnerCanSetAndResetTheOwner) {
     call<test::SetLockingThreadID>(m_mutex);
     call<test::SetLockingThreadID>(m_mutex);
     EXPECT_EQ(call<test::GetLockingThreadID>(m_mutex), static_cast<long long>(GetCurrentThreadId()));
@@ -193,9 +193,9 @@ TEST_F(AutoMutexInside, TheOwnerIsSetAndResetByItselfOnly) {
     EXPECT_EQ(call<test::GetLockingThreadID>(m_mutex), 0);
 }
 
-TEST_F(AutoMutexInside, EveryLookAtTheBookkeepingTakesItsLockWhileTheSwitchIsOn) {
+TEST_F(AutoMutexInside, BookkeepingIsLockedWhileTheSwitchIsOn) {
     const test::ThreadSafetySwitch restored;
-    const std::vector<void (*)(AutoMutex&)> looks = {
+    const std::vector<void (*)(AutoMutex&)> accesses = {
         [](AutoMutex& mutex) { call<test::GetLockCount>(mutex); },
         [](AutoMutex& mutex) { call<test::GetLockingThreadID>(mutex); },
         [](AutoMutex& mutex) { call<test::SetLockingThreadID>(mutex); },
@@ -204,26 +204,26 @@ TEST_F(AutoMutexInside, EveryLookAtTheBookkeepingTakesItsLockWhileTheSwitchIsOn)
     };
     for (const unsigned int switchedOn : {1u, 0u}) {
         vorel::ThreadSafetyEnabledCount = switchedOn;
-        for (const auto& look : looks) {
+        for (const auto& access : accesses) {
             AutoMutex mutex(m_name.c_str(), false, false);
             auto& bookkeeping = mutex.*reveal(test::Bookkeeping());
             auto* const section = static_cast<CRITICAL_SECTION*>(bookkeeping.getHandle());
             EnterCriticalSection(section);
-            std::future<void> looking = std::async(std::launch::async, look, std::ref(mutex));
+            std::future<void> accessing = std::async(std::launch::async, access, std::ref(mutex));
             if (switchedOn == 0) {
-                looking.get();  // whoever holds the lock
+                accessing.get();  // must not wait for the lock
             } else {
-                EXPECT_EQ(looking.wait_for(std::chrono::milliseconds(20)), std::future_status::timeout);
+                EXPECT_EQ(accessing.wait_for(std::chrono::milliseconds(20)), std::future_status::timeout);
             }
             LeaveCriticalSection(section);
-            if (looking.valid()) {
-                looking.get();
+            if (accessing.valid()) {
+                accessing.get();
             }
         }
     }
 }
 
-// ---- What is asked of the system ------------------------------------------------------------------------------------
+// ---- System calls ---------------------------------------------------------------------------------------------------
 
 TEST_F(AutoMutexInside, InitializeTriesElevenTimes) {
     AutoMutex mutex(nullptr, false, false);
@@ -235,10 +235,10 @@ TEST_F(AutoMutexInside, InitializeTriesElevenTimes) {
     EXPECT_THAT(theSystem().opened, AllOf(SizeIs(11), Each(L"Global\\" + m_name)));
     EXPECT_THAT(theSystem().sleepsMs, AllOf(SizeIs(10), Each(100u)));
     EXPECT_FALSE(mutex.initialize(m_name.c_str(), false));
-    EXPECT_THAT(theSystem().created, SizeIs(22)) << "without a mutex the name is tried again";
+    EXPECT_THAT(theSystem().created, SizeIs(22)) << "the same name is tried again while no mutex exists";
 }
 
-TEST_F(AutoMutexInside, TheConstructorWaitsForAMinute) {
+TEST_F(AutoMutexInside, ConstructorWaitsForAMinute) {
     const ImportPatch wait(importedWait, &answerWait);
     expectThrows<Exception>([&] { const AutoMutex mutex(m_name.c_str(), true, false); },
                             {L"AutoMutex::lock: Failed to lock mutex " + m_name + L": Timed out",
@@ -247,7 +247,7 @@ TEST_F(AutoMutexInside, TheConstructorWaitsForAMinute) {
     EXPECT_THAT(theSystem().waitsMs, ElementsAre(60000u));
 }
 
-TEST_F(AutoMutexInside, AWaitThatFailsIsToldInTheSystemsWords) {
+TEST_F(AutoMutexInside, FailedWaitIsReportedWithTheSystemText) {
     const ImportPatch wait(importedWait, &answerWait);
     theSystem().waitResult = WAIT_FAILED;
     vorel::BaseString<wchar_t> text;
@@ -267,7 +267,7 @@ TEST_F(AutoMutexInside, AWaitThatFailsIsToldInTheSystemsWords) {
     EXPECT_EQ(call<test::GetLockCount>(m_mutex), 0);
 }
 
-TEST_F(AutoMutexInside, AHoldThatCannotBeReleasedIsStillThere) {
+TEST_F(AutoMutexInside, HoldIsKeptIfTheReleaseFails) {
     m_mutex.lock(0, true);
     {
         const ImportPatch release(importedRelease, &refuseRelease);
@@ -281,12 +281,12 @@ TEST_F(AutoMutexInside, AHoldThatCannotBeReleasedIsStillThere) {
     EXPECT_TRUE(isFreeForOthers(m_mutex));
 }
 
-TEST_F(AutoMutexInside, AHoldIsCountedOutBeforeItIsReleased) {
+TEST_F(AutoMutexInside, CountIsDecrementedBeforeTheRelease) {
     m_mutex.lock(0, true);
     m_mutex.lock(0, true);
     theSystem().mutex = &m_mutex;
     {
-        const ImportPatch release(importedRelease, &lookAndRelease);
+        const ImportPatch release(importedRelease, &recordAndRelease);
         realRelease = release.original();
         m_mutex.unlock();
         m_mutex.unlock();
@@ -295,16 +295,16 @@ TEST_F(AutoMutexInside, AHoldIsCountedOutBeforeItIsReleased) {
     EXPECT_THAT(theSystem().ownersAtRelease, ElementsAre(static_cast<long long>(GetCurrentThreadId()), 0));
 }
 
-TEST_F(AutoMutexInside, AHoldThatCannotBeCountedIsGivenBack) {
+TEST_F(AutoMutexInside, HoldIsReleasedIfItCannotBeCounted) {
     AutoMutex other(m_name.c_str(), false, false);
-    const unsigned long gone = recordAThreadThatIsGone();
+    const unsigned long gone = recordExitedThread();
     EXPECT_THROW(m_mutex.lock(0, true), Exception);
     EXPECT_THROW(m_mutex.tryLock(), Exception);
     EXPECT_EQ(call<test::GetLockingThreadID>(m_mutex), static_cast<long long>(gone));
     EXPECT_TRUE(isFreeForOthers(other));
 }
 
-TEST_F(AutoMutexInside, TerminateWaitsAMinuteForAnotherThread) {
+TEST_F(AutoMutexInside, TerminateWaitsAMinuteForTheOwner) {
     onAnotherThread([this] { return m_mutex.lock(0, true) && m_mutex.lock(0, true); });
     {
         const ImportPatch wait(importedWait, &answerWait);
@@ -318,17 +318,17 @@ TEST_F(AutoMutexInside, TerminateWaitsAMinuteForAnotherThread) {
         }
         EXPECT_THAT(theSystem().waitsMs, ElementsAre(60000u, 60000u));
     }
-    call<test::Terminate>(m_mutex);  // the thread is gone: nothing is left to wait for
+    call<test::Terminate>(m_mutex);  // the owner has exited, so this does not wait
     EXPECT_EQ(call<test::GetLockCount>(m_mutex), 0);
 }
 
-TEST_F(AutoMutexInside, AMutexThatCannotBeClosedIsToldAndLetGo) {
-    const ImportPatch close(importedClose, &closeAndComplain);
+TEST_F(AutoMutexInside, FailedCloseIsReportedAndNotRepeated) {
+    const ImportPatch close(importedClose, &closeAndReportFailure);
     realClose = close.original();
     const std::wstring message = L"AutoMutex::terminate: Error closing mutex " + m_name + L".";
     expectThrows<Exception>([&] { call<test::Terminate>(m_mutex); },
                             {message, L"AutoMutex::terminate: Vorel exception rethrown"});
-    call<test::Terminate>(m_mutex);  // there is nothing left to close
+    call<test::Terminate>(m_mutex);  // nothing is left to close
 
     expectThrows<Exception>([&] { const AutoMutex mutex(m_name.c_str(), false, false); },
                             {message, L"AutoMutex::terminate: Vorel exception rethrown",

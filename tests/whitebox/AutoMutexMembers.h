@@ -1,5 +1,5 @@
 /// \file
-/// The private members of the named mutex that the tests of its inside use.
+/// The private members of the named mutex that tests use.
 #pragma once
 
 #include "support/PrivateMember.h"

@@ -1,5 +1,5 @@
 /// \file
-/// The named mutex's layout, the order of its steps, and what it does while it records an owner that no longer exists.
+/// The named mutex: its layout, the order of its steps, and its behaviour while it records an owner that has exited.
 
 #include <memory>
 #include <stdexcept>
@@ -47,7 +47,7 @@ std::string narrow(const std::wstring& ascii) {
     return {ascii.begin(), ascii.end()};
 }
 
-/// Takes the mutex `holds` times on a thread that ends without giving it back, and returns that thread's id.
+/// Locks the mutex `holds` times on a thread that exits without unlocking it. Returns the id of that thread.
 unsigned long abandon(AutoMutex& mutex, int holds) {
     return onAnotherThread([&mutex, holds] {
         for (int held = 0; held != holds; ++held) {
@@ -59,14 +59,14 @@ unsigned long abandon(AutoMutex& mutex, int holds) {
 
 std::string ownerText(long long owner) {
     if (owner == 0) {
-        return " of nobody";
+        return " of none";
     }
     return owner == static_cast<long long>(GetCurrentThreadId()) ? " of the caller" : " of another";
 }
 
 class AutoMutexSteps : public testing::Test {
 public:
-    ~AutoMutexSteps() noexcept override = default;  // a mutex's own may throw
+    ~AutoMutexSteps() noexcept override = default;  // the mutex's destructor may throw
 
 protected:
     [[nodiscard]] std::wstring nameOfMutex() const { return std::wstring((m_mutex.*reveal(test::Name())).view()); }
@@ -81,8 +81,8 @@ protected:
 
 // ---- Layout ---------------------------------------------------------------------------------------------------------
 
-TEST_F(AutoMutexSteps, TheFieldsAreInOrder) {
-    EXPECT_EQ(test::offsetOf(m_mutex, reveal(test::MutexHandle())), 8u) << "after the table of virtual functions";
+TEST_F(AutoMutexSteps, FieldsAreInOrder) {
+    EXPECT_EQ(test::offsetOf(m_mutex, reveal(test::MutexHandle())), 8u) << "after the pointer to the virtual table";
     EXPECT_EQ(test::offsetOf(m_mutex, reveal(test::Name())), 16u);
     EXPECT_EQ(test::offsetOf(m_mutex, reveal(test::InitializeError())), 32u);
     EXPECT_EQ(test::offsetOf(m_mutex, reveal(test::Bookkeeping())), 48u);
@@ -92,7 +92,7 @@ TEST_F(AutoMutexSteps, TheFieldsAreInOrder) {
     EXPECT_EQ(test::offsetOf(m_mutex, reveal(test::UseFcntlTimeout())), 73u);
 }
 
-/// A client's mutex that overrides what can be overridden.
+/// A client's class that overrides every virtual function.
 class OverridingMutex : public AutoMutex {
 public:
     explicit OverridingMutex(std::vector<std::string>& calls) : AutoMutex(nullptr, false, false), m_calls(calls) {}
@@ -112,7 +112,7 @@ private:
 
 static_assert(std::has_virtual_destructor_v<AutoMutex>);
 
-TEST(AutoMutexVirtual, InitializeAndTheDestructorAre) {
+TEST(AutoMutexVirtual, InitializeAndDestructorAreVirtual) {
     std::vector<std::string> calls;
     {
         const std::unique_ptr<AutoMutex> mutex = std::make_unique<OverridingMutex>(calls);
@@ -121,9 +121,9 @@ TEST(AutoMutexVirtual, InitializeAndTheDestructorAre) {
     EXPECT_THAT(calls, ElementsAre("initialize name true", "destructor"));
 }
 
-// ---- Initialize with another name -----------------------------------------------------------------------------------
+// ---- Initialising with another name ---------------------------------------------------------------------------------
 
-TEST_F(AutoMutexSteps, InitializeThatCannotCloseTheOldMutexKeepsItsNameAndFlag) {
+TEST_F(AutoMutexSteps, InitializeKeepsNameAndFlagIfTheOldMutexCannotBeClosed) {
     {
         const ImportHook<importedCloseHandle> close([&](HANDLE handle) {
             close.original(handle);
@@ -143,7 +143,7 @@ TEST_F(AutoMutexSteps, InitializeThatCannotCloseTheOldMutexKeepsItsNameAndFlag) 
     EXPECT_TRUE(flagOfMutex());
 }
 
-TEST_F(AutoMutexSteps, InitializeThatCannotTakeTheOldMutexKeepsIt) {
+TEST_F(AutoMutexSteps, InitializeKeepsTheOldMutexIfItCannotBeLocked) {
     abandon(m_mutex, 1);
     {
         const ImportHook<importedWaitForMutex> wait([](HANDLE, DWORD) { return DWORD{WAIT_TIMEOUT}; });
@@ -156,7 +156,7 @@ TEST_F(AutoMutexSteps, InitializeThatCannotTakeTheOldMutexKeepsIt) {
     EXPECT_EQ(call<test::GetLockCount>(m_mutex), 1);
     EXPECT_FALSE(test::mutexExists(L"Global\\" + m_otherName));
     EXPECT_TRUE(m_mutex.initialize(m_name.c_str(), true));
-    EXPECT_FALSE(flagOfMutex()) << "it has a mutex of that name: nothing is stored";
+    EXPECT_FALSE(flagOfMutex()) << "the mutex has that name already, so nothing is stored";
 
     EXPECT_TRUE(m_mutex.initialize(m_otherName.c_str(), true));
     EXPECT_EQ(nameOfMutex(), m_otherName);
@@ -165,7 +165,7 @@ TEST_F(AutoMutexSteps, InitializeThatCannotTakeTheOldMutexKeepsIt) {
 
 // ---- Locking --------------------------------------------------------------------------------------------------------
 
-TEST_F(AutoMutexSteps, TheTimeOfALockIsPassedToTheSystemAsItIs) {
+TEST_F(AutoMutexSteps, TimeoutIsPassedToTheSystemUnchanged) {
     std::vector<DWORD> waitsMs;
     {
         const ImportHook<importedWaitForMutex> wait([&](HANDLE mutex, DWORD milliseconds) {
@@ -179,7 +179,7 @@ TEST_F(AutoMutexSteps, TheTimeOfALockIsPassedToTheSystemAsItIs) {
     EXPECT_THAT(waitsMs, ElementsAre(0u, 1u, 60001u, 0xFFFFFFFEu, INFINITE));
 }
 
-TEST_F(AutoMutexSteps, TheErrorTextIsSetBeforeTheWarning) {
+TEST_F(AutoMutexSteps, ErrorTextIsSetBeforeTheWarning) {
     vorel::BaseString<wchar_t> errorText(L"as before");
     std::vector<std::wstring> atTheWarning;
     {
@@ -195,7 +195,7 @@ TEST_F(AutoMutexSteps, TheErrorTextIsSetBeforeTheWarning) {
                 ElementsAre("WARN: AutoMutex::lock: Failed to lock mutex " + narrow(m_name) + ": Timed out"));
 }
 
-TEST_F(AutoMutexSteps, AnOwnerThatIsGoneIsClearedUnderTheBookkeepingLock) {
+TEST_F(AutoMutexSteps, ExitedOwnerIsClearedUnderTheBookkeepingLock) {
     abandon(m_mutex, 2);
     const int& count = m_mutex.*reveal(test::LockCount());
     const long long& owner = m_mutex.*reveal(test::LockingThreadId());
@@ -216,14 +216,14 @@ TEST_F(AutoMutexSteps, AnOwnerThatIsGoneIsClearedUnderTheBookkeepingLock) {
         });
         m_mutex.lock(1000, true);
     }
-    EXPECT_THAT(trace, ElementsAre("enter 2 of another", "leave 0 of nobody",       // the record is cleared
-                                   "enter 0 of nobody", "leave 1 of the caller"));  // the new hold is counted
+    EXPECT_THAT(trace, ElementsAre("enter 2 of another", "leave 0 of none",       // clears the old owner
+                                   "enter 0 of none", "leave 1 of the caller"));  // counts the new hold
 }
 
-TEST_F(AutoMutexSteps, AForeignFailureOfCountingIsSevere) {
+TEST_F(AutoMutexSteps, OtherExceptionWhileCountingBecomesASevereError) {
     const ImportHook<importedEnter> enter([&](CRITICAL_SECTION* section) {
         if (section == bookkeeping()) {
-            throw std::runtime_error("foreign");
+            throw std::runtime_error("not of the library");
         }
         enter.original(section);
     });
@@ -235,19 +235,19 @@ TEST_F(AutoMutexSteps, AForeignFailureOfCountingIsSevere) {
                             {L"AutoMutex::SetLockCount: Severe error thrown", L"AutoMutex::lock" + kRethrown});
 }
 
-// ---- The end of the object ------------------------------------------------------------------------------------------
+// ---- Destructor -----------------------------------------------------------------------------------------------------
 
-TEST_F(AutoMutexSteps, AFailureOfItsEndIsSuppressedWhileAnotherOneUnwinds) {
+TEST_F(AutoMutexSteps, FailureOfTheDestructorIsSuppressedDuringUnwinding) {
     {
         const ImportHook<importedCloseHandle> close([&](HANDLE handle) {
             close.original(handle);
             return FALSE;
         });
-        const auto failWhileOneIsAlive = [this] {
+        const auto throwWhileOneIsAlive = [this] {
             const AutoMutex mutex(m_otherName.c_str(), false, false);
-            throw std::runtime_error("the first failure");
+            throw std::runtime_error("first failure");
         };
-        EXPECT_THROW(failWhileOneIsAlive(), std::runtime_error);
+        EXPECT_THROW(throwWhileOneIsAlive(), std::runtime_error);
     }
     EXPECT_THAT(m_log.messages(),
                 ElementsAre("Vorel Error: AutoMutex::terminate: Error closing mutex " + narrow(m_otherName) + ".",
@@ -255,15 +255,15 @@ TEST_F(AutoMutexSteps, AFailureOfItsEndIsSuppressedWhileAnotherOneUnwinds) {
                             "Vorel Error: AutoMutex::~AutoMutex: Vorel exception suppressed"));
 }
 
-// ---- An owner that is gone, reported to another object --------------------------------------------------------------
+// ---- An exited owner that was reported to another object ------------------------------------------------------------
 
-/// `m_mutex` records a thread that ended with the mutex held. The system has reported that to `m_other`, which shares
-/// the mutex: it reports it once.
+/// `m_stale` records a thread that exited while it held the mutex. The system reports that only once, and `m_other`,
+/// which shares the mutex, received the report.
 class AutoMutexWithAStaleOwner : public AutoMutexSteps {
 public:
     ~AutoMutexWithAStaleOwner() noexcept override {
         if (m_stale) {
-            (*m_stale).*reveal(test::LockCount()) = 0;  // for its end, which would throw
+            (*m_stale).*reveal(test::LockCount()) = 0;  // otherwise the destructor throws
         }
     }
 
@@ -274,33 +274,33 @@ protected:
         EXPECT_EQ(call<test::GetLockCount>(m_other), 0);
     }
 
-    /// The messages of counting a hold on the calling thread.
-    [[nodiscard]] std::vector<std::wstring> refusal(const std::wstring& operation) const {
+    /// The messages for counting a hold on the calling thread.
+    [[nodiscard]] std::vector<std::wstring> messagesOfFailure(const std::wstring& operation) const {
         return {L"Mutex " + m_name +
                     L": Trying to increment lock count from a thread that does not own the mutex.  Current owner = " +
-                    std::to_wstring(m_gone) + L", my threadID = " + std::to_wstring(GetCurrentThreadId()) +
+                    std::to_wstring(m_exitedThread) + L", my threadID = " + std::to_wstring(GetCurrentThreadId()) +
                     L", current lock count = 1",
                 L"AutoMutex::SetLockCount" + kRethrown, L"AutoMutex::" + operation + kRethrown};
     }
 
     AutoMutex m_other{m_name.c_str(), false, false};
     std::unique_ptr<AutoMutex> m_stale = std::make_unique<AutoMutex>(m_name.c_str(), false, false);
-    const unsigned long m_gone = abandon(*m_stale, 1);
+    const unsigned long m_exitedThread = abandon(*m_stale, 1);
 };
 
-TEST_F(AutoMutexWithAStaleOwner, EveryLockIsRefusedAndGivesTheMutexBack) {
+TEST_F(AutoMutexWithAStaleOwner, EveryLockFailsAndReleasesTheMutex) {
     for (int round = 0; round != 3; ++round) {
-        expectThrows<Exception>([&] { m_stale->lock(1000, false); }, refusal(L"lock"));
-        expectThrows<Exception>([&] { m_stale->tryLock(); }, refusal(L"tryLock"));
+        expectThrows<Exception>([&] { m_stale->lock(1000, false); }, messagesOfFailure(L"lock"));
+        expectThrows<Exception>([&] { m_stale->tryLock(); }, messagesOfFailure(L"tryLock"));
         m_stale->unlock();  // not the owner: does nothing
         EXPECT_EQ(call<test::GetLockCount>(*m_stale), 1);
-        EXPECT_EQ(call<test::GetLockingThreadID>(*m_stale), static_cast<long long>(m_gone));
+        EXPECT_EQ(call<test::GetLockingThreadID>(*m_stale), static_cast<long long>(m_exitedThread));
         EXPECT_TRUE(isFreeForOthers(m_other));
     }
 }
 
-TEST_F(AutoMutexWithAStaleOwner, ItCannotBeInitializedAgainAndItsEndThrowsButClosesIt) {
-    std::vector<std::wstring> messages = refusal(L"terminate");
+TEST_F(AutoMutexWithAStaleOwner, InitializeFailsAndTheDestructorThrowsButClosesTheHandle) {
+    std::vector<std::wstring> messages = messagesOfFailure(L"terminate");
     messages.push_back(L"AutoMutex::initialize" + kRethrown);
     expectThrows<Exception>([&] { m_stale->initialize(m_otherName.c_str(), false); }, messages);
 
@@ -310,11 +310,11 @@ TEST_F(AutoMutexWithAStaleOwner, ItCannotBeInitializedAgainAndItsEndThrowsButClo
     EXPECT_TRUE(isFreeForOthers(m_other));
     call<test::Terminate>(m_other);
     call<test::Terminate>(m_mutex);
-    EXPECT_FALSE(test::mutexExists(L"Global\\" + m_name)) << "every handle is closed";
+    EXPECT_FALSE(test::mutexExists(L"Global\\" + m_name)) << "every handle must be closed";
 }
 
-TEST_F(AutoMutexWithAStaleOwner, AThreadThatGotTheSameIdIsTakenForTheOwner) {
-    // As if the system had given the ended thread's id to this one.
+TEST_F(AutoMutexWithAStaleOwner, ThreadWithTheSameIdIsTreatedAsTheOwner) {
+    // Simulates that the system has reused the id of the exited thread for this one.
     (*m_stale).*reveal(test::LockingThreadId()) = GetCurrentThreadId();
     const std::wstring notReleased =
         L"AutoMutex::unlock: Failed to release mutex " + m_name + L": " + test::systemText(ERROR_NOT_OWNER);
@@ -323,7 +323,7 @@ TEST_F(AutoMutexWithAStaleOwner, AThreadThatGotTheSameIdIsTakenForTheOwner) {
         EXPECT_EQ(call<test::GetLockCount>(*m_stale), 1);
 
         EXPECT_TRUE(m_stale->lock(1000, true));
-        EXPECT_EQ(call<test::GetLockCount>(*m_stale), 2) << "the ended thread's hold is still counted";
+        EXPECT_EQ(call<test::GetLockCount>(*m_stale), 2) << "the hold of the exited thread is still counted";
         EXPECT_FALSE(isFreeForOthers(m_other));
         m_stale->unlock();
         EXPECT_TRUE(isFreeForOthers(m_other));
@@ -332,7 +332,7 @@ TEST_F(AutoMutexWithAStaleOwner, AThreadThatGotTheSameIdIsTakenForTheOwner) {
                             {notReleased, L"AutoMutex::unlock" + kRethrown, L"AutoMutex::terminate" + kRethrown});
 }
 
-TEST_F(AutoMutexWithAStaleOwner, ALaterReportToItClearsTheRecord) {
+TEST_F(AutoMutexWithAStaleOwner, LaterReportClearsTheRecord) {
     onAnotherThread([this] {
         const test::Handle mutex(OpenMutexW(SYNCHRONIZE, FALSE, (L"Global\\" + m_name).c_str()));
         return WaitForSingleObject(mutex.get(), test::kGenerousMs);

@@ -1,5 +1,5 @@
 /// \file
-/// The tables that Base64 fills while the library loads.
+/// The Base64 tables, which the library fills at load.
 
 #include <iterator>
 #include <string_view>
@@ -54,14 +54,14 @@ void expectTables() {
     }
 }
 
-TEST(Base64Tables, AreFilledWhileTheLibraryLoads) {
+TEST(Base64Tables, AreFilledAtLoad) {
     EXPECT_TRUE(*reveal(test::Initialized()));
     EXPECT_TRUE(vorel::detail::base64Tables.get()->initialized);
     EXPECT_EQ(*reveal(test::Pad()), '=');
     expectTables();
 }
 
-TEST(Base64Tables, AreTheSameWhenFilledOnceMore) {
+TEST(Base64Tables, FillingThemAgainChangesNothing) {
     EXPECT_TRUE(reveal(test::Initialize())());
     expectTables();
 }

@@ -48,12 +48,12 @@ bool hasCodePage(unsigned int page) {
     return MultiByteToWideChar(page, 0, "", 1, nullptr, 0) != 0;
 }
 
-TEST(CodePageNames, AreThatMany) {
+TEST(CodePageNames, CountIsFixed) {
     EXPECT_EQ(std::size(kCodePageNames), 617u);
     EXPECT_EQ(pagesOfTheTable().size(), 146u);
 }
 
-TEST(CodePageNames, AreInOrderAndUpperCase) {
+TEST(CodePageNames, AreSortedAndInUpperCase) {
     EXPECT_TRUE(std::is_sorted(std::begin(kCodePageNames), std::end(kCodePageNames),
                                [](const CodePageName& a, const CodePageName& b) { return a.codePage < b.codePage; }));
     for (const CodePageName& row : kCodePageNames) {
@@ -65,7 +65,7 @@ TEST(CodePageNames, AreInOrderAndUpperCase) {
     EXPECT_STREQ(std::rbegin(kCodePageNames)->name, "UTF-8");
 }
 
-/// The FNV-1a digest of all rows, each as a line "37:IBM EBCDIC US-CANADA".
+/// The FNV-1a digest of all rows. Each row is a line such as "37:IBM EBCDIC US-CANADA".
 std::uint64_t digestOfTheTable() {
     std::uint64_t digest = 0xCBF29CE484222325;
     for (const CodePageName& row : kCodePageNames) {
@@ -76,15 +76,15 @@ std::uint64_t digestOfTheTable() {
     return digest;
 }
 
-TEST(CodePageNames, AreTheOnesThatCallersKnow) {
-    // A change of any name, of its page or of its place in the table: callers rely on all of them.
+TEST(CodePageNames, TableIsFixed) {
+    // Callers rely on every name, its code page and its position in the table.
     EXPECT_EQ(digestOfTheTable(), 0xD52CEDB5EBE62034u);
 }
 
-TEST(CodePageNames, EachIsFoundInAnyCase) {
+TEST(CodePageNames, AreFoundInAnyCase) {
     std::set<std::string> seen;
     for (const CodePageName& row : kCodePageNames) {
-        EXPECT_TRUE(seen.insert(row.name).second) << row.name << " stands twice";
+        EXPECT_TRUE(seen.insert(row.name).second) << row.name << " occurs twice";
         std::string lower = row.name;
         std::string mixed = row.name;
         for (std::size_t at = 0; at < lower.size(); ++at) {
@@ -101,7 +101,7 @@ TEST(CodePageNames, EachIsFoundInAnyCase) {
     }
 }
 
-/// The hash of the map of names: each byte is added to 31 times the hash so far, letters as small ones.
+/// The hash function of the map: 31 times the previous hash plus the byte, with A to Z in lower case.
 std::uint32_t hashOf(const std::string& name) {
     std::uint32_t hash = 0;
     for (const char c : name) {
@@ -111,39 +111,39 @@ std::uint32_t hashOf(const std::string& name) {
     return hash;
 }
 
-TEST(CodePageNames, ANameThatHashesLikeAnotherIsNotTakenForIt) {
-    int twins = 0;
+TEST(CodePageNames, HashCollisionsAreNotFound) {
+    int collisions = 0;
     for (const CodePageName& row : kCodePageNames) {
         const std::string name = row.name;
         for (std::size_t at = 0; at + 1 < name.size(); ++at) {
             if (name[at] < '1' || name[at] > '9' || name[at + 1] < 'A' || name[at + 1] > 'Z') {
                 continue;
             }
-            // One less in a byte, and 31 more in the next one.
-            std::string twin = name;
-            twin[at] = static_cast<char>(twin[at] - 1);
-            twin[at + 1] = static_cast<char>(twin[at + 1] - 'A' + 'a' + 31);
-            EXPECT_EQ(hashOf(twin), hashOf(name));
-            EXPECT_EQ(util::iconv_open(twin.c_str(), nullptr), -1) << twin;
-            ++twins;
+            // A byte minus 1 and the next byte plus 31 give the same hash.
+            std::string colliding = name;
+            colliding[at] = static_cast<char>(colliding[at] - 1);
+            colliding[at + 1] = static_cast<char>(colliding[at + 1] - 'A' + 'a' + 31);
+            EXPECT_EQ(hashOf(colliding), hashOf(name));
+            EXPECT_EQ(util::iconv_open(colliding.c_str(), nullptr), -1) << colliding;
+            ++collisions;
         }
     }
-    EXPECT_GT(twins, 0);
+    EXPECT_GT(collisions, 0);
 }
 
-/// A name is found in what the map holds while its lock is held, not in what another thread makes of it afterwards.
-TEST(CodePageNames, AreReadUnderTheirLock) {
+/// A lookup reads the map only while it holds the lock. Another thread may change the map afterwards.
+TEST(CodePageNames, AreReadUnderTheLock) {
     vorel::detail::CodePageState& state = *vorel::detail::codePageState.get();
     const void* const section = state.codeMapLock.getHandle();
-    const auto hasOnly = [&](unsigned int page) {
+    const auto fillWithPage = [&](unsigned int page) {
         state.codePageNames.clear();
         state.codePageNames.put(hashOf("utf-8"), "UTF-8", page);
     };
-    using Look = int (*)();
-    const Look looks[] = {[] { return util::iconv_open("utf-8", nullptr); },
-                          [] { return util::iconv_getCodePage("utf-8"); }};
-    for (const Look look : looks) {
-        hasOnly(1252);
+    using Lookup = int (*)();
+    const Lookup lookups[] = {[] { return util::iconv_open("utf-8", nullptr); },
+                              [] { return util::iconv_getCodePage("utf-8"); }};
+    for (const Lookup lookup : lookups) {
+        fillWithPage(1252);
         int depth = 0;
         const test::ImportHook<importedEnter> enter([&](CRITICAL_SECTION* entered) {
             enter.original(entered);
@@ -152,18 +152,18 @@ TEST(CodePageNames, AreReadUnderTheirLock) {
         const test::ImportHook<importedLeave> leave([&](CRITICAL_SECTION* left) {
             depth -= left == section ? 1 : 0;
             if (left == section && depth == 0) {
-                hasOnly(437);  // as if another thread had waited for the lock
+                fillWithPage(437);  // simulates a thread that has waited for the lock
             }
             leave.original(left);
         });
-        EXPECT_EQ(look(), 1252);
-        EXPECT_EQ(look(), 437);
+        EXPECT_EQ(lookup(), 1252);
+        EXPECT_EQ(lookup(), 437);
         EXPECT_EQ(depth, 0);
     }
     state.codePageNames.clear();
 }
 
-/// The same conversion by a direct call.
+/// The same conversion by a direct call of the system.
 std::wstring directly(UINT page, const std::string& text) {
     wchar_t out[256];
     const int units =
@@ -178,7 +178,7 @@ std::string directly(UINT page, const std::wstring& text) {
     return bytes > 0 ? std::string(out, static_cast<std::size_t>(bytes)) : "failed";
 }
 
-TEST(CodePageNames, EveryCodePageOfTheSystemConvertsAsADirectCallDoes) {
+TEST(CodePageNames, EveryCodePageOfTheSystemConvertsLikeADirectCall) {
     test::RandomText random(20261121);
     int found = 0;
     for (const unsigned int page : pagesOfTheTable()) {

@@ -1,5 +1,5 @@
 /// \file
-/// What the converters ask of the system, and what they make of its answers.
+/// The converters' system calls, and how they handle the results.
 
 #include "vorel/text/CodePages.h"
 
@@ -33,7 +33,7 @@ using vorel::Exception;
 constexpr auto kNothing = static_cast<std::size_t>(-1);
 constexpr int kUntouched = 77;
 
-/// One conversion as the system saw it.
+/// The arguments of a conversion call to the system.
 struct Call {
     UINT page;
     DWORD flags;
@@ -52,7 +52,7 @@ enum class Throw {
     Other,
 };
 
-/// Stands in for both conversions of the system: writes the calls down, and gives one answer to all of them.
+/// Replaces both conversion functions of the system. Records the calls and returns a fixed result.
 struct System {
     std::vector<Call> calls;
     int result = 0;
@@ -95,7 +95,7 @@ class CodePages : public ::testing::Test {
 protected:
     void SetUp() override { System::instance() = System(); }
 
-    /// What `operation` returns when the system fails with `error`; errno is as it was, unless it was set.
+    /// Returns the result of `operation` while the system fails with `error`. errno is `kUntouched` before the call.
     template <class Operation>
     auto underFailure(DWORD error, Operation&& operation) {
         m_system.result = 0;
@@ -104,7 +104,7 @@ protected:
         return operation();
     }
 
-    /// The usability test of a code page is one call for the one byte of the empty text, without room for a result.
+    /// The usability test of a code page is one call for an empty text of one byte, without an output buffer.
     void expectUsabilityTest(UINT page) {
         ASSERT_EQ(m_system.calls.size(), 1u);
         const Call& call = m_system.calls[0];
@@ -122,7 +122,7 @@ int handleOf(unsigned int to, unsigned int from) {
     return static_cast<int>(from << 16 | to);
 }
 
-TEST_F(CodePages, ToWc_PassesItsArgumentsOnAndRefusesInvalidText) {
+TEST_F(CodePages, ToWc_PassesItsArgumentsAndRejectsInvalidText) {
     const char text[] = "text";
     wchar_t out[9];
     m_system.result = 7;
@@ -130,7 +130,7 @@ TEST_F(CodePages, ToWc_PassesItsArgumentsOnAndRefusesInvalidText) {
     EXPECT_EQ(m_system.calls, (std::vector<Call>{{65001, MB_ERR_INVALID_CHARS, text, 4, out, 9}}));
 }
 
-TEST_F(CodePages, FromWc_PassesItsArgumentsOnAndAsksForTheDefaultCharacterWhenToldTo) {
+TEST_F(CodePages, FromWc_PassesItsArgumentsAndQueriesTheDefaultCharacterIfRequested) {
     const wchar_t text[] = L"text";
     char out[9];
     m_system.result = 5;
@@ -147,7 +147,7 @@ TEST_F(CodePages, FromWc_PassesItsArgumentsOnAndAsksForTheDefaultCharacterWhenTo
     EXPECT_EQ(m_system.calls, (std::vector<Call>{silent, asking, asking}));
 }
 
-TEST_F(CodePages, Conversions_TellTheSystemsErrorsByErrno) {
+TEST_F(CodePages, Conversions_ReportSystemErrorsInErrno) {
     struct Case {
         DWORD error;
         int toWc;
@@ -157,7 +157,7 @@ TEST_F(CodePages, Conversions_TellTheSystemsErrorsByErrno) {
         {ERROR_INVALID_PARAMETER, 22, 22},
         {ERROR_INVALID_FLAGS, 22, 22},
         {ERROR_INSUFFICIENT_BUFFER, 7, 7},
-        {ERROR_NO_UNICODE_TRANSLATION, 42, kUntouched},  // only text of bytes can be invalid
+        {ERROR_NO_UNICODE_TRANSLATION, 42, kUntouched},  // only narrow text can be invalid
         {ERROR_ACCESS_DENIED, kUntouched, kUntouched},
         {ERROR_SUCCESS, kUntouched, kUntouched},
     };
@@ -173,7 +173,7 @@ TEST_F(CodePages, Conversions_TellTheSystemsErrorsByErrno) {
     }
 }
 
-TEST_F(CodePages, AConverterThatIsNoneReachesNoSystemCall) {
+TEST_F(CodePages, InvalidConverter_CausesNoSystemCall) {
     wchar_t wide[9];
     char bytes[9];
     for (const int handle : {0, -1, handleOf(0xFFFF, 0xFFFF)}) {
@@ -183,20 +183,20 @@ TEST_F(CodePages, AConverterThatIsNoneReachesNoSystemCall) {
     EXPECT_TRUE(m_system.calls.empty());
 }
 
-TEST_F(CodePages, Conversions_HandOnWhatTheSystemCanCount) {
-    constexpr std::size_t kMost = INT_MAX;
-    constexpr std::size_t kCutToFour = (std::size_t{1} << 32) + 4;
+TEST_F(CodePages, Conversions_RejectSizesThatTheSystemCannotCount) {
+    constexpr std::size_t kMaxCount = INT_MAX;
+    constexpr std::size_t kTruncatedToFour = (std::size_t{1} << 32) + 4;
     struct Case {
         std::size_t count;
         std::size_t capacity;
-        int countThere;  // with the system
+        int countThere;  // passed to the system
         int capacityThere;
         bool refused = false;
     };
     const Case cases[] = {
-        {kMost, kMost, INT_MAX, INT_MAX}, {SIZE_MAX, 9, -1, 9},          {kMost + 1, 9, 0, 0, true},
-        {kCutToFour, 9, 0, 0, true},      {SIZE_MAX - 1, 9, 0, 0, true}, {4, kMost + 1, 0, 0, true},
-        {4, kCutToFour, 0, 0, true},      {4, SIZE_MAX, 0, 0, true},
+        {kMaxCount, kMaxCount, INT_MAX, INT_MAX}, {SIZE_MAX, 9, -1, 9},          {kMaxCount + 1, 9, 0, 0, true},
+        {kTruncatedToFour, 9, 0, 0, true},        {SIZE_MAX - 1, 9, 0, 0, true}, {4, kMaxCount + 1, 0, 0, true},
+        {4, kTruncatedToFour, 0, 0, true},        {4, SIZE_MAX, 0, 0, true},
     };
     wchar_t wide[9];
     char bytes[9];
@@ -216,7 +216,7 @@ TEST_F(CodePages, Conversions_HandOnWhatTheSystemCanCount) {
     }
 }
 
-TEST_F(CodePages, TheDefaultCharacterOfUtf8CannotBeAskedForWhereTheSystemRefusesIt) {
+TEST_F(CodePages, FromWc_FailsIfTheSystemCannotReportTheDefaultCharacter) {
     char bytes[9];
     for (bool used : {true, false}) {
         const bool before = used;
@@ -229,11 +229,11 @@ TEST_F(CodePages, TheDefaultCharacterOfUtf8CannotBeAskedForWhereTheSystemRefuses
     EXPECT_FALSE(underFailure(ERROR_INVALID_PARAMETER, [] { return util::iconv_isCheckDefaultValid(CP_UTF8); }));
 }
 
-TEST_F(CodePages, IsCheckDefaultValid_IsFalseForARefusedArgumentOnly) {
+TEST_F(CodePages, IsCheckDefaultValid_IsFalseOnlyForAnInvalidParameter) {
     for (const int page : {65001, 1252, -1}) {
         m_system.calls.clear();
         m_system.result = 1;
-        m_system.error = ERROR_INVALID_PARAMETER;  // means nothing after a success
+        m_system.error = ERROR_INVALID_PARAMETER;  // must be ignored after success
         EXPECT_TRUE(util::iconv_isCheckDefaultValid(page));
         ASSERT_EQ(m_system.calls.size(), 1u);
         const Call& call = m_system.calls[0];
@@ -250,7 +250,7 @@ TEST_F(CodePages, IsCheckDefaultValid_IsFalseForARefusedArgumentOnly) {
     EXPECT_TRUE(isValidUnder(ERROR_SUCCESS));
 }
 
-TEST_F(CodePages, GetCodePage_GivesUsableCodePagesOnly) {
+TEST_F(CodePages, GetCodePage_ReturnsOnlyUsableCodePages) {
     m_system.result = 1;
     EXPECT_EQ(util::iconv_getCodePage("koi8-r"), 20866);
     expectUsabilityTest(20866);
@@ -262,21 +262,21 @@ TEST_F(CodePages, GetCodePage_GivesUsableCodePagesOnly) {
     EXPECT_TRUE(m_system.calls.empty());
 }
 
-TEST_F(CodePages, Open_TestsTheSystemsOwnCodePageWhenTheTargetIsLeftOut) {
+TEST_F(CodePages, Open_TestsTheSystemCodePageIfBothNamesAreGiven) {
     m_system.result = 1;
     EXPECT_EQ(util::iconv_open("utf-8", "latin1"), handleOf(0, 28591));
     expectUsabilityTest(CP_ACP);
     EXPECT_EQ(underFailure(ERROR_INVALID_PARAMETER, [] { return util::iconv_open("utf-8", "latin1"); }), -1);
     EXPECT_EQ(errno, 22);
     expectUsabilityTest(CP_ACP);
-    // With one name alone, that code page is not tested, nor is any other.
+    // With only one name, no code page is tested.
     EXPECT_EQ(underFailure(ERROR_INVALID_PARAMETER, [] { return util::iconv_open("utf-8", nullptr); }), 65001);
     EXPECT_EQ(util::iconv_open(nullptr, "latin1"), handleOf(0, 28591));
     EXPECT_EQ(errno, kUntouched);
     EXPECT_TRUE(m_system.calls.empty());
 }
 
-TEST_F(CodePages, OpenCodepage_TestsTheSystemsOwnCodePageForANumberThatIsCutToZero) {
+TEST_F(CodePages, OpenCodepage_TestsTheSystemCodePageForANumberTruncatedToZero) {
     for (const auto& [to, from] : {std::pair(65536, 1252), std::pair(1252, 65536)}) {
         m_system.result = 1;
         EXPECT_NE(util::iconv_open_codepage(to, from), -1);
@@ -292,7 +292,7 @@ TEST_F(CodePages, OpenCodepage_TestsTheSystemsOwnCodePageForANumberThatIsCutToZe
     EXPECT_TRUE(m_system.calls.empty());
 }
 
-TEST_F(CodePages, WhatIsThrownInsideOfAnOperationIsRecordedUnderItsName) {
+TEST_F(CodePages, Exceptions_AreRecordedWithTheNameOfTheOperation) {
     wchar_t wide[9];
     char bytes[9];
     const auto expectRecords = [this](const std::wstring& operation, auto&& convert) {
@@ -310,29 +310,29 @@ TEST_F(CodePages, WhatIsThrownInsideOfAnOperationIsRecordedUnderItsName) {
     expectRecords(L"iconv_getCodePage", [] { util::iconv_getCodePage("utf-8"); });
 }
 
-// ---- The map of names -----------------------------------------------------------------------------------------------
+// ---- Map of names ---------------------------------------------------------------------------------------------------
 
 auto& mapOfNames() {
     return vorel::detail::codePageState.get()->codePageNames;
 }
 
-TEST(CodePageMap, IsFilledByEveryLookAndOnlyOnce) {
-    using Look = void (*)();
-    const Look looks[] = {
+TEST(CodePageMap, EveryLookupFillsItOnce) {
+    using Lookup = void (*)();
+    const Lookup lookups[] = {
         [] { util::iconv_open("utf-8", "latin1"); },     [] { util::iconv_open("utf-8", nullptr); },
         [] { util::iconv_open(nullptr, nullptr); },      [] { util::iconv_getCodePage("utf-8"); },
         [] { util::iconv_getCodePage("no such name"); }, [] { util::iconv_getCodePage(nullptr); },
     };
-    for (const Look look : looks) {
+    for (const Lookup lookup : lookups) {
         mapOfNames().clear();
-        look();
+        lookup();
         EXPECT_EQ(mapOfNames().size(), 617u);
-        look();
+        lookup();
         EXPECT_EQ(mapOfNames().size(), 617u);
     }
 }
 
-TEST(CodePageMap, IsNotFilledByNumbers) {
+TEST(CodePageMap, NumbersDoNotFillIt) {
     mapOfNames().clear();
     util::iconv_open_codepage(65001, 1252);
     util::iconv_isCheckDefaultValid(1252);
@@ -340,26 +340,26 @@ TEST(CodePageMap, IsNotFilledByNumbers) {
     EXPECT_EQ(mapOfNames().size(), 0u);
 }
 
-TEST(CodePageMap, IsLookedAtUnderItsLock) {
-    using Look = void (*)();
-    const Look looks[] = {
+TEST(CodePageMap, LookupsTakeItsLock) {
+    using Lookup = void (*)();
+    const Lookup lookups[] = {
         [] { util::iconv_open("utf-8", nullptr); },
         [] { util::iconv_getCodePage("utf-8"); },
     };
     vorel::AutoCriticalSection& lock = vorel::detail::codePageState.get()->codeMapLock;
     for (const bool isFilled : {false, true}) {
-        for (const Look look : looks) {
+        for (const Lookup lookup : lookups) {
             mapOfNames().clear();
             if (isFilled) {
-                look();
+                lookup();
             }
-            test::expectWaitsFor(lock, look, [&] { EXPECT_EQ(mapOfNames().size(), isFilled ? 617u : 0u); });
+            test::expectWaitsFor(lock, lookup, [&] { EXPECT_EQ(mapOfNames().size(), isFilled ? 617u : 0u); });
             EXPECT_EQ(mapOfNames().size(), 617u);
         }
     }
 }
 
-TEST(CodePageMap, IsNobodysBusinessWhereNoNameIsLookedUp) {
+TEST(CodePageMap, OperationsWithoutNamesDoNotTakeItsLock) {
     test::expectPasses(vorel::detail::codePageState.get()->codeMapLock, [] {
         const int converter = util::iconv_open_codepage(1252, 1252);
         wchar_t wide[1] = {};
@@ -372,7 +372,7 @@ TEST(CodePageMap, IsNobodysBusinessWhereNoNameIsLookedUp) {
     });
 }
 
-/// In the place of the map one that cannot take anything.
+/// Replaces the map with one that has no buckets, so every operation on it fails.
 class MapWithoutBuckets {
 public:
     MapWithoutBuckets() { replace(0); }
@@ -388,12 +388,12 @@ private:
     }
 };
 
-TEST(CodePageMap, AFailureToFillItIsRecordedOnItsWayOut) {
+TEST(CodePageMap, FailureToFillItIsRecordedByEachFrame) {
     const MapWithoutBuckets broken;
-    const auto expectRecords = [](const std::wstring& operation, auto&& look) {
-        test::expectThrows<Exception>(look, {L"Tried to find in a hash map with 0 buckets",
-                                             L"iconv::FillCodeMap: Vorel exception rethrown",
-                                             L"iconv::" + operation + L": Vorel exception rethrown"});
+    const auto expectRecords = [](const std::wstring& operation, auto&& lookup) {
+        test::expectThrows<Exception>(lookup, {L"Tried to find in a hash map with 0 buckets",
+                                               L"iconv::FillCodeMap: Vorel exception rethrown",
+                                               L"iconv::" + operation + L": Vorel exception rethrown"});
     };
     expectRecords(L"iconv_open", [] { util::iconv_open("utf-8", nullptr); });
     expectRecords(L"iconv_getCodePage", [] { util::iconv_getCodePage("utf-8"); });

@@ -29,7 +29,7 @@ FakeSystem& fakeSystem() {
     return theOne;
 }
 
-/// As the system does it: a name that does not fit fails, and says how much room it needs.
+/// Behaves like the system: if the name does not fit, it fails and returns the required size.
 BOOL WINAPI giveFakeName(COMPUTER_NAME_FORMAT format, LPSTR buffer, LPDWORD size) {
     ++fakeSystem().asked;
     if (format != ComputerNamePhysicalDnsHostname || *size != 16) {
@@ -46,7 +46,7 @@ BOOL WINAPI giveFakeName(COMPUTER_NAME_FORMAT format, LPSTR buffer, LPDWORD size
     return TRUE;
 }
 
-TEST(ComputerName, IsInLowerCaseAndEmptyWhenItDoesNotFit) {
+TEST(ComputerName, IsInLowerCaseAndEmptyIfItDoesNotFit) {
     struct Case {
         const char* name;
         const char* written;
@@ -54,8 +54,8 @@ TEST(ComputerName, IsInLowerCaseAndEmptyWhenItDoesNotFit) {
     const Case cases[] = {
         {"host7", "host7"},
         {"HOST-7", "host-7"},
-        {"@AZ[`az{", "@az[`az{"},          // the neighbours of the letters stay
-        {"\xC4\xD6\xDC", "\xC4\xD6\xDC"},  // so does everything above seven bits
+        {"@AZ[`az{", "@az[`az{"},          // the neighbours of the letters do not change
+        {"\xC4\xD6\xDC", "\xC4\xD6\xDC"},  // neither do bytes above 127
         {"", ""},
         {"ABCDEFGHIJKLMNO", "abcdefghijklmno"},
         {"ABCDEFGHIJKLMNOP", ""},
@@ -68,10 +68,10 @@ TEST(ComputerName, IsInLowerCaseAndEmptyWhenItDoesNotFit) {
     }
 }
 
-TEST(ComputerName, IsRememberedOnceItIsToldAndWrittenInEveryLine) {
+TEST(ComputerName, IsCachedAndWrittenInEveryLine) {
     const std::string name = ComputerName::remembered().text;
     if (name.empty()) {
-        GTEST_SKIP() << "this computer's name is longer than the log takes";
+        GTEST_SKIP() << "this computer's name is too long for the log";
     }
     const test::TemporaryLog log;
     const test::ImportPatch patch(importedGetComputerNameExA, &giveFakeName);

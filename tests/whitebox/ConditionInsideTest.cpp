@@ -1,5 +1,5 @@
 /// \file
-/// What the conditions do when the system refuses, and how a broadcast keeps newcomers out.
+/// The conditions when system calls fail, and how a broadcast excludes new waiters.
 
 #include <chrono>
 #include <cstring>
@@ -36,9 +36,9 @@ extern decltype(&::CloseHandle) importedCloseOfConditions __asm__("__imp_CloseHa
 extern decltype(&::EnterCriticalSection) importedEnterOfConditions __asm__("__imp_EnterCriticalSection");
 extern decltype(&::LeaveCriticalSection) importedLeaveOfConditions __asm__("__imp_LeaveCriticalSection");
 
-// The constructors that only clients who bind by name can reach.
-void constructDefault(void* place) __asm__("_ZN5vorel14NamedConditionC1Ev");
-void constructCopy(void* place, const vorel::NamedCondition& other) __asm__("_ZN5vorel14NamedConditionC1ERKS0_");
+// These constructors are reachable only for clients that import them by name.
+void constructDefault(void* memory) __asm__("_ZN5vorel14NamedConditionC1Ev");
+void constructCopy(void* memory, const vorel::NamedCondition& other) __asm__("_ZN5vorel14NamedConditionC1ERKS0_");
 }
 
 namespace test {
@@ -77,8 +77,9 @@ using vorel::ForcedCriticalSection;
 using vorel::Guard;
 using vorel::NamedCondition;
 
-// cppcheck-suppress constParameter; as the system declares it
-HANDLE WINAPI createNoEvent(SECURITY_ATTRIBUTES* security, BOOL manualReset, BOOL initialState, const wchar_t* name) {
+// cppcheck-suppress constParameter; the system's signature
+HANDLE WINAPI failToCreateEvent(SECURITY_ATTRIBUTES* security, BOOL manualReset, BOOL initialState,
+                                const wchar_t* name) {
     EXPECT_EQ(security, nullptr);
     EXPECT_EQ(manualReset, FALSE);
     EXPECT_EQ(initialState, FALSE);
@@ -86,49 +87,49 @@ HANDLE WINAPI createNoEvent(SECURITY_ATTRIBUTES* security, BOOL manualReset, BOO
     return nullptr;
 }
 
-BOOL WINAPI setNoEvent(HANDLE) {
+BOOL WINAPI failToSetEvent(HANDLE) {
     return FALSE;
 }
 
 DWORD WINAPI waitAndThrow(HANDLE, DWORD) {
-    throw std::runtime_error("no wait");
+    throw std::runtime_error("wait failed");
 }
 
 DWORD waitedMs = 0;
 
-DWORD WINAPI refuseToWait(HANDLE, DWORD milliseconds) {
+DWORD WINAPI failToWait(HANDLE, DWORD milliseconds) {
     waitedMs = milliseconds;
     return WAIT_FAILED;
 }
 
-TEST(ConditionInside, AnEventThatCannotBeCreatedIsTold) {
+TEST(ConditionInside, FailureToCreateTheEventThrows) {
     const TemporaryLog log;
     ForcedCriticalSection lock;
-    const ImportPatch create(importedCreateEvent, &createNoEvent);
+    const ImportPatch create(importedCreateEvent, &failToCreateEvent);
     expectThrows<Exception>([&] { const Condition condition(lock); },
                             {L"Failed to create condition.", L"Condition::createCondition: Vorel exception rethrown",
                              L"Condition::Condition(): Vorel exception rethrown"});
 }
 
-TEST(ConditionInside, AnEventThatCannotBeSetIsTold) {
+TEST(ConditionInside, FailureToSetTheEventThrows) {
     const TemporaryLog log;
     ForcedCriticalSection lock;
     Condition condition(lock);
     NamedCondition named(nullptr);
-    const ImportPatch set(importedSetEvent, &setNoEvent);
+    const ImportPatch set(importedSetEvent, &failToSetEvent);
     expectThrows<Exception>([&] { condition.signal(); },
                             {L"Failed to set event.", L"Condition::signal: Vorel exception rethrown"});
     expectThrows<Exception>([&] { named.signal(); },
                             {L"Failed to set event.", L"NamedCondition::signal: Vorel exception rethrown"});
 }
 
-TEST(ConditionInside, ABroadcastThatCannotSignalEndsAndLetsNewcomersIn) {
+TEST(ConditionInside, FailedBroadcastReleasesItsLock) {
     const TemporaryLog log;
     ForcedCriticalSection lock;
     Condition condition(lock);
     condition.*reveal(test::Waiters()) = 1;
     {
-        const ImportPatch set(importedSetEvent, &setNoEvent);
+        const ImportPatch set(importedSetEvent, &failToSetEvent);
         expectThrows<Exception>([&] { condition.broadcast(); },
                                 {L"Failed to set event.", L"Condition::signal: Vorel exception rethrown",
                                  L"Condition::broadcast: Vorel exception rethrown"});
@@ -136,12 +137,12 @@ TEST(ConditionInside, ABroadcastThatCannotSignalEndsAndLetsNewcomersIn) {
     EXPECT_TRUE(isFreeForOthers(condition.*reveal(test::BroadcastLock())));
 }
 
-TEST(ConditionInside, AWaitThatFailsIsFalseAndPassesTheTimeOn) {
+TEST(ConditionInside, FailedWaitReturnsFalseAndGetsTheTimeout) {
     ForcedCriticalSection lock;
     Condition condition(lock);
     NamedCondition named(nullptr);
     const Guard held(lock);
-    const ImportPatch wait(importedWaitOfConditions, &refuseToWait);
+    const ImportPatch wait(importedWaitOfConditions, &failToWait);
     EXPECT_FALSE(condition.wait(1234));
     EXPECT_EQ(waitedMs, 1234u);
     EXPECT_FALSE(condition.wait(-1));
@@ -153,7 +154,7 @@ TEST(ConditionInside, AWaitThatFailsIsFalseAndPassesTheTimeOn) {
     EXPECT_EQ(condition.*reveal(test::Waiters()), 0);
 }
 
-TEST(ConditionInside, AWaitThatThrowsHoldsTheLockAgainAndIsCountedOut) {
+TEST(ConditionInside, ThrowingWaitTakesTheLockAgainAndIsNotCounted) {
     const TemporaryLog log;
     ForcedCriticalSection lock;
     Condition condition(lock);
@@ -178,7 +179,7 @@ struct WaitEnd {
 
 class ConditionWait : public testing::TestWithParam<WaitEnd> {};
 
-TEST_P(ConditionWait, CountsTheWaiterInAfterALookAtTheBroadcastAndOutBeforeItTakesTheLockAgain) {
+TEST_P(ConditionWait, CountsTheWaiterBetweenTheBroadcastLockAndTheCallersLock) {
     const TemporaryLog log;
     ForcedCriticalSection lock;
     Condition condition(lock);
@@ -204,7 +205,7 @@ TEST_P(ConditionWait, CountsTheWaiterInAfterALookAtTheBroadcastAndOutBeforeItTak
         const test::ImportHook<importedWaitOfConditions> wait([&](HANDLE event, DWORD) {
             EXPECT_EQ(event, (condition.*reveal(test::Event())).get());
             trace.push_back("wait " + std::to_string(condition.*reveal(test::Waiters())));
-            return GetParam().throws ? throw std::runtime_error("no wait") : GetParam().result;
+            return GetParam().throws ? throw std::runtime_error("wait failed") : GetParam().result;
         });
         try {
             EXPECT_EQ(condition.wait(1), GetParam().result == WAIT_OBJECT_0);
@@ -222,7 +223,7 @@ INSTANTIATE_TEST_SUITE_P(Each, ConditionWait,
                                          WaitEnd{"Failed", WAIT_FAILED, false}, WaitEnd{"Thrown", WAIT_FAILED, true}),
                          [](const auto& end) { return std::string(end.param.name); });
 
-TEST(ConditionInside, TheFieldsAreInOrder) {
+TEST(ConditionInside, FieldsAreInOrder) {
     ForcedCriticalSection lock;
     const Condition condition(lock);
     const ForcedCriticalSection* first = nullptr;
@@ -233,13 +234,13 @@ TEST(ConditionInside, TheFieldsAreInOrder) {
     EXPECT_EQ(test::offsetOf(condition, reveal(test::Waiters())), 24u);
 }
 
-TEST(NamedConditionInside, TheFieldsAreInOrder) {
+TEST(NamedConditionInside, FieldsAreInOrder) {
     const NamedCondition condition(nullptr);
     EXPECT_EQ(test::offsetOf(condition, reveal(test::NamedConditionEvent())), 0u);
     EXPECT_EQ(test::offsetOf(condition, reveal(test::NamedConditionName())), 8u);
 }
 
-TEST(NamedConditionInside, TriesElevenTimesFiftyMillisecondsApart) {
+TEST(NamedConditionInside, TriesElevenTimesAtIntervalsOfFiftyMilliseconds) {
     const TemporaryLog log;
     std::vector<std::wstring> created;
     std::vector<std::wstring> opened;
@@ -269,50 +270,50 @@ TEST(NamedConditionInside, TriesElevenTimesFiftyMillisecondsApart) {
     EXPECT_EQ(sleepsMs, std::vector<DWORD>(10, 50));
 }
 
-/// Ends an `X` while the system's call that closes its event throws: alone, and while another exception unwinds.
+/// Destroys an `X` while closing its event throws, with and without another exception in flight.
 template <class X, class... Arguments>
-void expectEndRules(const std::wstring& name, Arguments&&... arguments) {
+void expectDestructorRules(const std::wstring& name, Arguments&&... arguments) {
     TemporaryLog log;
     const test::ImportHook<importedCloseOfConditions> close([&](HANDLE handle) -> BOOL {
         close.original(handle);
-        throw std::runtime_error("foreign");
+        throw std::runtime_error("not of the library");
     });
     const std::wstring closing = name + L"::closeCondition: Severe error thrown";
     const std::wstring ending = name + L"::~" + name;
     expectThrows<Exception>([&] { const X condition(arguments...); },
                             {closing, ending + L": Vorel exception rethrown"});
     log.remove();
-    const auto failWhileOneIsAlive = [&] {
+    const auto throwWhileOneIsAlive = [&] {
         const X condition(arguments...);
-        throw std::runtime_error("the first failure");
+        throw std::runtime_error("first failure");
     };
-    EXPECT_THROW(failWhileOneIsAlive(), std::runtime_error);
+    EXPECT_THROW(throwWhileOneIsAlive(), std::runtime_error);
     EXPECT_THAT(log.messages(),
                 testing::ElementsAre("Vorel Error: " + test::utf8(closing),
                                      "Vorel Error: " + test::utf8(ending) + ": Vorel exception suppressed"));
 }
 
-TEST(ConditionInside, AFailureOfItsEndIsReportedUnderItsName) {
+TEST(ConditionInside, FailureOfTheDestructorIsRecordedWithItsName) {
     ForcedCriticalSection lock;
-    expectEndRules<Condition>(L"Condition", lock);
+    expectDestructorRules<Condition>(L"Condition", lock);
 }
 
-TEST(NamedConditionInside, AFailureOfItsEndIsReportedUnderItsName) {
-    expectEndRules<NamedCondition>(L"NamedCondition", nullptr);
+TEST(NamedConditionInside, FailureOfTheDestructorIsRecordedWithItsName) {
+    expectDestructorRules<NamedCondition>(L"NamedCondition", nullptr);
 }
 
-TEST(ConditionInside, WithoutAnEventNothingIsWaitedFor) {
+TEST(ConditionInside, WaitWithoutAnEventReturnsImmediately) {
     NamedCondition named(nullptr);
     named.signal();
     (named.*reveal(test::CloseNamed()))();
     EXPECT_FALSE(named.wait(-1));
-    (named.*reveal(test::CloseNamed()))();  // there is nothing left to close
+    (named.*reveal(test::CloseNamed()))();  // nothing is left to close
 }
 
-TEST(ConditionInside, AWaiterDoesNotJoinABroadcastInProgress) {
+TEST(ConditionInside, WaiterDoesNotJoinABroadcastInProgress) {
     ForcedCriticalSection lock;
     Condition condition(lock);
-    condition.signal();  // it would be woken at once
+    condition.signal();  // would wake a waiter immediately
     std::future<bool> waiter;
     {
         const Guard broadcasting(condition.*reveal(test::BroadcastLock()));
@@ -323,15 +324,15 @@ TEST(ConditionInside, AWaiterDoesNotJoinABroadcastInProgress) {
             return condition.wait(-1);
         });
         ASSERT_TRUE(holds.wait());
-        { const Guard behindTheWaiter(lock); }
+        { const Guard afterTheWaiter(lock); }
         EXPECT_EQ(waiter.wait_for(std::chrono::milliseconds(30)), std::future_status::timeout);
-        EXPECT_EQ(condition.*reveal(test::Waiters()), 0) << "it waits for the end of the broadcast, uncounted";
+        EXPECT_EQ(condition.*reveal(test::Waiters()), 0) << "must not be counted before the broadcast ends";
     }
     EXPECT_TRUE(waiter.get());
     EXPECT_EQ(condition.*reveal(test::Waiters()), 0);
 }
 
-TEST(ConditionInside, ABroadcastSignalsAndPausesOnceForEachWaiter) {
+TEST(ConditionInside, BroadcastSignalsAndPausesOncePerWaiter) {
     ForcedCriticalSection lock;
     Condition condition(lock);
     volatile long& waiters = condition.*reveal(test::Waiters());
@@ -339,7 +340,7 @@ TEST(ConditionInside, ABroadcastSignalsAndPausesOnceForEachWaiter) {
     unsigned int pauses = 0;
     const test::ImportHook<importedSleepOfConditions> sleep([&](DWORD milliseconds) {
         EXPECT_EQ(milliseconds, 10u);
-        EXPECT_FALSE(isFreeForOthers(condition.*reveal(test::BroadcastLock()))) << "nobody may join";
+        EXPECT_FALSE(isFreeForOthers(condition.*reveal(test::BroadcastLock()))) << "new waiters must not join";
         ++pauses;
         --const_cast<long&>(waiters);
     });
@@ -347,13 +348,13 @@ TEST(ConditionInside, ABroadcastSignalsAndPausesOnceForEachWaiter) {
     EXPECT_EQ(pauses, 3u);
 }
 
-TEST(NamedConditionInside, CannotBeMadeWithoutANameOrCopied) {
+TEST(NamedConditionInside, DefaultConstructorAndCopyThrow) {
     const TemporaryLog log;
     NamedCondition condition(nullptr);
-    alignas(NamedCondition) unsigned char place[sizeof(NamedCondition)];
-    expectThrows<Exception>([&] { constructDefault(place); },
+    alignas(NamedCondition) unsigned char memory[sizeof(NamedCondition)];
+    expectThrows<Exception>([&] { constructDefault(memory); },
                             {L"You must use the const wchar_t* constructor for NamedCondition"});
-    expectThrows<Exception>([&] { constructCopy(place, condition); },
+    expectThrows<Exception>([&] { constructCopy(memory, condition); },
                             {L"Copy constructor is not available for NamedCondition"});
     NamedCondition other(nullptr);
     expectThrows<Exception>([&] { (other.*reveal(test::Assign()))(condition); },

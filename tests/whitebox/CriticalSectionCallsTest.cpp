@@ -1,5 +1,5 @@
 /// \file
-/// What the locks ask of the system.
+/// The system calls of the locks.
 
 #include "vorel/core/CriticalSections.h"
 
@@ -26,7 +26,7 @@ class CriticalSectionCalls : public ::testing::Test {};
 using Sections = ::testing::Types<vorel::AutoCriticalSection, vorel::ForcedCriticalSection>;
 TYPED_TEST_SUITE(CriticalSectionCalls, Sections);
 
-TYPED_TEST(CriticalSectionCalls, TheSystemsObjectIsDeletedOnce) {
+TYPED_TEST(CriticalSectionCalls, SystemObjectIsDeletedOnce) {
     std::vector<void*> deleted;
     const ImportHook<importedDelete> destroy([&](CRITICAL_SECTION* section) {
         deleted.push_back(section);
@@ -41,7 +41,7 @@ TYPED_TEST(CriticalSectionCalls, TheSystemsObjectIsDeletedOnce) {
     EXPECT_EQ(deleted, std::vector<void*>{handle});
 }
 
-TYPED_TEST(CriticalSectionCalls, OnlyTheAnswerOneMeansThatATrySucceeded) {
+TYPED_TEST(CriticalSectionCalls, TryLockSucceedsOnlyIfTheSystemReturnsOne) {
     TypeParam lock;
     for (const int answer : {0, 2, -1, 1}) {
         const ImportHook<importedTryEnter> tryEnter([=](CRITICAL_SECTION*) { return answer; });

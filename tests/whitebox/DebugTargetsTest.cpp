@@ -1,5 +1,5 @@
 /// \file
-/// One set of debug targets: its lock, and the flag that spares every look at it.
+/// A set of debug targets: its lock, and the flag that avoids look-ups.
 
 #include "exceptions/DebugTargets.h"
 
@@ -15,7 +15,7 @@ namespace {
 using vorel::DebugTargetsUsed;
 using vorel::Exception;
 
-/// Counts what it is asked for.
+/// Counts its calls.
 class CountingLock {
 public:
     bool lock(unsigned int, bool) {
@@ -28,7 +28,7 @@ public:
     static inline int s_unlocked = 0;
 };
 
-/// The flag as at load, for the length of a test.
+/// Clears the flag as at load, and restores it after the test.
 class DebugTargetsInside : public testing::Test {
 protected:
     DebugTargetsInside() : m_before(DebugTargetsUsed.exchange(false)) {}
@@ -38,7 +38,7 @@ private:
     bool m_before;
 };
 
-TEST_F(DebugTargetsInside, TheFlagIsSetByTheFirstTargetThatIsSwitchedOnAndStays) {
+TEST_F(DebugTargetsInside, FirstActiveTargetSetsTheFlagPermanently) {
     Exception::setDebugTarget("DTI.Flag", false);
     Exception::setDebugTarget(L"DTI.Flag", false);
     EXPECT_FALSE(DebugTargetsUsed);
@@ -48,7 +48,7 @@ TEST_F(DebugTargetsInside, TheFlagIsSetByTheFirstTargetThatIsSwitchedOnAndStays)
     EXPECT_TRUE(DebugTargetsUsed);
 }
 
-TEST_F(DebugTargetsInside, AWideTargetSetsTheSameFlag) {
+TEST_F(DebugTargetsInside, WideTargetSetsTheSameFlag) {
     Exception::setDebugTarget(L"DTI.WideFlag", true);
     EXPECT_TRUE(DebugTargetsUsed);
     Exception::setDebugTarget(L"DTI.WideFlag", false);
@@ -63,7 +63,7 @@ TEST_F(DebugTargetsInside, WithoutTheFlagNoTargetIsActive) {
     Exception::setDebugTarget("DTI.NoFlag", false);
 }
 
-TEST_F(DebugTargetsInside, EveryLookTakesTheLockOfItsPolicy) {
+TEST_F(DebugTargetsInside, EveryAccessTakesTheLock) {
     CountingLock::s_locked = CountingLock::s_unlocked = 0;
     vorel::DebugTargets<char, CountingLock> targets;
     targets.set("a", true);
@@ -73,10 +73,10 @@ TEST_F(DebugTargetsInside, EveryLookTakesTheLockOfItsPolicy) {
     EXPECT_EQ(CountingLock::s_unlocked, 3);
 }
 
-TEST(DebugTargetSet, FindsItsNamesWhateverTheOrderInWhichTheyCame) {
+TEST(DebugTargetSet, FindsNamesInsertedInAnyOrder) {
     constexpr int kNames = 3000;
     const auto nameOf = [](int number) { return std::to_string(100000 + number); };
-    for (const int step : {1, kNames - 1, 7}) {  // ascending, descending, mixed: 7 divides no power of 2, 3 and 5
+    for (const int step : {1, kNames - 1, 7}) {  // ascending, descending, mixed; 7 and 3000 are coprime
         vorel::DebugTargets<char, vorel::NoLock> targets;
         for (int count = 0, number = 0; count < kNames; ++count, number = (number + step) % kNames) {
             EXPECT_FALSE(targets.isActive(nameOf(number)));

@@ -1,6 +1,6 @@
 /// \file
-/// What the error log asks of the system, and in which order: its attempts to lock the file and the waits between
-/// them, and the steps of writing and of moving a file aside. The waits are recorded, not spent.
+/// The system calls of the error log and their order: the attempts to lock the file with the waits between them, and
+/// the steps of writing and rotating. The waits are recorded only.
 
 #include <cstdio>
 #include <functional>
@@ -36,7 +36,7 @@ using test::TemporaryLog;
 using Texts = std::vector<std::string>;
 using vorel::Exception;
 
-/// What the log asked for since the last test began.
+/// The system calls of the log since the test started.
 struct Record {
     std::vector<DWORD> sleepsMs;
     std::function<void()> duringSleep = [] {};
@@ -64,11 +64,11 @@ protected:
     ErrorLogAttempts() { record() = Record(); }
 
     const test::ImportPatch<decltype(::Sleep)> m_sleep{importedSleep, &recordSleep};
-    // Without a limit no size check locks the file, and each lock counted is an attempt to write.
+    // Without a limit, no size check locks the file. So each counted lock is an attempt to write.
     const TemporaryLog m_log{-1};
 };
 
-TEST_F(ErrorLogAttempts, AreThirtyOneWithWaitsThatGrowByThreeMilliseconds) {
+TEST_F(ErrorLogAttempts, AreThirtyOneAndEachWaitIsThreeMillisecondsLonger) {
     struct Case {
         unsigned int refused;
         unsigned int attempts;
@@ -91,7 +91,7 @@ TEST_F(ErrorLogAttempts, AreThirtyOneWithWaitsThatGrowByThreeMilliseconds) {
     }
 }
 
-TEST_F(ErrorLogAttempts, SleepFor1395MillisecondsInSumBeforeALineIsDropped) {
+TEST_F(ErrorLogAttempts, Sleep1395MillisecondsBeforeALineIsDropped) {
     const test::LockedFile held(m_log.path());
     Exception::warn("dropped");
     DWORD sumMs = 0;
@@ -113,7 +113,7 @@ TEST_F(ErrorLogAttempts, SucceedOnceTheLockIsFree) {
     EXPECT_EQ(m_log.messages(), Texts{"WARN: at last"});
 }
 
-TEST_F(ErrorLogAttempts, OpenTheFileAnew) {
+TEST_F(ErrorLogAttempts, OpenTheFileAgain) {
     const test::LockedFile held(m_log.path());
     record().duringSleep = [this] { std::rename(m_log.path().c_str(), m_log.folder().file("elsewhere").c_str()); };
     Exception::warn("text");
@@ -121,7 +121,7 @@ TEST_F(ErrorLogAttempts, OpenTheFileAnew) {
     EXPECT_EQ(m_log.messages(), Texts{"WARN: text"});
 }
 
-TEST_F(ErrorLogAttempts, CarryTheTimeBeforeTheFirst) {
+TEST_F(ErrorLogAttempts, WriteTheTimeBeforeTheFirstAttempt) {
     const test::TimeZone zone;
     __time64_t now = 1234567890;
     const test::ImportHook<importedTime> clock([&](__time64_t*) { return now; });
@@ -134,22 +134,22 @@ TEST_F(ErrorLogAttempts, CarryTheTimeBeforeTheFirst) {
     EXPECT_EQ(m_log.lines()[0].time, "Sat Feb 14 04:31:30 2009");
 }
 
-TEST_F(ErrorLogAttempts, EndAtOnceWhenTheFileCannotBeOpened) {
+TEST_F(ErrorLogAttempts, StopIfTheFileCannotBeOpened) {
     Exception::SetErrorLogLocation(m_log.folder().file("no such folder\\log").c_str(), 0);
     Exception::warn("dropped");
     EXPECT_TRUE(record().sleepsMs.empty());
 }
 
-TEST_F(ErrorLogAttempts, AreNotMadeByTheSizeCheck) {
+TEST_F(ErrorLogAttempts, AreNotRepeatedForTheSizeCheck) {
     Exception::SetErrorLogSize(1000);
-    record().locksToRefuse = 1;  // the one of the size check
+    record().locksToRefuse = 1;  // the lock of the size check
     const test::ImportPatch locks(importedLockFileEx, &refuseLocks);
     Exception::warn("text");
     EXPECT_TRUE(record().sleepsMs.empty());
     EXPECT_EQ(record().lockCalls, 2u);
 }
 
-/// Has the calls of one imported function recorded by a name; they pass through.
+/// Records the calls of an imported function under a name, and forwards them.
 template <class Function, Function*& Slot>
 class RecordedStep;
 
@@ -183,7 +183,7 @@ struct RecordedSteps {
     RecordedStep<decltype(::fclose), importedCloseStream> closeStream{"close stream"};
 };
 
-TEST(ErrorLogSteps, AreCheckThenLockWriteFlushUnlockClose) {
+TEST(ErrorLogSteps, AreCheckLockWriteFlushUnlockClose) {
     record() = Record();
     const TemporaryLog log;
     {
@@ -193,7 +193,7 @@ TEST(ErrorLogSteps, AreCheckThenLockWriteFlushUnlockClose) {
     EXPECT_EQ(record().steps, (Texts{"lock", "unlock", "close", "lock", "flush", "unlock", "close stream"}));
 }
 
-TEST(ErrorLogSteps, MoveTheFileOnlyAfterItIsUnlockedAndClosed) {
+TEST(ErrorLogSteps, RenameTheFileAfterUnlockingAndClosing) {
     record() = Record();
     const TemporaryLog log;
     Exception::warn("old");
@@ -230,7 +230,7 @@ BOOL WINAPI recordUnlock(HANDLE, DWORD, DWORD low, DWORD high, OVERLAPPED* from)
     return TRUE;
 }
 
-TEST(ErrorLogSteps, LockTheLargestRangeFromTheStartWithoutWaiting) {
+TEST(ErrorLogSteps, LockTheWholeRangeWithoutWaiting) {
     const TemporaryLog log(-1);
     const auto expectWholeFile = [] {
         EXPECT_EQ(lockRequest().low, 0xFFFFFFFFu);

@@ -1,5 +1,5 @@
 /// \file
-/// The settings of the error log as they are kept, and the size check by itself.
+/// The stored settings of the error log, and the size check.
 
 #include <atomic>
 #include <cstdio>
@@ -59,7 +59,7 @@ void makeFile(const std::string& path, std::size_t size) {
     std::fclose(file);
 }
 
-bool isThere(const std::string& path) {
+bool fileExists(const std::string& path) {
     return test::readFileBytes(path).has_value();
 }
 
@@ -67,7 +67,7 @@ template <class T>
 class LocationTest : public testing::Test {};
 TYPED_TEST_SUITE(LocationTest, test::CharacterTypes, test::CharacterNames);
 
-TYPED_TEST(LocationTest, IsCutTo1023Bytes) {
+TYPED_TEST(LocationTest, IsTruncatedTo1023Bytes) {
     const TemporaryLog log;
     for (const std::size_t length : {0u, 1u, 1022u, 1023u, 1024u, 1025u, 1500u, 100000u}) {
         const std::string path(length, 'p');
@@ -85,19 +85,19 @@ TYPED_TEST(LocationTest, NullClearsTheLocation) {
     EXPECT_EQ(test::currentLogSize(), 4321);
 }
 
-TEST(Location, IsReadNoFurtherThanItIsKept) {
+TEST(Location, ArgumentIsNotReadBeyondTheStoredSize) {
     const TemporaryLog log;
     test::PageEdge<char> edge(1023);
     Exception::SetErrorLogLocation(edge.placeAtEnd(std::string(1023, 'p')), 0);
     EXPECT_EQ(location(), std::string(1023, 'p'));
 }
 
-TEST(Location, AndLimitAreSetUnderTheirLock) {
+TEST(Location, AndLimitAreSetUnderTheLock) {
     const TemporaryLog log;
-    const std::string& place = log.path();
+    const std::string& path = log.path();
     const std::function<void()> settings[] = {
-        [&] { Exception::SetErrorLogLocation(place.c_str(), 0); },
-        [&] { Exception::SetErrorLogLocation(std::wstring(place.begin(), place.end()).c_str(), 0); },
+        [&] { Exception::SetErrorLogLocation(path.c_str(), 0); },
+        [&] { Exception::SetErrorLogLocation(std::wstring(path.begin(), path.end()).c_str(), 0); },
         [] { Exception::SetErrorLogSize(5); },
     };
     for (const auto& set : settings) {
@@ -112,7 +112,7 @@ TEST(Location, MayBeSetFromItself) {
     EXPECT_EQ(location(), log.path().substr(1));
 }
 
-TEST(Location, OfWideTextThatCannotBeConvertedIsTheTextOfTheFailure) {
+TEST(Location, OfUnconvertibleWideTextIsTheTextOfTheFailure) {
     const TemporaryLog log;
     Exception::SetErrorLogLocation(L"C:\\\x4E00.txt", 4321);
     EXPECT_STREQ(location(), "Error in text conversion");
@@ -126,7 +126,7 @@ std::string readLocation() {
     return path;
 }
 
-TEST(Location, IsReadWholeHoweverLong) {
+TEST(Location, OfAnyLengthIsReadWhole) {
     const TemporaryLog log;
     for (const std::size_t length : {0u, 1u, 1022u, 1023u}) {
         const std::string path(length, 'p');
@@ -135,11 +135,11 @@ TEST(Location, IsReadWholeHoweverLong) {
     }
 }
 
-TEST(Location, IsReadAgainWhileItIsBeingWritten) {
+TEST(Location, IsReadAgainDuringAWrite) {
     using vorel::detail::LogLocationVersion;
     const TemporaryLog log;
     Exception::SetErrorLogLocation("C:\\old\\path.log", 0);
-    // A writer that has got halfway.
+    // Simulates a writer that is halfway.
     ++LogLocationVersion;
     std::memcpy(location(), "D:\\new", 6);
     int waits = 0;
@@ -154,7 +154,7 @@ TEST(Location, IsReadAgainWhileItIsBeingWritten) {
     EXPECT_EQ(waits, 3);
 }
 
-TEST(Location, IsReadInTheEndThoughItsWriterWasKilled) {
+TEST(Location, IsReadAfterATimeoutIfItsWriterWasKilled) {
     using vorel::detail::LogLocationVersion;
     const TemporaryLog log;
     Exception::SetErrorLogLocation("C:\\path.log", 0);
@@ -166,7 +166,7 @@ TEST(Location, IsReadInTheEndThoughItsWriterWasKilled) {
     ++LogLocationVersion;
 }
 
-TEST(Location, IsNeverReadAsAMixtureOfTwo) {
+TEST(Location, IsNeverReadAsAMixtureOfTwoPaths) {
     constexpr int kReads = 50000;
     const TemporaryLog log;
     const std::string paths[] = {std::string(1000, 'a'), std::string(700, 'b')};
@@ -187,8 +187,8 @@ TEST(Location, IsNeverReadAsAMixtureOfTwo) {
     EXPECT_EQ(mixtures, 0);
 }
 
-// The time is taken after the size check, and before the file is opened for the line.
-TEST(Location, IsTakenOncePerLine) {
+// The log reads the clock after the size check and before it opens the file for the line.
+TEST(Location, IsReadOncePerLine) {
     const TemporaryLog log;
     const std::string next = log.folder().file("next.log");
     const test::ImportHook<importedTime> clock([&](__time64_t* out) {
@@ -197,22 +197,22 @@ TEST(Location, IsTakenOncePerLine) {
     });
     Exception::warn("first");
     EXPECT_EQ(log.messages(), std::vector<std::string>{"WARN: first"});
-    EXPECT_FALSE(isThere(next));
+    EXPECT_FALSE(fileExists(next));
     Exception::warn("second");
     EXPECT_EQ(test::readLogMessages(next), std::vector<std::string>{"WARN: second"});
 }
 
-TEST(CheckOldLogSize, TakesTheCurrentPathForNone) {
+TEST(CheckOldLogSize, UsesTheCurrentPathWithoutAPath) {
     for (const char* const none : {static_cast<const char*>(nullptr), ""}) {
         const TemporaryLog log;
         makeFile(log.path(), 11);
         checkOldLogSize(none, 10);
-        EXPECT_TRUE(isThere(log.backupPath()));
+        EXPECT_TRUE(fileExists(log.backupPath()));
         EXPECT_FALSE(log.exists());
     }
 }
 
-TEST(CheckOldLogSize, TakesTheCurrentLimitBelowOne) {
+TEST(CheckOldLogSize, UsesTheCurrentLimitBelowOne) {
     struct Case {
         long long current;
         long long own;
@@ -226,7 +226,7 @@ TEST(CheckOldLogSize, TakesTheCurrentLimitBelowOne) {
         const TemporaryLog log(c.current);
         makeFile(log.path(), 11);
         checkOldLogSize(log.path().c_str(), c.own);
-        EXPECT_EQ(isThere(log.backupPath()), c.moved) << c.current << " " << c.own;
+        EXPECT_EQ(fileExists(log.backupPath()), c.moved) << c.current << " " << c.own;
         EXPECT_NE(log.exists(), c.moved);
     }
 }
@@ -239,18 +239,18 @@ TEST(CheckOldLogSize, WithoutAnyPathDoesNothing) {
     EXPECT_STREQ(location(), "");
 }
 
-TEST(CheckOldLogSize, LeavesAFileThatSomebodyHasLocked) {
+TEST(CheckOldLogSize, KeepsALockedFile) {
     const TemporaryLog log(10);
     makeFile(log.path(), 11);
     test::LockedFile held(log.path());
     checkOldLogSize(nullptr, 10);
-    EXPECT_FALSE(isThere(log.backupPath()));
+    EXPECT_FALSE(fileExists(log.backupPath()));
     held.unlock();
     checkOldLogSize(nullptr, 10);
-    EXPECT_TRUE(isThere(log.backupPath()));
+    EXPECT_TRUE(fileExists(log.backupPath()));
 }
 
-TEST(CheckOldLogSize, LeavesAFileThatCannotBeOpened) {
+TEST(CheckOldLogSize, KeepsAFileThatCannotBeOpened) {
     const TemporaryLog log(10);
     checkOldLogSize(log.folder().file("no such folder\\log").c_str(), 10);
     EXPECT_FALSE(log.exists());

@@ -1,5 +1,5 @@
 /// \file
-/// What the error log makes of the system's answers: the computer's name, the clock, and failures of the runtime.
+/// How the error log handles results of the system: the computer's name, the clock, and failures of the runtime.
 
 #include <cstdint>
 #include <cstdio>
@@ -65,7 +65,7 @@ std::FILE* refuseStream(int, const char*) {
     return nullptr;
 }
 
-TEST(ErrorLogSystem, WithoutAStreamTheLineIsDroppedAndTheFileIsFreeAgain) {
+TEST(ErrorLogSystem, WithoutAStreamTheLineIsDroppedAndTheFileReleased) {
     const TemporaryLog log;
     {
         const test::ImportPatch patch(importedFdopen, &refuseStream);
@@ -75,7 +75,7 @@ TEST(ErrorLogSystem, WithoutAStreamTheLineIsDroppedAndTheFileIsFreeAgain) {
     EXPECT_NO_THROW(test::LockedFile(log.path()));
     Exception::warn("written");
     EXPECT_EQ(log.messages(), Texts{"WARN: written"});
-    EXPECT_EQ(std::remove(log.path().c_str()), 0) << "somebody has the file open";
+    EXPECT_EQ(std::remove(log.path().c_str()), 0) << "the file must be closed";
 }
 
 struct FileStatus {
@@ -93,7 +93,7 @@ int giveFakeStatus(int, struct _stat64* status) {
     return fakeStatus().result;
 }
 
-TEST(ErrorLogSystem, AFileIsMovedOnlyWhenItsSizeIsKnownAndOfThirtyOneBits) {
+TEST(ErrorLogSystem, FileIsMovedOnlyIfItsSizeIsKnownAndBelowTwoGigabytes) {
     struct Case {
         FileStatus status;
         bool moved;
@@ -101,7 +101,7 @@ TEST(ErrorLogSystem, AFileIsMovedOnlyWhenItsSizeIsKnownAndOfThirtyOneBits) {
     const std::vector<Case> cases = {
         {{-1, 0}, false},          {{-1, 5000}, false},      {{0, 1000}, false},
         {{0, 1001}, true},         {{0, 0x7FFFFFFF}, true},  {{0, 0x80000000}, false},
-        {{0, 0x100000000}, false}, {{0, 0x100001000}, false}  // cut to 32 bits these would be 0 and 4096
+        {{0, 0x100000000}, false}, {{0, 0x100001000}, false}  // 0 and 4096 if truncated to 32 bits
     };
     const test::ImportPatch patch(importedFstat, &giveFakeStatus);
     for (const Case& c : cases) {

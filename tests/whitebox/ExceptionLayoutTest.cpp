@@ -1,6 +1,6 @@
 /// \file
-/// The layout of an exception, which programs that were built against other versions of the library share: the order of
-/// its virtual table and of its fields.
+/// The layout of an exception: the order of its fields and of its virtual table. Programs built against other versions
+/// of the library depend on it.
 
 #include "vorel/exceptions/Exception.h"
 
@@ -15,12 +15,12 @@
 
 namespace test {
 
-#ifndef __clang__  // which knows no such warning
+#ifndef __clang__  // does not have this warning
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wnon-template-friend"
 #endif
 
-/// `PrivateMember.h` for members whose types are private, too.
+/// Like PrivateMember.h, but for members with private types.
 template <class Tag, auto Member>
 struct RevealTyped {
     friend auto reveal(Tag) { return Member; }
@@ -48,20 +48,20 @@ namespace {
 
 using vorel::Exception;
 
-/// Expects that the objects lie one after the other.
-void expectInOrder(const std::vector<const void*>& places) {
-    EXPECT_THAT(places, ::testing::WhenSortedBy(std::less<>(), ::testing::ElementsAreArray(places)));
+/// Expects ascending addresses.
+void expectInOrder(const std::vector<const void*>& addresses) {
+    EXPECT_THAT(addresses, ::testing::WhenSortedBy(std::less<>(), ::testing::ElementsAreArray(addresses)));
 }
 
-TEST(ExceptionLayout, FieldsAreInTheirOrder) {
+TEST(ExceptionLayout, FieldsAreInOrder) {
     const Exception e(L"message");
-    const auto place = [&e](auto member) { return static_cast<const void*>(std::addressof(e.*member)); };
-    expectInOrder({&e, place(reveal(test::Stack())), place(reveal(test::DelayedLogging())),
-                   place(reveal(test::TracedState())), place(reveal(test::CharBlock())),
-                   place(reveal(test::WideBlock()))});
+    const auto addressOf = [&e](auto member) { return static_cast<const void*>(std::addressof(e.*member)); };
+    expectInOrder({&e, addressOf(reveal(test::Stack())), addressOf(reveal(test::DelayedLogging())),
+                   addressOf(reveal(test::TracedState())), addressOf(reveal(test::CharBlock())),
+                   addressOf(reveal(test::WideBlock()))});
 }
 
-TEST(ExceptionLayout, AnEntryOfTheStackHasTheMessageBeforeTheLocation) {
+TEST(ExceptionLayout, StackEntryHasTheMessageBeforeTheLocation) {
     Exception e(L"message");
     e.setLocation(0, L"location");
     const auto& entry = (e.*reveal(test::Stack())).at(0);
@@ -71,13 +71,13 @@ TEST(ExceptionLayout, AnEntryOfTheStackHasTheMessageBeforeTheLocation) {
     EXPECT_EQ(entry.location.view(), L"location");
 }
 
-/// The next virtual operation after those of `Exception`.
+/// Adds a virtual function after those of `Exception`.
 class Further : public Exception {
 public:
     virtual void further() {}
 };
 
-/// Where a virtual operation is in the table of its class. A pointer to a member is this position in bytes, and one.
+/// The slot of a virtual function. In this ABI, the pointer to a member is the offset in bytes plus one.
 template <class Operation>
 std::ptrdiff_t slotOf(Operation operation) {
     std::ptrdiff_t value = 0;
@@ -85,8 +85,8 @@ std::ptrdiff_t slotOf(Operation operation) {
     return (value - 1) / static_cast<std::ptrdiff_t>(sizeof(void*));
 }
 
-// The destructor has two places: it ends an object, or ends and frees it.
-TEST(ExceptionLayout, TheVirtualTableHasTheDestructorAndThenRethrow) {
+// The destructor has two slots: one destroys the object, the other also frees it.
+TEST(ExceptionLayout, VirtualTableHasTheDestructorBeforeRethrow) {
     EXPECT_EQ(slotOf(&Exception::rethrow), 2);
     EXPECT_EQ(slotOf(&Further::further), 3);
 }

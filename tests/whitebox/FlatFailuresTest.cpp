@@ -1,5 +1,5 @@
 /// \file
-/// What the flat interface makes of failures that only the system can cause, and of a process whose code page is UTF-8.
+/// The flat interface with failures that only the system can cause, and in a process whose code page is UTF-8.
 
 #include <cerrno>
 #include <string>
@@ -42,16 +42,16 @@ using test::TemporaryLog;
 using testing::ElementsAre;
 using vorel::flat::LastErrors;
 
-TEST(FlatCall, WhatIsNoExceptionOfTheLibraryIsAnInternalError) {
+TEST(FlatCall, OtherExceptionsAreInternalErrors) {
     const TemporaryLog log;
     EXPECT_EQ(vorel::flat::call(L"vorel_anything", []() -> vorel_status { throw 7; }), VOREL_ERROR_INTERNAL);
     EXPECT_EQ(test::lastMessage(), L"The operation failed for an unknown reason");
     EXPECT_THAT(log.messages(), ElementsAre("Vorel Error: vorel_anything: Severe error caught"));
 }
 
-// ---- The last failure of a thread -----------------------------------------------------------------------------------
+// ---- Last failure of a thread ---------------------------------------------------------------------------------------
 
-TEST(FlatLastErrors, RememberNothingWithoutASlot) {
+TEST(FlatLastErrors, StoreNothingWithoutASlot) {
     int uses = 0;
     const ImportHook<importedFlsAlloc> alloc([](PFLS_CALLBACK_FUNCTION) { return DWORD{FLS_OUT_OF_INDEXES}; });
     const ImportHook<importedFlsGetValue> get([&](DWORD) -> void* {
@@ -65,10 +65,10 @@ TEST(FlatLastErrors, RememberNothingWithoutASlot) {
         errors.remember(VOREL_ERROR_SYSTEM, L"lost");
         EXPECT_EQ(errors.last(), nullptr);
     }
-    EXPECT_EQ(uses, 0) << "there is no such slot";
+    EXPECT_EQ(uses, 0) << "no slot was allocated";
 }
 
-TEST(FlatLastErrors, KeepNoMemoryThatTheSlotDoesNotTake) {
+TEST(FlatLastErrors, FreeTheMemoryIfTheSlotCannotBeSet) {
     int live = 0;
     const ImportHook<importedHeapAlloc> alloc([&](HANDLE heap, DWORD flags, SIZE_T size) {
         ++live;
@@ -85,10 +85,10 @@ TEST(FlatLastErrors, KeepNoMemoryThatTheSlotDoesNotTake) {
     EXPECT_EQ(live, 0);
 }
 
-TEST(FlatLastErrors, AreCutBehindTheLastUnitThatHasRoomButNotWithinAPair) {
+TEST(FlatLastErrors, AreTruncatedButNotWithinASurrogatePair) {
     const LastErrors errors;
-    const std::size_t most = vorel::flat::Failure::kMostUnits;
-    const std::wstring text(most - 1, L'x');
+    const std::size_t maxUnits = vorel::flat::Failure::kMostUnits;
+    const std::wstring text(maxUnits - 1, L'x');
     struct Case {
         std::wstring message;
         std::wstring kept;
@@ -101,7 +101,7 @@ TEST(FlatLastErrors, AreCutBehindTheLastUnitThatHasRoomButNotWithinAPair) {
     }
 }
 
-TEST(FlatLastErrors, AreWholeAgainOnceThereIsMemory) {
+TEST(FlatLastErrors, AreStoredAgainOnceMemoryIsAvailable) {
     const LastErrors errors;
     {
         const ImportHook<importedHeapAlloc> alloc([](HANDLE, DWORD, SIZE_T) -> void* { return nullptr; });
@@ -116,13 +116,13 @@ TEST(FlatLastErrors, AreWholeAgainOnceThereIsMemory) {
 
 // ---- Code pages -----------------------------------------------------------------------------------------------------
 
-/// Lets the system count the units of a conversion, and then refuse it.
-class RefusedAfterCounting {
+/// The system counts the units of a conversion, and then fails to convert.
+class FailsAfterCounting {
 public:
-    explicit RefusedAfterCounting(DWORD error) : m_error(error) {}
+    explicit FailsAfterCounting(DWORD error) : m_error(error) {}
 
 private:
-    // cppcheck-suppress unusedPrivateFunction; the two hooks call it
+    // cppcheck-suppress unusedPrivateFunction; called by the two hooks
     int answer() {
         SetLastError(m_error);
         return m_calls++ == 0 ? 1 : 0;
@@ -135,15 +135,15 @@ private:
         [this](UINT, DWORD, LPCWCH, int, LPSTR, int, LPCCH, LPBOOL) { return answer(); }};
 };
 
-TEST(FlatCodePages, AConversionThatFailsAtItsSecondCallGivesNothing) {
+TEST(FlatCodePages, ConversionThatFailsAtItsSecondCallWritesNothing) {
     errno = 0;
     {
-        const RefusedAfterCounting system(ERROR_NO_UNICODE_TRANSLATION);
+        const FailsAfterCounting system(ERROR_NO_UNICODE_TRANSLATION);
         EXPECT_EQ(flatFailure<vorel_char16>([](auto... out) { return vorel_code_page_to_utf16(1252, "a", 1, out...); }),
                   VOREL_ERROR_INVALID_TEXT);
     }
     errno = 0;
-    const RefusedAfterCounting system(ERROR_INVALID_PARAMETER);
+    const FailsAfterCounting system(ERROR_INVALID_PARAMETER);
     const FlatText text(L"a");
     EXPECT_EQ(flatFailure<unsigned char>([&](auto... out) {
                   return vorel_utf16_to_code_page(1252, text.data(), text.size(), out..., nullptr);
@@ -153,7 +153,7 @@ TEST(FlatCodePages, AConversionThatFailsAtItsSecondCallGivesNothing) {
 
 // ---- Locks ----------------------------------------------------------------------------------------------------------
 
-TEST(FlatLocks, AWaitThatTheSystemRefusesIsNoTimeout) {
+TEST(FlatLocks, FailedWaitIsNotATimeout) {
     const TemporaryLog log;
     const FlatText name(test::NamedEvent::uniqueName(L"flat_refused"));
     const DWORD self = GetCurrentThreadId();
@@ -164,7 +164,7 @@ TEST(FlatLocks, AWaitThatTheSystemRefusesIsNoTimeout) {
     {
         const ImportHook<importedWait> wait([&](HANDLE handle, DWORD timeoutMs) {
             if (GetCurrentThreadId() != self) {
-                return wait.original(handle, timeoutMs);  // the test framework has threads, too
+                return wait.original(handle, timeoutMs);  // threads of the test framework
             }
             SetLastError(ERROR_INVALID_HANDLE);
             return DWORD{WAIT_FAILED};
@@ -177,7 +177,7 @@ TEST(FlatLocks, AWaitThatTheSystemRefusesIsNoTimeout) {
     EXPECT_EQ(vorel_mutex_close(mutex), VOREL_OK);
 }
 
-TEST(FlatLocks, AMutexThatTheSystemDoesNotTakeBackIsStillHeld) {
+TEST(FlatLocks, MutexIsStillHeldIfTheReleaseFails) {
     const TemporaryLog log;
     const FlatText name(test::NamedEvent::uniqueName(L"flat_kept"));
     vorel_mutex* mutex = nullptr;
@@ -195,7 +195,7 @@ TEST(FlatLocks, AMutexThatTheSystemDoesNotTakeBackIsStillHeld) {
     EXPECT_EQ(vorel_mutex_close(mutex), VOREL_OK);
 }
 
-TEST(FlatLocks, AThreadInheritsNothingWithTheNumberOfOneThatIsGone) {
+TEST(FlatLocks, ThreadWithTheIdOfAnExitedThreadDoesNotOwnItsMutex) {
     const TemporaryLog log;
     const FlatText name(test::NamedEvent::uniqueName(L"flat_heir"));
     vorel_mutex* mutex = nullptr;
@@ -205,14 +205,14 @@ TEST(FlatLocks, AThreadInheritsNothingWithTheNumberOfOneThatIsGone) {
         const ImportHook<importedGetCurrentThreadId> id([self] { return self; });
         EXPECT_EQ(vorel_mutex_lock(mutex, 0), VOREL_OK);
     }).join();
-    EXPECT_EQ(vorel_mutex_unlock(mutex), VOREL_ERROR_SYSTEM) << "the system knows better";
+    EXPECT_EQ(vorel_mutex_unlock(mutex), VOREL_ERROR_SYSTEM) << "the system knows the real owner";
     EXPECT_EQ(vorel_mutex_lock(mutex, 0), VOREL_OK);
     EXPECT_EQ(vorel_mutex_unlock(mutex), VOREL_OK);
     EXPECT_EQ(vorel_mutex_unlock(mutex), VOREL_ERROR_NOT_OWNER);
     EXPECT_EQ(vorel_mutex_close(mutex), VOREL_OK);
 }
 
-// ---- The log's path -------------------------------------------------------------------------------------------------
+// ---- Path of the log ------------------------------------------------------------------------------------------------
 
 vorel_status setPath(std::wstring_view path) {
     const FlatText text(path);
@@ -223,7 +223,7 @@ std::wstring logPath() {
     return flatText([](auto... out) { return vorel_log_path(out...); });
 }
 
-TEST(FlatLogPath, IsNotAskedForReplacementsInAProcessOfUtf8) {
+TEST(FlatLogPath, DoesNotQueryReplacementsInAUtf8Process) {
     const TemporaryLog log;
     const ImportHook<importedGetACP> codePage([] { return UINT{CP_UTF8}; });
     int conversions = 0;
@@ -239,7 +239,7 @@ TEST(FlatLogPath, IsNotAskedForReplacementsInAProcessOfUtf8) {
     EXPECT_EQ(logPath(), L"somewhere.txt");
 }
 
-TEST(FlatLogPath, StaysWhenTheSystemCannotConvertTheNext) {
+TEST(FlatLogPath, IsUnchangedIfTheNewPathCannotBeConverted) {
     const TemporaryLog log;
     const std::wstring before = logPath();
     const ImportHook<importedToBytes> toBytes([](UINT, DWORD, LPCWCH, int, LPSTR, int, LPCCH, LPBOOL) { return 0; });

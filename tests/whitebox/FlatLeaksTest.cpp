@@ -1,6 +1,6 @@
 /// \file
-/// Many rounds of the life of each handle of the flat interface: what the system gave is closed again. And what a
-/// thread has for its last failure, which goes with it.
+/// Opens and closes each handle of the flat interface many times: every system handle must be closed. Also tests the
+/// memory for a thread's last failure, which is freed when the thread exits.
 
 #include <set>
 #include <string>
@@ -28,7 +28,7 @@ std::vector<vorel_char16> units(const std::wstring& text) {
     return {text.begin(), text.end()};
 }
 
-TEST(FlatLeaks, AClosedMutexLeavesNothingBehind) {
+TEST(FlatLeaks, ClosedMutexLeavesNoHandle) {
     const auto name = units(test::NamedEvent::uniqueName(L"flat_mutex"));
     const test::LiveHandles handles;
     for (int round = 0; round != kRounds; ++round) {
@@ -41,7 +41,7 @@ TEST(FlatLeaks, AClosedMutexLeavesNothingBehind) {
     EXPECT_EQ(handles.live(), 0u);
 }
 
-TEST(FlatLeaks, AClosedConditionLeavesNothingBehind) {
+TEST(FlatLeaks, ClosedConditionLeavesNoHandle) {
     const auto name = units(test::NamedEvent::uniqueName(L"flat_condition"));
     const test::LiveHandles handles;
     for (int round = 0; round != kRounds; ++round) {
@@ -55,10 +55,10 @@ TEST(FlatLeaks, AClosedConditionLeavesNothingBehind) {
     EXPECT_EQ(handles.live(), 0u);
 }
 
-TEST(FlatLeaks, TheLastFailureOfAThreadGoesWithIt) {
+TEST(FlatLeaks, LastFailureIsFreedWhenTheThreadExits) {
     std::set<void*> live;
     int allocated = 0;
-    // One thread at a time runs, and the test waits for it.
+    // Only one thread runs at a time, so the hooks need no lock.
     const test::ImportHook<importedHeapAlloc> alloc([&](HANDLE heap, DWORD flags, SIZE_T size) {
         void* const block = alloc.original(heap, flags, size);
         live.insert(block);
@@ -76,11 +76,11 @@ TEST(FlatLeaks, TheLastFailureOfAThreadGoesWithIt) {
             EXPECT_EQ(vorel_parse_int32(nullptr, 1, nullptr), VOREL_ERROR_INVALID_ARGUMENT);
         }).join();
     }
-    EXPECT_EQ(allocated, kThreads) << "a thread has one place for all of its failures";
+    EXPECT_EQ(allocated, kThreads) << "a thread allocates once for all of its failures";
     EXPECT_TRUE(live.empty());
 }
 
-TEST(FlatLeaks, WithoutMemoryAFailureHasAText) {
+TEST(FlatLeaks, FailureWithoutMemoryHasAMessage) {
     const test::ImportHook<importedHeapAlloc> alloc([](HANDLE, DWORD, SIZE_T) -> void* { return nullptr; });
     std::thread([] {
         EXPECT_EQ(vorel_parse_int32(nullptr, 0, nullptr), VOREL_ERROR_INVALID_ARGUMENT);

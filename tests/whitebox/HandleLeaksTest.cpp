@@ -1,6 +1,6 @@
 /// \file
-/// Many rounds of each object's life, also along the ways that fail: every handle that the library got from the system
-/// has gone back to it, or to the caller.
+/// Creates and closes each kind of object many times, including the failing paths. The library must close every system
+/// handle or return it to the caller.
 
 #include <ostream>
 #include <string>
@@ -28,8 +28,8 @@ constexpr int kRounds = 10000;
 constexpr DWORD kSize = 4096;
 constexpr const wchar_t* kMissing = L"\\missing";
 
-/// Where a round takes place.
-struct Place {
+/// The object name and the file that a round uses.
+struct Resources {
     std::wstring name = test::NamedEvent::uniqueName(L"leaks");
     test::TemporaryFolder folder;
     std::wstring file = folder.widePath() + L"\\mapped.dat";
@@ -37,75 +37,75 @@ struct Place {
 
 struct Cycle {
     const char* name;
-    HANDLE (*prepare)(const Place& place);  // what is there before the first round
-    HANDLE (*obtain)(const Place& place);   // a round
-    bool obtains;                           // whether it has a handle for its caller
+    HANDLE (*prepare)(const Resources& resources);  // creates what exists before the first round
+    HANDLE (*obtain)(const Resources& resources);   // runs a round
+    bool obtains;                                   // whether a round returns a handle
     int rounds = kRounds;
 
     friend void PrintTo(const Cycle& cycle, std::ostream* out) { *out << cycle.name; }
 };
 
-HANDLE nothing(const Place&) {
+HANDLE nothing(const Resources&) {
     return nullptr;
 }
 
-HANDLE aMutex(const Place& place) {
-    return vorel::ObtainAccessableMutex(0, place.name.c_str(), 0, 0, nullptr);
+HANDLE newMutex(const Resources& resources) {
+    return vorel::ObtainAccessableMutex(0, resources.name.c_str(), 0, 0, nullptr);
 }
 
-HANDLE anEvent(const Place& place) {
+HANDLE newEvent(const Resources& resources) {
     vorel::BaseString<wchar_t> text;
-    return vorel::ObtainAccessableEvent(0, 0, place.name.c_str(), 0, 0, text);
+    return vorel::ObtainAccessableEvent(0, 0, resources.name.c_str(), 0, 0, text);
 }
 
-HANDLE aMapping(const Place& place) {
+HANDLE newMapping(const Resources& resources) {
     return vorel::ObtainAccessableFileMapping(INVALID_HANDLE_VALUE, PAGE_READWRITE, FILE_MAP_WRITE, 0, kSize,
-                                              place.name.c_str(), nullptr);
+                                              resources.name.c_str(), nullptr);
 }
 
-HANDLE anEmptyFile(const Place& place) {
-    return CreateFileW(place.file.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, CREATE_NEW, 0,
+HANDLE createEmptyFile(const Resources& resources) {
+    return CreateFileW(resources.file.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, CREATE_NEW, 0,
                        nullptr);
 }
 
-HANDLE aFileThatIsKept(const Place& place) {
-    return CreateFileW(place.file.c_str(), GENERIC_READ, 0, nullptr, CREATE_NEW, 0, nullptr);
+HANDLE openFileExclusively(const Resources& resources) {
+    return CreateFileW(resources.file.c_str(), GENERIC_READ, 0, nullptr, CREATE_NEW, 0, nullptr);
 }
 
-HANDLE mapFile(const std::wstring& file, const Place& place, DWORD size) {
+HANDLE mapFile(const std::wstring& file, const Resources& resources, DWORD size) {
     try {
         return vorel::ObtainAccessableFileMappingEx(file.c_str(), PAGE_READWRITE, FILE_MAP_WRITE, 0, size,
-                                                    place.name.c_str(), nullptr, nullptr);
+                                                    resources.name.c_str(), nullptr, nullptr);
     } catch (const vorel::Exception&) {
         return nullptr;
     }
 }
 
-HANDLE aFileMapping(const Place& place) {
-    return mapFile(place.file, place, kSize);
+HANDLE mapWithSize(const Resources& resources) {
+    return mapFile(resources.file, resources, kSize);
 }
 
-HANDLE aMappingOfAllOfTheFile(const Place& place) {
-    return mapFile(place.file, place, 0);
+HANDLE mapWholeFile(const Resources& resources) {
+    return mapFile(resources.file, resources, 0);
 }
 
-HANDLE aMappingOfAFileNowhere(const Place& place) {
-    return mapFile(place.folder.widePath() + kMissing + L"\\mapped.dat", place, kSize);
+HANDLE mapFileInMissingFolder(const Resources& resources) {
+    return mapFile(resources.folder.widePath() + kMissing + L"\\mapped.dat", resources, kSize);
 }
 
-/// Without the last of the steps that build the security.
-template <HANDLE (*Obtain)(const Place&)>
-HANDLE withoutSecurity(const Place& place) {
+/// Calls `Obtain` while the last step of building the security descriptor fails.
+template <HANDLE (*Obtain)(const Resources&)>
+HANDLE withoutSecurity(const Resources& resources) {
     const auto refused = test::refuse(importedSetSecurityDescriptorDacl);
-    return Obtain(place);
+    return Obtain(resources);
 }
 
-HANDLE askForAdmin(const Place&) {
+HANDLE askForAdmin(const Resources&) {
     (void)vorel::IsAdmin();
     return nullptr;
 }
 
-HANDLE askForAdminWhileImpersonating(const Place&) {
+HANDLE askForAdminWhileImpersonating(const Resources&) {
     EXPECT_TRUE(ImpersonateSelf(SecurityImpersonation));
     (void)vorel::IsAdmin();
     EXPECT_TRUE(RevertToSelf());
@@ -113,31 +113,32 @@ HANDLE askForAdminWhileImpersonating(const Place&) {
 }
 
 const Cycle kCycles[] = {
-    {"Mutex_New", nothing, aMutex, true},
-    {"Mutex_Found", aMutex, aMutex, true},
-    {"Mutex_OfATakenName", anEvent, aMutex, false},
-    {"Mutex_WithoutSecurity", nothing, withoutSecurity<aMutex>, false},
-    {"Event_New", nothing, anEvent, true},
-    {"Event_Found", anEvent, anEvent, true},
-    {"Event_OfATakenName", aMutex, anEvent, false},
-    {"Event_WithoutSecurity", nothing, withoutSecurity<anEvent>, false},
-    {"Mapping_New", nothing, aMapping, true},
-    {"Mapping_Found", aMapping, aMapping, true},
-    {"Mapping_OfATakenName", anEvent, aMapping, false},
-    {"Mapping_WithoutSecurity", nothing, withoutSecurity<aMapping>, false},
-    {"FileMapping_New", nothing, aFileMapping, true},
-    {"FileMapping_Found", aMapping, aFileMapping, true},
-    {"FileMapping_OfAFileThatIsKept", aFileThatIsKept, aFileMapping, false},
-    {"FileMapping_OfAFileNowhere", nothing, aMappingOfAFileNowhere, false},
-    {"FileMapping_WithoutSecurity", nothing, withoutSecurity<aFileMapping>, false},
-    // Each of these rounds has fifty attempts.
-    {"FileMapping_OfATakenName", anEvent, aFileMapping, false, kRounds / 50},
-    {"FileMapping_OfAnEmptyFile", anEmptyFile, aMappingOfAllOfTheFile, false, kRounds / 50},
+    {"Mutex_New", nothing, newMutex, true},
+    {"Mutex_Found", newMutex, newMutex, true},
+    {"Mutex_OfATakenName", newEvent, newMutex, false},
+    {"Mutex_WithoutSecurity", nothing, withoutSecurity<newMutex>, false},
+    {"Event_New", nothing, newEvent, true},
+    {"Event_Found", newEvent, newEvent, true},
+    {"Event_OfATakenName", newMutex, newEvent, false},
+    {"Event_WithoutSecurity", nothing, withoutSecurity<newEvent>, false},
+    {"Mapping_New", nothing, newMapping, true},
+    {"Mapping_Found", newMapping, newMapping, true},
+    {"Mapping_OfATakenName", newEvent, newMapping, false},
+    {"Mapping_WithoutSecurity", nothing, withoutSecurity<newMapping>, false},
+    {"FileMapping_New", nothing, mapWithSize, true},
+    {"FileMapping_Found", newMapping, mapWithSize, true},
+    {"FileMapping_OfAFileOpenedExclusively", openFileExclusively, mapWithSize, false},
+    {"FileMapping_InAMissingFolder", nothing, mapFileInMissingFolder, false},
+    {"FileMapping_WithoutSecurity", nothing, withoutSecurity<mapWithSize>, false},
+    // Each of these rounds makes fifty attempts.
+    {"FileMapping_OfATakenName", newEvent, mapWithSize, false, kRounds / 50},
+    {"FileMapping_OfAnEmptyFile", createEmptyFile, mapWholeFile, false, kRounds / 50},
     {"IsAdmin", nothing, askForAdmin, false},
     {"IsAdmin_WhileImpersonating", nothing, askForAdminWhileImpersonating, false, kRounds / 10},
 };
 
-/// The long form of a path costs the system more than all other calls of a round; these paths are long ones already.
+/// Returns the path itself. The real function is slower than all other calls of a round, and these paths are long
+/// forms.
 DWORD WINAPI giveLongPath(LPCWSTR path, LPWSTR longPath, DWORD size) {
     const std::wstring_view text = path;
     if (text.find(kMissing) != std::wstring_view::npos) {
@@ -155,11 +156,11 @@ class HandleLeaks : public testing::TestWithParam<Cycle> {
 protected:
     HandleLeaks() { vorel::Exception::SetErrorLogSize(0); }
 
-    const test::TemporaryLog log;  // brings the size back
-    const Place place;
+    const test::TemporaryLog log;  // restores the size
+    const Resources resources;
 };
 
-/// Whether anything is left under the name.
+/// Whether no mutex and no mapping has the name.
 bool isNameFree(const std::wstring& name) {
     const Handle mutex(OpenMutexW(SYNCHRONIZE, FALSE, name.c_str()));
     const DWORD mutexError = GetLastError();
@@ -170,16 +171,16 @@ bool isNameFree(const std::wstring& name) {
 TEST_P(HandleLeaks, ManyRoundsLeaveNoHandle) {
     const Cycle& cycle = GetParam();
     {
-        const Handle prepared(cycle.prepare(place));
-        Handle(cycle.obtain(place)).close();  // the system may keep something from the first time
+        const Handle prepared(cycle.prepare(resources));
+        Handle(cycle.obtain(resources)).close();  // the system may keep handles after the first call
         const DWORD reported = test::reportedHandles();
         const LiveHandles live;
         const test::ImportPatch longPaths(importedGetLongPathNameW, &giveLongPath);
         const test::LiveBlocks blocks;
         for (int round = 0; round < cycle.rounds; ++round) {
-            Handle obtained(cycle.obtain(place));
+            Handle obtained(cycle.obtain(resources));
             ASSERT_EQ(static_cast<bool>(obtained), cycle.obtains) << round;
-            ASSERT_EQ(live.live(), obtained ? 1u : 0u) << "only the caller's";
+            ASSERT_EQ(live.live(), obtained ? 1u : 0u) << "only the caller's handle may be open";
             obtained.close();
             ASSERT_EQ(live.live(), 0u);
             ASSERT_EQ(blocks.live(), 0u);
@@ -189,9 +190,9 @@ TEST_P(HandleLeaks, ManyRoundsLeaveNoHandle) {
         }
         EXPECT_EQ(test::reportedHandles(), reported);
     }
-    EXPECT_TRUE(isNameFree(place.name));
-    if (GetFileAttributesW(place.file.c_str()) != INVALID_FILE_ATTRIBUTES) {
-        EXPECT_TRUE(DeleteFileW(place.file.c_str())) << "somebody has it open";
+    EXPECT_TRUE(isNameFree(resources.name));
+    if (GetFileAttributesW(resources.file.c_str()) != INVALID_FILE_ATTRIBUTES) {
+        EXPECT_TRUE(DeleteFileW(resources.file.c_str())) << "the file must be closed";
     }
 }
 

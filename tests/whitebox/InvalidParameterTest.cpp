@@ -1,5 +1,5 @@
 /// \file
-/// The library's place among the invalid-parameter handlers, seen from the inside.
+/// How the library installs, counts and removes its invalid-parameter handler.
 
 #include "exceptions/InvalidParameter.h"
 
@@ -30,56 +30,56 @@ using vorel::detail::installInvalidParameterHandler;
 using vorel::detail::invalidParameterHandlerInstallations;
 using vorel::detail::SetCurrentIPH;
 
-void someonesHandler(const wchar_t*, const wchar_t*, const wchar_t*, unsigned int, std::uintptr_t) {}
+void otherHandler(const wchar_t*, const wchar_t*, const wchar_t*, unsigned int, std::uintptr_t) {}
 
 _invalid_parameter_handler current() {
     return _get_invalid_parameter_handler();
 }
 
-/// No handler at the start, the one before at the end.
+/// Starts without a handler, and restores the previous one.
 class InvalidParameterInside : public testing::Test {
 protected:
     InvalidParameterInside() : m_before(_set_invalid_parameter_handler(nullptr)) {}
     ~InvalidParameterInside() override { _set_invalid_parameter_handler(m_before); }
 
-    /// The library's, as every call of the library names it.
+    /// The library's handler.
     const _invalid_parameter_handler m_ours = reveal(test::InvalidParameterHandler());
 
 private:
     _invalid_parameter_handler m_before;
 };
 
-TEST_F(InvalidParameterInside, TheLibrarysHandlerIsInstalledWhereThereIsNone) {
+TEST_F(InvalidParameterInside, LibraryHandlerIsInstalledIfThereIsNone) {
     installInvalidParameterHandler(m_ours);
     EXPECT_EQ(current(), m_ours);
     installInvalidParameterHandler(m_ours);
     EXPECT_EQ(current(), m_ours);
 }
 
-TEST_F(InvalidParameterInside, ASecondHandlerOfTheLibraryIsNeverInstalled) {
+TEST_F(InvalidParameterInside, OnlyTheLibraryHandlerIsInstalled) {
     installInvalidParameterHandler(m_ours);
-    installInvalidParameterHandler(&someonesHandler);
+    installInvalidParameterHandler(&otherHandler);
     EXPECT_EQ(current(), m_ours);
     _set_invalid_parameter_handler(nullptr);
-    installInvalidParameterHandler(&someonesHandler);
+    installInvalidParameterHandler(&otherHandler);
     EXPECT_EQ(current(), nullptr);
 }
 
-TEST_F(InvalidParameterInside, AnothersHandlerStays) {
-    _set_invalid_parameter_handler(&someonesHandler);
+TEST_F(InvalidParameterInside, ExistingHandlerIsNotReplaced) {
+    _set_invalid_parameter_handler(&otherHandler);
     installInvalidParameterHandler(m_ours);
-    EXPECT_EQ(current(), &someonesHandler);
+    EXPECT_EQ(current(), &otherHandler);
 }
 
-TEST_F(InvalidParameterInside, TheGuardTakesTheHandlerOutOnlyIfItStillIsTheLibrarys) {
+TEST_F(InvalidParameterInside, GuardRemovesOnlyTheLibraryHandler) {
     installInvalidParameterHandler(m_ours);
     { const SetCurrentIPH guard; }
     EXPECT_EQ(current(), nullptr);
     { const SetCurrentIPH guard; }
     EXPECT_EQ(current(), nullptr);
-    _set_invalid_parameter_handler(&someonesHandler);
+    _set_invalid_parameter_handler(&otherHandler);
     { const SetCurrentIPH guard; }
-    EXPECT_EQ(current(), &someonesHandler);
+    EXPECT_EQ(current(), &otherHandler);
 }
 
 TEST_F(InvalidParameterInside, InstallationsAreCounted) {
@@ -90,17 +90,17 @@ TEST_F(InvalidParameterInside, InstallationsAreCounted) {
         unsigned int installations;
     };
     const Step steps[] = {
-        {"none was there", [](auto ours) { installInvalidParameterHandler(ours); }, 1},
-        {"it is there", [](auto ours) { installInvalidParameterHandler(ours); }, 2},
-        {"not the library's", [](auto) { installInvalidParameterHandler(&someonesHandler); }, 2},
-        {"another's stays",
+        {"no handler installed", [](auto ours) { installInvalidParameterHandler(ours); }, 1},
+        {"already installed", [](auto ours) { installInvalidParameterHandler(ours); }, 2},
+        {"not the library's handler", [](auto) { installInvalidParameterHandler(&otherHandler); }, 2},
+        {"existing handler is kept",
          [](auto ours) {
-             _set_invalid_parameter_handler(&someonesHandler);
+             _set_invalid_parameter_handler(&otherHandler);
              installInvalidParameterHandler(ours);
          },
          2},
-        {"another's is not removed", [](auto) { const SetCurrentIPH guard; }, 2},
-        {"removed once",
+        {"existing handler is not removed", [](auto) { const SetCurrentIPH guard; }, 2},
+        {"removed by the guard",
          [](auto ours) {
              _set_invalid_parameter_handler(ours);
              const SetCurrentIPH guard;
@@ -115,7 +115,7 @@ TEST_F(InvalidParameterInside, InstallationsAreCounted) {
     }
 }
 
-TEST_F(InvalidParameterInside, TheHandlerWarnsUnlessTheRuntimeTellsNothing) {
+TEST_F(InvalidParameterInside, HandlerLogsUnlessTheRuntimePassesNoDetails) {
     const TemporaryLog log;
     m_ours(nullptr, nullptr, nullptr, 7, 0);
     EXPECT_FALSE(log.exists());
@@ -123,7 +123,7 @@ TEST_F(InvalidParameterInside, TheHandlerWarnsUnlessTheRuntimeTellsNothing) {
     EXPECT_EQ(log.messages(), Texts{"WARN: Invalid parameter detected: math.cpp::divide(7): x != 0"});
 }
 
-TEST_F(InvalidParameterInside, TheHandlerKeepsTheThreadsSilence) {
+TEST_F(InvalidParameterInside, HandlerLogsNothingForASilencedThread) {
     const TemporaryLog log;
     vorel::Exception::DisableThreadErrorLogging(true);
     m_ours(L"x != 0", L"divide", L"math.cpp", 7, 0);

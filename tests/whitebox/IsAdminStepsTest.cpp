@@ -1,6 +1,6 @@
 /// \file
-/// The steps of the question for administrators: what each is given, what happens when it fails, and that the thread
-/// impersonates afterwards whom it impersonated before, on every way out.
+/// The steps of `IsAdmin`: their arguments, their failures, and the thread's impersonation, which must be the same
+/// afterwards on every path.
 
 #include <memory>
 #include <ostream>
@@ -37,7 +37,7 @@ namespace {
 
 using test::refuse;
 
-/// What the last step was asked.
+/// The arguments of the access check.
 struct Question {
     HANDLE token = nullptr;
     DWORD desiredAccess = 0;
@@ -66,21 +66,21 @@ Question questionOf(PSECURITY_DESCRIPTOR descriptor, HANDLE token, DWORD access,
     return question;
 }
 
-/// Watches over the calls and answers the last one.
+/// Records the system calls of `IsAdmin`, and sets the result of the access check.
 class IsAdminSteps : public testing::Test {
 protected:
     ~IsAdminSteps() override {
         EXPECT_EQ(m_impersonations, m_reversions);
-        EXPECT_EQ(m_openTokens.size(), 0u) << "a token stays open";
+        EXPECT_EQ(m_openTokens.size(), 0u) << "every token must be closed";
         EXPECT_EQ(m_blocks.live(), 0u);
         EXPECT_FALSE(threadHasToken());
     }
 
     BOOL checkSucceeds = TRUE;
     BOOL accessGranted = TRUE;
-    HANDLE callersToken = nullptr;  // whom the thread impersonates at the start
-    int keepsRefused = 0;           // the attempts before this one (from 0) do not open the caller's token
-    bool queryRefused = false;      // whether the thread's token cannot be opened to be queried
+    HANDLE callersToken = nullptr;  // the token that the thread impersonates initially
+    int keepsRefused = 0;           // the first attempts to open the caller's token that fail
+    bool queryRefused = false;      // whether opening the thread's token for queries fails
     std::string trace;
     std::vector<HANDLE> tokens;
     Question question;
@@ -108,7 +108,7 @@ private:
         }
     }
 
-    /// The caller's token, or none, as the system answers for a thread that impersonates nobody.
+    /// Opens the caller's token. Fails like the system if the thread does not impersonate.
     BOOL keepToken(BOOL asSelf, PHANDLE token) {
         trace += asSelf ? "keep " : "keepasclient ";
         const bool refused = m_keeps++ < keepsRefused;
@@ -150,7 +150,7 @@ private:
             return opened;
         }};
     const test::ImportHook<importedSetThreadToken> m_setToken{[this](PHANDLE thread, HANDLE token) {
-        EXPECT_EQ(thread, nullptr) << "the calling one";
+        EXPECT_EQ(thread, nullptr) << "the calling thread";
         EXPECT_EQ(token, callersToken);
         EXPECT_TRUE(m_openTokens.contains(token));
         trace += "restore ";
@@ -182,25 +182,25 @@ private:
         }};
 };
 
-TEST_F(IsAdminSteps, WhoeverIsGrantedTheAccessIsOne) {
+TEST_F(IsAdminSteps, IsTrueIfTheAccessIsGranted) {
     EXPECT_TRUE(vorel::IsAdmin());
     EXPECT_EQ(questions, 1);
-    EXPECT_EQ(trace, "keep impersonate thread8 revert ") << "the thread's token, to be queried";
+    EXPECT_EQ(trace, "keep impersonate thread8 revert ") << "opens the thread's token with TOKEN_QUERY";
 }
 
-TEST_F(IsAdminSteps, WhoeverIsNotIsNone) {
+TEST_F(IsAdminSteps, IsFalseIfTheAccessIsDenied) {
     accessGranted = FALSE;
     EXPECT_FALSE(vorel::IsAdmin());
     EXPECT_EQ(questions, 1);
 }
 
-TEST_F(IsAdminSteps, AnAnswerThatFailedCountsForNothing) {
+TEST_F(IsAdminSteps, IsFalseIfTheAccessCheckFails) {
     checkSucceeds = FALSE;
     EXPECT_FALSE(vorel::IsAdmin());
     EXPECT_EQ(questions, 1);
 }
 
-TEST_F(IsAdminSteps, TheQuestionIsForReadingWhatOnlyAdministratorsMay) {
+TEST_F(IsAdminSteps, ChecksReadAccessToAnObjectOfAdministrators) {
     EXPECT_TRUE(vorel::IsAdmin());
     EXPECT_EQ(question.token, tokens.at(0));
     EXPECT_EQ(question.desiredAccess, 1u);
@@ -223,35 +223,35 @@ BOOL WINAPI findNoThreadToken(HANDLE, DWORD, BOOL, PHANDLE token) {
     return FALSE;
 }
 
-TEST_F(IsAdminSteps, AThreadWithoutATokenGoesByThatOfItsProcess) {
+TEST_F(IsAdminSteps, UsesTheTokenOfTheProcessIfTheThreadHasNone) {
     const test::ImportPatch patch(importedOpenThreadToken, &findNoThreadToken);
     EXPECT_TRUE(vorel::IsAdmin());
     EXPECT_EQ(trace, "impersonate process8 revert ");
     EXPECT_EQ(question.token, tokens.at(0));
 }
 
-TEST_F(IsAdminSteps, AProcessWhoseTokenIsRefusedHasNoAdministrator) {
+TEST_F(IsAdminSteps, IsFalseIfTheTokenOfTheProcessCannotBeOpened) {
     const test::ImportPatch patch(importedOpenThreadToken, &findNoThreadToken);
     const auto refused = refuse(importedOpenProcessToken);
     EXPECT_FALSE(vorel::IsAdmin());
     EXPECT_EQ(questions, 0);
 }
 
-TEST_F(IsAdminSteps, AThreadWhoseTokenIsRefusedAsksNobodyElse) {
+TEST_F(IsAdminSteps, IsFalseIfTheTokenOfTheThreadCannotBeOpened) {
     queryRefused = true;
     EXPECT_FALSE(vorel::IsAdmin());
     EXPECT_EQ(trace, "keep impersonate thread8 revert ");
     EXPECT_EQ(questions, 0);
 }
 
-TEST_F(IsAdminSteps, WithoutImpersonationNothingIsRevertedOrAsked) {
+TEST_F(IsAdminSteps, FailedImpersonationIsNotReverted) {
     const auto refused = refuse(importedImpersonateSelf);
     EXPECT_FALSE(vorel::IsAdmin());
     EXPECT_EQ(trace, "keep ");
     EXPECT_EQ(questions, 0);
 }
 
-// ---- The caller's impersonation ----
+// ---- Impersonation of the caller ----
 
 class IsAdminOfAnImpersonatingThread : public IsAdminSteps {
 protected:
@@ -260,7 +260,7 @@ protected:
     const test::TemporaryLog log;
 
 private:
-    const test::Handle m_token{CreateSemaphoreW(nullptr, 0, 1, nullptr)};  // only its handle counts
+    const test::Handle m_token{CreateSemaphoreW(nullptr, 0, 1, nullptr)};  // any valid handle
 };
 
 struct ImpersonationCase {
@@ -284,7 +284,7 @@ const ImpersonationCase kImpersonationCases[] = {
 class IsAdminKeepsTheImpersonation : public IsAdminOfAnImpersonatingThread,
                                      public testing::WithParamInterface<ImpersonationCase> {};
 
-TEST_P(IsAdminKeepsTheImpersonation, OnEveryWayOut) {
+TEST_P(IsAdminKeepsTheImpersonation, OnEveryPath) {
     const ImpersonationCase& rule = GetParam();
     keepsRefused = rule.keepsRefused;
     queryRefused = rule.queryRefused;
@@ -297,13 +297,13 @@ TEST_P(IsAdminKeepsTheImpersonation, OnEveryWayOut) {
 INSTANTIATE_TEST_SUITE_P(Each, IsAdminKeepsTheImpersonation, testing::ValuesIn(kImpersonationCases),
                          [](const auto& rule) { return std::string(rule.param.name); });
 
-TEST_F(IsAdminOfAnImpersonatingThread, WithoutImpersonationOfItselfTheThreadIsLeftAlone) {
+TEST_F(IsAdminOfAnImpersonatingThread, FailedImpersonationLeavesTheThreadUnchanged) {
     const auto refused = refuse(importedImpersonateSelf);
     EXPECT_FALSE(vorel::IsAdmin());
     EXPECT_EQ(trace, "keep ");
 }
 
-TEST_F(IsAdminOfAnImpersonatingThread, ATokenThatCannotBeRestoredIsWarnedOf) {
+TEST_F(IsAdminOfAnImpersonatingThread, FailureToRestoreTheTokenIsLogged) {
     const auto refused = refuse(importedSetThreadToken);
     EXPECT_FALSE(vorel::IsAdmin());
     EXPECT_EQ(questions, 1);
@@ -311,7 +311,7 @@ TEST_F(IsAdminOfAnImpersonatingThread, ATokenThatCannotBeRestoredIsWarnedOf) {
                                                        test::utf8(test::systemText(test::kRefusal))});
 }
 
-// ---- Each other step ----
+// ---- Failures of the other steps ----
 
 struct Step {
     const char* name;
@@ -334,7 +334,7 @@ const Step kSteps[] = {
 
 class IsAdminStep : public IsAdminSteps, public testing::WithParamInterface<Step> {};
 
-TEST_P(IsAdminStep, ThatFailsMeansNoAdministrator) {
+TEST_P(IsAdminStep, FailureReturnsFalse) {
     const auto refused = GetParam().refused();
     EXPECT_FALSE(vorel::IsAdmin());
     EXPECT_EQ(questions, 0);

@@ -1,6 +1,6 @@
 /// \file
-/// Logging before the library's state is created, and after it is gone: only the static form can be asked for it, by
-/// global objects of the program that come first and go last.
+/// Logging before the library's state is created and after it is destroyed. Only programs that link the static library
+/// can do that, with global objects that are created first and destroyed last.
 
 #include <cstring>
 #include <string>
@@ -21,7 +21,7 @@ using vorel::Exception;
 
 constexpr wchar_t kSwitch[] = L"--log-first-and-last";
 
-/// Writes to "errors.txt" and "late.txt" in the current directory, if the program was started with the switch.
+/// Logs to "errors.txt" and "late.txt" in the current directory if the command line has the switch.
 class FirstAndLast {
 public:
     FirstAndLast() : m_active(std::wcsstr(GetCommandLineW(), kSwitch) != nullptr) {
@@ -40,7 +40,7 @@ public:
 
 private:
     static void logAll(const char* when) {
-        const Exception e("%s, state: %s", when, vorel::detail::libraryStateExists() ? "there" : "gone");
+        const Exception e("%s, state: %s", when, vorel::detail::libraryStateExists() ? "created" : "destroyed");
         Exception::setDebugTarget("Late", true);
         Exception::debug("Late", "target: %s", when);
         Exception::DisableThreadErrorLogging(true);
@@ -51,17 +51,17 @@ private:
     bool m_active;
 };
 
-// The first number that programs may use: created before the library's own state, and destroyed after it.
+// The lowest priority that programs may use: created before the library's state and destroyed after it.
 __attribute__((init_priority(101))) const FirstAndLast s_firstAndLast;
 
-TEST(LateLogging, WorksBeforeTheStateIsThereAndAfterItIsGone) {
+TEST(LateLogging, WorksBeforeTheStateIsCreatedAndAfterItIsDestroyed) {
     const test::TemporaryFolder folder;
     EXPECT_EQ(
         test::runChild(L"vorel_whitebox_tests", {L"--gtest_filter=-*", kSwitch}, {.directory = folder.widePath()}), 0u);
     EXPECT_EQ(test::readLogMessages(folder.file("errors.txt")),
-              (Texts{"Vorel Error: first, state: there", "DEBUG: Late: target: first"}));
+              (Texts{"Vorel Error: first, state: created", "DEBUG: Late: target: first"}));
     EXPECT_EQ(test::readLogMessages(folder.file("late.txt")),
-              (Texts{"Vorel Error: last, state: gone", "WARN: last, silenced: 0"}));
+              (Texts{"Vorel Error: last, state: destroyed", "WARN: last, silenced: 0"}));
 }
 
 }  // namespace

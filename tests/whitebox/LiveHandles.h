@@ -1,5 +1,5 @@
 /// \file
-/// Counting the handles that the library, in its static form, has open.
+/// Counts the open handles of the library, which must be linked statically.
 #pragma once
 
 #include <cstddef>
@@ -11,13 +11,13 @@
 
 namespace test {
 
-/// Handles that the system reports to be open; 0 where it does not count them.
+/// The number of open handles that the system reports, or 0 if it does not count them.
 inline DWORD reportedHandles() {
     DWORD count = 0;
     return GetProcessHandleCount(GetCurrentProcess(), &count) ? count : 0;
 }
 
-/// Every handle that comes out of a call, until it is closed.
+/// Tracks the handles that hooked calls return, until they are closed.
 class LiveHandles {
 public:
     [[nodiscard]] std::size_t live() const { return m_live.size(); }
@@ -25,7 +25,7 @@ public:
 
 private:
     HANDLE note(HANDLE handle) {
-        // cppcheck-suppress knownConditionTrueFalse; two ways to say that there is none
+        // cppcheck-suppress knownConditionTrueFalse; both values mean failure
         if (handle && handle != INVALID_HANDLE_VALUE) {
             m_live.insert(handle);
             ++m_opened;

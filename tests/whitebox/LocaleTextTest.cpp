@@ -1,5 +1,5 @@
 /// \file
-/// Text by the runtime's locale, and the texts that stand for what cannot be converted.
+/// Conversion with the runtime's locale, and the texts for failed conversions.
 
 #include "exceptions/LocaleText.h"
 
@@ -14,7 +14,7 @@ using vorel::BaseString;
 using vorel::detail::mbs2wcs;
 using vorel::detail::wcs2mbs;
 
-/// Another locale for the length of a test.
+/// Sets a locale, and restores the previous one.
 class LocaleSet {
 public:
     explicit LocaleSet(const char* name) : m_before(std::setlocale(LC_CTYPE, nullptr)) {
@@ -44,33 +44,33 @@ std::string narrowed(const wchar_t* source) {
     return std::string(target.view());
 }
 
-TEST(LocaleText, NothingGivesTheEmptyText) {
+TEST(LocaleText, NullAndEmptyTextsGiveAnEmptyText) {
     EXPECT_EQ(widened(nullptr), L"");
     EXPECT_EQ(widened(""), L"");
     EXPECT_EQ(narrowed(nullptr), "");
     EXPECT_EQ(narrowed(L""), "");
 }
 
-TEST(LocaleText, AsciiOfAnyLengthIsTheSame) {
+TEST(LocaleText, AsciiOfAnyLengthIsUnchanged) {
     for (const std::size_t length : {1u, 2u, 7u, 8u, 255u, 256u, 100000u}) {
         EXPECT_EQ(widened(std::string(length, 'a').c_str()), std::wstring(length, L'a'));
         EXPECT_EQ(narrowed(std::wstring(length, L'a').c_str()), std::string(length, 'a'));
     }
 }
 
-TEST(LocaleText, TheCLocaleTakesBytesAsTheyAre) {
+TEST(LocaleText, CLocaleKeepsByteValues) {
     const LocaleSet locale("C");
     EXPECT_EQ(widened("\x80\xE9\xFF"), L"\x80\xE9\xFF");
     EXPECT_EQ(narrowed(L"\x80\xE9\xFF"), "\x80\xE9\xFF");
 }
 
-TEST(LocaleText, TextThatCannotBeConvertedBecomesTheTextOfTheFailure) {
+TEST(LocaleText, UnconvertibleTextBecomesTheTextOfTheFailure) {
     const LocaleSet locale("C");
     EXPECT_EQ(narrowed(L"\x4E00"), "Error in text conversion");
-    EXPECT_EQ(narrowed(L"good until here\x0100"), "Error in text conversion");
+    EXPECT_EQ(narrowed(L"convertible until here\x0100"), "Error in text conversion");
 }
 
-TEST(LocaleText, CodePagesWithSeveralBytesForACharacter) {
+TEST(LocaleText, MultibyteCodePages) {
     const LocaleSet locale(".932");
     if (!locale.isSet()) {
         GTEST_SKIP() << "this system has no code page 932";
@@ -80,7 +80,7 @@ TEST(LocaleText, CodePagesWithSeveralBytesForACharacter) {
     EXPECT_EQ(widened("a lead byte at the end \x88"), L"Error in text conversion");
 }
 
-TEST(LocaleText, Utf8LocalesNeedUpToThreeBytesForAUnit) {
+TEST(LocaleText, Utf8LocalesNeedUpToThreeBytesPerUnit) {
     const LocaleSet locale(".UTF8");
     if (!locale.isSet()) {
         GTEST_SKIP() << "this runtime has no UTF-8 locale";

@@ -1,6 +1,6 @@
 /// \file
-/// Many rounds of the life of each named lock and condition, also along the ways that fail: every handle has gone back
-/// to the system, and the object is gone with its last owner.
+/// Creates and destroys each named lock and condition many times, including the failing paths. Every handle must be
+/// closed, and the object must be destroyed with its last owner.
 
 #include <ostream>
 #include <string>
@@ -36,10 +36,10 @@ constexpr int kRounds = 10000;
 
 struct Cycle {
     const char* name;
-    HANDLE (*prepare)(Name name);  // what is there before the first round
-    bool (*live)(Name name);       // a round; whether the object came to life
+    HANDLE (*prepare)(Name name);  // creates what exists before the first round
+    bool (*run)(Name name);        // runs a round, and returns whether it succeeded
 
-    bool comesToLife;
+    bool succeedsEachTime;
     int rounds = kRounds;
 
     friend void PrintTo(const Cycle& cycle, std::ostream* out) { *out << cycle.name; }
@@ -49,15 +49,15 @@ HANDLE nothing(Name) {
     return nullptr;
 }
 
-HANDLE anEvent(Name name) {
+HANDLE newEvent(Name name) {
     return CreateEventW(nullptr, FALSE, FALSE, (L"Global\\" + name).c_str());
 }
 
-HANDLE aMutex(Name name) {
+HANDLE newMutex(Name name) {
     return CreateMutexW(nullptr, FALSE, (L"Global\\" + name).c_str());
 }
 
-/// False when the body throws one of the library's exceptions.
+/// False if the body throws a library exception.
 template <class Body>
 bool succeeds(Body&& body) {
     try {
@@ -96,7 +96,7 @@ bool abandonMutex(Name name) {
     });
 }
 
-bool timeOut(Name name) {
+bool failToLock(Name name) {
     const test::ImportPatch wait(
         importedWaitOfLocks, +[](HANDLE, DWORD) WINAPI -> DWORD { return WAIT_TIMEOUT; });
     return succeeds([&] { const AutoMutex mutex(name.c_str(), true, false); });
@@ -113,7 +113,7 @@ bool useCondition(Name) {
     });
 }
 
-bool refuseCondition(Name) {
+bool failToSignal(Name) {
     const auto refused = test::refuse(importedSetEvent);
     return succeeds([&] {
         vorel::ForcedCriticalSection lock;
@@ -132,26 +132,26 @@ bool useNamedCondition(Name name) {
 
 const Cycle kCycles[] = {
     {"AutoMutex_Used", nothing, useMutex, true},
-    {"AutoMutex_OfAnother", aMutex, useMutex, true},
-    {"AutoMutex_HeldAtItsEnd", nothing, leaveMutexHeld, true},
+    {"AutoMutex_OfAnother", newMutex, useMutex, true},
+    {"AutoMutex_DestroyedWhileHeld", nothing, leaveMutexHeld, true},
     {"AutoMutex_Renamed", nothing, renameMutex, true},
-    {"AutoMutex_TimedOut", nothing, timeOut, false},
+    {"AutoMutex_TimedOut", nothing, failToLock, false},
     {"Condition_Used", nothing, useCondition, true},
-    {"Condition_ThatCannotSignal", nothing, refuseCondition, false},
+    {"Condition_ThatCannotSignal", nothing, failToSignal, false},
     {"NamedCondition_Used", nothing, useNamedCondition, true},
-    {"NamedCondition_OfAnother", anEvent, useNamedCondition, true},
-    // The thread of each round takes longer than all the rest.
+    {"NamedCondition_OfAnother", newEvent, useNamedCondition, true},
+    // Each of these rounds starts a thread, which is slow.
     {"AutoMutex_AbandonedByAThread", nothing, abandonMutex, true, kRounds / 10},
-    // Each of these rounds has eleven attempts.
-    {"AutoMutex_OfATakenName", anEvent, useMutex, false, kRounds / 11},
-    {"NamedCondition_OfATakenName", aMutex, useNamedCondition, false, kRounds / 11},
+    // Each of these rounds makes eleven attempts.
+    {"AutoMutex_OfATakenName", newEvent, useMutex, false, kRounds / 11},
+    {"NamedCondition_OfATakenName", newMutex, useNamedCondition, false, kRounds / 11},
 };
 
 class LockLeaks : public testing::TestWithParam<Cycle> {
 protected:
     LockLeaks() { Exception::SetErrorLogSize(0); }
 
-    const test::TemporaryLog m_log;  // brings the size back
+    const test::TemporaryLog m_log;  // restores the size
     const std::wstring m_name = test::NamedEvent::uniqueName(L"leaks");
 };
 
@@ -160,13 +160,13 @@ TEST_P(LockLeaks, ManyRoundsLeaveNoHandle) {
     {
         const Handle prepared(cycle.prepare(m_name));
         const test::ImportPatch sleep(
-            importedSleep, +[](DWORD) WINAPI {});  // between the attempts
-        (void)cycle.live(m_name);                  // the system may keep something from the first time
+            importedSleep, +[](DWORD) WINAPI {});  // the wait between attempts
+        (void)cycle.run(m_name);                   // the system may keep handles after the first call
         const DWORD reported = test::reportedHandles();
         const test::LiveHandles handles;
         const test::LiveBlocks blocks;
         for (int round = 0; round < cycle.rounds; ++round) {
-            ASSERT_EQ(cycle.live(m_name), cycle.comesToLife) << round;
+            ASSERT_EQ(cycle.run(m_name), cycle.succeedsEachTime) << round;
             ASSERT_EQ(handles.live(), 0u) << round;
             ASSERT_EQ(blocks.live(), 0u) << round;
         }

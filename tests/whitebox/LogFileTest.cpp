@@ -1,5 +1,5 @@
 /// \file
-/// One opening of the log: the lock on the whole file, the look at its size, and the name of the backup.
+/// An open log file: the lock on the whole file, the check of its size, and the name of the backup.
 
 #include "exceptions/LogFile.h"
 
@@ -36,7 +36,7 @@ bool lockLogFile(int descriptor, bool lock) {
     return reveal(test::LockLogFile())(descriptor, lock);
 }
 
-/// A descriptor of the runtime for a file that is created if missing.
+/// A file descriptor of the runtime. The file is created if missing.
 class Descriptor {
 public:
     explicit Descriptor(const std::string& path) : m_number(_open(path.c_str(), _O_RDWR | _O_CREAT, 0600)) {}
@@ -54,7 +54,7 @@ private:
     int m_number;
 };
 
-TEST(LockLogFile, WhatIsNoDescriptorIsNotLocked) {
+TEST(LockLogFile, InvalidDescriptorsCannotBeLocked) {
     const test::TemporaryFolder folder;
     Descriptor closed(folder.file("log"));
     const int number = closed.number();
@@ -65,8 +65,8 @@ TEST(LockLogFile, WhatIsNoDescriptorIsNotLocked) {
     }
 }
 
-// The runtime says so of the standard streams of a program without a console.
-TEST(LockLogFile, ADescriptorWithoutAFileIsNotLocked) {
+// The standard streams of a program without a console have the handle -2.
+TEST(LockLogFile, DescriptorWithoutAFileCannotBeLocked) {
     const test::TemporaryFolder folder;
     const Descriptor descriptor(folder.file("log"));
     int locked = 0;
@@ -79,7 +79,7 @@ TEST(LockLogFile, ADescriptorWithoutAFileIsNotLocked) {
     EXPECT_EQ(locked, 0);
 }
 
-TEST(LockLogFile, TheLockKeepsOthersOutUntilItIsGivenBack) {
+TEST(LockLogFile, LockExcludesOthersUntilItIsReleased) {
     const test::TemporaryFolder folder;
     const Descriptor first(folder.file("log"));
     const Descriptor second(folder.file("log"));
@@ -92,7 +92,7 @@ TEST(LockLogFile, TheLockKeepsOthersOutUntilItIsGivenBack) {
     EXPECT_FALSE(lockLogFile(second.number(), false));
 }
 
-TEST(LockLogFile, TheLockReachesFarBehindTheEndOfTheFile) {
+TEST(LockLogFile, LockCoversTheRangeBeyondTheEndOfTheFile) {
     const test::TemporaryFolder folder;
     const Descriptor first(folder.file("log"));
     ASSERT_TRUE(lockLogFile(first.number(), true));
@@ -102,7 +102,7 @@ TEST(LockLogFile, TheLockReachesFarBehindTheEndOfTheFile) {
     EXPECT_FALSE(LockFile(handle, 0, 0x7FFFFFFF, 1, 0));
 }
 
-TEST(BackupName, IsThePathCutTo1018BytesAndDotZeroZeroOne) {
+TEST(BackupName, IsThePathTruncatedTo1018BytesAndDotZeroZeroOne) {
     struct Case {
         std::size_t pathLength;
         std::size_t kept;
@@ -118,7 +118,7 @@ TEST(BackupName, IsThePathCutTo1018BytesAndDotZeroZeroOne) {
     }
 }
 
-TEST(LogFile, IsLargerOnlyBeyondTheLimit) {
+TEST(LogFile, IsLargerOnlyAboveTheLimit) {
     const test::TemporaryFolder folder;
     const Descriptor file(folder.file("log"));
     ASSERT_EQ(_write(file.number(), "12345", 5), 5);
@@ -130,7 +130,7 @@ TEST(LogFile, IsLargerOnlyBeyondTheLimit) {
     EXPECT_FALSE(log.isLargerThan(0x100000004));
 }
 
-TEST(LogFile, AFileThatCannotBeOpenedIsNeitherLockedNorLarge) {
+TEST(LogFile, FileThatCannotBeOpenedIsNotLocked) {
     const test::TemporaryFolder folder;
     LogFile log(folder.file("no such folder\\log").c_str(), LogFile::Mode::Append);
     EXPECT_FALSE(log.isOpen());
@@ -139,7 +139,7 @@ TEST(LogFile, AFileThatCannotBeOpenedIsNeitherLockedNorLarge) {
     EXPECT_FALSE(log.isOpen());
 }
 
-TEST(LogFile, ClosingGivesTheLockBackAndMayBeRepeated) {
+TEST(LogFile, ClosingReleasesTheLockAndCanBeRepeated) {
     const test::TemporaryFolder folder;
     for (const bool withStream : {false, true}) {
         LogFile log(folder.file("log").c_str(), LogFile::Mode::Append);
@@ -156,7 +156,7 @@ TEST(LogFile, ClosingGivesTheLockBackAndMayBeRepeated) {
     }
 }
 
-TEST(LogFile, TheStreamAppends) {
+TEST(LogFile, StreamAppends) {
     const test::TemporaryFolder folder;
     for (const char* const text : {"a\n", "b\n"}) {
         LogFile log(folder.file("log").c_str(), LogFile::Mode::Append);
@@ -175,7 +175,7 @@ TEST(LogFile, InspectingCreatesAMissingFileAndWritesNothing) {
     EXPECT_EQ(test::readFileBytes(folder.file("log")), "");
 }
 
-TEST(LogFile, IsNotHandedOnToChildProcesses) {
+TEST(LogFile, IsNotInheritedByChildProcesses) {
     const test::TemporaryFolder folder;
     const Descriptor probe(folder.file("probe"));
     const int next = probe.number() + 1;

@@ -1,6 +1,5 @@
 /// \file
-/// The path under which the file of a mapping is opened: its long form, which a file that is still to be created takes
-/// from its folder.
+/// The path with which the file of a mapping is opened: its long form. For a new file, the folder gets the long form.
 
 #include <algorithm>
 #include <map>
@@ -24,7 +23,7 @@ HANDLE someHandle() {
     return CreateSemaphoreW(nullptr, 0, 1, nullptr);
 }
 
-/// A system that has the long forms that a test gives it, and a file and a mapping for everyone.
+/// A system with the long forms that a test sets. Opening files and creating mappings always succeeds.
 class LongPath : public testing::Test {
 protected:
     /// Obtains a mapping of `path`.
@@ -34,7 +33,7 @@ protected:
     }
 
     std::map<std::wstring, std::wstring> longForms;
-    DWORD error = ERROR_FILE_NOT_FOUND;  // for what has no long form
+    DWORD error = ERROR_FILE_NOT_FOUND;  // for paths without a long form
     std::vector<std::wstring> asked;
     std::vector<std::wstring> opened;
 
@@ -65,13 +64,13 @@ private:
 
 using Texts = std::vector<std::wstring>;
 
-TEST_F(LongPath, AFileThatIsThereIsOpenedUnderItsOwn) {
+TEST_F(LongPath, ExistingFileIsOpenedWithItsLongPath) {
     longForms = {{L"c:\\PROGRA~1\\DATAFI~1.DAT", L"C:\\Program Files\\Data file of the day.dat"}};
     EXPECT_TRUE(obtain(L"c:\\PROGRA~1\\DATAFI~1.DAT"));
     EXPECT_EQ(opened, Texts{L"C:\\Program Files\\Data file of the day.dat"});
 }
 
-TEST_F(LongPath, AFileThatIsNewTakesThatOfItsFolder) {
+TEST_F(LongPath, NewFileIsCreatedWithTheLongPathOfItsFolder) {
     struct Row {
         const wchar_t* path;
         const wchar_t* folder;
@@ -96,13 +95,13 @@ TEST_F(LongPath, AFileThatIsNewTakesThatOfItsFolder) {
     }
 }
 
-TEST_F(LongPath, ANewFileOfTheCurrentFolderKeepsItsName) {
+TEST_F(LongPath, NewFileInTheCurrentFolderKeepsItsName) {
     EXPECT_TRUE(obtain(L"new.dat"));
     EXPECT_EQ(asked, Texts{L"new.dat"});
     EXPECT_EQ(opened, Texts{L"new.dat"});
 }
 
-TEST_F(LongPath, APathOfAnyLengthHasRoom) {
+TEST_F(LongPath, PathMayHaveAnyLength) {
     for (const std::size_t length : {1u, 7u, 8u, 259u, 260u, 261u, 5000u, 32000u}) {
         const std::wstring form(length, L'x');
         longForms = {{L"short", form}};
@@ -121,7 +120,7 @@ void expectFailure(const wchar_t* path, const std::wstring& printed, DWORD error
          L"Accessable::ObtainAccessableFileMappingEx: Vorel exception rethrown"});
 }
 
-TEST_F(LongPath, AnyFailureButAMissingFileIsTold) {
+TEST_F(LongPath, EveryFailureExceptAMissingFileThrows) {
     for (const DWORD code : {DWORD{ERROR_PATH_NOT_FOUND}, DWORD{ERROR_ACCESS_DENIED}, DWORD{ERROR_INVALID_NAME}}) {
         error = code;
         asked.clear();
@@ -131,23 +130,23 @@ TEST_F(LongPath, AnyFailureButAMissingFileIsTold) {
     EXPECT_EQ(opened, Texts());
 }
 
-TEST_F(LongPath, AFolderWithoutOneIsTold) {
+TEST_F(LongPath, FolderWithoutALongPathThrows) {
     expectFailure(L"folder\\file", L"folder\\file", ERROR_FILE_NOT_FOUND);
     EXPECT_EQ(asked, (Texts{L"folder\\file", L"folder\\"}));
     expectFailure(L"folder\\", L"folder\\", ERROR_FILE_NOT_FOUND);
     EXPECT_EQ(opened, Texts());
 }
 
-/// The path grows between the question for its length and the one for its text.
-TEST(LongPathThatChanges, IsAskedForAgain) {
+/// The long path grows between the query for its length and the query for its text.
+TEST(LongPathThatChanges, IsQueriedAgain) {
     std::vector<DWORD> sizes;
     std::wstring opened;
     const test::ImportHook<importedGetLongPathNameW> longPath([&](LPCWSTR, LPWSTR text, DWORD size) -> DWORD {
         constexpr std::wstring_view kForm = L"a longer path";
-        const DWORD roomUnits = sizes.empty() ? 2 : static_cast<DWORD>(kForm.size() + 1);
+        const DWORD requiredUnits = sizes.empty() ? 2 : static_cast<DWORD>(kForm.size() + 1);
         sizes.push_back(size);
-        if (size < roomUnits) {
-            return roomUnits;
+        if (size < requiredUnits) {
+            return requiredUnits;
         }
         text[kForm.copy(text, size)] = L'\0';
         return static_cast<DWORD>(kForm.size());

@@ -1,5 +1,5 @@
-// Whatever has kernels for AVX2 gives the same with the plain ones: over random inputs, whole and damaged, that stand
-// at the edge of a page or within one.
+// Operations with AVX2 kernels must give the same results with the scalar kernels. The random inputs are valid or
+// damaged, and lie at the edge of a page or inside one.
 
 #include <functional>
 #include <string>
@@ -35,7 +35,7 @@ class PlainKernels : public ::testing::Test {
 protected:
     void SetUp() override {
         if (!m_hasAvx2) {
-            GTEST_SKIP() << "this processor has the plain kernels only";
+            GTEST_SKIP() << "this processor does not support AVX2";
         }
         Exception::SetMirrorErrorLog(false);
     }
@@ -45,21 +45,21 @@ protected:
         Exception::SetMirrorErrorLog(true);
     }
 
-    /// What `operation` gives with AVX2 and without it.
+    /// Compares the results of `operation` with and without AVX2.
     template <class Operation>
     static void expectSame(const Operation& operation) {
         kernels::s_useAvx2 = true;
         const auto fast = operation();
         kernels::s_useAvx2 = false;
-        const auto plain = operation();
-        ASSERT_EQ(fast, plain);
+        const auto scalar = operation();
+        ASSERT_EQ(fast, scalar);
     }
 
 private:
     bool m_hasAvx2 = kernels::s_useAvx2;
 };
 
-/// The result of a conversion as something to compare: its text, or the message of what it threw.
+/// The text that a conversion wrote, or the message of the exception that it threw.
 template <class T, class Convert>
 std::basic_string<T> resultOf(Convert&& convert) {
     BaseString<T> output;
@@ -78,17 +78,17 @@ const T* placed(test::PageEdge<T>& edge, const std::basic_string<T>& text, Rando
     if (random.oneIn(3)) {
         return edge.placeAtEnd(withTerminator);
     }
-    T* const place = edge.firstElement() + random.below(500);
-    withTerminator.copy(place, withTerminator.size());
-    return place;
+    T* const start = edge.firstElement() + random.below(500);
+    withTerminator.copy(start, withTerminator.size());
+    return start;
 }
 
-/// Characters of one to four bytes, of some lengths more than of others, now and then damaged.
+/// Random UTF-8 with characters of one to four bytes, sometimes damaged. Most characters have the same length.
 std::string utf8Text(RandomText& random) {
     std::string text;
-    const std::size_t taste = random.below(6);
+    const std::size_t usualKind = random.below(6);
     for (std::size_t count = random.below(200); count != 0; --count) {
-        const std::size_t kind = random.oneIn(4) ? random.below(4) : taste;
+        const std::size_t kind = random.oneIn(4) ? random.below(4) : usualKind;
         const auto trailing = [&] { return static_cast<char>(0x80 + random.below(0x40)); };
         if (kind == 1) {
             text += {static_cast<char>(0xC0 + random.below(0x20)), trailing()};
@@ -111,22 +111,22 @@ TEST_F(PlainKernels, Utf8ToWide) {
     test::PageEdge<char> edge(4096);
     for (int count = 0; count < 20000; ++count) {
         const std::string text = utf8Text(random);
-        // The codec reads what a lead byte announces, also behind the terminator.
-        const char* const place = placed(edge, text + std::string(5, '\0'), random);
+        // The codec reads as many bytes as a lead byte announces, also after the terminator.
+        const char* const start = placed(edge, text + std::string(5, '\0'), random);
         const int length = random.oneIn(2) ? -1 : static_cast<int>(random.below(text.size() + 1));
         const auto capacity = static_cast<unsigned int>(random.below(600));
         ASSERT_NO_FATAL_FAILURE(expectSame([&] {
             return resultOf<wchar_t>([&](BaseString<wchar_t>& output) {
                 output.reserve(capacity, true);
                 output.clear();
-                util::ConvertUTF8toString(output, reinterpret_cast<const unsigned char*>(place), length, false);
+                util::ConvertUTF8toString(output, reinterpret_cast<const unsigned char*>(start), length, false);
             });
         })) << "text "
             << count;
         ASSERT_NO_FATAL_FAILURE(expectSame([&] {
             std::vector<wchar_t> buffer(capacity + 1);
             const bool done = util::ConvertUTF8toString(buffer.data(), capacity,
-                                                        reinterpret_cast<const unsigned char*>(place), length, false);
+                                                        reinterpret_cast<const unsigned char*>(start), length, false);
             return done && capacity != 0 ? std::wstring(buffer.data()) : std::wstring(L"failed");
         })) << "text "
             << count;
@@ -138,9 +138,9 @@ TEST_F(PlainKernels, WideToUtf8) {
     test::PageEdge<wchar_t> edge(4096);
     for (int count = 0; count < 20000; ++count) {
         std::wstring text;
-        const std::size_t taste = random.below(5);
+        const std::size_t usualKind = random.below(5);
         for (std::size_t units = random.below(200); units != 0; --units) {
-            const std::size_t kind = random.oneIn(4) ? random.below(5) : taste;
+            const std::size_t kind = random.oneIn(4) ? random.below(5) : usualKind;
             const std::size_t limits[] = {0x7F, 0x7FF, 0xD7FF, 0xFFFF, 0xFFFF};
             if (kind == 4) {
                 text += {static_cast<wchar_t>(0xD800 + random.below(0x400)),
@@ -149,15 +149,15 @@ TEST_F(PlainKernels, WideToUtf8) {
                 text += static_cast<wchar_t>(1 + random.below(limits[kind]));
             }
         }
-        const wchar_t* const place = placed(edge, text, random);
+        const wchar_t* const start = placed(edge, text, random);
         const int length = random.oneIn(2) ? -1 : static_cast<int>(random.below(text.size() + 1));
         ASSERT_NO_FATAL_FAILURE(expectSame([&] {
-            return resultOf<char>([&](BaseString<char>& output) { util::ConvertStringtoUTF8(place, output, length); });
+            return resultOf<char>([&](BaseString<char>& output) { util::ConvertStringtoUTF8(start, output, length); });
         })) << "text "
             << count;
         ASSERT_NO_FATAL_FAILURE(expectSame([&] {
             Array<unsigned char> output;
-            util::EncodeAndAppendToBuffer(place, output);
+            util::EncodeAndAppendToBuffer(start, output);
             return test::valuesOf(output);
         })) << "text "
             << count;
@@ -178,7 +178,7 @@ TEST_F(PlainKernels, BinaryToText) {
     }
 }
 
-/// Text of an alphabet, damaged here and there by any characters.
+/// Random text of an alphabet with some other characters.
 template <class T>
 std::basic_string<T> damagedText(RandomText& random, std::string_view alphabet, std::size_t length) {
     std::basic_string<T> text;
@@ -199,14 +199,14 @@ void decodeBase64BothWays(void (*expect)(const std::function<std::pair<std::vect
     RandomText random(kSeed);
     test::PageEdge<T> edge(4096);
     for (int count = 0; count < 2000; ++count) {
-        const T* const place = placed(edge, damagedText<T>(random, kBase64Alphabet, random.below(400)), random);
-        expect([place] {
+        const T* const start = placed(edge, damagedText<T>(random, kBase64Alphabet, random.below(400)), random);
+        expect([start] {
             Array<unsigned char> bytes;
             int result = 2;
             try {
-                result = util::Base64::Decode(place, bytes);
+                result = util::Base64::Decode(start, bytes);
             } catch (const Exception&) {
-                // A unit above 255; the bytes before it are there.
+                // A unit above 255. The bytes before it are decoded.
             }
             return std::pair(test::valuesOf(bytes), result);
         });

@@ -1,5 +1,5 @@
 /// \file
-/// The door to the runtime's print functions: bounded rendering, and the fixed buffer with its fallback to the heap.
+/// The wrapper of the runtime's print functions: bounded rendering, and the fixed buffer with its fallback to the heap.
 
 #include "core/Print.h"
 
@@ -41,7 +41,7 @@ protected:
     struct Rendered {
         const T* result = nullptr;
         std::unique_ptr<T, Free> heap;
-        bool truncated = true;  // is to be cleared
+        bool truncated = true;  // must be cleared
     };
 
     static Rendered format(GuardedBuffer<T>& buffer, const T* format, ...) {
@@ -69,7 +69,7 @@ TYPED_TEST_SUITE(Print, test::CharacterTypes, test::CharacterNames);
 
 // ---- Bounded rendering ----------------------------------------------------------------------------------------------
 
-// The text fits when it fills the buffer exactly; then it has no terminator.
+// A text that fills the buffer exactly fits, but has no terminator.
 TYPED_TEST(Print, BoundedFormat_AtEverySizeAroundTheText) {
     const auto format = this->text("%d:%s");
     const auto argument = this->text("abcdefgh");
@@ -78,7 +78,7 @@ TYPED_TEST(Print, BoundedFormat_AtEverySizeAroundTheText) {
         GuardedBuffer<TypeParam> buffer(size);
         const int written = boundedFormat(buffer.data(), size, format.c_str(), 12, argument.c_str());
         if (size == 0) {
-            continue;  // the runtime only counts then
+            continue;  // the runtime only counts
         }
         if (size < expected.size()) {
             EXPECT_EQ(written, -1) << size;
@@ -92,7 +92,7 @@ TYPED_TEST(Print, BoundedFormat_AtEverySizeAroundTheText) {
     }
 }
 
-TYPED_TEST(Print, VboundedFormat_IsTheSameWithAnArgumentList) {
+TYPED_TEST(Print, VboundedFormat_AcceptsAnArgumentList) {
     GuardedBuffer<TypeParam> buffer(5);
     EXPECT_EQ(this->vbounded(buffer.data(), 5, this->text("%d%s").c_str(), 7, this->text("abc").c_str()), 4);
     EXPECT_EQ(buffer.data(), this->text("7abc"));
@@ -100,19 +100,19 @@ TYPED_TEST(Print, VboundedFormat_IsTheSameWithAnArgumentList) {
     EXPECT_EQ(this->vbounded(buffer.data(), 5, this->text("%d%s").c_str(), 7, this->text("abcde").c_str()), -1);
 }
 
-TYPED_TEST(Print, BoundedFormat_EveryRefusalIsMinusOne) {
+TYPED_TEST(Print, BoundedFormat_ReturnsMinusOneForAnInvalidFormat) {
     GuardedBuffer<TypeParam> buffer(20);
     int count = 77;
     EXPECT_EQ(boundedFormat(buffer.data(), 20, this->text("a%n").c_str(), &count), -1);
     EXPECT_EQ(count, 77);
 }
 
-TEST(PrintOfNarrowText, BoundedFormat_UnconvertibleWideTextIsMinusOne) {
+TEST(PrintOfNarrowText, BoundedFormat_ReturnsMinusOneForUnconvertibleWideText) {
     GuardedBuffer<char> buffer(20);
     EXPECT_EQ(boundedFormat(buffer.data(), 20, "%ls", L"\x4E00"), -1);
 }
 
-TEST(PrintOfWideText, PlainStringConversionTakesWideText) {
+TEST(PrintOfWideText, PercentSTakesWideText) {
     wchar_t buffer[20];
     EXPECT_EQ(boundedFormat(buffer, 20, L"%s|%hs|%ls", L"a", "b", L"c"), 5);
     EXPECT_STREQ(buffer, L"a|b|c");
@@ -131,7 +131,7 @@ TEST(PrintOfNarrowText, StreamPrint_RendersToAStream) {
 
 // ---- The fixed buffer and the heap ----------------------------------------------------------------------------------
 
-TYPED_TEST(Print, FormatWithFallback_UsesTheBufferUpToItsSizeLessOne) {
+TYPED_TEST(Print, FormatWithFallback_UsesTheBufferIfTextAndTerminatorFit) {
     constexpr std::size_t kSize = 12;
     for (std::size_t length = 0; length < kSize; ++length) {
         GuardedBuffer<TypeParam> buffer(kSize);
@@ -141,11 +141,11 @@ TYPED_TEST(Print, FormatWithFallback_UsesTheBufferUpToItsSizeLessOne) {
         EXPECT_EQ(rendered.result, argument);
         EXPECT_EQ(rendered.heap, nullptr);
         EXPECT_FALSE(rendered.truncated);
-        EXPECT_EQ(buffer.data()[kSize - 1], TypeParam{}) << "the last unit is a terminator whatever the length";
+        EXPECT_EQ(buffer.data()[kSize - 1], TypeParam{}) << "the last unit is always a terminator";
     }
 }
 
-TYPED_TEST(Print, FormatWithFallback_RendersLongerTextsWholeIntoTheHeap) {
+TYPED_TEST(Print, FormatWithFallback_RendersLongerTextsOnTheHeap) {
     constexpr std::size_t kSize = 12;
     for (const std::size_t length : {kSize, kSize + 1, std::size_t{100}, std::size_t{100000}}) {
         GuardedBuffer<TypeParam> buffer(kSize);
@@ -158,7 +158,7 @@ TYPED_TEST(Print, FormatWithFallback_RendersLongerTextsWholeIntoTheHeap) {
     }
 }
 
-TYPED_TEST(Print, FormatWithFallback_AFormatThatCannotBeRenderedGivesNull) {
+TYPED_TEST(Print, FormatWithFallback_ReturnsNullForAnInvalidFormat) {
     GuardedBuffer<TypeParam> buffer(12);
     int count = 77;
     const auto rendered = this->format(buffer, this->text("%n").c_str(), &count);
@@ -167,12 +167,12 @@ TYPED_TEST(Print, FormatWithFallback_AFormatThatCannotBeRenderedGivesNull) {
     EXPECT_FALSE(rendered.truncated);
 }
 
-TYPED_TEST(Print, FormatWithFallback_ALongTextWithoutTheNullDeviceGivesNull) {
+TYPED_TEST(Print, FormatWithFallback_ReturnsNullForALongTextWithoutTheNullDevice) {
     const test::ExhaustedStreams none;
     GuardedBuffer<TypeParam> buffer(12);
     EXPECT_EQ(this->format(buffer, this->text("%020d").c_str(), 1).result, nullptr);
     EXPECT_EQ(this->format(buffer, this->text("%d").c_str(), 1).result, buffer.data())
-        << "a short one needs no measure";
+        << "a short text is not measured";
 }
 
 // ---- Messages -------------------------------------------------------------------------------------------------------
@@ -184,7 +184,7 @@ bool liesIn(const MessageText<T>& message, const T* text) {
     return address >= object && address < object + sizeof message;
 }
 
-TYPED_TEST(Print, MessageText_Holds7999UnitsItselfAndLongerOnesOnTheHeap) {
+TYPED_TEST(Print, MessageText_StoresMoreThan7999UnitsOnTheHeap) {
     for (const std::size_t length : {std::size_t{0}, std::size_t{1}, std::size_t{7999}, std::size_t{8000},
                                      std::size_t{10000}, std::size_t{200000}}) {
         const std::basic_string<TypeParam> argument(length, TypeParam{'m'});
@@ -197,7 +197,7 @@ TYPED_TEST(Print, MessageText_Holds7999UnitsItselfAndLongerOnesOnTheHeap) {
     }
 }
 
-TYPED_TEST(Print, MessageText_WithoutARenderingHasNoText) {
+TYPED_TEST(Print, MessageText_IsNullWithoutARenderedText) {
     EXPECT_EQ(MessageText<TypeParam>().text(), nullptr);
     int count = 77;
     MessageText<TypeParam> message;
@@ -206,7 +206,7 @@ TYPED_TEST(Print, MessageText_WithoutARenderingHasNoText) {
     EXPECT_FALSE(message.truncated());
 }
 
-TEST(PrintOfNarrowText, MessageText_ThatShrinksAfterItWasMeasuredIsRefused) {
+TEST(PrintOfNarrowText, MessageText_IsNullIfTheTextShrinksAfterMeasuring) {
     const test::ImportHook<importedPrint> print([&](unsigned long long options, char* buffer, std::size_t size,
                                                     const char* format, _locale_t locale, va_list args) {
         const int written = print.original(options, buffer, size, format, locale, args);

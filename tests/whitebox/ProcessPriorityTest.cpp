@@ -1,5 +1,5 @@
 /// \file
-/// What `SetProcessPriority` makes of a system that fails.
+/// `SetProcessPriority` when the system fails.
 
 #include "vorel/system/ProcessPriority.h"
 
@@ -29,7 +29,7 @@ void lower() {
     SetProcessPriority(vorel::util::PPC_BelowNormal, 0);
 }
 
-TEST(ProcessPriority, ARefusalIsNotTold) {
+TEST(ProcessPriority, FailureIsIgnored) {
     const test::TemporaryLog log;
     int calls = 0;
     const ImportHook<importedSetPriorityClass> refuse([&](HANDLE, DWORD) {
@@ -41,12 +41,13 @@ TEST(ProcessPriority, ARefusalIsNotTold) {
     EXPECT_FALSE(log.exists());
 }
 
-TEST(ProcessPriority, WhatIsThrownInsideIsRecordedUnderItsName) {
+TEST(ProcessPriority, ExceptionsAreRecordedWithTheNameOfTheOperation) {
     {
         const ImportHook<importedSetPriorityClass> broken([](HANDLE, DWORD) -> BOOL { throw Exception(L"broken"); });
         test::expectThrows<Exception>(lower, {L"broken", L"vorel::util::SetProcessPriority: Vorel exception rethrown"});
     }
-    const ImportHook<importedSetPriorityClass> foreign([](HANDLE, DWORD) -> BOOL { throw std::runtime_error("no"); });
+    const ImportHook<importedSetPriorityClass> throwing(
+        [](HANDLE, DWORD) -> BOOL { throw std::runtime_error("not of the library"); });
     test::expectThrows<Exception>(lower, {L"vorel::util::SetProcessPriority: Severe error thrown"});
 }
 

@@ -1,5 +1,5 @@
 /// \file
-/// The lock behind the registration of a spy: held for the store while thread safety is on, left alone while it is off.
+/// The lock of `registerSpy`. It is taken only while thread safety is on.
 
 #include <future>
 
@@ -38,7 +38,8 @@ TEST(RegisterSpy, WaitsForTheLockWhileThreadSafetyIsOn) {
 TEST(RegisterSpy, DoesNotLockWhileThreadSafetyIsOff) {
     Spy spy;
     vorel::AutoCriticalSection& lock = *spyLock.get();
-    // Switched off within: the lock has to be given back with the switch as it was taken.
+    // Only this action switches thread safety off, because the lock must be released in the state in which it was
+    // taken.
     test::expectPasses(lock, [&] {
         EnableThreadSafety(false);
         AllocBase::registerSpy(&spy);
@@ -48,7 +49,7 @@ TEST(RegisterSpy, DoesNotLockWhileThreadSafetyIsOff) {
     AllocBase::registerSpy(nullptr);
 }
 
-TEST(RegisterSpy, GivesTheLockBack) {
+TEST(RegisterSpy, ReleasesTheLock) {
     AllocBase::registerSpy(nullptr);
     EXPECT_TRUE(std::async(std::launch::async, [] {
                     const bool taken = spyLock.get()->tryLock();

@@ -1,6 +1,5 @@
 /// \file
-/// How mutexes and events are created, opened and tried again: what the system's calls are given, and in which order
-/// they come.
+/// How mutexes and events are created, opened and retried: the order of the system calls and their arguments.
 
 #include <climits>
 #include <string>
@@ -23,7 +22,7 @@ namespace {
 
 using Texts = std::vector<std::string>;
 
-/// A handle for a scripted success; made by a call that nobody hooks.
+/// A handle for a scripted success, from a call without a hook.
 HANDLE someHandle() {
     return CreateSemaphoreW(nullptr, 0, 1, nullptr);
 }
@@ -65,19 +64,19 @@ struct EventCase {
 
 constexpr int kNever = -1;
 
-/// A script: the attempts (from 0) in which creating and opening succeed.
+/// The attempts (from 0) in which creating and opening succeed.
 struct Script {
     int createdIn = kNever;
     int openedIn = kNever;
 };
 
-/// The system as the script has it, and what it was asked.
+/// A system that follows a script and records its calls.
 template <class Case>
 class ObtainingObject : public testing::Test {
 protected:
     HANDLE obtain(int retries, int sleepMs) { return object.obtain(name.c_str(), retries, sleepMs); }
 
-    /// From here on attempts are counted anew.
+    /// Starts a new script, and resets the count of attempts.
     void follow(const Script& next) {
         m_script = next;
         m_creations = 0;
@@ -88,7 +87,7 @@ protected:
     const std::wstring name = test::NamedEvent::uniqueName(L"attempts");
     const test::TemporaryLog log;
     Case object;
-    DWORD createError = ERROR_ACCESS_DENIED;  // what a creation leaves as the last error
+    DWORD createError = ERROR_ACCESS_DENIED;  // the last error after a creation
     std::string trace;
     DWORD openAccess = 0;
     std::vector<std::wstring> names;
@@ -131,13 +130,13 @@ TYPED_TEST(ObtainingObject, WithoutRetriesTriesOnceAndNeverSleeps) {
     }
 }
 
-TYPED_TEST(ObtainingObject, SleepsBetweenAttemptsUntilTheRetriesAreUsedUp) {
+TYPED_TEST(ObtainingObject, SleepsBetweenAttemptsUntilNoRetryIsLeft) {
     EXPECT_EQ(this->obtain(3, 20), nullptr);
     EXPECT_EQ(this->trace, "create open sleep20 create open sleep20 create open sleep20 create open ");
     this->object.expectFailedOpen(this->name, test::kRefusal + 4, this->log);
 }
 
-TYPED_TEST(ObtainingObject, SleepsAsLongAsIsSaid) {
+TYPED_TEST(ObtainingObject, SleepsForTheGivenTime) {
     EXPECT_EQ(this->obtain(1, 0), nullptr);
     EXPECT_EQ(this->trace, "create open sleep0 create open ");
     this->follow({});
@@ -165,10 +164,10 @@ TYPED_TEST(ObtainingObject, StopsAtTheFirstHandle) {
         EXPECT_EQ(this->trace, row.trace);
         this->object.expectNew(row.script.createdIn != kNever);
     }
-    EXPECT_FALSE(this->log.exists()) << "nobody hears of attempts that failed before one succeeded";
+    EXPECT_FALSE(this->log.exists()) << "failed attempts before a success must not be logged";
 }
 
-TYPED_TEST(ObtainingObject, AnObjectThatWasThereIsNotNew) {
+TYPED_TEST(ObtainingObject, ExistingObjectIsNotNew) {
     this->follow({0, kNever});
     this->createError = ERROR_ALREADY_EXISTS;
     const test::Handle handle(this->obtain(0, 0));
@@ -177,7 +176,7 @@ TYPED_TEST(ObtainingObject, AnObjectThatWasThereIsNotNew) {
     this->object.expectNew(false);
 }
 
-TYPED_TEST(ObtainingObject, AnyOtherErrorOfASuccessMeansNothing) {
+TYPED_TEST(ObtainingObject, OtherErrorsAfterASuccessAreIgnored) {
     this->follow({0, kNever});
     this->createError = ERROR_FILE_EXISTS;
     const test::Handle handle(this->obtain(0, 0));
@@ -185,22 +184,22 @@ TYPED_TEST(ObtainingObject, AnyOtherErrorOfASuccessMeansNothing) {
     this->object.expectNew(true);
 }
 
-TYPED_TEST(ObtainingObject, TheTextIsThatOfTheOpening) {
+TYPED_TEST(ObtainingObject, ErrorTextIsThatOfTheOpening) {
     this->createError = ERROR_ALREADY_EXISTS;
     EXPECT_EQ(this->obtain(0, 0), nullptr);
     this->object.expectFailedOpen(this->name, test::kRefusal + 1, this->log);
 }
 
-TYPED_TEST(ObtainingObject, TheObjectIsSharedAndTheHandleIsNotInherited) {
+TYPED_TEST(ObtainingObject, ObjectIsSharedAndHandleIsNotInherited) {
     EXPECT_EQ(this->obtain(0, 0), nullptr);
     EXPECT_EQ(this->attributes, test::SharedAttributes::expected());
     EXPECT_EQ(this->openAccess, TypeParam::kOpenAccess);
-    EXPECT_EQ(this->names, (std::vector{this->name, this->name})) << "the name is used as it is";
+    EXPECT_EQ(this->names, (std::vector{this->name, this->name})) << "the name is used unchanged";
 }
 
-TYPED_TEST(ObtainingObject, LeavesNoBlockOnAnyWay) {
-    for (const Script& way : {Script{0, kNever}, Script{kNever, 0}, Script{}}) {
-        this->follow(way);
+TYPED_TEST(ObtainingObject, FreesEveryBlockOnEveryPath) {
+    for (const Script& script : {Script{0, kNever}, Script{kNever, 0}, Script{}}) {
+        this->follow(script);
         const test::LiveBlocks blocks;
         const test::Handle handle(this->obtain(1, 0));
         EXPECT_EQ(blocks.live(), 0u);
@@ -208,9 +207,9 @@ TYPED_TEST(ObtainingObject, LeavesNoBlockOnAnyWay) {
     }
 }
 
-// ---- What only one of the two is given ----
+// ---- Arguments of only one kind ----
 
-TEST(ObtainingMutex, TheInitialOwnerIsPassedOn) {
+TEST(ObtainingMutex, InitialOwnerIsPassed) {
     for (const int owner : {0, 1, 2}) {
         int given = -1;
         const test::ImportHook<importedCreateMutexW> create([&](LPSECURITY_ATTRIBUTES, BOOL initialOwner, LPCWSTR) {
@@ -223,7 +222,7 @@ TEST(ObtainingMutex, TheInitialOwnerIsPassedOn) {
     }
 }
 
-TEST(ObtainingEvent, ItsKindAndStateArePassedOn) {
+TEST(ObtainingEvent, KindAndStateArePassed) {
     for (const int manualReset : {0, 1}) {
         for (const int initialState : {0, 1}) {
             int reset = -1;
@@ -243,9 +242,9 @@ TEST(ObtainingEvent, ItsKindAndStateArePassedOn) {
     }
 }
 
-// ---- How the security is built ----
+// ---- Security descriptor ----
 
-TEST(SharedSecurity, EachCallGetsTheNumbersOfTheSharedObjects) {
+TEST(SharedSecurity, EachCallGetsTheExpectedNumbers) {
     std::vector<std::string> calls;
     const auto note = [&calls](const char* call, DWORD first, DWORD second) {
         calls.push_back(std::string(call) + " " + std::to_string(first) + " " + std::to_string(second));
@@ -278,7 +277,7 @@ TEST(SharedSecurity, EachCallGetsTheNumbersOfTheSharedObjects) {
         });
     const test::Handle mutex(vorel::ObtainAccessableMutex(0, nullptr, 0, 0, nullptr));
     EXPECT_TRUE(mutex);
-    // Everyone's identifier has 12 bytes, so the list gets 2 * 12 + 32 of them, zero-filled.
+    // The identifier of Everyone has 12 bytes, so the list has 2 * 12 + 32 bytes, filled with zeros.
     const std::vector<std::string> expected = {
         "LocalAlloc " + std::to_string(LPTR) + " 56",
         "InitializeAcl 56 2",

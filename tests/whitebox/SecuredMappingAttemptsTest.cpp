@@ -1,6 +1,6 @@
 /// \file
-/// How mappings are created and opened, with and without the name of a file: what the system's calls are given, in
-/// which order they come, and what becomes of the file's handle.
+/// How mappings are created and opened, with and without the name of a file: the order of the system calls, their
+/// arguments, and the file's handle.
 
 #include <string>
 #include <vector>
@@ -33,33 +33,33 @@ HANDLE someHandle() {
     return CreateSemaphoreW(nullptr, 0, 1, nullptr);
 }
 
-/// The system in a test's hands: no file and no mapping is there but what the test says.
+/// A system without files and mappings except those that the test sets.
 class ObtainingMapping : public testing::Test {
 protected:
-    ~ObtainingMapping() override { EXPECT_EQ(m_openFiles, 0) << "a file stays open"; }
+    ~ObtainingMapping() override { EXPECT_EQ(m_openFiles, 0) << "every file must be closed"; }
 
     HANDLE obtainEx(DWORD sizeHigh = kSizeHigh, DWORD sizeLow = kSizeLow) {
         return vorel::ObtainAccessableFileMappingEx(kFile, kProtection, kAccess, sizeHigh, sizeLow, kName, &fileCreated,
                                                     &mappingCreated);
     }
 
-    /// Makes the system as it was at the start of the test, except for its answers.
+    /// Resets the counters and the trace, but not the results that the test has set.
     void begin() {
         trace.clear();
         m_files = m_mappings = m_opens = 0;
     }
 
-    /// The calls one by one, each followed by a blank.
+    /// The calls in their order, each followed by a blank.
     std::string trace;
     bool fileCreated = true;
     bool mappingCreated = true;
 
-    // What the calls answer.
-    int mappingIsThereFrom = 1000;  // the first open (from 0) that finds a mapping
-    int filesRefusedFrom = 1000;    // the attempt (from 0) whose file cannot be opened
-    int mappingsRefusedUntil = 0;   // the attempts before this one give no mapping
-    DWORD fileError = 0;            // what opening the file leaves as the last error
-    DWORD mappingError = 0;         // what creating the mapping leaves as the last error
+    // Results of the calls.
+    int mappingExistsFrom = 1000;  // the first opening (from 0) that finds a mapping
+    int filesRefusedFrom = 1000;   // the first attempt (from 0) that cannot open the file
+    int mappingsRefusedUntil = 0;  // the attempts (from 0) before this one create no mapping
+    DWORD fileError = 0;           // the last error after opening the file
+    DWORD mappingError = 0;        // the last error after creating the mapping
     HANDLE lastFile = nullptr;
     test::SharedAttributes fileAttributes;
     test::SharedAttributes mappingAttributes;
@@ -85,8 +85,8 @@ private:
                                                                     DWORD flags, HANDLE pattern) -> HANDLE {
         trace += "file ";
         EXPECT_STREQ(path, kFile);
-        EXPECT_EQ(access, DWORD{0xC0000000}) << "to read and to write";
-        EXPECT_EQ(sharing, DWORD{3}) << "with readers and writers";
+        EXPECT_EQ(access, DWORD{0xC0000000}) << "GENERIC_READ | GENERIC_WRITE";
+        EXPECT_EQ(sharing, DWORD{3}) << "FILE_SHARE_READ | FILE_SHARE_WRITE";
         EXPECT_EQ(disposition, DWORD{OPEN_ALWAYS});
         EXPECT_EQ(flags, DWORD{0});
         EXPECT_EQ(pattern, nullptr);
@@ -116,7 +116,7 @@ private:
             trace += inherited ? "inherited " : "open ";
             EXPECT_EQ(access, kAccess);
             EXPECT_STREQ(name, kName);
-            const bool found = m_opens++ >= mappingIsThereFrom;
+            const bool found = m_opens++ >= mappingExistsFrom;
             HANDLE const mapping = found ? someHandle() : nullptr;
             SetLastError(found ? ERROR_SUCCESS : ERROR_FILE_NOT_FOUND);
             return mapping;
@@ -142,7 +142,7 @@ std::string repeated(const std::string& text, int count) {
     return whole;
 }
 
-// ---- Over a file's handle ----
+// ---- Mappings of a file handle ----
 
 class ObtainingMappingOfAHandle : public ObtainingMapping {
 protected:
@@ -166,7 +166,7 @@ TEST_F(ObtainingMappingOfAHandle, CreatesOnce) {
     EXPECT_EQ(mappingAttributes, test::SharedAttributes::expected());
 }
 
-TEST_F(ObtainingMappingOfAHandle, OneThatWasThereIsNotNew) {
+TEST_F(ObtainingMappingOfAHandle, ExistingMappingIsNotNew) {
     mappingError = ERROR_ALREADY_EXISTS;
     const test::Handle mapping(obtain());
     EXPECT_TRUE(mapping);
@@ -174,26 +174,26 @@ TEST_F(ObtainingMappingOfAHandle, OneThatWasThereIsNotNew) {
     EXPECT_EQ(trace, "create ");
 }
 
-TEST_F(ObtainingMappingOfAHandle, OpensWhatCannotBeCreated) {
+TEST_F(ObtainingMappingOfAHandle, OpensAMappingThatCannotBeCreated) {
     mappingsRefusedUntil = 1;
-    mappingIsThereFrom = 0;
+    mappingExistsFrom = 0;
     const test::Handle mapping(obtain());
     EXPECT_TRUE(mapping);
     EXPECT_EQ(created, 0);
     EXPECT_EQ(trace, "create open ");
 }
 
-TEST_F(ObtainingMappingOfAHandle, GivesUpAtOnce) {
+TEST_F(ObtainingMappingOfAHandle, DoesNotRetry) {
     mappingsRefusedUntil = 1000;
     EXPECT_EQ(obtain(), nullptr);
     EXPECT_EQ(created, 0);
     EXPECT_EQ(trace, "create open ");
 }
 
-// ---- Over a named file ----
+// ---- Mappings of a named file ----
 
-TEST_F(ObtainingMapping, OneThatIsThereIsOpenedWithoutItsFile) {
-    mappingIsThereFrom = 0;
+TEST_F(ObtainingMapping, ExistingMappingIsOpenedWithoutItsFile) {
+    mappingExistsFrom = 0;
     const test::Handle mapping(obtainEx());
     EXPECT_TRUE(mapping);
     EXPECT_EQ(trace, "open ");
@@ -202,8 +202,8 @@ TEST_F(ObtainingMapping, OneThatIsThereIsOpenedWithoutItsFile) {
     EXPECT_EQ(blocks.live(), 0u);
 }
 
-TEST_F(ObtainingMapping, EitherHalfOfASizeIsASize) {
-    mappingIsThereFrom = 0;
+TEST_F(ObtainingMapping, SizeMayBeInEitherHalf) {
+    mappingExistsFrom = 0;
     for (const DWORD high : {0u, 1u}) {
         trace.clear();
         const test::Handle mapping(obtainEx(high, 1 - high));
@@ -212,14 +212,14 @@ TEST_F(ObtainingMapping, EitherHalfOfASizeIsASize) {
     }
 }
 
-TEST_F(ObtainingMapping, WithoutASizeItIsCreatedInAnyCase) {
-    mappingIsThereFrom = 0;
+TEST_F(ObtainingMapping, WithoutASizeItIsAlwaysCreated) {
+    mappingExistsFrom = 0;
     const test::Handle mapping(obtainEx(0, 0));
     EXPECT_TRUE(mapping);
     EXPECT_EQ(trace, "file create close ");
 }
 
-TEST_F(ObtainingMapping, OneThatIsNotThereIsCreatedAndTheFileClosedBehindIt) {
+TEST_F(ObtainingMapping, NewMappingIsCreatedAndTheFileClosed) {
     const test::Handle mapping(obtainEx());
     EXPECT_TRUE(mapping);
     EXPECT_EQ(trace, "open file create close ");
@@ -229,7 +229,7 @@ TEST_F(ObtainingMapping, OneThatIsNotThereIsCreatedAndTheFileClosedBehindIt) {
     EXPECT_FALSE(log.exists());
 }
 
-TEST_F(ObtainingMapping, TheFlagsTellWhatIsNew) {
+TEST_F(ObtainingMapping, FlagsReportNewObjects) {
     for (const bool fileIsNew : {false, true}) {
         for (const bool mappingIsNew : {false, true}) {
             fileError = fileIsNew ? ERROR_SUCCESS : ERROR_ALREADY_EXISTS;
@@ -244,11 +244,11 @@ TEST_F(ObtainingMapping, TheFlagsTellWhatIsNew) {
     }
 }
 
-/// The calls of an attempt that failed, with and without a size.
+/// The calls of a failed attempt, with and without a size.
 constexpr const char* kFailedAttempt = "file create open close ";
 constexpr const char* kFailedAttemptWithoutSize = "file create close ";
 
-TEST_F(ObtainingMapping, IsTriedFiftyTimesWithoutAPause) {
+TEST_F(ObtainingMapping, IsTriedFiftyTimesWithoutASleep) {
     mappingsRefusedUntil = 49;
     const test::Handle mapping(obtainEx());
     EXPECT_TRUE(mapping);
@@ -257,11 +257,11 @@ TEST_F(ObtainingMapping, IsTriedFiftyTimesWithoutAPause) {
     EXPECT_FALSE(log.exists());
 }
 
-TEST_F(ObtainingMapping, EachAttemptOpensWhatAnotherProcessCreatedFirst) {
+TEST_F(ObtainingMapping, EachAttemptOpensAMappingThatAnotherProcessCreatedFirst) {
     mappingsRefusedUntil = 1000;
     for (const int failedAttempts : {0, 1, 49}) {
         begin();
-        mappingIsThereFrom = 1 + failedAttempts;  // the first open precedes the attempts
+        mappingExistsFrom = 1 + failedAttempts;  // the first opening comes before the attempts
         fileError = ERROR_ALREADY_EXISTS;
         const test::Handle mapping(obtainEx());
         EXPECT_TRUE(mapping) << failedAttempts;
@@ -273,23 +273,23 @@ TEST_F(ObtainingMapping, EachAttemptOpensWhatAnotherProcessCreatedFirst) {
     EXPECT_FALSE(log.exists());
 }
 
-TEST_F(ObtainingMapping, AMappingThatWasOpenedIsNotNew) {
+TEST_F(ObtainingMapping, OpenedMappingIsNotNew) {
     mappingsRefusedUntil = 1;
-    mappingIsThereFrom = 1;
+    mappingExistsFrom = 1;
     const test::Handle mapping(obtainEx());
     EXPECT_TRUE(mapping);
-    EXPECT_TRUE(fileCreated) << "by this attempt";
+    EXPECT_TRUE(fileCreated) << "created by the same attempt";
     EXPECT_FALSE(mappingCreated);
 }
 
-TEST_F(ObtainingMapping, WithoutASizeNothingIsOpenedAfterAFailure) {
-    mappingIsThereFrom = 0;
+TEST_F(ObtainingMapping, WithoutASizeFailedAttemptsDoNotOpen) {
+    mappingExistsFrom = 0;
     mappingsRefusedUntil = 50;
     EXPECT_THROW(obtainEx(0, 0), vorel::Exception);
     EXPECT_EQ(trace, repeated(kFailedAttemptWithoutSize, 50));
 }
 
-TEST_F(ObtainingMapping, FiftyFailuresAreToldWithTheSystemsText) {
+TEST_F(ObtainingMapping, FiftyFailuresThrowTheSystemText) {
     mappingsRefusedUntil = 50;
     test::expectThrows<vorel::Exception>([this] { obtainEx(); },
                                          {L"ObtainAccessableFileMappingEx: Opening file mapping failed for " +
@@ -300,7 +300,7 @@ TEST_F(ObtainingMapping, FiftyFailuresAreToldWithTheSystemsText) {
     EXPECT_EQ(blocks.live(), 0u);
 }
 
-TEST_F(ObtainingMapping, AFileThatCannotBeOpenedEndsTheAttempts) {
+TEST_F(ObtainingMapping, FailureToOpenTheFileEndsTheAttempts) {
     mappingsRefusedUntil = 1000;
     filesRefusedFrom = 3;
     test::expectThrows<vorel::Exception>([this] { obtainEx(); },
@@ -312,7 +312,7 @@ TEST_F(ObtainingMapping, AFileThatCannotBeOpenedEndsTheAttempts) {
     EXPECT_EQ(blocks.live(), 0u);
 }
 
-TEST_F(ObtainingMapping, TheFlagsMayBeMissing) {
+TEST_F(ObtainingMapping, FlagsMayBeNull) {
     const test::Handle mapping(vorel::ObtainAccessableFileMappingEx(kFile, kProtection, kAccess, kSizeHigh, kSizeLow,
                                                                     kName, nullptr, nullptr));
     EXPECT_TRUE(mapping);

@@ -1,6 +1,6 @@
 /// \file
-/// Each step on the way to the security of a shared object fails in turn: every operation says which one did, in its
-/// own way, and nothing that was allocated before stays behind.
+/// Each step of building the security of a shared object fails in turn. Every operation must report the failed step in
+/// its own way and free the memory of the previous steps.
 
 #include <memory>
 #include <ostream>
@@ -27,7 +27,7 @@ using Texts = std::vector<std::string>;
 struct Step {
     const char* name;
     std::shared_ptr<void> (*refused)();
-    const wchar_t* mutexWarning;  // each is followed by the system's text
+    const wchar_t* mutexWarning;  // both texts are followed by the system's text
     const wchar_t* eventText;
     bool isIdentifier = false;
 
@@ -51,7 +51,7 @@ const Step kSteps[] = {
      L"ObtainAccessableMutex: SetSecurityDescriptorDacl failed: ", L"SetSecurityDescriptorDacl failed: "},
 };
 
-/// Counts the calls that make or open an object; none is to be made when there is no security for it.
+/// Counts the calls that create or open objects. Without a security descriptor, no such call may happen.
 class SecurityStep : public testing::TestWithParam<Step> {
 protected:
     ~SecurityStep() override {
@@ -60,8 +60,8 @@ protected:
         EXPECT_EQ(m_blocks.allocations() == 0, GetParam().isIdentifier);
     }
 
-    /// The step fails, for as long as the result lives.
-    static std::shared_ptr<void> refusal() { return GetParam().refused(); }
+    /// Makes the step fail during the lifetime of the result.
+    static std::shared_ptr<void> failStep() { return GetParam().refused(); }
 
     const std::wstring m_name = test::NamedEvent::uniqueName(L"steps");
     const test::TemporaryLog m_log;
@@ -69,7 +69,7 @@ protected:
     int m_objectCalls = 0;
 
 private:
-    /// The body of each of these calls.
+    /// The hook of each of these calls.
     struct CountCall {
         HANDLE operator()(auto...) const {
             ++calls;
@@ -87,11 +87,11 @@ private:
     test::ImportHook<importedOpenFileMappingW> m_openMapping{CountCall{m_objectCalls}};
 };
 
-TEST_P(SecurityStep, ThatFailsLeavesNoMutexAndItsWarning) {
+TEST_P(SecurityStep, FailureReturnsNoMutexAndLogsAWarning) {
     int created = 7;
     void* mutex = nullptr;
     {
-        const auto refused = refusal();
+        const auto refused = failStep();
         mutex = vorel::ObtainAccessableMutex(0, m_name.c_str(), 5, 60000, &created);
     }
     EXPECT_EQ(mutex, nullptr);
@@ -100,23 +100,23 @@ TEST_P(SecurityStep, ThatFailsLeavesNoMutexAndItsWarning) {
               Texts{"WARN: " + test::utf8(GetParam().mutexWarning + test::systemText(test::kRefusal))});
 }
 
-TEST_P(SecurityStep, ThatFailsLeavesNoEventAndItsText) {
+TEST_P(SecurityStep, FailureReturnsNoEventAndSetsTheText) {
     vorel::BaseString<wchar_t> text(L"before");
     void* event = nullptr;
     {
-        const auto refused = refusal();
+        const auto refused = failStep();
         event = vorel::ObtainAccessableEvent(0, 0, m_name.c_str(), 5, 60000, text);
     }
     EXPECT_EQ(event, nullptr);
     EXPECT_EQ(text.view(), GetParam().eventText + test::systemText(test::kRefusal));
-    EXPECT_FALSE(m_log.exists()) << "the caller has the text";
+    EXPECT_FALSE(m_log.exists()) << "the failure is reported to the caller only";
 }
 
-TEST_P(SecurityStep, ThatFailsLeavesNoMapping) {
+TEST_P(SecurityStep, FailureReturnsNoMapping) {
     int created = 7;
     void* mapping = nullptr;
     {
-        const auto refused = refusal();
+        const auto refused = failStep();
         mapping = vorel::ObtainAccessableFileMapping(INVALID_HANDLE_VALUE, PAGE_READWRITE, FILE_MAP_WRITE, 0, 4096,
                                                      m_name.c_str(), &created);
     }
@@ -125,12 +125,12 @@ TEST_P(SecurityStep, ThatFailsLeavesNoMapping) {
     EXPECT_FALSE(m_log.exists());
 }
 
-TEST_P(SecurityStep, ThatFailsLeavesNoMappingOfANamedFile) {
+TEST_P(SecurityStep, FailureReturnsNoMappingOfANamedFile) {
     bool fileCreated = true;
     bool mappingCreated = true;
     void* mapping = nullptr;
     const auto obtain = [&] {
-        const auto refused = refusal();
+        const auto refused = failStep();
         mapping = vorel::ObtainAccessableFileMappingEx(L"some.file", PAGE_READWRITE, FILE_MAP_WRITE, 0, 4096,
                                                        m_name.c_str(), &fileCreated, &mappingCreated);
     };

@@ -1,6 +1,5 @@
 /// \file
-/// The system's functions that the secured objects are made with, as this program imports them, and a watch over what
-/// they allocate.
+/// The imported system functions that create secured objects, and a counter of the memory that they allocate.
 #pragma once
 
 #include <set>
@@ -40,7 +39,7 @@ extern decltype(&::Sleep) importedSleep __asm__("__imp_Sleep");
 
 namespace test {
 
-/// The identifiers and local blocks that were allocated since its beginning and not freed.
+/// Tracks the identifiers and local blocks that are allocated during its lifetime, until they are freed.
 class LiveBlocks {
 public:
     LiveBlocks() = default;
@@ -64,7 +63,7 @@ private:
             return made;
         }};
     ImportHook<importedFreeSid> m_freeSid{[this](PSID sid) {
-        EXPECT_EQ(m_sids.erase(sid), 1u) << "what was never allocated, or freed already";
+        EXPECT_EQ(m_sids.erase(sid), 1u) << "not allocated, or already freed";
         return m_freeSid.original(sid);
     }};
     ImportHook<importedLocalAlloc> m_allocate{[this](UINT flags, SIZE_T size) {
@@ -76,7 +75,7 @@ private:
         return block;
     }};
     ImportHook<importedLocalFree> m_free{[this](HLOCAL block) {
-        m_blocks.erase(block);  // the system's own texts are freed here, too
+        m_blocks.erase(block);  // the system's texts are freed here, too
         return m_free.original(block);
     }};
 

@@ -1,5 +1,5 @@
 /// \file
-/// The security attributes that a call was given, copied while they are there.
+/// A copy of the security attributes that a call received.
 #pragma once
 
 #include <ostream>
@@ -21,7 +21,7 @@ struct SharedAttributes {
     WORD listBytes = 0;
     std::vector<AccessEntry> entries;
 
-    /// Those of every object that processes share.
+    /// The attributes of every object that processes share.
     static SharedAttributes expected() {
         return {.lengthBytes = 24,
                 .inherited = false,

@@ -1,5 +1,5 @@
 /// \file
-/// The guard of the stack. This file is compiled with -fstack-protector-strong, like the library in optimised builds.
+/// The stack guard. This file is compiled with -fstack-protector-strong, like the library in optimised builds.
 
 #include <cstddef>
 #include <cstdint>
@@ -26,29 +26,29 @@ volatile std::size_t tooMany = 64;
     }
 }
 
-TEST(StackGuard, EndsTheProcessOfAnOverrunAsWindowsExpects) {
+TEST(StackGuard, OverrunEndsTheProcessWithStatusStackBufferOverrun) {
     EXPECT_EXIT(writePastABuffer(), testing::ExitedWithCode(kStackBufferOverrun), "");
 }
 
-TEST(StackGuard, ItsValueIsMadeAtLoadAndStartsWithATerminator) {
+TEST(StackGuard, ValueIsSetAtLoadAndStartsWithATerminator) {
     EXPECT_NE(__stack_chk_guard, 0x2B992DDFA232F300u);
     EXPECT_NE(__stack_chk_guard, 0u);
     EXPECT_EQ(__stack_chk_guard & 0xFF, 0u);
 }
 
-void endWithGuard() {
+void printGuardAndExit() {
     (void)std::fprintf(stderr, "guard %llx.\n", static_cast<unsigned long long>(__stack_chk_guard));
     (void)std::fflush(stderr);
     std::_Exit(0);
 }
 
-TEST(StackGuard, DiffersFromProcessToProcess) {
+TEST(StackGuard, ValueDiffersBetweenProcesses) {
     char own[32];
     (void)std::snprintf(own, sizeof own, "guard %llx.", static_cast<unsigned long long>(__stack_chk_guard));
     const auto isAnother = testing::Truly([&own](const std::string& output) {
         return output.find("guard ") != std::string::npos && output.find(own) == std::string::npos;
     });
-    EXPECT_EXIT(endWithGuard(), testing::ExitedWithCode(0), isAnother);
+    EXPECT_EXIT(printGuardAndExit(), testing::ExitedWithCode(0), isAnother);
 }
 
 }  // namespace

@@ -1,5 +1,5 @@
 /// \file
-/// What the library itself may do with a string: grow and fill it without an exception.
+/// The library's internal access to strings: growing and filling without exceptions.
 
 #include "core/StringAccess.h"
 
@@ -22,8 +22,8 @@ protected:
 
 TYPED_TEST_SUITE(StringAccess, test::CharacterTypes, test::CharacterNames);
 
-// A capacity of whole steps of 1 Mi units goes up to 0xFFF00000; the next does not fit into 32 bits.
-TYPED_TEST(StringAccess, TryReserve_RefusesACapacityBeyond32Bits) {
+// Capacities are multiples of 1 Mi units up to 0xFFF00000. The next one does not fit into 32 bits.
+TYPED_TEST(StringAccess, TryReserve_RejectsACapacityBeyond32Bits) {
     for (const unsigned int count : {0xFFEFFFFFu, 0xFFF00000u, 0xFFFFFFFEu, 0xFFFFFFFFu}) {
         const auto text = test::text<TypeParam>("as it was");
         BaseString<TypeParam> string(text.c_str());
@@ -38,7 +38,7 @@ TYPED_TEST(StringAccess, TryReserve_RefusesACapacityBeyond32Bits) {
     }
 }
 
-TYPED_TEST(StringAccess, TryAssign_CopiesAndKnowsTheLength) {
+TYPED_TEST(StringAccess, TryAssign_CopiesTheTextAndStoresTheLength) {
     BaseString<TypeParam> string;
     const auto text = test::text<TypeParam>("a text of more than sixteen units");
     EXPECT_TRUE(TestFixture::Access::tryAssign(string, text.c_str()));
@@ -51,7 +51,7 @@ TYPED_TEST(StringAccess, TryAssign_CopiesAndKnowsTheLength) {
     EXPECT_TRUE(string.empty());
 }
 
-TYPED_TEST(StringAccess, SetLength_TerminatesAndStatesTheLength) {
+TYPED_TEST(StringAccess, SetLength_TerminatesTheTextAndStoresTheLength) {
     BaseString<TypeParam> string;
     TypeParam* const buffer = string.reserve(10, true);
     std::fill_n(buffer, 10, TypeParam{'x'});

@@ -1,5 +1,5 @@
 /// \file
-/// The clocks and the time text beneath the exported functions and the error log.
+/// The internal clocks and time texts that the exported functions and the error log use.
 
 #include "platform/SystemClock.h"
 
@@ -66,7 +66,7 @@ TEST(SystemClock, FileTimeNow_LiesBetweenTwoReadings) {
 TEST(SystemClock, MillisecondsUtc_CountsFrom1970) {
     const auto seconds = static_cast<std::uint64_t>(_time64(nullptr));
     const std::uint64_t milliseconds = millisecondsUtc();
-    EXPECT_GE(milliseconds + 1000, seconds * 1000) << "the runtime's second may begin a tick earlier";
+    EXPECT_GE(milliseconds + 1000, seconds * 1000) << "the runtime's second may start a tick earlier";
     EXPECT_LE(milliseconds, static_cast<std::uint64_t>(_time64(nullptr)) * 1000 + 1999);
 }
 
@@ -78,20 +78,20 @@ TEST(SystemClock, FormatTime_WritesTheTextWithoutItsLineFeed) {
     }
 }
 
-TEST(SystemClock, FormatTime_RefusesATimeOutOfRange) {
+TEST(SystemClock, FormatTime_RejectsATimeOutOfRange) {
     std::tm time = someTime();
     time.tm_mon = 12;
     test::GuardedBuffer<char> buffer(26);
     EXPECT_FALSE(formatTime(time, buffer.data(), 26));
 }
 
-TEST(SystemClock, FormatTime_NeverLeavesALineFeedAtTheEnd) {
+TEST(SystemClock, FormatTime_AlwaysRemovesTheLineFeed) {
     for (const int year : {0, 99, 1100, 8099, 8100, 100000}) {
         for (const std::size_t size : {std::size_t{26}, std::size_t{40}}) {
             std::tm time = someTime();
             time.tm_year = year;
             test::GuardedBuffer<char> buffer(size);
-            if (formatTime(time, buffer.data(), size)) {  // long years are the runtime's choice
+            if (formatTime(time, buffer.data(), size)) {  // the runtime may reject years with more than four digits
                 const std::string text = buffer.data();
                 ASSERT_FALSE(text.empty()) << year;
                 EXPECT_NE(text.back(), '\n') << year;
@@ -100,7 +100,7 @@ TEST(SystemClock, FormatTime_NeverLeavesALineFeedAtTheEnd) {
     }
 }
 
-TEST(SystemClock, FormatTime_FindsTheLineFeedBehindATextOfAnotherLength) {
+TEST(SystemClock, FormatTime_RemovesTheLineFeedOfATextOfAnyLength) {
     struct Case {
         const char* given;
         const char* text;
@@ -115,7 +115,7 @@ TEST(SystemClock, FormatTime_FindsTheLineFeedBehindATextOfAnotherLength) {
     }
 }
 
-TEST(SystemClock, FormatTime_EndsATextThatFillsTheBuffer) {
+TEST(SystemClock, FormatTime_TerminatesATextThatFillsTheBuffer) {
     for (const bool hasLineFeed : {false, true}) {
         const test::ImportHook<importedTimeText> runtime([&](char* buffer, std::size_t size, const std::tm*) {
             std::memset(buffer, 'x', size);
@@ -130,13 +130,13 @@ TEST(SystemClock, FormatTime_EndsATextThatFillsTheBuffer) {
     }
 }
 
-TEST(SystemClock, TheTickCountHas32Bits) {
+TEST(SystemClock, TickCountHas32Bits) {
     const test::ImportHook<importedTickCount> ticks([] { return DWORD{0xFFFFFFF0}; });
     EXPECT_EQ(vorel::util::getMillisecondCount(), 0xFFFFFFF0u);
     EXPECT_EQ(vorel::util::getProcessorCycles(), 0xFFFFFFF0u);
 }
 
-TEST(SystemClock, LocalTimeText_IsEmptyWhenTheRuntimeRefuses) {
+TEST(SystemClock, LocalTimeText_IsEmptyIfTheRuntimeFails) {
     {
         const test::ImportHook<importedLocalTime> localTime([](std::tm*, const __time64_t*) { return EINVAL; });
         EXPECT_STREQ(LocalTimeText().text, "");
@@ -148,13 +148,13 @@ TEST(SystemClock, LocalTimeText_IsEmptyWhenTheRuntimeRefuses) {
     EXPECT_STREQ(LocalTimeText().text, "");
 }
 
-TEST(SystemClock, LocalTimeText_IsThePresentTimeOfTheZone) {
+TEST(SystemClock, LocalTimeText_IsTheCurrentTimeOfTheZone) {
     const test::TimeZone zone;
     for (;;) {
         const __time64_t before = _time64(nullptr);
         const LocalTimeText now;
         if (_time64(nullptr) != before) {
-            continue;  // a second began meanwhile
+            continue;  // a new second has started
         }
         const std::tm local = test::civilTimeOf(before + zone.kSecondsAhead);
         char expected[26];
@@ -165,7 +165,7 @@ TEST(SystemClock, LocalTimeText_IsThePresentTimeOfTheZone) {
     }
 }
 
-TEST(SystemClock, WhatAReplacedSystemCallThrowsIsRecordedUnderTheNameOfTheClock) {
+TEST(SystemClock, ExceptionsAreRecordedWithTheNameOfTheClock) {
     struct Clock {
         unsigned long long (*read)();
         std::wstring name;
@@ -179,7 +179,8 @@ TEST(SystemClock, WhatAReplacedSystemCallThrowsIsRecordedUnderTheNameOfTheClock)
             const test::ImportHook<importedFileTime> broken([](FILETIME*) { throw vorel::Exception(L"broken"); });
             test::expectThrows<vorel::Exception>(clock.read, {L"broken", clock.name + L": Vorel exception rethrown"});
         }
-        const test::ImportHook<importedFileTime> foreign([](FILETIME*) { throw std::runtime_error("no"); });
+        const test::ImportHook<importedFileTime> throwing(
+            [](FILETIME*) { throw std::runtime_error("not of the library"); });
         test::expectThrows<vorel::Exception>(clock.read, {clock.name + L": Severe error thrown"});
     }
 }

@@ -1,5 +1,5 @@
 /// \file
-/// The table of silenced threads: when its lock is taken, and what it tells while it is empty.
+/// The table of silenced threads: when its lock is taken, and when threads are removed.
 
 #include <string>
 #include <thread>
@@ -29,7 +29,7 @@ auto& lockOfTheTable() {
     return vorel::detail::logState.get()->silencedThreadsLock;
 }
 
-TEST(SilencedThreads, AreAddedAndRemovedUnderTheirLock) {
+TEST(SilencedThreads, AreAddedAndRemovedUnderTheLock) {
     const test::TemporaryLog log;
     expectWaitsFor(lockOfTheTable(), [] {
         Exception::DisableThreadErrorLogging(true);
@@ -37,13 +37,13 @@ TEST(SilencedThreads, AreAddedAndRemovedUnderTheirLock) {
     });
 }
 
-TEST(SilencedThreads, AreLookedForUnderTheirLock) {
+TEST(SilencedThreads, AreLookedUpUnderTheLock) {
     const test::TemporaryLog log;
     Exception::DisableThreadErrorLogging(true);
     expectWaitsFor(lockOfTheTable(), [] { EXPECT_FALSE(Exception::IsThreadErrorLoggingDisabled()); });
 }
 
-TEST(SilencedThreads, CostNoLockWhileThereAreNone) {
+TEST(SilencedThreads, NeedNoLockWhileThereAreNone) {
     const test::TemporaryLog log;
     Exception::DisableThreadErrorLogging(true);
     EXPECT_TRUE(vorel::AnyThreadLoggingDisabled);
@@ -51,17 +51,17 @@ TEST(SilencedThreads, CostNoLockWhileThereAreNone) {
     EXPECT_FALSE(vorel::AnyThreadLoggingDisabled);
     expectPasses(lockOfTheTable(), [] {
         EXPECT_FALSE(Exception::IsThreadErrorLoggingDisabled());
-        Exception::warn("heard");
+        Exception::warn("written");
     });
-    EXPECT_EQ(log.messages(), std::vector<std::string>{"WARN: heard"});
+    EXPECT_EQ(log.messages(), std::vector<std::string>{"WARN: written"});
 }
 
 auto& table() {
     return vorel::detail::logState.get()->silencedThreads;
 }
 
-/// The id of a thread that silenced itself, and has ended.
-DWORD endedThread() {
+/// The id of a thread that silenced itself and has exited.
+DWORD exitedThread() {
     DWORD id = 0;
     std::thread([&] {
         id = GetCurrentThreadId();
@@ -71,16 +71,16 @@ DWORD endedThread() {
     return id;
 }
 
-TEST(SilencedThreads, LeaveTheTableWhenTheyEnd) {
+TEST(SilencedThreads, AreRemovedWhenTheyExit) {
     const test::TemporaryLog log;
     for (int count = 0; count < 100; ++count) {
-        endedThread();
+        exitedThread();
         ASSERT_EQ(table().size(), 0u);
         ASSERT_FALSE(vorel::AnyThreadLoggingDisabled);
     }
 }
 
-TEST(SilencedThreads, LeaveTheTableWhenTheyEndThoughTheyWereLetInAndSilencedAgain) {
+TEST(SilencedThreads, AreRemovedWhenTheyExitAfterTheyWereSilencedTwice) {
     const test::TemporaryLog log;
     std::thread([] {
         Exception::DisableThreadErrorLogging(true);
@@ -92,14 +92,14 @@ TEST(SilencedThreads, LeaveTheTableWhenTheyEndThoughTheyWereLetInAndSilencedAgai
 
 TEST(SilencedThreads, DoNotSilenceALaterThreadWithTheirId) {
     const test::TemporaryLog log;
-    const DWORD id = endedThread();
+    const DWORD id = exitedThread();
     const test::ImportHook<importedThreadId> sameId([&] { return id; });
     EXPECT_FALSE(Exception::IsThreadErrorLoggingDisabled());
-    Exception::warn("heard");
-    EXPECT_EQ(log.messages(), std::vector<std::string>{"WARN: heard"});
+    Exception::warn("written");
+    EXPECT_EQ(log.messages(), std::vector<std::string>{"WARN: written"});
 }
 
-TEST(SilencedThreads, StaySilencedWhenOthersEnd) {
+TEST(SilencedThreads, StaySilencedWhenOthersExit) {
     const test::TemporaryLog log;
     Exception::DisableThreadErrorLogging(true);
     std::thread([] { Exception::DisableThreadErrorLogging(true); }).join();
@@ -107,16 +107,16 @@ TEST(SilencedThreads, StaySilencedWhenOthersEnd) {
     EXPECT_EQ(table().size(), 1u);
 }
 
-void CALLBACK silenceAndGoBack(void* caller) {
+void CALLBACK silenceAndSwitchBack(void* caller) {
     Exception::DisableThreadErrorLogging(true);
     SwitchToFiber(caller);
 }
 
-TEST(SilencedThreads, StaySilencedWhenAFiberThatSilencedThemEnds) {
+TEST(SilencedThreads, StaySilencedWhenTheSilencingFiberIsDeleted) {
     const test::TemporaryLog log;
     std::thread([] {
         void* const main = ConvertThreadToFiber(nullptr);
-        void* const fiber = CreateFiber(0, &silenceAndGoBack, main);
+        void* const fiber = CreateFiber(0, &silenceAndSwitchBack, main);
         SwitchToFiber(fiber);
         DeleteFiber(fiber);
         EXPECT_TRUE(Exception::IsThreadErrorLoggingDisabled());
