@@ -175,7 +175,7 @@ struct Case {
     const char* operation;
     void (*run)(Explosives&);
     std::vector<int> exploding;  ///< the values whose destructors throw, in the order of their release
-    bool endsStorage;            ///< whether an array is destroyed, which adds its record
+    bool destroysStorage;        ///< whether an array is destroyed, which adds its record
     std::vector<int> after;
     unsigned int slotsAfter;
 };
@@ -240,7 +240,7 @@ TEST(ArrayOfExplosives, EveryOperationCompletesBeforeItThrowsTheFirstFailure) {
                     lines.emplace_back("Vorel Error: Array::~Array: Vorel exception suppressed");
                 }
             }
-            if (c.endsStorage) {
+            if (c.destroysStorage) {
                 messages.emplace_back(L"Array::~Array: Vorel exception rethrown");
                 lines.emplace_back("Vorel Error: Array::~Array: Vorel exception rethrown");
             }
@@ -258,7 +258,7 @@ TEST(ArrayOfExplosives, EveryOperationCompletesBeforeItThrowsTheFirstFailure) {
 }
 
 /// Destroys an array of the values 1 to 5, or an array that contains it, with or without another exception in flight.
-void endArray(const std::vector<std::pair<int, Explosion>>& explosions, bool nested, bool unwinding) {
+void destroyArray(const std::vector<std::pair<int, Explosion>>& explosions, bool nested, bool unwinding) {
     Array<Explosives> outer;
     outer.setCount(nested ? 3 : 0);
     Explosives own;
@@ -276,7 +276,7 @@ TEST(ArrayOfExplosives, Destructor_ReleasesEveryElementAndThenRethrowsTheFirstFa
     test::TemporaryLog log;
     expectThrows<MemoryException>(
         [] {
-            endArray({{2, Explosion::Library}, {3, Explosion::Foreign}, {5, Explosion::Library}}, false, false);
+            destroyArray({{2, Explosion::Library}, {3, Explosion::Other}, {5, Explosion::Library}}, false, false);
         },
         {explosionOf(2), L"Array::~Array: Vorel exception rethrown"});
     EXPECT_THAT(log.takeMessages(),
@@ -287,7 +287,7 @@ TEST(ArrayOfExplosives, Destructor_ReleasesEveryElementAndThenRethrowsTheFirstFa
 
     expectThrows<Exception>(
         [] {
-            endArray({{1, Explosion::Foreign}, {2, Explosion::Library}}, false, false);
+            destroyArray({{1, Explosion::Other}, {2, Explosion::Library}}, false, false);
         },
         {L"Array::~Array: Severe error thrown"});
     EXPECT_THAT(log.takeMessages(),
@@ -299,7 +299,7 @@ TEST(ArrayOfExplosives, Destructor_ReleasesEveryElementAndThenRethrowsTheFirstFa
 TEST(ArrayOfExplosives, Destructor_OfNestedArraysAddsOneRecordPerArray) {
     expectThrows<MemoryException>(
         [] {
-            endArray({{4, Explosion::Library}}, true, false);
+            destroyArray({{4, Explosion::Library}}, true, false);
         },
         {explosionOf(4), L"Array::~Array: Vorel exception rethrown", L"Array::~Array: Vorel exception rethrown"});
     EXPECT_EQ(Explosive::s_alive, 0);
@@ -308,7 +308,7 @@ TEST(ArrayOfExplosives, Destructor_OfNestedArraysAddsOneRecordPerArray) {
 TEST(ArrayOfExplosives, Destructor_OnlyRecordsFailuresDuringUnwinding) {
     for (const bool nested : {false, true}) {
         const test::TemporaryLog log;
-        EXPECT_THROW(endArray({{2, Explosion::Library}, {5, Explosion::Foreign}}, nested, true), std::runtime_error);
+        EXPECT_THROW(destroyArray({{2, Explosion::Library}, {5, Explosion::Other}}, nested, true), std::runtime_error);
         EXPECT_THAT(log.messages(), ElementsAre(explosionLine(2), "Vorel Error: Array::~Array: Severe error suppressed",
                                                 "Vorel Error: Array::~Array: Vorel exception suppressed"));
         EXPECT_EQ(Explosive::s_alive, 0);

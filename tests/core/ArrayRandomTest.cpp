@@ -31,9 +31,9 @@ T valueFor(unsigned int number) {
 }
 
 template <class T>
-class Twins {
+class ArrayAndModel {
 public:
-    explicit Twins(unsigned int seed) : m_random(seed) {}
+    explicit ArrayAndModel(unsigned int seed) : m_random(seed) {}
 
     void step() {
         switch (below(10)) {
@@ -146,10 +146,10 @@ TYPED_TEST_SUITE(ArrayRandom, Elements);
 
 TYPED_TEST(ArrayRandom, BehavesLikeTheStandardVector) {
     for (unsigned int seed = 1; seed <= 20; ++seed) {
-        Twins<TypeParam> twins(seed);
+        ArrayAndModel<TypeParam> pair(seed);
         for (unsigned int step = 0; step < 300; ++step) {
-            twins.step();
-            ASSERT_NO_FATAL_FAILURE(twins.check()) << "seed " << seed << ", step " << step;
+            pair.step();
+            ASSERT_NO_FATAL_FAILURE(pair.check()) << "seed " << seed << ", step " << step;
         }
     }
 }

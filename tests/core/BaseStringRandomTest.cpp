@@ -17,9 +17,9 @@ using vorel::BaseString;
 
 /// Applies each operation to a string and to its model. Lengths stay below a few thousand units.
 template <class T>
-class Twins {
+class StringAndModel {
 public:
-    explicit Twins(unsigned int seed) : m_random(seed) {}
+    explicit StringAndModel(unsigned int seed) : m_random(seed) {}
 
     void step() {
         switch (below(12)) {
@@ -177,10 +177,10 @@ TYPED_TEST_SUITE(BaseStringRandom, test::CharacterTypes, test::CharacterNames);
 
 TYPED_TEST(BaseStringRandom, BehavesLikeTheStandardString) {
     for (unsigned int seed = 1; seed <= 40; ++seed) {
-        Twins<TypeParam> twins(seed);
+        StringAndModel<TypeParam> pair(seed);
         for (int step = 0; step < 300; ++step) {
-            twins.step();
-            ASSERT_NO_FATAL_FAILURE(twins.check()) << "seed " << seed << ", step " << step;
+            pair.step();
+            ASSERT_NO_FATAL_FAILURE(pair.check()) << "seed " << seed << ", step " << step;
         }
     }
 }

@@ -12,11 +12,11 @@ namespace test {
 enum class Explosion {
     None,
     Library,  ///< `MemoryException(number, 2)`
-    Foreign,  ///< `ForeignFailure{number}`
+    Other,    ///< `OtherException{number}`
 };
 
 /// An exception that is not a library exception.
-struct ForeignFailure {
+struct OtherException {
     int number;
 };
 
@@ -36,7 +36,7 @@ struct Explosive {
         --s_alive;
         switch (explosion) {
         case Explosion::Library: throw vorel::MemoryException(number, 2);  // cppcheck-suppress exceptThrowInDestructor
-        case Explosion::Foreign: throw ForeignFailure{number};             // cppcheck-suppress exceptThrowInDestructor
+        case Explosion::Other: throw OtherException{number};               // cppcheck-suppress exceptThrowInDestructor
         case Explosion::None: break;
         }
     }

@@ -34,7 +34,7 @@ using Explosions = Explosion[kValues];
 
 constexpr Explosion kQuiet = Explosion::None;
 constexpr Explosion kLibrary = Explosion::Library;
-constexpr Explosion kForeign = Explosion::Foreign;
+constexpr Explosion kOther = Explosion::Other;
 
 /// Fills a map with the values 1 to 9: 1 to 4 have a bucket each, 5 and 6 share one, 7 to 9 are in spare nodes.
 void fill(ExplosiveMap& map, const Explosions& explosions) {
@@ -74,13 +74,13 @@ const Case kCases[] = {
      {explosionOf(7)},
      {explosionLine(7), explosionLine(9), "Vorel Error: HashMap::~HashMap: Vorel exception suppressed"}},
     {"several exceptions of both kinds",
-     {kQuiet, kLibrary, kForeign, kQuiet, kLibrary, kQuiet, kQuiet, kForeign, kQuiet},
+     {kQuiet, kLibrary, kOther, kQuiet, kLibrary, kQuiet, kQuiet, kOther, kQuiet},
      {explosionOf(2)},
      {explosionLine(2), "Vorel Error: HashMap::~HashMap: Severe error suppressed", explosionLine(5),
       "Vorel Error: HashMap::~HashMap: Vorel exception suppressed",
       "Vorel Error: HashMap::~HashMap: Severe error suppressed"}},
     {"another exception first",
-     {kForeign, kQuiet, kQuiet, kLibrary, kQuiet, kQuiet, kQuiet, kQuiet, kQuiet},
+     {kOther, kQuiet, kQuiet, kLibrary, kQuiet, kQuiet, kQuiet, kQuiet, kQuiet},
      {},
      {explosionLine(4), "Vorel Error: HashMap::~HashMap: Vorel exception suppressed"}},
 };
@@ -92,7 +92,7 @@ TEST(HashMapEnd, Clear_ReleasesEveryNodeAndThenRethrowsTheFirstFailure) {
         fill(map, c.explosions);
         const test::TemporaryLog log;
         if (c.messages.empty()) {
-            EXPECT_THROW(map.clear(), test::ForeignFailure);
+            EXPECT_THROW(map.clear(), test::OtherException);
         } else {
             expectThrows<MemoryException>([&] { map.clear(); }, c.messages);
         }
@@ -134,7 +134,7 @@ TEST(HashMapEnd, Destructor_OnlyRecordsFailuresDuringUnwinding) {
     const test::TemporaryLog log;
     const auto unwind = [] {
         ExplosiveMap map(31);
-        fill(map, {kQuiet, kLibrary, kForeign, kQuiet, kQuiet, kQuiet, kLibrary, kQuiet, kQuiet});
+        fill(map, {kQuiet, kLibrary, kOther, kQuiet, kQuiet, kQuiet, kLibrary, kQuiet, kQuiet});
         throw std::runtime_error("the first failure");
     };
     EXPECT_THROW(unwind(), std::runtime_error);

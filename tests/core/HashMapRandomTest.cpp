@@ -16,9 +16,9 @@
 
 namespace {
 
-class Twins {
+class MapAndModel {
 public:
-    explicit Twins(unsigned int seed) : m_random(seed), m_map(1 + below(12)), m_buckets(m_map.bucketCount()) {}
+    explicit MapAndModel(unsigned int seed) : m_random(seed), m_map(1 + below(12)), m_buckets(m_map.bucketCount()) {}
 
     void step() {
         const unsigned int choice = below(100);
@@ -149,10 +149,10 @@ private:
 
 TEST(HashMapRandom, BehavesLikeAMapOfLists) {
     for (unsigned int seed = 1; seed <= 60; ++seed) {
-        Twins twins(seed);
+        MapAndModel pair(seed);
         for (unsigned int step = 0; step < 400; ++step) {
-            ASSERT_NO_FATAL_FAILURE(twins.step()) << "seed " << seed << ", step " << step;
-            ASSERT_NO_FATAL_FAILURE(twins.check()) << "seed " << seed << ", step " << step;
+            ASSERT_NO_FATAL_FAILURE(pair.step()) << "seed " << seed << ", step " << step;
+            ASSERT_NO_FATAL_FAILURE(pair.check()) << "seed " << seed << ", step " << step;
         }
     }
 }

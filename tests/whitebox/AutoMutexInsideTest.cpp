@@ -83,19 +83,19 @@ BOOL WINAPI recordAndRelease(HANDLE mutex) {
     return realRelease(mutex);
 }
 
-BOOL WINAPI refuseRelease(HANDLE) {
+BOOL WINAPI failRelease(HANDLE) {
     SetLastError(ERROR_NOT_OWNER);
     return FALSE;
 }
 
-HANDLE WINAPI refuseCreate(SECURITY_ATTRIBUTES*, BOOL initialOwner, const wchar_t* name) {
+HANDLE WINAPI failCreate(SECURITY_ATTRIBUTES*, BOOL initialOwner, const wchar_t* name) {
     EXPECT_EQ(initialOwner, FALSE);
     theSystem().created.emplace_back(name);
     SetLastError(ERROR_ACCESS_DENIED);
     return nullptr;
 }
 
-HANDLE WINAPI refuseOpen(DWORD, BOOL, const wchar_t* name) {
+HANDLE WINAPI failOpen(DWORD, BOOL, const wchar_t* name) {
     theSystem().opened.emplace_back(name);
     SetLastError(ERROR_FILE_NOT_FOUND);
     return nullptr;
@@ -227,8 +227,8 @@ TEST_F(AutoMutexInside, BookkeepingIsLockedWhileTheSwitchIsOn) {
 
 TEST_F(AutoMutexInside, InitializeTriesElevenTimes) {
     AutoMutex mutex(nullptr, false, false);
-    const ImportPatch create(importedCreateMutex, &refuseCreate);
-    const ImportPatch open(importedOpenMutex, &refuseOpen);
+    const ImportPatch create(importedCreateMutex, &failCreate);
+    const ImportPatch open(importedOpenMutex, &failOpen);
     const ImportPatch sleep(importedSleepOfMutex, &recordSleep);
     EXPECT_FALSE(mutex.initialize(m_name.c_str(), false));
     EXPECT_THAT(theSystem().created, AllOf(SizeIs(11), Each(L"Global\\" + m_name)));
@@ -270,7 +270,7 @@ TEST_F(AutoMutexInside, FailedWaitIsReportedWithTheSystemText) {
 TEST_F(AutoMutexInside, HoldIsKeptIfTheReleaseFails) {
     m_mutex.lock(0, true);
     {
-        const ImportPatch release(importedRelease, &refuseRelease);
+        const ImportPatch release(importedRelease, &failRelease);
         expectThrows<Exception>([&] { m_mutex.unlock(); }, {L"AutoMutex::unlock: Failed to release mutex " + m_name +
                                                                 L": " + textOf(ERROR_NOT_OWNER),
                                                             L"AutoMutex::unlock: Vorel exception rethrown"});

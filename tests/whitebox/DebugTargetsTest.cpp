@@ -1,5 +1,5 @@
 /// \file
-/// A set of debug targets: its lock, and the flag that avoids look-ups.
+/// A set of debug targets: its lock, and the flag that avoids lookups.
 
 #include "exceptions/DebugTargets.h"
 

@@ -41,7 +41,7 @@ struct Record {
     std::vector<DWORD> sleepsMs;
     std::function<void()> duringSleep = [] {};
     unsigned int lockCalls = 0;
-    unsigned int locksToRefuse = 0;
+    unsigned int locksToFail = 0;
     Texts steps;
 };
 
@@ -55,8 +55,8 @@ void WINAPI recordSleep(DWORD milliseconds) {
     record().duringSleep();
 }
 
-BOOL WINAPI refuseLocks(HANDLE, DWORD, DWORD, DWORD, DWORD, OVERLAPPED*) {
-    return ++record().lockCalls > record().locksToRefuse;
+BOOL WINAPI failLocks(HANDLE, DWORD, DWORD, DWORD, DWORD, OVERLAPPED*) {
+    return ++record().lockCalls > record().locksToFail;
 }
 
 class ErrorLogAttempts : public testing::Test {
@@ -77,13 +77,13 @@ TEST_F(ErrorLogAttempts, AreThirtyOneAndEachWaitIsThreeMillisecondsLonger) {
     for (const Case& c : {Case{0, 1, true}, Case{1, 2, true}, Case{2, 3, true}, Case{29, 30, true}, Case{30, 31, true},
                           Case{31, 31, false}, Case{100, 31, false}}) {
         record() = Record();
-        record().locksToRefuse = c.refused;
+        record().locksToFail = c.refused;
         std::vector<DWORD> expectedSleepsMs;
         for (DWORD wait = 1; wait < c.attempts; ++wait) {
             expectedSleepsMs.push_back(3 * wait);
         }
         const TemporaryLog log(-1);
-        const test::ImportPatch locks(importedLockFileEx, &refuseLocks);
+        const test::ImportPatch locks(importedLockFileEx, &failLocks);
         Exception::warn("text");
         EXPECT_EQ(record().lockCalls, c.attempts) << c.refused;
         EXPECT_EQ(record().sleepsMs, expectedSleepsMs) << c.refused;
@@ -126,8 +126,8 @@ TEST_F(ErrorLogAttempts, WriteTheTimeBeforeTheFirstAttempt) {
     __time64_t now = 1234567890;
     const test::ImportHook<importedTime> clock([&](__time64_t*) { return now; });
     record().duringSleep = [&] { now += 60; };
-    record().locksToRefuse = 3;
-    const test::ImportPatch locks(importedLockFileEx, &refuseLocks);
+    record().locksToFail = 3;
+    const test::ImportPatch locks(importedLockFileEx, &failLocks);
     Exception::warn("text");
     ASSERT_EQ(record().sleepsMs.size(), 3u);
     ASSERT_EQ(m_log.lines().size(), 1u);
@@ -142,8 +142,8 @@ TEST_F(ErrorLogAttempts, StopIfTheFileCannotBeOpened) {
 
 TEST_F(ErrorLogAttempts, AreNotRepeatedForTheSizeCheck) {
     Exception::SetErrorLogSize(1000);
-    record().locksToRefuse = 1;  // the lock of the size check
-    const test::ImportPatch locks(importedLockFileEx, &refuseLocks);
+    record().locksToFail = 1;  // the lock of the size check
+    const test::ImportPatch locks(importedLockFileEx, &failLocks);
     Exception::warn("text");
     EXPECT_TRUE(record().sleepsMs.empty());
     EXPECT_EQ(record().lockCalls, 2u);

@@ -61,14 +61,14 @@ TEST(ErrorLogSystem, MillisecondsHaveThreeDigits) {
     Exception::setDebugTarget(L"LogsIncludeMsecs", false);
 }
 
-std::FILE* refuseStream(int, const char*) {
+std::FILE* failToOpenStream(int, const char*) {
     return nullptr;
 }
 
 TEST(ErrorLogSystem, WithoutAStreamTheLineIsDroppedAndTheFileReleased) {
     const TemporaryLog log;
     {
-        const test::ImportPatch patch(importedFdopen, &refuseStream);
+        const test::ImportPatch patch(importedFdopen, &failToOpenStream);
         Exception::warn("dropped");
     }
     EXPECT_EQ(log.size(), 0);

@@ -79,8 +79,8 @@ protected:
     BOOL checkSucceeds = TRUE;
     BOOL accessGranted = TRUE;
     HANDLE callersToken = nullptr;  // the token that the thread impersonates initially
-    int keepsRefused = 0;           // the first attempts to open the caller's token that fail
-    bool queryRefused = false;      // whether opening the thread's token for queries fails
+    int failingOpens = 0;           // how many of the first attempts to open the caller's token fail
+    bool queryFails = false;        // whether opening the thread's token for queries fails
     std::string trace;
     std::vector<HANDLE> tokens;
     Question question;
@@ -108,10 +108,10 @@ private:
         }
     }
 
-    /// Opens the caller's token. Fails like the system if the thread does not impersonate.
+    /// Opens the caller's token. Fails as the system does if the thread does not impersonate.
     BOOL keepToken(BOOL asSelf, PHANDLE token) {
         trace += asSelf ? "keep " : "keepasclient ";
-        const bool refused = m_keeps++ < keepsRefused;
+        const bool refused = m_keeps++ < failingOpens;
         if (refused || !callersToken) {
             SetLastError(refused ? test::kRefusal : ERROR_NO_TOKEN);
             return FALSE;
@@ -140,7 +140,7 @@ private:
                 return keepToken(asSelf, token);
             }
             EXPECT_FALSE(asSelf);
-            if (queryRefused) {
+            if (queryFails) {
                 trace += "thread8 ";
                 SetLastError(test::kRefusal);
                 return FALSE;
@@ -238,7 +238,7 @@ TEST_F(IsAdminSteps, IsFalseIfTheTokenOfTheProcessCannotBeOpened) {
 }
 
 TEST_F(IsAdminSteps, IsFalseIfTheTokenOfTheThreadCannotBeOpened) {
-    queryRefused = true;
+    queryFails = true;
     EXPECT_FALSE(vorel::IsAdmin());
     EXPECT_EQ(trace, "keep impersonate thread8 revert ");
     EXPECT_EQ(questions, 0);
@@ -265,8 +265,8 @@ private:
 
 struct ImpersonationCase {
     const char* name;
-    int keepsRefused;
-    bool queryRefused;
+    int failingOpens;
+    bool queryFails;
     bool accessGranted;
     const char* trace;
 
@@ -278,7 +278,7 @@ const ImpersonationCase kImpersonationCases[] = {
     {"NotGranted", 0, false, false, "keep impersonate thread8 revert restore "},
     {"TheQueryFails", 0, true, false, "keep impersonate thread8 revert restore "},
     {"OnlyTheClientMayOpenItsToken", 1, false, true, "keep keepasclient impersonate thread8 revert restore "},
-    {"NobodyMayOpenTheToken", 2, false, false, "keep keepasclient "},
+    {"TheTokenCannotBeOpened", 2, false, false, "keep keepasclient "},
 };
 
 class IsAdminKeepsTheImpersonation : public IsAdminOfAnImpersonatingThread,
@@ -286,8 +286,8 @@ class IsAdminKeepsTheImpersonation : public IsAdminOfAnImpersonatingThread,
 
 TEST_P(IsAdminKeepsTheImpersonation, OnEveryPath) {
     const ImpersonationCase& rule = GetParam();
-    keepsRefused = rule.keepsRefused;
-    queryRefused = rule.queryRefused;
+    failingOpens = rule.failingOpens;
+    queryFails = rule.queryFails;
     accessGranted = rule.accessGranted;
     EXPECT_EQ(vorel::IsAdmin(), rule.accessGranted);
     EXPECT_EQ(trace, rule.trace);

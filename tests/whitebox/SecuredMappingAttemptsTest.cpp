@@ -56,8 +56,8 @@ protected:
 
     // Results of the calls.
     int mappingExistsFrom = 1000;  // the first opening (from 0) that finds a mapping
-    int filesRefusedFrom = 1000;   // the first attempt (from 0) that cannot open the file
-    int mappingsRefusedUntil = 0;  // the attempts (from 0) before this one create no mapping
+    int filesFailFrom = 1000;      // the first attempt (from 0) that cannot open the file
+    int mappingsFailUntil = 0;     // the attempts (from 0) before this one create no mapping
     DWORD fileError = 0;           // the last error after opening the file
     DWORD mappingError = 0;        // the last error after creating the mapping
     HANDLE lastFile = nullptr;
@@ -91,7 +91,7 @@ private:
         EXPECT_EQ(flags, DWORD{0});
         EXPECT_EQ(pattern, nullptr);
         fileAttributes = test::sharedAttributes(attributes);
-        const bool refused = m_files++ >= filesRefusedFrom;
+        const bool refused = m_files++ >= filesFailFrom;
         lastFile = refused ? INVALID_HANDLE_VALUE : someHandle();
         m_openFiles += refused ? 0 : 1;
         SetLastError(refused ? kRefusal : fileError);
@@ -106,7 +106,7 @@ private:
             trace += (sizeHigh == kSizeHigh && sizeLow == kSizeLow) || (sizeHigh | sizeLow) == 0 ? "" : "othersize ";
             EXPECT_STREQ(name, kName);
             mappingAttributes = test::sharedAttributes(attributes);
-            const bool refused = m_mappings++ < mappingsRefusedUntil;
+            const bool refused = m_mappings++ < mappingsFailUntil;
             HANDLE const mapping = refused ? nullptr : someHandle();
             SetLastError(refused ? kRefusal : mappingError);
             return mapping;
@@ -175,7 +175,7 @@ TEST_F(ObtainingMappingOfAHandle, ExistingMappingIsNotNew) {
 }
 
 TEST_F(ObtainingMappingOfAHandle, OpensAMappingThatCannotBeCreated) {
-    mappingsRefusedUntil = 1;
+    mappingsFailUntil = 1;
     mappingExistsFrom = 0;
     const test::Handle mapping(obtain());
     EXPECT_TRUE(mapping);
@@ -184,7 +184,7 @@ TEST_F(ObtainingMappingOfAHandle, OpensAMappingThatCannotBeCreated) {
 }
 
 TEST_F(ObtainingMappingOfAHandle, DoesNotRetry) {
-    mappingsRefusedUntil = 1000;
+    mappingsFailUntil = 1000;
     EXPECT_EQ(obtain(), nullptr);
     EXPECT_EQ(created, 0);
     EXPECT_EQ(trace, "create open ");
@@ -249,7 +249,7 @@ constexpr const char* kFailedAttempt = "file create open close ";
 constexpr const char* kFailedAttemptWithoutSize = "file create close ";
 
 TEST_F(ObtainingMapping, IsTriedFiftyTimesWithoutASleep) {
-    mappingsRefusedUntil = 49;
+    mappingsFailUntil = 49;
     const test::Handle mapping(obtainEx());
     EXPECT_TRUE(mapping);
     EXPECT_EQ(trace, "open " + repeated(kFailedAttempt, 49) + "file create close ");
@@ -258,7 +258,7 @@ TEST_F(ObtainingMapping, IsTriedFiftyTimesWithoutASleep) {
 }
 
 TEST_F(ObtainingMapping, EachAttemptOpensAMappingThatAnotherProcessCreatedFirst) {
-    mappingsRefusedUntil = 1000;
+    mappingsFailUntil = 1000;
     for (const int failedAttempts : {0, 1, 49}) {
         begin();
         mappingExistsFrom = 1 + failedAttempts;  // the first opening comes before the attempts
@@ -274,7 +274,7 @@ TEST_F(ObtainingMapping, EachAttemptOpensAMappingThatAnotherProcessCreatedFirst)
 }
 
 TEST_F(ObtainingMapping, OpenedMappingIsNotNew) {
-    mappingsRefusedUntil = 1;
+    mappingsFailUntil = 1;
     mappingExistsFrom = 1;
     const test::Handle mapping(obtainEx());
     EXPECT_TRUE(mapping);
@@ -284,13 +284,13 @@ TEST_F(ObtainingMapping, OpenedMappingIsNotNew) {
 
 TEST_F(ObtainingMapping, WithoutASizeFailedAttemptsDoNotOpen) {
     mappingExistsFrom = 0;
-    mappingsRefusedUntil = 50;
+    mappingsFailUntil = 50;
     EXPECT_THROW(obtainEx(0, 0), vorel::Exception);
     EXPECT_EQ(trace, repeated(kFailedAttemptWithoutSize, 50));
 }
 
 TEST_F(ObtainingMapping, FiftyFailuresThrowTheSystemText) {
-    mappingsRefusedUntil = 50;
+    mappingsFailUntil = 50;
     test::expectThrows<vorel::Exception>([this] { obtainEx(); },
                                          {L"ObtainAccessableFileMappingEx: Opening file mapping failed for " +
                                               std::wstring(kFile) + L" after 50 tries: " + test::systemText(kRefusal),
@@ -301,8 +301,8 @@ TEST_F(ObtainingMapping, FiftyFailuresThrowTheSystemText) {
 }
 
 TEST_F(ObtainingMapping, FailureToOpenTheFileEndsTheAttempts) {
-    mappingsRefusedUntil = 1000;
-    filesRefusedFrom = 3;
+    mappingsFailUntil = 1000;
+    filesFailFrom = 3;
     test::expectThrows<vorel::Exception>([this] { obtainEx(); },
                                          {L"ObtainAccessableFileMappingEx: Unable to create file " +
                                               std::wstring(kFile) + L": " + test::systemText(kRefusal),
