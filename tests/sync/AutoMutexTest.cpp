@@ -143,7 +143,7 @@ TEST(AutoMutex, InitializeWithAnotherNameReleasesTheOldMutex) {
     EXPECT_TRUE(mutex.initialize(lower.c_str(), false));
     EXPECT_TRUE(test::mutexExists(L"Global\\" + lower));
     EXPECT_TRUE(isFreeForOthers(observer)) << "every hold is released";
-    EXPECT_TRUE(isFreeForOthers(mutex)) << "the new one is not held";
+    EXPECT_TRUE(isFreeForOthers(mutex)) << "the new mutex is not held";
 }
 
 TEST(AutoMutex, ConstructorLocksIfRequested) {

@@ -37,20 +37,19 @@ private:
     std::wstring m_text;
     std::vector<void*> m_freed;
     void* m_given = nullptr;
-    ImportHook<importedFormatMessage> m_format{[this](DWORD flags, const void* source, DWORD code, DWORD language,
-                                                      wchar_t* buffer, DWORD size, va_list*) {
-        EXPECT_EQ(flags, 0x1300u) << "allocated by the system, from the system's tables, without insertions";
-        EXPECT_EQ(source, nullptr);
-        EXPECT_EQ(code, 0x80070005u);
-        EXPECT_EQ(language, 0x0400u);
-        EXPECT_EQ(size, 0u);
-        const std::size_t bytes = (m_text.size() + 1) * sizeof(wchar_t);
-        m_given =
-            LocalAlloc(LMEM_FIXED, bytes);  // cppcheck-suppress LocalAllocCalled; the library frees it with LocalFree
-        std::copy_n(m_text.c_str(), m_text.size() + 1, static_cast<wchar_t*>(m_given));
-        *reinterpret_cast<void**>(buffer) = m_given;
-        return static_cast<DWORD>(m_text.size());
-    }};
+    ImportHook<importedFormatMessage> m_format{
+        [this](DWORD flags, const void* source, DWORD code, DWORD language, wchar_t* buffer, DWORD size, va_list*) {
+            EXPECT_EQ(flags, 0x1300u) << "allocated by the system, from the system's tables, without insertions";
+            EXPECT_EQ(source, nullptr);
+            EXPECT_EQ(code, 0x80070005u);
+            EXPECT_EQ(language, 0x0400u);
+            EXPECT_EQ(size, 0u);
+            const std::size_t bytes = (m_text.size() + 1) * sizeof(wchar_t);
+            m_given = LocalAlloc(LMEM_FIXED, bytes);  // cppcheck-suppress LocalAllocCalled; freed by LocalFree
+            std::copy_n(m_text.c_str(), m_text.size() + 1, static_cast<wchar_t*>(m_given));
+            *reinterpret_cast<void**>(buffer) = m_given;
+            return static_cast<DWORD>(m_text.size());
+        }};
     ImportHook<importedLocalFree> m_free{[this](HLOCAL block) {
         m_freed.push_back(block);
         return m_free.original(block);
