@@ -1,20 +1,21 @@
 /// \file
-/// `Array<T>`: the owning, growable array that carries every list of values across the interface.
+/// `Array<T>`: the owning, growable array for all lists of values in the interface.
 ///
 ///     vorel::Array<int> values;
 ///     values.append(3);
 ///     values[0] += 1;      // a bad index throws InvalidIndexException
 ///
-/// The storage comes from the runtime's `malloc` and goes back through `free`. The three fields are standard-layout:
-/// another compiler's caller sees the same bytes. Every slot behind the count holds a value-initialised element (zero,
-/// or an empty string), so that growing the count never shows garbage.
+/// The storage comes from the runtime's `malloc` and is released by `free`. The class is standard-layout: it has the
+/// same bytes for every compiler. Every slot from the count up to the capacity holds a value-initialised element (zero,
+/// or an empty string), so a larger count never exposes garbage.
 ///
-/// Elements that are not plain values (strings) need a default state that cannot fail, and a copy assignment; growth
-/// gives each its own deep copy in the new storage. Storage never shrinks. An array belongs to one thread at a time.
+/// Elements that are not trivially copyable (strings) need a default constructor that cannot fail, and a copy
+/// assignment. When the array grows, it copies each element into the new storage. Storage never shrinks. An array may
+/// be used by one thread at a time.
 ///
-/// Elements may be arrays, exceptions, and other types whose destructor may throw. An operation that gives elements up
-/// releases all of them, also after the destructor of one has failed. The first failure leaves the operation once its
-/// work is done; later ones are recorded in the log as "Array::~Array: … suppressed", and swallowed.
+/// Elements may be arrays, exceptions, and other types whose destructor may throw. An operation that removes elements
+/// releases all of them, even if the destructor of one fails. The operation throws the first failure after its work is
+/// done. Later failures are recorded in the log as "Array::~Array: … suppressed" and swallowed.
 #pragma once
 
 #include <algorithm>
@@ -33,32 +34,32 @@ namespace vorel {
 template <class T>
 class Array {
 public:
-    /// No elements, no storage.
+    /// Creates an empty array without storage.
     Array() noexcept = default;
 
-    /// A deep copy with storage of its own, as large as the count; an empty array has none.
-    /// \throws MemoryException when the storage or an element's copy cannot be had.
+    /// A deep copy. Its storage is exactly as large as the count; an empty array has none.
+    /// \throws MemoryException if the storage or the copy of an element cannot be allocated.
     Array(const Array& other) : Array() { fill(other.m_count, other.m_items, other.m_count); }
 
-    /// Takes over the storage; `other` is left empty.
+    /// Takes over the storage; `other` becomes empty.
     Array(Array&& other) noexcept { swap(other); }
 
-    /// Releases the elements and the storage under the rules of a destructor that may throw.
+    /// Releases the elements and the storage by the rules for destructors that may throw.
     /// \throws the first failure of an element's destructor, with the record "Array::~Array: Vorel exception rethrown",
-    ///         or Exception "Array::~Array: Severe error thrown" for one that is not an Exception.
+    ///         or Exception "Array::~Array: Severe error thrown" if it is not an Exception.
     ~Array() noexcept(false) {
         detail::guardedDestructor(L"Array", [this] { release(); });
     }
 
-    /// Replaces the elements by deep copies. The storage is kept when it is large enough, and otherwise grows to the
-    /// count of `other`.
-    /// \throws MemoryException and leaves the array as it was.
+    /// Replaces the elements by deep copies. The storage is kept if it is large enough; otherwise it grows to the count
+    /// of `other`.
+    /// \throws MemoryException; the array is unchanged.
     Array& operator=(const Array& other) {
         if (this == &other) {
             return *this;
         }
         if (other.m_count > m_allocated || !std::is_nothrow_move_assignable_v<T>) {
-            // Elements that may fail to be moved stay where they are copied to.
+            // Elements whose move may fail stay in the storage they were copied into.
             Array copy;
             copy.fill(std::max(other.m_count, m_allocated), other.m_items, other.m_count);
             swap(copy);
@@ -72,8 +73,8 @@ public:
         return *this;
     }
 
-    /// Takes over the elements: with their storage, unless that has fewer slots than the array has. `other` is left
-    /// empty, without storage.
+    /// Moves the elements of `other` into this array. The storage moves too, unless it has fewer slots than this array.
+    /// `other` becomes empty and has no storage.
     /// \throws the first failure of an element's destructor.
     // NOLINTNEXTLINE(bugprone-exception-escape,performance-noexcept-move-constructor): it throws what elements throw
     Array& operator=(Array&& other) noexcept(kMovesCannotFail) {
@@ -87,22 +88,22 @@ public:
     }
 
     /// The element at `index`, counted from 0.
-    /// \throws InvalidIndexException when `index` is not below the count.
+    /// \throws InvalidIndexException if `index` is not below the count.
     T& operator[](unsigned int index) { return m_items[checked(index)]; }
     const T& operator[](unsigned int index) const { return m_items[checked(index)]; }
 
-    /// Number of elements in use, and number of slots in the storage.
+    /// The number of elements, and the number of slots in the storage.
     [[nodiscard]] unsigned int size() const noexcept { return m_count; }
     [[nodiscard]] bool empty() const noexcept { return m_count == 0; }
     [[nodiscard]] unsigned int allocated() const noexcept { return m_allocated; }
 
-    /// Adds a copy of `item`, or `item` itself; it may be an element of this array.
-    /// \throws MemoryException and leaves the array as it was.
+    /// Appends a copy of `item`, or moves `item` to the end. It may be an element of this array.
+    /// \throws MemoryException; the array is unchanged.
     void append(const T& item) { appendOne(item); }
     void append(T&& item) { appendOne(std::move(item)); }
 
-    /// Adds `count` plain values, which may lie in this array.
-    /// \throws MemoryException and leaves the array as it was.
+    /// Appends `count` trivially copyable values, which may be elements of this array.
+    /// \throws MemoryException; the array is unchanged.
     void append(const T* items, unsigned int count) requires std::is_trivially_copyable_v<T> {
         const unsigned int after = grownCount(count);
         if (after > m_allocated) {
@@ -115,16 +116,16 @@ public:
         m_count = after;
     }
 
-    /// Takes the last element out of the array and returns it.
-    /// \throws InvalidIndexException when there is none.
+    /// Removes the last element and returns it.
+    /// \throws InvalidIndexException if the array is empty.
     T removeLast() {
         T last = std::move(m_items[checked(m_count - 1)]);
         setCountWithin(m_count - 1);
         return last;
     }
 
-    /// Sets the number of elements: new ones are value-initialised, slots given up are reset.
-    /// \throws MemoryException and leaves the array as it was.
+    /// Sets the number of elements. New elements are value-initialised; the slots of removed ones are reset.
+    /// \throws MemoryException; the array is unchanged.
     void setCount(unsigned int count) {
         if (count > m_allocated) {
             Array grown = grownTo(count, false);
@@ -135,10 +136,10 @@ public:
         }
     }
 
-    /// No elements; the storage is kept.
+    /// Removes all elements and keeps the storage.
     void clear() { setCount(0); }
 
-    /// The elements in a row; null while nothing was ever reserved.
+    /// A pointer to the elements, which are contiguous; null if the array has no storage.
     T* data() noexcept { return m_items; }
     [[nodiscard]] const T* data() const noexcept { return m_items; }
     T* begin() noexcept { return m_items; }
@@ -146,10 +147,10 @@ public:
     T* end() noexcept { return m_items + m_count; }
     [[nodiscard]] const T* end() const noexcept { return m_items + m_count; }
 
-    /// Makes room for at least `count` elements; storage never shrinks. With `exact` it has just that many slots,
-    /// otherwise it doubles from 5 upwards, for appending in amortised constant time.
-    /// \throws MemoryException(slots, element size) and leaves the array as it was when the storage, or the copy of an
-    ///         element, cannot be had.
+    /// Provides slots for at least `count` elements; storage never shrinks. With `exact` the array has exactly `count`
+    /// slots. Otherwise the number of slots doubles, starting at 5, so that appending takes amortised constant time.
+    /// \throws MemoryException(slots, element size) if the storage or the copy of an element cannot be allocated; the
+    ///         array is unchanged.
     void reserve(unsigned int count, bool exact = false) {
         if (count > m_allocated) {
             Array grown = grownTo(count, exact);
@@ -158,11 +159,11 @@ public:
     }
 
 private:
-    static constexpr unsigned int kFirstSlots = 5;
-    static constexpr unsigned int kMostSlots = 0xFFFFFFFFu;
+    static constexpr unsigned int kMinSlots = 5;
+    static constexpr unsigned int kMaxSlots = 0xFFFFFFFFu;
 
-    // The second trait is not asked for where the first is false: an element that contains an array of its own type
-    // would ask for itself.
+    // The second trait is evaluated only if the first is true: otherwise a type that contains an array of itself would
+    // make the trait depend on itself.
     static constexpr bool kMovesCannotFail =
         std::conjunction_v<std::is_nothrow_destructible<T>, std::is_nothrow_move_assignable<T>>;
 
@@ -173,23 +174,23 @@ private:
             ++m_count;
         } else {
             Array grown = grownTo(grownCount(1), false);
-            grown.m_items[m_count] = std::forward<Item>(item);  // the storage that it may lie in is still there
+            grown.m_items[m_count] = std::forward<Item>(item);  // the old storage, which may contain it, still exists
             ++grown.m_count;
             swap(grown);
         }
     }
 
     [[nodiscard]] unsigned int doubledUpTo(unsigned int count) const noexcept {
-        unsigned int slots = m_allocated > kFirstSlots ? m_allocated : kFirstSlots;
+        unsigned int slots = m_allocated > kMinSlots ? m_allocated : kMinSlots;
         while (slots < count) {
-            slots = slots > kMostSlots / 2 ? kMostSlots : slots * 2;
+            slots = slots > kMaxSlots / 2 ? kMaxSlots : slots * 2;
         }
         return slots;
     }
 
     [[nodiscard]] unsigned int grownCount(unsigned int more) const {
-        if (more > kMostSlots - m_count) {
-            detail::throwMemory(kMostSlots, sizeof(T));
+        if (more > kMaxSlots - m_count) {
+            detail::throwMemory(kMaxSlots, sizeof(T));
         }
         return m_count + more;
     }
@@ -201,15 +202,15 @@ private:
         return index;
     }
 
-    /// The elements in storage of their own with at least `count` slots.
+    /// A copy of the array with at least `count` slots.
     [[nodiscard]] Array grownTo(unsigned int count, bool exact) const {
         Array grown;
         grown.fill(exact ? count : doubledUpTo(count), m_items, m_count);
         return grown;
     }
 
-    /// Gives an array that has no storage yet `slots` slots, the first of them copies of `items`, the others
-    /// value-initialised. What was copied is released with the array when a later copy fails.
+    /// Allocates `slots` slots for an array without storage. The first `count` become copies of `items`, the others are
+    /// value-initialised. If a copy fails, the destructor of the array releases the earlier ones.
     void fill(unsigned int slots, const T* items, unsigned int count) {
         if (slots == 0) {
             return;
@@ -223,7 +224,7 @@ private:
             std::uninitialized_value_construct_n(m_items + count, slots - count);
             m_allocated = slots;
         } else {
-            // The standard library's trait would ask for a destructor that cannot fail as well.
+            // The standard library's trait also requires a destructor that does not throw.
             static_assert(noexcept(::new (std::declval<void*>()) T()), "an element's default state must not fail");
             for (unsigned int slot = 0; slot < slots; ++slot) {
                 std::construct_at(m_items + slot);
@@ -234,14 +235,14 @@ private:
         m_count = count;
     }
 
-    /// Replaces the elements by those of `other`, for which there is storage.
+    /// Replaces the elements by those of `other`. The storage must be large enough.
     void moveElementsFrom(Array& other) {
         m_count = std::max(m_count, other.m_count);
         std::move(other.begin(), other.end(), m_items);
         setCountWithin(other.m_count);
     }
 
-    /// Sets a count that the storage has slots for: those given up become value-initialised again.
+    /// Sets a count that is at most the number of slots. The slots of removed elements become value-initialised.
     void setCountWithin(unsigned int count) {
         const unsigned int end = std::exchange(m_count, count);
         releaseEach(count, end, [](T* item) {
@@ -250,7 +251,7 @@ private:
         });
     }
 
-    /// Value-initialises a slot at the end of a block, also after the destructor of its element has failed.
+    /// Value-initialises a slot at the end of a block, even if the destructor of its element fails.
     struct Renew {
         void operator()(T* slot) const { std::construct_at(slot); }
     };
@@ -260,7 +261,7 @@ private:
         releaseEach(0, m_allocated, [](T* item) { std::destroy_at(item); });
     }
 
-    /// Calls `release` for each slot from `slot` to before `end`, also after one has failed.
+    /// Calls `release` for each slot in [slot, end), even if a call fails.
     template <class Release>
     void releaseEach(unsigned int slot, unsigned int end, Release release) {
         if constexpr (std::is_nothrow_destructible_v<T>) {

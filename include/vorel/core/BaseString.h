@@ -1,17 +1,17 @@
 /// \file
-/// `BaseString<T>`: the owning, null-terminated, growable string of the whole interface, for `char` and `wchar_t`.
+/// `BaseString<T>`: the owning, null-terminated, growable string of the interface, for `char` and `wchar_t`.
 ///
 ///     vorel::BaseString<wchar_t> name(L"Parser");
 ///     name += L"::run";
 ///     name.format(L"%ls, attempt %d", name.c_str(), 3);   // an argument may point into the string itself
 ///
-/// The buffer comes from the runtime's `malloc` and goes back through `free`, so it may be handed between modules that
-/// share the runtime. The three fields are standard-layout: another compiler's caller sees the same bytes.
-/// Lengths and capacities are counted in code units (`char`, or UTF-16 units of `wchar_t`).
+/// The buffer comes from the runtime's `malloc` and is released by `free`, so modules that share the runtime may pass
+/// it to each other. The class is standard-layout: it has the same bytes for every compiler. Lengths and capacities are
+/// in code units (`char`, or UTF-16 units of `wchar_t`).
 ///
-/// What is marked `VOREL_API` lives in the library, for both widths; the short members are compiled into their callers.
+/// Members marked `VOREL_API` are compiled into the library, for both widths. The short members are inline.
 ///
-/// A string belongs to one thread at a time; several threads may read one that nobody changes.
+/// A string may be used by one thread at a time. Several threads may read a string while no thread changes it.
 #pragma once
 
 #include <cstdarg>
@@ -33,66 +33,66 @@ struct StringAccess;
 template <class T>
 class BaseString {
 public:
-    /// The value of the length field that stands for "not known: count up to the terminator".
+    /// The value of the length field for "unknown: count up to the terminator".
     static constexpr unsigned int kUnknownLength = 0xFFFFFFFFu;
 
-    /// The empty string; nothing is allocated.
+    /// The empty string. Allocates nothing.
     BaseString() noexcept = default;
 
     /// A copy of the null-terminated `text`; null gives the empty string.
-    /// \throws MemoryException when the buffer cannot be had.
-    // NOLINTNEXTLINE(google-explicit-constructor): text is meant to become a string wherever one is asked for
+    /// \throws MemoryException if the buffer cannot be allocated.
+    // NOLINTNEXTLINE(google-explicit-constructor): text converts to a string implicitly by design
     VOREL_API BaseString(const T* text);
 
     /// A copy of the first `length` units of `text`; null gives the empty string.
-    /// \throws MemoryException when the buffer cannot be had.
+    /// \throws MemoryException if the buffer cannot be allocated.
     VOREL_API BaseString(const T* text, unsigned int length);
 
     /// A copy of `text`.
-    /// \throws MemoryException when the buffer cannot be had.
+    /// \throws MemoryException if the buffer cannot be allocated.
     explicit BaseString(std::basic_string_view<T> text) : BaseString(text.data(), countOf(text)) {}
 
-    /// A copy with a buffer of its own; nothing is allocated for an empty string.
-    /// \throws MemoryException when the buffer cannot be had.
+    /// A copy with its own buffer. Allocates nothing for an empty string.
+    /// \throws MemoryException if the buffer cannot be allocated.
     VOREL_API BaseString(const BaseString& other);
 
-    /// Takes over the buffer; `other` is left as a string that never allocated.
+    /// Takes over the buffer of `other`, which becomes an empty string without a buffer.
     VOREL_API BaseString(BaseString&& other) noexcept;
 
     VOREL_API ~BaseString();
 
-    /// Replaces the content; null empties the string and keeps its buffer. `text` may point into the string itself.
-    /// \throws MemoryException and leaves the string as it was when the buffer cannot be had.
+    /// Replaces the content. Null empties the string and keeps its buffer. `text` may point into the string itself.
+    /// \throws MemoryException if the buffer cannot be allocated; the string is unchanged.
     VOREL_API BaseString& operator=(const T* text);
     VOREL_API BaseString& operator=(std::basic_string_view<T> text);
     VOREL_API BaseString& operator=(const BaseString& other);
     VOREL_API BaseString& operator=(BaseString&& other) noexcept;
 
-    /// The buffer itself, null when the string never allocated.
+    /// The buffer; null if the string has none.
     const T* c_str() const noexcept { return m_data; }
     T* data() noexcept { return m_data; }
 
-    /// The same characters, never null.
+    /// The text as a view; its pointer is never null.
     std::basic_string_view<T> view() const noexcept {
-        static constexpr T kNothing[1] = {};
-        return {m_data ? m_data : kNothing, length()};
+        static constexpr T kEmpty[1] = {};
+        return {m_data ? m_data : kEmpty, length()};
     }
 
-    // NOLINTNEXTLINE(google-explicit-constructor): a string is meant to go wherever text is asked for
+    // NOLINTNEXTLINE(google-explicit-constructor): a string converts to a view implicitly by design
     operator std::basic_string_view<T>() const noexcept { return view(); }
 
-    /// Units before the terminator; counts them and remembers the result when the length is not known.
+    /// The number of units before the terminator. An unknown length is counted and stored.
     VOREL_API unsigned int length() const noexcept;
 
-    /// Whether there is no text.
+    /// Whether the length is 0.
     bool empty() const noexcept { return length() == 0; }
 
-    /// Size of the buffer in units, the terminator included; 0 when there is no buffer.
+    /// The size of the buffer in units, including the terminator; 0 if the string has no buffer.
     unsigned int capacity() const noexcept { return m_capacity; }
 
-    /// Adds `text` (to its terminator, or `count` units of it) at the end; null adds nothing. The argument may point
-    /// into the string itself.
-    /// \throws MemoryException and leaves the string as it was when it cannot grow.
+    /// Appends `text`: up to its terminator, or `count` units of it. Null appends nothing. The argument may point into
+    /// the string itself.
+    /// \throws MemoryException if the string cannot grow; the string is unchanged.
     VOREL_API BaseString& append(const T* text);
     VOREL_API BaseString& append(const T* text, unsigned int count);
     VOREL_API BaseString& append(const BaseString& text);
@@ -103,33 +103,35 @@ public:
     BaseString& operator+=(std::basic_string_view<T> text) { return append(text); }
     BaseString& operator+=(T unit) { return append(unit); }
 
-    /// Makes the string empty and keeps the buffer.
+    /// Empties the string and keeps the buffer.
     VOREL_API void clear() noexcept;
 
-    /// Makes room for `count` units and the terminator, writes a terminator at index `count` and returns the buffer.
-    /// This is the single growth point of the string.
+    /// Provides space for `count` units and a terminator, writes a terminator at index `count`, and returns the buffer.
+    /// All growth of the string goes through this function.
     ///
-    /// A `count` of 0 empties the string and allocates nothing (null when there is no buffer). When the buffer is large
-    /// enough, a length above `count` becomes `count`, and a length that is not known counts as larger than any
-    /// `count`. Otherwise a new buffer is allocated, a power of two up to 1 Mi units and whole steps of 1 Mi above it,
-    /// at least 16: with `discard` false it holds the old text and keeps its known length, with `discard` true it
-    /// holds nothing yet and the length is not known.
-    /// \throws MemoryException(capacity, unit size) and leaves the string as it was when the buffer cannot be had or
-    ///         its size cannot be expressed.
+    /// - If `count` is 0, the string is emptied and nothing is allocated. The result is null if the string has no
+    /// buffer.
+    /// - If the buffer is large enough, a length above `count` becomes `count`. An unknown length counts as above it.
+    /// - Otherwise a new buffer is allocated. Its capacity is a power of two, at least 16, up to 1 Mi units, and a
+    ///   multiple of 1 Mi above that. With `discard` false, the new buffer holds the old text and a known length is
+    ///   kept. With `discard` true, its content is undefined and the length is unknown.
+    ///
+    /// \throws MemoryException(capacity, unit size) if the buffer cannot be allocated or its size exceeds the limits of
+    ///         the string; the string is unchanged.
     VOREL_API T* reserve(unsigned int count, bool discard = false);
 
-    /// Replaces the content by the printf-style rendering of `fmt` and returns the string itself; a null `fmt` also
-    /// gives the buffer back. In a wide format `%s` takes wide text, as the runtime's print functions do by default;
-    /// `%hs` and `%ls` say it either way. Arguments may point into the string itself.
-    /// \throws Exception "Unable to format: %ls (%hs)" (narrow: "%hs") with the format and the runtime's error text
-    ///         when the format cannot be rendered; MemoryException when the string cannot grow. The string is
-    ///         empty then, unless an argument or the format lies in it: then it keeps its text.
+    /// Replaces the content by the printf-style rendering of `fmt` and returns the string. A null `fmt` empties the
+    /// string and releases its buffer. In a wide format `%s` takes wide text, which is the default of the runtime's
+    /// print functions; `%hs` and `%ls` take narrow and wide text in both. Arguments may point into the string itself.
+    /// \throws Exception "Unable to format: %ls (%hs)" (narrow: "%hs") with the format and the runtime's error text if
+    ///         the format cannot be rendered; MemoryException if the string cannot grow. The string is then empty. If
+    ///         the format or an argument points into the string, the string keeps its text.
     VOREL_API BaseString& format(const T* fmt, ...);
 
     /// `format` with an argument list.
     VOREL_API BaseString& vformat(const T* fmt, va_list args);
 
-    /// Unit-wise comparison, units taken as unsigned; a null text equals the empty string.
+    /// Compares unit by unit; units are unsigned. A null text equals the empty string.
     friend bool operator==(const BaseString& a, const BaseString& b) noexcept { return a.view() == b.view(); }
     friend bool operator==(const BaseString& a, const T* b) noexcept { return a.view() == viewOf(b); }
     friend bool operator<(const BaseString& a, const BaseString& b) noexcept { return a.view() < b.view(); }
@@ -143,7 +145,7 @@ private:
         return text ? std::basic_string_view<T>(text) : std::basic_string_view<T>();
     }
 
-    /// A text that is too long for any string has a count that no string can have either.
+    /// The length of `text`, or `kUnknownLength` for a text that is too long for a string.
     static unsigned int countOf(std::basic_string_view<T> text) noexcept {
         return text.size() < kUnknownLength ? static_cast<unsigned int>(text.size()) : kUnknownLength;
     }
@@ -164,7 +166,7 @@ VOREL_API BaseString<wchar_t>& BaseString<wchar_t>::format(const wchar_t* fmt, .
 
 }  // namespace vorel
 
-/// Equal strings, and views of the same text, have the same hash.
+/// A string has the same hash as a view of the same text.
 template <class T>
 struct std::hash<vorel::BaseString<T>> {
     std::size_t operator()(const vorel::BaseString<T>& text) const noexcept {

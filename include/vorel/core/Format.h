@@ -1,5 +1,5 @@
 /// \file
-/// The measure behind every printf-style operation of the library.
+/// The length of a printf-style rendering, as all formatting operations of the library measure it.
 #pragma once
 
 #include <cstdarg>
@@ -8,9 +8,9 @@
 
 namespace vorel::util {
 
-/// The number of units, terminator excluded, that `fmt` renders to with `args` (on 64-bit Windows an argument list is
-/// a plain `char*`), or a negative value when it cannot be rendered at all. The text is really rendered, to the null
-/// device, by the runtime's own stream print, so the count is exactly that of the runtime. Thread-safe; never throws.
+/// The number of units, without the terminator, that `fmt` renders to with `args` (a plain `char*` on 64-bit Windows),
+/// or a negative value if it cannot be rendered. The runtime renders the text to the null device, so the count is
+/// exactly the runtime's. Thread-safe; never throws.
 ///
 ///     "%d-%s" with 12, "ab"  →  5
 VOREL_API int calculateSnprintFBufferSize(const char* fmt, va_list args);

@@ -1,17 +1,17 @@
 /// \file
-/// `HashMap<Key, Value, KeyEqual>`: the library's chained hash map, for tables that are filled once and read often.
+/// `HashMap<Key, Value, KeyEqual>`: a chained hash map, for tables that are filled once and read often.
 ///
-/// The caller supplies the hash of each key; the map keeps it with the key and never computes one. Nodes of removed
-/// entries wait on a stack of spare nodes and are used again. The map has no lock of its own: its users guard it.
+/// The caller supplies the hash of each key. The map stores it with the key and never computes one. The nodes of
+/// removed entries are kept and used again. The map has no lock; its users must guard it.
 ///
 ///     vorel::HashMap<const char*, unsigned int> pages(31);
 ///     pages.put(hashOf("UTF-8"), "UTF-8", 65001);
 ///     auto found = pages.find("utf-8", hashOf("utf-8"));
 ///     if (found != pages.end()) { found.value(); }
 ///
-/// Keys that are pointers to text are compared as texts, ignoring the case of the Latin letters A to Z, unless the map
-/// names another equality. An entry is found only by the hash that it was put in with: the hash of such a key has to
-/// ignore the same case.
+/// Keys that are pointers to text are compared as texts, ignoring the case of the letters A to Z, unless `KeyEqual` is
+/// given. An entry is found only with the hash that it was inserted with, so the hash of such a key must ignore case in
+/// the same way.
 #pragma once
 
 #include <cmath>
@@ -27,9 +27,7 @@
 
 namespace vorel {
 
-/// The bucket-count rule: the smallest odd prime above `n`, and 2 for 1.
-///
-///     1 → 2    2 → 3    7 → 11    8 → 11    24 → 29
+/// The smallest odd prime above `n`, and 2 for 1: the bucket counts of a growing map.
 inline std::uint64_t nextPrime(std::uint64_t n) noexcept {
     if (n == 1) {
         return 2;
@@ -50,10 +48,10 @@ inline std::uint64_t nextPrime(std::uint64_t n) noexcept {
     return candidate;
 }
 
-/// Equality of null-terminated names without regard to the case of the Latin letters A to Z, and of no others. Two
-/// null names are equal; a null and a non-null name are not.
+/// Compares null-terminated names, ignoring the case of the letters A to Z and of no others. Two null names are equal;
+/// a null name differs from every other.
 struct NameEqual {
-    /// Whether two names are equal; see above.
+    /// Whether the names are equal.
     template <class T>
     bool operator()(const T* a, const T* b) const noexcept {
         if (!a || !b) {
@@ -76,20 +74,20 @@ private:
 
 namespace detail {
 
-/// Whether keys are pointers to text, which are compared as texts.
+/// Whether `Key` is a pointer to text.
 template <class Key>
 inline constexpr bool kIsTextPointer = std::is_pointer_v<Key> &&
                                        (std::is_same_v<std::remove_const_t<std::remove_pointer_t<Key>>, char> ||
                                         std::is_same_v<std::remove_const_t<std::remove_pointer_t<Key>>, wchar_t>);
 
-/// The equality of keys when a map names none.
+/// The equality of keys if the map names none.
 template <class Key>
 using DefaultKeyEqual = std::conditional_t<kIsTextPointer<Key>, NameEqual, std::equal_to<Key>>;
 
 }  // namespace detail
 
-/// A chained map; every operation takes the hash of its key from the caller. `KeyEqual` is `NameEqual` for keys that
-/// are pointers to `char` or `wchar_t`, and `std::equal_to` for all others, unless it is given.
+/// A chained hash map. The caller passes the hash of a key to every operation. The default `KeyEqual` is `NameEqual`
+/// for pointers to `char` or `wchar_t`, and `std::equal_to` for all other keys.
 template <class Key, class Value, class KeyEqual = detail::DefaultKeyEqual<Key>>
 class HashMap {
     struct Node {
@@ -100,22 +98,22 @@ class HashMap {
     };
 
 public:
-    /// A place in the map: an entry, or the end. Insertion that grows the map, removal of the entry and `clear` make
-    /// it invalid.
+    /// A position in the map: an entry, or the end. It becomes invalid when an insertion grows the map, when its entry
+    /// is removed, and by `clear`.
     class Iterator {
     public:
-        /// Key and value of the entry; not for the end.
+        /// Key and value of the entry. Not allowed at the end.
         [[nodiscard]] const Key& key() const noexcept { return m_node->key; }
         [[nodiscard]] Value& value() const noexcept { return m_node->value; }
 
-        /// The next entry, in no order that means anything.
+        /// Moves to the next entry. The order is unspecified.
         Iterator& operator++() noexcept {
             m_node = m_node->next;
-            settle();
+            skipEmptyBuckets();
             return *this;
         }
 
-        /// Whether both are the same place.
+        /// Whether both are the same position.
         friend bool operator==(const Iterator& a, const Iterator& b) noexcept { return a.m_node == b.m_node; }
 
     private:
@@ -124,8 +122,8 @@ public:
         Iterator(const HashMap* map, Node* const* bucket, Node* node) noexcept
             : m_map(map), m_bucket(bucket), m_node(node) {}
 
-        /// Goes on to the next chain while the present one has ended.
-        void settle() noexcept {
+        /// Moves to the next non-empty bucket if the current chain has ended.
+        void skipEmptyBuckets() noexcept {
             while (!m_node && m_bucket && ++m_bucket != m_map->m_buckets.end()) {
                 m_node = *m_bucket;
             }
@@ -139,8 +137,8 @@ public:
         Node* m_node;
     };
 
-    /// A map of `bucketCount` buckets. One of 0 buckets can only be resized.
-    /// \throws MemoryException when the buckets cannot be had.
+    /// Creates a map of `bucketCount` buckets. A map of 0 buckets can only be resized.
+    /// \throws MemoryException if the buckets cannot be allocated.
     explicit HashMap(unsigned int bucketCount = 0) {
         if (bucketCount != 0) {
             resize(bucketCount);
@@ -150,23 +148,23 @@ public:
     HashMap(const HashMap&) = delete;
     HashMap& operator=(const HashMap&) = delete;
 
-    /// Releases every node, and then passes the first failure on by the rules of a destructor that may throw.
+    /// Releases every node, then reports the first failure by the rules for destructors that may throw.
     ~HashMap() noexcept(false) {
         detail::guardedDestructor(L"HashMap", [this] { clear(); });
     }
 
-    /// Number of entries, and number of buckets.
+    /// The number of entries, and the number of buckets.
     [[nodiscard]] unsigned int size() const noexcept { return m_size; }
     [[nodiscard]] unsigned int bucketCount() const noexcept { return m_buckets.size(); }
 
     /// The number of entries at which the next insertion first grows the map: three quarters of the bucket count.
     [[nodiscard]] unsigned int growAt() const noexcept { return m_growAt; }
 
-    /// Inserts an entry and returns its place. An equal key is not looked for: of two entries of one key, lookups
-    /// find the newer, until the map next grows: that turns the order within a bucket round.
-    /// \throws Exception "Tried to put into a hash map with 0 buckets"; MemoryException when the buckets cannot grow;
-    ///         the standard allocation failure when no node can be had (meant: nodes come from the global allocation
-    ///         operator). The map then holds what it held.
+    /// Inserts an entry and returns its position. Does not search for an equal key: of two entries with the same key,
+    /// lookups find the newer, until the map grows, which reverses the order within a bucket.
+    /// \throws Exception "Tried to put into a hash map with 0 buckets"; MemoryException if the buckets cannot grow; the
+    ///         standard allocation failure if a node cannot be allocated, because nodes come from the global allocation
+    ///         operator by design. The entries are unchanged.
     Iterator put(std::uint64_t hash, const Key& key, const Value& value) {
         if (bucketCount() == 0) {
             detail::throwFailure(L"Tried to put into a hash map with 0 buckets");
@@ -190,7 +188,6 @@ public:
     }
 
     /// The first entry of `key` in its bucket, or the end.
-    /// \throws Exception "Tried to find in a hash map with 0 buckets".
     [[nodiscard]] Iterator find(const Key& key, std::uint64_t hash) const {
         if (bucketCount() == 0) {
             detail::throwFailure(L"Tried to find in a hash map with 0 buckets");
@@ -204,9 +201,9 @@ public:
         return end();
     }
 
-    /// Removes the entry of `key` that `find` finds, keeps its node for reuse, and says whether there was one.
-    /// \throws Exception "Tried to remove from hash map with 0 buckets"; MemoryException, with the entry still there,
-    ///         when its node cannot be put aside.
+    /// Removes the entry that `find` returns, and returns whether there was one. Its node is kept for reuse.
+    /// \throws Exception "Tried to remove from hash map with 0 buckets"; MemoryException if the node cannot be kept:
+    ///         the entry is then not removed.
     bool remove(const Key& key, std::uint64_t hash) {
         if (bucketCount() == 0) {
             detail::throwFailure(L"Tried to remove from hash map with 0 buckets");
@@ -223,9 +220,9 @@ public:
         return false;
     }
 
-    /// Grows the table to `bucketCount` buckets; it never shrinks.
-    /// \throws MemoryException, with the map as it was; Exception "Cannot resize a hash map to 0" when the map has no
-    ///         bucket then.
+    /// Grows the table to `newCount` buckets; it never shrinks.
+    /// \throws MemoryException; the map is unchanged. Exception "Cannot resize a hash map to 0" if the map has no
+    ///         buckets.
     void resize(unsigned int newCount) {
         if (newCount > bucketCount()) {
             Array<Node*> grown;
@@ -247,9 +244,9 @@ public:
         }
     }
 
-    /// Releases every node, the spare ones too; the buckets stay.
-    /// \throws the first failure of a key's or value's destructor, after every node was released: the map is empty
-    ///         then. Later failures are recorded in the log as "HashMap::~HashMap: … suppressed", and swallowed.
+    /// Releases every node, including the spare ones. The buckets are kept.
+    /// \throws the first failure of a destructor of a key or value, after every node is released and the map is empty.
+    ///         Later failures are recorded in the log as "HashMap::~HashMap: … suppressed" and swallowed.
     void clear() {
         m_size = 0;
         unsigned int bucket = 0;
@@ -270,17 +267,17 @@ public:
         });
     }
 
-    /// The first entry, in no order that means anything; the end of an empty map.
+    /// The first entry, in unspecified order; the end for an empty map.
     [[nodiscard]] Iterator begin() const noexcept {
         if (m_size == 0) {
             return end();
         }
         Iterator first(this, m_buckets.begin(), *m_buckets.begin());
-        first.settle();
+        first.skipEmptyBuckets();
         return first;
     }
 
-    /// The place behind the last entry.
+    /// The position after the last entry.
     [[nodiscard]] Iterator end() const noexcept { return Iterator(this, nullptr, nullptr); }
 
 private:

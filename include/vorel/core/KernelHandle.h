@@ -1,6 +1,5 @@
 /// \file
-/// The owner of a handle of the system: closes it at its end, on whatever path that comes. It stands below everything
-/// that opens kernel objects, and the public classes hold one.
+/// The owner of a kernel handle: its destructor closes the handle. Public classes have such members.
 #pragma once
 
 #include <utility>
@@ -28,11 +27,11 @@ public:
     [[nodiscard]] void* get() const noexcept { return m_handle; }
     explicit operator bool() const noexcept { return m_handle != nullptr; }
 
-    /// Gives the handle away, without closing it.
+    /// Returns the handle without closing it; the object owns nothing afterwards.
     [[nodiscard]] void* release() noexcept { return std::exchange(m_handle, nullptr); }
 
-    /// Closes the handle, if there is one, and owns nothing from then on. False when the system refuses, which is the
-    /// only case in which the thread's last error changes. Not `noexcept`: a tool that replaces the system's call may
+    /// Closes the handle, if there is one; the object owns nothing afterwards. Returns false if the system cannot close
+    /// it; only then does the thread's last error change. Not `noexcept`: a tool that replaces the system call may
     /// throw, and the destructors of the locks report that instead of ending the process.
     VOREL_API bool close();
 

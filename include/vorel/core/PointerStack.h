@@ -1,5 +1,5 @@
 /// \file
-/// `PointerStack<T>`: the library's simple stack of pointers. It does not own what its pointers point to.
+/// `PointerStack<T>`: a stack of pointers. It does not own the objects that they point to.
 #pragma once
 
 #include "vorel/core/Array.h"
@@ -7,16 +7,15 @@
 
 namespace vorel {
 
-/// A stack of pointers that are not its own.
+/// A stack of non-owning pointers.
 template <class T>
 class PointerStack {
 public:
-    /// Puts `item` on top.
-    /// \throws MemoryException(slots, 8) and leaves the stack as it was.
+    /// Pushes `item`.
+    /// \throws MemoryException(slots, 8); the stack is unchanged.
     void push(T* item) { m_items.append(item); }
 
-    /// Takes the newest pointer off and returns it.
-    /// \throws Exception "Stack is empty".
+    /// Removes the newest pointer and returns it.
     T* pop() {
         if (m_items.empty()) {
             detail::throwFailure(L"Stack is empty");
@@ -25,10 +24,10 @@ public:
     }
 
     /// The pointer at `index`, counted from the oldest.
-    /// \throws InvalidIndexException when `index` is not below the size.
+    /// \throws InvalidIndexException if `index` is not below the size.
     T* operator[](unsigned int index) const { return m_items[index]; }
 
-    /// How many pointers there are, and whether there is none.
+    /// The number of pointers, and whether it is 0.
     [[nodiscard]] unsigned int size() const noexcept { return m_items.size(); }
     [[nodiscard]] bool empty() const noexcept { return m_items.empty(); }
 

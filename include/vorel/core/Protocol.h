@@ -1,12 +1,13 @@
 /// \file
-/// The frame that every operation of the library runs in, written once, and the failures that the core templates
-/// raise. Both are declared here, below the exception family, so that the core headers include nothing from above
-/// them; they are defined together with the family.
+/// The exception handlers of every operation of the library ("the frame"), and the failures that the core templates
+/// raise. Both are only declared here, so that the core headers include nothing from the layers above. They are defined
+/// with the exception classes.
 ///
 ///     return detail::guarded(L"vorel::util", L"gmtime", [&] { … });
 ///
-/// A library exception that leaves the body gets the record "vorel::util::gmtime: Vorel exception rethrown" and goes
-/// on with its dynamic type; anything else becomes a fresh `Exception` "vorel::util::gmtime: Severe error thrown".
+/// If a library exception leaves the body, it gets the record "vorel::util::gmtime: Vorel exception rethrown" and is
+/// rethrown with its dynamic type. Any other exception becomes a new `Exception` "vorel::util::gmtime: Severe error
+/// thrown".
 #pragma once
 
 #include <cstddef>
@@ -16,23 +17,24 @@
 
 namespace vorel::detail {
 
-/// Throws `MemoryException(count, size)`: `count` elements of `size` bytes could not be had.
+/// Throws `MemoryException(count, size)`: `count` elements of `size` bytes cannot be allocated.
 [[noreturn]] VOREL_API void throwMemory(unsigned int count, std::size_t size);
 
 /// Throws `InvalidIndexException` for `index` in a sequence of `count` elements.
 [[noreturn]] VOREL_API void throwInvalidIndex(unsigned int index, unsigned int count);
 
-/// Throws a plain `Exception` that says `message` as it stands.
+/// Throws an `Exception` whose text is exactly `message`.
 [[noreturn]] VOREL_API void throwFailure(const wchar_t* message);
 
-/// The handlers behind the frames below. Each is called while an exception is being handled, and finds out for itself
-/// whether that is one of the library's.
+/// The handlers of the functions below. Call them only while an exception is handled; they find out whether it is an
+/// exception of the library.
 [[noreturn]] VOREL_API void passOn(const wchar_t* location);
 [[noreturn]] VOREL_API void passOn(const wchar_t* className, const wchar_t* operation);
 VOREL_API void passOnFromDestructor(const wchar_t* className);
 VOREL_API void contain(const wchar_t* location) noexcept;
 
-/// Runs `body` under the name of a class and one of its operations, and returns its result.
+/// Runs `body` and returns its result. A failure is recorded under the name of the class and its operation, and
+/// rethrown.
 template <class Body>
 decltype(auto) guarded(const wchar_t* className, const wchar_t* operation, Body&& body) {
     try {
@@ -42,7 +44,7 @@ decltype(auto) guarded(const wchar_t* className, const wchar_t* operation, Body&
     }
 }
 
-/// Runs `body` under the name of a free function, and returns its result.
+/// Runs `body` and returns its result. A failure is recorded under the name of the free function, and rethrown.
 template <class Body>
 decltype(auto) guarded(const wchar_t* location, Body&& body) {
     try {
@@ -52,8 +54,8 @@ decltype(auto) guarded(const wchar_t* location, Body&& body) {
     }
 }
 
-/// Runs the body of a destructor: a failure is recorded and swallowed while another exception unwinds the stack, and
-/// recorded and thrown on otherwise.
+/// Runs the body of a destructor. A failure is recorded. It is swallowed while another exception unwinds the stack, and
+/// rethrown otherwise.
 template <class Body>
 void guardedDestructor(const wchar_t* className, Body&& body) {
     try {
@@ -63,9 +65,9 @@ void guardedDestructor(const wchar_t* className, Body&& body) {
     }
 }
 
-/// Releases things one after another, all of them, even when releasing one fails: `releaseNext` releases one and
-/// returns whether there may be more, and a call that throws has moved past its own. The first failure leaves when
-/// nothing remains. Later ones are recorded and swallowed, because the first already unwinds the stack by then.
+/// Releases a sequence of resources completely, even if some releases fail. `releaseNext` releases one resource and
+/// returns whether there may be more. It must advance before it throws. The first failure is thrown when nothing is
+/// left to release. Later failures are recorded and swallowed, because the first one is already unwinding the stack.
 template <class ReleaseNext>
 void releaseAll(const wchar_t* className, ReleaseNext&& releaseNext) {
     // NOLINTNEXTLINE(cppcoreguidelines-special-member-functions): local, never copied
@@ -85,7 +87,7 @@ void releaseAll(const wchar_t* className, ReleaseNext&& releaseNext) {
     }
 }
 
-/// Runs `body` in an operation that must not throw: a failure is recorded in the log and ends here.
+/// Runs `body` in an operation that must not throw. A failure is recorded in the log and swallowed.
 template <class Body>
 void contained(const wchar_t* location, Body&& body) noexcept {
     try {
