@@ -1,22 +1,22 @@
 /// \file
-/// The kinds of failure, each a class of its own, so that callers can catch by kind. Each fixes the wording of its
-/// first message, which is logged at once, adds no field, and is thrown on as itself by `rethrow()`. A move copies.
+/// The exception classes, one for each kind of failure. Each has a fixed text for its first message, logs it at once,
+/// adds no field, and is rethrown with its own class by `rethrow()`. A move copies.
 #pragma once
 
 #include "vorel/exceptions/Exception.h"
 
 namespace vorel {
 
-/// An interface that is not there.
+/// An interface that is not supported.
 class VOREL_API NotImplementedException : public Exception {
 public:
-    /// "Interface not supported: %ls" with `name`; null prints as nothing.
+    /// "Interface not supported: %ls" with `name`; a null name prints as nothing.
     explicit NotImplementedException(const wchar_t* name) noexcept;
     explicit NotImplementedException(const char* name) noexcept;
     [[noreturn]] void rethrow() override;
 };
 
-/// Data of another type than the record holds.
+/// A data record that does not have the required type.
 class VOREL_API DataRecordTypeException : public Exception {
 public:
     /// "The required data type is not found in the current data record."
@@ -30,10 +30,10 @@ public:
     [[noreturn]] void rethrow() override;
 };
 
-/// A call of the system that failed.
+/// A failed system call.
 class VOREL_API Win32Exception : public Exception {
 public:
-    /// `text` as it stands.
+    /// `text`, unchanged.
     explicit Win32Exception(const wchar_t* text) noexcept;
 
     /// "%ls: 0x%X" with `text` and the system's error `code`.
@@ -41,7 +41,7 @@ public:
     [[noreturn]] void rethrow() override;
 };
 
-/// Memory that could not be had.
+/// A failed allocation.
 class VOREL_API MemoryException : public Exception {
 public:
     /// "No more memory is available: %d objects of size %d requested"; `size` in bytes.
@@ -49,7 +49,7 @@ public:
     [[noreturn]] void rethrow() override;
 };
 
-/// A time limit that was overrun.
+/// A time limit that has passed.
 class VOREL_API TimeoutException : public Exception {
 public:
     /// "Operation has overrun its specified timeout limit."
@@ -58,7 +58,7 @@ public:
     [[noreturn]] void rethrow() override;
 };
 
-/// A property that may not be read or set.
+/// A property that must not be read or set.
 class VOREL_API PropertyAccessException : public Exception {
 public:
     /// "Property value access violation."
@@ -67,19 +67,19 @@ public:
     [[noreturn]] void rethrow() override;
 };
 
-/// An index outside of a named range.
+/// An index outside a named range.
 class VOREL_API OutOfRangeException : public Exception {
 public:
-    /// "%ls: Index \"%d\" out of range: [%d,%d]" with `name`, `index`, `low` and `high`: the last argument is printed
-    /// first, and that is meant.
+    /// "%ls: Index \"%d\" out of range: [%d,%d]" with `name`, `index`, `low` and `high`. The last argument is printed
+    /// first by design.
     OutOfRangeException(const wchar_t* name, int low, int high, int index) noexcept;
     [[noreturn]] void rethrow() override;
 };
 
-/// What a comparison found; its default form has no message.
+/// The result of a comparison. Its default form has no message.
 class VOREL_API DiffException : public Exception {
 public:
-    /// No message, or the rendered one.
+    /// Creates an exception without a message, or with the rendered one.
     DiffException() noexcept;
     explicit DiffException(const wchar_t* fmt, ...) noexcept;
     VOREL_PRINTF(2, 3) explicit DiffException(const char* fmt, ...) noexcept;
@@ -89,7 +89,7 @@ public:
 /// A difference that is an error.
 class VOREL_API DiffErrorException : public DiffException {
 public:
-    /// No message, or the rendered one.
+    /// Creates an exception without a message, or with the rendered one.
     DiffErrorException() noexcept;
     explicit DiffErrorException(const wchar_t* fmt, ...) noexcept;
     VOREL_PRINTF(2, 3) explicit DiffErrorException(const char* fmt, ...) noexcept;
@@ -99,22 +99,22 @@ public:
 /// A difference that is a warning.
 class VOREL_API DiffWarningException : public DiffException {
 public:
-    /// No message, or the rendered one.
+    /// Creates an exception without a message, or with the rendered one.
     DiffWarningException() noexcept;
     explicit DiffWarningException(const wchar_t* fmt, ...) noexcept;
     VOREL_PRINTF(2, 3) explicit DiffWarningException(const char* fmt, ...) noexcept;
     [[noreturn]] void rethrow() override;
 };
 
-/// An index outside of a sequence.
+/// An index outside a sequence.
 class VOREL_API InvalidIndexException : public Exception {
 public:
-    /// With `high` above `low`: "An invalid index value (%d) has been detected; legal values are between %d and %d".
-    /// With both equal and not negative: "An invalid index value (%d) has been detected; only legal value is %d".
+    /// If `high` is above `low`: "An invalid index value (%d) has been detected; legal values are between %d and %d".
+    /// If they are equal and not negative: "An invalid index value (%d) has been detected; only legal value is %d".
     /// Otherwise: "An invalid index value (%d) has been detected; there are zero items".
     InvalidIndexException(int index, int low, int high) noexcept;
 
-    /// The same for a sequence whose first index is 0 and whose last legal index is `last`: its count minus one.
+    /// The same for a sequence with indices from 0 to `last`, the count minus one.
     InvalidIndexException(int index, int last) noexcept;
     explicit InvalidIndexException(const wchar_t* fmt, ...) noexcept;
     VOREL_PRINTF(2, 3) explicit InvalidIndexException(const char* fmt, ...) noexcept;
@@ -124,7 +124,7 @@ private:
     void SetMessage(int index, int low, int high) noexcept;
 };
 
-/// A parameter with a value that means nothing.
+/// A parameter with an unknown value.
 class VOREL_API BadParameterException : public Exception {
 public:
     /// "Parameter \"%ls\" value \"%ls\" is unrecognized; perhaps your system components need updating?"

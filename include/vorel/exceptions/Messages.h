@@ -1,7 +1,7 @@
 /// \file
-/// The formats of the records that handlers add to an exception, exported so that clients write the same lines. The
-/// first `%ls` is a location: a function name, or a class name followed by a method name. The destructor forms take
-/// the class name twice.
+/// The formats of the records that handlers add to an exception. They are exported, so that clients write the same
+/// lines. The first `%ls` is a location: the name of a function, or of a class, followed by the name of a method. The
+/// destructor forms take the class name twice.
 #pragma once
 
 #include "vorel/Export.h"
