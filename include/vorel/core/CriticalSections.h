@@ -1,15 +1,15 @@
 /// \file
-/// The in-process locks: three policies of one shape, so that a template can take its lock as a parameter.
+/// The locks within a process: three classes with the same interface, so a template can take its lock as a parameter.
 ///
-/// | policy                  | locks                                         |
+/// | class                   | locks                                         |
 /// |-------------------------|-----------------------------------------------|
 /// | `AutoCriticalSection`   | while the thread-safety switch is on          |
 /// | `ForcedCriticalSection` | always                                        |
 /// | `NoLock`                | never                                         |
 ///
-/// The locks are recursive: the owner may enter again and must leave as often. `lock` takes a time limit and a flag
-/// because every lock of the library does; a critical section knows just two limits: 0 tries once, and any other value
-/// waits as long as it takes. That is meant: `lock(60000, true)` waits without limit.
+/// The locks are recursive: the owner may lock again, and must unlock as often. `lock` takes a time limit and a flag,
+/// like every lock of the library. A critical section distinguishes two limits only: 0 tries once, every other value
+/// waits without limit. So `lock(60000, true)` waits without limit by design.
 #pragma once
 
 #include "vorel/Export.h"
@@ -26,21 +26,21 @@ public:
     AutoCriticalSection(const AutoCriticalSection&) = delete;
     AutoCriticalSection& operator=(const AutoCriticalSection&) = delete;
 
-    /// Locks (`timeout` other than 0), or tries to (0), and says whether the lock is held; true at once while the
-    /// switch is off. The second argument is not looked at.
+    /// Locks (`timeout` other than 0) or tries to (0), and returns whether the lock is held; true at once while the
+    /// switch is off. The second argument is ignored.
     bool lock(unsigned int timeout, bool);
 
-    /// Takes the lock if that needs no waiting, and says whether it did; true while the switch is off.
+    /// Locks if that is possible without waiting, and returns whether it did; true while the switch is off.
     bool tryLock();
 
-    /// Leaves the lock; does nothing while the switch is off.
+    /// Unlocks; does nothing while the switch is off.
     void unlock();
 
     /// The operating system's critical section; owned by the lock.
     [[nodiscard]] void* getHandle() const noexcept { return m_handle; }
 
 protected:
-    /// `lock` and `unlock` whatever the switch says.
+    /// `lock` and `unlock`, independent of the switch.
     bool lockImpl(unsigned int timeout, bool);
     void unlockImpl();
 
@@ -48,7 +48,7 @@ private:
     void* m_handle;
 };
 
-/// A critical section that locks always.
+/// A critical section that always locks.
 class VOREL_API ForcedCriticalSection {
 public:
     /// \throws Exception "malloc failed" when the critical section cannot be allocated.
@@ -58,7 +58,7 @@ public:
     ForcedCriticalSection(const ForcedCriticalSection&) = delete;
     ForcedCriticalSection& operator=(const ForcedCriticalSection&) = delete;
 
-    /// Locks (`timeout` other than 0), or tries to (0), and says whether the lock is held.
+    /// Locks (`timeout` other than 0) or tries to (0), and returns whether the lock is held.
     bool lock(unsigned int timeout, bool);
     bool tryLock();
     void unlock();
@@ -68,15 +68,15 @@ private:
     void* m_handle;
 };
 
-/// No lock in the shape of one.
+/// A lock that does nothing.
 class NoLock {
 public:
-    /// Nothing happens, and every lock is had at once.
+    /// Does nothing and returns true.
     bool lock(unsigned int, bool) noexcept { return true; }
     bool tryLock() noexcept { return true; }
     void unlock() noexcept {}
 
-    /// Null: there is no critical section.
+    /// Always null.
     [[nodiscard]] void* getHandle() const noexcept { return nullptr; }
 };
 

@@ -1,5 +1,5 @@
 /// \file
-/// Scoped guards over any lock of the library.
+/// Scoped guards for every lock of the library.
 ///
 ///     vorel::ForcedCriticalSection lock;
 ///     {
@@ -7,20 +7,20 @@
 ///         { const vorel::UnGuard left(lock); }    // … except in here …
 ///     }                                           // … and released.
 ///
-/// A failure at the end of a scope is reported under the rules of a destructor that may throw: only recorded while
-/// another exception unwinds the stack, recorded and thrown on otherwise.
+/// A failure at the end of a scope is reported by the rules for destructors that may throw: it is recorded, and
+/// rethrown unless another exception unwinds the stack.
 #pragma once
 
 #include "vorel/core/Protocol.h"
 
 namespace vorel {
 
-/// Holds a lock for the length of a block.
+/// Holds a lock during a block.
 template <class Lock>
 class Guard {
 public:
-    /// Takes `lock`, which has to outlive the guard. It is asked to wait for up to a minute, which an `AutoMutex` does;
-    /// a critical section waits as long as it takes.
+    /// Locks `lock`, which must outlive the guard. An `AutoMutex` waits up to a minute; a critical section waits
+    /// without limit.
     explicit Guard(Lock& lock) : m_lock(&lock), m_held(lock.lock(kTimeoutMs, true)) {}
 
     ~Guard() noexcept(false) {
@@ -42,11 +42,11 @@ private:
     bool m_held;
 };
 
-/// Leaves a held lock for the length of a block, and takes it again at its end.
+/// Releases a held lock during a block, and locks it again at the end.
 template <class Lock>
 class UnGuard {
 public:
-    /// Leaves `lock`, which has to outlive the guard.
+    /// Unlocks `lock`, which must outlive the guard.
     explicit UnGuard(Lock& lock) : m_lock(&lock), m_held(true) {
         lock.unlock();
         m_held = false;

@@ -1,5 +1,5 @@
 /// \file
-/// `AutoMutex`: a recursive lock with a name, which all processes of the machine share, whatever user they run under.
+/// `AutoMutex`: a named recursive lock, shared by all processes of the machine, whatever user they run under.
 ///
 ///     vorel::AutoMutex ledger(L"TalvenorLedger", false, false);
 ///     const vorel::Guard held(ledger);
@@ -7,26 +7,26 @@
 /// | state       | handle | count | owner  | left by                                              |
 /// |-------------|--------|-------|--------|------------------------------------------------------|
 /// | unnamed     | none   | 0     | none   | `initialize`                                         |
-/// | initialised | open   | 0     | none   | `lock`, `tryLock`; the end of the object             |
-/// | held        | open   | ≥ 1   | thread | as many `unlock` of the owner as there were locks    |
+/// | initialised | open   | 0     | none   | `lock`, `tryLock`; destruction                       |
+/// | held        | open   | ≥ 1   | thread | as many calls of `unlock` by the owner as of `lock`  |
 ///
-/// The mutex of the operating system is taken and released once for each hold; the object keeps count of its own holds.
-/// When a thread ends, or its process is killed, without giving a mutex back, the next one to take it gets it, with a
-/// warning in the error log.
+/// Each hold locks and unlocks the mutex of the system once; the object counts its own holds. If a thread ends, or its
+/// process is killed, while it holds a mutex, the next thread to lock the mutex gets it, with a warning in the error
+/// log.
 ///
-/// The system reports an abandoned mutex once, to one object. If that is not the object through which the ended thread
-/// held the mutex, that object keeps the thread's id and its holds. This has the following effects:
+/// The system reports an abandoned mutex once, to one object. If the ended thread held the mutex through another
+/// object, that object still records the thread's id and its holds. This has the following effects:
 ///
-/// - `lock` and `tryLock` of every other thread throw "Mutex …: Trying to increment lock count …" and give the mutex
-///   back; no other object is affected. `unlock` does nothing.
-/// - `initialize` with another name throws. So does the destructor, which closes the mutex all the same.
-/// - The system may give the id to a new thread. The object takes that thread for the owner: its locks succeed, and one
-///   `unlock` more than there were locks throws "AutoMutex::unlock: Failed to release mutex …" instead of doing
-///   nothing. The destructor throws the same on this thread.
+/// - `lock` and `tryLock` of every other thread throw "Mutex …: Trying to increment lock count …" and release the
+///   mutex; no other object is affected. `unlock` does nothing.
+/// - `initialize` with another name throws. So does the destructor, but it closes the mutex.
+/// - The system may give the id to a new thread. The object treats that thread as the owner: its locks succeed, and one
+///   more `unlock` than there were locks throws "AutoMutex::unlock: Failed to release mutex …" instead of doing
+///   nothing. On this thread the destructor throws the same exception.
 /// - The record is cleared only if the mutex is abandoned again and the system reports it to this object.
 ///
-/// A program whose lock fails in this way destroys the object, catches what the destructor throws, and creates a new
-/// one. It is avoided by threads that end only after they gave the mutex back.
+/// A program whose lock fails in this way destroys the object, catches the exception of the destructor, and creates a
+/// new object. Threads that release the mutex before they end avoid the problem.
 #pragma once
 
 #include "vorel/Export.h"
@@ -40,57 +40,57 @@ namespace detail {
 struct MutexAccess;
 }
 
-/// Thread-safe, but for `initialize` and the destructor, while the thread-safety switch is on.
+/// Thread-safe while the thread-safety switch is on, except `initialize` and the destructor.
 class VOREL_API AutoMutex {
 public:
-    /// Opens the mutex `name`, and takes it if `lockNow` is set, waiting for up to a minute. A null `name` makes an
-    /// object without a mutex. `flag` is kept and not looked at.
-    /// \throws Exception "malloc failed"; "AutoMutex: Failed to create mutex …"; what `lock` throws.
+    /// Opens the mutex `name`. If `lockNow` is set, locks it, waiting up to a minute. With a null `name` the object has
+    /// no mutex. `flag` is stored and ignored.
+    /// \throws Exception "malloc failed"; "AutoMutex: Failed to create mutex …"; the exceptions of `lock`.
     AutoMutex(const wchar_t* name, bool lockNow, bool flag);
 
-    /// Gives back every hold of the object and closes the mutex. When another thread holds it, waits for up to a
-    /// minute. \throws Exception, unless another exception unwinds the stack.
+    /// Releases every hold of the object and closes the mutex. If another thread holds it, waits up to a minute.
+    /// \throws Exception, unless another exception unwinds the stack.
     virtual ~AutoMutex() noexcept(false);
 
     AutoMutex(const AutoMutex&) = delete;
     AutoMutex& operator=(const AutoMutex&) = delete;
 
-    /// Opens the mutex "Global\" + `name`; names differ by case. Does nothing when the object has that mutex already,
-    /// and closes the one that it has under another name first. `flag` is kept and not looked at.
+    /// Opens the mutex "Global\" + `name`; names are case-sensitive. Does nothing if the object already has that mutex;
+    /// a mutex with another name is closed first. `flag` is stored and ignored.
     ///
-    /// \returns whether there is a mutex now; if not, a warning in the error log says why, and the call may be
-    /// repeated.
+    /// \returns whether the object has a mutex. If it has none, a warning in the error log gives the reason, and the
+    ///         call may be repeated.
     ///
-    /// \throws Exception "AutoMutex::initialize: Name required for mutex" for a null name; and when the mutex of
-    /// another name cannot be closed, or another thread does not give it back within a minute.
+    /// \throws Exception "AutoMutex::initialize: Name required for mutex" for a null name; another Exception if the
+    ///         mutex with another name cannot be closed, or another thread does not release it within a minute.
     virtual bool initialize(const wchar_t* name, bool flag);
 
-    /// Waits for the mutex for up to `timeout` milliseconds (0xFFFFFFFF: without limit) and says whether it is held. A
-    /// mutex that its owner left behind counts as taken, with a warning.
+    /// Waits for the mutex up to `timeout` milliseconds (0xFFFFFFFF: without limit) and returns whether it is held. An
+    /// abandoned mutex is acquired, with a warning.
     ///
-    /// A failure, the end of the time included, is told in this order: as an exception, if `throwOnFailure` is set; in
-    /// `errorText`, if that is not null; and, if `timeout` is not 0, as a warning.
+    /// A failure, including a timeout, is reported in this order: as an exception if `throwOnFailure` is set; in
+    /// `errorText` if that is not null; and as a warning if `timeout` is not 0.
     ///
     /// \throws Exception "AutoMutex::lock: Mutex not initialized"; "AutoMutex::lock: Failed to lock mutex …"; and
-    /// "Mutex …: Trying to increment lock count from a thread that does not own the mutex. …", where the object still
-    /// records a thread that ended with the mutex held, because the system reported it to another object: the mutex is
-    /// then given back.
+    ///         "Mutex …: Trying to increment lock count from a thread that does not own the mutex. …" if the object
+    ///         still records a thread that ended while it held the mutex, because the system reported that to another
+    ///         object. The mutex is then released.
     bool lock(unsigned int timeout, bool throwOnFailure, BaseString<wchar_t>* errorText = nullptr);
 
-    /// Takes the mutex if that needs no waiting, and says whether it did.
-    /// \throws Exception "AutoMutex::lock: Mutex not initialized"; and for a recorded thread that has ended, like
-    /// `lock`.
+    /// Locks the mutex if that is possible without waiting, and returns whether it did.
+    /// \throws Exception "AutoMutex::lock: Mutex not initialized"; for a recorded thread that has ended, the same as
+    ///         `lock`.
     bool tryLock();
 
-    /// Gives one hold back. Does nothing when nothing is held, or when another thread is the owner.
-    /// \throws Exception "AutoMutex::unlock: Mutex not initialized"; "AutoMutex::unlock: Failed to release mutex …",
-    /// and then the hold is still there.
+    /// Releases one hold. Does nothing if nothing is held, or if another thread is the owner.
+    /// \throws Exception "AutoMutex::unlock: Mutex not initialized"; "AutoMutex::unlock: Failed to release mutex …":
+    ///         the hold is then kept.
     void unlock();
 
-    /// Null: the reasons of a failing `initialize` stand in the error log.
+    /// Always null: the error log has the reason of a failed `initialize`.
     [[nodiscard]] const wchar_t* getInitializeError() const noexcept { return m_initializeError.c_str(); }
 
-    /// Kept, and not looked at on this platform.
+    /// Stored, and ignored on this platform.
     void SetUseFcntlTimeout(bool useFcntlTimeout) noexcept { m_useFcntlTimeout = useFcntlTimeout; }
 
 private:
@@ -115,9 +115,9 @@ private:
     detail::KernelHandle m_mutex;
     BaseString<wchar_t> m_name;
     BaseString<wchar_t> m_initializeError;
-    AutoCriticalSection m_bookkeeping;  ///< guards the two that follow
+    AutoCriticalSection m_bookkeeping;  ///< guards the next two members
     int m_lockCount = 0;
-    long long m_lockingThreadId = 0;  ///< 0: nobody
+    long long m_lockingThreadId = 0;  ///< 0: no thread
     bool m_flag = false;
     bool m_useFcntlTimeout = false;
 };

@@ -1,5 +1,5 @@
 /// \file
-/// `Condition`: a condition variable within the process, tied to a lock of the caller's.
+/// `Condition`: a condition variable within the process, tied to a lock of the caller.
 ///
 ///     vorel::ForcedCriticalSection lock;
 ///     vorel::Condition arrived(lock);
@@ -8,7 +8,7 @@
 ///     while (letters == 0 && arrived.wait(-1)) {
 ///     }
 ///
-/// A signal releases one waiter. One that finds none is kept for the next to wait, but no more than one is.
+/// A signal releases one waiter. If there is none, one signal is kept for the next waiter; further signals are lost.
 #pragma once
 
 #include "vorel/Export.h"
@@ -20,7 +20,7 @@ namespace vorel {
 /// Thread-safe.
 class VOREL_API Condition {
 public:
-    /// `lock` stays the caller's, and must outlive the condition.
+    /// The caller keeps `lock`, which must outlive the condition.
     /// \throws Exception "malloc failed"; "Failed to create condition."
     explicit Condition(ForcedCriticalSection& lock);
     ~Condition() noexcept(false);
@@ -28,21 +28,21 @@ public:
     Condition(const Condition&) = delete;
     Condition& operator=(const Condition&) = delete;
 
-    /// Releases one waiter, or the next one to come. The caller may hold the lock or not.
+    /// Releases one waiter, or the next one to arrive. The caller may hold the lock, but need not.
     /// \throws Exception "Failed to set event."
     void signal();
 
-    /// Releases the waiters one by one, ten milliseconds apart, until none is left; those that come meanwhile begin to
-    /// wait when it is over. Returns at once when nobody waits. The caller may hold the lock or not.
+    /// Releases the waiters one by one, every ten milliseconds, until none is left. Threads that call `wait` meanwhile
+    /// start to wait after the broadcast. Returns at once if nobody waits. The caller may hold the lock, but
+    /// need not.
     ///
-    /// A thread that has left the lock on its way into `wait`, and does not wait yet, is not reached: whoever waits for
-    /// a broadcast waits with a limit, and looks again.
+    /// A broadcast does not reach a thread that has left the lock in `wait` but does not wait yet. So threads that
+    /// expect a broadcast should wait with a time limit and then check their condition again.
     /// \throws Exception "Failed to set event."
     void broadcast();
 
-    /// Leaves the lock, which the caller holds once, waits for a signal for up to `timeout` milliseconds (-1: without
-    /// limit), and takes the lock again, whatever happened. True after a signal, false after the end of the time or a
-    /// failure.
+    /// Releases the lock, which the caller must hold exactly once, waits for a signal up to `timeout` milliseconds (-1:
+    /// without limit), and takes the lock again in every case. True after a signal, false after a timeout or a failure.
     bool wait(int timeout);
 
 private:
@@ -54,7 +54,7 @@ private:
     ForcedCriticalSection& m_lock;
     ForcedCriticalSection m_broadcastLock;  ///< held for a whole broadcast; waiters pass through it
     detail::KernelHandle m_event;
-    volatile long m_waiters = 0;  ///< changed outside every lock, so only atomically
+    volatile long m_waiters = 0;  ///< changed without a lock, so only atomically
 };
 
 }  // namespace vorel

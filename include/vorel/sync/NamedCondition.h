@@ -1,6 +1,6 @@
 /// \file
-/// `NamedCondition`: an event with a name, which any process of the machine can signal and wait for, whatever user it
-/// runs under.
+/// `NamedCondition`: a named event that every process of the machine can signal and wait for, whatever user it runs
+/// under.
 ///
 ///     vorel::NamedCondition done(L"Global\\TalvenorImportDone");
 ///     done.signal();                 // in one process
@@ -13,26 +13,26 @@
 
 namespace vorel {
 
-/// A signal releases one waiter of all processes, or the next one to come; there is no broadcast. Thread-safe.
+/// A signal releases one waiter of all processes, or the next one to arrive. It has no broadcast. Thread-safe.
 class VOREL_API NamedCondition {
 public:
-    /// Creates the event `name`, or opens it when it is there. The name is used as it is; "Global\" in front makes it
-    /// machine-wide.
+    /// Opens the event `name`, and creates it if it does not exist. The name is used unchanged; the prefix "Global\"
+    /// makes it machine-wide.
     /// \throws Exception "Failed to create condition '%ls': %ls" with the name and the reason.
     explicit NamedCondition(const wchar_t* name);
     ~NamedCondition() noexcept(false);
 
-    /// Releases one waiter, or the next one to come.
+    /// Releases one waiter, or the next one to arrive.
     /// \throws Exception "Failed to set event."
     void signal();
 
-    /// Waits for a signal for up to `timeout` milliseconds (-1: without limit). True only when there was one.
+    /// Waits for a signal up to `timeout` milliseconds (-1: without limit). True only after a signal.
     bool wait(int timeout);
 
 private:
     static const wchar_t* const ClassName;
 
-    /// These exist, and throw, for clients that bind to them by name.
+    /// These throw. They exist for clients that bind to them by name.
     NamedCondition();
     NamedCondition(const NamedCondition& other);
     NamedCondition& operator=(const NamedCondition& other);
