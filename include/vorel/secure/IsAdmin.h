@@ -6,13 +6,13 @@
 
 namespace vorel {
 
-/// Whether the calling user belongs to the built-in Administrators group; false when that cannot be found out.
+/// Whether the user of the process belongs to the built-in Administrators group; false if that cannot be determined.
 ///
-/// The answer is about the user of the process, also while the calling thread impersonates another one. The thread
-/// impersonates its own process during the call, and the same token as before afterwards, or none if there was none.
-/// When that token cannot be opened, the call returns false and changes nothing. When the system does not set it again,
-/// the call returns false, a warning in the error log gives the reason, and the thread acts as its process: a program
-/// that acts for a client should check its token after a false result. Thread-safe.
+/// The result is about the user of the process, even if the calling thread impersonates another user. During the call
+/// the thread impersonates its own process; afterwards it has the same token as before, or none if it had none. If that
+/// token cannot be opened, the call returns false and changes nothing. If the system does not set it again, the call
+/// returns false, a warning in the error log gives the reason, and the thread acts as its process: a program that acts
+/// for a client should check its token after a false result. Thread-safe.
 VOREL_API bool IsAdmin() noexcept;
 
 }  // namespace vorel

@@ -7,19 +7,18 @@
 
 namespace vorel::util {
 
-/// Sets `text` to the system's message for the error `code`, in the user's default language, without white space at
-/// either end, and returns the text's characters (never null). A code without a message gives the empty text.
+/// Sets `text` to the system's message for the error `code` in the user's default language, without white space at
+/// either end, and returns its characters (never null). A code without a message gives the empty text.
 ///
 ///     0 → "No Error"
 ///
 /// Thread-safe.
-/// \throws MemoryException when the text cannot be stored; `text` is empty then, but for code 0, which leaves it as it
-///         was.
+/// \throws MemoryException if the text cannot be stored. `text` is then empty; for code 0 it is unchanged.
 VOREL_API const wchar_t* FormatErrorMsg(int code, BaseString<wchar_t>& text);
 
-/// Sets `text` to the message for the calling thread's last system error and returns true; with a last error of 0 it
-/// returns false and leaves `text` as it was.
-/// \throws MemoryException when the text cannot be stored; `text` is empty then.
+/// Sets `text` to the message for the calling thread's last system error and returns true. If the last error is 0,
+/// returns false and does not change `text`.
+/// \throws MemoryException if the text cannot be stored; `text` is then empty.
 VOREL_API bool GetLastErrorMsg(BaseString<wchar_t>& text);
 
 }  // namespace vorel::util

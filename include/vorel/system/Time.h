@@ -1,6 +1,6 @@
 /// \file
-/// Thread-safe forms of the standard time conversions, and clocks. Times are seconds since 1970-01-01 UTC. Everything
-/// writes into storage of the caller and may be called from any thread.
+/// Thread-safe forms of the standard time conversions, and clocks. Times are seconds since 1970-01-01 UTC. Results are
+/// written to storage of the caller; every function may be called from any thread.
 #pragma once
 
 #include <ctime>
@@ -9,13 +9,13 @@
 
 namespace vorel::util {
 
-/// Breaks `time` down into local time (`localtime`) or UTC (`gmtime`) in `result`, and returns `result`. A time that
-/// the runtime cannot convert is not reported; it leaves -1 in every field.
+/// Converts `time` to local time (`localtime`) or UTC (`gmtime`) in `result`, and returns `result`. A time that the
+/// runtime cannot convert is not reported; it sets every field to -1.
 /// \throws Exception "pLocalTime is null", "pGMTime is null" for a null `result`.
 VOREL_API std::tm* localtime(const long long* time, std::tm* result);
 VOREL_API std::tm* gmtime(const long long* time, std::tm* result);
 
-/// Writes `time` (null: now, in local time) into `buffer` of `size` bytes, 26 at least, and returns the buffer.
+/// Writes `time` (null: now, in local time) to `buffer` of `size` bytes, at least 26, and returns the buffer.
 ///
 ///     → "Mon Nov 16 01:43:08 2026", without a line feed
 ///
@@ -23,22 +23,22 @@ VOREL_API std::tm* gmtime(const long long* time, std::tm* result);
 ///         structure or out of range values for components of the time".
 VOREL_API char* asctime(const std::tm* time, char* buffer, unsigned long long size);
 
-/// The same for a time in seconds, in local time, with a line feed at the end: that difference is meant. A time that
-/// the runtime cannot convert is not reported; it leaves the empty text.
+/// The same for a time in seconds, as local time, but with a line feed at the end by design. A time that the runtime
+/// cannot convert is not reported; it gives the empty text.
 /// \throws Exception "buffer is null"; "buffer must be at least 26 characters long, actual size = %i".
 VOREL_API char* ctime(const long long* time, char* buffer, unsigned long long size);
 
-/// Microseconds, and milliseconds, since 1970-01-01 UTC.
+/// Microseconds and milliseconds since 1970-01-01 UTC.
 VOREL_API unsigned long long getmicrotime();
 VOREL_API unsigned long long getMillisecondsUTC();
 
 /// Milliseconds since the system started, as a 32-bit count that wraps after about 49.7 days.
 VOREL_API unsigned long long getMillisecondCount() noexcept;
 
-/// The same count: in spite of its name it counts milliseconds.
+/// The same count; despite its name it counts milliseconds.
 VOREL_API unsigned long long getProcessorCycles() noexcept;
 
-/// Microseconds between two readings of `getProcessorCycles`, right across one wrap of the count.
+/// Microseconds between two results of `getProcessorCycles`; correct across one wrap of the count.
 ///
 ///     0xFFFFFFF0, 0x10  →  32000
 VOREL_API unsigned long long getMicrotimeFromProcessorCycles(unsigned long long start, unsigned long long end) noexcept;
