@@ -1,10 +1,10 @@
 /// \file
-/// Conversion between wide text and the code pages of Windows, in the manner of `iconv`. A converter is a number that
-/// carries two code pages: the lower sixteen bits the one to convert to, the upper sixteen the one to convert from.
-/// There is nothing behind it, so it need not be closed, and may be used by any number of threads.
+/// Conversion between wide text and the code pages of Windows, with an interface like that of `iconv`. A converter is a
+/// number that contains two code pages: the target in its lower sixteen bits, the source in its upper sixteen. It owns
+/// no resources, so it need not be closed, and any number of threads may use it.
 ///
-/// Failures are told by -1 and `errno`. What throws all the same (memory, locks, and `iconv` itself) gets a record of
-/// the operation ("iconv::iconv_open: Vorel exception rethrown").
+/// Failures are reported by -1 and `errno`. Exceptions (memory, locks, and `iconv` itself) get a record of the
+/// operation ("iconv::iconv_open: Vorel exception rethrown").
 #pragma once
 
 #include <cstddef>
@@ -13,64 +13,64 @@
 
 namespace vorel::util {
 
-/// A converter by the names of its code pages, in any case; 617 names of 146 code pages are known. It is one-sided, and
-/// that is meant: with `from` given, `to` is not looked up, and the converter only converts from that code page; it
-/// converts to `to` only when `from` is null. Whether the system has the code page is not asked here.
+/// Returns a converter for the named code pages, in any case; 617 names of 146 code pages are known. A converter is
+/// one-sided by design: if `from` is given, `to` is ignored, and the converter only converts from that code page. It
+/// converts to `to` only if `from` is null. Does not check that the system has the code page.
 ///
 ///     "UTF-8", "LATIN1"  →  28591 << 16        "UTF-8", null  →  65001
 ///
-/// Returns -1 with `errno` EINVAL for a name that is not known, and when both are null.
+/// Returns -1 with `errno` EINVAL for an unknown name, and if both are null.
 VOREL_API int iconv_open(const char* to, const char* from);
 
-/// A converter by the numbers of its code pages, 0 for none. A number that the system does not have fails later, in the
-/// conversion. Returns -1 with `errno` EINVAL when both are 0.
+/// Returns a converter for the code pages of these numbers, 0 for none. A number that the system does not have makes
+/// the conversion fail. Returns -1 with `errno` EINVAL if both are 0.
 VOREL_API int iconv_open_codepage(int to, int from);
 
-/// Not available, on purpose.
+/// Not available by design; always throws.
 /// \throws Exception "This function has not been tested.  If you are attempting to use it, please confirm that the
 ///         behavior is as you expect and remove this Exception.  iconv_from_wc and iconv_to_wc can be used without
 ///         problem."
 VOREL_API std::size_t iconv(int converter, char** in, std::size_t* inLeft, char** out, std::size_t* outLeft);
 
-/// 0; for what is no converter -1, with `errno` EBADF. There is nothing to free.
+/// Returns 0; for an invalid converter -1 with `errno` EBADF. There is nothing to free.
 VOREL_API int iconv_close(int converter) noexcept;
 
 /// Does nothing: a converter has no state.
 VOREL_API void iconv_reset(int converter) noexcept;
 
-/// Converts `bytes` bytes of `text` (SIZE_MAX: up to its terminator, and that as well) to wide text in `out`, which has
-/// room for `capacity` units, and returns how many units were written. With a capacity of 0 nothing is written, and the
-/// result is how many there would be.
+/// Converts `bytes` bytes of `text` (SIZE_MAX: up to and including its terminator) to wide text in `out`, a buffer of
+/// `capacity` units, and returns the number of units written. With a capacity of 0, writes nothing and returns the
+/// number of units of the result.
 ///
-/// Returns -1 with `errno` EBADF for a converter that converts from nothing, EILSEQ for bytes that are no text of the
-/// code page, E2BIG when `out` is too small, EINVAL when the system does not have the code page or refuses the
-/// arguments, and for other counts and capacities beyond INT_MAX.
+/// Returns -1 with `errno` EBADF for a converter without a source, EILSEQ for bytes that are not valid in the code
+/// page, E2BIG if `out` is too small, and EINVAL if the system does not have the code page or rejects the arguments,
+/// and for other counts and capacities beyond INT_MAX.
 ///
-/// A count or capacity above INT_MAX is refused without a call to the system, which counts with 31 bits. The system is
-/// called with MB_ERR_INVALID_CHARS, and refuses that flag (EINVAL) for the code pages 42, 50220, 50221, 50222, 50225,
-/// 50227, 50229, 57002 to 57011 and 65000. So these have names, but text cannot be converted from them. `text` must not
-/// overlap `out`: the system refuses two equal pointers (EINVAL). Source: "MultiByteToWideChar function
+/// A count or capacity above INT_MAX is rejected without a system call, because the system uses 31-bit counts. The
+/// system is called with MB_ERR_INVALID_CHARS. It rejects that flag (EINVAL) for the code pages 42, 50220, 50221,
+/// 50222, 50225, 50227, 50229, 57002 to 57011 and 65000: these have names, but text cannot be converted from them.
+/// `text` must not overlap `out`: the system rejects two equal pointers (EINVAL). Source: "MultiByteToWideChar function
 /// (stringapiset.h)" on learn.microsoft.com.
 VOREL_API std::size_t iconv_to_wc(int converter, const char* text, std::size_t bytes, wchar_t* out,
                                   std::size_t capacity);
 
-/// Converts `units` units of `text` (SIZE_MAX: as above) to bytes in `out`, which has room for `capacity`, and returns
-/// how many bytes were written. `defaultUsed`, if not null, says whether a unit had to be replaced by the default
-/// character; not every code page allows the question (`iconv_isCheckDefaultValid`). Failures as above, without EILSEQ;
-/// `defaultUsed` is untouched then.
+/// Converts `units` units of `text` (SIZE_MAX: as above) to bytes in `out`, a buffer of `capacity` bytes, and returns
+/// the number of bytes written. `defaultUsed`, if not null, becomes whether a unit was replaced by the default
+/// character; some code pages cannot report this (`iconv_isCheckDefaultValid`). Failures as above, without EILSEQ;
+/// `defaultUsed` is then unchanged.
 ///
-/// Counts and capacities above INT_MAX are refused as above. Windows refuses a pointer for `defaultUsed` (EINVAL) for
-/// the code pages 65000 (UTF-7) and 65001 (UTF-8). No flags are used here, so the code pages that refuse flags can be
-/// converted to. `text` must not overlap `out`. Source: "WideCharToMultiByte function (stringapiset.h)" on
+/// Counts and capacities above INT_MAX are rejected as above. Windows rejects a pointer for `defaultUsed` (EINVAL) for
+/// the code pages 65000 (UTF-7) and 65001 (UTF-8). No flags are used, so this function also converts to code pages that
+/// reject flags. `text` must not overlap `out`. Source: "WideCharToMultiByte function (stringapiset.h)" on
 /// learn.microsoft.com.
 VOREL_API std::size_t iconv_from_wc(int converter, const wchar_t* text, std::size_t units, char* out,
                                     std::size_t capacity, bool* defaultUsed);
 
-/// Whether the code page allows `iconv_from_wc` to say that the default character was used. UTF-7 and UTF-8 do not. The
-/// system is asked, so the answer is right for other code pages that refuse it as well.
+/// Whether `iconv_from_wc` can report the use of the default character for this code page. It cannot for UTF-7 and
+/// UTF-8. The result comes from the system, so it is also right for other code pages that reject the request.
 VOREL_API bool iconv_isCheckDefaultValid(int codePage);
 
-/// The code page of a name, in any case; -1 for one that is not known, for null, and when the system does not have the
+/// Returns the code page of a name, in any case; -1 for an unknown name, for null, and if the system does not have the
 /// code page.
 ///
 ///     "utf-8"  →  65001

@@ -1,5 +1,5 @@
 /// \file
-/// Bytes as printable text: the Daylight encoding of bit strings.
+/// The Daylight encoding of bit strings.
 #pragma once
 
 #include "vorel/Export.h"
@@ -8,28 +8,28 @@
 
 namespace vorel::util {
 
-/// Groups of three bytes as four characters of the alphabet . + 0-9 A-Z a-z, and one more character at the end: how
-/// many bytes of the last group count. Everything may be called from any thread.
+/// Groups of three bytes as four characters of the alphabet . + 0-9 A-Z a-z, and a final character: the number of bytes
+/// used in the last group. Every function may be called from any thread.
 ///
 ///     41 42  →  EI6.2        41 42 43  →  EI713        nothing  →  3
 class Daylight {
 public:
-    /// An object holds nothing: all operations are static.
+    /// The class has no data: all operations are static.
     VOREL_API Daylight& operator=(const Daylight&);
     Daylight() noexcept = default;
     Daylight(const Daylight&) noexcept = default;
     ~Daylight() = default;
 
     /// Replaces `text` by the encoded bytes.
-    /// \throws MemoryException, before anything is written, when the text cannot be had.
+    /// \throws MemoryException, before anything is written, if the text cannot be allocated.
     VOREL_API static void Encode(const Array<unsigned char>& bytes, BaseString<wchar_t>& text);
 
-    /// Replaces `bytes` by what `text` encodes, and returns 0. The characters are not checked: a comma counts as '+',
-    /// and any other character that is not of the alphabet as '.'. That is meant.
-    /// \throws Exception "Daylight64::Decode: Invalid ASCII string (length wrong)", with `bytes` as they were, when the
-    ///         length is not one more than a multiple of four; "Daylight64::Decode: Invalid ASCII string (unexepected
-    ///         charater at end)", with whole groups in `bytes`, when the last character is none of 1, 2, 3, or says
-    ///         that bytes of a group count where there is none. MemoryException.
+    /// Replaces `bytes` by the bytes that `text` encodes, and returns 0. The characters are not checked by design: a
+    /// comma counts as '+', and any other character outside the alphabet as '.'.
+    /// \throws Exception "Daylight64::Decode: Invalid ASCII string (length wrong)" if the length is not a multiple of
+    ///         four plus one; `bytes` is unchanged. "Daylight64::Decode: Invalid ASCII string (unexepected charater at
+    ///         end)" if the last character is not 1, 2 or 3, or counts bytes of a group that does not exist; `bytes`
+    ///         then holds whole groups. MemoryException.
     VOREL_API static int Decode(const BaseString<wchar_t>& text, Array<unsigned char>& bytes);
 };
 

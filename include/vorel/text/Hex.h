@@ -1,5 +1,5 @@
 /// \file
-/// Bytes as hexadecimal text. Everything may be called from any thread.
+/// Hexadecimal encoding. Every function may be called from any thread.
 #pragma once
 
 #include "vorel/Export.h"
@@ -8,10 +8,10 @@
 
 namespace vorel::util {
 
-/// Two digits for each byte, with a decoder that tells when something is wrong.
+/// Hexadecimal text with two digits for each byte. The decoder reports errors.
 class Hex {
 public:
-    /// An object holds nothing: all operations are static.
+    /// The class has no data: all operations are static.
     VOREL_API Hex& operator=(const Hex&);
     Hex() noexcept = default;
     Hex(const Hex&) noexcept = default;
@@ -21,13 +21,13 @@ public:
     ///
     ///     4A 0F  →  4A0F
     ///
-    /// \throws MemoryException, before anything is written, when the text cannot be had.
+    /// \throws MemoryException, before anything is written, if the text cannot be allocated.
     VOREL_API static void Encode(const Array<unsigned char>& bytes, BaseString<wchar_t>& text);
 
-    /// Sets `bytes` to half as many as `text` has units, writes those that its pairs of digits give, and returns 0; 1
-    /// at the first pair that is none, and for the last digit of an odd number. A prefix "0x" is passed over, but
-    /// counted: the last byte then is not written. The characters ':' to '@' count as 3 to 9, and of each unit
-    /// only the lower eight bits. All of this is meant.
+    /// Sets the size of `bytes` to half the number of units in `text`, writes the byte of each pair of digits, and
+    /// returns 0. Returns 1 at the first invalid pair, and at the last digit of an odd number. By design, a prefix "0x"
+    /// is skipped but counted, so the last byte is not written; the characters ':' to '@' count as 3 to 9; and only the
+    /// lower eight bits of each unit are used.
     ///
     ///     0x4142  →  41 42 and one byte more, 0        4G  →  1        abc  →  AB, 1
     ///
@@ -35,20 +35,20 @@ public:
     VOREL_API static int Decode(const BaseString<wchar_t>& text, Array<unsigned char>& bytes);
 };
 
-/// Replaces `text` by two digits for each byte, upper or lower case, the upper four bits first.
+/// Replaces `text` by two digits for each byte, in upper or lower case, the upper four bits first.
 ///
 ///     AB  →  ab, with `upperCase` AB
 ///
-/// \throws MemoryException, before anything is written, when the text cannot be had, with the record
+/// \throws MemoryException, before anything is written, if the text cannot be allocated, with the record
 ///         "vorel::util::byteArrayToHexString: Vorel exception rethrown".
 VOREL_API void byteArrayToHexString(const Array<unsigned char>& bytes, BaseString<char>& text, bool upperCase);
 VOREL_API void byteArrayToHexString(const Array<unsigned char>& bytes, BaseString<wchar_t>& text, bool upperCase);
 
-/// Replaces `bytes` by one byte for each pair of digits, of `length` units or up to the terminator. A character that is
-/// no digit counts as 0. An odd length, and none at all, leave `bytes` as they are, without a word. All of this is
-/// meant. The text may lie in `bytes`.
+/// Replaces `bytes` by one byte for each pair of digits in `text`, of `length` units or up to the terminator. By
+/// design, a character that is not a digit counts as 0, and an odd length or a length of 0 leaves `bytes` unchanged
+/// without an error. The text may lie in `bytes`.
 ///
-///     4g  →  40        123  →  as before
+///     4g  →  40        123  →  unchanged
 ///
 /// \throws MemoryException.
 VOREL_API void hexStringToByteArray(const char* text, Array<unsigned char>& bytes);

@@ -1,11 +1,12 @@
 /// \file
-/// Percent-encoding of text for URLs, and back. Narrow text is taken as bytes of UTF-8; wide text goes through UTF-8,
-/// so that a character beyond ASCII becomes the escapes of its bytes. Everything may be called from any thread.
+/// Percent-encoding and decoding of text for URLs. Narrow text is treated as UTF-8 bytes. Wide text is converted to
+/// UTF-8 first, so a non-ASCII character becomes the escapes of its bytes. Every function may be called from any
+/// thread.
 ///
-/// A text may lie in the string that gets the result. In wide text, escapes that end within a sequence of UTF-8 are
-/// decoded with zeros for the missing bytes: "%C3" is U+00C0. After a failure, a wide output holds the whole blocks of
-/// 450 units before the error. Escapes have upper-case digits. Control characters, 1 to 31 and
-/// 127, are never escaped; that is meant.
+/// A text may lie in the string that receives the result. In wide text, escapes that end within a UTF-8 sequence are
+/// decoded with zeros for the missing bytes: "%C3" is U+00C0. After a failure, a wide output holds the complete blocks
+/// of 450 units before the error. Escapes have upper-case digits. The control characters 1 to 31 and 127 are never
+/// escaped by design.
 #pragma once
 
 #include "vorel/Export.h"
@@ -13,17 +14,17 @@
 
 namespace vorel::util {
 
-/// The part of a URL that a text will stand in.
+/// The part of a URL that a text is encoded for.
 enum UrlComponent : int {
-    UrlPath = 0,            ///< a whole path: '/' stays, '?' is escaped
-    UrlPathSegment = 1,     ///< one segment of it: both are escaped
-    UrlQuery = 2,           ///< a whole query: a space becomes '+', and '+' is escaped; '?' stays
-    UrlQueryParameter = 3,  ///< one name or value in it: the same, and '&' and '=' are escaped, too
+    UrlPath = 0,            ///< a whole path: '/' is kept, '?' is escaped
+    UrlPathSegment = 1,     ///< a segment of a path: both are escaped
+    UrlQuery = 2,           ///< a whole query: a space becomes '+', and '+' is escaped; '?' is kept
+    UrlQueryParameter = 3,  ///< a name or value in a query: as UrlQuery, also escapes '&' and '='
 };
 
-/// Replaces `output` by `text` with escapes for " # % < > [ \ ] ^ ` { | } ~, for bytes from 128 on, with
-/// `escapeReserved` also for $ & + , / : ; = ? @, and for the space, unless `spaceAsPlus` makes it a '+'. Returns the
-/// output's buffer, which is null when it never had one. Null is an empty text.
+/// Replaces `output` by `text` with escapes for " # % < > [ \ ] ^ ` { | } ~ and for bytes from 128 on. With
+/// `escapeReserved`, $ & + , / : ; = ? @ are escaped too. The space is escaped, or becomes '+' with `spaceAsPlus`.
+/// Returns the output's buffer, which is null if it never had one. Null is an empty text.
 ///
 ///     "a/b c~"  →  a/b%20c%7E        escapeReserved, spaceAsPlus  →  a%2Fb+c%7E
 ///
@@ -32,12 +33,13 @@ VOREL_API const char* urlEncode(const char* text, BaseString<char>& output, bool
 VOREL_API const wchar_t* urlEncode(const wchar_t* text, BaseString<wchar_t>& output, bool escapeReserved,
                                    bool spaceAsPlus);
 
-/// The same into a new string.
+/// Returns the result as a new string.
 VOREL_API BaseString<char> urlEncode(const char* text, bool escapeReserved, bool spaceAsPlus);
 VOREL_API BaseString<wchar_t> urlEncode(const wchar_t* text, bool escapeReserved, bool spaceAsPlus);
 
-/// Replaces `output` by `text` with escapes for what may not stand in that part of a URL. In contrast to `urlEncode`, a
-/// '~' stays; that is meant. A value that is no component escapes what is escaped in all of them.
+/// Replaces `output` by `text` with escapes for the characters that are not allowed in this part of a URL. Unlike
+/// `urlEncode`, it keeps '~' by design. For an unknown component it escapes the characters that are escaped in all
+/// components.
 ///
 ///     "a/b?c=d&e f~"  →  UrlPath a/b%3Fc=d&e%20f~        UrlQueryParameter a/b?c%3Dd%26e+f~
 ///
@@ -47,13 +49,13 @@ VOREL_API const wchar_t* urlEncodeComponent(const wchar_t* text, BaseString<wcha
 VOREL_API BaseString<char> urlEncodeComponent(const char* text, UrlComponent component);
 VOREL_API BaseString<wchar_t> urlEncodeComponent(const wchar_t* text, UrlComponent component);
 
-/// Replaces `output` by `text` with its escapes undone. With bit 0 of `flags` a '+' becomes a space; no other bit means
-/// anything. A '%' without two hexadecimal digits behind it stays as it is.
+/// Replaces `output` by `text` with its escapes decoded. If bit 0 of `flags` is set, a '+' becomes a space; other bits
+/// are ignored. A '%' that is not followed by two hexadecimal digits is kept.
 ///
 ///     %41%4g%  →  A%4g%        a+b, flags 1  →  a b
 ///
-/// \throws MemoryException; the wide form Exception "Error converting UTF-8 character (%ls)" when the bytes are no
-///         UTF-8 (see `ConvertUTF8toString`).
+/// \throws MemoryException; the wide form throws Exception "Error converting UTF-8 character (%ls)" if the bytes are
+///         not valid UTF-8 (see `ConvertUTF8toString`).
 VOREL_API const char* urlDecode(const char* text, BaseString<char>& output, int flags);
 VOREL_API const wchar_t* urlDecode(const wchar_t* text, BaseString<wchar_t>& output, int flags);
 
