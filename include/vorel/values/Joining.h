@@ -1,5 +1,5 @@
 /// \file
-/// Joining strings into one text that `singleStringToMultipleStrings` can take apart again.
+/// Joins strings into one text that `singleStringToMultipleStrings` can split again.
 #pragma once
 
 #include "vorel/Export.h"
@@ -8,20 +8,20 @@
 
 namespace vorel::util {
 
-/// Sets `result` to the items with `delimiter` between neighbours. An item that holds the delimiter or a double quote
-/// is put in double quotes, its own doubled. One item alone that already begins and ends with a double quote is taken
-/// as it is. The delimiter may lie in `result`, and `result` may be one of the items.
+/// Sets `result` to the items, separated by `delimiter`. An item that contains the delimiter or a double quote is put
+/// in double quotes, and its own double quotes are doubled. A single item that already begins and ends with a double
+/// quote is not changed. The delimiter may lie in `result`, and `result` may be one of the items.
 ///
-/// Whether an item holds the delimiter is found in one pass that never goes back: "aab" is not seen to hold "ab", and
-/// stays without quotes. That is meant.
+/// By design, the search for the delimiter in an item is one pass that never goes back: it does not find "ab" in "aab",
+/// so that item is not quoted.
 ///
 ///     a   b,c   d"e with ","  →  a,"b,c","d""e"
 ///
-/// \throws MemoryException; `result` then holds the items so far.
+/// \throws MemoryException; `result` then holds the items joined so far.
 VOREL_API void multipleStringsToSingleString(const Array<BaseString<wchar_t>>& items, const wchar_t* delimiter,
                                              BaseString<wchar_t>& result);
 
-/// The same into a new string.
+/// Returns the result as a new string.
 VOREL_API BaseString<wchar_t> multipleStringsToSingleString(const Array<BaseString<wchar_t>>& items,
                                                             const wchar_t* delimiter);
 

@@ -1,8 +1,8 @@
 /// \file
-/// Lists of values from zero-terminated text. With `append` the values are added behind what the array holds, without
-/// it they replace that. True means that the whole text was read; after false, the array keeps what was read before.
-/// An array that cannot grow is a reason for false, too, and the error log names it: nothing here throws, but for
-/// `stringToLongRanges`. A null text is an empty list. The arrays are the caller's; otherwise everything may be called
+/// Lists of values from zero-terminated text. With `append` the values are appended to the array; without it they
+/// replace its content. The result is true if the whole text was read. If it is false, the array holds the values read
+/// before. An array that cannot grow also gives false, and the error log has the reason: only `stringToLongRanges`
+/// throws. A null text is an empty list. The arrays belong to the caller; apart from that, every function may be called
 /// from any thread.
 #pragma once
 
@@ -11,40 +11,41 @@
 
 namespace vorel::util {
 
-/// Integers, each with an optional sign, white space behind it, and one comma. A fraction is cut off ("2.9" is 2).
-/// White space behind a comma, and nothing between two commas, is an item of its own, and 0; that is meant.
+/// Integers separated by single commas. Each has an optional sign, and white space may follow it. A fraction is cut off
+/// ("2.9" is 2). By design, white space after a comma, and an empty item between two commas, is an item with the value
+/// 0.
 ///
 ///     "1 ,2 3"  →  1 2 3, true        "1, 2"  →  1 0 2, true        "1;2"  →  1, false
 VOREL_API bool stringToIntegerArray(const char* text, Array<int>& values, bool append) noexcept;
 VOREL_API bool stringToIntegerArray(const wchar_t* text, Array<int>& values, bool append) noexcept;
 VOREL_API bool stringToUIntegerArray(const wchar_t* text, Array<unsigned int>& values, bool append) noexcept;
 
-/// Numbers between white space, read as `stringToDouble` reads them. What has not the form of a number is passed over;
-/// a word of 80 characters or more ends the list, with false.
+/// Numbers separated by white space, in the form that `stringToDouble` reads. Text that does not have the form of a
+/// number is skipped. A word of 80 or more characters ends the list with false.
 ///
 ///     "1.5 2e3 abc 4"  →  1.5 2000 4, true        "1,5"  →  nothing, true
 VOREL_API bool stringToDoubleArray(const char* text, Array<double>& values, bool append) noexcept;
 VOREL_API bool stringToDoubleArray(const wchar_t* text, Array<double>& values, bool append) noexcept;
 
-/// Truth values between white space: true, t, false, f in either case, and integers. Any other word is passed over,
-/// "yes" among them; one of 80 characters or more ends the list, with false.
+/// Booleans separated by white space: true, t, false and f in either case, and integers. Other words are skipped,
+/// including "yes". A word of 80 or more characters ends the list with false.
 ///
 ///     "T f 1 0 yes 3"  →  true false true false true, true
 VOREL_API bool stringToBooleanArray(const char* text, Array<bool>& values, bool append) noexcept;
 VOREL_API bool stringToBooleanArray(const wchar_t* text, Array<bool>& values, bool append) noexcept;
 
-/// Whether the text is a list of integers between white space; commas and points are not accepted, on purpose. A null
-/// or empty text is.
+/// Whether the text is a list of integers separated by white space. By design, commas and points are not accepted. True
+/// for a null or empty text.
 VOREL_API bool canCoerceToIntegerArray(const char* text) noexcept;
 VOREL_API bool canCoerceToIntegerArray(const wchar_t* text) noexcept;
 
-/// Ranges between commas: "1-5" gives the start 1 and the end 5, "7" both, and -1 stands for an end that is left open
-/// ("5-", "-5"). So no number can be negative; that is meant. Empty items are passed over.
+/// Ranges separated by commas: "1-5" gives the start 1 and the end 5, "7" gives 7 for both, and an open end is -1
+/// ("5-", "-5"). So numbers cannot be negative by design. Empty items are skipped.
 ///
 ///     "1-5,7"  →  starts 1 7, ends 5 7        " 3 - 9 , 12-"  →  starts 3 12, ends 9 -1
 ///
-/// \throws Exception "Found nonnumeric text in numeric item: \"%ls\"" with the item. The arrays hold what was read, the
-///         number in front of that text included.
+/// \throws Exception "Found nonnumeric text in numeric item: \"%ls\"" with the item. The arrays then hold what was
+///         read, including the number before that text.
 VOREL_API void stringToLongRanges(const wchar_t* text, Array<int>& starts, Array<int>& ends);
 
 }  // namespace vorel::util

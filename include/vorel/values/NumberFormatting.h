@@ -1,7 +1,7 @@
 /// \file
-/// Numbers to text, in one form on every machine: fifteen significant digits, exponents of three digits, fixed words
-/// for the special values. The digits are written by the library itself, rounded from the exact value, so no runtime
-/// and no locale has a say. Nothing in here throws but for the `append…` functions, and everything may be called from
+/// Numbers to text, in one form on every machine: fifteen significant digits, exponents with three digits, fixed words
+/// for the special values. The library generates the digits itself, rounded from the exact value, so the result does
+/// not depend on the runtime or the locale. Only the `append…` functions throw, and every function may be called from
 /// any thread.
 #pragma once
 
@@ -10,13 +10,13 @@
 
 namespace vorel::util {
 
-/// How numbers are written; bits.
+/// Options for the format of numbers; bits.
 enum FormattingOptions : int {
     FO_Default = 0,
-    FO_JSON = 1,  ///< special values as JSON strings, and a digit behind the point of every mantissa with an exponent
+    FO_JSON = 1,  ///< special values as JSON strings, and a digit after the point of every mantissa with an exponent
 };
 
-/// Writes `value` into `buffer` of `size` characters and returns the buffer.
+/// Writes `value` to `buffer` of `size` characters and returns the buffer.
 ///
 /// | value                          | `FO_Default`     | `FO_JSON`           |
 /// |--------------------------------|------------------|---------------------|
@@ -28,36 +28,36 @@ enum FormattingOptions : int {
 /// | the quiet NaN of payload 1954  | NA               | "NA"                |
 /// | every other NaN                | NaN              | "NaN"               |
 ///
-/// From a magnitude of 0.1 on the text is that of "%.15g" with a longer exponent, an exact tie rounded to the even
-/// digit; below 0.1 it always has an exponent, and a tie goes away from zero. Both are meant.
+/// For a magnitude of 0.1 or more, the text is that of "%.15g" with a longer exponent, and an exact tie is rounded to
+/// the even digit. Below 0.1 there is always an exponent, and a tie is rounded away from zero. Both are by design.
 ///
-/// Narrow: the buffer must have room for 64 characters. A smaller `size` cuts the words and the texts from 0.1 on,
-/// whose last place (`size - 1`) always becomes a terminator; below 0.1 it only limits the exponent's extra digit.
-/// Wide: at most `size` units are written, the terminator among them; a text that does not fit has none, on purpose. A
-/// null buffer gives null. Nothing else in the buffer is written.
+/// Narrow: the buffer must have space for 64 characters. A smaller `size` truncates the words and the texts for
+/// magnitudes of 0.1 or more, whose last unit (`size - 1`) is always a terminator; below 0.1 it only limits the
+/// additional digit of the exponent. Wide: at most `size` units are written, including the terminator; a text that does
+/// not fit has no terminator by design. A null buffer gives null. The rest of the buffer is unchanged.
 VOREL_API const char* doubleToString(double value, char* buffer, unsigned long long size, FormattingOptions options);
 VOREL_API const wchar_t* doubleToString(double value, wchar_t* buffer, unsigned long long size,
                                         FormattingOptions options);
 
-/// Appends `value` as `doubleToString` writes it with `FO_Default`, or as decimal digits.
-/// \throws MemoryException when `text` cannot grow.
+/// Appends `value` in the form of `doubleToString` with `FO_Default`, or as decimal digits.
+/// \throws MemoryException if `text` cannot grow.
 VOREL_API void appendDouble(BaseString<wchar_t>& text, double value);
 VOREL_API void appendInteger(BaseString<wchar_t>& text, int value);
 
-/// Writes `value` in decimal, at most `size - 1` characters of it, and a terminator behind them and at `size - 1`.
-/// Nothing else in the buffer is written. Returns the buffer; null for a null buffer. A size of 21 is always enough.
+/// Writes at most `size - 1` characters of `value` in decimal, and terminators after them and at `size - 1`. The rest
+/// of the buffer is unchanged. Returns the buffer; null for a null buffer. A size of 21 is always enough.
 VOREL_API const char* Int64ToStr(long long value, char* buffer, unsigned long long size);
 VOREL_API const wchar_t* Int64ToStr(long long value, wchar_t* buffer, unsigned long long size);
 VOREL_API const char* UInt64ToStr(unsigned long long value, char* buffer, unsigned long long size);
 VOREL_API const wchar_t* UInt64ToStr(unsigned long long value, wchar_t* buffer, unsigned long long size);
 
-/// The nearest whole number; a half goes down, towards negative infinity, on purpose.
+/// The nearest whole number. By design, a half is rounded down, towards negative infinity.
 ///
 ///     2.5 → 2.0    -2.5 → -3.0    1.6 → 2.0
 VOREL_API double round(double value) noexcept;
 
-/// A hash over the eight bytes of `value`, the least significant first: h = h * 31 + byte. Positive and negative zero
-/// differ.
+/// A hash of the eight bytes of `value`, the least significant first: h = h * 31 + byte. Positive and negative zero
+/// have different hashes.
 ///
 ///     1.0 → 7503
 VOREL_API unsigned int doubleHashCode(double value) noexcept;
