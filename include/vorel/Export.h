@@ -1,6 +1,6 @@
 /// \file
-/// The export macro of the library: `VOREL_API` marks what crosses the border of the DLL. It is empty for the static
-/// form (`VOREL_STATIC`), exports while the DLL is built (`VOREL_BUILDING_DLL`) and imports for everybody else.
+/// The export macro. `VOREL_API` marks declarations that cross the boundary of the DLL. It is empty for the static
+/// library (`VOREL_STATIC`), exports while the DLL is built (`VOREL_BUILDING_DLL`), and imports otherwise.
 #pragma once
 
 #if defined(VOREL_STATIC)
@@ -8,6 +8,6 @@
 #elif defined(VOREL_BUILDING_DLL)
 #define VOREL_API __declspec(dllexport)
 #else
-/// Stands before every declaration that leaves the library.
+/// Marks a declaration that the library exports.
 #define VOREL_API __declspec(dllimport)
 #endif

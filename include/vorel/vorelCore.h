@@ -1,6 +1,6 @@
 /// \file
-/// Everything that the library offers. No Windows header is included: handles cross the interface as `void*` and DWORD
-/// as `unsigned long`.
+/// Includes the whole C++ interface. No Windows header is included: handles are `void*`, and a DWORD is `unsigned
+/// long`.
 #pragma once
 
 #include "vorel/Attributes.h"

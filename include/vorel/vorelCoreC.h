@@ -1,6 +1,6 @@
 /// \file
-/// The library for programs in C, and for every language that can load a DLL: functions with C linkage over the
-/// conversions, the error log, the named mutex and the named condition. Compiles as C11 and as C++.
+/// The interface for C, and for every language that can load a DLL: functions with C linkage for the conversions, the
+/// error log, the named mutex and the named condition. Compiles as C11 and as C++.
 ///
 ///     uint16_t text[64];
 ///     size_t length = 0;
@@ -10,35 +10,34 @@
 ///         puts(message);
 ///     }
 ///
-/// These rules hold for every function, and are not repeated there.
+/// The following rules hold for every function and are not repeated in the other headers.
 ///
-/// **Results.** A function returns a `vorel_status`: `VOREL_OK` (0), or why it could not do its work. What it gives
-/// beyond that comes back through pointers, which are written only after `VOREL_OK`; the one exception is the length of
-/// an output. No function ends the program or lets a C++ exception out. The text for the last failure of each thread is
-/// kept (`vorel_last_error_message`). A failure that the library takes for an error of the program also has its records
-/// in the error log, as everywhere in the library; that a text is not what it should be is no such error, where the
-/// library has a quiet answer.
+/// **Results.** A function returns a `vorel_status`: `VOREL_OK` (0) or the reason of the failure. All other results are
+/// returned through pointers. They are written only with `VOREL_OK`; the exception is the length of an output. No
+/// function ends the program or lets a C++ exception escape. The message of the last failure is kept for each thread
+/// (`vorel_last_error_message`). Failures that the library treats as errors are also written to the error log.
+/// Malformed text is not logged where the C++ function reports it through its return value.
 ///
-/// **Inputs.** A text is UTF-16 in the processor's byte order, a place and a number of units; it needs no terminator.
-/// The number `VOREL_ZERO_TERMINATED` stands for "up to the first zero". A place may be null when the number is 0. No
-/// input may have more than `VOREL_MOST_UNITS` units. Only what converts between encodings takes a text with a zero in
-/// it; for all others that is `VOREL_ERROR_INVALID_TEXT`.
+/// **Inputs.** A text is UTF-16 in the processor's byte order, passed as a pointer and a number of units; it needs no
+/// terminator. The number `VOREL_ZERO_TERMINATED` means "up to the first zero". The pointer may be null if the number
+/// is 0. No input may have more than `VOREL_MOST_UNITS` units. Only functions that convert between encodings accept a
+/// text that contains a zero; all others return `VOREL_ERROR_INVALID_TEXT`.
 ///
-/// **Outputs.** An output is a buffer of the caller's, its capacity in units, and a place for a length. With `VOREL_OK`
-/// and `VOREL_ERROR_BUFFER_TOO_SMALL` the length is set to what the whole result takes. When the capacity is smaller,
-/// the buffer is left untouched, and the status is `VOREL_ERROR_BUFFER_TOO_SMALL`; so a null buffer with a capacity of
-/// 0 asks for the length. A text is followed by a zero when there is room for one more unit; that zero is not counted.
-/// Outputs may not overlap inputs.
+/// **Outputs.** An output is a buffer of the caller, its capacity in units, and a pointer to a length. With `VOREL_OK`
+/// and `VOREL_ERROR_BUFFER_TOO_SMALL` the length is set to the length of the whole result. If the capacity is smaller,
+/// the buffer is unchanged and the status is `VOREL_ERROR_BUFFER_TOO_SMALL`, so a null buffer with a capacity of 0
+/// queries the length. If there is space for one more unit, a zero is written after a text; it is not counted. Outputs
+/// must not overlap inputs.
 ///
-/// **Arguments.** Pointers are not null, but where the contrary is said; a null pointer, a number that is too large and
-/// an unknown flag are `VOREL_ERROR_INVALID_ARGUMENT`. Truth values are 0 and 1 as an `int32_t`; as an input everything
-/// but 0 is true.
+/// **Arguments.** Pointers must not be null unless stated otherwise. A null pointer, a number that is too large and an
+/// unknown flag give `VOREL_ERROR_INVALID_ARGUMENT`. Booleans are 0 and 1 as an `int32_t`; as an input every value
+/// except 0 is true.
 ///
-/// **Threads.** Everything may be called from any thread at any time, and nothing waits for another thread, but where
-/// the contrary is said.
+/// **Threads.** Unless stated otherwise, every function may be called from any thread at any time, and does not wait
+/// for other threads.
 ///
-/// **Ownership.** Nothing that the library hands out has to be freed, but for handles: each is opened by one function,
-/// closed by another, and not used by any thread from then on.
+/// **Ownership.** Only handles have to be released. Each is opened by one function and closed by another, and must not
+/// be used by any thread afterwards.
 #pragma once
 
 #include "vorel/flat/Encodings.h"
