@@ -21,23 +21,23 @@ namespace vorel {
 
 namespace {
 
-constexpr unsigned int kSmallestCapacity = 16;
-constexpr unsigned int kStep = 0x100000;  // 1 Mi units: above this size a string grows by whole steps
-constexpr std::uint64_t kLargestCapacity = 0xFFFFFFFFu;
+constexpr unsigned int kMinCapacity = 16;
+constexpr unsigned int kGrowthStep = 0x100000;  // 1 Mi units: larger capacities are multiples of it
+constexpr std::uint64_t kMaxCapacity = 0xFFFFFFFFu;
 
-/// The capacity of a buffer that is to hold `count` units and a terminator, before the old capacity is looked at.
+/// The capacity of a new buffer for `count` units and a terminator. It does not depend on the old capacity.
 constexpr std::uint64_t capacityFor(std::uint64_t count) noexcept {
-    if (count < kStep) {
-        return std::max(kSmallestCapacity, 1u << std::bit_width(count));
+    if (count < kGrowthStep) {
+        return std::max(kMinCapacity, 1u << std::bit_width(count));
     }
-    return ((count + 1) & ~std::uint64_t{kStep - 1}) + kStep;
+    return ((count + 1) & ~std::uint64_t{kGrowthStep - 1}) + kGrowthStep;
 }
 
 template <class T>
 unsigned int lengthOf(const T* text) noexcept {
     const std::size_t length = text ? std::char_traits<T>::length(text) : 0;
-    // A text that no string can hold: every growth to this length is refused.
-    return static_cast<unsigned int>(std::min<std::size_t>(length, kLargestCapacity));
+    // The text is too long for a string: every growth to this length fails.
+    return static_cast<unsigned int>(std::min<std::size_t>(length, kMaxCapacity));
 }
 
 template <class T>
@@ -47,8 +47,8 @@ void copyUnits(T* to, const T* from, unsigned int count) noexcept {
     }
 }
 
-/// Whether the format or one of its arguments lies in the string that is about to be written. On 64-bit Windows an
-/// argument list is a row of 8-byte slots, one for each argument whatever its type, so the slots can be looked at.
+/// Whether the format or one of its arguments points into the string that will be written. On 64-bit Windows an
+/// argument list consists of 8-byte slots, one for each argument of any type, so the slots can be inspected.
 template <class T>
 bool readsString(const BaseString<T>& string, const T* fmt, va_list args) noexcept {
     using Access = detail::StringAccess<T>;
@@ -56,7 +56,7 @@ bool readsString(const BaseString<T>& string, const T* fmt, va_list args) noexce
         return true;
     }
     const char* slot = args;
-    for (unsigned int left = kernels::countFormatSlots(fmt); left != 0; --left, slot += sizeof(void*)) {
+    for (unsigned int remaining = kernels::countFormatSlots(fmt); remaining != 0; --remaining, slot += sizeof(void*)) {
         const void* value = nullptr;
         std::memcpy(&value, slot, sizeof value);
         if (Access::holds(string, value)) {
@@ -80,21 +80,21 @@ bool StringAccess<T>::tryReserve(BaseString<T>& string, unsigned int count, bool
         return true;
     }
     if (count < string.m_capacity) {
-        // A length that is not known is all ones, and so is cut as well.
+        // An unknown length has all bits set, so it is reduced as well.
         string.m_length = std::min(string.m_length, count);
         string.m_data[count] = 0;
         return true;
     }
     const std::uint64_t capacity = std::max<std::uint64_t>(capacityFor(count), string.m_capacity);
-    capacityWanted = static_cast<unsigned int>(std::min(capacity, kLargestCapacity));
-    T* grown = capacity <= kLargestCapacity ? static_cast<T*>(std::malloc(capacity * sizeof(T))) : nullptr;
+    capacityWanted = static_cast<unsigned int>(std::min(capacity, kMaxCapacity));
+    T* grown = capacity <= kMaxCapacity ? static_cast<T*>(std::malloc(capacity * sizeof(T))) : nullptr;
     if (!grown) {
         return false;
     }
     if (discard) {
         string.m_length = BaseString<T>::kUnknownLength;
     } else if (string.m_data) {
-        // Counted without remembering: a length that was not known stays so, for the caller may go on writing.
+        // An unknown length is counted but not stored, because the caller may continue to write.
         const bool known = string.m_length != BaseString<T>::kUnknownLength;
         const unsigned int length = known ? string.m_length : lengthOf(string.m_data);
         copyUnits(grown, string.m_data, std::min(length + 1, string.m_capacity));
@@ -112,7 +112,7 @@ template <class T>
 bool StringAccess<T>::tryAssign(BaseString<T>& string, const T* text, unsigned int length,
                                 unsigned int& capacityWanted) noexcept {
     if (length != 0 && length < string.m_capacity) {
-        copyUnits(string.m_data, text, length);  // the text may lie in this very buffer
+        copyUnits(string.m_data, text, length);  // the text may lie in this buffer
         setLength(string, length);
         return true;
     }
@@ -150,7 +150,7 @@ template <class T>
 void assign(BaseString<T>& string, const T* text, unsigned int length) {
     unsigned int capacityWanted = 0;
     if (!StringAccess<T>::tryAssign(string, text, length, capacityWanted)) {
-        // Nothing is tried a second time: a request that is granted then would be a buffer without the text.
+        // No second attempt: if it succeeded, it would give a buffer without the text.
         detail::throwMemory(capacityWanted, sizeof(T));
     }
 }
@@ -215,7 +215,7 @@ BaseString<T>& BaseString<T>::operator=(BaseString&& other) noexcept {
 
 template <class T>
 unsigned int BaseString<T>::length() const noexcept {
-    // Several threads may count the same text; each stores the same length.
+    // Several threads may count the same text; all store the same length.
     const std::atomic_ref<unsigned int> known(m_length);
     unsigned int length = known.load(std::memory_order_relaxed);
     if (length != kUnknownLength) {
@@ -240,7 +240,7 @@ BaseString<T>& BaseString<T>::append(const T* text, unsigned int count) {
         return *this;
     }
     const unsigned int before = length();
-    if (count > kLargestCapacity - before) {
+    if (count > kMaxCapacity - before) {
         detail::throwMemory(kUnknownLength, sizeof(T));
     }
     const unsigned int after = before + count;
@@ -281,7 +281,7 @@ T* BaseString<T>::reserve(unsigned int count, bool discard) {
     return m_data;
 }
 
-// Two of them, because the compiler checks the arguments of the narrow one.
+// Two functions, because the compiler checks the arguments of the narrow one.
 template <>
 BaseString<char>& BaseString<char>::format(const char* fmt, ...) {
     va_list args;
@@ -319,9 +319,9 @@ BaseString<T>& BaseString<T>::vformat(const T* fmt, va_list args) {
             StringAccess<T>::setLength(*this, static_cast<unsigned int>(written));
             return *this;
         }
-        clear();  // what was written so far has no terminator
+        clear();  // the partial text has no terminator
         const int needed = written >= 0 ? written : util::calculateSnprintFBufferSize(fmt, args);
-        // A text that should fit and is refused all the same would be refused for ever.
+        // If the text should fit but is rejected, every further attempt would fail too.
         if (needed < 0 || static_cast<unsigned int>(needed) < m_capacity) {
             detail::throwUnableToFormat(fmt);
         }

@@ -1,5 +1,5 @@
 /// \file
-/// The failure of a format that cannot be rendered into a string; defined with the exception family.
+/// Reports a format that cannot be rendered. Defined with the exception classes.
 #pragma once
 
 namespace vorel::detail {

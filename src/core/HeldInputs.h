@@ -1,6 +1,6 @@
 /// \file
-/// Inputs that lie in the memory of the output of the same call. The library allows that everywhere it can: each
-/// operation reads such an input as if it were elsewhere (docs/aliasing.md).
+/// Inputs that lie in the memory of an output of the same call. The library allows this wherever it can: an operation
+/// reads such an input as if it were elsewhere (docs/aliasing.md).
 #pragma once
 
 #include <cstdint>
@@ -12,7 +12,7 @@
 
 namespace vorel::detail {
 
-/// Whether `address` lies in the memory that an output owns, and releases when it grows.
+/// Whether `address` lies in the memory of `output`, which is released when the output grows.
 template <class T>
 bool holds(const BaseString<T>& output, const void* address) noexcept {
     return StringAccess<T>::holds(output, address);
@@ -24,8 +24,8 @@ bool holds(const Array<T>& output, const void* address) noexcept {
            std::uintptr_t{output.allocated()} * sizeof(T);
 }
 
-/// Runs `write()`, which replaces what `output` holds, and returns its result. If `input` lies in `output`, the output
-/// starts with no memory, and what it had is released only after `write`.
+/// Runs `write()`, which replaces the content of `output`, and returns its result. If `input` lies in `output`, `write`
+/// starts with an output without memory, and the old memory is released after `write`.
 template <class Output, class Write>
 decltype(auto) replacing(Output& output, const void* input, Write&& write) {
     if (holds(output, input)) [[unlikely]] {

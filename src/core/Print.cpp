@@ -11,7 +11,7 @@ namespace baseutil {
 
 namespace {
 
-// The runtime's options, by their values: the headers of some compilers do not name them.
+// The runtime's options as numbers, because the headers of some compilers do not name them.
 constexpr unsigned long long kLegacyNullTermination = 1;
 constexpr unsigned long long kDefault = 4;  // "%s" in a wide format is wide text
 
@@ -31,8 +31,8 @@ int print(std::FILE* stream, const wchar_t* fmt, va_list args) noexcept {
     return __stdio_common_vfwprintf(kDefault, stream, fmt, nullptr, args);
 }
 
-/// A format that the runtime refuses only makes the call fail: a program's own handler may abort, and without one the
-/// runtime ends the process.
+/// Makes a rejected format fail only this call. Otherwise the program's handler might abort, or the runtime would end a
+/// program without a handler.
 template <class T>
 int bounded(T* buffer, std::size_t size, const T* fmt, va_list args) noexcept {
     const platform::IgnoreInvalidParameters silent;
@@ -64,8 +64,8 @@ T* withFallback(T* buffer, std::size_t size, T*& heapOut, bool& truncatedOut, co
     return buffer;
 }
 
-/// Counts by really rendering, to the null device. When that cannot be opened the formatter is asked all the same, and
-/// its refusal is the answer.
+/// Counts the units by rendering to the null device. If that cannot be opened, the print function is still called and
+/// reports the failure.
 template <class T>
 int measure(const T* fmt, va_list args) noexcept {
     const platform::IgnoreInvalidParameters silent;

@@ -1,7 +1,7 @@
 /// \file
-/// The one door to the runtime's print functions. Everything the library renders goes through here, with the legacy
-/// null-termination behaviour and never through a compiler's replacement, so that texts and counts are the runtime's.
-/// In wide formats `%s` is wide text, the runtime's default.
+/// The only access to the runtime's print functions. All rendering in the library uses these functions, with the legacy
+/// null-termination behaviour and without the compiler's replacements, so that texts and counts are those of the
+/// runtime. In wide formats `%s` is wide text, the runtime's default.
 #pragma once
 
 #include <algorithm>
@@ -16,29 +16,34 @@
 
 namespace vorel::baseutil {
 
-/// Renders at most `size` units into `buffer` and returns the number written, or -1 when the text does not fit or
-/// cannot be rendered. A text of exactly `size` units fits and has no terminator. A format that the runtime refuses
-/// reaches no invalid-parameter handler, and does not end a program that has none.
+/// Renders at most `size` units into `buffer` and returns the number written, or -1 if the text does not fit or cannot
+/// be rendered. A text of exactly `size` units fits and has no terminator. A format that the runtime rejects calls no
+/// invalid-parameter handler, and does not end a program that has none.
 int boundedFormat(char* buffer, std::size_t size, const char* fmt, ...) noexcept;
 int boundedFormat(wchar_t* buffer, std::size_t size, const wchar_t* fmt, ...) noexcept;
 int vboundedFormat(char* buffer, std::size_t size, const char* fmt, va_list args) noexcept;
 int vboundedFormat(wchar_t* buffer, std::size_t size, const wchar_t* fmt, va_list args) noexcept;
 
-/// Renders to a stream; returns the number of units written, or a negative value.
+/// Renders to a stream and returns the number of units written, or a negative value.
 int streamPrint(std::FILE* stream, const char* fmt, ...) noexcept;
 
-/// Renders into `buffer` of `size` units, or into a heap block when the text does not fit, and returns the text:
-/// `buffer`; or the block, left in `heapOut` for the caller to `free`; or, when no block can be had, `buffer` with the
-/// text cut to `size - 1` units and `truncatedOut` set; or null for a format that cannot be rendered. Never throws.
+/// Renders into `buffer` of `size` units, or into a heap block if the text does not fit. Returns one of:
+///
+/// - `buffer`;
+/// - the heap block, also stored in `heapOut`; the caller must `free` it;
+/// - `buffer` with the text truncated to `size - 1` units and `truncatedOut` set, if the block cannot be allocated;
+/// - null for a format that cannot be rendered.
+///
+/// Never throws.
 char* formatWithFallback(char* buffer, std::size_t size, char*& heapOut, bool& truncatedOut, const char* fmt,
                          va_list args) noexcept;
 wchar_t* formatWithFallback(wchar_t* buffer, std::size_t size, wchar_t*& heapOut, bool& truncatedOut,
                             const wchar_t* fmt, va_list args) noexcept;
 
-/// The text of a message that cannot be rendered.
+/// The text that replaces a message that cannot be rendered.
 inline constexpr wchar_t kUnformattable[] = L"(unable to format message)";
 
-/// A rendered message: `Units` units on the stack, and the heap for longer ones.
+/// A rendered message: up to `Units` units on the stack, longer messages on the heap.
 template <class T, std::size_t Units = 8000>
 class MessageText {
 public:
@@ -49,7 +54,7 @@ public:
     MessageText(const MessageText&) = delete;
     MessageText& operator=(const MessageText&) = delete;
 
-    /// Renders the message, once in an object's life.
+    /// Renders the message. Call it once per object.
     void render(const T* fmt, va_list args) noexcept {
         m_text = formatWithFallback(m_buffer, Units, m_heap, m_truncated, fmt, args);
     }
@@ -60,8 +65,8 @@ public:
         va_end(args);
     }
 
-    /// Makes the message of the texts `front`, followed by `text`, which may be the message itself. Without memory it
-    /// is cut to the units on the stack, as a rendered one is.
+    /// Sets the message to the texts `front` followed by `text`, which may be the message itself. Without memory the
+    /// message is truncated to the units on the stack, as in `render`.
     void compose(std::initializer_list<std::basic_string_view<T>> front, std::basic_string_view<T> text) noexcept {
         std::size_t frontUnits = 0;
         for (const std::basic_string_view<T> part : front) {
@@ -79,13 +84,13 @@ public:
         }
     }
 
-    /// Null when the message could not be rendered.
+    /// Null if the message cannot be rendered.
     [[nodiscard]] const T* text() const noexcept { return m_text; }
     [[nodiscard]] bool truncated() const noexcept { return m_truncated; }
 
 private:
-    /// Puts the first `units` units of `front` and `text` into `target`. The text moves first: it may lie there
-    /// already.
+    /// Writes the first `units` units of `front` and `text` to `target`. `text` is moved first, because it may lie in
+    /// `target`.
     void join(T* target, std::size_t units, std::size_t frontUnits,
               std::initializer_list<std::basic_string_view<T>> front, std::basic_string_view<T> text) noexcept {
         const std::size_t start = std::min(frontUnits, units);

@@ -2,7 +2,7 @@
 
 #include <cstdlib>
 
-// The runtime exports it; not every compiler's headers declare it.
+// The runtime exports this function, but some compilers' headers do not declare it.
 extern "C" __declspec(dllimport) _invalid_parameter_handler
     __cdecl _set_thread_local_invalid_parameter_handler(_invalid_parameter_handler handler);
 
@@ -15,10 +15,10 @@ void __cdecl ignoreInvalidParameter(const wchar_t*, const wchar_t*, const wchar_
 }  // namespace
 
 IgnoreInvalidParameters::IgnoreInvalidParameters() noexcept
-    : m_before(_set_thread_local_invalid_parameter_handler(ignoreInvalidParameter)) {}
+    : m_previous(_set_thread_local_invalid_parameter_handler(ignoreInvalidParameter)) {}
 
 IgnoreInvalidParameters::~IgnoreInvalidParameters() {
-    _set_thread_local_invalid_parameter_handler(m_before);
+    _set_thread_local_invalid_parameter_handler(m_previous);
 }
 
 }  // namespace vorel::platform

@@ -1,13 +1,13 @@
 /// \file
-/// Calls of the runtime that answer a bad parameter with an error, and nothing else.
+/// Makes the runtime report invalid parameters only through its return values.
 #pragma once
 
 #include <cstdint>
 
 namespace vorel::platform {
 
-/// While one lives, a bad parameter found by the runtime on this thread only makes the call fail. Without it the
-/// runtime would end a program that has installed no handler of its own.
+/// During its lifetime, an invalid parameter that the runtime detects on this thread only makes the call fail. Without
+/// it the runtime ends a program that has no handler.
 class IgnoreInvalidParameters {
 public:
     IgnoreInvalidParameters() noexcept;
@@ -19,7 +19,7 @@ public:
 private:
     using Handler = void(__cdecl*)(const wchar_t*, const wchar_t*, const wchar_t*, unsigned int, std::uintptr_t);
 
-    Handler m_before;
+    Handler m_previous;
 };
 
 }  // namespace vorel::platform
