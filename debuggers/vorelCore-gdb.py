@@ -1,12 +1,12 @@
-"""How GDB shows the containers and exceptions of vorelCore.
+"""GDB pretty-printers for the containers and exceptions of vorelCore.
 
-GDB loads this by itself when it lies beside the DLL as vorelCore.dll-gdb.py and its folder is trusted:
+GDB loads this file automatically if it is in the folder of the DLL as vorelCore.dll-gdb.py and the folder is trusted:
     add-auto-load-safe-path <folder>
-Without the DLL, or from anywhere else:
+Otherwise load it with:
     source vorelCore-gdb.py
 
-Nothing here calls into the program: a dump is shown as well as a running process. Memory that cannot be read is GDB's to
-report, and a count that cannot be true ends where the memory does.
+No function of the program is called, so dumps are shown like running processes. GDB reports memory that cannot be read.
+If a count is damaged, the output ends where the readable memory ends.
 """
 
 import re
@@ -19,12 +19,12 @@ UNKNOWN_LENGTH = 0xFFFFFFFF  # BaseString::kUnknownLength: count up to the termi
 
 
 def text_of(data, length):
-    """The text of a string with that buffer and that length field."""
+    """The text of a string with this buffer and length field."""
     return data.lazy_string(length=-1 if length == UNKNOWN_LENGTH else length)
 
 
 class BaseStringPrinter:
-    """The text; one without a buffer is empty."""
+    """The text; a string without a buffer is empty."""
 
     def __init__(self, value):
         self.value = value
@@ -47,7 +47,7 @@ def elements(array):
 
 
 class ArrayPrinter:
-    """The elements, without the slots that are kept for later."""
+    """The elements, without the unused slots."""
 
     def __init__(self, value):
         self.value = value
@@ -64,14 +64,14 @@ class ArrayPrinter:
 
 
 class PointerStackPrinter(ArrayPrinter):
-    """As the array that it is made of."""
+    """The elements of the array that it consists of."""
 
     def __init__(self, value):
         super().__init__(value["m_items"])
 
 
 def entries(hash_map):
-    """The nodes of a HashMap, in the order of an iteration."""
+    """The nodes of a HashMap in iteration order."""
     for node in elements(hash_map["m_buckets"]):
         while int(node) != 0:
             yield node.dereference()
@@ -98,7 +98,7 @@ class HashMapPrinter:
 
 
 class HashMapIteratorPrinter:
-    """What the iterator stands on."""
+    """The current entry, or the end."""
 
     def __init__(self, value):
         self.node = value["m_node"]
@@ -113,12 +113,12 @@ class HashMapIteratorPrinter:
 
 
 class ExceptionPrinter:
-    """The messages: the first says what went wrong, the others who passed it on.
+    """The messages: the failure, then the records of the handlers that it passed.
 
-    A compiler describes a class with virtual functions only where these are defined, in the DLL; and the DLL that is
-    shipped has no debug information. So the messages are found by the layout, which is the same in every build: after
-    the pointer to the virtual functions come those to the begin and to the end of m_stack, whose entries are two wide
-    strings, message and location.
+    The compiler writes the debug information of a class with virtual functions only where these are defined: in the
+    DLL. The shipped DLL has no debug information. So this class finds the messages by the layout, which is the same in
+    every build: the pointer to the virtual functions is followed by the pointers to the begin and the end of m_stack.
+    Each entry of m_stack is two wide strings, message and location.
     """
 
     POINTER = 8
@@ -158,7 +158,7 @@ def number_at(address, kind):
 
 
 def wide_string_at(address):
-    """The text of the BaseString<wchar_t> at an address; None when it never allocated."""
+    """The text of the BaseString<wchar_t> at an address; None if it has no buffer."""
     data = number_at(address, "unsigned long long")
     length = number_at(address + 12, "unsigned int")
     if data == 0:
@@ -167,7 +167,7 @@ def wide_string_at(address):
 
 
 class Printers(gdb.printing.RegexpCollectionPrettyPrinter):
-    """The printers by type; a class that adds nothing to Exception is shown as one."""
+    """Selects the printer of a type. A class that derives from an exception of the library is shown as an exception."""
 
     def __init__(self):
         super().__init__("vorelCore")
@@ -192,7 +192,7 @@ class Printers(gdb.printing.RegexpCollectionPrettyPrinter):
 
 
 def is_exception(kind):
-    """Whether a class of a program is derived from one of the library's exceptions as its first base."""
+    """Whether a class is an exception of the library, or its first base class is one, directly or indirectly."""
     if kind.code != gdb.TYPE_CODE_STRUCT:
         return False
     if re.match(r"^vorel::\w*Exception$", kind.name or ""):
