@@ -28,6 +28,8 @@
 namespace vorel {
 
 /// The smallest odd prime above `n`, and 2 for 1: the bucket counts of a growing map.
+///
+///     1 → 2    2 → 3    7 → 11    8 → 11    24 → 29
 inline std::uint64_t nextPrime(std::uint64_t n) noexcept {
     if (n == 1) {
         return 2;
@@ -188,6 +190,7 @@ public:
     }
 
     /// The first entry of `key` in its bucket, or the end.
+    /// \throws Exception "Tried to find in a hash map with 0 buckets".
     [[nodiscard]] Iterator find(const Key& key, std::uint64_t hash) const {
         if (bucketCount() == 0) {
             detail::throwFailure(L"Tried to find in a hash map with 0 buckets");

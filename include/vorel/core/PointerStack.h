@@ -16,6 +16,7 @@ public:
     void push(T* item) { m_items.append(item); }
 
     /// Removes the newest pointer and returns it.
+    /// \throws Exception "Stack is empty".
     T* pop() {
         if (m_items.empty()) {
             detail::throwFailure(L"Stack is empty");

@@ -33,8 +33,7 @@ public:
     void signal();
 
     /// Releases the waiters one by one, every ten milliseconds, until none is left. Threads that call `wait` meanwhile
-    /// start to wait after the broadcast. Returns at once if nobody waits. The caller may hold the lock, but
-    /// need not.
+    /// start to wait after the broadcast. Returns at once if nobody waits. The caller may hold the lock, but need not.
     ///
     /// A broadcast does not reach a thread that has left the lock in `wait` but does not wait yet. So threads that
     /// expect a broadcast should wait with a time limit and then check their condition again.
