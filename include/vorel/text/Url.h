@@ -22,9 +22,12 @@ enum UrlComponent : int {
     UrlQueryParameter = 3,  ///< a name or value in a query: as UrlQuery, also escapes '&' and '='
 };
 
-/// Replaces `output` by `text` with escapes for " # % < > [ \ ] ^ ` { | } ~ and for bytes from 128 on. With
-/// `escapeReserved`, $ & + , / : ; = ? @ are escaped too. The space is escaped, or becomes '+' with `spaceAsPlus`.
-/// Returns the output's buffer, which is null if it never had one. Null is an empty text.
+/// Replaces `output` by `text` with escapes for bytes from 128 on and for these characters:
+///
+///     " # % < > [ \ ] ^ ` { | } ~
+///
+/// With `escapeReserved`, $ & + , / : ; = ? @ are escaped too. The space is escaped; with `spaceAsPlus` it becomes a
+/// '+'. Returns the output's buffer, which is null if it never had one. Null is an empty text.
 ///
 ///     "a/b c~"  →  a/b%20c%7E        escapeReserved, spaceAsPlus  →  a%2Fb+c%7E
 ///
