@@ -1,9 +1,9 @@
 /// \file
-/// Copying runs of ASCII between bytes and 16-bit units, sixteen at a time: most text is ASCII most of the time.
-/// SSE2 is part of every 64-bit x86 processor, so there is nothing to dispatch.
+/// Copies runs of ASCII between bytes and 16-bit units, sixteen elements at a time: most text is ASCII. SSE2 is part of
+/// every 64-bit x86 processor, so no dispatch is needed.
 ///
-/// Both kernels stop at a zero as well, so that a text without a length needs no pass of its own to find its end. They
-/// read it in blocks that may reach beyond it, but not into another page; and they write no more than the run.
+/// Each kernel stops at a zero too, so text without a length needs no separate scan for its end. Reads may extend past
+/// the end of the text, but not into another page. Writes never exceed the run.
 #pragma once
 
 #include <algorithm>
@@ -24,14 +24,14 @@ constexpr bool isAsciiText(T element) noexcept {
     return element - 1u < 0x7F;
 }
 
-/// Elements that a run is copied by at once.
+/// Elements per block.
 inline constexpr std::size_t kAsciiBlock = 16;
 
-/// Sixteen elements, of which those before the first that is no ASCII text are a run.
+/// Sixteen elements. Those before the first element that is not ASCII text form a run.
 struct AsciiBlock {
     explicit AsciiBlock(__m128i block) noexcept
         : bytes(block),
-          // Zeros compare equal, and bytes from 0x80 on have the top bit already.
+          // Zeros compare equal. Bytes from 0x80 on have the top bit set already.
           stops(static_cast<unsigned int>(
               _mm_movemask_epi8(_mm_or_si128(block, _mm_cmpeq_epi8(block, _mm_setzero_si128()))))) {}
 
@@ -39,7 +39,7 @@ struct AsciiBlock {
         return AsciiBlock(_mm_loadu_si128(reinterpret_cast<const __m128i*>(from)));
     }
 
-    /// Packing with saturation keeps 0x01 to 0x7F, and turns every other unit into 0x00 or a byte from 0x80 on.
+    /// Saturated packing keeps 0x01 to 0x7F and turns every other unit into 0x00 or a byte from 0x80 on.
     template <class Unit>
     static AsciiBlock load(const Unit* from) noexcept {
         static_assert(sizeof(Unit) == 2);
@@ -57,7 +57,7 @@ struct AsciiBlock {
     }
 
     __m128i bytes;
-    unsigned int stops;  ///< a bit for each element that is not from 0x01 to 0x7F
+    unsigned int stops;  ///< one bit for each element outside 0x01 to 0x7F
 };
 
 /// Writes the first `count` elements of a block.
@@ -74,13 +74,13 @@ void storeFirst(const AsciiBlock& block, std::size_t count, Unit* to) noexcept {
     storeFirstBytes(high, 2 * (count - inLow), to + inLow);
 }
 
-/// Copies elements from 0x01 to 0x7F until `count` are done or another one stands next. Returns how many.
+/// Copies elements from 0x01 to 0x7F until `count` are copied or another element follows. Returns the number copied.
 template <class From, class To>
 std::size_t copyAsciiRun(const From* from, std::size_t count, To* to) noexcept {
     std::size_t done = 0;
     while (done != count) {
         if (!isInPage(from + done, kAsciiBlock * sizeof(From))) {
-            // One by one into the next page.
+            // One element at a time up to the next page.
             if (!isAsciiText(from[done])) {
                 break;
             }
@@ -118,14 +118,15 @@ bool copyEightAscii(const From* from, To* to) noexcept {
     return true;
 }
 
-/// Copies `count` elements if all of them are from 0x01 to 0x7F, for texts that are too short for blocks of sixteen.
-/// False when one is not, and for fewer than eight; and across pages, where a zero could be the last that may be read.
+/// Copies `count` elements if all of them are from 0x01 to 0x7F, for text too short for blocks of sixteen. Returns
+/// false if one is not, for fewer than eight, and across a page border, where a zero could be the last readable
+/// element.
 template <class From, class To>
 bool copyShortAscii(const From* from, std::size_t count, To* to) noexcept {
     if (count < 8 || !isInPage(from, count * sizeof(From))) {
         return false;
     }
-    const std::size_t last = count - 8;  // these eight may overlap those before them
+    const std::size_t last = count - 8;  // may overlap the eight before
     for (std::size_t at = 0; at < last; at += 8) {
         if (!copyEightAscii(from + at, to + at)) {
             return false;
@@ -134,13 +135,13 @@ bool copyShortAscii(const From* from, std::size_t count, To* to) noexcept {
     return copyEightAscii(from + last, to + last);
 }
 
-/// Widens bytes from 0x01 to 0x7F into units until `count` are done or another byte stands next. Returns how many.
+/// Widens bytes from 0x01 to 0x7F to units until `count` are done or another byte follows. Returns the number done.
 template <class Unit>
 std::size_t widenAsciiRun(const unsigned char* bytes, std::size_t count, Unit* units) noexcept {
     return copyAsciiRun(bytes, count, units);
 }
 
-/// Narrows units from 0x01 to 0x7F into bytes until `count` are done or another unit stands next. Returns how many.
+/// Narrows units from 0x01 to 0x7F to bytes until `count` are done or another unit follows. Returns the number done.
 template <class Unit>
 std::size_t narrowAsciiRun(const Unit* units, std::size_t count, unsigned char* bytes) noexcept {
     return copyAsciiRun(units, count, bytes);

@@ -1,5 +1,5 @@
 /// \file
-/// Loading characters of either width as bytes. Only for sources that are compiled for AVX2.
+/// Loads characters of either width as bytes. Only for sources compiled for AVX2.
 #pragma once
 
 #include <immintrin.h>
@@ -8,7 +8,7 @@
 
 namespace vorel::kernels {
 
-/// Thirty-two characters as bytes. Units that are no bytes become 0 or 255.
+/// Thirty-two characters as bytes. Units above 255 become 0 or 255.
 static inline __m256i loadBytes(const char* text) noexcept {
     return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(text));
 }

@@ -1,5 +1,5 @@
 /// \file
-/// Base64 of either width: bytes as text with padding, and back with white space anywhere in between.
+/// Base64 (RFC 4648, section 4) of either width: encodes with padding, decodes and skips white space anywhere.
 #pragma once
 
 #include <algorithm>
@@ -13,10 +13,10 @@
 
 namespace vorel::kernels {
 
-/// What the table of a decoder has for a character without a value.
+/// Table value of a character that has no Base64 value.
 inline constexpr int kInvalidBase64 = -128;
 
-/// Writes the characters of `count` bytes, four for each three of them and four for what is left, and returns the end.
+/// Encodes `count` bytes as four characters for each group of three, the last group padded. Returns the end.
 template <class T>
 T* encodeBase64(const unsigned char* bytes, std::size_t count, const char* alphabet, char pad, T* out) noexcept {
     out = encodeAllGroups(bytes, count, alphabet, out);
@@ -26,15 +26,15 @@ T* encodeBase64(const unsigned char* bytes, std::size_t count, const char* alpha
     return out;
 }
 
-/// Why a decoder stopped.
+/// Why the decoder stopped.
 enum class Base64End {
-    None,     ///< it did not
-    Text,     ///< the terminator, or padding
-    Invalid,  ///< a character without a value
-    Foreign,  ///< a unit above 255
+    None,     ///< it did not stop
+    Text,     ///< terminator or padding
+    Invalid,  ///< character without a value
+    Foreign,  ///< unit above 255
 };
 
-/// The next character behind white space as a number. The terminator and a unit above 255 are not passed.
+/// Skips white space and returns the next character as a number. Does not move past the terminator or a unit above 255.
 template <class T>
 unsigned int takeBase64Character(const T*& place) noexcept {
     while (*place == '\t' || *place == '\n' || *place == '\r' || *place == ' ') {
@@ -45,8 +45,8 @@ unsigned int takeBase64Character(const T*& place) noexcept {
     return character;
 }
 
-/// Takes a group of four characters, and writes its bytes at `out`, which has room for three; without any, `written`
-/// stays as it is.
+/// Decodes a group of four characters into `out`, which has space for three bytes. `written` stays unchanged if the
+/// group yields none.
 template <class T>
 Base64End takeBase64Group(const T*& place, const int* table, char pad, unsigned char* out,
                           std::size_t& written) noexcept {
@@ -74,17 +74,17 @@ Base64End takeBase64Group(const T*& place, const int* table, char pad, unsigned 
     return written < 3 ? Base64End::Text : Base64End::None;
 }
 
-/// What a step of a decoder did.
+/// Result of one decoder step.
 struct Base64Step {
     std::size_t written;
     Base64End end;
 };
 
-/// The room that a step needs.
+/// Output capacity that a step needs, in bytes.
 inline constexpr std::size_t kBase64StepRoom = kSixBitBytes + kSixBitOverhang;
 
-/// Decodes whole blocks, or else a few groups, from `place` on, and moves it behind what it read. Behind the bytes that
-/// count a few zeros may be written. The text ends in a zero; `table` has the values of all 256 characters.
+/// Decodes whole blocks, or otherwise a few groups, from `cursor` and moves it past what was read. Up to eight zeros
+/// may be written after the decoded bytes. The text ends with a zero. `table` holds the values of all 256 characters.
 template <class T>
 Base64Step decodeBase64Step(const T*& place, const int* table, char pad, unsigned char* out,
                             std::size_t room) noexcept {

@@ -1,5 +1,5 @@
 /// \file
-/// Truth values in zero-terminated text of either width.
+/// Parses booleans in zero-terminated text of either width.
 #pragma once
 
 #include <algorithm>
@@ -13,7 +13,7 @@
 
 namespace vorel::kernels {
 
-/// A word for a truth value, in lower case.
+/// A word for a boolean, in lower case.
 struct BooleanWord {
     std::string_view text;
     // cppcheck-suppress unusedStructMember; it is read through an iterator
@@ -26,18 +26,18 @@ inline constexpr std::string_view kTrueCharacters = "1ty";
 inline constexpr std::string_view kFalseCharacters = "0fn";
 inline constexpr std::string_view kPlainBooleanWords[] = {"true", "false", "yes", "no", "0", "1", "t", "f", "y", "n"};
 
-/// Whether the digits 2 to 9, standing alone, are true: in wide text they are, and callers rely on it.
+/// Whether a single digit from 2 to 9 is true. It is in wide text, and callers rely on that.
 template <class T>
 inline constexpr bool kAnyDigitIsTrue = sizeof(T) > 1;
 
-/// Whether `c` is one of `characters`, which are given in lower case.
+/// Whether `c`, with its case folded, is one of `characters`, which are in lower case.
 template <class T>
 bool isOneOf(T c, std::string_view characters) noexcept {
     return std::any_of(characters.begin(), characters.end(),
                        [c](char wanted) { return foldCase(c) == static_cast<T>(wanted); });
 }
 
-/// Reads one character that stands alone, and moves behind it unless it means nothing.
+/// Parses a single character and moves past it if it denotes a boolean.
 template <class T>
 bool takeBooleanCharacter(const T*& place) noexcept {
     const T c = *place;
@@ -48,8 +48,8 @@ bool takeBooleanCharacter(const T*& place) noexcept {
     return isTrue;
 }
 
-/// Takes a word, a character that stands alone, or a number, and says whether it is true; moves to the first character
-/// that is none when it is nothing of these.
+/// Parses a word, a single character or a number, and returns its truth. For anything else the cursor stops at the
+/// first character that does not belong to a number.
 template <class T>
 bool takeBoolean(const T*& place) noexcept {
     skipSpaces(place);
@@ -68,7 +68,7 @@ bool takeBoolean(const T*& place) noexcept {
     return coercesToInteger(place, true) && takeInteger<int>(place, true) != 0;
 }
 
-/// Reads a truth value, and stores where it ends unless `end` is null. A null text is false.
+/// Parses a boolean and stores where it ends unless `end` is null. A null text is false.
 template <class T>
 bool readBoolean(const T* text, T** end) noexcept {
     const bool value = text && takeBoolean(text);
@@ -76,7 +76,7 @@ bool readBoolean(const T* text, T** end) noexcept {
     return value;
 }
 
-/// Whether a text is a word or a character for a truth value, and nothing else.
+/// Whether the whole text is a word or a character for a boolean. White space before it is allowed.
 template <class T>
 bool coercesToBoolean(const T* text) noexcept {
     if (!text) {

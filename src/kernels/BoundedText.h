@@ -1,5 +1,5 @@
 /// \file
-/// Texts in a caller's buffer, cut where it ends.
+/// Writes text to a caller's buffer, truncated to its size.
 #pragma once
 
 #include <algorithm>
@@ -11,7 +11,7 @@
 
 namespace vorel::kernels {
 
-/// Copies a short text, which does not overlap the target; calling the runtime would take longer.
+/// Copies a short text that does not overlap the target. A call of the runtime would take longer.
 template <class T>
 void copyShort(const T* text, std::size_t length, T* to) noexcept {
     const auto* const from = reinterpret_cast<const unsigned char*>(text);
@@ -37,7 +37,7 @@ void copyShort(const T* text, std::size_t length, T* to) noexcept {
     }
 }
 
-/// Copies as much of a text as fits into `size` characters, the last of which becomes a terminator.
+/// Copies as much of a text as fits into `size` characters. The last of them becomes a terminator.
 template <class T>
 void copyCut(const T* text, std::size_t length, T* buffer, unsigned long long size) noexcept {
     if (size == 0) {
@@ -49,27 +49,27 @@ void copyCut(const T* text, std::size_t length, T* buffer, unsigned long long si
     buffer[size - 1] = 0;
 }
 
-/// Writes a 64-bit number at a place with room for `kMostIntegerCharacters`, and returns the end.
+/// Writes a 64-bit number to `out`, which has space for `kMaxIntegerCharacters`. Returns the end.
 template <class T>
 T* writeSigned(std::uint64_t magnitude, bool negative, T* out) noexcept {
     *out = '-';
     return writeInteger(magnitude, out + (negative ? 1 : 0));
 }
 
-/// A number without its sign; that of the lowest one has no other form.
+/// The absolute value. It holds that of the lowest number too.
 constexpr std::uint64_t magnitudeOf(std::int64_t value) noexcept {
     const auto bits = static_cast<std::uint64_t>(value);
     return value < 0 ? 0 - bits : bits;
 }
 
-/// Writes a number and a terminator into `size` characters, as much of it as they hold, and a terminator in the last of
-/// them. Returns the buffer, which may be null.
+/// Writes a number and a terminator to `size` characters, truncated to them, and a terminator to the last one. Returns
+/// the buffer, which may be null.
 template <class T>
 T* writeBoundedInteger(std::uint64_t magnitude, bool negative, T* buffer, unsigned long long size) noexcept {
     if (!buffer) {
         return nullptr;
     }
-    // Not straight into the buffer: its units after the terminator stay as they are.
+    // Formatted in a local buffer, because the units after the terminator must stay unchanged.
     T text[kMostIntegerCharacters];
     const T* const end = writeSigned(magnitude, negative, text);
     copyCut(text, static_cast<std::size_t>(end - text), buffer, size);

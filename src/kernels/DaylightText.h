@@ -1,6 +1,6 @@
 /// \file
-/// Daylight text of either width: groups of four characters, and a digit that says how many bytes of the last one
-/// count.
+/// Daylight text of either width: groups of four characters, and a final digit that gives the number of bytes in the
+/// last group.
 #pragma once
 
 #include <cstddef>
@@ -12,12 +12,12 @@
 
 namespace vorel::kernels {
 
-/// The characters that `count` bytes become.
+/// Length of the text for `count` bytes.
 constexpr std::size_t daylightLength(std::size_t count) noexcept {
     return (count + 2) / 3 * 4 + 1;
 }
 
-/// Writes the characters of `count` bytes and returns the end.
+/// Encodes `count` bytes and returns the end.
 template <class T>
 T* encodeDaylight(const unsigned char* bytes, std::size_t count, T* out) noexcept {
     out = encodeAllGroups(bytes, count, kDaylightAlphabet.data(), out);
@@ -26,7 +26,7 @@ T* encodeDaylight(const unsigned char* bytes, std::size_t count, T* out) noexcep
     return out + 1;
 }
 
-/// The value of a character; 0 for one that the table does not know.
+/// The value of a character, 0 if it has none.
 template <class T>
 unsigned int daylightValueOf(T unit) noexcept {
     const std::size_t index = static_cast<std::make_unsigned_t<T>>(unit);
@@ -35,7 +35,7 @@ unsigned int daylightValueOf(T unit) noexcept {
     return isKnown ? kDaylightValues.values[index] : 0;
 }
 
-/// Decodes `count` characters, a multiple of four, into three bytes for each four of them.
+/// Decodes `count` characters, a multiple of four, to three bytes for each four.
 template <class T>
 void decodeDaylightGroups(const T* text, std::size_t count, unsigned char* out) noexcept {
     constexpr std::size_t kGroupsBetweenBlocks = 8;
@@ -53,7 +53,7 @@ void decodeDaylightGroups(const T* text, std::size_t count, unsigned char* out) 
     }
 }
 
-/// How many bytes of the last group the digit at the end of a text stands for, 1 to 3; 0 for another unit.
+/// The number of bytes, 1 to 3, that the final digit gives for the last group; 0 for any other unit.
 template <class T>
 unsigned int bytesOfLastGroup(T unit) noexcept {
     return unit >= '1' && unit <= '3' ? static_cast<unsigned int>(unit - '0') : 0;

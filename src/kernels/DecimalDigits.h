@@ -1,5 +1,5 @@
 /// \file
-/// The fifteen significant decimal digits of a double, rounded from its exact value.
+/// Computes the fifteen significant decimal digits of a double, rounded from its exact value.
 #pragma once
 
 #include <bit>
@@ -10,7 +10,7 @@
 
 namespace vorel::kernels {
 
-/// What becomes of a value that lies exactly between two texts.
+/// How a value exactly between two decimal texts is rounded.
 enum class Tie {
     ToEven,
     AwayFromZero,
@@ -41,8 +41,8 @@ struct BinaryParts {
     int exponent;
 };
 
-/// Where `value` times ten to the `power` lies with regard to `digits` and a half: below 0, 0 (a tie), or above 0.
-/// Decided exactly, for the rare cases in which 128 bits do not tell.
+/// Compares `value` times ten to the `power` with `digits` plus one half: below 0, 0 (a tie), or above 0. Exact; needed
+/// in the rare cases that 128 bits cannot decide.
 constexpr int compareWithHalf(const BinaryParts& value, int power, std::uint64_t digits) noexcept {
     BigInteger left(value.significand);
     BigInteger right(2 * digits + 1);
@@ -67,11 +67,11 @@ constexpr bool roundsUp(int comparison, std::uint64_t digits, Tie tie) noexcept 
     return tie == Tie::AwayFromZero || digits % 2 != 0;
 }
 
-/// The decimal exponent of a value, or one less: log10(2) times an approximation of log2 from below, which between two
-/// powers of two follows the straight line.
+/// The decimal exponent of a value, or one less: log10(2) times a lower bound of log2, which is interpolated linearly
+/// between powers of two.
 constexpr int estimateExponent(int log2, std::uint64_t normalized) noexcept {
     constexpr unsigned int kFractionBits = 20;
-    constexpr std::int64_t kLog10Of2 = 1292913986;  // times 2^32, cut off
+    constexpr std::int64_t kLog10Of2 = 1292913986;  // times 2^32, truncated
     const std::uint64_t fraction = (normalized << 1) >> (64 - kFractionBits);
     const std::int64_t approximation = (std::int64_t{log2} << kFractionBits) + static_cast<std::int64_t>(fraction);
     return static_cast<int>(approximation * kLog10Of2 >> (32 + kFractionBits));
@@ -79,9 +79,9 @@ constexpr int estimateExponent(int log2, std::uint64_t normalized) noexcept {
 
 /// The digits of a positive finite value.
 ///
-/// The value is scaled by a power of ten that brings it to fifteen digits before the point, in 128 bits. The product is
-/// too small by less than one unit of its lowest bit, so its fraction says how to round unless it lies within one unit
-/// of a half; then the exact comparison does.
+/// The value is multiplied by a power of ten that leaves fifteen digits before the point, with 128 bits of the product.
+/// The product is too small by less than one unit of its lowest bit. Its fraction decides the rounding unless it is
+/// within one unit of one half; then the exact comparison decides.
 constexpr DecimalDigits decimalDigits(double value, Tie tie) noexcept {
     const BinaryParts parts(value);
     const int leadingZeros = std::countl_zero(parts.significand);
@@ -94,11 +94,12 @@ constexpr DecimalDigits decimalDigits(double value, Tie tie) noexcept {
         const std::uint64_t carried = multiplyWide(normalized, scale.low).high;
         const std::uint64_t middle = upper.low + carried;
         const std::uint64_t high = upper.high + (middle < carried ? 1 : 0);
-        // Bits before the point: the product has 192 bits, and log2 and the power say where its highest one stands.
+        // The number of bits before the point. The product has 192 bits; log2 and the power give the position of its
+        // highest bit.
         const int whole = 192 + scale.exponent + log2 - 63;
         std::uint64_t digits = high >> (64 - whole);
         if (digits >= kDigitsLimit) {
-            continue;  // the estimate was one less
+            continue;  // the estimate was one too low
         }
         const std::uint64_t fraction = high << whole | middle >> (64 - whole);
         constexpr std::uint64_t kHalf = std::uint64_t{1} << 63;

@@ -1,9 +1,9 @@
 /// \file
-/// Reading decimal numbers with a fraction and an exponent from zero-terminated text of either width: step by step, and
-/// those of the usual length in one go.
+/// Parses decimal numbers with a fraction and an exponent from zero-terminated text of either width: character by
+/// character, or in blocks for numbers of the usual length.
 ///
-/// Every program that shares these rules gets the same bits, so the order of the operations is fixed: the digits that
-/// count as an integer, to a double, times or divided by one power of ten.
+/// All programs that use these rules must compute the same bits, so the order of operations is fixed: the significant
+/// digits as an integer, converted to double, multiplied or divided by one power of ten.
 #pragma once
 
 #include <array>
@@ -18,16 +18,16 @@
 
 namespace vorel::kernels {
 
-/// The mantissa of a decimal number. Only its first 18 digits count, leading zeros among them.
+/// The mantissa of a decimal number. Only the first 18 digits are significant, leading zeros included.
 struct Mantissa {
-    std::uint64_t used = 0;      ///< the value of the digits that count
-    std::uint32_t digits = 0;    ///< all digits, the point not among them
-    std::uint32_t exponent = 0;  ///< the decimal exponent of the last digit that counts, as 32 bits that wrap around
+    std::uint64_t used = 0;      ///< value of the significant digits
+    std::uint32_t digits = 0;    ///< number of all digits, without the point
+    std::uint32_t exponent = 0;  ///< decimal exponent of the last significant digit, modulo 2^32
 };
 
 inline constexpr std::uint32_t kMantissaDigits = 18;
 
-/// Takes digits with at most one point among them.
+/// Parses digits with at most one point.
 template <class T>
 constexpr Mantissa takeMantissa(const T*& place) noexcept {
     Mantissa mantissa;
@@ -51,16 +51,15 @@ constexpr Mantissa takeMantissa(const T*& place) noexcept {
     return mantissa;
 }
 
-/// Digits that count as a double. The rule makes two halves of nine digits of them, high and low, and takes
-/// high * 1e9 + low. That product has 51 bits at most and is exact, and so are the halves: what is left is the one
-/// rounding of the sum, which is that of the conversion.
+/// Significant digits as a double. The rule computes high * 1e9 + low from two halves of nine digits. The product has
+/// at most 51 significant bits, so it and the halves are exact. Only the sum rounds, exactly as this conversion does.
 constexpr double mantissaValue(std::uint64_t used) noexcept {
     return static_cast<double>(static_cast<std::int64_t>(used));
 }
 
-/// An exponent as it was read: 'e' or 'E', a sign, and digits. Marker and sign are taken without digits, too.
+/// A parsed exponent: 'e' or 'E', a sign, and digits. Marker and sign are consumed without digits too.
 struct Exponent {
-    std::uint32_t value = 0;  ///< without its sign; wraps around
+    std::uint32_t value = 0;  ///< without its sign, modulo 2^32
     bool negative = false;
     bool hasMarker = false;
     bool hasDigits = false;
@@ -87,8 +86,8 @@ Exponent takeExponent(const T*& place) noexcept {
 
 inline constexpr std::uint32_t kLargestScale = 511;
 
-/// Powers of ten from 0 to 511, each the product of 1e1, 1e2, 1e4 … 1e256 for its bits, from the lowest up, so that the
-/// rounding of each step is that of the rule. From 309 on they are infinite.
+/// Powers of ten from 0 to 511. Each is the product of 1e1, 1e2, 1e4 … 1e256 for its bits, lowest first, so that every
+/// step rounds as the rule requires. From 309 on they are infinite.
 inline constexpr auto kScaleFactors = [] {
     constexpr std::array<double, 9> kSquares = {1.0e1, 1.0e2, 1.0e4, 1.0e8, 1.0e16, 1.0e32, 1.0e64, 1.0e128, 1.0e256};
     std::array<double, kLargestScale + 1> factors = {};
@@ -106,13 +105,13 @@ inline constexpr auto kScaleFactors = [] {
     return factors;
 }();
 
-/// `value`, negated or not, without a branch.
+/// `value`, negated if `negative`, without a branch.
 constexpr double withSign(double value, bool negative) noexcept {
     return std::bit_cast<double>(std::bit_cast<std::uint64_t>(value) ^ static_cast<std::uint64_t>(negative) << 63);
 }
 
-/// Digits that count, under the exponent of the last of them as 32 bits, with their sign. Signs come as they like, so
-/// nothing here branches on one: the factor that is not wanted is 1, which changes nothing.
+/// Significant digits scaled by the signed 32-bit exponent of the last one. Signs are unpredictable, so nothing
+/// branches on them: the unused factor is 1.
 inline double scaled(std::uint64_t used, std::uint32_t exponent, bool negative) noexcept {
     const bool isBelowOne = exponent >> 31 != 0;
     const std::uint32_t magnitude = negatedIf(isBelowOne, exponent);
@@ -125,14 +124,14 @@ inline double scaled(const Mantissa& mantissa, const Exponent& exponent, bool ne
     return scaled(mantissa.used, mantissa.exponent + negatedIf(exponent.negative, exponent.value), negative);
 }
 
-/// A mantissa of which all digits count, its last `fraction` ones behind the point.
+/// A mantissa whose digits are all significant, the last `fraction` of them after the point.
 struct ShortMantissa {
     std::uint64_t used = 0;
     std::uint64_t fraction = 0;
 };
 
-/// Takes a mantissa of less than a block of digits before the point and a block behind it at most, and says whether it
-/// was one. `place` has to be within a page.
+/// Parses a mantissa with less than one block of digits before the point and at most one block after it. Returns
+/// whether it has that form. The blocks around `cursor` must lie in one page (see `areBlocksInPage`).
 template <class T>
 [[gnu::always_inline]] inline bool takeShortMantissa(const T*& place, ShortMantissa& mantissa) noexcept {
     std::uint64_t mask = digitMask(place);
@@ -162,8 +161,8 @@ template <class T>
     return whole + fraction != 0;
 }
 
-/// Takes a number of the usual length, without a branch that depends on how many digits it has, and says whether it was
-/// one. When not, nothing is taken, and it has to be read step by step.
+/// Parses a number of the usual length without branching on its number of digits. Returns false and consumes nothing if
+/// the number must be parsed character by character.
 template <class T>
 [[gnu::always_inline]] inline bool takeShortDecimal(const T*& start, double& value) noexcept {
     const T* place = start;

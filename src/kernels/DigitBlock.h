@@ -1,9 +1,9 @@
 /// \file
-/// Decimal digits, sixteen at a time: how many there are, and what they are worth, without a branch for each of them.
-/// Where a number ends cannot be guessed, and a wrong guess costs as much as the whole of this.
+/// Counts and converts decimal digits, sixteen at a time, without a branch per digit. The end of a number is
+/// unpredictable, and one mispredicted branch costs as much as the whole conversion.
 ///
-/// Text is read in blocks that may reach beyond either of its ends, but never into another page; what does not belong
-/// to the number does not count. SSE2 is part of every 64-bit x86 processor, so there is nothing to dispatch.
+/// Reads may extend past either end of the text, but never into another page; characters outside the number are
+/// ignored. SSE2 is part of every 64-bit x86 processor, so no dispatch is needed.
 #pragma once
 
 #include <array>
@@ -17,10 +17,10 @@
 
 namespace vorel::kernels {
 
-/// The characters of a block.
+/// Characters per block.
 inline constexpr std::uint64_t kDigitBlock = 16;
 
-/// The powers of ten that 64 bits hold.
+/// The powers of ten that fit into 64 bits.
 inline constexpr auto kIntegerPowersOfTen = [] {
     std::array<std::uint64_t, 20> powers = {1};
     for (std::size_t power = 1; power != powers.size(); ++power) {
@@ -29,8 +29,8 @@ inline constexpr auto kIntegerPowersOfTen = [] {
     return powers;
 }();
 
-/// Whether one block before `place` and two from there on lie in one page: then they can be read, wherever in them the
-/// text begins and ends.
+/// Whether one block before `position` and two blocks from it lie in one page. Then they are readable wherever the text
+/// begins and ends.
 template <class T>
 bool isWithinPage(const T* place) noexcept {
     constexpr std::uintptr_t kPage = 4096;
@@ -38,8 +38,8 @@ bool isWithinPage(const T* place) noexcept {
     return reinterpret_cast<std::uintptr_t>(place) % kPage - kBlock <= kPage - 3 * kBlock;
 }
 
-/// Sixteen characters as bytes. Units that are no bytes become 0 or 255. The attribute: what a block reaches into
-/// beyond the text may be another object of the same page, which is no mistake here.
+/// Sixteen characters as bytes. Units above 255 become 0 or 255. The attribute allows a block to extend into another
+/// object of the same page.
 [[gnu::no_sanitize_address]] inline __m128i loadBlock(const char* place) noexcept {
     return _mm_loadu_si128(reinterpret_cast<const __m128i*>(place));
 }
@@ -49,7 +49,7 @@ bool isWithinPage(const T* place) noexcept {
     return _mm_packus_epi16(_mm_loadu_si128(units), _mm_loadu_si128(units + 1));
 }
 
-/// A bit for each character of the block at `place`, the lowest for the first: whether it is a digit.
+/// One bit for each character of the block, lowest first: whether it is a digit.
 template <class T>
 std::uint64_t digitMask(const T* place) noexcept {
     const __m128i values = _mm_sub_epi8(loadBlock(place), _mm_set1_epi8('0'));
@@ -57,13 +57,14 @@ std::uint64_t digitMask(const T* place) noexcept {
     return static_cast<std::uint64_t>(_mm_movemask_epi8(isDigit));
 }
 
-/// How many digits stand at the begin of a mask.
+/// The number of digits at the start of a mask.
 constexpr std::uint64_t leadingDigits(std::uint64_t mask) noexcept {
-    constexpr std::uint64_t kEnd = std::uint64_t{1} << 63;  // no mask is that long; there is always a bit to be found
+    constexpr std::uint64_t kEnd = std::uint64_t{1}
+                                   << 63;  // beyond the bits of every mask, so that a set bit always exists
     return static_cast<std::uint64_t>(std::countr_zero(~mask | kEnd));
 }
 
-/// Ones in the last `count` bytes of a block.
+/// A mask of the last `count` bytes of a block.
 inline __m128i lastBytes(std::uint64_t count) noexcept {
     static constexpr std::uint8_t kZerosThenOnes[2 * kDigitBlock] = {
         0,    0,    0,    0,    0,    0,    0,    0,    0,    0,    0,    0,    0,    0,    0,    0,
@@ -71,10 +72,11 @@ inline __m128i lastBytes(std::uint64_t count) noexcept {
     return _mm_loadu_si128(reinterpret_cast<const __m128i*>(kZerosThenOnes + count));
 }
 
-/// The value of the last `count` characters of a block, all of them digits.
+/// The value of the last `count` characters of a block, all digits.
 [[gnu::always_inline]] inline std::uint64_t valueOfLast(__m128i block, std::uint64_t count) noexcept {
     const __m128i digits = _mm_and_si128(_mm_sub_epi8(block, _mm_set1_epi8('0')), lastBytes(count));
-    // Neighbours are put together: to two digits in 16 bits each, to four in 32, to eight in 32.
+    // Combines neighbours: two digits in 16 bits, four in 32, eight in 32. See Wojciech Muła, "Parsing series of
+    // integers with SIMD".
     const __m128i tens = _mm_mullo_epi16(_mm_and_si128(digits, _mm_set1_epi16(0xFF)), _mm_set1_epi16(10));
     const __m128i twos = _mm_add_epi16(tens, _mm_srli_epi16(digits, 8));
     const __m128i fours = _mm_madd_epi16(twos, _mm_set1_epi32(1 << 16 | 100));
@@ -83,18 +85,17 @@ inline __m128i lastBytes(std::uint64_t count) noexcept {
     return (halves & 0xFFFFFFFF) * kIntegerPowersOfTen[8] + (halves >> 32);
 }
 
-/// The value of the `count` digits at `place`, a block of them at most.
+/// The value of `count` digits, at most one block.
 template <class T>
 [[gnu::always_inline]] inline std::uint64_t valueOfDigits(const T* place, std::uint64_t count) noexcept {
     return valueOfLast(loadBlock(place + count - kDigitBlock), count);
 }
 
-/// The value of the `whole` digits at `place` and of the `fraction` digits behind the point that follows them, as one
-/// number; a block of them at most.
+/// The value of `whole` digits, a point and `fraction` digits as one number of at most one block.
 template <class T>
 [[gnu::always_inline]] inline std::uint64_t valueAcrossPoint(const T* place, std::uint64_t whole,
                                                              std::uint64_t fraction) noexcept {
-    // The same digits twice, the second time one place to the left: there the point stands where the fraction begins.
+    // Loads the digits twice, the second time shifted by one so that the fraction closes the gap of the point.
     const T* const lastBlock = place + whole + fraction - kDigitBlock;
     const __m128i fractionAtEnd = loadBlock(lastBlock + 1);
     const __m128i wholeInPlace = loadBlock(lastBlock);

@@ -1,5 +1,5 @@
 /// \file
-/// Sixteen decimal digits as characters in one register, and how such a register gets into text of either width.
+/// Formats sixteen decimal digits in one register and stores them as text of either width.
 #pragma once
 
 #include <cstdint>
@@ -10,18 +10,19 @@
 
 namespace vorel::kernels {
 
-/// A number below 10^8 as two of four digits, the upper one in the lower half.
+/// A number below 10^8 as two groups of four digits, the upper group in the lower half.
 constexpr std::uint64_t groupsOfFour(std::uint64_t number) noexcept {
     return number / 10000 | number % 10000 << 32;
 }
 
-/// The sixteen digits of a number below 10^16, zeros in front of it included.
+/// The sixteen digits of a number below 10^16, with leading zeros.
 inline __m128i sixteenDigits(std::uint64_t number) noexcept {
     constexpr std::uint64_t kHalf = 100000000;
     const auto upper = static_cast<std::int64_t>(groupsOfFour(number / kHalf));
     const auto lower = static_cast<std::int64_t>(groupsOfFour(number % kHalf));
     const __m128i fours = _mm_set_epi64x(lower, upper);
-    // x * 5243 / 2^19 is x / 100 below 10,000, and x * 6554 / 2^16 is x / 10 below 100.
+    // Division by multiplication (Granlund and Montgomery, "Division by Invariant Integers using Multiplication"): x *
+    // 5243 / 2^19 is x / 100 below 10,000, and x * 6554 / 2^16 is x / 10 below 100.
     const __m128i hundreds = _mm_srli_epi16(_mm_mulhi_epu16(fours, _mm_set1_epi32(5243)), 3);
     const __m128i belowHundred = _mm_sub_epi16(fours, _mm_mullo_epi16(hundreds, _mm_set1_epi32(100)));
     const __m128i twos = _mm_or_si128(hundreds, _mm_slli_epi32(belowHundred, 16));
@@ -30,7 +31,7 @@ inline __m128i sixteenDigits(std::uint64_t number) noexcept {
     return _mm_add_epi8(_mm_or_si128(tens, _mm_slli_epi16(ones, 8)), _mm_set1_epi8('0'));
 }
 
-/// A bit for each of sixteen characters, the lowest for the first: whether it is no zero.
+/// One bit for each of sixteen characters, lowest first: whether it is not '0'.
 inline std::uint32_t nonZeroMask(__m128i digits) noexcept {
     const int zeros = _mm_movemask_epi8(_mm_cmpeq_epi8(digits, _mm_set1_epi8('0')));
     return static_cast<std::uint32_t>(zeros) ^ 0xFFFF;

@@ -1,5 +1,5 @@
 /// \file
-/// Writing a double as decimal text with fifteen significant digits.
+/// Formats a double as decimal text with fifteen significant digits.
 #pragma once
 
 #include <bit>
@@ -15,17 +15,17 @@
 
 namespace vorel::kernels {
 
-/// What the mantissa and the exponent of a text look like.
+/// The form of mantissa and exponent.
 enum class DoubleForm {
-    Raw,    ///< "1e+20", "1.5e-07", "1.e-07": what a print function gives
-    Plain,  ///< the same with three digits of exponent at least
-    Json,   ///< that, with a digit behind the point of every mantissa: "1.0e+020"
+    Raw,    ///< "1e+20", "1.5e-07", "1.e-07": the form of the print functions
+    Plain,  ///< as `Raw`, with at least three exponent digits
+    Json,   ///< as `Plain`, with at least one digit after the point of every mantissa: "1.0e+020"
 };
 
-/// Room for every double's text, and for what is written behind it on the way.
+/// Capacity for the text of any double, including the characters written temporarily after its end.
 inline constexpr std::size_t kDoubleRoom = 32;
 
-/// Fifteen digits as characters, and how many of them are left without the zeros at the end.
+/// Fifteen digits as characters, and their number without trailing zeros.
 struct DigitText {
     explicit DigitText(std::uint64_t digits) noexcept
         : characters(sixteenDigits(digits * 10)),
@@ -35,7 +35,7 @@ struct DigitText {
     int significant;
 };
 
-/// Sixteen characters of the digits with a point behind the first `whole` of them, 1 to 15.
+/// Sixteen characters: the digits with a point after the first `whole` of them, 1 to 15.
 inline __m128i withPoint(__m128i digits, int whole) noexcept {
     const auto behind = static_cast<std::uint64_t>(15 - whole);
     const __m128i fromPoint = lastBytes(behind + 1);
@@ -45,7 +45,7 @@ inline __m128i withPoint(__m128i digits, int whole) noexcept {
     return _mm_or_si128(_mm_or_si128(_mm_andnot_si128(fromPoint, digits), point), fraction);
 }
 
-/// Writes "e+020"; `Raw` has no zero in front of two digits.
+/// Writes "e+020". `Raw` writes only two digits where they suffice.
 template <class T>
 T* writeExponent(int exponent, DoubleForm form, T* out) noexcept {
     const auto magnitude = static_cast<unsigned int>(exponent < 0 ? -exponent : exponent);
@@ -58,9 +58,9 @@ T* writeExponent(int exponent, DoubleForm form, T* out) noexcept {
     return out + 2;
 }
 
-/// Writes a finite value other than 0, and returns the end; no terminator. From a magnitude of 0.1 on the text is that
-/// of "%.15g", but for the form; below it there is always an exponent, and the point is kept. `out` has room for
-/// `kDoubleRoom` characters.
+/// Writes a finite value other than 0 without a terminator and returns the end. From a magnitude of 0.1 on, the digits
+/// are those of "%.15g". Smaller values always have an exponent and keep the point. `out` has space for
+/// `kDoubleCapacity` characters.
 template <class T>
 T* writeDouble(double value, DoubleForm form, T* out) noexcept {
     *out = '-';

@@ -1,13 +1,13 @@
 /// \file
-/// How many argument slots a printf-style format consumes.
+/// Counts the arguments of a printf-style format.
 #pragma once
 
 #include <string_view>
 
 namespace vorel::kernels {
 
-/// The number of arguments that `fmt` takes: one for each conversion, and one for each `*` given as width or
-/// precision; "%%" takes none.
+/// The number of arguments of `fmt`: one for each conversion, and one for each `*` as width or precision. "%%" takes
+/// none.
 ///
 ///     "%d of %*s%%"  →  3
 template <class T>

@@ -1,6 +1,6 @@
 /// \file
-/// Bytes as hexadecimal digits and back, sixteen bytes at a time. SSE2 is part of every 64-bit x86 processor, so there
-/// is nothing to dispatch.
+/// Converts bytes to hexadecimal digits (RFC 4648, section 8) and back, sixteen bytes at a time. SSE2 is part of every
+/// 64-bit x86 processor, so no dispatch is needed.
 #pragma once
 
 #include <array>
@@ -22,12 +22,12 @@ enum class HexCase {
     Lower,
 };
 
-/// What lies between the digit 9 and the first letter.
+/// Distance between the character after '9' and the first letter.
 constexpr char hexLetterGap(HexCase letters) noexcept {
     return static_cast<char>((letters == HexCase::Upper ? 'A' : 'a') - '9' - 1);
 }
 
-/// The values of the hexadecimal digits of either case; 0xFF for every other byte.
+/// The values of hexadecimal digits of either case, 0xFF for every other byte.
 inline constexpr auto kHexDigitValues = [] {
     std::array<std::uint8_t, 256> values = {};
     for (unsigned int byte = 0; byte != 256; ++byte) {
@@ -41,7 +41,7 @@ inline unsigned int hexDigitOf(char c) noexcept {
     return kHexDigitValues[static_cast<unsigned char>(c)];
 }
 
-/// Writes two digits for each of `count` bytes, and returns the end.
+/// Writes two digits for each of `count` bytes and returns the end.
 template <class T>
 T* encodeHexPlainly(const unsigned char* bytes, std::size_t count, HexCase letters, T* out) noexcept {
     const auto digit = [gap = hexLetterGap(letters)](unsigned int value) {
@@ -80,7 +80,7 @@ T* encodeHex(const unsigned char* bytes, std::size_t count, HexCase letters, T* 
     return encodeHexPlainly(bytes, count, letters, out);
 }
 
-/// Writes the eight bytes of sixteen digits, and says whether all of them were digits. When not, nothing is written.
+/// Decodes sixteen digits to eight bytes. Returns false and writes nothing if one is not a digit.
 template <class T>
 bool decodeHexBlock(const T* text, unsigned char* out) noexcept {
     const __m128i block = loadBlock(text);
@@ -93,15 +93,15 @@ bool decodeHexBlock(const T* text, unsigned char* out) noexcept {
     }
     const __m128i values = _mm_or_si128(_mm_and_si128(isDecimal, decimal),
                                         _mm_and_si128(isLetter, _mm_add_epi8(letter, _mm_set1_epi8(10))));
-    // The first digit of each pair is the lower byte of its 16 bits.
+    // The first digit of each pair is in the lower byte of its 16 bits.
     const __m128i pairs = _mm_or_si128(_mm_slli_epi16(values, 4), _mm_srli_epi16(values, 8));
     const __m128i bytes = _mm_packus_epi16(_mm_and_si128(pairs, _mm_set1_epi16(0xFF)), _mm_setzero_si128());
     _mm_storel_epi64(reinterpret_cast<__m128i*>(out), bytes);
     return true;
 }
 
-/// Decodes pairs of digits in blocks of sixteen, `blocks` at most, up to the first that has another character; returns
-/// how many blocks.
+/// Decodes at most `blocks` blocks of sixteen digits. Stops at the first block with another character. Returns the
+/// number of blocks decoded.
 template <class T>
 std::size_t decodeHex(const T* text, std::size_t blocks, unsigned char* out) noexcept {
     std::size_t done = s_useAvx2 ? 2 * decodeHexAvx2(text, blocks / 2, out) : 0;

@@ -1,5 +1,5 @@
-// Compiled for AVX2: nothing of the standard library with code of its own may be used in here, or the linker could take
-// that code for the rest of the program.
+// Compiled for AVX2. Do not use standard library functions that are emitted out of line: the linker could use the AVX2
+// copy for the rest of the program.
 
 #include "kernels/HexDigitsAvx2.h"
 
@@ -9,7 +9,7 @@ namespace vorel::kernels {
 
 namespace {
 
-/// Which bytes lie from 0 to `most`.
+/// A mask of the bytes from 0 to `limit`.
 __m256i upTo(__m256i bytes, int most) noexcept {
     return _mm256_cmpeq_epi8(_mm256_min_epu8(bytes, _mm256_set1_epi8(static_cast<char>(most))), bytes);
 }
@@ -27,7 +27,7 @@ std::size_t decode(const T* text, std::size_t blocks, unsigned char* out) noexce
             break;
         }
         const __m256i values = _mm256_blendv_epi8(_mm256_add_epi8(letter, _mm256_set1_epi8(10)), decimal, isDecimal);
-        const __m256i bytes = _mm256_maddubs_epi16(values, _mm256_set1_epi16(0x0110));  // 16 and 1
+        const __m256i bytes = _mm256_maddubs_epi16(values, _mm256_set1_epi16(0x0110));  // weights 16 and 1
         const __m256i packed = _mm256_permute4x64_epi64(_mm256_packus_epi16(bytes, bytes), 0x08);
         _mm_storeu_si128(reinterpret_cast<__m128i*>(out), _mm256_castsi256_si128(packed));
     }

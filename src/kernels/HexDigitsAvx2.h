@@ -1,5 +1,5 @@
 /// \file
-/// The decoder of HexDigits.h with AVX2, for processors that have it (Processor.h says so).
+/// The AVX2 version of the decoder in HexDigits.h (see Processor.h).
 #pragma once
 
 #include <cstddef>
@@ -8,8 +8,8 @@
 
 namespace vorel::kernels {
 
-/// Decodes pairs of digits in blocks of 32, `blocks` at most, up to the first that has another character; returns how
-/// many blocks.
+/// Decodes at most `blocks` blocks of 32 digits. Stops at the first block with another character. Returns the number of
+/// blocks decoded.
 std::size_t decodeHexAvx2(const char* text, std::size_t blocks, unsigned char* out) noexcept;
 std::size_t decodeHexAvx2(const WideUnit* text, std::size_t blocks, unsigned char* out) noexcept;
 

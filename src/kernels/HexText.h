@@ -1,6 +1,6 @@
 /// \file
-/// Decoding hexadecimal text of either width: whole blocks at once, and pairs by one of two rules where something else
-/// than digits stands.
+/// Decodes hexadecimal text of either width: whole blocks at once, and other pairs by one of two rules for invalid
+/// characters.
 #pragma once
 
 #include <cstddef>
@@ -10,8 +10,8 @@
 
 namespace vorel::kernels {
 
-/// Decodes pairs of digits: whole blocks at once, and the others by `takePair(first, second, byte)`, which says whether
-/// to go on. What is left over of an odd number is handed over with the terminator.
+/// Decodes pairs of digits: whole blocks at once, and the others by `decodePair(first, second, byte)`, which returns
+/// whether to continue. The last character of an odd number is paired with the terminator.
 template <class T, class TakePair>
 bool decodeHexPairs(const T* text, std::size_t length, unsigned char* out, TakePair&& takePair) {
     constexpr std::size_t kBlock = 16;  // digits
@@ -27,7 +27,7 @@ bool decodeHexPairs(const T* text, std::size_t length, unsigned char* out, TakeP
     return true;
 }
 
-/// What the decoder with a status takes a unit for: a digit has 0 to 15.
+/// The value of a unit under the rule of the decoder that returns a status; a digit has 0 to 15.
 template <class T>
 int looseHexValueOf(T unit) noexcept {
     const bool isSmallLetter = unit >= 'a' && unit <= 'z';
@@ -35,7 +35,7 @@ int looseHexValueOf(T unit) noexcept {
     return character < '9' + 1 ? character - '0' : character - 'A' + 10;
 }
 
-/// Decodes up to the first pair that is none, and says whether there was no such.
+/// Decodes up to the first invalid pair. Returns whether all pairs were valid.
 template <class T>
 bool decodeHexLoosely(const T* text, std::size_t length, unsigned char* out) noexcept {
     return decodeHexPairs(text, length, out, [](T first, T second, unsigned char* byte) {
@@ -49,7 +49,7 @@ bool decodeHexLoosely(const T* text, std::size_t length, unsigned char* out) noe
     });
 }
 
-/// Decodes an even number of characters; what is no digit counts as 0.
+/// Decodes an even number of characters. Invalid characters count as 0.
 template <class T>
 void decodeHexSilently(const T* text, std::size_t length, unsigned char* out) noexcept {
     const auto valueOrZero = [](T c) {

@@ -1,5 +1,5 @@
 /// \file
-/// Writing an integer as decimal text.
+/// Formats an integer as decimal text.
 #pragma once
 
 #include <bit>
@@ -12,20 +12,20 @@
 
 namespace vorel::kernels {
 
-/// The most characters of a 64-bit number: twenty digits, or a sign and nineteen.
+/// The longest text of a 64-bit number: twenty digits, or a sign and nineteen.
 inline constexpr std::size_t kMostIntegerCharacters = 20;
 
-/// Moves sixteen bytes `count` places to the front, 15 at most; what comes in behind them does not count.
+/// Shifts sixteen bytes towards the front by `count`, at most 15. The bytes shifted in at the end are unspecified.
 inline __m128i moveToFront(__m128i bytes, unsigned int count) noexcept {
     const auto first = static_cast<std::uint64_t>(_mm_cvtsi128_si64(bytes));
     const auto second = static_cast<std::uint64_t>(_mm_cvtsi128_si64(_mm_unpackhi_epi64(bytes, bytes)));
     const std::uint64_t from = count < 8 ? first : second;
     const unsigned int bits = count % 8 * 8;
-    const std::uint64_t carried = second << 1 << (63 - bits);  // in two steps: no shift may be that of all 64 bits
+    const std::uint64_t carried = second << 1 << (63 - bits);  // two shifts, because a shift by 64 bits is undefined
     return _mm_set_epi64x(static_cast<std::int64_t>(second >> bits), static_cast<std::int64_t>(from >> bits | carried));
 }
 
-/// Writes a number below 10,000 and returns the end. A digit that is a zero in front is written over by the next one.
+/// Writes a number below 10,000 and returns the end. Each leading zero is overwritten by the next digit.
 template <class T>
 T* writeFewDigits(unsigned int number, T* out) noexcept {
     *out = static_cast<T>('0' + number / 1000);
@@ -38,8 +38,8 @@ T* writeFewDigits(unsigned int number, T* out) noexcept {
     return out + 1;
 }
 
-/// Writes `number` and returns the end; no terminator. `out` has room for twenty digits, or for nineteen when there are
-/// no more: sixteen characters are written at least, and what comes in behind a short number does not count.
+/// Writes `number` without a terminator and returns the end. `out` has space for twenty digits, or for nineteen if the
+/// number has no more. At least sixteen characters are written; those after the number are unspecified.
 template <class T>
 T* writeInteger(std::uint64_t number, T* out) noexcept {
     constexpr std::uint64_t kSixteenDigits = 10000000000000000;
@@ -49,7 +49,7 @@ T* writeInteger(std::uint64_t number, T* out) noexcept {
         storeCharacters(digits, out);
         return out + 16;
     }
-    constexpr std::uint32_t kLastDigit = 1 << 15;  // stands also as a zero
+    constexpr std::uint32_t kLastDigit = 1 << 15;  // kept even if it is zero
     const auto zeros = static_cast<unsigned int>(std::countr_zero(nonZeroMask(digits) | kLastDigit));
     storeCharacters(moveToFront(digits, zeros), out);
     return out + (16 - zeros);

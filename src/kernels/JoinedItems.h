@@ -1,5 +1,5 @@
 /// \file
-/// Writing items one behind the other, in double quotes where they would not be found again otherwise.
+/// Joins items, with double quotes around those that splitting could not restore otherwise.
 #pragma once
 
 #include <algorithm>
@@ -10,8 +10,8 @@
 
 namespace vorel::kernels {
 
-/// Whether an item has to be quoted. The search for the delimiter never goes back: a character that ends a partial
-/// match is not looked at again as the start of another.
+/// Whether an item needs quotes. The search for the delimiter never goes back: the character that ends a partial match
+/// does not start another one.
 template <class T>
 bool needsQuotes(std::basic_string_view<T> item, std::basic_string_view<T> delimiter) noexcept {
     std::size_t matched = 0;
@@ -30,13 +30,13 @@ bool needsQuotes(std::basic_string_view<T> item, std::basic_string_view<T> delim
     return false;
 }
 
-/// Whether an item begins with one quote and ends with another.
+/// Whether an item begins and ends with a quote.
 template <class T>
 constexpr bool isQuotedAlready(std::basic_string_view<T> item) noexcept {
     return item.size() > 1 && item.front() == '"' && item.back() == '"';
 }
 
-/// Writes an item in quotes, its own doubled, and returns the end.
+/// Writes an item in quotes, with its own quotes doubled. Returns the end.
 template <class T>
 T* writeQuoted(std::basic_string_view<T> item, T* out) noexcept {
     *out++ = '"';
@@ -50,14 +50,14 @@ T* writeQuoted(std::basic_string_view<T> item, T* out) noexcept {
     return out;
 }
 
-/// The most that an item becomes, with what is written behind it on the way.
+/// Capacity for an item in any form, including the units written temporarily after its end.
 constexpr std::size_t joinedItemRoom(std::size_t units) noexcept {
     constexpr std::size_t kQuotes = 2;
     return kQuotes + 2 * units + kUnitBlock;
 }
 
-/// Writes an item of wide text, in quotes where it needs them, and returns the end. The item can be read in whole
-/// blocks (see `copyAndFind`).
+/// Writes an item of wide text, quoted if necessary, and returns the end. The item must be readable in whole blocks
+/// (see `copyAndFind`).
 template <class T>
 T* writeJoinedItem(std::basic_string_view<T> item, std::basic_string_view<T> delimiter, T* out) noexcept {
     const bool isQuoted = delimiter.size() == 1 ? copyAndFind(item.data(), item.size(), T{'"'}, delimiter.front(), out)

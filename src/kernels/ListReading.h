@@ -1,5 +1,6 @@
 /// \file
-/// Lists of numbers and of truth values in zero-terminated text of either width. Each value goes to `take(value)`.
+/// Parses lists of numbers and of booleans in zero-terminated text of either width. Each value is passed to
+/// `take(value)`.
 #pragma once
 
 #include "kernels/BooleanReading.h"
@@ -10,8 +11,8 @@
 
 namespace vorel::kernels {
 
-/// Reads integers between blanks or commas, a fraction cut off, up to the first item that is nothing, and says whether
-/// there was none. The value is that of 32 bits, without a sign.
+/// Parses integers separated by white space or commas, and truncates fractions. Stops at the first invalid item.
+/// Returns whether all items were valid. Values are unsigned and modulo 2^32.
 template <class T, class Take>
 bool readIntegerList(const T* text, Take&& take) {
     skipSpaces(text);
@@ -21,7 +22,7 @@ bool readIntegerList(const T* text, Take&& take) {
         const auto value = takeDigits<unsigned int>(text);
         if (*text == '.') {
             ++text;
-            takeDigitRun(text);  // the fraction is cut off
+            takeDigitRun(text);  // fractions are truncated
         }
         skipSpaces(text);
         text += *text == ',' ? 1 : 0;
@@ -33,13 +34,13 @@ bool readIntegerList(const T* text, Take&& take) {
     return true;
 }
 
-/// The words of a text between white space, each copied into a buffer of its own.
+/// The words of a text, separated by white space. Each is copied to a buffer of this object.
 template <class T>
 class WordList {
 public:
     explicit WordList(const T* text) noexcept : m_place(text) {}
 
-    /// Takes the next word; false at the end of the text, and before a word that is too long.
+    /// Reads the next word. Returns false at the end of the text and at a word that is too long.
     bool next() noexcept {
         skipSpaces(m_place);
         unsigned int length = 0;
@@ -65,7 +66,7 @@ private:
     T m_word[kMostCharacters + 1];
 };
 
-/// Hands each word to `take`, and says whether none was too long.
+/// Passes each word to `take`. Returns false if a word is too long.
 template <class T, class Take>
 bool readWordList(const T* text, Take&& take) {
     WordList<T> words(text);
@@ -75,7 +76,7 @@ bool readWordList(const T* text, Take&& take) {
     return !words.failed();
 }
 
-/// Reads the words that are numbers, and says whether no word was too long.
+/// Parses the words that are numbers and skips the others. Returns false if a word is too long.
 template <class T, class Take>
 bool readDoubleList(const T* text, Take&& take) {
     return readWordList(text, [&](const T* word) {
@@ -85,7 +86,7 @@ bool readDoubleList(const T* text, Take&& take) {
     });
 }
 
-/// Reads the words that are truth values or integers, and says whether no word was too long.
+/// Parses the words that are booleans or integers and skips the others. Returns false if a word is too long.
 template <class T, class Take>
 bool readBooleanList(const T* text, Take&& take) {
     return readWordList(text, [&](const T* word) {
@@ -99,7 +100,7 @@ bool readBooleanList(const T* text, Take&& take) {
     });
 }
 
-/// Whether a text has nothing but signs, digits and blanks.
+/// Whether a text consists only of signs, digits and white space.
 template <class T>
 bool coercesToIntegers(const T* text) noexcept {
     skipSpaces(text);

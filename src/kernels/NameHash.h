@@ -1,5 +1,5 @@
 /// \file
-/// The hash of a name whose letters A to Z are the same as a to z.
+/// The hash of a name, without regard to the case of A to Z.
 #pragma once
 
 #include <cstdint>
@@ -9,7 +9,7 @@
 
 namespace vorel::kernels {
 
-/// That of no name, and of null, is 0.
+/// A polynomial hash. It is 0 for an empty name and for null.
 template <class T>
 constexpr std::uint32_t nameHash(const T* name) noexcept {
     constexpr std::uint32_t kMultiplier = 31;

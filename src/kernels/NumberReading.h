@@ -1,5 +1,5 @@
 /// \file
-/// Numbers in zero-terminated text of either width: at its begin, or as all of it.
+/// Parses numbers in zero-terminated text of either width: at its start, or as the whole text.
 #pragma once
 
 #include "kernels/DecimalScanner.h"
@@ -7,7 +7,7 @@
 
 namespace vorel::kernels {
 
-/// Stores where a scan stopped, unless nobody asks.
+/// Stores where a scan stopped unless `end` is null.
 template <class T, class End>
 void storeEnd(const T* place, End** end) noexcept {
     if (end) {
@@ -15,7 +15,7 @@ void storeEnd(const T* place, End** end) noexcept {
     }
 }
 
-/// Runs `scan` over a text, and stores where it stopped.
+/// Runs `scan` on a text and stores where it stopped.
 template <class T, class End, class Scan>
 auto scanned(const T* text, End** end, Scan&& scan) noexcept {
     using Value = decltype(scan(text));
@@ -24,19 +24,19 @@ auto scanned(const T* text, End** end, Scan&& scan) noexcept {
     return value;
 }
 
-/// Reads an integer (see `takeInteger`), and stores where it ends unless `end` is null. A null text is 0.
+/// Parses an integer (see `parseInteger`) and stores where it ends unless `end` is null. A null text is 0.
 template <class Value, class T, class End>
 Value readInteger(const T* text, End** end, bool skipTrailingSpace) noexcept {
     return scanned(text, end, [=](const T*& place) { return takeInteger<Value>(place, skipTrailingSpace); });
 }
 
-/// Reads a hexadecimal number (see `takeHex`).
+/// Parses a hexadecimal number (see `parseHex`).
 template <class T>
 int readHex(const T* text, T** end) noexcept {
     return scanned(text, end, [](const T*& place) { return static_cast<int>(takeHex(place)); });
 }
 
-/// Reads a number with a fraction and an exponent by going through its characters.
+/// Parses a number with a fraction and an exponent, character by character.
 template <class T>
 [[gnu::noinline]] double readDecimalStepByStep(const T* text, T** end) noexcept {
     return scanned(text, end, [](const T*& place) {
@@ -52,7 +52,7 @@ template <class T>
     });
 }
 
-/// Reads a number with a fraction and an exponent, in one go when it has the usual length.
+/// Parses a number with a fraction and an exponent, in blocks if it has the usual length.
 template <class T>
 [[gnu::always_inline]] inline double readDecimal(const T* text, T** end) noexcept {
     double value = 0;
@@ -63,7 +63,7 @@ template <class T>
     return readDecimalStepByStep(text, end);
 }
 
-/// Reads an integer, and says whether it is all of the text. `value` is untouched for a null text only.
+/// Parses an integer and returns whether it is the whole text. `value` is unchanged only for a null text.
 template <class T>
 bool tryReadInteger(const T* text, int& value) noexcept {
     if (!text) {
@@ -79,8 +79,8 @@ bool tryReadInteger(const T* text, int& value) noexcept {
     return hasDigits && !*text;
 }
 
-/// Reads a number, and says whether it is all of the text. `value` is untouched where there are no digits; under an
-/// exponent of zero it is the mantissa, and no number.
+/// Parses a number and returns whether it is the whole text. `value` is unchanged without digits. With an
+/// exponent of zero, `value` is the mantissa and the result is false.
 template <class T>
 bool tryReadDouble(const T* text, double& value) noexcept {
     if (!text) {
@@ -102,7 +102,7 @@ bool tryReadDouble(const T* text, double& value) noexcept {
     return !*text;
 }
 
-/// Whether a text is an integer, and nothing else.
+/// Whether the whole text is an integer, with white space around it allowed.
 template <class T>
 bool coercesToInteger(const T* text, bool allowLeadingZeros) noexcept {
     if (!text) {
@@ -118,7 +118,7 @@ bool coercesToInteger(const T* text, bool allowLeadingZeros) noexcept {
     return digits.any && !*text;
 }
 
-/// Whether a text is a number, and nothing else.
+/// Whether the whole text is a number, with white space around it allowed.
 template <class T>
 bool coercesToDouble(const T* text, bool allowLeadingZeros) noexcept {
     if (!text) {

@@ -1,6 +1,6 @@
 /// \file
-/// Reading numbers from zero-terminated text of either width, step by step. A step takes the place where it starts and
-/// moves it behind what it read; it stops at the first character that is not its own, and never fails.
+/// The steps of parsing numbers from zero-terminated text of either width. Each step moves the cursor past what it
+/// read, stops at the first character that does not belong to it, and never fails.
 #pragma once
 
 #include <cstdint>
@@ -18,7 +18,7 @@ constexpr void skipSpaces(const T*& place) noexcept {
     }
 }
 
-/// Takes one '-' or '+', if there is one, and says whether it was a '-'.
+/// Consumes one '-' or '+', if present. Returns whether it was a '-'.
 template <class T>
 constexpr bool takeSign(const T*& place) noexcept {
     const bool negative = *place == '-';
@@ -26,7 +26,7 @@ constexpr bool takeSign(const T*& place) noexcept {
     return negative;
 }
 
-/// Takes a run of decimal digits and returns its value behind those of `value`; it wraps around.
+/// Parses decimal digits. Returns their value, appended to the digits of `value`, modulo the range of the type.
 template <class Value, class T>
 Value takeDigits(const T*& place, Value value = 0) noexcept {
     static_assert(std::is_unsigned_v<Value>);
@@ -44,7 +44,7 @@ Value takeDigits(const T*& place, Value value = 0) noexcept {
     return value;
 }
 
-/// Takes a point and the zeros behind it, if there is a point, and says whether there was one.
+/// Consumes a point and the zeros after it, if present. Returns whether there was a point.
 template <class T>
 constexpr bool takeZeroFraction(const T*& place) noexcept {
     if (*place != '.') {
@@ -56,10 +56,10 @@ constexpr bool takeZeroFraction(const T*& place) noexcept {
     return true;
 }
 
-/// A run of digits whose value is of no interest.
+/// A run of digits whose value is not needed.
 struct DigitRun {
     bool any = false;
-    bool hasLeadingZero = false;  ///< a zero in front, and another digit somewhere behind it
+    bool hasLeadingZero = false;  ///< a zero first, and a digit other than zero later
 };
 
 template <class T>
@@ -78,8 +78,8 @@ constexpr Value negatedIf(bool negative, Value value) noexcept {
     return (value ^ (Value{0} - Value{negative})) + Value{negative};
 }
 
-/// Takes spaces, a sign and digits, and the spaces behind them if asked to. An unsigned number has no sign but '+': a
-/// '-' stops the scan.
+/// Parses spaces, a sign and digits, and optionally the spaces after them. An unsigned number accepts only '+': a '-'
+/// stops the scan.
 template <class Value, class T>
 Value takeInteger(const T*& place, bool skipTrailingSpaces) noexcept {
     skipSpaces(place);
@@ -94,12 +94,12 @@ Value takeInteger(const T*& place, bool skipTrailingSpaces) noexcept {
     return static_cast<Value>(negatedIf(negative, value));
 }
 
-/// How many hexadecimal digits are read at most. The limits differ, and are kept: of more than eight digits of narrow
-/// text the last eight count.
+/// The maximum number of hexadecimal digits. The limits differ by design: of more than eight digits of narrow text the
+/// last eight determine the value.
 template <class T>
 inline constexpr unsigned int kMostHexDigits = sizeof(T) == 1 ? 16 : 8;
 
-/// Takes spaces, hexadecimal digits, and the spaces behind them.
+/// Parses spaces, hexadecimal digits, and the spaces after them.
 template <class T>
 constexpr std::uint32_t takeHex(const T*& place) noexcept {
     skipSpaces(place);

@@ -1,6 +1,6 @@
 /// \file
-/// Writing a part of a vector, and nothing behind it. Compiled into each source by itself, so that sources for special
-/// processors may use it.
+/// Stores a part of a vector without writing past it. Functions are static, so that sources for special processors can
+/// use them.
 #pragma once
 
 #include <cstddef>
@@ -11,7 +11,7 @@
 
 namespace vorel::kernels {
 
-/// Writes the first `count` bytes, sixteen at most, of `bytes`.
+/// Stores the first `count` bytes, at most sixteen.
 static inline void storeFirstBytes(__m128i bytes, std::size_t count, void* to) noexcept {
     auto* out = static_cast<unsigned char*>(to);
     if (count == 16) {

@@ -1,5 +1,5 @@
 /// \file
-/// Powers of ten to 128 bits, for scaling a double to a given number of digits.
+/// Powers of ten with 128 bits, to scale a double to a given number of digits.
 #pragma once
 
 #include <array>
@@ -8,8 +8,8 @@
 
 namespace vorel::kernels {
 
-/// A power of ten: (high, low) as a 128-bit integer with its top bit set, times two to the `exponent`. Cut off, so that
-/// it is never too large, and too small by less than one unit of the last bit.
+/// A power of ten: (high, low) as a 128-bit integer with its top bit set, times two to the `exponent`. Truncated: never
+/// too large, and too small by less than one unit of the last bit.
 struct PowerOfTen {
     std::uint64_t high;
     std::uint64_t low;
@@ -21,12 +21,11 @@ inline constexpr int kHighestPowerOfTen = 345;
 
 namespace detail {
 
-/// A number of 256 bits with its top bit set, as words of 32 bits from the highest down, times two to the `exponent`.
-/// Multiplying or dividing it by ten a few hundred times costs a few of its last bits, of which the upper half knows
-/// nothing.
+/// A 256-bit number with its top bit set, as 32-bit words, highest first, times two to the `exponent`. Rounding in a
+/// few hundred steps affects only the lowest bits; the upper 128 bits stay exact.
 struct LongNumber {
     std::array<std::uint32_t, 8> words = {0x80000000u};
-    int exponent = -255;  // 1
+    int exponent = -255;  // the number 1
 
     constexpr void shiftRight(unsigned int bits) noexcept {
         std::uint32_t carry = 0;

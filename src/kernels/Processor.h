@@ -1,5 +1,5 @@
 /// \file
-/// What the processor can do beyond the instructions that every 64-bit one has.
+/// Detects processor features beyond the 64-bit x86 baseline.
 #pragma once
 
 #if defined(_MSC_VER) && !defined(__clang__)
@@ -9,7 +9,7 @@
 
 namespace vorel::kernels {
 
-/// Whether AVX2 may be used: the processor has it, and the system saves its registers.
+/// Whether AVX2 is usable: the processor supports it and the system saves its registers.
 inline bool detectAvx2() noexcept {
 #if defined(_MSC_VER) && !defined(__clang__)
     int registers[4] = {};
@@ -26,8 +26,8 @@ inline bool detectAvx2() noexcept {
 #endif
 }
 
-/// Asked once, when the library is loaded; false before that: then the plain kernels do the work. Only tests change it,
-/// to see both ways give the same.
+/// Detected once, when the library is loaded. It is false before that, which selects the scalar and SSE2 kernels. Only
+/// tests change it, to compare the kernels.
 inline bool s_useAvx2 = detectAvx2();
 
 }  // namespace vorel::kernels

@@ -1,5 +1,5 @@
 /// \file
-/// Lists of ranges of integers in zero-terminated text of either width.
+/// Parses lists of integer ranges in zero-terminated text of either width.
 #pragma once
 
 #include <cstddef>
@@ -10,11 +10,11 @@
 
 namespace vorel::kernels {
 
-/// What stands for the end of a range that has none.
+/// The value of a missing start or end.
 inline constexpr int kOpenRangeEnd = -1;
 
-/// Takes the number that a part of a text begins with, and says whether it is all of it. Behind the part stands nothing
-/// that could belong to the number, but for blanks.
+/// Parses the number at the start of a part. Returns whether it is the whole part. The part must be followed by nothing
+/// that could belong to the number except white space.
 template <class T, class Take>
 bool readRangeEnd(std::basic_string_view<T> part, Take&& take) {
     const T* place = part.data();
@@ -22,7 +22,7 @@ bool readRangeEnd(std::basic_string_view<T> part, Take&& take) {
     return place >= part.data() + part.size();
 }
 
-/// Reads an item without blanks around it, which is a number or a range, and says whether it was one.
+/// Parses an item without surrounding white space. Returns whether it is a number or a range.
 template <class T, class TakeStart, class TakeEnd>
 bool readRange(std::basic_string_view<T> item, TakeStart&& takeStart, TakeEnd&& takeEnd) {
     const std::size_t dash = item.find(T{'-'});
@@ -44,9 +44,9 @@ bool readRange(std::basic_string_view<T> item, TakeStart&& takeStart, TakeEnd&& 
     return readRangeEnd(item.substr(dash + 1), takeEnd);
 }
 
-/// Reads the items between commas; empty ones are passed over. Each start of a range goes to `takeStart`, and each end
-/// to `takeEnd`, a number being both. Stops behind the number with which an item turns out to be no range, and returns
-/// that item; otherwise nothing.
+/// Parses items separated by commas; empty items are skipped. Each start of a range is passed to `takeStart`, each end
+/// to `takeEnd`, and a number to both. Stops at the first invalid item, after its number is passed on, and returns that
+/// item. Returns an empty view if all items are valid.
 template <class T, class TakeStart, class TakeEnd>
 std::basic_string_view<T> readRanges(const T* text, TakeStart&& takeStart, TakeEnd&& takeEnd) {
     for (std::basic_string_view<T> rest(text); !rest.empty();) {

@@ -1,6 +1,5 @@
 /// \file
-/// Base64 and Daylight over the kernels of six bits: the fastest that the processor has, and the plain one for what is
-/// left.
+/// The codec of Base64 and Daylight: the fastest available kernel, then the scalar one for the remaining groups.
 #pragma once
 
 #include <cstddef>
@@ -11,14 +10,14 @@
 
 namespace vorel::kernels {
 
-/// Encodes the whole groups of three among `count` bytes, and returns the end of the text.
+/// Encodes the whole groups of three among `count` bytes. Returns the end of the text.
 template <class T>
 T* encodeWholeGroups(const unsigned char* bytes, std::size_t count, const char* alphabet, T* out) noexcept {
     const std::size_t done = s_useAvx2 ? encodeSixBitsAvx2(bytes, count, alphabet, out) : 0;
     return encodeGroups(bytes + done, count - done, alphabet, out + done / 3 * 4);
 }
 
-/// Encodes all bytes, those that are missing in the last group as zeros, and returns the end of the text.
+/// Encodes all bytes, with zeros for those missing in the last group. Returns the end of the text.
 template <class T>
 T* encodeAllGroups(const unsigned char* bytes, std::size_t count, const char* alphabet, T* out) noexcept {
     out = encodeWholeGroups(bytes, count, alphabet, out);
@@ -30,11 +29,11 @@ T* encodeAllGroups(const unsigned char* bytes, std::size_t count, const char* al
     return out;
 }
 
-inline constexpr std::size_t kSixBitCharacters = 32;  // of a block
+inline constexpr std::size_t kSixBitCharacters = 32;  // per block
 inline constexpr std::size_t kSixBitBytes = 24;
-inline constexpr std::size_t kSixBitOverhang = 8;  // bytes that are written behind the last block
+inline constexpr std::size_t kSixBitOverhang = 8;  // bytes written past the last block
 
-/// Decodes whole blocks while there are some and `room` bytes hold them, and returns how many.
+/// Decodes whole blocks as far as the text and `capacity` allow. Returns their number.
 template <class T>
 std::size_t decodeWholeBlocks(const T* text, const SixBitRows& rows, Strangers strangers, unsigned char* out,
                               std::size_t room) noexcept {

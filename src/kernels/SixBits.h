@@ -1,5 +1,6 @@
 /// \file
-/// Three bytes as four characters of an alphabet of 64, six bits each, and back: what Base64 and Daylight share.
+/// Converts three bytes to four characters of an alphabet of 64, six bits each, and back. Base64 (RFC 4648, section 4)
+/// and Daylight share it.
 #pragma once
 
 #include <cstddef>
@@ -21,7 +22,7 @@ constexpr void encodeThree(unsigned int a, unsigned int b, unsigned int c, const
     out[3] = static_cast<T>(alphabet[c & 63]);
 }
 
-/// Encodes the whole groups of three among `count` bytes, and returns the end of the text.
+/// Encodes the whole groups of three among `count` bytes. Returns the end of the text.
 template <class T>
 constexpr T* encodeGroups(const unsigned char* bytes, std::size_t count, const char* alphabet, T* out) noexcept {
     for (; count >= 3; count -= 3, bytes += 3, out += 4) {
@@ -31,14 +32,14 @@ constexpr T* encodeGroups(const unsigned char* bytes, std::size_t count, const c
     return out;
 }
 
-/// Writes the three bytes of four values of six bits. What is above six bits is cut off.
+/// Writes the three bytes of four six-bit values. Higher bits are dropped.
 constexpr void decodeFour(unsigned int a, unsigned int b, unsigned int c, unsigned int d, unsigned char* out) noexcept {
     out[0] = static_cast<unsigned char>(a << 2 | b >> 4);
     out[1] = static_cast<unsigned char>(b << 4 | c >> 2);
     out[2] = static_cast<unsigned char>(c << 6 | d);
 }
 
-/// The values of the characters below 128; `kNone` for those that have none.
+/// The values of the characters below 128, `kNone` if they have none.
 struct SixBitValues {
     static constexpr std::uint8_t kNone = 0xFF;
 
@@ -58,20 +59,21 @@ constexpr SixBitValues sixBitValues(std::string_view alphabet) noexcept {
 
 inline constexpr SixBitValues kBase64Values = sixBitValues(kBase64Alphabet);
 
-/// In Daylight the comma has the value of '+'; that is meant.
+/// In Daylight the comma has the value of '+', by design.
 inline constexpr SixBitValues kDaylightValues = [] {
     SixBitValues table = sixBitValues(kDaylightAlphabet);
     table.values[static_cast<unsigned char>(',')] = table.values[static_cast<unsigned char>('+')];
     return table;
 }();
 
-/// The same table in the form that many characters are looked up in at once: by the upper four bits of a character, its
-/// row, and by the lower four, its column. In each row but one the values go up with the characters.
+/// The same table for lookups of many characters at once: the upper four bits of a character select a row, the lower
+/// four a column. In all rows but one, values increase with the characters. See Wojciech Muła, "SIMDized check which
+/// bytes are in a set".
 struct SixBitRows {
     static constexpr unsigned int kIrregularRow = 2;  // ! to /
 
-    std::uint8_t rowsOfColumn[16];     ///< a bit for each row in which the column has a value
-    std::uint8_t offsetOfRow[16];      ///< what makes a value of a character
+    std::uint8_t rowsOfColumn[16];     ///< one bit for each row in which the column has a value
+    std::uint8_t offsetOfRow[16];      ///< the value minus the character
     std::uint8_t irregularOffset[16];  ///< the same for each column of the irregular row
 };
 
@@ -93,7 +95,7 @@ constexpr SixBitRows sixBitRows(const SixBitValues& table) noexcept {
 inline constexpr SixBitRows kBase64Rows = sixBitRows(kBase64Values);
 inline constexpr SixBitRows kDaylightRows = sixBitRows(kDaylightValues);
 
-/// What becomes of a character that has no value.
+/// How a character without a value is handled.
 enum class Strangers {
     Stop,   ///< the block with it is not decoded
     Zeros,  ///< it counts as 0

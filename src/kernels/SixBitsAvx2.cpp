@@ -1,5 +1,8 @@
-// Compiled for AVX2: nothing of the standard library with code of its own may be used in here, or the linker could take
-// that code for the rest of the program.
+// Compiled for AVX2. Do not use standard library functions that are emitted out of line: the linker could use the AVX2
+// copy for the rest of the program.
+//
+// Unpacking and packing follow Wojciech Muła and Daniel Lemire, "Faster Base64 Encoding and Decoding Using AVX2
+// Instructions".
 
 #include "kernels/SixBitsAvx2.h"
 
@@ -20,7 +23,8 @@ __m256i loadTwice(const void* sixteen) noexcept {
     return _mm256_broadcastsi128_si256(_mm_loadu_si128(static_cast<const __m128i*>(sixteen)));
 }
 
-/// The alphabet in four parts, looked up in all of them by the lower four bits of a value; the upper two choose.
+/// The alphabet in four parts. The lower four bits of a value select a character in each part, the upper two bits
+/// select the part.
 class Alphabet {
 public:
     explicit Alphabet(const char* alphabet) noexcept
@@ -30,7 +34,7 @@ public:
           m_fourth(loadTwice(alphabet + 48)) {}
 
     [[nodiscard]] __m256i charactersOf(__m256i values) const noexcept {
-        // A choice goes by the top bit of each byte.
+        // Blending selects by the top bit of each byte.
         const __m256i bit4 = _mm256_slli_epi16(values, 3);
         const __m256i bit5 = _mm256_slli_epi16(values, 2);
         const __m256i lower =
@@ -47,13 +51,13 @@ private:
     __m256i m_fourth;
 };
 
-/// Twelve bytes in each half as sixteen values of six bits.
+/// Spreads twelve bytes in each half to sixteen six-bit values.
 __m256i spread(__m256i bytes) noexcept {
-    // Each group of three bytes a b c becomes the 32 bits "b a c b", from the lowest byte up.
+    // Each group of three bytes a b c becomes the 32 bits "b a c b", lowest byte first.
     const __m256i order = _mm256_setr_epi8(1, 0, 2, 1, 4, 3, 5, 4, 7, 6, 8, 7, 10, 9, 11, 10,  //
                                            1, 0, 2, 1, 4, 3, 5, 4, 7, 6, 8, 7, 10, 9, 11, 10);
     const __m256i groups = _mm256_shuffle_epi8(bytes, order);
-    // Multiplying shifts each 16 bits by a distance of its own: the first and third value down, the others up.
+    // A multiplication shifts each 16 bits by its own distance: the first and third value right, the others left.
     const __m256i down =
         _mm256_mulhi_epu16(_mm256_and_si256(groups, _mm256_set1_epi32(0x0FC0FC00)), _mm256_set1_epi32(0x04000040));
     const __m256i up =
@@ -75,7 +79,7 @@ constexpr std::uintptr_t kPage = 4096;
 
 template <class T>
 std::size_t encode(const unsigned char* bytes, std::size_t count, const char* alphabet, T* out) noexcept {
-    constexpr std::size_t kRead = 28;  // two times sixteen, twelve apart
+    constexpr std::size_t kRead = 28;  // two loads of sixteen bytes, twelve bytes apart
     const Alphabet lookUp(alphabet);
     std::size_t done = 0;
     for (; count - done >= kBlockBytes; done += kBlockBytes, out += kBlockCharacters) {
@@ -91,7 +95,7 @@ std::size_t encode(const unsigned char* bytes, std::size_t count, const char* al
     return done;
 }
 
-/// Characters looked up by row and column.
+/// Looks up values by row and column.
 class Rows {
 public:
     explicit Rows(const SixBitRows& rows) noexcept
@@ -99,7 +103,7 @@ public:
           m_offsetOfRow(loadTwice(rows.offsetOfRow)),
           m_irregularOffset(loadTwice(rows.irregularOffset)) {}
 
-    /// The values, and ones in `strangers` for the characters that have none.
+    /// The values. In `invalid`, the bytes of characters without a value are all ones.
     [[nodiscard]] __m256i valuesOf(__m256i characters, __m256i& strangers) const noexcept {
         const __m256i bitOfRow = _mm256_setr_epi8(1, 2, 4, 8, 16, 32, 64, -128, 0, 0, 0, 0, 0, 0, 0, 0,  //
                                                   1, 2, 4, 8, 16, 32, 64, -128, 0, 0, 0, 0, 0, 0, 0, 0);
@@ -119,7 +123,7 @@ private:
     __m256i m_irregularOffset;
 };
 
-/// Whether a block can be read: when it lies in one page, or when the text does not end before the next one begins.
+/// Whether a block can be read: it lies in one page, or the text does not end before the next page.
 template <class T>
 bool isReadable(const T* text) noexcept {
     constexpr std::uintptr_t kBlock = kBlockCharacters * sizeof(T);

@@ -1,5 +1,5 @@
 /// \file
-/// The kernels of SixBits.h with AVX2, for processors that have it (Processor.h says so).
+/// The AVX2 versions of the kernels in SixBits.h (see Processor.h).
 #pragma once
 
 #include <cstddef>
@@ -9,16 +9,16 @@
 
 namespace vorel::kernels {
 
-/// Encodes groups of three among `count` bytes while whole blocks can be read, and returns how many bytes that were;
-/// four characters have been written for each three of them.
+/// Encodes groups of three among `count` bytes while whole blocks can be read. Returns the number of bytes encoded;
+/// four characters are written for each three of them.
 std::size_t encodeSixBitsAvx2(const unsigned char* bytes, std::size_t count, const char* alphabet, char* out) noexcept;
 std::size_t encodeSixBitsAvx2(const unsigned char* bytes, std::size_t count, const char* alphabet,
                               WideUnit* out) noexcept;
 
-/// Decodes blocks of 32 characters, `blocks` at most, up to the first that could not be read without reaching into the
-/// page behind the end of the text, or that has a character without a value, when `strangers` stop it; returns how many
-/// blocks. Behind the 24 bytes of the last one eight more are written. The text ends in a zero, and need not have a
-/// whole block left.
+/// Decodes at most `blocks` blocks of 32 characters. Stops at the first block that cannot be read without touching the
+/// page after the end of the text, and, with `InvalidCharacters::Stop`, at a block with an invalid character. Returns
+/// the number of blocks decoded. Eight more bytes are written after the 24 bytes of the last block. The text ends with
+/// a zero and may be shorter than a block.
 std::size_t decodeSixBitsAvx2(const char* text, std::size_t blocks, const SixBitRows& rows, Strangers strangers,
                               unsigned char* out) noexcept;
 std::size_t decodeSixBitsAvx2(const WideUnit* text, std::size_t blocks, const SixBitRows& rows, Strangers strangers,

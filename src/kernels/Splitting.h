@@ -1,6 +1,5 @@
 /// \file
-/// Taking a text of either width apart: at every occurrence of a delimiter, at delimiters outside of quotes, or in
-/// place.
+/// Splits text of either width: at each occurrence of a delimiter, at delimiters outside of quotes, or in place.
 #pragma once
 
 #include <algorithm>
@@ -9,7 +8,7 @@
 
 namespace vorel::kernels {
 
-/// How often a delimiter, which is not empty, stands in a text.
+/// The number of occurrences of a delimiter that is not empty.
 template <class T>
 std::size_t countOf(std::basic_string_view<T> text, std::basic_string_view<T> delimiter) noexcept {
     constexpr std::size_t kNone = std::basic_string_view<T>::npos;
@@ -20,8 +19,8 @@ std::size_t countOf(std::basic_string_view<T> text, std::basic_string_view<T> de
     return count;
 }
 
-/// Hands the parts of a text to `take(part)`: what every delimiter ends, and what is left, unless it is nothing. An
-/// empty delimiter ends nothing.
+/// Passes the parts of a text to `take(part)`: each part that a delimiter ends, and the rest unless it is empty. An
+/// empty delimiter never matches.
 template <class T, class Take>
 void splitAtDelimiters(std::basic_string_view<T> text, std::basic_string_view<T> delimiter, Take&& take) {
     constexpr std::size_t kNone = std::basic_string_view<T>::npos;
@@ -32,14 +31,14 @@ void splitAtDelimiters(std::basic_string_view<T> text, std::basic_string_view<T>
     }
 }
 
-/// What became of an item in quotes.
+/// Result of parsing a quoted item.
 enum class Quotes {
-    Closed,       ///< it was taken
-    NeverClosed,  ///< its second quote is missing
-    NotAtEnd,     ///< no delimiter stands behind its second quote
+    Closed,       ///< the item was consumed
+    NeverClosed,  ///< the closing quote is missing
+    NotAtEnd,     ///< no delimiter follows the closing quote
 };
 
-/// The walk through a text whose items may stand in double quotes. Any of the delimiters ends an item.
+/// Iterates over items that may be in double quotes. Each of the delimiter characters ends an item.
 template <class T>
 class QuotedItems {
 public:
@@ -49,16 +48,16 @@ public:
 
     [[nodiscard]] bool atEnd() const noexcept { return m_rest.empty(); }
 
-    /// No fewer than the items that are left.
+    /// An upper bound of the number of remaining items.
     [[nodiscard]] std::size_t mostItems() const noexcept {
         const auto isDelimiter = [this](T c) { return m_delimiters.find(c) != View::npos; };
         return static_cast<std::size_t>(std::count_if(m_rest.begin(), m_rest.end(), isDelimiter)) + 1;
     }
 
-    /// Whether the next item begins with a quote. Not to be asked at the end.
+    /// Whether the next item begins with a quote. Must not be called at the end.
     [[nodiscard]] bool isQuoted() const noexcept { return m_rest.front() == '"'; }
 
-    /// Takes an item as it stands.
+    /// Consumes an item as it is.
     View takePlain() noexcept {
         const std::size_t end = m_rest.find_first_of(m_delimiters);
         const View item = m_rest.substr(0, end);
@@ -66,8 +65,8 @@ public:
         return item;
     }
 
-    /// Takes an item out of its quotes, piece by piece by `item.append(text, count)`. When the quotes are wrong,
-    /// nothing is taken, whatever was appended.
+    /// Consumes a quoted item and passes its pieces to `item.append(text, count)`. If the quotes are invalid, nothing
+    /// is consumed, but pieces may have been appended.
     template <class String>
     Quotes takeQuoted(String& item) {
         View rest = m_rest.substr(1);
@@ -96,8 +95,8 @@ private:
     View m_delimiters;
 };
 
-/// Ends a token at every occurrence of `delimiter`, which is zero for none, and hands the begin of each token to
-/// `take`: `most` at most, but the first one always; all of them when `most` is below 0. Returns how many.
+/// Ends a token at every `delimiter`, where zero means none, and passes the start of each token to `take`. Passes at
+/// most `limit` tokens, but always the first; all of them if `limit` is below 0. Returns the number of tokens.
 template <class T, class Take>
 unsigned int tokenizeInPlace(T* text, T delimiter, int most, Take&& take) {
     take(text);

@@ -1,5 +1,5 @@
 /// \file
-/// The length of a zero-terminated text. The runtime's own count is slow for short texts.
+/// The length of a zero-terminated text. The runtime's function is slow for short texts.
 #pragma once
 
 #include <bit>
@@ -12,7 +12,7 @@
 
 namespace vorel::kernels {
 
-/// Bytes before the terminator. Reads blocks that may reach beyond it, but never into another page.
+/// The number of bytes before the terminator. Reads may extend past it, but never into another page.
 inline std::size_t textLength(const char* text) noexcept {
     constexpr std::uintptr_t kBlock = 16;
     const char* place = text;

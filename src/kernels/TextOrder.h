@@ -1,5 +1,5 @@
 /// \file
-/// The order of zero-terminated texts of either width, and of versions.
+/// Compares zero-terminated texts of either width, and versions.
 #pragma once
 
 #include <algorithm>
@@ -34,13 +34,13 @@ void skipZeros(const T*& place) noexcept {
     }
 }
 
-/// A difference of lengths, and as much of it as can also be negated.
+/// A difference of lengths, limited to values that an int can hold and negate.
 constexpr int boundedDifference(std::ptrdiff_t difference) noexcept {
     constexpr std::ptrdiff_t kMost = std::numeric_limits<int>::max();
     return static_cast<int>(std::clamp(difference, -kMost, kMost));
 }
 
-/// Compares two runs of digits as numbers, and moves both places behind them when they are equal.
+/// Compares two runs of digits as numbers. Moves both cursors past the runs if they are equal.
 template <class T>
 int compareNumbers(const T*& a, const T*& b) noexcept {
     skipZeros(a);
@@ -68,14 +68,15 @@ constexpr bool isSlash(T c) noexcept {
     return c == '/' || c == '\\';
 }
 
-/// Whether two characters are plainly the same, or two cases of a letter: most of the equal ones are.
+/// Whether two characters are identical, or two cases of a letter where case is ignored. This decides most equal
+/// characters early.
 template <class T>
 constexpr bool areSame(T a, T b, OrderRules rules) noexcept {
     const auto difference = static_cast<unsigned int>(a ^ b);
     return difference == 0 || (difference == kCaseBit && rules.ignoreCase && isLetter(a));
 }
 
-/// Below 0, 0, or above 0, as `a` comes before, is equal to, or comes behind `b`. Null comes before every text.
+/// Below 0, 0, or above 0, as `a` sorts before, equal to, or after `b`. Null sorts before every text.
 template <class T>
 [[gnu::always_inline]] inline int compareTexts(const T* a, const T* b, OrderRules rules) noexcept {
     if (!a || !b) {
@@ -106,7 +107,7 @@ template <class T>
     }
 }
 
-/// Whether `version` is at least `required`, number by number; any one character separates two numbers.
+/// Whether `version` is at least `required`, compared number by number. Any single character separates two numbers.
 template <class T>
 bool versionAtLeast(const T* version, const T* required) noexcept {
     if (!version || !required || !*version) {

@@ -1,5 +1,5 @@
 /// \file
-/// Cutting white space off both ends of a text.
+/// Removes white space from both ends of a text.
 #pragma once
 
 #include <string_view>

@@ -1,5 +1,5 @@
 /// \file
-/// UTF-16 units, eight at a time. SSE2 is part of every 64-bit x86 processor, so there is nothing to dispatch.
+/// Copies UTF-16 units, eight at a time. SSE2 is part of every 64-bit x86 processor, so no dispatch is needed.
 #pragma once
 
 #include <cstddef>
@@ -11,11 +11,11 @@
 
 namespace vorel::kernels {
 
-/// The units of a block.
+/// Units per block.
 inline constexpr std::size_t kUnitBlock = 8;
 
-/// Copies `count` units in whole blocks, and says whether one of them is `a` or `b`. Both places have to have room for
-/// whole blocks; what is copied behind the units does not count.
+/// Copies `count` units in whole blocks. Returns whether one of them is `a` or `b`. Source and target need capacity for
+/// whole blocks; units copied past `count` are unspecified.
 inline bool copyAndFind(const WideUnit* from, std::size_t count, WideUnit a, WideUnit b, WideUnit* to) noexcept {
     const __m128i first = _mm_set1_epi16(static_cast<short>(a));
     const __m128i second = _mm_set1_epi16(static_cast<short>(b));

@@ -1,5 +1,6 @@
 /// \file
-/// Which bytes are escaped in a URL, and the escapes: tables for each use of the encoder.
+/// Tables of the percent-encoding of a URL (RFC 3986, section 2.1), one for each use of the encoder. The sets of
+/// escaped characters are this library's own.
 #pragma once
 
 #include <cstddef>
@@ -8,7 +9,7 @@
 
 namespace vorel::kernels {
 
-/// What the text is encoded for.
+/// What the encoded text is used for.
 enum class UrlUse : std::uint8_t {
     Plain,
     Reserved,
@@ -21,17 +22,18 @@ enum class UrlUse : std::uint8_t {
 
 inline constexpr std::size_t kUrlUses = 7;
 
-/// What becomes of a byte: `length` characters of `text`, which has four, so that they can be written at once.
+/// The encoded form of a byte: `length` characters of `text`, which has four so that one store writes them.
 struct UrlEscape {
     char text[4];
     std::uint32_t length;
 };
 
-/// What becomes of each byte, and which ones stay as they are in a form to look many up at once: by the upper four bits
-/// of a byte, its row, and by the lower four, its column. No byte from 128 on stays.
+/// The encoded form of each byte, and the unchanged bytes as rows and columns for lookups of many at once: the upper
+/// four bits of a byte select a row, the lower four a column. Bytes from 128 on are always escaped. See Wojciech Muła,
+/// "SIMDized check which bytes are in a set".
 struct UrlTable {
     UrlEscape bytes[256];
-    std::uint8_t plainRowsOfColumn[16];  ///< a bit for each row in which the byte of the column stays
+    std::uint8_t plainRowsOfColumn[16];  ///< one bit for each row in which the byte of the column is unchanged
 };
 
 namespace detail {
@@ -84,7 +86,7 @@ struct UrlTables {
 
 }  // namespace detail
 
-/// For each use, with a space as "%20" and as '+'.
+/// For each use: with a space as "%20", and as '+'.
 inline constexpr detail::UrlTables kUrlTables = [] {
     detail::UrlTables all = {};
     for (std::size_t use = 0; use != kUrlUses; ++use) {

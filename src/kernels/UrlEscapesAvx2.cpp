@@ -1,5 +1,5 @@
-// Compiled for AVX2: nothing of the standard library with code of its own may be used in here, or the linker could take
-// that code for the rest of the program.
+// Compiled for AVX2. Do not use standard library functions that are emitted out of line: the linker could use the AVX2
+// copy for the rest of the program.
 
 #include "kernels/UrlEscapesAvx2.h"
 
@@ -26,7 +26,7 @@ std::uint32_t maskOf(__m256i bytes) noexcept {
     return static_cast<std::uint32_t>(_mm256_movemask_epi8(bytes));
 }
 
-/// Finds the bytes that are not copied as they are.
+/// Finds the bytes that are not copied unchanged.
 class Finder {
 public:
     explicit Finder(const UrlTable& table) noexcept
@@ -43,7 +43,7 @@ public:
         return maskOf(_mm256_cmpeq_epi8(plain, _mm256_setzero_si256()));
     }
 
-    /// How many of the changed bytes become an escape: all but the spaces that become a plus.
+    /// How many of the changed bytes become an escape: all except spaces that become a plus.
     [[nodiscard]] std::size_t escapesAmong(std::uint32_t changed, __m256i block) const noexcept {
         const std::uint32_t spaces = m_spaceIsEscaped ? 0 : maskOf(_mm256_cmpeq_epi8(block, _mm256_set1_epi8(' ')));
         return static_cast<std::size_t>(_mm_popcnt_u32(changed & ~spaces));
@@ -74,7 +74,8 @@ UrlProgress encodeUrlAvx2(const char* text, std::size_t count, const UrlTable& t
     std::size_t read = 0;
     for (; count - read >= 2 * kBlock; read += kBlock) {
         const char* const block = text + read;
-        // The lengths come from one copy of the block: the text itself could be longer when it is read a second time.
+        // The length and the characters come from one copy of the block, because another thread may change the text
+        // between two reads.
         const __m256i bytes = load(block);
         std::uint32_t changed = finder.changedIn(bytes);
         const std::size_t length = kBlock + 2 * finder.escapesAmong(changed, bytes);

@@ -1,5 +1,5 @@
 /// \file
-/// Escaping text for a URL, and back.
+/// Percent-encodes text for a URL (RFC 3986, section 2.1) and decodes it.
 #pragma once
 
 #include <bit>
@@ -17,7 +17,7 @@
 
 namespace vorel::kernels {
 
-/// The characters that a text becomes.
+/// The length of the encoded text.
 inline std::uint64_t urlLength(std::string_view text, const UrlTable& table) noexcept {
     std::uint64_t length = 0;
     if (s_useAvx2) {
@@ -31,8 +31,8 @@ inline std::uint64_t urlLength(std::string_view text, const UrlTable& table) noe
     return length;
 }
 
-/// Writes the encoded text, or as much of it as fits with `kUrlOverhang` bytes to spare. At least one of the `room`
-/// bytes stays free. Never writes more than that, even if another thread changes the text during the call.
+/// Writes the encoded text, or as much as fits with `kUrlOverhang` bytes to spare. At least one of the `capacity` bytes
+/// remains unused. Never writes more than `capacity` bytes, even if another thread changes the text during the call.
 inline UrlProgress encodeUrl(std::string_view text, const UrlTable& table, char* out, std::size_t room) noexcept {
     UrlProgress done = {0, 0};
     if (s_useAvx2) {
@@ -40,13 +40,14 @@ inline UrlProgress encodeUrl(std::string_view text, const UrlTable& table, char*
     }
     for (; done.read != text.size() && room - done.written >= sizeof UrlEscape::text; ++done.read) {
         const UrlEscape& escape = table.bytes[static_cast<unsigned char>(text[done.read])];
-        std::memcpy(out + done.written, escape.text, sizeof escape.text);  // all four, of which at most three count
+        std::memcpy(out + done.written, escape.text,
+                    sizeof escape.text);  // stores all four, at most three are significant
         done.written += escape.length;
     }
     return done;
 }
 
-/// Writes the escape or the character at `place`, which is not the end, and moves both places on.
+/// Decodes the escape or character at `cursor`, which is before the end, and advances both pointers.
 [[gnu::always_inline]] inline void decodeUrlCharacter(const char*& place, const char* end, bool plusIsSpace,
                                                       char*& out) noexcept {
     const char c = *place;
@@ -63,11 +64,11 @@ inline UrlProgress encodeUrl(std::string_view text, const UrlTable& table, char*
     ++place;
 }
 
-/// What may be written behind a decoded text.
+/// Bytes that may be written past the decoded text.
 inline constexpr std::size_t kUrlDecodingOverhang = 16;
 
-/// Writes what a text stands for, which is no longer than itself, and returns the end. `out` has room for
-/// `kUrlDecodingOverhang` characters more than the text.
+/// Writes the decoded text, which is never longer than the input, and returns the end. `out` has space for
+/// `kUrlDecodingOverhang` more characters than the text.
 inline char* decodeUrl(std::string_view text, bool plusIsSpace, char* out) noexcept {
     constexpr std::ptrdiff_t kBlock = 16;
     const char* place = text.data();

@@ -1,13 +1,13 @@
 /// \file
-/// UTF-16 as bytes: how far a text goes, and writing one in either order. The bytes need not lie at an even address, so
-/// they are never read or written as units in place.
+/// Reads and writes UTF-16 as bytes in either order. The address may be odd, so bytes are never accessed as units in
+/// place.
 #pragma once
 
 #include <cstddef>
 
 namespace vorel::kernels {
 
-/// The units before the first zero among the whole ones in `length` bytes.
+/// The number of whole units in `length` bytes before the first zero unit.
 inline std::size_t countUtf16Units(const unsigned char* bytes, std::size_t length) noexcept {
     std::size_t units = 0;
     while (units < length / 2 && (bytes[2 * units] | bytes[2 * units + 1]) != 0) {

@@ -1,30 +1,30 @@
 /// \file
-/// The UTF-8 codec: the old form of one to six bytes, for values up to 0x7FFFFFFF, between bytes and 16-bit units.
+/// The UTF-8 codec: the original form of one to six bytes (RFC 2279) for values up to 0x7FFFFFFF, between bytes and
+/// 16-bit units.
 ///
-/// It checks very little, and callers rely on each of these: the lead-byte masks 0xF1 and 0xFD are narrower than the
-/// usual 0xF8 and 0xFC, so that 0xF1, 0xF3 … start nothing while 0xF8, 0xFA, 0xFC and 0xFE start four bytes and no byte
-/// starts five; trailing bytes are taken as they are; overlong forms and encoded surrogates pass.
+/// It validates little, and callers rely on each of these: the lead-byte masks 0xF1 and 0xFD are narrower than the
+/// usual 0xF8 and 0xFC, so 0xF1, 0xF3 … do not start a sequence, 0xF8, 0xFA, 0xFC and 0xFE start four bytes, and no
+/// byte starts five. Trailing bytes are not checked. Overlong forms and encoded surrogates are accepted.
 #pragma once
 
 #include <cstdint>
 
 namespace vorel::kernels {
 
-/// The most bytes that one value, and that one unit of a text, can take.
+/// The maximum number of bytes of one value, and of one unit of a text.
 inline constexpr unsigned int kLongestUtf8Sequence = 6;
 inline constexpr unsigned int kMostUtf8BytesPerUnit = 3;
 
-/// What stands for a surrogate that is not part of a pair.
+/// Replaces a surrogate that is not part of a pair.
 inline constexpr std::uint32_t kLoneSurrogateReplacement = '?';
 
-/// A decoded sequence: its value, and the number of bytes it took; 0 bytes when the first one starts no sequence.
+/// A decoded sequence: its value and its number of bytes, 0 if the first byte does not start a sequence.
 struct Utf8Sequence {
     std::uint32_t value;
     unsigned int bytes;
 };
 
-/// Decodes the sequence whose lead byte, 0x80 or more, stands at `lead`, and reads its trailing bytes whatever they
-/// are.
+/// Decodes the sequence at `lead`, whose first byte is 0x80 or more. Trailing bytes are not checked.
 constexpr Utf8Sequence decodeUtf8Sequence(const unsigned char* lead) noexcept {
     const auto low = [lead](unsigned int position, unsigned int mask, unsigned int shift) {
         return (std::uint32_t{lead[position]} & mask) << shift;
@@ -38,7 +38,7 @@ constexpr Utf8Sequence decodeUtf8Sequence(const unsigned char* lead) noexcept {
     if ((lead[0] & 0xF1) == 0xF0) {
         return {low(0, 0x0F, 18) | low(1, 0x3F, 12) | low(2, 0x3F, 6) | low(3, 0x3F, 0), 4};
     }
-    if ((lead[0] & 0xFD) == 0xF8) {  // never true behind the test before it; kept with its sibling
+    if ((lead[0] & 0xFD) == 0xF8) {  // never true after the test above; kept for symmetry
         return {low(0, 0x0F, 24) | low(1, 0x0F, 18) | low(2, 0x3F, 12) | low(3, 0x3F, 6) | low(4, 0x3F, 0), 5};
     }
     if ((lead[0] & 0xFE) == 0xFC) {
@@ -66,7 +66,7 @@ constexpr unsigned int utf8SequenceLength(std::uint32_t value) noexcept {
     return value < 0x4000000 ? 5 : 6;
 }
 
-/// Writes the bytes of `value` (up to six) at `out` and returns how many.
+/// Writes the bytes of `value` (up to six) to `out` and returns their number.
 constexpr unsigned int encodeUtf8Sequence(std::uint32_t value, unsigned char* out) noexcept {
     constexpr unsigned char kLeads[kLongestUtf8Sequence + 1] = {0, 0, 0xC0, 0xE0, 0xF0, 0xF8, 0xFC};
     const unsigned int length = utf8SequenceLength(value);
@@ -88,8 +88,8 @@ constexpr bool isLowSurrogate(Unit unit) noexcept {
     return (unit & 0xFC00) == 0xDC00;
 }
 
-/// Writes `value` as one unit, or as a surrogate pair from 0x10000 on, and returns the number of units. Values above
-/// 0x10FFFF are not checked: the high unit wraps.
+/// Writes `value` as one unit, or from 0x10000 on as a surrogate pair (RFC 2781), and returns the number of units.
+/// Values above 0x10FFFF are not rejected: the high unit wraps.
 template <class Unit>
 constexpr unsigned int putUnits(std::uint32_t value, Unit* out) noexcept {
     if (value < 0x10000) {
@@ -101,14 +101,14 @@ constexpr unsigned int putUnits(std::uint32_t value, Unit* out) noexcept {
     return 2;
 }
 
-/// How the encoder reads surrogates.
+/// How the encoder treats surrogates.
 enum class Surrogates {
-    Paired,  ///< a pair is one value, and one that stands alone becomes "?"
-    Single,  ///< every unit is a value of its own, so that a pair takes six bytes
+    Paired,  ///< a pair is one value, an unpaired surrogate becomes "?"
+    Single,  ///< every unit is a value, so a pair takes six bytes
 };
 
-/// Reads one value at `cursor` and moves on behind it. With `Paired`, a pair is taken whole even when its second unit
-/// lies at the end of the text: that unit is read, as the terminator is.
+/// Reads one value and moves `cursor` past it. With `Paired`, a pair is read whole even if its second unit is past the
+/// end of the text: that unit is read, as is the terminator.
 template <Surrogates Rule, class Unit>
 constexpr std::uint32_t takeValue(const Unit*& cursor) noexcept {
     const std::uint32_t unit{static_cast<std::uint16_t>(*cursor++)};

@@ -1,5 +1,5 @@
-// Compiled for AVX2: nothing of the standard library with code of its own may be used in here, or the linker could take
-// that code for the rest of the program.
+// Compiled for AVX2. Do not use standard library functions that are emitted out of line: the linker could use the AVX2
+// copy for the rest of the program.
 
 #include "kernels/Utf8Shuffles.h"
 
@@ -7,7 +7,7 @@ namespace vorel::kernels {
 
 namespace {
 
-/// Keeps those of eight 16-bit elements whose bit is set.
+/// Of eight 16-bit elements, keeps those whose bit is set.
 constexpr Shuffles keepUnits() noexcept {
     Shuffles shuffles = {};
     for (unsigned int mask = 0; mask < 256; ++mask) {
@@ -27,18 +27,18 @@ constexpr Shuffles keepUnits() noexcept {
 
 constexpr Shuffles kKeepUnits = keepUnits();
 
-constexpr unsigned int kBytes = 16;         // of a block
-constexpr std::size_t kBytesLookedAt = 18;  // with the trailing bytes of the last of them
+constexpr unsigned int kBytes = 16;         // per block
+constexpr std::size_t kBytesLookedAt = 18;  // including the trailing bytes of the last one
 constexpr std::size_t kFourByteBlock = 32;
 
-/// The units that begin at each of sixteen bytes, as if each was a lead byte.
+/// The units that begin at each of sixteen bytes, as if each were a lead byte.
 [[gnu::always_inline]] inline __m256i unitsAt(const unsigned char* bytes) noexcept {
     const __m256i lead = _mm256_cvtepu8_epi16(load(bytes));
     const __m256i low = _mm256_set1_epi16(0x3F);
     const __m256i second = _mm256_and_si256(_mm256_cvtepu8_epi16(load(bytes + 1)), low);
     const __m256i third = _mm256_and_si256(_mm256_cvtepu8_epi16(load(bytes + 2)), low);
     const __m256i two = _mm256_or_si256(_mm256_slli_epi16(_mm256_and_si256(lead, _mm256_set1_epi16(0x1F)), 6), second);
-    // The bits that the first byte of three has beside its four go out at the top.
+    // The shift drops the upper bits of the lead of three bytes.
     const __m256i three =
         _mm256_or_si256(_mm256_or_si256(_mm256_slli_epi16(lead, 12), _mm256_slli_epi16(second, 6)), third);
     const __m256i isLead = _mm256_cmpgt_epi16(lead, _mm256_set1_epi16(0x7F));
@@ -46,11 +46,12 @@ constexpr std::size_t kFourByteBlock = 32;
     return _mm256_blendv_epi8(_mm256_blendv_epi8(lead, two, isLead), three, isLeadOfThree);
 }
 
-/// What stands where in sixteen bytes.
+/// The kinds of sixteen bytes, one bit each.
 struct Bytes {
     [[gnu::always_inline]] explicit Bytes(__m128i block) noexcept
         : zeros(maskOf(_mm_cmpeq_epi8(block, _mm_setzero_si128()))), notAscii(maskOf(block)) {
-        // As signed numbers, trailing bytes are below 0xC0, leads of two bytes below 0xE0, and of three below 0xF0.
+        // As signed numbers, trailing bytes are below 0xC0, leads of two bytes below 0xE0, and leads of three below
+        // 0xF0.
         trailing = maskOf(_mm_cmpgt_epi8(_mm_set1_epi8(-64), block));
         leads = notAscii & ~trailing;
         threes = leads & ~maskOf(_mm_cmpgt_epi8(_mm_set1_epi8(-32), block));
@@ -62,11 +63,11 @@ struct Bytes {
     unsigned int trailing;
     unsigned int leads;
     unsigned int threes;  ///< leads of three bytes or more
-    unsigned int fours;   ///< leads of four bytes or more, and what starts nothing
+    unsigned int fours;   ///< leads of four bytes or more, and bytes that do not start a sequence
 };
 
-/// Decodes characters of one to three bytes at the end of a text, or of the room: up to a zero, the lead of four bytes,
-/// or the end of the `left` bytes. Touches nothing behind the units that count.
+/// Decodes characters of one to three bytes at the end of the text or of the capacity: up to a zero, a lead of four
+/// bytes, or the end of the `left` bytes. Writes nothing past the decoded units.
 [[gnu::noinline]] Stretch decodePart(const unsigned char* bytes, std::size_t left, unsigned char* out,
                                      std::size_t room) noexcept {
     const Bytes found(load(bytes));
@@ -76,7 +77,7 @@ struct Bytes {
     if (((announced ^ found.trailing) & lowBits(size)) != 0) {
         return kNothing;
     }
-    // A character that begins within these bytes and does not end there is left.
+    // A character that is cut off at the end of these bytes is left.
     const unsigned int cut = (bitsFrom(leads, size - 1) & 1) != 0 ? 1 : 2;
     const unsigned int whole = bitsFrom(announced, size) == 0 ? size : size - cut;
     const unsigned int kept = ~found.trailing & lowBits(whole);
@@ -92,8 +93,7 @@ struct Bytes {
     return {whole, count};
 }
 
-/// Decodes the characters of four bytes from `bytes` on that begin with 0xF0 and need four. Touches nothing behind
-/// them.
+/// Decodes characters of four bytes that begin with 0xF0 and are not overlong. Writes nothing past them.
 [[gnu::noinline]] Stretch decodeFours(const unsigned char* bytes, std::size_t left, unsigned char* out,
                                       std::size_t room) noexcept {
     unsigned int read = 0;
@@ -127,14 +127,14 @@ struct Bytes {
     return {read, written};
 }
 
-/// Decodes whole blocks of characters of one to three bytes, up to one in which there is something else. A character
-/// belongs to the block in which it begins; that its last bytes are what it announced shows in the next block. Sixteen
-/// units may be written for each block, whether they count or not.
+/// Decodes whole blocks of characters of one to three bytes, up to a block with anything else. A character belongs to
+/// the block in which it begins; the next block checks its remaining trailing bytes. Sixteen units may be written for
+/// each block, significant or not.
 [[gnu::noinline]] Stretch decodeBlocks(const unsigned char* bytes, std::size_t left, unsigned char* out,
                                        std::size_t room) noexcept {
     unsigned int read = 0;
     unsigned int written = 0;
-    unsigned int expected = 0;  // trailing bytes, from the lowest bit on
+    unsigned int expected = 0;  // trailing bytes, lowest bit first
     while (left - read >= kBytes && room - written >= kBytes && isInPage(bytes + read, kBytesLookedAt)) {
         const unsigned char* const next = bytes + read;
         auto* const to = reinterpret_cast<__m128i*>(out + std::size_t{2} * written);
@@ -160,14 +160,14 @@ struct Bytes {
         written += bits(kept);
         expected = announced >> kBytes;
     }
-    if (expected != 0) {  // the last character is left for what comes next
+    if (expected != 0) {  // the last character is left to the next step
         read -= bytes[read - 1] >= 0xC0 ? 1 : 2;
         --written;
     }
     return {read, written};
 }
 
-/// Decodes what comes next, whatever it is.
+/// Decodes the next part with the fitting kernel.
 Stretch decodeNext(const unsigned char* bytes, std::size_t left, unsigned char* out, std::size_t room,
                    Tail tail) noexcept {
     if (*bytes >= 0xF0) {

@@ -1,5 +1,8 @@
-// Compiled for AVX2: nothing of the standard library with code of its own may be used in here, or the linker could take
-// that code for the rest of the program.
+// Compiled for AVX2. Do not use standard library functions that are emitted out of line: the linker could use the AVX2
+// copy for the rest of the program.
+//
+// The shuffle tables follow Daniel Lemire and Wojciech Muła, "Transcoding billions of Unicode characters per second
+// with SIMD instructions".
 
 #include "kernels/Utf8Shuffles.h"
 
@@ -7,7 +10,7 @@ namespace vorel::kernels {
 
 namespace {
 
-/// Of eight elements of two bytes keeps both, or one where the bit is set.
+/// Of eight elements of two bytes, keeps both bytes, or one if the bit of the element is set.
 constexpr Shuffles oneOrTwoBytes() noexcept {
     Shuffles shuffles = {};
     for (unsigned int mask = 0; mask < 256; ++mask) {
@@ -25,8 +28,8 @@ constexpr Shuffles oneOrTwoBytes() noexcept {
     return shuffles;
 }
 
-/// Of four elements of four bytes keeps three, two where the lower bit of the element is set, and one where the upper
-/// is set as well: the lower bits of all four stand in the lower half of the mask.
+/// Of four elements of four bytes, keeps three bytes, two if the lower bit of the element is set, and one if its upper
+/// bit is set too. The lower bits of all four are in the lower half of the mask.
 constexpr Shuffles oneToThreeBytes() noexcept {
     Shuffles shuffles = {};
     for (unsigned int mask = 0; mask < 256; ++mask) {
@@ -47,11 +50,11 @@ constexpr Shuffles oneToThreeBytes() noexcept {
 constexpr Shuffles kOneOrTwoBytes = oneOrTwoBytes();
 constexpr Shuffles kOneToThreeBytes = oneToThreeBytes();
 
-constexpr unsigned int kUnits = 8;  // of a block
+constexpr unsigned int kUnits = 8;  // per block
 constexpr std::size_t kBlockBytes = 2 * std::size_t{kUnits};
-constexpr std::size_t kMostWritten = 28;  // for a block, with what does not count
+constexpr std::size_t kMostWritten = 28;  // per block, including insignificant bytes
 
-/// Up to 24 bytes of UTF-8, in two pieces that are written one behind the other.
+/// Up to 24 bytes of UTF-8, in two pieces that are written one after the other.
 struct Encoded {
     __m128i first;
     __m128i second;
@@ -59,7 +62,7 @@ struct Encoded {
     unsigned int inSecond;
 };
 
-/// Encodes units below 0x800, of which those below 0x80 are in the mask; the first `count` of them count.
+/// Encodes the first `count` units, all below 0x800. The mask `ascii` holds those below 0x80.
 [[gnu::always_inline]] inline Encoded encodeUpToTwo(__m128i units, unsigned int ascii, unsigned int count) noexcept {
     const __m128i lead = _mm_or_si128(_mm_srli_epi16(units, 6), _mm_set1_epi16(0xC0));
     const __m128i trail = _mm_or_si128(_mm_and_si128(units, _mm_set1_epi16(0x3F)), _mm_set1_epi16(0x80));
@@ -69,7 +72,7 @@ struct Encoded {
     return {shuffled(bytes, kOneOrTwoBytes, ascii), _mm_setzero_si128(), 2 * count - bits(ascii & lowBits(count)), 0};
 }
 
-/// Encodes units of any size, each for itself; the first `count` of them count.
+/// Encodes the first `count` units of any value, each as one value.
 [[gnu::always_inline]] inline Encoded encodeUpToThree(__m128i block, unsigned int count) noexcept {
     const __m256i units = _mm256_cvtepu16_epi32(block);
     const auto every = [](int value) { return _mm256_set1_epi32(value); };
@@ -99,7 +102,7 @@ struct Encoded {
     return encoded;
 }
 
-/// Encodes the surrogate pairs that `count` units begin with, and sets `count` to how many units those are.
+/// Encodes the surrogate pairs at the start of `count` units, and sets `count` to their number of units.
 [[gnu::always_inline]] inline Encoded encodePairs(__m128i units, unsigned int& count) noexcept {
     const auto every = [](std::uint32_t value) { return _mm_set1_epi32(static_cast<int>(value)); };
     const __m128i isPair = _mm_cmpeq_epi32(_mm_and_si128(units, every(0xFC00FC00)), every(0xDC00D800));
@@ -116,7 +119,7 @@ struct Encoded {
     return {_mm_or_si128(bytes, every(0x808080F0)), _mm_setzero_si128(), 4 * pairs, 0};
 }
 
-/// What stands where in eight units.
+/// The kinds of eight units, one bit each.
 struct Units {
     [[gnu::always_inline]] explicit Units(__m128i units) noexcept
         : zeros(maskOfUnits(_mm_cmpeq_epi16(units, _mm_setzero_si128()))),
@@ -132,20 +135,20 @@ struct Units {
     }
 
     unsigned int zeros;
-    unsigned int ascii;   ///< below 0x80; and from 0x8000 on, which does not matter where all are short
+    unsigned int ascii;   ///< below 0x80, and from 0x8000 on, which is irrelevant where all are short
     unsigned int shorts;  ///< below 0x800
     unsigned int surrogates;
 };
 
-/// Writes both pieces, and what does not count behind them. Returns the end.
+/// Stores both pieces and insignificant bytes after them. Returns the end.
 [[gnu::always_inline]] inline unsigned char* store(const Encoded& encoded, unsigned char* out) noexcept {
     _mm_storeu_si128(reinterpret_cast<__m128i*>(out), encoded.first);
     _mm_storeu_si128(reinterpret_cast<__m128i*>(out + encoded.inFirst), encoded.second);
     return out + encoded.inFirst + encoded.inSecond;
 }
 
-/// Encodes whole blocks in which there is no zero, and either no surrogate or nothing but pairs of them. A loop of its
-/// own, so that what it needs stays in registers.
+/// Encodes whole blocks without zeros that have either no surrogates or only pairs. A separate loop, so that its
+/// constants stay in registers.
 [[gnu::noinline]] Stretch encodeBlocks(const unsigned char* units, std::size_t left, unsigned char* out,
                                        std::size_t room, bool paired) noexcept {
     unsigned char* const start = out;
@@ -177,8 +180,8 @@ struct Units {
     return {read, static_cast<unsigned int>(out - start)};
 }
 
-/// Encodes units of a block, of which `left` belong to the text: up to a zero, and up to where surrogates begin or end.
-/// Touches nothing behind what it writes.
+/// Encodes units of a block, `left` of which belong to the text: up to a zero, and up to where surrogates begin or end.
+/// Writes nothing past the encoded bytes.
 [[gnu::noinline]] Stretch encodePart(__m128i block, std::size_t left, unsigned char* out, std::size_t room,
                                      bool paired) noexcept {
     const Units found(block);

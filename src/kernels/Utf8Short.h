@@ -1,7 +1,7 @@
 /// \file
-/// Short texts, converted whole, a character at a time: what makes the conversion of long ones fast (Utf8Streams.h)
-/// takes longer to get ready than a name or a word takes here. Nothing is checked that the codec's rules do not ask for
-/// (Utf8.h), and what is rare is left to the conversion of long texts, from the start.
+/// Converts short texts whole, one character at a time: for a name or a word, the setup of the conversion for long
+/// texts (Utf8Streams.h) takes longer. Validates only what the codec requires (Utf8.h). Rare input is left to the
+/// conversion for long texts, from the start.
 #pragma once
 
 #include <algorithm>
@@ -18,13 +18,13 @@
 
 namespace vorel::kernels {
 
-/// The most elements of a short text.
+/// The maximum number of elements of a short text.
 inline constexpr std::size_t kShortText = 48;
 
-/// The answer for a text that is left to the conversion of long ones.
+/// Result for a text that is left to the conversion for long texts.
 inline constexpr std::size_t kNotShort = kShortText + 1;
 
-/// How many elements a short text has at most: its length, or, where that is below 0, what stands before its zero.
+/// The maximum number of elements of a short text: `length`, or if that is below 0, the elements before the zero.
 template <class Element>
 std::size_t shortTextLength(const Element* text, int length) noexcept {
     constexpr std::size_t kPerVector = sizeof(__m128i) / sizeof(Element);
@@ -45,8 +45,7 @@ std::size_t shortTextLength(const Element* text, int length) noexcept {
     return zeros != 0 ? static_cast<std::size_t>(std::countr_zero(zeros)) : kNotShort;
 }
 
-/// Decodes characters of four bytes, one at least: where one is, there are mostly more. False for a sequence that is
-/// longer than its value needs.
+/// Decodes at least one character of four bytes: such characters mostly come in runs. False for an overlong sequence.
 template <class Unit>
 bool decodeFours(const unsigned char*& byte, const unsigned char* end, Unit*& out, const Unit* lastPair) noexcept {
     const auto trailing = [&](unsigned int place) { return byte[place] & 0x3Fu; };
@@ -63,8 +62,8 @@ bool decodeFours(const unsigned char*& byte, const unsigned char* end, Unit*& ou
     return true;
 }
 
-/// Decodes a short text, with the bytes of its last sequence even when they lie beyond its end. Returns the number of
-/// units, or `kNotShort`: then there is a byte that starts nothing or six bytes, or the room is short, or may be.
+/// Decodes a short text, including bytes of its last sequence past the end. Returns the number of units, or `kNotShort`
+/// if a byte starts no sequence or one of six bytes, or if the capacity may not suffice.
 template <class Unit>
 std::size_t decodeShortText(const unsigned char* text, int length, Unit* out, std::size_t room) noexcept {
     const std::size_t bytes = shortTextLength(text, length);
@@ -103,12 +102,12 @@ std::size_t decodeShortText(const unsigned char* text, int length, Unit* out, st
             return kNotShort;
         }
     }
-    // Without a length, a text goes on behind a zero that was taken for a trailing byte.
+    // Without a length, the text continues after a zero that was read as a trailing byte.
     return byte > end && length < 0 ? kNotShort : static_cast<std::size_t>(out - start);
 }
 
-/// Encodes a short text; a surrogate pair whose first unit is the last one is taken whole. Returns the number of bytes,
-/// or `kNotShort`: then there is a surrogate that stands alone, or the room is short, or may be.
+/// Encodes a short text. A surrogate pair whose first unit is the last one is read whole. Returns the number of bytes,
+/// or `kNotShort` if a surrogate is unpaired or the capacity may not suffice.
 template <Surrogates Rule, class Unit>
 std::size_t encodeShortText(const Unit* text, int length, unsigned char* out, std::size_t room) noexcept {
     const std::size_t units = shortTextLength(text, length);

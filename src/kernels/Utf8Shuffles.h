@@ -1,6 +1,5 @@
 /// \file
-/// Small things that both directions of the AVX2 codec share. Only for sources that are compiled for AVX2; compiled
-/// into each of them by itself.
+/// Helpers of both directions of the AVX2 codec. Only for sources compiled for AVX2; all functions are static.
 #pragma once
 
 #include <cstddef>
@@ -17,7 +16,7 @@ namespace vorel::kernels {
 inline constexpr Stretch kNothing{0, 0};
 inline constexpr unsigned int kLongestStretch = 1u << 30;
 
-/// Shuffles for a mask of eight elements or bytes: what is kept moves to the front.
+/// Shuffles for a mask of eight elements or bytes: the kept ones move to the front.
 struct Shuffles {
     unsigned char order[256][16];
 };
@@ -30,7 +29,7 @@ static inline __m128i load(const void* place) noexcept {
     return _mm_loadu_si128(static_cast<const __m128i*>(place));
 }
 
-/// The number of bits that are set.
+/// The number of set bits.
 static inline unsigned int bits(unsigned int mask) noexcept {
     return static_cast<unsigned int>(_mm_popcnt_u32(mask));
 }
@@ -39,17 +38,17 @@ static inline unsigned int maskOf(__m128i bytes) noexcept {
     return static_cast<unsigned int>(_mm_movemask_epi8(bytes));
 }
 
-/// The place of the lowest bit of `mask`; 32 when none is set.
+/// The position of the lowest set bit of `mask`, 32 if none is set.
 static inline unsigned int lowestBit(unsigned int mask) noexcept {
     return bits((mask & (0 - mask)) - 1);
 }
 
-/// The lower `count` bits, fewer than 32.
+/// A mask of the lower `count` bits, fewer than 32.
 static inline unsigned int lowBits(unsigned int count) noexcept {
     return (1u << (count & 31)) - 1;
 }
 
-/// What stands from the bit `place` on, below 32.
+/// The bits from `position` on, which is below 32.
 static inline unsigned int bitsFrom(unsigned int mask, unsigned int place) noexcept {
     return mask >> (place & 31);
 }

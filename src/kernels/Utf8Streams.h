@@ -1,6 +1,6 @@
 /// \file
-/// Reading UTF-8 into 16-bit units and writing units as UTF-8, piece by piece, under the rules of a length: below 0 the
-/// input runs to its first zero; otherwise the length is a bound, and a zero still ends the input.
+/// Converts UTF-8 to 16-bit units and units to UTF-8, piece by piece. If the length is below 0, the input runs to its
+/// first zero. Otherwise the length is a bound, and a zero still ends the input.
 #pragma once
 
 #include <algorithm>
@@ -14,7 +14,7 @@
 
 namespace vorel::kernels {
 
-/// A place in an input that may have a bound.
+/// A position in input that may have a bound.
 template <class Element>
 class BoundedCursor {
 public:
@@ -24,11 +24,11 @@ public:
 
     [[nodiscard]] const Element* position() const noexcept { return m_position; }
 
-    /// The elements before the bound.
+    /// The number of elements before the bound.
     [[nodiscard]] std::size_t left() const noexcept { return m_left; }
     [[nodiscard]] bool atEnd() const noexcept { return m_left == 0 || *m_position == 0; }
 
-    /// Goes on; what lies beyond the bound is passed too.
+    /// Advances, past the bound if necessary.
     void pass(std::size_t elements) noexcept {
         m_position += elements;
         m_left -= std::min(m_left, elements);
@@ -39,23 +39,23 @@ private:
     std::size_t m_left;
 };
 
-/// How many characters are looked at one by one before blocks are tried again.
+/// Characters converted one by one before blocks are tried again.
 inline constexpr unsigned int kPlainly = 8;
 
-/// Reads one input. The bytes of a sequence are taken even when they lie beyond the bound, or beyond the zero byte that
-/// would have ended the input; reading then goes on to the bound, or to the next zero.
+/// Reads one input. The bytes of a sequence are read even past the bound or past the zero that would have ended the
+/// input; reading then continues to the bound or to the next zero.
 class Utf8Reader {
 public:
-    /// What happens to a surrogate pair of which only the first unit has room.
+    /// How a surrogate pair is handled when only its first unit fits.
     enum class LastPair {
-        Written,  ///< whole: one unit more than the room is written
-        Left,     ///< not at all: it stays unread
+        Written,  ///< both units are written, one more than the capacity
+        Left,     ///< nothing is written, the character stays unread
     };
 
     Utf8Reader(const unsigned char* input, int length) noexcept : m_cursor(input, length) {}
 
-    /// Reads until `room` units are written or the input ends, and returns the number of units. `Behind` says whether
-    /// the rest of the room may be touched.
+    /// Reads until `capacity` units are written or the input ends. Returns the number of units. `Rest` tells whether
+    /// unused capacity may be overwritten.
     template <LastPair Rule, Tail Behind = Tail::Free, class Unit>
     std::size_t read(Unit* out, std::size_t room) noexcept {
         std::size_t units = 0;
@@ -72,20 +72,20 @@ public:
 
     [[nodiscard]] bool atEnd() const noexcept { return m_cursor.atEnd(); }
 
-    /// Whether a byte was met that starts no sequence; `position` stands on it then.
+    /// Whether a byte was found that does not start a sequence; `position` points to it.
     [[nodiscard]] bool failed() const noexcept { return m_failed; }
     [[nodiscard]] const unsigned char* position() const noexcept { return m_cursor.position(); }
 
 private:
-    /// Reads some characters one by one. False when the next one has no room, or starts nothing.
+    /// Reads some characters one by one. False if the next one does not fit or does not start a sequence.
     template <LastPair Rule, class Unit>
     bool readPlainly(Unit* out, std::size_t& units, std::size_t room) noexcept {
-        BoundedCursor<unsigned char> cursor = m_cursor;  // in registers
+        BoundedCursor<unsigned char> cursor = m_cursor;  // kept in registers
         std::size_t at = units;
         bool goesOn = true;
         for (unsigned int left = kPlainly; left != 0 && !cursor.atEnd(); --left) {
             const unsigned char byte = *cursor.position();
-            // Decoded before the room is looked at: a bad byte behind the last unit that fits is an error too.
+            // Decoded before the capacity is checked: a bad byte after the last unit that fits is an error too.
             const Utf8Sequence sequence = byte < 0x80 ? Utf8Sequence{byte, 1} : decodeUtf8Sequence(cursor.position());
             const std::size_t needed = Rule == LastPair::Left && sequence.value >= 0x10000 ? 2 : 1;
             m_failed = sequence.bytes == 0;
@@ -101,7 +101,7 @@ private:
         return goesOn;
     }
 
-    /// Reads a run of ASCII, and then what is well-formed, in blocks, and returns the number of units.
+    /// Reads a run of ASCII, then well-formed text in blocks. Returns the number of units.
     template <Tail Behind, class Unit>
     std::size_t readBlocks(Unit* out, std::size_t room) noexcept {
         static_assert(sizeof(Unit) == 2);
@@ -122,14 +122,14 @@ private:
     bool m_failed = false;
 };
 
-/// Writes one input. A surrogate pair that starts on the last unit before the bound is taken whole.
+/// Writes one input. A surrogate pair that starts on the last unit before the bound is read whole.
 template <Surrogates Rule, class Unit>
 class Utf8Writer {
 public:
     Utf8Writer(const Unit* input, int length) noexcept : m_cursor(input, length) {}
 
-    /// Writes until at least `enough` bytes are written, the next sequence does not fit into `room` bytes, or the input
-    /// ends, and returns the number of bytes. `room` is not below `enough`.
+    /// Writes until at least `enough` bytes are written, the next sequence does not fit into `capacity` bytes, or the
+    /// input ends. Returns the number of bytes. `capacity` is at least `enough`.
     std::size_t write(unsigned char* out, std::size_t enough, std::size_t room) noexcept {
         std::size_t bytes = 0;
         while (bytes < enough && !m_cursor.atEnd()) {
@@ -144,9 +144,9 @@ public:
     [[nodiscard]] bool atEnd() const noexcept { return m_cursor.atEnd(); }
 
 private:
-    /// Writes some characters one by one. False when the next one has no room.
+    /// Writes some characters one by one. False if the next one does not fit.
     bool writePlainly(unsigned char* out, std::size_t& bytes, std::size_t enough, std::size_t room) noexcept {
-        BoundedCursor<Unit> cursor = m_cursor;  // in registers
+        BoundedCursor<Unit> cursor = m_cursor;  // kept in registers
         std::size_t at = bytes;
         bool goesOn = true;
         for (unsigned int left = kPlainly; left != 0 && at < enough && !cursor.atEnd(); --left) {
@@ -164,7 +164,7 @@ private:
         return goesOn;
     }
 
-    /// Writes a run of ASCII, and then what is well-formed, in blocks, and returns the number of bytes.
+    /// Writes a run of ASCII, then well-formed text in blocks. Returns the number of bytes.
     std::size_t writeBlocks(unsigned char* out, std::size_t enough, std::size_t room) noexcept {
         static_assert(sizeof(Unit) == 2);
         std::size_t run = 0;

@@ -1,6 +1,6 @@
 /// \file
-/// The character type of wide text. Its units have 16 bits; where those of `wchar_t` have more, as everywhere but on
-/// Windows, the kernels can still be compiled, and run over another type.
+/// The character type of wide text, with units of 16 bits. Where `wchar_t` is larger, that is on every system but
+/// Windows, the kernels compile with another type.
 #pragma once
 
 #include <type_traits>

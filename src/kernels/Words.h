@@ -1,5 +1,5 @@
 /// \file
-/// Comparing a text with plain words, without regard to the case of the letters A to Z.
+/// Compares text with ASCII words, without regard to the case of A to Z.
 #pragma once
 
 #include <string_view>
@@ -8,7 +8,7 @@
 
 namespace vorel::kernels {
 
-/// Whether the whole of a zero-terminated text is `word`, which is given in lower case.
+/// Whether the whole zero-terminated text is `word`, which is in lower case.
 template <class T>
 constexpr bool equalsWord(const T* text, std::string_view word) noexcept {
     for (const char c : word) {
