@@ -34,7 +34,7 @@ int decodeText(const T* text, const int* table, char pad, Array<unsigned char>& 
     text::ArrayTail<unsigned char> out(bytes, 0);
     for (;;) {
         if (out.room() < kernels::kBase64StepRoom) {
-            // Asked only when there is too little: the text has to be measured for it.
+            // Only when capacity is short, because reserving requires the length of the text.
             out.reserve(std::char_traits<T>::length(text) / 4 * 3 + kernels::kBase64StepRoom);
         }
         const kernels::Base64Step step = kernels::decodeBase64Step(text, table, pad, out.free(), out.room());

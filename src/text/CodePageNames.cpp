@@ -1,5 +1,5 @@
-// The names of the code pages: the description first, then the aliases. Of a name that stands here twice the first one
-// counts.
+// The names of the code pages: the description first, then the aliases. If a name occurs twice, the first entry is
+// used.
 
 #include "text/CodePageNames.h"
 

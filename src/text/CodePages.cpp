@@ -38,7 +38,7 @@ int fail(int error) noexcept {
 
 // ---- Names ----------------------------------------------------------------------------------------------------------
 
-/// Empties the map again when it could not be filled: a map with entries counts as complete.
+/// Empties the map if it could not be filled completely: a map with entries counts as complete.
 class EmptyUnlessDone {
 public:
     explicit EmptyUnlessDone(CodePageState& state) noexcept : m_state(&state) {}
@@ -57,7 +57,7 @@ private:
     CodePageState* m_state;
 };
 
-/// Fills the map of names when it is empty. The code-map lock is held.
+/// Fills the map of names if it is empty. The caller holds the code-map lock.
 void fillCodeMap(CodePageState& state) {
     guarded(kClass, L"FillCodeMap", [&] {
         const Guard<AutoCriticalSection> held(state.codeMapLock);
@@ -76,7 +76,7 @@ void fillCodeMap(CodePageState& state) {
     });
 }
 
-/// The code page of a name, or 0. While the library has no state, during load and unload, the table itself is searched.
+/// The code page of a name, or 0. Without library state, that is during load and unload, searches the table.
 unsigned int codePageOf(const char* name) {
     CodePageState* const state = detail::codePageState.get();
     if (!state) {
@@ -90,16 +90,16 @@ unsigned int codePageOf(const char* name) {
     return found != state->codePageNames.end() ? found.value() : 0;
 }
 
-/// Whether the system has a code page; 0 is that of the process.
+/// Whether the system has a code page. 0 is the code page of the process.
 bool isUsable(unsigned int codePage) {
     return MultiByteToWideChar(codePage, 0, "", 1, nullptr, 0) != 0;
 }
 
 // ---- Converters -----------------------------------------------------------------------------------------------------
 
-constexpr unsigned int kNoCodePage = 0xFFFF;  // what both halves of a failure's -1 hold
+constexpr unsigned int kNoCodePage = 0xFFFF;  // both halves of the -1 that reports a failure
 
-/// The two halves of a converter.
+/// The two code pages in a converter handle.
 struct Converter {
     explicit Converter(int handle) noexcept
         : from(static_cast<std::uint32_t>(handle) >> 16), to(static_cast<std::uint32_t>(handle) & 0xFFFF) {}
@@ -127,7 +127,7 @@ std::size_t failWith(int error) noexcept {
     return kNothing;
 }
 
-/// The system counts with 31 bits, and has -1 for a text that ends at its terminator.
+/// The system uses 31-bit counts, and -1 for text that ends with a terminator.
 bool fitsSystemCall(std::size_t input, std::size_t output) noexcept {
     return (input <= INT_MAX || input == SIZE_MAX) && output <= INT_MAX;
 }

@@ -1,7 +1,7 @@
 /// \file
-/// Where a conversion writes next: straight into the free part of a string or array, or, when that is short, into a
-/// local block that is appended. So a result grows in a few steps, no further than its text asks for, and a result
-/// that is used again is written without a copy.
+/// Output of a conversion: directly into the unused capacity of a string or array, or through a local block that is
+/// appended where that capacity is too small. So a result grows in few steps and no further than its text requires, and
+/// a reused result is written without a copy.
 #pragma once
 
 #include <cstddef>
@@ -14,7 +14,7 @@
 
 namespace vorel::text {
 
-/// A string from its first unit on; what stood there is overwritten. One unit stays for the terminator.
+/// Overwrites a string from its first unit. One unit is reserved for the terminator.
 template <class T>
 class StringTail {
 public:
@@ -22,7 +22,7 @@ public:
 
     explicit StringTail(BaseString<T>& string) noexcept : m_string(string) {}
 
-    /// The string has what was written, also when the conversion fails.
+    /// Sets the length to the units written, also when the conversion fails.
     ~StringTail() { state(); }
 
     StringTail(const StringTail&) = delete;
@@ -51,8 +51,8 @@ private:
     unsigned int m_length = 0;
 };
 
-/// An array from `start` on. What stood there is overwritten, and what is left of it in the end goes: an array that is
-/// used again need not be emptied, which would mean to zero it, before it is filled.
+/// Overwrites an array from `start` and truncates it to what was written. A reused array need not be cleared first,
+/// which would fill it with zeros.
 template <class T>
 class ArrayTail {
 public:
@@ -60,7 +60,8 @@ public:
 
     explicit ArrayTail(Array<T>& array, unsigned int start) noexcept : m_array(array), m_count(start) {}
 
-    /// The array has what was written, also when the conversion fails. Nothing grows here, so nothing can fail.
+    /// Sets the count to the units written, also when the conversion fails. The array does not grow, so this cannot
+    /// fail.
     ~ArrayTail() { m_array.setCount(m_count); }
 
     ArrayTail(const ArrayTail&) = delete;
@@ -69,7 +70,7 @@ public:
     [[nodiscard]] T* free() const noexcept { return m_array.data() + m_count; }
     [[nodiscard]] unsigned int room() const noexcept { return m_array.allocated() - m_count; }
     void written(std::size_t units) noexcept { m_count += static_cast<unsigned int>(units); }
-    /// Makes room for `units` more.
+    /// Reserves capacity for `units` more elements.
     void reserve(std::size_t units) {
         m_array.setCount(m_count);
         const std::size_t needed = m_count + units;
@@ -90,9 +91,9 @@ private:
     unsigned int m_count;
 };
 
-/// Takes pieces until `atEnd()` says so: straight from `produce(out, room)`, which writes at most `room` units and
-/// returns their number, and nothing when the next character has no room; and then from `produceBlock(out)`, which
-/// writes about `Block` units into a span, at most `Overhang` more.
+/// Writes pieces until `atEnd()`. `produce(out, capacity)` writes at most `capacity` units to the output and returns
+/// their number, 0 if the next character does not fit. Then `produceBlock(out)` writes about `Block` units, at most
+/// `Overhang` more, to a span that is appended.
 template <unsigned int Block, unsigned int Overhang, class Tail, class Produce, class ProduceBlock, class AtEnd>
 void fill(Tail&& tail, Produce&& produce, ProduceBlock&& produceBlock, AtEnd&& atEnd) {
     typename std::remove_cvref_t<Tail>::Unit block[Block + Overhang];

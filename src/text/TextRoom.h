@@ -1,5 +1,5 @@
 /// \file
-/// Strings that a kernel writes into: room for the most that it can write, and the end when it has.
+/// Strings that a kernel writes to: reserves the maximum capacity first and sets the length afterwards.
 #pragma once
 
 #include <cstdint>
@@ -10,7 +10,7 @@
 
 namespace vorel::text {
 
-/// `units` as a string counts them. \throws MemoryException for more than one can hold.
+/// Converts `units` to the type of a string's length. \throws MemoryException if a string cannot hold that many.
 template <class T>
 unsigned int checkedUnits(std::uint64_t units) {
     if (units >= BaseString<T>::kUnknownLength) {
@@ -19,19 +19,19 @@ unsigned int checkedUnits(std::uint64_t units) {
     return static_cast<unsigned int>(units);
 }
 
-/// The buffer of a string, with room for `units` in the place of its text; `endAt` tells what was written there.
+/// Reserves `units` in a string, discards its text, and returns its buffer. `setEnd` must follow.
 template <class T>
 T* roomFor(std::uint64_t units, BaseString<T>& string) {
     return string.reserve(checkedUnits<T>(units), true);
 }
 
-/// Makes room for `units` in a string, and keeps its text; `units` is not below its length.
+/// Reserves `units` in a string and keeps its text. `units` is at least its length.
 template <class T>
 void growFor(std::uint64_t units, BaseString<T>& string) {
     string.reserve(checkedUnits<T>(units), false);
 }
 
-/// Says where the text ends that was written into a string's buffer.
+/// Sets the length of a string to the text written to its buffer.
 template <class T>
 void endAt(const T* end, BaseString<T>& string) noexcept {
     detail::StringAccess<T>::setLength(string, static_cast<unsigned int>(end - string.data()));

@@ -26,15 +26,15 @@ using kernels::Surrogates;
 using Reader = kernels::Utf8Reader;
 
 constexpr unsigned int kUnitsPerBlock = 450;
-constexpr unsigned int kEncodedBlock = 256;   // bytes that are handed over at once …
-constexpr unsigned int kAppendedBlock = 248;  // … and when they are appended to what is there
+constexpr unsigned int kEncodedBlock = 256;   // bytes per block …
+constexpr unsigned int kAppendedBlock = 248;  // … and per block of appended text
 
 const unsigned char* bytesOf(const char* text) noexcept {
     return reinterpret_cast<const unsigned char*>(text);
 }
 
-/// "Hex string: 28-41" for the bytes from `bytes` to the next zero; nothing for none. The offending byte itself stands
-/// before them, and is left out on purpose.
+/// "Hex string: 28-41" for the bytes from `bytes` to the next zero, or an empty string if there are none. The offending
+/// byte precedes them and is omitted by design.
 BaseString<wchar_t> hexDump(const unsigned char* bytes) {
     constexpr wchar_t kDigits[] = L"0123456789ABCDEF";
     BaseString<wchar_t> dump;
@@ -46,7 +46,7 @@ BaseString<wchar_t> hexDump(const unsigned char* bytes) {
     return dump;
 }
 
-/// The answer to a byte that starts no sequence.
+/// Reports a byte that does not start a sequence.
 bool refuse(const unsigned char* offending, bool throwOnError) {
     if (throwOnError) {
         const BaseString<wchar_t> dump = hexDump(offending + 1);
@@ -55,7 +55,7 @@ bool refuse(const unsigned char* offending, bool throwOnError) {
     return false;
 }
 
-/// Runs a conversion for narrow text: a library exception that passes gets the text itself as a further message.
+/// Runs a conversion of narrow text. Appends the text as a message to a library exception.
 template <class Conversion>
 auto withInput(const char* fmt, const char* input, Conversion&& conversion) {
     try {
@@ -66,7 +66,7 @@ auto withInput(const char* fmt, const char* input, Conversion&& conversion) {
     }
 }
 
-/// Takes the length of what was converted in one go; false when that was not done.
+/// Sets the length of a short text converted in place. False if it was not converted.
 template <class T>
 bool isDone(BaseString<T>& output, std::size_t units) noexcept {
     if (units == kernels::kNotShort) {
@@ -76,13 +76,13 @@ bool isDone(BaseString<T>& output, std::size_t units) noexcept {
     return true;
 }
 
-/// Decodes a short text that fits into the buffer that the string has.
+/// Decodes a short text that fits into the string's present buffer.
 bool decodeShort(BaseString<wchar_t>& output, const unsigned char* input, int length) noexcept {
     return input && output.capacity() != 0 &&
            isDone(output, kernels::decodeShortText(input, length, output.data(), output.capacity() - 1));
 }
 
-/// Not a part of its callers, so that a short text pays for none of it.
+/// Not inlined, so that short texts do not pay for its setup.
 [[gnu::noinline]] bool decode(BaseString<wchar_t>& output, const unsigned char* input, int length, bool throwOnError) {
     return guarded(L"vorel::util::ConvertUTF8toString", [&] {
         if (!input) {
@@ -98,7 +98,7 @@ bool decodeShort(BaseString<wchar_t>& output, const unsigned char* input, int le
             },
             [&] { return reader.failed() || reader.atEnd(); });
         if (reader.failed()) {
-            // Units leave the conversion in whole blocks; what was on its way is lost.
+            // The output keeps whole blocks only; the units of the last, incomplete block are dropped.
             output.reserve(output.length() / kUnitsPerBlock * kUnitsPerBlock, false);
             return refuse(reader.position(), throwOnError);
         }
@@ -106,8 +106,8 @@ bool decodeShort(BaseString<wchar_t>& output, const unsigned char* input, int le
     });
 }
 
-/// A caller's buffer to write units into, or a buffer of its own where the input lies in that one: its units are copied
-/// when the input has been read, also for the message of a failure.
+/// A caller's buffer for units, or a separate one if the input lies in it. The separate units are copied back on
+/// destruction, because the message of a failure still reads the input.
 class UnitsApart {
 public:
     UnitsApart(wchar_t* output, unsigned int size, const void* input) : m_output(output), m_units(output) {
@@ -126,7 +126,7 @@ public:
     UnitsApart& operator=(const UnitsApart&) = delete;
 
     [[nodiscard]] wchar_t* units() const noexcept { return m_units; }
-    /// States how many units have been written.
+    /// Sets the number of units written.
     void written(std::size_t units) noexcept { m_written = units; }
 
 private:
@@ -149,7 +149,7 @@ void encode(const wchar_t* input, int length, Tail&& tail) {
         [&](auto out) { return write(out.data(), Block, out.size()); }, [&] { return writer.atEnd(); });
 }
 
-/// Empties a text that a failing conversion leaves half-done.
+/// Clears a text if the conversion fails midway.
 class EmptyUnlessDone {
 public:
     explicit EmptyUnlessDone(BaseString<char>& text) noexcept : m_text(&text) {}
@@ -168,7 +168,7 @@ private:
     BaseString<char>* m_text;
 };
 
-/// Encodes a short text that fits into the buffer that the string has.
+/// Encodes a short text that fits into the string's present buffer.
 bool encodeShort(BaseString<char>& output, const wchar_t* input, int length) noexcept {
     auto* const out = reinterpret_cast<unsigned char*>(output.data());
     return input && output.capacity() != 0 &&
@@ -233,7 +233,7 @@ bool ConvertUTF8toString(wchar_t* output, unsigned int size, const unsigned char
         const unsigned int room = size != 0 ? size - 1 : 0;
         Reader reader(input ? input : bytesOf(""), length);
         UnitsApart out(output, size, input);
-        // The rest of a caller's buffer is left as it is.
+        // The rest of the caller's buffer must stay unchanged.
         const std::size_t units = reader.read<Reader::LastPair::Left, kernels::Tail::Untouched>(out.units(), room);
         out.written(units);
         if (reader.failed()) {
@@ -303,7 +303,7 @@ void EncodeAndAppendToBuffer(const wchar_t* input, Array<unsigned char>& output)
         }
         BaseString<wchar_t> copy;
         if (detail::holds(output, input)) {
-            // What the array holds stays, and a zero after its last element, where the text may end, is overwritten.
+            // Appending keeps the array's elements, but overwrites the zero after the last one, where the text may end.
             copy = input;
             input = copy.view().data();
         }

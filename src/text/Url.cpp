@@ -26,7 +26,7 @@ std::string_view viewOf(const char* text) noexcept {
 }
 
 void write(std::string_view text, const UrlTable& table, BaseString<char>& output) {
-    constexpr std::size_t kShort = 64;  // for these the most that they can become costs less than to measure them
+    constexpr std::size_t kShort = 64;  // below this, the upper bound is cheaper than measuring
     constexpr std::size_t kLongestEscape = 3;
     const std::uint64_t length = text.size() > kShort ? kernels::urlLength(text, table) : kLongestEscape * text.size();
     text::roomFor(length + kernels::kUrlOverhang, output);
@@ -40,7 +40,7 @@ void write(std::string_view text, const UrlTable& table, BaseString<char>& outpu
         if (text.empty()) {
             return;
         }
-        // Another thread or process has changed the text since it was measured: now the rest fits whatever it holds.
+        // Another thread or process changed the text after it was measured. Now the capacity suffices for any content.
         text::growFor(written + kLongestEscape * text.size() + kernels::kUrlOverhang, output);
     }
 }
@@ -50,7 +50,7 @@ void write(std::string_view text, bool plusIsSpace, BaseString<char>& output) {
     text::endAt(kernels::decodeUrl(text, plusIsSpace, out), output);
 }
 
-/// Replaces `output` by `text` with escapes (of a table), or without (and with or without a plus for a space).
+/// Replaces `output` by the encoded text (`rule` is a table) or the decoded text (`rule` tells whether '+' is a space).
 template <class Rule>
 const char* replace(std::string_view text, const Rule& rule, BaseString<char>& output) {
     if (text.empty()) {
@@ -71,8 +71,8 @@ const UrlTable& tableFor(UrlComponent component) noexcept {
     return kernels::urlTable(UrlUse::OtherComponent, false);
 }
 
-/// Sets the bytes after a text to zero, as many as a decoder can read there: it takes the trailing bytes of a sequence
-/// that the end of the text cuts short from beyond it, and stops at the next zero.
+/// Sets the bytes after a text to zero, as many as a decoder can read there: it reads the trailing bytes of a truncated
+/// sequence past the end and stops at the next zero.
 void addZeros(BaseString<char>& utf8) {
     const unsigned int length = utf8.length();
     if (length != 0) {
@@ -82,7 +82,7 @@ void addZeros(BaseString<char>& utf8) {
     }
 }
 
-/// Runs `narrow(text, output)` on the UTF-8 form of a wide text, and makes its output wide.
+/// Runs `narrow(text, output)` on the UTF-8 form of a wide text and converts its output to wide text.
 template <class Narrow>
 const wchar_t* throughUtf8(const wchar_t* text, BaseString<wchar_t>& output, Narrow&& narrow) {
     BaseString<char> utf8;
