@@ -22,7 +22,7 @@ int compare(const T* a, const T* b, strcmpAdvFlag flags) noexcept {
 }  // namespace
 
 int strcmpAdvanced(const char* a, const char* b, strcmpAdvFlag flags) noexcept {
-    // Signed, as the number parsers read it, whatever the compiler takes a plain char for.
+    // Signed, as in the number parsers, whatever the signedness of plain char.
     return compare(reinterpret_cast<const signed char*>(a), reinterpret_cast<const signed char*>(b), flags);
 }
 

@@ -7,7 +7,7 @@ namespace vorel::baseutil {
 
 namespace {
 
-/// Moves the text from `place` to its terminator by `distance` characters.
+/// Moves the text from `position` to its terminator by `distance` characters.
 void moveTail(char* place, std::ptrdiff_t distance) noexcept {
     std::memmove(place + distance, place, std::strlen(place) + 1);
 }
@@ -17,7 +17,7 @@ void moveTail(char* place, std::ptrdiff_t distance) noexcept {
 char* makeDoubleFormatConsistent(char* text, unsigned long long capacity, util::FormattingOptions options) noexcept {
     const bool json = (options & util::FO_JSON) != 0;
     char* point = nullptr;
-    std::ptrdiff_t zeros = 0;  // in a row, up to the exponent; none before the point counts
+    std::ptrdiff_t zeros = 0;  // consecutive, directly before the exponent, after the point
     char* exponent = text;
     for (; *exponent && *exponent != 'e' && *exponent != 'E'; ++exponent) {
         if (*exponent == '.') {

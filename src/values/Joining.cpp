@@ -17,14 +17,14 @@ namespace {
 
 constexpr std::uint64_t kReservedPerItem = 32;
 
-/// A string that is written unit by unit: how long it is, it is told at the end, and before it grows.
+/// Writes to a string through a raw cursor. The string's length is updated by `finish` and before it grows.
 class Writer {
 public:
-    /// Writes to an empty string.
+    /// The string must be empty.
     explicit Writer(BaseString<wchar_t>& text) noexcept
         : m_text(text), m_place(text.data()), m_end(m_place + text.capacity()) {}
 
-    /// Makes room for `units` more and a terminator.
+    /// Reserves capacity for `units` more and a terminator.
     void reserve(std::uint64_t units) {
         if (units < static_cast<std::uint64_t>(m_end - m_place)) {
             return;
@@ -49,8 +49,7 @@ public:
 
     void write(std::wstring_view text) noexcept { m_place = std::copy(text.begin(), text.end(), m_place); }
 
-    /// Writes an item, in quotes where it needs them. The item is all of a string: the buffer of one is a whole number
-    /// of blocks.
+    /// Writes an item, quoted if necessary. The item must be a whole string: its buffer is a whole number of blocks.
     void writeItem(std::wstring_view item, std::wstring_view delimiter) noexcept {
         m_place = kernels::writeJoinedItem(item, delimiter, m_place);
     }

@@ -17,7 +17,7 @@ constexpr auto kIntegers = [](const auto* list, auto take) { return kernels::rea
 constexpr auto kDoubles = [](const auto* list, auto take) { return kernels::readDoubleList(list, take); };
 constexpr auto kBooleans = [](const auto* list, auto take) { return kernels::readBooleanList(list, take); };
 
-/// Adds what `read(text, take)` finds.
+/// Appends the values that `read(text, take)` finds.
 template <class T, class Value, class Read>
 bool addList(const T* text, Array<Value>& values, Read&& read) {
     return !text || read(text, [&values](auto value) { values.append(static_cast<Value>(value)); });
@@ -26,8 +26,8 @@ bool addList(const T* text, Array<Value>& values, Read&& read) {
 template <class T, class Value, class Read>
 bool readListInValues(const T* text, Array<Value>& values, bool append, Read&& read) noexcept;
 
-/// The same, or in the place of what the array holds. A list that cannot grow was not read to its end, and that is all
-/// that the exported readers tell; the error log has the reason.
+/// Appends or replaces the values. If the array cannot grow, returns false as for invalid text; the error log has the
+/// reason.
 template <class T, class Value, class Read>
 bool readList(const T* text, Array<Value>& values, bool append, Read&& read) noexcept {
     if (detail::holds(values, text)) [[unlikely]] {
@@ -43,7 +43,7 @@ bool readList(const T* text, Array<Value>& values, bool append, Read&& read) noe
     }
 }
 
-/// The same for a text in the array's own memory, which it is copied from.
+/// The same for a text in the array's own memory, which is copied first.
 template <class T, class Value, class Read>
 bool readListInValues(const T* text, Array<Value>& values, bool append, Read&& read) noexcept {
     try {

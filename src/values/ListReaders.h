@@ -1,13 +1,13 @@
 /// \file
-/// The readers of lists without the promise of the exported ones: when the array cannot grow, they say so. A list is
-/// added to what the array holds; null is an empty one. The answer is whether the whole text was read.
+/// List readers that, unlike the exported ones, throw if the array cannot grow. Values are appended; null is an empty
+/// list. Returns whether the whole text was read.
 #pragma once
 
 #include "vorel/core/Array.h"
 
 namespace vorel::values {
 
-/// \throws MemoryException, as all of them.
+/// \throws MemoryException, as do all of these functions.
 bool readIntegers(const wchar_t* text, Array<int>& values);
 bool readIntegers(const wchar_t* text, Array<unsigned int>& values);
 bool readDoubles(const wchar_t* text, Array<double>& values);

@@ -19,7 +19,7 @@ namespace {
 
 constexpr unsigned long long kWorkCharacters = 64;
 
-/// The word for a value that is infinite or not a number.
+/// The text of an infinite value or NaN.
 std::string_view specialWord(double value, bool json) noexcept {
     constexpr std::uint64_t kWithoutSign = 0x7FFFFFFFFFFFFFFF;
     constexpr std::uint64_t kNotAvailable = 0x7FF80000000007A2;
@@ -35,13 +35,13 @@ std::string_view specialWord(double value, bool json) noexcept {
     return json ? "\"NaN\"" : "NaN";
 }
 
-/// A value that is neither 0 nor one of those with a word, at a place with room for `kDoubleRoom` characters.
+/// Writes a finite value other than 0. `out` has space for `kDoubleCapacity` characters.
 template <class T>
 T* writeInForm(double value, T* out, FormattingOptions options) noexcept {
     return kernels::writeDouble(value, options & FO_JSON ? kernels::DoubleForm::Json : kernels::DoubleForm::Plain, out);
 }
 
-/// The same into a caller's buffer that has room for it: nothing after the terminator is written.
+/// The same into a caller's buffer that is large enough. Nothing after the terminator is written.
 template <class T>
 void writeWhole(double value, T* buffer, FormattingOptions options) noexcept {
     T text[kernels::kDoubleRoom];
@@ -54,13 +54,13 @@ bool isSmall(double value) noexcept {
     return value < 0.1 && value > -0.1;
 }
 
-/// The text of a value in a buffer that may be too small for it: it is cut first, and then brought into form.
+/// Writes to a buffer that may be too small: truncates first, then normalises the form.
 char* writeCut(double value, char* buffer, unsigned long long size, FormattingOptions options) noexcept {
     char text[kernels::kDoubleRoom];
     const char* const end = kernels::writeDouble(value, kernels::DoubleForm::Raw, text);
     const auto length = static_cast<std::size_t>(end - text);
     if (isSmall(value)) {
-        std::copy_n(text, length, buffer);  // never cut: the callers' buffers have room
+        std::copy_n(text, length, buffer);  // never truncated: callers provide enough space
         buffer[length] = 0;
     } else {
         kernels::copyCut(text, length, buffer, size);

@@ -28,7 +28,7 @@ BaseString<T> stringOf(View<T> text) {
     return BaseString<T>(text.data(), static_cast<unsigned int>(text.size()));
 }
 
-/// Room for what is to be added: growing on the way would copy every string again.
+/// Reserves capacity for parts to append: growing step by step would copy every string again.
 template <class T>
 void reserveMore(Array<BaseString<T>>& parts, std::size_t more) {
     parts.reserve(parts.size() + static_cast<unsigned int>(std::min<std::size_t>(more, 0xFFFFFFFFu - parts.size())));
@@ -36,7 +36,7 @@ void reserveMore(Array<BaseString<T>>& parts, std::size_t more) {
 
 template <class T>
 void split(const T* text, const T* delimiterText, Array<BaseString<T>>& parts) {
-    // Both may be parts, and move when those grow.
+    // Either may be an element of `parts`, which moves when it grows.
     const BaseString<T> copy(text);
     const BaseString<T> delimiterCopy(delimiterText);
     const View<T> delimiter = delimiterCopy.view();
@@ -46,7 +46,7 @@ void split(const T* text, const T* delimiterText, Array<BaseString<T>>& parts) {
     kernels::splitAtDelimiters(copy.view(), delimiter, [&parts](View<T> part) { parts.append(stringOf(part)); });
 }
 
-/// Takes an item out of its quotes, and says whether they were right.
+/// Consumes a quoted item and returns whether its quotes are valid.
 template <class T>
 bool takeQuoted(kernels::QuotedItems<T>& items, BaseString<T>& item) {
     switch (items.takeQuoted(item)) {
@@ -93,7 +93,7 @@ void splitQuoted(const T* text, const T* delimiters, Array<BaseString<T>>& items
     }
 }
 
-/// The slots to reserve for tokens: for a limit that is larger, no more than the text can have.
+/// The number of slots to reserve for tokens: at most 1,024 or the number that the text can have.
 template <class T>
 unsigned int slotsFor(const T* text, int maxTokens) noexcept {
     constexpr int kReservedAtOnce = 1024;
@@ -107,7 +107,7 @@ unsigned int slotsFor(const T* text, int maxTokens) noexcept {
 template <class T>
 int tokenize(T* text, const T* delimiter, Array<T*>& tokens, int maxTokens) {
     return detail::guarded(L"vorel::util", L"tokenizeString", [=, &tokens] {
-        // Read before anything is written: the delimiter may lie in the text.
+        // Read before any write: the delimiter may be part of the text.
         const T cut = delimiter ? *delimiter : T{};
         tokens.clear();
         tokens.reserve(slotsFor(text, maxTokens));
