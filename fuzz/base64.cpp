@@ -1,4 +1,4 @@
-// Base64 of both widths, both ways, against the reference.
+// Base64 of both widths, encoding and decoding, against the reference.
 
 #include <algorithm>
 #include <cstdint>
@@ -45,7 +45,7 @@ void encode(const std::string& bytes, const fuzz::Surroundings& source, const fu
     });
 }
 
-/// Decodes a text in steps that have `room` bytes.
+/// Decodes a text in steps with `capacity` bytes each.
 template <class T>
 void decode(const std::basic_string<T>& text, std::size_t room, const fuzz::Surroundings& source,
             const fuzz::Surroundings& target) {
@@ -62,14 +62,14 @@ void decode(const std::basic_string<T>& text, std::size_t room, const fuzz::Surr
         while (step.end == Base64End::None) {
             auto* const out = fuzz::outputPages().room<unsigned char>(room, target);
             step = decodeBase64Step(place, table(), '=', out, room);
-            fuzz::check(step.written <= room, "no more is written than there is room");
+            fuzz::check(step.written <= room, "the capacity is not exceeded");
             bytes.insert(bytes.end(), out, out + step.written);
             fuzz::check(bytes.size() <= expected.bytes.size(), "no more is written than expected");
         }
         fuzz::check(bytes == expected.bytes, "the bytes are as expected");
-        fuzz::check((step.end == Base64End::Foreign) == expected.threw, "a foreign unit is told from the others");
+        fuzz::check((step.end == Base64End::Foreign) == expected.threw, "a unit above 255 is reported as such");
         fuzz::check(expected.threw || (step.end == Base64End::Invalid) == (expected.result != 0),
-                    "so is a bad character");
+                    "an invalid character is reported");
     });
 }
 

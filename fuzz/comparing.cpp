@@ -36,7 +36,7 @@ void run(fuzz::Input& input) {
     const auto* const right = reinterpret_cast<const Compared*>(second);
     const int expected = test::compared<T>(a, b, {rules.ignoreCase, rules.numeric, rules.slashesEqual});
     fuzz::check(signOfNumber(compareTexts(left, right, rules)) == expected, "the order is as expected");
-    fuzz::check(signOfNumber(compareTexts(right, left, rules)) == -expected, "and the other way round");
+    fuzz::check(signOfNumber(compareTexts(right, left, rules)) == -expected, "the reversed order is the opposite");
 
     const std::string version = test::shapeOf(std::basic_string_view<T>(a));
     const std::string required = test::shapeOf(std::basic_string_view<T>(b));

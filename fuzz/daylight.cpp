@@ -1,4 +1,4 @@
-// Daylight text of both widths, both ways, against the reference.
+// Daylight text of both widths, encoding and decoding, against the reference.
 
 #include <algorithm>
 #include <cstdint>
@@ -30,7 +30,7 @@ void encode(const std::string& bytes, const fuzz::Surroundings& source, const fu
     });
 }
 
-/// Decodes the groups of a text that ends in a zero.
+/// Decodes the groups of a zero-terminated text.
 template <class T>
 void decode(const std::basic_string<T>& text, const fuzz::Surroundings& source, const fuzz::Surroundings& target) {
     const std::size_t count = text.size() / 4 * 4;
@@ -61,7 +61,7 @@ void run(fuzz::Input& input) {
                           : last == '2' ? 2u
                           : last == '3' ? 3u
                                         : 0u),
-                "1 to 3 are what may stand last");
+                "only the digits 1 to 3 give a number of bytes");
     decode(input.restAsText<T>(), source, target);
 }
 

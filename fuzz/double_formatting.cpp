@@ -1,4 +1,4 @@
-// Doubles as text of both widths, against all of their digits; and texts that are brought into form.
+// Doubles as text of both widths, against all of their digits; and normalising texts of doubles.
 
 #include <algorithm>
 #include <bit>
@@ -38,15 +38,16 @@ void writeInAllForms(fuzz::Input& input) {
     const std::string expected = test::textOfDouble(value, json);
     write<T>(value, json ? DoubleForm::Json : DoubleForm::Plain, expected, target);
 
-    // What the print function's form becomes is the same text.
+    // The normalised text of the print functions must be the same.
     constexpr std::size_t kCapacity = 64;
     char* const text = fuzz::outputPages().room<char>(kCapacity, target);
     *writeDouble(value, DoubleForm::Raw, text) = 0;
     makeDoubleFormatConsistent(text, kCapacity, json ? vorel::util::FO_JSON : vorel::util::FO_Default);
-    fuzz::check(text == expected, "a raw text is brought into the same form");
+    fuzz::check(text == expected, "normalising the raw text gives the same text");
 }
 
-/// Any text in a buffer of any capacity: nothing may be written behind that, and the rest is a text still.
+/// Normalises any text in a buffer of any capacity. Nothing may be written past the buffer, and the result must be a
+/// text.
 void bringIntoForm(fuzz::Input& input) {
     const fuzz::Surroundings target = input.surroundings();
     const auto options = input.flag() ? vorel::util::FO_JSON : vorel::util::FO_Default;
@@ -59,9 +60,9 @@ void bringIntoForm(fuzz::Input& input) {
     const std::string_view formed(buffer, strnlen(buffer, capacity));
     fuzz::check(formed.size() < capacity, "the terminator is in the buffer");
     const bool hasExponent = text.find_first_of("eE") != std::string::npos;
-    fuzz::check(hasExponent || formed == text, "without an exponent nothing changes");
+    fuzz::check(hasExponent || formed == text, "text without an exponent is unchanged");
     fuzz::check(formed.substr(0, formed.find('e')).find_first_of("eE") == std::string_view::npos,
-                "the first marker of an exponent is a small letter");
+                "the first exponent marker is in lower case");
 }
 
 }  // namespace

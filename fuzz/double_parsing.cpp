@@ -1,4 +1,4 @@
-// Numbers with a fraction and an exponent in text of both widths, in one go and step by step, against the reference.
+// Numbers with a fraction and an exponent in text of both widths, in blocks and step by step, against the reference.
 
 #include <cstdint>
 #include <string>
@@ -22,16 +22,17 @@ void run(fuzz::Input& input) {
     T* end = nullptr;
     fuzz::check(fuzz::isSame(readDecimal<T>(text.place, &end), expected.value), "the value is as expected");
     fuzz::check(end == text.place + expected.end, "the number ends where it should");
-    fuzz::check(fuzz::isSame(readDecimalStepByStep<T>(text.place, &end), expected.value), "so it is step by step");
+    fuzz::check(fuzz::isSame(readDecimalStepByStep<T>(text.place, &end), expected.value),
+                "the value read step by step is as expected");
     fuzz::check(end == text.place + expected.end, "the number ends where it should");
 
     constexpr double kUntouched = -12345.0;
     double value = kUntouched;
-    const auto trial = test::tryDouble(text.shape);
-    fuzz::check(tryReadDouble(text.place, value) == trial.result, "a number is known when it is all of the text");
-    fuzz::check(fuzz::isSame(value, trial.value.value_or(kUntouched)), "its value is as expected");
+    const auto result = test::tryDouble(text.shape);
+    fuzz::check(tryReadDouble(text.place, value) == result.result, "a text is a number if the reference says so");
+    fuzz::check(fuzz::isSame(value, result.value.value_or(kUntouched)), "its value is as expected");
     fuzz::check(coercesToDouble(text.place, allowLeadingZeros) == test::canBeDouble(text.shape, allowLeadingZeros),
-                "what can become a number is known");
+                "a text is convertible if the reference says so");
 }
 
 }  // namespace

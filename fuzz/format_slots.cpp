@@ -1,4 +1,4 @@
-// How many arguments a format of either width takes, against a search from one percent sign to the next.
+// The arguments of a format of either width, against a search from one percent sign to the next.
 
 #include <algorithm>
 #include <cstdint>

@@ -1,4 +1,4 @@
-// Hexadecimal text of both widths, both ways, against the reference.
+// Hexadecimal text of both widths, encoding and decoding, against the reference.
 
 #include <algorithm>
 #include <cstdint>
@@ -27,7 +27,7 @@ void encode(const std::string& bytes, HexCase letters, const fuzz::Surroundings&
     fuzz::check(fuzz::isText<T>(out, end, expected), "the text is as expected");
 }
 
-/// The value of a digit, or what the rule has for everything else.
+/// The value of a digit, or the rule's value for any other unit; -1 if the rule rejects it.
 template <class T>
 int valueOf(T unit, bool loosely) {
     const auto number = static_cast<unsigned int>(static_cast<std::make_unsigned_t<T>>(unit));
@@ -38,8 +38,8 @@ int valueOf(T unit, bool loosely) {
     if (!loosely) {
         return 0;
     }
-    // The loose rule looks at the lower byte of a unit, and counts what stands between the digits and A backwards from
-    // A.
+    // The rule of the decoder with a status uses the lower byte of a unit. The characters between '9' and 'A' count
+    // backwards from 'A'.
     const std::size_t place = std::string_view(":;<=>?@ABCDEF").find(static_cast<char>(number & 0xFF));
     const std::size_t decimal = std::string_view("0123456789").find(static_cast<char>(number & 0xFF));
     if (decimal != std::string_view::npos) {
@@ -48,8 +48,7 @@ int valueOf(T unit, bool loosely) {
     return place == std::string_view::npos ? -1 : static_cast<int>(place) + 3;
 }
 
-/// Decodes an even number of characters, or with the loose rule any number: then the terminator is part of the last
-/// pair.
+/// Decodes an even number of characters. With a status the number may be odd: the terminator completes the last pair.
 template <class T>
 void decode(const std::basic_string<T>& text, bool loosely, const fuzz::Surroundings& source,
             const fuzz::Surroundings& target) {
@@ -66,10 +65,10 @@ void decode(const std::basic_string<T>& text, bool loosely, const fuzz::Surround
             const int high = valueOf(text[at], loosely);
             const int low = valueOf(text.c_str()[at + 1], loosely);
             if (high < 0 || low < 0) {
-                fuzz::check(!decoded, "a pair that is none ends the text");
+                fuzz::check(!decoded, "an invalid pair ends the decoding");
                 return;
             }
-            fuzz::check(out[at / 2] == high * 16 + low, "a byte is its two digits");
+            fuzz::check(out[at / 2] == high * 16 + low, "each byte has the value of its two digits");
         }
         fuzz::check(decoded, "a text of digits is decoded to its end");
     });

@@ -12,7 +12,7 @@ namespace {
 using vorel::kernels::magnitudeOf;
 using vorel::kernels::writeBoundedInteger;
 
-/// A number in a buffer of `size`: as much of it as has room, and terminators behind that and in the last place.
+/// A number in a buffer of `size`: truncated, with a terminator after it and one at the end of the buffer.
 template <class T>
 void write(std::uint64_t magnitude, bool negative, std::size_t size, const fuzz::Surroundings& target) {
     const std::string all = (negative ? "-" : "") + std::to_string(magnitude);
@@ -21,7 +21,8 @@ void write(std::uint64_t magnitude, bool negative, std::size_t size, const fuzz:
     if (size != 0) {
         const std::string expected = all.substr(0, size - 1);
         fuzz::check(std::equal(expected.begin(), expected.end(), out), "the digits are as expected");
-        fuzz::check(out[expected.size()] == 0 && out[size - 1] == 0, "terminators stand behind them and at the end");
+        fuzz::check(out[expected.size()] == 0 && out[size - 1] == 0,
+                    "a terminator follows the digits and ends the buffer");
     }
 }
 
@@ -30,7 +31,7 @@ void run(fuzz::Input& input) {
     const fuzz::Surroundings target = input.surroundings();
     const std::size_t size = input.upTo(40);
     const bool isSigned = input.flag();
-    // As many bits as the input says: otherwise nearly all numbers had nineteen digits.
+    // The input chooses the number of bits. Otherwise nearly all numbers would have nineteen digits.
     const auto bits = input.bits<std::uint64_t>() >> input.upTo(63);
     const bool negative = isSigned && static_cast<std::int64_t>(bits) < 0;
     write<T>(isSigned ? magnitudeOf(static_cast<std::int64_t>(bits)) : bits, negative, size, target);

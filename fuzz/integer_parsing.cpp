@@ -39,10 +39,10 @@ void run(fuzz::Input& input) {
 
     int value = 0;
     const auto expected = test::tryInteger(text.shape);
-    fuzz::check(tryReadInteger(text.place, value) == expected.result, "an integer is known when it is all of the text");
+    fuzz::check(tryReadInteger(text.place, value) == expected.result, "a text is an integer if the reference says so");
     fuzz::check(value == expected.value, "its value is as expected");
     fuzz::check(coercesToInteger(text.place, allowLeadingZeros) == test::canBeInteger(text.shape, allowLeadingZeros),
-                "what can become an integer is known");
+                "a text is convertible if the reference says so");
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-// Items joined to one wide text, in quotes where they need them, against the reference; and taken apart again.
+// Items joined to one wide text, quoted where necessary, against the reference; and split again.
 
 #include <algorithm>
 #include <cstdint>
@@ -23,7 +23,7 @@ std::wstring widened(const std::u16string& text) {
     return {text.begin(), text.end()};
 }
 
-/// One item in the whole blocks of a buffer, written to as much room as it may need.
+/// One item in whole blocks of a buffer, written to the capacity that it may need.
 void join(const std::u16string& item, const std::u16string& delimiter, const fuzz::Surroundings& source,
           const fuzz::Surroundings& target) {
     const std::size_t blocks = (item.size() + kUnitBlock - 1) / kUnitBlock * kUnitBlock;
@@ -39,9 +39,9 @@ void join(const std::u16string& item, const std::u16string& delimiter, const fuz
     fuzz::check(widened(joined + delimiter) == expected, "the item is written as expected");
     fuzz::check(isQuotedAlready(std::u16string_view(item)) ==
                     (item.size() > 1 && item[0] == u'"' && item[item.size() - 1] == u'"'),
-                "an item in quotes is known");
+                "quoted items are recognised");
 
-    // With a delimiter of one unit, an item that is not empty comes back.
+    // With a delimiter of one unit, splitting restores every item that is not empty.
     if (delimiter.size() != 1 || delimiter[0] == u'"' || item.empty()) {
         return;
     }
@@ -50,7 +50,7 @@ void join(const std::u16string& item, const std::u16string& delimiter, const fuz
     if (!items.isQuoted() || items.takeQuoted(back) != Quotes::Closed) {
         back = items.takePlain();
     }
-    fuzz::check(back == item && items.atEnd(), "splitting gives the item back");
+    fuzz::check(back == item && items.atEnd(), "splitting restores the item");
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-// Truth values, and lists of numbers, of truth values and of ranges in text of both widths, against the reference.
+// Booleans, and lists of numbers, of booleans and of ranges in text of both widths, against the reference.
 
 #include <algorithm>
 #include <cstdint>
@@ -27,9 +27,10 @@ void readBooleanText(const fuzz::ScannedText<T>& text) {
     constexpr bool kAnyDigit = sizeof(T) > 1;
     const auto expected = test::readBoolean(text.shape, kAnyDigit);
     T* end = nullptr;
-    fuzz::check(readBoolean<T>(text.place, &end) == expected.value, "a truth value is as expected");
+    fuzz::check(readBoolean<T>(text.place, &end) == expected.value, "a boolean is as expected");
     fuzz::check(end == text.place + expected.end, "it ends where it should");
-    fuzz::check(coercesToBoolean(text.place) == test::canBeBoolean(text.shape), "what can become one is known");
+    fuzz::check(coercesToBoolean(text.place) == test::canBeBoolean(text.shape),
+                "a text is convertible if the reference says so");
 }
 
 template <class T>
@@ -38,7 +39,8 @@ void readInteger(const fuzz::ScannedText<T>& text) {
     const bool isWhole = readIntegerList(text.place, [&](unsigned int value) { values.push_back(value); });
     const auto expected = test::readIntegers(text.shape);
     fuzz::check(isWhole == expected.whole && values == expected.values, "the integers are as expected");
-    fuzz::check(coercesToIntegers(text.place) == test::canBeIntegers(text.shape), "what can become some is known");
+    fuzz::check(coercesToIntegers(text.place) == test::canBeIntegers(text.shape),
+                "a text is convertible if the reference says so");
 }
 
 template <class T>
@@ -56,7 +58,7 @@ void readBooleans(const fuzz::ScannedText<T>& text) {
     std::vector<bool> values;
     const bool isWhole = readBooleanList(text.place, [&](bool value) { values.push_back(value); });
     const auto expected = test::readBooleans(text.shape);
-    fuzz::check(isWhole == expected.whole && values == expected.values, "the truth values are as expected");
+    fuzz::check(isWhole == expected.whole && values == expected.values, "the booleans are as expected");
 }
 
 template <class T>
@@ -67,7 +69,7 @@ void readRangeList(const fuzz::ScannedText<T>& text) {
         text.place, [&](int start) { starts.push_back(start); }, [&](int end) { ends.push_back(end); });
     const auto expected = test::readRanges(text.shape);
     fuzz::check(starts == expected.starts && ends == expected.ends, "the ranges are as expected");
-    fuzz::check(test::shapeOf(refused) == expected.refused, "the item that is none is told");
+    fuzz::check(test::shapeOf(refused) == expected.refused, "the invalid item is reported");
 }
 
 template <class T>

@@ -1,4 +1,4 @@
-// The hash of a name of either width, against the rule without the wrapping of 32 bits.
+// The hash of a name of either width, against the rule computed without 32-bit overflow.
 
 #include <cstdint>
 #include <string>
@@ -14,7 +14,7 @@ void run(fuzz::Input& input) {
     const fuzz::Surroundings around = input.surroundings();
     const std::basic_string<T> name = fuzz::upToZero(input.restAsText<T>());
     std::uint64_t expected = 0;
-    std::basic_string<T> other;  // the same with the case of its letters changed
+    std::basic_string<T> other;  // the name with the case of its letters swapped
     for (const T unit : name) {
         const bool isCapital = unit >= 'A' && unit <= 'Z';
         const bool isSmall = unit >= 'a' && unit <= 'z';
@@ -23,9 +23,9 @@ void run(fuzz::Input& input) {
         other += static_cast<T>(isCapital ? unit + 32 : isSmall ? unit - 32 : unit);
     }
     fuzz::check(vorel::kernels::nameHash(fuzz::inputPages().copyText(name, around)) == expected,
-                "the hash is the rule's");
+                "the hash follows the rule");
     fuzz::check(vorel::kernels::nameHash(fuzz::inputPages().copyText(other, around)) == expected,
-                "case does not count");
+                "the hash ignores case");
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-// Texts of both widths taken apart in each of the three ways, against the reference.
+// Splitting texts of both widths in each of the three ways, against the reference.
 
 #include <cstdint>
 #include <string>
@@ -19,7 +19,7 @@ using vorel::kernels::splitAtDelimiters;
 using vorel::kernels::tokenizeInPlace;
 using vorel::kernels::trimmed;
 
-/// A text and its delimiters, each of which ends where nobody may read.
+/// A text and its delimiters, each next to an inaccessible page.
 template <class T>
 struct Parts {
     explicit Parts(fuzz::Input& input) {
@@ -48,7 +48,7 @@ void split(fuzz::Input& input) {
                       [&](std::basic_string_view<T> part) { found.emplace_back(part); });
     fuzz::check(found == test::splitAtText(parts.text, parts.delimiter), "the parts are as expected");
     if (!parts.delimiter.empty()) {
-        fuzz::check(found.size() <= countOf(parts.placed, parts.placedDelimiter) + 1, "there are no more than counted");
+        fuzz::check(found.size() <= countOf(parts.placed, parts.placedDelimiter) + 1, "the count is an upper bound");
     }
 }
 
@@ -67,7 +67,7 @@ void splitQuoted(fuzz::Input& input) {
         found.emplace_back(trim ? trimmed(std::basic_string_view<T>(item)) : item);
     }
     fuzz::check(found == test::splitAtAnyOf(parts.text, parts.delimiter, trim), "the items are as expected");
-    fuzz::check(found.size() <= most, "there are no more than counted");
+    fuzz::check(found.size() <= most, "the count is an upper bound");
 }
 
 template <class T>
@@ -82,14 +82,13 @@ void tokenize(fuzz::Input& input) {
     const unsigned int count =
         tokenizeInPlace(placed, hasDelimiter ? delimiter : T{}, most, [&](T* token) { starts.push_back(token); });
     fuzz::check(count == starts.size(), "the result is the number of tokens");
-    fuzz::check(most < 0 || count <= static_cast<unsigned int>(most) || count == 1, "there are no more than asked for");
+    fuzz::check(most < 0 || count <= static_cast<unsigned int>(most) || count == 1, "the limit is not exceeded");
 
     std::vector<const T*> expected = {placed};
     for (std::size_t at = 0; at != text.size(); ++at) {
         const bool isFull = most >= 0 && expected.size() >= static_cast<std::size_t>(most);
         const bool ends = hasDelimiter && text[at] == delimiter && !isFull;
-        fuzz::check(placed[at] == (ends ? T{0} : text[at]),
-                    "a token ends where a delimiter stood, and nothing else is changed");
+        fuzz::check(placed[at] == (ends ? T{0} : text[at]), "delimiters become terminators, and nothing else changes");
         if (ends) {
             expected.push_back(placed + at + 1);
         }

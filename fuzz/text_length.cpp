@@ -1,4 +1,4 @@
-// The length of a narrow text, wherever in its pages it lies.
+// The length of a narrow text at any position in its pages.
 
 #include <cstdint>
 #include <string>
@@ -11,6 +11,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const fuzz::Surroundings around = input.surroundings();
     const std::string text = fuzz::upToZero(input.rest());
     const char* const placed = fuzz::inputPages().copyText(text, around);
-    fuzz::check(vorel::kernels::textLength(placed) == text.size(), "the length is that up to the terminator");
+    fuzz::check(vorel::kernels::textLength(placed) == text.size(), "the length ends at the terminator");
     return 0;
 }

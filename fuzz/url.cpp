@@ -1,4 +1,4 @@
-// Escaping for a URL, and back, against the reference.
+// Percent-encoding and decoding for URLs, against the reference.
 
 #include <cstdint>
 #include <string>
@@ -21,7 +21,7 @@ using vorel::kernels::UrlTable;
 using vorel::kernels::urlTable;
 using vorel::kernels::UrlUse;
 
-/// What each use escapes besides what all do.
+/// The characters that each use escapes in addition to those that all escape.
 std::string escapedIn(UrlUse use) {
     switch (use) {
     case UrlUse::Plain: return "~";
@@ -42,10 +42,10 @@ void encode(const std::string& text, UrlUse use, bool spaceAsPlus, const fuzz::S
     const std::string_view all = text;
     const std::string_view from(fuzz::inputPages().copy(all, source), text.size());
     fuzz::withEachKernel([&] {
-        fuzz::check(urlLength(from, table) == expected.size(), "the length is that of the result");
+        fuzz::check(urlLength(from, table) == expected.size(), "the length is that of the encoded text");
         char* const out = fuzz::outputPages().room<char>(expected.size() + kUrlOverhang, target);
         const UrlProgress done = encodeUrl(from, table, out, expected.size() + kUrlOverhang);
-        fuzz::check(done.read == from.size(), "the room is enough");
+        fuzz::check(done.read == from.size(), "the capacity suffices");
         fuzz::check(std::string_view(out, done.written) == expected, "the result is as expected");
     });
 }

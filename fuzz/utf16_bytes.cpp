@@ -1,4 +1,4 @@
-// UTF-16 as bytes, at any address, and units as bytes in either order.
+// UTF-16 as bytes at any address, and units as bytes in either order.
 
 #include <cstdint>
 #include <string>
@@ -29,7 +29,8 @@ void write(const std::u16string& units, bool littleEndian, const fuzz::Surroundi
     for (std::size_t at = 0; at != units.size(); ++at) {
         const unsigned int first = out[2 * at];
         const unsigned int second = out[2 * at + 1];
-        fuzz::check(units[at] == (littleEndian ? second << 8 | first : first << 8 | second), "a unit is its two bytes");
+        fuzz::check(units[at] == (littleEndian ? second << 8 | first : first << 8 | second),
+                    "each unit has the value of its two bytes");
     }
 }
 

@@ -1,4 +1,4 @@
-// UTF-8 into 16-bit units, in pieces of any size, against the reference.
+// UTF-8 to 16-bit units, in pieces of any size, against the reference.
 
 #include <cstdint>
 #include <string>
@@ -16,12 +16,12 @@ using LastPair = vorel::kernels::Utf8Reader::LastPair;
 struct Reading {
     std::basic_string_view<unsigned char> bytes;
     int length;
-    std::size_t room;  ///< units of each piece
+    std::size_t room;  ///< units per piece
     fuzz::Surroundings source;
     fuzz::Surroundings target;
 };
 
-/// Where the character begins whose first unit is the one at `unit`: how many units it has, 0 at the end.
+/// The number of units of the character that begins at `unit`; 0 at the end.
 std::size_t unitsOfNext(const test::DecodedText& expected, std::size_t unit) {
     for (const std::size_t units : expected.unitsOf) {
         if (unit == 0) {
@@ -43,27 +43,27 @@ void decode(const Reading& reading, const test::DecodedText& expected) {
         auto* const out = fuzz::outputPages().room<char16_t>(size, reading.target);
         const auto noise = static_cast<char16_t>(reading.target.noise * 0x101);
         const std::size_t units = reader.read<Rule, Behind>(out, reading.room);
-        fuzz::check(units <= size, "no more is written than there is room");
-        fuzz::check(done + units <= expected.units.size(), "no more is read than there is");
+        fuzz::check(units <= size, "the capacity is not exceeded");
+        fuzz::check(done + units <= expected.units.size(), "the input is not exceeded");
         for (std::size_t at = 0; at != units; ++at) {
             fuzz::check(out[at] == static_cast<char16_t>(expected.units[done + at]), "every unit is as expected");
         }
         for (std::size_t at = units; Behind == Tail::Untouched && at != size; ++at) {
-            fuzz::check(out[at] == noise, "the rest of the room is as it was");
+            fuzz::check(out[at] == noise, "unused capacity is unchanged");
         }
         done += units;
         if (reader.failed()) {
             break;
         }
         if (units == 0) {
-            fuzz::check(unitsOfNext(expected, done) > reading.room, "what has room is read");
+            fuzz::check(unitsOfNext(expected, done) > reading.room, "a character that fits is read");
             return;
         }
     }
-    fuzz::check(reader.failed() == expected.error.has_value(), "a byte that starts nothing is an error, nothing else");
+    fuzz::check(reader.failed() == expected.error.has_value(), "only a byte that starts no sequence is an error");
     fuzz::check(done == expected.units.size(), "everything is read");
     const auto position = static_cast<std::size_t>(reader.position() - bytes);
-    fuzz::check(!reader.failed() || position == *expected.error, "the reader stands on the byte that starts nothing");
+    fuzz::check(!reader.failed() || position == *expected.error, "the position is that of the invalid byte");
 }
 
 }  // namespace
@@ -83,8 +83,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     if (isBounded && text.size() < bound) {
         text.resize(bound);
     }
-    // Trailing bytes are taken as they come, the terminator and what follows it among them. So the text is as long as
-    // it has to be readable, and nothing may be read behind it but in its page.
+    // Trailing bytes are not checked, so a sequence may include the terminator and bytes after it. The text has exactly
+    // the bytes that must be readable; reads past it must stay in its page.
     text.append(vorel::kernels::kLongestUtf8Sequence + 1, '\0');
     const test::DecodedText expected = test::decodeUtf8(text, reading.length);
     reading.bytes = {reinterpret_cast<const unsigned char*>(text.data()), expected.bytesRead};

@@ -1,4 +1,4 @@
-// 16-bit units as UTF-8, in pieces of any size, against the reference.
+// 16-bit units to UTF-8, in pieces of any size, against the reference.
 
 #include <algorithm>
 #include <cstdint>
@@ -16,17 +16,17 @@ using vorel::kernels::Surrogates;
 struct Writing {
     std::u16string_view units;
     int length;
-    std::size_t enough;  ///< bytes of each piece
+    std::size_t enough;  ///< bytes per piece
     std::size_t room;
     fuzz::Surroundings source;
     fuzz::Surroundings target;
 };
 
-/// The bytes of the sequence at `at`.
+/// The number of bytes of the sequence at `at`.
 std::size_t sequenceAt(const std::string& text, std::size_t at) {
     const auto isTrailing = [](char c) { return (static_cast<unsigned char>(c) & 0xC0) == 0x80; };
-    const auto behind = text.begin() + static_cast<std::ptrdiff_t>(at) + 1;
-    return static_cast<std::size_t>(std::find_if_not(behind, text.end(), isTrailing) - behind) + 1;
+    const auto next = text.begin() + static_cast<std::ptrdiff_t>(at) + 1;
+    return static_cast<std::size_t>(std::find_if_not(next, text.end(), isTrailing) - next) + 1;
 }
 
 template <Surrogates Rule>
@@ -37,13 +37,13 @@ void encode(const Writing& writing, const std::string& expected) {
     while (!writer.atEnd()) {
         auto* const out = fuzz::outputPages().room<unsigned char>(writing.room, writing.target);
         const std::size_t bytes = writer.write(out, writing.enough, writing.room);
-        fuzz::check(bytes <= writing.room, "no more is written than there is room");
-        fuzz::check(done + bytes <= expected.size(), "no more is read than there is");
+        fuzz::check(bytes <= writing.room, "the capacity is not exceeded");
+        fuzz::check(done + bytes <= expected.size(), "the input is not exceeded");
         const std::string_view piece(reinterpret_cast<const char*>(out), bytes);
         fuzz::check(piece == std::string_view(expected).substr(done, bytes), "every byte is as expected");
         done += bytes;
         if (bytes < writing.enough && !writer.atEnd()) {
-            fuzz::check(bytes + sequenceAt(expected, done) > writing.room, "what has room is written");
+            fuzz::check(bytes + sequenceAt(expected, done) > writing.room, "a sequence that fits is written");
         }
         if (bytes == 0) {
             return;
@@ -52,7 +52,7 @@ void encode(const Writing& writing, const std::string& expected) {
     fuzz::check(done == expected.size(), "everything is written");
 }
 
-/// The units up to the first zero, and that.
+/// The units up to and including the first zero.
 std::wstring upToZero(const std::wstring& units) {
     return units.substr(0, units.find(L'\0') + 1);
 }
@@ -76,7 +76,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     } else {
         writing.length = -1;
     }
-    // A pair that starts on the last unit is taken whole: so one unit more may be read.
+    // A pair that starts on the last unit is read whole, so one more unit may be read.
     text.append(2, u'\0');
     const std::wstring units(text.begin(), text.end());
     if (isPaired) {

@@ -1,5 +1,5 @@
 /// \file
-/// What has to hold whatever the input is. A check that fails ends the program, and so becomes a finding.
+/// Invariants that hold for any input. A failed check ends the program, which libFuzzer reports as a finding.
 #pragma once
 
 #include <algorithm>
@@ -9,7 +9,7 @@
 
 namespace fuzz {
 
-/// `rule` is what holds, in words: it is printed when it does not.
+/// `rule` describes the invariant; it is printed if it does not hold.
 inline void check(bool holds, const char* rule) noexcept {
     if (!holds) {
         static_cast<void>(std::fprintf(stderr, "does not hold: %s\n", rule));
@@ -17,7 +17,7 @@ inline void check(bool holds, const char* rule) noexcept {
     }
 }
 
-/// Whether the text from `begin` to `end` is `expected`, widened where it is wide.
+/// Whether the text from `begin` to `end` is `expected`, widened for wide text.
 template <class T>
 bool isText(const T* begin, const T* end, const std::string& expected) noexcept {
     return std::equal(begin, end, expected.begin(), expected.end());

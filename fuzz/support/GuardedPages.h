@@ -1,9 +1,9 @@
 /// \file
-/// Memory between two pages that must not be touched, for what a kernel reads and for what it writes.
+/// Memory between two inaccessible pages, for the input and the output of a kernel.
 ///
-/// Kernels may read blocks that reach beyond a text, as long as they stay in a page of which the text has a part. So a
-/// text that ends with its page shows every read that goes too far, and one that begins with it every read before it.
-/// What lies around the text in its own pages is noise, on which no result may depend.
+/// Kernels may read blocks that extend past a text, but only in pages that hold a part of it. A text at the end of its
+/// page exposes every read too far past it, and a text at the start every read too far before it. The memory around the
+/// text in its own pages is noise that must not affect a result.
 #pragma once
 
 #include <algorithm>
@@ -18,21 +18,21 @@
 
 namespace fuzz {
 
-/// Where in its pages a block lies.
+/// Where a block lies in its pages.
 enum class Place {
-    AtEnd,    ///< ends where the forbidden page behind begins
-    AtStart,  ///< begins where the forbidden page in front ends
-    Across,   ///< lies around the border of two pages that may be touched
+    AtEnd,    ///< ends where the inaccessible page after it begins
+    AtStart,  ///< begins where the inaccessible page before it ends
+    Across,   ///< crosses the border of two accessible pages
 };
 
-/// How a block lies in its pages, and what lies around it.
+/// How a block lies in its pages, and the noise around it.
 struct Surroundings {
     Place place;
     unsigned char noise;
-    std::size_t before;  ///< the elements in front of the border, with `Place::Across`
+    std::size_t before;  ///< elements before the border, with `Place::Across`
 };
 
-/// Each `room` and each `copy` gives up what was placed before.
+/// Each `allocate` and each `copy` invalidates the previous block.
 class GuardedPages {
 public:
     static constexpr std::size_t kPage = 4096;
@@ -41,20 +41,20 @@ public:
     GuardedPages()
         : m_block(static_cast<unsigned char*>(
               mmap(nullptr, kMostBytes + 2 * kPage, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0))) {
-        check(m_block != MAP_FAILED, "there are pages to be had");
-        check(mprotect(m_block, kPage, PROT_NONE) == 0, "the page in front is forbidden");
-        check(mprotect(m_block + kPage + kMostBytes, kPage, PROT_NONE) == 0, "the page behind is forbidden");
+        check(m_block != MAP_FAILED, "pages can be allocated");
+        check(mprotect(m_block, kPage, PROT_NONE) == 0, "the page before is inaccessible");
+        check(mprotect(m_block + kPage + kMostBytes, kPage, PROT_NONE) == 0, "the page after is inaccessible");
     }
     ~GuardedPages() { munmap(m_block, kMostBytes + 2 * kPage); }
 
     GuardedPages(const GuardedPages&) = delete;
     GuardedPages& operator=(const GuardedPages&) = delete;
 
-    /// Room for `count` elements, of half of the pages at most. They are noise, as is what lies around them.
+    /// A block of `count` elements, at most half of the pages. The block and its surroundings are filled with noise.
     template <class T>
     T* room(std::size_t count, const Surroundings& around) {
         const std::size_t bytes = count * sizeof(T);
-        check(bytes <= kMostBytes / 2, "the block has room in its pages");
+        check(bytes <= kMostBytes / 2, "the block fits into its pages");
         std::memset(first(), around.noise, kMostBytes);
         switch (around.place) {
         case Place::AtEnd: return reinterpret_cast<T*>(first() + kMostBytes - bytes);
@@ -84,7 +84,7 @@ private:
     unsigned char* m_block;
 };
 
-/// What a target reads from and writes to: made once, for it is asked for at every input.
+/// Pages for the input and the output of a target. Created once, because every input uses them.
 inline GuardedPages& inputPages() {
     static GuardedPages pages;
     return pages;

@@ -1,6 +1,6 @@
 /// \file
-/// What libFuzzer hands over, as what a kernel takes. Choices are taken from its end and texts from its begin, so that
-/// the files of a corpus begin with the text that they are about.
+/// Converts libFuzzer's input to the input of a kernel. Choices are read from its end and texts from its start, so that
+/// corpus files begin with their text.
 #pragma once
 
 #include <algorithm>
@@ -36,11 +36,11 @@ public:
 
     std::size_t bytesLeft() { return m_data.remaining_bytes(); }
 
-    /// The next bytes, `count` of them at most.
+    /// The next bytes, at most `count`.
     std::string bytes(std::size_t count) { return m_data.ConsumeBytesAsString(count); }
     std::string rest() { return m_data.ConsumeRemainingBytesAsString(); }
 
-    /// The same as text. Wide text has two bytes for each unit, or one, which is what texts of ASCII are found with.
+    /// The same as text. Each unit of wide text takes two bytes, or one, which finds ASCII text sooner.
     template <class T>
     std::basic_string<T> text(std::size_t count) {
         const bool isWidened = sizeof(T) == 1 || flag();
@@ -66,14 +66,14 @@ private:
     FuzzedDataProvider m_data;
 };
 
-/// What a kernel sees of a text without a length.
+/// The part of a text that a kernel without a length reads.
 template <class T>
 std::basic_string<T> upToZero(std::basic_string<T> text) {
     text.resize(std::min(text.size(), text.find(T{0})));
     return text;
 }
 
-/// Runs `body` with the plain kernels, and then with AVX2 where the processor has it.
+/// Runs `body` with the scalar and SSE2 kernels, then with AVX2 if the processor has it.
 template <class Body>
 void withEachKernel(Body&& body) {
     static const bool hasAvx2 = vorel::kernels::detectAvx2();

@@ -1,5 +1,5 @@
 /// \file
-/// What the targets of scanners share: a text in its place, and its shape, which is what the references read.
+/// Shared by the targets of scanners: a placed text, and its shape, which the references read.
 #pragma once
 
 #include <bit>
@@ -15,7 +15,7 @@
 
 namespace fuzz {
 
-/// A text that ends in a zero, without another one.
+/// A zero-terminated text without other zeros.
 template <class T>
 struct ScannedText {
     explicit ScannedText(Input& input) {
@@ -30,12 +30,12 @@ struct ScannedText {
     const T* place;
 };
 
-/// Doubles are the same when their bits are: the sign of a zero counts.
+/// Doubles are equal if their bits are: the sign of a zero matters.
 inline bool isSame(double a, double b) noexcept {
     return std::bit_cast<std::uint64_t>(a) == std::bit_cast<std::uint64_t>(b);
 }
 
-/// Checks that a scan of `text` by `read(place, end)` gives what the reference has.
+/// Checks that a scan of `text` by `read(position, end)` returns the reference's result.
 template <class T, class Reading, class Read>
 void checkScan(const ScannedText<T>& text, const Reading& expected, Read&& read) {
     const T* end = nullptr;
