@@ -18,7 +18,7 @@ using vorel::kernels::Base64Step;
 using vorel::kernels::decodeBase64Step;
 using vorel::kernels::encodeBase64;
 using vorel::kernels::kBase64Alphabet;
-using vorel::kernels::kBase64StepRoom;
+using vorel::kernels::kBase64StepCapacity;
 using vorel::kernels::kInvalidBase64;
 
 const int* table() {
@@ -34,12 +34,12 @@ const int* table() {
 }
 
 template <class T>
-void encode(const std::string& bytes, const fuzz::Surroundings& source, const fuzz::Surroundings& target) {
+void encode(const std::string& bytes, const fuzz::Placement& source, const fuzz::Placement& target) {
     const std::string expected = test::base64Of(test::Bytes(bytes.begin(), bytes.end()));
     const std::string_view all = bytes;
     const auto* const from = reinterpret_cast<const unsigned char*>(fuzz::inputPages().copy(all, source));
     fuzz::withEachKernel([&] {
-        T* const out = fuzz::outputPages().room<T>(expected.size(), target);
+        T* const out = fuzz::outputPages().allocate<T>(expected.size(), target);
         const T* const end = encodeBase64(from, bytes.size(), kBase64Alphabet.data(), '=', out);
         fuzz::check(fuzz::isText<T>(out, end, expected), "the text is as expected");
     });
@@ -47,8 +47,8 @@ void encode(const std::string& bytes, const fuzz::Surroundings& source, const fu
 
 /// Decodes a text in steps with `capacity` bytes each.
 template <class T>
-void decode(const std::basic_string<T>& text, std::size_t room, const fuzz::Surroundings& source,
-            const fuzz::Surroundings& target) {
+void decode(const std::basic_string<T>& text, std::size_t capacity, const fuzz::Placement& source,
+            const fuzz::Placement& target) {
     std::vector<unsigned int> units;
     for (const T unit : text) {
         units.push_back(static_cast<std::make_unsigned_t<T>>(unit));
@@ -56,18 +56,18 @@ void decode(const std::basic_string<T>& text, std::size_t room, const fuzz::Surr
     const test::Decoding expected = test::fromBase64(units);
     const T* const from = fuzz::inputPages().copyText(text, source);
     fuzz::withEachKernel([&] {
-        const T* place = from;
+        const T* cursor = from;
         test::Bytes bytes;
         Base64Step step = {0, Base64End::None};
         while (step.end == Base64End::None) {
-            auto* const out = fuzz::outputPages().room<unsigned char>(room, target);
-            step = decodeBase64Step(place, table(), '=', out, room);
-            fuzz::check(step.written <= room, "the capacity is not exceeded");
+            auto* const out = fuzz::outputPages().allocate<unsigned char>(capacity, target);
+            step = decodeBase64Step(cursor, table(), '=', out, capacity);
+            fuzz::check(step.written <= capacity, "the capacity is not exceeded");
             bytes.insert(bytes.end(), out, out + step.written);
             fuzz::check(bytes.size() <= expected.bytes.size(), "no more is written than expected");
         }
         fuzz::check(bytes == expected.bytes, "the bytes are as expected");
-        fuzz::check((step.end == Base64End::Foreign) == expected.threw, "a unit above 255 is reported as such");
+        fuzz::check((step.end == Base64End::NonByteUnit) == expected.threw, "a unit above 255 is reported as such");
         fuzz::check(expected.threw || (step.end == Base64End::Invalid) == (expected.result != 0),
                     "an invalid character is reported");
     });
@@ -75,13 +75,13 @@ void decode(const std::basic_string<T>& text, std::size_t room, const fuzz::Surr
 
 template <class T>
 void run(fuzz::Input& input) {
-    const fuzz::Surroundings source = input.surroundings();
-    const fuzz::Surroundings target = input.surroundings();
+    const fuzz::Placement source = input.placement();
+    const fuzz::Placement target = input.placement();
     if (input.flag()) {
         encode<T>(input.rest(), source, target);
     } else {
-        const std::size_t room = kBase64StepRoom + input.upTo(200);
-        decode(fuzz::upToZero(input.restAsText<T>()), room, source, target);
+        const std::size_t capacity = kBase64StepCapacity + input.upTo(200);
+        decode(fuzz::upToZero(input.restAsText<T>()), capacity, source, target);
     }
 }
 

@@ -21,8 +21,8 @@ int signOfNumber(int number) noexcept {
 
 template <class T>
 void run(fuzz::Input& input) {
-    const fuzz::Surroundings aroundA = input.surroundings();
-    const fuzz::Surroundings aroundB = input.surroundings();
+    const fuzz::Placement aroundA = input.placement();
+    const fuzz::Placement aroundB = input.placement();
     const OrderRules rules = {input.flag(), input.flag(), input.flag()};
     const std::size_t split = input.upTo(512);
     const std::basic_string<T> a = fuzz::upToZero(input.text<T>(split));

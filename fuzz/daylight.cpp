@@ -18,13 +18,13 @@ using vorel::kernels::decodeDaylightGroups;
 using vorel::kernels::encodeDaylight;
 
 template <class T>
-void encode(const std::string& bytes, const fuzz::Surroundings& source, const fuzz::Surroundings& target) {
+void encode(const std::string& bytes, const fuzz::Placement& source, const fuzz::Placement& target) {
     const std::string expected = test::daylightOf(test::Bytes(bytes.begin(), bytes.end()));
     fuzz::check(daylightLength(bytes.size()) == expected.size(), "the length is that of the text");
     const std::string_view all = bytes;
     const auto* const from = reinterpret_cast<const unsigned char*>(fuzz::inputPages().copy(all, source));
     fuzz::withEachKernel([&] {
-        T* const out = fuzz::outputPages().room<T>(expected.size(), target);
+        T* const out = fuzz::outputPages().allocate<T>(expected.size(), target);
         const T* const end = encodeDaylight(from, bytes.size(), out);
         fuzz::check(fuzz::isText<T>(out, end, expected), "the text is as expected");
     });
@@ -32,7 +32,7 @@ void encode(const std::string& bytes, const fuzz::Surroundings& source, const fu
 
 /// Decodes the groups of a zero-terminated text.
 template <class T>
-void decode(const std::basic_string<T>& text, const fuzz::Surroundings& source, const fuzz::Surroundings& target) {
+void decode(const std::basic_string<T>& text, const fuzz::Placement& source, const fuzz::Placement& target) {
     const std::size_t count = text.size() / 4 * 4;
     std::vector<unsigned int> units;
     for (std::size_t at = 0; at != count; ++at) {
@@ -41,7 +41,7 @@ void decode(const std::basic_string<T>& text, const fuzz::Surroundings& source, 
     const test::Bytes expected = test::bytesOfCharacters(units, test::kDaylightCharacters);
     const T* const from = fuzz::inputPages().copyText(text, source);
     fuzz::withEachKernel([&] {
-        auto* const out = fuzz::outputPages().room<unsigned char>(expected.size(), target);
+        auto* const out = fuzz::outputPages().allocate<unsigned char>(expected.size(), target);
         decodeDaylightGroups(from, count, out);
         fuzz::check(std::equal(expected.begin(), expected.end(), out), "the bytes are as expected");
     });
@@ -49,8 +49,8 @@ void decode(const std::basic_string<T>& text, const fuzz::Surroundings& source, 
 
 template <class T>
 void run(fuzz::Input& input) {
-    const fuzz::Surroundings source = input.surroundings();
-    const fuzz::Surroundings target = input.surroundings();
+    const fuzz::Placement source = input.placement();
+    const fuzz::Placement target = input.placement();
     if (input.flag()) {
         encode<T>(input.rest(), source, target);
         return;

@@ -17,19 +17,19 @@ namespace {
 
 using vorel::baseutil::makeDoubleFormatConsistent;
 using vorel::kernels::DoubleForm;
-using vorel::kernels::kDoubleRoom;
+using vorel::kernels::kDoubleCapacity;
 using vorel::kernels::writeDouble;
 
 template <class T>
-void write(double value, DoubleForm form, const std::string& expected, const fuzz::Surroundings& target) {
-    T* const out = fuzz::outputPages().room<T>(kDoubleRoom, target);
+void write(double value, DoubleForm form, const std::string& expected, const fuzz::Placement& target) {
+    T* const out = fuzz::outputPages().allocate<T>(kDoubleCapacity, target);
     const T* const end = writeDouble(value, form, out);
     fuzz::check(fuzz::isText<T>(out, end, expected), "the text is as expected");
 }
 
 template <class T>
 void writeInAllForms(fuzz::Input& input) {
-    const fuzz::Surroundings target = input.surroundings();
+    const fuzz::Placement target = input.placement();
     const auto value = std::bit_cast<double>(input.bits<std::uint64_t>());
     if (!std::isfinite(value) || value == 0.0) {
         return;
@@ -40,7 +40,7 @@ void writeInAllForms(fuzz::Input& input) {
 
     // The normalised text of the print functions must be the same.
     constexpr std::size_t kCapacity = 64;
-    char* const text = fuzz::outputPages().room<char>(kCapacity, target);
+    char* const text = fuzz::outputPages().allocate<char>(kCapacity, target);
     *writeDouble(value, DoubleForm::Raw, text) = 0;
     makeDoubleFormatConsistent(text, kCapacity, json ? vorel::util::FO_JSON : vorel::util::FO_Default);
     fuzz::check(text == expected, "normalising the raw text gives the same text");
@@ -49,12 +49,12 @@ void writeInAllForms(fuzz::Input& input) {
 /// Normalises any text in a buffer of any capacity. Nothing may be written past the buffer, and the result must be a
 /// text.
 void bringIntoForm(fuzz::Input& input) {
-    const fuzz::Surroundings target = input.surroundings();
+    const fuzz::Placement target = input.placement();
     const auto options = input.flag() ? vorel::util::FO_JSON : vorel::util::FO_Default;
     const std::size_t spare = input.upTo(4);
     const std::string text = fuzz::upToZero(input.rest());
     const std::size_t capacity = text.size() + 1 + spare;
-    char* const buffer = fuzz::outputPages().room<char>(capacity, target);
+    char* const buffer = fuzz::outputPages().allocate<char>(capacity, target);
     std::memcpy(buffer, text.c_str(), text.size() + 1);
     fuzz::check(makeDoubleFormatConsistent(buffer, capacity, options) == buffer, "the buffer is the result");
     const std::string_view formed(buffer, strnlen(buffer, capacity));

@@ -20,18 +20,18 @@ void run(fuzz::Input& input) {
     const fuzz::ScannedText<T> text(input);
     const auto expected = test::readDouble(text.shape);
     T* end = nullptr;
-    fuzz::check(fuzz::isSame(readDecimal<T>(text.place, &end), expected.value), "the value is as expected");
-    fuzz::check(end == text.place + expected.end, "the number ends where it should");
-    fuzz::check(fuzz::isSame(readDecimalStepByStep<T>(text.place, &end), expected.value),
+    fuzz::check(fuzz::isSame(readDecimal<T>(text.position, &end), expected.value), "the value is as expected");
+    fuzz::check(end == text.position + expected.end, "the number ends where it should");
+    fuzz::check(fuzz::isSame(readDecimalStepByStep<T>(text.position, &end), expected.value),
                 "the value read step by step is as expected");
-    fuzz::check(end == text.place + expected.end, "the number ends where it should");
+    fuzz::check(end == text.position + expected.end, "the number ends where it should");
 
     constexpr double kUntouched = -12345.0;
     double value = kUntouched;
     const auto result = test::tryDouble(text.shape);
-    fuzz::check(tryReadDouble(text.place, value) == result.result, "a text is a number if the reference says so");
+    fuzz::check(tryReadDouble(text.position, value) == result.result, "a text is a number if the reference says so");
     fuzz::check(fuzz::isSame(value, result.value.value_or(kUntouched)), "its value is as expected");
-    fuzz::check(coercesToDouble(text.place, allowLeadingZeros) == test::canBeDouble(text.shape, allowLeadingZeros),
+    fuzz::check(coercesToDouble(text.position, allowLeadingZeros) == test::canBeDouble(text.shape, allowLeadingZeros),
                 "a text is convertible if the reference says so");
 }
 

@@ -25,7 +25,7 @@ unsigned int slotsOf(std::string_view format) {
 
 template <class T>
 void run(fuzz::Input& input) {
-    const fuzz::Surroundings around = input.surroundings();
+    const fuzz::Placement around = input.placement();
     const std::basic_string<T> format = fuzz::upToZero(input.restAsText<T>());
     std::string narrow;
     for (const T unit : format) {

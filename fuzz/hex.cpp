@@ -11,59 +11,58 @@
 
 namespace {
 
-using vorel::kernels::decodeHexLoosely;
-using vorel::kernels::decodeHexSilently;
+using vorel::kernels::decodeHexLenient;
+using vorel::kernels::decodeHexWithStatus;
 using vorel::kernels::encodeHex;
 using vorel::kernels::HexCase;
 
 template <class T>
-void encode(const std::string& bytes, HexCase letters, const fuzz::Surroundings& source,
-            const fuzz::Surroundings& target) {
+void encode(const std::string& bytes, HexCase letters, const fuzz::Placement& source, const fuzz::Placement& target) {
     const std::string expected = test::hexOf(test::Bytes(bytes.begin(), bytes.end()), letters == HexCase::Upper);
     const std::string_view all = bytes;
     const auto* const from = reinterpret_cast<const unsigned char*>(fuzz::inputPages().copy(all, source));
-    T* const out = fuzz::outputPages().room<T>(expected.size(), target);
+    T* const out = fuzz::outputPages().allocate<T>(expected.size(), target);
     const T* const end = encodeHex(from, bytes.size(), letters, out);
     fuzz::check(fuzz::isText<T>(out, end, expected), "the text is as expected");
 }
 
 /// The value of a digit, or the rule's value for any other unit; -1 if the rule rejects it.
 template <class T>
-int valueOf(T unit, bool loosely) {
+int valueOf(T unit, bool withStatus) {
     const auto number = static_cast<unsigned int>(static_cast<std::make_unsigned_t<T>>(unit));
     const std::size_t digit = std::string_view("0123456789abcdefABCDEF").find(static_cast<char>(number));
     if (number < 128 && digit != std::string_view::npos) {
         return static_cast<int>(digit < 16 ? digit : digit - 6);
     }
-    if (!loosely) {
+    if (!withStatus) {
         return 0;
     }
     // The rule of the decoder with a status uses the lower byte of a unit. The characters between '9' and 'A' count
     // backwards from 'A'.
-    const std::size_t place = std::string_view(":;<=>?@ABCDEF").find(static_cast<char>(number & 0xFF));
+    const std::size_t position = std::string_view(":;<=>?@ABCDEF").find(static_cast<char>(number & 0xFF));
     const std::size_t decimal = std::string_view("0123456789").find(static_cast<char>(number & 0xFF));
     if (decimal != std::string_view::npos) {
         return static_cast<int>(decimal);
     }
-    return place == std::string_view::npos ? -1 : static_cast<int>(place) + 3;
+    return position == std::string_view::npos ? -1 : static_cast<int>(position) + 3;
 }
 
 /// Decodes an even number of characters. With a status the number may be odd: the terminator completes the last pair.
 template <class T>
-void decode(const std::basic_string<T>& text, bool loosely, const fuzz::Surroundings& source,
-            const fuzz::Surroundings& target) {
+void decode(const std::basic_string<T>& text, bool withStatus, const fuzz::Placement& source,
+            const fuzz::Placement& target) {
     const T* const from = fuzz::inputPages().copyText(text, source);
     fuzz::withEachKernel([&] {
-        auto* const out = fuzz::outputPages().room<unsigned char>(text.size() / 2, target);
+        auto* const out = fuzz::outputPages().allocate<unsigned char>(text.size() / 2, target);
         bool decoded = true;
-        if (loosely) {
-            decoded = decodeHexLoosely(from, text.size(), out);
+        if (withStatus) {
+            decoded = decodeHexWithStatus(from, text.size(), out);
         } else {
-            decodeHexSilently(from, text.size(), out);
+            decodeHexLenient(from, text.size(), out);
         }
         for (std::size_t at = 0; at < text.size(); at += 2) {
-            const int high = valueOf(text[at], loosely);
-            const int low = valueOf(text.c_str()[at + 1], loosely);
+            const int high = valueOf(text[at], withStatus);
+            const int low = valueOf(text.c_str()[at + 1], withStatus);
             if (high < 0 || low < 0) {
                 fuzz::check(!decoded, "an invalid pair ends the decoding");
                 return;
@@ -76,19 +75,19 @@ void decode(const std::basic_string<T>& text, bool loosely, const fuzz::Surround
 
 template <class T>
 void run(fuzz::Input& input) {
-    const fuzz::Surroundings source = input.surroundings();
-    const fuzz::Surroundings target = input.surroundings();
+    const fuzz::Placement source = input.placement();
+    const fuzz::Placement target = input.placement();
     if (input.flag()) {
         const HexCase letters = input.flag() ? HexCase::Upper : HexCase::Lower;
         encode<T>(input.rest(), letters, source, target);
         return;
     }
-    const bool loosely = input.flag();
+    const bool withStatus = input.flag();
     std::basic_string<T> text = input.restAsText<T>();
-    if (!loosely) {
+    if (!withStatus) {
         text.resize(text.size() / 2 * 2);
     }
-    decode(text, loosely, source, target);
+    decode(text, withStatus, source, target);
 }
 
 }  // namespace

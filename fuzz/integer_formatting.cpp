@@ -14,9 +14,9 @@ using vorel::kernels::writeBoundedInteger;
 
 /// A number in a buffer of `size`: truncated, with a terminator after it and one at the end of the buffer.
 template <class T>
-void write(std::uint64_t magnitude, bool negative, std::size_t size, const fuzz::Surroundings& target) {
+void write(std::uint64_t magnitude, bool negative, std::size_t size, const fuzz::Placement& target) {
     const std::string all = (negative ? "-" : "") + std::to_string(magnitude);
-    T* const out = fuzz::outputPages().room<T>(size, target);
+    T* const out = fuzz::outputPages().allocate<T>(size, target);
     fuzz::check(writeBoundedInteger(magnitude, negative, out, size) == out, "the buffer is the result");
     if (size != 0) {
         const std::string expected = all.substr(0, size - 1);
@@ -28,7 +28,7 @@ void write(std::uint64_t magnitude, bool negative, std::size_t size, const fuzz:
 
 template <class T>
 void run(fuzz::Input& input) {
-    const fuzz::Surroundings target = input.surroundings();
+    const fuzz::Placement target = input.placement();
     const std::size_t size = input.upTo(40);
     const bool isSigned = input.flag();
     // The input chooses the number of bits. Otherwise nearly all numbers would have nineteen digits.

@@ -10,7 +10,7 @@
 namespace {
 
 using vorel::kernels::coercesToInteger;
-using vorel::kernels::kMostHexDigits;
+using vorel::kernels::kMaxHexDigits;
 using vorel::kernels::readHex;
 using vorel::kernels::readInteger;
 using vorel::kernels::tryReadInteger;
@@ -18,7 +18,7 @@ using vorel::kernels::tryReadInteger;
 template <class Value, class T>
 void checkInteger(const fuzz::ScannedText<T>& text, bool skipTrailing) {
     fuzz::checkScan(text, test::readInteger(text.shape, std::is_signed_v<Value>, skipTrailing),
-                    [=](const T* place, const T** end) { return readInteger<Value>(place, end, skipTrailing); });
+                    [=](const T* position, const T** end) { return readInteger<Value>(position, end, skipTrailing); });
 }
 
 template <class T>
@@ -32,16 +32,17 @@ void run(fuzz::Input& input) {
     checkInteger<std::uint64_t>(text, skipTrailing);
 
     T* end = nullptr;
-    const int hex = readHex<T>(text.place, &end);
-    const auto expectedHex = test::readHex(text.shape, kMostHexDigits<T>);
+    const int hex = readHex<T>(text.position, &end);
+    const auto expectedHex = test::readHex(text.shape, kMaxHexDigits<T>);
     fuzz::check(hex == static_cast<int>(expectedHex.value), "a hexadecimal number is as expected");
-    fuzz::check(end == text.place + expectedHex.end, "it ends where it should");
+    fuzz::check(end == text.position + expectedHex.end, "it ends where it should");
 
     int value = 0;
     const auto expected = test::tryInteger(text.shape);
-    fuzz::check(tryReadInteger(text.place, value) == expected.result, "a text is an integer if the reference says so");
+    fuzz::check(tryReadInteger(text.position, value) == expected.result,
+                "a text is an integer if the reference says so");
     fuzz::check(value == expected.value, "its value is as expected");
-    fuzz::check(coercesToInteger(text.place, allowLeadingZeros) == test::canBeInteger(text.shape, allowLeadingZeros),
+    fuzz::check(coercesToInteger(text.position, allowLeadingZeros) == test::canBeInteger(text.shape, allowLeadingZeros),
                 "a text is convertible if the reference says so");
 }
 

@@ -13,7 +13,7 @@
 namespace {
 
 using vorel::kernels::isQuotedAlready;
-using vorel::kernels::joinedItemRoom;
+using vorel::kernels::joinedItemCapacity;
 using vorel::kernels::kUnitBlock;
 using vorel::kernels::QuotedItems;
 using vorel::kernels::Quotes;
@@ -24,12 +24,12 @@ std::wstring widened(const std::u16string& text) {
 }
 
 /// One item in whole blocks of a buffer, written to the capacity that it may need.
-void join(const std::u16string& item, const std::u16string& delimiter, const fuzz::Surroundings& source,
-          const fuzz::Surroundings& target) {
+void join(const std::u16string& item, const std::u16string& delimiter, const fuzz::Placement& source,
+          const fuzz::Placement& target) {
     const std::size_t blocks = (item.size() + kUnitBlock - 1) / kUnitBlock * kUnitBlock;
-    auto* const from = fuzz::inputPages().room<char16_t>(blocks, source);
+    auto* const from = fuzz::inputPages().allocate<char16_t>(blocks, source);
     std::copy(item.begin(), item.end(), from);
-    auto* const out = fuzz::outputPages().room<char16_t>(joinedItemRoom(item.size()), target);
+    auto* const out = fuzz::outputPages().allocate<char16_t>(joinedItemCapacity(item.size()), target);
     const char16_t* const end =
         writeJoinedItem(std::u16string_view(from, item.size()), std::u16string_view(delimiter), out);
     const std::u16string joined(out, static_cast<std::size_t>(end - out));
@@ -47,8 +47,8 @@ void join(const std::u16string& item, const std::u16string& delimiter, const fuz
     }
     std::u16string back;
     QuotedItems<char16_t> items(joined, delimiter);
-    if (!items.isQuoted() || items.takeQuoted(back) != Quotes::Closed) {
-        back = items.takePlain();
+    if (!items.isQuoted() || items.consumeQuoted(back) != Quotes::Closed) {
+        back = items.consumePlain();
     }
     fuzz::check(back == item && items.atEnd(), "splitting restores the item");
 }
@@ -57,8 +57,8 @@ void join(const std::u16string& item, const std::u16string& delimiter, const fuz
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     fuzz::Input input(data, size);
-    const fuzz::Surroundings source = input.surroundings();
-    const fuzz::Surroundings target = input.surroundings();
+    const fuzz::Placement source = input.placement();
+    const fuzz::Placement target = input.placement();
     const std::size_t length = input.upTo(6);
     const std::u16string delimiter = input.text<char16_t>(length);
     join(input.restAsText<char16_t>(), delimiter, source, target);

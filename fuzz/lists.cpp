@@ -27,26 +27,26 @@ void readBooleanText(const fuzz::ScannedText<T>& text) {
     constexpr bool kAnyDigit = sizeof(T) > 1;
     const auto expected = test::readBoolean(text.shape, kAnyDigit);
     T* end = nullptr;
-    fuzz::check(readBoolean<T>(text.place, &end) == expected.value, "a boolean is as expected");
-    fuzz::check(end == text.place + expected.end, "it ends where it should");
-    fuzz::check(coercesToBoolean(text.place) == test::canBeBoolean(text.shape),
+    fuzz::check(readBoolean<T>(text.position, &end) == expected.value, "a boolean is as expected");
+    fuzz::check(end == text.position + expected.end, "it ends where it should");
+    fuzz::check(coercesToBoolean(text.position) == test::canBeBoolean(text.shape),
                 "a text is convertible if the reference says so");
 }
 
 template <class T>
 void readInteger(const fuzz::ScannedText<T>& text) {
     std::vector<std::uint32_t> values;
-    const bool isWhole = readIntegerList(text.place, [&](unsigned int value) { values.push_back(value); });
+    const bool isWhole = readIntegerList(text.position, [&](unsigned int value) { values.push_back(value); });
     const auto expected = test::readIntegers(text.shape);
     fuzz::check(isWhole == expected.whole && values == expected.values, "the integers are as expected");
-    fuzz::check(coercesToIntegers(text.place) == test::canBeIntegers(text.shape),
+    fuzz::check(coercesToIntegers(text.position) == test::canBeIntegers(text.shape),
                 "a text is convertible if the reference says so");
 }
 
 template <class T>
 void readDouble(const fuzz::ScannedText<T>& text) {
     std::vector<double> values;
-    const bool isWhole = readDoubleList(text.place, [&](double value) { values.push_back(value); });
+    const bool isWhole = readDoubleList(text.position, [&](double value) { values.push_back(value); });
     const auto expected = test::readDoubles(text.shape);
     fuzz::check(isWhole == expected.whole, "a word that is too long ends the list");
     fuzz::check(std::equal(values.begin(), values.end(), expected.values.begin(), expected.values.end(), fuzz::isSame),
@@ -56,7 +56,7 @@ void readDouble(const fuzz::ScannedText<T>& text) {
 template <class T>
 void readBooleans(const fuzz::ScannedText<T>& text) {
     std::vector<bool> values;
-    const bool isWhole = readBooleanList(text.place, [&](bool value) { values.push_back(value); });
+    const bool isWhole = readBooleanList(text.position, [&](bool value) { values.push_back(value); });
     const auto expected = test::readBooleans(text.shape);
     fuzz::check(isWhole == expected.whole && values == expected.values, "the booleans are as expected");
 }
@@ -65,11 +65,11 @@ template <class T>
 void readRangeList(const fuzz::ScannedText<T>& text) {
     std::vector<int> starts;
     std::vector<int> ends;
-    const std::basic_string_view<T> refused = readRanges(
-        text.place, [&](int start) { starts.push_back(start); }, [&](int end) { ends.push_back(end); });
+    const std::basic_string_view<T> rejected = readRanges(
+        text.position, [&](int start) { starts.push_back(start); }, [&](int end) { ends.push_back(end); });
     const auto expected = test::readRanges(text.shape);
     fuzz::check(starts == expected.starts && ends == expected.ends, "the ranges are as expected");
-    fuzz::check(test::shapeOf(refused) == expected.refused, "the invalid item is reported");
+    fuzz::check(test::shapeOf(rejected) == expected.refused, "the invalid item is reported");
 }
 
 template <class T>

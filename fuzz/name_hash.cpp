@@ -11,7 +11,7 @@ namespace {
 
 template <class T>
 void run(fuzz::Input& input) {
-    const fuzz::Surroundings around = input.surroundings();
+    const fuzz::Placement around = input.placement();
     const std::basic_string<T> name = fuzz::upToZero(input.restAsText<T>());
     std::uint64_t expected = 0;
     std::basic_string<T> other;  // the name with the case of its letters swapped

@@ -23,8 +23,8 @@ using vorel::kernels::trimmed;
 template <class T>
 struct Parts {
     explicit Parts(fuzz::Input& input) {
-        const fuzz::Surroundings aroundText = input.surroundings();
-        const fuzz::Surroundings aroundDelimiter = input.surroundings();
+        const fuzz::Placement aroundText = input.placement();
+        const fuzz::Placement aroundDelimiter = input.placement();
         const std::size_t length = input.upTo(4);
         delimiter = fuzz::upToZero(input.text<T>(length));
         text = fuzz::upToZero(input.restAsText<T>());
@@ -58,35 +58,35 @@ void splitQuoted(fuzz::Input& input) {
     const Parts<T> parts(input);
     test::TextList<T> found;
     QuotedItems<T> items(parts.placed, parts.placedDelimiter);
-    const std::size_t most = items.mostItems();
+    const std::size_t limit = items.maxItems();
     while (!items.atEnd()) {
         std::basic_string<T> item;
-        if (!items.isQuoted() || items.takeQuoted(item) != Quotes::Closed) {
-            item = items.takePlain();
+        if (!items.isQuoted() || items.consumeQuoted(item) != Quotes::Closed) {
+            item = items.consumePlain();
         }
         found.emplace_back(trim ? trimmed(std::basic_string_view<T>(item)) : item);
     }
     fuzz::check(found == test::splitAtAnyOf(parts.text, parts.delimiter, trim), "the items are as expected");
-    fuzz::check(found.size() <= most, "the count is an upper bound");
+    fuzz::check(found.size() <= limit, "the count is an upper bound");
 }
 
 template <class T>
 void tokenize(fuzz::Input& input) {
-    const fuzz::Surroundings around = input.surroundings();
-    const int most = static_cast<int>(input.upTo(20)) - 2;
+    const fuzz::Placement around = input.placement();
+    const int limit = static_cast<int>(input.upTo(20)) - 2;
     const bool hasDelimiter = input.flag();
     const T delimiter = static_cast<T>(input.bits<std::uint16_t>());
     const std::basic_string<T> text = fuzz::upToZero(input.restAsText<T>());
     T* const placed = fuzz::inputPages().copyText(text, around);
     std::vector<const T*> starts;
     const unsigned int count =
-        tokenizeInPlace(placed, hasDelimiter ? delimiter : T{}, most, [&](T* token) { starts.push_back(token); });
+        tokenizeInPlace(placed, hasDelimiter ? delimiter : T{}, limit, [&](T* token) { starts.push_back(token); });
     fuzz::check(count == starts.size(), "the result is the number of tokens");
-    fuzz::check(most < 0 || count <= static_cast<unsigned int>(most) || count == 1, "the limit is not exceeded");
+    fuzz::check(limit < 0 || count <= static_cast<unsigned int>(limit) || count == 1, "the limit is not exceeded");
 
     std::vector<const T*> expected = {placed};
     for (std::size_t at = 0; at != text.size(); ++at) {
-        const bool isFull = most >= 0 && expected.size() >= static_cast<std::size_t>(most);
+        const bool isFull = limit >= 0 && expected.size() >= static_cast<std::size_t>(limit);
         const bool ends = hasDelimiter && text[at] == delimiter && !isFull;
         fuzz::check(placed[at] == (ends ? T{0} : text[at]), "delimiters become terminators, and nothing else changes");
         if (ends) {

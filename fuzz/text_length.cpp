@@ -8,7 +8,7 @@
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     fuzz::Input input(data, size);
-    const fuzz::Surroundings around = input.surroundings();
+    const fuzz::Placement around = input.placement();
     const std::string text = fuzz::upToZero(input.rest());
     const char* const placed = fuzz::inputPages().copyText(text, around);
     fuzz::check(vorel::kernels::textLength(placed) == text.size(), "the length ends at the terminator");

@@ -35,27 +35,26 @@ std::string escapedIn(UrlUse use) {
     return {};
 }
 
-void encode(const std::string& text, UrlUse use, bool spaceAsPlus, const fuzz::Surroundings& source,
-            const fuzz::Surroundings& target) {
+void encode(const std::string& text, UrlUse use, bool spaceAsPlus, const fuzz::Placement& source,
+            const fuzz::Placement& target) {
     const std::string expected = test::urlEncoded(text, {escapedIn(use), spaceAsPlus});
     const UrlTable& table = urlTable(use, spaceAsPlus);
     const std::string_view all = text;
     const std::string_view from(fuzz::inputPages().copy(all, source), text.size());
     fuzz::withEachKernel([&] {
         fuzz::check(urlLength(from, table) == expected.size(), "the length is that of the encoded text");
-        char* const out = fuzz::outputPages().room<char>(expected.size() + kUrlOverhang, target);
+        char* const out = fuzz::outputPages().allocate<char>(expected.size() + kUrlOverhang, target);
         const UrlProgress done = encodeUrl(from, table, out, expected.size() + kUrlOverhang);
         fuzz::check(done.read == from.size(), "the capacity suffices");
         fuzz::check(std::string_view(out, done.written) == expected, "the result is as expected");
     });
 }
 
-void decode(const std::string& text, bool plusIsSpace, const fuzz::Surroundings& source,
-            const fuzz::Surroundings& target) {
+void decode(const std::string& text, bool plusIsSpace, const fuzz::Placement& source, const fuzz::Placement& target) {
     const std::string expected = test::urlDecoded(text, plusIsSpace);
     const std::string_view all = text;
     const std::string_view from(fuzz::inputPages().copy(all, source), text.size());
-    char* const out = fuzz::outputPages().room<char>(text.size() + kUrlDecodingOverhang, target);
+    char* const out = fuzz::outputPages().allocate<char>(text.size() + kUrlDecodingOverhang, target);
     const char* const end = decodeUrl(from, plusIsSpace, out);
     fuzz::check(std::string_view(out, static_cast<std::size_t>(end - out)) == expected, "the result is as expected");
 }
@@ -64,8 +63,8 @@ void decode(const std::string& text, bool plusIsSpace, const fuzz::Surroundings&
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     fuzz::Input input(data, size);
-    const fuzz::Surroundings source = input.surroundings();
-    const fuzz::Surroundings target = input.surroundings();
+    const fuzz::Placement source = input.placement();
+    const fuzz::Placement target = input.placement();
     const bool plus = input.flag();
     if (input.flag()) {
         const auto use = static_cast<UrlUse>(input.upTo(kUrlUses - 1));

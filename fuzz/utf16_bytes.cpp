@@ -9,7 +9,7 @@
 
 namespace {
 
-void count(const std::string& bytes, const fuzz::Surroundings& around) {
+void count(const std::string& bytes, const fuzz::Placement& around) {
     std::size_t expected = 0;
     while (2 * expected + 1 < bytes.size() && (bytes[2 * expected] != 0 || bytes[2 * expected + 1] != 0)) {
         ++expected;
@@ -20,11 +20,11 @@ void count(const std::string& bytes, const fuzz::Surroundings& around) {
     fuzz::check(vorel::kernels::countUtf16Units(from, bytes.size()) == expected, "units count up to the first zero");
 }
 
-void write(const std::u16string& units, bool littleEndian, const fuzz::Surroundings& source,
-           const fuzz::Surroundings& target) {
+void write(const std::u16string& units, bool littleEndian, const fuzz::Placement& source,
+           const fuzz::Placement& target) {
     const std::u16string_view all = units;
     const char16_t* const from = fuzz::inputPages().copy(all, source);
-    auto* const out = fuzz::outputPages().room<unsigned char>(2 * units.size(), target);
+    auto* const out = fuzz::outputPages().allocate<unsigned char>(2 * units.size(), target);
     vorel::kernels::writeUtf16Bytes(from, units.size(), littleEndian, out);
     for (std::size_t at = 0; at != units.size(); ++at) {
         const unsigned int first = out[2 * at];
@@ -38,8 +38,8 @@ void write(const std::u16string& units, bool littleEndian, const fuzz::Surroundi
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     fuzz::Input input(data, size);
-    const fuzz::Surroundings source = input.surroundings();
-    const fuzz::Surroundings target = input.surroundings();
+    const fuzz::Placement source = input.placement();
+    const fuzz::Placement target = input.placement();
     if (input.flag()) {
         count(input.rest(), source);
     } else {

@@ -10,15 +10,15 @@
 
 namespace {
 
-using vorel::kernels::Tail;
+using vorel::kernels::Overwrite;
 using LastPair = vorel::kernels::Utf8Reader::LastPair;
 
 struct Reading {
     std::basic_string_view<unsigned char> bytes;
     int length;
-    std::size_t room;  ///< units per piece
-    fuzz::Surroundings source;
-    fuzz::Surroundings target;
+    std::size_t capacity;  ///< units per piece
+    fuzz::Placement source;
+    fuzz::Placement target;
 };
 
 /// The number of units of the character that begins at `unit`; 0 at the end.
@@ -32,23 +32,23 @@ std::size_t unitsOfNext(const test::DecodedText& expected, std::size_t unit) {
     return 0;
 }
 
-template <LastPair Rule, Tail Behind>
+template <LastPair Rule, Overwrite Rest>
 void decode(const Reading& reading, const test::DecodedText& expected) {
     constexpr std::size_t kOverhang = Rule == LastPair::Written ? 1 : 0;
     const unsigned char* const bytes = fuzz::inputPages().copy(reading.bytes, reading.source);
-    const std::size_t size = reading.room + kOverhang;
+    const std::size_t size = reading.capacity + kOverhang;
     vorel::kernels::Utf8Reader reader(bytes, reading.length);
     std::size_t done = 0;
     while (!reader.atEnd()) {
-        auto* const out = fuzz::outputPages().room<char16_t>(size, reading.target);
+        auto* const out = fuzz::outputPages().allocate<char16_t>(size, reading.target);
         const auto noise = static_cast<char16_t>(reading.target.noise * 0x101);
-        const std::size_t units = reader.read<Rule, Behind>(out, reading.room);
+        const std::size_t units = reader.read<Rule, Rest>(out, reading.capacity);
         fuzz::check(units <= size, "the capacity is not exceeded");
         fuzz::check(done + units <= expected.units.size(), "the input is not exceeded");
         for (std::size_t at = 0; at != units; ++at) {
             fuzz::check(out[at] == static_cast<char16_t>(expected.units[done + at]), "every unit is as expected");
         }
-        for (std::size_t at = units; Behind == Tail::Untouched && at != size; ++at) {
+        for (std::size_t at = units; Rest == Overwrite::Forbidden && at != size; ++at) {
             fuzz::check(out[at] == noise, "unused capacity is unchanged");
         }
         done += units;
@@ -56,7 +56,7 @@ void decode(const Reading& reading, const test::DecodedText& expected) {
             break;
         }
         if (units == 0) {
-            fuzz::check(unitsOfNext(expected, done) > reading.room, "a character that fits is read");
+            fuzz::check(unitsOfNext(expected, done) > reading.capacity, "a character that fits is read");
             return;
         }
     }
@@ -71,9 +71,9 @@ void decode(const Reading& reading, const test::DecodedText& expected) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     fuzz::Input input(data, size);
     Reading reading = {};
-    reading.source = input.surroundings();
-    reading.target = input.surroundings();
-    reading.room = input.upTo(600);
+    reading.source = input.placement();
+    reading.target = input.placement();
+    reading.capacity = input.upTo(600);
     const bool isBounded = input.flag();
     const bool isWritten = input.flag();
     const bool isUntouched = input.flag();
@@ -90,11 +90,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     reading.bytes = {reinterpret_cast<const unsigned char*>(text.data()), expected.bytesRead};
     fuzz::withEachKernel([&] {
         if (isWritten) {
-            decode<LastPair::Written, Tail::Free>(reading, expected);
+            decode<LastPair::Written, Overwrite::Allowed>(reading, expected);
         } else if (isUntouched) {
-            decode<LastPair::Left, Tail::Untouched>(reading, expected);
+            decode<LastPair::Left, Overwrite::Forbidden>(reading, expected);
         } else {
-            decode<LastPair::Left, Tail::Free>(reading, expected);
+            decode<LastPair::Left, Overwrite::Allowed>(reading, expected);
         }
     });
     return 0;

@@ -17,9 +17,9 @@ struct Writing {
     std::u16string_view units;
     int length;
     std::size_t enough;  ///< bytes per piece
-    std::size_t room;
-    fuzz::Surroundings source;
-    fuzz::Surroundings target;
+    std::size_t capacity;
+    fuzz::Placement source;
+    fuzz::Placement target;
 };
 
 /// The number of bytes of the sequence at `at`.
@@ -35,15 +35,15 @@ void encode(const Writing& writing, const std::string& expected) {
     vorel::kernels::Utf8Writer<Rule, char16_t> writer(units, writing.length);
     std::size_t done = 0;
     while (!writer.atEnd()) {
-        auto* const out = fuzz::outputPages().room<unsigned char>(writing.room, writing.target);
-        const std::size_t bytes = writer.write(out, writing.enough, writing.room);
-        fuzz::check(bytes <= writing.room, "the capacity is not exceeded");
+        auto* const out = fuzz::outputPages().allocate<unsigned char>(writing.capacity, writing.target);
+        const std::size_t bytes = writer.write(out, writing.enough, writing.capacity);
+        fuzz::check(bytes <= writing.capacity, "the capacity is not exceeded");
         fuzz::check(done + bytes <= expected.size(), "the input is not exceeded");
         const std::string_view piece(reinterpret_cast<const char*>(out), bytes);
         fuzz::check(piece == std::string_view(expected).substr(done, bytes), "every byte is as expected");
         done += bytes;
         if (bytes < writing.enough && !writer.atEnd()) {
-            fuzz::check(bytes + sequenceAt(expected, done) > writing.room, "a sequence that fits is written");
+            fuzz::check(bytes + sequenceAt(expected, done) > writing.capacity, "a sequence that fits is written");
         }
         if (bytes == 0) {
             return;
@@ -62,10 +62,10 @@ std::wstring upToZero(const std::wstring& units) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     fuzz::Input input(data, size);
     Writing writing = {};
-    writing.source = input.surroundings();
-    writing.target = input.surroundings();
+    writing.source = input.placement();
+    writing.target = input.placement();
     writing.enough = input.upTo(600);
-    writing.room = writing.enough + input.upTo(40);
+    writing.capacity = writing.enough + input.upTo(40);
     const bool isBounded = input.flag();
     const bool isPaired = input.flag();
     const std::size_t bound = input.upTo(4096);

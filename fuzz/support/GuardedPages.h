@@ -26,7 +26,7 @@ enum class Place {
 };
 
 /// How a block lies in its pages, and the noise around it.
-struct Surroundings {
+struct Placement {
     Place place;
     unsigned char noise;
     std::size_t before;  ///< elements before the border, with `Place::Across`
@@ -36,45 +36,46 @@ struct Surroundings {
 class GuardedPages {
 public:
     static constexpr std::size_t kPage = 4096;
-    static constexpr std::size_t kMostBytes = 8 * kPage;
+    static constexpr std::size_t kMaxBytes = 8 * kPage;
 
     GuardedPages()
         : m_block(static_cast<unsigned char*>(
-              mmap(nullptr, kMostBytes + 2 * kPage, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0))) {
+              mmap(nullptr, kMaxBytes + 2 * kPage, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0))) {
         check(m_block != MAP_FAILED, "pages can be allocated");
         check(mprotect(m_block, kPage, PROT_NONE) == 0, "the page before is inaccessible");
-        check(mprotect(m_block + kPage + kMostBytes, kPage, PROT_NONE) == 0, "the page after is inaccessible");
+        check(mprotect(m_block + kPage + kMaxBytes, kPage, PROT_NONE) == 0, "the page after is inaccessible");
     }
-    ~GuardedPages() { munmap(m_block, kMostBytes + 2 * kPage); }
+    ~GuardedPages() { munmap(m_block, kMaxBytes + 2 * kPage); }
 
     GuardedPages(const GuardedPages&) = delete;
     GuardedPages& operator=(const GuardedPages&) = delete;
 
-    /// A block of `count` elements, at most half of the pages. The block and its surroundings are filled with noise.
+    /// A block of `count` elements, at most half of the pages. The block and the memory around it are filled with
+    /// noise.
     template <class T>
-    T* room(std::size_t count, const Surroundings& around) {
+    T* allocate(std::size_t count, const Placement& around) {
         const std::size_t bytes = count * sizeof(T);
-        check(bytes <= kMostBytes / 2, "the block fits into its pages");
-        std::memset(first(), around.noise, kMostBytes);
+        check(bytes <= kMaxBytes / 2, "the block fits into its pages");
+        std::memset(first(), around.noise, kMaxBytes);
         switch (around.place) {
-        case Place::AtEnd: return reinterpret_cast<T*>(first() + kMostBytes - bytes);
+        case Place::AtEnd: return reinterpret_cast<T*>(first() + kMaxBytes - bytes);
         case Place::AtStart: return reinterpret_cast<T*>(first());
         case Place::Across: break;
         }
-        return reinterpret_cast<T*>(first() + kMostBytes / 2 - std::min(around.before, count) * sizeof(T));
+        return reinterpret_cast<T*>(first() + kMaxBytes / 2 - std::min(around.before, count) * sizeof(T));
     }
 
     /// A copy of `elements`.
     template <class T>
-    T* copy(std::basic_string_view<T> elements, const Surroundings& around) {
-        T* const to = room<T>(elements.size(), around);
+    T* copy(std::basic_string_view<T> elements, const Placement& around) {
+        T* const to = allocate<T>(elements.size(), around);
         std::copy(elements.begin(), elements.end(), to);
         return to;
     }
 
     /// A copy of `text` and its terminator.
     template <class T>
-    T* copyText(const std::basic_string<T>& text, const Surroundings& around) {
+    T* copyText(const std::basic_string<T>& text, const Placement& around) {
         return copy(std::basic_string_view<T>(text.c_str(), text.size() + 1), around);
     }
 

@@ -21,7 +21,7 @@ public:
     Input(const std::uint8_t* data, std::size_t size) : m_data(data, size) {}
 
     bool flag() { return m_data.ConsumeBool(); }
-    std::size_t upTo(std::size_t most) { return m_data.ConsumeIntegralInRange<std::size_t>(0, most); }
+    std::size_t upTo(std::size_t limit) { return m_data.ConsumeIntegralInRange<std::size_t>(0, limit); }
 
     template <class Value>
     Value bits() {
@@ -29,7 +29,7 @@ public:
         return m_data.ConsumeIntegral<Value>();
     }
 
-    Surroundings surroundings() {
+    Placement placement() {
         constexpr Place kPlaces[] = {Place::AtEnd, Place::AtStart, Place::Across};
         return {m_data.PickValueInArray(kPlaces), bits<unsigned char>(), upTo(GuardedPages::kPage)};
     }

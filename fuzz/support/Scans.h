@@ -19,15 +19,15 @@ namespace fuzz {
 template <class T>
 struct ScannedText {
     explicit ScannedText(Input& input) {
-        const Surroundings around = input.surroundings();
+        const Placement around = input.placement();
         text = upToZero(input.restAsText<T>());
         shape = test::shapeOf(std::basic_string_view<T>(text));
-        place = inputPages().copyText(text, around);
+        position = inputPages().copyText(text, around);
     }
 
     std::basic_string<T> text;
     std::string shape;
-    const T* place;
+    const T* position;
 };
 
 /// Doubles are equal if their bits are: the sign of a zero matters.
@@ -39,9 +39,9 @@ inline bool isSame(double a, double b) noexcept {
 template <class T, class Reading, class Read>
 void checkScan(const ScannedText<T>& text, const Reading& expected, Read&& read) {
     const T* end = nullptr;
-    const auto value = read(text.place, &end);
+    const auto value = read(text.position, &end);
     check(value == static_cast<decltype(value)>(expected.value), "the value is as expected");
-    check(end == text.place + expected.end, "the scan ends where it should");
+    check(end == text.position + expected.end, "the scan ends where it should");
 }
 
 }  // namespace fuzz

@@ -69,7 +69,7 @@ class Utf8Message {
 public:
     explicit Utf8Message(const wchar_t* message) noexcept : m_writer(message, -1) {
         const std::size_t units = std::char_traits<wchar_t>::length(message);
-        const std::size_t capacity = units * kernels::kMostUtf8BytesPerUnit + kSlack;
+        const std::size_t capacity = units * kernels::kMaxUtf8BytesPerUnit + kSlack;
         if (capacity > m_capacity) {
             m_heap.reset(static_cast<char*>(std::malloc(capacity)));
             m_capacity = m_heap ? capacity : m_capacity;

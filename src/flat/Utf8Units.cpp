@@ -27,7 +27,7 @@ bool eachPiece(std::basic_string_view<Unit> text, Convert&& convert, PutZero&& p
 }  // namespace
 
 std::size_t toUtf8(std::wstring_view text, char* bytes) noexcept {
-    static_assert(utf8Room(1) >= kernels::kMostUtf8BytesPerUnit + kernels::kLongestUtf8Sequence + 1);
+    static_assert(utf8Room(1) >= kernels::kMaxUtf8BytesPerUnit + kernels::kLongestUtf8Sequence + 1);
     auto* out = reinterpret_cast<unsigned char*>(bytes);
     const unsigned char* const start = out;
     eachPiece(

@@ -104,9 +104,10 @@ std::size_t copyAsciiRun(const From* from, std::size_t count, To* to) noexcept {
 /// Copies eight elements if all of them are from 0x01 to 0x7F.
 template <class From, class To>
 bool copyEightAscii(const From* from, To* to) noexcept {
-    const auto* const place = reinterpret_cast<const __m128i*>(from);
+    const auto* const position = reinterpret_cast<const __m128i*>(from);
     const __m128i zero = _mm_setzero_si128();
-    const AsciiBlock block(sizeof(From) == 1 ? _mm_loadl_epi64(place) : _mm_packus_epi16(_mm_loadu_si128(place), zero));
+    const AsciiBlock block(sizeof(From) == 1 ? _mm_loadl_epi64(position)
+                                             : _mm_packus_epi16(_mm_loadu_si128(position), zero));
     if ((block.stops & 0xFF) != 0) {
         return false;
     }

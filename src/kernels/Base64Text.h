@@ -28,34 +28,34 @@ T* encodeBase64(const unsigned char* bytes, std::size_t count, const char* alpha
 
 /// Why the decoder stopped.
 enum class Base64End {
-    None,     ///< it did not stop
-    Text,     ///< terminator or padding
-    Invalid,  ///< character without a value
-    Foreign,  ///< unit above 255
+    None,         ///< it did not stop
+    Text,         ///< terminator or padding
+    Invalid,      ///< character without a value
+    NonByteUnit,  ///< unit above 255
 };
 
 /// Skips white space and returns the next character as a number. Does not move past the terminator or a unit above 255.
 template <class T>
-unsigned int takeBase64Character(const T*& place) noexcept {
-    while (*place == '\t' || *place == '\n' || *place == '\r' || *place == ' ') {
-        ++place;
+unsigned int consumeBase64Character(const T*& cursor) noexcept {
+    while (*cursor == '\t' || *cursor == '\n' || *cursor == '\r' || *cursor == ' ') {
+        ++cursor;
     }
-    const unsigned int character = static_cast<std::make_unsigned_t<T>>(*place);
-    place += character != 0 && character <= 0xFF ? 1 : 0;
+    const unsigned int character = static_cast<std::make_unsigned_t<T>>(*cursor);
+    cursor += character != 0 && character <= 0xFF ? 1 : 0;
     return character;
 }
 
 /// Decodes a group of four characters into `out`, which has space for three bytes. `written` stays unchanged if the
 /// group yields none.
 template <class T>
-Base64End takeBase64Group(const T*& place, const int* table, char pad, unsigned char* out,
-                          std::size_t& written) noexcept {
+Base64End parseBase64Group(const T*& cursor, const int* table, char pad, unsigned char* out,
+                           std::size_t& written) noexcept {
     unsigned int characters[4] = {};
     int values[4] = {};
     for (std::size_t at = 0; at < std::size(values); ++at) {
-        characters[at] = takeBase64Character(place);
+        characters[at] = consumeBase64Character(cursor);
         if (characters[at] > 0xFF) {
-            return Base64End::Foreign;
+            return Base64End::NonByteUnit;
         }
         if (at == 0 && characters[0] == 0) {
             return Base64End::Text;
@@ -81,25 +81,25 @@ struct Base64Step {
 };
 
 /// Output capacity that a step needs, in bytes.
-inline constexpr std::size_t kBase64StepRoom = kSixBitBytes + kSixBitOverhang;
+inline constexpr std::size_t kBase64StepCapacity = kSixBitBytes + kSixBitOverhang;
 
 /// Decodes whole blocks, or otherwise a few groups, from `cursor` and moves it past what was read. Up to eight zeros
 /// may be written after the decoded bytes. The text ends with a zero. `table` holds the values of all 256 characters.
 template <class T>
-Base64Step decodeBase64Step(const T*& place, const int* table, char pad, unsigned char* out,
-                            std::size_t room) noexcept {
-    const std::size_t blocks = decodeWholeBlocks(place, kBase64Rows, Strangers::Stop, out, room);
+Base64Step decodeBase64Step(const T*& cursor, const int* table, char pad, unsigned char* out,
+                            std::size_t capacity) noexcept {
+    const std::size_t blocks = decodeWholeBlocks(cursor, kBase64Rows, InvalidCharacters::Stop, out, capacity);
     if (blocks != 0) {
-        place += blocks * kSixBitCharacters;
+        cursor += blocks * kSixBitCharacters;
         std::memset(out + blocks * kSixBitBytes, 0, kSixBitOverhang);
-        return {blocks * kSixBitBytes, *place == 0 ? Base64End::Text : Base64End::None};
+        return {blocks * kSixBitBytes, *cursor == 0 ? Base64End::Text : Base64End::None};
     }
     constexpr std::size_t kGroupsBetweenBlocks = 8;
-    static_assert(3 * kGroupsBetweenBlocks <= kBase64StepRoom);
+    static_assert(3 * kGroupsBetweenBlocks <= kBase64StepCapacity);
     std::size_t done = 0;
     for (std::size_t group = 0; group < kGroupsBetweenBlocks; ++group) {
         std::size_t written = 0;
-        const Base64End end = takeBase64Group(place, table, pad, out + done, written);
+        const Base64End end = parseBase64Group(cursor, table, pad, out + done, written);
         done += written;
         if (end != Base64End::None) {
             return {done, end};

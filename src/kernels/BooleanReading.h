@@ -39,39 +39,39 @@ bool isOneOf(T c, std::string_view characters) noexcept {
 
 /// Parses a single character and moves past it if it denotes a boolean.
 template <class T>
-bool takeBooleanCharacter(const T*& place) noexcept {
-    const T c = *place;
+bool parseBooleanCharacter(const T*& cursor) noexcept {
+    const T c = *cursor;
     const bool isTrue = isOneOf(c, kTrueCharacters) || (kAnyDigitIsTrue<T> && c >= '2' && c <= '9');
     if (isTrue || isOneOf(c, kFalseCharacters)) {
-        ++place;
+        ++cursor;
     }
     return isTrue;
 }
 
-/// Parses a word, a single character or a number, and returns its truth. For anything else the cursor stops at the
-/// first character that does not belong to a number.
+/// Parses a word, a single character or a number, and returns its truth. For anything else, returns false and leaves
+/// the cursor after the leading white space.
 template <class T>
-bool takeBoolean(const T*& place) noexcept {
-    skipSpaces(place);
-    if (!*place) {
+bool parseBoolean(const T*& cursor) noexcept {
+    skipSpaces(cursor);
+    if (!*cursor) {
         return false;
     }
-    if (!place[1]) {
-        return takeBooleanCharacter(place);
+    if (!cursor[1]) {
+        return parseBooleanCharacter(cursor);
     }
     const auto word = std::find_if(std::begin(kBooleanWords), std::end(kBooleanWords),
-                                   [&](const BooleanWord& w) { return equalsWord(place, w.text); });
+                                   [&](const BooleanWord& w) { return equalsWord(cursor, w.text); });
     if (word != std::end(kBooleanWords)) {
-        place += word->text.size();
+        cursor += word->text.size();
         return word->value;
     }
-    return coercesToInteger(place, true) && takeInteger<int>(place, true) != 0;
+    return coercesToInteger(cursor, true) && parseInteger<int>(cursor, true) != 0;
 }
 
 /// Parses a boolean and stores where it ends unless `end` is null. A null text is false.
 template <class T>
 bool readBoolean(const T* text, T** end) noexcept {
-    const bool value = text && takeBoolean(text);
+    const bool value = text && parseBoolean(text);
     storeEnd(text, end);
     return value;
 }

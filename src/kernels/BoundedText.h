@@ -39,7 +39,7 @@ void copyShort(const T* text, std::size_t length, T* to) noexcept {
 
 /// Copies as much of a text as fits into `size` characters. The last of them becomes a terminator.
 template <class T>
-void copyCut(const T* text, std::size_t length, T* buffer, unsigned long long size) noexcept {
+void copyTruncated(const T* text, std::size_t length, T* buffer, unsigned long long size) noexcept {
     if (size == 0) {
         return;
     }
@@ -70,9 +70,9 @@ T* writeBoundedInteger(std::uint64_t magnitude, bool negative, T* buffer, unsign
         return nullptr;
     }
     // Formatted in a local buffer, because the units after the terminator must stay unchanged.
-    T text[kMostIntegerCharacters];
+    T text[kMaxIntegerCharacters];
     const T* const end = writeSigned(magnitude, negative, text);
-    copyCut(text, static_cast<std::size_t>(end - text), buffer, size);
+    copyTruncated(text, static_cast<std::size_t>(end - text), buffer, size);
     return buffer;
 }
 

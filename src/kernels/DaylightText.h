@@ -40,7 +40,8 @@ template <class T>
 void decodeDaylightGroups(const T* text, std::size_t count, unsigned char* out) noexcept {
     constexpr std::size_t kGroupsBetweenBlocks = 8;
     while (count != 0) {
-        const std::size_t blocks = decodeWholeBlocks(text, kDaylightRows, Strangers::Zeros, out, count / 4 * 3);
+        const std::size_t blocks =
+            decodeWholeBlocks(text, kDaylightRows, InvalidCharacters::AsZero, out, count / 4 * 3);
         text += blocks * kSixBitCharacters;
         count -= blocks * kSixBitCharacters;
         out += blocks * kSixBitBytes;

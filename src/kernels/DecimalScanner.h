@@ -29,18 +29,18 @@ inline constexpr std::uint32_t kMantissaDigits = 18;
 
 /// Parses digits with at most one point.
 template <class T>
-constexpr Mantissa takeMantissa(const T*& place) noexcept {
+constexpr Mantissa parseMantissa(const T*& cursor) noexcept {
     Mantissa mantissa;
-    const T* const start = place;
+    const T* const start = cursor;
     const T* point = nullptr;
-    for (;; ++place) {
-        if (isDigit(*place)) {
+    for (;; ++cursor) {
+        if (isDigit(*cursor)) {
             if (mantissa.digits < kMantissaDigits) {
-                mantissa.used = mantissa.used * 10 + static_cast<std::uint64_t>(*place - '0');
+                mantissa.used = mantissa.used * 10 + static_cast<std::uint64_t>(*cursor - '0');
             }
             ++mantissa.digits;
-        } else if (*place == '.' && !point) {
-            point = place;
+        } else if (*cursor == '.' && !point) {
+            point = cursor;
         } else {
             break;
         }
@@ -71,15 +71,15 @@ constexpr bool isExponentMarker(T c) noexcept {
 }
 
 template <class T>
-Exponent takeExponent(const T*& place) noexcept {
+Exponent parseExponent(const T*& cursor) noexcept {
     Exponent exponent;
-    if (isExponentMarker(*place)) {
-        ++place;
+    if (isExponentMarker(*cursor)) {
+        ++cursor;
         exponent.hasMarker = true;
-        exponent.negative = takeSign(place);
-        const T* const digits = place;
-        exponent.value = takeDigits<std::uint32_t>(place);
-        exponent.hasDigits = place != digits;
+        exponent.negative = consumeSign(cursor);
+        const T* const digits = cursor;
+        exponent.value = parseDigits<std::uint32_t>(cursor);
+        exponent.hasDigits = cursor != digits;
     }
     return exponent;
 }
@@ -133,63 +133,63 @@ struct ShortMantissa {
 /// Parses a mantissa with less than one block of digits before the point and at most one block after it. Returns
 /// whether it has that form. The blocks around `cursor` must lie in one page (see `areBlocksInPage`).
 template <class T>
-[[gnu::always_inline]] inline bool takeShortMantissa(const T*& place, ShortMantissa& mantissa) noexcept {
-    std::uint64_t mask = digitMask(place);
+[[gnu::always_inline]] inline bool parseShortMantissa(const T*& cursor, ShortMantissa& mantissa) noexcept {
+    std::uint64_t mask = digitMask(cursor);
     const std::uint64_t whole = leadingDigits(mask);
     if (whole == kDigitBlock) {
         return false;
     }
-    if (place[whole] != '.') {
-        mantissa.used = valueOfDigits(place, whole);
-        place += whole;
+    if (cursor[whole] != '.') {
+        mantissa.used = valueOfDigits(cursor, whole);
+        cursor += whole;
         return whole != 0;
     }
     std::uint64_t fraction = leadingDigits(mask >> whole >> 1);
     if (whole + 1 + fraction < kDigitBlock) {
-        mantissa.used = valueAcrossPoint(place, whole, fraction);
+        mantissa.used = valueAcrossPoint(cursor, whole, fraction);
     } else {
-        mask |= digitMask(place + kDigitBlock) << kDigitBlock;
+        mask |= digitMask(cursor + kDigitBlock) << kDigitBlock;
         fraction = leadingDigits(mask >> whole >> 1);
         if (fraction > kDigitBlock || whole + fraction > kMantissaDigits) {
             return false;
         }
         mantissa.used =
-            valueOfDigits(place, whole) * kIntegerPowersOfTen[fraction] + valueOfDigits(place + whole + 1, fraction);
+            valueOfDigits(cursor, whole) * kIntegerPowersOfTen[fraction] + valueOfDigits(cursor + whole + 1, fraction);
     }
     mantissa.fraction = fraction;
-    place += whole + 1 + fraction;
+    cursor += whole + 1 + fraction;
     return whole + fraction != 0;
 }
 
 /// Parses a number of the usual length without branching on its number of digits. Returns false and consumes nothing if
 /// the number must be parsed character by character.
 template <class T>
-[[gnu::always_inline]] inline bool takeShortDecimal(const T*& start, double& value) noexcept {
-    const T* place = start;
-    skipSpaces(place);
-    const bool negative = takeSign(place);
+[[gnu::always_inline]] inline bool parseShortDecimal(const T*& start, double& value) noexcept {
+    const T* cursor = start;
+    skipSpaces(cursor);
+    const bool negative = consumeSign(cursor);
     ShortMantissa mantissa;
-    if (!isWithinPage(place) || !takeShortMantissa(place, mantissa)) {
+    if (!areBlocksInPage(cursor) || !parseShortMantissa(cursor, mantissa)) {
         return false;
     }
-    if (!isExponentMarker(*place)) {
+    if (!isExponentMarker(*cursor)) {
         value = withSign(mantissaValue(mantissa.used) / kScaleFactors[mantissa.fraction], negative);
-        start = place;
+        start = cursor;
         return true;
     }
-    ++place;
-    const bool isBelowOne = takeSign(place);
-    if (!isWithinPage(place)) {
+    ++cursor;
+    const bool isBelowOne = consumeSign(cursor);
+    if (!areBlocksInPage(cursor)) {
         return false;
     }
-    const std::uint64_t digits = leadingDigits(digitMask(place));
+    const std::uint64_t digits = leadingDigits(digitMask(cursor));
     if (digits == kDigitBlock) {
         return false;
     }
-    const auto exponent = static_cast<std::uint32_t>(valueOfDigits(place, digits));
+    const auto exponent = static_cast<std::uint32_t>(valueOfDigits(cursor, digits));
     const auto fraction = static_cast<std::uint32_t>(mantissa.fraction);
     value = scaled(mantissa.used, negatedIf(isBelowOne, exponent) - fraction, negative);
-    start = place + digits;
+    start = cursor + digits;
     return true;
 }
 

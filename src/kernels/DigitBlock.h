@@ -32,27 +32,27 @@ inline constexpr auto kIntegerPowersOfTen = [] {
 /// Whether one block before `position` and two blocks from it lie in one page. Then they are readable wherever the text
 /// begins and ends.
 template <class T>
-bool isWithinPage(const T* place) noexcept {
+bool areBlocksInPage(const T* position) noexcept {
     constexpr std::uintptr_t kPage = 4096;
     constexpr std::uintptr_t kBlock = kDigitBlock * sizeof(T);
-    return reinterpret_cast<std::uintptr_t>(place) % kPage - kBlock <= kPage - 3 * kBlock;
+    return reinterpret_cast<std::uintptr_t>(position) % kPage - kBlock <= kPage - 3 * kBlock;
 }
 
 /// Sixteen characters as bytes. Units above 255 become 0 or 255. The attribute allows a block to extend into another
 /// object of the same page.
-[[gnu::no_sanitize_address]] inline __m128i loadBlock(const char* place) noexcept {
-    return _mm_loadu_si128(reinterpret_cast<const __m128i*>(place));
+[[gnu::no_sanitize_address]] inline __m128i loadBlock(const char* position) noexcept {
+    return _mm_loadu_si128(reinterpret_cast<const __m128i*>(position));
 }
 
-[[gnu::no_sanitize_address]] inline __m128i loadBlock(const WideUnit* place) noexcept {
-    const auto* const units = reinterpret_cast<const __m128i*>(place);
+[[gnu::no_sanitize_address]] inline __m128i loadBlock(const WideUnit* position) noexcept {
+    const auto* const units = reinterpret_cast<const __m128i*>(position);
     return _mm_packus_epi16(_mm_loadu_si128(units), _mm_loadu_si128(units + 1));
 }
 
 /// One bit for each character of the block, lowest first: whether it is a digit.
 template <class T>
-std::uint64_t digitMask(const T* place) noexcept {
-    const __m128i values = _mm_sub_epi8(loadBlock(place), _mm_set1_epi8('0'));
+std::uint64_t digitMask(const T* position) noexcept {
+    const __m128i values = _mm_sub_epi8(loadBlock(position), _mm_set1_epi8('0'));
     const __m128i isDigit = _mm_cmpeq_epi8(_mm_min_epu8(values, _mm_set1_epi8(9)), values);
     return static_cast<std::uint64_t>(_mm_movemask_epi8(isDigit));
 }
@@ -87,16 +87,16 @@ inline __m128i lastBytes(std::uint64_t count) noexcept {
 
 /// The value of `count` digits, at most one block.
 template <class T>
-[[gnu::always_inline]] inline std::uint64_t valueOfDigits(const T* place, std::uint64_t count) noexcept {
-    return valueOfLast(loadBlock(place + count - kDigitBlock), count);
+[[gnu::always_inline]] inline std::uint64_t valueOfDigits(const T* position, std::uint64_t count) noexcept {
+    return valueOfLast(loadBlock(position + count - kDigitBlock), count);
 }
 
 /// The value of `whole` digits, a point and `fraction` digits as one number of at most one block.
 template <class T>
-[[gnu::always_inline]] inline std::uint64_t valueAcrossPoint(const T* place, std::uint64_t whole,
+[[gnu::always_inline]] inline std::uint64_t valueAcrossPoint(const T* position, std::uint64_t whole,
                                                              std::uint64_t fraction) noexcept {
     // Loads the digits twice, the second time shifted by one so that the fraction closes the gap of the point.
-    const T* const lastBlock = place + whole + fraction - kDigitBlock;
+    const T* const lastBlock = position + whole + fraction - kDigitBlock;
     const __m128i fractionAtEnd = loadBlock(lastBlock + 1);
     const __m128i wholeInPlace = loadBlock(lastBlock);
     const __m128i isFraction = lastBytes(fraction);

@@ -23,7 +23,7 @@ enum class DoubleForm {
 };
 
 /// Capacity for the text of any double, including the characters written temporarily after its end.
-inline constexpr std::size_t kDoubleRoom = 32;
+inline constexpr std::size_t kDoubleCapacity = 32;
 
 /// Fifteen digits as characters, and their number without trailing zeros.
 struct DigitText {
@@ -36,12 +36,12 @@ struct DigitText {
 };
 
 /// Sixteen characters: the digits with a point after the first `whole` of them, 1 to 15.
-inline __m128i withPoint(__m128i digits, int whole) noexcept {
-    const auto behind = static_cast<std::uint64_t>(15 - whole);
-    const __m128i fromPoint = lastBytes(behind + 1);
-    const __m128i behindPoint = lastBytes(behind);
-    const __m128i point = _mm_and_si128(_mm_andnot_si128(behindPoint, fromPoint), _mm_set1_epi8('.'));
-    const __m128i fraction = _mm_and_si128(_mm_slli_si128(digits, 1), behindPoint);
+inline __m128i insertDecimalPoint(__m128i digits, int whole) noexcept {
+    const auto after = static_cast<std::uint64_t>(15 - whole);
+    const __m128i fromPoint = lastBytes(after + 1);
+    const __m128i afterPoint = lastBytes(after);
+    const __m128i point = _mm_and_si128(_mm_andnot_si128(afterPoint, fromPoint), _mm_set1_epi8('.'));
+    const __m128i fraction = _mm_and_si128(_mm_slli_si128(digits, 1), afterPoint);
     return _mm_or_si128(_mm_or_si128(_mm_andnot_si128(fromPoint, digits), point), fraction);
 }
 
@@ -70,9 +70,9 @@ T* writeDouble(double value, DoubleForm form, T* out) noexcept {
     const DecimalDigits decimal = decimalDigits(value, isSmall ? Tie::AwayFromZero : Tie::ToEven);
     const DigitText text(decimal.digits);
     if (isSmall || decimal.exponent > kFractionDigits) {
-        const int lonelyDigit = form == DoubleForm::Json ? 3 : isSmall ? 2 : 1;  // "1.0", "1.", "1"
-        storeCharacters(withPoint(text.characters, 1), out);
-        out += text.significant > 1 ? text.significant + 1 : lonelyDigit;
+        const int singleDigitLength = form == DoubleForm::Json ? 3 : isSmall ? 2 : 1;  // "1.0", "1.", "1"
+        storeCharacters(insertDecimalPoint(text.characters, 1), out);
+        out += text.significant > 1 ? text.significant + 1 : singleDigitLength;
         return writeExponent(decimal.exponent, form, out);
     }
     if (decimal.exponent < 0) {
@@ -82,7 +82,7 @@ T* writeDouble(double value, DoubleForm form, T* out) noexcept {
         return out + 2 + text.significant;
     }
     const int whole = decimal.exponent + 1;
-    storeCharacters(withPoint(text.characters, whole), out);
+    storeCharacters(insertDecimalPoint(text.characters, whole), out);
     return out + (text.significant > whole ? text.significant + 1 : whole);
 }
 

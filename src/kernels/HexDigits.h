@@ -43,7 +43,7 @@ inline unsigned int hexDigitOf(char c) noexcept {
 
 /// Writes two digits for each of `count` bytes and returns the end.
 template <class T>
-T* encodeHexPlainly(const unsigned char* bytes, std::size_t count, HexCase letters, T* out) noexcept {
+T* encodeHexScalar(const unsigned char* bytes, std::size_t count, HexCase letters, T* out) noexcept {
     const auto digit = [gap = hexLetterGap(letters)](unsigned int value) {
         return static_cast<T>('0' + value + (value > 9 ? static_cast<unsigned int>(gap) : 0));
     };
@@ -77,7 +77,7 @@ T* encodeHex(const unsigned char* bytes, std::size_t count, HexCase letters, T* 
         bytes += 8;
         out += 16;
     }
-    return encodeHexPlainly(bytes, count, letters, out);
+    return encodeHexScalar(bytes, count, letters, out);
 }
 
 /// Decodes sixteen digits to eight bytes. Returns false and writes nothing if one is not a digit.

@@ -10,8 +10,8 @@ namespace vorel::kernels {
 namespace {
 
 /// A mask of the bytes from 0 to `limit`.
-__m256i upTo(__m256i bytes, int most) noexcept {
-    return _mm256_cmpeq_epi8(_mm256_min_epu8(bytes, _mm256_set1_epi8(static_cast<char>(most))), bytes);
+__m256i upTo(__m256i bytes, int limit) noexcept {
+    return _mm256_cmpeq_epi8(_mm256_min_epu8(bytes, _mm256_set1_epi8(static_cast<char>(limit))), bytes);
 }
 
 template <class T>

@@ -13,7 +13,7 @@
 namespace vorel::kernels {
 
 /// The longest text of a 64-bit number: twenty digits, or a sign and nineteen.
-inline constexpr std::size_t kMostIntegerCharacters = 20;
+inline constexpr std::size_t kMaxIntegerCharacters = 20;
 
 /// Shifts sixteen bytes towards the front by `count`, at most 15. The bytes shifted in at the end are unspecified.
 inline __m128i moveToFront(__m128i bytes, unsigned int count) noexcept {

@@ -30,7 +30,7 @@ bool needsQuotes(std::basic_string_view<T> item, std::basic_string_view<T> delim
     return false;
 }
 
-/// Whether an item begins and ends with a quote.
+/// Whether an item has a quote at each end. A single quote is not enough.
 template <class T>
 constexpr bool isQuotedAlready(std::basic_string_view<T> item) noexcept {
     return item.size() > 1 && item.front() == '"' && item.back() == '"';
@@ -51,7 +51,7 @@ T* writeQuoted(std::basic_string_view<T> item, T* out) noexcept {
 }
 
 /// Capacity for an item in any form, including the units written temporarily after its end.
-constexpr std::size_t joinedItemRoom(std::size_t units) noexcept {
+constexpr std::size_t joinedItemCapacity(std::size_t units) noexcept {
     constexpr std::size_t kQuotes = 2;
     return kQuotes + 2 * units + kUnitBlock;
 }

@@ -18,11 +18,11 @@ bool readIntegerList(const T* text, Take&& take) {
     skipSpaces(text);
     while (*text) {
         const T* const item = text;
-        const bool negative = takeSign(text);
-        const auto value = takeDigits<unsigned int>(text);
+        const bool negative = consumeSign(text);
+        const auto value = parseDigits<unsigned int>(text);
         if (*text == '.') {
             ++text;
-            takeDigitRun(text);  // fractions are truncated
+            consumeDigitRun(text);  // fractions are truncated
         }
         skipSpaces(text);
         text += *text == ',' ? 1 : 0;
@@ -38,18 +38,18 @@ bool readIntegerList(const T* text, Take&& take) {
 template <class T>
 class WordList {
 public:
-    explicit WordList(const T* text) noexcept : m_place(text) {}
+    explicit WordList(const T* text) noexcept : m_cursor(text) {}
 
     /// Reads the next word. Returns false at the end of the text and at a word that is too long.
     bool next() noexcept {
-        skipSpaces(m_place);
+        skipSpaces(m_cursor);
         unsigned int length = 0;
-        for (; *m_place && !isSpace(*m_place); ++m_place) {
-            if (length == kMostCharacters) {
+        for (; *m_cursor && !isSpace(*m_cursor); ++m_cursor) {
+            if (length == kMaxCharacters) {
                 m_failed = true;
                 return false;
             }
-            m_word[length++] = *m_place;
+            m_word[length++] = *m_cursor;
         }
         m_word[length] = 0;
         return length != 0;
@@ -59,11 +59,11 @@ public:
     [[nodiscard]] bool failed() const noexcept { return m_failed; }
 
 private:
-    static constexpr unsigned int kMostCharacters = 79;
+    static constexpr unsigned int kMaxCharacters = 79;
 
-    const T* m_place;
+    const T* m_cursor;
     bool m_failed = false;
-    T m_word[kMostCharacters + 1];
+    T m_word[kMaxCharacters + 1];
 };
 
 /// Passes each word to `take`. Returns false if a word is too long.
@@ -95,7 +95,7 @@ bool readBooleanList(const T* text, Take&& take) {
         } else if (equalsWord(word, "false") || equalsWord(word, "f")) {
             take(false);
         } else if (coercesToInteger(word, true)) {
-            take(takeInteger<int>(word, true) != 0);
+            take(parseInteger<int>(word, true) != 0);
         }
     });
 }
@@ -106,8 +106,8 @@ bool coercesToIntegers(const T* text) noexcept {
     skipSpaces(text);
     while (*text) {
         const T* const item = text;
-        takeSign(text);
-        takeDigitRun(text);
+        consumeSign(text);
+        consumeDigitRun(text);
         skipSpaces(text);
         if (text == item) {
             return false;

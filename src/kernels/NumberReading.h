@@ -9,9 +9,9 @@ namespace vorel::kernels {
 
 /// Stores where a scan stopped unless `end` is null.
 template <class T, class End>
-void storeEnd(const T* place, End** end) noexcept {
+void storeEnd(const T* cursor, End** end) noexcept {
     if (end) {
-        *end = const_cast<End*>(place);  // NOLINT(cppcoreguidelines-pro-type-const-cast): the caller's own text
+        *end = const_cast<End*>(cursor);  // NOLINT(cppcoreguidelines-pro-type-const-cast): the caller's own text
     }
 }
 
@@ -27,28 +27,28 @@ auto scanned(const T* text, End** end, Scan&& scan) noexcept {
 /// Parses an integer (see `parseInteger`) and stores where it ends unless `end` is null. A null text is 0.
 template <class Value, class T, class End>
 Value readInteger(const T* text, End** end, bool skipTrailingSpace) noexcept {
-    return scanned(text, end, [=](const T*& place) { return takeInteger<Value>(place, skipTrailingSpace); });
+    return scanned(text, end, [=](const T*& cursor) { return parseInteger<Value>(cursor, skipTrailingSpace); });
 }
 
 /// Parses a hexadecimal number (see `parseHex`).
 template <class T>
 int readHex(const T* text, T** end) noexcept {
-    return scanned(text, end, [](const T*& place) { return static_cast<int>(takeHex(place)); });
+    return scanned(text, end, [](const T*& cursor) { return static_cast<int>(parseHex(cursor)); });
 }
 
 /// Parses a number with a fraction and an exponent, character by character.
 template <class T>
 [[gnu::noinline]] double readDecimalStepByStep(const T* text, T** end) noexcept {
-    return scanned(text, end, [](const T*& place) {
-        const T* const start = place;
-        skipSpaces(place);
-        const bool negative = takeSign(place);
-        const Mantissa mantissa = takeMantissa(place);
+    return scanned(text, end, [](const T*& cursor) {
+        const T* const start = cursor;
+        skipSpaces(cursor);
+        const bool negative = consumeSign(cursor);
+        const Mantissa mantissa = parseMantissa(cursor);
         if (mantissa.digits == 0) {
-            place = start;
+            cursor = start;
             return negative ? -0.0 : 0.0;
         }
-        return scaled(mantissa, takeExponent(place), negative);
+        return scaled(mantissa, parseExponent(cursor), negative);
     });
 }
 
@@ -56,7 +56,7 @@ template <class T>
 template <class T>
 [[gnu::always_inline]] inline double readDecimal(const T* text, T** end) noexcept {
     double value = 0;
-    if (text && takeShortDecimal(text, value)) {
+    if (text && parseShortDecimal(text, value)) {
         storeEnd(text, end);
         return value;
     }
@@ -70,11 +70,11 @@ bool tryReadInteger(const T* text, int& value) noexcept {
         return false;
     }
     skipSpaces(text);
-    const bool negative = takeSign(text);
+    const bool negative = consumeSign(text);
     const T* const digits = text;
-    value = static_cast<int>(negatedIf(negative, takeDigits<unsigned int>(text)));
+    value = static_cast<int>(negatedIf(negative, parseDigits<unsigned int>(text)));
     const bool hasDigits = text != digits;
-    takeZeroFraction(text);
+    consumeZeroFraction(text);
     skipSpaces(text);
     return hasDigits && !*text;
 }
@@ -87,13 +87,13 @@ bool tryReadDouble(const T* text, double& value) noexcept {
         return false;
     }
     skipSpaces(text);
-    const bool negative = takeSign(text);
-    const Mantissa mantissa = takeMantissa(text);
+    const bool negative = consumeSign(text);
+    const Mantissa mantissa = parseMantissa(text);
     if (mantissa.digits == 0) {
         return false;
     }
     value = mantissaValue(mantissa.used);
-    const Exponent exponent = takeExponent(text);
+    const Exponent exponent = parseExponent(text);
     if (exponent.hasMarker && exponent.value == 0) {
         return false;
     }
@@ -109,9 +109,9 @@ bool coercesToInteger(const T* text, bool allowLeadingZeros) noexcept {
         return false;
     }
     skipSpaces(text);
-    takeSign(text);
-    const DigitRun digits = takeDigitRun(text);
-    if (!takeZeroFraction(text) && digits.hasLeadingZero && !allowLeadingZeros) {
+    consumeSign(text);
+    const DigitRun digits = consumeDigitRun(text);
+    if (!consumeZeroFraction(text) && digits.hasLeadingZero && !allowLeadingZeros) {
         return false;
     }
     skipSpaces(text);
@@ -125,21 +125,21 @@ bool coercesToDouble(const T* text, bool allowLeadingZeros) noexcept {
         return false;
     }
     skipSpaces(text);
-    takeSign(text);
-    const DigitRun digits = takeDigitRun(text);
+    consumeSign(text);
+    const DigitRun digits = consumeDigitRun(text);
     const bool hasPoint = *text == '.';
     text += hasPoint ? 1 : 0;
-    const bool hasFraction = hasPoint && takeDigitRun(text).any;
+    const bool hasFraction = hasPoint && consumeDigitRun(text).any;
     if (!digits.any && !hasFraction) {
         return false;
     }
-    const Exponent exponent = takeExponent(text);
+    const Exponent exponent = parseExponent(text);
     if (exponent.hasMarker && !exponent.hasDigits) {
         return false;
     }
     skipSpaces(text);
-    const bool refused = digits.hasLeadingZero && !hasPoint && !exponent.hasMarker && !allowLeadingZeros;
-    return !refused && !*text;
+    const bool rejected = digits.hasLeadingZero && !hasPoint && !exponent.hasMarker && !allowLeadingZeros;
+    return !rejected && !*text;
 }
 
 }  // namespace vorel::kernels

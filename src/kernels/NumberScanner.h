@@ -12,47 +12,47 @@
 namespace vorel::kernels {
 
 template <class T>
-constexpr void skipSpaces(const T*& place) noexcept {
-    while (isSpace(*place)) {
-        ++place;
+constexpr void skipSpaces(const T*& cursor) noexcept {
+    while (isSpace(*cursor)) {
+        ++cursor;
     }
 }
 
 /// Consumes one '-' or '+', if present. Returns whether it was a '-'.
 template <class T>
-constexpr bool takeSign(const T*& place) noexcept {
-    const bool negative = *place == '-';
-    place += negative || *place == '+' ? 1 : 0;
+constexpr bool consumeSign(const T*& cursor) noexcept {
+    const bool negative = *cursor == '-';
+    cursor += negative || *cursor == '+' ? 1 : 0;
     return negative;
 }
 
 /// Parses decimal digits. Returns their value, appended to the digits of `value`, modulo the range of the type.
 template <class Value, class T>
-Value takeDigits(const T*& place, Value value = 0) noexcept {
+Value parseDigits(const T*& cursor, Value value = 0) noexcept {
     static_assert(std::is_unsigned_v<Value>);
-    while (isWithinPage(place)) {
-        const std::uint64_t count = leadingDigits(digitMask(place));
-        value = static_cast<Value>(value * kIntegerPowersOfTen[count] + valueOfDigits(place, count));
-        place += count;
+    while (areBlocksInPage(cursor)) {
+        const std::uint64_t count = leadingDigits(digitMask(cursor));
+        value = static_cast<Value>(value * kIntegerPowersOfTen[count] + valueOfDigits(cursor, count));
+        cursor += count;
         if (count < kDigitBlock) {
             return value;
         }
     }
-    for (; isDigit(*place); ++place) {
-        value = value * 10 + static_cast<Value>(*place - '0');
+    for (; isDigit(*cursor); ++cursor) {
+        value = value * 10 + static_cast<Value>(*cursor - '0');
     }
     return value;
 }
 
 /// Consumes a point and the zeros after it, if present. Returns whether there was a point.
 template <class T>
-constexpr bool takeZeroFraction(const T*& place) noexcept {
-    if (*place != '.') {
+constexpr bool consumeZeroFraction(const T*& cursor) noexcept {
+    if (*cursor != '.') {
         return false;
     }
     do {
-        ++place;
-    } while (*place == '0');
+        ++cursor;
+    } while (*cursor == '0');
     return true;
 }
 
@@ -63,13 +63,13 @@ struct DigitRun {
 };
 
 template <class T>
-constexpr DigitRun takeDigitRun(const T*& place) noexcept {
-    const T* const start = place;
+constexpr DigitRun consumeDigitRun(const T*& cursor) noexcept {
+    const T* const start = cursor;
     bool nonZero = false;
-    for (; isDigit(*place); ++place) {
-        nonZero = nonZero || *place != '0';
+    for (; isDigit(*cursor); ++cursor) {
+        nonZero = nonZero || *cursor != '0';
     }
-    return {place != start, nonZero && *start == '0'};
+    return {cursor != start, nonZero && *start == '0'};
 }
 
 /// Negates in two's complement, without a branch.
@@ -81,15 +81,15 @@ constexpr Value negatedIf(bool negative, Value value) noexcept {
 /// Parses spaces, a sign and digits, and optionally the spaces after them. An unsigned number accepts only '+': a '-'
 /// stops the scan.
 template <class Value, class T>
-Value takeInteger(const T*& place, bool skipTrailingSpaces) noexcept {
-    skipSpaces(place);
+Value parseInteger(const T*& cursor, bool skipTrailingSpaces) noexcept {
+    skipSpaces(cursor);
     bool negative = false;
-    if (std::is_signed_v<Value> || *place != '-') {
-        negative = takeSign(place);
+    if (std::is_signed_v<Value> || *cursor != '-') {
+        negative = consumeSign(cursor);
     }
-    const auto value = takeDigits<std::make_unsigned_t<Value>>(place);
+    const auto value = parseDigits<std::make_unsigned_t<Value>>(cursor);
     if (skipTrailingSpaces) {
-        skipSpaces(place);
+        skipSpaces(cursor);
     }
     return static_cast<Value>(negatedIf(negative, value));
 }
@@ -97,17 +97,17 @@ Value takeInteger(const T*& place, bool skipTrailingSpaces) noexcept {
 /// The maximum number of hexadecimal digits. The limits differ by design: of more than eight digits of narrow text the
 /// last eight determine the value.
 template <class T>
-inline constexpr unsigned int kMostHexDigits = sizeof(T) == 1 ? 16 : 8;
+inline constexpr unsigned int kMaxHexDigits = sizeof(T) == 1 ? 16 : 8;
 
 /// Parses spaces, hexadecimal digits, and the spaces after them.
 template <class T>
-constexpr std::uint32_t takeHex(const T*& place) noexcept {
-    skipSpaces(place);
+constexpr std::uint32_t parseHex(const T*& cursor) noexcept {
+    skipSpaces(cursor);
     std::uint32_t value = 0;
-    for (unsigned int digits = 0; digits < kMostHexDigits<T> && hexDigitValue(*place) < 16; ++digits, ++place) {
-        value = value << 4 | hexDigitValue(*place);
+    for (unsigned int digits = 0; digits < kMaxHexDigits<T> && hexDigitValue(*cursor) < 16; ++digits, ++cursor) {
+        value = value << 4 | hexDigitValue(*cursor);
     }
-    skipSpaces(place);
+    skipSpaces(cursor);
     return value;
 }
 

@@ -10,8 +10,8 @@ namespace vorel::kernels {
 constexpr std::uintptr_t kPageBytes = 4096;  // the smallest page size
 
 /// Whether `size` bytes from `position` lie in one page.
-static inline bool isInPage(const void* place, std::uintptr_t size) noexcept {
-    return reinterpret_cast<std::uintptr_t>(place) % kPageBytes <= kPageBytes - size;
+static inline bool isInPage(const void* position, std::uintptr_t size) noexcept {
+    return reinterpret_cast<std::uintptr_t>(position) % kPageBytes <= kPageBytes - size;
 }
 
 }  // namespace vorel::kernels

@@ -17,9 +17,9 @@ inline constexpr int kOpenRangeEnd = -1;
 /// that could belong to the number except white space.
 template <class T, class Take>
 bool readRangeEnd(std::basic_string_view<T> part, Take&& take) {
-    const T* place = part.data();
-    take(takeInteger<int>(place, true));
-    return place >= part.data() + part.size();
+    const T* cursor = part.data();
+    take(parseInteger<int>(cursor, true));
+    return cursor >= part.data() + part.size();
 }
 
 /// Parses an item without surrounding white space. Returns whether it is a number or a range.

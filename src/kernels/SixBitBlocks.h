@@ -35,12 +35,12 @@ inline constexpr std::size_t kSixBitOverhang = 8;  // bytes written past the las
 
 /// Decodes whole blocks as far as the text and `capacity` allow. Returns their number.
 template <class T>
-std::size_t decodeWholeBlocks(const T* text, const SixBitRows& rows, Strangers strangers, unsigned char* out,
-                              std::size_t room) noexcept {
-    if (!s_useAvx2 || room < kSixBitBytes + kSixBitOverhang) {
+std::size_t decodeWholeBlocks(const T* text, const SixBitRows& rows, InvalidCharacters rule, unsigned char* out,
+                              std::size_t capacity) noexcept {
+    if (!s_useAvx2 || capacity < kSixBitBytes + kSixBitOverhang) {
         return 0;
     }
-    return decodeSixBitsAvx2(text, (room - kSixBitOverhang) / kSixBitBytes, rows, strangers, out);
+    return decodeSixBitsAvx2(text, (capacity - kSixBitOverhang) / kSixBitBytes, rows, rule, out);
 }
 
 }  // namespace vorel::kernels

@@ -96,9 +96,9 @@ inline constexpr SixBitRows kBase64Rows = sixBitRows(kBase64Values);
 inline constexpr SixBitRows kDaylightRows = sixBitRows(kDaylightValues);
 
 /// How a character without a value is handled.
-enum class Strangers {
-    Stop,   ///< the block with it is not decoded
-    Zeros,  ///< it counts as 0
+enum class InvalidCharacters {
+    Stop,    ///< the block with it is not decoded
+    AsZero,  ///< it counts as 0
 };
 
 }  // namespace vorel::kernels

@@ -104,13 +104,13 @@ public:
           m_irregularOffset(loadTwice(rows.irregularOffset)) {}
 
     /// The values. In `invalid`, the bytes of characters without a value are all ones.
-    [[nodiscard]] __m256i valuesOf(__m256i characters, __m256i& strangers) const noexcept {
+    [[nodiscard]] __m256i valuesOf(__m256i characters, __m256i& invalid) const noexcept {
         const __m256i bitOfRow = _mm256_setr_epi8(1, 2, 4, 8, 16, 32, 64, -128, 0, 0, 0, 0, 0, 0, 0, 0,  //
                                                   1, 2, 4, 8, 16, 32, 64, -128, 0, 0, 0, 0, 0, 0, 0, 0);
         const __m256i row = _mm256_and_si256(_mm256_srli_epi16(characters, 4), _mm256_set1_epi8(15));
         const __m256i rows = _mm256_shuffle_epi8(m_rowsOfColumn, characters);
         const __m256i known = _mm256_and_si256(rows, _mm256_shuffle_epi8(bitOfRow, row));
-        strangers = _mm256_cmpeq_epi8(known, _mm256_setzero_si256());
+        invalid = _mm256_cmpeq_epi8(known, _mm256_setzero_si256());
         const __m256i isIrregular = _mm256_cmpeq_epi8(row, _mm256_set1_epi8(SixBitRows::kIrregularRow));
         const __m256i offset = _mm256_blendv_epi8(_mm256_shuffle_epi8(m_offsetOfRow, row),
                                                   _mm256_shuffle_epi8(m_irregularOffset, characters), isIrregular);
@@ -127,29 +127,29 @@ private:
 template <class T>
 bool isReadable(const T* text) noexcept {
     constexpr std::uintptr_t kBlock = kBlockCharacters * sizeof(T);
-    const std::uintptr_t place = reinterpret_cast<std::uintptr_t>(text) % kPage;
-    if (place <= kPage - kBlock) {
+    const std::uintptr_t offset = reinterpret_cast<std::uintptr_t>(text) % kPage;
+    if (offset <= kPage - kBlock) {
         return true;
     }
-    const std::uintptr_t before = (place - (kPage - kBlock)) / sizeof(T);
+    const std::uintptr_t before = (offset - (kPage - kBlock)) / sizeof(T);
     const auto zeros = static_cast<std::uint32_t>(
         _mm256_movemask_epi8(_mm256_cmpeq_epi8(loadBytes(text - before), _mm256_setzero_si256())));
-    return place % sizeof(T) == 0 && zeros >> before == 0;
+    return offset % sizeof(T) == 0 && zeros >> before == 0;
 }
 
 template <class T>
-std::size_t decode(const T* text, std::size_t blocks, const SixBitRows& rows, Strangers rule,
+std::size_t decode(const T* text, std::size_t blocks, const SixBitRows& rows, InvalidCharacters rule,
                    unsigned char* out) noexcept {
     const Rows lookUp(rows);
     const __m256i order = _mm256_setr_epi8(2, 1, 0, 6, 5, 4, 10, 9, 8, 14, 13, 12, -1, -1, -1, -1,  //
                                            2, 1, 0, 6, 5, 4, 10, 9, 8, 14, 13, 12, -1, -1, -1, -1);
     std::size_t done = 0;
     for (; done < blocks && isReadable(text); ++done, text += kBlockCharacters, out += kBlockBytes) {
-        __m256i strangers;
-        __m256i sixBits = lookUp.valuesOf(loadBytes(text), strangers);
-        if (rule == Strangers::Zeros) {
-            sixBits = _mm256_andnot_si256(strangers, sixBits);
-        } else if (_mm256_movemask_epi8(strangers) != 0) {
+        __m256i invalid;
+        __m256i sixBits = lookUp.valuesOf(loadBytes(text), invalid);
+        if (rule == InvalidCharacters::AsZero) {
+            sixBits = _mm256_andnot_si256(invalid, sixBits);
+        } else if (_mm256_movemask_epi8(invalid) != 0) {
             break;
         }
         const __m256i twelveBits = _mm256_maddubs_epi16(sixBits, _mm256_set1_epi32(0x01400140));
@@ -172,14 +172,14 @@ std::size_t encodeSixBitsAvx2(const unsigned char* bytes, std::size_t count, con
     return encode(bytes, count, alphabet, out);
 }
 
-std::size_t decodeSixBitsAvx2(const char* text, std::size_t blocks, const SixBitRows& rows, Strangers strangers,
+std::size_t decodeSixBitsAvx2(const char* text, std::size_t blocks, const SixBitRows& rows, InvalidCharacters rule,
                               unsigned char* out) noexcept {
-    return decode(text, blocks, rows, strangers, out);
+    return decode(text, blocks, rows, rule, out);
 }
 
-std::size_t decodeSixBitsAvx2(const WideUnit* text, std::size_t blocks, const SixBitRows& rows, Strangers strangers,
+std::size_t decodeSixBitsAvx2(const WideUnit* text, std::size_t blocks, const SixBitRows& rows, InvalidCharacters rule,
                               unsigned char* out) noexcept {
-    return decode(text, blocks, rows, strangers, out);
+    return decode(text, blocks, rows, rule, out);
 }
 
 }  // namespace vorel::kernels

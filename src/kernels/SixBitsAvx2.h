@@ -19,9 +19,9 @@ std::size_t encodeSixBitsAvx2(const unsigned char* bytes, std::size_t count, con
 /// page after the end of the text, and, with `InvalidCharacters::Stop`, at a block with an invalid character. Returns
 /// the number of blocks decoded. Eight more bytes are written after the 24 bytes of the last block. The text ends with
 /// a zero and may be shorter than a block.
-std::size_t decodeSixBitsAvx2(const char* text, std::size_t blocks, const SixBitRows& rows, Strangers strangers,
+std::size_t decodeSixBitsAvx2(const char* text, std::size_t blocks, const SixBitRows& rows, InvalidCharacters rule,
                               unsigned char* out) noexcept;
-std::size_t decodeSixBitsAvx2(const WideUnit* text, std::size_t blocks, const SixBitRows& rows, Strangers strangers,
+std::size_t decodeSixBitsAvx2(const WideUnit* text, std::size_t blocks, const SixBitRows& rows, InvalidCharacters rule,
                               unsigned char* out) noexcept;
 
 }  // namespace vorel::kernels

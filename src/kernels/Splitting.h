@@ -33,9 +33,9 @@ void splitAtDelimiters(std::basic_string_view<T> text, std::basic_string_view<T>
 
 /// Result of parsing a quoted item.
 enum class Quotes {
-    Closed,       ///< the item was consumed
-    NeverClosed,  ///< the closing quote is missing
-    NotAtEnd,     ///< no delimiter follows the closing quote
+    Closed,          ///< the item was consumed
+    NeverClosed,     ///< the closing quote is missing
+    TextAfterQuote,  ///< no delimiter follows the closing quote
 };
 
 /// Iterates over items that may be in double quotes. Each of the delimiter characters ends an item.
@@ -49,7 +49,7 @@ public:
     [[nodiscard]] bool atEnd() const noexcept { return m_rest.empty(); }
 
     /// An upper bound of the number of remaining items.
-    [[nodiscard]] std::size_t mostItems() const noexcept {
+    [[nodiscard]] std::size_t maxItems() const noexcept {
         const auto isDelimiter = [this](T c) { return m_delimiters.find(c) != View::npos; };
         return static_cast<std::size_t>(std::count_if(m_rest.begin(), m_rest.end(), isDelimiter)) + 1;
     }
@@ -58,7 +58,7 @@ public:
     [[nodiscard]] bool isQuoted() const noexcept { return m_rest.front() == '"'; }
 
     /// Consumes an item as it is.
-    View takePlain() noexcept {
+    View consumePlain() noexcept {
         const std::size_t end = m_rest.find_first_of(m_delimiters);
         const View item = m_rest.substr(0, end);
         m_rest.remove_prefix(end == View::npos ? m_rest.size() : end + 1);
@@ -68,7 +68,7 @@ public:
     /// Consumes a quoted item and passes its pieces to `item.append(text, count)`. If the quotes are invalid, nothing
     /// is consumed, but pieces may have been appended.
     template <class String>
-    Quotes takeQuoted(String& item) {
+    Quotes consumeQuoted(String& item) {
         View rest = m_rest.substr(1);
         for (;;) {
             const std::size_t quote = rest.find(T{'"'});
@@ -84,7 +84,7 @@ public:
             rest.remove_prefix(1);
         }
         if (!rest.empty() && m_delimiters.find(rest.front()) == View::npos) {
-            return Quotes::NotAtEnd;
+            return Quotes::TextAfterQuote;
         }
         m_rest = rest.empty() ? rest : rest.substr(1);
         return Quotes::Closed;
@@ -98,13 +98,13 @@ private:
 /// Ends a token at every `delimiter`, where zero means none, and passes the start of each token to `take`. Passes at
 /// most `limit` tokens, but always the first; all of them if `limit` is below 0. Returns the number of tokens.
 template <class T, class Take>
-unsigned int tokenizeInPlace(T* text, T delimiter, int most, Take&& take) {
+unsigned int tokenizeInPlace(T* text, T delimiter, int limit, Take&& take) {
     take(text);
     unsigned int count = 1;
-    for (T* place = text; *place && (most < 0 || count < static_cast<unsigned int>(most)); ++place) {
-        if (*place == delimiter) {
-            *place = 0;
-            take(place + 1);
+    for (T* cursor = text; *cursor && (limit < 0 || count < static_cast<unsigned int>(limit)); ++cursor) {
+        if (*cursor == delimiter) {
+            *cursor = 0;
+            take(cursor + 1);
             ++count;
         }
     }

@@ -15,21 +15,21 @@ namespace vorel::kernels {
 /// The number of bytes before the terminator. Reads may extend past it, but never into another page.
 inline std::size_t textLength(const char* text) noexcept {
     constexpr std::uintptr_t kBlock = 16;
-    const char* place = text;
+    const char* cursor = text;
     for (;;) {
-        if (!isInPage(place, kBlock)) {
-            if (*place == 0) {
-                return static_cast<std::size_t>(place - text);
+        if (!isInPage(cursor, kBlock)) {
+            if (*cursor == 0) {
+                return static_cast<std::size_t>(cursor - text);
             }
-            ++place;
+            ++cursor;
             continue;
         }
-        const __m128i block = _mm_loadu_si128(reinterpret_cast<const __m128i*>(place));
+        const __m128i block = _mm_loadu_si128(reinterpret_cast<const __m128i*>(cursor));
         const auto zeros = static_cast<std::uint32_t>(_mm_movemask_epi8(_mm_cmpeq_epi8(block, _mm_setzero_si128())));
         if (zeros != 0) {
-            return static_cast<std::size_t>(place - text) + static_cast<std::size_t>(std::countr_zero(zeros));
+            return static_cast<std::size_t>(cursor - text) + static_cast<std::size_t>(std::countr_zero(zeros));
         }
-        place += kBlock;
+        cursor += kBlock;
     }
 }
 

@@ -19,25 +19,25 @@ struct OrderRules {
 };
 
 template <class T>
-std::ptrdiff_t digitsAt(const T* place) noexcept {
-    const T* end = place;
+std::ptrdiff_t digitsAt(const T* cursor) noexcept {
+    const T* end = cursor;
     while (isDigit(*end)) {
         ++end;
     }
-    return end - place;
+    return end - cursor;
 }
 
 template <class T>
-void skipZeros(const T*& place) noexcept {
-    while (*place == '0') {
-        ++place;
+void skipZeros(const T*& cursor) noexcept {
+    while (*cursor == '0') {
+        ++cursor;
     }
 }
 
 /// A difference of lengths, limited to values that an int can hold and negate.
 constexpr int boundedDifference(std::ptrdiff_t difference) noexcept {
-    constexpr std::ptrdiff_t kMost = std::numeric_limits<int>::max();
-    return static_cast<int>(std::clamp(difference, -kMost, kMost));
+    constexpr std::ptrdiff_t kMax = std::numeric_limits<int>::max();
+    return static_cast<int>(std::clamp(difference, -kMax, kMax));
 }
 
 /// Compares two runs of digits as numbers. Moves both cursors past the runs if they are equal.
@@ -114,8 +114,8 @@ bool versionAtLeast(const T* version, const T* required) noexcept {
         return false;
     }
     while (*required) {
-        const int found = takeInteger<int>(version, true);
-        const int needed = takeInteger<int>(required, true);
+        const int found = parseInteger<int>(version, true);
+        const int needed = parseInteger<int>(required, true);
         if (found != needed) {
             return found > needed;
         }

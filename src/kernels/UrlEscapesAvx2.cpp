@@ -68,7 +68,7 @@ UrlProgress measureUrlAvx2(const char* text, std::size_t count, const UrlTable& 
 }
 
 UrlProgress encodeUrlAvx2(const char* text, std::size_t count, const UrlTable& table, char* out,
-                          std::size_t room) noexcept {
+                          std::size_t capacity) noexcept {
     const Finder finder(table);
     char* const start = out;
     std::size_t read = 0;
@@ -79,7 +79,7 @@ UrlProgress encodeUrlAvx2(const char* text, std::size_t count, const UrlTable& t
         const __m256i bytes = load(block);
         std::uint32_t changed = finder.changedIn(bytes);
         const std::size_t length = kBlock + 2 * finder.escapesAmong(changed, bytes);
-        if (room - static_cast<std::size_t>(out - start) < length + kUrlOverhang) {
+        if (capacity - static_cast<std::size_t>(out - start) < length + kUrlOverhang) {
             break;
         }
         std::uint32_t done = 0;

@@ -24,6 +24,6 @@ inline constexpr std::size_t kUrlOverhang = 32;
 /// bytes fit into the rest of `capacity`. Never writes more than `capacity` bytes, even if another thread changes the
 /// text during the call.
 UrlProgress encodeUrlAvx2(const char* text, std::size_t count, const UrlTable& table, char* out,
-                          std::size_t room) noexcept;
+                          std::size_t capacity) noexcept;
 
 }  // namespace vorel::kernels

@@ -33,12 +33,12 @@ inline std::uint64_t urlLength(std::string_view text, const UrlTable& table) noe
 
 /// Writes the encoded text, or as much as fits with `kUrlOverhang` bytes to spare. At least one of the `capacity` bytes
 /// remains unused. Never writes more than `capacity` bytes, even if another thread changes the text during the call.
-inline UrlProgress encodeUrl(std::string_view text, const UrlTable& table, char* out, std::size_t room) noexcept {
+inline UrlProgress encodeUrl(std::string_view text, const UrlTable& table, char* out, std::size_t capacity) noexcept {
     UrlProgress done = {0, 0};
     if (s_useAvx2) {
-        done = encodeUrlAvx2(text.data(), text.size(), table, out, room);
+        done = encodeUrlAvx2(text.data(), text.size(), table, out, capacity);
     }
-    for (; done.read != text.size() && room - done.written >= sizeof UrlEscape::text; ++done.read) {
+    for (; done.read != text.size() && capacity - done.written >= sizeof UrlEscape::text; ++done.read) {
         const UrlEscape& escape = table.bytes[static_cast<unsigned char>(text[done.read])];
         std::memcpy(out + done.written, escape.text,
                     sizeof escape.text);  // stores all four, at most three are significant
@@ -48,20 +48,20 @@ inline UrlProgress encodeUrl(std::string_view text, const UrlTable& table, char*
 }
 
 /// Decodes the escape or character at `cursor`, which is before the end, and advances both pointers.
-[[gnu::always_inline]] inline void decodeUrlCharacter(const char*& place, const char* end, bool plusIsSpace,
+[[gnu::always_inline]] inline void decodeUrlCharacter(const char*& cursor, const char* end, bool plusIsSpace,
                                                       char*& out) noexcept {
-    const char c = *place;
-    if (c == '%' && end - place > 2) {
-        const unsigned int high = hexDigitOf(place[1]);
-        const unsigned int low = hexDigitOf(place[2]);
+    const char c = *cursor;
+    if (c == '%' && end - cursor > 2) {
+        const unsigned int high = hexDigitOf(cursor[1]);
+        const unsigned int low = hexDigitOf(cursor[2]);
         if ((high | low) < 16) {
             *out++ = static_cast<char>(high << 4 | low);
-            place += 3;
+            cursor += 3;
             return;
         }
     }
     *out++ = plusIsSpace && c == '+' ? ' ' : c;
-    ++place;
+    ++cursor;
 }
 
 /// Bytes that may be written past the decoded text.
@@ -71,27 +71,27 @@ inline constexpr std::size_t kUrlDecodingOverhang = 16;
 /// `kUrlDecodingOverhang` more characters than the text.
 inline char* decodeUrl(std::string_view text, bool plusIsSpace, char* out) noexcept {
     constexpr std::ptrdiff_t kBlock = 16;
-    const char* place = text.data();
-    const char* const end = place + text.size();
+    const char* cursor = text.data();
+    const char* const end = cursor + text.size();
     const __m128i percent = _mm_set1_epi8('%');
     const __m128i plus = _mm_set1_epi8(plusIsSpace ? '+' : '%');
-    while (end - place >= kBlock) {
-        const __m128i block = _mm_loadu_si128(reinterpret_cast<const __m128i*>(place));
+    while (end - cursor >= kBlock) {
+        const __m128i block = _mm_loadu_si128(reinterpret_cast<const __m128i*>(cursor));
         _mm_storeu_si128(reinterpret_cast<__m128i*>(out), block);
         const __m128i found = _mm_or_si128(_mm_cmpeq_epi8(block, percent), _mm_cmpeq_epi8(block, plus));
         const auto mask = static_cast<unsigned int>(_mm_movemask_epi8(found));
         if (mask == 0) {
-            place += kBlock;
+            cursor += kBlock;
             out += kBlock;
             continue;
         }
         const int plain = std::countr_zero(mask);
-        place += plain;
+        cursor += plain;
         out += plain;
-        decodeUrlCharacter(place, end, plusIsSpace, out);
+        decodeUrlCharacter(cursor, end, plusIsSpace, out);
     }
-    while (place != end) {
-        decodeUrlCharacter(place, end, plusIsSpace, out);
+    while (cursor != end) {
+        decodeUrlCharacter(cursor, end, plusIsSpace, out);
     }
     return out;
 }

@@ -13,7 +13,7 @@ namespace vorel::kernels {
 
 /// The maximum number of bytes of one value, and of one unit of a text.
 inline constexpr unsigned int kLongestUtf8Sequence = 6;
-inline constexpr unsigned int kMostUtf8BytesPerUnit = 3;
+inline constexpr unsigned int kMaxUtf8BytesPerUnit = 3;
 
 /// Replaces a surrogate that is not part of a pair.
 inline constexpr std::uint32_t kLoneSurrogateReplacement = '?';
@@ -110,7 +110,7 @@ enum class Surrogates {
 /// Reads one value and moves `cursor` past it. With `Paired`, a pair is read whole even if its second unit is past the
 /// end of the text: that unit is read, as is the terminator.
 template <Surrogates Rule, class Unit>
-constexpr std::uint32_t takeValue(const Unit*& cursor) noexcept {
+constexpr std::uint32_t consumeValue(const Unit*& cursor) noexcept {
     const std::uint32_t unit{static_cast<std::uint16_t>(*cursor++)};
     if constexpr (Rule == Surrogates::Paired) {
         if ((unit & 0xF800) == 0xD800) {

@@ -8,21 +8,23 @@
 namespace vorel::kernels {
 
 /// Elements read and written. It fits into a register; one call converts at most 2^30 elements.
-struct Stretch {
+struct Progress {
     unsigned int read;
     unsigned int written;
 };
 
 /// Whether whole vectors may be stored past the written units.
-enum class Tail { Free, Untouched };
+enum class Overwrite { Allowed, Forbidden };
 
 /// Decodes well-formed text from `bytes`, up to a zero, at most `left` bytes and `capacity` 16-bit units. If it returns
 /// no progress, the scalar codec must continue. Reads may extend past the text, but not into another page.
-Stretch decodeUtf8Avx2(const unsigned char* bytes, std::size_t left, void* out, std::size_t room, Tail tail) noexcept;
+Progress decodeUtf8Avx2(const unsigned char* bytes, std::size_t left, void* out, std::size_t capacity,
+                        Overwrite overwrite) noexcept;
 
 /// Encodes 16-bit units from `units`, up to a zero, at most `left` units and `capacity` bytes. Whole vectors may be
 /// stored within the capacity. With `paired`, surrogates are read in pairs and an unpaired one stops the conversion;
 /// otherwise each is a value.
-Stretch encodeUtf8Avx2(const void* units, std::size_t left, unsigned char* out, std::size_t room, bool paired) noexcept;
+Progress encodeUtf8Avx2(const void* units, std::size_t left, unsigned char* out, std::size_t capacity,
+                        bool paired) noexcept;
 
 }  // namespace vorel::kernels

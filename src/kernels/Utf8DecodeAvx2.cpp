@@ -27,8 +27,8 @@ constexpr Shuffles keepUnits() noexcept {
 
 constexpr Shuffles kKeepUnits = keepUnits();
 
-constexpr unsigned int kBytes = 16;         // per block
-constexpr std::size_t kBytesLookedAt = 18;  // including the trailing bytes of the last one
+constexpr unsigned int kBytes = 16;     // per block
+constexpr std::size_t kReadBytes = 18;  // including the trailing bytes of the last one
 constexpr std::size_t kFourByteBlock = 32;
 
 /// The units that begin at each of sixteen bytes, as if each were a lead byte.
@@ -68,22 +68,22 @@ struct Bytes {
 
 /// Decodes characters of one to three bytes at the end of the text or of the capacity: up to a zero, a lead of four
 /// bytes, or the end of the `left` bytes. Writes nothing past the decoded units.
-[[gnu::noinline]] Stretch decodePart(const unsigned char* bytes, std::size_t left, unsigned char* out,
-                                     std::size_t room) noexcept {
+[[gnu::noinline]] Progress decodePart(const unsigned char* bytes, std::size_t left, unsigned char* out,
+                                      std::size_t capacity) noexcept {
     const Bytes found(load(bytes));
     const unsigned int size = atMost(lowestBit(found.zeros | found.fours | 1u << kBytes), left);
     const unsigned int leads = found.leads & lowBits(size);
     const unsigned int announced = leads << 1 | (found.threes & leads) << 2;
     if (((announced ^ found.trailing) & lowBits(size)) != 0) {
-        return kNothing;
+        return kNoProgress;
     }
     // A character that is cut off at the end of these bytes is left.
     const unsigned int cut = (bitsFrom(leads, size - 1) & 1) != 0 ? 1 : 2;
     const unsigned int whole = bitsFrom(announced, size) == 0 ? size : size - cut;
     const unsigned int kept = ~found.trailing & lowBits(whole);
     const unsigned int count = bits(kept);
-    if (count > room) {
-        return kNothing;
+    if (count > capacity) {
+        return kNoProgress;
     }
     const __m256i units = unitsAt(bytes);
     const unsigned int inFirst = bits(kept & 0xFF);
@@ -94,8 +94,8 @@ struct Bytes {
 }
 
 /// Decodes characters of four bytes that begin with 0xF0 and are not overlong. Writes nothing past them.
-[[gnu::noinline]] Stretch decodeFours(const unsigned char* bytes, std::size_t left, unsigned char* out,
-                                      std::size_t room) noexcept {
+[[gnu::noinline]] Progress decodeFours(const unsigned char* bytes, std::size_t left, unsigned char* out,
+                                       std::size_t capacity) noexcept {
     unsigned int read = 0;
     unsigned int written = 0;
     while (isInPage(bytes + read, kFourByteBlock) && read != left) {
@@ -109,7 +109,7 @@ struct Bytes {
         const __m256i isLarge = _mm256_cmpgt_epi32(code, every(0xFFFF));
         const auto fours =
             static_cast<unsigned int>(_mm256_movemask_ps(_mm256_castsi256_ps(_mm256_and_si256(isFour, isLarge))));
-        const unsigned int count = atMost(atMost(lowestBit(~fours), (left - read) / 4), (room - written) / 2);
+        const unsigned int count = atMost(atMost(lowestBit(~fours), (left - read) / 4), (capacity - written) / 2);
         const __m256i high = _mm256_add_epi32(_mm256_srli_epi32(code, 10), every(0xD800 - 0x40));
         const __m256i low = _mm256_or_si256(_mm256_and_si256(code, every(0x3FF)), every(0xDC00));
         const __m256i pairs = _mm256_or_si256(high, _mm256_slli_epi32(low, 16));
@@ -130,12 +130,12 @@ struct Bytes {
 /// Decodes whole blocks of characters of one to three bytes, up to a block with anything else. A character belongs to
 /// the block in which it begins; the next block checks its remaining trailing bytes. Sixteen units may be written for
 /// each block, significant or not.
-[[gnu::noinline]] Stretch decodeBlocks(const unsigned char* bytes, std::size_t left, unsigned char* out,
-                                       std::size_t room) noexcept {
+[[gnu::noinline]] Progress decodeBlocks(const unsigned char* bytes, std::size_t left, unsigned char* out,
+                                        std::size_t capacity) noexcept {
     unsigned int read = 0;
     unsigned int written = 0;
     unsigned int expected = 0;  // trailing bytes, lowest bit first
-    while (left - read >= kBytes && room - written >= kBytes && isInPage(bytes + read, kBytesLookedAt)) {
+    while (left - read >= kBytes && capacity - written >= kBytes && isInPage(bytes + read, kReadBytes)) {
         const unsigned char* const next = bytes + read;
         auto* const to = reinterpret_cast<__m128i*>(out + std::size_t{2} * written);
         const __m128i block = load(next);
@@ -168,30 +168,31 @@ struct Bytes {
 }
 
 /// Decodes the next part with the fitting kernel.
-Stretch decodeNext(const unsigned char* bytes, std::size_t left, unsigned char* out, std::size_t room,
-                   Tail tail) noexcept {
+Progress decodeNext(const unsigned char* bytes, std::size_t left, unsigned char* out, std::size_t capacity,
+                    Overwrite overwrite) noexcept {
     if (*bytes >= 0xF0) {
-        return decodeFours(bytes, left, out, room);
+        return decodeFours(bytes, left, out, capacity);
     }
-    if (tail == Tail::Free && left >= kBytes && room >= kBytes) {
-        const Stretch blocks = decodeBlocks(bytes, left, out, room);
+    if (overwrite == Overwrite::Allowed && left >= kBytes && capacity >= kBytes) {
+        const Progress blocks = decodeBlocks(bytes, left, out, capacity);
         if (blocks.read != 0) {
             return blocks;
         }
     }
-    return isInPage(bytes, kBytesLookedAt) ? decodePart(bytes, left, out, room) : kNothing;
+    return isInPage(bytes, kReadBytes) ? decodePart(bytes, left, out, capacity) : kNoProgress;
 }
 
 }  // namespace
 
-Stretch decodeUtf8Avx2(const unsigned char* bytes, std::size_t left, void* out, std::size_t room, Tail tail) noexcept {
-    left = atMost(kLongestStretch, left);
+Progress decodeUtf8Avx2(const unsigned char* bytes, std::size_t left, void* out, std::size_t capacity,
+                        Overwrite overwrite) noexcept {
+    left = atMost(kMaxProgress, left);
     auto* const units = static_cast<unsigned char*>(out);
     unsigned int read = 0;
     unsigned int written = 0;
     while (read != left) {
-        const Stretch step =
-            decodeNext(bytes + read, left - read, units + std::size_t{2} * written, room - written, tail);
+        const Progress step =
+            decodeNext(bytes + read, left - read, units + std::size_t{2} * written, capacity - written, overwrite);
         if (step.read == 0) {
             break;
         }

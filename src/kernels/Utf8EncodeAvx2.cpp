@@ -52,7 +52,7 @@ constexpr Shuffles kOneToThreeBytes = oneToThreeBytes();
 
 constexpr unsigned int kUnits = 8;  // per block
 constexpr std::size_t kBlockBytes = 2 * std::size_t{kUnits};
-constexpr std::size_t kMostWritten = 28;  // per block, including insignificant bytes
+constexpr std::size_t kMaxWritten = 28;  // per block, including insignificant bytes
 
 /// Up to 24 bytes of UTF-8, in two pieces that are written one after the other.
 struct Encoded {
@@ -149,11 +149,11 @@ struct Units {
 
 /// Encodes whole blocks without zeros that have either no surrogates or only pairs. A separate loop, so that its
 /// constants stay in registers.
-[[gnu::noinline]] Stretch encodeBlocks(const unsigned char* units, std::size_t left, unsigned char* out,
-                                       std::size_t room, bool paired) noexcept {
+[[gnu::noinline]] Progress encodeBlocks(const unsigned char* units, std::size_t left, unsigned char* out,
+                                        std::size_t capacity, bool paired) noexcept {
     unsigned char* const start = out;
     unsigned int read = 0;
-    while (left - read >= kUnits && room - static_cast<std::size_t>(out - start) >= kMostWritten &&
+    while (left - read >= kUnits && capacity - static_cast<std::size_t>(out - start) >= kMaxWritten &&
            isInPage(units + 2 * std::size_t{read}, kBlockBytes)) {
         const __m128i block = load(units + 2 * std::size_t{read});
         const Units found(block);
@@ -182,8 +182,8 @@ struct Units {
 
 /// Encodes units of a block, `left` of which belong to the text: up to a zero, and up to where surrogates begin or end.
 /// Writes nothing past the encoded bytes.
-[[gnu::noinline]] Stretch encodePart(__m128i block, std::size_t left, unsigned char* out, std::size_t room,
-                                     bool paired) noexcept {
+[[gnu::noinline]] Progress encodePart(__m128i block, std::size_t left, unsigned char* out, std::size_t capacity,
+                                      bool paired) noexcept {
     const Units found(block);
     unsigned int count = atMost(lowestBit(found.zeros | 1u << kUnits), left);
     const unsigned int surrogates = paired ? found.surrogates : 0;
@@ -196,8 +196,8 @@ struct Units {
         count = atMost(lowestBit(surrogates | 1u << kUnits), count);
         encoded = encodeUpToThree(block, count);
     }
-    if (encoded.inFirst + encoded.inSecond > room) {
-        return kNothing;
+    if (encoded.inFirst + encoded.inSecond > capacity) {
+        return kNoProgress;
     }
     storeFirstBytes(encoded.first, encoded.inFirst, out);
     storeFirstBytes(encoded.second, encoded.inSecond, out + encoded.inFirst);
@@ -206,20 +206,20 @@ struct Units {
 
 }  // namespace
 
-Stretch encodeUtf8Avx2(const void* units, std::size_t left, unsigned char* out, std::size_t room,
-                       bool paired) noexcept {
-    left = atMost(kLongestStretch, left);
+Progress encodeUtf8Avx2(const void* units, std::size_t left, unsigned char* out, std::size_t capacity,
+                        bool paired) noexcept {
+    left = atMost(kMaxProgress, left);
     const auto* const bytes = static_cast<const unsigned char*>(units);
     unsigned int read = 0;
     unsigned int written = 0;
     while (read != left) {
         const unsigned char* const next = bytes + 2 * std::size_t{read};
-        Stretch step = kNothing;
-        if (left - read >= kUnits && room - written >= kMostWritten) {
-            step = encodeBlocks(next, left - read, out + written, room - written, paired);
+        Progress step = kNoProgress;
+        if (left - read >= kUnits && capacity - written >= kMaxWritten) {
+            step = encodeBlocks(next, left - read, out + written, capacity - written, paired);
         }
         if (step.read == 0 && isInPage(next, kBlockBytes)) {
-            step = encodePart(load(next), left - read, out + written, room - written, paired);
+            step = encodePart(load(next), left - read, out + written, capacity - written, paired);
         }
         if (step.read == 0) {
             break;

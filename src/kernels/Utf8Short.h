@@ -48,7 +48,7 @@ std::size_t shortTextLength(const Element* text, int length) noexcept {
 /// Decodes at least one character of four bytes: such characters mostly come in runs. False for an overlong sequence.
 template <class Unit>
 bool decodeFours(const unsigned char*& byte, const unsigned char* end, Unit*& out, const Unit* lastPair) noexcept {
-    const auto trailing = [&](unsigned int place) { return byte[place] & 0x3Fu; };
+    const auto trailing = [&](unsigned int index) { return byte[index] & 0x3Fu; };
     do {
         const std::uint32_t value = (*byte & 0x0Fu) << 18 | trailing(1) << 12 | trailing(2) << 6 | trailing(3);
         if (value < 0x10000) {
@@ -65,19 +65,19 @@ bool decodeFours(const unsigned char*& byte, const unsigned char* end, Unit*& ou
 /// Decodes a short text, including bytes of its last sequence past the end. Returns the number of units, or `kNotShort`
 /// if a byte starts no sequence or one of six bytes, or if the capacity may not suffice.
 template <class Unit>
-std::size_t decodeShortText(const unsigned char* text, int length, Unit* out, std::size_t room) noexcept {
+std::size_t decodeShortText(const unsigned char* text, int length, Unit* out, std::size_t capacity) noexcept {
     const std::size_t bytes = shortTextLength(text, length);
-    if (bytes == kNotShort || room < 2) {
+    if (bytes == kNotShort || capacity < 2) {
         return kNotShort;
     }
-    if (bytes <= room && copyShortAscii(text, bytes, out)) {
+    if (bytes <= capacity && copyShortAscii(text, bytes, out)) {
         return bytes;
     }
     const unsigned char* byte = text;
     const unsigned char* const end = text + bytes;
     const Unit* const start = out;
-    const Unit* const lastPair = out + (room - 2);
-    const auto trailing = [&](unsigned int place) { return byte[place] & 0x3Fu; };
+    const Unit* const lastPair = out + (capacity - 2);
+    const auto trailing = [&](unsigned int index) { return byte[index] & 0x3Fu; };
     while (byte < end) {
         const std::uint32_t lead = *byte;
         if (out > lastPair) {
@@ -109,18 +109,18 @@ std::size_t decodeShortText(const unsigned char* text, int length, Unit* out, st
 /// Encodes a short text. A surrogate pair whose first unit is the last one is read whole. Returns the number of bytes,
 /// or `kNotShort` if a surrogate is unpaired or the capacity may not suffice.
 template <Surrogates Rule, class Unit>
-std::size_t encodeShortText(const Unit* text, int length, unsigned char* out, std::size_t room) noexcept {
+std::size_t encodeShortText(const Unit* text, int length, unsigned char* out, std::size_t capacity) noexcept {
     const std::size_t units = shortTextLength(text, length);
-    if (units == kNotShort || room < 4) {
+    if (units == kNotShort || capacity < 4) {
         return kNotShort;
     }
-    if (units <= room && copyShortAscii(text, units, out)) {
+    if (units <= capacity && copyShortAscii(text, units, out)) {
         return units;
     }
     const Unit* unit = text;
     const Unit* const end = text + units;
     const unsigned char* const start = out;
-    const unsigned char* const lastFour = out + (room - 4);
+    const unsigned char* const lastFour = out + (capacity - 4);
     const auto put = [&](std::uint32_t bits) { *out++ = static_cast<unsigned char>(bits); };
     const auto putTrailing = [&](std::uint32_t bits) { put(0x80 | (bits & 0x3F)); };
     while (unit < end) {

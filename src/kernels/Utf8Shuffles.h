@@ -13,8 +13,8 @@
 
 namespace vorel::kernels {
 
-inline constexpr Stretch kNothing{0, 0};
-inline constexpr unsigned int kLongestStretch = 1u << 30;
+inline constexpr Progress kNoProgress{0, 0};
+inline constexpr unsigned int kMaxProgress = 1u << 30;
 
 /// Shuffles for a mask of eight elements or bytes: the kept ones move to the front.
 struct Shuffles {
@@ -25,8 +25,8 @@ static inline __m128i shuffled(__m128i elements, const Shuffles& shuffles, unsig
     return _mm_shuffle_epi8(elements, _mm_loadu_si128(reinterpret_cast<const __m128i*>(shuffles.order[mask])));
 }
 
-static inline __m128i load(const void* place) noexcept {
-    return _mm_loadu_si128(static_cast<const __m128i*>(place));
+static inline __m128i load(const void* position) noexcept {
+    return _mm_loadu_si128(static_cast<const __m128i*>(position));
 }
 
 /// The number of set bits.
@@ -49,8 +49,8 @@ static inline unsigned int lowBits(unsigned int count) noexcept {
 }
 
 /// The bits from `position` on, which is below 32.
-static inline unsigned int bitsFrom(unsigned int mask, unsigned int place) noexcept {
-    return mask >> (place & 31);
+static inline unsigned int bitsFrom(unsigned int mask, unsigned int position) noexcept {
+    return mask >> (position & 31);
 }
 
 static inline unsigned int atMost(unsigned int count, std::size_t limit) noexcept {

@@ -40,7 +40,7 @@ private:
 };
 
 /// Characters converted one by one before blocks are tried again.
-inline constexpr unsigned int kPlainly = 8;
+inline constexpr unsigned int kScalarCharacters = 8;
 
 /// Reads one input. The bytes of a sequence are read even past the bound or past the zero that would have ended the
 /// input; reading then continues to the bound or to the next zero.
@@ -56,14 +56,14 @@ public:
 
     /// Reads until `capacity` units are written or the input ends. Returns the number of units. `Rest` tells whether
     /// unused capacity may be overwritten.
-    template <LastPair Rule, Tail Behind = Tail::Free, class Unit>
-    std::size_t read(Unit* out, std::size_t room) noexcept {
+    template <LastPair Rule, Overwrite Rest = Overwrite::Allowed, class Unit>
+    std::size_t read(Unit* out, std::size_t capacity) noexcept {
         std::size_t units = 0;
         while (!m_cursor.atEnd()) {
-            if (units < room) {
-                units += readBlocks<Behind>(out + units, room - units);
+            if (units < capacity) {
+                units += readBlocks<Rest>(out + units, capacity - units);
             }
-            if (!readPlainly<Rule>(out, units, room)) {
+            if (!readScalar<Rule>(out, units, capacity)) {
                 break;
             }
         }
@@ -79,17 +79,17 @@ public:
 private:
     /// Reads some characters one by one. False if the next one does not fit or does not start a sequence.
     template <LastPair Rule, class Unit>
-    bool readPlainly(Unit* out, std::size_t& units, std::size_t room) noexcept {
+    bool readScalar(Unit* out, std::size_t& units, std::size_t capacity) noexcept {
         BoundedCursor<unsigned char> cursor = m_cursor;  // kept in registers
         std::size_t at = units;
         bool goesOn = true;
-        for (unsigned int left = kPlainly; left != 0 && !cursor.atEnd(); --left) {
+        for (unsigned int left = kScalarCharacters; left != 0 && !cursor.atEnd(); --left) {
             const unsigned char byte = *cursor.position();
             // Decoded before the capacity is checked: a bad byte after the last unit that fits is an error too.
             const Utf8Sequence sequence = byte < 0x80 ? Utf8Sequence{byte, 1} : decodeUtf8Sequence(cursor.position());
             const std::size_t needed = Rule == LastPair::Left && sequence.value >= 0x10000 ? 2 : 1;
             m_failed = sequence.bytes == 0;
-            if (m_failed || at + needed > room) {
+            if (m_failed || at + needed > capacity) {
                 goesOn = false;
                 break;
             }
@@ -102,18 +102,18 @@ private:
     }
 
     /// Reads a run of ASCII, then well-formed text in blocks. Returns the number of units.
-    template <Tail Behind, class Unit>
-    std::size_t readBlocks(Unit* out, std::size_t room) noexcept {
+    template <Overwrite Rest, class Unit>
+    std::size_t readBlocks(Unit* out, std::size_t capacity) noexcept {
         static_assert(sizeof(Unit) == 2);
         std::size_t units = 0;
         if (isAsciiText(*m_cursor.position())) {
-            units = widenAsciiRun(m_cursor.position(), std::min(m_cursor.left(), room), out);
+            units = widenAsciiRun(m_cursor.position(), std::min(m_cursor.left(), capacity), out);
             m_cursor.pass(units);
         }
-        if (!s_useAvx2 || units == room || m_cursor.atEnd()) {
+        if (!s_useAvx2 || units == capacity || m_cursor.atEnd()) {
             return units;
         }
-        const Stretch done = decodeUtf8Avx2(m_cursor.position(), m_cursor.left(), out + units, room - units, Behind);
+        const Progress done = decodeUtf8Avx2(m_cursor.position(), m_cursor.left(), out + units, capacity - units, Rest);
         m_cursor.pass(done.read);
         return units + done.written;
     }
@@ -130,11 +130,11 @@ public:
 
     /// Writes until at least `enough` bytes are written, the next sequence does not fit into `capacity` bytes, or the
     /// input ends. Returns the number of bytes. `capacity` is at least `enough`.
-    std::size_t write(unsigned char* out, std::size_t enough, std::size_t room) noexcept {
+    std::size_t write(unsigned char* out, std::size_t enough, std::size_t capacity) noexcept {
         std::size_t bytes = 0;
         while (bytes < enough && !m_cursor.atEnd()) {
-            bytes += writeBlocks(out + bytes, enough - bytes, room - bytes);
-            if (!writePlainly(out, bytes, enough, room)) {
+            bytes += writeBlocks(out + bytes, enough - bytes, capacity - bytes);
+            if (!writeScalar(out, bytes, enough, capacity)) {
                 break;
             }
         }
@@ -145,14 +145,14 @@ public:
 
 private:
     /// Writes some characters one by one. False if the next one does not fit.
-    bool writePlainly(unsigned char* out, std::size_t& bytes, std::size_t enough, std::size_t room) noexcept {
+    bool writeScalar(unsigned char* out, std::size_t& bytes, std::size_t enough, std::size_t capacity) noexcept {
         BoundedCursor<Unit> cursor = m_cursor;  // kept in registers
         std::size_t at = bytes;
         bool goesOn = true;
-        for (unsigned int left = kPlainly; left != 0 && at < enough && !cursor.atEnd(); --left) {
+        for (unsigned int left = kScalarCharacters; left != 0 && at < enough && !cursor.atEnd(); --left) {
             const Unit* next = cursor.position();
-            const std::uint32_t value = takeValue<Rule>(next);
-            if (utf8SequenceLength(value) > room - at) {
+            const std::uint32_t value = consumeValue<Rule>(next);
+            if (utf8SequenceLength(value) > capacity - at) {
                 goesOn = false;
                 break;
             }
@@ -165,7 +165,7 @@ private:
     }
 
     /// Writes a run of ASCII, then well-formed text in blocks. Returns the number of bytes.
-    std::size_t writeBlocks(unsigned char* out, std::size_t enough, std::size_t room) noexcept {
+    std::size_t writeBlocks(unsigned char* out, std::size_t enough, std::size_t capacity) noexcept {
         static_assert(sizeof(Unit) == 2);
         std::size_t run = 0;
         if (isAsciiText(*m_cursor.position())) {
@@ -176,7 +176,7 @@ private:
             return run;
         }
         constexpr bool kPaired = Rule == Surrogates::Paired;
-        const Stretch done = encodeUtf8Avx2(m_cursor.position(), m_cursor.left(), out + run, room - run, kPaired);
+        const Progress done = encodeUtf8Avx2(m_cursor.position(), m_cursor.left(), out + run, capacity - run, kPaired);
         m_cursor.pass(done.read);
         return run + done.written;
     }

@@ -31,19 +31,20 @@ using kernels::Base64End;
 
 template <class T>
 int decodeText(const T* text, const int* table, char pad, Array<unsigned char>& bytes) {
-    text::ArrayTail<unsigned char> out(bytes, 0);
+    text::ArraySink<unsigned char> out(bytes, 0);
     for (;;) {
-        if (out.room() < kernels::kBase64StepRoom) {
+        if (out.available() < kernels::kBase64StepCapacity) {
             // Only when capacity is short, because reserving requires the length of the text.
-            out.reserve(std::char_traits<T>::length(text) / 4 * 3 + kernels::kBase64StepRoom);
+            out.reserve(std::char_traits<T>::length(text) / 4 * 3 + kernels::kBase64StepCapacity);
         }
-        const kernels::Base64Step step = kernels::decodeBase64Step(text, table, pad, out.free(), out.room());
-        out.written(step.written);
+        const kernels::Base64Step step =
+            kernels::decodeBase64Step(text, table, pad, out.writePosition(), out.available());
+        out.advance(step.written);
         switch (step.end) {
         case Base64End::None: break;
         case Base64End::Text: return 0;
         case Base64End::Invalid: return 1;
-        case Base64End::Foreign: throw Exception(L"Unicode character found in Base64 text");
+        case Base64End::NonByteUnit: throw Exception(L"Unicode character found in Base64 text");
         }
     }
 }
@@ -60,8 +61,8 @@ int decode(const T* text, const int* table, char pad, Array<unsigned char>& byte
 template <class T>
 void encode(const unsigned char* data, std::size_t count, const char* alphabet, char pad, BaseString<T>& text) {
     detail::replacing(text, data, [&] {
-        T* const out = text::roomFor(std::uint64_t{count} / 3 * 4 + 4, text);
-        text::endAt(kernels::encodeBase64(data, count, alphabet, pad, out), text);
+        T* const out = text::reserveUnits(std::uint64_t{count} / 3 * 4 + 4, text);
+        text::setEnd(kernels::encodeBase64(data, count, alphabet, pad, out), text);
     });
 }
 

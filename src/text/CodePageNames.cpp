@@ -1,5 +1,5 @@
-// The names of the code pages: the description first, then the aliases. If a name occurs twice, the first entry is
-// used.
+// The names of the code pages: the description first, then the aliases. No name occurs twice; if one did, the first
+// entry would be used.
 
 #include "text/CodePageNames.h"
 

@@ -39,17 +39,17 @@ int fail(int error) noexcept {
 // ---- Names ----------------------------------------------------------------------------------------------------------
 
 /// Empties the map if it could not be filled completely: a map with entries counts as complete.
-class EmptyUnlessDone {
+class ClearOnFailure {
 public:
-    explicit EmptyUnlessDone(CodePageState& state) noexcept : m_state(&state) {}
-    ~EmptyUnlessDone() {
+    explicit ClearOnFailure(CodePageState& state) noexcept : m_state(&state) {}
+    ~ClearOnFailure() {
         if (m_state) {
             m_state->codePageNames.clear();
         }
     }
 
-    EmptyUnlessDone(const EmptyUnlessDone&) = delete;
-    EmptyUnlessDone& operator=(const EmptyUnlessDone&) = delete;
+    ClearOnFailure(const ClearOnFailure&) = delete;
+    ClearOnFailure& operator=(const ClearOnFailure&) = delete;
 
     void done() noexcept { m_state = nullptr; }
 
@@ -65,7 +65,7 @@ void fillCodeMap(CodePageState& state) {
         if (map.size() != 0) {
             return;
         }
-        EmptyUnlessDone filling(state);
+        ClearOnFailure filling(state);
         for (const text::CodePageName& row : text::kCodePageNames) {
             const std::uint32_t hash = nameHash(row.name);
             if (map.find(row.name, hash) == map.end()) {

@@ -11,8 +11,8 @@ namespace vorel::util {
 Daylight& Daylight::operator=(const Daylight&) = default;
 
 void Daylight::Encode(const Array<unsigned char>& bytes, BaseString<wchar_t>& text) {
-    wchar_t* const out = text::roomFor(kernels::daylightLength(bytes.size()), text);
-    text::endAt(kernels::encodeDaylight(bytes.data(), bytes.size(), out), text);
+    wchar_t* const out = text::reserveUnits(kernels::daylightLength(bytes.size()), text);
+    text::setEnd(kernels::encodeDaylight(bytes.data(), bytes.size(), out), text);
 }
 
 int Daylight::Decode(const BaseString<wchar_t>& text, Array<unsigned char>& bytes) {
@@ -20,14 +20,14 @@ int Daylight::Decode(const BaseString<wchar_t>& text, Array<unsigned char>& byte
     if (whole.size() % 4 != 1) {
         throw Exception(L"Daylight64::Decode: Invalid ASCII string (length wrong)");
     }
-    const auto most = static_cast<unsigned int>(whole.size() / 4 * 3);
-    bytes.setCount(most);
+    const auto maxBytes = static_cast<unsigned int>(whole.size() / 4 * 3);
+    bytes.setCount(maxBytes);
     kernels::decodeDaylightGroups(whole.data(), whole.size() - 1, bytes.data());
     const unsigned int last = kernels::bytesOfLastGroup(whole.back());
-    if (last == 0 || most + last < 3) {
+    if (last == 0 || maxBytes + last < 3) {
         throw Exception(L"Daylight64::Decode: Invalid ASCII string (unexepected charater at end)");
     }
-    bytes.setCount(most + last - 3);
+    bytes.setCount(maxBytes + last - 3);
     return 0;
 }
 

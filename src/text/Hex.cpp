@@ -17,14 +17,14 @@ namespace {
 
 template <class T>
 void encode(const Array<unsigned char>& bytes, kernels::HexCase letters, BaseString<T>& text) {
-    T* const out = text::roomFor(std::uint64_t{2} * bytes.size(), text);
+    T* const out = text::reserveUnits(std::uint64_t{2} * bytes.size(), text);
     if (out) {
-        text::endAt(kernels::encodeHex(bytes.data(), bytes.size(), letters, out), text);
+        text::setEnd(kernels::encodeHex(bytes.data(), bytes.size(), letters, out), text);
     }
 }
 
 template <class T>
-void decodeSilently(const T* text, std::size_t length, Array<unsigned char>& bytes) {
+void decodeLenient(const T* text, std::size_t length, Array<unsigned char>& bytes) {
     if (!text || length == 0 || length % 2 != 0) {
         return;
     }
@@ -33,7 +33,7 @@ void decodeSilently(const T* text, std::size_t length, Array<unsigned char>& byt
     }
     detail::replacing(bytes, text, [&] {
         bytes.setCount(static_cast<unsigned int>(length / 2));
-        kernels::decodeHexSilently(text, length, bytes.data());
+        kernels::decodeHexLenient(text, length, bytes.data());
     });
 }
 
@@ -56,7 +56,7 @@ int Hex::Decode(const BaseString<wchar_t>& text, Array<unsigned char>& bytes) {
     if (digits.size() >= 2 && digits[0] == '0' && (digits[1] == 'x' || digits[1] == 'X')) {
         digits.remove_prefix(2);
     }
-    return kernels::decodeHexLoosely(digits.data(), digits.size(), bytes.data()) ? 0 : 1;
+    return kernels::decodeHexWithStatus(digits.data(), digits.size(), bytes.data()) ? 0 : 1;
 }
 
 void byteArrayToHexString(const Array<unsigned char>& bytes, BaseString<char>& text, bool upperCase) {
@@ -70,19 +70,19 @@ void byteArrayToHexString(const Array<unsigned char>& bytes, BaseString<wchar_t>
 }
 
 void hexStringToByteArray(const char* text, Array<unsigned char>& bytes) {
-    decodeSilently(text, lengthOf(text), bytes);
+    decodeLenient(text, lengthOf(text), bytes);
 }
 
 void hexStringToByteArray(const char* text, unsigned int length, Array<unsigned char>& bytes) {
-    decodeSilently(text, length, bytes);
+    decodeLenient(text, length, bytes);
 }
 
 void hexStringToByteArray(const wchar_t* text, Array<unsigned char>& bytes) {
-    decodeSilently(text, lengthOf(text), bytes);
+    decodeLenient(text, lengthOf(text), bytes);
 }
 
 void hexStringToByteArray(const wchar_t* text, unsigned int length, Array<unsigned char>& bytes) {
-    decodeSilently(text, length, bytes);
+    decodeLenient(text, length, bytes);
 }
 
 }  // namespace vorel::util

@@ -16,32 +16,32 @@ namespace vorel::text {
 
 /// Overwrites a string from its first unit. One unit is reserved for the terminator.
 template <class T>
-class StringTail {
+class StringSink {
 public:
     using Unit = T;
 
-    explicit StringTail(BaseString<T>& string) noexcept : m_string(string) {}
+    explicit StringSink(BaseString<T>& string) noexcept : m_string(string) {}
 
     /// Sets the length to the units written, also when the conversion fails.
-    ~StringTail() { state(); }
+    ~StringSink() { commitLength(); }
 
-    StringTail(const StringTail&) = delete;
-    StringTail& operator=(const StringTail&) = delete;
+    StringSink(const StringSink&) = delete;
+    StringSink& operator=(const StringSink&) = delete;
 
-    [[nodiscard]] T* free() const noexcept { return m_string.data() + m_length; }
-    [[nodiscard]] unsigned int room() const noexcept {
+    [[nodiscard]] T* writePosition() const noexcept { return m_string.data() + m_length; }
+    [[nodiscard]] unsigned int available() const noexcept {
         return m_string.capacity() != 0 ? m_string.capacity() - m_length - 1 : 0;
     }
-    void written(std::size_t units) noexcept { m_length += static_cast<unsigned int>(units); }
+    void advance(std::size_t units) noexcept { m_length += static_cast<unsigned int>(units); }
     void append(const T* block, std::size_t units) {
-        state();
+        commitLength();
         const auto count = static_cast<unsigned int>(units);
         m_string.append(block, count);
         m_length += count;
     }
 
 private:
-    void state() noexcept {
+    void commitLength() noexcept {
         if (m_string.capacity() != 0) {
             detail::StringAccess<T>::setLength(m_string, m_length);
         }
@@ -54,22 +54,22 @@ private:
 /// Overwrites an array from `start` and truncates it to what was written. A reused array need not be cleared first,
 /// which would fill it with zeros.
 template <class T>
-class ArrayTail {
+class ArraySink {
 public:
     using Unit = T;
 
-    explicit ArrayTail(Array<T>& array, unsigned int start) noexcept : m_array(array), m_count(start) {}
+    explicit ArraySink(Array<T>& array, unsigned int start) noexcept : m_array(array), m_count(start) {}
 
     /// Sets the count to the units written, also when the conversion fails. The array does not grow, so this cannot
     /// fail.
-    ~ArrayTail() { m_array.setCount(m_count); }
+    ~ArraySink() { m_array.setCount(m_count); }
 
-    ArrayTail(const ArrayTail&) = delete;
-    ArrayTail& operator=(const ArrayTail&) = delete;
+    ArraySink(const ArraySink&) = delete;
+    ArraySink& operator=(const ArraySink&) = delete;
 
-    [[nodiscard]] T* free() const noexcept { return m_array.data() + m_count; }
-    [[nodiscard]] unsigned int room() const noexcept { return m_array.allocated() - m_count; }
-    void written(std::size_t units) noexcept { m_count += static_cast<unsigned int>(units); }
+    [[nodiscard]] T* writePosition() const noexcept { return m_array.data() + m_count; }
+    [[nodiscard]] unsigned int available() const noexcept { return m_array.allocated() - m_count; }
+    void advance(std::size_t units) noexcept { m_count += static_cast<unsigned int>(units); }
     /// Reserves capacity for `units` more elements.
     void reserve(std::size_t units) {
         m_array.setCount(m_count);
@@ -91,19 +91,19 @@ private:
     unsigned int m_count;
 };
 
-/// Writes pieces until `atEnd()`. `produce(out, capacity)` writes at most `capacity` units to the output and returns
-/// their number, 0 if the next character does not fit. Then `produceBlock(out)` writes about `Block` units, at most
-/// `Overhang` more, to a span that is appended.
-template <unsigned int Block, unsigned int Overhang, class Tail, class Produce, class ProduceBlock, class AtEnd>
-void fill(Tail&& tail, Produce&& produce, ProduceBlock&& produceBlock, AtEnd&& atEnd) {
-    typename std::remove_cvref_t<Tail>::Unit block[Block + Overhang];
+/// Writes pieces until `atEnd()`. `produce(out, capacity)` writes at most `capacity` units to the sink and returns
+/// their number, 0 if the next character does not fit. In that case `produceBlock(out)` writes about `Block` units, at
+/// most `Overhang` more, to a span that is appended.
+template <unsigned int Block, unsigned int Overhang, class Sink, class Produce, class ProduceBlock, class AtEnd>
+void fill(Sink&& sink, Produce&& produce, ProduceBlock&& produceBlock, AtEnd&& atEnd) {
+    typename std::remove_cvref_t<Sink>::Unit block[Block + Overhang];
     while (!atEnd()) {
-        const std::size_t room = tail.room();
-        const std::size_t units = room != 0 ? produce(tail.free(), room) : 0;
+        const std::size_t available = sink.available();
+        const std::size_t units = available != 0 ? produce(sink.writePosition(), available) : 0;
         if (units != 0) {
-            tail.written(units);
+            sink.advance(units);
         } else if (!atEnd()) {
-            tail.append(block, produceBlock(std::span(block)));
+            sink.append(block, produceBlock(std::span(block)));
         }
     }
 }

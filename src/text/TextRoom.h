@@ -21,19 +21,19 @@ unsigned int checkedUnits(std::uint64_t units) {
 
 /// Reserves `units` in a string, discards its text, and returns its buffer. `setEnd` must follow.
 template <class T>
-T* roomFor(std::uint64_t units, BaseString<T>& string) {
+T* reserveUnits(std::uint64_t units, BaseString<T>& string) {
     return string.reserve(checkedUnits<T>(units), true);
 }
 
 /// Reserves `units` in a string and keeps its text. `units` is at least its length.
 template <class T>
-void growFor(std::uint64_t units, BaseString<T>& string) {
+void growUnits(std::uint64_t units, BaseString<T>& string) {
     string.reserve(checkedUnits<T>(units), false);
 }
 
 /// Sets the length of a string to the text written to its buffer.
 template <class T>
-void endAt(const T* end, BaseString<T>& string) noexcept {
+void setEnd(const T* end, BaseString<T>& string) noexcept {
     detail::StringAccess<T>::setLength(string, static_cast<unsigned int>(end - string.data()));
 }
 

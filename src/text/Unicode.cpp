@@ -47,7 +47,7 @@ BaseString<wchar_t> hexDump(const unsigned char* bytes) {
 }
 
 /// Reports a byte that does not start a sequence.
-bool refuse(const unsigned char* offending, bool throwOnError) {
+bool rejectByte(const unsigned char* offending, bool throwOnError) {
     if (throwOnError) {
         const BaseString<wchar_t> dump = hexDump(offending + 1);
         throw Exception(L"Error converting UTF-8 character (%ls)", dump.view().data());
@@ -68,7 +68,7 @@ auto withInput(const char* fmt, const char* input, Conversion&& conversion) {
 
 /// Sets the length of a short text converted in place. False if it was not converted.
 template <class T>
-bool isDone(BaseString<T>& output, std::size_t units) noexcept {
+bool adoptLength(BaseString<T>& output, std::size_t units) noexcept {
     if (units == kernels::kNotShort) {
         return false;
     }
@@ -79,7 +79,7 @@ bool isDone(BaseString<T>& output, std::size_t units) noexcept {
 /// Decodes a short text that fits into the string's present buffer.
 bool decodeShort(BaseString<wchar_t>& output, const unsigned char* input, int length) noexcept {
     return input && output.capacity() != 0 &&
-           isDone(output, kernels::decodeShortText(input, length, output.data(), output.capacity() - 1));
+           adoptLength(output, kernels::decodeShortText(input, length, output.data(), output.capacity() - 1));
 }
 
 /// Not inlined, so that short texts do not pay for its setup.
@@ -91,8 +91,8 @@ bool decodeShort(BaseString<wchar_t>& output, const unsigned char* input, int le
         }
         Reader reader(input, length);
         text::fill<kUnitsPerBlock, 1>(
-            text::StringTail(output),
-            [&](wchar_t* out, std::size_t room) { return reader.read<Reader::LastPair::Left>(out, room); },
+            text::StringSink(output),
+            [&](wchar_t* out, std::size_t capacity) { return reader.read<Reader::LastPair::Left>(out, capacity); },
             [&](std::span<wchar_t, kUnitsPerBlock + 1> out) {
                 return reader.read<Reader::LastPair::Written>(out.data(), kUnitsPerBlock);
             },
@@ -100,7 +100,7 @@ bool decodeShort(BaseString<wchar_t>& output, const unsigned char* input, int le
         if (reader.failed()) {
             // The output keeps whole blocks only; the units of the last, incomplete block are dropped.
             output.reserve(output.length() / kUnitsPerBlock * kUnitsPerBlock, false);
-            return refuse(reader.position(), throwOnError);
+            return rejectByte(reader.position(), throwOnError);
         }
         return true;
     });
@@ -108,26 +108,26 @@ bool decodeShort(BaseString<wchar_t>& output, const unsigned char* input, int le
 
 /// A caller's buffer for units, or a separate one if the input lies in it. The separate units are copied back on
 /// destruction, because the message of a failure still reads the input.
-class UnitsApart {
+class SeparateUnits {
 public:
-    UnitsApart(wchar_t* output, unsigned int size, const void* input) : m_output(output), m_units(output) {
+    SeparateUnits(wchar_t* output, unsigned int size, const void* input) : m_output(output), m_units(output) {
         const auto distance = reinterpret_cast<std::uintptr_t>(input) - reinterpret_cast<std::uintptr_t>(output);
         if (input && distance < std::uintptr_t{size} * sizeof(wchar_t)) {
             m_units = m_own.reserve(size, true);
         }
     }
-    ~UnitsApart() {
+    ~SeparateUnits() {
         if (m_units != m_output) {
             std::copy_n(m_units, m_written, m_output);
         }
     }
 
-    UnitsApart(const UnitsApart&) = delete;
-    UnitsApart& operator=(const UnitsApart&) = delete;
+    SeparateUnits(const SeparateUnits&) = delete;
+    SeparateUnits& operator=(const SeparateUnits&) = delete;
 
     [[nodiscard]] wchar_t* units() const noexcept { return m_units; }
     /// Sets the number of units written.
-    void written(std::size_t units) noexcept { m_written = units; }
+    void setWritten(std::size_t units) noexcept { m_written = units; }
 
 private:
     wchar_t* m_output;
@@ -137,30 +137,30 @@ private:
 };
 
 /// Appends the UTF-8 form of a wide text.
-template <Surrogates Rule, unsigned int Block, class Tail>
-void encode(const wchar_t* input, int length, Tail&& tail) {
+template <Surrogates Rule, unsigned int Block, class Sink>
+void encode(const wchar_t* input, int length, Sink&& sink) {
     kernels::Utf8Writer<Rule, wchar_t> writer(input, length);
-    const auto write = [&](auto* out, std::size_t enough, std::size_t room) {
-        return writer.write(reinterpret_cast<unsigned char*>(out), enough, room);
+    const auto write = [&](auto* out, std::size_t enough, std::size_t capacity) {
+        return writer.write(reinterpret_cast<unsigned char*>(out), enough, capacity);
     };
     constexpr unsigned int kOverhang = kernels::kLongestUtf8Sequence - 1;
     text::fill<Block, kOverhang>(
-        std::forward<Tail>(tail), [&](auto* out, std::size_t room) { return write(out, room, room); },
+        std::forward<Sink>(sink), [&](auto* out, std::size_t capacity) { return write(out, capacity, capacity); },
         [&](auto out) { return write(out.data(), Block, out.size()); }, [&] { return writer.atEnd(); });
 }
 
 /// Clears a text if the conversion fails midway.
-class EmptyUnlessDone {
+class ClearOnFailure {
 public:
-    explicit EmptyUnlessDone(BaseString<char>& text) noexcept : m_text(&text) {}
-    ~EmptyUnlessDone() {
+    explicit ClearOnFailure(BaseString<char>& text) noexcept : m_text(&text) {}
+    ~ClearOnFailure() {
         if (m_text) {
             m_text->clear();
         }
     }
 
-    EmptyUnlessDone(const EmptyUnlessDone&) = delete;
-    EmptyUnlessDone& operator=(const EmptyUnlessDone&) = delete;
+    ClearOnFailure(const ClearOnFailure&) = delete;
+    ClearOnFailure& operator=(const ClearOnFailure&) = delete;
 
     void done() noexcept { m_text = nullptr; }
 
@@ -172,7 +172,7 @@ private:
 bool encodeShort(BaseString<char>& output, const wchar_t* input, int length) noexcept {
     auto* const out = reinterpret_cast<unsigned char*>(output.data());
     return input && output.capacity() != 0 &&
-           isDone(output, kernels::encodeShortText<Surrogates::Paired>(input, length, out, output.capacity() - 1));
+           adoptLength(output, kernels::encodeShortText<Surrogates::Paired>(input, length, out, output.capacity() - 1));
 }
 
 void encodeLong(BaseString<char>& output, const wchar_t* input, int length) {
@@ -181,8 +181,8 @@ void encodeLong(BaseString<char>& output, const wchar_t* input, int length) {
             output.clear();
             return;
         }
-        EmptyUnlessDone result(output);
-        encode<Surrogates::Paired, kEncodedBlock>(input, length, text::StringTail(output));
+        ClearOnFailure result(output);
+        encode<Surrogates::Paired, kEncodedBlock>(input, length, text::StringSink(output));
         result.done();
     });
 }
@@ -230,18 +230,19 @@ bool ConvertUTF8toString(BaseString<wchar_t>& output, const char* input, int len
 bool ConvertUTF8toString(wchar_t* output, unsigned int size, const unsigned char* input, int length,
                          bool throwOnError) {
     return guarded(L"vorel::util::ConvertUTF8toString", [&] {
-        const unsigned int room = size != 0 ? size - 1 : 0;
+        const unsigned int capacity = size != 0 ? size - 1 : 0;
         Reader reader(input ? input : bytesOf(""), length);
-        UnitsApart out(output, size, input);
+        SeparateUnits out(output, size, input);
         // The rest of the caller's buffer must stay unchanged.
-        const std::size_t units = reader.read<Reader::LastPair::Left, kernels::Tail::Untouched>(out.units(), room);
-        out.written(units);
+        const std::size_t units =
+            reader.read<Reader::LastPair::Left, kernels::Overwrite::Forbidden>(out.units(), capacity);
+        out.setWritten(units);
         if (reader.failed()) {
-            return refuse(reader.position(), throwOnError);
+            return rejectByte(reader.position(), throwOnError);
         }
         if (size != 0) {
             out.units()[units] = 0;
-            out.written(units + 1);
+            out.setWritten(units + 1);
         }
         return true;
     });
@@ -254,7 +255,7 @@ void ConvertStringtoUTF8(const wchar_t* input, Array<unsigned char>& output, boo
             return;
         }
         replacing(output, input,
-                  [&] { encode<Surrogates::Paired, kEncodedBlock>(input, length, text::ArrayTail(output, 0)); });
+                  [&] { encode<Surrogates::Paired, kEncodedBlock>(input, length, text::ArraySink(output, 0)); });
         if (appendZero) {
             output.append(0);
         }
@@ -307,7 +308,7 @@ void EncodeAndAppendToBuffer(const wchar_t* input, Array<unsigned char>& output)
             copy = input;
             input = copy.view().data();
         }
-        encode<Surrogates::Single, kAppendedBlock>(input, -1, text::ArrayTail(output, output.size()));
+        encode<Surrogates::Single, kAppendedBlock>(input, -1, text::ArraySink(output, output.size()));
     });
 }
 

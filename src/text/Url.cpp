@@ -29,7 +29,7 @@ void write(std::string_view text, const UrlTable& table, BaseString<char>& outpu
     constexpr std::size_t kShort = 64;  // below this, the upper bound is cheaper than measuring
     constexpr std::size_t kLongestEscape = 3;
     const std::uint64_t length = text.size() > kShort ? kernels::urlLength(text, table) : kLongestEscape * text.size();
-    text::roomFor(length + kernels::kUrlOverhang, output);
+    text::reserveUnits(length + kernels::kUrlOverhang, output);
     std::size_t written = 0;
     for (;;) {
         const kernels::UrlProgress done =
@@ -41,13 +41,13 @@ void write(std::string_view text, const UrlTable& table, BaseString<char>& outpu
             return;
         }
         // Another thread or process changed the text after it was measured. Now the capacity suffices for any content.
-        text::growFor(written + kLongestEscape * text.size() + kernels::kUrlOverhang, output);
+        text::growUnits(written + kLongestEscape * text.size() + kernels::kUrlOverhang, output);
     }
 }
 
 void write(std::string_view text, bool plusIsSpace, BaseString<char>& output) {
-    char* const out = text::roomFor(std::uint64_t{text.size()} + kernels::kUrlDecodingOverhang, output);
-    text::endAt(kernels::decodeUrl(text, plusIsSpace, out), output);
+    char* const out = text::reserveUnits(std::uint64_t{text.size()} + kernels::kUrlDecodingOverhang, output);
+    text::setEnd(kernels::decodeUrl(text, plusIsSpace, out), output);
 }
 
 /// Replaces `output` by the encoded text (`rule` is a table) or the decoded text (`rule` tells whether '+' is a space).
@@ -76,7 +76,7 @@ const UrlTable& tableFor(UrlComponent component) noexcept {
 void addZeros(BaseString<char>& utf8) {
     const unsigned int length = utf8.length();
     if (length != 0) {
-        text::growFor(std::uint64_t{length} + kernels::kLongestUtf8Sequence, utf8);
+        text::growUnits(std::uint64_t{length} + kernels::kLongestUtf8Sequence, utf8);
         std::memset(utf8.data() + length, 0, kernels::kLongestUtf8Sequence);
         detail::StringAccess<char>::setLength(utf8, length);
     }

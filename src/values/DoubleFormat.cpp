@@ -8,8 +8,8 @@ namespace vorel::baseutil {
 namespace {
 
 /// Moves the text from `position` to its terminator by `distance` characters.
-void moveTail(char* place, std::ptrdiff_t distance) noexcept {
-    std::memmove(place + distance, place, std::strlen(place) + 1);
+void moveTail(char* position, std::ptrdiff_t distance) noexcept {
+    std::memmove(position + distance, position, std::strlen(position) + 1);
 }
 
 }  // namespace
@@ -31,7 +31,7 @@ char* makeDoubleFormatConsistent(char* text, unsigned long long capacity, util::
         return text;
     }
     *exponent = 'e';
-    const auto room = [&] {
+    const auto available = [&] {
         const std::size_t length = std::strlen(text);
         return capacity > length ? capacity - length : 0;
     };
@@ -41,16 +41,16 @@ char* makeDoubleFormatConsistent(char* text, unsigned long long capacity, util::
         }
         moveTail(exponent, -zeros);
         exponent -= zeros;
-    } else if (json && point && point + 1 == exponent && room() >= 2) {
+    } else if (json && point && point + 1 == exponent && available() >= 2) {
         moveTail(exponent, 1);
         *exponent++ = '0';
-    } else if (json && !point && room() >= 3) {
+    } else if (json && !point && available() >= 3) {
         moveTail(exponent, 2);
         *exponent++ = '.';
         *exponent++ = '0';
     }
     constexpr std::size_t kShortExponent = 4;  // 'e', a sign, two digits
-    if (std::strlen(exponent) == kShortExponent && room() >= 2) {
+    if (std::strlen(exponent) == kShortExponent && available() >= 2) {
         moveTail(exponent + 2, 1);
         exponent[2] = '0';
     }

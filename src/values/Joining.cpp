@@ -22,11 +22,11 @@ class Writer {
 public:
     /// The string must be empty.
     explicit Writer(BaseString<wchar_t>& text) noexcept
-        : m_text(text), m_place(text.data()), m_end(m_place + text.capacity()) {}
+        : m_text(text), m_cursor(text.data()), m_end(m_cursor + text.capacity()) {}
 
     /// Reserves capacity for `units` more and a terminator.
     void reserve(std::uint64_t units) {
-        if (units < static_cast<std::uint64_t>(m_end - m_place)) {
+        if (units < static_cast<std::uint64_t>(m_end - m_cursor)) {
             return;
         }
         finish();
@@ -37,26 +37,26 @@ public:
         const unsigned int before = m_text.length();
         m_text.reserve(static_cast<unsigned int>(needed), false);
         detail::StringAccess<wchar_t>::setLength(m_text, before);
-        m_place = m_text.data() + before;
+        m_cursor = m_text.data() + before;
         m_end = m_text.data() + m_text.capacity();
     }
 
     void finish() noexcept {
-        if (m_place) {
-            detail::StringAccess<wchar_t>::setLength(m_text, static_cast<unsigned int>(m_place - m_text.data()));
+        if (m_cursor) {
+            detail::StringAccess<wchar_t>::setLength(m_text, static_cast<unsigned int>(m_cursor - m_text.data()));
         }
     }
 
-    void write(std::wstring_view text) noexcept { m_place = std::copy(text.begin(), text.end(), m_place); }
+    void write(std::wstring_view text) noexcept { m_cursor = std::copy(text.begin(), text.end(), m_cursor); }
 
     /// Writes an item, quoted if necessary. The item must be a whole string: its buffer is a whole number of blocks.
     void writeItem(std::wstring_view item, std::wstring_view delimiter) noexcept {
-        m_place = kernels::writeJoinedItem(item, delimiter, m_place);
+        m_cursor = kernels::writeJoinedItem(item, delimiter, m_cursor);
     }
 
 private:
     BaseString<wchar_t>& m_text;
-    wchar_t* m_place;
+    wchar_t* m_cursor;
     wchar_t* m_end;
 };
 
@@ -84,7 +84,7 @@ void multipleStringsToSingleString(const Array<BaseString<wchar_t>>& items, cons
     Writer writer(result);
     for (const BaseString<wchar_t>& item : items) {
         const std::wstring_view text = item.view();
-        writer.reserve(between.size() + kernels::joinedItemRoom(text.size()));
+        writer.reserve(between.size() + kernels::joinedItemCapacity(text.size()));
         if (&item != items.begin()) {
             writer.write(between);
         }

@@ -128,10 +128,10 @@ void stringToLongRanges(const wchar_t* text, Array<int>& starts, Array<int>& end
     if (!text) {
         return;
     }
-    const std::wstring_view refused = kernels::readRanges(
+    const std::wstring_view rejected = kernels::readRanges(
         text, [&starts](int start) { starts.append(start); }, [&ends](int end) { ends.append(end); });
-    if (!refused.empty()) {
-        const BaseString<wchar_t> item(refused.data(), static_cast<unsigned int>(refused.size()));
+    if (!rejected.empty()) {
+        const BaseString<wchar_t> item(rejected.data(), static_cast<unsigned int>(rejected.size()));
         throw Exception(L"Found nonnumeric text in numeric item: \"%ls\"", item.c_str());
     }
 }

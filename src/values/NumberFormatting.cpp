@@ -44,7 +44,7 @@ T* writeInForm(double value, T* out, FormattingOptions options) noexcept {
 /// The same into a caller's buffer that is large enough. Nothing after the terminator is written.
 template <class T>
 void writeWhole(double value, T* buffer, FormattingOptions options) noexcept {
-    T text[kernels::kDoubleRoom];
+    T text[kernels::kDoubleCapacity];
     T* const end = writeInForm(value, text, options);
     *end = 0;
     kernels::copyShort(text, static_cast<std::size_t>(end - text) + 1, buffer);
@@ -55,15 +55,15 @@ bool isSmall(double value) noexcept {
 }
 
 /// Writes to a buffer that may be too small: truncates first, then normalises the form.
-char* writeCut(double value, char* buffer, unsigned long long size, FormattingOptions options) noexcept {
-    char text[kernels::kDoubleRoom];
+char* writeTruncated(double value, char* buffer, unsigned long long size, FormattingOptions options) noexcept {
+    char text[kernels::kDoubleCapacity];
     const char* const end = kernels::writeDouble(value, kernels::DoubleForm::Raw, text);
     const auto length = static_cast<std::size_t>(end - text);
     if (isSmall(value)) {
         std::copy_n(text, length, buffer);  // never truncated: callers provide enough space
         buffer[length] = 0;
     } else {
-        kernels::copyCut(text, length, buffer, size);
+        kernels::copyTruncated(text, length, buffer, size);
         if (size == 0) {
             return buffer;
         }
@@ -79,9 +79,9 @@ const char* doubleToString(double value, char* buffer, unsigned long long size, 
         buffer[1] = 0;
     } else if (!std::isfinite(value)) {
         const std::string_view word = specialWord(value, (options & FO_JSON) != 0);
-        kernels::copyCut(word.data(), word.size(), buffer, size);
-    } else if (size < kernels::kDoubleRoom) {
-        writeCut(value, buffer, size, options);
+        kernels::copyTruncated(word.data(), word.size(), buffer, size);
+    } else if (size < kernels::kDoubleCapacity) {
+        writeTruncated(value, buffer, size, options);
     } else {
         writeWhole(value, buffer, options);
         if (!isSmall(value)) {
@@ -95,7 +95,7 @@ const wchar_t* doubleToString(double value, wchar_t* buffer, unsigned long long 
     if (!buffer) {
         return nullptr;
     }
-    if (size >= kernels::kDoubleRoom && value != 0.0 && std::isfinite(value)) {
+    if (size >= kernels::kDoubleCapacity && value != 0.0 && std::isfinite(value)) {
         writeWhole(value, buffer, options);
     } else {
         char text[kWorkCharacters];
@@ -116,7 +116,7 @@ void appendDouble(BaseString<wchar_t>& text, double value) {
 }
 
 void appendInteger(BaseString<wchar_t>& text, int value) {
-    wchar_t characters[kernels::kMostIntegerCharacters];
+    wchar_t characters[kernels::kMaxIntegerCharacters];
     const wchar_t* const end = kernels::writeSigned(kernels::magnitudeOf(value), value < 0, characters);
     text.append(characters, static_cast<unsigned int>(end - characters));
 }

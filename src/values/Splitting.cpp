@@ -48,13 +48,13 @@ void split(const T* text, const T* delimiterText, Array<BaseString<T>>& parts) {
 
 /// Consumes a quoted item and returns whether its quotes are valid.
 template <class T>
-bool takeQuoted(kernels::QuotedItems<T>& items, BaseString<T>& item) {
-    switch (items.takeQuoted(item)) {
+bool consumeQuoted(kernels::QuotedItems<T>& items, BaseString<T>& item) {
+    switch (items.consumeQuoted(item)) {
     case kernels::Quotes::Closed: return true;
     case kernels::Quotes::NeverClosed:
         Exception::trace("singleCToMultipleD() - ending text without 2nd double quote");
         break;
-    case kernels::Quotes::NotAtEnd:
+    case kernels::Quotes::TextAfterQuote:
         Exception::trace("singleCToMultipleD() - non-delimitors after 2nd double quote");
         break;
     }
@@ -64,8 +64,8 @@ bool takeQuoted(kernels::QuotedItems<T>& items, BaseString<T>& item) {
 template <class T>
 BaseString<T> nextItem(kernels::QuotedItems<T>& items, bool trim) {
     BaseString<T> item;
-    if (!items.isQuoted() || !takeQuoted(items, item)) {
-        const View<T> plain = items.takePlain();
+    if (!items.isQuoted() || !consumeQuoted(items, item)) {
+        const View<T> plain = items.consumePlain();
         item = stringOf(trim ? kernels::trimmed(plain) : plain);
     } else if (trim) {
         item = stringOf(kernels::trimmed(item.view()));
@@ -86,7 +86,7 @@ void splitQuoted(const T* text, const T* delimiters, Array<BaseString<T>>& items
     }
     kernels::QuotedItems<T> rest(viewOf(text), viewOf(delimiters));
     if (!rest.atEnd()) {
-        reserveMore(items, rest.mostItems());
+        reserveMore(items, rest.maxItems());
     }
     while (!rest.atEnd()) {
         items.append(nextItem(rest, trim));

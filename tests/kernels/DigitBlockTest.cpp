@@ -64,7 +64,7 @@ TYPED_TEST(DigitBlock, NoBlockLeavesThePage) {
     const TypeParam* const first = edge.firstElement();
     for (std::size_t place = 0; place < 4096 / sizeof(TypeParam); ++place) {
         const bool hasRoom = place >= 16 && place + 32 <= 4096 / sizeof(TypeParam);
-        ASSERT_EQ(kernels::isWithinPage(first + place), hasRoom) << place;
+        ASSERT_EQ(kernels::areBlocksInPage(first + place), hasRoom) << place;
         if (hasRoom) {  // nothing faults
             static_cast<void>(kernels::digitMask(first + place + 16));
             static_cast<void>(kernels::valueOfDigits(first + place, 0));

@@ -47,7 +47,7 @@ struct Plainly {
     static constexpr char kName[] = "plain";
     static constexpr bool kNeedsAvx2 = false;
     static T* encode(const unsigned char* bytes, std::size_t count, HexCase letters, T* out) {
-        return kernels::encodeHexPlainly(bytes, count, letters, out);
+        return kernels::encodeHexScalar(bytes, count, letters, out);
     }
 };
 

@@ -18,7 +18,7 @@
 namespace {
 
 namespace kernels = vorel::kernels;
-using kernels::Strangers;
+using kernels::InvalidCharacters;
 using test::Bytes;
 
 constexpr std::size_t kBlockBytes = 24;
@@ -50,7 +50,7 @@ struct Plain {
                3;
     }
     /// Block by block what the operations of one group do.
-    static std::size_t decode(const T* text, std::size_t blocks, const Encoding& encoding, Strangers strangers,
+    static std::size_t decode(const T* text, std::size_t blocks, const Encoding& encoding, InvalidCharacters rule,
                               unsigned char* out) {
         for (std::size_t block = 0; block < blocks; ++block, text += kBlockCharacters, out += kBlockBytes) {
             unsigned int values[kBlockCharacters];
@@ -58,7 +58,7 @@ struct Plain {
                 const unsigned int unit = static_cast<std::make_unsigned_t<T>>(text[at]);
                 values[at] = unit < 128 ? encoding.values.values[unit] : kernels::SixBitValues::kNone;
                 if (values[at] == kernels::SixBitValues::kNone) {
-                    if (strangers == Strangers::Stop) {
+                    if (rule == InvalidCharacters::Stop) {
                         return block;
                     }
                     values[at] = 0;
@@ -82,9 +82,9 @@ struct Avx2 {
     static std::size_t encode(const unsigned char* bytes, std::size_t count, const Encoding& encoding, T* out) {
         return kernels::encodeSixBitsAvx2(bytes, count, encoding.alphabet.data(), out);
     }
-    static std::size_t decode(const T* text, std::size_t blocks, const Encoding& encoding, Strangers strangers,
+    static std::size_t decode(const T* text, std::size_t blocks, const Encoding& encoding, InvalidCharacters rule,
                               unsigned char* out) {
-        return kernels::decodeSixBitsAvx2(text, blocks, encoding.rows, strangers, out);
+        return kernels::decodeSixBitsAvx2(text, blocks, encoding.rows, rule, out);
     }
 };
 
@@ -111,10 +111,10 @@ protected:
     }
 
     /// Decodes the text at `place` into room for just `blocks` and the overhang, and expects `done` of them.
-    void expectDecoded(const Unit* place, std::size_t blocks, const Encoding& encoding, Strangers strangers,
+    void expectDecoded(const Unit* place, std::size_t blocks, const Encoding& encoding, InvalidCharacters rule,
                        std::size_t done) {
         unsigned char* const out = m_bytes.lastElements(blocks * kBlockBytes + Kernel::kOverhang);
-        ASSERT_EQ(Kernel::decode(place, blocks, encoding, strangers, out), done);
+        ASSERT_EQ(Kernel::decode(place, blocks, encoding, rule, out), done);
         std::vector<unsigned int> units;
         for (std::size_t at = 0; at < done * kBlockCharacters; ++at) {
             units.push_back(static_cast<std::make_unsigned_t<Unit>>(place[at]));
@@ -178,9 +178,10 @@ TYPED_TEST(SixBits, Decode_TakesWholeBlocksAndAsManyAsItIsTold) {
             for (std::size_t blocks = 0; blocks <= 5; ++blocks) {
                 SCOPED_TRACE(testing::Message() << blocks << " blocks of " << length);
                 ASSERT_NO_FATAL_FAILURE(
-                    this->expectDecoded(place, blocks, encoding, Strangers::Stop, std::min(blocks, whole)));
+                    this->expectDecoded(place, blocks, encoding, InvalidCharacters::Stop, std::min(blocks, whole)));
                 const std::size_t counted = std::min(blocks, whole);  // where zeros count, the caller knows the length
-                ASSERT_NO_FATAL_FAILURE(this->expectDecoded(place, counted, encoding, Strangers::Zeros, counted));
+                ASSERT_NO_FATAL_FAILURE(
+                    this->expectDecoded(place, counted, encoding, InvalidCharacters::AsZero, counted));
             }
         }
     }
@@ -193,7 +194,7 @@ TYPED_TEST(SixBits, Decode_GoesOnAcrossThePageWhereTheTextDoes) {
         const auto text = this->textOf(kEncodings[0], 3 * kBlockCharacters);
         T* const place = this->m_text.firstElement() + kPage / sizeof(T) - before;
         std::copy_n(text.c_str(), text.size() + 1, place);
-        ASSERT_NO_FATAL_FAILURE(this->expectDecoded(place, 4, kEncodings[0], Strangers::Stop, 3));
+        ASSERT_NO_FATAL_FAILURE(this->expectDecoded(place, 4, kEncodings[0], InvalidCharacters::Stop, 3));
     }
 }
 
@@ -209,8 +210,9 @@ TYPED_TEST(SixBits, Decode_KnowsEveryUnitAtEveryPlaceOfABlock) {
                 auto changed = text;
                 changed[kBlockCharacters + at] = static_cast<T>(unit);
                 const auto* const place = this->placedAtEnd(changed);
-                ASSERT_NO_FATAL_FAILURE(this->expectDecoded(place, 3, encoding, Strangers::Stop, isKnown ? 3 : 1));
-                ASSERT_NO_FATAL_FAILURE(this->expectDecoded(place, 3, encoding, Strangers::Zeros, 3));
+                ASSERT_NO_FATAL_FAILURE(
+                    this->expectDecoded(place, 3, encoding, InvalidCharacters::Stop, isKnown ? 3 : 1));
+                ASSERT_NO_FATAL_FAILURE(this->expectDecoded(place, 3, encoding, InvalidCharacters::AsZero, 3));
             }
         }
     }
@@ -232,8 +234,9 @@ TYPED_TEST(SixBits, Decode_OfRandomTextsAgreesWithTheReference) {
         });
         const std::size_t clean = static_cast<std::size_t>(stranger - text.begin()) / kBlockCharacters;
         const auto* const place = this->placedAtEnd(text);
-        ASSERT_NO_FATAL_FAILURE(this->expectDecoded(place, blocks, encoding, Strangers::Zeros, blocks)) << round;
-        ASSERT_NO_FATAL_FAILURE(this->expectDecoded(place, blocks, encoding, Strangers::Stop, clean)) << round;
+        ASSERT_NO_FATAL_FAILURE(this->expectDecoded(place, blocks, encoding, InvalidCharacters::AsZero, blocks))
+            << round;
+        ASSERT_NO_FATAL_FAILURE(this->expectDecoded(place, blocks, encoding, InvalidCharacters::Stop, clean)) << round;
     }
 }
 

@@ -20,8 +20,8 @@ namespace {
 using test::RandomText;
 using vorel::kernels::decodeUtf8Avx2;
 using vorel::kernels::encodeUtf8Avx2;
-using vorel::kernels::Stretch;
-using vorel::kernels::Tail;
+using vorel::kernels::Overwrite;
+using vorel::kernels::Progress;
 
 constexpr std::uint64_t kSeed = 20261121;
 constexpr std::size_t kNoBound = static_cast<std::size_t>(-1);
@@ -61,27 +61,27 @@ protected:
     }
 
     /// Decodes `bytes`, of which `left` may be taken and which end at a forbidden page, and checks what was done.
-    Stretch decode(std::string_view bytes, std::size_t left, std::size_t room, Tail tail) {
+    Progress decode(std::string_view bytes, std::size_t left, std::size_t room, Overwrite overwrite) {
         const auto* const input =
             m_bytes.placeAtEnd({reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size()});
         std::wstring out(room + 40, kGuard);
-        const Stretch done = decodeUtf8Avx2(input, left, out.data(), room, tail);
+        const Progress done = decodeUtf8Avx2(input, left, out.data(), room, overwrite);
         EXPECT_LE(done.read, left);
         EXPECT_LE(done.written, room);
         const test::DecodedText expected = test::decodeUtf8(bytes, static_cast<int>(done.read));
         EXPECT_FALSE(expected.error);
         EXPECT_EQ(expected.bytesRead, done.read) << "it ends between two characters, before a zero";
         EXPECT_EQ(out.substr(0, done.written), expected.units);
-        const std::size_t untouched = tail == Tail::Free ? room : done.written;
+        const std::size_t untouched = overwrite == Overwrite::Allowed ? room : done.written;
         EXPECT_EQ(out.find_first_not_of(kGuard, untouched), std::wstring::npos) << "behind the room, or the text";
         return done;
     }
 
     /// The same for encoding.
-    Stretch encode(std::wstring_view units, std::size_t left, std::size_t room, bool paired) {
+    Progress encode(std::wstring_view units, std::size_t left, std::size_t room, bool paired) {
         const auto* const input = m_units.placeAtEnd(units);
         std::string out(room + 40, static_cast<char>(kGuardByte));
-        const Stretch done = encodeUtf8Avx2(input, left, reinterpret_cast<unsigned char*>(out.data()), room, paired);
+        const Progress done = encodeUtf8Avx2(input, left, reinterpret_cast<unsigned char*>(out.data()), room, paired);
         EXPECT_LE(done.read, left);
         EXPECT_LE(done.written, room);
         const std::wstring taken(units.substr(0, done.read));
@@ -105,11 +105,11 @@ TEST_F(Utf8Avx2, DecodesRandomTextsWithinEveryBoundAndRoom) {
             bytes[random.below(bytes.size())] = static_cast<char>(random.bits());
         }
         bytes += std::string(6, '\0');
-        for (const Tail tail : {Tail::Free, Tail::Untouched}) {
-            decode(bytes, kNoBound, 2 * kMost, tail);
-            decode(bytes, random.below(bytes.size()), 2 * kMost, tail);
-            decode(bytes, kNoBound, random.below(kMost), tail);
-            decode(bytes, random.below(bytes.size()), random.below(kMost), tail);
+        for (const Overwrite overwrite : {Overwrite::Allowed, Overwrite::Forbidden}) {
+            decode(bytes, kNoBound, 2 * kMost, overwrite);
+            decode(bytes, random.below(bytes.size()), 2 * kMost, overwrite);
+            decode(bytes, kNoBound, random.below(kMost), overwrite);
+            decode(bytes, random.below(bytes.size()), random.below(kMost), overwrite);
         }
         if (HasFailure()) {
             return;
@@ -161,8 +161,8 @@ TEST_F(Utf8Avx2, TakesWellFormedTextsOfEveryLengthWhole) {
             std::string bytes = test::encodeUtf16(units + L'\0', -1).bytes;
             const std::size_t size = bytes.size();
             bytes += std::string(64, '\0');
-            EXPECT_EQ(decode(bytes, kNoBound, units.size(), Tail::Free).read, size);
-            EXPECT_EQ(decode(bytes, size, units.size(), Tail::Untouched).read, size);
+            EXPECT_EQ(decode(bytes, kNoBound, units.size(), Overwrite::Allowed).read, size);
+            EXPECT_EQ(decode(bytes, size, units.size(), Overwrite::Forbidden).read, size);
             const std::wstring padded = units + std::wstring(32, L'\0');
             EXPECT_EQ(encode(padded, kNoBound, size, true).read, units.size());
             EXPECT_EQ(encode(padded, units.size(), size, true).read, units.size());
@@ -181,7 +181,7 @@ TEST_F(Utf8Avx2, LeavesWhatIsNotWellFormed) {
                 }
                 const std::size_t sound = bytes.size();
                 bytes += damage + std::string(64, 'z') + std::string(6, '\0');
-                EXPECT_LE(decode(bytes, kNoBound, 200, Tail::Free).read, sound) << "damage " << damage.size();
+                EXPECT_LE(decode(bytes, kNoBound, 200, Overwrite::Allowed).read, sound) << "damage " << damage.size();
             }
         }
     }

@@ -11,6 +11,7 @@
 
 namespace {
 
+using vorel::kernels::consumeValue;
 using vorel::kernels::decodeUtf8Sequence;
 using vorel::kernels::encodeUtf8Sequence;
 using vorel::kernels::isHighSurrogate;
@@ -18,7 +19,6 @@ using vorel::kernels::isLowSurrogate;
 using vorel::kernels::kLongestUtf8Sequence;
 using vorel::kernels::putUnits;
 using vorel::kernels::Surrogates;
-using vorel::kernels::takeValue;
 using vorel::kernels::Utf8Sequence;
 using vorel::kernels::utf8SequenceLength;
 
@@ -206,11 +206,11 @@ TEST(Utf8Test, TakeValue_JoinsPairsAndReplacesWhatStandsAlone) {
     };
     for (const Case& c : kCases) {
         const wchar_t* cursor = c.units;
-        EXPECT_EQ(takeValue<Surrogates::Paired>(cursor), c.value) << testing::PrintToString(c.units);
+        EXPECT_EQ(consumeValue<Surrogates::Paired>(cursor), c.value) << testing::PrintToString(c.units);
         EXPECT_EQ(cursor - c.units, c.taken) << testing::PrintToString(c.units);
 
         cursor = c.units;
-        EXPECT_EQ(takeValue<Surrogates::Single>(cursor), std::uint32_t{c.units[0]});
+        EXPECT_EQ(consumeValue<Surrogates::Single>(cursor), std::uint32_t{c.units[0]});
         EXPECT_EQ(cursor - c.units, 1);
     }
 }
