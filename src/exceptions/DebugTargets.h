@@ -1,5 +1,5 @@
 /// \file
-/// The set of debug targets of one character width. Narrow and wide names are two sets that never see each other.
+/// The set of debug targets of one character width. Narrow and wide names have separate sets.
 #pragma once
 
 #include <array>
@@ -17,14 +17,14 @@
 
 namespace vorel {
 
-/// Whether any target was ever switched on; never cleared. Every debug test asks this first.
+/// Whether any target was ever switched on; never cleared. Every test of a target checks it first.
 inline constinit std::atomic<bool> DebugTargetsUsed{false};
 
-/// Names with their states, in the order of the names. Any thread may set and test targets at any time without a lock:
-/// entries are only added, and stay until the set ends, so nothing is ever retired while it is read.
+/// Names with their states, ordered by name. Any thread may set and test targets at any time without a lock. Entries
+/// are never removed before the set is destroyed, so a reader never sees a freed entry.
 ///
-/// A skip list (W. Pugh, "Skip Lists: A Probabilistic Alternative to Balanced Trees", 1990), whose links are set by
-/// compare-and-swap: an entry is in the set once the lowest level links it, and the higher levels are short cuts.
+/// A skip list (W. Pugh, "Skip Lists: A Probabilistic Alternative to Balanced Trees", 1990) whose links are set by
+/// compare-and-swap. An entry is in the set when the lowest level links to it; the higher levels are shortcuts.
 template <class T, class Lock>
 class DebugTargets {
 public:
@@ -39,13 +39,13 @@ public:
     DebugTargets(const DebugTargets&) = delete;
     DebugTargets& operator=(const DebugTargets&) = delete;
 
-    /// \throws MemoryException when there is no memory for a new name.
+    /// \throws MemoryException when a new name cannot be allocated.
     void set(std::basic_string_view<T> name, bool active) {
         const Guard<Lock> held(m_lock);
-        Places places;
-        Entry* entry = find(name, places);
+        Position position;
+        Entry* entry = find(name, position);
         if (!entry) {
-            entry = insert(name, places);
+            entry = insert(name, position);
         }
         entry->active.store(active, std::memory_order_relaxed);
         if (active) {
@@ -55,13 +55,13 @@ public:
 
     bool isActive(std::basic_string_view<T> name) const {
         const Guard<Lock> held(m_lock);
-        Places places;
-        const Entry* const entry = find(name, places);
+        Position position;
+        const Entry* const entry = find(name, position);
         return entry && entry->active.load(std::memory_order_relaxed);
     }
 
 private:
-    static constexpr std::size_t kLevels = 8;  // one entry of four has a further level: enough for 4^8 entries
+    static constexpr std::size_t kLevels = 8;  // one entry in four reaches the next level: enough for 4^8 entries
 
     struct Entry;
     using Links = std::array<std::atomic<Entry*>, kLevels>;
@@ -74,14 +74,14 @@ private:
         Links next{};
     };
 
-    /// Where a name belongs: for each level the links of the last entry before it, and the first entry after those.
-    struct Places {
+    /// The position of a name: for each level, the links of the last entry before it and the next entry.
+    struct Position {
         std::array<Links*, kLevels> before;
         std::array<Entry*, kLevels> after;
     };
 
-    /// The entry of `name`, or null.
-    Entry* find(std::basic_string_view<T> name, Places& places) const noexcept {
+    /// Returns the entry of `name`, or null, and sets `position`.
+    Entry* find(std::basic_string_view<T> name, Position& position) const noexcept {
         Links* links = &m_first;
         for (std::size_t level = kLevels; level-- != 0;) {
             Entry* next = (*links)[level].load(std::memory_order_acquire);
@@ -89,37 +89,37 @@ private:
                 links = &next->next;
                 next = (*links)[level].load(std::memory_order_acquire);
             }
-            places.before[level] = links;
-            places.after[level] = next;
+            position.before[level] = links;
+            position.after[level] = next;
         }
-        Entry* const candidate = places.after[0];
+        Entry* const candidate = position.after[0];
         return candidate && candidate->name == name ? candidate : nullptr;
     }
 
-    /// Adds an entry for `name`, unless another thread has added one meanwhile, and returns the one that is there.
-    Entry* insert(std::basic_string_view<T> name, Places& places) {
+    /// Adds an entry for `name`, unless another thread has added one in the meantime. Returns the entry in the set.
+    Entry* insert(std::basic_string_view<T> name, Position& position) {
         std::unique_ptr<Entry> added = make(name);
-        while (!link(*added, 0, places)) {
-            if (Entry* const found = find(name, places)) {
+        while (!link(*added, 0, position)) {
+            if (Entry* const found = find(name, position)) {
                 return found;
             }
         }
         Entry* const entry = added.release();
-        const std::size_t levels = levelsOf(name);
+        const std::size_t levels = levelCount(name);
         for (std::size_t level = 1; level < levels; ++level) {
-            while (!link(*entry, level, places)) {
-                find(name, places);
+            while (!link(*entry, level, position)) {
+                find(name, position);
             }
         }
         return entry;
     }
 
-    /// Links `entry` at its place of one level; false when that has changed.
-    static bool link(Entry& entry, std::size_t level, const Places& places) noexcept {
-        Entry* after = places.after[level];
+    /// Links `entry` at its position on one level; false when another thread has changed that position.
+    static bool link(Entry& entry, std::size_t level, const Position& position) noexcept {
+        Entry* after = position.after[level];
         entry.next[level].store(after, std::memory_order_relaxed);
-        return (*places.before[level])[level].compare_exchange_strong(after, &entry, std::memory_order_release,
-                                                                      std::memory_order_relaxed);
+        return (*position.before[level])[level].compare_exchange_strong(after, &entry, std::memory_order_release,
+                                                                        std::memory_order_relaxed);
     }
 
     static std::unique_ptr<Entry> make(std::basic_string_view<T> name) {
@@ -130,7 +130,7 @@ private:
         }
     }
 
-    static std::size_t levelsOf(std::basic_string_view<T> name) noexcept {
+    static std::size_t levelCount(std::basic_string_view<T> name) noexcept {
         const std::size_t hash = std::hash<std::basic_string_view<T>>()(name);
         return 1 + static_cast<std::size_t>(std::countr_zero(hash | std::size_t{1} << 2 * (kLevels - 1))) / 2;
     }

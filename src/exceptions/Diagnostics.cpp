@@ -1,6 +1,6 @@
 /// \file
-/// The diagnostic channels. Each renders the caller's message, decorates it, and hands one line to the error log; the
-/// mirror switch never silences them.
+/// The diagnostic channels. Each renders the caller's message, adds its prefixes, and writes one line to the error log,
+/// whatever the mirror switch is set to.
 
 #include <initializer_list>
 #include <string_view>
@@ -22,7 +22,7 @@ namespace {
 
 using baseutil::MessageText;
 
-/// The prefix of a line whose text is whole, and of one whose text had to be cut or could not be rendered.
+/// The prefix of a complete line, and of a line whose text is truncated or could not be rendered.
 struct Prefix {
     [[nodiscard]] const char* choose(bool isTruncated) const noexcept { return isTruncated ? truncated : plain; }
 
@@ -32,14 +32,14 @@ struct Prefix {
 
 constexpr Prefix kWarn{"WARN: ", "WARN Truncated: "};
 constexpr Prefix kDebug{"DEBUG: ", "DEBUG Truncated: "};
-constexpr Prefix kCallersOwn{"%hs: ", "%hs Truncated: "};
+constexpr Prefix kCallerPrefix{"%hs: ", "%hs Truncated: "};
 
-/// What the runtime prints for a text: "(null)" for none.
-std::wstring_view shown(const wchar_t* text) noexcept {
+/// The text that the runtime prints for `text`: "(null)" for a null pointer.
+std::wstring_view textOrNull(const wchar_t* text) noexcept {
     return text ? text : L"(null)";
 }
 
-/// A narrow message, made wide. The buffer that it is rendered in is gone from the stack when the line is written.
+/// A narrow message, converted to wide. Its narrow buffer is off the stack before the line is written.
 class NarrowMessage {
 public:
     NarrowMessage(const char* format, va_list args) noexcept : m_truncated(!render(format, args, m_wide)) {}
@@ -49,7 +49,7 @@ public:
     [[nodiscard]] const char* choose(const Prefix& prefix) const noexcept { return prefix.choose(m_truncated); }
 
 private:
-    /// False when the message had to be cut.
+    /// False when the message is truncated or cannot be rendered.
     [[gnu::noinline]] static bool render(const char* format, va_list args, BaseString<wchar_t>& wide) noexcept {
         const MessageText<char> narrow(format, args);
         detail::mbs2wcs(narrow.text(), wide);
@@ -60,8 +60,7 @@ private:
     bool m_truncated;
 };
 
-/// A wide message, and its decoration. A warning has to work on a thread with little stack, so there is one buffer, in
-/// which the message is rendered and decorated.
+/// A wide message and its prefixes. Both share one buffer, because a warning must work on a thread with little stack.
 class ChannelText {
 public:
     ChannelText(const wchar_t* format, va_list args) noexcept : m_line(format, args) {
@@ -69,16 +68,16 @@ public:
         m_truncated = m_line.truncated() || !m_line.text();
     }
 
-    /// `message` has to stay.
+    /// `message` must outlive this object.
     explicit ChannelText(const NarrowMessage& message) noexcept
         : m_text(message.text()), m_truncated(message.truncated()) {}
 
-    /// Makes the text "target: message".
-    void addTarget(const wchar_t* target) noexcept { decorate({shown(target), L": "}); }
+    /// Changes the text to "target: message".
+    void addTarget(const wchar_t* target) noexcept { decorate({textOrNull(target), L": "}); }
 
-    /// Makes the text "class::method: message".
+    /// Changes the text to "class::method: message".
     void addClass(const wchar_t* className, const wchar_t* method) noexcept {
-        decorate({shown(className), L"::", shown(method), L": "});
+        decorate({textOrNull(className), L"::", textOrNull(method), L": "});
     }
 
     [[nodiscard]] const wchar_t* text() const noexcept { return m_text; }
@@ -96,19 +95,19 @@ private:
     bool m_truncated;
 };
 
-/// The caller's own prefix as it stands on the line. A wide one is on the heap already when it is rendered, so it has
-/// less of the stack.
+/// The caller's prefix as it is on the line. A wide prefix gets a smaller stack buffer: its converted text is already
+/// on the heap.
 template <class T>
-class OwnPrefix {
+class CallerPrefix {
 public:
     template <class Line>
-    OwnPrefix(const T* prefix, const Line& line) noexcept {
+    CallerPrefix(const T* prefix, const Line& line) noexcept {
         if constexpr (std::is_same_v<T, char>) {
-            m_rendered.renderf(line.choose(kCallersOwn), prefix);
+            m_rendered.renderf(line.choose(kCallerPrefix), prefix);
         } else {
             BaseString<char> converted;
             detail::wcs2mbs(prefix, converted);
-            m_rendered.renderf(line.choose(kCallersOwn), prefix ? converted.view().data() : nullptr);
+            m_rendered.renderf(line.choose(kCallerPrefix), prefix ? converted.view().data() : nullptr);
         }
     }
 
@@ -229,7 +228,7 @@ void Exception::log(const char* logPath, long long size, const char* prefix, con
     va_start(args, format);
     const NarrowMessage line(format, args);
     va_end(args);
-    MirrorErrorMessage(logPath, size, OwnPrefix(prefix, line).text(), line.text(), true);
+    MirrorErrorMessage(logPath, size, CallerPrefix(prefix, line).text(), line.text(), true);
 }
 
 void Exception::log(const char* logPath, long long size, const wchar_t* prefix, const wchar_t* format, ...) noexcept {
@@ -237,7 +236,7 @@ void Exception::log(const char* logPath, long long size, const wchar_t* prefix, 
     va_start(args, format);
     const ChannelText line(format, args);
     va_end(args);
-    MirrorErrorMessage(logPath, size, OwnPrefix(prefix, line).text(), line.text(), true);
+    MirrorErrorMessage(logPath, size, CallerPrefix(prefix, line).text(), line.text(), true);
 }
 
 void Exception::logClass(const char* logPath, long long size, const wchar_t* prefix, const wchar_t* className,
@@ -247,7 +246,7 @@ void Exception::logClass(const char* logPath, long long size, const wchar_t* pre
     ChannelText line(format, args);
     va_end(args);
     line.addClass(className, method);
-    MirrorErrorMessage(logPath, size, OwnPrefix(prefix, line).text(), line.text(), true);
+    MirrorErrorMessage(logPath, size, CallerPrefix(prefix, line).text(), line.text(), true);
 }
 
 void Exception::trace(const char*, ...) noexcept {}

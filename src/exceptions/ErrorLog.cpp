@@ -1,7 +1,7 @@
 /// \file
-/// The error log. Every line opens, locks, writes, unlocks and closes the file, so that other processes may write,
-/// move or delete it at any time. Nothing in here throws, waits for long, or changes what the caller's next look at
-/// `errno` or the last system error finds.
+/// The error log. Each line opens, locks, writes, unlocks and closes the file, so other processes may write, move or
+/// delete it at any time. Nothing here throws, waits without limit, or changes the caller's `errno` or last system
+/// error.
 
 #include <atomic>
 #include <cerrno>
@@ -31,7 +31,7 @@
 
 namespace vorel {
 
-// Their values stand in the class; they are defined here for those who take their address.
+// The class has their values; these definitions are for code that takes their addresses.
 const long long Exception::DefaultLogSize;
 const long long Exception::LargeErrorLogSize;
 
@@ -43,28 +43,28 @@ namespace {
 
 using detail::LogFile;
 
-constexpr unsigned int kMostRetries = 30;
+constexpr unsigned int kMaxRetries = 30;
 constexpr unsigned int kRetryStepMs = 3;
 
-/// Logging leaves no trace in the error values of its thread.
-class ErrorValues {
+/// Restores `errno` and the last system error of the thread.
+class ErrorStateGuard {
 public:
-    ErrorValues() noexcept : m_errno(errno), m_lastError(GetLastError()) {}
-    ~ErrorValues() {
+    ErrorStateGuard() noexcept : m_errno(errno), m_lastError(GetLastError()) {}
+    ~ErrorStateGuard() {
         errno = m_errno;
         SetLastError(m_lastError);
     }
 
-    ErrorValues(const ErrorValues&) = delete;
-    ErrorValues& operator=(const ErrorValues&) = delete;
+    ErrorStateGuard(const ErrorStateGuard&) = delete;
+    ErrorStateGuard& operator=(const ErrorStateGuard&) = delete;
 
 private:
     int m_errno;
     DWORD m_lastError;
 };
 
-/// A message in UTF-8, piece by piece: a short one has its one piece on the stack, a long one on the heap. Only where
-/// there is no memory a long message has more than one.
+/// A message converted to UTF-8. A short message is one piece on the stack, a long message one piece on the heap. If
+/// the heap allocation fails, a long message is converted in several pieces on the stack.
 class Utf8Message {
 public:
     explicit Utf8Message(const wchar_t* message) noexcept : m_writer(message, -1) {
@@ -80,10 +80,10 @@ public:
     /// The current piece.
     [[nodiscard]] const char* text() const noexcept { return m_heap ? m_heap.get() : m_buffer; }
 
-    /// What comes after the current piece on the line.
+    /// The text after the current piece: a line feed after the last one.
     [[nodiscard]] const char* ending() const noexcept { return m_writer.atEnd() ? "\n" : ""; }
 
-    /// Goes on to the next piece; false when there is none.
+    /// Converts the next piece; false when there is none.
     bool next() noexcept {
         if (m_writer.atEnd()) {
             return false;
@@ -101,8 +101,8 @@ private:
 
     void convertPiece() noexcept {
         char* const piece = m_heap ? m_heap.get() : m_buffer;
-        const std::size_t room = m_capacity - kSlack;
-        piece[m_writer.write(reinterpret_cast<unsigned char*>(piece), room, room)] = 0;
+        const std::size_t capacity = m_capacity - kSlack;
+        piece[m_writer.write(reinterpret_cast<unsigned char*>(piece), capacity, capacity)] = 0;
     }
 
     kernels::Utf8Writer<kernels::Surrogates::Paired, wchar_t> m_writer;
@@ -130,7 +130,8 @@ void printLine(std::FILE* stream, const platform::LocalTimeText& time,
     (void)std::fflush(stream);
 }
 
-/// Appends one line to the file at `path`: waits for the lock of others for a while, and then drops the line.
+/// Appends one line to the file at `path`. Drops the line when others keep the file locked during all attempts, or the
+/// file cannot be opened.
 [[gnu::noinline]] void appendLine(const char* path, const char* prefix, const wchar_t* message,
                                   bool withMilliseconds) noexcept {
     Utf8Message text(message ? message : L"NULL Message");
@@ -151,7 +152,7 @@ void printLine(std::FILE* stream, const platform::LocalTimeText& time,
             return;
         }
         file.close();
-        if (failures == kMostRetries) {
+        if (failures == kMaxRetries) {
             return;
         }
         ++failures;
@@ -159,7 +160,8 @@ void printLine(std::FILE* stream, const platform::LocalTimeText& time,
     }
 }
 
-/// The path of one line: the caller's own, or the location, which is copied once so that size check and line agree.
+/// The path of one line: the caller's path, or a copy of the log location. The copy is made once, so the size check and
+/// the line use the same path.
 class LinePath {
 public:
     explicit LinePath(const char* own) noexcept : m_text(own && *own ? own : m_location) {
@@ -187,7 +189,7 @@ private:
         return;
     }
     LogFile file(path, LogFile::Mode::Inspect);
-    // A busy file is being written: the next line will look again.
+    // Another process is writing to a locked file; the next line checks the size again.
     if (!file.isOpen() || !file.tryLock() || !file.isLargerThan(limit)) {
         return;
     }
@@ -215,10 +217,10 @@ void Exception::MirrorErrorMessage(const char* logPath, long long maxSize, const
     if (maxSize == 0 || IsThreadErrorLoggingDisabled() || (!m_mirrorToErrorLog && !force)) {
         return;
     }
-    const ErrorValues kept;
+    const ErrorStateGuard errorState;
     LinePath path(logPath == ErrorLogLocation ? nullptr : logPath);
     if (path.empty()) {
-        // The first line of a log that was never configured goes without a size check.
+        // The first line of a log that was never configured is written without a size check.
         SetErrorLogLocation(detail::kDefaultLogPath, 0);
         path.readLocation();
     } else {

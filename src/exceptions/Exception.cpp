@@ -15,7 +15,7 @@ const wchar_t* textOf(const BaseString<wchar_t>& string) noexcept {
     return string.view().data();
 }
 
-/// Without memory the copy has no text.
+/// The copy is empty when its text cannot be allocated.
 void copyText(BaseString<wchar_t>& target, const BaseString<wchar_t>& source) noexcept {
     if (!detail::StringAccess<wchar_t>::tryAssign(target, source.c_str(), source.length())) {
         target.clear();
@@ -77,8 +77,8 @@ void Exception::AssignFrom(const Exception& source) noexcept {
         try {
             m_stack.resize(source.m_stack.size());
         } catch (...) {
-            // Without memory the copy has fewer messages, but is still an exception of its class. It never has more
-            // than the source: shrinking cannot fail.
+            // Without memory the copy has fewer messages, but keeps its class. It never has more messages than the
+            // source, because shrinking cannot fail.
         }
         for (std::size_t entry = 0; entry < m_stack.size(); ++entry) {
             copyText(m_stack[entry].message, source.m_stack[entry].message);
@@ -110,7 +110,7 @@ unsigned int Exception::getMessageTotal() const noexcept {
     return static_cast<unsigned int>(m_stack.size());
 }
 
-// The separator may lie in the block of an earlier call, so that is replaced in the end.
+// The separator may point into the block of an earlier call, so that block is replaced last.
 const wchar_t* Exception::getErrorMessageBlock(const wchar_t* separator) const {
     return detail::guarded(L"Exception", L"getErrorMessageBlock", [&] {
         BaseString<wchar_t> block;
@@ -137,7 +137,7 @@ const char* Exception::getCharErrorMessageBlock(const char* separator) const noe
             block += message;
         }
     } catch (...) {
-        // The caller gets the text so far.
+        // Without memory the block ends after the messages appended so far.
     }
     m_charBlock = std::move(block);
     return m_charBlock.view().data();

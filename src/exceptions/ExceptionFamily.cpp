@@ -65,7 +65,7 @@ void InvalidIndexException::SetMessage(int index, int low, int high) noexcept {
     }
 }
 
-// The forms that take a format of the caller's.
+// Constructors with a caller's format.
 
 TimeoutException::TimeoutException(const wchar_t* fmt, ...) noexcept {
     va_list args;
@@ -137,7 +137,7 @@ InvalidIndexException::InvalidIndexException(const char* fmt, ...) noexcept {
     va_end(args);
 }
 
-// Each class throws itself on.
+// Each class rethrows its own type.
 
 void NotImplementedException::rethrow() {
     throw NotImplementedException(*this);
@@ -187,7 +187,7 @@ void BadParameterException::rethrow() {
     throw BadParameterException(*this);
 }
 
-// The failures that the core raises.
+// Failures raised by the core.
 
 namespace detail {
 

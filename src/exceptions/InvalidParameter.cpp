@@ -48,7 +48,7 @@ SetCurrentIPH::~SetCurrentIPH() {
 void Exception::Invalid_Parameter_Handler(const wchar_t* expression, const wchar_t* function, const wchar_t* file,
                                           unsigned int line, std::uintptr_t) noexcept {
     if (!expression && !function && !file) {
-        return;  // the release form of the runtime has nothing to tell
+        return;  // the release runtime passes no details
     }
     detail::contained(L"vorel::Exception - Invalid_Parameter_Handler", [=] {
         warn(L"Invalid parameter detected: %ls::%ls(%d): %ls", file, function, line, expression);

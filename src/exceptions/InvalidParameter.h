@@ -1,5 +1,5 @@
 /// \file
-/// The library's place among the runtime's invalid-parameter handlers.
+/// Installs and removes the library's invalid-parameter handler.
 #pragma once
 
 #include <cstdint>
@@ -11,14 +11,14 @@ namespace vorel::detail {
 using InvalidParameterHandler = void(__cdecl*)(const wchar_t* expression, const wchar_t* function, const wchar_t* file,
                                                unsigned int line, std::uintptr_t reserved);
 
-/// Installs `handler` as the runtime's invalid-parameter handler, unless there is one: another's is never replaced.
-/// Called under the log-settings lock, always with the same handler.
+/// Installs `handler` as the runtime's invalid-parameter handler if the runtime has none; never replaces another
+/// handler. The caller holds the log-settings lock and always passes the same handler.
 void installInvalidParameterHandler(InvalidParameterHandler handler) noexcept;
 
-/// How often the handler was installed or found installed, less one for each removal.
+/// The number of times that the handler was installed or found installed, minus the number of removals.
 [[nodiscard]] unsigned int invalidParameterHandlerInstallations() noexcept;
 
-/// Takes the handler out again at unload, if the runtime still has it.
+/// Removes the handler at unload if it is still the current one.
 class SetCurrentIPH {
 public:
     SetCurrentIPH() noexcept = default;

@@ -14,26 +14,26 @@ struct Free {
     void operator()(void* block) const noexcept { std::free(block); }
 };
 
-/// What is particular to a direction; bytes and units a character of the source can take in the target.
+/// The parameters of one direction. `kMaxPerUnit` is the number of target units that a source unit can need.
 struct ToWide {
-    static constexpr std::size_t kMostPerUnit = 1;
+    static constexpr std::size_t kMaxPerUnit = 1;
     static constexpr const wchar_t* kContext = L"vorel::Exception - mbs2wcs";
     static constexpr const wchar_t* kInvalid = L"Error in text conversion";
     static constexpr const wchar_t* kNoMemory = L"Out of memory for text conversion";
 
-    static std::size_t convert(wchar_t* target, const char* source, std::size_t room) {
-        return std::mbstowcs(target, source, room);
+    static std::size_t convert(wchar_t* target, const char* source, std::size_t capacity) {
+        return std::mbstowcs(target, source, capacity);
     }
 };
 
 struct ToNarrow {
-    static constexpr std::size_t kMostPerUnit = 4;
+    static constexpr std::size_t kMaxPerUnit = 4;
     static constexpr const wchar_t* kContext = L"vorel::Exception - wcs2mbs";
     static constexpr const char* kInvalid = "Error in text conversion";
     static constexpr const char* kNoMemory = "Out of memory in text conversion";
 
-    static std::size_t convert(char* target, const wchar_t* source, std::size_t room) {
-        return std::wcstombs(target, source, room);
+    static std::size_t convert(char* target, const wchar_t* source, std::size_t capacity) {
+        return std::wcstombs(target, source, capacity);
     }
 };
 
@@ -44,18 +44,18 @@ void convert(const From* source, BaseString<To>& target) noexcept {
         if (!source || !*source) {
             return;
         }
-        const std::size_t room = std::char_traits<From>::length(source) * Direction::kMostPerUnit + 1;
-        const std::unique_ptr<To, Free> buffer(static_cast<To*>(std::malloc(room * sizeof(To))));
+        const std::size_t capacity = std::char_traits<From>::length(source) * Direction::kMaxPerUnit + 1;
+        const std::unique_ptr<To, Free> buffer(static_cast<To*>(std::malloc(capacity * sizeof(To))));
         if (!buffer) {
             target = Direction::kNoMemory;
             return;
         }
-        const std::size_t converted = Direction::convert(buffer.get(), source, room);
+        const std::size_t converted = Direction::convert(buffer.get(), source, capacity);
         if (converted == static_cast<std::size_t>(-1)) {
             target = Direction::kInvalid;
             return;
         }
-        buffer.get()[room - 1] = 0;
+        buffer.get()[capacity - 1] = 0;
         target = buffer.get();
     });
 }

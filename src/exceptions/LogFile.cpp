@@ -20,7 +20,7 @@ bool lockWholeFile(int fileDescriptor, bool lock) noexcept {
     }
     const platform::IgnoreInvalidParameters silent;
     const std::intptr_t handleValue = _get_osfhandle(fileDescriptor);
-    if (handleValue == -1 || handleValue == -2) {  // no descriptor, or one without a file
+    if (handleValue == -1 || handleValue == -2) {  // not a descriptor, or a descriptor without a file
         return false;
     }
     void* const handle = reinterpret_cast<void*>(handleValue);
@@ -32,14 +32,14 @@ bool lockWholeFile(int fileDescriptor, bool lock) noexcept {
 }
 
 BackupName::BackupName(const char* path) noexcept {
-    constexpr std::size_t kMostOfPath = 1018;
-    const std::size_t length = std::min(std::strlen(path), kMostOfPath);
+    constexpr std::size_t kMaxPathBytes = 1018;
+    const std::size_t length = std::min(std::strlen(path), kMaxPathBytes);
     std::memcpy(text, path, length);
     std::strcpy(text + length, ".001");
 }
 
 LogFile::LogFile(const char* path, Mode mode) noexcept {
-    // A child process that inherited the file would keep it from being renamed.
+    // A child process that inherits the file would prevent its renaming.
     const int flags = _O_WRONLY | _O_CREAT | _O_NOINHERIT | (mode == Mode::Append ? _O_APPEND : 0);
     if (_sopen_s(&m_descriptor, path, flags, _SH_DENYNO, _S_IREAD | _S_IWRITE) != 0) {
         m_descriptor = -1;
@@ -52,7 +52,7 @@ bool LogFile::tryLock() noexcept {
 }
 
 bool LogFile::isLargerThan(long long limit) const noexcept {
-    // Not the form with a 32-bit size: some compilers' headers cut the size of a huge file instead of refusing it.
+    // With some compilers' headers the call with a 32-bit size truncates the size of a huge file instead of failing.
     struct _stat64 status = {};
     return _fstat64(m_descriptor, &status) == 0 && status.st_size <= INT_MAX && status.st_size > limit;
 }

@@ -1,6 +1,6 @@
 /// \file
-/// One opening of the error log: a descriptor, the lock on the whole file, and the stream on top of it. What was taken
-/// is given back in reverse when it ends.
+/// The open error log: a descriptor, a lock on the whole file, and a stream over the descriptor. They are released in
+/// reverse order.
 #pragma once
 
 #include <cstddef>
@@ -8,8 +8,8 @@
 
 namespace vorel::detail {
 
-/// Locks or unlocks the whole file behind `fileDescriptor`, exclusively and without waiting. False when that fails,
-/// also for a number that is no descriptor.
+/// Locks the whole file exclusively without waiting, or unlocks it. False after a failure or for an invalid
+/// descriptor.
 bool lockWholeFile(int fileDescriptor, bool lock) noexcept;
 
 /// The capacity of a log path in bytes, terminator included.
@@ -26,7 +26,7 @@ class LogFile {
 public:
     enum class Mode { Append, Inspect };
 
-    /// Opens the file, created if missing, for writing; others may go on reading and writing it.
+    /// Opens the file for writing and creates it if it is missing. Other processes may read and write it.
     LogFile(const char* path, Mode mode) noexcept;
     ~LogFile() { close(); }
 
@@ -36,10 +36,10 @@ public:
     [[nodiscard]] bool isOpen() const noexcept { return m_descriptor != -1; }
     bool tryLock() noexcept;
 
-    /// Whether the file has more than `limit` bytes; false when its size cannot be told, or exceeds 31 bits.
+    /// Whether the file has more than `limit` bytes; false when its size is unknown or exceeds 31 bits.
     [[nodiscard]] bool isLargerThan(long long limit) const noexcept;
 
-    /// A stream that appends to the file, null when there is none to be had.
+    /// A stream that appends to the file; null when it cannot be created.
     std::FILE* stream() noexcept;
 
     void close() noexcept;

@@ -12,20 +12,20 @@ namespace vorel::detail {
 
 namespace {
 
-/// A reader that meets a change gives way to the writer, and then sleeps: the writer's thread may be waiting for a
-/// processor. If it never goes on (it was killed), the reader uses its last copy after half a second, because logging
-/// must not wait for long.
+/// A reader that sees a change in progress yields first and sleeps later, because the writer's thread may be waiting
+/// for a processor. If the writer was killed, the reader uses its last copy after half a second of sleep: logging must
+/// not wait for long.
 constexpr unsigned int kQuickAttempts = 1000;
 constexpr unsigned int kSlowAttempts = 500;
 constexpr unsigned int kSleepMs = 1;
 
-/// The path is copied word by word: a copy has to be done before the next change begins.
+/// The path is copied in words: a copy must end before the next change begins.
 using Word = std::uint64_t;
 constexpr std::size_t kWords = kLogPathBytes / sizeof(Word);
 
 std::atomic_ref<Word> sharedWord(char (&shared)[kLogPathBytes], std::size_t index) noexcept {
     static_assert(std::atomic_ref<Word>::required_alignment <= alignof(Word));
-    // Everybody else reads the array as what it is, an array of characters, which may alias any object.
+    // All other code accesses the array as characters, which may alias any object.
     return std::atomic_ref<Word>(reinterpret_cast<Word*>(shared)[index]);
 }
 

@@ -1,9 +1,9 @@
 /// \file
-/// The path of the error log as it is shared between threads: writers hold the log-settings lock, readers take none.
+/// The path of the error log, shared between threads. Writers hold the log-settings lock; readers take no lock.
 ///
-/// A reader that copies the path while it changes would see parts of two paths, and write to a file that nobody named.
-/// A counter tells it: odd while the path is being written, and higher afterwards, so the reader copies again (H.-J.
-/// Boehm, "Can Seqlocks Get Along With Programming Language Memory Models?", 2012).
+/// A reader that copies the path during a change could see parts of two paths. A sequence counter prevents this: it is
+/// odd during a change and has a new value afterwards, so the reader copies again (H.-J. Boehm, "Can Seqlocks Get Along
+/// With Programming Language Memory Models?", 2012).
 #pragma once
 
 #include <atomic>
@@ -14,18 +14,18 @@ namespace vorel::detail {
 
 inline constexpr char kDefaultLogPath[] = "C:\\TalvenorError.txt";
 
-/// Raised before and after each change of the path.
+/// Incremented before and after each change of the path.
 inline constinit std::atomic<unsigned int> LogLocationVersion{0};
 
 struct LogLocation {
-    /// Sets the path to at most 1023 bytes of `path`, which may point into it; null clears it. The caller holds the
-    /// log-settings lock.
+    /// Sets the location to the first 1023 bytes of `path`; null clears it. `path` may point into the location. The
+    /// caller holds the log-settings lock.
     static void write(const char* path) noexcept;
 
-    /// Copies the path as it was at one moment; empty when none was ever set. Takes no lock.
+    /// Copies a consistent path; empty when no path was ever set. Takes no lock.
     static void read(char (&path)[kLogPathBytes]) noexcept;
 
-    /// The same, with the default path for an empty one.
+    /// As `read`, but an empty path becomes the default path.
     static void readOrDefault(char (&path)[kLogPathBytes]) noexcept;
 };
 

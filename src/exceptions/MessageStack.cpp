@@ -1,6 +1,6 @@
 /// \file
-/// How messages come onto the stack of an exception. Nothing in here fails: a failed allocation while the message of a
-/// failed allocation is built must end in an exception with less text, not in another exception.
+/// Adds messages to the stack of an exception. Nothing here throws: when an allocation fails while the message of a
+/// memory exception is built, the exception has less text.
 
 #include <windows.h>
 
@@ -21,7 +21,7 @@ const wchar_t* orUnformattable(const wchar_t* text) noexcept {
     return text ? text : baseutil::kUnformattable;
 }
 
-/// Appends an entry with `text`; without memory the entry has no text, or is not there.
+/// Appends an entry with `text`. Without memory the entry has no text or is missing.
 template <class Stack>
 void push(Stack& stack, const wchar_t* text) noexcept {
     try {

@@ -1,6 +1,5 @@
 /// \file
-/// Catching, rethrowing and severe errors: the records that handlers add, and the handlers behind the frames of
-/// Protocol.h.
+/// Catching, rethrowing and severe errors: the records that handlers add, and the handlers of Protocol.h.
 
 #include "vorel/core/Protocol.h"
 
@@ -14,7 +13,7 @@ namespace vorel {
 
 namespace {
 
-/// A location given as a format.
+/// A location rendered from a format.
 class Location {
 public:
     Location(const wchar_t* format, va_list args) noexcept : m_rendered(format, args) {}
@@ -54,14 +53,14 @@ void Exception::catchGeneric(const wchar_t* format, ...) noexcept {
 void Exception::rethrowMessage(const wchar_t* location) {
     appendMessage(vexCatchAndThrowVorel, location);
     rethrow();
-    // cppcheck-suppress unreachableCode; reached behind an override that returns against its promise
+    // cppcheck-suppress unreachableCode; reached when an override of rethrow() returns
     Exception::rethrow();
 }
 
 void Exception::rethrowClass(const wchar_t* className, const wchar_t* method) {
     appendMessage(vexCatchAndThrowClassVorel, className, method);
     rethrow();
-    // cppcheck-suppress unreachableCode; reached behind an override that returns against its promise
+    // cppcheck-suppress unreachableCode; reached when an override of rethrow() returns
     Exception::rethrow();
 }
 

@@ -1,5 +1,5 @@
 /// \file
-/// The threads whose messages stay out of the error log.
+/// Threads whose messages are not written to the error log.
 
 #include <cstdint>
 
@@ -14,7 +14,7 @@ namespace vorel {
 
 namespace {
 
-/// Puts a thread into the table, or removes it.
+/// Adds a thread to the table or removes it.
 void setSilenced(detail::LogState& state, unsigned long thread, bool silenced) noexcept {
     try {
         const Guard<AutoCriticalSection> held(state.silencedThreadsLock);
@@ -26,12 +26,12 @@ void setSilenced(detail::LogState& state, unsigned long thread, bool silenced) n
         }
         AnyThreadLoggingDisabled.store(threads.size() != 0, std::memory_order_relaxed);
     } catch (...) {
-        // Without memory the thread's choice stays as it was.
+        // Without memory the thread's setting is unchanged.
     }
 }
 
-/// The slot of a silenced thread has its id. It ends with the thread, but also with a fiber that the thread ran, which
-/// changes nothing for the thread.
+/// Called with the id of a silenced thread when the thread ends. Also called when a fiber of the thread is deleted,
+/// which is ignored.
 void CALLBACK endThread(void* id) {
     const auto thread = static_cast<unsigned long>(reinterpret_cast<std::uintptr_t>(id));
     detail::LogState* const state = detail::logState.get();

@@ -1,5 +1,5 @@
 /// \file
-/// The fast answer for every log line, whether any thread is silenced at all; and the end of silenced threads.
+/// A quick check for every log line whether any thread is silenced, and the cleanup when a silenced thread ends.
 #pragma once
 
 #include <atomic>
@@ -8,14 +8,15 @@
 
 namespace vorel {
 
-/// True while the table of silenced threads holds at least one. Read outside the table's lock: during a change a line
-/// may at worst be written or skipped once.
+/// True while the table of silenced threads is not empty. Read without the table's lock: a line logged during a change
+/// may be written or skipped.
 inline constinit std::atomic<bool> AnyThreadLoggingDisabled{false};
 
 namespace detail {
 
-/// Removes a silenced thread from the table when it ends: the system gives its id to a later thread, which has to be
-/// heard. Uses a slot of the system, because this compiler's `thread_local` is not reliable at the end of a thread.
+/// Removes a silenced thread from the table when it ends, because the system reuses its id for a later thread, whose
+/// messages must be logged. Uses a fiber-local slot, because this compiler's `thread_local` is not reliable at the end
+/// of a thread.
 class SilencedThreadEnds {
 public:
     SilencedThreadEnds() noexcept;
@@ -24,7 +25,7 @@ public:
     SilencedThreadEnds(const SilencedThreadEnds&) = delete;
     SilencedThreadEnds& operator=(const SilencedThreadEnds&) = delete;
 
-    /// Watches for the end of the calling thread, or no longer.
+    /// Starts (`silenced`) or stops watching for the end of the calling thread.
     void watch(bool silenced) const noexcept;
 
 private:
