@@ -9,11 +9,11 @@ namespace vorel::flat {
 
 namespace {
 
-/// Without memory an exception may have lost its message.
-vorel_status end(Exception& exception, vorel_status status, const wchar_t* otherwise,
+/// Ends an exception of the library. It has no message if none could be allocated; `fallbackMessage` replaces it.
+vorel_status end(Exception& exception, vorel_status status, const wchar_t* fallbackMessage,
                  const wchar_t* function) noexcept {
     const wchar_t* const message = exception.what();
-    fail(status, message && *message ? message : otherwise);
+    fail(status, message && *message ? message : fallbackMessage);
     exception.catchMessage(function);
     return status;
 }
@@ -26,16 +26,16 @@ vorel_status endSevere(vorel_status status, const wchar_t* message, const wchar_
 
 }  // namespace
 
-vorel_status handled(const wchar_t* function, vorel_status meaning) noexcept {
+vorel_status statusOfCurrentException(const wchar_t* function, vorel_status fallbackStatus) noexcept {
     constexpr const wchar_t* kNoMemory = L"No more memory is available";
     try {
-        throw;  // cppcheck-suppress rethrowNoCurrentException; a handler calls
-    } catch (const Refused& refused) {
-        return fail(refused.status, refused.message);
+        throw;  // cppcheck-suppress rethrowNoCurrentException; called in a handler
+    } catch (const ArgumentError& error) {
+        return fail(error.status, error.message);
     } catch (MemoryException& e) {
         return end(e, VOREL_ERROR_OUT_OF_MEMORY, kNoMemory, function);
     } catch (Exception& e) {
-        return end(e, meaning, L"The operation failed", function);
+        return end(e, fallbackStatus, L"The operation failed", function);
     } catch (const std::bad_alloc&) {
         return endSevere(VOREL_ERROR_OUT_OF_MEMORY, kNoMemory, function);
     } catch (...) {

@@ -1,6 +1,6 @@
 /// \file
-/// The frame that every function of the flat interface runs in: whatever leaves its body becomes a status, and the text
-/// of the thread's last failure.
+/// The frame of every function of the flat interface. It turns an exception into a status and keeps its text as the
+/// thread's last failure.
 #pragma once
 
 #include <utility>
@@ -9,35 +9,36 @@
 
 namespace vorel::flat {
 
-/// Thrown by the checks of arguments, and met by the frame: a failure of the caller's, and no error of the library's.
-struct Refused {
+/// Thrown by argument checks and caught by the frame. It is the caller's error and is not logged.
+struct ArgumentError {
     vorel_status status;
     const wchar_t* message;
 };
 
-/// Whether an enumerator of the flat interface and one of the library have the same value.
-constexpr bool areOneNumber(int flat, int library) noexcept {
+/// Whether an enumerator of the flat interface equals one of the C++ interface.
+constexpr bool sameValue(int flat, int library) noexcept {
     return flat == library;
 }
 
-/// The status for what is being handled. An exception of the library ends here, with its record in the error log.
-vorel_status handled(const wchar_t* function, vorel_status meaning) noexcept;
+/// The status of the exception that is being handled, which is remembered as the thread's last failure. Exceptions
+/// other than `ArgumentError` are recorded in the error log.
+vorel_status statusOfCurrentException(const wchar_t* function, vorel_status fallbackStatus) noexcept;
 
-/// Runs `body`, which returns a status, under the name of its function. `meaning` is the status of an exception of the
-/// library that is not about memory.
+/// Runs `body`, which returns a status, under the name of its function. `fallbackStatus` is the status for an exception
+/// of the library other than `MemoryException`.
 template <class Body>
-vorel_status call(const wchar_t* function, vorel_status meaning, Body&& body) noexcept {
+vorel_status guardedCall(const wchar_t* function, vorel_status fallbackStatus, Body&& body) noexcept {
     try {
         return std::forward<Body>(body)();
     } catch (...) {
-        return handled(function, meaning);
+        return statusOfCurrentException(function, fallbackStatus);
     }
 }
 
-/// The same for a body that throws no exceptions but for memory.
+/// The same for a body that throws no exception of the library other than `MemoryException`.
 template <class Body>
-vorel_status call(const wchar_t* function, Body&& body) noexcept {
-    return call(function, VOREL_ERROR_INTERNAL, std::forward<Body>(body));
+vorel_status guardedCall(const wchar_t* function, Body&& body) noexcept {
+    return guardedCall(function, VOREL_ERROR_INTERNAL, std::forward<Body>(body));
 }
 
 }  // namespace vorel::flat

@@ -1,5 +1,5 @@
 /// \file
-/// Code pages.
+/// The flat interface to code pages.
 
 #include "vorel/text/CodePages.h"
 
@@ -13,12 +13,12 @@
 #include "vorel/flat/Encodings.h"
 
 using vorel::Array;
+using vorel::flat::ArgumentError;
 using vorel::flat::Bytes;
 using vorel::flat::BytesOutput;
-using vorel::flat::call;
 using vorel::flat::fail;
-using vorel::flat::Refused;
-using vorel::flat::required;
+using vorel::flat::guardedCall;
+using vorel::flat::notNull;
 using vorel::flat::TextOutput;
 using vorel::flat::WideText;
 using vorel::flat::Zeros;
@@ -29,12 +29,12 @@ constexpr auto kFailed = static_cast<std::size_t>(-1);
 
 void check(int32_t codePage) {
     if (codePage < 1 || codePage > 0xFFFE) {
-        throw Refused{VOREL_ERROR_INVALID_ARGUMENT, L"A code page is a number from 1 to 65534"};
+        throw ArgumentError{VOREL_ERROR_INVALID_ARGUMENT, L"The code page is not a number from 1 to 65534"};
     }
 }
 
-/// Runs `convert(out, capacity)` twice: for the number of units, and for the units. Nothing when that fails, and
-/// `errno` says why.
+/// Runs `convert(out, capacity)` twice: first for the number of units, then for the units. Empty after a failure, with
+/// the reason in `errno`.
 template <class Unit, class Convert>
 std::optional<Array<Unit>> converted(Convert&& convert) {
     Array<Unit> units;
@@ -49,16 +49,16 @@ std::optional<Array<Unit>> converted(Convert&& convert) {
     return units;
 }
 
-vorel_status failOfErrno() noexcept {
-    return errno == EILSEQ ? fail(VOREL_ERROR_INVALID_TEXT, L"The bytes are no text of the code page")
-                           : fail(VOREL_ERROR_UNSUPPORTED, L"The system does not have the code page");
+vorel_status conversionFailure() noexcept {
+    return errno == EILSEQ ? fail(VOREL_ERROR_INVALID_TEXT, L"The bytes are not valid in the code page")
+                           : fail(VOREL_ERROR_UNSUPPORTED, L"The system does not support the code page");
 }
 
 }  // namespace
 
 vorel_status vorel_code_page_by_name(const vorel_char16* name, size_t length, int32_t* codePage) {
-    return call(L"vorel_code_page_by_name", [&] {
-        int32_t& result = required(codePage);
+    return guardedCall(L"vorel_code_page_by_name", [&] {
+        int32_t& result = notNull(codePage);
         Array<char> narrow = vorel::flat::toUtf8(WideText(name, length).view());
         narrow.append('\0');
         const int page = vorel::util::iconv_open(narrow.data(), nullptr);
@@ -70,11 +70,11 @@ vorel_status vorel_code_page_by_name(const vorel_char16* name, size_t length, in
     });
 }
 
-// The system refuses empty texts, which are text in every code page.
+// An empty text is valid in every code page, but the system rejects it.
 
 vorel_status vorel_code_page_to_utf16(int32_t codePage, const void* bytes, size_t size, vorel_char16* output,
                                       size_t capacity, size_t* outputLength) {
-    return call(L"vorel_code_page_to_utf16", [&] {
+    return guardedCall(L"vorel_code_page_to_utf16", [&] {
         const TextOutput out(output, capacity, outputLength);
         const Bytes input(bytes, size);
         check(codePage);
@@ -82,17 +82,17 @@ vorel_status vorel_code_page_to_utf16(int32_t codePage, const void* bytes, size_
             return out.write(Array<wchar_t>());
         }
         const int converter = vorel::util::iconv_open_codepage(0, codePage);
-        const auto units = converted<wchar_t>([&](wchar_t* buffer, std::size_t room) {
+        const auto units = converted<wchar_t>([&](wchar_t* buffer, std::size_t available) {
             const char* const text = reinterpret_cast<const char*>(input.data());
-            return vorel::util::iconv_to_wc(converter, text, input.size(), buffer, room);
+            return vorel::util::iconv_to_wc(converter, text, input.size(), buffer, available);
         });
-        return units ? out.write(*units) : failOfErrno();
+        return units ? out.write(*units) : conversionFailure();
     });
 }
 
 vorel_status vorel_utf16_to_code_page(int32_t codePage, const vorel_char16* text, size_t length, void* output,
                                       size_t capacity, size_t* outputLength, int32_t* replaced) {
-    return call(L"vorel_utf16_to_code_page", [&] {
+    return guardedCall(L"vorel_utf16_to_code_page", [&] {
         const BytesOutput out(output, capacity, outputLength);
         const WideText units(text, length, Zeros::Allowed);
         check(codePage);
@@ -101,12 +101,12 @@ vorel_status vorel_utf16_to_code_page(int32_t codePage, const vorel_char16* text
         std::optional<Array<char>> bytes = Array<char>();
         if (units.length() != 0) {
             const int converter = vorel::util::iconv_open_codepage(codePage, 0);
-            bytes = converted<char>([&](char* buffer, std::size_t room) {
-                return vorel::util::iconv_from_wc(converter, units.c_str(), units.length(), buffer, room, asked);
+            bytes = converted<char>([&](char* buffer, std::size_t available) {
+                return vorel::util::iconv_from_wc(converter, units.c_str(), units.length(), buffer, available, asked);
             });
         }
         if (!bytes) {
-            return failOfErrno();
+            return conversionFailure();
         }
         const vorel_status status = out.write(*bytes);
         if (status == VOREL_OK && replaced) {

@@ -1,5 +1,5 @@
 /// \file
-/// Comparing texts and versions.
+/// The flat interface to comparisons of texts and versions.
 
 #include "vorel/values/Comparing.h"
 
@@ -7,10 +7,10 @@
 #include "flat/Input.h"
 #include "vorel/flat/Values.h"
 
-using vorel::flat::areOneNumber;
-using vorel::flat::call;
-using vorel::flat::Refused;
-using vorel::flat::required;
+using vorel::flat::ArgumentError;
+using vorel::flat::guardedCall;
+using vorel::flat::notNull;
+using vorel::flat::sameValue;
 using vorel::flat::WideText;
 
 namespace {
@@ -20,21 +20,21 @@ namespace util = vorel::util;
 constexpr uint32_t kFlags =
     VOREL_COMPARE_IGNORE_CASE | VOREL_COMPARE_NUMERIC | VOREL_COMPARE_SLASHES_EQUAL | VOREL_COMPARE_REVERSE;
 
-static_assert(areOneNumber(VOREL_COMPARE_IGNORE_CASE, util::SCMP_IgnoreCase));
-static_assert(areOneNumber(VOREL_COMPARE_NUMERIC, util::SCMP_Numeric));
-static_assert(areOneNumber(VOREL_COMPARE_SLASHES_EQUAL, util::SCMP_SlashesEqual));
-static_assert(areOneNumber(VOREL_COMPARE_REVERSE, util::SCMP_Reverse));
+static_assert(sameValue(VOREL_COMPARE_IGNORE_CASE, util::SCMP_IgnoreCase));
+static_assert(sameValue(VOREL_COMPARE_NUMERIC, util::SCMP_Numeric));
+static_assert(sameValue(VOREL_COMPARE_SLASHES_EQUAL, util::SCMP_SlashesEqual));
+static_assert(sameValue(VOREL_COMPARE_REVERSE, util::SCMP_Reverse));
 
 }  // namespace
 
 vorel_status vorel_compare(const vorel_char16* a, size_t aLength, const vorel_char16* b, size_t bLength, uint32_t flags,
                            int32_t* order) {
-    return call(L"vorel_compare", [&] {
-        int32_t& result = required(order);
+    return guardedCall(L"vorel_compare", [&] {
+        int32_t& result = notNull(order);
         const WideText first(a, aLength);
         const WideText second(b, bLength);
         if ((flags & ~kFlags) != 0) {
-            throw Refused{VOREL_ERROR_INVALID_ARGUMENT, L"A flag is unknown"};
+            throw ArgumentError{VOREL_ERROR_INVALID_ARGUMENT, L"A flag is unknown"};
         }
         const int sign = util::strcmpAdvanced(first.c_str(), second.c_str(), static_cast<util::strcmpAdvFlag>(flags));
         result = int32_t{sign > 0} - int32_t{sign < 0};
@@ -44,8 +44,8 @@ vorel_status vorel_compare(const vorel_char16* a, size_t aLength, const vorel_ch
 
 vorel_status vorel_version_at_least(const vorel_char16* version, size_t versionLength, const vorel_char16* required,
                                     size_t requiredLength, int32_t* isAtLeast) {
-    return call(L"vorel_version_at_least", [&] {
-        int32_t& result = vorel::flat::required(isAtLeast);
+    return guardedCall(L"vorel_version_at_least", [&] {
+        int32_t& result = notNull(isAtLeast);
         const WideText present(version, versionLength);
         const WideText asked(required, requiredLength);
         result = util::stringVersionAtLeast(present.c_str(), asked.c_str());

@@ -1,5 +1,5 @@
 /// \file
-/// UTF-8, and bytes as printable text.
+/// The flat interface to UTF-8 and to encodings of bytes as printable text.
 
 #include "vorel/flat/Encodings.h"
 
@@ -19,8 +19,8 @@ using vorel::Array;
 using vorel::BaseString;
 using vorel::flat::Bytes;
 using vorel::flat::BytesOutput;
-using vorel::flat::call;
 using vorel::flat::fail;
+using vorel::flat::guardedCall;
 using vorel::flat::TextOutput;
 using vorel::flat::Utf8Output;
 using vorel::flat::Utf8Text;
@@ -32,7 +32,7 @@ using vorel::util::Hex;
 
 namespace {
 
-/// The digits of a hexadecimal text: what stands behind a "0x".
+/// The digits of a hexadecimal text, without a leading "0x".
 std::wstring_view withoutPrefix(std::wstring_view text) noexcept {
     const bool hasPrefix = text.size() > 1 && text[0] == '0' && vorel::kernels::foldCase(text[1]) == 'x';
     return hasPrefix ? text.substr(2) : text;
@@ -48,17 +48,17 @@ bool isHexDigit(wchar_t unit) noexcept {
 
 vorel_status vorel_utf8_to_utf16(const char* text, size_t length, vorel_char16* output, size_t capacity,
                                  size_t* outputLength) {
-    return call(L"vorel_utf8_to_utf16", [&] {
+    return guardedCall(L"vorel_utf8_to_utf16", [&] {
         const TextOutput out(output, capacity, outputLength);
         const Utf8Text bytes(text, length, Zeros::Allowed);
         const auto units = vorel::flat::toUtf16(bytes.view());
-        return units ? out.write(*units) : fail(VOREL_ERROR_INVALID_TEXT, L"The bytes are no UTF-8");
+        return units ? out.write(*units) : fail(VOREL_ERROR_INVALID_TEXT, L"Invalid UTF-8");
     });
 }
 
 vorel_status vorel_utf16_to_utf8(const vorel_char16* text, size_t length, char* output, size_t capacity,
                                  size_t* outputLength) {
-    return call(L"vorel_utf16_to_utf8", [&] {
+    return guardedCall(L"vorel_utf16_to_utf8", [&] {
         const Utf8Output out(output, capacity, outputLength);
         const WideText units(text, length, Zeros::Allowed);
         return out.write(vorel::flat::toUtf8(units.view()));
@@ -69,7 +69,7 @@ vorel_status vorel_utf16_to_utf8(const vorel_char16* text, size_t length, char* 
 
 vorel_status vorel_base64_encode(const void* bytes, size_t size, vorel_char16* output, size_t capacity,
                                  size_t* outputLength) {
-    return call(L"vorel_base64_encode", [&] {
+    return guardedCall(L"vorel_base64_encode", [&] {
         const TextOutput out(output, capacity, outputLength);
         const Bytes input(bytes, size);
         BaseString<wchar_t> text;
@@ -80,7 +80,7 @@ vorel_status vorel_base64_encode(const void* bytes, size_t size, vorel_char16* o
 
 vorel_status vorel_base64_decode(const vorel_char16* text, size_t length, void* output, size_t capacity,
                                  size_t* outputLength) {
-    return call(L"vorel_base64_decode", VOREL_ERROR_INVALID_TEXT, [&] {
+    return guardedCall(L"vorel_base64_decode", VOREL_ERROR_INVALID_TEXT, [&] {
         const BytesOutput out(output, capacity, outputLength);
         const WideText encoded(text, length);
         Array<unsigned char> bytes;
@@ -91,7 +91,7 @@ vorel_status vorel_base64_decode(const vorel_char16* text, size_t length, void* 
 
 vorel_status vorel_daylight_encode(const void* bytes, size_t size, vorel_char16* output, size_t capacity,
                                    size_t* outputLength) {
-    return call(L"vorel_daylight_encode", [&] {
+    return guardedCall(L"vorel_daylight_encode", [&] {
         const TextOutput out(output, capacity, outputLength);
         BaseString<wchar_t> text;
         Daylight::Encode(Bytes(bytes, size).array(), text);
@@ -101,7 +101,7 @@ vorel_status vorel_daylight_encode(const void* bytes, size_t size, vorel_char16*
 
 vorel_status vorel_daylight_decode(const vorel_char16* text, size_t length, void* output, size_t capacity,
                                    size_t* outputLength) {
-    return call(L"vorel_daylight_decode", VOREL_ERROR_INVALID_TEXT, [&] {
+    return guardedCall(L"vorel_daylight_decode", VOREL_ERROR_INVALID_TEXT, [&] {
         const BytesOutput out(output, capacity, outputLength);
         const WideText encoded(text, length);
         Array<unsigned char> bytes;
@@ -112,7 +112,7 @@ vorel_status vorel_daylight_decode(const vorel_char16* text, size_t length, void
 
 vorel_status vorel_hex_encode(const void* bytes, size_t size, int32_t upperCase, vorel_char16* output, size_t capacity,
                               size_t* outputLength) {
-    return call(L"vorel_hex_encode", [&] {
+    return guardedCall(L"vorel_hex_encode", [&] {
         const TextOutput out(output, capacity, outputLength);
         BaseString<wchar_t> text;
         vorel::util::byteArrayToHexString(Bytes(bytes, size).array(), text, upperCase != 0);
@@ -122,10 +122,10 @@ vorel_status vorel_hex_encode(const void* bytes, size_t size, int32_t upperCase,
 
 vorel_status vorel_hex_decode(const vorel_char16* text, size_t length, void* output, size_t capacity,
                               size_t* outputLength) {
-    return call(L"vorel_hex_decode", [&] {
+    return guardedCall(L"vorel_hex_decode", [&] {
         const BytesOutput out(output, capacity, outputLength);
         const WideText encoded(text, length);
-        // The decoder takes more than digits, and counts the prefix: it only sees what is beyond doubt.
+        // The decoder accepts other characters and counts the prefix as digits, so it only gets checked digits.
         const std::wstring_view digits = withoutPrefix(encoded.view());
         if (digits.size() % 2 != 0 || !std::all_of(digits.begin(), digits.end(), isHexDigit)) {
             return fail(VOREL_ERROR_INVALID_TEXT, L"The text is not made of pairs of hexadecimal digits");

@@ -1,5 +1,5 @@
 /// \file
-/// Values and times as text.
+/// The flat interface to the formatting of values and times.
 
 #include <algorithm>
 #include <ctime>
@@ -15,24 +15,25 @@
 #include "vorel/system/Time.h"
 #include "vorel/values/NumberFormatting.h"
 
-using vorel::flat::areOneNumber;
-using vorel::flat::call;
+using vorel::flat::ArgumentError;
 using vorel::flat::fail;
-using vorel::flat::Refused;
-using vorel::flat::required;
+using vorel::flat::guardedCall;
+using vorel::flat::notNull;
+using vorel::flat::sameValue;
 using vorel::flat::TextOutput;
 
 namespace {
 
 namespace util = vorel::util;
 
-static_assert(areOneNumber(VOREL_FORMAT_DEFAULT, util::FO_Default) && areOneNumber(VOREL_FORMAT_JSON, util::FO_JSON));
+static_assert(sameValue(VOREL_FORMAT_DEFAULT, util::FO_Default) && sameValue(VOREL_FORMAT_JSON, util::FO_JSON));
 
-/// Hands out what `format(buffer, size)` writes: the longest text of a number, and its terminator, fit.
+/// Copies the text that `format(buffer, size)` writes to the output. The buffer holds the longest number and its
+/// terminator.
 template <class Format>
 vorel_status formatNumber(const wchar_t* function, vorel_char16* output, size_t capacity, size_t* outputLength,
                           Format format) {
-    return call(function, [&] {
+    return guardedCall(function, [&] {
         const TextOutput out(output, capacity, outputLength);
         wchar_t buffer[64];
         return out.write(std::wstring_view(format(buffer, std::size(buffer))));
@@ -42,7 +43,7 @@ vorel_status formatNumber(const wchar_t* function, vorel_char16* output, size_t 
 template <class BreakDown>
 vorel_status formatTime(const wchar_t* function, int64_t seconds, vorel_char16* output, size_t capacity,
                         size_t* outputLength, BreakDown breakDown) {
-    return call(function, VOREL_ERROR_INVALID_ARGUMENT, [&] {
+    return guardedCall(function, VOREL_ERROR_INVALID_ARGUMENT, [&] {
         const TextOutput out(output, capacity, outputLength);
         const long long time = seconds;
         std::tm fields = {};
@@ -75,7 +76,7 @@ vorel_status vorel_format_double(double value, int32_t options, vorel_char16* ou
     return formatNumber(
         L"vorel_format_double", output, capacity, outputLength, [value, options](wchar_t* buffer, std::size_t size) {
             if (options != VOREL_FORMAT_DEFAULT && options != VOREL_FORMAT_JSON) {
-                throw Refused{VOREL_ERROR_INVALID_ARGUMENT, L"An option is unknown"};
+                throw ArgumentError{VOREL_ERROR_INVALID_ARGUMENT, L"An option is unknown"};
             }
             return util::doubleToString(value, buffer, size, static_cast<util::FormattingOptions>(options));
         });
@@ -92,14 +93,14 @@ vorel_status vorel_format_utc_time(int64_t seconds, vorel_char16* output, size_t
 }
 
 vorel_status vorel_current_time(int64_t* microseconds) {
-    return call(L"vorel_current_time", [&] {
-        required(microseconds) = static_cast<int64_t>(util::getmicrotime());
+    return guardedCall(L"vorel_current_time", [&] {
+        notNull(microseconds) = static_cast<int64_t>(util::getmicrotime());
         return vorel_status{VOREL_OK};
     });
 }
 
 vorel_status vorel_system_error_text(int32_t code, vorel_char16* output, size_t capacity, size_t* outputLength) {
-    return call(L"vorel_system_error_text", [&] {
+    return guardedCall(L"vorel_system_error_text", [&] {
         const TextOutput out(output, capacity, outputLength);
         vorel::BaseString<wchar_t> text;
         util::FormatErrorMsg(code, text);

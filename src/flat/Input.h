@@ -1,6 +1,6 @@
 /// \file
-/// The inputs of the flat interface (vorelCoreC.h), checked, and copied with a terminator behind them: the library
-/// reads most texts up to a zero.
+/// Checks the inputs of the flat interface (vorelCoreC.h) and copies texts with a terminator, because most functions of
+/// the library read up to a zero.
 #pragma once
 
 #include <cstddef>
@@ -16,58 +16,58 @@
 
 namespace vorel::flat {
 
-/// \throws Refused for null.
+/// \throws ArgumentError for null.
 template <class T>
 // cppcheck-suppress constParameter; the caller writes to it
-T& required(T* pointer) {
+T& notNull(T* pointer) {
     if (!pointer) {
-        throw Refused{VOREL_ERROR_INVALID_ARGUMENT, L"A pointer is null"};
+        throw ArgumentError{VOREL_ERROR_INVALID_ARGUMENT, L"A pointer is null"};
     }
     return *pointer;
 }
 
-/// The number of units of an input. \throws Refused when there is no such input.
+/// The number of units of an input. \throws ArgumentError when the input is null or too long.
 template <class Unit>
 std::size_t checkedCount(const Unit* input, std::size_t count) {
     if (!input && count != 0) {
-        throw Refused{VOREL_ERROR_INVALID_ARGUMENT, L"An input is null"};
+        throw ArgumentError{VOREL_ERROR_INVALID_ARGUMENT, L"An input is null"};
     }
     if (count == VOREL_ZERO_TERMINATED) {
         for (count = 0; count <= VOREL_MOST_UNITS && input[count] != 0; ++count) {}
     }
     if (count > VOREL_MOST_UNITS) {
-        throw Refused{VOREL_ERROR_INVALID_ARGUMENT, L"An input is too long"};
+        throw ArgumentError{VOREL_ERROR_INVALID_ARGUMENT, L"An input is too long"};
     }
     return count;
 }
 
 enum class Zeros {
-    Refused,
+    Rejected,
     Allowed,
 };
 
-/// A text with a few zeros behind its end.
+/// A copy of a text, followed by zeros.
 template <class Unit>
 class TextCopy {
 public:
-    /// \throws Refused; MemoryException.
+    /// \throws ArgumentError, MemoryException.
     template <class Source>
     TextCopy(const Source* text, std::size_t length, Zeros zeros) : m_length(checkedCount(text, length)) {
         static_assert(sizeof(Unit) == sizeof(Source));
-        const std::size_t room = m_length + kZerosBehind;
-        if (room > kShort) {
-            m_heap.reset(static_cast<Unit*>(std::malloc(room * sizeof(Unit))));
+        const std::size_t capacity = m_length + kTrailingZeros;
+        if (capacity > kShort) {
+            m_heap.reset(static_cast<Unit*>(std::malloc(capacity * sizeof(Unit))));
             if (!m_heap) {
-                detail::throwMemory(static_cast<unsigned int>(room), sizeof(Unit));
+                detail::throwMemory(static_cast<unsigned int>(capacity), sizeof(Unit));
             }
             m_text = m_heap.get();
         }
         if (m_length != 0) {
             std::memcpy(m_text, text, m_length * sizeof(Unit));
         }
-        std::memset(m_text + m_length, 0, sizeof(Unit[kZerosBehind]));
-        if (zeros == Zeros::Refused && view().find(Unit()) != std::basic_string_view<Unit>::npos) {
-            throw vorel::flat::Refused{VOREL_ERROR_INVALID_TEXT, L"The text has a zero in it"};
+        std::memset(m_text + m_length, 0, sizeof(Unit[kTrailingZeros]));
+        if (zeros == Zeros::Rejected && view().find(Unit()) != std::basic_string_view<Unit>::npos) {
+            throw ArgumentError{VOREL_ERROR_INVALID_TEXT, L"The text contains a zero character"};
         }
     }
 
@@ -85,7 +85,7 @@ private:
         void operator()(Unit* block) const noexcept { std::free(block); }
     };
 
-    static constexpr std::size_t kZerosBehind = 8;  // a sequence of UTF-8 that is cut short is read beyond the end
+    static constexpr std::size_t kTrailingZeros = 8;  // a truncated UTF-8 sequence is read past the end
     static constexpr std::size_t kShort = 128;
 
     std::size_t m_length;
@@ -96,19 +96,19 @@ private:
 
 using Utf8Text = TextCopy<char>;
 
-/// A text of UTF-16.
+/// A UTF-16 text.
 class WideText : public TextCopy<wchar_t> {
 public:
-    WideText(const vorel_char16* text, std::size_t length, Zeros zeros = Zeros::Refused)
+    WideText(const vorel_char16* text, std::size_t length, Zeros zeros = Zeros::Rejected)
         : TextCopy(text, length, zeros) {}
 };
 
-/// Bytes where they lie. \throws Refused.
+/// Bytes of the caller, not copied. \throws ArgumentError.
 class Bytes {
 public:
     Bytes(const void* bytes, std::size_t size) : m_bytes(static_cast<const unsigned char*>(bytes)) {
         if (size == VOREL_ZERO_TERMINATED) {
-            throw Refused{VOREL_ERROR_INVALID_ARGUMENT, L"Bytes have no terminator"};
+            throw ArgumentError{VOREL_ERROR_INVALID_ARGUMENT, L"Bytes have no terminator"};
         }
         m_size = static_cast<unsigned int>(checkedCount(m_bytes, size));
     }
@@ -116,7 +116,7 @@ public:
     [[nodiscard]] const unsigned char* data() const noexcept { return m_bytes; }
     [[nodiscard]] unsigned int size() const noexcept { return m_size; }
 
-    /// As the library takes them. \throws MemoryException.
+    /// A copy as an array. \throws MemoryException.
     [[nodiscard]] Array<unsigned char> array() const {
         Array<unsigned char> copy;
         copy.reserve(m_size, true);

@@ -13,7 +13,7 @@ namespace vorel::flat {
 
 namespace {
 
-/// What a thread has whose failure finds no memory: shared, and never written.
+/// The failure of a thread that has no memory to store one. Shared and never written.
 constinit Failure s_withoutMemory = [] {
     constexpr std::wstring_view kNoMemory = L"No more memory is available";
     Failure failure;
@@ -29,12 +29,12 @@ void CALLBACK release(void* failure) {
     }
 }
 
-/// The longest beginning of `message` that has room; no surrogate pair is split.
-std::wstring_view cut(std::wstring_view message) noexcept {
-    if (message.size() <= Failure::kMostUnits) {
+/// The longest prefix of `message` that fits and does not split a surrogate pair.
+std::wstring_view truncated(std::wstring_view message) noexcept {
+    if (message.size() <= Failure::kMaxUnits) {
         return message;
     }
-    message = message.substr(0, Failure::kMostUnits);
+    message = message.substr(0, Failure::kMaxUnits);
     if (kernels::isHighSurrogate(message.back())) {
         message.remove_suffix(1);
     }
@@ -51,11 +51,12 @@ std::wstring_view lastMessage() noexcept {
     return failure ? failure->message() : std::wstring_view();
 }
 
-/// Hands a message out. That it has no room, or no place, is no failure to remember: the last one is being asked for.
+/// Copies a message to the caller's buffer. Does not remember its own failures, which would replace the failure that
+/// the caller asks for.
 template <class Unit, class Source>
-vorel_status handOut(std::basic_string_view<Source> message, Unit* output, std::size_t capacity,
-                     std::size_t* length) noexcept {
-    return isOutput(output, capacity, length) ? put<Ending::Zero>(message, output, capacity, length)
+vorel_status copyToOutput(std::basic_string_view<Source> message, Unit* output, std::size_t capacity,
+                          std::size_t* length) noexcept {
+    return isOutput(output, capacity, length) ? copyUnits<Terminator::Zero>(message, output, capacity, length)
                                               : VOREL_ERROR_INVALID_ARGUMENT;
 }
 
@@ -89,7 +90,7 @@ void LastErrors::remember(vorel_status status, std::wstring_view message) const 
             return;
         }
     }
-    const std::wstring_view kept = cut(message);
+    const std::wstring_view kept = truncated(message);
     std::copy(kept.begin(), kept.end(), failure->text);
     failure->length = kept.size();
     failure->status = status;
@@ -112,15 +113,15 @@ vorel_status vorel_last_error_status(void) {
 }
 
 vorel_status vorel_last_error_message(vorel_char16* message, size_t capacity, size_t* length) {
-    return vorel::flat::handOut(vorel::flat::lastMessage(), message, capacity, length);
+    return vorel::flat::copyToOutput(vorel::flat::lastMessage(), message, capacity, length);
 }
 
 vorel_status vorel_last_error_message_utf8(char* message, size_t capacity, size_t* length) {
     const std::wstring_view units = vorel::flat::lastMessage();
-    char bytes[vorel::flat::utf8Room(Failure::kMostUnits)];
-    // A copy, since the encoder looks at the unit behind the last one.
-    wchar_t terminated[Failure::kMostUnits + 1];
+    char bytes[vorel::flat::utf8Capacity(Failure::kMaxUnits)];
+    // The encoder reads one unit past the end, so it gets a terminated copy.
+    wchar_t terminated[Failure::kMaxUnits + 1];
     *std::copy(units.begin(), units.end(), terminated) = 0;
     const std::size_t size = vorel::flat::toUtf8({terminated, units.size()}, bytes);
-    return vorel::flat::handOut(std::string_view(bytes, size), message, capacity, length);
+    return vorel::flat::copyToOutput(std::string_view(bytes, size), message, capacity, length);
 }

@@ -1,6 +1,6 @@
 /// \file
-/// What the flat interface remembers of the last failure of each thread. Nothing in here throws, and without memory a
-/// failure still has its status and a text.
+/// The last failure of each thread in the flat interface. Nothing here throws. When a failure cannot be stored, the
+/// thread's last failure is out-of-memory with its text.
 #pragma once
 
 #include <cstddef>
@@ -12,17 +12,18 @@
 namespace vorel::flat {
 
 struct Failure {
-    static constexpr std::size_t kMostUnits = 500;
+    static constexpr std::size_t kMaxUnits = 500;
 
     [[nodiscard]] std::wstring_view message() const noexcept { return {text, length}; }
 
     vorel_status status = VOREL_OK;
     std::size_t length = 0;
-    wchar_t text[kMostUnits] = {};
+    wchar_t text[kMaxUnits] = {};
 };
 
-/// The failures of all threads. Each has its own in a slot of the system, which gives it back at the thread's end: this
-/// compiler's `thread_local` is not reliable there, and ends the program when there is no memory.
+/// The last failures of all threads. Each is in a fiber-local slot, which frees it when the thread ends. This
+/// compiler's `thread_local` is not reliable at the end of a thread, and terminates the program when memory is
+/// exhausted.
 class LastErrors {
 public:
     LastErrors() noexcept;
@@ -31,10 +32,10 @@ public:
     LastErrors(const LastErrors&) = delete;
     LastErrors& operator=(const LastErrors&) = delete;
 
-    /// Replaces the calling thread's failure; of a text that is too long the beginning stays.
+    /// Replaces the calling thread's failure. A message of more than `kMaxUnits` units is truncated.
     void remember(vorel_status status, std::wstring_view message) const noexcept;
 
-    /// The calling thread's failure, null before the first.
+    /// The calling thread's last failure; null before the first one.
     [[nodiscard]] const Failure* last() const noexcept;
 
 private:

@@ -1,5 +1,5 @@
 /// \file
-/// Lists of values and of texts.
+/// The flat interface to lists of values and texts.
 
 #include <string_view>
 
@@ -16,9 +16,9 @@
 
 using vorel::Array;
 using vorel::BaseString;
-using vorel::flat::call;
+using vorel::flat::ArgumentError;
 using vorel::flat::fail;
-using vorel::flat::Refused;
+using vorel::flat::guardedCall;
 using vorel::flat::TextOutput;
 using vorel::flat::ValuesOutput;
 using vorel::flat::WideText;
@@ -28,22 +28,22 @@ namespace {
 
 using Texts = Array<BaseString<wchar_t>>;
 
-/// Hands out what `read(text, items)` reads, which says whether it has read everything.
+/// Copies the items that `read(text, items)` reads to the output. `read` returns whether the whole text is a list.
 template <class Item, class Value, class Read>
 vorel_status parseList(const wchar_t* function, const vorel_char16* text, size_t length, Value* values, size_t capacity,
                        size_t* count, Read read) {
-    return call(function, [&] {
+    return guardedCall(function, [&] {
         const ValuesOutput<Value> out(values, capacity, count);
         const WideText input(text, length);
         Array<Item> items;
         if (!read(input.c_str(), items)) {
-            return fail(VOREL_ERROR_INVALID_TEXT, L"The text is no list of such values");
+            return fail(VOREL_ERROR_INVALID_TEXT, L"The text is not a list of values of this type");
         }
         return out.write(items);
     });
 }
 
-/// One text of all items, with a zero behind each.
+/// All items in one text, each followed by a zero.
 Array<wchar_t> withZeros(const Texts& items) {
     Array<wchar_t> list;
     for (const BaseString<wchar_t>& item : items) {
@@ -102,7 +102,7 @@ vorel_status vorel_parse_boolean_list(const vorel_char16* text, size_t length, i
 
 vorel_status vorel_parse_ranges(const vorel_char16* text, size_t length, vorel_range* ranges, size_t capacity,
                                 size_t* count) {
-    return call(L"vorel_parse_ranges", VOREL_ERROR_INVALID_TEXT, [&] {
+    return guardedCall(L"vorel_parse_ranges", VOREL_ERROR_INVALID_TEXT, [&] {
         const ValuesOutput<vorel_range> out(ranges, capacity, count);
         const WideText input(text, length);
         Array<int> starts;
@@ -120,7 +120,7 @@ vorel_status vorel_parse_ranges(const vorel_char16* text, size_t length, vorel_r
 
 vorel_status vorel_split_text(const vorel_char16* text, size_t length, const vorel_char16* delimiter,
                               size_t delimiterLength, vorel_char16* items, size_t capacity, size_t* itemsLength) {
-    return call(L"vorel_split_text", [&] {
+    return guardedCall(L"vorel_split_text", [&] {
         const TextOutput out(items, capacity, itemsLength);
         const WideText input(text, length);
         const WideText between(delimiter, delimiterLength);
@@ -133,7 +133,7 @@ vorel_status vorel_split_text(const vorel_char16* text, size_t length, const vor
 vorel_status vorel_split_list(const vorel_char16* text, size_t length, const vorel_char16* delimiters,
                               size_t delimitersLength, int32_t trim, vorel_char16* items, size_t capacity,
                               size_t* itemsLength) {
-    return call(L"vorel_split_list", [&] {
+    return guardedCall(L"vorel_split_list", [&] {
         const TextOutput out(items, capacity, itemsLength);
         const WideText input(text, length);
         const WideText between(delimiters, delimitersLength);
@@ -145,15 +145,15 @@ vorel_status vorel_split_list(const vorel_char16* text, size_t length, const vor
 
 vorel_status vorel_join_list(const vorel_char16* items, size_t length, const vorel_char16* delimiter,
                              size_t delimiterLength, vorel_char16* output, size_t capacity, size_t* outputLength) {
-    return call(L"vorel_join_list", [&] {
+    return guardedCall(L"vorel_join_list", [&] {
         const TextOutput out(output, capacity, outputLength);
         if (length == VOREL_ZERO_TERMINATED) {
-            throw Refused{VOREL_ERROR_INVALID_ARGUMENT, L"The first zero does not end a list"};
+            throw ArgumentError{VOREL_ERROR_INVALID_ARGUMENT, L"A list needs an explicit length"};
         }
         const WideText list(items, length, Zeros::Allowed);
         const WideText between(delimiter, delimiterLength);
         if (!list.view().empty() && list.view().back() != 0) {
-            return fail(VOREL_ERROR_INVALID_TEXT, L"The last item has no zero at its end");
+            return fail(VOREL_ERROR_INVALID_TEXT, L"The last item is not followed by a zero");
         }
         BaseString<wchar_t> joined;
         vorel::util::multipleStringsToSingleString(itemsOf(list.view()), between.c_str(), joined);

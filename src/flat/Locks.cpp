@@ -1,5 +1,5 @@
 /// \file
-/// The named mutex and the named condition.
+/// The flat interface to named mutexes and named conditions.
 
 #include "vorel/flat/Locks.h"
 
@@ -15,10 +15,10 @@
 #include "vorel/sync/AutoMutex.h"
 #include "vorel/sync/NamedCondition.h"
 
-using vorel::flat::call;
+using vorel::flat::ArgumentError;
 using vorel::flat::fail;
-using vorel::flat::Refused;
-using vorel::flat::required;
+using vorel::flat::guardedCall;
+using vorel::flat::notNull;
 using vorel::flat::WideText;
 
 struct vorel_mutex {
@@ -35,14 +35,14 @@ struct vorel_condition {
 
 namespace {
 
-/// Makes a handle behind a pointer that the caller gave.
+/// Creates a handle and stores it in `*handle`.
 template <class Handle>
 vorel_status open(const wchar_t* function, const vorel_char16* name, size_t length, Handle** handle) {
-    return call(function, VOREL_ERROR_SYSTEM, [&] {
-        Handle*& result = required(handle);
+    return guardedCall(function, VOREL_ERROR_SYSTEM, [&] {
+        Handle*& result = notNull(handle);
         const WideText text(name, length);
         if (text.length() == 0) {
-            throw Refused{VOREL_ERROR_INVALID_ARGUMENT, L"The name is empty"};
+            throw ArgumentError{VOREL_ERROR_INVALID_ARGUMENT, L"The name is empty"};
         }
         result = std::make_unique<Handle>(text.c_str()).release();
         return vorel_status{VOREL_OK};
@@ -51,13 +51,13 @@ vorel_status open(const wchar_t* function, const vorel_char16* name, size_t leng
 
 template <class Handle>
 vorel_status close(const wchar_t* function, Handle* handle) {
-    return call(function, VOREL_ERROR_SYSTEM, [&] {
-        delete &required(handle);  // the memory goes also when the destructor throws
+    return guardedCall(function, VOREL_ERROR_SYSTEM, [&] {
+        delete &notNull(handle);  // releases the memory even if the destructor throws
         return vorel_status{VOREL_OK};
     });
 }
 
-/// The failure of a wait; the system has left no error when it was the end of the time.
+/// Reports a failed wait. The wait timed out if the last system error is not set.
 vorel_status failedWait(const wchar_t* message) noexcept {
     return fail(GetLastError() == ERROR_SUCCESS ? VOREL_ERROR_TIMEOUT : VOREL_ERROR_SYSTEM, message);
 }
@@ -69,8 +69,8 @@ vorel_status vorel_mutex_open(const vorel_char16* name, size_t length, vorel_mut
 }
 
 vorel_status vorel_mutex_lock(vorel_mutex* mutex, uint32_t timeoutMs) {
-    return call(L"vorel_mutex_lock", VOREL_ERROR_SYSTEM, [&] {
-        vorel::AutoMutex& lock = required(mutex).mutex;
+    return guardedCall(L"vorel_mutex_lock", VOREL_ERROR_SYSTEM, [&] {
+        vorel::AutoMutex& lock = notNull(mutex).mutex;
         vorel::BaseString<wchar_t> reason;
         SetLastError(ERROR_SUCCESS);
         if (!lock.lock(timeoutMs, false, &reason)) {
@@ -81,8 +81,8 @@ vorel_status vorel_mutex_lock(vorel_mutex* mutex, uint32_t timeoutMs) {
 }
 
 vorel_status vorel_mutex_unlock(vorel_mutex* mutex) {
-    return call(L"vorel_mutex_unlock", VOREL_ERROR_SYSTEM, [&] {
-        vorel::AutoMutex& lock = required(mutex).mutex;
+    return guardedCall(L"vorel_mutex_unlock", VOREL_ERROR_SYSTEM, [&] {
+        vorel::AutoMutex& lock = notNull(mutex).mutex;
         if (!vorel::detail::MutexAccess::isHeldByCaller(lock)) {
             return fail(VOREL_ERROR_NOT_OWNER, L"The thread does not hold the mutex");
         }
@@ -100,17 +100,17 @@ vorel_status vorel_condition_open(const vorel_char16* name, size_t length, vorel
 }
 
 vorel_status vorel_condition_signal(vorel_condition* condition) {
-    return call(L"vorel_condition_signal", VOREL_ERROR_SYSTEM, [&] {
-        required(condition).condition.signal();
+    return guardedCall(L"vorel_condition_signal", VOREL_ERROR_SYSTEM, [&] {
+        notNull(condition).condition.signal();
         return vorel_status{VOREL_OK};
     });
 }
 
 vorel_status vorel_condition_wait(vorel_condition* condition, uint32_t timeoutMs) {
-    return call(L"vorel_condition_wait", VOREL_ERROR_SYSTEM, [&] {
-        vorel_condition& event = required(condition);
+    return guardedCall(L"vorel_condition_wait", VOREL_ERROR_SYSTEM, [&] {
+        vorel_condition& event = notNull(condition);
         SetLastError(ERROR_SUCCESS);
-        // The condition hands the number on as the system's own: it is unsigned there, all bits set for no limit.
+        // The condition passes the value to the system, which reads it as unsigned; all bits set means no limit.
         if (!event.condition.wait(static_cast<int>(timeoutMs))) {
             return failedWait(L"There was no signal in time");
         }

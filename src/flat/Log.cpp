@@ -1,5 +1,5 @@
 /// \file
-/// The error log.
+/// The flat interface to the error log.
 
 #include "vorel/flat/Log.h"
 
@@ -18,20 +18,20 @@
 using vorel::Array;
 using vorel::Exception;
 using vorel::detail::kLogPathBytes;
-using vorel::flat::call;
 using vorel::flat::fail;
-using vorel::flat::required;
+using vorel::flat::guardedCall;
+using vorel::flat::notNull;
 using vorel::flat::TextOutput;
 using vorel::flat::WideText;
 
 namespace {
 
-/// What only classes derived from `Exception` may do.
+/// Access to protected members of `Exception`.
 struct Channel : Exception {
     static long long limit() noexcept { return CurrentLogSize; }
 
-    /// The lines of the diagnostic channels, which render a format first and cut what is long; prefix and target are in
-    /// UTF-8.
+    /// Writes a line like those of the diagnostic channels, which would render a format and truncate long messages.
+    /// `prefix` is UTF-8.
     static void write(const char* prefix, const wchar_t* message) noexcept {
         MirrorErrorMessage(nullptr, CurrentLogSize, prefix, message, true);
     }
@@ -41,7 +41,7 @@ void append(Array<char>& text, std::string_view more) {
     text.append(more.data(), static_cast<unsigned int>(more.size()));
 }
 
-/// "front: back: " with what of it is not empty, and a terminator.
+/// "front: back: " with a terminator. An empty part is left out with its colon.
 Array<char> prefixOf(std::string_view front, std::wstring_view back) {
     Array<char> prefix;
     if (!front.empty()) {
@@ -57,7 +57,8 @@ Array<char> prefixOf(std::string_view front, std::wstring_view back) {
     return prefix;
 }
 
-/// The path in the process's code page, and a terminator; empty when it lacks a character.
+/// The path in the process's code page, with a terminator. The array is empty when the code page lacks a character of
+/// the path.
 Array<char> narrowPath(std::wstring_view path) {
     Array<char> bytes;
     if (path.empty()) {
@@ -66,7 +67,7 @@ Array<char> narrowPath(std::wstring_view path) {
     }
     const int units = static_cast<int>(path.size());
     BOOL replaced = FALSE;
-    // A UTF-8 process lacks nothing, and does not allow the question.
+    // UTF-8 has every character, and with it the call does not accept `asked`.
     BOOL* const asked = GetACP() == CP_UTF8 ? nullptr : &replaced;
     const DWORD flags = asked ? WC_NO_BEST_FIT_CHARS : 0;
     const int size = WideCharToMultiByte(CP_ACP, flags, path.data(), units, nullptr, 0, nullptr, asked);
@@ -81,11 +82,11 @@ Array<char> narrowPath(std::wstring_view path) {
 }  // namespace
 
 vorel_status vorel_log_set_path(const vorel_char16* path, size_t length) {
-    return call(L"vorel_log_set_path", [&] {
+    return guardedCall(L"vorel_log_set_path", [&] {
         const WideText wide(path, length);
         const Array<char> narrow = narrowPath(wide.view());
         if (narrow.empty()) {
-            return fail(VOREL_ERROR_INVALID_TEXT, L"The process's code page lacks a character of the path");
+            return fail(VOREL_ERROR_INVALID_TEXT, L"The path contains a character that the process's code page lacks");
         }
         if (narrow.size() > kLogPathBytes) {
             return fail(VOREL_ERROR_INVALID_ARGUMENT, L"The path is too long");
@@ -96,7 +97,7 @@ vorel_status vorel_log_set_path(const vorel_char16* path, size_t length) {
 }
 
 vorel_status vorel_log_path(vorel_char16* path, size_t capacity, size_t* length) {
-    return call(L"vorel_log_path", [&] {
+    return guardedCall(L"vorel_log_path", [&] {
         const TextOutput out(path, capacity, length);
         char narrow[kLogPathBytes];
         vorel::detail::LogLocation::readOrDefault(narrow);
@@ -108,9 +109,9 @@ vorel_status vorel_log_path(vorel_char16* path, size_t capacity, size_t* length)
 }
 
 vorel_status vorel_log_set_limit(int64_t bytes) {
-    return call(L"vorel_log_set_limit", [&] {
+    return guardedCall(L"vorel_log_set_limit", [&] {
         if (bytes < -1) {
-            return fail(VOREL_ERROR_INVALID_ARGUMENT, L"A limit is -1 or more");
+            return fail(VOREL_ERROR_INVALID_ARGUMENT, L"The limit is less than -1");
         }
         Exception::SetErrorLogSize(bytes);
         return vorel_status{VOREL_OK};
@@ -118,15 +119,15 @@ vorel_status vorel_log_set_limit(int64_t bytes) {
 }
 
 vorel_status vorel_log_limit(int64_t* bytes) {
-    return call(L"vorel_log_limit", [&] {
-        required(bytes) = Channel::limit();
+    return guardedCall(L"vorel_log_limit", [&] {
+        notNull(bytes) = Channel::limit();
         return vorel_status{VOREL_OK};
     });
 }
 
 vorel_status vorel_log_write(const vorel_char16* prefix, size_t prefixLength, const vorel_char16* message,
                              size_t messageLength) {
-    return call(L"vorel_log_write", [&] {
+    return guardedCall(L"vorel_log_write", [&] {
         const WideText front(prefix, prefixLength);
         const WideText text(message, messageLength);
         Channel::write(prefixOf({}, front.view()).data(), text.c_str());
@@ -136,7 +137,7 @@ vorel_status vorel_log_write(const vorel_char16* prefix, size_t prefixLength, co
 
 vorel_status vorel_log_debug(const vorel_char16* target, size_t targetLength, const vorel_char16* message,
                              size_t messageLength) {
-    return call(L"vorel_log_debug", [&] {
+    return guardedCall(L"vorel_log_debug", [&] {
         const WideText name(target, targetLength);
         const WideText text(message, messageLength);
         if (Exception::isDebugTargetActive(name.c_str())) {
@@ -147,7 +148,7 @@ vorel_status vorel_log_debug(const vorel_char16* target, size_t targetLength, co
 }
 
 vorel_status vorel_log_set_debug_target(const vorel_char16* target, size_t length, int32_t active) {
-    return call(L"vorel_log_set_debug_target", [&] {
+    return guardedCall(L"vorel_log_set_debug_target", [&] {
         const WideText name(target, length);
         Exception::setDebugTarget(name.c_str(), active != 0);
         return vorel_status{VOREL_OK};
@@ -155,7 +156,7 @@ vorel_status vorel_log_set_debug_target(const vorel_char16* target, size_t lengt
 }
 
 vorel_status vorel_log_set_thread_enabled(int32_t enabled) {
-    return call(L"vorel_log_set_thread_enabled", [&] {
+    return guardedCall(L"vorel_log_set_thread_enabled", [&] {
         Exception::DisableThreadErrorLogging(enabled == 0);
         return vorel_status{VOREL_OK};
     });

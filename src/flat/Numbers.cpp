@@ -1,5 +1,5 @@
 /// \file
-/// Single values from text.
+/// The flat interface to the parsing of single values.
 
 #include <algorithm>
 #include <string_view>
@@ -12,22 +12,22 @@
 #include "vorel/values/BooleanParsing.h"
 #include "vorel/values/NumberParsing.h"
 
-using vorel::flat::call;
 using vorel::flat::fail;
-using vorel::flat::required;
+using vorel::flat::guardedCall;
+using vorel::flat::notNull;
 using vorel::flat::WideText;
 
 namespace {
 
 namespace util = vorel::util;
 
-/// Reads a value at `text` as `scan` does, and says where it ends.
+/// Reads the value at the beginning of `text` with `scan` and sets `*used` to its length in units.
 template <class Value, class Scan>
 vorel_status scanText(const wchar_t* function, const vorel_char16* text, size_t length, Value* value, size_t* used,
                       Scan scan) {
-    return call(function, [&] {
-        Value& result = required(value);
-        size_t& units = required(used);
+    return guardedCall(function, [&] {
+        Value& result = notNull(value);
+        size_t& units = notNull(used);
         const WideText input(text, length);
         wchar_t* end = nullptr;
         result = static_cast<Value>(scan(input.c_str(), &end));
@@ -36,15 +36,15 @@ vorel_status scanText(const wchar_t* function, const vorel_char16* text, size_t 
     });
 }
 
-/// Reads a whole text, of which `isValue` says whether it has the form of one.
+/// Reads a whole text with `scan`. Fails with `message` unless `isValue(text)`.
 template <class Value, class IsValue, class Scan>
 vorel_status parseText(const wchar_t* function, const vorel_char16* text, size_t length, Value* value,
-                       const wchar_t* complaint, IsValue isValue, Scan scan) {
-    return call(function, [&] {
-        Value& result = required(value);
+                       const wchar_t* message, IsValue isValue, Scan scan) {
+    return guardedCall(function, [&] {
+        Value& result = notNull(value);
         const WideText input(text, length);
         if (!isValue(input)) {
-            return fail(VOREL_ERROR_INVALID_TEXT, complaint);
+            return fail(VOREL_ERROR_INVALID_TEXT, message);
         }
         wchar_t* end = nullptr;
         result = static_cast<Value>(scan(input.c_str(), &end));
@@ -52,8 +52,8 @@ vorel_status parseText(const wchar_t* function, const vorel_char16* text, size_t
     });
 }
 
-constexpr wchar_t kNoInteger[] = L"The text is no integer";
-constexpr wchar_t kNoUnsigned[] = L"The text is no integer without a sign";
+constexpr wchar_t kNotInteger[] = L"The text is not an integer";
+constexpr wchar_t kNotUnsigned[] = L"The text is not an unsigned integer";
 
 bool isInteger(const WideText& text) {
     return util::canCoerceToInteger(text.c_str(), true);
@@ -71,7 +71,7 @@ bool isBoolean(const WideText& text) {
     return util::canCoerceToBoolean(text.c_str());
 }
 
-/// Digits, and white space around them.
+/// Whether the text is hexadecimal digits with optional white space around them.
 bool isHex(const WideText& text) {
     const auto isSpace = [](wchar_t unit) { return vorel::kernels::isSpace(unit); };
     const std::wstring_view all = text.view();
@@ -80,7 +80,7 @@ bool isHex(const WideText& text) {
     return end == all.data() + all.size() && !std::all_of(all.begin(), all.end(), isSpace);
 }
 
-// The wide one of two overloads.
+// Each selects the wide overload.
 constexpr auto toInt32 = [](const wchar_t* text, wchar_t** end) { return util::stringToInt(text, end); };
 constexpr auto toUInt32 = [](const wchar_t* text, wchar_t** end) { return util::stringToUInt(text, end); };
 constexpr auto toInt64 = [](const wchar_t* text, wchar_t** end) { return util::stringToInt64(text, end); };
@@ -94,19 +94,19 @@ constexpr auto toBoolean = [](const wchar_t* text, wchar_t** end) { return util:
 // ---- Whole texts ----------------------------------------------------------------------------------------------------
 
 vorel_status vorel_parse_int32(const vorel_char16* text, size_t length, int32_t* value) {
-    return parseText(L"vorel_parse_int32", text, length, value, kNoInteger, isInteger, toInt32);
+    return parseText(L"vorel_parse_int32", text, length, value, kNotInteger, isInteger, toInt32);
 }
 
 vorel_status vorel_parse_uint32(const vorel_char16* text, size_t length, uint32_t* value) {
-    return parseText(L"vorel_parse_uint32", text, length, value, kNoUnsigned, isUnsigned, toUInt32);
+    return parseText(L"vorel_parse_uint32", text, length, value, kNotUnsigned, isUnsigned, toUInt32);
 }
 
 vorel_status vorel_parse_int64(const vorel_char16* text, size_t length, int64_t* value) {
-    return parseText(L"vorel_parse_int64", text, length, value, kNoInteger, isInteger, toInt64);
+    return parseText(L"vorel_parse_int64", text, length, value, kNotInteger, isInteger, toInt64);
 }
 
 vorel_status vorel_parse_uint64(const vorel_char16* text, size_t length, uint64_t* value) {
-    return parseText(L"vorel_parse_uint64", text, length, value, kNoUnsigned, isUnsigned, toUInt64);
+    return parseText(L"vorel_parse_uint64", text, length, value, kNotUnsigned, isUnsigned, toUInt64);
 }
 
 vorel_status vorel_parse_hex32(const vorel_char16* text, size_t length, uint32_t* value) {
@@ -115,14 +115,15 @@ vorel_status vorel_parse_hex32(const vorel_char16* text, size_t length, uint32_t
 }
 
 vorel_status vorel_parse_double(const vorel_char16* text, size_t length, double* value) {
-    return parseText(L"vorel_parse_double", text, length, value, L"The text is no number", isDouble, toDouble);
+    return parseText(L"vorel_parse_double", text, length, value, L"The text is not a number", isDouble, toDouble);
 }
 
 vorel_status vorel_parse_boolean(const vorel_char16* text, size_t length, int32_t* value) {
-    return parseText(L"vorel_parse_boolean", text, length, value, L"The text is no truth value", isBoolean, toBoolean);
+    return parseText(L"vorel_parse_boolean", text, length, value, L"The text is not a Boolean value", isBoolean,
+                     toBoolean);
 }
 
-// ---- The beginnings of texts ----------------------------------------------------------------------------------------
+// ---- Values at the beginning of texts -------------------------------------------------------------------------------
 
 vorel_status vorel_scan_int32(const vorel_char16* text, size_t length, int32_t* value, size_t* used) {
     return scanText(L"vorel_scan_int32", text, length, value, used, toInt32);

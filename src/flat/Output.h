@@ -1,6 +1,6 @@
 /// \file
-/// The one rule for outputs of the flat interface (vorelCoreC.h): the length is always set, and a buffer that is too
-/// small is left untouched.
+/// The rule for outputs of the flat interface (vorelCoreC.h): the length is always set, and a buffer that is too small
+/// is not written.
 #pragma once
 
 #include <cstddef>
@@ -14,20 +14,20 @@
 
 namespace vorel::flat {
 
-/// Whether the arguments are a place for an output: a null buffer has no capacity.
+/// Whether the arguments describe an output. A null buffer must have a capacity of 0.
 inline bool isOutput(const void* buffer, std::size_t capacity, const std::size_t* length) noexcept {
     return length && (buffer || capacity == 0);
 }
 
-enum class Ending {
+enum class Terminator {
     None,
-    Zero,  ///< a zero behind the last unit, where it has room
+    Zero,  ///< a zero after the last unit, if the capacity allows it
 };
 
-/// Copies `units` under that rule. Nothing is remembered.
-template <Ending Behind, class Unit, class Source>
-vorel_status put(std::basic_string_view<Source> units, Unit* buffer, std::size_t capacity,
-                 std::size_t* length) noexcept {
+/// Copies `units` by that rule. A failure is not remembered.
+template <Terminator Rule, class Unit, class Source>
+vorel_status copyUnits(std::basic_string_view<Source> units, Unit* buffer, std::size_t capacity,
+                       std::size_t* length) noexcept {
     static_assert(sizeof(Unit) == sizeof(Source));
     *length = units.size();
     if (units.size() > capacity) {
@@ -36,7 +36,7 @@ vorel_status put(std::basic_string_view<Source> units, Unit* buffer, std::size_t
     if (!units.empty()) {
         std::memcpy(buffer, units.data(), units.size() * sizeof(Unit));
     }
-    if constexpr (Behind == Ending::Zero) {
+    if constexpr (Rule == Terminator::Zero) {
         if (units.size() < capacity) {
             buffer[units.size()] = 0;
         }
@@ -44,21 +44,21 @@ vorel_status put(std::basic_string_view<Source> units, Unit* buffer, std::size_t
     return VOREL_OK;
 }
 
-/// An output of the caller's.
-template <class Unit, Ending Behind>
+/// An output of the caller.
+template <class Unit, Terminator Rule>
 class Output {
 public:
-    /// \throws Refused when the arguments are no place for an output.
+    /// \throws ArgumentError when the arguments do not describe an output.
     Output(Unit* buffer, std::size_t capacity, std::size_t* length)
         : m_buffer(buffer), m_capacity(capacity), m_length(length) {
         if (!isOutput(buffer, capacity, length)) {
-            throw Refused{VOREL_ERROR_INVALID_ARGUMENT, L"An output is null"};
+            throw ArgumentError{VOREL_ERROR_INVALID_ARGUMENT, L"An output is null"};
         }
     }
 
     template <class Source>
     [[nodiscard]] vorel_status write(std::basic_string_view<Source> units) const noexcept {
-        const vorel_status status = put<Behind>(units, m_buffer, m_capacity, m_length);
+        const vorel_status status = copyUnits<Rule>(units, m_buffer, m_capacity, m_length);
         return status == VOREL_OK ? status : fail(status, L"The output buffer is too small");
     }
     template <class Source>
@@ -72,15 +72,15 @@ private:
     std::size_t* m_length;
 };
 
-using TextOutput = Output<vorel_char16, Ending::Zero>;
-using Utf8Output = Output<char, Ending::Zero>;
+using TextOutput = Output<vorel_char16, Terminator::Zero>;
+using Utf8Output = Output<char, Terminator::Zero>;
 
 /// A list of values.
 template <class Value>
-using ValuesOutput = Output<Value, Ending::None>;
+using ValuesOutput = Output<Value, Terminator::None>;
 
-/// Bytes that are no text.
-class BytesOutput : public Output<unsigned char, Ending::None> {
+/// Binary data.
+class BytesOutput : public Output<unsigned char, Terminator::None> {
 public:
     BytesOutput(void* buffer, std::size_t capacity, std::size_t* length)
         : Output(static_cast<unsigned char*>(buffer), capacity, length) {}

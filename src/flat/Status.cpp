@@ -6,7 +6,7 @@
 
 namespace {
 
-/// By the number of the status.
+/// Indexed by status.
 constexpr const char* kNames[] = {
     "VOREL_OK",
     "VOREL_ERROR_INVALID_ARGUMENT",

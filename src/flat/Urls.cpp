@@ -1,5 +1,5 @@
 /// \file
-/// URL encoding.
+/// The flat interface to URL encoding.
 
 #include "vorel/text/Url.h"
 
@@ -12,23 +12,23 @@
 
 using vorel::Array;
 using vorel::BaseString;
-using vorel::flat::areOneNumber;
-using vorel::flat::call;
+using vorel::flat::ArgumentError;
 using vorel::flat::fail;
-using vorel::flat::Refused;
+using vorel::flat::guardedCall;
+using vorel::flat::sameValue;
 using vorel::flat::TextOutput;
 using vorel::flat::WideText;
 
 namespace {
 
-static_assert(areOneNumber(VOREL_URL_PATH, vorel::util::UrlPath));
-static_assert(areOneNumber(VOREL_URL_PATH_SEGMENT, vorel::util::UrlPathSegment));
-static_assert(areOneNumber(VOREL_URL_QUERY, vorel::util::UrlQuery));
-static_assert(areOneNumber(VOREL_URL_QUERY_PARAMETER, vorel::util::UrlQueryParameter));
+static_assert(sameValue(VOREL_URL_PATH, vorel::util::UrlPath));
+static_assert(sameValue(VOREL_URL_PATH_SEGMENT, vorel::util::UrlPathSegment));
+static_assert(sameValue(VOREL_URL_QUERY, vorel::util::UrlQuery));
+static_assert(sameValue(VOREL_URL_QUERY_PARAMETER, vorel::util::UrlQueryParameter));
 
 void checkFlags(uint32_t flags, uint32_t known) {
     if ((flags & ~known) != 0) {
-        throw Refused{VOREL_ERROR_INVALID_ARGUMENT, L"A flag is unknown"};
+        throw ArgumentError{VOREL_ERROR_INVALID_ARGUMENT, L"A flag is unknown"};
     }
 }
 
@@ -36,7 +36,7 @@ void checkFlags(uint32_t flags, uint32_t known) {
 
 vorel_status vorel_url_encode(const vorel_char16* text, size_t length, uint32_t flags, vorel_char16* output,
                               size_t capacity, size_t* outputLength) {
-    return call(L"vorel_url_encode", [&] {
+    return guardedCall(L"vorel_url_encode", [&] {
         const TextOutput out(output, capacity, outputLength);
         const WideText input(text, length);
         checkFlags(flags, VOREL_URL_ESCAPE_RESERVED | VOREL_URL_SPACE_AS_PLUS);
@@ -49,11 +49,11 @@ vorel_status vorel_url_encode(const vorel_char16* text, size_t length, uint32_t 
 
 vorel_status vorel_url_encode_component(const vorel_char16* text, size_t length, int32_t component,
                                         vorel_char16* output, size_t capacity, size_t* outputLength) {
-    return call(L"vorel_url_encode_component", [&] {
+    return guardedCall(L"vorel_url_encode_component", [&] {
         const TextOutput out(output, capacity, outputLength);
         const WideText input(text, length);
         if (component < VOREL_URL_PATH || component > VOREL_URL_QUERY_PARAMETER) {
-            throw Refused{VOREL_ERROR_INVALID_ARGUMENT, L"A URL has no such component"};
+            throw ArgumentError{VOREL_ERROR_INVALID_ARGUMENT, L"The URL component is unknown"};
         }
         BaseString<wchar_t> escaped;
         vorel::util::urlEncodeComponent(input.c_str(), escaped, static_cast<vorel::util::UrlComponent>(component));
@@ -63,17 +63,17 @@ vorel_status vorel_url_encode_component(const vorel_char16* text, size_t length,
 
 vorel_status vorel_url_decode(const vorel_char16* text, size_t length, uint32_t flags, vorel_char16* output,
                               size_t capacity, size_t* outputLength) {
-    return call(L"vorel_url_decode", [&] {
+    return guardedCall(L"vorel_url_decode", [&] {
         const TextOutput out(output, capacity, outputLength);
         const WideText input(text, length);
         checkFlags(flags, VOREL_URL_PLUS_AS_SPACE);
-        // Not by the wide form: that ends at an escaped zero.
+        // The wide form would end the result at an escaped zero.
         Array<char> escaped = vorel::flat::toUtf8(input.view());
         escaped.append('\0');
         BaseString<char> bytes;
         vorel::util::urlDecode(escaped.data(), bytes, (flags & VOREL_URL_PLUS_AS_SPACE) != 0 ? 1 : 0);
         const vorel::flat::Utf8Text decoded(bytes.view().data(), bytes.length(), vorel::flat::Zeros::Allowed);
         const auto units = vorel::flat::toUtf16(decoded.view());
-        return units ? out.write(*units) : fail(VOREL_ERROR_INVALID_TEXT, L"The escaped bytes are no UTF-8");
+        return units ? out.write(*units) : fail(VOREL_ERROR_INVALID_TEXT, L"The escaped bytes are not valid UTF-8");
     });
 }

@@ -8,7 +8,8 @@ namespace vorel::flat {
 
 namespace {
 
-/// Calls `convert` for each piece between zeros, and `putZero` for each zero. False as soon as `convert` says so.
+/// Calls `convert` for each piece between zeros and `putZero` for each zero. Stops and returns false when `convert`
+/// returns false.
 template <class Unit, class Convert, class PutZero>
 bool eachPiece(std::basic_string_view<Unit> text, Convert&& convert, PutZero&& putZero) {
     for (;;) {
@@ -27,16 +28,16 @@ bool eachPiece(std::basic_string_view<Unit> text, Convert&& convert, PutZero&& p
 }  // namespace
 
 std::size_t toUtf8(std::wstring_view text, char* bytes) noexcept {
-    static_assert(utf8Room(1) >= kernels::kMaxUtf8BytesPerUnit + kernels::kLongestUtf8Sequence + 1);
+    static_assert(utf8Capacity(1) >= kernels::kMaxUtf8BytesPerUnit + kernels::kLongestUtf8Sequence + 1);
     auto* out = reinterpret_cast<unsigned char*>(bytes);
     const unsigned char* const start = out;
     eachPiece(
         text,
         [&out](std::wstring_view piece) {
-            const std::size_t room = utf8Room(piece.size());
+            const std::size_t capacity = utf8Capacity(piece.size());
             kernels::Utf8Writer<kernels::Surrogates::Paired, wchar_t> writer(piece.data(),
                                                                              static_cast<int>(piece.size()));
-            out += writer.write(out, room, room);
+            out += writer.write(out, capacity, capacity);
             return true;
         },
         [&out] { *out++ = 0; });
@@ -45,14 +46,14 @@ std::size_t toUtf8(std::wstring_view text, char* bytes) noexcept {
 
 Array<char> toUtf8(std::wstring_view text) {
     Array<char> bytes;
-    bytes.setCount(static_cast<unsigned int>(utf8Room(text.size())));
+    bytes.setCount(static_cast<unsigned int>(utf8Capacity(text.size())));
     bytes.setCount(static_cast<unsigned int>(toUtf8(text, bytes.data())));
     return bytes;
 }
 
 std::optional<Array<wchar_t>> toUtf16(std::string_view bytes) {
     Array<wchar_t> units;
-    units.setCount(static_cast<unsigned int>(bytes.size()) + 1);  // no sequence becomes more units than it has bytes
+    units.setCount(static_cast<unsigned int>(bytes.size()) + 1);  // a sequence never has more units than bytes
     wchar_t* out = units.data();
     const bool isUtf8 = eachPiece(
         bytes,
@@ -60,7 +61,7 @@ std::optional<Array<wchar_t>> toUtf16(std::string_view bytes) {
             using Reader = kernels::Utf8Reader;
             Reader reader(reinterpret_cast<const unsigned char*>(piece.data()), static_cast<int>(piece.size()));
             out += reader.read<Reader::LastPair::Written>(out, piece.size());
-            // A sequence that is cut short takes what lies behind the piece.
+            // A truncated sequence consumes bytes past the piece.
             return !reader.failed() && reinterpret_cast<const char*>(reader.position()) == piece.data() + piece.size();
         },
         [&out] { *out++ = 0; });

@@ -1,5 +1,6 @@
 /// \file
-/// UTF-8 and UTF-16 with lengths: the library's codec, run over a text piece by piece where it has zeros.
+/// Conversions between UTF-8 and UTF-16 for texts with a length. The library's codec stops at zeros, so it converts
+/// each piece between them.
 #pragma once
 
 #include <cstddef>
@@ -10,20 +11,21 @@
 
 namespace vorel::flat {
 
-/// Bytes that are enough for any text of `units` units.
-constexpr std::size_t utf8Room(std::size_t units) noexcept {
-    constexpr std::size_t kMostPerUnit = 3;
+/// A capacity in bytes that is enough for any text of `units` units.
+constexpr std::size_t utf8Capacity(std::size_t units) noexcept {
+    constexpr std::size_t kMaxPerUnit = 3;
     constexpr std::size_t kSlack = 8;
-    return units * kMostPerUnit + kSlack;
+    return units * kMaxPerUnit + kSlack;
 }
 
-/// Writes `text`, which has a zero behind its end, as UTF-8 to `bytes`, which has that room, and returns their number.
+/// Writes `text`, which is followed by a zero, as UTF-8 to `bytes`, which has `utf8Capacity(text.size())` bytes.
+/// Returns the number of bytes written.
 std::size_t toUtf8(std::wstring_view text, char* bytes) noexcept;
 
-/// The same into an array. \throws MemoryException.
+/// The same, with an array as the result. \throws MemoryException.
 Array<char> toUtf8(std::wstring_view text);
 
-/// The UTF-16 form of `bytes`, which have six zeros behind their end; nothing when they are no UTF-8.
+/// Converts `bytes`, which are followed by at least six zeros, to UTF-16. Empty when they are not valid UTF-8.
 /// \throws MemoryException.
 std::optional<Array<wchar_t>> toUtf16(std::string_view bytes);
 

@@ -35,8 +35,8 @@ static const char* reportAFailure(void) {
         return "the status of an invalid integer";
     }
     if (vorel_last_error_message_utf8(message, sizeof message, &length) != VOREL_OK ||
-        strcmp(message, "The text is no integer") != 0 || length != strlen(message)) {
-        return "the last error's text with its terminator";
+        strcmp(message, "The text is not an integer") != 0 || length != strlen(message)) {
+        return "the last error's text, with its terminator";
     }
     return NULL;
 }

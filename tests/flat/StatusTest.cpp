@@ -70,7 +70,7 @@ TEST(FlatLastError, StaysUntilTheNextFailure) {
 
     EXPECT_EQ(vorel_parse_int32(FlatText(L"x").data(), 1, &value), VOREL_ERROR_INVALID_TEXT);
     EXPECT_EQ(vorel_last_error_status(), VOREL_ERROR_INVALID_TEXT);
-    EXPECT_EQ(lastMessage(), L"The text is no integer");
+    EXPECT_EQ(lastMessage(), L"The text is not an integer");
 }
 
 TEST(FlatLastError, BelongsToItsThread) {

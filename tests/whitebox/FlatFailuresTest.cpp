@@ -44,7 +44,7 @@ using vorel::flat::LastErrors;
 
 TEST(FlatCall, OtherExceptionsAreInternalErrors) {
     const TemporaryLog log;
-    EXPECT_EQ(vorel::flat::call(L"vorel_anything", []() -> vorel_status { throw 7; }), VOREL_ERROR_INTERNAL);
+    EXPECT_EQ(vorel::flat::guardedCall(L"vorel_anything", []() -> vorel_status { throw 7; }), VOREL_ERROR_INTERNAL);
     EXPECT_EQ(test::lastMessage(), L"The operation failed for an unknown reason");
     EXPECT_THAT(log.messages(), ElementsAre("Vorel Error: vorel_anything: Severe error caught"));
 }
@@ -87,8 +87,8 @@ TEST(FlatLastErrors, FreeTheMemoryIfTheSlotCannotBeSet) {
 
 TEST(FlatLastErrors, AreTruncatedButNotWithinASurrogatePair) {
     const LastErrors errors;
-    const std::size_t maxUnits = vorel::flat::Failure::kMostUnits;
-    const std::wstring text(maxUnits - 1, L'x');
+    const std::size_t most = vorel::flat::Failure::kMaxUnits;
+    const std::wstring text(most - 1, L'x');
     struct Case {
         std::wstring message;
         std::wstring kept;

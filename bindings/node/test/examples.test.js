@@ -26,7 +26,7 @@ a%3Db+c
 ]
 0.333333333333333 5.0e-002
 [ 'File1', 'file9', 'file10' ]
-VOREL_ERROR_INVALID_TEXT: The text is no integer
+VOREL_ERROR_INVALID_TEXT: The text is not an integer
 `);
 });
 

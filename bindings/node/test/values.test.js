@@ -18,7 +18,7 @@ test('a failure is an Error with the status, its name and the words of the libra
         assert.ok(error instanceof VorelError && error instanceof Error);
         assert.strictEqual(error.status, Status.INVALID_TEXT);
         assert.strictEqual(error.code, 'VOREL_ERROR_INVALID_TEXT');
-        assert.strictEqual(String(error), 'VorelError: The text is no integer');
+        assert.strictEqual(String(error), 'VorelError: The text is not an integer');
         assert.match(error.stack, /values\.test\.js/);
     }
     const long = 'é😀'.repeat(1000);
