@@ -12,10 +12,10 @@ namespace {
 
 using detail::KernelHandle;
 
-/// Opens the token that the thread impersonates, so that it can be set again; empty when there is none. False when
-/// there is one that cannot be opened.
+/// Opens the token that the thread impersonates, so that it can be restored; empty when there is none. False when the
+/// token cannot be opened.
 bool openImpersonationToken(KernelHandle& impersonated) noexcept {
-    // A client's token may be closed to this process, as well as to the client itself.
+    // Either this process or the client itself may lack access to the client's token.
     for (const BOOL asProcess : {TRUE, FALSE}) {
         HANDLE token = nullptr;
         if (OpenThreadToken(GetCurrentThread(), TOKEN_IMPERSONATE, asProcess, &token)) {
@@ -29,9 +29,8 @@ bool openImpersonationToken(KernelHandle& impersonated) noexcept {
     return false;
 }
 
-/// Runs `question` while the thread impersonates its own process, and returns its answer; false after a failure.
-/// Afterwards the thread impersonates the same token as before: a service that acts for a client must not go on with
-/// rights of its own.
+/// Runs `question` while the thread impersonates its own process, and returns its answer; false after a failure. Then
+/// restores the previous token: a service that acts for a client must not continue with its own rights.
 bool askAsSelf(bool (*question)() noexcept) noexcept {
     KernelHandle impersonated;
     if (!openImpersonationToken(impersonated) || !ImpersonateSelf(SecurityImpersonation)) {
@@ -50,7 +49,7 @@ bool askAsSelf(bool (*question)() noexcept) noexcept {
     return answer;
 }
 
-/// The thread's token, or that of the process when the thread has none.
+/// The token of the thread, or of the process when the thread has none.
 KernelHandle openToken() noexcept {
     HANDLE token = nullptr;
     if (!OpenThreadToken(GetCurrentThread(), TOKEN_QUERY, FALSE, &token) &&
@@ -60,12 +59,12 @@ KernelHandle openToken() noexcept {
     return KernelHandle(token);
 }
 
-/// The access that administrators have to the object that is asked about, and nobody else.
+/// The rights to the checked object, which only administrators have.
 constexpr DWORD kRead = 1;
 constexpr DWORD kWrite = 2;
 constexpr DWORD kAll = kRead | kWrite;
 
-/// Whether `token` is granted what only `administrators` are allowed.
+/// Whether `token` is granted the access that only `administrators` have.
 bool isGranted(HANDLE token, PSID administrators) noexcept {
     const DWORD listSize = GetLengthSid(administrators) + 16;
     const detail::Acl list = detail::allocateAcl(listSize);
@@ -89,7 +88,7 @@ bool isGranted(HANDLE token, PSID administrators) noexcept {
 
 static_assert(sizeof(SECURITY_DESCRIPTOR) == 40);
 
-/// Whether the identity that the thread acts under is an administrator's.
+/// Whether the thread acts as an administrator.
 bool isAdministrator() noexcept {
     const KernelHandle token = openToken();
     if (!token) {

@@ -18,8 +18,8 @@ namespace {
 using detail::KernelHandle;
 using detail::SharedSecurity;
 
-/// What a mapping is asked to be.
-struct MappingForm {
+/// The properties of a requested mapping.
+struct MappingKind {
     KernelHandle create(HANDLE file, SharedSecurity& security) const noexcept {
         SetLastError(ERROR_SUCCESS);
         return KernelHandle(CreateFileMappingW(file, security.attributes(), protection, sizeHigh, sizeLow, name));
@@ -36,13 +36,13 @@ struct MappingForm {
     const wchar_t* name;
 };
 
-/// Whether what was just created, or opened in its place, was new.
+/// Whether the last call created a new object instead of opening an existing one.
 bool wasNew() noexcept {
     return GetLastError() != ERROR_ALREADY_EXISTS;
 }
 
-/// Throws what `format` says of a path and of the last error.
-[[noreturn]] void throwOf(const wchar_t* format, const wchar_t* path) {
+/// Throws an `Exception` with `format`, the path and the system's text for the last error.
+[[noreturn]] void throwLastError(const wchar_t* format, const wchar_t* path) {
     const int error = static_cast<int>(GetLastError());
     BaseString<wchar_t> message;
     throw Exception(format, path, util::FormatErrorMsg(error, message));
@@ -52,7 +52,7 @@ bool wasNew() noexcept {
 std::wstring systemLongPath(const wchar_t* path) {
     std::wstring longPath;
     DWORD length = GetLongPathNameW(path, nullptr, 0);
-    while (length > longPath.size()) {  // a size with the terminator, until the text fits: then without it
+    while (length > longPath.size()) {  // counts the terminator unless the path fits
         longPath.resize(length);
         length = GetLongPathNameW(path, longPath.data(), length);
     }
@@ -60,8 +60,7 @@ std::wstring systemLongPath(const wchar_t* path) {
     return longPath;
 }
 
-/// The long form of the path of a file, which need not exist: one that does not has no long form of its own, and takes
-/// that of its folder.
+/// The long form of the path of a file. If the file does not exist, only its folder is converted.
 std::wstring longPathOf(const wchar_t* fileName) {
     constexpr const wchar_t* kFormat = L"ObtainAccessableFileMappingEx: Long API failed for %ls: %ls";
     std::wstring longPath = systemLongPath(fileName);
@@ -69,7 +68,7 @@ std::wstring longPathOf(const wchar_t* fileName) {
         return longPath;
     }
     if (GetLastError() != ERROR_FILE_NOT_FOUND) {
-        throwOf(kFormat, fileName);
+        throwLastError(kFormat, fileName);
     }
     const std::wstring_view whole = fileName;
     const std::size_t folderSize = whole.find_last_of(L"\\/:") + 1;
@@ -78,7 +77,7 @@ std::wstring longPathOf(const wchar_t* fileName) {
     }
     std::wstring path = systemLongPath(std::wstring(whole.substr(0, folderSize)).c_str());
     if (path.empty()) {
-        throwOf(kFormat, fileName);
+        throwLastError(kFormat, fileName);
     }
     return path.append(whole.substr(folderSize));
 }
@@ -91,24 +90,24 @@ KernelHandle openOrCreateFile(const wchar_t* path, SharedSecurity& security) noe
     return KernelHandle(file == INVALID_HANDLE_VALUE ? nullptr : file);
 }
 
-/// Maps the file, as often as it takes.
-KernelHandle mapFile(const wchar_t* fileName, const MappingForm& form, SharedSecurity& security, bool& fileCreated,
+/// Opens or creates the file and its mapping, in up to 50 attempts.
+KernelHandle mapFile(const wchar_t* fileName, const MappingKind& kind, SharedSecurity& security, bool& fileCreated,
                      bool& mappingCreated) {
     constexpr int kAttempts = 50;
     const std::wstring path = longPathOf(fileName);
     for (int attempts = 1;; ++attempts) {
         const KernelHandle file = openOrCreateFile(path.c_str(), security);
         if (!file) {
-            throwOf(L"ObtainAccessableFileMappingEx: Unable to create file %ls: %ls", fileName);
+            throwLastError(L"ObtainAccessableFileMappingEx: Unable to create file %ls: %ls", fileName);
         }
         fileCreated = wasNew();
-        KernelHandle mapping = form.create(file.get(), security);
+        KernelHandle mapping = kind.create(file.get(), security);
         mappingCreated = mapping && wasNew();
-        const int error = static_cast<int>(GetLastError());  // of the creation, also where the open fails too
-        if (!mapping && form.hasSize()) {
-            // Another caller may have created it first. Its security allows everyone to open it, but not to create it
-            // again: that would ask for the right to change its security.
-            mapping = form.open();
+        const int error = static_cast<int>(GetLastError());  // the error of the creation, even if opening fails too
+        if (!mapping && kind.hasSize()) {
+            // Another caller may have created the mapping first. Everyone may open it, but not create it again, because
+            // creation asks for the right to change its security.
+            mapping = kind.open();
         }
         if (mapping) {
             return mapping;
@@ -121,22 +120,22 @@ KernelHandle mapFile(const wchar_t* fileName, const MappingForm& form, SharedSec
     }
 }
 
-KernelHandle openOrMapFile(const wchar_t* fileName, const MappingForm& form, bool& fileCreated, bool& mappingCreated) {
+KernelHandle openOrMapFile(const wchar_t* fileName, const MappingKind& kind, bool& fileCreated, bool& mappingCreated) {
     fileCreated = false;
     mappingCreated = false;
     SharedSecurity security;
-    if (!security.isComplete() && security.failedStep() == detail::kMakeSid) {
+    if (!security.isComplete() && security.failedStep() == detail::SecurityStep::MakeSid) {
         return {};
     }
     if (!security.isComplete()) {
         throw Exception(L"ObtainAccessableFileMappingEx: Severe Error while opening %ls", fileName);
     }
-    if (form.hasSize()) {
-        if (KernelHandle existing = form.open()) {
+    if (kind.hasSize()) {
+        if (KernelHandle existing = kind.open()) {
             return existing;
         }
     }
-    return mapFile(fileName, form, security, fileCreated, mappingCreated);
+    return mapFile(fileName, kind, security, fileCreated, mappingCreated);
 }
 
 }  // namespace
@@ -144,15 +143,15 @@ KernelHandle openOrMapFile(const wchar_t* fileName, const MappingForm& form, boo
 void* ObtainAccessableFileMapping(void* file, unsigned long protection, unsigned long desiredAccess,
                                   unsigned long sizeHigh, unsigned long sizeLow, const wchar_t* name,
                                   int* created) noexcept {
-    const MappingForm form{protection, desiredAccess, sizeHigh, sizeLow, name};
+    const MappingKind kind{protection, desiredAccess, sizeHigh, sizeLow, name};
     KernelHandle mapping;
     bool isNew = false;
     SharedSecurity security;
     if (security.isComplete()) {
-        mapping = form.create(file, security);
+        mapping = kind.create(file, security);
         isNew = mapping && wasNew();
         if (!mapping) {
-            mapping = form.open();
+            mapping = kind.open();
         }
     }
     if (created) {
@@ -165,11 +164,11 @@ void* ObtainAccessableFileMappingEx(const wchar_t* fileName, unsigned long prote
                                     unsigned long sizeHigh, unsigned long sizeLow, const wchar_t* mappingName,
                                     bool* fileCreated, bool* mappingCreated) {
     return detail::guarded(L"Accessable", L"ObtainAccessableFileMappingEx", [&] {
-        const MappingForm form{protection, desiredAccess, sizeHigh, sizeLow, mappingName};
+        const MappingKind kind{protection, desiredAccess, sizeHigh, sizeLow, mappingName};
         try {
-            bool unasked[2];
-            return openOrMapFile(fileName, form, fileCreated ? *fileCreated : unasked[0],
-                                 mappingCreated ? *mappingCreated : unasked[1])
+            bool unused[2];
+            return openOrMapFile(fileName, kind, fileCreated ? *fileCreated : unused[0],
+                                 mappingCreated ? *mappingCreated : unused[1])
                 .release();
         } catch (const Exception&) {
             throw;

@@ -21,7 +21,7 @@ int lastError() noexcept {
     return static_cast<int>(GetLastError());
 }
 
-/// The system's text for an error, for one message.
+/// The system's text for an error.
 class ErrorText {
 public:
     explicit ErrorText(int error) { util::FormatErrorMsg(error, m_text); }
@@ -32,23 +32,24 @@ private:
     BaseString<wchar_t> m_text;
 };
 
-/// How a mutex is created and opened, and how its failures are told: as warnings.
+/// Creates and opens a mutex. Failures are reported as warnings.
 struct MutexKind {
     HANDLE create(SECURITY_ATTRIBUTES* attributes) const noexcept {
         return CreateMutexW(attributes, static_cast<BOOL>(initialOwner), name);
     }
     [[nodiscard]] HANDLE open() const noexcept { return OpenMutexW(SYNCHRONIZE, FALSE, name); }
 
-    void tellWhetherNew(bool isNew) const noexcept {
+    void reportWhetherNew(bool isNew) const noexcept {
         if (created) {
             *created = isNew ? 1 : 0;
         }
     }
-    void tellFailedStep(const SharedSecurity& security) const {
+    void reportFailedStep(const SharedSecurity& security) const {
         error = security.error();
-        Exception::warn(L"ObtainAccessableMutex: %ls failed: %ls", security.failedStep().call, ErrorText(error).text());
+        Exception::warn(L"ObtainAccessableMutex: %ls failed: %ls", detail::descriptionOf(security.failedStep()).call,
+                        ErrorText(error).text());
     }
-    void tellFailedOpen() const {
+    void reportFailedOpen() const {
         error = lastError();
         Exception::warn(L"ObtainAccessableMutex warning: OpenMutex %ls: %ls", name, ErrorText(error).text());
     }
@@ -56,25 +57,25 @@ struct MutexKind {
     const wchar_t* name;
     int initialOwner;
     int* created;
-    int& error;  ///< gets the failure that is told: the last error does not outlive an exception
+    int& error;  ///< set to the reported error, because an exception may change the last system error
 };
 
-/// The same for an event: failures go to the caller's text.
+/// Creates and opens an event. Failures are reported in the caller's text.
 struct EventKind {
     HANDLE create(SECURITY_ATTRIBUTES* attributes) const noexcept {
         return CreateEventW(attributes, static_cast<BOOL>(manualReset), static_cast<BOOL>(initialState), name);
     }
     [[nodiscard]] HANDLE open() const noexcept { return OpenEventW(SYNCHRONIZE | EVENT_MODIFY_STATE, FALSE, name); }
 
-    static void tellWhetherNew(bool) noexcept {}
+    static void reportWhetherNew(bool) noexcept {}
 
-    void tellFailedStep(const SharedSecurity& security) const {
-        const detail::SecurityStep& step = security.failedStep();
+    void reportFailedStep(const SharedSecurity& security) const {
+        const detail::SecurityStepDescription& step = detail::descriptionOf(security.failedStep());
         BaseString<wchar_t> failure;
         failure.format(step.namesOperation ? L"ObtainAccessableEvent: %ls failed" : L"%ls failed", step.call);
         detail::GetErrorMessage(failure.c_str(), security.error(), errorText);
     }
-    void tellFailedOpen() const { detail::GetErrorMessage(L"OpenEvent failed", lastError(), errorText); }
+    void reportFailedOpen() const { detail::GetErrorMessage(L"OpenEvent failed", lastError(), errorText); }
 
     const wchar_t* name;
     int manualReset;
@@ -82,12 +83,12 @@ struct EventKind {
     BaseString<wchar_t>& errorText;
 };
 
-/// Creates the object, or opens it where another user's object of that name refuses to be created again.
+/// Creates the object. If another user's object of the same name denies that, opens it.
 template <class Kind>
 KernelHandle createOrOpen(const Kind& kind, int retries, int sleepMs) {
     SharedSecurity security;
     if (!security.isComplete()) {
-        kind.tellFailedStep(security);
+        kind.reportFailedStep(security);
         return {};
     }
     for (int attempt = 0;; ++attempt) {
@@ -96,7 +97,7 @@ KernelHandle createOrOpen(const Kind& kind, int retries, int sleepMs) {
         }
         SetLastError(ERROR_SUCCESS);
         KernelHandle created(kind.create(security.attributes()));
-        kind.tellWhetherNew(created && GetLastError() != ERROR_ALREADY_EXISTS);
+        kind.reportWhetherNew(created && GetLastError() != ERROR_ALREADY_EXISTS);
         if (created) {
             return created;
         }
@@ -105,7 +106,7 @@ KernelHandle createOrOpen(const Kind& kind, int retries, int sleepMs) {
             return opened;
         }
         if (attempt >= retries) {
-            kind.tellFailedOpen();
+            kind.reportFailedOpen();
             return {};
         }
     }
@@ -117,7 +118,7 @@ void* ObtainAccessableMutex(int initialOwner, const wchar_t* name, int retries, 
     int error = 0;
     try {
         const MutexKind kind{name, initialOwner, created, error};
-        kind.tellWhetherNew(false);
+        kind.reportWhetherNew(false);
         return createOrOpen(kind, retries, sleepMs).release();
     } catch (...) {
         const platform::SystemMessage message(error);
@@ -132,7 +133,7 @@ void* ObtainAccessableEvent(int manualReset, int initialState, const wchar_t* na
     try {
         return createOrOpen(EventKind{name, manualReset, initialState, errorText}, retries, sleepMs).release();
     } catch (...) {
-        // The name of the mutex operation is meant.
+        // This text names the mutex operation by design.
         detail::StringAccess<wchar_t>::tryAssign(errorText, L"ObtainAccessableMutex failed with unknown exception");
         return nullptr;
     }

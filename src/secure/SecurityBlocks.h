@@ -1,5 +1,5 @@
 /// \file
-/// Owners of what the system's security calls allocate. For sources that call them.
+/// Owners of blocks that the system's security calls allocate.
 #pragma once
 
 #include <memory>
@@ -8,17 +8,17 @@
 
 namespace vorel::detail {
 
-struct FreeSidOf {
+struct SidDeleter {
     void operator()(void* sid) const noexcept { FreeSid(sid); }
 };
-using Sid = std::unique_ptr<void, FreeSidOf>;
+using Sid = std::unique_ptr<void, SidDeleter>;
 
-struct LocalFreeOf {
+struct LocalDeleter {
     void operator()(void* block) const noexcept { LocalFree(block); }
 };
-using Acl = std::unique_ptr<ACL, LocalFreeOf>;
+using Acl = std::unique_ptr<ACL, LocalDeleter>;
 
-/// The identifier `authority`, with one or two sub-authorities; null after a failure.
+/// A security identifier with one or two sub-authorities; null after a failure.
 template <class... SubAuthorities>
 Sid makeSid(SID_IDENTIFIER_AUTHORITY authority, SubAuthorities... subAuthorities) noexcept {
     constexpr BYTE kCount = sizeof...(subAuthorities);
@@ -29,9 +29,9 @@ Sid makeSid(SID_IDENTIFIER_AUTHORITY authority, SubAuthorities... subAuthorities
     return Sid(sid);
 }
 
-/// Zero-filled memory for a list of `size` bytes; null after a failure.
+/// Zero-filled memory for an access control list of `size` bytes; null after a failure.
 inline Acl allocateAcl(DWORD size) noexcept {
-    // cppcheck-suppress LocalAllocCalled; its failure is one of those that are told by name
+    // cppcheck-suppress LocalAllocCalled; messages about its failure name this call
     return Acl(static_cast<ACL*>(LocalAlloc(LPTR, size)));
 }
 

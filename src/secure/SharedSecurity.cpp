@@ -8,27 +8,27 @@ SharedSecurity::SharedSecurity() noexcept {
 
 bool SharedSecurity::build() noexcept {
     m_everyone = makeSid(SECURITY_WORLD_SID_AUTHORITY, SECURITY_WORLD_RID);
-    if (!check(kMakeSid, m_everyone != nullptr)) {
+    if (!check(SecurityStep::MakeSid, m_everyone != nullptr)) {
         return false;
     }
-    const DWORD listSize = 2 * GetLengthSid(m_everyone.get()) + 32;  // the list, and two entries with the identifier
+    const DWORD listSize = 2 * GetLengthSid(m_everyone.get()) + 32;  // the list and two entries with the identifier
     m_list = allocateAcl(listSize);
-    // Entries are looked at in order: what is to be denied must come first.
-    return check(kAllocateAcl, m_list != nullptr) &&
-           check(kInitializeAcl, InitializeAcl(m_list.get(), listSize, ACL_REVISION) != FALSE) &&
-           check(kAddDenied,
+    // The system checks the entries in order, so the denied rights come first.
+    return check(SecurityStep::AllocateAcl, m_list != nullptr) &&
+           check(SecurityStep::InitializeAcl, InitializeAcl(m_list.get(), listSize, ACL_REVISION) != FALSE) &&
+           check(SecurityStep::AddDenied,
                  AddAccessDeniedAce(m_list.get(), ACL_REVISION, WRITE_DAC | WRITE_OWNER, m_everyone.get()) != FALSE) &&
-           check(kAddAllowed,
+           check(SecurityStep::AddAllowed,
                  AddAccessAllowedAce(m_list.get(), ACL_REVISION, GENERIC_ALL, m_everyone.get()) != FALSE) &&
-           check(kInitializeDescriptor,
+           check(SecurityStep::InitializeDescriptor,
                  InitializeSecurityDescriptor(&m_descriptor, SECURITY_DESCRIPTOR_REVISION) != FALSE) &&
-           check(kSetList, SetSecurityDescriptorDacl(&m_descriptor, TRUE, m_list.get(), FALSE) != FALSE);
+           check(SecurityStep::SetAcl, SetSecurityDescriptorDacl(&m_descriptor, TRUE, m_list.get(), FALSE) != FALSE);
 }
 
-bool SharedSecurity::check(const SecurityStep& step, bool succeeded) noexcept {
+bool SharedSecurity::check(SecurityStep step, bool succeeded) noexcept {
     if (!succeeded) {
         m_error = GetLastError();
-        m_failedStep = &step;
+        m_failedStep = step;
     }
     return succeeded;
 }

@@ -1,29 +1,38 @@
 /// \file
-/// The security of every object that is shared between users: Everyone may use it, nobody may change its security.
+/// The security of objects that users share: everyone may use them, nobody may change their security.
 #pragma once
+
+#include <cstddef>
+#include <optional>
 
 #include "secure/SecurityBlocks.h"
 
 namespace vorel::detail {
 
-/// A step on the way to the security attributes, by the name of its call.
-struct SecurityStep {
-    const wchar_t* call;
-    bool namesOperation;  ///< whether a message about its failure always names the operation
+/// The steps that build the security attributes.
+enum class SecurityStep { MakeSid, AllocateAcl, InitializeAcl, AddDenied, AddAllowed, InitializeDescriptor, SetAcl };
 
-    /// A step is itself alone. Its text tells nothing: every source has a literal of its own.
-    friend bool operator==(const SecurityStep& a, const SecurityStep& b) noexcept { return &a == &b; }
+struct SecurityStepDescription {
+    const wchar_t* call;  ///< the system call of the step
+    bool namesOperation;  ///< whether every message about its failure names the operation
 };
 
-inline constexpr SecurityStep kMakeSid{L"AllocateAndInitializeSid", false};
-inline constexpr SecurityStep kAllocateAcl{L"LocalAlloc", true};
-inline constexpr SecurityStep kInitializeAcl{L"InitializeAcl", true};
-inline constexpr SecurityStep kAddDenied{L"AddAccessDeniedAce", false};
-inline constexpr SecurityStep kAddAllowed{L"AddAccessAllowedAce", false};
-inline constexpr SecurityStep kInitializeDescriptor{L"InitializeSecurityDescriptor", false};
-inline constexpr SecurityStep kSetList{L"SetSecurityDescriptorDacl", false};
+/// Indexed by `SecurityStep`.
+inline constexpr SecurityStepDescription kSecurityStepDescriptions[] = {
+    {L"AllocateAndInitializeSid", false},      // MakeSid
+    {L"LocalAlloc", true},                     // AllocateAcl
+    {L"InitializeAcl", true},                  // InitializeAcl
+    {L"AddAccessDeniedAce", false},            // AddDenied
+    {L"AddAccessAllowedAce", false},           // AddAllowed
+    {L"InitializeSecurityDescriptor", false},  // InitializeDescriptor
+    {L"SetSecurityDescriptorDacl", false},     // SetAcl
+};
 
-/// Security attributes with all that they point to, built by the constructor and freed with the object.
+constexpr const SecurityStepDescription& descriptionOf(SecurityStep step) noexcept {
+    return kSecurityStepDescriptions[static_cast<std::size_t>(step)];
+}
+
+/// Security attributes and the blocks that they point to, built by the constructor and freed with the object.
 class SharedSecurity {
 public:
     SharedSecurity() noexcept;
@@ -32,23 +41,23 @@ public:
     SharedSecurity(const SharedSecurity&) = delete;
     SharedSecurity& operator=(const SharedSecurity&) = delete;
 
-    /// Whether every step succeeded; if not, `failedStep` and `error` tell which one did not, and why.
-    [[nodiscard]] bool isComplete() const noexcept { return m_failedStep == nullptr; }
-    [[nodiscard]] const SecurityStep& failedStep() const noexcept { return *m_failedStep; }
+    /// Whether every step succeeded. If not, `failedStep` is the step that failed and `error` its system error.
+    [[nodiscard]] bool isComplete() const noexcept { return !m_failedStep; }
+    [[nodiscard]] SecurityStep failedStep() const noexcept { return *m_failedStep; }
     [[nodiscard]] int error() const noexcept { return static_cast<int>(m_error); }
 
-    /// For the calls that create objects. Handles are not inherited.
+    /// The attributes for calls that create objects. Handles are not inherited.
     [[nodiscard]] SECURITY_ATTRIBUTES* attributes() noexcept { return &m_attributes; }
 
 private:
     bool build() noexcept;
-    bool check(const SecurityStep& step, bool succeeded) noexcept;
+    bool check(SecurityStep step, bool succeeded) noexcept;
 
     Sid m_everyone;
     Acl m_list;
     SECURITY_DESCRIPTOR m_descriptor{};
     SECURITY_ATTRIBUTES m_attributes{sizeof(SECURITY_ATTRIBUTES), &m_descriptor, FALSE};
-    const SecurityStep* m_failedStep = nullptr;
+    std::optional<SecurityStep> m_failedStep;
     DWORD m_error = 0;
 };
 
