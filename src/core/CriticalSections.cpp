@@ -28,12 +28,13 @@ void destroySection(void*& handle) noexcept {
     if (handle) {
         DeleteCriticalSection(sectionOf(handle));
         std::free(handle);
-        void* volatile& seenLate = handle;  // no compiler drops this store, though the object ends here
-        seenLate = nullptr;
+        // Volatile, so that the compiler keeps this store to an object at the end of its lifetime.
+        void* volatile& stored = handle;
+        stored = nullptr;
     }
 }
 
-// Not marked noexcept: guarding against what the system's functions never throw would cost the two below a frame.
+// Not marked noexcept: that would add an exception frame, although the system's functions never throw.
 
 bool enterSection(void* handle, unsigned int timeout) {
     if (!handle) {

@@ -13,7 +13,7 @@ namespace vorel {
 
 namespace {
 
-constexpr unsigned int kPatienceMs = 60000;
+constexpr unsigned int kLockTimeoutMs = 60000;
 
 using Bookkeeping = Guard<AutoCriticalSection>;
 
@@ -21,12 +21,12 @@ long long currentThread() noexcept {
     return static_cast<long long>(GetCurrentThreadId());
 }
 
-/// As the messages have it: an id, printed as a signed number of 32 bits.
-int printed(long long threadId) noexcept {
+/// A thread id as the messages print it, as a signed 32-bit number.
+int asInt32(long long threadId) noexcept {
     return static_cast<int>(threadId);
 }
 
-/// Why a wait did not end as it should, in words.
+/// The text for a failed wait.
 class Reason {
 public:
     explicit Reason(DWORD waitResult) {
@@ -55,7 +55,7 @@ AutoMutex::AutoMutex(const wchar_t* name, bool lockNow, bool flag) try : m_flag(
         throw Exception(L"AutoMutex: Failed to create mutex %ls: %ls", name, m_initializeError.view().data());
     }
     if (lockNow) {
-        lock(kPatienceMs, true);
+        lock(kLockTimeoutMs, true);
     }
 } catch (...) {
     detail::passOn(ClassName, L"AutoMutex()");
@@ -107,7 +107,7 @@ bool AutoMutex::lock(unsigned int timeout, bool throwOnFailure, BaseString<wchar
         if (timeout != 0) {
             Exception::warn(L"AutoMutex::lock: Failed to lock mutex %ls: %ls", name(), reason.text());
         }
-        SetLastError(error);  // tells callers of a wait that failed from one whose time was up
+        SetLastError(error);  // lets callers distinguish a failed wait from a timeout
         return false;
     });
 }
@@ -129,10 +129,10 @@ void AutoMutex::unlock() {
         if (!detail::MutexAccess::isHeldByCaller(*this)) {
             return;
         }
-        SetLockCount(false);  // first: behind the release another thread may be counting already
+        SetLockCount(false);  // first, because another thread may count its lock right after the release
         if (!ReleaseMutex(m_mutex.get())) {
             const DWORD error = GetLastError();
-            SetLockCount(true);  // in front of the words of the system, for which there may be no memory
+            SetLockCount(true);  // before fetching the system's text, which may fail without memory
             SetLastError(error);
             const Reason reason(WAIT_FAILED);
             throw Exception(L"AutoMutex::unlock: Failed to release mutex %ls: %ls", name(), reason.text());
@@ -146,8 +146,8 @@ void AutoMutex::requireMutex(const wchar_t* message) const {
     }
 }
 
-/// The result of the wait, where a mutex that was found abandoned counts as taken. It belongs to the caller from then
-/// on, and what is recorded about the thread that is gone goes with it.
+/// Waits for the mutex. An abandoned mutex counts as taken: the caller owns it, and the record of its former owner is
+/// cleared.
 unsigned long AutoMutex::waitFor(unsigned int timeout) {
     const DWORD result = WaitForSingleObject(m_mutex.get(), timeout);
     if (result != WAIT_ABANDONED) {
@@ -161,7 +161,7 @@ unsigned long AutoMutex::waitFor(unsigned int timeout) {
     return WAIT_OBJECT_0;
 }
 
-/// Counts a hold that the system has granted. One that cannot be counted is given back.
+/// Counts a lock that the system has granted; releases it when it cannot be counted.
 void AutoMutex::countTaken() {
     try {
         SetLockCount(true);
@@ -172,7 +172,7 @@ void AutoMutex::countTaken() {
 }
 
 void AutoMutex::takeFromOtherThread() {
-    const DWORD result = waitFor(kPatienceMs);
+    const DWORD result = waitFor(kLockTimeoutMs);
     if (result != WAIT_OBJECT_0) {
         throw Exception(L"AutoMutex::lock: Failed to lock mutex %ls: %ls", name(), Reason(result).text());
     }
@@ -205,7 +205,7 @@ void AutoMutex::SetLockCount(bool increment) {
         if (m_lockingThreadId != 0 && m_lockingThreadId != self) {
             throw Exception(L"Mutex %ls: Trying to %ls lock count from a thread that does not own the mutex.  "
                             L"Current owner = %i, my threadID = %i, current lock count = %i",
-                            name(), increment ? L"increment" : L"decrement", printed(m_lockingThreadId), printed(self),
+                            name(), increment ? L"increment" : L"decrement", asInt32(m_lockingThreadId), asInt32(self),
                             m_lockCount);
         }
         if (increment) {
@@ -246,7 +246,7 @@ void AutoMutex::changeOwner(const wchar_t* change, long long owner) {
     if (m_lockingThreadId != 0 && m_lockingThreadId != self) {
         throw Exception(L"Mutex %ls: Trying to %ls threadID from a thread that does not own the mutex.  "
                         L"Current owner = %i, my threadID = %i",
-                        name(), change, printed(m_lockingThreadId), printed(self));
+                        name(), change, asInt32(m_lockingThreadId), asInt32(self));
     }
     m_lockingThreadId = owner;
 }

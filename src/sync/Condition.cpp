@@ -11,7 +11,7 @@ namespace vorel {
 
 namespace {
 
-/// Counts its thread as a waiter.
+/// Counts the thread as a waiter.
 class Waiter {
 public:
     explicit Waiter(volatile long& count) noexcept : m_count(count) { forced::TalInterlockedIncrement(m_count); }
@@ -28,7 +28,7 @@ private:
 
 const wchar_t* const Condition::ClassName = L"Condition";
 
-// cppcheck-suppress constParameter; waiters leave it and take it
+// cppcheck-suppress constParameter; waiters unlock and lock it
 Condition::Condition(ForcedCriticalSection& lock) try : m_lock(lock) { createCondition(); } catch (...) {
     detail::passOn(ClassName, L"Condition()");
 }
@@ -58,7 +58,7 @@ void Condition::broadcast() {
     detail::guarded(ClassName, L"broadcast", [this] {
         constexpr int kPauseMs = 10;
         const Guard held(m_broadcastLock);
-        // The event resets itself: each signal releases just one thread, which needs a moment to leave.
+        // The event is auto-reset: each signal releases one thread, which needs a moment to leave.
         while (m_waiters > 0) {
             signal();
             Sleep(kPauseMs);

@@ -1,5 +1,6 @@
 /// \file
-/// What only the library itself may ask an `AutoMutex`, whose `unlock` passes over the calls of strangers in silence.
+/// Internal access to `AutoMutex`. Its `unlock` ignores threads that do not own the mutex, so callers that report this
+/// check the owner first.
 #pragma once
 
 namespace vorel {

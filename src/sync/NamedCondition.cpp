@@ -13,12 +13,12 @@ NamedCondition::NamedCondition() {
     detail::throwFailure(L"You must use the const wchar_t* constructor for NamedCondition");
 }
 
-// NOLINTNEXTLINE(bugprone-copy-constructor-init): there is nothing to copy
+// NOLINTNEXTLINE(bugprone-copy-constructor-init): copies nothing
 NamedCondition::NamedCondition(const NamedCondition&) {
     detail::throwFailure(L"Copy constructor is not available for NamedCondition");
 }
 
-// NOLINTNEXTLINE(cert-oop54-cpp,bugprone-unhandled-self-assignment): it assigns nothing
+// NOLINTNEXTLINE(cert-oop54-cpp,bugprone-unhandled-self-assignment): assigns nothing
 // cppcheck-suppress operatorEqShouldBeLeftUnimplemented; clients bind to it by name
 NamedCondition& NamedCondition::operator=(const NamedCondition&) {
     detail::throwFailure(L"operator = is not available for NamedCondition");

@@ -1,5 +1,5 @@
 /// \file
-/// What both conditions do with the event that they stand on.
+/// Operations on the event of a condition.
 #pragma once
 
 #include "vorel/core/KernelHandle.h"
@@ -10,7 +10,7 @@ namespace vorel::detail {
 /// \throws Exception "Failed to set event."
 void setEvent(const KernelHandle& event);
 
-/// Waits for up to `timeoutMs` milliseconds (-1: without limit); true only when the event was signalled.
+/// Waits for at most `timeoutMs` milliseconds (-1: no limit). True only when the event was signalled.
 bool waitForEvent(const KernelHandle& event, int timeoutMs);
 
 }  // namespace vorel::detail
