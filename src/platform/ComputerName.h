@@ -1,6 +1,6 @@
 /// \file
-/// The computer's name as the error log writes it: in lower case (A to Z only); empty when it is not to be had, or
-/// longer than 15 characters.
+/// The computer's name in the error log, with A to Z in lower case. Empty when the name is not available or longer than
+/// 15 characters.
 #pragma once
 
 namespace vorel::platform {
@@ -9,8 +9,8 @@ struct ComputerName {
     /// Asks the system.
     static ComputerName ask() noexcept;
 
-    /// The same, but a name that the system has given once is remembered and not asked for again: it changes only when
-    /// the system restarts, and asking takes as long as writing half a line. Thread-safe.
+    /// Asks the system and caches the first name that is not empty: the name changes only when the system restarts, and
+    /// asking takes as long as writing half a line. Thread-safe.
     static ComputerName remembered() noexcept;
 
     char text[16] = {};

@@ -11,7 +11,7 @@ namespace vorel::platform {
 
 namespace {
 
-/// Where the line feed stands in the runtime's text of a time; it is not wanted.
+/// The position of the line feed in the runtime's text of a time; it is removed.
 constexpr std::size_t kLineFeedIndex = 24;
 
 }  // namespace

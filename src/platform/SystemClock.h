@@ -1,5 +1,5 @@
 /// \file
-/// Reading the system's clocks, for the exported functions and for the error log beneath them. Nothing in here fails.
+/// Reads the system's clocks for the exported functions and the error log.
 #pragma once
 
 #include <cstdint>
@@ -7,20 +7,20 @@
 
 namespace vorel::platform {
 
-// Not marked noexcept: what a replaced system call throws (a hook of a monitoring tool) gets its record in the frame of
-// the exported clocks.
+// Not marked noexcept: a hooked system call (of a monitoring tool) may throw, and the frame of the exported clocks
+// records that.
 
-/// Now, as a file time: hundreds of nanoseconds since 1601-01-01 UTC.
+/// The current time as a file time: in units of 100 ns since 1601-01-01 UTC.
 std::uint64_t fileTimeNow();
 
-/// Milliseconds since 1970-01-01 UTC.
+/// The current time in milliseconds since 1970-01-01 UTC.
 std::uint64_t millisecondsUtc();
 
-/// Broken-down time as the 24 characters of "Mon Nov 16 01:43:08 2026", for a buffer of `size` bytes, 26 at least.
-/// False when the runtime refuses the time.
+/// Writes a broken-down time like "Mon Nov 16 01:43:08 2026" to a buffer of `size` bytes, at least 26. False when the
+/// runtime rejects the time.
 bool formatTime(const std::tm& time, char* buffer, std::size_t size) noexcept;
 
-/// The current local time as text; empty when it cannot be told.
+/// The current local time as text; empty when it is not available.
 struct LocalTimeText {
     LocalTimeText() noexcept;
 

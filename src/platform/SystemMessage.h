@@ -1,5 +1,5 @@
 /// \file
-/// The system's text for an error code or an HRESULT, owned.
+/// Owns the system's text for an error code or an HRESULT.
 #pragma once
 
 #include <string_view>
@@ -15,7 +15,7 @@ public:
     SystemMessage(const SystemMessage&) = delete;
     SystemMessage& operator=(const SystemMessage&) = delete;
 
-    /// The text as the system has it, with its closing line break; null when there is none.
+    /// The system's text with its final line break; null when there is none.
     [[nodiscard]] const wchar_t* text() const noexcept { return m_text; }
 
     /// The text without white space at either end.
