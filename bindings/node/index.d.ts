@@ -3,14 +3,14 @@
 /**
  * vorelCore for Node on Windows: conversions, the shared error log, named mutexes and conditions.
  *
- * Everything throws a `VorelError` when the library reports a failure, a `TypeError` or a `RangeError` for an argument
- * of the wrong kind. Texts may have zeros in them only where that is said.
+ * Every function throws a `VorelError` when the library reports a failure, and a `TypeError` or a `RangeError` for an
+ * invalid argument. Texts may contain zero characters only where documented.
  */
 
-/** The version of the loaded library, "0.1.0" for instance. */
+/** The version of the loaded library, for example "0.1.0". */
 export const version: string;
 
-/** The numbers of the library's failures. */
+/** The status codes of the library. */
 export const Status: {
     readonly OK: 0;
     readonly INVALID_ARGUMENT: 1;
@@ -25,51 +25,53 @@ export const Status: {
     readonly INTERNAL: 10;
 };
 
-/** A failure that the library has reported; the message is its own. */
+/** A failure reported by the library, with the library's message. */
 export class VorelError extends Error {
     constructor(status: number, code: string, message?: string);
     readonly name: 'VorelError';
     /** One of `Status`. */
     readonly status: number;
-    /** Its name, "VOREL_ERROR_TIMEOUT" for instance. */
+    /** The name of the status, for example "VOREL_ERROR_TIMEOUT". */
     readonly code: string;
 }
 
 // ---- Encodings ------------------------------------------------------------------------------------------------------
 
-/** Bytes as text and back. An array counts with its real length, whatever its property `length` says. */
+/** Encodes bytes as text and decodes them. The real length of an array is used, even if its `length` is redefined. */
 export interface BinaryText {
     encode(bytes: Uint8Array): string;
     decode(text: string): Buffer;
 }
 
-/** The library's UTF-8, which takes sequences of one to six bytes and checks very little. Zeros are text. */
+/**
+ * UTF-8 as the library reads it: sequences of one to six bytes, with few checks. Texts may contain zero characters.
+ */
 export const utf8: {
-    /** A surrogate that is not part of a pair becomes "?". */
+    /** An unpaired surrogate becomes "?". */
     encode(text: string): Buffer;
     decode(bytes: Uint8Array): string;
 };
 
-/** Standard Base64; the decoder passes over white space, and ignores what follows the padding. */
+/** Standard Base64. The decoder skips white space and ignores text after the padding. */
 export const base64: BinaryText;
 
-/** The Daylight encoding of bit strings. */
+/** Daylight encoding of bit strings. */
 export const daylight: BinaryText;
 
-/** Two digits for each byte; the decoder takes either case, and "0x" in front. */
+/** Two hexadecimal digits for each byte. The decoder accepts both cases and a leading "0x". */
 export const hex: {
     encode(bytes: Uint8Array, options?: { upperCase?: boolean }): string;
     decode(text: string): Buffer;
 };
 
-/** The code pages of Windows, each by its number or by one of its names. Zeros are text. */
+/** The code pages of Windows, by number or by name. Texts may contain zero characters. */
 export const codePage: {
-    /** The number of the code page of this name, in any case. */
+    /** The number of a code page. The case of its name is ignored. */
     find(name: string): number;
     decode(page: number | string, bytes: Uint8Array): string;
-    /** What the code page has no character for becomes a similar one, or its default character. */
+    /** A character that the code page lacks becomes a similar one or the default character of the code page. */
     encode(page: number | string, text: string): Buffer;
-    /** The same; `replaced` says whether the default character was used, null when the code page does not tell. */
+    /** The same. `replaced` is whether the default character was used; null if the code page does not report this. */
     tryEncode(page: number | string, text: string): { bytes: Buffer; replaced: boolean | null };
 };
 
@@ -78,20 +80,20 @@ export type UrlComponent = 'path' | 'pathSegment' | 'query' | 'queryParameter';
 /** Percent-encoding through UTF-8. */
 export const url: {
     encode(text: string, options?: { reserved?: boolean; spaceAsPlus?: boolean }): string;
-    /** Escapes what may not stand in that part of a URL. */
+    /** Escapes the characters that are not allowed in this component of a URL. */
     encodeComponent(text: string, component: UrlComponent): string;
     decode(text: string, options?: { plusAsSpace?: boolean }): string;
 };
 
 // ---- Values ---------------------------------------------------------------------------------------------------------
 
-/** From `start` to `end`, both included; null stands for an end that is open. */
+/** From `start` to `end`, inclusive; null for an open end. */
 export interface Range {
     start: number | null;
     end: number | null;
 }
 
-/** A whole text as one value, or as a list of values. What does not fit into the bits wraps around. */
+/** Parses a whole text as a value or a list of values. Integers out of range wrap around. */
 export const parse: {
     int32(text: string): number;
     uint32(text: string): number;
@@ -101,23 +103,25 @@ export const parse: {
     hex(text: string): number;
     double(text: string): number;
     boolean(text: string): boolean;
-    /** Between commas. */
+    /** Separated by commas. */
     int32List(text: string): number[];
+    /** Separated by commas. */
     uint32List(text: string): number[];
-    /** Between white space; what is no number is passed over. */
+    /** Separated by white space; words that are not numbers are skipped. */
     doubleList(text: string): number[];
+    /** Separated by white space; words that are not Boolean values are skipped. */
     booleanList(text: string): boolean[];
-    /** "1-5,7,12-". */
+    /** Separated by commas, for example "1-5,7,12-". */
     ranges(text: string): Range[];
 };
 
-/** A value, and how many units of the text it took. */
+/** A value and the number of UTF-16 code units that were read. */
 export interface Scanned<T> {
     value: T;
     used: number;
 }
 
-/** The value at the beginning of a text; a text without one gives 0, or false. */
+/** Reads the value at the beginning of a text; a text without a value gives 0 or false. */
 export const scan: {
     int32(text: string): Scanned<number>;
     uint32(text: string): Scanned<number>;
@@ -128,107 +132,108 @@ export const scan: {
     boolean(text: string): Scanned<boolean>;
 };
 
-/** Values as text, in the same form on every machine. */
+/** Formats values as text, independent of the locale. */
 export const format: {
     int64(value: number | bigint): string;
     uint64(value: number | bigint): string;
     double(value: number, options?: { json?: boolean }): string;
-    /** A date, or whole seconds since 1970, as "Fri Feb 13 23:31:30 2009". */
+    /** Formats a date or whole seconds since 1970 in local time, for example "Fri Feb 13 23:31:30 2009". */
     localTime(time: Date | number): string;
+    /** The same in UTC. */
     utcTime(time: Date | number): string;
-    /** The system's text for one of its error codes. */
+    /** The system's text for a system error code. */
     systemError(code: number): string;
 };
 
-/** Microseconds since 1970-01-01 UTC. */
+/** The current time in microseconds since 1970-01-01 UTC. */
 export function currentTime(): bigint;
 
-/** Lists of texts in one text. */
+/** Splits and joins lists of texts. */
 export const list: {
-    /** The pieces between the occurrences of the whole delimiter. */
+    /** Splits at each occurrence of the whole delimiter. */
     cut(text: string, delimiter: string): string[];
-    /** The pieces between the characters of `delimiters` (a comma), which items in double quotes may hold. */
+    /** Splits at each character of `delimiters` (default: a comma), except in items in double quotes. */
     split(text: string, delimiters?: string, options?: { trim?: boolean }): string[];
-    /** What `split` takes apart again. */
+    /** Joins items to a list that `split` can split. */
     join(items: Iterable<string>, delimiter?: string): string;
 };
 
 export interface CompareOptions {
-    /** A to Z, and no other letters, equal a to z. */
+    /** Ignores the case of A to Z, but not of other letters. */
     ignoreCase?: boolean;
-    /** Runs of digits are compared as numbers: the natural order. */
+    /** Natural order: compares runs of digits as numbers. */
     numeric?: boolean;
     slashesEqual?: boolean;
     reverse?: boolean;
 }
 
-/** For `Array.prototype.sort`: below 0, 0 or above 0, as `a` comes before, is equal to, or comes behind `b`. */
+/** Returns a negative number, 0 or a positive number if `a` is before, equal to or after `b`. */
 export function compare(a: string, b: string, options?: CompareOptions): number;
 
-/** Whether a version is at least the required one, number by number. */
+/** Whether a version is at least the required one. The versions are compared number by number. */
 export function versionAtLeast(version: string, required: string): boolean;
 
 // ---- The error log --------------------------------------------------------------------------------------------------
 
-/** The error log of the process. A line that cannot be written is dropped without a word. */
+/** The error log of the process. A line that cannot be written is silently dropped. */
 export const log: {
-    /** The file; the empty text stands for the default one. */
+    /** The path of the log file. Set it to the empty text for the default path. */
     path: string;
-    /** The size in bytes beyond which the file is moved to its backup; 0: no log, -1: no limit. */
+    /** The size in bytes above which the file is moved to its backup; 0: no log, -1: no limit. */
     limit: number;
-    /** "prefix: message". */
+    /** Writes the line "prefix: message", or only the message if the prefix is empty. */
     write(prefix: string, message: string): void;
-    /** "WARN: message". */
+    /** Writes the line "WARN: message". */
     warn(message: string): void;
-    /** "DEBUG: target: message", while the target is switched on. */
+    /** Writes the line "DEBUG: target: message" if the target is switched on. */
     debug(target: string, message: string): void;
-    /** Belongs to the start of a program. */
+    /** Switches a debug target on or off. The name is case-sensitive. */
     setDebugTarget(target: string, active: boolean): void;
-    /** Keeps the lines of this thread out of the log (false), or lets them in again. */
+    /** Switches logging off or on for this thread, including the lines that the library writes for failures. */
     setThreadEnabled(enabled: boolean): void;
 };
 
 // ---- Locks ----------------------------------------------------------------------------------------------------------
 
 /**
- * A recursive lock that all processes of the machine share. It belongs to the thread that took it, so that there is no
- * asynchronous form: while it waits, the event loop stands still.
+ * A recursive lock that all processes of the machine share. It belongs to the thread that locked it, so there is only a
+ * synchronous form, which blocks the event loop.
  *
  *     mutex.run(() => fs.appendFileSync(path, line), 5000);
  */
 export class Mutex {
-    /** Opens the mutex of this name, or creates it. */
+    /** Opens or creates the mutex of this name. */
     constructor(name: string);
     readonly name: string;
     readonly closed: boolean;
-    /** Waits without a limit, or for so many milliseconds; then it throws, with the code "VOREL_ERROR_TIMEOUT". */
+    /** Locks the mutex. Throws "VOREL_ERROR_TIMEOUT" after `timeoutMs` milliseconds (default: no limit). */
     lock(timeoutMs?: number): void;
-    /** Takes the mutex if that needs no waiting, and says whether it did. */
+    /** Locks the mutex if it is free; returns whether it did. */
     tryLock(): boolean;
-    /** Gives back what one `lock` took. */
+    /** Releases one `lock`. */
     unlock(): void;
-    /** Runs a synchronous action under the lock, and returns its result. */
+    /** Runs a synchronous action under the lock and returns its result. */
     run<T>(action: () => T, timeoutMs?: number): T;
-    /** Gives back every hold and closes the mutex; may be called again. From Node 20 on, `using` calls it. */
+    /** Releases every lock and closes the mutex; may be called again. From Node 20 on, `using` calls it. */
     close(): void;
 }
 
 /**
- * A condition that any process of the machine can signal and wait for. A signal releases one waiter, or the next one to
- * come. "Global\" in front of the name makes it machine-wide.
+ * A condition that processes can signal and wait for. A signal releases one waiter, or the next one if nobody waits. A
+ * name that begins with "Global\" is machine-wide.
  */
 export class Condition {
     constructor(name: string);
     readonly name: string;
     readonly closed: boolean;
     signal(): void;
-    /** Waits without a limit, or for so many milliseconds, and says whether there was a signal. The event loop waits. */
+    /** Returns whether there was a signal within `timeoutMs` milliseconds (default: no limit). Blocks the event loop. */
     wait(timeoutMs?: number): boolean;
     /**
-     * The same while the event loop goes on. There may be any number of such waits; from the third one on, and in a
-     * Worker, a wait checks for a signal every 10 ms.
+     * The same without blocking the event loop. The number of such waits is not limited. From the third one on, and in
+     * a Worker, a wait checks for a signal every 10 ms.
      */
     waitAsync(timeoutMs?: number): Promise<boolean>;
-    /** Throws while a `waitAsync` is under way; may be called again. */
+    /** Closes the condition; may be called again. Throws during a `waitAsync`. */
     close(): void;
 }

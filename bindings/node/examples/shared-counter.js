@@ -1,5 +1,4 @@
-// Several processes add to one number in a file: run `node examples/shared-counter.js <file>` in as many windows as you
-// like.
+// Several processes increment a number in a file: run `node examples/shared-counter.js <file>` in several windows.
 'use strict';
 
 const fs = require('fs');

@@ -1,4 +1,4 @@
-// UTF-8, code pages, bytes as printable text, URLs.
+// UTF-8, code pages, encodings of bytes as printable text, and URLs.
 'use strict';
 
 const native = require('./native');
@@ -45,7 +45,7 @@ const hex = Object.freeze({
     decode: decoder('vorel_hex_decode'),
 });
 
-/** The number of a code page that is given by its number or its name. */
+/** The number of a code page, given its number or name. */
 function pageNumber(page) {
     if (typeof page === 'number') {
         return native.integer(page, 1, 65534, 'page');
@@ -83,7 +83,7 @@ const url = Object.freeze({
     },
     encodeComponent: (text, component) => {
         if (!Object.hasOwn(COMPONENTS, component)) {
-            throw new TypeError(`component is none of ${Object.keys(COMPONENTS).join(', ')}`);
+            throw new TypeError(`component is not one of ${Object.keys(COMPONENTS).join(', ')}`);
         }
         return native.textOutput(
             (...out) => urlEncodeComponent(string(text, 'text'), text.length, COMPONENTS[component], ...out));

@@ -1,7 +1,7 @@
-// The failures of the library, as JavaScript has them.
+// The library's failures as JavaScript errors.
 'use strict';
 
-/** The numbers of the statuses; they are fixed. */
+/** The status codes of the flat interface, which are fixed. */
 const Status = Object.freeze({
     OK: 0,
     INVALID_ARGUMENT: 1,

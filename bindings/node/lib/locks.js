@@ -10,12 +10,12 @@ const { TEXT, string } = native;
 
 const FOREVER = 0xffffffff;
 
-/** The time limit of a wait in milliseconds; none is no limit. */
+/** The time limit of a wait in milliseconds; undefined means no limit. */
 function timeout(timeoutMs) {
     return timeoutMs === undefined ? FOREVER : native.integer(timeoutMs, 0, FOREVER - 1, 'timeoutMs');
 }
 
-/** What a handle of the library and its owner in JavaScript have in common. */
+/** Owns a handle of the library. */
 class Handle {
     #name;
     #handle;
@@ -35,7 +35,7 @@ class Handle {
         return this.#handle === null;
     }
 
-    /** The handle, for a call of the library. */
+    /** The open handle. Throws when it is closed. */
     get open() {
         if (this.closed) {
             throw new Error(`${this.constructor.name} "${this.#name}" is closed`);
@@ -105,18 +105,18 @@ const conditionKind = {
 const signalCondition = native.declare('vorel_condition_signal', 'vorel_condition *');
 const waitForCondition = native.declare('vorel_condition_wait', 'vorel_condition *', 'uint32_t');
 
-// The longest native call of an asynchronous wait: the process cannot end before the call returns.
+// The maximum duration of one native call of an asynchronous wait. The process cannot end before the call returns.
 const CALL_MS = 100;
-// libuv's pool has four threads; the others are left to the rest of the program.
+// libuv's pool has four threads; the rest of the program needs the others.
 const MAX_CALLS = 2;
-// How often a wait without a thread checks for a signal.
+// The interval at which a wait without a thread checks for a signal.
 const CHECK_MS = 10;
 
 let calls = 0;
 
 /**
- * Waits for at most CALL_MS on a thread of libuv's pool, and resolves to the status. Not for Workers: koffi aborts the
- * process when a Worker ends during the call.
+ * Waits at most CALL_MS on a thread of libuv's pool and resolves to the status. Do not use it in a Worker: koffi aborts
+ * the process when a Worker ends during the call.
  */
 function waitOnThread(handle, limitMs) {
     ++calls;
@@ -126,7 +126,7 @@ function waitOnThread(handle, limitMs) {
     }).finally(() => --calls);
 }
 
-/** Waits for at most CHECK_MS on the event loop, and resolves to the status. */
+/** Waits at most CHECK_MS on the event loop and resolves to the status. */
 async function waitOnLoop(handle, limitMs) {
     const status = waitForCondition(handle, 0);
     if (status === Status.TIMEOUT) {
@@ -135,7 +135,7 @@ async function waitOnLoop(handle, limitMs) {
     return status;
 }
 
-/** Resolves to the status of a wait that may take long. */
+/** Waits at most `timeoutMs` in short steps and resolves to the status. */
 async function waitForStatus(handle, timeoutMs) {
     const end = timeoutMs === FOREVER ? Infinity : performance.now() + timeoutMs;
     for (;;) {

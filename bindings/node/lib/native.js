@@ -1,4 +1,4 @@
-// The DLL, and its functions as koffi calls them. Nothing outside of this file knows koffi.
+// Loads the DLL and declares its functions. Only this file depends on koffi.
 'use strict';
 
 const path = require('path');
@@ -7,15 +7,15 @@ const koffi = require('koffi');
 
 const { Status, VorelError } = require('./errors');
 
-// The version of the flat interface that this package was written for (VOREL_ABI_VERSION).
+// The version of the flat interface that this package needs (VOREL_ABI_VERSION).
 const ABI_MAJOR = 1;
 const ABI_MINOR = 0;
 
 const library = koffi.load(loadedDll());
 
 /**
- * Loads the DLL so that it and the DLLs that it needs come from its own folder or from the system's only: the order in
- * which Windows searches otherwise includes the current folder. Returns its path, under which it is then found.
+ * Loads the DLL and its dependencies from its own folder and the system folder only, because the default search order
+ * of Windows includes the current folder. Returns the path of the DLL, by which koffi finds the loaded DLL.
  */
 function loadedDll() {
     const LOAD_LIBRARY_SEARCH_DLL_LOAD_DIR = 0x100;
@@ -26,7 +26,7 @@ function loadedDll() {
         throw new Error(`VOREL_CORE_DLL is not an absolute path: ${given}`);
     }
     const file = path.win32.normalize(given || path.win32.join(path.win32.dirname(process.execPath), 'vorelCore.dll'));
-    const kernel = koffi.load('kernel32.dll');  // in every process, so that nothing is searched
+    const kernel = koffi.load('kernel32.dll');  // loaded in every process, so Windows does not search for it
     const load = kernel.func('void *LoadLibraryExW(const char16_t *, void *, uint32_t)');
     const lastErrorCode = kernel.func('uint32_t GetLastError(void)');
     if (!load(file, null, LOAD_LIBRARY_SEARCH_DLL_LOAD_DIR | LOAD_LIBRARY_SEARCH_SYSTEM32)) {
@@ -38,7 +38,7 @@ function loadedDll() {
 koffi.opaque('vorel_mutex');
 koffi.opaque('vorel_condition');
 
-// What texts, outputs and the like are in the prototypes below.
+// Parameter lists of inputs and outputs in the prototypes below.
 const TEXT = 'const char16_t *, size_t';
 const BYTES = 'const uint8_t *, size_t';
 const TEXT_OUT = '_Out_ uint16_t *, size_t, _Out_ size_t *';
@@ -52,21 +52,21 @@ const lastErrorMessage = library.func(`int32_t vorel_last_error_message(${TEXT_O
 
 const abi = abiVersion();
 if (abi >>> 16 !== ABI_MAJOR || (abi & 0xffff) < ABI_MINOR) {
-    throw new Error(`vorelCore.dll ${version()} has the interface ${abi >>> 16}.${abi & 0xffff}, ` +
-        `and this package needs ${ABI_MAJOR}.${ABI_MINOR}`);
+    throw new Error(`vorelCore.dll ${version()} has interface version ${abi >>> 16}.${abi & 0xffff}, ` +
+        `but this package needs ${ABI_MAJOR}.${ABI_MINOR}`);
 }
 
-/** A function of the library that returns a status. */
+/** Declares a function of the library that returns a status. */
 function declare(name, ...parameters) {
     return library.func(`int32_t ${name}(${parameters.join(', ')})`);
 }
 
-/** The text of the first units of a buffer. */
+/** The first `length` units of a buffer as a string. */
 function textOf(units, length) {
     return Buffer.from(units.buffer, units.byteOffset, length * 2).toString('utf16le');
 }
 
-/** A failure of the calling thread, with the library's own text. */
+/** The last failure of the calling thread, with the library's message. */
 function lastError(status) {
     const units = new Uint16Array(501);
     const length = [0];
@@ -74,7 +74,7 @@ function lastError(status) {
     return new VorelError(status, statusName(status), hasText ? textOf(units, Number(length[0])) : '');
 }
 
-/** A failure of another thread, whose text is not to be had here. */
+/** A failure of another thread, whose message is not available to this thread. */
 function errorOf(status) {
     return new VorelError(status, statusName(status));
 }
@@ -85,10 +85,10 @@ function check(status) {
     }
 }
 
-// Most results fit; what does not is asked for once more with the room that it needs.
+// The capacity of the first call. Most results fit; a longer one needs a second call with its length.
 const FIRST_UNITS = 1024;
 
-/** Runs `call(buffer, capacity, length)` and returns the buffer and the length of what it holds. */
+/** Runs `call(buffer, capacity, length)` and returns the buffer and the length of the result. */
 function output(create, call) {
     const length = [0];
     let buffer = create(FIRST_UNITS);
@@ -112,20 +112,20 @@ function bytesOutput(call) {
     return Buffer.from(buffer.subarray(0, length));
 }
 
-/** The values of a list; `perValue` elements of the array make one. */
+/** The values of a list; each has `perValue` elements of the array. */
 function listOutput(ArrayType, perValue, call) {
     const { buffer, length } = output((count) => new ArrayType(count * perValue), call);
     return Array.from(buffer.subarray(0, length * perValue));
 }
 
-/** A value that comes back through a pointer. */
+/** A value that is returned through a pointer. */
 function valueOutput(call) {
     const value = [0];
     check(call(value));
     return value[0];
 }
 
-/** Checks that an argument is a string: koffi would take null for a null pointer. */
+/** Checks that an argument is a string, because koffi passes null as a null pointer. */
 function string(value, name) {
     if (typeof value !== 'string') {
         throw new TypeError(`${name} is not a string`);
@@ -133,12 +133,12 @@ function string(value, name) {
     return value;
 }
 
-// What an array really is and holds: its properties of these names may be replaced, in the object or its class.
+// The original getters of a typed array: objects and subclasses may redefine these properties.
 const typedArray = Object.getPrototypeOf(Uint8Array.prototype);
 const typeOf = Object.getOwnPropertyDescriptor(typedArray, Symbol.toStringTag).get;
 const lengthOf = Object.getOwnPropertyDescriptor(typedArray, 'length').get;
 
-/** Checks that an argument holds bytes, and returns it with their number: the arguments for BYTES. */
+/** Checks that an argument is a Uint8Array and returns the arguments for BYTES: the array and its length. */
 function bytes(value, name) {
     if (Reflect.apply(typeOf, value, []) !== 'Uint8Array') {
         throw new TypeError(`${name} is not a Uint8Array`);
@@ -146,7 +146,7 @@ function bytes(value, name) {
     return [value, Reflect.apply(lengthOf, value, [])];
 }
 
-/** Checks that an argument is a whole number of a range. */
+/** Checks that an argument is a whole number from `low` to `high`. */
 function integer(value, low, high, name) {
     if (!Number.isInteger(value) || value < low || value > high) {
         throw new RangeError(`${name} is not a whole number from ${low} to ${high}`);

@@ -1,4 +1,4 @@
-// Numbers, truth values, lists and times from and to text, and comparing texts.
+// Conversions of numbers, Boolean values, lists and times from and to text, and comparisons of texts.
 'use strict';
 
 const native = require('./native');
@@ -31,13 +31,13 @@ function listParser(name, type, ArrayType, perValue = 1) {
 
 const parseRanges = listParser('vorel_parse_ranges', 'int32_t', Int32Array, 2);
 const parseBooleans = listParser('vorel_parse_boolean_list', 'int32_t', Int32Array);
-const orOpen = (place) => (place === -1 ? null : place);
+const nullIfOpen = (bound) => (bound === -1 ? null : bound);
 
-/** Pairs of numbers as ranges; the library has -1 for an end that is open. */
+/** Pairs of numbers as ranges; the library returns -1 for an open end. */
 function ranges(text) {
-    const places = parseRanges(text);
-    return Array.from({ length: places.length / 2 },
-        (_, index) => ({ start: orOpen(places[2 * index]), end: orOpen(places[2 * index + 1]) }));
+    const bounds = parseRanges(text);
+    return Array.from({ length: bounds.length / 2 },
+        (_, index) => ({ start: nullIfOpen(bounds[2 * index]), end: nullIfOpen(bounds[2 * index + 1]) }));
 }
 
 const parse = Object.freeze({
@@ -75,7 +75,7 @@ const formatUtcTime = native.declare('vorel_format_utc_time', 'int64_t', TEXT_OU
 const systemErrorText = native.declare('vorel_system_error_text', 'int32_t', TEXT_OUT);
 const currentTimeOf = native.declare('vorel_current_time', '_Out_ int64_t *');
 
-/** A number that has 64 bits; BigInt() itself refuses what is not whole. */
+/** Checks that a number fits into 64 bits. BigInt() throws if it is not whole. */
 function wide(value, asWide) {
     const big = BigInt(value);
     if (asWide(64, big) !== big) {
@@ -84,7 +84,7 @@ function wide(value, asWide) {
     return big;
 }
 
-/** Whole seconds since 1970 of a date, or of a number of seconds. */
+/** A date or a number of seconds as whole seconds since 1970. */
 function seconds(time) {
     return integer(time instanceof Date ? Math.floor(time.getTime() / 1000) : time, Number.MIN_SAFE_INTEGER,
         Number.MAX_SAFE_INTEGER, 'time');
@@ -116,12 +116,12 @@ const splitText = native.declare('vorel_split_text', TEXT, TEXT, TEXT_OUT);
 const splitList = native.declare('vorel_split_list', TEXT, TEXT, 'int32_t', TEXT_OUT);
 const joinList = native.declare('vorel_join_list', TEXT, TEXT, TEXT_OUT);
 
-/** The items of a list in which each is followed by a zero. */
+/** The items of a list in which a zero follows each item. */
 const itemsOf = (list) => list.split('\0').slice(0, -1);
 
 function withZero(item) {
     if (string(item, 'item').includes('\0')) {
-        throw new TypeError('An item has a zero in it');
+        throw new TypeError('An item contains a zero character');
     }
     return item + '\0';
 }
@@ -139,7 +139,7 @@ const list = Object.freeze({
     },
 });
 
-// ---- Comparing ------------------------------------------------------------------------------------------------------
+// ---- Comparisons ----------------------------------------------------------------------------------------------------
 
 const compareTexts = native.declare('vorel_compare', TEXT, TEXT, 'uint32_t', '_Out_ int32_t *');
 const isVersionAtLeast = native.declare('vorel_version_at_least', TEXT, TEXT, '_Out_ int32_t *');

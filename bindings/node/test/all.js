@@ -1,4 +1,4 @@
-// Runs every test in one process: `node test/all.js`, in a folder that has node_modules, with VOREL_CORE_DLL set.
+// Runs all tests in one process: `node test/all.js` in a folder with node_modules, with VOREL_CORE_DLL set.
 'use strict';
 
 const fs = require('fs');

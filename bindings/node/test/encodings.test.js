@@ -6,7 +6,7 @@ const test = require('node:test');
 const { base64, codePage, daylight, hex, url, utf8 } = require('..');
 const { expectFailure } = require('./support');
 
-test('UTF-8 in both directions', () => {
+test('utf8 encodes and decodes', () => {
     for (const text of ['', 'A', 'é', '€', '😀', 'a\0b', '\0', 'x'.repeat(1023), 'é'.repeat(1024), '😀'.repeat(100000)]) {
         const bytes = Buffer.from(text, 'utf8');
         assert.deepStrictEqual(utf8.encode(text), bytes);
@@ -17,7 +17,7 @@ test('UTF-8 in both directions', () => {
     expectFailure(() => utf8.decode(Buffer.from([0x80])), 'INVALID_TEXT', 'Invalid UTF-8');
 });
 
-test('bytes as printable text', () => {
+test('base64, daylight and hex encode and decode bytes', () => {
     const rows = [
         [base64.encode, base64.decode, 'ABCD', 'QUJDRA=='],
         [daylight.encode, daylight.decode, 'AB', 'EI6.2'],
@@ -41,13 +41,13 @@ test('bytes as printable text', () => {
     expectFailure(() => hex.decode('4G'), 'INVALID_TEXT');
 });
 
-test('a result does not change with the next call', () => {
+test('the next call does not change an earlier result', () => {
     const first = base64.decode('QUJD');
     base64.decode('WFla');
     assert.strictEqual(first.toString(), 'ABC');
 });
 
-test('code pages', () => {
+test('codePage finds, encodes and decodes', () => {
     assert.strictEqual(codePage.find('LATIN1'), 28591);
     assert.deepStrictEqual(codePage.encode('latin1', 'café'), Buffer.from('café', 'latin1'));
     assert.strictEqual(codePage.decode(28591, Buffer.from('a\0é', 'latin1')), 'a\0é');
@@ -60,7 +60,7 @@ test('code pages', () => {
     assert.throws(() => codePage.decode(0, Buffer.from('a')), RangeError);
 });
 
-test('URLs', () => {
+test('url encodes and decodes', () => {
     assert.strictEqual(url.encode('a/b c~é'), 'a/b%20c%7E%C3%A9');
     assert.strictEqual(url.encode('a/b c', { reserved: true, spaceAsPlus: true }), 'a%2Fb+c');
     assert.strictEqual(url.encodeComponent('a=b c', 'queryParameter'), 'a%3Db+c');
@@ -72,7 +72,7 @@ test('URLs', () => {
     assert.throws(() => url.encodeComponent('a', 'toString'), TypeError);
 });
 
-test('arguments of the wrong kind are told from null pointers', () => {
+test('arguments of the wrong type throw a TypeError', () => {
     for (const wrong of [null, undefined, 1, {}, ['a']]) {
         assert.throws(() => base64.decode(wrong), TypeError);
         assert.throws(() => base64.encode(wrong), TypeError);

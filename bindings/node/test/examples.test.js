@@ -15,7 +15,7 @@ function run(name, ...rest) {
     return childProcess.execFileSync(process.execPath, [example, ...rest], { encoding: 'utf8' });
 }
 
-test('the example of conversions', () => {
+test('convert.js prints the documented results', () => {
     assert.strictEqual(run('convert.js'), `dm9yZWw=
 a%3Db+c
 [ 'one', 'two, three', 'four' ]
@@ -30,7 +30,7 @@ VOREL_ERROR_INVALID_TEXT: The text is not an integer
 `);
 });
 
-test('the example of a shared counter', () => {
+test('shared-counter.js counts across runs and logs each run', () => {
     const folder = fs.mkdtempSync(path.join(os.tmpdir(), 'vorel_node_'));
     const file = path.join(folder, 'counter.txt');
     try {

@@ -9,7 +9,7 @@ const test = require('node:test');
 const { Condition, Mutex } = require('..');
 const { GENEROUS_MS, expectFailure, startPeer, uniqueName, withLog } = require('./support');
 
-test('a mutex is held as often as it was taken', () => {
+test('a mutex is recursive', () => {
     const mutex = new Mutex(uniqueName('é'));
     mutex.lock();
     assert.strictEqual(mutex.tryLock(), true);
@@ -19,7 +19,7 @@ test('a mutex is held as often as it was taken', () => {
     mutex.close();
 });
 
-test('a mutex is given back when its action throws', () => {
+test('run releases the mutex when its action throws', () => {
     const mutex = new Mutex(uniqueName('mutex'));
     assert.strictEqual(mutex.run(() => 42), 42);
     assert.throws(() => mutex.run(() => { throw new Error('of the action'); }), /of the action/);
@@ -27,7 +27,7 @@ test('a mutex is given back when its action throws', () => {
     mutex.close();
 });
 
-test('handles are closed once, and not used from then on', () => {
+test('a closed handle can be closed again but not used', () => {
     for (const Kind of [Mutex, Condition]) {
         const name = uniqueName('closed');
         const handle = new Kind(name);
@@ -43,7 +43,7 @@ test('handles are closed once, and not used from then on', () => {
     }
 });
 
-test('time limits are whole numbers', () => {
+test('a time limit must be a whole number in range', () => {
     const mutex = new Mutex(uniqueName('mutex'));
     for (const wrong of [-1, 1.5, NaN, 2 ** 32 - 1, '1', null]) {
         assert.throws(() => mutex.lock(wrong), RangeError);
@@ -51,7 +51,7 @@ test('time limits are whole numbers', () => {
     mutex.close();
 });
 
-test('a mutex that another process holds', async () => {
+test('lock times out while another process holds the mutex', async () => {
     const name = uniqueName('mutex');
     const held = new Condition(uniqueName('held'));
     const release = new Condition(uniqueName('release'));
@@ -72,7 +72,7 @@ test('a mutex that another process holds', async () => {
     release.close();
 });
 
-test('a mutex that a process has left behind', async () => {
+test('lock takes an abandoned mutex and logs a warning', async () => {
     const mutex = new Mutex(uniqueName('mutex'));
     const held = new Condition(uniqueName('held'));
     const peer = startPeer('abandon', mutex.name, held.name);
@@ -85,7 +85,7 @@ test('a mutex that a process has left behind', async () => {
     held.close();
 });
 
-test('two processes count under a mutex', async () => {
+test('a mutex excludes other processes', async () => {
     const folder = fs.mkdtempSync(path.join(os.tmpdir(), 'vorel_node_'));
     const file = path.join(folder, 'count.txt');
     const name = uniqueName('mutex');
@@ -99,7 +99,7 @@ test('two processes count under a mutex', async () => {
     }
 });
 
-test('a condition keeps one signal', () => {
+test('a condition stores at most one signal', () => {
     const condition = new Condition(uniqueName('condition'));
     assert.strictEqual(condition.wait(0), false);
     condition.signal();
@@ -109,7 +109,7 @@ test('a condition keeps one signal', () => {
     condition.close();
 });
 
-test('signals between processes', async () => {
+test('a condition is signalled across processes', async () => {
     const rounds = 20;
     const asked = new Condition(uniqueName('asked'));
     const answered = new Condition(uniqueName('answered'));
@@ -124,7 +124,7 @@ test('signals between processes', async () => {
     answered.close();
 });
 
-test('the event loop goes on during an asynchronous wait', async () => {
+test('waitAsync does not block the event loop', async () => {
     const condition = new Condition(uniqueName('condition'));
     const wait = condition.waitAsync(GENEROUS_MS);
     assert.throws(() => condition.close(), /is being waited for/);
@@ -134,7 +134,7 @@ test('the event loop goes on during an asynchronous wait', async () => {
     condition.close();
 });
 
-test('a Worker may end while it waits for a condition', async () => {
+test('a Worker may end during waitAsync', async () => {
     for (const how of ['terminate', 'exit']) {
         const condition = new Condition(uniqueName('worker'));
         assert.strictEqual(await startPeer('endWorker', condition.name, how), 0, how);
@@ -142,13 +142,13 @@ test('a Worker may end while it waits for a condition', async () => {
     }
 });
 
-test('a process may end while it waits for a condition', async () => {
+test('a process may end during waitAsync', async () => {
     const condition = new Condition(uniqueName('exit'));
     assert.strictEqual(await startPeer('exitWhileWaiting', condition.name), 7);
     condition.close();
 });
 
-test('any number of asynchronous waits, after which the condition can be closed', async () => {
+test('close throws during any of many asynchronous waits', async () => {
     const condition = new Condition(uniqueName('many'));
     const waits = Array.from({ length: 100 }, () => condition.waitAsync(1));
     assert.throws(() => condition.close(), /is being waited for/);
@@ -156,9 +156,9 @@ test('any number of asynchronous waits, after which the condition can be closed'
     condition.close();
 });
 
-test('waits without a limit leave threads to the rest of the program', async () => {
+test('waits without a limit do not use up the thread pool', async () => {
     const condition = new Condition(uniqueName('pool'));
-    let left = 8;  // twice the threads that Node has for files
+    let left = 8;  // twice the size of libuv's thread pool
     const waits = Array.from({ length: left }, () => condition.waitAsync().then(() => { --left; }));
     assert.ok((await fs.promises.readFile(__filename)).length > 0);
     while (left !== 0) {

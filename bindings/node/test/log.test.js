@@ -8,7 +8,7 @@ const test = require('node:test');
 const { log, parse } = require('..');
 const { expectFailure, linesOf, startPeer, withLog } = require('./support');
 
-test('lines', () => {
+test('write and warn append lines', () => {
     const long = 'z'.repeat(20000);
     assert.deepStrictEqual(withLog(() => {
         log.write('Import', '12 files');
@@ -19,7 +19,7 @@ test('lines', () => {
     withLog(() => expectFailure(() => log.write('a', 'b\0c'), 'INVALID_TEXT'));
 });
 
-test('debug targets', () => {
+test('debug writes only while its target is active', () => {
     assert.deepStrictEqual(withLog(() => {
         log.debug('node.paper', 'too early');
         log.setDebugTarget('node.paper', true);
@@ -29,7 +29,7 @@ test('debug targets', () => {
     }), ['DEBUG: node.paper: low']);
 });
 
-test('the settings', () => {
+test('path and limit can be set and read', () => {
     const before = log.limit;
     withLog((file) => {
         assert.strictEqual(log.path, file);
@@ -46,14 +46,14 @@ test('the settings', () => {
     });
 });
 
-test('a path with letters of the code page', (t) => {
+test('the path may have non-ASCII characters of the code page', (t) => {
     withLog((file) => {
         const accented = path.join(path.dirname(file), 'café.txt');
         try {
             log.path = accented;
         } catch (error) {
             assert.strictEqual(error.code, 'VOREL_ERROR_INVALID_TEXT');
-            t.skip('this code page has no é');
+            t.skip('the code page lacks é');
             return;
         }
         log.warn('there');
@@ -62,7 +62,7 @@ test('a path with letters of the code page', (t) => {
     });
 });
 
-test('a failure that the library throws has its records', () => {
+test('exceptions of the library are logged unless the thread is disabled', () => {
     const lines = withLog(() => expectFailure(() => parse.ranges('x'), 'INVALID_TEXT'));
     assert.strictEqual(lines[0], 'Vorel Error: Found nonnumeric text in numeric item: "x"');
     assert.strictEqual(lines[lines.length - 1], 'Vorel Error: vorel_parse_ranges: Vorel exception caught');
@@ -73,7 +73,7 @@ test('a failure that the library throws has its records', () => {
     }), []);
 });
 
-test('two processes write one log', async () => {
+test('two processes write to the same log', async () => {
     const folder = fs.mkdtempSync(path.join(require('os').tmpdir(), 'vorel_node_'));
     const file = path.join(folder, 'errors.txt');
     const count = 50;
@@ -83,7 +83,7 @@ test('two processes write one log', async () => {
         const lines = linesOf(file);
         for (const [prefix, late] of [['one', lateOnes], ['two', lateTwos]]) {
             const numbers = lines.filter((line) => line.startsWith(`${prefix}: `)).map((line) => Number(line.slice(5)));
-            assert.deepStrictEqual(numbers, [...new Set(numbers)].sort((a, b) => a - b), 'in order, and each once');
+            assert.deepStrictEqual(numbers, [...new Set(numbers)].sort((a, b) => a - b), 'lines are in order and unique');
             assert.ok(numbers.length <= count && numbers.length >= count - late, `${numbers.length}, ${late} late`);
         }
         assert.ok(lines.every((line) => /^(one|two): \d+$/.test(line)));

@@ -11,7 +11,7 @@ const { startPeerWith } = require('./support');
 
 const DLL = process.env.VOREL_CORE_DLL;
 
-test('the length of an array is its own, whatever its properties say', () => {
+test('the real length of an array is used when its properties are redefined', () => {
     class Claims extends Uint8Array {
         get length() {
             return 1 << 20;
@@ -37,7 +37,7 @@ test('the length of an array is its own, whatever its properties say', () => {
     }
 });
 
-test('what only looks like an array of bytes is refused', () => {
+test('an object that imitates a Uint8Array is rejected', () => {
     const disguised = [
         Object.setPrototypeOf({ length: 4 }, Uint8Array.prototype),
         Object.setPrototypeOf(new Float64Array(4), Uint8Array.prototype),
@@ -55,7 +55,7 @@ test('what only looks like an array of bytes is refused', () => {
     }
 });
 
-/** Runs `action(folder)` with a folder that has what somebody planted there: all DLLs of the library. */
+/** Runs `action(folder)` with a folder of planted DLLs: copies of all DLLs of the library. */
 async function withPlantedDlls(action) {
     const folder = fs.mkdtempSync(path.join(os.tmpdir(), 'vorel_node_'));
     try {
@@ -68,7 +68,7 @@ async function withPlantedDlls(action) {
     }
 }
 
-test('no DLL comes from the current folder, nor from the PATH', () => withPlantedDlls(async (folder) => {
+test('no DLL is loaded from the current folder or the PATH', () => withPlantedDlls(async (folder) => {
     const own = fs.readdirSync(folder);
     const env = { ...process.env, PATH: `${folder};${process.env.PATH}` };
     for (const file of own) {
@@ -78,7 +78,7 @@ test('no DLL comes from the current folder, nor from the PATH', () => withPlante
     }
 }));
 
-test('only an absolute path names the DLL, and without it only one beside node.exe is taken', () =>
+test('the DLL is loaded only from an absolute path or the folder of node.exe', () =>
     withPlantedDlls(async (folder) => {
         const name = 'vorelCore.dll';
         const drive = folder.slice(0, 2);  // "C:"

@@ -1,4 +1,4 @@
-// The other process of a test: node peer.js <role> <argument>...; its exit code is 0 when all went as it should.
+// The second process of a test: node peer.js <role> <argument>... Exits with 0 on success.
 'use strict';
 
 const fs = require('fs');
@@ -10,12 +10,12 @@ const GENEROUS_MS = 30000;
 
 function need(condition) {
     if (!condition) {
-        throw new Error('what this role expects did not happen');
+        throw new Error('an expectation of this role failed');
     }
 }
 
 const roles = {
-    /** Takes a mutex, says so, and gives it back when it is told to. */
+    /** Locks a mutex, signals that, and unlocks it after a signal. */
     hold(mutexName, heldName, releaseName) {
         const mutex = new Mutex(mutexName);
         const held = new Condition(heldName);
@@ -26,14 +26,14 @@ const roles = {
         }, GENEROUS_MS);
     },
 
-    /** Takes a mutex, says so, and ends without giving it back. */
+    /** Locks a mutex, signals that, and ends without unlocking it. */
     abandon(mutexName, heldName) {
         new Mutex(mutexName).lock(GENEROUS_MS);
         new Condition(heldName).signal();
         process.kill(process.pid);
     },
 
-    /** Adds 1 to a number in a file, again and again. */
+    /** Increments a number in a file `rounds` times. */
     count(mutexName, file, rounds) {
         const mutex = new Mutex(mutexName);
         for (let round = 0; round !== Number(rounds); ++round) {
@@ -41,7 +41,7 @@ const roles = {
         }
     },
 
-    /** Answers every signal with another. */
+    /** Answers each signal with a signal. */
     echo(askedName, answeredName, rounds) {
         const asked = new Condition(askedName);
         const answered = new Condition(answeredName);
@@ -51,7 +51,7 @@ const roles = {
         }
     },
 
-    /** Ends a Worker that waits for a condition, from inside or from outside, and goes on. */
+    /** Ends a Worker during its wait for a condition, by `terminate` or by `exit`; then the condition still works. */
     async endWorker(conditionName, how) {
         const worker = new Worker(__filename, { argv: ['waitInWorker', conditionName, how] });
         const code = await new Promise((resolve, reject) => {
@@ -66,17 +66,17 @@ const roles = {
 
     waitInWorker(conditionName, how) {
         new Condition(conditionName).waitAsync(GENEROUS_MS);
-        // The wait is under way when the event loop comes round.
+        // The wait has started by the next turn of the event loop.
         setImmediate(() => (how === 'terminate' ? parentPort.postMessage('waiting') : process.exit(7)));
     },
 
-    /** Ends while it waits without a limit. */
+    /** Exits during a wait without a limit. */
     exitWhileWaiting(conditionName) {
         new Condition(conditionName).waitAsync();
         setImmediate(() => process.exit(7));
     },
 
-    /** Compares the path of a DLL of this name with the expected one; the exit code is 2 if it is not loaded. */
+    /** Compares the path of a loaded DLL with the expected path; exits with 2 if the DLL is not loaded. */
     loadedFrom(moduleName, expected) {
         const kernel = require('koffi').load('kernel32.dll');
         const handleOf = kernel.func('void *GetModuleHandleW(const char16_t *)');
@@ -92,8 +92,8 @@ const roles = {
     },
 
     /**
-     * Writes lines to a log that others write, too. The exit code is the number of lines that may have been given up:
-     * that takes the log more than a second, and is not reported.
+     * Writes lines to a log that other processes write to. The exit code is the number of lines that may have been
+     * dropped: the log drops a line without a report, and only after more than a second.
      */
     write(file, prefix, count) {
         log.path = file;

@@ -1,4 +1,4 @@
-// What the tests share.
+// Shared by the tests.
 'use strict';
 
 const assert = require('assert');
@@ -9,18 +9,18 @@ const path = require('path');
 
 const { VorelError, log } = require('..');
 
-/** Long enough for a machine under load; whoever waits so long has waited in vain. */
+/** A time limit that is long enough for a machine under load. */
 const GENEROUS_MS = 30000;
 
 let names = 0;
 
-/** A name that nobody else has. */
+/** A unique name for a kernel object. */
 function uniqueName(stem) {
     names += 1;
     return `vorel_node_${stem}_${process.pid}_${names}`;
 }
 
-/** Expects a failure of the library. */
+/** Expects `action` to throw a `VorelError`. */
 function expectFailure(action, code, message) {
     assert.throws(action, (error) => {
         assert.ok(error instanceof VorelError, `${error}`);
@@ -33,7 +33,7 @@ function expectFailure(action, code, message) {
     });
 }
 
-/** Runs `action(path)` with an error log of its own, and returns the lines that were written, without their fronts. */
+/** Runs `action(path)` with its own error log and returns the lines without time, computer, process and thread. */
 function withLog(action) {
     const folder = fs.mkdtempSync(path.join(os.tmpdir(), 'vorel_node_'));
     const file = path.join(folder, 'errors.txt');
@@ -56,19 +56,19 @@ function linesOf(file) {
         return [];
     }
     const lines = fs.readFileSync(file, 'utf8').split('\r\n');
-    assert.strictEqual(lines.pop(), '', 'the last line has an end');
+    assert.strictEqual(lines.pop(), '', 'the last line is terminated');
     return lines.map((line) => {
         assert.match(line, LINE);
         return LINE.exec(line)[1];
     });
 }
 
-/** Starts test/peer.js; resolves to its exit code. */
+/** Starts test/peer.js and resolves to its exit code. */
 function startPeer(...roleAndArguments) {
     return startPeerWith({}, ...roleAndArguments);
 }
 
-/** The same with options of `child_process.spawn`; a peer that goes on for too long is ended, and its code is null. */
+/** The same with options of `child_process.spawn`. A peer that runs too long is killed and resolves to null. */
 function startPeerWith(options, ...roleAndArguments) {
     const peer = childProcess.spawn(process.execPath, [path.join(__dirname, 'peer.js'), ...roleAndArguments],
         { stdio: 'ignore', timeout: 2 * GENEROUS_MS, killSignal: 'SIGKILL', ...options });

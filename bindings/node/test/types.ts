@@ -1,4 +1,4 @@
-// Uses every declaration of index.d.ts as its type says; it is compiled, and never run.
+// Uses every declaration of index.d.ts. Only compiled, never run.
 import * as vorel from '..';
 
 const texts: string[] = [
@@ -83,16 +83,16 @@ try {
     vorel.parse.int32('x');
 } catch (error) {
     if (error instanceof vorel.VorelError) {
-        const said: [string, string, number] = [error.code, error.message, error.status];
-        texts.push(said[0]);
+        const details: [string, string, number] = [error.code, error.message, error.status];
+        texts.push(details[0]);
     }
 }
 
-// @ts-expect-error: a number is no text
+// @ts-expect-error: a number is not a string
 vorel.parse.int32(1);
-// @ts-expect-error: no such component
+// @ts-expect-error: unknown component
 vorel.url.encodeComponent('a', 'fragment');
-// @ts-expect-error: a text is no bytes
+// @ts-expect-error: a string is not a Uint8Array
 vorel.base64.encode('a');
 
 export { texts, buffers, replaced, numbers, wide, truths, ends, result, taken, signalled, now, mutex };

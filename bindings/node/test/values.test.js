@@ -6,11 +6,11 @@ const test = require('node:test');
 const { Status, VorelError, compare, currentTime, format, list, parse, scan, version, versionAtLeast } = require('..');
 const { expectFailure, withLog } = require('./support');
 
-test('the version of the package is that of the library', () => {
+test('the package has the version of the library', () => {
     assert.strictEqual(version, require('../package.json').version);
 });
 
-test('a failure is an Error with the status, its name and the words of the library', () => {
+test('a failure is an Error with the status, its name and the message of the library', () => {
     try {
         parse.int32('x');
         assert.fail('nothing was thrown');
@@ -26,7 +26,7 @@ test('a failure is an Error with the status, its name and the words of the libra
         `Found nonnumeric text in numeric item: "${long}`.slice(0, 500)));
 });
 
-test('whole texts as values', () => {
+test('parse reads whole texts as values', () => {
     assert.strictEqual(parse.int32(' -42.0 '), -42);
     assert.strictEqual(parse.uint32('4294967295'), 4294967295);
     assert.strictEqual(parse.int64('7'), 7n);
@@ -45,7 +45,7 @@ test('whole texts as values', () => {
     }
 });
 
-test('values at the beginning of a text', () => {
+test('scan reads the value at the beginning of a text', () => {
     assert.deepStrictEqual(scan.int32('42 apples'), { value: 42, used: 3 });
     assert.deepStrictEqual(scan.uint32('x'), { value: 0, used: 0 });
     assert.deepStrictEqual(scan.int64('-7;'), { value: -7n, used: 2 });
@@ -55,7 +55,7 @@ test('values at the beginning of a text', () => {
     assert.deepStrictEqual(scan.boolean('on'), { value: true, used: 2 });
 });
 
-test('lists of values', () => {
+test('parse reads lists of values', () => {
     assert.deepStrictEqual(parse.int32List('1,2.9,-3'), [1, 2, -3]);
     assert.deepStrictEqual(parse.int32List(''), []);
     assert.deepStrictEqual(parse.uint32List('4294967295'), [4294967295]);
@@ -69,7 +69,7 @@ test('lists of values', () => {
     expectFailure(() => parse.int32List('1;2'), 'INVALID_TEXT');
 });
 
-test('values as text', () => {
+test('format writes values as text', () => {
     assert.strictEqual(format.int64(-9223372036854775808n), '-9223372036854775808');
     assert.strictEqual(format.int64(42), '42');
     assert.strictEqual(format.uint64(18446744073709551615n), '18446744073709551615');
@@ -90,16 +90,16 @@ test('values as text', () => {
     expectFailure(() => format.utcTime(Number.MAX_SAFE_INTEGER), 'INVALID_ARGUMENT');
 });
 
-test('the current time lies between two looks at the clock', () => {
+test('currentTime is between two readings of the clock', () => {
     const before = BigInt(Date.now()) * 1000n;
     const now = currentTime();
     const after = BigInt(Date.now() + 1) * 1000n;
-    // The two clocks may be read from different sources, a tick apart.
+    // The two clocks may have different sources and differ by a tick.
     const tick = 20000n;
     assert.ok(before - tick <= now && now <= after + tick, `${before} ${now} ${after}`);
 });
 
-test('lists of texts', () => {
+test('list cuts, splits and joins texts', () => {
     assert.deepStrictEqual(list.cut('a::b::', '::'), ['a', 'b']);
     assert.deepStrictEqual(list.cut('', '::'), []);
     assert.deepStrictEqual(list.split('é,"b,c","d""e",,x'), ['é', 'b,c', 'd"e', '', 'x']);
@@ -113,7 +113,7 @@ test('lists of texts', () => {
     assert.throws(() => list.join([1]), TypeError);
 });
 
-test('comparing', () => {
+test('compare and versionAtLeast order texts', () => {
     assert.strictEqual(compare('file9', 'file10'), 1);
     assert.strictEqual(compare('file9', 'file10', { numeric: true }), -1);
     assert.strictEqual(compare('FILE', 'file', { ignoreCase: true }), 0);
