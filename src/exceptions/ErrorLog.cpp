@@ -116,13 +116,13 @@ void printLine(std::FILE* stream, const platform::LocalTimeText& time,
                const std::optional<unsigned long long>& milliseconds, const char* prefix,
                Utf8Message& message) noexcept {
     const platform::ComputerName computer = platform::ComputerName::remembered();
-    const char* const front = prefix ? prefix : "NULL Method";
+    const char* const shownPrefix = prefix ? prefix : "NULL Method";
     if (milliseconds) {
         baseutil::streamPrint(stream, "[%hs].%.3llu %hs.%d.%lu: %hs%hs%hs", time.text, *milliseconds, computer.text,
-                              _getpid(), GetCurrentThreadId(), front, message.text(), message.ending());
+                              _getpid(), GetCurrentThreadId(), shownPrefix, message.text(), message.ending());
     } else {
         baseutil::streamPrint(stream, "[%hs] %hs.%d.%lu: %hs%hs%hs", time.text, computer.text, _getpid(),
-                              GetCurrentThreadId(), front, message.text(), message.ending());
+                              GetCurrentThreadId(), shownPrefix, message.text(), message.ending());
     }
     while (message.next()) {
         baseutil::streamPrint(stream, "%hs%hs", message.text(), message.ending());

@@ -137,7 +137,7 @@ const char* Exception::getCharErrorMessageBlock(const char* separator) const noe
             block += message;
         }
     } catch (...) {
-        // Without memory the block ends after the messages appended so far.
+        // Without memory the block has only the messages appended so far.
     }
     m_charBlock = std::move(block);
     return m_charBlock.view().data();

@@ -87,8 +87,8 @@ TEST(FlatLastErrors, FreeTheMemoryIfTheSlotCannotBeSet) {
 
 TEST(FlatLastErrors, AreTruncatedButNotWithinASurrogatePair) {
     const LastErrors errors;
-    const std::size_t most = vorel::flat::Failure::kMaxUnits;
-    const std::wstring text(most - 1, L'x');
+    const std::size_t maxUnits = vorel::flat::Failure::kMaxUnits;
+    const std::wstring text(maxUnits - 1, L'x');
     struct Case {
         std::wstring message;
         std::wstring kept;
