@@ -1,5 +1,5 @@
 /// \file
-/// What stands in a security descriptor, entry by entry.
+/// The access control list of a security descriptor, entry by entry.
 ///
 ///     EXPECT_EQ(test::entriesOf(descriptor), (std::vector{test::denied(WRITE_DAC, test::everyone()), …}));
 #pragma once
@@ -12,7 +12,7 @@
 
 namespace test {
 
-/// A security identifier, byte by byte.
+/// The bytes of a security identifier.
 using SidBytes = std::vector<unsigned char>;
 
 inline SidBytes sidBytes(PSID sid) {
@@ -20,12 +20,12 @@ inline SidBytes sidBytes(PSID sid) {
     return bytes ? SidBytes(bytes, bytes + 8 + 4 * std::size_t{bytes[1]}) : SidBytes();
 }
 
-/// Revision 1, one number, authority 1, number 0.
+/// Revision 1, one subauthority, authority 1, subauthority 0.
 inline SidBytes everyone() {
     return {1, 1, 0, 0, 0, 0, 0, 1, 0, 0, 0, 0};
 }
 
-/// Revision 1, two numbers, authority 5, numbers 32 and 544.
+/// Revision 1, two subauthorities, authority 5, subauthorities 32 and 544.
 inline SidBytes administrators() {
     return {1, 2, 0, 0, 0, 0, 0, 5, 32, 0, 0, 0, 0x20, 0x02, 0, 0};
 }
@@ -39,7 +39,7 @@ struct AccessEntry {
     friend bool operator==(const AccessEntry&, const AccessEntry&) = default;
     friend void PrintTo(const AccessEntry& entry, std::ostream* out) {
         *out << "type " << int{entry.type} << ", flags " << int{entry.flags} << ", mask " << std::hex << entry.mask
-             << std::dec << ", an identifier of " << entry.sid.size() << " bytes";
+             << std::dec << ", SID of " << entry.sid.size() << " bytes";
     }
 };
 
@@ -51,12 +51,12 @@ inline AccessEntry denied(DWORD mask, const SidBytes& sid) {
     return {ACCESS_DENIED_ACE_TYPE, 0, mask, sid};
 }
 
-/// What the library's objects are protected by: everyone may use them, nobody may change that.
+/// The entries of the library's objects: everyone may use them, nobody may change their security.
 inline std::vector<AccessEntry> sharedEntries(DWORD allAccess = GENERIC_ALL) {
     return {denied(0xC0000, everyone()), allowed(allAccess, everyone())};
 }
 
-/// The list that rules access, as far as the descriptor has one.
+/// The discretionary access control list; `present` is false if the descriptor has none.
 struct AccessList {
     bool present = false;
     bool defaulted = false;
@@ -78,9 +78,9 @@ inline AccessList accessListOf(PSECURITY_DESCRIPTOR descriptor) {
     list.revision = acl->AclRevision;
     list.sizeBytes = acl->AclSize;
     for (DWORD index = 0; index < acl->AceCount; ++index) {
-        void* place = nullptr;
-        if (GetAce(acl, index, &place)) {
-            auto* const entry = static_cast<ACCESS_ALLOWED_ACE*>(place);  // a denying one has the same form
+        void* ace = nullptr;
+        if (GetAce(acl, index, &ace)) {
+            auto* const entry = static_cast<ACCESS_ALLOWED_ACE*>(ace);  // a denying entry has the same layout
             list.entries.push_back(
                 {entry->Header.AceType, entry->Header.AceFlags, entry->Mask, sidBytes(&entry->SidStart)});
         }

@@ -1,5 +1,5 @@
 /// \file
-/// The library's arrays and strings as those of the standard library, for comparisons and failure messages.
+/// Converts the library's arrays and strings to standard containers, for comparisons and failure messages.
 #pragma once
 
 #include <string>
@@ -20,7 +20,7 @@ std::vector<T> valuesOf(const vorel::Array<T>& array) {
 template <class T>
 vorel::Array<T> arrayOf(const std::vector<T>& values) {
     vorel::Array<T> array;
-    for (const T value : values) {  // not at once: a vector of truth values has no plain ones
+    for (const T value : values) {  // one by one: std::vector<bool> has no contiguous elements
         array.append(value);
     }
     return array;
@@ -44,7 +44,7 @@ vorel::Array<vorel::BaseString<T>> stringsOf(const std::vector<std::basic_string
     return result;
 }
 
-/// Narrow rows of a table in the width of the test.
+/// The narrow rows of a table, converted to the character type of the test.
 template <class T>
 std::vector<std::basic_string<T>> texts(const std::vector<std::string_view>& rows) {
     std::vector<std::basic_string<T>> result;
@@ -54,7 +54,7 @@ std::vector<std::basic_string<T>> texts(const std::vector<std::string_view>& row
     return result;
 }
 
-/// The text of a row, or null for a row that has none.
+/// The text of a row, or null for a row without text.
 template <class T>
 class OptionalText {
 public:

@@ -1,5 +1,5 @@
 /// \file
-/// Binary-to-text encodings once more, bit by bit.
+/// Reference implementation of the binary-to-text encodings, bit by bit.
 #pragma once
 
 #include <cstddef>
@@ -17,7 +17,7 @@ inline constexpr std::string_view kBase64Characters =
 inline constexpr std::string_view kDaylightCharacters =
     ".+0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz";
 
-/// The bits of the bytes, the highest of each first, as characters 0 and 1.
+/// The bits of the bytes as characters 0 and 1, the highest bit of each byte first.
 inline std::string bitsOf(const Bytes& bytes) {
     std::string bits;
     for (const unsigned char byte : bytes) {
@@ -28,7 +28,7 @@ inline std::string bitsOf(const Bytes& bytes) {
     return bits;
 }
 
-/// One character for each six bits, the last ones filled up with zeros.
+/// One character for each six bits. The last group is padded with zeros.
 inline std::string charactersOf(std::string bits, std::string_view alphabet) {
     std::string text;
     bits.resize((bits.size() + 5) / 6 * 6, '0');
@@ -53,13 +53,13 @@ inline std::string daylightOf(const Bytes& bytes) {
     return charactersOf(bitsOf(filled), kDaylightCharacters) + std::to_string(rest == 0 ? 3 : rest);
 }
 
-/// The value of a unit in an alphabet, or that of no place. In Daylight the comma counts as '+'.
+/// The index of a unit in an alphabet, or npos. In Daylight the comma is equivalent to '+'.
 inline std::size_t valueIn(std::string_view alphabet, unsigned int unit) {
     const unsigned int character = alphabet == kDaylightCharacters && unit == ',' ? '+' : unit;
     return character < 128 ? alphabet.find(static_cast<char>(character)) : std::string_view::npos;
 }
 
-/// The whole bytes of as many bits as the units have, six of each, those of no place counting as 0.
+/// Concatenates six bits per unit and returns the complete bytes. A unit outside the alphabet counts as 0.
 inline Bytes bytesOfCharacters(const std::vector<unsigned int>& units, std::string_view alphabet) {
     Bytes bytes;
     std::uint64_t bits = 0;
@@ -76,14 +76,14 @@ inline Bytes bytesOfCharacters(const std::vector<unsigned int>& units, std::stri
     return bytes;
 }
 
-/// What a decoder gives: its bytes, its result, and whether a unit above 255 made it throw.
+/// The outcome of a decoder: bytes, return value, and whether it threw because of a unit above 255.
 struct Decoding {
     Bytes bytes;
     int result = 0;
     bool threw = false;
 };
 
-/// Four characters at a time from what is left of the text without its breaks; `units` up to the terminator.
+/// Removes white space and decodes four characters at a time. `units` ends before the terminator.
 inline Decoding fromBase64(const std::vector<unsigned int>& units) {
     Decoding decoding;
     std::vector<unsigned int> rest;

@@ -7,13 +7,13 @@ namespace test {
 
 namespace {
 
-/// A pipe whose one end a child inherits.
+/// A pipe. A child inherits one of its ends.
 struct Pipe {
     Pipe() {
         HANDLE readEnd = nullptr;
         HANDLE writeEnd = nullptr;
         if (!CreatePipe(&readEnd, &writeEnd, nullptr, 0)) {
-            throw std::runtime_error("no pipe to be had");
+            throw std::runtime_error("cannot create a pipe");
         }
         reader = Handle(readEnd);
         writer = Handle(writeEnd);
@@ -25,7 +25,7 @@ struct Pipe {
 
 HANDLE inheritable(const Handle& handle) {
     if (!SetHandleInformation(handle.get(), HANDLE_FLAG_INHERIT, HANDLE_FLAG_INHERIT)) {
-        throw std::runtime_error("a pipe cannot be inherited");
+        throw std::runtime_error("cannot make a pipe inheritable");
     }
     return handle.get();
 }
@@ -34,7 +34,7 @@ void writeAll(Handle& pipe, std::string_view bytes) {
     while (!bytes.empty()) {
         DWORD written = 0;
         if (!WriteFile(pipe.get(), bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr)) {
-            break;  // the child does not read to the end
+            break;  // the child stopped readerThread
         }
         bytes.remove_prefix(written);
     }
@@ -59,17 +59,17 @@ Captured capture(const std::wstring& program, const std::vector<std::wstring>& a
     options.output = inheritable(out.writer);
     options.error = inheritable(error.writer);
     const ChildProcess child(program, arguments, options);
-    // A pipe ends when its last other end is closed.
+    // A pipe reports its end only after all handles to the other end are closed.
     in.reader.close();
     out.writer.close();
     error.writer.close();
 
     Captured result;
-    std::thread feeding([&] { writeAll(in.writer, input); });
-    std::thread reading([&] { readAll(error.reader, result.error); });
+    std::thread writerThread([&] { writeAll(in.writer, input); });
+    std::thread readerThread([&] { readAll(error.reader, result.error); });
     readAll(out.reader, result.output);
-    feeding.join();
-    reading.join();
+    writerThread.join();
+    readerThread.join();
     (void)child.wait();
     result.exitCode = child.exitCode();
     return result;

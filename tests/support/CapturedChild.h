@@ -1,5 +1,5 @@
 /// \file
-/// Programs that a test starts for what they write.
+/// Runs a program and captures its output.
 ///
 ///     const test::Captured hex = test::capture(L"vorelconv", {L"hex"}, "A");
 ///     EXPECT_EQ(hex.output, "41");
@@ -14,15 +14,15 @@
 
 namespace test {
 
-/// What a program left behind.
+/// The exit code and the output of a program.
 struct Captured {
-    std::optional<DWORD> exitCode;  ///< empty: it did not end in time
+    std::optional<DWORD> exitCode;  ///< empty if it did not exit in time
     std::string output;
     std::string error;
 };
 
-/// Runs a program of the test program's folder to its end, with `input` as its standard input.
-/// \throws std::runtime_error when it cannot be started.
+/// Runs a program from the folder of the test program until it exits, with `input` as its standard input.
+/// \throws std::runtime_error if it cannot be started.
 Captured capture(const std::wstring& program, const std::vector<std::wstring>& arguments, std::string_view input = {},
                  ChildOptions options = {});
 

@@ -1,10 +1,10 @@
 /// \file
-/// A text that changes between two passes of the function that reads it, as a text that another process writes to can.
-/// Its first and its last units lie in pages of which only one is accessible at a time: the function faults whenever it
-/// goes from one to the other, and at a chosen fault the text becomes another one. No luck with the time is needed.
+/// A text that changes between two passes of the function that reads it. A text in shared memory can change this way.
+/// The first and the last units are in pages of which only one is accessible at a time. So the function faults whenever
+/// it moves from one to the other, and the text changes at a chosen fault. The result does not depend on timing.
 ///
 ///     test::ChangingText<char> text("aaaa", "%%%%");
-///     for (unsigned int nth = 1; nth <= text.switches(); ++nth) {   // as many as the last reader needed, at least one
+///     for (unsigned int nth = 1; nth <= text.switches(); ++nth) {   // until the reader needs fewer switches
 ///         text.changeAt(nth);
 ///         vorel::util::urlEncode(text.data(), output, false, false);
 ///     }
@@ -20,7 +20,7 @@
 
 namespace test {
 
-/// The two pages, whatever the text. One object at a time; it belongs to one thread.
+/// The memory of the text. Only one object may exist at a time, and only one thread may use it.
 class SwitchingPages {
 public:
     static constexpr std::size_t kPage = 4096;
@@ -46,21 +46,21 @@ public:
     SwitchingPages(const SwitchingPages&) = delete;
     SwitchingPages& operator=(const SwitchingPages&) = delete;
 
-    /// What the function sees, with three pages; and the same memory, of which each is accessible.
+    /// Two views of the same three pages: the one for the function under test, and one that is always accessible.
     [[nodiscard]] unsigned char* read() const { return m_read; }
     [[nodiscard]] unsigned char* write() const { return m_write; }
 
-    /// Forbids both pages, and copies `bytes` to `place` at the `nth` fault from here on.
-    void arm(unsigned int nth, unsigned char* place, std::string bytes) {
+    /// Makes the first and the last page inaccessible. The `nth` fault from now on copies `bytes` to `position`.
+    void arm(unsigned int nth, unsigned char* position, std::string bytes) {
         m_nth = nth;
-        m_place = place;
+        m_position = position;
         m_bytes = std::move(bytes);
         m_faults = 0;
         protect(0, PAGE_NOACCESS);
         protect(2, PAGE_NOACCESS);
     }
 
-    /// The faults since then.
+    /// The number of faults since `arm`.
     [[nodiscard]] unsigned int faults() const { return m_faults; }
 
 private:
@@ -86,7 +86,7 @@ private:
             return EXCEPTION_CONTINUE_SEARCH;
         }
         if (++pages.m_faults == pages.m_nth) {
-            std::memcpy(pages.m_place, pages.m_bytes.data(), pages.m_bytes.size());
+            std::memcpy(pages.m_position, pages.m_bytes.data(), pages.m_bytes.size());
         }
         pages.protect(page, PAGE_READWRITE);
         pages.protect(2 - page, PAGE_NOACCESS);
@@ -100,39 +100,38 @@ private:
     unsigned char* m_write = nullptr;
     void* m_handler = nullptr;
     unsigned int m_nth = 0;
-    unsigned char* m_place = nullptr;
+    unsigned char* m_position = nullptr;
     std::string m_bytes;
     unsigned int m_faults = 0;
 };
 
-/// A text of `T` whose units, but for those of the page between, are those of one pattern and then those of another.
+/// A text of `T` that repeats one pattern before the change and another one after it. The middle page does not change.
 template <class T>
 class ChangingText {
 public:
-    /// The units of the text. As bytes they nearly fill a string's buffer of 8,192: what makes the text longer does not
-    /// fit into what is left of that.
+    /// The length of the text. Its bytes nearly fill a string buffer of 8,192, so a longer result does not fit.
     static constexpr std::size_t kUnits = (2 * SwitchingPages::kPage - 40) / sizeof(T) - 1;
 
     ChangingText(const std::basic_string<T>& before, const std::basic_string<T>& after)
         : m_before(bytesOf(before)), m_after(bytesOf(after)) {}
 
-    /// Makes the text what it was, and another one at the `nth` switch between its ends.
+    /// Restores the first text, and changes it at the `nth` switch between the first and the last page.
     void changeAt(unsigned int nth) {
-        unsigned char* const place = m_pages.write() + kOffset;
-        std::memcpy(place, m_before.data(), m_before.size());
-        m_pages.arm(nth, place, m_after);
+        unsigned char* const position = m_pages.write() + kOffset;
+        std::memcpy(position, m_before.data(), m_before.size());
+        m_pages.arm(nth, position, m_after);
     }
 
-    /// The switches since then.
+    /// The number of switches since `changeAt`.
     [[nodiscard]] unsigned int switches() const { return m_pages.faults(); }
 
     [[nodiscard]] T* data() const { return reinterpret_cast<T*>(m_pages.read() + kOffset); }
 
 private:
-    static constexpr std::size_t kEnd = 2032;  // bytes of the text in the first page; the last one has about as many
+    static constexpr std::size_t kEnd = 2032;  // bytes of the text in the first page; the last page has about as many
     static constexpr std::size_t kOffset = SwitchingPages::kPage - kEnd;
 
-    /// The pattern again and again, 'a' in the page between, and a terminator.
+    /// The repeated pattern, with 'a' in the middle page, and a terminator.
     static std::string bytesOf(const std::basic_string<T>& pattern) {
         std::basic_string<T> text(kUnits + 1, T{'a'});
         for (std::size_t at = 0; at != kUnits; ++at) {

@@ -1,5 +1,5 @@
 /// \file
-/// The command line of a child program: "name=value" for each argument, in any order.
+/// The command line of a child program: arguments of the form "name=value", in any order.
 #pragma once
 
 #include <cstdlib>
@@ -13,7 +13,7 @@ class ChildArguments {
 public:
     ChildArguments(int count, char** arguments) : m_arguments(arguments + 1, arguments + count) {}
 
-    /// The value of `name`; empty when it is not given.
+    /// The value of `name`; empty if it is missing.
     [[nodiscard]] std::string text(std::string_view name) const {
         for (const std::string& argument : m_arguments) {
             if (argument.starts_with(name) && argument.substr(name.size(), 1) == "=") {
@@ -23,13 +23,13 @@ public:
         return {};
     }
 
-    /// The value of `name` as a wide text; only for ASCII.
+    /// The value of `name` as wide text; ASCII only.
     [[nodiscard]] std::wstring wide(std::string_view name) const {
         const std::string narrow = text(name);
         return {narrow.begin(), narrow.end()};
     }
 
-    /// The value of `name` as a number; 0 when it is not given.
+    /// The value of `name` as a number; 0 if it is missing.
     [[nodiscard]] long long number(std::string_view name) const {
         return std::strtoll(text(name).c_str(), nullptr, 10);
     }

@@ -6,12 +6,12 @@ namespace test {
 
 namespace {
 
-constexpr DWORD kEndedByTest = 0xDEAD;
+constexpr DWORD kTerminatedByTest = 0xDEAD;
 
-/// Under load Wine gives ERROR_INTERNAL_ERROR for one program of some hundreds, which then has not started.
-constexpr unsigned int kMostStarts = 5;
+/// Under load, starting a program under Wine fails with ERROR_INTERNAL_ERROR about once in several hundred times.
+constexpr unsigned int kMaxStarts = 5;
 
-/// `argument` as a program finds it in its `argv`: backslashes count double in front of a quotation mark.
+/// Quotes `argument` so that the child's `argv` contains it unchanged: backslashes before a quotation mark are doubled.
 std::wstring quoted(const std::wstring& argument) {
     std::wstring result = L"\"";
     std::size_t backslashes = 0;
@@ -52,7 +52,7 @@ ChildProcess::ChildProcess(const std::wstring& program, const std::vector<std::w
     }
     PROCESS_INFORMATION started = {};
     BOOL created = FALSE;
-    for (unsigned int start = 0; !created && start != kMostStarts; ++start) {
+    for (unsigned int start = 0; !created && start != kMaxStarts; ++start) {
         std::wstring writable = commandLine;  // the call may change it
         created = CreateProcessW(path.c_str(), writable.data(), nullptr, nullptr, options.inheritHandles || hasStreams,
                                  0, nullptr, options.directory.empty() ? nullptr : options.directory.c_str(), &startup,
@@ -62,7 +62,7 @@ ChildProcess::ChildProcess(const std::wstring& program, const std::vector<std::w
         }
     }
     if (!created) {
-        throw std::runtime_error("a child program did not start, error " + std::to_string(GetLastError()));
+        throw std::runtime_error("cannot start a child program, error " + std::to_string(GetLastError()));
     }
     const Handle thread(started.hThread);
     m_process = Handle(started.hProcess);
@@ -79,7 +79,7 @@ bool ChildProcess::wait(DWORD limitMs) const {
 
 void ChildProcess::terminate() {
     if (m_process && !wait(0)) {
-        TerminateProcess(m_process.get(), kEndedByTest);
+        TerminateProcess(m_process.get(), kTerminatedByTest);
         (void)wait();
     }
 }

@@ -1,5 +1,5 @@
 /// \file
-/// Programs that a test starts: those of tests/children, which stand beside the test program.
+/// Programs that a test starts. They are built from tests/children into the folder of the test program.
 ///
 ///     test::ChildProcess child(L"never_configured", {L"first line"});
 ///     ASSERT_TRUE(child.wait());
@@ -17,18 +17,20 @@ namespace test {
 
 /// How a child is started.
 struct ChildOptions {
-    std::wstring directory;       ///< its current directory; empty: that of the test
-    bool inheritHandles = false;  ///< whether it gets the handles of the test that can be inherited
-    HANDLE input = nullptr;   ///< its standard streams, which have to be inheritable; null: those of the test, or, if
-    HANDLE output = nullptr;  ///< another one is given, none
+    std::wstring directory;       ///< the current directory of the child; empty for that of the test
+    bool inheritHandles = false;  ///< whether the child inherits the inheritable handles of the test
+    // The standard streams of the child; the handles must be inheritable. If all are null, the child uses those of the
+    // test. If only some are null, the child has no such streams.
+    HANDLE input = nullptr;
+    HANDLE output = nullptr;
     HANDLE error = nullptr;
 };
 
-/// A running program. One that still runs at the end of the object is ended.
+/// A running program. The destructor terminates it if it still runs.
 class ChildProcess {
 public:
-    /// Starts `program` (without ".exe") of the test program's folder.
-    /// \throws std::runtime_error when it cannot be started.
+    /// Starts `program` (without ".exe") from the folder of the test program.
+    /// \throws std::runtime_error if it cannot be started.
     explicit ChildProcess(const std::wstring& program, const std::vector<std::wstring>& arguments = {},
                           const ChildOptions& options = {});
     ~ChildProcess();
@@ -36,13 +38,13 @@ public:
     ChildProcess(ChildProcess&&) noexcept = default;
     ChildProcess& operator=(ChildProcess&&) = delete;
 
-    /// Waits for the end of the program; false when the limit has passed.
+    /// Waits until the program exits. Returns false after the limit.
     [[nodiscard]] bool wait(DWORD limitMs = kGenerousMs) const;
 
-    /// Ends the program wherever it stands, and waits until it is gone.
+    /// Terminates the program and waits until it has ended.
     void terminate();
 
-    /// Empty while the program runs.
+    /// The exit code; empty while the program runs.
     [[nodiscard]] std::optional<DWORD> exitCode() const;
 
     [[nodiscard]] DWORD processId() const { return m_processId; }
@@ -53,11 +55,11 @@ private:
     DWORD m_processId = 0;
 };
 
-/// Runs a program to its end. Empty when it did not end within the limit, and was ended.
+/// Runs a program until it exits and returns its exit code. Empty if it exceeded the limit and was terminated.
 std::optional<DWORD> runChild(const std::wstring& program, const std::vector<std::wstring>& arguments = {},
                               const ChildOptions& options = {});
 
-/// The folder of the test program, with a backslash at its end.
+/// The folder of the test program, with a trailing backslash.
 std::wstring programFolder();
 
 }  // namespace test

@@ -1,5 +1,5 @@
 /// \file
-/// A locale with a decimal comma, for the length of a test: what asks the locale shows it.
+/// Sets a locale with a decimal comma for the duration of a test. Code that depends on the locale shows it.
 #pragma once
 
 #include <clocale>

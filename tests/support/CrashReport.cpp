@@ -1,6 +1,6 @@
 /// \file
-/// Part of every test program: one that crashes says where, and ends at once with the code of the exception. Nothing
-/// else may ask, or start a debugger that outlives the test and holds its output open.
+/// Linked into every test program. A program that crashes prints the location and exits at once with the exception
+/// code. No dialog and no debugger may start: they would outlive the test and keep its output open.
 
 #include <cstdio>
 

@@ -1,6 +1,6 @@
 /// \file
-/// Part of every test program: a death test starts its child again if Wine could not start it. GoogleTest itself would
-/// end the test program, and its message would be lost in the output that it captures.
+/// Linked into every test program. A death test starts its child again if Wine could not start it. GoogleTest alone
+/// would end the test program, and its message would be lost in the captured output.
 
 #include <windows.h>
 
@@ -12,7 +12,7 @@ namespace test {
 
 namespace {
 
-// Under load Wine fails with ERROR_INTERNAL_ERROR for one of some thousands of programs, which has not started then.
+// Under load, starting a program under Wine fails with ERROR_INTERNAL_ERROR about once in several thousand times.
 constexpr int kMaxStarts = 5;
 
 BOOL WINAPI createProcess(LPCSTR program, LPSTR commandLine, LPSECURITY_ATTRIBUTES process,

@@ -1,5 +1,5 @@
 /// \file
-/// The text of a double once more, from its exact decimal digits: all of them, written out before anything is rounded.
+/// Reference implementation of the text of a double. It computes all exact decimal digits before it rounds.
 #pragma once
 
 #include <bit>
@@ -12,7 +12,7 @@
 
 namespace test {
 
-/// A natural number as groups of nine decimal digits, the lowest first.
+/// A natural number as groups of nine decimal digits, the lowest group first.
 class DecimalNumber {
 public:
     explicit DecimalNumber(std::uint64_t value) {
@@ -33,7 +33,7 @@ public:
         }
     }
 
-    /// Multiplies by a power of `base`, a few at a time: as long as the power stays below the base of the groups.
+    /// Multiplies by a power of `base`. Combines factors as long as their product stays below the base of the groups.
     void multiplyByPower(std::uint32_t base, int exponent) {
         std::uint32_t power = 1;
         for (; exponent != 0; --exponent) {
@@ -61,7 +61,7 @@ private:
     std::vector<std::uint32_t> m_groups;
 };
 
-/// A positive value as digits d, d.ddd… times ten to an exponent.
+/// A positive value in scientific notation: d.ddd… × 10^exponent.
 struct ExactDecimal {
     explicit ExactDecimal(double value) {
         int binaryExponent = 0;
@@ -73,7 +73,7 @@ struct ExactDecimal {
         exponent = static_cast<int>(digits.size()) - 1 + (binaryExponent < 0 ? binaryExponent : 0);
     }
 
-    /// Rounds to fifteen digits; a tie goes to the even digit, or away from zero.
+    /// Rounds to fifteen digits. A tie is rounded to the even digit, or away from zero.
     void roundToFifteen(bool tieAwayFromZero) {
         digits += std::string(16, '0');
         const std::string rest = digits.substr(15);

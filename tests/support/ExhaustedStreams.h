@@ -1,5 +1,5 @@
 /// \file
-/// A runtime without a free stream: while one of these lives, no file can be opened, the null device among them.
+/// Uses up all streams of the runtime: while the object exists, no file can be opened, not even the null device.
 #pragma once
 
 #include <cstdio>

@@ -1,5 +1,5 @@
 /// \file
-/// Expectations about exceptions: their class, exactly, and every message on their stack.
+/// Expectations about exceptions: the exact class and every message on the stack.
 ///
 ///     test::expectThrows<MemoryException>([&] { string.reserve(~0u, false); },
 ///                                         {L"No more memory is available: …", L"…: Vorel exception rethrown"});
@@ -15,7 +15,7 @@
 
 namespace test {
 
-/// The stack of `e`, oldest message first.
+/// The messages of `e`, oldest first.
 inline std::vector<std::wstring> messagesOf(const vorel::Exception& e) {
     std::vector<std::wstring> messages;
     for (unsigned int index = 0; index < e.getMessageTotal(); ++index) {
@@ -32,8 +32,7 @@ inline std::vector<std::wstring> locationsOf(vorel::Exception& e) {
     return locations;
 }
 
-/// Expects that `action` throws an object of just the class `X`, not of one derived from it, and that its stack holds
-/// `messages`.
+/// Expects that `action` throws an object of exactly the class `X`, not of a derived class, with these messages.
 template <class X, class Action>
 void expectThrows(Action&& action, const std::vector<std::wstring>& messages) {
     try {
@@ -43,7 +42,7 @@ void expectThrows(Action&& action, const std::vector<std::wstring>& messages) {
         EXPECT_STREQ(typeid(e).name(), typeid(X).name());
         EXPECT_EQ(messagesOf(e), messages);
     } catch (...) {
-        ADD_FAILURE() << "something was thrown that is no Exception";
+        ADD_FAILURE() << "an object was thrown that is not an Exception";
     }
 }
 

@@ -1,8 +1,8 @@
 /// \file
-/// A buffer with guard units in front and behind, for functions that write into the caller's storage.
+/// A buffer with guard units before and after it, for functions that write into the caller's storage.
 ///
 ///     test::GuardedBuffer<char> buffer(26);
-///     vorel::util::asctime(&time, buffer.data(), buffer.size());   // a unit too far fails the test
+///     vorel::util::asctime(&time, buffer.data(), buffer.size());   // a write past the end fails the test
 #pragma once
 
 #include <algorithm>
@@ -13,7 +13,7 @@
 
 namespace test {
 
-/// `size` units, all of which hold `kFill` at the start.
+/// `size` units, initialised to `kFill`.
 template <class T>
 class GuardedBuffer {
 public:
@@ -22,7 +22,7 @@ public:
     explicit GuardedBuffer(std::size_t size) : m_units(size + 2 * kGuardUnits, kGuard) {
         std::fill_n(data(), size, kFill);
     }
-    ~GuardedBuffer() { EXPECT_TRUE(isIntact()) << "units outside of the buffer were written"; }
+    ~GuardedBuffer() { EXPECT_TRUE(isIntact()) << "units outside the buffer were written"; }
 
     GuardedBuffer(const GuardedBuffer&) = delete;
     GuardedBuffer& operator=(const GuardedBuffer&) = delete;
@@ -30,7 +30,7 @@ public:
     T* data() { return m_units.data() + kGuardUnits; }
     [[nodiscard]] std::size_t size() const { return m_units.size() - 2 * kGuardUnits; }
 
-    /// Whether nothing was written outside.
+    /// Whether no guard unit was overwritten.
     [[nodiscard]] bool isIntact() const {
         const auto isGuard = [](T unit) { return unit == kGuard; };
         return std::all_of(m_units.begin(), m_units.begin() + kGuardUnits, isGuard) &&

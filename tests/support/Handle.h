@@ -1,5 +1,5 @@
 /// \file
-/// A handle of the system that is closed at the end of its owner.
+/// Owns a handle of the system and closes it on destruction.
 #pragma once
 
 #include <utility>

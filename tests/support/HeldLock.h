@@ -1,5 +1,5 @@
 /// \file
-/// Whether an operation waits for one of the library's own locks.
+/// Checks whether an operation waits for one of the library's own locks.
 #pragma once
 
 #include <chrono>
@@ -10,8 +10,8 @@
 
 namespace test {
 
-/// Runs `action` on another thread while the calling one holds `lock`, and expects that it ends only afterwards;
-/// `meanwhile` is called in front of that.
+/// Runs `action` on another thread while the calling thread holds `lock`. Expects that it ends only after the lock is
+/// released. `meanwhile` is called before the release.
 template <class Lock>
 void expectWaitsFor(
     Lock& lock, const std::function<void()>& action, const std::function<void()>& meanwhile = [] {}) {
@@ -22,13 +22,14 @@ void expectWaitsFor(
         action();
     });
     started.get_future().wait();
-    EXPECT_EQ(running.wait_for(std::chrono::milliseconds(60)), std::future_status::timeout) << "went past the lock";
+    EXPECT_EQ(running.wait_for(std::chrono::milliseconds(60)), std::future_status::timeout)
+        << "did not wait for the lock";
     meanwhile();
     lock.unlock();
     EXPECT_EQ(running.wait_for(std::chrono::seconds(60)), std::future_status::ready);
 }
 
-/// The same, and expects that it ends while the lock is held.
+/// Runs `action` in the same way, and expects that it ends while the lock is held.
 template <class Lock>
 void expectPasses(Lock& lock, const std::function<void()>& action) {
     ASSERT_TRUE(lock.lock(0, true));

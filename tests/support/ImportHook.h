@@ -1,12 +1,12 @@
 /// \file
-/// A function object in the place of a function that this program imports: it sees every call that the library's
-/// static form makes, and decides what becomes of it.
+/// Replaces a function that this program imports by a function object. It receives every call of the static library and
+/// decides the result.
 ///
 ///     extern "C" decltype(&::Sleep) importedSleep __asm__("__imp_Sleep");
 ///     std::vector<DWORD> sleeps;
 ///     const test::ImportHook<importedSleep> hook([&](DWORD ms) { sleeps.push_back(ms); });
 ///
-/// One hook for an import at a time. The calls come from one thread.
+/// Only one hook may exist for an import at a time, and only one thread may call it.
 #pragma once
 
 #include <functional>
@@ -30,7 +30,7 @@ public:
 
     explicit ImportHook(Body body) : m_patch(Slot, &ImportHook::call) {
         if (m_patch.original() == &ImportHook::call) {
-            throw std::logic_error("the import is hooked already");
+            throw std::logic_error("the import is already hooked");
         }
         s_body = std::move(body);
     }
@@ -39,7 +39,7 @@ public:
     ImportHook(const ImportHook&) = delete;
     ImportHook& operator=(const ImportHook&) = delete;
 
-    /// Calls the function itself.
+    /// Calls the original function.
     // NOLINTNEXTLINE(modernize-use-nodiscard): not every function has a result
     Result original(Arguments... arguments) const { return m_patch.original()(arguments...); }
 
@@ -50,7 +50,7 @@ private:
     ImportPatch<Result(Arguments...)> m_patch;
 };
 
-/// What a refused call leaves as the last error: a code that nothing else in a test gives.
+/// The last error after a call that fails on purpose. Nothing else in a test sets this code.
 inline constexpr DWORD kRefusal = ERROR_DISK_FULL;
 
 template <class Function>
@@ -64,7 +64,7 @@ struct Refusal<Result(Arguments...)> {
     }
 };
 
-/// Lets every call of an import fail, until the result is gone: null or false, with `kRefusal`.
+/// Makes every call of an import return null or false and set `kRefusal`, until the result is destroyed.
 template <class Function>
 [[nodiscard]] std::shared_ptr<void> refuse(Function*& slot) {
     return std::make_shared<ImportPatch<Function>>(slot, &Refusal<Function>::call);

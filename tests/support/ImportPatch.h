@@ -1,6 +1,5 @@
 /// \file
-/// Another function in the place of one that this program imports, for the library's static form: the program calls
-/// what its import table names.
+/// Replaces a function that this program imports, by changing its import table. Affects calls of the static library.
 ///
 ///     extern "C" decltype(&::Sleep) importedSleep __asm__("__imp_Sleep");
 ///     const test::ImportPatch patch(importedSleep, &recordingSleep);
@@ -17,7 +16,7 @@ class ImportPatch {
 public:
     ImportPatch(Function*& slot, Function* replacement) : m_slot(slot), m_original(slot) {
         if (!set(replacement)) {
-            throw std::runtime_error("the import table cannot be written");
+            throw std::runtime_error("cannot write the import table");
         }
     }
     ~ImportPatch() { set(m_original); }
@@ -25,7 +24,7 @@ public:
     ImportPatch(const ImportPatch&) = delete;
     ImportPatch& operator=(const ImportPatch&) = delete;
 
-    /// The function itself, for a replacement that passes calls on.
+    /// The original function, for a replacement that forwards calls.
     [[nodiscard]] Function* original() const { return m_original; }
 
 private:

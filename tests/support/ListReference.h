@@ -1,5 +1,6 @@
 /// \file
-/// The parsers of truth values and lists once more, by patterns over shapes (see Shape.h and NumberReference.h).
+/// Reference implementation of the Boolean and list parsers, with patterns over shapes (see Shape.h,
+/// NumberReference.h).
 #pragma once
 
 #include <cstdint>
@@ -51,14 +52,14 @@ inline bool canBeBoolean(std::string_view text) {
                    {"true", "false", "yes", "no", "0", "1", "t", "f", "y", "n"});
 }
 
-/// A list as it was read, and whether that was all of the text.
+/// The parsed list, and whether all of the text was parsed.
 template <class Value>
 struct ListReading {
     std::vector<Value> values;
     bool whole = true;
 };
 
-/// Item by item: each takes what the pattern matches at its place, which must not be nothing.
+/// Parses item by item. Each item is the match of the pattern at the current position; an empty match ends the list.
 inline ListReading<std::uint32_t> readIntegers(std::string_view text) {
     static const std::regex item(R"(([-+]?)([0-9]*)(\.[0-9]*)?[ \t\n\r]*,?)");
     ListReading<std::uint32_t> list;
@@ -70,19 +71,19 @@ inline ListReading<std::uint32_t> readIntegers(std::string_view text) {
             list.whole = false;
             return list;
         }
-        const std::uint64_t worth = worthOf(found[2].str());
-        list.values.push_back(static_cast<std::uint32_t>(found[1].str() == "-" ? ~worth + 1 : worth));
+        const std::uint64_t value = valueOf(found[2].str());
+        list.values.push_back(static_cast<std::uint32_t>(found[1].str() == "-" ? ~value + 1 : value));
         text.remove_prefix(static_cast<std::size_t>(found.length()));
     }
     return list;
 }
 
-/// Every round takes a sign, digits or blanks, in whatever order: so nothing else may stand in the text.
+/// Each step consumes a sign, digits or white space, in any order. So the text may contain only these characters.
 inline bool canBeIntegers(std::string_view text) {
     return text.find_first_not_of("+-0123456789 \t\n\r") == std::string_view::npos;
 }
 
-/// The words between blanks up to the first that is too long.
+/// The words between white space, up to the first word that is too long.
 inline ListReading<std::string> readWords(std::string_view text) {
     ListReading<std::string> words;
     for (;;) {
@@ -126,16 +127,16 @@ inline ListReading<bool> readBooleans(std::string_view text) {
     return list;
 }
 
-/// The ranges up to the first item that is none; that item, or nothing.
+/// The ranges before the first invalid item, and that item; empty if all items are valid.
 struct Ranges {
     std::vector<int> starts;
     std::vector<int> ends;
-    std::string refused;
+    std::string invalid;
 };
 
 inline Ranges readRanges(std::string_view text) {
     Ranges ranges;
-    while (!text.empty() && ranges.refused.empty()) {
+    while (!text.empty() && ranges.invalid.empty()) {
         const std::size_t comma = text.find(',');
         std::string_view item = text.substr(0, comma);
         text.remove_prefix(comma == std::string_view::npos ? text.size() : comma + 1);
@@ -144,24 +145,24 @@ inline Ranges readRanges(std::string_view text) {
         if (item.empty()) {
             continue;
         }
-        const auto take = [&](std::string_view number, std::vector<int>& numbers) {
+        const auto parse = [&](std::string_view number, std::vector<int>& numbers) {
             const auto read = readInteger(number, true, true);
             numbers.push_back(static_cast<int>(read.value));
             if (read.end != number.size()) {
-                ranges.refused = item;
+                ranges.invalid = item;
             }
-            return ranges.refused.empty();
+            return ranges.invalid.empty();
         };
         const std::size_t minus = item.find('-');
         if (minus == std::string_view::npos) {
-            take(item, ranges.starts);
+            parse(item, ranges.starts);
             ranges.ends.push_back(ranges.starts.back());
             continue;
         }
         const std::string_view start = minus == 0 ? "-1" : item.substr(0, minus);
         const std::string_view end = minus + 1 == item.size() ? "-1" : item.substr(minus + 1);
-        if (take(start, ranges.starts)) {
-            take(end, ranges.ends);
+        if (parse(start, ranges.starts)) {
+            parse(end, ranges.ends);
         }
     }
     return ranges;

@@ -1,5 +1,5 @@
 /// \file
-/// A file that somebody else has locked: over its whole range, as a writer of the log does it.
+/// A file whose whole range is locked, as a writer locks the log.
 #pragma once
 
 #include <stdexcept>
@@ -11,7 +11,7 @@
 
 namespace test {
 
-/// Opens the file, created if missing, and holds the lock until `unlock` or the end of the object.
+/// Opens the file, creates it if it is missing, and holds the lock until `unlock` or destruction.
 class LockedFile {
 public:
     explicit LockedFile(const std::string& path)
@@ -21,7 +21,7 @@ public:
         OVERLAPPED fromStart = {};
         if (!m_file || !LockFileEx(m_file.get(), LOCKFILE_EXCLUSIVE_LOCK | LOCKFILE_FAIL_IMMEDIATELY, 0, MAXDWORD,
                                    MAXDWORD, &fromStart)) {
-            throw std::runtime_error("the file could not be locked");
+            throw std::runtime_error("cannot lock the file");
         }
     }
 

@@ -1,6 +1,6 @@
 /// \file
-/// Part of every test program: from its first test to its last one the error log is a file in a fresh folder. A test
-/// that looks at the log has a TemporaryLog of its own.
+/// Linked into every test program. The error log is a file in a new folder while tests run. A test that reads the log
+/// has its own TemporaryLog.
 
 #include <memory>
 
@@ -17,7 +17,7 @@ public:
     void SetUp() override { m_log = std::make_unique<TemporaryLog>(); }
     void TearDown() override {
         m_log.reset();
-        // What still is logged while the program ends has no place any more.
+        // The folder no longer exists, so lines that are logged while the program ends are dropped.
         vorel::Exception::SetErrorLogSize(0);
     }
 
@@ -26,7 +26,7 @@ private:
 };
 
 [[maybe_unused]] const ::testing::Environment* const s_environment =
-    ::testing::AddGlobalTestEnvironment(new LogEnvironment);  // the framework deletes it
+    ::testing::AddGlobalTestEnvironment(new LogEnvironment);  // owned by the framework
 
 }  // namespace
 

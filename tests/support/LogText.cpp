@@ -19,7 +19,7 @@ bool readNumber(std::string_view text, unsigned long& number) {
     return isDigits(text) && std::from_chars(text.data(), text.data() + text.size(), number).ec == std::errc();
 }
 
-/// Takes `expected` from the front of `text`.
+/// Removes `expected` from the start of `text`. Returns false if `text` does not start with it.
 bool skip(std::string_view& text, std::string_view expected) {
     if (text.substr(0, expected.size()) != expected) {
         return false;
@@ -28,8 +28,8 @@ bool skip(std::string_view& text, std::string_view expected) {
     return true;
 }
 
-/// Takes what stands behind the last point off the end of `text`.
-std::string_view takeLastField(std::string_view& text) {
+/// Removes the last field and the point before it from `text`, and returns the field.
+std::string_view consumeLastField(std::string_view& text) {
     const std::size_t point = text.rfind('.');
     if (point == std::string_view::npos) {
         return {};
@@ -65,7 +65,8 @@ std::optional<LogLine> parseLogLine(std::string_view line) {
         return std::nullopt;
     }
     std::string_view origin = line.substr(0, colon - 1);
-    if (!readNumber(takeLastField(origin), fields.threadId) || !readNumber(takeLastField(origin), fields.processId)) {
+    if (!readNumber(consumeLastField(origin), fields.threadId) ||
+        !readNumber(consumeLastField(origin), fields.processId)) {
         return std::nullopt;
     }
     fields.computer = origin;
@@ -74,7 +75,7 @@ std::optional<LogLine> parseLogLine(std::string_view line) {
 }
 
 std::optional<std::string> readFileBytes(const std::string& path) {
-    // Not a stream of the C++ library: this toolchain's does not work under the universal runtime.
+    // File streams of this toolchain's C++ library do not work with the UCRT.
     const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "rb"), std::fclose);
     if (!file) {
         return std::nullopt;
@@ -95,12 +96,12 @@ std::vector<std::string> readLines(const std::string& path) {
     while (!rest.empty()) {
         const std::size_t end = rest.find(kEnd);
         if (end == std::string_view::npos) {
-            ADD_FAILURE() << path << ": the last line has no end: " << rest;
+            ADD_FAILURE() << path << ": the last line has no line end: " << rest;
             break;
         }
         const std::string_view line = rest.substr(0, end);
         if (line.find_first_of(kEnd) != std::string_view::npos) {
-            ADD_FAILURE() << path << ": half an end within a line: " << line;
+            ADD_FAILURE() << path << ": CR or LF within a line: " << line;
         }
         lines.emplace_back(line);
         rest.remove_prefix(end + kEnd.size());
@@ -114,7 +115,7 @@ std::vector<LogLine> readLogLines(const std::string& path) {
         if (std::optional<LogLine> fields = parseLogLine(line)) {
             result.push_back(*std::move(fields));
         } else {
-            ADD_FAILURE() << path << ": not a line of a log: " << line;
+            ADD_FAILURE() << path << ": not a log line: " << line;
         }
     }
     return result;

@@ -1,5 +1,5 @@
 /// \file
-/// What stands in a log file, read byte by byte and taken apart.
+/// Reads a log file byte by byte and parses its lines.
 ///
 ///     [Mon Nov 16 01:43:08 2026].045 host7.4312.9876: WARN: text
 #pragma once
@@ -18,20 +18,20 @@ struct LogLine {
     std::string computer;
     unsigned long processId = 0;
     unsigned long threadId = 0;
-    std::string message;  ///< the prefix, and what follows
+    std::string message;  ///< prefix and message
 };
 
-/// The fields of `line`, or nothing when it has not the form of a line.
+/// The fields of `line`; empty if it does not have the form of a log line.
 std::optional<LogLine> parseLogLine(std::string_view line);
 
-/// All bytes of a file; nothing when it is not there.
+/// All bytes of a file; empty if the file does not exist.
 std::optional<std::string> readFileBytes(const std::string& path);
 
-/// The lines of a log without their ends; none when there is no file. A text that does not end each line, the last one
-/// too, in a carriage return and a line feed is a failure of the test.
+/// The lines of a log without their line ends; none if the file does not exist. Every line, including the last one,
+/// must end in a carriage return and a line feed; otherwise the test fails.
 std::vector<std::string> readLines(const std::string& path);
 
-/// The same, taken apart. A line of another form is a failure of the test, and left out.
+/// The parsed lines. A line of another form fails the test and is left out.
 std::vector<LogLine> readLogLines(const std::string& path);
 
 /// Prefix and message of every line.

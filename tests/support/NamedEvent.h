@@ -1,5 +1,5 @@
 /// \file
-/// A named event with which a test and the programs that it starts wait for each other.
+/// A named event that synchronises a test with the programs that it starts.
 ///
 ///     const test::NamedEvent locked(test::NamedEvent::uniqueName(L"locked"));
 ///     test::ChildProcess child(L"lock_file", {path, locked.name()});
@@ -17,20 +17,20 @@
 
 namespace test {
 
-/// Long enough for a machine under load; whoever waits so long has waited in vain.
+/// Long enough for a machine under load. A wait that takes longer has failed.
 inline constexpr DWORD kGenerousMs = 30000;
 
-/// Created by the first who asks for the name, opened by the others. Once set it stays set until it is reset.
+/// A manual-reset event. The first object with a name creates the event, the others open it.
 class NamedEvent {
 public:
     explicit NamedEvent(std::wstring name)
         : m_name(std::move(name)), m_handle(CreateEventW(nullptr, TRUE, FALSE, m_name.c_str())) {
         if (!m_handle) {
-            throw std::runtime_error("no event to be had");
+            throw std::runtime_error("cannot create an event");
         }
     }
 
-    /// A name that nobody else has: with the process id, and a counter.
+    /// A unique name that contains the process id and a counter.
     static std::wstring uniqueName(const std::wstring& stem) {
         static std::atomic<unsigned int> count{0};
         return L"vorel_test_" + stem + L"_" + std::to_wstring(GetCurrentProcessId()) + L"_" + std::to_wstring(++count);
@@ -42,7 +42,7 @@ public:
     void set() const { SetEvent(m_handle.get()); }
     void reset() const { ResetEvent(m_handle.get()); }
 
-    /// False when the limit has passed.
+    /// Returns false after the limit.
     [[nodiscard]] bool wait(DWORD limitMs = kGenerousMs) const {
         return WaitForSingleObject(m_handle.get(), limitMs) == WAIT_OBJECT_0;
     }

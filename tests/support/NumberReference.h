@@ -1,6 +1,6 @@
 /// \file
-/// The number parsers once more, as plainly as can be and in another manner: patterns for what is a number, and digits
-/// counted from the last one for what it is worth. Texts are shapes (see Shape.h).
+/// Reference implementation of the number parsers. It is simple and uses other algorithms: regular expressions
+/// recognise numbers, and values are computed from the last digit to the first. Texts are shapes (see Shape.h).
 #pragma once
 
 #include <cstddef>
@@ -14,14 +14,14 @@
 
 namespace test {
 
-/// What a scan gives, and where it stops.
+/// The value of a scan and the position where it stops.
 template <class Value>
 struct Reading {
     Value value{};
     std::size_t end = 0;
 };
 
-/// How many characters from `at` on are among `wanted`.
+/// The number of consecutive characters from `at` that are in `wanted`.
 inline std::size_t runOf(std::string_view wanted, std::string_view text, std::size_t at) {
     const std::size_t end = text.find_first_not_of(wanted, at);
     return (end == std::string_view::npos ? text.size() : end) - at;
@@ -29,46 +29,46 @@ inline std::size_t runOf(std::string_view wanted, std::string_view text, std::si
 
 inline constexpr std::string_view kDecimalDigits = "0123456789";
 
-/// The value of a row of digits of a base, modulo 2^64.
-inline std::uint64_t worthOf(std::string_view digits, unsigned int base = 10) {
-    std::uint64_t worth = 0;
-    std::uint64_t place = 1;
-    for (std::size_t digit = digits.size(); digit-- != 0; place *= base) {
-        worth += place * std::string_view("0123456789abcdef")
-                             .find(static_cast<char>(digits[digit] >= 'A' && digits[digit] <= 'F' ? digits[digit] + 32
-                                                                                                  : digits[digit]));
+/// The value of digits in a base, modulo 2^64.
+inline std::uint64_t valueOf(std::string_view digits, unsigned int base = 10) {
+    std::uint64_t value = 0;
+    std::uint64_t weight = 1;
+    for (std::size_t digit = digits.size(); digit-- != 0; weight *= base) {
+        value += weight * std::string_view("0123456789abcdef")
+                              .find(static_cast<char>(digits[digit] >= 'A' && digits[digit] <= 'F' ? digits[digit] + 32
+                                                                                                   : digits[digit]));
     }
-    return worth;
+    return value;
 }
 
-/// An integer modulo 2^64; the 32-bit forms are its lower half.
+/// An integer modulo 2^64. The 32-bit functions return its lower half.
 inline Reading<std::uint64_t> readInteger(std::string_view text, bool isSigned, bool skipTrailing) {
     std::size_t at = runOf(kBlanks, text, 0);
     const bool hasSign = at < text.size() && (text[at] == '+' || (isSigned && text[at] == '-'));
     const bool negative = hasSign && text[at] == '-';
     at += hasSign ? 1 : 0;
     const std::size_t digits = runOf(kDecimalDigits, text, at);
-    const std::uint64_t worth = worthOf(text.substr(at, digits));
+    const std::uint64_t value = valueOf(text.substr(at, digits));
     at += digits;
     at += skipTrailing ? runOf(kBlanks, text, at) : 0;
-    return {negative ? ~worth + 1 : worth, at};
+    return {negative ? ~value + 1 : value, at};
 }
 
-/// Hexadecimal digits, `most` of them.
-inline Reading<std::uint32_t> readHex(std::string_view text, std::size_t most) {
+/// At most `maxDigits` hexadecimal digits.
+inline Reading<std::uint32_t> readHex(std::string_view text, std::size_t maxDigits) {
     std::size_t at = runOf(kBlanks, text, 0);
     std::size_t digits = runOf("0123456789abcdefABCDEF", text, at);
-    digits = digits < most ? digits : most;
-    const auto worth = static_cast<std::uint32_t>(worthOf(text.substr(at, digits), 16));
+    digits = digits < maxDigits ? digits : maxDigits;
+    const auto value = static_cast<std::uint32_t>(valueOf(text.substr(at, digits), 16));
     at += digits;
-    return {worth, at + runOf(kBlanks, text, at)};
+    return {value, at + runOf(kBlanks, text, at)};
 }
 
-/// The parts of a decimal number: what was read of it, and where each part ends.
+/// The parts of a decimal number and the positions where they end.
 struct DecimalParts {
     bool negative = false;
     std::string digits;       ///< without the point
-    std::int64_t before = 0;  ///< how many of them stand before the point
+    std::int64_t before = 0;  ///< the number of digits before the point
     std::size_t mantissaEnd = 0;
     bool hasExponent = false;
     bool exponentNegative = false;
@@ -99,23 +99,23 @@ inline DecimalParts partsOf(std::string_view text) {
             parts.exponentNegative = text[at++] == '-';
         }
         const std::size_t digits = runOf(kDecimalDigits, text, at);
-        parts.exponent = static_cast<std::uint32_t>(worthOf(text.substr(at, digits)));
+        parts.exponent = static_cast<std::uint32_t>(valueOf(text.substr(at, digits)));
         at += digits;
     }
     parts.end = at;
     return parts;
 }
 
-/// The first eighteen digits, in two halves: the second has the last nine of them.
+/// The value of the first eighteen digits, computed in two parts. The second part has the last nine of them.
 inline double mantissaOf(const DecimalParts& parts) {
     const std::string used = parts.digits.substr(0, 18);
     const std::size_t high = used.size() <= 9 ? 0 : used.size() - 9;
-    const auto upper = static_cast<double>(worthOf(std::string_view(used).substr(0, high)));
-    const auto lower = static_cast<double>(worthOf(std::string_view(used).substr(high)));
+    const auto upper = static_cast<double>(valueOf(std::string_view(used).substr(0, high)));
+    const auto lower = static_cast<double>(valueOf(std::string_view(used).substr(high)));
     return upper * 1.0e9 + lower;
 }
 
-/// The mantissa under all exponents, with its sign: a factor of powers that are squares of one another.
+/// The signed value: the mantissa scaled by the total exponent. The factor is a product of 10^1, 10^2, 10^4, ….
 inline double scaledValueOf(const DecimalParts& parts) {
     constexpr double kPowers[] = {1.0e1, 1.0e2, 1.0e4, 1.0e8, 1.0e16, 1.0e32, 1.0e64, 1.0e128, 1.0e256};
     const auto used = static_cast<std::int64_t>(parts.digits.size() < 18 ? parts.digits.size() : 18);
@@ -140,14 +140,14 @@ inline Reading<double> readDouble(std::string_view text) {
     return {scaledValueOf(parts), parts.end};
 }
 
-/// What a "try" answers, and what it leaves in the caller's variable, if anything.
+/// The result of a `try…` function, and the value that it stores in the caller's variable; empty if it stores none.
 template <class Value>
-struct Trial {
+struct TryResult {
     bool result = false;
     std::optional<Value> value;
 };
 
-inline Trial<double> tryDouble(std::string_view text) {
+inline TryResult<double> tryDouble(std::string_view text) {
     const DecimalParts parts = partsOf(text);
     if (parts.digits.empty()) {
         return {};
@@ -162,21 +162,21 @@ inline bool matches(std::string_view text, const std::regex& pattern) {
     return std::regex_match(text.begin(), text.end(), pattern);
 }
 
-inline Trial<int> tryInteger(std::string_view text) {
+inline TryResult<int> tryInteger(std::string_view text) {
     static const std::regex whole(R"([ \t\n\r]*[-+]?[0-9]+(\.0*)?[ \t\n\r]*)");
     return {matches(text, whole), static_cast<int>(readInteger(text, true, false).value)};
 }
 
 inline bool canBeInteger(std::string_view text, bool allowLeadingZeros) {
     static const std::regex whole(R"([ \t\n\r]*[-+]?[0-9]+(\.0*)?[ \t\n\r]*)");
-    static const std::regex zeroInFront(R"([ \t\n\r]*[-+]?0[0-9]*[1-9][0-9]*[ \t\n\r]*)");
-    return matches(text, whole) && (allowLeadingZeros || !matches(text, zeroInFront));
+    static const std::regex leadingZero(R"([ \t\n\r]*[-+]?0[0-9]*[1-9][0-9]*[ \t\n\r]*)");
+    return matches(text, whole) && (allowLeadingZeros || !matches(text, leadingZero));
 }
 
 inline bool canBeDouble(std::string_view text, bool allowLeadingZeros) {
     static const std::regex number(R"([ \t\n\r]*[-+]?([0-9]+\.?[0-9]*|\.[0-9]+)([eE][-+]?[0-9]+)?[ \t\n\r]*)");
-    static const std::regex zeroInFront(R"([ \t\n\r]*[-+]?0[0-9]*[1-9][0-9]*[ \t\n\r]*)");
-    return matches(text, number) && (allowLeadingZeros || !matches(text, zeroInFront));
+    static const std::regex leadingZero(R"([ \t\n\r]*[-+]?0[0-9]*[1-9][0-9]*[ \t\n\r]*)");
+    return matches(text, number) && (allowLeadingZeros || !matches(text, leadingZero));
 }
 
 }  // namespace test

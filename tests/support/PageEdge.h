@@ -1,8 +1,8 @@
 /// \file
-/// Memory between two pages that must not be touched: what reads or writes one element too far faults at once.
+/// Memory between two inaccessible pages. Any access out of bounds faults at once.
 ///
 ///     test::PageEdge<wchar_t> edge(4096);
-///     const wchar_t* text = edge.placeAtEnd(L"abc");   // the byte behind the 'c' is out of bounds
+///     const wchar_t* text = edge.placeAtEnd(L"abc");   // the byte after the 'c' is inaccessible
 #pragma once
 
 #include <cstddef>
@@ -13,16 +13,16 @@
 
 namespace test {
 
-/// Room for `most` elements of `T`; each `place…` gives up what was placed before.
+/// Memory for `maxElements` elements of `T`. Each `place…` function overwrites the elements placed before.
 template <class T>
 class PageEdge {
 public:
-    explicit PageEdge(std::size_t most)
-        : m_bytes((most * sizeof(T) + kPage - 1) / kPage * kPage),
+    explicit PageEdge(std::size_t maxElements)
+        : m_bytes((maxElements * sizeof(T) + kPage - 1) / kPage * kPage),
           m_block(static_cast<unsigned char*>(
               VirtualAlloc(nullptr, m_bytes + 2 * kPage, MEM_RESERVE | MEM_COMMIT, PAGE_READWRITE))) {
         if (!m_block || !forbid(m_block) || !forbid(m_block + kPage + m_bytes)) {
-            throw std::runtime_error("no guarded pages to be had");
+            throw std::runtime_error("cannot allocate guarded pages");
         }
     }
     ~PageEdge() { VirtualFree(m_block, 0, MEM_RELEASE); }
@@ -30,20 +30,20 @@ public:
     PageEdge(const PageEdge&) = delete;
     PageEdge& operator=(const PageEdge&) = delete;
 
-    /// `count` elements, the last of which ends where the forbidden page begins.
+    /// The last `count` elements before the inaccessible page.
     T* lastElements(std::size_t count) {
         if (count * sizeof(T) > m_bytes) {
             throw std::length_error("more elements than the guarded pages hold");
         }
         return reinterpret_cast<T*>(m_block + kPage + m_bytes - count * sizeof(T));
     }
-    /// The place where a forbidden page ends.
+    /// The first element after the inaccessible page.
     T* firstElement() { return reinterpret_cast<T*>(m_block + kPage); }
 
     T* placeAtEnd(std::basic_string_view<T> elements) {
-        T* const place = lastElements(elements.size());
-        elements.copy(place, elements.size());
-        return place;
+        T* const first = lastElements(elements.size());
+        elements.copy(first, elements.size());
+        return first;
     }
     T* placeAtStart(std::basic_string_view<T> elements) {
         lastElements(elements.size());

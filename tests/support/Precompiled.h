@@ -1,5 +1,5 @@
 /// \file
-/// What most tests include: compiled once for each form of the library, ahead of the tests.
+/// The precompiled header: what most tests include, compiled once for the DLL and once for the static library.
 #pragma once
 
 #include <algorithm>

@@ -1,6 +1,6 @@
 /// \file
-/// A way to a private member for tests of the inside: the language does not check access where a template is
-/// instantiated by name.
+/// Access to a private member, for tests of the implementation. The language does not check access in an explicit
+/// template instantiation.
 ///
 ///     namespace test {
 ///     struct LockLogFile : PrivateMember<LockLogFile, bool (*)(int, bool) noexcept> {};
@@ -14,13 +14,13 @@
 
 namespace test {
 
-#ifndef __clang__  // which knows no such warning
-// A function for each tag, not a template, is what is meant.
+#ifndef __clang__  // clang does not have this warning
+// Intentional: one non-template function for each tag.
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wnon-template-friend"
 #endif
 
-/// Declares `reveal(Tag)`, which gives a `T`.
+/// Declares `reveal(Tag)`, which returns a `T`.
 template <class Tag, class T>
 struct PrivateMember {
     using Type = T;
@@ -31,7 +31,7 @@ struct PrivateMember {
 #pragma GCC diagnostic pop
 #endif
 
-/// Defines `reveal(Tag)`, which gives `Member`.
+/// Defines `reveal(Tag)`, which returns `Member`.
 template <class Tag, typename Tag::Type Member>
 struct Reveal {
     friend typename Tag::Type reveal(Tag) { return Member; }

@@ -1,6 +1,6 @@
 /// \file
-/// A place for a text that somebody scans: against a page that must not be touched, where one unit too far faults, or
-/// in the middle of what earlier texts left behind, where scanners may read in blocks.
+/// Random positions for the input of a scanner: next to an inaccessible page, where a read out of bounds faults, or
+/// between the remains of earlier texts, where scanners may read in blocks.
 #pragma once
 
 #include <string>
@@ -11,7 +11,7 @@
 
 namespace test {
 
-/// Puts `text` and its terminator into pages that have room for at least 2048 units.
+/// Copies `text` and its terminator into `pages`, which must hold at least 2048 units.
 template <class T>
 const T* placeAnywhere(RandomText& random, PageEdge<T>& pages, const std::basic_string<T>& text) {
     const std::basic_string_view<T> withTerminator(text.c_str(), text.size() + 1);
@@ -21,12 +21,12 @@ const T* placeAnywhere(RandomText& random, PageEdge<T>& pages, const std::basic_
     if (random.oneIn(4)) {
         return pages.placeAtStart(withTerminator);
     }
-    T* const place = pages.firstElement() + random.below(1024);
-    withTerminator.copy(place, withTerminator.size());
-    return place;
+    T* const position = pages.firstElement() + random.below(1024);
+    withTerminator.copy(position, withTerminator.size());
+    return position;
 }
 
-/// The text, now and then with a unit whose lower byte alone would mean something.
+/// The text; in one of eight wide texts, one unit gets a high byte, so that only its low byte is valid.
 template <class T>
 std::basic_string<T> withForeignUnit(RandomText& random, std::basic_string<T> text) {
     if (sizeof(T) > 1 && !text.empty() && random.oneIn(8)) {

@@ -1,5 +1,5 @@
 /// \file
-/// Random texts from an alphabet, with a seed that is always the same.
+/// Random texts from an alphabet. The seed is fixed.
 #pragma once
 
 #include <cstddef>

@@ -1,13 +1,13 @@
 /// \file
-/// Every way to hand the library a format that the runtime refuses, in both widths: `%n` is an invalid parameter to
-/// its print functions.
+/// All operations that take a format, called with a format that the runtime rejects, in both widths. `%n` is an invalid
+/// parameter for the runtime's print functions.
 #pragma once
 
 #include <vorel/vorelCore.h>
 
 namespace test {
 
-/// An operation that is given such a format.
+/// An operation called with such a format.
 struct RefusedFormat {
     const char* name;
     void (*use)();

@@ -1,5 +1,5 @@
 /// \file
-/// What a scanner of numbers gave for a text, and how many characters it went through.
+/// The result of a number scanner: its value and the number of characters that it read.
 ///
 ///     EXPECT_EQ((test::scan<TypeParam, int>("-7x", util::stringToInt)), (test::Scanned<int>{-7, 2}));
 #pragma once
@@ -19,7 +19,7 @@
 
 namespace test {
 
-/// Doubles are compared by their bits: the sign of a zero counts.
+/// Doubles are compared by their bits: 0.0 and -0.0 differ.
 inline std::uint64_t bitsOf(double value) {
     return std::bit_cast<std::uint64_t>(value);
 }
@@ -53,7 +53,7 @@ struct Scanned {
     }
 };
 
-/// Runs a scanner over a text, and once more without an end, which changes nothing.
+/// Runs a scanner on a text. Expects the same value when the scanner gets no end pointer.
 template <class T, class Value>
 Scanned<Value> scanUnits(const std::basic_string<T>& text, Value (*function)(const T*, T**) noexcept) {
     T* end = nullptr;
@@ -67,7 +67,7 @@ Scanned<Value> scan(std::string_view units, Value (*function)(const T*, T**) noe
     return scanUnits<T, Value>(text<T>(units), function);
 }
 
-/// The same for a scanner that is told whether to skip the white space behind a number.
+/// The same for a scanner with a parameter that says whether to skip the white space after a number.
 template <class T, class Value>
 Scanned<Value> scan(std::string_view units, Value (*function)(const T*, const T**, bool) noexcept,
                     bool skipTrailingSpace) {

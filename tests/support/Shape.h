@@ -1,6 +1,6 @@
 /// \file
-/// One form for texts of both widths, so that the references of the parsers are written once: what means something to
-/// a parser stands for itself, white space of the width is a blank, and everything else a question mark.
+/// Converts texts of both widths to one narrow form, so that the reference parsers are written once. ASCII characters
+/// except zero and DEL stay, a no-break space in wide text becomes a blank, and all others become question marks.
 #pragma once
 
 #include <string>
@@ -10,7 +10,7 @@ namespace test {
 
 inline constexpr std::string_view kBlanks = " \t\n\r";
 
-/// The no-break space is a blank in wide text only.
+/// The no-break space is white space in wide text only.
 template <class T>
 std::string shapeOf(std::basic_string_view<T> text) {
     std::string shape;

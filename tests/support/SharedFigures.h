@@ -1,5 +1,5 @@
 /// \file
-/// Figures that the processes of a stress test share through a mapping.
+/// Statistics that the processes of a stress test share through a mapping.
 #pragma once
 
 #include <stdexcept>
@@ -13,7 +13,7 @@
 
 namespace test {
 
-/// A view of the `Figures` of a run. The first who asks for the name creates them, all zero.
+/// A view of the `Figures` of a run. The first object with a name creates them, all zero.
 template <class Figures>
 class SharedFigures {
 public:
@@ -22,7 +22,7 @@ public:
                                                        sizeof(Figures), name.c_str(), nullptr)),
           m_figures(static_cast<Figures*>(MapViewOfFile(m_mapping.get(), FILE_MAP_WRITE, 0, 0, sizeof(Figures)))) {
         if (!m_figures) {
-            throw std::runtime_error("no figures to be had");
+            throw std::runtime_error("cannot map the statistics");
         }
     }
     ~SharedFigures() { UnmapViewOfFile(m_figures); }

@@ -1,5 +1,5 @@
 /// \file
-/// What the processes of the soak test share, and the lines that they write.
+/// The statistics that the processes of the soak test share, and the lines that they write.
 #pragma once
 
 #include <string>
@@ -9,15 +9,15 @@
 
 namespace test {
 
-/// What one process has done, since it was started the last time. Each is counted when it is done.
+/// Completed operations of one process since its last start.
 struct SoakCounts {
-    volatile long long lines;        ///< of the log
-    volatile long long slowLines;    ///< that took so long that they may have been given up
-    volatile long long additions;    ///< to the common number
-    volatile long long wakeUps;      ///< by another process
-    volatile long long conversions;  ///< there and back, without a difference
-    volatile long long memoryKiB;    ///< of the process alone; 0 before it has warmed up
-    volatile long long handles;      ///< the place of a handle that is opened now: it moves on when one leaks
+    volatile long long lines;        ///< lines written to the log
+    volatile long long slowLines;    ///< lines that took so long that the log may have dropped them
+    volatile long long additions;    ///< additions to the common number
+    volatile long long wakeUps;      ///< wake-ups by another process
+    volatile long long conversions;  ///< round trips with the original text as the result
+    volatile long long memoryKiB;    ///< private memory of the process; 0 during the warm-up
+    volatile long long handles;      ///< the index of a newly opened handle; it grows when handles leak
     volatile long long memoryKiBFirst;
     volatile long long handlesFirst;
 };
@@ -26,14 +26,14 @@ struct SoakFigures {
     static constexpr unsigned int kProcesses = 6;
 
     volatile long long number;  ///< changed under the named mutex
-    volatile long long atEnd;   ///< not 0: come to an end
+    volatile long long atEnd;   ///< not 0: the processes must exit
     SoakCounts processes[kProcesses];
 };
 
 using SharedSoakFigures = SharedFigures<SoakFigures>;
 
-/// A short line that shows by itself whether it is whole. `readStressLine` takes it apart: the writer is the process,
-/// the thread its life, counted over all processes.
+/// A short line with a checksum. `readStressLine` parses it: the writer is the process, and the thread is its life,
+/// counted over all processes.
 inline std::wstring soakLine(const StressLineId& id) {
     std::string text = std::to_string(id.writer) + '.' + std::to_string(id.thread) + '.' + std::to_string(id.number) +
                        ' ' + std::string(id.number % 100, '-') + ' ';

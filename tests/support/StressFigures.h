@@ -1,5 +1,5 @@
 /// \file
-/// What the two processes of the locks' stress test share.
+/// The statistics that the two processes of the lock stress test share.
 #pragma once
 
 #include "support/SharedFigures.h"
@@ -7,11 +7,11 @@
 namespace test {
 
 struct StressFigures {
-    static constexpr unsigned int kThreads = 4;  ///< of each process
+    static constexpr unsigned int kThreads = 4;  ///< per process
     static constexpr long long kNoEnd = 0x7FFFFFFFFFFFFFFF;
 
     volatile long long number;     ///< changed under the named mutex
-    volatile long long lastRound;  ///< counted from 0; kNoEnd until it is known
+    volatile long long lastRound;  ///< from 0; kNoEnd until process 0 sets it
 };
 
 using SharedStressFigures = SharedFigures<StressFigures>;

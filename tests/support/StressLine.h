@@ -1,10 +1,11 @@
 /// \file
-/// Lines that show by themselves whether they are whole: each names its writer, its thread, its number and its length,
-/// and ends in a checksum of all that stands before. Writers and readers make them from the same three numbers.
+/// Lines whose completeness can be checked: each has its writer, thread, number and length, and ends in a checksum of
+/// the characters before. Writers and readers generate them from the same three numbers.
 ///
 ///     2.0.417 9034 kE€xß…語 51d2c0ffee00aa17
 ///
-/// Lengths go from 60 to 12,000 units, most of them short; every 25th line sits on an edge of the log's buffers.
+/// Lengths range from 60 to 12,000 units; most lines are short. Every 25th line has a length at a buffer boundary of
+/// the log.
 #pragma once
 
 #include <algorithm>
@@ -30,7 +31,7 @@ struct StressLineId {
     }
 };
 
-/// FNV-1a as 16 digits.
+/// The 64-bit FNV-1a hash as 16 hexadecimal digits.
 inline std::string checksum(std::string_view bytes) {
     std::uint64_t value = 0xCBF29CE484222325;
     for (const char byte : bytes) {
@@ -43,7 +44,7 @@ inline std::string checksum(std::string_view bytes) {
     return digits;
 }
 
-/// Numbers that look random and follow from the seed.
+/// Pseudorandom numbers (SplitMix64).
 class StressNumbers {
 public:
     explicit StressNumbers(std::uint64_t seed) : m_state(seed) {}
@@ -62,15 +63,15 @@ private:
 /// The length of a line in units.
 inline std::size_t stressLineUnits(const StressLineId& id, StressNumbers& numbers) {
     constexpr std::array<std::size_t, 5> kEdges{12000, 7999, 8000, 8001, 4096};
-    constexpr std::size_t kShortest = 60;
+    constexpr std::size_t kMinUnits = 60;
     if (id.number % 25 == 0) {
         return kEdges[(id.number / 25 + id.thread) % kEdges.size()];
     }
     const double share = static_cast<double>(numbers.next() >> 11) / 9007199254740992.0;
-    return kShortest + static_cast<std::size_t>(share * share * share * (12000 - kShortest));
+    return kMinUnits + static_cast<std::size_t>(share * share * share * (12000 - kMinUnits));
 }
 
-/// A line as its writer hands it over, and as the log is to hold it.
+/// A line as the writer passes it, and as the log must contain it.
 struct StressLine {
     std::wstring wide;
     std::string utf8;
@@ -116,25 +117,25 @@ inline StressLine stressLine(const StressLineId& id) {
     return line;
 }
 
-/// Which line `utf8` is, if it is whole.
+/// The id of the line `utf8`; empty if the line is incomplete.
 inline std::optional<StressLineId> readStressLine(std::string_view utf8) {
     constexpr std::size_t kChecksumBytes = 16;
     if (utf8.size() <= kChecksumBytes) {
         return std::nullopt;
     }
-    const std::size_t end = utf8.size() - kChecksumBytes;
-    if (checksum(utf8.substr(0, end)) != utf8.substr(end)) {
+    const std::size_t length = utf8.size() - kChecksumBytes;
+    if (checksum(utf8.substr(0, length)) != utf8.substr(length)) {
         return std::nullopt;
     }
     StressLineId id;
     const char* at = utf8.data();
-    const char* const last = utf8.data() + end;
+    const char* const last = utf8.data() + length;
     for (unsigned int* field : {&id.writer, &id.thread, &id.number}) {
-        const auto [behind, error] = std::from_chars(at, last, *field);
+        const auto [end, error] = std::from_chars(at, last, *field);
         if (error != std::errc()) {
             return std::nullopt;
         }
-        at = std::min(behind + 1, last);
+        at = std::min(end + 1, last);
     }
     return id;
 }

@@ -1,5 +1,5 @@
 /// \file
-/// The system's texts for its errors, which no test spells, as they appear in messages and in lines of the log.
+/// The system's error texts as they appear in messages and in the log. Tests do not contain these texts.
 #pragma once
 
 #include <string>
@@ -16,7 +16,7 @@ inline std::wstring systemText(DWORD error) {
     return std::wstring(text.view());
 }
 
-/// `text` as the log has it.
+/// `text` in the encoding of the log.
 inline std::string utf8(const std::wstring& text) {
     const int length = static_cast<int>(text.size());
     std::string bytes(3 * text.size(), '\0');

@@ -14,24 +14,24 @@ namespace test {
 
 namespace {
 
-/// The size limit can only be seen from a derived class.
+/// The size limit is accessible only from a derived class.
 struct LogSettings : Exception {
     static long long& sizeLimit() { return CurrentLogSize; }
 };
 
-/// Where the library writes now, as far as these objects have told it.
+/// The log path that these objects set last.
 std::string& currentPath() {
     static std::string path;
     return path;
 }
 
-/// Widened by hand: this toolchain's library cannot convert narrow paths under the universal runtime. The names made
-/// here are ASCII.
+/// Converts a name by hand, because this toolchain's library cannot convert narrow paths under the UCRT. The names are
+/// ASCII.
 std::filesystem::path asPath(const std::string& name) {
     return std::wstring(name.begin(), name.end());
 }
 
-std::string freshName() {
+std::string uniqueName() {
     static std::atomic<unsigned int> count{0};
     return "vorel_test_" + std::to_string(GetCurrentProcessId()) + "_" + std::to_string(++count);
 }
@@ -41,10 +41,10 @@ std::string freshName() {
 TemporaryFolder::TemporaryFolder() {
     char parent[MAX_PATH + 1];
     if (GetTempPathA(sizeof parent, parent) == 0) {
-        throw std::runtime_error("no folder for temporary files");
+        throw std::runtime_error("cannot find the folder for temporary files");
     }
-    m_path = parent + freshName();
-    // An earlier process with the same id may have been ended before it could tidy up.
+    m_path = parent + uniqueName();
+    // An earlier process with the same id may have been terminated before it removed the folder.
     std::filesystem::remove_all(asPath(m_path));
     std::filesystem::create_directories(asPath(m_path));
 }
@@ -89,9 +89,9 @@ long long TemporaryLog::size() const {
 }
 
 std::vector<std::string> TemporaryLog::takeMessages() {
-    std::vector<std::string> taken = messages();
+    std::vector<std::string> result = messages();
     remove();
-    return taken;
+    return result;
 }
 
 void TemporaryLog::remove() {

@@ -1,12 +1,11 @@
 /// \file
-/// An error log of a test's own.
+/// A separate error log for one test.
 ///
 ///     test::TemporaryLog log;
 ///     vorel::Exception::warn("low on paper");
 ///     EXPECT_THAT(log.messages(), ElementsAre("WARN: low on paper"));
 ///
-/// Every test program writes to such a log from its start to its end (LogEnvironment.cpp), so that no test leaves
-/// anything in the default file.
+/// Every test program uses such a log while its tests run (LogEnvironment.cpp), so no test writes to the default file.
 #pragma once
 
 #include <string>
@@ -18,7 +17,7 @@
 
 namespace test {
 
-/// A folder that nobody else has, under the system's folder for temporary files, removed with all that is in it.
+/// A unique folder in the system's folder for temporary files. The destructor removes it with its contents.
 class TemporaryFolder {
 public:
     TemporaryFolder();
@@ -27,7 +26,7 @@ public:
     TemporaryFolder(const TemporaryFolder&) = delete;
     TemporaryFolder& operator=(const TemporaryFolder&) = delete;
 
-    /// Without a backslash at its end.
+    /// The path without a trailing backslash.
     [[nodiscard]] const std::string& path() const { return m_path; }
     [[nodiscard]] std::wstring widePath() const { return {m_path.begin(), m_path.end()}; }
 
@@ -38,8 +37,8 @@ private:
     std::string m_path;
 };
 
-/// Where the library writes its log, from the object's beginning to its end: a file in a folder of its own. At the end
-/// the location before, the size limit, the mirror switch and the logging of the calling thread are as they were.
+/// While the object exists, the library writes its log to a file in a separate folder. The destructor restores the log
+/// location, the size limit, the mirror switch and the logging switch of the calling thread.
 class TemporaryLog {
 public:
     explicit TemporaryLog(long long sizeLimitBytes = vorel::Exception::DefaultLogSize);
@@ -52,12 +51,12 @@ public:
     [[nodiscard]] const std::string& path() const { return m_path; }
     [[nodiscard]] std::string backupPath() const { return m_path + ".001"; }
 
-    /// Points the library here again, after a test has pointed it elsewhere.
+    /// Selects this log again after a test has selected another one.
     void use() const;
 
     [[nodiscard]] bool exists() const;
 
-    /// Bytes in the file; 0 when there is none.
+    /// The size of the file in bytes; 0 if it does not exist.
     [[nodiscard]] long long size() const;
 
     [[nodiscard]] std::vector<LogLine> lines() const { return readLogLines(m_path); }
@@ -65,7 +64,7 @@ public:
     /// Prefix and message of every line.
     [[nodiscard]] std::vector<std::string> messages() const { return readLogMessages(m_path); }
 
-    /// The same, and the file is gone afterwards: the next call tells what was written since.
+    /// Returns the messages and removes the file, so the next call returns only newer ones.
     std::vector<std::string> takeMessages();
 
     void remove();
@@ -79,7 +78,7 @@ private:
     bool m_silencedBefore;
 };
 
-/// The size limit in force, in bytes.
+/// The current size limit in bytes.
 long long currentLogSize();
 
 }  // namespace test

@@ -1,5 +1,5 @@
 /// \file
-/// Splitting, joining and comparing once more, character by character and without a thought of speed.
+/// Reference implementation of splitting, joining and comparing: character by character, simple and slow.
 #pragma once
 
 #include <cstddef>
@@ -15,7 +15,7 @@ namespace test {
 template <class T>
 using TextList = std::vector<std::basic_string<T>>;
 
-/// Every occurrence of the delimiter ends a part; what is left at the end is one, unless it is nothing.
+/// Every occurrence of the delimiter ends a part. The remaining text is a part too, unless it is empty.
 template <class T>
 TextList<T> splitAtText(const std::basic_string<T>& text, const std::basic_string<T>& delimiter) {
     TextList<T> parts;
@@ -44,13 +44,13 @@ std::basic_string<T> trimmed(std::basic_string<T> text) {
     return first == std::string::npos ? std::basic_string<T>() : text.substr(first, last - first + 1);
 }
 
-/// A quoted item as a machine of three states, or false when its quotes are wrong. `at` moves behind the delimiter.
+/// Parses a quoted item. Returns false if its quotes are invalid. `at` moves past the delimiter.
 template <class T>
-bool takeQuotedItem(const std::basic_string<T>& text, const std::basic_string<T>& delimiters, std::size_t& at,
-                    std::basic_string<T>& item) {
+bool parseQuotedItem(const std::basic_string<T>& text, const std::basic_string<T>& delimiters, std::size_t& at,
+                     std::basic_string<T>& item) {
     bool closed = false;
-    for (std::size_t place = at + 1; place < text.size(); ++place) {
-        const T unit = text[place];
+    for (std::size_t index = at + 1; index < text.size(); ++index) {
+        const T unit = text[index];
         if (!closed) {
             closed = unit == '"';
             if (!closed) {
@@ -60,7 +60,7 @@ bool takeQuotedItem(const std::basic_string<T>& text, const std::basic_string<T>
             item += unit;
             closed = false;
         } else {
-            at = place + 1;
+            at = index + 1;
             return delimiters.find(unit) != std::basic_string<T>::npos;
         }
     }
@@ -73,9 +73,9 @@ TextList<T> splitAtAnyOf(const std::basic_string<T>& text, const std::basic_stri
     TextList<T> items;
     for (std::size_t at = 0; at < text.size();) {
         std::basic_string<T> item;
-        std::size_t behind = at;
-        if (text[at] == '"' && takeQuotedItem(text, delimiters, behind, item)) {
-            at = behind;
+        std::size_t end = at;
+        if (text[at] == '"' && parseQuotedItem(text, delimiters, end, item)) {
+            at = end;
         } else {
             item.clear();
             while (at < text.size() && delimiters.find(text[at]) == std::basic_string<T>::npos) {
@@ -88,13 +88,13 @@ TextList<T> splitAtAnyOf(const std::basic_string<T>& text, const std::basic_stri
     return items;
 }
 
-/// The search for the delimiter counts what matches in a row, and starts anew with the next character when one does
-/// not.
+/// The search for the delimiter counts consecutive matching characters. After a mismatch it restarts with the next
+/// character of the item.
 inline bool isToBeQuoted(const std::wstring& item, const std::wstring& delimiter) {
-    std::size_t inARow = 0;
+    std::size_t matched = 0;
     for (const wchar_t unit : item) {
-        inARow = inARow < delimiter.size() && unit == delimiter[inARow] ? inARow + 1 : 0;
-        if (unit == L'"' || (inARow != 0 && inARow == delimiter.size())) {
+        matched = matched < delimiter.size() && unit == delimiter[matched] ? matched + 1 : 0;
+        if (unit == L'"' || (matched != 0 && matched == delimiter.size())) {
             return true;
         }
     }
@@ -119,15 +119,15 @@ inline std::wstring joined(const TextList<wchar_t>& items, const std::wstring& d
     return result;
 }
 
-/// How `compared` compares.
+/// The options of `compared`.
 struct CompareRules {
     bool ignoreCase = false;
     bool numeric = false;
     bool slashesEqual = false;
 };
 
-/// The sign of the comparison, by comparing the first things of both texts and then their rests. Characters are signed
-/// numbers in narrow text.
+/// The sign of the comparison. Compares the first characters or numbers, then the remaining texts. Narrow characters
+/// are signed.
 template <class T>
 int compared(std::basic_string_view<T> a, std::basic_string_view<T> b, const CompareRules& rules) {
     const auto digitsOf = [](std::basic_string_view<T> text) {
@@ -169,7 +169,7 @@ int compared(std::basic_string_view<T> a, std::basic_string_view<T> b, const Com
     return left == 0 ? 0 : compared(a.substr(1), b.substr(1), rules);
 }
 
-/// Number against number, with any one character between two.
+/// Compares number by number. One arbitrary character separates two numbers.
 inline bool isVersionAtLeast(std::string_view version, std::string_view required) {
     if (version.empty()) {
         return false;

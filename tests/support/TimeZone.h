@@ -1,5 +1,5 @@
 /// \file
-/// A time zone without daylight saving, for the length of a test: five hours ahead of UTC, whatever the machine has.
+/// Sets a time zone for the duration of a test: five hours ahead of UTC, without daylight saving time.
 #pragma once
 
 #include <cstdlib>
@@ -29,7 +29,7 @@ private:
         _tzset();
     }
 
-    std::string m_before;  ///< the empty text takes the variable away
+    std::string m_before;  ///< an empty text removes the variable
 };
 
 }  // namespace test

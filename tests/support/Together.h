@@ -1,5 +1,5 @@
 /// \file
-/// Threads that do the same at the same time.
+/// Runs the same code on several threads at the same time.
 #pragma once
 
 #include <atomic>
@@ -8,7 +8,7 @@
 
 namespace test {
 
-/// Runs `action(number)` on `count` threads, which begin together, and waits for all of them.
+/// Runs `action(number)` on `count` threads that start together, and waits for all of them.
 template <class Action>
 void runTogether(int count, const Action& action) {
     std::atomic<int> arrived{0};

@@ -1,5 +1,5 @@
 /// \file
-/// URL escapes once more, character by character, from the sets as they are written down.
+/// Reference implementation of URL escapes: character by character, with the documented character sets.
 #pragma once
 
 #include <cstddef>
@@ -9,11 +9,11 @@
 
 namespace test {
 
-/// What is escaped in every use, besides the space and what is none of ASCII.
+/// The characters that every form escapes, in addition to the space and all characters outside ASCII.
 inline constexpr std::string_view kUrlAlwaysEscaped = "\"#%<>[\\]^`{|}";
 inline constexpr std::string_view kUrlReserved = "$&+,/:;=?@";
 
-/// One use of the encoder: what it escapes besides, and how it writes a space.
+/// One form of the encoder: the additional characters that it escapes, and how it writes a space.
 struct UrlRule {
     std::string also;
     bool spaceAsPlus;

@@ -1,10 +1,10 @@
 /// \file
-/// A second UTF-8 and UTF-16 codec, written from the rules alone: byte by byte, without blocks, fast paths or shared
-/// code. Tests compare the library's answers with it.
+/// Reference implementation of the UTF-8 and UTF-16 codecs, written only from the rules: byte by byte, without blocks,
+/// fast paths or shared code. Tests compare the library's results with it.
 ///
-///     test::decodeUtf8(bytes, -1).units    // what ConvertUTF8toString has to give
+///     test::decodeUtf8(bytes, -1).units    // the expected result of ConvertUTF8toString
 ///
-/// The bytes behind the bound belong to the input that is passed in, because trailing bytes are read there.
+/// The input must include the bytes past the bound, because trailing bytes are read there.
 #pragma once
 
 #include <cstddef>
@@ -16,26 +16,26 @@
 
 namespace test {
 
-/// What becomes of a UTF-8 text.
+/// The result of decoding a UTF-8 text.
 struct DecodedText {
-    std::wstring units;                ///< everything up to the end of the text, or up to the error
-    std::vector<std::size_t> unitsOf;  ///< how many units each character has, in order
-    std::optional<std::size_t> error;  ///< where the byte stands that starts no sequence
-    std::size_t bytesRead = 0;         ///< how far the input has to be readable
+    std::wstring units;                ///< the decoded text up to its end or up to the error
+    std::vector<std::size_t> unitsOf;  ///< the number of units of each character, in order
+    std::optional<std::size_t> error;  ///< the index of the byte that is not a valid lead byte
+    std::size_t bytesRead = 0;         ///< how much of the input must be readable
 };
 
-/// What becomes of a wide text.
+/// The result of encoding a wide text.
 struct EncodedText {
     std::string bytes;
-    std::size_t unitsRead = 0;  ///< how far the input has to be readable
+    std::size_t unitsRead = 0;  ///< how much of the input must be readable
 };
 
-/// A length below 0 is no bound.
+/// A negative length means unlimited.
 inline bool withinBound(std::size_t index, int length) {
     return length < 0 || index < static_cast<std::size_t>(length);
 }
 
-/// Length of the sequence that `lead` starts; 0 for a byte that starts none.
+/// The length of the sequence that `lead` starts; 0 if it is not a lead byte.
 inline unsigned int sequenceLength(unsigned char lead) {
     const unsigned int b = lead;
     if (b < 0x80) {
@@ -50,7 +50,7 @@ inline unsigned int sequenceLength(unsigned char lead) {
     if (b >= 0xF0 && b % 2 == 0) {
         return 4;
     }
-    // The row of five-byte sequences asks for F8 or FA, which the row of four has taken.
+    // Five-byte sequences would start with F8 or FA, but the rule for four-byte sequences matches these first.
     return b == 0xFD ? 6 : 0;
 }
 
@@ -64,13 +64,13 @@ inline std::uint32_t sequenceValue(const unsigned char* bytes, unsigned int leng
     case 2: return low(0, 5) * 0x40 + low(1, 6);
     case 3: return low(0, 4) * 0x1000 + low(1, 6) * 0x40 + low(2, 6);
     case 4: return low(0, 4) * 0x40000 + low(1, 6) * 0x1000 + low(2, 6) * 0x40 + low(3, 6);
-    default:  // six: of the lead byte only the last two bits survive 32-bit arithmetic
+    default:  // six bytes: 32-bit arithmetic keeps only the last two bits of the lead byte
         return low(0, 2) * 0x40000000u + low(1, 4) * 0x1000000 + low(2, 4) * 0x40000 + low(3, 6) * 0x1000 +
                low(4, 6) * 0x40 + low(5, 6);
     }
 }
 
-/// Adds `value` as UTF-16 and returns the number of units. What is above 0x10FFFF wraps in the high unit.
+/// Appends `value` as UTF-16 and returns the number of units. A value above 0x10FFFF wraps in the high unit.
 inline std::size_t appendUtf16(std::wstring& units, std::uint32_t value) {
     if (value < 0x10000) {
         units += static_cast<wchar_t>(value);
@@ -81,7 +81,7 @@ inline std::size_t appendUtf16(std::wstring& units, std::uint32_t value) {
     return 2;
 }
 
-/// Decodes `input` up to a zero byte, or `length` bytes when that is 0 or more.
+/// Decodes `input` up to a zero byte, or at most `length` bytes if `length` is not negative.
 inline DecodedText decodeUtf8(std::string_view input, int length) {
     const auto* bytes = reinterpret_cast<const unsigned char*>(input.data());
     DecodedText result;
@@ -91,19 +91,19 @@ inline DecodedText decodeUtf8(std::string_view input, int length) {
         if (bytes[at] == 0) {
             break;
         }
-        const unsigned int taken = sequenceLength(bytes[at]);
-        if (taken == 0) {
+        const unsigned int count = sequenceLength(bytes[at]);
+        if (count == 0) {
             result.error = at;
             break;
         }
-        result.unitsOf.push_back(appendUtf16(result.units, sequenceValue(bytes + at, taken)));
-        at += taken;
+        result.unitsOf.push_back(appendUtf16(result.units, sequenceValue(bytes + at, count)));
+        at += count;
         result.bytesRead = at;
     }
     return result;
 }
 
-/// The text between the brackets of a message about `input`, whose byte at `error` starts no sequence.
+/// The text in parentheses of the message about `input`, whose byte at `error` is not a lead byte.
 inline std::wstring hexDump(const std::string& input, std::size_t error) {
     static constexpr wchar_t kDigits[] = L"0123456789ABCDEF";
     std::wstring dump;
@@ -116,11 +116,11 @@ inline std::wstring hexDump(const std::string& input, std::size_t error) {
     return dump;
 }
 
-/// The old UTF-8 form of one value: one to six bytes, none for what does not fit in them.
+/// The original UTF-8 form of one value: one to six bytes; empty for a value of 0x80000000 or more.
 inline std::string encodeUtf8(std::uint32_t value) {
     struct Form {
         std::uint32_t end;   // the first value that is too large
-        unsigned int marks;  // the bits of the lead byte that tell the length
+        unsigned int marks;  // the bits of the lead byte that encode the length
         unsigned int trailing;
     };
     static constexpr Form kForms[] = {{0x80, 0x00, 0},     {0x800, 0xC0, 1},     {0x10000, 0xE0, 2},
@@ -150,8 +150,8 @@ inline std::uint32_t unitAt(const std::wstring& text, std::size_t index) {
     return static_cast<std::uint32_t>(text[index]);
 }
 
-/// Encodes `input` up to a zero unit, or `length` units when that is 0 or more; `input` is to hold the unit behind the
-/// bound too, because a pair that starts on the last unit is taken whole.
+/// Encodes `input` up to a zero unit, or at most `length` units if `length` is not negative. `input` must include the
+/// unit after the bound, because a surrogate pair that starts at the last unit is encoded completely.
 inline EncodedText encodeUtf16(const std::wstring& input, int length) {
     EncodedText result;
     std::size_t at = 0;
@@ -176,7 +176,7 @@ inline EncodedText encodeUtf16(const std::wstring& input, int length) {
     return result;
 }
 
-/// Each unit up to a zero as a sequence of its own, surrogates too.
+/// Encodes each unit up to a zero as a separate sequence, surrogates too.
 inline std::string encodeUnits(const std::wstring& input) {
     std::string bytes;
     for (std::size_t at = 0; input[at] != 0; ++at) {

@@ -1,6 +1,5 @@
 /// \file
-/// Tests that run for narrow and for wide text from one table: texts are written narrow, and widened where the test
-/// runs for `wchar_t`.
+/// Typed tests for narrow and wide text with one table: the texts are narrow and are widened for `wchar_t`.
 ///
 ///     TYPED_TEST_SUITE(BaseStringTest, test::CharacterTypes, test::CharacterNames);
 ///     EXPECT_EQ(string.view(), test::text<TypeParam>("abc"));
@@ -16,7 +15,7 @@ namespace test {
 
 using CharacterTypes = ::testing::Types<char, wchar_t>;
 
-/// Names the two instances of a typed test.
+/// The names of the two instances of a typed test.
 struct CharacterNames {
     template <class T>
     static std::string GetName(int) {
@@ -24,7 +23,7 @@ struct CharacterNames {
     }
 };
 
-/// `units` in the character type of the test; each byte becomes the unit of the same value.
+/// `units` in the character type of the test. Each byte becomes a unit of the same value.
 template <class T>
 std::basic_string<T> text(std::string_view units) {
     std::basic_string<T> result;
