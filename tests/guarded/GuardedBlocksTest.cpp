@@ -1,4 +1,4 @@
-// Only part of the guarded build: what the heap of its tests finds, and that it passes for a heap otherwise.
+// Tests of the guarded heap: the errors that it detects, and its behaviour as a heap. Only in the guarded build.
 
 #include "heap/GuardedBlocks.h"
 
@@ -24,13 +24,13 @@ namespace blocks = heap::blocks;
 constexpr int kFault = static_cast<int>(EXCEPTION_ACCESS_VIOLATION);
 constexpr int kAborted = 3;
 
-// The compiler knows the rules of the heap, and would warn of what is done here; so it must not see which block it is.
-void* (*volatile get)(std::size_t) = &std::malloc;
-void (*volatile put)(void*) = &std::free;
+// The compiler would warn about these errors. Volatile pointers hide the blocks from it.
+void* (*volatile allocate)(std::size_t) = &std::malloc;
+void (*volatile deallocate)(void*) = &std::free;
 volatile char* volatile hidden = nullptr;
 
 volatile char* request(std::size_t bytes) {
-    hidden = static_cast<volatile char*>(get(bytes));
+    hidden = static_cast<volatile char*>(allocate(bytes));
     return hidden;
 }
 
@@ -39,27 +39,27 @@ volatile char* requestNew(std::size_t bytes) {
     return hidden;
 }
 
-void giveBack(const volatile char* block) {
-    put(const_cast<char*>(block));
+void release(const volatile char* block) {
+    deallocate(const_cast<char*>(block));
 }
 
-void readBehind() {
+void readPastEnd() {
     static_cast<void>(request(10)[10]);
 }
 
-void writeBehind() {
+void writePastEnd() {
     request(4096)[4096] = 'x';
 }
 
-void readFarBehind() {
+void readFarPastEnd() {
     static_cast<void>(request(10)[10 + 4095]);
 }
 
-void writeBehindAnArrayOfNew() {
+void writePastEndOfNewArray() {
     requestNew(33)[33] = 'x';
 }
 
-void readBehindAString() {
+void readPastEndOfString() {
     const vorel::BaseString<wchar_t> text(std::wstring(100, L'x').c_str());
     const volatile wchar_t* unit = text.c_str();
     for (;;) {
@@ -67,37 +67,37 @@ void readBehindAString() {
     }
 }
 
-void readInFront() {
+void readBeforeStart() {
     static_cast<void>(request(4096)[-1]);
 }
 
-void writeInFront() {
+void writeBeforeStart() {
     volatile char* const block = request(10);
     block[-1] = 'x';
-    giveBack(block);
+    release(block);
 }
 
-void readWhatWasGivenBack() {
+void readFreedBlock() {
     const volatile char* const block = request(10);
-    giveBack(block);
+    release(block);
     static_cast<void>(block[3]);
 }
 
 void useManyBlocks(int count) {
     for (int index = 0; index < count; ++index) {
-        giveBack(request(10));
+        release(request(10));
     }
 }
 
-void writeToOneOfManyThatWereGivenBack() {
+void writeToOldFreedBlock() {
     useManyBlocks(30'000);
     volatile char* const block = request(10);
-    giveBack(block);
+    release(block);
     block[9] = 'x';
     useManyBlocks(10'000);
 }
 
-void readAnItemThatMoved() {
+void readElementAfterGrowth() {
     vorel::Array<int> items;
     items.append(1);
     hidden = reinterpret_cast<volatile char*>(items.data());
@@ -105,18 +105,18 @@ void readAnItemThatMoved() {
     static_cast<void>(hidden[0]);
 }
 
-void useAnEmptyBlock() {
+void writeToEmptyBlock() {
     request(0)[0] = 'x';
 }
 
-void giveBackTwice() {
+void releaseTwice() {
     const volatile char* const block = request(10);
-    giveBack(block);
-    giveBack(block);
+    release(block);
+    release(block);
 }
 
-void giveBackTheMiddle() {
-    giveBack(request(10) + 1);
+void releaseInTheMiddle() {
+    release(request(10) + 1);
 }
 
 struct Mistake {
@@ -134,7 +134,7 @@ std::string nameOf(const testing::TestParamInfo<Mistake>& info) {
 
 class GuardedBlocks : public testing::TestWithParam<Mistake> {};
 
-TEST_P(GuardedBlocks, EndTheProgramAndSayWhy) {
+TEST_P(GuardedBlocks, EndProgramAndPrintReason) {
     const Mistake& mistake = GetParam();
     EXPECT_EXIT(mistake.make(), testing::ExitedWithCode(mistake.exitCode), mistake.explanation);
 }
@@ -142,45 +142,43 @@ TEST_P(GuardedBlocks, EndTheProgramAndSayWhy) {
 INSTANTIATE_TEST_SUITE_P(
     Mistakes, GuardedBlocks,
     testing::Values(
-        Mistake{"ReadBehind", readBehind, kFault, "read 0 bytes behind the end of a block of 10 bytes"},
-        Mistake{"WriteBehind", writeBehind, kFault, "write 0 bytes behind the end of a block of 4096 bytes"},
-        Mistake{"ReadFarBehind", readFarBehind, kFault, "read 4095 bytes behind the end of a block of 10 bytes"},
-        Mistake{"WriteBehindAnArrayOfNew", writeBehindAnArrayOfNew, kFault,
-                "write 0 bytes behind the end of a block of 33 bytes"},
-        Mistake{"ReadBehindAString", readBehindAString, kFault, "read 0 bytes behind the end of a block of"},
-        Mistake{"ReadInFront", readInFront, kFault, "read 1 bytes in front of a block of 4096 bytes"},
-        Mistake{"WriteInFront", writeInFront, kAborted, "write in front of a block, 10 bytes"},
-        Mistake{"ReadWhatWasGivenBack", readWhatWasGivenBack, kFault,
-                "read in a block of 10 bytes that was given back"},
-        Mistake{"WriteToOneOfManyThatWereGivenBack", writeToOneOfManyThatWereGivenBack, kAborted,
-                "write to a block that was given back, 10 bytes"},
-        Mistake{"ReadAnItemThatMoved", readAnItemThatMoved, kFault, "read in a block of .* that was given back"},
-        Mistake{"UseAnEmptyBlock", useAnEmptyBlock, kFault, "write 0 bytes behind the end of a block of 0 bytes"},
-        Mistake{"GiveBackTwice", giveBackTwice, kAborted, "a block came back twice, 10 bytes"},
-        Mistake{"GiveBackTheMiddle", giveBackTheMiddle, kAborted, "no block begins where one came back"}),
+        Mistake{"ReadPastEnd", readPastEnd, kFault, "read 0 bytes past the end of a block of 10 bytes"},
+        Mistake{"WritePastEnd", writePastEnd, kFault, "write 0 bytes past the end of a block of 4096 bytes"},
+        Mistake{"ReadFarPastEnd", readFarPastEnd, kFault, "read 4095 bytes past the end of a block of 10 bytes"},
+        Mistake{"WritePastEndOfNewArray", writePastEndOfNewArray, kFault,
+                "write 0 bytes past the end of a block of 33 bytes"},
+        Mistake{"ReadPastEndOfString", readPastEndOfString, kFault, "read 0 bytes past the end of a block of"},
+        Mistake{"ReadBeforeStart", readBeforeStart, kFault, "read 1 bytes before a block of 4096 bytes"},
+        Mistake{"WriteBeforeStart", writeBeforeStart, kAborted, "write before a block, 10 bytes"},
+        Mistake{"ReadFreedBlock", readFreedBlock, kFault, "read in a freed block of 10 bytes"},
+        Mistake{"WriteToOldFreedBlock", writeToOldFreedBlock, kAborted, "write to a freed block, 10 bytes"},
+        Mistake{"ReadElementAfterGrowth", readElementAfterGrowth, kFault, "read in a freed block of"},
+        Mistake{"WriteToEmptyBlock", writeToEmptyBlock, kFault, "write 0 bytes past the end of a block of 0 bytes"},
+        Mistake{"ReleaseTwice", releaseTwice, kAborted, "block freed twice, 10 bytes"},
+        Mistake{"ReleaseInTheMiddle", releaseInTheMiddle, kAborted, "free of an address where no block starts"}),
     nameOf);
 
-TEST(GuardedHeap, HoldsEverySizeToItsLastByte) {
+TEST(GuardedHeap, ProvidesAllBytesOfEverySize) {
     for (std::size_t bytes = 1; bytes < 10000; bytes += bytes < 70 ? 1 : 997) {
         volatile char* const block = request(bytes);
         ASSERT_TRUE(block);
-        for (std::size_t place = 0; place < bytes; ++place) {
-            block[place] = static_cast<char>(place);
+        for (std::size_t index = 0; index < bytes; ++index) {
+            block[index] = static_cast<char>(index);
         }
         EXPECT_EQ(block[bytes - 1], static_cast<char>(bytes - 1));
-        giveBack(block);
+        release(block);
     }
 }
 
-TEST(GuardedHeap, AlignsABlockAsItsSizeAsksFor) {
+TEST(GuardedHeap, AlignsBlockWhenSizeIsMultipleOfAlignment) {
     for (const std::size_t alignment : {1u, 2u, 4u, 8u, 16u, 32u}) {
         volatile char* const block = request(3 * alignment);
         EXPECT_EQ(reinterpret_cast<std::uintptr_t>(block) % alignment, 0u) << alignment;
-        giveBack(block);
+        release(block);
     }
 }
 
-TEST(GuardedHeap, Resize_KeepsTheBytesThatBothHave) {
+TEST(GuardedHeap, Realloc_KeepsCommonBytes) {
     void* block = std::malloc(6);
     std::memcpy(block, "abcde", 6);
     block = std::realloc(block, 10000);
@@ -192,17 +190,17 @@ TEST(GuardedHeap, Resize_KeepsTheBytesThatBothHave) {
     std::free(block);
 }
 
-TEST(GuardedHeap, Calloc_GivesZeros) {
+TEST(GuardedHeap, Calloc_ReturnsZeros) {
     auto* const block = static_cast<unsigned char*>(std::calloc(100, 7));
     ASSERT_TRUE(block);
-    for (std::size_t place = 0; place < 700; ++place) {
-        ASSERT_EQ(block[place], 0u) << place;
+    for (std::size_t index = 0; index < 700; ++index) {
+        ASSERT_EQ(block[index], 0u) << index;
     }
     std::free(block);
 }
 
-/// More than the region has room for at once: places are used again, held ones are not.
-TEST(GuardedHeap, GoesRoundItsRegion) {
+/// The blocks need more pages than the region has. Free pages are reused, pages of live blocks are not.
+TEST(GuardedHeap, ReusesFreePagesWhenRegionIsUsedUp) {
     constexpr std::size_t kBytes = std::size_t{1} << 27;
     auto* const kept = static_cast<char*>(std::calloc(1, 5));
     ASSERT_TRUE(kept);
@@ -216,20 +214,20 @@ TEST(GuardedHeap, GoesRoundItsRegion) {
     std::free(kept);
 }
 
-TEST(GuardedHeap, Live_CountsBlocksOfMallocAndOfNew) {
+TEST(GuardedHeap, Live_CountsBlocksOfMallocAndNew) {
     const std::size_t before = blocks::live();
     const std::uint64_t serial = blocks::serial();
     const volatile char* const block = request(24);
     const auto number = std::make_unique<std::uint64_t>(7);
     const std::size_t during = blocks::live();
     const std::string sizes = blocks::sizesSince(serial);
-    giveBack(block);
+    release(block);
     EXPECT_EQ(during, before + 2);
     EXPECT_EQ(sizes.substr(0, 5), "24, 8");
 }
 
-/// The thrown object has a header in front, whose alignment the runtime of exceptions relies on.
-TEST(GuardedHeap, BearsThrownObjectsOfAnySize) {
+/// The exception runtime relies on the alignment of the header before a thrown object.
+TEST(GuardedHeap, SupportsThrownObjectsOfAnySize) {
     struct Three {
         char units[3];
     };

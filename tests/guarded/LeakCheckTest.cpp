@@ -1,5 +1,4 @@
-// What the check of live blocks says about tests that keep blocks. Those are disabled, and run in processes of their
-// own.
+// Tests of the leak check. The tests that it checks are disabled, and run in separate processes.
 
 #include <cstdlib>
 #include <string>
@@ -13,17 +12,17 @@ namespace {
 
 void* volatile kept = nullptr;
 
-TEST(Keeper, DISABLED_LeavesABlockEachTime) {
+TEST(Keeper, DISABLED_LeaksBlockInEachRun) {
     kept = std::malloc(10);
     EXPECT_TRUE(kept);
 }
 
-TEST(Keeper, DISABLED_FillsATableOnce) {
+TEST(Keeper, DISABLED_FillsStaticTableOnce) {
     static const std::string kTable(100, 'x');
     EXPECT_EQ(kTable.size(), 100u);
 }
 
-TEST(Keeper, DISABLED_GivesBackWhatIsLeftOfTheFirstRun) {
+TEST(Keeper, DISABLED_FreesBlockOfFirstRunLate) {
     static int run = 0;
     static void* blocks[2] = {};
     if (run++ == 0) {
@@ -34,7 +33,7 @@ TEST(Keeper, DISABLED_GivesBackWhatIsLeftOfTheFirstRun) {
     EXPECT_LE(run, 2);
 }
 
-TEST(Keeper, DISABLED_LeavesABlockWhileTwoComeBack) {
+TEST(Keeper, DISABLED_LeaksBlockWhileFreeingTwo) {
     static int run = 0;
     static void* blocks[2] = {};
     if (run++ == 0) {
@@ -48,7 +47,7 @@ TEST(Keeper, DISABLED_LeavesABlockWhileTwoComeBack) {
     EXPECT_LE(run, 2);
 }
 
-TEST(Keeper, DISABLED_GivesEverythingBack) {
+TEST(Keeper, DISABLED_FreesAllBlocks) {
     vorel::Array<int> items;
     items.append(1);
     EXPECT_EQ(items.size(), 1u);
@@ -61,24 +60,24 @@ int exitCodeOf(const std::wstring& test) {
     return exitCode ? static_cast<int>(*exitCode) : -1;
 }
 
-TEST(LeakCheck, FailsATestThatLeavesABlock) {
-    EXPECT_EQ(exitCodeOf(L"LeavesABlockEachTime"), 1);
+TEST(LeakCheck, FailsTestThatLeaksBlock) {
+    EXPECT_EQ(exitCodeOf(L"LeaksBlockInEachRun"), 1);
 }
 
-TEST(LeakCheck, PassesWhatComesBackLate) {
-    EXPECT_EQ(exitCodeOf(L"GivesBackWhatIsLeftOfTheFirstRun"), 0);
+TEST(LeakCheck, AcceptsBlocksThatAreFreedLate) {
+    EXPECT_EQ(exitCodeOf(L"FreesBlockOfFirstRunLate"), 0);
 }
 
-TEST(LeakCheck, FailsATestThatLeavesABlockWhileOthersComeBackLate) {
-    EXPECT_EQ(exitCodeOf(L"LeavesABlockWhileTwoComeBack"), 1);
+TEST(LeakCheck, FailsTestThatLeaksBlockWhileFreeingOthers) {
+    EXPECT_EQ(exitCodeOf(L"LeaksBlockWhileFreeingTwo"), 1);
 }
 
-TEST(LeakCheck, PassesWhatIsMadeOnce) {
-    EXPECT_EQ(exitCodeOf(L"FillsATableOnce"), 0);
+TEST(LeakCheck, AcceptsBlocksThatAreAllocatedOnce) {
+    EXPECT_EQ(exitCodeOf(L"FillsStaticTableOnce"), 0);
 }
 
-TEST(LeakCheck, PassesATestThatGivesEverythingBack) {
-    EXPECT_EQ(exitCodeOf(L"GivesEverythingBack"), 0);
+TEST(LeakCheck, AcceptsTestThatFreesAllBlocks) {
+    EXPECT_EQ(exitCodeOf(L"FreesAllBlocks"), 0);
 }
 
 }  // namespace

@@ -1,23 +1,23 @@
 /// \file
-/// Where the blocks of a test program come from whose heap is replaced (CountingHeap.cpp): from the runtime's heap
-/// (RuntimeBlocks.cpp), or from pages whose neighbours are inaccessible (GuardedBlocks.cpp). One of the two is linked.
+/// The allocator under the heap of a test program (CountingHeap.cpp). Blocks come from the runtime's heap
+/// (RuntimeBlocks.cpp) or from pages with inaccessible neighbours (GuardedBlocks.cpp). A program links one of the two.
 ///
-/// All of it may be called by any thread.
+/// Any thread may call all functions at the same time.
 #pragma once
 
 #include <cstddef>
 
 namespace heap::blocks {
 
-/// As the runtime's `malloc`, `calloc`, `realloc` and `free`.
-void* take(std::size_t bytes) noexcept;
-void* takeZeroed(std::size_t count, std::size_t bytes) noexcept;
-void* resize(void* block, std::size_t bytes) noexcept;
-void giveBack(void* block) noexcept;
+/// Like the runtime's `malloc`, `calloc`, `realloc` and `free`.
+void* allocate(std::size_t bytes) noexcept;
+void* allocateZeroed(std::size_t count, std::size_t bytes) noexcept;
+void* reallocate(void* block, std::size_t bytes) noexcept;
+void release(void* block) noexcept;
 
 }  // namespace heap::blocks
 
-// What `--wrap` leaves of the runtime's own functions.
+// The runtime's functions under the names that the linker option `--wrap` gives them.
 extern "C" {
 void* __real_malloc(std::size_t bytes);
 void* __real_calloc(std::size_t count, std::size_t bytes);

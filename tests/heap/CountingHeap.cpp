@@ -19,7 +19,7 @@ namespace heap {
 
 namespace {
 
-/// The blocks that are held; a table of its own, because it cannot ask for memory.
+/// The blocks in use. A static table, because it must not allocate memory.
 struct Held {
     void* blocks[4096];
     std::size_t count;
@@ -28,23 +28,23 @@ struct Held {
 constinit Held held{};
 constinit bool watching = false;
 constinit bool armed = false;
-constinit unsigned int failing = 0;
+constinit unsigned int failAt = 0;
 constinit Failure mode = Failure::Once;
-constinit unsigned int asked = 0;
-constinit unsigned int refused = 0;
+constinit unsigned int requestCount = 0;
+constinit unsigned int failureCount = 0;
 
 void remember(void* block) noexcept {
     if (!watching || !block) {
         return;
     }
     if (held.count == std::size(held.blocks)) {
-        (void)std::fputs("more blocks than the counting heap can keep in mind\n", stderr);
+        (void)std::fputs("counting heap: too many blocks\n", stderr);
         std::abort();
     }
     held.blocks[held.count++] = block;
 }
 
-/// Blocks that were handed out unwatched, or elsewhere, are not known.
+/// Ignores blocks that were allocated unwatched or by another heap.
 void forget(const void* block) noexcept {
     void** const end = held.blocks + held.count;
     void** const found = std::find(held.blocks, end, block);
@@ -53,15 +53,15 @@ void forget(const void* block) noexcept {
     }
 }
 
-bool refuses() noexcept {
+bool shouldFail() noexcept {
     if (!armed) {
         return false;
     }
-    ++asked;
-    if (mode == Failure::Once ? asked != failing : asked < failing) {
+    ++requestCount;
+    if (mode == Failure::Once ? requestCount != failAt : requestCount < failAt) {
         return false;
     }
-    ++refused;
+    ++failureCount;
     return true;
 }
 
@@ -89,10 +89,10 @@ Unwatched::~Unwatched() {
 }
 
 void arm(unsigned int nth, Failure failure) noexcept {
-    failing = nth;
+    failAt = nth;
     mode = failure;
-    asked = 0;
-    refused = 0;
+    requestCount = 0;
+    failureCount = 0;
     armed = true;
 }
 
@@ -101,45 +101,45 @@ void disarm() noexcept {
 }
 
 unsigned int requests() noexcept {
-    return asked;
+    return requestCount;
 }
 
-unsigned int refusals() noexcept {
-    return refused;
+unsigned int failedRequests() noexcept {
+    return failureCount;
 }
 
 }  // namespace heap
 
-// ---- What the linker puts in the place of the runtime's functions ----
+// ---- Replacements of the runtime's functions (linker option --wrap) ----
 
 void* __wrap_malloc(std::size_t bytes) {
-    void* const block = heap::refuses() ? nullptr : heap::blocks::take(bytes);
+    void* const block = heap::shouldFail() ? nullptr : heap::blocks::allocate(bytes);
     heap::remember(block);
     return block;
 }
 
 void* __wrap_calloc(std::size_t count, std::size_t bytes) {
-    void* const block = heap::refuses() ? nullptr : heap::blocks::takeZeroed(count, bytes);
+    void* const block = heap::shouldFail() ? nullptr : heap::blocks::allocateZeroed(count, bytes);
     heap::remember(block);
     return block;
 }
 
 void* __wrap_realloc(void* block, std::size_t bytes) {
-    if (heap::refuses()) {
+    if (heap::shouldFail()) {
         return nullptr;
     }
     heap::forget(block);
-    void* const moved = heap::blocks::resize(block, bytes);
+    void* const moved = heap::blocks::reallocate(block, bytes);
     heap::remember(moved);
     return moved;
 }
 
 void __wrap_free(void* block) {
     heap::forget(block);
-    heap::blocks::giveBack(block);
+    heap::blocks::release(block);
 }
 
-// ---- The global operators of this program ----
+// ---- Global operators ----
 
 void* operator new(std::size_t bytes) {
     void* const block = __wrap_malloc(bytes != 0 ? bytes : 1);

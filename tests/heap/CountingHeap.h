@@ -1,32 +1,32 @@
 /// \file
-/// The heap of a test program: every `malloc`, `calloc`, `realloc`, `free` of the library and of the tests, and the
-/// global `new` and `delete`, pass through here. It can refuse requests, and it knows which blocks are still held.
+/// The heap of a test program. It serves every `malloc`, `calloc`, `realloc` and `free` of the library and of the
+/// tests, and the global `new` and `delete`. It can make requests fail, and it counts the blocks in use.
 ///
-/// The runtime's own requests (streams, locales) do not, nor those of the compiler's runtime (thrown objects), except
-/// in the guarded build, which has that runtime inside the program.
+/// It does not serve the C runtime's own requests (streams, locales), nor those of the compiler's runtime (thrown
+/// objects). In the guarded build the compiler's runtime is linked statically, so its requests come here too.
 ///
-///     heap::watch();                       // from here on blocks are counted
-///     heap::arm(3, heap::Failure::Once);   // the third request from here on is refused
+///     heap::watch();                       // starts counting blocks
+///     heap::arm(3, heap::Failure::Once);   // the third request from now on fails
 ///     …
 ///     heap::disarm();
 ///     EXPECT_EQ(heap::heldBlocks(), 0u);
 ///
-/// For one thread.
+/// Not thread-safe.
 #pragma once
 
 #include <cstddef>
 
 namespace heap {
 
-/// Which requests are refused: the n-th one alone, or it and all that follow.
+/// Which requests fail: only the n-th one, or the n-th one and all after it.
 enum class Failure { Once, FromThenOn };
 
-/// Forgets all blocks, and counts those that are handed out from here on until they come back.
+/// Forgets all blocks, and counts the blocks that are allocated from now on until they are freed.
 void watch() noexcept;
 void stopWatching() noexcept;
 std::size_t heldBlocks() noexcept;
 
-/// While one lives, new blocks are not counted: for what a test remembers beyond its watch.
+/// While an object exists, new blocks are not counted. For blocks that a test keeps after `stopWatching`.
 class Unwatched {
 public:
     Unwatched() noexcept;
@@ -39,12 +39,12 @@ private:
     bool m_before;
 };
 
-/// Refuses the `nth` request (from 1) that is made before `disarm`.
+/// Makes the `nth` request (from 1) before `disarm` fail.
 void arm(unsigned int nth, Failure failure) noexcept;
 void disarm() noexcept;
 
-/// Requests, and refused ones, since the heap was armed last.
+/// The number of requests and of failed requests since the last `arm`.
 unsigned int requests() noexcept;
-unsigned int refusals() noexcept;
+unsigned int failedRequests() noexcept;
 
 }  // namespace heap

@@ -15,43 +15,43 @@ namespace heap::blocks {
 namespace {
 
 constexpr std::size_t kPage = 4096;
-constexpr std::size_t kRegionPages = std::size_t{1} << 22;  // 16 GiB of addresses, of which little is ever in use
-constexpr std::size_t kLargest = std::size_t{1} << 28;      // larger blocks are the runtime's
-constexpr std::size_t kLeftAlone = 8192;                    // places of small blocks that are not used again yet
-constexpr std::size_t kMostRetired = 2 * kLeftAlone;
-constexpr std::size_t kMostForbidden = 20'000;
-constexpr std::size_t kLeadingBytes = 256;  // of those in front of a block: filled, and looked at
-constexpr unsigned char kLeading = 0xA7;
-constexpr unsigned char kFresh = 0xC9;  // what nobody has written yet
-constexpr unsigned char kGone = 0xDB;   // what was given back
-constexpr DWORD kPatienceMs = 5000;
+constexpr std::size_t kRegionPages = std::size_t{1} << 22;    // 16 GiB of address space, of which little is in use
+constexpr std::size_t kMaxBlockBytes = std::size_t{1} << 28;  // larger blocks come from the runtime
+constexpr std::size_t kQuarantine = 8192;                     // freed small blocks whose pages are not reused yet
+constexpr std::size_t kMaxRetired = 2 * kQuarantine;
+constexpr std::size_t kMaxForbidden = 20'000;
+constexpr std::size_t kLeadingBytes = 256;      // bytes before a block that are filled and checked, at most
+constexpr unsigned char kLeadingFill = 0xA7;    // bytes before a block
+constexpr unsigned char kUnwrittenFill = 0xC9;  // new blocks
+constexpr unsigned char kFreedFill = 0xDB;      // freed blocks
+constexpr DWORD kWaitTimeoutMs = 5000;
 
 enum class State : std::uint32_t { Free, Live, Forbidden, Filled };
 
-/// What is known about the pages from here on; kept for the first page of each piece of the region.
+/// Describes a run of pages. Stored at the index of its first page.
 struct Piece {
     std::uint64_t serial;
-    std::uint32_t bytes;  // of the block
-    std::uint32_t pages;  // with the inaccessible one at the end; 0: nothing was ever here
+    std::uint32_t bytes;  // size of the block
+    std::uint32_t pages;  // includes the inaccessible page at the end; 0: never used
     State state;
 };
 
-/// Pieces of one accessible page that came back, the longest retired one first. They keep their memory.
+/// Freed pieces of one accessible page, oldest first. They keep their memory.
 struct Retired {
-    std::uint32_t pages[kMostRetired];
+    std::uint32_t pages[kMaxRetired];
     std::size_t first;
     std::size_t count;
 
-    void push(std::size_t page) noexcept { pages[(first + count++) % kMostRetired] = static_cast<std::uint32_t>(page); }
+    void push(std::size_t page) noexcept { pages[(first + count++) % kMaxRetired] = static_cast<std::uint32_t>(page); }
     std::size_t pop() noexcept {
         const std::size_t page = pages[first];
-        first = (first + 1) % kMostRetired;
+        first = (first + 1) % kMaxRetired;
         --count;
         return page;
     }
 };
 
-/// The lock of a heap that is in use before any object was constructed and after all were destroyed.
+/// A lock that works before any object is constructed and after all are destroyed, as the heap must.
 class Lock {
 public:
     void lock() noexcept { AcquireSRWLockExclusive(&m_lock); }
@@ -65,14 +65,14 @@ constinit Lock heapLock;
 constinit unsigned char* region = nullptr;
 constinit Piece* pieces = nullptr;  // one for each page of the region
 constinit Retired retired{};
-constinit std::size_t forbidden = 0;  // small blocks that became inaccessible so far
-constinit std::size_t next = 0;       // where the next piece is looked for
+constinit std::size_t forbidden = 0;  // number of small blocks that were made inaccessible
+constinit std::size_t next = 0;       // where the search for the next piece starts
 constinit std::size_t liveCount = 0;
 constinit std::uint64_t lastSerial = 0;
-constinit std::size_t awaited = 0;  // the count that `reached` tells of
+constinit std::size_t awaited = 0;  // `reached` is set when `liveCount` falls to this value
 constinit HANDLE reached = nullptr;
 
-/// For what must not ask for memory.
+/// Prints without allocating memory.
 template <class... Values>
 void report(const char* format, Values... values) noexcept {
     char text[160];
@@ -82,9 +82,9 @@ void report(const char* format, Values... values) noexcept {
 }
 
 bool isGuarded(const void* address) noexcept {
-    const auto place = reinterpret_cast<std::uintptr_t>(address);
+    const auto value = reinterpret_cast<std::uintptr_t>(address);
     const auto start = reinterpret_cast<std::uintptr_t>(region);
-    return region && place >= start && place - start < kRegionPages * kPage;
+    return region && value >= start && value - start < kRegionPages * kPage;
 }
 
 std::size_t pageOf(const void* address) noexcept {
@@ -103,13 +103,13 @@ unsigned char* blockOf(std::size_t page) noexcept {
     return pieces[page].bytes == 0 ? startOf(page) : endOf(page) - pieces[page].bytes;
 }
 
-/// Says what a faulting access has missed.
+/// Prints which block a faulting access belongs to.
 LONG CALLBACK explain(EXCEPTION_POINTERS* fault) noexcept {
     const EXCEPTION_RECORD& record = *fault->ExceptionRecord;
     if (record.ExceptionCode != EXCEPTION_ACCESS_VIOLATION || record.NumberParameters < 2) {
         return EXCEPTION_CONTINUE_SEARCH;
     }
-    // NOLINTNEXTLINE(performance-no-int-to-ptr): the system tells the address as a number
+    // NOLINTNEXTLINE(performance-no-int-to-ptr): the system reports the address as a number
     const auto* const address = reinterpret_cast<const unsigned char*>(record.ExceptionInformation[1]);
     if (!isGuarded(address)) {
         return EXCEPTION_CONTINUE_SEARCH;
@@ -123,13 +123,13 @@ LONG CALLBACK explain(EXCEPTION_POINTERS* fault) noexcept {
     const unsigned char* const end = endOf(page);
     const std::size_t following = page + piece.pages;
     if (address < end && piece.state != State::Live) {
-        report("heap: %s in a block of %u bytes that was given back\n", access, piece.bytes);
+        report("heap: %s in a freed block of %u bytes\n", access, piece.bytes);
     } else if (following < kRegionPages && pieces[following].state == State::Live &&
                startOf(following) - address < address - end) {
-        report("heap: %s %zu bytes in front of a block of %u bytes\n", access,
+        report("heap: %s %zu bytes before a block of %u bytes\n", access,
                static_cast<std::size_t>(blockOf(following) - address), pieces[following].bytes);
     } else {
-        report("heap: %s %zu bytes behind the end of a block of %u bytes\n", access,
+        report("heap: %s %zu bytes past the end of a block of %u bytes\n", access,
                static_cast<std::size_t>(address - (blockOf(page) + piece.bytes)), piece.bytes);
     }
     return EXCEPTION_CONTINUE_SEARCH;
@@ -149,12 +149,13 @@ void prepare() noexcept {
     reached = CreateEventW(nullptr, FALSE, FALSE, nullptr);
     void* const reserved = VirtualAlloc(nullptr, kRegionPages * kPage, MEM_RESERVE, PAGE_NOACCESS);
     if (!pieces || !reached || !reserved || !AddVectoredExceptionHandler(TRUE, &explain)) {
-        fail("no room for the guarded heap", 0);
+        fail("cannot reserve memory for the guarded heap", 0);
     }
     region = static_cast<unsigned char*>(reserved);
 }
 
-/// The first of `pages` pages that nobody holds, the longest unused ones. What they were before is forgotten.
+/// The first of `pages` consecutive free pages. Searches round the region, so pages are reused as late as possible. The
+/// descriptions of earlier pieces are cleared.
 std::size_t findPages(std::size_t pages) noexcept {
     bool wrapped = false;
     std::size_t first = next;
@@ -177,15 +178,16 @@ std::size_t findPages(std::size_t pages) noexcept {
     }
     std::fill_n(pieces + first, pages, Piece{});
     if (found > pages) {
-        pieces[first + pages].pages = static_cast<std::uint32_t>(found - pages);  // what is left of the last piece
+        pieces[first + pages].pages =
+            static_cast<std::uint32_t>(found - pages);  // the remaining pages of the last piece
     }
     next = first + pages;
     return first;
 }
 
-/// Makes pages accessible that are not yet, or not any more.
+/// Makes pages accessible.
 bool allow(std::size_t page, std::size_t pages) noexcept {
-    // cppcheck-suppress leakReturnValNotUsed; they stay part of the region
+    // cppcheck-suppress leakReturnValNotUsed; the pages stay part of the region
     return VirtualAlloc(startOf(page), pages * kPage, MEM_COMMIT, PAGE_READWRITE) != nullptr;
 }
 
@@ -193,15 +195,15 @@ bool areAll(const unsigned char* first, const unsigned char* end, unsigned char 
     return std::all_of(first, end, [fill](unsigned char byte) { return byte == fill; });
 }
 
-/// Where the looked-at bytes in front of a block begin.
+/// The start of the checked bytes before a block.
 unsigned char* leadingOf(std::size_t page) noexcept {
     unsigned char* const block = blockOf(page);
     return block - std::min(kLeadingBytes, static_cast<std::size_t>(block - startOf(page)));
 }
 
-/// The longest retired piece, accessible; the number of its page, or nothing.
+/// Makes the oldest retired piece accessible and stores its page number. Returns false if no piece may be reused yet.
 bool reuse(std::size_t& page) noexcept {
-    if (retired.count <= kLeftAlone) {
+    if (retired.count <= kQuarantine) {
         return false;
     }
     page = retired.pop();
@@ -209,41 +211,41 @@ bool reuse(std::size_t& page) noexcept {
         return allow(page, 1);
     }
     const unsigned char* const block = blockOf(page);
-    if (!areAll(block, block + pieces[page].bytes, kGone)) {
-        fail("write to a block that was given back", pieces[page].bytes);
+    if (!areAll(block, block + pieces[page].bytes, kFreedFill)) {
+        fail("write to a freed block", pieces[page].bytes);
     }
     return true;
 }
 
-/// A block whose bytes are undefined, or null.
-unsigned char* place(std::size_t bytes) noexcept {
+/// A block with undefined contents, or null.
+unsigned char* placeBlock(std::size_t bytes) noexcept {
     const std::lock_guard lock(heapLock);
     prepare();
     const std::size_t accessible = (bytes + kPage - 1) / kPage;
     std::size_t page = 0;
     if (accessible != 1 || !reuse(page)) {
         page = findPages(accessible + 1);
-        // cppcheck-suppress leakReturnValNotUsed; the same
+        // cppcheck-suppress leakReturnValNotUsed; as above
         if (bytes != 0 && !allow(page, accessible)) {
             return nullptr;
         }
     }
     pieces[page] = {++lastSerial, static_cast<std::uint32_t>(bytes), static_cast<std::uint32_t>(accessible + 1),
                     State::Live};
-    std::fill(leadingOf(page), blockOf(page), kLeading);
+    std::fill(leadingOf(page), blockOf(page), kLeadingFill);
     ++liveCount;
     return blockOf(page);
 }
 
-/// The piece of a block that somebody holds.
-std::size_t heldPage(const void* block) noexcept {
+/// The page of a live block. Aborts for any other address.
+std::size_t livePage(const void* block) noexcept {
     const std::size_t page = pageOf(block);
     const Piece& piece = pieces[page];
     if (piece.pages == 0 || blockOf(page) != block) {
-        fail("no block begins where one came back", piece.bytes);
+        fail("free of an address where no block starts", piece.bytes);
     }
     if (piece.state != State::Live) {
-        fail("a block came back twice", piece.bytes);
+        fail("block freed twice", piece.bytes);
     }
     return page;
 }
@@ -254,7 +256,7 @@ void discard(std::size_t page) noexcept {
     piece.state = State::Free;
 }
 
-/// Makes what a block had inaccessible. Small blocks beyond the first so many are overwritten instead.
+/// Makes a freed block inaccessible. Small blocks after the first `kMaxForbidden` are overwritten instead.
 void retire(std::size_t page) noexcept {
     Piece& piece = pieces[page];
     if (piece.pages == 1) {
@@ -265,16 +267,16 @@ void retire(std::size_t page) noexcept {
         discard(page);
         return;
     }
-    if (retired.count == kMostRetired) {
+    if (retired.count == kMaxRetired) {
         discard(retired.pop());
     }
-    if (forbidden < kMostForbidden) {
+    if (forbidden < kMaxForbidden) {
         ++forbidden;
         DWORD before = 0;
         VirtualProtect(startOf(page), kPage, PAGE_NOACCESS, &before);
         piece.state = State::Forbidden;
     } else {
-        std::fill(blockOf(page), endOf(page), kGone);
+        std::fill(blockOf(page), endOf(page), kFreedFill);
         piece.state = State::Filled;
     }
     retired.push(page);
@@ -282,9 +284,9 @@ void retire(std::size_t page) noexcept {
 
 void remove(const void* block) noexcept {
     const std::lock_guard lock(heapLock);
-    const std::size_t page = heldPage(block);
-    if (!areAll(leadingOf(page), blockOf(page), kLeading)) {
-        fail("write in front of a block", pieces[page].bytes);
+    const std::size_t page = livePage(block);
+    if (!areAll(leadingOf(page), blockOf(page), kLeadingFill)) {
+        fail("write before a block", pieces[page].bytes);
     }
     retire(page);
     if (--liveCount == awaited) {
@@ -294,38 +296,38 @@ void remove(const void* block) noexcept {
 
 std::size_t sizeOf(const void* block) noexcept {
     const std::lock_guard lock(heapLock);
-    return pieces[heldPage(block)].bytes;
+    return pieces[livePage(block)].bytes;
 }
 
 }  // namespace
 
-void* take(std::size_t bytes) noexcept {
-    if (bytes > kLargest) {
+void* allocate(std::size_t bytes) noexcept {
+    if (bytes > kMaxBlockBytes) {
         return __real_malloc(bytes);
     }
-    unsigned char* const block = place(bytes);
+    unsigned char* const block = placeBlock(bytes);
     if (block) {
-        std::memset(block, kFresh, bytes);
+        std::memset(block, kUnwrittenFill, bytes);
     }
     return block;
 }
 
-void* takeZeroed(std::size_t count, std::size_t bytes) noexcept {
-    if (bytes != 0 && count > kLargest / bytes) {
+void* allocateZeroed(std::size_t count, std::size_t bytes) noexcept {
+    if (bytes != 0 && count > kMaxBlockBytes / bytes) {
         return __real_calloc(count, bytes);
     }
-    unsigned char* const block = place(count * bytes);
+    unsigned char* const block = placeBlock(count * bytes);
     if (block && count * bytes <= kPage) {
-        std::memset(block, 0, count * bytes);  // larger ones have fresh pages, which are zero
+        std::memset(block, 0, count * bytes);  // larger blocks have new pages, which are zero
     }
     return block;
 }
 
-void* resize(void* block, std::size_t bytes) noexcept {
+void* reallocate(void* block, std::size_t bytes) noexcept {
     if (block && !isGuarded(block)) {
         return __real_realloc(block, bytes);
     }
-    void* const moved = take(bytes);
+    void* const moved = allocate(bytes);
     if (block && moved) {
         std::memcpy(moved, block, std::min(bytes, sizeOf(block)));
         remove(block);
@@ -333,7 +335,7 @@ void* resize(void* block, std::size_t bytes) noexcept {
     return moved;
 }
 
-void giveBack(void* block) noexcept {
+void release(void* block) noexcept {
     if (!block) {
         return;
     }
@@ -350,7 +352,7 @@ std::size_t live() noexcept {
 }
 
 bool waitForLive(std::size_t count) noexcept {
-    const ULONGLONG deadline = GetTickCount64() + kPatienceMs;
+    const ULONGLONG deadline = GetTickCount64() + kWaitTimeoutMs;
     for (;;) {
         {
             const std::lock_guard lock(heapLock);
@@ -372,13 +374,13 @@ std::uint64_t serial() noexcept {
 }
 
 std::string sizesSince(std::uint64_t serial) {
-    constexpr std::size_t kMost = 20;
-    std::uint32_t sizes[kMost];
+    constexpr std::size_t kMaxSizes = 20;
+    std::uint32_t sizes[kMaxSizes];
     std::size_t count = 0;
     {
-        const std::lock_guard lock(heapLock);  // building the text asks for blocks
+        const std::lock_guard lock(heapLock);  // released before the text is built, which allocates blocks
         for (std::size_t page = 0; page < kRegionPages && pieces[page].pages != 0; page += pieces[page].pages) {
-            if (pieces[page].state == State::Live && pieces[page].serial > serial && count < kMost) {
+            if (pieces[page].state == State::Live && pieces[page].serial > serial && count < kMaxSizes) {
                 sizes[count++] = pieces[page].bytes;
             }
         }
@@ -392,7 +394,7 @@ std::string sizesSince(std::uint64_t serial) {
 
 }  // namespace heap::blocks
 
-// The runtime of exceptions puts a header of its own in front of a thrown object and relies on its alignment.
+// The exception runtime stores a header before a thrown object and relies on its alignment.
 extern "C" {
 void* __real___cxa_allocate_exception(std::size_t bytes) noexcept;
 void* __wrap___cxa_allocate_exception(std::size_t bytes) noexcept;

@@ -1,9 +1,9 @@
 /// \file
-/// Part of every test program that runs on guarded blocks: after a test no more blocks are live than before it.
+/// Linked into every test program with guarded blocks. Fails a test that leaves more live blocks than before it.
 ///
-/// What a program makes once and keeps (tables of a test, caches of the library and of the runtime) is not there before
-/// the first run of a test. So each test runs twice in one process, and the count is taken of the second run.
-/// There may be fewer: a thread of an earlier test gives back what the system had for it a little after it was joined.
+/// Data that a program creates once and keeps (tables of a test, caches of the library and of the runtime) does not
+/// exist before the first run of a test. So each test runs twice in one process, and the second run is checked.
+/// Fewer live blocks are allowed: the system frees the data of a thread of an earlier test shortly after it was joined.
 
 #include <cstddef>
 #include <cstdint>
@@ -19,7 +19,7 @@ namespace {
 
 class LeakCheck : public testing::EmptyTestEventListener {
 public:
-    void OnTestIterationStart(const testing::UnitTest&, int iteration) override { m_counts = iteration > 0; }
+    void OnTestIterationStart(const testing::UnitTest&, int iteration) override { m_isSecondRun = iteration > 0; }
 
     void OnTestStart(const testing::TestInfo&) override {
         m_before = blocks::live();
@@ -27,30 +27,30 @@ public:
     }
 
     void OnTestEnd(const testing::TestInfo& info) override {
-        // A test that failed has left its explanation behind.
-        if (!m_counts || !info.result()->Passed() || (blocks::waitForLive(m_before) && isWithoutHiddenLeak())) {
+        // A failed test may still hold its failure message.
+        if (!m_isSecondRun || !info.result()->Passed() || (blocks::waitForLive(m_before) && isWithoutHiddenLeak())) {
             return;
         }
-        // Before the message, which asks for blocks itself.
+        // Read before the message is built, which allocates blocks.
         const std::size_t after = blocks::live();
         const std::string sizes = blocks::sizesSince(m_serial);
-        ADD_FAILURE() << m_before << " blocks were live before the test, " << after
-                      << " are now; new ones of these sizes: " << sizes;
+        ADD_FAILURE() << m_before << " live blocks before the test, " << after
+                      << " after it; sizes of new blocks: " << sizes;
     }
 
 private:
-    /// Where old blocks came back late, they must not make up for new ones that stay.
+    /// Old blocks that are freed late must not hide new blocks that leak.
     [[nodiscard]] bool isWithoutHiddenLeak() const {
         return blocks::live() == m_before || blocks::sizesSince(m_serial).empty();
     }
 
-    bool m_counts = false;
+    bool m_isSecondRun = false;
     std::size_t m_before = 0;
     std::uint64_t m_serial = 0;
 };
 
 [[maybe_unused]] const bool s_listening = [] {
-    testing::UnitTest::GetInstance()->listeners().Append(new LeakCheck);  // the framework deletes it
+    testing::UnitTest::GetInstance()->listeners().Append(new LeakCheck);  // owned by the framework
     return true;
 }();
 

@@ -2,19 +2,19 @@
 
 namespace heap::blocks {
 
-void* take(std::size_t bytes) noexcept {
+void* allocate(std::size_t bytes) noexcept {
     return __real_malloc(bytes);
 }
 
-void* takeZeroed(std::size_t count, std::size_t bytes) noexcept {
+void* allocateZeroed(std::size_t count, std::size_t bytes) noexcept {
     return __real_calloc(count, bytes);
 }
 
-void* resize(void* block, std::size_t bytes) noexcept {
+void* reallocate(void* block, std::size_t bytes) noexcept {
     return __real_realloc(block, bytes);
 }
 
-void giveBack(void* block) noexcept {
+void release(void* block) noexcept {
     __real_free(block);
 }
 
