@@ -1,5 +1,5 @@
 /// \file
-/// Answers each signal of one named condition with a signal of another.
+/// Answers each signal of one named condition by signalling another one.
 ///
 ///     wait=<name> signal=<name> rounds=<count>
 
@@ -12,13 +12,13 @@ namespace {
 constexpr int kGenerousMs = 30000;
 
 int echo(const test::ChildArguments& arguments) {
-    vorel::NamedCondition asked(arguments.wide("wait").c_str());
-    vorel::NamedCondition answered(arguments.wide("signal").c_str());
+    vorel::NamedCondition request(arguments.wide("wait").c_str());
+    vorel::NamedCondition answer(arguments.wide("signal").c_str());
     for (long long round = 0; round != arguments.number("rounds"); ++round) {
-        if (!asked.wait(kGenerousMs)) {
+        if (!request.wait(kGenerousMs)) {
             return 1;
         }
-        answered.signal();
+        answer.signal();
     }
     return 0;
 }

@@ -1,8 +1,8 @@
 /// \file
-/// Loads the library and unloads it, and looks at the runtime's invalid-parameter handler in between. With "anothers"
-/// as its argument the program sets a handler of its own before it unloads the library.
+/// Loads and unloads the library, and checks the runtime's invalid-parameter handler after each step. With the argument
+/// "own", the program sets its own handler before it unloads the library.
 ///
-/// Ends with 0, or with the number of the step that went wrong.
+/// The exit code is 0, or the number of the step that failed.
 
 #include <cstdint>
 #include <cstdlib>
@@ -14,15 +14,15 @@ namespace {
 
 void __cdecl ownHandler(const wchar_t*, const wchar_t*, const wchar_t*, unsigned int, std::uintptr_t) {}
 
-/// `Exception::SetErrorLogLocation(const char*, long long)`, by its exported name: a program that is linked with the
-/// library could not unload it.
+/// The exported name of `Exception::SetErrorLogLocation(const char*, long long)`. A program that links the library
+/// could not unload it.
 constexpr char kSetErrorLogLocation[] = "_ZN5vorel9Exception19SetErrorLogLocationEPKcx";
 using SetErrorLogLocation = void (*)(const char*, long long);
 
-/// The number of the step that went wrong, or 0.
-int useLibrary(HMODULE library, bool anothers) {
+/// The number of the step that failed, or 0.
+int useLibrary(HMODULE library, bool setsOwn) {
     if (_get_invalid_parameter_handler()) {
-        return 2;  // loading alone installs nothing
+        return 2;  // loading alone installs no handler
     }
     const FARPROC found = GetProcAddress(library, kSetErrorLogLocation);
     if (!found) {
@@ -35,7 +35,7 @@ int useLibrary(HMODULE library, bool anothers) {
     if (!_get_invalid_parameter_handler()) {
         return 4;
     }
-    if (anothers) {
+    if (setsOwn) {
         _set_invalid_parameter_handler(&ownHandler);
     }
     return 0;
@@ -44,19 +44,19 @@ int useLibrary(HMODULE library, bool anothers) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    const bool anothers = argc > 1 && std::strcmp(argv[1], "anothers") == 0;
-    _set_invalid_parameter_handler(nullptr);  // the one of the compiler's start-up code
+    const bool setsOwn = argc > 1 && std::strcmp(argv[1], "own") == 0;
+    _set_invalid_parameter_handler(nullptr);  // removes the handler of the compiler's start-up code
     const HMODULE library = LoadLibraryW(L"vorelCore.dll");
     if (!library) {
         return 1;
     }
-    const int wrongStep = useLibrary(library, anothers);
+    const int failedStep = useLibrary(library, setsOwn);
     FreeLibrary(library);
-    if (wrongStep != 0) {
-        return wrongStep;
+    if (failedStep != 0) {
+        return failedStep;
     }
     if (GetModuleHandleW(L"vorelCore.dll")) {
         return 5;
     }
-    return _get_invalid_parameter_handler() == (anothers ? &ownHandler : nullptr) ? 0 : 6;
+    return _get_invalid_parameter_handler() == (setsOwn ? &ownHandler : nullptr) ? 0 : 6;
 }

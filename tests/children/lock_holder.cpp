@@ -1,10 +1,10 @@
 /// \file
 /// Locks a whole file as a writer of the error log does, and keeps the lock.
 ///
-///     log=<path> held=<event> release=<event> holdMs=<limit> [text=<what to append first, without a line end>]
+///     log=<path> held=<event> release=<event> holdMs=<limit> [text=<text to append first, without a line end>]
 ///
-/// `held` is set when the lock is there and the text is written. The lock is given back when `release` is set, or when
-/// the limit has passed.
+/// Sets `held` after it has locked the file and written the text. Unlocks the file when `release` is set, or after the
+/// limit.
 
 #include <string>
 

@@ -1,15 +1,17 @@
 /// \file
-/// Four threads that use every lock and condition of the library, together with the four of another process.
+/// Four threads that use every lock and condition of the library, together with four threads of another process.
 ///
-///     run=<name> process=<0 or 1> seconds=<how long> report=<path> log=<path>
+///     run=<name> process=<0 or 1> seconds=<duration> report=<path> log=<path>
 ///
-/// A round of a thread: it adds to a number that both processes map, under the named mutex; passes a turn to its
-/// partner in the other process and gets it back, through named conditions; puts a token into a store of its process
-/// and takes one out, waiting without limit on a condition; and meets the other threads of its process, the last of
-/// which wakes them by a broadcast. Process 0 says which round is the last.
+/// In each round a thread
+/// - adds one to a number that both processes map, under the named mutex,
+/// - passes a turn to its partner in the other process and gets it back, with named conditions,
+/// - puts a token into a counter of its process or takes one, and waits without a limit on a condition,
+/// - meets the other threads of its process; the last one wakes them by a broadcast.
+/// Process 0 decides which round is the last.
 ///
-/// The report has a line "additions=<count>" at the end of a whole run. When a thread has not moved for a while, it
-/// tells for each thread what that waits for, and the exit code is 3.
+/// After a complete run the report has the line "additions=<count>". If a thread makes no progress for 20 seconds, the
+/// report lists what each thread waits for, and the exit code is 3.
 
 #include <array>
 #include <atomic>
@@ -34,16 +36,16 @@ namespace {
 using Clock = std::chrono::steady_clock;
 
 constexpr unsigned int kThreads = test::StressFigures::kThreads;
-constexpr std::chrono::seconds kStuck{20};
+constexpr std::chrono::seconds kProgressTimeout{20};
 
-/// What a thread does, for the watchdog.
+/// The progress of a thread, for the watchdog.
 struct Activity {
     std::atomic<const char*> waitsFor{"the start"};
     std::atomic<unsigned long long> steps{0};
     std::atomic<bool> finished{false};
 };
 
-/// The named objects of one thread and its partner.
+/// The named conditions of one thread and its partner.
 struct Turn {
     explicit Turn(const std::wstring& name)
         : toSecond((name + L"_to_second").c_str()), toFirst((name + L"_to_first").c_str()) {}
@@ -64,7 +66,8 @@ public:
         }
     }
 
-    /// True when every thread came to its end; otherwise `report` tells what they wait for.
+    /// Returns true if every thread completed without an exception. If a thread hangs, `report` lists what they wait
+    /// for.
     bool run(std::FILE* report) {
         std::vector<std::thread> threads;
         for (unsigned int thread = 0; thread != kThreads; ++thread) {
@@ -86,7 +89,7 @@ private:
             for (long long round = 0; round <= m_figures->lastRound; ++round) {
                 add(thread);
                 passTurn(thread);
-                bringOrTake(thread);
+                putOrTakeToken(thread);
                 meetOthers(thread, round);
             }
         } catch (...) {
@@ -105,7 +108,7 @@ private:
         const vorel::Guard held(m_mutex);
         const long long before = m_figures->number;
         if (before % 16 == 0) {
-            vorel::Sleep(0);  // lets others try their luck
+            vorel::Sleep(0);  // gives other threads a chance to race
         }
         m_figures->number = before + 1;
         ++m_additions;
@@ -123,20 +126,20 @@ private:
         }
     }
 
-    /// Half of the threads bring a token each, the others take one each.
-    void bringOrTake(unsigned int thread) {
+    /// Half of the threads put one token each, the others take one token each.
+    void putOrTakeToken(unsigned int thread) {
         enter(thread, "a token");
         const vorel::Guard held(m_lock);
         if (thread % 2 == 0) {
             ++m_tokens;
-            m_tokenBrought.signal();
+            m_tokenAvailable.signal();
             return;
         }
         while (m_tokens == 0) {
-            m_tokenBrought.wait(-1);
+            m_tokenAvailable.wait(-1);
         }
         if (--m_tokens != 0) {
-            m_tokenBrought.signal();  // two signals may have become one: the second waiter is told here
+            m_tokenAvailable.signal();  // two signals may have merged: wakes the second waiter
         }
     }
 
@@ -147,22 +150,22 @@ private:
             m_arrived = 0;
             m_meeting = round;
             if (m_isFirst && m_figures->lastRound == test::StressFigures::kNoEnd && Clock::now() > m_end) {
-                m_figures->lastRound = round + 1;  // the partners read it behind their next turn
+                m_figures->lastRound = round + 1;  // the partners read it after their next turn
             }
             m_allArrived.broadcast();
             return;
         }
-        // A thread that has left the lock and does not wait yet may miss a broadcast: it looks again by itself.
+        // A thread that has released the lock but does not wait yet may miss a broadcast, so the wait is repeated.
         while (m_meeting != round) {
             m_allArrived.wait(20);
         }
     }
 
-    /// Waits for the threads; false when one has not moved for too long.
+    /// Waits for the threads. Returns false if one makes no progress for too long.
     bool watch(std::FILE* report) {
         std::array<unsigned long long, kThreads> steps{};
-        std::array<Clock::time_point, kThreads> moved{};
-        moved.fill(Clock::now());
+        std::array<Clock::time_point, kThreads> lastProgress{};
+        lastProgress.fill(Clock::now());
         for (;;) {
             bool allFinished = true;
             for (unsigned int thread = 0; thread != kThreads; ++thread) {
@@ -170,9 +173,9 @@ private:
                 allFinished = allFinished && activity.finished;
                 if (activity.finished || activity.steps != steps[thread]) {
                     steps[thread] = activity.steps;
-                    moved[thread] = Clock::now();
-                } else if (Clock::now() - moved[thread] > kStuck) {
-                    tell(report);
+                    lastProgress[thread] = Clock::now();
+                } else if (Clock::now() - lastProgress[thread] > kProgressTimeout) {
+                    reportThreads(report);
                     return false;
                 }
             }
@@ -183,7 +186,7 @@ private:
         }
     }
 
-    void tell(std::FILE* report) const {
+    void reportThreads(std::FILE* report) const {
         for (unsigned int thread = 0; thread != kThreads; ++thread) {
             std::fprintf(report, "process %d, thread %u, step %llu: %s%s\n", m_isFirst ? 0 : 1, thread,
                          m_activities[thread].steps.load(), m_activities[thread].finished ? "finished" : "waits for ",
@@ -198,7 +201,7 @@ private:
     std::vector<std::unique_ptr<Turn>> m_turns;
 
     vorel::ForcedCriticalSection m_lock;
-    vorel::Condition m_tokenBrought{m_lock};
+    vorel::Condition m_tokenAvailable{m_lock};
     vorel::Condition m_allArrived{m_lock};
     long long m_tokens = 0;
     unsigned int m_arrived = 0;
@@ -216,10 +219,10 @@ int stress(const test::ChildArguments& arguments) {
         return 1;
     }
     Stress threads(arguments);
-    const bool whole = threads.run(report);
+    const bool completed = threads.run(report);
     (void)std::fclose(report);
-    if (!whole) {
-        std::_Exit(3);  // without the threads that hang
+    if (!completed) {
+        std::_Exit(3);  // without joining the threads that hang
     }
     return 0;
 }

@@ -1,5 +1,5 @@
 /// \file
-/// Logs from everywhere that is not `main`: the constructor and the destructor of a global object, and functions that
+/// Logs not only in `main`, but also in the constructor and the destructor of a global object, and in functions that
 /// run at exit, one before that destructor and one after it.
 
 #include <cstdlib>
@@ -12,7 +12,7 @@ namespace {
 
 void logSilenced() {
     Exception::DisableThreadErrorLogging(true);
-    Exception::warn("unheard");
+    Exception::warn("silenced");
     Exception::DisableThreadErrorLogging(false);
 }
 

@@ -1,12 +1,11 @@
 /// \file
-/// Writes stress lines to an error log, from several threads at once.
+/// Writes stress lines to an error log from several threads at the same time.
 ///
-///     log=<path> limit=<bytes> writer=<number> threads=<count> lines=<per thread; 0: without end>
+///     log=<path> limit=<bytes> writer=<number> threads=<count> lines=<per thread; 0: endless>
 ///     start=<event to wait for> [turn=<mutex to hold for each line>] [progress=<event>] result=<path>
 ///
-/// `progress` is set when every thread has written its first ten lines. The result tells the id of each thread, and
-/// which lines took so long that the log may have given them up: that is the only thing about a dropped line that
-/// its writer can see.
+/// Sets `progress` when every thread has written its first ten lines. The result contains the id of each thread, and
+/// the lines that took so long that the log may have dropped them. A writer has no other sign of a dropped line.
 
 #include <atomic>
 #include <chrono>
@@ -32,7 +31,7 @@ using test::ChildArguments;
 
 constexpr unsigned int kLinesOfProgress = 10;
 
-/// Holds a mutex that may be missing.
+/// Holds a mutex, or nothing if the handle is null.
 class Turn {
 public:
     explicit Turn(HANDLE mutex) : m_mutex(mutex) {
@@ -85,7 +84,7 @@ private:
         result.threadId = GetCurrentThreadId();
         for (unsigned int number = 0; m_lines == 0 || number != m_lines; ++number) {
             const std::wstring text = test::stressLine({m_writer, thread, number}).wide;
-            if (writeTimed(text.c_str()) >= test::kShortestDrop) {
+            if (writeTimed(text.c_str()) >= test::kMinDropTime) {
                 result.slowLines.push_back(number);
             }
             if (number + 1 == kLinesOfProgress && --m_threadsWithoutProgress == 0 && m_progress) {

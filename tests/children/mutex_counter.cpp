@@ -1,9 +1,9 @@
 /// \file
-/// Adds one to the number in a file, again and again, each time under a named mutex: reads it, and writes it back.
+/// Adds one to the number in a file, repeatedly: each round reads and writes it under a named mutex.
 ///
 ///     mutex=<name> file=<path> rounds=<count> go=<event> log=<path>
 ///
-/// Begins when `go` is set.
+/// Starts when `go` is set.
 
 #include <vorel/core/Guard.h>
 #include <vorel/exceptions/Exception.h>

@@ -1,9 +1,9 @@
 /// \file
-/// Takes a named mutex and keeps it.
+/// Locks a named mutex and holds it.
 ///
 ///     mutex=<name> held=<event> release=<event> log=<path>
 ///
-/// `held` is set when the mutex is there. It is given back when `release` is set.
+/// Sets `held` when it owns the mutex. Unlocks the mutex when `release` is set, or after 30 seconds.
 
 #include <vorel/exceptions/Exception.h>
 #include <vorel/sync/AutoMutex.h>

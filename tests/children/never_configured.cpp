@@ -1,5 +1,5 @@
 /// \file
-/// Writes three lines, and never says where to.
+/// Logs three lines without setting the location of the log.
 
 #include <vorel/exceptions/Exception.h>
 

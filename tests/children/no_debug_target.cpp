@@ -1,6 +1,5 @@
 /// \file
-/// A program in which no debug target is switched on, and later another one: its debug calls do not look at what they
-/// are given.
+/// Debug calls do not read their arguments, first while no debug target is active, then while only another one is.
 
 #include <cstdarg>
 #include <cstdint>
@@ -11,7 +10,7 @@ using vorel::Exception;
 
 namespace {
 
-/// Whoever reads a text from here faults.
+/// A pointer that faults on access.
 template <class T>
 const T* nowhere() {
     return reinterpret_cast<const T*>(std::uintptr_t{16});
@@ -45,14 +44,14 @@ int main() {
     if (isAnyActive()) {
         return 1;
     }
-    // Switching targets off is not the same as using them.
+    // Switching a target off must not count as using targets.
     Exception::setDebugTarget("Target", false);
     Exception::setDebugTarget(L"Target", false);
     debugAll(nowhere<char>(), nowhere<wchar_t>());
     if (isAnyActive()) {
         return 2;
     }
-    // Once a target is on, the names are compared, and still no message is rendered for another.
+    // While a target is active, names are compared, but no message is rendered for other targets.
     Exception::setDebugTarget("Other", true);
     Exception::setDebugTarget(L"Other", true);
     debugAll("Target", L"Target");

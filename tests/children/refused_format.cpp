@@ -1,8 +1,8 @@
 /// \file
-/// Hands the library a format that the runtime refuses, without an invalid-parameter handler: the runtime ends such a
-/// program when a call of it is not protected. The argument is the number of the entry in `kRefusedFormats`.
+/// Passes the library a format that the runtime rejects, without an invalid-parameter handler. The runtime ends the
+/// program if the library does not protect the call. The argument is an index into `kRefusedFormats`.
 ///
-/// Ends with 0, or with 1 for a wrong number.
+/// The exit code is 0, or 1 for an invalid index.
 
 #include <cstdlib>
 #include <iterator>
@@ -17,7 +17,7 @@ int main(int argumentCount, char** arguments) {
         return 1;
     }
     vorel::Exception::SetErrorLogLocation("errors.txt", 0);
-    _set_invalid_parameter_handler(nullptr);  // the library's, or the one of the compiler's start-up code
+    _set_invalid_parameter_handler(nullptr);  // removes that of the library or of the start-up code
     test::kRefusedFormats[number].use();
     return 0;
 }

@@ -1,14 +1,16 @@
 /// \file
-/// The second process of the tests of secured objects: obtains an object that the test has, too, and uses it.
+/// The second process in the tests of secured objects: obtains an object that the test has opened, and uses it.
 ///
-///     task=mutex name=<mutex> [held=<event> release=<event>]   takes it if it is free, keeps it from `held` to
-///     `release` task=event name=<event> answer=<event>                   waits for the one, then signals the other
+///     task=mutex name=<mutex> [held=<event> release=<event>]
+///         locks the mutex if it is free and unlocks it; with events, sets `held` and waits for `release` before
+///     task=event name=<event> answer=<event>
+///         waits for the first event, then sets the second one
 ///     task=mapping name=<mapping> [file=<path>] expect=<number> write=<number>
-///                                                              compares the mapping's first number, and changes it
+///         compares the first number of the mapping, and overwrites it
 ///     task=race name=<stem> folder=<path> parties=<number> rounds=<number> log=<path>
-///                                                              opens mappings at the same time as other processes
+///         opens mappings at the same time as other processes
 ///
-/// The exit code is made of the bits of PeerResult.
+/// The exit code is a combination of the bits of PeerResult.
 
 #include <string>
 
@@ -51,13 +53,13 @@ Handle obtainEvent(const std::wstring& name) {
 }
 
 test::PeerResult answerEvent(const ChildArguments& arguments) {
-    const Handle asked = obtainEvent(arguments.wide("name"));
+    const Handle request = obtainEvent(arguments.wide("name"));
     const Handle answer = obtainEvent(arguments.wide("answer"));
-    if (!asked || !answer) {
+    if (!request || !answer) {
         return 0;
     }
-    const bool came = WaitForSingleObject(asked.get(), test::kGenerousMs) == WAIT_OBJECT_0;
-    return test::kPeerObtained | (came && SetEvent(answer.get()) ? test::kPeerDone : 0);
+    const bool signalled = WaitForSingleObject(request.get(), test::kGenerousMs) == WAIT_OBJECT_0;
+    return test::kPeerObtained | (signalled && SetEvent(answer.get()) ? test::kPeerDone : 0);
 }
 
 Handle obtainMapping(const ChildArguments& arguments, test::PeerResult& result) {

@@ -1,11 +1,12 @@
 /// \file
-/// One process of the soak test: writes lines to the common log, adds to the common number under a named mutex, wakes
-/// its neighbour and is woken, converts there and back; until it is told to end, or is killed.
+/// One process of the soak test. Until the test ends or kills it, it writes lines to the common log, adds to the common
+/// number under a named mutex, wakes its neighbour, is woken by the other neighbour, and converts texts in both
+/// directions.
 ///
 ///     run=<name> process=<number> life=<number> log=<path>
 ///
-/// What it has done stands in the figures of the run. The exit code is 0 for a good end, 2 for a conversion that does
-/// not give back what went in, 3 for an exception.
+/// It counts its operations in the shared statistics. The exit code is 0 for success, 2 if a round trip of a conversion
+/// changes the text, 3 for an exception.
 
 #include <atomic>
 #include <chrono>
@@ -27,15 +28,15 @@ namespace {
 namespace util = vorel::util;
 using vorel::BaseString;
 
-constexpr unsigned int kWarmRounds = 300;
+constexpr unsigned int kWarmUpRounds = 300;
 constexpr unsigned int kRoundsPerSample = 64;
-constexpr unsigned int kRoundsPerLockedLine = 3;  // so that some die with the mutex in their hands
+constexpr unsigned int kRoundsPerLockedLine = 3;  // so that some processes are killed while they own the mutex
 
 void increase(volatile long long& count) {
     count = count + 1;
 }
 
-/// The memory that the process has for itself. Read from the map of its addresses: not every system keeps a count.
+/// The private memory of the process. Computed from its address map, because not every system counts it.
 long long privateKiB() {
     SIZE_T bytes = 0;
     MEMORY_BASIC_INFORMATION region = {};
@@ -46,8 +47,8 @@ long long privateKiB() {
     return static_cast<long long>(bytes / 1024);
 }
 
-/// Handles are given out from the lowest free place on.
-long long nextHandlePlace() {
+/// The index of a new handle. The system uses the lowest free index, so leaked handles increase it.
+long long nextHandleIndex() {
     const test::Handle handle(CreateEventW(nullptr, FALSE, FALSE, nullptr));
     return reinterpret_cast<long long>(handle.get()) / 4;
 }
@@ -65,7 +66,7 @@ public:
           m_numbers(m_life) {}
 
     int run() {
-        std::thread sleeper([this] { beWoken(); });
+        std::thread sleeper([this] { waitForSignals(); });
         int result = 0;
         for (unsigned int round = 0; m_figures->atEnd == 0 && result == 0; ++round) {
             if (round % kRoundsPerLockedLine == 0) {
@@ -78,11 +79,11 @@ public:
             }
             m_neighbours.signal();
             result = convert() ? 0 : 2;
-            if (round % kRoundsPerSample == 0 && round >= kWarmRounds) {
+            if (round % kRoundsPerSample == 0 && round >= kWarmUpRounds) {
                 sample();
             }
         }
-        m_ended = true;
+        m_isEnding = true;
         sleeper.join();
         return result;
     }
@@ -96,7 +97,7 @@ private:
         const std::wstring text = test::soakLine({m_process, m_life, number});
         const auto start = std::chrono::steady_clock::now();
         vorel::Exception::warn(L"%ls", text.c_str());
-        if (std::chrono::steady_clock::now() - start >= test::kShortestDrop) {
+        if (std::chrono::steady_clock::now() - start >= test::kMinDropTime) {
             increase(m_counts.slowLines);
         }
         increase(m_counts.lines);
@@ -108,9 +109,9 @@ private:
         increase(m_counts.additions);
     }
 
-    /// Waits with an end, because the neighbour may be dead just now.
-    void beWoken() {
-        while (!m_ended) {
+    /// Waits with a limit, because the neighbour may have been killed.
+    void waitForSignals() {
+        while (!m_isEnding) {
             if (m_mine.wait(100)) {
                 increase(m_counts.wakeUps);
             }
@@ -146,7 +147,7 @@ private:
 
     void sample() {
         m_counts.memoryKiB = privateKiB();
-        m_counts.handles = nextHandlePlace();
+        m_counts.handles = nextHandleIndex();
         if (m_counts.memoryKiBFirst == 0) {
             m_counts.memoryKiBFirst = m_counts.memoryKiB;
             m_counts.handlesFirst = m_counts.handles;
@@ -161,7 +162,7 @@ private:
     vorel::NamedCondition m_mine;
     vorel::NamedCondition m_neighbours;
     test::StressNumbers m_numbers;
-    std::atomic<bool> m_ended{false};
+    std::atomic<bool> m_isEnding{false};
 
     BaseString<char> m_utf8;
     BaseString<wchar_t> m_wide;

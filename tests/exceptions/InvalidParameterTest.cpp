@@ -122,8 +122,8 @@ TEST_F(InvalidParameter, FirstLocationInstallsTheHandlerAndUnloadingRemovesIt) {
     EXPECT_EQ(test::runChild(L"handler_at_unload", {L"ours"}, {.directory = m_log.folder().widePath()}), 0u);
 }
 
-TEST_F(InvalidParameter, UnloadingKeepsTheHandlerOfTheProgram) {
-    EXPECT_EQ(test::runChild(L"handler_at_unload", {L"anothers"}, {.directory = m_log.folder().widePath()}), 0u);
+TEST_F(InvalidParameter, UnloadingLeavesAnothersHandler) {
+    EXPECT_EQ(test::runChild(L"handler_at_unload", {L"own"}, {.directory = m_log.folder().widePath()}), 0u);
 }
 
 }  // namespace

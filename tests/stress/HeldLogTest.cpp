@@ -1,5 +1,5 @@
 /// \file
-/// Another process holds the lock on the log.
+/// Tests of the log while another process holds its lock.
 
 #include <cerrno>
 #include <chrono>
@@ -21,12 +21,12 @@ using std::chrono::milliseconds;
 using ::testing::ElementsAre;
 using vorel::Exception;
 
-/// Some of a writer's attempts fail in that time, by far not all.
+/// A writer makes some of its attempts in this time, but not nearly all.
 constexpr unsigned int kHoldMs = 300;
 
 class HeldLogTest : public ::testing::Test {
 protected:
-    /// Starts a process that locks the log for that time at most, and waits until it has the lock.
+    /// Starts a process that locks the log for at most `holdMs`, and waits until it holds the lock.
     void holdLog(unsigned int holdMs, const std::string& text = {}) {
         m_holder = std::make_unique<test::ChildProcess>(
             L"lock_holder", std::vector<std::wstring>{L"log=" + std::wstring(m_log.path().begin(), m_log.path().end()),
@@ -49,7 +49,7 @@ protected:
     std::unique_ptr<test::ChildProcess> m_holder;
 };
 
-TEST_F(HeldLogTest, LineIsDroppedAfterThirtySleepsAndNothingIsReported) {
+TEST_F(HeldLogTest, DropsLineSilentlyAfterThirtySleeps) {
     Exception::warn("before");
     holdLog(3000);
     Exception e;
@@ -57,15 +57,15 @@ TEST_F(HeldLogTest, LineIsDroppedAfterThirtySleepsAndNothingIsReported) {
     errno = ERANGE;
     SetLastError(kSomeError);
 
-    const milliseconds taken = timeOf([&] { e.appendMessage(L"nobody will read this"); });
+    const milliseconds taken = timeOf([&] { e.appendMessage(L"dropped line"); });
 
     const DWORD lastError = GetLastError();
     EXPECT_EQ(errno, ERANGE);
     EXPECT_EQ(lastError, kSomeError);
-    EXPECT_FALSE(m_holder->exitCode().has_value()) << "the lock was gone before the line was";
+    EXPECT_FALSE(m_holder->exitCode().has_value()) << "the lock was released before the line was dropped";
     EXPECT_GE(taken, milliseconds(1300));
     EXPECT_LE(taken, milliseconds(2500));
-    EXPECT_STREQ(e.what(), L"nobody will read this");
+    EXPECT_STREQ(e.what(), L"dropped line");
     EXPECT_EQ(e.getMessageTotal(), 1u);
 
     m_release.set();
@@ -75,28 +75,28 @@ TEST_F(HeldLogTest, LineIsDroppedAfterThirtySleepsAndNothingIsReported) {
     EXPECT_THAT(m_log.messages(), ElementsAre("WARN: before", "WARN: after"));
 }
 
-TEST_F(HeldLogTest, LineIsWrittenWhenTheLockComesFreeInTime) {
+TEST_F(HeldLogTest, WritesLineWhenLockIsReleasedInTime) {
     holdLog(kHoldMs);
     Exception::warn("waited for");
     EXPECT_THAT(m_log.messages(), ElementsAre("WARN: waited for"));
 }
 
-TEST_F(HeldLogTest, RotationIsSkippedWhileTheLogIsHeld) {
+TEST_F(HeldLogTest, SkipsRotationWhileLogIsLocked) {
     Exception::warn("oldest");
     Exception::SetErrorLogSize(10);
-    Exception::warn("older");  // moves the oldest line to the backup
+    Exception::warn("older");  // rotation moves the oldest line to the backup
     holdLog(kHoldMs);
     Exception::warn("written to the long log");
     EXPECT_THAT(test::readLogMessages(m_log.backupPath()), ElementsAre("WARN: oldest"));
     EXPECT_THAT(m_log.messages(), ElementsAre("WARN: older", "WARN: written to the long log"));
 
     ASSERT_TRUE(m_holder->wait());
-    Exception::warn("written to a fresh one");
+    Exception::warn("written to a new log");
     EXPECT_THAT(test::readLogMessages(m_log.backupPath()), ElementsAre("WARN: older", "WARN: written to the long log"));
-    EXPECT_THAT(m_log.messages(), ElementsAre("WARN: written to a fresh one"));
+    EXPECT_THAT(m_log.messages(), ElementsAre("WARN: written to a new log"));
 }
 
-TEST_F(HeldLogTest, ProcessKilledWithTheLockLeavesItToOthers) {
+TEST_F(HeldLogTest, WritesLineWhenOwnerOfLockWasKilled) {
     Exception::warn("before");
     holdLog(test::kGenerousMs);
     m_holder->terminate();
@@ -104,13 +104,13 @@ TEST_F(HeldLogTest, ProcessKilledWithTheLockLeavesItToOthers) {
     EXPECT_THAT(m_log.messages(), ElementsAre("WARN: before", "WARN: after"));
 }
 
-TEST_F(HeldLogTest, LineBehindOneThatAKilledProcessLeftHalfIsWhole) {
+TEST_F(HeldLogTest, WritesCompleteLineAfterPartialLineOfKilledProcess) {
     Exception::warn("before");
     holdLog(test::kGenerousMs, "[Mon Nov 16 01:43:08 2026] host7.4312.98");
     m_holder->terminate();
     Exception::warn("after");
 
-    // The half line has no end, so the next one stands behind it.
+    // The partial line has no line end, so the next line follows it directly.
     const std::vector<std::string> lines = test::readLines(m_log.path());
     ASSERT_EQ(lines.size(), 2u);
     const std::size_t next = lines[1].rfind('[');

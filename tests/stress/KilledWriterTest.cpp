@@ -1,5 +1,5 @@
 /// \file
-/// Processes are killed while they write. What they leave is at most one half line each; the others go on.
+/// Kills processes while they write. Each leaves at most one partial line, and the other processes keep writing.
 
 #include <string>
 #include <string_view>
@@ -17,11 +17,11 @@ using test::LogWriters;
 using test::StressLineId;
 
 struct Remains {
-    std::vector<StressLineId> whole;
+    std::vector<StressLineId> complete;
     unsigned int torn = 0;
 };
 
-/// Reads a log in which a line may stand behind one that was not finished.
+/// Reads a log in which a line may follow a partial line without a line end.
 Remains readRemains(const std::string& path, const LogWriters& writers) {
     constexpr std::string_view kEnd = "\r\n";
     Remains remains;
@@ -31,21 +31,21 @@ Remains readRemains(const std::string& path, const LogWriters& writers) {
         std::string_view line = rest.substr(0, length);
         rest.remove_prefix(length == std::string_view::npos ? rest.size() : length + kEnd.size());
         StressLineId id;
-        bool whole = test::isWholeLine(line, writers, id);
-        remains.torn += whole ? 0u : 1u;
-        while (!whole && !line.empty()) {
+        bool complete = test::isCompleteLine(line, writers, id);
+        remains.torn += complete ? 0u : 1u;
+        while (!complete && !line.empty()) {
             const std::size_t start = line.find('[', 1);
             line.remove_prefix(start == std::string_view::npos ? line.size() : start);
-            whole = test::isWholeLine(line, writers, id);
+            complete = test::isCompleteLine(line, writers, id);
         }
-        if (whole) {
-            remains.whole.push_back(id);
+        if (complete) {
+            remains.complete.push_back(id);
         }
     }
     return remains;
 }
 
-TEST(KilledWriterTest, OthersGoOnWhenWritersAreKilledWhileTheyWrite) {
+TEST(KilledWriterTest, OtherWritersLoseNoLineWhenWritersAreKilled) {
     constexpr unsigned int kSurvivors = 3;
     constexpr unsigned int kVictims = 3;
     constexpr unsigned int kLinesPerThread = 200;
@@ -56,7 +56,7 @@ TEST(KilledWriterTest, OthersGoOnWhenWritersAreKilledWhileTheyWrite) {
         const test::TemporaryLog log;
         LogWriters writers(log, -1);
         writers.add(kSurvivors, kLinesPerThread);
-        writers.add(kVictims, test::kWithoutEnd);
+        writers.add(kVictims, test::kEndless);
         writers.go();
         ASSERT_TRUE(writers.waitForProgress());
         for (unsigned int victim = kSurvivors; victim != kSurvivors + kVictims; ++victim) {
@@ -65,7 +65,7 @@ TEST(KilledWriterTest, OthersGoOnWhenWritersAreKilledWhileTheyWrite) {
         ASSERT_TRUE(writers.finish());
 
         const Remains remains = readRemains(log.path(), writers);
-        test::expectAllLines(writers, remains.whole);
+        test::expectAllLines(writers, remains.complete);
         EXPECT_LE(remains.torn, kVictims);
         torn += remains.torn;
     }

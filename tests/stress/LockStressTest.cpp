@@ -1,6 +1,6 @@
 /// \file
-/// Eight threads in two processes lock, signal, wait and broadcast for a while: 5 seconds, or as many as
-/// VOREL_STRESS_SECONDS says. Nothing may be lost, and nobody may wait for ever.
+/// Eight threads in two processes lock, signal, wait and broadcast for 5 seconds, or for VOREL_STRESS_SECONDS. No
+/// wake-up may be lost, and no thread may wait forever.
 
 #include <cstdlib>
 #include <string>
@@ -20,16 +20,16 @@ using testing::IsEmpty;
 using testing::StartsWith;
 
 long long seconds() {
-    const char* const wanted = std::getenv("VOREL_STRESS_SECONDS");
-    return wanted ? std::strtoll(wanted, nullptr, 10) : 5;
+    const char* const value = std::getenv("VOREL_STRESS_SECONDS");
+    return value ? std::strtoll(value, nullptr, 10) : 5;
 }
 
 std::wstring wide(const std::string& ascii) {
     return {ascii.begin(), ascii.end()};
 }
 
-TEST(LockStressTest, NoWakeUpIsLostAndNobodyWaitsForEver) {
-    constexpr DWORD kMoreThanTheWatchdogsMs = 60000;
+TEST(LockStressTest, LosesNoWakeUpAndNoThreadHangs) {
+    constexpr DWORD kWatchdogMarginMs = 60000;
     const test::TemporaryLog log;
     const std::wstring run = test::NamedEvent::uniqueName(L"stress");
     test::SharedStressFigures figures(run + L"_figures");
@@ -46,16 +46,17 @@ TEST(LockStressTest, NoWakeUpIsLostAndNobodyWaitsForEver) {
     }
     long long additions = 0;
     for (std::size_t process = 0; process != processes.size(); ++process) {
-        EXPECT_TRUE(processes[process].wait(static_cast<DWORD>(seconds() * 1000) + kMoreThanTheWatchdogsMs));
+        EXPECT_TRUE(processes[process].wait(static_cast<DWORD>(seconds() * 1000) + kWatchdogMarginMs));
         EXPECT_EQ(processes[process].exitCode(), 0u);
         const std::vector<std::string> lines = test::readLines(reports[process]);
-        ASSERT_THAT(lines, ElementsAre(StartsWith("additions="))) << "what each thread waits for";
+        ASSERT_THAT(lines, ElementsAre(StartsWith("additions=")))
+            << "a thread hangs; the report lists what each thread waits for";
         additions += std::strtoll(lines[0].c_str() + lines[0].find('=') + 1, nullptr, 10);
     }
-    EXPECT_EQ(figures->number, additions) << "two threads were in the mutex at once";
+    EXPECT_EQ(figures->number, additions) << "two threads owned the mutex at the same time";
     EXPECT_EQ(additions, 2LL * test::StressFigures::kThreads * (figures->lastRound + 1));
-    // cppcheck-suppress compareValueOutOfTypeRangeError; the other processes have set it meanwhile
-    EXPECT_GE(figures->lastRound, 10) << "it was a trial";
+    // cppcheck-suppress compareValueOutOfTypeRangeError; another process has changed it
+    EXPECT_GE(figures->lastRound, 10) << "too few rounds for a meaningful test";
     EXPECT_THAT(log.messages(), IsEmpty());
     RecordProperty("rounds", std::to_string(figures->lastRound + 1));
 }

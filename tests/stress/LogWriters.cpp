@@ -28,29 +28,29 @@ std::wstring wide(const std::string& ascii) {
     return {ascii.begin(), ascii.end()};
 }
 
-/// What is wrong with `line`; empty for a whole stress line.
+/// Describes the defect of `line`; empty for a complete stress line of one of the writers.
 std::string defectOf(std::string_view line, const LogWriters& writers, StressLineId& id) {
     constexpr std::string_view kPrefix = "WARN: ";
     const std::optional<LogLine> fields = parseLogLine(line);
     if (!fields || fields->milliseconds || !isTimeText(fields->time)) {
-        return "not in the form of a line";
+        return "not in the form of a log line";
     }
     const std::string_view message = fields->message;
     const std::optional<StressLineId> found =
         message.starts_with(kPrefix) ? readStressLine(message.substr(kPrefix.size())) : std::nullopt;
     if (!found) {
-        return "torn";
+        return "incomplete";
     }
     id = *found;
     if (id.writer >= writers.all().size() || id.thread >= kThreadsPerWriter) {
-        return "from nobody";
+        return "from an unknown writer";
     }
     const LogWriter& writer = writers.all()[id.writer];
     if (fields->processId != writer.process->processId()) {
-        return "under the id of another process";
+        return "marked with the id of another process";
     }
     if (!writer.threads.empty() && fields->threadId != writer.threads[id.thread].threadId) {
-        return "under the id of another thread";
+        return "marked with the id of another thread";
     }
     return {};
 }
@@ -82,7 +82,7 @@ bool LogWriters::waitForProgress() const {
 bool LogWriters::finish() {
     constexpr DWORD kLimitMs = 120000;
     return std::all_of(m_writers.begin(), m_writers.end(), [](LogWriter& writer) {
-        if (writer.lines == kWithoutEnd) {
+        if (writer.lines == kEndless) {
             return true;
         }
         if (!writer.process->wait(kLimitMs) || writer.process->exitCode() != DWORD{0}) {
@@ -103,12 +103,12 @@ std::size_t LogWriters::slowLines() const {
     return count;
 }
 
-bool isWholeLine(std::string_view line, const LogWriters& writers, StressLineId& id) {
+bool isCompleteLine(std::string_view line, const LogWriters& writers, StressLineId& id) {
     return defectOf(line, writers, id).empty();
 }
 
 std::vector<StressLineId> readStressLog(const std::string& path, const LogWriters& writers) {
-    constexpr std::size_t kShown = 200;
+    constexpr std::size_t kMaxShownBytes = 200;
     std::vector<StressLineId> found;
     for (const std::string& line : readLines(path)) {
         StressLineId id;
@@ -116,7 +116,7 @@ std::vector<StressLineId> readStressLog(const std::string& path, const LogWriter
         if (defect.empty()) {
             found.push_back(id);
         } else {
-            ADD_FAILURE() << path << ": a line is " << defect << ": " << line.substr(0, kShown);
+            ADD_FAILURE() << path << ": a line is " << defect << ": " << line.substr(0, kMaxShownBytes);
         }
     }
     return found;
@@ -134,7 +134,7 @@ void expectAllLines(const LogWriters& writers, const std::vector<StressLineId>& 
                 const unsigned int count = times[{writer.number, thread, number}];
                 const bool mayBeMissing = std::find(slow.begin(), slow.end(), number) != slow.end();
                 EXPECT_TRUE(count == 1 || (count == 0 && mayBeMissing))
-                    << "writer " << writer.number << ", thread " << thread << ", line " << number << " is there "
+                    << "writer " << writer.number << ", thread " << thread << ", line " << number << " was found "
                     << count << " times";
             }
         }

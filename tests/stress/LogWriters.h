@@ -1,5 +1,5 @@
 /// \file
-/// Processes that write stress lines to one log at the same time, and what they wrote, read back.
+/// Starts processes that write stress lines to one log at the same time, and reads the lines back.
 #pragma once
 
 #include <map>
@@ -19,42 +19,43 @@ namespace test {
 
 inline constexpr unsigned int kWriters = 6;
 inline constexpr unsigned int kThreadsPerWriter = 4;
-inline constexpr unsigned int kWithoutEnd = 0;
+inline constexpr unsigned int kEndless = 0;
 
-/// One process that writes.
+/// One writing process.
 struct LogWriter {
     unsigned int number = 0;
-    unsigned int lines = 0;  ///< of each thread
+    unsigned int lines = 0;  ///< per thread
     NamedEvent progress{NamedEvent::uniqueName(L"progress")};
     std::string resultPath;
     std::unique_ptr<ChildProcess> process;
-    std::vector<ThreadResult> threads;  ///< known at its end
+    std::vector<ThreadResult> threads;  ///< filled in by `LogWriters::finish`
 };
 
 class LogWriters {
 public:
-    /// `limitBytes` is the size limit that the writers give their log.
+    /// `limitBytes` is the size limit that the writers set for the log.
     LogWriters(const TemporaryLog& log, long long limitBytes) : m_log(log), m_limitBytes(limitBytes) {}
 
-    /// From here on the writers hold one mutex for each line: at no time do two of them want the log.
+    /// Writers that are added from now on lock a common mutex for each line, so they never compete for the log.
     void takeTurns() { m_turn = NamedEvent::uniqueName(L"turn"); }
 
-    /// Starts `count` processes, which wait until they are let go.
+    /// Starts `count` processes, which wait for `go`.
     void add(unsigned int count, unsigned int linesPerThread);
 
-    /// Lets all go that have been added.
+    /// Lets all added processes write.
     void go() const { m_start.set(); }
 
-    /// Waits until each writer has written some lines; false when one has not in time.
+    /// Waits until each writer has written some lines. Returns false after a limit.
     [[nodiscard]] bool waitForProgress() const;
 
-    /// Waits for the end of those that have one and collects their results; false when one fails or has no result.
+    /// Waits for the writers that are not endless and collects their results. Returns false if one fails or has no
+    /// result.
     [[nodiscard]] bool finish();
 
     [[nodiscard]] const std::vector<LogWriter>& all() const { return m_writers; }
     [[nodiscard]] std::vector<LogWriter>& all() { return m_writers; }
 
-    /// Lines that took so long that they may have been given up.
+    /// The number of lines that took so long that the log may have dropped them.
     [[nodiscard]] std::size_t slowLines() const;
 
 private:
@@ -65,15 +66,14 @@ private:
     std::vector<LogWriter> m_writers;
 };
 
-/// The line of a log that holds a whole stress line, from one of the threads that can have written it. A failure of the
-/// test says why another is none.
-bool isWholeLine(std::string_view line, const LogWriters& writers, StressLineId& id);
+/// Whether `line` is a log line with a complete stress line from one of the writers. Stores its id.
+bool isCompleteLine(std::string_view line, const LogWriters& writers, StressLineId& id);
 
-/// The stress lines of a log, in the order of the file. Anything else in it is a failure of the test.
+/// The stress lines of a log, in the order of the file. Any other line fails the test.
 std::vector<StressLineId> readStressLog(const std::string& path, const LogWriters& writers);
 
-/// Expects each line of the writers that came to their end exactly once in `found`; one that the log may have given up
-/// (see kShortestDrop) at most once.
+/// Expects each line of the finished writers exactly once in `found`, or at most once if the log may have dropped it
+/// (see kMinDropTime).
 void expectAllLines(const LogWriters& writers, const std::vector<StressLineId>& found);
 
 }  // namespace test

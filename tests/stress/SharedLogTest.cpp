@@ -1,11 +1,11 @@
 /// \file
-/// Six processes with four threads each write one log.
+/// Six processes with four threads each write to one log.
 ///
-/// A line that finds the log locked 31 times in a row is given up without a word, so under contention no count of lines
-/// can be promised. But giving up takes 1.4 s of sleep, which the writer can see on its clock. Each writer therefore
-/// names the calls that took that long: all other lines have to be there, once and whole. On two cores no call comes
-/// near it (the slowest of 12,000 took 0.25 s), so in fact all lines are looked for. Where the writers take turns there
-/// is no contention and no such way out: every line has to be there, whatever its call took.
+/// The log silently drops a line that finds the file locked in all 31 attempts. So under contention no number of lines
+/// is guaranteed. But dropping a line takes 1.4 s of sleep, which the writer can measure. Each writer lists the calls
+/// that took so long that they may have been dropped. All other lines must be in the log, exactly once and complete. On
+/// two cores no call takes nearly that long (the slowest of 12,000 took 0.25 s), so in practice all lines are expected.
+/// Without contention, when the writers take turns, every line must be in the log, however long its call took.
 
 #include <cstdio>
 #include <map>
@@ -26,7 +26,7 @@ using test::StressLineId;
 constexpr long long kUnlimited = -1;
 constexpr unsigned int kLinesPerThread = 500;
 
-TEST(SharedLogTest, EveryLineIsThereOnceAndWholeUnderContention) {
+TEST(SharedLogTest, ContainsEveryLineOnceUnderContention) {
     const test::TemporaryLog log;
     LogWriters writers(log, kUnlimited);
     writers.add(test::kWriters, kLinesPerThread);
@@ -36,10 +36,10 @@ TEST(SharedLogTest, EveryLineIsThereOnceAndWholeUnderContention) {
     const std::vector<StressLineId> found = test::readStressLog(log.path(), writers);
     test::expectAllLines(writers, found);
     EXPECT_LE(found.size(), std::size_t{test::kWriters} * test::kThreadsPerWriter * kLinesPerThread);
-    RecordProperty("LinesThatMayHaveBeenGivenUp", static_cast<int>(writers.slowLines()));
+    RecordProperty("LinesThatMayHaveBeenDropped", static_cast<int>(writers.slowLines()));
 }
 
-TEST(SharedLogTest, EveryLineIsThereOnceAndWholeWhenWritersTakeTurns) {
+TEST(SharedLogTest, ContainsEveryLineOnceWhenWritersTakeTurns) {
     constexpr unsigned int kLines = 60;
     const test::TemporaryLog log;
     LogWriters writers(log, kUnlimited);
@@ -49,7 +49,7 @@ TEST(SharedLogTest, EveryLineIsThereOnceAndWholeWhenWritersTakeTurns) {
     ASSERT_TRUE(writers.finish());
     for (test::LogWriter& writer : writers.all()) {
         for (test::ThreadResult& thread : writer.threads) {
-            thread.slowLines.clear();  // without contention nothing is given up
+            thread.slowLines.clear();  // without contention no line may be dropped
         }
     }
     const std::vector<StressLineId> found = test::readStressLog(log.path(), writers);
@@ -57,9 +57,9 @@ TEST(SharedLogTest, EveryLineIsThereOnceAndWholeWhenWritersTakeTurns) {
     EXPECT_EQ(found.size(), std::size_t{test::kWriters} * test::kThreadsPerWriter * kLines);
 }
 
-TEST(SharedLogTest, LogAndBackupHoldOnlyWholeLinesUnderASmallLimit) {
+TEST(SharedLogTest, LogAndBackupContainOnlyCompleteLinesWithSmallLimit) {
     constexpr long long kLimitBytes = 200000;
-    constexpr long long kMostOfOneLine = 40000;
+    constexpr long long kMaxLineBytes = 40000;
     test::TemporaryLog log(kLimitBytes);
     LogWriters writers(log, kLimitBytes);
     writers.add(test::kWriters, kLinesPerThread);
@@ -67,11 +67,11 @@ TEST(SharedLogTest, LogAndBackupHoldOnlyWholeLinesUnderASmallLimit) {
     ASSERT_TRUE(writers.finish());
 
     std::vector<StressLineId> found = test::readStressLog(log.backupPath(), writers);
-    EXPECT_FALSE(found.empty()) << "the log was never moved to its backup";
+    EXPECT_FALSE(found.empty()) << "the log was never rotated";
     const std::vector<StressLineId> newer = test::readStressLog(log.path(), writers);
     found.insert(found.end(), newer.begin(), newer.end());
 
-    // What a thread wrote stands in its order, and so also nothing twice.
+    // The lines of each thread are in order, so none occurs twice.
     std::map<std::pair<unsigned int, unsigned int>, unsigned int> next;
     for (const StressLineId& id : found) {
         unsigned int& expected = next[{id.writer, id.thread}];
@@ -79,9 +79,9 @@ TEST(SharedLogTest, LogAndBackupHoldOnlyWholeLinesUnderASmallLimit) {
         expected = id.number + 1;
     }
 
-    // With nobody in its way, the next line finds a log within the limit, or moves it.
+    // Without contention, the next line either finds the log within its limit or rotates it.
     vorel::Exception::warn("alone");
-    EXPECT_LE(log.size(), kLimitBytes + kMostOfOneLine);
+    EXPECT_LE(log.size(), kLimitBytes + kMaxLineBytes);
 }
 
 }  // namespace

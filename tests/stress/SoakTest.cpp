@@ -1,7 +1,7 @@
 /// \file
-/// Six processes use the log, a named mutex, named conditions and conversions together, and are killed at random and
-/// started again: for 10 seconds, or as many as VOREL_STRESS_SECONDS says. The first of them lives from beginning to
-/// end: its memory and handles must not grow.
+/// Six processes use the log, a named mutex, named conditions and conversions together for 10 seconds, or for
+/// VOREL_STRESS_SECONDS. Five of them are killed at random and started again. The first one runs all the time: its
+/// memory and handles must not grow.
 
 #include <array>
 #include <chrono>
@@ -30,26 +30,26 @@ using test::SoakFigures;
 constexpr unsigned int kSeed = 20261121;
 
 std::chrono::seconds duration() {
-    const char* const wanted = std::getenv("VOREL_STRESS_SECONDS");
-    return std::chrono::seconds(wanted ? std::strtoll(wanted, nullptr, 10) : 10);
+    const char* const value = std::getenv("VOREL_STRESS_SECONDS");
+    return std::chrono::seconds(value ? std::strtoll(value, nullptr, 10) : 10);
 }
 
 std::wstring wide(const std::string& ascii) {
     return {ascii.begin(), ascii.end()};
 }
 
-/// One process from its start to its end, or its death.
+/// One process from its start until it exits or is killed.
 struct Life {
     unsigned int process;
     bool killed = false;
     long long lines = 0;
     long long slowLines = 0;
-    // What was found in the log:
+    // Lines found in the log:
     long long found = 0;
-    long long next = 0;  ///< the number behind the last one found
+    long long next = 0;  ///< one more than the number of the last line found
 };
 
-/// What all lives of one process have done.
+/// The sums over all lives of one process.
 struct Sum {
     long long lives = 0;
     long long lines = 0;
@@ -66,7 +66,7 @@ public:
         }
     }
 
-    /// Kills one after the other, in random order and at random moments, until the end.
+    /// Kills and restarts one process after the other, in random order and at random intervals, for `length`.
     void run(std::chrono::seconds length) {
         std::mt19937 random(kSeed);
         std::uniform_int_distribution<unsigned int> victims(1, SoakFigures::kProcesses - 1);
@@ -89,13 +89,13 @@ public:
         }
     }
 
-    /// Each line that a process has written must be there, once and in order. One that was killed may have written one
-    /// more, or a part of one.
-    void expectTheLog() {
+    /// Each line that a process has counted must be in the log, once and in order. A killed process may have written
+    /// one more line, or a part of one.
+    void expectCompleteLog() {
         readLog();
         EXPECT_LE(m_torn, m_kills);
         EXPECT_LE(m_abandoned, m_kills);
-        EXPECT_EQ(m_strange, 0) << m_firstStrange;
+        EXPECT_EQ(m_invalid, 0) << m_firstInvalid;
         for (std::size_t number = 0; number != m_lives.size(); ++number) {
             const Life& life = m_lives[number];
             SCOPED_TRACE("life " + std::to_string(number) + " of process " + std::to_string(life.process));
@@ -105,20 +105,20 @@ public:
         }
     }
 
-    void expectTheNumber() {
+    void expectCorrectNumber() {
         long long additions = 0;
         for (const Sum& sum : m_sums) {
             additions += sum.additions;
         }
-        // Who is killed between the two has added to the one only.
+        // A process that is killed between the two increments has incremented only the common number.
         EXPECT_GE(m_figures->number, additions);
         EXPECT_LE(m_figures->number, additions + m_kills);
     }
 
-    /// Of the process that was never killed.
+    /// Checks the process that was never killed.
     void expectNoGrowth() {
         const SoakCounts& survivor = m_figures->processes[0];
-        ASSERT_NE(survivor.memoryKiBFirst, 0) << "it was a trial";
+        ASSERT_NE(survivor.memoryKiBFirst, 0) << "the test was too short";
         EXPECT_LE(survivor.memoryKiB, survivor.memoryKiBFirst + 1024);
         EXPECT_LE(survivor.handles, survivor.handlesFirst + 4);
         for (const Sum& sum : m_sums) {
@@ -127,7 +127,7 @@ public:
         }
     }
 
-    void tell() {
+    void printStatistics() {
         std::printf("process  lives     lines  additions  wake-ups  conversions\n");
         for (std::size_t process = 0; process != m_sums.size(); ++process) {
             const Sum& sum = m_sums[process];
@@ -135,8 +135,8 @@ public:
                         sum.wakeUps, sum.conversions);
         }
         const SoakCounts& survivor = m_figures->processes[0];
-        std::printf("killed: %lld; half lines: %lld; mutexes left behind: %lld\n", m_kills, m_torn, m_abandoned);
-        std::printf("process 0, first and last: %lld and %lld KiB, handle places %lld and %lld\n",
+        std::printf("killed: %lld; partial lines: %lld; abandoned mutexes: %lld\n", m_kills, m_torn, m_abandoned);
+        std::printf("process 0, first and last: %lld and %lld KiB, handle index %lld and %lld\n",
                     static_cast<long long>(survivor.memoryKiBFirst), static_cast<long long>(survivor.memoryKiB),
                     static_cast<long long>(survivor.handlesFirst), static_cast<long long>(survivor.handles));
     }
@@ -151,7 +151,7 @@ private:
         m_lives.push_back({process});
     }
 
-    /// Takes down what a process that has ended has done.
+    /// Adds the counts of a process that has ended.
     void close(unsigned int process) {
         SoakCounts& counts = m_figures->processes[process];
         Life& life = m_lives[m_current[process]];
@@ -181,19 +181,19 @@ private:
         }
     }
 
-    /// A line may stand behind the half one of a process that was killed while it wrote.
+    /// Parses a line, which may follow a partial line of a process that was killed while it wrote.
     void readLine(std::string_view line) {
         const std::size_t last = line.rfind('[');
-        if (!takeLine(line)) {
+        if (!parseLine(line)) {
             ++m_torn;
-            if (last != 0 && last != std::string_view::npos && !takeLine(line.substr(last))) {
-                ++m_strange;
-                m_firstStrange = m_firstStrange.empty() ? std::string(line) : m_firstStrange;
+            if (last != 0 && last != std::string_view::npos && !parseLine(line.substr(last))) {
+                ++m_invalid;
+                m_firstInvalid = m_firstInvalid.empty() ? std::string(line) : m_firstInvalid;
             }
         }
     }
 
-    bool takeLine(std::string_view line) {
+    bool parseLine(std::string_view line) {
         constexpr std::string_view kPrefix = "WARN: ";
         const std::optional<test::LogLine> fields = test::parseLogLine(line);
         if (!fields || !fields->message.starts_with(kPrefix)) {
@@ -209,7 +209,7 @@ private:
             return false;
         }
         Life& life = m_lives[id->thread];
-        EXPECT_GE(id->number, life.next) << "twice, or out of order: " << message;
+        EXPECT_GE(id->number, life.next) << "repeated or out of order: " << message;
         life.next = id->number + 1LL;
         ++life.found;
         return true;
@@ -225,19 +225,19 @@ private:
     long long m_kills = 0;
     long long m_torn = 0;
     long long m_abandoned = 0;
-    long long m_strange = 0;
-    std::string m_firstStrange;
+    long long m_invalid = 0;
+    std::string m_firstInvalid;
 };
 
-TEST(SoakTest, NothingIsLostAndNothingGrowsWhileProcessesAreKilled) {
+TEST(SoakTest, LosesNothingAndDoesNotGrowWhileProcessesAreKilled) {
     Soak soak;
     soak.run(duration());
-    soak.tell();
+    soak.printStatistics();
     if (HasFatalFailure()) {
         return;
     }
-    soak.expectTheLog();
-    soak.expectTheNumber();
+    soak.expectCompleteLog();
+    soak.expectCorrectNumber();
     soak.expectNoGrowth();
 }
 

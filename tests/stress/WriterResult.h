@@ -1,5 +1,5 @@
 /// \file
-/// What a log writer (children/log_writer.cpp) tells about its threads, through a small file.
+/// The results of a log writer (children/log_writer.cpp) about its threads, which it passes in a small file.
 #pragma once
 
 #include <chrono>
@@ -11,16 +11,16 @@
 
 namespace test {
 
-/// The log gives a line up after 30 sleeps of 1395 ms in all. A sleep may end up to one tick of the system's clock
-/// (15.6 ms) early: a call that took less than this has not given up.
-inline constexpr std::chrono::milliseconds kShortestDrop{900};
+/// The log drops a line after 30 sleeps of 1395 ms in total. A sleep may end up to one tick of the system clock
+/// (15.6 ms) early. A call that took less time than this has not dropped its line.
+inline constexpr std::chrono::milliseconds kMinDropTime{900};
 
 struct ThreadResult {
     unsigned long threadId = 0;
-    std::vector<unsigned int> slowLines;  ///< numbers of the lines whose call took kShortestDrop or longer
+    std::vector<unsigned int> slowLines;  ///< numbers of the lines whose call took kMinDropTime or longer
 };
 
-/// One row for each thread: its id, and the numbers of its slow lines.
+/// Writes one row for each thread: its id and the numbers of its slow lines.
 inline bool writeResult(const std::string& path, const std::vector<ThreadResult>& threads) {
     const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "wb"), std::fclose);
     if (!file) {
@@ -36,7 +36,7 @@ inline bool writeResult(const std::string& path, const std::vector<ThreadResult>
     return std::fflush(file.get()) == 0;
 }
 
-/// Reads what `writeResult` has written.
+/// Parses the output of `writeResult`.
 inline std::vector<ThreadResult> parseResult(const std::string& text) {
     std::vector<ThreadResult> threads;
     std::istringstream rows(text);
