@@ -1,4 +1,4 @@
-// The diagnostic channels under a failing heap: each call leaves a line, whole, or cut and marked as such.
+// The diagnostic channels with a failing heap: each call logs a line, which is complete, or truncated and marked.
 
 #include <algorithm>
 #include <cstdarg>
@@ -16,27 +16,27 @@ namespace {
 using vorel::Exception;
 
 constexpr std::size_t kLong = 10000;
-constexpr std::size_t kCut = 7999;  // what the buffer of a message holds
+constexpr std::size_t kTruncatedLength = 7999;  // the capacity of a message's internal buffer
 
 const std::string kNarrow = longText<char>(kLong);
 const std::wstring kWide = longText<wchar_t>(kLong);
 
-/// How a channel's line reads.
+/// The expected line of a channel.
 struct Line {
     std::string prefix;      // without the colon
-    std::string decoration;  // in front of the message
-    bool narrowTexts;        // some text had to be made wide first, or narrow
+    std::string decoration;  // text before the message
+    bool narrowTexts;        // some text is converted to wide or narrow text first
 };
 
 std::string joined(std::initializer_list<std::string_view> parts) {
-    std::string whole;
+    std::string complete;
     for (const std::string_view part : parts) {
-        whole += part;
+        complete += part;
     }
-    return whole;
+    return complete;
 }
 
-/// The lines that may stand where memory was refused at one place or another.
+/// The lines that are allowed if an allocation failed.
 std::vector<std::string> linesUnderFailure(const Line& line) {
     static const std::string kNoMemory = "Out of memory for text conversion";
     static const std::string kNoMemoryForPrefix = "Out of memory in text conversion";
@@ -52,11 +52,11 @@ std::vector<std::string> linesUnderFailure(const Line& line) {
     for (const std::string& prefix : prefixes) {
         for (const std::string& decoration : decorations) {
             for (const std::string& message : messages) {
-                const std::string whole = joined({decoration, message});
-                lines.push_back(joined({prefix, ": ", whole}));
-                // The message was cut, or its decorated form.
-                const std::string cut = joined({decoration, message.substr(0, kCut)});
-                for (const std::string& text : {cut, whole.substr(0, kCut)}) {
+                const std::string complete = joined({decoration, message});
+                lines.push_back(joined({prefix, ": ", complete}));
+                // Either the message or its decorated form was truncated.
+                const std::string truncated = joined({decoration, message.substr(0, kTruncatedLength)});
+                for (const std::string& text : {truncated, complete.substr(0, kTruncatedLength)}) {
                     lines.push_back(joined({prefix, " Truncated: ", text}));
                 }
             }
@@ -66,21 +66,21 @@ std::vector<std::string> linesUnderFailure(const Line& line) {
 }
 
 template <class Call>
-void expectLine(Trial& trial, const Line& line, Call&& call) {
-    trial.perform(call);
-    trial.expectCompleted();
+void expectLine(Attempt& attempt, const Line& line, Call&& call) {
+    attempt.perform(call);
+    attempt.expectCompleted();
     const heap::Unwatched unwatched;
-    ASSERT_FALSE(trial.logged().empty());
-    if (!trial.refused()) {
-        EXPECT_EQ(trial.logged(), std::vector<std::string>{line.prefix + ": " + line.decoration + kNarrow});
+    ASSERT_FALSE(attempt.logged().empty());
+    if (!attempt.allocationFailed()) {
+        EXPECT_EQ(attempt.logged(), std::vector<std::string>{line.prefix + ": " + line.decoration + kNarrow});
         return;
     }
     const std::vector<std::string> lines = linesUnderFailure(line);
-    EXPECT_TRUE(std::find(lines.begin(), lines.end(), trial.logged().back()) != lines.end())
-        << trial.logged().back().substr(0, 100) << "…, " << trial.logged().back().size() << " bytes";
+    EXPECT_TRUE(std::find(lines.begin(), lines.end(), attempt.logged().back()) != lines.end())
+        << attempt.logged().back().substr(0, 100) << "…, " << attempt.logged().back().size() << " bytes";
 }
 
-/// A debug target that is switched on for a while.
+/// Activates a debug target while the object exists.
 template <class T>
 class ActiveTarget {
 public:
@@ -94,35 +94,35 @@ private:
     const T* m_name;
 };
 
-void warnNarrow(Trial& trial) {
-    expectLine(trial, {"WARN", "", true}, [] { Exception::warn("%s", kNarrow.c_str()); });
+void warnNarrow(Attempt& attempt) {
+    expectLine(attempt, {"WARN", "", true}, [] { Exception::warn("%s", kNarrow.c_str()); });
 }
 
-void warnWide(Trial& trial) {
-    expectLine(trial, {"WARN", "", false}, [] { Exception::warn(L"%ls", kWide.c_str()); });
+void warnWide(Attempt& attempt) {
+    expectLine(attempt, {"WARN", "", false}, [] { Exception::warn(L"%ls", kWide.c_str()); });
 }
 
-void swigwarnNarrow(Trial& trial) {
-    expectLine(trial, {"WARN", "", true}, [] { Exception::swigwarn("%s", kNarrow.c_str()); });
+void swigwarnNarrow(Attempt& attempt) {
+    expectLine(attempt, {"WARN", "", true}, [] { Exception::swigwarn("%s", kNarrow.c_str()); });
 }
 
-void swigwarnWide(Trial& trial) {
-    expectLine(trial, {"WARN", "", false}, [] { Exception::swigwarn(L"%ls", kWide.c_str()); });
+void swigwarnWide(Attempt& attempt) {
+    expectLine(attempt, {"WARN", "", false}, [] { Exception::swigwarn(L"%ls", kWide.c_str()); });
 }
 
-void warnOfClass(Trial& trial) {
-    expectLine(trial, {"WARN", "Parser::run: ", false},
+void warnOfClass(Attempt& attempt) {
+    expectLine(attempt, {"WARN", "Parser::run: ", false},
                [] { Exception::warnClass(L"Parser", L"run", L"%ls", kWide.c_str()); });
 }
 
-void debugNarrow(Trial& trial) {
+void debugNarrow(Attempt& attempt) {
     const ActiveTarget target("Parser");
-    expectLine(trial, {"DEBUG", "Parser: ", true}, [] { Exception::debug("Parser", "%s", kNarrow.c_str()); });
+    expectLine(attempt, {"DEBUG", "Parser: ", true}, [] { Exception::debug("Parser", "%s", kNarrow.c_str()); });
 }
 
-void debugWide(Trial& trial) {
+void debugWide(Attempt& attempt) {
     const ActiveTarget target(L"Parser");
-    expectLine(trial, {"DEBUG", "Parser: ", false}, [] { Exception::debug(L"Parser", L"%ls", kWide.c_str()); });
+    expectLine(attempt, {"DEBUG", "Parser: ", false}, [] { Exception::debug(L"Parser", L"%ls", kWide.c_str()); });
 }
 
 template <class T>
@@ -133,61 +133,61 @@ void vDebug(const T* target, const T* format, ...) {
     va_end(args);
 }
 
-void vDebugNarrow(Trial& trial) {
+void vDebugNarrow(Attempt& attempt) {
     const ActiveTarget target("Parser");
-    expectLine(trial, {"DEBUG", "Parser: ", true}, [] { vDebug("Parser", "%s", kNarrow.c_str()); });
+    expectLine(attempt, {"DEBUG", "Parser: ", true}, [] { vDebug("Parser", "%s", kNarrow.c_str()); });
 }
 
-void vDebugWide(Trial& trial) {
+void vDebugWide(Attempt& attempt) {
     const ActiveTarget target(L"Parser");
-    expectLine(trial, {"DEBUG", "Parser: ", false}, [] { vDebug(L"Parser", L"%ls", kWide.c_str()); });
+    expectLine(attempt, {"DEBUG", "Parser: ", false}, [] { vDebug(L"Parser", L"%ls", kWide.c_str()); });
 }
 
-void debugOfClass(Trial& trial) {
+void debugOfClass(Attempt& attempt) {
     const ActiveTarget target(L"Parser");
-    trial.perform([] { Exception::debugClass(L"C", L"m", L"Parser", L"%ls", kWide.c_str()); });
-    trial.expectCompleted();
+    attempt.perform([] { Exception::debugClass(L"C", L"m", L"Parser", L"%ls", kWide.c_str()); });
+    attempt.expectCompleted();
     const heap::Unwatched unwatched;
-    ASSERT_EQ(trial.logged().size(), 1u);
-    const std::string whole = "C::m: Parser: " + kNarrow;
-    const std::string& line = trial.logged().front();
-    if (!trial.refused()) {
-        EXPECT_EQ(line, "DEBUG: " + whole);
+    ASSERT_EQ(attempt.logged().size(), 1u);
+    const std::string complete = "C::m: Parser: " + kNarrow;
+    const std::string& line = attempt.logged().front();
+    if (!attempt.allocationFailed()) {
+        EXPECT_EQ(line, "DEBUG: " + complete);
         return;
     }
     const bool marked = line.starts_with("DEBUG Truncated: ");
     const std::string text = line.substr(marked ? 17 : 7);
-    EXPECT_TRUE(whole.starts_with(text) && text.size() >= kCut) << text.size();
-    EXPECT_TRUE(marked || text == whole) << "the log writes long lines without memory, too";
+    EXPECT_TRUE(complete.starts_with(text) && text.size() >= kTruncatedLength) << text.size();
+    EXPECT_TRUE(marked || text == complete) << "the log writes long lines without allocating memory";
 }
 
-void logNarrow(Trial& trial) {
-    expectLine(trial, {"Import", "", true}, [] { Exception::log(nullptr, -1, "Import", "%s", kNarrow.c_str()); });
+void logNarrow(Attempt& attempt) {
+    expectLine(attempt, {"Import", "", true}, [] { Exception::log(nullptr, -1, "Import", "%s", kNarrow.c_str()); });
 }
 
-void logWide(Trial& trial) {
-    expectLine(trial, {"Import", "", true}, [] { Exception::log(nullptr, -1, L"Import", L"%ls", kWide.c_str()); });
+void logWide(Attempt& attempt) {
+    expectLine(attempt, {"Import", "", true}, [] { Exception::log(nullptr, -1, L"Import", L"%ls", kWide.c_str()); });
 }
 
-void logOfClass(Trial& trial) {
-    expectLine(trial, {"Import", "Parser::run: ", true},
+void logOfClass(Attempt& attempt) {
+    expectLine(attempt, {"Import", "Parser::run: ", true},
                [] { Exception::logClass(nullptr, -1, L"Import", L"Parser", L"run", L"%ls", kWide.c_str()); });
 }
 
-/// What does nothing, and what asks whether a target is active, asks for no memory.
-void silentOperations(Trial& trial) {
+/// Calls without effect, and calls for inactive targets, allocate no memory.
+void silentOperations(Attempt& attempt) {
     const ActiveTarget target("Parser");
-    trial.perform([] {
+    attempt.perform([] {
         Exception::trace("%s", kNarrow.c_str());
         Exception::trace(L"%ls", kWide.c_str());
         Exception::traceClass(L"Parser", L"run", L"%ls", kWide.c_str());
         Exception::traceCallStack(stderr);
-        Exception::debug("another target", "%s", kNarrow.c_str());
-        Exception::debugClass(L"Parser", L"run", L"another target", L"%ls", kWide.c_str());
+        Exception::debug("inactive target", "%s", kNarrow.c_str());
+        Exception::debugClass(L"Parser", L"run", L"inactive target", L"%ls", kWide.c_str());
     });
-    trial.expectCompleted();
-    EXPECT_EQ(trial.requests(), 0u);
-    EXPECT_EQ(trial.logged().size(), 0u);
+    attempt.expectCompleted();
+    EXPECT_EQ(attempt.requests(), 0u);
+    EXPECT_EQ(attempt.logged().size(), 0u);
 }
 
 const std::vector<Operation>& operations() {
@@ -203,49 +203,52 @@ const std::vector<Operation>& operations() {
 
 INSTANTIATE_TEST_SUITE_P(Channels, FailingHeap, underBothFailures(operations()), failingHeapName);
 
-/// Every channel asks for the block of its message first: refused alone, it cuts the message and changes the prefix.
-struct CutLine {
-    const char* why;
+/// Every channel first allocates the block of its message. If only this allocation fails, the message is truncated and
+/// the prefix is changed.
+struct TruncatedLine {
+    const char* name;
     void (*call)();
     std::string text;
 };
 
-TEST(ChannelText, IsCutAndMarkedWhenItsBlockAloneIsRefused) {
+TEST(ChannelText, IsTruncatedAndMarkedWhenOnlyItsBlockCannotBeAllocated) {
     const ActiveTarget narrowTarget("T");
     const ActiveTarget wideTarget(L"T");
-    const std::string cut = kNarrow.substr(0, kCut);
-    const CutLine lines[] = {
-        {"warn, narrow", [] { Exception::warn("%s", kNarrow.c_str()); }, "WARN Truncated: " + cut},
-        {"warn", [] { Exception::warn(L"%ls", kWide.c_str()); }, "WARN Truncated: " + cut},
-        {"swigwarn", [] { Exception::swigwarn(L"%ls", kWide.c_str()); }, "WARN Truncated: " + cut},
-        {"warnClass", [] { Exception::warnClass(L"C", L"m", L"%ls", kWide.c_str()); }, "WARN Truncated: C::m: " + cut},
-        {"debug, narrow", [] { Exception::debug("T", "%s", kNarrow.c_str()); }, "DEBUG Truncated: T: " + cut},
-        {"debug", [] { Exception::debug(L"T", L"%ls", kWide.c_str()); }, "DEBUG Truncated: T: " + cut},
+    const std::string truncated = kNarrow.substr(0, kTruncatedLength);
+    const TruncatedLine lines[] = {
+        {"warn, narrow", [] { Exception::warn("%s", kNarrow.c_str()); }, "WARN Truncated: " + truncated},
+        {"warn", [] { Exception::warn(L"%ls", kWide.c_str()); }, "WARN Truncated: " + truncated},
+        {"swigwarn", [] { Exception::swigwarn(L"%ls", kWide.c_str()); }, "WARN Truncated: " + truncated},
+        {"warnClass", [] { Exception::warnClass(L"C", L"m", L"%ls", kWide.c_str()); },
+         "WARN Truncated: C::m: " + truncated},
+        {"debug, narrow", [] { Exception::debug("T", "%s", kNarrow.c_str()); }, "DEBUG Truncated: T: " + truncated},
+        {"debug", [] { Exception::debug(L"T", L"%ls", kWide.c_str()); }, "DEBUG Truncated: T: " + truncated},
         {"debugClass", [] { Exception::debugClass(L"C", L"m", L"T", L"%ls", kWide.c_str()); },
-         "DEBUG Truncated: C::m: T: " + cut},
-        {"log, narrow", [] { Exception::log(nullptr, -1, "P", "%s", kNarrow.c_str()); }, "P Truncated: " + cut},
-        {"log", [] { Exception::log(nullptr, -1, L"P", L"%ls", kWide.c_str()); }, "P Truncated: " + cut},
+         "DEBUG Truncated: C::m: T: " + truncated},
+        {"log, narrow", [] { Exception::log(nullptr, -1, "P", "%s", kNarrow.c_str()); }, "P Truncated: " + truncated},
+        {"log", [] { Exception::log(nullptr, -1, L"P", L"%ls", kWide.c_str()); }, "P Truncated: " + truncated},
         {"logClass", [] { Exception::logClass(nullptr, -1, L"P", L"C", L"m", L"%ls", kWide.c_str()); },
-         "P Truncated: C::m: " + cut},
+         "P Truncated: C::m: " + truncated},
     };
     test::TemporaryLog log;
-    for (const CutLine& line : lines) {
+    for (const TruncatedLine& line : lines) {
         heap::arm(1, heap::Failure::Once);
         line.call();
         heap::disarm();
-        EXPECT_EQ(log.takeMessages(), std::vector<std::string>{line.text}) << line.why;
+        EXPECT_EQ(log.takeMessages(), std::vector<std::string>{line.text}) << line.name;
     }
 }
 
-TEST(ChannelText, IsCutAsAWholeWhenItsDecoratedBlockIsRefused) {
+TEST(ChannelText, IsTruncatedWithDecorationWhenItsDecoratedBlockCannotBeAllocated) {
     test::TemporaryLog log;
     heap::arm(2, heap::Failure::Once);
     Exception::warnClass(L"C", L"m", L"%ls", kWide.c_str());
     heap::disarm();
-    EXPECT_EQ(log.takeMessages(), std::vector<std::string>{"WARN Truncated: " + ("C::m: " + kNarrow).substr(0, kCut)});
+    EXPECT_EQ(log.takeMessages(),
+              std::vector<std::string>{"WARN Truncated: " + ("C::m: " + kNarrow).substr(0, kTruncatedLength)});
 }
 
-TEST(ChannelText, SaysSoWhenANarrowMessageCannotBeMadeWide) {
+TEST(ChannelText, ReportsWhenNarrowMessageCannotBeConverted) {
     test::TemporaryLog log;
     heap::arm(1, heap::Failure::Once);
     Exception::warn("%s", "a short message");

@@ -1,4 +1,4 @@
-// Arrays and hash maps under a failing heap: the container is as it was.
+// Arrays and hash maps with a failing heap: a failed operation leaves the container unchanged.
 
 #include <optional>
 #include <typeinfo>
@@ -24,7 +24,7 @@ int element<int>(unsigned int index) {
     return static_cast<int>(index) + 1;
 }
 
-/// Longer than the smallest buffer, so that the sizes of a failure tell the copy of an element from another.
+/// Longer than the smallest buffer, so that the size in the exception identifies the copy of an element.
 template <>
 Text element<Text>(unsigned int index) {
     return Text((longText<wchar_t>(20) + static_cast<wchar_t>('0' + index)).c_str());
@@ -47,9 +47,9 @@ void expectElements(const Array<T>& array, unsigned int count) {
     }
 }
 
-/// The failures that can leave an operation which wants storage of `slots`: the storage, or the copy of an element.
+/// The requests that can fail in an operation that needs storage for `slots`: the storage, or the copy of an element.
 template <class T>
-std::vector<Trial::Request> requestsFor(unsigned int slots) {
+std::vector<Attempt::Request> requestsFor(unsigned int slots) {
     if constexpr (std::is_same_v<T, int>) {
         return {{slots, sizeof(int)}};
     } else {
@@ -57,15 +57,15 @@ std::vector<Trial::Request> requestsFor(unsigned int slots) {
     }
 }
 
-/// Performs `step` on an array of `count` elements. After a failure it has the same elements in the same storage.
+/// Performs `step` on an array of `count` elements. After a failure, the elements and the storage must be unchanged.
 template <class T, class Step>
-void change(Trial& trial, unsigned int count, unsigned int slotsWanted, unsigned int countAfter, Step&& step) {
+void change(Attempt& attempt, unsigned int count, unsigned int slotsWanted, unsigned int countAfter, Step&& step) {
     Array<T> array = arrayOf<T>(count);
     const T* const storage = array.data();
     const unsigned int slots = array.allocated();
-    trial.perform([&] { step(array); });
-    trial.expectMemoryException(requestsFor<T>(slotsWanted));
-    if (trial.completed()) {
+    attempt.perform([&] { step(array); });
+    attempt.expectMemoryException(requestsFor<T>(slotsWanted));
+    if (attempt.completed()) {
         EXPECT_EQ(array.size(), countAfter);
         EXPECT_GE(array.allocated(), countAfter);
         return;
@@ -73,7 +73,7 @@ void change(Trial& trial, unsigned int count, unsigned int slotsWanted, unsigned
     EXPECT_EQ(array.data(), storage);
     EXPECT_EQ(array.allocated(), slots);
     expectElements(array, count);
-    // What was copied half-way is gone again from the free slots.
+    // Elements that were copied before the failure must be removed from the free slots.
     array.setCount(slots);
     for (unsigned int index = count; index < slots; ++index) {
         EXPECT_EQ(array[index], T()) << index;
@@ -81,77 +81,77 @@ void change(Trial& trial, unsigned int count, unsigned int slotsWanted, unsigned
 }
 
 template <class T>
-void appendFirst(Trial& trial) {
+void appendFirst(Attempt& attempt) {
     const T item = element<T>(0);
-    change<T>(trial, 0, 5, 1, [&](auto& array) { array.append(item); });
+    change<T>(attempt, 0, 5, 1, [&](auto& array) { array.append(item); });
 }
 
 template <class T>
-void appendGrows(Trial& trial) {
+void appendGrows(Attempt& attempt) {
     const T item = element<T>(5);
-    change<T>(trial, 5, 10, 6, [&](auto& array) { array.append(item); });
+    change<T>(attempt, 5, 10, 6, [&](auto& array) { array.append(item); });
 }
 
 template <class T>
-void appendOwnElement(Trial& trial) {
-    change<T>(trial, 5, 10, 6, [](auto& array) { array.append(array[2]); });
+void appendOwnElement(Attempt& attempt) {
+    change<T>(attempt, 5, 10, 6, [](auto& array) { array.append(array[2]); });
 }
 
-/// No growth, but an element's copy can fail; the free slot stays free.
-void appendTextToFreeSlot(Trial& trial) {
+/// The array does not grow, but the copy of the element can fail. The free slot must stay empty.
+void appendTextToFreeSlot(Attempt& attempt) {
     const Text item = element<Text>(3);
-    change<Text>(trial, 3, 5, 4, [&](auto& array) { array.append(item); });
+    change<Text>(attempt, 3, 5, 4, [&](auto& array) { array.append(item); });
 }
 
-void appendRowOfItself(Trial& trial) {
-    change<int>(trial, 4, 10, 8, [](auto& array) { array.append(array.data(), 4); });
-}
-
-template <class T>
-void reserveGrows(Trial& trial) {
-    change<T>(trial, 4, 20, 4, [](auto& array) { array.reserve(11); });
+void appendOwnElements(Attempt& attempt) {
+    change<int>(attempt, 4, 10, 8, [](auto& array) { array.append(array.data(), 4); });
 }
 
 template <class T>
-void reserveExactly(Trial& trial) {
-    change<T>(trial, 4, 7, 4, [](auto& array) { array.reserve(7, true); });
+void reserveGrows(Attempt& attempt) {
+    change<T>(attempt, 4, 20, 4, [](auto& array) { array.reserve(11); });
 }
 
 template <class T>
-void setCount(Trial& trial) {
-    change<T>(trial, 4, 10, 9, [](auto& array) { array.setCount(9); });
+void reserveExactly(Attempt& attempt) {
+    change<T>(attempt, 4, 7, 4, [](auto& array) { array.reserve(7, true); });
 }
 
 template <class T>
-void copied(Trial& trial) {
+void setCount(Attempt& attempt) {
+    change<T>(attempt, 4, 10, 9, [](auto& array) { array.setCount(9); });
+}
+
+template <class T>
+void copied(Attempt& attempt) {
     const Array<T> original = arrayOf<T>(7);
     std::optional<Array<T>> copy;
-    trial.perform([&] { copy.emplace(original); });
-    trial.expectMemoryException(requestsFor<T>(7));
+    attempt.perform([&] { copy.emplace(original); });
+    attempt.expectMemoryException(requestsFor<T>(7));
     expectElements(original, 7);
-    ASSERT_EQ(copy.has_value(), trial.completed());
+    ASSERT_EQ(copy.has_value(), attempt.completed());
     if (copy) {
         expectElements(*copy, 7);
     }
 }
 
 template <class T>
-void assigned(Trial& trial) {
+void assigned(Attempt& attempt) {
     const Array<T> other = arrayOf<T>(7);
-    change<T>(trial, 2, 7, 7, [&](auto& array) { array = other; });
+    change<T>(attempt, 2, 7, 7, [&](auto& array) { array = other; });
     expectElements(other, 7);
 }
 
-/// The failure of a bad index needs memory for its message only.
-void badIndex(Trial& trial) {
+/// The exception for an invalid index needs memory only for its message.
+void badIndex(Attempt& attempt) {
     Array<int> array = arrayOf<int>(3);
-    trial.perform([&] { array[7] = 1; });
-    trial.expectThrown(typeid(vorel::InvalidIndexException).name(),
-                       {L"An invalid index value (7) has been detected; legal values are between 0 and 2"});
+    attempt.perform([&] { array[7] = 1; });
+    attempt.expectThrown(typeid(vorel::InvalidIndexException).name(),
+                         {L"An invalid index value (7) has been detected; legal values are between 0 and 2"});
     expectElements(array, 3);
 }
 
-/// A map of four buckets that holds the keys below `count`, each with its square.
+/// A map with four buckets. It contains the keys below `count` and their squares.
 struct Squares {
     explicit Squares(unsigned int count) : map(4) {
         for (unsigned int key = 0; key < count; ++key) {
@@ -171,86 +171,86 @@ struct Squares {
     Map map;
 };
 
-void constructMap(Trial& trial) {
+void constructMap(Attempt& attempt) {
     std::optional<Map> map;
-    trial.perform([&] { map.emplace(31u); });
-    trial.expectMemoryException({{40, 8}});
-    EXPECT_EQ(map.has_value(), trial.completed());
+    attempt.perform([&] { map.emplace(31u); });
+    attempt.expectMemoryException({{40, 8}});
+    EXPECT_EQ(map.has_value(), attempt.completed());
 }
 
-void putFirst(Trial& trial) {
+void putFirst(Attempt& attempt) {
     Squares squares(0);
-    trial.perform([&] { squares.map.put(0, 0, 0); });
-    trial.expectBadAlloc();
-    squares.expectEntries(trial.completed() ? 1 : 0);
+    attempt.perform([&] { squares.map.put(0, 0, 0); });
+    attempt.expectBadAlloc();
+    squares.expectEntries(attempt.completed() ? 1 : 0);
 }
 
-void putGrows(Trial& trial) {
+void putGrows(Attempt& attempt) {
     Squares squares(3);
-    trial.perform([&] { squares.map.put(3, 3, 9); });
+    attempt.perform([&] { squares.map.put(3, 3, 9); });
     if (squares.map.bucketCount() == 4) {
-        trial.expectMemoryException({{20, 8}});
+        attempt.expectMemoryException({{20, 8}});
     } else {
-        // Grown before the node was refused: the entries are all there, in more buckets.
+        // The map grew before the allocation of the node failed. It has all entries, in more buckets.
         EXPECT_EQ(squares.map.bucketCount(), 11u);
         EXPECT_EQ(squares.map.growAt(), 8u);
-        trial.expectBadAlloc();
+        attempt.expectBadAlloc();
     }
-    squares.expectEntries(trial.completed() ? 4 : 3);
+    squares.expectEntries(attempt.completed() ? 4 : 3);
 }
 
-void putUsesASpareNode(Trial& trial) {
+void putUsesSpareNode(Attempt& attempt) {
     Squares squares(3);
     squares.map.remove(2, 2);
-    trial.perform([&] { squares.map.put(2, 2, 4); });
-    trial.expectCompleted();
-    EXPECT_FALSE(trial.refused()) << "a spare node is taken, and nothing allocated";
+    attempt.perform([&] { squares.map.put(2, 2, 4); });
+    attempt.expectCompleted();
+    EXPECT_FALSE(attempt.allocationFailed()) << "reuses a spare node and allocates nothing";
     squares.expectEntries(3);
 }
 
-void resizeMap(Trial& trial) {
+void resizeMap(Attempt& attempt) {
     Squares squares(3);
-    trial.perform([&] { squares.map.resize(23); });
-    trial.expectMemoryException({{40, 8}});
-    EXPECT_EQ(squares.map.bucketCount(), trial.completed() ? 23u : 4u);
-    EXPECT_EQ(squares.map.growAt(), trial.completed() ? 17u : 3u);
+    attempt.perform([&] { squares.map.resize(23); });
+    attempt.expectMemoryException({{40, 8}});
+    EXPECT_EQ(squares.map.bucketCount(), attempt.completed() ? 23u : 4u);
+    EXPECT_EQ(squares.map.growAt(), attempt.completed() ? 17u : 3u);
     squares.expectEntries(3);
 }
 
-void removeEntry(Trial& trial) {
+void removeEntry(Attempt& attempt) {
     Squares squares(3);
-    trial.perform([&] { squares.map.remove(2, 2); });
-    trial.expectMemoryException({{5, 8}});
-    squares.expectEntries(trial.completed() ? 2 : 3);
+    attempt.perform([&] { squares.map.remove(2, 2); });
+    attempt.expectMemoryException({{5, 8}});
+    squares.expectEntries(attempt.completed() ? 2 : 3);
 }
 
-void clearMap(Trial& trial) {
+void clearMap(Attempt& attempt) {
     Squares squares(3);
     squares.map.remove(2, 2);
-    trial.perform([&] { squares.map.clear(); });
-    trial.expectCompleted();
-    EXPECT_FALSE(trial.refused()) << "nothing is allocated";
+    attempt.perform([&] { squares.map.clear(); });
+    attempt.expectCompleted();
+    EXPECT_FALSE(attempt.allocationFailed()) << "allocates nothing";
     squares.expectEntries(0);
 }
 
-void misuseOfAMap(Trial& trial) {
+void putIntoNoBuckets(Attempt& attempt) {
     Map map;
-    trial.perform([&] { map.put(1, 1, 1); });
-    trial.expectThrown(typeid(vorel::Exception).name(), {L"Tried to put into a hash map with 0 buckets"});
+    attempt.perform([&] { map.put(1, 1, 1); });
+    attempt.expectThrown(typeid(vorel::Exception).name(), {L"Tried to put into a hash map with 0 buckets"});
     EXPECT_EQ(map.size(), 0u);
 }
 
-void popOfAnEmptyStack(Trial& trial) {
+void popOfEmptyStack(Attempt& attempt) {
     vorel::PointerStack<int> stack;
-    trial.perform([&] { stack.pop(); });
-    trial.expectThrown(typeid(vorel::Exception).name(), {L"Stack is empty"});
+    attempt.perform([&] { stack.pop(); });
+    attempt.expectThrown(typeid(vorel::Exception).name(), {L"Stack is empty"});
 }
 
 std::vector<Operation> arrayOperations() {
-    std::vector<Operation> all = {{"Append_RowOfItself", appendRowOfItself},
+    std::vector<Operation> all = {{"Append_OwnElements", appendOwnElements},
                                   {"Append_TextToFreeSlot", appendTextToFreeSlot},
                                   {"BadIndex", badIndex}};
-    const auto add = [&all](const std::string& name, void (*ofInts)(Trial&), void (*ofTexts)(Trial&)) {
+    const auto add = [&all](const std::string& name, void (*ofInts)(Attempt&), void (*ofTexts)(Attempt&)) {
         all.push_back({name + "_OfInts", ofInts});
         all.push_back({name + "_OfTexts", ofTexts});
     };
@@ -270,12 +270,12 @@ const std::vector<Operation>& mapOperations() {
         {"Construct", constructMap},
         {"Put_First", putFirst},
         {"Put_Grows", putGrows},
-        {"Put_UsesASpareNode", putUsesASpareNode},
-        {"Put_IntoNoBuckets", misuseOfAMap},
+        {"Put_UsesSpareNode", putUsesSpareNode},
+        {"Put_IntoNoBuckets", putIntoNoBuckets},
         {"Resize", resizeMap},
         {"Remove", removeEntry},
         {"Clear", clearMap},
-        {"Pop_OfAnEmptyStack", popOfAnEmptyStack},
+        {"Pop_OfEmptyStack", popOfEmptyStack},
     };
     return kOperations;
 }

@@ -1,4 +1,4 @@
-// Conversions, locks and texts by the locale under a failing heap.
+// Conversions, locks and conversions by the locale with a failing heap.
 
 #include <typeinfo>
 
@@ -22,13 +22,13 @@ using vorel::util::ConvertUTF16toString;
 using vorel::util::ConvertUTF8toString;
 using vorel::util::EncodeAndAppendToBuffer;
 
-using Requests = std::vector<Trial::Request>;
+using Requests = std::vector<Attempt::Request>;
 
 std::string bytesOf(const Array<unsigned char>& array) {
     return {reinterpret_cast<const char*>(array.data()), array.size()};
 }
 
-/// Growth of a string or an array by `unit`, by doubling from `first` to `last`.
+/// The requests of a string or an array that doubles its capacity from `first` to `last` elements of `unit` bytes.
 Requests doubling(unsigned int first, unsigned int last, unsigned int unit) {
     Requests requests;
     for (unsigned int count = first; count <= last; count *= 2) {
@@ -37,7 +37,7 @@ Requests doubling(unsigned int first, unsigned int last, unsigned int unit) {
     return requests;
 }
 
-/// 1,800 characters in UTF-8, of one to three bytes: several blocks in each direction.
+/// 1,800 characters in UTF-8, of one to three bytes each: several blocks in both directions.
 const std::string& longUtf8() {
     static const std::string kText = [] {
         std::string text;
@@ -53,210 +53,211 @@ const std::wstring& longWide() {
     return kText;
 }
 
-void utf8ToString(Trial& trial) {
+void utf8ToString(Attempt& attempt) {
     BaseString<wchar_t> output(L"before");
-    trial.perform(
+    attempt.perform(
         [&] { ConvertUTF8toString(output, reinterpret_cast<const unsigned char*>(longUtf8().c_str()), -1, true); });
-    trial.expectMemoryException(doubling(512, 4096, 2),
-                                {L"vorel::util::ConvertUTF8toString: Vorel exception rethrown"});
-    if (trial.completed()) {
+    attempt.expectMemoryException(doubling(512, 4096, 2),
+                                  {L"vorel::util::ConvertUTF8toString: Vorel exception rethrown"});
+    if (attempt.completed()) {
         EXPECT_EQ(output.view(), longWide());
     } else {
-        EXPECT_TRUE(longWide().starts_with(output.view())) << "whole blocks at most";
+        EXPECT_TRUE(longWide().starts_with(output.view())) << "only complete blocks";
     }
 }
 
-/// The forms for narrow text add a record that quotes it. Without any memory the quoted text cannot be made wide: the
-/// records before it are all there is.
-void expectMemoryExceptionWithInput(Trial& trial, const Requests& requests, const std::string& record,
+/// The overloads for narrow text add a record that quotes the text. If all later requests fail, the quoted text cannot
+/// be converted to wide text, so only the records before it are complete.
+void expectMemoryExceptionWithInput(Attempt& attempt, const Requests& requests, const std::string& record,
                                     const std::string& quoted) {
     const std::wstring wideRecord(record.begin(), record.end());
-    if (!trial.staysWithoutMemory()) {
-        trial.expectMemoryException(requests, {wideRecord, std::wstring(quoted.begin(), quoted.end())});
+    if (!attempt.memoryStaysExhausted()) {
+        attempt.expectMemoryException(requests, {wideRecord, std::wstring(quoted.begin(), quoted.end())});
         return;
     }
-    EXPECT_EQ(trial.thrown(), typeid(vorel::MemoryException).name());
-    ASSERT_GE(trial.logged().size(), 2u);
-    EXPECT_TRUE(trial.logged()[0].starts_with("Vorel Error: No more memory is available: "));
-    EXPECT_EQ(trial.logged()[1], "Vorel Error: " + record);
+    EXPECT_EQ(attempt.thrown(), typeid(vorel::MemoryException).name());
+    ASSERT_GE(attempt.logged().size(), 2u);
+    EXPECT_TRUE(attempt.logged()[0].starts_with("Vorel Error: No more memory is available: "));
+    EXPECT_EQ(attempt.logged()[1], "Vorel Error: " + record);
 }
 
-void utf8OfCharsToString(Trial& trial) {
+void utf8OfCharsToString(Attempt& attempt) {
     const std::string text(600, 'x');
     BaseString<wchar_t> output;
-    trial.perform([&] { ConvertUTF8toString(output, text.c_str(), -1, true); });
-    expectMemoryExceptionWithInput(trial, doubling(512, 1024, 2),
+    attempt.perform([&] { ConvertUTF8toString(output, text.c_str(), -1, true); });
+    expectMemoryExceptionWithInput(attempt, doubling(512, 1024, 2),
                                    "vorel::util::ConvertUTF8toString: Vorel exception rethrown",
                                    "Failed to convert utf8 text to String: " + text);
-    if (trial.completed()) {
+    if (attempt.completed()) {
         EXPECT_EQ(output.view(), std::wstring(600, L'x'));
     }
 }
 
-void badUtf8ToString(Trial& trial) {
+void invalidUtf8ToString(Attempt& attempt) {
     BaseString<wchar_t> output;
     const std::string bytes = "ab\xFF" + std::string(20, '\x41');
     std::wstring dump = L"Hex string: 41";
     for (int count = 1; count < 20; ++count) {
         dump += L"-41";
     }
-    trial.perform(
+    attempt.perform(
         [&] { ConvertUTF8toString(output, reinterpret_cast<const unsigned char*>(bytes.c_str()), -1, true); });
     const std::vector<std::wstring> records = {L"vorel::util::ConvertUTF8toString: Vorel exception rethrown"};
-    if (trial.thrown() == typeid(vorel::MemoryException).name()) {
-        // The dump, or the text before the error, found no room.
+    if (attempt.thrown() == typeid(vorel::MemoryException).name()) {
+        // The dump or the text before the error could not be stored.
         Requests requests = doubling(16, 128, 2);
-        trial.expectMemoryException(requests, records);
+        attempt.expectMemoryException(requests, records);
     } else {
-        trial.expectThrown(typeid(vorel::Exception).name(),
-                           {L"Error converting UTF-8 character (" + dump + L")", records[0]});
+        attempt.expectThrown(typeid(vorel::Exception).name(),
+                             {L"Error converting UTF-8 character (" + dump + L")", records[0]});
     }
     EXPECT_TRUE(output.empty());
 }
 
-void utf8ToBuffer(Trial& trial) {
+void utf8ToBuffer(Attempt& attempt) {
     wchar_t buffer[4] = {};
-    trial.perform([&] { ConvertUTF8toString(buffer, 4, reinterpret_cast<const unsigned char*>("abcdef"), -1, true); });
-    trial.expectCompleted();
-    EXPECT_FALSE(trial.refused()) << "nothing is allocated";
+    attempt.perform(
+        [&] { ConvertUTF8toString(buffer, 4, reinterpret_cast<const unsigned char*>("abcdef"), -1, true); });
+    attempt.expectCompleted();
+    EXPECT_FALSE(attempt.allocationFailed()) << "allocates nothing";
     EXPECT_STREQ(buffer, L"abc");
 }
 
-void stringToUtf8Array(Trial& trial) {
+void stringToUtf8Array(Attempt& attempt) {
     Array<unsigned char> output;
-    trial.perform([&] { ConvertStringtoUTF8(longWide().c_str(), output, true, -1); });
-    trial.expectMemoryException(doubling(320, 5120, 1),
-                                {L"vorel::util::ConvertStringtoUTF8: Vorel exception rethrown"});
-    if (trial.completed()) {
+    attempt.perform([&] { ConvertStringtoUTF8(longWide().c_str(), output, true, -1); });
+    attempt.expectMemoryException(doubling(320, 5120, 1),
+                                  {L"vorel::util::ConvertStringtoUTF8: Vorel exception rethrown"});
+    if (attempt.completed()) {
         EXPECT_EQ(bytesOf(output), longUtf8() + '\0');
     } else {
         EXPECT_TRUE(longUtf8().starts_with(bytesOf(output)));
     }
 }
 
-void stringToUtf8String(Trial& trial) {
+void stringToUtf8String(Attempt& attempt) {
     BaseString<char> output("before");
-    trial.perform([&] { ConvertStringtoUTF8(longWide().c_str(), output, -1); });
-    trial.expectMemoryException(doubling(256, 8192, 1),
-                                {L"vorel::util::ConvertStringtoUTF8: Vorel exception rethrown"});
-    EXPECT_EQ(output.view(), trial.completed() ? longUtf8() : "");
+    attempt.perform([&] { ConvertStringtoUTF8(longWide().c_str(), output, -1); });
+    attempt.expectMemoryException(doubling(256, 8192, 1),
+                                  {L"vorel::util::ConvertStringtoUTF8: Vorel exception rethrown"});
+    EXPECT_EQ(output.view(), attempt.completed() ? longUtf8() : "");
 }
 
-void encodeAndAppend(Trial& trial) {
+void encodeAndAppend(Attempt& attempt) {
     Array<unsigned char> output;
     output.append('>');
-    trial.perform([&] { EncodeAndAppendToBuffer(longWide().c_str(), output); });
-    trial.expectMemoryException(doubling(320, 5120, 1),
-                                {L"vorel::util::EncodeAndAppendToBuffer: Vorel exception rethrown"});
-    if (trial.completed()) {
+    attempt.perform([&] { EncodeAndAppendToBuffer(longWide().c_str(), output); });
+    attempt.expectMemoryException(doubling(320, 5120, 1),
+                                  {L"vorel::util::EncodeAndAppendToBuffer: Vorel exception rethrown"});
+    if (attempt.completed()) {
         EXPECT_EQ(bytesOf(output), ">" + longUtf8());
     } else {
         EXPECT_TRUE((">" + longUtf8()).starts_with(bytesOf(output)));
-        EXPECT_GE(output.size(), 1u) << "what was there stays";
+        EXPECT_GE(output.size(), 1u) << "keeps the existing contents";
     }
 }
 
-void stringToUtf16(Trial& trial) {
+void stringToUtf16(Attempt& attempt) {
     Array<unsigned char> output;
     const std::wstring text(100, L'x');
-    trial.perform([&] { ConvertStringtoUTF16(text.c_str(), output, false, true, -1); });
-    trial.expectMemoryException(doubling(160, 320, 1),
-                                {L"vorel::util::ConvertStringtoUTF16: Vorel exception rethrown"});
-    EXPECT_EQ(output.size(), trial.completed() ? 202u : 0u);
+    attempt.perform([&] { ConvertStringtoUTF16(text.c_str(), output, false, true, -1); });
+    attempt.expectMemoryException(doubling(160, 320, 1),
+                                  {L"vorel::util::ConvertStringtoUTF16: Vorel exception rethrown"});
+    EXPECT_EQ(output.size(), attempt.completed() ? 202u : 0u);
 }
 
-void utf16ToString(Trial& trial) {
+void utf16ToString(Attempt& attempt) {
     BaseString<wchar_t> output(L"before");
     const std::string bytes(200, 'x');
-    trial.perform([&] { ConvertUTF16toString(output, bytes.data(), 200); });
-    expectMemoryExceptionWithInput(trial, {{128, 2}}, "vorel::util::ConvertUTF16toString: Vorel exception rethrown",
+    attempt.perform([&] { ConvertUTF16toString(output, bytes.data(), 200); });
+    expectMemoryExceptionWithInput(attempt, {{128, 2}}, "vorel::util::ConvertUTF16toString: Vorel exception rethrown",
                                    "Failed to convert UTF-16 text to String: " + bytes);
-    EXPECT_EQ(output.view(), trial.completed() ? std::wstring(100, L'\x7878') : L"");
+    EXPECT_EQ(output.view(), attempt.completed() ? std::wstring(100, L'\x7878') : L"");
 }
 
-void utf16WithoutALength(Trial& trial) {
+void utf16WithoutLength(Attempt& attempt) {
     BaseString<wchar_t> output;
-    trial.perform([&] { ConvertUTF16toString(output, reinterpret_cast<const unsigned char*>("A"), -1); });
-    trial.expectThrown(typeid(vorel::Exception).name(),
-                       {L"A string length needs to be specified for UTF-16 to UCS conversion",
-                        L"vorel::util::ConvertUTF16toString: Vorel exception rethrown"});
+    attempt.perform([&] { ConvertUTF16toString(output, reinterpret_cast<const unsigned char*>("A"), -1); });
+    attempt.expectThrown(typeid(vorel::Exception).name(),
+                         {L"A string length needs to be specified for UTF-16 to UCS conversion",
+                          L"vorel::util::ConvertUTF16toString: Vorel exception rethrown"});
 }
 
-/// A text by the locale: the converted one, the text of the failure when its buffer was refused, or nothing when that
-/// text had no room either. `unit` and `capacity` belong to the text that is written last.
+/// Checks a conversion by the locale. The result is the converted text, or the text of the failure if its buffer could
+/// not be allocated, or empty if the text of the failure could not be stored either.
 template <class From, class To>
-void byLocale(Trial& trial, void (*convert)(const From*, BaseString<To>&), const char* noMemory,
+void byLocale(Attempt& attempt, void (*convert)(const From*, BaseString<To>&), const char* noMemory,
               const wchar_t* context) {
     const auto source = longText<From>(100);
     BaseString<To> target(textOf<To>("before").c_str());
-    trial.perform([&] { convert(source.c_str(), target); });
-    trial.expectCompleted();
-    const bool isWhole = target.view() == longText<To>(100);
+    attempt.perform([&] { convert(source.c_str(), target); });
+    attempt.expectCompleted();
+    const bool isConverted = target.view() == longText<To>(100);
     const bool isFailure = target.view() == textOf<To>(noMemory);
-    if (!trial.refused()) {
-        EXPECT_TRUE(isWhole);
+    if (!attempt.allocationFailed()) {
+        EXPECT_TRUE(isConverted);
     } else if (isFailure) {
-        EXPECT_EQ(trial.logged().size(), 0u);
+        EXPECT_EQ(attempt.logged().size(), 0u);
     } else {
         EXPECT_TRUE(target.empty());
         const std::wstring wideContext = context;
-        ASSERT_EQ(trial.logged().size(), 2u);
-        EXPECT_TRUE(trial.logged()[0].starts_with("Vorel Error: No more memory is available: "));
-        EXPECT_EQ(trial.logged()[1],
+        ASSERT_EQ(attempt.logged().size(), 2u);
+        EXPECT_TRUE(attempt.logged()[0].starts_with("Vorel Error: No more memory is available: "));
+        EXPECT_EQ(attempt.logged()[1],
                   "Vorel Error: " + std::string(wideContext.begin(), wideContext.end()) + ": Vorel exception caught");
     }
-    // Only the first request can be answered by a text: the second one is for the text itself.
-    EXPECT_EQ(isFailure, trial.refused() && !trial.staysWithoutMemory() && trial.requests() == 2);
+    // Only the failure of the first request leads to a text; the second request is for the text itself.
+    EXPECT_EQ(isFailure, attempt.allocationFailed() && !attempt.memoryStaysExhausted() && attempt.requests() == 2);
 }
 
-void narrowToWide(Trial& trial) {
-    byLocale<char, wchar_t>(trial, vorel::detail::mbs2wcs, "Out of memory for text conversion",
+void narrowToWide(Attempt& attempt) {
+    byLocale<char, wchar_t>(attempt, vorel::detail::mbs2wcs, "Out of memory for text conversion",
                             L"vorel::Exception - mbs2wcs");
 }
 
-void wideToNarrow(Trial& trial) {
-    byLocale<wchar_t, char>(trial, vorel::detail::wcs2mbs, "Out of memory in text conversion",
+void wideToNarrow(Attempt& attempt) {
+    byLocale<wchar_t, char>(attempt, vorel::detail::wcs2mbs, "Out of memory in text conversion",
                             L"vorel::Exception - wcs2mbs");
 }
 
 template <class Section>
-void constructSection(Trial& trial) {
-    trial.perform([] { const Section section; });
-    trial.expectException(typeid(vorel::Exception).name(), {L"malloc failed"});
+void constructSection(Attempt& attempt) {
+    attempt.perform([] { const Section section; });
+    attempt.expectException(typeid(vorel::Exception).name(), {L"malloc failed"});
 }
 
-void constructMutex(Trial& trial) {
-    trial.perform([] { const vorel::AutoMutex mutex(nullptr, false, false); });
-    trial.expectException(typeid(vorel::Exception).name(),
-                          {L"malloc failed", L"AutoMutex::AutoMutex(): Vorel exception rethrown"});
+void constructMutex(Attempt& attempt) {
+    attempt.perform([] { const vorel::AutoMutex mutex(nullptr, false, false); });
+    attempt.expectException(typeid(vorel::Exception).name(),
+                            {L"malloc failed", L"AutoMutex::AutoMutex(): Vorel exception rethrown"});
 }
 
-void constructCondition(Trial& trial) {
+void constructCondition(Attempt& attempt) {
     vorel::ForcedCriticalSection lock;
-    trial.perform([&] { const vorel::Condition condition(lock); });
-    trial.expectException(typeid(vorel::Exception).name(),
-                          {L"malloc failed", L"Condition::Condition(): Vorel exception rethrown"});
+    attempt.perform([&] { const vorel::Condition condition(lock); });
+    attempt.expectException(typeid(vorel::Exception).name(),
+                            {L"malloc failed", L"Condition::Condition(): Vorel exception rethrown"});
 }
 
-void addDebugTarget(Trial& trial) {
+void addDebugTarget(Attempt& attempt) {
     vorel::DebugTargets<wchar_t, vorel::NoLock> targets;
-    trial.perform([&] { targets.set(L"a target with a name of some length", true); });
-    trial.expectMemoryException({{36, 2}});
-    EXPECT_EQ(targets.isActive(L"a target with a name of some length"), trial.completed());
+    attempt.perform([&] { targets.set(L"a target with a name of some length", true); });
+    attempt.expectMemoryException({{36, 2}});
+    EXPECT_EQ(targets.isActive(L"a target with a name of some length"), attempt.completed());
 }
 
 const std::vector<Operation>& conversionOperations() {
     static const std::vector<Operation> kOperations = {
         {"Utf8ToString", utf8ToString},
         {"Utf8ToString_OfChars", utf8OfCharsToString},
-        {"Utf8ToString_OfABadText", badUtf8ToString},
+        {"Utf8ToString_OfInvalidText", invalidUtf8ToString},
         {"Utf8ToBuffer", utf8ToBuffer},
         {"StringToUtf8_Array", stringToUtf8Array},
         {"StringToUtf8_String", stringToUtf8String},
         {"EncodeAndAppend", encodeAndAppend},
         {"StringToUtf16", stringToUtf16},
         {"Utf16ToString", utf16ToString},
-        {"Utf16ToString_WithoutALength", utf16WithoutALength},
+        {"Utf16ToString_WithoutLength", utf16WithoutLength},
         {"ByLocale_NarrowToWide", narrowToWide},
         {"ByLocale_WideToNarrow", wideToNarrow},
     };

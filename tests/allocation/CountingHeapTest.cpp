@@ -1,4 +1,4 @@
-// The heap of these tests has to be right before it can tell anything about others.
+// Tests of the counting heap that the other tests of this folder use.
 
 #include "heap/CountingHeap.h"
 
@@ -11,14 +11,14 @@
 
 namespace {
 
-/// A request that the compiler cannot do away with.
+/// A request that the compiler cannot optimise away.
 void* request(std::size_t bytes) {
     static void* volatile block;
     block = std::malloc(bytes);
     return block;
 }
 
-TEST(CountingHeap, Held_CountsWhatWasNotGivenBack) {
+TEST(CountingHeap, HeldBlocks_CountsBlocksThatAreNotFreed) {
     void* const before = request(8);
     heap::watch();
     void* const first = request(8);
@@ -26,7 +26,7 @@ TEST(CountingHeap, Held_CountsWhatWasNotGivenBack) {
     const auto third = std::make_unique<std::string>(100, 'x');
     EXPECT_EQ(heap::heldBlocks(), 4u);
     std::free(before);
-    EXPECT_EQ(heap::heldBlocks(), 4u) << "a block from before the watch";
+    EXPECT_EQ(heap::heldBlocks(), 4u) << "blocks from before `watch` are not counted";
     std::free(first);
     void* const moved = std::realloc(second, 5000);
     EXPECT_EQ(heap::heldBlocks(), 3u);
@@ -35,7 +35,7 @@ TEST(CountingHeap, Held_CountsWhatWasNotGivenBack) {
     EXPECT_EQ(heap::heldBlocks(), 2u);
 }
 
-TEST(CountingHeap, Held_LeavesOutWhatIsUnwatched) {
+TEST(CountingHeap, HeldBlocks_IgnoresUnwatchedBlocks) {
     heap::watch();
     void* kept = nullptr;
     {
@@ -47,31 +47,31 @@ TEST(CountingHeap, Held_LeavesOutWhatIsUnwatched) {
     std::free(kept);
 }
 
-TEST(CountingHeap, Arm_RefusesOneRequestOrAllFromThenOn) {
+TEST(CountingHeap, Arm_FailsOneRequestOrAllFromThenOn) {
     for (const heap::Failure failure : {heap::Failure::Once, heap::Failure::FromThenOn}) {
-        bool granted[4] = {};
+        bool succeeded[4] = {};
         heap::arm(2, failure);
-        for (bool& answer : granted) {
+        for (bool& result : succeeded) {
             void* const block = request(8);
-            answer = block != nullptr;
+            result = block != nullptr;
             std::free(block);
         }
         heap::disarm();
-        const bool afterwards = failure == heap::Failure::Once;
-        EXPECT_TRUE(granted[0]);
-        EXPECT_FALSE(granted[1]);
-        EXPECT_EQ(granted[2], afterwards);
-        EXPECT_EQ(granted[3], afterwards);
+        const bool laterRequestsSucceed = failure == heap::Failure::Once;
+        EXPECT_TRUE(succeeded[0]);
+        EXPECT_FALSE(succeeded[1]);
+        EXPECT_EQ(succeeded[2], laterRequestsSucceed);
+        EXPECT_EQ(succeeded[3], laterRequestsSucceed);
         EXPECT_EQ(heap::requests(), 4u);
-        EXPECT_EQ(heap::refusals(), afterwards ? 1u : 3u);
+        EXPECT_EQ(heap::failedRequests(), laterRequestsSucceed ? 1u : 3u);
     }
 }
 
-TEST(CountingHeap, Arm_MakesTheGlobalOperatorThrow) {
+TEST(CountingHeap, Arm_MakesGlobalOperatorNewThrow) {
     heap::arm(1, heap::Failure::Once);
     EXPECT_THROW(static_cast<void>(std::string(100, 'x')), std::bad_alloc);
     heap::disarm();
-    EXPECT_EQ(heap::refusals(), 1u);
+    EXPECT_EQ(heap::failedRequests(), 1u);
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-// Every kind of failure under a failing heap: it is built and thrown on as its own class, and the log has its text.
+// Every exception class with a failing heap: it is constructed and rethrown with its own class, and its text is logged.
 
 #include <optional>
 #include <string>
@@ -11,33 +11,33 @@
 
 namespace {
 
-/// Two operations for a way to make an `E` with the message `text` (empty: with none): making it, and throwing it on.
+/// Adds two operations for a constructor of `E` with the message `text` (empty: no message): construct and rethrow.
 template <class E, class Make>
 void add(std::vector<Operation>& all, const std::string& name, const std::wstring& text, Make make) {
-    all.push_back({name + "_Build", [=](Trial& trial) {
+    all.push_back({name + "_Construct", [=](Attempt& attempt) {
                        std::optional<E> e;
-                       trial.perform([&] { make(e); });
-                       trial.expectCompleted();
+                       attempt.perform([&] { make(e); });
+                       attempt.expectCompleted();
                        ASSERT_TRUE(e.has_value());
                        if (text.empty()) {
                            EXPECT_EQ(e->getMessageTotal(), 0u);
-                           EXPECT_EQ(trial.logged().size(), 0u);
+                           EXPECT_EQ(attempt.logged().size(), 0u);
                        } else {
-                           expectMessage(trial, *e, 0, text);
-                           expectLastLine(trial, "Vorel Error", narrowed(text));
+                           expectMessage(attempt, *e, 0, text);
+                           expectLastLine(attempt, "Vorel Error", narrowed(text));
                        }
                    }});
-    all.push_back({name + "_Rethrow", [=](Trial& trial) {
+    all.push_back({name + "_Rethrow", [=](Attempt& attempt) {
                        std::optional<E> e;
                        make(e);
-                       trial.perform([&] { e->rethrow(); });
-                       EXPECT_EQ(trial.thrown(), typeid(E).name());
-                       EXPECT_EQ(trial.logged().size(), 0u);
-                       trial.expectThrownTexts(text.empty() ? Trial::Messages() : Trial::Messages{text});
+                       attempt.perform([&] { e->rethrow(); });
+                       EXPECT_EQ(attempt.thrown(), typeid(E).name());
+                       EXPECT_EQ(attempt.logged().size(), 0u);
+                       attempt.expectThrownTexts(text.empty() ? Attempt::Messages() : Attempt::Messages{text});
                    }});
 }
 
-/// The forms with a format of the caller's, for both widths.
+/// The constructors with a format, for both widths.
 template <class E>
 void addFormatted(std::vector<Operation>& all, const std::string& name) {
     add<E>(all, name + "_Wide", L"wide text, 7", [](auto& e) { e.emplace(L"%ls, %d", L"wide text", 7); });

@@ -1,4 +1,4 @@
-// Locks with a name under a failing heap: nothing is held that was not told, and a failure is told as what it is.
+// Named locks with a failing heap: no lock stays held after a failed operation, and failures are reported correctly.
 
 #include <optional>
 #include <string>
@@ -33,9 +33,9 @@ using vorel::NamedCondition;
 
 const std::wstring kRethrown = L": Vorel exception rethrown";
 
-/// A mutex of the system, and the name that a client gives it.
-struct TakenMutex {
-    TakenMutex() : name(test::NamedEvent::uniqueName(L"failing_heap_mutex")), handle(make(name)) {}
+/// A mutex of the system, and its name for clients of the library.
+struct ExistingMutex {
+    ExistingMutex() : name(test::NamedEvent::uniqueName(L"failing_heap_mutex")), handle(make(name)) {}
 
     static Handle make(const std::wstring& name) {
         return Handle(CreateMutexW(nullptr, FALSE, (L"Global\\" + name).c_str()));
@@ -46,126 +46,127 @@ struct TakenMutex {
 };
 
 template <bool LockNow>
-void construct(Trial& trial) {
-    const TakenMutex mutex;
+void construct(Attempt& attempt) {
+    const ExistingMutex mutex;
     {
         std::optional<AutoMutex> object;
-        trial.perform([&] { object.emplace(mutex.name.c_str(), LockNow, false); });
-        EXPECT_EQ(object.has_value(), trial.completed());
-        EXPECT_EQ(trial.completed(), !trial.refused());
-        if (!trial.completed()) {
-            ASSERT_GE(trial.logged().size(), 2u);
-            EXPECT_EQ(trial.logged().back(), "Vorel Error: AutoMutex::AutoMutex(): Vorel exception rethrown");
+        attempt.perform([&] { object.emplace(mutex.name.c_str(), LockNow, false); });
+        EXPECT_EQ(object.has_value(), attempt.completed());
+        EXPECT_EQ(attempt.completed(), !attempt.allocationFailed());
+        if (!attempt.completed()) {
+            ASSERT_GE(attempt.logged().size(), 2u);
+            EXPECT_EQ(attempt.logged().back(), "Vorel Error: AutoMutex::AutoMutex(): Vorel exception rethrown");
         }
     }
-    // Another thread could take it: nothing is held any more. This one could in any case, but would hold it twice.
+    // The mutex is free. This thread could lock it even if it owned it, but then it would own it twice.
     EXPECT_EQ(WaitForSingleObject(mutex.handle.get(), 0), WAIT_OBJECT_0);
     EXPECT_TRUE(ReleaseMutex(mutex.handle.get()));
-    EXPECT_FALSE(ReleaseMutex(mutex.handle.get())) << "it was held already";
+    EXPECT_FALSE(ReleaseMutex(mutex.handle.get())) << "the thread owned the mutex twice";
 }
 
-/// Under another name: without memory the object has the old mutex still, or none, and can be initialised again.
-void initializeAnew(Trial& trial) {
-    const TakenMutex first;
-    const TakenMutex second;
+/// With another name. After a failure the object still has the old mutex, or none, and can be initialised again.
+void initializeAgain(Attempt& attempt) {
+    const ExistingMutex first;
+    const ExistingMutex second;
     AutoMutex object(first.name.c_str(), false, false);
     bool result = false;
-    trial.perform([&] { result = object.initialize(second.name.c_str(), false); });
-    trial.expectMemoryOrDone();
-    EXPECT_EQ(result, trial.completed());
+    attempt.perform([&] { result = object.initialize(second.name.c_str(), false); });
+    attempt.expectCompletedOrMemoryException();
+    EXPECT_EQ(result, attempt.completed());
     EXPECT_TRUE(object.initialize(second.name.c_str(), false));
     EXPECT_TRUE(object.tryLock());
     object.unlock();
 }
 
-void lockAndUnlock(Trial& trial) {
-    const TakenMutex mutex;
+void lockAndUnlock(Attempt& attempt) {
+    const ExistingMutex mutex;
     AutoMutex object(mutex.name.c_str(), false, false);
-    trial.perform([&] {
+    attempt.perform([&] {
         object.lock(1000, true);
         object.tryLock();
         object.unlock();
         object.unlock();
     });
-    trial.expectCompleted();
-    EXPECT_EQ(trial.requests(), 0u);
+    attempt.expectCompleted();
+    EXPECT_EQ(attempt.requests(), 0u);
 }
 
-// ---- A wait that ends in vain ----
+// ---- Waits that time out ----
 
-DWORD waitingInVain = 0;
+DWORD timingOutThread = 0;
 decltype(&::WaitForSingleObject) realWait = nullptr;
 
-/// Other threads, those of the runtime and of the tests' library, wait as ever.
+/// Waits of other threads (those of the runtime and of GoogleTest) do not change.
 DWORD WINAPI timesOut(HANDLE object, DWORD timeout) {
-    return GetCurrentThreadId() == waitingInVain ? WAIT_TIMEOUT : realWait(object, timeout);
+    return GetCurrentThreadId() == timingOutThread ? WAIT_TIMEOUT : realWait(object, timeout);
 }
 
-/// Runs a call whose waits end in vain.
+/// Runs a call whose waits time out.
 template <class Call>
-bool inVain(Call&& call) {
-    waitingInVain = GetCurrentThreadId();
+bool withTimeout(Call&& call) {
+    timingOutThread = GetCurrentThreadId();
     realWait = importedWait;
     const test::ImportPatch noWait(importedWait, &timesOut);
     return call();
 }
 
-bool lockInVain(AutoMutex& object, unsigned int timeout, bool throwOnFailure, BaseString<wchar_t>* errorText) {
-    return inVain([&] { return object.lock(timeout, throwOnFailure, errorText); });
+bool lockWithTimeout(AutoMutex& object, unsigned int timeout, bool throwOnFailure, BaseString<wchar_t>* errorText) {
+    return withTimeout([&] { return object.lock(timeout, throwOnFailure, errorText); });
 }
 
 std::wstring timedOut(const std::wstring& name) {
     return L"Failed to lock mutex " + name + L": Timed out";
 }
 
-/// The exception that was asked for, or the one for the memory of its reason.
-void lockThatThrows(Trial& trial) {
-    const TakenMutex mutex;
+/// Expects the requested exception, or one about the memory for its text.
+void lockThatThrows(Attempt& attempt) {
+    const ExistingMutex mutex;
     AutoMutex object(mutex.name.c_str(), false, false);
-    trial.perform([&] { lockInVain(object, 10, true, nullptr); });
+    attempt.perform([&] { lockWithTimeout(object, 10, true, nullptr); });
     const std::wstring record = L"AutoMutex::lock" + kRethrown;
-    if (trial.thrown() == typeid(vorel::MemoryException).name()) {
-        trial.expectMemoryException({{16, 2}}, {record});
+    if (attempt.thrown() == typeid(vorel::MemoryException).name()) {
+        attempt.expectMemoryException({{16, 2}}, {record});
     } else {
-        trial.expectThrown(typeid(vorel::Exception).name(), {L"AutoMutex::lock: " + timedOut(mutex.name), record});
+        attempt.expectThrown(typeid(vorel::Exception).name(), {L"AutoMutex::lock: " + timedOut(mutex.name), record});
     }
 }
 
-BOOL WINAPI refuseRelease(HANDLE) {
+BOOL WINAPI failRelease(HANDLE) {
     SetLastError(ERROR_NOT_OWNER);
     return FALSE;
 }
 
-/// Whatever there is no memory for, the hold is there until it is given back.
-void unlockThatFails(Trial& trial) {
-    const TakenMutex mutex;
+/// Whatever allocation fails, the object owns the mutex until it is released.
+void unlockThatFails(Attempt& attempt) {
+    const ExistingMutex mutex;
     AutoMutex object(mutex.name.c_str(), true, false);
     {
-        const test::ImportPatch release(importedRelease, &refuseRelease);
-        trial.perform([&] { object.unlock(); });
+        const test::ImportPatch release(importedRelease, &failRelease);
+        attempt.perform([&] { object.unlock(); });
     }
-    EXPECT_FALSE(trial.completed());
+    EXPECT_FALSE(attempt.completed());
     const std::wstring record = L"AutoMutex::unlock" + kRethrown;
-    if (trial.thrown() == typeid(vorel::MemoryException).name()) {
-        // How much was asked for depends on the system's words.
-        EXPECT_EQ(trial.logged().back(), "Vorel Error: " + test::utf8(record));
+    if (attempt.thrown() == typeid(vorel::MemoryException).name()) {
+        // The size of the request depends on the system's text.
+        EXPECT_EQ(attempt.logged().back(), "Vorel Error: " + test::utf8(record));
     } else {
-        trial.expectThrown(typeid(vorel::Exception).name(), {L"AutoMutex::unlock: Failed to release mutex " +
-                                                                 mutex.name + L": " + test::systemText(ERROR_NOT_OWNER),
-                                                             record});
+        attempt.expectThrown(
+            typeid(vorel::Exception).name(),
+            {L"AutoMutex::unlock: Failed to release mutex " + mutex.name + L": " + test::systemText(ERROR_NOT_OWNER),
+             record});
     }
     object.unlock();
     EXPECT_TRUE(test::isFreeForOthers(object));
 }
 
-void lockThatTells(Trial& trial) {
-    const TakenMutex mutex;
+void lockWithErrorText(Attempt& attempt) {
+    const ExistingMutex mutex;
     AutoMutex object(mutex.name.c_str(), false, false);
     BaseString<wchar_t> text;
     bool result = true;
-    trial.perform([&] { result = lockInVain(object, 0, false, &text); });
-    trial.expectMemoryOrDone();
-    if (trial.completed()) {
+    attempt.perform([&] { result = lockWithTimeout(object, 0, false, &text); });
+    attempt.expectCompletedOrMemoryException();
+    if (attempt.completed()) {
         EXPECT_FALSE(result);
         EXPECT_EQ(text.view(), timedOut(mutex.name));
     } else {
@@ -173,82 +174,83 @@ void lockThatTells(Trial& trial) {
     }
 }
 
-void lockThatWarns(Trial& trial) {
-    const TakenMutex mutex;
+void lockThatWarns(Attempt& attempt) {
+    const ExistingMutex mutex;
     AutoMutex object(mutex.name.c_str(), false, false);
     bool result = true;
-    trial.perform([&] { result = lockInVain(object, 10, false, nullptr); });
-    trial.expectMemoryOrDone();
-    if (trial.completed()) {
+    attempt.perform([&] { result = lockWithTimeout(object, 10, false, nullptr); });
+    attempt.expectCompletedOrMemoryException();
+    if (attempt.completed()) {
         const heap::Unwatched unwatched;
         EXPECT_FALSE(result);
-        EXPECT_EQ(trial.logged(),
+        EXPECT_EQ(attempt.logged(),
                   std::vector<std::string>{"WARN: AutoMutex::lock: " + test::utf8(timedOut(mutex.name))});
     }
 }
 
-/// A call that asks for no answer gets none, and asks for no memory.
-void lockThatIsQuiet(Trial& trial) {
-    const TakenMutex mutex;
+/// A call that does not want a report gets none, and allocates nothing.
+void lockSilently(Attempt& attempt) {
+    const ExistingMutex mutex;
     AutoMutex object(mutex.name.c_str(), false, false);
     bool result = true;
-    trial.perform([&] {
-        result = lockInVain(object, 0, false, nullptr);
-        result = inVain([&] { return object.tryLock(); }) || result;
+    attempt.perform([&] {
+        result = lockWithTimeout(object, 0, false, nullptr);
+        result = withTimeout([&] { return object.tryLock(); }) || result;
     });
-    trial.expectCompleted();
+    attempt.expectCompleted();
     EXPECT_FALSE(result);
-    EXPECT_EQ(trial.requests(), 0u);
+    EXPECT_EQ(attempt.requests(), 0u);
 }
 
-void useWithoutAMutex(Trial& trial) {
+void lockWithoutMutex(Attempt& attempt) {
     AutoMutex object(nullptr, false, false);
-    trial.perform([&] { object.lock(10, false); });
-    trial.expectThrown(typeid(vorel::Exception).name(),
-                       {L"AutoMutex::lock: Mutex not initialized", L"AutoMutex::lock" + kRethrown});
+    attempt.perform([&] { object.lock(10, false); });
+    attempt.expectThrown(typeid(vorel::Exception).name(),
+                         {L"AutoMutex::lock: Mutex not initialized", L"AutoMutex::lock" + kRethrown});
 }
 
-void initializeWithoutAName(Trial& trial) {
+void initializeWithoutName(Attempt& attempt) {
     AutoMutex object(nullptr, false, false);
-    trial.perform([&] { object.initialize(nullptr, false); });
-    trial.expectThrown(typeid(vorel::Exception).name(),
-                       {L"AutoMutex::initialize: Name required for mutex", L"AutoMutex::initialize" + kRethrown});
+    attempt.perform([&] { object.initialize(nullptr, false); });
+    attempt.expectThrown(typeid(vorel::Exception).name(),
+                         {L"AutoMutex::initialize: Name required for mutex", L"AutoMutex::initialize" + kRethrown});
 }
 
-void constructNamedCondition(Trial& trial) {
+void constructNamedCondition(Attempt& attempt) {
     const std::wstring name = test::NamedEvent::uniqueName(L"failing_heap_condition");
     {
         std::optional<NamedCondition> object;
-        trial.perform([&] { object.emplace(name.c_str()); });
-        trial.expectMemoryException({{64, 2}}, {L"NamedCondition::createCondition" + kRethrown});
-        EXPECT_EQ(object.has_value(), trial.completed());
+        attempt.perform([&] { object.emplace(name.c_str()); });
+        attempt.expectMemoryException({{64, 2}}, {L"NamedCondition::createCondition" + kRethrown});
+        EXPECT_EQ(object.has_value(), attempt.completed());
     }
     EXPECT_FALSE(Handle(OpenEventW(SYNCHRONIZE, FALSE, name.c_str()))) << "the event is still open";
 }
 
-/// A name of another kind of object: the failure is told whatever was refused.
-void constructNamedConditionOfATakenName(Trial& trial) {
-    const TakenMutex mutex;
+/// The name of an object of another kind. The failure is reported whatever request fails.
+void constructNamedConditionOfNameInUse(Attempt& attempt) {
+    const ExistingMutex mutex;
     const std::wstring name = L"Global\\" + mutex.name;
-    trial.perform([&] { const NamedCondition object(name.c_str()); });
-    EXPECT_FALSE(trial.completed());
+    attempt.perform([&] { const NamedCondition object(name.c_str()); });
+    EXPECT_FALSE(attempt.completed());
     const heap::Unwatched unwatched;
-    const bool isMemory = trial.thrown() == typeid(vorel::MemoryException).name();
-    EXPECT_TRUE(trial.thrown() == typeid(vorel::Exception).name() || (trial.refused() && isMemory)) << trial.thrown();
-    ASSERT_GE(trial.logged().size(), 2u);
-    EXPECT_EQ(trial.logged().back(), "Vorel Error: NamedCondition::createCondition: Vorel exception rethrown");
-    const std::string& told = trial.logged()[trial.logged().size() - 2];
-    EXPECT_TRUE(told.starts_with(isMemory ? "Vorel Error: No more memory is available: "
+    const bool isMemory = attempt.thrown() == typeid(vorel::MemoryException).name();
+    EXPECT_TRUE(attempt.thrown() == typeid(vorel::Exception).name() || (attempt.allocationFailed() && isMemory))
+        << attempt.thrown();
+    ASSERT_GE(attempt.logged().size(), 2u);
+    EXPECT_EQ(attempt.logged().back(), "Vorel Error: NamedCondition::createCondition: Vorel exception rethrown");
+    const std::string& line = attempt.logged()[attempt.logged().size() - 2];
+    EXPECT_TRUE(line.starts_with(isMemory ? "Vorel Error: No more memory is available: "
                                           : "Vorel Error: Failed to create condition '" + test::utf8(name) + "': "))
-        << told;
+        << line;
 }
 
-void signalAndWait(Trial& trial) {
+void signalAndWait(Attempt& attempt) {
     vorel::ForcedCriticalSection lock;
     vorel::Condition condition(lock);
     NamedCondition named(test::NamedEvent::uniqueName(L"failing_heap_condition").c_str());
     int released = 0;
-    trial.perform([&] {
+    attempt.perform([&] {
         const vorel::Guard held(lock);
         condition.signal();
         condition.broadcast();
@@ -256,8 +258,8 @@ void signalAndWait(Trial& trial) {
         named.signal();
         released += named.wait(1000) ? 1 : 0;
     });
-    trial.expectCompleted();
-    EXPECT_EQ(trial.requests(), 0u);
+    attempt.expectCompleted();
+    EXPECT_EQ(attempt.requests(), 0u);
     EXPECT_EQ(released, 2);
 }
 
@@ -265,17 +267,17 @@ const std::vector<Operation>& operations() {
     static const std::vector<Operation> kOperations = {
         {"AutoMutex_Named", construct<false>},
         {"AutoMutex_Locked", construct<true>},
-        {"Initialize_Anew", initializeAnew},
+        {"Initialize_Again", initializeAgain},
         {"LockAndUnlock", lockAndUnlock},
         {"Lock_ThatThrows", lockThatThrows},
-        {"Lock_ThatTells", lockThatTells},
+        {"Lock_WithErrorText", lockWithErrorText},
         {"Lock_ThatWarns", lockThatWarns},
-        {"Lock_ThatIsQuiet", lockThatIsQuiet},
+        {"Lock_Silent", lockSilently},
         {"Unlock_ThatFails", unlockThatFails},
-        {"Lock_WithoutAMutex", useWithoutAMutex},
-        {"Initialize_WithoutAName", initializeWithoutAName},
+        {"Lock_WithoutMutex", lockWithoutMutex},
+        {"Initialize_WithoutName", initializeWithoutName},
         {"NamedCondition", constructNamedCondition},
-        {"NamedCondition_OfATakenName", constructNamedConditionOfATakenName},
+        {"NamedCondition_OfNameInUse", constructNamedConditionOfNameInUse},
         {"SignalAndWait", signalAndWait},
     };
     return kOperations;

@@ -1,4 +1,4 @@
-// Settings of the log and of its channels under a failing heap: a setting is made, or it is as it was.
+// Settings of the log and of its channels with a failing heap: a setting is changed completely or not at all.
 
 #include <string>
 #include <typeinfo>
@@ -25,22 +25,22 @@ namespace {
 
 using vorel::Exception;
 
-/// The name of a target that no run before has switched on: what the library knows of a target, it keeps.
+/// The name of a new target, because the library keeps the names of all targets that were ever active.
 template <class T>
-std::basic_string<T> freshTarget() {
+std::basic_string<T> newTarget() {
     static unsigned int count = 0;
-    return textOf<T>(("a target with a name of some length " + std::to_string(++count)).c_str());
+    return textOf<T>(("a target with a long name " + std::to_string(++count)).c_str());
 }
 
 template <class T>
-void setDebugTarget(Trial& trial) {
+void setDebugTarget(Attempt& attempt) {
     const heap::Unwatched kept;
-    const std::basic_string<T> target = freshTarget<T>();
-    trial.perform([&] { Exception::setDebugTarget(target.c_str(), true); });
-    trial.expectMemoryException({{static_cast<unsigned int>(target.size() + 1), sizeof(T)}},
-                                {L"Exception::setDebugTarget: Vorel exception rethrown"});
-    EXPECT_EQ(Exception::isDebugTargetActive(target.c_str()), trial.completed());
-    if (trial.completed()) {
+    const std::basic_string<T> target = newTarget<T>();
+    attempt.perform([&] { Exception::setDebugTarget(target.c_str(), true); });
+    attempt.expectMemoryException({{static_cast<unsigned int>(target.size() + 1), sizeof(T)}},
+                                  {L"Exception::setDebugTarget: Vorel exception rethrown"});
+    EXPECT_EQ(Exception::isDebugTargetActive(target.c_str()), attempt.completed());
+    if (attempt.completed()) {
         Exception::setDebugTarget(target.c_str(), false);
     }
 }
@@ -49,61 +49,63 @@ std::string location() {
     return *reveal(test::ErrorLogLocation());
 }
 
-void narrowLocation(Trial& trial) {
+void narrowLocation(Attempt& attempt) {
     const std::string before = location();
-    trial.perform([] { Exception::SetErrorLogLocation("another.txt", 0); });
-    trial.expectCompleted();
-    EXPECT_EQ(trial.requests(), 0u);
+    attempt.perform([] { Exception::SetErrorLogLocation("another.txt", 0); });
+    attempt.expectCompleted();
+    EXPECT_EQ(attempt.requests(), 0u);
     EXPECT_EQ(location(), "another.txt");
     Exception::SetErrorLogLocation(before.c_str(), 0);
 }
 
-/// A path that finds no room sets the text of the failure, or none when that has no room either.
-void wideLocation(Trial& trial) {
+/// If the path cannot be converted, the location becomes the text of the failure, or empty if that text cannot be
+/// stored either.
+void wideLocation(Attempt& attempt) {
     const std::string before = location();
-    trial.perform([] { Exception::SetErrorLogLocation(L"another file.txt", 0); });
-    trial.expectCompleted();
+    attempt.perform([] { Exception::SetErrorLogLocation(L"another file.txt", 0); });
+    attempt.expectCompleted();
     const std::string after = location();
     Exception::SetErrorLogLocation(before.c_str(), 0);
-    if (!trial.refused()) {
+    if (!attempt.allocationFailed()) {
         EXPECT_EQ(after, "another file.txt");
     } else {
         EXPECT_TRUE(after == "Out of memory in text conversion" || after.empty()) << after;
     }
 }
 
-void silenceAThread(Trial& trial) {
-    trial.perform([] { Exception::DisableThreadErrorLogging(true); });
+void disableLogging(Attempt& attempt) {
+    attempt.perform([] { Exception::DisableThreadErrorLogging(true); });
     const bool isSilenced = Exception::IsThreadErrorLoggingDisabled();
     Exception::DisableThreadErrorLogging(false);
-    trial.expectCompleted();
-    EXPECT_EQ(trial.logged().size(), 0u) << "and says nothing";
-    EXPECT_EQ(isSilenced, !trial.refused());
+    attempt.expectCompleted();
+    EXPECT_EQ(attempt.logged().size(), 0u) << "logs nothing";
+    EXPECT_EQ(isSilenced, !attempt.allocationFailed());
 }
 
-void admitAThread(Trial& trial) {
+void enableLogging(Attempt& attempt) {
     Exception::DisableThreadErrorLogging(true);
-    trial.perform([] { Exception::DisableThreadErrorLogging(false); });
+    attempt.perform([] { Exception::DisableThreadErrorLogging(false); });
     const bool isSilenced = Exception::IsThreadErrorLoggingDisabled();
     Exception::DisableThreadErrorLogging(false);
-    trial.expectCompleted();
-    EXPECT_EQ(isSilenced, trial.refused());
+    attempt.expectCompleted();
+    EXPECT_EQ(isSilenced, attempt.allocationFailed());
 }
 
-/// The warning for an invalid parameter of the runtime's functions needs memory for its text only.
-void warnOfAParameter(Trial& trial) {
+/// The warning about an invalid parameter of the runtime needs memory only for its text.
+void warnOfInvalidParameter(Attempt& attempt) {
     const test::ParameterHandler handler = reveal(test::InvalidParameterHandler());
-    trial.perform([&] { handler(L"count > 0", L"read", L"file.c", 7, 0); });
-    trial.expectCompleted();
-    EXPECT_EQ(trial.logged(), std::vector<std::string>{"WARN: Invalid parameter detected: file.c::read(7): count > 0"});
+    attempt.perform([&] { handler(L"count > 0", L"read", L"file.c", 7, 0); });
+    attempt.expectCompleted();
+    EXPECT_EQ(attempt.logged(),
+              std::vector<std::string>{"WARN: Invalid parameter detected: file.c::read(7): count > 0"});
 }
 
 const std::vector<Operation>& operations() {
     static const std::vector<Operation> kOperations = {
-        {"SetDebugTarget_Narrow", setDebugTarget<char>}, {"SetDebugTarget_Wide", setDebugTarget<wchar_t>},
-        {"SetErrorLogLocation_Narrow", narrowLocation},  {"SetErrorLogLocation_Wide", wideLocation},
-        {"DisableThreadErrorLogging", silenceAThread},   {"EnableThreadErrorLogging", admitAThread},
-        {"InvalidParameterHandler", warnOfAParameter},
+        {"SetDebugTarget_Narrow", setDebugTarget<char>},     {"SetDebugTarget_Wide", setDebugTarget<wchar_t>},
+        {"SetErrorLogLocation_Narrow", narrowLocation},      {"SetErrorLogLocation_Wide", wideLocation},
+        {"DisableThreadErrorLogging", disableLogging},       {"EnableThreadErrorLogging", enableLogging},
+        {"InvalidParameterHandler", warnOfInvalidParameter},
     };
     return kOperations;
 }

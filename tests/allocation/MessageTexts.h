@@ -1,6 +1,5 @@
 /// \file
-/// What may have become of the texts of an exception when memory was refused on their way: onto its stack, and into the
-/// log.
+/// Checks the messages of an exception and the lines of the log. If an allocation failed, they may be incomplete.
 #pragma once
 
 #include <cstddef>
@@ -10,13 +9,15 @@
 #include "vorel/exceptions/Exception.h"
 
 constexpr std::size_t kLongMessage = 10000;
-constexpr std::size_t kCutMessage = 7999;  // what the buffer of a message holds
+constexpr std::size_t kTruncatedMessage = 7999;  // the capacity of a message's internal buffer
 
-/// The text of a message that could not be made wide.
+/// The text of a message that could not be converted to wide text.
 inline const std::wstring kNoMemoryForText = L"Out of memory for text conversion";
 
-/// The message at `index` of `e` is `text`, or what is left of it where memory was refused.
-void expectMessage(const Trial& trial, const vorel::Exception& e, unsigned int index, const std::wstring& text);
+/// Expects `text` as the message at `index` of `e`. If a request failed, the message may also be empty, truncated, or
+/// `kNoMemoryForText`.
+void expectMessage(const Attempt& attempt, const vorel::Exception& e, unsigned int index, const std::wstring& text);
 
-/// The last line of the log is `text` under `prefix`, or what is left of it where memory was refused.
-void expectLastLine(const Trial& trial, const std::string& prefix, const std::string& text);
+/// Expects `prefix` and `text` as the last line of the log. If a request failed, the text may also be empty, truncated,
+/// or `kNoMemoryForText`.
+void expectLastLine(const Attempt& attempt, const std::string& prefix, const std::string& text);

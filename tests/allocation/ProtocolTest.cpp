@@ -1,5 +1,5 @@
-// Catching, recording and throwing on under a failing heap: the record is in the log, a caught exception ends, one that
-// is thrown on keeps its class.
+// Catching, recording and rethrowing with a failing heap: the record is logged, a caught exception ends, and a rethrown
+// one keeps its class.
 
 #include <string>
 #include <typeinfo>
@@ -14,52 +14,52 @@ namespace {
 using vorel::Exception;
 using vorel::TimeoutException;
 
-/// What an operation does to an exception, and the record that it makes of it.
+/// An operation on an exception, and the record that it adds.
 struct Step {
     const char* name;
     void (*perform)(Exception&);
     std::wstring record;
 };
 
-constexpr const wchar_t* kBefore = L"the message that was there";
+constexpr const wchar_t* kBefore = L"the existing message";
 
-void caught(Trial& trial, const Step& step) {
+void caught(Attempt& attempt, const Step& step) {
     TimeoutException e(kBefore);
-    trial.perform([&] { step.perform(e); });
-    trial.expectCompleted();
+    attempt.perform([&] { step.perform(e); });
+    attempt.expectCompleted();
     EXPECT_EQ(e.getMessageTotal(), 0u);
-    expectLastLine(trial, "Vorel Error", narrowed(step.record));
+    expectLastLine(attempt, "Vorel Error", narrowed(step.record));
 }
 
-void recorded(Trial& trial, const Step& step) {
+void recorded(Attempt& attempt, const Step& step) {
     TimeoutException e(kBefore);
-    trial.perform([&] { step.perform(e); });
-    trial.expectCompleted();
-    EXPECT_STREQ(e.what(), kBefore) << "what is there stays";
+    attempt.perform([&] { step.perform(e); });
+    attempt.expectCompleted();
+    EXPECT_STREQ(e.what(), kBefore) << "keeps the existing message";
     EXPECT_LE(e.getMessageTotal(), 2u);
-    expectMessage(trial, e, 1, step.record);
-    expectLastLine(trial, "Vorel Error", narrowed(step.record));
+    expectMessage(attempt, e, 1, step.record);
+    expectLastLine(attempt, "Vorel Error", narrowed(step.record));
 }
 
-void thrownOn(Trial& trial, const Step& step) {
+void rethrown(Attempt& attempt, const Step& step) {
     TimeoutException e(kBefore);
-    trial.perform([&] { step.perform(e); });
-    EXPECT_EQ(trial.thrown(), typeid(TimeoutException).name());
-    trial.expectThrownTexts({kBefore, step.record});
-    expectLastLine(trial, "Vorel Error", narrowed(step.record));
+    attempt.perform([&] { step.perform(e); });
+    EXPECT_EQ(attempt.thrown(), typeid(TimeoutException).name());
+    attempt.expectThrownTexts({kBefore, step.record});
+    expectLastLine(attempt, "Vorel Error", narrowed(step.record));
 }
 
-void severeCaught(Trial& trial, const Step& step) {
+void severeCaught(Attempt& attempt, const Step& step) {
     Exception unused;
-    trial.perform([&] { step.perform(unused); });
-    trial.expectCompleted();
-    expectLastLine(trial, "Vorel Error", narrowed(step.record));
+    attempt.perform([&] { step.perform(unused); });
+    attempt.expectCompleted();
+    expectLastLine(attempt, "Vorel Error", narrowed(step.record));
 }
 
-void severeThrown(Trial& trial, const Step& step) {
+void severeThrown(Attempt& attempt, const Step& step) {
     Exception unused;
-    trial.perform([&] { step.perform(unused); });
-    trial.expectThrown(typeid(Exception).name(), {step.record});
+    attempt.perform([&] { step.perform(unused); });
+    attempt.expectThrown(typeid(Exception).name(), {step.record});
 }
 
 const Step kCaught[] = {
@@ -81,7 +81,7 @@ const Step kRecorded[] = {
      L"Parser::run: Severe error thrown"},
 };
 
-const Step kThrownOn[] = {
+const Step kRethrown[] = {
     {"RethrowMessage", [](Exception& e) { e.rethrowMessage(L"run"); }, L"run: Vorel exception rethrown"},
     {"RethrowGeneric", [](Exception& e) { e.rethrowGeneric(L"%ls-%d", L"Parser", 7); },
      L"Parser-7: Vorel exception rethrown"},
@@ -105,27 +105,27 @@ const Step kSevereThrown[] = {
      L"Parser::~Parser: Severe error thrown"},
 };
 
-/// Both messages are there already; the log gets them once more.
-void mirrorAllMessages(Trial& trial) {
+/// The exception has logged both messages before; they are logged again.
+void mirrorAllMessages(Attempt& attempt) {
     Exception e(L"the first message");
     e.appendMessage(L"%ls", longText<wchar_t>(kLongMessage).c_str());
-    trial.perform([&] { e.mirrorAllMessages(); });
-    trial.expectCompleted();
-    ASSERT_EQ(trial.logged().size(), 2u);
-    EXPECT_EQ(trial.logged()[0], "Vorel Error: the first message");
-    expectLastLine(trial, "Vorel Error", longText<char>(kLongMessage));
+    attempt.perform([&] { e.mirrorAllMessages(); });
+    attempt.expectCompleted();
+    ASSERT_EQ(attempt.logged().size(), 2u);
+    EXPECT_EQ(attempt.logged()[0], "Vorel Error: the first message");
+    expectLastLine(attempt, "Vorel Error", longText<char>(kLongMessage));
 }
 
 std::vector<Operation> operations() {
     std::vector<Operation> all = {{"MirrorAllMessages", mirrorAllMessages}};
-    const auto add = [&all](const auto& steps, void (*expect)(Trial&, const Step&)) {
+    const auto add = [&all](const auto& steps, void (*expect)(Attempt&, const Step&)) {
         for (const Step& step : steps) {
-            all.push_back({step.name, [&step, expect](Trial& trial) { expect(trial, step); }});
+            all.push_back({step.name, [&step, expect](Attempt& attempt) { expect(attempt, step); }});
         }
     };
     add(kCaught, caught);
     add(kRecorded, recorded);
-    add(kThrownOn, thrownOn);
+    add(kRethrown, rethrown);
     add(kSevereCaught, severeCaught);
     add(kSevereThrown, severeThrown);
     return all;

@@ -1,5 +1,5 @@
-// Time, clocks, error texts and memory accounting under a failing heap; and failures of misuse, which keep their class
-// and their record in the log when there is no memory for their texts.
+// Time, clocks, error texts and memory accounting with a failing heap. Exceptions about invalid arguments keep their
+// class and their log lines even if their texts cannot be stored.
 
 #include <ctime>
 #include <string>
@@ -24,7 +24,7 @@ namespace util = vorel::util;
 
 constexpr int kCode = ERROR_ACCESS_DENIED;
 
-/// The capacity of a string that has to hold `units` and a terminator: a power of two, 16 at least.
+/// The capacity of a string with `units` and a terminator: a power of two, at least 16.
 unsigned int roundedUp(std::size_t units) {
     unsigned int capacity = 16;
     while (capacity < units + 1) {
@@ -33,40 +33,40 @@ unsigned int roundedUp(std::size_t units) {
     return capacity;
 }
 
-/// The text is the one asked for; without memory for it, there is none.
-void formatErrorMsg(Trial& trial) {
+/// Expects the text of the code, or an empty text if a request failed.
+void formatErrorMsg(Attempt& attempt) {
     BaseString<wchar_t> text;
-    trial.perform([&] { util::FormatErrorMsg(kCode, text); });
-    trial.expectMemoryException({{roundedUp(test::systemText(kCode).size()), 2}},
-                                {L"vorel::util::FormatErrorMsg: Vorel exception rethrown"});
-    EXPECT_EQ(text.view(), trial.completed() ? test::systemText(kCode) : L"");
+    attempt.perform([&] { util::FormatErrorMsg(kCode, text); });
+    attempt.expectMemoryException({{roundedUp(test::systemText(kCode).size()), 2}},
+                                  {L"vorel::util::FormatErrorMsg: Vorel exception rethrown"});
+    EXPECT_EQ(text.view(), attempt.completed() ? test::systemText(kCode) : L"");
 }
 
-void formatNoError(Trial& trial) {
+void formatNoError(Attempt& attempt) {
     BaseString<wchar_t> text;
-    trial.perform([&] { util::FormatErrorMsg(0, text); });
-    trial.expectMemoryException({{16, 2}}, {L"vorel::util::FormatErrorMsg: Vorel exception rethrown"});
-    EXPECT_EQ(text.view(), trial.completed() ? L"No Error" : L"");
+    attempt.perform([&] { util::FormatErrorMsg(0, text); });
+    attempt.expectMemoryException({{16, 2}}, {L"vorel::util::FormatErrorMsg: Vorel exception rethrown"});
+    EXPECT_EQ(text.view(), attempt.completed() ? L"No Error" : L"");
 }
 
-void getLastErrorMsg(Trial& trial) {
+void getLastErrorMsg(Attempt& attempt) {
     BaseString<wchar_t> text;
     bool result = false;
-    trial.perform([&] {
+    attempt.perform([&] {
         SetLastError(kCode);
         result = util::GetLastErrorMsg(text);
     });
-    trial.expectMemoryException({{roundedUp(test::systemText(kCode).size()), 2}},
-                                {L"vorel::util::FormatErrorMsg: Vorel exception rethrown",
-                                 L"vorel::util::GetLastErrorMsg: Vorel exception rethrown"});
-    EXPECT_EQ(result, trial.completed());
+    attempt.expectMemoryException({{roundedUp(test::systemText(kCode).size()), 2}},
+                                  {L"vorel::util::FormatErrorMsg: Vorel exception rethrown",
+                                   L"vorel::util::GetLastErrorMsg: Vorel exception rethrown"});
+    EXPECT_EQ(result, attempt.completed());
 }
 
-void timeAndClocks(Trial& trial) {
+void timeAndClocks(Attempt& attempt) {
     const long long time = 1'000'000'000;
     std::tm parts{};
     char text[26] = {};
-    trial.perform([&] {
+    attempt.perform([&] {
         util::localtime(&time, &parts);
         util::gmtime(&time, &parts);
         util::asctime(&parts, text, sizeof text);
@@ -80,13 +80,13 @@ void timeAndClocks(Trial& trial) {
         vorel::EnableThreadSafety(true);
         vorel::EnableThreadSafety(false);
     });
-    trial.expectCompleted();
-    EXPECT_EQ(trial.requests(), 0u);
+    attempt.expectCompleted();
+    EXPECT_EQ(attempt.requests(), 0u);
 }
 
-void memoryAccounting(Trial& trial) {
+void memoryAccounting(Attempt& attempt) {
     int block = 0;
-    trial.perform([&] {
+    attempt.perform([&] {
         vorel::LeakDetector detector("narrow", true);
         vorel::LeakDetector other(L"wide", true);
         detector.Add(&block, "here");
@@ -97,34 +97,34 @@ void memoryAccounting(Trial& trial) {
         vorel::MemAllocInfo info;
         info.clear();
     });
-    trial.expectCompleted();
-    EXPECT_EQ(trial.requests(), 0u);
+    attempt.expectCompleted();
+    EXPECT_EQ(attempt.requests(), 0u);
 }
 
-/// What a caller did wrong, and the exception with its records.
-struct Misuse {
+/// A call with invalid arguments, and the messages of its exception.
+struct InvalidCall {
     const char* name;
     void (*make)();
-    Trial::Messages messages;
+    Attempt::Messages messages;
 };
 
-const Misuse kMisuses[] = {
-    {"LocalTimeWithoutAResult",
+const InvalidCall kInvalidCalls[] = {
+    {"LocalTimeWithoutResult",
      [] {
          const long long time = 0;
          util::localtime(&time, nullptr);
      },
      {L"pLocalTime is null", L"vorel::util::localtime: Vorel exception rethrown"}},
-    {"GmTimeWithoutAResult",
+    {"GmTimeWithoutResult",
      [] {
          const long long time = 0;
          util::gmtime(&time, nullptr);
      },
      {L"pGMTime is null", L"vorel::util::gmtime: Vorel exception rethrown"}},
-    {"AscTimeWithoutABuffer",
+    {"AscTimeWithoutBuffer",
      [] { util::asctime(nullptr, nullptr, 26); },
      {L"buffer is null", L"vorel::util::asctime: Vorel exception rethrown"}},
-    {"CTimeWithoutRoom",
+    {"CTimeWithSmallBuffer",
      [] {
          char text[4];
          const long long time = 0;
@@ -133,9 +133,9 @@ const Misuse kMisuses[] = {
      {L"buffer must be at least 26 characters long, actual size = 4", L"vorel::util::ctime: Vorel exception rethrown"}},
 };
 
-void misuse(Trial& trial, const Misuse& what) {
-    trial.perform([&] { what.make(); });
-    trial.expectThrown(typeid(vorel::Exception).name(), what.messages);
+void expectFailure(Attempt& attempt, const InvalidCall& what) {
+    attempt.perform([&] { what.make(); });
+    attempt.expectThrown(typeid(vorel::Exception).name(), what.messages);
 }
 
 std::vector<Operation> operations() {
@@ -144,8 +144,8 @@ std::vector<Operation> operations() {
         {"GetLastErrorMsg", getLastErrorMsg},   {"TimeAndClocks", timeAndClocks},
         {"MemoryAccounting", memoryAccounting},
     };
-    for (const Misuse& what : kMisuses) {
-        all.push_back({what.name, [&what](Trial& trial) { misuse(trial, what); }});
+    for (const InvalidCall& what : kInvalidCalls) {
+        all.push_back({what.name, [&what](Attempt& attempt) { expectFailure(attempt, what); }});
     }
     return all;
 }

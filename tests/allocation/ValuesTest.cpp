@@ -1,4 +1,4 @@
-// Lists, splitting, joining and appended numbers under a failing heap; and that nothing else of the values asks it.
+// Lists, splitting, joining and appending numbers with a failing heap. All other functions of values allocate nothing.
 
 #include <string>
 #include <typeinfo>
@@ -21,167 +21,168 @@ using vorel::Array;
 using vorel::BaseString;
 namespace util = vorel::util;
 
-const std::wstring kFull(15, L'x');  // fills the smallest buffer but for its terminator
+const std::wstring kFull(15, L'x');  // fills the smallest buffer up to the terminator
 
-void appendNumber(Trial& trial, void (*append)(BaseString<wchar_t>&), const wchar_t* number) {
+void appendNumber(Attempt& attempt, void (*append)(BaseString<wchar_t>&), const wchar_t* number) {
     BaseString<wchar_t> text(kFull.c_str());
-    trial.perform([&] { append(text); });
-    trial.expectMemoryOrDone();
-    EXPECT_EQ(std::wstring(text.view()), trial.completed() ? kFull + number : kFull);
+    attempt.perform([&] { append(text); });
+    attempt.expectCompletedOrMemoryException();
+    EXPECT_EQ(std::wstring(text.view()), attempt.completed() ? kFull + number : kFull);
 }
 
-void appendDouble(Trial& trial) {
+void appendDouble(Attempt& attempt) {
     appendNumber(
-        trial, [](BaseString<wchar_t>& text) { util::appendDouble(text, -2.5); }, L"-2.5");
+        attempt, [](BaseString<wchar_t>& text) { util::appendDouble(text, -2.5); }, L"-2.5");
 }
 
-void appendInteger(Trial& trial) {
+void appendInteger(Attempt& attempt) {
     appendNumber(
-        trial, [](BaseString<wchar_t>& text) { util::appendInteger(text, -25); }, L"-25");
+        attempt, [](BaseString<wchar_t>& text) { util::appendInteger(text, -25); }, L"-25");
 }
 
-void split(Trial& trial) {
+void split(Attempt& attempt) {
     Array<BaseString<wchar_t>> parts = test::stringsOf<wchar_t>({L"old"});
-    trial.perform([&] { util::splitString(L"a,b,c,d,e,f,g", L",", parts); });
-    trial.expectMemoryOrDone();
-    EXPECT_TRUE(trial.completed() ? parts.size() == 8 : parts.size() < 8);
+    attempt.perform([&] { util::splitString(L"a,b,c,d,e,f,g", L",", parts); });
+    attempt.expectCompletedOrMemoryException();
+    EXPECT_TRUE(attempt.completed() ? parts.size() == 8 : parts.size() < 8);
     EXPECT_EQ(parts[0], L"old");
 }
 
-void splitNarrow(Trial& trial) {
+void splitNarrow(Attempt& attempt) {
     Array<BaseString<char>> parts = test::stringsOf<char>({"old"});
-    trial.perform([&] { util::splitString("a,b,c,d,e,f,g", ",", parts); });
-    trial.expectMemoryOrDone();
-    EXPECT_TRUE(trial.completed() ? parts.size() == 8 : parts.size() < 8);
+    attempt.perform([&] { util::splitString("a,b,c,d,e,f,g", ",", parts); });
+    attempt.expectCompletedOrMemoryException();
+    EXPECT_TRUE(attempt.completed() ? parts.size() == 8 : parts.size() < 8);
     EXPECT_EQ(parts[0], "old");
 }
 
-/// The array is emptied first, and has the items that were read before the memory ran out.
+/// The array is cleared first. After a failure it contains the items that were read before.
 template <class T>
-void expectItems(const Trial& trial, const Array<BaseString<T>>& items, std::vector<std::basic_string<T>> all) {
-    if (!trial.completed()) {
+void expectItems(const Attempt& attempt, const Array<BaseString<T>>& items, std::vector<std::basic_string<T>> all) {
+    if (!attempt.completed()) {
         ASSERT_LT(items.size(), all.size());
         all.resize(items.size());
     }
     EXPECT_EQ(test::textsOf(items), all);
 }
 
-void splitQuotedNarrow(Trial& trial) {
+void splitQuotedNarrow(Attempt& attempt) {
     Array<BaseString<char>> items = test::stringsOf<char>({"old"});
-    trial.perform([&] { util::singleCStringToMultipleCStrings(R"(a,"b""c", d ,e,f,g)", ",", items, true); });
-    trial.expectMemoryOrDone();
-    expectItems(trial, items, {"a", "b\"c", "d", "e", "f", "g"});
+    attempt.perform([&] { util::singleCStringToMultipleCStrings(R"(a,"b""c", d ,e,f,g)", ",", items, true); });
+    attempt.expectCompletedOrMemoryException();
+    expectItems(attempt, items, {"a", "b\"c", "d", "e", "f", "g"});
 }
 
-void splitQuoted(Trial& trial) {
+void splitQuoted(Attempt& attempt) {
     Array<BaseString<wchar_t>> items = test::stringsOf<wchar_t>({L"old"});
-    trial.perform(
+    attempt.perform(
         [&] { util::singleStringToMultipleStrings(L"a,\"b\"\"c\", d ,\"wrong\"x,e,f,g", L",", items, true); });
-    trial.expectMemoryOrDone();
-    expectItems<wchar_t>(trial, items, {L"a", L"b\"c", L"d", L"\"wrong\"x", L"e", L"f", L"g"});
+    attempt.expectCompletedOrMemoryException();
+    expectItems<wchar_t>(attempt, items, {L"a", L"b\"c", L"d", L"\"wrong\"x", L"e", L"f", L"g"});
 }
 
-void joinInto(Trial& trial) {
+void joinInto(Attempt& attempt) {
     const std::wstring longer(100, L'y');
     const Array<BaseString<wchar_t>> items = test::stringsOf<wchar_t>({longer, L"b,c", longer});
     const std::wstring joined = longer + L",\"b,c\"," + longer;
     BaseString<wchar_t> result(L"old");
-    trial.perform([&] { util::multipleStringsToSingleString(items, L",", result); });
-    trial.expectMemoryOrDone();
-    if (trial.completed()) {
+    attempt.perform([&] { util::multipleStringsToSingleString(items, L",", result); });
+    attempt.expectCompletedOrMemoryException();
+    if (attempt.completed()) {
         EXPECT_EQ(result, joined.c_str());
     } else {
         EXPECT_TRUE(result == L"old" || joined.starts_with(result.view()));
     }
 }
 
-void joinAnew(Trial& trial) {
+void joinToNewString(Attempt& attempt) {
     const Array<BaseString<wchar_t>> items = test::stringsOf<wchar_t>({L"a", L"b"});
     BaseString<wchar_t> result;
-    trial.perform([&] { result = util::multipleStringsToSingleString(items, L","); });
-    trial.expectMemoryOrDone();
-    EXPECT_EQ(result, trial.completed() ? L"a,b" : L"");
+    attempt.perform([&] { result = util::multipleStringsToSingleString(items, L","); });
+    attempt.expectCompletedOrMemoryException();
+    EXPECT_EQ(result, attempt.completed() ? L"a,b" : L"");
 }
 
-void joinOneQuotedItem(Trial& trial) {
+void joinOneQuotedItem(Attempt& attempt) {
     const std::wstring quoted = L"\"" + std::wstring(100, L'y') + L"\"";
     const Array<BaseString<wchar_t>> items = test::stringsOf<wchar_t>({quoted});
     BaseString<wchar_t> result;
-    trial.perform([&] { util::multipleStringsToSingleString(items, L",", result); });
-    trial.expectMemoryOrDone();
-    EXPECT_EQ(std::wstring(result.view()), trial.completed() ? quoted : std::wstring());
+    attempt.perform([&] { util::multipleStringsToSingleString(items, L",", result); });
+    attempt.expectCompletedOrMemoryException();
+    EXPECT_EQ(std::wstring(result.view()), attempt.completed() ? quoted : std::wstring());
 }
 
 template <class T>
-void tokenize(Trial& trial) {
+void tokenize(Attempt& attempt) {
     std::basic_string<T> text = textOf<T>("a,b,c,d,e,f,g");
     Array<T*> tokens;
-    trial.perform([&] { util::tokenizeString(text.data(), textOf<T>(",").c_str(), tokens, -1); });
-    trial.expectMemoryException({{5, 8}, {10, 8}}, {L"vorel::util::tokenizeString: Vorel exception rethrown"});
-    EXPECT_TRUE(trial.completed() ? tokens.size() == 7 : tokens.size() < 7);
+    attempt.perform([&] { util::tokenizeString(text.data(), textOf<T>(",").c_str(), tokens, -1); });
+    attempt.expectMemoryException({{5, 8}, {10, 8}}, {L"vorel::util::tokenizeString: Vorel exception rethrown"});
+    EXPECT_TRUE(attempt.completed() ? tokens.size() == 7 : tokens.size() < 7);
 }
 
-/// Behind what the array holds, or in its place; what was read before the failure stays, and the log names it.
+/// Appends to the array or replaces its contents. After a failure the values read before remain, and the failure is
+/// logged.
 template <class Value, class T>
-void readList(Trial& trial, bool (*read)(const T*, Array<Value>&, bool), bool append) {
+void readList(Attempt& attempt, bool (*read)(const T*, Array<Value>&, bool), bool append) {
     const std::basic_string<T> text = textOf<T>("1 2 3 4 5 6 7");
     Array<Value> values;
     values.append(Value{1});
     bool result = false;
-    trial.perform([&] { result = read(text.c_str(), values, append); });
-    trial.expectCompleted();
-    EXPECT_EQ(result, !trial.refused());
+    attempt.perform([&] { result = read(text.c_str(), values, append); });
+    attempt.expectCompleted();
+    EXPECT_EQ(result, !attempt.allocationFailed());
     const unsigned int all = append ? 8 : 7;
-    ASSERT_EQ(values.size(), result ? all : 5) << "there was room for five";
-    EXPECT_EQ(values[0], Value{1}) << "what was there, or was read first";
+    ASSERT_EQ(values.size(), result ? all : 5) << "the array had space for five";
+    EXPECT_EQ(values[0], Value{1}) << "the existing value, or the first one read";
     const heap::Unwatched unwatched;
-    EXPECT_EQ(trial.logged().size(), result ? 0u : 1u);
-    EXPECT_TRUE(result || trial.logged()[0].starts_with("Vorel Error: No more memory is available: "));
+    EXPECT_EQ(attempt.logged().size(), result ? 0u : 1u);
+    EXPECT_TRUE(result || attempt.logged()[0].starts_with("Vorel Error: No more memory is available: "));
 }
 
 template <class T, bool Append>
-void readIntegers(Trial& trial) {
-    readList<int, T>(trial, &util::stringToIntegerArray, Append);
+void readIntegers(Attempt& attempt) {
+    readList<int, T>(attempt, &util::stringToIntegerArray, Append);
 }
 
-void readUnsigned(Trial& trial) {
-    readList<unsigned int, wchar_t>(trial, &util::stringToUIntegerArray, false);
-}
-
-template <class T>
-void readDoubles(Trial& trial) {
-    readList<double, T>(trial, &util::stringToDoubleArray, false);
+void readUnsigned(Attempt& attempt) {
+    readList<unsigned int, wchar_t>(attempt, &util::stringToUIntegerArray, false);
 }
 
 template <class T>
-void readBooleans(Trial& trial) {
-    readList<bool, T>(trial, &util::stringToBooleanArray, false);
+void readDoubles(Attempt& attempt) {
+    readList<double, T>(attempt, &util::stringToDoubleArray, false);
 }
 
-void readRanges(Trial& trial) {
+template <class T>
+void readBooleans(Attempt& attempt) {
+    readList<bool, T>(attempt, &util::stringToBooleanArray, false);
+}
+
+void readRanges(Attempt& attempt) {
     Array<int> starts;
     Array<int> ends;
-    trial.perform([&] { util::stringToLongRanges(L"1-2,3,4-,-5,6,7,8", starts, ends); });
-    trial.expectMemoryOrDone();
-    EXPECT_TRUE(trial.completed() ? starts.size() == 7 : starts.size() < 8);
+    attempt.perform([&] { util::stringToLongRanges(L"1-2,3,4-,-5,6,7,8", starts, ends); });
+    attempt.expectCompletedOrMemoryException();
+    EXPECT_TRUE(attempt.completed() ? starts.size() == 7 : starts.size() < 8);
     EXPECT_TRUE(ends.size() <= starts.size());
 }
 
-/// The failure quotes the item; without memory for that, it is one of memory.
-void readWrongRanges(Trial& trial) {
+/// The exception quotes the item, or is about memory if the quotation cannot be stored.
+void readInvalidRanges(Attempt& attempt) {
     Array<int> starts;
     Array<int> ends;
-    trial.perform([&] { util::stringToLongRanges(L"1-2,7x", starts, ends); });
-    EXPECT_FALSE(trial.completed());
-    if (!trial.refused()) {
-        EXPECT_EQ(trial.thrown(), typeid(vorel::Exception).name());
-        EXPECT_EQ(starts.size(), 2u) << "the number in front of the text was read";
+    attempt.perform([&] { util::stringToLongRanges(L"1-2,7x", starts, ends); });
+    EXPECT_FALSE(attempt.completed());
+    if (!attempt.allocationFailed()) {
+        EXPECT_EQ(attempt.thrown(), typeid(vorel::Exception).name());
+        EXPECT_EQ(starts.size(), 2u) << "the number before the invalid text was read";
     }
-    ASSERT_FALSE(trial.logged().empty());
-    const std::string& told = trial.logged().front();
-    EXPECT_TRUE(told == "Vorel Error: Found nonnumeric text in numeric item: \"7x\"" ||
-                (trial.refused() && told.starts_with("Vorel Error: No more memory is available: ")))
-        << told;
+    ASSERT_FALSE(attempt.logged().empty());
+    const std::string& line = attempt.logged().front();
+    EXPECT_TRUE(line == "Vorel Error: Found nonnumeric text in numeric item: \"7x\"" ||
+                (attempt.allocationFailed() && line.starts_with("Vorel Error: No more memory is available: ")))
+        << line;
 }
 
 const std::vector<Operation>& operations() {
@@ -193,27 +194,27 @@ const std::vector<Operation>& operations() {
         {"SplitQuoted_Narrow", splitQuotedNarrow},
         {"SplitQuoted_Wide", splitQuoted},
         {"JoinInto", joinInto},
-        {"JoinAnew", joinAnew},
+        {"JoinToNewString", joinToNewString},
         {"JoinOneQuotedItem", joinOneQuotedItem},
         {"TokenizeString_Narrow", tokenize<char>},
         {"TokenizeString_Wide", tokenize<wchar_t>},
         {"ReadIntegers_Narrow", readIntegers<char, false>},
         {"ReadIntegers_Wide", readIntegers<wchar_t, false>},
-        {"ReadIntegers_Behind", readIntegers<wchar_t, true>},
+        {"ReadIntegers_Append", readIntegers<wchar_t, true>},
         {"ReadUnsigned", readUnsigned},
         {"ReadDoubles_Narrow", readDoubles<char>},
         {"ReadDoubles_Wide", readDoubles<wchar_t>},
         {"ReadBooleans_Narrow", readBooleans<char>},
         {"ReadBooleans_Wide", readBooleans<wchar_t>},
         {"ReadRanges", readRanges},
-        {"ReadRanges_OfAWrongText", readWrongRanges},
+        {"ReadRanges_OfInvalidText", readInvalidRanges},
     };
     return kOperations;
 }
 
 INSTANTIATE_TEST_SUITE_P(Values, FailingHeap, underBothFailures(operations()), failingHeapName);
 
-TEST(ValuesHeap, ScannersFormattersAndComparisonsAskForNothing) {
+TEST(ValuesHeap, ScannersFormattersAndComparisonsAllocateNothing) {
     int integer = 0;
     double number = 0;
     char narrow[64];

@@ -11,9 +11,9 @@
 
 namespace {
 
-constexpr unsigned int kMostRequests = 1000;  // no operation here makes so many
+constexpr unsigned int kMaxRequests = 1000;  // more than any operation makes
 
-std::wstring memoryMessage(Trial::Request request) {
+std::wstring memoryMessage(Attempt::Request request) {
     return L"No more memory is available: " + std::to_wstring(request.count) + L" objects of size " +
            std::to_wstring(request.size) + L" requested";
 }
@@ -27,30 +27,30 @@ std::string narrowed(const std::wstring& text) {
     return result;
 }
 
-void Trial::keepException(const vorel::Exception& thrown) {
+void Attempt::keepException(const vorel::Exception& thrown) {
     const heap::Unwatched unwatched;
     m_kind = typeid(thrown).name();
     m_messages = test::messagesOf(thrown);
 }
 
-void Trial::keepException(const std::exception& thrown) {
+void Attempt::keepException(const std::exception& thrown) {
     const heap::Unwatched unwatched;
     m_kind = typeid(thrown).name();
 }
 
-void Trial::keepTheRest() {
+void Attempt::keepResults() {
     m_requests = heap::requests();
-    m_refusals = heap::refusals();
+    m_failedRequests = heap::failedRequests();
     const heap::Unwatched unwatched;
     m_logged = m_log.takeMessages();
 }
 
-void Trial::expectCompleted() const {
+void Attempt::expectCompleted() const {
     const heap::Unwatched unwatched;
     EXPECT_EQ(m_kind, "") << testing::PrintToString(m_messages);
 }
 
-void Trial::expectLogged(const Messages& messages) const {
+void Attempt::expectLogged(const Messages& messages) const {
     std::vector<std::string> lines;
     for (const std::wstring& message : messages) {
         lines.push_back("Vorel Error: " + narrowed(message));
@@ -58,20 +58,20 @@ void Trial::expectLogged(const Messages& messages) const {
     EXPECT_EQ(m_logged, lines);
 }
 
-void Trial::expectException(const std::string& kind, const Messages& messages) const {
+void Attempt::expectException(const std::string& kind, const Messages& messages) const {
     const heap::Unwatched unwatched;
-    if (!refused()) {
+    if (!allocationFailed()) {
         EXPECT_EQ(m_kind, "") << testing::PrintToString(m_messages);
         return;
     }
     EXPECT_EQ(m_kind, kind);
-    EXPECT_EQ(m_messages, staysWithoutMemory() ? Messages() : messages);
+    EXPECT_EQ(m_messages, memoryStaysExhausted() ? Messages() : messages);
     expectLogged(messages);
 }
 
-void Trial::expectMemoryException(const std::vector<Request>& requests, const Messages& records) const {
+void Attempt::expectMemoryException(const std::vector<Request>& requests, const Messages& records) const {
     const heap::Unwatched unwatched;
-    // Which of the requests was refused shows in the log, in both ways of failing.
+    // With both kinds of failure, the log shows which request failed.
     for (const Request& request : requests) {
         Messages messages = {memoryMessage(request)};
         messages.insert(messages.end(), records.begin(), records.end());
@@ -83,31 +83,32 @@ void Trial::expectMemoryException(const std::vector<Request>& requests, const Me
     }
 }
 
-void Trial::expectMemoryOrDone() const {
+void Attempt::expectCompletedOrMemoryException() const {
     const heap::Unwatched unwatched;
-    EXPECT_EQ(m_kind, refused() ? typeid(vorel::MemoryException).name() : "") << testing::PrintToString(m_messages);
+    EXPECT_EQ(m_kind, allocationFailed() ? typeid(vorel::MemoryException).name() : "")
+        << testing::PrintToString(m_messages);
 }
 
-void Trial::expectBadAlloc() const {
+void Attempt::expectBadAlloc() const {
     const heap::Unwatched unwatched;
-    EXPECT_EQ(m_kind, refused() ? typeid(std::bad_alloc).name() : "");
+    EXPECT_EQ(m_kind, allocationFailed() ? typeid(std::bad_alloc).name() : "");
     EXPECT_EQ(m_logged, std::vector<std::string>());
 }
 
-void Trial::expectThrown(const std::string& kind, const Messages& messages) const {
+void Attempt::expectThrown(const std::string& kind, const Messages& messages) const {
     const heap::Unwatched unwatched;
     EXPECT_EQ(m_kind, kind);
     expectLogged(messages);
     expectThrownTexts(messages);
 }
 
-void Trial::expectThrownTexts(const Messages& messages) const {
+void Attempt::expectThrownTexts(const Messages& messages) const {
     const heap::Unwatched unwatched;
-    if (!refused()) {
+    if (!allocationFailed()) {
         EXPECT_EQ(m_messages, messages);
         return;
     }
-    // Those that are there stand in their order.
+    // The messages that are not missing are in order.
     auto expected = messages.begin();
     for (const std::wstring& message : m_messages) {
         if (!message.empty()) {
@@ -120,7 +121,7 @@ void Trial::expectThrownTexts(const Messages& messages) const {
 namespace heap {
 
 static void PrintTo(Failure failure, std::ostream* out) {
-    *out << (failure == Failure::Once ? "one refusal" : "refusals from then on");
+    *out << (failure == Failure::Once ? "one failure" : "failures from then on");
 }
 
 }  // namespace heap
@@ -130,28 +131,28 @@ std::string failingHeapName(const testing::TestParamInfo<OperationUnderFailure>&
     return operation.name + (failure == heap::Failure::Once ? "_Once" : "_FromThenOn");
 }
 
-TEST_P(FailingHeap, LeavesTheDocumentedFailureAndNoBlock) {
+TEST_P(FailingHeap, FailsAsDocumentedAndLeaksNothing) {
     const auto& [operation, failure] = GetParam();
     test::TemporaryLog log;
     {
-        // What is made once in the life of a program is made now.
-        Trial untroubled(kMostRequests, failure, log);
-        operation.run(untroubled);
-        ASSERT_FALSE(untroubled.refused());
+        // Data that a program creates only once is created now.
+        Attempt warmUp(kMaxRequests, failure, log);
+        operation.run(warmUp);
+        ASSERT_FALSE(warmUp.allocationFailed());
     }
-    for (unsigned int nth = 1; nth < kMostRequests; ++nth) {
-        SCOPED_TRACE(testing::Message() << "request " << nth << " refused");
-        Trial trial(nth, failure, log);
+    for (unsigned int nth = 1; nth < kMaxRequests; ++nth) {
+        SCOPED_TRACE(testing::Message() << "request " << nth << " fails");
+        Attempt attempt(nth, failure, log);
         heap::watch();
-        operation.run(trial);
+        operation.run(attempt);
         heap::stopWatching();
-        EXPECT_EQ(heap::heldBlocks(), 0u) << "blocks that nobody gave back";
-        if (!trial.refused()) {
+        EXPECT_EQ(heap::heldBlocks(), 0u) << "leaked blocks";
+        if (!attempt.allocationFailed()) {
             return;
         }
         if (HasFailure()) {
             return;
         }
     }
-    FAIL() << "the operation never came through";
+    FAIL() << "the operation never completed without a failed request";
 }

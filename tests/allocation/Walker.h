@@ -1,13 +1,13 @@
 /// \file
-/// Every operation of the library under a failing heap. An operation is a function that prepares its objects, performs
-/// one step while the heap may fail, and says what has to be true afterwards. The walker runs it with the first, the
-/// second, the third … request refused, until none was, and finds blocks that nobody gave back.
+/// Runs every operation of the library on a failing heap. An operation is a function that prepares its objects,
+/// performs one step while the heap may fail, and checks the results. The walker runs it with the first, the second,
+/// the third … request failing, until none failed, and reports leaked blocks.
 ///
-///     void appendGrows(Trial& trial) {
+///     void appendGrows(Attempt& attempt) {
 ///         vorel::Array<int> array;
-///         trial.perform([&] { array.append(7); });
-///         trial.expectMemoryException({{5, 4}});
-///         EXPECT_EQ(array.size(), trial.completed() ? 1u : 0u);
+///         attempt.perform([&] { array.append(7); });
+///         attempt.expectMemoryException({{5, 4}});
+///         EXPECT_EQ(array.size(), attempt.completed() ? 1u : 0u);
 ///     }
 ///     INSTANTIATE_TEST_SUITE_P(Arrays, FailingHeap, underBothFailures({{"AppendGrows", appendGrows}}),
 ///     failingHeapName);
@@ -27,20 +27,20 @@
 #include "support/TemporaryLog.h"
 #include "vorel/exceptions/Exception.h"
 
-/// One run of an operation, and what came out of it.
-class Trial {
+/// One run of an operation, and its results.
+class Attempt {
 public:
-    /// A request that a MemoryException may name: elements, and bytes of an element.
+    /// The request in the text of a MemoryException: the number of elements and their size in bytes.
     struct Request {
         unsigned int count;
         unsigned int size;
     };
     using Messages = std::vector<std::wstring>;
 
-    Trial(unsigned int nth, heap::Failure failure, test::TemporaryLog& log)
+    Attempt(unsigned int nth, heap::Failure failure, test::TemporaryLog& log)
         : m_nth(nth), m_failure(failure), m_log(log) {}
 
-    /// Runs `step` while the heap may fail, and keeps what it throws.
+    /// Runs `step` while the heap may fail, and stores its results and its exception.
     template <class Step>
     void perform(Step&& step) {
         m_log.takeMessages();
@@ -58,66 +58,69 @@ public:
             heap::disarm();
             throw;
         }
-        keepTheRest();
+        keepResults();
     }
 
     [[nodiscard]] bool completed() const { return m_kind.empty(); }
-    [[nodiscard]] bool refused() const { return m_refusals != 0; }
+    [[nodiscard]] bool allocationFailed() const { return m_failedRequests != 0; }
 
-    /// Requests that the step made, granted or not.
+    /// The number of requests of the step, successful or not.
     [[nodiscard]] unsigned int requests() const { return m_requests; }
 
-    /// The name of the class of what was thrown; empty when the step completed.
+    /// The name of the class of the thrown object; empty if the step completed.
     [[nodiscard]] const std::string& thrown() const { return m_kind; }
 
-    /// Whether no memory was to be had from the failure on, so that no text found a place either.
-    [[nodiscard]] bool staysWithoutMemory() const { return refused() && m_failure == heap::Failure::FromThenOn; }
+    /// Whether all requests after the first failure failed too, so no text could be stored.
+    [[nodiscard]] bool memoryStaysExhausted() const {
+        return allocationFailed() && m_failure == heap::Failure::FromThenOn;
+    }
 
-    /// The lines that the step logged, prefix and message.
+    /// Prefix and message of the lines that the step logged.
     [[nodiscard]] const std::vector<std::string>& logged() const { return m_logged; }
 
-    /// Nothing may leave the step, whatever was refused.
+    /// Expects that the step throws nothing, even if a request failed.
     void expectCompleted() const;
 
-    /// A refusal has to leave the step as `MemoryException` for one of `requests`, followed by `records`, all of them
-    /// logged; without a refusal it completes. Where no memory is to be had afterwards, the exception has no messages.
+    /// Expects that the step completes if no request failed. Otherwise expects a `MemoryException` for one of
+    /// `requests` with `records` after its message, all of them logged. The exception has no messages if all later
+    /// requests fail.
     void expectMemoryException(const std::vector<Request>& requests, const Messages& records = {}) const;
 
-    /// The same, whatever the request was for, and whatever the records.
-    void expectMemoryOrDone() const;
+    /// Expects that the step completes if no request failed, or throws a `MemoryException` with any messages.
+    void expectCompletedOrMemoryException() const;
 
-    /// A refusal has to leave the step as an exception of another class and text.
+    /// Like `expectMemoryException`, with another class and other messages.
     void expectException(const std::string& kind, const Messages& messages) const;
 
-    /// A refusal has to leave the step as the standard allocation failure.
+    /// Expects that the step completes if no request failed, or throws `std::bad_alloc` and logs nothing.
     void expectBadAlloc() const;
 
-    /// The step throws in any case: an object of `kind`, whose messages lack texts at most where memory was refused,
-    /// and whose log lines are whole.
+    /// Expects that the step throws an object of `kind` in any case, with complete log lines. If a request failed, some
+    /// messages may be missing or empty.
     void expectThrown(const std::string& kind, const Messages& messages) const;
 
-    /// What was thrown has these messages; where memory was refused, some may be missing or empty.
+    /// Expects these messages in the thrown object. If a request failed, some may be missing or empty.
     void expectThrownTexts(const Messages& messages) const;
 
 private:
     void keepException(const vorel::Exception& thrown);
     void keepException(const std::exception& thrown);
-    void keepTheRest();
+    void keepResults();
     void expectLogged(const Messages& messages) const;
 
     unsigned int m_nth;
     heap::Failure m_failure;
     test::TemporaryLog& m_log;
     unsigned int m_requests = 0;
-    unsigned int m_refusals = 0;
-    std::string m_kind;  // of what was thrown
+    unsigned int m_failedRequests = 0;
+    std::string m_kind;  // class of the thrown object
     Messages m_messages;
     std::vector<std::string> m_logged;
 };
 
 struct Operation {
     std::string name;
-    std::function<void(Trial&)> run;
+    std::function<void(Attempt&)> run;
 
     friend void PrintTo(const Operation& operation, std::ostream* out) { *out << operation.name; }
 };
@@ -133,13 +136,13 @@ inline auto underBothFailures(const std::vector<Operation>& operations) {
 
 std::string failingHeapName(const testing::TestParamInfo<OperationUnderFailure>& info);
 
-/// `text` in the character type of a template of operations.
+/// `text` in the character type `T`.
 template <class T>
 std::basic_string<T> textOf(const char* text) {
     return {text, text + std::char_traits<char>::length(text)};
 }
 
-/// `count` units of ASCII, no two neighbours alike.
+/// `count` ASCII units; adjacent units differ.
 template <class T>
 std::basic_string<T> longText(std::size_t count) {
     std::basic_string<T> text(count, T{});
@@ -149,5 +152,5 @@ std::basic_string<T> longText(std::size_t count) {
     return text;
 }
 
-/// ASCII only.
+/// `text` as narrow text; ASCII only.
 std::string narrowed(const std::wstring& text);
