@@ -1,12 +1,11 @@
-"""Tells which lines and branches of the library the tests did not reach, from the counts of the coverage build.
+"""Reports the lines and branches of the library that the tests do not reach, from the counts of the coverage build.
 
-Run it as `./dev coverage`. A call that may throw is a branch to the compiler, with an edge to what follows and one to
-the landing pad. No test can take the second on purpose wherever the first is taken, and counting the first would only
-flatter: both edges of a call are left out. What remains are the branches that the source spells.
+Run it as `./dev coverage`. For the compiler, a call that may throw is a branch with two edges: to the next statement and
+to the landing pad. Tests cannot make every call throw, and counting only the first edge would embellish the result. So
+both edges of a call are ignored, and only the branches in the source code count.
 
-Every line that no test reaches, and every line with a branch that no test takes, has to be listed in unreached.txt
-with the reason. When folders are named, only their tests have run, and only the percentages of the same folders of the
-library count.
+Every line that no test reaches, and every line with a branch that no test takes, must be listed in unreached.txt with
+the reason. If folders are given, only their tests have run, and only the percentages of these folders are checked.
 """
 
 import json
@@ -24,11 +23,11 @@ BUILD = ROOT / "build" / "coverage"
 REPORT = BUILD / "report"
 OWN = ("include/", "src/")
 LISTED = Path(__file__).with_name("unreached.txt")
-AIMS = {"lines": 98.0, "branches": 90.0}
+MINIMUMS = {"lines": 98.0, "branches": 90.0}
 
 
 def read_counts(notes):
-    """What gcov says of one object: for each line of the library the file, the number, the count and the branches."""
+    """Reads the gcov counts of one object: file, line number, count and branches for each line of the library."""
     read = subprocess.run(["x86_64-w64-mingw32-gcov-posix", "--json-format", "--branch-probabilities", "--stdout", notes],
                           cwd=BUILD, check=True, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL)
     found = []
@@ -41,7 +40,7 @@ def read_counts(notes):
 
 
 def without_calls(branches):
-    """The branches of a line without the edges of its calls: each that throws, and the one that goes on beside it."""
+    """The branches of a line without the two edges of each call: the one that throws and the fallthrough before it."""
     kept = []
     for branch in branches:
         if not branch["throw"]:
@@ -57,21 +56,21 @@ def text_of(file):
 
 
 def is_brace(file, number):
-    """Counts of such a line are those of the destructors at the end of a block."""
+    """Whether the line has only braces. Its counts belong to the destructors at the end of a block."""
     return not text_of(file)[number - 1].strip(" {}();,")
 
 
 def measure():
-    """Adds up the counts of all objects, and returns them as gcovr writes them. A line of a template has a set of
-    branches for each form that the compiler gave it."""
+    """Adds up the counts of all objects, and returns them in the format of gcovr. A line of a template has a separate set
+    of branches for each form that the compiler generated."""
     counts, forms = Counter(), defaultdict(Counter)
     with ThreadPool() as pool:
         for line in chain.from_iterable(pool.imap_unordered(read_counts, sorted(BUILD.glob("**/*.gcda")))):
             file, number, count, branches = line
             counts[file, number] += count
             form = tuple((branch["throw"], branch["fallthrough"]) for branch in branches)
-            for place, branch in enumerate(without_calls(branches)):
-                forms[file, number][form, place] += branch["count"]
+            for index, branch in enumerate(without_calls(branches)):
+                forms[file, number][form, index] += branch["count"]
     files = {}
     for (file, number), count in sorted(counts.items()):
         branches = [{"count": taken, "fallthrough": False, "throw": False} for taken in forms[file, number].values()]
@@ -91,14 +90,14 @@ def write_report(files):
 
 
 def read_list():
-    """Blocks of `file`, lines that begin with "- ", and a reason; between them empty lines."""
+    """Reads blocks of `file`, lines that begin with "- ", and a reason, separated by empty lines."""
     listed = {}
     for block in LISTED.read_text().split("\n\n"):
         lines = [line for line in block.splitlines() if line.strip() and not line.startswith("#")]
         if lines:
             reason = " ".join(line.strip() for line in lines[1:] if not line.startswith("- "))
             if not reason:
-                sys.exit(f"{LISTED.name}: no reason given for {lines[0]}")
+                sys.exit(f"{LISTED.name}: missing reason for {lines[0]}")
             for line in lines[1:]:
                 if line.startswith("- "):
                     listed[lines[0], " ".join(line[2:].split())] = reason
@@ -106,12 +105,12 @@ def read_list():
 
 
 def gaps_in(file):
-    """The lines of a file that are not reached, or have a branch that is not: number, text, what is missing."""
+    """The lines of a file that are not reached, or have a branch that is not taken: number, text, missing part."""
     text = text_of(file["file"])
     for line in file["lines"]:
         missed = sum(branch["count"] == 0 for branch in line["branches"])
         if line["count"] == 0 or missed:
-            what = "never reached" if line["count"] == 0 else f"{missed} of {len(line['branches'])} branches never taken"
+            what = "not reached" if line["count"] == 0 else f"{missed} of {len(line['branches'])} branches not taken"
             yield line["line_number"], " ".join(text[line["line_number"] - 1].split()), what
 
 
@@ -120,27 +119,27 @@ def percent(reached, of):
 
 
 def table(files):
-    """Prints the coverage by folder, and returns that of all."""
+    """Prints the coverage by folder, and returns the total."""
     rows = defaultdict(Counter)
     for file in files:
         for line in file["lines"]:
-            for row in (str(Path(file["file"]).parent), "in all"):
+            for row in (str(Path(file["file"]).parent), "total"):
                 rows[row]["lines"] += 1
                 rows[row]["reached"] += line["count"] > 0
                 rows[row]["branches"] += len(line["branches"])
                 rows[row]["taken"] += sum(branch["count"] > 0 for branch in line["branches"])
     print(f"\n{'':28}{'lines':>8}{'reached':>9}{'%':>8}{'branches':>10}{'taken':>8}{'%':>8}")
-    for name in sorted(rows, key=lambda name: (name == "in all", name)):
+    for name in sorted(rows, key=lambda name: (name == "total", name)):
         row = rows[name]
         print(f"{name:28}{row['lines']:8}{row['reached']:9}{percent(row['reached'], row['lines']):8.1f}"
               f"{row['branches']:10}{row['taken']:8}{percent(row['taken'], row['branches']):8.1f}")
-    all_rows = rows["in all"]
+    all_rows = rows["total"]
     return {"lines": percent(all_rows["reached"], all_rows["lines"]),
             "branches": percent(all_rows["taken"], all_rows["branches"])}
 
 
-def tell_gaps(files):
-    """Prints what is reached and listed, or not and not. Returns whether there was any."""
+def report_gaps(files):
+    """Prints the gaps that are not listed, and the listed lines that are reached. Returns whether there are any."""
     listed = read_list()
     failed = False
     used = set()
@@ -152,7 +151,7 @@ def tell_gaps(files):
                 print(f"{file['file']}:{number}: {what}: {text}")
                 failed = True
     for file, text in listed.keys() - used:
-        print(f"{LISTED.name} lists what the tests reach, or what is no line any more: {file}: {text}")
+        print(f"{LISTED.name} lists a line that the tests reach, or that no longer exists: {file}: {text}")
         failed = True
     return failed
 
@@ -162,12 +161,12 @@ def main(folders):
     files = [file for file in measure() if not folders or Path(file["file"]).parent.name in folders]
     write_report(files)
     reached = table(files)
-    failed = not folders and tell_gaps(files)
-    for what, aim in AIMS.items():
-        if reached[what] < aim:
-            print(f"{reached[what]:.1f} % of the {what} are reached; the aim is {aim:.0f} %")
+    failed = not folders and report_gaps(files)
+    for what, minimum in MINIMUMS.items():
+        if reached[what] < minimum:
+            print(f"{reached[what]:.1f} % of the {what} are reached; the minimum is {minimum:.0f} %")
             failed = True
-    print(f"\nThe report: {REPORT / 'index.html'}")
+    print(f"\nReport: {REPORT / 'index.html'}")
     return int(failed)
 
 

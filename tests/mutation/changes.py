@@ -1,8 +1,8 @@
-"""The small changes that a C++ source can suffer: found in its text, without a parser.
+"""Finds the mutants of a C++ source: small changes of its text. Uses regular expressions instead of a parser.
 
-The layout of the sources is settled by clang-format, and this relies on it: an operator between two operands has a
-space on either side, a template's angle brackets have none, and every body stands in braces. What turns out not to
-compile is replaced by another change, so a guess that is wrong costs time and nothing else.
+It relies on the layout that clang-format produces: a binary operator has a space on both sides, the angle brackets of a
+template have none, and every body is in braces. A change that does not compile is replaced by another one, so a wrong
+guess only costs time.
 """
 
 import hashlib
@@ -10,7 +10,7 @@ import re
 from collections import Counter
 from dataclasses import dataclass
 
-# Between spaces each of these is an operator with two operands. What it becomes is what a slip would have made of it.
+# Binary operators, which are between spaces, and what a typical mistake would make of them.
 _BINARY = {
     "comparison": {"<": "<=", "<=": "<", ">": ">=", ">=": ">", "==": "!=", "!=": "=="},
     "arithmetic": {"+": "-", "-": "+", "*": "+", "/": "*", "%": "/", "+=": "-=", "-=": "+="},
@@ -27,7 +27,7 @@ _CONDITION = re.compile(r"\b(?:if|while) \(")
 _DECLARES = re.compile(r"[\w>*&] \*?&?\w+ = |;")
 _RETURN = re.compile(r"\breturn ([^;{]+);")
 
-# A statement that may go: a call, an assignment, a step, a jump, and the guard that holds a lock.
+# A statement that can be deleted: a call, an assignment, an increment, a jump, or a guard that holds a lock.
 _STATEMENT = re.compile(
     r"(?:\(void\))?(?:\+\+|--|\*)*[A-Za-z_][\w:]*(?:<[\w:, ]*>)?(?:(?:->|\.)\w+|\[[^\[\]]*\])*"
     r"(?:\(|\+\+|--| (?:[-+*/|&^]|<<|>>)?= ).*"
@@ -38,7 +38,7 @@ _NOT_CODE = re.compile(
     r"""
       //[^\n]*
     | /\*.*?\*/
-    | ^[ \t]*\#(?:[^\n]*\\\n)*[^\n]*          # directives, with the lines that continue them
+    | ^[ \t]*\#(?:[^\n]*\\\n)*[^\n]*          # directives with their continuation lines
     | (?:L|u8?|U)?"(?:[^"\\\n]|\\.)*"
     | (?<![\w'])(?:L|u8?|U)?'(?:[^'\\\n]|\\.)+'
     | \[\[[^\]]*\]\]
@@ -52,15 +52,15 @@ _STATIC_ASSERT = re.compile(r"\bstatic_assert\b[^;]*;")
 class Change:
     """One change of one file: `old` at `offset` becomes `new`."""
 
-    path: str  # below the root of the project
+    path: str  # relative to the project's root
     offset: int
     old: str
     new: str
     kind: str
     line: int
-    before: str  # the lines that it touches, on one line without indentation
+    before: str  # the affected lines, joined into one line without indentation
     after: str
-    rank: str  # hexadecimal: which changes a sample takes; unrelated edits of the file leave it as it is
+    rank: str  # hexadecimal; the order in which a sample takes changes; independent of other lines of the file
 
     def applied(self, text):
         assert text.startswith(self.old, self.offset)
@@ -79,7 +79,7 @@ def _blank(match):
 
 
 def _code(text):
-    """`text` with everything that is no code blanked out, at the same offsets."""
+    """`text` with everything that is not code replaced by blanks, so that offsets stay the same."""
     return _STATIC_ASSERT.sub(_blank, _NOT_CODE.sub(_blank, text))
 
 
@@ -90,7 +90,7 @@ def _closing(code, opening):
         depth += {"(": 1, ")": -1}.get(code[offset], 0)
         if depth == 0:
             return offset
-    raise ValueError("a parenthesis that is never closed")
+    raise ValueError("missing closing parenthesis")
 
 
 def _other_number(match):
@@ -149,7 +149,7 @@ def _one_line(text):
 
 
 def changes_of(path, text, seed):
-    """Every change that `text`, the content of the file `path`, offers, in the order in which a sample takes them."""
+    """All changes of `text`, the contents of the file `path`, in the order in which a sample takes them."""
     code = _code(text)
     found, seen = [], {}
     for offset, old, new, kind in (*_operators(code), *_constants(code), *_conditions(code, text),

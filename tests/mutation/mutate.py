@@ -1,9 +1,9 @@
-"""Changes the sources in small ways, one at a time, and tells which changes no test notices.
+"""Makes small changes to the sources, one at a time, and reports the changes that no test detects.
 
-Run it as `./dev mutate`; it expects the release build to be there. Every file in scope gives a share of the changes,
-chosen by a hash of the changed line, so that the sample stays the same from run to run. A change that does not
-compile, or leaves the machine code as it is, is replaced by the next one of its file. A change that behaves as the
-original does is listed in equivalent.txt, with the reason; it is not tried.
+Run it as `./dev mutate`. It needs the release build. The sample contains changes of every file in scope. A hash of the
+changed line selects them, so the sample is the same in every run. A change that does not compile, or does not affect the
+machine code, is replaced by the next one of its file. A change that behaves like the original is listed in
+equivalent.txt, with the reason, and is skipped.
 """
 
 import argparse
@@ -32,7 +32,7 @@ AIM_PERCENT = 95
 
 
 def read_list(path):
-    """Blocks of `file`, `- line`, `+ line`, and a reason; between them empty lines. Returns keys as changes have."""
+    """Reads blocks of `file`, `- line`, `+ line` and a reason, separated by empty lines. Returns reasons by change key."""
     entries = {}
     for block in path.read_text().split("\n\n") if path.exists() else []:
         lines = [line.strip() for line in block.splitlines() if line.strip() and not line.startswith("#")]
@@ -45,7 +45,7 @@ def read_list(path):
 
 
 def read_journal():
-    """What an interrupted run found out. What survived is tried again: there may be a test for it now."""
+    """The results of an interrupted run, without survivors: they are tried again, because tests may have changed."""
     lines = JOURNAL.read_text().splitlines() if JOURNAL.exists() else []
     return {tuple(key): (result, test) for key, result, test in map(json.loads, lines) if result != "survived"}
 
@@ -62,7 +62,7 @@ def files_of(scope):
 
 
 def shares(sizes, count):
-    """How many changes each file gives: by the root of what it offers, so that large files do not take all."""
+    """The number of changes of each file: proportional to the square root of those it has, so that small files count."""
     weights = {file: math.sqrt(size) for file, size in sizes.items() if size}
     total = sum(weights.values())
     exact = {file: min(count * weight / total, sizes[file]) for file, weight in weights.items()}
@@ -73,9 +73,9 @@ def shares(sizes, count):
 
 
 def steps_for(change, build):
-    """The order in which tests are asked: those about the file and about what uses it, then its folder, then all.
+    """The order of tests: tests of the file and of the files that use it, then those of its folder, then all others.
 
-    What links the DLL comes first, because one compilation serves all of its programs."""
+    Programs that link the DLL come first, because one compilation serves all of them."""
     folder = Path(change.path).parent.name
     sources = {Path(change.path).stem.removesuffix("Avx2")}
     for output in build.made_of(change.path):
@@ -96,7 +96,7 @@ def patterns(suites):
 
 
 def judge(change, bench, build):
-    """Returns what became of a change, and which test noticed it."""
+    """Returns the result of a change, and the test that killed it."""
     bench.put(change.path, change.applied((ROOT / change.path).read_text()))
     differs = False
     try:
@@ -104,18 +104,18 @@ def judge(change, bench, build):
             if not bench.build(program):
                 continue
             differs = True
-            noticed = bench.run(program, test_filter)
-            if noticed and (noticed.endswith("(hangs)") or bench.confirms(program, noticed, test_filter)):
-                return "noticed", f"{program.name}.{noticed}"
+            failed = bench.run(program, test_filter)
+            if failed and (failed.endswith("(hangs)") or bench.confirms(program, failed, test_filter)):
+                return "killed", f"{program.name}.{failed}"
     except LibraryDoesNotCompile:
         return "uncompiled", ""
     except TestDoesNotCompile as error:
-        return "noticed", f"{Path(str(error)).name.removesuffix('.obj')} (does not compile)"
+        return "killed", f"{Path(str(error)).name.removesuffix('.obj')} (does not compile)"
     return ("survived" if differs else "same code"), ""
 
 
 class Sample:
-    """Hands out the changes to try, and keeps the score. Several benches may ask at the same time."""
+    """Selects the changes to try, and stores the results. Several benches may use it at the same time."""
 
     def __init__(self, changes, slots, listed, judged):
         self._changes = {file: iter(found) for file, found in changes.items()}
@@ -128,7 +128,7 @@ class Sample:
         self.results = []
 
     def next(self):
-        """The next change, or None when there are enough."""
+        """The next change, or None if the sample is complete."""
         with self._lock:
             while True:
                 try:
@@ -144,16 +144,16 @@ class Sample:
                         break
 
     def _enter(self, change, result, test):
-        """Returns whether the change counts; one that does not is replaced by another of its file."""
+        """Returns whether the change counts. If not, another change of its file replaces it."""
         self.results.append((change, result, test))
-        return result in ("noticed", "survived")
+        return result in ("killed", "survived")
 
     def settle(self, change, result, test, seconds):
         with self._lock:
             if not self._enter(change, result, test):
                 self._slots.put(change.path)
             print(json.dumps([change.key, result, test]), file=self._journal, flush=True)
-            tried = sum(result in ("noticed", "survived") for _, result, _ in self.results)
+            tried = sum(result in ("killed", "survived") for _, result, _ in self.results)
             if result != "uncompiled":
                 where = test and f" by {test}"
                 print(f"[{tried:3}/{self._count}] {result}{where} in {seconds:.0f} s: {change}", flush=True)
@@ -166,38 +166,38 @@ def work(sample, bench, build):
 
 
 def report(results):
-    """Prints the score by folder. Returns the survivors, and the percentage that was noticed."""
-    columns = ["tried", "noticed", "by a hang", "survived", "same code", "listed"]
+    """Prints the score by folder. Returns the survivors, and the percentage that was killed."""
+    columns = ["tried", "killed", "by timeout", "survived", "same code", "listed"]
     table = defaultdict(Counter)
     for change, result, test in results:
-        for row in (str(Path(change.path).parent), "in all"):
+        for row in (str(Path(change.path).parent), "total"):
             table[row][result] += 1
-            table[row]["tried"] += result in ("noticed", "survived")
-            table[row]["by a hang"] += test.endswith("(hangs)")
+            table[row]["tried"] += result in ("killed", "survived")
+            table[row]["by timeout"] += test.endswith("(hangs)")
     print(f"\n{'':24}" + "".join(f"{column:>12}" for column in columns))
-    for row in sorted(table, key=lambda row: (row == "in all", row)):
+    for row in sorted(table, key=lambda row: (row == "total", row)):
         print(f"{row:24}" + "".join(f"{table[row][column]:12}" for column in columns))
-    score = table["in all"]
-    percent = 100 * score["noticed"] / max(score["tried"], 1)
-    print(f"\n{percent:.1f} % of {score['tried']} changes are noticed;"
-          f" {score['uncompiled']} more did not compile and were replaced")
+    score = table["total"]
+    percent = 100 * score["killed"] / max(score["tried"], 1)
+    print(f"\n{percent:.1f} % of {score['tried']} changes were killed;"
+          f" {score['uncompiled']} others did not compile and were replaced")
     return [change for change, result, _ in results if result == "survived"], percent
 
 
 def arguments():
     parser = argparse.ArgumentParser(prog="./dev mutate", description=__doc__.split("\n\n", maxsplit=1)[0])
     parser.add_argument("scope", nargs="*", default=SCOPE, help="sources or folders; default: kernels, exceptions, log, locks")
-    parser.add_argument("--count", type=int, default=240, help="changes to try (default: %(default)s)")
-    parser.add_argument("--seed", type=int, default=1, help="which changes the sample takes (default: %(default)s)")
-    parser.add_argument("--jobs", type=int, default=2, help="how many are tried at the same time (default: %(default)s)")
-    parser.add_argument("--quick", action="store_true", help=f"{QUICK_COUNT} changes of sources that compile fast")
-    parser.add_argument("--again", action="store_true", help="only those that survived the last time")
-    parser.add_argument("--continue", dest="go_on", action="store_true", help="go on where the last run was interrupted")
+    parser.add_argument("--count", type=int, default=240, help="number of changes to try (default: %(default)s)")
+    parser.add_argument("--seed", type=int, default=1, help="seed of the sample (default: %(default)s)")
+    parser.add_argument("--jobs", type=int, default=2, help="number of changes to try at the same time (default: %(default)s)")
+    parser.add_argument("--quick", action="store_true", help=f"only {QUICK_COUNT} changes, of sources that compile quickly")
+    parser.add_argument("--again", action="store_true", help="only the survivors of the last run")
+    parser.add_argument("--continue", dest="go_on", action="store_true", help="continue an interrupted run")
     return parser.parse_args()
 
 
 def choose(options, changes):
-    """The files that give a change, one for each change."""
+    """The files whose changes are tried; a file occurs once per change."""
     sizes = {file: len(found) for file, found in changes.items()}
     if options.again:
         return [file for file, size in sizes.items() for _ in range(size)]
@@ -217,7 +217,7 @@ def main():
     known = {change.key for found in changes.values() for change in found}
     stale = [key for key in listed if key[0] in changes and key not in known]
     for key in stale:
-        print(f"{LISTED.name} lists a change that is none any more: {key[0]}\n    - {key[1]}\n    + {key[2]}")
+        print(f"{LISTED.name} lists a change that no longer exists: {key[0]}\n    - {key[1]}\n    + {key[2]}")
     if options.again:
         survivors = read_list(SURVIVORS)
         changes = {file: [change for change in found if change.key in survivors] for file, found in changes.items()}
@@ -228,7 +228,7 @@ def main():
         if not options.quick:
             for program in build.programs.values():
                 if failed := benches[0].measure(program):
-                    sys.exit(f"without any change, {program.name}.{failed} fails")
+                    sys.exit(f"{program.name}.{failed} fails without any change")
         sample = Sample(changes, choose(options, changes), listed, read_journal() if options.go_on else {})
         with ThreadPoolExecutor() as pool:
             for done in [pool.submit(work, sample, bench, build) for bench in benches]:
@@ -240,7 +240,7 @@ def main():
     survivors, percent = report(sample.results)
     SURVIVORS.write_text("\n".join(f"{change.path}\n- {change.before}\n+ {change.after}\n" for change in survivors))
     for change in survivors:
-        print(f"\nnobody notices {change}")
+        print(f"\nsurvived: {change}")
     return 1 if stale or survivors or percent < AIM_PERCENT else 0
 
 

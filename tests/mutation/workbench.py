@@ -1,7 +1,7 @@
-"""Builds and runs the tests with one source file changed, beside a finished build and without touching it.
+"""Builds and runs the tests with one changed source file, based on a finished build that it does not modify.
 
-The build's own commands come from Ninja: whatever includes the changed file is compiled once more, from an overlay in
-front of the sources, and linked with everything else as it is. So nothing has to be built back afterwards.
+It takes the build's commands from Ninja. All sources that include the changed file are compiled again, with an overlay
+folder before the include paths, and linked with the other objects of the build. So nothing must be restored afterwards.
 """
 
 import json
@@ -16,7 +16,7 @@ import time
 from pathlib import Path
 
 _SUITE = re.compile(r"^\s*(?:TYPED_)?TEST(?:_[FP])?\(\s*(\w+)\s*,", re.MULTILINE)
-_NOT_RUN = {"stress"}  # looks at the clock, and asks for the machine
+_NOT_RUN = {"stress"}  # depends on the clock, and needs the whole machine
 
 
 class LibraryDoesNotCompile(Exception):
@@ -32,32 +32,32 @@ def _output_of(command):
 
 
 def _code_of(object_file):
-    """The bytes of an object without debug information, which names the folder of the source."""
+    """The bytes of an object without debug information, which contains the folder of the source."""
     with tempfile.NamedTemporaryFile(suffix=".obj") as stripped:
         subprocess.run(["x86_64-w64-mingw32-objcopy", "--strip-debug", object_file, stripped.name], check=True)
         return Path(stripped.name).read_bytes()
 
 
 class Program:
-    """A test program: its command to link, what it consists of, the suites in its files."""
+    """A test program: its link command, its objects, and the suites in its files."""
 
     def __init__(self, name, link, objects, uses_dll, folder):
         self.name, self.link, self.objects, self.uses_dll = name, link, objects, uses_dll
         self.limit_seconds = 60.0
-        self.suites = {}  # file → names, with the text that tells which headers it includes
+        self.suites = {}  # file → its text and the names of its suites
         for path in sorted(folder.glob("*Test.cpp")):
             text = path.read_text()
             self.suites[path] = (text, sorted(set(_SUITE.findall(text))))
 
     def suites_about(self, path, stems):
-        """The suites in files that bear one of `stems` in front of their name, or include `path` from src/."""
+        """The suites in files whose names start with one of `stems`, or that include `path` from src/."""
         include = f'#include "{path.removeprefix("src/")}"'
         return sorted({suite for file, (text, suites) in self.suites.items() for suite in suites
                        if include in text or any(file.name.startswith(stem) for stem in stems)})
 
 
 class Build:
-    """What a finished build knows: how each object is compiled and of what, and its test programs."""
+    """A finished build: the command and the dependencies of each object, and the test programs."""
 
     def __init__(self, root, folder):
         self.root, self.folder = root, folder
@@ -101,12 +101,12 @@ class Build:
         return dependencies
 
     def made_of(self, path):
-        """The objects that are compiled from `path`, a source or a header below the root."""
+        """The objects that depend on `path`, a source or a header relative to the root."""
         return self._dependencies.get(str(self.root / path), set())
 
 
 class Bench:
-    """A place to build and run in, with a Wine prefix of its own."""
+    """A folder for building and running tests, with a separate Wine prefix."""
 
     def __init__(self, build, folder):
         self._build, self._folder = build, folder
@@ -131,14 +131,14 @@ class Bench:
     # ---- Building ----
 
     def put(self, path, text):
-        """From now on the file `path` says `text`; every other one is as it is in the build."""
+        """Replaces the contents of the file `path` by `text`. All other files are those of the build."""
         shutil.rmtree(self._overlay, ignore_errors=True)
         shutil.rmtree(self._objects, ignore_errors=True)
         self._objects.mkdir(parents=True)
         self._path, self._made = path, {}
         self._restore("vorelCore.dll")
         self._affected = self._build.made_of(path) if path else set()
-        # A precompiled header has the file as it was.
+        # The precompiled header contains the original file.
         self._is_precompiled = any(output.endswith(".gch") for output in self._affected)
         if path:
             (self._overlay / path).parent.mkdir(parents=True)
@@ -149,7 +149,7 @@ class Bench:
         os.link(self._build.folder / "bin" / name, self._bin / name)
 
     def _compile(self, output):
-        """Compiles what the build has as `output`. Returns the new object, or None when it is the same as the old."""
+        """Compiles the build's object `output` again. Returns the new object, or None if its code is the same."""
         if output in self._made:
             return self._made[output]
         made = self._objects / f"{len(self._made)}.obj"
@@ -181,7 +181,7 @@ class Bench:
         return {output: str(new) for output, new in made.items() if new}
 
     def _link(self, command, name, changed):
-        """Links with the changed objects: in place of the old ones, or in front of the archives that have those."""
+        """Links with the changed objects. They replace the old ones, or precede the archives that contain the old ones."""
         target, changed = self._bin / name, dict(changed)
         target.unlink(missing_ok=True)
         words = [changed.pop(word, word) for word in command]
@@ -191,7 +191,7 @@ class Bench:
         subprocess.run(words, cwd=self._build.folder, check=True)
 
     def build(self, program):
-        """Builds a program with the change. Returns whether it, or the DLL that it uses, differs at all."""
+        """Builds a program with the change. Returns whether its code, or that of the DLL it uses, has changed."""
         try:
             own = self._compiled(program.objects)
         except TestDoesNotCompile:
@@ -214,26 +214,27 @@ class Bench:
     # ---- Running ----
 
     def run(self, program, test_filter):
-        """Runs tests until one fails. Returns None when all pass, otherwise the test, with "(hangs)" or "(crashes)"."""
+        """Runs tests until one fails. Returns None if all pass, or the test, with " (hangs)" or " (crashes)" appended."""
         failed = self._run(self._bin, program, test_filter)
         while failed and failed.endswith("(hangs)") and self._is_slow(program, test_filter):
             failed = self._run(self._bin, program, test_filter)
         return failed
 
     def confirms(self, program, failed, test_filter):
-        """Whether it is the change that a test fails for: again with it, alone or with the others, and not without."""
+        """Whether the change makes the test fail: it passes without the change, and fails again with it, alone or not."""
         test = failed.split(" ")[0]
         return not self._run(self._build.folder / "bin", program, test) and bool(
             self._run(self._bin, program, test) or self._run(self._bin, program, test_filter))
 
     def _is_slow(self, program, test_filter):
-        """Whether the machine is so busy that the time is up for the unchanged library as well; then there is more."""
+        """Whether the machine is so busy that the unchanged library exceeds the limit too. Then raises the limit."""
         limit = program.limit_seconds
         self.measure(program, test_filter)
         return program.limit_seconds > limit
 
     def measure(self, program, test_filter="*"):
-        """Runs tests with the library as it is, and grants several times as long. Returns what fails, or None."""
+        """Runs tests with the unchanged library and sets the limit to a multiple of the time. Returns a failed test, or
+        None."""
         begin, limit = time.monotonic(), program.limit_seconds
         program.limit_seconds = 3600
         failed = self._run(self._build.folder / "bin", program, test_filter)
@@ -259,7 +260,7 @@ class Bench:
             return None
         if result != "hangs" and failed:
             return failed[1]
-        self._wine("--release")  # and whatever it has left behind
+        self._wine("--release")  # ends all remaining processes
         self._wine("--hold")
         running = re.findall(r"^\[ RUN      \] (\S+)", text, re.MULTILINE)
         return f"{running[-1] if running else '?'} ({'hangs' if result == 'hangs' else 'crashes'})"
