@@ -1,8 +1,8 @@
 """Reports the lines and branches of the library that the tests do not reach, from the counts of the coverage build.
 
-Run it as `./dev coverage`. For the compiler, a call that may throw is a branch with two edges: to the next statement and
-to the landing pad. Tests cannot make every call throw, and counting only the first edge would embellish the result. So
-both edges of a call are ignored, and only the branches in the source code count.
+Run it as `./dev coverage`. For the compiler, a call that may throw is a branch with two edges: to the next statement
+and to the landing pad. Tests cannot make every call throw, and counting only the first edge would embellish the result.
+So both edges of a call are ignored, and only the branches in the source code count.
 
 Every line that no test reaches, and every line with a branch that no test takes, must be listed in unreached.txt with
 the reason. If folders are given, only their tests have run, and only the percentages of these folders are checked.
@@ -61,8 +61,8 @@ def is_brace(file, number):
 
 
 def measure():
-    """Adds up the counts of all objects, and returns them in the format of gcovr. A line of a template has a separate set
-    of branches for each form that the compiler generated."""
+    """Adds up the counts of all objects, and returns them in the format of gcovr. A line of a template has a separate
+    set of branches for each form that the compiler generated."""
     counts, forms = Counter(), defaultdict(Counter)
     with ThreadPool() as pool:
         for line in chain.from_iterable(pool.imap_unordered(read_counts, sorted(BUILD.glob("**/*.gcda")))):

@@ -1,8 +1,8 @@
 """Makes small changes to the sources, one at a time, and reports the changes that no test detects.
 
 Run it as `./dev mutate`. It needs the release build. The sample contains changes of every file in scope. A hash of the
-changed line selects them, so the sample is the same in every run. A change that does not compile, or does not affect the
-machine code, is replaced by the next one of its file. A change that behaves like the original is listed in
+changed line selects them, so the sample is the same in every run. A change that does not compile, or does not affect
+the machine code, is replaced by the next one of its file. A change that behaves like the original is listed in
 equivalent.txt, with the reason, and is skipped.
 """
 
@@ -32,7 +32,7 @@ AIM_PERCENT = 95
 
 
 def read_list(path):
-    """Reads blocks of `file`, `- line`, `+ line` and a reason, separated by empty lines. Returns reasons by change key."""
+    """Reads blocks of `file`, `- line`, `+ line` and a reason, separated by empty lines. Returns reasons by key."""
     entries = {}
     for block in path.read_text().split("\n\n") if path.exists() else []:
         lines = [line.strip() for line in block.splitlines() if line.strip() and not line.startswith("#")]
@@ -62,7 +62,7 @@ def files_of(scope):
 
 
 def shares(sizes, count):
-    """The number of changes of each file: proportional to the square root of those it has, so that small files count."""
+    """The number of changes of each file: proportional to the square root of those it has, to favour small files."""
     weights = {file: math.sqrt(size) for file, size in sizes.items() if size}
     total = sum(weights.values())
     exact = {file: min(count * weight / total, sizes[file]) for file, weight in weights.items()}
@@ -189,8 +189,8 @@ def arguments():
     parser.add_argument("scope", nargs="*", default=SCOPE, help="sources or folders; default: kernels, exceptions, log, locks")
     parser.add_argument("--count", type=int, default=240, help="number of changes to try (default: %(default)s)")
     parser.add_argument("--seed", type=int, default=1, help="seed of the sample (default: %(default)s)")
-    parser.add_argument("--jobs", type=int, default=2, help="number of changes to try at the same time (default: %(default)s)")
-    parser.add_argument("--quick", action="store_true", help=f"only {QUICK_COUNT} changes, of sources that compile quickly")
+    parser.add_argument("--jobs", type=int, default=2, help="changes to try at the same time (default: %(default)s)")
+    parser.add_argument("--quick", action="store_true", help=f"{QUICK_COUNT} changes, of sources that compile quickly")
     parser.add_argument("--again", action="store_true", help="only the survivors of the last run")
     parser.add_argument("--continue", dest="go_on", action="store_true", help="continue an interrupted run")
     return parser.parse_args()

@@ -181,7 +181,7 @@ class Bench:
         return {output: str(new) for output, new in made.items() if new}
 
     def _link(self, command, name, changed):
-        """Links with the changed objects. They replace the old ones, or precede the archives that contain the old ones."""
+        """Links with the changed objects. They replace the old ones, or precede the archives that contain those."""
         target, changed = self._bin / name, dict(changed)
         target.unlink(missing_ok=True)
         words = [changed.pop(word, word) for word in command]
@@ -214,14 +214,14 @@ class Bench:
     # ---- Running ----
 
     def run(self, program, test_filter):
-        """Runs tests until one fails. Returns None if all pass, or the test, with " (hangs)" or " (crashes)" appended."""
+        """Runs tests until one fails. Returns None if all pass, or the test, with " (hangs)" or " (crashes)" added."""
         failed = self._run(self._bin, program, test_filter)
         while failed and failed.endswith("(hangs)") and self._is_slow(program, test_filter):
             failed = self._run(self._bin, program, test_filter)
         return failed
 
     def confirms(self, program, failed, test_filter):
-        """Whether the change makes the test fail: it passes without the change, and fails again with it, alone or not."""
+        """Whether the test fails because of the change: it passes without it, and fails again with it, alone or not."""
         test = failed.split(" ")[0]
         return not self._run(self._build.folder / "bin", program, test) and bool(
             self._run(self._bin, program, test) or self._run(self._bin, program, test_filter))
