@@ -1,17 +1,17 @@
-# Builds the project find_package/ against the installed library as a user would, with find_package and nothing else, and
-# runs its two programs: one uses the DLL, one the static form.
+# Builds the project find_package/ with the installed library as a user would, only with find_package, and runs its two
+# programs. One uses the DLL, the other the static library.
 #
-#   PROJECT_BUILD: the build to install; or PACKAGE: the folder of a package that is there
+#   PROJECT_BUILD: the build to install; or PACKAGE: the folder of an existing package
 
 include("${CMAKE_CURRENT_LIST_DIR}/Steps.cmake")
 
 file(REMOVE_RECURSE "${WORK}")
 if(PACKAGE)
-    file(COPY "${PACKAGE}/" DESTINATION "${PLACE}/vorelCore")
+    file(COPY "${PACKAGE}/" DESTINATION "${FOLDER}/vorelCore")
 else()
-    run("Install" "${CMAKE_COMMAND}" --install "${PROJECT_BUILD}" --config "${CONFIG}" --prefix "${PLACE}/vorelCore")
+    run("Install" "${CMAKE_COMMAND}" --install "${PROJECT_BUILD}" --config "${CONFIG}" --prefix "${FOLDER}/vorelCore")
 endif()
 build_and_run(
-    "${CMAKE_CURRENT_LIST_DIR}/find_package" "${PLACE}/vorelCore/lib/cmake/vorelCore/mingw-ucrt.cmake"
+    "${CMAKE_CURRENT_LIST_DIR}/find_package" "${FOLDER}/vorelCore/lib/cmake/vorelCore/mingw-ucrt.cmake"
     "consumer_dll;consumer_static"
-    "-DCMAKE_BUILD_TYPE=${CONFIG}" "-DCMAKE_PREFIX_PATH=${PLACE}/vorelCore")
+    "-DCMAKE_BUILD_TYPE=${CONFIG}" "-DCMAKE_PREFIX_PATH=${FOLDER}/vorelCore")

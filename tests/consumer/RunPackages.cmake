@@ -1,5 +1,5 @@
-# Tries what CPack has made: the archive, unpacked elsewhere, has to build and run the project find_package/; the installer
-# has to install the same files, and to take them away again.
+# Tests the packages of CPack. The project find_package/ must build and run with the archive unpacked in another folder.
+# The installer must install the same files, and remove all of them.
 #
 #   PACKAGES: the folder with the archive and the installer
 
@@ -9,20 +9,20 @@ function(only_file pattern result)
     file(GLOB found "${PACKAGES}/${pattern}")
     list(LENGTH found count)
     if(NOT count EQUAL 1)
-        message(FATAL_ERROR "${PACKAGES} has ${count} files ${pattern}")
+        message(FATAL_ERROR "${PACKAGES} contains ${count} files ${pattern}, expected 1")
     endif()
     set(${result} "${found}" PARENT_SCOPE)
 endfunction()
 
 function(list_files folder result)
     file(GLOB_RECURSE files RELATIVE "${folder}" "${folder}/*")
-    list(FILTER files EXCLUDE REGEX "^uninstall\\.exe$") # the installer's own
+    list(FILTER files EXCLUDE REGEX "^uninstall\\.exe$") # added by the installer
     list(SORT files)
     set(${result} "${files}" PARENT_SCOPE)
 endfunction()
 
-# The option of the installer that ends in a folder. It must not be quoted, whatever blanks are in it: so it is given as
-# one argument for each word.
+# An option of the installer that ends in a folder. It must not be quoted even if it contains spaces, so each word
+# becomes one argument.
 function(folder_option option folder result)
     string(REPLACE "/" "\\" folder "Z:${folder}")
     string(REPLACE " " ";" words "${option}${folder}")
@@ -36,7 +36,7 @@ message(STATUS "Unpack ${archive}")
 file(ARCHIVE_EXTRACT INPUT "${archive}" DESTINATION "${WORK}/archive")
 file(GLOB package "${WORK}/archive/*")
 list_files("${package}" expected)
-run("Try the archive"
+run("Test the archive"
     "${CMAKE_COMMAND}" "-DPACKAGE=${package}" "-DCONFIG=${CONFIG}" "-DGENERATOR=${GENERATOR}" "-DEMULATOR=${EMULATOR}"
     "-DWORK=${WORK}/project" -P "${CMAKE_CURRENT_LIST_DIR}/RunFindPackage.cmake")
 
@@ -46,14 +46,14 @@ folder_option("/D=" "${installed}" option)
 run("Install" ${EMULATOR} "${installer}" /S ${option})
 list_files("${installed}" found)
 if(NOT found STREQUAL expected)
-    message(FATAL_ERROR "The installer's files are not the archive's:\n${found}\nbut\n${expected}")
+    message(FATAL_ERROR "The files of the installer differ from those of the archive:\n${found}\nbut\n${expected}")
 endif()
-# With its folder named, it works where it stands, and we can wait for it.
+# With this option the uninstaller does not copy itself to another folder, so this script can wait for it.
 folder_option("_?=" "${installed}" option)
 run("Uninstall" ${EMULATOR} "${installed}/uninstall.exe" /S ${option})
 list_files("${installed}" found)
 if(found)
-    message(FATAL_ERROR "The installer leaves behind: ${found}")
+    message(FATAL_ERROR "The uninstaller does not remove: ${found}")
 endif()
 list(LENGTH expected count)
-message(STATUS "${count} files in the archive; the installer has the same, and takes them away again")
+message(STATUS "${count} files in the archive; the installer installs and removes the same files")

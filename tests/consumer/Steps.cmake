@@ -1,9 +1,9 @@
-# What the runs of a user's project have in common. All of them take place in a folder with a blank and letters beyond
-# ASCII in its name, where Wine needs a UTF-8 locale to find its way.
+# Common steps of the tests with a user's project. They run in a folder whose name contains a space and a non-ASCII
+# letter. Wine needs a UTF-8 locale for such paths.
 #
-#   GENERATOR, CONFIG, EMULATOR, WORK: given by tests/CMakeLists.txt
+#   GENERATOR, CONFIG, EMULATOR, WORK: set by tests/CMakeLists.txt
 
-set(PLACE "${WORK}/für alle")
+set(FOLDER "${WORK}/für alle")
 
 function(run what)
     message(STATUS "${what}")
@@ -13,19 +13,19 @@ function(run what)
     endif()
 endfunction()
 
-# A program gets the path of the log that it is to write; its exit code says whether all was well.
+# Runs a program with the path of its log as the argument. Its exit code must be 0.
 function(run_program program)
     run("Run ${program}" "${CMAKE_COMMAND}" -E env LC_ALL=C.UTF-8 ${EMULATOR} "${program}" "${program}.log")
 endfunction()
 
-# Configures and builds a project in PLACE/build with the toolchain file given, and runs programs of it.
+# Configures and builds a project in FOLDER/build with a toolchain file, and runs some of its programs.
 function(build_and_run source toolchain programs)
     run("Configure"
-        "${CMAKE_COMMAND}" -S "${source}" -B "${PLACE}/build" -G "${GENERATOR}"
+        "${CMAKE_COMMAND}" -S "${source}" -B "${FOLDER}/build" -G "${GENERATOR}"
         "-DCMAKE_TOOLCHAIN_FILE=${toolchain}"
         ${ARGN})
-    run("Build" "${CMAKE_COMMAND}" --build "${PLACE}/build" --target ${programs})
+    run("Build" "${CMAKE_COMMAND}" --build "${FOLDER}/build" --target ${programs})
     foreach(program IN LISTS programs)
-        run_program("${PLACE}/build/${program}.exe")
+        run_program("${FOLDER}/build/${program}.exe")
     endforeach()
 endfunction()

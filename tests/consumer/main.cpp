@@ -1,7 +1,7 @@
-// A user's program: it formats, collects, throws, catches and logs, and checks what it gets. Built twice, with the DLL
-// and with the static form.
+// A user's program. It formats texts, fills arrays, throws, catches and logs, and checks the results. It is built
+// twice, with the DLL and with the static library.
 //
-//     consumer <log file>        exit code 0 when everything was as documented
+//     consumer <log file>        exit code 0 if all results are as documented
 
 #include <vorel/vorelCore.h>
 
@@ -17,7 +17,7 @@ void expect(bool holds, const char* what) {
     failures += holds ? 0 : 1;
 }
 
-/// Fails through a layer that adds its own record, as any operation of the library does.
+/// Throws through a layer that adds its own record, as the operations of the library do.
 void failInTwoLayers() {
     try {
         throw vorel::Exception(L"no entry named %ls", L"colour");
@@ -26,8 +26,8 @@ void failInTwoLayers() {
     }
 }
 
-void askForVersion() {
-    expect(std::string(vorel::version()) == VOREL_VERSION_STRING, "library and headers have one version");
+void checkVersion() {
+    expect(std::string(vorel::version()) == VOREL_VERSION_STRING, "library and headers have the same version");
 }
 
 void useStringsAndArrays() {
@@ -39,15 +39,15 @@ void useStringsAndArrays() {
     for (int number = 0; number != 5; ++number) {
         squares.append(number * number);
     }
-    expect(squares.size() == 5 && squares[4] == 16, "an array holds what was appended");
+    expect(squares.size() == 5 && squares[4] == 16, "an array contains the appended elements");
 
-    bool refused = false;
+    bool thrown = false;
     try {
         squares[5] = 25;
     } catch (const vorel::InvalidIndexException&) {
-        refused = true;
+        thrown = true;
     }
-    expect(refused, "a bad index is refused by its own exception class");
+    expect(thrown, "an invalid index throws its own exception class");
 }
 
 void useExceptionsAndLog(const char* logPath) {
@@ -61,7 +61,7 @@ void useExceptionsAndLog(const char* logPath) {
     expect(messages == L"no entry named colour | Settings::read: Vorel exception rethrown",
            "an exception crosses the library with all its messages");
 
-    // The C runtime's files: the C++ library's do not work with this toolchain under the universal runtime.
+    // Files of the C runtime: those of this toolchain's C++ library do not work with the UCRT.
     std::FILE* const log = std::fopen(logPath, "r");
     unsigned int found = 0;
     char text[256];
@@ -84,11 +84,11 @@ int main(int argumentCount, char** arguments) {
         return 2;
     }
     try {
-        askForVersion();
+        checkVersion();
         useStringsAndArrays();
         useExceptionsAndLog(arguments[1]);
     } catch (...) {
-        expect(false, "no exception is left over");
+        expect(false, "no uncaught exception");
     }
     return failures == 0 ? 0 : 1;
 }
