@@ -1,10 +1,10 @@
 #!/usr/bin/python3
-"""Checks what can be checked of the views for Visual Studio without it.
+"""Checks the views for Visual Studio as far as possible without Visual Studio.
 
     check_natvis.py <file.natvis> <folder of headers>
 
-The file is well-formed; each type of it is a class of the headers, and each member that its expressions name is declared
-there; each template has as many arguments; each constant is the one of the headers.
+The file must be well-formed. Each type must be a class of the headers, with the same number of template arguments. Each
+member in an expression must be declared there. Each constant must have the value in the headers.
 """
 
 import pathlib
@@ -18,20 +18,20 @@ ELEMENTS = {
     "ExpandedItem", "CustomListItems", "Variable", "Loop", "Exec",
 }
 EXPRESSIONS = {"StringView", "Item", "Size", "ValuePointer", "ExpandedItem", "Exec"}
-WORDS = {"nullptr"}
+KEYWORDS = {"nullptr"}
 
 
 class Failure(Exception):
-    """What is wrong with the file."""
+    """An error in the file."""
 
 
 def declarations(text):
-    """Its code, without comments."""
+    """The code of `text` without comments."""
     return re.sub(r"//[^\n]*|/\*.*?\*/", "", text, flags=re.DOTALL)
 
 
 def body_of(name, code):
-    """The template's parameters and the body of a class that the code defines."""
+    """The template parameters and the body of a class in the code."""
     found = re.search(r"(?:template\s*<([^{};]*?)>\s*)?\b(?:class|struct)\s+(?:VOREL_API\s+)?%s\s*\{" % name, code)
     if not found:
         raise Failure("no class %s in the headers" % name)
@@ -43,7 +43,7 @@ def body_of(name, code):
 
 
 def expressions_of(node):
-    """The expressions of one element: its text, its conditions, and what stands in braces in a text to show."""
+    """The expressions of one element: its text, its conditions, and the parts in braces of a displayed text."""
     tag = node.tag.removeprefix(NAMESPACE)
     text = node.text or ""
     if tag in EXPRESSIONS:
@@ -57,14 +57,14 @@ def expressions_of(node):
 
 
 def identifiers_of(expression):
-    """The names in an expression, without texts, numbers and format specifiers (",[m_length]su" names a member)."""
+    """The names in an expression, without strings, numbers and format specifiers (",[m_length]su" has a member)."""
     expression = re.sub(r'"[^"]*"', "", expression)
     expression = re.sub(r",\s*(\[[^\]]*\])?(su|s)$", r" \1", expression.strip())
     return re.findall(r"(?<![\w])[A-Za-z_]\w*", expression)
 
 
 def check_type(node, code):
-    """The number of identifiers that were looked up."""
+    """Checks one type and returns the number of checked identifiers."""
     name = node.get("Name", "")
     count = 0
     scope = code
@@ -74,14 +74,14 @@ def check_type(node, code):
         declared = len(parameters.split(",")) if parameters else 0
         if given != declared:
             raise Failure("%s: %s has %d template parameters" % (name, part[0], declared))
-    known = WORDS | {variable.get("Name") for variable in node.iter(NAMESPACE + "Variable")}
+    known = KEYWORDS | {variable.get("Name") for variable in node.iter(NAMESPACE + "Variable")}
     for element in node.iter():
         tag = element.tag.removeprefix(NAMESPACE)
         if tag not in ELEMENTS:
-            raise Failure("%s: <%s> is no element of such a file" % (name, tag))
+            raise Failure("%s: <%s> is not a known element" % (name, tag))
         for expression in expressions_of(element):
             for identifier in identifiers_of(expression):
-                # A member of the class itself, or of what is reached through one: of Array, BaseString and Node.
+                # A member of the class itself, or one accessed through a member (of Array, BaseString or Node).
                 through = re.search(r"(?:->|\.)\s*%s\b" % identifier, expression)
                 if identifier not in known and not re.search(r"\b%s\b" % identifier, code if through else scope):
                     raise Failure("%s: no %s in the headers (%s)" % (name, identifier, expression))
@@ -98,15 +98,15 @@ def main():
     try:
         root = ElementTree.parse(views).getroot()
         types = root.findall(NAMESPACE + "Type")
-        shown = {re.split(r"[<]", node.get("Name"))[0].removeprefix("vorel::") for node in types}
-        missing = {"BaseString", "Array", "HashMap", "Exception"} - shown
+        viewed = {re.split(r"[<]", node.get("Name"))[0].removeprefix("vorel::") for node in types}
+        missing = {"BaseString", "Array", "HashMap", "Exception"} - viewed
         if root.tag != NAMESPACE + "AutoVisualizer" or missing:
             raise Failure("no view of %s" % ", ".join(sorted(missing)))
         count = sum(check_type(node, code) for node in types)
     except (ElementTree.ParseError, Failure) as failure:
         print("%s: %s" % (views, failure))
         return 1
-    print("%d types, %d names, all of them in the headers" % (len(types), count))
+    print("%d types and %d names, all in the headers" % (len(types), count))
     return 0 if count else 1
 
 

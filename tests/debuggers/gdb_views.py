@@ -1,10 +1,10 @@
 #!/usr/bin/python3
-"""Checks what GDB prints with the library's printers, in a program that runs under Wine's debug server.
+"""Checks the output of GDB with the library's printers, for a program that runs under Wine's debug server.
 
     gdb_views.py <wine-run> <shown.exe> <printers.py>
 
-Once with the script that lies beside the DLL, which GDB has to find by itself, and once with the one given, by `source`.
-Exit code 77 when there is no GDB for Windows programs here.
+Runs twice: with the script in the folder of the DLL, which GDB must load automatically, and with <printers.py>, loaded
+by `source`. The exit code is 77 if no GDB for Windows programs is installed.
 """
 
 import os
@@ -59,7 +59,7 @@ def free_port():
 
 
 def printed_by_gdb(wine_run, program, before, load):
-    """What each expression prints as, from one run of the program."""
+    """Runs the program once and returns the printed value of each expression, and the whole output."""
     port = free_port()
     environment = dict(os.environ, LC_ALL="C.UTF-8")
     server = subprocess.Popen(
@@ -92,7 +92,7 @@ def printed_by_gdb(wine_run, program, before, load):
 
 
 def check(title, wine_run, program, before, load):
-    """The number of differences."""
+    """Prints the differences and returns their number."""
     found, output = printed_by_gdb(wine_run, program, before, load)
     wrong = 0
     for name, expected in EXPECTED:
@@ -100,7 +100,7 @@ def check(title, wine_run, program, before, load):
         if name == "pointers":
             value = value[: len(expected)]  # an address follows
         elif name == "byBase":
-            # Before it stand the reference's address, and the class: which it is only debug information can tell.
+            # The address of the reference and the class come first. The class depends on the debug information.
             value = "with " + value.partition(" with ")[2]
         if value != expected:
             wrong += 1
@@ -114,7 +114,7 @@ def check(title, wine_run, program, before, load):
 def main():
     wine_run, program, printers = sys.argv[1:]
     if not shutil.which(GDB):
-        print("no %s: the Debian package is gdb-mingw-w64" % GDB)
+        print("%s not found: install the Debian package gdb-mingw-w64" % GDB)
         return 77
     wrong = check("beside the DLL", wine_run, program, "add-auto-load-safe-path %s" % os.path.dirname(program), [])
     wrong += check("by source", wine_run, program, "set auto-load off", ["source %s" % printers])

@@ -1,5 +1,5 @@
-// A program with one object of each kind that the debugger views show. It is compiled with debug information and
-// without optimisation; the test stops it in stopHere().
+// A program with one object of each kind that has a debugger view. It is compiled with debug information and without
+// optimisation. The test stops it in stopHere().
 
 #include <vorel/vorelCore.h>
 
@@ -46,7 +46,7 @@ int main() {
     vorel::PointerStack<int> pointers;
     pointers.push(&answer);
 
-    // 5 and 12 share a bucket of seven: the newer one comes first.
+    // The hashes 5 and 12 use the same of seven buckets. The newer entry comes first.
     vorel::HashMap<int, vorel::BaseString<char>> map(7);
     map.put(5, 50, "five");
     map.put(12, 120, "twelve");
