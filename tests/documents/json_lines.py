@@ -1,10 +1,10 @@
 #!/usr/bin/env python3
-"""Checks the JSON lines in docs/error-log.md against what vorellog makes of the log that stands before them.
+"""Compares the JSON lines in docs/error-log.md with the output of vorellog for the log before them.
 
     json_lines.py <page> <folder> <command>...
 
-A block labelled `text` is the log, one labelled `sh` a call of vorellog, and the one labelled `json` behind it what the
-call writes. The command runs vorellog.
+A block labelled `text` is the log. A block labelled `sh` is a call of vorellog, and the block labelled `json` after it
+is the expected output. <command> runs vorellog.
 """
 
 import difflib
@@ -37,10 +37,10 @@ def main() -> None:
                 json.loads(line)
             if actual != block.text:
                 difference = difflib.unified_diff(block.text.splitlines(), actual.splitlines(), "page", "run", lineterm="")
-                sys.exit(f"{page}:{block.line}: vorellog writes something else\n" + "\n".join(difference))
+                sys.exit(f"{page}:{block.line}: the output of vorellog differs\n" + "\n".join(difference))
             compared += 1
     if compared == 0:
-        sys.exit(f"{page}: there are no JSON lines")
+        sys.exit(f"{page}: no JSON lines found")
 
 
 if __name__ == "__main__":

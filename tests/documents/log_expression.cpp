@@ -1,4 +1,4 @@
-// Writes a log with lines of every kind, and to its standard output what each of them is to be read as.
+// Writes a log with lines of every kind. Prints the expected fields of each line to its standard output.
 
 #include <cstdio>
 #include <string>
@@ -9,7 +9,7 @@
 
 namespace {
 
-/// As it stands in a line: in lower case, and nothing when it has more than 15 characters.
+/// The computer name as in a log line: in lower case, and empty if it has more than 15 characters.
 std::string computerName() {
     char name[16] = {};
     DWORD size = sizeof name;

@@ -1,11 +1,12 @@
 #!/usr/bin/env python3
-"""Checks the regular expression in docs/error-log.md against a log that a program of the library has written, with
-three engines: Python's own, PCRE (grep), and that of JavaScript where node is there.
+"""Checks the regular expression in docs/error-log.md with a log that the library has written. Uses three engines: that
+of Python, PCRE (grep), and that of JavaScript if node is installed.
 
     log_expression.py <page> <folder> <command>...
 
-The command writes `expression.log`, and to its standard output a tab-separated line for each record: its number of
-fractional digits, its kind, whether it is cut, and its message.
+<command> writes `expression.log`. It prints the expected fields of each record, separated by tabs, in the order of
+FIELDS. The first field is "ms" if the time has milliseconds. A line that is not a record has the fields "no record" and
+its text.
 """
 
 import json
@@ -21,13 +22,13 @@ from samples import blocks
 def expression_of(page: Path) -> str:
     found = [block.text.strip() for block in blocks(page) if block.language == "regex"]
     if len(found) != 1:
-        sys.exit(f"{page}: {len(found)} regular expressions")
+        sys.exit(f"{page}: {len(found)} regular expressions, expected 1")
     return found[0]
 
 
 FIELDS = ["ms", "host", "pid", "tid", "kind", "cut", "message"]
 
-# The fields of each line of the log as a list, or its text where the expression does not match.
+# Prints a list of fields for each line of the log, or the line if the expression does not match.
 JAVASCRIPT = """
 const [expression, log, fields] = process.argv.slice(1);
 const lines = require('fs').readFileSync(log, 'utf8').split('\\n').slice(0, -1);
@@ -42,7 +43,7 @@ console.log(JSON.stringify(lines.map((line) => {
 def read_by_python(expression: str, log: Path) -> list:
     *lines, rest = log.read_bytes().split(b"\n")
     if rest:
-        sys.exit(f"{log}: the last line has no end")
+        sys.exit(f"{log}: the last line has no line end")
     read = []
     for line in lines:
         if not line.endswith(b"\r"):
@@ -68,20 +69,20 @@ def main() -> None:
     log = folder / "expression.log"
     read = read_by_python(expression, log)
     actual = [("no record", fields.rstrip("\r")) if isinstance(fields, str) else tuple(fields) for fields in read]
-    # The milliseconds are the clock's: only whether there are any is known.
+    # The value of the milliseconds depends on the clock, so only their presence is compared.
     actual = [("ms" if record[0].isdigit() else record[0], *record[1:]) for record in actual]
     if not expected or actual != expected:
         sys.exit("expected\n" + "\n".join(map(str, expected)) + "\nread\n" + "\n".join(map(str, actual)))
 
-    # The same expression in the other syntax of named groups, by other engines.
+    # Other engines use another syntax for named groups.
     other = expression.replace("(?P<", "(?<")
     grep = subprocess.run(["grep", "--perl-regexp", "--text", "--count", other, str(log)], stdout=subprocess.PIPE,
                           check=True)
     count = sum(1 for record in expected if record[0] != "no record")
     if int(grep.stdout) != count:
-        sys.exit(f"grep finds {int(grep.stdout)} records, and there are {count}")
+        sys.exit(f"grep finds {int(grep.stdout)} records, expected {count}")
     if shutil.which("node") and read_by_javascript(other, log) != read:
-        sys.exit("JavaScript reads the log in another way")
+        sys.exit("the fields in JavaScript differ from those in Python")
 
 
 if __name__ == "__main__":

@@ -1,9 +1,9 @@
 #!/usr/bin/env python3
-"""The samples of the documents: cuts them out of the Markdown, and runs what the build makes of them.
+"""Extracts the samples from the Markdown documents, and runs the compiled samples.
 
-A fenced block labelled `cpp` is a sample. One with a `main` is a program; all others are the bodies of functions in one
-program for each page, in which the log is `sample.log`. A block labelled `output` behind a sample is what it writes to
-its standard output, one labelled `log` what it leaves in its log, where times, computers and ids differ.
+A fenced block labelled `cpp` is a sample. A sample with a `main` is a program. The other samples of a page become
+functions of one program, whose log is `sample.log`. A block labelled `output` after a sample is its expected standard
+output. A block labelled `log` is its expected log; times, computer names and ids may differ.
 """
 
 import argparse
@@ -34,7 +34,7 @@ namespace {
 @dataclass
 class Block:
     language: str
-    line: int  # of its first line, from 1
+    line: int  # number of its first line, from 1
     text: str
 
 
@@ -43,7 +43,7 @@ class Sample:
     page: Path
     line: int
     text: str
-    expected: dict = field(default_factory=dict)  # "output" and "log", where the page has them
+    expected: dict = field(default_factory=dict)  # "output" and "log", if the page contains them
 
     def is_program(self) -> bool:
         return PROGRAM.search(self.text) is not None
@@ -64,7 +64,7 @@ def blocks(page: Path):
         else:
             lines.append(line)
     if opened is not None:
-        sys.exit(f"{page}:{opened.line - 1}: this block has no end")
+        sys.exit(f"{page}:{opened.line - 1}: this block is not closed")
 
 
 def samples(page: Path) -> list:
@@ -74,7 +74,7 @@ def samples(page: Path) -> list:
             found.append(Sample(page, block.line, block.text))
         elif block.language in ("output", "log"):
             if not found or block.language in found[-1].expected:
-                sys.exit(f"{page}:{block.line}: this {block.language} belongs to no sample")
+                sys.exit(f"{page}:{block.line}: no sample for this block labelled {block.language}")
             found[-1].expected[block.language] = block.text
     return found
 
@@ -85,7 +85,7 @@ def write_if_changed(path: Path, text: str) -> None:
 
 
 def cut(pages: list, folder: Path) -> None:
-    """Writes a source for each program, and prints "page number program" for each sample."""
+    """Writes the source of each program, and prints "page number program" for each sample."""
     folder.mkdir(parents=True, exist_ok=True)
     for page in pages:
         functions, cases = [], []
@@ -109,24 +109,24 @@ def cut(pages: list, folder: Path) -> None:
 
 
 def records(log: str) -> str:
-    """The lines of a log without what differs from run to run; a line of another form fails."""
+    """The lines of a log without the fields that differ from run to run. Fails for a line of another form."""
     lines = []
     for line in log.splitlines():
         match = LOG_LINE.fullmatch(line)
         if not match:
-            sys.exit(f"no line of a log: {line}")
+            sys.exit(f"not a log line: {line}")
         lines.append(match[2] + "\n")
     return "".join(lines)
 
 
 def execute(sample: Sample, number: int, command: list, folder: Path) -> None:
-    """Runs one sample in a fresh folder, and compares what it leaves."""
+    """Runs one sample in a new folder, and compares its output and its log."""
     shutil.rmtree(folder, ignore_errors=True)
     folder.mkdir(parents=True)
     done = subprocess.run([*command, str(number)], cwd=folder, stdout=subprocess.PIPE, timeout=60, check=False)
     where = f"{sample.page}:{sample.line}"
     if done.returncode != 0:
-        sys.exit(f"{where}: the sample ends with {done.returncode}")
+        sys.exit(f"{where}: the sample exits with code {done.returncode}")
     actual = {"output": done.stdout.decode("utf-8").replace("\r\n", "\n")}
     if "log" in sample.expected:
         logs = list(folder.glob("*.log"))
@@ -135,7 +135,7 @@ def execute(sample: Sample, number: int, command: list, folder: Path) -> None:
     for kind, expected in sample.expected.items():
         if actual[kind] != expected:
             difference = difflib.unified_diff(expected.splitlines(), actual[kind].splitlines(), "page", "run", lineterm="")
-            sys.exit(f"{where}: another {kind} than the page says\n" + "\n".join(difference))
+            sys.exit(f"{where}: the {kind} differs from the page\n" + "\n".join(difference))
 
 
 def main() -> None:
