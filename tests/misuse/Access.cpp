@@ -1,4 +1,4 @@
-// Not a part of any program: the compiler has to refuse every line that says so, and no other.
+// Not part of any program. The compiler must reject every line with the comment "refused", and no other line.
 
 #include <cstdarg>
 

@@ -1,5 +1,5 @@
-// Not a part of any program: with VOREL_CHECK_FORMATS the compiler has to warn of every line that says so, and of no
-// other.
+// Not part of any program. With VOREL_CHECK_FORMATS the compiler must warn about every line with the comment "warns",
+// and about no other line.
 
 #include <vorel/vorelCore.h>
 

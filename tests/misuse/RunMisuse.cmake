@@ -1,6 +1,6 @@
-# Compiles the sources beside this file and compares the compiler's messages with the comments of their lines.
+# Compiles the sources in this folder and compares the compiler's messages with the comments in their lines.
 #
-#   COMPILER, FLAGS, INCLUDE: given by tests/CMakeLists.txt
+#   COMPILER, FLAGS, INCLUDE: set by tests/CMakeLists.txt
 
 separate_arguments(flags NATIVE_COMMAND "${FLAGS}")
 
@@ -12,8 +12,9 @@ macro(compile name)
         RESULT_VARIABLE result ERROR_VARIABLE messages)
 endmacro()
 
-# check(<source> <mark> <compiles> <text> <option>...): each line of `source` with the comment "// <mark>: X" has a message
-# that contains the regular expression `text`, in which X stands for the rest of the comment; no other line has a message.
+# check(<source> <mark> <compiles> <text> <option>...): each line of `source` with the comment "// <mark>: X" must have
+# a message that matches the regular expression `text`, in which X is replaced by the rest of the comment. Other lines
+# must have no message.
 function(check name mark compiles text)
     compile(${name} ${ARGN})
     if(compiles AND NOT result EQUAL 0)
@@ -28,10 +29,10 @@ function(check name mark compiles text)
             math(EXPR expected "${expected} + 1")
             string(REPLACE "X" "${CMAKE_MATCH_1}" wanted "${text}")
             if(NOT messages MATCHES "${name}:${number}:[^\n]*${wanted}")
-                message(SEND_ERROR "${name}, line ${number}: no ${CMAKE_MATCH_1}")
+                message(SEND_ERROR "${name}, line ${number}: missing message (${CMAKE_MATCH_1})")
             endif()
         elseif(messages MATCHES "${name}:${number}:[^\n]*(warning|error)")
-            message(SEND_ERROR "${name}, line ${number}: an unexpected message")
+            message(SEND_ERROR "${name}, line ${number}: unexpected message")
         endif()
     endforeach()
     if(expected EQUAL 0)
@@ -43,8 +44,8 @@ endfunction()
 check(Misuse.cpp "warns" TRUE "\\[X[^\n]*\\]" -DVOREL_CHECK_FORMATS -Wformat-security)
 check(Access.cpp "refused" FALSE "error: [^\n]* is X within this context")
 
-# Without VOREL_CHECK_FORMATS the formats of the runtime compile without a warning.
+# Without VOREL_CHECK_FORMATS, formats of the runtime must compile without a warning.
 compile(RuntimeFormats.cpp -Wformat=2 -Werror)
 if(NOT result EQUAL 0)
-    message(SEND_ERROR "formats of the runtime:\n${messages}")
+    message(SEND_ERROR "warnings about formats of the runtime:\n${messages}")
 endif()

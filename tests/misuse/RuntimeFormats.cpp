@@ -1,5 +1,5 @@
-// Not a part of any program: without VOREL_CHECK_FORMATS the compiler must not warn of narrow formats that are right by
-// the rules of the Windows runtime, whichever of them its own check does not know.
+// Not part of any program. Without VOREL_CHECK_FORMATS the compiler must not warn about narrow formats that are valid
+// for the Windows runtime, even if its own check does not know them.
 
 #include <cstddef>
 #include <cstdint>
