@@ -1,8 +1,8 @@
-"""Checks how much stack the diagnostic channels need.
+"""Checks the stack usage of the diagnostic channels.
 
-Compiles the sources that a line of the log passes through, reads the compiler's call graph with the size of each frame,
-and adds up the deepest chain of calls below each channel. What the runtime and the system need comes on top, and so does
-a call that throws: failures are reported outside of these sources.
+Compiles the sources that handle a line of the log, reads the compiler's call graph with the size of each frame, and
+adds up the deepest chain of calls of each channel. The stack of the runtime and the system is not included, nor that of
+calls that throw, because other sources report failures.
 
     check_stack.py <source folder> <work folder> <compiler> <flag>...
 """
@@ -29,7 +29,7 @@ SOURCES = [
     "platform/SystemClock.cpp",
 ]
 
-# In bytes: a thread with the smallest stack, 64 KB, may have used half of it.
+# In bytes. A thread with the smallest stack, 64 KB, may have used half of it before.
 LIMITS = {"wide": 20 * 1024, "narrow": 28 * 1024}
 
 CHANNELS = re.compile(r"_ZN5vorel9Exception\d+(warn|swigwarn|warnClass|debug|vDebug|debugClass|log|logClass)E(\w+)")
@@ -43,7 +43,7 @@ FRAME = re.compile(r"\\n(\d+) bytes \(([^)]*)\)")
 
 class CallGraph:
     def __init__(self):
-        self.frames = {}  # bytes, by the linker's name
+        self.frames = {}  # size in bytes, by linker name
         self.calls = {}
 
     def read(self, path):
@@ -52,13 +52,13 @@ class CallGraph:
                 title, label = node.groups()
                 if frame := FRAME.search(label):
                     if "dynamic" in frame[2]:
-                        sys.exit(f"{title}: the size of its frame is not known")
+                        sys.exit(f"{title}: the size of its frame is not constant")
                     self.frames[title] = int(frame[1]) + RETURN_ADDRESS
             elif edge := EDGE.match(line):
                 self.calls.setdefault(edge[1], set()).add(edge[2])
 
     def deepest(self, title, active=()):
-        """The bytes of the deepest chain of calls that begins with `title`, and its functions."""
+        """The deepest chain of calls that starts with `title`: its size in bytes, and its functions."""
         if title not in self.frames or title in active:
             return 0, []
         chains = [self.deepest(called, (*active, title)) for called in self.calls.get(title, ())]
@@ -80,7 +80,7 @@ def main():
         graph.read(target.with_suffix(".ci"))
     channels = list(filter(None, map(CHANNELS.fullmatch, sorted(graph.frames))))
     if len(channels) != NUMBER_OF_CHANNELS:
-        sys.exit(f"{len(channels)} channels found instead of {NUMBER_OF_CHANNELS}")
+        sys.exit(f"{len(channels)} channels found, expected {NUMBER_OF_CHANNELS}")
     failed = False
     for channel in channels:
         width = "wide" if "w" in channel[2] else "narrow"
