@@ -1,5 +1,5 @@
-// Only part of the debug build: mistakes that the language leaves open end the program there, so that no test passes
-// over them. Each of these is one, made in a process of its own.
+// Tests of the debug build, in which undefined behaviour ends the program. Each case has undefined behaviour of one
+// kind, in a separate process.
 
 #include <climits>
 #include <cstddef>
@@ -15,10 +15,10 @@
 
 namespace {
 
-constexpr int kTrap = static_cast<int>(EXCEPTION_ILLEGAL_INSTRUCTION);  // the guard of the stack ends in one as well
+constexpr int kTrap = static_cast<int>(EXCEPTION_ILLEGAL_INSTRUCTION);  // also raised by the stack protector
 constexpr int kAborted = 3;  // std::abort, from an assertion of the standard library
 
-// What the compiler cannot see through.
+// Volatile, so that the compiler cannot evaluate the errors.
 volatile int largest = INT_MAX;
 volatile int one = 1;
 volatile double huge = 1e300;
@@ -39,17 +39,17 @@ void convertTooLarge() {
     one = static_cast<int>(huge);
 }
 
-void readBeyondAnArray() {
+void readPastEndOfArray() {
     static const int kItems[4] = {1, 2, 3, 4};
     one = kItems[tooFar];
 }
 
-void readAnUnalignedInt() {
+void readUnalignedInt() {
     alignas(int) static const char kBytes[8] = {};
     one = *reinterpret_cast<const int*>(static_cast<const void*>(kBytes + one));
 }
 
-void readAWrongBool() {
+void readInvalidBool() {
     bool answer = false;
     const unsigned char byte = two;
     std::memcpy(&answer, &byte, sizeof byte);
@@ -63,16 +63,16 @@ void copyFromNull() {
     one = to[0] == 'x' ? 1 : 0;
 }
 
-void readBeyondAVector() {
+void readPastEndOfVector() {
     const std::vector<int> items(4);
     one = items[tooFar];
 }
 
-void writeBeyondTheStack() {
+void writePastEndOfLocalArray() {
     char text[8];
-    char* volatile place = text;
+    char* volatile target = text;
     for (std::size_t unit = 0; unit < thousand; ++unit) {
-        place[unit] = 'x';
+        target[unit] = 'x';
     }
 }
 
@@ -90,7 +90,7 @@ std::string nameOf(const testing::TestParamInfo<Mistake>& info) {
 
 class Traps : public testing::TestWithParam<Mistake> {};
 
-TEST_P(Traps, EndTheProgram) {
+TEST_P(Traps, EndProgramOnUndefinedBehaviour) {
     const Mistake& mistake = GetParam();
     EXPECT_EXIT(mistake.make(), testing::ExitedWithCode(mistake.exitCode), "");
 }
@@ -98,13 +98,13 @@ TEST_P(Traps, EndTheProgram) {
 INSTANTIATE_TEST_SUITE_P(Mistakes, Traps,
                          testing::Values(Mistake{"SignedOverflow", overflow, kTrap},
                                          Mistake{"ShiftTooFar", shiftTooFar, kTrap},
-                                         Mistake{"ConversionOfATooLargeNumber", convertTooLarge, kTrap},
-                                         Mistake{"IndexBeyondAnArray", readBeyondAnArray, kTrap},
-                                         Mistake{"UnalignedAccess", readAnUnalignedInt, kTrap},
-                                         Mistake{"BoolThatIsNeither", readAWrongBool, kTrap},
+                                         Mistake{"ConversionOfTooLargeNumber", convertTooLarge, kTrap},
+                                         Mistake{"IndexPastEndOfArray", readPastEndOfArray, kTrap},
+                                         Mistake{"UnalignedAccess", readUnalignedInt, kTrap},
+                                         Mistake{"InvalidBool", readInvalidBool, kTrap},
                                          Mistake{"CopyFromNull", copyFromNull, kTrap},
-                                         Mistake{"IndexBeyondAVector", readBeyondAVector, kAborted},
-                                         Mistake{"WriteBeyondTheStack", writeBeyondTheStack, kTrap}),
+                                         Mistake{"IndexPastEndOfVector", readPastEndOfVector, kAborted},
+                                         Mistake{"WritePastEndOfLocalArray", writePastEndOfLocalArray, kTrap}),
                          nameOf);
 
 }  // namespace
