@@ -1,5 +1,5 @@
-// Secured objects with a failing heap. Creating them allocates nothing. Reporting a failure allocates, and the report
-// is shorter if the allocation fails.
+// Secured objects with a failing heap. Only mappings of named files allocate while they are created. Reporting a
+// failure allocates, and the report is shorter if the allocation fails.
 
 #include <string>
 #include <type_traits>

@@ -51,14 +51,14 @@ def read_journal():
 
 
 def files_of(scope):
-    for place in scope:
-        path = ROOT / place
+    for entry in scope:
+        path = ROOT / entry
         if path.is_file():
-            yield place
+            yield entry
         elif path.is_dir():
             yield from (str(file.relative_to(ROOT)) for file in sorted(path.iterdir()) if file.suffix in (".h", ".cpp"))
         else:
-            sys.exit(f"no such source: {place}")
+            sys.exit(f"no such source: {entry}")
 
 
 def shares(sizes, count):
