@@ -246,7 +246,7 @@ void longSystemError(Attempt& attempt) {
             // cppcheck-suppress LocalAllocCalled; as the system does
             auto* const text = static_cast<wchar_t*>(LocalAlloc(LPTR, (source.size() + 1) * sizeof(wchar_t)));
             source.copy(text, source.size());
-            **reinterpret_cast<wchar_t**>(buffer) = text;
+            *reinterpret_cast<wchar_t**>(buffer) = text;
             return static_cast<DWORD>(source.size());
         });
     Exception e;
