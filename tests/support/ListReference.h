@@ -131,12 +131,12 @@ inline ListReading<bool> readBooleans(std::string_view text) {
 struct Ranges {
     std::vector<int> starts;
     std::vector<int> ends;
-    std::string invalid;
+    std::string refused;
 };
 
 inline Ranges readRanges(std::string_view text) {
     Ranges ranges;
-    while (!text.empty() && ranges.invalid.empty()) {
+    while (!text.empty() && ranges.refused.empty()) {
         const std::size_t comma = text.find(',');
         std::string_view item = text.substr(0, comma);
         text.remove_prefix(comma == std::string_view::npos ? text.size() : comma + 1);
@@ -149,9 +149,9 @@ inline Ranges readRanges(std::string_view text) {
             const auto read = readInteger(number, true, true);
             numbers.push_back(static_cast<int>(read.value));
             if (read.end != number.size()) {
-                ranges.invalid = item;
+                ranges.refused = item;
             }
-            return ranges.invalid.empty();
+            return ranges.refused.empty();
         };
         const std::size_t minus = item.find('-');
         if (minus == std::string_view::npos) {
