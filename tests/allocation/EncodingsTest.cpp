@@ -181,7 +181,7 @@ void urlOfWideText(Attempt& attempt) {
 
 /// The first lookup fills the map of names. If that fails, the next lookup fills it again.
 void fillNames(Attempt& attempt) {
-    vorel::detail::LibraryState* const state = vorel::detail::libraryState();
+    vorel::detail::CodePageState* const state = vorel::detail::codePageState.get();
     ASSERT_NE(state, nullptr);
     {
         const heap::Unwatched buckets;  // allocated once and kept

@@ -122,7 +122,7 @@ TEST_F(InvalidParameter, FirstLocationInstallsTheHandlerAndUnloadingRemovesIt) {
     EXPECT_EQ(test::runChild(L"handler_at_unload", {L"ours"}, {.directory = m_log.folder().widePath()}), 0u);
 }
 
-TEST_F(InvalidParameter, UnloadingLeavesAnothersHandler) {
+TEST_F(InvalidParameter, UnloadingKeepsTheHandlerOfTheProgram) {
     EXPECT_EQ(test::runChild(L"handler_at_unload", {L"own"}, {.directory = m_log.folder().widePath()}), 0u);
 }
 
