@@ -25,34 +25,34 @@ TEST(FilterTest, Choices) {
         bool matches;
     };
     const Case cases[] = {
-        {"none at all", {}, true},
-        {"the process", {.processes = {4312}}, true},
+        {"no choices", {}, true},
+        {"matching process", {.processes = {4312}}, true},
         {"another process", {.processes = {431}}, false},
         {"one of two processes", {.processes = {1, 4312}}, true},
-        {"the thread", {.threads = {9876}}, true},
-        {"the process's number as a thread", {.threads = {4312}}, false},
-        {"process and thread", {.processes = {4312}, .threads = {9876}}, true},
-        {"process, but another thread", {.processes = {4312}, .threads = {1}}, false},
-        {"the prefix", {.prefixes = {"WARN"}}, true},
-        {"the prefix in small letters", {.prefixes = {"warn"}}, true},
-        {"the start of the prefix", {.prefixes = {"WAR"}}, false},
-        {"more than the prefix", {.prefixes = {"WARN:"}}, false},
-        {"no prefix", {.prefixes = {""}}, false},
+        {"matching thread", {.threads = {9876}}, true},
+        {"the process id as a thread id", {.threads = {4312}}, false},
+        {"matching process and thread", {.processes = {4312}, .threads = {9876}}, true},
+        {"matching process, another thread", {.processes = {4312}, .threads = {1}}, false},
+        {"matching prefix", {.prefixes = {"WARN"}}, true},
+        {"prefix in lower case", {.prefixes = {"warn"}}, true},
+        {"start of the prefix", {.prefixes = {"WAR"}}, false},
+        {"prefix with colon", {.prefixes = {"WARN:"}}, false},
+        {"empty prefix", {.prefixes = {""}}, false},
         {"one of two prefixes", {.prefixes = {"DEBUG", "WARN"}}, true},
-        {"a text", {.texts = {"order 7"}}, true},
-        {"a text across prefix and message", {.texts = {"N: o"}}, true},
-        {"a text of the header", {.texts = {"host7"}}, false},
-        {"a text in other letters", {.texts = {"ORDER"}}, false},
-        {"a text in other letters, which do not matter", {.texts = {"ORDER"}, .ignoreCase = true}, true},
+        {"matching text", {.texts = {"order 7"}}, true},
+        {"text across prefix and message", {.texts = {"N: o"}}, true},
+        {"text in the header", {.texts = {"host7"}}, false},
+        {"text in another case", {.texts = {"ORDER"}}, false},
+        {"text in another case, case ignored", {.texts = {"ORDER"}, .ignoreCase = true}, true},
         {"another text", {.texts = {"order 8"}, .ignoreCase = true}, false},
         {"one of two texts", {.texts = {"order 8", "late"}}, true},
-        {"the empty text", {.texts = {""}}, true},
-        {"the empty text, in any letters", {.texts = {""}, .ignoreCase = true}, true},
-        {"from its time on", {.from = kTime}, true},
+        {"empty text", {.texts = {""}}, true},
+        {"empty text, case ignored", {.texts = {""}, .ignoreCase = true}, true},
+        {"from its time", {.from = kTime}, true},
         {"from a millisecond later", {.from = kTime + 1}, false},
-        {"up to its time", {.to = kTime}, false},
-        {"up to a millisecond later", {.to = kTime + 1}, true},
-        {"within", {.from = kTime - 5, .to = kTime + 5}, true},
+        {"to its time", {.to = kTime}, false},
+        {"to a millisecond later", {.to = kTime + 1}, true},
+        {"between two times", {.from = kTime - 5, .to = kTime + 5}, true},
         {"damaged only", {.damagedOnly = true}, false},
     };
     for (const Case& c : cases) {
@@ -60,21 +60,21 @@ TEST(FilterTest, Choices) {
     }
 }
 
-TEST(FilterTest, TheEmptyPrefixTakesMessagesWithoutOne) {
+TEST(FilterTest, EmptyPrefixMatchesMessagesWithoutPrefix) {
     EXPECT_TRUE(Filter({.prefixes = {""}}).matches(recordOf(header() + "text")));
 }
 
-TEST(FilterTest, ATruncatedMessageHasThePrefixOfAWholeOne) {
+TEST(FilterTest, TruncatedMessagesMatchTheirPrefix) {
     EXPECT_TRUE(Filter({.prefixes = {"vorel error"}}).matches(recordOf(header() + "Vorel Error Truncated: text")));
 }
 
-TEST(FilterTest, AllLinesOfAMessageAreSearched) {
+TEST(FilterTest, TextIsSearchedInAllLines) {
     const auto records = recordsOf({header() + "WARN: one", "two"});
     ASSERT_EQ(records.size(), 1u);
     EXPECT_TRUE(Filter({.texts = {"two"}}).matches(records.front()));
 }
 
-TEST(FilterTest, WithoutAHeaderOnlyTheTextCanBeLookedFor) {
+TEST(FilterTest, RecordsWithoutHeaderMatchOnlyByText) {
     const auto record = recordOf("WARN: garbage");
     for (const FilterChoices& choices :
          {FilterChoices{.processes = {0}}, FilterChoices{.threads = {0}}, FilterChoices{.prefixes = {"WARN"}},
@@ -89,7 +89,7 @@ TEST(FilterTest, WithoutAHeaderOnlyTheTextCanBeLookedFor) {
     }
 }
 
-TEST(FilterTest, ADamagedRecordHasTheHeaderThatIsLeft) {
+TEST(FilterTest, DamagedRecordsMatchByTheirHeader) {
     const auto records = recordsOf({header(1) + "WARN: ha" + header(2) + "WARN: b"});
     ASSERT_EQ(records.size(), 2u);
     const Filter filter({.threads = {1}, .damagedOnly = true});

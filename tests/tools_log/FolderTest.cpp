@@ -14,22 +14,22 @@ using test::header;
 using test::recordOf;
 using test::recordsOf;
 using ::testing::ElementsAre;
-using vorellog::Folder;
 using vorellog::Record;
 using vorellog::stepOf;
 using vorellog::Trail;
+using vorellog::TrailAssembler;
 using vorellog::TrailStep;
 
-TEST(FolderTest, StepsOfATrail) {
+TEST(TrailAssemblerTest, StepsOfATrail) {
     struct Case {
         std::string body;
         TrailStep step;
     };
     const Case cases[] = {
-        {"Vorel Error: line 7 is no number", TrailStep::Message},
-        {"Vorel Error Truncated: line 7 is no number", TrailStep::Message},
+        {"Vorel Error: line 7 is not a number", TrailStep::Message},
+        {"Vorel Error Truncated: line 7 is not a number", TrailStep::Message},
         {"Vorel Error: ", TrailStep::Message},
-        {"Vorel Error: Vorel exception caught by nobody", TrailStep::Message},
+        {"Vorel Error: Vorel exception caught by main", TrailStep::Message},
         {"Vorel Error: load: Vorel exception rethrown", TrailStep::Rethrown},
         {"Vorel Error: Parser::run: Vorel exception rethrown", TrailStep::Rethrown},
         {"Vorel Error: Parser::~Parser: Vorel exception rethrown", TrailStep::Rethrown},
@@ -50,7 +50,7 @@ TEST(FolderTest, StepsOfATrail) {
     EXPECT_EQ(stepOf(recordOf("Vorel Error: text")), TrailStep::None);
 }
 
-TEST(FolderTest, OfOneFormIsWhatDiffersInDigitsOnly) {
+TEST(TrailAssemblerTest, FormIgnoresDigits) {
     using vorellog::haveSameForm;
     EXPECT_TRUE(haveSameForm("", ""));
     EXPECT_TRUE(haveSameForm("row 7 of t", "row 1234 of t"));
@@ -61,10 +61,10 @@ TEST(FolderTest, OfOneFormIsWhatDiffersInDigitsOnly) {
     EXPECT_FALSE(haveSameForm("a1", "1a"));
 }
 
-/// What comes out for some lines: the bodies of a trail's records, and how it ended.
+/// The trails assembled from lines: the messages of the records, and the end of an exception trail.
 std::vector<std::string> fold(const std::vector<std::string>& lines) {
     std::vector<std::string> shown;
-    Folder folder([&](const Trail& trail) {
+    TrailAssembler assembler([&](const Trail& trail) {
         std::string text;
         for (const Record& record : trail.records) {
             text += (text.empty() ? "" : " > ") + std::string(record.parsedBody().message);
@@ -72,13 +72,13 @@ std::vector<std::string> fold(const std::vector<std::string>& lines) {
         shown.push_back(text + (trail.isException ? " " + std::string(nameOf(trail.end)) : ""));
     });
     for (const Record& record : recordsOf(lines)) {
-        folder.add(record);
+        assembler.add(record);
     }
-    folder.flush();
+    assembler.flush();
     return shown;
 }
 
-/// Lines of one thread: each a record of an exception.
+/// Exception records of one thread.
 std::vector<std::string> errors(const std::vector<std::string>& messages) {
     std::vector<std::string> lines;
     for (const std::string& message : messages) {
@@ -87,7 +87,7 @@ std::vector<std::string> errors(const std::vector<std::string>& messages) {
     return lines;
 }
 
-TEST(FolderTest, TrailsOfOneThread) {
+TEST(TrailAssemblerTest, TrailsOfOneThread) {
     const std::string passed = "f: Vorel exception rethrown";
     const std::string passedG = "g: Vorel exception rethrown";
     const std::string caught = "h: Vorel exception caught";
@@ -98,37 +98,35 @@ TEST(FolderTest, TrailsOfOneThread) {
         std::vector<std::string> trails;
     };
     const Case cases[] = {
-        {"a failure, where it passed, where it ended",
-         {"a", passed, caught},
-         {"a > " + passed + " > " + caught + " caught"}},
+        {"failure, rethrown, caught", {"a", passed, caught}, {"a > " + passed + " > " + caught + " caught"}},
         {"caught at once", {"a", caught}, {"a > " + caught + " caught"}},
-        {"one after the other", {"a", caught, "a", caught}, {"a > " + caught + " caught", "a > " + caught + " caught"}},
-        {"a message that was added",
+        {"two trails", {"a", caught, "a", caught}, {"a > " + caught + " caught", "a > " + caught + " caught"}},
+        {"message added later",
          {"a", passed, "b", passedG, caught},
          {"a > " + passed + " > b > " + passedG + " > " + caught + " caught"}},
-        {"caught without a record, of one form",
+        {"caught without a record, messages of the same form",
          {"row 7", "row 8", "row 9", caught},
          {"row 7 open", "row 8 open", "row 9 > " + caught + " caught"}},
-        {"caught without a record, and then the same place again",
+        {"caught without a record, then the same function again",
          {"a", passed, "b", passed, caught},
          {"a > " + passed + " open", "b > " + passed + " > " + caught + " caught"}},
-        {"the same place twice in a recursion",
+        {"the same function twice, by recursion",
          {"a", passed, passed, caught},
          {"a > " + passed + " > " + passed + " > " + caught + " caught"}},
-        {"a severe error that becomes an exception",
+        {"severe error converted to an exception",
          {"a", passed, "f: Severe error thrown", caught},
          {"a > " + passed + " open", "f: Severe error thrown > " + caught + " caught"}},
-        {"a failed check",
+        {"failed check",
          {"a", "f: TestAndThrow test failed", caught},
          {"a open", "f: TestAndThrow test failed > " + caught + " caught"}},
-        {"a severe error that is caught is an entry of its own",
+        {"caught severe error is a separate entry",
          {"a", "f: Severe error caught", passed},
          {"a > " + passed + " open", "f: Severe error caught caught"}},
-        {"one ended by a destructor on the way of another",
+        {"exception suppressed by a destructor during the trail of another",
          {"a", passed, "b", suppressed, passedG, caught},
          {"a > " + passed + " > b > " + suppressed + " > " + passedG + " > " + caught + " caught"}},
-        {"ended by a destructor", {"a", suppressed}, {"a > " + suppressed + " suppressed"}},
-        {"a severe error in a destructor",
+        {"suppressed by a destructor", {"a", suppressed}, {"a > " + suppressed + " suppressed"}},
+        {"severe error in a destructor",
          {"A::~A: Severe error suppressed"},
          {"A::~A: Severe error suppressed suppressed"}},
         {"the start is not in the log", {passed, caught}, {passed + " > " + caught + " caught"}},
@@ -139,7 +137,7 @@ TEST(FolderTest, TrailsOfOneThread) {
     }
 }
 
-TEST(FolderTest, WritersDoNotMix) {
+TEST(TrailAssemblerTest, WritersDoNotMix) {
     const std::vector<std::string> lines = {
         header(1, 1) + "Vorel Error: a",
         header(2, 1) + "Vorel Error: b",
@@ -156,7 +154,7 @@ TEST(FolderTest, WritersDoNotMix) {
                             "c > f: Vorel exception caught caught", "d > f: Vorel exception caught caught", "w"));
 }
 
-TEST(FolderTest, WhatIsSplitOffHasTheTurnOfItsFirstRecord) {
+TEST(TrailAssemblerTest, SplitTrailIsOrderedByItsFirstRecord) {
     const std::vector<std::string> lines = {
         header(1) + "Vorel Error: a", header(1) + "Vorel Error: f: Vorel exception rethrown",
         header(2) + "WARN: before",   header(1) + "Vorel Error: b",
@@ -165,13 +163,13 @@ TEST(FolderTest, WhatIsSplitOffHasTheTurnOfItsFirstRecord) {
                                          "b > f: Vorel exception rethrown open", "after"));
 }
 
-TEST(FolderTest, SystemTextsBelongToTheFailure) {
+TEST(TrailAssemblerTest, SystemTextsBelongToTheFailure) {
     EXPECT_THAT(fold({header() + "Vorel Error: a", header() + "AddHRESULTErrorToStack: HRESULT: 80070005 - No.",
                       header() + "AddHRESULTErrorToStack: ", header() + "Vorel Error: f: Vorel exception caught"}),
                 ElementsAre("a > HRESULT: 80070005 - No. >  > f: Vorel exception caught caught"));
 }
 
-TEST(FolderTest, AfterSilenceNothingBelongsToATrail) {
+TEST(TrailAssemblerTest, TrailEndsAfterTheGap) {
     const auto at = [](const char* clock, const char* message) {
         return header(1, 1, clock) + "Vorel Error: " + message;
     };
@@ -179,13 +177,13 @@ TEST(FolderTest, AfterSilenceNothingBelongsToATrail) {
                 ElementsAre("a > b open", "c open"));
 }
 
-TEST(FolderTest, ATrailEndsWhereItsThreadWasEnded) {
+TEST(TrailAssemblerTest, CutRecordEndsItsTrail) {
     EXPECT_THAT(fold({header(1) + "Vorel Error: a", header(1) + "Vorel Error: half" + header(2) + "WARN: w",
                       header(1) + "Vorel Error: f: Vorel exception rethrown"}),
                 ElementsAre("a > half open", "w", "f: Vorel exception rethrown open"));
 }
 
-TEST(FolderTest, AHeaderInTheMiddleOfALineJoinsNoTrail) {
+TEST(TrailAssemblerTest, MidLineRecordsDoNotAffectTrails) {
     const std::string passed = "f: Vorel exception rethrown";
     const std::string caught = "g: Vorel exception caught";
     struct Case {
@@ -194,17 +192,17 @@ TEST(FolderTest, AHeaderInTheMiddleOfALineJoinsNoTrail) {
         std::vector<std::string> trails;
     };
     const Case cases[] = {
-        {"a forged end of another thread's trail",
+        {"forged end of the trail of another thread",
          {header(1) + "Vorel Error: a", header(2) + "WARN: x" + header(1) + "Vorel Error: " + caught,
           header(1) + "Vorel Error: " + passed},
          {"a > " + passed + " open", "x", caught}},
-        {"a forged start of a trail",
+        {"forged start of a trail",
          {header(2) + "WARN: x" + header(1) + "Vorel Error: forged", header(1) + "Vorel Error: " + passed},
          {"x", "forged", passed + " open"}},
-        {"a forged severe error",
+        {"forged severe error",
          {header(2) + "WARN: x" + header(1) + "Vorel Error: f: Severe error caught"},
          {"x", "f: Severe error caught"}},
-        {"a forged time does not end a trail",
+        {"forged time does not end a trail",
          {header(1, 1) + "Vorel Error: a", header(2) + "WARN: x" + header(1, 1, "23:00:00") + "WARN: y",
           header(1, 1) + "Vorel Error: " + passed},
          {"a > " + passed + " open", "x", "y"}},
@@ -214,46 +212,47 @@ TEST(FolderTest, AHeaderInTheMiddleOfALineJoinsNoTrail) {
     }
 }
 
-TEST(FolderTest, AnOpenTrailHoldsOthersBackForAWhileOnly) {
+TEST(TrailAssemblerTest, OpenTrailDelaysOthersUntilTheGap) {
     std::vector<std::string> shown;
-    Folder folder([&](const Trail& trail) { shown.emplace_back(trail.records.front().parsedBody().message); });
-    folder.add(recordOf(header(1, 1, "01:00:00") + "Vorel Error: a"));
-    folder.add(recordOf(header(2, 1, "01:00:05") + "WARN: b"));
+    TrailAssembler assembler(
+        [&](const Trail& trail) { shown.emplace_back(trail.records.front().parsedBody().message); });
+    assembler.add(recordOf(header(1, 1, "01:00:00") + "Vorel Error: a"));
+    assembler.add(recordOf(header(2, 1, "01:00:05") + "WARN: b"));
     EXPECT_TRUE(shown.empty());
-    folder.add(recordOf(header(2, 1, "01:00:06") + "WARN: c"));
+    assembler.add(recordOf(header(2, 1, "01:00:06") + "WARN: c"));
     EXPECT_THAT(shown, ElementsAre("a", "b", "c"));
 }
 
-TEST(FolderTest, WhatWaitsIsBounded) {
+TEST(TrailAssemblerTest, WaitingRecordsAreBounded) {
     std::size_t shown = 0;
-    Folder folder([&](const Trail& trail) { shown += trail.records.size(); });
+    TrailAssembler assembler([&](const Trail& trail) { shown += trail.records.size(); });
     std::size_t added = 0;
     const auto add = [&](const std::string& line) {
-        folder.add(recordOf(line));
+        assembler.add(recordOf(line));
         ++added;
     };
     add(header(1) + "Vorel Error: a");
-    while (added != 3 * Folder::kMostWaiting) {
+    while (added != 3 * TrailAssembler::kMaxWaitingRecords) {
         add(header(2) + "WARN: b");
-        ASSERT_LE(added - shown, Folder::kMostWaiting);
+        ASSERT_LE(added - shown, TrailAssembler::kMaxWaitingRecords);
     }
-    const std::string large(Folder::kMostBytesWaiting / 8, 'x');
+    const std::string large(TrailAssembler::kMaxWaitingBytes / 8, 'x');
     for (std::size_t count = 0; count != 12; ++count) {
         add(header(3) + "Vorel Error: " + large + std::string(count, 'y'));
         ASSERT_LE(added - shown, 8u);
     }
-    folder.flush();
+    assembler.flush();
     EXPECT_EQ(shown, added);
 }
 
-TEST(FolderTest, ATrailIsBounded) {
+TEST(TrailAssemblerTest, TrailLengthIsBounded) {
     std::vector<std::size_t> sizes;
-    Folder folder([&](const Trail& trail) { sizes.push_back(trail.records.size()); });
-    for (std::size_t count = 0; count != 2 * Folder::kMostRecords + 1; ++count) {
-        folder.add(recordOf(header() + "Vorel Error: f: Vorel exception rethrown"));
+    TrailAssembler assembler([&](const Trail& trail) { sizes.push_back(trail.records.size()); });
+    for (std::size_t count = 0; count != 2 * TrailAssembler::kMaxRecords + 1; ++count) {
+        assembler.add(recordOf(header() + "Vorel Error: f: Vorel exception rethrown"));
     }
-    folder.flush();
-    EXPECT_THAT(sizes, ElementsAre(Folder::kMostRecords, Folder::kMostRecords, 1u));
+    assembler.flush();
+    EXPECT_THAT(sizes, ElementsAre(TrailAssembler::kMaxRecords, TrailAssembler::kMaxRecords, 1u));
 }
 
 }  // namespace

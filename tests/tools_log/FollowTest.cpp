@@ -1,5 +1,5 @@
 /// \file
-/// vorellog --follow: what is written while it runs, over the ends of the file that it reads.
+/// vorellog --follow: shows lines written while it runs, across rotations and deletions of the log.
 
 #include <memory>
 #include <mutex>
@@ -24,14 +24,14 @@ namespace {
 using ::testing::HasSubstr;
 using vorel::Exception;
 
-/// A viewer that follows a log, and the lines that it has shown so far.
+/// A viewer process that follows a log, and the lines that it has shown so far.
 class FollowingViewer {
 public:
     explicit FollowingViewer(const std::string& logPath, std::vector<std::wstring> arguments = {}) {
         HANDLE readEnd = nullptr;
         HANDLE writeEnd = nullptr;
         if (!CreatePipe(&readEnd, &writeEnd, nullptr, 0)) {
-            throw std::runtime_error("no pipe to be had");
+            throw std::runtime_error("cannot create a pipe");
         }
         m_pipe = test::Handle(readEnd);
         test::Handle output(writeEnd);
@@ -52,7 +52,7 @@ public:
     FollowingViewer(const FollowingViewer&) = delete;
     FollowingViewer& operator=(const FollowingViewer&) = delete;
 
-    /// Waits until `count` lines are there; false when they do not come in time.
+    /// Waits until `count` lines are shown; false on timeout.
     [[nodiscard]] bool waitForLines(std::size_t count) {
         while (lines().size() < count) {
             if (!m_news.wait()) {
@@ -68,7 +68,7 @@ public:
         return test::linesOf(std::string_view(m_text).substr(0, m_text.rfind('\n') + 1));
     }
 
-    /// Waits for the end of the viewer.
+    /// Waits until the viewer ends.
     [[nodiscard]] std::optional<DWORD> exitCode() const {
         (void)m_child->wait();
         return m_child->exitCode();
@@ -100,15 +100,15 @@ void expectNumbers(const std::vector<std::string>& lines, int first, int last) {
     }
 }
 
-/// Writes lines with the numbers from `first` to `last`.
+/// Writes lines numbered from `first` to `last`.
 void writeLines(int first, int last) {
     for (int number = first; number <= last; ++number) {
         Exception::warn("line %d", number);
     }
 }
 
-/// Deletes the log and waits until its name is free: a deleted file that somebody has open at this moment may keep its
-/// name until it is closed, and the library drops the lines that it cannot write.
+/// Deletes the log and waits until its name is free: a deleted file that is still open may keep its name until it is
+/// closed, and the library drops lines that it cannot write.
 [[nodiscard]] bool removeForGood(test::TemporaryLog& log) {
     log.remove();
     const ULONGLONG start = GetTickCount64();
@@ -122,7 +122,7 @@ void writeLines(int first, int last) {
     return true;
 }
 
-TEST(FollowTest, ALogThatIsNotThereYetIsAwaited) {
+TEST(FollowTest, WaitsForAMissingLog) {
     const test::TemporaryLog log(-1);
     FollowingViewer viewer(log.path());
     writeLines(1, 3);
@@ -132,10 +132,10 @@ TEST(FollowTest, ALogThatIsNotThereYetIsAwaited) {
     expectNumbers(viewer.lines(), 1, 4);
 }
 
-TEST(FollowTest, ManyRotationsLoseAndDoubleNothing) {
+TEST(FollowTest, RotationsNeitherLoseNorRepeatLines) {
     const test::TemporaryLog log(2000);
     FollowingViewer viewer(log.path());
-    // About 30 lines fill a log; all that was written is shown before the next rotation can delete it.
+    // A log holds about 30 lines. Every line is shown before the next rotation can delete it.
     constexpr int kStep = 20;
     int last = 0;
     for (int step = 0; step != 8; ++step) {
@@ -147,8 +147,8 @@ TEST(FollowTest, ManyRotationsLoseAndDoubleNothing) {
     expectNumbers(viewer.lines(), 1, last);
 }
 
-TEST(FollowTest, ARotationBySeveralProcessesLosesNothing) {
-    // All they write is less than two logs, so there is one rotation at most.
+TEST(FollowTest, RotationBySeveralProcessesLosesNothing) {
+    // The writers fill less than two logs, so there is at most one rotation.
     constexpr long long kLimit = 200000;
     const test::TemporaryLog log(-1);
     FollowingViewer viewer(log.path());
@@ -162,7 +162,7 @@ TEST(FollowTest, ARotationBySeveralProcessesLosesNothing) {
     EXPECT_LT(log.size(), kLimit);
 }
 
-TEST(FollowTest, ADeletedLogIsFollowedWhereItIsMadeAnew) {
+TEST(FollowTest, FollowsALogCreatedAgainAfterDeletion) {
     test::TemporaryLog log(-1);
     FollowingViewer viewer(log.path());
     writeLines(1, 10);
@@ -176,7 +176,7 @@ TEST(FollowTest, ADeletedLogIsFollowedWhereItIsMadeAnew) {
     expectNumbers(viewer.lines(), 1, 40);
 }
 
-TEST(FollowTest, WhatAKilledWriterLeavesIsShownWithTheNextLine) {
+TEST(FollowTest, LineOfAKilledWriterIsShownWithTheNextOne) {
     const test::TemporaryLog log(-1);
     const test::NamedEvent held(test::NamedEvent::uniqueName(L"held"));
     const test::NamedEvent release(test::NamedEvent::uniqueName(L"release"));
@@ -195,16 +195,16 @@ TEST(FollowTest, WhatAKilledWriterLeavesIsShownWithTheNextLine) {
     EXPECT_THAT(viewer.lines()[2], HasSubstr("WARN: line 2"));
 }
 
-TEST(FollowTest, TrailsAreFoldedAsTheyEnd) {
+TEST(FollowTest, CaughtTrailIsShownAtOnce) {
     const test::TemporaryLog log(-1);
     FollowingViewer viewer(log.path(), {L"--fold"});
-    Exception failure(L"no number");
+    Exception failure(L"not a number");
     failure.catchClass(L"Parser", L"run");
     ASSERT_TRUE(viewer.waitForLines(2));
     EXPECT_EQ(viewer.lines()[1], "    > Parser::run: Vorel exception caught");
 }
 
-TEST(FollowTest, ItEndsWithAsManyEntriesAsAreWanted) {
+TEST(FollowTest, EndsAtMaxCount) {
     const test::TemporaryLog log(-1);
     FollowingViewer viewer(log.path(), {L"--max-count", L"3", L"--text", L"line"});
     Exception::warn("something else");

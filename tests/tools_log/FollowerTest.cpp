@@ -1,5 +1,5 @@
 /// \file
-/// The Follower over files in memory, which change whenever a test wants it: also between two of its steps.
+/// The Follower on files in memory, which tests can change at any time, even between two of its steps.
 
 #include "vorellog/Follower.h"
 
@@ -25,7 +25,7 @@ using vorellog::LogSink;
 struct MemoryFile {
     unsigned long long index = 0;
     std::string bytes;
-    std::size_t read = 0;  ///< how far anybody has read it
+    std::size_t read = 0;  ///< the end of the bytes read so far
 };
 using MemoryFilePointer = std::shared_ptr<MemoryFile>;
 
@@ -53,7 +53,7 @@ public:
 
     void rotate() { backup = std::exchange(log, nullptr); }
 
-    /// From now on a new file gets the id of the file that was deleted last, as some file systems do it.
+    /// The next new file gets the id of the last file, as on some file systems.
     void reuseId() { --m_lastIndex; }
 
 private:
@@ -83,7 +83,7 @@ private:
     unsigned long long m_lastIndex = 0;
 };
 
-/// What a Follower delivers: "|" marks the end of a file, "?" a gap.
+/// The output of a Follower: "|" marks the end of a file, "?" a gap.
 class Text : public LogSink {
 public:
     std::string text;
@@ -98,7 +98,7 @@ protected:
     Text sink;
     Follower follower{files, sink};
 
-    /// What comes until there is no more.
+    /// Reads until nothing is left and returns the output.
     std::string readAll() {
         sink.text.clear();
         while (follower.poll() == Follower::Progress::More) {}
@@ -107,7 +107,7 @@ protected:
     }
 };
 
-TEST_F(FollowerTest, NothingIsThere) {
+TEST_F(FollowerTest, MissingLogIsReadWhenItAppears) {
     EXPECT_EQ(readAll(), "");
     EXPECT_FALSE(follower.hasFound());
     files.append("a\n");
@@ -115,7 +115,7 @@ TEST_F(FollowerTest, NothingIsThere) {
     EXPECT_TRUE(follower.hasFound());
 }
 
-TEST_F(FollowerTest, TheBackupComesBeforeTheLog) {
+TEST_F(FollowerTest, BackupIsReadBeforeTheLog) {
     files.append("a\n");
     files.rotate();
     files.append("b\n");
@@ -123,7 +123,7 @@ TEST_F(FollowerTest, TheBackupComesBeforeTheLog) {
     EXPECT_EQ(readAll(), "");
 }
 
-TEST_F(FollowerTest, ABackupAloneIsReadToo) {
+TEST_F(FollowerTest, BackupIsReadWithoutALog) {
     files.append("a\n");
     files.rotate();
     EXPECT_EQ(readAll(), "a\n");
@@ -132,7 +132,7 @@ TEST_F(FollowerTest, ABackupAloneIsReadToo) {
     EXPECT_EQ(readAll(), "|b\n");
 }
 
-TEST_F(FollowerTest, WhatIsAddedComesOnce) {
+TEST_F(FollowerTest, AppendedBytesAreReadOnce) {
     files.append("a\n");
     EXPECT_EQ(readAll(), "a\n");
     files.append("b");
@@ -141,7 +141,7 @@ TEST_F(FollowerTest, WhatIsAddedComesOnce) {
     EXPECT_EQ(readAll(), "c\n");
 }
 
-TEST_F(FollowerTest, TheRestOfALogThatWasMovedComesFirst) {
+TEST_F(FollowerTest, RestOfARotatedLogIsReadFirst) {
     files.append("a\n");
     EXPECT_EQ(readAll(), "a\n");
     files.append("b\n");
@@ -155,7 +155,7 @@ TEST_F(FollowerTest, TheRestOfALogThatWasMovedComesFirst) {
     EXPECT_EQ(readAll(), "|e\n");
 }
 
-TEST_F(FollowerTest, ALineThatReachesTheBackupLateIsNotLost) {
+TEST_F(FollowerTest, LateLinesInTheBackupAreRead) {
     files.append("a\n");
     EXPECT_EQ(readAll(), "a\n");
     files.rotate();
@@ -173,7 +173,7 @@ TEST_F(FollowerTest, ALineThatReachesTheBackupLateIsNotLost) {
     EXPECT_EQ(readAll(), "later\n|");
 }
 
-TEST_F(FollowerTest, ALogThatIsDeletedAndMadeAnew) {
+TEST_F(FollowerTest, LogIsDeletedAndCreatedAgain) {
     files.append("a\n");
     EXPECT_EQ(readAll(), "a\n");
     files.log = nullptr;
@@ -183,7 +183,7 @@ TEST_F(FollowerTest, ALogThatIsDeletedAndMadeAnew) {
     EXPECT_EQ(readAll(), "b\n");
 }
 
-TEST_F(FollowerTest, ADeletedLogDoesNotBringItsBackupAgain) {
+TEST_F(FollowerTest, BackupIsNotReadAgainAfterDeletion) {
     files.append("a\n");
     files.rotate();
     files.append("b\n");
@@ -194,7 +194,7 @@ TEST_F(FollowerTest, ADeletedLogDoesNotBringItsBackupAgain) {
     EXPECT_EQ(readAll(), "c\n");
 }
 
-TEST_F(FollowerTest, ANewLogWithTheIdOfTheDeletedOneIsReadFromItsStart) {
+TEST_F(FollowerTest, NewLogWithAReusedIdIsReadFromItsStart) {
     files.append("a1\n");
     EXPECT_EQ(readAll(), "a1\n");
     files.log = nullptr;
@@ -203,14 +203,14 @@ TEST_F(FollowerTest, ANewLogWithTheIdOfTheDeletedOneIsReadFromItsStart) {
     EXPECT_EQ(readAll(), "|?b1\nb2\n");
 }
 
-TEST_F(FollowerTest, ALogThatIsEmptiedIsReadFromItsStart) {
+TEST_F(FollowerTest, EmptiedLogIsReadFromItsStart) {
     files.append("a1\na2\n");
     EXPECT_EQ(readAll(), "a1\na2\n");
     files.log->bytes = "b\n";
     EXPECT_EQ(readAll(), "|?b\n");
 }
 
-TEST_F(FollowerTest, TwoRotationsBetweenTwoPollsAreAGap) {
+TEST_F(FollowerTest, TwoRotationsBetweenPollsAreAGap) {
     files.append("a\n");
     EXPECT_EQ(readAll(), "a\n");
     files.append("lost\n");
@@ -221,8 +221,8 @@ TEST_F(FollowerTest, TwoRotationsBetweenTwoPollsAreAGap) {
     EXPECT_EQ(readAll(), "|?b\n|c\n");
 }
 
-TEST(FollowerStepsTest, ARotationAtAnyStepLosesAndDoublesNothing) {
-    constexpr unsigned int kSteps = 40;  // more than it takes to read everything
+TEST(FollowerStepsTest, RotationAtAnyStepNeitherLosesNorRepeatsLines) {
+    constexpr unsigned int kSteps = 40;  // more steps than reading everything takes
     for (const bool hasBackup : {false, true}) {
         for (unsigned int rotateAt = 0; rotateAt != kSteps; ++rotateAt) {
             SCOPED_TRACE(rotateAt);
@@ -252,7 +252,7 @@ TEST(FollowerStepsTest, ARotationAtAnyStepLosesAndDoublesNothing) {
     }
 }
 
-TEST_F(FollowerTest, BlocksEndAnywhere) {
+TEST_F(FollowerTest, LongFilesAreReadInBlocks) {
     std::string bytes;
     for (int number = 0; bytes.size() < 3'500'000; ++number) {
         bytes += std::to_string(number) + '\n';
@@ -264,7 +264,7 @@ TEST_F(FollowerTest, BlocksEndAnywhere) {
     EXPECT_EQ(readAll(), "|" + bytes);
 }
 
-TEST_F(FollowerTest, TheLogIsClosedBeforeItsBytesAreTaken) {
+TEST_F(FollowerTest, LogIsClosedBeforeBytesAreDelivered) {
     class Watching : public LogSink {
     public:
         explicit Watching(const MemoryFiles& files) : m_files(files) {}
@@ -281,7 +281,7 @@ TEST_F(FollowerTest, TheLogIsClosedBeforeItsBytesAreTaken) {
     while (watched.poll() == Follower::Progress::More) {}
 }
 
-TEST_F(FollowerTest, ABusyFileIsAskedAgain) {
+TEST_F(FollowerTest, BusyFileIsReadLater) {
     files.append("a\n");
     files.rotate();
     files.append("b\n");
@@ -309,7 +309,7 @@ TEST_F(FollowerTest, ABusyFileIsAskedAgain) {
     EXPECT_EQ(files.openFiles, 0u);
 }
 
-TEST_F(FollowerTest, ALogThatIsMovedAllTheTimeIsBusy) {
+TEST_F(FollowerTest, LogThatKeepsBeingRotatedIsBusy) {
     files.append("a\n");
     files.before = [&] {
         files.rotate();
@@ -318,13 +318,13 @@ TEST_F(FollowerTest, ALogThatIsMovedAllTheTimeIsBusy) {
     EXPECT_THROW((void)follower.poll(), FileBusy);
 }
 
-TEST_F(FollowerTest, AFileThatCannotBeOpenedIsAFailure) {
+TEST_F(FollowerTest, OpenFailureIsReported) {
     files.before = [] { throw tools::Failure(L"no"); };
     EXPECT_THROW((void)follower.poll(), tools::Failure);
 }
 
-/// Writers that do something before any step of the reader: whole lines, lines in two parts, rotations, late lines.
-/// They rotate only when the backup has been read: what is deleted unread nobody can bring back.
+/// Writers that act before each step of the reader: whole lines, lines in two parts, rotations, late lines. They rotate
+/// only after the backup has been read, because lines deleted unread are lost.
 class Writers {
 public:
     Writers(MemoryFiles& files, unsigned int seed) : m_files(files), m_random(seed) {}
@@ -337,7 +337,7 @@ public:
                 m_files.append(line());
             }
             break;
-        case 2:  // a line in two parts; as long as it is not whole, its writer keeps everybody out
+        case 2:  // a line in two parts; until it is complete, its writer locks out all others
             if (m_rest.empty()) {
                 m_rest = line();
                 const std::size_t half = m_random() % m_rest.size();
@@ -365,7 +365,7 @@ public:
         }
     }
 
-    /// The same while nobody reads, who could find a file locked.
+    /// Acts outside of a read step, where FileBusy has no meaning.
     void actBeforeReading() {
         try {
             act();
@@ -396,7 +396,7 @@ private:
     unsigned int m_lines = 0;
 };
 
-TEST(FollowerRandomTest, NoLineIsLostOrDoubledWhateverHappensBetweenTheSteps) {
+TEST(FollowerRandomTest, NoLineIsLostOrRepeated) {
     for (unsigned int seed = 1; seed != 300; ++seed) {
         SCOPED_TRACE(seed);
         MemoryFiles files;
@@ -425,7 +425,7 @@ TEST(FollowerRandomTest, NoLineIsLostOrDoubledWhateverHappensBetweenTheSteps) {
         std::map<std::string, unsigned int> times;
         std::string text = sink.text;
         std::erase(text, '|');
-        std::erase(text, '?');  // what was read to its end may be gone, too
+        std::erase(text, '?');  // a file that was read to its end may vanish, too
         for (std::size_t at = 0; at < text.size();) {
             const std::size_t end = text.find('\n', at);
             ASSERT_NE(end, std::string::npos);

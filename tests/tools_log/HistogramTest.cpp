@@ -12,11 +12,11 @@ using vorellog::LocalMs;
 
 constexpr LocalMs kSecond = 1000;
 
-TEST(HistogramTest, NothingHasNoSteps) {
+TEST(HistogramTest, EmptyHistogramHasNoSteps) {
     EXPECT_TRUE(Histogram().steps().empty());
 }
 
-TEST(HistogramTest, AFewSecondsAreStepsOfASecond) {
+TEST(HistogramTest, ShortSpanHasStepsOfOneSecond) {
     Histogram histogram;
     for (const LocalMs time : {5000, 5999, 7000}) {
         histogram.add(time);
@@ -31,7 +31,7 @@ TEST(HistogramTest, AFewSecondsAreStepsOfASecond) {
     EXPECT_EQ(steps[2].records, 1u);
 }
 
-TEST(HistogramTest, StepsAreJoinedWhenTheyBecomeTooMany) {
+TEST(HistogramTest, TooManyStepsAreMerged) {
     struct Case {
         LocalMs lastSecond;
         LocalMs stepSeconds;
@@ -51,13 +51,13 @@ TEST(HistogramTest, StepsAreJoinedWhenTheyBecomeTooMany) {
         histogram.add(0);
         histogram.add(c.lastSecond * kSecond);
         EXPECT_EQ(histogram.stepMs(), c.stepSeconds * kSecond) << c.lastSecond;
-        EXPECT_LE(histogram.steps().size(), Histogram::kMostSteps);
+        EXPECT_LE(histogram.steps().size(), Histogram::kMaxSteps);
         EXPECT_EQ(histogram.steps().front().records, 1u);
         EXPECT_EQ(histogram.steps().back().records, 1u);
     }
 }
 
-TEST(HistogramTest, TheOrderOfTheRecordsDoesNotMatterAndNoneIsLost) {
+TEST(HistogramTest, CountsAreIndependentOfRecordOrder) {
     std::mt19937_64 random(20261116);
     for (int round = 0; round != 200; ++round) {
         const LocalMs span = LocalMs{1000} << random() % 32;
@@ -74,7 +74,7 @@ TEST(HistogramTest, TheOrderOfTheRecordsDoesNotMatterAndNoneIsLost) {
         const auto steps = forward.steps();
         const auto others = backward.steps();
         ASSERT_EQ(steps.size(), others.size());
-        ASSERT_LE(steps.size(), Histogram::kMostSteps);
+        ASSERT_LE(steps.size(), Histogram::kMaxSteps);
         for (std::size_t index = 0; index != steps.size(); ++index) {
             ASSERT_EQ(steps[index].from, others[index].from);
             ASSERT_EQ(steps[index].records, others[index].records);
@@ -87,11 +87,11 @@ TEST(HistogramTest, TheOrderOfTheRecordsDoesNotMatterAndNoneIsLost) {
     }
 }
 
-TEST(HistogramTest, AllTheYearsOfALogFit) {
+TEST(HistogramTest, AllYearsFit) {
     Histogram histogram;
     histogram.add(*vorellog::parseLogTime("Mon Jan 01 00:00:00 0001"));
     histogram.add(*vorellog::parseLogTime("Fri Dec 31 23:59:59 9999"));
-    EXPECT_LE(histogram.steps().size(), Histogram::kMostSteps);
+    EXPECT_LE(histogram.steps().size(), Histogram::kMaxSteps);
 }
 
 }  // namespace

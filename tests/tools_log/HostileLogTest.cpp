@@ -1,6 +1,6 @@
 /// \file
-/// Random logs with damage, forged headers and control characters, through the whole viewer: whatever a log holds, the
-/// output has nothing that a terminal interprets, and no forged record is a sound one.
+/// Random logs with damage, forged headers and control characters. For any log, the output of the viewer contains
+/// nothing that a terminal interprets, and a forged record is always marked as damaged.
 
 #include <algorithm>
 #include <random>
@@ -24,7 +24,7 @@ constexpr unsigned int kSeed = 20261116;
 constexpr int kLogs = 3000;
 
 // NOLINTBEGIN(misc-misleading-bidirectional): these characters are what is tested
-/// Pieces that matter to a reader or to a terminal.
+/// Pieces with a meaning for the parser or for a terminal.
 const std::vector<std::string>& pieces() {
     static const std::vector<std::string> all = {"\n",
                                                  "\r\n",
@@ -89,7 +89,7 @@ std::string randomLog(std::mt19937& random) {
     return log;
 }
 
-/// What the viewer writes for a log that comes in blocks of any size.
+/// The output of the viewer for a log that it receives in blocks of random size.
 std::string shown(const Settings& settings, std::string_view log, std::mt19937& random) {
     std::string out;
     vorellog::Viewer viewer(settings, false, [&out](std::string_view text) { out += text; });
@@ -98,14 +98,14 @@ std::string shown(const Settings& settings, std::string_view log, std::mt19937& 
         viewer.bytes(log.substr(0, size));
         log.remove_prefix(size);
         if (random() % 4 == 0) {
-            viewer.showWhatIsRead(static_cast<vorellog::LocalMs>(random() % 10000));
+            viewer.showPending(static_cast<vorellog::LocalMs>(random() % 10000));
         }
     }
     viewer.finish();
     return out;
 }
 
-/// The code point at `at`, which is moved to the next one; 0 where the text is not UTF-8.
+/// The code point at `at`; 0 for invalid UTF-8. Moves `at` to the next code point.
 unsigned int codePointAt(std::string_view text, std::size_t& at) {
     const auto lead = static_cast<unsigned char>(text[at++]);
     if (lead < 0x80) {
@@ -138,7 +138,7 @@ bool isSafe(std::string_view text) {
     return true;
 }
 
-TEST(HostileLogTest, NothingThatATerminalInterpretsComesOut) {
+TEST(HostileLogTest, OutputIsSafeForTerminals) {
     std::vector<Settings> forms(6);
     forms[1].fold = true;
     forms[2].json = true;
@@ -158,7 +158,7 @@ TEST(HostileLogTest, NothingThatATerminalInterpretsComesOut) {
     }
 }
 
-TEST(HostileLogTest, OnlyAHeaderAtTheStartOfALineMakesARecordOfAWriter) {
+TEST(HostileLogTest, OnlyHeadersAtLineStartAreReliable) {
     std::mt19937 random(kSeed);
     for (int count = 0; count != kLogs; ++count) {
         const std::string log = randomLog(random);

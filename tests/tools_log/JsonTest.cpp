@@ -35,7 +35,7 @@ TEST(JsonTest, Strings) {
 }
 // NOLINTEND(misc-misleading-bidirectional)
 
-/// The UTF-8 form of a code point, by the definition of UTF-8.
+/// The UTF-8 encoding of a code point, from the definition of UTF-8.
 std::string encoded(unsigned int codePoint) {
     const unsigned int following = codePoint < 0x80 ? 0 : codePoint < 0x800 ? 1 : codePoint < 0x10000 ? 2 : 3;
     constexpr unsigned int kLeads[] = {0x00, 0xC0, 0xE0, 0xF0};
@@ -46,7 +46,7 @@ std::string encoded(unsigned int codePoint) {
     return bytes;
 }
 
-/// The text of a JSON string, by the grammar of JSON.
+/// The text of a JSON string, decoded by the grammar of JSON.
 std::string decoded(std::string_view json) {
     std::string text;
     for (std::size_t at = 1; at < json.size() - 1; ++at) {
@@ -63,7 +63,7 @@ std::string decoded(std::string_view json) {
     return text;
 }
 
-TEST(JsonTest, EveryCodePointReadsBackAsItself) {
+TEST(JsonTest, EveryCodePointRoundTrips) {
     for (unsigned int codePoint = 0; codePoint <= 0x10FFFF; ++codePoint) {
         if (codePoint < 0xD800 || codePoint > 0xDFFF) {
             const std::string text = encoded(codePoint);

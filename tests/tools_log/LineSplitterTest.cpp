@@ -14,8 +14,8 @@ using vorellog::LineEnd;
 using vorellog::LineSplitter;
 using Texts = std::vector<std::string>;
 
-/// A delivered line: its text, behind "+" when it goes on with the one before, and before "~" for a piece and "!" for
-/// the end of the file.
+/// The delivered lines: a leading "+" marks a continued line, a trailing "~" a piece, a trailing "!" the end of the
+/// file.
 class Delivered {
 public:
     LineSplitter splitter{[this](const Line& line) {
@@ -25,7 +25,7 @@ public:
     Texts lines;
 };
 
-TEST(LineSplitterTest, LinesAreTheSameWhereverTheBlocksEnd) {
+TEST(LineSplitterTest, LinesAreIndependentOfBlockBoundaries) {
     const std::string bytes = "one\r\ntwo\n\r\n\nthree\r\r\nfo\rur\r\nrest";
     for (std::size_t first = 0; first <= bytes.size(); ++first) {
         for (std::size_t second = first; second <= bytes.size(); ++second) {
@@ -42,7 +42,7 @@ TEST(LineSplitterTest, LinesAreTheSameWhereverTheBlocksEnd) {
     }
 }
 
-TEST(LineSplitterTest, AFileThatEndsWithALineHasNoRest) {
+TEST(LineSplitterTest, CompleteFileHasNoIncompleteLine) {
     Delivered delivered;
     delivered.splitter.add("one\r\n");
     delivered.splitter.endOfFile();
@@ -50,7 +50,7 @@ TEST(LineSplitterTest, AFileThatEndsWithALineHasNoRest) {
     EXPECT_THAT(delivered.lines, ElementsAre("one"));
 }
 
-TEST(LineSplitterTest, AnotherFileBeginsWithALineOfItsOwn) {
+TEST(LineSplitterTest, NextFileBeginsWithANewLine) {
     Delivered delivered;
     delivered.splitter.add("half");
     delivered.splitter.endOfFile();
@@ -58,18 +58,18 @@ TEST(LineSplitterTest, AnotherFileBeginsWithALineOfItsOwn) {
     EXPECT_THAT(delivered.lines, ElementsAre("half!", "whole"));
 }
 
-TEST(LineSplitterTest, LongLinesComeInPieces) {
-    constexpr std::size_t kMost = LineSplitter::kMostPieceBytes;
+TEST(LineSplitterTest, LongLinesAreDeliveredInPieces) {
+    constexpr std::size_t kMax = LineSplitter::kMaxPieceBytes;
     struct Case {
         std::size_t size;
-        std::vector<std::size_t> pieces;  ///< the last one with the line's end
+        std::vector<std::size_t> pieces;  ///< the last one ends the line
     };
-    const Case cases[] = {{kMost - 1, {kMost - 1}},
-                          {kMost, {kMost}},
-                          {kMost + 1, {kMost, 1}},
-                          {2 * kMost, {kMost, kMost}},
-                          {2 * kMost + 5, {kMost, kMost, 5}}};
-    for (const std::size_t block : {kMost / 3, kMost, 5 * kMost}) {
+    const Case cases[] = {{kMax - 1, {kMax - 1}},
+                          {kMax, {kMax}},
+                          {kMax + 1, {kMax, 1}},
+                          {2 * kMax, {kMax, kMax}},
+                          {2 * kMax + 5, {kMax, kMax, 5}}};
+    for (const std::size_t block : {kMax / 3, kMax, 5 * kMax}) {
         for (const Case& c : cases) {
             std::string text(c.size, 'x');
             for (std::size_t at = 0; at < text.size(); at += 1000) {
@@ -91,7 +91,7 @@ TEST(LineSplitterTest, LongLinesComeInPieces) {
             }
             EXPECT_TRUE(endedWell);
             EXPECT_EQ(whole.substr(0, text.size()), text);
-            if (c.size % kMost != 0) {  // else the carriage return may have a piece of its own
+            if (c.size % kMax != 0) {  // otherwise the carriage return may be a separate piece
                 EXPECT_EQ(pieces, c.pieces) << c.size << " in blocks of " << block;
             }
         }

@@ -1,5 +1,5 @@
 /// \file
-/// The files on the disk, while the library writes them.
+/// Log files on disk while the library writes to them.
 
 #include "vorellog/LogFiles.h"
 
@@ -43,13 +43,13 @@ protected:
     }
 };
 
-TEST_F(LogFilesTest, AMissingFileIsNone) {
+TEST_F(LogFilesTest, MissingFileIsNull) {
     EXPECT_FALSE(files.open(Which::Log));
     EXPECT_FALSE(files.open(Which::Backup));
     EXPECT_FALSE(DiskLogFiles(wide(log.folder().file("no_folder\\log.txt"))).open(Which::Log));
 }
 
-TEST_F(LogFilesTest, BytesAreReadFromAnyPlace) {
+TEST_F(LogFilesTest, ReadsFromAnyOffset) {
     Exception::warn("text");
     const std::string bytes = test::readFileBytes(log.path()).value();
     const auto file = files.open(Which::Log);
@@ -63,7 +63,7 @@ TEST_F(LogFilesTest, BytesAreReadFromAnyPlace) {
     EXPECT_EQ(file->read(bytes.size() + 100, part, sizeof part), 0u);
 }
 
-TEST_F(LogFilesTest, AnOpenLogIsWrittenAndMovedAsIfItWereNot) {
+TEST_F(LogFilesTest, OpenLogCanBeWrittenAndRotated) {
     Exception::warn("first");
     const auto open = files.open(Which::Log);
     ASSERT_TRUE(open);
@@ -77,7 +77,7 @@ TEST_F(LogFilesTest, AnOpenLogIsWrittenAndMovedAsIfItWereNot) {
     EXPECT_EQ(contentOf(*open), test::readFileBytes(log.backupPath()).value());
 }
 
-/// The numbers of the lines "line 7." in the text.
+/// The numbers of lines such as "line 7." in `text`.
 std::vector<int> numbersIn(const std::string& text) {
     constexpr std::string_view kLine = "line ";
     std::vector<int> numbers;
@@ -87,7 +87,7 @@ std::vector<int> numbersIn(const std::string& text) {
     return numbers;
 }
 
-TEST_F(LogFilesTest, AnOpenBackupAtMostPutsARotationOff) {
+TEST_F(LogFilesTest, OpenBackupOnlyPostponesRotation) {
     int last = 0;
     const auto writeLines = [&](int count) {
         for (; count != 0; --count) {
@@ -100,7 +100,7 @@ TEST_F(LogFilesTest, AnOpenBackupAtMostPutsARotationOff) {
         ASSERT_TRUE(backup);
         writeLines(50);
         EXPECT_FALSE(contentOf(*backup).empty());
-        // Whether its name was free again at once or not: from the oldest line that is left to the last, all are there.
+        // The backup's name may or may not be free at once. In both cases the remaining lines are consecutive.
         const std::vector<int> numbers =
             numbersIn(test::readFileBytes(log.backupPath()).value_or("") + test::readFileBytes(log.path()).value());
         ASSERT_FALSE(numbers.empty());
@@ -112,7 +112,7 @@ TEST_F(LogFilesTest, AnOpenBackupAtMostPutsARotationOff) {
     EXPECT_LE(log.size(), 1200);
 }
 
-TEST_F(LogFilesTest, ALockedLogIsBusyWhereLocksKeepReadersOut) {
+TEST_F(LogFilesTest, LockedLogIsBusyOrReadable) {
     Exception::warn("text");
     const std::string bytes = test::readFileBytes(log.path()).value();
     const auto file = files.open(Which::Log);
@@ -125,25 +125,25 @@ TEST_F(LogFilesTest, ALockedLogIsBusyWhereLocksKeepReadersOut) {
     }
 }
 
-TEST_F(LogFilesTest, WhatIsNotSharedIsBusy) {
+TEST_F(LogFilesTest, UnsharedFileIsBusy) {
     Exception::warn("text");
     const test::Handle exclusive(CreateFileA(log.path().c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr));
     ASSERT_TRUE(exclusive);
     EXPECT_THROW(files.open(Which::Log), FileBusy);
 }
 
-TEST_F(LogFilesTest, AFolderIsNoLog) {
+TEST_F(LogFilesTest, FolderIsAFailure) {
     try {
         DiskLogFiles(wide(log.folder().path())).open(Which::Log);
-        ADD_FAILURE() << "a folder was opened";
+        ADD_FAILURE() << "opened a folder";
     } catch (const FileBusy&) {
-        ADD_FAILURE() << "a folder never becomes a log";
+        ADD_FAILURE() << "a folder is a permanent failure";
     } catch (const tools::Failure& failure) {
         EXPECT_NE(failure.text().find(wide(log.folder().path())), std::wstring::npos);
     }
 }
 
-/// Everything that comes, without marks.
+/// The bytes of all files, and the number of gaps.
 class Text : public LogSink {
 public:
     std::string text;
@@ -153,7 +153,7 @@ public:
     void gap() override { ++gaps; }
 };
 
-TEST_F(LogFilesTest, NothingIsLostOverManyRotationsAndADeletion) {
+TEST_F(LogFilesTest, RotationsAndDeletionLoseNothing) {
     Text sink;
     Follower follower(files, sink);
     const auto readAll = [&] {

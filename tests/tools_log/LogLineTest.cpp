@@ -50,7 +50,7 @@ TEST(LogLineTest, Headers) {
     }
 }
 
-TEST(LogLineTest, WhatIsNoHeader) {
+TEST(LogLineTest, InvalidHeaders) {
     for (const std::string_view line : {"",
                                         "[",
                                         "text",
@@ -77,7 +77,7 @@ TEST(LogLineTest, WhatIsNoHeader) {
     }
 }
 
-TEST(LogLineTest, EveryBeginningOfAHeaderIsNone) {
+TEST(LogLineTest, IncompleteHeaders) {
     constexpr std::string_view kHeader = "[Mon Nov 16 01:43:08 2026].045 host7.4312.9876: ";
     for (std::size_t size = 0; size != kHeader.size(); ++size) {
         EXPECT_FALSE(parseHeader(kHeader.substr(0, size))) << size;
@@ -98,7 +98,7 @@ TEST(LogLineTest, Bodies) {
         {"Vorel Error Truncated: text", "Vorel Error", true, "text"},
         {"AddHRESULTErrorToStack: ", "AddHRESULTErrorToStack", false, ""},
         {"no colon", "", false, "no colon"},
-        {"colon:without blank", "", false, "colon:without blank"},
+        {"colon:without space", "", false, "colon:without space"},
         {"colon:", "", false, "colon:"},
         {": text", "", false, "text"},
         {"", "", false, ""},
@@ -111,7 +111,7 @@ TEST(LogLineTest, Bodies) {
     }
 }
 
-TEST(LogLineTest, TheNextHeaderIsFoundBehindTheFirstCharacter) {
+TEST(LogLineTest, NextHeaderIsAfterTheFirstCharacter) {
     const std::string header = "[Mon Nov 16 01:43:08 2026] host7.4312.9876: ";
     EXPECT_EQ(findNextHeader(header + "text"), std::string_view::npos);
     EXPECT_EQ(findNextHeader("half a l" + header + "text"), 8u);
@@ -122,11 +122,11 @@ TEST(LogLineTest, TheNextHeaderIsFoundBehindTheFirstCharacter) {
     EXPECT_EQ(findNextHeader(""), std::string_view::npos);
 }
 
-TEST(LogLineTest, LinesOfTheLibraryAreReadAsAnIndependentReaderReadsThem) {
+TEST(LogLineTest, LinesOfTheLibraryMatchAnIndependentParser) {
     const test::TemporaryLog log;
     vorel::Exception::warn("low on paper");
-    vorel::Exception::log(log.path().c_str(), -1, "a prefix of a program", "text: %d", 7);
-    const vorel::Exception failure(L"line %d is no number", 7);
+    vorel::Exception::log(log.path().c_str(), -1, "custom prefix", "text: %d", 7);
+    const vorel::Exception failure(L"line %d is not a number", 7);
     const std::vector<std::string> lines = test::readLines(log.path());
     ASSERT_EQ(lines.size(), 3u);
     for (const std::string& line : lines) {
@@ -139,8 +139,7 @@ TEST(LogLineTest, LinesOfTheLibraryAreReadAsAnIndependentReaderReadsThem) {
         EXPECT_EQ(header->threadId, expected->threadId) << line;
         EXPECT_EQ(line.substr(header->bodyAt), expected->message) << line;
     }
-    EXPECT_EQ(parseBody(std::string_view(lines[1]).substr(parseHeader(lines[1])->bodyAt)).prefix,
-              "a prefix of a program");
+    EXPECT_EQ(parseBody(std::string_view(lines[1]).substr(parseHeader(lines[1])->bodyAt)).prefix, "custom prefix");
 }
 
 }  // namespace

@@ -73,7 +73,7 @@ StressCounts countStressLines(const std::vector<std::string>& logLines) {
         if (const auto id = stressLineIn(line)) {
             ++counts[*id];
         } else {
-            ADD_FAILURE() << "no stress line: " << line.substr(0, 200);
+            ADD_FAILURE() << "not a stress line: " << line.substr(0, 200);
         }
     }
     return counts;

@@ -1,5 +1,5 @@
 /// \file
-/// Processes that write stress lines to one log, one after the other line by line, so that no line is given up.
+/// Processes that write stress lines to one log. They take turns line by line, so no line is lost to contention.
 #pragma once
 
 #include <map>
@@ -16,28 +16,28 @@
 
 namespace test {
 
-/// How often each line was found.
+/// The number of occurrences of each line.
 using StressCounts = std::map<StressLineId, unsigned int>;
 
 class LogWriters {
 public:
-    static constexpr unsigned int kThreads = 2;  ///< of each process
+    static constexpr unsigned int kThreads = 2;  ///< per process
     static constexpr unsigned int kWithoutEnd = 0;
 
     LogWriters(const std::string& logPath, const TemporaryFolder& folder, long long limitBytes);
 
-    /// Starts `count` processes that write `lines` lines in each of their threads.
+    /// Starts `count` processes; each of their threads writes `lines` lines.
     void start(unsigned int count, unsigned int lines);
 
-    /// Waits until each has written some lines; false when one has not in time.
+    /// Waits until each process has written some lines; false on timeout.
     [[nodiscard]] bool waitForProgress() const;
 
-    /// Waits for their end; false when one fails.
+    /// Waits until all processes end; false if one fails.
     [[nodiscard]] bool finish() const;
 
     void kill();
 
-    /// Each line once.
+    /// The counts with each line once.
     [[nodiscard]] StressCounts expectedCounts() const;
     [[nodiscard]] std::vector<DWORD> processIds() const;
 
@@ -56,13 +56,13 @@ private:
     std::vector<Writer> m_writers;
 };
 
-/// The stress line at the end of a line of the log; nothing when it is not whole.
+/// The stress line in a line of the log; nullopt if it is incomplete.
 std::optional<StressLineId> stressLineIn(std::string_view logLine);
 
-/// Counts the stress lines; any other line is a failure of the test.
+/// Counts the stress lines; any other line fails the test.
 StressCounts countStressLines(const std::vector<std::string>& logLines);
 
-/// The lines of a text without their line feeds.
+/// Splits a text into lines, without line feeds.
 std::vector<std::string> linesOf(std::string_view text);
 
 }  // namespace test

@@ -32,7 +32,7 @@ std::string printedTrail(const Printer& printer, const std::vector<std::string>&
     return out;
 }
 
-TEST(PrinterTest, TextIsTheLogWithItsDamageMarked) {
+TEST(PrinterTest, TextShowsTheLogAndMarksDamage) {
     const std::string h = header();
     const TextPrinter printer(false);
     EXPECT_EQ(printed(printer, {h + "WARN: text"}), h + "WARN: text\n");
@@ -44,7 +44,7 @@ TEST(PrinterTest, TextIsTheLogWithItsDamageMarked) {
     EXPECT_EQ(printed(printer, {h}), h + "\n");
 }
 
-TEST(PrinterTest, TextOfATrailIsOneEntry) {
+TEST(PrinterTest, TextOfATrail) {
     const std::string h = header();
     EXPECT_EQ(printedTrail(TextPrinter(false),
                            {h + "Vorel Error: a", "b", h + "Vorel Error: f: Vorel exception rethrown",
@@ -54,7 +54,7 @@ TEST(PrinterTest, TextOfATrailIsOneEntry) {
                   "    > (bad UTF-8) caf\\xE9\n");
 }
 
-TEST(PrinterTest, ColoursTellTimeWriterAndPrefixApart) {
+TEST(PrinterTest, ColoursOfTimeWriterAndPrefix) {
     const std::string time = "\x1B[90m[Mon Nov 16 01:43:08 2026] \x1B[0m";
     const std::string writer = "\x1B[36mhost7.4312.9876: \x1B[0m";
     const TextPrinter printer(true);
@@ -75,7 +75,7 @@ TEST(PrinterTest, ColoursTellTimeWriterAndPrefixApart) {
     EXPECT_EQ(printed(printer, {"garbage"}), "\x1B[35m(no header)\x1B[0m garbage\n");
 }
 
-/// The text without what a console obeys.
+/// Removes the escape sequences.
 std::string withoutColours(std::string text) {
     for (std::size_t at = text.find('\x1B'); at != std::string::npos; at = text.find('\x1B')) {
         text.erase(at, text.find('m', at) - at + 1);
@@ -83,7 +83,7 @@ std::string withoutColours(std::string text) {
     return text;
 }
 
-TEST(PrinterTest, ColoursChangeNothingElse) {
+TEST(PrinterTest, ColoursDoNotChangeTheText) {
     const std::vector<std::string> lines = {"garbage",
                                             header() + "WARN: one",
                                             "two",
@@ -115,8 +115,8 @@ TEST(PrinterTest, JsonOfRecords) {
                   origin + R"(,"prefix":"","damage":"mid-line","message":"a"})" + "\n");
 }
 
-TEST(PrinterTest, JsonHasTheBytesOfWhatIsNoUtf8) {
-    // The Base64 text was made with another program: printf '\xE9A' | base64
+TEST(PrinterTest, JsonContainsInvalidUtf8AsBase64) {
+    // The Base64 text is from another program: printf '\xE9A' | base64
     EXPECT_EQ(printed(JsonPrinter(), {"\xE9"
                                       "A"}),
               "{\"type\":\"damaged\",\"damage\":\"no header\",\"message\":\"\xEF\xBF\xBD"

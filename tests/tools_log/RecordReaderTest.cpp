@@ -17,7 +17,7 @@ using vorellog::LineEnd;
 using vorellog::Record;
 using vorellog::RecordReader;
 
-/// "damage|text", with a point in front of what has a header.
+/// "damage|text", with a leading period if the record has a header.
 std::vector<std::string> shown(const std::vector<Record>& records) {
     std::vector<std::string> texts;
     for (const Record& record : records) {
@@ -33,7 +33,7 @@ protected:
     RecordReader reader{[this](const Record& record) { records.push_back(record); }};
 };
 
-TEST_F(RecordReaderTest, LinesAndWhatTheyMake) {
+TEST_F(RecordReaderTest, LinesBecomeRecords) {
     const std::string h = header();
     const std::string g = header(1);
     struct Case {
@@ -42,52 +42,54 @@ TEST_F(RecordReaderTest, LinesAndWhatTheyMake) {
         std::vector<std::string> records;
     };
     const Case cases[] = {
-        {"a line is a record", {h + "WARN: a", g + "WARN: b"}, {".|" + h + "WARN: a", ".|" + g + "WARN: b"}},
-        {"a message of three lines", {h + "a", "b", "", g + "c"}, {".|" + h + "a\nb\n", ".|" + g + "c"}},
-        {"nothing in front of it", {"a", "b", h + "c"}, {"no header|a", "no header|b", ".|" + h + "c"}},
+        {"one line per record", {h + "WARN: a", g + "WARN: b"}, {".|" + h + "WARN: a", ".|" + g + "WARN: b"}},
+        {"message of three lines", {h + "a", "b", "", g + "c"}, {".|" + h + "a\nb\n", ".|" + g + "c"}},
+        {"lines before the first header", {"a", "b", h + "c"}, {"no header|a", "no header|b", ".|" + h + "c"}},
         {"cut within the message", {h + "WARN: ha" + g + "b"}, {".cut|" + h + "WARN: ha", ".mid-line|" + g + "b"}},
         {"cut within the header",
          {h + "a", "[Mon Nov" + g + "b"},
          {".|" + h + "a", "cut|[Mon Nov", ".mid-line|" + g + "b"}},
-        {"two in one line",
+        {"two further headers in one line",
          {h + "a" + g + "b" + h + "c"},
          {".cut|" + h + "a", ".mid-line|" + g + "b", ".mid-line|" + h + "c"}},
-        {"a further line, cut", {h + "a", "b" + g + "c"}, {".|" + h + "a", "cut|b", ".mid-line|" + g + "c"}},
-        {"a whole record and one behind it, both with lines",
+        {"further line, cut", {h + "a", "b" + g + "c"}, {".|" + h + "a", "cut|b", ".mid-line|" + g + "c"}},
+        {"cut record and its successor, both with further lines",
          {h + "a", "b" + g + "c", "d"},
          {".|" + h + "a", "cut|b", ".mid-line|" + g + "c\nd"}},
-        {"no UTF-8", {h + "caf\xE9", "x", g + "b"}, {".bad UTF-8|" + h + "caf\xE9\nx", ".|" + g + "b"}},
-        {"no UTF-8, and cut", {h + "\xC3" + g + "b"}, {".cut|" + h + "\xC3", ".mid-line|" + g + "b"}},
-        {"mid-line, and no UTF-8", {h + "a" + g + "\xC3"}, {".cut|" + h + "a", ".mid-line|" + g + "\xC3"}},
-        {"after it", {h + "a" + g + "b", h + "c"}, {".cut|" + h + "a", ".mid-line|" + g + "b", ".|" + h + "c"}},
-        {"UTF-8", {h + "caf\xC3\xA9"}, {".|" + h + "caf\xC3\xA9"}},
-        {"an empty message", {h}, {".|" + h}},
-        {"an empty line at the start", {"", h}, {"no header|", ".|" + h}},
+        {"invalid UTF-8", {h + "caf\xE9", "x", g + "b"}, {".bad UTF-8|" + h + "caf\xE9\nx", ".|" + g + "b"}},
+        {"invalid UTF-8 and cut", {h + "\xC3" + g + "b"}, {".cut|" + h + "\xC3", ".mid-line|" + g + "b"}},
+        {"mid-line and invalid UTF-8", {h + "a" + g + "\xC3"}, {".cut|" + h + "a", ".mid-line|" + g + "\xC3"}},
+        {"intact record after mid-line",
+         {h + "a" + g + "b", h + "c"},
+         {".cut|" + h + "a", ".mid-line|" + g + "b", ".|" + h + "c"}},
+        {"valid UTF-8", {h + "caf\xC3\xA9"}, {".|" + h + "caf\xC3\xA9"}},
+        {"empty message", {h}, {".|" + h}},
+        {"empty line at the start", {"", h}, {"no header|", ".|" + h}},
     };
     for (const Case& c : cases) {
         EXPECT_EQ(shown(recordsOf(c.lines)), c.records) << c.why;
     }
 }
 
-TEST_F(RecordReaderTest, ALineWithoutItsEndIsCut) {
+TEST_F(RecordReaderTest, IncompleteLineIsCut) {
     reader.add({header() + "a", LineEnd::Feed});
     reader.add({header() + "b", LineEnd::File});
     reader.add({"[Mon", LineEnd::File});
     EXPECT_THAT(shown(records), ElementsAre(".|" + header() + "a", ".cut|" + header() + "b", "cut|[Mon"));
 }
 
-TEST_F(RecordReaderTest, AHeaderInTheMiddleOfALineStaysMarkedWithoutTheLinesEnd) {
+TEST_F(RecordReaderTest, IncompleteMidLineRecordStaysMidLine) {
     reader.add({header() + "a" + header(1) + "b", LineEnd::File});
     EXPECT_THAT(shown(records), ElementsAre(".cut|" + header() + "a", ".mid-line|" + header(1) + "b"));
 }
 
-TEST_F(RecordReaderTest, AFurtherLineWithoutItsEndCutsItsRecord) {
+TEST_F(RecordReaderTest, IncompleteFurtherLineCutsItsRecord) {
     reader.add({header() + "a", LineEnd::Feed});
     reader.add({"b", LineEnd::File});
     EXPECT_THAT(shown(records), ElementsAre(".cut|" + header() + "a\nb"));
 }
 
-TEST_F(RecordReaderTest, ARecordIsHeldBackUntilItCannotGoOn) {
+TEST_F(RecordReaderTest, RecordIsHeldBackUntilItIsComplete) {
     reader.add({header() + "a", LineEnd::Feed});
     EXPECT_TRUE(records.empty());
     reader.flush();
@@ -99,7 +101,7 @@ TEST_F(RecordReaderTest, ARecordIsHeldBackUntilItCannotGoOn) {
     EXPECT_EQ(shown(records).back(), "no header|too late");
 }
 
-TEST_F(RecordReaderTest, PiecesOfALongLineAreOneRecord) {
+TEST_F(RecordReaderTest, PiecesOfALongLineFormOneRecord) {
     reader.add({header() + "a", LineEnd::MoreText, true});
     reader.add({"b", LineEnd::MoreText, false});
     reader.add({"c", LineEnd::Feed, false});
@@ -108,8 +110,8 @@ TEST_F(RecordReaderTest, PiecesOfALongLineAreOneRecord) {
     EXPECT_THAT(shown(records), ElementsAre(".|" + header() + "abc\nd"));
 }
 
-TEST_F(RecordReaderTest, ARecordOfAnySizeComesWholeInBoundedParts) {
-    const std::string piece(RecordReader::kMostRecordBytes / 4, 'x');
+TEST_F(RecordReaderTest, LargeRecordsAreSplitWithoutLoss) {
+    const std::string piece(RecordReader::kMaxRecordBytes / 4, 'x');
     std::string all = header();
     reader.add({header(), LineEnd::Feed, true});
     for (int count = 0; count != 10; ++count) {
@@ -123,7 +125,7 @@ TEST_F(RecordReaderTest, ARecordOfAnySizeComesWholeInBoundedParts) {
     reader.flush();
     std::string found;
     for (const Record& record : records) {
-        EXPECT_LE(record.text().size(), RecordReader::kMostRecordBytes);
+        EXPECT_LE(record.text().size(), RecordReader::kMaxRecordBytes);
         found += record.text();
     }
     std::erase(found, '\n');

@@ -1,5 +1,5 @@
 /// \file
-/// Records for tests, made of lines of a log.
+/// Creates records from log lines.
 #pragma once
 
 #include <string>
@@ -10,14 +10,14 @@
 
 namespace test {
 
-/// The header of a line at a time of 2026-11-16.
+/// The header of a line written on 2026-11-16 at `clock`.
 inline std::string header(unsigned long thread = 9876, unsigned long process = 4312,
                           std::string_view clock = "01:43:08") {
     return "[Mon Nov 16 " + std::string(clock) + " 2026] host7." + std::to_string(process) + "." +
            std::to_string(thread) + ": ";
 }
 
-/// What a reader makes of the lines.
+/// The records that a RecordReader creates from `lines`.
 inline std::vector<vorellog::Record> recordsOf(const std::vector<std::string>& lines) {
     std::vector<vorellog::Record> records;
     vorellog::RecordReader reader([&](const vorellog::Record& record) { records.push_back(record); });

@@ -23,14 +23,14 @@ Settings settings(const Given& given) {
     return settingsOf(tools::parse(vorellog::syntax(), given), kNow);
 }
 
-TEST(SettingsTest, WithoutArguments) {
+TEST(SettingsTest, Defaults) {
     const Settings s = settings({});
     EXPECT_EQ(s.path, L"C:\\TalvenorError.txt");
-    EXPECT_FALSE(s.follow || s.fold || s.json || s.summary || s.mostEntries || s.filter.damagedOnly);
-    EXPECT_EQ(s.colours, Colours::WhenSeen);
+    EXPECT_FALSE(s.follow || s.fold || s.json || s.summary || s.maxEntries || s.filter.damagedOnly);
+    EXPECT_EQ(s.colours, Colours::Auto);
 }
 
-TEST(SettingsTest, EveryOption) {
+TEST(SettingsTest, AllOptions) {
     const Settings s =
         settings({L"-f",        L"-p",    L"77",     L"--process=78", L"-t9",  L"-P",         L"error",
                   L"--prefix",  L"Own: ", L"--from", L"1h",           L"--to", L"2026-11-16", L"-e",
@@ -44,15 +44,15 @@ TEST(SettingsTest, EveryOption) {
     EXPECT_THAT(s.filter.texts, ElementsAre("caf\xC3\xA9"));
     EXPECT_EQ(s.filter.from, kNow - 3600000);
     EXPECT_EQ(s.filter.to, 1794873600000);  // the start of the next day
-    EXPECT_EQ(s.mostEntries, 5u);
+    EXPECT_EQ(s.maxEntries, 5u);
     EXPECT_EQ(s.colours, Colours::Always);
-    EXPECT_EQ(settings({L"-m1"}).mostEntries, 1u);
+    EXPECT_EQ(settings({L"-m1"}).maxEntries, 1u);
     EXPECT_EQ(settings({L"--color", L"never"}).colours, Colours::Never);
-    EXPECT_EQ(settings({L"--color", L"auto"}).colours, Colours::WhenSeen);
+    EXPECT_EQ(settings({L"--color", L"auto"}).colours, Colours::Auto);
     EXPECT_TRUE(settings({L"-s"}).summary);
 }
 
-TEST(SettingsTest, WhatMakesNoSense) {
+TEST(SettingsTest, InvalidCommandLines) {
     const Given cases[] = {
         {L"-p", L"x"},    {L"-p", L""},   {L"-p", L"4294967296"}, {L"-p", L"-1"},           {L"-t", L"1.5"},
         {L"-m", L"many"}, {L"-m", L"0"},  {L"--from", L"soon"},   {L"--to", L""},           {L"--color", L"red"},
@@ -62,16 +62,16 @@ TEST(SettingsTest, WhatMakesNoSense) {
     }
 }
 
-TEST(SettingsTest, ColoursOnAConsoleUnlessTheUserSaysOtherwise) {
+TEST(SettingsTest, ColourChoices) {
     struct Case {
         Colours choice;
         bool console;
         bool noColor;
         bool shown;
     };
-    const Case cases[] = {{Colours::WhenSeen, true, false, true},
-                          {Colours::WhenSeen, true, true, false},
-                          {Colours::WhenSeen, false, false, false},
+    const Case cases[] = {{Colours::Auto, true, false, true},
+                          {Colours::Auto, true, true, false},
+                          {Colours::Auto, false, false, false},
                           {Colours::Always, false, true, true},
                           {Colours::Never, true, false, false}};
     for (const Case& c : cases) {

@@ -25,7 +25,7 @@ Summary summaryOf(const std::vector<std::string>& lines) {
     return summary;
 }
 
-TEST(SummaryTest, TextForPeople) {
+TEST(SummaryTest, Text) {
     const Summary summary = summaryOf({
         "garbage",
         header(1, 77, "01:43:08") + "WARN: a",
@@ -47,7 +47,7 @@ TEST(SummaryTest, TextForPeople) {
                               "2026-11-16 01:43:10         1  ##############\n");
 }
 
-TEST(SummaryTest, AnEmptyLogHasNoTable) {
+TEST(SummaryTest, EmptyLogHasNoTable) {
     EXPECT_EQ(Summary().text(), "0 records\n");
     EXPECT_EQ(summaryOf({"garbage"}).text(), "0 records, 1 entry without a header; 1 of 1 damaged: 1 no header\n");
 }
@@ -71,9 +71,9 @@ TEST(SummaryTest, Json) {
               "\n");
 }
 
-TEST(SummaryTest, MoreRowsThanAnybodyReadsAreCountedTogether) {
+TEST(SummaryTest, RowsAboveTheLimitAreCountedAsOthers) {
     Summary summary;
-    const std::size_t processes = Summary::kMostRows + 50;
+    const std::size_t processes = Summary::kMaxRows + 50;
     for (std::size_t process = 1; process <= processes; ++process) {
         summary.add(test::recordOf(header(1, static_cast<unsigned long>(process)) + "WARN: a"));
         summary.add(test::recordOf(header(1, 1) + "WARN: a"));
@@ -83,13 +83,13 @@ TEST(SummaryTest, MoreRowsThanAnybodyReadsAreCountedTogether) {
                 HasSubstr(R"("process":"host7.1","prefix":"WARN","records":)" + std::to_string(processes + 1)));
 }
 
-TEST(SummaryTest, AHostThatATerminalMightInterpretIsEscaped) {
+TEST(SummaryTest, HostIsEscaped) {
     const Summary summary = summaryOf({"[Mon Nov 16 01:43:08 2026] \x1B\xC2\x9B.1.2: WARN: a"});
     EXPECT_THAT(summary.text(), HasSubstr("\n\\x1B\\xC2\\x9B.1  WARN"));
     EXPECT_THAT(summary.json(), HasSubstr(R"("process":"\u001b\u009b.1")"));
 }
 
-TEST(SummaryTest, ALongPrefixIsShortened) {
+TEST(SummaryTest, LongPrefixIsShortened) {
     const std::string text = summaryOf({header() + std::string(3000, 'x') + ": a"}).text();
     EXPECT_THAT(text, HasSubstr(std::string(48, 'x') + "... "));
     EXPECT_THAT(text, Not(HasSubstr(std::string(49, 'x'))));

@@ -16,6 +16,7 @@ namespace {
 
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
+using vorellog::Environment;
 using vorellog::FileBusy;
 using vorellog::FileId;
 using vorellog::Follower;
@@ -23,7 +24,6 @@ using vorellog::LocalMs;
 using vorellog::LogFile;
 using vorellog::LogFiles;
 using vorellog::Settings;
-using vorellog::Surroundings;
 using vorellog::Viewer;
 using vorellog::ViewLoop;
 
@@ -41,11 +41,11 @@ private:
     std::string m_bytes;
 };
 
-/// A log that is there or not, or busy.
+/// A log that exists, is missing or is busy.
 class Files : public LogFiles {
 public:
     bool isBusy = false;
-    unsigned long long index = 0;  ///< another one is another file; 0: there is none
+    unsigned long long index = 0;  ///< identifies the file; 0: missing
     std::string bytes = test::header() + "WARN: a\n";
     unsigned int attempts = 0;  ///< to open the log
 
@@ -61,18 +61,18 @@ public:
     }
 };
 
-/// A clock that goes on while somebody waits, and nothing else does.
-class Clock : public Surroundings {
+/// A clock that advances only in waits.
+class Clock : public Environment {
 public:
     std::function<bool(LocalMs now)> isTimeToStop = [](LocalMs) { return false; };  ///< asked after each wait
-    std::vector<std::wstring> told;
+    std::vector<std::wstring> reports;
 
     LocalMs nowMs() override { return m_now; }
     bool waitForStop(LocalMs milliseconds) override {
         m_now += milliseconds;
         return isTimeToStop(m_now);
     }
-    void tell(const std::wstring& text) override { told.push_back(text); }
+    void report(const std::wstring& text) override { reports.push_back(text); }
 
 private:
     LocalMs m_now = 0;
@@ -90,37 +90,37 @@ protected:
         ViewLoop loop(settings, follower, viewer, clock);
         loop.run();
         viewer.finish();
-        loop.tellGaps();
+        loop.reportGaps();
     }
 };
 
 constexpr LocalMs kLongest = ViewLoop::kLongestBusyMs;
 const Settings kFollowing = {.path = L"my.log", .follow = true};
 
-TEST_F(ViewLoopTest, ALogThatIsThereIsShownWithoutAWord) {
+TEST_F(ViewLoopTest, ExistingLogIsShownWithoutReports) {
     files.index = 1;
     run({.path = L"my.log"});
     EXPECT_EQ(shown, files.bytes);
-    EXPECT_THAT(clock.told, IsEmpty());
+    EXPECT_THAT(clock.reports, IsEmpty());
 }
 
-TEST_F(ViewLoopTest, AMissingLogIsToldOnceWhereItIsWaitedFor) {
+TEST_F(ViewLoopTest, FollowReportsAMissingLogOnce) {
     clock.isTimeToStop = [&](LocalMs now) {
         files.index = now >= 1000 ? 1 : 0;
         return now >= 2000;
     };
     run(kFollowing);
     EXPECT_EQ(shown, files.bytes);
-    EXPECT_THAT(clock.told, ElementsAre(L"my.log: there is no such log; waiting for it"));
+    EXPECT_THAT(clock.reports, ElementsAre(L"my.log: log not found; waiting"));
 }
 
-TEST_F(ViewLoopTest, AMissingLogIsNotWaitedForOtherwise) {
+TEST_F(ViewLoopTest, MissingLogIsNotAwaitedWithoutFollow) {
     run({.path = L"my.log"});
     EXPECT_EQ(clock.nowMs(), 0);
-    EXPECT_THAT(clock.told, IsEmpty());
+    EXPECT_THAT(clock.reports, IsEmpty());
 }
 
-TEST_F(ViewLoopTest, AShortlyBusyLogIsNothingToTell) {
+TEST_F(ViewLoopTest, BrieflyBusyLogIsNotReported) {
     files.index = 1;
     files.isBusy = true;
     clock.isTimeToStop = [&](LocalMs now) {
@@ -129,10 +129,10 @@ TEST_F(ViewLoopTest, AShortlyBusyLogIsNothingToTell) {
     };
     run(kFollowing);
     EXPECT_EQ(shown, files.bytes);
-    EXPECT_THAT(clock.told, IsEmpty());
+    EXPECT_THAT(clock.reports, IsEmpty());
 }
 
-TEST_F(ViewLoopTest, ALogThatStaysBusyIsToldOnce) {
+TEST_F(ViewLoopTest, FollowReportsABusyLogOnce) {
     files.index = 1;
     files.isBusy = true;
     clock.isTimeToStop = [&](LocalMs now) {
@@ -141,10 +141,10 @@ TEST_F(ViewLoopTest, ALogThatStaysBusyIsToldOnce) {
     };
     run(kFollowing);
     EXPECT_EQ(shown, files.bytes);
-    EXPECT_THAT(clock.told, ElementsAre(L"my.log: cannot be read; waiting for it"));
+    EXPECT_THAT(clock.reports, ElementsAre(L"my.log: cannot be read; waiting"));
 }
 
-TEST_F(ViewLoopTest, ALogThatIsBusyAgainIsToldAgain) {
+TEST_F(ViewLoopTest, FollowReportsEachBusyPeriod) {
     files.index = 1;
     files.isBusy = true;
     clock.isTimeToStop = [&](LocalMs now) {
@@ -152,10 +152,10 @@ TEST_F(ViewLoopTest, ALogThatIsBusyAgainIsToldAgain) {
         return now > 5 * kLongest;
     };
     run(kFollowing);
-    EXPECT_EQ(clock.told.size(), 2u);
+    EXPECT_EQ(clock.reports.size(), 2u);
 }
 
-TEST_F(ViewLoopTest, ALogThatStaysBusyIsTriedLessOften) {
+TEST_F(ViewLoopTest, BusyLogIsPolledLessOften) {
     files.isBusy = true;
     unsigned int attemptsBefore = 0;
     clock.isTimeToStop = [&](LocalMs now) {
@@ -167,27 +167,27 @@ TEST_F(ViewLoopTest, ALogThatStaysBusyIsTriedLessOften) {
     EXPECT_LE(files.attempts - attemptsBefore, kLongest / ViewLoop::kPollMs + 2);
 }
 
-TEST_F(ViewLoopTest, ALogThatStaysBusyIsAFailureWithoutFollowing) {
+TEST_F(ViewLoopTest, BusyLogFailsWithoutFollow) {
     files.isBusy = true;
     EXPECT_THROW(run({.path = L"my.log"}), FileBusy);
     EXPECT_GT(clock.nowMs(), kLongest);
-    EXPECT_THAT(clock.told, IsEmpty());
+    EXPECT_THAT(clock.reports, IsEmpty());
 }
 
-TEST_F(ViewLoopTest, EveryGapIsToldWhenItIsSeen) {
+TEST_F(ViewLoopTest, GapsAreReportedAtOnce) {
     files.index = 1;
-    std::vector<std::size_t> toldBy;
+    std::vector<std::size_t> reportsByWait;
     clock.isTimeToStop = [&](LocalMs now) {
-        toldBy.push_back(clock.told.size());
+        reportsByWait.push_back(clock.reports.size());
         files.index = now < 300 ? 1 : now < 600 ? 2 : 3;
         return now >= 900;
     };
     run(kFollowing);
     EXPECT_EQ(shown, files.bytes + files.bytes + files.bytes);
-    EXPECT_THAT(toldBy, ElementsAre(0, 0, 0, 1, 1, 1, 2, 2, 2));
-    EXPECT_THAT(clock.told,
-                ::testing::Each(L"the log was deleted, emptied or moved too often: records may be missing"));
-    EXPECT_EQ(clock.told.size(), 2u);
+    EXPECT_THAT(reportsByWait, ElementsAre(0, 0, 0, 1, 1, 1, 2, 2, 2));
+    EXPECT_THAT(clock.reports,
+                ::testing::Each(L"the log was deleted, emptied or rotated too quickly: records may be missing"));
+    EXPECT_EQ(clock.reports.size(), 2u);
 }
 
 }  // namespace

@@ -13,12 +13,13 @@ using test::header;
 using vorellog::Settings;
 using vorellog::Viewer;
 
-/// A viewer, and what it has written since the last look.
+/// A viewer and its output.
 class Viewing {
 public:
     explicit Viewing(const Settings& settings = {})
         : viewer(settings, false, [this](std::string_view text) { m_written += text; }) {}
 
+    /// Returns and clears the output.
     std::string take() { return std::exchange(m_written, {}); }
 
 private:
@@ -28,24 +29,24 @@ public:
     Viewer viewer;
 };
 
-TEST(ViewerTest, ARecordIsShownWhenNothingGoesOnWithIt) {
+TEST(ViewerTest, RecordIsShownWhenNoLineFollows) {
     Viewing viewing;
     viewing.viewer.bytes(header() + "WARN: a\r\n");
-    viewing.viewer.showWhatIsRead(0);
+    viewing.viewer.showPending(0);
     EXPECT_EQ(viewing.take(), "");
     viewing.viewer.bytes("b\r\n");
-    viewing.viewer.showWhatIsRead(0);
+    viewing.viewer.showPending(0);
     EXPECT_EQ(viewing.take(), "");
-    viewing.viewer.showWhatIsRead(0);
+    viewing.viewer.showPending(0);
     EXPECT_EQ(viewing.take(), header() + "WARN: a\n    | b\n");
-    viewing.viewer.showWhatIsRead(0);
+    viewing.viewer.showPending(0);
     EXPECT_EQ(viewing.take(), "");
 }
 
-TEST(ViewerTest, TheNextRecordShowsTheOneBefore) {
+TEST(ViewerTest, NextRecordCompletesThePreviousOne) {
     Viewing viewing;
     viewing.viewer.bytes(header() + "WARN: a\r\n" + header() + "WARN: b\r\n" + header());
-    viewing.viewer.showWhatIsRead(0);
+    viewing.viewer.showPending(0);
     EXPECT_EQ(viewing.take(), header() + "WARN: a\n");
     EXPECT_TRUE(viewing.viewer.isWithinLine());
     viewing.viewer.finish();
@@ -53,7 +54,7 @@ TEST(ViewerTest, TheNextRecordShowsTheOneBefore) {
     EXPECT_FALSE(viewing.viewer.isWithinLine());
 }
 
-TEST(ViewerTest, AnotherFileEndsARecord) {
+TEST(ViewerTest, EndOfFileEndsTheRecord) {
     Viewing viewing;
     viewing.viewer.bytes(header() + "WARN: ha");
     viewing.viewer.endOfFile();
@@ -62,22 +63,22 @@ TEST(ViewerTest, AnotherFileEndsARecord) {
     EXPECT_EQ(viewing.take(), "(cut) " + header() + "WARN: ha\n(no header) garbage\n");
 }
 
-TEST(ViewerTest, AnOpenTrailIsShownAfterSilence) {
-    constexpr vorellog::LocalMs kGap = vorellog::Folder::kTrailGapMs;
+TEST(ViewerTest, OpenTrailIsShownAfterTheGap) {
+    constexpr vorellog::LocalMs kGap = vorellog::TrailAssembler::kTrailGapMs;
     Viewing viewing({.fold = true});
     viewing.viewer.bytes(header() + "Vorel Error: a\r\n");
-    viewing.viewer.showWhatIsRead(1000);
-    viewing.viewer.showWhatIsRead(1000 + kGap);
+    viewing.viewer.showPending(1000);
+    viewing.viewer.showPending(1000 + kGap);
     viewing.viewer.bytes(header() + "Vorel Error: b\r\n");
-    viewing.viewer.showWhatIsRead(9000 + kGap);
-    EXPECT_EQ(viewing.viewer.lastNewsMs(), 9000 + kGap);
-    viewing.viewer.showWhatIsRead(9000 + 2 * kGap);
+    viewing.viewer.showPending(9000 + kGap);
+    EXPECT_EQ(viewing.viewer.lastInputMs(), 9000 + kGap);
+    viewing.viewer.showPending(9000 + 2 * kGap);
     EXPECT_EQ(viewing.take(), "");
-    viewing.viewer.showWhatIsRead(9001 + 2 * kGap);
+    viewing.viewer.showPending(9001 + 2 * kGap);
     EXPECT_EQ(viewing.take(), header() + "Vorel Error: a\n    > b\n");
 }
 
-TEST(ViewerTest, AnEntryIsShownWholeForOneRecordThatIsWanted) {
+TEST(ViewerTest, OneMatchingRecordShowsTheWholeTrail) {
     Settings settings{.fold = true};
     settings.filter.texts = {"Parser"};
     Viewing viewing(settings);
@@ -90,8 +91,8 @@ TEST(ViewerTest, AnEntryIsShownWholeForOneRecordThatIsWanted) {
     EXPECT_TRUE(viewing.viewer.hasFound());
 }
 
-TEST(ViewerTest, NoMoreThanWanted) {
-    Viewing viewing({.mostEntries = 2});
+TEST(ViewerTest, StopsAtMaxCount) {
+    Viewing viewing({.maxEntries = 2});
     viewing.viewer.bytes(header() + "a\n" + header() + "b\n");
     EXPECT_FALSE(viewing.viewer.hasEnough());
     viewing.viewer.bytes(header() + "c\n" + header() + "d\n");
@@ -100,18 +101,18 @@ TEST(ViewerTest, NoMoreThanWanted) {
     EXPECT_EQ(viewing.take(), header() + "a\n" + header() + "b\n");
 }
 
-TEST(ViewerTest, TheSummaryCountsWhatIsWanted) {
+TEST(ViewerTest, SummaryCountsMatchingRecords) {
     Settings settings{.json = true, .summary = true};
     settings.filter.prefixes = {"WARN"};
     Viewing viewing(settings);
     viewing.viewer.bytes("garbage\n" + header() + "WARN: a\n" + header() + "DEBUG: b\n");
     viewing.viewer.finish();
     EXPECT_THAT(viewing.take(), ::testing::StartsWith(R"({"type":"summary","entries":1,"records":1,"f)"));
-    EXPECT_EQ(viewing.viewer.unjudged(), 1u);
+    EXPECT_EQ(viewing.viewer.undecided(), 1u);
     EXPECT_TRUE(viewing.viewer.hasFound());
 }
 
-TEST(ViewerTest, NothingWanted) {
+TEST(ViewerTest, NoMatchingRecord) {
     Settings settings;
     settings.filter.texts = {"else"};
     Viewing viewing(settings);
@@ -119,7 +120,7 @@ TEST(ViewerTest, NothingWanted) {
     viewing.viewer.finish();
     EXPECT_EQ(viewing.take(), "");
     EXPECT_FALSE(viewing.viewer.hasFound());
-    EXPECT_EQ(viewing.viewer.unjudged(), 0u);  // its text was looked at
+    EXPECT_EQ(viewing.viewer.undecided(), 0u);  // the filter checked its text
 }
 
 }  // namespace

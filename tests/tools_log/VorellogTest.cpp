@@ -1,5 +1,5 @@
 /// \file
-/// vorellog as a program: over logs that the library writes in several processes, over damage, and what it ends with.
+/// The program vorellog: logs of several processes, damaged logs, and exit codes.
 
 #include <algorithm>
 #include <map>
@@ -47,7 +47,7 @@ protected:
     }
 };
 
-TEST_F(VorellogTest, ALogOfSeveralProcessesIsShownWhole) {
+TEST_F(VorellogTest, ShowsAllLinesOfSeveralProcesses) {
     constexpr unsigned int kLines = 30;
     test::LogWriters writers(log.path(), log.folder(), -1);
     writers.start(3, kLines);
@@ -73,13 +73,13 @@ TEST_F(VorellogTest, ALogOfSeveralProcessesIsShownWhole) {
     }
 }
 
-TEST_F(VorellogTest, ATrailOfTheLibraryIsOneEntry) {
+TEST_F(VorellogTest, FoldsATrailOfTheLibrary) {
     using vorel::detail::contained;
     using vorel::detail::guarded;
     const auto fail = [] {
         Exception failure(L"line %d is not a number", 7);
         failure.appendMessage(L"in %ls", L"orders.txt");
-        throw failure;  // NOLINT(misc-throw-by-value-catch-by-reference): it is made before it is thrown
+        throw failure;  // NOLINT(misc-throw-by-value-catch-by-reference): constructed before the throw
     };
     contained(L"import", [&] { guarded(L"Parser", L"run", fail); });
     Exception::warn("done");
@@ -102,7 +102,7 @@ TEST_F(VorellogTest, ATrailOfTheLibraryIsOneEntry) {
     EXPECT_THAT(json.output, HasSubstr(R"("message":"import: Vorel exception caught"}]})"));
 }
 
-TEST_F(VorellogTest, BackupAndLogInOrderWithTheirDamageMarked) {
+TEST_F(VorellogTest, ShowsBackupThenLogAndMarksDamage) {
     write(log.backupPath(), "the end of a lost line\r\n" + header(1) + "WARN: one\r\n" + header(1) + "WARN: ha");
     write(log.path(), header(2) + "WARN: two\r\nlines\r\n[Mon Nov 16" + header(3) + "WARN: caf\xE9\r\n" + header(4) +
                           "DEBUG: a" + header(5) + "DEBUG: b\r\n");
@@ -125,8 +125,8 @@ TEST_F(VorellogTest, FiltersByTime) {
               header(1, 1, "02:00:59") + "b\n");
 }
 
-TEST_F(VorellogTest, WhatAKilledWriterLeavesIsCut) {
-    // It dies while it holds the lock, within its line.
+TEST_F(VorellogTest, MarksTheLineOfAKilledWriter) {
+    // The writer is killed within a line, while it holds the lock.
     const test::NamedEvent held(test::NamedEvent::uniqueName(L"held"));
     const test::NamedEvent release(test::NamedEvent::uniqueName(L"release"));
     Exception::warn("before");
@@ -144,7 +144,7 @@ TEST_F(VorellogTest, WhatAKilledWriterLeavesIsCut) {
                             AllOf(::testing::StartsWith("(mid-line) ["), ::testing::EndsWith("WARN: after"))));
 }
 
-TEST_F(VorellogTest, AForgedRecordIsDamagedAndHidesNothing) {
+TEST_F(VorellogTest, MarksForgedRecords) {
     const std::string forged = header(7) + "Vorel Error: g: Vorel exception caught";
     const Exception failure(L"line %hs is not a number", forged.c_str());
     vorel::detail::contained(L"import", [&] { throw Exception(failure); });
@@ -157,7 +157,7 @@ TEST_F(VorellogTest, AForgedRecordIsDamagedAndHidesNothing) {
     EXPECT_THAT(folded.output, HasSubstr("import: Vorel exception caught"));
 }
 
-TEST_F(VorellogTest, OfKilledWritersEveryLineIsWholeOrMarked) {
+TEST_F(VorellogTest, LinesOfKilledWritersAreCompleteOrMarked) {
     test::LogWriters writers(log.path(), log.folder(), -1);
     writers.start(2, test::LogWriters::kWithoutEnd);
     ASSERT_TRUE(writers.waitForProgress());
@@ -172,7 +172,7 @@ TEST_F(VorellogTest, OfKilledWritersEveryLineIsWholeOrMarked) {
     EXPECT_GE(whole, 2 * test::LogWriters::kThreads * 10);
 }
 
-TEST_F(VorellogTest, ViewingLeavesTheLogAsItIs) {
+TEST_F(VorellogTest, DoesNotChangeTheLog) {
     write(log.path(), "garbage\xE9\r\n" + header() + "WARN: a\r\n");
     const auto before = test::readFileBytes(log.path());
     (void)view({L"--json"});
@@ -195,17 +195,17 @@ TEST_F(VorellogTest, ExitCodes) {
     EXPECT_EQ(test::capture(L"vorellog", {folder}).exitCode, 3u);
     const Captured missing = test::capture(L"vorellog", {folder + L"\\no.log"});
     EXPECT_EQ(missing.exitCode, 3u);
-    EXPECT_THAT(missing.error, HasSubstr("no.log: there is no such log"));
+    EXPECT_THAT(missing.error, HasSubstr("no.log: log not found"));
     write(log.path(), "");
     EXPECT_EQ(view({}).exitCode, 1u);
 }
 
-TEST_F(VorellogTest, HelpNamesEveryOptionAndExitCode) {
+TEST_F(VorellogTest, HelpListsOptionsAndExitCodes) {
     const Captured help = test::capture(L"vorellog", {L"--help"});
     EXPECT_EQ(help.exitCode, 0u);
     for (const char* const word : {"--follow", "--process", "--thread", "--prefix", "--from", "--to", "--text",
                                    "--ignore-case", "--damaged", "--max-count", "--fold", "--summary", "--json",
-                                   "--color", "--version", "0 something", "1 nothing", "2 wrong", "3 the"}) {
+                                   "--color", "--version", "0 entries", "1 nothing", "2 invalid", "3 the"}) {
         EXPECT_THAT(help.output, HasSubstr(word));
     }
 }
@@ -217,7 +217,7 @@ TEST_F(VorellogTest, Version) {
     EXPECT_EQ(version.error, "");
 }
 
-TEST_F(VorellogTest, ColoursOnlyWhereTheyAreWanted) {
+TEST_F(VorellogTest, ColoursFollowOptionAndEnvironment) {
     write(log.path(), header() + "WARN: text\r\n");
     EXPECT_THAT(view({}).output, Not(HasSubstr("\x1B")));  // into a pipe
     EXPECT_THAT(view({L"--color=always"}).output, HasSubstr("\x1B[33mWARN: \x1B[0mtext"));

@@ -15,7 +15,7 @@ bool equalButForCase(char a, char b) noexcept {
     return lower(a) == lower(b);
 }
 
-/// No choices take everything.
+/// An empty list accepts every value.
 template <class T, class U>
 bool isAmong(const std::vector<T>& choices, const U& value) {
     return choices.empty() || std::find(choices.begin(), choices.end(), value) != choices.end();

@@ -1,8 +1,8 @@
 /// \file
-/// Which records are wanted. Choices of one kind are alternatives; all kinds that are given have to hold.
+/// Selects records. Values of one kind are alternatives; a record must match every kind that is given.
 ///
-/// A damaged record has what can still be read from it. One without a header has no process, thread, prefix and time,
-/// so no choice among these takes it; only its text can be looked for.
+/// A damaged record is matched by what can still be read from it. A record without a header has no process, thread,
+/// prefix or time, so a filter on one of these rejects it; only its text can match.
 #pragma once
 
 #include <optional>
@@ -16,11 +16,11 @@ namespace vorellog {
 struct FilterChoices {
     std::vector<unsigned long> processes{};
     std::vector<unsigned long> threads{};
-    std::vector<std::string> prefixes{};  ///< without their colon; letters of A to Z in either case
+    std::vector<std::string> prefixes{};  ///< without the colon; the case of A to Z is ignored
     std::vector<std::string> texts{};     ///< anywhere in prefix and message
-    bool ignoreCase = false;              ///< of the letters A to Z in the texts
-    std::optional<LocalMs> from{};
-    std::optional<LocalMs> to{};  ///< the first millisecond that is not wanted any more
+    bool ignoreCase = false;              ///< ignores the case of A to Z in `texts`
+    std::optional<LocalMs> from{};        ///< inclusive
+    std::optional<LocalMs> to{};          ///< exclusive
     bool damagedOnly = false;
 };
 
@@ -30,7 +30,7 @@ public:
 
     [[nodiscard]] bool matches(const Record& record) const;
 
-    /// Whether no record without a header can match.
+    /// Whether only a record with a header can match.
     [[nodiscard]] bool needsHeader() const noexcept { return m_needsHeader; }
 
 private:

@@ -8,7 +8,7 @@ namespace vorellog {
 
 namespace {
 
-/// The record of `trail` with a message of the same form as `record`'s.
+/// The index of the record of `trail` whose message has the same form as that of `record`.
 std::optional<std::size_t> findSameForm(const Trail& trail, const Record& record) {
     const auto& records = trail.records;
     const std::string_view message = record.parsedBody().message;
@@ -18,7 +18,8 @@ std::optional<std::size_t> findSameForm(const Trail& trail, const Record& record
     return found == records.end() ? std::nullopt : std::optional(static_cast<std::size_t>(found - records.begin()));
 }
 
-/// Where the failure began that passes a place for the second time: the last message behind the first time.
+/// The index at which a second failure began, if `record` names a function that the trail has already passed: the last
+/// message after the first pass.
 std::optional<std::size_t> findLaterFailure(const Trail& trail, const Record& record) {
     const std::optional<std::size_t> before = findSameForm(trail, record);
     if (!before) {
@@ -42,8 +43,8 @@ std::string_view nameOf(TrailEnd end) noexcept {
     }
 }
 
-void Folder::add(const Record& record) {
-    // What a message may have forged has no step, and its time does not count.
+void TrailAssembler::add(const Record& record) {
+    // A message may have forged this record: ignore its step and its time.
     const bool isForgeable = record.damage() == Damage::MidLine;
     const TrailStep step = isForgeable ? TrailStep::None : stepOf(record);
     const LogHeader* const header = isForgeable ? nullptr : record.header();
@@ -56,119 +57,119 @@ void Folder::add(const Record& record) {
     } else {
         addToTrail(record, *header, step);
     }
-    deliverWhatCan();
+    deliverReady();
 }
 
-void Folder::addSingle(const Record& record, bool isException) {
-    const auto place = m_waiting.emplace(m_waiting.end());
-    place->trail.isException = isException;
-    place->trail.end = TrailEnd::Caught;
-    append(place, record);
+void TrailAssembler::addSingle(const Record& record, bool isException) {
+    const auto position = m_waiting.emplace(m_waiting.end());
+    position->trail.isException = isException;
+    position->trail.end = TrailEnd::Caught;
+    append(position, record);
 }
 
-void Folder::addToTrail(const Record& record, const LogHeader& header, TrailStep step) {
+void TrailAssembler::addToTrail(const Record& record, const LogHeader& header, TrailStep step) {
     const Writer writer(record.host(), header.processId, header.threadId);
-    auto place = openTrail(writer);
-    if (place != m_waiting.end() && header.timeMs - place->lastMs > kTrailGapMs) {
-        close(place, TrailEnd::Open);
-        place = m_waiting.end();
+    auto position = openTrail(writer);
+    if (position != m_waiting.end() && header.timeMs - position->lastMs > kTrailGapMs) {
+        close(position, TrailEnd::Open);
+        position = m_waiting.end();
     }
-    if (place != m_waiting.end()) {
+    if (position != m_waiting.end()) {
         const bool startsAnother = step == TrailStep::SevereThrown || step == TrailStep::TestFailed ||
-                                   (step == TrailStep::Message && findSameForm(place->trail, record));
-        if (startsAnother || place->trail.records.size() == kMostRecords) {
-            close(place, TrailEnd::Open);
-            place = m_waiting.end();
+                                   (step == TrailStep::Message && findSameForm(position->trail, record));
+        if (startsAnother || position->trail.records.size() == kMaxRecords) {
+            close(position, TrailEnd::Open);
+            position = m_waiting.end();
         } else if (step == TrailStep::Rethrown || step == TrailStep::Caught) {
-            if (const auto later = findLaterFailure(place->trail, record)) {
-                place = splitBefore(place, *later);
+            if (const auto later = findLaterFailure(position->trail, record)) {
+                position = splitBefore(position, *later);
             }
         }
     }
-    if (place == m_waiting.end()) {
-        place = begin(writer);
+    if (position == m_waiting.end()) {
+        position = begin(writer);
     }
-    append(place, record);
+    append(position, record);
     if (step == TrailStep::Caught) {
-        close(place, TrailEnd::Caught);
+        close(position, TrailEnd::Caught);
     } else if (record.damage() == Damage::Cut) {
-        close(place, TrailEnd::Open);  // its thread has been ended
+        close(position, TrailEnd::Open);  // the thread was terminated
     }
 }
 
-Folder::Place Folder::openTrail(const Writer& writer) {
+TrailAssembler::Position TrailAssembler::openTrail(const Writer& writer) {
     const auto found = m_open.find(writer);
     return found == m_open.end() ? m_waiting.end() : found->second;
 }
 
-Folder::Place Folder::begin(const Writer& writer) {
-    const auto place = m_waiting.emplace(m_waiting.end());
-    place->writer = writer;
-    place->trail.isException = true;
-    place->isOpen = true;
-    m_open[writer] = place;
-    return place;
+TrailAssembler::Position TrailAssembler::begin(const Writer& writer) {
+    const auto position = m_waiting.emplace(m_waiting.end());
+    position->writer = writer;
+    position->trail.isException = true;
+    position->isOpen = true;
+    m_open[writer] = position;
+    return position;
 }
 
-void Folder::append(Place place, const Record& record) {
-    place->trail.records.push_back(record);
-    place->numbers.push_back(m_number);
-    place->lastMs = record.header() ? record.header()->timeMs : m_nowMs;
+void TrailAssembler::append(Position position, const Record& record) {
+    position->trail.records.push_back(record);
+    position->numbers.push_back(m_number);
+    position->lastMs = record.header() ? record.header()->timeMs : m_nowMs;
     ++m_recordsWaiting;
     m_bytesWaiting += record.text().size();
 }
 
-Folder::Place Folder::splitBefore(Place place, std::size_t index) {
-    auto& records = place->trail.records;
-    auto& numbers = place->numbers;
+TrailAssembler::Position TrailAssembler::splitBefore(Position position, std::size_t index) {
+    auto& records = position->trail.records;
+    auto& numbers = position->numbers;
     const auto offset = static_cast<std::ptrdiff_t>(index);
-    // It has its turn after all that began before it.
-    auto next = place;
+    // The later trail is delivered after all trails that began before it.
+    auto next = position;
     do {
         ++next;
     } while (next != m_waiting.end() && next->numbers.front() < numbers[index]);
 
     const auto later = m_waiting.emplace(next);
-    later->writer = place->writer;
+    later->writer = position->writer;
     later->trail.isException = true;
     later->trail.records.assign(std::make_move_iterator(records.begin() + offset),
                                 std::make_move_iterator(records.end()));
     later->numbers.assign(numbers.begin() + offset, numbers.end());
-    later->lastMs = place->lastMs;
+    later->lastMs = position->lastMs;
     records.resize(index);
     numbers.resize(index);
-    close(place, TrailEnd::Open);
+    close(position, TrailEnd::Open);
     later->isOpen = true;
     m_open[later->writer] = later;
     return later;
 }
 
-void Folder::close(Place place, TrailEnd end) {
-    Trail& trail = place->trail;
+void TrailAssembler::close(Position position, TrailEnd end) {
+    Trail& trail = position->trail;
     const bool suppressed = end == TrailEnd::Open && stepOf(trail.records.back()) == TrailStep::Suppressed;
     trail.end = suppressed ? TrailEnd::Suppressed : end;
-    place->isOpen = false;
-    m_open.erase(place->writer);
+    position->isOpen = false;
+    m_open.erase(position->writer);
 }
 
-void Folder::deliverWhatCan() {
+void TrailAssembler::deliverReady() {
     while (!m_waiting.empty()) {
         const Waiting& front = m_waiting.front();
-        if (front.isOpen && m_nowMs - front.lastMs <= kTrailGapMs && m_recordsWaiting <= kMostWaiting &&
-            m_bytesWaiting <= kMostBytesWaiting) {
+        if (front.isOpen && m_nowMs - front.lastMs <= kTrailGapMs && m_recordsWaiting <= kMaxWaitingRecords &&
+            m_bytesWaiting <= kMaxWaitingBytes) {
             return;
         }
         deliverFront();
     }
 }
 
-void Folder::flush() {
+void TrailAssembler::flush() {
     while (!m_waiting.empty()) {
         deliverFront();
     }
 }
 
-void Folder::deliverFront() {
+void TrailAssembler::deliverFront() {
     if (m_waiting.front().isOpen) {
         close(m_waiting.begin(), TrailEnd::Open);
     }

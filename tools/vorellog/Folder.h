@@ -1,23 +1,24 @@
 /// \file
-/// Folds the records that one exception left on its way into one trail:
+/// Assembles the records of one exception into one trail:
 ///
-///     Vorel Error: line 7 is no number                     the failure
-///     Vorel Error: Parser::run: Vorel exception rethrown   where it passed
-///     Vorel Error: Import::main: Vorel exception caught    where it ended
+///     Vorel Error: line 7 is not a number                  the failure
+///     Vorel Error: Parser::run: Vorel exception rethrown   a function that rethrew it
+///     Vorel Error: Import::main: Vorel exception caught    the function that caught it
 ///
-/// The log does not say which records belong together, so a trail is found by its writer and by the form of its
-/// records. Those of one thread follow each other in the order in which it wrote them, and "…caught" ends a trail. A
-/// program may also catch an exception without a record; then its trail ends where the thread says something that this
-/// exception cannot have said:
+/// The log does not say which records belong together. Trails are recognised by the writer and the form of the records:
+/// the records of one thread are in the order in which it wrote them, and "…caught" ends a trail. A program may also
+/// catch an exception without a record. Then the trail ends at the first record that cannot belong to the same
+/// exception:
 ///
-///   - "…: Severe error thrown" and "…: TestAndThrow test failed" always begin another one;
-///   - a message that the trail already has, and a place that it passed before an earlier message, belong to the next
-///     failure of the same kind ("row 7" and "row 8" are the same: digits do not count);
-///   - after kTrailGapMs of silence nothing belongs to it any more.
+///   - "…: Severe error thrown" and "…: TestAndThrow test failed" always begin a trail;
+///   - a message that the trail already has, and a function that it passed before an earlier message, belong to the
+///     next failure of the same kind ("row 7" and "row 8" are equal: digits are ignored);
+///   - a record more than kTrailGapMs after the last one of the trail begins a new trail.
 ///
-/// A record whose header is in the middle of a line joins no trail and ends none: a message may have forged it.
+/// A record whose header is in the middle of a line neither joins nor ends a trail: a message may have forged it.
 ///
-/// Everything comes out in the order of its first record; what is no exception's passes through. Memory is bounded.
+/// Trails are delivered in the order of their first records. Records that do not belong to an exception are delivered
+/// as trails of one record. Memory is bounded.
 #pragma once
 
 #include <cstddef>
@@ -38,65 +39,65 @@ namespace vorellog {
 /// How a trail ended.
 enum class TrailEnd {
     Caught,
-    Suppressed,  ///< by a destructor, while another exception was on its way
-    Open,        ///< no record tells
+    Suppressed,  ///< by a destructor, while another exception was unwinding the stack
+    Open,        ///< not recorded
 };
 
 /// "caught", "suppressed", "open".
 std::string_view nameOf(TrailEnd end) noexcept;
 
-/// The records of one exception, in their order; or one record that is none of an exception.
+/// The records of one exception in log order, or one record that does not belong to an exception.
 struct Trail {
     std::vector<Record> records;
     bool isException = false;
     TrailEnd end = TrailEnd::Open;
 };
 
-class Folder {
+class TrailAssembler {
 public:
     static constexpr LocalMs kTrailGapMs = 5000;
-    static constexpr std::size_t kMostRecords = 512;                         ///< of one trail
-    static constexpr std::size_t kMostWaiting = 8192;                        ///< records that have not come out
-    static constexpr std::size_t kMostBytesWaiting = std::size_t{32} << 20;  ///< of their texts
+    static constexpr std::size_t kMaxRecords = 512;                         ///< in one trail
+    static constexpr std::size_t kMaxWaitingRecords = 8192;                 ///< records not yet delivered
+    static constexpr std::size_t kMaxWaitingBytes = std::size_t{32} << 20;  ///< in the texts of these records
 
-    /// `deliver` may look at the trail while it is called.
-    explicit Folder(std::function<void(const Trail&)> deliver) : m_deliver(std::move(deliver)) {}
+    /// The trail is valid only during the call of `deliver`.
+    explicit TrailAssembler(std::function<void(const Trail&)> deliver) : m_deliver(std::move(deliver)) {}
 
     void add(const Record& record);
 
-    /// Delivers everything, with the open trails as far as they have come.
+    /// Delivers everything, open trails included.
     void flush();
 
 private:
     using Writer = std::tuple<std::string, unsigned long, unsigned long>;  ///< host, process, thread
 
-    /// A trail that waits for its end, or for its turn.
+    /// A trail that waits for its end or for earlier trails.
     struct Waiting {
         Writer writer;
         Trail trail;
-        std::vector<unsigned long long> numbers;  ///< of its records, in the order of the log
+        std::vector<unsigned long long> numbers;  ///< of the records, in log order
         LocalMs lastMs = 0;
         bool isOpen = false;
     };
-    using Place = std::list<Waiting>::iterator;
+    using Position = std::list<Waiting>::iterator;
 
     void addSingle(const Record& record, bool isException);
     void addToTrail(const Record& record, const LogHeader& header, TrailStep step);
-    Place openTrail(const Writer& writer);
-    Place begin(const Writer& writer);
-    void append(Place place, const Record& record);
-    Place splitBefore(Place place, std::size_t index);
-    void close(Place place, TrailEnd end);
-    void deliverWhatCan();
+    Position openTrail(const Writer& writer);
+    Position begin(const Writer& writer);
+    void append(Position position, const Record& record);
+    Position splitBefore(Position position, std::size_t index);
+    void close(Position position, TrailEnd end);
+    void deliverReady();
     void deliverFront();
 
     std::function<void(const Trail&)> m_deliver;
     std::list<Waiting> m_waiting;
-    std::map<Writer, Place> m_open;
+    std::map<Writer, Position> m_open;
     std::size_t m_recordsWaiting = 0;
     std::size_t m_bytesWaiting = 0;
     unsigned long long m_number = 0;
-    LocalMs m_nowMs = 0;  ///< the latest time seen
+    LocalMs m_nowMs = 0;  ///< the latest time of a record
 };
 
 }  // namespace vorellog

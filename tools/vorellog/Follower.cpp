@@ -17,26 +17,26 @@ Follower::Follower(LogFiles& files, LogSink& sink) : m_files(files), m_sink(sink
 Follower::Progress Follower::poll() {
     Pair pair = openPair();
     if (!m_current) {
-        return startAnew(pair);
+        return startOver(pair);
     }
     if (isAt(*m_current, pair.log.get())) {
-        return goOnInLog(std::move(pair));
+        return followLog(std::move(pair));
     }
     if (isAt(*m_current, pair.backup.get())) {
-        return goOnFromBackup(std::move(pair));
+        return followBackup(std::move(pair));
     }
     m_current.reset();
     m_sink.endOfFile();
     m_sink.gap();
-    return startAnew(pair);
+    return startOver(pair);
 }
 
-/// Opens both files as they stood at one moment: if the backup is the same before and after the log was opened, nobody
-/// has moved the log in between. (As long as a file is open, no other gets its id.)
+/// Opens a consistent pair of files: if the backup is the same before and after opening the log, no rotation happened
+/// in between. (While a file is open, no other file gets its id.)
 Follower::Pair Follower::openPair() {
-    constexpr unsigned int kMostAttempts = 100;
+    constexpr unsigned int kMaxAttempts = 100;
     const auto sameFile = [](const LogFile* a, const LogFile* b) { return a && b ? a->id() == b->id() : a == b; };
-    for (unsigned int attempt = 0; attempt != kMostAttempts; ++attempt) {
+    for (unsigned int attempt = 0; attempt != kMaxAttempts; ++attempt) {
         const std::unique_ptr<LogFile> before = m_files.open(LogFiles::Which::Backup);
         Pair pair;
         pair.log = m_files.open(LogFiles::Which::Log);
@@ -45,7 +45,7 @@ Follower::Pair Follower::openPair() {
             return pair;
         }
     }
-    throw FileBusy(tools::Failure(L"the log is moved to its backup all the time"));
+    throw FileBusy(tools::Failure(L"gave up: the log keeps being rotated"));
 }
 
 bool Follower::isAt(const Position& position, LogFile* file) {
@@ -57,8 +57,8 @@ bool Follower::isAt(const Position& position, LogFile* file) {
                             tail == position.tail);
 }
 
-/// Takes the backup, unless it has been read, and else the log.
-Follower::Progress Follower::startAnew(const Pair& pair) {
+/// Starts with the backup unless it has already been read, otherwise with the log.
+Follower::Progress Follower::startOver(const Pair& pair) {
     LogFile* first = pair.log.get();
     if (pair.backup && !(m_previous && isAt(*m_previous, pair.backup.get()))) {
         first = pair.backup.get();
@@ -70,18 +70,18 @@ Follower::Progress Follower::startAnew(const Pair& pair) {
     return Progress::More;
 }
 
-/// The log is closed before the sink gets what was read: a sink may take its time.
-Follower::Progress Follower::goOnInLog(Pair pair) {
+/// Closes the log before passing the bytes to the sink: a sink may be slow.
+Follower::Progress Follower::followLog(Pair pair) {
     if (readLateLines(pair)) {
         return Progress::More;
     }
     const std::size_t size = fetch(*m_current, *pair.log);
     pair = {};
-    take(*m_current, size);
+    deliver(*m_current, size);
     return size == kBlockBytes ? Progress::More : Progress::Idle;
 }
 
-Follower::Progress Follower::goOnFromBackup(Pair pair) {
+Follower::Progress Follower::followBackup(Pair pair) {
     const bool hasLog = pair.log != nullptr;
     const FileId log = hasLog ? pair.log->id() : FileId();
     pair.log.reset();
@@ -95,7 +95,8 @@ Follower::Progress Follower::goOnFromBackup(Pair pair) {
     return Progress::More;
 }
 
-/// A writer that had opened the log before it was moved writes its line into the backup. Returns whether one did.
+/// A writer that opened the log before its rotation writes its line to the backup. Returns whether there was such a
+/// line.
 bool Follower::readLateLines(Pair& pair) {
     if (!m_previous || isWithinLine() || !isAt(*m_previous, pair.backup.get())) {
         return false;
@@ -105,7 +106,7 @@ bool Follower::readLateLines(Pair& pair) {
         return false;
     }
     pair.log.reset();
-    take(*m_previous, size);
+    deliver(*m_previous, size);
     readToEnd(*m_previous, *pair.backup);
     m_sink.endOfFile();
     return true;
@@ -113,7 +114,7 @@ bool Follower::readLateLines(Pair& pair) {
 
 void Follower::readToEnd(Position& position, LogFile& file) {
     while (const std::size_t size = fetch(position, file)) {
-        take(position, size);
+        deliver(position, size);
     }
 }
 
@@ -121,8 +122,8 @@ std::size_t Follower::fetch(const Position& position, LogFile& file) {
     return file.read(position.offset, m_buffer.data(), m_buffer.size());
 }
 
-/// Hands the first `size` bytes of the buffer on.
-void Follower::take(Position& position, std::size_t size) {
+/// Passes the first `size` bytes of the buffer to the sink.
+void Follower::deliver(Position& position, std::size_t size) {
     const std::string_view bytes(m_buffer.data(), size);
     position.offset += size;
     position.tail.append(bytes.substr(size - std::min(size, kTailBytes)));

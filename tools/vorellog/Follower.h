@@ -1,14 +1,14 @@
 /// \file
-/// Reads a log from its start, the backup first, and goes on when the log is moved to its backup, deleted, made anew
-/// or emptied.
+/// Reads a log from its start, the backup first, and continues after the log is rotated, deleted, created again or
+/// emptied.
 ///
-/// Writers open the log by its name for every line, and nobody tells when they move it. So each poll opens the two
-/// files, finds out which of them is the one that was read last, goes on there, and closes them again: no file is kept
-/// open in between. A program that deletes the log finds that it is gone, and the writers can make it anew. Only a
-/// backup stays open until it is read to its end; while it is, the writers may have to put their next rotation off.
+/// Writers open the log by name for each line and do not announce a rotation. So each poll opens both files, finds the
+/// one that was read last, continues there, and closes both: no file stays open between polls. So a deleted log is
+/// really gone, and writers can create it again. Only the backup stays open until it is read to its end; meanwhile
+/// writers may have to postpone their next rotation.
 ///
-/// The file that was read last is known by its id and by the bytes in front of the place where reading stopped: an id
-/// alone may belong to a new file.
+/// The file that was read last is recognised by its id and by the bytes before the read position: a new file may have
+/// the same id.
 #pragma once
 
 #include <memory>
@@ -21,7 +21,7 @@
 
 namespace vorellog {
 
-/// Takes what a Follower reads.
+/// Receives what a Follower reads.
 class LogSink {
 public:
     LogSink() = default;
@@ -31,28 +31,28 @@ public:
 
     virtual void bytes(std::string_view bytes) = 0;
 
-    /// What comes next does not go on where the bytes before stopped.
+    /// The next bytes come from another file.
     virtual void endOfFile() = 0;
 
-    /// The file that was being read is gone: what was added to it since the last poll is lost.
+    /// The file that was being read is gone; lines added to it since the last poll are lost.
     virtual void gap() = 0;
 };
 
 class Follower {
 public:
     enum class Progress {
-        More,  ///< there is more to be read at once
-        Idle,  ///< all is read
+        More,  ///< more may be available at once
+        Idle,  ///< everything is read
     };
 
-    /// Both have to outlive the object.
+    /// `files` and `sink` must outlive this object.
     Follower(LogFiles& files, LogSink& sink);
 
     /// Reads one block of the log, or the rest of the backup.
-    /// \throws FileBusy, after which the next poll goes on and nothing is lost; tools::Failure; what the sink throws.
+    /// \throws FileBusy: nothing is lost, and the next poll continues; tools::Failure; exceptions of the sink.
     Progress poll();
 
-    /// Whether any file was there so far.
+    /// Whether a file has been found so far.
     [[nodiscard]] bool hasFound() const noexcept { return m_current || m_previous; }
 
 private:
@@ -60,7 +60,7 @@ private:
     struct Position {
         FileId id;
         unsigned long long offset = 0;
-        std::string tail;  ///< the last bytes in front of it
+        std::string tail;  ///< the last bytes before `offset`
     };
     struct Pair {
         std::unique_ptr<LogFile> log;
@@ -70,19 +70,19 @@ private:
     Pair openPair();
     static bool isAt(const Position& position, LogFile* file);
     std::size_t fetch(const Position& position, LogFile& file);
-    void take(Position& position, std::size_t size);
+    void deliver(Position& position, std::size_t size);
     void readToEnd(Position& position, LogFile& file);
     bool readLateLines(Pair& pair);
-    Progress goOnInLog(Pair pair);
-    Progress goOnFromBackup(Pair pair);
-    Progress startAnew(const Pair& pair);
+    Progress followLog(Pair pair);
+    Progress followBackup(Pair pair);
+    Progress startOver(const Pair& pair);
     [[nodiscard]] bool isWithinLine() const;
 
     LogFiles& m_files;
     LogSink& m_sink;
     std::vector<char> m_buffer;
     std::optional<Position> m_current;
-    std::optional<Position> m_previous;  ///< the backup that was read before
+    std::optional<Position> m_previous;  ///< the backup, after it was read
 };
 
 }  // namespace vorellog

@@ -8,7 +8,7 @@ namespace {
 
 constexpr LocalMs kYear = 364 * kDay;
 
-/// Each is a multiple of the one before; the last is long enough for all the years that a log can name.
+/// Each length is a multiple of the previous one. With the last one, all years that a log can contain fit.
 constexpr std::array<LocalMs, 16> kLengths = {
     kSecond,    5 * kSecond, 15 * kSecond, kMinute,   5 * kMinute, 15 * kMinute, kHour,       3 * kHour,
     12 * kHour, kDay,        7 * kDay,     28 * kDay, kYear,       10 * kYear,   100 * kYear, 1000 * kYear};
@@ -19,7 +19,7 @@ LocalMs Histogram::stepMs() const noexcept {
     return kLengths[m_length];
 }
 
-/// Rounded down, also before 1970.
+/// Rounds down, also for times before 1970.
 LocalMs Histogram::numberOf(LocalMs time) const noexcept {
     const LocalMs length = stepMs();
     return time / length - (time % length < 0 ? 1 : 0);
@@ -33,7 +33,7 @@ void Histogram::add(LocalMs time) {
 }
 
 bool Histogram::fits() const noexcept {
-    return m_counts.rbegin()->first - m_counts.begin()->first < static_cast<LocalMs>(kMostSteps) ||
+    return m_counts.rbegin()->first - m_counts.begin()->first < static_cast<LocalMs>(kMaxSteps) ||
            m_length + 1 == kLengths.size();
 }
 

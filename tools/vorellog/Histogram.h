@@ -1,6 +1,6 @@
 /// \file
-/// Counts of records over time, in a few steps of equal length. Nobody has to know the whole span before: steps that
-/// have become too many are joined.
+/// Counts records over time, in a few steps of equal length. The time span need not be known in advance: when there are
+/// too many steps, they are merged into longer ones.
 #pragma once
 
 #include <cstddef>
@@ -13,8 +13,8 @@ namespace vorellog {
 
 class Histogram {
 public:
-    /// From the first step with a record to the last one there are at most so many.
-    static constexpr std::size_t kMostSteps = 24;
+    /// Maximum number of steps from the first one with a record to the last one.
+    static constexpr std::size_t kMaxSteps = 24;
 
     struct Step {
         LocalMs from = 0;
@@ -23,10 +23,10 @@ public:
 
     void add(LocalMs time);
 
-    /// The steps in their order, also those without a record.
+    /// The steps in time order, empty ones included.
     [[nodiscard]] std::vector<Step> steps() const;
 
-    /// The length of a step: a second, and from there on what clocks and calendars have marks for.
+    /// The length of a step, from one second upwards: 5 s, 15 s, 1 min, and so on.
     [[nodiscard]] LocalMs stepMs() const noexcept;
 
 private:
@@ -35,7 +35,7 @@ private:
     void joinSteps();
 
     std::size_t m_length = 0;
-    std::map<LocalMs, unsigned long long> m_counts;  ///< by number of step
+    std::map<LocalMs, unsigned long long> m_counts;  ///< by step number
 };
 
 }  // namespace vorellog

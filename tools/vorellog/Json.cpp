@@ -12,7 +12,7 @@ namespace {
 
 constexpr std::string_view kReplacement = "\xEF\xBF\xBD";  // U+FFFD
 
-/// Every code point that has to be escaped has at most 16 bits.
+/// Every code point that must be escaped has at most 16 bits.
 void appendEscape(std::string& out, std::uint32_t codePoint) {
     switch (codePoint) {
     case '"': out += "\\\""; return;

@@ -1,5 +1,5 @@
 /// \file
-/// JSON, written.
+/// Writes JSON.
 #pragma once
 
 #include <string>
@@ -7,12 +7,11 @@
 
 namespace vorellog {
 
-/// Appends `text` as a JSON string, with U+FFFD for each byte that is not UTF-8. What a terminal might interpret
-/// (tools::needsEscape) is escaped; a JSON reader gets the same text.
+/// Appends `text` as a JSON string, with U+FFFD for each byte that is not valid UTF-8. Characters that a terminal might
+/// interpret (tools::needsEscape) are escaped; a JSON reader gets the original text.
 void appendJson(std::string& out, std::string_view text);
 
-/// An object that is appended to a text member by member, from its beginning to the end of this one's life. Names have
-/// nothing that needs to be escaped.
+/// Appends a JSON object to a text: the constructor opens it, the destructor closes it. Names must not need escaping.
 class JsonObject {
 public:
     explicit JsonObject(std::string& out) : m_out(out) { m_out += '{'; }
@@ -24,7 +23,7 @@ public:
     void add(std::string_view name, std::string_view value);
     void add(std::string_view name, unsigned long long value);
 
-    /// Appends the name; the caller appends the value.
+    /// Appends a name; the caller appends the value.
     void addName(std::string_view name);
 
 private:

@@ -17,7 +17,7 @@ void addWriter(JsonObject& object, const Record& record, const LogHeader& header
     object.add("thread", header.threadId);
 }
 
-/// Prefix and message, and what is wrong with them.
+/// Adds prefix, message and damage.
 void addBody(JsonObject& object, const Record& record, std::string& out) {
     const LogBody body = record.parsedBody();
     if (record.header()) {

@@ -11,7 +11,7 @@ void LineSplitter::add(std::string_view bytes) {
             keep(bytes);
             return;
         }
-        if (m_rest.empty() && end <= kMostPieceBytes) {
+        if (m_rest.empty() && end <= kMaxPieceBytes) {
             deliver(bytes.substr(0, end), LineEnd::Feed);
         } else {
             keep(bytes.substr(0, end));
@@ -39,8 +39,8 @@ void LineSplitter::deliver(std::string_view text, LineEnd end) {
 }
 
 void LineSplitter::keep(std::string_view bytes) {
-    while (m_rest.size() + bytes.size() > kMostPieceBytes) {
-        const std::size_t taken = kMostPieceBytes - m_rest.size();
+    while (m_rest.size() + bytes.size() > kMaxPieceBytes) {
+        const std::size_t taken = kMaxPieceBytes - m_rest.size();
         m_rest.append(bytes.substr(0, taken));
         bytes.remove_prefix(taken);
         deliver(m_rest, LineEnd::MoreText);

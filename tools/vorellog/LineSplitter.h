@@ -1,6 +1,6 @@
 /// \file
-/// Cuts a stream of bytes, which comes in blocks, into lines. A line feed ends a line, and the carriage returns in
-/// front of it belong to its end. Memory stays bounded: a line of more than kMostPieceBytes comes in pieces.
+/// Splits a stream of bytes into lines. A line ends with a line feed; carriage returns directly before it are removed.
+/// Memory is bounded: a line of more than kMaxPieceBytes bytes is delivered in pieces.
 #pragma once
 
 #include <cstddef>
@@ -11,31 +11,31 @@
 namespace vorellog {
 
 enum class LineEnd {
-    Feed,      ///< as it should be
-    MoreText,  ///< a piece of a line, which goes on
+    Feed,      ///< a line feed
+    MoreText,  ///< the line continues in the next piece
     File,      ///< the file ended within the line
 };
 
 /// A line, or a piece of one.
 struct Line {
-    std::string_view text;  ///< without its end; valid during the call that delivers it
+    std::string_view text;  ///< without line end; valid only while it is delivered
     LineEnd end = LineEnd::Feed;
-    bool begins = true;  ///< false for a piece that goes on with the one before
+    bool begins = true;  ///< false if this piece continues the previous one
 };
 
 class LineSplitter {
 public:
-    static constexpr std::size_t kMostPieceBytes = std::size_t{1} << 20;
+    static constexpr std::size_t kMaxPieceBytes = std::size_t{1} << 20;
 
     explicit LineSplitter(std::function<void(const Line&)> deliver) : m_deliver(std::move(deliver)) {}
 
-    /// Takes the next bytes, and delivers each line that ends in them.
+    /// Processes the next bytes and delivers each line that ends within them.
     void add(std::string_view bytes);
 
-    /// Delivers what has no end yet, and is ready for another file.
+    /// Delivers the incomplete last line, if there is one. The next bytes belong to another file.
     void endOfFile();
 
-    /// Whether bytes wait for the end of their line.
+    /// Whether the last line is incomplete.
     [[nodiscard]] bool isWithinLine() const noexcept { return !m_rest.empty() || m_withinPieces; }
 
 private:

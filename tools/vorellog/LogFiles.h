@@ -1,5 +1,5 @@
 /// \file
-/// The two files of an error log, opened so that nobody who writes, moves or deletes them notices.
+/// The two files of an error log, opened without disturbing programs that write, rotate or delete them.
 #pragma once
 
 #include <cstddef>
@@ -10,8 +10,7 @@
 
 namespace vorellog {
 
-/// What a file is known by while it has a name, whatever that is. A file that was deleted may leave its id to another
-/// one.
+/// Identifies a file independently of its name. A new file may get the id of a deleted one.
 struct FileId {
     unsigned long long volume = 0;
     unsigned long long index = 0;
@@ -19,7 +18,7 @@ struct FileId {
     friend bool operator==(const FileId&, const FileId&) = default;
 };
 
-/// A failure that is likely to pass: a writer is at work in the file, or somebody is just deleting it.
+/// A temporary failure: the file is locked by a writer, or is being deleted.
 class FileBusy : public tools::Failure {
 public:
     explicit FileBusy(const tools::Failure& failure) : Failure(failure) {}
@@ -35,8 +34,9 @@ public:
 
     [[nodiscard]] virtual FileId id() const = 0;
 
-    /// Reads up to `size` bytes from `offset` on; fewer only at the end of the file.
-    /// \throws FileBusy; tools::Failure when the file cannot be read.
+    /// Reads up to `size` bytes at `offset` and returns their number, which is less than `size` only at the end of the
+    /// file.
+    /// \throws FileBusy; tools::Failure if the file cannot be read.
     virtual std::size_t read(unsigned long long offset, char* buffer, std::size_t size) = 0;
 };
 
@@ -49,15 +49,15 @@ public:
     LogFiles(const LogFiles&) = delete;
     LogFiles& operator=(const LogFiles&) = delete;
 
-    /// Null when there is no such file.
-    /// \throws FileBusy; tools::Failure when it cannot be opened.
+    /// Returns null if the file does not exist.
+    /// \throws FileBusy; tools::Failure if the file cannot be opened.
     virtual std::unique_ptr<LogFile> open(Which which) = 0;
 };
 
-/// The files on the disk.
+/// Log files on disk.
 class DiskLogFiles : public LogFiles {
 public:
-    /// `path` is the log's. Its backup has ".001" behind the name.
+    /// `path` is the path of the log; that of the backup has ".001" appended.
     explicit DiskLogFiles(std::wstring path) : m_log(std::move(path)), m_backup(m_log + L".001") {}
 
     std::unique_ptr<LogFile> open(Which which) override;

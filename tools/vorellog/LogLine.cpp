@@ -9,8 +9,8 @@ namespace {
 
 constexpr std::string_view kFieldEnd = ": ";
 
-/// Takes the number behind the last point off the end of `origin`.
-bool takeLastNumber(std::string_view& origin, unsigned long& number) noexcept {
+/// Removes the last period and the number after it from `origin`.
+bool consumeLastNumber(std::string_view& origin, unsigned long& number) noexcept {
     const std::size_t point = origin.rfind('.');
     if (point == std::string_view::npos || point + 1 == origin.size()) {
         return false;
@@ -21,7 +21,7 @@ bool takeLastNumber(std::string_view& origin, unsigned long& number) noexcept {
     return error == std::errc() && stop == end;
 }
 
-/// The number that three digits stand for, -1 when they are none.
+/// The value of three digits, or -1 if `text` is not three digits.
 int threeDigits(std::string_view text) noexcept {
     if (text.size() != 3 || !std::all_of(text.begin(), text.end(), [](char c) { return c >= '0' && c <= '9'; })) {
         return -1;
@@ -33,8 +33,8 @@ int threeDigits(std::string_view text) noexcept {
 
 std::optional<LogHeader> parseHeader(std::string_view line) noexcept {
     constexpr std::size_t kTimeEnd = 1 + kLogTimeSize;
-    // Two numbers of ten digits, and a host of fifteen characters at most: nobody has to look further for the colon.
-    constexpr std::size_t kMostOrigin = 64;
+    // The host has at most 15 characters and each of the two numbers at most 10 digits.
+    constexpr std::size_t kMaxOriginBytes = 64;
     if (line.size() <= kTimeEnd || line[0] != '[' || line[kTimeEnd] != ']') {
         return std::nullopt;
     }
@@ -58,13 +58,13 @@ std::optional<LogHeader> parseHeader(std::string_view line) noexcept {
         return std::nullopt;
     }
     ++at;
-    std::string_view origin = line.substr(at, kMostOrigin);
+    std::string_view origin = line.substr(at, kMaxOriginBytes);
     const std::size_t colon = origin.find(kFieldEnd);
     if (colon == std::string_view::npos) {
         return std::nullopt;
     }
     origin = origin.substr(0, colon);
-    if (!takeLastNumber(origin, header.threadId) || !takeLastNumber(origin, header.processId) ||
+    if (!consumeLastNumber(origin, header.threadId) || !consumeLastNumber(origin, header.processId) ||
         origin.find_first_of(" []") != std::string_view::npos) {
         return std::nullopt;
     }

@@ -1,11 +1,11 @@
 /// \file
-/// One line of an error log, taken apart:
+/// Parses one line of an error log:
 ///
 ///     [Mon Nov 16 01:43:08 2026].045 host7.4312.9876: WARN: text
 ///     ^time                     ^ms  ^host ^process^thread  ^prefix, message
 ///
-/// The milliseconds are there only when the program asked for them; the host may be empty. The prefix ends at the first
-/// colon with a blank behind it; a message without one has no prefix.
+/// The milliseconds are present only if the program enabled them. The host may be empty. The prefix ends at the first
+/// colon that is followed by a space; a message without such a colon has no prefix.
 #pragma once
 
 #include <cstddef>
@@ -16,28 +16,28 @@
 
 namespace vorellog {
 
-/// What stands before the prefix. Places and sizes count bytes of the line.
+/// The part of a line before the prefix. Positions and sizes are in bytes.
 struct LogHeader {
-    LocalMs timeMs = 0;  ///< with the milliseconds, if there are any
+    LocalMs timeMs = 0;  ///< including the milliseconds, if present
     bool hasMilliseconds = false;
     unsigned long processId = 0;
     unsigned long threadId = 0;
     std::size_t hostAt = 0;
     std::size_t hostSize = 0;
-    std::size_t bodyAt = 0;  ///< where the prefix begins
+    std::size_t bodyAt = 0;  ///< the start of the prefix
 };
 
-/// The header that `line` begins with; nothing when it begins with none.
+/// Returns the header at the start of `line`, or nullopt if there is none.
 std::optional<LogHeader> parseHeader(std::string_view line) noexcept;
 
-/// Where the first header after the first character of `line` begins, npos when there is none. There the next writer
-/// continued the line of one that had been killed, or a message quotes or imitates a line of a log.
+/// Returns the position of the first header after the first character of `line`, or npos. Such a header follows the
+/// incomplete line of a killed writer, or is part of a message that quotes or imitates a log.
 std::size_t findNextHeader(std::string_view line) noexcept;
 
-/// What stands behind the header.
+/// The part of a line after the header.
 struct LogBody {
-    std::string_view prefix;  ///< without the colon, and without " Truncated"
-    bool truncated = false;   ///< the library had no memory for the whole message, and said so in the prefix
+    std::string_view prefix;  ///< without the colon and " Truncated"
+    bool truncated = false;   ///< the prefix ends with " Truncated": the library had no memory for the whole message
     std::string_view message;
 };
 

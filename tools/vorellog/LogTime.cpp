@@ -11,7 +11,7 @@ namespace vorellog {
 
 namespace {
 
-/// Walks over a text from left to right. After the first thing that is not as asked for, nothing is any more.
+/// Parses a text from left to right. After the first mismatch, every call fails.
 class Cursor {
 public:
     explicit Cursor(std::string_view text) noexcept : m_rest(text) {}
@@ -24,7 +24,7 @@ public:
         return m_good;
     }
 
-    /// Exactly `count` digits.
+    /// The value of exactly `count` digits.
     int digits(std::size_t count) noexcept {
         int value = 0;
         m_good = m_good && m_rest.size() >= count;
@@ -38,7 +38,7 @@ public:
         return value;
     }
 
-    /// The place of the next three letters among `names`, from 0.
+    /// The index of the next three letters in `names`, from 0.
     int name(std::string_view names) noexcept {
         constexpr std::size_t kLetters = 3;
         const std::size_t found = m_good ? names.find(m_rest.substr(0, kLetters)) : 0;
@@ -68,7 +68,7 @@ std::optional<LocalMs> dayStart(int year, int month, int day) noexcept {
     return std::chrono::sys_days{date}.time_since_epoch().count() * kDay;
 }
 
-/// "01:43", "01:43:08" or "01:43:08.045" from a day's start on.
+/// Parses "01:43", "01:43:08" or "01:43:08.045" as a time of the day that starts at `day`.
 std::optional<TimeSpan> clockTime(Cursor& cursor, LocalMs day) noexcept {
     const int hour = cursor.digits(2);
     cursor.skip(':');
@@ -113,13 +113,13 @@ std::optional<TimeSpan> dateAndTime(std::string_view text) noexcept {
     return clockTime(cursor, *start);
 }
 
-/// "15m": so long ago.
+/// Parses a time before `now`: "15m".
 std::optional<TimeSpan> ago(std::string_view text, LocalMs now) noexcept {
-    constexpr LocalMs kMost = 1000000000;
+    constexpr LocalMs kMax = 1000000000;
     LocalMs count = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), count);
     const std::string_view unit = text.substr(static_cast<std::size_t>(end - text.data()));
-    if (error != std::errc() || count < 0 || count > kMost || unit.size() != 1) {
+    if (error != std::errc() || count < 0 || count > kMax || unit.size() != 1) {
         return std::nullopt;
     }
     LocalMs length = 0;
@@ -133,7 +133,7 @@ std::optional<TimeSpan> ago(std::string_view text, LocalMs now) noexcept {
     return TimeSpan{now - count * length, now - count * length + 1};
 }
 
-/// The start of the day that `time` lies in; times before 1970 are no concern of a log.
+/// The start of the day of `time`, which must not be before 1970.
 LocalMs startOfDay(LocalMs time) noexcept {
     return time - time % kDay;
 }

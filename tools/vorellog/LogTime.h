@@ -1,6 +1,6 @@
 /// \file
-/// The times of a log. Its lines have the local time without a zone, so a time in here is what a clock on the wall
-/// showed: comparable within one log, and off by an hour across a change of the clocks.
+/// The times of a log. Lines contain local time without a time zone. Times are comparable within one log, but differ
+/// by an hour across a daylight saving change.
 #pragma once
 
 #include <optional>
@@ -20,33 +20,33 @@ inline constexpr LocalMs kHour = 60 * kMinute;
 inline constexpr LocalMs kDay = 24 * kHour;
 /// \}
 
-/// The characters of a line's time: "Mon Nov 16 01:43:08 2026".
+/// Number of characters of the time in a line: "Mon Nov 16 01:43:08 2026".
 inline constexpr std::size_t kLogTimeSize = 24;
 
-/// Reads a line's time; nothing when a character is out of place or a field out of its range. A day below ten may have
-/// a blank in front instead of a zero. The name of the weekday has to be one, but not the right one.
+/// Parses the time of a line; nullopt if the format does not match or a field is out of range. A day below ten may have
+/// a leading space instead of a zero. The weekday must be a valid name, but need not match the date.
 std::optional<LocalMs> parseLogTime(std::string_view text) noexcept;
 
-/// A time as somebody types it, and all that it may mean: "2026-11-16" is a whole day.
+/// The time span that a typed time denotes: "2026-11-16" is a whole day.
 struct TimeSpan {
-    LocalMs from = 0;
-    LocalMs to = 0;  ///< the first millisecond that no longer belongs to it
+    LocalMs from = 0;  ///< inclusive
+    LocalMs to = 0;    ///< exclusive
 };
 
-/// Reads a time that was typed:
+/// Parses a time typed by a user:
 ///
 ///     2026-11-16, 2026-11-16 01:43, 2026-11-16T01:43:08.045   a day, a minute, a millisecond
-///     01:43, 01:43:08                                         of today
-///     90s, 15m, 2h, 3d                                        so long before `now`
-///     Mon Nov 16 01:43:08 2026                                a second, as the log writes it
+///     01:43, 01:43:08                                         today: the day of `now`
+///     90s, 15m, 2h, 3d                                        this long before `now`
+///     Mon Nov 16 01:43:08 2026                                a second, in the format of the log
 ///
-/// Nothing for any other text.
+/// Returns nullopt for any other text.
 std::optional<TimeSpan> parseTypedTime(std::string_view text, LocalMs now) noexcept;
 
-/// "2026-11-16T01:43:08", with `withMilliseconds` "2026-11-16T01:43:08.045".
+/// Returns "2026-11-16T01:43:08", or with `withMilliseconds` "2026-11-16T01:43:08.045".
 std::string isoText(LocalMs time, bool withMilliseconds, char separator = 'T');
 
-/// The local clock.
+/// The current local time.
 LocalMs localNow() noexcept;
 
 }  // namespace vorellog

@@ -1,5 +1,5 @@
 /// \file
-/// How records and trails are shown. A printer appends to a text; whoever owns the text writes it out.
+/// Formats records and trails. A printer appends to a text; the owner of the text writes it.
 #pragma once
 
 #include <string>
@@ -18,20 +18,20 @@ public:
 
     virtual void print(const Record& record, std::string& out) const = 0;
 
-    /// A trail of an exception, as one entry.
+    /// Prints the trail of an exception as one entry.
     virtual void print(const Trail& trail, std::string& out) const = 0;
 };
 
-/// Lines for people, in the form of the log:
+/// Prints readable lines in the format of the log:
 ///
-///     [Mon Nov 16 01:43:08 2026] host7.4312.9876: Vorel Error: line 7 is no number
+///     [Mon Nov 16 01:43:08 2026] host7.4312.9876: Vorel Error: line 7 is not a number
 ///         > Parser::run: Vorel exception rethrown
 ///         > Import::main: Vorel exception caught
 ///     [Mon Nov 16 01:43:09 2026] host7.4312.9876: WARN: two lines:
 ///         | the second one
 ///     (cut) [Mon Nov 16 01:43:0
 ///
-/// Characters that a terminal might interpret, and bytes that are not UTF-8, are shown as "\x1B".
+/// Bytes of characters that a terminal might interpret, and invalid UTF-8, are printed as "\x1B".
 class TextPrinter : public Printer {
 public:
     explicit TextPrinter(bool withColours) noexcept : m_withColours(withColours) {}
@@ -47,7 +47,7 @@ private:
     bool m_withColours;
 };
 
-/// One JSON object for each record or trail, in a line of its own:
+/// Prints each record or trail as a JSON object on its own line:
 ///
 ///     {"type":"record","time":"2026-11-16T01:43:08.045","host":"host7","process":4312,"thread":9876,"prefix":"WARN",
 ///      "message":"text"}
@@ -55,8 +55,8 @@ private:
 ///      {"time":…,"prefix":"Vorel Error","message":"text"},…]}
 ///     {"type":"damaged","damage":"no header","message":"text"}
 ///
-/// "truncated":true marks a message that the library had to cut, "damage" a damaged record. Where bytes are no UTF-8,
-/// the message has U+FFFD instead, and "bytes" has all of the record's text in Base64.
+/// "truncated":true marks a message that the library truncated, "damage" a damaged record. The message has U+FFFD for
+/// each byte that is not valid UTF-8; then "bytes" holds the whole text of the record in Base64.
 class JsonPrinter : public Printer {
 public:
     void print(const Record& record, std::string& out) const override;

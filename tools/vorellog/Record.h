@@ -1,5 +1,5 @@
 /// \file
-/// What one write to the log left: a line with its header, the further lines of its message, and what is wrong with it.
+/// One record of the log: a line with its header, the further lines of its message, and its damage.
 #pragma once
 
 #include <cstddef>
@@ -13,35 +13,35 @@ namespace vorellog {
 
 enum class Damage {
     None,
-    Cut,       ///< its writer was ended before the end of the line, or its message contains a header
-    MidLine,   ///< its header is in the middle of a line: it follows one that was cut, or a message imitates a header
-    NoHeader,  ///< nothing says who wrote it, and there is no record that it could belong to
-    BadUtf8,   ///< it has bytes that are not UTF-8
+    Cut,       ///< the writer was terminated within the line, or the message contains a header
+    MidLine,   ///< the header is in the middle of a line: it follows a cut record, or a message imitates a header
+    NoHeader,  ///< no header, and no record that the line could belong to
+    BadUtf8,   ///< contains invalid UTF-8
 };
 
-inline constexpr std::size_t kDamages = 5;  ///< number of the values, None among them
+inline constexpr std::size_t kDamages = 5;  ///< number of values, including None
 
-/// "cut", "mid-line", "no header", "bad UTF-8"; empty for none.
+/// "cut", "mid-line", "no header", "bad UTF-8"; empty for None.
 std::string_view nameOf(Damage damage) noexcept;
 
 class Record {
 public:
-    /// A record that begins with `line`, whose header is `header`.
+    /// Starts a record with its first line and the header of that line.
     void start(std::string_view line, const std::optional<LogHeader>& header, Damage damage = Damage::None);
 
-    /// A further line of the message. In the text a line feed stands between lines.
+    /// Appends a line feed and a further line of the message.
     void addLine(std::string_view line);
 
-    /// More bytes of the last line.
+    /// Appends to the last line.
     void extendLine(std::string_view bytes) { m_text += bytes; }
 
     void setDamage(Damage damage) noexcept { m_damage = damage; }
     [[nodiscard]] Damage damage() const noexcept { return m_damage; }
 
-    /// The lines as they stand in the log, without the last end.
+    /// The lines as in the log, separated by line feeds, without the last line end.
     [[nodiscard]] const std::string& text() const noexcept { return m_text; }
 
-    /// Null when there is none: then the record is a damaged one, and has nothing but a text.
+    /// Null if there is none: the record is damaged, and only its text is known.
     [[nodiscard]] const LogHeader* header() const noexcept { return m_header ? &*m_header : nullptr; }
 
     /// Empty without a header.

@@ -30,7 +30,7 @@ void RecordReader::addLine(std::string_view line) {
     if (header) {
         start(line, header, isMidLine ? Damage::MidLine : Damage::None);
     } else if (m_isPending && (m_record.damage() == Damage::None || m_record.damage() == Damage::MidLine) &&
-               m_record.text().size() + line.size() < kMostRecordBytes) {
+               m_record.text().size() + line.size() < kMaxRecordBytes) {
         m_record.addLine(line);
     } else {
         start(line, header, Damage::NoHeader);
@@ -38,7 +38,7 @@ void RecordReader::addLine(std::string_view line) {
 }
 
 void RecordReader::extendLine(std::string_view piece) {
-    if (m_isPending && m_record.text().size() + piece.size() < kMostRecordBytes) {
+    if (m_isPending && m_record.text().size() + piece.size() < kMaxRecordBytes) {
         m_record.extendLine(piece);
     } else {
         start(piece, std::nullopt, Damage::NoHeader);

@@ -1,12 +1,11 @@
 /// \file
-/// Makes records of lines. Nothing that comes in is left out: what is no record is delivered as a damaged one.
+/// Combines lines into records. No input is dropped: a line that is not a record is delivered as a damaged record.
 ///
-/// A message may have line breaks, and the log does not mark them. So a line without a header belongs to the record
-/// before it. Only where there is none that it could belong to, it is damaged: at the start of a log, and after a
-/// record that was cut.
+/// A message may contain line breaks, and the log does not mark them. So a line without a header belongs to the
+/// previous record. It is damaged only if it cannot belong to one: at the start of a log and after a cut record.
 ///
-/// Only a header at the start of a line is a writer's. One in the middle of a line may be part of a message, so its
-/// record is damaged (Damage::MidLine) whatever else is wrong with it.
+/// Only a header at the start of a line is reliable. A header in the middle of a line may be part of a message, so its
+/// record is always reported as Damage::MidLine, even if it has other damage.
 #pragma once
 
 #include <cstddef>
@@ -20,15 +19,15 @@ namespace vorellog {
 
 class RecordReader {
 public:
-    /// A record that has grown to this size is delivered, and further lines do not belong to it any more.
-    static constexpr std::size_t kMostRecordBytes = std::size_t{4} << 20;
+    /// A record that would reach this size is delivered; its further lines are delivered as damaged records.
+    static constexpr std::size_t kMaxRecordBytes = std::size_t{4} << 20;
 
-    /// `deliver` may look at the record while it is called.
+    /// The record is valid only during the call of `deliver`.
     explicit RecordReader(std::function<void(const Record&)> deliver) : m_deliver(std::move(deliver)) {}
 
     void add(const Line& line);
 
-    /// Delivers the record that might have gone on: nothing follows it, or nothing has for a while.
+    /// Delivers the pending record. Call this at the end of the log, or when no line has followed for a while.
     void flush();
 
 private:
@@ -38,7 +37,7 @@ private:
 
     std::function<void(const Record&)> m_deliver;
     Record m_record;
-    bool m_isPending = false;  ///< the record has not been delivered yet
+    bool m_isPending = false;  ///< m_record is not yet delivered
 };
 
 }  // namespace vorellog

@@ -11,45 +11,45 @@ namespace vorellog {
 
 namespace {
 
-/// Where the library writes while nobody has told it where.
+/// The default log of the library.
 constexpr std::wstring_view kDefaultLog = L"C:\\TalvenorError.txt";
 
 constexpr tools::Option kOptions[] = {
-    {L"follow", L'f', {}, L"go on with what is written from now on, until Ctrl+C"},
-    {L"process", L'p', L"id", L"records of this process"},
-    {L"thread", L't', L"id", L"records of this thread"},
-    {L"prefix", L'P', L"prefix", L"records with this prefix: error, WARN, DEBUG, or a program's own"},
-    {L"from", {}, L"time", L"records from this time on"},
-    {L"to", {}, L"time", L"records up to this time, with all of its second, minute or day"},
-    {L"text", L'e', L"text", L"records that hold this text"},
-    {L"ignore-case", L'i', {}, L"take a to z for A to Z in --text"},
-    {L"damaged", L'd', {}, L"damaged records only"},
-    {L"max-count", L'm', L"count", L"stop after so many entries, 1 at least"},
+    {L"follow", L'f', {}, L"keep showing new records until Ctrl+C"},
+    {L"process", L'p', L"id", L"only records of this process"},
+    {L"thread", L't', L"id", L"only records of this thread"},
+    {L"prefix", L'P', L"prefix", L"only records with this prefix: error, WARN, DEBUG, or a custom one"},
+    {L"from", {}, L"time", L"only records from this time on"},
+    {L"to", {}, L"time", L"only records up to the end of this second, minute or day"},
+    {L"text", L'e', L"text", L"only records that contain this text"},
+    {L"ignore-case", L'i', {}, L"ignore the case of A to Z in --text"},
+    {L"damaged", L'd', {}, L"only damaged records"},
+    {L"max-count", L'm', L"count", L"stop after this many entries, at least 1"},
     {L"fold", L'F', {}, L"show the records of one exception as one entry"},
-    {L"summary", L's', {}, L"count by process and prefix, and over time, instead of showing records"},
-    {L"json", L'j', {}, L"write JSON objects, one in a line"},
-    {L"color", {}, L"when", L"auto (default: on a console, unless NO_COLOR is set), always or never"},
+    {L"summary", L's', {}, L"show counts by process, prefix and time instead of records"},
+    {L"json", L'j', {}, L"write JSON, one object per line"},
+    {L"color", {}, L"when", L"always, never, or auto (default): on a console unless NO_COLOR is set"},
     {L"version", {}, {}, L"show the version"},
 };
 
 constexpr std::wstring_view kDetails =
-    L"Shows the backup (the log's name and .001) and then the log; without a name,\n"
-    L"those of C:\\TalvenorError.txt. Programs may go on writing.\n"
+    L"Shows the backup (the name of the log with .001 appended), then the log. The\n"
+    L"default log is C:\\TalvenorError.txt. Programs can keep writing meanwhile.\n"
     L"\n"
-    L"An option that is given more than once takes any of its values; different\n"
-    L"options have to hold together.\n"
+    L"A repeated option accepts any of its values. Different options must all match.\n"
     L"\n"
     L"A time is 2026-11-16, \"2026-11-16 01:43\", 2026-11-16T01:43:08.045, 01:43 (today),\n"
-    L"\"Mon Nov 16 01:43:08 2026\", or how long ago: 90s, 15m, 2h, 3d.\n"
+    L"\"Mon Nov 16 01:43:08 2026\", or before now: 90s, 15m, 2h, 3d.\n"
     L"\n"
-    L"A line without a header goes on with the message above it, and is shown after\n"
-    L"\"|\". Damaged records are marked: (cut) when the writer was ended within the\n"
-    L"line, (mid-line) when the header is not at the start of a line, so that a\n"
-    L"message may have forged it, (no header) when nothing says whose line it is,\n"
-    L"(bad UTF-8).\n"
+    L"A line without a header continues the message above it and is shown after \"|\".\n"
+    L"Damaged records are marked:\n"
+    L"  (cut)        the writer was terminated within the line\n"
+    L"  (mid-line)   the header is not at the start of a line: it may be forged\n"
+    L"  (no header)  the writer of the line is unknown\n"
+    L"  (bad UTF-8)  the record contains invalid UTF-8\n"
     L"\n"
-    L"Exit codes: 0 something was found, 1 nothing was, 2 wrong use, 3 the log cannot\n"
-    L"be read.";
+    L"Exit codes: 0 entries found, 1 nothing found, 2 invalid command line, 3 the log\n"
+    L"cannot be read.";
 
 constexpr tools::Syntax kSyntax = {.command = L"vorellog",
                                    .summary = L"view the error log of vorelCore",
@@ -58,7 +58,7 @@ constexpr tools::Syntax kSyntax = {.command = L"vorellog",
                                    .mostOperands = 1,
                                    .details = kDetails};
 
-[[noreturn]] void refuse(std::wstring_view option, const std::wstring& value, std::wstring_view expected) {
+[[noreturn]] void rejectValue(std::wstring_view option, const std::wstring& value, std::wstring_view expected) {
     throw tools::WrongUse(L"--" + std::wstring(option) + L" \"" + value + L"\": expected " + std::wstring(expected));
 }
 
@@ -67,7 +67,7 @@ unsigned long long numberOf(std::wstring_view option, const std::wstring& value,
     unsigned long long number = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
     if (error != std::errc() || end != text.data() + text.size() || number > most) {
-        refuse(option, value, L"a number");
+        rejectValue(option, value, L"a number");
     }
     return number;
 }
@@ -88,8 +88,7 @@ std::vector<std::string> textsOf(const tools::Arguments& arguments, std::wstring
     return texts;
 }
 
-/// "error" is short for the prefix that the library gives the records of exceptions; a colon at the end is not part of
-/// a prefix.
+/// "error" is short for the prefix of exception records. A trailing colon is not part of a prefix.
 std::vector<std::string> prefixesOf(const tools::Arguments& arguments) {
     std::vector<std::string> prefixes = textsOf(arguments, L"prefix");
     for (std::string& prefix : prefixes) {
@@ -108,7 +107,7 @@ std::optional<TimeSpan> timeOf(const tools::Arguments& arguments, std::wstring_v
     }
     const std::optional<TimeSpan> time = parseTypedTime(tools::toUtf8(*value), now);
     if (!time) {
-        refuse(option, *value, L"a time, such as \"2026-11-16 01:43\" or 15m");
+        rejectValue(option, *value, L"a time, such as \"2026-11-16 01:43\" or 15m");
     }
     return time;
 }
@@ -116,25 +115,25 @@ std::optional<TimeSpan> timeOf(const tools::Arguments& arguments, std::wstring_v
 Colours coloursOf(const tools::Arguments& arguments) {
     const std::wstring value = arguments.value(L"color").value_or(L"auto");
     if (value == L"auto") {
-        return Colours::WhenSeen;
+        return Colours::Auto;
     }
     if (value != L"always" && value != L"never") {
-        refuse(L"color", value, L"auto, always or never");
+        rejectValue(L"color", value, L"auto, always or never");
     }
     return value == L"always" ? Colours::Always : Colours::Never;
 }
 
-/// Options that contradict each other.
+/// Rejects options that exclude each other.
 void checkTogether(const Settings& settings) {
     const auto exclude = [](bool both, std::wstring_view first, std::wstring_view second) {
         if (both) {
             throw tools::WrongUse(L"--" + std::wstring(first) + L" and --" + std::wstring(second) +
-                                  L" exclude each other");
+                                  L" cannot be combined");
         }
     };
     exclude(settings.summary && settings.follow, L"summary", L"follow");
     exclude(settings.summary && settings.fold, L"summary", L"fold");
-    exclude(settings.summary && settings.mostEntries.has_value(), L"summary", L"max-count");
+    exclude(settings.summary && settings.maxEntries.has_value(), L"summary", L"max-count");
 }
 
 }  // namespace
@@ -164,9 +163,9 @@ Settings settingsOf(const tools::Arguments& arguments, LocalMs now) {
     settings.summary = arguments.has(L"summary");
     settings.colours = coloursOf(arguments);
     if (const auto count = arguments.value(L"max-count")) {
-        settings.mostEntries = numberOf(L"max-count", *count, std::numeric_limits<unsigned long long>::max());
-        if (settings.mostEntries == 0U) {
-            refuse(L"max-count", *count, L"a number from 1 on");
+        settings.maxEntries = numberOf(L"max-count", *count, std::numeric_limits<unsigned long long>::max());
+        if (settings.maxEntries == 0U) {
+            rejectValue(L"max-count", *count, L"a number, at least 1");
         }
     }
     checkTogether(settings);
@@ -174,7 +173,7 @@ Settings settingsOf(const tools::Arguments& arguments, LocalMs now) {
 }
 
 bool showsColours(Colours choice, bool isCapableConsole, bool hasNoColor) noexcept {
-    return choice == Colours::Always || (choice == Colours::WhenSeen && isCapableConsole && !hasNoColor);
+    return choice == Colours::Always || (choice == Colours::Auto && isCapableConsole && !hasNoColor);
 }
 
 }  // namespace vorellog

@@ -1,5 +1,5 @@
 /// \file
-/// What vorellog is asked for, read from its command line.
+/// The settings of vorellog, read from its command line.
 #pragma once
 
 #include <optional>
@@ -10,7 +10,7 @@
 
 namespace vorellog {
 
-enum class Colours { WhenSeen, Always, Never };
+enum class Colours { Auto, Always, Never };
 
 struct Settings {
     std::wstring path{};  ///< of the log
@@ -19,19 +19,19 @@ struct Settings {
     bool fold = false;
     bool json = false;
     bool summary = false;
-    Colours colours = Colours::WhenSeen;
-    std::optional<unsigned long long> mostEntries{};
+    Colours colours = Colours::Auto;
+    std::optional<unsigned long long> maxEntries{};
 };
 
-/// What the command line takes, with its help.
+/// Options, operand and help text of the command.
 const tools::Syntax& syntax();
 
-/// \param now the local time, for times like "15m".
-/// \throws tools::WrongUse for a value that makes no sense, and for options that exclude each other.
+/// \param now the local time, for times such as "15m".
+/// \throws tools::WrongUse for invalid values and for options that exclude each other.
 Settings settingsOf(const tools::Arguments& arguments, LocalMs now);
 
-/// Whether the output gets colours, with the choice "auto" only on a console that can show them and while NO_COLOR is
-/// not set.
+/// Whether the output gets colours. With Colours::Auto ("auto") it does on a capable console unless NO_COLOR is
+/// set.
 bool showsColours(Colours choice, bool isCapableConsole, bool hasNoColor) noexcept;
 
 }  // namespace vorellog

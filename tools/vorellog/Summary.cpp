@@ -21,7 +21,7 @@ std::size_t indexOf(Damage damage) noexcept {
     return static_cast<std::size_t>(damage);
 }
 
-/// A column's width is counted in code points: what comes after it stands right for all but rare scripts.
+/// The width of a column in code points. Columns are misaligned only for scripts with wide or combining characters.
 std::size_t widthOf(std::string_view text) noexcept {
     return static_cast<std::size_t>(
         std::count_if(text.begin(), text.end(), [](char c) { return (static_cast<unsigned char>(c) & 0xC0) != 0x80; }));
@@ -41,10 +41,10 @@ std::string visible(std::string_view text) {
     return shown;
 }
 
-/// A prefix is what a program chose, or what a message without one begins with: only its start is kept.
+/// A program may choose any prefix, and a message with a colon has its start as prefix: only the first bytes are kept.
 std::string keyOf(std::string_view prefix) {
-    constexpr std::size_t kMostBytes = 48;
-    return visible(prefix.substr(0, kMostBytes)) + (prefix.size() > kMostBytes ? "..." : "");
+    constexpr std::size_t kMaxBytes = 48;
+    return visible(prefix.substr(0, kMaxBytes)) + (prefix.size() > kMaxBytes ? "..." : "");
 }
 
 std::string counted(unsigned long long count, std::string_view noun) {
@@ -100,7 +100,7 @@ Summary::Row& Summary::rowOf(const Record& record, const LogHeader& header) {
     if (found != m_rows.end()) {
         return found->second;
     }
-    return m_rows.size() < kMostRows ? m_rows[std::move(key)] : m_rows[{std::string(kOthers), {}}];
+    return m_rows.size() < kMaxRows ? m_rows[std::move(key)] : m_rows[{std::string(kOthers), {}}];
 }
 
 unsigned long long Summary::damaged() const noexcept {
@@ -115,7 +115,7 @@ unsigned long long Summary::entries() const noexcept {
     return damaged() + m_damage[indexOf(Damage::None)];
 }
 
-/// "3 of 12 damaged: 1 cut, 2 no header"; empty when nothing is.
+/// "3 of 12 damaged: 1 cut, 2 no header"; empty without damage.
 std::string Summary::damageText() const {
     std::string kinds;
     for (const Damage each : kKinds) {
@@ -157,7 +157,7 @@ std::string Summary::bars() const {
     std::string out =
         padded("Steps of " + lengthText(m_histogram.stepMs()), 19) + rightAligned("Records", kCountWidth) + '\n';
     for (const Histogram::Step& step : steps) {
-        // Rounded up: a step with any record shows.
+        // Round up, so that every step with a record has a bar.
         const auto length = static_cast<std::size_t>((step.records * kBarWidth + most - 1) / most);
         out += timeText(step.from) + rightAligned(std::to_string(step.records), kCountWidth);
         if (length != 0) {
@@ -198,7 +198,7 @@ std::string Summary::json() const {
     return out + '\n';
 }
 
-/// All records together.
+/// Appends the totals.
 void Summary::appendHead(std::string& out) const {
     JsonObject object(out);
     object.add("type", "summary");

@@ -1,5 +1,5 @@
 /// \file
-/// What a log holds, in numbers: records by process and prefix, damage, and how they spread over time.
+/// Statistics of a log: records by process and prefix, damage, and records over time.
 #pragma once
 
 #include <array>
@@ -15,16 +15,16 @@ namespace vorellog {
 
 class Summary {
 public:
-    /// More pairs of process and prefix than this are counted together, under kOthers.
-    static constexpr std::size_t kMostRows = 1000;
+    /// Further pairs of process and prefix are counted together as kOthers.
+    static constexpr std::size_t kMaxRows = 1000;
     static constexpr std::string_view kOthers = "(others)";
 
     void add(const Record& record);
 
-    /// The summary for people: a table, and a bar for each step of time.
+    /// A readable summary: a table, and a bar for each time step.
     [[nodiscard]] std::string text() const;
 
-    /// The same as JSON objects, one in a line: "summary", then "count" for each row, then "step" for each step.
+    /// The summary as JSON, one object per line: "summary", a "count" for each row, a "step" for each time step.
     [[nodiscard]] std::string json() const;
 
 private:
@@ -48,7 +48,7 @@ private:
 
     std::map<Key, Row> m_rows;
     Histogram m_histogram;
-    Row m_all;  ///< records with a header
+    Row m_all;  ///< all records with a header
     std::array<unsigned long long, kDamages> m_damage{};
 };
 

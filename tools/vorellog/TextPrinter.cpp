@@ -33,8 +33,8 @@ std::string_view colourOf(std::string_view prefix) noexcept {
     return kOther;
 }
 
-/// Takes the first line off `text`.
-std::string_view takeLine(std::string_view& text) noexcept {
+/// Removes the first line from `text` and returns it.
+std::string_view consumeLine(std::string_view& text) noexcept {
     const std::string_view line = text.substr(0, text.find('\n'));
     text.remove_prefix(line.size() == text.size() ? line.size() : line.size() + 1);
     return line;
@@ -43,7 +43,7 @@ std::string_view takeLine(std::string_view& text) noexcept {
 void appendFurtherLines(std::string_view lines, std::string& out) {
     while (!lines.empty()) {
         out += kFurtherLine;
-        appendVisible(out, takeLine(lines));
+        appendVisible(out, consumeLine(lines));
         out += '\n';
     }
 }
@@ -67,7 +67,7 @@ void TextPrinter::printDamage(const Record& record, std::string& out) const {
     }
 }
 
-/// The first line of a record: its time, its writer, and prefix and message.
+/// Prints the first line of a record: time, writer, prefix and message.
 void TextPrinter::printLine(const Record& record, std::string_view line, std::string& out) const {
     printDamage(record, out);
     const LogHeader* const header = record.header();
@@ -85,7 +85,7 @@ void TextPrinter::printLine(const Record& record, std::string_view line, std::st
 
 void TextPrinter::print(const Record& record, std::string& out) const {
     std::string_view rest = record.text();
-    printLine(record, takeLine(rest), out);
+    printLine(record, consumeLine(rest), out);
     out += '\n';
     appendFurtherLines(rest, out);
 }
@@ -97,7 +97,7 @@ void TextPrinter::print(const Trail& trail, std::string& out) const {
         std::string_view rest = record.parsedBody().message;
         paint(kDim, kFurtherRecord, out);
         printDamage(record, out);
-        appendVisible(out, takeLine(rest));
+        appendVisible(out, consumeLine(rest));
         out += '\n';
         appendFurtherLines(rest, out);
     }

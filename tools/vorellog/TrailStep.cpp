@@ -19,7 +19,7 @@ struct Ending {
     TrailStep step;
 };
 
-/// What a record format has behind the place: ": Vorel exception caught".
+/// The part of a record format after the function name: ": Vorel exception caught".
 std::string endingOf(const wchar_t* format) {
     const std::wstring_view whole = format;
     const std::wstring_view ending = whole.substr(whole.rfind(L':'));
@@ -29,7 +29,7 @@ std::string endingOf(const wchar_t* format) {
     return narrow;
 }
 
-/// The forms with a class have the same endings.
+/// The formats with a class name have the same endings.
 const std::vector<Ending>& endings() {
     static const std::vector<Ending> table = {
         {endingOf(vorel::vexCatchAndThrowVorel), TrailStep::Rethrown},

@@ -1,5 +1,5 @@
 /// \file
-/// What a record says about the way of an exception.
+/// The step in the life of an exception that a record documents.
 #pragma once
 
 #include <string_view>
@@ -9,20 +9,20 @@
 namespace vorellog {
 
 enum class TrailStep {
-    None,          ///< none of an exception's records: a warning, a debug line, damage without a header
-    Message,       ///< a failure, or what somebody on the way added to it
+    None,          ///< not a record of an exception: a warning, a debug line, a damaged record without a header
+    Message,       ///< a failure, or a message added to it later
     SystemText,    ///< the system's text for an HRESULT, added to the failure
-    TestFailed,    ///< a failed check, where an exception starts
-    SevereThrown,  ///< something else was caught, and an exception started in its place
-    Rethrown,      ///< passed on by the place that the record names
-    Suppressed,    ///< ended by a destructor, while another one is on its way
-    Caught,        ///< ended by the place that the record names
-    SevereCaught,  ///< something that is no exception of the library was caught, and ended
+    TestFailed,    ///< a failed check that throws an exception
+    SevereThrown,  ///< another type was caught, and an exception of the library was thrown instead
+    Rethrown,      ///< rethrown by the function that the record names
+    Suppressed,    ///< suppressed by a destructor while another exception was unwinding the stack
+    Caught,        ///< caught by the function that the record names
+    SevereCaught,  ///< another type than an exception of the library was caught and not rethrown
 };
 
 TrailStep stepOf(const Record& record) noexcept;
 
-/// Whether two messages are equal but for their digits.
+/// Whether two messages differ only in digits.
 bool haveSameForm(std::string_view a, std::string_view b) noexcept;
 
 }  // namespace vorellog

@@ -1,5 +1,5 @@
 /// \file
-/// Whether a text of a log, which may be damaged, is strict UTF-8.
+/// Checks whether text of a log is strict UTF-8.
 #pragma once
 
 #include <string_view>

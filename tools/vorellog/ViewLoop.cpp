@@ -7,28 +7,28 @@ void ViewLoop::run() {
         switch (poll()) {
         case Outcome::More: continue;
         case Outcome::Busy:
-            if (m_surroundings.waitForStop(m_hasToldBusy ? kPollMs : kBusyMs)) {
+            if (m_environment.waitForStop(m_hasReportedBusy ? kPollMs : kBusyMs)) {
                 return;
             }
             continue;
         case Outcome::Idle: break;
         }
-        m_viewer.showWhatIsRead(m_surroundings.nowMs());
+        m_viewer.showPending(m_environment.nowMs());
         if (m_settings.follow) {
-            tellMissing();
-            tellGaps();
+            reportMissing();
+            reportGaps();
         }
         if (m_viewer.hasEnough() || (!m_settings.follow && !isWaitingForLineEnd()) ||
-            m_surroundings.waitForStop(m_settings.follow ? kPollMs : kBusyMs)) {
+            m_environment.waitForStop(m_settings.follow ? kPollMs : kBusyMs)) {
             return;
         }
     }
 }
 
-void ViewLoop::tellGaps() {
-    if (m_viewer.gaps() != m_gapsTold) {
-        m_gapsTold = m_viewer.gaps();
-        m_surroundings.tell(L"the log was deleted, emptied or moved too often: records may be missing");
+void ViewLoop::reportGaps() {
+    if (m_viewer.gaps() != m_gapsReported) {
+        m_gapsReported = m_viewer.gaps();
+        m_environment.report(L"the log was deleted, emptied or rotated too quickly: records may be missing");
     }
 }
 
@@ -36,38 +36,38 @@ ViewLoop::Outcome ViewLoop::poll() {
     try {
         const Follower::Progress progress = m_follower.poll();
         m_busySinceMs.reset();
-        m_hasToldBusy = false;
+        m_hasReportedBusy = false;
         return progress == Follower::Progress::More ? Outcome::More : Outcome::Idle;
     } catch (const FileBusy& reason) {
-        const LocalMs now = m_surroundings.nowMs();
+        const LocalMs now = m_environment.nowMs();
         if (now - m_busySinceMs.value_or(now) > kLongestBusyMs) {
             if (!m_settings.follow) {
                 throw;
             }
-            tellBusy(reason);
+            reportBusy(reason);
         }
         m_busySinceMs = m_busySinceMs.value_or(now);
         return Outcome::Busy;
     }
 }
 
-void ViewLoop::tellBusy(const FileBusy& reason) {
-    if (!m_hasToldBusy) {
-        m_hasToldBusy = true;
-        m_surroundings.tell(reason.text() + L"; waiting for it");
+void ViewLoop::reportBusy(const FileBusy& reason) {
+    if (!m_hasReportedBusy) {
+        m_hasReportedBusy = true;
+        m_environment.report(reason.text() + L"; waiting");
     }
 }
 
-void ViewLoop::tellMissing() {
-    if (!m_hasToldMissing && !m_follower.hasFound()) {
-        m_hasToldMissing = true;
-        m_surroundings.tell(m_settings.path + L": there is no such log; waiting for it");
+void ViewLoop::reportMissing() {
+    if (!m_hasReportedMissing && !m_follower.hasFound()) {
+        m_hasReportedMissing = true;
+        m_environment.report(m_settings.path + L": log not found; waiting");
     }
 }
 
-/// A last line without an end may be one that is just being written.
+/// An incomplete last line may still be being written.
 bool ViewLoop::isWaitingForLineEnd() const {
-    return m_viewer.isWithinLine() && m_surroundings.nowMs() - m_viewer.lastNewsMs() < kLineEndMs;
+    return m_viewer.isWithinLine() && m_environment.nowMs() - m_viewer.lastInputMs() < kLineEndMs;
 }
 
 }  // namespace vorellog

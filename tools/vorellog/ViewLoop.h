@@ -1,5 +1,5 @@
 /// \file
-/// How long vorellog reads, when it waits, and what it tells meanwhile of a log that keeps it waiting.
+/// The main loop of vorellog: reads, waits, and reports a log that is missing or stays busy.
 #pragma once
 
 #include <optional>
@@ -11,59 +11,58 @@
 
 namespace vorellog {
 
-/// What the loop has to do with the world.
-class Surroundings {
+/// The clock, the stop signal and the error stream of the loop.
+class Environment {
 public:
-    Surroundings() = default;
-    virtual ~Surroundings() = default;
-    Surroundings(const Surroundings&) = delete;
-    Surroundings& operator=(const Surroundings&) = delete;
+    Environment() = default;
+    virtual ~Environment() = default;
+    Environment(const Environment&) = delete;
+    Environment& operator=(const Environment&) = delete;
 
-    /// A clock that only goes forward.
+    /// A monotonic clock.
     virtual LocalMs nowMs() = 0;
 
-    /// Waits; true when it is time to stop.
+    /// Waits; returns true if the loop must stop.
     virtual bool waitForStop(LocalMs milliseconds) = 0;
 
-    /// Tells the user something beside the output.
-    virtual void tell(const std::wstring& text) = 0;
+    /// Shows the user a message outside of the output.
+    virtual void report(const std::wstring& text) = 0;
 };
 
-/// Reads until there is nothing more, or with --follow until it is stopped.
+/// Reads to the end of the log, or with --follow until it is stopped.
 class ViewLoop {
 public:
     static constexpr LocalMs kPollMs = 100;
-    static constexpr LocalMs kBusyMs = 5;  ///< between two attempts at a file that is likely to be free at once
-    static constexpr LocalMs kLongestBusyMs = 10000;
-    static constexpr LocalMs kLineEndMs =
-        200;  ///< how long a line may lack its end before its writer is taken for dead
+    static constexpr LocalMs kBusyMs = 5;             ///< between two attempts to read a busy file
+    static constexpr LocalMs kLongestBusyMs = 10000;  ///< then a busy file is a failure, or is reported with --follow
+    static constexpr LocalMs kLineEndMs = 200;        ///< then the writer of an incomplete line is assumed dead
 
-    /// All of them have to outlive the object.
-    ViewLoop(const Settings& settings, Follower& follower, Viewer& viewer, Surroundings& surroundings)
-        : m_settings(settings), m_follower(follower), m_viewer(viewer), m_surroundings(surroundings) {}
+    /// The references must outlive this object.
+    ViewLoop(const Settings& settings, Follower& follower, Viewer& viewer, Environment& environment)
+        : m_settings(settings), m_follower(follower), m_viewer(viewer), m_environment(environment) {}
 
-    /// \throws FileBusy, without --follow, when a file stays busy for longer than kLongestBusyMs; tools::Failure.
+    /// \throws FileBusy without --follow, if a file stays busy for longer than kLongestBusyMs; tools::Failure.
     void run();
 
-    /// Tells of records that may be missing, unless it has been told.
-    void tellGaps();
+    /// Reports new gaps: records may be missing.
+    void reportGaps();
 
 private:
     enum class Outcome { More, Idle, Busy };
 
     Outcome poll();
-    void tellBusy(const FileBusy& reason);
-    void tellMissing();
+    void reportBusy(const FileBusy& reason);
+    void reportMissing();
     [[nodiscard]] bool isWaitingForLineEnd() const;
 
     const Settings& m_settings;
     Follower& m_follower;
     Viewer& m_viewer;
-    Surroundings& m_surroundings;
+    Environment& m_environment;
     std::optional<LocalMs> m_busySinceMs;
-    bool m_hasToldBusy = false;  ///< of this time that it is busy
-    bool m_hasToldMissing = false;
-    unsigned int m_gapsTold = 0;
+    bool m_hasReportedBusy = false;  ///< reset when the file can be read again
+    bool m_hasReportedMissing = false;
+    unsigned int m_gapsReported = 0;
 };
 
 }  // namespace vorellog

@@ -21,17 +21,17 @@ std::unique_ptr<Printer> printerFor(const Settings& settings, bool withColours) 
 Viewer::Viewer(const Settings& settings, bool withColours, std::function<void(std::string_view)> write)
     : m_filter(settings.filter),
       m_folds(settings.fold),
-      m_sumsUp(settings.summary),
+      m_summarises(settings.summary),
       m_json(settings.json),
-      m_mostEntries(settings.mostEntries),
+      m_maxEntries(settings.maxEntries),
       m_printer(printerFor(settings, withColours)),
       m_write(std::move(write)),
       m_splitter([this](const Line& line) { m_reader.add(line); }),
-      m_reader([this](const Record& record) { take(record); }),
-      m_folder([this](const Trail& trail) { take(trail); }) {}
+      m_reader([this](const Record& record) { process(record); }),
+      m_assembler([this](const Trail& trail) { process(trail); }) {}
 
 void Viewer::bytes(std::string_view bytes) {
-    m_hasNews = true;
+    m_hasNewInput = true;
     m_splitter.add(bytes);
 }
 
@@ -40,13 +40,13 @@ void Viewer::endOfFile() {
     m_reader.flush();
 }
 
-void Viewer::showWhatIsRead(LocalMs nowMs) {
-    if (std::exchange(m_hasNews, false)) {
-        m_lastNewsMs = nowMs;
+void Viewer::showPending(LocalMs nowMs) {
+    if (std::exchange(m_hasNewInput, false)) {
+        m_lastInputMs = nowMs;
     } else {
         m_reader.flush();
-        if (nowMs - m_lastNewsMs > Folder::kTrailGapMs) {
-            m_folder.flush();
+        if (nowMs - m_lastInputMs > TrailAssembler::kTrailGapMs) {
+            m_assembler.flush();
         }
     }
     writeOut();
@@ -54,23 +54,23 @@ void Viewer::showWhatIsRead(LocalMs nowMs) {
 
 void Viewer::finish() {
     endOfFile();
-    m_folder.flush();
-    if (m_sumsUp) {
+    m_assembler.flush();
+    if (m_summarises) {
         m_out += m_json ? m_summary.json() : m_summary.text();
     }
     writeOut();
 }
 
-void Viewer::take(const Record& record) {
+void Viewer::process(const Record& record) {
     if (m_folds) {
-        m_folder.add(record);
+        m_assembler.add(record);
     } else if (isWanted(record)) {
         show(record);
     }
 }
 
-/// An entry is shown whole when one of its records is wanted.
-void Viewer::take(const Trail& trail) {
+/// Shows the whole entry if one of its records matches.
+void Viewer::process(const Trail& trail) {
     const auto& records = trail.records;
     if (std::none_of(records.begin(), records.end(), [this](const Record& record) { return isWanted(record); })) {
         return;
@@ -85,7 +85,7 @@ void Viewer::take(const Trail& trail) {
 bool Viewer::isWanted(const Record& record) {
     const bool wanted = m_filter.matches(record);
     if (!wanted && !record.header() && m_filter.needsHeader()) {
-        ++m_unjudged;
+        ++m_undecided;
     }
     return wanted;
 }
@@ -97,7 +97,7 @@ void Viewer::show(const Entry& entry) {
     }
     ++m_entries;
     if constexpr (std::is_same_v<Entry, Record>) {
-        if (m_sumsUp) {
+        if (m_summarises) {
             m_summary.add(entry);
             return;
         }

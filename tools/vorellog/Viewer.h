@@ -1,5 +1,5 @@
 /// \file
-/// From the bytes of a log to what is shown: lines, records, perhaps trails, those that are wanted, and their form.
+/// Turns the bytes of a log into output: splits them into lines, records and trails, filters and prints them.
 #pragma once
 
 #include <functional>
@@ -20,42 +20,42 @@ namespace vorellog {
 
 class Viewer : public LogSink {
 public:
-    /// `write` gets the output in large pieces, each of which ends with a line.
+    /// `write` receives the output in large pieces of whole lines.
     Viewer(const Settings& settings, bool withColours, std::function<void(std::string_view)> write);
 
     void bytes(std::string_view bytes) override;
     void endOfFile() override;
     void gap() override { ++m_gaps; }
 
-    /// Shows what has been read up to `nowMs`, on a clock that only goes forward. A record that others might go on with
-    /// is held back until there was nothing new between two calls, an open trail until there was nothing new for longer
-    /// than Folder::kTrailGapMs.
-    void showWhatIsRead(LocalMs nowMs);
+    /// Shows what has been read. `nowMs` is the time of a monotonic clock. A record that further lines may continue is
+    /// held back until a call without new bytes, an open trail until there were no new bytes for longer than
+    /// TrailAssembler::kTrailGapMs.
+    void showPending(LocalMs nowMs);
 
-    /// When the call before found something new, or the first call was.
-    [[nodiscard]] LocalMs lastNewsMs() const noexcept { return m_lastNewsMs; }
+    /// The time of the last showPending() call with new bytes, or of the first call.
+    [[nodiscard]] LocalMs lastInputMs() const noexcept { return m_lastInputMs; }
 
-    /// Shows the rest, or the summary.
+    /// Shows the remaining entries or the summary.
     void finish();
 
-    /// Whether the last line has no end so far.
+    /// Whether the last line is incomplete.
     [[nodiscard]] bool isWithinLine() const noexcept { return m_splitter.isWithinLine(); }
 
-    /// Whether as many entries were shown as are wanted.
-    [[nodiscard]] bool hasEnough() const noexcept { return m_mostEntries && m_entries >= *m_mostEntries; }
+    /// Whether --max-count entries were shown.
+    [[nodiscard]] bool hasEnough() const noexcept { return m_maxEntries && m_entries >= *m_maxEntries; }
 
-    /// Whether there was anything to show, or to count.
+    /// Whether any entry was shown or counted.
     [[nodiscard]] bool hasFound() const noexcept { return m_entries != 0; }
 
-    /// How often what was being read vanished.
+    /// Number of gaps that the Follower reported.
     [[nodiscard]] unsigned int gaps() const noexcept { return m_gaps; }
 
-    /// Damaged records that the filter could not look at, and that were not shown.
-    [[nodiscard]] unsigned long long unjudged() const noexcept { return m_unjudged; }
+    /// Number of records without a header that were not shown because the filter needs a header.
+    [[nodiscard]] unsigned long long undecided() const noexcept { return m_undecided; }
 
 private:
-    void take(const Record& record);
-    void take(const Trail& trail);
+    void process(const Record& record);
+    void process(const Trail& trail);
     bool isWanted(const Record& record);
     template <class Entry>
     void show(const Entry& entry);
@@ -63,20 +63,20 @@ private:
 
     Filter m_filter;
     bool m_folds;
-    bool m_sumsUp;
+    bool m_summarises;
     bool m_json;
-    std::optional<unsigned long long> m_mostEntries;
+    std::optional<unsigned long long> m_maxEntries;
     std::unique_ptr<Printer> m_printer;
     std::function<void(std::string_view)> m_write;
     LineSplitter m_splitter;
     RecordReader m_reader;
-    Folder m_folder;
+    TrailAssembler m_assembler;
     Summary m_summary;
     std::string m_out;
-    bool m_hasNews = true;  ///< bytes have come since the last time that all was shown
-    LocalMs m_lastNewsMs = 0;
+    bool m_hasNewInput = true;  ///< bytes were received since the last showPending()
+    LocalMs m_lastInputMs = 0;
     unsigned long long m_entries = 0;
-    unsigned long long m_unjudged = 0;
+    unsigned long long m_undecided = 0;
     unsigned int m_gaps = 0;
 };
 

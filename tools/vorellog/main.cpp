@@ -30,22 +30,22 @@ enum ExitCode : int {
 
 constexpr wchar_t kProgram[] = L"vorellog";
 
-void tell(const std::wstring& text) {
+void report(const std::wstring& text) {
     tools::report(kProgram, text);
 }
 
-/// Set by Ctrl+C.
+/// Is set by Ctrl+C.
 HANDLE stopEvent() {
     static HANDLE const event = CreateEventW(nullptr, TRUE, FALSE, nullptr);
     return event;
 }
 
-/// Waits; true when it is time to stop.
+/// Waits; returns true if the loop must stop.
 bool isStopped(DWORD milliseconds) {
     return WaitForSingleObject(stopEvent(), milliseconds) == WAIT_OBJECT_0;
 }
 
-/// The first Ctrl+C lets the viewer show what it has read; the next one ends it as usual.
+/// The first Ctrl+C stops reading, so that the viewer shows what it has read. The second one terminates the process.
 BOOL WINAPI onControl(DWORD control) {
     if ((control != CTRL_C_EVENT && control != CTRL_BREAK_EVENT) || isStopped(0)) {
         return FALSE;
@@ -60,12 +60,12 @@ bool wantsColours(const Settings& settings) {
                         noColor && *noColor != L'\0');
 }
 
-/// This process, as the loop sees it.
-class Process : public Surroundings {
+/// The environment of this process.
+class Process : public Environment {
 public:
     LocalMs nowMs() override { return static_cast<LocalMs>(GetTickCount64()); }
     bool waitForStop(LocalMs milliseconds) override { return isStopped(static_cast<DWORD>(milliseconds)); }
-    void tell(const std::wstring& text) override { vorellog::tell(text); }
+    void report(const std::wstring& text) override { vorellog::report(text); }
 };
 
 int view(const Settings& settings) {
@@ -80,12 +80,12 @@ int view(const Settings& settings) {
     loop.run();
     viewer.finish();
     if (!follower.hasFound() && !settings.follow) {
-        throw tools::Failure(settings.path + L": there is no such log");
+        throw tools::Failure(settings.path + L": log not found");
     }
-    loop.tellGaps();
-    if (viewer.unjudged() != 0) {
-        tell(L"damaged records without process, thread, prefix and time, not shown: " +
-             std::to_wstring(viewer.unjudged()));
+    loop.reportGaps();
+    if (viewer.undecided() != 0) {
+        report(L"damaged records not shown, because they have no process, thread, prefix and time: " +
+               std::to_wstring(viewer.undecided()));
     }
     return viewer.hasFound() ? kFound : kNothingFound;
 }
@@ -104,9 +104,9 @@ int runWith(const std::vector<std::wstring>& given) {
     try {
         return view(settings);
     } catch (const tools::OutputClosed&) {
-        return kFound;  // somebody has seen enough
+        return kFound;  // the reader closed the pipe
     } catch (const tools::Failure& failure) {
-        tell(failure.text());
+        report(failure.text());
         return kCannotRead;
     }
 }
