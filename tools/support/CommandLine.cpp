@@ -31,7 +31,7 @@ std::wstring spelling(const Option& option) {
 
 }  // namespace
 
-/// One walk over the arguments.
+/// Parses one command line.
 class ArgumentParser {
 public:
     ArgumentParser(const Syntax& syntax, std::span<const std::wstring> given) : m_syntax(syntax), m_rest(given) {
@@ -40,15 +40,15 @@ public:
 
     Arguments parse() {
         while (!m_rest.empty()) {
-            const std::wstring_view argument = take();
+            const std::wstring_view argument = next();
             if (argument == L"--") {
                 m_result.m_operands.insert(m_result.m_operands.end(), m_rest.begin(), m_rest.end());
                 break;
             }
             if (argument.starts_with(L"--")) {
-                takeLong(argument.substr(2));
+                parseLong(argument.substr(2));
             } else if (argument.starts_with(L"-") && argument.size() > 1 && !looksNegative(argument)) {
-                takeLetters(argument.substr(1));
+                parseLetters(argument.substr(1));
             } else {
                 m_result.m_operands.emplace_back(argument);
             }
@@ -60,9 +60,9 @@ public:
     }
 
 private:
-    [[noreturn]] void refuse(std::wstring text) const { throw WrongUse(std::move(text), m_syntax.command); }
+    [[noreturn]] void reject(std::wstring text) const { throw WrongUse(std::move(text), m_syntax.command); }
 
-    std::wstring_view take() {
+    std::wstring_view next() {
         const std::wstring_view first = m_rest.front();
         m_rest = m_rest.subspan(1);
         return first;
@@ -77,33 +77,33 @@ private:
         return found == m_syntax.options.end() ? nullptr : &*found;
     }
 
-    void takeLong(std::wstring_view text) {
+    void parseLong(std::wstring_view text) {
         const std::size_t equals = text.find(L'=');
         const std::wstring_view name = text.substr(0, equals);
         const Option* const option = find([&](const Option& each) { return each.name == name; });
         if (!option) {
-            refuse(L"unknown option --" + std::wstring(name));
+            reject(L"unknown option --" + std::wstring(name));
         }
         if (equals == std::wstring_view::npos) {
             add(*option, L"--" + std::wstring(name));
         } else if (option->value.empty()) {
-            refuse(L"option --" + std::wstring(name) + L" takes no value");
+            reject(L"option --" + std::wstring(name) + L" takes no value");
         } else {
             m_result.m_given.push_back({option, std::wstring(text.substr(equals + 1))});
         }
     }
 
-    void takeLetters(std::wstring_view letters) {
+    void parseLetters(std::wstring_view letters) {
         while (!letters.empty()) {
             const wchar_t letter = letters.front();
             letters.remove_prefix(1);
             const Option* const option = find([&](const Option& each) { return each.letter == letter; });
-            const std::wstring shown = {L'-', letter};
+            const std::wstring asGiven = {L'-', letter};
             if (!option) {
-                refuse(L"unknown option " + shown);
+                reject(L"unknown option " + asGiven);
             }
             if (option->value.empty() || letters.empty()) {
-                add(*option, shown);
+                add(*option, asGiven);
             } else {
                 m_result.m_given.push_back({option, std::wstring(letters)});
                 return;
@@ -111,25 +111,25 @@ private:
         }
     }
 
-    /// A switch, or an option whose value is the next argument.
-    void add(const Option& option, const std::wstring& shown) {
+    /// Adds a switch, or an option whose value is the next argument.
+    void add(const Option& option, const std::wstring& asGiven) {
         if (option.value.empty()) {
             m_result.m_given.push_back({&option, {}});
             return;
         }
         if (m_rest.empty()) {
-            refuse(L"option " + shown + L" needs a value: <" + std::wstring(option.value) + L">");
+            reject(L"option " + asGiven + L" needs a value: <" + std::wstring(option.value) + L">");
         }
-        m_result.m_given.push_back({&option, std::wstring(take())});
+        m_result.m_given.push_back({&option, std::wstring(next())});
     }
 
     void checkOperands() const {
         const auto& operands = m_result.m_operands;
         if (operands.size() > m_syntax.mostOperands) {
-            refuse(quoted(operands[m_syntax.mostOperands]) + L" is one argument too many");
+            reject(quoted(operands[m_syntax.mostOperands]) + L" is one argument too many");
         }
         if (operands.size() < m_syntax.leastOperands) {
-            refuse(L"too few arguments, expected: " + std::wstring(m_syntax.operands));
+            reject(L"too few arguments, expected: " + std::wstring(m_syntax.operands));
         }
     }
 
@@ -149,7 +149,7 @@ const Option* Arguments::known(std::wstring_view name) const {
     const auto found =
         std::find_if(m_options.begin(), m_options.end(), [&](const Option& each) { return each.name == name; });
     if (found == m_options.end()) {
-        throw std::logic_error("a command asks for an option that it does not have");
+        throw std::logic_error("unknown option name");
     }
     return &*found;
 }

@@ -1,5 +1,5 @@
 /// \file
-/// Command lines: options and operands, taken apart by a table that also gives the help text.
+/// Parses command lines. One table describes the options and generates the help text.
 ///
 ///     constexpr Option kOptions[] = {{L"decode", L'd', {}, L"text to bytes"},
 ///                                    {L"output", L'o', L"file", L"write to this file"}};
@@ -8,9 +8,9 @@
 ///     const Arguments arguments = parse(kSyntax, given);
 ///     if (arguments.has(L"help")) { … helpText(kSyntax) … }
 ///
-/// `--name value`, `--name=value`, `-n value` and `-nvalue` are the same; switches may share a dash (`-dx`). A value is
-/// taken as it stands, also when it begins with a dash. `--` ends the options. `-` and what looks like a negative
-/// number are operands. Options and operands may stand in any order. Every command knows `--help` (`-h`).
+/// `--name value`, `--name=value`, `-n value` and `-nvalue` are equivalent; switches may share a dash (`-dx`). A value
+/// may begin with a dash. `--` ends the options. `-` and arguments that look like negative numbers are operands.
+/// Options and operands may be in any order. Every command supports `--help` (`-h`).
 #pragma once
 
 #include <cstddef>
@@ -27,35 +27,35 @@ namespace tools {
 struct Option {
     std::wstring_view name;   ///< without its dashes
     wchar_t letter = 0;       ///< the short form; 0: none
-    std::wstring_view value;  ///< what the value is called in the help; empty: a switch, which has none
+    std::wstring_view value;  ///< name of the value in the help; empty: a switch, which has no value
     std::wstring_view help;
 };
 
-/// No limit to the number of operands.
+/// No limit on the number of operands.
 constexpr std::size_t kAnyNumber = std::numeric_limits<std::size_t>::max();
 
-/// What a command takes. Everything in it has to outlive the Syntax.
+/// The syntax of a command. Everything that it refers to must outlive it.
 struct Syntax {
-    std::wstring_view command;        ///< as it is typed: "vorelconv base64"
+    std::wstring_view command;        ///< as typed: "vorelconv base64"
     std::wstring_view summary;        ///< one line, no full stop
-    std::span<const Option> options;  ///< --help is one more
-    std::wstring_view operands;       ///< as the help shows them: "[input]"
+    std::span<const Option> options;  ///< without --help, which every command has
+    std::wstring_view operands;       ///< as shown in the help: "[input]"
     std::size_t leastOperands = 0;
     std::size_t mostOperands = 0;
-    std::wstring_view details;  ///< what else the help says, below the options; lines of at most 80 characters
+    std::wstring_view details;  ///< help text below the options; lines of at most 80 characters
 };
 
-/// A command line taken apart.
+/// A parsed command line.
 class Arguments {
 public:
     /// Whether the option was given.
-    /// \throws std::logic_error when the command has no such option, here and below.
+    /// \throws std::logic_error if the command has no such option. This applies to value() and values(), too.
     [[nodiscard]] bool has(std::wstring_view option) const;
 
-    /// The value of the option, the last one if it was given more than once; nothing if it was not given.
+    /// The last value of the option; nullopt if it was not given.
     [[nodiscard]] std::optional<std::wstring> value(std::wstring_view option) const;
 
-    /// All values of the option, in their order.
+    /// All values of the option, in the given order.
     [[nodiscard]] std::vector<std::wstring> values(std::wstring_view option) const;
 
     [[nodiscard]] const std::vector<std::wstring>& operands() const noexcept { return m_operands; }
@@ -75,16 +75,15 @@ private:
     std::vector<std::wstring> m_operands;
 };
 
-/// Takes `given` (the program's arguments without its own name) apart. With --help among them the number of operands
-/// does not matter. The result refers to the syntax's options.
-/// \throws WrongUse for an option that is not known, has no value or too much of one, and for too few or too many
-///         operands.
+/// Parses `given`, the arguments of the program without its name. With --help, the number of operands is not checked.
+/// The result refers to the options of `syntax`.
+/// \throws WrongUse for an unknown option, a missing or unexpected value, and for too few or too many operands.
 Arguments parse(const Syntax& syntax, std::span<const std::wstring> given);
 
-/// Summary, usage, options and details of a command.
+/// The help text of a command: summary, usage, options and details.
 std::wstring helpText(const Syntax& syntax);
 
-/// Two columns, as the help has them: each row's first text, and behind the longest of them the second texts.
+/// Formats rows in two columns, as in the help text.
 std::wstring columns(const std::vector<std::pair<std::wstring, std::wstring>>& rows);
 
 }  // namespace tools

@@ -21,14 +21,14 @@ DWORD numberOf(Stream stream) noexcept {
     }
 }
 
-bool readerIsGone(DWORD error) noexcept {
+bool isReaderGone(DWORD error) noexcept {
     return error == ERROR_BROKEN_PIPE || error == ERROR_NO_DATA || error == ERROR_PIPE_NOT_CONNECTED;
 }
 
 void writeConsole(void* console, std::wstring_view text) {
-    constexpr std::size_t kMostUnits = 8192;  // a console takes 64 KB at once
+    constexpr std::size_t kMaxUnits = 8192;  // one call accepts up to 64 KB
     while (!text.empty()) {
-        const std::size_t units = std::min(text.size(), kMostUnits);
+        const std::size_t units = std::min(text.size(), kMaxUnits);
         DWORD written = 0;
         if (!WriteConsoleW(console, text.data(), static_cast<DWORD>(units), &written, nullptr) || written == 0) {
             throw systemFailure(L"console", L"cannot be written");
@@ -59,13 +59,13 @@ bool isConsole(Stream stream) noexcept {
 }
 
 unsigned int consoleColumns(Stream stream) noexcept {
-    constexpr unsigned int kUsual = 80;
+    constexpr unsigned int kDefaultColumns = 80;
     CONSOLE_SCREEN_BUFFER_INFO info = {};
     if (!GetConsoleScreenBufferInfo(streamHandle(stream), &info)) {
-        return kUsual;
+        return kDefaultColumns;
     }
     const int columns = info.srWindow.Right - info.srWindow.Left + 1;
-    return columns > 1 ? static_cast<unsigned int>(columns) : kUsual;
+    return columns > 1 ? static_cast<unsigned int>(columns) : kDefaultColumns;
 }
 
 bool enableEscapeSequences(Stream stream) noexcept {
@@ -93,18 +93,18 @@ void writeOutput(std::string_view text) {
 void writeError(std::wstring_view text) noexcept {
     try {
         write(Stream::Error, text);
-    } catch (...) {  // there is no other place to say it
+    } catch (...) {  // the failure cannot be reported
         return;
     }
 }
 
 void writeBytes(void* handle, const char* bytes, std::size_t size, std::wstring_view name) {
-    constexpr std::size_t kMostBytes = std::size_t{1} << 20;
+    constexpr std::size_t kMaxBytes = std::size_t{1} << 20;
     while (size != 0) {
         DWORD written = 0;
-        if (!WriteFile(handle, bytes, static_cast<DWORD>(std::min(size, kMostBytes)), &written, nullptr)) {
+        if (!WriteFile(handle, bytes, static_cast<DWORD>(std::min(size, kMaxBytes)), &written, nullptr)) {
             const DWORD error = GetLastError();
-            if (readerIsGone(error)) {
+            if (isReaderGone(error)) {
                 throw OutputClosed();
             }
             throw systemFailure(name, L"cannot be written", error);

@@ -1,7 +1,6 @@
 /// \file
-/// The standard streams: whether a person sits in front of one, and text into them. A console gets its text as UTF-16,
-/// whatever its code page is; a file or a pipe gets UTF-8. Nothing is held back: whoever writes in small pieces should
-/// collect them first.
+/// The standard streams: detects consoles and writes text. A console receives UTF-16, independent of its code page; a
+/// file or a pipe receives UTF-8. Output is not buffered: callers should collect small pieces.
 #pragma once
 
 #include <cstddef>
@@ -11,31 +10,32 @@ namespace tools {
 
 enum class Stream { Input, Output, Error };
 
-/// Whether the stream is a console, and no file, pipe or "nul".
+/// Whether the stream is a console rather than a file, a pipe or "nul".
 bool isConsole(Stream stream) noexcept;
 
-/// Columns of the console's window; 80 when the stream is no console.
+/// Number of columns of the console window; 80 if the stream is not a console.
 unsigned int consoleColumns(Stream stream) noexcept;
 
-/// Makes the console obey escape sequences (colours); false when it cannot, or the stream is no console.
+/// Enables escape sequences (colours). Returns false if the console does not support them or the stream is not a
+/// console.
 bool enableEscapeSequences(Stream stream) noexcept;
 
-/// Writes text to the standard output.
-/// \throws OutputClosed when its reader is gone; Failure when it cannot be written.
+/// Writes text to standard output.
+/// \throws OutputClosed if the reader is gone; Failure if the output cannot be written.
 void writeOutput(std::wstring_view text);
 
-/// The same for UTF-8. The bytes should not end within a sequence when they go to a console; bytes that are no UTF-8
-/// get there one by one, in the console's code page.
+/// Writes UTF-8 to standard output. For a console, `text` should not end within a sequence; invalid UTF-8 is written to
+/// a console as single bytes in its code page.
 void writeOutput(std::string_view text);
 
-/// Writes text to the error stream; what cannot be written there is lost.
+/// Writes text to the error stream and ignores failures.
 void writeError(std::wstring_view text) noexcept;
 
-/// The stream's handle, for those who read and write bytes; null when the process has none.
+/// The handle of the stream, for reading and writing bytes; null if the process has none.
 void* streamHandle(Stream stream) noexcept;
 
-/// Writes all `size` bytes to a handle, which is called `name` in failures.
-/// \throws OutputClosed when the reader of a pipe is gone; Failure when it cannot be written.
+/// Writes all `size` bytes to a handle. Failure texts contain `name`.
+/// \throws OutputClosed if the reader of a pipe is gone; Failure if the handle cannot be written.
 void writeBytes(void* handle, const char* bytes, std::size_t size, std::wstring_view name);
 
 }  // namespace tools

@@ -1,5 +1,5 @@
 /// \file
-/// A handle of the system that is closed at the end of its owner.
+/// A system handle that its owner closes.
 #pragma once
 
 #include <utility>
@@ -12,7 +12,7 @@ class OwnedHandle {
 public:
     OwnedHandle() noexcept = default;
 
-    /// Takes over `handle`; INVALID_HANDLE_VALUE and null own nothing.
+    /// Takes ownership of `handle`. INVALID_HANDLE_VALUE and null mean that nothing is owned.
     explicit OwnedHandle(HANDLE handle) noexcept : m_handle(handle == INVALID_HANDLE_VALUE ? nullptr : handle) {}
 
     OwnedHandle(const OwnedHandle&) = delete;
@@ -27,7 +27,8 @@ public:
     [[nodiscard]] HANDLE get() const noexcept { return m_handle; }
     explicit operator bool() const noexcept { return m_handle != nullptr; }
 
-    /// Owns nothing from then on. False when the system reports a failure, with the thread's last error.
+    /// Closes the handle, if there is one, and owns nothing afterwards. Returns false if the system reports a failure;
+    /// then the last error of the thread holds its code.
     bool close() noexcept { return !m_handle || CloseHandle(std::exchange(m_handle, nullptr)); }
 
 private:

@@ -11,18 +11,19 @@ namespace tools {
 
 namespace {
 
-/// The library's decoder takes no sequence that begins with F1 or F3: U+40000 to U+7FFFF, and U+C0000 to U+FFFFF.
-bool isLeadOfOwn(char byte) noexcept {
+/// The decoder of the library rejects sequences that begin with F1 or F3: U+40000 to U+7FFFF and U+C0000 to U+FFFFF.
+bool isUnsupportedLead(char byte) noexcept {
     return (static_cast<unsigned char>(byte) & 0xFDU) == 0xF1U;
 }
 
-/// Where the next zero, or the next such sequence, begins at or behind `from`.
+/// The position of the next zero or well-formed unsupported sequence at or after `from`; the end of `text` if there is
+/// none.
 std::size_t endOfPiece(std::string_view text, std::size_t from) noexcept {
-    const auto stops = [](char byte) { return byte == '\0' || isLeadOfOwn(byte); };
-    for (const auto* place = text.begin() + static_cast<std::ptrdiff_t>(from);; ++place) {
-        place = std::find_if(place, text.end(), stops);
-        const auto index = static_cast<std::size_t>(place - text.begin());
-        if (place == text.end() || *place == '\0' || utf8SequenceSize(text.substr(index)) != 0) {
+    const auto stops = [](char byte) { return byte == '\0' || isUnsupportedLead(byte); };
+    for (const auto* position = text.begin() + static_cast<std::ptrdiff_t>(from);; ++position) {
+        position = std::find_if(position, text.end(), stops);
+        const auto index = static_cast<std::size_t>(position - text.begin());
+        if (position == text.end() || *position == '\0' || utf8SequenceSize(text.substr(index)) != 0) {
             return index;
         }
     }
@@ -37,11 +38,11 @@ std::wstring decodedPair(std::string_view sequence) {
 }  // namespace
 
 std::string toUtf8(std::wstring_view text) {
-    const std::wstring terminated(text);  // a conversion may look at the unit behind the last one
+    const std::wstring terminated(text);  // a conversion may read the unit after the last one
     std::string result;
     vorel::BaseString<char> piece;
     for (std::size_t start = 0;; ++start) {
-        const std::size_t end = std::min(terminated.find(L'\0', start), text.size());  // a zero ends every conversion
+        const std::size_t end = std::min(terminated.find(L'\0', start), text.size());  // a conversion stops at a zero
         if (end > start) {
             vorel::util::ConvertStringtoUTF8(terminated.data() + start, piece, static_cast<int>(end - start));
             result += piece.view();
@@ -55,9 +56,9 @@ std::string toUtf8(std::wstring_view text) {
 }
 
 std::optional<std::wstring> fromUtf8(std::string_view text) {
-    constexpr std::size_t kLongestTail = 5;  // a lead byte at the end makes the decoder read that far
+    constexpr std::size_t kPaddingBytes = 5;  // the decoder reads up to this far past a lead byte
     std::string padded(text);
-    padded.append(kLongestTail, '\0');
+    padded.append(kPaddingBytes, '\0');
     std::wstring result;
     vorel::BaseString<wchar_t> piece;
     for (std::size_t start = 0;;) {

@@ -1,5 +1,5 @@
 /// \file
-/// Texts of the tools: wide inside, as the arguments and the names of files are, and UTF-8 outside.
+/// Text conversions of the tools. Internally text is wide, as arguments and file names are; input and output are UTF-8.
 #pragma once
 
 #include <optional>
@@ -10,16 +10,16 @@
 
 namespace tools {
 
-/// The UTF-8 form of `text`, zero units included. A surrogate that is not part of a pair becomes "?".
+/// Converts `text` to UTF-8, zero units included. A surrogate that is not part of a pair becomes "?".
 std::string toUtf8(std::wstring_view text);
 
-/// The wide form of `text`, zero bytes included; nothing when a byte starts no sequence. All well-formed text is taken,
-/// also the sequences that begin with F1 and F3, which the library does not take. Overlong forms, encoded surrogates
-/// and wrong trailing bytes are taken as the library takes them.
+/// Converts UTF-8 to wide text, zero bytes included; returns nullopt if a byte cannot start a sequence. All well-formed
+/// text is accepted, including sequences that begin with F1 or F3, which the library rejects. Overlong forms, encoded
+/// surrogates and wrong trailing bytes are decoded as the library decodes them.
 std::optional<std::wstring> fromUtf8(std::string_view text);
 
-/// The printf-style rendering of `format`; wide text goes under %ls.
-/// \throws vorel::Exception when the format cannot be rendered.
+/// Formats in printf style; `%ls` takes wide text.
+/// \throws vorel::Exception if the text cannot be formatted.
 template <class... Values>
 std::wstring formatted(const wchar_t* format, Values... values) {
     vorel::BaseString<wchar_t> text;

@@ -14,7 +14,7 @@ namespace tools {
 
 namespace {
 
-int runAndTell(std::wstring_view program, const std::function<int()>& body) {
+int runAndReport(std::wstring_view program, const std::function<int()>& body) {
     try {
         return body();
     } catch (const WrongUse& e) {
@@ -26,7 +26,7 @@ int runAndTell(std::wstring_view program, const std::function<int()>& body) {
     } catch (const OutputClosed&) {
         return kFailed;
     } catch (const vorel::Exception& e) {
-        report(program, e.what() ? e.what() : L"the library failed without a word");
+        report(program, e.what() ? e.what() : L"unknown error in vorelCore");
     } catch (const std::bad_alloc&) {
         report(program, L"not enough memory");
     } catch (const std::exception& e) {
@@ -67,8 +67,8 @@ std::wstring versionText(std::wstring_view program) {
 int run(std::wstring_view program, const std::function<int()>& body) noexcept {
     try {
         vorel::Exception::SetErrorLogSize(0);
-        return runAndTell(program, body);
-    } catch (...) {  // not even the telling succeeded
+        return runAndReport(program, body);
+    } catch (...) {  // the failure could not be reported
         return kFailed;
     }
 }

@@ -1,5 +1,5 @@
 /// \file
-/// How a tool ends: its exit codes, the failures that lead to them, and the frame that its `wmain` runs in.
+/// Exit codes, failures and the frame for the `wmain` of a tool.
 ///
 ///     int wmain(int count, wchar_t** arguments) {
 ///         return tools::run(L"vorelconv", [&] { return convert({arguments + 1, arguments + count}); });
@@ -12,20 +12,20 @@
 #include <string_view>
 #include <utility>
 
-/// The entry point that every tool defines: the start-up code calls it by its C name.
+/// The entry point that every tool defines. The start-up code calls it by its C name.
 extern "C" int wmain(int count, wchar_t** arguments);
 
 namespace tools {
 
-/// The exit codes of every tool. A tool's help says when it ends with which.
+/// The exit codes of every tool. The help text of a tool describes when it uses them.
 enum ExitCode : int {
-    kDone = 0,      ///< what was asked for is done
-    kFailed = 1,    ///< bad input, a failure of the system, or a question that was answered with no
-    kWrongUse = 2,  ///< the command line makes no sense
+    kDone = 0,      ///< success
+    kFailed = 1,    ///< invalid input, a system failure, or the answer to a query is no
+    kWrongUse = 2,  ///< invalid command line
 };
 
-/// Something that the user has to be told: bad input, or a file that cannot be read. The text says where, and what was
-/// expected; the program's name goes in front of it.
+/// A failure to report to the user: invalid input, or a file that cannot be read. The text says where it occurred and
+/// what was expected. run() prepends the name of the program.
 class Failure : public std::exception {
 public:
     explicit Failure(std::wstring text) : m_text(std::move(text)) {}
@@ -36,7 +36,7 @@ private:
     std::wstring m_text;
 };
 
-/// A command line that makes no sense. `command` is whose help tells more: "vorelconv base64"; empty: the program's.
+/// An invalid command line. `command` is the command whose help is suggested: "vorelconv base64"; empty: the program.
 class WrongUse : public Failure {
 public:
     explicit WrongUse(std::wstring text, std::wstring_view command = {})
@@ -47,24 +47,24 @@ private:
     std::wstring m_command;
 };
 
-/// Whoever reads the output has had enough of it: nothing to tell, and nobody to tell it.
+/// The reader closed the output. This is not reported.
 class OutputClosed : public std::exception {};
 
-/// A failure of the system: "name: cannot be opened: File not found. (error 2)". The error `code` is the thread's last
-/// one when none is given.
+/// Creates a system failure: "name: cannot be opened: File not found. (error 2)". Without `code`, the last error of the
+/// thread is used.
 Failure systemFailure(std::wstring_view name, std::wstring_view what);
 Failure systemFailure(std::wstring_view name, std::wstring_view what, unsigned long code);
 
-/// What --version shows: "vorelconv 0.1.0", and the end of the line.
+/// The output of --version: "vorelconv 0.1.0" and a line feed.
 std::wstring versionText(std::wstring_view program);
 
-/// Writes "program: text" on the error stream. The text may have several lines; what else a terminal might interpret in
-/// it is escaped, because it may quote names and input.
+/// Writes "program: text" to the error stream. The text may have several lines. Because it may quote names and input,
+/// all other characters that a terminal might interpret are escaped.
 void report(std::wstring_view program, std::wstring_view text) noexcept;
 
-/// Runs `body` and returns its exit code. What it throws is told on the error stream, in one line that begins with
-/// `program`, and becomes `kWrongUse` for WrongUse and `kFailed` for everything else. The library's error log is
-/// switched off: a tool tells its own user, and leaves the log to the programs that write it.
+/// Runs `body` and returns its exit code. Exceptions are reported on the error stream after the name of the program,
+/// except OutputClosed, and converted to an exit code: `kWrongUse` for WrongUse, otherwise `kFailed`. The error log of
+/// the library is switched off: a tool reports to its user, and the log belongs to the programs that write it.
 int run(std::wstring_view program, const std::function<int()>& body) noexcept;
 
 }  // namespace tools

@@ -1,6 +1,6 @@
 /// \file
-/// Strict UTF-8: no overlong forms, no surrogates, nothing above U+10FFFF. (The library's decoder takes such forms on
-/// purpose, and so cannot tell sound text from damage.)
+/// Strict UTF-8: no overlong forms, no surrogates, nothing above U+10FFFF. (The decoder of the library accepts such
+/// forms by design, so it cannot detect damaged text.)
 #pragma once
 
 #include <cstddef>
@@ -9,17 +9,17 @@
 
 namespace tools {
 
-/// What a text begins with, as far as it is well-formed.
+/// The sequence at the start of a text, as far as it is well-formed.
 struct Utf8Sequence {
-    std::size_t size = 0;   ///< bytes of the sequence that the first byte begins, 1 to 4; 0: it begins none
-    std::size_t found = 0;  ///< how many of them are there, up to `size`
+    std::size_t size = 0;   ///< size in bytes according to the lead byte, 1 to 4; 0: not a lead byte
+    std::size_t found = 0;  ///< number of valid bytes found, up to `size`
 
     [[nodiscard]] constexpr bool isWhole() const noexcept { return size != 0 && found == size; }
 };
 
 namespace detail {
 
-constexpr std::size_t utf8SizeBehind(unsigned char lead) noexcept {
+constexpr std::size_t utf8SizeOfLead(unsigned char lead) noexcept {
     if (lead < 0x80) {
         return 1;
     }
@@ -29,7 +29,7 @@ constexpr std::size_t utf8SizeBehind(unsigned char lead) noexcept {
     return lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
 }
 
-/// The second byte's range decides over overlong forms, surrogates and what is too large.
+/// The range of the second byte excludes overlong forms, surrogates and code points above U+10FFFF.
 constexpr bool isSecondUtf8Byte(unsigned char lead, unsigned char second) noexcept {
     switch (lead) {
     case 0xE0: return second >= 0xA0 && second <= 0xBF;
@@ -47,7 +47,7 @@ constexpr Utf8Sequence utf8SequenceAt(std::string_view text) noexcept {
         return {};
     }
     const auto byteAt = [text](std::size_t index) { return static_cast<unsigned char>(text[index]); };
-    const std::size_t size = detail::utf8SizeBehind(byteAt(0));
+    const std::size_t size = detail::utf8SizeOfLead(byteAt(0));
     if (size < 2) {
         return {size, size};
     }
@@ -61,13 +61,13 @@ constexpr Utf8Sequence utf8SequenceAt(std::string_view text) noexcept {
     return {size, found};
 }
 
-/// The bytes of the sequence that `text` begins with, 1 to 4; 0 when it begins with none, or is empty.
+/// The size of the well-formed sequence at the start of `text`, 1 to 4 bytes; 0 if there is none.
 constexpr std::size_t utf8SequenceSize(std::string_view text) noexcept {
     const Utf8Sequence sequence = utf8SequenceAt(text);
     return sequence.isWhole() ? sequence.size : 0;
 }
 
-/// The code point of a well-formed sequence, which is all of `sequence`.
+/// The code point of `sequence`, which must be one whole well-formed sequence.
 constexpr std::uint32_t utf8CodePoint(std::string_view sequence) noexcept {
     constexpr std::uint32_t kLeadBits[] = {0x7F, 0x1F, 0x0F, 0x07};
     std::uint32_t codePoint = static_cast<unsigned char>(sequence[0]) & kLeadBits[sequence.size() - 1];

@@ -12,14 +12,14 @@ namespace {
 
 constexpr std::size_t kWord = sizeof(std::uint64_t);
 
-/// Whether all eight bytes are from the blank to '~'; may also say no where a carry between bytes misleads it.
+/// Whether all eight bytes are from ' ' to '~'. May return false for such bytes because of a carry between bytes.
 bool isPlain(std::uint64_t word) noexcept {
     constexpr std::uint64_t kEachByte = 0x0101010101010101;
     constexpr std::uint64_t kHighBits = kEachByte * 0x80;
     return ((word | (word + kEachByte) | (word - kEachByte * 0x20)) & kHighBits) == 0;
 }
 
-/// How many bytes of `text` can be copied unchanged.
+/// The number of bytes at the start of `text` that can be copied unchanged.
 std::size_t plainSize(std::string_view text) noexcept {
     std::size_t size = 0;
     for (std::uint64_t word = 0; text.size() - size >= kWord; size += kWord) {
