@@ -14,11 +14,11 @@ namespace {
 using vorel::kernels::narrowAsciiRun;
 using vorel::kernels::widenAsciiRun;
 
-constexpr std::size_t kLongest = 70;
+constexpr std::size_t kMaxLength = 70;
 constexpr std::size_t kAlignments = 32;
-constexpr std::size_t kGuards = 33;  // elements behind the output: more than the widest store writes
+constexpr std::size_t kGuards = 33;  // elements after the output: more than the widest store writes
 
-/// Bytes to units, and units to bytes: one set of tests for both kernels.
+/// Both kernels, bytes to units and units to bytes, share one set of tests.
 struct Widening {
     using From = unsigned char;
     using To = wchar_t;
@@ -28,7 +28,7 @@ struct Widening {
 struct Narrowing {
     using From = wchar_t;
     using To = unsigned char;
-    // Units whose low or high byte alone would pass for ASCII, and the two ends of what saturation makes of a unit.
+    // Units whose low or high byte alone is ASCII, and units at the limits of saturation.
     static constexpr From kStops[] = {0x0000, 0x0080, 0x00FF, 0x0100, 0x4100, 0x7FFF, 0x8000, 0x8041, 0xD841, 0xFFFF};
     static std::size_t run(const From* from, std::size_t count, To* to) { return narrowAsciiRun(from, count, to); }
 };
@@ -40,7 +40,7 @@ public:
     using To = typename Direction::To;
     using Text = std::basic_string<From>;
 
-    /// Every value from 0x01 to 0x7F in turn.
+    /// The values 0x01 to 0x7F, repeated.
     static Text ascii(std::size_t count, std::size_t start = 0) {
         Text text;
         for (std::size_t index = 0; index < count; ++index) {
@@ -49,18 +49,18 @@ public:
         return text;
     }
 
-    /// Runs the kernel over the first `count` elements of `from`, and expects the first `expected` of them in the
-    /// output, at each alignment of the output, and nothing behind them.
+    /// Runs the kernel on the first `count` elements of `from`. Expects the first `expected` of them in the output, and
+    /// nothing written outside of them.
     void expectRun(const From* from, std::size_t count, std::size_t expected, std::size_t alignment) {
         static constexpr To kGuard = 0x5A;
-        static To memory[kAlignments + kLongest + kGuards];
+        static To memory[kAlignments + kMaxLength + kGuards];
         std::fill(std::begin(memory), std::end(memory), kGuard);
         To* to = memory + alignment;
         EXPECT_EQ(Direction::run(from, count, to), expected);
         EXPECT_TRUE(std::equal(from, from + expected, to)) << "the run";
         EXPECT_TRUE(std::all_of(memory, to, [](To unit) { return unit == kGuard; })) << "before the output";
         EXPECT_TRUE(std::all_of(to + expected, std::end(memory), [](To unit) { return unit == kGuard; }))
-            << "behind the run";
+            << "after the run";
     }
 
     test::PageEdge<From> m_edge{4096};
@@ -77,10 +77,10 @@ using Directions = testing::Types<Widening, Narrowing>;
 TYPED_TEST_SUITE(AsciiRunsTest, Directions, DirectionNames);
 
 TYPED_TEST(AsciiRunsTest, Run_CopiesEveryLengthAtEveryAlignment) {
-    for (std::size_t length = 0; length <= kLongest; ++length) {
+    for (std::size_t length = 0; length <= kMaxLength; ++length) {
         for (std::size_t alignment = 0; alignment < kAlignments; ++alignment) {
             SCOPED_TRACE(testing::Message() << "length " << length << ", alignment " << alignment);
-            // What follows is ASCII too, so that only the count ends the run.
+            // The following elements are ASCII, too, so only the count ends the run.
             const auto text = this->ascii(length + kAlignments, alignment);
             this->expectRun(this->m_edge.placeAtStart(this->ascii(alignment) + text) + alignment, length, length,
                             alignment);
@@ -88,29 +88,30 @@ TYPED_TEST(AsciiRunsTest, Run_CopiesEveryLengthAtEveryAlignment) {
     }
 }
 
-TYPED_TEST(AsciiRunsTest, Run_StopsBeforeEveryOtherElementAtEveryPlace) {
+TYPED_TEST(AsciiRunsTest, Run_StopsAtNonAsciiAtEveryPosition) {
     for (const auto stop : TypeParam::kStops) {
-        for (std::size_t length = 1; length <= kLongest; ++length) {
-            for (std::size_t place = 0; place < length; ++place) {
-                SCOPED_TRACE(testing::Message() << "element " << unsigned{stop} << " at " << place << " of " << length);
-                const std::size_t alignment = (length * 7 + place) % kAlignments;
+        for (std::size_t length = 1; length <= kMaxLength; ++length) {
+            for (std::size_t position = 0; position < length; ++position) {
+                SCOPED_TRACE(testing::Message()
+                             << "element " << unsigned{stop} << " at " << position << " of " << length);
+                const std::size_t alignment = (length * 7 + position) % kAlignments;
                 auto text = this->ascii(alignment + length);
-                text[alignment + place] = stop;
-                this->expectRun(this->m_edge.placeAtStart(text) + alignment, length, place, alignment);
+                text[alignment + position] = stop;
+                this->expectRun(this->m_edge.placeAtStart(text) + alignment, length, position, alignment);
             }
         }
     }
 }
 
-TYPED_TEST(AsciiRunsTest, Run_ReadsNothingBehindItsCount) {
-    for (std::size_t length = 0; length <= kLongest; ++length) {
+TYPED_TEST(AsciiRunsTest, Run_ReadsNothingPastTheCount) {
+    for (std::size_t length = 0; length <= kMaxLength; ++length) {
         SCOPED_TRACE(length);
         this->expectRun(this->m_edge.placeAtEnd(this->ascii(length)), length, length, 0);
     }
 }
 
-TYPED_TEST(AsciiRunsTest, Run_WithoutABoundReadsNothingBehindThePageOfTheZero) {
-    for (std::size_t length = 0; length <= kLongest; ++length) {
+TYPED_TEST(AsciiRunsTest, Run_UnboundedStaysInThePageOfTheZero) {
+    for (std::size_t length = 0; length <= kMaxLength; ++length) {
         SCOPED_TRACE(length);
         auto text = this->ascii(length);
         text += typename TypeParam::From{0};
@@ -119,17 +120,17 @@ TYPED_TEST(AsciiRunsTest, Run_WithoutABoundReadsNothingBehindThePageOfTheZero) {
 }
 
 TYPED_TEST(AsciiRunsTest, Run_ReadsNothingBeforeItsStart) {
-    for (std::size_t length = 0; length <= kLongest; ++length) {
+    for (std::size_t length = 0; length <= kMaxLength; ++length) {
         SCOPED_TRACE(length);
         this->expectRun(this->m_edge.placeAtStart(this->ascii(length)), length, length, 0);
     }
 }
 
-TYPED_TEST(AsciiRunsTest, Run_TakesExactlyTheValuesFrom01To7F) {
+TYPED_TEST(AsciiRunsTest, Run_CopiesExactly01To7F) {
     using Element = typename TypeParam::From;
     for (unsigned int value = 0; value <= std::numeric_limits<Element>::max(); ++value) {
         const bool ascii = value >= 0x01 && value <= 0x7F;
-        // In the middle of a block of sixteen, and alone.
+        // Within a block of sixteen, and as a single element.
         auto text = this->ascii(48);
         text[20] = static_cast<Element>(value);
         typename TypeParam::To block[48];

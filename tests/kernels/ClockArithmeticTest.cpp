@@ -14,13 +14,13 @@ using vorel::kernels::unixMilliseconds;
 constexpr std::uint64_t kTicksPerSecond = 10'000'000;
 
 TEST(ClockArithmetic, EpochIsTheFileTimeOf1970) {
-    // 369 years from 1601 to 1970, 89 of them leap years: 1700, 1800 and 1900 are none.
+    // 369 years from 1601 to 1970, 89 of them leap years: 1700, 1800 and 1900 are not.
     constexpr std::uint64_t kDays = 369 * 365 + 89;
     EXPECT_EQ(kUnixEpochAsFileTime, kDays * 86400 * kTicksPerSecond);
     EXPECT_EQ(kUnixEpochAsFileTime, 116444736000000000u);
 }
 
-TEST(ClockArithmetic, UnixMicroseconds_DividesSignedTowardsTheEpoch) {
+TEST(ClockArithmetic, UnixMicroseconds_RoundsTowardsTheEpoch) {
     struct Case {
         std::int64_t ticksFromEpoch;
         std::int64_t microseconds;
@@ -46,7 +46,7 @@ TEST(ClockArithmetic, UnixMilliseconds_DividesUnsigned) {
     }
 }
 
-TEST(ClockArithmetic, MicrosecondsBetweenTicks_IsRightAcrossOneWrap) {
+TEST(ClockArithmetic, MicrosecondsBetweenTicks_HandlesOneWrap) {
     struct Case {
         std::uint64_t start;
         std::uint64_t end;
@@ -55,7 +55,7 @@ TEST(ClockArithmetic, MicrosecondsBetweenTicks_IsRightAcrossOneWrap) {
     for (const auto& [start, end, microseconds] :
          {Case{0, 0, 0}, Case{100, 101, 1000}, Case{0xFFFFFFF0, 0x10, 32000}, Case{0xFFFFFFFF, 0, 1000},
           Case{1, 0, 4'294'967'295'000}, Case{0, 0xFFFFFFFF, 4'294'967'295'000},
-          // Only the low halves count.
+          // The high halves are ignored.
           Case{0x5'0000'0000, 0x9'0000'0007, 7000}}) {
         EXPECT_EQ(microsecondsBetweenTicks(start, end), microseconds) << start << " to " << end;
     }

@@ -16,7 +16,7 @@ namespace {
 namespace kernels = vorel::kernels;
 using kernels::Tie;
 
-TEST(DecimalDigits, TiesGoWhereTheyAreTold) {
+TEST(DecimalDigits, TiesFollowTheRule) {
     const auto expectDigits = [](double value, Tie tie, std::uint64_t digits, int exponent) {
         const auto decimal = kernels::decimalDigits(value, tie);
         EXPECT_EQ(decimal.digits, digits) << value;
@@ -32,10 +32,10 @@ TEST(DecimalDigits, TiesGoWhereTheyAreTold) {
     expectDigits(small, Tie::ToEven, 238418579101562, -7);
     expectDigits(small, Tie::AwayFromZero, 238418579101563, -7);
     expectDigits(std::nextafter(small, 1.0), Tie::ToEven, 238418579101563, -7);
-    expectDigits(999999999999999.5, Tie::ToEven, 100000000000000, 15);  // one digit more
+    expectDigits(999999999999999.5, Tie::ToEven, 100000000000000, 15);  // carries into the next digit
 }
 
-TEST(DecimalDigits, TheEstimateIsTheExponentOrOneLessForEveryBinaryExponent) {
+TEST(DecimalDigits, ExponentEstimateIsAtMostOneTooLow) {
     const auto expectEstimate = [](double value) {
         const kernels::BinaryParts parts(value);
         const int zeros = std::countl_zero(parts.significand);
@@ -55,20 +55,20 @@ TEST(DecimalDigits, TheEstimateIsTheExponentOrOneLessForEveryBinaryExponent) {
     }
 }
 
-TEST(DecimalDigits, TheExactComparisonDecidesAroundAHalf) {
-    // 2^-22 times 10^21 is 238418579101562 and a half.
+TEST(DecimalDigits, ComparesExactlyWithAHalf) {
+    // 2^-22 times 10^21 is 238418579101562.5.
     const kernels::BinaryParts half(std::ldexp(1.0, -22));
     EXPECT_EQ(kernels::compareWithHalf(half, 21, 238418579101562), 0);
     EXPECT_GT(kernels::compareWithHalf(half, 21, 238418579101561), 0);
     EXPECT_LT(kernels::compareWithHalf(half, 21, 238418579101563), 0);
     const kernels::BinaryParts above(std::nextafter(std::ldexp(1.0, -22), 1.0));
     EXPECT_GT(kernels::compareWithHalf(above, 21, 238418579101562), 0);
-    // 12345678901234550 times 10^-2 is 123456789012345 and a half.
+    // 12345678901234550 times 10^-2 is 123456789012345.5.
     const kernels::BinaryParts large(12345678901234550.0);
     EXPECT_EQ(kernels::compareWithHalf(large, -2, 123456789012345), 0);
 }
 
-TEST(DecimalDigits, OnlyATieIsRoundedByItsRule) {
+TEST(DecimalDigits, OnlyTiesUseTheTieRule) {
     for (const kernels::Tie tie : {kernels::Tie::ToEven, kernels::Tie::AwayFromZero}) {
         for (const std::uint64_t digits : {std::uint64_t{123456789012344}, std::uint64_t{123456789012345}}) {
             EXPECT_TRUE(kernels::roundsUp(1, digits, tie));
@@ -79,7 +79,7 @@ TEST(DecimalDigits, OnlyATieIsRoundedByItsRule) {
     }
 }
 
-TEST(DigitCharacters, SixteenDigitsHaveTheirZerosInFront) {
+TEST(DigitCharacters, SixteenDigitsHaveLeadingZeros) {
     test::RandomText random(20261121);
     for (int count = 0; count < 200000; ++count) {
         const std::uint64_t number = random.bits() >> (11 + random.below(53));

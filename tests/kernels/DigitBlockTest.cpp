@@ -17,7 +17,7 @@ template <class T>
 class DigitBlock : public ::testing::Test {};
 TYPED_TEST_SUITE(DigitBlock, test::CharacterTypes, test::CharacterNames);
 
-TYPED_TEST(DigitBlock, TheMaskHasABitForEachDigit) {
+TYPED_TEST(DigitBlock, MaskHasABitForEachDigit) {
     std::basic_string<TypeParam> text = test::text<TypeParam>("0123456789/:.-\x7F\xB5");
     EXPECT_EQ(kernels::digitMask(text.data()), 0x03FFu);
     for (std::uint32_t unit = 0; unit < 1u << 8 * sizeof(TypeParam); ++unit) {
@@ -26,7 +26,7 @@ TYPED_TEST(DigitBlock, TheMaskHasABitForEachDigit) {
     }
 }
 
-TEST(DigitBlockMasks, LeadingDigitsEndAtTheFirstBitThatIsNotSet) {
+TEST(DigitBlockMasks, LeadingDigitsEndAtTheFirstZeroBit) {
     for (unsigned int count = 0; count <= 32; ++count) {
         const std::uint64_t ones = (std::uint64_t{1} << count) - 1;
         EXPECT_EQ(kernels::leadingDigits(ones), count);
@@ -34,7 +34,7 @@ TEST(DigitBlockMasks, LeadingDigitsEndAtTheFirstBitThatIsNotSet) {
     }
 }
 
-TYPED_TEST(DigitBlock, DigitsOfEveryCountHaveTheirValue) {
+TYPED_TEST(DigitBlock, ValueOfEveryDigitCount) {
     test::RandomText random(20261121);
     for (int round = 0; round < 2000; ++round) {
         for (std::uint64_t count = 0; count <= 16; ++count) {
@@ -46,28 +46,28 @@ TYPED_TEST(DigitBlock, DigitsOfEveryCountHaveTheirValue) {
     }
 }
 
-TYPED_TEST(DigitBlock, DigitsOnBothSidesOfAPointAreOneNumber) {
+TYPED_TEST(DigitBlock, ValueAcrossTheDecimalPoint) {
     test::RandomText random(20261121);
     for (std::uint64_t whole = 0; whole <= 14; ++whole) {
         for (std::uint64_t fraction = 0; whole + fraction <= 14; ++fraction) {
             const std::string before = random.digits(whole);
-            const std::string behind = random.digits(fraction);
-            const auto text = test::text<TypeParam>(random.from("09ax", 16) + before + '.' + behind + "77");
-            const std::uint64_t wanted = whole + fraction == 0 ? 0 : std::stoull(before + behind);
-            EXPECT_EQ(kernels::valueAcrossPoint(text.data() + 16, whole, fraction), wanted) << before << '.' << behind;
+            const std::string after = random.digits(fraction);
+            const auto text = test::text<TypeParam>(random.from("09ax", 16) + before + '.' + after + "77");
+            const std::uint64_t wanted = whole + fraction == 0 ? 0 : std::stoull(before + after);
+            EXPECT_EQ(kernels::valueAcrossPoint(text.data() + 16, whole, fraction), wanted) << before << '.' << after;
         }
     }
 }
 
-TYPED_TEST(DigitBlock, NoBlockLeavesThePage) {
+TYPED_TEST(DigitBlock, BlocksStayWithinThePage) {
     test::PageEdge<TypeParam> edge(4096 / sizeof(TypeParam));
     const TypeParam* const first = edge.firstElement();
-    for (std::size_t place = 0; place < 4096 / sizeof(TypeParam); ++place) {
-        const bool hasRoom = place >= 16 && place + 32 <= 4096 / sizeof(TypeParam);
-        ASSERT_EQ(kernels::areBlocksInPage(first + place), hasRoom) << place;
-        if (hasRoom) {  // nothing faults
-            static_cast<void>(kernels::digitMask(first + place + 16));
-            static_cast<void>(kernels::valueOfDigits(first + place, 0));
+    for (std::size_t position = 0; position < 4096 / sizeof(TypeParam); ++position) {
+        const bool fits = position >= 16 && position + 32 <= 4096 / sizeof(TypeParam);
+        ASSERT_EQ(kernels::isWithinPage(first + position), fits) << position;
+        if (fits) {  // nothing faults
+            static_cast<void>(kernels::digitMask(first + position + 16));
+            static_cast<void>(kernels::valueOfDigits(first + position, 0));
         }
     }
 }

@@ -21,14 +21,14 @@ namespace kernels = vorel::kernels;
 using kernels::HexCase;
 using test::Bytes;
 
-constexpr std::size_t kMost = 4096;
+constexpr std::size_t kMax = 4096;
 constexpr std::string_view kDigits = "0123456789abcdefABCDEF";
 
 bool isDigit(unsigned int unit) {
     return unit != 0 && unit < 128 && kDigits.find(static_cast<char>(unit)) != std::string_view::npos;
 }
 
-/// The bytes of pairs of digits.
+/// Decodes pairs of digits.
 template <class T>
 Bytes bytesOf(const std::basic_string<T>& digits) {
     Bytes bytes;
@@ -42,9 +42,9 @@ Bytes bytesOf(const std::basic_string<T>& digits) {
 // ---- Encoding -------------------------------------------------------------------------------------------------------
 
 template <class T>
-struct Plainly {
+struct Scalar {
     using Unit = T;
-    static constexpr char kName[] = "plain";
+    static constexpr char kName[] = "scalar";
     static constexpr bool kNeedsAvx2 = false;
     static T* encode(const unsigned char* bytes, std::size_t count, HexCase letters, T* out) {
         return kernels::encodeHexScalar(bytes, count, letters, out);
@@ -64,7 +64,7 @@ struct InBlocks {
 template <class Kernel>
 class HexEncoding : public test::KernelTest<Kernel> {
 protected:
-    /// Bytes that end where nobody may read, into room for just their digits.
+    /// Encodes bytes that end at an inaccessible page into a buffer of exactly the required size.
     void expectEncoded(const Bytes& bytes) {
         using T = typename Kernel::Unit;
         unsigned char* const from = m_bytes.lastElements(bytes.size());
@@ -77,21 +77,21 @@ protected:
         }
     }
 
-    test::PageEdge<unsigned char> m_bytes{kMost};
-    test::PageEdge<typename Kernel::Unit> m_text{kMost};
+    test::PageEdge<unsigned char> m_bytes{kMax};
+    test::PageEdge<typename Kernel::Unit> m_text{kMax};
 };
 
-using Encoders = ::testing::Types<Plainly<char>, Plainly<wchar_t>, InBlocks<char>, InBlocks<wchar_t>>;
+using Encoders = ::testing::Types<Scalar<char>, Scalar<wchar_t>, InBlocks<char>, InBlocks<wchar_t>>;
 TYPED_TEST_SUITE(HexEncoding, Encoders, test::KernelNames);
 
-TYPED_TEST(HexEncoding, TakesEveryCountAndNothingBeyond) {
+TYPED_TEST(HexEncoding, EncodesEveryCountAndNothingElse) {
     test::RandomText random(20261123);
     for (std::size_t count = 0; count <= 70; ++count) {
         ASSERT_NO_FATAL_FAILURE(this->expectEncoded(random.bytes(count))) << count;
     }
 }
 
-TYPED_TEST(HexEncoding, WritesEveryByteAtEveryPlaceOfABlock) {
+TYPED_TEST(HexEncoding, EncodesEveryByteAtEveryBlockPosition) {
     for (std::size_t shift = 0; shift < 16; ++shift) {
         Bytes bytes(256 + shift);
         std::iota(bytes.begin(), bytes.end(), static_cast<unsigned char>(0));
@@ -102,11 +102,11 @@ TYPED_TEST(HexEncoding, WritesEveryByteAtEveryPlaceOfABlock) {
 
 // ---- Decoding -------------------------------------------------------------------------------------------------------
 
-/// The plain blocks, which is what the decoder is without AVX2.
+/// The blocks that the decoder uses without AVX2.
 template <class T>
 struct Sse2 {
     using Unit = T;
-    static constexpr char kName[] = "plain";
+    static constexpr char kName[] = "SSE2";
     static constexpr bool kNeedsAvx2 = false;
     static constexpr std::size_t kBlock = 16;
     static std::size_t decode(const T* text, std::size_t blocks, unsigned char* out) {
@@ -129,7 +129,7 @@ struct Avx2 {
     }
 };
 
-/// Whatever the processor has, and small blocks for the rest.
+/// The best kernel of this processor, then small blocks for the rest.
 template <class T>
 struct Together {
     using Unit = T;
@@ -146,13 +146,13 @@ class HexDecoding : public test::KernelTest<Kernel> {
 protected:
     using Text = std::basic_string<typename Kernel::Unit>;
 
-    /// Digits that end where nobody may read, into room for just `blocks`. What stands from the first other character
-    /// on is left, by whole blocks, and nothing is written for it.
+    /// Decodes text that ends at an inaccessible page into a buffer for exactly `blocks` blocks. Expects decoding to
+    /// stop before the block with the first invalid character, and nothing to be written from there on.
     void expectDecoded(const Text& text, std::size_t blocks) {
-        const auto stranger = std::find_if_not(text.begin(), text.end(), [](auto unit) {
+        const auto invalid = std::find_if_not(text.begin(), text.end(), [](auto unit) {
             return isDigit(static_cast<std::make_unsigned_t<decltype(unit)>>(unit));
         });
-        const auto digits = static_cast<std::size_t>(stranger - text.begin());
+        const auto digits = static_cast<std::size_t>(invalid - text.begin());
         const std::size_t done = std::min(blocks, digits / Kernel::kBlock);
         unsigned char* const out = m_bytes.lastElements(blocks * Kernel::kBlock / 2);
         std::fill_n(out, blocks * Kernel::kBlock / 2, static_cast<unsigned char>(0xEE));
@@ -162,15 +162,15 @@ protected:
         ASSERT_EQ(Bytes(out, out + wanted.size()), wanted);
     }
 
-    test::PageEdge<unsigned char> m_bytes{kMost};
-    test::PageEdge<typename Kernel::Unit> m_text{kMost};
+    test::PageEdge<unsigned char> m_bytes{kMax};
+    test::PageEdge<typename Kernel::Unit> m_text{kMax};
 };
 
 using Decoders =
     ::testing::Types<Sse2<char>, Sse2<wchar_t>, Avx2<char>, Avx2<wchar_t>, Together<char>, Together<wchar_t>>;
 TYPED_TEST_SUITE(HexDecoding, Decoders, test::KernelNames);
 
-TYPED_TEST(HexDecoding, TakesAsManyBlocksAsItIsToldAndNothingBeyond) {
+TYPED_TEST(HexDecoding, DecodesOnlyTheGivenBlocks) {
     test::RandomText random(20261124);
     for (std::size_t blocks = 0; blocks <= 9; ++blocks) {
         for (std::size_t more = 0; more <= TypeParam::kBlock; ++more) {
@@ -181,12 +181,12 @@ TYPED_TEST(HexDecoding, TakesAsManyBlocksAsItIsToldAndNothingBeyond) {
     }
 }
 
-TYPED_TEST(HexDecoding, KnowsEveryUnitAtEveryPlaceOfABlock) {
+TYPED_TEST(HexDecoding, DecodesEveryUnitAtEveryBlockPosition) {
     using T = typename TypeParam::Unit;
     constexpr std::size_t kBlock = TypeParam::kBlock;
     const auto text = test::text<T>("0123456789abcdefABCDEF9876543210").substr(0, kBlock);
     for (unsigned int unit = 0; unit < 1u << 8 * sizeof(T); ++unit) {
-        const bool everywhere = unit < 0x100 || unit % 0x101 == 0;  // the others in turn at one place each
+        const bool everywhere = unit < 0x100 || unit % 0x101 == 0;  // all other units at one position each
         for (std::size_t at = everywhere ? 0 : unit % kBlock; at < kBlock; at += everywhere ? 1 : kBlock) {
             auto changed = text + text + text;
             changed[kBlock + at] = static_cast<T>(unit);
@@ -195,7 +195,7 @@ TYPED_TEST(HexDecoding, KnowsEveryUnitAtEveryPlaceOfABlock) {
     }
 }
 
-TYPED_TEST(HexDecoding, OfRandomTextsAgreesWithTheReference) {
+TYPED_TEST(HexDecoding, AgreesWithTheReferenceOnRandomTexts) {
     using T = typename TypeParam::Unit;
     test::RandomText random(20261125);
     for (int round = 0; round < 2000; ++round) {
@@ -207,7 +207,7 @@ TYPED_TEST(HexDecoding, OfRandomTextsAgreesWithTheReference) {
     }
 }
 
-TEST(HexDigitTable, HasTheValueOfEveryDigitAndOfNothingElse) {
+TEST(HexDigitTable, HasExactlyTheValuesOfDigits) {
     for (unsigned int byte = 0; byte < 256; ++byte) {
         const std::string digit(1, static_cast<char>(byte));
         EXPECT_EQ(kernels::hexDigitOf(digit[0]), isDigit(byte) ? std::stoul(digit, nullptr, 16) : 0xFFu) << byte;

@@ -1,11 +1,11 @@
 /// \file
-/// Tests that run for a kernel with AVX2 and for its plain twin, in both widths, from the same tables. A kernel is a
-/// type with its name, its unit, what it needs, and one or two static operations.
+/// A fixture that runs the same tests for scalar and AVX2 kernels, in both widths. A kernel is a type with a name, a
+/// unit type, its requirement and one or two static operations.
 ///
 ///     template <class T>
-///     struct PlainEncoder {
+///     struct ScalarEncoder {
 ///         using Unit = T;
-///         static constexpr char kName[] = "plain";
+///         static constexpr char kName[] = "scalar";
 ///         static constexpr bool kNeedsAvx2 = false;
 ///         static std::size_t run(…);
 ///     };

@@ -16,7 +16,7 @@ struct Case {
     std::uint32_t hash;
 };
 
-// Powers of 31 by hand: "ab" is 97 * 31 + 98.
+// Calculated by hand: "ab" is 97 * 31 + 98.
 constexpr Case kCases[] = {
     {"", 0},
     {"a", 97},
@@ -34,18 +34,18 @@ class NameHash : public testing::Test {};
 
 TYPED_TEST_SUITE(NameHash, test::CharacterTypes, test::CharacterNames);
 
-TYPED_TEST(NameHash, AddsUpInPowersOf31WithoutRegardToCase) {
+TYPED_TEST(NameHash, IsAPolynomialIn31AndIgnoresCase) {
     for (const Case& row : kCases) {
         const std::string name = row.name;
         EXPECT_EQ(nameHash(std::basic_string<TypeParam>(name.begin(), name.end()).c_str()), row.hash) << name;
     }
 }
 
-TYPED_TEST(NameHash, NoNameHasZero) {
+TYPED_TEST(NameHash, NullNameIsZero) {
     EXPECT_EQ(nameHash(static_cast<const TypeParam*>(nullptr)), 0u);
 }
 
-TEST(NameHashOfBytes, AreCountedFrom0To255) {
+TEST(NameHashOfBytes, BytesAreUnsigned) {
     EXPECT_EQ(nameHash("\xE9"), 233u);
     EXPECT_EQ(nameHash(L"\xFFE9"), 0xFFE9u);
 }

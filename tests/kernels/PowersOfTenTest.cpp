@@ -8,7 +8,7 @@
 
 namespace {
 
-/// A natural number in words of 32 bits, the lowest first.
+/// A natural number as 32-bit words, the lowest first.
 class Words {
 public:
     explicit Words(std::size_t highestBit) : m_words(highestBit / 32 + 1) { m_words.back() = 1u << highestBit % 32; }
@@ -25,7 +25,7 @@ public:
         }
     }
 
-    /// Cuts the rest off. Doing so again and again cuts off no more than doing it once for all.
+    /// Rounds down. Repeated divisions give the same result as one division by their product.
     void divideByTen() {
         std::uint64_t rest = 0;
         for (std::size_t word = m_words.size(); word-- != 0;) {
@@ -42,7 +42,7 @@ public:
         return static_cast<int>(m_words.size() * 32) - 1 - std::countl_zero(m_words.back());
     }
 
-    /// Bits `from` down to `from` - 63; those below the number are zeros.
+    /// Bits `from` down to `from` - 63; bits below bit 0 are zero.
     [[nodiscard]] std::uint64_t bitsFrom(int from) const {
         std::uint64_t bits = 0;
         for (int bit = from; bit > from - 64; --bit) {
@@ -64,12 +64,12 @@ void expectPower(int power, const Words& number, int unit) {
     EXPECT_EQ(entry.exponent, top - 127 - unit) << power;
 }
 
-TEST(PowersOfTen, AreTheExactPowersCutOffTo128Bits) {
+TEST(PowersOfTen, AreExactPowersTruncatedTo128Bits) {
     Words up(0);
     for (int power = 0; power <= vorel::kernels::kHighestPowerOfTen; ++power, up.multiplyByTen()) {
         expectPower(power, up, 0);
     }
-    constexpr int kUnit = 1600;  // what stands for 1: 128 bits are left of the smallest power, and many more
+    constexpr int kUnit = 1600;  // scaling by 2^kUnit leaves far more than 128 bits for the smallest power
     Words down(kUnit);
     for (int power = 0; power >= vorel::kernels::kLowestPowerOfTen; --power, down.divideByTen()) {
         expectPower(power, down, kUnit);

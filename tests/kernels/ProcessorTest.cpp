@@ -9,7 +9,7 @@ namespace {
 using vorel::kernels::detectAvx2;
 using vorel::kernels::s_useAvx2;
 
-TEST(Processor, Avx2IsUsedWhereTheSystemSaysThatThereIsSome) {
+TEST(Processor, DetectionMatchesTheSystem) {
     EXPECT_EQ(detectAvx2(), IsProcessorFeaturePresent(PF_AVX2_INSTRUCTIONS_AVAILABLE) != FALSE);
     EXPECT_EQ(s_useAvx2, detectAvx2());
 }

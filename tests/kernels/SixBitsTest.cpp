@@ -25,7 +25,7 @@ constexpr std::size_t kBlockBytes = 24;
 constexpr std::size_t kBlockCharacters = 32;
 constexpr std::size_t kPage = 4096;
 
-/// What the kernels take for an encoding, beside its alphabet as it is written down.
+/// The tables of the kernels for an encoding, and its alphabet from the reference.
 struct Encoding {
     std::string_view characters;
     std::string_view alphabet;
@@ -39,9 +39,9 @@ const Encoding kEncodings[] = {
 };
 
 template <class T>
-struct Plain {
+struct Scalar {
     using Unit = T;
-    static constexpr char kName[] = "plain";
+    static constexpr char kName[] = "scalar";
     static constexpr bool kNeedsAvx2 = false;
     static constexpr std::size_t kOverhang = 0;
 
@@ -49,8 +49,8 @@ struct Plain {
         return static_cast<std::size_t>(kernels::encodeGroups(bytes, count, encoding.alphabet.data(), out) - out) / 4 *
                3;
     }
-    /// Block by block what the operations of one group do.
-    static std::size_t decode(const T* text, std::size_t blocks, const Encoding& encoding, InvalidCharacters rule,
+    /// Decodes block by block with the operations for one group.
+    static std::size_t decode(const T* text, std::size_t blocks, const Encoding& encoding, Strangers strangers,
                               unsigned char* out) {
         for (std::size_t block = 0; block < blocks; ++block, text += kBlockCharacters, out += kBlockBytes) {
             unsigned int values[kBlockCharacters];
@@ -94,8 +94,8 @@ protected:
     using Unit = typename Kernel::Unit;
     using Text = std::basic_string<Unit>;
 
-    /// Encodes bytes that end where nobody may read into room for just their text. All whole groups have to be done,
-    /// or all but what could not be read in blocks.
+    /// Encodes bytes that end at an inaccessible page into a buffer of exactly the required size. Expects all whole
+    /// groups, except those that cannot be read in blocks.
     void expectEncoded(const Bytes& bytes, const Encoding& encoding) {
         unsigned char* const from = m_bytes.lastElements(bytes.size());
         std::copy(bytes.begin(), bytes.end(), from);
@@ -110,8 +110,8 @@ protected:
         ASSERT_EQ(Text(out, done / 3 * 4), test::text<Unit>(wanted));
     }
 
-    /// Decodes the text at `place` into room for just `blocks` and the overhang, and expects `done` of them.
-    void expectDecoded(const Unit* place, std::size_t blocks, const Encoding& encoding, InvalidCharacters rule,
+    /// Decodes the text at `place` into a buffer for exactly `blocks` blocks and the overhang. Expects `done` blocks.
+    void expectDecoded(const Unit* place, std::size_t blocks, const Encoding& encoding, Strangers strangers,
                        std::size_t done) {
         unsigned char* const out = m_bytes.lastElements(blocks * kBlockBytes + Kernel::kOverhang);
         ASSERT_EQ(Kernel::decode(place, blocks, encoding, rule, out), done);
@@ -122,7 +122,7 @@ protected:
         ASSERT_EQ(Bytes(out, out + done * kBlockBytes), test::bytesOfCharacters(units, encoding.characters));
     }
 
-    /// A text in which every character of the alphabet comes at every place of a block.
+    /// A text with every character of the alphabet at every position of a block.
     static Text textOf(const Encoding& encoding, std::size_t length) {
         Text text;
         for (std::size_t at = 0; at < length; ++at) {
@@ -139,10 +139,10 @@ protected:
     test::PageEdge<Unit> m_text{2 * kPage / sizeof(Unit)};
 };
 
-using Kernels = ::testing::Types<Plain<char>, Plain<wchar_t>, Avx2<char>, Avx2<wchar_t>>;
+using Kernels = ::testing::Types<Scalar<char>, Scalar<wchar_t>, Avx2<char>, Avx2<wchar_t>>;
 TYPED_TEST_SUITE(SixBits, Kernels, test::KernelNames);
 
-TYPED_TEST(SixBits, Encode_TakesEveryCountAndNothingBeyond) {
+TYPED_TEST(SixBits, Encode_EveryCountAndNothingElse) {
     test::RandomText random(20261123);
     for (const Encoding& encoding : kEncodings) {
         for (std::size_t count = 0; count <= 5 * kBlockBytes + 1; ++count) {
@@ -152,7 +152,7 @@ TYPED_TEST(SixBits, Encode_TakesEveryCountAndNothingBeyond) {
     }
 }
 
-TYPED_TEST(SixBits, Encode_WritesEveryCharacterAtEveryPlaceOfABlock) {
+TYPED_TEST(SixBits, Encode_EveryCharacterAtEveryBlockPosition) {
     for (const Encoding& encoding : kEncodings) {
         std::vector<unsigned int> units;
         for (std::size_t at = 0; at < 64 * kBlockCharacters; ++at) {
@@ -162,7 +162,7 @@ TYPED_TEST(SixBits, Encode_WritesEveryCharacterAtEveryPlaceOfABlock) {
     }
 }
 
-TYPED_TEST(SixBits, Encode_OfRandomBytesAgreesWithTheReference) {
+TYPED_TEST(SixBits, Encode_AgreesWithTheReferenceOnRandomBytes) {
     test::RandomText random(20261124);
     for (int round = 0; round < 500; ++round) {
         ASSERT_NO_FATAL_FAILURE(this->expectEncoded(random.bytes(random.below(400)), kEncodings[random.below(2)]))
@@ -170,7 +170,7 @@ TYPED_TEST(SixBits, Encode_OfRandomBytesAgreesWithTheReference) {
     }
 }
 
-TYPED_TEST(SixBits, Decode_TakesWholeBlocksAndAsManyAsItIsTold) {
+TYPED_TEST(SixBits, Decode_OnlyTheGivenWholeBlocks) {
     for (const Encoding& encoding : kEncodings) {
         for (std::size_t length = 0; length <= 4 * kBlockCharacters + 1; ++length) {
             const auto* const place = this->placedAtEnd(this->textOf(encoding, length));
@@ -178,16 +178,15 @@ TYPED_TEST(SixBits, Decode_TakesWholeBlocksAndAsManyAsItIsTold) {
             for (std::size_t blocks = 0; blocks <= 5; ++blocks) {
                 SCOPED_TRACE(testing::Message() << blocks << " blocks of " << length);
                 ASSERT_NO_FATAL_FAILURE(
-                    this->expectDecoded(place, blocks, encoding, InvalidCharacters::Stop, std::min(blocks, whole)));
-                const std::size_t counted = std::min(blocks, whole);  // where zeros count, the caller knows the length
-                ASSERT_NO_FATAL_FAILURE(
-                    this->expectDecoded(place, counted, encoding, InvalidCharacters::AsZero, counted));
+                    this->expectDecoded(place, blocks, encoding, Strangers::Stop, std::min(blocks, whole)));
+                const std::size_t counted = std::min(blocks, whole);  // with Zeros the caller knows the length
+                ASSERT_NO_FATAL_FAILURE(this->expectDecoded(place, counted, encoding, Strangers::Zeros, counted));
             }
         }
     }
 }
 
-TYPED_TEST(SixBits, Decode_GoesOnAcrossThePageWhereTheTextDoes) {
+TYPED_TEST(SixBits, Decode_ContinuesAcrossPages) {
     using T = typename TypeParam::Unit;
     for (std::size_t before = 0; before <= 3 * kBlockCharacters; ++before) {
         SCOPED_TRACE(before);
@@ -198,13 +197,13 @@ TYPED_TEST(SixBits, Decode_GoesOnAcrossThePageWhereTheTextDoes) {
     }
 }
 
-TYPED_TEST(SixBits, Decode_KnowsEveryUnitAtEveryPlaceOfABlock) {
+TYPED_TEST(SixBits, Decode_EveryUnitAtEveryBlockPosition) {
     using T = typename TypeParam::Unit;
     for (const Encoding& encoding : kEncodings) {
         auto text = this->textOf(encoding, 3 * kBlockCharacters);
         for (unsigned int unit = 0; unit < 1u << 8 * sizeof(T); ++unit) {
             const bool isKnown = test::valueIn(encoding.characters, unit) != std::string_view::npos;
-            const bool everywhere = unit < 0x100 || unit % 0x101 == 0;  // the others in turn at one place each
+            const bool everywhere = unit < 0x100 || unit % 0x101 == 0;  // all other units at one position each
             for (std::size_t at = everywhere ? 0 : unit % 32; at < kBlockCharacters; at += everywhere ? 1 : 32) {
                 SCOPED_TRACE(testing::Message() << unit << " at " << at);
                 auto changed = text;
@@ -218,7 +217,7 @@ TYPED_TEST(SixBits, Decode_KnowsEveryUnitAtEveryPlaceOfABlock) {
     }
 }
 
-TYPED_TEST(SixBits, Decode_OfRandomTextsAgreesWithTheReference) {
+TYPED_TEST(SixBits, Decode_AgreesWithTheReferenceOnRandomTexts) {
     using T = typename TypeParam::Unit;
     test::RandomText random(20261125);
     for (int round = 0; round < 2000; ++round) {
@@ -228,11 +227,11 @@ TYPED_TEST(SixBits, Decode_OfRandomTextsAgreesWithTheReference) {
         for (std::size_t damage = random.below(3); damage != 0 && !text.empty(); --damage) {
             text[random.below(text.size())] = static_cast<T>(random.bits());
         }
-        const auto stranger = std::find_if(text.begin(), text.end(), [&](T unit) {
+        const auto invalid = std::find_if(text.begin(), text.end(), [&](T unit) {
             const auto value = static_cast<std::make_unsigned_t<T>>(unit);
             return test::valueIn(encoding.characters, value) == std::string_view::npos;
         });
-        const std::size_t clean = static_cast<std::size_t>(stranger - text.begin()) / kBlockCharacters;
+        const std::size_t clean = static_cast<std::size_t>(invalid - text.begin()) / kBlockCharacters;
         const auto* const place = this->placedAtEnd(text);
         ASSERT_NO_FATAL_FAILURE(this->expectDecoded(place, blocks, encoding, InvalidCharacters::AsZero, blocks))
             << round;
@@ -240,7 +239,7 @@ TYPED_TEST(SixBits, Decode_OfRandomTextsAgreesWithTheReference) {
     }
 }
 
-TEST(SixBitsTables, HoldTheAlphabets) {
+TEST(SixBitsTables, ContainTheAlphabets) {
     for (const Encoding& encoding : kEncodings) {
         EXPECT_EQ(encoding.alphabet, encoding.characters);
         for (unsigned int character = 0; character < 128; ++character) {

@@ -11,40 +11,41 @@ namespace {
 
 using vorel::kernels::textLength;
 
-constexpr std::size_t kLongest = 70;
+constexpr std::size_t kMaxLength = 70;
 constexpr std::size_t kPage = 4096;
 
 class TextLength : public ::testing::TestWithParam<char> {
 protected:
-    /// A text of that byte alone, and its zero.
+    /// `length` times the byte of the test, and a terminator.
     [[nodiscard]] static std::string text(std::size_t length) { return std::string(length, GetParam()) + '\0'; }
 
     test::PageEdge<char> m_edge{2 * kPage};
 };
 
 TEST_P(TextLength, CountsEveryLengthAtTheEndOfAPage) {
-    for (std::size_t length = 0; length <= kLongest; ++length) {
+    for (std::size_t length = 0; length <= kMaxLength; ++length) {
         EXPECT_EQ(textLength(m_edge.placeAtEnd(text(length))), length);
     }
     EXPECT_EQ(textLength(m_edge.placeAtEnd(text(kPage + 100))), kPage + 100);
 }
 
-TEST_P(TextLength, CountsEveryLengthAtEveryAlignmentFromTheStartOfAPage) {
+TEST_P(TextLength, CountsEveryLengthAtEveryAlignment) {
     for (std::size_t alignment = 0; alignment < 32; ++alignment) {
-        for (std::size_t length = 0; length <= kLongest; ++length) {
-            // Zeros before the text do not count, nor does what follows its own.
-            char* const place = m_edge.placeAtStart(std::string(alignment, '\0') + text(length) + text(20)) + alignment;
-            ASSERT_EQ(textLength(place), length) << alignment;
+        for (std::size_t length = 0; length <= kMaxLength; ++length) {
+            // Zeros before the text and units after its terminator are ignored.
+            char* const position =
+                m_edge.placeAtStart(std::string(alignment, '\0') + text(length) + text(20)) + alignment;
+            ASSERT_EQ(textLength(position), length) << alignment;
         }
     }
 }
 
-TEST_P(TextLength, GoesOnAcrossThePageWhereTheTextDoes) {
-    for (std::size_t before = 0; before <= kLongest; ++before) {
-        for (std::size_t length = 0; length <= kLongest; ++length) {
-            char* const place = m_edge.firstElement() + kPage - before;
-            text(length).copy(place, length + 1);
-            ASSERT_EQ(textLength(place), length) << before;
+TEST_P(TextLength, CountsAcrossPages) {
+    for (std::size_t before = 0; before <= kMaxLength; ++before) {
+        for (std::size_t length = 0; length <= kMaxLength; ++length) {
+            char* const position = m_edge.firstElement() + kPage - before;
+            text(length).copy(position, length + 1);
+            ASSERT_EQ(textLength(position), length) << before;
         }
     }
 }

@@ -9,16 +9,15 @@ namespace {
 
 using vorel::kernels::boundedDifference;
 
-TEST(TextOrder, ADifferenceOfLengthsKeepsItsSignAndCanBeNegated) {
-    constexpr int kMost = std::numeric_limits<int>::max();
+TEST(TextOrder, BoundedDifferenceKeepsItsSignAndCanBeNegated) {
+    constexpr int kMax = std::numeric_limits<int>::max();
     struct Case {
         std::ptrdiff_t difference;
         int bounded;
     };
-    for (const Case& c :
-         {Case{0, 0}, Case{1, 1}, Case{-1, -1}, Case{kMost, kMost}, Case{-std::ptrdiff_t{kMost}, -kMost},
-          Case{std::ptrdiff_t{kMost} + 1, kMost}, Case{-std::ptrdiff_t{kMost} - 1, -kMost},
-          Case{std::ptrdiff_t{1} << 32, kMost}, Case{-(std::ptrdiff_t{1} << 32), -kMost}}) {
+    for (const Case& c : {Case{0, 0}, Case{1, 1}, Case{-1, -1}, Case{kMax, kMax}, Case{-std::ptrdiff_t{kMax}, -kMax},
+                          Case{std::ptrdiff_t{kMax} + 1, kMax}, Case{-std::ptrdiff_t{kMax} - 1, -kMax},
+                          Case{std::ptrdiff_t{1} << 32, kMax}, Case{-(std::ptrdiff_t{1} << 32), -kMax}}) {
         EXPECT_EQ(boundedDifference(c.difference), c.bounded) << c.difference;
     }
 }

@@ -26,13 +26,13 @@ using kernels::UrlUse;
 
 constexpr std::size_t kBlock = 32;
 
-/// A table of the kernels, and the rule that it follows.
+/// A table of the kernels and its rule.
 struct Use {
     const UrlTable& table;
     test::UrlRule rule;
 };
 
-/// Every use with a space in either form.
+/// Every use, with a space as "%20" and as "+".
 const std::vector<Use>& uses() {
     static const std::vector<Use> kUses = [] {
         const std::string reserved = std::string("~").append(test::kUrlReserved);
@@ -54,10 +54,10 @@ const std::vector<Use>& uses() {
     return kUses;
 }
 
-/// Byte by byte, as the encoder does what no block takes.
-struct Plain {
+/// Byte by byte, as the encoder processes the bytes outside of blocks.
+struct Scalar {
     using Unit = char;
-    static constexpr char kName[] = "plain";
+    static constexpr char kName[] = "scalar";
     static constexpr bool kNeedsAvx2 = false;
     static constexpr std::size_t kOverhang = sizeof UrlEscape::text;
 
@@ -88,7 +88,7 @@ struct Avx2 {
     static constexpr bool kNeedsAvx2 = true;
     static constexpr std::size_t kOverhang = kernels::kUrlOverhang;
 
-    /// Whole blocks, and those that have another one behind them.
+    /// measure() reads whole blocks, encode() whole blocks that another block follows.
     static std::size_t measurable(std::size_t count) { return count / kBlock * kBlock; }
     static std::size_t encodable(std::size_t count) { return count < 2 * kBlock ? 0 : (count / kBlock - 1) * kBlock; }
 
@@ -104,17 +104,18 @@ struct Avx2 {
 template <class Kernel>
 class UrlEscapes : public test::KernelTest<Kernel> {
 protected:
-    /// Text that ends where nobody may read, with no zero behind it, into room for just the result and the overhang.
+    /// Encodes text that ends at an inaccessible page, without a terminator, into a buffer for exactly the result and
+    /// the overhang.
     void expectEncoded(const std::string& text, const Use& use) {
-        const char* const place = m_text.placeAtEnd(text);
+        const char* const position = m_text.placeAtEnd(text);
         const std::string measured = test::urlEncoded(text.substr(0, Kernel::measurable(text.size())), use.rule);
-        const UrlProgress length = Kernel::measure(place, text.size(), use.table);
+        const UrlProgress length = Kernel::measure(position, text.size(), use.table);
         ASSERT_EQ(length.read, Kernel::measurable(text.size()));
         ASSERT_EQ(length.written, measured.size());
 
         const std::string wanted = test::urlEncoded(text.substr(0, Kernel::encodable(text.size())), use.rule);
         char* const out = m_out.lastElements(wanted.size() + Kernel::kOverhang);
-        const UrlProgress done = Kernel::encode(place, text.size(), use.table, out);
+        const UrlProgress done = Kernel::encode(position, text.size(), use.table, out);
         ASSERT_EQ(done.read, Kernel::encodable(text.size()));
         ASSERT_EQ(std::string(out, done.written), wanted);
     }
@@ -123,10 +124,10 @@ protected:
     test::PageEdge<char> m_out{4096};
 };
 
-using Kernels = ::testing::Types<Plain, Avx2>;
+using Kernels = ::testing::Types<Scalar, Avx2>;
 TYPED_TEST_SUITE(UrlEscapes, Kernels, test::KernelNames);
 
-TYPED_TEST(UrlEscapes, TakeEveryLengthAndNothingBeyond) {
+TYPED_TEST(UrlEscapes, EncodeEveryLengthAndNothingElse) {
     test::RandomText random(20261123);
     for (const std::string_view alphabet : {"abcdefgh", "%", " ", "ab %/~\x80"}) {
         for (std::size_t length = 0; length <= 5 * kBlock + 1; ++length) {
@@ -136,7 +137,7 @@ TYPED_TEST(UrlEscapes, TakeEveryLengthAndNothingBeyond) {
     }
 }
 
-TYPED_TEST(UrlEscapes, KnowEveryByteAtEveryPlaceOfABlock) {
+TYPED_TEST(UrlEscapes, EncodeEveryByteAtEveryBlockPosition) {
     for (const Use& use : uses()) {
         for (unsigned int byte = 0; byte < 256; ++byte) {
             for (std::size_t at = 0; at < kBlock; ++at) {
@@ -148,7 +149,7 @@ TYPED_TEST(UrlEscapes, KnowEveryByteAtEveryPlaceOfABlock) {
     }
 }
 
-TYPED_TEST(UrlEscapes, OfRandomTextsAgreeWithTheReference) {
+TYPED_TEST(UrlEscapes, AgreeWithTheReferenceOnRandomTexts) {
     test::RandomText random(20261124);
     for (int round = 0; round < 3000; ++round) {
         std::string text = random.from("abcdefghijklmnopqrstuvwxyz", random.below(400));
@@ -159,25 +160,25 @@ TYPED_TEST(UrlEscapes, OfRandomTextsAgreeWithTheReference) {
     }
 }
 
-TEST(UrlText, IsEncodedAsFarAsTheRoomGoes) {
+TEST(UrlText, EncodesUpToTheCapacity) {
     test::RandomText random(20261125);
     test::PageEdge<char> edge(4096);
     for (const std::string_view alphabet : {"abcdefgh", "%", " ", "ab %/~\x80"}) {
         for (const Use& use : uses()) {
             const std::string text = random.from(alphabet, 5 * kBlock + 7);
             const std::size_t enough = test::urlEncoded(text, use.rule).size() + kernels::kUrlOverhang;
-            for (std::size_t room = 0; room <= enough; ++room) {
-                char* const out = edge.lastElements(room);
-                const UrlProgress done = kernels::encodeUrl(text, use.table, out, room);
+            for (std::size_t capacity = 0; capacity <= enough; ++capacity) {
+                char* const out = edge.lastElements(capacity);
+                const UrlProgress done = kernels::encodeUrl(text, use.table, out, capacity);
                 ASSERT_EQ(std::string(out, done.written), test::urlEncoded(text.substr(0, done.read), use.rule));
-                ASSERT_TRUE(room == 0 ? done.written == 0 : done.written < room) << "a terminator fits, too";
-                ASSERT_TRUE(done.read == text.size() || room != enough) << "stopped early";
+                ASSERT_TRUE(capacity == 0 ? done.written == 0 : done.written < capacity) << "a terminator must fit";
+                ASSERT_TRUE(done.read == text.size() || capacity != enough) << "stopped too early";
             }
         }
     }
 }
 
-TEST(UrlTables, HaveTheEscapeOfEveryByteAndABitForEachThatStays) {
+TEST(UrlTables, HaveEscapesAndBitsOfUnescapedBytes) {
     for (const Use& use : uses()) {
         for (unsigned int byte = 0; byte < 256; ++byte) {
             const std::string text(1, static_cast<char>(byte));

@@ -1,6 +1,6 @@
 /// \file
-/// The AVX2 codec takes a part of a text and leaves the rest: whatever it takes is what the reference makes of it, ends
-/// between two characters, and stays within its room. Random texts of all kinds, with damage, against forbidden pages.
+/// The AVX2 codec converts the first part of a text. The tests check that this part agrees with the reference, ends
+/// between two characters and stays within the capacity, with random and damaged texts at inaccessible pages.
 
 #include "kernels/Utf8Avx2.h"
 
@@ -25,14 +25,14 @@ using vorel::kernels::Progress;
 
 constexpr std::uint64_t kSeed = 20261121;
 constexpr std::size_t kNoBound = static_cast<std::size_t>(-1);
-constexpr std::size_t kMost = 100;
+constexpr std::size_t kMax = 100;
 constexpr unsigned char kGuardByte = 0x5A;
 constexpr wchar_t kGuard = 0x5A5A;
 
-/// Wide texts: one kind of character for a while, then another.
+/// Wide text of runs of characters of one kind.
 std::wstring randomText(RandomText& random, bool withLoneSurrogates) {
     std::wstring text;
-    const std::size_t length = random.below(kMost);
+    const std::size_t length = random.below(kMax);
     while (text.size() < length) {
         const std::size_t kind = random.below(withLoneSurrogates ? 6 : 5);
         for (std::size_t count = 1 + random.below(random.oneIn(3) ? 40 : 4); count != 0; --count) {
@@ -60,8 +60,8 @@ protected:
         }
     }
 
-    /// Decodes `bytes`, of which `left` may be taken and which end at a forbidden page, and checks what was done.
-    Progress decode(std::string_view bytes, std::size_t left, std::size_t room, Overwrite overwrite) {
+    /// Decodes at most `left` of `bytes`, which end at an inaccessible page, and checks the result.
+    Stretch decode(std::string_view bytes, std::size_t left, std::size_t room, Tail tail) {
         const auto* const input =
             m_bytes.placeAtEnd({reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size()});
         std::wstring out(room + 40, kGuard);
@@ -70,15 +70,15 @@ protected:
         EXPECT_LE(done.written, room);
         const test::DecodedText expected = test::decodeUtf8(bytes, static_cast<int>(done.read));
         EXPECT_FALSE(expected.error);
-        EXPECT_EQ(expected.bytesRead, done.read) << "it ends between two characters, before a zero";
+        EXPECT_EQ(expected.bytesRead, done.read) << "ends between two characters, before a zero";
         EXPECT_EQ(out.substr(0, done.written), expected.units);
-        const std::size_t untouched = overwrite == Overwrite::Allowed ? room : done.written;
-        EXPECT_EQ(out.find_first_not_of(kGuard, untouched), std::wstring::npos) << "behind the room, or the text";
+        const std::size_t untouched = tail == Tail::Free ? room : done.written;
+        EXPECT_EQ(out.find_first_not_of(kGuard, untouched), std::wstring::npos) << "after the capacity or the text";
         return done;
     }
 
-    /// The same for encoding.
-    Progress encode(std::wstring_view units, std::size_t left, std::size_t room, bool paired) {
+    /// Encodes at most `left` of `units` and checks the result.
+    Stretch encode(std::wstring_view units, std::size_t left, std::size_t room, bool paired) {
         const auto* const input = m_units.placeAtEnd(units);
         std::string out(room + 40, static_cast<char>(kGuardByte));
         const Progress done = encodeUtf8Avx2(input, left, reinterpret_cast<unsigned char*>(out.data()), room, paired);
@@ -88,7 +88,8 @@ protected:
         EXPECT_EQ(taken.find(L'\0'), std::wstring::npos);
         EXPECT_EQ(out.substr(0, done.written),
                   paired ? test::encodeUtf16(taken + L'\0', -1).bytes : test::encodeUnits(taken));
-        EXPECT_EQ(out.find_first_not_of(static_cast<char>(kGuardByte), room), std::string::npos) << "behind the room";
+        EXPECT_EQ(out.find_first_not_of(static_cast<char>(kGuardByte), room), std::string::npos)
+            << "after the capacity";
         return done;
     }
 
@@ -96,7 +97,7 @@ protected:
     test::PageEdge<wchar_t> m_units{4096};
 };
 
-TEST_F(Utf8Avx2, DecodesRandomTextsWithinEveryBoundAndRoom) {
+TEST_F(Utf8Avx2, DecodesRandomTextsWithinBoundAndCapacity) {
     RandomText random(kSeed);
     for (int text = 0; text < 1500; ++text) {
         SCOPED_TRACE(testing::Message() << "seed " << kSeed << ", text " << text);
@@ -105,11 +106,11 @@ TEST_F(Utf8Avx2, DecodesRandomTextsWithinEveryBoundAndRoom) {
             bytes[random.below(bytes.size())] = static_cast<char>(random.bits());
         }
         bytes += std::string(6, '\0');
-        for (const Overwrite overwrite : {Overwrite::Allowed, Overwrite::Forbidden}) {
-            decode(bytes, kNoBound, 2 * kMost, overwrite);
-            decode(bytes, random.below(bytes.size()), 2 * kMost, overwrite);
-            decode(bytes, kNoBound, random.below(kMost), overwrite);
-            decode(bytes, random.below(bytes.size()), random.below(kMost), overwrite);
+        for (const Tail tail : {Tail::Free, Tail::Untouched}) {
+            decode(bytes, kNoBound, 2 * kMax, tail);
+            decode(bytes, random.below(bytes.size()), 2 * kMax, tail);
+            decode(bytes, kNoBound, random.below(kMax), tail);
+            decode(bytes, random.below(bytes.size()), random.below(kMax), tail);
         }
         if (HasFailure()) {
             return;
@@ -117,7 +118,7 @@ TEST_F(Utf8Avx2, DecodesRandomTextsWithinEveryBoundAndRoom) {
     }
 }
 
-TEST_F(Utf8Avx2, EncodesRandomTextsWithinEveryBoundAndRoom) {
+TEST_F(Utf8Avx2, EncodesRandomTextsWithinBoundAndCapacity) {
     RandomText random(kSeed);
     for (int text = 0; text < 1500; ++text) {
         SCOPED_TRACE(testing::Message() << "seed " << kSeed << ", text " << text);
@@ -127,10 +128,10 @@ TEST_F(Utf8Avx2, EncodesRandomTextsWithinEveryBoundAndRoom) {
         }
         units += L'\0';
         for (const bool paired : {true, false}) {
-            encode(units, kNoBound, 3 * kMost, paired);
-            encode(units, random.below(units.size()), 3 * kMost, paired);
-            encode(units, kNoBound, random.below(3 * kMost), paired);
-            encode(units, random.below(units.size()), random.below(kMost), paired);
+            encode(units, kNoBound, 3 * kMax, paired);
+            encode(units, random.below(units.size()), 3 * kMax, paired);
+            encode(units, kNoBound, random.below(3 * kMax), paired);
+            encode(units, random.below(units.size()), random.below(kMax), paired);
         }
         if (HasFailure()) {
             return;
@@ -138,14 +139,14 @@ TEST_F(Utf8Avx2, EncodesRandomTextsWithinEveryBoundAndRoom) {
     }
 }
 
-/// Texts of one kind, with what every character of them takes.
+/// A character and its number of bytes in UTF-8.
 struct Kind {
     const char* name;
     std::wstring character;
     std::size_t bytes;
 };
 
-TEST_F(Utf8Avx2, TakesWellFormedTextsOfEveryLengthWhole) {
+TEST_F(Utf8Avx2, ConvertsWellFormedTextsCompletely) {
     const Kind kinds[] = {{"ASCII", L"a", 1},
                           {"two bytes", L"\x00E9", 2},
                           {"three bytes", L"\x20AC", 3},
@@ -157,7 +158,7 @@ TEST_F(Utf8Avx2, TakesWellFormedTextsOfEveryLengthWhole) {
             for (std::size_t character = 0; character != count; ++character) {
                 units += kind.character;
             }
-            // Far from the end of the page, and with just the room that it takes.
+            // Far from the end of the page, with exactly the required capacity.
             std::string bytes = test::encodeUtf16(units + L'\0', -1).bytes;
             const std::size_t size = bytes.size();
             bytes += std::string(64, '\0');
@@ -170,8 +171,8 @@ TEST_F(Utf8Avx2, TakesWellFormedTextsOfEveryLengthWhole) {
     }
 }
 
-TEST_F(Utf8Avx2, LeavesWhatIsNotWellFormed) {
-    // Behind a block of each kind: a trailing byte too many, one too few, what starts nothing, a lead that needs fewer.
+TEST_F(Utf8Avx2, StopsBeforeMalformedText) {
+    // After characters of each kind: a trailing byte too many, one too few, an invalid lead byte, an overlong form.
     for (const std::string damage : {"\x80", "\xC3z", "\xE2\x82z", "\xF1\x80\x80\x80", "\xF0\x8F\xBF\xBF", "\xF8"}) {
         for (const std::string before : {"", "a", "\xC3\xA9", "\xE2\x82\xAC", "\xF0\x9F\x98\x80"}) {
             for (std::size_t count = 0; count != 20; ++count) {
@@ -179,9 +180,9 @@ TEST_F(Utf8Avx2, LeavesWhatIsNotWellFormed) {
                 for (std::size_t character = 0; character != count; ++character) {
                     bytes += before;
                 }
-                const std::size_t sound = bytes.size();
+                const std::size_t valid = bytes.size();
                 bytes += damage + std::string(64, 'z') + std::string(6, '\0');
-                EXPECT_LE(decode(bytes, kNoBound, 200, Overwrite::Allowed).read, sound) << "damage " << damage.size();
+                EXPECT_LE(decode(bytes, kNoBound, 200, Tail::Free).read, valid) << "damage " << damage.size();
             }
         }
     }

@@ -30,7 +30,7 @@ template <class T>
 class ShortTextLength : public testing::Test {};
 TYPED_TEST_SUITE(ShortTextLength, test::CharacterTypes, test::CharacterNames);
 
-TYPED_TEST(ShortTextLength, IsTheBoundOrThePlaceOfTheFirstZero) {
+TYPED_TEST(ShortTextLength, IsTheBoundOrThePositionOfTheFirstZero) {
     const std::basic_string<TypeParam> text(kShortText + 10, TypeParam{'x'});
     EXPECT_EQ(shortTextLength(text.c_str(), 0), 0u);
     EXPECT_EQ(shortTextLength(text.c_str(), 48), 48u);
@@ -42,11 +42,11 @@ TYPED_TEST(ShortTextLength, IsTheBoundOrThePlaceOfTheFirstZero) {
         std::fill_n(block, kShortText + 10, TypeParam{0x7F});
         block[zero] = 0;
         EXPECT_EQ(shortTextLength(block, -1), zero < 48 ? zero : kNotShort) << zero;
-        EXPECT_EQ(shortTextLength(block, 20), 20u) << "the bound alone counts";
+        EXPECT_EQ(shortTextLength(block, 20), 20u) << "only the bound counts";
     }
 }
 
-TYPED_TEST(ShortTextLength, LooksAtNoOtherPage) {
+TYPED_TEST(ShortTextLength, ReadsOnlyOnePage) {
     test::PageEdge<TypeParam> edge(4096);
     for (std::size_t size = 1; size < kShortText; ++size) {
         const TypeParam* const text =
@@ -55,41 +55,42 @@ TYPED_TEST(ShortTextLength, LooksAtNoOtherPage) {
     }
 }
 
-/// Texts for both directions, against forbidden pages.
+/// Converts texts at inaccessible pages in both directions.
 class Utf8Short : public testing::Test {
 protected:
-    /// Decodes `bytes`, as many as `length` says. True when the text was taken whole: then it is right.
-    bool decodes(std::string_view bytes, int length, std::size_t room) {
+    /// Decodes `length` of `bytes`, or up to a zero. Returns whether the whole text was decoded; then checks the
+    /// result.
+    bool decodes(std::string_view bytes, int length, std::size_t capacity) {
         const test::DecodedText expected = test::decodeUtf8(bytes, length);
         const auto* const input =
             m_bytes.placeAtEnd({reinterpret_cast<const unsigned char*>(bytes.data()), expected.bytesRead});
-        std::wstring out(room + 8, kGuardUnit);
-        const std::size_t units = decodeShortText(input, length, out.data(), room);
-        EXPECT_EQ(out.find_first_not_of(kGuardUnit, room), std::wstring::npos) << "behind the room";
+        std::wstring out(capacity + 8, kGuardUnit);
+        const std::size_t units = decodeShortText(input, length, out.data(), capacity);
+        EXPECT_EQ(out.find_first_not_of(kGuardUnit, capacity), std::wstring::npos) << "after the capacity";
         if (units == kNotShort) {
             return false;
         }
         EXPECT_FALSE(expected.error);
         EXPECT_EQ(out.substr(0, units), expected.units);
-        EXPECT_EQ(out.find_first_not_of(kGuardUnit, units), std::wstring::npos) << "behind the text";
+        EXPECT_EQ(out.find_first_not_of(kGuardUnit, units), std::wstring::npos) << "after the text";
         return true;
     }
 
     template <Surrogates Rule>
-    bool encodes(std::wstring_view text, int length, std::size_t room) {
+    bool encodes(std::wstring_view text, int length, std::size_t capacity) {
         const std::wstring input(text);
         const test::EncodedText expected = test::encodeUtf16(input, length);
-        const wchar_t* const place = m_units.placeAtEnd(text.substr(0, expected.unitsRead));
-        std::string out(room + 8, kGuardByte);
+        const wchar_t* const position = m_units.placeAtEnd(text.substr(0, expected.unitsRead));
+        std::string out(capacity + 8, kGuardByte);
         const std::size_t bytes =
-            encodeShortText<Rule>(place, length, reinterpret_cast<unsigned char*>(out.data()), room);
-        EXPECT_EQ(out.find_first_not_of(kGuardByte, room), std::string::npos) << "behind the room";
+            encodeShortText<Rule>(position, length, reinterpret_cast<unsigned char*>(out.data()), capacity);
+        EXPECT_EQ(out.find_first_not_of(kGuardByte, capacity), std::string::npos) << "after the capacity";
         if (bytes == kNotShort) {
             return false;
         }
         const std::wstring bounded = length < 0 ? input : input.substr(0, static_cast<std::size_t>(length)) + L'\0';
         EXPECT_EQ(out.substr(0, bytes), Rule == Surrogates::Paired ? expected.bytes : test::encodeUnits(bounded));
-        EXPECT_EQ(out.find_first_not_of(kGuardByte, bytes), std::string::npos) << "behind the text";
+        EXPECT_EQ(out.find_first_not_of(kGuardByte, bytes), std::string::npos) << "after the text";
         return true;
     }
 
@@ -97,11 +98,11 @@ protected:
     test::PageEdge<wchar_t> m_units{4096};
 };
 
-/// What may follow a lead byte: a trailing byte of each kind, and what is taken for one.
+/// Bytes after a lead byte: valid trailing bytes, and other bytes that are decoded as trailing bytes.
 constexpr std::string_view kFollowers[] = {"\x80\x80\x80\x80\x80", "\xBF\xBF\xBF\xBF\xBF", "abcde",
                                            "\xFF\xC0\x41\x80\x01", std::string_view("\0\0\0\0\0", 5)};
 
-TEST_F(Utf8Short, DecodesEveryLeadByteAndLeavesWhatStartsNothing) {
+TEST_F(Utf8Short, DecodesEveryValidLeadByte) {
     for (unsigned int lead = 0; lead < 256; ++lead) {
         for (const std::string_view followers : kFollowers) {
             const std::string text = "-" + std::string(1, static_cast<char>(lead)) + std::string(followers);
@@ -113,7 +114,7 @@ TEST_F(Utf8Short, DecodesEveryLeadByteAndLeavesWhatStartsNothing) {
     }
 }
 
-TEST_F(Utf8Short, LeavesWhatHasNoRoom) {
+TEST_F(Utf8Short, RejectsTextAboveTheCapacity) {
     struct Case {
         std::string_view text;
         std::size_t units;
@@ -122,43 +123,44 @@ TEST_F(Utf8Short, LeavesWhatHasNoRoom) {
          {Case{"abcdefghij", 10}, Case{"\xC3\xA9\xC3\xA9\xC3\xA9", 3}, Case{"\xE2\x82\xAC\xE2\x82\xAC", 2},
           Case{"\xF0\x9F\x98\x80-\xF0\x9F\x98\x80", 5}}) {
         const int length = static_cast<int>(text.size());
-        for (std::size_t room = 0; room < units; ++room) {
-            EXPECT_FALSE(decodes(text, length, room)) << text << " in " << room;
+        for (std::size_t capacity = 0; capacity < units; ++capacity) {
+            EXPECT_FALSE(decodes(text, length, capacity)) << text << " in " << capacity;
         }
-        // A unit that could have been the first of a pair asks for one more.
+        // One more unit is required, because each unit may be the first of a pair.
         EXPECT_TRUE(decodes(text, length, units + 1)) << text;
     }
 }
 
-TEST_F(Utf8Short, LeavesATextThatGoesOnBehindAZeroThatWasTaken) {
+TEST_F(Utf8Short, RejectsTextAfterADecodedZero) {
     const std::string text("a\xC3\0z\0", 5);
     EXPECT_TRUE(decodes(text, 2, kAmple));
-    const std::string longer = text + std::string(100, '\0');  // so that it lies in one page with what is looked at
+    const std::string longer = text + std::string(100, '\0');  // keeps all bytes that are read in one page
     EXPECT_EQ(decodeShortText(reinterpret_cast<const unsigned char*>(longer.data()), -1, std::wstring(9, 0).data(), 9),
               kNotShort);
 }
 
-TEST_F(Utf8Short, LeavesALongText) {
+TEST_F(Utf8Short, RejectsLongText) {
     EXPECT_TRUE(decodes(std::string(48, 'x'), 48, kAmple));
     EXPECT_FALSE(decodes(std::string(49, 'x'), 49, kAmple));
     EXPECT_TRUE(encodes<Surrogates::Paired>(std::wstring(48, L'x'), 48, kAmple));
     EXPECT_FALSE(encodes<Surrogates::Paired>(std::wstring(49, L'x'), 49, kAmple));
 }
 
-TEST_F(Utf8Short, EncodesEverySurrogateByItsRule) {
+TEST_F(Utf8Short, EncodesSurrogatesByTheRule) {
     EXPECT_TRUE(encodes<Surrogates::Paired>(L"a\xD83D\xDE00z", 4, kAmple));
-    EXPECT_TRUE(encodes<Surrogates::Paired>(L"a\xD83D\xDE00z", 2, kAmple)) << "a pair on the bound is taken whole";
+    EXPECT_TRUE(encodes<Surrogates::Paired>(L"a\xD83D\xDE00z", 2, kAmple))
+        << "a pair across the bound is encoded as a pair";
     for (const std::wstring_view lone : {L"a\xD83Dz", L"a\xDE00z", L"a\xD83D\xD83D\xDE00", L"\xDE00\xD83D"}) {
         EXPECT_FALSE(encodes<Surrogates::Paired>(std::wstring(lone) + L'\0', static_cast<int>(lone.size()), kAmple));
         EXPECT_TRUE(encodes<Surrogates::Single>(std::wstring(lone) + L'\0', static_cast<int>(lone.size()), kAmple));
     }
 }
 
-TEST_F(Utf8Short, EncodesTheEndsOfEveryLength) {
+TEST_F(Utf8Short, EncodesTheLimitsOfEveryLength) {
     for (const wchar_t unit : std::wstring_view(L"\x01\x7F\x80\x7FF\x800\xD7FF\xE000\xFFFF")) {
         SCOPED_TRACE(testing::Message() << std::hex << std::uint32_t{unit});
         EXPECT_TRUE(encodes<Surrogates::Paired>(std::wstring(3, unit) + L'\0', 3, kAmple));
-        EXPECT_FALSE(encodes<Surrogates::Paired>(std::wstring(4, unit) + L'\0', 4, 3)) << "no room";
+        EXPECT_FALSE(encodes<Surrogates::Paired>(std::wstring(4, unit) + L'\0', 4, 3)) << "insufficient capacity";
     }
 }
 
@@ -167,7 +169,7 @@ TEST_F(Utf8Short, AgreesWithTheReferenceOnRandomTexts) {
     for (int round = 0; round < 20000; ++round) {
         SCOPED_TRACE(testing::Message() << "seed " << kSeed << ", round " << round);
         std::wstring text;
-        const std::size_t mask = std::size_t{0x7F} << random.below(9);  // ASCII alone, up to all of a unit
+        const std::size_t mask = std::size_t{0x7F} << random.below(9);  // from ASCII only to all units
         for (std::size_t left = random.below(60); left != 0; --left) {
             text += static_cast<wchar_t>(1 + (random.bits() & (mask | 0x7F) & 0xFFFE));
         }

@@ -20,7 +20,7 @@ const unsigned char* bytesOf(const std::string& text) {
     return reinterpret_cast<const unsigned char*>(text.data());
 }
 
-/// ASCII runs around sixteen bytes, sequences of every length, and a lead byte whose sequence swallows a zero.
+/// ASCII runs of about sixteen bytes, sequences of every length, and a lead byte whose sequence includes a zero.
 const std::string& sampleText() {
     static const std::string kSample =
         "An ASCII run of more than sixteen bytes, \xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80 then "
@@ -29,16 +29,16 @@ const std::string& sampleText() {
     return kSample;
 }
 
-/// Everything that is read in pieces of `room` units, no piece being larger than it may be.
+/// Reads everything in pieces of `capacity` units and checks the size of each piece.
 template <Utf8Reader::LastPair Rule>
-std::wstring readInPieces(Utf8Reader& reader, std::size_t room) {
+std::wstring readInPieces(Utf8Reader& reader, std::size_t capacity) {
     constexpr std::size_t kOverhang = Rule == Utf8Reader::LastPair::Written ? 1 : 0;
     std::wstring all;
     while (!reader.atEnd() && !reader.failed()) {
-        std::vector<wchar_t> piece(room + kOverhang + 1, L'\x5A5A');
-        const std::size_t units = reader.read<Rule>(piece.data(), room);
-        EXPECT_LE(units, room + kOverhang);
-        EXPECT_EQ(piece[room + kOverhang], L'\x5A5A') << "behind the room";
+        std::vector<wchar_t> piece(capacity + kOverhang + 1, L'\x5A5A');
+        const std::size_t units = reader.read<Rule>(piece.data(), capacity);
+        EXPECT_LE(units, capacity + kOverhang);
+        EXPECT_EQ(piece[capacity + kOverhang], L'\x5A5A') << "after the capacity";
         if (units == 0 && !reader.failed()) {
             ADD_FAILURE() << "no progress";
             break;
@@ -57,7 +57,7 @@ TEST(BoundedCursorTest, EndsAtTheBoundOrAtAZero) {
     EXPECT_TRUE((BoundedCursor<char>(text.data() + 2, 2).atEnd()));
 }
 
-TEST(BoundedCursorTest, Pass_BeyondTheBoundIsTheEndToo) {
+TEST(BoundedCursorTest, Pass_BeyondTheBoundIsTheEnd) {
     const std::string text = "abcdef";
     BoundedCursor<char> cursor(text.data(), 2);
     cursor.pass(5);
@@ -66,20 +66,20 @@ TEST(BoundedCursorTest, Pass_BeyondTheBoundIsTheEndToo) {
     EXPECT_TRUE(cursor.atEnd());
 }
 
-TEST(Utf8ReaderTest, Read_GivesTheSameInPiecesOfAnySize) {
+TEST(Utf8ReaderTest, Read_IsIndependentOfPieceSize) {
     const std::wstring expected = test::decodeUtf8(sampleText(), -1).units;
-    for (std::size_t room = 1; room <= expected.size() + 1; ++room) {
-        SCOPED_TRACE(room);
+    for (std::size_t capacity = 1; capacity <= expected.size() + 1; ++capacity) {
+        SCOPED_TRACE(capacity);
         Utf8Reader written(bytesOf(sampleText()), -1);
-        EXPECT_EQ(readInPieces<Utf8Reader::LastPair::Written>(written, room), expected);
-        if (room >= 2) {
+        EXPECT_EQ(readInPieces<Utf8Reader::LastPair::Written>(written, capacity), expected);
+        if (capacity >= 2) {
             Utf8Reader left(bytesOf(sampleText()), -1);
-            EXPECT_EQ(readInPieces<Utf8Reader::LastPair::Left>(left, room), expected);
+            EXPECT_EQ(readInPieces<Utf8Reader::LastPair::Left>(left, capacity), expected);
         }
     }
 }
 
-TEST(Utf8ReaderTest, Read_LeavesAPairUnreadOrWritesItWhole) {
+TEST(Utf8ReaderTest, Read_NeverSplitsAPair) {
     const std::string text = "a\xF0\x9F\x98\x80z";
     wchar_t units[3] = {};
 
@@ -93,17 +93,17 @@ TEST(Utf8ReaderTest, Read_LeavesAPairUnreadOrWritesItWhole) {
     EXPECT_EQ(written.position(), bytesOf(text) + 5);
 }
 
-TEST(Utf8ReaderTest, Read_StandsOnTheByteThatStartsNothing) {
-    for (const std::size_t room : {1u, 3u, 8u}) {
+TEST(Utf8ReaderTest, Read_StopsAtAnInvalidLeadByte) {
+    for (const std::size_t capacity : {1u, 3u, 8u}) {
         const std::string text = "abc\xF1z";
         Utf8Reader reader(bytesOf(text), -1);
-        EXPECT_EQ(readInPieces<Utf8Reader::LastPair::Written>(reader, room), L"abc");
+        EXPECT_EQ(readInPieces<Utf8Reader::LastPair::Written>(reader, capacity), L"abc");
         EXPECT_TRUE(reader.failed());
         EXPECT_EQ(reader.position(), bytesOf(text) + 3);
     }
 }
 
-TEST(Utf8ReaderTest, Read_MeetsABadByteBehindTheLastUnitThatFits) {
+TEST(Utf8ReaderTest, Read_DetectsAnInvalidByteAfterTheLastUnit) {
     const std::string text = "ab\x80";
     wchar_t units[2] = {};
     Utf8Reader reader(bytesOf(text), -1);
@@ -111,7 +111,7 @@ TEST(Utf8ReaderTest, Read_MeetsABadByteBehindTheLastUnitThatFits) {
     EXPECT_TRUE(reader.failed());
 }
 
-TEST(Utf8ReaderTest, Read_WithEveryBoundAgreesWithTheReference) {
+TEST(Utf8ReaderTest, Read_AgreesWithTheReferenceForEveryBound) {
     for (int length = 0; length <= static_cast<int>(sampleText().size()); ++length) {
         SCOPED_TRACE(length);
         Utf8Reader reader(bytesOf(sampleText()), length);
@@ -120,19 +120,19 @@ TEST(Utf8ReaderTest, Read_WithEveryBoundAgreesWithTheReference) {
     }
 }
 
-/// Everything that is written in pieces of about `enough` bytes, each with `spare` bytes more to write into.
+/// Writes everything in pieces of about `enough` bytes, each into a buffer with `spare` more bytes.
 template <Surrogates Rule>
 std::string writeInPieces(const std::wstring& text, int length, std::size_t enough, std::size_t spare) {
-    const std::size_t room = enough + spare;
+    const std::size_t capacity = enough + spare;
     Utf8Writer<Rule, wchar_t> writer(text.data(), length);
     std::string all;
     while (!writer.atEnd()) {
-        std::vector<unsigned char> piece(room + 1, 0x5A);
-        const std::size_t bytes = writer.write(piece.data(), enough, room);
-        EXPECT_LE(bytes, room);
-        EXPECT_EQ(piece[room], 0x5A) << "behind the room";
-        EXPECT_TRUE(bytes + kLongestUtf8Sequence > room || bytes >= enough || writer.atEnd())
-            << "a piece is full, or the last";
+        std::vector<unsigned char> piece(capacity + 1, 0x5A);
+        const std::size_t bytes = writer.write(piece.data(), enough, capacity);
+        EXPECT_LE(bytes, capacity);
+        EXPECT_EQ(piece[capacity], 0x5A) << "after the capacity";
+        EXPECT_TRUE(bytes + kLongestUtf8Sequence > capacity || bytes >= enough || writer.atEnd())
+            << "a piece must be full or the last one";
         if (bytes == 0) {
             ADD_FAILURE() << "no progress";
             break;
@@ -142,13 +142,13 @@ std::string writeInPieces(const std::wstring& text, int length, std::size_t enou
     return all;
 }
 
-TEST(Utf8WriterTest, Write_GivesTheSameInPiecesOfAnySize) {
+TEST(Utf8WriterTest, Write_IsIndependentOfPieceSize) {
     const std::wstring text = L"An ASCII run of more than sixteen units, \x00E9\x20AC\xD83D\xDE00 and \xDC00 "
                               L"fifteen units \xD800\xD800\xDC00 \xD800";
     const std::string paired = test::encodeUtf16(text, -1).bytes;
     const std::string single = test::encodeUnits(text);
     for (const std::size_t spare : {std::size_t{0}, std::size_t{kLongestUtf8Sequence} - 1, std::size_t{40}}) {
-        // Without bytes to spare a piece has to hold the longest sequence that there is.
+        // Without spare bytes, a piece must be able to hold the longest sequence of the text.
         for (std::size_t enough = spare == 0 ? 4 : 1; enough <= single.size() + 1; ++enough) {
             SCOPED_TRACE(testing::Message() << enough << " and " << spare);
             EXPECT_EQ(writeInPieces<Surrogates::Paired>(text, -1, enough, spare), paired);
@@ -157,20 +157,20 @@ TEST(Utf8WriterTest, Write_GivesTheSameInPiecesOfAnySize) {
     }
 }
 
-TEST(Utf8WriterTest, Write_LeavesASequenceThatHasNoRoom) {
+TEST(Utf8WriterTest, Write_StopsBeforeASequenceThatDoesNotFit) {
     const std::wstring text = L"a\x20AC"
                               L"b";
-    for (const std::size_t room : {1u, 2u, 3u}) {
+    for (const std::size_t capacity : {1u, 2u, 3u}) {
         unsigned char bytes[3] = {};
         Utf8Writer<Surrogates::Paired, wchar_t> writer(text.data(), -1);
-        EXPECT_EQ(writer.write(bytes, room, room), 1u);
+        EXPECT_EQ(writer.write(bytes, capacity, capacity), 1u);
         EXPECT_EQ(bytes[0], 'a');
         EXPECT_FALSE(writer.atEnd());
-        EXPECT_EQ(writer.write(bytes, room, room), room == 3 ? 3u : 0u);
+        EXPECT_EQ(writer.write(bytes, capacity, capacity), capacity == 3 ? 3u : 0u);
     }
 }
 
-TEST(Utf8WriterTest, Write_TakesAPairThatStartsOnTheLastUnit) {
+TEST(Utf8WriterTest, Write_CompletesAPairAcrossTheBound) {
     const std::wstring text = L"a\xD83D\xDE00z";
     EXPECT_EQ(writeInPieces<Surrogates::Paired>(text, 2, 100, 0), "a\xF0\x9F\x98\x80");
     EXPECT_EQ(writeInPieces<Surrogates::Paired>(text, 3, 100, 0), "a\xF0\x9F\x98\x80");

@@ -22,15 +22,15 @@ using vorel::kernels::Surrogates;
 using vorel::kernels::Utf8Sequence;
 using vorel::kernels::utf8SequenceLength;
 
-/// Trailing bytes of every kind: proper ones, ASCII, zeros, lead bytes, each bit in turn.
+/// Trailing bytes of every kind: valid ones, ASCII, zeros, lead bytes, and single bits.
 const std::vector<std::string>& trailers() {
     static const std::vector<std::string> kTrailers = [] {
         std::vector<std::string> all = {std::string(5, '\x80'), std::string(5, '\xBF'), std::string(5, '\0'),
                                         std::string(5, '\x41'), std::string(5, '\xFF'), "\x81\x92\xA3\xB4\xC5"};
-        for (std::size_t place = 0; place < 5; ++place) {
+        for (std::size_t position = 0; position < 5; ++position) {
             for (unsigned int bit = 0; bit < 8; ++bit) {
                 std::string trailer(5, '\0');
-                trailer[place] = static_cast<char>(1u << bit);
+                trailer[position] = static_cast<char>(1u << bit);
                 all.push_back(trailer);
             }
         }
@@ -39,7 +39,7 @@ const std::vector<std::string>& trailers() {
     return kTrailers;
 }
 
-/// The ends of every length of sequence, every power of two with its neighbours, and the surrogates.
+/// The limits of each sequence length, the powers of two and their neighbours, and the limits of the surrogates.
 std::vector<std::uint32_t> notableValues() {
     std::vector<std::uint32_t> values;
     for (unsigned int bit = 0; bit < 31; ++bit) {
@@ -56,11 +56,11 @@ std::string encoded(std::uint32_t value) {
     return {reinterpret_cast<const char*>(bytes), length};
 }
 
-TEST(Utf8Test, DecodeSequence_KnowsTheLengthOfEveryLeadByte) {
+TEST(Utf8Test, DecodeSequence_LengthOfEveryLeadByte) {
     struct Range {
         unsigned int first, last, step, length;
     };
-    // F1, F3, … are left out by the mask of the row for four bytes, which takes F8 to FE in exchange.
+    // The mask for four bytes excludes F1, F3, … and includes F8 to FE instead.
     static constexpr Range kRanges[] = {{0xC0, 0xDF, 1, 2}, {0xE0, 0xEF, 1, 3}, {0xF0, 0xFE, 2, 4}, {0xFD, 0xFD, 1, 6}};
     unsigned int expected[256] = {};
     for (const Range& range : kRanges) {
@@ -74,7 +74,7 @@ TEST(Utf8Test, DecodeSequence_KnowsTheLengthOfEveryLeadByte) {
     }
 }
 
-TEST(Utf8Test, DecodeSequence_FormsItsValueFromWhateverFollowsTheLeadByte) {
+TEST(Utf8Test, DecodeSequence_AcceptsAnyTrailingBytes) {
     for (unsigned int lead = 0x80; lead < 256; ++lead) {
         for (const std::string& trailer : trailers()) {
             const std::string text = static_cast<char>(lead) + trailer;
@@ -88,15 +88,16 @@ TEST(Utf8Test, DecodeSequence_FormsItsValueFromWhateverFollowsTheLeadByte) {
     }
 }
 
-TEST(Utf8Test, DecodeSequence_NeverFormsANegativeValue) {
+TEST(Utf8Test, DecodeSequence_IsNeverNegative) {
     for (unsigned int lead = 0x80; lead < 256; ++lead) {
         const unsigned char bytes[6] = {static_cast<unsigned char>(lead), 0xFF, 0xFF, 0xFF, 0xFF, 0xFF};
         EXPECT_LT(decodeUtf8Sequence(bytes).value, 0x80000000u) << std::hex << lead;
     }
 }
 
-TEST(Utf8Test, DecodeSequence_ReadsBackWhatFitsIntoItsMasks) {
-    // Five bytes and most of six are written, but never read: their lead bytes mean something else to the decoder.
+TEST(Utf8Test, DecodeSequence_RoundTripsWithinItsMasks) {
+    // Sequences of five bytes and most of six are written but never read: the decoder interprets their lead bytes
+    // differently.
     for (std::uint32_t value = 0x80; value < 0x200000; value += value < 0x20000 ? 1 : 61) {
         const std::string bytes = encoded(value);
         const auto lead = static_cast<unsigned char>(bytes[0]);
@@ -144,7 +145,7 @@ TEST(Utf8Test, EncodeSequence_AgreesWithTheReference) {
     }
 }
 
-TEST(Utf8Test, PutUnits_SplitsFrom10000OnAndWrapsAbove10FFFF) {
+TEST(Utf8Test, PutUnits_SplitsFrom10000AndWrapsAbove10FFFF) {
     struct Case {
         std::uint32_t value;
         std::wstring units;
@@ -174,14 +175,14 @@ TEST(Utf8Test, PutUnits_SplitsFrom10000OnAndWrapsAbove10FFFF) {
     }
 }
 
-TEST(Utf8Test, Surrogates_AreKnownByTheirRanges) {
+TEST(Utf8Test, Surrogates_Ranges) {
     for (unsigned int unit = 0; unit <= 0xFFFF; ++unit) {
         ASSERT_EQ(isHighSurrogate(unit), unit >= 0xD800 && unit <= 0xDBFF) << std::hex << unit;
         ASSERT_EQ(isLowSurrogate(unit), unit >= 0xDC00 && unit <= 0xDFFF) << std::hex << unit;
     }
 }
 
-TEST(Utf8Test, TakeValue_JoinsPairsAndReplacesWhatStandsAlone) {
+TEST(Utf8Test, TakeValue_JoinsPairsAndReplacesUnpairedSurrogates) {
     struct Case {
         const wchar_t* units;
         std::uint32_t value;

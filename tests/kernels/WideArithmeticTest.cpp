@@ -11,7 +11,7 @@ namespace {
 using vorel::kernels::BigInteger;
 using vorel::kernels::multiplyWide;
 
-/// A product by sixteen bits at a time, the lowest first.
+/// Multiplies in columns of sixteen bits, the lowest first.
 std::vector<std::uint32_t> longProduct(std::uint64_t a, std::uint64_t b) {
     std::vector<std::uint32_t> columns(8);
     for (unsigned int i = 0; i < 4; ++i) {
@@ -28,7 +28,7 @@ std::vector<std::uint32_t> longProduct(std::uint64_t a, std::uint64_t b) {
     return columns;
 }
 
-TEST(WideArithmetic, MultiplyWide_HasAll128Bits) {
+TEST(WideArithmetic, MultiplyWide_ComputesAll128Bits) {
     std::mt19937_64 random(20261121);
     for (int count = 0; count < 100000; ++count) {
         const std::uint64_t a = random() >> random() % 64;
@@ -42,7 +42,7 @@ TEST(WideArithmetic, MultiplyWide_HasAll128Bits) {
     }
 }
 
-TEST(WideArithmetic, BigIntegersCompareByTheirHighestBits) {
+TEST(WideArithmetic, BigIntegersCompare) {
     BigInteger one(1);
     BigInteger large(0xFFFFFFFFFFFFFFFF);
     EXPECT_LT(compare(one, large), 0);
@@ -52,7 +52,7 @@ TEST(WideArithmetic, BigIntegersCompareByTheirHighestBits) {
     EXPECT_GT(compare(one, large), 0);
 }
 
-TEST(WideArithmetic, ShiftingIsMultiplyingByTwo) {
+TEST(WideArithmetic, ShiftLeftMultipliesByPowersOfTwo) {
     for (unsigned int bits = 0; bits < 900; ++bits) {
         BigInteger shifted(0x9E3779B97F4A7C15);
         shifted.shiftLeft(bits);
@@ -64,7 +64,7 @@ TEST(WideArithmetic, ShiftingIsMultiplyingByTwo) {
     }
 }
 
-TEST(WideArithmetic, PowersOfFiveAreMultipliedOneByOne) {
+TEST(WideArithmetic, MultiplyByPowerOfFive) {
     BigInteger multiplied(7);
     for (unsigned int exponent = 0; exponent < 400; ++exponent, multiplied.multiply(5)) {
         BigInteger power(7);
