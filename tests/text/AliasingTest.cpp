@@ -1,6 +1,6 @@
 /// \file
-/// Inputs that lie in the output of the same call (docs/aliasing.md): each operation gives what it gives for the same
-/// input elsewhere. What is read from memory that the output has released is found on the guarded heap.
+/// Inputs inside the output of the same call (docs/aliasing.md): each operation must have the same result as with a
+/// separate input. The guarded heap detects reads from memory that the output has released.
 
 #include <algorithm>
 #include <cstddef>
@@ -37,11 +37,11 @@ namespace util = vorel::util;
 using Bytes = Array<unsigned char>;
 using Texts = Array<BaseString<wchar_t>>;
 
-// ---- Where an input lies --------------------------------------------------------------------------------------------
+// ---- Position of the input ------------------------------------------------------------------------------------------
 
-enum class Place { Elsewhere, InOutput };
+enum class Place { Separate, InOutput };
 
-/// Every message of a failure.
+/// All messages of an exception.
 std::string messagesOf(const Exception& e) {
     std::string all;
     for (const std::wstring& message : test::messagesOf(e)) {
@@ -50,7 +50,7 @@ std::string messagesOf(const Exception& e) {
     return all;
 }
 
-/// What an operation leaves: the bytes of its outputs, and its result.
+/// The outcome of an operation: its result and the bytes of its output.
 std::string bytesOf(const void* data, std::size_t bytes) {
     return {static_cast<const char*>(data), bytes};
 }
@@ -74,7 +74,7 @@ std::string outcomeOf(const Array<BaseString<T>>& output) {
     return all;
 }
 
-/// Memory of `bytes` in an output, all of which it shows.
+/// `bytes` bytes of memory in the output; for an array they belong to its elements.
 template <class T>
 unsigned char* memoryOf(BaseString<T>& output, std::size_t bytes) {
     return reinterpret_cast<unsigned char*>(output.reserve(static_cast<unsigned int>(bytes / sizeof(T) + 1), true));
@@ -83,13 +83,13 @@ unsigned char* memoryOf(BaseString<T>& output, std::size_t bytes) {
 template <class T>
 unsigned char* memoryOf(Array<T>& output, std::size_t bytes) {
     const auto count = static_cast<unsigned int>((bytes + sizeof(T) - 1) / sizeof(T));
-    output.reserve(count, true);  // as large as the input: what is added makes it grow
+    output.reserve(count, true);  // as large as the input, so that appending makes it grow
     output.setCount(count);
     return reinterpret_cast<unsigned char*>(output.data());
 }
 
-/// Runs `operation(input, output)` with `text` and its terminator in the output's memory, or elsewhere with the same
-/// text in the output.
+/// Runs `operation(input, output)`. The output holds `text` and its terminator; the input is this text, or a separate
+/// copy of it.
 template <class Input, class Output, class Operation>
 std::string withText(Place place, const std::basic_string<Input>& text, std::size_t offset, Operation&& operation) {
     const std::size_t bytes = (offset + text.size() + 1) * sizeof(Input);
@@ -110,7 +110,7 @@ std::string withText(Place place, const std::basic_string<Input>& text, std::siz
 
 // ---- Operations -----------------------------------------------------------------------------------------------------
 
-/// An operation on a text of some number of units that begins at some offset.
+/// An operation on a text of `units` units that begins at `offset`.
 struct Row {
     const char* name;
     std::function<std::string(Place place, std::size_t units, std::size_t offset)> run;
@@ -126,16 +126,16 @@ std::basic_string<T> repeated(std::string_view pattern, std::size_t units) {
     }
     text.resize(units);
     if (sizeof(T) > 1) {
-        std::replace(text.begin(), text.end(), static_cast<T>(0xE9), static_cast<T>(0x20AC));  // of three bytes
+        std::replace(text.begin(), text.end(), static_cast<T>(0xE9), static_cast<T>(0x20AC));  // three bytes in UTF-8
     }
-    // No sequence of UTF-8 may be cut short: its decoder would read on after the text.
+    // UTF-8 sequences must be complete: the decoder would read past the text.
     for (std::size_t at = units; at != 0 && static_cast<std::make_unsigned_t<T>>(text[at - 1]) >= 0x80; --at) {
         text[at - 1] = 'z';
     }
     return text;
 }
 
-/// A row for an operation `run(input, output)` that may give a number.
+/// A row for an operation `run(input, output)`, which may return a number.
 template <class Input, class Output, class Run>
 Row row(const char* name, std::string_view pattern, Run run) {
     return {name, [=](Place place, std::size_t units, std::size_t offset) {
@@ -267,7 +267,7 @@ std::vector<Row> values() {
     };
 }
 
-// ---- Buffers of the caller's ----------------------------------------------------------------------------------------
+// ---- Buffers of the caller ------------------------------------------------------------------------------------------
 
 /// Runs `operation(input, output, capacity)` with the input in a buffer of 8,000 bytes.
 template <class Input, class Unit, class Run>
@@ -286,7 +286,7 @@ Row bufferRow(const char* name, std::string_view pattern, Run run) {
                 } catch (const Exception& e) {
                     result = messagesOf(e);
                 }
-                // What lies after the text that was written is the rest of the input.
+                // The whole buffer, which holds the rest of the input after the written text.
                 return result + '/' + bytesOf(buffer.data(), kCapacity * sizeof(Unit));
             }};
 }
@@ -303,14 +303,14 @@ std::vector<Row> buffers() {
 
 // ---- Lists of texts -------------------------------------------------------------------------------------------------
 
-/// Runs `operation(first, second, list)` with both texts as items of the list; it has no room for more.
+/// Runs `operation(first, second, list)` with both texts as items of the list, which has no spare capacity.
 template <class T, class Run>
 Row listRow(const char* name, std::string_view second, Run run) {
     return {name, [=](Place place, std::size_t units, std::size_t offset) {
                 const auto first = repeated<T>("a,\"b\"c,,", units);
                 Array<BaseString<T>> list = test::stringsOf<T>({first, test::text<T>(second)});
                 const Array<BaseString<T>> copy = list;
-                // cppcheck-suppress duplicateExpressionTernary ; equal texts in different places
+                // cppcheck-suppress duplicateExpressionTernary ; equal texts in different objects
                 const Array<BaseString<T>>& source = place == Place::InOutput ? list : copy;
                 run(source[0].view().data() + std::min(offset, units), source[1].c_str(), list);
                 return outcomeOf(list);
@@ -330,7 +330,7 @@ std::vector<Row> lists() {
             [](auto* text, auto* at, auto& list) { util::singleStringToMultipleStrings(text, at, list, false); }),
         listRow<wchar_t>("multipleStringsToSingleString_ResultIsAnItem", ",",
                          [](auto* text, auto*, auto& list) {
-                             // The other place of the same call: into a string of its own.
+                             // For a separate input, write to a separate string.
                              const bool isItem = text >= list[0].c_str() && text <= list[0].c_str() + list[0].length();
                              BaseString<wchar_t> apart;
                              BaseString<wchar_t>& result = isItem ? list[0] : apart;
@@ -341,7 +341,7 @@ std::vector<Row> lists() {
     };
 }
 
-/// The delimiter within the text that is cut.
+/// Tokenizes a text that contains its delimiter.
 template <class T>
 std::string tokenized(Place place, std::size_t units, std::size_t offset) {
     std::basic_string<T> text = repeated<T>("ab,c,", units);
@@ -363,11 +363,11 @@ std::vector<Row> allRows() {
 
 class InputInOutput : public testing::TestWithParam<Row> {};
 
-TEST_P(InputInOutput, IsReadAsIfItWereElsewhere) {
+TEST_P(InputInOutput, EqualsSeparateInput) {
     for (const std::size_t units : {1u, 2u, 3u, 7u, 8u, 12u, 40u, 96u, 300u, 1000u}) {
         for (const std::size_t offset : {0u, 1u, 2u, 5u, 17u}) {
             SCOPED_TRACE(std::to_string(units) + " units from " + std::to_string(offset));
-            EXPECT_EQ(GetParam().run(Place::InOutput, units, offset), GetParam().run(Place::Elsewhere, units, offset));
+            EXPECT_EQ(GetParam().run(Place::InOutput, units, offset), GetParam().run(Place::Separate, units, offset));
         }
     }
 }

@@ -58,7 +58,7 @@ TYPED_TEST(Base64Test, Encode_PadsTheLastGroup) {
     }
 }
 
-TYPED_TEST(Base64Test, Encode_MakesRoomForAnotherGroup) {
+TYPED_TEST(Base64Test, Encode_ReservesOneMoreGroup) {
     for (unsigned int count = 0; count < 400; ++count) {
         BaseString<TypeParam> text;
         Base64::Encode(arrayOf(std::vector<unsigned char>(count)), text);
@@ -66,7 +66,7 @@ TYPED_TEST(Base64Test, Encode_MakesRoomForAnotherGroup) {
     }
 }
 
-TYPED_TEST(Base64Test, EncodeRange_TakesTheBytesOfTheStringItself) {
+TYPED_TEST(Base64Test, EncodeRange_OfItsOwnOutput) {
     for (const unsigned int length : {1u, 5u, 12u, 40u, 500u}) {
         for (const unsigned int start : {0u, 1u, length / 2}) {
             BaseString<TypeParam> text(std::basic_string<TypeParam>(length, TypeParam{'M'}).c_str());
@@ -80,7 +80,7 @@ TYPED_TEST(Base64Test, EncodeRange_TakesTheBytesOfTheStringItself) {
     }
 }
 
-TYPED_TEST(Base64Test, EncodeRange_TakesAPartOfTheData) {
+TYPED_TEST(Base64Test, EncodeRange_OfPartOfTheData) {
     const Bytes data = bytesOf("xxfoobaryy");
     BaseString<TypeParam> text;
     Base64::EncodeRange(data.data(), 2, 6, text);
@@ -91,7 +91,7 @@ TYPED_TEST(Base64Test, EncodeRange_TakesAPartOfTheData) {
     EXPECT_TRUE(text.empty());
 }
 
-TYPED_TEST(Base64Test, EncodeRange_RefusesWhatNoStringHoldsBeforeItReads) {
+TYPED_TEST(Base64Test, EncodeRange_RejectsTooLargeCountsBeforeReading) {
     const unsigned char byte = 0;
     for (const unsigned int count : {0xFFFFFFFFu, 0xC0000000u}) {
         BaseString<TypeParam> text(test::text<TypeParam>("old").c_str());
@@ -104,7 +104,7 @@ TYPED_TEST(Base64Test, EncodeRange_RefusesWhatNoStringHoldsBeforeItReads) {
     }
 }
 
-TYPED_TEST(Base64Test, Decode_ReadsWhatWasEncoded) {
+TYPED_TEST(Base64Test, Decode_ReadsEncodedText) {
     for (const Row& row : kRows) {
         Array<unsigned char> bytes = arrayOf(bytesOf("something longer than the result"));
         EXPECT_EQ(Base64::Decode(test::text<TypeParam>(row.text).c_str(), bytes), 0);
@@ -112,21 +112,21 @@ TYPED_TEST(Base64Test, Decode_ReadsWhatWasEncoded) {
     }
 }
 
-TYPED_TEST(Base64Test, Decode_ReportsWhatItCannotRead) {
+TYPED_TEST(Base64Test, Decode_ReportsInvalidText) {
     struct Case {
         const char* text;
         int result;
         std::string_view bytes;
     };
     for (const Case& row :
-         {Case{"QQ", 1, ""},         // the terminator is no character of a group
-          Case{"QUJDQQ", 1, "ABC"},  // what was decoded before stays
+         {Case{"QQ", 1, ""},         // incomplete group
+          Case{"QUJDQQ", 1, "ABC"},  // bytes decoded before stay
           Case{"QUJD!UJD", 1, "ABC"}, Case{"QUJDQUJ\x80", 1, "ABC"}, Case{"QUJDQUJ\xFF", 1, "ABC"}, Case{"QQ=", 1, ""},
-          Case{"QQ==", 0, "A"}, Case{"QQ=A", 0, "A"},   // the fourth character only has to be a valid one
-          Case{"QQ=!", 1, ""}, Case{"QQ==!!", 0, "A"},  // whatever follows is ignored
-          Case{"QUI=QUJD", 0, "AB"}, Case{"=QQQ", 0, {"\x01\x04\x10", 3}},  // padding in front counts as 0
+          Case{"QQ==", 0, "A"}, Case{"QQ=A", 0, "A"},                       // the fourth character must only be valid
+          Case{"QQ=!", 1, ""}, Case{"QQ==!!", 0, "A"},                      // the rest is ignored
+          Case{"QUI=QUJD", 0, "AB"}, Case{"=QQQ", 0, {"\x01\x04\x10", 3}},  // padding before the end counts as 0
           Case{" Q\tQ\r=\n= ", 0, "A"}, Case{"QUJD\nREVG", 0, "ABCDEF"}, Case{"QUJD\r\n", 0, "ABC"},
-          Case{"QU\vJD", 1, ""},  // no other white space is passed over
+          Case{"QU\vJD", 1, ""},  // other white space is not skipped
           Case{" ", 0, ""}, Case{"", 0, ""}, Case{nullptr, 0, ""}}) {
         Array<unsigned char> bytes = arrayOf(bytesOf("old"));
         EXPECT_EQ(Base64::Decode(test::OptionalText<TypeParam>(row.text).get(), bytes), row.result)
@@ -135,7 +135,7 @@ TYPED_TEST(Base64Test, Decode_ReportsWhatItCannotRead) {
     }
 }
 
-TEST(Base64Wide, Decode_RefusesUnitsAbove255) {
+TEST(Base64Wide, Decode_RejectsUnitsAbove255) {
     for (const wchar_t* text : {L"QUJD\u0141UJD", L"QUJDQ\u2028JD", L"QUJDQUJ\xFFFF"}) {
         Array<unsigned char> bytes;
         test::expectThrows<Exception>(
@@ -160,18 +160,18 @@ TYPED_TEST(Base64Test, RandomBytesAgreeWithTheReference) {
     }
 }
 
-/// Expects of the text at `place`, which ends in a zero, what the reference makes of it.
+/// Decodes the zero-terminated text at `position` and compares the outcome with the reference.
 template <class T>
-void expectDecoding(const T* place, Array<unsigned char>& bytes) {
+void expectDecoding(const T* position, Array<unsigned char>& bytes) {
     std::vector<unsigned int> units;
-    for (const T* unit = place; *unit; ++unit) {
+    for (const T* unit = position; *unit; ++unit) {
         units.push_back(static_cast<std::make_unsigned_t<T>>(*unit));
     }
     const test::Decoding wanted = test::fromBase64(units);
     bool threw = false;
     int result = 0;
     try {
-        result = Base64::Decode(place, bytes);
+        result = Base64::Decode(position, bytes);
     } catch (const Exception&) {
         threw = true;
     }
@@ -201,20 +201,20 @@ TYPED_TEST(Base64Test, DamagedTextsAgreeWithTheReference) {
     }
 }
 
-TYPED_TEST(Base64Test, Decode_KnowsEveryUnitAtEveryPlaceOfAGroup) {
+TYPED_TEST(Base64Test, Decode_EveryUnitAtEveryPositionOfAGroup) {
     Array<unsigned char> bytes;
-    // Every byte, and beyond 255, where each one throws, those that are bytes when cut.
+    // Every byte. Units above 255 always throw: a selection, among them units with the low byte of a character.
     const unsigned int end = 1u << 8 * sizeof(TypeParam);
     for (unsigned int unit = 1; unit < end; unit += unit < 0x200 ? 1 : 0x303) {
-        for (std::size_t place = 0; place < 4; ++place) {
+        for (std::size_t position = 0; position < 4; ++position) {
             auto text = test::text<TypeParam>("QUJDxyz/REVG");
-            text[4 + place] = static_cast<TypeParam>(unit);
-            ASSERT_NO_FATAL_FAILURE(expectDecoding(text.c_str(), bytes)) << unit << " at " << place;
+            text[4 + position] = static_cast<TypeParam>(unit);
+            ASSERT_NO_FATAL_FAILURE(expectDecoding(text.c_str(), bytes)) << unit << " at " << position;
         }
     }
 }
 
-TYPED_TEST(Base64Test, DecodingLeavesZerosBehindTheBytes) {
+TYPED_TEST(Base64Test, Decode_LeavesZerosAfterTheBytes) {
     const std::string text = test::base64Of(Bytes(200, 0xFF));
     for (std::size_t length = 0; length <= text.size(); length += 4) {
         Array<unsigned char> bytes = arrayOf(Bytes(300, 0xEE));

@@ -1,7 +1,7 @@
 /// \file
-/// Operations on a text that another thread or process changes meanwhile, whatever their headers say: the result may be
-/// anything, but no operation writes beyond its memory. What it writes too far is found on the guarded heap. Each
-/// operation runs with the text changed between any two of its passes over it.
+/// Operations on a text that another thread or process changes concurrently. The result is unspecified, but no
+/// operation may write beyond its memory; the guarded heap detects such writes. The text is changed between any two
+/// passes of each operation over it.
 
 #include <algorithm>
 #include <cstring>
@@ -41,7 +41,7 @@ using Bytes = Array<unsigned char>;
 
 constexpr int kUtf8Page = 65001;
 
-/// An object of the library's over memory that is not its own: the three fields, and no destructor.
+/// An object of the library on memory that it does not own: its three fields, without its destructor.
 template <class Object, class Item>
 class Borrowed {
 public:
@@ -353,14 +353,14 @@ std::vector<Operation<wchar_t>> operations() {
 
 // ---- The test -------------------------------------------------------------------------------------------------------
 
-/// Texts of other lengths in some encoding; the last two are shorter, or nothing.
+/// Patterns whose results differ in length; the last two end the text early or at once.
 template <class T>
 std::vector<std::basic_string<T>> patterns() {
     std::vector<std::basic_string<T>> all;
     for (const char* pattern : {"a", "%", "\xFF", "\"", "1,", " ,\"", "%41+", "QUJD"}) {
         all.push_back(test::text<T>(pattern));
     }
-    // As bytes U+00E9, U+20AC and U+1F600; as units much the same in length.
+    // Bytes: U+00E9, U+20AC and U+1F600 in UTF-8. Units: characters whose lengths in UTF-8 differ, too.
     all.push_back(sizeof(T) == 1 ? test::text<T>("\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80")
                                  : std::basic_string<T>{T(0xE9), T(0x20AC), T(0xD83D), T(0xDE00)});
     all.push_back(sizeof(T) == 1 ? test::text<T>("\xE2\x82\xAC") : std::basic_string<T>{T(0x20AC)});
@@ -372,18 +372,18 @@ std::vector<std::basic_string<T>> patterns() {
 template <class T>
 class ChangingText : public testing::TestWithParam<Operation<T>> {
 protected:
-    /// No line of the log for the many failures.
+    /// Disables logging because of the many failures.
     static void SetUpTestSuite() { Exception::DisableThreadErrorLogging(true); }
     static void TearDownTestSuite() { Exception::DisableThreadErrorLogging(false); }
 
     static void run(const Operation<T>& operation, T* text) {
         try {
             operation.run(text, static_cast<unsigned int>(test::ChangingText<T>::kUnits));
-        } catch (const Exception&) {  // bytes that are no text
+        } catch (const Exception&) {  // bytes that are not valid text
         }
     }
 
-    /// The operation with a text that changes at its first, its second, … switch between the ends of the text.
+    /// Runs the operation with a text that changes at the first, the second, … switch between the ends of the text.
     static void runWithEachChange(const Operation<T>& operation) {
         constexpr unsigned int kMaxSwitches = 100;
         unsigned int most = 0;
@@ -408,13 +408,13 @@ std::string nameOf(const testing::TestParamInfo<Operation<T>>& info) {
 }
 
 using ChangingBytes = ChangingText<char>;
-TEST_P(ChangingBytes, IsReadWithoutWritingTooFar) {
+TEST_P(ChangingBytes, NeverWritesBeyondTheOutput) {
     runWithEachChange(GetParam());
 }
 INSTANTIATE_TEST_SUITE_P(Text, ChangingBytes, testing::ValuesIn(operations<char>()), nameOf<char>);
 
 using ChangingUnits = ChangingText<wchar_t>;
-TEST_P(ChangingUnits, IsReadWithoutWritingTooFar) {
+TEST_P(ChangingUnits, NeverWritesBeyondTheOutput) {
     runWithEachChange(GetParam());
 }
 INSTANTIATE_TEST_SUITE_P(Text, ChangingUnits, testing::ValuesIn(operations<wchar_t>()), nameOf<wchar_t>);

@@ -22,7 +22,7 @@ constexpr auto kNothing = static_cast<std::size_t>(-1);
 constexpr int kUtf8 = 65001;
 constexpr int kLatin1 = 28591;
 
-/// The result of an operation that fails by it, with the error that it left.
+/// The result of a failing operation, and errno.
 template <class Result>
 struct Failure {
     Result result;
@@ -40,24 +40,24 @@ auto failureOf(Operation&& operation) {
 const Failure<int> kInvalid = {-1, EINVAL};
 const Failure<int> kBadHandle = {-1, EBADF};
 
-/// A converter by arithmetic.
+/// The handle of a converter, calculated.
 int handleOf(unsigned int to, unsigned int from) {
     return static_cast<int>(from << 16 | to);
 }
 
-TEST(CodePages, GetCodePage_IgnoresTheCaseOfNames) {
+TEST(CodePages, GetCodePage_IgnoresCase) {
     for (const char* name : {"UTF-8", "utf-8", "Utf-8", "UNICODE (utf-8)"}) {
         EXPECT_EQ(util::iconv_getCodePage(name), kUtf8);
     }
-    // Only A to Z have a small letter: '_' is not what lies 32 above it.
+    // Only A to Z have a lower case: '_' and the character 32 above it are different.
     for (const char* name : {"UTF8", "", "UTF-8 ", "no such name", "SHIFT\x7FJIS", static_cast<const char*>(nullptr)}) {
         EXPECT_EQ(util::iconv_getCodePage(name), -1);
     }
 }
 
-TEST(CodePages, Open_IsOneSided) {
+TEST(CodePages, Open_UsesOneName) {
     EXPECT_EQ(util::iconv_open("UTF-8", "LATIN1"), handleOf(0, kLatin1));
-    EXPECT_EQ(util::iconv_open("no such name", "latin1"), handleOf(0, kLatin1));  // not even looked up
+    EXPECT_EQ(util::iconv_open("no such name", "latin1"), handleOf(0, kLatin1));  // not looked up
     EXPECT_EQ(util::iconv_open(nullptr, "utf-8"), handleOf(0, kUtf8));
     EXPECT_EQ(util::iconv_open("UTF-8", nullptr), kUtf8);
     EXPECT_EQ(failureOf([] { return util::iconv_open(nullptr, nullptr); }), kInvalid);
@@ -65,7 +65,7 @@ TEST(CodePages, Open_IsOneSided) {
     EXPECT_EQ(failureOf([] { return util::iconv_open("UTF-8", "no such name"); }), kInvalid);
 }
 
-TEST(CodePages, OpenCodepage_TakesAnyNumber) {
+TEST(CodePages, OpenCodepage_AcceptsAnyNumber) {
     EXPECT_EQ(util::iconv_open_codepage(kUtf8, kLatin1), handleOf(kUtf8, kLatin1));
     EXPECT_EQ(util::iconv_open_codepage(0, 1), 0x10000);
     EXPECT_EQ(util::iconv_open_codepage(12345, 0), 12345);
@@ -81,7 +81,7 @@ TEST(CodePages, OpenCodepage_TakesAnyNumber) {
     EXPECT_EQ(failureOf([] { return util::iconv_open_codepage(65536, 65536); }), kInvalid);
 }
 
-TEST(CodePages, Close_KnowsNoConvertersButFailures) {
+TEST(CodePages, Close_RejectsOnlyFailedHandles) {
     EXPECT_EQ(util::iconv_close(kUtf8), 0);
     EXPECT_EQ(util::iconv_close(0), 0);
     EXPECT_EQ(util::iconv_close(handleOf(0, kUtf8)), 0);
@@ -100,7 +100,7 @@ TEST(CodePages, Iconv_AlwaysThrows) {
          L"you expect and remove this Exception.  iconv_from_wc and iconv_to_wc can be used without problem."});
 }
 
-TEST(CodePages, ToWc_ConvertsFromTheUpperHalf) {
+TEST(CodePages, ToWc_UsesTheUpperHalf) {
     wchar_t out[8] = {};
     EXPECT_EQ(util::iconv_to_wc(handleOf(0, kUtf8), "A\xC3\xA9", 3, out, 8), 2u);
     EXPECT_EQ(std::wstring(out, 2), L"A\u00E9");
@@ -111,7 +111,7 @@ TEST(CodePages, ToWc_ConvertsFromTheUpperHalf) {
     EXPECT_EQ(std::wstring(out, 3), std::wstring(L"A\u00E9\0", 3));
 }
 
-TEST(CodePages, ToWc_TellsWhatIsWrongByErrno) {
+TEST(CodePages, ToWc_SetsErrno) {
     wchar_t out[8] = {};
     const auto convert = [&](int handle, const char* text, std::size_t count, std::size_t capacity) {
         return failureOf([&] { return util::iconv_to_wc(handle, text, count, out, capacity); });
@@ -130,7 +130,7 @@ TEST(CodePages, ToWc_TellsWhatIsWrongByErrno) {
     EXPECT_EQ(EILSEQ, 42);
 }
 
-TEST(CodePages, FromWc_ConvertsToTheLowerHalf) {
+TEST(CodePages, FromWc_UsesTheLowerHalf) {
     char out[8] = {};
     EXPECT_EQ(util::iconv_from_wc(kUtf8, L"A\u00E9", 2, out, 8, nullptr), 3u);
     EXPECT_EQ(std::string(out, 3), "A\xC3\xA9");
@@ -144,7 +144,7 @@ TEST(CodePages, FromWc_ConvertsToTheLowerHalf) {
     EXPECT_EQ(std::string(out, 4), std::string("A\xC3\xA9\0", 4));
 }
 
-TEST(CodePages, FromWc_TellsWhatIsWrongByErrno) {
+TEST(CodePages, FromWc_SetsErrno) {
     char out[8] = {};
     bool used = true;
     const auto convert = [&](int handle, const wchar_t* text, std::size_t count, std::size_t capacity) {
@@ -164,7 +164,7 @@ TEST(CodePages, FromWc_TellsWhatIsWrongByErrno) {
     EXPECT_TRUE(used);  // untouched
 }
 
-TEST(CodePages, TheQuestionForTheDefaultCharacterIsTheSystems) {
+TEST(CodePages, IsCheckDefaultValidMatchesTheSystem) {
     for (const int page : {kUtf8, 1252, kLatin1, 932, 50220, 65000, 12345}) {
         char byte = 0;
         BOOL used = FALSE;
@@ -180,7 +180,7 @@ TEST(CodePages, TheQuestionForTheDefaultCharacterIsTheSystems) {
     }
 }
 
-TEST(CodePages, NamesMayBeLookedUpByManyThreads) {
+TEST(CodePages, ThreadsMayLookUpNamesConcurrently) {
     std::vector<std::thread> threads;
     for (int count = 0; count < 4; ++count) {
         threads.emplace_back([] {

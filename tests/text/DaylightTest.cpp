@@ -39,7 +39,7 @@ const std::vector<Row>& rows() {
     return kRows;
 }
 
-TEST(DaylightTest, Encode_EndsInTheCountOfTheLastGroup) {
+TEST(DaylightTest, Encode_AppendsTheByteCountOfTheLastGroup) {
     for (const Row& row : rows()) {
         BaseString<wchar_t> text(L"old");
         Daylight::Encode(arrayOf(row.bytes), text);
@@ -49,7 +49,7 @@ TEST(DaylightTest, Encode_EndsInTheCountOfTheLastGroup) {
     }
 }
 
-TEST(DaylightTest, Encode_MakesRoomForTheResult) {
+TEST(DaylightTest, Encode_ReservesTheSizeOfTheResult) {
     for (unsigned int count = 0; count < 400; ++count) {
         BaseString<wchar_t> text;
         Daylight::Encode(arrayOf(Bytes(count)), text);
@@ -57,7 +57,7 @@ TEST(DaylightTest, Encode_MakesRoomForTheResult) {
     }
 }
 
-TEST(DaylightTest, Decode_ReadsWhatWasEncoded) {
+TEST(DaylightTest, Decode_ReadsEncodedText) {
     for (const Row& row : rows()) {
         Array<unsigned char> bytes = arrayOf<unsigned char>({1, 2, 3, 4, 5, 6, 7, 8, 9});
         EXPECT_EQ(Daylight::Decode(row.text, bytes), 0);
@@ -65,8 +65,8 @@ TEST(DaylightTest, Decode_ReadsWhatWasEncoded) {
     }
 }
 
-TEST(DaylightTest, Decode_TakesEveryCharacter) {
-    // The comma counts as '+', and what is not of the alphabet as '.': also beyond the table, which has 128 entries.
+TEST(DaylightTest, Decode_AcceptsEveryCharacter) {
+    // A comma is decoded as '+', any character outside of the alphabet as '.', even beyond the table of 128 entries.
     for (const wchar_t* text : {L"EI6.2", L"EI6-2", L"EI6 2",
                                 L"EI6\x7F"
                                 L"2",
@@ -88,7 +88,7 @@ TEST(DaylightTest, Decode_TakesEveryCharacter) {
     EXPECT_EQ(valuesOf(plus), (Bytes{0x04, 0x10, 0x41}));
 }
 
-/// A text in which a zero is a unit like any other.
+/// A string that may contain zeros.
 BaseString<wchar_t> stringOf(const std::wstring& text) {
     return BaseString<wchar_t>(text.data(), static_cast<unsigned int>(text.size()));
 }
@@ -97,19 +97,19 @@ Bytes bytesOf(const std::wstring& groups) {
     return test::bytesOfCharacters({groups.begin(), groups.end()}, test::kDaylightCharacters);
 }
 
-TEST(DaylightTest, Decode_KnowsEveryUnitAtEveryPlaceOfAGroup) {
+TEST(DaylightTest, Decode_EveryUnitAtEveryPositionOfAGroup) {
     Array<unsigned char> bytes;
     for (unsigned int unit = 0; unit <= 0xFFFF; ++unit) {
-        for (std::size_t place = 0; place < 4; ++place) {
+        for (std::size_t position = 0; position < 4; ++position) {
             std::wstring groups = L"zzzz";
-            groups[place] = static_cast<wchar_t>(unit);
+            groups[position] = static_cast<wchar_t>(unit);
             Daylight::Decode(stringOf(groups + L'3'), bytes);
-            ASSERT_EQ(valuesOf(bytes), bytesOf(groups)) << unit << " at " << place;
+            ASSERT_EQ(valuesOf(bytes), bytesOf(groups)) << unit << " at " << position;
         }
     }
 }
 
-TEST(DaylightTest, Decode_TakesThreeCharactersForAnEnd) {
+TEST(DaylightTest, Decode_AcceptsThreeEndCharacters) {
     Array<unsigned char> bytes;
     for (unsigned int unit = 0; unit <= 0xFFFF; unit += unit < 0x200 ? 1 : 0xFF) {
         bool threw = false;
@@ -123,7 +123,7 @@ TEST(DaylightTest, Decode_TakesThreeCharactersForAnEnd) {
     }
 }
 
-TEST(DaylightTest, Decode_OfRandomUnitsAgreesWithTheReference) {
+TEST(DaylightTest, Decode_AgreesWithTheReferenceOnRandomUnits) {
     test::RandomText random(20261122);
     Array<unsigned char> bytes;
     for (int count = 0; count < 5000; ++count) {
@@ -139,7 +139,7 @@ TEST(DaylightTest, Decode_OfRandomUnitsAgreesWithTheReference) {
     }
 }
 
-TEST(DaylightTest, Decode_RefusesAWrongLength) {
+TEST(DaylightTest, Decode_RejectsAWrongLength) {
     for (const wchar_t* text : {L"", L"EI", L"EI6", L"EI6.", L"EI6.2EI"}) {
         Array<unsigned char> bytes = arrayOf<unsigned char>({7});
         test::expectThrows<Exception>([&] { Daylight::Decode(text, bytes); }, {kWrongLength});
@@ -147,13 +147,13 @@ TEST(DaylightTest, Decode_RefusesAWrongLength) {
     }
 }
 
-TEST(DaylightTest, Decode_RefusesAWrongEnd) {
+TEST(DaylightTest, Decode_RejectsAWrongEnd) {
     for (const wchar_t* text : {L"EI6.0", L"EI6.4", L"EI6./", L"EI6.z", L"EI6.\u0131", L"EI6.\uFF11"}) {
         Array<unsigned char> bytes;
         test::expectThrows<Exception>([&] { Daylight::Decode(text, bytes); }, {kWrongEnd});
         EXPECT_EQ(valuesOf(bytes), (Bytes{0x41, 0x42, 0x00}));
     }
-    for (const wchar_t* text : {L"1", L"2", L"0"}) {  // there is no group whose bytes could count
+    for (const wchar_t* text : {L"1", L"2", L"0"}) {  // no group before the end
         Array<unsigned char> bytes;
         test::expectThrows<Exception>([&] { Daylight::Decode(text, bytes); }, {kWrongEnd});
     }

@@ -47,71 +47,72 @@ struct Row {
     Bytes bytes;
 };
 
-TEST(HexTest, Decode_ReportsTheFirstPairThatIsNone) {
-    // Four bytes of 0xEE are there before; what is not written keeps them.
-    for (const Row& row : {Row{L"41fF", 0, {0x41, 0xFF}},
-                           Row{L"", 0, {}},
-                           Row{L"0x4142", 0, {0x41, 0x42, 0xEE}},  // the prefix counts, and one byte stays unwritten
-                           Row{L"0X41", 0, {0x41, 0xEE}},
-                           Row{L"0x", 0, {0xEE}},
-                           Row{L"x041", 1, {0xEE, 0xEE}},
-                           Row{L"0x1", 1, {0xEE}},
-                           Row{L"0x414", 1, {0x41, 0xEE}},  // the odd digit is the prefixed one
-                           Row{L"00x1", 1, {0x00, 0xEE}},
-                           Row{L"1x41", 1, {0xEE, 0xEE}},
-                           Row{L"0x0x41", 1, {0xEE, 0xEE, 0xEE}},  // only one prefix, and only in front
-                           Row{L"4G", 1, {0xEE}},
-                           Row{L"G4", 1, {0xEE}},
-                           Row{L"41/1", 1, {0x41, 0xEE}},
-                           Row{L"411/", 1, {0x41, 0xEE}},
-                           Row{L"abc", 1, {0xAB}},  // the terminator is no digit
-                           Row{L"a", 1, {}},
-                           Row{L":@", 0, {0x39}},  // ':' to '@' are taken for 3 to 9
-                           Row{L";<=>", 0, {0x45, 0x67}},
-                           Row{L"1?", 0, {0x18}},
-                           Row{L"4 ", 1, {0xEE}}}) {
+TEST(HexTest, Decode_ReportsInvalidPairs) {
+    // The array holds four bytes of 0xEE before; bytes that are not written keep this value.
+    for (const Row& row :
+         {Row{L"41fF", 0, {0x41, 0xFF}},
+          Row{L"", 0, {}},
+          Row{L"0x4142", 0, {0x41, 0x42, 0xEE}},  // the size includes the prefix, so one byte stays unwritten
+          Row{L"0X41", 0, {0x41, 0xEE}},
+          Row{L"0x", 0, {0xEE}},
+          Row{L"x041", 1, {0xEE, 0xEE}},
+          Row{L"0x1", 1, {0xEE}},
+          Row{L"0x414", 1, {0x41, 0xEE}},  // odd number of digits after the prefix
+          Row{L"00x1", 1, {0x00, 0xEE}},
+          Row{L"1x41", 1, {0xEE, 0xEE}},
+          Row{L"0x0x41", 1, {0xEE, 0xEE, 0xEE}},  // only one prefix at the start
+          Row{L"4G", 1, {0xEE}},
+          Row{L"G4", 1, {0xEE}},
+          Row{L"41/1", 1, {0x41, 0xEE}},
+          Row{L"411/", 1, {0x41, 0xEE}},
+          Row{L"abc", 1, {0xAB}},  // the terminator is not a digit
+          Row{L"a", 1, {}},
+          Row{L":@", 0, {0x39}},  // ':' to '@' count as 3 to 9
+          Row{L";<=>", 0, {0x45, 0x67}},
+          Row{L"1?", 0, {0x18}},
+          Row{L"4 ", 1, {0xEE}}}) {
         Array<unsigned char> bytes = arrayOf(Bytes(4, 0xEE));
         EXPECT_EQ(Hex::Decode(row.text, bytes), row.result) << row.text;
         EXPECT_EQ(valuesOf(bytes), row.bytes) << row.text;
     }
 }
 
-TEST(HexTest, Decode_LooksAtTheLowerEightBitsOfAUnit) {
+TEST(HexTest, Decode_UsesTheLowEightBits) {
     Array<unsigned char> bytes;
     EXPECT_EQ(Hex::Decode(L"\u0141\u0232", bytes), 0);  // 41 and 32: A and 2
     EXPECT_EQ(valuesOf(bytes), Bytes{0xA2});
     EXPECT_EQ(Hex::Decode(L"\u0161"
                           L"2",
                           bytes),
-              1);  // 61 would be an a, but only a letter itself is made upper-case
+              1);  // the low byte is 'a', but only the letters a to z are converted to upper case
 }
 
-/// What a unit counts for: letters are made capitals, then the lower eight bits are a digit, or a letter from 'A' on,
-/// or, when that gives no 0 to 15, nothing.
-int looseValue(unsigned int unit) {
+/// The value of a unit: a to z are converted to upper case, then the low eight bits are read as a digit or a letter
+/// from 'A'. Returns -1 if the result is not 0 to 15.
+int lenientValue(unsigned int unit) {
     unsigned int character = unit >= 'a' && unit <= 'z' ? unit - 32 : unit;
     character &= 0xFF;
     const int value = static_cast<int>(character) - (character < 58 ? 48 : 55);
     return value >= 0 && value <= 15 ? value : -1;
 }
 
-TEST(HexTest, Decode_KnowsEveryUnitAtBothPlacesOfAPair) {
+TEST(HexTest, Decode_EveryUnitAtBothPositionsOfAPair) {
     Array<unsigned char> bytes;
     for (unsigned int unit = 0; unit <= 0xFFFF; ++unit) {
-        const int value = looseValue(unit);
+        const int value = lenientValue(unit);
         const wchar_t pairs[] = {static_cast<wchar_t>(unit), L'5', L'5', static_cast<wchar_t>(unit)};
-        for (const unsigned int place : {0u, 2u}) {
-            const BaseString<wchar_t> text(pairs + place, 2);
-            ASSERT_EQ(Hex::Decode(text, bytes), value < 0 ? 1 : 0) << unit << " at " << place;
+        for (const unsigned int position : {0u, 2u}) {
+            const BaseString<wchar_t> text(pairs + position, 2);
+            ASSERT_EQ(Hex::Decode(text, bytes), value < 0 ? 1 : 0) << unit << " at " << position;
             ASSERT_EQ(bytes.size(), 1u);
             if (value >= 0) {
-                ASSERT_EQ(bytes[0], place == 0 ? value * 16 + 5 : 5 * 16 + value) << unit << " at " << place;
+                ASSERT_EQ(bytes[0], position == 0 ? value * 16 + 5 : 5 * 16 + value) << unit << " at " << position;
             }
         }
     }
 }
 
-TEST(HexTest, Decode_OfRandomTextsAgreesWithTheReference) {
+TEST(HexTest, Decode_AgreesWithTheReferenceOnRandomTexts) {
     test::RandomText random(20261122);
     for (int count = 0; count < 20000; ++count) {
         std::wstring digits = test::text<wchar_t>(random.from("0123456789abcdefABCDEF", random.below(120)));
@@ -122,8 +123,8 @@ TEST(HexTest, Decode_OfRandomTextsAgreesWithTheReference) {
         Bytes wanted((prefix.size() + digits.size()) / 2, 0xEE);
         bool isWhole = digits.size() % 2 == 0;
         for (std::size_t at = 0; at + 1 < digits.size(); at += 2) {
-            const int high = looseValue(digits[at]);
-            const int low = looseValue(digits[at + 1]);
+            const int high = lenientValue(digits[at]);
+            const int low = lenientValue(digits[at + 1]);
             if (high < 0 || low < 0) {
                 isWhole = false;
                 break;
@@ -136,7 +137,7 @@ TEST(HexTest, Decode_OfRandomTextsAgreesWithTheReference) {
     }
 }
 
-TEST(HexTest, Decode_ReadsWhatWasEncodedAndNoFurther) {
+TEST(HexTest, Decode_RoundTripsRandomBytes) {
     test::RandomText random(20261121);
     BaseString<wchar_t> text;
     Array<unsigned char> again;
@@ -149,7 +150,7 @@ TEST(HexTest, Decode_ReadsWhatWasEncodedAndNoFurther) {
     }
 }
 
-TEST(HexTest, Decode_FindsADamagedPairAtEveryPlace) {
+TEST(HexTest, Decode_StopsAtAnInvalidPairAtEveryPosition) {
     for (std::size_t damaged = 0; damaged < 80; ++damaged) {
         std::wstring text(80, L'7');
         text[damaged] = L'g';
@@ -165,7 +166,7 @@ template <class T>
 class HexText : public ::testing::Test {};
 TYPED_TEST_SUITE(HexText, test::CharacterTypes, test::CharacterNames);
 
-TYPED_TEST(HexText, ByteArrayToHexString_HasBothCases) {
+TYPED_TEST(HexText, ByteArrayToHexString_InBothCases) {
     BaseString<TypeParam> text(test::text<TypeParam>("old").c_str());
     util::byteArrayToHexString(arrayOf<unsigned char>({0xAB, 0x09}), text, false);
     EXPECT_EQ(text, test::text<TypeParam>("ab09").c_str());
@@ -179,7 +180,7 @@ TYPED_TEST(HexText, ByteArrayToHexString_HasBothCases) {
     EXPECT_TRUE(none.empty());
 }
 
-TYPED_TEST(HexText, ByteArrayToHexString_MakesRoomForTwoUnitsOfEachByte) {
+TYPED_TEST(HexText, ByteArrayToHexString_ReservesTwoUnitsPerByte) {
     for (unsigned int count = 1; count < 400; ++count) {
         BaseString<TypeParam> text;
         util::byteArrayToHexString(arrayOf(Bytes(count)), text, true);
@@ -187,7 +188,7 @@ TYPED_TEST(HexText, ByteArrayToHexString_MakesRoomForTwoUnitsOfEachByte) {
     }
 }
 
-TYPED_TEST(HexText, HexStringToByteArray_CountsWhatIsNoDigitAsZero) {
+TYPED_TEST(HexText, HexStringToByteArray_ReadsInvalidDigitsAsZero) {
     struct Case {
         const char* text;
         Bytes bytes;
@@ -195,7 +196,7 @@ TYPED_TEST(HexText, HexStringToByteArray_CountsWhatIsNoDigitAsZero) {
     for (const Case& row :
          {Case{"4142", {0x41, 0x42}}, Case{"4g", {0x40}}, Case{"g4", {0x04}}, Case{"aBCd", {0xAB, 0xCD}},
           Case{":@", {0x00}}, Case{"0x41", {0x00, 0x41}}, Case{" 1", {0x01}}, Case{"/G`h", {0x00, 0x00}},
-          Case{"123", {0xEE}},  // an odd length leaves the array as it was
+          Case{"123", {0xEE}},  // an odd length leaves the array unchanged
           Case{"", {0xEE}}, Case{nullptr, {0xEE}}}) {
         Array<unsigned char> bytes = arrayOf<unsigned char>({0xEE});
         util::hexStringToByteArray(test::OptionalText<TypeParam>(row.text).get(), bytes);
@@ -221,7 +222,7 @@ unsigned int digitOrZero(unsigned int unit) {
     return found == std::string_view::npos ? 0 : static_cast<unsigned int>(found % 16);
 }
 
-TYPED_TEST(HexText, HexStringToByteArray_KnowsEveryUnitAtBothPlacesOfAPair) {
+TYPED_TEST(HexText, HexStringToByteArray_EveryUnitAtBothPositionsOfAPair) {
     Array<unsigned char> bytes;
     for (unsigned int unit = 0; unit < 1u << 8 * sizeof(TypeParam); ++unit) {
         const TypeParam pairs[] = {static_cast<TypeParam>(unit), '5', '5', static_cast<TypeParam>(unit)};
@@ -233,7 +234,7 @@ TYPED_TEST(HexText, HexStringToByteArray_KnowsEveryUnitAtBothPlacesOfAPair) {
     }
 }
 
-TYPED_TEST(HexText, HexStringToByteArray_TakesALength) {
+TYPED_TEST(HexText, HexStringToByteArray_WithLength) {
     Array<unsigned char> bytes = arrayOf<unsigned char>({0xEE});
     const auto text = test::text<TypeParam>("414243");
     util::hexStringToByteArray(text.c_str(), 4, bytes);

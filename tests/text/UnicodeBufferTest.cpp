@@ -19,7 +19,7 @@ const unsigned char* bytesOf(const std::string& text) {
     return reinterpret_cast<const unsigned char*>(text.data());
 }
 
-/// The answer, and the whole buffer with the guard units behind it.
+/// The result and the whole buffer, including the guard units after it.
 struct Filled {
     bool done;
     std::wstring buffer;
@@ -30,8 +30,8 @@ struct Filled {
     }
 };
 
-/// `written` at the start of a buffer of `size` units, the rest of which nobody has touched.
-Filled untouchedBehind(bool done, const std::wstring& written, std::size_t size) {
+/// `written` at the start of a buffer of `size` units, the rest unchanged.
+Filled restUnchanged(bool done, const std::wstring& written, std::size_t size) {
     return {done, written + std::wstring(size + kGuards - written.size(), kGuard)};
 }
 
@@ -42,21 +42,20 @@ Filled fill(const std::string& text, unsigned int size, int length = -1) {
     return {done, buffer};
 }
 
-/// What the rules say: characters one by one, as long as their units and a terminator fit.
+/// The expected result: characters are written as long as their units and a terminator fit.
 Filled expectedFill(const std::string& text, unsigned int size, int length = -1) {
     const test::DecodedText decoded = test::decodeUtf8(text + std::string(6, '\0'), length);
     std::size_t used = 0;
     for (const std::size_t units : decoded.unitsOf) {
         if (used + units + 1 > size) {
-            return untouchedBehind(true, decoded.units.substr(0, used) + L'\0', size);
+            return restUnchanged(true, decoded.units.substr(0, used) + L'\0', size);
         }
         used += units;
     }
-    return decoded.error ? untouchedBehind(false, decoded.units, size)
-                         : untouchedBehind(true, decoded.units + L'\0', size);
+    return decoded.error ? restUnchanged(false, decoded.units, size) : restUnchanged(true, decoded.units + L'\0', size);
 }
 
-TEST(UnicodeBuffer, AlwaysEndsInATerminatorAndNeverSplitsAPair) {
+TEST(UnicodeBuffer, AlwaysTerminatesAndNeverSplitsAPair) {
     const std::wstring zero(1, L'\0');
     struct Case {
         std::string bytes;
@@ -65,29 +64,29 @@ TEST(UnicodeBuffer, AlwaysEndsInATerminatorAndNeverSplitsAPair) {
         const char* why;
     };
     const Case cases[] = {
-        {"abc", 1, zero, "only the terminator has room"},
-        {"", 1, zero, "the empty text"},
-        {"abc", 2, L"a" + zero, "cut without a word"},
-        {"abc", 4, L"abc" + zero, "just enough"},
-        {"abc", 9, L"abc" + zero, "nothing is written behind the terminator"},
-        {"a\xF0\x9F\x98\x80z", 2, L"a" + zero, "no unit for the pair"},
-        {"a\xF0\x9F\x98\x80z", 3, L"a" + zero, "one unit for the pair: it is left out, and all behind it"},
-        {"a\xF0\x9F\x98\x80z", 4, L"a\xD83D\xDE00" + zero, "both units"},
-        {"\xF0\x9F\x98\x80", 1, zero, "a pair first"},
-        {"\xF0\x9F\x98\x80", 2, zero, "a pair first"},
+        {"abc", 1, zero, "capacity for the terminator only"},
+        {"", 1, zero, "empty text"},
+        {"abc", 2, L"a" + zero, "truncated silently"},
+        {"abc", 4, L"abc" + zero, "exact size"},
+        {"abc", 9, L"abc" + zero, "nothing is written after the terminator"},
+        {"a\xF0\x9F\x98\x80z", 2, L"a" + zero, "no unit left for the pair"},
+        {"a\xF0\x9F\x98\x80z", 3, L"a" + zero, "one unit left for the pair: the pair and the rest are dropped"},
+        {"a\xF0\x9F\x98\x80z", 4, L"a\xD83D\xDE00" + zero, "both units fit"},
+        {"\xF0\x9F\x98\x80", 1, zero, "pair first, no unit left"},
+        {"\xF0\x9F\x98\x80", 2, zero, "pair first, one unit left"},
     };
     for (const Case& c : cases) {
-        EXPECT_EQ(fill(c.bytes, c.size), untouchedBehind(true, c.written, c.size)) << c.why;
+        EXPECT_EQ(fill(c.bytes, c.size), restUnchanged(true, c.written, c.size)) << c.why;
     }
 }
 
-TEST(UnicodeBuffer, EverySizeFromOneToEnoughAgreesWithTheReference) {
+TEST(UnicodeBuffer, AgreesWithTheReferenceForEverySize) {
     const std::string texts[] = {
         "",
         "plain ASCII that is longer than two blocks of sixteen bytes",
         "\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80\xED\xA0\x80\xFD\x80\x80\x80\x80\x80 mixed \xF0\x9F\x98\x80 text",
         "\xF0\x9F\x98\x80\xF0\x9F\x98\x81\xF0\x9F\x98\x82\xF0\x9F\x98\x83",
-        "an error behind some text: \xFF and more",
+        "an error after some text: \xFF and more",
         "a pair, then an error \xF0\x9F\x98\x80\x80",
         std::string(470, 'x') + "\xF0\x9F\x98\x80" + std::string(500, 'y'),
     };
@@ -103,17 +102,17 @@ TEST(UnicodeBuffer, EverySizeFromOneToEnoughAgreesWithTheReference) {
 }
 
 TEST(UnicodeBuffer, SizeZeroWritesNothing) {
-    EXPECT_EQ(fill("", 0), untouchedBehind(true, L"", 0));
-    EXPECT_EQ(fill("abc", 0), untouchedBehind(true, L"", 0));
-    EXPECT_EQ(fill("\xF0\x9F\x98\x80", 0), untouchedBehind(true, L"", 0));
+    EXPECT_EQ(fill("", 0), restUnchanged(true, L"", 0));
+    EXPECT_EQ(fill("abc", 0), restUnchanged(true, L"", 0));
+    EXPECT_EQ(fill("\xF0\x9F\x98\x80", 0), restUnchanged(true, L"", 0));
 }
 
-TEST(UnicodeBuffer, FailureLeavesWhatWasWrittenWithoutATerminator) {
-    EXPECT_EQ(fill("abc\x80z", 9), untouchedBehind(false, L"abc", 9));
-    EXPECT_EQ(fill("\xF1", 9), untouchedBehind(false, L"", 9));
+TEST(UnicodeBuffer, FailureKeepsWrittenTextWithoutTerminator) {
+    EXPECT_EQ(fill("abc\x80z", 9), restUnchanged(false, L"abc", 9));
+    EXPECT_EQ(fill("\xF1", 9), restUnchanged(false, L"", 9));
 }
 
-TEST(UnicodeBuffer, ABadByteIsMetBeforeTheRoomIsLookedAt) {
+TEST(UnicodeBuffer, InvalidByteIsDetectedBeforeTheSizeCheck) {
     struct Case {
         std::string bytes;
         unsigned int size;
@@ -121,10 +120,10 @@ TEST(UnicodeBuffer, ABadByteIsMetBeforeTheRoomIsLookedAt) {
         const char* why;
     };
     const Case cases[] = {
-        {"ab\x80", 3, false, "the byte behind the last unit that fits"},
-        {"abc\x80", 3, true, "a character before it has no room"},
-        {"\x80", 1, false, "room for the terminator alone"},
-        {"a\xF0\x9F\x98\x80\x80", 3, true, "a pair before it has no room"},
+        {"ab\x80", 3, false, "invalid byte after the last unit that fits"},
+        {"abc\x80", 3, true, "a character before the invalid byte does not fit"},
+        {"\x80", 1, false, "capacity for the terminator only"},
+        {"a\xF0\x9F\x98\x80\x80", 3, true, "a pair before the invalid byte does not fit"},
     };
     for (const Case& c : cases) {
         EXPECT_EQ(fill(c.bytes, c.size).done, c.done) << c.why;
@@ -132,13 +131,13 @@ TEST(UnicodeBuffer, ABadByteIsMetBeforeTheRoomIsLookedAt) {
     }
 }
 
-TEST(UnicodeBuffer, NullInputGivesTheEmptyText) {
+TEST(UnicodeBuffer, NullInputGivesAnEmptyText) {
     std::wstring buffer(4, kGuard);
     EXPECT_TRUE(ConvertUTF8toString(buffer.data(), 4, nullptr, -1, true));
     EXPECT_EQ(buffer, std::wstring(1, L'\0') + std::wstring(3, kGuard));
 }
 
-TEST(UnicodeBuffer, WritesNothingBehindItsSize) {
+TEST(UnicodeBuffer, WritesNothingBeyondTheSize) {
     test::PageEdge<wchar_t> edge(4096);
     const std::string text = std::string(37, 'x') + "\xF0\x9F\x98\x80" + std::string(37, 'y');
     for (unsigned int size = 1; size <= text.size(); ++size) {

@@ -17,7 +17,7 @@ const unsigned char* bytesOf(const std::string& text) {
     return reinterpret_cast<const unsigned char*>(text.data());
 }
 
-/// What a conversion that does not throw gives.
+/// The result of a conversion that does not throw.
 struct Result {
     bool done;
     std::wstring units;
@@ -28,14 +28,14 @@ struct Result {
     }
 };
 
-/// Converts `text`; the six zeros that are put behind it are read when its last sequence is cut short.
+/// Converts `text`. Six zeros are appended because the decoder reads them if the last sequence is incomplete.
 Result decoded(const std::string& text, int length = -1) {
     const std::string input = text + std::string(6, '\0');
-    BaseString<wchar_t> output(L"what was there before");
+    BaseString<wchar_t> output(L"previous content");
     const bool done = ConvertUTF8toString(output, bytesOf(input), length, false);
     BaseString<wchar_t> ofChars;
-    EXPECT_EQ(ConvertUTF8toString(ofChars, input.c_str(), length, false), done) << "the form for char";
-    EXPECT_EQ(ofChars.view(), output.view()) << "the form for char";
+    EXPECT_EQ(ConvertUTF8toString(ofChars, input.c_str(), length, false), done) << "overload for char";
+    EXPECT_EQ(ofChars.view(), output.view()) << "overload for char";
     return {done, std::wstring(output.view())};
 }
 
@@ -46,16 +46,16 @@ TEST(UnicodeDecoding, ReadsSequencesOfEveryLength) {
         const char* why;
     };
     const Case cases[] = {
-        {"", L"", "no byte"},
+        {"", L"", "empty text"},
         {"A\x7F", L"A\x7F", "ASCII"},
         {"\xC2\x80\xC3\xA9\xDF\xBF", L"\x80\xE9\x7FF", "two bytes"},
         {"\xE0\xA0\x80\xE2\x82\xAC\xEF\xBF\xBF", L"\x800\x20AC\xFFFF", "three bytes"},
         {"\xF0\x90\x80\x80", L"\xD800\xDC00", "the first pair"},
         {"\xF0\x9F\x98\x80", L"\xD83D\xDE00", "four bytes"},
         {"\xF4\x8F\xBF\xBF", L"\xDBFF\xDFFF", "the last pair"},
-        {"\xFD\x80\x80\x80\x80\x80", L"\xD7C0\xDC00", "six bytes: 0x40000000, whose high unit wraps"},
+        {"\xFD\x80\x80\x80\x80\x80", L"\xD7C0\xDC00", "six bytes: 0x40000000, the high unit wraps"},
         {"\xFD\xBF\xBF\xBF\xBF\xBF", L"\xA7BF\xDFFF",
-         "six bytes: 0x4F3FFFFF, for only four bits of the first two trailing bytes count"},
+         "six bytes: 0x4F3FFFFF, because only four bits of the first two trailing bytes are used"},
         {"\xEF\xBB\xBF"
          "A",
          L"\xFEFF"
@@ -67,7 +67,7 @@ TEST(UnicodeDecoding, ReadsSequencesOfEveryLength) {
     }
 }
 
-TEST(UnicodeDecoding, TakesOverlongFormsAndSurrogatesAsTheyCome) {
+TEST(UnicodeDecoding, AcceptsOverlongFormsAndSurrogates) {
     struct Case {
         std::string bytes;
         std::wstring units;
@@ -77,34 +77,34 @@ TEST(UnicodeDecoding, TakesOverlongFormsAndSurrogatesAsTheyCome) {
         {"\xC1\x81", L"A", "two bytes for A"},
         {"\xE0\x81\x81", L"A", "three bytes for A"},
         {"\xF0\x80\x81\x81", L"A", "four bytes for A"},
-        {"\xF0\x82\x82\xAC", L"\x20AC", "four bytes for what three hold"},
-        {"\xED\xA0\x80", L"\xD800", "a high surrogate alone"},
-        {"\xED\xBF\xBF", L"\xDFFF", "a low surrogate alone"},
+        {"\xF0\x82\x82\xAC", L"\x20AC", "four bytes for a three-byte character"},
+        {"\xED\xA0\x80", L"\xD800", "unpaired high surrogate"},
+        {"\xED\xBF\xBF", L"\xDFFF", "unpaired low surrogate"},
         {"\xED\xA0\xBD\xED\xB8\x80", L"\xD83D\xDE00", "a pair as two sequences"},
         {"\xC0\x80"
          "A",
-         std::wstring(L"\0A", 2), "an overlong zero is a unit, and ends nothing"},
+         std::wstring(L"\0A", 2), "an overlong zero does not end the text"},
     };
     for (const Case& c : cases) {
         EXPECT_EQ(decoded(c.bytes), (Result{true, c.units})) << c.why;
     }
 }
 
-TEST(UnicodeDecoding, KnowsEveryLeadByte) {
+TEST(UnicodeDecoding, EveryLeadByte) {
     constexpr std::string_view kStartNothing = "\xF1\xF3\xF5\xF7\xF9\xFB\xFF";
     for (unsigned int value = 1; value < 256; ++value) {
         SCOPED_TRACE(testing::Message() << "lead byte " << std::hex << value);
         const char lead = static_cast<char>(value);
         const bool startsNothing = (value >= 0x80 && value < 0xC0) || kStartNothing.find(lead) != kStartNothing.npos;
-        // The bound ends the text behind one character, whatever its length.
+        // The bound ends the text after one character of any length.
         const std::string text = std::string("<") + lead + "\x81\x92\xA3\xB4\xC5";
         const std::wstring units = startsNothing ? L"" : test::decodeUtf8(text, 2).units;
         EXPECT_EQ(decoded(text, 2), (Result{!startsNothing, units}));
     }
 }
 
-TEST(UnicodeDecoding, MasksAreNarrowerThanUsualForFourBytes) {
-    // The last nibble of the lead byte goes into the value: F8 means 8 << 18, and so on up to FE.
+TEST(UnicodeDecoding, LeadByteMaskOfFourBytes) {
+    // The low four bits of the lead byte are part of the value: F8 means 8 << 18, and so on up to FE.
     struct Case {
         const char* bytes;
         std::wstring units;
@@ -132,17 +132,17 @@ TEST(UnicodeDecoding, TrailingBytesAreNeverChecked) {
          "AB",
          L"\xC1"
          L"B",
-         "a letter is taken for a trailing byte"},
-        {"\xC3\xC3\xA9", L"", "a lead byte too: what follows starts nothing"},
-        {"\xE2\x82", L"\x2080", "a zero is taken, and the text ends at the next one"},
+         "a letter is decoded as a trailing byte"},
+        {"\xC3\xC3\xA9", L"", "a lead byte is decoded as a trailing byte, so the next byte is invalid"},
+        {"\xE2\x82", L"\x2080", "a zero is decoded as a trailing byte, the next zero ends the text"},
         {std::string("\xC3\0Az", 4),
          L"\xC0"
          L"Az",
-         "the text goes on behind a zero that was taken"},
+         "the text continues after a zero decoded as a trailing byte"},
         {std::string("\xFD\0\0\0\0\0Az", 8),
          L"\xD7C0\xDC00"
          L"Az",
-         "and behind five of them"},
+         "the text continues after five such zeros"},
     };
     for (const Case& c : cases) {
         const Result result = decoded(c.bytes);
@@ -151,7 +151,7 @@ TEST(UnicodeDecoding, TrailingBytesAreNeverChecked) {
     }
 }
 
-TEST(UnicodeDecoding, LengthIsABoundThatASequenceMayPass) {
+TEST(UnicodeDecoding, SequenceMayExceedTheLength) {
     struct Case {
         std::string bytes;
         int length;
@@ -159,25 +159,25 @@ TEST(UnicodeDecoding, LengthIsABoundThatASequenceMayPass) {
         const char* why;
     };
     const Case cases[] = {
-        {"\xC3\xA9", 1, L"\xE9", "the trailing byte lies beyond the bound"},
-        {"\xF0\x9F\x98\x80", 1, L"\xD83D\xDE00", "three of them"},
+        {"\xC3\xA9", 1, L"\xE9", "one trailing byte beyond the bound"},
+        {"\xF0\x9F\x98\x80", 1, L"\xD83D\xDE00", "three trailing bytes beyond the bound"},
         {"\xFD\x80\x80\x80\x80\x80"
          "A",
-         1, L"\xD7C0\xDC00", "five of them, and nothing more"},
-        {"abc", 0, L"", "a bound of 0"},
-        {"abc", 2, L"ab", "a bound in the text"},
+         1, L"\xD7C0\xDC00", "five trailing bytes beyond the bound"},
+        {"abc", 0, L"", "bound of 0"},
+        {"abc", 2, L"ab", "bound within the text"},
         {"abc", 100, L"abc", "a zero ends the text before the bound"},
-        {std::string("a\0b", 3), 3, L"a", "a zero inside"},
+        {std::string("a\0b", 3), 3, L"a", "a zero ends the text within the bound"},
         {"abc", -1, L"abc", "no bound"},
-        {"abc", -2147483647 - 1, L"abc", "any negative length is no bound"},
-        {"ab\x80", 2, L"ab", "a bad byte beyond the bound is not met"},
+        {"abc", -2147483647 - 1, L"abc", "any negative length means unbounded"},
+        {"ab\x80", 2, L"ab", "an invalid byte beyond the bound is not read"},
     };
     for (const Case& c : cases) {
         EXPECT_EQ(decoded(c.bytes, c.length), (Result{true, c.units})) << c.why;
     }
 }
 
-TEST(UnicodeDecoding, NullGivesTheEmptyText) {
+TEST(UnicodeDecoding, NullGivesAnEmptyText) {
     for (const int length : {-1, 0, 5}) {
         BaseString<wchar_t> output(L"before");
         EXPECT_TRUE(ConvertUTF8toString(output, static_cast<const unsigned char*>(nullptr), length, true));
@@ -188,7 +188,7 @@ TEST(UnicodeDecoding, NullGivesTheEmptyText) {
     }
 }
 
-TEST(UnicodeDecoding, FailureKeepsTheWholeBlocksBeforeIt) {
+TEST(UnicodeDecoding, FailureKeepsWholeBlocks) {
     struct Case {
         std::string before;
         std::size_t kept;
@@ -196,28 +196,28 @@ TEST(UnicodeDecoding, FailureKeepsTheWholeBlocksBeforeIt) {
     };
     const std::string pair = "\xF0\x9F\x98\x80";
     const Case cases[] = {
-        {"", 0, "at once"},
+        {"", 0, "invalid first byte"},
         {std::string(449, 'a'), 0, "one unit short of a block"},
-        {std::string(450, 'a'), 450, "a full block has been handed over"},
-        {std::string(451, 'a'), 450, "the second block is lost"},
+        {std::string(450, 'a'), 450, "a full block is kept"},
+        {std::string(451, 'a'), 450, "the incomplete second block is dropped"},
         {std::string(899, 'a'), 450, "one unit short of two blocks"},
         {std::string(900, 'a'), 900, "two blocks"},
         {std::string(448, 'a') + pair, 450, "a pair completes the block"},
-        {std::string(449, 'a') + pair, 450, "a pair across the edge: its first unit is handed over"},
+        {std::string(449, 'a') + pair, 450, "a pair across the block boundary: its first unit is kept"},
         {std::string(898, 'a') + pair, 900, "a pair completes the second block"},
-        {std::string(899, 'a') + pair, 900, "a pair across the second edge"},
+        {std::string(899, 'a') + pair, 900, "a pair across the second block boundary"},
         {std::string(100000, 'a'), 99900, "222 blocks"},
     };
     for (const Case& c : cases) {
         const std::wstring all = test::decodeUtf8(c.before + std::string(1, '\0'), -1).units;
         EXPECT_EQ(decoded(c.before + "\xFF"
-                                     "behind"),
+                                     "after"),
                   (Result{false, all.substr(0, c.kept)}))
             << c.why;
     }
 }
 
-TEST(UnicodeDecoding, FailureKeepsTheSameInAStringThatHasRoom) {
+TEST(UnicodeDecoding, FailureKeepsWholeBlocksInAReservedString) {
     BaseString<wchar_t> output;
     output.reserve(5000, true);
     const std::string text = std::string(700, 'a') + "\x80";
@@ -226,7 +226,7 @@ TEST(UnicodeDecoding, FailureKeepsTheSameInAStringThatHasRoom) {
     EXPECT_EQ(output.c_str()[450], L'\0');
 }
 
-TEST(UnicodeDecoding, LongTextsComeOutWholeAroundEachBlockEdge) {
+TEST(UnicodeDecoding, LongTextsAroundBlockBoundaries) {
     // A pair, a character of one unit, and another pair.
     const std::string across = "\xF0\x9F\x98\x80\xE2\x82\xAC\xF0\x9F\x98\x80" + std::string(40, 'y');
     for (std::size_t count = 440; count < 460; ++count) {
@@ -238,7 +238,7 @@ TEST(UnicodeDecoding, LongTextsComeOutWholeAroundEachBlockEdge) {
     }
 }
 
-TEST(UnicodeDecoding, ReadsNoByteTooMany) {
+TEST(UnicodeDecoding, ReadsNothingPastTheEnd) {
     struct Case {
         std::string bytes;
         int length;
@@ -260,7 +260,7 @@ TEST(UnicodeDecoding, ReadsNoByteTooMany) {
     }
 }
 
-TEST(UnicodeDecoding, OutputCanBeUsedAgain) {
+TEST(UnicodeDecoding, OutputCanBeReused) {
     BaseString<wchar_t> output;
     EXPECT_TRUE(ConvertUTF8toString(output, std::string(2000, 'x').c_str(), -1, true));
     EXPECT_EQ(output.length(), 2000u);

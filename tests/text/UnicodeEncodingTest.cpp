@@ -27,17 +27,17 @@ ByteArray arrayOf(const std::string& bytes) {
     return array;
 }
 
-/// Converts with both forms, which have to agree, into outputs that held something else.
+/// Converts with both overloads, whose results must be equal, to outputs with previous content.
 std::string encoded(const std::wstring& text, int length = -1) {
-    ByteArray array = arrayOf("what was there before");
+    ByteArray array = arrayOf("previous content");
     ConvertStringtoUTF8(text.c_str(), array, false, length);
-    BaseString<char> string("what was there before");
+    BaseString<char> string("previous content");
     ConvertStringtoUTF8(text.c_str(), string, length);
-    EXPECT_EQ(string.view(), textOf(array)) << "the form for strings";
+    EXPECT_EQ(string.view(), textOf(array)) << "overload for strings";
     return textOf(array);
 }
 
-TEST(UnicodeEncoding, SingleValueFollowsTheTableOfSixForms) {
+TEST(UnicodeEncoding, SingleValueHasSixForms) {
     struct Case {
         unsigned int value;
         std::string bytes;
@@ -67,7 +67,7 @@ TEST(UnicodeEncoding, SingleValueFollowsTheTableOfSixForms) {
     }
 }
 
-TEST(UnicodeEncoding, SingleValueNeverLooksAtItsSize) {
+TEST(UnicodeEncoding, SingleValueIgnoresItsSize) {
     for (const int size : {-1, 0, 1, 100}) {
         char bytes[6] = {};
         EXPECT_EQ(ConvertUCStoUTF8(0x20AC, bytes, size), 3);
@@ -77,7 +77,7 @@ TEST(UnicodeEncoding, SingleValueNeverLooksAtItsSize) {
     EXPECT_EQ(ConvertUCStoUTF8(0x80000000, nullptr, 6), 0);
 }
 
-TEST(UnicodeEncoding, PairsAreJoinedAndLoneSurrogatesReplaced) {
+TEST(UnicodeEncoding, PairsAreJoinedAndUnpairedSurrogatesReplaced) {
     struct Case {
         std::wstring units;
         std::string bytes;
@@ -108,7 +108,7 @@ TEST(UnicodeEncoding, PairsAreJoinedAndLoneSurrogatesReplaced) {
     }
 }
 
-TEST(UnicodeEncoding, LengthIsABoundThatAPairMayPass) {
+TEST(UnicodeEncoding, PairMayExceedTheLength) {
     struct Case {
         std::wstring units;
         int length;
@@ -116,18 +116,18 @@ TEST(UnicodeEncoding, LengthIsABoundThatAPairMayPass) {
         const char* why;
     };
     const Case cases[] = {
-        {L"abc", 0, "", "a bound of 0"},
-        {L"abc", 2, "ab", "a bound in the text"},
+        {L"abc", 0, "", "bound of 0"},
+        {L"abc", 2, "ab", "bound within the text"},
         {L"abc", 100, "abc", "a zero ends the text before the bound"},
         {L"abc", -1, "abc", "no bound"},
-        {L"abc", -2147483647 - 1, "abc", "any negative length is no bound"},
-        {std::wstring(L"a\0b", 3), 3, "a", "a zero inside"},
-        {L"\xD83D\xDE00z", 1, "\xF0\x9F\x98\x80", "a pair that starts on the last unit is taken whole"},
-        {L"a\xD83D\xDE00z", 2, "a\xF0\x9F\x98\x80", "the same further on"},
-        {L"a\xD83Dz", 2, "a?", "a surrogate alone on the last unit"},
-        {L"a\xDE00z", 2, "a?", "a low one"},
-        {L"\xD83D\xDE00z", 2, "\xF0\x9F\x98\x80", "a pair counts two units"},
-        {L"\xD83D\xDE00z", 3, "\xF0\x9F\x98\x80z", "a pair counts two units"},
+        {L"abc", -2147483647 - 1, "abc", "any negative length means unbounded"},
+        {std::wstring(L"a\0b", 3), 3, "a", "a zero ends the text within the bound"},
+        {L"\xD83D\xDE00z", 1, "\xF0\x9F\x98\x80", "a pair that starts at the last unit is encoded as a pair"},
+        {L"a\xD83D\xDE00z", 2, "a\xF0\x9F\x98\x80", "a pair at the bound, after another character"},
+        {L"a\xD83Dz", 2, "a?", "unpaired high surrogate as last unit"},
+        {L"a\xDE00z", 2, "a?", "unpaired low surrogate as last unit"},
+        {L"\xD83D\xDE00z", 2, "\xF0\x9F\x98\x80", "a pair counts as two units, bound after it"},
+        {L"\xD83D\xDE00z", 3, "\xF0\x9F\x98\x80z", "a pair counts as two units, bound after the next unit"},
     };
     for (const Case& c : cases) {
         EXPECT_EQ(encoded(c.units, c.length), c.bytes) << c.why;
@@ -148,16 +148,16 @@ TEST(UnicodeEncoding, ZeroByteIsAppendedAndCounted) {
     EXPECT_EQ(textOf(bytes), std::string(500, 'x') + '\0');
 }
 
-TEST(UnicodeEncoding, NullGivesTheEmptyOutput) {
+TEST(UnicodeEncoding, NullGivesAnEmptyOutput) {
     ByteArray bytes = arrayOf("before");
     ConvertStringtoUTF8(nullptr, bytes, true, -1);
-    EXPECT_EQ(bytes.size(), 0u) << "not even the zero byte";
+    EXPECT_EQ(bytes.size(), 0u) << "no zero byte is appended";
     BaseString<char> string("before");
     ConvertStringtoUTF8(nullptr, string, -1);
     EXPECT_TRUE(string.empty());
 }
 
-TEST(UnicodeEncoding, LongTextsComeOutWholeAroundEachBlockEdge) {
+TEST(UnicodeEncoding, LongTextsAroundBlockBoundaries) {
     for (std::size_t count = 240; count < 262; ++count) {
         for (const std::size_t blocks : {0u, 1u, 3u}) {
             const std::wstring text = std::wstring(256 * blocks + count, L'x') + L"\xE9\x20AC\xD83D\xDE00" +
@@ -167,7 +167,7 @@ TEST(UnicodeEncoding, LongTextsComeOutWholeAroundEachBlockEdge) {
     }
 }
 
-TEST(UnicodeEncoding, SlotsBehindTheCountAreZeroWhenAnArrayIsUsedAgain) {
+TEST(UnicodeEncoding, SlotsAfterTheCountAreZeroInAReusedArray) {
     ByteArray bytes = arrayOf(std::string(600, '\xAA'));
     ConvertStringtoUTF8(L"ab", bytes, false, -1);
     ASSERT_EQ(textOf(bytes), "ab");
@@ -175,31 +175,31 @@ TEST(UnicodeEncoding, SlotsBehindTheCountAreZeroWhenAnArrayIsUsedAgain) {
     EXPECT_EQ(textOf(bytes), "ab" + std::string(598, '\0'));
 }
 
-/// Whole vectors are stored at once, and what they hold beyond the result lands in the free slots.
-TEST(UnicodeEncoding, SlotsBehindTheCountStayZeroWhenAnArrayHasRoom) {
+/// The encoder stores whole vectors, so bytes beyond the result are written to the unused slots.
+TEST(UnicodeEncoding, SlotsAfterTheCountStayZeroInAReservedArray) {
     const std::wstring mixed = std::wstring(9, L'\x20AC') + L"ab\xE9\xE9xyz\xE9qrs";
     const std::wstring texts[] = {mixed, std::wstring(70, L'a') + mixed, std::wstring(41, L'\xE9'),
                                   mixed + mixed + L'a'};
     constexpr unsigned int kSlots = 600;
-    const auto expectZerosBehind = [](ByteArray& bytes, const std::string& result) {
+    const auto expectZerosAfter = [](ByteArray& bytes, const std::string& result) {
         ASSERT_EQ(textOf(bytes), result);
         bytes.setCount(bytes.allocated());
         EXPECT_EQ(textOf(bytes), result + std::string(bytes.size() - result.size(), '\0'));
     };
     for (const std::wstring& text : texts) {
         SCOPED_TRACE(testing::PrintToString(text));
-        ByteArray anew;
-        anew.reserve(kSlots, true);
-        ConvertStringtoUTF8(text.c_str(), anew, false, -1);
-        expectZerosBehind(anew, test::encodeUtf16(text + L'\0', -1).bytes);
+        ByteArray replaced;
+        replaced.reserve(kSlots, true);
+        ConvertStringtoUTF8(text.c_str(), replaced, false, -1);
+        expectZerosAfter(replaced, test::encodeUtf16(text + L'\0', -1).bytes);
         ByteArray appended = arrayOf("kept");
         appended.reserve(kSlots, true);
         EncodeAndAppendToBuffer(text.c_str(), appended);
-        expectZerosBehind(appended, "kept" + test::encodeUnits(text));
+        expectZerosAfter(appended, "kept" + test::encodeUnits(text));
     }
 }
 
-TEST(UnicodeEncoding, ReadsNoUnitTooMany) {
+TEST(UnicodeEncoding, ReadsNothingPastTheEnd) {
     struct Case {
         std::wstring units;
         int length;
@@ -226,24 +226,24 @@ TEST(UnicodeEncoding, ReadsNoUnitTooMany) {
     }
 }
 
-TEST(UnicodeEncoding, EncodeAndAppend_AddsToWhatIsThere) {
+TEST(UnicodeEncoding, EncodeAndAppend_Appends) {
     ByteArray bytes = arrayOf("before ");
     EncodeAndAppendToBuffer(L"\xE9", bytes);
     EncodeAndAppendToBuffer(L"", bytes);
     EncodeAndAppendToBuffer(nullptr, bytes);
     EncodeAndAppendToBuffer(L"z", bytes);
-    EXPECT_EQ(textOf(bytes), "before \xC3\xA9z") << "and no terminator";
+    EXPECT_EQ(textOf(bytes), "before \xC3\xA9z") << "without terminator";
 }
 
-TEST(UnicodeEncoding, EncodeAndAppend_EncodesEveryUnitByItself) {
+TEST(UnicodeEncoding, EncodeAndAppend_EncodesSurrogatesSeparately) {
     ByteArray bytes;
     EncodeAndAppendToBuffer(L"\xD83D\xDE00", bytes);
     EXPECT_EQ(textOf(bytes), "\xED\xA0\xBD\xED\xB8\x80");
     EncodeAndAppendToBuffer(L"\xD800", bytes);
-    EXPECT_EQ(textOf(bytes), "\xED\xA0\xBD\xED\xB8\x80\xED\xA0\x80") << "a lone surrogate is no question mark here";
+    EXPECT_EQ(textOf(bytes), "\xED\xA0\xBD\xED\xB8\x80\xED\xA0\x80") << "unpaired surrogates are not replaced";
 }
 
-TEST(UnicodeEncoding, EncodeAndAppend_ComesOutWholeAroundEachBlockEdge) {
+TEST(UnicodeEncoding, EncodeAndAppend_LongTextsAroundBlockBoundaries) {
     for (std::size_t count = 236; count < 256; ++count) {
         const std::wstring text = std::wstring(count, L'x') + L"\xE9\x20AC\xD83D\xDE00" + std::wstring(300, L'\xDC00');
         ByteArray bytes = arrayOf("kept");
@@ -252,7 +252,7 @@ TEST(UnicodeEncoding, EncodeAndAppend_ComesOutWholeAroundEachBlockEdge) {
     }
 }
 
-TEST(UnicodeEncoding, ContainsUnicode_IsTrueFromUnit128On) {
+TEST(UnicodeEncoding, ContainsUnicode_DetectsUnitsFrom128) {
     struct Case {
         const wchar_t* text;
         bool answer;
@@ -272,8 +272,8 @@ TEST(UnicodeEncoding, ContainsUnicode_IsTrueFromUnit128On) {
     for (const Case& c : kCases) {
         EXPECT_EQ(ContainsUnicode(BaseString<wchar_t>(c.text)), c.answer) << testing::PrintToString(c.text);
     }
-    EXPECT_FALSE(ContainsUnicode(BaseString<wchar_t>())) << "a string that never allocated";
-    EXPECT_TRUE(ContainsUnicode(BaseString<wchar_t>(L"a\0\xE9", 3))) << "a zero ends nothing";
+    EXPECT_FALSE(ContainsUnicode(BaseString<wchar_t>())) << "string without memory";
+    EXPECT_TRUE(ContainsUnicode(BaseString<wchar_t>(L"a\0\xE9", 3))) << "a zero does not end the string";
 }
 
 }  // namespace

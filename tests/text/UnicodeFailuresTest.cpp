@@ -1,4 +1,4 @@
-// What a failing conversion says: the first message, the record of the function, and the input for narrow text.
+// The messages of a failing conversion: the failure, the record of the function, and for narrow text the input.
 
 #include <array>
 #include <cstdlib>
@@ -27,7 +27,7 @@ const unsigned char* bytesOf(const std::string& text) {
     return reinterpret_cast<const unsigned char*>(text.data());
 }
 
-/// A narrow message as an exception keeps it: the runtime says what its bytes mean.
+/// A narrow message as stored by an exception: converted by the C runtime.
 std::wstring widened(const std::string& message) {
     std::wstring wide(message.size() + 1, L'\0');
     const std::size_t units = std::mbstowcs(wide.data(), message.c_str(), wide.size());
@@ -43,27 +43,28 @@ struct BadText {
 
 const std::array<BadText, 10>& badTexts() {
     static const std::array<BadText, 10> kTexts = {{
-        {std::string("\xFF\x28\0", 3), -1, L"Hex string: 28", "one byte behind the offending one"},
-        {std::string("\x80\0", 2), -1, L"", "nothing behind it"},
-        {std::string("\x80\0AB\0", 5), -1, L"", "a zero right behind it ends the dump"},
-        {std::string("\xF1\x80\x80\x80\0", 5), -1, L"Hex string: 80-80-80", "an unusual lead byte"},
-        {std::string("ab\xFFzZ09\x0A\xFF\0", 9), -1, L"Hex string: 7A-5A-30-39-0A-FF", "two capital digits each"},
+        {std::string("\xFF\x28\0", 3), -1, L"Hex string: 28", "one byte after the offending one"},
+        {std::string("\x80\0", 2), -1, L"", "no byte after it"},
+        {std::string("\x80\0AB\0", 5), -1, L"", "a zero directly after it ends the dump"},
+        {std::string("\xF1\x80\x80\x80\0", 5), -1, L"Hex string: 80-80-80", "unsupported lead byte"},
+        {std::string("ab\xFFzZ09\x0A\xFF\0", 9), -1, L"Hex string: 7A-5A-30-39-0A-FF",
+         "two upper-case digits for each byte"},
         {std::string("\xF3"
                      "AB\0CD\0",
                      7),
-         -1, L"Hex string: 41-42", "a zero in the middle ends it"},
+         -1, L"Hex string: 41-42", "a zero in the middle ends the dump"},
         {std::string("\xF5"
                      "ABCD\0",
                      6),
-         1, L"Hex string: 41-42-43-44", "bytes beyond the bound belong to it"},
+         1, L"Hex string: 41-42-43-44", "the dump includes bytes beyond the bound"},
         {std::string("\xC3\xA9\xBF"
                      "A\0",
                      5),
-         3, L"Hex string: 41", "behind a character"},
+         3, L"Hex string: 41", "after a character"},
         {std::string("\xC3\0\xBF"
                      "A\0",
                      5),
-         -1, L"Hex string: 41", "behind a zero that was taken"},
+         -1, L"Hex string: 41", "after a zero decoded as a trailing byte"},
         {std::string("\x9F") + std::string(100, '\x01') + '\0', -1,
          [] {
              std::wstring dump = L"Hex string: 01";
@@ -72,7 +73,7 @@ const std::array<BadText, 10>& badTexts() {
              }
              return dump;
          }(),
-         "as long as the rest of the text"},
+         "the dump is not limited in length"},
     }};
     return kTexts;
 }
@@ -81,7 +82,7 @@ std::wstring utf8Message(const std::wstring& dump) {
     return L"Error converting UTF-8 character (" + dump + L")";
 }
 
-TEST(UnicodeFailures, Utf8_DumpsTheBytesBehindTheOffendingOne) {
+TEST(UnicodeFailures, Utf8_DumpsTheBytesAfterTheOffendingOne) {
     for (const BadText& text : badTexts()) {
         SCOPED_TRACE(text.why);
         const std::vector<std::wstring> messages = {utf8Message(text.dump), kUtf8Record};
@@ -95,7 +96,7 @@ TEST(UnicodeFailures, Utf8_DumpsTheBytesBehindTheOffendingOne) {
     }
 }
 
-TEST(UnicodeFailures, Utf8_OfCharsAddsItsInput) {
+TEST(UnicodeFailures, Utf8_AddsNarrowInputToTheMessages) {
     for (const BadText& text : badTexts()) {
         SCOPED_TRACE(text.why);
         BaseString<wchar_t> output;
@@ -106,7 +107,7 @@ TEST(UnicodeFailures, Utf8_OfCharsAddsItsInput) {
     }
 }
 
-TEST(UnicodeFailures, Utf8_SaysNothingWhenToldNotToThrow) {
+TEST(UnicodeFailures, Utf8_LogsNothingWithoutThrowing) {
     const test::TemporaryLog log;
     for (const BadText& text : badTexts()) {
         BaseString<wchar_t> output;
@@ -118,7 +119,7 @@ TEST(UnicodeFailures, Utf8_SaysNothingWhenToldNotToThrow) {
     EXPECT_FALSE(log.exists());
 }
 
-TEST(UnicodeFailures, Utf8_ThrowingKeepsWhatTheResultFalseKeeps) {
+TEST(UnicodeFailures, Utf8_ThrowingKeepsTheSameOutput) {
     const std::string text = std::string(700, 'a') + "\xFF";
     BaseString<wchar_t> output;
     EXPECT_THROW(ConvertUTF8toString(output, text.c_str(), -1, true), Exception);
@@ -141,7 +142,7 @@ TEST(UnicodeFailures, Utf16_NeedsALength) {
     }
 }
 
-TEST(UnicodeFailures, EveryRecordIsALineOfTheLog) {
+TEST(UnicodeFailures, EveryMessageIsLogged) {
     const test::TemporaryLog log;
     BaseString<wchar_t> output;
     EXPECT_THROW(ConvertUTF8toString(output,

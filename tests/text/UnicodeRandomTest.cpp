@@ -1,5 +1,5 @@
-// Random texts, full of the bytes and units that matter, through every form in both directions: the answers are those
-// of the codec of the tests, and nothing is read beyond what that codec reads.
+// Converts random texts with many special bytes and units with every overload in both directions. The results must
+// equal those of the reference codec, and nothing may be read beyond the input that the reference reads.
 
 #include <algorithm>
 #include <random>
@@ -26,13 +26,13 @@ using vorel::util::EncodeAndAppendToBuffer;
 
 constexpr unsigned int kSeed = 20240611;
 constexpr int kTexts = 200000;
-constexpr std::size_t kLongest = 1500;
+constexpr std::size_t kMaxLength = 1500;
 constexpr std::string_view kBytes("\0\x01\x41\x7F\x80\xBF\xC0\xC3\xDF\xE0\xED\xEF\xF0\xF1\xF4\xF8\xFC\xFD\xFE\xFF", 20);
 constexpr std::wstring_view kUnits(L"\0\x01\x41\x7F\x80\xFF\x7FF\x800\x4100\xD7FF\xD800\xDBFF\xDC00\xDFFF\xE000\xFFFF",
                                    16);
 
-/// Slots of an array that are not in use are zero, whatever was stored there on the way.
-bool hasZerosBehind(const Array<unsigned char>& bytes) {
+/// Unused slots of an array are zero, even if the conversion wrote to them.
+bool hasZerosAfterCount(const Array<unsigned char>& bytes) {
     return std::all_of(bytes.data() + bytes.size(), bytes.data() + bytes.allocated(),
                        [](unsigned char byte) { return byte == 0; });
 }
@@ -41,13 +41,13 @@ class Source {
 public:
     std::size_t below(std::size_t end) { return m_engine() % end; }
 
-    /// Mostly short, now and then longer than two blocks.
-    std::size_t length() { return below(50) == 0 ? below(kLongest) : below(60); }
+    /// Mostly short, sometimes longer than two blocks.
+    std::size_t length() { return below(50) == 0 ? below(kMaxLength) : below(60); }
 
     /// A bound for a text of `size` elements, or none.
     int bound(std::size_t size) { return below(3) == 0 ? -1 : static_cast<int>(below(size + 10)); }
 
-    /// ASCII runs, broken by elements that matter and by any others; each text has a taste of its own.
+    /// ASCII runs interrupted by interesting and by random elements, with a different frequency in each text.
     template <class T>
     std::basic_string<T> text(std::basic_string_view<T> interesting) {
         const std::size_t rarity = below(40) + 1;
@@ -69,7 +69,7 @@ private:
     std::mt19937 m_engine{kSeed};
 };
 
-/// Failures of these texts are many; their records are not what is tested.
+/// Disables logging: many conversions fail, and the tests do not check their records.
 class UnicodeRandom : public testing::Test {
 protected:
     UnicodeRandom() { vorel::Exception::DisableThreadErrorLogging(true); }
@@ -81,7 +81,7 @@ protected:
 void expectStringForms(const char* input, int length, const test::DecodedText& expected) {
     const std::size_t kept = expected.error ? expected.units.size() / 450 * 450 : expected.units.size();
     const std::wstring_view units = std::wstring_view(expected.units).substr(0, kept);
-    static BaseString<wchar_t> output;  // used again and again: texts meet buffers of every size
+    static BaseString<wchar_t> output;  // reused, so that texts meet buffers of every size
     ASSERT_EQ(ConvertUTF8toString(output, reinterpret_cast<const unsigned char*>(input), length, false),
               !expected.error.has_value());
     ASSERT_EQ(output.view(), units);
@@ -92,7 +92,7 @@ void expectStringForms(const char* input, int length, const test::DecodedText& e
 
 void expectBufferForm(const char* input, int length, const test::DecodedText& expected, std::size_t size) {
     constexpr wchar_t kGuard = L'\x5A5A';
-    static wchar_t buffer[kLongest + 20];
+    static wchar_t buffer[kMaxLength + 20];
     std::fill(std::begin(buffer), std::end(buffer), kGuard);
     std::size_t used = 0;
     std::size_t characters = 0;
@@ -109,7 +109,7 @@ void expectBufferForm(const char* input, int length, const test::DecodedText& ex
 }
 
 TEST_F(UnicodeRandom, Decoding) {
-    test::PageEdge<char> edge(kLongest + 20);
+    test::PageEdge<char> edge(kMaxLength + 20);
     for (int count = 0; count < kTexts; ++count) {
         const std::string text = m_source.text(kBytes) + std::string(6, '\0');
         const int length = m_source.bound(text.size() - 6);
@@ -119,7 +119,7 @@ TEST_F(UnicodeRandom, Decoding) {
         expectStringForms(input, length, expected);
         expectBufferForm(input, length, expected, 1 + m_source.below(expected.units.size() + 4));
         if (expected.error && count % 20 == 0) {
-            // The dump reads on to the next zero.
+            // The dump continues to the next zero.
             BaseString<wchar_t> output;
             test::expectThrows<vorel::Exception>(
                 [&] { ConvertUTF8toString(output, reinterpret_cast<const unsigned char*>(text.data()), length, true); },
@@ -133,7 +133,7 @@ TEST_F(UnicodeRandom, Decoding) {
 }
 
 TEST_F(UnicodeRandom, Encoding) {
-    test::PageEdge<wchar_t> edge(kLongest + 20);
+    test::PageEdge<wchar_t> edge(kMaxLength + 20);
     Array<unsigned char> reused;
     for (int count = 0; count < kTexts; ++count) {
         const std::wstring text = m_source.text(kUnits) + std::wstring(2, L'\0');
@@ -146,7 +146,7 @@ TEST_F(UnicodeRandom, Encoding) {
         ConvertStringtoUTF8(input, reused, appendZero, length);
         const auto* bytes = reinterpret_cast<const char*>(reused.data());
         ASSERT_EQ(std::string_view(bytes, reused.size()), expected.bytes + std::string(appendZero ? 1 : 0, '\0'));
-        ASSERT_TRUE(hasZerosBehind(reused));
+        ASSERT_TRUE(hasZerosAfterCount(reused));
         BaseString<char> string;
         ConvertStringtoUTF8(input, string, length);
         ASSERT_EQ(string.view(), expected.bytes);
@@ -154,7 +154,7 @@ TEST_F(UnicodeRandom, Encoding) {
 }
 
 TEST_F(UnicodeRandom, EncodingOfSingleUnits) {
-    test::PageEdge<wchar_t> edge(kLongest + 20);
+    test::PageEdge<wchar_t> edge(kMaxLength + 20);
     Array<unsigned char> output;
     std::string expected;
     for (int count = 0; count < kTexts; ++count) {
@@ -164,7 +164,7 @@ TEST_F(UnicodeRandom, EncodingOfSingleUnits) {
         EncodeAndAppendToBuffer(edge.placeAtEnd(terminated), output);
         expected += test::encodeUnits(terminated);
         ASSERT_EQ(output.size(), expected.size());
-        ASSERT_TRUE(hasZerosBehind(output));
+        ASSERT_TRUE(hasZerosAfterCount(output));
         if (count % 8 == 7) {
             ASSERT_EQ(std::string_view(reinterpret_cast<const char*>(output.data()), output.size()), expected);
             expected.clear();
@@ -173,7 +173,7 @@ TEST_F(UnicodeRandom, EncodingOfSingleUnits) {
     }
 }
 
-TEST_F(UnicodeRandom, Utf16StreamsThereAndBack) {
+TEST_F(UnicodeRandom, Utf16RoundTrips) {
     for (int count = 0; count < kTexts / 4; ++count) {
         SCOPED_TRACE(testing::Message() << "seed " << kSeed << ", text " << count);
         const std::wstring text = m_source.text(kUnits);

@@ -17,13 +17,13 @@ const unsigned char* bytesOf(const std::string& text) {
     return reinterpret_cast<const unsigned char*>(text.data());
 }
 
-/// Reads with both forms, which have to agree, into outputs that held something else.
+/// Reads with both overloads, whose results must be equal, to outputs with previous content.
 std::wstring read(const std::string& bytes, int length) {
-    BaseString<wchar_t> output(L"what was there before");
+    BaseString<wchar_t> output(L"previous content");
     ConvertUTF16toString(output, bytesOf(bytes), length);
-    BaseString<wchar_t> ofChars(L"what was there before");
+    BaseString<wchar_t> ofChars(L"previous content");
     ConvertUTF16toString(ofChars, bytes.data(), length);
-    EXPECT_EQ(ofChars.view(), output.view()) << "the form for char";
+    EXPECT_EQ(ofChars.view(), output.view()) << "overload for char";
     return std::wstring(output.view());
 }
 
@@ -46,13 +46,13 @@ TEST(UnicodeUtf16, ReadsLittleEndianUnits) {
     const Case cases[] = {
         {std::string("A\0", 2), 2, L"A", "one unit"},
         {std::string("A\0\xE9\0", 4), 4, L"A\xE9", "two units"},
-        {std::string("\xAC\x20", 2), 2, L"\x20AC", "the low byte first"},
-        {std::string("A\0B", 3), 3, L"A", "a byte left over is ignored"},
-        {std::string("A\0B\0", 4), 1, L"", "half a unit is none"},
-        {std::string("A\0B\0", 4), 0, L"", "no byte"},
+        {std::string("\xAC\x20", 2), 2, L"\x20AC", "low byte first"},
+        {std::string("A\0B", 3), 3, L"A", "an extra byte is ignored"},
+        {std::string("A\0B\0", 4), 1, L"", "half a unit is ignored"},
+        {std::string("A\0B\0", 4), 0, L"", "length 0"},
         {std::string("A\0\0\0B\0", 6), 6, L"A", "a zero unit ends the text"},
-        {std::string("\0\0A\0", 4), 4, L"", "at once"},
-        {std::string("\0A\0B", 4), 4, L"\x4100\x4200", "a zero byte is no zero unit"},
+        {std::string("\0\0A\0", 4), 4, L"", "zero unit first"},
+        {std::string("\0A\0B", 4), 4, L"\x4100\x4200", "a zero byte is not a zero unit"},
         {std::string("\xFF\xFE"
                      "A\0",
                      4),
@@ -66,7 +66,7 @@ TEST(UnicodeUtf16, ReadsLittleEndianUnits) {
          4,
          L"\xFFFE"
          L"A",
-         "and turns nothing round"},
+         "a byte-order mark does not change the order"},
         {std::string("\0\xD8"
                      "A\0",
                      4),
@@ -74,14 +74,14 @@ TEST(UnicodeUtf16, ReadsLittleEndianUnits) {
          L"\xD800"
          L"A",
          "surrogates are not checked"},
-        {std::string("\x3D\xD8\0\xDE", 4), 4, L"\xD83D\xDE00", "nor are pairs"},
+        {std::string("\x3D\xD8\0\xDE", 4), 4, L"\xD83D\xDE00", "pairs are not checked"},
     };
     for (const Case& c : cases) {
         EXPECT_EQ(read(c.bytes, c.length), c.units) << c.why;
     }
 }
 
-TEST(UnicodeUtf16, ReadsAtOddAddressesAndNoByteTooMany) {
+TEST(UnicodeUtf16, ReadsAtOddAddressesAndNothingPastTheEnd) {
     test::PageEdge<char> edge(4096);
     for (const std::size_t units : {1u, 2u, 17u, 600u}) {
         std::string bytes;
@@ -90,7 +90,7 @@ TEST(UnicodeUtf16, ReadsAtOddAddressesAndNoByteTooMany) {
             bytes += '\x01';
         }
         for (const char* const leftOver : {"", "z"}) {
-            // The odd byte behind the last unit moves the text to an odd address.
+            // An extra byte after the last unit moves the text to an odd address.
             const std::string input = bytes + leftOver;
             BaseString<wchar_t> output;
             ConvertUTF16toString(output, edge.placeAtEnd(input), static_cast<int>(input.size()));
@@ -100,14 +100,14 @@ TEST(UnicodeUtf16, ReadsAtOddAddressesAndNoByteTooMany) {
     }
 }
 
-TEST(UnicodeUtf16, ReadsNothingBehindTheZeroUnit) {
+TEST(UnicodeUtf16, ReadsNothingPastTheZeroUnit) {
     test::PageEdge<char> edge(64);
     BaseString<wchar_t> output;
     ConvertUTF16toString(output, edge.placeAtEnd(std::string("A\0B\0\0\0", 6)), 1000);
     EXPECT_EQ(output.view(), L"AB");
 }
 
-TEST(UnicodeUtf16, ReadingNullGivesTheEmptyText) {
+TEST(UnicodeUtf16, ReadingNullGivesAnEmptyText) {
     for (const int length : {-1, 0, 6}) {
         BaseString<wchar_t> output(L"before");
         ConvertUTF16toString(output, static_cast<const unsigned char*>(nullptr), length);
@@ -118,7 +118,7 @@ TEST(UnicodeUtf16, ReadingNullGivesTheEmptyText) {
     }
 }
 
-TEST(UnicodeUtf16, WritesEitherOrderAndNoByteOrderMark) {
+TEST(UnicodeUtf16, WritesBothOrdersWithoutByteOrderMark) {
     struct Case {
         const wchar_t* units;
         Order order;
@@ -143,13 +143,13 @@ TEST(UnicodeUtf16, WritesEitherOrderAndNoByteOrderMark) {
     }
 }
 
-TEST(UnicodeUtf16, WritingNeverLooksAtItsLength) {
+TEST(UnicodeUtf16, WritingIgnoresItsLength) {
     for (const int length : {-1, 0, 1, 100}) {
         EXPECT_EQ(write(L"AB", Order::Little, false, length), std::string("A\0B\0", 4)) << length;
     }
 }
 
-TEST(UnicodeUtf16, WritesLongTextsWhole) {
+TEST(UnicodeUtf16, WritesLongTexts) {
     const std::wstring text(3000, L'\x1234');
     std::string little;
     std::string big;

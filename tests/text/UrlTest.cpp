@@ -26,15 +26,15 @@ using vorel::util::UrlPathSegment;
 using vorel::util::UrlQuery;
 using vorel::util::UrlQueryParameter;
 
-/// Each form returns the buffer of its output.
+/// Each overload returns the buffer of its output.
 template <class T>
 void expectBuffer(const T* returned, const BaseString<T>& output) {
     EXPECT_EQ(returned, output.c_str());
 }
 
-/// Every form of the encoder, of each pair of flags and each component, with what it escapes besides.
+/// A way to call the encoder, with flags or a component, and the characters that it escapes in addition.
 struct Use {
-    int component;  // -2 for the form with flags
+    int component;  // kFlags for the overloads with flags
     bool reserved;
     test::UrlRule rule;
 
@@ -62,7 +62,7 @@ const std::vector<Use>& uses() {
                                            {UrlPathSegment, false, {"/?", false}},
                                            {UrlQuery, false, {"+", true}},
                                            {UrlQueryParameter, false, {"+&=", true}},
-                                           // No component, whatever its sign.
+                                           // Not components.
                                            {4, false, {"", false}},
                                            {99, false, {"", false}},
                                            {-1, false, {"", false}}};
@@ -87,7 +87,7 @@ TEST(UrlEncode, EveryByteInEveryUse) {
     }
 }
 
-TEST(UrlEncode, WideTextIsEncodedLikeNarrowText) {
+TEST(UrlEncode, WideAsciiEqualsNarrow) {
     const std::string ascii = allBytes().substr(0, 127);
     const std::wstring wide(ascii.begin(), ascii.end());
     for (const Use& use : uses()) {
@@ -104,18 +104,18 @@ TEST(UrlEncode, RandomTextsAgreeWithTheReference) {
     test::PageEdge<char> edge(4096);
     BaseString<char> output;
     for (int count = 0; count < 20000; ++count) {
-        // Texts of few escapes and of nothing else.
+        // Texts with few escapes, and texts of mostly escapes.
         std::string text = random.from(random.oneIn(3) ? " %/\xC3~" : "abcdefghijklmnopqrstuvw/", random.below(220));
         for (std::size_t more = random.below(4); more != 0 && !text.empty(); --more) {
             text[random.below(text.size())] = random.oneOf(allBytes());
         }
         const Use& use = uses()[random.below(uses().size())];
-        const char* const place = edge.placeAtEnd(std::string_view(text.c_str(), text.size() + 1));
-        ASSERT_STREQ(use.encode(place, output), test::urlEncoded(text, use.rule).c_str()) << text;
+        const char* const position = edge.placeAtEnd(std::string_view(text.c_str(), text.size() + 1));
+        ASSERT_STREQ(use.encode(position, output), test::urlEncoded(text, use.rule).c_str()) << text;
     }
 }
 
-TEST(UrlEncode, TextsOfTheManual) {
+TEST(UrlEncode, ExamplesOfTheManual) {
     EXPECT_EQ(urlEncode("a b~", false, false), "a%20b%7E");
     EXPECT_EQ(urlEncode("a b~", false, true), "a+b%7E");
     EXPECT_EQ(urlEncode("a/b?c", true, false), "a%2Fb%3Fc");
@@ -127,11 +127,11 @@ TEST(UrlEncode, TextsOfTheManual) {
     EXPECT_EQ(urlEncodeComponent("a/b?c=d&e f~", UrlQueryParameter), "a/b?c%3Dd%26e+f~");
 }
 
-TEST(UrlEncode, WideTextGoesThroughUtf8) {
+TEST(UrlEncode, WideTextIsEncodedAsUtf8) {
     EXPECT_EQ(urlEncode(L"\u00E9 \U0001F600", false, true), L"%C3%A9+%F0%9F%98%80");
     EXPECT_EQ(urlEncode(L"\u00E9", false, false), L"%C3%A9");
     EXPECT_EQ(urlEncodeComponent(L"\u20AC/", UrlPathSegment), L"%E2%82%AC%2F");
-    // A lone surrogate has no UTF-8, and is a question mark there.
+    // An unpaired surrogate is encoded as a question mark.
     EXPECT_EQ(urlEncode(L"\xD800x", false, false), L"?x");
     EXPECT_EQ(urlEncode(L"\xD800x", true, false), L"%3Fx");
     EXPECT_EQ(urlEncodeComponent(L"\xDC00x", UrlPath), L"%3Fx");
@@ -146,7 +146,7 @@ template <class T>
 class UrlOfNothing : public ::testing::Test {};
 TYPED_TEST_SUITE(UrlOfNothing, test::CharacterTypes, test::CharacterNames);
 
-TYPED_TEST(UrlOfNothing, IsAnEmptyText) {
+TYPED_TEST(UrlOfNothing, GivesAnEmptyText) {
     const std::basic_string<TypeParam> empty;
     const auto old = test::text<TypeParam>("old");
     for (const TypeParam* text : {empty.c_str(), static_cast<const TypeParam*>(nullptr)}) {
@@ -170,8 +170,8 @@ TYPED_TEST(UrlOfNothing, IsAnEmptyText) {
     }
 }
 
-/// The text in the output itself, from its start and from a place within.
-TEST(UrlInPlace, IsReadBeforeItIsReplaced) {
+/// Inputs inside the output, from its start or from within.
+TEST(UrlInPlace, InputInsideTheOutput) {
     const std::string pattern = "a b%41+~/\xC3\xA9%zz";
     for (std::size_t length = 1; length <= 300; length += length < 20 ? 1 : 40) {
         std::string whole;
@@ -192,7 +192,7 @@ TEST(UrlInPlace, IsReadBeforeItIsReplaced) {
             }
         }
         BaseString<char> string(whole.c_str());
-        EXPECT_STREQ(urlDecode(string.c_str() + length, string, 0), "") << "the terminator is an empty text";
+        EXPECT_STREQ(urlDecode(string.c_str() + length, string, 0), "") << "input at the terminator";
     }
 }
 
@@ -202,7 +202,7 @@ struct DecodeRow {
     std::string_view decoded;
 };
 
-TEST(UrlDecode, UndoesWholeEscapesOnly) {
+TEST(UrlDecode, DecodesOnlyCompleteEscapes) {
     for (const DecodeRow& row :
          {DecodeRow{"%41%4g%", 0, "A%4g%"}, DecodeRow{"a+b", 0, "a+b"}, DecodeRow{"a+b", 1, "a b"},
           DecodeRow{"a+b", 2, "a+b"}, DecodeRow{"a+b", 3, "a b"}, DecodeRow{"a+b", -2, "a+b"},
@@ -222,7 +222,7 @@ TEST(UrlDecode, UndoesWholeEscapesOnly) {
     EXPECT_EQ(urlDecode(L"%C3%A9+"), L"\u00E9+");
 }
 
-TEST(UrlDecode, EveryPairOfBytesBehindThePercentSign) {
+TEST(UrlDecode, EveryPairOfBytesAfterThePercentSign) {
     BaseString<char> output;
     for (const char high : allBytes()) {
         for (const char low : allBytes()) {
@@ -233,27 +233,27 @@ TEST(UrlDecode, EveryPairOfBytesBehindThePercentSign) {
     }
 }
 
-TEST(UrlDecode, AnEscapedZeroIsPartOfTheText) {
+TEST(UrlDecode, EscapedZeroIsPartOfTheText) {
     BaseString<char> output;
     urlDecode("a%00b", output, 0);
     EXPECT_EQ(output.view(), std::string_view("a\0b", 3));
     BaseString<wchar_t> wide;
-    urlDecode(L"a%00b", wide, 0);  // on the way back from UTF-8 it ends the text
+    urlDecode(L"a%00b", wide, 0);  // the conversion from UTF-8 ends at it
     EXPECT_EQ(wide.view(), L"a");
 }
 
-TEST(UrlDecode, WideTextHasToBeUtf8) {
+TEST(UrlDecode, WideTextMustBeUtf8) {
     BaseString<wchar_t> output;
     expectBuffer(urlDecode(L"%E2%82%AC%41", output, 0), output);
     EXPECT_EQ(output, L"\u20ACA");
     expectBuffer(urlDecode(L"a+%2B", output, 1), output);
     EXPECT_EQ(output, L"a +");
     EXPECT_EQ(urlDecode(L"%ED%A0%80"), L"\xD800");
-    // What begins no character is refused in the words of the conversion; the last message ends in the text, whose
-    // bytes are shown as the runtime takes them.
+    // Invalid bytes are reported with the messages of the conversion. The last message contains the text, as converted
+    // by the C runtime.
     try {
         urlDecode(L"%80%41b", output, 0);
-        ADD_FAILURE() << "nothing was thrown";
+        ADD_FAILURE() << "no exception";
     } catch (const vorel::Exception& e) {
         const std::vector<std::wstring> messages = test::messagesOf(e);
         ASSERT_EQ(messages.size(), 3u);
@@ -264,7 +264,7 @@ TEST(UrlDecode, WideTextHasToBeUtf8) {
     EXPECT_THROW(urlDecode(L"%80"), vorel::Exception);
 }
 
-/// Leaves blocks on the heap in which every byte is the lead of a sequence.
+/// Leaves free blocks on the heap whose bytes are all lead bytes.
 void dirtyFreeBlocks() {
     std::vector<std::string> blocks;
     for (std::size_t size = 16; size <= 4096; size += size / 16) {
@@ -272,7 +272,7 @@ void dirtyFreeBlocks() {
     }
 }
 
-/// Trailing bytes are never checked, and count as zeros beyond the end of the text.
+/// Trailing bytes are not checked; those beyond the end of the text are zeros.
 TEST(UrlDecode, WideTextMayEndWithinASequence) {
     struct Row {
         const wchar_t* text;
@@ -296,7 +296,7 @@ TEST(UrlDecode, WideTextMayEndWithinASequence) {
     }
 }
 
-TEST(UrlDecode, WideOutputHoldsWholeBlocksAfterAFailure) {
+TEST(UrlDecode, WideFailureKeepsWholeBlocks) {
     for (const auto& [before, kept] : {std::pair{0u, 0u}, {449u, 0u}, {450u, 450u}, {899u, 450u}, {1000u, 900u}}) {
         for (const unsigned int capacity : {0u, 16u, 5000u}) {
             BaseString<wchar_t> output;
@@ -324,7 +324,7 @@ TEST(UrlDecode, RandomTextsAgreeWithTheReference) {
     }
 }
 
-TEST(UrlDecode, WhatWasEncodedComesBack) {
+TEST(UrlDecode, RoundTrips) {
     test::RandomText random(20261121);
     for (int count = 0; count < 10000; ++count) {
         std::string text = random.from(allBytes(), random.below(80));
