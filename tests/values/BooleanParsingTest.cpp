@@ -36,7 +36,7 @@ void expectRows(const std::vector<Row>& rows) {
     }
 }
 
-TYPED_TEST(BooleanParsing, StringToBoolean_ReadsOneCharacterThatStandsAlone) {
+TYPED_TEST(BooleanParsing, StringToBoolean_ReadsOneCharacter) {
     expectRows<TypeParam>({{"1", true, 1},
                            {"t", true, 1},
                            {"T", true, 1},
@@ -51,7 +51,7 @@ TYPED_TEST(BooleanParsing, StringToBoolean_ReadsOneCharacterThatStandsAlone) {
                            {"  N", false, 3}});
 }
 
-TYPED_TEST(BooleanParsing, StringToBoolean_StaysInFrontOfAnyOtherCharacter) {
+TYPED_TEST(BooleanParsing, StringToBoolean_StopsBeforeOtherCharacters) {
     expectRows<TypeParam>({{"x", false, 0},
                            {"o", false, 0},
                            {"-", false, 0},
@@ -60,17 +60,17 @@ TYPED_TEST(BooleanParsing, StringToBoolean_StaysInFrontOfAnyOtherCharacter) {
                            {".", false, 0},
                            {"/", false, 0},
                            {":", false, 0},
-                           {"\x11", false, 0},  // the code of '1' without the bit that lower case adds to letters
-                           {"\x10", false, 0},  // of '0'
-                           {"\x14", false, 0},  // of '4'
+                           {"\x11", false, 0},  // '1' without the bit that distinguishes upper and lower case
+                           {"\x10", false, 0},  // '0' without this bit
+                           {"\x14", false, 0},  // '4' without this bit
                            {"\x7F", false, 0}});
 }
 
-TYPED_TEST(BooleanParsing, StringToBoolean_IsFalseAtTheEndOfNothing) {
+TYPED_TEST(BooleanParsing, StringToBoolean_IsFalseForEmptyText) {
     expectRows<TypeParam>({{"", false, 0}, {" ", false, 1}, {" \t\r\n", false, 4}});
 }
 
-TYPED_TEST(BooleanParsing, StringToBoolean_ReadsWholeWordsInAnyCase) {
+TYPED_TEST(BooleanParsing, StringToBoolean_ReadsWordsInAnyCase) {
     expectRows<TypeParam>({{"true", true, 4},
                            {"TRUE", true, 4},
                            {"tRuE", true, 4},
@@ -86,7 +86,7 @@ TYPED_TEST(BooleanParsing, StringToBoolean_ReadsWholeWordsInAnyCase) {
                            {" \r\nOff", false, 6}});
 }
 
-TYPED_TEST(BooleanParsing, StringToBoolean_TakesNoWordWithSomethingBehindIt) {
+TYPED_TEST(BooleanParsing, StringToBoolean_RejectsTextAfterAWord) {
     for (const char* const text :
          {"true ", "TRUE\t", "false ", "yes ", "no\n", "on ",  "off\r", "t ", "y ", "f ", "n ",        "truex",
           "true1", "tru",    "ye",     "of",   "onn",  "yess", "tt",    "yn", "t1", "1t", "true false"}) {
@@ -95,7 +95,7 @@ TYPED_TEST(BooleanParsing, StringToBoolean_TakesNoWordWithSomethingBehindIt) {
     }
 }
 
-TYPED_TEST(BooleanParsing, StringToBoolean_TakesAnIntegerByItsValue) {
+TYPED_TEST(BooleanParsing, StringToBoolean_ReadsIntegers) {
     expectRows<TypeParam>({{"10", true, 2},
                            {"-3", true, 2},
                            {"+1", true, 2},
@@ -105,12 +105,12 @@ TYPED_TEST(BooleanParsing, StringToBoolean_TakesAnIntegerByItsValue) {
                            {" 42", true, 3},
                            {"1 ", true, 2},
                            {"0 ", false, 2},
-                           {"7 \t", true, 3},  // with a blank behind it, any digit is an integer
+                           {"7 \t", true, 3},  // before white space any digit is an integer
                            {"4294967296", false, 10},
                            {"4294967297", true, 10}});
 }
 
-TYPED_TEST(BooleanParsing, StringToBoolean_StopsAtThePointOfAnInteger) {
+TYPED_TEST(BooleanParsing, StringToBoolean_StopsAtADecimalPoint) {
     expectRows<TypeParam>({{"2.0", true, 1},
                            {"2.", true, 1},
                            {"0.0", false, 1},
@@ -119,7 +119,7 @@ TYPED_TEST(BooleanParsing, StringToBoolean_StopsAtThePointOfAnInteger) {
                            {" 1.0", true, 2}});
 }
 
-TYPED_TEST(BooleanParsing, StringToBoolean_TakesNoOtherNumber) {
+TYPED_TEST(BooleanParsing, StringToBoolean_RejectsOtherNumbers) {
     expectRows<TypeParam>({{"2.5", false, 0},
                            {".0", false, 0},
                            {"12x", false, 0},
@@ -131,7 +131,7 @@ TYPED_TEST(BooleanParsing, StringToBoolean_TakesNoOtherNumber) {
                            {"1,", false, 0}});
 }
 
-TEST(BooleanParsingWidths, StringToBoolean_KnowsTheDigitsFrom2To9InWideTextOnly) {
+TEST(BooleanParsingWidths, StringToBoolean_ReadsDigits2To9OnlyInWideText) {
     for (const char* const digit : {"2", "3", "4", "5", "6", "7", "8", "9"}) {
         expectRows<wchar_t>({{digit, true, 1}});
         expectRows<char>({{digit, false, 0}});
@@ -140,14 +140,14 @@ TEST(BooleanParsingWidths, StringToBoolean_KnowsTheDigitsFrom2To9InWideTextOnly)
     }
 }
 
-TEST(BooleanParsingWidths, TheNoBreakSpaceIsABlankInWideTextOnly) {
+TEST(BooleanParsingWidths, NoBreakSpaceIsWhiteSpaceOnlyInWideText) {
     expectRows<wchar_t>({{"\xA0yes", true, 4}, {"\xA0", false, 1}, {"10\xA0", true, 3}, {"yes\xA0", false, 0}});
     expectRows<char>({{"\xA0yes", false, 0}, {"\xA0", false, 0}, {"10\xA0", false, 0}, {"yes\xA0", false, 0}});
     EXPECT_TRUE(util::canCoerceToBoolean(L"\u00A0yes"));
     EXPECT_FALSE(util::canCoerceToBoolean("\xA0yes"));
 }
 
-TEST(BooleanParsingWidths, WideUnitsAreNotTakenForTheirLowerByteNorForTheLettersTheyFoldTo) {
+TEST(BooleanParsingWidths, WideUnitsAreNotTruncatedOrFolded) {
     for (const wchar_t* const text : {L"\u0131", L"\u0154", L"\uFF11", L"\uFF34", L"\u0661", L"\u0174RUE", L"ye\u017F",
                                       L"fal\u017Fe", L"\uFF54\uFF52\uFF55\uFF45", L"\u01311"}) {
         EXPECT_EQ((test::scanUnits<wchar_t, bool>(text, util::stringToBoolean)), (Scanned<bool>{false, 0})) << text;
@@ -162,13 +162,13 @@ TYPED_TEST(BooleanParsing, CanCoerceToBoolean_AcceptsTenWordsInAnyCase) {
     }
 }
 
-TYPED_TEST(BooleanParsing, CanCoerceToBoolean_RefusesWhatStringToBooleanTakesBesides) {
+TYPED_TEST(BooleanParsing, CanCoerceToBoolean_RejectsOtherTextOfStringToBoolean) {
     for (const char* const word : {"on", "off", "ON", "Off", "2", "9", "10", "00", "1.0", "-1", "+1", "0.0"}) {
         EXPECT_FALSE(util::canCoerceToBoolean(test::text<TypeParam>(word).c_str())) << word;
     }
 }
 
-TYPED_TEST(BooleanParsing, CanCoerceToBoolean_RefusesWordsWithSomethingBehindThem) {
+TYPED_TEST(BooleanParsing, CanCoerceToBoolean_RejectsTextAfterAWord) {
     for (const char* const word :
          {"", " ", "true ", "yes ", "no\t", "1 ", "0 ", "t ", "tru", "truex", "x", "\x11", "\x10", "yes no", "ye"}) {
         EXPECT_FALSE(util::canCoerceToBoolean(test::text<TypeParam>(word).c_str())) << word;
@@ -185,12 +185,12 @@ TYPED_TEST(BooleanParsing, NullIsFalseWithANullEnd) {
     EXPECT_FALSE(util::canCoerceToBoolean(null));
 }
 
-TEST(BooleanParsingWidths, TheLibrarysOwnSpellings) {
+TEST(BooleanParsingWidths, SpellingsOfTheLibrary) {
     EXPECT_STREQ(util::TAL_True, L"true");
     EXPECT_STREQ(util::TAL_False, L"false");
 }
 
-/// Words in any case, and what looks like a word or a number.
+/// Words in any case, and text similar to words or numbers.
 std::string booleanText(test::RandomText& random) {
     constexpr std::string_view kWords[] = {"true", "false", "yes", "no", "on", "off", "t", "f", "y", "n", "0", "12"};
     std::string text = random.from(" \t\n\r\xA0", random.oneIn(4) ? random.below(3) : 0);

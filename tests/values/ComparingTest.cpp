@@ -45,9 +45,9 @@ TYPED_TEST(Comparing, StrcmpAdvanced_FollowsItsFlags) {
                            Row{"A", "a", kNone, -1},
                            Row{"A", "a", SCMP_IgnoreCase, 0},
                            Row{"Zebra", "zEBRA", SCMP_IgnoreCase, 0},
-                           Row{"[", "{", SCMP_IgnoreCase, -1},        // behind the Z, and no letter
-                           Row{"@", "`", SCMP_IgnoreCase, -1},        // in front of the A
-                           Row{"\xC4", "\xE4", SCMP_IgnoreCase, -1},  // no other letters are folded
+                           Row{"[", "{", SCMP_IgnoreCase, -1},        // after Z, not a letter
+                           Row{"@", "`", SCMP_IgnoreCase, -1},        // before A, not a letter
+                           Row{"\xC4", "\xE4", SCMP_IgnoreCase, -1},  // only A to Z ignore case
                            Row{"file9", "file10", SCMP_Numeric, -1},
                            Row{"file9", "file10", kNone, 1},
                            Row{"007", "7", SCMP_Numeric, 0},
@@ -72,7 +72,7 @@ TYPED_TEST(Comparing, StrcmpAdvanced_FollowsItsFlags) {
     }
 }
 
-TYPED_TEST(Comparing, StrcmpAdvanced_ReturnsTheDifferenceThatDecides) {
+TYPED_TEST(Comparing, StrcmpAdvanced_ReturnsTheDifference) {
     for (const Row& row : {Row{"a", "c", kNone, -2}, Row{"abc", "", kNone, 'a'}, Row{"", "abc", kNone, -'a'},
                            Row{"A", "c", SCMP_IgnoreCase, -2}, Row{"x15", "x19", SCMP_Numeric, -4},
                            Row{"file9", "file1000", SCMP_Numeric, -3}, Row{"00123456", "1", SCMP_Numeric, 5},
@@ -83,14 +83,14 @@ TYPED_TEST(Comparing, StrcmpAdvanced_ReturnsTheDifferenceThatDecides) {
     }
 }
 
-TEST(ComparingWidths, NarrowCharactersAreSignedAndWideOnesAreNot) {
+TEST(ComparingWidths, NarrowCharactersAreSignedAndWideOnesUnsigned) {
     EXPECT_LT(strcmpAdvanced("\xC4", "a", kNone), 0);
     EXPECT_GT(strcmpAdvanced(L"\xC4", L"a", kNone), 0);
     EXPECT_LT(strcmpAdvanced("\x80", "", kNone), 0);
     EXPECT_GT(strcmpAdvanced(L"\xFFFF", L"\xD800", kNone), 0);
 }
 
-TYPED_TEST(Comparing, StrcmpAdvanced_PutsANullInFront) {
+TYPED_TEST(Comparing, StrcmpAdvanced_OrdersNullFirst) {
     const TypeParam* const null = nullptr;
     const std::basic_string<TypeParam> empty;
     EXPECT_EQ(strcmpAdvanced(null, null, kNone), 0);
@@ -101,7 +101,7 @@ TYPED_TEST(Comparing, StrcmpAdvanced_PutsANullInFront) {
     EXPECT_EQ(strcmpAdvanced(null, null, SCMP_Reverse), 0);
 }
 
-TYPED_TEST(Comparing, RandomTextsAgreeWithTheReferenceUnderAllFlags) {
+TYPED_TEST(Comparing, RandomTextsAgreeWithTheReferenceForAllFlags) {
     using Character = std::conditional_t<sizeof(TypeParam) == 1, signed char, TypeParam>;
     const auto view = [](const std::basic_string<TypeParam>& text) {
         return std::basic_string_view<Character>(reinterpret_cast<const Character*>(text.data()), text.size());
@@ -123,7 +123,7 @@ TYPED_TEST(Comparing, RandomTextsAgreeWithTheReferenceUnderAllFlags) {
     }
 }
 
-TEST(ComparingVersions, WantEveryNumber) {
+TEST(ComparingVersions, CompareEveryNumber) {
     struct Versions {
         const wchar_t* version;
         const wchar_t* required;

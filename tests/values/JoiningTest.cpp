@@ -26,7 +26,7 @@ struct Row {
     std::wstring joined;
 };
 
-TEST(Joining, QuotesWhatHoldsTheDelimiterOrAQuote) {
+TEST(Joining, QuotesItemsWithDelimitersOrQuotes) {
     for (const Row& row : {Row{{L"a", L"b,c", L"d\"e"}, L",", L"a,\"b,c\",\"d\"\"e\""}, Row{{L"a", L"b"}, L",", L"a,b"},
                            Row{{L"\"q\"", L"a"}, L",", L"\"\"\"q\"\"\",a"}, Row{{}, L",", L""}, Row{{L""}, L",", L""},
                            Row{{L"", L""}, L",", L","}, Row{{L"a", L"b"}, nullptr, L"ab"},
@@ -39,7 +39,7 @@ TEST(Joining, QuotesWhatHoldsTheDelimiterOrAQuote) {
     }
 }
 
-TEST(Joining, OneItemThatIsQuotedAlreadyIsTakenAsItIs) {
+TEST(Joining, SingleQuotedItemIsUnchanged) {
     for (const Row& row :
          {Row{{L"\"q\""}, L",", L"\"q\""}, Row{{L"\"\""}, L",", L"\"\""}, Row{{L"\"a\"b\""}, L",", L"\"a\"b\""},
           Row{{L"\"a,b\""}, L",", L"\"a,b\""}, Row{{L"\""}, L",", L"\"\"\"\""}, Row{{L"\"a"}, L",", L"\"\"\"a\""}}) {
@@ -47,13 +47,13 @@ TEST(Joining, OneItemThatIsQuotedAlreadyIsTakenAsItIs) {
     }
 }
 
-TEST(Joining, TheSearchForTheDelimiterNeverGoesBack) {
+TEST(Joining, DelimiterSearchDoesNotBacktrack) {
     EXPECT_EQ(util::multipleStringsToSingleString(stringsOf(Texts{L"aab", L"ab", L"xab"}), L"ab"),
               L"aabab\"ab\"ab\"xab\"");
     EXPECT_EQ(util::multipleStringsToSingleString(stringsOf(Texts{L"aaab", L"aab"}), L"aab"), L"aaabaab\"aab\"");
 }
 
-TEST(Joining, MakesRoomFor32UnitsOfEachItem) {
+TEST(Joining, ReservesAtLeast32UnitsPerItem) {
     for (const Texts& items : {Texts{L"a"}, Texts{L"\"q\""}, Texts{L"a", L"b", L"c"}, Texts(40, L"a")}) {
         BaseString<wchar_t> result;
         util::multipleStringsToSingleString(stringsOf(items), L",", result);
@@ -61,8 +61,8 @@ TEST(Joining, MakesRoomFor32UnitsOfEachItem) {
     }
 }
 
-/// A buffer is a power of two: 32 units of 63 items are 2,016, and 32 of 64 items are 2,048, with the terminator.
-TEST(Joining, MakesRoomForNeitherMoreNorFewerThan32UnitsOfEachItem) {
+/// Capacities are powers of two that include the terminator: 63 items need 2,016 units, 64 items 2,048.
+TEST(Joining, ReservesExactly32UnitsPerItem) {
     for (const auto& [items, capacity] : {std::pair{1u, 64u}, {63u, 2048u}, {64u, 4096u}}) {
         BaseString<wchar_t> result;
         util::multipleStringsToSingleString(stringsOf(Texts(items, L"a")), L",", result);
@@ -70,7 +70,7 @@ TEST(Joining, MakesRoomForNeitherMoreNorFewerThan32UnitsOfEachItem) {
     }
 }
 
-TEST(Joining, ItemsOfEveryLengthAreWhole) {
+TEST(Joining, JoinsItemsOfEveryLength) {
     for (std::size_t length = 0; length < 300; ++length) {
         const std::wstring item(length, L'x');
         const std::wstring marked = item + L",";
@@ -79,7 +79,7 @@ TEST(Joining, ItemsOfEveryLengthAreWhole) {
     }
 }
 
-/// Texts in which quotes and delimiters are frequent, and lengths on both sides of the room that is made for an item.
+/// Texts with many quotes and delimiters, shorter and longer than the capacity reserved for an item.
 Texts randomItems(test::RandomText& random) {
     Texts items(random.below(6));
     for (std::wstring& item : items) {
@@ -100,7 +100,7 @@ TEST(Joining, RandomItemsAgreeWithTheReference) {
     }
 }
 
-TEST(Joining, SplittingGivesTheItemsBack) {
+TEST(Joining, SplittingRestoresTheItems) {
     test::RandomText random(20261122);
     for (int count = 0; count < 30000; ++count) {
         const Texts items = randomItems(random);
@@ -111,10 +111,10 @@ TEST(Joining, SplittingGivesTheItemsBack) {
         const bool isQuotedAlready =
             items.size() == 1 && items[0].size() > 1 && items[0].front() == L'"' && items[0].back() == L'"';
         if (isQuotedAlready) {
-            // Taken as it is, and so read as what stands between its quotes, if they are right.
+            // Is joined unchanged, so splitting removes its quotes if they are well-formed.
             wanted = test::splitAtAnyOf(items[0], std::wstring(L","), false);
         } else if (!wanted.empty() && wanted.back().empty()) {
-            wanted.pop_back();  // an empty item at the end leaves no trace but the delimiter in front of it
+            wanted.pop_back();  // an empty item at the end is not read: only its delimiter is written
         }
         ASSERT_EQ(textsOf(again), wanted) << "items " << count;
     }

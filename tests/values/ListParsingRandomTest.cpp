@@ -1,5 +1,5 @@
-// Random lists, narrow and wide, through every list parser: values, to the last bit, and answers are those of the
-// references.
+// Parses random lists, narrow and wide, with every list parser. Results and values must equal those of the reference,
+// doubles bit by bit.
 
 #include <cstdint>
 #include <string>
@@ -26,8 +26,8 @@ namespace util = vorel::util;
 constexpr std::uint64_t kSeed = 20261121;
 constexpr int kTexts = 40000;
 
-/// Makes lists of words from one of the alphabets, between blanks and commas; a few of the words are nearly as long as
-/// a word may be, or longer.
+/// Creates lists of words from one of the alphabets, separated by white space and commas. A few words are near the
+/// maximum length or longer.
 struct WordsFrom {
     std::vector<std::string_view> alphabets;
 
@@ -42,7 +42,7 @@ struct WordsFrom {
     }
 };
 
-/// Truth values, and words that are nearly truth values.
+/// Boolean values and similar words.
 std::string truthValues(test::RandomText& random) {
     constexpr std::string_view kWords[] = {"true", "FALSE", "T",   "f",   "yes", "1",    "0",     "007",
                                            "2.0",  "2.5",   "tru", "-0.", "Off", "tRUE", "falSE", "4294967296"};
@@ -60,7 +60,7 @@ constexpr std::string_view kNumbers = "001129.eE+-";
 template <class T>
 class ListParsingRandom : public ::testing::Test {
 protected:
-    /// Hands texts that `make` makes, wherever they stand, and their shapes to `check`.
+    /// Calls `check` with texts created by `make`, at random positions in memory, and their shapes.
     template <class Make, class Check>
     void forEachText(Make make, Check check) {
         test::RandomText random(kSeed);

@@ -1,4 +1,4 @@
-// Ranges between commas: ends that are left open, and what is refused.
+// Ranges separated by commas, open ends and invalid items.
 
 #include <string>
 #include <vector>
@@ -21,7 +21,7 @@ using vorel::Array;
 using vorel::Exception;
 namespace util = vorel::util;
 
-std::wstring refusal(const std::wstring& item) {
+std::wstring messageFor(const std::wstring& item) {
     return L"Found nonnumeric text in numeric item: \"" + item + L"\"";
 }
 
@@ -29,16 +29,16 @@ struct Row {
     const wchar_t* text;
     std::vector<int> starts;
     std::vector<int> ends;
-    const wchar_t* refused = nullptr;  ///< the item that is none; nothing is thrown when it is null
+    const wchar_t* invalidItem = nullptr;  ///< the invalid item; null: no exception
 };
 
-/// Reads a row into arrays that hold something else at first.
+/// Parses a row into arrays with previous content.
 void expectRow(const Row& row) {
     Array<int> starts = test::arrayOf<int>({99, 98});
     Array<int> ends = test::arrayOf<int>({97});
-    if (row.refused) {
+    if (row.invalidItem) {
         test::expectThrows<Exception>([&] { util::stringToLongRanges(row.text, starts, ends); },
-                                      {refusal(row.refused)});
+                                      {messageFor(row.invalidItem)});
     } else {
         util::stringToLongRanges(row.text, starts, ends);
     }
@@ -46,7 +46,7 @@ void expectRow(const Row& row) {
     EXPECT_EQ(valuesOf(ends), row.ends) << (row.text ? row.text : L"null");
 }
 
-TEST(ListParsingRanges, ANumberStartsAndEndsItsOwnRange) {
+TEST(ListParsingRanges, SingleNumberIsARange) {
     for (const Row& row :
          {Row{L"7", {7}, {7}}, Row{L"1-5,7", {1, 7}, {5, 7}}, Row{L"+3", {3}, {3}}, Row{L"0", {0}, {0}},
           Row{L"9-3", {9}, {3}}, Row{L"+1-+2", {1}, {2}}, Row{L"1-5,2-6,3-7", {1, 2, 3}, {5, 6, 7}}}) {
@@ -54,7 +54,7 @@ TEST(ListParsingRanges, ANumberStartsAndEndsItsOwnRange) {
     }
 }
 
-TEST(ListParsingRanges, MinusOneStandsForAnOpenEnd) {
+TEST(ListParsingRanges, OpenEndIsMinusOne) {
     for (const Row& row : {Row{L"-5", {-1}, {5}}, Row{L"5-", {5}, {-1}}, Row{L"-", {-1}, {-1}},
                            Row{L"-,-", {-1, -1}, {-1, -1}}, Row{L" 3 - 9 , 12-", {3, 12}, {9, -1}},
                            Row{L"12 - ", {12}, {-1}}, Row{L" - 12", {-1}, {12}}, Row{L" - ", {-1}, {-1}}}) {
@@ -62,8 +62,8 @@ TEST(ListParsingRanges, MinusOneStandsForAnOpenEnd) {
     }
 }
 
-TEST(ListParsingRanges, OnlyTheFirstMinusDivides) {
-    // The second one is the sign of the end, if it stands where a sign may stand.
+TEST(ListParsingRanges, OnlyTheFirstMinusIsASeparator) {
+    // The second one is the sign of the end if it is at the position of a sign.
     for (const Row& row : {Row{L"--5", {-1}, {-5}}, Row{L"3--5", {3}, {-5}}, Row{L"3- -5", {3}, {-5}},
                            Row{L"--", {-1}, {0}}, Row{L"5--", {5}, {0}}, Row{L"1-2-3", {1}, {2}, L"1-2-3"},
                            Row{L"-1-2", {-1}, {1}, L"-1-2"}, Row{L"---5", {-1}, {0}, L"---5"}}) {
@@ -71,14 +71,14 @@ TEST(ListParsingRanges, OnlyTheFirstMinusDivides) {
     }
 }
 
-TEST(ListParsingRanges, BlanksAroundItemsAndNumbersDoNotCount) {
+TEST(ListParsingRanges, WhiteSpaceIsIgnored) {
     for (const Row& row : {Row{L" \t\r\n4 \t\r\n", {4}, {4}}, Row{L"\u00A04\u00A0,\u00A0\u00A0", {4}, {4}},
                            Row{L"\t1\u00A0-\r\n2\t", {1}, {2}}, Row{L"+ ", {0}, {0}}}) {
         expectRow(row);
     }
 }
 
-TEST(ListParsingRanges, EmptyItemsArePassedOver) {
+TEST(ListParsingRanges, EmptyItemsAreSkipped) {
     for (const Row& row : {Row{nullptr, {}, {}}, Row{L"", {}, {}}, Row{L" ", {}, {}}, Row{L",", {}, {}},
                            Row{L" , \t,\u00A0", {}, {}}, Row{L",,4,", {4}, {4}}, Row{L"1,,2", {1, 2}, {1, 2}}}) {
         expectRow(row);
@@ -93,29 +93,29 @@ TEST(ListParsingRanges, NumbersWrapAround) {
     }
 }
 
-TEST(ListParsingRanges, RefuseTextWithTheTrimmedItemAndKeepWhatWasRead) {
+TEST(ListParsingRanges, ReportTheInvalidItemAndKeepEarlierRanges) {
     for (const Row& row :
          {Row{L"1-a", {1}, {0}, L"1-a"}, Row{L"2, 1-a ", {2, 1}, {2, 0}, L"1-a"},
           Row{L"1-5,\t 3 - 4x\u00A0,6", {1, 3}, {5, 4}, L"3 - 4x"}, Row{L"a-1", {0}, {}, L"a-1"},
           Row{L"7,5a-1,8", {7, 5}, {7}, L"5a-1"}, Row{L"a", {0}, {0}, L"a"}, Row{L"5x,6", {5}, {5}, L"5x"},
           Row{L"1 2", {1}, {1}, L"1 2"}, Row{L"1.5", {1}, {1}, L"1.5"}, Row{L"1;2", {1}, {1}, L"1;2"},
-          Row{L"++1", {0}, {0}, L"++1"}, Row{L"\"1,2\"", {0}, {0}, L"\"1"},  // quotes mean nothing here
+          Row{L"++1", {0}, {0}, L"++1"}, Row{L"\"1,2\"", {0}, {0}, L"\"1"},  // quotes have no meaning
           Row{L"-a", {-1}, {0}, L"-a"}, Row{L"a-", {0}, {}, L"a-"}, Row{L"%s%n", {0}, {0}, L"%s%n"}}) {
         expectRow(row);
     }
 }
 
-TEST(ListParsingRanges, RefuseAnItemOfAnyLengthWithTheWholeOfIt) {
+TEST(ListParsingRanges, ReportInvalidItemsOfAnyLength) {
     const std::wstring item = std::wstring(20000, L'1') + L"x";
     Array<int> starts;
     Array<int> ends;
     test::expectThrows<Exception>([&] { util::stringToLongRanges((L"3-4, " + item + L" ,5").c_str(), starts, ends); },
-                                  {refusal(item)});
+                                  {messageFor(item)});
     EXPECT_EQ(starts.size(), 2u);
     EXPECT_EQ(ends.size(), 2u);
 }
 
-/// Keeps a test that throws a lot from writing all of it to the log.
+/// Disables logging for a test that throws many exceptions.
 class QuietLog {
 public:
     QuietLog() : m_before(Exception::IsThreadErrorLoggingDisabled()) { Exception::DisableThreadErrorLogging(true); }
@@ -128,7 +128,7 @@ private:
     bool m_before;
 };
 
-/// Items that are ranges, more or less.
+/// Valid and invalid ranges.
 std::string rangesText(test::RandomText& random) {
     std::string text;
     for (std::size_t items = random.below(5); items != 0; --items) {
@@ -160,7 +160,7 @@ TEST(ListParsingRanges, RandomTextsAgreeWithTheReference) {
         }
         const bool isRange = wanted.refused.empty();
         EXPECT_EQ(message,
-                  isRange ? "" : test::shapeOf(std::wstring_view(refusal(test::text<wchar_t>(wanted.refused)))));
+                  isRange ? "" : test::shapeOf(std::wstring_view(messageFor(test::text<wchar_t>(wanted.refused)))));
         EXPECT_EQ(valuesOf(starts), wanted.starts);
         EXPECT_EQ(valuesOf(ends), wanted.ends);
         ASSERT_FALSE(HasFailure()) << "text " << count << " of seed " << kSeed << ": \"" << shape << '"';

@@ -1,4 +1,4 @@
-// Lists of integers, doubles and truth values. Ranges, and random lists, have files of their own.
+// Lists of integers, doubles and booleans. Ranges and random lists are in separate files.
 
 #include "vorel/values/ListParsing.h"
 
@@ -39,7 +39,8 @@ bool areSame(const std::vector<Value>& a, const std::vector<Value>& b) {
     }
 }
 
-/// Reads a row into an array that already holds `old`: what it holds goes without append, and stays in front with it.
+/// Parses a row into an array that contains `old`. Without append, the values replace `old`; with append, they follow
+/// it.
 template <class T, class Value>
 void expectRow(bool (*read)(const T*, Array<Value>&, bool), const Row<Value>& row, const std::vector<Value>& old) {
     const test::OptionalText<T> text(row.text);
@@ -53,7 +54,7 @@ void expectRow(bool (*read)(const T*, Array<Value>&, bool), const Row<Value>& ro
     }
 }
 
-/// The integers of a row, narrow and wide, and wide as unsigned ones, which are the same bits.
+/// Parses a row as integers; wide text also as unsigned integers, which have the same bits.
 template <class T>
 void expectIntegers(const Row<int>& row) {
     expectRow<T, int>(&util::stringToIntegerArray, row, {99, -99});
@@ -69,7 +70,7 @@ void expectIntegers(const Row<int>& row) {
 
 constexpr int kSmallest = std::numeric_limits<int>::min();
 
-TYPED_TEST(ListParsing, Integers_StandBetweenBlanksOrCommas) {
+TYPED_TEST(ListParsing, Integers_AreSeparatedByWhiteSpaceOrCommas) {
     for (const Row<int>& row : std::vector<Row<int>>{{"7", true, {7}},
                                                      {"1,2", true, {1, 2}},
                                                      {"1 ,2", true, {1, 2}},
@@ -78,14 +79,14 @@ TYPED_TEST(ListParsing, Integers_StandBetweenBlanksOrCommas) {
                                                      {" \t\n\r7", true, {7}},
                                                      {"7 ", true, {7}},
                                                      {"-4,+6", true, {-4, 6}},
-                                                     {"1+2-3", true, {1, 2, -3}},  // a sign begins the next item
+                                                     {"1+2-3", true, {1, 2, -3}},  // a sign starts the next item
                                                      {"007", true, {7}}}) {
         expectIntegers<TypeParam>(row);
     }
 }
 
-TYPED_TEST(ListParsing, Integers_CountEveryEmptyItem) {
-    for (const Row<int>& row : std::vector<Row<int>>{{"1, 2", true, {1, 0, 2}},  // the blank is an item of its own
+TYPED_TEST(ListParsing, Integers_ReadEmptyItemsAsZero) {
+    for (const Row<int>& row : std::vector<Row<int>>{{"1, 2", true, {1, 0, 2}},  // the space is an empty item
                                                      {"1 , 2", true, {1, 0, 2}},
                                                      {"1,  ,2", true, {1, 0, 2}},
                                                      {",5", true, {0, 5}},
@@ -106,7 +107,7 @@ TYPED_TEST(ListParsing, Integers_CountEveryEmptyItem) {
     }
 }
 
-TYPED_TEST(ListParsing, Integers_CutFractionsOff) {
+TYPED_TEST(ListParsing, Integers_TruncateFractions) {
     for (const Row<int>& row : std::vector<Row<int>>{{"2.9", true, {2}},
                                                      {"-1.9", true, {-1}},
                                                      {"1.9 ,2.1", true, {1, 2}},
@@ -133,7 +134,7 @@ TYPED_TEST(ListParsing, Integers_WrapAround) {
     }
 }
 
-TYPED_TEST(ListParsing, Integers_StopAtAnythingElseAndKeepWhatWasRead) {
+TYPED_TEST(ListParsing, Integers_StopAtOtherCharactersAndKeepValues) {
     for (const Row<int>& row : std::vector<Row<int>>{{"x", false, {}},
                                                      {" x", false, {}},
                                                      {"1;2", false, {1}},
@@ -151,7 +152,7 @@ TYPED_TEST(ListParsing, Integers_StopAtAnythingElseAndKeepWhatWasRead) {
     }
 }
 
-TYPED_TEST(ListParsing, NothingIsAnEmptyList) {
+TYPED_TEST(ListParsing, EmptyTextIsAnEmptyList) {
     for (const char* const nothing : {static_cast<const char*>(nullptr), "", " ", " \t\r\n"}) {
         expectIntegers<TypeParam>({nothing, true, {}});
         expectRow<TypeParam, double>(&util::stringToDoubleArray, {nothing, true, {}}, {9.0});
@@ -161,7 +162,7 @@ TYPED_TEST(ListParsing, NothingIsAnEmptyList) {
     }
 }
 
-TYPED_TEST(ListParsing, Doubles_StandBetweenBlanks) {
+TYPED_TEST(ListParsing, Doubles_AreSeparatedByWhiteSpace) {
     constexpr double kInfinite = std::numeric_limits<double>::infinity();
     for (const Row<double>& row : std::vector<Row<double>>{{"7", true, {7}},
                                                            {"1.5 2e3 abc 4", true, {1.5, 2000, 4}},
@@ -176,7 +177,7 @@ TYPED_TEST(ListParsing, Doubles_StandBetweenBlanks) {
     }
 }
 
-TYPED_TEST(ListParsing, Doubles_PassOverWordsThatAreNoNumbers) {
+TYPED_TEST(ListParsing, Doubles_SkipOtherWords) {
     for (const Row<double>& row : std::vector<Row<double>>{{"1 x 2", true, {1, 2}},
                                                            {"x", true, {}},
                                                            {"1,5", true, {}},  // a comma is part of a word
@@ -202,7 +203,7 @@ TYPED_TEST(ListParsing, Booleans_AreWordsInAnyCaseOrIntegers) {
     }
 }
 
-TYPED_TEST(ListParsing, Booleans_PassOverEveryOtherWord) {
+TYPED_TEST(ListParsing, Booleans_SkipOtherWords) {
     for (const Row<bool>& row : std::vector<Row<bool>>{{"yes no on off y n Y N t", true, {true}},
                                                        {"truex tru fals falsee tt f", true, {false}},
                                                        {"2.5 .5 .0 1x 1e0 - + . t", true, {true}},
@@ -211,12 +212,12 @@ TYPED_TEST(ListParsing, Booleans_PassOverEveryOtherWord) {
     }
 }
 
-/// A list with a word of `count` characters in the middle.
+/// A list with a word of `count` characters between two numbers.
 std::string listAround(char c, std::size_t count) {
     return "1 " + std::string(count, c) + " 2";
 }
 
-TYPED_TEST(ListParsing, Words_Have79CharactersAtMost) {
+TYPED_TEST(ListParsing, Words_HaveAtMost79Characters) {
     const auto doubles = [](const std::string& text, bool result, const std::vector<double>& values) {
         expectRow<TypeParam, double>(&util::stringToDoubleArray, {text.c_str(), result, values}, {-9.5});
     };
@@ -237,25 +238,25 @@ TYPED_TEST(ListParsing, Words_Have79CharactersAtMost) {
     booleans(listAround('x', 80), false, {true});
     booleans(std::string(79, '1'), true, {true});
     booleans(std::string(80, '1'), false, {});
-    // Integers have no words.
+    // Integers have no maximum length.
     expectIntegers<TypeParam>({(std::string(300, '0') + "5").c_str(), true, {5}});
 }
 
-TYPED_TEST(ListParsing, CanCoerceToIntegerArray_TakesSignsDigitsAndBlanks) {
+TYPED_TEST(ListParsing, CanCoerceToIntegerArray_AcceptsSignsDigitsAndWhiteSpace) {
     for (const char* const list :
          {"7", "1 2", " 1 -2  +3\t\r\n", "1-2", "1+2-3", "-", "+", "+-", "--1", "+ 4", "007", "99999999999999999999"}) {
         EXPECT_TRUE(util::canCoerceToIntegerArray(test::text<TypeParam>(list).c_str())) << list;
     }
 }
 
-TYPED_TEST(ListParsing, CanCoerceToIntegerArray_TakesNeitherCommasNorPoints) {
+TYPED_TEST(ListParsing, CanCoerceToIntegerArray_RejectsCommasAndDecimalPoints) {
     for (const char* const list :
          {"1,2", "1 ,2", ",", "1,", "1.5", "1.", ".", "x", " x", "1 x", "1x", "1;2", "1e3", "0x1", "1\v2"}) {
         EXPECT_FALSE(util::canCoerceToIntegerArray(test::text<TypeParam>(list).c_str())) << list;
     }
 }
 
-TEST(ListParsingWidths, TheNoBreakSpaceIsABlankInWideListsOnly) {
+TEST(ListParsingWidths, NoBreakSpaceIsWhiteSpaceOnlyInWideLists) {
     constexpr const char* kList = "\xA0"
                                   "1\xA0"
                                   "2 0";

@@ -1,4 +1,5 @@
-// A million doubles of every kind, and integers of every length, against texts made from exact digits.
+// Formats a million doubles of every kind and compares them with texts from exact digits. Formats integers of every
+// length.
 
 #include <bit>
 #include <charconv>
@@ -20,7 +21,7 @@ namespace util = vorel::util;
 using test::RandomText;
 
 constexpr std::uint64_t kSeed = 20261121;
-constexpr std::size_t kRoom = 64;
+constexpr std::size_t kCapacity = 64;
 
 double ofBits(std::uint64_t bits) {
     return std::bit_cast<double>(bits);
@@ -30,7 +31,7 @@ std::uint64_t bitsOf(double value) {
     return std::bit_cast<std::uint64_t>(value);
 }
 
-/// One of the doubles around `value`, up to three places away.
+/// `value` or one of the three doubles above or below it.
 double neighbour(double value, RandomText& random) {
     return ofBits(bitsOf(value) + random.below(7) - 3);
 }
@@ -50,7 +51,7 @@ double powerOfTwo(RandomText& random) {
     return neighbour(std::ldexp(1.0, static_cast<int>(random.below(2098)) - 1074), random);
 }
 
-/// A value with sixteen digits, the last of them a 5: an odd number over a power of two. Those over 2^17 and above lie
+/// A value of sixteen digits that ends in 5: an odd number divided by a power of two. Divided by 2^17 or more it is
 /// below 0.1.
 double tie(RandomText& random) {
     const int twos = 1 + static_cast<int>(random.below(22));
@@ -63,7 +64,7 @@ double tie(RandomText& random) {
     return odd < std::uint64_t{1} << 53 ? std::ldexp(static_cast<double>(odd), -twos) : 0;
 }
 
-/// A value with seventeen digits, the last of them a 5 and a 0.
+/// A value of seventeen digits that ends in 50.
 double largeTie(RandomText& random) {
     return static_cast<double>((100000000000000 + random.bits() % 80000000000000) * 100 + 50);
 }
@@ -80,10 +81,10 @@ void PrintTo(const Kind& kind, std::ostream* out) {
 
 class NumberFormattingRandom : public ::testing::TestWithParam<Kind> {};
 
-TEST_P(NumberFormattingRandom, TextsAreThoseOfTheExactDigits) {
+TEST_P(NumberFormattingRandom, TextsMatchTheExactDigits) {
     RandomText random(kSeed);
-    char narrow[kRoom];
-    wchar_t wide[kRoom];
+    char narrow[kCapacity];
+    wchar_t wide[kCapacity];
     vorel::BaseString<wchar_t> appended;
     for (int count = 0; count < GetParam().count; ++count) {
         const double magnitude = GetParam().next(random);
@@ -94,10 +95,10 @@ TEST_P(NumberFormattingRandom, TextsAreThoseOfTheExactDigits) {
         for (const bool json : {false, true}) {
             const auto options = json ? util::FO_JSON : util::FO_Default;
             const std::string wanted = test::textOfDouble(value, json);
-            ASSERT_EQ(util::doubleToString(value, narrow, kRoom, options), wanted)
+            ASSERT_EQ(util::doubleToString(value, narrow, kCapacity, options), wanted)
                 << "bits " << bitsOf(value) << ", value " << count << " of seed " << kSeed;
             const std::wstring wideWanted(wanted.begin(), wanted.end());
-            ASSERT_EQ(util::doubleToString(value, wide, kRoom, options), wideWanted);
+            ASSERT_EQ(util::doubleToString(value, wide, kCapacity, options), wideWanted);
             if (!json) {
                 appended.clear();
                 util::appendDouble(appended, value);
@@ -121,27 +122,27 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST(NumberFormattingIntegers, AgreeWithTheStandardLibrary) {
     RandomText random(kSeed);
-    char narrow[kRoom];
-    wchar_t wide[kRoom];
-    char wanted[kRoom];
+    char narrow[kCapacity];
+    wchar_t wide[kCapacity];
+    char wanted[kCapacity];
     const auto widened = [&] { return std::wstring(wanted, wanted + std::char_traits<char>::length(wanted)); };
     for (int count = 0; count < 300000; ++count) {
         const std::uint64_t bits = random.bits() >> random.below(64);
-        *std::to_chars(wanted, wanted + kRoom, bits).ptr = 0;
-        ASSERT_STREQ(util::UInt64ToStr(bits, narrow, kRoom), wanted);
-        ASSERT_EQ(util::UInt64ToStr(bits, wide, kRoom), widened());
+        *std::to_chars(wanted, wanted + kCapacity, bits).ptr = 0;
+        ASSERT_STREQ(util::UInt64ToStr(bits, narrow, kCapacity), wanted);
+        ASSERT_EQ(util::UInt64ToStr(bits, wide, kCapacity), widened());
         const auto value = static_cast<long long>(random.oneIn(2) ? bits : 0 - bits);
-        *std::to_chars(wanted, wanted + kRoom, value).ptr = 0;
-        ASSERT_STREQ(util::Int64ToStr(value, narrow, kRoom), wanted);
-        ASSERT_EQ(util::Int64ToStr(value, wide, kRoom), widened());
+        *std::to_chars(wanted, wanted + kCapacity, value).ptr = 0;
+        ASSERT_STREQ(util::Int64ToStr(value, narrow, kCapacity), wanted);
+        ASSERT_EQ(util::Int64ToStr(value, wide, kCapacity), widened());
         vorel::BaseString<wchar_t> text;
-        *std::to_chars(wanted, wanted + kRoom, static_cast<int>(value)).ptr = 0;
+        *std::to_chars(wanted, wanted + kCapacity, static_cast<int>(value)).ptr = 0;
         util::appendInteger(text, static_cast<int>(value));
         ASSERT_EQ(text, widened().c_str());
     }
 }
 
-TEST(NumberFormattingHash, IsThePolynomialOfTheBytes) {
+TEST(NumberFormattingHash, IsAPolynomialOfTheBytes) {
     RandomText random(kSeed);
     for (int count = 0; count < 100000; ++count) {
         const std::uint64_t bits = random.bits();

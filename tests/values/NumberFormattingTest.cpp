@@ -52,7 +52,7 @@ const std::vector<Row>& rows() {
         {1e100, "1e+100", "1.0e+100"},
         {5e-324, "4.94065645841247e-324", "4.94065645841247e-324"},
         {std::numeric_limits<double>::max(), "1.79769313486232e+308", "1.79769313486232e+308"},
-        // An exact tie goes to the even digit from 0.1 on, and away from zero below.
+        // An exact tie is rounded to even from 0.1, away from zero below.
         {-22351530439513.25, "-22351530439513.2", "-22351530439513.2"},
         {22351530439513.75, "22351530439513.8", "22351530439513.8"},
         {std::ldexp(1.0, -22), "2.38418579101563e-007", "2.38418579101563e-007"},
@@ -61,7 +61,7 @@ const std::vector<Row>& rows() {
         {fromBits(0x7FF80000000007A2), "NA", "\"NA\""},
         {fromBits(0xFFF80000000007A2), "NA", "\"NA\""},
         {std::numeric_limits<double>::quiet_NaN(), "NaN", "\"NaN\""},
-        // "Not available" is one pattern, whatever its sign; those that are nearly it are no numbers like any other.
+        // "Not available" is one pattern with either sign. Similar patterns are ordinary NaN values.
         {fromBits(0x7FF80000000007A3), "NaN", "\"NaN\""},
         {fromBits(0x7FF80001000007A2), "NaN", "\"NaN\""},
         {fromBits(0xFFF80001000007A2), "NaN", "\"NaN\""},
@@ -89,7 +89,7 @@ std::wstring widened(const std::string& text) {
     return {text.begin(), text.end()};
 }
 
-TEST(NumberFormatting, DoubleToString_HasOneForm) {
+TEST(NumberFormatting, DoubleToString_FormatsValues) {
     for (const Row& row : rows()) {
         EXPECT_EQ(narrow(row.value, FO_Default), row.plain);
         EXPECT_EQ(narrow(row.value, FO_JSON), row.json);
@@ -98,18 +98,18 @@ TEST(NumberFormatting, DoubleToString_HasOneForm) {
     }
 }
 
-TEST(NumberFormatting, DoubleToString_TakesOnlyTheBitOfJsonFromTheOptions) {
+TEST(NumberFormatting, DoubleToString_IgnoresUnknownOptions) {
     EXPECT_EQ(narrow(0.05, static_cast<FormattingOptions>(FO_JSON | 2)), "5.0e-002");
     EXPECT_EQ(wide(kInfinite, static_cast<FormattingOptions>(FO_JSON | 2)), L"\"Infinity\"");
     EXPECT_EQ(narrow(0.05, static_cast<FormattingOptions>(2)), "5.e-002");
 }
 
-TEST(NumberFormatting, DoubleToString_WritesZeroWhateverTheSize) {
+TEST(NumberFormatting, DoubleToString_WritesZeroForAnySize) {
     for (const double zero : {0.0, -0.0}) {
         for (const unsigned int size : {0u, 1u, 2u, 64u}) {
             test::GuardedBuffer<char> buffer(64);
             EXPECT_STREQ(util::doubleToString(zero, buffer.data(), size, FO_Default), "0");
-            EXPECT_EQ(std::string(buffer.data() + 2, 62), std::string(62, buffer.kFill)) << "nothing else is written";
+            EXPECT_EQ(std::string(buffer.data() + 2, 62), std::string(62, buffer.kFill)) << "only the text is written";
         }
         test::GuardedBuffer<wchar_t> wideBuffer(1);
         util::doubleToString(zero, wideBuffer.data(), 1, FO_Default);
@@ -117,7 +117,7 @@ TEST(NumberFormatting, DoubleToString_WritesZeroWhateverTheSize) {
     }
 }
 
-TEST(NumberFormatting, DoubleToString_EndsTheBufferOnlyFromATenthOn) {
+TEST(NumberFormatting, DoubleToString_TerminatesTheBufferOnlyFrom0_1) {
     for (const double value : {0.05, -1e-7}) {
         test::GuardedBuffer<char> buffer(64);
         util::doubleToString(value, buffer.data(), 64, FO_Default);
@@ -130,7 +130,7 @@ TEST(NumberFormatting, DoubleToString_EndsTheBufferOnlyFromATenthOn) {
     }
 }
 
-TEST(NumberFormatting, DoubleToString_CutsWordsAndLargeValuesAndEndsThemAtTheLastPlace) {
+TEST(NumberFormatting, DoubleToString_TruncatesWordsAndLargeValues) {
     for (const double value : {123.456, kInfinite, -kInfinite, fromBits(0x7FF80000000007A2)}) {
         const std::string whole = narrow(value, FO_Default);
         for (unsigned int size = 1; size <= 64; ++size) {
@@ -143,7 +143,7 @@ TEST(NumberFormatting, DoubleToString_CutsWordsAndLargeValuesAndEndsThemAtTheLas
     }
 }
 
-TEST(NumberFormatting, DoubleToString_BringsCutTextsIntoForm) {
+TEST(NumberFormatting, DoubleToString_FixesUpTruncatedTexts) {
     struct Cut {
         double value;
         unsigned int size;
@@ -166,7 +166,7 @@ TEST(NumberFormatting, DoubleToString_BringsCutTextsIntoForm) {
     }
 }
 
-TEST(NumberFormatting, DoubleToString_NeverCutsBelowATenth) {
+TEST(NumberFormatting, DoubleToString_NeverTruncatesBelow0_1) {
     struct Small {
         double value;
         unsigned int size;
@@ -186,7 +186,7 @@ TEST(NumberFormatting, DoubleToString_NeverCutsBelowATenth) {
     }
 }
 
-TEST(NumberFormatting, DoubleToString_IsTheSameInEverySufficientSize) {
+TEST(NumberFormatting, DoubleToString_IsIndependentOfASufficientSize) {
     for (const double value : {1e20, -1e-20 / 3, 123.456, -123456789012345.0, 1e300 / 3, 0.1, 0.05, 5e-324}) {
         for (const FormattingOptions options : {FO_Default, FO_JSON}) {
             const std::string whole = narrow(value, options);
@@ -200,22 +200,22 @@ TEST(NumberFormatting, DoubleToString_IsTheSameInEverySufficientSize) {
     }
 }
 
-TEST(NumberFormatting, DoubleToString_DoesNotAskTheLocale) {
+TEST(NumberFormatting, DoubleToString_IgnoresTheLocale) {
     const test::CommaLocale locale;
     if (!locale.isSet()) {
-        GTEST_SKIP() << "there is no locale with a decimal comma here";
+        GTEST_SKIP() << "no locale with a decimal comma is available";
     }
     EXPECT_EQ(narrow(1.5, FO_Default), "1.5");
     EXPECT_EQ(wide(1.5e-7, FO_Default), L"1.5e-007");
 }
 
-TEST(NumberFormatting, DoubleToString_CutsBeforeItBringsTheExponentIntoForm) {
+TEST(NumberFormatting, DoubleToString_TruncatesBeforeFixingTheExponent) {
     test::GuardedBuffer<char> buffer(5);
     EXPECT_STREQ(util::doubleToString(1e20, buffer.data(), 5, FO_Default), "1e+2");
     EXPECT_TRUE(buffer.isIntact());
 }
 
-TEST(NumberFormatting, DoubleToString_LeavesAWideTextThatDoesNotFitWithoutATerminator) {
+TEST(NumberFormatting, DoubleToString_DoesNotTerminateTruncatedWideText) {
     const std::pair<double, std::wstring> texts[] = {{123.456, L"123.456"},
                                                      {0.05, L"5.0e-002"},
                                                      {kInfinite, L"\"Infinity\""},
@@ -235,7 +235,7 @@ TEST(NumberFormatting, DoubleToString_LeavesAWideTextThatDoesNotFitWithoutATermi
     EXPECT_EQ(util::doubleToString(1.0, static_cast<wchar_t*>(nullptr), 64, FO_Default), nullptr);
 }
 
-TEST(NumberFormatting, AppendAddsBehindTheText) {
+TEST(NumberFormatting, AppendAddsToTheText) {
     BaseString<wchar_t> text(L"x=");
     util::appendDouble(text, 0.05);
     util::appendInteger(text, -2147483647 - 1);
@@ -249,7 +249,7 @@ TEST(NumberFormatting, AppendAddsBehindTheText) {
     }
 }
 
-TEST(NumberFormatting, Integers_AreCutAndAlwaysTerminated) {
+TEST(NumberFormatting, Integers_AreTruncatedAndAlwaysTerminated) {
     const auto expectCuts = [](const std::string& whole, auto write) {
         for (unsigned int size = 1; size <= 40; ++size) {
             test::GuardedBuffer<char> buffer(size);
@@ -280,7 +280,7 @@ TEST(NumberFormatting, Integers_AreCutAndAlwaysTerminated) {
     }
 }
 
-TEST(NumberFormatting, NothingIsWrittenWithoutASize) {
+TEST(NumberFormatting, NothingIsWrittenForSizeZero) {
     char buffer[] = "ab";
     wchar_t wideBuffer[] = L"ab";
     for (const double value : {1.5, -1e20, std::numeric_limits<double>::infinity()}) {
@@ -293,8 +293,8 @@ TEST(NumberFormatting, NothingIsWrittenWithoutASize) {
     EXPECT_STREQ(wideBuffer, L"ab");
 }
 
-/// Writes with `write(buffer, size)` into buffers of both widths and of every size from `least` on, and expects that
-/// nothing but the text, its terminator and, where that is said, another one in the last unit is written.
+/// Calls `write(buffer, size)` with buffers of both widths and every size from `least`. Expects that only the text, its
+/// terminator and, if `endsNarrow` or `endsWide` is set, a terminator in the last unit are written.
 template <class Write>
 void expectOnlyTheText(const std::string& whole, bool endsNarrow, bool endsWide, unsigned int least, Write&& write) {
     const auto expectOnly = [&](auto& buffer, bool ends) {
@@ -332,7 +332,7 @@ TEST(NumberFormatting, NothingIsWrittenAfterTheTerminator) {
     }
 }
 
-TEST(NumberFormatting, Round_TakesAHalfDown) {
+TEST(NumberFormatting, Round_RoundsHalvesDown) {
     const double rounded[][2] = {{0.5, 0.0}, {1.5, 1.0},   {-0.5, -1.0}, {1.6, 2.0},
                                  {2.5, 2.0}, {-2.5, -3.0}, {3.0, 3.0},   {-1.4, -1.0}};
     for (const auto& [value, expected] : rounded) {
@@ -340,7 +340,7 @@ TEST(NumberFormatting, Round_TakesAHalfDown) {
     }
 }
 
-/// Up to the sign of a zero, and where adding a half would already round.
+/// Including the sign of zero, and values for which adding 0.5 would be rounded.
 TEST(NumberFormatting, Round_IsExact) {
     const double rounded[][2] = {{0.3, 0.0},
                                  {0.5, 0.0},
@@ -361,7 +361,7 @@ TEST(NumberFormatting, Round_IsExact) {
     EXPECT_TRUE(std::isnan(util::round(std::numeric_limits<double>::quiet_NaN())));
 }
 
-TEST(NumberFormatting, DoubleHashCode_RunsOverTheBytes) {
+TEST(NumberFormatting, DoubleHashCode_HashesTheBytes) {
     EXPECT_EQ(util::doubleHashCode(0.0), 0u);
     EXPECT_EQ(util::doubleHashCode(1.0), 7503u);
     EXPECT_EQ(util::doubleHashCode(-0.0), 128u);

@@ -1,5 +1,5 @@
-// Doubles: the digits that count, the exponent, and the order of the arithmetic, to the last bit. Expected values are
-// either exact, or the steps of the rule written out.
+// Doubles: significant digits, exponent and order of the arithmetic, bit by bit. Expected values are exact or
+// calculated with the steps of the rule.
 
 #include <limits>
 #include <string>
@@ -38,7 +38,7 @@ void expectRows(const std::vector<Row>& rows) {
     }
 }
 
-TYPED_TEST(NumberParsingDouble, IsASignAndDigitsWithAPointAmongThem) {
+TYPED_TEST(NumberParsingDouble, SignDigitsAndDecimalPoint) {
     expectRows<TypeParam>({
         {"0", 0.0, 1},
         {"7", 7.0, 1},
@@ -58,7 +58,7 @@ TYPED_TEST(NumberParsingDouble, IsASignAndDigitsWithAPointAmongThem) {
     });
 }
 
-TYPED_TEST(NumberParsingDouble, StopsBehindTheNumberAndSkipsNoBlanksThere) {
+TYPED_TEST(NumberParsingDouble, StopsDirectlyAfterTheNumber) {
     expectRows<TypeParam>({
         {" 7 ", 7.0, 2},
         {"1.5 ", 1.5, 3},
@@ -76,7 +76,7 @@ TYPED_TEST(NumberParsingDouble, StopsBehindTheNumberAndSkipsNoBlanksThere) {
     });
 }
 
-TYPED_TEST(NumberParsingDouble, WithoutDigitsTheWholeScanIsRolledBack) {
+TYPED_TEST(NumberParsingDouble, WithoutDigitsNothingIsRead) {
     expectRows<TypeParam>({
         {"", 0.0, 0},
         {"  ", 0.0, 0},
@@ -99,14 +99,14 @@ TYPED_TEST(NumberParsingDouble, WithoutDigitsTheWholeScanIsRolledBack) {
     });
 }
 
-TYPED_TEST(NumberParsingDouble, KnowsNoWords) {
+TYPED_TEST(NumberParsingDouble, RejectsWords) {
     for (const char* const word : {"NaN", "nan", "Inf", "inf", "Infinity", "INFINITY"}) {
         expectRows<TypeParam>({{word, 0.0, 0}});
         expectRows<TypeParam>({{(std::string("-") + word).c_str(), -0.0, 0}});
     }
 }
 
-TYPED_TEST(NumberParsingDouble, TakesAnExponentMarkerAndItsSignAlsoWithoutDigits) {
+TYPED_TEST(NumberParsingDouble, ReadsAnExponentEvenWithoutDigits) {
     expectRows<TypeParam>({
         {"1.5e3x", 1500.0, 5},   {"1E5", 1e5, 3},       {"1e+05", 1e5, 5},   {"1e-5", 1.0 / 1e5, 4},
         {"5.e1", 50.0, 4},       {".5e1", 5.0, 4},      {"-2e2", -200.0, 4}, {"1e0", 1.0, 3},
@@ -117,13 +117,13 @@ TYPED_TEST(NumberParsingDouble, TakesAnExponentMarkerAndItsSignAlsoWithoutDigits
     });
 }
 
-TYPED_TEST(NumberParsingDouble, ScalesByOneFactorThatIsBuiltFromTheLowestBitUp) {
+TYPED_TEST(NumberParsingDouble, ScalesByOneFactorBuiltFromTheLowestBit) {
     const double factor308 = 1.0e4 * 1.0e16 * 1.0e32 * 1.0e256;
     expectRows<TypeParam>({
         {"1e22", 1e22, 4},
-        {"1e33", 0x1.8a6e32246c99dp+109, 4},     // the nearest double ends in 9c
-        {"1e-24", 0x1.357c299a88ea8p-80, 5},     // and this one in a7
-        {"-1e-37", -0x1.1039d428a8b8ep-123, 6},  // and this one in 8f
+        {"1e33", 0x1.8a6e32246c99dp+109, 4},     // not the nearest double, which ends in 9c
+        {"1e-24", 0x1.357c299a88ea8p-80, 5},     // the nearest double ends in a7
+        {"-1e-37", -0x1.1039d428a8b8ep-123, 6},  // the nearest double ends in 8f
         {"1e308", factor308, 5},
         {"0.1e309", factor308, 7},
         {"1e-308", 1.0 / factor308, 6},
@@ -132,7 +132,7 @@ TYPED_TEST(NumberParsingDouble, ScalesByOneFactorThatIsBuiltFromTheLowestBitUp) 
     });
 }
 
-TYPED_TEST(NumberParsingDouble, BeyondTheRangeIsInfiniteOrZero) {
+TYPED_TEST(NumberParsingDouble, OutOfRangeIsInfiniteOrZero) {
     expectRows<TypeParam>({
         {"1e309", kInfinite, 5},
         {"2e308", kInfinite, 5},
@@ -142,7 +142,7 @@ TYPED_TEST(NumberParsingDouble, BeyondTheRangeIsInfiniteOrZero) {
         {"-1e999", -kInfinite, 6},
         {"1e1024", kInfinite, 6},
         {"1e2147483647", kInfinite, 12},
-        {"1e-309", 0.0, 6},  // the factor is infinite already
+        {"1e-309", 0.0, 6},  // the factor is infinite
         {"10e-309", 0.0, 7},
         {"123456789012345678e-320", 0.0, 23},
         {"1e-512", 0.0, 6},
@@ -155,7 +155,7 @@ TYPED_TEST(NumberParsingDouble, BeyondTheRangeIsInfiniteOrZero) {
     });
 }
 
-TYPED_TEST(NumberParsingDouble, ZeroTimesAnInfiniteFactorIsNotANumber) {
+TYPED_TEST(NumberParsingDouble, ZeroTimesAnInfiniteFactorIsNaN) {
     for (const char* const text : {"0e309", "0e999", "-0e999", "0.0e311"}) {
         const std::basic_string<TypeParam> units = test::text<TypeParam>(text);
         TypeParam* end = nullptr;
@@ -170,12 +170,12 @@ TYPED_TEST(NumberParsingDouble, ExponentsWrapAroundAt32Bits) {
         {"1e4294967296", 1.0, 12},
         {"1e4294967298", 100.0, 12},
         {"1e-4294967298", 1.0 / 100.0, 13},
-        {"1e4294967294", 1.0 / 100.0, 12},  // the same as -2
+        {"1e4294967294", 1.0 / 100.0, 12},  // equals -2
         {"1e-4294967294", 100.0, 13},
         {"1e18446744073709551618", 100.0, 22},
-        {"1e2147483648", 0.0, 12},          // the same as the smallest integer
-        {"1e-2147483648", 0.0, 13},         // whose negative is itself
-        {"1.5e2147483648", kInfinite, 14},  // and less than that is the largest
+        {"1e2147483648", 0.0, 12},          // equals the smallest int
+        {"1e-2147483648", 0.0, 13},         // equals the smallest int: its negative is itself
+        {"1.5e2147483648", kInfinite, 14},  // minus one for the fraction wraps to the largest int
         {"1.5e-2147483648", kInfinite, 15},
         {"1.5e4294967297", 15.0, 14},
     });
@@ -190,7 +190,7 @@ TYPED_TEST(NumberParsingDouble, OnlyTheFirstEighteenDigitsCount) {
         {"-123456789012345678999e2", -eighteen * (1e1 * 1e4), 24},
         {"123456789.0123456789", eighteen / (1e1 * 1e8), 20},
         {"1.00000000000000000000000009", 1.0, 28},
-        {"0.000000000000000000001", 0.0, 23},  // leading zeros are digits, too
+        {"0.000000000000000000001", 0.0, 23},  // leading zeros count as digits
         {"000000000000000000001", 0.0, 21},
         {"-0000000000000000001", -0.0, 20},
         {"000000000000000001", 1.0, 18},
@@ -200,12 +200,12 @@ TYPED_TEST(NumberParsingDouble, OnlyTheFirstEighteenDigitsCount) {
     });
 }
 
-TYPED_TEST(NumberParsingDouble, AddsTheLastNineDigitsToTheOthersTimesABillion) {
+TYPED_TEST(NumberParsingDouble, CombinesTwoGroupsOfNineDigits) {
     expectRows<TypeParam>({
         {"999999999", 999999999.0, 9},
         {"9999999999", 9999999999.0, 10},
         {"1000000000", 1000000000.0, 10},
-        {"9007199254740993", 9007199254740992.0, 16},  // a tie, to the even one
+        {"9007199254740993", 9007199254740992.0, 16},  // a tie is rounded to even
         {"9007199254740995", 9007199254740996.0, 16},
         {"999999999999999999", 1.0e18, 18},
     });
@@ -214,19 +214,19 @@ TYPED_TEST(NumberParsingDouble, AddsTheLastNineDigitsToTheOthersTimesABillion) {
 TYPED_TEST(NumberParsingDouble, ReadsTextsOfAnyLength) {
     const std::string zeros(500, '0');
     const std::string manyWhole = "1" + zeros;
-    const std::string manyBehind = "1." + zeros + "e2";
+    const std::string manyFraction = "1." + zeros + "e2";
     const std::string balanced = "1" + zeros + "e-500";
     expectRows<TypeParam>({
         {manyWhole.c_str(), kInfinite, 501},
-        {manyBehind.c_str(), 100.0, 504},
-        {balanced.c_str(), 1.0, 506},  // the exponents cancel out before the value is scaled
+        {manyFraction.c_str(), 100.0, 504},
+        {balanced.c_str(), 1.0, 506},  // the exponents cancel out before scaling
     });
 }
 
-TYPED_TEST(NumberParsingDouble, DecimalCommaOfALocaleMeansNothing) {
+TYPED_TEST(NumberParsingDouble, IgnoresTheDecimalCommaOfALocale) {
     const test::CommaLocale locale;
     if (!locale.isSet()) {
-        GTEST_SKIP() << "there is no locale with a decimal comma here";
+        GTEST_SKIP() << "no locale with a decimal comma is available";
     }
     expectRows<TypeParam>({{"1.5", 1.5, 3}, {"1,5", 1.0, 1}, {"1.234,5", 1234.0 / 1e3, 5}});
     double value = 99;
@@ -237,21 +237,21 @@ TYPED_TEST(NumberParsingDouble, DecimalCommaOfALocaleMeansNothing) {
     EXPECT_FALSE(util::canCoerceToDouble(test::text<TypeParam>("1,5").c_str(), false));
 }
 
-TEST(NumberParsingDoubleWidths, TheNoBreakSpaceIsABlankInWideTextOnly) {
+TEST(NumberParsingDoubleWidths, NoBreakSpaceIsWhiteSpaceOnlyInWideText) {
     constexpr const char* kText = "\xA0"
                                   "2.5\xA0";
     expectRows<wchar_t>({{kText, 2.5, 4}});
     expectRows<char>({{kText, 0.0, 0}, {"2.5\xA0", 2.5, 3}});
 }
 
-TEST(NumberParsingDoubleWidths, WideUnitsAreNotTakenForTheirLowerByte) {
+TEST(NumberParsingDoubleWidths, WideUnitsAreNotTruncated) {
     const auto scanned = [](const std::wstring& text) {
         return test::scanUnits<wchar_t, double>(text, util::stringToDouble);
     };
-    EXPECT_EQ(scanned(L"1\u0131"), (Scanned<double>{1.0, 1}));    // ends in the byte of '1'
-    EXPECT_EQ(scanned(L"1\u012E5"), (Scanned<double>{1.0, 1}));   // of '.'
-    EXPECT_EQ(scanned(L"1\u01655"), (Scanned<double>{1.0, 1}));   // of 'e'
-    EXPECT_EQ(scanned(L"1e\u012D5"), (Scanned<double>{1.0, 2}));  // of '-'
+    EXPECT_EQ(scanned(L"1\u0131"), (Scanned<double>{1.0, 1}));    // low byte '1'
+    EXPECT_EQ(scanned(L"1\u012E5"), (Scanned<double>{1.0, 1}));   // low byte '.'
+    EXPECT_EQ(scanned(L"1\u01655"), (Scanned<double>{1.0, 1}));   // low byte 'e'
+    EXPECT_EQ(scanned(L"1e\u012D5"), (Scanned<double>{1.0, 2}));  // low byte '-'
     EXPECT_EQ(scanned(L"1.\uFF15"), (Scanned<double>{1.0, 2}));
     EXPECT_EQ(scanned(L"\u012D5"), (Scanned<double>{0.0, 0}));
 }

@@ -1,6 +1,5 @@
-// Random texts through every number parser, narrow and wide: value, end and answer are those of the references. The
-// texts stand against pages that must not be touched, or in the middle of what others left behind, where they are read
-// in blocks.
+// Parses random texts, narrow and wide, with every number parser. Value, end and result must equal those of the
+// reference. The texts are at inaccessible pages, or surrounded by other text, where they are read in blocks.
 
 #include <cstdint>
 #include <string>
@@ -25,7 +24,7 @@ namespace util = vorel::util;
 constexpr std::uint64_t kSeed = 20261121;
 constexpr int kTexts = 100000;
 
-/// Numbers of all lengths, mostly whole ones, with whatever may stand around them and between their parts.
+/// Numbers of all lengths, mostly integers, with other characters around and within them.
 class NumberTexts {
 public:
     explicit NumberTexts(test::RandomText& random) : m_random(random) {}
@@ -56,8 +55,8 @@ private:
     std::string blanks() { return m_random.from(" \t\n\r\xA0", m_random.oneIn(4) ? m_random.below(3) : 0); }
     std::string digits() { return m_random.digits(m_random.oneIn(4) ? m_random.below(41) : m_random.below(9)); }
 
-    /// Mostly within the range of doubles and a little beyond; none at all, zeros, and close to where 32 bits wrap
-    /// around.
+    /// Mostly exponents within the range of doubles and slightly beyond. Also random digits, zeros, and values near the
+    /// wrap-around at 32 bits.
     std::string exponent() {
         switch (m_random.below(12)) {
         case 0: return digits();
@@ -74,7 +73,7 @@ private:
 template <class T>
 class NumberParsingRandom : public ::testing::Test {
 protected:
-    /// Hands each text, wherever it stands, and its shape to `check`.
+    /// Calls `check` with each text, at a random position in memory, and its shape.
     template <class Check>
     void forEachText(std::string (NumberTexts::*next)(), Check check) {
         test::RandomText random(kSeed);
@@ -88,7 +87,7 @@ protected:
         }
     }
 
-    /// What a scan gives is what the reference says.
+    /// Expects the value and the end of the reference.
     template <class Value, class Wanted>
     static void expectScan(const T* text, Value (*scan)(const T*, T**) noexcept, const test::Reading<Wanted>& wanted) {
         T* end = nullptr;
@@ -96,7 +95,7 @@ protected:
         EXPECT_EQ(end - text, static_cast<std::ptrdiff_t>(wanted.end));
     }
 
-    /// The same for a scanner that is told whether to skip the white space behind the number.
+    /// The same for a parser with the option to skip white space after the number.
     template <class Value>
     static void expectScans(const T* text, Value (*scan)(const T*, const T**, bool) noexcept,
                             const std::string& shape) {
@@ -110,7 +109,7 @@ protected:
 };
 TYPED_TEST_SUITE(NumberParsingRandom, test::CharacterTypes, test::CharacterNames);
 
-TYPED_TEST(NumberParsingRandom, IntegersWrapAroundAndStopWhereTheReferenceDoes) {
+TYPED_TEST(NumberParsingRandom, IntegersAgreeWithTheReference) {
     this->forEachText(&NumberTexts::next, [&](const TypeParam* text, const std::string& shape) {
         const auto asSigned = test::readInteger(shape, true, true);
         const auto asUnsigned = test::readInteger(shape, false, true);
@@ -142,7 +141,7 @@ TYPED_TEST(NumberParsingRandom, DoublesAgreeInEveryBit) {
     });
 }
 
-TYPED_TEST(NumberParsingRandom, TrialsAnswerAndStoreWhatTheReferenceDoes) {
+TYPED_TEST(NumberParsingRandom, TryFunctionsAgreeWithTheReference) {
     this->forEachText(&NumberTexts::next, [&](const TypeParam* text, const std::string& shape) {
         int integer = 99;
         const auto asInteger = test::tryInteger(shape);
@@ -156,7 +155,7 @@ TYPED_TEST(NumberParsingRandom, TrialsAnswerAndStoreWhatTheReferenceDoes) {
     });
 }
 
-TYPED_TEST(NumberParsingRandom, CoercionsAcceptWhatThePatternsMatch) {
+TYPED_TEST(NumberParsingRandom, CanCoerceFunctionsAgreeWithTheReference) {
     this->forEachText(&NumberTexts::next, [&](const TypeParam* text, const std::string& shape) {
         for (const bool allow : {false, true}) {
             EXPECT_EQ(util::canCoerceToInteger(text, allow), test::canBeInteger(shape, allow));

@@ -1,5 +1,5 @@
-// Integers of every width, decimal and hexadecimal. Doubles, and the questions whether a text is a number, have files
-// of their own.
+// Integers of every width, decimal and hexadecimal. Doubles and the `try` and `canCoerce` functions are in separate
+// files.
 
 #include "vorel/values/NumberParsing.h"
 
@@ -24,27 +24,27 @@ template <class T>
 class NumberParsing : public ::testing::Test {};
 TYPED_TEST_SUITE(NumberParsing, test::CharacterTypes, test::CharacterNames);
 
-/// What an integer is worth in 64 bits, of which the 32-bit forms give the lower half, and where the scan of it stops:
-/// with and without the white space behind it.
+/// A text, its value in 64 bits, whose low half is the value in 32 bits, and the number of units read with and without
+/// the white space after the number.
 struct Row {
     std::string text;
-    std::uint64_t worth;
+    std::uint64_t value;
     std::ptrdiff_t read;
     std::ptrdiff_t readWithoutBlanks;
 
-    Row(std::string units, std::uint64_t value, std::ptrdiff_t end, std::ptrdiff_t endWithoutBlanks)
-        : text(std::move(units)), worth(value), read(end), readWithoutBlanks(endWithoutBlanks) {}
+    Row(std::string units, std::uint64_t expected, std::ptrdiff_t end, std::ptrdiff_t endWithoutBlanks)
+        : text(std::move(units)), value(expected), read(end), readWithoutBlanks(endWithoutBlanks) {}
     /// The whole text is the number.
-    Row(std::string units, std::uint64_t value)
+    Row(std::string units, std::uint64_t expected)
         : text(std::move(units)),
-          worth(value),
+          value(expected),
           read(static_cast<std::ptrdiff_t>(text.size())),
           readWithoutBlanks(read) {}
 };
 
 template <class Value>
 Scanned<Value> scanned(const Row& row, bool skipTrailingSpace) {
-    return {static_cast<Value>(row.worth), skipTrailingSpace ? row.read : row.readWithoutBlanks};
+    return {static_cast<Value>(row.value), skipTrailingSpace ? row.read : row.readWithoutBlanks};
 }
 
 template <class T>
@@ -69,28 +69,28 @@ void expectUnsigned(const Row& row) {
     EXPECT_EQ((scan<T, Large>(row.text, util::stringToUInt64)), scanned<Large>(row, true));
 }
 
-/// Texts that signed and unsigned scanners read alike.
+/// Expects the same result from signed and unsigned parsers.
 template <class T>
 void expectBoth(const Row& row) {
     expectSigned<T>(row);
     expectUnsigned<T>(row);
 }
 
-TYPED_TEST(NumberParsing, Integers_AreBlanksASignAndDigits) {
+TYPED_TEST(NumberParsing, Integers_WhiteSpaceSignAndDigits) {
     for (const Row& row : {Row("0", 0), Row("7", 7), Row("0123456789", 123456789), Row("0007", 7), Row("+7", 7),
                            Row(" \t\r\n42", 42), Row(" +42", 42), Row("1234567890123456", 1234567890123456)}) {
         expectBoth<TypeParam>(row);
     }
 }
 
-TYPED_TEST(NumberParsing, Integers_SkipTrailingBlanksOnlyWhenAskedTo) {
+TYPED_TEST(NumberParsing, Integers_SkipTrailingWhiteSpaceOnRequest) {
     for (const Row& row :
          {Row("42  ", 42, 4, 2), Row(" 42 \t\r\nx", 42, 7, 3), Row("42 7", 42, 3, 2), Row("+ 7", 0, 2, 1)}) {
         expectBoth<TypeParam>(row);
     }
 }
 
-TYPED_TEST(NumberParsing, Integers_StopAtWhatIsNoDigitAndRollNothingBack) {
+TYPED_TEST(NumberParsing, Integers_StopAtNonDigitsWithoutRollback) {
     for (const Row& row :
          {Row("", 0), Row(" \t\r\n", 0), Row("x12", 0, 0, 0), Row("  x", 0, 2, 2), Row("  +x", 0, 3, 3), Row("+", 0),
           Row("++1", 0, 1, 1), Row("12x", 12, 2, 2), Row("1,000", 1, 1, 1), Row("1.5", 1, 1, 1), Row("1e3", 1, 1, 1),
@@ -99,7 +99,7 @@ TYPED_TEST(NumberParsing, Integers_StopAtWhatIsNoDigitAndRollNothingBack) {
     }
 }
 
-TYPED_TEST(NumberParsing, Integers_TakeNoOtherControlCharacterForABlank) {
+TYPED_TEST(NumberParsing, Integers_RejectOtherControlCharacters) {
     for (const Row& row : {Row("\v7", 0, 0, 0), Row("\f7", 0, 0, 0), Row("\b7", 0, 0, 0),
                            Row("\x1F"
                                "7",
@@ -122,9 +122,9 @@ TYPED_TEST(NumberParsing, Integers_WrapAround) {
     }
 }
 
-TYPED_TEST(NumberParsing, SignedIntegers_TakeOneMinus) {
+TYPED_TEST(NumberParsing, SignedIntegers_AcceptOneMinus) {
     constexpr std::uint64_t kHighest = std::uint64_t{1} << 63;
-    const auto minus = [](std::uint64_t worth) { return ~worth + 1; };
+    const auto minus = [](std::uint64_t value) { return ~value + 1; };
     for (const Row& row : {Row("-7", minus(7)), Row("-0", 0), Row("  -x", 0, 3, 3), Row("-", 0), Row("--1", 0, 1, 1),
                            Row("+-1", 0, 1, 1), Row("-+1", 0, 1, 1), Row("- 1", 0, 2, 1), Row("-42 ", minus(42), 4, 3),
                            Row("-2147483648", minus(2147483648)), Row("-2147483649", minus(2147483649)),
@@ -154,7 +154,7 @@ TYPED_TEST(NumberParsing, UnsignedIntegers_StopAtAMinus) {
     }
 }
 
-/// Expects that a scanner gives 0 for no text at all, with an end that is no text either.
+/// Expects that a parser returns 0 and a null end for null.
 template <class T, class Value>
 void expectNothingForNull(Value (*function)(const T*, T**) noexcept) {
     T character = 0;
@@ -188,7 +188,7 @@ TYPED_TEST(NumberParsing, NullIsZeroWithANullEnd) {
     expectNothingForNull<TypeParam, double>(util::stringToDouble);
 }
 
-TEST(NumberParsingWidths, TheNoBreakSpaceIsABlankInWideTextOnly) {
+TEST(NumberParsingWidths, NoBreakSpaceIsWhiteSpaceOnlyInWideText) {
     const Row between("\xA0\xA0"
                       "7\xA0 x",
                       7, 5, 3);
@@ -197,8 +197,8 @@ TEST(NumberParsingWidths, TheNoBreakSpaceIsABlankInWideTextOnly) {
                      "7",
                      0, 0, 0);
     expectBoth<char>(before);
-    const Row behind(" 7 \xA0", 7, 3, 2);
-    expectBoth<char>(behind);
+    const Row after(" 7 \xA0", 7, 3, 2);
+    expectBoth<char>(after);
     EXPECT_EQ((scan<wchar_t, int>("\xA0"
                                   "1f\xA0",
                                   util::hexToInteger)),
@@ -210,8 +210,8 @@ TEST(NumberParsingWidths, TheNoBreakSpaceIsABlankInWideTextOnly) {
     EXPECT_EQ((scan<char, int>("1f\xA0", util::hexToInteger)), (Scanned<int>{0x1F, 2}));
 }
 
-TEST(NumberParsingWidths, WideUnitsAreNotTakenForTheirLowerByte) {
-    // Units that end in the byte of a digit, digits and blanks of other scripts, and what is no character at all.
+TEST(NumberParsingWidths, WideUnitsAreNotTruncated) {
+    // Units whose low byte is a digit, digits and spaces of other scripts, and units that are not characters.
     for (const wchar_t unit : {L'\u0131', L'\uFF11', L'\u0661', L'\u2003', L'\u3000', L'\u0120', L'\u012D', L'\xD831',
                                L'\uFFFF', L'\u0085'}) {
         const std::wstring text = std::wstring(L"4") + unit + L"2";
@@ -224,18 +224,18 @@ TEST(NumberParsingWidths, WideUnitsAreNotTakenForTheirLowerByte) {
 
 struct HexRow {
     std::string_view text;
-    std::uint32_t worth;
+    std::uint32_t value;
     std::ptrdiff_t read;
 };
 
 template <class T>
 void expectHex(const HexRow& row) {
-    const Scanned<int> wanted = {static_cast<int>(row.worth), row.read};
+    const Scanned<int> wanted = {static_cast<int>(row.value), row.read};
     EXPECT_EQ((scan<T, int>(row.text, util::hexToInteger)), wanted) << row.text;
     EXPECT_EQ((scan<T, int>(row.text, util::hexToInt)), wanted) << row.text;
 }
 
-TYPED_TEST(NumberParsing, HexToInteger_TakesDigitsOfEitherCaseBetweenBlanks) {
+TYPED_TEST(NumberParsing, HexToInteger_ReadsDigitsInEitherCase) {
     for (const HexRow& row :
          {HexRow{"0", 0, 1}, HexRow{"9", 9, 1}, HexRow{"ff", 255, 2}, HexRow{"abcdef", 0xABCDEF, 6},
           HexRow{"ABCDEF", 0xABCDEF, 6}, HexRow{"deadBEEF", 0xDEADBEEF, 8}, HexRow{" \t\r\n1F \t\r\n", 0x1F, 10},
@@ -245,7 +245,7 @@ TYPED_TEST(NumberParsing, HexToInteger_TakesDigitsOfEitherCaseBetweenBlanks) {
     }
 }
 
-TYPED_TEST(NumberParsing, HexToInteger_KnowsNeitherSignNorPrefix) {
+TYPED_TEST(NumberParsing, HexToInteger_RejectsSignAndPrefix) {
     for (const HexRow& row : {HexRow{"-1", 0, 0}, HexRow{"+1", 0, 0}, HexRow{" -1", 0, 1}, HexRow{"0x1F", 0, 1},
                               HexRow{"x1F", 0, 0}, HexRow{"#1F", 0, 0}, HexRow{"1Fh", 0x1F, 2}}) {
         expectHex<TypeParam>(row);
@@ -263,7 +263,7 @@ TEST(NumberParsingWidths, HexToInteger_ReadsEightWideDigits) {
     }
 }
 
-TEST(NumberParsingWidths, HexToInteger_ReadsSixteenNarrowDigitsOfWhichTheLastEightCount) {
+TEST(NumberParsingWidths, HexToInteger_ReadsSixteenNarrowDigitsAndUsesTheLastEight) {
     for (const HexRow& row : {HexRow{"1234567890", 0x34567890, 10}, HexRow{"123456789", 0x23456789, 9},
                               HexRow{"1234567890abcdef", 0x90ABCDEF, 16}, HexRow{"1234567890abcdef0", 0x90ABCDEF, 16},
                               HexRow{"1234567890ABCDEF 0", 0x90ABCDEF, 17}, HexRow{"000000000000000012", 0, 16},

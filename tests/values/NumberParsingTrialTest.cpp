@@ -1,4 +1,4 @@
-// The questions whether a text is a number: those that store it, and those that only ask.
+// The functions that check whether a text is a number: `try` functions, which store it, and `canCoerce` functions.
 
 #include <limits>
 #include <string>
@@ -19,131 +19,131 @@ class NumberParsingTrial : public ::testing::Test {};
 TYPED_TEST_SUITE(NumberParsingTrial, test::CharacterTypes, test::CharacterNames);
 
 template <class Value>
-struct Trial {
+struct Case {
     const char* text;
     bool result;
-    Value value;  ///< what the caller's variable holds afterwards; it held 99
+    Value value;  ///< the variable after the call; it is 99 before
 };
 
 template <class T, class Value>
-void expectTrials(bool (*function)(const T*, Value&) noexcept, const std::vector<Trial<Value>>& rows) {
-    for (const Trial<Value>& row : rows) {
+void expectCases(bool (*function)(const T*, Value&) noexcept, const std::vector<Case<Value>>& rows) {
+    for (const Case<Value>& row : rows) {
         Value value = 99;
         EXPECT_EQ(function(test::text<T>(row.text).c_str(), value), row.result) << row.text;
         EXPECT_TRUE(test::isSame(value, row.value)) << value << " from " << row.text;
     }
 }
 
-TYPED_TEST(NumberParsingTrial, TryStringToInteger_WantsTheWholeText) {
+TYPED_TEST(NumberParsingTrial, TryStringToInteger_RequiresTheWholeText) {
     constexpr int kSmallest = std::numeric_limits<int>::min();
-    expectTrials<TypeParam, int>(util::tryStringToInteger,
-                                 {{"0", true, 0},
-                                  {"42", true, 42},
-                                  {" \t\r\n42 \t\r\n", true, 42},
-                                  {"+42", true, 42},
-                                  {"-42", true, -42},
-                                  {"-0", true, 0},
-                                  {"007", true, 7},
-                                  {"-42 ", true, -42},
-                                  {"2147483647", true, 2147483647},
-                                  {"-2147483648", true, kSmallest},
-                                  {"2147483648", true, kSmallest},
-                                  {"4294967297", true, 1},
-                                  {"-4294967297", true, -1},
-                                  {"12345678901234567890123456789012", true, static_cast<int>(0x90A03A14)}});
+    expectCases<TypeParam, int>(util::tryStringToInteger,
+                                {{"0", true, 0},
+                                 {"42", true, 42},
+                                 {" \t\r\n42 \t\r\n", true, 42},
+                                 {"+42", true, 42},
+                                 {"-42", true, -42},
+                                 {"-0", true, 0},
+                                 {"007", true, 7},
+                                 {"-42 ", true, -42},
+                                 {"2147483647", true, 2147483647},
+                                 {"-2147483648", true, kSmallest},
+                                 {"2147483648", true, kSmallest},
+                                 {"4294967297", true, 1},
+                                 {"-4294967297", true, -1},
+                                 {"12345678901234567890123456789012", true, static_cast<int>(0x90A03A14)}});
 }
 
-TYPED_TEST(NumberParsingTrial, TryStringToInteger_TakesAPointAndZerosBehindIt) {
-    expectTrials<TypeParam, int>(util::tryStringToInteger, {{"12.", true, 12},
-                                                            {"12.0", true, 12},
-                                                            {"12.000 ", true, 12},
-                                                            {"-12.00", true, -12},
-                                                            {"0.0", true, 0},
-                                                            {"12.5", false, 12},
-                                                            {"12.05", false, 12},
-                                                            {"12.0.0", false, 12},
-                                                            {"12..", false, 12},
-                                                            {"12 .0", false, 12},
-                                                            {"-12.5", false, -12},
-                                                            {"12.0e0", false, 12}});
+TYPED_TEST(NumberParsingTrial, TryStringToInteger_AcceptsAFractionOfZeros) {
+    expectCases<TypeParam, int>(util::tryStringToInteger, {{"12.", true, 12},
+                                                           {"12.0", true, 12},
+                                                           {"12.000 ", true, 12},
+                                                           {"-12.00", true, -12},
+                                                           {"0.0", true, 0},
+                                                           {"12.5", false, 12},
+                                                           {"12.05", false, 12},
+                                                           {"12.0.0", false, 12},
+                                                           {"12..", false, 12},
+                                                           {"12 .0", false, 12},
+                                                           {"-12.5", false, -12},
+                                                           {"12.0e0", false, 12}});
 }
 
-TYPED_TEST(NumberParsingTrial, TryStringToInteger_StoresWhatItReadAlsoWhenItRefuses) {
-    expectTrials<TypeParam, int>(util::tryStringToInteger, {{"", false, 0},
-                                                            {"  ", false, 0},
-                                                            {"-", false, 0},
-                                                            {"+", false, 0},
-                                                            {".", false, 0},
-                                                            {".0", false, 0},
-                                                            {"-.0", false, 0},
-                                                            {"x", false, 0},
-                                                            {"+-5", false, 0},
-                                                            {"- 5", false, 0},
-                                                            {"5x", false, 5},
-                                                            {"-3x", false, -3},
-                                                            {"-3 x", false, -3},
-                                                            {"1 2", false, 1},
-                                                            {"1,000", false, 1},
-                                                            {"1e3", false, 1},
-                                                            {"0x10", false, 0}});
+TYPED_TEST(NumberParsingTrial, TryStringToInteger_StoresTheNumberEvenOnFailure) {
+    expectCases<TypeParam, int>(util::tryStringToInteger, {{"", false, 0},
+                                                           {"  ", false, 0},
+                                                           {"-", false, 0},
+                                                           {"+", false, 0},
+                                                           {".", false, 0},
+                                                           {".0", false, 0},
+                                                           {"-.0", false, 0},
+                                                           {"x", false, 0},
+                                                           {"+-5", false, 0},
+                                                           {"- 5", false, 0},
+                                                           {"5x", false, 5},
+                                                           {"-3x", false, -3},
+                                                           {"-3 x", false, -3},
+                                                           {"1 2", false, 1},
+                                                           {"1,000", false, 1},
+                                                           {"1e3", false, 1},
+                                                           {"0x10", false, 0}});
 }
 
-TYPED_TEST(NumberParsingTrial, TryStringToDouble_WantsTheWholeText) {
+TYPED_TEST(NumberParsingTrial, TryStringToDouble_RequiresTheWholeText) {
     constexpr double kInfinite = std::numeric_limits<double>::infinity();
-    expectTrials<TypeParam, double>(util::tryStringToDouble, {{" 3.25 ", true, 3.25},
-                                                              {" \t\r\n-.5 \t\r\n", true, -0.5},
-                                                              {"5.", true, 5.0},
-                                                              {"+5", true, 5.0},
-                                                              {"0", true, 0.0},
-                                                              {"-0", true, -0.0},
-                                                              {"1e2", true, 100.0},
-                                                              {"1E+2 ", true, 100.0},
-                                                              {"-1e-2", true, -1.0 / 100.0},
-                                                              {"1e33", true, 0x1.8a6e32246c99dp+109},
-                                                              {"1e999", true, kInfinite},
-                                                              {"-1e999", true, -kInfinite},
-                                                              {"1e-999", true, 0.0},
-                                                              {"1e4294967298", true, 100.0},
-                                                              {"0.000000000000000000001", true, 0.0}});
+    expectCases<TypeParam, double>(util::tryStringToDouble, {{" 3.25 ", true, 3.25},
+                                                             {" \t\r\n-.5 \t\r\n", true, -0.5},
+                                                             {"5.", true, 5.0},
+                                                             {"+5", true, 5.0},
+                                                             {"0", true, 0.0},
+                                                             {"-0", true, -0.0},
+                                                             {"1e2", true, 100.0},
+                                                             {"1E+2 ", true, 100.0},
+                                                             {"-1e-2", true, -1.0 / 100.0},
+                                                             {"1e33", true, 0x1.8a6e32246c99dp+109},
+                                                             {"1e999", true, kInfinite},
+                                                             {"-1e999", true, -kInfinite},
+                                                             {"1e-999", true, 0.0},
+                                                             {"1e4294967298", true, 100.0},
+                                                             {"0.000000000000000000001", true, 0.0}});
 }
 
-TYPED_TEST(NumberParsingTrial, TryStringToDouble_StoresTheNumberInFrontOfWhatItRefuses) {
-    expectTrials<TypeParam, double>(util::tryStringToDouble, {{"3.25x", false, 3.25},
-                                                              {"-3.25x", false, -3.25},
-                                                              {"1.5 x", false, 1.5},
-                                                              {"1.5.5", false, 1.5},
-                                                              {"1e2x", false, 100.0},
-                                                              {"-1e2 x", false, -100.0},
-                                                              {"1e5e5", false, 1e5},
-                                                              {"1e2.0", false, 100.0},
-                                                              {"1 e2", false, 1.0},
-                                                              {"1,5", false, 1.0},
-                                                              {"0x10", false, 0.0}});
+TYPED_TEST(NumberParsingTrial, TryStringToDouble_StoresTheNumberBeforeInvalidText) {
+    expectCases<TypeParam, double>(util::tryStringToDouble, {{"3.25x", false, 3.25},
+                                                             {"-3.25x", false, -3.25},
+                                                             {"1.5 x", false, 1.5},
+                                                             {"1.5.5", false, 1.5},
+                                                             {"1e2x", false, 100.0},
+                                                             {"-1e2 x", false, -100.0},
+                                                             {"1e5e5", false, 1e5},
+                                                             {"1e2.0", false, 100.0},
+                                                             {"1 e2", false, 1.0},
+                                                             {"1,5", false, 1.0},
+                                                             {"0x10", false, 0.0}});
 }
 
-TYPED_TEST(NumberParsingTrial, TryStringToDouble_LeavesTheVariableAloneWithoutDigits) {
+TYPED_TEST(NumberParsingTrial, TryStringToDouble_StoresNothingWithoutDigits) {
     for (const char* const text : {"", " ", "-", "+", ".", "-.", "  .", ".e5", "e5", "x", "--1", "NaN", "-Inf"}) {
-        expectTrials<TypeParam, double>(util::tryStringToDouble, {{text, false, 99}});
+        expectCases<TypeParam, double>(util::tryStringToDouble, {{text, false, 99}});
     }
 }
 
-TYPED_TEST(NumberParsingTrial, TryStringToDouble_RefusesAZeroExponentWithTheBareMantissaStored) {
-    expectTrials<TypeParam, double>(util::tryStringToDouble, {{"1e0", false, 1.0},
-                                                              {"1e", false, 1.0},
-                                                              {"1e+", false, 1.0},
-                                                              {"1e-", false, 1.0},
-                                                              {"1ex", false, 1.0},
-                                                              {"1e 5", false, 1.0},
-                                                              {"1E000", false, 1.0},
-                                                              {"-2e", false, 2.0},
-                                                              {"-1e0", false, 1.0},
-                                                              {"2.5E-00", false, 25.0},
-                                                              {" -1.25e+00 ", false, 125.0},
-                                                              {"1e4294967296", false, 1.0},  // 0 again
-                                                              {"1234567890123456789e0", false, 123456789012345678.0}});
+TYPED_TEST(NumberParsingTrial, TryStringToDouble_RejectsAZeroExponentAndStoresTheMantissa) {
+    expectCases<TypeParam, double>(util::tryStringToDouble, {{"1e0", false, 1.0},
+                                                             {"1e", false, 1.0},
+                                                             {"1e+", false, 1.0},
+                                                             {"1e-", false, 1.0},
+                                                             {"1ex", false, 1.0},
+                                                             {"1e 5", false, 1.0},
+                                                             {"1E000", false, 1.0},
+                                                             {"-2e", false, 2.0},
+                                                             {"-1e0", false, 1.0},
+                                                             {"2.5E-00", false, 25.0},
+                                                             {" -1.25e+00 ", false, 125.0},
+                                                             {"1e4294967296", false, 1.0},  // wraps to 0
+                                                             {"1234567890123456789e0", false, 123456789012345678.0}});
 }
 
-TYPED_TEST(NumberParsingTrial, NullIsNoNumberAndLeavesTheVariableAlone) {
+TYPED_TEST(NumberParsingTrial, NullIsRejectedAndStoresNothing) {
     const TypeParam* const null = nullptr;
     int integer = 99;
     double number = 99;
@@ -158,15 +158,15 @@ TYPED_TEST(NumberParsingTrial, NullIsNoNumberAndLeavesTheVariableAlone) {
 }
 
 template <class T>
-using Question = bool (*)(const T*, bool) noexcept;
+using Check = bool (*)(const T*, bool) noexcept;
 
-/// Expects the answers without leading zeros and with them.
+/// Expects `strict` if leading zeros are not allowed, `lenient` if they are.
 template <class T>
-void expectAnswers(Question<T> question, const std::vector<const char*>& texts, bool strict, bool lenient) {
+void expectAnswers(Check<T> check, const std::vector<const char*>& texts, bool strict, bool lenient) {
     for (const char* const row : texts) {
         const std::basic_string<T> text = test::text<T>(row);
-        EXPECT_EQ(question(text.c_str(), false), strict) << row;
-        EXPECT_EQ(question(text.c_str(), true), lenient) << row;
+        EXPECT_EQ(check(text.c_str(), false), strict) << row;
+        EXPECT_EQ(check(text.c_str(), true), lenient) << row;
     }
 }
 
@@ -177,7 +177,7 @@ TYPED_TEST(NumberParsingTrial, CanCoerceToInteger_AcceptsDigitsAndAFractionOfZer
                              true, true);
 }
 
-TYPED_TEST(NumberParsingTrial, CanCoerceToInteger_RefusesEverythingElse) {
+TYPED_TEST(NumberParsingTrial, CanCoerceToInteger_RejectsOtherText) {
     expectAnswers<TypeParam>(util::canCoerceToInteger,
                              {"",      " ",      "+",     "-",   ".",     ".0",     "-.0",  "x",     "1x",
                               "0x1",   "0123x",  "- 5",   "+-5", "5 5",   "0 1",    "12.5", "12.05", "12..",
@@ -185,9 +185,9 @@ TYPED_TEST(NumberParsingTrial, CanCoerceToInteger_RefusesEverythingElse) {
                              false, false);
 }
 
-TYPED_TEST(NumberParsingTrial, CanCoerceToInteger_RefusesLeadingZerosUnlessTheyAreAllowed) {
+TYPED_TEST(NumberParsingTrial, CanCoerceToInteger_RejectsLeadingZerosUnlessAllowed) {
     expectAnswers<TypeParam>(util::canCoerceToInteger, {"0123", "-0123", "+0123", " 01 ", "010", "0001"}, false, true);
-    // Nothing but zeros is one zero, and a point takes the rule away.
+    // Only zeros count as one zero, and with a decimal point leading zeros are allowed.
     expectAnswers<TypeParam>(util::canCoerceToInteger, {"00", "-000", "0.0", "00.", "0123.0", "0123.", "-01.00 "}, true,
                              true);
 }
@@ -220,7 +220,7 @@ TYPED_TEST(NumberParsingTrial, CanCoerceToDouble_AcceptsAFractionAndAnExponent) 
                              true, true);
 }
 
-TYPED_TEST(NumberParsingTrial, CanCoerceToDouble_RefusesEverythingElse) {
+TYPED_TEST(NumberParsingTrial, CanCoerceToDouble_RejectsOtherText) {
     expectAnswers<TypeParam>(util::canCoerceToDouble,
                              {"",     " ",    "+",   "-",   ".",    "-.",   "..",    "5..",     "1.5.2",
                               ".e5",  "e5",   "1e",  "1e+", "1e-",  "1e ",  "1e+-5", "1e5.0",   "1e5e5",
@@ -229,25 +229,25 @@ TYPED_TEST(NumberParsingTrial, CanCoerceToDouble_RefusesEverythingElse) {
                              false, false);
 }
 
-TYPED_TEST(NumberParsingTrial, CanCoerceToDouble_RefusesLeadingZerosUnlessTheyAreAllowed) {
+TYPED_TEST(NumberParsingTrial, CanCoerceToDouble_RejectsLeadingZerosUnlessAllowed) {
     expectAnswers<TypeParam>(util::canCoerceToDouble, {"007", "-07", "+07", " 07 ", "010"}, false, true);
-    // Nothing but zeros is one zero, and a point or an exponent takes the rule away.
+    // Only zeros count as one zero, and with a decimal point or an exponent leading zeros are allowed.
     expectAnswers<TypeParam>(util::canCoerceToDouble,
                              {"00", "0000", "007.5", "007.", "000.5", "007e1", "07e0", "007.5e1", "00.0"}, true, true);
 }
 
-TEST(NumberParsingTrialWidths, TheNoBreakSpaceIsABlankInWideTextOnly) {
+TEST(NumberParsingTrialWidths, NoBreakSpaceIsWhiteSpaceOnlyInWideText) {
     constexpr const char* kBefore = "\xA0"
                                     "7";
-    constexpr const char* kBehind = "7\xA0";
-    expectTrials<wchar_t, int>(util::tryStringToInteger, {{kBefore, true, 7}, {kBehind, true, 7}});
-    expectTrials<char, int>(util::tryStringToInteger, {{kBefore, false, 0}, {kBehind, false, 7}});
-    expectTrials<wchar_t, double>(util::tryStringToDouble, {{kBefore, true, 7}, {kBehind, true, 7}});
-    expectTrials<char, double>(util::tryStringToDouble, {{kBefore, false, 99}, {kBehind, false, 7}});
-    expectAnswers<wchar_t>(util::canCoerceToInteger, {kBefore, kBehind}, true, true);
-    expectAnswers<char>(util::canCoerceToInteger, {kBefore, kBehind}, false, false);
-    expectAnswers<wchar_t>(util::canCoerceToDouble, {kBefore, kBehind}, true, true);
-    expectAnswers<char>(util::canCoerceToDouble, {kBefore, kBehind}, false, false);
+    constexpr const char* kAfter = "7\xA0";
+    expectCases<wchar_t, int>(util::tryStringToInteger, {{kBefore, true, 7}, {kAfter, true, 7}});
+    expectCases<char, int>(util::tryStringToInteger, {{kBefore, false, 0}, {kAfter, false, 7}});
+    expectCases<wchar_t, double>(util::tryStringToDouble, {{kBefore, true, 7}, {kAfter, true, 7}});
+    expectCases<char, double>(util::tryStringToDouble, {{kBefore, false, 99}, {kAfter, false, 7}});
+    expectAnswers<wchar_t>(util::canCoerceToInteger, {kBefore, kAfter}, true, true);
+    expectAnswers<char>(util::canCoerceToInteger, {kBefore, kAfter}, false, false);
+    expectAnswers<wchar_t>(util::canCoerceToDouble, {kBefore, kAfter}, true, true);
+    expectAnswers<char>(util::canCoerceToDouble, {kBefore, kAfter}, false, false);
 }
 
 }  // namespace

@@ -23,7 +23,7 @@ template <class T>
 class Splitting : public ::testing::Test {};
 TYPED_TEST_SUITE(Splitting, test::CharacterTypes, test::CharacterNames);
 
-/// The splitter that knows quotes, under one name for both widths.
+/// The splitter with quotes, under one name for both widths.
 void splitQuoted(const char* text, const char* delimiters, Array<BaseString<char>>& items, bool trim) {
     util::singleCStringToMultipleCStrings(text, delimiters, items, trim);
 }
@@ -34,7 +34,7 @@ void splitQuoted(const wchar_t* text, const wchar_t* delimiters, Array<BaseStrin
 
 using Texts = std::vector<std::string_view>;
 
-TYPED_TEST(Splitting, SplitString_CutsAtTheWholeDelimiter) {
+TYPED_TEST(Splitting, SplitString_SplitsAtTheWholeDelimiter) {
     struct Row {
         const char* text;
         const char* delimiter;
@@ -52,19 +52,19 @@ TYPED_TEST(Splitting, SplitString_CutsAtTheWholeDelimiter) {
     }
 }
 
-TYPED_TEST(Splitting, SplitString_AppendsAndMaySplitAPartItself) {
+TYPED_TEST(Splitting, SplitString_AppendsAndMaySplitAnItemOfTheList) {
     Array<BaseString<TypeParam>> parts = test::stringsOf(texts<TypeParam>({"a,b"}));
     util::splitString(parts[0].c_str(), test::text<TypeParam>(",").c_str(), parts);
     EXPECT_EQ(textsOf(parts), texts<TypeParam>({"a,b", "a", "b"}));
 }
 
-TYPED_TEST(Splitting, SplitString_MaySplitAtAPart) {
+TYPED_TEST(Splitting, SplitString_DelimiterMayBeAnItemOfTheList) {
     Array<BaseString<TypeParam>> parts = test::stringsOf(texts<TypeParam>({"::"}));
     util::splitString(test::text<TypeParam>("a::b::c::d::e::f").c_str(), parts[0].c_str(), parts);
     EXPECT_EQ(textsOf(parts), texts<TypeParam>({"::", "a", "b", "c", "d", "e", "f"}));
 }
 
-TYPED_TEST(Splitting, QuotedItemsMayHoldDelimitersAndQuotes) {
+TYPED_TEST(Splitting, QuotedItemsMayContainDelimitersAndQuotes) {
     struct Row {
         const char* text;
         bool trim;
@@ -75,7 +75,7 @@ TYPED_TEST(Splitting, QuotedItemsMayHoldDelimitersAndQuotes) {
           Row{R"(a;b,c)", false, {"a", "b", "c"}},  // either delimiter
           Row{R"("a";"b")", false, {"a", "b"}}, Row{R"("")", false, {""}}, Row{R"("""")", false, {"\""}},
           Row{R"("a","")", false, {"a", ""}}, Row{",a,,b,", false, {"", "a", "", "b"}},
-          Row{R"(a"b,c"d)", false, {"a\"b", "c\"d"}},  // a quote within an item is an ordinary one
+          Row{R"(a"b,c"d)", false, {"a\"b", "c\"d"}},  // a quote within an item is an ordinary character
           Row{"", false, {}}, Row{nullptr, false, {}}}) {
         Array<BaseString<TypeParam>> items = test::stringsOf(texts<TypeParam>({"old"}));
         splitQuoted(test::OptionalText<TypeParam>(row.text).get(), test::text<TypeParam>(",;").c_str(), items,
@@ -84,7 +84,7 @@ TYPED_TEST(Splitting, QuotedItemsMayHoldDelimitersAndQuotes) {
     }
 }
 
-TYPED_TEST(Splitting, WrongQuotesAreOrdinaryCharacters) {
+TYPED_TEST(Splitting, MalformedQuotesAreOrdinaryCharacters) {
     struct Row {
         const char* text;
         Texts items;
@@ -98,7 +98,7 @@ TYPED_TEST(Splitting, WrongQuotesAreOrdinaryCharacters) {
     }
 }
 
-TYPED_TEST(Splitting, TrimmingTakesBlanksOffBothEndsAlsoOfQuotedItems) {
+TYPED_TEST(Splitting, TrimmingIncludesQuotedItems) {
     Array<BaseString<TypeParam>> items;
     const auto comma = test::text<TypeParam>(",");
     splitQuoted(test::text<TypeParam>(" a\t,\r\nb c\n,\" d \", \"e\" ,  ").c_str(), comma.c_str(), items, true);
@@ -109,7 +109,7 @@ TYPED_TEST(Splitting, TrimmingTakesBlanksOffBothEndsAlsoOfQuotedItems) {
     EXPECT_EQ(textsOf(items), texts<TypeParam>({sizeof(TypeParam) > 1 ? "x" : "\xA0x\xA0"}));
 }
 
-TYPED_TEST(Splitting, NoDelimitersGiveOneItem) {
+TYPED_TEST(Splitting, WithoutDelimitersThereIsOneItem) {
     for (const char* none : {"", static_cast<const char*>(nullptr)}) {
         Array<BaseString<TypeParam>> items;
         splitQuoted(test::text<TypeParam>("a,b").c_str(), test::OptionalText<TypeParam>(none).get(), items, false);
@@ -117,7 +117,7 @@ TYPED_TEST(Splitting, NoDelimitersGiveOneItem) {
     }
 }
 
-TYPED_TEST(Splitting, TokenizeString_CutsInPlace) {
+TYPED_TEST(Splitting, TokenizeString_SplitsInPlace) {
     struct Row {
         const char* text;
         const char* delimiter;
@@ -129,7 +129,7 @@ TYPED_TEST(Splitting, TokenizeString_CutsInPlace) {
           Row{"a,b,,c", ",", 4, {"a", "b", "", "c"}}, Row{"a,b", ",", 9, {"a", "b"}}, Row{"a,b", ",", 0, {"a,b"}},
           Row{"a,b", ",", 1, {"a,b"}}, Row{"", ",", -1, {""}}, Row{",", ",", -1, {"", ""}},
           Row{"a,", ",", -1, {"a", ""}}, Row{"a,b", nullptr, -1, {"a,b"}}, Row{"a,b", "", -1, {"a,b"}},
-          Row{"a,;b", ",;", -1, {"a", ";b"}}}) {  // only the first character of the delimiter cuts
+          Row{"a,;b", ",;", -1, {"a", ";b"}}}) {  // only the first character of the delimiter is used
         std::basic_string<TypeParam> text = test::text<TypeParam>(row.text);
         const std::basic_string<TypeParam> before = text;
         TypeParam other = 'x';
@@ -148,18 +148,18 @@ TYPED_TEST(Splitting, TokenizeString_CutsInPlace) {
     }
 }
 
-TYPED_TEST(Splitting, TokenizeString_MakesRoomForAllTokensFirst) {
+TYPED_TEST(Splitting, TokenizeString_ReservesAllTokensFirst) {
     std::basic_string<TypeParam> text = test::text<TypeParam>("a,b");
     Array<TypeParam*> tokens;
     util::tokenizeString(text.data(), test::text<TypeParam>(",").c_str(), tokens, 37);
-    TypeParam* const* const place = tokens.data();
+    TypeParam* const* const data = tokens.data();
     while (tokens.size() < 37) {
         tokens.append(text.data());
     }
-    EXPECT_EQ(tokens.data(), place);
+    EXPECT_EQ(tokens.data(), data);
 }
 
-TYPED_TEST(Splitting, TokenizeString_ReservesNoMoreThanTheTextCanHold) {
+TYPED_TEST(Splitting, TokenizeString_LimitsReservationToTheText) {
     constexpr int kNoLimit = std::numeric_limits<int>::max();
     for (const int most : {1025, 1'000'000, kNoLimit}) {
         std::basic_string<TypeParam> text = test::text<TypeParam>("a,b");
@@ -170,10 +170,10 @@ TYPED_TEST(Splitting, TokenizeString_ReservesNoMoreThanTheTextCanHold) {
     std::basic_string<TypeParam> delimiters(2000, TypeParam{','});
     Array<TypeParam*> tokens;
     EXPECT_EQ(util::tokenizeString(delimiters.data(), test::text<TypeParam>(",").c_str(), tokens, kNoLimit), 2001);
-    EXPECT_EQ(tokens.allocated(), 2560u) << "room for all of them at once: 5 slots, doubled";
+    EXPECT_EQ(tokens.allocated(), 2560u) << "capacity for all tokens at once: 5 slots, doubled";
 }
 
-TYPED_TEST(Splitting, TokenizeString_OfNullHasNoToken) {
+TYPED_TEST(Splitting, TokenizeString_OfNullHasNoTokens) {
     TypeParam other = 'x';
     Array<TypeParam*> tokens;
     tokens.append(&other);
@@ -197,7 +197,7 @@ TYPED_TEST(Splitting, RandomTextsAgreeWithTheReference) {
         std::basic_string<TypeParam> cut = text;
         Array<TypeParam*> tokens;
         util::tokenizeString(cut.data(), delimiters.c_str(), tokens, most);
-        // Put together again with the character that was cut at, the tokens are the text.
+        // Joined with the delimiter, the tokens are the text.
         std::basic_string<TypeParam> again;
         for (TypeParam* const token : tokens) {
             again += (again.empty() && token == cut.data() ? std::basic_string<TypeParam>() : delimiters.substr(0, 1)) +
