@@ -94,7 +94,7 @@ protected:
     }
 };
 
-constexpr LocalMs kLongest = ViewLoop::kLongestBusyMs;
+constexpr LocalMs kMaxBusyMs = ViewLoop::kMaxBusyMs;
 const Settings kFollowing = {.path = L"my.log", .follow = true};
 
 TEST_F(ViewLoopTest, ExistingLogIsShownWithoutReports) {
@@ -124,8 +124,8 @@ TEST_F(ViewLoopTest, BrieflyBusyLogIsNotReported) {
     files.index = 1;
     files.isBusy = true;
     clock.isTimeToStop = [&](LocalMs now) {
-        files.isBusy = now < kLongest;
-        return now > kLongest + 1000;
+        files.isBusy = now < kMaxBusyMs;
+        return now > kMaxBusyMs + 1000;
     };
     run(kFollowing);
     EXPECT_EQ(shown, files.bytes);
@@ -136,8 +136,8 @@ TEST_F(ViewLoopTest, FollowReportsABusyLogOnce) {
     files.index = 1;
     files.isBusy = true;
     clock.isTimeToStop = [&](LocalMs now) {
-        files.isBusy = now < 3 * kLongest;
-        return now > 3 * kLongest + 1000;
+        files.isBusy = now < 3 * kMaxBusyMs;
+        return now > 3 * kMaxBusyMs + 1000;
     };
     run(kFollowing);
     EXPECT_EQ(shown, files.bytes);
@@ -148,8 +148,8 @@ TEST_F(ViewLoopTest, FollowReportsEachBusyPeriod) {
     files.index = 1;
     files.isBusy = true;
     clock.isTimeToStop = [&](LocalMs now) {
-        files.isBusy = now < 2 * kLongest || now > 3 * kLongest;
-        return now > 5 * kLongest;
+        files.isBusy = now < 2 * kMaxBusyMs || now > 3 * kMaxBusyMs;
+        return now > 5 * kMaxBusyMs;
     };
     run(kFollowing);
     EXPECT_EQ(clock.reports.size(), 2u);
@@ -159,18 +159,18 @@ TEST_F(ViewLoopTest, BusyLogIsPolledLessOften) {
     files.isBusy = true;
     unsigned int attemptsBefore = 0;
     clock.isTimeToStop = [&](LocalMs now) {
-        attemptsBefore = now <= kLongest ? files.attempts : attemptsBefore;
-        return now >= 2 * kLongest;
+        attemptsBefore = now <= kMaxBusyMs ? files.attempts : attemptsBefore;
+        return now >= 2 * kMaxBusyMs;
     };
     run(kFollowing);
-    EXPECT_GE(attemptsBefore, kLongest / ViewLoop::kBusyMs - 1);
-    EXPECT_LE(files.attempts - attemptsBefore, kLongest / ViewLoop::kPollMs + 2);
+    EXPECT_GE(attemptsBefore, kMaxBusyMs / ViewLoop::kBusyMs - 1);
+    EXPECT_LE(files.attempts - attemptsBefore, kMaxBusyMs / ViewLoop::kPollMs + 2);
 }
 
 TEST_F(ViewLoopTest, BusyLogFailsWithoutFollow) {
     files.isBusy = true;
     EXPECT_THROW(run({.path = L"my.log"}), FileBusy);
-    EXPECT_GT(clock.nowMs(), kLongest);
+    EXPECT_GT(clock.nowMs(), kMaxBusyMs);
     EXPECT_THAT(clock.reports, IsEmpty());
 }
 

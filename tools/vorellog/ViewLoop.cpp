@@ -40,7 +40,7 @@ ViewLoop::Outcome ViewLoop::poll() {
         return progress == Follower::Progress::More ? Outcome::More : Outcome::Idle;
     } catch (const FileBusy& reason) {
         const LocalMs now = m_environment.nowMs();
-        if (now - m_busySinceMs.value_or(now) > kLongestBusyMs) {
+        if (now - m_busySinceMs.value_or(now) > kMaxBusyMs) {
             if (!m_settings.follow) {
                 throw;
             }

@@ -33,15 +33,15 @@ public:
 class ViewLoop {
 public:
     static constexpr LocalMs kPollMs = 100;
-    static constexpr LocalMs kBusyMs = 5;             ///< between two attempts to read a busy file
-    static constexpr LocalMs kLongestBusyMs = 10000;  ///< then a busy file is a failure, or is reported with --follow
-    static constexpr LocalMs kLineEndMs = 200;        ///< then the writer of an incomplete line is assumed dead
+    static constexpr LocalMs kBusyMs = 5;         ///< between two attempts to read a busy file
+    static constexpr LocalMs kMaxBusyMs = 10000;  ///< then a busy file is a failure, or is reported with --follow
+    static constexpr LocalMs kLineEndMs = 200;    ///< then the writer of an incomplete line is assumed dead
 
     /// The references must outlive this object.
     ViewLoop(const Settings& settings, Follower& follower, Viewer& viewer, Environment& environment)
         : m_settings(settings), m_follower(follower), m_viewer(viewer), m_environment(environment) {}
 
-    /// \throws FileBusy without --follow, if a file stays busy for longer than kLongestBusyMs; tools::Failure.
+    /// \throws FileBusy without --follow, if a file stays busy for longer than kMaxBusyMs; tools::Failure.
     void run();
 
     /// Reports new gaps: records may be missing.
