@@ -64,7 +64,7 @@ TYPED_TEST(DigitBlock, BlocksStayWithinThePage) {
     const TypeParam* const first = edge.firstElement();
     for (std::size_t position = 0; position < 4096 / sizeof(TypeParam); ++position) {
         const bool fits = position >= 16 && position + 32 <= 4096 / sizeof(TypeParam);
-        ASSERT_EQ(kernels::isWithinPage(first + position), fits) << position;
+        ASSERT_EQ(kernels::areBlocksInPage(first + position), fits) << position;
         if (fits) {  // nothing faults
             static_cast<void>(kernels::digitMask(first + position + 16));
             static_cast<void>(kernels::valueOfDigits(first + position, 0));

@@ -50,7 +50,7 @@ struct Scalar {
                3;
     }
     /// Decodes block by block with the operations for one group.
-    static std::size_t decode(const T* text, std::size_t blocks, const Encoding& encoding, Strangers strangers,
+    static std::size_t decode(const T* text, std::size_t blocks, const Encoding& encoding, InvalidCharacters rule,
                               unsigned char* out) {
         for (std::size_t block = 0; block < blocks; ++block, text += kBlockCharacters, out += kBlockBytes) {
             unsigned int values[kBlockCharacters];
@@ -111,7 +111,7 @@ protected:
     }
 
     /// Decodes the text at `place` into a buffer for exactly `blocks` blocks and the overhang. Expects `done` blocks.
-    void expectDecoded(const Unit* place, std::size_t blocks, const Encoding& encoding, Strangers strangers,
+    void expectDecoded(const Unit* place, std::size_t blocks, const Encoding& encoding, InvalidCharacters rule,
                        std::size_t done) {
         unsigned char* const out = m_bytes.lastElements(blocks * kBlockBytes + Kernel::kOverhang);
         ASSERT_EQ(Kernel::decode(place, blocks, encoding, rule, out), done);
@@ -178,9 +178,10 @@ TYPED_TEST(SixBits, Decode_OnlyTheGivenWholeBlocks) {
             for (std::size_t blocks = 0; blocks <= 5; ++blocks) {
                 SCOPED_TRACE(testing::Message() << blocks << " blocks of " << length);
                 ASSERT_NO_FATAL_FAILURE(
-                    this->expectDecoded(place, blocks, encoding, Strangers::Stop, std::min(blocks, whole)));
+                    this->expectDecoded(place, blocks, encoding, InvalidCharacters::Stop, std::min(blocks, whole)));
                 const std::size_t counted = std::min(blocks, whole);  // with Zeros the caller knows the length
-                ASSERT_NO_FATAL_FAILURE(this->expectDecoded(place, counted, encoding, Strangers::Zeros, counted));
+                ASSERT_NO_FATAL_FAILURE(
+                    this->expectDecoded(place, counted, encoding, InvalidCharacters::AsZero, counted));
             }
         }
     }

@@ -61,7 +61,7 @@ protected:
     }
 
     /// Decodes at most `left` of `bytes`, which end at an inaccessible page, and checks the result.
-    Stretch decode(std::string_view bytes, std::size_t left, std::size_t room, Tail tail) {
+    Progress decode(std::string_view bytes, std::size_t left, std::size_t room, Overwrite overwrite) {
         const auto* const input =
             m_bytes.placeAtEnd({reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size()});
         std::wstring out(room + 40, kGuard);
@@ -72,13 +72,13 @@ protected:
         EXPECT_FALSE(expected.error);
         EXPECT_EQ(expected.bytesRead, done.read) << "ends between two characters, before a zero";
         EXPECT_EQ(out.substr(0, done.written), expected.units);
-        const std::size_t untouched = tail == Tail::Free ? room : done.written;
+        const std::size_t untouched = overwrite == Overwrite::Allowed ? room : done.written;
         EXPECT_EQ(out.find_first_not_of(kGuard, untouched), std::wstring::npos) << "after the capacity or the text";
         return done;
     }
 
     /// Encodes at most `left` of `units` and checks the result.
-    Stretch encode(std::wstring_view units, std::size_t left, std::size_t room, bool paired) {
+    Progress encode(std::wstring_view units, std::size_t left, std::size_t room, bool paired) {
         const auto* const input = m_units.placeAtEnd(units);
         std::string out(room + 40, static_cast<char>(kGuardByte));
         const Progress done = encodeUtf8Avx2(input, left, reinterpret_cast<unsigned char*>(out.data()), room, paired);
@@ -106,11 +106,11 @@ TEST_F(Utf8Avx2, DecodesRandomTextsWithinBoundAndCapacity) {
             bytes[random.below(bytes.size())] = static_cast<char>(random.bits());
         }
         bytes += std::string(6, '\0');
-        for (const Tail tail : {Tail::Free, Tail::Untouched}) {
-            decode(bytes, kNoBound, 2 * kMax, tail);
-            decode(bytes, random.below(bytes.size()), 2 * kMax, tail);
-            decode(bytes, kNoBound, random.below(kMax), tail);
-            decode(bytes, random.below(bytes.size()), random.below(kMax), tail);
+        for (const Overwrite overwrite : {Overwrite::Allowed, Overwrite::Forbidden}) {
+            decode(bytes, kNoBound, 2 * kMax, overwrite);
+            decode(bytes, random.below(bytes.size()), 2 * kMax, overwrite);
+            decode(bytes, kNoBound, random.below(kMax), overwrite);
+            decode(bytes, random.below(bytes.size()), random.below(kMax), overwrite);
         }
         if (HasFailure()) {
             return;
@@ -182,7 +182,7 @@ TEST_F(Utf8Avx2, StopsBeforeMalformedText) {
                 }
                 const std::size_t valid = bytes.size();
                 bytes += damage + std::string(64, 'z') + std::string(6, '\0');
-                EXPECT_LE(decode(bytes, kNoBound, 200, Tail::Free).read, valid) << "damage " << damage.size();
+                EXPECT_LE(decode(bytes, kNoBound, 200, Overwrite::Allowed).read, valid) << "damage " << damage.size();
             }
         }
     }
