@@ -7,19 +7,19 @@
 #include <string_view>
 #include <vector>
 
-#include "kernels/Base64Text.h"
+#include "algorithms/Base64Text.h"
 #include "support/BitTextReference.h"
 #include "support/Input.h"
 
 namespace {
 
-using vorel::kernels::Base64End;
-using vorel::kernels::Base64Step;
-using vorel::kernels::decodeBase64Step;
-using vorel::kernels::encodeBase64;
-using vorel::kernels::kBase64Alphabet;
-using vorel::kernels::kBase64StepCapacity;
-using vorel::kernels::kInvalidBase64;
+using vorel::algorithms::Base64End;
+using vorel::algorithms::Base64Step;
+using vorel::algorithms::decodeBase64Step;
+using vorel::algorithms::encodeBase64;
+using vorel::algorithms::kBase64Alphabet;
+using vorel::algorithms::kBase64StepCapacity;
+using vorel::algorithms::kInvalidBase64;
 
 const int* table() {
     static const std::vector<int> valuesOfAll = [] {

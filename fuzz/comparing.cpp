@@ -5,15 +5,15 @@
 #include <string_view>
 #include <type_traits>
 
-#include "kernels/TextOrder.h"
+#include "algorithms/TextOrder.h"
 #include "support/Scans.h"
 #include "support/TextReference.h"
 
 namespace {
 
-using vorel::kernels::compareTexts;
-using vorel::kernels::OrderRules;
-using vorel::kernels::versionAtLeast;
+using vorel::algorithms::compareTexts;
+using vorel::algorithms::OrderRules;
+using vorel::algorithms::versionAtLeast;
 
 int signOfNumber(int number) noexcept {
     return (number > 0 ? 1 : 0) - (number < 0 ? 1 : 0);

@@ -6,16 +6,16 @@
 #include <string_view>
 #include <vector>
 
-#include "kernels/DaylightText.h"
+#include "algorithms/DaylightText.h"
 #include "support/BitTextReference.h"
 #include "support/Input.h"
 
 namespace {
 
-using vorel::kernels::bytesOfLastGroup;
-using vorel::kernels::daylightLength;
-using vorel::kernels::decodeDaylightGroups;
-using vorel::kernels::encodeDaylight;
+using vorel::algorithms::bytesOfLastGroup;
+using vorel::algorithms::daylightLength;
+using vorel::algorithms::decodeDaylightGroups;
+using vorel::algorithms::encodeDaylight;
 
 template <class T>
 void encode(const std::string& bytes, const fuzz::Placement& source, const fuzz::Placement& target) {

@@ -8,17 +8,17 @@
 #include <string>
 #include <string_view>
 
-#include "kernels/DoubleText.h"
+#include "algorithms/DoubleText.h"
 #include "support/DoubleTextReference.h"
 #include "support/Input.h"
 #include "values/DoubleFormat.h"
 
 namespace {
 
+using vorel::algorithms::DoubleForm;
+using vorel::algorithms::kDoubleCapacity;
+using vorel::algorithms::writeDouble;
 using vorel::baseutil::makeDoubleFormatConsistent;
-using vorel::kernels::DoubleForm;
-using vorel::kernels::kDoubleCapacity;
-using vorel::kernels::writeDouble;
 
 template <class T>
 void write(double value, DoubleForm form, const std::string& expected, const fuzz::Placement& target) {

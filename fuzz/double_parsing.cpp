@@ -3,16 +3,16 @@
 #include <cstdint>
 #include <string>
 
-#include "kernels/NumberReading.h"
+#include "algorithms/NumberReading.h"
 #include "support/NumberReference.h"
 #include "support/Scans.h"
 
 namespace {
 
-using vorel::kernels::coercesToDouble;
-using vorel::kernels::readDecimal;
-using vorel::kernels::readDecimalStepByStep;
-using vorel::kernels::tryReadDouble;
+using vorel::algorithms::coercesToDouble;
+using vorel::algorithms::readDecimal;
+using vorel::algorithms::readDecimalStepByStep;
+using vorel::algorithms::tryReadDouble;
 
 template <class T>
 void run(fuzz::Input& input) {

@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-#include "kernels/FormatSlots.h"
+#include "algorithms/FormatSlots.h"
 #include "support/Input.h"
 
 namespace {
@@ -31,7 +31,7 @@ void run(fuzz::Input& input) {
     for (const T unit : format) {
         narrow += unit > 0 && unit < 0x80 ? static_cast<char>(unit) : '?';
     }
-    fuzz::check(vorel::kernels::countFormatSlots(fuzz::inputPages().copyText(format, around)) == slotsOf(narrow),
+    fuzz::check(vorel::algorithms::countFormatSlots(fuzz::inputPages().copyText(format, around)) == slotsOf(narrow),
                 "every conversion and every asterisk takes an argument");
 }
 

@@ -5,16 +5,16 @@
 #include <string>
 #include <string_view>
 
-#include "kernels/HexText.h"
+#include "algorithms/HexText.h"
 #include "support/BitTextReference.h"
 #include "support/Input.h"
 
 namespace {
 
-using vorel::kernels::decodeHexLenient;
-using vorel::kernels::decodeHexWithStatus;
-using vorel::kernels::encodeHex;
-using vorel::kernels::HexCase;
+using vorel::algorithms::decodeHexLenient;
+using vorel::algorithms::decodeHexWithStatus;
+using vorel::algorithms::encodeHex;
+using vorel::algorithms::HexCase;
 
 template <class T>
 void encode(const std::string& bytes, HexCase letters, const fuzz::Placement& source, const fuzz::Placement& target) {

@@ -4,13 +4,13 @@
 #include <cstdint>
 #include <string>
 
-#include "kernels/BoundedText.h"
+#include "algorithms/BoundedText.h"
 #include "support/Input.h"
 
 namespace {
 
-using vorel::kernels::magnitudeOf;
-using vorel::kernels::writeBoundedInteger;
+using vorel::algorithms::magnitudeOf;
+using vorel::algorithms::writeBoundedInteger;
 
 /// A number in a buffer of `size`: truncated, with a terminator after it and one at the end of the buffer.
 template <class T>

@@ -3,17 +3,17 @@
 #include <cstdint>
 #include <string>
 
-#include "kernels/NumberReading.h"
+#include "algorithms/NumberReading.h"
 #include "support/NumberReference.h"
 #include "support/Scans.h"
 
 namespace {
 
-using vorel::kernels::coercesToInteger;
-using vorel::kernels::kMaxHexDigits;
-using vorel::kernels::readHex;
-using vorel::kernels::readInteger;
-using vorel::kernels::tryReadInteger;
+using vorel::algorithms::coercesToInteger;
+using vorel::algorithms::kMaxHexDigits;
+using vorel::algorithms::readHex;
+using vorel::algorithms::readInteger;
+using vorel::algorithms::tryReadInteger;
 
 template <class Value, class T>
 void checkInteger(const fuzz::ScannedText<T>& text, bool skipTrailing) {

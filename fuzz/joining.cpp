@@ -5,19 +5,19 @@
 #include <string>
 #include <string_view>
 
-#include "kernels/JoinedItems.h"
-#include "kernels/Splitting.h"
+#include "algorithms/JoinedItems.h"
+#include "algorithms/Splitting.h"
 #include "support/Input.h"
 #include "support/TextReference.h"
 
 namespace {
 
-using vorel::kernels::isQuotedAlready;
-using vorel::kernels::joinedItemCapacity;
-using vorel::kernels::kUnitBlock;
-using vorel::kernels::QuotedItems;
-using vorel::kernels::Quotes;
-using vorel::kernels::writeJoinedItem;
+using vorel::algorithms::isQuotedAlready;
+using vorel::algorithms::joinedItemCapacity;
+using vorel::algorithms::kUnitBlock;
+using vorel::algorithms::QuotedItems;
+using vorel::algorithms::Quotes;
+using vorel::algorithms::writeJoinedItem;
 
 std::wstring widened(const std::u16string& text) {
     return {text.begin(), text.end()};

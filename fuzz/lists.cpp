@@ -6,21 +6,21 @@
 #include <string_view>
 #include <vector>
 
-#include "kernels/BooleanReading.h"
-#include "kernels/ListReading.h"
-#include "kernels/RangeReading.h"
+#include "algorithms/BooleanReading.h"
+#include "algorithms/ListReading.h"
+#include "algorithms/RangeReading.h"
 #include "support/ListReference.h"
 #include "support/Scans.h"
 
 namespace {
 
-using vorel::kernels::coercesToBoolean;
-using vorel::kernels::coercesToIntegers;
-using vorel::kernels::readBoolean;
-using vorel::kernels::readBooleanList;
-using vorel::kernels::readDoubleList;
-using vorel::kernels::readIntegerList;
-using vorel::kernels::readRanges;
+using vorel::algorithms::coercesToBoolean;
+using vorel::algorithms::coercesToIntegers;
+using vorel::algorithms::readBoolean;
+using vorel::algorithms::readBooleanList;
+using vorel::algorithms::readDoubleList;
+using vorel::algorithms::readIntegerList;
+using vorel::algorithms::readRanges;
 
 template <class T>
 void readBooleanText(const fuzz::ScannedText<T>& text) {

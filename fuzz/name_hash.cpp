@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-#include "kernels/NameHash.h"
+#include "algorithms/NameHash.h"
 #include "support/Input.h"
 
 namespace {
@@ -22,9 +22,9 @@ void run(fuzz::Input& input) {
         expected = (expected * 31 + number + (isCapital ? 'a' - 'A' : 0)) % (std::uint64_t{1} << 32);
         other += static_cast<T>(isCapital ? unit + 32 : isSmall ? unit - 32 : unit);
     }
-    fuzz::check(vorel::kernels::nameHash(fuzz::inputPages().copyText(name, around)) == expected,
+    fuzz::check(vorel::algorithms::nameHash(fuzz::inputPages().copyText(name, around)) == expected,
                 "the hash follows the rule");
-    fuzz::check(vorel::kernels::nameHash(fuzz::inputPages().copyText(other, around)) == expected,
+    fuzz::check(vorel::algorithms::nameHash(fuzz::inputPages().copyText(other, around)) == expected,
                 "the hash ignores case");
 }
 

@@ -5,19 +5,19 @@
 #include <string_view>
 #include <vector>
 
-#include "kernels/Splitting.h"
-#include "kernels/Trimming.h"
+#include "algorithms/Splitting.h"
+#include "algorithms/Trimming.h"
 #include "support/Scans.h"
 #include "support/TextReference.h"
 
 namespace {
 
-using vorel::kernels::countOf;
-using vorel::kernels::QuotedItems;
-using vorel::kernels::Quotes;
-using vorel::kernels::splitAtDelimiters;
-using vorel::kernels::tokenizeInPlace;
-using vorel::kernels::trimmed;
+using vorel::algorithms::countOf;
+using vorel::algorithms::QuotedItems;
+using vorel::algorithms::Quotes;
+using vorel::algorithms::splitAtDelimiters;
+using vorel::algorithms::tokenizeInPlace;
+using vorel::algorithms::trimmed;
 
 /// A text and its delimiters, each next to an inaccessible page.
 template <class T>

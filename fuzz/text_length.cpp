@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <string>
 
-#include "kernels/TextLength.h"
+#include "algorithms/TextLength.h"
 #include "support/Input.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -11,6 +11,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const fuzz::Placement around = input.placement();
     const std::string text = fuzz::upToZero(input.rest());
     const char* const placed = fuzz::inputPages().copyText(text, around);
-    fuzz::check(vorel::kernels::textLength(placed) == text.size(), "the length ends at the terminator");
+    fuzz::check(vorel::algorithms::textLength(placed) == text.size(), "the length ends at the terminator");
     return 0;
 }

@@ -4,22 +4,22 @@
 #include <string>
 #include <string_view>
 
-#include "kernels/UrlText.h"
+#include "algorithms/UrlText.h"
 #include "support/Input.h"
 #include "support/UrlReference.h"
 
 namespace {
 
-using vorel::kernels::decodeUrl;
-using vorel::kernels::encodeUrl;
-using vorel::kernels::kUrlDecodingOverhang;
-using vorel::kernels::kUrlOverhang;
-using vorel::kernels::kUrlUses;
-using vorel::kernels::urlLength;
-using vorel::kernels::UrlProgress;
-using vorel::kernels::UrlTable;
-using vorel::kernels::urlTable;
-using vorel::kernels::UrlUse;
+using vorel::algorithms::decodeUrl;
+using vorel::algorithms::encodeUrl;
+using vorel::algorithms::kUrlDecodingOverhang;
+using vorel::algorithms::kUrlOverhang;
+using vorel::algorithms::kUrlUses;
+using vorel::algorithms::urlLength;
+using vorel::algorithms::UrlProgress;
+using vorel::algorithms::UrlTable;
+using vorel::algorithms::urlTable;
+using vorel::algorithms::UrlUse;
 
 /// The characters that each use escapes in addition to those that all escape.
 std::string escapedIn(UrlUse use) {

@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-#include "kernels/Utf16Bytes.h"
+#include "algorithms/Utf16Bytes.h"
 #include "support/Input.h"
 
 namespace {
@@ -17,7 +17,7 @@ void count(const std::string& bytes, const fuzz::Placement& around) {
     const std::string_view all = bytes;
     const char* const placed = fuzz::inputPages().copy(all, around);
     const auto* const from = reinterpret_cast<const unsigned char*>(placed);
-    fuzz::check(vorel::kernels::countUtf16Units(from, bytes.size()) == expected, "units count up to the first zero");
+    fuzz::check(vorel::algorithms::countUtf16Units(from, bytes.size()) == expected, "units count up to the first zero");
 }
 
 void write(const std::u16string& units, bool littleEndian, const fuzz::Placement& source,
@@ -25,7 +25,7 @@ void write(const std::u16string& units, bool littleEndian, const fuzz::Placement
     const std::u16string_view all = units;
     const char16_t* const from = fuzz::inputPages().copy(all, source);
     auto* const out = fuzz::outputPages().allocate<unsigned char>(2 * units.size(), target);
-    vorel::kernels::writeUtf16Bytes(from, units.size(), littleEndian, out);
+    vorel::algorithms::writeUtf16Bytes(from, units.size(), littleEndian, out);
     for (std::size_t at = 0; at != units.size(); ++at) {
         const unsigned int first = out[2 * at];
         const unsigned int second = out[2 * at + 1];

@@ -4,14 +4,14 @@
 #include <string>
 #include <string_view>
 
-#include "kernels/Utf8Streams.h"
+#include "algorithms/Utf8Streams.h"
 #include "support/Input.h"
 #include "support/Utf8Reference.h"
 
 namespace {
 
-using vorel::kernels::Overwrite;
-using LastPair = vorel::kernels::Utf8Reader::LastPair;
+using vorel::algorithms::Overwrite;
+using LastPair = vorel::algorithms::Utf8Reader::LastPair;
 
 struct Reading {
     std::basic_string_view<unsigned char> bytes;
@@ -37,7 +37,7 @@ void decode(const Reading& reading, const test::DecodedText& expected) {
     constexpr std::size_t kOverhang = Rule == LastPair::Written ? 1 : 0;
     const unsigned char* const bytes = fuzz::inputPages().copy(reading.bytes, reading.source);
     const std::size_t size = reading.capacity + kOverhang;
-    vorel::kernels::Utf8Reader reader(bytes, reading.length);
+    vorel::algorithms::Utf8Reader reader(bytes, reading.length);
     std::size_t done = 0;
     while (!reader.atEnd()) {
         auto* const out = fuzz::outputPages().allocate<char16_t>(size, reading.target);
@@ -85,7 +85,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     }
     // Trailing bytes are not checked, so a sequence may include the terminator and bytes after it. The text has exactly
     // the bytes that must be readable; reads past it must stay in its page.
-    text.append(vorel::kernels::kLongestUtf8Sequence + 1, '\0');
+    text.append(vorel::algorithms::kLongestUtf8Sequence + 1, '\0');
     const test::DecodedText expected = test::decodeUtf8(text, reading.length);
     reading.bytes = {reinterpret_cast<const unsigned char*>(text.data()), expected.bytesRead};
     fuzz::withEachKernel([&] {

@@ -5,13 +5,13 @@
 #include <string>
 #include <string_view>
 
-#include "kernels/Utf8Streams.h"
+#include "algorithms/Utf8Streams.h"
 #include "support/Input.h"
 #include "support/Utf8Reference.h"
 
 namespace {
 
-using vorel::kernels::Surrogates;
+using vorel::algorithms::Surrogates;
 
 struct Writing {
     std::u16string_view units;
@@ -32,7 +32,7 @@ std::size_t sequenceAt(const std::string& text, std::size_t at) {
 template <Surrogates Rule>
 void encode(const Writing& writing, const std::string& expected) {
     const char16_t* const units = fuzz::inputPages().copy(writing.units, writing.source);
-    vorel::kernels::Utf8Writer<Rule, char16_t> writer(units, writing.length);
+    vorel::algorithms::Utf8Writer<Rule, char16_t> writer(units, writing.length);
     std::size_t done = 0;
     while (!writer.atEnd()) {
         auto* const out = fuzz::outputPages().allocate<unsigned char>(writing.capacity, writing.target);

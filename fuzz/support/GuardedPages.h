@@ -1,9 +1,9 @@
 /// \file
-/// Memory between two inaccessible pages, for the input and the output of a kernel.
+/// Memory between two inaccessible pages, for the input and the output of an algorithm.
 ///
-/// Kernels may read blocks that extend past a text, but only in pages that hold a part of it. A text at the end of its
-/// page exposes every read too far past it, and a text at the start every read too far before it. The memory around the
-/// text in its own pages is noise that must not affect a result.
+/// Algorithms may read blocks that extend past a text, but only in pages that hold a part of it. A text at the end of
+/// its page exposes every read too far past it, and a text at the start every read too far before it. The memory around
+/// the text in its own pages is noise that must not affect a result.
 #pragma once
 
 #include <algorithm>

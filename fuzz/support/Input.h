@@ -1,6 +1,6 @@
 /// \file
-/// Converts libFuzzer's input to the input of a kernel. Choices are read from its end and texts from its start, so that
-/// corpus files begin with their text.
+/// Converts libFuzzer's input to the input of an algorithm. Choices are read from its end and texts from its start, so
+/// that corpus files begin with their text.
 #pragma once
 
 #include <algorithm>
@@ -11,7 +11,7 @@
 
 #include <fuzzer/FuzzedDataProvider.h>
 
-#include "kernels/Processor.h"
+#include "algorithms/Processor.h"
 #include "support/GuardedPages.h"
 
 namespace fuzz {
@@ -66,20 +66,20 @@ private:
     FuzzedDataProvider m_data;
 };
 
-/// The part of a text that a kernel without a length reads.
+/// The part of a text that an algorithm without a length reads.
 template <class T>
 std::basic_string<T> upToZero(std::basic_string<T> text) {
     text.resize(std::min(text.size(), text.find(T{0})));
     return text;
 }
 
-/// Runs `body` with the scalar and SSE2 kernels, then with AVX2 if the processor has it.
+/// Runs `body` with the scalar and SSE2 algorithms, then with AVX2 if the processor has it.
 template <class Body>
 void withEachKernel(Body&& body) {
-    static const bool hasAvx2 = vorel::kernels::detectAvx2();
+    static const bool hasAvx2 = vorel::algorithms::detectAvx2();
     for (const bool useAvx2 : {false, true}) {
         if (!useAvx2 || hasAvx2) {
-            vorel::kernels::s_useAvx2 = useAvx2;
+            vorel::algorithms::s_useAvx2 = useAvx2;
             body();
         }
     }

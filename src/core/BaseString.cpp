@@ -10,10 +10,10 @@
 #include <type_traits>
 #include <utility>
 
+#include "algorithms/FormatSlots.h"
 #include "core/FormatFailure.h"
 #include "core/Print.h"
 #include "core/StringAccess.h"
-#include "kernels/FormatSlots.h"
 #include "vorel/core/Format.h"
 #include "vorel/core/Protocol.h"
 
@@ -56,7 +56,8 @@ bool readsString(const BaseString<T>& string, const T* fmt, va_list args) noexce
         return true;
     }
     const char* slot = args;
-    for (unsigned int remaining = kernels::countFormatSlots(fmt); remaining != 0; --remaining, slot += sizeof(void*)) {
+    for (unsigned int remaining = algorithms::countFormatSlots(fmt); remaining != 0;
+         --remaining, slot += sizeof(void*)) {
         const void* value = nullptr;
         std::memcpy(&value, slot, sizeof value);
         if (Access::holds(string, value)) {

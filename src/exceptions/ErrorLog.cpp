@@ -16,6 +16,7 @@
 #include <process.h>
 #include <windows.h>
 
+#include "algorithms/Utf8Streams.h"
 #include "core/Print.h"
 #include "exceptions/DebugTargets.h"
 #include "exceptions/InvalidParameter.h"
@@ -23,7 +24,6 @@
 #include "exceptions/LogFile.h"
 #include "exceptions/LogLocation.h"
 #include "exceptions/LogState.h"
-#include "kernels/Utf8Streams.h"
 #include "platform/ComputerName.h"
 #include "platform/SystemClock.h"
 #include "vorel/core/Guard.h"
@@ -69,7 +69,7 @@ class Utf8Message {
 public:
     explicit Utf8Message(const wchar_t* message) noexcept : m_writer(message, -1) {
         const std::size_t units = std::char_traits<wchar_t>::length(message);
-        const std::size_t capacity = units * kernels::kMaxUtf8BytesPerUnit + kSlack;
+        const std::size_t capacity = units * algorithms::kMaxUtf8BytesPerUnit + kSlack;
         if (capacity > m_capacity) {
             m_heap.reset(static_cast<char*>(std::malloc(capacity)));
             m_capacity = m_heap ? capacity : m_capacity;
@@ -97,7 +97,7 @@ private:
         void operator()(char* block) const noexcept { std::free(block); }
     };
 
-    static constexpr std::size_t kSlack = kernels::kLongestUtf8Sequence + 1;
+    static constexpr std::size_t kSlack = algorithms::kLongestUtf8Sequence + 1;
 
     void convertPiece() noexcept {
         char* const piece = m_heap ? m_heap.get() : m_buffer;
@@ -105,7 +105,7 @@ private:
         piece[m_writer.write(reinterpret_cast<unsigned char*>(piece), capacity, capacity)] = 0;
     }
 
-    kernels::Utf8Writer<kernels::Surrogates::Paired, wchar_t> m_writer;
+    algorithms::Utf8Writer<algorithms::Surrogates::Paired, wchar_t> m_writer;
     std::unique_ptr<char, Free> m_heap;
     std::size_t m_capacity = sizeof m_buffer;
     char m_buffer[1024];

@@ -3,8 +3,8 @@
 #include <new>
 #include <utility>
 
+#include "algorithms/Utf8Streams.h"
 #include "core/StringAccess.h"
-#include "kernels/Utf8Streams.h"
 #include "vorel/core/Protocol.h"
 
 namespace vorel {
@@ -24,7 +24,7 @@ void copyText(BaseString<wchar_t>& target, const BaseString<wchar_t>& source) no
 
 void convertToUtf8(const BaseString<wchar_t>& source, BaseString<char>& target) {
     target.clear();
-    kernels::Utf8Writer<kernels::Surrogates::Paired, wchar_t> writer(textOf(source), -1);
+    algorithms::Utf8Writer<algorithms::Surrogates::Paired, wchar_t> writer(textOf(source), -1);
     while (!writer.atEnd()) {
         char block[256];
         const std::size_t bytes = writer.write(reinterpret_cast<unsigned char*>(block), sizeof block, sizeof block);

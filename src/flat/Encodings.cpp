@@ -5,11 +5,11 @@
 
 #include <algorithm>
 
+#include "algorithms/Characters.h"
 #include "flat/Call.h"
 #include "flat/Input.h"
 #include "flat/Output.h"
 #include "flat/Utf8Units.h"
-#include "kernels/Characters.h"
 #include "vorel/core/BaseString.h"
 #include "vorel/text/Base64.h"
 #include "vorel/text/Daylight.h"
@@ -34,12 +34,12 @@ namespace {
 
 /// The digits of a hexadecimal text, without a leading "0x".
 std::wstring_view withoutPrefix(std::wstring_view text) noexcept {
-    const bool hasPrefix = text.size() > 1 && text[0] == '0' && vorel::kernels::foldCase(text[1]) == 'x';
+    const bool hasPrefix = text.size() > 1 && text[0] == '0' && vorel::algorithms::foldCase(text[1]) == 'x';
     return hasPrefix ? text.substr(2) : text;
 }
 
 bool isHexDigit(wchar_t unit) noexcept {
-    return vorel::kernels::hexDigitValue(unit) < 16;
+    return vorel::algorithms::hexDigitValue(unit) < 16;
 }
 
 }  // namespace

@@ -5,9 +5,9 @@
 #include <algorithm>
 #include <new>
 
+#include "algorithms/Utf8.h"
 #include "flat/Output.h"
 #include "flat/Utf8Units.h"
-#include "kernels/Utf8.h"
 
 namespace vorel::flat {
 
@@ -35,7 +35,7 @@ std::wstring_view truncated(std::wstring_view message) noexcept {
         return message;
     }
     message = message.substr(0, Failure::kMaxUnits);
-    if (kernels::isHighSurrogate(message.back())) {
+    if (algorithms::isHighSurrogate(message.back())) {
         message.remove_suffix(1);
     }
     return message;

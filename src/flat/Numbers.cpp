@@ -4,10 +4,10 @@
 #include <algorithm>
 #include <string_view>
 
+#include "algorithms/Characters.h"
 #include "flat/Call.h"
 #include "flat/Input.h"
 #include "flat/LastError.h"
-#include "kernels/Characters.h"
 #include "vorel/flat/Values.h"
 #include "vorel/values/BooleanParsing.h"
 #include "vorel/values/NumberParsing.h"
@@ -73,7 +73,7 @@ bool isBoolean(const WideText& text) {
 
 /// Whether the text is hexadecimal digits with optional white space around them.
 bool isHex(const WideText& text) {
-    const auto isSpace = [](wchar_t unit) { return vorel::kernels::isSpace(unit); };
+    const auto isSpace = [](wchar_t unit) { return vorel::algorithms::isSpace(unit); };
     const std::wstring_view all = text.view();
     wchar_t* end = nullptr;
     util::hexToInt(text.c_str(), &end);

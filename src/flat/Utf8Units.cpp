@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "kernels/Utf8Streams.h"
+#include "algorithms/Utf8Streams.h"
 
 namespace vorel::flat {
 
@@ -28,15 +28,15 @@ bool eachPiece(std::basic_string_view<Unit> text, Convert&& convert, PutZero&& p
 }  // namespace
 
 std::size_t toUtf8(std::wstring_view text, char* bytes) noexcept {
-    static_assert(utf8Capacity(1) >= kernels::kMaxUtf8BytesPerUnit + kernels::kLongestUtf8Sequence + 1);
+    static_assert(utf8Capacity(1) >= algorithms::kMaxUtf8BytesPerUnit + algorithms::kLongestUtf8Sequence + 1);
     auto* out = reinterpret_cast<unsigned char*>(bytes);
     const unsigned char* const start = out;
     eachPiece(
         text,
         [&out](std::wstring_view piece) {
             const std::size_t capacity = utf8Capacity(piece.size());
-            kernels::Utf8Writer<kernels::Surrogates::Paired, wchar_t> writer(piece.data(),
-                                                                             static_cast<int>(piece.size()));
+            algorithms::Utf8Writer<algorithms::Surrogates::Paired, wchar_t> writer(piece.data(),
+                                                                                   static_cast<int>(piece.size()));
             out += writer.write(out, capacity, capacity);
             return true;
         },
@@ -58,7 +58,7 @@ std::optional<Array<wchar_t>> toUtf16(std::string_view bytes) {
     const bool isUtf8 = eachPiece(
         bytes,
         [&out](std::string_view piece) {
-            using Reader = kernels::Utf8Reader;
+            using Reader = algorithms::Utf8Reader;
             Reader reader(reinterpret_cast<const unsigned char*>(piece.data()), static_cast<int>(piece.size()));
             out += reader.read<Reader::LastPair::Written>(out, piece.size());
             // A truncated sequence consumes bytes past the piece.

@@ -4,7 +4,7 @@
 
 #include <windows.h>
 
-#include "kernels/ClockArithmetic.h"
+#include "algorithms/ClockArithmetic.h"
 #include "platform/IgnoreInvalidParameters.h"
 
 namespace vorel::platform {
@@ -23,7 +23,7 @@ std::uint64_t fileTimeNow() {
 }
 
 std::uint64_t millisecondsUtc() {
-    return kernels::unixMilliseconds(fileTimeNow());
+    return algorithms::unixMilliseconds(fileTimeNow());
 }
 
 bool formatTime(const std::tm& time, char* buffer, std::size_t size) noexcept {

@@ -2,7 +2,7 @@
 
 #include <windows.h>
 
-#include "kernels/ClockArithmetic.h"
+#include "algorithms/ClockArithmetic.h"
 #include "platform/IgnoreInvalidParameters.h"
 #include "platform/SystemClock.h"
 #include "vorel/core/Protocol.h"
@@ -75,7 +75,7 @@ char* ctime(const long long* time, char* buffer, unsigned long long size) {
 }
 
 unsigned long long getmicrotime() {
-    return guarded(kClass, L"getmicrotime", [] { return kernels::unixMicroseconds(platform::fileTimeNow()); });
+    return guarded(kClass, L"getmicrotime", [] { return algorithms::unixMicroseconds(platform::fileTimeNow()); });
 }
 
 unsigned long long getMillisecondsUTC() {
@@ -91,7 +91,7 @@ unsigned long long getProcessorCycles() noexcept {
 }
 
 unsigned long long getMicrotimeFromProcessorCycles(unsigned long long start, unsigned long long end) noexcept {
-    return kernels::microsecondsBetweenTicks(start, end);
+    return algorithms::microsecondsBetweenTicks(start, end);
 }
 
 }  // namespace vorel::util

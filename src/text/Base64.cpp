@@ -6,8 +6,8 @@
 #include <iterator>
 #include <string>
 
+#include "algorithms/Base64Text.h"
 #include "core/HeldInputs.h"
-#include "kernels/Base64Text.h"
 #include "text/Base64State.h"
 #include "text/OutputTail.h"
 #include "text/TextRoom.h"
@@ -27,18 +27,18 @@ const bool Base64::initialized = [] {
 
 namespace {
 
-using kernels::Base64End;
+using algorithms::Base64End;
 
 template <class T>
 int decodeText(const T* text, const int* table, char pad, Array<unsigned char>& bytes) {
     text::ArraySink<unsigned char> out(bytes, 0);
     for (;;) {
-        if (out.available() < kernels::kBase64StepCapacity) {
+        if (out.available() < algorithms::kBase64StepCapacity) {
             // Only when capacity is short, because reserving requires the length of the text.
-            out.reserve(std::char_traits<T>::length(text) / 4 * 3 + kernels::kBase64StepCapacity);
+            out.reserve(std::char_traits<T>::length(text) / 4 * 3 + algorithms::kBase64StepCapacity);
         }
-        const kernels::Base64Step step =
-            kernels::decodeBase64Step(text, table, pad, out.writePosition(), out.available());
+        const algorithms::Base64Step step =
+            algorithms::decodeBase64Step(text, table, pad, out.writePosition(), out.available());
         out.advance(step.written);
         switch (step.end) {
         case Base64End::None: break;
@@ -62,7 +62,7 @@ template <class T>
 void encode(const unsigned char* data, std::size_t count, const char* alphabet, char pad, BaseString<T>& text) {
     detail::replacing(text, data, [&] {
         T* const out = text::reserveUnits(std::uint64_t{count} / 3 * 4 + 4, text);
-        text::setEnd(kernels::encodeBase64(data, count, alphabet, pad, out), text);
+        text::setEnd(algorithms::encodeBase64(data, count, alphabet, pad, out), text);
     });
 }
 
@@ -71,9 +71,9 @@ void encode(const unsigned char* data, std::size_t count, const char* alphabet, 
 Base64& Base64::operator=(const Base64&) = default;
 
 bool Base64::initializeBase64Tables() noexcept {
-    std::fill(std::begin(base64decode), std::end(base64decode), kernels::kInvalidBase64);
+    std::fill(std::begin(base64decode), std::end(base64decode), algorithms::kInvalidBase64);
     for (std::size_t value = 0; value < std::size(base64encode); ++value) {
-        base64encode[value] = kernels::kBase64Alphabet[value];
+        base64encode[value] = algorithms::kBase64Alphabet[value];
         base64decode[static_cast<unsigned char>(base64encode[value])] = static_cast<int>(value);
     }
     base64decode[static_cast<unsigned char>(base64pad)] = 0;

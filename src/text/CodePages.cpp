@@ -9,7 +9,7 @@
 #include <cstdint>
 #include <iterator>
 
-#include "kernels/NameHash.h"
+#include "algorithms/NameHash.h"
 #include "text/CodePageNames.h"
 #include "text/CodePageState.h"
 #include "vorel/core/Guard.h"
@@ -20,9 +20,9 @@ namespace vorel::util {
 
 namespace {
 
+using algorithms::nameHash;
 using detail::CodePageState;
 using detail::guarded;
-using kernels::nameHash;
 
 constexpr wchar_t kClass[] = L"iconv";
 constexpr int kFailed = -1;

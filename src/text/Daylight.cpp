@@ -2,7 +2,7 @@
 
 #include <string_view>
 
-#include "kernels/DaylightText.h"
+#include "algorithms/DaylightText.h"
 #include "text/TextRoom.h"
 #include "vorel/exceptions/Exception.h"
 
@@ -11,8 +11,8 @@ namespace vorel::util {
 Daylight& Daylight::operator=(const Daylight&) = default;
 
 void Daylight::Encode(const Array<unsigned char>& bytes, BaseString<wchar_t>& text) {
-    wchar_t* const out = text::reserveUnits(kernels::daylightLength(bytes.size()), text);
-    text::setEnd(kernels::encodeDaylight(bytes.data(), bytes.size(), out), text);
+    wchar_t* const out = text::reserveUnits(algorithms::daylightLength(bytes.size()), text);
+    text::setEnd(algorithms::encodeDaylight(bytes.data(), bytes.size(), out), text);
 }
 
 int Daylight::Decode(const BaseString<wchar_t>& text, Array<unsigned char>& bytes) {
@@ -22,8 +22,8 @@ int Daylight::Decode(const BaseString<wchar_t>& text, Array<unsigned char>& byte
     }
     const auto maxBytes = static_cast<unsigned int>(whole.size() / 4 * 3);
     bytes.setCount(maxBytes);
-    kernels::decodeDaylightGroups(whole.data(), whole.size() - 1, bytes.data());
-    const unsigned int last = kernels::bytesOfLastGroup(whole.back());
+    algorithms::decodeDaylightGroups(whole.data(), whole.size() - 1, bytes.data());
+    const unsigned int last = algorithms::bytesOfLastGroup(whole.back());
     if (last == 0 || maxBytes + last < 3) {
         throw Exception(L"Daylight64::Decode: Invalid ASCII string (unexepected charater at end)");
     }

@@ -5,9 +5,9 @@
 #include <string>
 #include <string_view>
 
+#include "algorithms/HexDigits.h"
+#include "algorithms/HexText.h"
 #include "core/HeldInputs.h"
-#include "kernels/HexDigits.h"
-#include "kernels/HexText.h"
 #include "text/TextRoom.h"
 #include "vorel/core/Protocol.h"
 
@@ -16,10 +16,10 @@ namespace vorel::util {
 namespace {
 
 template <class T>
-void encode(const Array<unsigned char>& bytes, kernels::HexCase letters, BaseString<T>& text) {
+void encode(const Array<unsigned char>& bytes, algorithms::HexCase letters, BaseString<T>& text) {
     T* const out = text::reserveUnits(std::uint64_t{2} * bytes.size(), text);
     if (out) {
-        text::setEnd(kernels::encodeHex(bytes.data(), bytes.size(), letters, out), text);
+        text::setEnd(algorithms::encodeHex(bytes.data(), bytes.size(), letters, out), text);
     }
 }
 
@@ -33,7 +33,7 @@ void decodeLenient(const T* text, std::size_t length, Array<unsigned char>& byte
     }
     detail::replacing(bytes, text, [&] {
         bytes.setCount(static_cast<unsigned int>(length / 2));
-        kernels::decodeHexLenient(text, length, bytes.data());
+        algorithms::decodeHexLenient(text, length, bytes.data());
     });
 }
 
@@ -47,7 +47,7 @@ std::size_t lengthOf(const T* text) noexcept {
 Hex& Hex::operator=(const Hex&) = default;
 
 void Hex::Encode(const Array<unsigned char>& bytes, BaseString<wchar_t>& text) {
-    encode(bytes, kernels::HexCase::Upper, text);
+    encode(bytes, algorithms::HexCase::Upper, text);
 }
 
 int Hex::Decode(const BaseString<wchar_t>& text, Array<unsigned char>& bytes) {
@@ -56,17 +56,17 @@ int Hex::Decode(const BaseString<wchar_t>& text, Array<unsigned char>& bytes) {
     if (digits.size() >= 2 && digits[0] == '0' && (digits[1] == 'x' || digits[1] == 'X')) {
         digits.remove_prefix(2);
     }
-    return kernels::decodeHexWithStatus(digits.data(), digits.size(), bytes.data()) ? 0 : 1;
+    return algorithms::decodeHexWithStatus(digits.data(), digits.size(), bytes.data()) ? 0 : 1;
 }
 
 void byteArrayToHexString(const Array<unsigned char>& bytes, BaseString<char>& text, bool upperCase) {
     detail::guarded(L"vorel::util", L"byteArrayToHexString",
-                    [&] { encode(bytes, upperCase ? kernels::HexCase::Upper : kernels::HexCase::Lower, text); });
+                    [&] { encode(bytes, upperCase ? algorithms::HexCase::Upper : algorithms::HexCase::Lower, text); });
 }
 
 void byteArrayToHexString(const Array<unsigned char>& bytes, BaseString<wchar_t>& text, bool upperCase) {
     detail::guarded(L"vorel::util", L"byteArrayToHexString",
-                    [&] { encode(bytes, upperCase ? kernels::HexCase::Upper : kernels::HexCase::Lower, text); });
+                    [&] { encode(bytes, upperCase ? algorithms::HexCase::Upper : algorithms::HexCase::Lower, text); });
 }
 
 void hexStringToByteArray(const char* text, Array<unsigned char>& bytes) {

@@ -1,5 +1,5 @@
 /// \file
-/// Strings that a kernel writes to: reserves the maximum capacity first and sets the length afterwards.
+/// Strings that an algorithm writes to: reserves the maximum capacity first and sets the length afterwards.
 #pragma once
 
 #include <cstdint>

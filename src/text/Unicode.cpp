@@ -7,11 +7,11 @@
 #include <string>
 #include <utility>
 
+#include "algorithms/Utf16Bytes.h"
+#include "algorithms/Utf8Short.h"
+#include "algorithms/Utf8Streams.h"
 #include "core/HeldInputs.h"
 #include "core/StringAccess.h"
-#include "kernels/Utf16Bytes.h"
-#include "kernels/Utf8Short.h"
-#include "kernels/Utf8Streams.h"
 #include "text/OutputTail.h"
 #include "vorel/core/Protocol.h"
 #include "vorel/exceptions/Exception.h"
@@ -20,10 +20,10 @@ namespace vorel::util {
 
 namespace {
 
+using algorithms::Surrogates;
 using detail::guarded;
 using detail::replacing;
-using kernels::Surrogates;
-using Reader = kernels::Utf8Reader;
+using Reader = algorithms::Utf8Reader;
 
 constexpr unsigned int kUnitsPerBlock = 450;
 constexpr unsigned int kEncodedBlock = 256;   // bytes per block …
@@ -69,7 +69,7 @@ auto withInput(const char* fmt, const char* input, Conversion&& conversion) {
 /// Sets the length of a short text converted in place. False if it was not converted.
 template <class T>
 bool adoptLength(BaseString<T>& output, std::size_t units) noexcept {
-    if (units == kernels::kNotShort) {
+    if (units == algorithms::kNotShort) {
         return false;
     }
     detail::StringAccess<T>::setLength(output, static_cast<unsigned int>(units));
@@ -79,7 +79,7 @@ bool adoptLength(BaseString<T>& output, std::size_t units) noexcept {
 /// Decodes a short text that fits into the string's present buffer.
 bool decodeShort(BaseString<wchar_t>& output, const unsigned char* input, int length) noexcept {
     return input && output.capacity() != 0 &&
-           adoptLength(output, kernels::decodeShortText(input, length, output.data(), output.capacity() - 1));
+           adoptLength(output, algorithms::decodeShortText(input, length, output.data(), output.capacity() - 1));
 }
 
 /// Not inlined, so that short texts do not pay for its setup.
@@ -139,11 +139,11 @@ private:
 /// Appends the UTF-8 form of a wide text.
 template <Surrogates Rule, unsigned int Block, class Sink>
 void encode(const wchar_t* input, int length, Sink&& sink) {
-    kernels::Utf8Writer<Rule, wchar_t> writer(input, length);
+    algorithms::Utf8Writer<Rule, wchar_t> writer(input, length);
     const auto write = [&](auto* out, std::size_t enough, std::size_t capacity) {
         return writer.write(reinterpret_cast<unsigned char*>(out), enough, capacity);
     };
-    constexpr unsigned int kOverhang = kernels::kLongestUtf8Sequence - 1;
+    constexpr unsigned int kOverhang = algorithms::kLongestUtf8Sequence - 1;
     text::fill<Block, kOverhang>(
         std::forward<Sink>(sink), [&](auto* out, std::size_t capacity) { return write(out, capacity, capacity); },
         [&](auto out) { return write(out.data(), Block, out.size()); }, [&] { return writer.atEnd(); });
@@ -172,7 +172,8 @@ private:
 bool encodeShort(BaseString<char>& output, const wchar_t* input, int length) noexcept {
     auto* const out = reinterpret_cast<unsigned char*>(output.data());
     return input && output.capacity() != 0 &&
-           adoptLength(output, kernels::encodeShortText<Surrogates::Paired>(input, length, out, output.capacity() - 1));
+           adoptLength(output,
+                       algorithms::encodeShortText<Surrogates::Paired>(input, length, out, output.capacity() - 1));
 }
 
 void encodeLong(BaseString<char>& output, const wchar_t* input, int length) {
@@ -197,7 +198,7 @@ void readUtf16(BaseString<wchar_t>& output, const unsigned char* input, int leng
             throw Exception(L"A string length needs to be specified for UTF-16 to UCS conversion");
         }
         const auto units =
-            static_cast<unsigned int>(kernels::countUtf16Units(input, static_cast<unsigned int>(length)));
+            static_cast<unsigned int>(algorithms::countUtf16Units(input, static_cast<unsigned int>(length)));
         if (units != 0) {
             std::memcpy(output.reserve(units, true), input, std::size_t{units} * sizeof(wchar_t));
             detail::StringAccess<wchar_t>::setLength(output, units);
@@ -211,7 +212,7 @@ int ConvertUCStoUTF8(unsigned int codePoint, char* output, int) noexcept {
     if (!output || codePoint > 0x7FFFFFFF) {
         return 0;
     }
-    return static_cast<int>(kernels::encodeUtf8Sequence(codePoint, reinterpret_cast<unsigned char*>(output)));
+    return static_cast<int>(algorithms::encodeUtf8Sequence(codePoint, reinterpret_cast<unsigned char*>(output)));
 }
 
 bool ConvertUTF8toString(BaseString<wchar_t>& output, const unsigned char* input, int length, bool throwOnError) {
@@ -235,7 +236,7 @@ bool ConvertUTF8toString(wchar_t* output, unsigned int size, const unsigned char
         SeparateUnits out(output, size, input);
         // The rest of the caller's buffer must stay unchanged.
         const std::size_t units =
-            reader.read<Reader::LastPair::Left, kernels::Overwrite::Forbidden>(out.units(), capacity);
+            reader.read<Reader::LastPair::Left, algorithms::Overwrite::Forbidden>(out.units(), capacity);
         out.setWritten(units);
         if (reader.failed()) {
             return rejectByte(reader.position(), throwOnError);
@@ -292,7 +293,7 @@ void ConvertStringtoUTF16(const wchar_t* input, Array<unsigned char>& output, bo
             detail::throwMemory(0xFFFFFFFFu, 1);
         }
         output.setCount(static_cast<unsigned int>(units * sizeof(wchar_t)));
-        kernels::writeUtf16Bytes(input, units, littleEndian, output.data());
+        algorithms::writeUtf16Bytes(input, units, littleEndian, output.data());
     };
     guarded(L"vorel::util::ConvertStringtoUTF16", [&] { replacing(output, input, write); });
 }

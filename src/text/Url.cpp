@@ -5,12 +5,12 @@
 #include <cstring>
 #include <string_view>
 
+#include "algorithms/TextLength.h"
+#include "algorithms/UrlEscapes.h"
+#include "algorithms/UrlText.h"
+#include "algorithms/Utf8.h"
 #include "core/HeldInputs.h"
 #include "core/StringAccess.h"
-#include "kernels/TextLength.h"
-#include "kernels/UrlEscapes.h"
-#include "kernels/UrlText.h"
-#include "kernels/Utf8.h"
 #include "text/TextRoom.h"
 #include "vorel/text/Unicode.h"
 
@@ -18,22 +18,23 @@ namespace vorel::util {
 
 namespace {
 
-using kernels::UrlTable;
-using kernels::UrlUse;
+using algorithms::UrlTable;
+using algorithms::UrlUse;
 
 std::string_view viewOf(const char* text) noexcept {
-    return text ? std::string_view(text, kernels::textLength(text)) : std::string_view();
+    return text ? std::string_view(text, algorithms::textLength(text)) : std::string_view();
 }
 
 void write(std::string_view text, const UrlTable& table, BaseString<char>& output) {
     constexpr std::size_t kShort = 64;  // below this, the upper bound is cheaper than measuring
     constexpr std::size_t kLongestEscape = 3;
-    const std::uint64_t length = text.size() > kShort ? kernels::urlLength(text, table) : kLongestEscape * text.size();
-    text::reserveUnits(length + kernels::kUrlOverhang, output);
+    const std::uint64_t length =
+        text.size() > kShort ? algorithms::urlLength(text, table) : kLongestEscape * text.size();
+    text::reserveUnits(length + algorithms::kUrlOverhang, output);
     std::size_t written = 0;
     for (;;) {
-        const kernels::UrlProgress done =
-            kernels::encodeUrl(text, table, output.data() + written, output.capacity() - written);
+        const algorithms::UrlProgress done =
+            algorithms::encodeUrl(text, table, output.data() + written, output.capacity() - written);
         written += done.written;
         text.remove_prefix(done.read);
         detail::StringAccess<char>::setLength(output, static_cast<unsigned int>(written));
@@ -41,13 +42,13 @@ void write(std::string_view text, const UrlTable& table, BaseString<char>& outpu
             return;
         }
         // Another thread or process changed the text after it was measured. Now the capacity suffices for any content.
-        text::growUnits(written + kLongestEscape * text.size() + kernels::kUrlOverhang, output);
+        text::growUnits(written + kLongestEscape * text.size() + algorithms::kUrlOverhang, output);
     }
 }
 
 void write(std::string_view text, bool plusIsSpace, BaseString<char>& output) {
-    char* const out = text::reserveUnits(std::uint64_t{text.size()} + kernels::kUrlDecodingOverhang, output);
-    text::setEnd(kernels::decodeUrl(text, plusIsSpace, out), output);
+    char* const out = text::reserveUnits(std::uint64_t{text.size()} + algorithms::kUrlDecodingOverhang, output);
+    text::setEnd(algorithms::decodeUrl(text, plusIsSpace, out), output);
 }
 
 /// Replaces `output` by the encoded text (`rule` is a table) or the decoded text (`rule` tells whether '+' is a space).
@@ -63,12 +64,12 @@ const char* replace(std::string_view text, const Rule& rule, BaseString<char>& o
 
 const UrlTable& tableFor(UrlComponent component) noexcept {
     switch (component) {
-    case UrlPath: return kernels::urlTable(UrlUse::Path, false);
-    case UrlPathSegment: return kernels::urlTable(UrlUse::PathSegment, false);
-    case UrlQuery: return kernels::urlTable(UrlUse::Query, true);
-    case UrlQueryParameter: return kernels::urlTable(UrlUse::QueryParameter, true);
+    case UrlPath: return algorithms::urlTable(UrlUse::Path, false);
+    case UrlPathSegment: return algorithms::urlTable(UrlUse::PathSegment, false);
+    case UrlQuery: return algorithms::urlTable(UrlUse::Query, true);
+    case UrlQueryParameter: return algorithms::urlTable(UrlUse::QueryParameter, true);
     }
-    return kernels::urlTable(UrlUse::OtherComponent, false);
+    return algorithms::urlTable(UrlUse::OtherComponent, false);
 }
 
 /// Sets the bytes after a text to zero, as many as a decoder can read there: it reads the trailing bytes of a truncated
@@ -76,8 +77,8 @@ const UrlTable& tableFor(UrlComponent component) noexcept {
 void addZeros(BaseString<char>& utf8) {
     const unsigned int length = utf8.length();
     if (length != 0) {
-        text::growUnits(std::uint64_t{length} + kernels::kLongestUtf8Sequence, utf8);
-        std::memset(utf8.data() + length, 0, kernels::kLongestUtf8Sequence);
+        text::growUnits(std::uint64_t{length} + algorithms::kLongestUtf8Sequence, utf8);
+        std::memset(utf8.data() + length, 0, algorithms::kLongestUtf8Sequence);
         detail::StringAccess<char>::setLength(utf8, length);
     }
 }
@@ -98,7 +99,7 @@ const wchar_t* throughUtf8(const wchar_t* text, BaseString<wchar_t>& output, Nar
 
 const char* urlEncode(const char* text, BaseString<char>& output, bool escapeReserved, bool spaceAsPlus) {
     const UrlUse use = escapeReserved ? UrlUse::Reserved : UrlUse::Plain;
-    return replace(viewOf(text), kernels::urlTable(use, spaceAsPlus), output);
+    return replace(viewOf(text), algorithms::urlTable(use, spaceAsPlus), output);
 }
 
 const wchar_t* urlEncode(const wchar_t* text, BaseString<wchar_t>& output, bool escapeReserved, bool spaceAsPlus) {

@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "kernels/TextOrder.h"
+#include "algorithms/TextOrder.h"
 
 namespace vorel::util {
 
@@ -13,10 +13,10 @@ int compare(const T* a, const T* b, strcmpAdvFlag flags) noexcept {
     if (flags & SCMP_Reverse) {
         std::swap(a, b);
     }
-    return kernels::compareTexts(a, b,
-                                 {.ignoreCase = (flags & SCMP_IgnoreCase) != 0,
-                                  .numeric = (flags & SCMP_Numeric) != 0,
-                                  .slashesEqual = (flags & SCMP_SlashesEqual) != 0});
+    return algorithms::compareTexts(a, b,
+                                    {.ignoreCase = (flags & SCMP_IgnoreCase) != 0,
+                                     .numeric = (flags & SCMP_Numeric) != 0,
+                                     .slashesEqual = (flags & SCMP_SlashesEqual) != 0});
 }
 
 }  // namespace
@@ -31,7 +31,7 @@ int strcmpAdvanced(const wchar_t* a, const wchar_t* b, strcmpAdvFlag flags) noex
 }
 
 bool stringVersionAtLeast(const wchar_t* version, const wchar_t* required) noexcept {
-    return kernels::versionAtLeast(version, required);
+    return algorithms::versionAtLeast(version, required);
 }
 
 }  // namespace vorel::util

@@ -6,9 +6,9 @@
 #include <string_view>
 #include <utility>
 
+#include "algorithms/JoinedItems.h"
 #include "core/HeldInputs.h"
 #include "core/StringAccess.h"
-#include "kernels/JoinedItems.h"
 #include "vorel/core/Protocol.h"
 
 namespace vorel::util {
@@ -51,7 +51,7 @@ public:
 
     /// Writes an item, quoted if necessary. The item must be a whole string: its buffer is a whole number of blocks.
     void writeItem(std::wstring_view item, std::wstring_view delimiter) noexcept {
-        m_cursor = kernels::writeJoinedItem(item, delimiter, m_cursor);
+        m_cursor = algorithms::writeJoinedItem(item, delimiter, m_cursor);
     }
 
 private:
@@ -76,7 +76,7 @@ void multipleStringsToSingleString(const Array<BaseString<wchar_t>>& items, cons
     }
     result.reserve(static_cast<unsigned int>(reserved), true);
     result.clear();
-    if (items.size() == 1 && kernels::isQuotedAlready(items[0].view())) {
+    if (items.size() == 1 && algorithms::isQuotedAlready(items[0].view())) {
         result = items[0];
         return;
     }
@@ -84,7 +84,7 @@ void multipleStringsToSingleString(const Array<BaseString<wchar_t>>& items, cons
     Writer writer(result);
     for (const BaseString<wchar_t>& item : items) {
         const std::wstring_view text = item.view();
-        writer.reserve(between.size() + kernels::joinedItemCapacity(text.size()));
+        writer.reserve(between.size() + algorithms::joinedItemCapacity(text.size()));
         if (&item != items.begin()) {
             writer.write(between);
         }

@@ -2,9 +2,9 @@
 
 #include <string_view>
 
+#include "algorithms/ListReading.h"
+#include "algorithms/RangeReading.h"
 #include "core/HeldInputs.h"
-#include "kernels/ListReading.h"
-#include "kernels/RangeReading.h"
 #include "values/ListReaders.h"
 #include "vorel/exceptions/Exception.h"
 #include "vorel/exceptions/ExceptionFamily.h"
@@ -13,9 +13,9 @@ namespace vorel {
 
 namespace {
 
-constexpr auto kIntegers = [](const auto* list, auto take) { return kernels::readIntegerList(list, take); };
-constexpr auto kDoubles = [](const auto* list, auto take) { return kernels::readDoubleList(list, take); };
-constexpr auto kBooleans = [](const auto* list, auto take) { return kernels::readBooleanList(list, take); };
+constexpr auto kIntegers = [](const auto* list, auto take) { return algorithms::readIntegerList(list, take); };
+constexpr auto kDoubles = [](const auto* list, auto take) { return algorithms::readDoubleList(list, take); };
+constexpr auto kBooleans = [](const auto* list, auto take) { return algorithms::readBooleanList(list, take); };
 
 /// Appends the values that `read(text, take)` finds.
 template <class T, class Value, class Read>
@@ -110,11 +110,11 @@ bool stringToBooleanArray(const wchar_t* text, Array<bool>& values, bool append)
 }
 
 bool canCoerceToIntegerArray(const char* text) noexcept {
-    return !text || kernels::coercesToIntegers(text);
+    return !text || algorithms::coercesToIntegers(text);
 }
 
 bool canCoerceToIntegerArray(const wchar_t* text) noexcept {
-    return !text || kernels::coercesToIntegers(text);
+    return !text || algorithms::coercesToIntegers(text);
 }
 
 void stringToLongRanges(const wchar_t* text, Array<int>& starts, Array<int>& ends) {
@@ -128,7 +128,7 @@ void stringToLongRanges(const wchar_t* text, Array<int>& starts, Array<int>& end
     if (!text) {
         return;
     }
-    const std::wstring_view rejected = kernels::readRanges(
+    const std::wstring_view rejected = algorithms::readRanges(
         text, [&starts](int start) { starts.append(start); }, [&ends](int end) { ends.append(end); });
     if (!rejected.empty()) {
         const BaseString<wchar_t> item(rejected.data(), static_cast<unsigned int>(rejected.size()));

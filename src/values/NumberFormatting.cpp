@@ -8,9 +8,9 @@
 #include <cstring>
 #include <string_view>
 
-#include "kernels/BoundedText.h"
-#include "kernels/DoubleText.h"
-#include "kernels/IntegerText.h"
+#include "algorithms/BoundedText.h"
+#include "algorithms/DoubleText.h"
+#include "algorithms/IntegerText.h"
 #include "values/DoubleFormat.h"
 
 namespace vorel::util {
@@ -38,16 +38,17 @@ std::string_view specialWord(double value, bool json) noexcept {
 /// Writes a finite value other than 0. `out` has space for `kDoubleCapacity` characters.
 template <class T>
 T* writeInForm(double value, T* out, FormattingOptions options) noexcept {
-    return kernels::writeDouble(value, options & FO_JSON ? kernels::DoubleForm::Json : kernels::DoubleForm::Plain, out);
+    return algorithms::writeDouble(
+        value, options & FO_JSON ? algorithms::DoubleForm::Json : algorithms::DoubleForm::Plain, out);
 }
 
 /// The same into a caller's buffer that is large enough. Nothing after the terminator is written.
 template <class T>
 void writeWhole(double value, T* buffer, FormattingOptions options) noexcept {
-    T text[kernels::kDoubleCapacity];
+    T text[algorithms::kDoubleCapacity];
     T* const end = writeInForm(value, text, options);
     *end = 0;
-    kernels::copyShort(text, static_cast<std::size_t>(end - text) + 1, buffer);
+    algorithms::copyShort(text, static_cast<std::size_t>(end - text) + 1, buffer);
 }
 
 bool isSmall(double value) noexcept {
@@ -56,14 +57,14 @@ bool isSmall(double value) noexcept {
 
 /// Writes to a buffer that may be too small: truncates first, then normalises the form.
 char* writeTruncated(double value, char* buffer, unsigned long long size, FormattingOptions options) noexcept {
-    char text[kernels::kDoubleCapacity];
-    const char* const end = kernels::writeDouble(value, kernels::DoubleForm::Raw, text);
+    char text[algorithms::kDoubleCapacity];
+    const char* const end = algorithms::writeDouble(value, algorithms::DoubleForm::Raw, text);
     const auto length = static_cast<std::size_t>(end - text);
     if (isSmall(value)) {
         std::copy_n(text, length, buffer);  // never truncated: callers provide enough space
         buffer[length] = 0;
     } else {
-        kernels::copyTruncated(text, length, buffer, size);
+        algorithms::copyTruncated(text, length, buffer, size);
         if (size == 0) {
             return buffer;
         }
@@ -79,8 +80,8 @@ const char* doubleToString(double value, char* buffer, unsigned long long size, 
         buffer[1] = 0;
     } else if (!std::isfinite(value)) {
         const std::string_view word = specialWord(value, (options & FO_JSON) != 0);
-        kernels::copyTruncated(word.data(), word.size(), buffer, size);
-    } else if (size < kernels::kDoubleCapacity) {
+        algorithms::copyTruncated(word.data(), word.size(), buffer, size);
+    } else if (size < algorithms::kDoubleCapacity) {
         writeTruncated(value, buffer, size, options);
     } else {
         writeWhole(value, buffer, options);
@@ -95,7 +96,7 @@ const wchar_t* doubleToString(double value, wchar_t* buffer, unsigned long long 
     if (!buffer) {
         return nullptr;
     }
-    if (size >= kernels::kDoubleCapacity && value != 0.0 && std::isfinite(value)) {
+    if (size >= algorithms::kDoubleCapacity && value != 0.0 && std::isfinite(value)) {
         writeWhole(value, buffer, options);
     } else {
         char text[kWorkCharacters];
@@ -116,25 +117,25 @@ void appendDouble(BaseString<wchar_t>& text, double value) {
 }
 
 void appendInteger(BaseString<wchar_t>& text, int value) {
-    wchar_t characters[kernels::kMaxIntegerCharacters];
-    const wchar_t* const end = kernels::writeSigned(kernels::magnitudeOf(value), value < 0, characters);
+    wchar_t characters[algorithms::kMaxIntegerCharacters];
+    const wchar_t* const end = algorithms::writeSigned(algorithms::magnitudeOf(value), value < 0, characters);
     text.append(characters, static_cast<unsigned int>(end - characters));
 }
 
 const char* Int64ToStr(long long value, char* buffer, unsigned long long size) {
-    return kernels::writeBoundedInteger(kernels::magnitudeOf(value), value < 0, buffer, size);
+    return algorithms::writeBoundedInteger(algorithms::magnitudeOf(value), value < 0, buffer, size);
 }
 
 const wchar_t* Int64ToStr(long long value, wchar_t* buffer, unsigned long long size) {
-    return kernels::writeBoundedInteger(kernels::magnitudeOf(value), value < 0, buffer, size);
+    return algorithms::writeBoundedInteger(algorithms::magnitudeOf(value), value < 0, buffer, size);
 }
 
 const char* UInt64ToStr(unsigned long long value, char* buffer, unsigned long long size) {
-    return kernels::writeBoundedInteger(value, false, buffer, size);
+    return algorithms::writeBoundedInteger(value, false, buffer, size);
 }
 
 const wchar_t* UInt64ToStr(unsigned long long value, wchar_t* buffer, unsigned long long size) {
-    return kernels::writeBoundedInteger(value, false, buffer, size);
+    return algorithms::writeBoundedInteger(value, false, buffer, size);
 }
 
 double round(double value) noexcept {

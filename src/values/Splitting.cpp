@@ -5,9 +5,9 @@
 #include <string_view>
 #include <utility>
 
+#include "algorithms/Splitting.h"
+#include "algorithms/Trimming.h"
 #include "core/HeldInputs.h"
-#include "kernels/Splitting.h"
-#include "kernels/Trimming.h"
 #include "vorel/core/Protocol.h"
 #include "vorel/exceptions/Exception.h"
 
@@ -41,20 +41,20 @@ void split(const T* text, const T* delimiterText, Array<BaseString<T>>& parts) {
     const BaseString<T> delimiterCopy(delimiterText);
     const View<T> delimiter = delimiterCopy.view();
     if (!delimiter.empty()) {
-        reserveMore(parts, kernels::countOf(copy.view(), delimiter) + 1);
+        reserveMore(parts, algorithms::countOf(copy.view(), delimiter) + 1);
     }
-    kernels::splitAtDelimiters(copy.view(), delimiter, [&parts](View<T> part) { parts.append(stringOf(part)); });
+    algorithms::splitAtDelimiters(copy.view(), delimiter, [&parts](View<T> part) { parts.append(stringOf(part)); });
 }
 
 /// Consumes a quoted item and returns whether its quotes are valid.
 template <class T>
-bool consumeQuoted(kernels::QuotedItems<T>& items, BaseString<T>& item) {
+bool consumeQuoted(algorithms::QuotedItems<T>& items, BaseString<T>& item) {
     switch (items.consumeQuoted(item)) {
-    case kernels::Quotes::Closed: return true;
-    case kernels::Quotes::NeverClosed:
+    case algorithms::Quotes::Closed: return true;
+    case algorithms::Quotes::NeverClosed:
         Exception::trace("singleCToMultipleD() - ending text without 2nd double quote");
         break;
-    case kernels::Quotes::TextAfterQuote:
+    case algorithms::Quotes::TextAfterQuote:
         Exception::trace("singleCToMultipleD() - non-delimitors after 2nd double quote");
         break;
     }
@@ -62,13 +62,13 @@ bool consumeQuoted(kernels::QuotedItems<T>& items, BaseString<T>& item) {
 }
 
 template <class T>
-BaseString<T> nextItem(kernels::QuotedItems<T>& items, bool trim) {
+BaseString<T> nextItem(algorithms::QuotedItems<T>& items, bool trim) {
     BaseString<T> item;
     if (!items.isQuoted() || !consumeQuoted(items, item)) {
         const View<T> plain = items.consumePlain();
-        item = stringOf(trim ? kernels::trimmed(plain) : plain);
+        item = stringOf(trim ? algorithms::trimmed(plain) : plain);
     } else if (trim) {
-        item = stringOf(kernels::trimmed(item.view()));
+        item = stringOf(algorithms::trimmed(item.view()));
     }
     return item;
 }
@@ -84,7 +84,7 @@ void splitQuoted(const T* text, const T* delimiters, Array<BaseString<T>>& items
     } else {
         items.clear();
     }
-    kernels::QuotedItems<T> rest(viewOf(text), viewOf(delimiters));
+    algorithms::QuotedItems<T> rest(viewOf(text), viewOf(delimiters));
     if (!rest.atEnd()) {
         reserveMore(items, rest.maxItems());
     }
@@ -115,7 +115,7 @@ int tokenize(T* text, const T* delimiter, Array<T*>& tokens, int maxTokens) {
             return 0;
         }
         return static_cast<int>(
-            kernels::tokenizeInPlace(text, cut, maxTokens, [&tokens](T* token) { tokens.append(token); }));
+            algorithms::tokenizeInPlace(text, cut, maxTokens, [&tokens](T* token) { tokens.append(token); }));
     });
 }
 

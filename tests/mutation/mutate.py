@@ -22,7 +22,7 @@ from workbench import Bench, Build, LibraryDoesNotCompile, TestDoesNotCompile
 
 ROOT = Path(__file__).resolve().parents[2]
 WORK = ROOT / "build" / "mutation"
-SCOPE = ["src/kernels", "src/exceptions", "src/sync", "src/secure", "src/core/KernelHandle.cpp",
+SCOPE = ["src/algorithms", "src/exceptions", "src/sync", "src/secure", "src/core/KernelHandle.cpp",
          "include/vorel/core/KernelHandle.h", "include/vorel/core/Protocol.h", "include/vorel/core/Guard.h"]
 LISTED = Path(__file__).with_name("equivalent.txt")
 SURVIVORS = WORK / "survivors.txt"
@@ -186,7 +186,7 @@ def report(results):
 
 def arguments():
     parser = argparse.ArgumentParser(prog="./dev mutate", description=__doc__.split("\n\n", maxsplit=1)[0])
-    parser.add_argument("scope", nargs="*", default=SCOPE, help="sources or folders; default: kernels, exceptions, log, locks")
+    parser.add_argument("scope", nargs="*", default=SCOPE, help="sources or folders; default: algorithms, exceptions, log, locks")
     parser.add_argument("--count", type=int, default=240, help="number of changes to try (default: %(default)s)")
     parser.add_argument("--seed", type=int, default=1, help="seed of the sample (default: %(default)s)")
     parser.add_argument("--jobs", type=int, default=2, help="changes to try at the same time (default: %(default)s)")

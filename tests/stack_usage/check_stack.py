@@ -23,7 +23,7 @@ SOURCES = [
     "exceptions/LogFile.cpp",
     "exceptions/LogLocation.cpp",
     "exceptions/ThreadLogging.cpp",
-    "kernels/Utf8EncodeAvx2.cpp",
+    "algorithms/Utf8EncodeAvx2.cpp",
     "core/CriticalSections.cpp",
     "platform/ComputerName.cpp",
     "platform/SystemClock.cpp",

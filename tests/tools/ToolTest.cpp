@@ -60,7 +60,7 @@ TEST(ToolTest, Run_TellsWhatIsThrownAndReturnsItsExitCode) {
          "tool: it broke\n"},
         {"no memory", []() -> int { throw std::bad_alloc(); }, tools::kFailed, "tool: not enough memory\n"},
         {"another exception", []() -> int { throw std::runtime_error("odd"); }, tools::kFailed, "tool: odd\n"},
-        {"what is no exception", []() -> int { throw 5; }, tools::kFailed, ""},
+        {"an object that is not an exception", []() -> int { throw 5; }, tools::kFailed, ""},
     };
     for (const Ending& ending : endings) {
         SCOPED_TRACE(ending.why);

@@ -1,0 +1,151 @@
+/// \file
+/// Copies runs of ASCII between bytes and 16-bit units, sixteen elements at a time: most text is ASCII. SSE2 is part of
+/// every 64-bit x86 processor, so no dispatch is needed.
+///
+/// Each algorithm stops at a zero too, so text without a length needs no separate scan for its end. Reads may extend
+/// past the end of the text, but not into another page. Writes never exceed the run.
+#pragma once
+
+#include <algorithm>
+#include <bit>
+#include <cstddef>
+#include <cstdint>
+
+#include <emmintrin.h>
+
+#include "algorithms/Pages.h"
+#include "algorithms/PartialStore.h"
+
+namespace vorel::algorithms {
+
+/// Whether `element` is from 0x01 to 0x7F.
+template <class T>
+constexpr bool isAsciiText(T element) noexcept {
+    return element - 1u < 0x7F;
+}
+
+/// Elements per block.
+inline constexpr std::size_t kAsciiBlock = 16;
+
+/// Sixteen elements. Those before the first element that is not ASCII text form a run.
+struct AsciiBlock {
+    explicit AsciiBlock(__m128i block) noexcept
+        : bytes(block),
+          // Zeros compare equal. Bytes from 0x80 on have the top bit set already.
+          stops(static_cast<unsigned int>(
+              _mm_movemask_epi8(_mm_or_si128(block, _mm_cmpeq_epi8(block, _mm_setzero_si128()))))) {}
+
+    static AsciiBlock load(const unsigned char* from) noexcept {
+        return AsciiBlock(_mm_loadu_si128(reinterpret_cast<const __m128i*>(from)));
+    }
+
+    /// Saturated packing keeps 0x01 to 0x7F and turns every other unit into 0x00 or a byte from 0x80 on.
+    template <class Unit>
+    static AsciiBlock load(const Unit* from) noexcept {
+        static_assert(sizeof(Unit) == 2);
+        const auto* const halves = reinterpret_cast<const __m128i*>(from);
+        return AsciiBlock(_mm_packus_epi16(_mm_loadu_si128(halves), _mm_loadu_si128(halves + 1)));
+    }
+
+    void store(unsigned char* to) const noexcept { _mm_storeu_si128(reinterpret_cast<__m128i*>(to), bytes); }
+
+    template <class Unit>
+    void store(Unit* to) const noexcept {
+        auto* const halves = reinterpret_cast<__m128i*>(to);
+        _mm_storeu_si128(halves, _mm_unpacklo_epi8(bytes, _mm_setzero_si128()));
+        _mm_storeu_si128(halves + 1, _mm_unpackhi_epi8(bytes, _mm_setzero_si128()));
+    }
+
+    __m128i bytes;
+    unsigned int stops;  ///< one bit for each element outside 0x01 to 0x7F
+};
+
+/// Writes the first `count` elements of a block.
+inline void storeFirst(const AsciiBlock& block, std::size_t count, unsigned char* to) noexcept {
+    storeFirstBytes(block.bytes, count, to);
+}
+
+template <class Unit>
+void storeFirst(const AsciiBlock& block, std::size_t count, Unit* to) noexcept {
+    const __m128i low = _mm_unpacklo_epi8(block.bytes, _mm_setzero_si128());
+    const __m128i high = _mm_unpackhi_epi8(block.bytes, _mm_setzero_si128());
+    const std::size_t inLow = std::min<std::size_t>(count, 8);
+    storeFirstBytes(low, 2 * inLow, to);
+    storeFirstBytes(high, 2 * (count - inLow), to + inLow);
+}
+
+/// Copies elements from 0x01 to 0x7F until `count` are copied or another element follows. Returns the number copied.
+template <class From, class To>
+std::size_t copyAsciiRun(const From* from, std::size_t count, To* to) noexcept {
+    std::size_t done = 0;
+    while (done != count) {
+        if (!isInPage(from + done, kAsciiBlock * sizeof(From))) {
+            // One element at a time up to the next page.
+            if (!isAsciiText(from[done])) {
+                break;
+            }
+            to[done] = static_cast<To>(from[done]);
+            ++done;
+            continue;
+        }
+        const AsciiBlock block = AsciiBlock::load(from + done);
+        if (block.stops != 0 || count - done < kAsciiBlock) {
+            const auto run = static_cast<std::size_t>(std::countr_zero(block.stops | 1u << kAsciiBlock));
+            const std::size_t last = std::min(run, count - done);
+            storeFirst(block, last, to + done);
+            return done + last;
+        }
+        block.store(to + done);
+        done += kAsciiBlock;
+    }
+    return done;
+}
+
+/// Copies eight elements if all of them are from 0x01 to 0x7F.
+template <class From, class To>
+bool copyEightAscii(const From* from, To* to) noexcept {
+    const auto* const position = reinterpret_cast<const __m128i*>(from);
+    const __m128i zero = _mm_setzero_si128();
+    const AsciiBlock block(sizeof(From) == 1 ? _mm_loadl_epi64(position)
+                                             : _mm_packus_epi16(_mm_loadu_si128(position), zero));
+    if ((block.stops & 0xFF) != 0) {
+        return false;
+    }
+    if constexpr (sizeof(To) == 1) {
+        _mm_storel_epi64(reinterpret_cast<__m128i*>(to), block.bytes);
+    } else {
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(to), _mm_unpacklo_epi8(block.bytes, zero));
+    }
+    return true;
+}
+
+/// Copies `count` elements if all of them are from 0x01 to 0x7F, for text too short for blocks of sixteen. Returns
+/// false if one is not, for fewer than eight, and across a page border, where a zero could be the last readable
+/// element.
+template <class From, class To>
+bool copyShortAscii(const From* from, std::size_t count, To* to) noexcept {
+    if (count < 8 || !isInPage(from, count * sizeof(From))) {
+        return false;
+    }
+    const std::size_t last = count - 8;  // may overlap the eight before
+    for (std::size_t at = 0; at < last; at += 8) {
+        if (!copyEightAscii(from + at, to + at)) {
+            return false;
+        }
+    }
+    return copyEightAscii(from + last, to + last);
+}
+
+/// Widens bytes from 0x01 to 0x7F to units until `count` are done or another byte follows. Returns the number done.
+template <class Unit>
+std::size_t widenAsciiRun(const unsigned char* bytes, std::size_t count, Unit* units) noexcept {
+    return copyAsciiRun(bytes, count, units);
+}
+
+/// Narrows units from 0x01 to 0x7F to bytes until `count` are done or another unit follows. Returns the number done.
+template <class Unit>
+std::size_t narrowAsciiRun(const Unit* units, std::size_t count, unsigned char* bytes) noexcept {
+    return copyAsciiRun(units, count, bytes);
+}
+
+}  // namespace vorel::algorithms

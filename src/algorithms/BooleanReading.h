@@ -1,0 +1,90 @@
+/// \file
+/// Parses booleans in zero-terminated text of either width.
+#pragma once
+
+#include <algorithm>
+#include <iterator>
+#include <string_view>
+
+#include "algorithms/Characters.h"
+#include "algorithms/NumberReading.h"
+#include "algorithms/NumberScanner.h"
+#include "algorithms/Words.h"
+
+namespace vorel::algorithms {
+
+/// A word for a boolean, in lower case.
+struct BooleanWord {
+    std::string_view text;
+    // cppcheck-suppress unusedStructMember; it is read through an iterator
+    bool value;
+};
+
+inline constexpr BooleanWord kBooleanWords[] = {{"true", true}, {"false", false}, {"yes", true},
+                                                {"no", false},  {"on", true},     {"off", false}};
+inline constexpr std::string_view kTrueCharacters = "1ty";
+inline constexpr std::string_view kFalseCharacters = "0fn";
+inline constexpr std::string_view kPlainBooleanWords[] = {"true", "false", "yes", "no", "0", "1", "t", "f", "y", "n"};
+
+/// Whether a single digit from 2 to 9 is true. It is in wide text, and callers rely on that.
+template <class T>
+inline constexpr bool kAnyDigitIsTrue = sizeof(T) > 1;
+
+/// Whether `c`, with its case folded, is one of `characters`, which are in lower case.
+template <class T>
+bool isOneOf(T c, std::string_view characters) noexcept {
+    return std::any_of(characters.begin(), characters.end(),
+                       [c](char wanted) { return foldCase(c) == static_cast<T>(wanted); });
+}
+
+/// Parses a single character and moves past it if it denotes a boolean.
+template <class T>
+bool parseBooleanCharacter(const T*& cursor) noexcept {
+    const T c = *cursor;
+    const bool isTrue = isOneOf(c, kTrueCharacters) || (kAnyDigitIsTrue<T> && c >= '2' && c <= '9');
+    if (isTrue || isOneOf(c, kFalseCharacters)) {
+        ++cursor;
+    }
+    return isTrue;
+}
+
+/// Parses a word, a single character or a number, and returns its truth. For anything else, returns false and leaves
+/// the cursor after the leading white space.
+template <class T>
+bool parseBoolean(const T*& cursor) noexcept {
+    skipSpaces(cursor);
+    if (!*cursor) {
+        return false;
+    }
+    if (!cursor[1]) {
+        return parseBooleanCharacter(cursor);
+    }
+    const auto word = std::find_if(std::begin(kBooleanWords), std::end(kBooleanWords),
+                                   [&](const BooleanWord& w) { return equalsWord(cursor, w.text); });
+    if (word != std::end(kBooleanWords)) {
+        cursor += word->text.size();
+        return word->value;
+    }
+    return coercesToInteger(cursor, true) && parseInteger<int>(cursor, true) != 0;
+}
+
+/// Parses a boolean and stores where it ends unless `end` is null. A null text is false.
+template <class T>
+bool readBoolean(const T* text, T** end) noexcept {
+    const bool value = text && parseBoolean(text);
+    storeEnd(text, end);
+    return value;
+}
+
+/// Whether the whole text is a word or a character for a boolean. White space before it is allowed.
+template <class T>
+bool coercesToBoolean(const T* text) noexcept {
+    if (!text) {
+        return false;
+    }
+    skipSpaces(text);
+    return std::any_of(std::begin(kPlainBooleanWords), std::end(kPlainBooleanWords),
+                       [=](std::string_view word) { return equalsWord(text, word); });
+}
+
+}  // namespace vorel::algorithms

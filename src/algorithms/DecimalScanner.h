@@ -1,0 +1,196 @@
+/// \file
+/// Parses decimal numbers with a fraction and an exponent from zero-terminated text of either width: character by
+/// character, or in blocks for numbers of the usual length.
+///
+/// All programs that use these rules must compute the same bits, so the order of operations is fixed: the significant
+/// digits as an integer, converted to double, multiplied or divided by one power of ten.
+#pragma once
+
+#include <array>
+#include <bit>
+#include <cstddef>
+#include <cstdint>
+#include <limits>
+
+#include "algorithms/Characters.h"
+#include "algorithms/DigitBlock.h"
+#include "algorithms/NumberScanner.h"
+
+namespace vorel::algorithms {
+
+/// The mantissa of a decimal number. Only the first 18 digits are significant, leading zeros included.
+struct Mantissa {
+    std::uint64_t used = 0;      ///< value of the significant digits
+    std::uint32_t digits = 0;    ///< number of all digits, without the point
+    std::uint32_t exponent = 0;  ///< decimal exponent of the last significant digit, modulo 2^32
+};
+
+inline constexpr std::uint32_t kMantissaDigits = 18;
+
+/// Parses digits with at most one point.
+template <class T>
+constexpr Mantissa parseMantissa(const T*& cursor) noexcept {
+    Mantissa mantissa;
+    const T* const start = cursor;
+    const T* point = nullptr;
+    for (;; ++cursor) {
+        if (isDigit(*cursor)) {
+            if (mantissa.digits < kMantissaDigits) {
+                mantissa.used = mantissa.used * 10 + static_cast<std::uint64_t>(*cursor - '0');
+            }
+            ++mantissa.digits;
+        } else if (*cursor == '.' && !point) {
+            point = cursor;
+        } else {
+            break;
+        }
+    }
+    const std::uint32_t beforePoint = point ? static_cast<std::uint32_t>(point - start) : mantissa.digits;
+    const std::uint32_t counted = mantissa.digits < kMantissaDigits ? mantissa.digits : kMantissaDigits;
+    mantissa.exponent = beforePoint - counted;
+    return mantissa;
+}
+
+/// Significant digits as a double. The rule computes high * 1e9 + low from two halves of nine digits. The product has
+/// at most 51 significant bits, so it and the halves are exact. Only the sum rounds, exactly as this conversion does.
+constexpr double mantissaValue(std::uint64_t used) noexcept {
+    return static_cast<double>(static_cast<std::int64_t>(used));
+}
+
+/// A parsed exponent: 'e' or 'E', a sign, and digits. Marker and sign are consumed without digits too.
+struct Exponent {
+    std::uint32_t value = 0;  ///< without its sign, modulo 2^32
+    bool negative = false;
+    bool hasMarker = false;
+    bool hasDigits = false;
+};
+
+template <class T>
+constexpr bool isExponentMarker(T c) noexcept {
+    return c == 'e' || c == 'E';
+}
+
+template <class T>
+Exponent parseExponent(const T*& cursor) noexcept {
+    Exponent exponent;
+    if (isExponentMarker(*cursor)) {
+        ++cursor;
+        exponent.hasMarker = true;
+        exponent.negative = consumeSign(cursor);
+        const T* const digits = cursor;
+        exponent.value = parseDigits<std::uint32_t>(cursor);
+        exponent.hasDigits = cursor != digits;
+    }
+    return exponent;
+}
+
+inline constexpr std::uint32_t kLargestScale = 511;
+
+/// Powers of ten from 0 to 511. Each is the product of 1e1, 1e2, 1e4 … 1e256 for its bits, lowest first, so that every
+/// step rounds as the rule requires. From 309 on they are infinite.
+inline constexpr auto kScaleFactors = [] {
+    constexpr std::array<double, 9> kSquares = {1.0e1, 1.0e2, 1.0e4, 1.0e8, 1.0e16, 1.0e32, 1.0e64, 1.0e128, 1.0e256};
+    std::array<double, kLargestScale + 1> factors = {};
+    for (std::uint32_t power = 0; power <= kLargestScale; ++power) {
+        double factor = 1.0;
+        for (std::uint32_t bit = 0; bit < kSquares.size(); ++bit) {
+            if ((power >> bit & 1) == 0) {
+                continue;
+            }
+            const bool fits = factor <= std::numeric_limits<double>::max() / kSquares[bit];
+            factor = fits ? factor * kSquares[bit] : std::numeric_limits<double>::infinity();
+        }
+        factors[power] = factor;
+    }
+    return factors;
+}();
+
+/// `value`, negated if `negative`, without a branch.
+constexpr double withSign(double value, bool negative) noexcept {
+    return std::bit_cast<double>(std::bit_cast<std::uint64_t>(value) ^ static_cast<std::uint64_t>(negative) << 63);
+}
+
+/// Significant digits scaled by the signed 32-bit exponent of the last one. Signs are unpredictable, so nothing
+/// branches on them: the unused factor is 1.
+inline double scaled(std::uint64_t used, std::uint32_t exponent, bool negative) noexcept {
+    const bool isBelowOne = exponent >> 31 != 0;
+    const std::uint32_t magnitude = negatedIf(isBelowOne, exponent);
+    const std::uint32_t power = magnitude < kLargestScale ? magnitude : kLargestScale;
+    const std::uint32_t down = power & (0 - std::uint32_t{isBelowOne});
+    return withSign(mantissaValue(used) * kScaleFactors[power - down] / kScaleFactors[down], negative);
+}
+
+inline double scaled(const Mantissa& mantissa, const Exponent& exponent, bool negative) noexcept {
+    return scaled(mantissa.used, mantissa.exponent + negatedIf(exponent.negative, exponent.value), negative);
+}
+
+/// A mantissa whose digits are all significant, the last `fraction` of them after the point.
+struct ShortMantissa {
+    std::uint64_t used = 0;
+    std::uint64_t fraction = 0;
+};
+
+/// Parses a mantissa with less than one block of digits before the point and at most one block after it. Returns
+/// whether it has that form. The blocks around `cursor` must lie in one page (see `areBlocksInPage`).
+template <class T>
+[[gnu::always_inline]] inline bool parseShortMantissa(const T*& cursor, ShortMantissa& mantissa) noexcept {
+    std::uint64_t mask = digitMask(cursor);
+    const std::uint64_t whole = leadingDigits(mask);
+    if (whole == kDigitBlock) {
+        return false;
+    }
+    if (cursor[whole] != '.') {
+        mantissa.used = valueOfDigits(cursor, whole);
+        cursor += whole;
+        return whole != 0;
+    }
+    std::uint64_t fraction = leadingDigits(mask >> whole >> 1);
+    if (whole + 1 + fraction < kDigitBlock) {
+        mantissa.used = valueAcrossPoint(cursor, whole, fraction);
+    } else {
+        mask |= digitMask(cursor + kDigitBlock) << kDigitBlock;
+        fraction = leadingDigits(mask >> whole >> 1);
+        if (fraction > kDigitBlock || whole + fraction > kMantissaDigits) {
+            return false;
+        }
+        mantissa.used =
+            valueOfDigits(cursor, whole) * kIntegerPowersOfTen[fraction] + valueOfDigits(cursor + whole + 1, fraction);
+    }
+    mantissa.fraction = fraction;
+    cursor += whole + 1 + fraction;
+    return whole + fraction != 0;
+}
+
+/// Parses a number of the usual length without branching on its number of digits. Returns false and consumes nothing if
+/// the number must be parsed character by character.
+template <class T>
+[[gnu::always_inline]] inline bool parseShortDecimal(const T*& start, double& value) noexcept {
+    const T* cursor = start;
+    skipSpaces(cursor);
+    const bool negative = consumeSign(cursor);
+    ShortMantissa mantissa;
+    if (!areBlocksInPage(cursor) || !parseShortMantissa(cursor, mantissa)) {
+        return false;
+    }
+    if (!isExponentMarker(*cursor)) {
+        value = withSign(mantissaValue(mantissa.used) / kScaleFactors[mantissa.fraction], negative);
+        start = cursor;
+        return true;
+    }
+    ++cursor;
+    const bool isBelowOne = consumeSign(cursor);
+    if (!areBlocksInPage(cursor)) {
+        return false;
+    }
+    const std::uint64_t digits = leadingDigits(digitMask(cursor));
+    if (digits == kDigitBlock) {
+        return false;
+    }
+    const auto exponent = static_cast<std::uint32_t>(valueOfDigits(cursor, digits));
+    const auto fraction = static_cast<std::uint32_t>(mantissa.fraction);
+    value = scaled(mantissa.used, negatedIf(isBelowOne, exponent) - fraction, negative);
+    start = cursor + digits;
+    return true;
+}
+
+}  // namespace vorel::algorithms

@@ -1,0 +1,108 @@
+/// \file
+/// Counts and converts decimal digits, sixteen at a time, without a branch per digit. The end of a number is
+/// unpredictable, and one mispredicted branch costs as much as the whole conversion.
+///
+/// Reads may extend past either end of the text, but never into another page; characters outside the number are
+/// ignored. SSE2 is part of every 64-bit x86 processor, so no dispatch is needed.
+#pragma once
+
+#include <array>
+#include <bit>
+#include <cstddef>
+#include <cstdint>
+
+#include <emmintrin.h>
+
+#include "algorithms/WideUnit.h"
+
+namespace vorel::algorithms {
+
+/// Characters per block.
+inline constexpr std::uint64_t kDigitBlock = 16;
+
+/// The powers of ten that fit into 64 bits.
+inline constexpr auto kIntegerPowersOfTen = [] {
+    std::array<std::uint64_t, 20> powers = {1};
+    for (std::size_t power = 1; power != powers.size(); ++power) {
+        powers[power] = powers[power - 1] * 10;
+    }
+    return powers;
+}();
+
+/// Whether one block before `position` and two blocks from it lie in one page. Then they are readable wherever the text
+/// begins and ends.
+template <class T>
+bool areBlocksInPage(const T* position) noexcept {
+    constexpr std::uintptr_t kPage = 4096;
+    constexpr std::uintptr_t kBlock = kDigitBlock * sizeof(T);
+    return reinterpret_cast<std::uintptr_t>(position) % kPage - kBlock <= kPage - 3 * kBlock;
+}
+
+/// Sixteen characters as bytes. Units above 255 become 0 or 255. The attribute allows a block to extend into another
+/// object of the same page.
+[[gnu::no_sanitize_address]] inline __m128i loadBlock(const char* position) noexcept {
+    return _mm_loadu_si128(reinterpret_cast<const __m128i*>(position));
+}
+
+[[gnu::no_sanitize_address]] inline __m128i loadBlock(const WideUnit* position) noexcept {
+    const auto* const units = reinterpret_cast<const __m128i*>(position);
+    return _mm_packus_epi16(_mm_loadu_si128(units), _mm_loadu_si128(units + 1));
+}
+
+/// One bit for each character of the block, lowest first: whether it is a digit.
+template <class T>
+std::uint64_t digitMask(const T* position) noexcept {
+    const __m128i values = _mm_sub_epi8(loadBlock(position), _mm_set1_epi8('0'));
+    const __m128i isDigit = _mm_cmpeq_epi8(_mm_min_epu8(values, _mm_set1_epi8(9)), values);
+    return static_cast<std::uint64_t>(_mm_movemask_epi8(isDigit));
+}
+
+/// The number of digits at the start of a mask.
+constexpr std::uint64_t leadingDigits(std::uint64_t mask) noexcept {
+    constexpr std::uint64_t kEnd = std::uint64_t{1}
+                                   << 63;  // beyond the bits of every mask, so that a set bit always exists
+    return static_cast<std::uint64_t>(std::countr_zero(~mask | kEnd));
+}
+
+/// A mask of the last `count` bytes of a block.
+inline __m128i lastBytes(std::uint64_t count) noexcept {
+    static constexpr std::uint8_t kZerosThenOnes[2 * kDigitBlock] = {
+        0,    0,    0,    0,    0,    0,    0,    0,    0,    0,    0,    0,    0,    0,    0,    0,
+        0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF};
+    return _mm_loadu_si128(reinterpret_cast<const __m128i*>(kZerosThenOnes + count));
+}
+
+/// The value of the last `count` characters of a block, all digits.
+[[gnu::always_inline]] inline std::uint64_t valueOfLast(__m128i block, std::uint64_t count) noexcept {
+    const __m128i digits = _mm_and_si128(_mm_sub_epi8(block, _mm_set1_epi8('0')), lastBytes(count));
+    // Combines neighbours: two digits in 16 bits, four in 32, eight in 32. See Wojciech Muła, "Parsing series of
+    // integers with SIMD".
+    const __m128i tens = _mm_mullo_epi16(_mm_and_si128(digits, _mm_set1_epi16(0xFF)), _mm_set1_epi16(10));
+    const __m128i twos = _mm_add_epi16(tens, _mm_srli_epi16(digits, 8));
+    const __m128i fours = _mm_madd_epi16(twos, _mm_set1_epi32(1 << 16 | 100));
+    const __m128i eights = _mm_madd_epi16(_mm_packs_epi32(fours, fours), _mm_set1_epi32(1 << 16 | 10000));
+    const auto halves = static_cast<std::uint64_t>(_mm_cvtsi128_si64(eights));
+    return (halves & 0xFFFFFFFF) * kIntegerPowersOfTen[8] + (halves >> 32);
+}
+
+/// The value of `count` digits, at most one block.
+template <class T>
+[[gnu::always_inline]] inline std::uint64_t valueOfDigits(const T* position, std::uint64_t count) noexcept {
+    return valueOfLast(loadBlock(position + count - kDigitBlock), count);
+}
+
+/// The value of `whole` digits, a point and `fraction` digits as one number of at most one block.
+template <class T>
+[[gnu::always_inline]] inline std::uint64_t valueAcrossPoint(const T* position, std::uint64_t whole,
+                                                             std::uint64_t fraction) noexcept {
+    // Loads the digits twice, the second time shifted by one so that the fraction closes the gap of the point.
+    const T* const lastBlock = position + whole + fraction - kDigitBlock;
+    const __m128i fractionAtEnd = loadBlock(lastBlock + 1);
+    const __m128i wholeInPlace = loadBlock(lastBlock);
+    const __m128i isFraction = lastBytes(fraction);
+    const __m128i digits =
+        _mm_or_si128(_mm_and_si128(fractionAtEnd, isFraction), _mm_andnot_si128(isFraction, wholeInPlace));
+    return valueOfLast(digits, whole + fraction);
+}
+
+}  // namespace vorel::algorithms

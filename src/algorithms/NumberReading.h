@@ -1,0 +1,145 @@
+/// \file
+/// Parses numbers in zero-terminated text of either width: at its start, or as the whole text.
+#pragma once
+
+#include "algorithms/DecimalScanner.h"
+#include "algorithms/NumberScanner.h"
+
+namespace vorel::algorithms {
+
+/// Stores where a scan stopped unless `end` is null.
+template <class T, class End>
+void storeEnd(const T* cursor, End** end) noexcept {
+    if (end) {
+        *end = const_cast<End*>(cursor);  // NOLINT(cppcoreguidelines-pro-type-const-cast): the caller's own text
+    }
+}
+
+/// Runs `scan` on a text and stores where it stopped.
+template <class T, class End, class Scan>
+auto scanned(const T* text, End** end, Scan&& scan) noexcept {
+    using Value = decltype(scan(text));
+    const Value value = text ? scan(text) : Value{};
+    storeEnd(text, end);
+    return value;
+}
+
+/// Parses an integer (see `parseInteger`) and stores where it ends unless `end` is null. A null text is 0.
+template <class Value, class T, class End>
+Value readInteger(const T* text, End** end, bool skipTrailingSpace) noexcept {
+    return scanned(text, end, [=](const T*& cursor) { return parseInteger<Value>(cursor, skipTrailingSpace); });
+}
+
+/// Parses a hexadecimal number (see `parseHex`).
+template <class T>
+int readHex(const T* text, T** end) noexcept {
+    return scanned(text, end, [](const T*& cursor) { return static_cast<int>(parseHex(cursor)); });
+}
+
+/// Parses a number with a fraction and an exponent, character by character.
+template <class T>
+[[gnu::noinline]] double readDecimalStepByStep(const T* text, T** end) noexcept {
+    return scanned(text, end, [](const T*& cursor) {
+        const T* const start = cursor;
+        skipSpaces(cursor);
+        const bool negative = consumeSign(cursor);
+        const Mantissa mantissa = parseMantissa(cursor);
+        if (mantissa.digits == 0) {
+            cursor = start;
+            return negative ? -0.0 : 0.0;
+        }
+        return scaled(mantissa, parseExponent(cursor), negative);
+    });
+}
+
+/// Parses a number with a fraction and an exponent, in blocks if it has the usual length.
+template <class T>
+[[gnu::always_inline]] inline double readDecimal(const T* text, T** end) noexcept {
+    double value = 0;
+    if (text && parseShortDecimal(text, value)) {
+        storeEnd(text, end);
+        return value;
+    }
+    return readDecimalStepByStep(text, end);
+}
+
+/// Parses an integer and returns whether it is the whole text. `value` is unchanged only for a null text.
+template <class T>
+bool tryReadInteger(const T* text, int& value) noexcept {
+    if (!text) {
+        return false;
+    }
+    skipSpaces(text);
+    const bool negative = consumeSign(text);
+    const T* const digits = text;
+    value = static_cast<int>(negatedIf(negative, parseDigits<unsigned int>(text)));
+    const bool hasDigits = text != digits;
+    consumeZeroFraction(text);
+    skipSpaces(text);
+    return hasDigits && !*text;
+}
+
+/// Parses a number and returns whether it is the whole text. `value` is unchanged without digits. With an
+/// exponent of zero, `value` is the mantissa and the result is false.
+template <class T>
+bool tryReadDouble(const T* text, double& value) noexcept {
+    if (!text) {
+        return false;
+    }
+    skipSpaces(text);
+    const bool negative = consumeSign(text);
+    const Mantissa mantissa = parseMantissa(text);
+    if (mantissa.digits == 0) {
+        return false;
+    }
+    value = mantissaValue(mantissa.used);
+    const Exponent exponent = parseExponent(text);
+    if (exponent.hasMarker && exponent.value == 0) {
+        return false;
+    }
+    skipSpaces(text);
+    value = scaled(mantissa, exponent, negative);
+    return !*text;
+}
+
+/// Whether the whole text is an integer, with white space around it allowed.
+template <class T>
+bool coercesToInteger(const T* text, bool allowLeadingZeros) noexcept {
+    if (!text) {
+        return false;
+    }
+    skipSpaces(text);
+    consumeSign(text);
+    const DigitRun digits = consumeDigitRun(text);
+    if (!consumeZeroFraction(text) && digits.hasLeadingZero && !allowLeadingZeros) {
+        return false;
+    }
+    skipSpaces(text);
+    return digits.any && !*text;
+}
+
+/// Whether the whole text is a number, with white space around it allowed.
+template <class T>
+bool coercesToDouble(const T* text, bool allowLeadingZeros) noexcept {
+    if (!text) {
+        return false;
+    }
+    skipSpaces(text);
+    consumeSign(text);
+    const DigitRun digits = consumeDigitRun(text);
+    const bool hasPoint = *text == '.';
+    text += hasPoint ? 1 : 0;
+    const bool hasFraction = hasPoint && consumeDigitRun(text).any;
+    if (!digits.any && !hasFraction) {
+        return false;
+    }
+    const Exponent exponent = parseExponent(text);
+    if (exponent.hasMarker && !exponent.hasDigits) {
+        return false;
+    }
+    skipSpaces(text);
+    const bool rejected = digits.hasLeadingZero && !hasPoint && !exponent.hasMarker && !allowLeadingZeros;
+    return !rejected && !*text;
+}
+
+}  // namespace vorel::algorithms

@@ -1,0 +1,114 @@
+/// \file
+/// The steps of parsing numbers from zero-terminated text of either width. Each step moves the cursor past what it
+/// read, stops at the first character that does not belong to it, and never fails.
+#pragma once
+
+#include <cstdint>
+#include <type_traits>
+
+#include "algorithms/Characters.h"
+#include "algorithms/DigitBlock.h"
+
+namespace vorel::algorithms {
+
+template <class T>
+constexpr void skipSpaces(const T*& cursor) noexcept {
+    while (isSpace(*cursor)) {
+        ++cursor;
+    }
+}
+
+/// Consumes one '-' or '+', if present. Returns whether it was a '-'.
+template <class T>
+constexpr bool consumeSign(const T*& cursor) noexcept {
+    const bool negative = *cursor == '-';
+    cursor += negative || *cursor == '+' ? 1 : 0;
+    return negative;
+}
+
+/// Parses decimal digits. Returns their value, appended to the digits of `value`, modulo the range of the type.
+template <class Value, class T>
+Value parseDigits(const T*& cursor, Value value = 0) noexcept {
+    static_assert(std::is_unsigned_v<Value>);
+    while (areBlocksInPage(cursor)) {
+        const std::uint64_t count = leadingDigits(digitMask(cursor));
+        value = static_cast<Value>(value * kIntegerPowersOfTen[count] + valueOfDigits(cursor, count));
+        cursor += count;
+        if (count < kDigitBlock) {
+            return value;
+        }
+    }
+    for (; isDigit(*cursor); ++cursor) {
+        value = value * 10 + static_cast<Value>(*cursor - '0');
+    }
+    return value;
+}
+
+/// Consumes a point and the zeros after it, if present. Returns whether there was a point.
+template <class T>
+constexpr bool consumeZeroFraction(const T*& cursor) noexcept {
+    if (*cursor != '.') {
+        return false;
+    }
+    do {
+        ++cursor;
+    } while (*cursor == '0');
+    return true;
+}
+
+/// A run of digits whose value is not needed.
+struct DigitRun {
+    bool any = false;
+    bool hasLeadingZero = false;  ///< a zero first, and a digit other than zero later
+};
+
+template <class T>
+constexpr DigitRun consumeDigitRun(const T*& cursor) noexcept {
+    const T* const start = cursor;
+    bool nonZero = false;
+    for (; isDigit(*cursor); ++cursor) {
+        nonZero = nonZero || *cursor != '0';
+    }
+    return {cursor != start, nonZero && *start == '0'};
+}
+
+/// Negates in two's complement, without a branch.
+template <class Value>
+constexpr Value negatedIf(bool negative, Value value) noexcept {
+    return (value ^ (Value{0} - Value{negative})) + Value{negative};
+}
+
+/// Parses spaces, a sign and digits, and optionally the spaces after them. An unsigned number accepts only '+': a '-'
+/// stops the scan.
+template <class Value, class T>
+Value parseInteger(const T*& cursor, bool skipTrailingSpaces) noexcept {
+    skipSpaces(cursor);
+    bool negative = false;
+    if (std::is_signed_v<Value> || *cursor != '-') {
+        negative = consumeSign(cursor);
+    }
+    const auto value = parseDigits<std::make_unsigned_t<Value>>(cursor);
+    if (skipTrailingSpaces) {
+        skipSpaces(cursor);
+    }
+    return static_cast<Value>(negatedIf(negative, value));
+}
+
+/// The maximum number of hexadecimal digits. The limits differ by design: of more than eight digits of narrow text the
+/// last eight determine the value.
+template <class T>
+inline constexpr unsigned int kMaxHexDigits = sizeof(T) == 1 ? 16 : 8;
+
+/// Parses spaces, hexadecimal digits, and the spaces after them.
+template <class T>
+constexpr std::uint32_t parseHex(const T*& cursor) noexcept {
+    skipSpaces(cursor);
+    std::uint32_t value = 0;
+    for (unsigned int digits = 0; digits < kMaxHexDigits<T> && hexDigitValue(*cursor) < 16; ++digits, ++cursor) {
+        value = value << 4 | hexDigitValue(*cursor);
+    }
+    skipSpaces(cursor);
+    return value;
+}
+
+}  // namespace vorel::algorithms

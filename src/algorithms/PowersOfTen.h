@@ -1,0 +1,95 @@
+/// \file
+/// Powers of ten with 128 bits, to scale a double to a given number of digits.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+
+namespace vorel::algorithms {
+
+/// A power of ten: (high, low) as a 128-bit integer with its top bit set, times two to the `exponent`. Truncated: never
+/// too large, and too small by less than one unit of the last bit.
+struct PowerOfTen {
+    std::uint64_t high;
+    std::uint64_t low;
+    int exponent;
+};
+
+inline constexpr int kLowestPowerOfTen = -300;
+inline constexpr int kHighestPowerOfTen = 345;
+
+namespace detail {
+
+/// A 256-bit number with its top bit set, as 32-bit words, highest first, times two to the `exponent`. Rounding in a
+/// few hundred steps affects only the lowest bits; the upper 128 bits stay exact.
+struct LongNumber {
+    std::array<std::uint32_t, 8> words = {0x80000000u};
+    int exponent = -255;  // the number 1
+
+    constexpr void shiftRight(unsigned int bits) noexcept {
+        std::uint32_t carry = 0;
+        for (std::uint32_t& word : words) {
+            const std::uint32_t next = word << (32 - bits);
+            word = word >> bits | carry;
+            carry = next;
+        }
+        exponent += static_cast<int>(bits);
+    }
+
+    constexpr void normalize() noexcept {
+        while ((words[0] & 0x80000000u) == 0) {
+            for (std::size_t word = 0; word + 1 < words.size(); ++word) {
+                words[word] = words[word] << 1 | words[word + 1] >> 31;
+            }
+            words.back() <<= 1;
+            --exponent;
+        }
+    }
+
+    constexpr void multiplyByTen() noexcept {
+        shiftRight(4);
+        std::uint64_t carry = 0;
+        for (std::size_t word = words.size(); word-- != 0;) {
+            carry += std::uint64_t{words[word]} * 10;
+            words[word] = static_cast<std::uint32_t>(carry);
+            carry >>= 32;
+        }
+        normalize();
+    }
+
+    constexpr void divideByTen() noexcept {
+        std::uint64_t rest = 0;
+        for (std::uint32_t& word : words) {
+            rest = rest << 32 | word;
+            word = static_cast<std::uint32_t>(rest / 10);
+            rest %= 10;
+        }
+        normalize();
+    }
+
+    [[nodiscard]] constexpr PowerOfTen upperHalf() const noexcept {
+        return {std::uint64_t{words[0]} << 32 | words[1], std::uint64_t{words[2]} << 32 | words[3], exponent + 128};
+    }
+};
+
+}  // namespace detail
+
+inline constexpr auto kPowersOfTen = [] {
+    std::array<PowerOfTen, kHighestPowerOfTen - kLowestPowerOfTen + 1> powers = {};
+    detail::LongNumber up;
+    for (int power = 0; power <= kHighestPowerOfTen; ++power, up.multiplyByTen()) {
+        powers[static_cast<std::size_t>(power - kLowestPowerOfTen)] = up.upperHalf();
+    }
+    detail::LongNumber down;
+    for (int power = 0; power >= kLowestPowerOfTen; --power, down.divideByTen()) {
+        powers[static_cast<std::size_t>(power - kLowestPowerOfTen)] = down.upperHalf();
+    }
+    return powers;
+}();
+
+constexpr const PowerOfTen& powerOfTen(int power) noexcept {
+    return kPowersOfTen[static_cast<std::size_t>(power - kLowestPowerOfTen)];
+}
+
+}  // namespace vorel::algorithms

@@ -1,0 +1,114 @@
+/// \file
+/// Splits text of either width: at each occurrence of a delimiter, at delimiters outside of quotes, or in place.
+#pragma once
+
+#include <algorithm>
+#include <cstddef>
+#include <string_view>
+
+namespace vorel::algorithms {
+
+/// The number of occurrences of a delimiter that is not empty.
+template <class T>
+std::size_t countOf(std::basic_string_view<T> text, std::basic_string_view<T> delimiter) noexcept {
+    constexpr std::size_t kNone = std::basic_string_view<T>::npos;
+    std::size_t count = 0;
+    for (std::size_t at = text.find(delimiter); at != kNone; at = text.find(delimiter, at + delimiter.size())) {
+        ++count;
+    }
+    return count;
+}
+
+/// Passes the parts of a text to `take(part)`: each part that a delimiter ends, and the rest unless it is empty. An
+/// empty delimiter never matches.
+template <class T, class Take>
+void splitAtDelimiters(std::basic_string_view<T> text, std::basic_string_view<T> delimiter, Take&& take) {
+    constexpr std::size_t kNone = std::basic_string_view<T>::npos;
+    while (!text.empty()) {
+        const std::size_t at = delimiter.empty() ? kNone : text.find(delimiter);
+        take(text.substr(0, at));
+        text.remove_prefix(at == kNone ? text.size() : at + delimiter.size());
+    }
+}
+
+/// Result of parsing a quoted item.
+enum class Quotes {
+    Closed,          ///< the item was consumed
+    NeverClosed,     ///< the closing quote is missing
+    TextAfterQuote,  ///< no delimiter follows the closing quote
+};
+
+/// Iterates over items that may be in double quotes. Each of the delimiter characters ends an item.
+template <class T>
+class QuotedItems {
+public:
+    using View = std::basic_string_view<T>;
+
+    QuotedItems(View text, View delimiters) noexcept : m_rest(text), m_delimiters(delimiters) {}
+
+    [[nodiscard]] bool atEnd() const noexcept { return m_rest.empty(); }
+
+    /// An upper bound of the number of remaining items.
+    [[nodiscard]] std::size_t maxItems() const noexcept {
+        const auto isDelimiter = [this](T c) { return m_delimiters.find(c) != View::npos; };
+        return static_cast<std::size_t>(std::count_if(m_rest.begin(), m_rest.end(), isDelimiter)) + 1;
+    }
+
+    /// Whether the next item begins with a quote. Must not be called at the end.
+    [[nodiscard]] bool isQuoted() const noexcept { return m_rest.front() == '"'; }
+
+    /// Consumes an item as it is.
+    View consumePlain() noexcept {
+        const std::size_t end = m_rest.find_first_of(m_delimiters);
+        const View item = m_rest.substr(0, end);
+        m_rest.remove_prefix(end == View::npos ? m_rest.size() : end + 1);
+        return item;
+    }
+
+    /// Consumes a quoted item and passes its pieces to `item.append(text, count)`. If the quotes are invalid, nothing
+    /// is consumed, but pieces may have been appended.
+    template <class String>
+    Quotes consumeQuoted(String& item) {
+        View rest = m_rest.substr(1);
+        for (;;) {
+            const std::size_t quote = rest.find(T{'"'});
+            if (quote == View::npos) {
+                return Quotes::NeverClosed;
+            }
+            item.append(rest.data(), static_cast<unsigned int>(quote));
+            rest.remove_prefix(quote + 1);
+            if (rest.empty() || rest.front() != '"') {
+                break;
+            }
+            item.append(rest.data(), 1);
+            rest.remove_prefix(1);
+        }
+        if (!rest.empty() && m_delimiters.find(rest.front()) == View::npos) {
+            return Quotes::TextAfterQuote;
+        }
+        m_rest = rest.empty() ? rest : rest.substr(1);
+        return Quotes::Closed;
+    }
+
+private:
+    View m_rest;
+    View m_delimiters;
+};
+
+/// Ends a token at every `delimiter`, where zero means none, and passes the start of each token to `take`. Passes at
+/// most `limit` tokens, but always the first; all of them if `limit` is below 0. Returns the number of tokens.
+template <class T, class Take>
+unsigned int tokenizeInPlace(T* text, T delimiter, int limit, Take&& take) {
+    take(text);
+    unsigned int count = 1;
+    for (T* cursor = text; *cursor && (limit < 0 || count < static_cast<unsigned int>(limit)); ++cursor) {
+        if (*cursor == delimiter) {
+            *cursor = 0;
+            take(cursor + 1);
+            ++count;
+        }
+    }
+    return count;
+}
+
+}  // namespace vorel::algorithms

@@ -1,0 +1,126 @@
+/// \file
+/// The UTF-8 codec: the original form of one to six bytes (RFC 2279) for values up to 0x7FFFFFFF, between bytes and
+/// 16-bit units.
+///
+/// It validates little, and callers rely on each of these: the lead-byte masks 0xF1 and 0xFD are narrower than the
+/// usual 0xF8 and 0xFC, so 0xF1, 0xF3 … do not start a sequence, 0xF8, 0xFA, 0xFC and 0xFE start four bytes, and no
+/// byte starts five. Trailing bytes are not checked. Overlong forms and encoded surrogates are accepted.
+#pragma once
+
+#include <cstdint>
+
+namespace vorel::algorithms {
+
+/// The maximum number of bytes of one value, and of one unit of a text.
+inline constexpr unsigned int kLongestUtf8Sequence = 6;
+inline constexpr unsigned int kMaxUtf8BytesPerUnit = 3;
+
+/// Replaces a surrogate that is not part of a pair.
+inline constexpr std::uint32_t kLoneSurrogateReplacement = '?';
+
+/// A decoded sequence: its value and its number of bytes, 0 if the first byte does not start a sequence.
+struct Utf8Sequence {
+    std::uint32_t value;
+    unsigned int bytes;
+};
+
+/// Decodes the sequence at `lead`, whose first byte is 0x80 or more. Trailing bytes are not checked.
+constexpr Utf8Sequence decodeUtf8Sequence(const unsigned char* lead) noexcept {
+    const auto low = [lead](unsigned int position, unsigned int mask, unsigned int shift) {
+        return (std::uint32_t{lead[position]} & mask) << shift;
+    };
+    if ((lead[0] & 0xE0) == 0xC0) {
+        return {low(0, 0x1F, 6) | low(1, 0x3F, 0), 2};
+    }
+    if ((lead[0] & 0xF0) == 0xE0) {
+        return {low(0, 0x0F, 12) | low(1, 0x3F, 6) | low(2, 0x3F, 0), 3};
+    }
+    if ((lead[0] & 0xF1) == 0xF0) {
+        return {low(0, 0x0F, 18) | low(1, 0x3F, 12) | low(2, 0x3F, 6) | low(3, 0x3F, 0), 4};
+    }
+    if ((lead[0] & 0xFD) == 0xF8) {  // never true after the test above; kept for symmetry
+        return {low(0, 0x0F, 24) | low(1, 0x0F, 18) | low(2, 0x3F, 12) | low(3, 0x3F, 6) | low(4, 0x3F, 0), 5};
+    }
+    if ((lead[0] & 0xFE) == 0xFC) {
+        return {low(0, 0xFF, 30) | low(1, 0x0F, 24) | low(2, 0x0F, 18) | low(3, 0x3F, 12) | low(4, 0x3F, 6) |
+                    low(5, 0x3F, 0),
+                6};
+    }
+    return {0, 0};
+}
+
+/// The number of bytes that `value` takes.
+constexpr unsigned int utf8SequenceLength(std::uint32_t value) noexcept {
+    if (value < 0x80) {
+        return 1;
+    }
+    if (value < 0x800) {
+        return 2;
+    }
+    if (value < 0x10000) {
+        return 3;
+    }
+    if (value < 0x200000) {
+        return 4;
+    }
+    return value < 0x4000000 ? 5 : 6;
+}
+
+/// Writes the bytes of `value` (up to six) to `out` and returns their number.
+constexpr unsigned int encodeUtf8Sequence(std::uint32_t value, unsigned char* out) noexcept {
+    constexpr unsigned char kLeads[kLongestUtf8Sequence + 1] = {0, 0, 0xC0, 0xE0, 0xF0, 0xF8, 0xFC};
+    const unsigned int length = utf8SequenceLength(value);
+    for (unsigned int position = length - 1; position != 0; --position) {
+        out[position] = static_cast<unsigned char>(0x80 | (value & 0x3F));
+        value >>= 6;
+    }
+    out[0] = static_cast<unsigned char>(kLeads[length] | value);
+    return length;
+}
+
+template <class Unit>
+constexpr bool isHighSurrogate(Unit unit) noexcept {
+    return (unit & 0xFC00) == 0xD800;
+}
+
+template <class Unit>
+constexpr bool isLowSurrogate(Unit unit) noexcept {
+    return (unit & 0xFC00) == 0xDC00;
+}
+
+/// Writes `value` as one unit, or from 0x10000 on as a surrogate pair (RFC 2781), and returns the number of units.
+/// Values above 0x10FFFF are not rejected: the high unit wraps.
+template <class Unit>
+constexpr unsigned int putUnits(std::uint32_t value, Unit* out) noexcept {
+    if (value < 0x10000) {
+        out[0] = static_cast<Unit>(value);
+        return 1;
+    }
+    out[0] = static_cast<Unit>((value >> 10) - 0x2840);
+    out[1] = static_cast<Unit>(0xDC00 | (value & 0x3FF));
+    return 2;
+}
+
+/// How the encoder treats surrogates.
+enum class Surrogates {
+    Paired,  ///< a pair is one value, an unpaired surrogate becomes "?"
+    Single,  ///< every unit is a value, so a pair takes six bytes
+};
+
+/// Reads one value and moves `cursor` past it. With `Paired`, a pair is read whole even if its second unit is past the
+/// end of the text: that unit is read, as is the terminator.
+template <Surrogates Rule, class Unit>
+constexpr std::uint32_t consumeValue(const Unit*& cursor) noexcept {
+    const std::uint32_t unit{static_cast<std::uint16_t>(*cursor++)};
+    if constexpr (Rule == Surrogates::Paired) {
+        if ((unit & 0xF800) == 0xD800) {
+            if (!isHighSurrogate(unit) || !isLowSurrogate(*cursor)) {
+                return kLoneSurrogateReplacement;
+            }
+            return unit * 1024 - 56613888 + static_cast<std::uint16_t>(*cursor++);
+        }
+    }
+    return unit;
+}
+
+}  // namespace vorel::algorithms

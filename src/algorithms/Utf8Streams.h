@@ -1,0 +1,187 @@
+/// \file
+/// Converts UTF-8 to 16-bit units and units to UTF-8, piece by piece. If the length is below 0, the input runs to its
+/// first zero. Otherwise the length is a bound, and a zero still ends the input.
+#pragma once
+
+#include <algorithm>
+#include <cstddef>
+#include <limits>
+
+#include "algorithms/AsciiRuns.h"
+#include "algorithms/Processor.h"
+#include "algorithms/Utf8.h"
+#include "algorithms/Utf8Avx2.h"
+
+namespace vorel::algorithms {
+
+/// A position in input that may have a bound.
+template <class Element>
+class BoundedCursor {
+public:
+    BoundedCursor(const Element* input, int length) noexcept
+        : m_position(input),
+          m_left(length < 0 ? std::numeric_limits<std::size_t>::max() : static_cast<std::size_t>(length)) {}
+
+    [[nodiscard]] const Element* position() const noexcept { return m_position; }
+
+    /// The number of elements before the bound.
+    [[nodiscard]] std::size_t left() const noexcept { return m_left; }
+    [[nodiscard]] bool atEnd() const noexcept { return m_left == 0 || *m_position == 0; }
+
+    /// Advances, past the bound if necessary.
+    void pass(std::size_t elements) noexcept {
+        m_position += elements;
+        m_left -= std::min(m_left, elements);
+    }
+
+private:
+    const Element* m_position;
+    std::size_t m_left;
+};
+
+/// Characters converted one by one before blocks are tried again.
+inline constexpr unsigned int kScalarCharacters = 8;
+
+/// Reads one input. The bytes of a sequence are read even past the bound or past the zero that would have ended the
+/// input; reading then continues to the bound or to the next zero.
+class Utf8Reader {
+public:
+    /// How a surrogate pair is handled when only its first unit fits.
+    enum class LastPair {
+        Written,  ///< both units are written, one more than the capacity
+        Left,     ///< nothing is written, the character stays unread
+    };
+
+    Utf8Reader(const unsigned char* input, int length) noexcept : m_cursor(input, length) {}
+
+    /// Reads until `capacity` units are written or the input ends. Returns the number of units. `Rest` tells whether
+    /// unused capacity may be overwritten.
+    template <LastPair Rule, Overwrite Rest = Overwrite::Allowed, class Unit>
+    std::size_t read(Unit* out, std::size_t capacity) noexcept {
+        std::size_t units = 0;
+        while (!m_cursor.atEnd()) {
+            if (units < capacity) {
+                units += readBlocks<Rest>(out + units, capacity - units);
+            }
+            if (!readScalar<Rule>(out, units, capacity)) {
+                break;
+            }
+        }
+        return units;
+    }
+
+    [[nodiscard]] bool atEnd() const noexcept { return m_cursor.atEnd(); }
+
+    /// Whether a byte was found that does not start a sequence; `position` points to it.
+    [[nodiscard]] bool failed() const noexcept { return m_failed; }
+    [[nodiscard]] const unsigned char* position() const noexcept { return m_cursor.position(); }
+
+private:
+    /// Reads some characters one by one. False if the next one does not fit or does not start a sequence.
+    template <LastPair Rule, class Unit>
+    bool readScalar(Unit* out, std::size_t& units, std::size_t capacity) noexcept {
+        BoundedCursor<unsigned char> cursor = m_cursor;  // kept in registers
+        std::size_t at = units;
+        bool goesOn = true;
+        for (unsigned int left = kScalarCharacters; left != 0 && !cursor.atEnd(); --left) {
+            const unsigned char byte = *cursor.position();
+            // Decoded before the capacity is checked: a bad byte after the last unit that fits is an error too.
+            const Utf8Sequence sequence = byte < 0x80 ? Utf8Sequence{byte, 1} : decodeUtf8Sequence(cursor.position());
+            const std::size_t needed = Rule == LastPair::Left && sequence.value >= 0x10000 ? 2 : 1;
+            m_failed = sequence.bytes == 0;
+            if (m_failed || at + needed > capacity) {
+                goesOn = false;
+                break;
+            }
+            at += putUnits(sequence.value, out + at);
+            cursor.pass(sequence.bytes);
+        }
+        m_cursor = cursor;
+        units = at;
+        return goesOn;
+    }
+
+    /// Reads a run of ASCII, then well-formed text in blocks. Returns the number of units.
+    template <Overwrite Rest, class Unit>
+    std::size_t readBlocks(Unit* out, std::size_t capacity) noexcept {
+        static_assert(sizeof(Unit) == 2);
+        std::size_t units = 0;
+        if (isAsciiText(*m_cursor.position())) {
+            units = widenAsciiRun(m_cursor.position(), std::min(m_cursor.left(), capacity), out);
+            m_cursor.pass(units);
+        }
+        if (!s_useAvx2 || units == capacity || m_cursor.atEnd()) {
+            return units;
+        }
+        const Progress done = decodeUtf8Avx2(m_cursor.position(), m_cursor.left(), out + units, capacity - units, Rest);
+        m_cursor.pass(done.read);
+        return units + done.written;
+    }
+
+    BoundedCursor<unsigned char> m_cursor;
+    bool m_failed = false;
+};
+
+/// Writes one input. A surrogate pair that starts on the last unit before the bound is read whole.
+template <Surrogates Rule, class Unit>
+class Utf8Writer {
+public:
+    Utf8Writer(const Unit* input, int length) noexcept : m_cursor(input, length) {}
+
+    /// Writes until at least `enough` bytes are written, the next sequence does not fit into `capacity` bytes, or the
+    /// input ends. Returns the number of bytes. `capacity` is at least `enough`.
+    std::size_t write(unsigned char* out, std::size_t enough, std::size_t capacity) noexcept {
+        std::size_t bytes = 0;
+        while (bytes < enough && !m_cursor.atEnd()) {
+            bytes += writeBlocks(out + bytes, enough - bytes, capacity - bytes);
+            if (!writeScalar(out, bytes, enough, capacity)) {
+                break;
+            }
+        }
+        return bytes;
+    }
+
+    [[nodiscard]] bool atEnd() const noexcept { return m_cursor.atEnd(); }
+
+private:
+    /// Writes some characters one by one. False if the next one does not fit.
+    bool writeScalar(unsigned char* out, std::size_t& bytes, std::size_t enough, std::size_t capacity) noexcept {
+        BoundedCursor<Unit> cursor = m_cursor;  // kept in registers
+        std::size_t at = bytes;
+        bool goesOn = true;
+        for (unsigned int left = kScalarCharacters; left != 0 && at < enough && !cursor.atEnd(); --left) {
+            const Unit* next = cursor.position();
+            const std::uint32_t value = consumeValue<Rule>(next);
+            if (utf8SequenceLength(value) > capacity - at) {
+                goesOn = false;
+                break;
+            }
+            at += encodeUtf8Sequence(value, out + at);
+            cursor.pass(static_cast<std::size_t>(next - cursor.position()));
+        }
+        m_cursor = cursor;
+        bytes = at;
+        return goesOn;
+    }
+
+    /// Writes a run of ASCII, then well-formed text in blocks. Returns the number of bytes.
+    std::size_t writeBlocks(unsigned char* out, std::size_t enough, std::size_t capacity) noexcept {
+        static_assert(sizeof(Unit) == 2);
+        std::size_t run = 0;
+        if (isAsciiText(*m_cursor.position())) {
+            run = narrowAsciiRun(m_cursor.position(), std::min(m_cursor.left(), enough), out);
+            m_cursor.pass(run);
+        }
+        if (!s_useAvx2 || run == enough || m_cursor.atEnd()) {
+            return run;
+        }
+        constexpr bool kPaired = Rule == Surrogates::Paired;
+        const Progress done = encodeUtf8Avx2(m_cursor.position(), m_cursor.left(), out + run, capacity - run, kPaired);
+        m_cursor.pass(done.read);
+        return run + done.written;
+    }
+
+    BoundedCursor<Unit> m_cursor;
+};
+
+}  // namespace vorel::algorithms

@@ -1,0 +1,76 @@
+#include "algorithms/DigitBlock.h"
+
+#include <cstdint>
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "support/PageEdge.h"
+#include "support/RandomText.h"
+#include "support/Widths.h"
+
+namespace {
+
+namespace algorithms = vorel::algorithms;
+
+template <class T>
+class DigitBlock : public ::testing::Test {};
+TYPED_TEST_SUITE(DigitBlock, test::CharacterTypes, test::CharacterNames);
+
+TYPED_TEST(DigitBlock, MaskHasABitForEachDigit) {
+    std::basic_string<TypeParam> text = test::text<TypeParam>("0123456789/:.-\x7F\xB5");
+    EXPECT_EQ(algorithms::digitMask(text.data()), 0x03FFu);
+    for (std::uint32_t unit = 0; unit < 1u << 8 * sizeof(TypeParam); ++unit) {
+        const std::basic_string<TypeParam> row(16, static_cast<TypeParam>(unit));
+        ASSERT_EQ(algorithms::digitMask(row.data()), unit >= '0' && unit <= '9' ? 0xFFFFu : 0u) << unit;
+    }
+}
+
+TEST(DigitBlockMasks, LeadingDigitsEndAtTheFirstZeroBit) {
+    for (unsigned int count = 0; count <= 32; ++count) {
+        const std::uint64_t ones = (std::uint64_t{1} << count) - 1;
+        EXPECT_EQ(algorithms::leadingDigits(ones), count);
+        EXPECT_EQ(algorithms::leadingDigits(ones | std::uint64_t{2} << count), count);
+    }
+}
+
+TYPED_TEST(DigitBlock, ValueOfEveryDigitCount) {
+    test::RandomText random(20261121);
+    for (int round = 0; round < 2000; ++round) {
+        for (std::uint64_t count = 0; count <= 16; ++count) {
+            const std::string digits = random.digits(count);
+            const auto text = test::text<TypeParam>(random.from("09ax", 16) + digits + "77");
+            const std::uint64_t wanted = count == 0 ? 0 : std::stoull(digits);
+            ASSERT_EQ(algorithms::valueOfDigits(text.data() + 16, count), wanted) << digits;
+        }
+    }
+}
+
+TYPED_TEST(DigitBlock, ValueAcrossTheDecimalPoint) {
+    test::RandomText random(20261121);
+    for (std::uint64_t whole = 0; whole <= 14; ++whole) {
+        for (std::uint64_t fraction = 0; whole + fraction <= 14; ++fraction) {
+            const std::string before = random.digits(whole);
+            const std::string after = random.digits(fraction);
+            const auto text = test::text<TypeParam>(random.from("09ax", 16) + before + '.' + after + "77");
+            const std::uint64_t wanted = whole + fraction == 0 ? 0 : std::stoull(before + after);
+            EXPECT_EQ(algorithms::valueAcrossPoint(text.data() + 16, whole, fraction), wanted)
+                << before << '.' << after;
+        }
+    }
+}
+
+TYPED_TEST(DigitBlock, BlocksStayWithinThePage) {
+    test::PageEdge<TypeParam> edge(4096 / sizeof(TypeParam));
+    const TypeParam* const first = edge.firstElement();
+    for (std::size_t position = 0; position < 4096 / sizeof(TypeParam); ++position) {
+        const bool fits = position >= 16 && position + 32 <= 4096 / sizeof(TypeParam);
+        ASSERT_EQ(algorithms::areBlocksInPage(first + position), fits) << position;
+        if (fits) {  // nothing faults
+            static_cast<void>(algorithms::digitMask(first + position + 16));
+            static_cast<void>(algorithms::valueOfDigits(first + position, 0));
+        }
+    }
+}
+
+}  // namespace

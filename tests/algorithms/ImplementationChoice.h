@@ -1,0 +1,40 @@
+/// \file
+/// A fixture that runs the same tests for scalar and AVX2 algorithms, in both widths. An algorithm is a type with a
+/// name, a unit type, its requirement and one or two static operations.
+///
+///     template <class T>
+///     struct ScalarEncoder {
+///         using Unit = T;
+///         static constexpr char kName[] = "scalar";
+///         static constexpr bool kNeedsAvx2 = false;
+///         static std::size_t run(…);
+///     };
+#pragma once
+
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "algorithms/Processor.h"
+#include "support/Widths.h"
+
+namespace test {
+
+template <class Implementation>
+class ImplementationTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        if (Implementation::kNeedsAvx2 && !vorel::algorithms::s_useAvx2) {
+            GTEST_SKIP() << "this processor has no AVX2";
+        }
+    }
+};
+
+struct ImplementationNames {
+    template <class Implementation>
+    static std::string GetName(int index) {
+        return std::string(Implementation::kName) + '_' + CharacterNames::GetName<typename Implementation::Unit>(index);
+    }
+};
+
+}  // namespace test

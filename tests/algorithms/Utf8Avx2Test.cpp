@@ -1,0 +1,191 @@
+/// \file
+/// The AVX2 codec converts the first part of a text. The tests check that this part agrees with the reference, ends
+/// between two characters and stays within the capacity, with random and damaged texts at inaccessible pages.
+
+#include "algorithms/Utf8Avx2.h"
+
+#include <algorithm>
+#include <string>
+#include <string_view>
+
+#include <gtest/gtest.h>
+
+#include "algorithms/Processor.h"
+#include "support/PageEdge.h"
+#include "support/RandomText.h"
+#include "support/Utf8Reference.h"
+
+namespace {
+
+using test::RandomText;
+using vorel::algorithms::decodeUtf8Avx2;
+using vorel::algorithms::encodeUtf8Avx2;
+using vorel::algorithms::Overwrite;
+using vorel::algorithms::Progress;
+
+constexpr std::uint64_t kSeed = 20261121;
+constexpr std::size_t kNoBound = static_cast<std::size_t>(-1);
+constexpr std::size_t kMax = 100;
+constexpr unsigned char kGuardByte = 0x5A;
+constexpr wchar_t kGuard = 0x5A5A;
+
+/// Wide text of runs of characters of one kind.
+std::wstring randomText(RandomText& random, bool withLoneSurrogates) {
+    std::wstring text;
+    const std::size_t length = random.below(kMax);
+    while (text.size() < length) {
+        const std::size_t kind = random.below(withLoneSurrogates ? 6 : 5);
+        for (std::size_t count = 1 + random.below(random.oneIn(3) ? 40 : 4); count != 0; --count) {
+            switch (kind) {
+            case 0: text += static_cast<wchar_t>(1 + random.below(0x7F)); break;
+            case 1: text += static_cast<wchar_t>(0x80 + random.below(0x780)); break;
+            case 2: text += static_cast<wchar_t>(0x800 + random.below(0xD000)); break;
+            case 3: text += static_cast<wchar_t>(0xE000 + random.below(0x2000)); break;
+            case 4:
+                text += static_cast<wchar_t>(0xD800 + random.below(0x400));
+                text += static_cast<wchar_t>(0xDC00 + random.below(0x400));
+                break;
+            default: text += static_cast<wchar_t>(0xD800 + random.below(0x800)); break;
+            }
+        }
+    }
+    return text;
+}
+
+class Utf8Avx2 : public testing::Test {
+protected:
+    void SetUp() override {
+        if (!vorel::algorithms::s_useAvx2) {
+            GTEST_SKIP() << "this processor has no AVX2";
+        }
+    }
+
+    /// Decodes at most `left` of `bytes`, which end at an inaccessible page, and checks the result.
+    Progress decode(std::string_view bytes, std::size_t left, std::size_t room, Overwrite overwrite) {
+        const auto* const input =
+            m_bytes.placeAtEnd({reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size()});
+        std::wstring out(room + 40, kGuard);
+        const Progress done = decodeUtf8Avx2(input, left, out.data(), room, overwrite);
+        EXPECT_LE(done.read, left);
+        EXPECT_LE(done.written, room);
+        const test::DecodedText expected = test::decodeUtf8(bytes, static_cast<int>(done.read));
+        EXPECT_FALSE(expected.error);
+        EXPECT_EQ(expected.bytesRead, done.read) << "ends between two characters, before a zero";
+        EXPECT_EQ(out.substr(0, done.written), expected.units);
+        const std::size_t untouched = overwrite == Overwrite::Allowed ? room : done.written;
+        EXPECT_EQ(out.find_first_not_of(kGuard, untouched), std::wstring::npos) << "after the capacity or the text";
+        return done;
+    }
+
+    /// Encodes at most `left` of `units` and checks the result.
+    Progress encode(std::wstring_view units, std::size_t left, std::size_t room, bool paired) {
+        const auto* const input = m_units.placeAtEnd(units);
+        std::string out(room + 40, static_cast<char>(kGuardByte));
+        const Progress done = encodeUtf8Avx2(input, left, reinterpret_cast<unsigned char*>(out.data()), room, paired);
+        EXPECT_LE(done.read, left);
+        EXPECT_LE(done.written, room);
+        const std::wstring taken(units.substr(0, done.read));
+        EXPECT_EQ(taken.find(L'\0'), std::wstring::npos);
+        EXPECT_EQ(out.substr(0, done.written),
+                  paired ? test::encodeUtf16(taken + L'\0', -1).bytes : test::encodeUnits(taken));
+        EXPECT_EQ(out.find_first_not_of(static_cast<char>(kGuardByte), room), std::string::npos)
+            << "after the capacity";
+        return done;
+    }
+
+    test::PageEdge<unsigned char> m_bytes{4096};
+    test::PageEdge<wchar_t> m_units{4096};
+};
+
+TEST_F(Utf8Avx2, DecodesRandomTextsWithinBoundAndCapacity) {
+    RandomText random(kSeed);
+    for (int text = 0; text < 1500; ++text) {
+        SCOPED_TRACE(testing::Message() << "seed " << kSeed << ", text " << text);
+        std::string bytes = test::encodeUtf16(randomText(random, false) + L'\0', -1).bytes;
+        if (random.oneIn(2) && !bytes.empty()) {
+            bytes[random.below(bytes.size())] = static_cast<char>(random.bits());
+        }
+        bytes += std::string(6, '\0');
+        for (const Overwrite overwrite : {Overwrite::Allowed, Overwrite::Forbidden}) {
+            decode(bytes, kNoBound, 2 * kMax, overwrite);
+            decode(bytes, random.below(bytes.size()), 2 * kMax, overwrite);
+            decode(bytes, kNoBound, random.below(kMax), overwrite);
+            decode(bytes, random.below(bytes.size()), random.below(kMax), overwrite);
+        }
+        if (HasFailure()) {
+            return;
+        }
+    }
+}
+
+TEST_F(Utf8Avx2, EncodesRandomTextsWithinBoundAndCapacity) {
+    RandomText random(kSeed);
+    for (int text = 0; text < 1500; ++text) {
+        SCOPED_TRACE(testing::Message() << "seed " << kSeed << ", text " << text);
+        std::wstring units = randomText(random, random.oneIn(2));
+        if (random.oneIn(3) && !units.empty()) {
+            units[random.below(units.size())] = static_cast<wchar_t>(random.bits());
+        }
+        units += L'\0';
+        for (const bool paired : {true, false}) {
+            encode(units, kNoBound, 3 * kMax, paired);
+            encode(units, random.below(units.size()), 3 * kMax, paired);
+            encode(units, kNoBound, random.below(3 * kMax), paired);
+            encode(units, random.below(units.size()), random.below(kMax), paired);
+        }
+        if (HasFailure()) {
+            return;
+        }
+    }
+}
+
+/// A character and its number of bytes in UTF-8.
+struct Kind {
+    const char* name;
+    std::wstring character;
+    std::size_t bytes;
+};
+
+TEST_F(Utf8Avx2, ConvertsWellFormedTextsCompletely) {
+    const Kind kinds[] = {{"ASCII", L"a", 1},
+                          {"two bytes", L"\x00E9", 2},
+                          {"three bytes", L"\x20AC", 3},
+                          {"four bytes", L"\xD83D\xDE00", 4}};
+    for (const Kind& kind : kinds) {
+        for (std::size_t count = 0; count != 70; ++count) {
+            SCOPED_TRACE(testing::Message() << kind.name << ", " << count);
+            std::wstring units;
+            for (std::size_t character = 0; character != count; ++character) {
+                units += kind.character;
+            }
+            // Far from the end of the page, with exactly the required capacity.
+            std::string bytes = test::encodeUtf16(units + L'\0', -1).bytes;
+            const std::size_t size = bytes.size();
+            bytes += std::string(64, '\0');
+            EXPECT_EQ(decode(bytes, kNoBound, units.size(), Overwrite::Allowed).read, size);
+            EXPECT_EQ(decode(bytes, size, units.size(), Overwrite::Forbidden).read, size);
+            const std::wstring padded = units + std::wstring(32, L'\0');
+            EXPECT_EQ(encode(padded, kNoBound, size, true).read, units.size());
+            EXPECT_EQ(encode(padded, units.size(), size, true).read, units.size());
+        }
+    }
+}
+
+TEST_F(Utf8Avx2, StopsBeforeMalformedText) {
+    // After characters of each kind: a trailing byte too many, one too few, an invalid lead byte, an overlong form.
+    for (const std::string damage : {"\x80", "\xC3z", "\xE2\x82z", "\xF1\x80\x80\x80", "\xF0\x8F\xBF\xBF", "\xF8"}) {
+        for (const std::string before : {"", "a", "\xC3\xA9", "\xE2\x82\xAC", "\xF0\x9F\x98\x80"}) {
+            for (std::size_t count = 0; count != 20; ++count) {
+                std::string bytes;
+                for (std::size_t character = 0; character != count; ++character) {
+                    bytes += before;
+                }
+                const std::size_t valid = bytes.size();
+                bytes += damage + std::string(64, 'z') + std::string(6, '\0');
+                EXPECT_LE(decode(bytes, kNoBound, 200, Overwrite::Allowed).read, valid) << "damage " << damage.size();
+            }
+        }
+    }
+}
+
+}  // namespace

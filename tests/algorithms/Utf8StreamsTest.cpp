@@ -1,0 +1,180 @@
+#include "algorithms/Utf8Streams.h"
+
+#include <algorithm>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "support/Utf8Reference.h"
+
+namespace {
+
+using vorel::algorithms::BoundedCursor;
+using vorel::algorithms::kLongestUtf8Sequence;
+using vorel::algorithms::Surrogates;
+using vorel::algorithms::Utf8Reader;
+using vorel::algorithms::Utf8Writer;
+
+const unsigned char* bytesOf(const std::string& text) {
+    return reinterpret_cast<const unsigned char*>(text.data());
+}
+
+/// ASCII runs of about sixteen bytes, sequences of every length, and a lead byte whose sequence includes a zero.
+const std::string& sampleText() {
+    static const std::string kSample =
+        "An ASCII run of more than sixteen bytes, \xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80 then "
+        "fifteen bytes \xED\xA0\x80\xFD\x80\x80\x81\x82\x83 a\xC3" +
+        std::string("\0\xC0\x80.\0\0\0\0\0\0", 10);
+    return kSample;
+}
+
+/// Reads everything in pieces of `capacity` units and checks the size of each piece.
+template <Utf8Reader::LastPair Rule>
+std::wstring readInPieces(Utf8Reader& reader, std::size_t capacity) {
+    constexpr std::size_t kOverhang = Rule == Utf8Reader::LastPair::Written ? 1 : 0;
+    std::wstring all;
+    while (!reader.atEnd() && !reader.failed()) {
+        std::vector<wchar_t> piece(capacity + kOverhang + 1, L'\x5A5A');
+        const std::size_t units = reader.read<Rule>(piece.data(), capacity);
+        EXPECT_LE(units, capacity + kOverhang);
+        EXPECT_EQ(piece[capacity + kOverhang], L'\x5A5A') << "after the capacity";
+        if (units == 0 && !reader.failed()) {
+            ADD_FAILURE() << "no progress";
+            break;
+        }
+        all.append(piece.data(), units);
+    }
+    return all;
+}
+
+TEST(BoundedCursorTest, EndsAtTheBoundOrAtAZero) {
+    const std::string text("ab\0c", 4);
+    EXPECT_TRUE((BoundedCursor<char>(text.data(), 0).atEnd()));
+    EXPECT_FALSE((BoundedCursor<char>(text.data(), 1).atEnd()));
+    EXPECT_FALSE((BoundedCursor<char>(text.data(), -1).atEnd()));
+    EXPECT_TRUE((BoundedCursor<char>(text.data() + 2, -1).atEnd()));
+    EXPECT_TRUE((BoundedCursor<char>(text.data() + 2, 2).atEnd()));
+}
+
+TEST(BoundedCursorTest, Pass_BeyondTheBoundIsTheEnd) {
+    const std::string text = "abcdef";
+    BoundedCursor<char> cursor(text.data(), 2);
+    cursor.pass(5);
+    EXPECT_EQ(cursor.position(), text.data() + 5);
+    EXPECT_EQ(cursor.left(), 0u);
+    EXPECT_TRUE(cursor.atEnd());
+}
+
+TEST(Utf8ReaderTest, Read_IsIndependentOfPieceSize) {
+    const std::wstring expected = test::decodeUtf8(sampleText(), -1).units;
+    for (std::size_t capacity = 1; capacity <= expected.size() + 1; ++capacity) {
+        SCOPED_TRACE(capacity);
+        Utf8Reader written(bytesOf(sampleText()), -1);
+        EXPECT_EQ(readInPieces<Utf8Reader::LastPair::Written>(written, capacity), expected);
+        if (capacity >= 2) {
+            Utf8Reader left(bytesOf(sampleText()), -1);
+            EXPECT_EQ(readInPieces<Utf8Reader::LastPair::Left>(left, capacity), expected);
+        }
+    }
+}
+
+TEST(Utf8ReaderTest, Read_NeverSplitsAPair) {
+    const std::string text = "a\xF0\x9F\x98\x80z";
+    wchar_t units[3] = {};
+
+    Utf8Reader left(bytesOf(text), -1);
+    EXPECT_EQ(left.read<Utf8Reader::LastPair::Left>(units, 2), 1u);
+    EXPECT_EQ(left.position(), bytesOf(text) + 1);
+
+    Utf8Reader written(bytesOf(text), -1);
+    EXPECT_EQ(written.read<Utf8Reader::LastPair::Written>(units, 2), 3u);
+    EXPECT_EQ(std::wstring(units, 3), L"a\xD83D\xDE00");
+    EXPECT_EQ(written.position(), bytesOf(text) + 5);
+}
+
+TEST(Utf8ReaderTest, Read_StopsAtAnInvalidLeadByte) {
+    for (const std::size_t capacity : {1u, 3u, 8u}) {
+        const std::string text = "abc\xF1z";
+        Utf8Reader reader(bytesOf(text), -1);
+        EXPECT_EQ(readInPieces<Utf8Reader::LastPair::Written>(reader, capacity), L"abc");
+        EXPECT_TRUE(reader.failed());
+        EXPECT_EQ(reader.position(), bytesOf(text) + 3);
+    }
+}
+
+TEST(Utf8ReaderTest, Read_DetectsAnInvalidByteAfterTheLastUnit) {
+    const std::string text = "ab\x80";
+    wchar_t units[2] = {};
+    Utf8Reader reader(bytesOf(text), -1);
+    EXPECT_EQ(reader.read<Utf8Reader::LastPair::Left>(units, 2), 2u);
+    EXPECT_TRUE(reader.failed());
+}
+
+TEST(Utf8ReaderTest, Read_AgreesWithTheReferenceForEveryBound) {
+    for (int length = 0; length <= static_cast<int>(sampleText().size()); ++length) {
+        SCOPED_TRACE(length);
+        Utf8Reader reader(bytesOf(sampleText()), length);
+        EXPECT_EQ(readInPieces<Utf8Reader::LastPair::Written>(reader, 1000),
+                  test::decodeUtf8(sampleText(), length).units);
+    }
+}
+
+/// Writes everything in pieces of about `enough` bytes, each into a buffer with `spare` more bytes.
+template <Surrogates Rule>
+std::string writeInPieces(const std::wstring& text, int length, std::size_t enough, std::size_t spare) {
+    const std::size_t capacity = enough + spare;
+    Utf8Writer<Rule, wchar_t> writer(text.data(), length);
+    std::string all;
+    while (!writer.atEnd()) {
+        std::vector<unsigned char> piece(capacity + 1, 0x5A);
+        const std::size_t bytes = writer.write(piece.data(), enough, capacity);
+        EXPECT_LE(bytes, capacity);
+        EXPECT_EQ(piece[capacity], 0x5A) << "after the capacity";
+        EXPECT_TRUE(bytes + kLongestUtf8Sequence > capacity || bytes >= enough || writer.atEnd())
+            << "a piece must be full or the last one";
+        if (bytes == 0) {
+            ADD_FAILURE() << "no progress";
+            break;
+        }
+        all.append(piece.begin(), piece.begin() + static_cast<std::ptrdiff_t>(bytes));
+    }
+    return all;
+}
+
+TEST(Utf8WriterTest, Write_IsIndependentOfPieceSize) {
+    const std::wstring text = L"An ASCII run of more than sixteen units, \x00E9\x20AC\xD83D\xDE00 and \xDC00 "
+                              L"fifteen units \xD800\xD800\xDC00 \xD800";
+    const std::string paired = test::encodeUtf16(text, -1).bytes;
+    const std::string single = test::encodeUnits(text);
+    for (const std::size_t spare : {std::size_t{0}, std::size_t{kLongestUtf8Sequence} - 1, std::size_t{40}}) {
+        // Without spare bytes, a piece must be able to hold the longest sequence of the text.
+        for (std::size_t enough = spare == 0 ? 4 : 1; enough <= single.size() + 1; ++enough) {
+            SCOPED_TRACE(testing::Message() << enough << " and " << spare);
+            EXPECT_EQ(writeInPieces<Surrogates::Paired>(text, -1, enough, spare), paired);
+            EXPECT_EQ(writeInPieces<Surrogates::Single>(text, -1, enough, spare), single);
+        }
+    }
+}
+
+TEST(Utf8WriterTest, Write_StopsBeforeASequenceThatDoesNotFit) {
+    const std::wstring text = L"a\x20AC"
+                              L"b";
+    for (const std::size_t capacity : {1u, 2u, 3u}) {
+        unsigned char bytes[3] = {};
+        Utf8Writer<Surrogates::Paired, wchar_t> writer(text.data(), -1);
+        EXPECT_EQ(writer.write(bytes, capacity, capacity), 1u);
+        EXPECT_EQ(bytes[0], 'a');
+        EXPECT_FALSE(writer.atEnd());
+        EXPECT_EQ(writer.write(bytes, capacity, capacity), capacity == 3 ? 3u : 0u);
+    }
+}
+
+TEST(Utf8WriterTest, Write_CompletesAPairAcrossTheBound) {
+    const std::wstring text = L"a\xD83D\xDE00z";
+    EXPECT_EQ(writeInPieces<Surrogates::Paired>(text, 2, 100, 0), "a\xF0\x9F\x98\x80");
+    EXPECT_EQ(writeInPieces<Surrogates::Paired>(text, 3, 100, 0), "a\xF0\x9F\x98\x80");
+    EXPECT_EQ(writeInPieces<Surrogates::Paired>(text, 4, 100, 0), "a\xF0\x9F\x98\x80z");
+}
+
+}  // namespace
