@@ -60,14 +60,15 @@ VOREL_API std::size_t iconv_to_wc(int converter, const char* text, std::size_t b
 /// `defaultUsed` is then unchanged.
 ///
 /// Counts and capacities above INT_MAX are rejected as above. Windows rejects a pointer for `defaultUsed` (EINVAL) for
-/// the code pages 65000 (UTF-7) and 65001 (UTF-8). No flags are used, so this function also converts to code pages that
-/// reject flags. `text` must not overlap `out`. Source: "WideCharToMultiByte function (stringapiset.h)" on
-/// learn.microsoft.com.
+/// the code pages 65000 (UTF-7) and 65001 (UTF-8); it also does so for 50220 to 50229, 52936 (HZ), 54936 (GB18030) and
+/// 57002 to 57011 (ISCII), which its documentation does not say. No flags are used, so this function also converts to
+/// code pages that reject flags. `text` must not overlap `out`. Source: "WideCharToMultiByte function (stringapiset.h)"
+/// on learn.microsoft.com.
 VOREL_API std::size_t iconv_from_wc(int converter, const wchar_t* text, std::size_t units, char* out,
                                     std::size_t capacity, bool* defaultUsed);
 
-/// Whether `iconv_from_wc` can report the use of the default character for this code page. It cannot for UTF-7 and
-/// UTF-8. The result comes from the system, so it is also right for other code pages that reject the request.
+/// Whether `iconv_from_wc` can report the use of the default character for this code page. It cannot for UTF-7,
+/// UTF-8 and a few others. The result comes from the system, so it is also right for other code pages that reject the request.
 VOREL_API bool iconv_isCheckDefaultValid(int codePage);
 
 /// Returns the code page of a name, in any case; -1 for an unknown name, for null, and if the system does not have the
