@@ -1,5 +1,5 @@
 # GoogleTest, built once for each compiler and shared by all presets: targets GTest::gtest, GTest::gmock and
-# GTest::gtest_main. Its build folder lies beside those of the presets.
+# GTest::gtest_main. Its build folder is next to those of the presets.
 
 include(ExternalProject)
 

@@ -1,12 +1,13 @@
-# What makes the shipped library harder to attack and its builds comparable. The linker's defaults already give it
-# high-entropy addresses, data that cannot be executed, and no section that is both writable and executable.
+# Options that make the installed library harder to attack and its builds reproducible. The linker's defaults already
+# give it high-entropy addresses, data that cannot be executed, and no section that is both writable and executable.
 #
-# Left out: -fcf-protection. It marks the targets of indirect calls for Linux; Windows uses tables that this linker does
-# not write, and its shadow stacks ask for a mark in the file that this linker does not set.
+# -fcf-protection is not used. It marks the targets of indirect calls for Linux. Windows uses tables that this linker
+# does not write, and its shadow stacks require a flag in the file that this linker does not set.
 
-# For the library's objects in release builds. The guard's value and failure are in src/core/StackGuard.cpp.
+# For the library's objects in release builds. src/core/StackGuard.cpp defines the guard's value and what a failure
+# does.
 function(vorel_harden target)
-    # With the prefix map the bytes are the same wherever the sources are.
+    # The prefix map makes the bytes independent of the folder of the sources.
     target_compile_options(${target} PRIVATE
         "$<$<AND:$<COMPILE_LANGUAGE:CXX>,$<CONFIG:Release>>:-fstack-protector-strong;-g;-ffile-prefix-map=${PROJECT_SOURCE_DIR}=.>")
 endfunction()
@@ -19,8 +20,8 @@ function(vorel_omit_stack_guard)
     endif()
 endfunction()
 
-# A release DLL has neither symbols nor debug information; debuggers find both in <name>.debug beside it. The time of the
-# build is left out of the file.
+# A release DLL has neither symbols nor debug information; debuggers find both in <name>.debug in the same folder. The
+# file does not contain the build time.
 function(vorel_separate_debug_information target)
     if(NOT MINGW)
         return()

@@ -1,14 +1,14 @@
-# What `cmake --install` and CPack give to a user:
+# The files that `cmake --install` and CPack install:
 #
 #   bin/                     vorelCore.dll, the compiler's runtime DLLs, the tools
 #   include/vorel/           the headers
-#   lib/                     the import library and the static form
+#   lib/                     the import library and the static library
 #   lib/cmake/vorelCore/     for find_package, and the toolchain file
 #   lib/pkgconfig/           vorelCore.pc and vorelCoreStatic.pc
-#   bin/vorelCore.dll-gdb.py GDB's view of the containers and exceptions, where GDB looks for it
+#   bin/vorelCore.dll-gdb.py GDB's view of the containers and exceptions; GDB finds it there
 #   share/vorelCore/         the licences of the runtime DLLs, and Visual Studio's view
 #
-# The package may be moved as a whole: nothing in it knows where it lies.
+# The package may be moved to another folder: it contains no absolute paths.
 
 include(CMakePackageConfigHelpers)
 
@@ -74,7 +74,7 @@ set(CPACK_PACKAGE_INSTALL_DIRECTORY "${PROJECT_NAME} ${PROJECT_VERSION}")
 set(CPACK_PACKAGE_CHECKSUM SHA256)
 set(CPACK_RESOURCE_FILE_LICENSE "${vorelPackageFiles}/README.txt")
 set(CPACK_VERBATIM_VARIABLES ON)
-# What goes into the package is named by ./dev package; without this it would have to wait for all tests.
+# ./dev package builds the targets of the package. Without this, the install step would build all tests too.
 set(CMAKE_SKIP_INSTALL_ALL_DEPENDENCY ON)
 
 set(CPACK_GENERATOR ZIP)
@@ -82,9 +82,9 @@ find_program(VOREL_MAKENSIS makensis DOC "Makes the installer")
 if(VOREL_MAKENSIS)
     list(APPEND CPACK_GENERATOR NSIS)
     set(CPACK_NSIS_EXECUTABLE "${VOREL_MAKENSIS}")
-    # A 64-bit program like everything in it, and with file names in Unicode.
+    # A 64-bit installer, with Unicode file names.
     set(CPACK_NSIS_EXECUTABLE_PRE_ARGUMENTS [[-XTarget\ amd64-unicode]])
-    # The default, LZMA, compresses in a thread of its own, and makensis has been seen to wait for it forever.
+    # The default, LZMA, compresses in a separate thread, for which makensis sometimes waits forever.
     set(CPACK_NSIS_COMPRESSOR zlib)
     set(CPACK_NSIS_INSTALL_ROOT "$PROGRAMFILES64")
     set(CPACK_NSIS_DISPLAY_NAME "${PROJECT_NAME} ${PROJECT_VERSION}")

@@ -1,7 +1,7 @@
-# The compiler's runtime DLLs, which every program of this project needs beside it.
+# The compiler's runtime DLLs, which every program of this project needs in its folder.
 #
-# They are shared on purpose: exceptions that cross the boundary of vorelCore.dll and the count of exceptions in flight
-# work only when program and DLL use one and the same libstdc++.
+# They are shared by design: a program can catch exceptions from vorelCore.dll, and count the exceptions in flight, only
+# if both use the same libstdc++.
 
 set(VOREL_RUNTIME_DLLS "")
 foreach(name IN ITEMS libstdc++-6.dll libgcc_s_seh-1.dll libwinpthread-1.dll)
@@ -18,7 +18,7 @@ foreach(name IN ITEMS libstdc++-6.dll libgcc_s_seh-1.dll libwinpthread-1.dll)
     configure_file("${path}" "${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/${name}" COPYONLY)
 endforeach()
 
-# The name that find_package gives them, for a project that has this one as a part of itself.
+# The variable of find_package, for a project that includes this one with add_subdirectory or FetchContent.
 if(NOT PROJECT_IS_TOP_LEVEL)
     set(vorelCore_RUNTIME_DLLS "${VOREL_RUNTIME_DLLS}" PARENT_SCOPE)
 endif()

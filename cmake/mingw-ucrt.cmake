@@ -30,7 +30,7 @@ if(NOT EXISTS "${VOREL_UCRT_SPECS}")
     file(WRITE "${VOREL_UCRT_SPECS}" "${vorelSpecs}")
 endif()
 
-# _WIN32_WINNT 0x0A00: Windows 10, the first system that has the universal runtime as a part of itself.
+# _WIN32_WINNT 0x0A00: Windows 10, the first version of Windows that includes the universal runtime.
 set(vorelRuntimeMacros "-D_UCRT -D__MSVCRT_VERSION__=0xE00 -D_WIN32_WINNT=0x0A00")
 set(CMAKE_C_FLAGS_INIT "${vorelRuntimeMacros}")
 set(CMAKE_CXX_FLAGS_INIT "${vorelRuntimeMacros}")
@@ -38,8 +38,8 @@ foreach(kind IN ITEMS EXE SHARED MODULE)
     set(CMAKE_${kind}_LINKER_FLAGS_INIT "-specs=\"${VOREL_UCRT_SPECS}\"")
 endforeach()
 
-# Programs of the build come from the host, libraries and headers from the target. Packages may come from anywhere: an
-# installed vorelCore lies wherever its user put it.
+# Programs of the build come from the host, libraries and headers from the target. Packages may be anywhere, since users
+# choose where they install vorelCore.
 set(CMAKE_FIND_ROOT_PATH /usr/x86_64-w64-mingw32)
 set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
 set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
