@@ -1,7 +1,7 @@
 // The library's failures as JavaScript errors.
 'use strict';
 
-/** The status codes of the flat interface, which are fixed. */
+/** The status codes of the flat interface. Their values never change. */
 const Status = Object.freeze({
     OK: 0,
     INVALID_ARGUMENT: 1,

@@ -15,7 +15,7 @@ const library = koffi.load(loadedDll());
 
 /**
  * Loads the DLL and its dependencies from its own folder and the system folder only, because the default search order
- * of Windows includes the current folder. Returns the path of the DLL, by which koffi finds the loaded DLL.
+ * of Windows includes the current folder. Returns the path of the DLL; koffi finds the loaded DLL by this path.
  */
 function loadedDll() {
     const LOAD_LIBRARY_SEARCH_DLL_LOAD_DIR = 0x100;

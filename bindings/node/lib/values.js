@@ -1,4 +1,4 @@
-// Conversions of numbers, Boolean values, lists and times from and to text, and comparisons of texts.
+// Conversions of numbers, Boolean values, lists and times to and from text, and comparisons of texts.
 'use strict';
 
 const native = require('./native');
@@ -116,7 +116,7 @@ const splitText = native.declare('vorel_split_text', TEXT, TEXT, TEXT_OUT);
 const splitList = native.declare('vorel_split_list', TEXT, TEXT, 'int32_t', TEXT_OUT);
 const joinList = native.declare('vorel_join_list', TEXT, TEXT, TEXT_OUT);
 
-/** The items of a list in which a zero follows each item. */
+/** The items of a list. A zero follows each item. */
 const itemsOf = (list) => list.split('\0').slice(0, -1);
 
 function withZero(item) {

@@ -148,7 +148,7 @@ test('a process may end during waitAsync', async () => {
     condition.close();
 });
 
-test('close throws during any of many asynchronous waits', async () => {
+test('close throws while any of several asynchronous waits is pending', async () => {
     const condition = new Condition(uniqueName('many'));
     const waits = Array.from({ length: 100 }, () => condition.waitAsync(1));
     assert.throws(() => condition.close(), /is being waited for/);

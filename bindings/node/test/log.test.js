@@ -46,7 +46,7 @@ test('path and limit can be set and read', () => {
     });
 });
 
-test('the path may have non-ASCII characters of the code page', (t) => {
+test('the path may contain non-ASCII characters of the code page', (t) => {
     withLog((file) => {
         const accented = path.join(path.dirname(file), 'café.txt');
         try {
@@ -62,7 +62,7 @@ test('the path may have non-ASCII characters of the code page', (t) => {
     });
 });
 
-test('exceptions of the library are logged unless the thread is disabled', () => {
+test('exceptions of the library are logged unless the thread disables its logging', () => {
     const lines = withLog(() => expectFailure(() => parse.ranges('x'), 'INVALID_TEXT'));
     assert.strictEqual(lines[0], 'Vorel Error: Found nonnumeric text in numeric item: "x"');
     assert.strictEqual(lines[lines.length - 1], 'Vorel Error: vorel_parse_ranges: Vorel exception caught');

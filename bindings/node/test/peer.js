@@ -15,7 +15,7 @@ function need(condition) {
 }
 
 const roles = {
-    /** Locks a mutex, signals that, and unlocks it after a signal. */
+    /** Locks a mutex, signals `heldName`, and unlocks the mutex after a signal. */
     hold(mutexName, heldName, releaseName) {
         const mutex = new Mutex(mutexName);
         const held = new Condition(heldName);
@@ -26,7 +26,7 @@ const roles = {
         }, GENEROUS_MS);
     },
 
-    /** Locks a mutex, signals that, and ends without unlocking it. */
+    /** Locks a mutex, signals `heldName`, and ends without unlocking the mutex. */
     abandon(mutexName, heldName) {
         new Mutex(mutexName).lock(GENEROUS_MS);
         new Condition(heldName).signal();
@@ -51,7 +51,7 @@ const roles = {
         }
     },
 
-    /** Ends a Worker during its wait for a condition, by `terminate` or by `exit`; then the condition still works. */
+    /** Ends a Worker during its wait for a condition, by `terminate` or `exit`. The condition must still work. */
     async endWorker(conditionName, how) {
         const worker = new Worker(__filename, { argv: ['waitInWorker', conditionName, how] });
         const code = await new Promise((resolve, reject) => {
