@@ -36,7 +36,7 @@ double timeNs(const Pass& pass, std::size_t repeats) {
     return std::chrono::duration<double, std::nano>(std::chrono::steady_clock::now() - start).count();
 }
 
-/// The value below which a `share` of the samples lies, from 0 to 1.
+/// The quantile of the samples at `share`, from 0 to 1.
 double quantile(std::vector<double> samples, double share) {
     const auto position =
         samples.begin() + static_cast<std::ptrdiff_t>(share * static_cast<double>(samples.size() - 1));

@@ -3,7 +3,7 @@
 /// log.
 ///
 /// The results for system objects and files depend on the processor that the system's own processes run on. The ratios
-/// are valid if all of them share one processor, as under `./dev bench`.
+/// are valid if these processes share one processor with the benchmark, as under `./dev bench`.
 #pragma once
 
 #include "support/Frame.h"
