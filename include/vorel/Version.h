@@ -25,7 +25,7 @@
 namespace vorel {
 
 /// The version of the loaded library in ASCII, for example "0.1.0". It is valid while the library is loaded.
-/// Thread-safe; may be called at any time, also before and after every other function.
+/// Thread-safe; may be called at any time, before and after every other function.
 [[nodiscard]] VOREL_API const char* version() noexcept;
 
 }  // namespace vorel

@@ -76,7 +76,7 @@ private:
 };
 
 /// The release form of a leak-tracking point: every operation accepts any argument, including null, and does nothing.
-/// The operations are still exported, so that clients built for another form link.
+/// The operations are still exported, so that clients built with leak tracking still link.
 class VOREL_API LeakDetector {
 public:
     /// The arguments are ignored.

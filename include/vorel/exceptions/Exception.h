@@ -246,7 +246,7 @@ public:
 
     /// Switches a debug target on or off; null is ignored. Names are compared exactly. Narrow and wide names are
     /// separate by design: a target switched on by its narrow name is not active under the wide one. The wide target
-    /// "LogsIncludeMsecs" adds milliseconds to every line of the log. Takes no lock: a thread that queries or switches
+    /// "LogsIncludeMsecs" adds milliseconds to every line of the log. Does not lock: a thread that queries or switches
     /// the same target at the same time sees its state before or after the call.
     /// \throws MemoryException if a new name cannot be allocated; the target stays off.
     static void setDebugTarget(const char* name, bool active);

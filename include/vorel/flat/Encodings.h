@@ -11,12 +11,12 @@ extern "C" {
 
 /// \name UTF-8
 /// The library's codec accepts sequences of one to four and of six bytes, and checks very little. The bytes F1, F3, F5
-/// and F7 start no sequence, so the characters U+40000 to U+7FFFF and U+C0000 to U+FFFFF can be written but not read.
-/// See vorel/text/Unicode.h. Texts may contain zeros.
+/// and F7 do not start a sequence, so the characters U+40000 to U+7FFFF and U+C0000 to U+FFFFF can be written but not
+/// read. See vorel/text/Unicode.h. Texts may contain zeros.
 /// \{
 
-/// Converts UTF-8 to UTF-16. `VOREL_ERROR_INVALID_TEXT` for a byte that starts no sequence, and for a sequence that is
-/// truncated by the end of the text or by a zero.
+/// Converts UTF-8 to UTF-16. `VOREL_ERROR_INVALID_TEXT` for a byte that does not start a sequence, and for a sequence
+/// that is truncated by the end of the text or by a zero.
 ///
 ///     41 C3 A9 F0 9F 98 80  →  0041 00E9 D83D DE00
 VOREL_API vorel_status vorel_utf8_to_utf16(const char* text, size_t length, vorel_char16* output, size_t capacity,
@@ -32,7 +32,7 @@ VOREL_API vorel_status vorel_utf16_to_utf8(const vorel_char16* text, size_t leng
 /// system does not have the code page. Texts may contain zeros.
 /// \{
 
-/// Returns the number of the code page `name`, in any case. Does not check that the system has it.
+/// Returns the number of the code page `name`, which is not case-sensitive. Does not check that the system has it.
 /// `VOREL_ERROR_UNKNOWN_NAME` if no code page has this name.
 ///
 ///     "latin1"  →  28591
@@ -42,9 +42,9 @@ VOREL_API vorel_status vorel_code_page_by_name(const vorel_char16* name, size_t 
 VOREL_API vorel_status vorel_code_page_to_utf16(int32_t codePage, const void* bytes, size_t size, vorel_char16* output,
                                                 size_t capacity, size_t* outputLength);
 
-/// Converts UTF-16 to bytes of a code page. Characters that it lacks become similar ones or its default character.
-/// `replaced`, which may be null, becomes 1 if the default character was used, 0 if not, and -1 for a code page that
-/// does not report it (for example UTF-8).
+/// Converts UTF-16 to bytes of a code page. A character that the code page lacks becomes a similar one or the default
+/// character. `replaced`, which may be null, becomes 1 if the default character was used, 0 if not, and -1 for a code
+/// page that does not report it (for example UTF-8).
 VOREL_API vorel_status vorel_utf16_to_code_page(int32_t codePage, const vorel_char16* text, size_t length, void* output,
                                                 size_t capacity, size_t* outputLength, int32_t* replaced);
 
@@ -104,7 +104,7 @@ enum {
     VOREL_URL_PATH = 0,             ///< a whole path: '/' is kept, '?' is escaped
     VOREL_URL_PATH_SEGMENT = 1,     ///< a segment of a path: both are escaped
     VOREL_URL_QUERY = 2,            ///< a whole query: a space becomes '+', and '+' is escaped; '?' is kept
-    VOREL_URL_QUERY_PARAMETER = 3,  ///< a name or value in a query: as VOREL_URL_QUERY, also escapes '&' and '='
+    VOREL_URL_QUERY_PARAMETER = 3,  ///< a name or value in a query: like VOREL_URL_QUERY, and '&' and '=' are escaped
 };
 
 /// Escapes " # % < > [ \ ] ^ ` { | } ~, non-ASCII characters, and the space.

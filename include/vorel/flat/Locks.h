@@ -25,8 +25,8 @@ typedef struct vorel_mutex vorel_mutex;
 /// a second.
 VOREL_API vorel_status vorel_mutex_open(const vorel_char16* name, size_t length, vorel_mutex** mutex);
 
-/// Locks the mutex, also if the caller already holds it, and waits up to `timeoutMs` milliseconds.
-/// `VOREL_ERROR_TIMEOUT` if it is not available in that time; unless the limit is 0, the error log then gets a warning.
+/// Locks the mutex, even if the caller already holds it. Waits up to `timeoutMs` milliseconds. `VOREL_ERROR_TIMEOUT` if
+/// the mutex is not available in that time; unless the limit is 0, the error log then gets a warning.
 VOREL_API vorel_status vorel_mutex_lock(vorel_mutex* mutex, uint32_t timeoutMs);
 
 /// Undoes one `vorel_mutex_lock`. `VOREL_ERROR_NOT_OWNER` if the calling thread does not hold the mutex through this

@@ -36,7 +36,7 @@ VOREL_API vorel_status vorel_log_debug(const vorel_char16* target, size_t target
                                        size_t messageLength);
 
 /// Switches a debug target on or off. Names are compared exactly. The target "LogsIncludeMsecs" adds milliseconds to
-/// every line. May be called from any thread at any time, also while other threads write to the log.
+/// every line. May be called from any thread at any time, even while other threads write to the log.
 VOREL_API vorel_status vorel_log_set_debug_target(const vorel_char16* target, size_t length, int32_t active);
 
 /// Disables (0) or enables the log for the calling thread, including the lines that the library writes for failures.

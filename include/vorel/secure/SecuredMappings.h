@@ -24,7 +24,7 @@ VOREL_API void* ObtainAccessableFileMapping(void* file, unsigned long protection
 /// for the file `fileName`, which is created if it does not exist. The mapping keeps the file open.
 ///
 /// A failed attempt is repeated without a pause, up to 50 attempts. If a size is given, each attempt opens the mapping
-/// if it cannot create it. So several callers, also in several processes, may open a new mapping at the same time: each
+/// if it cannot create it. So several callers, in one process or several, may open a new mapping at the same time: each
 /// gets a handle, and one of them creates it.
 ///
 /// `fileCreated` and `mappingCreated`, either of which may be null, report what the last attempt created.

@@ -3,8 +3,8 @@
 ///
 /// The UTF-8 codec is the old form with one to six bytes. By design it checks very little. Overlong forms and encoded
 /// surrogates are accepted. Trailing bytes are not checked, and are read past the bound of the input, or past a zero
-/// byte, if a lead byte there announces them. The bytes 0x80 to 0xBF, 0xF1, 0xF3, 0xF5, 0xF7, 0xF9, 0xFB and 0xFF start
-/// no sequence.
+/// byte, if the lead byte requires them. The bytes 0x80 to 0xBF, 0xF1, 0xF3, 0xF5, 0xF7, 0xF9, 0xFB and 0xFF do not
+/// start a sequence.
 ///
 /// A length below 0 means up to the first zero. A length of 0 or more is an upper bound; a zero still ends the input.
 ///
@@ -29,8 +29,8 @@ VOREL_API int ConvertUCStoUTF8(unsigned int codePoint, char* output, int size) n
 ///
 ///     41 C3 A9 F0 9F 98 80  →  0041 00E9 D83D DE00, true
 ///
-/// A byte that starts no sequence is an error. With `throwOnError` false, the result is then false, and `output` holds
-/// the complete blocks before the error.
+/// A byte that does not start a sequence is an error. With `throwOnError` false, the result is then false, and `output`
+/// holds the complete blocks before the error.
 /// \throws Exception with `throwOnError` true: "Error converting UTF-8 character (%ls)", where `%ls` is "Hex string: "
 ///         and the bytes after the invalid one up to the next zero. The form for `const char*` adds "Failed to convert
 ///         utf8 text to String: %s". MemoryException if the output cannot grow.

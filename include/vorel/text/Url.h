@@ -19,7 +19,7 @@ enum UrlComponent : int {
     UrlPath = 0,            ///< a whole path: '/' is kept, '?' is escaped
     UrlPathSegment = 1,     ///< a segment of a path: both are escaped
     UrlQuery = 2,           ///< a whole query: a space becomes '+', and '+' is escaped; '?' is kept
-    UrlQueryParameter = 3,  ///< a name or value in a query: as UrlQuery, also escapes '&' and '='
+    UrlQueryParameter = 3,  ///< a name or value in a query: like UrlQuery, and '&' and '=' are escaped
 };
 
 /// Replaces `output` by `text` with escapes for bytes from 128 on and for these characters:
