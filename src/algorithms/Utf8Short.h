@@ -63,7 +63,7 @@ bool decodeFours(const unsigned char*& byte, const unsigned char* end, Unit*& ou
 }
 
 /// Decodes a short text, including bytes of its last sequence past the end. Returns the number of units, or `kNotShort`
-/// if a byte starts no sequence or one of six bytes, or if the capacity may not suffice.
+/// if a byte does not start a sequence or starts one of six bytes, or if the capacity may be too small.
 template <class Unit>
 std::size_t decodeShortText(const unsigned char* text, int length, Unit* out, std::size_t capacity) noexcept {
     const std::size_t bytes = shortTextLength(text, length);
@@ -107,7 +107,7 @@ std::size_t decodeShortText(const unsigned char* text, int length, Unit* out, st
 }
 
 /// Encodes a short text. A surrogate pair whose first unit is the last one is read whole. Returns the number of bytes,
-/// or `kNotShort` if a surrogate is unpaired or the capacity may not suffice.
+/// or `kNotShort` if a surrogate is unpaired or the capacity may be too small.
 template <Surrogates Rule, class Unit>
 std::size_t encodeShortText(const Unit* text, int length, unsigned char* out, std::size_t capacity) noexcept {
     const std::size_t units = shortTextLength(text, length);

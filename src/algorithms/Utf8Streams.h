@@ -54,7 +54,7 @@ public:
 
     Utf8Reader(const unsigned char* input, int length) noexcept : m_cursor(input, length) {}
 
-    /// Reads until `capacity` units are written or the input ends. Returns the number of units. `Rest` tells whether
+    /// Reads until `capacity` units are written or the input ends. Returns the number of units. `Rest` says whether
     /// unused capacity may be overwritten.
     template <LastPair Rule, Overwrite Rest = Overwrite::Allowed, class Unit>
     std::size_t read(Unit* out, std::size_t capacity) noexcept {

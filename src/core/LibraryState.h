@@ -8,7 +8,7 @@
 namespace vorel::detail {
 
 /// Whether the state exists. The first call creates it: that is when the library is loaded, or earlier, when a global
-/// object of the program uses the library (static form).
+/// object of the program uses the static library.
 bool libraryStateExists() noexcept;
 
 /// One object of the state.

@@ -1,5 +1,5 @@
 /// \file
-/// The path of the error log, shared between threads. Writers hold the log-settings lock; readers take no lock.
+/// The path of the error log, shared between threads. Writers hold the log-settings lock; readers do not lock.
 ///
 /// A reader that copies the path during a change could see parts of two paths. A sequence counter prevents this: it is
 /// odd during a change and has a new value afterwards, so the reader copies again (H.-J. Boehm, "Can Seqlocks Get Along
@@ -22,7 +22,7 @@ struct LogLocation {
     /// caller holds the log-settings lock.
     static void write(const char* path) noexcept;
 
-    /// Copies a consistent path; empty when no path was ever set. Takes no lock.
+    /// Copies a consistent path; empty if no path was ever set. Does not lock.
     static void read(char (&path)[kLogPathBytes]) noexcept;
 
     /// As `read`, but an empty path becomes the default path.

@@ -51,8 +51,8 @@ std::wstring_view lastMessage() noexcept {
     return failure ? failure->message() : std::wstring_view();
 }
 
-/// Copies a message to the caller's buffer. Does not remember its own failures, which would replace the failure that
-/// the caller asks for.
+/// Copies a message to the caller's buffer. Does not record its own failures: they would replace the failure that the
+/// caller requests.
 template <class Unit, class Source>
 vorel_status copyToOutput(std::basic_string_view<Source> message, Unit* output, std::size_t capacity,
                           std::size_t* length) noexcept {
@@ -119,7 +119,7 @@ vorel_status vorel_last_error_message(vorel_char16* message, size_t capacity, si
 vorel_status vorel_last_error_message_utf8(char* message, size_t capacity, size_t* length) {
     const std::wstring_view units = vorel::flat::lastMessage();
     char bytes[vorel::flat::utf8Capacity(Failure::kMaxUnits)];
-    // The encoder reads one unit past the end, so it gets a terminated copy.
+    // The encoder reads one unit past the end, so the copy is terminated.
     wchar_t terminated[Failure::kMaxUnits + 1];
     *std::copy(units.begin(), units.end(), terminated) = 0;
     const std::size_t size = vorel::flat::toUtf8({terminated, units.size()}, bytes);

@@ -41,7 +41,7 @@ void append(Array<char>& text, std::string_view more) {
     text.append(more.data(), static_cast<unsigned int>(more.size()));
 }
 
-/// "front: back: " with a terminator. An empty part is left out with its colon.
+/// "front: back: " with a terminator. An empty part is omitted with its colon.
 Array<char> prefixOf(std::string_view front, std::wstring_view back) {
     Array<char> prefix;
     if (!front.empty()) {

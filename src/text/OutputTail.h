@@ -22,7 +22,7 @@ public:
 
     explicit StringSink(BaseString<T>& string) noexcept : m_string(string) {}
 
-    /// Sets the length to the units written, also when the conversion fails.
+    /// Sets the length to the units written, even if the conversion fails.
     ~StringSink() { commitLength(); }
 
     StringSink(const StringSink&) = delete;
@@ -60,8 +60,7 @@ public:
 
     explicit ArraySink(Array<T>& array, unsigned int start) noexcept : m_array(array), m_count(start) {}
 
-    /// Sets the count to the units written, also when the conversion fails. The array does not grow, so this cannot
-    /// fail.
+    /// Sets the count to the units written, even if the conversion fails. The array does not grow, so this cannot fail.
     ~ArraySink() { m_array.setCount(m_count); }
 
     ArraySink(const ArraySink&) = delete;

@@ -41,7 +41,7 @@ void write(std::string_view text, const UrlTable& table, BaseString<char>& outpu
         if (text.empty()) {
             return;
         }
-        // Another thread or process changed the text after it was measured. Now the capacity suffices for any content.
+        // Another thread or process changed the text after it was measured. The new capacity is enough for any content.
         text::growUnits(written + kLongestEscape * text.size() + algorithms::kUrlOverhang, output);
     }
 }
@@ -51,7 +51,7 @@ void write(std::string_view text, bool plusIsSpace, BaseString<char>& output) {
     text::setEnd(algorithms::decodeUrl(text, plusIsSpace, out), output);
 }
 
-/// Replaces `output` by the encoded text (`rule` is a table) or the decoded text (`rule` tells whether '+' is a space).
+/// Replaces `output` by the encoded text (`rule` is a table) or the decoded text (`rule` says whether '+' is a space).
 template <class Rule>
 const char* replace(std::string_view text, const Rule& rule, BaseString<char>& output) {
     if (text.empty()) {
@@ -72,8 +72,8 @@ const UrlTable& tableFor(UrlComponent component) noexcept {
     return algorithms::urlTable(UrlUse::OtherComponent, false);
 }
 
-/// Sets the bytes after a text to zero, as many as a decoder can read there: it reads the trailing bytes of a truncated
-/// sequence past the end and stops at the next zero.
+/// Writes zeros after a text. The decoder reads the trailing bytes of a truncated sequence past the end, and stops at
+/// the next zero.
 void addZeros(BaseString<char>& utf8) {
     const unsigned int length = utf8.length();
     if (length != 0) {
