@@ -204,7 +204,7 @@ const std::vector<Operation>& operations() {
 INSTANTIATE_TEST_SUITE_P(Channels, FailingHeap, underBothFailures(operations()), failingHeapName);
 
 /// Every channel first allocates the block of its message. If only this allocation fails, the message is truncated and
-/// the prefix is changed.
+/// the prefix says so.
 struct TruncatedLine {
     const char* name;
     void (*call)();

@@ -17,7 +17,7 @@ int main(int argumentCount, char** arguments) {
         return 1;
     }
     vorel::Exception::SetErrorLogLocation("errors.txt", 0);
-    _set_invalid_parameter_handler(nullptr);  // removes that of the library or of the start-up code
+    _set_invalid_parameter_handler(nullptr);  // removes the handler of the library or the start-up code
     test::kRefusedFormats[number].use();
     return 0;
 }

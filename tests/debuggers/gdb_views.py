@@ -116,7 +116,7 @@ def main():
     if not shutil.which(GDB):
         print("%s not found: install the Debian package gdb-mingw-w64" % GDB)
         return 77
-    wrong = check("beside the DLL", wine_run, program, "add-auto-load-safe-path %s" % os.path.dirname(program), [])
+    wrong = check("next to the DLL", wine_run, program, "add-auto-load-safe-path %s" % os.path.dirname(program), [])
     wrong += check("by source", wine_run, program, "set auto-load off", ["source %s" % printers])
     return 1 if wrong else 0
 

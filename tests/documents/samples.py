@@ -109,7 +109,7 @@ def cut(pages: list, folder: Path) -> None:
 
 
 def records(log: str) -> str:
-    """The lines of a log without the fields that differ from run to run. Fails for a line of another form."""
+    """The lines of a log without the fields that differ from run to run. Fails for a line in another format."""
     lines = []
     for line in log.splitlines():
         match = LOG_LINE.fullmatch(line)

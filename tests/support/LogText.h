@@ -31,7 +31,7 @@ std::optional<std::string> readFileBytes(const std::string& path);
 /// must end in a carriage return and a line feed; otherwise the test fails.
 std::vector<std::string> readLines(const std::string& path);
 
-/// The parsed lines. A line of another form fails the test and is left out.
+/// The parsed lines. A line in another format fails the test and is omitted.
 std::vector<LogLine> readLogLines(const std::string& path);
 
 /// Prefix and message of every line.

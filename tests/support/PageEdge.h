@@ -1,5 +1,5 @@
 /// \file
-/// Memory between two inaccessible pages. Any access out of bounds faults at once.
+/// Memory between two inaccessible pages. An access past either end faults at once.
 ///
 ///     test::PageEdge<wchar_t> edge(4096);
 ///     const wchar_t* text = edge.placeAtEnd(L"abc");   // the byte after the 'c' is inaccessible

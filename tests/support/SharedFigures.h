@@ -13,7 +13,7 @@
 
 namespace test {
 
-/// A view of the `Figures` of a run. The first object with a name creates them, all zero.
+/// A view of the `Figures` of a run. The first object with a given name creates them, all zero.
 template <class Figures>
 class SharedFigures {
 public:

@@ -111,7 +111,7 @@ TEST_F(ScalarAlgorithms, Utf8ToWide) {
     test::PageEdge<char> edge(4096);
     for (int count = 0; count < 20000; ++count) {
         const std::string text = utf8Text(random);
-        // The codec reads as many bytes as a lead byte announces, also after the terminator.
+        // The codec reads all bytes that a lead byte requires, even after the terminator.
         const char* const start = placed(edge, text + std::string(5, '\0'), random);
         const int length = random.oneIn(2) ? -1 : static_cast<int>(random.below(text.size() + 1));
         const auto capacity = static_cast<unsigned int>(random.below(600));

@@ -1,6 +1,6 @@
 /// \file
-/// Each step of building the security of a shared object fails in turn. Every operation must report the failed step in
-/// its own way and free the memory of the previous steps.
+/// Each step of building the security descriptor of a shared object fails in turn. Every operation must report the
+/// failed step in its own way and free the memory of the previous steps.
 
 #include <memory>
 #include <ostream>
