@@ -14,7 +14,7 @@ namespace conv {
 struct BadInput {
     std::size_t index = 0;
     std::wstring message;
-    bool isText = true;  ///< whether messages give a line number
+    bool isText = true;  ///< whether messages include a line number
 };
 
 class Filter {
@@ -22,7 +22,7 @@ public:
     Filter() = default;
     Filter(const Filter&) = delete;
     Filter& operator=(const Filter&) = delete;
-    virtual ~Filter() noexcept(false) = default;  // filters have containers of the library, whose destructors may throw
+    virtual ~Filter() noexcept(false) = default;  // filters own containers of the library, whose destructors may throw
 
     /// Converts as many bytes of `block` as possible without the next block, appends the result to `result`, and
     /// returns the number of bytes converted. The next block begins with the remaining bytes; if the number is 0, the

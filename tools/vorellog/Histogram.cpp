@@ -19,7 +19,7 @@ LocalMs Histogram::stepMs() const noexcept {
     return kLengths[m_length];
 }
 
-/// Rounds down, also for times before 1970.
+/// Rounds down, even for times before 1970.
 LocalMs Histogram::numberOf(LocalMs time) const noexcept {
     const LocalMs length = stepMs();
     return time / length - (time % length < 0 ? 1 : 0);
