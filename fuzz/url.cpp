@@ -45,7 +45,7 @@ void encode(const std::string& text, UrlUse use, bool spaceAsPlus, const fuzz::P
         fuzz::check(urlLength(from, table) == expected.size(), "the length is that of the encoded text");
         char* const out = fuzz::outputPages().allocate<char>(expected.size() + kUrlOverhang, target);
         const UrlProgress done = encodeUrl(from, table, out, expected.size() + kUrlOverhang);
-        fuzz::check(done.read == from.size(), "the capacity suffices");
+        fuzz::check(done.read == from.size(), "the capacity is enough");
         fuzz::check(std::string_view(out, done.written) == expected, "the result is as expected");
     });
 }

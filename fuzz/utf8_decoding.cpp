@@ -60,7 +60,8 @@ void decode(const Reading& reading, const test::DecodedText& expected) {
             return;
         }
     }
-    fuzz::check(reader.failed() == expected.error.has_value(), "only a byte that starts no sequence is an error");
+    fuzz::check(reader.failed() == expected.error.has_value(),
+                "only a byte that does not start a sequence is an error");
     fuzz::check(done == expected.units.size(), "everything is read");
     const auto position = static_cast<std::size_t>(reader.position() - bytes);
     fuzz::check(!reader.failed() || position == *expected.error, "the position is that of the invalid byte");
