@@ -11,7 +11,7 @@ namespace examples {
 /// The path of this program. All paths are in the narrow code page of the process, like those of the error log.
 std::string programPath();
 
-/// Creates a new folder "<name>-<number>" beside `program` and returns its path.
+/// Creates a new folder "<name>-<number>" in the folder of `program` and returns its path.
 std::string createFolderBeside(const std::string& program, const std::string& name);
 
 struct CloseHandleOf {
