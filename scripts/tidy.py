@@ -19,7 +19,7 @@ from pathlib import Path
 
 ROOT = Path(__file__).resolve().parent.parent
 FOLDERS = ("include", "src", "tests", "examples", "benchmarks", "tools", "fuzz")
-# Projects of their own, and code that must not compile.
+# Separate projects, and code that must not compile.
 LEFT_OUT = ("tests/consumer/", "tests/misuse/")
 CACHE = Path(os.environ.get("XDG_CACHE_HOME") or Path.home() / ".cache") / "vorelCore" / "tidy"
 CACHE_DAYS = 60
@@ -56,7 +56,7 @@ def headers_of(source):
 
 
 def target_headers(compiler):
-    """Options that name the headers of the target's compiler; clang has intrinsics and stddef.h of its own."""
+    """Options that name the headers of the target's compiler; clang has its own intrinsics and stddef.h."""
     words = subprocess.run([compiler, "-xc++", "-E", "-v", os.devnull], check=True, capture_output=True, text=True).stderr
     for folder in words.split("#include <...> search starts here:")[1].split("End of search list")[0].split():
         folder = os.path.realpath(folder)
