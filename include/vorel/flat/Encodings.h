@@ -32,7 +32,7 @@ VOREL_API vorel_status vorel_utf16_to_utf8(const vorel_char16* text, size_t leng
 /// system does not have the code page. Texts may contain zeros.
 /// \{
 
-/// Returns the number of the code page `name`, which is not case-sensitive. Does not check that the system has it.
+/// Returns the number of the code page `name`. Names are not case-sensitive. Does not check that the system has it.
 /// `VOREL_ERROR_UNKNOWN_NAME` if no code page has this name.
 ///
 ///     "latin1"  →  28591

@@ -27,7 +27,7 @@ extern "C" {
 /// A UTF-16 code unit.
 typedef uint16_t vorel_char16;
 
-/// The result of a call; the values are fixed.
+/// The result of a call. The values never change.
 typedef int32_t vorel_status;
 
 enum {

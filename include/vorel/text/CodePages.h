@@ -13,9 +13,9 @@
 
 namespace vorel::util {
 
-/// Returns a converter for the named code pages, in any case; 617 names of 146 code pages are known. A converter is
-/// one-sided by design: if `from` is given, `to` is ignored, and the converter only converts from that code page. It
-/// converts to `to` only if `from` is null. Does not check that the system has the code page.
+/// Returns a converter for the named code pages. Names are not case-sensitive; 617 names of 146 code pages are known.
+/// By design, a converter works in one direction: if `from` is given, `to` is ignored, and the converter only converts
+/// from that code page. It converts to `to` only if `from` is null. Does not check that the system has the code page.
 ///
 ///     "UTF-8", "LATIN1"  →  28591 << 16        "UTF-8", null  →  65001
 ///
@@ -67,12 +67,12 @@ VOREL_API std::size_t iconv_to_wc(int converter, const char* text, std::size_t b
 VOREL_API std::size_t iconv_from_wc(int converter, const wchar_t* text, std::size_t units, char* out,
                                     std::size_t capacity, bool* defaultUsed);
 
-/// Whether `iconv_from_wc` can report the use of the default character for this code page. It cannot for UTF-7,
-/// UTF-8 and a few others. The result comes from the system, so it is also right for other code pages that reject the request.
+/// Whether `iconv_from_wc` can report the use of the default character for this code page. It cannot for UTF-7, UTF-8
+/// and a few others; the result comes from the system.
 VOREL_API bool iconv_isCheckDefaultValid(int codePage);
 
-/// Returns the code page of a name, in any case; -1 for an unknown name, for null, and if the system does not have the
-/// code page.
+/// Returns the code page of a name, which is not case-sensitive; -1 for an unknown name, for null, and if the system
+/// does not have the code page.
 ///
 ///     "utf-8"  →  65001
 VOREL_API int iconv_getCodePage(const char* name);

@@ -1,10 +1,10 @@
 /// \file
 /// Conversions between wide text (UTF-16 units), UTF-8 and UTF-16 byte streams.
 ///
-/// The UTF-8 codec is the old form with one to six bytes. By design it checks very little. Overlong forms and encoded
-/// surrogates are accepted. Trailing bytes are not checked, and are read past the bound of the input, or past a zero
-/// byte, if the lead byte requires them. The bytes 0x80 to 0xBF, 0xF1, 0xF3, 0xF5, 0xF7, 0xF9, 0xFB and 0xFF do not
-/// start a sequence.
+/// The UTF-8 codec uses the original form of UTF-8, with up to six bytes for a character. By design it checks very
+/// little. Overlong forms and encoded surrogates are accepted. Trailing bytes are not checked, and are read past the
+/// bound of the input, or past a zero byte, if the lead byte requires them. The bytes 0x80 to 0xBF, 0xF1, 0xF3, 0xF5,
+/// 0xF7, 0xF9, 0xFB and 0xFF do not start a sequence.
 ///
 /// A length below 0 means up to the first zero. A length of 0 or more is an upper bound; a zero still ends the input.
 ///
