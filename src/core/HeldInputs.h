@@ -1,6 +1,6 @@
 /// \file
-/// Inputs that lie in the memory of an output of the same call. The library allows this wherever it can: an operation
-/// reads such an input as if it were elsewhere (docs/aliasing.md).
+/// Inputs that lie in the memory of an output of the same call. The library allows this wherever it can, with the same
+/// result as for separate memory (docs/aliasing.md).
 #pragma once
 
 #include <cstdint>

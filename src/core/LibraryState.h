@@ -20,7 +20,7 @@ public:
     StateObject& operator=(const StateObject&) = delete;
 
     /// The object. Null while the state is being created, after it was destroyed, and when it could not be created.
-    /// Callers work without the object then: a library that logs while it is loaded or unloaded must not crash.
+    /// Callers then work without the object: a library that logs while it is loaded or unloaded must not crash.
     [[nodiscard]] T* get() noexcept { return libraryStateExists() ? object() : nullptr; }
 
     /// For LibraryState.cpp.

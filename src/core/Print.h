@@ -17,8 +17,8 @@
 namespace vorel::baseutil {
 
 /// Renders at most `size` units into `buffer` and returns the number written, or -1 if the text does not fit or cannot
-/// be rendered. A text of exactly `size` units fits and has no terminator. A format that the runtime rejects calls no
-/// invalid-parameter handler, and does not end a program that has none.
+/// be rendered. A text of exactly `size` units fits and has no terminator. A format that the runtime rejects does not
+/// call the invalid-parameter handler, and does not end a program that has none.
 int boundedFormat(char* buffer, std::size_t size, const char* fmt, ...) noexcept;
 int boundedFormat(wchar_t* buffer, std::size_t size, const wchar_t* fmt, ...) noexcept;
 int vboundedFormat(char* buffer, std::size_t size, const char* fmt, va_list args) noexcept;

@@ -95,8 +95,8 @@ private:
     bool m_truncated;
 };
 
-/// The caller's prefix as it is on the line. A wide prefix gets a smaller stack buffer: its converted text is already
-/// on the heap.
+/// The caller's prefix as it appears in the line. A wide prefix gets a smaller stack buffer: its converted text is
+/// already on the heap.
 template <class T>
 class CallerPrefix {
 public:

@@ -115,7 +115,7 @@ void Exception::addHRESULTErrorToStack(int hr) noexcept {
                        orUnformattable(message.text()));
             }
         } else {
-            mirror(kPrefix, L"HR not found");  // also when logging is delayed
+            mirror(kPrefix, L"HR not found");  // even when logging is delayed
         }
     }
     if (!m_delayedLogging) {

@@ -35,7 +35,7 @@ vorel_status guardedCall(const wchar_t* function, vorel_status fallbackStatus, B
     }
 }
 
-/// The same for a body that throws no exception of the library other than `MemoryException`.
+/// The same for a body whose only exception of the library is `MemoryException`.
 template <class Body>
 vorel_status guardedCall(const wchar_t* function, Body&& body) noexcept {
     return guardedCall(function, VOREL_ERROR_INTERNAL, std::forward<Body>(body));

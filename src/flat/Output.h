@@ -24,7 +24,7 @@ enum class Terminator {
     Zero,  ///< a zero after the last unit, if the capacity allows it
 };
 
-/// Copies `units` by that rule. A failure is not remembered.
+/// Copies `units` by that rule. A failure is not stored as the thread's last failure.
 template <Terminator Rule, class Unit, class Source>
 vorel_status copyUnits(std::basic_string_view<Source> units, Unit* buffer, std::size_t capacity,
                        std::size_t* length) noexcept {
