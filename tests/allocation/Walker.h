@@ -95,7 +95,7 @@ public:
     /// Expects that the step completes if no request failed, or throws `std::bad_alloc` and logs nothing.
     void expectBadAlloc() const;
 
-    /// Expects that the step throws an object of `kind` in any case, with complete log lines. If a request failed, some
+    /// Expects that the step always throws an object of `kind`, with complete log lines. If a request failed, some
     /// messages may be missing or empty.
     void expectThrown(const std::string& kind, const Messages& messages) const;
 

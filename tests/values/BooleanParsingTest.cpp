@@ -190,7 +190,7 @@ TEST(BooleanParsingWidths, SpellingsOfTheLibrary) {
     EXPECT_STREQ(util::TAL_False, L"false");
 }
 
-/// Words in any case, and text similar to words or numbers.
+/// Words in upper and lower case, and text similar to words or numbers.
 std::string booleanText(test::RandomText& random) {
     constexpr std::string_view kWords[] = {"true", "false", "yes", "no", "on", "off", "t", "f", "y", "n", "0", "12"};
     std::string text = random.from(" \t\n\r\xA0", random.oneIn(4) ? random.below(3) : 0);
