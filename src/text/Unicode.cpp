@@ -76,7 +76,7 @@ bool adoptLength(BaseString<T>& output, std::size_t units) noexcept {
     return true;
 }
 
-/// Decodes a short text that fits into the string's present buffer.
+/// Decodes a short text that fits into the string's current buffer.
 bool decodeShort(BaseString<wchar_t>& output, const unsigned char* input, int length) noexcept {
     return input && output.capacity() != 0 &&
            adoptLength(output, algorithms::decodeShortText(input, length, output.data(), output.capacity() - 1));
@@ -168,7 +168,7 @@ private:
     BaseString<char>* m_text;
 };
 
-/// Encodes a short text that fits into the string's present buffer.
+/// Encodes a short text that fits into the string's current buffer.
 bool encodeShort(BaseString<char>& output, const wchar_t* input, int length) noexcept {
     auto* const out = reinterpret_cast<unsigned char*>(output.data());
     return input && output.capacity() != 0 &&
