@@ -1,11 +1,5 @@
 #include "vorel/exceptions/ExceptionFamily.h"
 
-#include <cerrno>
-#include <cstring>
-
-#include "core/FormatFailure.h"
-#include "vorel/core/Protocol.h"
-
 namespace vorel {
 
 NotImplementedException::NotImplementedException(const wchar_t* name) noexcept
@@ -186,31 +180,5 @@ void InvalidIndexException::rethrow() {
 void BadParameterException::rethrow() {
     throw BadParameterException(*this);
 }
-
-// Failures raised by the core.
-
-namespace detail {
-
-void throwMemory(unsigned int count, std::size_t size) {
-    throw MemoryException(static_cast<int>(count), static_cast<int>(size));
-}
-
-void throwInvalidIndex(unsigned int index, unsigned int count) {
-    throw InvalidIndexException(static_cast<int>(index), static_cast<int>(count - 1));
-}
-
-void throwFailure(const wchar_t* message) {
-    throw Exception(L"%ls", message);
-}
-
-void throwUnableToFormat(const char* fmt) {
-    throw Exception(L"Unable to format: %hs (%hs)", fmt, std::strerror(errno));
-}
-
-void throwUnableToFormat(const wchar_t* fmt) {
-    throw Exception(L"Unable to format: %ls (%hs)", fmt, std::strerror(errno));
-}
-
-}  // namespace detail
 
 }  // namespace vorel

@@ -1,12 +1,17 @@
 /// \file
-/// Catching, rethrowing and severe errors: the records that handlers add, and the handlers of Protocol.h.
+/// Catching, rethrowing and severe errors: the records that handlers add, and the functions that the core only declares:
+/// its failures and the handlers of the frame.
 
 #include "vorel/core/Protocol.h"
 
+#include <cerrno>
+#include <cstring>
 #include <exception>
 
+#include "core/FormatFailure.h"
 #include "core/Print.h"
 #include "vorel/exceptions/Exception.h"
+#include "vorel/exceptions/ExceptionFamily.h"
 #include "vorel/exceptions/Messages.h"
 
 namespace vorel {
@@ -142,6 +147,26 @@ void Exception::throwSevereDestructor(const wchar_t* className) {
 }
 
 namespace detail {
+
+void throwMemory(unsigned int count, std::size_t size) {
+    throw MemoryException(static_cast<int>(count), static_cast<int>(size));
+}
+
+void throwInvalidIndex(unsigned int index, unsigned int count) {
+    throw InvalidIndexException(static_cast<int>(index), static_cast<int>(count - 1));
+}
+
+void throwFailure(const wchar_t* message) {
+    throw Exception(L"%ls", message);
+}
+
+void throwUnableToFormat(const char* fmt) {
+    throw Exception(L"Unable to format: %hs (%hs)", fmt, std::strerror(errno));
+}
+
+void throwUnableToFormat(const wchar_t* fmt) {
+    throw Exception(L"Unable to format: %ls (%hs)", fmt, std::strerror(errno));
+}
 
 void passOn(const wchar_t* location) {
     try {

@@ -223,10 +223,6 @@ void AutoMutex::SetLockCount(bool increment) {
     });
 }
 
-bool detail::MutexAccess::isHeldByCaller(AutoMutex& mutex) {
-    return mutex.GetLockCount() >= 1 && mutex.GetLockingThreadID() == currentThread();
-}
-
 long long AutoMutex::GetLockingThreadID() {
     const Bookkeeping held(m_bookkeeping);
     return m_lockingThreadId;

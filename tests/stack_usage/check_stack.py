@@ -17,7 +17,7 @@ SOURCES = [
     "core/BaseString.cpp",
     "core/Print.cpp",
     "platform/IgnoreInvalidParameters.cpp",
-    "exceptions/Diagnostics.cpp",
+    "exceptions/ExceptionLog.cpp",
     "exceptions/ErrorLog.cpp",
     "exceptions/LocaleText.cpp",
     "exceptions/LogFile.cpp",

@@ -11,12 +11,9 @@
 #include "exceptions/LocaleText.h"
 #include "exceptions/LogState.h"
 #include "vorel/core/Protocol.h"
-#include "vorel/exceptions/DebugSetting.h"
 #include "vorel/exceptions/Exception.h"
 
 namespace vorel {
-
-bool util::g_DebugSetting = false;
 
 namespace {
 
