@@ -11,8 +11,7 @@
 #include <utility>
 
 #include "algorithms/FormatSlots.h"
-#include "core/FormatFailure.h"
-#include "core/Print.h"
+#include "core/Format.h"
 #include "core/StringAccess.h"
 #include "vorel/core/Format.h"
 #include "vorel/core/Protocol.h"

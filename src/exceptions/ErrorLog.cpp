@@ -17,7 +17,7 @@
 #include <windows.h>
 
 #include "algorithms/Utf8Streams.h"
-#include "core/Print.h"
+#include "core/Format.h"
 #include "exceptions/DebugTargets.h"
 #include "exceptions/InvalidParameter.h"
 #include "exceptions/LocaleText.h"

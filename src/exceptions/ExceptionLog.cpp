@@ -6,7 +6,7 @@
 #include <string_view>
 #include <type_traits>
 
-#include "core/Print.h"
+#include "core/Format.h"
 #include "exceptions/DebugTargets.h"
 #include "exceptions/LocaleText.h"
 #include "exceptions/LogState.h"

@@ -4,7 +4,7 @@
 
 #include <windows.h>
 
-#include "core/Print.h"
+#include "core/Format.h"
 #include "core/StringAccess.h"
 #include "exceptions/LocaleText.h"
 #include "platform/SystemMessage.h"

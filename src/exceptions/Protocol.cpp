@@ -1,6 +1,6 @@
 /// \file
-/// Catching, rethrowing and severe errors: the records that handlers add, and the functions that the core only declares:
-/// its failures and the handlers of the frame.
+/// Catching, rethrowing and severe errors: the records that handlers add, and the functions that the core only
+/// declares: its failures and the handlers of the frame.
 
 #include "vorel/core/Protocol.h"
 
@@ -8,8 +8,7 @@
 #include <cstring>
 #include <exception>
 
-#include "core/FormatFailure.h"
-#include "core/Print.h"
+#include "core/Format.h"
 #include "vorel/exceptions/Exception.h"
 #include "vorel/exceptions/ExceptionFamily.h"
 #include "vorel/exceptions/Messages.h"

@@ -15,7 +15,7 @@ import sys
 SOURCES = [
     "LibraryState.cpp",
     "core/BaseString.cpp",
-    "core/Print.cpp",
+    "core/Format.cpp",
     "platform/IgnoreInvalidParameters.cpp",
     "exceptions/ExceptionLog.cpp",
     "exceptions/ErrorLog.cpp",

@@ -110,3 +110,12 @@ private:
 };
 
 }  // namespace vorel::baseutil
+
+namespace vorel::detail {
+
+/// Throws `Exception` "Unable to format: … (…)" with the format and the runtime's text for the current `errno`. Defined
+/// with the handlers of the frame.
+[[noreturn]] void throwUnableToFormat(const char* fmt);
+[[noreturn]] void throwUnableToFormat(const wchar_t* fmt);
+
+}  // namespace vorel::detail

@@ -1,7 +1,7 @@
 /// \file
 /// The wrapper of the runtime's print functions: bounded rendering, and the fixed buffer with its fallback to the heap.
 
-#include "core/Print.h"
+#include "core/Format.h"
 
 #include <cstdarg>
 #include <cstdio>
@@ -32,7 +32,7 @@ struct Free {
 };
 
 template <class T>
-class Print : public ::testing::Test {
+class Format : public ::testing::Test {
 protected:
     using Text = std::basic_string<T>;
 
@@ -65,12 +65,12 @@ protected:
     }
 };
 
-TYPED_TEST_SUITE(Print, test::CharacterTypes, test::CharacterNames);
+TYPED_TEST_SUITE(Format, test::CharacterTypes, test::CharacterNames);
 
 // ---- Bounded rendering ----------------------------------------------------------------------------------------------
 
 // A text that fills the buffer exactly fits, but has no terminator.
-TYPED_TEST(Print, BoundedFormat_AtEverySizeAroundTheText) {
+TYPED_TEST(Format, BoundedFormat_AtEverySizeAroundTheText) {
     const auto format = this->text("%d:%s");
     const auto argument = this->text("abcdefgh");
     const auto expected = this->text("12:abcdefgh");
@@ -92,7 +92,7 @@ TYPED_TEST(Print, BoundedFormat_AtEverySizeAroundTheText) {
     }
 }
 
-TYPED_TEST(Print, VboundedFormat_AcceptsAnArgumentList) {
+TYPED_TEST(Format, VboundedFormat_AcceptsAnArgumentList) {
     GuardedBuffer<TypeParam> buffer(5);
     EXPECT_EQ(this->vbounded(buffer.data(), 5, this->text("%d%s").c_str(), 7, this->text("abc").c_str()), 4);
     EXPECT_EQ(buffer.data(), this->text("7abc"));
@@ -100,25 +100,25 @@ TYPED_TEST(Print, VboundedFormat_AcceptsAnArgumentList) {
     EXPECT_EQ(this->vbounded(buffer.data(), 5, this->text("%d%s").c_str(), 7, this->text("abcde").c_str()), -1);
 }
 
-TYPED_TEST(Print, BoundedFormat_ReturnsMinusOneForAnInvalidFormat) {
+TYPED_TEST(Format, BoundedFormat_ReturnsMinusOneForAnInvalidFormat) {
     GuardedBuffer<TypeParam> buffer(20);
     int count = 77;
     EXPECT_EQ(boundedFormat(buffer.data(), 20, this->text("a%n").c_str(), &count), -1);
     EXPECT_EQ(count, 77);
 }
 
-TEST(PrintOfNarrowText, BoundedFormat_ReturnsMinusOneForUnconvertibleWideText) {
+TEST(FormatOfNarrowText, BoundedFormat_ReturnsMinusOneForUnconvertibleWideText) {
     GuardedBuffer<char> buffer(20);
     EXPECT_EQ(boundedFormat(buffer.data(), 20, "%ls", L"\x4E00"), -1);
 }
 
-TEST(PrintOfWideText, PercentSTakesWideText) {
+TEST(FormatOfWideText, PercentSTakesWideText) {
     wchar_t buffer[20];
     EXPECT_EQ(boundedFormat(buffer, 20, L"%s|%hs|%ls", L"a", "b", L"c"), 5);
     EXPECT_STREQ(buffer, L"a|b|c");
 }
 
-TEST(PrintOfNarrowText, StreamPrint_RendersToAStream) {
+TEST(FormatOfNarrowText, StreamPrint_RendersToAStream) {
     std::FILE* const stream = std::tmpfile();
     ASSERT_NE(stream, nullptr);
     EXPECT_EQ(vorel::baseutil::streamPrint(stream, "[%hs] %d", "time", 42), 9);
@@ -131,7 +131,7 @@ TEST(PrintOfNarrowText, StreamPrint_RendersToAStream) {
 
 // ---- The fixed buffer and the heap ----------------------------------------------------------------------------------
 
-TYPED_TEST(Print, FormatWithFallback_UsesTheBufferIfTextAndTerminatorFit) {
+TYPED_TEST(Format, FormatWithFallback_UsesTheBufferIfTextAndTerminatorFit) {
     constexpr std::size_t kSize = 12;
     for (std::size_t length = 0; length < kSize; ++length) {
         GuardedBuffer<TypeParam> buffer(kSize);
@@ -145,7 +145,7 @@ TYPED_TEST(Print, FormatWithFallback_UsesTheBufferIfTextAndTerminatorFit) {
     }
 }
 
-TYPED_TEST(Print, FormatWithFallback_RendersLongerTextsOnTheHeap) {
+TYPED_TEST(Format, FormatWithFallback_RendersLongerTextsOnTheHeap) {
     constexpr std::size_t kSize = 12;
     for (const std::size_t length : {kSize, kSize + 1, std::size_t{100}, std::size_t{100000}}) {
         GuardedBuffer<TypeParam> buffer(kSize);
@@ -158,7 +158,7 @@ TYPED_TEST(Print, FormatWithFallback_RendersLongerTextsOnTheHeap) {
     }
 }
 
-TYPED_TEST(Print, FormatWithFallback_ReturnsNullForAnInvalidFormat) {
+TYPED_TEST(Format, FormatWithFallback_ReturnsNullForAnInvalidFormat) {
     GuardedBuffer<TypeParam> buffer(12);
     int count = 77;
     const auto rendered = this->format(buffer, this->text("%n").c_str(), &count);
@@ -167,7 +167,7 @@ TYPED_TEST(Print, FormatWithFallback_ReturnsNullForAnInvalidFormat) {
     EXPECT_FALSE(rendered.truncated);
 }
 
-TYPED_TEST(Print, FormatWithFallback_ReturnsNullForALongTextWithoutTheNullDevice) {
+TYPED_TEST(Format, FormatWithFallback_ReturnsNullForALongTextWithoutTheNullDevice) {
     const test::ExhaustedStreams none;
     GuardedBuffer<TypeParam> buffer(12);
     EXPECT_EQ(this->format(buffer, this->text("%020d").c_str(), 1).result, nullptr);
@@ -184,7 +184,7 @@ bool liesIn(const MessageText<T>& message, const T* text) {
     return address >= object && address < object + sizeof message;
 }
 
-TYPED_TEST(Print, MessageText_StoresMoreThan7999UnitsOnTheHeap) {
+TYPED_TEST(Format, MessageText_StoresMoreThan7999UnitsOnTheHeap) {
     for (const std::size_t length : {std::size_t{0}, std::size_t{1}, std::size_t{7999}, std::size_t{8000},
                                      std::size_t{10000}, std::size_t{200000}}) {
         const std::basic_string<TypeParam> argument(length, TypeParam{'m'});
@@ -197,7 +197,7 @@ TYPED_TEST(Print, MessageText_StoresMoreThan7999UnitsOnTheHeap) {
     }
 }
 
-TYPED_TEST(Print, MessageText_IsNullWithoutARenderedText) {
+TYPED_TEST(Format, MessageText_IsNullWithoutARenderedText) {
     EXPECT_EQ(MessageText<TypeParam>().text(), nullptr);
     int count = 77;
     MessageText<TypeParam> message;
@@ -206,7 +206,7 @@ TYPED_TEST(Print, MessageText_IsNullWithoutARenderedText) {
     EXPECT_FALSE(message.truncated());
 }
 
-TEST(PrintOfNarrowText, MessageText_IsNullIfTheTextShrinksAfterMeasuring) {
+TEST(FormatOfNarrowText, MessageText_IsNullIfTheTextShrinksAfterMeasuring) {
     const test::ImportHook<importedPrint> print([&](unsigned long long options, char* buffer, std::size_t size,
                                                     const char* format, _locale_t locale, va_list args) {
         const int written = print.original(options, buffer, size, format, locale, args);

@@ -1,4 +1,4 @@
-#include "core/Print.h"
+#include "core/Format.h"
 
 #include <type_traits>
 
