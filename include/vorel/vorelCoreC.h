@@ -40,8 +40,15 @@
 /// be used by any thread afterwards.
 #pragma once
 
+#include "vorel/flat/CodePages.h"
+#include "vorel/flat/Comparing.h"
 #include "vorel/flat/Encodings.h"
+#include "vorel/flat/ErrorText.h"
+#include "vorel/flat/LastError.h"
+#include "vorel/flat/Lists.h"
 #include "vorel/flat/Locks.h"
 #include "vorel/flat/Log.h"
+#include "vorel/flat/Numbers.h"
 #include "vorel/flat/Status.h"
-#include "vorel/flat/Values.h"
+#include "vorel/flat/Time.h"
+#include "vorel/flat/Urls.h"

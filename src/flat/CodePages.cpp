@@ -1,7 +1,4 @@
-/// \file
-/// The flat interface to code pages.
-
-#include "vorel/text/CodePages.h"
+#include "vorel/flat/CodePages.h"
 
 #include <cerrno>
 #include <optional>
@@ -10,7 +7,7 @@
 #include "flat/Input.h"
 #include "flat/Output.h"
 #include "flat/Utf8Units.h"
-#include "vorel/flat/Encodings.h"
+#include "vorel/text/CodePages.h"
 
 using vorel::Array;
 using vorel::flat::ArgumentError;

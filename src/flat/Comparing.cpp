@@ -1,11 +1,8 @@
-/// \file
-/// The flat interface to comparisons of texts and versions.
-
-#include "vorel/values/Comparing.h"
+#include "vorel/flat/Comparing.h"
 
 #include "flat/Call.h"
 #include "flat/Input.h"
-#include "vorel/flat/Values.h"
+#include "vorel/values/Comparing.h"
 
 using vorel::flat::ArgumentError;
 using vorel::flat::guardedCall;

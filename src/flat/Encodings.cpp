@@ -1,6 +1,3 @@
-/// \file
-/// The flat interface to UTF-8 and to encodings of bytes as printable text.
-
 #include "vorel/flat/Encodings.h"
 
 #include <algorithm>

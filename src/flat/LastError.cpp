@@ -8,6 +8,7 @@
 #include "algorithms/Utf8.h"
 #include "flat/Output.h"
 #include "flat/Utf8Units.h"
+#include "vorel/flat/LastError.h"
 
 namespace vorel::flat {
 

@@ -1,5 +1,4 @@
-/// \file
-/// The flat interface to lists of values and texts.
+#include "vorel/flat/Lists.h"
 
 #include <string_view>
 
@@ -9,7 +8,6 @@
 #include "values/ListReaders.h"
 #include "vorel/core/Array.h"
 #include "vorel/core/BaseString.h"
-#include "vorel/flat/Values.h"
 #include "vorel/values/Joining.h"
 #include "vorel/values/ListParsing.h"
 #include "vorel/values/Splitting.h"

@@ -1,25 +1,31 @@
-/// \file
-/// The flat interface to the parsing of single values.
+#include "vorel/flat/Numbers.h"
 
 #include <algorithm>
+#include <iterator>
 #include <string_view>
 
 #include "algorithms/Characters.h"
 #include "flat/Call.h"
 #include "flat/Input.h"
 #include "flat/LastError.h"
-#include "vorel/flat/Values.h"
+#include "flat/Output.h"
 #include "vorel/values/BooleanParsing.h"
+#include "vorel/values/NumberFormatting.h"
 #include "vorel/values/NumberParsing.h"
 
+using vorel::flat::ArgumentError;
 using vorel::flat::fail;
 using vorel::flat::guardedCall;
 using vorel::flat::notNull;
+using vorel::flat::sameValue;
+using vorel::flat::TextOutput;
 using vorel::flat::WideText;
 
 namespace {
 
 namespace util = vorel::util;
+
+static_assert(sameValue(VOREL_FORMAT_DEFAULT, util::FO_Default) && sameValue(VOREL_FORMAT_JSON, util::FO_JSON));
 
 /// Reads the value at the beginning of `text` with `scan` and sets `*used` to its length in units.
 template <class Value, class Scan>
@@ -89,6 +95,18 @@ constexpr auto toHex = [](const wchar_t* text, wchar_t** end) { return util::hex
 constexpr auto toDouble = [](const wchar_t* text, wchar_t** end) { return util::stringToDouble(text, end); };
 constexpr auto toBoolean = [](const wchar_t* text, wchar_t** end) { return util::stringToBoolean(text, end); };
 
+/// Copies the text that `format(buffer, size)` writes to the output. The buffer holds the longest number and its
+/// terminator.
+template <class Format>
+vorel_status formatNumber(const wchar_t* function, vorel_char16* output, size_t capacity, size_t* outputLength,
+                          Format format) {
+    return guardedCall(function, [&] {
+        const TextOutput out(output, capacity, outputLength);
+        wchar_t buffer[64];
+        return out.write(std::wstring_view(format(buffer, std::size(buffer))));
+    });
+}
+
 }  // namespace
 
 // ---- Whole texts ----------------------------------------------------------------------------------------------------
@@ -151,4 +169,27 @@ vorel_status vorel_scan_double(const vorel_char16* text, size_t length, double* 
 
 vorel_status vorel_scan_boolean(const vorel_char16* text, size_t length, int32_t* value, size_t* used) {
     return scanText(L"vorel_scan_boolean", text, length, value, used, toBoolean);
+}
+
+// ---- Values as text -------------------------------------------------------------------------------------------------
+
+vorel_status vorel_format_int64(int64_t value, vorel_char16* output, size_t capacity, size_t* outputLength) {
+    return formatNumber(L"vorel_format_int64", output, capacity, outputLength,
+                        [value](wchar_t* buffer, std::size_t size) { return util::Int64ToStr(value, buffer, size); });
+}
+
+vorel_status vorel_format_uint64(uint64_t value, vorel_char16* output, size_t capacity, size_t* outputLength) {
+    return formatNumber(L"vorel_format_uint64", output, capacity, outputLength,
+                        [value](wchar_t* buffer, std::size_t size) { return util::UInt64ToStr(value, buffer, size); });
+}
+
+vorel_status vorel_format_double(double value, int32_t options, vorel_char16* output, size_t capacity,
+                                 size_t* outputLength) {
+    return formatNumber(
+        L"vorel_format_double", output, capacity, outputLength, [value, options](wchar_t* buffer, std::size_t size) {
+            if (options != VOREL_FORMAT_DEFAULT && options != VOREL_FORMAT_JSON) {
+                throw ArgumentError{VOREL_ERROR_INVALID_ARGUMENT, L"An option is unknown"};
+            }
+            return util::doubleToString(value, buffer, size, static_cast<util::FormattingOptions>(options));
+        });
 }

@@ -1,14 +1,11 @@
-/// \file
-/// The flat interface to URL encoding.
-
-#include "vorel/text/Url.h"
+#include "vorel/flat/Urls.h"
 
 #include "flat/Call.h"
 #include "flat/Input.h"
 #include "flat/Output.h"
 #include "flat/Utf8Units.h"
 #include "vorel/core/BaseString.h"
-#include "vorel/flat/Encodings.h"
+#include "vorel/text/Url.h"
 
 using vorel::Array;
 using vorel::BaseString;

@@ -1,9 +1,12 @@
 /// \file
-/// The flat interface: UTF-8, code pages, binary-to-text encodings, URL encoding. vorelCoreC.h has the rules that hold
-/// for every function.
+/// The flat interface: UTF-8 and binary-to-text encodings. vorelCoreC.h has the rules that hold for every function.
+/// Existing users also get code pages and URL encoding from this header.
 #pragma once
 
+#include "vorel/flat/CodePages.h"
+#include "vorel/flat/LastError.h"
 #include "vorel/flat/Status.h"
+#include "vorel/flat/Urls.h"
 
 #ifdef __cplusplus
 extern "C" {
@@ -25,28 +28,6 @@ VOREL_API vorel_status vorel_utf8_to_utf16(const char* text, size_t length, vore
 /// Converts UTF-16 to UTF-8. A surrogate that is not part of a pair becomes "?".
 VOREL_API vorel_status vorel_utf16_to_utf8(const vorel_char16* text, size_t length, char* output, size_t capacity,
                                            size_t* outputLength);
-
-/// \}
-/// \name Code pages
-/// Code pages are those of the system, identified by their numbers 1 to 65534. `VOREL_ERROR_UNSUPPORTED` means that the
-/// system does not have the code page. Texts may contain zeros.
-/// \{
-
-/// Returns the number of the code page `name`. Names are not case-sensitive. Does not check that the system has it.
-/// `VOREL_ERROR_UNKNOWN_NAME` if no code page has this name.
-///
-///     "latin1"  →  28591
-VOREL_API vorel_status vorel_code_page_by_name(const vorel_char16* name, size_t length, int32_t* codePage);
-
-/// Converts bytes of a code page to UTF-16. `VOREL_ERROR_INVALID_TEXT` if they are not valid in it.
-VOREL_API vorel_status vorel_code_page_to_utf16(int32_t codePage, const void* bytes, size_t size, vorel_char16* output,
-                                                size_t capacity, size_t* outputLength);
-
-/// Converts UTF-16 to bytes of a code page. A character that the code page lacks becomes a similar one or the default
-/// character. `replaced`, which may be null, becomes 1 if the default character was used, 0 if not, and -1 for a code
-/// page that does not report it (for example UTF-8).
-VOREL_API vorel_status vorel_utf16_to_code_page(int32_t codePage, const vorel_char16* text, size_t length, void* output,
-                                                size_t capacity, size_t* outputLength, int32_t* replaced);
 
 /// \}
 /// \name Binary-to-text encodings
@@ -86,43 +67,6 @@ VOREL_API vorel_status vorel_hex_encode(const void* bytes, size_t size, int32_t 
 /// anything else, and for an odd number of digits.
 VOREL_API vorel_status vorel_hex_decode(const vorel_char16* text, size_t length, void* output, size_t capacity,
                                         size_t* outputLength);
-
-/// \}
-/// \name URLs
-/// Text is converted to UTF-8 first, so a non-ASCII character becomes the escapes of its bytes. Escapes have upper-case
-/// digits. The control characters 1 to 31 and 127 are never escaped.
-/// \{
-
-enum {
-    VOREL_URL_ESCAPE_RESERVED = 1,  ///< $ & + , / : ; = ? @ are escaped too
-    VOREL_URL_SPACE_AS_PLUS = 2,    ///< a space becomes '+'
-    VOREL_URL_PLUS_AS_SPACE = 4,    ///< for decoding: a '+' becomes a space
-};
-
-/// The parts of a URL.
-enum {
-    VOREL_URL_PATH = 0,             ///< a whole path: '/' is kept, '?' is escaped
-    VOREL_URL_PATH_SEGMENT = 1,     ///< a segment of a path: both are escaped
-    VOREL_URL_QUERY = 2,            ///< a whole query: a space becomes '+', and '+' is escaped; '?' is kept
-    VOREL_URL_QUERY_PARAMETER = 3,  ///< a name or value in a query: like VOREL_URL_QUERY, and '&' and '=' are escaped
-};
-
-/// Escapes " # % < > [ \ ] ^ ` { | } ~, non-ASCII characters, and the space.
-///
-///     "a/b c~"  →  "a/b%20c%7E"        with both flags  →  "a%2Fb+c%7E"
-VOREL_API vorel_status vorel_url_encode(const vorel_char16* text, size_t length, uint32_t flags, vorel_char16* output,
-                                        size_t capacity, size_t* outputLength);
-
-/// Escapes the characters that are not allowed in this part of a URL. Unlike `vorel_url_encode`, it keeps '~'.
-///
-///     "a=b c", VOREL_URL_QUERY_PARAMETER  →  "a%3Db+c"
-VOREL_API vorel_status vorel_url_encode_component(const vorel_char16* text, size_t length, int32_t component,
-                                                  vorel_char16* output, size_t capacity, size_t* outputLength);
-
-/// Decodes escapes. A '%' that is not followed by two hexadecimal digits is kept. `VOREL_ERROR_INVALID_TEXT` if the
-/// bytes are not valid UTF-8 (see `vorel_utf8_to_utf16`). An escaped zero ends the result.
-VOREL_API vorel_status vorel_url_decode(const vorel_char16* text, size_t length, uint32_t flags, vorel_char16* output,
-                                        size_t capacity, size_t* outputLength);
 
 /// \}
 

@@ -3,6 +3,7 @@
 /// run under. vorelCoreC.h has the rules that hold for every function.
 #pragma once
 
+#include "vorel/flat/LastError.h"
 #include "vorel/flat/Status.h"
 
 #ifdef __cplusplus

@@ -6,6 +6,7 @@
 /// File errors are not reported: a line that cannot be written is dropped silently.
 #pragma once
 
+#include "vorel/flat/LastError.h"
 #include "vorel/flat/Status.h"
 
 #ifdef __cplusplus

@@ -1,6 +1,6 @@
 /// \file
-/// The flat interface: its version, the status of its functions, and the message of the last failure. vorelCoreC.h has
-/// the rules that hold for every function.
+/// The flat interface: its version, and the status of its functions. vorelCoreC.h has the rules that hold for every
+/// function.
 #pragma once
 
 // NOLINTBEGIN(modernize-*): C includes this header too
@@ -54,18 +54,6 @@ VOREL_API const char* vorel_version(void);
 /// The name of a status in ASCII, for example "VOREL_ERROR_TIMEOUT", and "VOREL_ERROR_UNKNOWN" for any other number. It
 /// is valid while the library is loaded.
 VOREL_API const char* vorel_status_name(vorel_status status);
-
-/// The status of the calling thread's last failure; `VOREL_OK` before the first. A successful call does not change it;
-/// neither do the three functions for the last failure. If memory for a failure cannot be allocated, this is
-/// `VOREL_ERROR_OUT_OF_MEMORY` with its message, whatever status the function returned.
-VOREL_API vorel_status vorel_last_error_status(void);
-
-/// The message of that failure; the text of the exception if the library threw one. Empty before the first failure. At
-/// most 500 units; a longer message is truncated.
-VOREL_API vorel_status vorel_last_error_message(vorel_char16* message, size_t capacity, size_t* length);
-
-/// The same in UTF-8, at most 1500 bytes.
-VOREL_API vorel_status vorel_last_error_message_utf8(char* message, size_t capacity, size_t* length);
 
 #ifdef __cplusplus
 }

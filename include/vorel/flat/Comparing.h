@@ -1,0 +1,39 @@
+/// \file
+/// The flat interface: comparison of texts and versions. vorelCoreC.h has the rules that hold for every function.
+#pragma once
+
+#include "vorel/flat/Status.h"
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/// \name Comparing
+/// \{
+
+enum {
+    VOREL_COMPARE_IGNORE_CASE = 0x001,    ///< A to Z, and no other letters, equal a to z
+    VOREL_COMPARE_NUMERIC = 0x002,        ///< runs of digits are compared as numbers: the natural order
+    VOREL_COMPARE_SLASHES_EQUAL = 0x004,  ///< '/' and '\' are equal
+    VOREL_COMPARE_REVERSE = 0x100,        ///< `a` and `b` are swapped
+};
+
+/// Sets `order` to -1, 0 or 1 if `a` is before, equal to, or after `b`. Units are compared by their values.
+///
+///     "file9", "file10"  →  1, with VOREL_COMPARE_NUMERIC -1
+VOREL_API vorel_status vorel_compare(const vorel_char16* a, size_t aLength, const vorel_char16* b, size_t bLength,
+                                     uint32_t flags, int32_t* order);
+
+/// Compares two versions number by number; any single character separates two numbers. `isAtLeast` becomes 1 if
+/// `version` is at least `required`, else 0. It is 0 for an empty text, and for a version with fewer numbers than
+/// `required`, even if the missing numbers are zero.
+///
+///     "10.2", "9.9"  →  1        "1.2", "1.2.0"  →  0
+VOREL_API vorel_status vorel_version_at_least(const vorel_char16* version, size_t versionLength,
+                                              const vorel_char16* required, size_t requiredLength, int32_t* isAtLeast);
+
+/// \}
+
+#ifdef __cplusplus
+}
+#endif

@@ -1,0 +1,86 @@
+/// \file
+/// The flat interface: lists of values and of texts. vorelCoreC.h has the rules that hold for every function.
+///
+/// Nothing depends on the locale: digits are '0' to '9', the decimal point is '.', and white space is space, tab, line
+/// feed, carriage return and the no-break space.
+#pragma once
+
+#include "vorel/flat/Status.h"
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/// \name Lists of values
+/// The output is an array; its capacity and length are numbers of values. `VOREL_ERROR_INVALID_TEXT` if the text cannot
+/// be parsed to its end. vorel/values/ListParsing.h describes what each function accepts and skips.
+/// \{
+
+/// Integers separated by commas. Fractions are cut off; an empty item is 0.
+///
+///     "1,2.9,-3"  →  1 2 -3
+VOREL_API vorel_status vorel_parse_int32_list(const vorel_char16* text, size_t length, int32_t* values, size_t capacity,
+                                              size_t* count);
+VOREL_API vorel_status vorel_parse_uint32_list(const vorel_char16* text, size_t length, uint32_t* values,
+                                               size_t capacity, size_t* count);
+
+/// Numbers separated by white space. Text that does not have the form of a number is skipped.
+///
+///     "1.5 2e3 abc 4"  →  1.5 2000 4
+VOREL_API vorel_status vorel_parse_double_list(const vorel_char16* text, size_t length, double* values, size_t capacity,
+                                               size_t* count);
+
+/// Booleans separated by white space: true, t, false, f and integers. Other words are skipped.
+///
+///     "T f 1 0 yes"  →  1 0 1 0
+VOREL_API vorel_status vorel_parse_boolean_list(const vorel_char16* text, size_t length, int32_t* values,
+                                                size_t capacity, size_t* count);
+
+/// A range from `start` to `end`, both included; -1 means an open end.
+// NOLINTNEXTLINE(modernize-use-using): C includes this header too
+typedef struct vorel_range {
+    int32_t start;  ///< the first number, or -1 for no lower limit
+    int32_t end;    ///< the last number, or -1 for no upper limit
+} vorel_range;
+
+/// Ranges separated by commas. Numbers cannot be negative; empty items are skipped.
+///
+///     "1-5,7,12-"  →  1 to 5, 7 to 7, 12 to -1
+VOREL_API vorel_status vorel_parse_ranges(const vorel_char16* text, size_t length, vorel_range* ranges, size_t capacity,
+                                          size_t* count);
+
+/// \}
+/// \name Lists of texts
+/// A list of texts is one text in which a zero follows every item. The length of the list includes these zeros: "a",
+/// "bc" is the five units 'a' 0 'b' 'c' 0. An empty list has no units.
+/// \{
+
+/// Splits `text` at each occurrence of the whole `delimiter`. Adjacent delimiters give empty items; a delimiter at the
+/// very end does not.
+///
+///     "a::b::" at "::"  →  "a" "b"
+VOREL_API vorel_status vorel_split_text(const vorel_char16* text, size_t length, const vorel_char16* delimiter,
+                                        size_t delimiterLength, vorel_char16* items, size_t capacity,
+                                        size_t* itemsLength);
+
+/// Splits `text` at each character in `delimiters`. An item in double quotes may contain delimiters, and '""' for a
+/// double quote. An item with incorrect quotes is taken unchanged. If `trim` is not 0, white space at both ends of an
+/// item is removed.
+///
+///     a,"b,c","d""e" at ","  →  a   b,c   d"e
+VOREL_API vorel_status vorel_split_list(const vorel_char16* text, size_t length, const vorel_char16* delimiters,
+                                        size_t delimitersLength, int32_t trim, vorel_char16* items, size_t capacity,
+                                        size_t* itemsLength);
+
+/// Joins the items with `delimiter`, so that `vorel_split_list` can split them again: an item that contains the
+/// delimiter or a double quote is quoted. `VOREL_ERROR_INVALID_TEXT` if the last item does not end in a zero.
+/// `VOREL_ZERO_TERMINATED` is not allowed here and gives `VOREL_ERROR_INVALID_ARGUMENT`.
+VOREL_API vorel_status vorel_join_list(const vorel_char16* items, size_t length, const vorel_char16* delimiter,
+                                       size_t delimiterLength, vorel_char16* output, size_t capacity,
+                                       size_t* outputLength);
+
+/// \}
+
+#ifdef __cplusplus
+}
+#endif

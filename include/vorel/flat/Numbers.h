@@ -1,0 +1,77 @@
+/// \file
+/// The flat interface: numbers and booleans from and to text. vorelCoreC.h has the rules that hold for every function.
+///
+/// Nothing depends on the locale: digits are '0' to '9', the decimal point is '.', and white space is space, tab, line
+/// feed, carriage return and the no-break space.
+#pragma once
+
+#include "vorel/flat/Status.h"
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/// \name Parsing a whole text
+/// White space is allowed at both ends. `VOREL_ERROR_INVALID_TEXT` if the text contains anything else, or no value.
+/// \{
+
+/// An integer with an optional sign; "12.", "12.0" and "12.000" are 12. A value out of range wraps around, as
+/// everywhere in the library. Unsigned integers do not accept '-'.
+VOREL_API vorel_status vorel_parse_int32(const vorel_char16* text, size_t length, int32_t* value);
+VOREL_API vorel_status vorel_parse_uint32(const vorel_char16* text, size_t length, uint32_t* value);
+VOREL_API vorel_status vorel_parse_int64(const vorel_char16* text, size_t length, int64_t* value);
+VOREL_API vorel_status vorel_parse_uint64(const vorel_char16* text, size_t length, uint64_t* value);
+
+/// One to eight hexadecimal digits in either case, without "0x".
+VOREL_API vorel_status vorel_parse_hex32(const vorel_char16* text, size_t length, uint32_t* value);
+
+/// A decimal number with fraction and exponent. Only the first 18 digits count, including leading zeros. The result may
+/// differ in its last bit from the nearest double, but is the same in every program that uses the library. A value out
+/// of range becomes infinity or 0. Words such as "NaN" are not accepted.
+VOREL_API vorel_status vorel_parse_double(const vorel_char16* text, size_t length, double* value);
+
+/// One of true, false, yes, no, 0, 1, t, f, y, n in any case.
+VOREL_API vorel_status vorel_parse_boolean(const vorel_char16* text, size_t length, int32_t* value);
+
+/// \}
+/// \name Parsing the beginning of a text
+/// These functions skip white space, parse the value that follows, and return how many units they read. A text without
+/// a value gives 0 and is not a failure. The contracts are those of `stringToInt` and the related functions in
+/// vorel/values/NumberParsing.h, and of `stringToBoolean` in vorel/values/BooleanParsing.h.
+///
+///     "42 apples"  →  42, 3 units used        "-x"  →  0, 1 unit used
+/// \{
+
+/// Parses a value of the type in its name, as described above, and sets `used` to the number of units read.
+VOREL_API vorel_status vorel_scan_int32(const vorel_char16* text, size_t length, int32_t* value, size_t* used);
+VOREL_API vorel_status vorel_scan_uint32(const vorel_char16* text, size_t length, uint32_t* value, size_t* used);
+VOREL_API vorel_status vorel_scan_int64(const vorel_char16* text, size_t length, int64_t* value, size_t* used);
+VOREL_API vorel_status vorel_scan_uint64(const vorel_char16* text, size_t length, uint64_t* value, size_t* used);
+VOREL_API vorel_status vorel_scan_hex32(const vorel_char16* text, size_t length, uint32_t* value, size_t* used);
+VOREL_API vorel_status vorel_scan_double(const vorel_char16* text, size_t length, double* value, size_t* used);
+VOREL_API vorel_status vorel_scan_boolean(const vorel_char16* text, size_t length, int32_t* value, size_t* used);
+
+/// \}
+/// \name Values as text
+/// \{
+
+enum {
+    VOREL_FORMAT_DEFAULT = 0,
+    VOREL_FORMAT_JSON = 1,  ///< special values as JSON strings, and a digit after the point of every mantissa
+};
+
+/// Writes decimal digits, at most 20 units.
+VOREL_API vorel_status vorel_format_int64(int64_t value, vorel_char16* output, size_t capacity, size_t* outputLength);
+VOREL_API vorel_status vorel_format_uint64(uint64_t value, vorel_char16* output, size_t capacity, size_t* outputLength);
+
+/// Writes a double in the library's only form for it, at most 63 units; see vorel/values/NumberFormatting.h.
+///
+///     123.456  →  "123.456"        0.05  →  "5.e-002", with JSON "5.0e-002"        NaN  →  "NaN", with JSON "\"NaN\""
+VOREL_API vorel_status vorel_format_double(double value, int32_t options, vorel_char16* output, size_t capacity,
+                                           size_t* outputLength);
+
+/// \}
+
+#ifdef __cplusplus
+}
+#endif
