@@ -38,6 +38,7 @@
 #include "vorel/text/Url.h"
 #include "vorel/values/BooleanParsing.h"
 #include "vorel/values/Comparing.h"
+#include "vorel/values/Doubles.h"
 #include "vorel/values/Joining.h"
 #include "vorel/values/ListParsing.h"
 #include "vorel/values/NumberFormatting.h"

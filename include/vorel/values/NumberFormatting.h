@@ -7,6 +7,7 @@
 
 #include "vorel/Export.h"
 #include "vorel/core/BaseString.h"
+#include "vorel/values/Doubles.h"
 
 namespace vorel::util {
 
@@ -50,16 +51,5 @@ VOREL_API const char* Int64ToStr(long long value, char* buffer, unsigned long lo
 VOREL_API const wchar_t* Int64ToStr(long long value, wchar_t* buffer, unsigned long long size);
 VOREL_API const char* UInt64ToStr(unsigned long long value, char* buffer, unsigned long long size);
 VOREL_API const wchar_t* UInt64ToStr(unsigned long long value, wchar_t* buffer, unsigned long long size);
-
-/// The nearest whole number. By design, a half is rounded down, towards negative infinity.
-///
-///     2.5 → 2.0    -2.5 → -3.0    1.6 → 2.0
-VOREL_API double round(double value) noexcept;
-
-/// A hash of the eight bytes of `value`, the least significant first: h = h * 31 + byte. Positive and negative zero
-/// have different hashes.
-///
-///     1.0 → 7503
-VOREL_API unsigned int doubleHashCode(double value) noexcept;
 
 }  // namespace vorel::util
