@@ -18,7 +18,7 @@ AllocSpy* AllocBase::m_spy = nullptr;
 AllocSpy::~AllocSpy() = default;
 
 void AllocBase::registerSpy(AllocSpy* spy) {
-    detail::guarded(L"AllocBase", L"registerSpy", [spy] {
+    detail::runRethrowing(L"AllocBase", L"registerSpy", [spy] {
         const auto store = [spy] { std::atomic_ref(m_spy).store(spy, std::memory_order_release); };
         if (AutoCriticalSection* const lock = detail::spyLock.get()) {
             const Guard<AutoCriticalSection> held(*lock);

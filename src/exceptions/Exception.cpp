@@ -60,7 +60,7 @@ Exception& Exception::operator=(const Exception& other) noexcept {
 }
 
 Exception::~Exception() noexcept(false) {
-    detail::guardedDestructor(L"Exception", [this] {
+    detail::runDestructor(L"Exception", [this] {
         if (m_delayedLogging) {
             mirrorAllMessages();
         }
@@ -112,7 +112,7 @@ unsigned int Exception::getMessageTotal() const noexcept {
 
 // The separator may point into the block of an earlier call, so that block is replaced last.
 const wchar_t* Exception::getErrorMessageBlock(const wchar_t* separator) const {
-    return detail::guarded(L"Exception", L"getErrorMessageBlock", [&] {
+    return detail::runRethrowing(L"Exception", L"getErrorMessageBlock", [&] {
         BaseString<wchar_t> block;
         for (const StackEntry& entry : m_stack) {
             if (&entry != &m_stack.front()) {
@@ -144,7 +144,7 @@ const char* Exception::getCharErrorMessageBlock(const char* separator) const noe
 }
 
 void Exception::dumpStack(std::vector<std::wstring>& messages, std::vector<std::wstring>& locations, bool clearAfter) {
-    detail::guarded(L"Exception", L"dumpStack", [&] {
+    detail::runRethrowing(L"Exception", L"dumpStack", [&] {
         std::vector<std::wstring> copiedMessages;
         std::vector<std::wstring> copiedLocations;
         try {

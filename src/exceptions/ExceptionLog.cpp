@@ -255,7 +255,7 @@ void Exception::traceClass(const wchar_t*, const wchar_t*, const wchar_t*, ...) 
 void Exception::traceCallStack(std::FILE*) noexcept {}
 
 void Exception::setDebugTarget(const char* name, bool active) {
-    detail::guarded(L"Exception", L"setDebugTarget", [=] {
+    detail::runRethrowing(L"Exception", L"setDebugTarget", [=] {
         if (detail::LogState* const state = detail::logState.get(); state && name) {
             state->narrowDebugTargets.set(name, active);
         }
@@ -263,7 +263,7 @@ void Exception::setDebugTarget(const char* name, bool active) {
 }
 
 void Exception::setDebugTarget(const wchar_t* name, bool active) {
-    detail::guarded(L"Exception", L"setDebugTarget", [=] {
+    detail::runRethrowing(L"Exception", L"setDebugTarget", [=] {
         if (detail::LogState* const state = detail::logState.get(); state && name) {
             state->wideDebugTargets.set(name, active);
         }

@@ -50,7 +50,7 @@ void Exception::Invalid_Parameter_Handler(const wchar_t* expression, const wchar
     if (!expression && !function && !file) {
         return;  // the release runtime passes no details
     }
-    detail::contained(L"vorel::Exception - Invalid_Parameter_Handler", [=] {
+    detail::runNoThrow(L"vorel::Exception - Invalid_Parameter_Handler", [=] {
         warn(L"Invalid parameter detected: %ls::%ls(%d): %ls", file, function, line, expression);
     });
 }

@@ -39,7 +39,7 @@ struct ToNarrow {
 
 template <class Direction, class From, class To>
 void convert(const From* source, BaseString<To>& target) noexcept {
-    contained(Direction::kContext, [&] {
+    runNoThrow(Direction::kContext, [&] {
         target.clear();
         if (!source || !*source) {
             return;

@@ -167,7 +167,7 @@ void throwUnableToFormat(const wchar_t* fmt) {
     throw Exception(L"Unable to format: %ls (%hs)", fmt, std::strerror(errno));
 }
 
-void passOn(const wchar_t* location) {
+void rethrowWithRecord(const wchar_t* location) {
     try {
         throw;
     } catch (Exception& e) {
@@ -177,7 +177,7 @@ void passOn(const wchar_t* location) {
     }
 }
 
-void passOn(const wchar_t* className, const wchar_t* operation) {
+void rethrowWithRecord(const wchar_t* className, const wchar_t* operation) {
     try {
         throw;
     } catch (Exception& e) {
@@ -187,7 +187,7 @@ void passOn(const wchar_t* className, const wchar_t* operation) {
     }
 }
 
-void passOnFromDestructor(const wchar_t* className) {
+void rethrowFromDestructor(const wchar_t* className) {
     try {
         throw;
     } catch (Exception& e) {
@@ -197,7 +197,7 @@ void passOnFromDestructor(const wchar_t* className) {
     }
 }
 
-void contain(const wchar_t* location) noexcept {
+void logAndSwallow(const wchar_t* location) noexcept {
     try {
         throw;
     } catch (Exception& e) {

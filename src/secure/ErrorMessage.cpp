@@ -6,7 +6,7 @@
 namespace vorel::detail {
 
 void GetErrorMessage(const wchar_t* context, int error, BaseString<wchar_t>& text) {
-    guarded(L"Accessable", L"GetErrorMessage", [&] {
+    runRethrowing(L"Accessable", L"GetErrorMessage", [&] {
         BaseString<wchar_t> message;
         text.format(L"%ls: %ls", context, util::FormatErrorMsg(error, message));
     });

@@ -40,7 +40,7 @@ bool askAsSelf(bool (*question)() noexcept) noexcept {
     RevertToSelf();
     if (impersonated && !SetThreadToken(nullptr, impersonated.get())) {
         const int error = static_cast<int>(GetLastError());
-        detail::contained(L"IsAdmin", [error] {
+        detail::runNoThrow(L"IsAdmin", [error] {
             BaseString<wchar_t> text;
             Exception::warn(L"IsAdmin: SetThreadToken failed: %ls", util::FormatErrorMsg(error, text));
         });

@@ -163,7 +163,7 @@ void* ObtainAccessableFileMapping(void* file, unsigned long protection, unsigned
 void* ObtainAccessableFileMappingEx(const wchar_t* fileName, unsigned long protection, unsigned long desiredAccess,
                                     unsigned long sizeHigh, unsigned long sizeLow, const wchar_t* mappingName,
                                     bool* fileCreated, bool* mappingCreated) {
-    return detail::guarded(L"Accessable", L"ObtainAccessableFileMappingEx", [&] {
+    return detail::runRethrowing(L"Accessable", L"ObtainAccessableFileMappingEx", [&] {
         const MappingKind kind{protection, desiredAccess, sizeHigh, sizeLow, mappingName};
         try {
             bool unused[2];

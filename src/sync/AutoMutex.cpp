@@ -58,15 +58,15 @@ AutoMutex::AutoMutex(const wchar_t* name, bool lockNow, bool flag) try : m_flag(
         lock(kLockTimeoutMs, true);
     }
 } catch (...) {
-    detail::passOn(ClassName, L"AutoMutex()");
+    detail::rethrowWithRecord(ClassName, L"AutoMutex()");
 }
 
 AutoMutex::~AutoMutex() noexcept(false) {
-    detail::guardedDestructor(ClassName, [this] { terminate(); });
+    detail::runDestructor(ClassName, [this] { terminate(); });
 }
 
 bool AutoMutex::initialize(const wchar_t* name, bool flag) {
-    return detail::guarded(ClassName, L"initialize", [&] {
+    return detail::runRethrowing(ClassName, L"initialize", [&] {
         if (!name) {
             throw Exception(L"AutoMutex::initialize: Name required for mutex");
         }
@@ -86,7 +86,7 @@ bool AutoMutex::initialize(const wchar_t* name, bool flag) {
 }
 
 bool AutoMutex::lock(unsigned int timeout, bool throwOnFailure, BaseString<wchar_t>* errorText) {
-    return detail::guarded(ClassName, L"lock", [&] {
+    return detail::runRethrowing(ClassName, L"lock", [&] {
         requireMutex(L"AutoMutex::lock: Mutex not initialized");
         const DWORD result = waitFor(timeout);
         if (result == WAIT_OBJECT_0) {
@@ -113,7 +113,7 @@ bool AutoMutex::lock(unsigned int timeout, bool throwOnFailure, BaseString<wchar
 }
 
 bool AutoMutex::tryLock() {
-    return detail::guarded(ClassName, L"tryLock", [this] {
+    return detail::runRethrowing(ClassName, L"tryLock", [this] {
         requireMutex(L"AutoMutex::lock: Mutex not initialized");
         if (waitFor(0) != WAIT_OBJECT_0) {
             return false;
@@ -124,7 +124,7 @@ bool AutoMutex::tryLock() {
 }
 
 void AutoMutex::unlock() {
-    detail::guarded(ClassName, L"unlock", [this] {
+    detail::runRethrowing(ClassName, L"unlock", [this] {
         requireMutex(L"AutoMutex::unlock: Mutex not initialized");
         if (!detail::MutexAccess::isHeldByCaller(*this)) {
             return;
@@ -180,7 +180,7 @@ void AutoMutex::takeFromOtherThread() {
 }
 
 void AutoMutex::terminate() {
-    detail::guarded(ClassName, L"terminate", [this] {
+    detail::runRethrowing(ClassName, L"terminate", [this] {
         while (m_mutex && GetLockCount() >= 1) {
             if (GetLockingThreadID() != currentThread()) {
                 takeFromOtherThread();
@@ -199,7 +199,7 @@ int AutoMutex::GetLockCount() {
 }
 
 void AutoMutex::SetLockCount(bool increment) {
-    detail::guarded(ClassName, L"SetLockCount", [this, increment] {
+    detail::runRethrowing(ClassName, L"SetLockCount", [this, increment] {
         const Bookkeeping held(m_bookkeeping);
         const long long self = currentThread();
         if (m_lockingThreadId != 0 && m_lockingThreadId != self) {

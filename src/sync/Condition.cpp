@@ -30,15 +30,15 @@ const wchar_t* const Condition::ClassName = L"Condition";
 
 // cppcheck-suppress constParameter; waiters unlock and lock it
 Condition::Condition(ForcedCriticalSection& lock) try : m_lock(lock) { createCondition(); } catch (...) {
-    detail::passOn(ClassName, L"Condition()");
+    detail::rethrowWithRecord(ClassName, L"Condition()");
 }
 
 Condition::~Condition() noexcept(false) {
-    detail::guardedDestructor(ClassName, [this] { closeCondition(); });
+    detail::runDestructor(ClassName, [this] { closeCondition(); });
 }
 
 void Condition::createCondition() {
-    detail::guarded(ClassName, L"createCondition", [this] {
+    detail::runRethrowing(ClassName, L"createCondition", [this] {
         m_event = detail::KernelHandle(CreateEventW(nullptr, FALSE, FALSE, nullptr));
         if (!m_event) {
             detail::throwFailure(L"Failed to create condition.");
@@ -47,15 +47,15 @@ void Condition::createCondition() {
 }
 
 void Condition::closeCondition() {
-    detail::guarded(ClassName, L"closeCondition", [this] { m_event.close(); });
+    detail::runRethrowing(ClassName, L"closeCondition", [this] { m_event.close(); });
 }
 
 void Condition::signal() {
-    detail::guarded(ClassName, L"signal", [this] { detail::setEvent(m_event); });
+    detail::runRethrowing(ClassName, L"signal", [this] { detail::setEvent(m_event); });
 }
 
 void Condition::broadcast() {
-    detail::guarded(ClassName, L"broadcast", [this] {
+    detail::runRethrowing(ClassName, L"broadcast", [this] {
         constexpr int kPauseMs = 10;
         const Guard held(m_broadcastLock);
         // The event is auto-reset: each signal releases one thread, which needs a moment to leave.
@@ -67,7 +67,7 @@ void Condition::broadcast() {
 }
 
 bool Condition::wait(int timeout) {
-    return detail::guarded(ClassName, L"wait", [this, timeout] {
+    return detail::runRethrowing(ClassName, L"wait", [this, timeout] {
         const UnGuard left(m_lock);
         { const Guard notDuringABroadcast(m_broadcastLock); }
         const Waiter counted(m_waiters);

@@ -29,11 +29,11 @@ NamedCondition::NamedCondition(const wchar_t* name) {
 }
 
 NamedCondition::~NamedCondition() noexcept(false) {
-    detail::guardedDestructor(ClassName, [this] { closeCondition(); });
+    detail::runDestructor(ClassName, [this] { closeCondition(); });
 }
 
 void NamedCondition::createCondition(const wchar_t* name) {
-    detail::guarded(ClassName, L"createCondition", [this, name] {
+    detail::runRethrowing(ClassName, L"createCondition", [this, name] {
         constexpr int kRetries = 10;
         constexpr int kSleepMs = 50;
         m_name = name;
@@ -46,16 +46,16 @@ void NamedCondition::createCondition(const wchar_t* name) {
 }
 
 void NamedCondition::closeCondition() {
-    detail::guarded(ClassName, L"closeCondition", [this] { m_event.close(); });
+    detail::runRethrowing(ClassName, L"closeCondition", [this] { m_event.close(); });
 }
 
 void NamedCondition::signal() {
-    detail::guarded(ClassName, L"signal", [this] { detail::setEvent(m_event); });
+    detail::runRethrowing(ClassName, L"signal", [this] { detail::setEvent(m_event); });
 }
 
 bool NamedCondition::wait(int timeout) {
-    return detail::guarded(ClassName, L"wait",
-                           [this, timeout] { return m_event && detail::waitForEvent(m_event, timeout); });
+    return detail::runRethrowing(ClassName, L"wait",
+                                 [this, timeout] { return m_event && detail::waitForEvent(m_event, timeout); });
 }
 
 static_assert(sizeof(NamedCondition) == 24);

@@ -14,7 +14,7 @@ constexpr const wchar_t* kClass = L"vorel::util";
 }  // namespace
 
 const wchar_t* FormatErrorMsg(int code, BaseString<wchar_t>& text) {
-    return detail::guarded(kClass, L"FormatErrorMsg", [&] {
+    return detail::runRethrowing(kClass, L"FormatErrorMsg", [&] {
         if (code == 0) {
             text = L"No Error";
         } else {
@@ -29,7 +29,7 @@ const wchar_t* FormatErrorMsg(int code, BaseString<wchar_t>& text) {
 
 bool GetLastErrorMsg(BaseString<wchar_t>& text) {
     const DWORD code = GetLastError();
-    return detail::guarded(kClass, L"GetLastErrorMsg", [&] {
+    return detail::runRethrowing(kClass, L"GetLastErrorMsg", [&] {
         if (code == 0) {
             return false;
         }

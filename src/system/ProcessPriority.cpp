@@ -19,8 +19,8 @@ DWORD systemClassOf(ProcessPriorityClass priority) noexcept {
 }  // namespace
 
 void SetProcessPriority(ProcessPriorityClass priority, int) {
-    detail::guarded(L"vorel::util", L"SetProcessPriority",
-                    [=] { SetPriorityClass(GetCurrentProcess(), systemClassOf(priority)); });
+    detail::runRethrowing(L"vorel::util", L"SetProcessPriority",
+                          [=] { SetPriorityClass(GetCurrentProcess(), systemClassOf(priority)); });
 }
 
 }  // namespace vorel::util

@@ -12,7 +12,7 @@ namespace vorel::util {
 
 namespace {
 
-using detail::guarded;
+using detail::runRethrowing;
 
 constexpr const wchar_t* kClass = L"vorel::util";
 constexpr unsigned long long kTimeTextBytes = 26;
@@ -29,7 +29,7 @@ void checkTimeBuffer(const char* buffer, unsigned long long size) {
 }  // namespace
 
 std::tm* localtime(const long long* time, std::tm* result) {
-    return guarded(kClass, L"localtime", [=] {
+    return runRethrowing(kClass, L"localtime", [=] {
         if (!result) {
             throw Exception(L"pLocalTime is null");
         }
@@ -40,7 +40,7 @@ std::tm* localtime(const long long* time, std::tm* result) {
 }
 
 std::tm* gmtime(const long long* time, std::tm* result) {
-    return guarded(kClass, L"gmtime", [=] {
+    return runRethrowing(kClass, L"gmtime", [=] {
         if (!result) {
             throw Exception(L"pGMTime is null");
         }
@@ -51,7 +51,7 @@ std::tm* gmtime(const long long* time, std::tm* result) {
 }
 
 char* asctime(const std::tm* time, char* buffer, unsigned long long size) {
-    return guarded(kClass, L"asctime", [=] {
+    return runRethrowing(kClass, L"asctime", [=] {
         checkTimeBuffer(buffer, size);
         std::tm now = {};
         if (!time) {
@@ -66,7 +66,7 @@ char* asctime(const std::tm* time, char* buffer, unsigned long long size) {
 }
 
 char* ctime(const long long* time, char* buffer, unsigned long long size) {
-    return guarded(kClass, L"ctime", [=] {
+    return runRethrowing(kClass, L"ctime", [=] {
         checkTimeBuffer(buffer, size);
         const platform::IgnoreInvalidParameters silent;
         _ctime64_s(buffer, size, time);
@@ -75,11 +75,11 @@ char* ctime(const long long* time, char* buffer, unsigned long long size) {
 }
 
 unsigned long long getmicrotime() {
-    return guarded(kClass, L"getmicrotime", [] { return algorithms::unixMicroseconds(platform::fileTimeNow()); });
+    return runRethrowing(kClass, L"getmicrotime", [] { return algorithms::unixMicroseconds(platform::fileTimeNow()); });
 }
 
 unsigned long long getMillisecondsUTC() {
-    return guarded(kClass, L"getMillisecondsUTC", [] { return platform::millisecondsUtc(); });
+    return runRethrowing(kClass, L"getMillisecondsUTC", [] { return platform::millisecondsUtc(); });
 }
 
 unsigned long long getMillisecondCount() noexcept {

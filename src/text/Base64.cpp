@@ -81,31 +81,35 @@ bool Base64::initializeBase64Tables() noexcept {
 }
 
 void Base64::Encode(const Array<unsigned char>& bytes, BaseString<char>& text) {
-    detail::guarded(L"Base64", L"Encode(char)",
-                    [&] { encode(bytes.data(), bytes.size(), base64encode, base64pad, text); });
+    detail::runRethrowing(L"Base64", L"Encode(char)",
+                          [&] { encode(bytes.data(), bytes.size(), base64encode, base64pad, text); });
 }
 
 void Base64::Encode(const Array<unsigned char>& bytes, BaseString<wchar_t>& text) {
-    detail::guarded(L"Base64", L"Encode(wchar_t)",
-                    [&] { encode(bytes.data(), bytes.size(), base64encode, base64pad, text); });
+    detail::runRethrowing(L"Base64", L"Encode(wchar_t)",
+                          [&] { encode(bytes.data(), bytes.size(), base64encode, base64pad, text); });
 }
 
 void Base64::EncodeRange(const unsigned char* data, unsigned int start, unsigned int count, BaseString<char>& text) {
-    detail::guarded(L"Base64", L"EncodeRange(CString)",
-                    [&] { encode(data ? data + start : nullptr, data ? count : 0, base64encode, base64pad, text); });
+    detail::runRethrowing(L"Base64", L"EncodeRange(CString)", [&] {
+        encode(data ? data + start : nullptr, data ? count : 0, base64encode, base64pad, text);
+    });
 }
 
 void Base64::EncodeRange(const unsigned char* data, unsigned int start, unsigned int count, BaseString<wchar_t>& text) {
-    detail::guarded(L"Base64", L"EncodeRange(String)",
-                    [&] { encode(data ? data + start : nullptr, data ? count : 0, base64encode, base64pad, text); });
+    detail::runRethrowing(L"Base64", L"EncodeRange(String)", [&] {
+        encode(data ? data + start : nullptr, data ? count : 0, base64encode, base64pad, text);
+    });
 }
 
 int Base64::Decode(const char* text, Array<unsigned char>& bytes) {
-    return detail::guarded(L"Base64", L"Decode(char)", [&] { return decode(text, base64decode, base64pad, bytes); });
+    return detail::runRethrowing(L"Base64", L"Decode(char)",
+                                 [&] { return decode(text, base64decode, base64pad, bytes); });
 }
 
 int Base64::Decode(const wchar_t* text, Array<unsigned char>& bytes) {
-    return detail::guarded(L"Base64", L"Decode(wchar_t)", [&] { return decode(text, base64decode, base64pad, bytes); });
+    return detail::runRethrowing(L"Base64", L"Decode(wchar_t)",
+                                 [&] { return decode(text, base64decode, base64pad, bytes); });
 }
 
 }  // namespace vorel::util

@@ -22,7 +22,7 @@ namespace {
 
 using algorithms::nameHash;
 using detail::CodePageState;
-using detail::guarded;
+using detail::runRethrowing;
 
 constexpr wchar_t kClass[] = L"iconv";
 constexpr int kFailed = -1;
@@ -59,7 +59,7 @@ private:
 
 /// Fills the map of names if it is empty. The caller holds the code-map lock.
 void fillCodeMap(CodePageState& state) {
-    guarded(kClass, L"FillCodeMap", [&] {
+    runRethrowing(kClass, L"FillCodeMap", [&] {
         const Guard<AutoCriticalSection> held(state.codeMapLock);
         auto& map = state.codePageNames;
         if (map.size() != 0) {
@@ -135,7 +135,7 @@ bool fitsSystemCall(std::size_t input, std::size_t output) noexcept {
 }  // namespace
 
 int iconv_open(const char* to, const char* from) {
-    return guarded(kClass, L"iconv_open", [&] {
+    return runRethrowing(kClass, L"iconv_open", [&] {
         const unsigned int page = codePageOf(from ? from : to);
         const Converter converter(from ? 0 : page, from ? page : 0);
         if (converter.handle() == 0) {
@@ -149,7 +149,7 @@ int iconv_open(const char* to, const char* from) {
 }
 
 int iconv_open_codepage(int to, int from) {
-    return guarded(kClass, L"iconv_open_codepage", [&] {
+    return runRethrowing(kClass, L"iconv_open_codepage", [&] {
         const Converter converter(static_cast<unsigned int>(to), static_cast<unsigned int>(from));
         const bool isCut = (to != 0 && converter.to == 0) || (from != 0 && converter.from == 0);
         if (converter.handle() == 0 || (isCut && !isUsable(CP_ACP))) {
@@ -173,7 +173,7 @@ int iconv_close(int converter) noexcept {
 void iconv_reset(int) noexcept {}
 
 std::size_t iconv_to_wc(int converter, const char* text, std::size_t bytes, wchar_t* out, std::size_t capacity) {
-    return guarded(kClass, L"iconv_to_wc", [&] {
+    return runRethrowing(kClass, L"iconv_to_wc", [&] {
         const unsigned int page = Converter(converter).from;
         if (page == 0 || page == kNoCodePage) {
             return failWith(EBADF);
@@ -193,7 +193,7 @@ std::size_t iconv_to_wc(int converter, const char* text, std::size_t bytes, wcha
 
 std::size_t iconv_from_wc(int converter, const wchar_t* text, std::size_t units, char* out, std::size_t capacity,
                           bool* defaultUsed) {
-    return guarded(kClass, L"iconv_from_wc", [&] {
+    return runRethrowing(kClass, L"iconv_from_wc", [&] {
         const unsigned int page = Converter(converter).to;
         if (page == 0 || page == kNoCodePage) {
             return failWith(EBADF);
@@ -215,7 +215,7 @@ std::size_t iconv_from_wc(int converter, const wchar_t* text, std::size_t units,
 }
 
 bool iconv_isCheckDefaultValid(int codePage) {
-    return guarded(kClass, L"CheckDefaultParamIsValid", [&] {
+    return runRethrowing(kClass, L"CheckDefaultParamIsValid", [&] {
         char byte = 0;
         BOOL used = FALSE;
         const int written =
@@ -225,7 +225,7 @@ bool iconv_isCheckDefaultValid(int codePage) {
 }
 
 int iconv_getCodePage(const char* name) {
-    return guarded(kClass, L"iconv_getCodePage", [&] {
+    return runRethrowing(kClass, L"iconv_getCodePage", [&] {
         const unsigned int page = codePageOf(name);
         return page != 0 && isUsable(page) ? static_cast<int>(page) : kFailed;
     });

@@ -60,13 +60,15 @@ int Hex::Decode(const BaseString<wchar_t>& text, Array<unsigned char>& bytes) {
 }
 
 void byteArrayToHexString(const Array<unsigned char>& bytes, BaseString<char>& text, bool upperCase) {
-    detail::guarded(L"vorel::util", L"byteArrayToHexString",
-                    [&] { encode(bytes, upperCase ? algorithms::HexCase::Upper : algorithms::HexCase::Lower, text); });
+    detail::runRethrowing(L"vorel::util", L"byteArrayToHexString", [&] {
+        encode(bytes, upperCase ? algorithms::HexCase::Upper : algorithms::HexCase::Lower, text);
+    });
 }
 
 void byteArrayToHexString(const Array<unsigned char>& bytes, BaseString<wchar_t>& text, bool upperCase) {
-    detail::guarded(L"vorel::util", L"byteArrayToHexString",
-                    [&] { encode(bytes, upperCase ? algorithms::HexCase::Upper : algorithms::HexCase::Lower, text); });
+    detail::runRethrowing(L"vorel::util", L"byteArrayToHexString", [&] {
+        encode(bytes, upperCase ? algorithms::HexCase::Upper : algorithms::HexCase::Lower, text);
+    });
 }
 
 void hexStringToByteArray(const char* text, Array<unsigned char>& bytes) {

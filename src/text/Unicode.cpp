@@ -21,8 +21,8 @@ namespace vorel::util {
 namespace {
 
 using algorithms::Surrogates;
-using detail::guarded;
 using detail::replacing;
+using detail::runRethrowing;
 using Reader = algorithms::Utf8Reader;
 
 constexpr unsigned int kUnitsPerBlock = 450;
@@ -84,7 +84,7 @@ bool decodeShort(BaseString<wchar_t>& output, const unsigned char* input, int le
 
 /// Not inlined, so that short texts do not pay for its setup.
 [[gnu::noinline]] bool decode(BaseString<wchar_t>& output, const unsigned char* input, int length, bool throwOnError) {
-    return guarded(L"vorel::util::ConvertUTF8toString", [&] {
+    return runRethrowing(L"vorel::util::ConvertUTF8toString", [&] {
         if (!input) {
             output.clear();
             return true;
@@ -177,7 +177,7 @@ bool encodeShort(BaseString<char>& output, const wchar_t* input, int length) noe
 }
 
 void encodeLong(BaseString<char>& output, const wchar_t* input, int length) {
-    guarded(L"vorel::util::ConvertStringtoUTF8", [&] {
+    runRethrowing(L"vorel::util::ConvertStringtoUTF8", [&] {
         if (!input) {
             output.clear();
             return;
@@ -189,7 +189,7 @@ void encodeLong(BaseString<char>& output, const wchar_t* input, int length) {
 }
 
 void readUtf16(BaseString<wchar_t>& output, const unsigned char* input, int length) {
-    guarded(L"vorel::util::ConvertUTF16toString", [&] {
+    runRethrowing(L"vorel::util::ConvertUTF16toString", [&] {
         output.clear();
         if (!input || length == 0) {
             return;
@@ -230,7 +230,7 @@ bool ConvertUTF8toString(BaseString<wchar_t>& output, const char* input, int len
 
 bool ConvertUTF8toString(wchar_t* output, unsigned int size, const unsigned char* input, int length,
                          bool throwOnError) {
-    return guarded(L"vorel::util::ConvertUTF8toString", [&] {
+    return runRethrowing(L"vorel::util::ConvertUTF8toString", [&] {
         const unsigned int capacity = size != 0 ? size - 1 : 0;
         Reader reader(input ? input : bytesOf(""), length);
         SeparateUnits out(output, size, input);
@@ -250,7 +250,7 @@ bool ConvertUTF8toString(wchar_t* output, unsigned int size, const unsigned char
 }
 
 void ConvertStringtoUTF8(const wchar_t* input, Array<unsigned char>& output, bool appendZero, int length) {
-    guarded(L"vorel::util::ConvertStringtoUTF8", [&] {
+    runRethrowing(L"vorel::util::ConvertStringtoUTF8", [&] {
         if (!input) {
             output.clear();
             return;
@@ -295,11 +295,11 @@ void ConvertStringtoUTF16(const wchar_t* input, Array<unsigned char>& output, bo
         output.setCount(static_cast<unsigned int>(units * sizeof(wchar_t)));
         algorithms::writeUtf16Bytes(input, units, littleEndian, output.data());
     };
-    guarded(L"vorel::util::ConvertStringtoUTF16", [&] { replacing(output, input, write); });
+    runRethrowing(L"vorel::util::ConvertStringtoUTF16", [&] { replacing(output, input, write); });
 }
 
 void EncodeAndAppendToBuffer(const wchar_t* input, Array<unsigned char>& output) {
-    guarded(L"vorel::util::EncodeAndAppendToBuffer", [&] {
+    runRethrowing(L"vorel::util::EncodeAndAppendToBuffer", [&] {
         if (!input) {
             return;
         }

@@ -106,7 +106,7 @@ unsigned int slotsFor(const T* text, int maxTokens) noexcept {
 
 template <class T>
 int tokenize(T* text, const T* delimiter, Array<T*>& tokens, int maxTokens) {
-    return detail::guarded(L"vorel::util", L"tokenizeString", [=, &tokens] {
+    return detail::runRethrowing(L"vorel::util", L"tokenizeString", [=, &tokens] {
         // Read before any write: the delimiter may be part of the text.
         const T cut = delimiter ? *delimiter : T{};
         tokens.clear();

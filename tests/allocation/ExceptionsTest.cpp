@@ -143,11 +143,11 @@ void rethrownByDestructor(Attempt& attempt) {
 
 void thrownThroughAFrame(Attempt& attempt) {
     expectRethrown(attempt, {L"vorel::util::run: Vorel exception rethrown"},
-                   [](Exception& e) { vorel::detail::guarded(L"vorel::util::run", [&] { e.rethrow(); }); });
+                   [](Exception& e) { vorel::detail::runRethrowing(L"vorel::util::run", [&] { e.rethrow(); }); });
 }
 
 void severeErrorInAFrame(Attempt& attempt) {
-    attempt.perform([] { vorel::detail::guarded(L"Parser", L"run", [] { throw 7; }); });
+    attempt.perform([] { vorel::detail::runRethrowing(L"Parser", L"run", [] { throw 7; }); });
     attempt.expectThrown(typeid(Exception).name(), {L"Parser::run: Severe error thrown"});
 }
 

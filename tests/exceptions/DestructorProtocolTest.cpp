@@ -55,11 +55,11 @@ void runWhileUnwinding(const Action& action) {
 }
 
 void destroyWithTimeout() {
-    detail::guardedDestructor(L"Parser", [] { throw TimeoutException(L"late"); });
+    detail::runDestructor(L"Parser", [] { throw TimeoutException(L"late"); });
 }
 
 void destroyWithSevereError() {
-    detail::guardedDestructor(L"Parser", [] { throw 5; });
+    detail::runDestructor(L"Parser", [] { throw 5; });
 }
 
 TEST(DestructorProtocol, OutsideOfUnwindingAFailureIsRethrownAsItsClass) {
@@ -89,7 +89,7 @@ TEST(DestructorProtocol, WhileUnwindingASevereErrorIsRecordedAndSuppressed) {
 
 TEST(DestructorProtocol, WithoutAFailureTheFrameDoesNothing) {
     const TemporaryLog log;
-    const Action end = [] { detail::guardedDestructor(L"Parser", [] {}); };
+    const Action end = [] { detail::runDestructor(L"Parser", [] {}); };
     runInDestructor(end);
     runWhileUnwinding(end);
     EXPECT_FALSE(log.exists());

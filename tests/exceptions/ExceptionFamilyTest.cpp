@@ -195,7 +195,7 @@ public:
 };
 
 TEST(ExceptionFamily, DerivedClassOfAProgramPassesTheLibraryUnsliced) {
-    expectThrows<OwnException>([] { vorel::detail::guarded(L"Own", L"run", [] { throw OwnException(); }); },
+    expectThrows<OwnException>([] { vorel::detail::runRethrowing(L"Own", L"run", [] { throw OwnException(); }); },
                                {L"own", L"Own::run: Vorel exception rethrown"});
 }
 

@@ -173,8 +173,8 @@ TEST(Protocol, LocationsMayContainPercentSignsAndHaveAnyLength) {
 TEST(Protocol, EachFrameAddsARecord) {
     const TemporaryLog log;
     const auto innermost = [] { detail::throwFailure(L"100% broken"); };
-    const auto inner = [&] { detail::guarded(L"vorel::util::inner", innermost); };
-    const auto outer = [&] { detail::guarded(L"Outer", L"run", inner); };
+    const auto inner = [&] { detail::runRethrowing(L"vorel::util::inner", innermost); };
+    const auto outer = [&] { detail::runRethrowing(L"Outer", L"run", inner); };
     expectThrows<Exception>(outer, {L"100% broken", L"vorel::util::inner: Vorel exception rethrown",
                                     L"Outer::run: Vorel exception rethrown"});
     EXPECT_EQ(log.messages(),
@@ -184,26 +184,26 @@ TEST(Protocol, EachFrameAddsARecord) {
 
 TEST(Protocol, FrameReturnsTheResult) {
     int value = 7;
-    EXPECT_EQ(detail::guarded(L"f", [] { return 5; }), 5);
-    EXPECT_EQ(&detail::guarded(L"C", L"f", [&]() -> int& { return value; }), &value);
+    EXPECT_EQ(detail::runRethrowing(L"f", [] { return 5; }), 5);
+    EXPECT_EQ(&detail::runRethrowing(L"C", L"f", [&]() -> int& { return value; }), &value);
 }
 
 TEST(Protocol, FrameConvertsOtherExceptionsToSevereErrors) {
     for (const std::function<void()>& fail : {std::function<void()>([] { throw 5; }), std::function<void()>([] {
                                                   throw std::runtime_error("not of the library");
                                               })}) {
-        expectThrows<Exception>([&] { detail::guarded(L"load", fail); }, {L"load: Severe error thrown"});
-        expectThrows<Exception>([&] { detail::guarded(L"Parser", L"run", fail); },
+        expectThrows<Exception>([&] { detail::runRethrowing(L"load", fail); }, {L"load: Severe error thrown"});
+        expectThrows<Exception>([&] { detail::runRethrowing(L"Parser", L"run", fail); },
                                 {L"Parser::run: Severe error thrown"});
     }
 }
 
 TEST(Protocol, ContainingFrameSwallowsEveryException) {
     const TemporaryLog log;
-    detail::contained(L"load", [] {});
+    detail::runNoThrow(L"load", [] {});
     EXPECT_FALSE(log.exists());
-    detail::contained(L"load", [] { throw TimeoutException(L"late"); });
-    detail::contained(L"load", [] { throw 5; });
+    detail::runNoThrow(L"load", [] { throw TimeoutException(L"late"); });
+    detail::runNoThrow(L"load", [] { throw 5; });
     EXPECT_EQ(log.messages(), (Texts{"Vorel Error: late", "Vorel Error: load: Vorel exception caught",
                                      "Vorel Error: load: Severe error caught"}));
 }

@@ -74,16 +74,16 @@ TEST_F(VorellogTest, ShowsAllLinesOfSeveralProcesses) {
 }
 
 TEST_F(VorellogTest, FoldsATrailOfTheLibrary) {
-    using vorel::detail::contained;
-    using vorel::detail::guarded;
+    using vorel::detail::runNoThrow;
+    using vorel::detail::runRethrowing;
     const auto fail = [] {
         Exception failure(L"line %d is not a number", 7);
         failure.appendMessage(L"in %ls", L"orders.txt");
         throw failure;  // NOLINT(misc-throw-by-value-catch-by-reference): constructed before the throw
     };
-    contained(L"import", [&] { guarded(L"Parser", L"run", fail); });
+    runNoThrow(L"import", [&] { runRethrowing(L"Parser", L"run", fail); });
     Exception::warn("done");
-    contained(L"again", [] { throw 5; });
+    runNoThrow(L"again", [] { throw 5; });
 
     const Captured shown = view({L"--fold"});
     EXPECT_EQ(shown.exitCode, 0u);
@@ -147,7 +147,7 @@ TEST_F(VorellogTest, MarksTheLineOfAKilledWriter) {
 TEST_F(VorellogTest, MarksForgedRecords) {
     const std::string forged = header(7) + "Vorel Error: g: Vorel exception caught";
     const Exception failure(L"line %hs is not a number", forged.c_str());
-    vorel::detail::contained(L"import", [&] { throw Exception(failure); });
+    vorel::detail::runNoThrow(L"import", [&] { throw Exception(failure); });
     const Captured damaged = view({L"--damaged"});
     EXPECT_THAT(linesOf(damaged.output),
                 ElementsAre(AllOf(::testing::StartsWith("(cut) ["), ::testing::EndsWith("Vorel Error: line ")),

@@ -48,7 +48,7 @@ public:
     /// \throws the first failure of an element's destructor, with the record "Array::~Array: Vorel exception rethrown",
     ///         or Exception "Array::~Array: Severe error thrown" if it is not an Exception.
     ~Array() noexcept(false) {
-        detail::guardedDestructor(L"Array", [this] { release(); });
+        detail::runDestructor(L"Array", [this] { release(); });
     }
 
     /// Replaces the elements by deep copies. The storage is kept if it is large enough; otherwise it grows to the count

@@ -24,7 +24,7 @@ public:
     explicit Guard(Lock& lock) : m_lock(&lock), m_held(lock.lock(kTimeoutMs, true)) {}
 
     ~Guard() noexcept(false) {
-        detail::guardedDestructor(L"Guard", [this] {
+        detail::runDestructor(L"Guard", [this] {
             if (m_held) {
                 m_held = false;
                 m_lock->unlock();
@@ -53,7 +53,7 @@ public:
     }
 
     ~UnGuard() noexcept(false) {
-        detail::guardedDestructor(L"UnGuard", [this] { m_held = m_lock->lock(kTimeoutMs, true); });
+        detail::runDestructor(L"UnGuard", [this] { m_held = m_lock->lock(kTimeoutMs, true); });
     }
 
     UnGuard(const UnGuard&) = delete;

@@ -152,7 +152,7 @@ public:
 
     /// Releases every node, then reports the first failure by the rules for destructors that may throw.
     ~HashMap() noexcept(false) {
-        detail::guardedDestructor(L"HashMap", [this] { clear(); });
+        detail::runDestructor(L"HashMap", [this] { clear(); });
     }
 
     /// The number of entries, and the number of buckets.

@@ -3,7 +3,7 @@
 /// raise. Both are only declared here, so that the core headers include nothing from the layers above. They are defined
 /// with the exception classes.
 ///
-///     return detail::guarded(L"vorel::util", L"gmtime", [&] { … });
+///     return detail::runRethrowing(L"vorel::util", L"gmtime", [&] { … });
 ///
 /// If a library exception leaves the body, it gets the record "vorel::util::gmtime: Vorel exception rethrown" and is
 /// rethrown with its dynamic type. Any other exception becomes a new `Exception` "vorel::util::gmtime: Severe error
@@ -28,40 +28,40 @@ namespace vorel::detail {
 
 /// The handlers of the functions below. Call them only while an exception is handled; they find out whether it is an
 /// exception of the library.
-[[noreturn]] VOREL_API void passOn(const wchar_t* location);
-[[noreturn]] VOREL_API void passOn(const wchar_t* className, const wchar_t* operation);
-VOREL_API void passOnFromDestructor(const wchar_t* className);
-VOREL_API void contain(const wchar_t* location) noexcept;
+[[noreturn]] VOREL_API void rethrowWithRecord(const wchar_t* location);
+[[noreturn]] VOREL_API void rethrowWithRecord(const wchar_t* className, const wchar_t* operation);
+VOREL_API void rethrowFromDestructor(const wchar_t* className);
+VOREL_API void logAndSwallow(const wchar_t* location) noexcept;
 
 /// Runs `body` and returns its result. A failure is recorded under the name of the class and its operation, and
 /// rethrown.
 template <class Body>
-decltype(auto) guarded(const wchar_t* className, const wchar_t* operation, Body&& body) {
+decltype(auto) runRethrowing(const wchar_t* className, const wchar_t* operation, Body&& body) {
     try {
         return std::forward<Body>(body)();
     } catch (...) {
-        passOn(className, operation);
+        rethrowWithRecord(className, operation);
     }
 }
 
 /// Runs `body` and returns its result. A failure is recorded under the name of the free function, and rethrown.
 template <class Body>
-decltype(auto) guarded(const wchar_t* location, Body&& body) {
+decltype(auto) runRethrowing(const wchar_t* location, Body&& body) {
     try {
         return std::forward<Body>(body)();
     } catch (...) {
-        passOn(location);
+        rethrowWithRecord(location);
     }
 }
 
 /// Runs the body of a destructor. A failure is recorded. It is swallowed while another exception unwinds the stack, and
 /// rethrown otherwise.
 template <class Body>
-void guardedDestructor(const wchar_t* className, Body&& body) {
+void runDestructor(const wchar_t* className, Body&& body) {
     try {
         std::forward<Body>(body)();
     } catch (...) {
-        passOnFromDestructor(className);
+        rethrowFromDestructor(className);
     }
 }
 
@@ -74,7 +74,7 @@ void releaseAll(const wchar_t* className, ReleaseNext&& releaseNext) {
     struct Remaining {
         ~Remaining() {
             while (hasMore) {
-                guardedDestructor(className, [this] { hasMore = releaseNext(); });
+                runDestructor(className, [this] { hasMore = releaseNext(); });
             }
         }
 
@@ -89,11 +89,11 @@ void releaseAll(const wchar_t* className, ReleaseNext&& releaseNext) {
 
 /// Runs `body` in an operation that must not throw. A failure is recorded in the log and swallowed.
 template <class Body>
-void contained(const wchar_t* location, Body&& body) noexcept {
+void runNoThrow(const wchar_t* location, Body&& body) noexcept {
     try {
         std::forward<Body>(body)();
     } catch (...) {
-        contain(location);
+        logAndSwallow(location);
     }
 }
 
