@@ -4,7 +4,7 @@
 #include "flat/Input.h"
 #include "vorel/values/Comparing.h"
 
-using vorel::flat::ArgumentError;
+using vorel::flat::checkFlags;
 using vorel::flat::guardedCall;
 using vorel::flat::notNull;
 using vorel::flat::sameValue;
@@ -30,9 +30,7 @@ vorel_status vorel_compare(const vorel_char16* a, size_t aLength, const vorel_ch
         int32_t& result = notNull(order);
         const WideText first(a, aLength);
         const WideText second(b, bLength);
-        if ((flags & ~kFlags) != 0) {
-            throw ArgumentError{VOREL_ERROR_INVALID_ARGUMENT, L"A flag is unknown"};
-        }
+        checkFlags(flags, kFlags);
         const int sign = util::strcmpAdvanced(first.c_str(), second.c_str(), static_cast<util::strcmpAdvFlag>(flags));
         result = int32_t{sign > 0} - int32_t{sign < 0};
         return vorel_status{VOREL_OK};

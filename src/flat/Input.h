@@ -41,6 +41,13 @@ std::size_t checkedCount(const Unit* input, std::size_t count) {
     return count;
 }
 
+/// \throws ArgumentError for flags that are not `known`.
+inline void checkFlags(uint32_t flags, uint32_t known) {
+    if ((flags & ~known) != 0) {
+        throw ArgumentError{VOREL_ERROR_INVALID_ARGUMENT, L"A flag is unknown"};
+    }
+}
+
 enum class Zeros {
     Rejected,
     Allowed,

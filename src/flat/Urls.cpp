@@ -10,6 +10,7 @@
 using vorel::Array;
 using vorel::BaseString;
 using vorel::flat::ArgumentError;
+using vorel::flat::checkFlags;
 using vorel::flat::fail;
 using vorel::flat::guardedCall;
 using vorel::flat::sameValue;
@@ -22,12 +23,6 @@ static_assert(sameValue(VOREL_URL_PATH, vorel::util::UrlPath));
 static_assert(sameValue(VOREL_URL_PATH_SEGMENT, vorel::util::UrlPathSegment));
 static_assert(sameValue(VOREL_URL_QUERY, vorel::util::UrlQuery));
 static_assert(sameValue(VOREL_URL_QUERY_PARAMETER, vorel::util::UrlQueryParameter));
-
-void checkFlags(uint32_t flags, uint32_t known) {
-    if ((flags & ~known) != 0) {
-        throw ArgumentError{VOREL_ERROR_INVALID_ARGUMENT, L"A flag is unknown"};
-    }
-}
 
 }  // namespace
 

@@ -10,6 +10,7 @@
 #include <iterator>
 
 #include "algorithms/NameHash.h"
+#include "text/ClearOnFailure.h"
 #include "text/CodePageNames.h"
 #include "text/CodePageState.h"
 #include "vorel/core/Guard.h"
@@ -38,25 +39,6 @@ int fail(int error) noexcept {
 
 // ---- Names ----------------------------------------------------------------------------------------------------------
 
-/// Empties the map if it could not be filled completely: a map with entries counts as complete.
-class ClearOnFailure {
-public:
-    explicit ClearOnFailure(CodePageState& state) noexcept : m_state(&state) {}
-    ~ClearOnFailure() {
-        if (m_state) {
-            m_state->codePageNames.clear();
-        }
-    }
-
-    ClearOnFailure(const ClearOnFailure&) = delete;
-    ClearOnFailure& operator=(const ClearOnFailure&) = delete;
-
-    void done() noexcept { m_state = nullptr; }
-
-private:
-    CodePageState* m_state;
-};
-
 /// Fills the map of names if it is empty. The caller holds the code-map lock.
 void fillCodeMap(CodePageState& state) {
     runRethrowing(kClass, L"FillCodeMap", [&] {
@@ -65,7 +47,7 @@ void fillCodeMap(CodePageState& state) {
         if (map.size() != 0) {
             return;
         }
-        ClearOnFailure filling(state);
+        text::ClearOnFailure filling(map);  // a map with entries counts as complete
         for (const text::CodePageName& row : text::kCodePageNames) {
             const std::uint32_t hash = nameHash(row.name);
             if (map.find(row.name, hash) == map.end()) {

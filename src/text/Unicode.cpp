@@ -12,6 +12,7 @@
 #include "algorithms/Utf8Streams.h"
 #include "core/HeldInputs.h"
 #include "core/StringAccess.h"
+#include "text/ClearOnFailure.h"
 #include "text/OutputTail.h"
 #include "vorel/core/Protocol.h"
 #include "vorel/exceptions/Exception.h"
@@ -149,26 +150,7 @@ void encode(const wchar_t* input, int length, Sink&& sink) {
         [&](auto out) { return write(out.data(), Block, out.size()); }, [&] { return writer.atEnd(); });
 }
 
-/// Clears a text if the conversion fails midway.
-class ClearOnFailure {
-public:
-    explicit ClearOnFailure(BaseString<char>& text) noexcept : m_text(&text) {}
-    ~ClearOnFailure() {
-        if (m_text) {
-            m_text->clear();
-        }
-    }
-
-    ClearOnFailure(const ClearOnFailure&) = delete;
-    ClearOnFailure& operator=(const ClearOnFailure&) = delete;
-
-    void done() noexcept { m_text = nullptr; }
-
-private:
-    BaseString<char>* m_text;
-};
-
-/// Encodes a short text that fits into the string's current buffer.
+/// Encodes a short text that fits into the string's present buffer.
 bool encodeShort(BaseString<char>& output, const wchar_t* input, int length) noexcept {
     auto* const out = reinterpret_cast<unsigned char*>(output.data());
     return input && output.capacity() != 0 &&
@@ -182,7 +164,7 @@ void encodeLong(BaseString<char>& output, const wchar_t* input, int length) {
             output.clear();
             return;
         }
-        ClearOnFailure result(output);
+        text::ClearOnFailure result(output);
         encode<Surrogates::Paired, kEncodedBlock>(input, length, text::StringSink(output));
         result.done();
     });
