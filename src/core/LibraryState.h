@@ -16,6 +16,7 @@ template <class T>
 class StateObject {
 public:
     constexpr StateObject() noexcept = default;
+    ~StateObject() = default;
     StateObject(const StateObject&) = delete;
     StateObject& operator=(const StateObject&) = delete;
 
