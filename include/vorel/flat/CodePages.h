@@ -13,7 +13,7 @@ extern "C" {
 /// system does not have the code page. Texts may contain zeros.
 /// \{
 
-/// Returns the number of the code page `name`, in any case. Does not check that the system has it.
+/// Returns the number of the code page `name`. Names are not case-sensitive. Does not check that the system has it.
 /// `VOREL_ERROR_UNKNOWN_NAME` if no code page has this name.
 ///
 ///     "latin1"  →  28591

@@ -30,7 +30,7 @@ VOREL_API vorel_status vorel_parse_hex32(const vorel_char16* text, size_t length
 /// of range becomes infinity or 0. Words such as "NaN" are not accepted.
 VOREL_API vorel_status vorel_parse_double(const vorel_char16* text, size_t length, double* value);
 
-/// One of true, false, yes, no, 0, 1, t, f, y, n in any case.
+/// One of true, false, yes, no, 0, 1, t, f, y, n, in upper or lower case.
 VOREL_API vorel_status vorel_parse_boolean(const vorel_char16* text, size_t length, int32_t* value);
 
 /// \}
