@@ -24,8 +24,8 @@ constexpr tools::Syntax kSyntax = {.command = L"tool command",
                                    .summary = L"does something",
                                    .options = kOptions,
                                    .operands = L"<first> [second]",
-                                   .leastOperands = 1,
-                                   .mostOperands = 2,
+                                   .minOperands = 1,
+                                   .maxOperands = 2,
                                    .details = L"More to say."};
 
 tools::Arguments parsed(const Words& words) {
@@ -82,7 +82,7 @@ struct WrongLine {
     std::wstring text;
 };
 
-TEST(CommandLineTest, WrongUseNamesTheError) {
+TEST(CommandLineTest, UsageErrorNamesTheProblem) {
     const WrongLine lines[] = {
         {{L"a", L"--unknown"}, L"unknown option --unknown"},
         {{L"a", L"--unknown=5"}, L"unknown option --unknown"},
@@ -93,13 +93,13 @@ TEST(CommandLineTest, WrongUseNamesTheError) {
         {{L"a", L"--output"}, L"option --output needs a value: <file>"},
         {{L"a", L"-do"}, L"option -o needs a value: <file>"},
         {{}, L"too few arguments, expected: <first> [second]"},
-        {{L"a", L"b", L"c"}, L"\"c\" is one argument too many"},
+        {{L"a", L"b", L"c"}, L"unexpected argument \"c\""},
     };
     for (const WrongLine& line : lines) {
         try {
             (void)parsed(line.words);
             ADD_FAILURE() << "accepted: " << ::testing::PrintToString(line.text);
-        } catch (const tools::WrongUse& e) {
+        } catch (const tools::UsageError& e) {
             EXPECT_EQ(e.text(), line.text);
             EXPECT_EQ(e.command(), L"tool command");
         }

@@ -44,17 +44,17 @@ struct Ending {
     std::string error;
 };
 
-TEST(ToolTest, Run_TellsWhatIsThrownAndReturnsItsExitCode) {
+TEST(ToolTest, Run_ReportsWhatIsThrownAndReturnsItsExitCode) {
     const Ending endings[] = {
         {"a result", [] { return 7; }, 7, ""},
         {"a failure", []() -> int { throw tools::Failure(L"a.txt: l\u00E4uft nicht"); }, tools::kFailed,
          "tool: a.txt: l\xC3\xA4uft nicht\n"},
         {"a failure of two lines that quotes input", []() -> int { throw tools::Failure(L"\x1B[2J\u202E\u009B\nb"); },
          tools::kFailed, "tool: \\x1B[2J\\xE2\\x80\\xAE\\xC2\\x9B\nb\n"},
-        {"wrong use", []() -> int { throw tools::WrongUse(L"no command"); }, tools::kWrongUse,
+        {"a usage error", []() -> int { throw tools::UsageError(L"no command"); }, tools::kUsageError,
          "tool: no command\nTry \"tool --help\".\n"},
-        {"wrong use of a command", []() -> int { throw tools::WrongUse(L"no file", L"tool copy"); }, tools::kWrongUse,
-         "tool: no file\nTry \"tool copy --help\".\n"},
+        {"a usage error of a command", []() -> int { throw tools::UsageError(L"no file", L"tool copy"); },
+         tools::kUsageError, "tool: no file\nTry \"tool copy --help\".\n"},
         {"a reader who is gone", []() -> int { throw tools::OutputClosed(); }, tools::kFailed, ""},
         {"an exception of the library", []() -> int { throw vorel::Exception(L"it broke"); }, tools::kFailed,
          "tool: it broke\n"},

@@ -6,6 +6,7 @@
 
 namespace {
 
+using tools::isUtf8;
 using tools::utf8SequenceSize;
 
 /// The sequence of `size` bytes for a code point, by the definition of UTF-8; overlong if `size` is larger than needed.
@@ -81,6 +82,25 @@ TEST(Utf8Test, SequenceAt_CountsTheValidBytes) {
         const tools::Utf8Sequence sequence = tools::utf8SequenceAt(each.text);
         EXPECT_EQ(sequence.size, each.size) << testing::PrintToString(each.text);
         EXPECT_EQ(sequence.found, each.found) << testing::PrintToString(each.text);
+    }
+}
+
+TEST(Utf8Test, IsUtf8_AcceptsSequencesOfEveryLength) {
+    EXPECT_TRUE(isUtf8(""));
+    EXPECT_TRUE(isUtf8("abcdefgh\xC3\xA9\xE2\x82\xAC"
+                       "abcdefgh\xF0\x9F\x98\x80\xF1\x80\x80\x80i"));
+    EXPECT_FALSE(isUtf8("abcdefgh\xED\xA0\x80i"));
+    EXPECT_FALSE(isUtf8("abcdefgh\xE2\x82"));
+}
+
+TEST(Utf8Test, IsUtf8_FindsAnInvalidByteAtEveryPosition) {
+    for (std::size_t size = 0; size != 40; ++size) {
+        for (std::size_t at = 0; at != size; ++at) {
+            std::string text(size, 'a');
+            ASSERT_TRUE(isUtf8(text));
+            text[at] = '\xE9';
+            ASSERT_FALSE(isUtf8(text)) << at << " of " << size;
+        }
     }
 }
 

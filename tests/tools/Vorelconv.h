@@ -17,7 +17,7 @@ using Words = std::vector<std::wstring>;
 
 constexpr DWORD kDone = 0;
 constexpr DWORD kFailed = 1;
-constexpr DWORD kWrongUse = 2;
+constexpr DWORD kUsageError = 2;
 
 inline Captured vorelconv(const Words& arguments, std::string_view input = {}) {
     return capture(L"vorelconv", arguments, input);

@@ -52,19 +52,19 @@ TEST(VorelconvTest, Version) {
     EXPECT_THAT(run.output, MatchesRegex("vorelconv \\d+\\.\\d+\\.\\d+\n"));
 }
 
-struct WrongUse {
+struct UsageError {
     Words arguments;
     std::string message;
     std::string helpCommand;
 };
 
-TEST(VorelconvTest, WrongUseIsReportedWithExitCode2) {
-    const WrongUse uses[] = {
-        {{}, "expected a command", "vorelconv"},
+TEST(VorelconvTest, UsageErrorIsReportedWithExitCode2) {
+    const UsageError uses[] = {
+        {{}, "missing command", "vorelconv"},
         {{L"base65"}, "unknown command: \"base65\"", "vorelconv"},
         {{L"--decode"}, "unknown command: \"--decode\"", "vorelconv"},
         {{L"base64", L"--upper"}, "unknown option --upper", "vorelconv base64"},
-        {{L"hex", L"a", L"b"}, "\"b\" is one argument too many", "vorelconv hex"},
+        {{L"hex", L"a", L"b"}, "unexpected argument \"b\"", "vorelconv hex"},
         {{L"hex", L"--text", L"x", L"a"}, "--text and the file \"a\" cannot both be the input", "vorelconv"},
         {{L"url", L"--component", L"host"},
          "--component must be path, segment, query or parameter, not \"host\"",
@@ -92,12 +92,12 @@ TEST(VorelconvTest, WrongUseIsReportedWithExitCode2) {
          "vorelconv list"},
         {{L"list", L"--delimiter", L""}, "--delimiter must have at least one character", "vorelconv list"},
         {{L"compare", L"a"}, "too few arguments, expected: <text> <text>", "vorelconv compare"},
-        {{L"version", L"1", L"2", L"3"}, "\"3\" is one argument too many", "vorelconv version"},
+        {{L"version", L"1", L"2", L"3"}, "unexpected argument \"3\"", "vorelconv version"},
     };
-    for (const WrongUse& use : uses) {
+    for (const UsageError& use : uses) {
         SCOPED_TRACE(use.message);
         const test::Captured run = vorelconv(use.arguments);
-        EXPECT_EQ(run.exitCode, test::kWrongUse);
+        EXPECT_EQ(run.exitCode, test::kUsageError);
         EXPECT_EQ(run.output, "");
         EXPECT_EQ(run.error, "vorelconv: " + use.message + "\nTry \"" + use.helpCommand + " --help\".\n");
     }

@@ -58,7 +58,7 @@ TEST(SettingsTest, InvalidCommandLines) {
         {L"-m", L"many"}, {L"-m", L"0"},  {L"--from", L"soon"},   {L"--to", L""},           {L"--color", L"red"},
         {L"-s", L"-f"},   {L"-s", L"-F"}, {L"-s", L"-m", L"1"},   {L"one.log", L"two.log"}, {L"--unknown"}};
     for (const Given& given : cases) {
-        EXPECT_THROW(settings(given), tools::WrongUse) << testing::PrintToString(given);
+        EXPECT_THROW(settings(given), tools::UsageError) << testing::PrintToString(given);
     }
 }
 

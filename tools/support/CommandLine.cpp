@@ -60,7 +60,7 @@ public:
     }
 
 private:
-    [[noreturn]] void reject(std::wstring text) const { throw WrongUse(std::move(text), m_syntax.command); }
+    [[noreturn]] void reject(std::wstring text) const { throw UsageError(std::move(text), m_syntax.command); }
 
     std::wstring_view next() {
         const std::wstring_view first = m_rest.front();
@@ -125,10 +125,10 @@ private:
 
     void checkOperands() const {
         const auto& operands = m_result.m_operands;
-        if (operands.size() > m_syntax.mostOperands) {
-            reject(quoted(operands[m_syntax.mostOperands]) + L" is one argument too many");
+        if (operands.size() > m_syntax.maxOperands) {
+            reject(L"unexpected argument " + quoted(operands[m_syntax.maxOperands]));
         }
-        if (operands.size() < m_syntax.leastOperands) {
+        if (operands.size() < m_syntax.minOperands) {
             reject(L"too few arguments, expected: " + std::wstring(m_syntax.operands));
         }
     }

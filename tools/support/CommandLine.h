@@ -4,7 +4,7 @@
 ///     constexpr Option kOptions[] = {{L"decode", L'd', {}, L"text to bytes"},
 ///                                    {L"output", L'o', L"file", L"write to this file"}};
 ///     constexpr Syntax kSyntax = {.command = L"vorelconv base64", .summary = L"bytes as Base64, and back",
-///                                 .options = kOptions, .operands = L"[input]", .mostOperands = 1};
+///                                 .options = kOptions, .operands = L"[input]", .maxOperands = 1};
 ///     const Arguments arguments = parse(kSyntax, given);
 ///     if (arguments.has(L"help")) { … helpText(kSyntax) … }
 ///
@@ -40,8 +40,8 @@ struct Syntax {
     std::wstring_view summary;        ///< one line, no full stop
     std::span<const Option> options;  ///< without --help, which every command has
     std::wstring_view operands;       ///< as shown in the help: "[input]"
-    std::size_t leastOperands = 0;
-    std::size_t mostOperands = 0;
+    std::size_t minOperands = 0;
+    std::size_t maxOperands = 0;
     std::wstring_view details;  ///< help text below the options; lines of at most 80 characters
 };
 
@@ -77,7 +77,7 @@ private:
 
 /// Parses `given`, the arguments of the program without its name. With --help, the number of operands is not checked.
 /// The result refers to the options of `syntax`.
-/// \throws WrongUse for an unknown option, a missing or unexpected value, and for too few or too many operands.
+/// \throws UsageError for an unknown option, a missing or unexpected value, and for too few or too many operands.
 Arguments parse(const Syntax& syntax, std::span<const std::wstring> given);
 
 /// The help text of a command: summary, usage, options and details.

@@ -17,10 +17,10 @@ namespace {
 int runAndReport(std::wstring_view program, const std::function<int()>& body) {
     try {
         return body();
-    } catch (const WrongUse& e) {
+    } catch (const UsageError& e) {
         const std::wstring command = e.command().empty() ? std::wstring(program) : e.command();
         report(program, e.text() + L"\nTry \"" + command + L" --help\".");
-        return kWrongUse;
+        return kUsageError;
     } catch (const Failure& e) {
         report(program, e.text());
     } catch (const OutputClosed&) {

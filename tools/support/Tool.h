@@ -19,9 +19,9 @@ namespace tools {
 
 /// The exit codes of every tool. The help text of a tool describes when it uses them.
 enum ExitCode : int {
-    kDone = 0,      ///< success
-    kFailed = 1,    ///< invalid input, a system failure, or the answer to a query is no
-    kWrongUse = 2,  ///< invalid command line
+    kDone = 0,        ///< success
+    kFailed = 1,      ///< invalid input, a system failure, or the answer to a query is no
+    kUsageError = 2,  ///< invalid command line
 };
 
 /// A failure to report to the user: invalid input, or a file that cannot be read. The text says where it occurred and
@@ -37,9 +37,9 @@ private:
 };
 
 /// An invalid command line. `command` is the command whose help is suggested: "vorelconv base64"; empty: the program.
-class WrongUse : public Failure {
+class UsageError : public Failure {
 public:
-    explicit WrongUse(std::wstring text, std::wstring_view command = {})
+    explicit UsageError(std::wstring text, std::wstring_view command = {})
         : Failure(std::move(text)), m_command(command) {}
     [[nodiscard]] const std::wstring& command() const noexcept { return m_command; }
 
@@ -63,8 +63,8 @@ std::wstring versionText(std::wstring_view program);
 void report(std::wstring_view program, std::wstring_view text) noexcept;
 
 /// Runs `body` and returns its exit code. Exceptions are reported on the error stream after the name of the program,
-/// except OutputClosed, and converted to an exit code: `kWrongUse` for WrongUse, otherwise `kFailed`. The error log of
-/// the library is switched off: a tool reports to its user, and the log belongs to the programs that write it.
+/// except OutputClosed, and converted to an exit code: `kUsageError` for UsageError, otherwise `kFailed`. The error log
+/// of the library is switched off: a tool reports to its user, and the log belongs to the programs that write it.
 int run(std::wstring_view program, const std::function<int()>& body) noexcept;
 
 }  // namespace tools

@@ -77,4 +77,15 @@ constexpr std::uint32_t utf8CodePoint(std::string_view sequence) noexcept {
     return codePoint;
 }
 
+struct Utf8Scan {
+    std::size_t valid = 0;     ///< size in bytes of the whole sequences at the start of the text
+    bool isTruncated = false;  ///< the rest is the start of a sequence that the end of the text truncates
+};
+
+/// Scans a text up to the first sequence that is not whole.
+Utf8Scan scanUtf8(std::string_view text) noexcept;
+
+/// Whether the whole text is well-formed.
+bool isUtf8(std::string_view text) noexcept;
+
 }  // namespace tools

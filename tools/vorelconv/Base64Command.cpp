@@ -28,17 +28,20 @@ private:
 
 enum class Kind : unsigned char { Other, Value, Padding, Space };
 
-constexpr auto kKinds = [] {
+/// The kind of every byte. The library's decoder decides which characters have a value.
+std::array<Kind, 256> kindsOfBytes() {
     std::array<Kind, 256> kinds = {};
-    for (const char each : std::string_view("ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/")) {
-        kinds[static_cast<unsigned char>(each)] = Kind::Value;
+    vorel::Array<unsigned char> bytes;
+    for (std::size_t byte = 1; byte != kinds.size(); ++byte) {
+        const char group[] = {static_cast<char>(byte), 'A', 'A', 'A', '\0'};
+        kinds[byte] = Base64::Decode(group, bytes) == 0 ? Kind::Value : Kind::Other;
     }
     for (const char each : std::string_view("\t\n\r ")) {
         kinds[static_cast<unsigned char>(each)] = Kind::Space;
     }
     kinds['='] = Kind::Padding;
     return kinds;
-}();
+}
 
 /// Checks every character itself. The library reports an error without its position, and ignores text after the
 /// padding.
@@ -49,7 +52,7 @@ public:
         std::size_t whole = 0;   // end of the last complete group and of the space after it
         std::size_t filled = 0;  // characters in the current group
         for (std::size_t index = 0; index < block.size(); ++index) {
-            const Kind kind = kKinds[static_cast<unsigned char>(block[index])];
+            const Kind kind = m_kinds[static_cast<unsigned char>(block[index])];
             if (kind != Kind::Space) {
                 check(block[index], kind, index, filled);
                 m_groups += block[index];
@@ -86,6 +89,7 @@ private:
         }
     }
 
+    const std::array<Kind, 256> m_kinds = kindsOfBytes();
     std::string m_groups;
     vorel::Array<unsigned char> m_bytes;
     bool m_ended = false;  // padding found in an earlier block
@@ -109,7 +113,7 @@ constexpr Command kCommand = {
                .summary = L"encode or decode Base64",
                .options = kOptions,
                .operands = kInputOperand,
-               .mostOperands = 1,
+               .maxOperands = 1,
                .details = L"The encoded text has no line breaks. Decoding ignores white space. Padding is\n"
                           L"required; only white space may follow it.\n"
                           L"\n"

@@ -43,7 +43,7 @@ constexpr Command kCommand = {
                .summary = L"convert booleans, one per line, to true or false",
                .options = kOptions,
                .operands = kInputOperand,
-               .mostOperands = 1,
+               .maxOperands = 1,
                .details = L"Accepts true, yes, on, t, y, false, no, off, f and n, ignoring case, and integers.\n"
                           L"Only the integer zero is false.\n"
                           L"\n"

@@ -7,7 +7,6 @@
 
 #include "Command.h"
 #include "Filter.h"
-#include "Utf8.h"
 #include "support/Console.h"
 #include "support/Text.h"
 #include "support/Tool.h"
@@ -45,7 +44,7 @@ int codePageOf(const std::wstring& name) {
     }
     const int named = vorel::util::iconv_open(narrow.c_str(), nullptr);
     if (named == -1) {
-        throw tools::WrongUse(L"unknown code page: \"" + name + L"\"", kName);
+        throw tools::UsageError(L"unknown code page: \"" + name + L"\"", kName);
     }
     return named;
 }
@@ -272,7 +271,7 @@ constexpr Command kCommand = {
                .summary = L"convert text from one code page to another",
                .options = kOptions,
                .operands = kInputOperand,
-               .mostOperands = 1,
+               .maxOperands = 1,
                .details = L"A code page is a name (UTF-8, latin1, windows-1252, shift_jis, koi8-r and hundreds\n"
                           L"more; case is ignored) or a number (1252). Without --replace, a character that the\n"
                           L"output code page lacks is an error. With multi-byte code pages other than UTF-8,\n"

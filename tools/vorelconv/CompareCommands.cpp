@@ -64,7 +64,7 @@ constexpr Command kSort = {
                .summary = L"sort lines in natural order: digits are compared as numbers",
                .options = kSortOptions,
                .operands = kInputOperand,
-               .mostOperands = 1,
+               .maxOperands = 1,
                .details = L"All other characters are compared by their codes. Equal lines (\"7\" and \"007\")\n"
                           L"keep their order. All lines must fit into memory.\n"
                           L"\n"
@@ -89,8 +89,8 @@ constexpr Command kCompare = {
                .summary = L"compare two texts in natural order",
                .options = kCompareOptions,
                .operands = L"<text> <text>",
-               .leastOperands = 2,
-               .mostOperands = 2,
+               .minOperands = 2,
+               .maxOperands = 2,
                .details = L"Digits are compared as numbers. Writes \"less\", \"equal\" or \"greater\" for the first\n"
                           L"text. Exit codes: 0 equal; 1 not equal.\n"
                           L"\n"
@@ -111,8 +111,8 @@ constexpr Command kVersion = {
                .summary = L"check that a version is at least the required one",
                .options = {},
                .operands = L"<version> <required>",
-               .leastOperands = 2,
-               .mostOperands = 2,
+               .minOperands = 2,
+               .maxOperands = 2,
                .details = L"Compares number by number; any single character separates two numbers. A version\n"
                           L"with fewer numbers than required fails, even if the missing numbers are zero. If\n"
                           L"either text is empty, the result is false. Writes \"true\" (exit code 0) or \"false\"\n"

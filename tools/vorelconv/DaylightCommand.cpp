@@ -110,7 +110,7 @@ constexpr Command kCommand = {
                .summary = L"encode or decode the Daylight encoding of bit strings",
                .options = kOptions,
                .operands = kInputOperand,
-               .mostOperands = 1,
+               .maxOperands = 1,
                .details = L"Three bytes become four characters of . + 0-9 A-Z a-z. The last character gives the\n"
                           L"number of bytes in the last group. White space is allowed only after it.\n"
                           L"\n"

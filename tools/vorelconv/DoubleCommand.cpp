@@ -87,7 +87,7 @@ constexpr Command kCommand = {
                .summary = L"convert floating-point numbers, one per line, to the library's format",
                .options = kOptions,
                .operands = kInputOperand,
-               .mostOperands = 1,
+               .maxOperands = 1,
                .details = L"Writes fifteen significant digits and exponents of three digits. Numbers below 0.1\n"
                           L"always have an exponent. Reads only the first eighteen digits, including leading\n"
                           L"zeros. Numbers out of range become Inf or 0.\n"

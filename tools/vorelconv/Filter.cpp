@@ -11,6 +11,7 @@
 #include "Progress.h"
 #include "support/Text.h"
 #include "support/Tool.h"
+#include "support/Utf8.h"
 
 namespace conv {
 
@@ -115,6 +116,23 @@ void runFilter(const tools::Arguments& arguments, Filter& filter) {
         (void)output.abandon();  // the reader is gone: there is nobody to report to
         throw;
     }
+}
+
+std::string_view wholeUtf8(std::string_view block, bool last) {
+    const tools::Utf8Scan scan = tools::scanUtf8(block);
+    if (scan.valid == block.size() || (scan.isTruncated && !last)) {
+        return block.substr(0, scan.valid);
+    }
+    const std::string_view rest = block.substr(scan.valid);
+    const tools::Utf8Sequence sequence = tools::utf8SequenceAt(rest);
+    if (sequence.size == 0) {
+        throw BadInput{scan.valid, L"invalid UTF-8: a sequence cannot begin with " + quoted(rest[0])};
+    }
+    std::wstring message =
+        L"invalid UTF-8: a " + std::to_wstring(sequence.size) + L"-byte sequence begins with " + quoted(rest[0]);
+    message += sequence.found == rest.size() ? L", but the text ends within it"
+                                             : L", but " + quoted(rest[sequence.found]) + L" cannot follow";
+    throw BadInput{scan.valid, message};
 }
 
 std::wstring quoted(char byte) {

@@ -36,6 +36,12 @@ public:
 ///         count from 1, byte offsets from 0).
 void runFilter(const tools::Arguments& arguments, Filter& filter);
 
+/// The part of a block of UTF-8 that can be converted without the next block: all but a truncated sequence at the end.
+/// If `last` is true, no block follows, and a truncated sequence is an error.
+/// \throws BadInput for invalid UTF-8. The library's decoder checks very little, so the converter checks its input
+/// first.
+std::string_view wholeUtf8(std::string_view block, bool last);
+
 /// A byte for a message: "'x' (0x78)", "0xC3".
 std::wstring quoted(char byte);
 

@@ -91,7 +91,7 @@ constexpr Command kCommand = {
                .summary = L"encode or decode hexadecimal digits",
                .options = kOptions,
                .operands = kInputOperand,
-               .mostOperands = 1,
+               .maxOperands = 1,
                .details = L"The encoded text has no line breaks and no prefix. Decoding ignores white space and\n"
                           L"accepts digits in either case.\n"
                           L"\n"

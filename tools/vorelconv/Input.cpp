@@ -24,7 +24,7 @@ Input::Input(const tools::Arguments& arguments) {
     const auto& operands = arguments.operands();
     if (const auto text = arguments.value(L"text")) {
         if (!operands.empty()) {
-            throw tools::WrongUse(L"--text and the file \"" + operands.front() + L"\" cannot both be the input");
+            throw tools::UsageError(L"--text and the file \"" + operands.front() + L"\" cannot both be the input");
         }
         m_name = L"--text";
         m_pending = tools::toUtf8(*text);

@@ -15,7 +15,7 @@ namespace conv {
 class Input {
 public:
     /// Opens the text of --text or the file named by the first operand; without both, or for "-", standard input.
-    /// \throws tools::Failure if the file cannot be opened; tools::WrongUse if both are given.
+    /// \throws tools::Failure if the file cannot be opened; tools::UsageError if both are given.
     explicit Input(const tools::Arguments& arguments);
 
     /// Reads up to `size` bytes into `buffer` and returns their number. Only 0 means the end of the input.

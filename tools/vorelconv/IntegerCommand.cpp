@@ -87,7 +87,7 @@ int run(const tools::Arguments& arguments) {
     const std::wstring name = arguments.value(kTypeOption.name).value_or(L"int64");
     if (name == L"hex") {
         if (arguments.has(kStrictOption.name)) {
-            throw tools::WrongUse(L"--strict cannot be combined with --type hex", L"vorelconv integer");
+            throw tools::UsageError(L"--strict cannot be combined with --type hex", L"vorelconv integer");
         }
         HexFilter filter;
         runFilter(arguments, filter);
@@ -100,8 +100,8 @@ int run(const tools::Arguments& arguments) {
             return tools::kDone;
         }
     }
-    throw tools::WrongUse(L"--type must be int64, uint64, int32, uint32 or hex, not \"" + name + L"\"",
-                          L"vorelconv integer");
+    throw tools::UsageError(L"--type must be int64, uint64, int32, uint32 or hex, not \"" + name + L"\"",
+                            L"vorelconv integer");
 }
 
 constexpr tools::Option kOptions[] = {kTypeOption, kStrictOption, kTextOption, kOutputOption};
@@ -111,7 +111,7 @@ constexpr Command kCommand = {
                .summary = L"convert integers, one per line, to plain decimal form",
                .options = kOptions,
                .operands = kInputOperand,
-               .mostOperands = 1,
+               .maxOperands = 1,
                .details = L"Accepts white space at both ends, a sign, leading zeros and a fraction of zeros. A\n"
                           L"number that does not fit into the type is an error. Hexadecimal numbers have at most\n"
                           L"eight digits and neither sign nor prefix.\n"

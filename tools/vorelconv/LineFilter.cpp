@@ -1,6 +1,5 @@
 #include "LineFilter.h"
 
-#include "Utf8.h"
 #include "support/Text.h"
 
 namespace conv {

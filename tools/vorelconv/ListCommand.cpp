@@ -134,7 +134,7 @@ constexpr tools::Option kJoinOption = {L"join", L'j', {}, L"join all lines into 
 void runTexts(const tools::Arguments& arguments) {
     const std::wstring delimiter = arguments.value(kDelimiterOption.name).value_or(L",");
     if (delimiter.empty()) {
-        throw tools::WrongUse(L"--delimiter must have at least one character", kName);
+        throw tools::UsageError(L"--delimiter must have at least one character", kName);
     }
     const bool trim = arguments.has(kTrimOption.name);
     if (arguments.has(kJoinOption.name)) {
@@ -152,7 +152,7 @@ const ListType& typeOf(const std::wstring& name) {
             return type;
         }
     }
-    throw tools::WrongUse(L"--type must be text, integer, unsigned, double or boolean, not \"" + name + L"\"", kName);
+    throw tools::UsageError(L"--type must be text, integer, unsigned, double or boolean, not \"" + name + L"\"", kName);
 }
 
 int run(const tools::Arguments& arguments) {
@@ -163,7 +163,7 @@ int run(const tools::Arguments& arguments) {
     }
     ValueListFilter filter(typeOf(name));
     if (arguments.has(kJoinOption.name) || arguments.has(kDelimiterOption.name) || arguments.has(kTrimOption.name)) {
-        throw tools::WrongUse(L"--join, --delimiter and --trim require --type text", kName);
+        throw tools::UsageError(L"--join, --delimiter and --trim require --type text", kName);
     }
     runFilter(arguments, filter);
     return tools::kDone;
@@ -177,7 +177,7 @@ constexpr Command kCommand = {
                .summary = L"split lists, one per line, into one item per line, or join them",
                .options = kOptions,
                .operands = kInputOperand,
-               .mostOperands = 1,
+               .maxOperands = 1,
                .details = L"text      Items are separated by any character of the delimiter. An item in double\n"
                           L"          quotes may contain delimiters, and \"\" for a double quote. --join writes such\n"
                           L"          a list, with quotes where they are needed.\n"

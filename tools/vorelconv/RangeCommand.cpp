@@ -62,7 +62,7 @@ constexpr Command kCommand = {
                .summary = L"split lists of ranges into one range per line",
                .options = kOptions,
                .operands = kInputOperand,
-               .mostOperands = 1,
+               .maxOperands = 1,
                .details = L"A range is 2-5, 7 (the same as 7-7), or 9- or -9 with an open end. Numbers have no\n"
                           L"sign and are at most 2147483647.\n"
                           L"\n"

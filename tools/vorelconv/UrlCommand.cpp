@@ -90,8 +90,8 @@ UrlComponent componentOf(const std::wstring& name) {
             return component;
         }
     }
-    throw tools::WrongUse(L"--component must be path, segment, query or parameter, not \"" + name + L"\"",
-                          L"vorelconv url");
+    throw tools::UsageError(L"--component must be path, segment, query or parameter, not \"" + name + L"\"",
+                            L"vorelconv url");
 }
 
 UrlRules rulesOf(const tools::Arguments& arguments) {
@@ -101,7 +101,7 @@ UrlRules rulesOf(const tools::Arguments& arguments) {
     if (const auto name = arguments.value(kComponentOption.name)) {
         rules.component = componentOf(*name);
         if (rules.escapeReserved || rules.spaceAsPlus) {
-            throw tools::WrongUse(L"--component cannot be combined with --reserved or --plus", L"vorelconv url");
+            throw tools::UsageError(L"--component cannot be combined with --reserved or --plus", L"vorelconv url");
         }
     }
     return rules;
@@ -111,7 +111,7 @@ int run(const tools::Arguments& arguments) {
     const UrlRules rules = rulesOf(arguments);
     if (arguments.has(kDecodeOption.name)) {
         if (rules.component || rules.escapeReserved) {
-            throw tools::WrongUse(L"--decode cannot be combined with --component or --reserved", L"vorelconv url");
+            throw tools::UsageError(L"--decode cannot be combined with --component or --reserved", L"vorelconv url");
         }
         UrlDecoder decoder(rules.spaceAsPlus);
         runFilter(arguments, decoder);
@@ -130,7 +130,7 @@ constexpr Command kCommand = {
                .summary = L"encode or decode the percent escapes of URLs",
                .options = kOptions,
                .operands = kInputOperand,
-               .mostOperands = 1,
+               .maxOperands = 1,
                .details = L"Escapes the space, \" # % < > [ \\ ] ^ ` { | } ~, every byte from 0x80, and the\n"
                           L"characters that the options select. --component does not escape '~'. Control\n"
                           L"characters are never escaped, so line breaks remain. Decoding keeps a '%' that is\n"

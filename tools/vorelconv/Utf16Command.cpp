@@ -3,7 +3,6 @@
 
 #include "Command.h"
 #include "Filter.h"
-#include "Utf8.h"
 #include "support/Text.h"
 #include "support/Tool.h"
 #include "vorel/text/Unicode.h"
@@ -149,7 +148,7 @@ int run(const tools::Arguments& arguments) {
     const bool littleEndian = !arguments.has(kBigOption.name);
     if (arguments.has(kDecodeOption.name)) {
         if (arguments.has(kMarkOption.name)) {
-            throw tools::WrongUse(L"--mark cannot be combined with --decode", L"vorelconv utf16");
+            throw tools::UsageError(L"--mark cannot be combined with --decode", L"vorelconv utf16");
         }
         Utf16Decoder decoder(littleEndian);
         runFilter(arguments, decoder);
@@ -167,7 +166,7 @@ constexpr Command kCommand = {
                .summary = L"encode UTF-8 as UTF-16, or decode UTF-16",
                .options = kOptions,
                .operands = kInputOperand,
-               .mostOperands = 1,
+               .maxOperands = 1,
                .details = L"The input must be well-formed. When decoding, a byte-order mark at the start selects\n"
                           L"the byte order and is dropped.\n"
                           L"\n"

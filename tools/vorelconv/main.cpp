@@ -49,7 +49,7 @@ std::wstring overview() {
 
 int run(std::span<const std::wstring> arguments) {
     if (arguments.empty()) {
-        throw tools::WrongUse(L"expected a command");
+        throw tools::UsageError(L"missing command");
     }
     const std::wstring& first = arguments.front();
     if (first == L"--help" || first == L"-h") {
@@ -71,7 +71,7 @@ int run(std::span<const std::wstring> arguments) {
             return command.run(parsed);
         }
     }
-    throw tools::WrongUse(L"unknown command: \"" + first + L"\"");
+    throw tools::UsageError(L"unknown command: \"" + first + L"\"");
 }
 
 }  // namespace

@@ -1,7 +1,7 @@
+#include "support/Utf8.h"
 #include "vorel/text/Base64.h"
 #include "vorellog/Json.h"
 #include "vorellog/Printer.h"
-#include "vorellog/Utf8.h"
 
 namespace vorellog {
 
@@ -31,7 +31,7 @@ void addBody(JsonObject& object, const Record& record, std::string& out) {
         object.add("damage", nameOf(record.damage()));
     }
     object.add("message", body.message);
-    if (!isUtf8(record.text())) {
+    if (!tools::isUtf8(record.text())) {
         vorel::BaseString<char> encoded;
         vorel::util::Base64::EncodeRange(reinterpret_cast<const unsigned char*>(record.text().data()), 0,
                                          static_cast<unsigned int>(record.text().size()), encoded);

@@ -4,8 +4,8 @@
 
 #include <string>
 
-#include "vorellog/Folder.h"
 #include "vorellog/Record.h"
+#include "vorellog/TrailAssembler.h"
 
 namespace vorellog {
 

@@ -1,6 +1,6 @@
 #include "vorellog/RecordReader.h"
 
-#include "vorellog/Utf8.h"
+#include "support/Utf8.h"
 
 namespace vorellog {
 
@@ -56,7 +56,7 @@ void RecordReader::flush() {
         return;
     }
     m_isPending = false;
-    if (m_record.damage() == Damage::None && !isUtf8(m_record.text())) {
+    if (m_record.damage() == Damage::None && !tools::isUtf8(m_record.text())) {
         m_record.setDamage(Damage::BadUtf8);
     }
     m_deliver(m_record);

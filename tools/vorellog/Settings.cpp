@@ -55,11 +55,11 @@ constexpr tools::Syntax kSyntax = {.command = L"vorellog",
                                    .summary = L"view the error log of vorelCore",
                                    .options = kOptions,
                                    .operands = L"[log]",
-                                   .mostOperands = 1,
+                                   .maxOperands = 1,
                                    .details = kDetails};
 
 [[noreturn]] void rejectValue(std::wstring_view option, const std::wstring& value, std::wstring_view expected) {
-    throw tools::WrongUse(L"--" + std::wstring(option) + L" \"" + value + L"\": expected " + std::wstring(expected));
+    throw tools::UsageError(L"--" + std::wstring(option) + L" \"" + value + L"\": expected " + std::wstring(expected));
 }
 
 unsigned long long numberOf(std::wstring_view option, const std::wstring& value, unsigned long long most) {
@@ -127,8 +127,8 @@ Colours coloursOf(const tools::Arguments& arguments) {
 void checkTogether(const Settings& settings) {
     const auto exclude = [](bool both, std::wstring_view first, std::wstring_view second) {
         if (both) {
-            throw tools::WrongUse(L"--" + std::wstring(first) + L" and --" + std::wstring(second) +
-                                  L" cannot be combined");
+            throw tools::UsageError(L"--" + std::wstring(first) + L" and --" + std::wstring(second) +
+                                    L" cannot be combined");
         }
     };
     exclude(settings.summary && settings.follow, L"summary", L"follow");

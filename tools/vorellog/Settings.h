@@ -27,7 +27,7 @@ struct Settings {
 const tools::Syntax& syntax();
 
 /// \param now the local time, for times such as "15m".
-/// \throws tools::WrongUse for invalid values and for options that exclude each other.
+/// \throws tools::UsageError for invalid values and for options that exclude each other.
 Settings settingsOf(const tools::Arguments& arguments, LocalMs now);
 
 /// Whether the output gets colours. With Colours::Auto ("auto") it does on a capable console unless NO_COLOR is

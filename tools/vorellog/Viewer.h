@@ -8,13 +8,13 @@
 #include <string_view>
 
 #include "vorellog/Filter.h"
-#include "vorellog/Folder.h"
 #include "vorellog/Follower.h"
 #include "vorellog/LineSplitter.h"
 #include "vorellog/Printer.h"
 #include "vorellog/RecordReader.h"
 #include "vorellog/Settings.h"
 #include "vorellog/Summary.h"
+#include "vorellog/TrailAssembler.h"
 
 namespace vorellog {
 

@@ -24,7 +24,7 @@ namespace {
 enum ExitCode : int {
     kFound = tools::kDone,
     kNothingFound = 1,
-    kWrongUse = tools::kWrongUse,
+    kUsageError = tools::kUsageError,
     kCannotRead = 3,
 };
 

@@ -1,4 +1,4 @@
-#include "vorellog/Folder.h"
+#include "vorellog/TrailAssembler.h"
 
 #include <algorithm>
 #include <iterator>
