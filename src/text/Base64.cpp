@@ -9,8 +9,7 @@
 #include "algorithms/Base64Text.h"
 #include "core/HeldInputs.h"
 #include "text/Base64State.h"
-#include "text/OutputTail.h"
-#include "text/TextRoom.h"
+#include "text/OutputSinks.h"
 #include "vorel/core/Protocol.h"
 #include "vorel/exceptions/Exception.h"
 

@@ -3,7 +3,7 @@
 #include <string_view>
 
 #include "algorithms/DaylightText.h"
-#include "text/TextRoom.h"
+#include "text/OutputSinks.h"
 #include "vorel/exceptions/Exception.h"
 
 namespace vorel::util {

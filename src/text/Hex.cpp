@@ -8,7 +8,7 @@
 #include "algorithms/HexDigits.h"
 #include "algorithms/HexText.h"
 #include "core/HeldInputs.h"
-#include "text/TextRoom.h"
+#include "text/OutputSinks.h"
 #include "vorel/core/Protocol.h"
 
 namespace vorel::util {

@@ -13,7 +13,7 @@
 #include "core/HeldInputs.h"
 #include "core/StringAccess.h"
 #include "text/ClearOnFailure.h"
-#include "text/OutputTail.h"
+#include "text/OutputSinks.h"
 #include "vorel/core/Protocol.h"
 #include "vorel/exceptions/Exception.h"
 

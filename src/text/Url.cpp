@@ -11,7 +11,7 @@
 #include "algorithms/Utf8.h"
 #include "core/HeldInputs.h"
 #include "core/StringAccess.h"
-#include "text/TextRoom.h"
+#include "text/OutputSinks.h"
 #include "vorel/text/Unicode.h"
 
 namespace vorel::util {

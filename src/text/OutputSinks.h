@@ -1,18 +1,48 @@
 /// \file
-/// Output of a conversion: directly into the unused capacity of a string or array, or through a local block that is
-/// appended where that capacity is too small. So a result grows in few steps and no further than its text requires, and
-/// a reused result is written without a copy.
+/// Output of a conversion to a string or array. If the maximum length is known, `reserveUnits` gives an algorithm the
+/// whole buffer, and `setEnd` sets the length afterwards. Otherwise `fill` writes to a sink: directly into its unused
+/// capacity, or through a local block that is appended where that capacity is too small. So a result grows in few steps
+/// and no further than its text requires, and a reused result is written without a copy.
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <span>
 #include <type_traits>
 
 #include "core/StringAccess.h"
 #include "vorel/core/Array.h"
 #include "vorel/core/BaseString.h"
+#include "vorel/core/Protocol.h"
 
 namespace vorel::text {
+
+/// Converts `units` to the type of a string's length. \throws MemoryException if a string cannot hold that many.
+template <class T>
+unsigned int checkedUnits(std::uint64_t units) {
+    if (units >= BaseString<T>::kUnknownLength) {
+        detail::throwMemory(BaseString<T>::kUnknownLength, sizeof(T));
+    }
+    return static_cast<unsigned int>(units);
+}
+
+/// Reserves `units` in a string, discards its text, and returns its buffer. `setEnd` must follow.
+template <class T>
+T* reserveUnits(std::uint64_t units, BaseString<T>& string) {
+    return string.reserve(checkedUnits<T>(units), true);
+}
+
+/// Reserves `units` in a string and keeps its text. `units` is at least its length.
+template <class T>
+void growUnits(std::uint64_t units, BaseString<T>& string) {
+    string.reserve(checkedUnits<T>(units), false);
+}
+
+/// Sets the length of a string to the text written to its buffer.
+template <class T>
+void setEnd(const T* end, BaseString<T>& string) noexcept {
+    detail::StringAccess<T>::setLength(string, static_cast<unsigned int>(end - string.data()));
+}
 
 /// Overwrites a string from its first unit. One unit is reserved for the terminator.
 template <class T>
