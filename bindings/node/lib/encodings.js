@@ -1,6 +1,7 @@
 // UTF-8, code pages, encodings of bytes as printable text, and URLs.
 'use strict';
 
+const constants = require('./constants');
 const native = require('./native');
 const { BYTES, BYTES_OUT, TEXT, TEXT_OUT, bytes, string } = native;
 
@@ -71,14 +72,17 @@ const codePage = Object.freeze({
     tryEncode,
 });
 
-const ESCAPE_RESERVED = 1;
-const SPACE_AS_PLUS = 2;
-const PLUS_AS_SPACE = 4;
-const COMPONENTS = { path: 0, pathSegment: 1, query: 2, queryParameter: 3 };
+const COMPONENTS = {
+    path: constants.URL_PATH,
+    pathSegment: constants.URL_PATH_SEGMENT,
+    query: constants.URL_QUERY,
+    queryParameter: constants.URL_QUERY_PARAMETER,
+};
 
 const url = Object.freeze({
     encode: (text, { reserved = false, spaceAsPlus = false } = {}) => {
-        const flags = (reserved ? ESCAPE_RESERVED : 0) | (spaceAsPlus ? SPACE_AS_PLUS : 0);
+        const flags = (reserved ? constants.URL_ESCAPE_RESERVED : 0) |
+            (spaceAsPlus ? constants.URL_SPACE_AS_PLUS : 0);
         return native.textOutput((...out) => urlEncode(string(text, 'text'), text.length, flags, ...out));
     },
     encodeComponent: (text, component) => {
@@ -88,8 +92,10 @@ const url = Object.freeze({
         return native.textOutput(
             (...out) => urlEncodeComponent(string(text, 'text'), text.length, COMPONENTS[component], ...out));
     },
-    decode: (text, { plusAsSpace = false } = {}) => native.textOutput(
-        (...out) => urlDecode(string(text, 'text'), text.length, plusAsSpace ? PLUS_AS_SPACE : 0, ...out)),
+    decode: (text, { plusAsSpace = false } = {}) => {
+        const flags = plusAsSpace ? constants.URL_PLUS_AS_SPACE : 0;
+        return native.textOutput((...out) => urlDecode(string(text, 'text'), text.length, flags, ...out));
+    },
 });
 
 module.exports = { utf8, base64, daylight, hex, codePage, url };

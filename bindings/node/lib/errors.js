@@ -1,19 +1,21 @@
 // The library's failures as JavaScript errors.
 'use strict';
 
-/** The status codes of the flat interface. Their values never change. */
+const constants = require('./constants');
+
+/** The status codes of the flat interface, which are fixed. */
 const Status = Object.freeze({
-    OK: 0,
-    INVALID_ARGUMENT: 1,
-    BUFFER_TOO_SMALL: 2,
-    OUT_OF_MEMORY: 3,
-    INVALID_TEXT: 4,
-    UNKNOWN_NAME: 5,
-    UNSUPPORTED: 6,
-    TIMEOUT: 7,
-    NOT_OWNER: 8,
-    SYSTEM: 9,
-    INTERNAL: 10,
+    OK: constants.OK,
+    INVALID_ARGUMENT: constants.ERROR_INVALID_ARGUMENT,
+    BUFFER_TOO_SMALL: constants.ERROR_BUFFER_TOO_SMALL,
+    OUT_OF_MEMORY: constants.ERROR_OUT_OF_MEMORY,
+    INVALID_TEXT: constants.ERROR_INVALID_TEXT,
+    UNKNOWN_NAME: constants.ERROR_UNKNOWN_NAME,
+    UNSUPPORTED: constants.ERROR_UNSUPPORTED,
+    TIMEOUT: constants.ERROR_TIMEOUT,
+    NOT_OWNER: constants.ERROR_NOT_OWNER,
+    SYSTEM: constants.ERROR_SYSTEM,
+    INTERNAL: constants.ERROR_INTERNAL,
 });
 
 class VorelError extends Error {

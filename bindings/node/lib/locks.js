@@ -4,15 +4,14 @@
 const { performance } = require('perf_hooks');
 const { isMainThread } = require('worker_threads');
 
+const { WAIT_FOREVER } = require('./constants');
 const { Status } = require('./errors');
 const native = require('./native');
 const { TEXT, string } = native;
 
-const FOREVER = 0xffffffff;
-
 /** The time limit of a wait in milliseconds; undefined means no limit. */
 function timeout(timeoutMs) {
-    return timeoutMs === undefined ? FOREVER : native.integer(timeoutMs, 0, FOREVER - 1, 'timeoutMs');
+    return timeoutMs === undefined ? WAIT_FOREVER : native.integer(timeoutMs, 0, WAIT_FOREVER - 1, 'timeoutMs');
 }
 
 /** Owns a handle of the library. */
@@ -137,7 +136,7 @@ async function waitOnLoop(handle, limitMs) {
 
 /** Waits at most `timeoutMs` in short steps and resolves to the status. */
 async function waitForStatus(handle, timeoutMs) {
-    const end = timeoutMs === FOREVER ? Infinity : performance.now() + timeoutMs;
+    const end = timeoutMs === WAIT_FOREVER ? Infinity : performance.now() + timeoutMs;
     for (;;) {
         const leftMs = Math.max(end - performance.now(), 0);
         const wait = isMainThread && calls < MAX_CALLS ? waitOnThread : waitOnLoop;

@@ -5,11 +5,11 @@ const path = require('path');
 
 const koffi = require('koffi');
 
+const { ABI_VERSION } = require('./constants');
 const { Status, VorelError } = require('./errors');
 
-// The version of the flat interface that this package needs (VOREL_ABI_VERSION).
-const ABI_MAJOR = 1;
-const ABI_MINOR = 0;
+const ABI_MAJOR = ABI_VERSION >>> 16;
+const ABI_MINOR = ABI_VERSION & 0xffff;
 
 const library = koffi.load(loadedDll());
 

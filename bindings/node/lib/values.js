@@ -1,6 +1,7 @@
 // Conversions of numbers, Boolean values, lists and times to and from text, and comparisons of texts.
 'use strict';
 
+const constants = require('./constants');
 const native = require('./native');
 const { LIST_OUT, TEXT, TEXT_OUT, integer, string } = native;
 
@@ -100,8 +101,10 @@ function number(value) {
 const format = Object.freeze({
     int64: (value) => native.textOutput((...out) => formatInt64(wide(value, BigInt.asIntN), ...out)),
     uint64: (value) => native.textOutput((...out) => formatUint64(wide(value, BigInt.asUintN), ...out)),
-    double: (value, { json = false } = {}) =>
-        native.textOutput((...out) => formatDouble(number(value), json ? 1 : 0, ...out)),
+    double: (value, { json = false } = {}) => {
+        const options = json ? constants.FORMAT_JSON : constants.FORMAT_DEFAULT;
+        return native.textOutput((...out) => formatDouble(number(value), options, ...out));
+    },
     localTime: (time) => native.textOutput((...out) => formatLocalTime(seconds(time), ...out)),
     utcTime: (time) => native.textOutput((...out) => formatUtcTime(seconds(time), ...out)),
     systemError: (code) =>
@@ -144,14 +147,9 @@ const list = Object.freeze({
 const compareTexts = native.declare('vorel_compare', TEXT, TEXT, 'uint32_t', '_Out_ int32_t *');
 const isVersionAtLeast = native.declare('vorel_version_at_least', TEXT, TEXT, '_Out_ int32_t *');
 
-const IGNORE_CASE = 0x001;
-const NUMERIC = 0x002;
-const SLASHES_EQUAL = 0x004;
-const REVERSE = 0x100;
-
 function compare(a, b, { ignoreCase = false, numeric = false, slashesEqual = false, reverse = false } = {}) {
-    const flags = (ignoreCase ? IGNORE_CASE : 0) | (numeric ? NUMERIC : 0) | (slashesEqual ? SLASHES_EQUAL : 0) |
-        (reverse ? REVERSE : 0);
+    const flags = (ignoreCase ? constants.COMPARE_IGNORE_CASE : 0) | (numeric ? constants.COMPARE_NUMERIC : 0) |
+        (slashesEqual ? constants.COMPARE_SLASHES_EQUAL : 0) | (reverse ? constants.COMPARE_REVERSE : 0);
     return native.valueOutput(
         (order) => compareTexts(string(a, 'a'), a.length, string(b, 'b'), b.length, flags, order));
 }
