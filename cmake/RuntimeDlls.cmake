@@ -3,8 +3,9 @@
 # They are shared by design: a program can catch exceptions from vorelCore.dll, and count the exceptions in flight, only
 # if both use the same libstdc++.
 
+set(VOREL_RUNTIME_DLL_NAMES libstdc++-6.dll libgcc_s_seh-1.dll libwinpthread-1.dll)
 set(VOREL_RUNTIME_DLLS "")
-foreach(name IN ITEMS libstdc++-6.dll libgcc_s_seh-1.dll libwinpthread-1.dll)
+foreach(name IN LISTS VOREL_RUNTIME_DLL_NAMES)
     execute_process(
         COMMAND ${CMAKE_CXX_COMPILER} -print-file-name=${name}
         OUTPUT_VARIABLE path
