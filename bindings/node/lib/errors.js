@@ -3,7 +3,7 @@
 
 const constants = require('./constants');
 
-/** The status codes of the flat interface, which are fixed. */
+/** The status codes of the flat interface. Their values never change. */
 const Status = Object.freeze({
     OK: constants.OK,
     INVALID_ARGUMENT: constants.ERROR_INVALID_ARGUMENT,
