@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <string>
 
-#include "algorithms/BoundedText.h"
+#include "algorithms/IntegerText.h"
 #include "support/Input.h"
 
 namespace {

@@ -8,7 +8,6 @@
 
 #include "algorithms/BooleanReading.h"
 #include "algorithms/ListReading.h"
-#include "algorithms/RangeReading.h"
 #include "support/ListReference.h"
 #include "support/Scans.h"
 

@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-#include "algorithms/NameHash.h"
+#include "algorithms/Ascii.h"
 #include "support/Input.h"
 
 namespace {

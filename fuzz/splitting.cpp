@@ -5,8 +5,8 @@
 #include <string_view>
 #include <vector>
 
+#include "algorithms/Ascii.h"
 #include "algorithms/Splitting.h"
-#include "algorithms/Trimming.h"
 #include "support/Scans.h"
 #include "support/TextReference.h"
 

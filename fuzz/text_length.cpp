@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <string>
 
-#include "algorithms/TextLength.h"
+#include "algorithms/PageReads.h"
 #include "support/Input.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {

@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-#include "algorithms/Utf16Bytes.h"
+#include "algorithms/Utf16.h"
 #include "support/Input.h"
 
 namespace {

@@ -79,7 +79,7 @@ void withEachKernel(Body&& body) {
     static const bool hasAvx2 = vorel::algorithms::detectAvx2();
     for (const bool useAvx2 : {false, true}) {
         if (!useAvx2 || hasAvx2) {
-            vorel::algorithms::s_useAvx2 = useAvx2;
+            vorel::algorithms::Processor::setAvx2ForTests(useAvx2);
             body();
         }
     }

@@ -13,8 +13,8 @@
 
 #include <emmintrin.h>
 
-#include "algorithms/Pages.h"
-#include "algorithms/PartialStore.h"
+#include "algorithms/PageReads.h"
+#include "algorithms/SimdBlocks.h"
 
 namespace vorel::algorithms {
 

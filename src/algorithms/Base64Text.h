@@ -8,8 +8,7 @@
 #include <iterator>
 #include <type_traits>
 
-#include "algorithms/SixBitBlocks.h"
-#include "algorithms/SixBits.h"
+#include "algorithms/Sextets.h"
 
 namespace vorel::algorithms {
 
@@ -65,9 +64,9 @@ Base64End parseBase64Group(const T*& cursor, const int* table, char pad, unsigne
     if (std::find(std::begin(values), std::end(values), kInvalidBase64) != std::end(values)) {
         return Base64End::Invalid;
     }
-    const auto sixBits = [&](std::size_t at) { return static_cast<unsigned int>(values[at]); };
+    const auto sextets = [&](std::size_t at) { return static_cast<unsigned int>(values[at]); };
     unsigned char bytes[3];
-    decodeFour(sixBits(0), sixBits(1), sixBits(2), sixBits(3), bytes);
+    decodeFour(sextets(0), sextets(1), sextets(2), sextets(3), bytes);
     const auto isPad = [&](std::size_t at) { return characters[at] == static_cast<unsigned char>(pad); };
     written = isPad(2) ? 1 : isPad(3) ? 2 : 3;
     std::copy_n(bytes, written, out);
@@ -81,7 +80,7 @@ struct Base64Step {
 };
 
 /// Output capacity that a step needs, in bytes.
-inline constexpr std::size_t kBase64StepCapacity = kSixBitBytes + kSixBitOverhang;
+inline constexpr std::size_t kBase64StepCapacity = kSextetBlockBytes + kSextetOverhang;
 
 /// Decodes whole blocks, or otherwise a few groups, from `cursor` and moves it past what was read. Up to eight zeros
 /// may be written after the decoded bytes. The text ends with a zero. `table` holds the values of all 256 characters.
@@ -90,9 +89,9 @@ Base64Step decodeBase64Step(const T*& cursor, const int* table, char pad, unsign
                             std::size_t capacity) noexcept {
     const std::size_t blocks = decodeWholeBlocks(cursor, kBase64Rows, InvalidCharacters::Stop, out, capacity);
     if (blocks != 0) {
-        cursor += blocks * kSixBitCharacters;
-        std::memset(out + blocks * kSixBitBytes, 0, kSixBitOverhang);
-        return {blocks * kSixBitBytes, *cursor == 0 ? Base64End::Text : Base64End::None};
+        cursor += blocks * kSextetBlockCharacters;
+        std::memset(out + blocks * kSextetBlockBytes, 0, kSextetOverhang);
+        return {blocks * kSextetBlockBytes, *cursor == 0 ? Base64End::Text : Base64End::None};
     }
     constexpr std::size_t kGroupsBetweenBlocks = 8;
     static_assert(3 * kGroupsBetweenBlocks <= kBase64StepCapacity);

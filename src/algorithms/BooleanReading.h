@@ -6,10 +6,9 @@
 #include <iterator>
 #include <string_view>
 
-#include "algorithms/Characters.h"
+#include "algorithms/Ascii.h"
 #include "algorithms/NumberReading.h"
 #include "algorithms/NumberScanner.h"
-#include "algorithms/Words.h"
 
 namespace vorel::algorithms {
 
@@ -30,17 +29,10 @@ inline constexpr std::string_view kPlainBooleanWords[] = {"true", "false", "yes"
 template <class T>
 inline constexpr bool kAnyDigitIsTrue = sizeof(T) > 1;
 
-/// Whether `c`, with its case folded, is one of `characters`, which are in lower case.
-template <class T>
-bool isOneOf(T c, std::string_view characters) noexcept {
-    return std::any_of(characters.begin(), characters.end(),
-                       [c](char wanted) { return foldCase(c) == static_cast<T>(wanted); });
-}
-
 /// Parses a single character and moves past it if it denotes a boolean.
 template <class T>
 bool parseBooleanCharacter(const T*& cursor) noexcept {
-    const T c = *cursor;
+    const T c = foldCase(*cursor);
     const bool isTrue = isOneOf(c, kTrueCharacters) || (kAnyDigitIsTrue<T> && c >= '2' && c <= '9');
     if (isTrue || isOneOf(c, kFalseCharacters)) {
         ++cursor;

@@ -7,8 +7,7 @@
 #include <iterator>
 #include <type_traits>
 
-#include "algorithms/SixBitBlocks.h"
-#include "algorithms/SixBits.h"
+#include "algorithms/Sextets.h"
 
 namespace vorel::algorithms {
 
@@ -31,7 +30,7 @@ template <class T>
 unsigned int daylightValueOf(T unit) noexcept {
     const std::size_t index = static_cast<std::make_unsigned_t<T>>(unit);
     const bool isKnown =
-        index < std::size(kDaylightValues.values) && kDaylightValues.values[index] != SixBitValues::kNone;
+        index < std::size(kDaylightValues.values) && kDaylightValues.values[index] != SextetValues::kNone;
     return isKnown ? kDaylightValues.values[index] : 0;
 }
 
@@ -42,9 +41,9 @@ void decodeDaylightGroups(const T* text, std::size_t count, unsigned char* out) 
     while (count != 0) {
         const std::size_t blocks =
             decodeWholeBlocks(text, kDaylightRows, InvalidCharacters::AsZero, out, count / 4 * 3);
-        text += blocks * kSixBitCharacters;
-        count -= blocks * kSixBitCharacters;
-        out += blocks * kSixBitBytes;
+        text += blocks * kSextetBlockCharacters;
+        count -= blocks * kSextetBlockCharacters;
+        out += blocks * kSextetBlockBytes;
         for (std::size_t group = 0; group < kGroupsBetweenBlocks && count != 0; ++group, out += 3) {
             decodeFour(daylightValueOf(text[0]), daylightValueOf(text[1]), daylightValueOf(text[2]),
                        daylightValueOf(text[3]), out);

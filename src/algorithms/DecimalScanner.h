@@ -12,7 +12,7 @@
 #include <cstdint>
 #include <limits>
 
-#include "algorithms/Characters.h"
+#include "algorithms/Ascii.h"
 #include "algorithms/DigitBlock.h"
 #include "algorithms/NumberScanner.h"
 

@@ -13,7 +13,8 @@
 
 #include <emmintrin.h>
 
-#include "algorithms/WideUnit.h"
+#include "algorithms/PageReads.h"
+#include "algorithms/SimdBlocks.h"
 
 namespace vorel::algorithms {
 
@@ -33,20 +34,8 @@ inline constexpr auto kIntegerPowersOfTen = [] {
 /// begins and ends.
 template <class T>
 bool areBlocksInPage(const T* position) noexcept {
-    constexpr std::uintptr_t kPage = 4096;
     constexpr std::uintptr_t kBlock = kDigitBlock * sizeof(T);
-    return reinterpret_cast<std::uintptr_t>(position) % kPage - kBlock <= kPage - 3 * kBlock;
-}
-
-/// Sixteen characters as bytes. Units above 255 become 0 or 255. The attribute allows a block to extend into another
-/// object of the same page.
-[[gnu::no_sanitize_address]] inline __m128i loadBlock(const char* position) noexcept {
-    return _mm_loadu_si128(reinterpret_cast<const __m128i*>(position));
-}
-
-[[gnu::no_sanitize_address]] inline __m128i loadBlock(const WideUnit* position) noexcept {
-    const auto* const units = reinterpret_cast<const __m128i*>(position);
-    return _mm_packus_epi16(_mm_loadu_si128(units), _mm_loadu_si128(units + 1));
+    return isInPageAround(position, kBlock, 2 * kBlock);
 }
 
 /// One bit for each character of the block, lowest first: whether it is a digit.

@@ -11,7 +11,8 @@
 
 #include "algorithms/DecimalDigits.h"
 #include "algorithms/DigitBlock.h"
-#include "algorithms/DigitCharacters.h"
+#include "algorithms/IntegerText.h"
+#include "algorithms/SimdBlocks.h"
 
 namespace vorel::algorithms {
 

@@ -1,14 +1,124 @@
 /// \file
-/// Decodes hexadecimal text of either width: whole blocks at once, and other pairs by one of two rules for invalid
-/// characters.
+/// Hexadecimal text (RFC 4648, section 8) of either width: encodes and decodes sixteen bytes at a time, and decodes
+/// other pairs of digits by one of two rules for invalid characters. SSE2 is part of every 64-bit x86 processor; the
+/// AVX2 version of the decoder is called where the processor has it (see Processor.h).
 #pragma once
 
+#include <array>
 #include <cstddef>
+#include <cstdint>
 
-#include "algorithms/Characters.h"
-#include "algorithms/HexDigits.h"
+#include <emmintrin.h>
+
+#include "algorithms/Ascii.h"
+#include "algorithms/Processor.h"
+#include "algorithms/SimdBlocks.h"
 
 namespace vorel::algorithms {
+
+enum class HexCase {
+    Upper,
+    Lower,
+};
+
+/// Distance between the character after '9' and the first letter.
+constexpr char hexLetterGap(HexCase letters) noexcept {
+    return static_cast<char>((letters == HexCase::Upper ? 'A' : 'a') - '9' - 1);
+}
+
+/// The digit of a value from 0 to 15.
+constexpr char hexDigit(unsigned int value, HexCase letters) noexcept {
+    return static_cast<char>('0' + value + (value > 9 ? static_cast<unsigned int>(hexLetterGap(letters)) : 0));
+}
+
+/// The values of hexadecimal digits of either case, 0xFF for every other byte.
+inline constexpr auto kHexDigitValues = [] {
+    std::array<std::uint8_t, 256> values = {};
+    for (unsigned int byte = 0; byte != 256; ++byte) {
+        const unsigned int value = hexDigitValue(byte);
+        values[byte] = value < 16 ? static_cast<std::uint8_t>(value) : 0xFF;
+    }
+    return values;
+}();
+
+inline unsigned int hexDigitOf(char c) noexcept {
+    return kHexDigitValues[static_cast<unsigned char>(c)];
+}
+
+/// Writes two digits for each of `count` bytes and returns the end.
+template <class T>
+T* encodeHexScalar(const unsigned char* bytes, std::size_t count, HexCase letters, T* out) noexcept {
+    for (const unsigned char* byte = bytes; byte != bytes + count; ++byte) {
+        *out++ = static_cast<T>(hexDigit(*byte >> 4, letters));
+        *out++ = static_cast<T>(hexDigit(*byte & 15u, letters));
+    }
+    return out;
+}
+
+template <class T>
+T* encodeHex(const unsigned char* bytes, std::size_t count, HexCase letters, T* out) noexcept {
+    const __m128i low = _mm_set1_epi8(15);
+    const auto digits = [gap = _mm_set1_epi8(hexLetterGap(letters))](__m128i values) {
+        const __m128i isLetter = _mm_cmpgt_epi8(values, _mm_set1_epi8(9));
+        return _mm_add_epi8(_mm_add_epi8(values, _mm_set1_epi8('0')), _mm_and_si128(isLetter, gap));
+    };
+    for (; count >= 16; count -= 16, bytes += 16, out += 32) {
+        const __m128i block = _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes));
+        const __m128i first = digits(_mm_and_si128(_mm_srli_epi16(block, 4), low));
+        const __m128i second = digits(_mm_and_si128(block, low));
+        storeCharacters(_mm_unpacklo_epi8(first, second), out);
+        storeCharacters(_mm_unpackhi_epi8(first, second), out + 16);
+    }
+    if (count >= 8) {
+        const __m128i block = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(bytes));
+        const __m128i first = digits(_mm_and_si128(_mm_srli_epi16(block, 4), low));
+        const __m128i second = digits(_mm_and_si128(block, low));
+        storeCharacters(_mm_unpacklo_epi8(first, second), out);
+        count -= 8;
+        bytes += 8;
+        out += 16;
+    }
+    return encodeHexScalar(bytes, count, letters, out);
+}
+
+/// Decodes sixteen digits to eight bytes. Returns false and writes nothing if one is not a digit.
+template <class T>
+bool decodeHexBlock(const T* text, unsigned char* out) noexcept {
+    const __m128i block = loadBlock(text);
+    const __m128i decimal = _mm_sub_epi8(block, _mm_set1_epi8('0'));
+    const __m128i isDecimal = _mm_cmpeq_epi8(_mm_min_epu8(decimal, _mm_set1_epi8(9)), decimal);
+    const __m128i letter = _mm_sub_epi8(_mm_or_si128(block, _mm_set1_epi8(0x20)), _mm_set1_epi8('a'));
+    const __m128i isLetter = _mm_cmpeq_epi8(_mm_min_epu8(letter, _mm_set1_epi8(5)), letter);
+    if (_mm_movemask_epi8(_mm_or_si128(isDecimal, isLetter)) != 0xFFFF) {
+        return false;
+    }
+    const __m128i values = _mm_or_si128(_mm_and_si128(isDecimal, decimal),
+                                        _mm_and_si128(isLetter, _mm_add_epi8(letter, _mm_set1_epi8(10))));
+    // The first digit of each pair is in the lower byte of its 16 bits.
+    const __m128i pairs = _mm_or_si128(_mm_slli_epi16(values, 4), _mm_srli_epi16(values, 8));
+    const __m128i bytes = _mm_packus_epi16(_mm_and_si128(pairs, _mm_set1_epi16(0xFF)), _mm_setzero_si128());
+    _mm_storel_epi64(reinterpret_cast<__m128i*>(out), bytes);
+    return true;
+}
+
+/// With AVX2: decodes at most `blocks` blocks of 32 digits. Stops at the first block with another character. Returns
+/// the number of blocks decoded.
+std::size_t decodeHexAvx2(const char* text, std::size_t blocks, unsigned char* out) noexcept;
+std::size_t decodeHexAvx2(const WideUnit* text, std::size_t blocks, unsigned char* out) noexcept;
+
+/// Decodes at most `blocks` blocks of sixteen digits. Stops at the first block with another character. Returns the
+/// number of blocks decoded.
+template <class T>
+std::size_t decodeHex(const T* text, std::size_t blocks, unsigned char* out) noexcept {
+    std::size_t done = Processor::usesAvx2() ? 2 * decodeHexAvx2(text, blocks / 2, out) : 0;
+    while (done < blocks && decodeHexBlock(text + 16 * done, out + 8 * done)) {
+        ++done;
+    }
+    return done;
+}
+
+// ---- Whole texts
+// -------------------------------------------------------------------------------------------------------
 
 /// Decodes pairs of digits: whole blocks at once, and the others by `decodePair(first, second, byte)`, which returns
 /// whether to continue. The last character of an odd number is paired with the terminator.
@@ -30,8 +140,7 @@ bool decodeHexPairs(const T* text, std::size_t length, unsigned char* out, Decod
 /// The value of a unit under the rule of the decoder that returns a status; a digit has 0 to 15.
 template <class T>
 int hexValueWithStatus(T unit) noexcept {
-    const bool isSmallLetter = unit >= 'a' && unit <= 'z';
-    const int character = (isSmallLetter ? unit - 'a' + 'A' : unit) & 0xFF;
+    const int character = foldToUpperCase(unit) & 0xFF;
     return character < '9' + 1 ? character - '0' : character - 'A' + 10;
 }
 

@@ -1,16 +1,46 @@
 /// \file
-/// Formats an integer as decimal text.
+/// Formats integers as decimal text of either width, sixteen digits in one register, and copies text to a caller's
+/// buffer, truncated to its size.
 #pragma once
 
+#include <algorithm>
 #include <bit>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 
 #include <emmintrin.h>
 
-#include "algorithms/DigitCharacters.h"
+#include "algorithms/SimdBlocks.h"
 
 namespace vorel::algorithms {
+
+/// A number below 10^8 as two groups of four digits, the upper group in the lower half.
+constexpr std::uint64_t groupsOfFour(std::uint64_t number) noexcept {
+    return number / 10000 | number % 10000 << 32;
+}
+
+/// The sixteen digits of a number below 10^16, with leading zeros.
+inline __m128i sixteenDigits(std::uint64_t number) noexcept {
+    constexpr std::uint64_t kHalf = 100000000;
+    const auto upper = static_cast<std::int64_t>(groupsOfFour(number / kHalf));
+    const auto lower = static_cast<std::int64_t>(groupsOfFour(number % kHalf));
+    const __m128i fours = _mm_set_epi64x(lower, upper);
+    // Division by multiplication (Granlund and Montgomery, "Division by Invariant Integers using Multiplication"): x *
+    // 5243 / 2^19 is x / 100 below 10,000, and x * 6554 / 2^16 is x / 10 below 100.
+    const __m128i hundreds = _mm_srli_epi16(_mm_mulhi_epu16(fours, _mm_set1_epi32(5243)), 3);
+    const __m128i belowHundred = _mm_sub_epi16(fours, _mm_mullo_epi16(hundreds, _mm_set1_epi32(100)));
+    const __m128i twos = _mm_or_si128(hundreds, _mm_slli_epi32(belowHundred, 16));
+    const __m128i tens = _mm_mulhi_epu16(twos, _mm_set1_epi16(6554));
+    const __m128i ones = _mm_sub_epi16(twos, _mm_mullo_epi16(tens, _mm_set1_epi16(10)));
+    return _mm_add_epi8(_mm_or_si128(tens, _mm_slli_epi16(ones, 8)), _mm_set1_epi8('0'));
+}
+
+/// One bit for each of sixteen characters, lowest first: whether it is not '0'.
+inline std::uint32_t nonZeroMask(__m128i digits) noexcept {
+    const int zeros = _mm_movemask_epi8(_mm_cmpeq_epi8(digits, _mm_set1_epi8('0')));
+    return static_cast<std::uint32_t>(zeros) ^ 0xFFFF;
+}
 
 /// The longest text of a 64-bit number: twenty digits, or a sign and nineteen.
 inline constexpr std::size_t kMaxIntegerCharacters = 20;
@@ -53,6 +83,74 @@ T* writeInteger(std::uint64_t number, T* out) noexcept {
     const auto zeros = static_cast<unsigned int>(std::countr_zero(nonZeroMask(digits) | kLastDigit));
     storeCharacters(moveToFront(digits, zeros), out);
     return out + (16 - zeros);
+}
+
+// ---- Buffers of a caller
+// -----------------------------------------------------------------------------------------------
+
+/// Copies a short text that does not overlap the target. A call of the runtime would take longer.
+template <class T>
+void copyShort(const T* text, std::size_t length, T* to) noexcept {
+    const auto* const from = reinterpret_cast<const unsigned char*>(text);
+    auto* const out = reinterpret_cast<unsigned char*>(to);
+    const std::size_t bytes = length * sizeof(T);
+    const auto copy = [=](auto block, std::size_t at) {
+        std::memcpy(&block, from + at, sizeof block);
+        std::memcpy(out + at, &block, sizeof block);
+    };
+    // The last block may overlap the one before it.
+    const auto copyBlocks = [&](auto block) {
+        for (std::size_t at = 0; at + sizeof block < bytes; at += sizeof block) {
+            copy(block, at);
+        }
+        copy(block, bytes - sizeof block);
+    };
+    if (bytes >= sizeof(std::uint64_t)) {
+        copyBlocks(std::uint64_t{});
+    } else if (bytes >= sizeof(std::uint32_t)) {
+        copyBlocks(std::uint32_t{});
+    } else {
+        std::copy_n(from, bytes, out);
+    }
+}
+
+/// Copies as much of a text as fits into `size` characters. The last of them becomes a terminator.
+template <class T>
+void copyTruncated(const T* text, std::size_t length, T* buffer, unsigned long long size) noexcept {
+    if (size == 0) {
+        return;
+    }
+    const std::size_t copied = std::min<unsigned long long>(length, size - 1);
+    copyShort(text, copied, buffer);
+    buffer[copied] = 0;
+    buffer[size - 1] = 0;
+}
+
+/// Writes a 64-bit number to `out`, which has space for `kMaxIntegerCharacters`. Returns the end.
+template <class T>
+T* writeSigned(std::uint64_t magnitude, bool negative, T* out) noexcept {
+    *out = '-';
+    return writeInteger(magnitude, out + (negative ? 1 : 0));
+}
+
+/// The absolute value. It holds that of the lowest number too.
+constexpr std::uint64_t magnitudeOf(std::int64_t value) noexcept {
+    const auto bits = static_cast<std::uint64_t>(value);
+    return value < 0 ? 0 - bits : bits;
+}
+
+/// Writes a number and a terminator to `size` characters, truncated to them, and a terminator to the last one. Returns
+/// the buffer, which may be null.
+template <class T>
+T* writeBoundedInteger(std::uint64_t magnitude, bool negative, T* buffer, unsigned long long size) noexcept {
+    if (!buffer) {
+        return nullptr;
+    }
+    // Formatted in a local buffer, because the units after the terminator must stay unchanged.
+    T text[kMaxIntegerCharacters];
+    const T* const end = writeSigned(magnitude, negative, text);
+    copyTruncated(text, static_cast<std::size_t>(end - text), buffer, size);
+    return buffer;
 }
 
 }  // namespace vorel::algorithms

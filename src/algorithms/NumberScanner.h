@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <type_traits>
 
-#include "algorithms/Characters.h"
+#include "algorithms/Ascii.h"
 #include "algorithms/DigitBlock.h"
 
 namespace vorel::algorithms {

@@ -6,7 +6,7 @@
 #include <cstddef>
 #include <limits>
 
-#include "algorithms/Characters.h"
+#include "algorithms/Ascii.h"
 #include "algorithms/NumberScanner.h"
 
 namespace vorel::algorithms {
@@ -55,12 +55,6 @@ int compareNumbers(const T*& a, const T*& b) noexcept {
         }
     }
     return 0;
-}
-
-template <class T>
-constexpr bool isLetter(T c) noexcept {
-    const T folded = foldCase(c);
-    return folded >= 'a' && folded <= 'z';
 }
 
 template <class T>

@@ -1,5 +1,6 @@
 /// \file
-/// Percent-encodes text for a URL (RFC 3986, section 2.1) and decodes it.
+/// Percent-encoding of URLs (RFC 3986, section 2.1): the encoded form of each byte, then encoding and decoding of
+/// narrow text. AVX2 versions are called where the processor has it (see Processor.h).
 #pragma once
 
 #include <bit>
@@ -10,17 +11,122 @@
 
 #include <emmintrin.h>
 
-#include "algorithms/HexDigits.h"
+#include "algorithms/Ascii.h"
+#include "algorithms/HexText.h"
 #include "algorithms/Processor.h"
-#include "algorithms/UrlEscapes.h"
-#include "algorithms/UrlEscapesAvx2.h"
 
 namespace vorel::algorithms {
+
+/// What the encoded text is used for.
+enum class UrlUse : std::uint8_t {
+    Plain,
+    Reserved,
+    Path,
+    PathSegment,
+    Query,
+    QueryParameter,
+    OtherComponent,
+};
+
+inline constexpr std::size_t kUrlUses = 7;
+
+/// The encoded form of a byte: `length` characters of `text`, which has four so that one store writes them.
+struct UrlEscape {
+    char text[4];
+    std::uint32_t length;
+};
+
+/// The encoded form of each byte, and the unchanged bytes as rows and columns for lookups of many at once: the upper
+/// four bits of a byte select a row, the lower four a column. Bytes from 128 on are always escaped. See Wojciech Muła,
+/// "SIMDized check which bytes are in a set".
+struct UrlTable {
+    UrlEscape bytes[256];
+    std::uint8_t plainRowsOfColumn[16];  ///< one bit for each row in which the byte of the column is unchanged
+};
+
+namespace detail {
+
+constexpr bool isEscapedIn(UrlUse use, unsigned int byte) noexcept {
+    if (byte >= 128 || byte == ' ' || isOneOf(byte, "\"#%<>[\\]^`{|}")) {
+        return true;
+    }
+    switch (use) {
+    case UrlUse::Plain: return byte == '~';
+    case UrlUse::Reserved: return isOneOf(byte, "~$&+,/:;=?@");
+    case UrlUse::Path: return byte == '?';
+    case UrlUse::PathSegment: return isOneOf(byte, "/?");
+    case UrlUse::Query: return byte == '+';
+    case UrlUse::QueryParameter: return isOneOf(byte, "+&=");
+    case UrlUse::OtherComponent: break;
+    }
+    return false;
+}
+
+constexpr UrlTable urlTableFor(UrlUse use, bool spaceAsPlus) noexcept {
+    const auto digit = [](unsigned int value) { return hexDigit(value, HexCase::Upper); };
+    UrlTable table = {};
+    for (unsigned int byte = 0; byte != 256; ++byte) {
+        if (byte == ' ' && spaceAsPlus) {
+            table.bytes[byte] = {{'+'}, 1};
+        } else if (isEscapedIn(use, byte)) {
+            table.bytes[byte] = {{'%', digit(byte / 16), digit(byte % 16)}, 3};
+        } else {
+            table.bytes[byte] = {{static_cast<char>(byte)}, 1};
+            std::uint8_t& rows = table.plainRowsOfColumn[byte % 16];
+            rows = static_cast<std::uint8_t>(rows | 1u << byte / 16);
+        }
+    }
+    return table;
+}
+
+struct UrlTables {
+    UrlTable tables[kUrlUses][2];
+};
+
+}  // namespace detail
+
+/// For each use: with a space as "%20", and as '+'.
+inline constexpr detail::UrlTables kUrlTables = [] {
+    detail::UrlTables all = {};
+    for (std::size_t use = 0; use != kUrlUses; ++use) {
+        all.tables[use][0] = detail::urlTableFor(static_cast<UrlUse>(use), false);
+        all.tables[use][1] = detail::urlTableFor(static_cast<UrlUse>(use), true);
+    }
+    return all;
+}();
+
+constexpr const UrlTable& urlTable(UrlUse use, bool spaceAsPlus) noexcept {
+    return kUrlTables.tables[static_cast<std::size_t>(use)][spaceAsPlus ? 1 : 0];
+}
+
+// ---- AVX2
+// --------------------------------------------------------------------------------------------------------------
+
+/// The number of bytes read, and of characters written or counted.
+struct UrlProgress {
+    std::size_t read;
+    std::size_t written;
+};
+
+/// Counts the encoded characters of the whole blocks among `count` bytes.
+UrlProgress measureUrlAvx2(const char* text, std::size_t count, const UrlTable& table) noexcept;
+
+/// Bytes that may be written past the encoded text.
+inline constexpr std::size_t kUrlOverhang = 32;
+
+/// Encodes whole blocks of `count` bytes while another block follows, and while the encoded block and `kUrlOverhang`
+/// bytes fit into the rest of `capacity`. Never writes more than `capacity` bytes, even if another thread changes the
+/// text during the call.
+UrlProgress encodeUrlAvx2(const char* text, std::size_t count, const UrlTable& table, char* out,
+                          std::size_t capacity) noexcept;
+
+// ---- Whole texts
+// -------------------------------------------------------------------------------------------------------
 
 /// The length of the encoded text.
 inline std::uint64_t urlLength(std::string_view text, const UrlTable& table) noexcept {
     std::uint64_t length = 0;
-    if (s_useAvx2) {
+    if (Processor::usesAvx2()) {
         const UrlProgress progress = measureUrlAvx2(text.data(), text.size(), table);
         length = progress.written;
         text.remove_prefix(progress.read);
@@ -35,7 +141,7 @@ inline std::uint64_t urlLength(std::string_view text, const UrlTable& table) noe
 /// remains unused. Never writes more than `capacity` bytes, even if another thread changes the text during the call.
 inline UrlProgress encodeUrl(std::string_view text, const UrlTable& table, char* out, std::size_t capacity) noexcept {
     UrlProgress done = {0, 0};
-    if (s_useAvx2) {
+    if (Processor::usesAvx2()) {
         done = encodeUrlAvx2(text.data(), text.size(), table, out, capacity);
     }
     for (; done.read != text.size() && capacity - done.written >= sizeof UrlEscape::text; ++done.read) {

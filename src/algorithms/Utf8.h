@@ -9,14 +9,13 @@
 
 #include <cstdint>
 
+#include "algorithms/Utf16.h"
+
 namespace vorel::algorithms {
 
 /// The maximum number of bytes of one value, and of one unit of a text.
 inline constexpr unsigned int kLongestUtf8Sequence = 6;
 inline constexpr unsigned int kMaxUtf8BytesPerUnit = 3;
-
-/// Replaces a surrogate that is not part of a pair.
-inline constexpr std::uint32_t kLoneSurrogateReplacement = '?';
 
 /// A decoded sequence: its value and its number of bytes, 0 if the first byte does not start a sequence.
 struct Utf8Sequence {
@@ -78,29 +77,6 @@ constexpr unsigned int encodeUtf8Sequence(std::uint32_t value, unsigned char* ou
     return length;
 }
 
-template <class Unit>
-constexpr bool isHighSurrogate(Unit unit) noexcept {
-    return (unit & 0xFC00) == 0xD800;
-}
-
-template <class Unit>
-constexpr bool isLowSurrogate(Unit unit) noexcept {
-    return (unit & 0xFC00) == 0xDC00;
-}
-
-/// Writes `value` as one unit, or from 0x10000 on as a surrogate pair (RFC 2781), and returns the number of units.
-/// Values above 0x10FFFF are not rejected: the high unit wraps.
-template <class Unit>
-constexpr unsigned int putUnits(std::uint32_t value, Unit* out) noexcept {
-    if (value < 0x10000) {
-        out[0] = static_cast<Unit>(value);
-        return 1;
-    }
-    out[0] = static_cast<Unit>((value >> 10) - 0x2840);
-    out[1] = static_cast<Unit>(0xDC00 | (value & 0x3FF));
-    return 2;
-}
-
 /// How the encoder treats surrogates.
 enum class Surrogates {
     Paired,  ///< a pair is one value, an unpaired surrogate becomes "?"
@@ -113,11 +89,11 @@ template <Surrogates Rule, class Unit>
 constexpr std::uint32_t consumeValue(const Unit*& cursor) noexcept {
     const std::uint32_t unit{static_cast<std::uint16_t>(*cursor++)};
     if constexpr (Rule == Surrogates::Paired) {
-        if ((unit & 0xF800) == 0xD800) {
+        if (isSurrogate(unit)) {
             if (!isHighSurrogate(unit) || !isLowSurrogate(*cursor)) {
                 return kLoneSurrogateReplacement;
             }
-            return unit * 1024 - 56613888 + static_cast<std::uint16_t>(*cursor++);
+            return pairedValue(unit, static_cast<std::uint16_t>(*cursor++));
         }
     }
     return unit;

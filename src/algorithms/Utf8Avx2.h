@@ -5,6 +5,10 @@
 
 #include <cstddef>
 
+#if defined(__AVX2__)
+#include <immintrin.h>
+#endif
+
 namespace vorel::algorithms {
 
 /// Elements read and written. It fits into a register; one call converts at most 2^30 elements.
@@ -26,5 +30,51 @@ Progress decodeUtf8Avx2(const unsigned char* bytes, std::size_t left, void* out,
 /// otherwise each is a value.
 Progress encodeUtf8Avx2(const void* units, std::size_t left, unsigned char* out, std::size_t capacity,
                         bool paired) noexcept;
+
+#if defined(__AVX2__)
+
+// ---- Helpers of both directions, for the sources compiled for AVX2. All functions are static. ----------------------
+
+inline constexpr Progress kNoProgress{0, 0};
+inline constexpr unsigned int kMaxProgress = 1u << 30;
+
+/// Shuffles for a mask of eight elements or bytes: the kept ones move to the front.
+struct Shuffles {
+    unsigned char order[256][16];
+};
+
+static inline __m128i shuffled(__m128i elements, const Shuffles& shuffles, unsigned int mask) noexcept {
+    return _mm_shuffle_epi8(elements, _mm_loadu_si128(reinterpret_cast<const __m128i*>(shuffles.order[mask])));
+}
+
+static inline __m128i load(const void* position) noexcept {
+    return _mm_loadu_si128(static_cast<const __m128i*>(position));
+}
+
+/// The number of set bits.
+static inline unsigned int bits(unsigned int mask) noexcept {
+    return static_cast<unsigned int>(_mm_popcnt_u32(mask));
+}
+
+/// The position of the lowest set bit of `mask`, 32 if none is set.
+static inline unsigned int lowestBit(unsigned int mask) noexcept {
+    return bits((mask & (0 - mask)) - 1);
+}
+
+/// A mask of the lower `count` bits, fewer than 32.
+static inline unsigned int lowBits(unsigned int count) noexcept {
+    return (1u << (count & 31)) - 1;
+}
+
+/// The bits from `position` on, which is below 32.
+static inline unsigned int bitsFrom(unsigned int mask, unsigned int position) noexcept {
+    return mask >> (position & 31);
+}
+
+static inline unsigned int atMost(unsigned int count, std::size_t limit) noexcept {
+    return count < limit ? count : static_cast<unsigned int>(limit);
+}
+
+#endif
 
 }  // namespace vorel::algorithms

@@ -1,7 +1,13 @@
 // Compiled for AVX2. Do not use standard library functions that are emitted out of line: the linker could use the AVX2
 // copy for the rest of the program.
 
-#include "algorithms/Utf8Shuffles.h"
+#include "algorithms/Utf8Avx2.h"
+
+#include <cstdint>
+
+#include "algorithms/PageReads.h"
+#include "algorithms/SimdBlocks.h"
+#include "algorithms/Utf16.h"
 
 namespace vorel::algorithms {
 
@@ -106,12 +112,13 @@ struct Bytes {
             _mm256_or_si256(_mm256_or_si256(_mm256_and_si256(_mm256_srli_epi32(block, 24), every(0x3F)),
                                             _mm256_and_si256(_mm256_srli_epi32(block, 10), every(0xFC0))),
                             _mm256_and_si256(_mm256_slli_epi32(block, 4), every(0x3F000)));
-        const __m256i isLarge = _mm256_cmpgt_epi32(code, every(0xFFFF));
+        const __m256i isLarge = _mm256_cmpgt_epi32(code, every(kFirstPairedValue - 1));
         const auto fours =
             static_cast<unsigned int>(_mm256_movemask_ps(_mm256_castsi256_ps(_mm256_and_si256(isFour, isLarge))));
         const unsigned int count = atMost(atMost(lowestBit(~fours), (left - read) / 4), (capacity - written) / 2);
-        const __m256i high = _mm256_add_epi32(_mm256_srli_epi32(code, 10), every(0xD800 - 0x40));
-        const __m256i low = _mm256_or_si256(_mm256_and_si256(code, every(0x3FF)), every(0xDC00));
+        const __m256i high = _mm256_add_epi32(_mm256_srli_epi32(code, 10), every(kHighSurrogateOffset));
+        const __m256i low =
+            _mm256_or_si256(_mm256_and_si256(code, every(kLowSurrogateBits)), every(kFirstLowSurrogate));
         const __m256i pairs = _mm256_or_si256(high, _mm256_slli_epi32(low, 16));
         unsigned char* const to = out + std::size_t{2} * written;
         read += 4 * count;

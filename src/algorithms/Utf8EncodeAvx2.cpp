@@ -4,7 +4,13 @@
 // The shuffle tables follow Daniel Lemire and Wojciech Muła, "Transcoding billions of Unicode characters per second
 // with SIMD instructions".
 
-#include "algorithms/Utf8Shuffles.h"
+#include "algorithms/Utf8Avx2.h"
+
+#include <cstdint>
+
+#include "algorithms/PageReads.h"
+#include "algorithms/SimdBlocks.h"
+#include "algorithms/Utf16.h"
 
 namespace vorel::algorithms {
 
@@ -105,9 +111,12 @@ struct Encoded {
 /// Encodes the surrogate pairs at the start of `count` units, and sets `count` to their number of units.
 [[gnu::always_inline]] inline Encoded encodePairs(__m128i units, unsigned int& count) noexcept {
     const auto every = [](std::uint32_t value) { return _mm_set1_epi32(static_cast<int>(value)); };
-    const __m128i isPair = _mm_cmpeq_epi32(_mm_and_si128(units, every(0xFC00FC00)), every(0xDC00D800));
-    const __m128i high = _mm_slli_epi32(_mm_add_epi32(_mm_and_si128(units, every(0x3FF)), every(0x40)), 10);
-    const __m128i code = _mm_or_si128(high, _mm_and_si128(_mm_srli_epi32(units, 16), every(0x3FF)));
+    constexpr std::uint32_t kKindMasks = kSurrogateKindMask << 16 | kSurrogateKindMask;
+    constexpr std::uint32_t kPair = kFirstLowSurrogate << 16 | kFirstHighSurrogate;
+    const __m128i isPair = _mm_cmpeq_epi32(_mm_and_si128(units, every(kKindMasks)), every(kPair));
+    const __m128i high = _mm_slli_epi32(
+        _mm_add_epi32(_mm_and_si128(units, every(kLowSurrogateBits)), every(kFirstPairedValue >> 10)), 10);
+    const __m128i code = _mm_or_si128(high, _mm_and_si128(_mm_srli_epi32(units, 16), every(kLowSurrogateBits)));
     const __m128i first = _mm_srli_epi32(code, 18);
     const __m128i second = _mm_and_si128(_mm_srli_epi32(code, 4), every(0x3F00));
     const __m128i third = _mm_and_si128(_mm_slli_epi32(code, 10), every(0x3F0000));
@@ -124,12 +133,12 @@ struct Units {
     [[gnu::always_inline]] explicit Units(__m128i units) noexcept
         : zeros(maskOfUnits(_mm_cmpeq_epi16(units, _mm_setzero_si128()))),
           ascii(maskOfUnits(_mm_cmpgt_epi16(_mm_set1_epi16(0x80), units))) {
-        const __m128i upperBits = _mm_and_si128(units, everyUnit(0xF800));
+        const __m128i upperBits = _mm_and_si128(units, everyUnit(kSurrogateMask));
         shorts = maskOfUnits(_mm_cmpeq_epi16(upperBits, _mm_setzero_si128()));
-        surrogates = maskOfUnits(_mm_cmpeq_epi16(upperBits, everyUnit(0xD800)));
+        surrogates = maskOfUnits(_mm_cmpeq_epi16(upperBits, everyUnit(kFirstHighSurrogate)));
     }
 
-    static __m128i everyUnit(int value) noexcept { return _mm_set1_epi16(static_cast<short>(value)); }
+    static __m128i everyUnit(std::uint32_t value) noexcept { return _mm_set1_epi16(static_cast<short>(value)); }
     static unsigned int maskOfUnits(__m128i found) noexcept {
         return maskOf(_mm_packs_epi16(found, _mm_setzero_si128()));
     }

@@ -13,7 +13,8 @@
 #include <emmintrin.h>
 
 #include "algorithms/AsciiRuns.h"
-#include "algorithms/Pages.h"
+#include "algorithms/PageReads.h"
+#include "algorithms/Utf16.h"
 #include "algorithms/Utf8.h"
 
 namespace vorel::algorithms {
@@ -51,10 +52,10 @@ bool decodeFours(const unsigned char*& byte, const unsigned char* end, Unit*& ou
     const auto trailing = [&](unsigned int index) { return byte[index] & 0x3Fu; };
     do {
         const std::uint32_t value = (*byte & 0x0Fu) << 18 | trailing(1) << 12 | trailing(2) << 6 | trailing(3);
-        if (value < 0x10000) {
+        if (value < kFirstPairedValue) {
             return false;
         }
-        const std::uint32_t pair = 0xDC00D7C0 + (value >> 10) + ((value & 0x3FF) << 16);
+        const std::uint32_t pair = highSurrogateOf(value) | lowSurrogateOf(value) << 16;
         std::memcpy(out, &pair, sizeof pair);
         out += 2;
         byte += 4;
@@ -136,12 +137,12 @@ std::size_t encodeShortText(const Unit* text, int length, unsigned char* out, st
             // cppcheck-suppress knownConditionTrueFalse; without a sign, zero minus 0x80 is large
         } else if (value == 0) {
             break;
-        } else if (Rule == Surrogates::Single || (value & 0xF800) != 0xD800) {
+        } else if (Rule == Surrogates::Single || !isSurrogate(value)) {
             put(0xE0 | value >> 12);
             putTrailing(value >> 6);
             putTrailing(value);
         } else if (isHighSurrogate(value) && isLowSurrogate(unit[1])) {
-            const std::uint32_t code = value * 1024 - 56613888 + static_cast<std::uint16_t>(*++unit);
+            const std::uint32_t code = pairedValue(value, static_cast<std::uint16_t>(*++unit));
             put(0xF0 | code >> 18);
             putTrailing(code >> 12);
             putTrailing(code >> 6);

@@ -9,6 +9,7 @@
 
 #include "algorithms/AsciiRuns.h"
 #include "algorithms/Processor.h"
+#include "algorithms/Utf16.h"
 #include "algorithms/Utf8.h"
 #include "algorithms/Utf8Avx2.h"
 
@@ -87,7 +88,7 @@ private:
             const unsigned char byte = *cursor.position();
             // Decoded before the capacity is checked: a bad byte after the last unit that fits is an error too.
             const Utf8Sequence sequence = byte < 0x80 ? Utf8Sequence{byte, 1} : decodeUtf8Sequence(cursor.position());
-            const std::size_t needed = Rule == LastPair::Left && sequence.value >= 0x10000 ? 2 : 1;
+            const std::size_t needed = Rule == LastPair::Left && sequence.value >= kFirstPairedValue ? 2 : 1;
             m_failed = sequence.bytes == 0;
             if (m_failed || at + needed > capacity) {
                 goesOn = false;
@@ -110,7 +111,7 @@ private:
             units = widenAsciiRun(m_cursor.position(), std::min(m_cursor.left(), capacity), out);
             m_cursor.pass(units);
         }
-        if (!s_useAvx2 || units == capacity || m_cursor.atEnd()) {
+        if (!Processor::usesAvx2() || units == capacity || m_cursor.atEnd()) {
             return units;
         }
         const Progress done = decodeUtf8Avx2(m_cursor.position(), m_cursor.left(), out + units, capacity - units, Rest);
@@ -172,7 +173,7 @@ private:
             run = narrowAsciiRun(m_cursor.position(), std::min(m_cursor.left(), enough), out);
             m_cursor.pass(run);
         }
-        if (!s_useAvx2 || run == enough || m_cursor.atEnd()) {
+        if (!Processor::usesAvx2() || run == enough || m_cursor.atEnd()) {
             return run;
         }
         constexpr bool kPaired = Rule == Surrogates::Paired;

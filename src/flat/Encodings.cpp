@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "algorithms/Characters.h"
+#include "algorithms/Ascii.h"
 #include "flat/Call.h"
 #include "flat/Input.h"
 #include "flat/Output.h"

@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <new>
 
-#include "algorithms/Utf8.h"
+#include "algorithms/Utf16.h"
 #include "flat/Output.h"
 #include "flat/Utf8Units.h"
 #include "vorel/flat/LastError.h"

@@ -4,7 +4,7 @@
 #include <iterator>
 #include <string_view>
 
-#include "algorithms/Characters.h"
+#include "algorithms/Ascii.h"
 #include "flat/Call.h"
 #include "flat/Input.h"
 #include "flat/LastError.h"

@@ -9,7 +9,7 @@
 #include <cstdint>
 #include <iterator>
 
-#include "algorithms/NameHash.h"
+#include "algorithms/Ascii.h"
 #include "text/ClearOnFailure.h"
 #include "text/CodePageNames.h"
 #include "text/CodePageState.h"

@@ -5,7 +5,6 @@
 #include <string>
 #include <string_view>
 
-#include "algorithms/HexDigits.h"
 #include "algorithms/HexText.h"
 #include "core/HeldInputs.h"
 #include "text/OutputSinks.h"

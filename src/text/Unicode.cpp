@@ -7,7 +7,7 @@
 #include <string>
 #include <utility>
 
-#include "algorithms/Utf16Bytes.h"
+#include "algorithms/Utf16.h"
 #include "algorithms/Utf8Short.h"
 #include "algorithms/Utf8Streams.h"
 #include "core/HeldInputs.h"

@@ -5,8 +5,7 @@
 #include <cstring>
 #include <string_view>
 
-#include "algorithms/TextLength.h"
-#include "algorithms/UrlEscapes.h"
+#include "algorithms/PageReads.h"
 #include "algorithms/UrlText.h"
 #include "algorithms/Utf8.h"
 #include "core/HeldInputs.h"

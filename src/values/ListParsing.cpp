@@ -3,7 +3,6 @@
 #include <string_view>
 
 #include "algorithms/ListReading.h"
-#include "algorithms/RangeReading.h"
 #include "core/HeldInputs.h"
 #include "values/ListReaders.h"
 #include "vorel/exceptions/Exception.h"

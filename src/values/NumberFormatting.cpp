@@ -8,7 +8,6 @@
 #include <cstring>
 #include <string_view>
 
-#include "algorithms/BoundedText.h"
 #include "algorithms/DoubleText.h"
 #include "algorithms/IntegerText.h"
 #include "values/DoubleFormat.h"

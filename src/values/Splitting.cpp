@@ -5,8 +5,8 @@
 #include <string_view>
 #include <utility>
 
+#include "algorithms/Ascii.h"
 #include "algorithms/Splitting.h"
-#include "algorithms/Trimming.h"
 #include "core/HeldInputs.h"
 #include "vorel/core/Protocol.h"
 #include "vorel/exceptions/Exception.h"

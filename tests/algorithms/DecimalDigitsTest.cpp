@@ -6,7 +6,6 @@
 
 #include <gtest/gtest.h>
 
-#include "algorithms/DigitCharacters.h"
 #include "algorithms/IntegerText.h"
 #include "support/DoubleTextReference.h"
 #include "support/RandomText.h"

@@ -24,7 +24,7 @@ template <class Implementation>
 class ImplementationTest : public ::testing::Test {
 protected:
     void SetUp() override {
-        if (Implementation::kNeedsAvx2 && !vorel::algorithms::s_useAvx2) {
+        if (Implementation::kNeedsAvx2 && !vorel::algorithms::Processor::usesAvx2()) {
             GTEST_SKIP() << "this processor has no AVX2";
         }
     }

@@ -7,11 +7,11 @@
 namespace {
 
 using vorel::algorithms::detectAvx2;
-using vorel::algorithms::s_useAvx2;
+using vorel::algorithms::Processor;
 
 TEST(Processor, DetectionMatchesTheSystem) {
     EXPECT_EQ(detectAvx2(), IsProcessorFeaturePresent(PF_AVX2_INSTRUCTIONS_AVAILABLE) != FALSE);
-    EXPECT_EQ(s_useAvx2, detectAvx2());
+    EXPECT_EQ(Processor::usesAvx2(), detectAvx2());
 }
 
 }  // namespace

@@ -55,7 +55,7 @@ std::wstring randomText(RandomText& random, bool withLoneSurrogates) {
 class Utf8Avx2 : public testing::Test {
 protected:
     void SetUp() override {
-        if (!vorel::algorithms::s_useAvx2) {
+        if (!vorel::algorithms::Processor::usesAvx2()) {
             GTEST_SKIP() << "this processor has no AVX2";
         }
     }

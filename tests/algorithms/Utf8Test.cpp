@@ -7,17 +7,16 @@
 
 #include <gtest/gtest.h>
 
+#include "algorithms/NotableValues.h"
 #include "support/Utf8Reference.h"
 
 namespace {
 
+using test::notableValues;
 using vorel::algorithms::consumeValue;
 using vorel::algorithms::decodeUtf8Sequence;
 using vorel::algorithms::encodeUtf8Sequence;
-using vorel::algorithms::isHighSurrogate;
-using vorel::algorithms::isLowSurrogate;
 using vorel::algorithms::kLongestUtf8Sequence;
-using vorel::algorithms::putUnits;
 using vorel::algorithms::Surrogates;
 using vorel::algorithms::Utf8Sequence;
 using vorel::algorithms::utf8SequenceLength;
@@ -37,17 +36,6 @@ const std::vector<std::string>& trailers() {
         return all;
     }();
     return kTrailers;
-}
-
-/// The limits of each sequence length, the powers of two and their neighbours, and the limits of the surrogates.
-std::vector<std::uint32_t> notableValues() {
-    std::vector<std::uint32_t> values;
-    for (unsigned int bit = 0; bit < 31; ++bit) {
-        const std::uint32_t power = 1u << bit;
-        values.insert(values.end(), {power - 1, power, power + 1});
-    }
-    values.insert(values.end(), {0xD7FF, 0xD800, 0xDBFF, 0xDC00, 0xDFFF, 0xE000, 0x10FFFF, 0x110000, 0x7FFFFFFF});
-    return values;
 }
 
 std::string encoded(std::uint32_t value) {
@@ -145,44 +133,7 @@ TEST(Utf8Test, EncodeSequence_AgreesWithTheReference) {
     }
 }
 
-TEST(Utf8Test, PutUnits_SplitsFrom10000AndWrapsAbove10FFFF) {
-    struct Case {
-        std::uint32_t value;
-        std::wstring units;
-    };
-    const Case cases[] = {
-        {0x41, L"\x0041"},
-        {0xD800, L"\xD800"},
-        {0xFFFF, L"\xFFFF"},
-        {0x10000, L"\xD800\xDC00"},
-        {0x1F600, L"\xD83D\xDE00"},
-        {0x10FFFF, L"\xDBFF\xDFFF"},
-        {0x110000, L"\xDC00\xDC00"},    // 0x440 - 0x2840
-        {0x3FFFFF, L"\xE7BF\xDFFF"},    // 0xFFF - 0x2840
-        {0x40000000, L"\xD7C0\xDC00"},  // 0x100000 - 0x2840, cut to 16 bits
-        {0x7FFFFFFF, L"\xD7BF\xDFFF"},  // 0x1FFFFF - 0x2840, cut to 16 bits
-    };
-    for (const Case& c : cases) {
-        wchar_t units[2] = {};
-        const unsigned int count = putUnits(c.value, units);
-        EXPECT_EQ(std::wstring(units, count), c.units) << std::hex << c.value;
-    }
-    for (const std::uint32_t value : notableValues()) {
-        std::wstring expected;
-        test::appendUtf16(expected, value);
-        wchar_t units[2] = {};
-        EXPECT_EQ(std::wstring(units, putUnits(value, units)), expected) << std::hex << value;
-    }
-}
-
-TEST(Utf8Test, Surrogates_Ranges) {
-    for (unsigned int unit = 0; unit <= 0xFFFF; ++unit) {
-        ASSERT_EQ(isHighSurrogate(unit), unit >= 0xD800 && unit <= 0xDBFF) << std::hex << unit;
-        ASSERT_EQ(isLowSurrogate(unit), unit >= 0xDC00 && unit <= 0xDFFF) << std::hex << unit;
-    }
-}
-
-TEST(Utf8Test, TakeValue_JoinsPairsAndReplacesUnpairedSurrogates) {
+TEST(Utf8Test, ConsumeValue_JoinsPairsAndReplacesUnpairedSurrogates) {
     struct Case {
         const wchar_t* units;
         std::uint32_t value;

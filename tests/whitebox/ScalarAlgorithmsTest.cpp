@@ -41,22 +41,22 @@ protected:
     }
 
     void TearDown() override {
-        algorithms::s_useAvx2 = m_hasAvx2;
+        algorithms::Processor::setAvx2ForTests(m_hasAvx2);
         Exception::SetMirrorErrorLog(true);
     }
 
     /// Compares the results of `operation` with and without AVX2.
     template <class Operation>
     static void expectSame(const Operation& operation) {
-        algorithms::s_useAvx2 = true;
+        algorithms::Processor::setAvx2ForTests(true);
         const auto fast = operation();
-        algorithms::s_useAvx2 = false;
+        algorithms::Processor::setAvx2ForTests(false);
         const auto scalar = operation();
         ASSERT_EQ(fast, scalar);
     }
 
 private:
-    bool m_hasAvx2 = algorithms::s_useAvx2;
+    bool m_hasAvx2 = algorithms::Processor::usesAvx2();
 };
 
 /// The text that a conversion wrote, or the message of the exception that it threw.

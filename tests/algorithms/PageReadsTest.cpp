@@ -1,4 +1,4 @@
-#include "algorithms/TextLength.h"
+#include "algorithms/PageReads.h"
 
 #include <string>
 #include <string_view>

@@ -1,9 +1,13 @@
 // Compiled for AVX2. Do not use standard library functions that are emitted out of line: the linker could use the AVX2
 // copy for the rest of the program.
 
-#include "algorithms/HexDigitsAvx2.h"
+#include "algorithms/HexText.h"
 
-#include "algorithms/Avx2Blocks.h"
+#include <cstddef>
+
+#include <immintrin.h>
+
+#include "algorithms/SimdBlocks.h"
 
 namespace vorel::algorithms {
 
@@ -18,7 +22,7 @@ template <class T>
 std::size_t decode(const T* text, std::size_t blocks, unsigned char* out) noexcept {
     std::size_t done = 0;
     for (; done < blocks; ++done, text += 32, out += 16) {
-        const __m256i block = loadBytes(text);
+        const __m256i block = loadWideBlock(text);
         const __m256i decimal = _mm256_sub_epi8(block, _mm256_set1_epi8('0'));
         const __m256i letter = _mm256_sub_epi8(_mm256_or_si256(block, _mm256_set1_epi8(0x20)), _mm256_set1_epi8('a'));
         const __m256i isDecimal = upTo(decimal, 9);

@@ -4,24 +4,19 @@
 // Unpacking and packing follow Wojciech Muła and Daniel Lemire, "Faster Base64 Encoding and Decoding Using AVX2
 // Instructions".
 
-#include "algorithms/SixBitsAvx2.h"
+#include "algorithms/Sextets.h"
+
+#include <cstddef>
+#include <cstdint>
 
 #include <immintrin.h>
 
-#include <cstdint>
-
-#include "algorithms/Avx2Blocks.h"
+#include "algorithms/PageReads.h"
+#include "algorithms/SimdBlocks.h"
 
 namespace vorel::algorithms {
 
 namespace {
-
-constexpr std::size_t kBlockBytes = 24;
-constexpr std::size_t kBlockCharacters = 32;
-
-__m256i loadTwice(const void* sixteen) noexcept {
-    return _mm256_broadcastsi128_si256(_mm_loadu_si128(static_cast<const __m128i*>(sixteen)));
-}
 
 /// The alphabet in four parts. The lower four bits of a value select a character in each part, the upper two bits
 /// select the part.
@@ -65,32 +60,20 @@ __m256i spread(__m256i bytes) noexcept {
     return _mm256_or_si256(down, up);
 }
 
-void store(__m256i characters, char* out) noexcept {
-    _mm256_storeu_si256(reinterpret_cast<__m256i*>(out), characters);
-}
-
-void store(__m256i characters, WideUnit* out) noexcept {
-    auto* const units = reinterpret_cast<__m256i*>(out);
-    _mm256_storeu_si256(units, _mm256_cvtepu8_epi16(_mm256_castsi256_si128(characters)));
-    _mm256_storeu_si256(units + 1, _mm256_cvtepu8_epi16(_mm256_extracti128_si256(characters, 1)));
-}
-
-constexpr std::uintptr_t kPage = 4096;
-
 template <class T>
 std::size_t encode(const unsigned char* bytes, std::size_t count, const char* alphabet, T* out) noexcept {
     constexpr std::size_t kRead = 28;  // two loads of sixteen bytes, twelve bytes apart
     const Alphabet lookUp(alphabet);
     std::size_t done = 0;
-    for (; count - done >= kBlockBytes; done += kBlockBytes, out += kBlockCharacters) {
-        if (count - done<kRead&& reinterpret_cast<std::uintptr_t>(bytes + done) % kPage> kPage - kRead) {
+    for (; count - done >= kSextetBlockBytes; done += kSextetBlockBytes, out += kSextetBlockCharacters) {
+        if (count - done < kRead && !isInPage(bytes + done, kRead)) {
             break;
         }
         const auto* const lower = reinterpret_cast<const __m128i*>(bytes + done);
         const auto* const upper = reinterpret_cast<const __m128i*>(bytes + done + 12);
         const __m256i both =
             _mm256_inserti128_si256(_mm256_castsi128_si256(_mm_loadu_si128(lower)), _mm_loadu_si128(upper), 1);
-        store(lookUp.charactersOf(spread(both)), out);
+        storeCharacters(lookUp.charactersOf(spread(both)), out);
     }
     return done;
 }
@@ -98,20 +81,16 @@ std::size_t encode(const unsigned char* bytes, std::size_t count, const char* al
 /// Looks up values by row and column.
 class Rows {
 public:
-    explicit Rows(const SixBitRows& rows) noexcept
+    explicit Rows(const SextetRows& rows) noexcept
         : m_rowsOfColumn(loadTwice(rows.rowsOfColumn)),
           m_offsetOfRow(loadTwice(rows.offsetOfRow)),
           m_irregularOffset(loadTwice(rows.irregularOffset)) {}
 
     /// The values. In `invalid`, the bytes of characters without a value are all ones.
     [[nodiscard]] __m256i valuesOf(__m256i characters, __m256i& invalid) const noexcept {
-        const __m256i bitOfRow = _mm256_setr_epi8(1, 2, 4, 8, 16, 32, 64, -128, 0, 0, 0, 0, 0, 0, 0, 0,  //
-                                                  1, 2, 4, 8, 16, 32, 64, -128, 0, 0, 0, 0, 0, 0, 0, 0);
+        invalid = notInTable(characters, m_rowsOfColumn);
         const __m256i row = _mm256_and_si256(_mm256_srli_epi16(characters, 4), _mm256_set1_epi8(15));
-        const __m256i rows = _mm256_shuffle_epi8(m_rowsOfColumn, characters);
-        const __m256i known = _mm256_and_si256(rows, _mm256_shuffle_epi8(bitOfRow, row));
-        invalid = _mm256_cmpeq_epi8(known, _mm256_setzero_si256());
-        const __m256i isIrregular = _mm256_cmpeq_epi8(row, _mm256_set1_epi8(SixBitRows::kIrregularRow));
+        const __m256i isIrregular = _mm256_cmpeq_epi8(row, _mm256_set1_epi8(SextetRows::kIrregularRow));
         const __m256i offset = _mm256_blendv_epi8(_mm256_shuffle_epi8(m_offsetOfRow, row),
                                                   _mm256_shuffle_epi8(m_irregularOffset, characters), isIrregular);
         return _mm256_add_epi8(characters, offset);
@@ -126,33 +105,32 @@ private:
 /// Whether a block can be read: it lies in one page, or the text does not end before the next page.
 template <class T>
 bool isReadable(const T* text) noexcept {
-    constexpr std::uintptr_t kBlock = kBlockCharacters * sizeof(T);
-    const std::uintptr_t offset = reinterpret_cast<std::uintptr_t>(text) % kPage;
-    if (offset <= kPage - kBlock) {
+    constexpr std::uintptr_t kBlock = kSextetBlockCharacters * sizeof(T);
+    if (isInPage(text, kBlock)) {
         return true;
     }
-    const std::uintptr_t before = (offset - (kPage - kBlock)) / sizeof(T);
-    const auto zeros = static_cast<std::uint32_t>(
-        _mm256_movemask_epi8(_mm256_cmpeq_epi8(loadBytes(text - before), _mm256_setzero_si256())));
+    const std::uintptr_t offset = offsetInPage(text);
+    const std::uintptr_t before = (offset - (kPageBytes - kBlock)) / sizeof(T);
+    const std::uint32_t zeros = maskOf(_mm256_cmpeq_epi8(loadWideBlock(text - before), _mm256_setzero_si256()));
     return offset % sizeof(T) == 0 && zeros >> before == 0;
 }
 
 template <class T>
-std::size_t decode(const T* text, std::size_t blocks, const SixBitRows& rows, InvalidCharacters rule,
+std::size_t decode(const T* text, std::size_t blocks, const SextetRows& rows, InvalidCharacters rule,
                    unsigned char* out) noexcept {
     const Rows lookUp(rows);
     const __m256i order = _mm256_setr_epi8(2, 1, 0, 6, 5, 4, 10, 9, 8, 14, 13, 12, -1, -1, -1, -1,  //
                                            2, 1, 0, 6, 5, 4, 10, 9, 8, 14, 13, 12, -1, -1, -1, -1);
     std::size_t done = 0;
-    for (; done < blocks && isReadable(text); ++done, text += kBlockCharacters, out += kBlockBytes) {
+    for (; done < blocks && isReadable(text); ++done, text += kSextetBlockCharacters, out += kSextetBlockBytes) {
         __m256i invalid;
-        __m256i sixBits = lookUp.valuesOf(loadBytes(text), invalid);
+        __m256i sextets = lookUp.valuesOf(loadWideBlock(text), invalid);
         if (rule == InvalidCharacters::AsZero) {
-            sixBits = _mm256_andnot_si256(invalid, sixBits);
+            sextets = _mm256_andnot_si256(invalid, sextets);
         } else if (_mm256_movemask_epi8(invalid) != 0) {
             break;
         }
-        const __m256i twelveBits = _mm256_maddubs_epi16(sixBits, _mm256_set1_epi32(0x01400140));
+        const __m256i twelveBits = _mm256_maddubs_epi16(sextets, _mm256_set1_epi32(0x01400140));
         const __m256i groups = _mm256_madd_epi16(twelveBits, _mm256_set1_epi32(0x00011000));
         const __m256i bytes = _mm256_shuffle_epi8(groups, order);
         const __m256i together = _mm256_permutevar8x32_epi32(bytes, _mm256_setr_epi32(0, 1, 2, 4, 5, 6, 3, 7));
@@ -163,21 +141,21 @@ std::size_t decode(const T* text, std::size_t blocks, const SixBitRows& rows, In
 
 }  // namespace
 
-std::size_t encodeSixBitsAvx2(const unsigned char* bytes, std::size_t count, const char* alphabet, char* out) noexcept {
+std::size_t encodeSextetsAvx2(const unsigned char* bytes, std::size_t count, const char* alphabet, char* out) noexcept {
     return encode(bytes, count, alphabet, out);
 }
 
-std::size_t encodeSixBitsAvx2(const unsigned char* bytes, std::size_t count, const char* alphabet,
+std::size_t encodeSextetsAvx2(const unsigned char* bytes, std::size_t count, const char* alphabet,
                               WideUnit* out) noexcept {
     return encode(bytes, count, alphabet, out);
 }
 
-std::size_t decodeSixBitsAvx2(const char* text, std::size_t blocks, const SixBitRows& rows, InvalidCharacters rule,
+std::size_t decodeSextetsAvx2(const char* text, std::size_t blocks, const SextetRows& rows, InvalidCharacters rule,
                               unsigned char* out) noexcept {
     return decode(text, blocks, rows, rule, out);
 }
 
-std::size_t decodeSixBitsAvx2(const WideUnit* text, std::size_t blocks, const SixBitRows& rows, InvalidCharacters rule,
+std::size_t decodeSextetsAvx2(const WideUnit* text, std::size_t blocks, const SextetRows& rows, InvalidCharacters rule,
                               unsigned char* out) noexcept {
     return decode(text, blocks, rows, rule, out);
 }

@@ -1,4 +1,4 @@
-#include "algorithms/UrlEscapes.h"
+#include "algorithms/UrlText.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -10,8 +10,6 @@
 #include <gtest/gtest.h>
 
 #include "algorithms/ImplementationChoice.h"
-#include "algorithms/UrlEscapesAvx2.h"
-#include "algorithms/UrlText.h"
 #include "support/PageEdge.h"
 #include "support/RandomText.h"
 #include "support/UrlReference.h"

@@ -1,4 +1,4 @@
-#include "algorithms/SixBits.h"
+#include "algorithms/Sextets.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -10,7 +10,6 @@
 #include <gtest/gtest.h>
 
 #include "algorithms/ImplementationChoice.h"
-#include "algorithms/SixBitsAvx2.h"
 #include "support/BitTextReference.h"
 #include "support/PageEdge.h"
 #include "support/RandomText.h"
@@ -29,8 +28,8 @@ constexpr std::size_t kPage = 4096;
 struct Encoding {
     std::string_view characters;
     std::string_view alphabet;
-    const algorithms::SixBitRows& rows;
-    const algorithms::SixBitValues& values;
+    const algorithms::SextetRows& rows;
+    const algorithms::SextetValues& values;
 };
 
 const Encoding kEncodings[] = {
@@ -56,8 +55,8 @@ struct Scalar {
             unsigned int values[kBlockCharacters];
             for (std::size_t at = 0; at < kBlockCharacters; ++at) {
                 const unsigned int unit = static_cast<std::make_unsigned_t<T>>(text[at]);
-                values[at] = unit < 128 ? encoding.values.values[unit] : algorithms::SixBitValues::kNone;
-                if (values[at] == algorithms::SixBitValues::kNone) {
+                values[at] = unit < 128 ? encoding.values.values[unit] : algorithms::SextetValues::kNone;
+                if (values[at] == algorithms::SextetValues::kNone) {
                     if (rule == InvalidCharacters::Stop) {
                         return block;
                     }
@@ -80,16 +79,16 @@ struct Avx2 {
     static constexpr std::size_t kOverhang = 8;
 
     static std::size_t encode(const unsigned char* bytes, std::size_t count, const Encoding& encoding, T* out) {
-        return algorithms::encodeSixBitsAvx2(bytes, count, encoding.alphabet.data(), out);
+        return algorithms::encodeSextetsAvx2(bytes, count, encoding.alphabet.data(), out);
     }
     static std::size_t decode(const T* text, std::size_t blocks, const Encoding& encoding, InvalidCharacters rule,
                               unsigned char* out) {
-        return algorithms::decodeSixBitsAvx2(text, blocks, encoding.rows, rule, out);
+        return algorithms::decodeSextetsAvx2(text, blocks, encoding.rows, rule, out);
     }
 };
 
 template <class Implementation>
-class SixBits : public test::ImplementationTest<Implementation> {
+class Sextets : public test::ImplementationTest<Implementation> {
 protected:
     using Unit = typename Implementation::Unit;
     using Text = std::basic_string<Unit>;
@@ -140,9 +139,9 @@ protected:
 };
 
 using Implementations = ::testing::Types<Scalar<char>, Scalar<wchar_t>, Avx2<char>, Avx2<wchar_t>>;
-TYPED_TEST_SUITE(SixBits, Implementations, test::ImplementationNames);
+TYPED_TEST_SUITE(Sextets, Implementations, test::ImplementationNames);
 
-TYPED_TEST(SixBits, Encode_EveryCountAndNothingElse) {
+TYPED_TEST(Sextets, Encode_EveryCountAndNothingElse) {
     test::RandomText random(20261123);
     for (const Encoding& encoding : kEncodings) {
         for (std::size_t count = 0; count <= 5 * kBlockBytes + 1; ++count) {
@@ -152,7 +151,7 @@ TYPED_TEST(SixBits, Encode_EveryCountAndNothingElse) {
     }
 }
 
-TYPED_TEST(SixBits, Encode_EveryCharacterAtEveryBlockPosition) {
+TYPED_TEST(Sextets, Encode_EveryCharacterAtEveryBlockPosition) {
     for (const Encoding& encoding : kEncodings) {
         std::vector<unsigned int> units;
         for (std::size_t at = 0; at < 64 * kBlockCharacters; ++at) {
@@ -162,7 +161,7 @@ TYPED_TEST(SixBits, Encode_EveryCharacterAtEveryBlockPosition) {
     }
 }
 
-TYPED_TEST(SixBits, Encode_AgreesWithTheReferenceOnRandomBytes) {
+TYPED_TEST(Sextets, Encode_AgreesWithTheReferenceOnRandomBytes) {
     test::RandomText random(20261124);
     for (int round = 0; round < 500; ++round) {
         ASSERT_NO_FATAL_FAILURE(this->expectEncoded(random.bytes(random.below(400)), kEncodings[random.below(2)]))
@@ -170,7 +169,7 @@ TYPED_TEST(SixBits, Encode_AgreesWithTheReferenceOnRandomBytes) {
     }
 }
 
-TYPED_TEST(SixBits, Decode_OnlyTheGivenWholeBlocks) {
+TYPED_TEST(Sextets, Decode_OnlyTheGivenWholeBlocks) {
     for (const Encoding& encoding : kEncodings) {
         for (std::size_t length = 0; length <= 4 * kBlockCharacters + 1; ++length) {
             const auto* const place = this->placedAtEnd(this->textOf(encoding, length));
@@ -187,7 +186,7 @@ TYPED_TEST(SixBits, Decode_OnlyTheGivenWholeBlocks) {
     }
 }
 
-TYPED_TEST(SixBits, Decode_ContinuesAcrossPages) {
+TYPED_TEST(Sextets, Decode_ContinuesAcrossPages) {
     using T = typename TypeParam::Unit;
     for (std::size_t before = 0; before <= 3 * kBlockCharacters; ++before) {
         SCOPED_TRACE(before);
@@ -198,7 +197,7 @@ TYPED_TEST(SixBits, Decode_ContinuesAcrossPages) {
     }
 }
 
-TYPED_TEST(SixBits, Decode_EveryUnitAtEveryBlockPosition) {
+TYPED_TEST(Sextets, Decode_EveryUnitAtEveryBlockPosition) {
     using T = typename TypeParam::Unit;
     for (const Encoding& encoding : kEncodings) {
         auto text = this->textOf(encoding, 3 * kBlockCharacters);
@@ -218,7 +217,7 @@ TYPED_TEST(SixBits, Decode_EveryUnitAtEveryBlockPosition) {
     }
 }
 
-TYPED_TEST(SixBits, Decode_AgreesWithTheReferenceOnRandomTexts) {
+TYPED_TEST(Sextets, Decode_AgreesWithTheReferenceOnRandomTexts) {
     using T = typename TypeParam::Unit;
     test::RandomText random(20261125);
     for (int round = 0; round < 2000; ++round) {
@@ -240,7 +239,7 @@ TYPED_TEST(SixBits, Decode_AgreesWithTheReferenceOnRandomTexts) {
     }
 }
 
-TEST(SixBitsTables, ContainTheAlphabets) {
+TEST(SextetsTables, ContainTheAlphabets) {
     for (const Encoding& encoding : kEncodings) {
         EXPECT_EQ(encoding.alphabet, encoding.characters);
         for (unsigned int character = 0; character < 128; ++character) {

@@ -1,4 +1,4 @@
-#include "algorithms/HexDigits.h"
+#include "algorithms/HexText.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -9,7 +9,6 @@
 
 #include <gtest/gtest.h>
 
-#include "algorithms/HexDigitsAvx2.h"
 #include "algorithms/ImplementationChoice.h"
 #include "support/BitTextReference.h"
 #include "support/PageEdge.h"

@@ -1,0 +1,54 @@
+/// \file
+/// The rule for reads in blocks, and the length of a text by that rule. Such reads may extend past either end of a
+/// text: they do not fault while they stay in a page that holds a part of it.
+///
+/// The rule's functions are static, so that sources for special processors can use them.
+#pragma once
+
+#include <bit>
+#include <cstddef>
+#include <cstdint>
+
+#include <emmintrin.h>
+
+namespace vorel::algorithms {
+
+inline constexpr std::uintptr_t kPageBytes = 4096;  // the smallest page size
+
+/// The distance of `position` from the start of its page, in bytes.
+static inline std::uintptr_t offsetInPage(const void* position) noexcept {
+    return reinterpret_cast<std::uintptr_t>(position) % kPageBytes;
+}
+
+/// Whether `size` bytes from `position` lie in one page.
+static inline bool isInPage(const void* position, std::uintptr_t size) noexcept {
+    return offsetInPage(position) <= kPageBytes - size;
+}
+
+/// Whether `before` bytes before `position` and `after` bytes from it lie in one page.
+static inline bool isInPageAround(const void* position, std::uintptr_t before, std::uintptr_t after) noexcept {
+    return offsetInPage(position) - before <= kPageBytes - before - after;  // a smaller offset wraps to a large number
+}
+
+/// The number of bytes before the terminator. The runtime's function is slow for short texts.
+inline std::size_t textLength(const char* text) noexcept {
+    constexpr std::uintptr_t kBlock = 16;
+    const char* cursor = text;
+    for (;;) {
+        if (!isInPage(cursor, kBlock)) {
+            if (*cursor == 0) {
+                return static_cast<std::size_t>(cursor - text);
+            }
+            ++cursor;
+            continue;
+        }
+        const __m128i block = _mm_loadu_si128(reinterpret_cast<const __m128i*>(cursor));
+        const auto zeros = static_cast<std::uint32_t>(_mm_movemask_epi8(_mm_cmpeq_epi8(block, _mm_setzero_si128())));
+        if (zeros != 0) {
+            return static_cast<std::size_t>(cursor - text) + static_cast<std::size_t>(std::countr_zero(zeros));
+        }
+        cursor += kBlock;
+    }
+}
+
+}  // namespace vorel::algorithms
