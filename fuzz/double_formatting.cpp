@@ -8,7 +8,7 @@
 #include <string>
 #include <string_view>
 
-#include "algorithms/DoubleText.h"
+#include "algorithms/NumberText.h"
 #include "support/DoubleTextReference.h"
 #include "support/Input.h"
 #include "values/DoubleFormat.h"

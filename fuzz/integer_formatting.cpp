@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <string>
 
-#include "algorithms/IntegerText.h"
+#include "algorithms/NumberText.h"
 #include "support/Input.h"
 
 namespace {

@@ -8,8 +8,7 @@
 #include <cstring>
 #include <string_view>
 
-#include "algorithms/DoubleText.h"
-#include "algorithms/IntegerText.h"
+#include "algorithms/NumberText.h"
 #include "values/DoubleFormat.h"
 
 namespace vorel::util {

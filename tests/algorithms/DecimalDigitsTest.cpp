@@ -6,7 +6,7 @@
 
 #include <gtest/gtest.h>
 
-#include "algorithms/IntegerText.h"
+#include "algorithms/NumberText.h"
 #include "support/DoubleTextReference.h"
 #include "support/RandomText.h"
 
