@@ -20,6 +20,12 @@ constexpr bool isDigit(T c) noexcept {
     return c >= '0' && c <= '9';
 }
 
+/// Whether `c` is from 0x01 to 0x7F.
+template <class T>
+constexpr bool isAsciiText(T c) noexcept {
+    return c - 1u < 0x7F;
+}
+
 /// Whether `c` is one of `characters`, which are ASCII.
 template <class T>
 constexpr bool isOneOf(T c, std::string_view characters) noexcept {

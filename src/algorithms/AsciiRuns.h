@@ -13,16 +13,11 @@
 
 #include <emmintrin.h>
 
+#include "algorithms/Ascii.h"
 #include "algorithms/PageReads.h"
 #include "algorithms/SimdBlocks.h"
 
 namespace vorel::algorithms {
-
-/// Whether `element` is from 0x01 to 0x7F.
-template <class T>
-constexpr bool isAsciiText(T element) noexcept {
-    return element - 1u < 0x7F;
-}
 
 /// Elements per block.
 inline constexpr std::size_t kAsciiBlock = 16;
@@ -35,26 +30,14 @@ struct AsciiBlock {
           stops(static_cast<unsigned int>(
               _mm_movemask_epi8(_mm_or_si128(block, _mm_cmpeq_epi8(block, _mm_setzero_si128()))))) {}
 
+    /// The saturated packing of units keeps 0x01 to 0x7F and turns every other unit into 0x00 or a byte from 0x80 on.
+    static AsciiBlock load(const WideUnit* from) noexcept { return AsciiBlock(loadBlock(from)); }
     static AsciiBlock load(const unsigned char* from) noexcept {
-        return AsciiBlock(_mm_loadu_si128(reinterpret_cast<const __m128i*>(from)));
+        return AsciiBlock(loadBlock(reinterpret_cast<const char*>(from)));
     }
 
-    /// Saturated packing keeps 0x01 to 0x7F and turns every other unit into 0x00 or a byte from 0x80 on.
-    template <class Unit>
-    static AsciiBlock load(const Unit* from) noexcept {
-        static_assert(sizeof(Unit) == 2);
-        const auto* const halves = reinterpret_cast<const __m128i*>(from);
-        return AsciiBlock(_mm_packus_epi16(_mm_loadu_si128(halves), _mm_loadu_si128(halves + 1)));
-    }
-
-    void store(unsigned char* to) const noexcept { _mm_storeu_si128(reinterpret_cast<__m128i*>(to), bytes); }
-
-    template <class Unit>
-    void store(Unit* to) const noexcept {
-        auto* const halves = reinterpret_cast<__m128i*>(to);
-        _mm_storeu_si128(halves, _mm_unpacklo_epi8(bytes, _mm_setzero_si128()));
-        _mm_storeu_si128(halves + 1, _mm_unpackhi_epi8(bytes, _mm_setzero_si128()));
-    }
+    void store(WideUnit* to) const noexcept { storeCharacters(bytes, to); }
+    void store(unsigned char* to) const noexcept { storeCharacters(bytes, reinterpret_cast<char*>(to)); }
 
     __m128i bytes;
     unsigned int stops;  ///< one bit for each element outside 0x01 to 0x7F
@@ -65,8 +48,7 @@ inline void storeFirst(const AsciiBlock& block, std::size_t count, unsigned char
     storeFirstBytes(block.bytes, count, to);
 }
 
-template <class Unit>
-void storeFirst(const AsciiBlock& block, std::size_t count, Unit* to) noexcept {
+inline void storeFirst(const AsciiBlock& block, std::size_t count, WideUnit* to) noexcept {
     const __m128i low = _mm_unpacklo_epi8(block.bytes, _mm_setzero_si128());
     const __m128i high = _mm_unpackhi_epi8(block.bytes, _mm_setzero_si128());
     const std::size_t inLow = std::min<std::size_t>(count, 8);

@@ -42,7 +42,7 @@ bool areBlocksInPage(const T* position) noexcept {
 template <class T>
 std::uint64_t digitMask(const T* position) noexcept {
     const __m128i values = _mm_sub_epi8(loadBlock(position), _mm_set1_epi8('0'));
-    const __m128i isDigit = _mm_cmpeq_epi8(_mm_min_epu8(values, _mm_set1_epi8(9)), values);
+    const __m128i isDigit = isAtMost(values, 9);
     return static_cast<std::uint64_t>(_mm_movemask_epi8(isDigit));
 }
 

@@ -86,9 +86,9 @@ template <class T>
 bool decodeHexBlock(const T* text, unsigned char* out) noexcept {
     const __m128i block = loadBlock(text);
     const __m128i decimal = _mm_sub_epi8(block, _mm_set1_epi8('0'));
-    const __m128i isDecimal = _mm_cmpeq_epi8(_mm_min_epu8(decimal, _mm_set1_epi8(9)), decimal);
-    const __m128i letter = _mm_sub_epi8(_mm_or_si128(block, _mm_set1_epi8(0x20)), _mm_set1_epi8('a'));
-    const __m128i isLetter = _mm_cmpeq_epi8(_mm_min_epu8(letter, _mm_set1_epi8(5)), letter);
+    const __m128i isDecimal = isAtMost(decimal, 9);
+    const __m128i letter = _mm_sub_epi8(_mm_or_si128(block, _mm_set1_epi8(char{kCaseBit})), _mm_set1_epi8('a'));
+    const __m128i isLetter = isAtMost(letter, 5);
     if (_mm_movemask_epi8(_mm_or_si128(isDecimal, isLetter)) != 0xFFFF) {
         return false;
     }

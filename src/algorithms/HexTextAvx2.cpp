@@ -7,16 +7,12 @@
 
 #include <immintrin.h>
 
+#include "algorithms/Ascii.h"
 #include "algorithms/SimdBlocks.h"
 
 namespace vorel::algorithms {
 
 namespace {
-
-/// A mask of the bytes from 0 to `limit`.
-__m256i upTo(__m256i bytes, int limit) noexcept {
-    return _mm256_cmpeq_epi8(_mm256_min_epu8(bytes, _mm256_set1_epi8(static_cast<char>(limit))), bytes);
-}
 
 template <class T>
 std::size_t decode(const T* text, std::size_t blocks, unsigned char* out) noexcept {
@@ -24,9 +20,10 @@ std::size_t decode(const T* text, std::size_t blocks, unsigned char* out) noexce
     for (; done < blocks; ++done, text += 32, out += 16) {
         const __m256i block = loadWideBlock(text);
         const __m256i decimal = _mm256_sub_epi8(block, _mm256_set1_epi8('0'));
-        const __m256i letter = _mm256_sub_epi8(_mm256_or_si256(block, _mm256_set1_epi8(0x20)), _mm256_set1_epi8('a'));
-        const __m256i isDecimal = upTo(decimal, 9);
-        const __m256i isLetter = upTo(letter, 5);
+        const __m256i letter =
+            _mm256_sub_epi8(_mm256_or_si256(block, _mm256_set1_epi8(char{kCaseBit})), _mm256_set1_epi8('a'));
+        const __m256i isDecimal = isAtMost(decimal, 9);
+        const __m256i isLetter = isAtMost(letter, 5);
         if (_mm256_movemask_epi8(_mm256_or_si256(isDecimal, isLetter)) != -1) {
             break;
         }

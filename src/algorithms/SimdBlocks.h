@@ -45,6 +45,11 @@ static inline void storeCharacters(__m128i characters, WideUnit* out) noexcept {
     _mm_storeu_si128(units + 1, _mm_unpackhi_epi8(characters, _mm_setzero_si128()));
 }
 
+/// All ones in the bytes from 0 to `limit`.
+static inline __m128i isAtMost(__m128i bytes, unsigned char limit) noexcept {
+    return _mm_cmpeq_epi8(_mm_min_epu8(bytes, _mm_set1_epi8(static_cast<char>(limit))), bytes);
+}
+
 /// Stores the first `count` bytes, at most sixteen, and writes nothing past them.
 static inline void storeFirstBytes(__m128i bytes, std::size_t count, void* to) noexcept {
     auto* out = static_cast<unsigned char*>(to);
@@ -102,6 +107,10 @@ static inline void storeCharacters(__m256i characters, WideUnit* out) noexcept {
     auto* const units = reinterpret_cast<__m256i*>(out);
     _mm256_storeu_si256(units, _mm256_cvtepu8_epi16(_mm256_castsi256_si128(characters)));
     _mm256_storeu_si256(units + 1, _mm256_cvtepu8_epi16(_mm256_extracti128_si256(characters, 1)));
+}
+
+static inline __m256i isAtMost(__m256i bytes, unsigned char limit) noexcept {
+    return _mm256_cmpeq_epi8(_mm256_min_epu8(bytes, _mm256_set1_epi8(static_cast<char>(limit))), bytes);
 }
 
 /// The top bits of all bytes, lowest byte first.

@@ -47,18 +47,18 @@ static inline __m128i shuffled(__m128i elements, const Shuffles& shuffles, unsig
     return _mm_shuffle_epi8(elements, _mm_loadu_si128(reinterpret_cast<const __m128i*>(shuffles.order[mask])));
 }
 
-static inline __m128i load(const void* position) noexcept {
+static inline __m128i loadBytes(const void* position) noexcept {
     return _mm_loadu_si128(static_cast<const __m128i*>(position));
 }
 
 /// The number of set bits.
-static inline unsigned int bits(unsigned int mask) noexcept {
+static inline unsigned int countBits(unsigned int mask) noexcept {
     return static_cast<unsigned int>(_mm_popcnt_u32(mask));
 }
 
 /// The position of the lowest set bit of `mask`, 32 if none is set.
 static inline unsigned int lowestBit(unsigned int mask) noexcept {
-    return bits((mask & (0 - mask)) - 1);
+    return countBits((mask & (0 - mask)) - 1);
 }
 
 /// A mask of the lower `count` bits, fewer than 32.

@@ -39,10 +39,10 @@ constexpr std::size_t kFourByteBlock = 32;
 
 /// The units that begin at each of sixteen bytes, as if each were a lead byte.
 [[gnu::always_inline]] inline __m256i unitsAt(const unsigned char* bytes) noexcept {
-    const __m256i lead = _mm256_cvtepu8_epi16(load(bytes));
+    const __m256i lead = _mm256_cvtepu8_epi16(loadBytes(bytes));
     const __m256i low = _mm256_set1_epi16(0x3F);
-    const __m256i second = _mm256_and_si256(_mm256_cvtepu8_epi16(load(bytes + 1)), low);
-    const __m256i third = _mm256_and_si256(_mm256_cvtepu8_epi16(load(bytes + 2)), low);
+    const __m256i second = _mm256_and_si256(_mm256_cvtepu8_epi16(loadBytes(bytes + 1)), low);
+    const __m256i third = _mm256_and_si256(_mm256_cvtepu8_epi16(loadBytes(bytes + 2)), low);
     const __m256i two = _mm256_or_si256(_mm256_slli_epi16(_mm256_and_si256(lead, _mm256_set1_epi16(0x1F)), 6), second);
     // The shift drops the upper bits of the lead of three bytes.
     const __m256i three =
@@ -76,7 +76,7 @@ struct Bytes {
 /// bytes, or the end of the `left` bytes. Writes nothing past the decoded units.
 [[gnu::noinline]] Progress decodePart(const unsigned char* bytes, std::size_t left, unsigned char* out,
                                       std::size_t capacity) noexcept {
-    const Bytes found(load(bytes));
+    const Bytes found(loadBytes(bytes));
     const unsigned int size = atMost(lowestBit(found.zeros | found.fours | 1u << kBytes), left);
     const unsigned int leads = found.leads & lowBits(size);
     const unsigned int announced = leads << 1 | (found.threes & leads) << 2;
@@ -87,12 +87,12 @@ struct Bytes {
     const unsigned int cut = (bitsFrom(leads, size - 1) & 1) != 0 ? 1 : 2;
     const unsigned int whole = bitsFrom(announced, size) == 0 ? size : size - cut;
     const unsigned int kept = ~found.trailing & lowBits(whole);
-    const unsigned int count = bits(kept);
+    const unsigned int count = countBits(kept);
     if (count > capacity) {
         return kNoProgress;
     }
     const __m256i units = unitsAt(bytes);
-    const unsigned int inFirst = bits(kept & 0xFF);
+    const unsigned int inFirst = countBits(kept & 0xFF);
     storeFirstBytes(shuffled(_mm256_castsi256_si128(units), kKeepUnits, kept & 0xFF), std::size_t{2} * inFirst, out);
     storeFirstBytes(shuffled(_mm256_extracti128_si256(units, 1), kKeepUnits, kept >> 8),
                     std::size_t{2} * (count - inFirst), out + std::size_t{2} * inFirst);
@@ -145,7 +145,7 @@ struct Bytes {
     while (left - read >= kBytes && capacity - written >= kBytes && isInPage(bytes + read, kReadBytes)) {
         const unsigned char* const next = bytes + read;
         auto* const to = reinterpret_cast<__m128i*>(out + std::size_t{2} * written);
-        const __m128i block = load(next);
+        const __m128i block = loadBytes(next);
         const Bytes found(block);
         if ((found.zeros | found.notAscii | expected) == 0) {
             _mm256_storeu_si256(reinterpret_cast<__m256i*>(to), _mm256_cvtepu8_epi16(block));
@@ -159,12 +159,12 @@ struct Bytes {
         }
         const unsigned int kept = ~found.trailing & 0xFFFF;
         const __m256i units = unitsAt(next);
-        const unsigned int inFirst = bits(kept & 0xFF);
+        const unsigned int inFirst = countBits(kept & 0xFF);
         _mm_storeu_si128(to, shuffled(_mm256_castsi256_si128(units), kKeepUnits, kept & 0xFF));
         _mm_storeu_si128(reinterpret_cast<__m128i*>(out + std::size_t{2} * (written + inFirst)),
                          shuffled(_mm256_extracti128_si256(units, 1), kKeepUnits, kept >> 8));
         read += kBytes;
-        written += bits(kept);
+        written += countBits(kept);
         expected = announced >> kBytes;
     }
     if (expected != 0) {  // the last character is left to the next step

@@ -75,7 +75,8 @@ struct Encoded {
     const __m128i two = _mm_or_si128(lead, _mm_slli_epi16(trail, 8));
     const __m128i isAscii = _mm_cmpgt_epi16(_mm_set1_epi16(0x80), units);
     const __m128i bytes = _mm_blendv_epi8(two, units, isAscii);
-    return {shuffled(bytes, kOneOrTwoBytes, ascii), _mm_setzero_si128(), 2 * count - bits(ascii & lowBits(count)), 0};
+    return {shuffled(bytes, kOneOrTwoBytes, ascii), _mm_setzero_si128(), 2 * count - countBits(ascii & lowBits(count)),
+            0};
 }
 
 /// Encodes the first `count` units of any value, each as one value.
@@ -99,7 +100,7 @@ struct Encoded {
     const auto piece = [=](__m128i elements, unsigned int shift, unsigned int counted, __m128i& packed) {
         const unsigned int mask = (shorts >> shift & 15) | (asciis >> shift & 15) << 4;
         packed = shuffled(elements, kOneToThreeBytes, mask);
-        return 3 * counted - bits(mask & (lowBits(counted) | lowBits(counted) << 4));
+        return 3 * counted - countBits(mask & (lowBits(counted) | lowBits(counted) << 4));
     };
     Encoded encoded;
     const unsigned int inFirst = atMost(count, 4);
@@ -164,7 +165,7 @@ struct Units {
     unsigned int read = 0;
     while (left - read >= kUnits && capacity - static_cast<std::size_t>(out - start) >= kMaxWritten &&
            isInPage(units + 2 * std::size_t{read}, kBlockBytes)) {
-        const __m128i block = load(units + 2 * std::size_t{read});
+        const __m128i block = loadBytes(units + 2 * std::size_t{read});
         const Units found(block);
         unsigned int count = kUnits;
         if (found.zeros != 0) {
@@ -228,7 +229,7 @@ Progress encodeUtf8Avx2(const void* units, std::size_t left, unsigned char* out,
             step = encodeBlocks(next, left - read, out + written, capacity - written, paired);
         }
         if (step.read == 0 && isInPage(next, kBlockBytes)) {
-            step = encodePart(load(next), left - read, out + written, capacity - written, paired);
+            step = encodePart(loadBytes(next), left - read, out + written, capacity - written, paired);
         }
         if (step.read == 0) {
             break;

@@ -12,6 +12,7 @@
 
 #include <emmintrin.h>
 
+#include "algorithms/Ascii.h"
 #include "algorithms/AsciiRuns.h"
 #include "algorithms/PageReads.h"
 #include "algorithms/Utf16.h"

@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <limits>
 
+#include "algorithms/Ascii.h"
 #include "algorithms/AsciiRuns.h"
 #include "algorithms/Processor.h"
 #include "algorithms/Utf16.h"
@@ -94,7 +95,7 @@ private:
                 goesOn = false;
                 break;
             }
-            at += putUnits(sequence.value, out + at);
+            at += writeUnits(sequence.value, out + at);
             cursor.pass(sequence.bytes);
         }
         m_cursor = cursor;

@@ -14,9 +14,9 @@ using vorel::algorithms::isHighSurrogate;
 using vorel::algorithms::isLowSurrogate;
 using vorel::algorithms::isSurrogate;
 using vorel::algorithms::pairedValue;
-using vorel::algorithms::putUnits;
+using vorel::algorithms::writeUnits;
 
-TEST(Utf16, PutUnits_SplitsFrom10000AndWrapsAbove10FFFF) {
+TEST(Utf16, WriteUnits_SplitsFrom10000AndWrapsAbove10FFFF) {
     struct Case {
         std::uint32_t value;
         std::wstring units;
@@ -35,14 +35,14 @@ TEST(Utf16, PutUnits_SplitsFrom10000AndWrapsAbove10FFFF) {
     };
     for (const Case& c : cases) {
         wchar_t units[2] = {};
-        const unsigned int count = putUnits(c.value, units);
+        const unsigned int count = writeUnits(c.value, units);
         EXPECT_EQ(std::wstring(units, count), c.units) << std::hex << c.value;
     }
     for (const std::uint32_t value : test::notableValues()) {
         std::wstring expected;
         test::appendUtf16(expected, value);
         wchar_t units[2] = {};
-        EXPECT_EQ(std::wstring(units, putUnits(value, units)), expected) << std::hex << value;
+        EXPECT_EQ(std::wstring(units, writeUnits(value, units)), expected) << std::hex << value;
     }
 }
 
@@ -54,7 +54,7 @@ TEST(Utf16, SurrogateRanges) {
     }
 }
 
-TEST(Utf16, PairedValue_JoinsWhatPutUnitsSplits) {
+TEST(Utf16, PairedValue_JoinsWhatWriteUnitsSplits) {
     EXPECT_EQ(pairedValue(0xD800, 0xDC00), 0x10000u);
     EXPECT_EQ(pairedValue(0xDBFF, 0xDFFF), 0x10FFFFu);
     EXPECT_EQ(pairedValue(0xD83D, 0xDE00), 0x1F600u);
