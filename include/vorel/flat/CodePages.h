@@ -10,7 +10,7 @@ extern "C" {
 
 /// \name Code pages
 /// Code pages are those of the system, identified by their numbers 1 to 65534. `VOREL_ERROR_UNSUPPORTED` means that the
-/// system does not have the code page. Texts may contain zeros.
+/// system does not support the code page. Texts may contain zeros.
 /// \{
 
 /// Returns the number of the code page `name`. Names are not case-sensitive. Does not check that the system has it.

@@ -30,28 +30,6 @@ VOREL_API vorel_status vorel_utf16_to_utf8(const vorel_char16* text, size_t leng
                                            size_t* outputLength);
 
 /// \}
-/// \name Code pages
-/// Code pages are those of the system, identified by their numbers 1 to 65534. `VOREL_ERROR_UNSUPPORTED` means that the
-/// system does not support the code page. Texts may contain zeros.
-/// \{
-
-/// Returns the number of the code page `name`, in any case. Does not check that the system has it.
-/// `VOREL_ERROR_UNKNOWN_NAME` if no code page has this name.
-///
-///     "latin1"  →  28591
-VOREL_API vorel_status vorel_code_page_by_name(const vorel_char16* name, size_t length, int32_t* codePage);
-
-/// Converts bytes of a code page to UTF-16. `VOREL_ERROR_INVALID_TEXT` if they are not valid in it.
-VOREL_API vorel_status vorel_code_page_to_utf16(int32_t codePage, const void* bytes, size_t size, vorel_char16* output,
-                                                size_t capacity, size_t* outputLength);
-
-/// Converts UTF-16 to bytes of a code page. Characters that it lacks become similar ones or its default character.
-/// `replaced`, which may be null, becomes 1 if the default character was used, 0 if not, and -1 for a code page that
-/// does not report it (for example UTF-8).
-VOREL_API vorel_status vorel_utf16_to_code_page(int32_t codePage, const vorel_char16* text, size_t length, void* output,
-                                                size_t capacity, size_t* outputLength, int32_t* replaced);
-
-/// \}
 /// \name Binary-to-text encodings
 /// \{
 

@@ -57,7 +57,8 @@ VOREL_API vorel_status vorel_scan_boolean(const vorel_char16* text, size_t lengt
 
 enum {
     VOREL_FORMAT_DEFAULT = 0,
-    VOREL_FORMAT_JSON = 1,  ///< special values as JSON strings, and a digit after the point of every mantissa
+    /// Special values as JSON strings, and a digit after the point of every mantissa with an exponent.
+    VOREL_FORMAT_JSON = 1,
 };
 
 /// Writes decimal digits, at most 20 units.
