@@ -20,7 +20,7 @@ from pathlib import Path
 ROOT = Path(__file__).resolve().parent.parent
 FOLDERS = ("include", "src", "tests", "examples", "benchmarks", "tools", "fuzz")
 # Separate projects, and code that must not compile.
-LEFT_OUT = ("tests/consumer/", "tests/misuse/")
+LEFT_OUT = ("tests/consumer/", "tests/compile_fail/")
 CACHE = Path(os.environ.get("XDG_CACHE_HOME") or Path.home() / ".cache") / "vorelCore" / "tidy"
 CACHE_DAYS = 60
 SETTINGS = (".clang-tidy", "tests/.clang-tidy", "benchmarks/.clang-tidy", "fuzz/.clang-tidy",

@@ -29,13 +29,13 @@
 
 #include "support/ChildArguments.h"
 #include "support/Handle.h"
-#include "support/StressFigures.h"
+#include "support/StressStats.h"
 
 namespace {
 
 using Clock = std::chrono::steady_clock;
 
-constexpr unsigned int kThreads = test::StressFigures::kThreads;
+constexpr unsigned int kThreads = test::StressStats::kThreads;
 constexpr std::chrono::seconds kProgressTimeout{20};
 
 /// The progress of a thread, for the watchdog.
@@ -59,7 +59,7 @@ public:
     explicit Stress(const test::ChildArguments& arguments)
         : m_isFirst(arguments.number("process") == 0),
           m_end(Clock::now() + std::chrono::seconds(arguments.number("seconds"))),
-          m_figures(arguments.wide("run") + L"_figures"),
+          m_stats(arguments.wide("run") + L"_stats"),
           m_mutex((arguments.wide("run") + L"_mutex").c_str(), false, false) {
         for (unsigned int thread = 0; thread != kThreads; ++thread) {
             m_turns.push_back(std::make_unique<Turn>(arguments.wide("run") + L"_turn" + std::to_wstring(thread)));
@@ -86,7 +86,7 @@ public:
 private:
     void runThread(unsigned int thread) {
         try {
-            for (long long round = 0; round <= m_figures->lastRound; ++round) {
+            for (long long round = 0; round <= m_stats->lastRound; ++round) {
                 add(thread);
                 passTurn(thread);
                 putOrTakeToken(thread);
@@ -106,11 +106,11 @@ private:
     void add(unsigned int thread) {
         enter(thread, "the named mutex");
         const vorel::Guard held(m_mutex);
-        const long long before = m_figures->number;
+        const long long before = m_stats->number;
         if (before % 16 == 0) {
             vorel::Sleep(0);  // gives other threads a chance to race
         }
-        m_figures->number = before + 1;
+        m_stats->number = before + 1;
         ++m_additions;
     }
 
@@ -149,8 +149,8 @@ private:
         if (++m_arrived == kThreads) {
             m_arrived = 0;
             m_meeting = round;
-            if (m_isFirst && m_figures->lastRound == test::StressFigures::kNoEnd && Clock::now() > m_end) {
-                m_figures->lastRound = round + 1;  // the partners read it after their next turn
+            if (m_isFirst && m_stats->lastRound == test::StressStats::kNoEnd && Clock::now() > m_end) {
+                m_stats->lastRound = round + 1;  // the partners read it after their next turn
             }
             m_allArrived.broadcast();
             return;
@@ -196,7 +196,7 @@ private:
 
     const bool m_isFirst;
     const Clock::time_point m_end;
-    test::SharedStressFigures m_figures;
+    test::SharedStressStats m_stats;
     vorel::AutoMutex m_mutex;
     std::vector<std::unique_ptr<Turn>> m_turns;
 

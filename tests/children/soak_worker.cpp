@@ -21,7 +21,7 @@
 #include "stress/WriterResult.h"
 #include "support/ChildArguments.h"
 #include "support/Handle.h"
-#include "support/SoakFigures.h"
+#include "support/SoakStats.h"
 
 namespace {
 
@@ -58,17 +58,17 @@ public:
     explicit SoakWorker(const test::ChildArguments& arguments)
         : m_process(static_cast<unsigned int>(arguments.number("process"))),
           m_life(static_cast<unsigned int>(arguments.number("life"))),
-          m_figures(arguments.wide("run") + L"_figures"),
-          m_counts(m_figures->processes[m_process]),
+          m_stats(arguments.wide("run") + L"_stats"),
+          m_counts(m_stats->processes[m_process]),
           m_mutex((arguments.wide("run") + L"_mutex").c_str(), false, false),
           m_mine(conditionName(arguments, m_process).c_str()),
-          m_neighbours(conditionName(arguments, (m_process + 1) % test::SoakFigures::kProcesses).c_str()),
+          m_neighbours(conditionName(arguments, (m_process + 1) % test::SoakStats::kProcesses).c_str()),
           m_numbers(m_life) {}
 
     int run() {
         std::thread sleeper([this] { waitForSignals(); });
         int result = 0;
-        for (unsigned int round = 0; m_figures->atEnd == 0 && result == 0; ++round) {
+        for (unsigned int round = 0; m_stats->atEnd == 0 && result == 0; ++round) {
             if (round % kRoundsPerLockedLine == 0) {
                 const vorel::Guard held(m_mutex);
                 writeLine(round);
@@ -105,7 +105,7 @@ private:
 
     void add() {
         const vorel::Guard held(m_mutex);
-        increase(m_figures->number);
+        increase(m_stats->number);
         increase(m_counts.additions);
     }
 
@@ -156,7 +156,7 @@ private:
 
     const unsigned int m_process;
     const unsigned int m_life;
-    test::SharedSoakFigures m_figures;
+    test::SharedSoakStats m_stats;
     test::SoakCounts& m_counts;
     vorel::AutoMutex m_mutex;
     vorel::NamedCondition m_mine;

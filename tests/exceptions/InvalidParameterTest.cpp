@@ -13,7 +13,7 @@
 #include <io.h>
 
 #include "support/ChildProcess.h"
-#include "support/RefusedFormats.h"
+#include "support/RejectedFormats.h"
 #include "support/TemporaryLog.h"
 
 // The runtime exports this function, but not every compiler's headers declare it.
@@ -86,7 +86,7 @@ TEST_F(InvalidParameter, RuntimeFunctionReturnsItsOwnError) {
 }
 
 TEST_F(InvalidParameter, RejectedFormatDoesNotCallTheHandlersOfTheProgram) {
-    for (const test::RefusedFormat& format : test::kRefusedFormats) {
+    for (const test::RejectedFormat& format : test::kRejectedFormats) {
         SCOPED_TRACE(format.name);
         s_calls = 0;
         const HandlerInstalled ofTheProgram(&countCall);
@@ -98,10 +98,10 @@ TEST_F(InvalidParameter, RejectedFormatDoesNotCallTheHandlersOfTheProgram) {
 }
 
 TEST_F(InvalidParameter, RejectedFormatDoesNotEndAProgramWithoutAHandler) {
-    for (std::size_t number = 0; number < std::size(test::kRefusedFormats); ++number) {
+    for (std::size_t number = 0; number < std::size(test::kRejectedFormats); ++number) {
         EXPECT_EQ(
-            test::runChild(L"refused_format", {std::to_wstring(number)}, {.directory = m_log.folder().widePath()}), 0u)
-            << test::kRefusedFormats[number].name;
+            test::runChild(L"rejected_format", {std::to_wstring(number)}, {.directory = m_log.folder().widePath()}), 0u)
+            << test::kRejectedFormats[number].name;
     }
 }
 

@@ -10,7 +10,7 @@
 
 #include "support/ChildProcess.h"
 #include "support/LogText.h"
-#include "support/StressFigures.h"
+#include "support/StressStats.h"
 #include "support/TemporaryLog.h"
 
 namespace {
@@ -32,8 +32,8 @@ TEST(LockStressTest, LosesNoWakeUpAndNoThreadHangs) {
     constexpr DWORD kWatchdogMarginMs = 60000;
     const test::TemporaryLog log;
     const std::wstring run = test::NamedEvent::uniqueName(L"stress");
-    test::SharedStressFigures figures(run + L"_figures");
-    figures->lastRound = test::StressFigures::kNoEnd;
+    test::SharedStressStats stats(run + L"_stats");
+    stats->lastRound = test::StressStats::kNoEnd;
 
     std::vector<test::ChildProcess> processes;
     std::vector<std::string> reports;
@@ -53,12 +53,12 @@ TEST(LockStressTest, LosesNoWakeUpAndNoThreadHangs) {
             << "a thread hangs; the report lists what each thread waits for";
         additions += std::strtoll(lines[0].c_str() + lines[0].find('=') + 1, nullptr, 10);
     }
-    EXPECT_EQ(figures->number, additions) << "two threads owned the mutex at the same time";
-    EXPECT_EQ(additions, 2LL * test::StressFigures::kThreads * (figures->lastRound + 1));
+    EXPECT_EQ(stats->number, additions) << "two threads owned the mutex at the same time";
+    EXPECT_EQ(additions, 2LL * test::StressStats::kThreads * (stats->lastRound + 1));
     // cppcheck-suppress compareValueOutOfTypeRangeError; another process has changed it
-    EXPECT_GE(figures->lastRound, 10) << "too few rounds for a meaningful test";
+    EXPECT_GE(stats->lastRound, 10) << "too few rounds for a meaningful test";
     EXPECT_THAT(log.messages(), IsEmpty());
-    RecordProperty("rounds", std::to_string(figures->lastRound + 1));
+    RecordProperty("rounds", std::to_string(stats->lastRound + 1));
 }
 
 }  // namespace

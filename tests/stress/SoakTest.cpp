@@ -18,14 +18,14 @@
 
 #include "support/ChildProcess.h"
 #include "support/LogText.h"
-#include "support/SoakFigures.h"
+#include "support/SoakStats.h"
 #include "support/TemporaryLog.h"
 
 namespace {
 
 using Clock = std::chrono::steady_clock;
 using test::SoakCounts;
-using test::SoakFigures;
+using test::SoakStats;
 
 constexpr unsigned int kSeed = 20261121;
 
@@ -61,7 +61,7 @@ struct Sum {
 class Soak {
 public:
     Soak() {
-        for (unsigned int process = 0; process != SoakFigures::kProcesses; ++process) {
+        for (unsigned int process = 0; process != SoakStats::kProcesses; ++process) {
             start(process);
         }
     }
@@ -69,7 +69,7 @@ public:
     /// Kills and restarts one process after the other, in random order and at random intervals, for `length`.
     void run(std::chrono::seconds length) {
         std::mt19937 random(kSeed);
-        std::uniform_int_distribution<unsigned int> victims(1, SoakFigures::kProcesses - 1);
+        std::uniform_int_distribution<unsigned int> victims(1, SoakStats::kProcesses - 1);
         std::uniform_int_distribution<unsigned int> pausesMs(50, 900);
         const test::NamedEvent never(test::NamedEvent::uniqueName(L"never"));
         for (const Clock::time_point end = Clock::now() + length; Clock::now() < end;) {
@@ -81,8 +81,8 @@ public:
             close(victim);
             start(victim);
         }
-        m_figures->atEnd = 1;
-        for (unsigned int process = 0; process != SoakFigures::kProcesses; ++process) {
+        m_stats->atEnd = 1;
+        for (unsigned int process = 0; process != SoakStats::kProcesses; ++process) {
             ASSERT_TRUE(m_processes[process]->wait()) << "process " << process << " hangs";
             EXPECT_EQ(m_processes[process]->exitCode(), 0u);
             close(process);
@@ -111,13 +111,13 @@ public:
             additions += sum.additions;
         }
         // A process that is killed between the two increments has incremented only the common number.
-        EXPECT_GE(m_figures->number, additions);
-        EXPECT_LE(m_figures->number, additions + m_kills);
+        EXPECT_GE(m_stats->number, additions);
+        EXPECT_LE(m_stats->number, additions + m_kills);
     }
 
     /// Checks the process that was never killed.
     void expectNoGrowth() {
-        const SoakCounts& survivor = m_figures->processes[0];
+        const SoakCounts& survivor = m_stats->processes[0];
         ASSERT_NE(survivor.memoryKiBFirst, 0) << "the test was too short";
         EXPECT_LE(survivor.memoryKiB, survivor.memoryKiBFirst + 1024);
         EXPECT_LE(survivor.handles, survivor.handlesFirst + 4);
@@ -134,7 +134,7 @@ public:
             std::printf("%7zu %6lld %9lld %10lld %9lld %12lld\n", process, sum.lives, sum.lines, sum.additions,
                         sum.wakeUps, sum.conversions);
         }
-        const SoakCounts& survivor = m_figures->processes[0];
+        const SoakCounts& survivor = m_stats->processes[0];
         std::printf("killed: %lld; partial lines: %lld; abandoned mutexes: %lld\n", m_kills, m_torn, m_abandoned);
         std::printf("process 0, first and last: %lld and %lld KiB, handle index %lld and %lld\n",
                     static_cast<long long>(survivor.memoryKiBFirst), static_cast<long long>(survivor.memoryKiB),
@@ -153,7 +153,7 @@ private:
 
     /// Adds the counts of a process that has ended.
     void close(unsigned int process) {
-        SoakCounts& counts = m_figures->processes[process];
+        SoakCounts& counts = m_stats->processes[process];
         Life& life = m_lives[m_current[process]];
         life.lines = counts.lines;
         life.slowLines = counts.slowLines;
@@ -217,10 +217,10 @@ private:
 
     const test::TemporaryLog m_log;
     const std::wstring m_run = test::NamedEvent::uniqueName(L"soak");
-    test::SharedSoakFigures m_figures{m_run + L"_figures"};
-    std::array<std::unique_ptr<test::ChildProcess>, SoakFigures::kProcesses> m_processes;
-    std::array<std::size_t, SoakFigures::kProcesses> m_current{};
-    std::array<Sum, SoakFigures::kProcesses> m_sums{};
+    test::SharedSoakStats m_stats{m_run + L"_stats"};
+    std::array<std::unique_ptr<test::ChildProcess>, SoakStats::kProcesses> m_processes;
+    std::array<std::size_t, SoakStats::kProcesses> m_current{};
+    std::array<Sum, SoakStats::kProcesses> m_sums{};
     std::vector<Life> m_lives;
     long long m_kills = 0;
     long long m_torn = 0;

@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "support/SharedFigures.h"
+#include "support/SharedStats.h"
 #include "support/StressLine.h"
 
 namespace test {
@@ -22,7 +22,7 @@ struct SoakCounts {
     volatile long long handlesFirst;
 };
 
-struct SoakFigures {
+struct SoakStats {
     static constexpr unsigned int kProcesses = 6;
 
     volatile long long number;  ///< changed under the named mutex
@@ -30,7 +30,7 @@ struct SoakFigures {
     SoakCounts processes[kProcesses];
 };
 
-using SharedSoakFigures = SharedFigures<SoakFigures>;
+using SharedSoakStats = SharedStats<SoakStats>;
 
 /// A short line with a checksum. `readStressLine` parses it: the writer is the process, and the thread is its life,
 /// counted over all processes.

@@ -15,8 +15,8 @@ namespace {
 namespace util = vorel::util;
 
 template <class T>
-class NumberParsingTrial : public ::testing::Test {};
-TYPED_TEST_SUITE(NumberParsingTrial, test::CharacterTypes, test::CharacterNames);
+class NumberParsingCheck : public ::testing::Test {};
+TYPED_TEST_SUITE(NumberParsingCheck, test::CharacterTypes, test::CharacterNames);
 
 template <class Value>
 struct Case {
@@ -34,7 +34,7 @@ void expectCases(bool (*function)(const T*, Value&) noexcept, const std::vector<
     }
 }
 
-TYPED_TEST(NumberParsingTrial, TryStringToInteger_RequiresTheWholeText) {
+TYPED_TEST(NumberParsingCheck, TryStringToInteger_RequiresTheWholeText) {
     constexpr int kSmallest = std::numeric_limits<int>::min();
     expectCases<TypeParam, int>(util::tryStringToInteger,
                                 {{"0", true, 0},
@@ -53,7 +53,7 @@ TYPED_TEST(NumberParsingTrial, TryStringToInteger_RequiresTheWholeText) {
                                  {"12345678901234567890123456789012", true, static_cast<int>(0x90A03A14)}});
 }
 
-TYPED_TEST(NumberParsingTrial, TryStringToInteger_AcceptsAFractionOfZeros) {
+TYPED_TEST(NumberParsingCheck, TryStringToInteger_AcceptsAFractionOfZeros) {
     expectCases<TypeParam, int>(util::tryStringToInteger, {{"12.", true, 12},
                                                            {"12.0", true, 12},
                                                            {"12.000 ", true, 12},
@@ -68,7 +68,7 @@ TYPED_TEST(NumberParsingTrial, TryStringToInteger_AcceptsAFractionOfZeros) {
                                                            {"12.0e0", false, 12}});
 }
 
-TYPED_TEST(NumberParsingTrial, TryStringToInteger_StoresTheNumberEvenOnFailure) {
+TYPED_TEST(NumberParsingCheck, TryStringToInteger_StoresTheNumberEvenOnFailure) {
     expectCases<TypeParam, int>(util::tryStringToInteger, {{"", false, 0},
                                                            {"  ", false, 0},
                                                            {"-", false, 0},
@@ -88,7 +88,7 @@ TYPED_TEST(NumberParsingTrial, TryStringToInteger_StoresTheNumberEvenOnFailure) 
                                                            {"0x10", false, 0}});
 }
 
-TYPED_TEST(NumberParsingTrial, TryStringToDouble_RequiresTheWholeText) {
+TYPED_TEST(NumberParsingCheck, TryStringToDouble_RequiresTheWholeText) {
     constexpr double kInfinite = std::numeric_limits<double>::infinity();
     expectCases<TypeParam, double>(util::tryStringToDouble, {{" 3.25 ", true, 3.25},
                                                              {" \t\r\n-.5 \t\r\n", true, -0.5},
@@ -107,7 +107,7 @@ TYPED_TEST(NumberParsingTrial, TryStringToDouble_RequiresTheWholeText) {
                                                              {"0.000000000000000000001", true, 0.0}});
 }
 
-TYPED_TEST(NumberParsingTrial, TryStringToDouble_StoresTheNumberBeforeInvalidText) {
+TYPED_TEST(NumberParsingCheck, TryStringToDouble_StoresTheNumberBeforeInvalidText) {
     expectCases<TypeParam, double>(util::tryStringToDouble, {{"3.25x", false, 3.25},
                                                              {"-3.25x", false, -3.25},
                                                              {"1.5 x", false, 1.5},
@@ -121,13 +121,13 @@ TYPED_TEST(NumberParsingTrial, TryStringToDouble_StoresTheNumberBeforeInvalidTex
                                                              {"0x10", false, 0.0}});
 }
 
-TYPED_TEST(NumberParsingTrial, TryStringToDouble_StoresNothingWithoutDigits) {
+TYPED_TEST(NumberParsingCheck, TryStringToDouble_StoresNothingWithoutDigits) {
     for (const char* const text : {"", " ", "-", "+", ".", "-.", "  .", ".e5", "e5", "x", "--1", "NaN", "-Inf"}) {
         expectCases<TypeParam, double>(util::tryStringToDouble, {{text, false, 99}});
     }
 }
 
-TYPED_TEST(NumberParsingTrial, TryStringToDouble_RejectsAZeroExponentAndStoresTheMantissa) {
+TYPED_TEST(NumberParsingCheck, TryStringToDouble_RejectsAZeroExponentAndStoresTheMantissa) {
     expectCases<TypeParam, double>(util::tryStringToDouble, {{"1e0", false, 1.0},
                                                              {"1e", false, 1.0},
                                                              {"1e+", false, 1.0},
@@ -143,7 +143,7 @@ TYPED_TEST(NumberParsingTrial, TryStringToDouble_RejectsAZeroExponentAndStoresTh
                                                              {"1234567890123456789e0", false, 123456789012345678.0}});
 }
 
-TYPED_TEST(NumberParsingTrial, NullIsRejectedAndStoresNothing) {
+TYPED_TEST(NumberParsingCheck, NullIsRejectedAndStoresNothing) {
     const TypeParam* const null = nullptr;
     int integer = 99;
     double number = 99;
@@ -170,14 +170,14 @@ void expectAnswers(Check<T> check, const std::vector<const char*>& texts, bool s
     }
 }
 
-TYPED_TEST(NumberParsingTrial, CanCoerceToInteger_AcceptsDigitsAndAFractionOfZeros) {
+TYPED_TEST(NumberParsingCheck, CanCoerceToInteger_AcceptsDigitsAndAFractionOfZeros) {
     expectAnswers<TypeParam>(util::canCoerceToInteger,
                              {"0", "7", "42", "+42", "-42", " \t\r\n+5 \t\r\n", "-5 ", "12.", "12.0", "12.000 ",
                               "99999999999999999999999999", "10", "100"},
                              true, true);
 }
 
-TYPED_TEST(NumberParsingTrial, CanCoerceToInteger_RejectsOtherText) {
+TYPED_TEST(NumberParsingCheck, CanCoerceToInteger_RejectsOtherText) {
     expectAnswers<TypeParam>(util::canCoerceToInteger,
                              {"",      " ",      "+",     "-",   ".",     ".0",     "-.0",  "x",     "1x",
                               "0x1",   "0123x",  "- 5",   "+-5", "5 5",   "0 1",    "12.5", "12.05", "12..",
@@ -185,14 +185,14 @@ TYPED_TEST(NumberParsingTrial, CanCoerceToInteger_RejectsOtherText) {
                              false, false);
 }
 
-TYPED_TEST(NumberParsingTrial, CanCoerceToInteger_RejectsLeadingZerosUnlessAllowed) {
+TYPED_TEST(NumberParsingCheck, CanCoerceToInteger_RejectsLeadingZerosUnlessAllowed) {
     expectAnswers<TypeParam>(util::canCoerceToInteger, {"0123", "-0123", "+0123", " 01 ", "010", "0001"}, false, true);
     // Only zeros count as one zero, and with a decimal point leading zeros are allowed.
     expectAnswers<TypeParam>(util::canCoerceToInteger, {"00", "-000", "0.0", "00.", "0123.0", "0123.", "-01.00 "}, true,
                              true);
 }
 
-TYPED_TEST(NumberParsingTrial, CanCoerceToDouble_AcceptsAFractionAndAnExponent) {
+TYPED_TEST(NumberParsingCheck, CanCoerceToDouble_AcceptsAFractionAndAnExponent) {
     expectAnswers<TypeParam>(util::canCoerceToDouble,
                              {"0",
                               "7",
@@ -220,7 +220,7 @@ TYPED_TEST(NumberParsingTrial, CanCoerceToDouble_AcceptsAFractionAndAnExponent) 
                              true, true);
 }
 
-TYPED_TEST(NumberParsingTrial, CanCoerceToDouble_RejectsOtherText) {
+TYPED_TEST(NumberParsingCheck, CanCoerceToDouble_RejectsOtherText) {
     expectAnswers<TypeParam>(util::canCoerceToDouble,
                              {"",     " ",    "+",   "-",   ".",    "-.",   "..",    "5..",     "1.5.2",
                               ".e5",  "e5",   "1e",  "1e+", "1e-",  "1e ",  "1e+-5", "1e5.0",   "1e5e5",
@@ -229,14 +229,14 @@ TYPED_TEST(NumberParsingTrial, CanCoerceToDouble_RejectsOtherText) {
                              false, false);
 }
 
-TYPED_TEST(NumberParsingTrial, CanCoerceToDouble_RejectsLeadingZerosUnlessAllowed) {
+TYPED_TEST(NumberParsingCheck, CanCoerceToDouble_RejectsLeadingZerosUnlessAllowed) {
     expectAnswers<TypeParam>(util::canCoerceToDouble, {"007", "-07", "+07", " 07 ", "010"}, false, true);
     // Only zeros count as one zero, and with a decimal point or an exponent leading zeros are allowed.
     expectAnswers<TypeParam>(util::canCoerceToDouble,
                              {"00", "0000", "007.5", "007.", "000.5", "007e1", "07e0", "007.5e1", "00.0"}, true, true);
 }
 
-TEST(NumberParsingTrialWidths, NoBreakSpaceIsWhiteSpaceOnlyInWideText) {
+TEST(NumberParsingCheckWidths, NoBreakSpaceIsWhiteSpaceOnlyInWideText) {
     constexpr const char* kBefore = "\xA0"
                                     "7";
     constexpr const char* kAfter = "7\xA0";

@@ -2,11 +2,11 @@
 /// The statistics that the two processes of the lock stress test share.
 #pragma once
 
-#include "support/SharedFigures.h"
+#include "support/SharedStats.h"
 
 namespace test {
 
-struct StressFigures {
+struct StressStats {
     static constexpr unsigned int kThreads = 4;  ///< per process
     static constexpr long long kNoEnd = 0x7FFFFFFFFFFFFFFF;
 
@@ -14,6 +14,6 @@ struct StressFigures {
     volatile long long lastRound;  ///< from 0; kNoEnd until process 0 sets it
 };
 
-using SharedStressFigures = SharedFigures<StressFigures>;
+using SharedStressStats = SharedStats<StressStats>;
 
 }  // namespace test

@@ -88,14 +88,14 @@ std::string nameOf(const testing::TestParamInfo<Mistake>& info) {
     return info.param.name;
 }
 
-class Traps : public testing::TestWithParam<Mistake> {};
+class Sanitizer : public testing::TestWithParam<Mistake> {};
 
-TEST_P(Traps, EndProgramOnUndefinedBehaviour) {
+TEST_P(Sanitizer, EndProgramOnUndefinedBehaviour) {
     const Mistake& mistake = GetParam();
     EXPECT_EXIT(mistake.make(), testing::ExitedWithCode(mistake.exitCode), "");
 }
 
-INSTANTIATE_TEST_SUITE_P(Mistakes, Traps,
+INSTANTIATE_TEST_SUITE_P(Mistakes, Sanitizer,
                          testing::Values(Mistake{"SignedOverflow", overflow, kTrap},
                                          Mistake{"ShiftTooFar", shiftTooFar, kTrap},
                                          Mistake{"ConversionOfTooLargeNumber", convertTooLarge, kTrap},

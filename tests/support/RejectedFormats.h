@@ -8,7 +8,7 @@
 namespace test {
 
 /// An operation called with such a format.
-struct RefusedFormat {
+struct RejectedFormat {
     const char* name;
     void (*use)();
 };
@@ -25,13 +25,13 @@ void expectUnformattable(const T* format) {
 }
 
 template <class T>
-void addRefusedMessage(const T* format) {
+void addRejectedMessage(const T* format) {
     int count = 0;
     vorel::Exception(format, &count).appendMessage(format, &count);
 }
 
 template <class T>
-void logRefusedLines(const T* format) {
+void logRejectedLines(const T* format) {
     int count = 0;
     vorel::Exception::warn(format, &count);
     vorel::Exception::swigwarn(format, &count);
@@ -39,13 +39,13 @@ void logRefusedLines(const T* format) {
 
 }  // namespace detail
 
-inline constexpr RefusedFormat kRefusedFormats[] = {
+inline constexpr RejectedFormat kRejectedFormats[] = {
     {"narrow string", [] { detail::expectUnformattable("a%n"); }},
     {"wide string", [] { detail::expectUnformattable(L"a%n"); }},
-    {"narrow message", [] { detail::addRefusedMessage("a%n"); }},
-    {"wide message", [] { detail::addRefusedMessage(L"a%n"); }},
-    {"narrow warning", [] { detail::logRefusedLines("a%n"); }},
-    {"wide warning", [] { detail::logRefusedLines(L"a%n"); }},
+    {"narrow message", [] { detail::addRejectedMessage("a%n"); }},
+    {"wide message", [] { detail::addRejectedMessage(L"a%n"); }},
+    {"narrow warning", [] { detail::logRejectedLines("a%n"); }},
+    {"wide warning", [] { detail::logRejectedLines(L"a%n"); }},
     {"location",
      [] {
          int count = 0;

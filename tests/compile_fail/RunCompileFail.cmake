@@ -41,8 +41,8 @@ function(check name mark compiles text)
     message(STATUS "${name}: ${expected} messages as expected")
 endfunction()
 
-check(Misuse.cpp "warns" TRUE "\\[X[^\n]*\\]" -DVOREL_CHECK_FORMATS -Wformat-security)
-check(Access.cpp "refused" FALSE "error: [^\n]* is X within this context")
+check(Warnings.cpp "warns" TRUE "\\[X[^\n]*\\]" -DVOREL_CHECK_FORMATS -Wformat-security)
+check(Access.cpp "rejected" FALSE "error: [^\n]* is X within this context")
 
 # Without VOREL_CHECK_FORMATS, formats of the runtime must compile without a warning.
 compile(RuntimeFormats.cpp -Wformat=2 -Werror)
