@@ -6,6 +6,7 @@
 #include "exceptions/DebugTargets.h"
 #include "exceptions/LocaleText.h"
 #include "support/Utf8Reference.h"
+#include "support/WideText.h"
 #include "vorel/core/CriticalSections.h"
 #include "vorel/exceptions/ExceptionFamily.h"
 #include "vorel/sync/AutoMutex.h"
@@ -70,9 +71,9 @@ void utf8ToString(Attempt& attempt) {
 /// be converted to wide text, so only the records before it are complete.
 void expectMemoryExceptionWithInput(Attempt& attempt, const Requests& requests, const std::string& record,
                                     const std::string& quoted) {
-    const std::wstring wideRecord(record.begin(), record.end());
+    const std::wstring wideRecord = test::widened(record);
     if (!attempt.memoryStaysExhausted()) {
-        attempt.expectMemoryException(requests, {wideRecord, std::wstring(quoted.begin(), quoted.end())});
+        attempt.expectMemoryException(requests, {wideRecord, test::widened(quoted)});
         return;
     }
     EXPECT_EQ(attempt.thrown(), typeid(vorel::MemoryException).name());
@@ -203,8 +204,7 @@ void byLocale(Attempt& attempt, void (*convert)(const From*, BaseString<To>&), c
         const std::wstring wideContext = context;
         ASSERT_EQ(attempt.logged().size(), 2u);
         EXPECT_TRUE(attempt.logged()[0].starts_with("Vorel Error: No more memory is available: "));
-        EXPECT_EQ(attempt.logged()[1],
-                  "Vorel Error: " + std::string(wideContext.begin(), wideContext.end()) + ": Vorel exception caught");
+        EXPECT_EQ(attempt.logged()[1], "Vorel Error: " + test::narrowed(wideContext) + ": Vorel exception caught");
     }
     // Only the failure of the first request leads to a text; the second request is for the text itself.
     EXPECT_EQ(isFailure, attempt.allocationFailed() && !attempt.memoryStaysExhausted() && attempt.requests() == 2);

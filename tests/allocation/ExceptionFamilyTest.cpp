@@ -7,6 +7,7 @@
 
 #include "allocation/MessageTexts.h"
 #include "allocation/Walker.h"
+#include "support/WideText.h"
 #include "vorel/exceptions/ExceptionFamily.h"
 
 namespace {
@@ -24,7 +25,7 @@ void add(std::vector<Operation>& all, const std::string& name, const std::wstrin
                            EXPECT_EQ(attempt.logged().size(), 0u);
                        } else {
                            expectMessage(attempt, *e, 0, text);
-                           expectLastLine(attempt, "Vorel Error", narrowed(text));
+                           expectLastLine(attempt, "Vorel Error", test::narrowed(text));
                        }
                    }});
     all.push_back({name + "_Rethrow", [=](Attempt& attempt) {

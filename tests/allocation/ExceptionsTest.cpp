@@ -12,6 +12,7 @@
 #include "allocation/Walker.h"
 #include "support/Expect.h"
 #include "support/ImportHook.h"
+#include "support/WideText.h"
 #include "vorel/core/Protocol.h"
 #include "vorel/exceptions/ExceptionFamily.h"
 
@@ -123,7 +124,7 @@ void expectRethrown(Attempt& attempt, const Texts& records, Rethrow&& rethrow) {
     EXPECT_EQ(attempt.thrown(), typeid(vorel::TimeoutException).name());
     attempt.expectThrownTexts(texts);
     if (!records.empty()) {
-        EXPECT_EQ(attempt.logged(), std::vector<std::string>{"Vorel Error: " + narrowed(records[0])});
+        EXPECT_EQ(attempt.logged(), std::vector<std::string>{"Vorel Error: " + test::narrowed(records[0])});
     }
 }
 
@@ -253,7 +254,7 @@ void longSystemError(Attempt& attempt) {
     attempt.perform([&] { e.addHRESULTErrorToStack(5); });
     attempt.expectCompleted();
     const heap::Unwatched unwatched;
-    const std::string whole = "HRESULT: 5 - " + narrowed(std::wstring(longMessage()));
+    const std::string whole = "HRESULT: 5 - " + test::narrowed(std::wstring(longMessage()));
     ASSERT_EQ(attempt.logged().size(), 2u);
     EXPECT_EQ(attempt.logged()[1], "AddHRESULTErrorToStack: ");
     const std::string& line = attempt.logged()[0];

@@ -1,5 +1,7 @@
 #include "allocation/MessageTexts.h"
 
+#include "support/WideText.h"
+
 void expectMessage(const Attempt& attempt, const vorel::Exception& e, unsigned int index, const std::wstring& text) {
     const heap::Unwatched unwatched;
     if (!attempt.allocationFailed()) {
@@ -23,7 +25,7 @@ void expectLastLine(const Attempt& attempt, const std::string& prefix, const std
         return;
     }
     const std::string truncated = prefix + " Truncated: " + text.substr(0, kTruncatedMessage);
-    const std::string noMemory = prefix + ": " + narrowed(kNoMemoryForText);
+    const std::string noMemory = prefix + ": " + test::narrowed(kNoMemoryForText);
     EXPECT_TRUE(line == complete || line == noMemory || line == prefix + ": " ||
                 (text.size() > kTruncatedMessage && (line == truncated || line == prefix + " Truncated: ")))
         << line.substr(0, 100);

@@ -7,6 +7,7 @@
 
 #include "allocation/MessageTexts.h"
 #include "allocation/Walker.h"
+#include "support/WideText.h"
 #include "vorel/exceptions/ExceptionFamily.h"
 
 namespace {
@@ -28,7 +29,7 @@ void caught(Attempt& attempt, const Step& step) {
     attempt.perform([&] { step.perform(e); });
     attempt.expectCompleted();
     EXPECT_EQ(e.getMessageTotal(), 0u);
-    expectLastLine(attempt, "Vorel Error", narrowed(step.record));
+    expectLastLine(attempt, "Vorel Error", test::narrowed(step.record));
 }
 
 void recorded(Attempt& attempt, const Step& step) {
@@ -38,7 +39,7 @@ void recorded(Attempt& attempt, const Step& step) {
     EXPECT_STREQ(e.what(), kBefore) << "keeps the existing message";
     EXPECT_LE(e.getMessageTotal(), 2u);
     expectMessage(attempt, e, 1, step.record);
-    expectLastLine(attempt, "Vorel Error", narrowed(step.record));
+    expectLastLine(attempt, "Vorel Error", test::narrowed(step.record));
 }
 
 void rethrown(Attempt& attempt, const Step& step) {
@@ -46,14 +47,14 @@ void rethrown(Attempt& attempt, const Step& step) {
     attempt.perform([&] { step.perform(e); });
     EXPECT_EQ(attempt.thrown(), typeid(TimeoutException).name());
     attempt.expectThrownTexts({kBefore, step.record});
-    expectLastLine(attempt, "Vorel Error", narrowed(step.record));
+    expectLastLine(attempt, "Vorel Error", test::narrowed(step.record));
 }
 
 void severeCaught(Attempt& attempt, const Step& step) {
     Exception unused;
     attempt.perform([&] { step.perform(unused); });
     attempt.expectCompleted();
-    expectLastLine(attempt, "Vorel Error", narrowed(step.record));
+    expectLastLine(attempt, "Vorel Error", test::narrowed(step.record));
 }
 
 void severeThrown(Attempt& attempt, const Step& step) {

@@ -5,6 +5,7 @@
 #include <typeinfo>
 
 #include "allocation/Walker.h"
+#include "support/WideText.h"
 #include "vorel/core/BaseString.h"
 
 namespace {
@@ -196,8 +197,7 @@ void formatOfUnconvertibleUnit(Attempt& attempt) {
     // The "C" locale of the runtime cannot convert this unit to a byte.
     attempt.perform([&] { string.format("%ls", L"\x20AC"); });
     const std::string reason = std::strerror(EILSEQ);
-    attempt.expectThrown(typeid(vorel::Exception).name(),
-                         {L"Unable to format: %ls (" + std::wstring(reason.begin(), reason.end()) + L")"});
+    attempt.expectThrown(typeid(vorel::Exception).name(), {L"Unable to format: %ls (" + test::widened(reason) + L")"});
     EXPECT_TRUE(string.empty());
 }
 

@@ -7,6 +7,7 @@
 #include <typeinfo>
 
 #include "support/Expect.h"
+#include "support/WideText.h"
 #include "vorel/exceptions/ExceptionFamily.h"
 
 namespace {
@@ -19,13 +20,6 @@ std::wstring memoryMessage(Attempt::Request request) {
 }
 
 }  // namespace
-
-std::string narrowed(const std::wstring& text) {
-    std::string result;
-    std::transform(text.begin(), text.end(), std::back_inserter(result),
-                   [](wchar_t unit) { return static_cast<char>(unit); });
-    return result;
-}
 
 void Attempt::keepException(const vorel::Exception& thrown) {
     const heap::Unwatched unwatched;
@@ -53,7 +47,7 @@ void Attempt::expectCompleted() const {
 void Attempt::expectLogged(const Messages& messages) const {
     std::vector<std::string> lines;
     for (const std::wstring& message : messages) {
-        lines.push_back("Vorel Error: " + narrowed(message));
+        lines.push_back("Vorel Error: " + test::narrowed(message));
     }
     EXPECT_EQ(m_logged, lines);
 }
@@ -76,7 +70,7 @@ void Attempt::expectMemoryException(const std::vector<Request>& requests, const 
         Messages messages = {memoryMessage(request)};
         messages.insert(messages.end(), records.begin(), records.end());
         const bool last = &request == &requests.back();
-        if (last || (!m_logged.empty() && m_logged.front() == "Vorel Error: " + narrowed(messages.front()))) {
+        if (last || (!m_logged.empty() && m_logged.front() == "Vorel Error: " + test::narrowed(messages.front()))) {
             expectException(typeid(vorel::MemoryException).name(), messages);
             return;
         }

@@ -151,6 +151,3 @@ std::basic_string<T> longText(std::size_t count) {
     }
     return text;
 }
-
-/// `text` as narrow text; ASCII only.
-std::string narrowed(const std::wstring& text);

@@ -12,6 +12,7 @@
 #include "core/ThreadSafetySwitch.h"
 #include "support/Expect.h"
 #include "support/TemporaryLog.h"
+#include "support/WideText.h"
 #include "vorel/core/CriticalSections.h"
 #include "vorel/exceptions/ExceptionFamily.h"
 
@@ -201,7 +202,7 @@ void leaveBlock(RecordingLock& lock, Failure failure, bool unwinding) {
 
 struct Names {
     static std::wstring wide(const char* name, const wchar_t* rest) {
-        const std::wstring wideName(name, name + std::char_traits<char>::length(name));
+        const std::wstring wideName = test::widened(name);
         return wideName + L"::~" + wideName + rest;
     }
     static std::string logged(const char* name, const char* rest) {

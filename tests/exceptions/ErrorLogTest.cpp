@@ -17,6 +17,7 @@
 
 #include "support/LockedFile.h"
 #include "support/TemporaryLog.h"
+#include "support/WideText.h"
 #include "vorel/exceptions/Exception.h"
 
 namespace {
@@ -151,7 +152,7 @@ TEST(ErrorLog, ResetKeepsLocationAndLimit) {
 TEST(ErrorLog, WidePathIsConverted) {
     const TemporaryLog log;
     const std::string path = log.folder().file("wide.txt");
-    Exception::SetErrorLogLocation(std::wstring(path.begin(), path.end()).c_str(), 0);
+    Exception::SetErrorLogLocation(test::widened(path).c_str(), 0);
     Exception::warn("text");
     EXPECT_EQ(test::readLogMessages(path), Texts{"WARN: text"});
 }

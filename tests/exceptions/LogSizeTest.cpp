@@ -11,6 +11,7 @@
 
 #include "support/Handle.h"
 #include "support/TemporaryLog.h"
+#include "support/WideText.h"
 #include "vorel/exceptions/Exception.h"
 
 namespace {
@@ -64,7 +65,7 @@ TEST(LogSize, EachFunctionAcceptsItsOwnRangeOfLimits) {
         Exception::SetErrorLogLocation(log.path().c_str(), c.given);
         EXPECT_EQ(currentLogSize(), c.byLocation) << c.given;
         Exception::SetErrorLogSize(kBefore);
-        Exception::SetErrorLogLocation(std::wstring(log.path().begin(), log.path().end()).c_str(), c.given);
+        Exception::SetErrorLogLocation(test::widened(log.path()).c_str(), c.given);
         EXPECT_EQ(currentLogSize(), c.byLocation) << c.given;
     }
 }

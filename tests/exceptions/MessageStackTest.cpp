@@ -8,6 +8,7 @@
 
 #include "support/Expect.h"
 #include "support/TemporaryLog.h"
+#include "support/WideText.h"
 #include "vorel/exceptions/Exception.h"
 
 namespace {
@@ -134,14 +135,6 @@ std::wstring systemTextOf(int hr) {
     return text;
 }
 
-std::string asciiOf(const std::wstring& text) {
-    std::string result;
-    for (const wchar_t unit : text) {
-        result += static_cast<char>(unit);
-    }
-    return result;
-}
-
 TEST(MessageStack, HresultAddsTheSystemsTextAndAClosingLine) {
     for (const auto& [hr, digits] : {std::pair(kAccessDenied, L"80070005"), std::pair(kOutOfMemory, L"8007000E")}) {
         const TemporaryLog log;
@@ -153,7 +146,7 @@ TEST(MessageStack, HresultAddsTheSystemsTextAndAClosingLine) {
         EXPECT_EQ(messagesOf(e), Messages{message});
         // The system's text ends with a line break. The runtime writes its line feed as CR LF.
         const std::string content = test::readFileBytes(log.path()).value_or("");
-        const std::string line = asciiOf(message.substr(0, message.find_first_of(L"\r\n")));
+        const std::string line = test::narrowed(message.substr(0, message.find_first_of(L"\r\n")));
         const std::string prefix = "AddHRESULTErrorToStack: ";
         const std::size_t first = content.find(prefix);
         EXPECT_EQ(content.compare(first, prefix.size() + line.size(), prefix + line), 0) << content;

@@ -13,6 +13,7 @@
 
 #include "support/Expect.h"
 #include "support/TemporaryLog.h"
+#include "support/WideText.h"
 #include "vorel/exceptions/Exception.h"
 #include "vorel/exceptions/ExceptionFamily.h"
 #include "vorel/exceptions/Messages.h"
@@ -94,10 +95,6 @@ const std::vector<Handling>& appends() {
     return table;
 }
 
-std::wstring widened(const std::string& text) {
-    return {text.begin(), text.end()};
-}
-
 TEST(Protocol, CatchingLogsTheRecordAndClearsTheStack) {
     for (const Handling& c : catches()) {
         Exception e(L"first");
@@ -125,7 +122,8 @@ TEST(Protocol, RethrowingAddsTheRecordAndKeepsTheClass) {
         MemoryException e(3, 8);
         const TemporaryLog log;
         expectThrows<MemoryException>(
-            [&] { c.handle(e); }, {L"No more memory is available: 3 objects of size 8 requested", widened(c.record)});
+            [&] { c.handle(e); },
+            {L"No more memory is available: 3 objects of size 8 requested", test::widened(c.record)});
         EXPECT_EQ(log.messages(), Texts{"Vorel Error: " + c.record});
     }
 }
@@ -135,7 +133,7 @@ TEST(Protocol, AppendingARecordNeitherCatchesNorThrows) {
         Exception e(L"first");
         const TemporaryLog log;
         c.handle(e);
-        EXPECT_EQ(messagesOf(e), (Messages{L"first", widened(c.record)}));
+        EXPECT_EQ(messagesOf(e), (Messages{L"first", test::widened(c.record)}));
         EXPECT_EQ(log.messages(), Texts{"Vorel Error: " + c.record});
     }
 }
@@ -242,7 +240,7 @@ struct Returning : Exception {
 TEST(Protocol, TheBaseIsThrownIfAnOverriddenRethrowReturns) {
     for (const Handling& c : rethrows()) {
         Returning e(L"first");
-        expectThrows<Exception>([&] { c.handle(e); }, {L"first", widened(c.record)});
+        expectThrows<Exception>([&] { c.handle(e); }, {L"first", test::widened(c.record)});
     }
 }
 

@@ -8,6 +8,7 @@
 #include <windows.h>
 
 #include "flat/FlatCalls.h"
+#include "support/WideText.h"
 #include "vorel/system/ErrorText.h"
 #include "vorel/system/Time.h"
 
@@ -69,9 +70,7 @@ TEST(FlatFormats, Times) {
     std::tm fields = {};
     char expected[26];
     vorel::util::asctime(vorel::util::localtime(&now, &fields), expected, sizeof expected);
-    const std::string local = expected;
-    EXPECT_EQ(flatText([&](auto... out) { return vorel_format_local_time(now, out...); }),
-              std::wstring(local.begin(), local.end()));
+    EXPECT_EQ(flatText([&](auto... out) { return vorel_format_local_time(now, out...); }), test::widened(expected));
 
     for (const int64_t seconds : {INT64_MIN, INT64_MAX}) {
         EXPECT_EQ(flatFailure<vorel_char16>([=](auto... out) { return vorel_format_utc_time(seconds, out...); }),

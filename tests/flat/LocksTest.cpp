@@ -11,6 +11,7 @@
 #include "support/ChildProcess.h"
 #include "support/NamedEvent.h"
 #include "support/TemporaryLog.h"
+#include "support/WideText.h"
 #include "sync/ObjectNames.h"
 
 namespace {
@@ -123,7 +124,7 @@ TEST(FlatMutex, OnlyTheOwnerCanUnlock) {
 TEST(FlatMutex, ReportsAndLogsATimeout) {
     const TemporaryLog log;
     const std::wstring name = uniqueName(L"flat_mutex");
-    const std::string narrowName(name.begin(), name.end());
+    const std::string narrowName = test::narrowed(name);
     vorel_mutex* const mutex = openMutex(name);
     EXPECT_EQ(vorel_mutex_lock(mutex, 0), VOREL_OK);
     std::thread([&] {
@@ -172,7 +173,7 @@ TEST(FlatMutex, IsSharedWithTheLibraryInAnotherProcess) {
     const std::wstring name = uniqueName(L"flat_mutex");
     const NamedEvent held(NamedEvent::uniqueName(L"held"));
     const NamedEvent release(NamedEvent::uniqueName(L"release"));
-    const std::wstring logPath(log.path().begin(), log.path().end());
+    const std::wstring logPath = test::widened(log.path());
     const ChildProcess child(
         L"mutex_holder", {L"mutex=" + name, L"held=" + held.name(), L"release=" + release.name(), L"log=" + logPath});
     ASSERT_TRUE(held.wait());

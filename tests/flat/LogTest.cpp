@@ -13,6 +13,7 @@
 #include "flat/FlatCalls.h"
 #include "support/TemporaryLog.h"
 #include "support/Together.h"
+#include "support/WideText.h"
 
 namespace {
 
@@ -25,10 +26,6 @@ using testing::ElementsAre;
 
 std::wstring logPath() {
     return flatText([](auto... out) { return vorel_log_path(out...); });
-}
-
-std::wstring widened(const std::string& ascii) {
-    return {ascii.begin(), ascii.end()};
 }
 
 vorel_status setPath(const std::wstring& path) {
@@ -87,7 +84,7 @@ TEST(FlatLog, RejectsTextsWithZeros) {
 
 TEST(FlatLog, SetsAndReturnsThePath) {
     const TemporaryLog log;
-    EXPECT_EQ(logPath(), widened(log.path()));
+    EXPECT_EQ(logPath(), test::widened(log.path()));
     const std::wstring other = log.folder().widePath() + L"\\other.txt";
     EXPECT_EQ(setPath(other), VOREL_OK);
     EXPECT_EQ(logPath(), other);
@@ -123,7 +120,7 @@ TEST(FlatLog, RejectsInvalidPaths) {
     EXPECT_EQ(setPath(std::wstring(1024, L'x')), VOREL_ERROR_INVALID_ARGUMENT);
     EXPECT_EQ(setPath(std::wstring(L"a\0b"sv)), VOREL_ERROR_INVALID_TEXT);
     EXPECT_EQ(vorel_log_set_path(nullptr, 1), VOREL_ERROR_INVALID_ARGUMENT);
-    EXPECT_EQ(logPath(), widened(log.path()));
+    EXPECT_EQ(logPath(), test::widened(log.path()));
     EXPECT_EQ(setPath(std::wstring(1023, L'x')), VOREL_OK);
     EXPECT_EQ(logPath(), std::wstring(1023, L'x'));
     log.use();

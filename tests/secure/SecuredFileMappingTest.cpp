@@ -19,6 +19,7 @@
 #include "support/NamedEvent.h"
 #include "support/SystemText.h"
 #include "support/TemporaryLog.h"
+#include "support/WideText.h"
 #include "vorel/secure/SecuredMappings.h"
 
 namespace {
@@ -277,7 +278,7 @@ TEST_F(SecuredFileMapping, ProcessesThatRaceToOpenItAllSucceed) {
                                             L"folder=" + folder.widePath(),
                                             L"parties=" + std::to_wstring(kParties),
                                             L"rounds=40",
-                                            L"log=" + std::wstring(logPath.begin(), logPath.end())};
+                                            L"log=" + test::widened(logPath)};
     std::vector<test::ChildProcess> parties;
     for (int party = 0; party != kParties; ++party) {
         parties.emplace_back(L"secured_peer", task);

@@ -14,6 +14,7 @@
 #include "support/LogText.h"
 #include "support/NamedEvent.h"
 #include "support/TemporaryLog.h"
+#include "support/WideText.h"
 
 namespace {
 
@@ -29,10 +30,10 @@ protected:
     /// Starts a process that locks the log for at most `holdMs`, and waits until it holds the lock.
     void holdLog(unsigned int holdMs, const std::string& text = {}) {
         m_holder = std::make_unique<test::ChildProcess>(
-            L"lock_holder", std::vector<std::wstring>{L"log=" + std::wstring(m_log.path().begin(), m_log.path().end()),
-                                                      L"held=" + m_held.name(), L"release=" + m_release.name(),
-                                                      L"holdMs=" + std::to_wstring(holdMs),
-                                                      L"text=" + std::wstring(text.begin(), text.end())});
+            L"lock_holder",
+            std::vector<std::wstring>{L"log=" + test::widened(m_log.path()), L"held=" + m_held.name(),
+                                      L"release=" + m_release.name(), L"holdMs=" + std::to_wstring(holdMs),
+                                      L"text=" + test::widened(text)});
         ASSERT_TRUE(m_held.wait());
     }
 

@@ -12,6 +12,7 @@
 #include "support/LogText.h"
 #include "support/StressStats.h"
 #include "support/TemporaryLog.h"
+#include "support/WideText.h"
 
 namespace {
 
@@ -22,10 +23,6 @@ using testing::StartsWith;
 long long seconds() {
     const char* const value = std::getenv("VOREL_STRESS_SECONDS");
     return value ? std::strtoll(value, nullptr, 10) : 5;
-}
-
-std::wstring wide(const std::string& ascii) {
-    return {ascii.begin(), ascii.end()};
 }
 
 TEST(LockStressTest, LosesNoWakeUpAndNoThreadHangs) {
@@ -39,10 +36,11 @@ TEST(LockStressTest, LosesNoWakeUpAndNoThreadHangs) {
     std::vector<std::string> reports;
     for (int process = 0; process != 2; ++process) {
         reports.push_back(log.folder().file("report" + std::to_string(process)));
-        processes.emplace_back(
-            L"lock_stress", std::vector<std::wstring>{L"run=" + run, L"process=" + std::to_wstring(process),
-                                                      L"seconds=" + std::to_wstring(seconds()),
-                                                      L"report=" + wide(reports.back()), L"log=" + wide(log.path())});
+        processes.emplace_back(L"lock_stress",
+                               std::vector<std::wstring>{L"run=" + run, L"process=" + std::to_wstring(process),
+                                                         L"seconds=" + std::to_wstring(seconds()),
+                                                         L"report=" + test::widened(reports.back()),
+                                                         L"log=" + test::widened(log.path())});
     }
     long long additions = 0;
     for (std::size_t process = 0; process != processes.size(); ++process) {

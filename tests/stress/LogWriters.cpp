@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include "support/LogText.h"
+#include "support/WideText.h"
 
 namespace test {
 
@@ -22,10 +23,6 @@ bool isTimeText(std::string_view time) {
     return std::equal(kForm.begin(), kForm.end(), time.begin(), time.end(),
                       [&](char form, char unit) { return fits(form, unit) || (form == '9' && unit == ' '); }) &&
            kNames.find(time.substr(0, 3)) < kNames.find(' ') && kNames.find(time.substr(4, 3)) > kNames.find(' ');
-}
-
-std::wstring wide(const std::string& ascii) {
-    return {ascii.begin(), ascii.end()};
 }
 
 /// Describes the defect of `line`; empty for a complete stress line of one of the writers.
@@ -66,10 +63,10 @@ void LogWriters::add(unsigned int count, unsigned int linesPerThread) {
         writer.process = std::make_unique<ChildProcess>(
             L"log_writer",
             std::vector<std::wstring>{
-                L"log=" + wide(m_log.path()), L"limit=" + std::to_wstring(m_limitBytes),
+                L"log=" + test::widened(m_log.path()), L"limit=" + std::to_wstring(m_limitBytes),
                 L"writer=" + std::to_wstring(writer.number), L"threads=" + std::to_wstring(kThreadsPerWriter),
                 L"lines=" + std::to_wstring(linesPerThread), L"start=" + m_start.name(), L"turn=" + m_turn,
-                L"progress=" + writer.progress.name(), L"result=" + wide(writer.resultPath)});
+                L"progress=" + writer.progress.name(), L"result=" + test::widened(writer.resultPath)});
         m_writers.push_back(std::move(writer));
     }
 }

@@ -20,6 +20,7 @@
 #include "support/LogText.h"
 #include "support/SoakStats.h"
 #include "support/TemporaryLog.h"
+#include "support/WideText.h"
 
 namespace {
 
@@ -32,10 +33,6 @@ constexpr unsigned int kSeed = 20261121;
 std::chrono::seconds duration() {
     const char* const value = std::getenv("VOREL_STRESS_SECONDS");
     return std::chrono::seconds(value ? std::strtoll(value, nullptr, 10) : 10);
-}
-
-std::wstring wide(const std::string& ascii) {
-    return {ascii.begin(), ascii.end()};
 }
 
 /// One process from its start until it exits or is killed.
@@ -145,9 +142,9 @@ private:
     void start(unsigned int process) {
         m_current[process] = m_lives.size();
         m_processes[process] = std::make_unique<test::ChildProcess>(
-            L"soak_worker",
-            std::vector<std::wstring>{L"run=" + m_run, L"process=" + std::to_wstring(process),
-                                      L"life=" + std::to_wstring(m_lives.size()), L"log=" + wide(m_log.path())});
+            L"soak_worker", std::vector<std::wstring>{L"run=" + m_run, L"process=" + std::to_wstring(process),
+                                                      L"life=" + std::to_wstring(m_lives.size()),
+                                                      L"log=" + test::widened(m_log.path())});
         m_lives.push_back({process});
     }
 

@@ -7,6 +7,8 @@
 #include <string_view>
 #include <vector>
 
+#include "support/WideText.h"
+
 namespace test {
 
 class ChildArguments {
@@ -24,10 +26,7 @@ public:
     }
 
     /// The value of `name` as wide text; ASCII only.
-    [[nodiscard]] std::wstring wide(std::string_view name) const {
-        const std::string narrow = text(name);
-        return {narrow.begin(), narrow.end()};
-    }
+    [[nodiscard]] std::wstring wide(std::string_view name) const { return widened(text(name)); }
 
     /// The value of `name` as a number; 0 if it is missing.
     [[nodiscard]] long long number(std::string_view name) const {

@@ -6,6 +6,7 @@
 
 #include "support/SharedStats.h"
 #include "support/StressLine.h"
+#include "support/WideText.h"
 
 namespace test {
 
@@ -38,7 +39,7 @@ inline std::wstring soakLine(const StressLineId& id) {
     std::string text = std::to_string(id.writer) + '.' + std::to_string(id.thread) + '.' + std::to_string(id.number) +
                        ' ' + std::string(id.number % 100, '-') + ' ';
     text += checksum(text);
-    return {text.begin(), text.end()};
+    return widened(text);
 }
 
 }  // namespace test

@@ -1,5 +1,7 @@
 #include "support/TemporaryLog.h"
 
+#include "support/WideText.h"
+
 #include <atomic>
 #include <filesystem>
 #include <stdexcept>
@@ -28,7 +30,7 @@ std::string& currentPath() {
 /// Converts a name by hand, because this toolchain's library cannot convert narrow paths under the UCRT. The names are
 /// ASCII.
 std::filesystem::path asPath(const std::string& name) {
-    return std::wstring(name.begin(), name.end());
+    return widened(name);
 }
 
 std::string uniqueName() {

@@ -14,6 +14,7 @@
 #include <vorel/exceptions/Exception.h>
 
 #include "support/LogText.h"
+#include "support/WideText.h"
 
 namespace test {
 
@@ -28,7 +29,7 @@ public:
 
     /// The path without a trailing backslash.
     [[nodiscard]] const std::string& path() const { return m_path; }
-    [[nodiscard]] std::wstring widePath() const { return {m_path.begin(), m_path.end()}; }
+    [[nodiscard]] std::wstring widePath() const { return widened(m_path); }
 
     /// The path of `name` in the folder.
     [[nodiscard]] std::string file(const std::string& name) const { return m_path + "\\" + name; }

@@ -6,10 +6,11 @@
 #pragma once
 
 #include <string>
-#include <string_view>
 #include <type_traits>
 
 #include <gtest/gtest.h>
+
+#include "support/WideText.h"
 
 namespace test {
 
@@ -22,15 +23,5 @@ struct CharacterNames {
         return std::is_same_v<T, char> ? "narrow" : "wide";
     }
 };
-
-/// `units` in the character type of the test. Each byte becomes a unit of the same value.
-template <class T>
-std::basic_string<T> text(std::string_view units) {
-    std::basic_string<T> result;
-    for (const char unit : units) {
-        result += static_cast<T>(static_cast<unsigned char>(unit));
-    }
-    return result;
-}
 
 }  // namespace test

@@ -11,6 +11,7 @@
 #include "support/ChildProcess.h"
 #include "support/LogText.h"
 #include "support/TemporaryLog.h"
+#include "support/WideText.h"
 #include "sync/ObjectNames.h"
 #include "vorel/sync/AutoMutex.h"
 
@@ -23,15 +24,11 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using vorel::AutoMutex;
 
-std::wstring wide(const std::string& ascii) {
-    return {ascii.begin(), ascii.end()};
-}
-
 /// A child process that holds a mutex.
 struct Holder {
     Holder(const std::wstring& mutex, const TemporaryLog& log)
         : process(L"mutex_holder", {L"mutex=" + mutex, L"held=" + held.name(), L"release=" + release.name(),
-                                    L"log=" + wide(log.path())}) {}
+                                    L"log=" + test::widened(log.path())}) {}
 
     test::NamedEvent held{uniqueName(L"held")};
     test::NamedEvent release{uniqueName(L"release")};
@@ -64,9 +61,8 @@ TEST(AutoMutexProcesses, AKilledProcessAbandonsItsMutex) {
         holder.process.terminate();
     }
     EXPECT_TRUE(mutex.lock(test::kGenerousMs, true));
-    EXPECT_THAT(log.messages(),
-                ElementsAre("WARN: AutoMutex::lock: WAIT_ABANDONED: Mutex " + std::string(name.begin(), name.end()) +
-                            " was not released by the owning thread before it exited"));
+    EXPECT_THAT(log.messages(), ElementsAre("WARN: AutoMutex::lock: WAIT_ABANDONED: Mutex " + test::narrowed(name) +
+                                            " was not released by the owning thread before it exited"));
     EXPECT_FALSE(isFreeForOthers(mutex));
     mutex.unlock();
     EXPECT_TRUE(isFreeForOthers(mutex));
@@ -80,10 +76,11 @@ TEST(AutoMutexProcesses, ThreeProcessesLoseNoIncrement) {
     const test::NamedEvent go(uniqueName(L"go"));
     std::vector<test::ChildProcess> counters;
     for (int process = 0; process != kProcesses; ++process) {
-        counters.emplace_back(L"mutex_counter", std::vector<std::wstring>{
-                                                    L"mutex=" + go.name() + L"_mutex",
-                                                    L"file=" + wide(folder.file("number")), L"go=" + go.name(),
-                                                    L"rounds=" + std::to_wstring(kRounds), L"log=" + wide(log.path())});
+        counters.emplace_back(L"mutex_counter",
+                              std::vector<std::wstring>{L"mutex=" + go.name() + L"_mutex",
+                                                        L"file=" + test::widened(folder.file("number")),
+                                                        L"go=" + go.name(), L"rounds=" + std::to_wstring(kRounds),
+                                                        L"log=" + test::widened(log.path())});
     }
     go.set();
     for (const test::ChildProcess& counter : counters) {

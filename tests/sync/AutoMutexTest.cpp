@@ -12,6 +12,7 @@
 #include "core/ThreadSafetySwitch.h"
 #include "support/Expect.h"
 #include "support/TemporaryLog.h"
+#include "support/WideText.h"
 #include "sync/ObjectNames.h"
 #include "vorel/core/Guard.h"
 
@@ -31,16 +32,12 @@ using vorel::Exception;
 using Clock = std::chrono::steady_clock;
 using std::chrono::milliseconds;
 
-std::string narrow(const std::wstring& ascii) {
-    return {ascii.begin(), ascii.end()};
-}
-
 std::string timedOutWarning(const std::wstring& name) {
-    return "WARN: AutoMutex::lock: Failed to lock mutex " + narrow(name) + ": Timed out";
+    return "WARN: AutoMutex::lock: Failed to lock mutex " + test::narrowed(name) + ": Timed out";
 }
 
 std::string abandonedWarning(const std::wstring& name) {
-    return "WARN: AutoMutex::lock: WAIT_ABANDONED: Mutex " + narrow(name) +
+    return "WARN: AutoMutex::lock: WAIT_ABANDONED: Mutex " + test::narrowed(name) +
            " was not released by the owning thread before it exited";
 }
 
@@ -164,7 +161,8 @@ TEST(AutoMutex, NameOfAnotherKindOfObjectThrows) {
         [&] { const AutoMutex mutex(name.c_str(), false, false); },
         {L"AutoMutex: Failed to create mutex " + name + L": ", L"AutoMutex::AutoMutex(): Vorel exception rethrown"});
     EXPECT_GE(Clock::now() - start, milliseconds(900)) << "ten sleeps of 100 ms";
-    EXPECT_EQ(log.messages().front().rfind("WARN: ObtainAccessableMutex warning: OpenMutex Global\\" + narrow(name), 0),
+    EXPECT_EQ(log.messages().front().rfind(
+                  "WARN: ObtainAccessableMutex warning: OpenMutex Global\\" + test::narrowed(name), 0),
               0u);
 }
 

@@ -1,6 +1,7 @@
 // The headers, the library and the file properties of the DLL have the same version.
 
 #include "vorel/Version.h"
+#include "support/WideText.h"
 
 #include <string>
 #include <string_view>
@@ -79,7 +80,7 @@ TEST(Version, FilePropertiesHaveTheSameNumbers) {
 
 TEST(Version, FilePropertiesNameTheLibrary) {
     const std::string_view narrow = VOREL_VERSION_STRING;
-    const std::wstring version(narrow.begin(), narrow.end());
+    const std::wstring version = test::widened(narrow);
     const struct {
         const wchar_t* name;
         std::wstring text;

@@ -12,6 +12,7 @@
 
 #include "support/CommaLocale.h"
 #include "support/GuardedBuffer.h"
+#include "support/WideText.h"
 
 namespace {
 
@@ -85,16 +86,12 @@ std::wstring wide(double value, FormattingOptions options) {
     return buffer.data();
 }
 
-std::wstring widened(const std::string& text) {
-    return {text.begin(), text.end()};
-}
-
 TEST(NumberFormatting, DoubleToString_FormatsValues) {
     for (const Row& row : rows()) {
         EXPECT_EQ(narrow(row.value, FO_Default), row.plain);
         EXPECT_EQ(narrow(row.value, FO_JSON), row.json);
-        EXPECT_EQ(wide(row.value, FO_Default), widened(row.plain));
-        EXPECT_EQ(wide(row.value, FO_JSON), widened(row.json));
+        EXPECT_EQ(wide(row.value, FO_Default), test::widened(row.plain));
+        EXPECT_EQ(wide(row.value, FO_JSON), test::widened(row.json));
     }
 }
 
@@ -194,7 +191,7 @@ TEST(NumberFormatting, DoubleToString_IsIndependentOfASufficientSize) {
                 test::GuardedBuffer<char> buffer(size);
                 test::GuardedBuffer<wchar_t> wideBuffer(size);
                 EXPECT_EQ(util::doubleToString(value, buffer.data(), size, options), whole) << size;
-                EXPECT_EQ(util::doubleToString(value, wideBuffer.data(), size, options), widened(whole)) << size;
+                EXPECT_EQ(util::doubleToString(value, wideBuffer.data(), size, options), test::widened(whole)) << size;
             }
         }
     }
@@ -245,7 +242,7 @@ TEST(NumberFormatting, AppendAddsToTheText) {
     for (const Row& row : rows()) {
         BaseString<wchar_t> alone;
         util::appendDouble(alone, row.value);
-        EXPECT_EQ(alone, widened(row.plain).c_str());
+        EXPECT_EQ(alone, test::widened(row.plain).c_str());
     }
 }
 
@@ -255,7 +252,7 @@ TEST(NumberFormatting, Integers_AreTruncatedAndAlwaysTerminated) {
             test::GuardedBuffer<char> buffer(size);
             test::GuardedBuffer<wchar_t> wideBuffer(size);
             EXPECT_EQ(write(buffer.data(), size), whole.substr(0, size - 1));
-            EXPECT_EQ(write(wideBuffer.data(), size), widened(whole.substr(0, size - 1)));
+            EXPECT_EQ(write(wideBuffer.data(), size), test::widened(whole.substr(0, size - 1)));
             EXPECT_TRUE(buffer.isIntact() && wideBuffer.isIntact());
             EXPECT_EQ(buffer.data()[size - 1], 0);
             EXPECT_EQ(wideBuffer.data()[size - 1], 0);
