@@ -1,6 +1,7 @@
 // Tests of the guarded heap: the errors that it detects, and its behaviour as a heap. Only in the guarded build.
 
 #include "heap/GuardedBlocks.h"
+#include "support/CaseName.h"
 
 #include <cstdint>
 #include <cstdlib>
@@ -128,10 +129,6 @@ struct Mistake {
     friend void PrintTo(const Mistake& mistake, std::ostream* out) { *out << mistake.name; }
 };
 
-std::string nameOf(const testing::TestParamInfo<Mistake>& info) {
-    return info.param.name;
-}
-
 class GuardedBlocks : public testing::TestWithParam<Mistake> {};
 
 TEST_P(GuardedBlocks, EndProgramAndPrintReason) {
@@ -156,7 +153,7 @@ INSTANTIATE_TEST_SUITE_P(
         Mistake{"WriteToEmptyBlock", writeToEmptyBlock, kFault, "write 0 bytes past the end of a block of 0 bytes"},
         Mistake{"ReleaseTwice", releaseTwice, kAborted, "block freed twice, 10 bytes"},
         Mistake{"ReleaseInTheMiddle", releaseInTheMiddle, kAborted, "free of an address where no block starts"}),
-    nameOf);
+    test::caseName);
 
 TEST(GuardedHeap, ProvidesAllBytesOfEverySize) {
     for (std::size_t bytes = 1; bytes < 10000; bytes += bytes < 70 ? 1 : 997) {

@@ -13,6 +13,8 @@
 
 #include <windows.h>
 
+#include "support/CaseName.h"
+
 namespace {
 
 constexpr int kTrap = static_cast<int>(EXCEPTION_ILLEGAL_INSTRUCTION);  // also raised by the stack protector
@@ -84,10 +86,6 @@ struct Mistake {
     friend void PrintTo(const Mistake& mistake, std::ostream* out) { *out << mistake.name; }
 };
 
-std::string nameOf(const testing::TestParamInfo<Mistake>& info) {
-    return info.param.name;
-}
-
 class Sanitizer : public testing::TestWithParam<Mistake> {};
 
 TEST_P(Sanitizer, EndProgramOnUndefinedBehaviour) {
@@ -105,6 +103,6 @@ INSTANTIATE_TEST_SUITE_P(Mistakes, Sanitizer,
                                          Mistake{"CopyFromNull", copyFromNull, kTrap},
                                          Mistake{"IndexPastEndOfVector", readPastEndOfVector, kAborted},
                                          Mistake{"WritePastEndOfLocalArray", writePastEndOfLocalArray, kTrap}),
-                         nameOf);
+                         test::caseName);
 
 }  // namespace

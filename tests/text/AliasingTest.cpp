@@ -15,6 +15,7 @@
 #include <gtest/gtest.h>
 
 #include "support/Arrays.h"
+#include "support/CaseName.h"
 #include "support/Expect.h"
 #include "support/Widths.h"
 #include "vorel/core/Array.h"
@@ -372,7 +373,6 @@ TEST_P(InputInOutput, EqualsSeparateInput) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Text, InputInOutput, testing::ValuesIn(allRows()),
-                         [](const testing::TestParamInfo<Row>& row) { return row.param.name; });
+INSTANTIATE_TEST_SUITE_P(Text, InputInOutput, testing::ValuesIn(allRows()), test::caseName);
 
 }  // namespace

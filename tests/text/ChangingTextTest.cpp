@@ -13,6 +13,7 @@
 
 #include <gtest/gtest.h>
 
+#include "support/CaseName.h"
 #include "support/ChangingText.h"
 #include "support/Widths.h"
 #include "vorel/core/Array.h"
@@ -402,21 +403,16 @@ protected:
     }
 };
 
-template <class T>
-std::string nameOf(const testing::TestParamInfo<Operation<T>>& info) {
-    return info.param.name;
-}
-
 using ChangingBytes = ChangingText<char>;
 TEST_P(ChangingBytes, NeverWritesBeyondTheOutput) {
     runWithEachChange(GetParam());
 }
-INSTANTIATE_TEST_SUITE_P(Text, ChangingBytes, testing::ValuesIn(operations<char>()), nameOf<char>);
+INSTANTIATE_TEST_SUITE_P(Text, ChangingBytes, testing::ValuesIn(operations<char>()), test::caseName);
 
 using ChangingUnits = ChangingText<wchar_t>;
 TEST_P(ChangingUnits, NeverWritesBeyondTheOutput) {
     runWithEachChange(GetParam());
 }
-INSTANTIATE_TEST_SUITE_P(Text, ChangingUnits, testing::ValuesIn(operations<wchar_t>()), nameOf<wchar_t>);
+INSTANTIATE_TEST_SUITE_P(Text, ChangingUnits, testing::ValuesIn(operations<wchar_t>()), test::caseName);
 
 }  // namespace
