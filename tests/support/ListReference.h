@@ -131,12 +131,12 @@ inline ListReading<bool> readBooleans(std::string_view text) {
 struct Ranges {
     std::vector<int> starts;
     std::vector<int> ends;
-    std::string refused;
+    std::string rejected;
 };
 
 inline Ranges readRanges(std::string_view text) {
     Ranges ranges;
-    while (!text.empty() && ranges.refused.empty()) {
+    while (!text.empty() && ranges.rejected.empty()) {
         const std::size_t comma = text.find(',');
         std::string_view item = text.substr(0, comma);
         text.remove_prefix(comma == std::string_view::npos ? text.size() : comma + 1);
@@ -149,9 +149,9 @@ inline Ranges readRanges(std::string_view text) {
             const auto read = readInteger(number, true, true);
             numbers.push_back(static_cast<int>(read.value));
             if (read.end != number.size()) {
-                ranges.refused = item;
+                ranges.rejected = item;
             }
-            return ranges.refused.empty();
+            return ranges.rejected.empty();
         };
         const std::size_t minus = item.find('-');
         if (minus == std::string_view::npos) {

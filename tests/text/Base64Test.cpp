@@ -10,6 +10,7 @@
 #include "support/BitTextReference.h"
 #include "support/Expect.h"
 #include "support/PageEdge.h"
+#include "support/RandomInputs.h"
 #include "support/RandomText.h"
 #include "support/Widths.h"
 #include "vorel/exceptions/ExceptionFamily.h"
@@ -148,16 +149,15 @@ TEST(Base64Wide, Decode_RejectsUnitsAbove255) {
 }
 
 TYPED_TEST(Base64Test, RandomBytesAgreeWithTheReference) {
-    test::RandomText random(20261121);
     BaseString<TypeParam> text;
     Array<unsigned char> again;
-    for (int count = 0; count < 3000; ++count) {
+    test::forEachRandomInput(3000, [&](test::RandomText& random) {
         const Bytes bytes = random.bytes(random.below(random.oneIn(20) ? 3000 : 120));
         Base64::Encode(arrayOf(bytes), text);
         ASSERT_EQ(std::basic_string<TypeParam>(text.view()), test::text<TypeParam>(test::base64Of(bytes)));
         ASSERT_EQ(Base64::Decode(text.c_str(), again), 0);
         ASSERT_EQ(valuesOf(again), bytes);
-    }
+    });
 }
 
 /// Decodes the zero-terminated text at `position` and compares the outcome with the reference.
@@ -181,9 +181,8 @@ void expectDecoding(const T* position, Array<unsigned char>& bytes) {
 }
 
 TYPED_TEST(Base64Test, DamagedTextsAgreeWithTheReference) {
-    test::RandomText random(20261122);
     test::PageEdge<TypeParam> edge(4096);
-    for (int count = 0; count < 20000; ++count) {
+    test::forEachRandomInput(20000, [&](test::RandomText& random) {
         std::string narrow = test::base64Of(random.bytes(random.below(150)));
         for (std::size_t damage = random.below(3); damage != 0; --damage) {
             narrow.insert(random.below(narrow.size() + 1), random.from("\r\n \t=!\x80\xFF"
@@ -198,7 +197,7 @@ TYPED_TEST(Base64Test, DamagedTextsAgreeWithTheReference) {
         ASSERT_NO_FATAL_FAILURE(
             expectDecoding(edge.placeAtEnd(std::basic_string_view<TypeParam>(text.c_str(), text.size() + 1)), bytes))
             << narrow;
-    }
+    });
 }
 
 TYPED_TEST(Base64Test, Decode_EveryUnitAtEveryPositionOfAGroup) {

@@ -8,6 +8,7 @@
 #include "support/Arrays.h"
 #include "support/BitTextReference.h"
 #include "support/Expect.h"
+#include "support/RandomInputs.h"
 #include "support/RandomText.h"
 #include "support/Widths.h"
 
@@ -124,9 +125,8 @@ TEST(DaylightTest, Decode_AcceptsThreeEndCharacters) {
 }
 
 TEST(DaylightTest, Decode_AgreesWithTheReferenceOnRandomUnits) {
-    test::RandomText random(20261122);
     Array<unsigned char> bytes;
-    for (int count = 0; count < 5000; ++count) {
+    test::forEachRandomInput(5000, [&](test::RandomText& random) {
         std::wstring groups = test::text<wchar_t>(random.from(test::kDaylightCharacters, 4 * random.below(60)));
         for (std::size_t damage = random.below(4); damage != 0 && !groups.empty(); --damage) {
             groups[random.below(groups.size())] = static_cast<wchar_t>(random.bits() >> 8 * random.below(7));
@@ -135,8 +135,8 @@ TEST(DaylightTest, Decode_AgreesWithTheReferenceOnRandomUnits) {
         const std::size_t last = groups.empty() ? 3 : 1 + random.below(3);
         wanted.resize(wanted.size() + last - 3);
         Daylight::Decode(stringOf(groups + static_cast<wchar_t>('0' + last)), bytes);
-        ASSERT_EQ(valuesOf(bytes), wanted) << "text " << count;
-    }
+        ASSERT_EQ(valuesOf(bytes), wanted);
+    });
 }
 
 TEST(DaylightTest, Decode_RejectsAWrongLength) {
@@ -160,16 +160,15 @@ TEST(DaylightTest, Decode_RejectsAWrongEnd) {
 }
 
 TEST(DaylightTest, RandomBytesAgreeWithTheReference) {
-    test::RandomText random(20261121);
     BaseString<wchar_t> text;
     Array<unsigned char> again;
-    for (int count = 0; count < 3000; ++count) {
+    test::forEachRandomInput(3000, [&](test::RandomText& random) {
         const Bytes bytes = random.bytes(random.below(random.oneIn(20) ? 3000 : 150));
         Daylight::Encode(arrayOf(bytes), text);
         ASSERT_EQ(std::wstring(text.view()), test::text<wchar_t>(test::daylightOf(bytes)));
         ASSERT_EQ(Daylight::Decode(text, again), 0);
         ASSERT_EQ(valuesOf(again), bytes);
-    }
+    });
 }
 
 TEST(DaylightObject, IsAssigned) {

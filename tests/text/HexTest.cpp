@@ -10,6 +10,7 @@
 #include "support/Arrays.h"
 #include "support/BitTextReference.h"
 #include "support/PageEdge.h"
+#include "support/RandomInputs.h"
 #include "support/RandomText.h"
 #include "support/Widths.h"
 
@@ -113,8 +114,7 @@ TEST(HexTest, Decode_EveryUnitAtBothPositionsOfAPair) {
 }
 
 TEST(HexTest, Decode_AgreesWithTheReferenceOnRandomTexts) {
-    test::RandomText random(20261122);
-    for (int count = 0; count < 20000; ++count) {
+    test::forEachRandomInput(20000, [&](test::RandomText& random) {
         std::wstring digits = test::text<wchar_t>(random.from("0123456789abcdefABCDEF", random.below(120)));
         for (std::size_t damage = random.below(3); damage != 0 && !digits.empty(); --damage) {
             digits[random.below(digits.size())] = static_cast<wchar_t>(random.oneOf(":;?@G/\xC1"));
@@ -134,20 +134,19 @@ TEST(HexTest, Decode_AgreesWithTheReferenceOnRandomTexts) {
         Array<unsigned char> bytes = arrayOf(Bytes(61, 0xEE));
         ASSERT_EQ(Hex::Decode((prefix + digits).c_str(), bytes), isWhole ? 0 : 1) << digits;
         ASSERT_EQ(valuesOf(bytes), wanted) << digits;
-    }
+    });
 }
 
 TEST(HexTest, Decode_RoundTripsRandomBytes) {
-    test::RandomText random(20261121);
     BaseString<wchar_t> text;
     Array<unsigned char> again;
-    for (int count = 0; count < 3000; ++count) {
+    test::forEachRandomInput(3000, [&](test::RandomText& random) {
         const Bytes bytes = random.bytes(random.below(random.oneIn(20) ? 2000 : 100));
         Hex::Encode(arrayOf(bytes), text);
         ASSERT_EQ(std::wstring(text.view()), test::text<wchar_t>(test::hexOf(bytes, true)));
         ASSERT_EQ(Hex::Decode(text, again), 0);
         ASSERT_EQ(valuesOf(again), bytes);
-    }
+    });
 }
 
 TEST(HexTest, Decode_StopsAtAnInvalidPairAtEveryPosition) {
@@ -253,9 +252,8 @@ TYPED_TEST(HexText, HexStringToByteArray_WithLength) {
 }
 
 TYPED_TEST(HexText, RandomTextsAgreeWithTheReference) {
-    test::RandomText random(20261121);
     test::PageEdge<TypeParam> edge(1024);
-    for (int count = 0; count < 20000; ++count) {
+    test::forEachRandomInput(20000, [&](test::RandomText& random) {
         const std::size_t pairs = 1 + random.below(60);
         std::string narrow = random.from("0123456789abcdefABCDEF", 2 * pairs);
         for (std::size_t damage = random.below(3); damage != 0; --damage) {
@@ -277,7 +275,7 @@ TYPED_TEST(HexText, RandomTextsAgreeWithTheReference) {
         BaseString<TypeParam> again;
         util::byteArrayToHexString(bytes, again, false);
         ASSERT_EQ(std::basic_string<TypeParam>(again.view()), test::text<TypeParam>(test::hexOf(wanted, false)));
-    }
+    });
 }
 
 TEST(HexObject, IsAssigned) {

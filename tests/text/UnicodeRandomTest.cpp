@@ -2,7 +2,6 @@
 // equal those of the reference codec, and nothing may be read beyond the input that the reference reads.
 
 #include <algorithm>
-#include <random>
 #include <string>
 #include <string_view>
 
@@ -10,12 +9,16 @@
 
 #include "support/Expect.h"
 #include "support/PageEdge.h"
+#include "support/RandomInputs.h"
+#include "support/RandomText.h"
 #include "support/Utf8Reference.h"
 #include "vorel/exceptions/Exception.h"
 #include "vorel/text/Unicode.h"
 
 namespace {
 
+using test::forEachRandomInput;
+using test::RandomText;
 using vorel::Array;
 using vorel::BaseString;
 using vorel::util::ConvertStringtoUTF16;
@@ -24,7 +27,6 @@ using vorel::util::ConvertUTF16toString;
 using vorel::util::ConvertUTF8toString;
 using vorel::util::EncodeAndAppendToBuffer;
 
-constexpr unsigned int kSeed = 20240611;
 constexpr int kTexts = 200000;
 constexpr std::size_t kMaxLength = 1500;
 constexpr std::string_view kBytes("\0\x01\x41\x7F\x80\xBF\xC0\xC3\xDF\xE0\xED\xEF\xF0\xF1\xF4\xF8\xFC\xFD\xFE\xFF", 20);
@@ -37,45 +39,35 @@ bool hasZerosAfterCount(const Array<unsigned char>& bytes) {
                        [](unsigned char byte) { return byte == 0; });
 }
 
-class Source {
-public:
-    std::size_t below(std::size_t end) { return m_engine() % end; }
+/// A bound for a text of `size` elements, or none.
+int boundOf(RandomText& random, std::size_t size) {
+    return random.oneIn(3) ? -1 : static_cast<int>(random.below(size + 10));
+}
 
-    /// Mostly short, sometimes longer than two blocks.
-    std::size_t length() { return below(50) == 0 ? below(kMaxLength) : below(60); }
-
-    /// A bound for a text of `size` elements, or none.
-    int bound(std::size_t size) { return below(3) == 0 ? -1 : static_cast<int>(below(size + 10)); }
-
-    /// ASCII runs interrupted by interesting and by random elements, with a different frequency in each text.
-    template <class T>
-    std::basic_string<T> text(std::basic_string_view<T> interesting) {
-        const std::size_t rarity = below(40) + 1;
-        std::basic_string<T> result(length(), T{});
-        for (T& element : result) {
-            const std::size_t kind = below(rarity);
-            if (kind == 0) {
-                element = interesting[below(interesting.size())];
-            } else if (kind == 1) {
-                element = static_cast<T>(m_engine());
-            } else {
-                element = static_cast<T>('a' + below(26));
-            }
+/// ASCII runs interrupted by interesting and by random elements, with a different frequency in each text. Mostly short,
+/// sometimes longer than two blocks.
+template <class T>
+std::basic_string<T> mixedText(RandomText& random, std::basic_string_view<T> interesting) {
+    const std::size_t rarity = random.below(40) + 1;
+    std::basic_string<T> result(random.below(random.oneIn(50) ? kMaxLength : 60), T{});
+    for (T& element : result) {
+        const std::size_t kind = random.below(rarity);
+        if (kind == 0) {
+            element = interesting[random.below(interesting.size())];
+        } else if (kind == 1) {
+            element = static_cast<T>(random.bits());
+        } else {
+            element = static_cast<T>('a' + random.below(26));
         }
-        return result;
     }
-
-private:
-    std::mt19937 m_engine{kSeed};
-};
+    return result;
+}
 
 /// Disables logging: many conversions fail, and the tests do not check their records.
 class UnicodeRandom : public testing::Test {
 protected:
     UnicodeRandom() { vorel::Exception::DisableThreadErrorLogging(true); }
     ~UnicodeRandom() override { vorel::Exception::DisableThreadErrorLogging(false); }
-
-    Source m_source;
 };
 
 void expectStringForms(const char* input, int length, const test::DecodedText& expected) {
@@ -110,15 +102,16 @@ void expectBufferForm(const char* input, int length, const test::DecodedText& ex
 
 TEST_F(UnicodeRandom, Decoding) {
     test::PageEdge<char> edge(kMaxLength + 20);
-    for (int count = 0; count < kTexts; ++count) {
-        const std::string text = m_source.text(kBytes) + std::string(6, '\0');
-        const int length = m_source.bound(text.size() - 6);
+    int count = 0;
+    forEachRandomInput(kTexts, [&](RandomText& random) {
+        const std::string text = mixedText(random, kBytes) + std::string(6, '\0');
+        const int length = boundOf(random, text.size() - 6);
         const test::DecodedText expected = test::decodeUtf8(text, length);
-        SCOPED_TRACE(testing::Message() << "seed " << kSeed << ", text " << count << ", bound " << length);
+        SCOPED_TRACE(testing::Message() << "bound " << length);
         const char* input = edge.placeAtEnd(std::string_view(text).substr(0, expected.bytesRead));
         expectStringForms(input, length, expected);
-        expectBufferForm(input, length, expected, 1 + m_source.below(expected.units.size() + 4));
-        if (expected.error && count % 20 == 0) {
+        expectBufferForm(input, length, expected, 1 + random.below(expected.units.size() + 4));
+        if (expected.error && ++count % 20 == 0) {
             // The dump continues to the next zero.
             BaseString<wchar_t> output;
             test::expectThrows<vorel::Exception>(
@@ -126,21 +119,18 @@ TEST_F(UnicodeRandom, Decoding) {
                 {L"Error converting UTF-8 character (" + test::hexDump(text, *expected.error) + L")",
                  L"vorel::util::ConvertUTF8toString: Vorel exception rethrown"});
         }
-        if (HasFailure()) {
-            break;
-        }
-    }
+    });
 }
 
 TEST_F(UnicodeRandom, Encoding) {
     test::PageEdge<wchar_t> edge(kMaxLength + 20);
     Array<unsigned char> reused;
-    for (int count = 0; count < kTexts; ++count) {
-        const std::wstring text = m_source.text(kUnits) + std::wstring(2, L'\0');
-        const int length = m_source.bound(text.size() - 2);
-        const bool appendZero = m_source.below(2) == 0;
+    forEachRandomInput(kTexts, [&](RandomText& random) {
+        const std::wstring text = mixedText(random, kUnits) + std::wstring(2, L'\0');
+        const int length = boundOf(random, text.size() - 2);
+        const bool appendZero = random.oneIn(2);
         const test::EncodedText expected = test::encodeUtf16(text, length);
-        SCOPED_TRACE(testing::Message() << "seed " << kSeed << ", text " << count << ", bound " << length);
+        SCOPED_TRACE(testing::Message() << "bound " << length);
         const wchar_t* input = edge.placeAtEnd(std::wstring_view(text).substr(0, expected.unitsRead));
 
         ConvertStringtoUTF8(input, reused, appendZero, length);
@@ -150,40 +140,39 @@ TEST_F(UnicodeRandom, Encoding) {
         BaseString<char> string;
         ConvertStringtoUTF8(input, string, length);
         ASSERT_EQ(string.view(), expected.bytes);
-    }
+    });
 }
 
 TEST_F(UnicodeRandom, EncodingOfSingleUnits) {
     test::PageEdge<wchar_t> edge(kMaxLength + 20);
     Array<unsigned char> output;
     std::string expected;
-    for (int count = 0; count < kTexts; ++count) {
-        SCOPED_TRACE(testing::Message() << "seed " << kSeed << ", text " << count);
-        const std::wstring text = m_source.text(kUnits);
+    int count = 0;
+    forEachRandomInput(kTexts, [&](RandomText& random) {
+        const std::wstring text = mixedText(random, kUnits);
         const std::wstring terminated = text.substr(0, text.find(L'\0')) + L'\0';
         EncodeAndAppendToBuffer(edge.placeAtEnd(terminated), output);
         expected += test::encodeUnits(terminated);
         ASSERT_EQ(output.size(), expected.size());
         ASSERT_TRUE(hasZerosAfterCount(output));
-        if (count % 8 == 7) {
+        if (++count % 8 == 0) {
             ASSERT_EQ(std::string_view(reinterpret_cast<const char*>(output.data()), output.size()), expected);
             expected.clear();
             output.setCount(0);
         }
-    }
+    });
 }
 
 TEST_F(UnicodeRandom, Utf16RoundTrips) {
-    for (int count = 0; count < kTexts / 4; ++count) {
-        SCOPED_TRACE(testing::Message() << "seed " << kSeed << ", text " << count);
-        const std::wstring text = m_source.text(kUnits);
+    forEachRandomInput(kTexts / 4, [](RandomText& random) {
+        const std::wstring text = mixedText(random, kUnits);
         const std::wstring whole = text.substr(0, text.find(L'\0'));
         Array<unsigned char> bytes;
         ConvertStringtoUTF16(whole.c_str(), bytes, true, false, -1);
         BaseString<wchar_t> back;
         ConvertUTF16toString(back, bytes.data(), static_cast<int>(bytes.size()));
         ASSERT_EQ(back.view(), whole);
-    }
+    });
 }
 
 }  // namespace

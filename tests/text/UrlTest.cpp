@@ -9,6 +9,7 @@
 
 #include "support/Expect.h"
 #include "support/PageEdge.h"
+#include "support/RandomInputs.h"
 #include "support/RandomText.h"
 #include "support/UrlReference.h"
 #include "support/Widths.h"
@@ -89,21 +90,20 @@ TEST(UrlEncode, EveryByteInEveryUse) {
 
 TEST(UrlEncode, WideAsciiEqualsNarrow) {
     const std::string ascii = allBytes().substr(0, 127);
-    const std::wstring wide(ascii.begin(), ascii.end());
+    const std::wstring wide = test::widened(ascii);
     for (const Use& use : uses()) {
         const std::string wanted = test::urlEncoded(ascii, use.rule);
         BaseString<wchar_t> output(L"old");
         expectBuffer(use.encode(wide.c_str(), output), output);
-        EXPECT_EQ(output, std::wstring(wanted.begin(), wanted.end()).c_str()) << use.component;
+        EXPECT_EQ(output, test::widened(wanted).c_str()) << use.component;
         EXPECT_EQ(use.encode(wide.c_str()), output);
     }
 }
 
 TEST(UrlEncode, RandomTextsAgreeWithTheReference) {
-    test::RandomText random(20261122);
     test::PageEdge<char> edge(4096);
     BaseString<char> output;
-    for (int count = 0; count < 20000; ++count) {
+    test::forEachRandomInput(20000, [&](test::RandomText& random) {
         // Texts with few escapes, and texts of mostly escapes.
         std::string text = random.from(random.oneIn(3) ? " %/\xC3~" : "abcdefghijklmnopqrstuvw/", random.below(220));
         for (std::size_t more = random.below(4); more != 0 && !text.empty(); --more) {
@@ -112,7 +112,7 @@ TEST(UrlEncode, RandomTextsAgreeWithTheReference) {
         const Use& use = uses()[random.below(uses().size())];
         const char* const position = edge.placeAtEnd(std::string_view(text.c_str(), text.size() + 1));
         ASSERT_STREQ(use.encode(position, output), test::urlEncoded(text, use.rule).c_str()) << text;
-    }
+    });
 }
 
 TEST(UrlEncode, ExamplesOfTheManual) {
@@ -309,9 +309,8 @@ TEST(UrlDecode, WideFailureKeepsWholeBlocks) {
 }
 
 TEST(UrlDecode, RandomTextsAgreeWithTheReference) {
-    test::RandomText random(20261121);
     test::PageEdge<char> edge(4096);
-    for (int count = 0; count < 30000; ++count) {
+    test::forEachRandomInput(30000, [&](test::RandomText& random) {
         std::string text;
         while (random.below(6) != 0) {
             text += random.from("abcdefgh/+", random.below(30));
@@ -321,12 +320,11 @@ TEST(UrlDecode, RandomTextsAgreeWithTheReference) {
         BaseString<char> output;
         urlDecode(edge.placeAtEnd(std::string_view(text.c_str(), text.size() + 1)), output, plus ? 1 : 0);
         ASSERT_EQ(output.view(), test::urlDecoded(text, plus)) << text;
-    }
+    });
 }
 
 TEST(UrlDecode, RoundTrips) {
-    test::RandomText random(20261121);
-    for (int count = 0; count < 10000; ++count) {
+    test::forEachRandomInput(10000, [&](test::RandomText& random) {
         std::string text = random.from(allBytes(), random.below(80));
         const bool plus = random.oneIn(2);
         BaseString<char> output;
@@ -334,7 +332,7 @@ TEST(UrlDecode, RoundTrips) {
         ASSERT_EQ(output.view(), text);
         urlDecode(urlEncodeComponent(text.c_str(), UrlQueryParameter).c_str(), output, 1);
         ASSERT_EQ(output.view(), text);
-    }
+    });
 }
 
 }  // namespace

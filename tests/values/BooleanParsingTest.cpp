@@ -6,11 +6,9 @@
 #include <gtest/gtest.h>
 
 #include "support/ListReference.h"
-#include "support/PageEdge.h"
-#include "support/RandomPlace.h"
+#include "support/RandomInputs.h"
 #include "support/RandomText.h"
 #include "support/Scans.h"
-#include "support/Shape.h"
 #include "support/Widths.h"
 
 namespace {
@@ -204,21 +202,13 @@ std::string booleanText(test::RandomText& random) {
 }
 
 TYPED_TEST(BooleanParsing, RandomTextsAgreeWithTheReference) {
-    constexpr std::uint64_t kSeed = 20261121;
-    test::RandomText random(kSeed);
-    test::PageEdge<TypeParam> pages(2048);
-    for (int count = 0; count < 100000; ++count) {
-        const std::basic_string<TypeParam> units =
-            test::withForeignUnit(random, test::text<TypeParam>(booleanText(random)));
-        const TypeParam* const text = test::placeAnywhere(random, pages, units);
-        const std::string shape = test::shapeOf(std::basic_string_view<TypeParam>(units));
+    test::forEachRandomText<TypeParam>(100000, booleanText, [](const TypeParam* text, const std::string& shape) {
         const test::Reading<bool> wanted = test::readBoolean(shape, sizeof(TypeParam) > 1);
         TypeParam* end = nullptr;
         EXPECT_EQ(util::stringToBoolean(text, &end), wanted.value);
         EXPECT_EQ(end - text, static_cast<std::ptrdiff_t>(wanted.end));
         EXPECT_EQ(util::canCoerceToBoolean(text), test::canBeBoolean(shape));
-        ASSERT_FALSE(this->HasFailure()) << "text " << count << " of seed " << kSeed << ": \"" << shape << '"';
-    }
+    });
 }
 
 }  // namespace

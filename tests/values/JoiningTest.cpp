@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include "support/Arrays.h"
+#include "support/RandomInputs.h"
 #include "support/RandomText.h"
 #include "support/TextReference.h"
 #include "vorel/values/Splitting.h"
@@ -90,19 +91,17 @@ Texts randomItems(test::RandomText& random) {
 }
 
 TEST(Joining, RandomItemsAgreeWithTheReference) {
-    test::RandomText random(20261121);
     BaseString<wchar_t> result;
-    for (int count = 0; count < 30000; ++count) {
+    test::forEachRandomInput(30000, [&](test::RandomText& random) {
         const Texts items = randomItems(random);
         const std::wstring delimiter = test::text<wchar_t>(random.from("ab,", random.below(4)));
         util::multipleStringsToSingleString(stringsOf(items), delimiter.c_str(), result);
-        ASSERT_EQ(std::wstring(result.view()), test::joined(items, delimiter)) << "items " << count;
-    }
+        ASSERT_EQ(std::wstring(result.view()), test::joined(items, delimiter));
+    });
 }
 
 TEST(Joining, SplittingRestoresTheItems) {
-    test::RandomText random(20261122);
-    for (int count = 0; count < 30000; ++count) {
+    test::forEachRandomInput(30000, [&](test::RandomText& random) {
         const Texts items = randomItems(random);
         const BaseString<wchar_t> text = util::multipleStringsToSingleString(stringsOf(items), L",");
         Array<BaseString<wchar_t>> again;
@@ -116,8 +115,8 @@ TEST(Joining, SplittingRestoresTheItems) {
         } else if (!wanted.empty() && wanted.back().empty()) {
             wanted.pop_back();  // an empty item at the end is not read: only its delimiter is written
         }
-        ASSERT_EQ(textsOf(again), wanted) << "items " << count;
-    }
+        ASSERT_EQ(textsOf(again), wanted);
+    });
 }
 
 }  // namespace

@@ -1,7 +1,6 @@
 // Parses random lists, narrow and wide, with every list parser. Results and values must equal those of the reference,
 // doubles bit by bit.
 
-#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -9,11 +8,9 @@
 
 #include "support/Arrays.h"
 #include "support/ListReference.h"
-#include "support/PageEdge.h"
-#include "support/RandomPlace.h"
+#include "support/RandomInputs.h"
 #include "support/RandomText.h"
 #include "support/Scans.h"
-#include "support/Shape.h"
 #include "support/Widths.h"
 #include "vorel/values/ListParsing.h"
 
@@ -23,7 +20,6 @@ using test::valuesOf;
 using vorel::Array;
 namespace util = vorel::util;
 
-constexpr std::uint64_t kSeed = 20261121;
 constexpr int kTexts = 40000;
 
 /// Creates lists of words from one of the alphabets, separated by white space and commas. A few words are near the
@@ -60,19 +56,6 @@ constexpr std::string_view kNumbers = "001129.eE+-";
 template <class T>
 class ListParsingRandom : public ::testing::Test {
 protected:
-    /// Calls `check` with texts created by `make`, at random positions in memory, and their shapes.
-    template <class Make, class Check>
-    void forEachText(Make make, Check check) {
-        test::RandomText random(kSeed);
-        test::PageEdge<T> pages(2048);
-        for (int count = 0; count < kTexts; ++count) {
-            const std::basic_string<T> text = test::withForeignUnit(random, test::text<T>(make(random)));
-            const std::string shape = test::shapeOf(std::basic_string_view<T>(text));
-            check(test::placeAnywhere(random, pages, text), shape);
-            ASSERT_FALSE(this->HasFailure()) << "list " << count << " of seed " << kSeed << ": \"" << shape << '"';
-        }
-    }
-
     static void expectBooleans(const T* text, const std::string& shape) {
         const auto wanted = test::readBooleans(shape);
         Array<bool> values;
@@ -83,40 +66,43 @@ protected:
 TYPED_TEST_SUITE(ListParsingRandom, test::CharacterTypes, test::CharacterNames);
 
 TYPED_TEST(ListParsingRandom, IntegersAgreeWithTheReference) {
-    this->forEachText(WordsFrom{{kSignsAndDigits, kNumbers}}, [](const TypeParam* text, const std::string& shape) {
-        const auto wanted = test::readIntegers(shape);
-        Array<int> values;
-        EXPECT_EQ(util::stringToIntegerArray(text, values, false), wanted.whole);
-        EXPECT_EQ(valuesOf(values), std::vector<int>(wanted.values.begin(), wanted.values.end()));
-        if constexpr (sizeof(TypeParam) > 1) {
-            Array<unsigned int> unsignedValues;
-            EXPECT_EQ(util::stringToUIntegerArray(text, unsignedValues, false), wanted.whole);
-            EXPECT_EQ(valuesOf(unsignedValues), wanted.values);
-        }
-    });
+    test::forEachRandomText<TypeParam>(
+        kTexts, WordsFrom{{kSignsAndDigits, kNumbers}}, [](const TypeParam* text, const std::string& shape) {
+            const auto wanted = test::readIntegers(shape);
+            Array<int> values;
+            EXPECT_EQ(util::stringToIntegerArray(text, values, false), wanted.whole);
+            EXPECT_EQ(valuesOf(values), std::vector<int>(wanted.values.begin(), wanted.values.end()));
+            if constexpr (sizeof(TypeParam) > 1) {
+                Array<unsigned int> unsignedValues;
+                EXPECT_EQ(util::stringToUIntegerArray(text, unsignedValues, false), wanted.whole);
+                EXPECT_EQ(valuesOf(unsignedValues), wanted.values);
+            }
+        });
 }
 
 TYPED_TEST(ListParsingRandom, CanCoerceToIntegerArrayAgreesWithTheReference) {
-    this->forEachText(WordsFrom{{"0123456789", kSignsAndDigits}}, [](const TypeParam* text, const std::string& shape) {
-        EXPECT_EQ(util::canCoerceToIntegerArray(text), test::canBeIntegers(shape));
-    });
+    test::forEachRandomText<TypeParam>(kTexts, WordsFrom{{"0123456789", kSignsAndDigits}},
+                                       [](const TypeParam* text, const std::string& shape) {
+                                           EXPECT_EQ(util::canCoerceToIntegerArray(text), test::canBeIntegers(shape));
+                                       });
 }
 
 TYPED_TEST(ListParsingRandom, DoublesAgreeInEveryBit) {
-    this->forEachText(WordsFrom{{kSignsAndDigits, kNumbers}}, [](const TypeParam* text, const std::string& shape) {
-        const auto wanted = test::readDoubles(shape);
-        Array<double> values;
-        EXPECT_EQ(util::stringToDoubleArray(text, values, false), wanted.whole);
-        EXPECT_EQ(test::bitsOf(valuesOf(values)), test::bitsOf(wanted.values));
-    });
+    test::forEachRandomText<TypeParam>(kTexts, WordsFrom{{kSignsAndDigits, kNumbers}},
+                                       [](const TypeParam* text, const std::string& shape) {
+                                           const auto wanted = test::readDoubles(shape);
+                                           Array<double> values;
+                                           EXPECT_EQ(util::stringToDoubleArray(text, values, false), wanted.whole);
+                                           EXPECT_EQ(test::bitsOf(valuesOf(values)), test::bitsOf(wanted.values));
+                                       });
 }
 
 TYPED_TEST(ListParsingRandom, BooleansAgreeWithTheReference) {
-    this->forEachText(truthValues, &TestFixture::expectBooleans);
+    test::forEachRandomText<TypeParam>(kTexts, truthValues, &TestFixture::expectBooleans);
 }
 
 TYPED_TEST(ListParsingRandom, BooleansAmongNumbersAgreeWithTheReference) {
-    this->forEachText(WordsFrom{{"tTfF01.-xyn", kNumbers}}, &TestFixture::expectBooleans);
+    test::forEachRandomText<TypeParam>(kTexts, WordsFrom{{"tTfF01.-xyn", kNumbers}}, &TestFixture::expectBooleans);
 }
 
 }  // namespace

@@ -11,8 +11,11 @@
 
 #include <gtest/gtest.h>
 
+#include "support/CaseName.h"
 #include "support/DoubleTextReference.h"
+#include "support/RandomInputs.h"
 #include "support/RandomText.h"
+#include "support/WideText.h"
 #include "vorel/values/NumberFormatting.h"
 
 namespace {
@@ -20,7 +23,6 @@ namespace {
 namespace util = vorel::util;
 using test::RandomText;
 
-constexpr std::uint64_t kSeed = 20261121;
 constexpr std::size_t kCapacity = 64;
 
 double ofBits(std::uint64_t bits) {
@@ -82,22 +84,20 @@ void PrintTo(const Kind& kind, std::ostream* out) {
 class NumberFormattingRandom : public ::testing::TestWithParam<Kind> {};
 
 TEST_P(NumberFormattingRandom, TextsMatchTheExactDigits) {
-    RandomText random(kSeed);
     char narrow[kCapacity];
     wchar_t wide[kCapacity];
     vorel::BaseString<wchar_t> appended;
-    for (int count = 0; count < GetParam().count; ++count) {
+    test::forEachRandomInput(GetParam().count, [&](RandomText& random) {
         const double magnitude = GetParam().next(random);
         const double value = random.oneIn(2) ? magnitude : -magnitude;
         if (value == 0 || !std::isfinite(value)) {
-            continue;
+            return;
         }
         for (const bool json : {false, true}) {
             const auto options = json ? util::FO_JSON : util::FO_Default;
             const std::string wanted = test::textOfDouble(value, json);
-            ASSERT_EQ(util::doubleToString(value, narrow, kCapacity, options), wanted)
-                << "bits " << bitsOf(value) << ", value " << count << " of seed " << kSeed;
-            const std::wstring wideWanted(wanted.begin(), wanted.end());
+            ASSERT_EQ(util::doubleToString(value, narrow, kCapacity, options), wanted) << "bits " << bitsOf(value);
+            const std::wstring wideWanted = test::widened(wanted);
             ASSERT_EQ(util::doubleToString(value, wide, kCapacity, options), wideWanted);
             if (!json) {
                 appended.clear();
@@ -105,7 +105,7 @@ TEST_P(NumberFormattingRandom, TextsMatchTheExactDigits) {
                 ASSERT_EQ(appended.view(), wideWanted);
             }
         }
-    }
+    });
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -118,33 +118,30 @@ INSTANTIATE_TEST_SUITE_P(
                       Kind{"Subnormals", 50000,
                            [](RandomText& random) { return ofBits(random.bits() >> (12 + random.below(52))); }},
                       Kind{"Ties", 200000, tie}, Kind{"LargeTies", 50000, largeTie}),
-    [](const ::testing::TestParamInfo<Kind>& test) { return test.param.name; });
+    test::caseName);
 
 TEST(NumberFormattingIntegers, AgreeWithTheStandardLibrary) {
-    RandomText random(kSeed);
     char narrow[kCapacity];
     wchar_t wide[kCapacity];
     char wanted[kCapacity];
-    const auto widened = [&] { return std::wstring(wanted, wanted + std::char_traits<char>::length(wanted)); };
-    for (int count = 0; count < 300000; ++count) {
+    test::forEachRandomInput(300000, [&](RandomText& random) {
         const std::uint64_t bits = random.bits() >> random.below(64);
         *std::to_chars(wanted, wanted + kCapacity, bits).ptr = 0;
         ASSERT_STREQ(util::UInt64ToStr(bits, narrow, kCapacity), wanted);
-        ASSERT_EQ(util::UInt64ToStr(bits, wide, kCapacity), widened());
+        ASSERT_EQ(util::UInt64ToStr(bits, wide, kCapacity), test::widened(wanted));
         const auto value = static_cast<long long>(random.oneIn(2) ? bits : 0 - bits);
         *std::to_chars(wanted, wanted + kCapacity, value).ptr = 0;
         ASSERT_STREQ(util::Int64ToStr(value, narrow, kCapacity), wanted);
-        ASSERT_EQ(util::Int64ToStr(value, wide, kCapacity), widened());
+        ASSERT_EQ(util::Int64ToStr(value, wide, kCapacity), test::widened(wanted));
         vorel::BaseString<wchar_t> text;
         *std::to_chars(wanted, wanted + kCapacity, static_cast<int>(value)).ptr = 0;
         util::appendInteger(text, static_cast<int>(value));
-        ASSERT_EQ(text, widened().c_str());
-    }
+        ASSERT_EQ(text, test::widened(wanted).c_str());
+    });
 }
 
 TEST(NumberFormattingHash, IsAPolynomialOfTheBytes) {
-    RandomText random(kSeed);
-    for (int count = 0; count < 100000; ++count) {
+    test::forEachRandomInput(100000, [](RandomText& random) {
         const std::uint64_t bits = random.bits();
         std::uint32_t wanted = 0;
         std::uint32_t power = 1;
@@ -152,7 +149,7 @@ TEST(NumberFormattingHash, IsAPolynomialOfTheBytes) {
             wanted += static_cast<std::uint32_t>(bits >> 8 * byte & 0xFF) * power;
         }
         ASSERT_EQ(util::doubleHashCode(ofBits(bits)), wanted) << bits;
-    }
+    });
 }
 
 }  // namespace

@@ -9,11 +9,9 @@
 #include <gtest/gtest.h>
 
 #include "support/NumberReference.h"
-#include "support/PageEdge.h"
-#include "support/RandomPlace.h"
+#include "support/RandomInputs.h"
 #include "support/RandomText.h"
 #include "support/Scans.h"
-#include "support/Shape.h"
 #include "support/Widths.h"
 #include "vorel/values/NumberParsing.h"
 
@@ -21,7 +19,6 @@ namespace {
 
 namespace util = vorel::util;
 
-constexpr std::uint64_t kSeed = 20261121;
 constexpr int kTexts = 100000;
 
 /// Numbers of all lengths, mostly integers, with other characters around and within them.
@@ -70,23 +67,17 @@ private:
     test::RandomText& m_random;
 };
 
+std::string numberText(test::RandomText& random) {
+    return NumberTexts(random).next();
+}
+
+std::string hexText(test::RandomText& random) {
+    return NumberTexts(random).nextHex();
+}
+
 template <class T>
 class NumberParsingRandom : public ::testing::Test {
 protected:
-    /// Calls `check` with each text, at a random position in memory, and its shape.
-    template <class Check>
-    void forEachText(std::string (NumberTexts::*next)(), Check check) {
-        test::RandomText random(kSeed);
-        NumberTexts texts(random);
-        test::PageEdge<T> pages(2048);
-        for (int count = 0; count < kTexts; ++count) {
-            const std::basic_string<T> text = test::withForeignUnit(random, test::text<T>((texts.*next)()));
-            const std::string shape = test::shapeOf(std::basic_string_view<T>(text));
-            check(test::placeAnywhere(random, pages, text), shape);
-            ASSERT_FALSE(this->HasFailure()) << "text " << count << " of seed " << kSeed << ": \"" << shape << '"';
-        }
-    }
-
     /// Expects the value and the end of the reference.
     template <class Value, class Wanted>
     static void expectScan(const T* text, Value (*scan)(const T*, T**) noexcept, const test::Reading<Wanted>& wanted) {
@@ -110,7 +101,7 @@ protected:
 TYPED_TEST_SUITE(NumberParsingRandom, test::CharacterTypes, test::CharacterNames);
 
 TYPED_TEST(NumberParsingRandom, IntegersAgreeWithTheReference) {
-    this->forEachText(&NumberTexts::next, [&](const TypeParam* text, const std::string& shape) {
+    test::forEachRandomText<TypeParam>(kTexts, numberText, [&](const TypeParam* text, const std::string& shape) {
         const auto asSigned = test::readInteger(shape, true, true);
         const auto asUnsigned = test::readInteger(shape, false, true);
         this->expectScan(text, &util::stringToInt, asSigned);
@@ -124,7 +115,7 @@ TYPED_TEST(NumberParsingRandom, IntegersAgreeWithTheReference) {
 }
 
 TYPED_TEST(NumberParsingRandom, HexadecimalNumbersAgreeWithTheReference) {
-    this->forEachText(&NumberTexts::nextHex, [&](const TypeParam* text, const std::string& shape) {
+    test::forEachRandomText<TypeParam>(kTexts, hexText, [&](const TypeParam* text, const std::string& shape) {
         const auto wanted = test::readHex(shape, sizeof(TypeParam) == 1 ? 16 : 8);
         this->expectScan(text, &util::hexToInteger, wanted);
         this->expectScan(text, &util::hexToInt, wanted);
@@ -132,7 +123,7 @@ TYPED_TEST(NumberParsingRandom, HexadecimalNumbersAgreeWithTheReference) {
 }
 
 TYPED_TEST(NumberParsingRandom, DoublesAgreeInEveryBit) {
-    this->forEachText(&NumberTexts::next, [&](const TypeParam* text, const std::string& shape) {
+    test::forEachRandomText<TypeParam>(kTexts, numberText, [&](const TypeParam* text, const std::string& shape) {
         const auto wanted = test::readDouble(shape);
         TypeParam* end = nullptr;
         const double value = util::stringToDouble(text, &end);
@@ -142,7 +133,7 @@ TYPED_TEST(NumberParsingRandom, DoublesAgreeInEveryBit) {
 }
 
 TYPED_TEST(NumberParsingRandom, TryFunctionsAgreeWithTheReference) {
-    this->forEachText(&NumberTexts::next, [&](const TypeParam* text, const std::string& shape) {
+    test::forEachRandomText<TypeParam>(kTexts, numberText, [&](const TypeParam* text, const std::string& shape) {
         int integer = 99;
         const auto asInteger = test::tryInteger(shape);
         EXPECT_EQ(util::tryStringToInteger(text, integer), asInteger.result);
@@ -156,7 +147,7 @@ TYPED_TEST(NumberParsingRandom, TryFunctionsAgreeWithTheReference) {
 }
 
 TYPED_TEST(NumberParsingRandom, CanCoerceFunctionsAgreeWithTheReference) {
-    this->forEachText(&NumberTexts::next, [&](const TypeParam* text, const std::string& shape) {
+    test::forEachRandomText<TypeParam>(kTexts, numberText, [&](const TypeParam* text, const std::string& shape) {
         for (const bool allow : {false, true}) {
             EXPECT_EQ(util::canCoerceToInteger(text, allow), test::canBeInteger(shape, allow));
             EXPECT_EQ(util::canCoerceToDouble(text, allow), test::canBeDouble(shape, allow));

@@ -1,0 +1,69 @@
+/// \file
+/// The driver of tests with random inputs. The seed is fixed; a failure reports it and the number of the input. Texts
+/// for scanners are at random positions: next to an inaccessible page, where a read out of bounds faults, or between
+/// the remains of earlier texts, where scanners may read in blocks.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include <gtest/gtest.h>
+
+#include "support/PageEdge.h"
+#include "support/RandomText.h"
+#include "support/Shape.h"
+#include "support/WideText.h"
+
+namespace test {
+
+inline constexpr std::uint64_t kRandomSeed = 20261121;
+
+/// Calls `check(random)` for each of `count` inputs, until a check fails.
+template <class Check>
+void forEachRandomInput(int count, Check check) {
+    RandomText random(kRandomSeed);
+    for (int input = 0; input < count; ++input) {
+        check(random);
+        ASSERT_FALSE(::testing::Test::HasFailure()) << "input " << input << " of seed " << kRandomSeed;
+    }
+}
+
+/// Copies `text` and its terminator into `pages`, which must hold at least 2048 units.
+template <class T>
+const T* placeAnywhere(RandomText& random, PageEdge<T>& pages, const std::basic_string<T>& text) {
+    const std::basic_string_view<T> withTerminator(text.c_str(), text.size() + 1);
+    if (random.oneIn(4)) {
+        return pages.placeAtEnd(withTerminator);
+    }
+    if (random.oneIn(4)) {
+        return pages.placeAtStart(withTerminator);
+    }
+    T* const position = pages.firstElement() + random.below(1024);
+    withTerminator.copy(position, withTerminator.size());
+    return position;
+}
+
+/// The text; in one of eight wide texts, one unit gets a high byte, so that only its low byte is valid.
+template <class T>
+std::basic_string<T> withForeignUnit(RandomText& random, std::basic_string<T> text) {
+    if (sizeof(T) > 1 && !text.empty() && random.oneIn(8)) {
+        T& unit = text[random.below(text.size())];
+        unit = static_cast<T>(static_cast<unsigned int>(unit) | 0x100u << random.below(8));
+    }
+    return text;
+}
+
+/// Calls `check(text, shape)` for `count` texts of `make(random)` in the character type `T`, at random positions.
+template <class T, class Make, class Check>
+void forEachRandomText(int count, Make make, Check check) {
+    PageEdge<T> pages(2048);
+    forEachRandomInput(count, [&](RandomText& random) {
+        const std::basic_string<T> units = withForeignUnit(random, text<T>(make(random)));
+        const std::string shape = shapeOf(std::basic_string_view<T>(units));
+        check(placeAnywhere(random, pages, units), shape);
+        EXPECT_FALSE(::testing::Test::HasFailure()) << '"' << shape << '"';
+    });
+}
+
+}  // namespace test
