@@ -16,10 +16,6 @@
 #include "vorel/core/Protocol.h"
 #include "vorel/exceptions/ExceptionFamily.h"
 
-extern "C" {
-extern decltype(&::FormatMessageW) importedFormatMessage __asm__("__imp_FormatMessageW");
-}
-
 namespace {
 
 using vorel::Exception;
@@ -241,7 +237,7 @@ void systemError(Attempt& attempt) {
 
 /// A text of the system that needs a separate block. It is truncated and marked if the block cannot be allocated.
 void longSystemError(Attempt& attempt) {
-    const test::ImportHook<importedFormatMessage> format(
+    const test::ImportHook<importedFormatMessageW> format(
         [](DWORD, const void*, DWORD, DWORD, wchar_t* buffer, DWORD, va_list*) {
             const std::wstring_view source = longMessage();
             // cppcheck-suppress LocalAllocCalled; as the system does

@@ -10,7 +10,7 @@
 #include "allocation/Walker.h"
 #include "core/ThreadSafetySwitch.h"
 #include "support/Handle.h"
-#include "support/ImportPatch.h"
+#include "support/ImportHook.h"
 #include "support/NamedEvent.h"
 #include "support/SystemText.h"
 #include "vorel/core/Guard.h"
@@ -18,11 +18,6 @@
 #include "vorel/sync/AutoMutex.h"
 #include "vorel/sync/Condition.h"
 #include "vorel/sync/NamedCondition.h"
-
-extern "C" {
-extern decltype(&::WaitForSingleObject) importedWait __asm__("__imp_WaitForSingleObject");
-extern decltype(&::ReleaseMutex) importedRelease __asm__("__imp_ReleaseMutex");
-}
 
 namespace {
 
@@ -105,8 +100,8 @@ DWORD WINAPI timesOut(HANDLE object, DWORD timeout) {
 template <class Call>
 bool withTimeout(Call&& call) {
     timingOutThread = GetCurrentThreadId();
-    realWait = importedWait;
-    const test::ImportPatch noWait(importedWait, &timesOut);
+    realWait = importedWaitForSingleObject;
+    const test::ImportPatch noWait(importedWaitForSingleObject, &timesOut);
     return call();
 }
 
@@ -141,7 +136,7 @@ void unlockThatFails(Attempt& attempt) {
     const ExistingMutex mutex;
     AutoMutex object(mutex.name.c_str(), true, false);
     {
-        const test::ImportPatch release(importedRelease, &failRelease);
+        const test::ImportPatch release(importedReleaseMutex, &failRelease);
         attempt.perform([&] { object.unlock(); });
     }
     EXPECT_FALSE(attempt.completed());

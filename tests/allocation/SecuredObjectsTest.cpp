@@ -2,7 +2,6 @@
 // failure allocates, and the report is shorter if the allocation fails.
 
 #include <string>
-#include <type_traits>
 #include <typeinfo>
 #include <vector>
 
@@ -20,8 +19,6 @@
 #include "vorel/secure/SecuredMappings.h"
 #include "vorel/secure/SecuredObjects.h"
 
-extern "C" decltype(&::InitializeAcl) importedInitializeAcl __asm__("__imp_InitializeAcl");
-
 namespace {
 
 using test::Handle;
@@ -29,8 +26,7 @@ using vorel::BaseString;
 
 /// Makes one step of creating the security of an object fail while the result exists.
 auto failingStep() {
-    return test::ImportPatch(importedInitializeAcl,
-                             &test::Refusal<std::remove_pointer_t<decltype(importedInitializeAcl)>>::call);
+    return test::failCalls<importedInitializeAcl>();
 }
 
 /// The system's error text for opening a mutex with the name of an object of another kind.
@@ -167,7 +163,7 @@ void mutexOfFailingStep(Attempt& attempt) {
     attempt.expectCompleted();
     EXPECT_EQ(handle, nullptr);
     const heap::Unwatched unwatched;
-    const std::string reason = test::utf8(test::systemText(test::kRefusal));
+    const std::string reason = test::utf8(test::systemText(test::kFailureError));
     if (attempt.allocationFailed()) {
         expectMemoryLine(attempt, {"WARN: Error ObtainAccessableMutex (null), " + reason});
     } else {
@@ -186,7 +182,7 @@ void eventOfFailingStep(Attempt& attempt) {
     attempt.expectCompleted();
     EXPECT_EQ(handle, nullptr);
     expectEventText(attempt, text, false,
-                    L"ObtainAccessableEvent: InitializeAcl failed: " + test::systemText(test::kRefusal));
+                    L"ObtainAccessableEvent: InitializeAcl failed: " + test::systemText(test::kFailureError));
 }
 
 void mapping(Attempt& attempt) {

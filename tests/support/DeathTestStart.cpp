@@ -4,9 +4,7 @@
 
 #include <windows.h>
 
-#include "support/ImportPatch.h"
-
-extern "C" decltype(&::CreateProcessA) importedCreateProcess __asm__("__imp_CreateProcessA");
+#include "support/ImportHook.h"
 
 namespace test {
 
@@ -19,7 +17,7 @@ BOOL WINAPI createProcess(LPCSTR program, LPSTR commandLine, LPSECURITY_ATTRIBUT
                           LPSECURITY_ATTRIBUTES thread, BOOL inherit, DWORD flags, LPVOID environment, LPCSTR folder,
                           LPSTARTUPINFOA startup, LPPROCESS_INFORMATION started);
 
-const ImportPatch s_patch(importedCreateProcess, &createProcess);
+const ImportPatch s_patch(importedCreateProcessA, &createProcess);
 
 BOOL WINAPI createProcess(LPCSTR program, LPSTR commandLine, LPSECURITY_ATTRIBUTES process,
                           LPSECURITY_ATTRIBUTES thread, BOOL inherit, DWORD flags, LPVOID environment, LPCSTR folder,

@@ -14,23 +14,14 @@
 #include "core/ThreadSafetySwitch.h"
 #include "support/Expect.h"
 #include "support/Handle.h"
-#include "support/ImportPatch.h"
+#include "support/ImportHook.h"
 #include "support/NamedEvent.h"
 #include "support/SystemText.h"
 #include "support/TemporaryLog.h"
+#include "support/WideText.h"
 #include "vorel/core/Guard.h"
 #include "vorel/sync/AutoMutex.h"
-#include "vorel/system/ErrorText.h"
 #include "whitebox/AutoMutexMembers.h"
-
-extern "C" {
-extern decltype(&::WaitForSingleObject) importedWait __asm__("__imp_WaitForSingleObject");
-extern decltype(&::ReleaseMutex) importedRelease __asm__("__imp_ReleaseMutex");
-extern decltype(&::CloseHandle) importedClose __asm__("__imp_CloseHandle");
-extern decltype(&::CreateMutexW) importedCreateMutex __asm__("__imp_CreateMutexW");
-extern decltype(&::OpenMutexW) importedOpenMutex __asm__("__imp_OpenMutexW");
-extern decltype(&::Sleep) importedSleepOfMutex __asm__("__imp_Sleep");
-}
 
 namespace {
 
@@ -39,6 +30,7 @@ using test::expectThrows;
 using test::ImportPatch;
 using test::isFreeForOthers;
 using test::onAnotherThread;
+using test::systemText;
 using test::TemporaryLog;
 using testing::AllOf;
 using testing::Each;
@@ -46,11 +38,6 @@ using testing::ElementsAre;
 using testing::SizeIs;
 using vorel::AutoMutex;
 using vorel::Exception;
-
-std::wstring textOf(DWORD error) {
-    vorel::BaseString<wchar_t> text;
-    return vorel::util::FormatErrorMsg(static_cast<int>(error), text);
-}
 
 /// The system calls of the mutex since the test started, and the results that they get.
 struct System {
@@ -168,8 +155,8 @@ TEST_F(AutoMutexInside, OnlyTheOwnerCanChangeTheCount) {
 
 TEST_F(AutoMutexInside, NegativeCountIsLoggedAndBecomesZero) {
     call<test::SetLockCount>(m_mutex, false);
-    EXPECT_THAT(m_log.messages(), ElementsAre("WARN: Mutex " + std::string(m_name.begin(), m_name.end()) +
-                                              ": lockCount was decremented below 0"));
+    EXPECT_THAT(m_log.messages(),
+                ElementsAre("WARN: Mutex " + test::narrowed(m_name) + ": lockCount was decremented below 0"));
     EXPECT_EQ(call<test::GetLockCount>(m_mutex), 0);
     EXPECT_EQ(call<test::GetLockingThreadID>(m_mutex), 0);
 }
@@ -227,9 +214,9 @@ TEST_F(AutoMutexInside, BookkeepingIsLockedWhileTheSwitchIsOn) {
 
 TEST_F(AutoMutexInside, InitializeTriesElevenTimes) {
     AutoMutex mutex(nullptr, false, false);
-    const ImportPatch create(importedCreateMutex, &failCreate);
-    const ImportPatch open(importedOpenMutex, &failOpen);
-    const ImportPatch sleep(importedSleepOfMutex, &recordSleep);
+    const ImportPatch create(importedCreateMutexW, &failCreate);
+    const ImportPatch open(importedOpenMutexW, &failOpen);
+    const ImportPatch sleep(importedSleep, &recordSleep);
     EXPECT_FALSE(mutex.initialize(m_name.c_str(), false));
     EXPECT_THAT(theSystem().created, AllOf(SizeIs(11), Each(L"Global\\" + m_name)));
     EXPECT_THAT(theSystem().opened, AllOf(SizeIs(11), Each(L"Global\\" + m_name)));
@@ -239,7 +226,7 @@ TEST_F(AutoMutexInside, InitializeTriesElevenTimes) {
 }
 
 TEST_F(AutoMutexInside, ConstructorWaitsForAMinute) {
-    const ImportPatch wait(importedWait, &answerWait);
+    const ImportPatch wait(importedWaitForSingleObject, &answerWait);
     expectThrows<Exception>([&] { const AutoMutex mutex(m_name.c_str(), true, false); },
                             {L"AutoMutex::lock: Failed to lock mutex " + m_name + L": Timed out",
                              L"AutoMutex::lock: Vorel exception rethrown",
@@ -248,20 +235,20 @@ TEST_F(AutoMutexInside, ConstructorWaitsForAMinute) {
 }
 
 TEST_F(AutoMutexInside, FailedWaitIsReportedWithTheSystemText) {
-    const ImportPatch wait(importedWait, &answerWait);
+    const ImportPatch wait(importedWaitForSingleObject, &answerWait);
     theSystem().waitResult = WAIT_FAILED;
     vorel::BaseString<wchar_t> text;
     EXPECT_FALSE(m_mutex.lock(0, false, &text));
-    const std::wstring failed = L"Failed to lock mutex " + m_name + L": " + textOf(ERROR_INVALID_HANDLE);
+    const std::wstring failed = L"Failed to lock mutex " + m_name + L": " + systemText(ERROR_INVALID_HANDLE);
     EXPECT_EQ(std::wstring(text.view()), failed);
     EXPECT_FALSE(m_mutex.lock(0, false));
     EXPECT_FALSE(m_mutex.tryLock());
     EXPECT_THAT(m_log.lines(), SizeIs(0));
     EXPECT_FALSE(m_mutex.lock(5, false));
     EXPECT_THAT(m_log.messages(), ElementsAre("WARN: AutoMutex::lock: " + test::utf8(failed)));
-    expectThrows<Exception>([&] { m_mutex.lock(7, true); },
-                            {L"AutoMutex::lock: Failed to lock mutex " + m_name + L": " + textOf(ERROR_INVALID_HANDLE),
-                             L"AutoMutex::lock: Vorel exception rethrown"});
+    expectThrows<Exception>([&] { m_mutex.lock(7, true); }, {L"AutoMutex::lock: Failed to lock mutex " + m_name +
+                                                                 L": " + systemText(ERROR_INVALID_HANDLE),
+                                                             L"AutoMutex::lock: Vorel exception rethrown"});
     EXPECT_FALSE(m_mutex.tryLock());
     EXPECT_THAT(theSystem().waitsMs, ElementsAre(0u, 0u, 0u, 5u, 7u, 0u));
     EXPECT_EQ(call<test::GetLockCount>(m_mutex), 0);
@@ -270,9 +257,9 @@ TEST_F(AutoMutexInside, FailedWaitIsReportedWithTheSystemText) {
 TEST_F(AutoMutexInside, HoldIsKeptIfTheReleaseFails) {
     m_mutex.lock(0, true);
     {
-        const ImportPatch release(importedRelease, &failRelease);
+        const ImportPatch release(importedReleaseMutex, &failRelease);
         expectThrows<Exception>([&] { m_mutex.unlock(); }, {L"AutoMutex::unlock: Failed to release mutex " + m_name +
-                                                                L": " + textOf(ERROR_NOT_OWNER),
+                                                                L": " + systemText(ERROR_NOT_OWNER),
                                                             L"AutoMutex::unlock: Vorel exception rethrown"});
     }
     EXPECT_EQ(call<test::GetLockCount>(m_mutex), 1);
@@ -286,7 +273,7 @@ TEST_F(AutoMutexInside, CountIsDecrementedBeforeTheRelease) {
     m_mutex.lock(0, true);
     theSystem().mutex = &m_mutex;
     {
-        const ImportPatch release(importedRelease, &recordAndRelease);
+        const ImportPatch release(importedReleaseMutex, &recordAndRelease);
         realRelease = release.original();
         m_mutex.unlock();
         m_mutex.unlock();
@@ -307,13 +294,13 @@ TEST_F(AutoMutexInside, HoldIsReleasedIfItCannotBeCounted) {
 TEST_F(AutoMutexInside, TerminateWaitsAMinuteForTheOwner) {
     onAnotherThread([this] { return m_mutex.lock(0, true) && m_mutex.lock(0, true); });
     {
-        const ImportPatch wait(importedWait, &answerWait);
+        const ImportPatch wait(importedWaitForSingleObject, &answerWait);
         for (const DWORD result : {DWORD{WAIT_TIMEOUT}, DWORD{WAIT_FAILED}}) {
             theSystem().waitResult = result;
             expectThrows<Exception>(
                 [&] { call<test::Terminate>(m_mutex); },
                 {L"AutoMutex::lock: Failed to lock mutex " + m_name + L": " +
-                     (result == WAIT_TIMEOUT ? std::wstring(L"Timed out") : textOf(ERROR_INVALID_HANDLE)),
+                     (result == WAIT_TIMEOUT ? std::wstring(L"Timed out") : systemText(ERROR_INVALID_HANDLE)),
                  L"AutoMutex::terminate: Vorel exception rethrown"});
         }
         EXPECT_THAT(theSystem().waitsMs, ElementsAre(60000u, 60000u));
@@ -323,7 +310,7 @@ TEST_F(AutoMutexInside, TerminateWaitsAMinuteForTheOwner) {
 }
 
 TEST_F(AutoMutexInside, FailedCloseIsReportedAndNotRepeated) {
-    const ImportPatch close(importedClose, &closeAndReportFailure);
+    const ImportPatch close(importedCloseHandle, &closeAndReportFailure);
     realClose = close.original();
     const std::wstring message = L"AutoMutex::terminate: Error closing mutex " + m_name + L".";
     expectThrows<Exception>([&] { call<test::Terminate>(m_mutex); },

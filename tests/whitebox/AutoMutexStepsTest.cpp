@@ -13,18 +13,12 @@
 
 #include "core/ThreadSafetySwitch.h"
 #include "support/Expect.h"
+#include "support/ImportHook.h"
 #include "support/SystemText.h"
 #include "support/TemporaryLog.h"
+#include "support/WideText.h"
 #include "sync/ObjectNames.h"
 #include "whitebox/AutoMutexMembers.h"
-#include "whitebox/SecurityCalls.h"
-
-extern "C" {
-extern decltype(&::WaitForSingleObject) importedWaitForMutex __asm__("__imp_WaitForSingleObject");
-extern decltype(&::EnterCriticalSection) importedEnter __asm__("__imp_EnterCriticalSection");
-extern decltype(&::LeaveCriticalSection) importedLeave __asm__("__imp_LeaveCriticalSection");
-extern decltype(&::LockFileEx) importedLockLogFile __asm__("__imp_LockFileEx");
-}
 
 namespace {
 
@@ -42,10 +36,6 @@ using vorel::AutoMutex;
 using vorel::Exception;
 
 const std::wstring kRethrown = L": Vorel exception rethrown";
-
-std::string narrow(const std::wstring& ascii) {
-    return {ascii.begin(), ascii.end()};
-}
 
 /// Locks the mutex `holds` times on a thread that exits without unlocking it. Returns the id of that thread.
 unsigned long abandon(AutoMutex& mutex, int holds) {
@@ -102,7 +92,7 @@ public:
     OverridingMutex& operator=(const OverridingMutex&) = delete;
 
     bool initialize(const wchar_t* name, bool flag) override {
-        m_calls.push_back("initialize " + narrow(name) + (flag ? " true" : " false"));
+        m_calls.push_back("initialize " + test::narrowed(name) + (flag ? " true" : " false"));
         return false;
     }
 
@@ -146,7 +136,7 @@ TEST_F(AutoMutexSteps, InitializeKeepsNameAndFlagIfTheOldMutexCannotBeClosed) {
 TEST_F(AutoMutexSteps, InitializeKeepsTheOldMutexIfItCannotBeLocked) {
     abandon(m_mutex, 1);
     {
-        const ImportHook<importedWaitForMutex> wait([](HANDLE, DWORD) { return DWORD{WAIT_TIMEOUT}; });
+        const ImportHook<importedWaitForSingleObject> wait([](HANDLE, DWORD) { return DWORD{WAIT_TIMEOUT}; });
         expectThrows<Exception>([&] { m_mutex.initialize(m_otherName.c_str(), true); },
                                 {L"AutoMutex::lock: Failed to lock mutex " + m_name + L": Timed out",
                                  L"AutoMutex::terminate" + kRethrown, L"AutoMutex::initialize" + kRethrown});
@@ -168,7 +158,7 @@ TEST_F(AutoMutexSteps, InitializeKeepsTheOldMutexIfItCannotBeLocked) {
 TEST_F(AutoMutexSteps, TimeoutIsPassedToTheSystemUnchanged) {
     std::vector<DWORD> waitsMs;
     {
-        const ImportHook<importedWaitForMutex> wait([&](HANDLE mutex, DWORD milliseconds) {
+        const ImportHook<importedWaitForSingleObject> wait([&](HANDLE mutex, DWORD milliseconds) {
             waitsMs.push_back(milliseconds);
             return wait.original(mutex, 0);
         });
@@ -183,8 +173,8 @@ TEST_F(AutoMutexSteps, ErrorTextIsSetBeforeTheWarning) {
     vorel::BaseString<wchar_t> errorText(L"as before");
     std::vector<std::wstring> atTheWarning;
     {
-        const ImportHook<importedWaitForMutex> wait([](HANDLE, DWORD) { return DWORD{WAIT_TIMEOUT}; });
-        const ImportHook<importedLockLogFile> lockLog([&](auto... arguments) {
+        const ImportHook<importedWaitForSingleObject> wait([](HANDLE, DWORD) { return DWORD{WAIT_TIMEOUT}; });
+        const ImportHook<importedLockFileEx> lockLog([&](auto... arguments) {
             atTheWarning.emplace_back(errorText.view());
             return lockLog.original(arguments...);
         });
@@ -192,7 +182,7 @@ TEST_F(AutoMutexSteps, ErrorTextIsSetBeforeTheWarning) {
     }
     EXPECT_THAT(atTheWarning, AllOf(Not(IsEmpty()), Each(L"Failed to lock mutex " + m_name + L": Timed out")));
     EXPECT_THAT(m_log.messages(),
-                ElementsAre("WARN: AutoMutex::lock: Failed to lock mutex " + narrow(m_name) + ": Timed out"));
+                ElementsAre("WARN: AutoMutex::lock: Failed to lock mutex " + test::narrowed(m_name) + ": Timed out"));
 }
 
 TEST_F(AutoMutexSteps, ExitedOwnerIsClearedUnderTheBookkeepingLock) {
@@ -206,11 +196,11 @@ TEST_F(AutoMutexSteps, ExitedOwnerIsClearedUnderTheBookkeepingLock) {
         }
     };
     {
-        const ImportHook<importedEnter> enter([&](CRITICAL_SECTION* section) {
+        const ImportHook<importedEnterCriticalSection> enter([&](CRITICAL_SECTION* section) {
             enter.original(section);
             note("enter ", section);
         });
-        const ImportHook<importedLeave> leave([&](CRITICAL_SECTION* section) {
+        const ImportHook<importedLeaveCriticalSection> leave([&](CRITICAL_SECTION* section) {
             note("leave ", section);
             leave.original(section);
         });
@@ -221,7 +211,7 @@ TEST_F(AutoMutexSteps, ExitedOwnerIsClearedUnderTheBookkeepingLock) {
 }
 
 TEST_F(AutoMutexSteps, OtherExceptionWhileCountingBecomesASevereError) {
-    const ImportHook<importedEnter> enter([&](CRITICAL_SECTION* section) {
+    const ImportHook<importedEnterCriticalSection> enter([&](CRITICAL_SECTION* section) {
         if (section == bookkeeping()) {
             throw std::runtime_error("not of the library");
         }
@@ -249,10 +239,10 @@ TEST_F(AutoMutexSteps, FailureOfTheDestructorIsSuppressedDuringUnwinding) {
         };
         EXPECT_THROW(throwWhileOneIsAlive(), std::runtime_error);
     }
-    EXPECT_THAT(m_log.messages(),
-                ElementsAre("Vorel Error: AutoMutex::terminate: Error closing mutex " + narrow(m_otherName) + ".",
-                            "Vorel Error: AutoMutex::terminate: Vorel exception rethrown",
-                            "Vorel Error: AutoMutex::~AutoMutex: Vorel exception suppressed"));
+    EXPECT_THAT(m_log.messages(), ElementsAre("Vorel Error: AutoMutex::terminate: Error closing mutex " +
+                                                  test::narrowed(m_otherName) + ".",
+                                              "Vorel Error: AutoMutex::terminate: Vorel exception rethrown",
+                                              "Vorel Error: AutoMutex::~AutoMutex: Vorel exception suppressed"));
 }
 
 // ---- An exited owner that was reported to another object ------------------------------------------------------------

@@ -16,11 +16,6 @@
 #include "text/CodePageState.h"
 #include "vorel/text/CodePages.h"
 
-extern "C" {
-extern decltype(&::EnterCriticalSection) importedEnter __asm__("__imp_EnterCriticalSection");
-extern decltype(&::LeaveCriticalSection) importedLeave __asm__("__imp_LeaveCriticalSection");
-}
-
 namespace {
 
 using vorel::text::CodePageName;
@@ -145,11 +140,11 @@ TEST(CodePageNames, AreReadUnderTheLock) {
     for (const Lookup lookup : lookups) {
         fillWithPage(1252);
         int depth = 0;
-        const test::ImportHook<importedEnter> enter([&](CRITICAL_SECTION* entered) {
+        const test::ImportHook<importedEnterCriticalSection> enter([&](CRITICAL_SECTION* entered) {
             enter.original(entered);
             depth += entered == section ? 1 : 0;
         });
-        const test::ImportHook<importedLeave> leave([&](CRITICAL_SECTION* left) {
+        const test::ImportHook<importedLeaveCriticalSection> leave([&](CRITICAL_SECTION* left) {
             depth -= left == section ? 1 : 0;
             if (left == section && depth == 0) {
                 fillWithPage(437);  // simulates a thread that has waited for the lock

@@ -16,14 +16,9 @@
 
 #include "support/Expect.h"
 #include "support/HeldLock.h"
-#include "support/ImportPatch.h"
+#include "support/ImportHook.h"
 #include "text/CodePageState.h"
 #include "vorel/exceptions/Exception.h"
-
-extern "C" {
-extern decltype(&::MultiByteToWideChar) importedToWide __asm__("__imp_MultiByteToWideChar");
-extern decltype(&::WideCharToMultiByte) importedToBytes __asm__("__imp_WideCharToMultiByte");
-}
 
 namespace {
 
@@ -114,8 +109,8 @@ protected:
     }
 
     System& m_system = System::instance();
-    test::ImportPatch<decltype(::MultiByteToWideChar)> m_toWide{importedToWide, &toWide};
-    test::ImportPatch<decltype(::WideCharToMultiByte)> m_toBytes{importedToBytes, &toBytes};
+    test::ImportPatch<decltype(::MultiByteToWideChar)> m_toWide{importedMultiByteToWideChar, &toWide};
+    test::ImportPatch<decltype(::WideCharToMultiByte)> m_toBytes{importedWideCharToMultiByte, &toBytes};
 };
 
 int handleOf(unsigned int to, unsigned int from) {
@@ -191,7 +186,7 @@ TEST_F(CodePages, Conversions_RejectSizesThatTheSystemCannotCount) {
         std::size_t capacity;
         int countThere;  // passed to the system
         int capacityThere;
-        bool refused = false;
+        bool rejected = false;
     };
     const Case cases[] = {
         {kMaxCount, kMaxCount, INT_MAX, INT_MAX}, {SIZE_MAX, 9, -1, 9},          {kMaxCount + 1, 9, 0, 0, true},
@@ -205,14 +200,14 @@ TEST_F(CodePages, Conversions_RejectSizesThatTheSystemCannotCount) {
         SCOPED_TRACE(testing::Message() << c.count << " into " << c.capacity);
         m_system.calls.clear();
         errno = kUntouched;
-        EXPECT_EQ(util::iconv_to_wc(handleOf(0, 1252), bytes, c.count, wide, c.capacity), c.refused ? kNothing : 3);
-        EXPECT_EQ(errno, c.refused ? EINVAL : kUntouched);
+        EXPECT_EQ(util::iconv_to_wc(handleOf(0, 1252), bytes, c.count, wide, c.capacity), c.rejected ? kNothing : 3);
+        EXPECT_EQ(errno, c.rejected ? EINVAL : kUntouched);
         errno = kUntouched;
-        EXPECT_EQ(util::iconv_from_wc(1252, wide, c.count, bytes, c.capacity, nullptr), c.refused ? kNothing : 3);
-        EXPECT_EQ(errno, c.refused ? EINVAL : kUntouched);
+        EXPECT_EQ(util::iconv_from_wc(1252, wide, c.count, bytes, c.capacity, nullptr), c.rejected ? kNothing : 3);
+        EXPECT_EQ(errno, c.rejected ? EINVAL : kUntouched);
         const std::vector<Call> expected = {{1252, MB_ERR_INVALID_CHARS, bytes, c.countThere, wide, c.capacityThere},
                                             {1252, 0, wide, c.countThere, bytes, c.capacityThere}};
-        EXPECT_EQ(m_system.calls, c.refused ? std::vector<Call>() : expected);
+        EXPECT_EQ(m_system.calls, c.rejected ? std::vector<Call>() : expected);
     }
 }
 

@@ -7,13 +7,9 @@
 
 #include <windows.h>
 
-#include "support/ImportPatch.h"
+#include "support/ImportHook.h"
 #include "support/TemporaryLog.h"
 #include "vorel/exceptions/Exception.h"
-
-extern "C" {
-extern decltype(&::GetComputerNameExA) importedGetComputerNameExA __asm__("__imp_GetComputerNameExA");
-}
 
 namespace {
 

@@ -15,9 +15,9 @@
 #include <windows.h>
 
 #include "core/ThreadSafetySwitch.h"
+#include "support/CaseName.h"
 #include "support/Expect.h"
 #include "support/ImportHook.h"
-#include "support/ImportPatch.h"
 #include "support/NamedEvent.h"
 #include "support/PrivateMember.h"
 #include "support/SystemText.h"
@@ -27,15 +27,6 @@
 #include "vorel/sync/NamedCondition.h"
 
 extern "C" {
-extern decltype(&::WaitForSingleObject) importedWaitOfConditions __asm__("__imp_WaitForSingleObject");
-extern decltype(&::SetEvent) importedSetEvent __asm__("__imp_SetEvent");
-extern decltype(&::CreateEventW) importedCreateEvent __asm__("__imp_CreateEventW");
-extern decltype(&::Sleep) importedSleepOfConditions __asm__("__imp_Sleep");
-extern decltype(&::OpenEventW) importedOpenEvent __asm__("__imp_OpenEventW");
-extern decltype(&::CloseHandle) importedCloseOfConditions __asm__("__imp_CloseHandle");
-extern decltype(&::EnterCriticalSection) importedEnterOfConditions __asm__("__imp_EnterCriticalSection");
-extern decltype(&::LeaveCriticalSection) importedLeaveOfConditions __asm__("__imp_LeaveCriticalSection");
-
 // These constructors are reachable only for clients that import them by name.
 void constructDefault(void* memory) __asm__("_ZN5vorel14NamedConditionC1Ev");
 void constructCopy(void* memory, const vorel::NamedCondition& other) __asm__("_ZN5vorel14NamedConditionC1ERKS0_");
@@ -87,10 +78,6 @@ HANDLE WINAPI failToCreateEvent(SECURITY_ATTRIBUTES* security, BOOL manualReset,
     return nullptr;
 }
 
-BOOL WINAPI failToSetEvent(HANDLE) {
-    return FALSE;
-}
-
 DWORD WINAPI waitAndThrow(HANDLE, DWORD) {
     throw std::runtime_error("wait failed");
 }
@@ -105,7 +92,7 @@ DWORD WINAPI failToWait(HANDLE, DWORD milliseconds) {
 TEST(ConditionInside, FailureToCreateTheEventThrows) {
     const TemporaryLog log;
     ForcedCriticalSection lock;
-    const ImportPatch create(importedCreateEvent, &failToCreateEvent);
+    const ImportPatch create(importedCreateEventW, &failToCreateEvent);
     expectThrows<Exception>([&] { const Condition condition(lock); },
                             {L"Failed to create condition.", L"Condition::createCondition: Vorel exception rethrown",
                              L"Condition::Condition(): Vorel exception rethrown"});
@@ -116,7 +103,7 @@ TEST(ConditionInside, FailureToSetTheEventThrows) {
     ForcedCriticalSection lock;
     Condition condition(lock);
     NamedCondition named(nullptr);
-    const ImportPatch set(importedSetEvent, &failToSetEvent);
+    const auto set = test::failCalls<importedSetEvent>();
     expectThrows<Exception>([&] { condition.signal(); },
                             {L"Failed to set event.", L"Condition::signal: Vorel exception rethrown"});
     expectThrows<Exception>([&] { named.signal(); },
@@ -129,7 +116,7 @@ TEST(ConditionInside, FailedBroadcastReleasesItsLock) {
     Condition condition(lock);
     condition.*reveal(test::Waiters()) = 1;
     {
-        const ImportPatch set(importedSetEvent, &failToSetEvent);
+        const auto set = test::failCalls<importedSetEvent>();
         expectThrows<Exception>([&] { condition.broadcast(); },
                                 {L"Failed to set event.", L"Condition::signal: Vorel exception rethrown",
                                  L"Condition::broadcast: Vorel exception rethrown"});
@@ -142,7 +129,7 @@ TEST(ConditionInside, FailedWaitReturnsFalseAndGetsTheTimeout) {
     Condition condition(lock);
     NamedCondition named(nullptr);
     const Guard held(lock);
-    const ImportPatch wait(importedWaitOfConditions, &failToWait);
+    const ImportPatch wait(importedWaitForSingleObject, &failToWait);
     EXPECT_FALSE(condition.wait(1234));
     EXPECT_EQ(waitedMs, 1234u);
     EXPECT_FALSE(condition.wait(-1));
@@ -160,7 +147,7 @@ TEST(ConditionInside, ThrowingWaitTakesTheLockAgainAndIsNotCounted) {
     Condition condition(lock);
     {
         const Guard held(lock);
-        const ImportPatch wait(importedWaitOfConditions, &waitAndThrow);
+        const ImportPatch wait(importedWaitForSingleObject, &waitAndThrow);
         expectThrows<Exception>([&] { condition.wait(0); }, {L"Condition::wait: Severe error thrown"});
         EXPECT_EQ(condition.*reveal(test::Waiters()), 0);
     }
@@ -193,16 +180,16 @@ TEST_P(ConditionWait, CountsTheWaiterBetweenTheBroadcastLockAndTheCallersLock) {
     };
     const Guard held(lock);
     {
-        const test::ImportHook<importedEnterOfConditions> enter([&](CRITICAL_SECTION* section) {
+        const test::ImportHook<importedEnterCriticalSection> enter([&](CRITICAL_SECTION* section) {
             note("enter", section);
             enter.original(section);
         });
-        const test::ImportHook<importedLeaveOfConditions> leave([&](CRITICAL_SECTION* section) {
+        const test::ImportHook<importedLeaveCriticalSection> leave([&](CRITICAL_SECTION* section) {
             note("leave", section);
             leave.original(section);
         });
         // cppcheck-suppress constParameter ; the system's signature
-        const test::ImportHook<importedWaitOfConditions> wait([&](HANDLE event, DWORD) {
+        const test::ImportHook<importedWaitForSingleObject> wait([&](HANDLE event, DWORD) {
             EXPECT_EQ(event, (condition.*reveal(test::Event())).get());
             trace.push_back("wait " + std::to_string(condition.*reveal(test::Waiters())));
             return GetParam().throws ? throw std::runtime_error("wait failed") : GetParam().result;
@@ -221,7 +208,7 @@ INSTANTIATE_TEST_SUITE_P(Each, ConditionWait,
                          testing::Values(WaitEnd{"Signalled", WAIT_OBJECT_0, false},
                                          WaitEnd{"TimedOut", WAIT_TIMEOUT, false},
                                          WaitEnd{"Failed", WAIT_FAILED, false}, WaitEnd{"Thrown", WAIT_FAILED, true}),
-                         [](const auto& end) { return std::string(end.param.name); });
+                         test::caseName);
 
 TEST(ConditionInside, FieldsAreInOrder) {
     ForcedCriticalSection lock;
@@ -245,7 +232,7 @@ TEST(NamedConditionInside, TriesElevenTimesAtIntervalsOfFiftyMilliseconds) {
     std::vector<std::wstring> created;
     std::vector<std::wstring> opened;
     std::vector<DWORD> sleepsMs;
-    const test::ImportHook<importedCreateEvent> create(
+    const test::ImportHook<importedCreateEventW> create(
         [&](SECURITY_ATTRIBUTES*, BOOL manualReset, BOOL initialState, const wchar_t* name) -> HANDLE {
             EXPECT_EQ(manualReset, FALSE);
             EXPECT_EQ(initialState, FALSE);
@@ -253,13 +240,12 @@ TEST(NamedConditionInside, TriesElevenTimesAtIntervalsOfFiftyMilliseconds) {
             SetLastError(ERROR_ACCESS_DENIED);
             return nullptr;
         });
-    const test::ImportHook<importedOpenEvent> open([&](DWORD, BOOL, const wchar_t* name) -> HANDLE {
+    const test::ImportHook<importedOpenEventW> open([&](DWORD, BOOL, const wchar_t* name) -> HANDLE {
         opened.emplace_back(name);
         SetLastError(ERROR_FILE_NOT_FOUND);
         return nullptr;
     });
-    const test::ImportHook<importedSleepOfConditions> sleep(
-        [&](DWORD milliseconds) { sleepsMs.push_back(milliseconds); });
+    const test::ImportHook<importedSleep> sleep([&](DWORD milliseconds) { sleepsMs.push_back(milliseconds); });
     expectThrows<Exception>(
         [] { const NamedCondition condition(L"vorel_condition"); },
         {L"Failed to create condition 'vorel_condition': OpenEvent failed: " + test::systemText(ERROR_FILE_NOT_FOUND),
@@ -274,7 +260,7 @@ TEST(NamedConditionInside, TriesElevenTimesAtIntervalsOfFiftyMilliseconds) {
 template <class X, class... Arguments>
 void expectDestructorRules(const std::wstring& name, Arguments&&... arguments) {
     TemporaryLog log;
-    const test::ImportHook<importedCloseOfConditions> close([&](HANDLE handle) -> BOOL {
+    const test::ImportHook<importedCloseHandle> close([&](HANDLE handle) -> BOOL {
         close.original(handle);
         throw std::runtime_error("not of the library");
     });
@@ -338,7 +324,7 @@ TEST(ConditionInside, BroadcastSignalsAndPausesOncePerWaiter) {
     volatile long& waiters = condition.*reveal(test::Waiters());
     waiters = 3;
     unsigned int pauses = 0;
-    const test::ImportHook<importedSleepOfConditions> sleep([&](DWORD milliseconds) {
+    const test::ImportHook<importedSleep> sleep([&](DWORD milliseconds) {
         EXPECT_EQ(milliseconds, 10u);
         EXPECT_FALSE(isFreeForOthers(condition.*reveal(test::BroadcastLock()))) << "new waiters must not join";
         ++pauses;

@@ -11,11 +11,6 @@
 
 #include "support/ImportHook.h"
 
-extern "C" {
-extern decltype(&::DeleteCriticalSection) importedDelete __asm__("__imp_DeleteCriticalSection");
-extern decltype(&::TryEnterCriticalSection) importedTryEnter __asm__("__imp_TryEnterCriticalSection");
-}
-
 namespace {
 
 using test::ImportHook;
@@ -28,7 +23,7 @@ TYPED_TEST_SUITE(CriticalSectionCalls, Sections);
 
 TYPED_TEST(CriticalSectionCalls, SystemObjectIsDeletedOnce) {
     std::vector<void*> deleted;
-    const ImportHook<importedDelete> destroy([&](CRITICAL_SECTION* section) {
+    const ImportHook<importedDeleteCriticalSection> destroy([&](CRITICAL_SECTION* section) {
         deleted.push_back(section);
         destroy.original(section);
     });
@@ -44,7 +39,7 @@ TYPED_TEST(CriticalSectionCalls, SystemObjectIsDeletedOnce) {
 TYPED_TEST(CriticalSectionCalls, TryLockSucceedsOnlyIfTheSystemReturnsOne) {
     TypeParam lock;
     for (const int answer : {0, 2, -1, 1}) {
-        const ImportHook<importedTryEnter> tryEnter([=](CRITICAL_SECTION*) { return answer; });
+        const ImportHook<importedTryEnterCriticalSection> tryEnter([=](CRITICAL_SECTION*) { return answer; });
         EXPECT_EQ(lock.lock(0, true), answer == 1) << answer;
         EXPECT_EQ(lock.tryLock(), answer == 1) << answer;
     }

@@ -12,23 +12,10 @@
 #include <windows.h>
 
 #include "support/ImportHook.h"
-#include "support/ImportPatch.h"
 #include "support/LockedFile.h"
 #include "support/TemporaryLog.h"
 #include "support/TimeZone.h"
 #include "vorel/exceptions/Exception.h"
-
-extern "C" {
-extern decltype(&::Sleep) importedSleep __asm__("__imp_Sleep");
-extern decltype(&::LockFileEx) importedLockFileEx __asm__("__imp_LockFileEx");
-extern decltype(&::UnlockFileEx) importedUnlockFileEx __asm__("__imp_UnlockFileEx");
-extern decltype(&::_close) importedClose __asm__("__imp__close");
-extern decltype(&::_unlink) importedUnlink __asm__("__imp__unlink");
-extern decltype(&::rename) importedRename __asm__("__imp_rename");
-extern decltype(&::fflush) importedFlush __asm__("__imp_fflush");
-extern decltype(&::fclose) importedCloseStream __asm__("__imp_fclose");
-extern decltype(&::_time64) importedTime __asm__("__imp__time64");
-}
 
 namespace {
 
@@ -70,14 +57,14 @@ protected:
 
 TEST_F(ErrorLogAttempts, AreThirtyOneAndEachWaitIsThreeMillisecondsLonger) {
     struct Case {
-        unsigned int refused;
+        unsigned int failedLocks;
         unsigned int attempts;
         bool written;
     };
     for (const Case& c : {Case{0, 1, true}, Case{1, 2, true}, Case{2, 3, true}, Case{29, 30, true}, Case{30, 31, true},
                           Case{31, 31, false}, Case{100, 31, false}}) {
         record() = Record();
-        record().locksToFail = c.refused;
+        record().locksToFail = c.failedLocks;
         std::vector<DWORD> expectedSleepsMs;
         for (DWORD wait = 1; wait < c.attempts; ++wait) {
             expectedSleepsMs.push_back(3 * wait);
@@ -85,9 +72,9 @@ TEST_F(ErrorLogAttempts, AreThirtyOneAndEachWaitIsThreeMillisecondsLonger) {
         const TemporaryLog log(-1);
         const test::ImportPatch locks(importedLockFileEx, &failLocks);
         Exception::warn("text");
-        EXPECT_EQ(record().lockCalls, c.attempts) << c.refused;
-        EXPECT_EQ(record().sleepsMs, expectedSleepsMs) << c.refused;
-        EXPECT_EQ(log.messages(), c.written ? Texts{"WARN: text"} : Texts{}) << c.refused;
+        EXPECT_EQ(record().lockCalls, c.attempts) << c.failedLocks;
+        EXPECT_EQ(record().sleepsMs, expectedSleepsMs) << c.failedLocks;
+        EXPECT_EQ(log.messages(), c.written ? Texts{"WARN: text"} : Texts{}) << c.failedLocks;
     }
 }
 
@@ -124,7 +111,7 @@ TEST_F(ErrorLogAttempts, OpenTheFileAgain) {
 TEST_F(ErrorLogAttempts, WriteTheTimeBeforeTheFirstAttempt) {
     const test::TimeZone zone;
     __time64_t now = 1234567890;
-    const test::ImportHook<importedTime> clock([&](__time64_t*) { return now; });
+    const test::ImportHook<importedTime64> clock([&](__time64_t*) { return now; });
     record().duringSleep = [&] { now += 60; };
     record().locksToFail = 3;
     const test::ImportPatch locks(importedLockFileEx, &failLocks);
@@ -150,37 +137,27 @@ TEST_F(ErrorLogAttempts, AreNotRepeatedForTheSizeCheck) {
 }
 
 /// Records the calls of an imported function under a name, and forwards them.
-template <class Function, Function*& Slot>
-class RecordedStep;
-
-template <class Result, class... Arguments, Result (*&Slot)(Arguments...)>
-class RecordedStep<Result(Arguments...), Slot> {
+template <auto& Slot>
+class RecordedStep {
 public:
-    explicit RecordedStep(const char* name) : m_patch(Slot, &call) {
-        s_name = name;
-        s_original = m_patch.original();
-    }
+    explicit RecordedStep(const char* name)
+        : m_hook([this, name](auto... arguments) {
+              record().steps.emplace_back(name);
+              return m_hook.original(arguments...);
+          }) {}
 
 private:
-    static Result call(Arguments... arguments) {
-        record().steps.emplace_back(s_name);
-        return s_original(arguments...);
-    }
-
-    static inline const char* s_name = nullptr;
-    static inline Result (*s_original)(Arguments...) = nullptr;
-
-    test::ImportPatch<Result(Arguments...)> m_patch;
+    const test::ImportHook<Slot> m_hook;
 };
 
 struct RecordedSteps {
-    RecordedStep<decltype(::LockFileEx), importedLockFileEx> lock{"lock"};
-    RecordedStep<decltype(::UnlockFileEx), importedUnlockFileEx> unlock{"unlock"};
-    RecordedStep<decltype(::_close), importedClose> close{"close"};
-    RecordedStep<decltype(::_unlink), importedUnlink> unlink{"delete"};
-    RecordedStep<decltype(::rename), importedRename> rename{"rename"};
-    RecordedStep<decltype(::fflush), importedFlush> flush{"flush"};
-    RecordedStep<decltype(::fclose), importedCloseStream> closeStream{"close stream"};
+    RecordedStep<importedLockFileEx> lock{"lock"};
+    RecordedStep<importedUnlockFileEx> unlock{"unlock"};
+    RecordedStep<importedClose> close{"close"};
+    RecordedStep<importedUnlink> unlink{"delete"};
+    RecordedStep<importedRename> rename{"rename"};
+    RecordedStep<importedFflush> flush{"flush"};
+    RecordedStep<importedFclose> closeStream{"close stream"};
 };
 
 TEST(ErrorLogSteps, AreCheckLockWriteFlushUnlockClose) {

@@ -23,12 +23,6 @@
 #include "support/Widths.h"
 #include "vorel/exceptions/Exception.h"
 
-extern "C" {
-extern decltype(&::Sleep) importedSleep __asm__("__imp_Sleep");
-extern decltype(&::SwitchToThread) importedSwitchToThread __asm__("__imp_SwitchToThread");
-extern decltype(&::_time64) importedTime __asm__("__imp__time64");
-}
-
 namespace test {
 
 struct ErrorLogLocation : PrivateMember<ErrorLogLocation, char (*)[1024]> {};
@@ -97,7 +91,7 @@ TEST(Location, AndLimitAreSetUnderTheLock) {
     const std::string& path = log.path();
     const std::function<void()> settings[] = {
         [&] { Exception::SetErrorLogLocation(path.c_str(), 0); },
-        [&] { Exception::SetErrorLogLocation(std::wstring(path.begin(), path.end()).c_str(), 0); },
+        [&] { Exception::SetErrorLogLocation(test::widened(path).c_str(), 0); },
         [] { Exception::SetErrorLogSize(5); },
     };
     for (const auto& set : settings) {
@@ -191,7 +185,7 @@ TEST(Location, IsNeverReadAsAMixtureOfTwoPaths) {
 TEST(Location, IsReadOncePerLine) {
     const TemporaryLog log;
     const std::string next = log.folder().file("next.log");
-    const test::ImportHook<importedTime> clock([&](__time64_t* out) {
+    const test::ImportHook<importedTime64> clock([&](__time64_t* out) {
         Exception::SetErrorLogLocation(next.c_str(), 0);
         return clock.original(out);
     });

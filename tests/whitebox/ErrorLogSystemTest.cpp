@@ -12,16 +12,10 @@
 #include <sys/stat.h>
 #include <windows.h>
 
-#include "support/ImportPatch.h"
+#include "support/ImportHook.h"
 #include "support/LockedFile.h"
 #include "support/TemporaryLog.h"
 #include "vorel/exceptions/Exception.h"
-
-extern "C" {
-extern decltype(&::GetSystemTimeAsFileTime) importedGetSystemTime __asm__("__imp_GetSystemTimeAsFileTime");
-extern decltype(&::_fdopen) importedFdopen __asm__("__imp__fdopen");
-extern decltype(&::_fstat64) importedFstat __asm__("__imp__fstat64");
-}
 
 namespace {
 
@@ -52,7 +46,7 @@ TEST(ErrorLogSystem, MillisecondsHaveThreeDigits) {
         fakeTime() = kSomeSecond + c.milliseconds * 10000 + 9999;
         const TemporaryLog log;
         {
-            const test::ImportPatch patch(importedGetSystemTime, &giveFakeTime);
+            const test::ImportPatch patch(importedGetSystemTimeAsFileTime, &giveFakeTime);
             Exception::warn("text");
         }
         ASSERT_EQ(log.lines().size(), 1u) << c.milliseconds;
@@ -103,7 +97,7 @@ TEST(ErrorLogSystem, FileIsMovedOnlyIfItsSizeIsKnownAndBelowTwoGigabytes) {
         {{0, 1001}, true},         {{0, 0x7FFFFFFF}, true},  {{0, 0x80000000}, false},
         {{0, 0x100000000}, false}, {{0, 0x100001000}, false}  // 0 and 4096 if truncated to 32 bits
     };
-    const test::ImportPatch patch(importedFstat, &giveFakeStatus);
+    const test::ImportPatch patch(importedFstat64, &giveFakeStatus);
     for (const Case& c : cases) {
         const TemporaryLog log;
         fakeStatus() = {};

@@ -17,21 +17,6 @@
 #include "support/NamedEvent.h"
 #include "support/TemporaryLog.h"
 
-extern "C" {
-extern decltype(&::FlsAlloc) importedFlsAlloc __asm__("__imp_FlsAlloc");
-extern decltype(&::FlsFree) importedFlsFree __asm__("__imp_FlsFree");
-extern decltype(&::FlsGetValue) importedFlsGetValue __asm__("__imp_FlsGetValue");
-extern decltype(&::FlsSetValue) importedFlsSetValue __asm__("__imp_FlsSetValue");
-extern decltype(&::HeapAlloc) importedHeapAlloc __asm__("__imp_HeapAlloc");
-extern decltype(&::HeapFree) importedHeapFree __asm__("__imp_HeapFree");
-extern decltype(&::GetCurrentThreadId) importedGetCurrentThreadId __asm__("__imp_GetCurrentThreadId");
-extern decltype(&::ReleaseMutex) importedReleaseMutex __asm__("__imp_ReleaseMutex");
-extern decltype(&::GetACP) importedGetACP __asm__("__imp_GetACP");
-extern decltype(&::MultiByteToWideChar) importedToWide __asm__("__imp_MultiByteToWideChar");
-extern decltype(&::WideCharToMultiByte) importedToBytes __asm__("__imp_WideCharToMultiByte");
-extern decltype(&::WaitForSingleObject) importedWait __asm__("__imp_WaitForSingleObject");
-}
-
 namespace {
 
 using test::flatFailure;
@@ -130,8 +115,8 @@ private:
 
     DWORD m_error;
     int m_calls = 0;
-    ImportHook<importedToWide> m_toWide{[this](UINT, DWORD, LPCCH, int, LPWSTR, int) { return answer(); }};
-    ImportHook<importedToBytes> m_toBytes{
+    ImportHook<importedMultiByteToWideChar> m_toWide{[this](UINT, DWORD, LPCCH, int, LPWSTR, int) { return answer(); }};
+    ImportHook<importedWideCharToMultiByte> m_toBytes{
         [this](UINT, DWORD, LPCWCH, int, LPSTR, int, LPCCH, LPBOOL) { return answer(); }};
 };
 
@@ -155,14 +140,14 @@ TEST(FlatCodePages, ConversionThatFailsAtItsSecondCallWritesNothing) {
 
 TEST(FlatLocks, FailedWaitIsNotATimeout) {
     const TemporaryLog log;
-    const FlatText name(test::NamedEvent::uniqueName(L"flat_refused"));
+    const FlatText name(test::NamedEvent::uniqueName(L"flat_failing"));
     const DWORD self = GetCurrentThreadId();
     vorel_condition* condition = nullptr;
     vorel_mutex* mutex = nullptr;
     ASSERT_EQ(vorel_condition_open(name.data(), name.size(), &condition), VOREL_OK);
     ASSERT_EQ(vorel_mutex_open(name.data(), name.size(), &mutex), VOREL_OK);
     {
-        const ImportHook<importedWait> wait([&](HANDLE handle, DWORD timeoutMs) {
+        const ImportHook<importedWaitForSingleObject> wait([&](HANDLE handle, DWORD timeoutMs) {
             if (GetCurrentThreadId() != self) {
                 return wait.original(handle, timeoutMs);  // threads of the test framework
             }
@@ -227,8 +212,8 @@ TEST(FlatLogPath, DoesNotQueryReplacementsInAUtf8Process) {
     const TemporaryLog log;
     const ImportHook<importedGetACP> codePage([] { return UINT{CP_UTF8}; });
     int conversions = 0;
-    const ImportHook<importedToBytes> toBytes([&](UINT page, DWORD flags, LPCWCH text, int units, LPSTR out,
-                                                  int capacity, LPCCH replacement, LPBOOL replaced) {
+    const ImportHook<importedWideCharToMultiByte> toBytes([&](UINT page, DWORD flags, LPCWCH text, int units, LPSTR out,
+                                                              int capacity, LPCCH replacement, LPBOOL replaced) {
         ++conversions;
         EXPECT_EQ(flags, 0u);
         EXPECT_EQ(replaced, nullptr);
@@ -242,7 +227,8 @@ TEST(FlatLogPath, DoesNotQueryReplacementsInAUtf8Process) {
 TEST(FlatLogPath, IsUnchangedIfTheNewPathCannotBeConverted) {
     const TemporaryLog log;
     const std::wstring before = logPath();
-    const ImportHook<importedToBytes> toBytes([](UINT, DWORD, LPCWCH, int, LPSTR, int, LPCCH, LPBOOL) { return 0; });
+    const ImportHook<importedWideCharToMultiByte> toBytes(
+        [](UINT, DWORD, LPCWCH, int, LPSTR, int, LPCCH, LPBOOL) { return 0; });
     EXPECT_EQ(setPath(L"somewhere.txt"), VOREL_ERROR_INVALID_TEXT);
     EXPECT_EQ(logPath(), before);
 }

@@ -10,15 +10,11 @@
 #include <gtest/gtest.h>
 
 #include "support/Handle.h"
+#include "support/ImportHook.h"
 #include "support/NamedEvent.h"
 #include "support/TemporaryLog.h"
 #include "vorel/vorelCoreC.h"
 #include "whitebox/LiveHandles.h"
-
-extern "C" {
-extern decltype(&::HeapAlloc) importedHeapAlloc __asm__("__imp_HeapAlloc");
-extern decltype(&::HeapFree) importedHeapFree __asm__("__imp_HeapFree");
-}
 
 namespace {
 

@@ -17,10 +17,6 @@
 #include "support/ImportHook.h"
 #include "support/Widths.h"
 
-extern "C" {
-extern decltype(&::__stdio_common_vsprintf) importedPrint __asm__("__imp___stdio_common_vsprintf");
-}
-
 namespace {
 
 using test::GuardedBuffer;
@@ -207,8 +203,9 @@ TYPED_TEST(Format, MessageText_IsNullWithoutARenderedText) {
 }
 
 TEST(FormatOfNarrowText, MessageText_IsNullIfTheTextShrinksAfterMeasuring) {
-    const test::ImportHook<importedPrint> print([&](unsigned long long options, char* buffer, std::size_t size,
-                                                    const char* format, _locale_t locale, va_list args) {
+    const test::ImportHook<importedStdioCommonVsprintf> print([&](unsigned long long options, char* buffer,
+                                                                  std::size_t size, const char* format,
+                                                                  _locale_t locale, va_list args) {
         const int written = print.original(options, buffer, size, format, locale, args);
         return written > 0 ? written - 1 : written;
     });

@@ -10,13 +10,16 @@
 
 #include <windows.h>
 
+#include "support/CaseName.h"
 #include "support/Handle.h"
+#include "support/ImportHook.h"
 #include "support/NamedEvent.h"
 #include "support/TemporaryLog.h"
 #include "vorel/exceptions/Exception.h"
 #include "vorel/secure/IsAdmin.h"
 #include "vorel/secure/SecuredMappings.h"
 #include "vorel/secure/SecuredObjects.h"
+#include "whitebox/LiveBlocks.h"
 #include "whitebox/LiveHandles.h"
 
 namespace {
@@ -96,7 +99,7 @@ HANDLE mapFileInMissingFolder(const Resources& resources) {
 /// Calls `Obtain` while the last step of building the security descriptor fails.
 template <HANDLE (*Obtain)(const Resources&)>
 HANDLE withoutSecurity(const Resources& resources) {
-    const auto refused = test::refuse(importedSetSecurityDescriptorDacl);
+    const auto failing = test::failCalls<importedSetSecurityDescriptorDacl>();
     return Obtain(resources);
 }
 
@@ -196,7 +199,6 @@ TEST_P(HandleLeaks, ManyRoundsLeaveNoHandle) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Each, HandleLeaks, testing::ValuesIn(kCycles),
-                         [](const auto& cycle) { return std::string(cycle.param.name); });
+INSTANTIATE_TEST_SUITE_P(Each, HandleLeaks, testing::ValuesIn(kCycles), test::caseName);
 
 }  // namespace

@@ -2,7 +2,6 @@
 /// The steps of `IsAdmin`: their arguments, their failures, and the thread's impersonation, which must be the same
 /// afterwards on every path.
 
-#include <memory>
 #include <ostream>
 #include <set>
 #include <string>
@@ -13,29 +12,19 @@
 #include <windows.h>
 
 #include "support/AccessList.h"
+#include "support/CaseName.h"
 #include "support/Handle.h"
+#include "support/ImportHook.h"
 #include "support/SystemText.h"
 #include "support/TemporaryLog.h"
 #include "vorel/secure/IsAdmin.h"
-#include "whitebox/SecurityCalls.h"
-
-extern "C" {
-extern decltype(&::ImpersonateSelf) importedImpersonateSelf __asm__("__imp_ImpersonateSelf");
-extern decltype(&::RevertToSelf) importedRevertToSelf __asm__("__imp_RevertToSelf");
-extern decltype(&::SetThreadToken) importedSetThreadToken __asm__("__imp_SetThreadToken");
-extern decltype(&::OpenProcessToken) importedOpenProcessToken __asm__("__imp_OpenProcessToken");
-extern decltype(&::SetSecurityDescriptorGroup)
-    importedSetSecurityDescriptorGroup __asm__("__imp_SetSecurityDescriptorGroup");
-extern decltype(&::SetSecurityDescriptorOwner)
-    importedSetSecurityDescriptorOwner __asm__("__imp_SetSecurityDescriptorOwner");
-extern decltype(&::IsValidSecurityDescriptor)
-    importedIsValidSecurityDescriptor __asm__("__imp_IsValidSecurityDescriptor");
-extern decltype(&::AccessCheck) importedAccessCheck __asm__("__imp_AccessCheck");
-}
+#include "whitebox/FailingStep.h"
+#include "whitebox/LiveBlocks.h"
 
 namespace {
 
-using test::refuse;
+using test::failCalls;
+using test::failStep;
 
 /// The arguments of the access check.
 struct Question {
@@ -111,9 +100,9 @@ private:
     /// Opens the caller's token. Fails as the system does if the thread does not impersonate.
     BOOL keepToken(BOOL asSelf, PHANDLE token) {
         trace += asSelf ? "keep " : "keepasclient ";
-        const bool refused = m_keeps++ < failingOpens;
-        if (refused || !callersToken) {
-            SetLastError(refused ? test::kRefusal : ERROR_NO_TOKEN);
+        const bool fails = m_keeps++ < failingOpens;
+        if (fails || !callersToken) {
+            SetLastError(fails ? test::kFailureError : ERROR_NO_TOKEN);
             return FALSE;
         }
         *token = callersToken;
@@ -142,7 +131,7 @@ private:
             EXPECT_FALSE(asSelf);
             if (queryFails) {
                 trace += "thread8 ";
-                SetLastError(test::kRefusal);
+                SetLastError(test::kFailureError);
                 return FALSE;
             }
             const BOOL opened = m_openThreadToken.original(thread, access, asSelf, token);
@@ -232,7 +221,7 @@ TEST_F(IsAdminSteps, UsesTheTokenOfTheProcessIfTheThreadHasNone) {
 
 TEST_F(IsAdminSteps, IsFalseIfTheTokenOfTheProcessCannotBeOpened) {
     const test::ImportPatch patch(importedOpenThreadToken, &findNoThreadToken);
-    const auto refused = refuse(importedOpenProcessToken);
+    const auto failing = failCalls<importedOpenProcessToken>();
     EXPECT_FALSE(vorel::IsAdmin());
     EXPECT_EQ(questions, 0);
 }
@@ -245,7 +234,7 @@ TEST_F(IsAdminSteps, IsFalseIfTheTokenOfTheThreadCannotBeOpened) {
 }
 
 TEST_F(IsAdminSteps, FailedImpersonationIsNotReverted) {
-    const auto refused = refuse(importedImpersonateSelf);
+    const auto failing = failCalls<importedImpersonateSelf>();
     EXPECT_FALSE(vorel::IsAdmin());
     EXPECT_EQ(trace, "keep ");
     EXPECT_EQ(questions, 0);
@@ -294,54 +283,45 @@ TEST_P(IsAdminKeepsTheImpersonation, OnEveryPath) {
     EXPECT_FALSE(log.exists());
 }
 
-INSTANTIATE_TEST_SUITE_P(Each, IsAdminKeepsTheImpersonation, testing::ValuesIn(kImpersonationCases),
-                         [](const auto& rule) { return std::string(rule.param.name); });
+INSTANTIATE_TEST_SUITE_P(Each, IsAdminKeepsTheImpersonation, testing::ValuesIn(kImpersonationCases), test::caseName);
 
 TEST_F(IsAdminOfAnImpersonatingThread, FailedImpersonationLeavesTheThreadUnchanged) {
-    const auto refused = refuse(importedImpersonateSelf);
+    const auto failing = failCalls<importedImpersonateSelf>();
     EXPECT_FALSE(vorel::IsAdmin());
     EXPECT_EQ(trace, "keep ");
 }
 
 TEST_F(IsAdminOfAnImpersonatingThread, FailureToRestoreTheTokenIsLogged) {
-    const auto refused = refuse(importedSetThreadToken);
+    const auto failing = failCalls<importedSetThreadToken>();
     EXPECT_FALSE(vorel::IsAdmin());
     EXPECT_EQ(questions, 1);
     EXPECT_EQ(log.messages(), std::vector<std::string>{"WARN: IsAdmin: SetThreadToken failed: " +
-                                                       test::utf8(test::systemText(test::kRefusal))});
+                                                       test::utf8(test::systemText(test::kFailureError))});
 }
 
 // ---- Failures of the other steps ----
 
-struct Step {
-    const char* name;
-    std::shared_ptr<void> (*refused)();
-
-    friend void PrintTo(const Step& step, std::ostream* out) { *out << step.name; }
+const test::FailingStep kSteps[] = {
+    {"AllocateAndInitializeSid", failStep<importedAllocateAndInitializeSid>},
+    {"LocalAlloc", failStep<importedLocalAlloc>},
+    {"InitializeAcl", failStep<importedInitializeAcl>},
+    {"AddAccessAllowedAce", failStep<importedAddAccessAllowedAce>},
+    {"InitializeSecurityDescriptor", failStep<importedInitializeSecurityDescriptor>},
+    {"SetSecurityDescriptorDacl", failStep<importedSetSecurityDescriptorDacl>},
+    {"SetSecurityDescriptorGroup", failStep<importedSetSecurityDescriptorGroup>},
+    {"SetSecurityDescriptorOwner", failStep<importedSetSecurityDescriptorOwner>},
+    {"IsValidSecurityDescriptor", failStep<importedIsValidSecurityDescriptor>},
 };
 
-const Step kSteps[] = {
-    {"AllocateAndInitializeSid", [] { return refuse(importedAllocateAndInitializeSid); }},
-    {"LocalAlloc", [] { return refuse(importedLocalAlloc); }},
-    {"InitializeAcl", [] { return refuse(importedInitializeAcl); }},
-    {"AddAccessAllowedAce", [] { return refuse(importedAddAccessAllowedAce); }},
-    {"InitializeSecurityDescriptor", [] { return refuse(importedInitializeSecurityDescriptor); }},
-    {"SetSecurityDescriptorDacl", [] { return refuse(importedSetSecurityDescriptorDacl); }},
-    {"SetSecurityDescriptorGroup", [] { return refuse(importedSetSecurityDescriptorGroup); }},
-    {"SetSecurityDescriptorOwner", [] { return refuse(importedSetSecurityDescriptorOwner); }},
-    {"IsValidSecurityDescriptor", [] { return refuse(importedIsValidSecurityDescriptor); }},
-};
-
-class IsAdminStep : public IsAdminSteps, public testing::WithParamInterface<Step> {};
+class IsAdminStep : public IsAdminSteps, public testing::WithParamInterface<test::FailingStep> {};
 
 TEST_P(IsAdminStep, FailureReturnsFalse) {
-    const auto refused = GetParam().refused();
+    const auto failing = GetParam().fail();
     EXPECT_FALSE(vorel::IsAdmin());
     EXPECT_EQ(questions, 0);
     EXPECT_EQ(trace, "keep impersonate thread8 revert ");
 }
 
-INSTANTIATE_TEST_SUITE_P(Each, IsAdminStep, testing::ValuesIn(kSteps),
-                         [](const auto& step) { return std::string(step.param.name); });
+INSTANTIATE_TEST_SUITE_P(Each, IsAdminStep, testing::ValuesIn(kSteps), test::caseName);
 
 }  // namespace

@@ -7,7 +7,7 @@
 
 #include <windows.h>
 
-#include "whitebox/SecurityCalls.h"
+#include "support/ImportHook.h"
 
 namespace test {
 

@@ -10,19 +10,17 @@
 
 #include <windows.h>
 
+#include "support/CaseName.h"
 #include "support/Handle.h"
+#include "support/ImportHook.h"
 #include "support/NamedEvent.h"
 #include "support/TemporaryLog.h"
 #include "vorel/exceptions/Exception.h"
 #include "vorel/sync/AutoMutex.h"
 #include "vorel/sync/Condition.h"
 #include "vorel/sync/NamedCondition.h"
+#include "whitebox/LiveBlocks.h"
 #include "whitebox/LiveHandles.h"
-
-extern "C" {
-extern decltype(&::WaitForSingleObject) importedWaitOfLocks __asm__("__imp_WaitForSingleObject");
-extern decltype(&::SetEvent) importedSetEvent __asm__("__imp_SetEvent");
-}
 
 namespace {
 
@@ -98,7 +96,7 @@ bool abandonMutex(Name name) {
 
 bool failToLock(Name name) {
     const test::ImportPatch wait(
-        importedWaitOfLocks, +[](HANDLE, DWORD) WINAPI -> DWORD { return WAIT_TIMEOUT; });
+        importedWaitForSingleObject, +[](HANDLE, DWORD) WINAPI -> DWORD { return WAIT_TIMEOUT; });
     return succeeds([&] { const AutoMutex mutex(name.c_str(), true, false); });
 }
 
@@ -114,7 +112,7 @@ bool useCondition(Name) {
 }
 
 bool failToSignal(Name) {
-    const auto refused = test::refuse(importedSetEvent);
+    const auto failing = test::failCalls<importedSetEvent>();
     return succeeds([&] {
         vorel::ForcedCriticalSection lock;
         vorel::Condition condition(lock);
@@ -178,7 +176,6 @@ TEST_P(LockLeaks, ManyRoundsLeaveNoHandle) {
     EXPECT_FALSE(Handle(OpenMutexW(SYNCHRONIZE, FALSE, (fullName + L"_other").c_str())));
 }
 
-INSTANTIATE_TEST_SUITE_P(Each, LockLeaks, testing::ValuesIn(kCycles),
-                         [](const auto& cycle) { return std::string(cycle.param.name); });
+INSTANTIATE_TEST_SUITE_P(Each, LockLeaks, testing::ValuesIn(kCycles), test::caseName);
 
 }  // namespace

@@ -15,11 +15,6 @@
 #include "support/PrivateMember.h"
 #include "support/TemporaryLog.h"
 
-extern "C" {
-extern decltype(&::_get_osfhandle) importedHandleOf __asm__("__imp__get_osfhandle");
-extern decltype(&::LockFileEx) importedLockFile __asm__("__imp_LockFileEx");
-}
-
 namespace test {
 
 struct LockLogFile : PrivateMember<LockLogFile, bool (*)(int, bool) noexcept> {};
@@ -70,8 +65,8 @@ TEST(LockLogFile, DescriptorWithoutAFileCannotBeLocked) {
     const test::TemporaryFolder folder;
     const Descriptor descriptor(folder.file("log"));
     int locked = 0;
-    const test::ImportHook<importedHandleOf> handleOf([](int) { return std::intptr_t{-2}; });
-    const test::ImportHook<importedLockFile> lock([&](HANDLE, DWORD, DWORD, DWORD, DWORD, LPOVERLAPPED) {
+    const test::ImportHook<importedGetOsfhandle> handleOf([](int) { return std::intptr_t{-2}; });
+    const test::ImportHook<importedLockFileEx> lock([&](HANDLE, DWORD, DWORD, DWORD, DWORD, LPOVERLAPPED) {
         ++locked;
         return TRUE;
     });

@@ -13,9 +13,9 @@
 
 #include "support/Expect.h"
 #include "support/Handle.h"
+#include "support/ImportHook.h"
 #include "support/SystemText.h"
 #include "vorel/secure/SecuredMappings.h"
-#include "whitebox/SecurityCalls.h"
 
 namespace {
 

@@ -15,10 +15,6 @@
 #include "support/TemporaryLog.h"
 #include "vorel/exceptions/Exception.h"
 
-extern "C" {
-extern decltype(&::SetPriorityClass) importedSetPriorityClass __asm__("__imp_SetPriorityClass");
-}
-
 namespace {
 
 using test::ImportHook;
@@ -32,7 +28,7 @@ void lower() {
 TEST(ProcessPriority, FailureIsIgnored) {
     const test::TemporaryLog log;
     int calls = 0;
-    const ImportHook<importedSetPriorityClass> refuse([&](HANDLE, DWORD) {
+    const ImportHook<importedSetPriorityClass> failing([&](HANDLE, DWORD) {
         ++calls;
         return FALSE;
     });

@@ -11,11 +11,12 @@
 #include <windows.h>
 
 #include "support/Handle.h"
+#include "support/ImportHook.h"
 #include "support/NamedEvent.h"
 #include "support/SystemText.h"
 #include "support/TemporaryLog.h"
 #include "vorel/secure/SecuredObjects.h"
-#include "whitebox/SecurityCalls.h"
+#include "whitebox/LiveBlocks.h"
 #include "whitebox/SharedAttributes.h"
 
 namespace {
@@ -112,7 +113,7 @@ private:
         names.emplace_back(asked);
         const bool succeeds = m_openings++ == m_script.openedIn;
         HANDLE const handle = succeeds ? someHandle() : nullptr;
-        SetLastError(test::kRefusal + static_cast<DWORD>(m_openings));
+        SetLastError(test::kFailureError + static_cast<DWORD>(m_openings));
         return handle;
     }};
     const test::ImportHook<importedSleep> m_sleep{
@@ -133,7 +134,7 @@ TYPED_TEST(ObtainingObject, WithoutRetriesTriesOnceAndNeverSleeps) {
 TYPED_TEST(ObtainingObject, SleepsBetweenAttemptsUntilNoRetryIsLeft) {
     EXPECT_EQ(this->obtain(3, 20), nullptr);
     EXPECT_EQ(this->trace, "create open sleep20 create open sleep20 create open sleep20 create open ");
-    this->object.expectFailedOpen(this->name, test::kRefusal + 4, this->log);
+    this->object.expectFailedOpen(this->name, test::kFailureError + 4, this->log);
 }
 
 TYPED_TEST(ObtainingObject, SleepsForTheGivenTime) {
@@ -187,7 +188,7 @@ TYPED_TEST(ObtainingObject, OtherErrorsAfterASuccessAreIgnored) {
 TYPED_TEST(ObtainingObject, ErrorTextIsThatOfTheOpening) {
     this->createError = ERROR_ALREADY_EXISTS;
     EXPECT_EQ(this->obtain(0, 0), nullptr);
-    this->object.expectFailedOpen(this->name, test::kRefusal + 1, this->log);
+    this->object.expectFailedOpen(this->name, test::kFailureError + 1, this->log);
 }
 
 TYPED_TEST(ObtainingObject, ObjectIsSharedAndHandleIsNotInherited) {

@@ -11,15 +11,16 @@
 
 #include "support/Expect.h"
 #include "support/Handle.h"
+#include "support/ImportHook.h"
 #include "support/SystemText.h"
 #include "support/TemporaryLog.h"
 #include "vorel/secure/SecuredMappings.h"
-#include "whitebox/SecurityCalls.h"
+#include "whitebox/LiveBlocks.h"
 #include "whitebox/SharedAttributes.h"
 
 namespace {
 
-using test::kRefusal;
+using test::kFailureError;
 
 constexpr const wchar_t* kFile = L"Long folder\\Long name.dat";
 constexpr const wchar_t* kName = L"vorel_mapping";
@@ -91,10 +92,10 @@ private:
         EXPECT_EQ(flags, DWORD{0});
         EXPECT_EQ(pattern, nullptr);
         fileAttributes = test::sharedAttributes(attributes);
-        const bool refused = m_files++ >= filesFailFrom;
-        lastFile = refused ? INVALID_HANDLE_VALUE : someHandle();
-        m_openFiles += refused ? 0 : 1;
-        SetLastError(refused ? kRefusal : fileError);
+        const bool fails = m_files++ >= filesFailFrom;
+        lastFile = fails ? INVALID_HANDLE_VALUE : someHandle();
+        m_openFiles += fails ? 0 : 1;
+        SetLastError(fails ? kFailureError : fileError);
         return lastFile;
     }};
     const test::ImportHook<importedCreateFileMappingW> m_createMapping{
@@ -106,9 +107,9 @@ private:
             trace += (sizeHigh == kSizeHigh && sizeLow == kSizeLow) || (sizeHigh | sizeLow) == 0 ? "" : "othersize ";
             EXPECT_STREQ(name, kName);
             mappingAttributes = test::sharedAttributes(attributes);
-            const bool refused = m_mappings++ < mappingsFailUntil;
-            HANDLE const mapping = refused ? nullptr : someHandle();
-            SetLastError(refused ? kRefusal : mappingError);
+            const bool fails = m_mappings++ < mappingsFailUntil;
+            HANDLE const mapping = fails ? nullptr : someHandle();
+            SetLastError(fails ? kFailureError : mappingError);
             return mapping;
         }};
     const test::ImportHook<importedOpenFileMappingW> m_openMapping{
@@ -291,10 +292,10 @@ TEST_F(ObtainingMapping, WithoutASizeFailedAttemptsDoNotOpen) {
 
 TEST_F(ObtainingMapping, FiftyFailuresThrowTheSystemText) {
     mappingsFailUntil = 50;
-    test::expectThrows<vorel::Exception>([this] { obtainEx(); },
-                                         {L"ObtainAccessableFileMappingEx: Opening file mapping failed for " +
-                                              std::wstring(kFile) + L" after 50 tries: " + test::systemText(kRefusal),
-                                          kRecord});
+    test::expectThrows<vorel::Exception>(
+        [this] { obtainEx(); }, {L"ObtainAccessableFileMappingEx: Opening file mapping failed for " +
+                                     std::wstring(kFile) + L" after 50 tries: " + test::systemText(kFailureError),
+                                 kRecord});
     EXPECT_EQ(trace, "open " + repeated(kFailedAttempt, 50));
     EXPECT_FALSE(mappingCreated);
     EXPECT_EQ(blocks.live(), 0u);
@@ -305,7 +306,7 @@ TEST_F(ObtainingMapping, FailureToOpenTheFileEndsTheAttempts) {
     filesFailFrom = 3;
     test::expectThrows<vorel::Exception>([this] { obtainEx(); },
                                          {L"ObtainAccessableFileMappingEx: Unable to create file " +
-                                              std::wstring(kFile) + L": " + test::systemText(kRefusal),
+                                              std::wstring(kFile) + L": " + test::systemText(kFailureError),
                                           kRecord});
     EXPECT_EQ(trace, "open " + repeated(kFailedAttempt, 3) + "file ");
     EXPECT_FALSE(mappingCreated);

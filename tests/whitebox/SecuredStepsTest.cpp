@@ -2,7 +2,6 @@
 /// Each step of building the security descriptor of a shared object fails in turn. Every operation must report the
 /// failed step in its own way and free the memory of the previous steps.
 
-#include <memory>
 #include <ostream>
 #include <string>
 #include <vector>
@@ -12,43 +11,37 @@
 #include <windows.h>
 
 #include "support/Expect.h"
+#include "support/ImportHook.h"
 #include "support/NamedEvent.h"
 #include "support/SystemText.h"
 #include "support/TemporaryLog.h"
+#include "support/WideText.h"
 #include "vorel/secure/SecuredMappings.h"
 #include "vorel/secure/SecuredObjects.h"
-#include "whitebox/SecurityCalls.h"
+#include "whitebox/FailingStep.h"
+#include "whitebox/LiveBlocks.h"
 
 namespace {
 
-using test::refuse;
+using test::failStep;
 using Texts = std::vector<std::string>;
 
 struct Step {
-    const char* name;
-    std::shared_ptr<void> (*refused)();
-    const wchar_t* mutexWarning;  // both texts are followed by the system's text
-    const wchar_t* eventText;
+    test::FailingStep call;
+    bool eventTextNamesTheOperation = false;
     bool isIdentifier = false;
 
-    friend void PrintTo(const Step& step, std::ostream* out) { *out << step.name; }
+    friend void PrintTo(const Step& step, std::ostream* out) { PrintTo(step.call, out); }
 };
 
 const Step kSteps[] = {
-    {"AllocateAndInitializeSid", [] { return refuse(importedAllocateAndInitializeSid); },
-     L"ObtainAccessableMutex: AllocateAndInitializeSid failed: ", L"AllocateAndInitializeSid failed: ", true},
-    {"LocalAlloc", [] { return refuse(importedLocalAlloc); }, L"ObtainAccessableMutex: LocalAlloc failed: ",
-     L"ObtainAccessableEvent: LocalAlloc failed: "},
-    {"InitializeAcl", [] { return refuse(importedInitializeAcl); }, L"ObtainAccessableMutex: InitializeAcl failed: ",
-     L"ObtainAccessableEvent: InitializeAcl failed: "},
-    {"AddAccessDeniedAce", [] { return refuse(importedAddAccessDeniedAce); },
-     L"ObtainAccessableMutex: AddAccessDeniedAce failed: ", L"AddAccessDeniedAce failed: "},
-    {"AddAccessAllowedAce", [] { return refuse(importedAddAccessAllowedAce); },
-     L"ObtainAccessableMutex: AddAccessAllowedAce failed: ", L"AddAccessAllowedAce failed: "},
-    {"InitializeSecurityDescriptor", [] { return refuse(importedInitializeSecurityDescriptor); },
-     L"ObtainAccessableMutex: InitializeSecurityDescriptor failed: ", L"InitializeSecurityDescriptor failed: "},
-    {"SetSecurityDescriptorDacl", [] { return refuse(importedSetSecurityDescriptorDacl); },
-     L"ObtainAccessableMutex: SetSecurityDescriptorDacl failed: ", L"SetSecurityDescriptorDacl failed: "},
+    {{"AllocateAndInitializeSid", failStep<importedAllocateAndInitializeSid>}, false, true},
+    {{"LocalAlloc", failStep<importedLocalAlloc>}, true},
+    {{"InitializeAcl", failStep<importedInitializeAcl>}, true},
+    {{"AddAccessDeniedAce", failStep<importedAddAccessDeniedAce>}},
+    {{"AddAccessAllowedAce", failStep<importedAddAccessAllowedAce>}},
+    {{"InitializeSecurityDescriptor", failStep<importedInitializeSecurityDescriptor>}},
+    {{"SetSecurityDescriptorDacl", failStep<importedSetSecurityDescriptorDacl>}},
 };
 
 /// Counts the calls that create or open objects. Without a security descriptor, no such call may happen.
@@ -60,8 +53,10 @@ protected:
         EXPECT_EQ(m_blocks.allocations() == 0, GetParam().isIdentifier);
     }
 
-    /// Makes the step fail during the lifetime of the result.
-    static std::shared_ptr<void> failStep() { return GetParam().refused(); }
+    /// The message of the step, after the name of the operation if there is one.
+    static std::wstring textOfStep(const std::wstring& operation) {
+        return operation + test::widened(GetParam().call.name) + L" failed: " + test::systemText(test::kFailureError);
+    }
 
     const std::wstring m_name = test::NamedEvent::uniqueName(L"steps");
     const test::TemporaryLog m_log;
@@ -91,24 +86,23 @@ TEST_P(SecurityStep, FailureReturnsNoMutexAndLogsAWarning) {
     int created = 7;
     void* mutex = nullptr;
     {
-        const auto refused = failStep();
+        const auto failing = GetParam().call.fail();
         mutex = vorel::ObtainAccessableMutex(0, m_name.c_str(), 5, 60000, &created);
     }
     EXPECT_EQ(mutex, nullptr);
     EXPECT_EQ(created, 0);
-    EXPECT_EQ(m_log.messages(),
-              Texts{"WARN: " + test::utf8(GetParam().mutexWarning + test::systemText(test::kRefusal))});
+    EXPECT_EQ(m_log.messages(), Texts{"WARN: " + test::utf8(textOfStep(L"ObtainAccessableMutex: "))});
 }
 
 TEST_P(SecurityStep, FailureReturnsNoEventAndSetsTheText) {
     vorel::BaseString<wchar_t> text(L"before");
     void* event = nullptr;
     {
-        const auto refused = failStep();
+        const auto failing = GetParam().call.fail();
         event = vorel::ObtainAccessableEvent(0, 0, m_name.c_str(), 5, 60000, text);
     }
     EXPECT_EQ(event, nullptr);
-    EXPECT_EQ(text.view(), GetParam().eventText + test::systemText(test::kRefusal));
+    EXPECT_EQ(text.view(), textOfStep(GetParam().eventTextNamesTheOperation ? L"ObtainAccessableEvent: " : L""));
     EXPECT_FALSE(m_log.exists()) << "the failure is reported to the caller only";
 }
 
@@ -116,7 +110,7 @@ TEST_P(SecurityStep, FailureReturnsNoMapping) {
     int created = 7;
     void* mapping = nullptr;
     {
-        const auto refused = failStep();
+        const auto failing = GetParam().call.fail();
         mapping = vorel::ObtainAccessableFileMapping(INVALID_HANDLE_VALUE, PAGE_READWRITE, FILE_MAP_WRITE, 0, 4096,
                                                      m_name.c_str(), &created);
     }
@@ -130,7 +124,7 @@ TEST_P(SecurityStep, FailureReturnsNoMappingOfANamedFile) {
     bool mappingCreated = true;
     void* mapping = nullptr;
     const auto obtain = [&] {
-        const auto refused = failStep();
+        const auto failing = GetParam().call.fail();
         mapping = vorel::ObtainAccessableFileMappingEx(L"some.file", PAGE_READWRITE, FILE_MAP_WRITE, 0, 4096,
                                                        m_name.c_str(), &fileCreated, &mappingCreated);
     };
@@ -148,6 +142,6 @@ TEST_P(SecurityStep, FailureReturnsNoMappingOfANamedFile) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Each, SecurityStep, testing::ValuesIn(kSteps),
-                         [](const auto& step) { return std::string(step.param.name); });
+                         [](const auto& step) { return std::string(step.param.call.name); });
 
 }  // namespace

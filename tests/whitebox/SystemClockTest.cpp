@@ -22,13 +22,6 @@
 #include "vorel/exceptions/Exception.h"
 #include "vorel/system/Time.h"
 
-extern "C" {
-extern decltype(&::asctime_s) importedTimeText __asm__("__imp_asctime_s");
-extern decltype(&::_localtime64_s) importedLocalTime __asm__("__imp__localtime64_s");
-extern decltype(&::GetSystemTimeAsFileTime) importedFileTime __asm__("__imp_GetSystemTimeAsFileTime");
-extern decltype(&::GetTickCount) importedTickCount __asm__("__imp_GetTickCount");
-}
-
 namespace {
 
 using vorel::platform::fileTimeNow;
@@ -107,7 +100,7 @@ TEST(SystemClock, FormatTime_RemovesTheLineFeedOfATextOfAnyLength) {
     };
     for (const Case& c : {Case{"Fri Feb 13 23:31:30 12009\n", "Fri Feb 13 23:31:30 12009"},
                           Case{"Fri Feb 13 23:31:30 12009", "Fri Feb 13 23:31:30 12009"}, Case{"", ""}}) {
-        const test::ImportHook<importedTimeText> runtime(
+        const test::ImportHook<importedAsctimeS> runtime(
             [&](char* buffer, std::size_t size, const std::tm*) { return strcpy_s(buffer, size, c.given); });
         char buffer[40] = {};
         EXPECT_TRUE(formatTime(someTime(), buffer, sizeof buffer));
@@ -117,7 +110,7 @@ TEST(SystemClock, FormatTime_RemovesTheLineFeedOfATextOfAnyLength) {
 
 TEST(SystemClock, FormatTime_TerminatesATextThatFillsTheBuffer) {
     for (const bool hasLineFeed : {false, true}) {
-        const test::ImportHook<importedTimeText> runtime([&](char* buffer, std::size_t size, const std::tm*) {
+        const test::ImportHook<importedAsctimeS> runtime([&](char* buffer, std::size_t size, const std::tm*) {
             std::memset(buffer, 'x', size);
             if (hasLineFeed) {
                 buffer[size - 2] = '\n';
@@ -131,17 +124,17 @@ TEST(SystemClock, FormatTime_TerminatesATextThatFillsTheBuffer) {
 }
 
 TEST(SystemClock, TickCountHas32Bits) {
-    const test::ImportHook<importedTickCount> ticks([] { return DWORD{0xFFFFFFF0}; });
+    const test::ImportHook<importedGetTickCount> ticks([] { return DWORD{0xFFFFFFF0}; });
     EXPECT_EQ(vorel::util::getMillisecondCount(), 0xFFFFFFF0u);
     EXPECT_EQ(vorel::util::getProcessorCycles(), 0xFFFFFFF0u);
 }
 
 TEST(SystemClock, LocalTimeText_IsEmptyIfTheRuntimeFails) {
     {
-        const test::ImportHook<importedLocalTime> localTime([](std::tm*, const __time64_t*) { return EINVAL; });
+        const test::ImportHook<importedLocaltime64S> localTime([](std::tm*, const __time64_t*) { return EINVAL; });
         EXPECT_STREQ(LocalTimeText().text, "");
     }
-    const test::ImportHook<importedTimeText> timeText([](char* buffer, std::size_t, const std::tm*) {
+    const test::ImportHook<importedAsctimeS> timeText([](char* buffer, std::size_t, const std::tm*) {
         *buffer = 'x';
         return EINVAL;
     });
@@ -176,10 +169,11 @@ TEST(SystemClock, ExceptionsAreRecordedWithTheNameOfTheClock) {
     };
     for (const Clock& clock : clocks) {
         {
-            const test::ImportHook<importedFileTime> broken([](FILETIME*) { throw vorel::Exception(L"broken"); });
+            const test::ImportHook<importedGetSystemTimeAsFileTime> broken(
+                [](FILETIME*) { throw vorel::Exception(L"broken"); });
             test::expectThrows<vorel::Exception>(clock.read, {L"broken", clock.name + L": Vorel exception rethrown"});
         }
-        const test::ImportHook<importedFileTime> throwing(
+        const test::ImportHook<importedGetSystemTimeAsFileTime> throwing(
             [](FILETIME*) { throw std::runtime_error("not of the library"); });
         test::expectThrows<vorel::Exception>(clock.read, {clock.name + L": Severe error thrown"});
     }

@@ -14,11 +14,6 @@
 
 #include "support/ImportHook.h"
 
-extern "C" {
-extern decltype(&::FormatMessageW) importedFormatMessage __asm__("__imp_FormatMessageW");
-extern decltype(&::LocalFree) importedLocalFree __asm__("__imp_LocalFree");
-}
-
 namespace {
 
 using test::ImportHook;
@@ -37,7 +32,7 @@ private:
     std::wstring m_text;
     std::vector<void*> m_freed;
     void* m_given = nullptr;
-    ImportHook<importedFormatMessage> m_format{
+    ImportHook<importedFormatMessageW> m_format{
         [this](DWORD flags, const void* source, DWORD code, DWORD language, wchar_t* buffer, DWORD size, va_list*) {
             EXPECT_EQ(flags, 0x1300u) << "allocated by the system, from the system's tables, without insertions";
             EXPECT_EQ(source, nullptr);

@@ -15,10 +15,6 @@
 #include "support/TemporaryLog.h"
 #include "vorel/exceptions/Exception.h"
 
-extern "C" {
-extern decltype(&::GetCurrentThreadId) importedThreadId __asm__("__imp_GetCurrentThreadId");
-}
-
 namespace {
 
 using test::expectPasses;
@@ -93,7 +89,7 @@ TEST(SilencedThreads, AreRemovedWhenTheyExitAfterTheyWereSilencedTwice) {
 TEST(SilencedThreads, DoNotSilenceALaterThreadWithTheirId) {
     const test::TemporaryLog log;
     const DWORD id = exitedThread();
-    const test::ImportHook<importedThreadId> sameId([&] { return id; });
+    const test::ImportHook<importedGetCurrentThreadId> sameId([&] { return id; });
     EXPECT_FALSE(Exception::IsThreadErrorLoggingDisabled());
     Exception::warn("written");
     EXPECT_EQ(log.messages(), std::vector<std::string>{"WARN: written"});
