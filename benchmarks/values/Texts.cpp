@@ -89,7 +89,7 @@ void split(Family& family, const std::vector<std::wstring>& all) {
                    {{"wstring find and emplace_back", plainSplit}});
 }
 
-/// The texts differ only in the case of a few letters, so that comparisons read them to the end.
+/// The texts of a pair are equal if case is ignored, so a comparison reads them to the end.
 void compareTexts(Family& family, const std::vector<std::wstring>& all) {
     BothWidths lower;
     BothWidths upper;

@@ -22,7 +22,7 @@
 #include "exceptions/InvalidParameter.h"
 #include "exceptions/LocaleText.h"
 #include "exceptions/LogFile.h"
-#include "exceptions/LogLocation.h"
+#include "exceptions/LogPath.h"
 #include "exceptions/LogState.h"
 #include "platform/ComputerName.h"
 #include "platform/SystemClock.h"
@@ -174,7 +174,7 @@ public:
     LinePath(const LinePath&) = delete;
     LinePath& operator=(const LinePath&) = delete;
 
-    void readLocation() noexcept { detail::LogLocation::read(m_location); }
+    void readLocation() noexcept { detail::LogPath::read(m_location); }
     [[nodiscard]] const char* text() const noexcept { return m_text; }
     [[nodiscard]] bool empty() const noexcept { return *m_text == 0; }
 
@@ -244,7 +244,7 @@ void Exception::SetErrorLogLocation(const char* path, long long size) noexcept {
         if (size >= 1) {
             CurrentLogSize = size;
         }
-        detail::LogLocation::write(path);
+        detail::LogPath::write(path);
         detail::installInvalidParameterHandler(&Invalid_Parameter_Handler);
     });
 }

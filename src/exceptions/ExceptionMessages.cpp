@@ -1,13 +1,18 @@
 /// \file
-/// Adds messages to the stack of an exception. Nothing here throws: when an allocation fails while the message of a
-/// memory exception is built, the exception has less text.
+/// Adds messages to the stack of an exception and reads them. Adding does not throw: when an allocation fails while the
+/// message of a memory exception is built, the exception has less text.
+
+#include <new>
+#include <utility>
 
 #include <windows.h>
 
+#include "algorithms/Utf8Streams.h"
 #include "core/Format.h"
 #include "core/StringAccess.h"
 #include "exceptions/LocaleText.h"
 #include "platform/SystemMessage.h"
+#include "vorel/core/Protocol.h"
 #include "vorel/exceptions/Exception.h"
 
 namespace vorel {
@@ -28,6 +33,20 @@ void push(Stack& stack, const wchar_t* text) noexcept {
         StringAccess<wchar_t>::tryAssign(stack.emplace_back().message, text);
     } catch (...) {
         return;
+    }
+}
+
+const wchar_t* textOf(const BaseString<wchar_t>& string) noexcept {
+    return string.view().data();
+}
+
+void convertToUtf8(const BaseString<wchar_t>& source, BaseString<char>& target) {
+    target.clear();
+    algorithms::Utf8Writer<algorithms::Surrogates::Paired, wchar_t> writer(textOf(source), -1);
+    while (!writer.atEnd()) {
+        char block[256];
+        const std::size_t bytes = writer.write(reinterpret_cast<unsigned char*>(block), sizeof block, sizeof block);
+        target.append(block, static_cast<unsigned int>(bytes));
     }
 }
 
@@ -120,6 +139,71 @@ void Exception::addHRESULTErrorToStack(int hr) noexcept {
     }
     if (!m_delayedLogging) {
         mirror(kPrefix, L"");
+    }
+}
+
+const wchar_t* Exception::what() const noexcept {
+    return m_stack.empty() ? nullptr : textOf(m_stack.front().message);
+}
+
+const wchar_t* Exception::getErrorMessage(unsigned int index) const noexcept {
+    return index < m_stack.size() ? textOf(m_stack[index].message) : L"";
+}
+
+unsigned int Exception::getMessageTotal() const noexcept {
+    return static_cast<unsigned int>(m_stack.size());
+}
+
+// The separator may point into the block of an earlier call, so that block is replaced last.
+const wchar_t* Exception::getErrorMessageBlock(const wchar_t* separator) const {
+    return detail::runRethrowing(L"Exception", L"getErrorMessageBlock", [&] {
+        BaseString<wchar_t> block;
+        for (const StackEntry& entry : m_stack) {
+            if (&entry != &m_stack.front()) {
+                block += separator;
+            }
+            block += entry.message;
+        }
+        m_wideBlock = std::move(block);
+        return textOf(m_wideBlock);
+    });
+}
+
+const char* Exception::getCharErrorMessageBlock(const char* separator) const noexcept {
+    BaseString<char> block;
+    try {
+        BaseString<char> message;
+        for (const StackEntry& entry : m_stack) {
+            if (&entry != &m_stack.front()) {
+                block += separator;
+            }
+            convertToUtf8(entry.message, message);
+            block += message;
+        }
+    } catch (...) {
+        // Without memory the block has only the messages appended so far.
+    }
+    m_charBlock = std::move(block);
+    return m_charBlock.view().data();
+}
+
+void Exception::dumpStack(std::vector<std::wstring>& messages, std::vector<std::wstring>& locations, bool clearAfter) {
+    detail::runRethrowing(L"Exception", L"dumpStack", [&] {
+        std::vector<std::wstring> copiedMessages;
+        std::vector<std::wstring> copiedLocations;
+        try {
+            for (const StackEntry& entry : m_stack) {
+                copiedMessages.emplace_back(entry.message.view());
+                copiedLocations.emplace_back(entry.location.view());
+            }
+        } catch (const std::bad_alloc&) {
+            detail::throwMemory(getMessageTotal(), sizeof(std::wstring));
+        }
+        messages.swap(copiedMessages);
+        locations.swap(copiedLocations);
+    });
+    if (clearAfter) {
+        CleanAll();
     }
 }
 

@@ -7,7 +7,7 @@
 
 #include <cstring>
 
-#include "exceptions/LogLocation.h"
+#include "exceptions/LogPath.h"
 #include "flat/Call.h"
 #include "flat/Input.h"
 #include "flat/Output.h"
@@ -100,7 +100,7 @@ vorel_status vorel_log_path(vorel_char16* path, size_t capacity, size_t* length)
     return guardedCall(L"vorel_log_path", [&] {
         const TextOutput out(path, capacity, length);
         char narrow[kLogPathBytes];
-        vorel::detail::LogLocation::readOrDefault(narrow);
+        vorel::detail::LogPath::readOrDefault(narrow);
         wchar_t wide[kLogPathBytes];
         const int units =
             MultiByteToWideChar(CP_ACP, 0, narrow, static_cast<int>(std::strlen(narrow)), wide, kLogPathBytes);

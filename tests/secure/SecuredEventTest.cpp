@@ -61,6 +61,20 @@ TEST_F(SecuredEvent, HasTheRequestedKindAndState) {
     EXPECT_EQ(text.view(), L"before");
 }
 
+TEST_F(SecuredEvent, NameMayLieInTheErrorText) {
+    text = name.c_str();
+    {
+        const Handle event(vorel::ObtainAccessableEvent(1, 1, text.c_str(), 0, 0, text));
+        EXPECT_TRUE(event && isSet(event.get()));
+        const Handle sameName(OpenEventW(SYNCHRONIZE, FALSE, name.c_str()));
+        EXPECT_TRUE(sameName);
+        EXPECT_EQ(text.view(), name);
+    }
+    const Handle mutex(CreateMutexW(nullptr, FALSE, name.c_str()));
+    EXPECT_EQ(vorel::ObtainAccessableEvent(0, 0, text.c_str(), 1, 0, text), nullptr);
+    EXPECT_EQ(text.view(), failedOpen());
+}
+
 TEST_F(SecuredEvent, SecondCallOpensTheEventUnchanged) {
     const Handle first = obtain(1, 1);
     const Handle second = obtain(0, 0);

@@ -1,6 +1,6 @@
 /// \file
-/// Reference implementation of the Boolean and list parsers, with patterns over shapes (see Shape.h,
-/// NumberReference.h).
+/// Reference implementation of the Boolean and list parsers. It matches patterns against shapes (Shape.h), as
+/// NumberReference.h does.
 #pragma once
 
 #include <cstdint>
@@ -78,7 +78,7 @@ inline ListReading<std::uint32_t> readIntegers(std::string_view text) {
     return list;
 }
 
-/// Each step consumes a sign, digits or white space, in any order. So the text may contain only these characters.
+/// A text can be integers if it contains only signs, digits and white space, in any order.
 inline bool canBeIntegers(std::string_view text) {
     return text.find_first_not_of("+-0123456789 \t\n\r") == std::string_view::npos;
 }

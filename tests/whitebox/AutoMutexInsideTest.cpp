@@ -105,7 +105,7 @@ public:
     ~AutoMutexInside() noexcept override = default;  // the mutex's destructor may throw
 
 protected:
-    /// Records a thread as the owner that has exited when this returns. Returns its id.
+    /// Lets a new thread record itself as the owner, and waits until it has exited. Returns its id.
     unsigned long recordExitedThread() {
         return onAnotherThread([this] {
             call<test::SetLockingThreadID>(m_mutex);

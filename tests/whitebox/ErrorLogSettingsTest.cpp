@@ -12,7 +12,7 @@
 #include <gtest/gtest.h>
 #include <windows.h>
 
-#include "exceptions/LogLocation.h"
+#include "exceptions/LogPath.h"
 #include "exceptions/LogState.h"
 #include "support/HeldLock.h"
 #include "support/ImportHook.h"
@@ -116,7 +116,7 @@ TEST(Location, OfUnconvertibleWideTextIsTheTextOfTheFailure) {
 std::string readLocation() {
     char path[vorel::detail::kLogPathBytes];
     std::memset(path, '?', sizeof path);
-    vorel::detail::LogLocation::read(path);
+    vorel::detail::LogPath::read(path);
     return path;
 }
 
@@ -130,17 +130,17 @@ TEST(Location, OfAnyLengthIsReadWhole) {
 }
 
 TEST(Location, IsReadAgainDuringAWrite) {
-    using vorel::detail::LogLocationVersion;
+    using vorel::detail::LogPathVersion;
     const TemporaryLog log;
     Exception::SetErrorLogLocation("C:\\old\\path.log", 0);
     // Simulates a writer that is halfway.
-    ++LogLocationVersion;
+    ++LogPathVersion;
     std::memcpy(location(), "D:\\new", 6);
     int waits = 0;
     const test::ImportHook<importedSwitchToThread> writer([&] {
         if (++waits == 3) {
             std::strcpy(location(), "D:\\new\\and longer.log");
-            ++LogLocationVersion;
+            ++LogPathVersion;
         }
         return TRUE;
     });
@@ -148,16 +148,23 @@ TEST(Location, IsReadAgainDuringAWrite) {
     EXPECT_EQ(waits, 3);
 }
 
+TEST(Location, MayBeSetToAPartOfItself) {
+    const TemporaryLog log;
+    Exception::SetErrorLogLocation("C:\\folder\\path.log", 0);
+    Exception::SetErrorLogLocation(location() + 3, 0);
+    EXPECT_EQ(readLocation(), "folder\\path.log");
+}
+
 TEST(Location, IsReadAfterATimeoutIfItsWriterWasKilled) {
-    using vorel::detail::LogLocationVersion;
+    using vorel::detail::LogPathVersion;
     const TemporaryLog log;
     Exception::SetErrorLogLocation("C:\\path.log", 0);
-    ++LogLocationVersion;
+    ++LogPathVersion;
     DWORD sleptMs = 0;
     const test::ImportHook<importedSleep> sleeps([&](DWORD milliseconds) { sleptMs += milliseconds; });
     EXPECT_EQ(readLocation(), "C:\\path.log");
     EXPECT_EQ(sleptMs, 500u);
-    ++LogLocationVersion;
+    ++LogPathVersion;
 }
 
 TEST(Location, IsNeverReadAsAMixtureOfTwoPaths) {

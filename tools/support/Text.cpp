@@ -16,8 +16,8 @@ bool isUnsupportedLead(char byte) noexcept {
     return (static_cast<unsigned char>(byte) & 0xFDU) == 0xF1U;
 }
 
-/// The position of the next zero or well-formed unsupported sequence at or after `from`; the end of `text` if there is
-/// none.
+/// The position, at or after `from`, of the next zero or of the next valid sequence that the decoder does not support;
+/// the end of `text` if there is none.
 std::size_t endOfPiece(std::string_view text, std::size_t from) noexcept {
     const auto stops = [](char byte) { return byte == '\0' || isUnsupportedLead(byte); };
     for (const auto* position = text.begin() + static_cast<std::ptrdiff_t>(from);; ++position) {

@@ -13,8 +13,8 @@ namespace vorellog {
 
 enum class Damage {
     None,
-    Cut,       ///< the writer was terminated within the line, or the message contains a header
-    MidLine,   ///< the header is in the middle of a line: it follows a cut record, or a message imitates a header
+    Cut,       ///< the line ends early: its writer was terminated, or a header in its message starts the next record
+    MidLine,   ///< the record starts in the middle of a line, after a cut one
     NoHeader,  ///< no header, and no record that the line could belong to
     BadUtf8,   ///< contains invalid UTF-8
 };

@@ -18,8 +18,8 @@ std::optional<std::size_t> findSameForm(const Trail& trail, const Record& record
     return found == records.end() ? std::nullopt : std::optional(static_cast<std::size_t>(found - records.begin()));
 }
 
-/// The index at which a second failure began, if `record` names a function that the trail has already passed: the last
-/// message after the first pass.
+/// If the trail already has a record of the function that `record` names, a second failure may have begun after that
+/// record. Returns the index of the last message after it, if there is one.
 std::optional<std::size_t> findLaterFailure(const Trail& trail, const Record& record) {
     const std::optional<std::size_t> before = findSameForm(trail, record);
     if (!before) {

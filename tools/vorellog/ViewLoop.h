@@ -34,8 +34,8 @@ class ViewLoop {
 public:
     static constexpr LocalMs kPollMs = 100;
     static constexpr LocalMs kBusyMs = 5;         ///< between two attempts to read a busy file
-    static constexpr LocalMs kMaxBusyMs = 10000;  ///< then a busy file is a failure, or is reported with --follow
-    static constexpr LocalMs kLineEndMs = 200;    ///< then the writer of an incomplete line is assumed dead
+    static constexpr LocalMs kMaxBusyMs = 10000;  ///< a file busy for longer is a failure; with --follow it is reported
+    static constexpr LocalMs kLineEndMs = 200;    ///< after this time the writer of an incomplete line is assumed dead
 
     /// The references must outlive this object.
     ViewLoop(const Settings& settings, Follower& follower, Viewer& viewer, Environment& environment)
@@ -44,7 +44,7 @@ public:
     /// \throws FileBusy without --follow, if a file stays busy for longer than kMaxBusyMs; tools::Failure.
     void run();
 
-    /// Reports new gaps: records may be missing.
+    /// Reports the gaps found since the last call. Records may be missing there.
     void reportGaps();
 
 private:

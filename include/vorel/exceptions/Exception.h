@@ -36,7 +36,7 @@
 namespace vorel {
 
 namespace detail {
-struct LogLocation;
+struct LogPath;
 }
 
 /// A failure with its messages; the static functions are the interface of the error log.
@@ -280,7 +280,7 @@ protected:
     static long long CurrentLogSize;
 
 private:
-    friend struct detail::LogLocation;
+    friend struct detail::LogPath;
 
     struct StackEntry {
         BaseString<wchar_t> message;

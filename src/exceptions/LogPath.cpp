@@ -1,4 +1,4 @@
-#include "exceptions/LogLocation.h"
+#include "exceptions/LogPath.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -31,30 +31,30 @@ std::atomic_ref<Word> sharedWord(char (&shared)[kLogPathBytes], std::size_t inde
 
 }  // namespace
 
-void LogLocation::write(const char* path) noexcept {
+void LogPath::write(const char* path) noexcept {
     char bytes[kLogPathBytes] = {};
     std::memcpy(bytes, path ? path : "", path ? strnlen(path, kLogPathBytes - 1) : 0);
-    const unsigned int version = LogLocationVersion.load(std::memory_order_relaxed);
-    LogLocationVersion.store(version + 1, std::memory_order_relaxed);
+    const unsigned int version = LogPathVersion.load(std::memory_order_relaxed);
+    LogPathVersion.store(version + 1, std::memory_order_relaxed);
     std::atomic_thread_fence(std::memory_order_release);
     for (std::size_t index = 0; index < kWords; ++index) {
         Word word = 0;
         std::memcpy(&word, bytes + index * sizeof word, sizeof word);
         sharedWord(Exception::ErrorLogLocation, index).store(word, std::memory_order_relaxed);
     }
-    LogLocationVersion.store(version + 2, std::memory_order_release);
+    LogPathVersion.store(version + 2, std::memory_order_release);
 }
 
-void LogLocation::read(char (&path)[kLogPathBytes]) noexcept {
+void LogPath::read(char (&path)[kLogPathBytes]) noexcept {
     for (unsigned int attempt = 0; attempt < kQuickAttempts + kSlowAttempts; ++attempt) {
-        const unsigned int before = LogLocationVersion.load(std::memory_order_acquire);
+        const unsigned int before = LogPathVersion.load(std::memory_order_acquire);
         for (std::size_t index = 0; index < kWords; ++index) {
             const Word word = sharedWord(Exception::ErrorLogLocation, index).load(std::memory_order_relaxed);
             std::memcpy(path + index * sizeof word, &word, sizeof word);
         }
         path[kLogPathBytes - 1] = 0;
         std::atomic_thread_fence(std::memory_order_acquire);
-        if (before % 2 == 0 && LogLocationVersion.load(std::memory_order_relaxed) == before) {
+        if (before % 2 == 0 && LogPathVersion.load(std::memory_order_relaxed) == before) {
             return;
         }
         if (attempt < kQuickAttempts) {
@@ -65,7 +65,7 @@ void LogLocation::read(char (&path)[kLogPathBytes]) noexcept {
     }
 }
 
-void LogLocation::readOrDefault(char (&path)[kLogPathBytes]) noexcept {
+void LogPath::readOrDefault(char (&path)[kLogPathBytes]) noexcept {
     read(path);
     if (!*path) {
         std::memcpy(path, kDefaultLogPath, sizeof kDefaultLogPath);

@@ -15,9 +15,9 @@ namespace vorel::detail {
 inline constexpr char kDefaultLogPath[] = "C:\\TalvenorError.txt";
 
 /// Incremented before and after each change of the path.
-inline constinit std::atomic<unsigned int> LogLocationVersion{0};
+inline constinit std::atomic<unsigned int> LogPathVersion{0};
 
-struct LogLocation {
+struct LogPath {
     /// Sets the location to the first 1023 bytes of `path`; null clears it. `path` may point into the location. The
     /// caller holds the log-settings lock.
     static void write(const char* path) noexcept;
