@@ -68,7 +68,7 @@ void readRangeList(const fuzz::ScannedText<T>& text) {
         text.position, [&](int start) { starts.push_back(start); }, [&](int end) { ends.push_back(end); });
     const auto expected = test::readRanges(text.shape);
     fuzz::check(starts == expected.starts && ends == expected.ends, "the ranges are as expected");
-    fuzz::check(test::shapeOf(rejected) == expected.refused, "the invalid item is reported");
+    fuzz::check(test::shapeOf(rejected) == expected.rejected, "the invalid item is reported");
 }
 
 template <class T>

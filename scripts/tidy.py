@@ -97,10 +97,11 @@ class Check:
 
     def run(self, source):
         """Returns what was found, empty when nothing was."""
+        mark = self.mark(source)  # before the run: somebody may edit meanwhile
         done = subprocess.run(["clang-tidy", "--quiet", f"--header-filter=^{ROOT}/({'|'.join(FOLDERS)})/", *self._options,
                                source], cwd=ROOT, capture_output=True, text=True, check=False)
         if done.returncode == 0:
-            self.mark(source).touch()
+            mark.touch()
             return ""
         lines = (done.stdout + done.stderr).splitlines()
         return "\n".join(line for line in lines if not re.match(r"\d+ (warning|error)|Error while processing", line))

@@ -135,7 +135,7 @@ inline __m128i insertDecimalPoint(__m128i digits, int whole) noexcept {
     return _mm_or_si128(_mm_or_si128(_mm_andnot_si128(fromPoint, digits), point), fraction);
 }
 
-/// Writes "e+020". `Raw` writes only two digits where they suffice.
+/// Writes "e+020". `Raw` writes two digits if two are enough.
 template <class T>
 T* writeExponent(int exponent, DoubleForm form, T* out) noexcept {
     const auto magnitude = static_cast<unsigned int>(exponent < 0 ? -exponent : exponent);
