@@ -2,14 +2,13 @@
 
 #include <stdexcept>
 
+#include "support/StartProgram.h"
+
 namespace test {
 
 namespace {
 
 constexpr DWORD kTerminatedByTest = 0xDEAD;
-
-/// Under load, starting a program under Wine fails with ERROR_INTERNAL_ERROR about once in several hundred times.
-constexpr unsigned int kMaxStarts = 5;
 
 /// Quotes `argument` so that the child's `argv` contains it unchanged: backslashes before a quotation mark are doubled.
 std::wstring quoted(const std::wstring& argument) {
@@ -51,16 +50,12 @@ ChildProcess::ChildProcess(const std::wstring& program, const std::vector<std::w
         startup.hStdError = options.error;
     }
     PROCESS_INFORMATION started = {};
-    BOOL created = FALSE;
-    for (unsigned int start = 0; !created && start != kMaxStarts; ++start) {
+    const BOOL created = startProgram([&] {
         std::wstring writable = commandLine;  // the call may change it
-        created = CreateProcessW(path.c_str(), writable.data(), nullptr, nullptr, options.inheritHandles || hasStreams,
-                                 0, nullptr, options.directory.empty() ? nullptr : options.directory.c_str(), &startup,
-                                 &started);
-        if (!created && GetLastError() != ERROR_INTERNAL_ERROR) {
-            break;
-        }
-    }
+        return CreateProcessW(path.c_str(), writable.data(), nullptr, nullptr, options.inheritHandles || hasStreams, 0,
+                              nullptr, options.directory.empty() ? nullptr : options.directory.c_str(), &startup,
+                              &started);
+    });
     if (!created) {
         throw std::runtime_error("cannot start a child program, error " + std::to_string(GetLastError()));
     }

@@ -5,13 +5,11 @@
 #include <windows.h>
 
 #include "support/ImportHook.h"
+#include "support/StartProgram.h"
 
 namespace test {
 
 namespace {
-
-// Under load, starting a program under Wine fails with ERROR_INTERNAL_ERROR about once in several thousand times.
-constexpr int kMaxStarts = 5;
 
 BOOL WINAPI createProcess(LPCSTR program, LPSTR commandLine, LPSECURITY_ATTRIBUTES process,
                           LPSECURITY_ATTRIBUTES thread, BOOL inherit, DWORD flags, LPVOID environment, LPCSTR folder,
@@ -22,15 +20,10 @@ const ImportPatch s_patch(importedCreateProcessA, &createProcess);
 BOOL WINAPI createProcess(LPCSTR program, LPSTR commandLine, LPSECURITY_ATTRIBUTES process,
                           LPSECURITY_ATTRIBUTES thread, BOOL inherit, DWORD flags, LPVOID environment, LPCSTR folder,
                           LPSTARTUPINFOA startup, LPPROCESS_INFORMATION started) {
-    BOOL created = FALSE;
-    for (int start = 0; start != kMaxStarts && !created; ++start) {
-        created = s_patch.original()(program, commandLine, process, thread, inherit, flags, environment, folder,
-                                     startup, started);
-        if (!created && GetLastError() != ERROR_INTERNAL_ERROR) {
-            break;
-        }
-    }
-    return created;
+    return startProgram([=] {
+        return s_patch.original()(program, commandLine, process, thread, inherit, flags, environment, folder, startup,
+                                  started);
+    });
 }
 
 }  // namespace
