@@ -148,13 +148,6 @@ TEST(Location, IsReadAgainDuringAWrite) {
     EXPECT_EQ(waits, 3);
 }
 
-TEST(Location, MayBeSetToAPartOfItself) {
-    const TemporaryLog log;
-    Exception::SetErrorLogLocation("C:\\folder\\path.log", 0);
-    Exception::SetErrorLogLocation(location() + 3, 0);
-    EXPECT_EQ(readLocation(), "folder\\path.log");
-}
-
 TEST(Location, IsReadAfterATimeoutIfItsWriterWasKilled) {
     using vorel::detail::LogPathVersion;
     const TemporaryLog log;
