@@ -20,7 +20,7 @@
 #include "vorel/exceptions/DebugSetting.h"
 #include "vorel/exceptions/Exception.h"
 #include "vorel/exceptions/ExceptionFamily.h"
-#include "vorel/exceptions/Messages.h"
+#include "vorel/exceptions/RecordFormats.h"
 #include "vorel/secure/IsAdmin.h"
 #include "vorel/secure/SecuredMappings.h"
 #include "vorel/secure/SecuredObjects.h"

@@ -131,7 +131,7 @@ struct ShortMantissa {
 };
 
 /// Parses a mantissa with less than one block of digits before the point and at most one block after it. Returns
-/// whether it has that form. The blocks around `cursor` must lie in one page (see `areBlocksInPage`).
+/// whether it has that form. The blocks around `cursor` must lie in one page (see `areDigitBlocksInPage`).
 template <class T>
 [[gnu::always_inline]] inline bool parseShortMantissa(const T*& cursor, ShortMantissa& mantissa) noexcept {
     std::uint64_t mask = digitMask(cursor);
@@ -169,7 +169,7 @@ template <class T>
     skipSpaces(cursor);
     const bool negative = consumeSign(cursor);
     ShortMantissa mantissa;
-    if (!areBlocksInPage(cursor) || !parseShortMantissa(cursor, mantissa)) {
+    if (!areDigitBlocksInPage(cursor) || !parseShortMantissa(cursor, mantissa)) {
         return false;
     }
     if (!isExponentMarker(*cursor)) {
@@ -179,7 +179,7 @@ template <class T>
     }
     ++cursor;
     const bool isBelowOne = consumeSign(cursor);
-    if (!areBlocksInPage(cursor)) {
+    if (!areDigitBlocksInPage(cursor)) {
         return false;
     }
     const std::uint64_t digits = leadingDigits(digitMask(cursor));

@@ -33,7 +33,7 @@ inline constexpr auto kIntegerPowersOfTen = [] {
 /// Whether one block before `position` and two blocks from it lie in one page. Then they are readable wherever the text
 /// begins and ends.
 template <class T>
-bool areBlocksInPage(const T* position) noexcept {
+bool areDigitBlocksInPage(const T* position) noexcept {
     constexpr std::uintptr_t kBlock = kDigitBlock * sizeof(T);
     return isInPageAround(position, kBlock, 2 * kBlock);
 }

@@ -30,7 +30,7 @@ constexpr bool consumeSign(const T*& cursor) noexcept {
 template <class Value, class T>
 Value parseDigits(const T*& cursor, Value value = 0) noexcept {
     static_assert(std::is_unsigned_v<Value>);
-    while (areBlocksInPage(cursor)) {
+    while (areDigitBlocksInPage(cursor)) {
         const std::uint64_t count = leadingDigits(digitMask(cursor));
         value = static_cast<Value>(value * kIntegerPowersOfTen[count] + valueOfDigits(cursor, count));
         cursor += count;

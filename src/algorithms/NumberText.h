@@ -176,12 +176,11 @@ T* writeDouble(double value, DoubleForm form, T* out) noexcept {
     return out + (text.significant > whole ? text.significant + 1 : whole);
 }
 
-// ---- Buffers of a caller
-// -----------------------------------------------------------------------------------------------
+// ---- Buffers of a caller -----------------------------------------------------------------------------------------
 
 /// Copies a short text that does not overlap the target. A call of the runtime would take longer.
 template <class T>
-void copyShort(const T* text, std::size_t length, T* to) noexcept {
+void copyShortText(const T* text, std::size_t length, T* to) noexcept {
     const auto* const from = reinterpret_cast<const unsigned char*>(text);
     auto* const out = reinterpret_cast<unsigned char*>(to);
     const std::size_t bytes = length * sizeof(T);
@@ -207,12 +206,12 @@ void copyShort(const T* text, std::size_t length, T* to) noexcept {
 
 /// Copies as much of a text as fits into `size` characters. The last of them becomes a terminator.
 template <class T>
-void copyTruncated(const T* text, std::size_t length, T* buffer, unsigned long long size) noexcept {
+void copyTruncatedText(const T* text, std::size_t length, T* buffer, unsigned long long size) noexcept {
     if (size == 0) {
         return;
     }
     const std::size_t copied = std::min<unsigned long long>(length, size - 1);
-    copyShort(text, copied, buffer);
+    copyShortText(text, copied, buffer);
     buffer[copied] = 0;
     buffer[size - 1] = 0;
 }
@@ -227,7 +226,7 @@ T* writeBoundedInteger(std::uint64_t magnitude, bool negative, T* buffer, unsign
     // Formatted in a local buffer, because the units after the terminator must stay unchanged.
     T text[kMaxIntegerCharacters];
     const T* const end = writeSigned(magnitude, negative, text);
-    copyTruncated(text, static_cast<std::size_t>(end - text), buffer, size);
+    copyTruncatedText(text, static_cast<std::size_t>(end - text), buffer, size);
     return buffer;
 }
 

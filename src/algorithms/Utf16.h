@@ -73,7 +73,7 @@ constexpr unsigned int writeUnits(std::uint32_t value, Unit* out) noexcept {
 // ---- Bytes ----------------------------------------------------------------------------------------------------------
 
 /// The number of whole units in `length` bytes before the first zero unit.
-inline std::size_t countUtf16Units(const unsigned char* bytes, std::size_t length) noexcept {
+inline std::size_t unitsBeforeZero(const unsigned char* bytes, std::size_t length) noexcept {
     std::size_t units = 0;
     while (units < length / 2 && (bytes[2 * units] | bytes[2 * units + 1]) != 0) {
         ++units;

@@ -11,7 +11,7 @@
 #include "core/Format.h"
 #include "vorel/exceptions/Exception.h"
 #include "vorel/exceptions/ExceptionFamily.h"
-#include "vorel/exceptions/Messages.h"
+#include "vorel/exceptions/RecordFormats.h"
 
 namespace vorel {
 

@@ -180,7 +180,7 @@ void readUtf16(BaseString<wchar_t>& output, const unsigned char* input, int leng
             throw Exception(L"A string length needs to be specified for UTF-16 to UCS conversion");
         }
         const auto units =
-            static_cast<unsigned int>(algorithms::countUtf16Units(input, static_cast<unsigned int>(length)));
+            static_cast<unsigned int>(algorithms::unitsBeforeZero(input, static_cast<unsigned int>(length)));
         if (units != 0) {
             std::memcpy(output.reserve(units, true), input, std::size_t{units} * sizeof(wchar_t));
             detail::StringAccess<wchar_t>::setLength(output, units);

@@ -46,7 +46,7 @@ void writeWhole(double value, T* buffer, FormattingOptions options) noexcept {
     T text[algorithms::kDoubleCapacity];
     T* const end = writeInForm(value, text, options);
     *end = 0;
-    algorithms::copyShort(text, static_cast<std::size_t>(end - text) + 1, buffer);
+    algorithms::copyShortText(text, static_cast<std::size_t>(end - text) + 1, buffer);
 }
 
 bool isSmall(double value) noexcept {
@@ -62,7 +62,7 @@ char* writeTruncated(double value, char* buffer, unsigned long long size, Format
         std::copy_n(text, length, buffer);  // never truncated: callers provide enough space
         buffer[length] = 0;
     } else {
-        algorithms::copyTruncated(text, length, buffer, size);
+        algorithms::copyTruncatedText(text, length, buffer, size);
         if (size == 0) {
             return buffer;
         }
@@ -78,7 +78,7 @@ const char* doubleToString(double value, char* buffer, unsigned long long size, 
         buffer[1] = 0;
     } else if (!std::isfinite(value)) {
         const std::string_view word = specialWord(value, (options & FO_JSON) != 0);
-        algorithms::copyTruncated(word.data(), word.size(), buffer, size);
+        algorithms::copyTruncatedText(word.data(), word.size(), buffer, size);
     } else if (size < algorithms::kDoubleCapacity) {
         writeTruncated(value, buffer, size, options);
     } else {

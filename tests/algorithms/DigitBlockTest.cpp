@@ -65,7 +65,7 @@ TYPED_TEST(DigitBlock, BlocksStayWithinThePage) {
     const TypeParam* const first = edge.firstElement();
     for (std::size_t position = 0; position < 4096 / sizeof(TypeParam); ++position) {
         const bool fits = position >= 16 && position + 32 <= 4096 / sizeof(TypeParam);
-        ASSERT_EQ(algorithms::areBlocksInPage(first + position), fits) << position;
+        ASSERT_EQ(algorithms::areDigitBlocksInPage(first + position), fits) << position;
         if (fits) {  // nothing faults
             static_cast<void>(algorithms::digitMask(first + position + 16));
             static_cast<void>(algorithms::valueOfDigits(first + position, 0));

@@ -16,7 +16,7 @@
 #include "support/WideText.h"
 #include "vorel/exceptions/Exception.h"
 #include "vorel/exceptions/ExceptionFamily.h"
-#include "vorel/exceptions/Messages.h"
+#include "vorel/exceptions/RecordFormats.h"
 
 namespace {
 

@@ -10,7 +10,9 @@ namespace {
 
 using namespace std::string_view_literals;
 
+using test::flatFailure;
 using test::FlatText;
+using test::flatText;
 
 // ---- Whole texts ----------------------------------------------------------------------------------------------------
 
@@ -187,6 +189,49 @@ TEST(FlatScan, Doubles) {
 
 TEST(FlatScan, Booleans) {
     expectScanned<int32_t>(vorel_scan_boolean, {{L"on", 1, 2}, {L"off", 0, 3}, {L"10", 1, 2}, {L"maybe", 0, 0}});
+}
+
+// ---- Formatting -----------------------------------------------------------------------------------------------------
+
+TEST(FlatFormat, Integers) {
+    const auto int64 = [](int64_t value) {
+        return flatText([=](auto... out) { return vorel_format_int64(value, out...); });
+    };
+    const auto uint64 = [](uint64_t value) {
+        return flatText([=](auto... out) { return vorel_format_uint64(value, out...); });
+    };
+    EXPECT_EQ(int64(0), L"0");
+    EXPECT_EQ(int64(-42), L"-42");
+    EXPECT_EQ(int64(INT64_MIN), L"-9223372036854775808");
+    EXPECT_EQ(int64(INT64_MAX), L"9223372036854775807");
+    EXPECT_EQ(uint64(UINT64_MAX), L"18446744073709551615");
+}
+
+TEST(FlatFormat, Doubles) {
+    constexpr double kInfinite = std::numeric_limits<double>::infinity();
+    const struct {
+        double value;
+        const wchar_t* plain;
+        const wchar_t* json;
+    } kRows[] = {
+        {0.0, L"0", L"0"},
+        {-0.0, L"0", L"0"},
+        {123.456, L"123.456", L"123.456"},
+        {1e20, L"1e+020", L"1.0e+020"},
+        {0.05, L"5.e-002", L"5.0e-002"},
+        {-kInfinite, L"-Inf", L"\"-Infinity\""},
+        {std::nan(""), L"NaN", L"\"NaN\""},
+    };
+    for (const auto& row : kRows) {
+        EXPECT_EQ(flatText([&](auto... out) { return vorel_format_double(row.value, VOREL_FORMAT_DEFAULT, out...); }),
+                  row.plain);
+        EXPECT_EQ(flatText([&](auto... out) { return vorel_format_double(row.value, VOREL_FORMAT_JSON, out...); }),
+                  row.json);
+    }
+    for (const int32_t options : {-1, 2, 3}) {
+        EXPECT_EQ(flatFailure<vorel_char16>([&](auto... out) { return vorel_format_double(1, options, out...); }),
+                  VOREL_ERROR_INVALID_ARGUMENT);
+    }
 }
 
 }  // namespace

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "vorel/exceptions/Messages.h"
+#include "vorel/exceptions/RecordFormats.h"
 
 namespace vorellog {
 

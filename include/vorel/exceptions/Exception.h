@@ -132,9 +132,9 @@ public:
 
     /// \}
     /// \name Catching and rethrowing
-    /// Each function adds a record from Messages.h. The catch functions empty the stack and never throw. The rethrow
-    /// functions rethrow the exception with its own class. A location is the name of a function, or of a class and a
-    /// method.
+    /// Each function adds a record from RecordFormats.h. The catch functions empty the stack and never throw. The
+    /// rethrow functions rethrow the exception with its own class. A location is the name of a function, or of a class
+    /// and a method.
     /// \{
 
     void catchMessage(const wchar_t* location) noexcept;

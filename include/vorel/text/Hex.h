@@ -25,9 +25,9 @@ public:
     VOREL_API static void Encode(const Array<unsigned char>& bytes, BaseString<wchar_t>& text);
 
     /// Sets the size of `bytes` to half the number of units in `text`, writes the byte of each pair of digits, and
-    /// returns 0. Returns 1 at the first invalid pair, and at the last digit of an odd number. By design, a prefix "0x"
-    /// is skipped but counted, so the last byte is not written; the characters ':' to '@' count as 3 to 9; and only the
-    /// lower eight bits of each unit are used.
+    /// returns 0. Returns 1 at the first invalid pair or, if the count of digits is odd, at the last digit. By design,
+    /// a prefix "0x" gives no byte, but the size includes one for it, and that last byte is not written; the characters
+    /// ':' to '@' count as 3 to 9; and only the lower eight bits of each unit are used.
     ///
     ///     0x4142  →  41 42 and one byte more, 0        4G  →  1        abc  →  AB, 1
     ///

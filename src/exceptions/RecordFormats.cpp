@@ -1,4 +1,4 @@
-#include "vorel/exceptions/Messages.h"
+#include "vorel/exceptions/RecordFormats.h"
 
 namespace vorel {
 
