@@ -31,6 +31,21 @@ def _output_of(command):
     return command[command.index("-o") + 1]
 
 
+def _without_output(command):
+    """A command of the build without its output and its file of dependencies."""
+    words = iter(command)
+    for word in words:
+        if word in ("-o", "-MT", "-MF"):
+            next(words)
+        elif word not in ("-c", "-MD"):
+            yield word
+
+
+def _without_precompiled_header(command):
+    words = iter(command)
+    return [word for word in words if word != "-include" or not next(words)]
+
+
 def _code_of(object_file):
     """The bytes of an object without debug information, which contains the folder of the source."""
     with tempfile.NamedTemporaryFile(suffix=".obj") as stripped:
@@ -74,6 +89,7 @@ class Build:
             elif "-o" in words:
                 links[_output_of(words)] = words
         self._dependencies = self._read_dependencies()
+        self._included = {}
         self.dll = links["bin/vorelCore.dll"]
         self.dll_objects = [word for word in self.dll if word.endswith(".obj")]
         self.programs = {}
@@ -101,8 +117,18 @@ class Build:
         return dependencies
 
     def made_of(self, path):
-        """The objects that depend on `path`, a source or a header relative to the root."""
+        """The objects that depend on `path`, a source or a header relative to the root. An object that includes it only
+        through a precompiled header is missing here: see `includes`."""
         return self._dependencies.get(str(self.root / path), set())
+
+    def includes(self, output, path):
+        """Whether the object `output` depends on `path`, with or without a precompiled header."""
+        if output not in self._included:
+            command = _without_precompiled_header(_without_output(self.compiling[output]))
+            rule = subprocess.run([*command, "-M"], cwd=self.folder, check=True, stdout=subprocess.PIPE, text=True)
+            self._included[output] = {os.path.normpath(self.folder / word)
+                                      for word in shlex.split(rule.stdout.replace("\\\n", " "))}
+        return str(self.root / path) in self._included[output]
 
 
 class Bench:
@@ -154,18 +180,11 @@ class Bench:
             return self._made[output]
         made = self._objects / f"{len(self._made)}.obj"
         source = self._overlay / self._path
-        command = []
-        words = iter(self._build.compiling[output])
-        for word in words:
-            if word == "-include" and self._is_precompiled:
-                next(words)
-            elif word == "-o":
-                next(words)
-                command += ["-o", str(made)]
-            elif word in ("-MT", "-MF"):
-                next(words)
-            elif word != "-MD":
-                command.append(str(source) if word == str(self._build.root / self._path) else word)
+        command = [str(source) if word == str(self._build.root / self._path) else word
+                   for word in _without_output(self._build.compiling[output])]
+        if self._is_precompiled:
+            command = _without_precompiled_header(command)
+        command += ["-c", "-o", str(made)]
         first = next(index for index, word in enumerate(command) if word.startswith("-I"))
         command[first:first] = [f"-I{self._overlay / 'include'}", f"-I{self._overlay / 'src'}"]
         done = subprocess.run([*command, "-w"], cwd=self._build.folder, stdout=subprocess.DEVNULL,
@@ -176,8 +195,12 @@ class Bench:
         self._made[output] = None if same else made
         return self._made[output]
 
+    def _is_affected(self, output):
+        return output in self._affected or (self._is_precompiled and "-include" in self._build.compiling[output] and
+                                            self._build.includes(output, self._path))
+
     def _compiled(self, outputs):
-        made = {output: self._compile(output) for output in outputs if output in self._affected}
+        made = {output: self._compile(output) for output in outputs if self._is_affected(output)}
         return {output: str(new) for output, new in made.items() if new}
 
     def _link(self, command, name, changed):
