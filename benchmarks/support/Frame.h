@@ -1,21 +1,23 @@
 /// \file
-/// Common code of all benchmarks, which measure ratios against named peers in one run.
+/// Common code of the benchmarks that measure ratios against named peers in one run.
 ///
 /// In each round, a case times the library and each peer in turn on one processor, so that disturbances affect all of
-/// them. The ratio is the peer's median divided by the library's: above 1, the library is faster.
+/// them. The order changes from round to round, because each pass finds what the one before it left in the caches. The
+/// ratio is the peer's median divided by the library's: above 1, the library is faster.
+///
+/// The spread is the interquartile range of the ratios of the rounds, divided by their median. A case with a spread
+/// above 20 % is measured up to three times, and the steadiest result counts. If its spread is still too large, it is
+/// marked, and `finish` warns.
 #pragma once
 
 #include <cstddef>
-#include <cstdint>
-#include <functional>
 #include <string>
-#include <string_view>
 #include <vector>
 
-namespace bench {
+#include "support/Options.h"
+#include "support/Pass.h"
 
-/// Processes all items of a case once. Returns a value that depends on every result, so that no work is optimised away.
-using Pass = std::function<std::uint64_t()>;
+namespace bench {
 
 struct Peer {
     std::string name;
@@ -25,11 +27,11 @@ struct Peer {
 /// The cases of one family. Each runs when it is added.
 class Family {
 public:
-    /// Binds the thread to one processor. Arguments: --csv <file>, --rounds <count> (at least 15), and a text: only
-    /// cases whose names contain it are run.
+    /// Reads the arguments that `Options.h` describes.
     Family(int argc, char** argv);
 
-    /// Times `ours` and `peers`, each of which processes `items` items, and prints a line for each peer.
+    /// Times `ours` and `peers`, each of which processes `items` items, and prints a line for each peer. Results are
+    /// nanoseconds per item.
     void compare(const std::string& name, std::size_t items, const Pass& ours, const std::vector<Peer>& peers);
 
     /// Writes the CSV file, if one was requested. Returns the exit code of the program.
@@ -44,10 +46,12 @@ private:
         double spread;
     };
 
+    /// A line for each peer.
+    [[nodiscard]] std::vector<Line> measure(const std::string& name, std::size_t items, const Pass& ours,
+                                            const std::vector<Peer>& peers) const;
+
+    Options m_options;
     std::vector<Line> m_lines;
-    std::string m_csv;
-    std::string m_filter;
-    std::size_t m_rounds = 21;
 };
 
 }  // namespace bench

@@ -1,0 +1,36 @@
+#include "support/Sampler.h"
+
+#include <algorithm>
+
+namespace bench {
+
+namespace {
+
+/// Long enough that reading the clock, and a cold start of the loop, do not count.
+constexpr double kShortestSampleNs = 2e6;
+
+/// A single short pass may end before the clock advances.
+constexpr double kClockStepNs = 1;
+
+}  // namespace
+
+Sampler::Sampler(const Pass& pass, std::size_t items, Clock clock, Calibration calibration)
+    : m_pass(&pass), m_items(items), m_clock(clock) {
+    if (calibration == Calibration::ByTime) {
+        while (timeNs() < kShortestSampleNs) {
+            m_repeats *= 2;
+        }
+    }
+}
+
+void Sampler::sample() {
+    m_samples.push_back(timeNs() / static_cast<double>(m_repeats * m_items));
+}
+
+double Sampler::timeNs() const {
+    const double start = clockNs(m_clock);
+    m_pass->repeat(m_repeats);
+    return std::max(clockNs(m_clock) - start, kClockStepNs);
+}
+
+}  // namespace bench

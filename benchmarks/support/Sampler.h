@@ -1,0 +1,37 @@
+/// \file
+/// `Sampler`: times one pass in many short samples.
+#pragma once
+
+#include <cstddef>
+#include <vector>
+
+#include "support/Clock.h"
+#include "support/Pass.h"
+
+namespace bench {
+
+enum class Calibration {
+    ByTime,  ///< runs the pass until its speed is known: each sample takes at least 2 ms
+    None,    ///< each sample runs the pass once, untimed runs do not precede it
+};
+
+/// A pass and its samples in nanoseconds per item. The pass must outlive the sampler.
+class Sampler {
+public:
+    Sampler(const Pass& pass, std::size_t items, Clock clock, Calibration calibration);
+
+    void sample();
+
+    [[nodiscard]] const std::vector<double>& samples() const { return m_samples; }
+
+private:
+    [[nodiscard]] double timeNs() const;
+
+    const Pass* m_pass;
+    std::size_t m_items;
+    Clock m_clock;
+    std::size_t m_repeats = 1;
+    std::vector<double> m_samples;
+};
+
+}  // namespace bench
