@@ -1,0 +1,24 @@
+/// \file
+/// The works of the growth family, one function per file.
+#pragma once
+
+#include "Growth.h"
+
+namespace bench {
+
+inline constexpr std::size_t kHundredMillion = 100000000;
+
+/// Work on separately allocated elements: more of them would need too much time and memory.
+inline constexpr std::size_t kTenMillion = 10000000;
+
+void strings(Growth& growth);
+void lists(Growth& growth);
+void maps(Growth& growth);
+
+/// Returns whether all lines of all processes were in the log.
+[[nodiscard]] bool logWriters(Growth& growth);
+
+/// The work of a process that `logWriters` starts. Returns its exit code.
+[[nodiscard]] int writeLines(char** arguments);
+
+}  // namespace bench

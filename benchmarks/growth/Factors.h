@@ -1,0 +1,34 @@
+/// \file
+/// How much the cost of an element rises.
+#pragma once
+
+#include <algorithm>
+
+namespace bench {
+
+/// A larger rise is marked.
+inline constexpr double kMaxRise = 1.5;
+
+/// Follows costs in the order of the number of elements.
+class Rise {
+public:
+    /// Adds the cost of the next number of elements. Returns its ratio to the smallest cost so far; 1 if it is smaller.
+    double add(double cost) {
+        m_smallest = m_count == 0 ? cost : std::min(m_smallest, cost);
+        ++m_count;
+        m_worst = std::max(m_worst, cost / m_smallest);
+        return cost / m_smallest;
+    }
+
+    [[nodiscard]] int count() const { return m_count; }
+
+    /// The largest ratio that `add` returned; 1 without any.
+    [[nodiscard]] double worst() const { return m_worst; }
+
+private:
+    double m_smallest = 0;
+    double m_worst = 1;
+    int m_count = 0;
+};
+
+}  // namespace bench

@@ -1,0 +1,71 @@
+/// \file
+/// Measures how the cost of one element depends on the number of elements.
+///
+/// A small number of elements pays for the fixed part of the work, so the cost of one element falls at first. It rises
+/// when the data outgrow the processor's caches. Otherwise it should be flat: twice the elements take twice the time.
+/// The peers do the same work, and show what the machine itself adds.
+#pragma once
+
+#include <cstddef>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "support/Clock.h"
+#include "support/Options.h"
+#include "support/Pass.h"
+
+namespace bench {
+
+/// A pass and the number of items that it processes; the cost is the time per item.
+struct Step {
+    Pass pass;
+    std::size_t items;
+};
+
+/// Prepares the pass for a number of elements.
+using Steps = std::function<Step(std::size_t elements)>;
+
+struct Work {
+    std::string name;
+    std::vector<std::size_t> numbers;  ///< of elements, in ascending order
+    std::size_t bytesPerElement;       ///< memory that a pass accesses for each element
+    Steps ours;
+    std::string peerName;
+    Steps peer;
+    Clock clock = Clock::Processor;
+};
+
+/// 1, 2, 5, 10, 20, 50 … up to `largest`.
+[[nodiscard]] std::vector<std::size_t> numbersUpTo(std::size_t largest);
+
+/// The results of the growth family.
+class Growth {
+public:
+    explicit Growth(Options options);
+
+    /// Times the work for its numbers of elements, and prints a line for each. A cost is marked if it is more than 1.5
+    /// times that of a smaller number; numbers within the caches and beyond them are compared separately.
+    void measure(const Work& work);
+
+    /// Writes the CSV file, if one was requested. Returns the exit code of the program.
+    [[nodiscard]] int finish() const;
+
+private:
+    struct Line {
+        std::string name;
+        std::size_t elements;
+        bool isBeyondCaches;
+        double oursNs;
+        std::string peer;
+        double peerNs;
+    };
+
+    [[nodiscard]] Line measureOne(const Work& work, std::size_t elements) const;
+
+    Options m_options;
+    std::size_t m_cacheBytes;
+    std::vector<Line> m_lines;
+};
+
+}  // namespace bench
