@@ -48,6 +48,7 @@ packages=(
 )
 check_packages=(clang-format clang-tidy cppcheck codespell)
 bench_packages=(libfast-float-dev libfmt-dev) # peers: headers only
+publish_packages=(python3-matplotlib) # charts of the benchmarks
 package_packages=(nsis unzip)
 docs_packages=(doxygen)
 coverage_packages=(gcovr)
