@@ -2,8 +2,9 @@
 #
 #   bin/                     vorelCore.dll, the compiler's runtime DLLs, the tools
 #   include/vorel/           the headers
-#   lib/                     the import library and the static library
-#   lib/cmake/vorelCore/     for find_package, and the toolchain file
+#   lib/                     the import library and the static library; vorelCore.lib and .def, the import library of the
+#                            flat interface for C compilers of Microsoft's ABI
+#   lib/cmake/vorelCore/     for find_package, and the toolchain files
 #   lib/pkgconfig/           vorelCore.pc and vorelCoreStatic.pc
 #   bin/vorelCore.dll-gdb.py GDB's view of the containers and exceptions; GDB finds it there
 #   share/vorelCore/         the licences of the runtime DLLs, and Visual Studio's view
@@ -19,6 +20,9 @@ set(vorelPackageFiles "${PROJECT_BINARY_DIR}/package")
 
 install(DIRECTORY include/vorel DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}" FILES_MATCHING PATTERN "*.h")
 install(TARGETS vorelCore vorelCoreStatic EXPORT vorelCoreTargets)
+if(vorelCLibrary)
+    install(FILES "${vorelCLibrary}.lib" "${vorelCLibrary}.def" DESTINATION "${CMAKE_INSTALL_LIBDIR}")
+endif()
 install(FILES ${VOREL_RUNTIME_DLLS} DESTINATION "${CMAKE_INSTALL_BINDIR}")
 
 # ---- For find_package -----------------------------------------------------------------------------------------------
@@ -26,14 +30,16 @@ install(FILES ${VOREL_RUNTIME_DLLS} DESTINATION "${CMAKE_INSTALL_BINDIR}")
 install(EXPORT vorelCoreTargets NAMESPACE vorel:: DESTINATION "${vorelPackageDir}")
 configure_package_config_file(cmake/vorelCoreConfig.cmake.in "${vorelPackageFiles}/vorelCoreConfig.cmake"
     INSTALL_DESTINATION "${vorelPackageDir}"
-    PATH_VARS CMAKE_INSTALL_BINDIR)
+    PATH_VARS CMAKE_INSTALL_BINDIR CMAKE_INSTALL_LIBDIR CMAKE_INSTALL_INCLUDEDIR)
 # Before 1.0 a minor version may change the interface.
 write_basic_package_version_file("${vorelPackageFiles}/vorelCoreConfigVersion.cmake" COMPATIBILITY SameMinorVersion)
 install(
     FILES
         "${vorelPackageFiles}/vorelCoreConfig.cmake"
         "${vorelPackageFiles}/vorelCoreConfigVersion.cmake"
+        cmake/ucrt-target.cmake
         cmake/mingw-ucrt.cmake
+        cmake/clang-ucrt.cmake
     DESTINATION "${vorelPackageDir}")
 
 # ---- For pkg-config -------------------------------------------------------------------------------------------------

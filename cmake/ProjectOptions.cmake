@@ -12,12 +12,9 @@ set(VOREL_WARNINGS
     -Wcast-qual
     -Wconversion
     -Wdouble-promotion
-    -Wduplicated-branches
-    -Wduplicated-cond
     -Wextra-semi
     -Wformat=2
     -Wno-format-nonliteral
-    -Wlogical-op
     -Wmissing-declarations
     -Wnon-virtual-dtor
     -Wnull-dereference
@@ -29,6 +26,12 @@ set(VOREL_WARNINGS
     -Wundef
     -Wunused
     -Wvla)
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+    list(APPEND VOREL_WARNINGS -Wduplicated-branches -Wduplicated-cond -Wlogical-op)
+else()
+    # std::stable_sort of libstdc++ 12 uses a deprecated function.
+    list(APPEND VOREL_WARNINGS -Wno-deprecated-declarations)
+endif()
 
 # Undefined behaviour, an index beyond a standard container and an overwritten return address end the program where they
 # happen. Traps, because this compiler has no runtime that would report them; the guard of the stack comes from the static
@@ -36,10 +39,12 @@ set(VOREL_WARNINGS
 option(VOREL_TRAPS "Trap on undefined behaviour" OFF)
 set(VOREL_TRAP_OPTIONS
     -fsanitize=undefined
-    -fsanitize=bounds-strict
     -fsanitize=float-cast-overflow
     -fsanitize-undefined-trap-on-error
     -fstack-protector-strong)
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+    list(APPEND VOREL_TRAP_OPTIONS -fsanitize=bounds-strict)
+endif()
 if(VOREL_TRAPS)
     set(VOREL_TRAP_LIBRARY -l:libssp.a)
 endif()

@@ -5,9 +5,13 @@
 
 set(VOREL_RUNTIME_DLL_NAMES libstdc++-6.dll libgcc_s_seh-1.dll libwinpthread-1.dll)
 set(VOREL_RUNTIME_DLLS "")
+set(vorelTargetOption "")
+if(CMAKE_CXX_COMPILER_TARGET)
+    set(vorelTargetOption "--target=${CMAKE_CXX_COMPILER_TARGET}")
+endif()
 foreach(name IN LISTS VOREL_RUNTIME_DLL_NAMES)
     execute_process(
-        COMMAND ${CMAKE_CXX_COMPILER} -print-file-name=${name}
+        COMMAND ${CMAKE_CXX_COMPILER} ${vorelTargetOption} -print-file-name=${name}
         OUTPUT_VARIABLE path
         OUTPUT_STRIP_TRAILING_WHITESPACE)
     # The compiler echoes the bare name of a file that it does not find.

@@ -1,16 +1,14 @@
-# Toolchain: Debian's mingw-w64 (posix threads, GCC 12 or later), moved over to the universal C runtime.
+# Toolchain: Debian's mingw-w64 (posix threads, GCC 12 or later) with the universal C runtime.
 #
-# The compiler's default is the older runtime. Two things move it: the macros below, which make the headers declare the
-# universal runtime's functions, and a specs file, made here from the compiler's own specs, which makes every link name
-# libucrt instead of libmsvcrt. Everything that shares memory or streams with vorelCore.dll must be built this way,
-# so the package installs this file as well.
+# The compiler's default is the older runtime. Two things replace it: the macros in ucrt-target.cmake, which make the
+# headers declare the universal runtime's functions, and a specs file, made here from the compiler's own specs, which
+# makes every link name libucrt instead of libmsvcrt. Everything that shares memory or streams with vorelCore.dll must be
+# built this way, so the package installs this file as well.
 
-set(CMAKE_SYSTEM_NAME Windows)
-set(CMAKE_SYSTEM_PROCESSOR x86_64)
+include("${CMAKE_CURRENT_LIST_DIR}/ucrt-target.cmake")
 
 set(CMAKE_C_COMPILER x86_64-w64-mingw32-gcc-posix)
 set(CMAKE_CXX_COMPILER x86_64-w64-mingw32-g++-posix)
-set(CMAKE_RC_COMPILER x86_64-w64-mingw32-windres)
 
 # The specs file is made once per build tree; the compiler's test projects get its path from their parent.
 if(NOT VOREL_UCRT_SPECS)
@@ -30,22 +28,9 @@ if(NOT EXISTS "${VOREL_UCRT_SPECS}")
     file(WRITE "${VOREL_UCRT_SPECS}" "${vorelSpecs}")
 endif()
 
-# _WIN32_WINNT 0x0A00: Windows 10, the first version of Windows that includes the universal runtime.
-set(vorelRuntimeMacros "-D_UCRT -D__MSVCRT_VERSION__=0xE00 -D_WIN32_WINNT=0x0A00")
 set(CMAKE_C_FLAGS_INIT "${vorelRuntimeMacros}")
 set(CMAKE_CXX_FLAGS_INIT "${vorelRuntimeMacros}")
+set(vorelLinkOptions "-specs=\"${VOREL_UCRT_SPECS}\"")
 foreach(kind IN ITEMS EXE SHARED MODULE)
-    set(CMAKE_${kind}_LINKER_FLAGS_INIT "-specs=\"${VOREL_UCRT_SPECS}\"")
+    set(CMAKE_${kind}_LINKER_FLAGS_INIT "${vorelLinkOptions}")
 endforeach()
-
-# Programs of the build come from the host, libraries and headers from the target. Packages may be anywhere, since users
-# choose where they install vorelCore.
-set(CMAKE_FIND_ROOT_PATH /usr/x86_64-w64-mingw32)
-set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
-set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
-set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
-set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE BOTH)
-
-if(EXISTS "${CMAKE_CURRENT_LIST_DIR}/wine-run")
-    set(CMAKE_CROSSCOMPILING_EMULATOR "${CMAKE_CURRENT_LIST_DIR}/wine-run")
-endif()

@@ -39,6 +39,7 @@ trap at_exit EXIT
 
 packages=(
     g++-mingw-w64-x86-64-posix # the compiler, with its runtime DLLs
+    clang-19 lld-19 llvm-19    # the second compiler; llvm makes the import library for C
     wine wine64                # runs the programs
     cmake ninja-build ccache googletest
     gdb-mingw-w64 pkgconf # tests of the package
@@ -109,7 +110,7 @@ remove_outdated_precompiled_headers() { # remove_outdated_precompiled_headers <p
         if [[ -n $(find include tests/support/Precompiled.h -type f -newer "$header" -print -quit) ]]; then
             rm "$header"
         fi
-    done < <(find "build/$1" -name '*.gch')
+    done < <(find "build/$1" -name '*.gch' -o -name '*.pch')
 }
 
 build() { # build <preset> [target]...: everything, when no target is named

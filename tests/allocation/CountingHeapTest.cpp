@@ -11,19 +11,24 @@
 
 namespace {
 
-/// A request that the compiler cannot optimise away.
+/// A block whose request the compiler cannot optimise away.
+template <class T>
+T* visible(T* block) {
+    static T* volatile s_block;
+    s_block = block;
+    return s_block;
+}
+
 void* request(std::size_t bytes) {
-    static void* volatile block;
-    block = std::malloc(bytes);
-    return block;
+    return visible(std::malloc(bytes));
 }
 
 TEST(CountingHeap, HeldBlocks_CountsBlocksThatAreNotFreed) {
     void* const before = request(8);
     heap::watch();
     void* const first = request(8);
-    void* const second = std::calloc(2, 8);
-    const auto third = std::make_unique<std::string>(100, 'x');
+    void* const second = visible(std::calloc(2, 8));
+    const std::unique_ptr<std::string> third(visible(new std::string(100, 'x')));
     EXPECT_EQ(heap::heldBlocks(), 4u);
     std::free(before);
     EXPECT_EQ(heap::heldBlocks(), 4u) << "blocks from before `watch` are not counted";

@@ -6,12 +6,8 @@
 include("${CMAKE_CURRENT_LIST_DIR}/Steps.cmake")
 
 file(REMOVE_RECURSE "${WORK}")
-if(PACKAGE)
-    file(COPY "${PACKAGE}/" DESTINATION "${FOLDER}/vorelCore")
-else()
-    run("Install" "${CMAKE_COMMAND}" --install "${PROJECT_BUILD}" --config "${CONFIG}" --prefix "${FOLDER}/vorelCore")
-endif()
+install_or_copy_package()
 build_and_run(
-    "${CMAKE_CURRENT_LIST_DIR}/find_package" "${FOLDER}/vorelCore/lib/cmake/vorelCore/mingw-ucrt.cmake"
+    "${CMAKE_CURRENT_LIST_DIR}/find_package" "${FOLDER}/vorelCore/lib/cmake/vorelCore/${TOOLCHAIN}"
     "consumer_dll;consumer_static"
     "-DCMAKE_BUILD_TYPE=${CONFIG}" "-DCMAKE_PREFIX_PATH=${FOLDER}/vorelCore")

@@ -1,7 +1,7 @@
 # Tests the packages of CPack. The project find_package/ must build and run with the archive unpacked in another folder.
 # The installer must install the same files, and remove all of them.
 #
-#   PACKAGES: the folder with the archive and the installer
+#   PACKAGES: the folder with the archive and the installer; CLANG: the folder of clang
 
 include("${CMAKE_CURRENT_LIST_DIR}/Steps.cmake")
 
@@ -38,7 +38,12 @@ file(GLOB package "${WORK}/archive/*")
 list_files("${package}" expected)
 run("Test the archive"
     "${CMAKE_COMMAND}" "-DPACKAGE=${package}" "-DCONFIG=${CONFIG}" "-DGENERATOR=${GENERATOR}" "-DEMULATOR=${EMULATOR}"
+    "-DTOOLCHAIN=mingw-ucrt.cmake"
     "-DWORK=${WORK}/project" -P "${CMAKE_CURRENT_LIST_DIR}/RunFindPackage.cmake")
+
+run("Test its import library for C"
+    "${CMAKE_COMMAND}" "-DPACKAGE=${package}" "-DCONFIG=${CONFIG}" "-DGENERATOR=${GENERATOR}" "-DEMULATOR=${EMULATOR}"
+    "-DCLANG=${CLANG}" "-DWORK=${WORK}/flat_c" -P "${CMAKE_CURRENT_LIST_DIR}/RunFlatC.cmake")
 
 only_file("*.exe" installer)
 set(installed "${WORK}/installed here/vorelCore")

@@ -1,6 +1,6 @@
 # Builds main.cpp with one command whose options come from pkg-config. The package is moved after it is installed.
 #
-#   PROJECT_BUILD: the build to install; COMPILER, SPECS: the compiler and the specs file of its C runtime
+#   PROJECT_BUILD: the build to install; COMPILER, OPTIONS: the compiler and its options for the C runtime
 
 include("${CMAKE_CURRENT_LIST_DIR}/Steps.cmake")
 
@@ -16,6 +16,7 @@ function(query_pkg_config name result)
     set(${result} "${options}" PARENT_SCOPE)
 endfunction()
 
+separate_arguments(OPTIONS UNIX_COMMAND "${OPTIONS}")
 file(REMOVE_RECURSE "${WORK}")
 run("Install" "${CMAKE_COMMAND}" --install "${PROJECT_BUILD}" --config "${CONFIG}" --prefix "${WORK}/first")
 file(MAKE_DIRECTORY "${FOLDER}/build")
@@ -27,6 +28,6 @@ foreach(name IN ITEMS vorelCore vorelCoreStatic)
     query_pkg_config(${name} options)
     set(program "${FOLDER}/build/${name}.exe")
     run("Build with ${options}"
-        "${COMPILER}" -std=c++20 "-specs=${SPECS}" "${CMAKE_CURRENT_LIST_DIR}/main.cpp" -o "${program}" ${options})
+        "${COMPILER}" -std=c++20 ${OPTIONS} "${CMAKE_CURRENT_LIST_DIR}/main.cpp" -o "${program}" ${options})
     run_program("${program}")
 endforeach()

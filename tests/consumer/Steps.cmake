@@ -1,7 +1,7 @@
 # Common steps of the tests with a user's project. They run in a folder whose name contains a space and a non-ASCII
 # letter. Wine needs a UTF-8 locale for such paths.
 #
-#   GENERATOR, CONFIG, EMULATOR, WORK: set by tests/CMakeLists.txt
+#   GENERATOR, CONFIG, EMULATOR, WORK, TOOLCHAIN (the name of the toolchain file): set by tests/CMakeLists.txt
 
 set(FOLDER "${WORK}/für alle")
 
@@ -10,6 +10,15 @@ function(run what)
     execute_process(COMMAND ${ARGN} RESULT_VARIABLE result)
     if(NOT result EQUAL 0)
         message(FATAL_ERROR "${what} failed: ${result}")
+    endif()
+endfunction()
+
+# Puts the package into FOLDER/vorelCore: a copy of the folder PACKAGE, or else what the build PROJECT_BUILD installs.
+function(install_or_copy_package)
+    if(PACKAGE)
+        file(COPY "${PACKAGE}/" DESTINATION "${FOLDER}/vorelCore")
+    else()
+        run("Install" "${CMAKE_COMMAND}" --install "${PROJECT_BUILD}" --config "${CONFIG}" --prefix "${FOLDER}/vorelCore")
     endif()
 endfunction()
 

@@ -277,7 +277,7 @@ TEST_F(CodePages, OpenCodepage_TestsTheSystemCodePageForANumberTruncatedToZero) 
         EXPECT_NE(util::iconv_open_codepage(to, from), -1);
         expectUsabilityTest(CP_ACP);
         EXPECT_EQ(underFailure(ERROR_INVALID_PARAMETER,
-                               [to = to, from = from] { return util::iconv_open_codepage(to, from); }),
+                               [target = to, source = from] { return util::iconv_open_codepage(target, source); }),
                   -1);
         EXPECT_EQ(errno, 22);
         expectUsabilityTest(CP_ACP);

@@ -57,6 +57,15 @@ VOREL_API const char* vorel_status_name(vorel_status status);
 
 #ifdef __cplusplus
 }
+
+/// A UTF-16 literal of C++ as an input. In C++ the units of u"..." have the type `char16_t`, which differs from
+/// `vorel_char16`. C11 programs pass u"..." without this function. The library only reads inputs, so the pointer may be
+/// used for every input; never write through it.
+///
+///     vorel_mutex_open(vorel_utf16(u"Talvenor jobs"), VOREL_ZERO_TERMINATED, &mutex);
+inline const vorel_char16* vorel_utf16(const char16_t* text) noexcept {
+    return reinterpret_cast<const vorel_char16*>(text);
+}
 #endif
 
 // NOLINTEND(modernize-*)

@@ -1,0 +1,37 @@
+# Toolchain: clang and lld with the headers and libraries of Debian's mingw-w64 (libstdc++ of GCC, posix threads) and the
+# universal C runtime. Programs of this compiler and of GCC can use the same vorelCore.dll.
+
+include("${CMAKE_CURRENT_LIST_DIR}/ucrt-target.cmake")
+
+# The compiler and the linker must have the same version. The versions in the order of preference; the last one has no
+# number in its name.
+foreach(suffix IN ITEMS -19 -20 -21 -22 "")
+    if(NOT VOREL_CLANG_SUFFIX_FOUND)
+        find_program(vorelClang${suffix} "clang++${suffix}")
+        find_program(vorelLld${suffix} "ld.lld${suffix}")
+        mark_as_advanced(vorelClang${suffix} vorelLld${suffix})
+        if(vorelClang${suffix} AND vorelLld${suffix})
+            set(VOREL_CLANG_SUFFIX_FOUND TRUE)
+            set(CMAKE_C_COMPILER "clang${suffix}")
+            set(CMAKE_CXX_COMPILER "clang++${suffix}")
+            set(vorelLinker "lld${suffix}")
+        endif()
+    endif()
+endforeach()
+if(NOT VOREL_CLANG_SUFFIX_FOUND)
+    message(FATAL_ERROR "clang and lld are not installed; `./dev setup` installs them")
+endif()
+# LLVM's objcopy does not support all options for DLLs, and its objdump writes other tables.
+set(CMAKE_OBJCOPY x86_64-w64-mingw32-objcopy)
+set(CMAKE_OBJDUMP x86_64-w64-mingw32-objdump)
+set(CMAKE_C_COMPILER_TARGET x86_64-w64-mingw32)
+set(CMAKE_CXX_COMPILER_TARGET x86_64-w64-mingw32)
+
+# -femulated-tls: thread-local variables of libstdc++ are emulated ones.
+set(CMAKE_C_FLAGS_INIT "${vorelRuntimeMacros} -pthread -femulated-tls")
+set(CMAKE_CXX_FLAGS_INIT "${vorelRuntimeMacros} -pthread -femulated-tls")
+# When -lucrt is named, clang does not add the older runtime.
+set(vorelLinkOptions "-fuse-ld=${vorelLinker} -lucrt")
+foreach(kind IN ITEMS EXE SHARED MODULE)
+    set(CMAKE_${kind}_LINKER_FLAGS_INIT "${vorelLinkOptions}")
+endforeach()

@@ -1,0 +1,22 @@
+# What the toolchain files of GCC and clang share: the target, the macros of the universal C runtime, and where CMake
+# looks for files.
+
+set(CMAKE_SYSTEM_NAME Windows)
+set(CMAKE_SYSTEM_PROCESSOR x86_64)
+set(CMAKE_RC_COMPILER x86_64-w64-mingw32-windres)
+
+# The headers of mingw-w64 declare the functions of the universal runtime with these.
+# _WIN32_WINNT 0x0A00: Windows 10, the first version of Windows that includes the universal runtime.
+set(vorelRuntimeMacros "-D_UCRT -D__MSVCRT_VERSION__=0xE00 -D_WIN32_WINNT=0x0A00")
+
+# Programs of the build come from the host, libraries and headers from the target. Packages may be anywhere, since users
+# choose where they install vorelCore.
+set(CMAKE_FIND_ROOT_PATH /usr/x86_64-w64-mingw32)
+set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
+set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
+set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
+set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE BOTH)
+
+if(EXISTS "${CMAKE_CURRENT_LIST_DIR}/wine-run")
+    set(CMAKE_CROSSCOMPILING_EMULATOR "${CMAKE_CURRENT_LIST_DIR}/wine-run")
+endif()
