@@ -40,6 +40,7 @@ trap at_exit EXIT
 packages=(
     g++-mingw-w64-x86-64-posix # the compiler, with its runtime DLLs
     clang-19 lld-19 llvm-19    # the second compiler; llvm makes the import library for C
+    libc++-19-dev              # headers: the second standard library
     wine wine64                # runs the programs
     cmake ninja-build ccache googletest
     gdb-mingw-w64 pkgconf # tests of the package

@@ -1,13 +1,55 @@
 /// \file
-/// The export macro. `VOREL_API` marks declarations that cross the boundary of the DLL. It is empty for the static
-/// library (`VOREL_STATIC`), exports while the DLL is built (`VOREL_BUILDING_DLL`), and imports otherwise.
+/// What every header of the C++ interface includes: the export macro, and checks that program and library fit together.
+///
+/// A program must have the C runtime and the standard library that the library was built with. It frees blocks of the
+/// library and catches its exceptions. A wrong C runtime or C++ standard is an error of the compiler here. With another
+/// standard library a program would link, and Windows would end it at the first exception. So all programs refer to a
+/// symbol with the name of their standard library. vorelCore defines one of these symbols only. The linker reports that
+/// any other one, for example `vorelCore_is_built_for_libcxx`, is undefined.
+///
+/// The flat interface (vorelCoreC.h) does not include this header: it works with every C runtime and compiler.
 #pragma once
 
-#if defined(VOREL_STATIC)
-#define VOREL_API
-#elif defined(VOREL_BUILDING_DLL)
-#define VOREL_API __declspec(dllexport)
+#include "vorel/ExportMacro.h"
+
+#if !defined(__cplusplus) || (__cplusplus < 202002L && (!defined(_MSVC_LANG) || _MSVC_LANG < 202002L))
+#error "The C++ interface of vorelCore needs C++20 (-std=c++20 or /std:c++20); C programs include vorel/vorelCoreC.h"
 #else
-/// Marks a declaration that the library exports.
-#define VOREL_API __declspec(dllimport)
+
+#include <cstddef>
+
+#if defined(__MINGW32__) && !defined(_UCRT)
+#error "vorelCore needs the universal C runtime: use the toolchain file of the package, or UCRT64 of MSYS2"
+#endif
+
+/// \cond
+// Microsoft's standard library has another layout in debug builds.
+#if defined(_LIBCPP_VERSION)
+#define VOREL_STANDARD_LIBRARY vorelCore_is_built_for_libcxx
+#elif defined(__GLIBCXX__)
+#define VOREL_STANDARD_LIBRARY vorelCore_is_built_for_libstdcxx
+#elif defined(_DEBUG)
+#define VOREL_STANDARD_LIBRARY vorelCore_is_built_for_msvc_debug
+#pragma comment(linker, "/include:vorelCore_is_built_for_msvc_debug")
+#else
+#define VOREL_STANDARD_LIBRARY vorelCore_is_built_for_msvc
+#pragma comment(linker, "/include:vorelCore_is_built_for_msvc")
+#endif
+
+namespace vorel::detail {
+
+#if defined(VOREL_BUILDING_DLL)
+extern "C" VOREL_API void VOREL_STANDARD_LIBRARY() noexcept;
+#else
+// Without dllimport the address is a constant, so no program needs code that runs at its start.
+extern "C" void VOREL_STANDARD_LIBRARY() noexcept;
+#endif
+#if defined(__GNUC__)
+[[gnu::used]] inline constexpr auto kRequiredStandardLibrary = &VOREL_STANDARD_LIBRARY;
+#endif
+
+}  // namespace vorel::detail
+
+/// \endcond
+
 #endif

@@ -57,8 +57,9 @@ std::wstring_view lastMessage() noexcept {
 template <class Unit, class Source>
 vorel_status copyToOutput(std::basic_string_view<Source> message, Unit* output, std::size_t capacity,
                           std::size_t* length) noexcept {
-    return isOutput(output, capacity, length) ? copyUnits<Terminator::Zero>(message, output, capacity, length)
-                                              : VOREL_ERROR_INVALID_ARGUMENT;
+    return isOutput(output, capacity, length)
+               ? copyUnits<Terminator::Zero>(std::span(message.data(), message.size()), output, capacity, length)
+               : VOREL_ERROR_INVALID_ARGUMENT;
 }
 
 }  // namespace

@@ -5,11 +5,10 @@
 
 #include <cstddef>
 #include <cstring>
-#include <string_view>
+#include <span>
 
 #include "flat/Call.h"
 #include "flat/LastError.h"
-#include "vorel/core/Array.h"
 #include "vorel/flat/Status.h"
 
 namespace vorel::flat {
@@ -26,7 +25,7 @@ enum class Terminator {
 
 /// Copies `units` by that rule. A failure is not stored as the thread's last failure.
 template <Terminator Rule, class Unit, class Source>
-vorel_status copyUnits(std::basic_string_view<Source> units, Unit* buffer, std::size_t capacity,
+vorel_status copyUnits(std::span<const Source> units, Unit* buffer, std::size_t capacity,
                        std::size_t* length) noexcept {
     static_assert(sizeof(Unit) == sizeof(Source));
     *length = units.size();
@@ -56,14 +55,12 @@ public:
         }
     }
 
-    template <class Source>
-    [[nodiscard]] vorel_status write(std::basic_string_view<Source> units) const noexcept {
-        const vorel_status status = copyUnits<Rule>(units, m_buffer, m_capacity, m_length);
+    /// Writes an `Array` or a view of a text.
+    template <class Sequence>
+    [[nodiscard]] vorel_status write(const Sequence& units) const noexcept {
+        const vorel_status status =
+            copyUnits<Rule>(std::span(units.data(), units.size()), m_buffer, m_capacity, m_length);
         return status == VOREL_OK ? status : fail(status, L"The output buffer is too small");
-    }
-    template <class Source>
-    [[nodiscard]] vorel_status write(const Array<Source>& units) const noexcept {
-        return write(std::basic_string_view<Source>(units.data(), units.size()));
     }
 
 private:

@@ -59,3 +59,20 @@ compile(RuntimeFormats.cpp -Wformat=2 -Werror)
 if(NOT result EQUAL 0)
     message(SEND_ERROR "warnings about formats of the runtime:\n${messages}")
 endif()
+
+# refuse(<source> <text> <option>...): the options make `source` unusable with the library; the compiler must say `text`.
+function(refuse name text)
+    compile(${name} ${ARGN})
+    if(result EQUAL 0 OR NOT messages MATCHES "error: [^\n]*${text}")
+        message(SEND_ERROR "${name} with ${ARGN}: missing message (${text})\n${messages}")
+    endif()
+endfunction()
+
+refuse(RuntimeFormats.cpp "needs the universal C runtime" -U_UCRT -U__MSVCRT_VERSION__ -D__MSVCRT_VERSION__=0x700)
+refuse(RuntimeFormats.cpp "needs C[+][+]20" -std=c++17)
+refuse(RuntimeFormats.cpp "is a library for 64-bit Windows" -U_WIN64)
+# The flat interface works with every C runtime and every standard of C and C++.
+compile(Flat.cpp -std=c++11 -Wpedantic -Werror -U_UCRT -U__MSVCRT_VERSION__ -D__MSVCRT_VERSION__=0x700)
+if(NOT result EQUAL 0)
+    message(SEND_ERROR "the flat interface does not compile:\n${messages}")
+endif()

@@ -8,7 +8,7 @@
 #include <stddef.h>
 #include <stdint.h>
 
-#include "vorel/Export.h"
+#include "vorel/ExportMacro.h"
 
 #ifdef __cplusplus
 extern "C" {

@@ -1,0 +1,17 @@
+/// \file
+/// The export macro. `VOREL_API` marks declarations that cross the boundary of the DLL. It is empty for the static
+/// library (`VOREL_STATIC`), exports while the DLL is built (`VOREL_BUILDING_DLL`), and imports otherwise.
+#pragma once
+
+#if !defined(_WIN64)
+#error "vorelCore is a library for 64-bit Windows: compile for x86_64-w64-mingw32 or x86_64-pc-windows-msvc"
+#endif
+
+#if defined(VOREL_STATIC)
+#define VOREL_API
+#elif defined(VOREL_BUILDING_DLL)
+#define VOREL_API __declspec(dllexport)
+#else
+/// Marks a declaration that the library exports.
+#define VOREL_API __declspec(dllimport)
+#endif
