@@ -6,7 +6,7 @@
 #include <string>
 
 #include "support/CommandLine.h"
-#include "vorellog/Filter.h"
+#include "vorellog/RecordFilter.h"
 
 namespace vorellog {
 

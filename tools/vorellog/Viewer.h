@@ -7,10 +7,10 @@
 #include <string>
 #include <string_view>
 
-#include "vorellog/Filter.h"
 #include "vorellog/Follower.h"
 #include "vorellog/LineSplitter.h"
 #include "vorellog/Printer.h"
+#include "vorellog/RecordFilter.h"
 #include "vorellog/RecordReader.h"
 #include "vorellog/Settings.h"
 #include "vorellog/Summary.h"
@@ -61,7 +61,7 @@ private:
     void show(const Entry& entry);
     void writeOut();
 
-    Filter m_filter;
+    RecordFilter m_filter;
     bool m_folds;
     bool m_summarises;
     bool m_json;

@@ -1,4 +1,4 @@
-#include "vorellog/Filter.h"
+#include "vorellog/RecordFilter.h"
 
 #include <string>
 
@@ -11,13 +11,13 @@ namespace {
 using test::header;
 using test::recordOf;
 using test::recordsOf;
-using vorellog::Filter;
 using vorellog::FilterChoices;
 using vorellog::LocalMs;
+using vorellog::RecordFilter;
 
 constexpr LocalMs kTime = 1794793388000;  // 2026-11-16 01:43:08
 
-TEST(FilterTest, Choices) {
+TEST(RecordFilterTest, Choices) {
     const std::string line = header(9876, 4312) + "WARN: order 7 is late";
     struct Case {
         const char* why;
@@ -56,43 +56,44 @@ TEST(FilterTest, Choices) {
         {"damaged only", {.damagedOnly = true}, false},
     };
     for (const Case& c : cases) {
-        EXPECT_EQ(Filter(c.choices).matches(recordOf(line)), c.matches) << c.why;
+        EXPECT_EQ(RecordFilter(c.choices).matches(recordOf(line)), c.matches) << c.why;
     }
 }
 
-TEST(FilterTest, EmptyPrefixMatchesMessagesWithoutPrefix) {
-    EXPECT_TRUE(Filter({.prefixes = {""}}).matches(recordOf(header() + "text")));
+TEST(RecordFilterTest, EmptyPrefixMatchesMessagesWithoutPrefix) {
+    EXPECT_TRUE(RecordFilter({.prefixes = {""}}).matches(recordOf(header() + "text")));
 }
 
-TEST(FilterTest, TruncatedMessagesMatchTheirPrefix) {
-    EXPECT_TRUE(Filter({.prefixes = {"vorel error"}}).matches(recordOf(header() + "Vorel Error Truncated: text")));
+TEST(RecordFilterTest, TruncatedMessagesMatchTheirPrefix) {
+    EXPECT_TRUE(
+        RecordFilter({.prefixes = {"vorel error"}}).matches(recordOf(header() + "Vorel Error Truncated: text")));
 }
 
-TEST(FilterTest, TextIsSearchedInAllLines) {
+TEST(RecordFilterTest, TextIsSearchedInAllLines) {
     const auto records = recordsOf({header() + "WARN: one", "two"});
     ASSERT_EQ(records.size(), 1u);
-    EXPECT_TRUE(Filter({.texts = {"two"}}).matches(records.front()));
+    EXPECT_TRUE(RecordFilter({.texts = {"two"}}).matches(records.front()));
 }
 
-TEST(FilterTest, RecordsWithoutHeaderMatchOnlyByText) {
+TEST(RecordFilterTest, RecordsWithoutHeaderMatchOnlyByText) {
     const auto record = recordOf("WARN: garbage");
     for (const FilterChoices& choices :
          {FilterChoices{.processes = {0}}, FilterChoices{.threads = {0}}, FilterChoices{.prefixes = {"WARN"}},
           FilterChoices{.prefixes = {""}}, FilterChoices{.from = 0}, FilterChoices{.to = kTime}}) {
-        EXPECT_FALSE(Filter(choices).matches(record));
-        EXPECT_TRUE(Filter(choices).needsHeader());
+        EXPECT_FALSE(RecordFilter(choices).matches(record));
+        EXPECT_TRUE(RecordFilter(choices).needsHeader());
     }
     for (const FilterChoices& choices :
          {FilterChoices{}, FilterChoices{.texts = {"WARN: g"}}, FilterChoices{.damagedOnly = true}}) {
-        EXPECT_TRUE(Filter(choices).matches(record));
-        EXPECT_FALSE(Filter(choices).needsHeader());
+        EXPECT_TRUE(RecordFilter(choices).matches(record));
+        EXPECT_FALSE(RecordFilter(choices).needsHeader());
     }
 }
 
-TEST(FilterTest, DamagedRecordsMatchByTheirHeader) {
+TEST(RecordFilterTest, DamagedRecordsMatchByTheirHeader) {
     const auto records = recordsOf({header(1) + "WARN: ha" + header(2) + "WARN: b"});
     ASSERT_EQ(records.size(), 2u);
-    const Filter filter({.threads = {1}, .damagedOnly = true});
+    const RecordFilter filter({.threads = {1}, .damagedOnly = true});
     EXPECT_TRUE(filter.matches(records[0]));
     EXPECT_FALSE(filter.matches(records[1]));
 }

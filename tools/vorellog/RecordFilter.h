@@ -24,9 +24,9 @@ struct FilterChoices {
     bool damagedOnly = false;
 };
 
-class Filter {
+class RecordFilter {
 public:
-    explicit Filter(FilterChoices choices);
+    explicit RecordFilter(FilterChoices choices);
 
     [[nodiscard]] bool matches(const Record& record) const;
 

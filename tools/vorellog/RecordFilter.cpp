@@ -1,4 +1,4 @@
-#include "vorellog/Filter.h"
+#include "vorellog/RecordFilter.h"
 
 #include <algorithm>
 #include <utility>
@@ -23,17 +23,17 @@ bool isAmong(const std::vector<T>& choices, const U& value) {
 
 }  // namespace
 
-Filter::Filter(FilterChoices choices)
+RecordFilter::RecordFilter(FilterChoices choices)
     : m_choices(std::move(choices)),
       m_needsHeader(!m_choices.processes.empty() || !m_choices.threads.empty() || !m_choices.prefixes.empty() ||
                     m_choices.from || m_choices.to) {}
 
-bool Filter::matches(const Record& record) const {
+bool RecordFilter::matches(const Record& record) const {
     return (!m_choices.damagedOnly || record.damage() != Damage::None) && (!m_needsHeader || matchesHeader(record)) &&
            matchesTexts(record.body());
 }
 
-bool Filter::matchesHeader(const Record& record) const {
+bool RecordFilter::matchesHeader(const Record& record) const {
     const LogHeader* const header = record.header();
     if (!header || !isAmong(m_choices.processes, header->processId) || !isAmong(m_choices.threads, header->threadId) ||
         header->timeMs < m_choices.from.value_or(header->timeMs) || (m_choices.to && header->timeMs >= *m_choices.to)) {
@@ -46,7 +46,7 @@ bool Filter::matchesHeader(const Record& record) const {
            });
 }
 
-bool Filter::matchesTexts(std::string_view text) const {
+bool RecordFilter::matchesTexts(std::string_view text) const {
     const auto isIn = [&](const std::string& wanted) {
         if (!m_choices.ignoreCase) {
             return text.find(wanted) != std::string_view::npos;
