@@ -43,6 +43,7 @@ packages=(
     libc++-19-dev              # headers: the second standard library
     wine wine64                # runs the programs
     cmake ninja-build ccache googletest
+    libz-mingw-w64-dev    # the log viewer reads compressed logs
     gdb-mingw-w64 pkgconf # tests of the package
     python3               # registers tests, changes sources, reads coverage
     jq xxd                # what vorelconv is compared with
