@@ -64,6 +64,8 @@ install(
         LICENSES/GPL-3.0.txt
         LICENSES/GCC-exception-3.1.txt
         LICENSES/winpthreads.txt
+        LICENSES/re2.txt
+        LICENSES/zlib.txt
     DESTINATION "${vorelDataDir}/LICENSES")
 
 # ---- Archive and installer ------------------------------------------------------------------------------------------

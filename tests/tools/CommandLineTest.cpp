@@ -32,6 +32,32 @@ tools::Arguments parsed(const Words& words) {
     return tools::parse(kSyntax, words);
 }
 
+TEST(CommandLineTest, SuggestsSimilarOptions) {
+    struct Case {
+        const wchar_t* given;
+        std::wstring text;
+        const char* why;
+    };
+    const Case cases[] = {
+        {L"--decod", L"unknown option --decod; did you mean --decode?", "a missing letter"},
+        {L"--decoded=x", L"unknown option --decoded; did you mean --decode?", "another letter, and a value"},
+        {L"--deocde", L"unknown option --deocde; did you mean --decode?", "swapped letters"},
+        {L"--ouput", L"unknown option --ouput; did you mean --output?", "another option"},
+        {L"--out", L"unknown option --out; did you mean --output?", "an abbreviation"},
+        {L"--hlep", L"unknown option --hlep; did you mean --help?", "the help"},
+        {L"--colour", L"unknown option --colour", "nothing similar"},
+        {L"--x", L"unknown option --x", "too short"},
+    };
+    for (const Case& c : cases) {
+        try {
+            (void)parsed({c.given, L"a"});
+            ADD_FAILURE() << c.why;
+        } catch (const tools::UsageError& e) {
+            EXPECT_EQ(e.text(), c.text) << c.why;
+        }
+    }
+}
+
 struct GoodLine {
     const char* why;
     Words words;
@@ -86,7 +112,7 @@ TEST(CommandLineTest, UsageErrorNamesTheProblem) {
     const WrongLine lines[] = {
         {{L"a", L"--unknown"}, L"unknown option --unknown"},
         {{L"a", L"--unknown=5"}, L"unknown option --unknown"},
-        {{L"a", L"--dec"}, L"unknown option --dec"},
+        {{L"a", L"--dec"}, L"unknown option --dec; did you mean --decode?"},
         {{L"a", L"-x"}, L"unknown option -x"},
         {{L"a", L"-dx"}, L"unknown option -x"},
         {{L"a", L"--decode=yes"}, L"option --decode takes no value"},

@@ -65,6 +65,7 @@ private:
         ~Opened() override { --m_files.openFiles; }
 
         [[nodiscard]] FileId id() const override { return {1, m_file->index}; }
+        [[nodiscard]] unsigned long long size() const override { return m_file->bytes.size(); }
 
         std::size_t read(unsigned long long offset, char* buffer, std::size_t size) override {
             m_files.before();

@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include "vorellog/TimeZone.h"
+
 namespace {
 
 using vorellog::isoText;
@@ -16,6 +18,7 @@ using vorellog::parseTypedTime;
 constexpr LocalMs kDay = 86400000;
 constexpr LocalMs kDate = 20773 * kDay;
 constexpr LocalMs kTime = kDate + 6188000;  // 01:43:08
+const vorellog::TimeZone kZone(2 * vorellog::kHour);
 
 TEST(LogTimeTest, TimesOfLines) {
     struct Case {
@@ -64,6 +67,12 @@ TEST(LogTimeTest, TypedTimesAreSpans) {
         {"2026-11-16T01:43", kTime - 8000, 60000},
         {"2026-11-16T01:43:08", kTime, 1000},
         {"2026-11-16 01:43:08.045", kTime + 45, 1},
+        {"2026-11-15T23:43:08Z", kTime, 1000},
+        {"2026-11-15 23:43z", kTime - 8000, 60000},
+        {"2026-11-16T03:43:08.045+04:00", kTime + 45, 1},
+        {"2026-11-15 20:13:08 -0330", kTime, 1000},
+        {"today", kDate, kDay},
+        {"yesterday", kDate - kDay, kDay},
         {"01:43", kTime - 8000, 60000},
         {"23:00:01", kDate + 82801000, 1000},
         {"Mon Nov 16 01:43:08 2026", kTime, 1000},
@@ -74,7 +83,7 @@ TEST(LogTimeTest, TypedTimesAreSpans) {
         {"3d", now - 3 * kDay, 1},
     };
     for (const Case& c : cases) {
-        const auto span = parseTypedTime(c.text, now);
+        const auto span = parseTypedTime(c.text, now, kZone);
         ASSERT_TRUE(span) << c.text;
         EXPECT_EQ(span->from, c.from) << c.text;
         EXPECT_EQ(span->to, c.from + c.length) << c.text;
@@ -98,12 +107,18 @@ TEST(LogTimeTest, InvalidTypedTimes) {
                                         "15",
                                         "15x",
                                         "m",
+                                        "Today",
+                                        "tomorrow",
+                                        "2026-11-16Z",
+                                        "2026-11-16T01:43+25:00",
+                                        "2026-11-16T01:43+02:00x",
+                                        "01:43Z",
                                         "-15m",
                                         "15 m",
                                         "1.5h",
                                         "99999999999999999999s",
                                         "10000000000s"}) {
-        EXPECT_FALSE(parseTypedTime(text, kTime)) << text;
+        EXPECT_FALSE(parseTypedTime(text, kTime, kZone)) << text;
     }
 }
 

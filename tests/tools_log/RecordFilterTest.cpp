@@ -1,5 +1,6 @@
 #include "vorellog/RecordFilter.h"
 
+#include <memory>
 #include <string>
 
 #include <gtest/gtest.h>
@@ -58,6 +59,26 @@ TEST(RecordFilterTest, Choices) {
     for (const Case& c : cases) {
         EXPECT_EQ(RecordFilter(c.choices).matches(recordOf(line)), c.matches) << c.why;
     }
+}
+
+TEST(RecordFilterTest, PatternsAreAlternativesToTexts) {
+    const auto pattern = std::make_shared<vorellog::Pattern>("order \\d", false);
+    const auto other = std::make_shared<vorellog::Pattern>("^order", false);
+    const auto record = recordOf(header() + "WARN: order 7 is late");
+    EXPECT_TRUE(RecordFilter({.patterns = {pattern}}).matches(record));
+    EXPECT_FALSE(RecordFilter({.patterns = {other}}).matches(record));
+    EXPECT_TRUE(RecordFilter({.texts = {"x"}, .patterns = {other, pattern}}).matches(record));
+    EXPECT_TRUE(RecordFilter({.texts = {"late"}, .patterns = {other}}).matches(record));
+    EXPECT_FALSE(RecordFilter({.processes = {1}, .patterns = {pattern}}).matches(record));
+}
+
+TEST(RecordFilterTest, InvertAppliesToTextsOnly) {
+    const auto record = recordOf(header(1, 2) + "WARN: order 7");
+    EXPECT_FALSE(RecordFilter({.texts = {"order"}, .invert = true}).matches(record));
+    EXPECT_TRUE(RecordFilter({.texts = {"other"}, .invert = true}).matches(record));
+    EXPECT_FALSE(RecordFilter({.processes = {1}, .texts = {"other"}, .invert = true}).matches(record));
+    EXPECT_TRUE(RecordFilter({.processes = {2}, .texts = {"other"}, .invert = true}).matches(record));
+    EXPECT_FALSE(RecordFilter({.texts = {"other", "order"}, .invert = true}).matches(record));
 }
 
 TEST(RecordFilterTest, EmptyPrefixMatchesMessagesWithoutPrefix) {

@@ -18,14 +18,15 @@ using vorellog::showsColours;
 using Given = std::vector<std::wstring>;
 
 constexpr vorellog::LocalMs kNow = 1794793388000;  // 2026-11-16 01:43:08
+constexpr vorellog::LocalMs kZone = 2 * vorellog::kHour;
 
 Settings settings(const Given& given) {
-    return settingsOf(tools::parse(vorellog::syntax(), given), kNow);
+    return settingsOf(tools::parse(vorellog::syntax(), given), {kNow, kNow - kZone});
 }
 
 TEST(SettingsTest, Defaults) {
     const Settings s = settings({});
-    EXPECT_EQ(s.path, L"C:\\TalvenorError.txt");
+    EXPECT_THAT(s.paths, ElementsAre(L"C:\\TalvenorError.txt"));
     EXPECT_FALSE(s.follow || s.fold || s.json || s.summary || s.maxEntries || s.filter.damagedOnly);
     EXPECT_EQ(s.colours, Colours::Auto);
 }
@@ -36,7 +37,7 @@ TEST(SettingsTest, AllOptions) {
                   L"--prefix",  L"Own: ", L"--from", L"1h",           L"--to", L"2026-11-16", L"-e",
                   L"caf\u00E9", L"-i",    L"-d",     L"-m",           L"5",    L"-Fj",        L"--color=always",
                   L"my.log"});
-    EXPECT_EQ(s.path, L"my.log");
+    EXPECT_THAT(s.paths, ElementsAre(L"my.log"));
     EXPECT_TRUE(s.follow && s.fold && s.json && s.filter.ignoreCase && s.filter.damagedOnly);
     EXPECT_THAT(s.filter.processes, ElementsAre(77ul, 78ul));
     EXPECT_THAT(s.filter.threads, ElementsAre(9ul));
@@ -50,16 +51,65 @@ TEST(SettingsTest, AllOptions) {
     EXPECT_EQ(settings({L"--color", L"never"}).colours, Colours::Never);
     EXPECT_EQ(settings({L"--color", L"auto"}).colours, Colours::Auto);
     EXPECT_TRUE(settings({L"-s"}).summary);
+    EXPECT_FALSE(settings({L"-s"}).top);
+    const Settings folded = settings({L"-sF", L"--top", L"3"});
+    EXPECT_TRUE(folded.summary && folded.fold);
+    EXPECT_EQ(folded.top, 3u);
 }
 
 TEST(SettingsTest, InvalidCommandLines) {
-    const Given cases[] = {
-        {L"-p", L"x"},    {L"-p", L""},   {L"-p", L"4294967296"}, {L"-p", L"-1"},           {L"-t", L"1.5"},
-        {L"-m", L"many"}, {L"-m", L"0"},  {L"--from", L"soon"},   {L"--to", L""},           {L"--color", L"red"},
-        {L"-s", L"-f"},   {L"-s", L"-F"}, {L"-s", L"-m", L"1"},   {L"one.log", L"two.log"}, {L"--unknown"}};
+    const Given cases[] = {{L"-p", L"x"},
+                           {L"-p", L""},
+                           {L"-p", L"4294967296"},
+                           {L"-p", L"-1"},
+                           {L"-t", L"1.5"},
+                           {L"-m", L"many"},
+                           {L"-m", L"0"},
+                           {L"--from", L"soon"},
+                           {L"--to", L""},
+                           {L"--color", L"red"},
+                           {L"-s", L"-m", L"1"},
+                           {L"--top", L"3"},
+                           {L"-s", L"--top", L"0"},
+                           {L"-f", L"one.log", L"two.log"},
+                           {L"--unknown"},
+                           {L"-E", L"("},
+                           {L"-E", L"(?<=a)b"},
+                           {L"-v"},
+                           {L"-s", L"-n", L"1"},
+                           {L"-s", L"-C", L"1"},
+                           {L"-j", L"-C", L"1"},
+                           {L"-n", L"1", L"-m", L"1"},
+                           {L"-n", L"1", L"-C", L"1"},
+                           {L"-n", L"0"},
+                           {L"-C", L"10001"},
+                           {L"-f", L"-"},
+                           {L"--time-zone", L"CET"}};
     for (const Given& given : cases) {
         EXPECT_THROW(settings(given), tools::UsageError) << testing::PrintToString(given);
     }
+}
+
+TEST(SettingsTest, OptionsOfEntries) {
+    const Settings s = settings({L"-v", L"-E", L"a+", L"-E", L"b", L"-C", L"3", L"one.log", L"-", L"two.log"});
+    EXPECT_TRUE(s.filter.invert);
+    EXPECT_EQ(s.filter.patterns.size(), 2u);
+    EXPECT_FALSE(s.filter.patterns[0]->isIn("A"));
+    EXPECT_EQ(s.context, 3u);
+    EXPECT_THAT(s.paths, ElementsAre(L"one.log", L"-", L"two.log"));
+    EXPECT_EQ(settings({L"-n", L"4", L"-f"}).tail, 4u);
+    EXPECT_TRUE(settings({L"-i", L"-E", L"a"}).filter.patterns[0]->isIn("A"));
+    EXPECT_TRUE(settings({L"-sfF"}).summary);
+}
+
+TEST(SettingsTest, TimeZoneOfTheLog) {
+    // Here it is 01:43:08, in UTC 23:43:08 of the day before.
+    EXPECT_EQ(settings({L"--from", L"0s"}).filter.from, kNow);
+    EXPECT_EQ(settings({L"--from", L"0s", L"--time-zone", L"Z"}).filter.from, kNow - kZone);
+    EXPECT_EQ(settings({L"--from", L"0s", L"--time-zone=-01:30"}).filter.from, kNow - kZone - 90 * vorellog::kMinute);
+    EXPECT_EQ(settings({L"--from", L"2026-11-16T01:43:08Z", L"--time-zone", L"+02:00"}).filter.from, kNow + kZone);
+    EXPECT_EQ(settings({L"--to", L"yesterday", L"--time-zone", L"Z"}).filter.to,
+              kNow - 6188000 - vorellog::kDay);  // the start of 2026-11-15
 }
 
 TEST(SettingsTest, ColourChoices) {

@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include "tools_log/Records.h"
+#include "vorellog/TrailAssembler.h"
 
 namespace {
 
@@ -28,23 +29,86 @@ Summary summaryOf(const std::vector<std::string>& lines) {
 TEST(SummaryTest, Text) {
     const Summary summary = summaryOf({
         "garbage",
-        header(1, 77, "01:43:08") + "WARN: a",
-        header(1, 77, "01:43:10") + "WARN: b",
-        header(2, 77, "01:43:09") + "WARN Truncated: c",
+        header(1, 77, "01:43:08") + "WARN: order 7 is late",
+        header(1, 77, "01:43:10") + "WARN: order 12 is late",
+        header(2, 77, "01:43:09") + "WARN Truncated: order 8 is late",
         "[Mon Nov 16" + header(1, 4312, "01:43:08") + "Vorel Error: ha" + header(1, 4312, "01:43:08") + "no prefix",
     });
     EXPECT_EQ(summary.text(), "5 records from 2026-11-16 01:43:08 to 2026-11-16 01:43:10, "
                               "2 entries without a header; 4 of 7 damaged: 1 cut, 2 mid-line, 1 no header\n"
                               "\n"
+                              "   Entries  Message\n"
+                              "         3  WARN: order # is late\n"
+                              "            2026-11-16 01:43:08 to 2026-11-16 01:43:10, 1 process\n"
+                              "            first: host7.77.1: order 7 is late\n"
+                              "         1  no prefix\n"
+                              "            2026-11-16 01:43:08, 1 process\n"
+                              "            first: host7.4312.1: no prefix\n"
+                              "         1  Vorel Error: ha\n"
+                              "            2026-11-16 01:43:08, 1 process\n"
+                              "            first: host7.4312.1: ha\n"
+                              "\n"
                               "Process     Prefix        Records  First                Last\n"
+                              "host7.77    WARN                3  2026-11-16 01:43:08  2026-11-16 01:43:10\n"
                               "host7.4312                      1  2026-11-16 01:43:08  2026-11-16 01:43:08\n"
                               "host7.4312  Vorel Error         1  2026-11-16 01:43:08  2026-11-16 01:43:08\n"
-                              "host7.77    WARN                3  2026-11-16 01:43:08  2026-11-16 01:43:10\n"
                               "\n"
                               "Steps of 1 s          Records\n"
                               "2026-11-16 01:43:08         3  ########################################\n"
                               "2026-11-16 01:43:09         1  ##############\n"
                               "2026-11-16 01:43:10         1  ##############\n");
+}
+
+TEST(SummaryTest, TopLimitsGroupsAndRows) {
+    const Summary summary = summaryOf({header(1, 1) + "WARN: a", header(1, 2) + "WARN: a", header(1, 3) + "WARN: b"});
+    EXPECT_THAT(summary.text(1), HasSubstr("\n   Entries  Message (1 of 2; --top shows more)\n         2  WARN: a\n"));
+    EXPECT_THAT(summary.text(1), Not(HasSubstr("WARN: b")));
+    EXPECT_THAT(summary.text(1), HasSubstr("\nhost7.1  WARN           1  2026-11-16 01:43:08  2026-11-16 01:43:08\n"
+                                           "(1 of 3 rows; --top shows more)\n"));
+    EXPECT_THAT(summary.text(2), Not(HasSubstr("of 2; --top")));
+    EXPECT_THAT(summary.text(3), Not(HasSubstr("--top")));
+    EXPECT_THAT(summary.json(1), HasSubstr(R"(,"groups":2,"ungrouped":0})"));
+    EXPECT_THAT(summary.json(1), Not(HasSubstr(R"("message":"b")")));
+    EXPECT_THAT(summary.json(1), Not(HasSubstr("host7.3")));
+}
+
+TEST(SummaryTest, GroupsAreInJson) {
+    const Summary summary =
+        summaryOf({header(1, 77, "01:43:08") + "WARN: order 7", header(1, 78, "01:44:08") + "WARN: order 8\xE9"});
+    EXPECT_THAT(
+        summary.json(),
+        HasSubstr("\n"
+                  R"({"type":"group","entries":1,"first":"2026-11-16T01:43:08","last":"2026-11-16T01:43:08",)"
+                  R"("processes":1,"prefix":"WARN","message":"order #","writer":"host7.77.1","example":"order 7"})"
+                  "\n"));
+}
+
+TEST(SummaryTest, ExceptionsAreGroupedByTheirTrails) {
+    Summary summary;
+    vorellog::TrailAssembler assembler([&](const vorellog::Trail& trail) {
+        trail.isException ? summary.add(trail) : summary.add(trail.records.front());
+    });
+    for (const unsigned long thread : {1UL, 2UL}) {
+        for (const char* const text : {"Vorel Error: line 7 is\nbad", "Vorel Error: f: Vorel exception rethrown",
+                                       "Vorel Error: main: Vorel exception caught", "WARN: line 7 is\nbad"}) {
+            assembler.add(test::recordOf(header(thread, 4312) + text));
+        }
+        assembler.add(test::recordOf(header(thread, 4312) + "Vorel Error: line 8 is\nbad"));
+        assembler.add(test::recordOf(header(thread, 4312) + "Vorel Error: main: Vorel exception caught"));
+    }
+    assembler.flush();
+    EXPECT_THAT(summary.text(), HasSubstr("12 records from"));
+    EXPECT_THAT(summary.text(), HasSubstr("\n         2  Vorel Error: line # is bad\n"
+                                          "              > f: Vorel exception rethrown\n"
+                                          "              > main: Vorel exception caught\n"
+                                          "            2026-11-16 01:43:08, 1 process\n"
+                                          "            first: host7.4312.1: line 7 is bad\n"));
+    EXPECT_THAT(summary.text(), HasSubstr("\n         2  Vorel Error: line # is bad\n"
+                                          "              > main: Vorel exception caught\n"));
+    EXPECT_THAT(summary.json(), HasSubstr(R"("message":"line # is\nbad","trail":["f: Vorel exception rethrown",)"
+                                          R"("main: Vorel exception caught"],"writer":"host7.4312.1",)"
+                                          R"("example":"line 7 is\nbad"})"));
+    EXPECT_THAT(summary.json(), HasSubstr(R"("groups":3,)"));
 }
 
 TEST(SummaryTest, EmptyLogHasNoTable) {
@@ -54,21 +118,26 @@ TEST(SummaryTest, EmptyLogHasNoTable) {
 
 TEST(SummaryTest, Json) {
     const Summary summary = summaryOf({header(1, 77, "01:43:08") + "W\"ARN: a", header(1, 77, "01:44:08") + "caf\xE9"});
-    EXPECT_EQ(
-        summary.json().substr(0, summary.json().find("{\"type\":\"step\"")),
-        R"({"type":"summary","entries":2,"records":2,"from":"2026-11-16T01:43:08","to":"2026-11-16T01:44:08","cut":0,"midLine":0,"noHeader":0,"badUtf8":1})"
-        "\n"
-        R"({"type":"count","process":"host7.77","prefix":"","records":1,"first":"2026-11-16T01:44:08","last":"2026-11-16T01:44:08"})"
-        "\n"
-        R"({"type":"count","process":"host7.77","prefix":"W\"ARN","records":1,"first":"2026-11-16T01:43:08","last":"2026-11-16T01:43:08"})"
-        "\n");
+    EXPECT_THAT(
+        summary.json(),
+        ::testing::StartsWith(
+            R"({"type":"summary","entries":2,"records":2,"from":"2026-11-16T01:43:08","to":"2026-11-16T01:44:08","cut":0,"midLine":0,"noHeader":0,"badUtf8":1,"groups":2,"ungrouped":0})"
+            "\n"));
+    EXPECT_THAT(
+        summary.json(),
+        HasSubstr(
+            R"({"type":"count","process":"host7.77","prefix":"","records":1,"first":"2026-11-16T01:44:08","last":"2026-11-16T01:44:08"})"
+            "\n"
+            R"({"type":"count","process":"host7.77","prefix":"W\"ARN","records":1,"first":"2026-11-16T01:43:08","last":"2026-11-16T01:43:08"})"
+            "\n"));
     EXPECT_THAT(summary.json(), HasSubstr(R"({"type":"step","from":"2026-11-16T01:43:05","seconds":5,"records":1})"
                                           "\n"
                                           R"({"type":"step","from":"2026-11-16T01:43:10","seconds":5,"records":0})"
                                           "\n"));
-    EXPECT_EQ(Summary().json(),
-              R"({"type":"summary","entries":0,"records":0,"cut":0,"midLine":0,"noHeader":0,"badUtf8":0})"
-              "\n");
+    EXPECT_EQ(
+        Summary().json(),
+        R"({"type":"summary","entries":0,"records":0,"cut":0,"midLine":0,"noHeader":0,"badUtf8":0,"groups":0,"ungrouped":0})"
+        "\n");
 }
 
 TEST(SummaryTest, RowsAboveTheLimitAreCountedAsOthers) {
@@ -81,6 +150,12 @@ TEST(SummaryTest, RowsAboveTheLimitAreCountedAsOthers) {
     EXPECT_THAT(summary.json(), HasSubstr(R"x({"type":"count","process":"(others)","prefix":"","records":50,)x"));
     EXPECT_THAT(summary.json(),
                 HasSubstr(R"("process":"host7.1","prefix":"WARN","records":)" + std::to_string(processes + 1)));
+}
+
+TEST(SummaryTest, MessagesAreEscaped) {
+    const std::string text = summaryOf({header() + "WARN: \x1B[2J\n\xE2\x80\xAE \xE9"}).text();
+    EXPECT_THAT(text, HasSubstr("WARN: \\x1B[#J \\xE2\\x80\\xAE \\xE9\n"));
+    EXPECT_THAT(text, Not(HasSubstr("\x1B")));
 }
 
 TEST(SummaryTest, HostIsEscaped) {

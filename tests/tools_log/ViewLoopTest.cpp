@@ -32,6 +32,7 @@ class Bytes : public LogFile {
 public:
     Bytes(unsigned long long index, std::string bytes) : m_index(index), m_bytes(std::move(bytes)) {}
     [[nodiscard]] FileId id() const override { return {1, m_index}; }
+    [[nodiscard]] unsigned long long size() const override { return m_bytes.size(); }
     std::size_t read(unsigned long long offset, char* buffer, std::size_t size) override {
         return m_bytes.copy(buffer, size, std::min<std::size_t>(offset, m_bytes.size()));
     }
@@ -95,11 +96,11 @@ protected:
 };
 
 constexpr LocalMs kMaxBusyMs = ViewLoop::kMaxBusyMs;
-const Settings kFollowing = {.path = L"my.log", .follow = true};
+const Settings kFollowing = {.paths = {L"my.log"}, .follow = true};
 
 TEST_F(ViewLoopTest, ExistingLogIsShownWithoutReports) {
     files.index = 1;
-    run({.path = L"my.log"});
+    run({.paths = {L"my.log"}});
     EXPECT_EQ(shown, files.bytes);
     EXPECT_THAT(clock.reports, IsEmpty());
 }
@@ -115,7 +116,7 @@ TEST_F(ViewLoopTest, FollowReportsAMissingLogOnce) {
 }
 
 TEST_F(ViewLoopTest, MissingLogIsNotAwaitedWithoutFollow) {
-    run({.path = L"my.log"});
+    run({.paths = {L"my.log"}});
     EXPECT_EQ(clock.nowMs(), 0);
     EXPECT_THAT(clock.reports, IsEmpty());
 }
@@ -169,7 +170,7 @@ TEST_F(ViewLoopTest, BusyLogIsPolledLessOften) {
 
 TEST_F(ViewLoopTest, BusyLogFailsWithoutFollow) {
     files.isBusy = true;
-    EXPECT_THROW(run({.path = L"my.log"}), FileBusy);
+    EXPECT_THROW(run({.paths = {L"my.log"}}), FileBusy);
     EXPECT_GT(clock.nowMs(), kMaxBusyMs);
     EXPECT_THAT(clock.reports, IsEmpty());
 }

@@ -101,6 +101,112 @@ TEST(ViewerTest, StopsAtMaxCount) {
     EXPECT_EQ(viewing.take(), header() + "a\n" + header() + "b\n");
 }
 
+TEST(ViewerTest, ContextIsShownAroundMatches) {
+    Settings settings{.context = 1};
+    settings.filter.texts = {"hit"};
+    Viewing viewing(settings);
+    for (const char* const text : {"a", "b", "hit 1", "hit 2", "c", "d", "e", "hit 3", "f", "g"}) {
+        viewing.viewer.bytes(header() + text + "\n");
+    }
+    viewing.viewer.finish();
+    const auto lines = [](const std::vector<std::string>& texts) {
+        std::string all;
+        for (const std::string& text : texts) {
+            all += text == "--" ? "--\n" : header() + text + '\n';
+        }
+        return all;
+    };
+    EXPECT_EQ(viewing.take(), lines({"b", "hit 1", "hit 2", "c", "--", "e", "hit 3", "f"}));
+    EXPECT_EQ(viewing.viewer.entries(), 3u);
+}
+
+TEST(ViewerTest, ContextOfTheLastEntryOfMaxCount) {
+    Settings settings{.maxEntries = 1, .context = 2};
+    settings.filter.texts = {"hit"};
+    Viewing viewing(settings);
+    viewing.viewer.bytes(header() + "hit 1\n" + header() + "a\n" + header() + "b\n");
+    EXPECT_FALSE(viewing.viewer.hasEnough());  // the record after "a" is not complete
+    viewing.viewer.bytes(header() + "c\n" + header() + "d\n");
+    EXPECT_TRUE(viewing.viewer.hasEnough());
+    viewing.viewer.finish();
+    EXPECT_EQ(viewing.take(), header() + "hit 1\n" + header() + "a\n" + header() + "b\n");
+}
+
+TEST(ViewerTest, ContextOfTrails) {
+    Settings settings{.fold = true, .context = 1};
+    settings.filter.texts = {"hit"};
+    Viewing viewing(settings);
+    viewing.viewer.bytes(header() + "Vorel Error: a\n" + header() + "Vorel Error: f: Vorel exception caught\n" +
+                         header() + "WARN: hit\n");
+    viewing.viewer.finish();
+    EXPECT_EQ(viewing.take(),
+              header() + "Vorel Error: a\n    > f: Vorel exception caught\n" + header() + "WARN: hit\n");
+}
+
+TEST(ViewerTest, InvertedTextExcludesWholeTrails) {
+    Settings settings{.fold = true};
+    settings.filter.texts = {"Parser"};
+    settings.filter.invert = true;
+    Viewing viewing(settings);
+    viewing.viewer.bytes(header() + "Vorel Error: a\n" + header() +
+                         "Vorel Error: Parser::run: Vorel exception caught\n" + header() + "WARN: b\n");
+    viewing.viewer.finish();
+    EXPECT_EQ(viewing.take(), header() + "WARN: b\n");
+}
+
+TEST(ViewerTest, TailShowsTheLastEntries) {
+    Viewing viewing({.tail = 2});
+    viewing.viewer.bytes(header() + "a\n" + header() + "b\nfurther\n" + header() + "c\n");
+    viewing.viewer.showPending(0);
+    viewing.viewer.showPending(0);
+    EXPECT_EQ(viewing.take(), "");
+    viewing.viewer.finish();
+    EXPECT_EQ(viewing.take(), header() + "b\n    | further\n" + header() + "c\n");
+}
+
+TEST(ViewerTest, TailOfAFollowedLogShowsLaterEntries) {
+    Viewing viewing({.follow = true, .tail = 1});
+    viewing.viewer.bytes(header() + "a\n" + header() + "b\n");
+    viewing.viewer.showPending(0);
+    EXPECT_EQ(viewing.take(), "");
+    viewing.viewer.showPending(0);
+    EXPECT_EQ(viewing.take(), header() + "b\n");
+    viewing.viewer.bytes(header() + "c\n" + header() + "d\n" + header() + "e\n");
+    viewing.viewer.showPending(0);
+    viewing.viewer.showPending(0);
+    EXPECT_EQ(viewing.take(), header() + "c\n" + header() + "d\n" + header() + "e\n");
+}
+
+TEST(ViewerTest, FollowedSummaryIsDrawnOnAConsole) {
+    std::string written;
+    Viewer viewer(
+        {.follow = true, .summary = true}, false, [&](std::string_view text) { written += text; }, 3);
+    viewer.bytes(header() + "WARN: a\n" + header() + "WARN: b\n");
+    viewer.showPending(5000);
+    EXPECT_EQ(written, "\x1B[H\x1B[2J\x1B[3J1 record from 2026-11-16 01:43:08 to 2026-11-16 01:43:08\n\n");
+    written.clear();
+    viewer.showPending(5999);  // too early
+    EXPECT_EQ(written, "");
+    viewer.showPending(6000);
+    EXPECT_THAT(written, ::testing::HasSubstr("2 records"));
+    written.clear();
+    viewer.showPending(9000);  // nothing new
+    EXPECT_EQ(written, "");
+    viewer.finish();
+    EXPECT_THAT(written, ::testing::StartsWith("2 records"));
+    EXPECT_THAT(written, ::testing::HasSubstr("Steps of"));
+}
+
+TEST(ViewerTest, FollowedSummaryIsWrittenOnceIntoAPipe) {
+    Viewing viewing({.follow = true, .summary = true});
+    viewing.viewer.bytes(header() + "WARN: a\n");
+    viewing.viewer.showPending(0);
+    viewing.viewer.showPending(9000);
+    EXPECT_EQ(viewing.take(), "");
+    viewing.viewer.finish();
+    EXPECT_THAT(viewing.take(), ::testing::StartsWith("1 record "));
+}
+
 TEST(ViewerTest, SummaryCountsMatchingRecords) {
     Settings settings{.json = true, .summary = true};
     settings.filter.prefixes = {"WARN"};

@@ -190,7 +190,7 @@ TEST_F(VorellogTest, ExitCodes) {
     EXPECT_EQ(view({L"--unknown"}).exitCode, 2u);
     EXPECT_EQ(view({L"-p", L"x"}).exitCode, 2u);
     EXPECT_EQ(view({L"-m", L"0"}).exitCode, 2u);
-    EXPECT_EQ(view({L"another.log"}).exitCode, 2u);
+    EXPECT_EQ(view({L"another.log"}).exitCode, 3u);  // the other one is shown
     const std::wstring folder = log.folder().widePath();
     EXPECT_EQ(test::capture(L"vorellog", {folder}).exitCode, 3u);
     const Captured missing = test::capture(L"vorellog", {folder + L"\\no.log"});
@@ -200,12 +200,73 @@ TEST_F(VorellogTest, ExitCodes) {
     EXPECT_EQ(view({}).exitCode, 1u);
 }
 
+TEST_F(VorellogTest, ReadsSeveralLogsInTheGivenOrder) {
+    write(log.path(), header(2) + "WARN: two\r\n");
+    const std::string first = log.folder().path() + "\\first.log";
+    write(first, header(1) + "WARN: one\r\n");
+    const std::wstring missing = log.folder().widePath() + L"\\no.log";
+    const Captured shown = view({std::wstring(first.begin(), first.end()), missing});
+    EXPECT_EQ(shown.output, header(1) + "WARN: one\n" + header(2) + "WARN: two\n");
+    EXPECT_THAT(shown.error, HasSubstr("no.log: log not found"));
+    EXPECT_EQ(shown.exitCode, 3u);
+}
+
+TEST_F(VorellogTest, ReadsStandardInput) {
+    const Captured shown = test::capture(L"vorellog", {L"-"}, "\xEF\xBB\xBF" + header() + "WARN: piped\r\n");
+    EXPECT_EQ(shown.output, header() + "WARN: piped\n");
+    EXPECT_EQ(shown.exitCode, 0u);
+    EXPECT_EQ(test::capture(L"vorellog", {L"-"}).exitCode, 1u);
+}
+
+TEST_F(VorellogTest, ReadsUtf16AsPowerShellWritesIt) {
+    const std::string line = header() + "WARN: a\r\n";
+    std::string wide = "\xFF\xFE";
+    for (const char c : line) {
+        wide += c;
+        wide += '\0';
+    }
+    write(log.path(), wide);
+    EXPECT_EQ(view({}).output, header() + "WARN: a\n");
+    EXPECT_EQ(view({L"--tail", L"1"}).output, header() + "WARN: a\n");
+}
+
+TEST_F(VorellogTest, CompressedLogThatEndsEarly) {
+    write(log.path(), std::string("\x1F\x8B\x08\x00\x00\x00\x00\x00\x00\x03\x4B", 11));
+    const Captured shown = view({});
+    EXPECT_EQ(shown.exitCode, 3u);
+    EXPECT_THAT(shown.error, HasSubstr("the compressed data ends early"));
+}
+
+TEST_F(VorellogTest, ShowsTheEndOfALargeLog) {
+    std::string bytes;
+    std::string last;
+    for (unsigned long thread = 1; thread <= 30000; ++thread) {
+        bytes += header(thread) + "WARN: " + (thread % 7 == 0 ? "seventh" : "another") + "\r\n";
+        if (thread > 29990) {
+            last += header(thread) + "WARN: " + (thread % 7 == 0 ? "seventh" : "another") + "\n";
+        }
+    }
+    write(log.path(), bytes);
+    EXPECT_EQ(view({L"--tail", L"10"}).output, last);
+    // 29988 and 29995 are multiples of seven.
+    EXPECT_EQ(view({L"-n2", L"-E", L"sev.*th"}).output,
+              header(29988) + "WARN: seventh\n" + header(29995) + "WARN: seventh\n");
+    EXPECT_EQ(linesOf(view({L"-n", L"40000"}).output).size(), 30000u);
+    EXPECT_EQ(view({L"-F", L"-n10"}).output, last);
+}
+
+TEST_F(VorellogTest, SuggestsAnOption) {
+    EXPECT_THAT(view({L"--sumary"}).error, HasSubstr("unknown option --sumary; did you mean --summary?"));
+}
+
 TEST_F(VorellogTest, HelpListsOptionsAndExitCodes) {
     const Captured help = test::capture(L"vorellog", {L"--help"});
     EXPECT_EQ(help.exitCode, 0u);
-    for (const char* const word : {"--follow", "--process", "--thread", "--prefix", "--from", "--to", "--text",
-                                   "--ignore-case", "--damaged", "--max-count", "--fold", "--summary", "--json",
-                                   "--color", "--version", "0 entries", "1 nothing", "2 invalid", "3 the"}) {
+    for (const char* const word :
+         {"--follow",      "--process", "--thread",    "--prefix",  "--from",    "--to",   "--text",
+          "--ignore-case", "--damaged", "--max-count", "--fold",    "--summary", "--json", "--color",
+          "--version",     "--regexp",  "--invert",    "--context", "--tail",    "--top",  "--time-zone",
+          "0 entries",     "1 nothing", "2 invalid",   "3 a log"}) {
         EXPECT_THAT(help.output, HasSubstr(word));
     }
 }

@@ -19,6 +19,28 @@ std::wstring quoted(std::wstring_view text) {
     return L'"' + std::wstring(text) + L'"';
 }
 
+/// The number of characters to insert, remove or replace, and of neighbours to swap, that make `b` of `a` (Damerau,
+/// Levenshtein: optimal string alignment).
+std::size_t editDistance(std::wstring_view a, std::wstring_view b) {
+    const std::size_t width = b.size() + 1;
+    std::vector<std::size_t> costs((a.size() + 1) * width);
+    for (std::size_t i = 0; i <= a.size(); ++i) {
+        for (std::size_t j = 0; j <= b.size(); ++j) {
+            std::size_t& cost = costs[i * width + j];
+            if (i == 0 || j == 0) {
+                cost = i + j;
+                continue;
+            }
+            cost = std::min({costs[(i - 1) * width + j] + 1, costs[i * width + j - 1] + 1,
+                             costs[(i - 1) * width + j - 1] + (a[i - 1] == b[j - 1] ? 0U : 1U)});
+            if (i > 1 && j > 1 && a[i - 1] == b[j - 2] && a[i - 2] == b[j - 1]) {
+                cost = std::min(cost, costs[(i - 2) * width + j - 2] + 1);
+            }
+        }
+    }
+    return costs.back();
+}
+
 /// "-o, --output <file>"
 std::wstring spelling(const Option& option) {
     std::wstring text = option.letter ? std::wstring{L'-', option.letter, L',', L' '} : std::wstring(4, L' ');
@@ -82,7 +104,7 @@ private:
         const std::wstring_view name = text.substr(0, equals);
         const Option* const option = find([&](const Option& each) { return each.name == name; });
         if (!option) {
-            reject(L"unknown option --" + std::wstring(name));
+            reject(L"unknown option --" + std::wstring(name) + suggestionFor(name));
         }
         if (equals == std::wstring_view::npos) {
             add(*option, L"--" + std::wstring(name));
@@ -91,6 +113,25 @@ private:
         } else {
             m_result.m_given.push_back({option, std::wstring(text.substr(equals + 1))});
         }
+    }
+
+    /// "; did you mean --summary?", or nothing if no option has a similar name.
+    [[nodiscard]] std::wstring suggestionFor(std::wstring_view name) const {
+        constexpr std::size_t kMaxEdits = 2;
+        std::wstring_view best;
+        std::size_t least = std::min(kMaxEdits, (name.size() + 1) / 2) + 1;
+        const auto consider = [&](const Option& option) {
+            const std::size_t edits = editDistance(name, option.name);
+            // A start of a name is as good as a misspelled one.
+            const std::size_t cost = name.size() > 1 && option.name.starts_with(name) ? 1 : edits;
+            if (cost < least) {
+                least = cost;
+                best = option.name;
+            }
+        };
+        std::for_each(m_syntax.options.begin(), m_syntax.options.end(), consider);
+        consider(kHelp);
+        return best.empty() ? std::wstring() : L"; did you mean --" + std::wstring(best) + L"?";
     }
 
     void parseLetters(std::wstring_view letters) {

@@ -8,6 +8,8 @@
 ///     const Arguments arguments = parse(kSyntax, given);
 ///     if (arguments.has(L"help")) { … helpText(kSyntax) … }
 ///
+/// An unknown option is reported with the name that it resembles.
+///
 /// `--name value`, `--name=value`, `-n value` and `-nvalue` are equivalent; switches may share a dash (`-dx`). A value
 /// may begin with a dash. `--` ends the options. `-` and arguments that look like negative numbers are operands.
 /// Options and operands may be in any order. Every command supports `--help` (`-h`).

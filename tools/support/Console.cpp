@@ -68,6 +68,16 @@ unsigned int consoleColumns(Stream stream) noexcept {
     return columns > 1 ? static_cast<unsigned int>(columns) : kDefaultColumns;
 }
 
+unsigned int consoleRows(Stream stream) noexcept {
+    constexpr unsigned int kDefaultRows = 25;
+    CONSOLE_SCREEN_BUFFER_INFO info = {};
+    if (!GetConsoleScreenBufferInfo(streamHandle(stream), &info)) {
+        return kDefaultRows;
+    }
+    const int rows = info.srWindow.Bottom - info.srWindow.Top + 1;
+    return rows > 1 ? static_cast<unsigned int>(rows) : kDefaultRows;
+}
+
 bool enableEscapeSequences(Stream stream) noexcept {
     DWORD mode = 0;
     void* const console = streamHandle(stream);

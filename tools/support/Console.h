@@ -16,6 +16,9 @@ bool isConsole(Stream stream) noexcept;
 /// Number of columns of the console window; 80 if the stream is not a console.
 unsigned int consoleColumns(Stream stream) noexcept;
 
+/// Number of rows of the console window; 25 if the stream is not a console.
+unsigned int consoleRows(Stream stream) noexcept;
+
 /// Enables escape sequences (colours). Returns false if the console does not support them or the stream is not a
 /// console.
 bool enableEscapeSequences(Stream stream) noexcept;

@@ -1,5 +1,7 @@
 #include "vorellog/Json.h"
 
+#include <array>
+#include <charconv>
 #include <cstdint>
 #include <cstdio>
 
@@ -27,18 +29,41 @@ void appendEscape(std::string& out, std::uint32_t codePoint) {
     out.append(text, static_cast<std::size_t>(size));
 }
 
-bool isEscaped(std::uint32_t codePoint) noexcept {
+constexpr bool isEscaped(std::uint32_t codePoint) noexcept {
     return codePoint == '"' || codePoint == '\\' || tools::needsEscape(codePoint);
 }
+
+/// By byte: whether it is a character that is written as it is.
+constexpr std::array<bool, 256> kIsPlain = [] {
+    std::array<bool, 256> table{};
+    for (std::uint32_t byte = 0; byte < 0x80; ++byte) {
+        table[byte] = !isEscaped(byte);
+    }
+    return table;
+}();
 
 }  // namespace
 
 void appendJson(std::string& out, std::string_view text) {
-    out += '"';
+    // Most texts are plain: copy and check them at once.
+    const std::size_t start = out.size();
+    out.resize(start + text.size() + 2);
+    char* const quoted = out.data() + start;
+    quoted[0] = '"';
+    std::size_t copied = 0;
+    while (copied != text.size() && kIsPlain[static_cast<unsigned char>(text[copied])]) {
+        quoted[copied + 1] = text[copied];
+        ++copied;
+    }
+    if (copied == text.size()) {
+        quoted[copied + 1] = '"';
+        return;
+    }
+    out.resize(start + copied + 1);
+    text.remove_prefix(copied);
     while (!text.empty()) {
         std::size_t plain = 0;
-        while (plain != text.size() && static_cast<unsigned char>(text[plain]) < 0x80 &&
-               !isEscaped(static_cast<unsigned char>(text[plain]))) {
+        while (plain != text.size() && kIsPlain[static_cast<unsigned char>(text[plain])]) {
             ++plain;
         }
         out.append(text.substr(0, plain));
@@ -66,14 +91,9 @@ void JsonObject::addName(std::string_view name) {
     m_isEmpty = false;
 }
 
-void JsonObject::add(std::string_view name, std::string_view value) {
-    addName(name);
-    appendJson(m_out, value);
-}
-
-void JsonObject::add(std::string_view name, unsigned long long value) {
-    addName(name);
-    m_out += std::to_string(value);
+void JsonObject::appendNumber(unsigned long long value) {
+    char digits[20];
+    m_out.append(digits, std::to_chars(digits, digits + sizeof digits, value).ptr);
 }
 
 }  // namespace vorellog

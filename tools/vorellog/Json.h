@@ -2,6 +2,8 @@
 /// Writes JSON.
 #pragma once
 
+#include <cstddef>
+#include <cstring>
 #include <string>
 #include <string_view>
 
@@ -20,13 +22,35 @@ public:
     JsonObject(const JsonObject&) = delete;
     JsonObject& operator=(const JsonObject&) = delete;
 
-    void add(std::string_view name, std::string_view value);
-    void add(std::string_view name, unsigned long long value);
+    /// Appends a name and a value.
+    template <class Name>
+    void add(const Name& name, std::string_view value) {
+        addName(name);
+        appendJson(m_out, value);
+    }
+    template <class Name>
+    void add(const Name& name, unsigned long long value) {
+        addName(name);
+        appendNumber(value);
+    }
 
     /// Appends a name; the caller appends the value.
     void addName(std::string_view name);
 
+    /// The same for a literal. Its size is known, so that all is copied at once.
+    template <std::size_t size>
+    void addName(const char (&name)[size]) {
+        char text[size + 3] = {',', '"'};
+        std::memcpy(text + 2, name, size - 1);
+        text[size + 1] = '"';
+        text[size + 2] = ':';
+        m_out.append(text + (m_isEmpty ? 1 : 0), size + 3 - (m_isEmpty ? 1 : 0));
+        m_isEmpty = false;
+    }
+
 private:
+    void appendNumber(unsigned long long value);
+
     std::string& m_out;
     bool m_isEmpty = true;
 };

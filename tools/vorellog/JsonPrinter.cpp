@@ -7,8 +7,11 @@ namespace vorellog {
 
 namespace {
 
-void addTime(JsonObject& object, const LogHeader& header) {
-    object.add("time", isoText(header.timeMs, header.hasMilliseconds));
+void addTime(JsonObject& object, const LogHeader& header, std::string& out) {
+    object.addName("time");
+    out += '"';
+    appendIsoText(out, header.timeMs, header.hasMilliseconds);
+    out += '"';
 }
 
 void addWriter(JsonObject& object, const Record& record, const LogHeader& header) {
@@ -31,7 +34,7 @@ void addBody(JsonObject& object, const Record& record, std::string& out) {
         object.add("damage", nameOf(record.damage()));
     }
     object.add("message", body.message);
-    if (!tools::isUtf8(record.text())) {
+    if (record.damage() != Damage::None && !tools::isUtf8(record.text())) {
         vorel::BaseString<char> encoded;
         vorel::util::Base64::EncodeRange(reinterpret_cast<const unsigned char*>(record.text().data()), 0,
                                          static_cast<unsigned int>(record.text().size()), encoded);
@@ -44,7 +47,7 @@ void appendRecord(std::string& out, const Record& record) {
     const LogHeader* const header = record.header();
     object.add("type", header ? "record" : "damaged");
     if (header) {
-        addTime(object, *header);
+        addTime(object, *header, out);
         addWriter(object, record, *header);
     }
     addBody(object, record, out);
@@ -55,7 +58,7 @@ void appendTrail(std::string& out, const Trail& trail) {
     JsonObject object(out);
     const Record& first = trail.records.front();
     object.add("type", "exception");
-    addTime(object, *first.header());
+    addTime(object, *first.header(), out);
     addWriter(object, first, *first.header());
     object.add("end", nameOf(trail.end));
     object.addName("records");
@@ -63,7 +66,7 @@ void appendTrail(std::string& out, const Trail& trail) {
     for (const Record& record : trail.records) {
         out += &record == &first ? "" : ",";
         JsonObject element(out);
-        addTime(element, *record.header());
+        addTime(element, *record.header(), out);
         addBody(element, record, out);
     }
     out += ']';

@@ -28,6 +28,11 @@ public:
 
     [[nodiscard]] FileId id() const override { return m_id; }
 
+    [[nodiscard]] unsigned long long size() const override {
+        LARGE_INTEGER size = {};
+        return GetFileSizeEx(m_handle, &size) ? static_cast<unsigned long long>(size.QuadPart) : 0;
+    }
+
     std::size_t read(unsigned long long offset, char* buffer, std::size_t size) override {
         std::size_t done = 0;
         while (done != size) {

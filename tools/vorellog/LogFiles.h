@@ -34,6 +34,9 @@ public:
 
     [[nodiscard]] virtual FileId id() const = 0;
 
+    /// The current size in bytes.
+    [[nodiscard]] virtual unsigned long long size() const = 0;
+
     /// Reads up to `size` bytes at `offset` and returns their number, which is less than `size` only at the end of the
     /// file.
     /// \throws FileBusy; tools::Failure if the file cannot be read.

@@ -1,11 +1,11 @@
 #include "vorellog/LogTime.h"
 
-#include <array>
 #include <charconv>
 #include <chrono>
-#include <cstdio>
 
 #include <windows.h>
+
+#include "vorellog/TimeZone.h"
 
 namespace vorellog {
 
@@ -113,6 +113,26 @@ std::optional<TimeSpan> dateAndTime(std::string_view text) noexcept {
     return clockTime(cursor, *start);
 }
 
+/// Parses a date and time with an offset from UTC. The sign of an offset is the last one after the clock time.
+std::optional<TimeSpan> withOffset(std::string_view text, const TimeZone& zone) noexcept {
+    const std::size_t clock = text.find(':');
+    const std::size_t sign = text.find_last_of("Zz+-");
+    if (clock == std::string_view::npos || sign == std::string_view::npos || sign < clock) {
+        return std::nullopt;
+    }
+    std::string_view local = text.substr(0, sign);
+    while (local.ends_with(' ')) {
+        local.remove_suffix(1);
+    }
+    const std::optional<LocalMs> offset = parseOffset(text.substr(sign));
+    const std::optional<TimeSpan> span = dateAndTime(local);
+    if (!offset || !span) {
+        return std::nullopt;
+    }
+    const LocalMs from = zone.localTime(span->from - *offset);
+    return TimeSpan{from, from + (span->to - span->from)};
+}
+
 /// Parses a time before `now`: "15m".
 std::optional<TimeSpan> ago(std::string_view text, LocalMs now) noexcept {
     constexpr LocalMs kMax = 1000000000;
@@ -131,6 +151,16 @@ std::optional<TimeSpan> ago(std::string_view text, LocalMs now) noexcept {
     default: return std::nullopt;
     }
     return TimeSpan{now - count * length, now - count * length + 1};
+}
+
+/// Writes the last `digits` digits of a number and a separator, and returns the end. (printf takes longer than all
+/// else.)
+char* writeNumber(char* out, unsigned int number, std::size_t digits, char separator) noexcept {
+    for (std::size_t index = digits; index != 0; number /= 10) {
+        out[--index] = static_cast<char>('0' + number % 10);
+    }
+    out[digits] = separator;
+    return out + digits + 1;
 }
 
 /// The start of the day of `time`, which must not be before 1970.
@@ -169,12 +199,20 @@ std::optional<LocalMs> parseLogTime(std::string_view text) noexcept {
     return *start + hour * kHour + minute * kMinute + second * kSecond;
 }
 
-std::optional<TimeSpan> parseTypedTime(std::string_view text, LocalMs now) noexcept {
+std::optional<TimeSpan> parseTypedTime(std::string_view text, LocalMs now, const TimeZone& zone) noexcept {
+    const LocalMs today = startOfDay(now);
+    if (text == "today" || text == "yesterday") {
+        const LocalMs from = text == "today" ? today : today - kDay;
+        return TimeSpan{from, from + kDay};
+    }
     if (const auto span = dateAndTime(text)) {
         return span;
     }
+    if (const auto span = withOffset(text, zone)) {
+        return span;
+    }
     Cursor cursor(text);
-    if (const auto span = clockTime(cursor, startOfDay(now))) {
+    if (const auto span = clockTime(cursor, today)) {
         return span;
     }
     if (const auto second = parseLogTime(text)) {
@@ -183,22 +221,28 @@ std::optional<TimeSpan> parseTypedTime(std::string_view text, LocalMs now) noexc
     return ago(text, now);
 }
 
-std::string isoText(LocalMs time, bool withMilliseconds, char separator) {
+void appendIsoText(std::string& out, LocalMs time, bool withMilliseconds, char separator) {
     const std::chrono::sys_time<std::chrono::milliseconds> point{std::chrono::milliseconds(time)};
     const auto day = std::chrono::floor<std::chrono::days>(point);
     const std::chrono::year_month_day date{day};
     const std::chrono::hh_mm_ss clock{point - day};
-    std::array<char, 64> text{};
-    const int length =
-        std::snprintf(text.data(), text.size(), "%04d-%02u-%02u%c%02d:%02d:%02d", int{date.year()},
-                      unsigned{date.month()}, unsigned{date.day()}, separator, static_cast<int>(clock.hours().count()),
-                      static_cast<int>(clock.minutes().count()), static_cast<int>(clock.seconds().count()));
-    std::string result(text.data(), static_cast<std::size_t>(length));
+    char text[24];
+    char* end = writeNumber(text, static_cast<unsigned int>(int{date.year()}), 4, '-');
+    end = writeNumber(end, unsigned{date.month()}, 2, '-');
+    end = writeNumber(end, unsigned{date.day()}, 2, separator);
+    end = writeNumber(end, static_cast<unsigned int>(clock.hours().count()), 2, ':');
+    end = writeNumber(end, static_cast<unsigned int>(clock.minutes().count()), 2, ':');
+    end = writeNumber(end, static_cast<unsigned int>(clock.seconds().count()), 2, '.');
     if (withMilliseconds) {
-        const std::string digits = std::to_string(kSecond + clock.subseconds().count());
-        result += '.' + digits.substr(1);
+        end = writeNumber(end, static_cast<unsigned int>(clock.subseconds().count()), 3, '.');
     }
-    return result;
+    out.append(text, end - 1);
+}
+
+std::string isoText(LocalMs time, bool withMilliseconds, char separator) {
+    std::string text;
+    appendIsoText(text, time, withMilliseconds, separator);
+    return text;
 }
 
 LocalMs localNow() noexcept {

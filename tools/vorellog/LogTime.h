@@ -9,6 +9,8 @@
 
 namespace vorellog {
 
+class TimeZone;
+
 /// Milliseconds since 1970-01-01 00:00 on the local clock.
 using LocalMs = long long;
 
@@ -36,14 +38,19 @@ struct TimeSpan {
 /// Parses a time typed by a user:
 ///
 ///     2026-11-16, 2026-11-16 01:43, 2026-11-16T01:43:08.045   a day, a minute, a millisecond
+///     2026-11-16T01:43Z, 2026-11-16 01:43:08 +02:00           with an offset from UTC, converted to `zone`
+///     today, yesterday                                        the day of `now`, and the one before
 ///     01:43, 01:43:08                                         today: the day of `now`
 ///     90s, 15m, 2h, 3d                                        this long before `now`
 ///     Mon Nov 16 01:43:08 2026                                a second, in the format of the log
 ///
 /// Returns nullopt for any other text.
-std::optional<TimeSpan> parseTypedTime(std::string_view text, LocalMs now) noexcept;
+std::optional<TimeSpan> parseTypedTime(std::string_view text, LocalMs now, const TimeZone& zone) noexcept;
 
-/// Returns "2026-11-16T01:43:08", or with `withMilliseconds` "2026-11-16T01:43:08.045".
+/// Appends "2026-11-16T01:43:08", or with `withMilliseconds` "2026-11-16T01:43:08.045". The year has four digits.
+void appendIsoText(std::string& out, LocalMs time, bool withMilliseconds, char separator = 'T');
+
+/// Returns the same text.
 std::string isoText(LocalMs time, bool withMilliseconds, char separator = 'T');
 
 /// The current local time.

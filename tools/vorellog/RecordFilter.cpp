@@ -1,6 +1,7 @@
 #include "vorellog/RecordFilter.h"
 
 #include <algorithm>
+#include <tuple>
 #include <utility>
 
 namespace vorellog {
@@ -28,9 +29,18 @@ RecordFilter::RecordFilter(FilterChoices choices)
       m_needsHeader(!m_choices.processes.empty() || !m_choices.threads.empty() || !m_choices.prefixes.empty() ||
                     m_choices.from || m_choices.to) {}
 
-bool RecordFilter::matches(const Record& record) const {
-    return (!m_choices.damagedOnly || record.damage() != Damage::None) && (!m_needsHeader || matchesHeader(record)) &&
-           matchesTexts(record.body());
+bool RecordFilter::matches(std::span<const Record> records) const {
+    const auto hasText = [this](const Record& record) { return matchesTexts(record.body()); };
+    if (m_choices.invert) {
+        return std::any_of(records.begin(), records.end(), [this](const Record& each) { return matchesKind(each); }) &&
+               std::none_of(records.begin(), records.end(), hasText);
+    }
+    return std::any_of(records.begin(), records.end(),
+                       [&](const Record& each) { return matchesKind(each) && hasText(each); });
+}
+
+bool RecordFilter::matchesKind(const Record& record) const {
+    return (!m_choices.damagedOnly || record.damage() != Damage::None) && (!m_needsHeader || matchesHeader(record));
 }
 
 bool RecordFilter::matchesHeader(const Record& record) const {
@@ -54,7 +64,9 @@ bool RecordFilter::matchesTexts(std::string_view text) const {
         return wanted.empty() ||
                std::search(text.begin(), text.end(), wanted.begin(), wanted.end(), equalButForCase) != text.end();
     };
-    return m_choices.texts.empty() || std::any_of(m_choices.texts.begin(), m_choices.texts.end(), isIn);
+    const auto& [texts, patterns] = std::tie(m_choices.texts, m_choices.patterns);
+    return (texts.empty() && patterns.empty()) || std::any_of(texts.begin(), texts.end(), isIn) ||
+           std::any_of(patterns.begin(), patterns.end(), [text](const auto& each) { return each->isIn(text); });
 }
 
 }  // namespace vorellog

@@ -5,10 +5,13 @@
 /// prefix or time, so a filter on one of these rejects it; only its text can match.
 #pragma once
 
+#include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
+#include "vorellog/Pattern.h"
 #include "vorellog/Record.h"
 
 namespace vorellog {
@@ -16,11 +19,13 @@ namespace vorellog {
 struct FilterChoices {
     std::vector<unsigned long> processes{};
     std::vector<unsigned long> threads{};
-    std::vector<std::string> prefixes{};  ///< without the colon; the case of A to Z is ignored
-    std::vector<std::string> texts{};     ///< anywhere in prefix and message
-    bool ignoreCase = false;              ///< ignores the case of A to Z in `texts`
-    std::optional<LocalMs> from{};        ///< inclusive
-    std::optional<LocalMs> to{};          ///< exclusive
+    std::vector<std::string> prefixes{};                     ///< without the colon; the case of A to Z is ignored
+    std::vector<std::string> texts{};                        ///< anywhere in prefix and message
+    bool ignoreCase = false;                                 ///< ignores the case of A to Z in `texts`
+    std::vector<std::shared_ptr<const Pattern>> patterns{};  ///< alternatives to `texts`
+    bool invert = false;                                     ///< wants records without any of `texts` and `patterns`
+    std::optional<LocalMs> from{};                           ///< inclusive
+    std::optional<LocalMs> to{};                             ///< exclusive
     bool damagedOnly = false;
 };
 
@@ -28,12 +33,16 @@ class RecordFilter {
 public:
     explicit RecordFilter(FilterChoices choices);
 
-    [[nodiscard]] bool matches(const Record& record) const;
+    [[nodiscard]] bool matches(const Record& record) const { return matches({&record, 1}); }
+
+    /// Whether an entry matches: one of its records does. With `invert`, none of them may contain a text.
+    [[nodiscard]] bool matches(std::span<const Record> records) const;
 
     /// Whether only a record with a header can match.
     [[nodiscard]] bool needsHeader() const noexcept { return m_needsHeader; }
 
 private:
+    [[nodiscard]] bool matchesKind(const Record& record) const;
     [[nodiscard]] bool matchesHeader(const Record& record) const;
     [[nodiscard]] bool matchesTexts(std::string_view text) const;
 

@@ -6,6 +6,7 @@
 
 #include "support/Text.h"
 #include "support/Tool.h"
+#include "vorellog/TimeZone.h"
 
 namespace vorellog {
 
@@ -21,41 +22,65 @@ constexpr tools::Option kOptions[] = {
     {L"prefix", L'P', L"prefix", L"only records with this prefix: error, WARN, DEBUG, or a custom one"},
     {L"from", {}, L"time", L"only records from this time on"},
     {L"to", {}, L"time", L"only records up to the end of this second, minute or day"},
+    {L"time-zone", {}, L"offset", L"zone of the times in the log: Z or +02:00 (default: that of this computer)"},
     {L"text", L'e', L"text", L"only records that contain this text"},
-    {L"ignore-case", L'i', {}, L"ignore the case of A to Z in --text"},
+    {L"regexp", L'E', L"expression", L"only records that contain a match"},
+    {L"ignore-case", L'i', {}, L"ignore case in --text (A to Z) and --regexp"},
+    {L"invert", L'v', {}, L"only records without a match of --text and --regexp"},
     {L"damaged", L'd', {}, L"only damaged records"},
+    {L"context", L'C', L"count", L"show this many entries before and after each entry found"},
     {L"max-count", L'm', L"count", L"stop after this many entries, at least 1"},
+    {L"tail", L'n', L"count", L"show only this many entries at the end of the log"},
     {L"fold", L'F', {}, L"show the records of one exception as one entry"},
-    {L"summary", L's', {}, L"show counts by process, prefix and time instead of records"},
+    {L"summary", L's', {}, L"show how often, since when and in how many processes each message occurs"},
+    {L"top", {}, L"count", L"with --summary: show this many messages (default: 10; with --json: all)"},
     {L"json", L'j', {}, L"write JSON, one object per line"},
     {L"color", {}, L"when", L"always, never, or auto (default): on a console unless NO_COLOR is set"},
     {L"version", {}, {}, L"show the version"},
 };
 
-constexpr std::wstring_view kDetails =
-    L"Shows the backup (the name of the log with .001 appended), then the log. The\n"
-    L"default log is C:\\TalvenorError.txt. Programs can keep writing meanwhile.\n"
-    L"\n"
-    L"A repeated option accepts any of its values. Different options must all match.\n"
-    L"\n"
-    L"A time is 2026-11-16, \"2026-11-16 01:43\", 2026-11-16T01:43:08.045, 01:43 (today),\n"
-    L"\"Mon Nov 16 01:43:08 2026\", or before now: 90s, 15m, 2h, 3d.\n"
-    L"\n"
-    L"A line without a header continues the message above it and is shown after \"|\".\n"
-    L"Damaged records are marked:\n"
-    L"  (cut)        the writer was terminated within the line\n"
-    L"  (mid-line)   the header is not at the start of a line: it may be forged\n"
-    L"  (no header)  the writer of the line is unknown\n"
-    L"  (bad UTF-8)  the record contains invalid UTF-8\n"
-    L"\n"
-    L"Exit codes: 0 entries found, 1 nothing found, 2 invalid command line, 3 the log\n"
-    L"cannot be read.";
+constexpr std::wstring_view kDetails = L"Shows the backup (the name of the log with .001 appended), then the log. The\n"
+                                       L"default log is C:\\TalvenorError.txt; \"-\" is standard input. Programs "
+                                       L"can keep\n"
+                                       L"writing meanwhile. gzip and UTF-16 are recognised by the first bytes of "
+                                       L"a file.\n"
+                                       L"\n"
+                                       L"A repeated option accepts any of its values; --text and --regexp are "
+                                       L"alternatives,\n"
+                                       L"too. Different options must all match.\n"
+                                       L"\n"
+                                       L"A time is 2026-11-16, \"2026-11-16 01:43\", 2026-11-16T01:43:08.045, "
+                                       L"01:43 (today),\n"
+                                       L"\"Mon Nov 16 01:43:08 2026\", today, yesterday, or before now: 90s, 15m, "
+                                       L"2h, 3d. With\n"
+                                       L"an offset from UTC: 2026-11-16T01:43Z, 2026-11-16T03:43:08+02:00.\n"
+                                       L"\n"
+                                       L"An expression has the syntax of RE2: like Perl's, without backreferences and\n"
+                                       L"lookaround. It is searched in prefix and message; ^ and $ match at each "
+                                       L"line.\n"
+                                       L"\n"
+                                       L"--summary counts messages that differ only in numbers and ids (#), paths "
+                                       L"(<path>)\n"
+                                       L"and quoted texts (\"...\") as one; with --fold, exceptions with equal "
+                                       L"trails.\n"
+                                       L"\n"
+                                       L"A line without a header continues the message above it and is shown "
+                                       L"after \"|\".\n"
+                                       L"Damaged records are marked:\n"
+                                       L"  (cut)        the writer was terminated within the line\n"
+                                       L"  (mid-line)   the header is not at the start of a line: it may be forged\n"
+                                       L"  (no header)  the writer of the line is unknown\n"
+                                       L"  (bad UTF-8)  the record contains invalid UTF-8\n"
+                                       L"\n"
+                                       L"Exit codes: 0 entries found, 1 nothing found, 2 invalid command line, 3 "
+                                       L"a log\n"
+                                       L"cannot be read.";
 
 constexpr tools::Syntax kSyntax = {.command = L"vorellog",
                                    .summary = L"view the error log of vorelCore",
                                    .options = kOptions,
-                                   .operands = L"[log]",
-                                   .maxOperands = 1,
+                                   .operands = L"[log]...",
+                                   .maxOperands = tools::kAnyNumber,
                                    .details = kDetails};
 
 [[noreturn]] void rejectValue(std::wstring_view option, const std::wstring& value, std::wstring_view expected) {
@@ -70,6 +95,23 @@ unsigned long long numberOf(std::wstring_view option, const std::wstring& value,
         rejectValue(option, value, L"a number");
     }
     return number;
+}
+
+constexpr unsigned long long kMaxCount = 1000000000;
+constexpr unsigned long long kMaxContext = 10000;
+
+/// A number from 1 to `most`.
+std::optional<unsigned long long> countOf(const tools::Arguments& arguments, std::wstring_view option,
+                                          unsigned long long most = kMaxCount) {
+    const std::optional<std::wstring> value = arguments.value(option);
+    if (!value) {
+        return std::nullopt;
+    }
+    const unsigned long long count = numberOf(option, *value, std::numeric_limits<unsigned long long>::max());
+    if (count == 0 || count > most) {
+        rejectValue(option, *value, L"a number from 1 to " + std::to_wstring(most));
+    }
+    return count;
 }
 
 std::vector<unsigned long> idsOf(const tools::Arguments& arguments, std::wstring_view option) {
@@ -100,12 +142,30 @@ std::vector<std::string> prefixesOf(const tools::Arguments& arguments) {
     return prefixes;
 }
 
-std::optional<TimeSpan> timeOf(const tools::Arguments& arguments, std::wstring_view option, LocalMs now) {
+/// The zone of the log, and the current time there.
+struct LogClock {
+    TimeZone zone;
+    LocalMs now = 0;
+};
+
+LogClock clockOf(const tools::Arguments& arguments, const Now& now) {
+    const std::optional<std::wstring> value = arguments.value(L"time-zone");
+    if (!value) {
+        return {TimeZone(), now.local};
+    }
+    const std::optional<LocalMs> offset = parseOffset(tools::toUtf8(*value));
+    if (!offset) {
+        rejectValue(L"time-zone", *value, L"Z, or an offset such as +02:00");
+    }
+    return {TimeZone(*offset), now.utc + *offset};
+}
+
+std::optional<TimeSpan> timeOf(const tools::Arguments& arguments, std::wstring_view option, const LogClock& clock) {
     const std::optional<std::wstring> value = arguments.value(option);
     if (!value) {
         return std::nullopt;
     }
-    const std::optional<TimeSpan> time = parseTypedTime(tools::toUtf8(*value), now);
+    const std::optional<TimeSpan> time = parseTypedTime(tools::toUtf8(*value), clock.now, clock.zone);
     if (!time) {
         rejectValue(option, *value, L"a time, such as \"2026-11-16 01:43\" or 15m");
     }
@@ -131,9 +191,22 @@ void checkTogether(const Settings& settings) {
                                     L" cannot be combined");
         }
     };
-    exclude(settings.summary && settings.follow, L"summary", L"follow");
-    exclude(settings.summary && settings.fold, L"summary", L"fold");
+    const auto need = [](bool isMet, std::wstring_view option, std::wstring_view needed) {
+        if (!isMet) {
+            throw tools::UsageError(L"--" + std::wstring(option) + L" needs " + std::wstring(needed));
+        }
+    };
+    const FilterChoices& filter = settings.filter;
     exclude(settings.summary && settings.maxEntries.has_value(), L"summary", L"max-count");
+    exclude(settings.summary && settings.tail.has_value(), L"summary", L"tail");
+    exclude(settings.summary && settings.context != 0, L"summary", L"context");
+    exclude(settings.json && settings.context != 0, L"json", L"context");
+    exclude(settings.tail && settings.maxEntries, L"tail", L"max-count");
+    exclude(settings.tail && settings.context != 0, L"tail", L"context");
+    need(!settings.top || settings.summary, L"top", L"--summary");
+    need(!filter.invert || !filter.texts.empty() || !filter.patterns.empty(), L"invert", L"--text or --regexp");
+    need(!settings.follow || (settings.paths.size() == 1 && settings.paths.front() != kStandardInput), L"follow",
+         L"one log");
 }
 
 }  // namespace
@@ -142,19 +215,27 @@ const tools::Syntax& syntax() {
     return kSyntax;
 }
 
-Settings settingsOf(const tools::Arguments& arguments, LocalMs now) {
+Settings settingsOf(const tools::Arguments& arguments, const Now& now) {
     Settings settings;
-    settings.path = arguments.operands().empty() ? std::wstring(kDefaultLog) : arguments.operands().front();
+    settings.paths = arguments.operands();
+    if (settings.paths.empty()) {
+        settings.paths.emplace_back(kDefaultLog);
+    }
     settings.filter.processes = idsOf(arguments, L"process");
     settings.filter.threads = idsOf(arguments, L"thread");
     settings.filter.prefixes = prefixesOf(arguments);
     settings.filter.texts = textsOf(arguments, L"text");
     settings.filter.ignoreCase = arguments.has(L"ignore-case");
+    for (const std::string& expression : textsOf(arguments, L"regexp")) {
+        settings.filter.patterns.push_back(std::make_shared<Pattern>(expression, settings.filter.ignoreCase));
+    }
+    settings.filter.invert = arguments.has(L"invert");
     settings.filter.damagedOnly = arguments.has(L"damaged");
-    if (const auto from = timeOf(arguments, L"from", now)) {
+    const LogClock clock = clockOf(arguments, now);
+    if (const auto from = timeOf(arguments, L"from", clock)) {
         settings.filter.from = from->from;
     }
-    if (const auto to = timeOf(arguments, L"to", now)) {
+    if (const auto to = timeOf(arguments, L"to", clock)) {
         settings.filter.to = to->to;
     }
     settings.follow = arguments.has(L"follow");
@@ -162,12 +243,10 @@ Settings settingsOf(const tools::Arguments& arguments, LocalMs now) {
     settings.json = arguments.has(L"json");
     settings.summary = arguments.has(L"summary");
     settings.colours = coloursOf(arguments);
-    if (const auto count = arguments.value(L"max-count")) {
-        settings.maxEntries = numberOf(L"max-count", *count, std::numeric_limits<unsigned long long>::max());
-        if (settings.maxEntries == 0U) {
-            rejectValue(L"max-count", *count, L"a number, at least 1");
-        }
-    }
+    settings.maxEntries = countOf(arguments, L"max-count");
+    settings.top = countOf(arguments, L"top");
+    settings.tail = countOf(arguments, L"tail");
+    settings.context = countOf(arguments, L"context", kMaxContext).value_or(0);
     checkTogether(settings);
     return settings;
 }

@@ -2,8 +2,11 @@
 /// The settings of vorellog, read from its command line.
 #pragma once
 
+#include <cstddef>
 #include <optional>
 #include <string>
+#include <string_view>
+#include <vector>
 
 #include "support/CommandLine.h"
 #include "vorellog/RecordFilter.h"
@@ -13,7 +16,7 @@ namespace vorellog {
 enum class Colours { Auto, Always, Never };
 
 struct Settings {
-    std::wstring path{};  ///< of the log
+    std::vector<std::wstring> paths{};  ///< of the logs; "-" is standard input
     FilterChoices filter{};
     bool follow = false;
     bool fold = false;
@@ -21,14 +24,26 @@ struct Settings {
     bool summary = false;
     Colours colours = Colours::Auto;
     std::optional<unsigned long long> maxEntries{};
+    std::optional<std::size_t> top{};   ///< groups in a summary
+    std::optional<std::size_t> tail{};  ///< shows only this many entries at the end
+    std::size_t context = 0;            ///< entries shown before and after each one that matches
 };
 
 /// Options, operand and help text of the command.
 const tools::Syntax& syntax();
 
-/// \param now the local time, for times such as "15m".
+/// The operand that stands for standard input.
+inline constexpr std::wstring_view kStandardInput = L"-";
+
+/// The current time.
+struct Now {
+    LocalMs local = 0;  ///< in the zone of this computer
+    LocalMs utc = 0;
+};
+
+/// \param now for times such as "15m".
 /// \throws tools::UsageError for invalid values and for options that exclude each other.
-Settings settingsOf(const tools::Arguments& arguments, LocalMs now);
+Settings settingsOf(const tools::Arguments& arguments, const Now& now);
 
 /// Whether the output gets colours. With Colours::Auto ("auto") it does on a capable console unless NO_COLOR is
 /// set.

@@ -1,15 +1,21 @@
 /// \file
-/// Statistics of a log: records by process and prefix, damage, and records over time.
+/// Statistics of a log: groups of equal messages, records by process and prefix, damage, and records over time.
 #pragma once
 
 #include <array>
 #include <cstddef>
-#include <map>
+#include <cstdint>
+#include <optional>
 #include <string>
-#include <utility>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
 
 #include "vorellog/Histogram.h"
+#include "vorellog/MessageGroups.h"
+#include "vorellog/ProcessTable.h"
 #include "vorellog/Record.h"
+#include "vorellog/TrailAssembler.h"
 
 namespace vorellog {
 
@@ -19,13 +25,21 @@ public:
     static constexpr std::size_t kMaxRows = 1000;
     static constexpr std::string_view kOthers = "(others)";
 
+    /// How many groups, and how many pairs of process and prefix, the readable summary shows.
+    static constexpr std::size_t kDefaultTop = 10;
+
+    /// Adds a record as an entry.
     void add(const Record& record);
 
-    /// A readable summary: a table, and a bar for each time step.
-    [[nodiscard]] std::string text() const;
+    /// Adds the records of an exception as one entry.
+    void add(const Trail& trail);
 
-    /// The summary as JSON, one object per line: "summary", a "count" for each row, a "step" for each time step.
-    [[nodiscard]] std::string json() const;
+    /// A readable summary: groups, a table, and a bar for each time step.
+    [[nodiscard]] std::string text(std::optional<std::size_t> top = {}) const;
+
+    /// The summary as JSON, one object per line: "summary", a "group" for each group, a "count" for each pair of
+    /// process and prefix, a "step" for each time step. Without `top`, all groups and pairs.
+    [[nodiscard]] std::string json(std::optional<std::size_t> top = {}) const;
 
 private:
     struct Row {
@@ -35,18 +49,33 @@ private:
 
         void add(LocalMs time) noexcept;
     };
-    using Key = std::pair<std::string, std::string>;  ///< "host7.4312", "WARN"
+    /// A row of the table, ready to be shown.
+    struct ShownRow {
+        std::string process;  ///< "host7.4312"
+        std::string prefix;   ///< shortened and escaped
+        Row row;
+    };
+    struct Hash : std::hash<std::string_view> {
+        using is_transparent = void;
+    };
+    using Prefixes = std::unordered_map<std::string, std::uint32_t, Hash, std::equal_to<>>;
 
-    Row& rowOf(const Record& record, const LogHeader& header);
+    ProcessNumber countRecord(const Record& record);
+    Row& rowOf(ProcessNumber process, std::string_view prefix);
+    [[nodiscard]] std::vector<ShownRow> sortedRows() const;
     [[nodiscard]] unsigned long long damaged() const noexcept;
     [[nodiscard]] unsigned long long entries() const noexcept;
     [[nodiscard]] std::string damageText() const;
-    [[nodiscard]] std::string table() const;
+    void appendGroups(std::string& out, std::size_t top) const;
+    void appendTable(std::string& out, std::size_t top) const;
     [[nodiscard]] std::string bars() const;
     void appendHead(std::string& out) const;
-    static void appendRow(std::string& out, const Key& key, const Row& row);
 
-    std::map<Key, Row> m_rows;
+    ProcessTable m_processes;
+    Prefixes m_prefixes;                            ///< numbers of the first bytes of prefixes
+    std::unordered_map<std::uint64_t, Row> m_rows;  ///< by numbers of process and prefix
+    Row m_others;                                   ///< records beyond kMaxRows
+    MessageGroups m_groups;
     Histogram m_histogram;
     Row m_all;  ///< all records with a header
     std::array<unsigned long long, kDamages> m_damage{};

@@ -8,6 +8,11 @@ namespace vorellog {
 
 namespace {
 
+// Limits of what is kept for later trails: allocating it again for each trail would take longer than all else.
+constexpr std::size_t kMaxSpareTrails = 64;
+constexpr std::size_t kMaxSpareRecords = 256;
+constexpr std::size_t kMaxSpareTextBytes = 4096;
+
 /// The index of the record of `trail` whose message has the same form as that of `record`.
 std::optional<std::size_t> findSameForm(const Trail& trail, const Record& record) {
     const auto& records = trail.records;
@@ -61,7 +66,7 @@ void TrailAssembler::add(const Record& record) {
 }
 
 void TrailAssembler::addSingle(const Record& record, bool isException) {
-    const auto position = m_waiting.emplace(m_waiting.end());
+    const auto position = addWaiting(m_waiting.end());
     position->trail.isException = isException;
     position->trail.end = TrailEnd::Caught;
     append(position, record);
@@ -103,7 +108,7 @@ TrailAssembler::Position TrailAssembler::openTrail(const Writer& writer) {
 }
 
 TrailAssembler::Position TrailAssembler::begin(const Writer& writer) {
-    const auto position = m_waiting.emplace(m_waiting.end());
+    const auto position = addWaiting(m_waiting.end());
     position->writer = writer;
     position->trail.isException = true;
     position->isOpen = true;
@@ -112,7 +117,14 @@ TrailAssembler::Position TrailAssembler::begin(const Writer& writer) {
 }
 
 void TrailAssembler::append(Position position, const Record& record) {
-    position->trail.records.push_back(record);
+    auto& records = position->trail.records;
+    if (m_spareRecords.empty()) {
+        records.push_back(record);
+    } else {
+        records.push_back(std::move(m_spareRecords.back()));
+        m_spareRecords.pop_back();
+        records.back() = record;
+    }
     position->numbers.push_back(m_number);
     position->lastMs = record.header() ? record.header()->timeMs : m_nowMs;
     ++m_recordsWaiting;
@@ -129,7 +141,7 @@ TrailAssembler::Position TrailAssembler::splitBefore(Position position, std::siz
         ++next;
     } while (next != m_waiting.end() && next->numbers.front() < numbers[index]);
 
-    const auto later = m_waiting.emplace(next);
+    const auto later = addWaiting(next);
     later->writer = position->writer;
     later->trail.isException = true;
     later->trail.records.assign(std::make_move_iterator(records.begin() + offset),
@@ -173,13 +185,36 @@ void TrailAssembler::deliverFront() {
     if (m_waiting.front().isOpen) {
         close(m_waiting.begin(), TrailEnd::Open);
     }
-    const Waiting front = std::move(m_waiting.front());
-    m_waiting.pop_front();
+    m_spare.splice(m_spare.begin(), m_waiting, m_waiting.begin());
+    Waiting& front = m_spare.front();
     m_recordsWaiting -= front.trail.records.size();
     for (const Record& record : front.trail.records) {
         m_bytesWaiting -= record.text().size();
     }
     m_deliver(front.trail);
+    for (Record& record : front.trail.records) {
+        if (m_spareRecords.size() < kMaxSpareRecords && record.text().size() <= kMaxSpareTextBytes) {
+            m_spareRecords.push_back(std::move(record));
+        }
+    }
+    front.trail.records.clear();
+    front.numbers.clear();
+    if (m_spare.size() > kMaxSpareTrails) {
+        m_spare.pop_back();
+    }
+}
+
+/// Adds an empty trail before the one at `before`.
+TrailAssembler::Position TrailAssembler::addWaiting(Position before) {
+    if (m_spare.empty()) {
+        return m_waiting.emplace(before);
+    }
+    const auto position = m_spare.begin();
+    m_waiting.splice(before, m_spare, position);
+    position->isOpen = false;
+    position->trail.isException = false;
+    position->trail.end = TrailEnd::Open;
+    return position;
 }
 
 }  // namespace vorellog

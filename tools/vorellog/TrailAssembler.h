@@ -90,9 +90,12 @@ private:
     void close(Position position, TrailEnd end);
     void deliverReady();
     void deliverFront();
+    Position addWaiting(Position before);
 
     std::function<void(const Trail&)> m_deliver;
     std::list<Waiting> m_waiting;
+    std::list<Waiting> m_spare;          ///< delivered trails without records, to be used again
+    std::vector<Record> m_spareRecords;  ///< their records, for the memory of their texts
     std::map<Writer, Position> m_open;
     std::size_t m_recordsWaiting = 0;
     std::size_t m_bytesWaiting = 0;

@@ -61,7 +61,7 @@ void ViewLoop::reportBusy(const FileBusy& reason) {
 void ViewLoop::reportMissing() {
     if (!m_hasReportedMissing && !m_follower.hasFound()) {
         m_hasReportedMissing = true;
-        m_environment.report(m_settings.path + L": log not found; waiting");
+        m_environment.report(m_settings.paths.front() + L": log not found; waiting");
     }
 }
 

@@ -2,11 +2,16 @@
 /// Turns the bytes of a log into output: splits them into lines, records and trails, filters and prints them.
 #pragma once
 
+#include <cstddef>
+#include <deque>
 #include <functional>
 #include <memory>
+#include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 
+#include "vorellog/ContextBuffer.h"
 #include "vorellog/Follower.h"
 #include "vorellog/LineSplitter.h"
 #include "vorellog/Printer.h"
@@ -20,8 +25,10 @@ namespace vorellog {
 
 class Viewer : public LogSink {
 public:
-    /// `write` receives the output in large pieces of whole lines.
-    Viewer(const Settings& settings, bool withColours, std::function<void(std::string_view)> write);
+    /// `write` receives the output in large pieces of whole lines. With `screenRows`, the output is a console with so
+    /// many rows, and a summary that follows the log is shown again and again.
+    Viewer(const Settings& settings, bool withColours, std::function<void(std::string_view)> write,
+           std::size_t screenRows = 0);
 
     void bytes(std::string_view bytes) override;
     void endOfFile() override;
@@ -41,8 +48,11 @@ public:
     /// Whether the last line is incomplete.
     [[nodiscard]] bool isWithinLine() const noexcept { return m_splitter.isWithinLine(); }
 
-    /// Whether --max-count entries were shown.
-    [[nodiscard]] bool hasEnough() const noexcept { return m_maxEntries && m_entries >= *m_maxEntries; }
+    /// Whether --max-count entries were shown, and the entries after them.
+    [[nodiscard]] bool hasEnough() const noexcept { return hasMaxEntries() && m_contextAfter == 0; }
+
+    /// Number of entries shown or counted.
+    [[nodiscard]] unsigned long long entries() const noexcept { return m_entries; }
 
     /// Whether any entry was shown or counted.
     [[nodiscard]] bool hasFound() const noexcept { return m_entries != 0; }
@@ -56,22 +66,38 @@ public:
 private:
     void process(const Record& record);
     void process(const Trail& trail);
-    bool isWanted(const Record& record);
+    bool isWanted(std::span<const Record> records);
     template <class Entry>
-    void show(const Entry& entry);
+    void offer(const Entry& entry, bool wanted);
+    template <class Entry>
+    void print(const Entry& entry);
+    void printContextBefore();
+    void releaseTail();
+    void drawSummary(LocalMs nowMs);
+    [[nodiscard]] bool hasMaxEntries() const noexcept { return m_maxEntries && m_entries >= *m_maxEntries; }
     void writeOut();
 
     RecordFilter m_filter;
+    bool m_follows;
     bool m_folds;
     bool m_summarises;
     bool m_json;
+    std::optional<std::size_t> m_top;
     std::optional<unsigned long long> m_maxEntries;
+    std::optional<std::size_t> m_tail;  ///< until the last entries are shown
+    std::size_t m_context;
+    std::size_t m_screenRows;
     std::unique_ptr<Printer> m_printer;
     std::function<void(std::string_view)> m_write;
     LineSplitter m_splitter;
     RecordReader m_reader;
     TrailAssembler m_assembler;
     Summary m_summary;
+    ContextBuffer m_before;
+    std::size_t m_contextAfter = 0;    ///< number of entries still to be shown after one that matched
+    std::deque<std::string> m_last;    ///< the output of the last entries, with m_tail
+    std::optional<LocalMs> m_drawnMs;  ///< when the summary was shown last
+    bool m_isDrawn = true;             ///< nothing was counted since then
     std::string m_out;
     bool m_hasNewInput = true;  ///< bytes were received since the last showPending()
     LocalMs m_lastInputMs = 0;

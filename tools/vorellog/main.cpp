@@ -12,8 +12,12 @@
 #include "support/Console.h"
 #include "support/Tool.h"
 #include "vorellog/Follower.h"
+#include "vorellog/InputDecoder.h"
 #include "vorellog/LogFiles.h"
 #include "vorellog/Settings.h"
+#include "vorellog/StandardInput.h"
+#include "vorellog/TailStart.h"
+#include "vorellog/TimeZone.h"
 #include "vorellog/ViewLoop.h"
 #include "vorellog/Viewer.h"
 
@@ -68,24 +72,74 @@ public:
     void report(const std::wstring& text) override { vorellog::report(text); }
 };
 
-int view(const Settings& settings) {
-    DiskLogFiles files(settings.path);
-    Viewer viewer(settings, wantsColours(settings), [](std::string_view text) { tools::writeOutput(text); });
-    Follower follower(files, viewer);
-    if (settings.follow) {
-        SetConsoleCtrlHandler(&onControl, TRUE);
+/// The number of rows of a console on which a summary can be shown again and again; 0 if there is none.
+std::size_t screenRows() {
+    return tools::enableEscapeSequences(tools::Stream::Output) ? tools::consoleRows(tools::Stream::Output) : 0;
+}
+
+void startAtTail(LogFiles& files, const Settings& settings, InputDecoder& decoder, Follower& follower) {
+    try {
+        if (const auto start = findTailStart(files, settings)) {
+            decoder.startWithin();
+            follower.startAt(start->log, start->offset);
+        }
+    } catch (const FileBusy&) {  // reads from the start when the file can be read
+        return;
+    }
+}
+
+/// Views a log and its backup.
+void viewLog(const std::wstring& path, const Settings& settings, Viewer& viewer) {
+    DiskLogFiles files(path);
+    InputDecoder decoder(viewer, path);
+    Follower follower(files, decoder);
+    if (settings.tail && settings.paths.size() == 1) {
+        startAtTail(files, settings, decoder, follower);
     }
     Process process;
     ViewLoop loop(settings, follower, viewer, process);
     loop.run();
-    viewer.finish();
-    if (!follower.hasFound() && !settings.follow) {
-        throw tools::Failure(settings.path + L": log not found");
-    }
+    decoder.endOfFile();
     loop.reportGaps();
+    if (!follower.hasFound() && !settings.follow) {
+        throw tools::Failure(path + L": log not found");
+    }
+}
+
+/// Views all logs; returns false if one of them cannot be read.
+bool viewAll(const Settings& settings, Viewer& viewer) {
+    bool good = true;
+    for (const std::wstring& path : settings.paths) {
+        try {
+            if (path == kStandardInput) {
+                InputDecoder decoder(viewer, L"standard input");
+                readStandardInput(decoder, viewer);
+            } else {
+                viewLog(path, settings, viewer);
+            }
+        } catch (const tools::Failure& failure) {
+            report(failure.text());
+            good = false;
+        }
+    }
+    return good;
+}
+
+int view(const Settings& settings) {
+    Viewer viewer(
+        settings, wantsColours(settings), [](std::string_view text) { tools::writeOutput(text); },
+        settings.follow ? screenRows() : 0);
+    if (settings.follow) {
+        SetConsoleCtrlHandler(&onControl, TRUE);
+    }
+    const bool good = viewAll(settings, viewer);
+    viewer.finish();
     if (viewer.undecided() != 0) {
         report(L"damaged records not shown, because they have no process, thread, prefix and time: " +
                std::to_wstring(viewer.undecided()));
+    }
+    if (!good) {
+        return kCannotRead;
     }
     return viewer.hasFound() ? kFound : kNothingFound;
 }
@@ -100,7 +154,7 @@ int runWith(const std::vector<std::wstring>& given) {
         tools::writeOutput(tools::versionText(kProgram));
         return kFound;
     }
-    const Settings settings = settingsOf(arguments, localNow());
+    const Settings settings = settingsOf(arguments, {localNow(), utcNow()});
     try {
         return view(settings);
     } catch (const tools::OutputClosed&) {

@@ -1,0 +1,76 @@
+#include "vorellog/MessageForm.h"
+
+#include <string>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+std::string formOf(std::string_view message) {
+    std::string form = "before ";
+    vorellog::appendForm(form, message);
+    EXPECT_TRUE(form.starts_with("before "));
+    return form.substr(7);
+}
+
+TEST(MessageFormTest, Replacements) {
+    struct Case {
+        const char* message;
+        const char* form;
+        const char* why;
+    };
+    const Case cases[] = {
+        {"", "", "nothing"},
+        {"no number", "no number", "plain text"},
+        {"Operation 7 of 12 overran", "Operation # of # overran", "numbers"},
+        {"7", "#", "only a number"},
+        {"took -7 ms, +8 ms", "took # ms, # ms", "signs"},
+        {"a-7", "a-#", "a hyphen in a word is not a sign"},
+        {"took 7ms", "took #ms", "unit without a space"},
+        {"3.14 1,000,000 1.2.3", "# # #", "fraction, thousands, version"},
+        {"at 10.0.3.7:443.", "at #:#.", "address and port; the last period ends the sentence"},
+        {"at 12:30:05", "at #:#:#", "time"},
+        {"user u42", "user u#", "number after letters"},
+        {"ConvertUTF8toString: failed", "ConvertUTF8toString: failed", "number within a name"},
+        {"id k3j9x", "id k#j#x", "several numbers within letters"},
+        {"id 4d3e, a7c9, DEADBEEF1", "id #, #, #", "hexadecimal words"},
+        {"id a7c", "id a7c", "too short for a hexadecimal id"},
+        {"feed beef", "feed beef", "words of hexadecimal letters"},
+        {"error 0x80070005, 0X1", "error #, #", "hexadecimal numbers with a mark"},
+        {"id {3f2504e0-4f89-11d3-9a0c-0305e82cabcd}", "id {#}", "GUID"},
+        {"id deadbeef-1f89-aaaa-bbbb-cccccccccccc", "id deadbeef-#-aaaa-bbbb-cccccccccccc",
+         "the digit is not in the first group"},
+        {"File \"a 7.txt\" not found", "File \"...\" not found", "quoted text"},
+        {"\"a\" and \"b\"", "\"...\" and \"...\"", "two quoted texts"},
+        {"a \" b 7", "a \" b #", "a quote that is not closed"},
+        {"can't open 'x y'", "can't open '...'", "apostrophes and single quotes"},
+        {"the 'don't' case", "the '...' case", "an apostrophe does not close"},
+        {"open C:\\Data\\7.txt: denied", "open <path>: denied", "path on a drive"},
+        {"open C:/Data/7.txt.", "open <path>.", "with slashes"},
+        {"open \\\\server\\share\\a", "open <path>", "network path"},
+        {"dir7\\a, rest", "<path>, rest", "relative path after a number"},
+        {"(C:\\a)=C:\\b", "(<path>)=<path>", "brackets and signs end a path"},
+        {"get https://host/a?b=7 now", "get <path> now", "URL"},
+        {"get /orders/7 now", "get <path> now", "absolute path with slashes"},
+        {"and/or 7/8", "and/or #/#", "a slash within a word"},
+        {"a \\ b / c", "a \\ b / c", "lone slashes"},
+        {"ends in \\", "ends in \\", "a slash at the end"},
+        {"caf\xC3\xA9 7", "caf\xC3\xA9 #", "other characters"},
+        {"a 7\nb 8", "a #\nb #", "several lines"},
+    };
+    for (const Case& c : cases) {
+        EXPECT_EQ(formOf(c.message), c.form) << c.why;
+    }
+}
+
+TEST(MessageFormTest, LongMessagesAreShortened) {
+    const std::string exact(vorellog::kMaxFormInput, 'x');
+    EXPECT_EQ(formOf(exact), exact);
+    EXPECT_EQ(formOf(exact + 'x'), exact + "...");
+    // A character that the limit would split is omitted.
+    EXPECT_EQ(formOf(exact.substr(2) + "\xE2\x82\xAC"), exact.substr(2) + "...");
+    EXPECT_EQ(formOf(exact.substr(1) + "\xE2\x82\xAC"), exact.substr(1) + "...");
+    EXPECT_EQ(formOf(std::string(vorellog::kMaxFormInput + 9, '\x80')).substr(0, 3), "\x80\x80\x80");
+}
+
+}  // namespace

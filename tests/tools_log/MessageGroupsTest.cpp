@@ -1,0 +1,143 @@
+#include "vorellog/MessageGroups.h"
+
+#include <string>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "tools_log/Records.h"
+
+namespace {
+
+using test::header;
+using test::recordOf;
+using ::testing::ElementsAre;
+using vorellog::MessageGroups;
+using vorellog::ProcessSet;
+using vorellog::ProcessTable;
+using vorellog::Trail;
+
+std::vector<std::string> messagesOf(const MessageGroups& groups) {
+    std::vector<std::string> messages;
+    for (const MessageGroups::Group* const group : groups.sorted()) {
+        messages.push_back(std::to_string(group->count) + ' ' + group->prefix + ": " + std::string(group->message));
+    }
+    return messages;
+}
+
+TEST(MessageGroupsTest, SortsByCountThenRecency) {
+    MessageGroups groups;
+    for (const char* const clock : {"01:00:03", "01:00:01"}) {
+        groups.add(recordOf(header(1, 1, clock) + "WARN: often " + clock), 0);
+    }
+    groups.add(recordOf(header(1, 1, "01:00:00") + "WARN: early"), 0);
+    groups.add(recordOf(header(1, 1, "01:00:02") + "WARN: late"), 0);
+    groups.add(recordOf(header(1, 1, "01:00:02") + "DEBUG: late"), 0);
+    EXPECT_THAT(messagesOf(groups),
+                ElementsAre("2 WARN: often #:#:#", "1 DEBUG: late", "1 WARN: late", "1 WARN: early"));
+    const MessageGroups::Group& often = *groups.sorted().front();
+    EXPECT_EQ(often.lastMs - often.firstMs, 2000);
+    EXPECT_EQ(often.writer, "host7.1.1");
+    EXPECT_EQ(often.example, "often 01:00:03");
+}
+
+TEST(MessageGroupsTest, CountsProcesses) {
+    MessageGroups groups;
+    for (const vorellog::ProcessNumber process : {7U, 7U, 64U, 7U, 65U}) {
+        groups.add(recordOf(header() + "WARN: a"), process);
+    }
+    EXPECT_EQ(groups.sorted().front()->processes.size(), 3u);
+    EXPECT_FALSE(groups.sorted().front()->processes.hasOthers());
+}
+
+TEST(MessageGroupsTest, TextsAreShortened) {
+    MessageGroups groups;
+    groups.add(recordOf(header() + std::string(60, 'p') + ": " + std::string(2000, 'm')), 0);
+    const MessageGroups::Group& group = *groups.sorted().front();
+    EXPECT_EQ(group.prefix, std::string(MessageGroups::kMaxPrefixBytes, 'p') + "...");
+    EXPECT_EQ(group.example, std::string(MessageGroups::kMaxExampleBytes, 'm') + "...");
+    EXPECT_EQ(group.message.substr(0, 3), "mmm");
+}
+
+TEST(MessageGroupsTest, GroupsAboveTheLimitAreCounted) {
+    MessageGroups groups;
+    const auto add = [&](std::size_t number) {
+        std::string name;  // numbers would be replaced
+        for (; number != 0; number /= 10) {
+            name += static_cast<char>('g' + number % 10);
+        }
+        groups.add(recordOf(header() + "WARN: " + name), 0);
+    };
+    for (std::size_t number = 1; number <= MessageGroups::kMaxGroups + 3; ++number) {
+        add(number);
+    }
+    add(1);
+    EXPECT_EQ(groups.size(), MessageGroups::kMaxGroups);
+    EXPECT_EQ(groups.ungrouped(), 3u);
+    EXPECT_EQ(groups.sorted().front()->count, 2u);
+}
+
+TEST(MessageGroupsTest, LongTrailsAreCompared) {
+    const auto trailOf = [](std::size_t size, const std::string& last) {
+        Trail trail;
+        trail.records.assign(size, recordOf(header() + "Vorel Error: f: Vorel exception rethrown"));
+        trail.records.push_back(recordOf(header() + "Vorel Error: " + last));
+        trail.isException = true;
+        return trail;
+    };
+    MessageGroups groups;
+    groups.add(trailOf(MessageGroups::kMaxTrail, "a"), 0);
+    groups.add(trailOf(MessageGroups::kMaxTrail, "b"), 0);
+    EXPECT_EQ(groups.size(), 2u);
+    EXPECT_EQ(groups.sorted().front()->trail.size(), MessageGroups::kMaxTrail);
+    groups.add(trailOf(MessageGroups::kMaxTrail + 1, "a"), 0);
+    groups.add(trailOf(MessageGroups::kMaxTrail + 1, "b"),
+               0);  // differs only beyond the limit
+    EXPECT_EQ(groups.size(), 3u);
+}
+
+TEST(ProcessSetTest, ProcessesBeyondALimitCountOnce) {
+    ProcessSet set;
+    set.add(3, true);
+    set.add(ProcessTable::kOthers, true);
+    set.add(ProcessTable::kOthers, true);
+    EXPECT_EQ(set.size(), 2u);
+    EXPECT_TRUE(set.hasOthers());
+    set.add(5, false);   // within the first word
+    set.add(64, false);  // beyond it
+    EXPECT_EQ(set.size(), 3u);
+    EXPECT_EQ(set.sizeBytes(), 8u);
+}
+
+TEST(ProcessTableTest, NumbersHostAndId) {
+    ProcessTable table;
+    const auto numberOf = [&](const std::string& line) {
+        const vorellog::Record record = recordOf(line);
+        return table.numberOf(record, *record.header());
+    };
+    EXPECT_EQ(numberOf(header(1, 7)), 0u);
+    EXPECT_EQ(numberOf(header(2, 7)), 0u);
+    EXPECT_EQ(numberOf(header(1, 8)), 1u);
+    EXPECT_EQ(numberOf("[Mon Nov 16 01:43:08 2026] other.7.1: a"), 2u);
+    EXPECT_EQ(numberOf("[Mon Nov 16 01:43:08 2026] .7.1: a"), 3u);
+    EXPECT_EQ(table.nameOf(1), "host7.8");
+    EXPECT_EQ(table.nameOf(3), ".7");
+    EXPECT_EQ(table.size(), 4u);
+}
+
+TEST(ProcessTableTest, ProcessesAboveTheLimitHaveOneNumber) {
+    ProcessTable table;
+    for (std::size_t process = 0; process != ProcessTable::kMaxProcesses; ++process) {
+        vorellog::LogHeader each;
+        each.processId = static_cast<unsigned long>(process);
+        ASSERT_EQ(table.numberOf({}, each), process);
+    }
+    vorellog::LogHeader another;
+    another.processId = ProcessTable::kMaxProcesses;
+    EXPECT_EQ(table.numberOf({}, another), ProcessTable::kOthers);
+    another.processId = 0;
+    EXPECT_EQ(table.numberOf({}, another), 0u);
+}
+
+}  // namespace

@@ -1,0 +1,83 @@
+#include "vorellog/Pattern.h"
+
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "support/Tool.h"
+
+namespace {
+
+using vorellog::Pattern;
+
+TEST(PatternTest, Matches) {
+    struct Case {
+        const char* expression;
+        const char* text;
+        bool isIn;
+        const char* why;
+    };
+    const Case cases[] = {
+        {"", "a", true, "empty expression"},
+        {"order \\d+", "order 7", true, "digits"},
+        {"order \\d+", "order x", false, "no digits"},
+        {"order \\d+", "Order 7", false, "another case"},
+        {"^two$", "one\ntwo\nthree", true, "a whole line"},
+        {"^one.two$", "one\ntwo", false, "a period does not match a line feed"},
+        {"a|b", "xb", true, "alternatives"},
+        {"caf\xC3\xA9+", "caf\xC3\xA9\xC3\xA9", true, "UTF-8"},
+        {"^.$", "\xC3\xA9", true, "one character of two bytes"},
+        {"late", "\xE9 late", true, "a text with invalid UTF-8"},
+        {"(a+)+$", "aaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaab", false, "does not take exponential time"},
+        {"a)|(?:b", "b", false, "the brackets around the expression cannot be closed"},
+    };
+    for (const Case& c : cases) {
+        if (std::string_view(c.why).starts_with("the brackets")) {
+            EXPECT_THROW(Pattern(c.expression, false), tools::UsageError);
+            continue;
+        }
+        EXPECT_EQ(Pattern(c.expression, false).isIn(c.text), c.isIn) << c.why;
+    }
+}
+
+TEST(PatternTest, IgnoresCase) {
+    EXPECT_TRUE(Pattern("order", true).isIn("an ORDER"));
+    EXPECT_TRUE(Pattern("\xC3\xA9", true).isIn("\xC3\x89"));
+}
+
+TEST(PatternTest, RequiredTexts) {
+    struct Case {
+        const char* expression;
+        const char* required;
+    };
+    const Case cases[] = {
+        {"overran", "overran"},
+        {"Operation \\d+ of \\d+ overran", "Operation "},
+        {"\\d+ of (\\d+ overran)+", " overran"},
+        {"(?:late){2,}", "late"},
+        {"(late)*", ""},
+        {"(late){0,3}", ""},
+        {"a|b", ""},
+        {"(?i)late", ""},
+        {"x(?i)late", "x"},
+        {"caf\xC3\xA9\\d", "caf\xC3\xA9"},
+    };
+    for (const Case& c : cases) {
+        EXPECT_EQ(Pattern(c.expression, false).requiredText(), c.required) << c.expression;
+    }
+    EXPECT_EQ(Pattern("late", true).requiredText(), "");
+}
+
+TEST(PatternTest, InvalidExpressionsAreExplained) {
+    for (const char* const expression : {"(", "a)", "[", "*", "a{1001}", "(?<=a)b", "\\1"}) {
+        try {
+            const Pattern pattern(expression, false);
+            ADD_FAILURE() << expression;
+        } catch (const tools::UsageError& e) {
+            EXPECT_TRUE(e.text().starts_with(L"--regexp \"")) << expression;
+            EXPECT_GT(e.text().size(), 20u) << expression;
+        }
+    }
+}
+
+}  // namespace

@@ -1,0 +1,83 @@
+/// \file
+/// Groups equal messages: what went wrong, how often, since when. Messages are equal if prefix and form are (see
+/// MessageForm.h), exceptions if all records of their trails are. Memory is bounded.
+#pragma once
+
+#include <cstddef>
+#include <functional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "vorellog/ProcessTable.h"
+#include "vorellog/TrailAssembler.h"
+
+namespace vorellog {
+
+class MessageGroups {
+public:
+    MessageGroups() = default;
+    MessageGroups(MessageGroups&&) = default;
+
+    /// \name Limits
+    /// Entries with further messages are counted as ungrouped().
+    /// \{
+    static constexpr std::size_t kMaxGroups = 10000;
+    static constexpr std::size_t kMaxTextBytes = std::size_t{12} << 20;       ///< of all messages and examples
+    static constexpr std::size_t kMaxProcessSetBytes = std::size_t{8} << 20;  ///< of all sets of processes
+    /// \}
+
+    /// \name What is kept of an entry
+    /// \{
+    static constexpr std::size_t kMaxPrefixBytes = 48;
+    static constexpr std::size_t kMaxExampleBytes = 1000;
+    static constexpr std::size_t kMaxTrail = 31;  ///< records after the first one
+    /// \}
+
+    struct Group {
+        unsigned long long count = 0;
+        LocalMs firstMs = 0;
+        LocalMs lastMs = 0;
+        ProcessSet processes;
+        std::string prefix;
+        std::string_view message;             ///< the form of the message
+        std::vector<std::string_view> trail;  ///< the forms of the further records of an exception
+        std::string writer;                   ///< of the first entry: "host7.4312.9876"
+        std::string example;                  ///< message of the first entry
+    };
+
+    /// Adds a record; one without a header is ignored.
+    void add(const Record& record, ProcessNumber process);
+
+    /// Adds an exception; every record has a header.
+    void add(const Trail& trail, ProcessNumber process);
+
+    /// The groups with most entries first; of those with equally many, the latest first.
+    [[nodiscard]] std::vector<const Group*> sorted() const;
+
+    [[nodiscard]] std::size_t size() const noexcept { return m_groups.size(); }
+
+    /// Number of entries that belong to no group, because a limit was reached.
+    [[nodiscard]] unsigned long long ungrouped() const noexcept { return m_ungrouped; }
+
+private:
+    struct Hash : std::hash<std::string_view> {
+        using is_transparent = void;
+    };
+    using Groups = std::unordered_map<std::string, Group, Hash, std::equal_to<>>;
+
+    void add(std::span<const Record> records, ProcessNumber process);
+    Group* create(const Record& first, const LogHeader& header);
+    void count(Group& group, LocalMs time, ProcessNumber process);
+
+    Groups m_groups;  ///< by prefix, message and trail
+    unsigned long long m_ungrouped = 0;
+    std::size_t m_textBytes = 0;
+    std::size_t m_processSetBytes = 0;
+    std::string m_key;                ///< of the entry that is being added
+    std::vector<std::size_t> m_ends;  ///< of the parts of m_key
+};
+
+}  // namespace vorellog

@@ -1,0 +1,37 @@
+/// \file
+/// Regular expressions in the syntax of RE2: like that of Perl, without backreferences and lookaround. The time of a
+/// search is linear in the size of the text, whatever the expression and the text are.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <string_view>
+
+namespace re2 {
+class RE2;
+}
+
+namespace vorellog {
+
+class Pattern {
+public:
+    /// `^` and `$` match at each line of a text.
+    /// \throws tools::UsageError if the expression is invalid.
+    Pattern(std::string_view expression, bool ignoreCase);
+    ~Pattern();
+
+    Pattern(const Pattern&) = delete;
+    Pattern& operator=(const Pattern&) = delete;
+
+    [[nodiscard]] bool isIn(std::string_view text) const;
+
+    /// A text that every match contains; empty if none is known. Most records do not contain it, and a plain search
+    /// finds that out faster than the expression.
+    [[nodiscard]] const std::string& requiredText() const noexcept { return m_requiredText; }
+
+private:
+    std::unique_ptr<re2::RE2> m_expression;
+    std::string m_requiredText;
+};
+
+}  // namespace vorellog

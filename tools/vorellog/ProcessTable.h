@@ -1,0 +1,82 @@
+/// \file
+/// Numbers the processes of a log, so that counts by process are short. Memory is bounded.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "vorellog/Record.h"
+
+namespace vorellog {
+
+/// The number of a process, from 0 in the order of their first records.
+using ProcessNumber = std::uint32_t;
+
+class ProcessTable {
+public:
+    static constexpr std::size_t kMaxProcesses = 65536;
+
+    /// The number of all processes beyond the limit.
+    static constexpr ProcessNumber kOthers = kMaxProcesses;
+
+    /// The number of the process that wrote `record`, whose header is `header`.
+    ProcessNumber numberOf(const Record& record, const LogHeader& header);
+
+    /// "host7.4312". `number` must not be kOthers.
+    [[nodiscard]] std::string nameOf(ProcessNumber number) const;
+
+    /// Number of processes, up to the limit.
+    [[nodiscard]] std::size_t size() const noexcept { return m_order.size(); }
+
+private:
+    template <class Text>
+    struct Key {
+        Text host;
+        unsigned long process = 0;
+    };
+    struct Hash {
+        using is_transparent = void;
+        template <class Text>
+        std::size_t operator()(const Key<Text>& key) const noexcept {
+            constexpr std::size_t kGolden = 0x9E3779B97F4A7C15;
+            return (std::hash<std::string_view>()(key.host) ^ key.process) * kGolden;
+        }
+    };
+    struct Equal {
+        using is_transparent = void;
+        template <class A, class B>
+        bool operator()(const Key<A>& a, const Key<B>& b) const noexcept {
+            return a.process == b.process && a.host == b.host;
+        }
+    };
+    using Numbers = std::unordered_map<Key<std::string>, ProcessNumber, Hash, Equal>;
+
+    Numbers m_numbers;
+    std::vector<const Numbers::value_type*> m_order;
+};
+
+/// A set of process numbers.
+class ProcessSet {
+public:
+    /// Adds a process. If the set must not grow, a process beyond its current range is one of the others.
+    void add(ProcessNumber number, bool mayGrow);
+
+    [[nodiscard]] std::size_t size() const noexcept { return m_size; }
+
+    [[nodiscard]] std::size_t sizeBytes() const noexcept { return m_bits.size() * sizeof m_bits[0]; }
+
+    /// Whether some processes are counted as one, because a limit was reached.
+    [[nodiscard]] bool hasOthers() const noexcept { return m_hasOthers; }
+
+private:
+    std::vector<std::uint64_t> m_bits;
+    std::size_t m_size = 0;
+    ProcessNumber m_last = ProcessTable::kOthers + 1;  ///< added last; none yet
+    bool m_hasOthers = false;
+};
+
+}  // namespace vorellog

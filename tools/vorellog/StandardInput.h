@@ -1,0 +1,14 @@
+/// \file
+/// Reads a log from standard input.
+#pragma once
+
+#include "vorellog/Follower.h"
+#include "vorellog/Viewer.h"
+
+namespace vorellog {
+
+/// Passes standard input to `sink` up to its end. `viewer` shows what has been read after each piece. \throws
+/// tools::Failure if it cannot be read.
+void readStandardInput(LogSink& sink, Viewer& viewer);
+
+}  // namespace vorellog

@@ -1,0 +1,24 @@
+/// \file
+/// Finds where the last entries of a log begin, reading from its end: the time does not depend on the size of the log.
+#pragma once
+
+#include <optional>
+
+#include "vorellog/LogFiles.h"
+#include "vorellog/Settings.h"
+
+namespace vorellog {
+
+struct TailStart {
+    FileId log;
+    unsigned long long offset = 0;  ///< of the header of a record
+};
+
+/// The start of a part of the log that has the last `settings.tail` entries, and is not much longer. Returns nullopt if
+/// the log must be read from its start: it has fewer entries, or is not plain UTF-8.
+///
+/// A trail may begin before the part. So with `settings.fold` the part has further entries: those at its start, one for
+/// each thread with an open trail, may be incomplete.
+std::optional<TailStart> findTailStart(LogFiles& files, const Settings& settings);
+
+}  // namespace vorellog

@@ -1,0 +1,34 @@
+/// \file
+/// The time zone of a log. Lines have local times without a zone; a zone is needed only for times that a user types
+/// with an offset from UTC.
+#pragma once
+
+#include <optional>
+#include <string_view>
+
+#include "vorellog/LogTime.h"
+
+namespace vorellog {
+
+class TimeZone {
+public:
+    /// The zone of this computer, with its daylight saving time.
+    TimeZone() noexcept = default;
+
+    /// A zone with a fixed offset from UTC.
+    explicit TimeZone(LocalMs offsetMs) noexcept : m_offsetMs(offsetMs) {}
+
+    /// The local time at `utcMs`, a time in UTC.
+    [[nodiscard]] LocalMs localTime(LocalMs utcMs) const noexcept;
+
+private:
+    std::optional<LocalMs> m_offsetMs;
+};
+
+/// Parses "Z", "+02:00", "-0330" or "+2" as an offset from UTC; nullopt for any other text.
+std::optional<LocalMs> parseOffset(std::string_view text) noexcept;
+
+/// The current time in UTC.
+LocalMs utcNow() noexcept;
+
+}  // namespace vorellog
