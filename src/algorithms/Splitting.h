@@ -2,22 +2,12 @@
 /// Splits text of either width: at each occurrence of a delimiter, at delimiters outside of quotes, or in place.
 #pragma once
 
-#include <algorithm>
 #include <cstddef>
 #include <string_view>
 
-namespace vorel::algorithms {
+#include "algorithms/UnitSearch.h"
 
-/// The number of occurrences of a delimiter that is not empty.
-template <class T>
-std::size_t countOf(std::basic_string_view<T> text, std::basic_string_view<T> delimiter) noexcept {
-    constexpr std::size_t kNone = std::basic_string_view<T>::npos;
-    std::size_t count = 0;
-    for (std::size_t at = text.find(delimiter); at != kNone; at = text.find(delimiter, at + delimiter.size())) {
-        ++count;
-    }
-    return count;
-}
+namespace vorel::algorithms {
 
 /// Passes the parts of a text to `take(part)`: each part that a delimiter ends, and the rest unless it is empty. An
 /// empty delimiter never matches.
@@ -25,10 +15,21 @@ template <class T, class Take>
 void splitAtDelimiters(std::basic_string_view<T> text, std::basic_string_view<T> delimiter, Take&& take) {
     constexpr std::size_t kNone = std::basic_string_view<T>::npos;
     while (!text.empty()) {
-        const std::size_t at = delimiter.empty() ? kNone : text.find(delimiter);
+        const std::size_t at = delimiter.empty() ? kNone : findText(text, delimiter);
         take(text.substr(0, at));
         text.remove_prefix(at == kNone ? text.size() : at + delimiter.size());
     }
+}
+
+/// The number of parts that `splitAtDelimiters` passes.
+template <class T>
+std::size_t countParts(std::basic_string_view<T> text, std::basic_string_view<T> delimiter) noexcept {
+    if (delimiter.size() == 1 && !text.empty()) {
+        return countUnit(text, delimiter.front()) + (text.back() != delimiter.front());
+    }
+    std::size_t count = 0;
+    splitAtDelimiters(text, delimiter, [&count](std::basic_string_view<T>) { ++count; });
+    return count;
 }
 
 /// Result of parsing a quoted item.
@@ -49,17 +50,14 @@ public:
     [[nodiscard]] bool atEnd() const noexcept { return m_rest.empty(); }
 
     /// An upper bound of the number of remaining items.
-    [[nodiscard]] std::size_t maxItems() const noexcept {
-        const auto isDelimiter = [this](T c) { return m_delimiters.find(c) != View::npos; };
-        return static_cast<std::size_t>(std::count_if(m_rest.begin(), m_rest.end(), isDelimiter)) + 1;
-    }
+    [[nodiscard]] std::size_t maxItems() const noexcept { return m_delimiters.countIn(m_rest) + 1; }
 
     /// Whether the next item begins with a quote. Must not be called at the end.
     [[nodiscard]] bool isQuoted() const noexcept { return m_rest.front() == '"'; }
 
     /// Consumes an item as it is.
     View consumePlain() noexcept {
-        const std::size_t end = m_rest.find_first_of(m_delimiters);
+        const std::size_t end = m_delimiters.findIn(m_rest);
         const View item = m_rest.substr(0, end);
         m_rest.remove_prefix(end == View::npos ? m_rest.size() : end + 1);
         return item;
@@ -71,7 +69,7 @@ public:
     Quotes consumeQuoted(String& item) {
         View rest = m_rest.substr(1);
         for (;;) {
-            const std::size_t quote = rest.find(T{'"'});
+            const std::size_t quote = findUnit(rest, T{'"'});
             if (quote == View::npos) {
                 return Quotes::NeverClosed;
             }
@@ -83,7 +81,7 @@ public:
             item.append(rest.data(), 1);
             rest.remove_prefix(1);
         }
-        if (!rest.empty() && m_delimiters.find(rest.front()) == View::npos) {
+        if (!rest.empty() && !m_delimiters.contains(rest.front())) {
             return Quotes::TextAfterQuote;
         }
         m_rest = rest.empty() ? rest : rest.substr(1);
@@ -92,7 +90,7 @@ public:
 
 private:
     View m_rest;
-    View m_delimiters;
+    UnitSet<T> m_delimiters;
 };
 
 /// Ends a token at every `delimiter`, where zero means none, and passes the start of each token to `take`. Passes at

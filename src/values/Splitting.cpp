@@ -40,9 +40,7 @@ void split(const T* text, const T* delimiterText, Array<BaseString<T>>& parts) {
     const BaseString<T> copy(text);
     const BaseString<T> delimiterCopy(delimiterText);
     const View<T> delimiter = delimiterCopy.view();
-    if (!delimiter.empty()) {
-        reserveMore(parts, algorithms::countOf(copy.view(), delimiter) + 1);
-    }
+    reserveMore(parts, algorithms::countParts(copy.view(), delimiter));
     algorithms::splitAtDelimiters(copy.view(), delimiter, [&parts](View<T> part) { parts.append(stringOf(part)); });
 }
 

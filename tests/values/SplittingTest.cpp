@@ -65,6 +65,53 @@ TYPED_TEST(Splitting, SplitString_DelimiterMayBeAnItemOfTheList) {
     EXPECT_EQ(textsOf(parts), texts<TypeParam>({"::", "a", "b", "c", "d", "e", "f"}));
 }
 
+/// The storage grows as if the parts were appended one by one.
+TYPED_TEST(Splitting, SplitString_AllocatesSlotsForTheParts) {
+    struct Row {
+        const char* text;
+        const char* delimiter;
+        unsigned int before;
+        unsigned int slots;
+    };
+    for (const Row& row :
+         {Row{"", ",", 0, 0}, Row{nullptr, ",", 0, 0}, Row{"a", ",", 0, 5}, Row{"a,b,c,d,e", ",", 0, 5},
+          Row{"a,b,c,d,e,", ",", 0, 5}, Row{"a,b,c,d,e,f", ",", 0, 10}, Row{"a::b::c::d::e::", "::", 0, 5},
+          Row{"a::b::c::d::e:::", "::", 0, 10}, Row{"a,b,", ",", 3, 5}, Row{"a,b,c", ",", 3, 10},
+          Row{"a,b,c,d,e,f", "", 0, 5}, Row{"a,b,c,d,e,f", "", 5, 10}}) {
+        Array<BaseString<TypeParam>> parts;
+        for (unsigned int part = 0; part < row.before; ++part) {
+            parts.append(BaseString<TypeParam>());
+        }
+        util::splitString(test::OptionalText<TypeParam>(row.text).get(),
+                          test::OptionalText<TypeParam>(row.delimiter).get(), parts);
+        EXPECT_EQ(parts.allocated(), row.slots) << (row.text ? row.text : "null") << " after " << row.before;
+    }
+}
+
+TYPED_TEST(Splitting, SplitString_PartsOfEveryLength) {
+    for (const char* const delimiter : {",", "::", ",\n\t"}) {
+        const auto between = test::text<TypeParam>(delimiter);
+        std::basic_string<TypeParam> text;
+        std::vector<std::basic_string<TypeParam>> expected;
+        for (std::size_t length = 0; length <= 70; ++length) {
+            expected.emplace_back(length, static_cast<TypeParam>('a' + length % 26));
+            text += (length == 0 ? std::basic_string<TypeParam>() : between) + expected.back();
+        }
+        Array<BaseString<TypeParam>> parts;
+        util::splitString(text.c_str(), between.c_str(), parts);
+        EXPECT_EQ(textsOf(parts), expected) << delimiter;
+    }
+}
+
+TEST(SplittingOfWideText, DelimitersAreWholeUnits) {
+    // The low byte of U+012C is a comma, and its high byte is one.
+    Array<BaseString<wchar_t>> parts;
+    util::splitString(L"a\x012C,b\x2C01,c", L",", parts);
+    EXPECT_EQ(textsOf(parts), (std::vector<std::wstring>{L"a\x012C", L"b\x2C01", L"c"}));
+    splitQuoted(L"a\x012C,b\x2C01;c", L",\x2C01", parts, false);
+    EXPECT_EQ(textsOf(parts), (std::vector<std::wstring>{L"a\x012C", L"b", L";c"}));
+}
+
 TYPED_TEST(Splitting, QuotedItemsMayContainDelimitersAndQuotes) {
     struct Row {
         const char* text;
