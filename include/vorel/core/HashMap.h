@@ -50,6 +50,30 @@ inline std::uint64_t nextPrime(std::uint64_t n) noexcept {
     return candidate;
 }
 
+namespace detail {
+
+/// `hash` modulo `count`, which must not be 0. On many processors the division of 64-bit integers takes several times
+/// as long as the division of floating-point numbers, which moreover depends on `count` only.
+///
+/// The reciprocal is at most 2^64 / count, and less by at most 4 and one part in 2^49. So both quotients are at most
+/// the real ones. The first remainder is below 5 * count + 2^15, and the second below 2 * count.
+inline std::uint32_t remainderOf(std::uint64_t hash, std::uint32_t count) noexcept {
+#if defined(__SIZEOF_INT128__)
+    __extension__ using Wide = unsigned __int128;
+    constexpr double kBelow2To62 = 0x1.ffffffffffff8p61;  // by more than the division rounds up
+    const std::uint64_t reciprocal = static_cast<std::uint64_t>(static_cast<std::int64_t>(kBelow2To62 / count)) * 4;
+    std::uint64_t rest = hash;
+    for (int round = 0; round < 2; ++round) {
+        rest -= static_cast<std::uint64_t>(Wide{rest} * reciprocal >> 64) * count;
+    }
+    return static_cast<std::uint32_t>(rest < count ? rest : rest - count);
+#else
+    return static_cast<std::uint32_t>(hash % count);
+#endif
+}
+
+}  // namespace detail
+
 /// Compares null-terminated names, ignoring the case of the letters A to Z and of no others. Two null names are equal;
 /// a null name differs from every other.
 struct NameEqual {
@@ -234,7 +258,7 @@ public:
                 while (chain) {
                     Node* const node = chain;
                     chain = node->next;
-                    Node*& head = grown[static_cast<unsigned int>(node->hash % newCount)];
+                    Node*& head = grown[detail::remainderOf(node->hash, newCount)];
                     node->next = head;
                     head = node;
                 }
@@ -289,7 +313,7 @@ private:
     }
 
     [[nodiscard]] unsigned int indexOf(std::uint64_t hash) const noexcept {
-        return static_cast<unsigned int>(hash % bucketCount());
+        return detail::remainderOf(hash, bucketCount());
     }
     Node*& bucketOf(std::uint64_t hash) { return m_buckets[indexOf(hash)]; }
 
