@@ -1,6 +1,8 @@
 /// \file
-/// The export macro. `VOREL_API` marks declarations that cross the boundary of the DLL. It is empty for the static
+/// The export macros. `VOREL_API` marks declarations that cross the boundary of the DLL. It is empty for the static
 /// library (`VOREL_STATIC`), exports while the DLL is built (`VOREL_BUILDING_DLL`), and imports otherwise.
+/// `VOREL_API_INLINE` marks inline functions: they are exported too, but programs compile them instead of importing
+/// them.
 #pragma once
 
 #if !defined(_WIN64)
@@ -14,4 +16,11 @@
 #else
 /// Marks a declaration that the library exports.
 #define VOREL_API __declspec(dllimport)
+#endif
+
+#if defined(VOREL_BUILDING_DLL) && !defined(VOREL_STATIC)
+#define VOREL_API_INLINE __declspec(dllexport)
+#else
+/// Marks an inline function that the library exports.
+#define VOREL_API_INLINE
 #endif

@@ -1,7 +1,6 @@
 #include "vorel/core/BaseString.h"
 
 #include <algorithm>
-#include <atomic>
 #include <bit>
 #include <cerrno>
 #include <cstdint>
@@ -42,7 +41,7 @@ unsigned int lengthOf(const T* text) noexcept {
 template <class T>
 void copyUnits(T* to, const T* from, unsigned int count) noexcept {
     if (count != 0) {
-        std::memmove(to, from, std::size_t{count} * sizeof(T));
+        detail::moveUnits(to, from, count);
     }
 }
 
@@ -172,17 +171,6 @@ template <class T>
 BaseString<T>::BaseString(const BaseString& other) : BaseString(other.m_data, other.length()) {}
 
 template <class T>
-BaseString<T>::BaseString(BaseString&& other) noexcept
-    : m_data(std::exchange(other.m_data, nullptr)),
-      m_capacity(std::exchange(other.m_capacity, 0)),
-      m_length(std::exchange(other.m_length, kUnknownLength)) {}
-
-template <class T>
-BaseString<T>::~BaseString() {
-    std::free(m_data);
-}
-
-template <class T>
 BaseString<T>& BaseString<T>::operator=(const T* text) {
     assign(*this, text, lengthOf(text));
     return *this;
@@ -200,76 +188,6 @@ template <class T>
 BaseString<T>& BaseString<T>::operator=(std::basic_string_view<T> text) {
     assign(*this, text.data(), countOf(text));
     return *this;
-}
-
-template <class T>
-BaseString<T>& BaseString<T>::operator=(BaseString&& other) noexcept {
-    if (this != &other) {
-        std::free(m_data);
-        m_data = std::exchange(other.m_data, nullptr);
-        m_capacity = std::exchange(other.m_capacity, 0);
-        m_length = std::exchange(other.m_length, kUnknownLength);
-    }
-    return *this;
-}
-
-template <class T>
-unsigned int BaseString<T>::length() const noexcept {
-    // Several threads may count the same text; all store the same length.
-    const std::atomic_ref<unsigned int> known(m_length);
-    unsigned int length = known.load(std::memory_order_relaxed);
-    if (length != kUnknownLength) {
-        return length;
-    }
-    if (!m_data) {
-        return 0;
-    }
-    length = lengthOf(m_data);
-    known.store(length, std::memory_order_relaxed);
-    return length;
-}
-
-template <class T>
-BaseString<T>& BaseString<T>::append(const T* text) {
-    return append(text, lengthOf(text));
-}
-
-template <class T>
-BaseString<T>& BaseString<T>::append(const T* text, unsigned int count) {
-    if (!text || count == 0) {
-        return *this;
-    }
-    const unsigned int before = length();
-    if (count > kMaxCapacity - before) {
-        detail::throwMemory(kUnknownLength, sizeof(T));
-    }
-    const unsigned int after = before + count;
-    if (after < m_capacity) {
-        copyUnits(m_data + before, text, count);
-    } else {
-        const std::ptrdiff_t offset = StringAccess<T>::holds(*this, text) ? text - m_data : -1;
-        reserve(after, false);
-        copyUnits(m_data + before, offset >= 0 ? m_data + offset : text, count);
-    }
-    StringAccess<T>::setLength(*this, after);
-    return *this;
-}
-
-template <class T>
-BaseString<T>& BaseString<T>::append(const BaseString& text) {
-    return append(text.m_data, text.length());
-}
-
-template <class T>
-BaseString<T>& BaseString<T>::append(T unit) {
-    return append(&unit, 1);
-}
-
-template <class T>
-void BaseString<T>::clear() noexcept {
-    if (m_data) {
-        StringAccess<T>::setLength(*this, 0);
-    }
 }
 
 template <class T>

@@ -3,8 +3,6 @@
 /// allocation must not fail for the same reason), and setting the length of text written after `reserve`.
 #pragma once
 
-#include <cstdint>
-
 #include "vorel/core/BaseString.h"
 
 namespace vorel::detail {
@@ -24,17 +22,11 @@ struct StringAccess {
     static bool tryAssign(BaseString<T>& string, const T* text) noexcept;
 
     /// Whether `address` lies in the string's buffer, which is released when the string grows.
-    static bool holds(const BaseString<T>& string, const void* address) noexcept {
-        return reinterpret_cast<std::uintptr_t>(address) - reinterpret_cast<std::uintptr_t>(string.m_data) <
-               std::uintptr_t{string.m_capacity} * sizeof(T);
-    }
+    static bool holds(const BaseString<T>& string, const void* address) noexcept { return string.holds(address); }
 
     /// Sets the length to `length` and writes the terminator, after the caller has written that many units. The string
     /// must have a buffer.
-    static void setLength(BaseString<T>& string, unsigned int length) noexcept {
-        string.m_data[length] = 0;  // NOLINT(clang-analyzer-core.NullDereference): the caller has written to it
-        string.m_length = length;
-    }
+    static void setLength(BaseString<T>& string, unsigned int length) noexcept { string.setLength(length); }
 };
 
 extern template struct StringAccess<char>;

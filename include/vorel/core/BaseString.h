@@ -9,25 +9,68 @@
 /// it to each other. The class is standard-layout: it has the same bytes for every compiler. Lengths and capacities are
 /// in code units (`char`, or UTF-16 units of `wchar_t`).
 ///
-/// Members marked `VOREL_API` are compiled into the library, for both widths. The short members are inline.
+/// Members marked `VOREL_API` are compiled into the library, for both widths. The short members are inline; those
+/// marked `VOREL_API_INLINE` are also exported, for programs that call them in the library.
 ///
 /// A string may be used by one thread at a time. Several threads may read a string while no thread changes it.
 #pragma once
 
+#include <atomic>
 #include <cstdarg>
 #include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
 #include <functional>
 #include <string_view>
+#include <utility>
 
 #include "vorel/Attributes.h"
 #include "vorel/Export.h"
+#include "vorel/core/Protocol.h"
 
 namespace vorel {
 
 namespace detail {
+
 template <class T>
 struct StringAccess;
+
+/// Copies `bytes` bytes, from one to two words of them: the first word and the last, which may overlap.
+template <class Word>
+void moveEnds(void* to, const void* from, std::size_t bytes) noexcept {
+    Word first;
+    Word last;
+    std::memcpy(&first, from, sizeof(Word));
+    std::memcpy(&last, static_cast<const char*>(from) + bytes - sizeof(Word), sizeof(Word));
+    std::memcpy(to, &first, sizeof(Word));
+    std::memcpy(static_cast<char*>(to) + bytes - sizeof(Word), &last, sizeof(Word));
 }
+
+/// Copies `count` units, at least one; the ranges may overlap. A call of the runtime's function takes longer than the
+/// copy of a short text.
+template <class T>
+void moveUnits(T* to, const T* from, std::size_t count) noexcept {
+    struct Block {
+        std::uint64_t words[2];
+    };
+    const std::size_t bytes = count * sizeof(T);
+    if (bytes > 2 * sizeof(Block)) {
+        std::memmove(to, from, bytes);
+    } else if (bytes >= sizeof(Block)) {
+        moveEnds<Block>(to, from, bytes);
+    } else if (bytes >= sizeof(std::uint64_t)) {
+        moveEnds<std::uint64_t>(to, from, bytes);
+    } else if (bytes >= sizeof(std::uint32_t)) {
+        moveEnds<std::uint32_t>(to, from, bytes);
+    } else if (bytes >= sizeof(std::uint16_t)) {
+        moveEnds<std::uint16_t>(to, from, bytes);
+    } else {
+        *to = *from;
+    }
+}
+
+}  // namespace detail
 
 /// An owning, null-terminated, growable string.
 template <class T>
@@ -57,16 +100,27 @@ public:
     VOREL_API BaseString(const BaseString& other);
 
     /// Takes over the buffer of `other`, which becomes an empty string without a buffer.
-    VOREL_API BaseString(BaseString&& other) noexcept;
+    VOREL_API_INLINE BaseString(BaseString&& other) noexcept
+        : m_data(std::exchange(other.m_data, nullptr)),
+          m_capacity(std::exchange(other.m_capacity, 0)),
+          m_length(std::exchange(other.m_length, kUnknownLength)) {}
 
-    VOREL_API ~BaseString();
+    VOREL_API_INLINE ~BaseString() { release(); }
 
     /// Replaces the content. Null empties the string and keeps its buffer. `text` may point into the string itself.
     /// \throws MemoryException if the buffer cannot be allocated; the string is unchanged.
     VOREL_API BaseString& operator=(const T* text);
     VOREL_API BaseString& operator=(std::basic_string_view<T> text);
     VOREL_API BaseString& operator=(const BaseString& other);
-    VOREL_API BaseString& operator=(BaseString&& other) noexcept;
+    VOREL_API_INLINE BaseString& operator=(BaseString&& other) noexcept {
+        if (this != &other) {
+            release();
+            m_data = std::exchange(other.m_data, nullptr);
+            m_capacity = std::exchange(other.m_capacity, 0);
+            m_length = std::exchange(other.m_length, kUnknownLength);
+        }
+        return *this;
+    }
 
     /// The buffer; null if the string has none.
     const T* c_str() const noexcept { return m_data; }
@@ -82,7 +136,14 @@ public:
     operator std::basic_string_view<T>() const noexcept { return view(); }
 
     /// The number of units before the terminator. An unknown length is counted and stored.
-    VOREL_API unsigned int length() const noexcept;
+    VOREL_API_INLINE unsigned int length() const noexcept {
+        // Several threads may count the same text; all store the same length.
+        const unsigned int known = std::atomic_ref<unsigned int>(m_length).load(std::memory_order_relaxed);
+        if (known != kUnknownLength) [[likely]] {
+            return known;
+        }
+        return countLength();
+    }
 
     /// Whether the length is 0.
     bool empty() const noexcept { return length() == 0; }
@@ -93,18 +154,38 @@ public:
     /// Appends `text`: up to its terminator, or `count` units of it. Null appends nothing. The argument may point into
     /// the string itself.
     /// \throws MemoryException if the string cannot grow; the string is unchanged.
-    VOREL_API BaseString& append(const T* text);
-    VOREL_API BaseString& append(const T* text, unsigned int count);
-    VOREL_API BaseString& append(const BaseString& text);
+    VOREL_API_INLINE BaseString& append(const T* text) { return append(viewOf(text)); }
+    VOREL_API_INLINE BaseString& append(const T* text, unsigned int count) {
+        const unsigned int before = m_length;
+        if (text && count != 0 && fits(before, count)) [[likely]] {
+            detail::moveUnits(m_data + before, text, count);
+            setLength(before + count);
+            return *this;
+        }
+        return appendSlowly(text, count);
+    }
+    VOREL_API_INLINE BaseString& append(const BaseString& text) { return append(text.m_data, text.length()); }
     BaseString& append(std::basic_string_view<T> text) { return append(text.data(), countOf(text)); }
-    VOREL_API BaseString& append(T unit);
+    VOREL_API_INLINE BaseString& append(T unit) {
+        const unsigned int before = m_length;
+        if (fits(before, 1)) [[likely]] {
+            m_data[before] = unit;
+            setLength(before + 1);
+            return *this;
+        }
+        return appendSlowly(&unit, 1);
+    }
     BaseString& operator+=(const T* text) { return append(text); }
     BaseString& operator+=(const BaseString& text) { return append(text); }
     BaseString& operator+=(std::basic_string_view<T> text) { return append(text); }
     BaseString& operator+=(T unit) { return append(unit); }
 
     /// Empties the string and keeps the buffer.
-    VOREL_API void clear() noexcept;
+    VOREL_API_INLINE void clear() noexcept {
+        if (m_data) {
+            setLength(0);
+        }
+    }
 
     /// Provides space for `count` units and a terminator, writes a terminator at index `count`, and returns the buffer.
     /// All growth of the string goes through this function.
@@ -148,6 +229,58 @@ private:
     /// The length of `text`, or `kUnknownLength` for a text that is too long for a string.
     static unsigned int countOf(std::basic_string_view<T> text) noexcept {
         return text.size() < kUnknownLength ? static_cast<unsigned int>(text.size()) : kUnknownLength;
+    }
+
+    /// Whether `address` lies in the buffer, which is released when the string grows.
+    bool holds(const void* address) const noexcept {
+        return reinterpret_cast<std::uintptr_t>(address) - reinterpret_cast<std::uintptr_t>(m_data) <
+               std::uintptr_t{m_capacity} * sizeof(T);
+    }
+
+    /// Whether the buffer has space for `count` units and a terminator after the first `before` units. An unknown
+    /// length is too large for every buffer.
+    bool fits(unsigned int before, unsigned int count) const noexcept {
+        return std::uint64_t{before} + count < m_capacity;
+    }
+
+    /// Sets the length of a text in the buffer and writes the terminator.
+    void setLength(unsigned int length) noexcept {
+        m_data[length] = 0;  // NOLINT(clang-analyzer-core.NullDereference): the caller has a buffer
+        m_length = length;
+    }
+
+    unsigned int countLength() const noexcept {
+        if (!m_data) {
+            return 0;
+        }
+        const unsigned int length = countOf(viewOf(m_data));
+        std::atomic_ref<unsigned int>(m_length).store(length, std::memory_order_relaxed);
+        return length;
+    }
+
+    /// `append` to a text of unknown length, to a text that must grow, and of nothing.
+    BaseString& appendSlowly(const T* text, unsigned int count) {
+        if (!text || count == 0) {
+            return *this;
+        }
+        const unsigned int before = length();
+        if (count > kUnknownLength - before) {
+            detail::throwMemory(kUnknownLength, sizeof(T));
+        }
+        if (!fits(before, count)) {
+            const std::ptrdiff_t offset = holds(text) ? text - m_data : -1;
+            reserve(before + count, false);
+            text = offset >= 0 ? m_data + offset : text;
+        }
+        detail::moveUnits(m_data + before, text, count);
+        setLength(before + count);
+        return *this;
+    }
+
+    void release() noexcept {
+        if (m_data) {
+            std::free(m_data);
+        }
     }
 
     T* m_data = nullptr;
