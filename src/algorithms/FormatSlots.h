@@ -2,9 +2,20 @@
 /// Counts the arguments of a printf-style format.
 #pragma once
 
+#include <array>
+#include <cstddef>
 #include <string_view>
 
 namespace vorel::algorithms {
+
+/// The ASCII characters that may stand between "%" and the character of the conversion.
+inline constexpr auto kBeforeConversion = [] {
+    std::array<bool, 128> characters = {};
+    for (const char c : std::string_view("-+ #0123456789.*hlLwIjztT")) {
+        characters[static_cast<std::size_t>(c)] = true;
+    }
+    return characters;
+}();
 
 /// The number of arguments of `fmt`: one for each conversion, and one for each `*` as width or precision. "%%" takes
 /// none.
@@ -12,7 +23,6 @@ namespace vorel::algorithms {
 ///     "%d of %*s%%"  →  3
 template <class T>
 constexpr unsigned int countFormatSlots(const T* fmt) noexcept {
-    constexpr std::string_view kBeforeConversion = "-+ #0123456789.*hlLwIjztT";
     unsigned int slots = 0;
     while (*fmt) {
         if (*fmt++ != '%') {
@@ -22,7 +32,7 @@ constexpr unsigned int countFormatSlots(const T* fmt) noexcept {
             ++fmt;
             continue;
         }
-        for (; *fmt && *fmt < 128 && kBeforeConversion.find(static_cast<char>(*fmt)) != std::string_view::npos; ++fmt) {
+        for (; *fmt > 0 && *fmt < 128 && kBeforeConversion[static_cast<std::size_t>(*fmt)]; ++fmt) {
             slots += *fmt == '*';
         }
         if (*fmt) {

@@ -23,6 +23,9 @@ constexpr unsigned int kMinCapacity = 16;
 constexpr unsigned int kGrowthStep = 0x100000;  // 1 Mi units: larger capacities are multiples of it
 constexpr std::uint64_t kMaxCapacity = 0xFFFFFFFFu;
 
+/// The units of a rendering on the stack.
+constexpr unsigned int kShortText = 512;
+
 /// The capacity of a new buffer for `count` units and a terminator. It does not depend on the old capacity.
 constexpr std::uint64_t capacityFor(std::uint64_t count) noexcept {
     if (count < kGrowthStep) {
@@ -228,6 +231,16 @@ BaseString<T>& BaseString<T>::vformat(const T* fmt, va_list args) {
         return *this = rendered.vformat(fmt, args);
     }
     if (!m_data) {
+        // Most texts are short. The measurement below opens a file, and takes twenty times as long as this attempt.
+        T text[kShortText];
+        errno = 0;
+        const int written = baseutil::vboundedFormat(text, kShortText, fmt, args);
+        if (written >= 0) {
+            const auto length = static_cast<unsigned int>(written);
+            copyUnits(reserve(length + 1, true), text, length);
+            StringAccess<T>::setLength(*this, length);
+            return *this;
+        }
         reserve(static_cast<unsigned int>(util::calculateSnprintFBufferSize(fmt, args) + 1), true);
     }
     for (;;) {

@@ -16,6 +16,7 @@
 #include "support/GuardedBuffer.h"
 #include "support/ImportHook.h"
 #include "support/Widths.h"
+#include "vorel/core/BaseString.h"
 
 namespace {
 
@@ -62,6 +63,25 @@ protected:
 };
 
 TYPED_TEST_SUITE(Format, test::CharacterTypes, test::CharacterNames);
+
+// ---- Strings without a buffer
+// ----------------------------------------------------------------------------------------
+
+// The measurement opens the null device, which takes twenty times as long as the rendering.
+TYPED_TEST(Format, FirstTextOfAString_IsMeasuredFromMoreThan512UnitsOn) {
+    int closed = 0;
+    const test::ImportHook<importedFclose> hook([&](std::FILE* stream) {
+        ++closed;
+        return hook.original(stream);
+    });
+    for (const int units : {0, 1, 15, 16, 511, 512, 513, 2000}) {
+        closed = 0;
+        vorel::BaseString<TypeParam> string;
+        string.format(this->text("%*s").c_str(), units, this->text("").c_str());
+        EXPECT_EQ(closed, units > 512 ? 1 : 0) << units;
+        EXPECT_TRUE(string.view() == std::basic_string<TypeParam>(static_cast<std::size_t>(units), TypeParam{' '}));
+    }
+}
 
 // ---- Bounded rendering ----------------------------------------------------------------------------------------------
 
