@@ -169,15 +169,22 @@ private:
 
     template <class Item>
     void appendOne(Item&& item) {
-        if (m_count < m_allocated) {
-            m_items[m_count] = std::forward<Item>(item);
-            ++m_count;
+        // The count is read once, because the compiler must assume that the new element overwrites it.
+        const unsigned int count = m_count;
+        if (count < m_allocated) [[likely]] {
+            m_items[count] = std::forward<Item>(item);
+            m_count = count + 1;
         } else {
-            Array grown = grownTo(grownCount(1), false);
-            grown.m_items[m_count] = std::forward<Item>(item);  // the old storage, which may contain it, still exists
-            ++grown.m_count;
-            swap(grown);
+            appendGrowing(std::forward<Item>(item));
         }
+    }
+
+    template <class Item>
+    void appendGrowing(Item&& item) {
+        Array grown = grownTo(grownCount(1), false);
+        grown.m_items[m_count] = std::forward<Item>(item);  // the old storage, which may contain it, still exists
+        ++grown.m_count;
+        swap(grown);
     }
 
     [[nodiscard]] unsigned int doubledUpTo(unsigned int count) const noexcept {
