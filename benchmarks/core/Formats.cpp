@@ -1,0 +1,107 @@
+#include <cstdio>
+#include <cwchar>
+#include <iterator>
+#include <string>
+
+#include <fmt/format.h>
+#include <fmt/xchar.h>
+
+#include "Cases.h"
+#include "vorel/vorelCore.h"
+
+namespace bench {
+
+namespace {
+
+using vorel::BaseString;
+
+constexpr std::size_t kCalls = 200;
+constexpr const char* kName = "Parser::run";
+constexpr const wchar_t* kWideName = L"Parser::run";
+
+/// Calls `write(number)` for some numbers. It returns a value that depends on the text.
+template <class Write>
+Pass calls(Write write) {
+    return [write] {
+        std::uint64_t sum = 0;
+        for (std::size_t call = 0; call < kCalls; ++call) {
+            sum += write(static_cast<int>(call * 7919));
+        }
+        return sum;
+    };
+}
+
+/// Measures with one call of the runtime's function and renders with another.
+std::string twoCalls(int number) {
+    std::string text(static_cast<std::size_t>(_scprintf("%s: attempt %d of %u", kName, number, 100000u)), '\0');
+    _snprintf(text.data(), text.size() + 1, "%s: attempt %d of %u", kName, number, 100000u);
+    return text;
+}
+
+std::wstring twoWideCalls(int number) {
+    std::wstring text(static_cast<std::size_t>(_scwprintf(L"%ls: attempt %d of %u", kWideName, number, 100000u)),
+                      L'\0');
+    _snwprintf(text.data(), text.size() + 1, L"%ls: attempt %d of %u", kWideName, number, 100000u);
+    return text;
+}
+
+void formatNarrow(Family& family) {
+    const auto ours = [](BaseString<char>& string, int number) {
+        return std::uint64_t{string.format("%s: attempt %d of %u", kName, number, 100000u).length()};
+    };
+    family.compare(
+        "format, fresh, narrow", kCalls, calls([ours](int number) {
+            BaseString<char> string;
+            return ours(string, number);
+        }),
+        {{"fmt::format", calls([](int number) {
+              return std::uint64_t{fmt::format(FMT_STRING("{}: attempt {} of {}"), kName, number, 100000u).size()};
+          })},
+         {"two snprintf of the runtime", calls([](int number) { return std::uint64_t{twoCalls(number).size()}; })}});
+    BaseString<char> string;
+    std::string text;
+    family.compare("format, reused, narrow", kCalls, calls([&](int number) { return ours(string, number); }),
+                   {{"fmt::format_to", calls([&text](int number) {
+                         text.clear();
+                         fmt::format_to(std::back_inserter(text), FMT_STRING("{}: attempt {} of {}"), kName, number,
+                                        100000u);
+                         return std::uint64_t{text.size()};
+                     })},
+                    {"snprintf of the runtime", calls([](int number) {
+                         char buffer[64];
+                         return static_cast<std::uint64_t>(
+                             _snprintf(buffer, sizeof buffer, "%s: attempt %d of %u", kName, number, 100000u));
+                     })}});
+}
+
+void formatWide(Family& family) {
+    const auto ours = [](BaseString<wchar_t>& string, int number) {
+        return std::uint64_t{string.format(L"%ls: attempt %d of %u", kWideName, number, 100000u).length()};
+    };
+    family.compare("format, fresh, wide", kCalls, calls([ours](int number) {
+                       BaseString<wchar_t> string;
+                       return ours(string, number);
+                   }),
+                   {{"fmt::format", calls([](int number) {
+                         return std::uint64_t{
+                             fmt::format(FMT_STRING(L"{}: attempt {} of {}"), kWideName, number, 100000u).size()};
+                     })},
+                    {"two snwprintf of the runtime",
+                     calls([](int number) { return std::uint64_t{twoWideCalls(number).size()}; })}});
+    BaseString<wchar_t> string;
+    family.compare("format, reused, wide", kCalls, calls([&](int number) { return ours(string, number); }),
+                   {{"snwprintf of the runtime", calls([](int number) {
+                         wchar_t buffer[64];
+                         return static_cast<std::uint64_t>(_snwprintf(
+                             buffer, std::size(buffer), L"%ls: attempt %d of %u", kWideName, number, 100000u));
+                     })}});
+}
+
+}  // namespace
+
+void formatTexts(Family& family) {
+    formatNarrow(family);
+    formatWide(family);
+}
+
+}  // namespace bench
