@@ -3,29 +3,19 @@
 /// delete it at any time. Nothing here throws, waits without limit, or changes the caller's `errno` or last system
 /// error.
 
-#include <atomic>
 #include <cerrno>
 #include <cstdio>
-#include <cstdlib>
-#include <cstring>
-#include <memory>
-#include <optional>
-#include <string>
 
 #include <io.h>
-#include <process.h>
 #include <windows.h>
 
-#include "algorithms/Utf8Streams.h"
 #include "core/Format.h"
-#include "exceptions/DebugTargets.h"
 #include "exceptions/InvalidParameter.h"
 #include "exceptions/LocaleText.h"
 #include "exceptions/LogFile.h"
+#include "exceptions/LogLine.h"
 #include "exceptions/LogPath.h"
 #include "exceptions/LogState.h"
-#include "platform/ComputerName.h"
-#include "platform/SystemClock.h"
 #include "vorel/core/Guard.h"
 #include "vorel/exceptions/Exception.h"
 
@@ -42,6 +32,7 @@ constinit bool Exception::m_mirrorToErrorLog = false;
 namespace {
 
 using detail::LogFile;
+using detail::LogLine;
 
 constexpr unsigned int kMaxRetries = 30;
 constexpr unsigned int kRetryStepMs = 3;
@@ -63,92 +54,28 @@ private:
     DWORD m_lastError;
 };
 
-/// A message converted to UTF-8. A short message is one piece on the stack, a long message one piece on the heap. If
-/// the heap allocation fails, a long message is converted in several pieces on the stack.
-class Utf8Message {
-public:
-    explicit Utf8Message(const wchar_t* message) noexcept : m_writer(message, -1) {
-        const std::size_t units = std::char_traits<wchar_t>::length(message);
-        const std::size_t capacity = units * algorithms::kMaxUtf8BytesPerUnit + kSlack;
-        if (capacity > m_capacity) {
-            m_heap.reset(static_cast<char*>(std::malloc(capacity)));
-            m_capacity = m_heap ? capacity : m_capacity;
-        }
-        convertPiece();
+/// Writes a line to a locked file. Drops it when the file gets no stream.
+void write(LogFile& file, LogLine& line) noexcept {
+    std::FILE* const stream = file.stream();
+    if (!stream) {
+        return;
     }
-
-    /// The current piece.
-    [[nodiscard]] const char* text() const noexcept { return m_heap ? m_heap.get() : m_buffer; }
-
-    /// The text after the current piece: a line feed after the last one.
-    [[nodiscard]] const char* ending() const noexcept { return m_writer.atEnd() ? "\n" : ""; }
-
-    /// Converts the next piece; false when there is none.
-    bool next() noexcept {
-        if (m_writer.atEnd()) {
-            return false;
-        }
-        convertPiece();
-        return true;
-    }
-
-private:
-    struct Free {
-        void operator()(char* block) const noexcept { std::free(block); }
-    };
-
-    static constexpr std::size_t kSlack = algorithms::kLongestUtf8Sequence + 1;
-
-    void convertPiece() noexcept {
-        char* const piece = m_heap ? m_heap.get() : m_buffer;
-        const std::size_t capacity = m_capacity - kSlack;
-        piece[m_writer.write(reinterpret_cast<unsigned char*>(piece), capacity, capacity)] = 0;
-    }
-
-    algorithms::Utf8Writer<algorithms::Surrogates::Paired, wchar_t> m_writer;
-    std::unique_ptr<char, Free> m_heap;
-    std::size_t m_capacity = sizeof m_buffer;
-    char m_buffer[1024];
-};
-
-/// Writes one line to a locked file.
-void printLine(std::FILE* stream, const platform::LocalTimeText& time,
-               const std::optional<unsigned long long>& milliseconds, const char* prefix,
-               Utf8Message& message) noexcept {
-    const platform::ComputerName computer = platform::ComputerName::remembered();
-    const char* const shownPrefix = prefix ? prefix : "NULL Method";
-    if (milliseconds) {
-        baseutil::streamPrint(stream, "[%hs].%.3llu %hs.%d.%lu: %hs%hs%hs", time.text, *milliseconds, computer.text,
-                              _getpid(), GetCurrentThreadId(), shownPrefix, message.text(), message.ending());
-    } else {
-        baseutil::streamPrint(stream, "[%hs] %hs.%d.%lu: %hs%hs%hs", time.text, computer.text, _getpid(),
-                              GetCurrentThreadId(), shownPrefix, message.text(), message.ending());
-    }
-    while (message.next()) {
-        baseutil::streamPrint(stream, "%hs%hs", message.text(), message.ending());
-    }
+    do {
+        baseutil::streamPrint(stream, "%hs", line.piece());
+    } while (line.next());
     (void)std::fflush(stream);
 }
 
-/// Appends one line to the file at `path`. Drops the line when others keep the file locked during all attempts, or the
+/// Appends a line to the file at `path`. Drops the line when others keep the file locked during all attempts, or the
 /// file cannot be opened.
-[[gnu::noinline]] void appendLine(const char* path, const char* prefix, const wchar_t* message,
-                                  bool withMilliseconds) noexcept {
-    Utf8Message text(message ? message : L"NULL Message");
-    const platform::LocalTimeText time;
-    std::optional<unsigned long long> milliseconds;
-    if (withMilliseconds) {
-        milliseconds = platform::millisecondsUtc() % 1000;
-    }
+void append(const char* path, LogLine& line) noexcept {
     for (unsigned int failures = 0;;) {
         LogFile file(path, LogFile::Mode::Append);
         if (!file.isOpen()) {
             return;
         }
         if (file.tryLock()) {
-            if (std::FILE* const stream = file.stream()) {
-                printLine(stream, time, milliseconds, prefix, text);
-            }
+            write(file, line);
             return;
         }
         file.close();
@@ -183,20 +110,44 @@ private:
     char m_location[detail::kLogPathBytes];
 };
 
-/// Moves the file at `path` to its backup if it has more than `limit` bytes.
-[[gnu::noinline]] void moveIfLarger(const char* path, long long limit) noexcept {
-    if (!*path || limit < 1) {
-        return;
-    }
-    LogFile file(path, LogFile::Mode::Inspect);
-    // Another process is writing to a locked file; the next line checks the size again.
-    if (!file.isOpen() || !file.tryLock() || !file.isLargerThan(limit)) {
-        return;
-    }
+/// Moves a locked file to its backup and closes it.
+[[gnu::noinline]] void moveToBackup(LogFile& file, const char* path) noexcept {
     const detail::BackupName backup(path);
     _unlink(backup.text);
     file.close();
     (void)std::rename(path, backup.text);
+}
+
+/// Whether a size limit applies to the file at `path`.
+bool isLimited(const char* path, long long limit) noexcept {
+    return *path && limit >= 1;
+}
+
+/// Moves the file at `path` to its backup if it has more than `limit` bytes.
+void moveIfLarger(const char* path, long long limit) noexcept {
+    if (!isLimited(path, limit)) {
+        return;
+    }
+    LogFile file(path, LogFile::Mode::Inspect);
+    // Another process is writing to a locked file; the next line checks the size again.
+    if (file.isOpen() && file.tryLock() && file.isLargerThan(limit)) {
+        moveToBackup(file, path);
+    }
+}
+
+/// Checks the size of the file at `path` and appends a line, under one lock. False if the line is not written: the file
+/// cannot be opened or locked at once, or was larger than `limit` and is moved. The size is then not checked again.
+bool appendIfNotLarger(const char* path, long long limit, LogLine& line) noexcept {
+    LogFile file(path, LogFile::Mode::Append);
+    if (!file.isOpen() || !file.tryLock()) {
+        return false;
+    }
+    if (file.isLargerThan(limit)) {
+        moveToBackup(file, path);
+        return false;
+    }
+    write(file, line);
+    return true;
 }
 
 /// Runs `action` under the log-settings lock.
@@ -219,14 +170,16 @@ void Exception::MirrorErrorMessage(const char* logPath, long long maxSize, const
     }
     const ErrorStateGuard errorState;
     LinePath path(logPath == ErrorLogLocation ? nullptr : logPath);
+    long long limit = maxSize < 1 ? CurrentLogSize : maxSize;
     if (path.empty()) {
-        // The first line of a log that was never configured is written without a size check.
         SetErrorLogLocation(detail::kDefaultLogPath, 0);
         path.readLocation();
-    } else {
-        moveIfLarger(path.text(), maxSize < 1 ? CurrentLogSize : maxSize);
+        limit = -1;  // the first line of a log that was never configured is written without a size check
     }
-    appendLine(path.text(), prefix, message, isDebugTargetActive(L"LogsIncludeMsecs"));
+    LogLine line(prefix, message, isDebugTargetActive(L"LogsIncludeMsecs"));
+    if (!isLimited(path.text(), limit) || !appendIfNotLarger(path.text(), limit, line)) {
+        append(path.text(), line);
+    }
 }
 
 void Exception::CheckOldLogSize(const char* logPath, long long maxSize) noexcept {

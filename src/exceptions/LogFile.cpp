@@ -52,9 +52,10 @@ bool LogFile::tryLock() noexcept {
 }
 
 bool LogFile::isLargerThan(long long limit) const noexcept {
-    // With some compilers' headers the call with a 32-bit size truncates the size of a huge file instead of failing.
-    struct _stat64 status = {};
-    return _fstat64(m_descriptor, &status) == 0 && status.st_size <= INT_MAX && status.st_size > limit;
+    // Faster than the runtime's status, which includes the times of the file.
+    LARGE_INTEGER size = {};
+    return GetFileSizeEx(reinterpret_cast<void*>(_get_osfhandle(m_descriptor)), &size) != 0 &&
+           size.QuadPart <= INT_MAX && size.QuadPart > limit;
 }
 
 std::FILE* LogFile::stream() noexcept {

@@ -29,6 +29,13 @@ std::atomic_ref<Word> sharedWord(char (&shared)[kLogPathBytes], std::size_t inde
     return std::atomic_ref<Word>(reinterpret_cast<Word*>(shared)[index]);
 }
 
+/// Whether one of the bytes is zero (A. Mycroft, 1987).
+bool hasZeroByte(Word word) noexcept {
+    constexpr Word kOnes = 0x0101010101010101;
+    constexpr Word kHighBits = 0x8080808080808080;
+    return ((word - kOnes) & ~word & kHighBits) != 0;
+}
+
 }  // namespace
 
 void LogPath::write(const char* path) noexcept {
@@ -51,6 +58,9 @@ void LogPath::read(char (&path)[kLogPathBytes]) noexcept {
         for (std::size_t index = 0; index < kWords; ++index) {
             const Word word = sharedWord(Exception::ErrorLogLocation, index).load(std::memory_order_relaxed);
             std::memcpy(path + index * sizeof word, &word, sizeof word);
+            if (hasZeroByte(word)) {
+                break;
+            }
         }
         path[kLogPathBytes - 1] = 0;
         std::atomic_thread_fence(std::memory_order_acquire);

@@ -11,6 +11,23 @@ namespace vorel::platform {
 
 namespace {
 
+constexpr std::uint64_t kSecond = 10000000;  // in units of a file time
+
+/// The current second since 1970. The system's coarse clock is ten times as fast as the runtime's, but lags by up to
+/// its tick, usually 16 ms. So near the end of a second the runtime's clock decides.
+__time64_t secondsNow() noexcept {
+    constexpr std::uint64_t kMaxLag = kSecond / 10;
+    try {
+        const std::uint64_t coarse = fileTimeNow();
+        if (coarse % kSecond < kSecond - kMaxLag) {
+            return static_cast<__time64_t>(algorithms::unixMilliseconds(coarse) / 1000);
+        }
+    } catch (...) {
+        // A hooked system call may throw; a line of the log must not fail.
+    }
+    return _time64(nullptr);
+}
+
 /// The position of the line feed in the runtime's text of a time; it is removed.
 constexpr std::size_t kLineFeedIndex = 24;
 
@@ -44,7 +61,7 @@ bool formatTime(const std::tm& time, char* buffer, std::size_t size) noexcept {
 }
 
 LocalTimeText::LocalTimeText() noexcept {
-    const __time64_t now = _time64(nullptr);
+    const __time64_t now = secondsNow();
     std::tm local = {};
     if (_localtime64_s(&local, &now) != 0 || !formatTime(local, text, sizeof text)) {
         text[0] = 0;

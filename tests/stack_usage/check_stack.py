@@ -21,6 +21,7 @@ SOURCES = [
     "exceptions/ErrorLog.cpp",
     "exceptions/LocaleText.cpp",
     "exceptions/LogFile.cpp",
+    "exceptions/LogLine.cpp",
     "exceptions/LogPath.cpp",
     "exceptions/ThreadLogging.cpp",
     "algorithms/Utf8EncodeAvx2.cpp",

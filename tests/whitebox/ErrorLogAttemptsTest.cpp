@@ -2,6 +2,8 @@
 /// The system calls of the error log and their order: the attempts to lock the file with the waits between them, and
 /// the steps of writing and rotating. The waits are recorded only.
 
+#include <cerrno>
+#include <cstdint>
 #include <cstdio>
 #include <functional>
 #include <string>
@@ -110,9 +112,12 @@ TEST_F(ErrorLogAttempts, OpenTheFileAgain) {
 
 TEST_F(ErrorLogAttempts, WriteTheTimeBeforeTheFirstAttempt) {
     const test::TimeZone zone;
-    __time64_t now = 1234567890;
-    const test::ImportHook<importedTime64> clock([&](__time64_t*) { return now; });
-    record().duringSleep = [&] { now += 60; };
+    constexpr std::uint64_t kSecond = 10000000;  // in units of a file time
+    std::uint64_t now = (11644473600 + 1234567890) * kSecond;
+    const test::ImportHook<importedGetSystemTimeAsFileTime> clock([&](FILETIME* out) {
+        *out = {static_cast<DWORD>(now), static_cast<DWORD>(now >> 32)};
+    });
+    record().duringSleep = [&] { now += 60 * kSecond; };
     record().locksToFail = 3;
     const test::ImportPatch locks(importedLockFileEx, &failLocks);
     Exception::warn("text");
@@ -151,6 +156,8 @@ private:
 };
 
 struct RecordedSteps {
+    RecordedStep<importedSopenS> open{"open"};
+    RecordedStep<importedGetFileSizeEx> size{"size"};
     RecordedStep<importedLockFileEx> lock{"lock"};
     RecordedStep<importedUnlockFileEx> unlock{"unlock"};
     RecordedStep<importedClose> close{"close"};
@@ -160,14 +167,48 @@ struct RecordedSteps {
     RecordedStep<importedFclose> closeStream{"close stream"};
 };
 
-TEST(ErrorLogSteps, AreCheckLockWriteFlushUnlockClose) {
+TEST(ErrorLogSteps, CheckTheSizeAndWriteUnderOneLock) {
+    for (const long long limit : {-1LL, 1000LL}) {
+        record() = Record();
+        const TemporaryLog log(limit);
+        {
+            const RecordedSteps recorded;
+            Exception::warn("text");
+        }
+        Texts expected = {"open", "lock", "size", "flush", "unlock", "close stream"};
+        if (limit < 0) {
+            std::erase(expected, "size");
+        }
+        EXPECT_EQ(record().steps, expected) << limit;
+    }
+}
+
+TEST(ErrorLogSteps, SkipTheSizeCheckIfTheFirstLockFails) {
     record() = Record();
-    const TemporaryLog log;
+    const TemporaryLog log(1000);
     {
         const RecordedSteps recorded;
+        record().locksToFail = 1;
+        const test::ImportPatch locks(importedLockFileEx, &failLocks);
         Exception::warn("text");
     }
-    EXPECT_EQ(record().steps, (Texts{"lock", "unlock", "close", "lock", "flush", "unlock", "close stream"}));
+    EXPECT_EQ(record().steps, (Texts{"open", "close", "open", "flush", "unlock", "close stream"}));
+    EXPECT_EQ(record().lockCalls, 2u);
+}
+
+// Another process may be renaming the file at the first attempt.
+TEST(ErrorLogSteps, OpenTheFileAgainIfItCannotBeOpenedForTheSizeCheck) {
+    const TemporaryLog log(1000);
+    int opens = 0;
+    {
+        const test::ImportHook<importedSopenS> opening(
+            [&](int* file, const char* path, int flags, int sharing, int mode) {
+                return ++opens == 1 ? EACCES : opening.original(file, path, flags, sharing, mode);
+            });
+        Exception::warn("text");
+    }
+    EXPECT_EQ(opens, 2);
+    EXPECT_EQ(log.messages(), Texts{"WARN: text"});
 }
 
 TEST(ErrorLogSteps, RenameTheFileAfterUnlockingAndClosing) {
@@ -179,8 +220,8 @@ TEST(ErrorLogSteps, RenameTheFileAfterUnlockingAndClosing) {
         const RecordedSteps recorded;
         Exception::warn("new");
     }
-    EXPECT_EQ(record().steps,
-              (Texts{"lock", "delete", "unlock", "close", "rename", "lock", "flush", "unlock", "close stream"}));
+    EXPECT_EQ(record().steps, (Texts{"open", "lock", "size", "delete", "unlock", "close", "rename",  // moves the file
+                                     "open", "lock", "flush", "unlock", "close stream"}));
     EXPECT_EQ(test::readLogMessages(log.backupPath()), Texts{"WARN: old"});
     EXPECT_EQ(log.messages(), Texts{"WARN: new"});
 }

@@ -181,13 +181,13 @@ TEST(Location, IsNeverReadAsAMixtureOfTwoPaths) {
     EXPECT_EQ(mixtures, 0);
 }
 
-// The log reads the clock after the size check and before it opens the file for the line.
+// The log reads the clock before it opens the file.
 TEST(Location, IsReadOncePerLine) {
     const TemporaryLog log;
     const std::string next = log.folder().file("next.log");
-    const test::ImportHook<importedTime64> clock([&](__time64_t* out) {
+    const test::ImportHook<importedGetSystemTimeAsFileTime> clock([&](FILETIME* out) {
         Exception::SetErrorLogLocation(next.c_str(), 0);
-        return clock.original(out);
+        clock.original(out);
     });
     Exception::warn("first");
     EXPECT_EQ(log.messages(), std::vector<std::string>{"WARN: first"});

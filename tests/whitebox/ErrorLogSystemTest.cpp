@@ -9,7 +9,6 @@
 
 #include <gtest/gtest.h>
 #include <io.h>
-#include <sys/stat.h>
 #include <windows.h>
 
 #include "support/ImportHook.h"
@@ -72,41 +71,35 @@ TEST(ErrorLogSystem, WithoutAStreamTheLineIsDroppedAndTheFileReleased) {
     EXPECT_EQ(std::remove(log.path().c_str()), 0) << "the file must be closed";
 }
 
-struct FileStatus {
-    int result = 0;
-    long long sizeBytes = 0;
+struct FileSize {
+    BOOL isKnown = TRUE;
+    long long bytes = 0;
 };
-
-FileStatus& fakeStatus() {
-    static FileStatus status;
-    return status;
-}
-
-int giveFakeStatus(int, struct _stat64* status) {
-    status->st_size = fakeStatus().sizeBytes;
-    return fakeStatus().result;
-}
 
 TEST(ErrorLogSystem, FileIsMovedOnlyIfItsSizeIsKnownAndBelowTwoGigabytes) {
     struct Case {
-        FileStatus status;
+        FileSize size;
         bool moved;
     };
     const std::vector<Case> cases = {
-        {{-1, 0}, false},          {{-1, 5000}, false},      {{0, 1000}, false},
-        {{0, 1001}, true},         {{0, 0x7FFFFFFF}, true},  {{0, 0x80000000}, false},
-        {{0, 0x100000000}, false}, {{0, 0x100001000}, false}  // 0 and 4096 if truncated to 32 bits
+        {{FALSE, 0}, false},          {{FALSE, 5000}, false},      {{TRUE, 1000}, false},
+        {{TRUE, 1001}, true},         {{TRUE, 0x7FFFFFFF}, true},  {{TRUE, 0x80000000}, false},
+        {{TRUE, 0x100000000}, false}, {{TRUE, 0x100001000}, false}  // 0 and 4096 if truncated to 32 bits
     };
-    const test::ImportPatch patch(importedFstat64, &giveFakeStatus);
+    FileSize fake;
+    const test::ImportHook<importedGetFileSizeEx> size([&](HANDLE, LARGE_INTEGER* out) {
+        out->QuadPart = fake.bytes;
+        return fake.isKnown;
+    });
     for (const Case& c : cases) {
         const TemporaryLog log;
-        fakeStatus() = {};
+        fake = {};
         Exception::warn("old");
         Exception::SetErrorLogSize(1000);
-        fakeStatus() = c.status;
+        fake = c.size;
         Exception::warn("new");
         EXPECT_EQ(log.messages(), (c.moved ? Texts{"WARN: new"} : Texts{"WARN: old", "WARN: new"}))
-            << c.status.result << " " << c.status.sizeBytes;
+            << c.size.isKnown << " " << c.size.bytes;
     }
 }
 

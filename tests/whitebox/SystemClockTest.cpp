@@ -9,6 +9,7 @@
 #include <ctime>
 #include <stdexcept>
 #include <string>
+#include <utility>
 
 #include <gtest/gtest.h>
 
@@ -158,6 +159,34 @@ TEST(SystemClock, LocalTimeText_IsTheCurrentTimeOfTheZone) {
     }
 }
 
+TEST(SystemClock, LocalTimeText_UsesTheRuntimesClockOnlyNearTheEndOfASecond) {
+    constexpr std::uint64_t kSecond = 10000000;  // in units of a file time
+    constexpr std::uint64_t kTime = (11644473600 + 1234567890) * kSecond;
+    struct Case {
+        std::uint64_t coarse;
+        const char* text;
+    };
+    const test::TimeZone zone;
+    const test::ImportHook<importedTime64> precise([](__time64_t*) { return __time64_t{1234567899}; });
+    for (const Case& c :
+         {Case{kTime, "Sat Feb 14 04:31:30 2009"}, Case{kTime + 8999999, "Sat Feb 14 04:31:30 2009"},
+          Case{kTime + 9000000, "Sat Feb 14 04:31:39 2009"}, Case{kTime + 9999999, "Sat Feb 14 04:31:39 2009"},
+          Case{kTime + 10000000, "Sat Feb 14 04:31:31 2009"}}) {
+        const test::ImportHook<importedGetSystemTimeAsFileTime> clock([&](FILETIME* out) {
+            *out = {static_cast<DWORD>(c.coarse), static_cast<DWORD>(c.coarse >> 32)};
+        });
+        EXPECT_STREQ(LocalTimeText().text, c.text) << c.coarse - kTime;
+    }
+}
+
+TEST(SystemClock, LocalTimeText_UsesTheRuntimesClockIfTheSystemsThrows) {
+    const test::TimeZone zone;
+    const test::ImportHook<importedTime64> precise([](__time64_t*) { return __time64_t{1234567890}; });
+    const test::ImportHook<importedGetSystemTimeAsFileTime> throwing(
+        [](FILETIME*) { throw std::runtime_error("not of the library"); });
+    EXPECT_STREQ(LocalTimeText().text, "Sat Feb 14 04:31:30 2009");
+}
+
 TEST(SystemClock, ExceptionsAreRecordedWithTheNameOfTheClock) {
     struct Clock {
         unsigned long long (*read)();
@@ -169,8 +198,13 @@ TEST(SystemClock, ExceptionsAreRecordedWithTheNameOfTheClock) {
     };
     for (const Clock& clock : clocks) {
         {
-            const test::ImportHook<importedGetSystemTimeAsFileTime> broken(
-                [](FILETIME*) { throw vorel::Exception(L"broken"); });
+            bool isBroken = true;  // once: the message is logged, and the log reads the clock too
+            const test::ImportHook<importedGetSystemTimeAsFileTime> broken([&](FILETIME* time) {
+                if (std::exchange(isBroken, false)) {
+                    throw vorel::Exception(L"broken");
+                }
+                broken.original(time);
+            });
             test::expectThrows<vorel::Exception>(clock.read, {L"broken", clock.name + L": Vorel exception rethrown"});
         }
         const test::ImportHook<importedGetSystemTimeAsFileTime> throwing(

@@ -1,0 +1,54 @@
+/// \file
+/// The text of one line of the error log, rendered before the file is opened.
+#pragma once
+
+#include <cstddef>
+#include <cstdlib>
+#include <memory>
+#include <string_view>
+
+#include "algorithms/Utf8Streams.h"
+
+namespace vorel::detail {
+
+/// Usually one piece: a short line is rendered on the stack, a long line on the heap. If the heap allocation fails, a
+/// long line is rendered in several pieces on the stack.
+class LogLine {
+public:
+    /// `prefix` and `message` must outlive the object. Null is rendered as "NULL Method" and "NULL Message".
+    LogLine(const char* prefix, const wchar_t* message, bool withMilliseconds) noexcept;
+
+    LogLine(const LogLine&) = delete;
+    LogLine& operator=(const LogLine&) = delete;
+    ~LogLine() = default;
+
+    /// The current piece, terminated by zero. The last one ends with a line feed.
+    [[nodiscard]] const char* piece() const noexcept { return m_heap ? m_heap.get() : m_buffer; }
+
+    /// Renders the next piece; false when there is none.
+    bool next() noexcept;
+
+private:
+    struct Free {
+        void operator()(char* block) const noexcept { std::free(block); }
+    };
+
+    /// "[", a time of at most 25 characters, "].", three digits, a blank, a name of at most 15 characters, a point, a
+    /// process of at most 11 characters, a point, a thread of at most 10 digits, ": ".
+    static constexpr std::size_t kMaxHeaderBytes = 1 + 25 + 2 + 3 + 1 + 15 + 1 + 11 + 1 + 10 + 2;
+
+    void renderHeader(bool withMilliseconds) noexcept;
+    void render() noexcept;
+    std::size_t renderFront(char* out, std::size_t capacity) noexcept;
+
+    std::string_view m_header;  // the part that is not rendered yet, as in m_prefix
+    std::string_view m_prefix;
+    algorithms::Utf8Writer<algorithms::Surrogates::Paired, wchar_t> m_message;
+    std::unique_ptr<char, Free> m_heap;
+    std::size_t m_capacity;
+    bool m_complete = false;
+    char m_headerText[kMaxHeaderBytes];
+    char m_buffer[1024];
+};
+
+}  // namespace vorel::detail

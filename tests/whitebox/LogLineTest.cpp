@@ -1,0 +1,42 @@
+/// \file
+/// The rendered line of the log. ErrorLogTest.cpp tests its header, and tests/allocation its pieces.
+
+#include "exceptions/LogLine.h"
+
+#include <string>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using vorel::detail::LogLine;
+
+TEST(LogLine, IsOnePieceOfAnyLength) {
+    struct Message {
+        const wchar_t* unit;
+        const char* utf8;
+    };
+    // The buffer on the stack has 1024 bytes, of which the header takes about 50.
+    for (const Message& message : {Message{L"m", "m"}, Message{L"\x20AC", "\xE2\x82\xAC"}}) {
+        for (const std::size_t units : {0u, 1u, 300u, 320u, 330u, 340u, 400u, 960u, 1100u, 5000u}) {
+            for (const std::size_t prefixBytes : {0u, 6u, 900u, 960u, 1000u, 1022u, 1023u, 1024u, 3000u}) {
+                const std::string prefix(prefixBytes, 'p');
+                std::wstring text;
+                std::string expected = ": " + prefix;
+                for (std::size_t unit = 0; unit != units; ++unit) {
+                    text += message.unit;
+                    expected += message.utf8;
+                }
+                expected += '\n';
+                LogLine line(prefix.c_str(), text.c_str(), false);
+                const std::string piece = line.piece();
+                EXPECT_EQ(piece.front(), '[');
+                EXPECT_TRUE(piece.ends_with(expected)) << units << " units, prefix of " << prefixBytes;
+                EXPECT_LT(piece.size() - expected.size(), 70u);
+                EXPECT_FALSE(line.next());
+            }
+        }
+    }
+}
+
+}  // namespace
