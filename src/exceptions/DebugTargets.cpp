@@ -6,6 +6,8 @@
 
 namespace vorel {
 
+constinit std::atomic<bool> DebugTargetsUsed{false};
+
 void Exception::setDebugTarget(const char* name, bool active) {
     detail::runRethrowing(L"Exception", L"setDebugTarget", [=] {
         if (detail::LogState* const state = detail::logState.get(); state && name) {

@@ -11,14 +11,13 @@
 #include <new>
 #include <string>
 #include <string_view>
+#include <type_traits>
 
 #include "vorel/core/Guard.h"
 #include "vorel/core/Protocol.h"
+#include "vorel/exceptions/Exception.h"
 
 namespace vorel {
-
-/// Whether any target was ever switched on; never cleared. Every test of a target checks it first.
-inline constinit std::atomic<bool> DebugTargetsUsed{false};
 
 /// Names with their states, ordered by name. Any thread may set and test targets at any time without a lock. Entries
 /// are never removed before the set is destroyed, so a reader never sees a freed entry.
@@ -53,10 +52,9 @@ public:
         }
     }
 
-    bool isActive(std::basic_string_view<T> name) const {
+    bool isActive(const T* name) const {
         const Guard<Lock> held(m_lock);
-        Position position;
-        const Entry* const entry = find(name, position);
+        const Entry* const entry = find(name);
         return entry && entry->active.load(std::memory_order_relaxed);
     }
 
@@ -79,6 +77,35 @@ private:
         std::array<Links*, kLevels> before;
         std::array<Entry*, kLevels> after;
     };
+
+    /// Below 0, 0, or above 0: the order of two names. Names are short and mostly differ early, so the loop is faster
+    /// than the runtime's functions.
+    static int compare(const T* first, const T* second) noexcept {
+        using Unit = std::make_unsigned_t<T>;
+        while (*first == *second && *first != 0) {
+            ++first;
+            ++second;
+        }
+        return static_cast<int>(static_cast<Unit>(*first)) - static_cast<int>(static_cast<Unit>(*second));
+    }
+
+    /// Returns the entry of `name`, or null.
+    const Entry* find(const T* name) const noexcept {
+        const Links* links = &m_first;
+        for (std::size_t level = kLevels; level-- != 0;) {
+            while (const Entry* const next = (*links)[level].load(std::memory_order_acquire)) {
+                const int order = compare(next->name.c_str(), name);
+                if (order == 0) {
+                    return next;
+                }
+                if (order > 0) {
+                    break;
+                }
+                links = &next->next;
+            }
+        }
+        return nullptr;
+    }
 
     /// Returns the entry of `name`, or null, and sets `position`.
     Entry* find(std::basic_string_view<T> name, Position& position) const noexcept {

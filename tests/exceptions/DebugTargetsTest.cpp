@@ -113,6 +113,53 @@ TYPED_TEST(DebugTargetsTest, AnyThreadMaySetAndTestTargets) {
     EXPECT_EQ(wrong, 0);
 }
 
+/// Clears the flag that any target was ever switched on, and restores it.
+class FlagCleared {
+public:
+    FlagCleared() : m_before(vorel::DebugTargetsUsed.exchange(false)) {}
+    ~FlagCleared() { vorel::DebugTargetsUsed = m_before; }
+
+    FlagCleared(const FlagCleared&) = delete;
+    FlagCleared& operator=(const FlagCleared&) = delete;
+
+private:
+    bool m_before;
+};
+
+TEST(DebugTargets, WithoutTheFlagNothingIsLookedUp) {
+    const TemporaryLog log;
+    Exception::setDebugTarget("DT.Flag", true);
+    Exception::setDebugTarget(L"DT.Flag", true);
+    EXPECT_TRUE(vorel::DebugTargetsUsed);
+    {
+        const FlagCleared cleared;
+        EXPECT_FALSE(Exception::isDebugTargetActive("DT.Flag"));
+        EXPECT_FALSE(Exception::isDebugTargetActive(L"DT.Flag"));
+        Exception::debug("DT.Flag", "%d", 1);
+        Exception::debug(L"DT.Flag", L"%d", 2);
+        Exception::debugClass(L"C", L"m", L"DT.Flag", L"%d", 3);
+    }
+    EXPECT_FALSE(log.exists());
+    Exception::debug("DT.Flag", "%d", 4);
+    Exception::debug(L"DT.Flag", L"%d", 5);
+    Exception::debugClass(L"C", L"m", L"DT.Flag", L"%d", 6);
+    EXPECT_EQ(log.messages(),
+              (std::vector<std::string>{"DEBUG: DT.Flag: 4", "DEBUG: DT.Flag: 5", "DEBUG: C::m: DT.Flag: 6"}));
+    Exception::setDebugTarget("DT.Flag", false);
+    Exception::setDebugTarget(L"DT.Flag", false);
+}
+
+TEST(DebugTargets, InlineFunctionsHaveAddresses) {
+    const TemporaryLog log;
+    Exception::setDebugTarget(L"DT.Address", true);
+    bool (*volatile isActive)(const wchar_t*) noexcept = &Exception::isDebugTargetActive;
+    void (*volatile debug)(const wchar_t*, const wchar_t*, ...) noexcept = &Exception::debug;
+    EXPECT_TRUE(isActive(L"DT.Address"));
+    debug(L"DT.Address", L"%d and %ls", 7, L"eight");
+    EXPECT_EQ(log.messages(), std::vector<std::string>{"DEBUG: DT.Address: 7 and eight"});
+    Exception::setDebugTarget(L"DT.Address", false);
+}
+
 TEST(DebugTargets, NarrowAndWideNamesAreIndependent) {
     Exception::setDebugTarget("DT.NarrowOnly", true);
     EXPECT_TRUE(Exception::isDebugTargetActive("DT.NarrowOnly"));

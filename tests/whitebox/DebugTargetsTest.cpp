@@ -3,7 +3,9 @@
 
 #include "exceptions/DebugTargets.h"
 
+#include <algorithm>
 #include <string>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -73,18 +75,37 @@ TEST_F(DebugTargetsInside, EveryAccessTakesTheLock) {
     EXPECT_EQ(CountingLock::s_unlocked, 3);
 }
 
+template <class T>
+void expectFoundInAnyOrder(std::vector<std::basic_string<T>> names) {
+    std::sort(names.begin(), names.end());
+    do {
+        vorel::DebugTargets<T, vorel::NoLock> targets;
+        for (const std::basic_string<T>& name : names) {
+            targets.set(name, true);
+        }
+        for (const std::basic_string<T>& name : names) {
+            EXPECT_TRUE(targets.isActive(name.c_str()));
+        }
+    } while (std::next_permutation(names.begin(), names.end()));
+}
+
+TEST(DebugTargetSet, OrdersNamesByUnitsWithoutASign) {
+    expectFoundInAnyOrder<char>({"", "a", "ab", "\x7F", "\x80", "\xFF\x01"});
+    expectFoundInAnyOrder<wchar_t>({L"", L"a", L"ab", L"\x7FFF", L"\x8000", L"\xFFFF\x0001"});
+}
+
 TEST(DebugTargetSet, FindsNamesInsertedInAnyOrder) {
     constexpr int kNames = 3000;
     const auto nameOf = [](int number) { return std::to_string(100000 + number); };
     for (const int step : {1, kNames - 1, 7}) {  // ascending, descending, mixed; 7 and 3000 are coprime
         vorel::DebugTargets<char, vorel::NoLock> targets;
         for (int count = 0, number = 0; count < kNames; ++count, number = (number + step) % kNames) {
-            EXPECT_FALSE(targets.isActive(nameOf(number)));
+            EXPECT_FALSE(targets.isActive(nameOf(number).c_str()));
             targets.set(nameOf(number), number % 3 != 0);
         }
         for (int number = 0; number < kNames; ++number) {
-            EXPECT_EQ(targets.isActive(nameOf(number)), number % 3 != 0) << number;
-            EXPECT_FALSE(targets.isActive(nameOf(number) + "0"));
+            EXPECT_EQ(targets.isActive(nameOf(number).c_str()), number % 3 != 0) << number;
+            EXPECT_FALSE(targets.isActive((nameOf(number) + "0").c_str()));
         }
     }
 }

@@ -23,6 +23,7 @@
 /// `Exception` does not derive from `std::exception`: its `what()` is wide.
 #pragma once
 
+#include <atomic>
 #include <cstdarg>
 #include <cstdint>
 #include <cstdio>
@@ -38,6 +39,9 @@ namespace vorel {
 namespace detail {
 struct LogPath;
 }
+
+/// Whether any debug target was ever switched on. The library sets it, for good; programs only read it.
+extern VOREL_API std::atomic<bool> DebugTargetsUsed;
 
 /// A failure with its messages; the static functions are the interface of the error log.
 class VOREL_API Exception {
@@ -309,5 +313,59 @@ private:
     mutable BaseString<char> m_charBlock;
     mutable BaseString<wchar_t> m_wideBlock;
 };
+
+#if defined(__GNUC__) && !defined(__clang__) && !defined(VOREL_BUILDING_DLL)
+
+// GCC can pass the arguments of an inlined function on, so programs test the flag themselves and call the library only
+// after a target was switched on. Other compilers call the library, which makes the same test.
+
+namespace detail {
+
+// The exported functions of the same linker names.
+VOREL_API void debugIfActive(const char* target, const char* format, ...) noexcept
+    __asm__("_ZN5vorel9Exception5debugEPKcS2_z");
+VOREL_API void debugIfActive(const wchar_t* target, const wchar_t* format, ...) noexcept
+    __asm__("_ZN5vorel9Exception5debugEPKwS2_z");
+VOREL_API void debugClassIfActive(const wchar_t* className, const wchar_t* method, const wchar_t* target,
+                                  const wchar_t* format, ...) noexcept
+    __asm__("_ZN5vorel9Exception10debugClassEPKwS2_S2_S2_z");
+VOREL_API bool isTargetActive(const char* name) noexcept __asm__("_ZN5vorel9Exception19isDebugTargetActiveEPKc");
+VOREL_API bool isTargetActive(const wchar_t* name) noexcept __asm__("_ZN5vorel9Exception19isDebugTargetActiveEPKw");
+
+}  // namespace detail
+
+// gnu_inline: a call that is not inlined, and the address of the function, refer to the exported function.
+
+[[gnu::gnu_inline, gnu::always_inline]] inline void Exception::debug(const char* target, const char* format,
+                                                                     ...) noexcept {
+    if (DebugTargetsUsed.load(std::memory_order_relaxed)) {
+        detail::debugIfActive(target, format, __builtin_va_arg_pack());
+    }
+}
+
+[[gnu::gnu_inline, gnu::always_inline]] inline void Exception::debug(const wchar_t* target, const wchar_t* format,
+                                                                     ...) noexcept {
+    if (DebugTargetsUsed.load(std::memory_order_relaxed)) {
+        detail::debugIfActive(target, format, __builtin_va_arg_pack());
+    }
+}
+
+[[gnu::gnu_inline, gnu::always_inline]] inline void Exception::debugClass(const wchar_t* className,
+                                                                          const wchar_t* method, const wchar_t* target,
+                                                                          const wchar_t* format, ...) noexcept {
+    if (DebugTargetsUsed.load(std::memory_order_relaxed)) {
+        detail::debugClassIfActive(className, method, target, format, __builtin_va_arg_pack());
+    }
+}
+
+[[gnu::gnu_inline, gnu::always_inline]] inline bool Exception::isDebugTargetActive(const char* name) noexcept {
+    return DebugTargetsUsed.load(std::memory_order_relaxed) && detail::isTargetActive(name);
+}
+
+[[gnu::gnu_inline, gnu::always_inline]] inline bool Exception::isDebugTargetActive(const wchar_t* name) noexcept {
+    return DebugTargetsUsed.load(std::memory_order_relaxed) && detail::isTargetActive(name);
+}
+
+#endif
 
 }  // namespace vorel
