@@ -23,7 +23,9 @@ LIMITS = ("memcpy",)
 
 # What the titles of the families do not say.
 INTRODUCTIONS = {
-    "core": "Strings, arrays, hash maps and exceptions. A time is that of one operation.",
+    "core": "Strings, arrays and hash maps. A time is that of one operation, or of one element.",
+    "exceptions": "Messages of exceptions and debug targets. A time is that of one call.",
+    "loading": "A process loads the DLL and unloads it. A time is that of both.",
     "sync": "Locks, named objects and lines of the log. A time is that of one lock and unlock, one signal, or one line.",
     "text": "Conversions between text and bytes. A time is that of the whole input, whose size is in the name of the case.",
     "values": "Numbers, lists and comparisons. A time is that of one number, field or text.",
@@ -31,7 +33,9 @@ INTRODUCTIONS = {
             "shared by more elements, rises where the data outgrow a cache of the processor, and should then be flat. "
             "The grey range is beyond the largest cache. The peer does the same work in the same run, and shows what "
             "the machine adds. A rise is the largest factor between a time and the time for a smaller number, both "
-            "beyond the largest cache, or over all numbers where memory plays no part.",
+            "beyond the largest cache, or over all numbers where memory plays no part. Lists and maps go up to ten million "
+            "elements: more would need more than 16 GB, or many minutes. The processes that write the log share one "
+            "processor.",
 }
 
 

@@ -8,7 +8,7 @@
 #include <cstdlib>
 #include <utility>
 
-#include "Factors.h"
+#include "Rise.h"
 #include "support/CsvFile.h"
 #include "support/Sampler.h"
 #include "support/Statistics.h"

@@ -1,4 +1,4 @@
-#include "benchmarks/growth/Factors.h"
+#include "benchmarks/growth/Rise.h"
 
 #include <vector>
 
