@@ -7,6 +7,8 @@
 
 #if defined(__AVX2__)
 #include <immintrin.h>
+
+#include "algorithms/PageReads.h"
 #endif
 
 namespace vorel::algorithms {
@@ -30,6 +32,10 @@ Progress decodeUtf8Avx2(const unsigned char* bytes, std::size_t left, void* out,
 /// otherwise each is a value.
 Progress encodeUtf8Avx2(const void* units, std::size_t left, unsigned char* out, std::size_t capacity,
                         bool paired) noexcept;
+
+/// What the functions above read and write with enough capacity, without the output. They may stop earlier.
+Progress countDecodedAvx2(const unsigned char* bytes, std::size_t left) noexcept;
+Progress countEncodedAvx2(const void* units, std::size_t left, bool paired) noexcept;
 
 #if defined(__AVX2__)
 
@@ -73,6 +79,51 @@ static inline unsigned int bitsFrom(unsigned int mask, unsigned int position) no
 
 static inline unsigned int atMost(unsigned int count, std::size_t limit) noexcept {
     return count < limit ? count : static_cast<unsigned int>(limit);
+}
+
+/// Hides what `constants` holds from the compiler, which therefore reads it from memory.
+template <class Constants>
+[[gnu::always_inline]] static inline const Constants& hidden(const Constants& constants) noexcept {
+    const Constants* address = &constants;
+#if defined(__GNUC__)
+    asm("" : "+r"(address));
+#endif
+    return *address;
+}
+
+/// The zeros of thirty-two bytes, their leads of at least `first`, and others, one bit each.
+static inline unsigned int zerosIn(__m256i block) noexcept {
+    return static_cast<unsigned int>(_mm256_movemask_epi8(_mm256_cmpeq_epi8(block, _mm256_setzero_si256())));
+}
+
+static inline unsigned int bytesFrom(unsigned char first, __m256i block) noexcept {
+    const __m256i isFrom = _mm256_cmpeq_epi8(_mm256_max_epu8(block, _mm256_set1_epi8(static_cast<char>(first))), block);
+    return static_cast<unsigned int>(_mm256_movemask_epi8(isFrom));
+}
+
+/// Whether the scalar codec reads past the page of `bytes`, of which less than 32 bytes are left. `left` bytes of the
+/// text are left, and bits say which of the next ones are `expected` to be trailing bytes. A zero or a byte that does
+/// not start a sequence may be the last one that can be read.
+[[gnu::noinline, maybe_unused]] static bool continuesInNextPage(const unsigned char* bytes, std::size_t left,
+                                                                unsigned int expected) noexcept {
+    const auto rest = static_cast<unsigned int>(kPageBytes - offsetInPage(bytes));
+    const unsigned int before = 32 - rest;
+    const __m256i last = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(bytes - before));
+    const auto from = [&](unsigned char first) { return bytesFrom(first, last) >> before; };
+    const unsigned int trailing = from(0x80) & ~from(0xC0);
+    const unsigned int announced = from(0xC0) << 1 | from(0xE0) << 2 | from(0xF0) << 3 | expected;
+    const bool isWellFormed = ((announced ^ trailing) & lowBits(rest)) == 0 && from(0xF1) == 0;
+    return left > rest && isWellFormed && zerosIn(last) >> before == 0;
+}
+
+/// The same for units. A unit may not cross the border.
+[[gnu::noinline, maybe_unused]] static bool continuesInNextPage(const unsigned char* units,
+                                                                std::size_t bytesLeft) noexcept {
+    const auto rest = static_cast<unsigned int>(kPageBytes - offsetInPage(units));
+    const unsigned int before = 32 - rest;
+    const __m256i last = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(units - before));
+    const __m256i isZero = _mm256_cmpeq_epi16(last, _mm256_setzero_si256());
+    return bytesLeft > rest && rest % 2 == 0 && static_cast<unsigned int>(_mm256_movemask_epi8(isZero)) >> before == 0;
 }
 
 #endif

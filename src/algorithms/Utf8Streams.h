@@ -74,11 +74,38 @@ public:
 
     [[nodiscard]] bool atEnd() const noexcept { return m_cursor.atEnd(); }
 
+    /// The number of units that can be read: up to the end, or up to a byte that does not start a sequence.
+    [[nodiscard]] std::size_t unitsLeft() const noexcept {
+        BoundedCursor<unsigned char> cursor = m_cursor;
+        std::size_t units = 0;
+        while (!cursor.atEnd()) {
+            if (Processor::usesAvx2()) {
+                const Progress counted = countDecodedAvx2(cursor.position(), cursor.left());
+                cursor.pass(counted.read);
+                units += counted.written;
+            }
+            for (unsigned int left = kScalarCharacters; left != 0 && !cursor.atEnd(); --left) {
+                const Utf8Sequence sequence = nextSequence(cursor);
+                if (sequence.bytes == 0) {
+                    return units;
+                }
+                units += sequence.value < kFirstPairedValue ? 1 : 2;
+                cursor.pass(sequence.bytes);
+            }
+        }
+        return units;
+    }
+
     /// Whether a byte was found that does not start a sequence; `position` points to it.
     [[nodiscard]] bool failed() const noexcept { return m_failed; }
     [[nodiscard]] const unsigned char* position() const noexcept { return m_cursor.position(); }
 
 private:
+    static Utf8Sequence nextSequence(const BoundedCursor<unsigned char>& cursor) noexcept {
+        const unsigned char byte = *cursor.position();
+        return byte < 0x80 ? Utf8Sequence{byte, 1} : decodeUtf8Sequence(cursor.position());
+    }
+
     /// Reads some characters one by one. False if the next one does not fit or does not start a sequence.
     template <LastPair Rule, class Unit>
     bool readScalar(Unit* out, std::size_t& units, std::size_t capacity) noexcept {
@@ -86,9 +113,8 @@ private:
         std::size_t at = units;
         bool goesOn = true;
         for (unsigned int left = kScalarCharacters; left != 0 && !cursor.atEnd(); --left) {
-            const unsigned char byte = *cursor.position();
             // Decoded before the capacity is checked: a bad byte after the last unit that fits is an error too.
-            const Utf8Sequence sequence = byte < 0x80 ? Utf8Sequence{byte, 1} : decodeUtf8Sequence(cursor.position());
+            const Utf8Sequence sequence = nextSequence(cursor);
             const std::size_t needed = Rule == LastPair::Left && sequence.value >= kFirstPairedValue ? 2 : 1;
             m_failed = sequence.bytes == 0;
             if (m_failed || at + needed > capacity) {
@@ -103,21 +129,18 @@ private:
         return goesOn;
     }
 
-    /// Reads a run of ASCII, then well-formed text in blocks. Returns the number of units.
+    /// Reads ASCII, and with AVX2 all well-formed text, in blocks. Returns the number of units.
     template <Overwrite Rest, class Unit>
     std::size_t readBlocks(Unit* out, std::size_t capacity) noexcept {
         static_assert(sizeof(Unit) == 2);
-        std::size_t units = 0;
-        if (isAsciiText(*m_cursor.position())) {
-            units = widenAsciiRun(m_cursor.position(), std::min(m_cursor.left(), capacity), out);
-            m_cursor.pass(units);
+        if (!Processor::usesAvx2()) {
+            const std::size_t run = widenAsciiRun(m_cursor.position(), std::min(m_cursor.left(), capacity), out);
+            m_cursor.pass(run);
+            return run;
         }
-        if (!Processor::usesAvx2() || units == capacity || m_cursor.atEnd()) {
-            return units;
-        }
-        const Progress done = decodeUtf8Avx2(m_cursor.position(), m_cursor.left(), out + units, capacity - units, Rest);
+        const Progress done = decodeUtf8Avx2(m_cursor.position(), m_cursor.left(), out, capacity, Rest);
         m_cursor.pass(done.read);
-        return units + done.written;
+        return done.written;
     }
 
     BoundedCursor<unsigned char> m_cursor;
@@ -145,6 +168,25 @@ public:
 
     [[nodiscard]] bool atEnd() const noexcept { return m_cursor.atEnd(); }
 
+    /// The number of bytes that remain to be written.
+    [[nodiscard]] std::size_t bytesLeft() const noexcept {
+        BoundedCursor<Unit> cursor = m_cursor;
+        std::size_t bytes = 0;
+        while (!cursor.atEnd()) {
+            if (Processor::usesAvx2()) {
+                const Progress counted = countEncodedAvx2(cursor.position(), cursor.left(), Rule == Surrogates::Paired);
+                cursor.pass(counted.read);
+                bytes += counted.written;
+            }
+            for (unsigned int left = kScalarCharacters; left != 0 && !cursor.atEnd(); --left) {
+                const Unit* next = cursor.position();
+                bytes += utf8SequenceLength(consumeValue<Rule>(next));
+                cursor.pass(static_cast<std::size_t>(next - cursor.position()));
+            }
+        }
+        return bytes;
+    }
+
 private:
     /// Writes some characters one by one. False if the next one does not fit.
     bool writeScalar(unsigned char* out, std::size_t& bytes, std::size_t enough, std::size_t capacity) noexcept {
@@ -166,21 +208,18 @@ private:
         return goesOn;
     }
 
-    /// Writes a run of ASCII, then well-formed text in blocks. Returns the number of bytes.
+    /// Writes ASCII, and with AVX2 all well-formed text, in blocks. Returns the number of bytes.
     std::size_t writeBlocks(unsigned char* out, std::size_t enough, std::size_t capacity) noexcept {
         static_assert(sizeof(Unit) == 2);
-        std::size_t run = 0;
-        if (isAsciiText(*m_cursor.position())) {
-            run = narrowAsciiRun(m_cursor.position(), std::min(m_cursor.left(), enough), out);
+        if (!Processor::usesAvx2()) {
+            const std::size_t run = narrowAsciiRun(m_cursor.position(), std::min(m_cursor.left(), enough), out);
             m_cursor.pass(run);
-        }
-        if (!Processor::usesAvx2() || run == enough || m_cursor.atEnd()) {
             return run;
         }
         constexpr bool kPaired = Rule == Surrogates::Paired;
-        const Progress done = encodeUtf8Avx2(m_cursor.position(), m_cursor.left(), out + run, capacity - run, kPaired);
+        const Progress done = encodeUtf8Avx2(m_cursor.position(), m_cursor.left(), out, capacity, kPaired);
         m_cursor.pass(done.read);
-        return run + done.written;
+        return done.written;
     }
 
     BoundedCursor<Unit> m_cursor;

@@ -1,8 +1,8 @@
 /// \file
 /// Output of a conversion to a string or array. If the maximum length is known, `reserveUnits` gives an algorithm the
 /// whole buffer, and `setEnd` sets the length afterwards. Otherwise `fill` writes to a sink: directly into its unused
-/// capacity, or through a local block that is appended where that capacity is too small. So a result grows in few steps
-/// and no further than its text requires, and a reused result is written without a copy.
+/// capacity, or through a local block that is appended where that capacity is too small. If more follows, the rest is
+/// counted and the sink grows once, no further than its text requires. A reused result is written without a copy.
 #pragma once
 
 #include <cstddef>
@@ -63,6 +63,15 @@ public:
         return m_string.capacity() != 0 ? m_string.capacity() - m_length - 1 : 0;
     }
     void advance(std::size_t units) noexcept { m_length += static_cast<unsigned int>(units); }
+    /// Provides capacity for `units` more: the one that results if they are appended piece by piece. A text that ends
+    /// directly before a growth step then does not reserve the next one.
+    void grow(std::uint64_t units) {
+        constexpr std::uint64_t kGrowthStep = 0x100000;  // of strings that are longer
+        commitLength();
+        const std::uint64_t length = m_length + units;
+        const bool endsAtStep = length > kGrowthStep && (length + 1) % kGrowthStep == 0;
+        growUnits(endsAtStep ? length - 1 : length, m_string);
+    }
     void append(const T* block, std::size_t units) {
         commitLength();
         const auto count = static_cast<unsigned int>(units);
@@ -102,11 +111,12 @@ public:
     /// Reserves capacity for `units` more elements.
     void reserve(std::size_t units) {
         m_array.setCount(m_count);
-        const std::size_t needed = m_count + units;
-        if (needed > 0xFFFFFFFFu) {
-            detail::throwMemory(0xFFFFFFFFu, sizeof(T));
-        }
-        m_array.reserve(static_cast<unsigned int>(needed), true);
+        m_array.reserve(checkedCount(units), true);
+    }
+    /// The same with the capacity that results if they are appended piece by piece.
+    void grow(std::size_t units) {
+        m_array.setCount(m_count);
+        m_array.reserve(checkedCount(units), false);
     }
     void append(const T* block, std::size_t units) {
         const auto count = static_cast<unsigned int>(units);
@@ -116,15 +126,26 @@ public:
     }
 
 private:
+    /// The count with `units` more.
+    [[nodiscard]] unsigned int checkedCount(std::size_t units) const {
+        const std::size_t needed = m_count + units;
+        if (needed > 0xFFFFFFFFu) {
+            detail::throwMemory(0xFFFFFFFFu, sizeof(T));
+        }
+        return static_cast<unsigned int>(needed);
+    }
+
     Array<T>& m_array;
     unsigned int m_count;
 };
 
 /// Writes pieces until `atEnd()`. `produce(out, capacity)` writes at most `capacity` units to the sink and returns
 /// their number, 0 if the next character does not fit. In that case `produceBlock(out)` writes about `Block` units, at
-/// most `Overhang` more, to a span that is appended.
-template <unsigned int Block, unsigned int Overhang, class Sink, class Produce, class ProduceBlock, class AtEnd>
-void fill(Sink&& sink, Produce&& produce, ProduceBlock&& produceBlock, AtEnd&& atEnd) {
+/// most `Overhang` more, to a span that is appended. `unitsLeft()` counts the units that follow; if the text changes
+/// meanwhile, the sink grows again.
+template <unsigned int Block, unsigned int Overhang, class Sink, class Produce, class ProduceBlock, class UnitsLeft,
+          class AtEnd>
+void fill(Sink&& sink, Produce&& produce, ProduceBlock&& produceBlock, UnitsLeft&& unitsLeft, AtEnd&& atEnd) {
     typename std::remove_cvref_t<Sink>::Unit block[Block + Overhang];
     while (!atEnd()) {
         const std::size_t available = sink.available();
@@ -132,7 +153,11 @@ void fill(Sink&& sink, Produce&& produce, ProduceBlock&& produceBlock, AtEnd&& a
         if (units != 0) {
             sink.advance(units);
         } else if (!atEnd()) {
-            sink.append(block, produceBlock(std::span(block)));
+            const std::size_t produced = produceBlock(std::span(block));
+            if (!atEnd()) {
+                sink.grow(produced + unitsLeft());
+            }
+            sink.append(block, produced);
         }
     }
 }

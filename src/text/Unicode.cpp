@@ -97,7 +97,7 @@ bool decodeShort(BaseString<wchar_t>& output, const unsigned char* input, int le
             [&](std::span<wchar_t, kUnitsPerBlock + 1> out) {
                 return reader.read<Reader::LastPair::Written>(out.data(), kUnitsPerBlock);
             },
-            [&] { return reader.failed() || reader.atEnd(); });
+            [&] { return reader.unitsLeft(); }, [&] { return reader.failed() || reader.atEnd(); });
         if (reader.failed()) {
             // The output keeps whole blocks only; the units of the last, incomplete block are dropped.
             output.reserve(output.length() / kUnitsPerBlock * kUnitsPerBlock, false);
@@ -147,7 +147,8 @@ void encode(const wchar_t* input, int length, Sink&& sink) {
     constexpr unsigned int kOverhang = algorithms::kLongestUtf8Sequence - 1;
     text::fill<Block, kOverhang>(
         std::forward<Sink>(sink), [&](auto* out, std::size_t capacity) { return write(out, capacity, capacity); },
-        [&](auto out) { return write(out.data(), Block, out.size()); }, [&] { return writer.atEnd(); });
+        [&](auto out) { return write(out.data(), Block, out.size()); }, [&] { return writer.bytesLeft(); },
+        [&] { return writer.atEnd(); });
 }
 
 /// Encodes a short text that fits into the string's present buffer.

@@ -18,6 +18,8 @@
 namespace {
 
 using test::RandomText;
+using vorel::algorithms::countDecodedAvx2;
+using vorel::algorithms::countEncodedAvx2;
 using vorel::algorithms::decodeUtf8Avx2;
 using vorel::algorithms::encodeUtf8Avx2;
 using vorel::algorithms::Overwrite;
@@ -74,6 +76,11 @@ protected:
         EXPECT_EQ(out.substr(0, done.written), expected.units);
         const std::size_t untouched = overwrite == Overwrite::Allowed ? room : done.written;
         EXPECT_EQ(out.find_first_not_of(kGuard, untouched), std::wstring::npos) << "after the capacity or the text";
+        const Progress counted = countDecodedAvx2(input, left);
+        EXPECT_LE(counted.read, left);
+        const test::DecodedText countedText = test::decodeUtf8(bytes, static_cast<int>(counted.read));
+        EXPECT_EQ(countedText.bytesRead, counted.read) << "ends between two characters, before a zero";
+        EXPECT_EQ(countedText.units.size(), counted.written);
         return done;
     }
 
@@ -90,11 +97,17 @@ protected:
                   paired ? test::encodeUtf16(taken + L'\0', -1).bytes : test::encodeUnits(taken));
         EXPECT_EQ(out.find_first_not_of(static_cast<char>(kGuardByte), room), std::string::npos)
             << "after the capacity";
+        const Progress counted = countEncodedAvx2(input, left, paired);
+        EXPECT_LE(counted.read, left);
+        const std::wstring countedUnits(units.substr(0, counted.read));
+        EXPECT_EQ(countedUnits.find(L'\0'), std::wstring::npos);
+        EXPECT_EQ(counted.written, paired ? test::encodeUtf16(countedUnits + L'\0', -1).bytes.size()
+                                          : test::encodeUnits(countedUnits).size());
         return done;
     }
 
-    test::PageEdge<unsigned char> m_bytes{4096};
-    test::PageEdge<wchar_t> m_units{4096};
+    test::PageEdge<unsigned char> m_bytes{3 * 4096};
+    test::PageEdge<wchar_t> m_units{3 * 4096};
 };
 
 TEST_F(Utf8Avx2, DecodesRandomTextsWithinBoundAndCapacity) {
@@ -146,18 +159,29 @@ struct Kind {
     std::size_t bytes;
 };
 
+const Kind& kindOf(std::size_t index) {
+    static const Kind kKinds[] = {{"ASCII", L"a", 1},
+                                  {"two bytes", L"\x00E9", 2},
+                                  {"three bytes", L"\x20AC", 3},
+                                  {"four bytes", L"\xD83D\xDE00", 4}};
+    return kKinds[index];
+}
+constexpr std::size_t kKindCount = 4;
+
+std::wstring repeated(const std::wstring& character, std::size_t count) {
+    std::wstring units;
+    for (; count != 0; --count) {
+        units += character;
+    }
+    return units;
+}
+
 TEST_F(Utf8Avx2, ConvertsWellFormedTextsCompletely) {
-    const Kind kinds[] = {{"ASCII", L"a", 1},
-                          {"two bytes", L"\x00E9", 2},
-                          {"three bytes", L"\x20AC", 3},
-                          {"four bytes", L"\xD83D\xDE00", 4}};
-    for (const Kind& kind : kinds) {
+    for (std::size_t index = 0; index != kKindCount; ++index) {
+        const Kind& kind = kindOf(index);
         for (std::size_t count = 0; count != 70; ++count) {
             SCOPED_TRACE(testing::Message() << kind.name << ", " << count);
-            std::wstring units;
-            for (std::size_t character = 0; character != count; ++character) {
-                units += kind.character;
-            }
+            const std::wstring units = repeated(kind.character, count);
             // Far from the end of the page, with exactly the required capacity.
             std::string bytes = test::encodeUtf16(units + L'\0', -1).bytes;
             const std::size_t size = bytes.size();
@@ -168,6 +192,52 @@ TEST_F(Utf8Avx2, ConvertsWellFormedTextsCompletely) {
             EXPECT_EQ(encode(padded, kNoBound, size, true).read, units.size());
             EXPECT_EQ(encode(padded, units.size(), size, true).read, units.size());
         }
+    }
+}
+
+/// A text that goes on in the next page is converted in blocks across the border.
+TEST_F(Utf8Avx2, ConvertsAcrossPages) {
+    for (std::size_t index = 0; index != kKindCount; ++index) {
+        const Kind& kind = kindOf(index);
+        for (std::size_t padding = 40; padding != 110; ++padding) {
+            SCOPED_TRACE(testing::Message() << kind.name << ", " << padding);
+            const std::wstring units = L"z" + repeated(kind.character, 4200 / kind.bytes);
+            const std::string bytes = test::encodeUtf16(units + L'\0', -1).bytes;
+            const std::string padded = bytes + std::string(padding, '\0');
+            EXPECT_EQ(decode(padded, kNoBound, units.size(), Overwrite::Allowed).read, bytes.size());
+            EXPECT_EQ(decode(padded, bytes.size(), units.size(), Overwrite::Allowed).read, bytes.size());
+            const std::wstring paddedUnits = units + std::wstring(padding, L'\0');
+            EXPECT_EQ(encode(paddedUnits, kNoBound, bytes.size() + 64, true).read, units.size());
+            EXPECT_EQ(encode(paddedUnits, units.size(), bytes.size() + 64, true).read, units.size());
+        }
+    }
+}
+
+/// A byte that does not start a sequence ends the input like a zero: the next page need not be readable.
+TEST_F(Utf8Avx2, ReadsNothingPastAnInvalidByte) {
+    for (const std::string last : {"\x80", "\xBF", "\xF1", "\xFF", "\xC3\xA9\x80", "\xE2\x82\xAC\x80"}) {
+        for (const std::string before : {"a", "\xC3\xA9", "\xE2\x82\xAC", "\xF0\x9F\x98\x80"}) {
+            std::string text;
+            for (std::size_t count = 0; count != 40; ++count, text += before) {
+                const std::string bytes = text + last;
+                EXPECT_LE(decode(bytes, kNoBound, 200, Overwrite::Allowed).read, bytes.size() - 1);
+                EXPECT_LE(decode(bytes, kNoBound, 200, Overwrite::Forbidden).read, bytes.size() - 1);
+            }
+        }
+    }
+}
+
+/// Bytes that are stored after the encoded ones are zeros: unused slots of an array stay zero.
+TEST_F(Utf8Avx2, EncodesWithZerosAfterTheText) {
+    RandomText random(kSeed);
+    for (int text = 0; text < 1500; ++text) {
+        const std::wstring units = randomText(random, true) + std::wstring(20, L'\0');
+        const std::size_t left = random.below(units.size());
+        std::string out(3 * kMax + 200, '\0');
+        const Progress done = encodeUtf8Avx2(m_units.placeAtEnd(units), left,
+                                             reinterpret_cast<unsigned char*>(out.data()), out.size(), text % 2 == 0);
+        ASSERT_EQ(out.find_first_not_of('\0', done.written), std::string::npos)
+            << "seed " << kSeed << ", text " << text;
     }
 }
 

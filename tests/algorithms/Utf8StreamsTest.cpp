@@ -120,6 +120,27 @@ TEST(Utf8ReaderTest, Read_AgreesWithTheReferenceForEveryBound) {
     }
 }
 
+TEST(Utf8ReaderTest, UnitsLeft_AreThoseThatCanBeRead) {
+    // Long enough for blocks of vectors, with sequences that only the scalar codec counts.
+    const std::string text = sampleText().substr(0, sampleText().find('\xFD')) + std::string(200, 'a') + sampleText();
+    for (int length = -1; length <= static_cast<int>(text.size()); ++length) {
+        SCOPED_TRACE(length);
+        Utf8Reader reader(bytesOf(text), length);
+        const std::wstring expected = test::decodeUtf8(text, length).units;
+        EXPECT_EQ(reader.unitsLeft(), expected.size());
+        wchar_t units[5];
+        const std::size_t read = reader.read<Utf8Reader::LastPair::Left>(units, 5);
+        EXPECT_EQ(reader.unitsLeft(), expected.size() - read);
+    }
+}
+
+TEST(Utf8ReaderTest, UnitsLeft_EndAtAnInvalidLeadByte) {
+    for (std::size_t before = 0; before != 100; ++before) {
+        const std::string text = std::string(before, 'a') + "\xC3\xA9\xF1" + std::string(100, 'a');
+        EXPECT_EQ(Utf8Reader(bytesOf(text), -1).unitsLeft(), before + 1);
+    }
+}
+
 /// Writes everything in pieces of about `enough` bytes, each into a buffer with `spare` more bytes.
 template <Surrogates Rule>
 std::string writeInPieces(const std::wstring& text, int length, std::size_t enough, std::size_t spare) {
@@ -154,6 +175,20 @@ TEST(Utf8WriterTest, Write_IsIndependentOfPieceSize) {
             EXPECT_EQ(writeInPieces<Surrogates::Paired>(text, -1, enough, spare), paired);
             EXPECT_EQ(writeInPieces<Surrogates::Single>(text, -1, enough, spare), single);
         }
+    }
+}
+
+TEST(Utf8WriterTest, BytesLeft_AreThoseThatAreWritten) {
+    const std::wstring text = std::wstring(70, L'a') + L"\x00E9\x20AC\xD83D\xDE00 and \xDC00 " +
+                              std::wstring(40, L'\x20AC') + L"\xD800\xD800\xDC00" + std::wstring(40, L'\xE9') +
+                              L"\xD800";
+    for (int length = -1; length <= static_cast<int>(text.size()); ++length) {
+        SCOPED_TRACE(length);
+        const Utf8Writer<Surrogates::Paired, wchar_t> paired(text.data(), length);
+        EXPECT_EQ(paired.bytesLeft(), test::encodeUtf16(text, length).bytes.size());
+        const std::wstring taken = length < 0 ? text : text.substr(0, static_cast<std::size_t>(length));
+        const Utf8Writer<Surrogates::Single, wchar_t> single(text.data(), length);
+        EXPECT_EQ(single.bytesLeft(), test::encodeUnits(taken).size());
     }
 }
 

@@ -1,0 +1,274 @@
+/// \file
+/// Encodes a block of sixteen units as UTF-8 with AVX2. For Utf8EncodeAvx2.cpp only.
+///
+/// The bit operations and the shuffle tables follow Daniel Lemire and Wojciech Muła, "Transcoding billions of Unicode
+/// characters per second with SIMD instructions".
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include <immintrin.h>
+
+#include "algorithms/SimdBlocks.h"
+#include "algorithms/Utf16.h"
+#include "algorithms/Utf8Avx2.h"
+
+namespace vorel::algorithms::encoding {
+
+/// Of eight elements of two bytes, keeps both bytes, or one if the bit of the element is set.
+constexpr Shuffles oneOrTwoBytes() noexcept {
+    Shuffles shuffles = {};
+    for (unsigned int mask = 0; mask < 256; ++mask) {
+        unsigned int to = 0;
+        for (unsigned char element = 0; element < 8; ++element) {
+            shuffles.order[mask][to++] = static_cast<unsigned char>(2 * element);
+            if ((mask >> element & 1) == 0) {
+                shuffles.order[mask][to++] = static_cast<unsigned char>(2 * element + 1);
+            }
+        }
+        while (to < 16) {
+            shuffles.order[mask][to++] = 0x80;
+        }
+    }
+    return shuffles;
+}
+
+/// Of four elements of four bytes (see `Sequences`), keeps the bytes of the sequence. Each element has two bits in the
+/// mask: both are set if the sequence has one byte, only the upper one if it has two, none if it has three. Only the
+/// lower one drops the element.
+constexpr Shuffles oneToThreeBytes() noexcept {
+    Shuffles shuffles = {};
+    for (unsigned int mask = 0; mask < 256; ++mask) {
+        unsigned int to = 0;
+        for (unsigned int element = 0; element < 4; ++element) {
+            const bool isAscii = (mask >> 2 * element & 1) != 0;
+            const bool isShort = (mask >> 2 * element & 2) != 0;
+            const auto keep = [&](bool kept, unsigned int byte) {
+                if (kept) {
+                    shuffles.order[mask][to++] = static_cast<unsigned char>(4 * element + byte);
+                }
+            };
+            keep(isAscii && isShort, 0);
+            keep(!isAscii && !isShort, 2);
+            keep(!isAscii, 3);
+            keep(!isAscii, 1);
+        }
+        while (to < 16) {
+            shuffles.order[mask][to++] = 0x80;
+        }
+    }
+    return shuffles;
+}
+
+inline constexpr Shuffles kOneOrTwoBytes = oneOrTwoBytes();
+inline constexpr Shuffles kOneToThreeBytes = oneToThreeBytes();
+
+inline constexpr unsigned int kUnits = 16;  // per block
+inline constexpr std::size_t kBlockBytes = 2 * std::size_t{kUnits};
+inline constexpr std::size_t kMaxWritten = 64;  // per step, including zeros
+
+/// Constants of sixteen units. They are read from memory, because the compiler would build them again in each round.
+struct Constants {
+    using Units = std::uint16_t[kUnits];
+
+    Units notAscii, notShort, kindMask, high, low;
+    Units trailingBits, twoByteForm, aboveAscii;
+    Units duplicate, lowerBits, lowerForm, spreading, upperForm, threeByteForm;
+    Units pairedBits, pairedOffset, highUpper, highLower, highForm, lowUpper, lowLower;
+    Units order;
+};
+
+constexpr Constants constants() noexcept {
+    Constants all = {};
+    for (unsigned int unit = 0; unit < kUnits; ++unit) {
+        all.notAscii[unit] = 0xFF80;
+        all.notShort[unit] = 0xF800;
+        all.kindMask[unit] = kSurrogateKindMask;
+        all.high[unit] = kFirstHighSurrogate;
+        all.low[unit] = kFirstLowSurrogate;
+        all.trailingBits[unit] = 0x3F00;
+        all.twoByteForm[unit] = 0x80C0;
+        all.aboveAscii[unit] = 0x80;
+        all.duplicate[unit] = static_cast<std::uint16_t>(unit % 8 * 0x202);
+        all.lowerBits[unit] = 0x3F7F;
+        all.lowerForm[unit] = 0x8000;
+        all.spreading[unit] = 0x0140;
+        all.upperForm[unit] = 0xC0E0;
+        all.threeByteForm[unit] = 0x4000;
+        all.pairedBits[unit] = kLowSurrogateBits;
+        all.pairedOffset[unit] = kFirstPairedValue >> 10;
+        all.highUpper[unit] = 0x0F00;
+        all.highLower[unit] = 0x003F;
+        all.highForm[unit] = 0xF080;
+        all.lowUpper[unit] = 0x3000;
+        all.lowLower[unit] = 0x0F00;
+        const unsigned char* const order = kOneToThreeBytes.order[0] + unit % 8 * 2;
+        all.order[unit] = static_cast<std::uint16_t>(order[0] | order[1] << 8);
+    }
+    return all;
+}
+
+alignas(32) inline constexpr Constants kConstants = constants();
+
+[[gnu::always_inline]] inline __m256i loadUnits(const void* position) noexcept {
+    return _mm256_loadu_si256(static_cast<const __m256i*>(position));
+}
+
+[[gnu::always_inline]] inline bool hasNone(__m256i units, const Constants::Units& bits) noexcept {
+    return _mm256_testz_si256(units, loadUnits(bits)) != 0;
+}
+
+/// Some of the bytes of a block, lowest first.
+struct Piece {
+    __m128i bytes;
+    unsigned int size;
+
+    /// Stores the piece and zeros after it. Returns the end.
+    [[gnu::always_inline]] unsigned char* store(unsigned char* out) const noexcept {
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(out), bytes);
+        return out + size;
+    }
+    /// The same without the zeros.
+    unsigned char* storeExactly(unsigned char* out) const noexcept {
+        storeFirstBytes(bytes, size, out);
+        return out + size;
+    }
+};
+
+/// The bytes of sixteen units. Without a loop, so that the compiler keeps the pieces in registers.
+struct TwoPieces {
+    Piece first, second;
+
+    [[nodiscard]] unsigned int size() const noexcept { return first.size + second.size; }
+    [[gnu::always_inline]] unsigned char* store(unsigned char* out) const noexcept {
+        return second.store(first.store(out));
+    }
+    unsigned char* storeExactly(unsigned char* out) const noexcept {
+        return second.storeExactly(first.storeExactly(out));
+    }
+};
+
+struct FourPieces {
+    TwoPieces first, second;
+
+    [[nodiscard]] unsigned int size() const noexcept { return first.size() + second.size(); }
+    [[gnu::always_inline]] unsigned char* store(unsigned char* out) const noexcept {
+        return second.store(first.store(out));
+    }
+    unsigned char* storeExactly(unsigned char* out) const noexcept {
+        return second.storeExactly(first.storeExactly(out));
+    }
+};
+
+/// Encodes units below 0x800.
+[[gnu::always_inline]] inline TwoPieces encodeUpToTwo(__m256i units, const Constants& k) noexcept {
+    const __m256i lead = _mm256_srli_epi16(units, 6);
+    const __m256i trail = _mm256_and_si256(_mm256_slli_epi16(units, 8), loadUnits(k.trailingBits));
+    const __m256i two = _mm256_or_si256(_mm256_or_si256(lead, trail), loadUnits(k.twoByteForm));
+    const __m256i isAscii = _mm256_cmpgt_epi16(loadUnits(k.aboveAscii), units);
+    const __m256i bytes = _mm256_blendv_epi8(two, units, isAscii);
+    const unsigned int ascii = maskOf(_mm256_packs_epi16(isAscii, _mm256_setzero_si256()));
+    const auto piece = [=](__m128i elements, unsigned int part) -> Piece {
+        const unsigned int mask = ascii >> 16 * part & 0xFF;
+        return {shuffled(elements, kOneOrTwoBytes, mask), kUnits - countBits(mask)};
+    };
+    return {piece(_mm256_castsi256_si128(bytes), 0), piece(_mm256_extracti128_si256(bytes, 1), 1)};
+}
+
+/// The surrogates of sixteen units, two bits for each unit.
+struct SurrogatesOf {
+    [[gnu::always_inline]] SurrogatesOf(__m256i units, const Constants& k) noexcept {
+        const __m256i kind = _mm256_and_si256(units, loadUnits(k.kindMask));
+        isHigh = _mm256_cmpeq_epi16(kind, loadUnits(k.high));
+        isLow = _mm256_cmpeq_epi16(kind, loadUnits(k.low));
+    }
+
+    [[nodiscard]] bool any() const noexcept {
+        const __m256i both = _mm256_or_si256(isHigh, isLow);
+        return _mm256_testz_si256(both, both) == 0;
+    }
+    [[nodiscard]] unsigned int highs() const noexcept { return maskOf(isHigh); }
+
+    /// Those that are not part of a pair within the sixteen units.
+    [[nodiscard]] unsigned int single() const noexcept {
+        const unsigned int high = highs();
+        const unsigned int low = maskOf(isLow);
+        return (low & ~(high << 2)) | (high & ~(low >> 2));
+    }
+
+    __m256i isHigh;
+    __m256i isLow;
+};
+
+/// The bytes of sixteen units. Each unit has four bytes: the one of ASCII, the last one, the lead byte of three, and
+/// the lead byte of two or the second byte of three. Surrogates are values, unless `joinPairs` is called.
+struct Sequences {
+    [[gnu::always_inline]] Sequences(__m256i units, const Constants& k) noexcept {
+        const __m256i zero = _mm256_setzero_si256();
+        const __m256i isShort = _mm256_cmpeq_epi16(_mm256_and_si256(units, loadUnits(k.notShort)), zero);
+        const __m256i isAscii = _mm256_cmpeq_epi16(_mm256_and_si256(units, loadUnits(k.notAscii)), zero);
+        const __m256i twice = _mm256_shuffle_epi8(units, loadUnits(k.duplicate));
+        lower = _mm256_or_si256(_mm256_and_si256(twice, loadUnits(k.lowerBits)), loadUnits(k.lowerForm));
+        // aaaabbbbbbcccccc becomes 00bbbbbbcc00aaaa, with the upper bits of lead and trailing bytes 11bbbbbb1110aaaa.
+        const __m256i spread = _mm256_maddubs_epi16(_mm256_srli_epi16(units, 4), loadUnits(k.spreading));
+        upper = _mm256_xor_si256(_mm256_or_si256(spread, loadUnits(k.upperForm)),
+                                 _mm256_andnot_si256(isShort, loadUnits(k.threeByteForm)));
+        kinds = (maskOf(isAscii) & 0x55555555) | (maskOf(isShort) & 0xAAAAAAAA);
+    }
+
+    /// Gives the first two bytes of a pair to its high surrogate and the others to its low surrogate.
+    [[gnu::always_inline]] void joinPairs(__m256i units, const SurrogatesOf& surrogates, const Constants& k) noexcept {
+        const __m256i value =
+            _mm256_add_epi16(_mm256_and_si256(units, loadUnits(k.pairedBits)), loadUnits(k.pairedOffset));
+        const __m256i second = _mm256_and_si256(_mm256_srli_epi16(value, 2), loadUnits(k.highLower));
+        const __m256i firstTwo = _mm256_add_epi16(
+            _mm256_add_epi16(_mm256_and_si256(value, loadUnits(k.highUpper)), second), loadUnits(k.highForm));
+        const __m256i before = _mm256_alignr_epi8(units, _mm256_permute2x128_si256(units, units, 0x08), 14);
+        const __m256i fromHigh = _mm256_and_si256(_mm256_slli_epi16(before, 12), loadUnits(k.lowUpper));
+        const __m256i fromLow = _mm256_and_si256(_mm256_slli_epi16(units, 2), loadUnits(k.lowLower));
+        const __m256i third = _mm256_or_si256(_mm256_or_si256(fromHigh, fromLow), loadUnits(k.lowerForm));
+        lower = _mm256_blendv_epi8(lower, _mm256_slli_epi16(firstTwo, 8), surrogates.isHigh);
+        upper = _mm256_blendv_epi8(upper, firstTwo, surrogates.isHigh);
+        upper = _mm256_blendv_epi8(upper, third, surrogates.isLow);
+        kinds |= maskOf(_mm256_or_si256(surrogates.isHigh, surrogates.isLow)) & 0xAAAAAAAA;
+    }
+
+    /// Units 0 to 3 and 8 to 11, and the others.
+    [[nodiscard]] __m256i first() const noexcept { return _mm256_unpacklo_epi16(lower, upper); }
+    [[nodiscard]] __m256i second() const noexcept { return _mm256_unpackhi_epi16(lower, upper); }
+
+    __m256i lower;
+    __m256i upper;
+    unsigned int kinds;  ///< two bits for each unit, see `oneToThreeBytes`
+};
+
+/// Packs the sequences of the first `count` units.
+[[gnu::always_inline]] inline FourPieces packed(const Sequences& all, unsigned int count) noexcept {
+    const __m256i first = all.first();
+    const __m256i second = all.second();
+    // The other units must not leave bytes: unused slots of an array are zero.
+    const auto kept = static_cast<unsigned int>((std::uint64_t{1} << 2 * count) - 1);
+    const unsigned int kinds = (all.kinds & kept) | (0x55555555 & ~kept);
+    const auto piece = [&](__m128i elements, unsigned int part) -> Piece {
+        const unsigned int mask = kinds >> 8 * part & 0xFF;
+        const unsigned int counted = count <= 4 * part ? 0 : atMost(4, count - 4 * part);
+        return {shuffled(elements, kOneToThreeBytes, mask), 3 * counted - countBits(mask & lowBits(2 * counted))};
+    };
+    return {{piece(_mm256_castsi256_si128(first), 0), piece(_mm256_castsi256_si128(second), 1)},
+            {piece(_mm256_extracti128_si256(first, 1), 2), piece(_mm256_extracti128_si256(second, 1), 3)}};
+}
+
+/// Stores sixteen units that have three bytes each, and zeros after them. Returns the end.
+[[gnu::always_inline]] inline unsigned char* storeThrees(const Sequences& all, unsigned char* out,
+                                                         const Constants& k) noexcept {
+    const __m256i first = _mm256_shuffle_epi8(all.first(), loadUnits(k.order));
+    const __m256i second = _mm256_shuffle_epi8(all.second(), loadUnits(k.order));
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(out), _mm256_castsi256_si128(first));
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(out + 12), _mm256_castsi256_si128(second));
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(out + 24), _mm256_extracti128_si256(first, 1));
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(out + 36), _mm256_extracti128_si256(second, 1));
+    return out + 3 * std::size_t{kUnits};
+}
+
+}  // namespace vorel::algorithms::encoding

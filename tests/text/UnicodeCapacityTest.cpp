@@ -1,0 +1,169 @@
+// The capacity of a result, which is the one that appending the text piece by piece gives: strings grow to the next
+// power of two, and from 1 Mi units on in steps of 1 Mi; arrays double from five slots.
+
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "vorel/core/Array.h"
+#include "vorel/core/BaseString.h"
+#include "vorel/text/Unicode.h"
+
+namespace {
+
+using vorel::Array;
+using vorel::BaseString;
+using vorel::util::ConvertStringtoUTF8;
+using vorel::util::ConvertUTF8toString;
+using vorel::util::EncodeAndAppendToBuffer;
+
+constexpr unsigned int kMi = 0x100000;
+
+struct Growth {
+    unsigned int length;
+    unsigned int capacity;
+    const char* why;
+};
+
+constexpr Growth kOfStrings[] = {
+    {1, 16, "the smallest capacity"},
+    {15, 16, "one more unit for the terminator"},
+    {16, 32, "no unit left for the terminator"},
+    {255, 256, "one block of encoded text, less one byte"},
+    {256, 512, "one block of encoded text"},
+    {449, 512, "one block of decoded text, less one unit"},
+    {450, 512, "one block of decoded text"},
+    {451, 512, "more than one block"},
+    {511, 512, "a full capacity"},
+    {512, 1024, "one more"},
+    {1000, 1024, "several blocks"},
+    {65535, 65536, "many blocks"},
+    {65536, 131072, "one more"},
+    {kMi - 1, kMi, "the last power of two"},
+    {kMi, 2 * kMi, "the first step"},
+    {2 * kMi - 2, 2 * kMi, "one short of a full capacity"},
+    {2 * kMi - 1, 2 * kMi, "a full capacity, for which reserve() takes one step more"},
+    {2 * kMi, 3 * kMi, "one more"},
+    {3 * kMi - 1, 3 * kMi, "a full capacity"},
+    {3 * kMi, 4 * kMi, "one more"},
+};
+
+TEST(UnicodeCapacity, DecodedStringsGrowToTheirText) {
+    for (const Growth& growth : kOfStrings) {
+        SCOPED_TRACE(testing::Message() << growth.length << ": " << growth.why);
+        const std::string ascii(growth.length, 'a');
+        BaseString<wchar_t> fresh;
+        ASSERT_TRUE(ConvertUTF8toString(fresh, ascii.c_str(), -1, true));
+        EXPECT_EQ(fresh.length(), growth.length);
+        EXPECT_EQ(fresh.capacity(), growth.capacity);
+        BaseString<wchar_t> reused(L"before");
+        ASSERT_TRUE(ConvertUTF8toString(reused, ascii.c_str(), static_cast<int>(ascii.size()), true));
+        EXPECT_EQ(reused.capacity(), growth.capacity);
+    }
+}
+
+TEST(UnicodeCapacity, EncodedStringsGrowToTheirText) {
+    for (const Growth& growth : kOfStrings) {
+        SCOPED_TRACE(testing::Message() << growth.length << ": " << growth.why);
+        const std::wstring ascii(growth.length, L'a');
+        BaseString<char> fresh;
+        ConvertStringtoUTF8(ascii.c_str(), fresh, -1);
+        EXPECT_EQ(fresh.length(), growth.length);
+        EXPECT_EQ(fresh.capacity(), growth.capacity);
+        BaseString<char> reused("before");
+        ConvertStringtoUTF8(ascii.c_str(), reused, static_cast<int>(ascii.size()));
+        EXPECT_EQ(reused.capacity(), growth.capacity);
+    }
+}
+
+/// Text that ends in characters of several units or bytes at a growth step.
+TEST(UnicodeCapacity, LastCharactersCountInUnits) {
+    for (const unsigned int full : {1024u, kMi, 2 * kMi}) {
+        for (unsigned int missing = 0; missing != 6; ++missing) {
+            SCOPED_TRACE(testing::Message() << missing << " units before " << full);
+            const unsigned int length = full - missing;
+            const unsigned int next = full < kMi ? 2 * full : full + kMi;
+            BaseString<wchar_t> units;
+            ASSERT_TRUE(
+                ConvertUTF8toString(units, (std::string(length - 2, 'a') + "\xF0\x9F\x98\x80").c_str(), -1, true));
+            EXPECT_EQ(units.length(), length);
+            EXPECT_EQ(units.capacity(), missing == 0 ? next : full);
+            BaseString<char> bytes;
+            ConvertStringtoUTF8((std::wstring(length - 7, L'a') + L"\x20AC\xD83D\xDE00").c_str(), bytes, -1);
+            EXPECT_EQ(bytes.length(), length);
+            EXPECT_EQ(bytes.capacity(), missing == 0 ? next : full);
+        }
+    }
+}
+
+TEST(UnicodeCapacity, KeepsALargerCapacity) {
+    BaseString<wchar_t> units;
+    units.reserve(2 * kMi, true);
+    ASSERT_TRUE(ConvertUTF8toString(units, std::string(1000, 'a').c_str(), -1, true));
+    EXPECT_EQ(units.capacity(), 3 * kMi);
+    BaseString<char> bytes;
+    bytes.reserve(2 * kMi, true);
+    ConvertStringtoUTF8(std::wstring(1000, L'a').c_str(), bytes, -1);
+    EXPECT_EQ(bytes.capacity(), 3 * kMi);
+}
+
+/// Trailing bytes are not checked, and a text ends at a byte that does not start a sequence.
+TEST(UnicodeCapacity, MalformedTextCountsAsItIsDecoded) {
+    struct Case {
+        std::string bytes;
+        unsigned int length;
+        unsigned int capacity;
+        const char* why;
+    };
+    const std::string tail(3000, 'a');
+    const Case cases[] = {
+        {std::string(600, 'a') + "\xFF" + tail, 450, 1024, "600 units are decoded, whole blocks are kept"},
+        {std::string(1023, 'a') + "\xFF" + tail, 900, 1024, "1,023 units fit"},
+        {std::string(1024, 'a') + "\xFF" + tail, 900, 2048, "1,024 units do not"},
+        {std::string(1020, 'a') + "\xC3zzz", 1023, 1024, "the lead byte takes the next one, whatever it is"},
+        {std::string(1020, 'a') + "\xC3zzzz", 1024, 2048, "the same with one more"},
+        {std::string(1021, 'a') + "\xF0\x80\x81\x81z", 1023, 1024, "an overlong form of four bytes is one unit"},
+        {std::string(1021, 'a') + "\xF2\x80\x81\x81z", 1024, 2048, "another form of four bytes is a pair"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.why);
+        BaseString<wchar_t> units;
+        ConvertUTF8toString(units, c.bytes.c_str(), -1, false);
+        EXPECT_EQ(units.length(), c.length);
+        EXPECT_EQ(units.capacity(), c.capacity);
+    }
+    BaseString<char> bytes;
+    ConvertStringtoUTF8((std::wstring(1020, L'a') + L"\xD800\xDC00").c_str(), bytes, -1);
+    EXPECT_EQ(bytes.capacity(), 2048u) << "a pair has four bytes";
+    BaseString<char> replaced;
+    ConvertStringtoUTF8((std::wstring(1020, L'a') + L"\xDC00\xD800").c_str(), replaced, -1);
+    EXPECT_EQ(replaced.capacity(), 1024u) << "unpaired surrogates have one byte each";
+}
+
+TEST(UnicodeCapacity, ArraysDouble) {
+    constexpr Growth kOfArrays[] = {
+        {1, 5, "the fewest slots"}, {5, 5, "all of them"},       {6, 10, "twice as many"},
+        {320, 320, "one block"},    {321, 640, "one more"},      {640, 640, "a full array"},
+        {641, 1280, "one more"},    {5000, 5120, "many blocks"}, {5 * (kMi / 4), 5 * (kMi / 4), "a large array"},
+    };
+    for (const Growth& growth : kOfArrays) {
+        SCOPED_TRACE(testing::Message() << growth.length << ": " << growth.why);
+        const std::wstring ascii(growth.length, L'a');
+        Array<unsigned char> replaced;
+        ConvertStringtoUTF8(ascii.c_str(), replaced, false, -1);
+        EXPECT_EQ(replaced.size(), growth.length);
+        EXPECT_EQ(replaced.allocated(), growth.capacity);
+        Array<unsigned char> appended;
+        EncodeAndAppendToBuffer(ascii.c_str(), appended);
+        EXPECT_EQ(appended.allocated(), growth.capacity);
+    }
+    Array<unsigned char> odd;
+    odd.reserve(7, true);
+    ConvertStringtoUTF8(std::wstring(1000, L'a').c_str(), odd, false, -1);
+    EXPECT_EQ(odd.allocated(), 1792u) << "seven slots, doubled eight times";
+    EncodeAndAppendToBuffer(std::wstring(1000, L'\xD800').c_str(), odd);
+    EXPECT_EQ(odd.size(), 4000u) << "three bytes for each surrogate";
+    EXPECT_EQ(odd.allocated(), 7168u);
+}
+
+}  // namespace
