@@ -1,6 +1,7 @@
 #include <windows.h>
 
 #include "Cases.h"
+#include "TranscodersAvx2.h"
 #include "vorel/vorelCore.h"
 
 namespace bench {
@@ -10,94 +11,136 @@ namespace {
 using vorel::BaseString;
 namespace util = vorel::util;
 
-/// Text of about `size` bytes in UTF-8: `ascii` of ten characters are ASCII letters, the others are `first` to `last`.
-std::wstring textOf(std::size_t size, unsigned int first, unsigned int last, unsigned int ascii) {
-    std::mt19937_64 random(20261121);
-    std::wstring text;
-    for (std::size_t bytes = 0; bytes < size;) {
-        if (random() % 10 < ascii) {
-            text += static_cast<wchar_t>(L'a' + random() % 26);
-            ++bytes;
+static_assert(sizeof(wchar_t) == sizeof(char16_t));
+
+/// Composes a text of a given size in UTF-8.
+class Composer {
+public:
+    explicit Composer(std::size_t bytes) : m_wanted(bytes) {}
+
+    [[nodiscard]] bool wantsMore() const { return m_bytes < m_wanted; }
+    [[nodiscard]] std::wstring take() { return std::move(m_text); }
+
+    /// A number from 0 to `limit` - 1.
+    unsigned int below(unsigned int limit) { return static_cast<unsigned int>(m_random() % limit); }
+
+    void put(unsigned int code) {
+        if (code > 0xFFFF) {
+            m_text += static_cast<wchar_t>(0xD7C0 + (code >> 10));
+            m_text += static_cast<wchar_t>(0xDC00 + (code & 0x3FF));
         } else {
-            const auto code = static_cast<unsigned int>(first + random() % (last - first + 1));
-            if (code > 0xFFFF) {
-                text += static_cast<wchar_t>(0xD800 + ((code - 0x10000) >> 10));
-                text += static_cast<wchar_t>(0xDC00 + (code & 0x3FF));
-            } else {
-                text += static_cast<wchar_t>(code);
-            }
-            bytes += code > 0xFFFF ? 4 : code > 0x7FF ? 3 : code > 0x7F ? 2 : 1;
+            m_text += static_cast<wchar_t>(code);
+        }
+        m_bytes += code > 0xFFFF ? 4u : code > 0x7FF ? 3u : code > 0x7F ? 2u : 1u;
+    }
+    void put(std::string_view ascii) {
+        for (const char c : ascii) {
+            put(static_cast<unsigned char>(c));
         }
     }
-    return text;
-}
-
-/// The peers without tables or vector instructions: they convert one character at a time, and check the capacity and
-/// the lead bytes.
-std::uint64_t decodeScalar(const char* utf8, std::size_t count, std::wstring& buffer) {
-    const auto* byte = reinterpret_cast<const unsigned char*>(utf8);
-    const auto* const end = byte + count;
-    wchar_t* out = buffer.data();
-    const wchar_t* const start = out;
-    const wchar_t* const lastPosition = out + buffer.size() - 2;
-    while (byte < end && *byte != 0 && out <= lastPosition) {
-        unsigned int value = *byte++;
-        if (value >= 0x80) {
-            if (value < 0xC0 || value > 0xF4) {
-                return 0;
-            }
-            const int trailing = value < 0xE0 ? 1 : value < 0xF0 ? 2 : 3;
-            value &= 0x3Fu >> trailing;
-            for (int left = trailing; left != 0; --left) {
-                value = value << 6 | (*byte++ & 0x3Fu);
-            }
-        }
-        // cppcheck-suppress knownConditionTrueFalse; trailing bytes increase the value
-        if (value > 0xFFFF) {
-            *out++ = static_cast<wchar_t>(0xD7C0 + (value >> 10));
-            *out++ = static_cast<wchar_t>(0xDC00 + (value & 0x3FF));
-        } else {
-            *out++ = static_cast<wchar_t>(value);
+    /// `fewest` to `most` characters from `first` to `last`.
+    void word(unsigned int first, unsigned int last, unsigned int fewest, unsigned int most) {
+        for (unsigned int count = fewest + below(most - fewest + 1); count != 0; --count) {
+            put(first + below(last - first + 1));
         }
     }
-    *out = 0;
-    return static_cast<std::uint64_t>(out - start);
-}
-
-std::uint64_t encodeScalar(const wchar_t* unit, std::size_t count, std::string& buffer) {
-    const wchar_t* const end = unit + count;
-    char* out = buffer.data();
-    const char* const start = out;
-    const char* const lastPosition = out + buffer.size() - 4;
-    while (unit < end && *unit != 0 && out <= lastPosition) {
-        unsigned int value = *unit++;
-        if (value < 0x80) {
-            *out++ = static_cast<char>(value);
-            continue;
-        }
-        if ((value & 0xFC00) == 0xD800 && (*unit & 0xFC00) == 0xDC00) {
-            value = 0x10000 + ((value & 0x3FF) << 10) + (*unit++ & 0x3FFu);
-        }
-        const int trailing = value < 0x800 ? 1 : value < 0x10000 ? 2 : 3;
-        *out++ = static_cast<char>((0xF00u >> trailing & 0xFF) | value >> 6 * trailing);
-        for (int left = trailing - 1; left >= 0; --left) {
-            *out++ = static_cast<char>(0x80 | (value >> 6 * left & 0x3F));
+    void words(unsigned int first, unsigned int last, unsigned int count) {
+        for (; count != 0; --count) {
+            word(first, last, 2, 10);
+            put(below(8) == 0 ? ", " : " ");
         }
     }
-    *out = 0;
-    return static_cast<std::uint64_t>(out - start);
+
+private:
+    std::mt19937_64 m_random{20261121};
+    std::wstring m_text;
+    std::size_t m_wanted;
+    std::size_t m_bytes = 0;
+};
+
+/// One piece of each kind of text.
+void putAscii(Composer& text) {
+    text.words('a', 'z', 4);
 }
 
-void compare(Family& family, const std::string& name, const std::wstring& text) {
-    BaseString<char> utf8;
-    util::ConvertStringtoUTF8(text.c_str(), utf8, -1);
+void putJson(Composer& text) {
+    text.put("{\"id\": ");
+    text.word('0', '9', 3, 7);
+    text.put(", \"name\": \"");
+    text.word('a', 'z', 3, 8);
+    if (text.below(3) == 0) {
+        text.put(0xE9);
+    }
+    text.put("\", \"city\": \"");
+    text.word('a', 'z', 2, 8);
+    if (text.below(4) == 0) {
+        text.put(0xFC);
+        text.word('a', 'z', 1, 6);
+    }
+    text.put("\", \"price\": ");
+    text.word('0', '9', 2, 4);
+    text.put(", \"tags\": [\"");
+    text.word('a', 'z', 3, 8);
+    text.put("\"]},\n");
+}
+
+void putCyrillicHtml(Composer& text) {
+    text.put("<div class=\"");
+    text.word('a', 'z', 4, 9);
+    text.put("\"><a href=\"/");
+    text.word('a', 'z', 4, 12);
+    text.put("\">");
+    text.words(0x430, 0x44F, 3);
+    text.put("</a><p>");
+    text.words(0x430, 0x44F, 5 + text.below(30));
+    text.put("</p></div>\n");
+}
+
+void putGreek(Composer& text) {
+    text.words(0x3B1, 0x3C9, 8);
+}
+
+void putChinese(Composer& text) {
+    text.word(0x4E00, 0x9FFF, 6, 20);
+    text.put(text.below(4) == 0 ? 0x3002 : 0xFF0C);
+    if (text.below(6) == 0) {
+        text.word('a', 'z', 3, 8);
+    }
+}
+
+void putEmoji(Composer& text) {
+    text.word(0x1F300, 0x1F5FF, 4, 40);
+    text.put(" ");
+}
+
+void putTextWithEmoji(Composer& text) {
+    text.words('a', 'z', 2 + text.below(8));
+    text.word(0x1F300, 0x1F5FF, 1, 3);
+}
+
+struct Kind {
+    const char* name;
+    void (*put)(Composer& text);
+};
+
+constexpr Kind kKinds[] = {
+    {"ASCII", putAscii}, {"JSON", putJson},   {"Cyrillic HTML", putCyrillicHtml},   {"Greek", putGreek},
+    {"CJK", putChinese}, {"emoji", putEmoji}, {"text with emoji", putTextWithEmoji}};
+
+constexpr std::size_t kSizes[] = {24, 256, 4096, 1 << 20, 16 << 20};
+
+std::string nameOf(std::size_t size) {
+    return size >= 1 << 20 ? std::to_string(size >> 20) + " MiB" : std::to_string(size) + " bytes";
+}
+
+constexpr char kLoop[] = "AVX2 loop";
+constexpr char kNewLoop[] = "AVX2 loop, new string";
+
+void decode(Family& family, const std::string& name, const std::string& utf8) {
+    const auto bytes = static_cast<int>(utf8.size());
     BaseString<wchar_t> wide;
-    BaseString<char> narrow;
-    std::wstring wideBuffer(utf8.length() + 16, L'\0');
-    std::string narrowBuffer(4 * text.size() + 16, '\0');
-    const auto bytes = static_cast<int>(utf8.length());
-    const auto units = static_cast<int>(text.size());
-    family.compare("UTF-8 to wide, " + name, 1,
+    std::u16string buffer(utf8.size() + 16, u'\0');
+    family.compare("UTF-8 to wide, reused, " + name, 1,
                    [&] {
                        util::ConvertUTF8toString(wide, utf8.c_str(), bytes, true);
                        return std::uint64_t{wide.data()[0]};
@@ -105,10 +148,29 @@ void compare(Family& family, const std::string& name, const std::wstring& text) 
                    {{"MultiByteToWideChar",
                      [&] {
                          return static_cast<std::uint64_t>(MultiByteToWideChar(
-                             CP_UTF8, 0, utf8.c_str(), bytes, wideBuffer.data(), static_cast<int>(wideBuffer.size())));
+                             CP_UTF8, 0, utf8.c_str(), bytes, reinterpret_cast<wchar_t*>(buffer.data()),
+                             static_cast<int>(buffer.size())));
                      }},
-                    {"scalar loop", [&] { return decodeScalar(utf8.c_str(), utf8.length(), wideBuffer); }}});
-    family.compare("wide to UTF-8, " + name, 1,
+                    {kLoop, [&] { return toUtf16Avx2(utf8.data(), utf8.size(), buffer.data()); }}});
+    family.compare("UTF-8 to wide, fresh, " + name, 1,
+                   [&] {
+                       BaseString<wchar_t> fresh;
+                       util::ConvertUTF8toString(fresh, utf8.c_str(), bytes, true);
+                       return std::uint64_t{fresh.data()[0]};
+                   },
+                   {{kNewLoop, [&] {
+                         std::u16string fresh(utf16LengthAvx2(utf8.data(), utf8.size()), u'\0');
+                         toUtf16Avx2(utf8.data(), utf8.size(), fresh.data());
+                         return std::uint64_t{fresh[0]};
+                     }}});
+}
+
+void encode(Family& family, const std::string& name, const std::wstring& text) {
+    const auto units = static_cast<int>(text.size());
+    const auto* const utf16 = reinterpret_cast<const char16_t*>(text.data());
+    BaseString<char> narrow;
+    std::string buffer(4 * text.size() + 64, '\0');
+    family.compare("wide to UTF-8, reused, " + name, 1,
                    [&] {
                        util::ConvertStringtoUTF8(text.c_str(), narrow, units);
                        return static_cast<std::uint64_t>(narrow.data()[0]);
@@ -116,20 +178,42 @@ void compare(Family& family, const std::string& name, const std::wstring& text) 
                    {{"WideCharToMultiByte",
                      [&] {
                          return static_cast<std::uint64_t>(
-                             WideCharToMultiByte(CP_UTF8, 0, text.c_str(), units, narrowBuffer.data(),
-                                                 static_cast<int>(narrowBuffer.size()), nullptr, nullptr));
+                             WideCharToMultiByte(CP_UTF8, 0, text.c_str(), units, buffer.data(),
+                                                 static_cast<int>(buffer.size()), nullptr, nullptr));
                      }},
-                    {"scalar loop", [&] { return encodeScalar(text.c_str(), text.size(), narrowBuffer); }}});
+                    {kLoop, [&] { return toUtf8Avx2(utf16, text.size(), buffer.data()); }}});
+    family.compare("wide to UTF-8, fresh, " + name, 1,
+                   [&] {
+                       BaseString<char> fresh;
+                       util::ConvertStringtoUTF8(text.c_str(), fresh, units);
+                       return static_cast<std::uint64_t>(fresh.data()[0]);
+                   },
+                   {{kNewLoop, [&] {
+                         std::string fresh(utf8LengthAvx2(utf16, text.size()), '\0');
+                         toUtf8Avx2(utf16, text.size(), fresh.data());
+                         return static_cast<std::uint64_t>(fresh[0]);
+                     }}});
 }
 
 }  // namespace
 
 void unicode(Family& family) {
-    for (const std::size_t size : {kLarge, kSmall}) {
-        compare(family, "ASCII, " + sizeName(size), textOf(size, 0x61, 0x7A, 0));
-        compare(family, "mixed two-byte, " + sizeName(size), textOf(size, 0x400, 0x44F, 3));
-        compare(family, "three-byte, " + sizeName(size), textOf(size, 0x4E00, 0x9FFF, 0));
-        compare(family, "four-byte, " + sizeName(size), textOf(size, 0x1F300, 0x1F5FF, 0));
+    if (!__builtin_cpu_supports("avx2")) {
+        return;  // the peer needs it
+    }
+    for (const Kind& kind : kKinds) {
+        for (const std::size_t size : kSizes) {
+            Composer composer(size);
+            while (composer.wantsMore()) {
+                kind.put(composer);
+            }
+            const std::wstring text = composer.take();
+            BaseString<char> utf8;
+            util::ConvertStringtoUTF8(text.c_str(), utf8, static_cast<int>(text.size()));
+            const std::string name = std::string(kind.name) + ", " + nameOf(size);
+            decode(family, name, std::string(utf8.view()));
+            encode(family, name, text);
+        }
     }
 }
 

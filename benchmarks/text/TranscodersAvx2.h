@@ -1,0 +1,20 @@
+/// \file
+/// A peer for the conversions between UTF-8 and UTF-16: the AVX2 algorithms of Daniel Lemire and Wojciech Muła,
+/// "Transcoding billions of Unicode characters per second with SIMD instructions", with the validation of John Keiser
+/// and Daniel Lemire, "Validating UTF-8 in less than one instruction per byte". A conversion of text that is not valid
+/// returns 0.
+#pragma once
+
+#include <cstddef>
+
+namespace bench {
+
+/// The number of units of a valid UTF-8 text, and of bytes of a valid UTF-16 text.
+std::size_t utf16LengthAvx2(const char* text, std::size_t bytes);
+std::size_t utf8LengthAvx2(const char16_t* text, std::size_t units);
+
+/// Convert a text to a buffer that is large enough, and return the number of units or bytes written.
+std::size_t toUtf16Avx2(const char* text, std::size_t bytes, char16_t* out);
+std::size_t toUtf8Avx2(const char16_t* text, std::size_t units, char* out);
+
+}  // namespace bench
