@@ -91,7 +91,16 @@ template <class Constants>
     return *address;
 }
 
-/// The zeros of thirty-two bytes, their leads of at least `first`, and others, one bit each.
+/// A mask of the first `count` bytes of thirty-two.
+static inline __m256i firstBytes(unsigned int count) noexcept {
+    static constexpr unsigned char kBytes[64] = {
+        0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF,
+        0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF,
+    };
+    return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(kBytes + 32 - count));
+}
+
+/// The zeros of thirty-two bytes, and the bytes from `first` on, one bit each.
 static inline unsigned int zerosIn(__m256i block) noexcept {
     return static_cast<unsigned int>(_mm256_movemask_epi8(_mm256_cmpeq_epi8(block, _mm256_setzero_si256())));
 }

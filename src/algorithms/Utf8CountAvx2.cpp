@@ -41,10 +41,45 @@ template <class... Expected>
     return isInPage(bytes, kBlock) || continuesInNextPage(bytes, left, expected...);
 }
 
-/// The surrogates of a kind in a block, two bits for each unit.
-[[gnu::always_inline]] inline unsigned int surrogatesIn(__m256i units, std::uint32_t kind) noexcept {
-    const auto every = [](std::uint32_t value) { return _mm256_set1_epi16(static_cast<short>(value)); };
-    return maskOf(_mm256_cmpeq_epi16(_mm256_and_si256(units, every(kSurrogateKindMask)), every(kind)));
+/// The number of bytes of units of ASCII in double blocks of this page, up to a double block with anything else.
+[[gnu::always_inline]] inline std::size_t countAsciiUnits(const unsigned char* units, std::size_t left) noexcept {
+    const std::size_t inPage = kPageBytes - offsetInPage(units);
+    const std::size_t size = (inPage < left ? inPage : left) / (2 * kBlock) * (2 * kBlock);
+    for (std::size_t at = 0; at != size; at += 2 * kBlock) {
+        // The saturated packing keeps 0x01 to 0x7F and turns every other unit into 0x00 or a byte from 0x80 on.
+        const __m256i bytes = _mm256_packus_epi16(load32(units + at), load32(units + at + kBlock));
+        if (maskOf(_mm256_or_si256(bytes, _mm256_cmpeq_epi8(bytes, _mm256_setzero_si256()))) != 0) {
+            return at;
+        }
+    }
+    return size;
+}
+
+/// Constants of sixteen units. They are read from memory, because the compiler would build them again in each round.
+struct Constants {
+    std::uint16_t notAscii[16], notShort[16], high[16], kindMask[16], low[16];
+};
+
+constexpr Constants constants() noexcept {
+    Constants all = {};
+    for (unsigned int unit = 0; unit < 16; ++unit) {
+        all.notAscii[unit] = 0xFF80;
+        all.notShort[unit] = kSurrogateMask;
+        all.high[unit] = kFirstHighSurrogate;
+        all.kindMask[unit] = kSurrogateKindMask;
+        all.low[unit] = kFirstLowSurrogate;
+    }
+    return all;
+}
+
+alignas(32) constexpr Constants kConstants = constants();
+
+/// The number of units of a block whose surrogates are all in pairs, without a high one at its end. 0 if one is not.
+[[gnu::always_inline]] inline unsigned int unitsInPairs(__m256i units, const Constants& k) noexcept {
+    const __m256i kind = _mm256_and_si256(units, load32(k.kindMask));
+    const unsigned int highs = maskOf(_mm256_cmpeq_epi16(kind, load32(k.high)));
+    const unsigned int lows = maskOf(_mm256_cmpeq_epi16(kind, load32(k.low)));
+    return highs << 2 != lows ? 0 : 16 - (highs >> (kBlock - 1));
 }
 
 }  // namespace
@@ -93,32 +128,40 @@ Progress countDecodedAvx2(const unsigned char* bytes, std::size_t left) noexcept
 }
 
 Progress countEncodedAvx2(const void* units, std::size_t left, bool paired) noexcept {
+    const Constants& k = hidden(kConstants);
     const auto* const bytes = static_cast<const unsigned char*>(units);
     const std::size_t size = 2 * std::size_t{atMost(kMaxProgress, left)};
     const __m256i zero = _mm256_setzero_si256();
-    const auto hasNone = [=](__m256i block, std::uint32_t bits) {
-        const __m256i found = _mm256_and_si256(block, _mm256_set1_epi16(static_cast<short>(bits)));
-        return maskOf(_mm256_cmpeq_epi16(found, zero));
-    };
     std::size_t read = 0;
     std::size_t written = 0;
     while (size - read >= kBlock && isReadable(bytes + read, size - read)) {
         const __m256i block = load32(bytes + read);
-        const unsigned int shorts = hasNone(block, 0xF800);
-        const unsigned int highs = paired ? surrogatesIn(block, kFirstHighSurrogate) : 0;
-        const unsigned int lows = paired ? surrogatesIn(block, kFirstLowSurrogate) : 0;
+        const __m256i upper = _mm256_and_si256(block, load32(k.notShort));
+        const __m256i isShort = _mm256_cmpeq_epi16(upper, zero);
+        const __m256i isAscii = _mm256_cmpeq_epi16(_mm256_and_si256(block, load32(k.notAscii)), zero);
+        const __m256i isSurrogate = _mm256_cmpeq_epi16(upper, load32(k.high));
+        // One bit for each unit below 0x80, and one for each below 0x800.
+        const unsigned int fewer = countBits(maskOf(_mm256_packs_epi16(isAscii, isShort)));
         if (maskOf(_mm256_cmpeq_epi16(block, zero)) != 0) {
             break;
         }
-        // A high surrogate at the end is left to the next block.
-        const unsigned int cut = highs >> (kBlock - 1) != 0 ? 2 : 0;
-        if ((highs << 2) != lows) {
-            break;
+        if (fewer == kBlock) {
+            const std::size_t ascii = countAsciiUnits(bytes + read, size - read);
+            read += ascii != 0 ? ascii : kBlock;
+            written += ascii != 0 ? ascii / 2 : kBlock / 2;
+            continue;
         }
-        // Each surrogate stands for two bytes.
-        const unsigned int fewer = countBits(hasNone(block, 0xFF80)) + countBits(shorts | highs | lows);
-        read += kBlock - cut;
-        written += (3 * kBlock - fewer) / 2 - cut;
+        const unsigned int surrogates = paired ? maskOf(isSurrogate) : 0;
+        unsigned int counted = 16;
+        if (surrogates != 0) {
+            counted = unitsInPairs(block, k);
+            if (counted == 0) {
+                break;
+            }
+        }
+        // Each surrogate of a pair stands for two bytes. One at the end is left to the next block.
+        read += 2 * std::size_t{counted};
+        written += 3 * 16 - fewer - countBits(surrogates) / 2 - 2 * (16 - counted);
     }
     return {static_cast<unsigned int>(read / 2), static_cast<unsigned int>(written)};
 }

@@ -7,170 +7,13 @@
 
 #include "algorithms/PageReads.h"
 #include "algorithms/SimdBlocks.h"
-#include "algorithms/Utf16.h"
+#include "algorithms/Utf8DecodeAvx2.h"
 
 namespace vorel::algorithms {
 
 namespace {
 
-/// Of eight 16-bit elements, keeps those whose bit is set.
-constexpr Shuffles keepUnits() noexcept {
-    Shuffles shuffles = {};
-    for (unsigned int mask = 0; mask < 256; ++mask) {
-        unsigned int to = 0;
-        for (unsigned char element = 0; element < 8; ++element) {
-            if ((mask >> element & 1) != 0) {
-                shuffles.order[mask][to++] = static_cast<unsigned char>(2 * element);
-                shuffles.order[mask][to++] = static_cast<unsigned char>(2 * element + 1);
-            }
-        }
-        while (to < 16) {
-            shuffles.order[mask][to++] = 0x80;
-        }
-    }
-    return shuffles;
-}
-
-constexpr Shuffles kKeepUnits = keepUnits();
-
-/// Of eight bytes, of which a bit for each and for the next one says whether it is a trailing byte: a unit for each
-/// other byte, with the trailing byte in its lower half and the lead byte in its upper half, or with a byte of ASCII.
-struct PairShuffles {
-    unsigned char order[512][16];
-};
-
-constexpr PairShuffles pairBytes() noexcept {
-    PairShuffles shuffles = {};
-    for (unsigned int trailing = 0; trailing < 512; ++trailing) {
-        unsigned int to = 0;
-        for (unsigned char byte = 0; byte < 8; ++byte) {
-            if ((trailing >> byte & 1) == 0) {
-                const bool isLead = (trailing >> (byte + 1) & 1) != 0;
-                shuffles.order[trailing][to++] = static_cast<unsigned char>(isLead ? byte + 1 : byte);
-                shuffles.order[trailing][to++] = isLead ? byte : 0x80;
-            }
-        }
-        while (to < 16) {
-            shuffles.order[trailing][to++] = 0x80;
-        }
-    }
-    return shuffles;
-}
-
-constexpr PairShuffles kPairBytes = pairBytes();
-
-constexpr unsigned int kBytes = 16;  // per block
-constexpr unsigned int kDoubleBlock = 32;
-constexpr std::size_t kReadBytes = 32;    // at a block
-constexpr std::size_t kReadDouble = 40;   // at a double block: sixteen bytes at each eighth byte
-constexpr std::size_t kThreesBlock = 24;  // eight characters
-
-/// Constants of thirty-two bytes. They are read from memory, because the compiler would build them again in each round.
-struct Constants {
-    std::uint16_t firstOfThree[16], firstOfFour[16], lastTrailing[16];
-    std::uint16_t lowerOfTwo[16], upperOfTwo[16];
-    std::uint16_t threes[16], bitsOfThree[16], scaleOfTrailing[16], scaleOfLead[16];
-    std::uint16_t lane[16];
-};
-
-constexpr Constants constants() noexcept {
-    Constants all = {};
-    constexpr unsigned char kThrees[16] = {2, 1, 0, 0x80, 5, 4, 3, 0x80, 8, 7, 6, 0x80, 11, 10, 9, 0x80};
-    for (unsigned int unit = 0; unit < 16; ++unit) {
-        const bool isLower = unit % 2 == 0;
-        all.firstOfThree[unit] = 0xE0E0;
-        all.firstOfFour[unit] = 0xF0F0;
-        all.lastTrailing[unit] = 0xBFBF;
-        all.lowerOfTwo[unit] = 0x007F;
-        all.upperOfTwo[unit] = 0x1F00;
-        all.threes[unit] = static_cast<std::uint16_t>(kThrees[unit % 8 * 2] | kThrees[unit % 8 * 2 + 1] << 8);
-        all.bitsOfThree[unit] = isLower ? 0x3F3F : 0x000F;
-        all.scaleOfTrailing[unit] = isLower ? 0x4001 : 0x0001;
-        all.scaleOfLead[unit] = isLower ? 0x0001 : 0x1000;
-        all.lane[unit] = static_cast<std::uint16_t>(1u << unit);
-    }
-    return all;
-}
-
-alignas(32) constexpr Constants kConstants = constants();
-
-[[gnu::always_inline]] inline __m256i load32(const void* position) noexcept {
-    return _mm256_loadu_si256(static_cast<const __m256i*>(position));
-}
-
-[[gnu::always_inline]] inline __m256i everyUnit(std::uint32_t value) noexcept {
-    return _mm256_set1_epi16(static_cast<short>(value));
-}
-
-/// The kinds of sixteen bytes, one bit each.
-struct Bytes {
-    [[gnu::always_inline]] explicit Bytes(__m128i block) noexcept
-        : zeros(maskOf(_mm_cmpeq_epi8(block, _mm_setzero_si128()))) {
-        // As signed numbers, trailing bytes are below 0xC0, leads of two bytes below 0xE0, of three below 0xF0, and of
-        // four are 0xF0 here.
-        const unsigned int notAscii = maskOf(block);
-        const auto below = [&](int limit) {
-            return maskOf(_mm_cmpgt_epi8(_mm_set1_epi8(static_cast<char>(limit)), block));
-        };
-        trailing = below(0xC0);
-        leads = notAscii & ~trailing;
-        threes = leads & ~below(0xE0);
-        fours = leads & ~below(0xF0);
-        others = leads & ~below(0xF1);
-    }
-
-    unsigned int zeros;
-    unsigned int trailing;
-    unsigned int leads;
-    unsigned int threes;  ///< leads of three bytes or more
-    unsigned int fours;   ///< leads of four bytes, and others
-    unsigned int others;  ///< other leads of four bytes or more, and bytes that do not start a sequence
-};
-
-/// The units that begin at each of sixteen bytes, as if each were a lead byte, up to three bytes.
-struct Units {
-    [[gnu::always_inline]] explicit Units(const unsigned char* bytes) noexcept
-        : lead(_mm256_cvtepu8_epi16(loadBytes(bytes))),
-          second(_mm256_and_si256(_mm256_cvtepu8_epi16(loadBytes(bytes + 1)), everyUnit(0x3F))),
-          third(_mm256_and_si256(_mm256_cvtepu8_epi16(loadBytes(bytes + 2)), everyUnit(0x3F))) {
-        const __m256i two = _mm256_or_si256(_mm256_slli_epi16(_mm256_and_si256(lead, everyUnit(0x1F)), 6), second);
-        // The shift drops the upper bits of the lead of three bytes.
-        const __m256i three =
-            _mm256_or_si256(_mm256_or_si256(_mm256_slli_epi16(lead, 12), _mm256_slli_epi16(second, 6)), third);
-        const __m256i isLead = _mm256_cmpgt_epi16(lead, everyUnit(0x7F));
-        const __m256i isLeadOfThree = _mm256_cmpgt_epi16(lead, everyUnit(0xDF));
-        units = _mm256_blendv_epi8(_mm256_blendv_epi8(lead, two, isLead), three, isLeadOfThree);
-    }
-
-    /// Puts the surrogates of characters that begin with 0xF0 at their first and third bytes. `thirds` has a bit for
-    /// each third byte. Returns false if one of `fours` is overlong.
-    [[gnu::always_inline]] bool splitFours(unsigned int thirds, const Constants& k) noexcept {
-        const __m256i isFour = _mm256_cmpgt_epi16(lead, everyUnit(0xEF));
-        const __m256i high =
-            _mm256_add_epi16(_mm256_or_si256(_mm256_slli_epi16(second, 2), _mm256_srli_epi16(third, 4)),
-                             everyUnit(kHighSurrogateOffset));
-        const __m256i low =
-            _mm256_or_si256(_mm256_or_si256(_mm256_slli_epi16(_mm256_and_si256(lead, everyUnit(0x0F)), 6), second),
-                            everyUnit(kFirstLowSurrogate));
-        const __m256i lanes = load32(k.lane);
-        const __m256i isThird = _mm256_cmpeq_epi16(_mm256_and_si256(everyUnit(thirds), lanes), lanes);
-        const __m256i isOverlong = _mm256_and_si256(isFour, _mm256_cmpgt_epi16(everyUnit(kFirstHighSurrogate), high));
-        units = _mm256_blendv_epi8(_mm256_blendv_epi8(units, high, isFour), low, isThird);
-        return _mm256_testz_si256(isOverlong, isOverlong) != 0;
-    }
-
-    [[nodiscard]] __m128i lower(unsigned int kept) const noexcept {
-        return shuffled(_mm256_castsi256_si128(units), kKeepUnits, kept & 0xFF);
-    }
-    [[nodiscard]] __m128i upper(unsigned int kept) const noexcept {
-        return shuffled(_mm256_extracti128_si256(units, 1), kKeepUnits, kept >> 8);
-    }
-
-    __m256i lead;
-    __m256i second;
-    __m256i third;
-    __m256i units;
-};
+using namespace decoding;
 
 /// Decodes characters at the end of the text or of the capacity: up to a zero, or the end of the `left` bytes. Writes
 /// nothing past the decoded units.
@@ -375,23 +218,33 @@ struct Decoding {
     return {read, written};
 }
 
-/// Decodes double blocks of ASCII. Writes nothing past them.
-[[gnu::noinline]] Progress decodeAsciiOnly(const unsigned char* bytes, std::size_t left, unsigned char* out,
-                                           std::size_t capacity) noexcept {
+/// Decodes ASCII up to anything else. With `Allowed`, also the last bytes of the text, in a double block.
+[[gnu::always_inline]] inline Progress decodeAsciiStart(const unsigned char* bytes, std::size_t left,
+                                                        unsigned char* out, std::size_t capacity,
+                                                        Overwrite overwrite) noexcept {
     Decoding at = {bytes, out, 0, 0};
     decodeAscii(at, endOfWhole(bytes, left, capacity));
-    const auto count = static_cast<unsigned int>(at.bytes - bytes);
-    return {count, count};
+    auto read = static_cast<unsigned int>(at.bytes - bytes);
+    if (overwrite == Overwrite::Allowed && read != left && capacity - read >= kDoubleBlock &&
+        isInPage(at.bytes, kDoubleBlock)) {
+        const __m256i block = load32(at.bytes);
+        const unsigned int stops = maskOf(_mm256_or_si256(block, _mm256_cmpeq_epi8(block, _mm256_setzero_si256())));
+        storeCharacters(block, reinterpret_cast<WideUnit*>(at.out));
+        read += atMost(lowestBit(stops), left - read);
+    }
+    return {read, read};
 }
 
 /// Decodes the next part with the fitting algorithm.
 Progress decodeNext(const unsigned char* bytes, std::size_t left, unsigned char* out, std::size_t capacity,
                     Overwrite overwrite) noexcept {
-    if (capacity >= kDoubleBlock) {
-        const Progress step = overwrite == Overwrite::Allowed ? decodeBlocks(bytes, left, out, capacity)
-                                                              : decodeAsciiOnly(bytes, left, out, capacity);
-        if (step.read != 0 || overwrite == Overwrite::Allowed) {
-            return step;
+    if (overwrite == Overwrite::Allowed && capacity >= kDoubleBlock) {
+        return decodeBlocks(bytes, left, out, capacity);
+    }
+    if (*bytes < 0x80 && capacity >= kDoubleBlock) {
+        const Progress ascii = decodeAsciiStart(bytes, left, out, capacity, overwrite);
+        if (ascii.read != 0) {
+            return ascii;
         }
     }
     return isInPage(bytes, kReadBytes) ? decodePart(bytes, left, out, capacity) : kNoProgress;
@@ -403,8 +256,11 @@ Progress decodeUtf8Avx2(const unsigned char* bytes, std::size_t left, void* out,
                         Overwrite overwrite) noexcept {
     left = atMost(kMaxProgress, left);
     auto* const units = static_cast<unsigned char*>(out);
-    unsigned int read = 0;
-    unsigned int written = 0;
+    // Most text begins with ASCII, and much has nothing else.
+    const bool isAscii = left != 0 && bytes[0] < 0x80;
+    const Progress ascii = isAscii ? decodeAsciiStart(bytes, left, units, capacity, overwrite) : kNoProgress;
+    unsigned int read = ascii.read;
+    unsigned int written = ascii.written;
     while (read != left && bytes[read] != 0) {
         const Progress step =
             decodeNext(bytes + read, left - read, units + std::size_t{2} * written, capacity - written, overwrite);

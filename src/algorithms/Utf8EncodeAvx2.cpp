@@ -55,7 +55,16 @@ struct Positions {
 
 [[gnu::noinline]] Progress encodeStart(const unsigned char* units, std::size_t left, unsigned char* out, bool paired,
                                        const Constants& k) noexcept {
-    const Start start = startOf(loadUnits(units), left, paired, k);
+    const __m256i block = loadUnits(units);
+    const __m256i ascii = _mm256_permute4x64_epi64(_mm256_packus_epi16(block, _mm256_setzero_si256()), 0xD8);
+    const unsigned int stops = maskOf(_mm256_or_si256(ascii, _mm256_cmpeq_epi8(ascii, _mm256_setzero_si256())));
+    if (lowestBit(stops) >= left) {
+        // Often the end of the text.
+        const __m256i bytes = _mm256_and_si256(ascii, firstBytes(static_cast<unsigned int>(left)));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(out), _mm256_castsi256_si128(bytes));
+        return {static_cast<unsigned int>(left), static_cast<unsigned int>(left)};
+    }
+    const Start start = startOf(block, left, paired, k);
     return {start.count, static_cast<unsigned int>(start.bytes.store(out) - out)};
 }
 
@@ -165,14 +174,36 @@ struct Positions {
     return {start.count, start.bytes.size()};
 }
 
+/// Encodes ASCII up to anything else, in blocks or in a last double block that is filled with zeros.
+[[gnu::always_inline]] inline Progress encodeAsciiStart(const unsigned char* units, std::size_t left,
+                                                        unsigned char* out, std::size_t capacity) noexcept {
+    const std::size_t inPage = kPageBytes - offsetInPage(units);
+    std::size_t whole = left < capacity ? left : capacity;
+    whole = whole < inPage / 2 ? whole : inPage / 2;
+    const Positions at = encodeAscii({units, out}, units + 2 * whole);
+    auto read = static_cast<unsigned int>(at.out - out);
+    if (read != left && capacity - read >= 2 * kUnits && isInPage(at.units, 2 * kBlockBytes)) {
+        const __m256i packs = _mm256_packus_epi16(loadUnits(at.units), loadUnits(at.units + kBlockBytes));
+        const __m256i bytes = _mm256_permute4x64_epi64(packs, 0xD8);
+        const unsigned int stops = maskOf(_mm256_or_si256(bytes, _mm256_cmpeq_epi8(bytes, _mm256_setzero_si256())));
+        const unsigned int count = atMost(lowestBit(stops), left - read);
+        _mm256_storeu_si256(reinterpret_cast<__m256i*>(at.out), _mm256_and_si256(bytes, firstBytes(count)));
+        read += count;
+    }
+    return {read, read};
+}
+
 }  // namespace
 
 Progress encodeUtf8Avx2(const void* units, std::size_t left, unsigned char* out, std::size_t capacity,
                         bool paired) noexcept {
     left = atMost(kMaxProgress, left);
     const auto* const bytes = static_cast<const unsigned char*>(units);
-    unsigned int read = 0;
-    unsigned int written = 0;
+    // Most text begins with ASCII, and much has nothing else.
+    const bool isAscii = left != 0 && bytes[0] < 0x80 && bytes[1] == 0;
+    const Progress ascii = isAscii ? encodeAsciiStart(bytes, left, out, capacity) : kNoProgress;
+    unsigned int read = ascii.read;
+    unsigned int written = ascii.written;
     while (read != left && !isZero(bytes + 2 * std::size_t{read})) {
         const unsigned char* const next = bytes + 2 * std::size_t{read};
         Progress step = kNoProgress;

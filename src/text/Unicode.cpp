@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
+#include <iterator>
 #include <span>
 #include <string>
 #include <utility>
@@ -83,11 +84,28 @@ bool decodeShort(BaseString<wchar_t>& output, const unsigned char* input, int le
            adoptLength(output, algorithms::decodeShortText(input, length, output.data(), output.capacity() - 1));
 }
 
+/// Decodes a short text into a string without a buffer.
+bool decodeNewShort(BaseString<wchar_t>& output, const unsigned char* input, int length) {
+    wchar_t units[algorithms::kShortText];
+    if (output.capacity() != 0) {
+        return false;
+    }
+    const std::size_t count = algorithms::decodeShortText(input, length, units, std::size(units));
+    if (count == algorithms::kNotShort) {
+        return false;
+    }
+    output.append(units, static_cast<unsigned int>(count));
+    return true;
+}
+
 /// Not inlined, so that short texts do not pay for its setup.
 [[gnu::noinline]] bool decode(BaseString<wchar_t>& output, const unsigned char* input, int length, bool throwOnError) {
     return runRethrowing(L"vorel::util::ConvertUTF8toString", [&] {
         if (!input) {
             output.clear();
+            return true;
+        }
+        if (decodeNewShort(output, input, length)) {
             return true;
         }
         Reader reader(input, length);
@@ -144,7 +162,8 @@ void encode(const wchar_t* input, int length, Sink&& sink) {
     const auto write = [&](auto* out, std::size_t enough, std::size_t capacity) {
         return writer.write(reinterpret_cast<unsigned char*>(out), enough, capacity);
     };
-    constexpr unsigned int kOverhang = algorithms::kLongestUtf8Sequence - 1;
+    // Room for the longest sequence, and for vectors up to the end of the block.
+    constexpr unsigned int kOverhang = 64;
     text::fill<Block, kOverhang>(
         std::forward<Sink>(sink), [&](auto* out, std::size_t capacity) { return write(out, capacity, capacity); },
         [&](auto out) { return write(out.data(), Block, out.size()); }, [&] { return writer.bytesLeft(); },
@@ -159,10 +178,27 @@ bool encodeShort(BaseString<char>& output, const wchar_t* input, int length) noe
                        algorithms::encodeShortText<Surrogates::Paired>(input, length, out, output.capacity() - 1));
 }
 
+/// Encodes a short text into a string without a buffer.
+bool encodeNewShort(BaseString<char>& output, const wchar_t* input, int length) {
+    unsigned char bytes[algorithms::kMaxUtf8BytesPerUnit * algorithms::kShortText];
+    if (output.capacity() != 0) {
+        return false;
+    }
+    const std::size_t count = algorithms::encodeShortText<Surrogates::Paired>(input, length, bytes, std::size(bytes));
+    if (count == algorithms::kNotShort) {
+        return false;
+    }
+    output.append(reinterpret_cast<const char*>(bytes), static_cast<unsigned int>(count));
+    return true;
+}
+
 void encodeLong(BaseString<char>& output, const wchar_t* input, int length) {
     runRethrowing(L"vorel::util::ConvertStringtoUTF8", [&] {
         if (!input) {
             output.clear();
+            return;
+        }
+        if (encodeNewShort(output, input, length)) {
             return;
         }
         text::ClearOnFailure result(output);
