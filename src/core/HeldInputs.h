@@ -24,13 +24,19 @@ bool holds(const Array<T>& output, const void* address) noexcept {
            std::uintptr_t{output.allocated()} * sizeof(T);
 }
 
+/// `replacing` for an input in the output. It is a separate function, so that the usual case stays short.
+template <class Output, class Write>
+[[gnu::noinline, gnu::cold]] decltype(auto) replacingHeldInput(Output& output, Write& write) {
+    const Output kept(std::exchange(output, Output()));
+    return write();
+}
+
 /// Runs `write()`, which replaces the content of `output`, and returns its result. If `input` lies in `output`, `write`
 /// starts with an output without memory, and the old memory is released after `write`.
 template <class Output, class Write>
 decltype(auto) replacing(Output& output, const void* input, Write&& write) {
     if (holds(output, input)) [[unlikely]] {
-        const Output kept(std::exchange(output, Output()));
-        return std::forward<Write>(write)();
+        return replacingHeldInput(output, write);
     }
     return std::forward<Write>(write)();
 }
