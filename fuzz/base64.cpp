@@ -61,8 +61,12 @@ void decode(const std::basic_string<T>& text, std::size_t capacity, const fuzz::
         Base64Step step = {0, Base64End::None};
         while (step.end == Base64End::None) {
             auto* const out = fuzz::outputPages().allocate<unsigned char>(capacity, target);
+            std::fill_n(out, capacity, static_cast<unsigned char>(0));
             step = decodeBase64Step(cursor, table(), '=', out, capacity);
             fuzz::check(step.written <= capacity, "the capacity is not exceeded");
+            fuzz::check(step.end != Base64End::None || step.written % 24 == 0, "a step decodes whole blocks");
+            fuzz::check(std::all_of(out + step.written, out + capacity, [](unsigned char value) { return value == 0; }),
+                        "only zeros follow the bytes");
             bytes.insert(bytes.end(), out, out + step.written);
             fuzz::check(bytes.size() <= expected.bytes.size(), "no more is written than expected");
         }

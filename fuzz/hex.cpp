@@ -21,9 +21,11 @@ void encode(const std::string& bytes, HexCase letters, const fuzz::Placement& so
     const std::string expected = test::hexOf(test::Bytes(bytes.begin(), bytes.end()), letters == HexCase::Upper);
     const std::string_view all = bytes;
     const auto* const from = reinterpret_cast<const unsigned char*>(fuzz::inputPages().copy(all, source));
-    T* const out = fuzz::outputPages().allocate<T>(expected.size(), target);
-    const T* const end = encodeHex(from, bytes.size(), letters, out);
-    fuzz::check(fuzz::isText<T>(out, end, expected), "the text is as expected");
+    fuzz::withEachKernel([&] {
+        T* const out = fuzz::outputPages().allocate<T>(expected.size(), target);
+        const T* const end = encodeHex(from, bytes.size(), letters, out);
+        fuzz::check(fuzz::isText<T>(out, end, expected), "the text is as expected");
+    });
 }
 
 /// The value of a digit, or the rule's value for any other unit; -1 if the rule rejects it.

@@ -4,21 +4,24 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <cstring>
 #include <iterator>
 #include <type_traits>
 
+#include "algorithms/PageReads.h"
+#include "algorithms/Processor.h"
 #include "algorithms/Sextets.h"
+#include "algorithms/SimdBlocks.h"
 
 namespace vorel::algorithms {
 
 /// Table value of a character that has no Base64 value.
 inline constexpr int kInvalidBase64 = -128;
 
-/// Encodes `count` bytes as four characters for each group of three, the last group padded. Returns the end.
+/// Encodes `count` bytes as four characters for each group of three, the last group padded. `alphabet` has the
+/// characters of Base64. Returns the end.
 template <class T>
 T* encodeBase64(const unsigned char* bytes, std::size_t count, const char* alphabet, char pad, T* out) noexcept {
-    out = encodeAllGroups(bytes, count, alphabet, out);
+    out = encodeAllGroups(bytes, count, {alphabet, SextetOrder::Base64}, out);
     if (const std::size_t rest = count % 3; rest != 0) {
         std::fill(out + rest - 3, out, static_cast<T>(pad));
     }
@@ -44,6 +47,19 @@ unsigned int consumeBase64Character(const T*& cursor) noexcept {
     return character;
 }
 
+/// Writes the bytes of four characters with values, fewer than three if the last characters are padding, to `out`.
+/// `written` receives their number.
+inline Base64End writeBase64Group(const unsigned int (&characters)[4], const int (&values)[4], char pad,
+                                  unsigned char* out, std::size_t& written) noexcept {
+    const auto sextet = [&](std::size_t at) { return static_cast<unsigned int>(values[at]); };
+    const auto isPad = [&](std::size_t at) { return characters[at] == static_cast<unsigned char>(pad); };
+    unsigned char bytes[3];
+    decodeFour(sextet(0), sextet(1), sextet(2), sextet(3), bytes);
+    written = isPad(2) ? 1 : isPad(3) ? 2 : 3;
+    std::copy_n(bytes, written, out);
+    return written < 3 ? Base64End::Text : Base64End::None;
+}
+
 /// Decodes a group of four characters into `out`, which has space for three bytes. `written` stays unchanged if the
 /// group yields none.
 template <class T>
@@ -51,6 +67,19 @@ Base64End parseBase64Group(const T*& cursor, const int* table, char pad, unsigne
                            std::size_t& written) noexcept {
     unsigned int characters[4] = {};
     int values[4] = {};
+    if (isInPage(cursor, sizeof(T) * std::size(values))) {
+        // Most groups have no white space. A terminator has no value.
+        int all = 0;
+        for (std::size_t at = 0; at < std::size(values); ++at) {
+            characters[at] = static_cast<std::make_unsigned_t<T>>(cursor[at]);
+            values[at] = characters[at] <= 0xFF ? table[characters[at]] : kInvalidBase64;
+            all |= values[at];
+        }
+        if (all >= 0) {
+            cursor += std::size(values);
+            return writeBase64Group(characters, values, pad, out, written);
+        }
+    }
     for (std::size_t at = 0; at < std::size(values); ++at) {
         characters[at] = consumeBase64Character(cursor);
         if (characters[at] > 0xFF) {
@@ -64,14 +93,20 @@ Base64End parseBase64Group(const T*& cursor, const int* table, char pad, unsigne
     if (std::find(std::begin(values), std::end(values), kInvalidBase64) != std::end(values)) {
         return Base64End::Invalid;
     }
-    const auto sextets = [&](std::size_t at) { return static_cast<unsigned int>(values[at]); };
-    unsigned char bytes[3];
-    decodeFour(sextets(0), sextets(1), sextets(2), sextets(3), bytes);
-    const auto isPad = [&](std::size_t at) { return characters[at] == static_cast<unsigned char>(pad); };
-    written = isPad(2) ? 1 : isPad(3) ? 2 : 3;
-    std::copy_n(bytes, written, out);
-    return written < 3 ? Base64End::Text : Base64End::None;
+    return writeBase64Group(characters, values, pad, out, written);
 }
+
+// ---- In steps -------------------------------------------------------------------------------------------------------
+
+inline constexpr std::size_t kBase64BlockGroups = kSextetBlockCharacters / 4;
+inline constexpr std::size_t kBase64Overhang = 8;  // zeros written past the last block
+
+/// With AVX2: decodes at most `blocks` blocks of 32 characters. Stops at the first character without a value, and at a
+/// block that cannot be read without touching the page after the end of the text. Returns the number of groups of four
+/// characters decoded. Only zeros are written after their bytes, up to eight past the space of `blocks` blocks. The
+/// text ends with a zero and may be shorter than a block.
+std::size_t decodeBase64Avx2(const char* text, std::size_t blocks, unsigned char* out) noexcept;
+std::size_t decodeBase64Avx2(const WideUnit* text, std::size_t blocks, unsigned char* out) noexcept;
 
 /// Result of one decoder step.
 struct Base64Step {
@@ -80,30 +115,34 @@ struct Base64Step {
 };
 
 /// Output capacity that a step needs, in bytes.
-inline constexpr std::size_t kBase64StepCapacity = kSextetBlockBytes + kSextetOverhang;
+inline constexpr std::size_t kBase64StepCapacity = kSextetBlockBytes + kBase64Overhang;
 
-/// Decodes whole blocks, or otherwise a few groups, from `cursor` and moves it past what was read. Up to eight zeros
-/// may be written after the decoded bytes. The text ends with a zero. `table` holds the values of all 256 characters.
+/// Decodes at least the bytes of a block from `cursor`, or all up to the end, and moves it past what was read. A step
+/// without an end writes a multiple of 24 bytes. Zeros may be written after the decoded bytes. The text ends with a
+/// zero. `table` holds the values of all 256 characters of Base64.
 template <class T>
 Base64Step decodeBase64Step(const T*& cursor, const int* table, char pad, unsigned char* out,
                             std::size_t capacity) noexcept {
-    const std::size_t blocks = decodeWholeBlocks(cursor, kBase64Rows, InvalidCharacters::Stop, out, capacity);
-    if (blocks != 0) {
-        cursor += blocks * kSextetBlockCharacters;
-        std::memset(out + blocks * kSextetBlockBytes, 0, kSextetOverhang);
-        return {blocks * kSextetBlockBytes, *cursor == 0 ? Base64End::Text : Base64End::None};
+    const std::size_t blocks = (capacity - kBase64Overhang) / kSextetBlockBytes;
+    std::size_t groups = Processor::usesAvx2() ? decodeBase64Avx2(cursor, blocks, out) : 0;
+    cursor += 4 * groups;
+    std::size_t done = 3 * groups;
+    if (groups != 0 && *cursor == 0) {
+        return {done, Base64End::Text};
     }
-    constexpr std::size_t kGroupsBetweenBlocks = 8;
-    static_assert(3 * kGroupsBetweenBlocks <= kBase64StepCapacity);
-    std::size_t done = 0;
-    for (std::size_t group = 0; group < kGroupsBetweenBlocks; ++group) {
+    if (groups == blocks * kBase64BlockGroups) {
+        return {done, Base64End::None};
+    }
+    // The block with the character that has no value.
+    do {
         std::size_t written = 0;
         const Base64End end = parseBase64Group(cursor, table, pad, out + done, written);
         done += written;
         if (end != Base64End::None) {
             return {done, end};
         }
-    }
+        ++groups;
+    } while (groups % kBase64BlockGroups != 0);
     return {done, Base64End::None};
 }
 

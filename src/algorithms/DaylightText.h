@@ -4,10 +4,13 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <iterator>
 #include <type_traits>
 
+#include "algorithms/Processor.h"
 #include "algorithms/Sextets.h"
+#include "algorithms/SimdBlocks.h"
 
 namespace vorel::algorithms {
 
@@ -19,7 +22,7 @@ constexpr std::size_t daylightLength(std::size_t count) noexcept {
 /// Encodes `count` bytes and returns the end.
 template <class T>
 T* encodeDaylight(const unsigned char* bytes, std::size_t count, T* out) noexcept {
-    out = encodeAllGroups(bytes, count, kDaylightAlphabet.data(), out);
+    out = encodeAllGroups(bytes, count, {kDaylightAlphabet.data(), SextetOrder::Daylight}, out);
     const std::size_t rest = count % 3;
     *out = static_cast<T>(rest == 0 ? '3' : '0' + rest);
     return out + 1;
@@ -34,22 +37,47 @@ unsigned int daylightValueOf(T unit) noexcept {
     return isKnown ? kDaylightValues.values[index] : 0;
 }
 
+/// The values for lookups of many characters at once: the upper four bits of a character select a row, the lower four a
+/// column. In all rows but one, values increase with the characters. See Wojciech Muła, "SIMDized check which bytes are
+/// in a set".
+struct SextetRows {
+    static constexpr unsigned int kIrregularRow = 2;  // ! to /
+
+    std::uint8_t rowsOfColumn[16];     ///< one bit for each row in which the column has a value
+    std::uint8_t offsetOfRow[16];      ///< the value minus the character
+    std::uint8_t irregularOffset[16];  ///< the same for each column of the irregular row
+};
+
+inline constexpr SextetRows kDaylightRows = [] {
+    SextetRows rows = {};
+    for (unsigned int character = 0; character != 128; ++character) {
+        if (kDaylightValues.values[character] == SextetValues::kNone) {
+            continue;
+        }
+        const unsigned int row = character / 16;
+        const unsigned int column = character % 16;
+        const auto offset = static_cast<std::uint8_t>(kDaylightValues.values[character] - character);
+        rows.rowsOfColumn[column] = static_cast<std::uint8_t>(rows.rowsOfColumn[column] | 1u << row);
+        (row == SextetRows::kIrregularRow ? rows.irregularOffset[column] : rows.offsetOfRow[row]) = offset;
+    }
+    return rows;
+}();
+
+/// With AVX2: decodes `groups` groups of four characters, at least eight, to three bytes each. A character without a
+/// value counts as 0.
+void decodeDaylightAvx2(const char* text, std::size_t groups, unsigned char* out) noexcept;
+void decodeDaylightAvx2(const WideUnit* text, std::size_t groups, unsigned char* out) noexcept;
+
 /// Decodes `count` characters, a multiple of four, to three bytes for each four.
 template <class T>
 void decodeDaylightGroups(const T* text, std::size_t count, unsigned char* out) noexcept {
-    constexpr std::size_t kGroupsBetweenBlocks = 8;
-    while (count != 0) {
-        const std::size_t blocks =
-            decodeWholeBlocks(text, kDaylightRows, InvalidCharacters::AsZero, out, count / 4 * 3);
-        text += blocks * kSextetBlockCharacters;
-        count -= blocks * kSextetBlockCharacters;
-        out += blocks * kSextetBlockBytes;
-        for (std::size_t group = 0; group < kGroupsBetweenBlocks && count != 0; ++group, out += 3) {
-            decodeFour(daylightValueOf(text[0]), daylightValueOf(text[1]), daylightValueOf(text[2]),
-                       daylightValueOf(text[3]), out);
-            text += 4;
-            count -= 4;
-        }
+    if (Processor::usesAvx2() && count >= kSextetBlockCharacters) {
+        decodeDaylightAvx2(text, count / 4, out);
+        return;
+    }
+    for (const T* const end = text + count; text != end; text += 4, out += 3) {
+        decodeFour(daylightValueOf(text[0]), daylightValueOf(text[1]), daylightValueOf(text[2]),
+                   daylightValueOf(text[3]), out);
     }
 }
 

@@ -1,7 +1,7 @@
 /// \file
-/// Hexadecimal text (RFC 4648, section 8) of either width: encodes and decodes sixteen bytes at a time, and decodes
+/// Hexadecimal text (RFC 4648, section 8) of either width: encodes and decodes blocks of eight to 32 bytes, and decodes
 /// other pairs of digits by one of two rules for invalid characters. SSE2 is part of every 64-bit x86 processor; the
-/// AVX2 version of the decoder is called where the processor has it (see Processor.h).
+/// AVX2 versions are called where the processor has it (see Processor.h).
 #pragma once
 
 #include <array>
@@ -55,30 +55,41 @@ T* encodeHexScalar(const unsigned char* bytes, std::size_t count, HexCase letter
     return out;
 }
 
+/// Writes the digits of the first eight bytes of a register.
+template <class T>
+void encodeHexEight(__m128i bytes, HexCase letters, T* out) noexcept {
+    const __m128i pairs = _mm_unpacklo_epi8(_mm_srli_epi16(bytes, 4), bytes);  // the upper four bits before the lower
+    const __m128i values = _mm_and_si128(pairs, _mm_set1_epi8(15));
+    const __m128i isLetter = _mm_cmpgt_epi8(values, _mm_set1_epi8(9));
+    const __m128i gap = _mm_and_si128(isLetter, _mm_set1_epi8(hexLetterGap(letters)));
+    storeCharacters(_mm_add_epi8(_mm_add_epi8(values, _mm_set1_epi8('0')), gap), out);
+}
+
+/// With AVX2: writes the digits of `count` bytes, at least sixteen.
+void encodeHexAvx2(const unsigned char* bytes, std::size_t count, HexCase letters, char* out) noexcept;
+void encodeHexAvx2(const unsigned char* bytes, std::size_t count, HexCase letters, WideUnit* out) noexcept;
+
+/// Writes two digits for each of `count` bytes and returns the end.
 template <class T>
 T* encodeHex(const unsigned char* bytes, std::size_t count, HexCase letters, T* out) noexcept {
-    const __m128i low = _mm_set1_epi8(15);
-    const auto digits = [gap = _mm_set1_epi8(hexLetterGap(letters))](__m128i values) {
-        const __m128i isLetter = _mm_cmpgt_epi8(values, _mm_set1_epi8(9));
-        return _mm_add_epi8(_mm_add_epi8(values, _mm_set1_epi8('0')), _mm_and_si128(isLetter, gap));
+    constexpr std::size_t kBlock = 8;
+    constexpr std::size_t kMinAvx2 = 16;
+    if (count < kBlock) {
+        return encodeHexScalar(bytes, count, letters, out);
+    }
+    T* const end = out + 2 * count;
+    if (count >= kMinAvx2 && Processor::usesAvx2()) {
+        encodeHexAvx2(bytes, count, letters, out);
+        return end;
+    }
+    const auto encodeEight = [&](std::size_t at) {
+        encodeHexEight(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(bytes + at)), letters, out + 2 * at);
     };
-    for (; count >= 16; count -= 16, bytes += 16, out += 32) {
-        const __m128i block = _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes));
-        const __m128i first = digits(_mm_and_si128(_mm_srli_epi16(block, 4), low));
-        const __m128i second = digits(_mm_and_si128(block, low));
-        storeCharacters(_mm_unpacklo_epi8(first, second), out);
-        storeCharacters(_mm_unpackhi_epi8(first, second), out + 16);
+    for (std::size_t at = 0; at + kBlock < count; at += kBlock) {
+        encodeEight(at);
     }
-    if (count >= 8) {
-        const __m128i block = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(bytes));
-        const __m128i first = digits(_mm_and_si128(_mm_srli_epi16(block, 4), low));
-        const __m128i second = digits(_mm_and_si128(block, low));
-        storeCharacters(_mm_unpacklo_epi8(first, second), out);
-        count -= 8;
-        bytes += 8;
-        out += 16;
-    }
-    return encodeHexScalar(bytes, count, letters, out);
+    encodeEight(count - kBlock);  // perhaps a part of it again
+    return end;
 }
 
 /// Decodes sixteen digits to eight bytes. Returns false and writes nothing if one is not a digit.
@@ -117,8 +128,7 @@ std::size_t decodeHex(const T* text, std::size_t blocks, unsigned char* out) noe
     return done;
 }
 
-// ---- Whole texts
-// -------------------------------------------------------------------------------------------------------
+// ---- Whole texts ----------------------------------------------------------------------------------------------------
 
 /// Decodes pairs of digits: whole blocks at once, and the others by `decodePair(first, second, byte)`, which returns
 /// whether to continue. The last character of an odd number is paired with the terminator.

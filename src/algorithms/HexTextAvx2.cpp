@@ -4,6 +4,7 @@
 #include "algorithms/HexText.h"
 
 #include <cstddef>
+#include <cstdint>
 
 #include <immintrin.h>
 
@@ -14,21 +15,123 @@ namespace vorel::algorithms {
 
 namespace {
 
+/// Writes 32 digits in the order of `spreadBytes`.
+void storeDigits(__m256i digits, char* out) noexcept {
+    storeCharacters(digits, out);
+}
+
+void storeDigits(__m256i digits, WideUnit* out) noexcept {
+    auto* const units = reinterpret_cast<__m256i*>(out);
+    _mm256_storeu_si256(units, _mm256_unpacklo_epi8(digits, _mm256_setzero_si256()));
+    _mm256_storeu_si256(units + 1, _mm256_unpackhi_epi8(digits, _mm256_setzero_si256()));
+}
+
+/// What an encoder needs for one case of letters.
+struct HexTable {
+    char digits[16];
+    std::uint16_t multipliers[8];
+};
+
+/// The multipliers are equal. They come from memory because compilers replace a known one by two slower instructions.
+constexpr HexTable kHexTables[] = {
+    {{'0', '1', '2', '3', '4', '5', '6', '7', '8', '9', 'A', 'B', 'C', 'D', 'E', 'F'},
+     {0x1001, 0x1001, 0x1001, 0x1001, 0x1001, 0x1001, 0x1001, 0x1001}},
+    {{'0', '1', '2', '3', '4', '5', '6', '7', '8', '9', 'a', 'b', 'c', 'd', 'e', 'f'},
+     {0x1001, 0x1001, 0x1001, 0x1001, 0x1001, 0x1001, 0x1001, 0x1001}},
+};
+
+/// Looks up the digits of sixteen bytes.
+template <class T>
+class Digits {
+public:
+    explicit Digits(HexCase letters) noexcept : Digits(kHexTables[letters == HexCase::Upper ? 0 : 1]) {}
+
+    void write(const unsigned char* bytes, T* out) const noexcept {
+        // The multiplication puts the lower four bits of a byte before the byte. The shift then leaves the upper four
+        // bits in the first byte and the lower four in the second.
+        const __m256i words = _mm256_shuffle_epi8(loadTwice(bytes), spreadBytes());
+        const __m256i values = _mm256_srli_epi16(_mm256_mullo_epi16(words, m_multipliers), 4);
+        storeDigits(_mm256_shuffle_epi8(m_digits, values), out);
+    }
+
+private:
+    explicit Digits(const HexTable& table) noexcept
+        : m_digits(loadTwice(table.digits)), m_multipliers(loadTwice(table.multipliers)) {}
+
+    /// Eight bytes for each half of a register, as 16 bits each. For wide text, a half has the first four and the third
+    /// four or the others, because units are unpacked in each half.
+    static __m256i spreadBytes() noexcept {
+        if constexpr (sizeof(T) == 1) {
+            return _mm256_setr_epi8(0, -1, 1, -1, 2, -1, 3, -1, 4, -1, 5, -1, 6, -1, 7, -1,  //
+                                    8, -1, 9, -1, 10, -1, 11, -1, 12, -1, 13, -1, 14, -1, 15, -1);
+        } else {
+            return _mm256_setr_epi8(0, -1, 1, -1, 2, -1, 3, -1, 8, -1, 9, -1, 10, -1, 11, -1,  //
+                                    4, -1, 5, -1, 6, -1, 7, -1, 12, -1, 13, -1, 14, -1, 15, -1);
+        }
+    }
+
+    __m256i m_digits;
+    __m256i m_multipliers;
+};
+
+template <class T>
+void encode(const unsigned char* bytes, std::size_t count, HexCase letters, T* out) noexcept {
+    constexpr std::size_t kBlock = 16;
+    const Digits<T> digits(letters);
+    const unsigned char* const last = bytes + count - kBlock;
+    T* const lastOut = out + 2 * (count - kBlock);
+    for (; count >= 4 * kBlock; count -= 4 * kBlock, bytes += 4 * kBlock, out += 8 * kBlock) {
+        digits.write(bytes, out);
+        digits.write(bytes + kBlock, out + 2 * kBlock);
+        digits.write(bytes + 2 * kBlock, out + 4 * kBlock);
+        digits.write(bytes + 3 * kBlock, out + 6 * kBlock);
+    }
+    for (; count >= kBlock; count -= kBlock, bytes += kBlock, out += 2 * kBlock) {
+        digits.write(bytes, out);
+    }
+    if (count != 0) {
+        digits.write(last, lastOut);  // a part of it again
+    }
+}
+
+/// The values of 32 digits. In `invalid`, the top bits of other characters are set. See Wojciech Muła, "Fast parsing
+/// and validating of hexadecimal numbers".
+__m256i valuesOf(__m256i characters, __m256i& invalid) noexcept {
+    // A decimal digit becomes 0 to 9, and a letter 10 to 15; everything else becomes more in both.
+    const __m256i moved = _mm256_add_epi8(characters, _mm256_set1_epi8(static_cast<char>(0xFF - '9')));
+    const __m256i decimal =
+        _mm256_sub_epi8(_mm256_subs_epu8(moved, _mm256_set1_epi8(6)), _mm256_set1_epi8(static_cast<char>(0xF0)));
+    const __m256i upperCase = _mm256_and_si256(characters, _mm256_set1_epi8(static_cast<char>(~kCaseBit)));
+    const __m256i letter = _mm256_adds_epu8(_mm256_sub_epi8(upperCase, _mm256_set1_epi8('A')), _mm256_set1_epi8(10));
+    const __m256i values = _mm256_min_epu8(decimal, letter);
+    invalid = _mm256_adds_epu8(values, _mm256_set1_epi8(127 - 15));
+    return values;
+}
+
+/// Sixteen bytes, each in 16 bits.
+__m256i bytesOf(__m256i values) noexcept {
+    return _mm256_maddubs_epi16(values, _mm256_set1_epi16(0x0110));  // weights 16 and 1
+}
+
 template <class T>
 std::size_t decode(const T* text, std::size_t blocks, unsigned char* out) noexcept {
     std::size_t done = 0;
-    for (; done < blocks; ++done, text += 32, out += 16) {
-        const __m256i block = loadWideBlock(text);
-        const __m256i decimal = _mm256_sub_epi8(block, _mm256_set1_epi8('0'));
-        const __m256i letter =
-            _mm256_sub_epi8(_mm256_or_si256(block, _mm256_set1_epi8(char{kCaseBit})), _mm256_set1_epi8('a'));
-        const __m256i isDecimal = isAtMost(decimal, 9);
-        const __m256i isLetter = isAtMost(letter, 5);
-        if (_mm256_movemask_epi8(_mm256_or_si256(isDecimal, isLetter)) != -1) {
+    for (; blocks - done >= 2; done += 2, text += 64, out += 32) {
+        __m256i invalid[2];
+        const __m256i first = bytesOf(valuesOf(loadWideBlock(text), invalid[0]));
+        const __m256i second = bytesOf(valuesOf(loadWideBlock(text + 32), invalid[1]));
+        if (maskOf(_mm256_or_si256(invalid[0], invalid[1])) != 0) {
             break;
         }
-        const __m256i values = _mm256_blendv_epi8(_mm256_add_epi8(letter, _mm256_set1_epi8(10)), decimal, isDecimal);
-        const __m256i bytes = _mm256_maddubs_epi16(values, _mm256_set1_epi16(0x0110));  // weights 16 and 1
+        const __m256i packed = _mm256_permute4x64_epi64(_mm256_packus_epi16(first, second), 0xD8);
+        _mm256_storeu_si256(reinterpret_cast<__m256i*>(out), packed);
+    }
+    for (; done < blocks; ++done, text += 32, out += 16) {
+        __m256i invalid;
+        const __m256i bytes = bytesOf(valuesOf(loadWideBlock(text), invalid));
+        if (maskOf(invalid) != 0) {
+            break;
+        }
         const __m256i packed = _mm256_permute4x64_epi64(_mm256_packus_epi16(bytes, bytes), 0x08);
         _mm_storeu_si128(reinterpret_cast<__m128i*>(out), _mm256_castsi256_si128(packed));
     }
@@ -36,6 +139,14 @@ std::size_t decode(const T* text, std::size_t blocks, unsigned char* out) noexce
 }
 
 }  // namespace
+
+void encodeHexAvx2(const unsigned char* bytes, std::size_t count, HexCase letters, char* out) noexcept {
+    encode(bytes, count, letters, out);
+}
+
+void encodeHexAvx2(const unsigned char* bytes, std::size_t count, HexCase letters, WideUnit* out) noexcept {
+    encode(bytes, count, letters, out);
+}
 
 std::size_t decodeHexAvx2(const char* text, std::size_t blocks, unsigned char* out) noexcept {
     return decode(text, blocks, out);

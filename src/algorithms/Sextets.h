@@ -1,6 +1,7 @@
 /// \file
 /// Converts three bytes to four characters of an alphabet of 64, six bits each, and back: with AVX2 where the processor
-/// has it (see Processor.h), and group by group. Base64 (RFC 4648, section 4) and Daylight share it.
+/// has it (see Processor.h), and group by group. Base64 (RFC 4648, section 4) and Daylight share it. Their decoders in
+/// blocks differ in their rules for invalid characters: see Base64Text.h and DaylightText.h.
 #pragma once
 
 #include <cstddef>
@@ -69,90 +70,63 @@ inline constexpr SextetValues kDaylightValues = [] {
     return table;
 }();
 
-/// The same table for lookups of many characters at once: the upper four bits of a character select a row, the lower
-/// four a column. In all rows but one, values increase with the characters. See Wojciech Muła, "SIMDized check which
-/// bytes are in a set".
-struct SextetRows {
-    static constexpr unsigned int kIrregularRow = 2;  // ! to /
+// ---- Encoding in blocks ---------------------------------------------------------------------------------------------
 
-    std::uint8_t rowsOfColumn[16];     ///< one bit for each row in which the column has a value
-    std::uint8_t offsetOfRow[16];      ///< the value minus the character
-    std::uint8_t irregularOffset[16];  ///< the same for each column of the irregular row
+/// The order of the characters of an alphabet.
+enum class SextetOrder {
+    Base64,    ///< A to Z, a to z, 0 to 9, and two others
+    Daylight,  ///< two others, 0 to 9, A to Z, a to z: the ranges of Base64 from the end
 };
 
-constexpr SextetRows sextetRows(const SextetValues& table) noexcept {
-    SextetRows rows = {};
-    for (unsigned int character = 0; character != 128; ++character) {
-        if (table.values[character] == SextetValues::kNone) {
-            continue;
-        }
-        const unsigned int row = character / 16;
-        const unsigned int column = character % 16;
-        const auto offset = static_cast<std::uint8_t>(table.values[character] - character);
-        rows.rowsOfColumn[column] = static_cast<std::uint8_t>(rows.rowsOfColumn[column] | 1u << row);
-        (row == SextetRows::kIrregularRow ? rows.irregularOffset[column] : rows.offsetOfRow[row]) = offset;
+struct SextetAlphabet {
+    const char* characters;
+    SextetOrder order;
+};
+
+/// A number from 0 to 13 for each value. Values with the same number have the same distance to their characters.
+constexpr unsigned int sextetRange(SextetOrder order, unsigned int value) noexcept {
+    const unsigned int position = order == SextetOrder::Base64 ? value : 63 - value;
+    return (position > 51 ? position - 51 : 0) + (position > 25 ? 1 : 0);
+}
+
+/// The character minus the value, for each range.
+struct SextetOffsets {
+    std::uint8_t offsets[16];
+};
+
+constexpr SextetOffsets sextetOffsets(const SextetAlphabet& alphabet) noexcept {
+    SextetOffsets table = {};
+    for (unsigned int value = 0; value != 64; ++value) {
+        table.offsets[sextetRange(alphabet.order, value)] =
+            static_cast<std::uint8_t>(static_cast<unsigned char>(alphabet.characters[value]) - value);
     }
-    return rows;
+    return table;
 }
 
-inline constexpr SextetRows kBase64Rows = sextetRows(kBase64Values);
-inline constexpr SextetRows kDaylightRows = sextetRows(kDaylightValues);
+/// With AVX2: encodes the whole groups of three among `count` bytes if they have at least `kMinSextetBytes` bytes, and
+/// otherwise nothing. Returns the number of bytes encoded; four characters are written for each three of them.
+std::size_t encodeSextetsAvx2(const unsigned char* bytes, std::size_t count, SextetOrder order, char* out) noexcept;
+std::size_t encodeSextetsAvx2(const unsigned char* bytes, std::size_t count, SextetOrder order, WideUnit* out) noexcept;
 
-/// How a character without a value is handled.
-enum class InvalidCharacters {
-    Stop,    ///< the block with it is not decoded
-    AsZero,  ///< it counts as 0
-};
+inline constexpr std::size_t kMinSextetBytes = 12;
 
-// ---- Blocks
-// ------------------------------------------------------------------------------------------------------------
-
-/// With AVX2: encodes groups of three among `count` bytes while whole blocks can be read. Returns the number of bytes
-/// encoded; four characters are written for each three of them.
-std::size_t encodeSextetsAvx2(const unsigned char* bytes, std::size_t count, const char* alphabet, char* out) noexcept;
-std::size_t encodeSextetsAvx2(const unsigned char* bytes, std::size_t count, const char* alphabet,
-                              WideUnit* out) noexcept;
-
-/// With AVX2: decodes at most `blocks` blocks of 32 characters. Stops at the first block that cannot be read without
-/// touching the page after the end of the text, and, with `InvalidCharacters::Stop`, at a block with an invalid
-/// character. Returns the number of blocks decoded. Eight more bytes are written after the 24 bytes of the last block.
-/// The text ends with a zero and may be shorter than a block.
-std::size_t decodeSextetsAvx2(const char* text, std::size_t blocks, const SextetRows& rows, InvalidCharacters rule,
-                              unsigned char* out) noexcept;
-std::size_t decodeSextetsAvx2(const WideUnit* text, std::size_t blocks, const SextetRows& rows, InvalidCharacters rule,
-                              unsigned char* out) noexcept;
-
-/// Encodes the whole groups of three among `count` bytes. Returns the end of the text.
-template <class T>
-T* encodeWholeGroups(const unsigned char* bytes, std::size_t count, const char* alphabet, T* out) noexcept {
-    const std::size_t done = Processor::usesAvx2() ? encodeSextetsAvx2(bytes, count, alphabet, out) : 0;
-    return encodeGroups(bytes + done, count - done, alphabet, out + done / 3 * 4);
-}
+// ---- Whole texts ----------------------------------------------------------------------------------------------------
 
 /// Encodes all bytes, with zeros for those missing in the last group. Returns the end of the text.
 template <class T>
-T* encodeAllGroups(const unsigned char* bytes, std::size_t count, const char* alphabet, T* out) noexcept {
-    out = encodeWholeGroups(bytes, count, alphabet, out);
+T* encodeAllGroups(const unsigned char* bytes, std::size_t count, const SextetAlphabet& alphabet, T* out) noexcept {
+    const std::size_t done =
+        Processor::usesAvx2() && count >= kMinSextetBytes ? encodeSextetsAvx2(bytes, count, alphabet.order, out) : 0;
+    out = encodeGroups(bytes + done, count - done, alphabet.characters, out + done / 3 * 4);
     if (const std::size_t rest = count % 3; rest != 0) {
         const unsigned char* const tail = bytes + (count - rest);
-        encodeThree(tail[0], rest == 2 ? tail[1] : 0u, 0u, alphabet, out);
+        encodeThree(tail[0], rest == 2 ? tail[1] : 0u, 0u, alphabet.characters, out);
         out += 4;
     }
     return out;
 }
 
-inline constexpr std::size_t kSextetBlockCharacters = 32;  // per block
+inline constexpr std::size_t kSextetBlockCharacters = 32;  // per block of the decoders
 inline constexpr std::size_t kSextetBlockBytes = 24;
-inline constexpr std::size_t kSextetOverhang = 8;  // bytes written past the last block
-
-/// Decodes whole blocks as far as the text and `capacity` allow. Returns their number.
-template <class T>
-std::size_t decodeWholeBlocks(const T* text, const SextetRows& rows, InvalidCharacters rule, unsigned char* out,
-                              std::size_t capacity) noexcept {
-    if (!Processor::usesAvx2() || capacity < kSextetBlockBytes + kSextetOverhang) {
-        return 0;
-    }
-    return decodeSextetsAvx2(text, (capacity - kSextetOverhang) / kSextetBlockBytes, rows, rule, out);
-}
 
 }  // namespace vorel::algorithms

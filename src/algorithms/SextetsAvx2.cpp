@@ -1,163 +1,162 @@
 // Compiled for AVX2. Do not use standard library functions that are emitted out of line: the linker could use the AVX2
 // copy for the rest of the program.
 //
-// Unpacking and packing follow Wojciech Muła and Daniel Lemire, "Faster Base64 Encoding and Decoding Using AVX2
+// The methods are those of Wojciech Muła and Daniel Lemire, "Faster Base64 Encoding and Decoding Using AVX2
 // Instructions".
 
 #include "algorithms/Sextets.h"
 
 #include <cstddef>
-#include <cstdint>
 
 #include <immintrin.h>
 
-#include "algorithms/PageReads.h"
 #include "algorithms/SimdBlocks.h"
 
 namespace vorel::algorithms {
 
 namespace {
 
-/// The alphabet in four parts. The lower four bits of a value select a character in each part, the upper two bits
-/// select the part.
-class Alphabet {
-public:
-    explicit Alphabet(const char* alphabet) noexcept
-        : m_first(loadTwice(alphabet)),
-          m_second(loadTwice(alphabet + 16)),
-          m_third(loadTwice(alphabet + 32)),
-          m_fourth(loadTwice(alphabet + 48)) {}
+constexpr std::size_t kBytes = 24;  // per block
+constexpr std::size_t kCharacters = 32;
 
-    [[nodiscard]] __m256i charactersOf(__m256i values) const noexcept {
-        // Blending selects by the top bit of each byte.
-        const __m256i bit4 = _mm256_slli_epi16(values, 3);
-        const __m256i bit5 = _mm256_slli_epi16(values, 2);
-        const __m256i lower =
-            _mm256_blendv_epi8(_mm256_shuffle_epi8(m_first, values), _mm256_shuffle_epi8(m_second, values), bit4);
-        const __m256i upper =
-            _mm256_blendv_epi8(_mm256_shuffle_epi8(m_third, values), _mm256_shuffle_epi8(m_fourth, values), bit4);
-        return _mm256_blendv_epi8(lower, upper, bit5);
+/// Where the twelve bytes of a group of sixteen characters are in half a register.
+enum class Half { First, Last };
+
+/// A shuffle that repeats each group of three bytes a b c as the 32 bits "b a c b", lowest byte first.
+__m128i tripleOrder(Half half) noexcept {
+    const __m128i first = _mm_setr_epi8(1, 0, 2, 1, 4, 3, 5, 4, 7, 6, 8, 7, 10, 9, 11, 10);
+    return half == Half::First ? first : _mm_add_epi8(first, _mm_set1_epi8(4));
+}
+
+__m256i tripleOrders(Half lower, Half upper) noexcept {
+    return _mm256_inserti128_si256(_mm256_castsi128_si256(tripleOrder(lower)), tripleOrder(upper), 1);
+}
+
+/// Sixteen bytes in each half of a register.
+__m256i loadHalves(const unsigned char* lower, const unsigned char* upper) noexcept {
+    const __m128i low = _mm_loadu_si128(reinterpret_cast<const __m128i*>(lower));
+    const __m128i high = _mm_loadu_si128(reinterpret_cast<const __m128i*>(upper));
+    return _mm256_inserti128_si256(_mm256_castsi128_si256(low), high, 1);
+}
+
+/// Exactly twelve bytes.
+__m128i loadTwelve(const unsigned char* bytes) noexcept {
+    const __m128i eight = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(bytes));
+    return _mm_unpacklo_epi64(eight, _mm_loadu_si32(bytes + 8));
+}
+
+template <SextetOrder Order>
+class Encoder {
+public:
+    /// The characters of twelve bytes in each half, which `order` repeats as `tripleOrder` says.
+    [[nodiscard]] __m256i charactersOf(__m256i bytes, __m256i order) const noexcept {
+        const __m256i groups = _mm256_shuffle_epi8(bytes, order);
+        // A multiplication shifts each 16 bits by its own distance: the first and third value right, the others left.
+        const __m256i down =
+            _mm256_mulhi_epu16(_mm256_and_si256(groups, _mm256_set1_epi32(0x0FC0FC00)), _mm256_set1_epi32(0x04000040));
+        const __m256i up =
+            _mm256_mullo_epi16(_mm256_and_si256(groups, _mm256_set1_epi32(0x003F03F0)), _mm256_set1_epi32(0x01000010));
+        const __m256i values = _mm256_or_si256(down, up);
+        return _mm256_add_epi8(values, _mm256_shuffle_epi8(m_offsets, rangesOf(values)));
     }
 
 private:
-    __m256i m_first;
-    __m256i m_second;
-    __m256i m_third;
-    __m256i m_fourth;
+    static constexpr SextetOffsets kOffsets =
+        sextetOffsets({Order == SextetOrder::Base64 ? kBase64Alphabet.data() : kDaylightAlphabet.data(), Order});
+
+    /// `sextetRange` of each value.
+    static __m256i rangesOf(__m256i values) noexcept {
+        if constexpr (Order == SextetOrder::Base64) {
+            return _mm256_sub_epi8(_mm256_subs_epu8(values, _mm256_set1_epi8(51)),
+                                   _mm256_cmpgt_epi8(values, _mm256_set1_epi8(25)));
+        } else {
+            return _mm256_sub_epi8(_mm256_subs_epu8(_mm256_set1_epi8(12), values),
+                                   _mm256_cmpgt_epi8(_mm256_set1_epi8(38), values));
+        }
+    }
+
+    __m256i m_offsets = loadTwice(kOffsets.offsets);
 };
 
-/// Spreads twelve bytes in each half to sixteen six-bit values.
-__m256i spread(__m256i bytes) noexcept {
-    // Each group of three bytes a b c becomes the 32 bits "b a c b", lowest byte first.
-    const __m256i order = _mm256_setr_epi8(1, 0, 2, 1, 4, 3, 5, 4, 7, 6, 8, 7, 10, 9, 11, 10,  //
-                                           1, 0, 2, 1, 4, 3, 5, 4, 7, 6, 8, 7, 10, 9, 11, 10);
-    const __m256i groups = _mm256_shuffle_epi8(bytes, order);
-    // A multiplication shifts each 16 bits by its own distance: the first and third value right, the others left.
-    const __m256i down =
-        _mm256_mulhi_epu16(_mm256_and_si256(groups, _mm256_set1_epi32(0x0FC0FC00)), _mm256_set1_epi32(0x04000040));
-    const __m256i up =
-        _mm256_mullo_epi16(_mm256_and_si256(groups, _mm256_set1_epi32(0x003F03F0)), _mm256_set1_epi32(0x01000010));
-    return _mm256_or_si256(down, up);
+/// Encodes 12 to 23 bytes: the first twelve and the last twelve, which may overlap.
+template <SextetOrder Order, class T>
+void encodeOneOrTwoHalves(const unsigned char* bytes, std::size_t count, T* out) noexcept {
+    const __m256i both =
+        _mm256_inserti128_si256(_mm256_castsi128_si256(loadTwelve(bytes)), loadTwelve(bytes + count - kBytes / 2), 1);
+    const __m256i characters = Encoder<Order>().charactersOf(both, tripleOrders(Half::First, Half::First));
+    storeCharacters(_mm256_castsi256_si128(characters), out);
+    storeCharacters(_mm256_extracti128_si256(characters, 1), out + count / 3 * 4 - kCharacters / 2);
 }
 
-template <class T>
-std::size_t encode(const unsigned char* bytes, std::size_t count, const char* alphabet, T* out) noexcept {
-    constexpr std::size_t kRead = 28;  // two loads of sixteen bytes, twelve bytes apart
-    const Alphabet lookUp(alphabet);
+/// Encodes a block and reads only its bytes. A separate call needs few registers, so that short input does not save and
+/// restore those that Windows preserves.
+template <SextetOrder Order, class T>
+[[gnu::noinline]] void encodeBlock(const unsigned char* bytes, T* out) noexcept {
+    const __m256i halves = loadHalves(bytes, bytes + 8);
+    storeCharacters(Encoder<Order>().charactersOf(halves, tripleOrders(Half::First, Half::Last)), out);
+}
+
+constexpr std::size_t kAround = 4;  // bytes that `encodeFours` reads before and after its blocks
+
+/// Encodes four blocks at once while `kAround` of the `count` bytes follow. Returns the number of bytes encoded.
+template <SextetOrder Order, class T>
+[[gnu::noinline]] std::size_t encodeFours(const unsigned char* bytes, std::size_t count, T* out) noexcept {
+    const Encoder<Order> encoder;
+    const __m256i order = tripleOrders(Half::Last, Half::First);
     std::size_t done = 0;
-    for (; count - done >= kSextetBlockBytes; done += kSextetBlockBytes, out += kSextetBlockCharacters) {
-        if (count - done < kRead && !isInPage(bytes + done, kRead)) {
-            break;
-        }
-        const auto* const lower = reinterpret_cast<const __m128i*>(bytes + done);
-        const auto* const upper = reinterpret_cast<const __m128i*>(bytes + done + 12);
-        const __m256i both =
-            _mm256_inserti128_si256(_mm256_castsi128_si256(_mm_loadu_si128(lower)), _mm_loadu_si128(upper), 1);
-        storeCharacters(lookUp.charactersOf(spread(both)), out);
+    for (; count - done >= 4 * kBytes + kAround; done += 4 * kBytes, out += 4 * kCharacters) {
+        const auto encodeMiddle = [&](std::size_t block) {
+            const unsigned char* const start = bytes + done + block * kBytes - kAround;
+            const __m256i around = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(start));
+            storeCharacters(encoder.charactersOf(around, order), out + block * kCharacters);
+        };
+        encodeMiddle(0);
+        encodeMiddle(1);
+        encodeMiddle(2);
+        encodeMiddle(3);
     }
     return done;
 }
 
-/// Looks up values by row and column.
-class Rows {
-public:
-    explicit Rows(const SextetRows& rows) noexcept
-        : m_rowsOfColumn(loadTwice(rows.rowsOfColumn)),
-          m_offsetOfRow(loadTwice(rows.offsetOfRow)),
-          m_irregularOffset(loadTwice(rows.irregularOffset)) {}
-
-    /// The values. In `invalid`, the bytes of characters without a value are all ones.
-    [[nodiscard]] __m256i valuesOf(__m256i characters, __m256i& invalid) const noexcept {
-        invalid = notInTable(characters, m_rowsOfColumn);
-        const __m256i row = _mm256_and_si256(_mm256_srli_epi16(characters, 4), _mm256_set1_epi8(15));
-        const __m256i isIrregular = _mm256_cmpeq_epi8(row, _mm256_set1_epi8(SextetRows::kIrregularRow));
-        const __m256i offset = _mm256_blendv_epi8(_mm256_shuffle_epi8(m_offsetOfRow, row),
-                                                  _mm256_shuffle_epi8(m_irregularOffset, characters), isIrregular);
-        return _mm256_add_epi8(characters, offset);
+template <SextetOrder Order, class T>
+std::size_t encode(const unsigned char* bytes, std::size_t count, T* out) noexcept {
+    const std::size_t whole = count - count % 3;
+    if (whole < kMinSextetBytes) {
+        return 0;
     }
-
-private:
-    __m256i m_rowsOfColumn;
-    __m256i m_offsetOfRow;
-    __m256i m_irregularOffset;
-};
-
-/// Whether a block can be read: it lies in one page, or the text does not end before the next page.
-template <class T>
-bool isReadable(const T* text) noexcept {
-    constexpr std::uintptr_t kBlock = kSextetBlockCharacters * sizeof(T);
-    if (isInPage(text, kBlock)) {
-        return true;
+    if (whole < kBytes) {
+        encodeOneOrTwoHalves<Order>(bytes, whole, out);
+        return whole;
     }
-    const std::uintptr_t offset = offsetInPage(text);
-    const std::uintptr_t before = (offset - (kPageBytes - kBlock)) / sizeof(T);
-    const std::uint32_t zeros = maskOf(_mm256_cmpeq_epi8(loadWideBlock(text - before), _mm256_setzero_si256()));
-    return offset % sizeof(T) == 0 && zeros >> before == 0;
+    encodeBlock<Order>(bytes, out);
+    std::size_t done = kBytes;
+    if (whole - done >= 4 * kBytes + kAround) {
+        done += encodeFours<Order>(bytes + done, whole - done, out + done / 3 * 4);
+    }
+    for (; whole - done >= kBytes; done += kBytes) {
+        encodeBlock<Order>(bytes + done, out + done / 3 * 4);
+    }
+    if (done != whole) {
+        encodeBlock<Order>(bytes + whole - kBytes, out + whole / 3 * 4 - kCharacters);  // a part of it again
+    }
+    return whole;
 }
 
 template <class T>
-std::size_t decode(const T* text, std::size_t blocks, const SextetRows& rows, InvalidCharacters rule,
-                   unsigned char* out) noexcept {
-    const Rows lookUp(rows);
-    const __m256i order = _mm256_setr_epi8(2, 1, 0, 6, 5, 4, 10, 9, 8, 14, 13, 12, -1, -1, -1, -1,  //
-                                           2, 1, 0, 6, 5, 4, 10, 9, 8, 14, 13, 12, -1, -1, -1, -1);
-    std::size_t done = 0;
-    for (; done < blocks && isReadable(text); ++done, text += kSextetBlockCharacters, out += kSextetBlockBytes) {
-        __m256i invalid;
-        __m256i sextets = lookUp.valuesOf(loadWideBlock(text), invalid);
-        if (rule == InvalidCharacters::AsZero) {
-            sextets = _mm256_andnot_si256(invalid, sextets);
-        } else if (_mm256_movemask_epi8(invalid) != 0) {
-            break;
-        }
-        const __m256i twelveBits = _mm256_maddubs_epi16(sextets, _mm256_set1_epi32(0x01400140));
-        const __m256i groups = _mm256_madd_epi16(twelveBits, _mm256_set1_epi32(0x00011000));
-        const __m256i bytes = _mm256_shuffle_epi8(groups, order);
-        const __m256i together = _mm256_permutevar8x32_epi32(bytes, _mm256_setr_epi32(0, 1, 2, 4, 5, 6, 3, 7));
-        _mm256_storeu_si256(reinterpret_cast<__m256i*>(out), together);
-    }
-    return done;
+std::size_t encodeInOrder(const unsigned char* bytes, std::size_t count, SextetOrder order, T* out) noexcept {
+    return order == SextetOrder::Base64 ? encode<SextetOrder::Base64>(bytes, count, out)
+                                        : encode<SextetOrder::Daylight>(bytes, count, out);
 }
 
 }  // namespace
 
-std::size_t encodeSextetsAvx2(const unsigned char* bytes, std::size_t count, const char* alphabet, char* out) noexcept {
-    return encode(bytes, count, alphabet, out);
+std::size_t encodeSextetsAvx2(const unsigned char* bytes, std::size_t count, SextetOrder order, char* out) noexcept {
+    return encodeInOrder(bytes, count, order, out);
 }
 
-std::size_t encodeSextetsAvx2(const unsigned char* bytes, std::size_t count, const char* alphabet,
+std::size_t encodeSextetsAvx2(const unsigned char* bytes, std::size_t count, SextetOrder order,
                               WideUnit* out) noexcept {
-    return encode(bytes, count, alphabet, out);
-}
-
-std::size_t decodeSextetsAvx2(const char* text, std::size_t blocks, const SextetRows& rows, InvalidCharacters rule,
-                              unsigned char* out) noexcept {
-    return decode(text, blocks, rows, rule, out);
-}
-
-std::size_t decodeSextetsAvx2(const WideUnit* text, std::size_t blocks, const SextetRows& rows, InvalidCharacters rule,
-                              unsigned char* out) noexcept {
-    return decode(text, blocks, rows, rule, out);
+    return encodeInOrder(bytes, count, order, out);
 }
 
 }  // namespace vorel::algorithms

@@ -99,8 +99,7 @@ constexpr const UrlTable& urlTable(UrlUse use, bool spaceAsPlus) noexcept {
     return kUrlTables.tables[static_cast<std::size_t>(use)][spaceAsPlus ? 1 : 0];
 }
 
-// ---- AVX2
-// --------------------------------------------------------------------------------------------------------------
+// ---- AVX2 -----------------------------------------------------------------------------------------------------------
 
 /// The number of bytes read, and of characters written or counted.
 struct UrlProgress {
@@ -111,6 +110,9 @@ struct UrlProgress {
 /// Counts the encoded characters of the whole blocks among `count` bytes.
 UrlProgress measureUrlAvx2(const char* text, std::size_t count, const UrlTable& table) noexcept;
 
+/// Shorter text has no block that another block follows.
+inline constexpr std::size_t kUrlMinAvx2 = 64;
+
 /// Bytes that may be written past the encoded text.
 inline constexpr std::size_t kUrlOverhang = 32;
 
@@ -120,8 +122,7 @@ inline constexpr std::size_t kUrlOverhang = 32;
 UrlProgress encodeUrlAvx2(const char* text, std::size_t count, const UrlTable& table, char* out,
                           std::size_t capacity) noexcept;
 
-// ---- Whole texts
-// -------------------------------------------------------------------------------------------------------
+// ---- Whole texts ----------------------------------------------------------------------------------------------------
 
 /// The length of the encoded text.
 inline std::uint64_t urlLength(std::string_view text, const UrlTable& table) noexcept {
@@ -141,7 +142,7 @@ inline std::uint64_t urlLength(std::string_view text, const UrlTable& table) noe
 /// remains unused. Never writes more than `capacity` bytes, even if another thread changes the text during the call.
 inline UrlProgress encodeUrl(std::string_view text, const UrlTable& table, char* out, std::size_t capacity) noexcept {
     UrlProgress done = {0, 0};
-    if (Processor::usesAvx2()) {
+    if (text.size() >= kUrlMinAvx2 && Processor::usesAvx2()) {
         done = encodeUrlAvx2(text.data(), text.size(), table, out, capacity);
     }
     for (; done.read != text.size() && capacity - done.written >= sizeof UrlEscape::text; ++done.read) {

@@ -4,9 +4,10 @@
 #include <cstddef>
 #include <cstdint>
 #include <iterator>
-#include <string>
 
 #include "algorithms/Base64Text.h"
+#include "algorithms/TextLength.h"
+#include "core/ArrayAccess.h"
 #include "core/HeldInputs.h"
 #include "text/Base64State.h"
 #include "text/OutputSinks.h"
@@ -28,13 +29,37 @@ namespace {
 
 using algorithms::Base64End;
 
+/// The storage of an array that has none before it is filled: zeros are written only to the slots that remain unused.
+class NewStorage {
+public:
+    NewStorage(Array<unsigned char>& bytes, std::size_t slots) : m_bytes(bytes) {
+        if (slots > 0xFFFFFFFFu) {
+            detail::throwMemory(0xFFFFFFFFu, 1);
+        }
+        detail::ArrayAccess<unsigned char>::allocate(bytes, static_cast<unsigned int>(slots));
+    }
+    ~NewStorage() { detail::ArrayAccess<unsigned char>::clearUnused(m_bytes); }
+
+    NewStorage(const NewStorage&) = delete;
+    NewStorage& operator=(const NewStorage&) = delete;
+
+private:
+    Array<unsigned char>& m_bytes;
+};
+
+/// The capacity that decodes a text without growing.
 template <class T>
-int decodeText(const T* text, const int* table, char pad, Array<unsigned char>& bytes) {
+std::size_t capacityFor(const T* text) noexcept {
+    return algorithms::countUnits(text) / 4 * 3 + algorithms::kBase64StepCapacity;
+}
+
+template <class T>
+int decodeInto(const T* text, const int* table, char pad, Array<unsigned char>& bytes) {
     text::ArraySink<unsigned char> out(bytes, 0);
     for (;;) {
         if (out.available() < algorithms::kBase64StepCapacity) {
             // Only when capacity is short, because reserving requires the length of the text.
-            out.reserve(std::char_traits<T>::length(text) / 4 * 3 + algorithms::kBase64StepCapacity);
+            out.reserve(capacityFor(text));
         }
         const algorithms::Base64Step step =
             algorithms::decodeBase64Step(text, table, pad, out.writePosition(), out.available());
@@ -46,6 +71,15 @@ int decodeText(const T* text, const int* table, char pad, Array<unsigned char>& 
         case Base64End::NonByteUnit: throw Exception(L"Unicode character found in Base64 text");
         }
     }
+}
+
+template <class T>
+int decodeText(const T* text, const int* table, char pad, Array<unsigned char>& bytes) {
+    if (bytes.allocated() != 0) {
+        return decodeInto(text, table, pad, bytes);
+    }
+    const NewStorage storage(bytes, capacityFor(text));
+    return decodeInto(text, table, pad, bytes);
 }
 
 template <class T>

@@ -2,10 +2,10 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <string>
 #include <string_view>
 
 #include "algorithms/HexText.h"
+#include "algorithms/TextLength.h"
 #include "core/HeldInputs.h"
 #include "text/OutputSinks.h"
 #include "vorel/core/Protocol.h"
@@ -38,7 +38,7 @@ void decodeLenient(const T* text, std::size_t length, Array<unsigned char>& byte
 
 template <class T>
 std::size_t lengthOf(const T* text) noexcept {
-    return text ? std::char_traits<T>::length(text) : 0;
+    return text ? algorithms::countUnits(text) : 0;
 }
 
 }  // namespace

@@ -29,7 +29,13 @@ unsigned int checkedUnits(std::uint64_t units) {
 /// Reserves `units` in a string, discards its text, and returns its buffer. `setEnd` must follow.
 template <class T>
 T* reserveUnits(std::uint64_t units, BaseString<T>& string) {
-    return string.reserve(checkedUnits<T>(units), true);
+    const unsigned int count = checkedUnits<T>(units);
+    if (count != 0 && count < string.capacity()) {
+        // Like `reserve`, without the call: `setEnd` sets the length.
+        string.data()[count] = 0;
+        return string.data();
+    }
+    return string.reserve(count, true);
 }
 
 /// Reserves `units` in a string and keeps its text. `units` is at least its length.

@@ -10,6 +10,7 @@
 #include <gtest/gtest.h>
 
 #include "algorithms/ImplementationChoice.h"
+#include "algorithms/Processor.h"
 #include "support/BitTextReference.h"
 #include "support/PageEdge.h"
 #include "support/RandomText.h"
@@ -60,6 +61,36 @@ struct InBlocks {
     }
 };
 
+template <class T>
+struct InAvx2Blocks {
+    using Unit = T;
+    static constexpr char kName[] = "AVX2";
+    static constexpr bool kNeedsAvx2 = true;
+    static T* encode(const unsigned char* bytes, std::size_t count, HexCase letters, T* out) {
+        constexpr std::size_t kMin = 16;
+        if (count < kMin) {
+            return algorithms::encodeHexScalar(bytes, count, letters, out);
+        }
+        algorithms::encodeHexAvx2(bytes, count, letters, out);
+        return out + 2 * count;
+    }
+};
+
+/// The blocks that the encoder uses for short input and without AVX2.
+template <class T>
+struct InSse2Blocks {
+    using Unit = T;
+    static constexpr char kName[] = "SSE2";
+    static constexpr bool kNeedsAvx2 = false;
+    static T* encode(const unsigned char* bytes, std::size_t count, HexCase letters, T* out) {
+        const bool usesAvx2 = algorithms::Processor::usesAvx2();
+        algorithms::Processor::setAvx2ForTests(false);
+        T* const end = algorithms::encodeHex(bytes, count, letters, out);
+        algorithms::Processor::setAvx2ForTests(usesAvx2);
+        return end;
+    }
+};
+
 template <class Implementation>
 class HexEncoding : public test::ImplementationTest<Implementation> {
 protected:
@@ -80,18 +111,19 @@ protected:
     test::PageEdge<typename Implementation::Unit> m_text{kMax};
 };
 
-using Encoders = ::testing::Types<Scalar<char>, Scalar<wchar_t>, InBlocks<char>, InBlocks<wchar_t>>;
+using Encoders = ::testing::Types<Scalar<char>, Scalar<wchar_t>, InBlocks<char>, InBlocks<wchar_t>, InSse2Blocks<char>,
+                                  InSse2Blocks<wchar_t>, InAvx2Blocks<char>, InAvx2Blocks<wchar_t>>;
 TYPED_TEST_SUITE(HexEncoding, Encoders, test::ImplementationNames);
 
 TYPED_TEST(HexEncoding, EncodesEveryCountAndNothingElse) {
     test::RandomText random(20261123);
-    for (std::size_t count = 0; count <= 70; ++count) {
+    for (std::size_t count = 0; count <= 200; ++count) {
         ASSERT_NO_FATAL_FAILURE(this->expectEncoded(random.bytes(count))) << count;
     }
 }
 
 TYPED_TEST(HexEncoding, EncodesEveryByteAtEveryBlockPosition) {
-    for (std::size_t shift = 0; shift < 16; ++shift) {
+    for (std::size_t shift = 0; shift < 64; ++shift) {
         Bytes bytes(256 + shift);
         std::iota(bytes.begin(), bytes.end(), static_cast<unsigned char>(0));
         std::rotate(bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(shift), bytes.end());

@@ -1,5 +1,6 @@
 #include "vorel/text/Base64.h"
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -222,6 +223,50 @@ TYPED_TEST(Base64Test, Decode_LeavesZerosAfterTheBytes) {
         bytes.setCount(300);
         for (unsigned int at = count; at < 300; ++at) {
             ASSERT_EQ(bytes[at], 0) << at << " of " << length;
+        }
+    }
+}
+
+TYPED_TEST(Base64Test, Decode_ReservesForTheWholeTextWithoutStorage) {
+    for (unsigned int length = 0; length <= 400; ++length) {
+        std::string text(length, 'A');
+        for (std::size_t at = 50; at < text.size(); at += 77) {
+            text[at] = '\n';  // counts as text
+        }
+        Array<unsigned char> bytes;
+        Base64::Decode(test::text<TypeParam>(text).c_str(), bytes);
+        EXPECT_EQ(bytes.allocated(), length / 4 * 3 + 32) << length;
+    }
+}
+
+TYPED_TEST(Base64Test, Decode_GrowsForTheRestOfTheText) {
+    // Storage of 100 slots is too small when fewer than 32 are left after a multiple of 24 bytes: after 72.
+    constexpr unsigned int kDecoded = 72;
+    for (const std::size_t newLine : {20u, 33u, 76u, 95u, 96u, 97u, 130u}) {
+        std::string text(400, 'Q');
+        text.insert(newLine, "\r\n");
+        const std::size_t read = kDecoded / 3 * 4 + (newLine < kDecoded / 3 * 4 ? 2 : 0);
+        Array<unsigned char> bytes;
+        bytes.reserve(100, true);
+        EXPECT_EQ(Base64::Decode(test::text<TypeParam>(text).c_str(), bytes), 0);
+        EXPECT_EQ(bytes.size(), 300u);
+        EXPECT_EQ(bytes.allocated(), kDecoded + (text.size() - read) / 4 * 3 + 32) << newLine;
+    }
+}
+
+TYPED_TEST(Base64Test, Decode_LeavesZerosInNewStorage) {
+    for (const char* end : {"", "QQ==", "!", " \n", "QUI="}) {
+        for (std::size_t groups = 0; groups <= 60; ++groups) {
+            std::string text;
+            for (std::size_t group = 0; group < groups; ++group) {
+                text += "////";
+            }
+            Array<unsigned char> bytes;
+            Base64::Decode(test::text<TypeParam>(text + end).c_str(), bytes);
+            const unsigned int count = bytes.size();
+            bytes.setCount(bytes.allocated());
+            ASSERT_TRUE(std::all_of(bytes.begin() + count, bytes.end(), [](unsigned char value) { return value == 0; }))
+                << groups << " groups and " << end;
         }
     }
 }

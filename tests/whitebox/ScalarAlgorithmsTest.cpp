@@ -192,6 +192,14 @@ TEST_F(ScalarAlgorithms, BinaryToText) {
         ASSERT_NO_FATAL_FAILURE(expectSame([&] {
             return resultOf<wchar_t>([&](BaseString<wchar_t>& text) { util::Daylight::Encode(bytes, text); });
         }));
+        const bool upperCase = random.oneIn(2);
+        ASSERT_NO_FATAL_FAILURE(expectSame([&] {
+            return resultOf<char>([&](BaseString<char>& text) { util::byteArrayToHexString(bytes, text, upperCase); });
+        }));
+        ASSERT_NO_FATAL_FAILURE(expectSame([&] {
+            return resultOf<wchar_t>(
+                [&](BaseString<wchar_t>& text) { util::byteArrayToHexString(bytes, text, upperCase); });
+        }));
     }
 }
 

@@ -30,6 +30,11 @@
 
 namespace vorel {
 
+namespace detail {
+template <class T>
+struct ArrayAccess;
+}
+
 /// An owning, growable sequence of elements.
 template <class T>
 class Array {
@@ -159,6 +164,8 @@ public:
     }
 
 private:
+    friend struct detail::ArrayAccess<T>;
+
     static constexpr unsigned int kMinSlots = 5;
     static constexpr unsigned int kMaxSlots = 0xFFFFFFFFu;
 
