@@ -1,0 +1,24 @@
+/// \file
+/// Peers for Base64 and hexadecimal text: AVX2 loops by published methods, with table loops for the rest. Base64 is
+/// that of Wojciech Muła and Daniel Lemire, "Faster Base64 Encoding and Decoding Using AVX2 Instructions"; hexadecimal
+/// digits are looked up by shuffles.
+#pragma once
+
+#include <cstddef>
+
+namespace bench {
+
+/// Whether the processor has AVX2. The other functions require it.
+bool hasAvx2();
+
+/// The same contracts as those of the functions in BinaryTextLoops.h.
+std::size_t encodeBase64Avx2(const unsigned char* bytes, std::size_t count, char* out);
+std::size_t encodeBase64Avx2(const unsigned char* bytes, std::size_t count, wchar_t* out);
+std::size_t decodeBase64Avx2(const char* text, std::size_t length, unsigned char* out);
+std::size_t decodeBase64Avx2(const wchar_t* text, std::size_t length, unsigned char* out);
+std::size_t encodeHexAvx2(const unsigned char* bytes, std::size_t count, char* out);
+std::size_t encodeHexAvx2(const unsigned char* bytes, std::size_t count, wchar_t* out);
+std::size_t decodeHexAvx2(const char* text, std::size_t length, unsigned char* out);
+std::size_t decodeHexAvx2(const wchar_t* text, std::size_t length, unsigned char* out);
+
+}  // namespace bench
