@@ -30,10 +30,13 @@ static inline bool isInPageAround(const void* position, std::uintptr_t before, s
     return offsetInPage(position) - before <= kPageBytes - before - after;  // a smaller offset wraps to a large number
 }
 
-/// The number of bytes before the terminator. The runtime's function is slow for short texts.
-inline std::size_t textLength(const char* text) noexcept {
+/// The number of units before the terminator, for units of one or two bytes. The runtime's functions are slow for short
+/// texts.
+template <class T>
+std::size_t textLength(const T* text) noexcept {
+    static_assert(sizeof(T) <= 2);
     constexpr std::uintptr_t kBlock = 16;
-    const char* cursor = text;
+    const T* cursor = text;
     for (;;) {
         if (!isInPage(cursor, kBlock)) {
             if (*cursor == 0) {
@@ -43,11 +46,14 @@ inline std::size_t textLength(const char* text) noexcept {
             continue;
         }
         const __m128i block = _mm_loadu_si128(reinterpret_cast<const __m128i*>(cursor));
-        const auto zeros = static_cast<std::uint32_t>(_mm_movemask_epi8(_mm_cmpeq_epi8(block, _mm_setzero_si128())));
+        const __m128i zero = _mm_setzero_si128();
+        const __m128i equal = sizeof(T) == 1 ? _mm_cmpeq_epi8(block, zero) : _mm_cmpeq_epi16(block, zero);
+        const auto zeros = static_cast<std::uint32_t>(_mm_movemask_epi8(equal));
         if (zeros != 0) {
-            return static_cast<std::size_t>(cursor - text) + static_cast<std::size_t>(std::countr_zero(zeros));
+            const auto bytes = static_cast<std::size_t>(std::countr_zero(zeros));
+            return static_cast<std::size_t>(cursor - text) + bytes / sizeof(T);
         }
-        cursor += kBlock;
+        cursor += kBlock / sizeof(T);
     }
 }
 

@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "algorithms/FormatSlots.h"
+#include "algorithms/PageReads.h"
 #include "core/Format.h"
 #include "core/StringAccess.h"
 #include "vorel/core/Format.h"
@@ -36,7 +37,7 @@ constexpr std::uint64_t capacityFor(std::uint64_t count) noexcept {
 
 template <class T>
 unsigned int lengthOf(const T* text) noexcept {
-    const std::size_t length = text ? std::char_traits<T>::length(text) : 0;
+    const std::size_t length = text ? algorithms::textLength(text) : 0;
     // The text is too long for a string: every growth to this length fails.
     return static_cast<unsigned int>(std::min<std::size_t>(length, kMaxCapacity));
 }
