@@ -11,6 +11,8 @@ namespace {
 
 using vorel::algorithms::coercesToInteger;
 using vorel::algorithms::kMaxHexDigits;
+using vorel::algorithms::parseHexDigits;
+using vorel::algorithms::parseHexDigitsStepByStep;
 using vorel::algorithms::readHex;
 using vorel::algorithms::readInteger;
 using vorel::algorithms::tryReadInteger;
@@ -36,6 +38,11 @@ void run(fuzz::Input& input) {
     const auto expectedHex = test::readHex(text.shape, kMaxHexDigits<T>);
     fuzz::check(hex == static_cast<int>(expectedHex.value), "a hexadecimal number is as expected");
     fuzz::check(end == text.position + expectedHex.end, "it ends where it should");
+
+    const T* inBlock = text.position;
+    const T* stepByStep = text.position;
+    fuzz::check(parseHexDigits(inBlock) == parseHexDigitsStepByStep(stepByStep), "a block gives the same value");
+    fuzz::check(inBlock == stepByStep, "and the same end");
 
     int value = 0;
     const auto expected = test::tryInteger(text.shape);

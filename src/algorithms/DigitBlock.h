@@ -1,6 +1,6 @@
 /// \file
-/// Counts and converts decimal digits, sixteen at a time, without a branch per digit. The end of a number is
-/// unpredictable, and one mispredicted branch costs as much as the whole conversion.
+/// Counts and converts decimal and hexadecimal digits, sixteen at a time, without a branch per digit. The end of a
+/// number is unpredictable, and one mispredicted branch costs as much as the whole conversion.
 ///
 /// Reads may extend past either end of the text, but never into another page; characters outside the number are
 /// ignored. SSE2 is part of every 64-bit x86 processor, so no dispatch is needed.
@@ -13,6 +13,7 @@
 
 #include <emmintrin.h>
 
+#include "algorithms/Ascii.h"
 #include "algorithms/PageReads.h"
 #include "algorithms/SimdBlocks.h"
 
@@ -92,6 +93,45 @@ template <class T>
     const __m128i digits =
         _mm_or_si128(_mm_and_si128(fractionAtEnd, isFraction), _mm_andnot_si128(isFraction, wholeInPlace));
     return valueOfLast(digits, whole + fraction);
+}
+
+// ---- Hexadecimal digits ---------------------------------------------------------------------------------------------
+
+/// The characters that `hexBlock` loads: as many as lie in sixteen bytes.
+template <class T>
+inline constexpr std::uint64_t kHexBlock = 16 / sizeof(T);
+
+/// Sixteen narrow characters, or eight wide ones and eight zeros.
+[[gnu::no_sanitize_address]] inline __m128i hexBlock(const char* position) noexcept {
+    return _mm_loadu_si128(reinterpret_cast<const __m128i*>(position));
+}
+
+[[gnu::no_sanitize_address]] inline __m128i hexBlock(const WideUnit* position) noexcept {
+    return _mm_packus_epi16(_mm_loadu_si128(reinterpret_cast<const __m128i*>(position)), _mm_setzero_si128());
+}
+
+/// A block of characters as hexadecimal digits.
+struct HexDigits {
+    explicit HexDigits(__m128i characters) noexcept {
+        const __m128i isDecimal = isAtMost(_mm_sub_epi8(characters, _mm_set1_epi8('0')), 9);
+        const __m128i folded = _mm_or_si128(characters, _mm_set1_epi8(static_cast<char>(kCaseBit)));
+        const __m128i isLetter = isAtMost(_mm_sub_epi8(folded, _mm_set1_epi8('a')), 5);
+        // The lower four bits of 'A' and 'a' are 1.
+        values = _mm_add_epi8(_mm_and_si128(characters, _mm_set1_epi8(15)), _mm_and_si128(isLetter, _mm_set1_epi8(9)));
+        mask = static_cast<std::uint64_t>(_mm_movemask_epi8(_mm_or_si128(isDecimal, isLetter)));
+    }
+
+    __m128i values;      ///< below 16, also those of other characters
+    std::uint64_t mask;  ///< one bit for each character, lowest first: whether it is a digit
+};
+
+/// The value of the first `count` digits, at most sixteen.
+inline std::uint64_t valueOfHexDigits(const HexDigits& digits, std::uint64_t count) noexcept {
+    const __m128i pairs = _mm_or_si128(_mm_slli_epi16(digits.values, 4), _mm_srli_epi16(digits.values, 8));
+    const __m128i bytes = _mm_packus_epi16(_mm_and_si128(pairs, _mm_set1_epi16(0xFF)), _mm_setzero_si128());
+    const std::uint64_t all = __builtin_bswap64(static_cast<std::uint64_t>(_mm_cvtsi128_si64(bytes)));
+    const std::uint64_t unused = kDigitBlock - count;
+    return all >> 2 * unused >> 2 * unused;  // two shifts, because a shift by 64 bits is undefined
 }
 
 }  // namespace vorel::algorithms

@@ -2,6 +2,8 @@
 /// Parses numbers in zero-terminated text of either width: at its start, or as the whole text.
 #pragma once
 
+#include <cstdint>
+
 #include "algorithms/DecimalScanner.h"
 #include "algorithms/NumberScanner.h"
 
@@ -15,41 +17,40 @@ void storeEnd(const T* cursor, End** end) noexcept {
     }
 }
 
-/// Runs `scan` on a text and stores where it stopped.
-template <class T, class End, class Scan>
-auto scanned(const T* text, End** end, Scan&& scan) noexcept {
-    using Value = decltype(scan(text));
-    const Value value = text ? scan(text) : Value{};
+/// Parses an integer (see `parseInteger`) and stores where it ends unless `end` is null. A null text is 0.
+template <class Value, class T, class End>
+[[gnu::always_inline]] inline Value readInteger(const T* text, End** end, bool skipTrailingSpace) noexcept {
+    const Value value = text ? parseInteger<Value>(text, skipTrailingSpace) : 0;
     storeEnd(text, end);
     return value;
 }
 
-/// Parses an integer (see `parseInteger`) and stores where it ends unless `end` is null. A null text is 0.
-template <class Value, class T, class End>
-Value readInteger(const T* text, End** end, bool skipTrailingSpace) noexcept {
-    return scanned(text, end, [=](const T*& cursor) { return parseInteger<Value>(cursor, skipTrailingSpace); });
-}
-
 /// Parses a hexadecimal number (see `parseHex`).
 template <class T>
-int readHex(const T* text, T** end) noexcept {
-    return scanned(text, end, [](const T*& cursor) { return static_cast<int>(parseHex(cursor)); });
+[[gnu::always_inline]] inline int readHex(const T* text, T** end) noexcept {
+    const std::uint32_t value = text ? parseHex(text) : 0;
+    storeEnd(text, end);
+    return static_cast<int>(value);
 }
 
 /// Parses a number with a fraction and an exponent, character by character.
 template <class T>
 [[gnu::noinline]] double readDecimalStepByStep(const T* text, T** end) noexcept {
-    return scanned(text, end, [](const T*& cursor) {
-        const T* const start = cursor;
-        skipSpaces(cursor);
-        const bool negative = consumeSign(cursor);
-        const Mantissa mantissa = parseMantissa(cursor);
+    const T* const start = text;
+    double value = 0;
+    if (text) {
+        skipSpaces(text);
+        const bool negative = consumeSign(text);
+        const Mantissa mantissa = parseMantissa(text);
         if (mantissa.digits == 0) {
-            cursor = start;
-            return negative ? -0.0 : 0.0;
+            text = start;
+            value = negative ? -0.0 : 0.0;
+        } else {
+            value = scaled(mantissa, parseExponent(text), negative);
         }
-        return scaled(mantissa, parseExponent(cursor), negative);
-    });
+    }
+    storeEnd(text, end);
+    return value;
 }
 
 /// Parses a number with a fraction and an exponent, in blocks if it has the usual length.

@@ -13,9 +13,10 @@ namespace vorel::algorithms {
 
 template <class T>
 constexpr void skipSpaces(const T*& cursor) noexcept {
-    while (isSpace(*cursor)) {
-        ++cursor;
-    }
+    while (isSpace(*cursor))
+        [[unlikely]] {
+            ++cursor;
+        }
 }
 
 /// Consumes one '-' or '+', if present. Returns whether it was a '-'.
@@ -26,10 +27,9 @@ constexpr bool consumeSign(const T*& cursor) noexcept {
     return negative;
 }
 
-/// Parses decimal digits. Returns their value, appended to the digits of `value`, modulo the range of the type.
+/// Parses decimal digits and appends them to the digits of `value`, modulo the range of the type.
 template <class Value, class T>
-Value parseDigits(const T*& cursor, Value value = 0) noexcept {
-    static_assert(std::is_unsigned_v<Value>);
+[[gnu::noinline]] Value parseMoreDigits(const T*& cursor, Value value) noexcept {
     while (areDigitBlocksInPage(cursor)) {
         const std::uint64_t count = leadingDigits(digitMask(cursor));
         value = static_cast<Value>(value * kIntegerPowersOfTen[count] + valueOfDigits(cursor, count));
@@ -41,6 +41,26 @@ Value parseDigits(const T*& cursor, Value value = 0) noexcept {
     for (; isDigit(*cursor); ++cursor) {
         value = value * 10 + static_cast<Value>(*cursor - '0');
     }
+    return value;
+}
+
+/// Parses decimal digits. Returns their value, modulo the range of the type. Inlined, so that the cursor stays in a
+/// register for the numbers of usual length.
+template <class Value, class T>
+[[gnu::always_inline]] inline Value parseDigits(const T*& cursor) noexcept {
+    static_assert(std::is_unsigned_v<Value>);
+    Value value = 0;
+    if (areDigitBlocksInPage(cursor)) [[likely]] {
+        const std::uint64_t count = leadingDigits(digitMask(cursor));
+        value = static_cast<Value>(valueOfDigits(cursor, count));
+        cursor += count;
+        if (count < kDigitBlock) [[likely]] {
+            return value;
+        }
+    }
+    const T* rest = cursor;
+    value = parseMoreDigits(rest, value);
+    cursor = rest;
     return value;
 }
 
@@ -81,7 +101,7 @@ constexpr Value negatedIf(bool negative, Value value) noexcept {
 /// Parses spaces, a sign and digits, and optionally the spaces after them. An unsigned number accepts only '+': a '-'
 /// stops the scan.
 template <class Value, class T>
-Value parseInteger(const T*& cursor, bool skipTrailingSpaces) noexcept {
+[[gnu::always_inline]] inline Value parseInteger(const T*& cursor, bool skipTrailingSpaces) noexcept {
     skipSpaces(cursor);
     bool negative = false;
     if (std::is_signed_v<Value> || *cursor != '-') {
@@ -99,14 +119,38 @@ Value parseInteger(const T*& cursor, bool skipTrailingSpaces) noexcept {
 template <class T>
 inline constexpr unsigned int kMaxHexDigits = sizeof(T) == 1 ? 16 : 8;
 
+/// Parses hexadecimal digits one by one. Returns their value modulo 2^32.
+template <class T>
+std::uint32_t parseHexDigitsStepByStep(const T*& cursor) noexcept {
+    std::uint32_t value = 0;
+    for (unsigned int digits = 0; digits < kMaxHexDigits<T>; ++digits, ++cursor) {
+        const unsigned int digit = hexDigitValue(*cursor);
+        if (digit >= 16) {
+            break;
+        }
+        value = value << 4 | digit;
+    }
+    return value;
+}
+
+/// The same in one block.
+template <class T>
+[[gnu::always_inline]] inline std::uint32_t parseHexDigits(const T*& cursor) noexcept {
+    static_assert(kHexBlock<T> == kMaxHexDigits<T>);
+    if (!isInPage(cursor, kHexBlock<T> * sizeof(T))) [[unlikely]] {
+        return parseHexDigitsStepByStep(cursor);
+    }
+    const HexDigits digits(hexBlock(cursor));
+    const std::uint64_t count = leadingDigits(digits.mask);
+    cursor += count;
+    return static_cast<std::uint32_t>(valueOfHexDigits(digits, count));
+}
+
 /// Parses spaces, hexadecimal digits, and the spaces after them.
 template <class T>
-constexpr std::uint32_t parseHex(const T*& cursor) noexcept {
+[[gnu::always_inline]] inline std::uint32_t parseHex(const T*& cursor) noexcept {
     skipSpaces(cursor);
-    std::uint32_t value = 0;
-    for (unsigned int digits = 0; digits < kMaxHexDigits<T> && hexDigitValue(*cursor) < 16; ++digits, ++cursor) {
-        value = value << 4 | hexDigitValue(*cursor);
-    }
+    const std::uint32_t value = parseHexDigits(cursor);
     skipSpaces(cursor);
     return value;
 }

@@ -60,6 +60,39 @@ TYPED_TEST(DigitBlock, ValueAcrossTheDecimalPoint) {
     }
 }
 
+template <class T>
+algorithms::HexDigits hexDigitsOf(const std::basic_string<T>& text) {
+    return algorithms::HexDigits(algorithms::hexBlock(text.data()));
+}
+
+TYPED_TEST(DigitBlock, HexMaskHasABitForEachDigit) {
+    const std::string digits = "0123456789abcdefABCDEF";
+    constexpr std::size_t kBlock = algorithms::kHexBlock<TypeParam>;
+    for (std::uint32_t unit = 0; unit < 1u << 8 * sizeof(TypeParam); ++unit) {
+        const bool isDigit = unit != 0 && unit < 0x80 && digits.find(static_cast<char>(unit)) != std::string::npos;
+        for (const std::size_t position : {std::size_t{0}, kBlock - 1}) {
+            std::basic_string<TypeParam> text(kBlock, TypeParam{'x'});
+            text[position] = static_cast<TypeParam>(unit);
+            ASSERT_EQ(hexDigitsOf(text).mask, isDigit ? std::uint64_t{1} << position : 0u) << unit;
+        }
+    }
+}
+
+TYPED_TEST(DigitBlock, HexValueOfEveryDigitCount) {
+    test::RandomText random(20261121);
+    constexpr std::size_t kBlock = algorithms::kHexBlock<TypeParam>;
+    for (int round = 0; round < 2000; ++round) {
+        for (std::size_t count = 0; count <= kBlock; ++count) {
+            const std::string digits = random.from("0123456789abcdefABCDEF", count);
+            const auto text = test::text<TypeParam>(digits + random.from("g@`/:G \x7F\xE1", kBlock - count));
+            const std::uint64_t wanted = count == 0 ? 0 : std::stoull(digits, nullptr, 16);
+            const algorithms::HexDigits block = hexDigitsOf(text);
+            ASSERT_EQ(algorithms::leadingDigits(block.mask), count) << digits;
+            ASSERT_EQ(algorithms::valueOfHexDigits(block, count), wanted) << digits;
+        }
+    }
+}
+
 TYPED_TEST(DigitBlock, BlocksStayWithinThePage) {
     test::PageEdge<TypeParam> edge(4096 / sizeof(TypeParam));
     const TypeParam* const first = edge.firstElement();
