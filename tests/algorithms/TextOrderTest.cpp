@@ -1,13 +1,24 @@
 #include "algorithms/TextOrder.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <limits>
+#include <string>
+#include <type_traits>
 
 #include <gtest/gtest.h>
+
+#include "support/PageEdge.h"
+#include "support/RandomInputs.h"
+#include "support/Widths.h"
 
 namespace {
 
 using vorel::algorithms::boundedDifference;
+using vorel::algorithms::compareStepByStep;
+using vorel::algorithms::compareTexts;
+using vorel::algorithms::FoldedBlocks;
+using vorel::algorithms::OrderRules;
 
 TEST(TextOrder, BoundedDifferenceKeepsItsSignAndCanBeNegated) {
     constexpr int kMax = std::numeric_limits<int>::max();
@@ -20,6 +31,80 @@ TEST(TextOrder, BoundedDifferenceKeepsItsSignAndCanBeNegated) {
                           Case{std::ptrdiff_t{1} << 32, kMax}, Case{-(std::ptrdiff_t{1} << 32), -kMax}}) {
         EXPECT_EQ(boundedDifference(c.difference), c.bounded) << c.difference;
     }
+}
+
+/// Narrow text is compared as signed numbers.
+template <class T>
+using Compared = std::conditional_t<sizeof(T) == 1, signed char, T>;
+
+template <class T>
+const Compared<T>* compared(const T* text) {
+    return reinterpret_cast<const Compared<T>*>(text);
+}
+
+template <class T>
+class TextOrderBlocks : public ::testing::Test {};
+TYPED_TEST_SUITE(TextOrderBlocks, test::CharacterTypes, test::CharacterNames);
+
+/// Every pair of units below 0x180 (narrow: all), at the first and the last position of a block.
+TYPED_TEST(TextOrderBlocks, UnitsAreTheSameByTheRules) {
+    constexpr std::uint32_t kEnd = sizeof(TypeParam) == 1 ? 0x100 : 0x180;
+    constexpr std::size_t kUnits = FoldedBlocks<Compared<TypeParam>>::kUnits;
+    for (const OrderRules rules : {OrderRules{false, false, false}, OrderRules{true, false, false},
+                                   OrderRules{false, false, true}, OrderRules{true, false, true}}) {
+        const FoldedBlocks<Compared<TypeParam>> blocks(rules);
+        for (std::uint32_t first = 0; first < kEnd; ++first) {
+            for (std::uint32_t second = 0; second < kEnd; ++second) {
+                const auto isPair = [=](char lower, char upper) {
+                    return (first == static_cast<unsigned char>(lower) &&
+                            second == static_cast<unsigned char>(upper)) ||
+                           (second == static_cast<unsigned char>(lower) && first == static_cast<unsigned char>(upper));
+                };
+                bool same = first == second && first != 0;
+                for (char letter = 'a'; rules.ignoreCase && letter <= 'z'; ++letter) {
+                    same = same || isPair(letter, static_cast<char>(letter - 'a' + 'A'));
+                }
+                same = same || (rules.slashesEqual && isPair('/', '\\'));
+                for (const std::size_t position : {std::size_t{0}, kUnits - 1}) {
+                    std::basic_string<TypeParam> a(kUnits, TypeParam{'x'});
+                    std::basic_string<TypeParam> b = a;
+                    a[position] = static_cast<TypeParam>(first);
+                    b[position] = static_cast<TypeParam>(second);
+                    const std::size_t units = blocks.sameUnits(compared(a.data()), compared(b.data()));
+                    ASSERT_EQ(units, same ? kUnits : position) << first << " and " << second;
+                }
+            }
+        }
+    }
+}
+
+/// Texts of every length around the edges of blocks, with and without one differing character, at random positions of
+/// pages.
+TYPED_TEST(TextOrderBlocks, AgreeWithTheComparisonStepByStep) {
+    test::PageEdge<TypeParam> pagesOfA(2048);
+    test::PageEdge<TypeParam> pagesOfB(2048);
+    test::forEachRandomInput(100000, [&](test::RandomText& random) {
+        const auto a = test::text<TypeParam>(random.from("aAbBzZ@[`{/\\09\xC1\xE1", random.below(70)));
+        std::basic_string<TypeParam> b = a;
+        for (TypeParam& unit : b) {
+            const bool isLetter = (unit >= 'a' && unit <= 'z') || (unit >= 'A' && unit <= 'Z');
+            const bool isSlash = unit == '/' || unit == '\\';
+            unit = isLetter && random.oneIn(2)  ? static_cast<TypeParam>(unit ^ 0x20)
+                   : isSlash && random.oneIn(4) ? static_cast<TypeParam>(unit ^ '/' ^ '\\')
+                                                : unit;
+        }
+        if (!b.empty() && random.oneIn(2)) {
+            b[random.below(b.size())] = static_cast<TypeParam>(random.oneOf("aZ@[/\\7\xE1"));
+        }
+        b.resize(random.oneIn(3) ? random.below(b.size() + 1) : b.size());
+        const auto* const left = compared(test::placeAnywhere(random, pagesOfA, a));
+        const auto* const right = compared(test::placeAnywhere(random, pagesOfB, b));
+        for (int bits = 0; bits < 8; ++bits) {
+            const OrderRules rules = {(bits & 1) != 0, (bits & 2) != 0, (bits & 4) != 0};
+            ASSERT_EQ(compareTexts(left, right, rules), compareStepByStep(left, right, rules)) << bits;
+            ASSERT_EQ(compareTexts(right, left, rules), compareStepByStep(right, left, rules)) << bits;
+        }
+    });
 }
 
 }  // namespace
