@@ -17,14 +17,21 @@ namespace {
 
 using vorel::algorithms::DoubleForm;
 using vorel::algorithms::kDoubleCapacity;
+using vorel::algorithms::Rest;
 using vorel::algorithms::writeDouble;
 using vorel::baseutil::makeDoubleFormatConsistent;
 
 template <class T>
 void write(double value, DoubleForm form, const std::string& expected, const fuzz::Placement& target) {
     T* const out = fuzz::outputPages().allocate<T>(kDoubleCapacity, target);
-    const T* const end = writeDouble(value, form, out);
-    fuzz::check(fuzz::isText<T>(out, end, expected), "the text is as expected");
+    const std::basic_string<T> before(out, kDoubleCapacity);
+    const T* const end = writeDouble<Rest::Unchanged>(value, form, out);
+    fuzz::check(fuzz::isText<T>(out, end, expected) && *end == 0, "the text is as expected");
+    fuzz::check(std::equal(end + 1, static_cast<const T*>(out + kDoubleCapacity), before.data() + (end + 1 - out)),
+                "the units after the text are unchanged");
+    T* const local = fuzz::outputPages().allocate<T>(kDoubleCapacity, target);
+    const T* const localEnd = writeDouble<Rest::Unspecified>(value, form, local);
+    fuzz::check(fuzz::isText<T>(local, localEnd, expected) && *localEnd == 0, "so is a text without this rule");
 }
 
 template <class T>
@@ -41,7 +48,7 @@ void writeInAllForms(fuzz::Input& input) {
     // The normalised text of the print functions must be the same.
     constexpr std::size_t kCapacity = 64;
     char* const text = fuzz::outputPages().allocate<char>(kCapacity, target);
-    *writeDouble(value, DoubleForm::Raw, text) = 0;
+    writeDouble<Rest::Unspecified>(value, DoubleForm::Raw, text);
     makeDoubleFormatConsistent(text, kCapacity, json ? vorel::util::FO_JSON : vorel::util::FO_Default);
     fuzz::check(text == expected, "normalising the raw text gives the same text");
 }

@@ -12,17 +12,22 @@ namespace {
 using vorel::algorithms::magnitudeOf;
 using vorel::algorithms::writeBoundedInteger;
 
-/// A number in a buffer of `size`: truncated, with a terminator after it and one at the end of the buffer.
+/// A number in a buffer of `size`: truncated, with a terminator after it and one at the end of the buffer. The other
+/// units are unchanged.
 template <class T>
 void write(std::uint64_t magnitude, bool negative, std::size_t size, const fuzz::Placement& target) {
     const std::string all = (negative ? "-" : "") + std::to_string(magnitude);
     T* const out = fuzz::outputPages().allocate<T>(size, target);
+    const std::basic_string<T> before(out, size);
     fuzz::check(writeBoundedInteger(magnitude, negative, out, size) == out, "the buffer is the result");
     if (size != 0) {
         const std::string expected = all.substr(0, size - 1);
         fuzz::check(std::equal(expected.begin(), expected.end(), out), "the digits are as expected");
         fuzz::check(out[expected.size()] == 0 && out[size - 1] == 0,
                     "a terminator follows the digits and ends the buffer");
+        for (std::size_t at = expected.size() + 1; at + 1 < size; ++at) {
+            fuzz::check(out[at] == before[at], "the other units are unchanged");
+        }
     }
 }
 

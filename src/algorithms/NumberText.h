@@ -20,19 +20,18 @@ namespace vorel::algorithms {
 
 // ---- Integers -------------------------------------------------------------------------------------------------------
 
-/// A number below 10^8 as two groups of four digits, the upper group in the lower half.
-constexpr std::uint64_t groupsOfFour(std::uint64_t number) noexcept {
-    return number / 10000 | number % 10000 << 32;
-}
-
 /// The sixteen digits of a number below 10^16, with leading zeros.
 inline __m128i sixteenDigits(std::uint64_t number) noexcept {
     constexpr std::uint64_t kHalf = 100000000;
-    const auto upper = static_cast<std::int64_t>(groupsOfFour(number / kHalf));
-    const auto lower = static_cast<std::int64_t>(groupsOfFour(number % kHalf));
-    const __m128i fours = _mm_set_epi64x(lower, upper);
+    const std::uint64_t upper = number / kHalf;
+    const __m128i eights =
+        _mm_set_epi64x(static_cast<std::int64_t>(number - upper * kHalf), static_cast<std::int64_t>(upper));
     // Division by multiplication (Granlund and Montgomery, "Division by Invariant Integers using Multiplication"): x *
-    // 5243 / 2^19 is x / 100 below 10,000, and x * 6554 / 2^16 is x / 10 below 100.
+    // 3518437209 / 2^45 is x / 10,000 below 2^32, x * 5243 / 2^19 is x / 100 below 10,000, and x * 6554 / 2^16 is
+    // x / 10 below 100.
+    const __m128i tenThousands = _mm_srli_epi64(_mm_mul_epu32(eights, _mm_set1_epi64x(3518437209)), 45);
+    const __m128i belowTenThousand = _mm_sub_epi64(eights, _mm_mul_epu32(tenThousands, _mm_set1_epi64x(10000)));
+    const __m128i fours = _mm_or_si128(tenThousands, _mm_slli_epi64(belowTenThousand, 32));
     const __m128i hundreds = _mm_srli_epi16(_mm_mulhi_epu16(fours, _mm_set1_epi32(5243)), 3);
     const __m128i belowHundred = _mm_sub_epi16(fours, _mm_mullo_epi16(hundreds, _mm_set1_epi32(100)));
     const __m128i twos = _mm_or_si128(hundreds, _mm_slli_epi32(belowHundred, 16));
@@ -47,22 +46,74 @@ inline std::uint32_t nonZeroMask(__m128i digits) noexcept {
     return static_cast<std::uint32_t>(zeros) ^ 0xFFFF;
 }
 
-/// The longest text of a 64-bit number: twenty digits, or a sign and nineteen.
-inline constexpr std::size_t kMaxIntegerCharacters = 20;
-
-/// Shifts sixteen bytes towards the front by `count`, at most 15. The bytes shifted in at the end are unspecified.
-inline __m128i moveToFront(__m128i bytes, unsigned int count) noexcept {
-    const auto first = static_cast<std::uint64_t>(_mm_cvtsi128_si64(bytes));
-    const auto second = static_cast<std::uint64_t>(_mm_cvtsi128_si64(_mm_unpackhi_epi64(bytes, bytes)));
-    const std::uint64_t from = count < 8 ? first : second;
-    const unsigned int bits = count % 8 * 8;
-    const std::uint64_t carried = second << 1 << (63 - bits);  // two shifts, because a shift by 64 bits is undefined
-    return _mm_set_epi64x(static_cast<std::int64_t>(second >> bits), static_cast<std::int64_t>(from >> bits | carried));
+/// The number of decimal digits; 0 has one.
+constexpr std::uint64_t countDigits(std::uint64_t number) noexcept {
+    number |= 1;  // never changes the count: 10, 100 … are even
+    const auto highestBit = static_cast<std::uint64_t>(63 ^ std::countl_zero(number));
+    // A number with b bits has at most one digit more than b times log10(2), which is a little above 1233 / 2^12.
+    const std::uint64_t fewest = (highestBit * 1233 + 1233) >> 12;
+    return fewest + (number >= kIntegerPowersOfTen[fewest] ? 1 : 0);
 }
 
-/// Writes a number below 10,000 and returns the end. Each leading zero is overwritten by the next digit.
+/// The length of a number's text.
+constexpr std::uint64_t integerLength(std::uint64_t magnitude, bool negative) noexcept {
+    return countDigits(magnitude) + std::uint64_t{negative};
+}
+
+/// What happens to the units after a text, in the memory that its function may access.
+enum class Rest {
+    Unspecified,  ///< they may be overwritten
+    Unchanged,    ///< they may be written again, with their own values: this needs no branch on the length of the text
+};
+
+/// Writes the characters whose byte in `kept` is 0. The others must be 0.
+[[gnu::always_inline]] inline void mergeCharacters(__m128i characters, __m128i kept, char* out) noexcept {
+    auto* const block = reinterpret_cast<__m128i*>(out);
+    _mm_storeu_si128(block, _mm_or_si128(characters, _mm_and_si128(_mm_loadu_si128(block), kept)));
+}
+
+[[gnu::always_inline]] inline void mergeCharacters(__m128i characters, __m128i kept, WideUnit* out) noexcept {
+    auto* const blocks = reinterpret_cast<__m128i*>(out);
+    const __m128i zero = _mm_setzero_si128();
+    const __m128i keptFirst = _mm_and_si128(_mm_loadu_si128(blocks), _mm_unpacklo_epi8(kept, kept));
+    const __m128i keptSecond = _mm_and_si128(_mm_loadu_si128(blocks + 1), _mm_unpackhi_epi8(kept, kept));
+    _mm_storeu_si128(blocks, _mm_or_si128(_mm_unpacklo_epi8(characters, zero), keptFirst));
+    _mm_storeu_si128(blocks + 1, _mm_or_si128(_mm_unpackhi_epi8(characters, zero), keptSecond));
+}
+
+/// Writes the first `count` characters, at most sixteen. Accesses sixteen.
+template <Rest rest, class T>
+[[gnu::always_inline]] inline void storeFirst(__m128i characters, std::uint64_t count, T* out) noexcept {
+    if constexpr (rest == Rest::Unspecified) {
+        storeCharacters(characters, out);
+    } else {
+        const __m128i kept = lastBytes(kDigitBlock - count);
+        mergeCharacters(_mm_andnot_si128(kept, characters), kept, out);
+    }
+}
+
+/// Writes the first `count` characters, at most sixteen, and a terminator. Accesses sixteen units, or seventeen for
+/// sixteen characters. Returns the terminator's position.
+template <Rest rest, class T>
+[[gnu::always_inline]] inline T* storeText(__m128i characters, std::uint64_t count, T* out) noexcept {
+    if constexpr (rest == Rest::Unspecified) {
+        storeCharacters(characters, out);
+        out[count] = 0;
+    } else {
+        // A terminator in the block is stored with the text: a store of its own would delay the load for the next text
+        // in the same buffer.
+        const __m128i text = _mm_andnot_si128(lastBytes(kDigitBlock - count), characters);
+        const bool fillsBlock = count == kDigitBlock;
+        mergeCharacters(text, lastBytes(fillsBlock ? 0 : kDigitBlock - 1 - count), out);
+        T unused;
+        *(fillsBlock ? out + kDigitBlock : &unused) = 0;
+    }
+    return out + count;
+}
+
+/// Writes a number below 10,000. Each leading zero is overwritten by the next digit. Accesses four units.
 template <class T>
-T* writeFewDigits(unsigned int number, T* out) noexcept {
+void writeFewDigits(unsigned int number, T* out) noexcept {
     *out = static_cast<T>('0' + number / 1000);
     out += number >= 1000 ? 1 : 0;
     *out = static_cast<T>('0' + number / 100 % 10);
@@ -70,32 +121,39 @@ T* writeFewDigits(unsigned int number, T* out) noexcept {
     *out = static_cast<T>('0' + number / 10 % 10);
     out += number >= 10 ? 1 : 0;
     *out = static_cast<T>('0' + number % 10);
-    return out + 1;
 }
 
-/// Writes `number` without a terminator and returns the end. `out` has space for twenty digits, or for nineteen if the
-/// number has no more. At least sixteen characters are written; those after the number are unspecified.
+/// Writes a number whose text has `length` characters, at least sixteen, and a terminator. Writes nothing else. Returns
+/// `out`.
 template <class T>
-T* writeInteger(std::uint64_t number, T* out) noexcept {
-    constexpr std::uint64_t kSixteenDigits = 10000000000000000;
-    const __m128i digits = sixteenDigits(number % kSixteenDigits);
-    if (number >= kSixteenDigits) {
-        out = writeFewDigits(static_cast<unsigned int>(number / kSixteenDigits), out);
-        storeCharacters(digits, out);
-        return out + 16;
+[[gnu::noinline]] T* writeLongInteger(std::uint64_t magnitude, bool negative, std::uint64_t length, T* out) noexcept {
+    constexpr std::uint64_t kSixteenDigits = kIntegerPowersOfTen[kDigitBlock];
+    writeFewDigits(static_cast<unsigned int>(magnitude / kSixteenDigits), out + (negative ? 1 : 0));
+    storeCharacters(sixteenDigits(magnitude % kSixteenDigits), out + length - kDigitBlock);
+    if (negative) {
+        *out = '-';  // last: fifteen digits have a zero here
     }
-    constexpr std::uint32_t kLastDigit = 1 << 15;  // kept even if it is zero
-    const auto zeros = static_cast<unsigned int>(std::countr_zero(nonZeroMask(digits) | kLastDigit));
-    storeCharacters(moveToFront(digits, zeros), out);
-    return out + (16 - zeros);
+    out[length] = 0;
+    return out;
 }
 
-/// Writes a 64-bit number to `out`, which has space for `kMaxIntegerCharacters`. Returns the end.
-template <class T>
-T* writeSigned(std::uint64_t magnitude, bool negative, T* out) noexcept {
-    *out = '-';
-    return writeInteger(magnitude, out + (negative ? 1 : 0));
+/// Writes a number whose text has `length` characters, and a terminator. Accesses sixteen units, or `length + 1` if
+/// that is more. Returns `out`.
+template <Rest rest, class T>
+[[gnu::always_inline]] inline T* writeInteger(std::uint64_t magnitude, bool negative, std::uint64_t length,
+                                              T* out) noexcept {
+    constexpr int kZeroToMinus = '0' - '-';
+    if (length >= kDigitBlock) {
+        return writeLongInteger(magnitude, negative, length, out);
+    }
+    // The zeros that follow the digits move them to the front. A zero before the digits becomes the sign.
+    const __m128i digits = sixteenDigits(magnitude * kIntegerPowersOfTen[kDigitBlock - length]);
+    storeText<rest>(_mm_sub_epi8(digits, _mm_cvtsi32_si128(negative ? kZeroToMinus : 0)), length, out);
+    return out;
 }
+
+/// The longest text of a 64-bit number: twenty digits, or a sign and nineteen.
+inline constexpr std::size_t kMaxIntegerCharacters = 20;
 
 /// The absolute value. It holds that of the lowest number too.
 constexpr std::uint64_t magnitudeOf(std::int64_t value) noexcept {
@@ -112,7 +170,7 @@ enum class DoubleForm {
     Json,   ///< as `Plain`, with at least one digit after the point of every mantissa: "1.0e+020"
 };
 
-/// Capacity for the text of any double, including the characters written temporarily after its end.
+/// Capacity for the text of any double and its terminator, including the units that are accessed after it.
 inline constexpr std::size_t kDoubleCapacity = 32;
 
 /// Fifteen digits as characters, and their number without trailing zeros.
@@ -148,32 +206,47 @@ T* writeExponent(int exponent, DoubleForm form, T* out) noexcept {
     return out + 2;
 }
 
-/// Writes a finite value other than 0 without a terminator and returns the end. From a magnitude of 0.1 on, the digits
-/// are those of "%.15g". Smaller values always have an exponent and keep the point. `out` has space for
+/// Writes the sign of a negative number, without a branch. Returns the position after it. Nothing else is stored to
+/// `out`, because a small store would delay the load of the block there.
+template <Rest rest, class T>
+T* writeSign(bool negative, T* out) noexcept {
+    T unused;
+    *(rest == Rest::Unspecified || negative ? out : &unused) = '-';
+    return out + (negative ? 1 : 0);
+}
+
+/// Writes a finite value other than 0 and a terminator, and returns the terminator's position. From a magnitude of 0.1
+/// on, the digits are those of "%.15g". Smaller values always have an exponent and keep the point. `out` has space for
 /// `kDoubleCapacity` characters.
-template <class T>
+template <Rest rest, class T>
 T* writeDouble(double value, DoubleForm form, T* out) noexcept {
-    *out = '-';
-    out += std::signbit(value) ? 1 : 0;
+    out = writeSign<rest>(std::signbit(value), out);
     value = std::fabs(value);
     const bool isSmall = value < 0.1;
     const DecimalDigits decimal = decimalDigits(value, isSmall ? Tie::AwayFromZero : Tie::ToEven);
     const DigitText text(decimal.digits);
     if (isSmall || decimal.exponent > kFractionDigits) {
         const int singleDigitLength = form == DoubleForm::Json ? 3 : isSmall ? 2 : 1;  // "1.0", "1.", "1"
-        storeCharacters(insertDecimalPoint(text.characters, 1), out);
-        out += text.significant > 1 ? text.significant + 1 : singleDigitLength;
-        return writeExponent(decimal.exponent, form, out);
+        const int length = text.significant > 1 ? text.significant + 1 : singleDigitLength;
+        const __m128i mantissa = insertDecimalPoint(text.characters, 1);
+        constexpr int kShortestExponent = 5;  // with its terminator
+        if (length + kShortestExponent >= static_cast<int>(kDigitBlock)) {
+            storeCharacters(mantissa, out);  // the exponent overwrites the rest of the block
+        } else {
+            storeFirst<rest>(mantissa, static_cast<std::uint64_t>(length), out);
+        }
+        out = writeExponent(decimal.exponent, form, out + length);
+        *out = 0;
+        return out;
     }
     if (decimal.exponent < 0) {
         out[0] = '0';
         out[1] = '.';
-        storeCharacters(text.characters, out + 2);
-        return out + 2 + text.significant;
+        return storeText<rest>(text.characters, static_cast<std::uint64_t>(text.significant), out + 2);
     }
     const int whole = decimal.exponent + 1;
-    storeCharacters(insertDecimalPoint(text.characters, whole), out);
-    return out + (text.significant > whole ? text.significant + 1 : whole);
+    const int length = text.significant > whole ? text.significant + 1 : whole;
+    return storeText<rest>(insertDecimalPoint(text.characters, whole), static_cast<std::uint64_t>(length), out);
 }
 
 // ---- Buffers of a caller -----------------------------------------------------------------------------------------
@@ -216,18 +289,30 @@ void copyTruncatedText(const T* text, std::size_t length, T* buffer, unsigned lo
     buffer[size - 1] = 0;
 }
 
-/// Writes a number and a terminator to `size` characters, truncated to them, and a terminator to the last one. Returns
-/// the buffer, which may be null.
+/// A number in a buffer that may be too small for its text. Returns the buffer.
 template <class T>
-T* writeBoundedInteger(std::uint64_t magnitude, bool negative, T* buffer, unsigned long long size) noexcept {
+[[gnu::noinline]] T* writeTruncatedInteger(std::uint64_t magnitude, bool negative, std::uint64_t length, T* buffer,
+                                           unsigned long long size) noexcept {
+    T text[kMaxIntegerCharacters + 1];
+    writeInteger<Rest::Unspecified>(magnitude, negative, length, text);
+    copyTruncatedText(text, static_cast<std::size_t>(length), buffer, size);
+    return buffer;
+}
+
+/// Writes a number and a terminator to `size` characters, truncated to them, and a terminator to the last one. The
+/// other units are unchanged. Returns the buffer, which may be null.
+template <class T>
+[[gnu::always_inline]] inline T* writeBoundedInteger(std::uint64_t magnitude, bool negative, T* buffer,
+                                                     unsigned long long size) noexcept {
     if (!buffer) {
         return nullptr;
     }
-    // Formatted in a local buffer, because the units after the terminator must stay unchanged.
-    T text[kMaxIntegerCharacters];
-    const T* const end = writeSigned(magnitude, negative, text);
-    copyTruncatedText(text, static_cast<std::size_t>(end - text), buffer, size);
-    return buffer;
+    const std::uint64_t length = integerLength(magnitude, negative);
+    if (size < kDigitBlock || size <= length) [[unlikely]] {
+        return writeTruncatedInteger(magnitude, negative, length, buffer, size);
+    }
+    buffer[size - 1] = 0;  // first, so that the rest can be a tail call
+    return writeInteger<Rest::Unchanged>(magnitude, negative, length, buffer);
 }
 
 }  // namespace vorel::algorithms

@@ -9,11 +9,14 @@
 #include <string_view>
 
 #include "algorithms/NumberText.h"
+#include "core/StringAccess.h"
 #include "values/DoubleFormat.h"
 
 namespace vorel::util {
 
 namespace {
+
+using algorithms::Rest;
 
 constexpr unsigned long long kWorkCharacters = 64;
 
@@ -33,30 +36,21 @@ std::string_view specialWord(double value, bool json) noexcept {
     return json ? "\"NaN\"" : "NaN";
 }
 
-/// Writes a finite value other than 0. `out` has space for `kDoubleCapacity` characters.
-template <class T>
+/// Writes a finite value other than 0 and a terminator. `out` has space for `kDoubleCapacity` characters.
+template <Rest rest, class T>
 T* writeInForm(double value, T* out, FormattingOptions options) noexcept {
-    return algorithms::writeDouble(
+    return algorithms::writeDouble<rest>(
         value, options & FO_JSON ? algorithms::DoubleForm::Json : algorithms::DoubleForm::Plain, out);
 }
 
-/// The same into a caller's buffer that is large enough. Nothing after the terminator is written.
-template <class T>
-void writeWhole(double value, T* buffer, FormattingOptions options) noexcept {
-    T text[algorithms::kDoubleCapacity];
-    T* const end = writeInForm(value, text, options);
-    *end = 0;
-    algorithms::copyShortText(text, static_cast<std::size_t>(end - text) + 1, buffer);
-}
-
 bool isSmall(double value) noexcept {
-    return value < 0.1 && value > -0.1;
+    return std::fabs(value) < 0.1;
 }
 
 /// Writes to a buffer that may be too small: truncates first, then normalises the form.
 char* writeTruncated(double value, char* buffer, unsigned long long size, FormattingOptions options) noexcept {
     char text[algorithms::kDoubleCapacity];
-    const char* const end = algorithms::writeDouble(value, algorithms::DoubleForm::Raw, text);
+    const char* const end = algorithms::writeDouble<Rest::Unspecified>(value, algorithms::DoubleForm::Raw, text);
     const auto length = static_cast<std::size_t>(end - text);
     if (isSmall(value)) {
         std::copy_n(text, length, buffer);  // never truncated: callers provide enough space
@@ -68,6 +62,20 @@ char* writeTruncated(double value, char* buffer, unsigned long long size, Format
         }
     }
     return baseutil::makeDoubleFormatConsistent(buffer, size, options);
+}
+
+/// Appends the text that `write` writes to a position with space for `capacity` units. It returns the text's length.
+template <unsigned int capacity, class Write>
+void appendWritten(BaseString<wchar_t>& text, Write&& write) {
+    const unsigned int before = text.length();
+    if (text.capacity() - before >= capacity) {
+        const auto written = static_cast<unsigned int>(write(text.data() + before));
+        detail::StringAccess<wchar_t>::setLength(text, before + written);
+    } else {
+        wchar_t characters[capacity];
+        const auto written = static_cast<unsigned int>(write(characters));
+        text.append(characters, written);
+    }
 }
 
 }  // namespace
@@ -82,7 +90,7 @@ const char* doubleToString(double value, char* buffer, unsigned long long size, 
     } else if (size < algorithms::kDoubleCapacity) {
         writeTruncated(value, buffer, size, options);
     } else {
-        writeWhole(value, buffer, options);
+        writeInForm<Rest::Unchanged>(value, buffer, options);
         if (!isSmall(value)) {
             buffer[size - 1] = 0;
         }
@@ -95,7 +103,7 @@ const wchar_t* doubleToString(double value, wchar_t* buffer, unsigned long long 
         return nullptr;
     }
     if (size >= algorithms::kDoubleCapacity && value != 0.0 && std::isfinite(value)) {
-        writeWhole(value, buffer, options);
+        writeInForm<Rest::Unchanged>(value, buffer, options);
     } else {
         char text[kWorkCharacters];
         doubleToString(value, text, kWorkCharacters, options);
@@ -105,19 +113,22 @@ const wchar_t* doubleToString(double value, wchar_t* buffer, unsigned long long 
 }
 
 void appendDouble(BaseString<wchar_t>& text, double value) {
-    wchar_t characters[kWorkCharacters];
     if (value != 0.0 && std::isfinite(value)) {
-        const wchar_t* const end = writeInForm(value, characters, FO_Default);
-        text.append(characters, static_cast<unsigned int>(end - characters));
+        appendWritten<algorithms::kDoubleCapacity>(
+            text, [value](wchar_t* out) { return writeInForm<Rest::Unspecified>(value, out, FO_Default) - out; });
     } else {
+        wchar_t characters[kWorkCharacters];
         text.append(doubleToString(value, characters, kWorkCharacters, FO_Default));
     }
 }
 
 void appendInteger(BaseString<wchar_t>& text, int value) {
-    wchar_t characters[algorithms::kMaxIntegerCharacters];
-    const wchar_t* const end = algorithms::writeSigned(algorithms::magnitudeOf(value), value < 0, characters);
-    text.append(characters, static_cast<unsigned int>(end - characters));
+    appendWritten<algorithms::kDigitBlock>(text, [value](wchar_t* out) {
+        const std::uint64_t magnitude = algorithms::magnitudeOf(value);
+        const std::uint64_t length = algorithms::integerLength(magnitude, value < 0);
+        algorithms::writeInteger<Rest::Unspecified>(magnitude, value < 0, length, out);
+        return length;
+    });
 }
 
 const char* Int64ToStr(long long value, char* buffer, unsigned long long size) {

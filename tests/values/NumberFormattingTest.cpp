@@ -1,5 +1,6 @@
 #include "vorel/values/NumberFormatting.h"
 
+#include <algorithm>
 #include <bit>
 #include <cmath>
 #include <cstdint>
@@ -246,6 +247,31 @@ TEST(NumberFormatting, AppendAddsToTheText) {
     }
 }
 
+/// Where the string has capacity, numbers are written in place.
+TEST(NumberFormatting, AppendWorksForEveryRemainingCapacity) {
+    for (unsigned int before = 0; before <= 40; ++before) {
+        const std::wstring prefix(before, L'x');
+        for (const unsigned int capacity : {16u, 32u, 64u, 128u}) {
+            const auto expectAppended = [&](const std::wstring& appended, auto append) {
+                BaseString<wchar_t> text;
+                text.reserve(capacity - 1);
+                text.append(prefix.c_str());
+                append(text);
+                EXPECT_EQ(text.view(), prefix + appended);
+                EXPECT_EQ(text.c_str()[text.length()], 0);
+                // A string grows only if the text does not fit, to the next power of two.
+                const auto needed = static_cast<unsigned int>(prefix.size() + appended.size() + 1);
+                EXPECT_EQ(text.capacity(), std::max(capacity, std::bit_ceil(needed))) << before;
+            };
+            expectAppended(L"7", [](auto& text) { util::appendInteger(text, 7); });
+            expectAppended(L"-2147483648", [](auto& text) { util::appendInteger(text, -2147483647 - 1); });
+            expectAppended(L"-1.79769313486232e+308",
+                           [](auto& text) { util::appendDouble(text, -std::numeric_limits<double>::max()); });
+            expectAppended(L"0.5", [](auto& text) { util::appendDouble(text, 0.5); });
+        }
+    }
+}
+
 TEST(NumberFormatting, Integers_AreTruncatedAndAlwaysTerminated) {
     const auto expectCuts = [](const std::string& whole, auto write) {
         for (unsigned int size = 1; size <= 40; ++size) {
@@ -315,10 +341,20 @@ TEST(NumberFormatting, NothingIsWrittenAfterTheTerminator) {
         expectOnlyTheText(std::to_string(value), true, true, 1,
                           [=](auto* buffer, unsigned int size) { util::Int64ToStr(value, buffer, size); });
     }
-    for (const unsigned long long value : {0ull, 7ull, 12345678901ull, 18446744073709551615ull}) {
-        expectOnlyTheText(std::to_string(value), true, true, 1,
+    std::string digits;
+    for (const char digit : std::string("12345678901234567890")) {  // numbers of every length
+        digits += digit;
+        const unsigned long long value = std::stoull(digits);
+        expectOnlyTheText(digits, true, true, 1,
                           [=](auto* buffer, unsigned int size) { util::UInt64ToStr(value, buffer, size); });
+        if (digits.size() < 20) {
+            const auto negative = -static_cast<long long>(value);
+            expectOnlyTheText('-' + digits, true, true, 1,
+                              [=](auto* buffer, unsigned int size) { util::Int64ToStr(negative, buffer, size); });
+        }
     }
+    expectOnlyTheText("18446744073709551615", true, true, 1,
+                      [](auto* buffer, unsigned int size) { util::UInt64ToStr(18446744073709551615u, buffer, size); });
     for (const Row& row : rows()) {
         const bool endsBuffer = row.value != 0.0 && !(row.value < 0.1 && row.value > -0.1);
         for (const FormattingOptions options : {FO_Default, FO_JSON}) {

@@ -1,8 +1,10 @@
 /// \file
 /// Numbers to text, in one form on every machine: fifteen significant digits, exponents with three digits, fixed words
 /// for the special values. The library generates the digits itself, rounded from the exact value, so the result does
-/// not depend on the runtime or the locale. Only the `append…` functions throw, and every function may be called from
-/// any thread.
+/// not depend on the runtime or the locale. Only the `append…` functions throw.
+///
+/// Every function may be called from any thread. A buffer of `size` units belongs to the call until it returns: units
+/// that keep their values may be written too, so no other thread may change them in the meantime.
 #pragma once
 
 #include "vorel/Export.h"
