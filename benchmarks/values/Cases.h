@@ -10,6 +10,7 @@ void parseIntegers(Family& family);
 void parseDoubles(Family& family);
 void formatDoubles(Family& family);
 void formatIntegers(Family& family);
-void splitJoinAndCompare(Family& family);
+void splitAndJoin(Family& family);
+void compareTexts(Family& family);
 
 }  // namespace bench

@@ -1,9 +1,15 @@
 #include <charconv>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <iterator>
+#include <limits>
+#include <string>
+#include <type_traits>
 
+#include <fmt/compile.h>
 #include <fmt/format.h>
+#include <fmt/xchar.h>
 
 #include "Cases.h"
 #include "Inputs.h"
@@ -35,9 +41,36 @@ constexpr auto kOurDouble = [](double value, auto* buffer) {
     util::doubleToString(value, buffer, kCapacity, util::FO_Default);
 };
 
-constexpr auto kOurInteger = [](long long value, auto* buffer) { util::Int64ToStr(value, buffer, kCapacity); };
+constexpr auto kOurInteger = [](auto value, auto* buffer) {
+    if constexpr (std::is_signed_v<decltype(value)>) {
+        util::Int64ToStr(value, buffer, kCapacity);
+    } else {
+        util::UInt64ToStr(value, buffer, kCapacity);
+    }
+};
 
 constexpr auto kToChars = [](auto value, char* buffer) { *std::to_chars(buffer, buffer + kCapacity, value).ptr = 0; };
+
+constexpr auto kCompiledFormat = [](auto value, auto* buffer) {
+    if constexpr (sizeof *buffer == 1) {
+        *fmt::format_to(buffer, FMT_COMPILE("{}"), value) = 0;
+    } else {
+        *fmt::format_to(buffer, FMT_COMPILE(L"{}"), value) = 0;
+    }
+};
+
+/// fmt's own buffer, without a copy.
+template <class Value>
+Pass overFormatInt(const std::vector<Value>& values) {
+    return [&values] {
+        std::uint64_t sum = 0;
+        for (const Value value : values) {
+            const fmt::format_int text(value);
+            sum += static_cast<std::uint64_t>(text.c_str()[0]) + static_cast<std::uint64_t>(text.c_str()[1]);
+        }
+        return sum;
+    };
+}
 
 void compareDoubles(Family& family, const std::string& name, double (*value)(Random&)) {
     const std::vector<double> doubles = doublesOf(value);
@@ -56,15 +89,85 @@ void compareDoubles(Family& family, const std::string& name, double (*value)(Ran
     family.compare("format " + name + ", wide", kNumbers, over<wchar_t>(doubles, kOurDouble), peers);
 }
 
-void compareIntegers(Family& family, const std::string& name, unsigned int fewestDigits, unsigned int mostDigits) {
+/// Signed numbers have either sign if `withSigns` is set.
+template <class Value>
+std::vector<Value> integersOf(unsigned int fewestDigits, unsigned int mostDigits, bool withSigns = false) {
+    constexpr auto kMax = static_cast<std::uint64_t>(std::numeric_limits<Value>::max());
     Random random(20261121);
-    std::vector<long long> integers(kNumbers);
-    for (long long& integer : integers) {
-        integer = static_cast<long long>(integerOf(fewestDigits, mostDigits, random) % 9223372036854775807u);
+    std::vector<Value> integers(kNumbers);
+    for (Value& integer : integers) {
+        const std::uint64_t drawn = integerOf(fewestDigits, mostDigits, random);
+        integer = static_cast<Value>(drawn <= kMax ? drawn : drawn / 10);
+        integer = withSigns && random() % 2 == 0 ? static_cast<Value>(0 - integer) : integer;
     }
-    const std::vector<Peer> peers = {{"std::to_chars", over<char>(integers, kToChars)}};
-    family.compare("format " + name + ", narrow", kNumbers, over<char>(integers, kOurInteger), peers);
-    family.compare("format " + name + ", wide", kNumbers, over<wchar_t>(integers, kOurInteger), peers);
+    return integers;
+}
+
+template <class Value>
+void compareIntegers(Family& family, const std::string& name, const std::vector<Value>& integers) {
+    family.compare("format " + name + ", narrow", kNumbers, over<char>(integers, kOurInteger),
+                   {{"std::to_chars", over<char>(integers, kToChars)},
+                    {"fmt compiled", over<char>(integers, kCompiledFormat)},
+                    {"fmt::format_int", overFormatInt(integers)}});
+    family.compare("format " + name + ", wide", kNumbers, over<wchar_t>(integers, kOurInteger),
+                   {{"std::to_chars", over<char>(integers, kToChars)},
+                    {"fmt compiled, wide", over<wchar_t>(integers, kCompiledFormat)},
+                    {"fmt::format_int", overFormatInt(integers)}});
+}
+
+/// A pass that appends each value to an empty text with `append`.
+template <class Text, class Append>
+Pass appendEach(const std::vector<int>& values, bool reused, Append append) {
+    return [&values, reused, append] {
+        std::uint64_t sum = 0;
+        Text kept;
+        for (const int value : values) {
+            if (reused) {
+                kept.clear();
+                append(kept, value);
+                sum += static_cast<std::uint64_t>(*kept.data());
+            } else {
+                Text fresh;
+                append(fresh, value);
+                sum += static_cast<std::uint64_t>(*fresh.data());
+            }
+        }
+        return sum;
+    };
+}
+
+constexpr auto kOurAppend = [](vorel::BaseString<wchar_t>& text, int value) { util::appendInteger(text, value); };
+constexpr auto kCompiledAppend = [](std::wstring& text, int value) {
+    fmt::format_to(std::back_inserter(text), FMT_COMPILE(L"{}"), value);
+};
+/// What a string without a buffer of its own cannot avoid.
+Pass allocateEach() {
+    return [] {
+        std::uint64_t sum = 0;
+        for (std::size_t number = 0; number < kNumbers; ++number) {
+            volatile wchar_t* const units = static_cast<wchar_t*>(std::malloc(16 * sizeof(wchar_t)));
+            units[0] = L'0';
+            sum += units[0];
+            std::free(const_cast<wchar_t*>(units));
+        }
+        return sum;
+    };
+}
+
+constexpr auto kToWstring = [](std::wstring& text, int value) { text = std::to_wstring(value); };
+
+void compareAppends(Family& family) {
+    const std::vector<int> integers = integersOf<int>(1, 10, true);
+    for (const bool reused : {false, true}) {
+        std::vector<Peer> peers = {
+            {"fmt compiled, wstring", appendEach<std::wstring>(integers, reused, kCompiledAppend)},
+            {"std::to_wstring", appendEach<std::wstring>(integers, reused, kToWstring)}};
+        if (!reused) {
+            peers.push_back({"malloc and free alone", allocateEach()});
+        }
+        family.compare(reused ? "appendInteger, reused text" : "appendInteger, fresh text", kNumbers,
+                       appendEach<vorel::BaseString<wchar_t>>(integers, reused, kOurAppend), peers);
+    }
 }
 
 }  // namespace
@@ -75,8 +178,14 @@ void formatDoubles(Family& family) {
 }
 
 void formatIntegers(Family& family) {
-    compareIntegers(family, "int64 of 19 digits", 19, 19);
-    compareIntegers(family, "int64 of 1 to 19 digits", 1, 19);
+    compareIntegers(family, "int64 of 19 digits", integersOf<long long>(19, 19));
+    compareIntegers(family, "int64 of 1 to 19 digits", integersOf<long long>(1, 19));
+    compareIntegers(family, "int64 of 1 to 10 digits", integersOf<long long>(1, 10));
+    compareIntegers(family, "int64 of 6 digits", integersOf<long long>(6, 6));
+    compareIntegers(family, "int64 of either sign", integersOf<long long>(1, 19, true));
+    compareIntegers(family, "uint64 of 1 to 20 digits", integersOf<unsigned long long>(1, 20));
+    compareIntegers(family, "uint64 of 11 to 20 digits", integersOf<unsigned long long>(11, 20));
+    compareAppends(family);
 }
 
 }  // namespace bench

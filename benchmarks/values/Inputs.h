@@ -61,7 +61,8 @@ inline std::uint64_t integerOf(unsigned int fewestDigits, unsigned int mostDigit
     for (std::uint64_t digit = 1; digit < digits; ++digit) {
         limit *= 10;
     }
-    return limit + random() % (limit * 9);
+    // Numbers of twenty digits end at 2^64.
+    return limit + random() % (digits == 20 ? ~limit : limit * 9);
 }
 
 /// A finite number with random bits.

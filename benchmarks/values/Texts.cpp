@@ -1,5 +1,5 @@
-#include <cstring>
-#include <cwchar>
+#include <string>
+#include <vector>
 
 #include "Cases.h"
 #include "Inputs.h"
@@ -89,55 +89,12 @@ void split(Family& family, const std::vector<std::wstring>& all) {
                    {{"wstring find and emplace_back", plainSplit}});
 }
 
-/// The texts of a pair are equal if case is ignored, so a comparison reads them to the end.
-void compareTexts(Family& family, const std::vector<std::wstring>& all) {
-    BothWidths lower;
-    BothWidths upper;
-    for (std::size_t pair = 0; pair + 4 < kFields; pair += 4) {
-        std::string text;
-        for (std::size_t field = pair; field < pair + 4; ++field) {
-            text.append(all[field].begin(), all[field].end());
-        }
-        lower.add(text);
-        for (char& c : text) {
-            c = c >= 'x' ? static_cast<char>(c - 'a' + 'A') : c;
-        }
-        upper.add(text);
-    }
-    const auto over = [](const auto& a, const auto& b, auto compare) -> Pass {
-        return [&a, &b, compare] {
-            std::uint64_t sum = 0;
-            for (std::size_t index = 0; index < a.size(); ++index) {
-                sum += static_cast<std::uint64_t>(compare(a.begin(index), b.begin(index)));
-            }
-            return sum;
-        };
-    };
-    family.compare("compare, ignoring case, narrow", lower.narrow.size(),
-                   over(lower.narrow, upper.narrow,
-                        [](const char* a, const char* b) { return util::strcmpAdvanced(a, b, util::SCMP_IgnoreCase); }),
-                   {{"_stricmp of the runtime", over(lower.narrow, upper.narrow, _stricmp)}});
-    family.compare(
-        "compare, ignoring case, wide", lower.wide.size(),
-        over(lower.wide, upper.wide,
-             [](const wchar_t* a, const wchar_t* b) { return util::strcmpAdvanced(a, b, util::SCMP_IgnoreCase); }),
-        {{"_wcsicmp of the runtime", over(lower.wide, upper.wide, _wcsicmp)}});
-    family.compare("compare, all flags, wide", lower.wide.size(),
-                   over(lower.wide, upper.wide,
-                        [](const wchar_t* a, const wchar_t* b) {
-                            return util::strcmpAdvanced(
-                                a, b, util::SCMP_IgnoreCase | util::SCMP_Numeric | util::SCMP_SlashesEqual);
-                        }),
-                   {{"_wcsicmp of the runtime", over(lower.wide, upper.wide, _wcsicmp)}});
-}
-
 }  // namespace
 
-void splitJoinAndCompare(Family& family) {
+void splitAndJoin(Family& family) {
     const std::vector<std::wstring> all = fields();
     join(family, all);
     split(family, all);
-    compareTexts(family, all);
 }
 
 }  // namespace bench

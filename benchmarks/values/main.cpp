@@ -6,6 +6,7 @@ int main(int argc, char** argv) {
     bench::parseDoubles(family);
     bench::formatDoubles(family);
     bench::formatIntegers(family);
-    bench::splitJoinAndCompare(family);
+    bench::splitAndJoin(family);
+    bench::compareTexts(family);
     return family.finish();
 }

@@ -1,0 +1,72 @@
+/// \file
+/// A peer for the integer parsers: the method of fast_float 5, whose integers Debian's version does not have yet. Eight
+/// decimal digits at once in one register, the others one by one with a table, and a check of the range at the end.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <limits>
+#include <type_traits>
+
+namespace bench {
+
+inline constexpr auto kDigitValues = [] {
+    std::array<unsigned char, 256> values = {};
+    values.fill(255);
+    for (unsigned char digit = 0; digit < 10; ++digit) {
+        values['0' + digit] = digit;
+    }
+    for (unsigned char letter = 0; letter < 26; ++letter) {
+        values['a' + letter] = values['A' + letter] = static_cast<unsigned char>(10 + letter);
+    }
+    return values;
+}();
+
+inline bool areEightDigits(std::uint64_t text) {
+    return (((text + 0x4646464646464646) | (text - 0x3030303030303030)) & 0x8080808080808080) == 0;
+}
+
+inline std::uint32_t valueOfEightDigits(std::uint64_t text) {
+    constexpr std::uint64_t kMask = 0x000000FF000000FF;
+    text -= 0x3030303030303030;
+    text = text * 10 + (text >> 8);
+    return static_cast<std::uint32_t>(
+        ((text & kMask) * (100 + (1000000ULL << 32)) + (text >> 16 & kMask) * (1 + (10000ULL << 32))) >> 32);
+}
+
+/// The bits of the number at `begin`; 0 if it is out of range.
+template <class Value, unsigned int base>
+std::uint64_t parseByTable(const char* begin, const char* end) {
+    const bool negative = std::is_signed_v<Value> && *begin == '-';
+    begin += negative ? 1 : 0;
+    while (begin != end && *begin == '0') {
+        ++begin;
+    }
+    const char* const digits = begin;
+    std::uint64_t value = 0;
+    for (std::uint64_t eight = 0; base == 10 && end - begin >= 8; begin += 8) {
+        std::memcpy(&eight, begin, sizeof eight);
+        if (!areEightDigits(eight)) {
+            break;
+        }
+        value = value * 100000000 + valueOfEightDigits(eight);
+    }
+    for (; begin != end; ++begin) {
+        const unsigned int digit = kDigitValues[static_cast<unsigned char>(*begin)];
+        if (digit >= base) {
+            break;
+        }
+        value = value * base + digit;
+    }
+    constexpr std::ptrdiff_t kMaxDigits = base == 10 ? 20 : 16;
+    constexpr std::uint64_t kMax = static_cast<std::uint64_t>(std::numeric_limits<Value>::max());
+    const bool wraps = begin - digits == kMaxDigits && base == 10 && value < 10000000000000000000u;
+    if (begin - digits > kMaxDigits || wraps || value > kMax + (negative ? 1 : 0)) {
+        return 0;
+    }
+    return negative ? 0 - value : value;
+}
+
+}  // namespace bench
