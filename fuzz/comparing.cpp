@@ -11,9 +11,10 @@
 
 namespace {
 
-using vorel::algorithms::compareStepByStep;
+using vorel::algorithms::compareNonNull;
 using vorel::algorithms::compareTexts;
 using vorel::algorithms::OrderRules;
+using vorel::algorithms::Steps;
 using vorel::algorithms::versionAtLeast;
 
 int signOfNumber(int number) noexcept {
@@ -38,7 +39,7 @@ void run(fuzz::Input& input) {
     const int expected = test::compared<T>(a, b, {rules.ignoreCase, rules.numeric, rules.slashesEqual});
     fuzz::check(signOfNumber(compareTexts(left, right, rules)) == expected, "the order is as expected");
     fuzz::check(signOfNumber(compareTexts(right, left, rules)) == -expected, "the reversed order is the opposite");
-    fuzz::check(compareTexts(left, right, rules) == compareStepByStep(left, right, rules),
+    fuzz::check(compareTexts(left, right, rules) == compareNonNull<Steps::Units>(left, right, rules),
                 "blocks give the same difference as single characters");
 
     const std::string version = test::shapeOf(std::basic_string_view<T>(a));

@@ -76,11 +76,58 @@ constexpr bool areSame(T a, T b, OrderRules rules) noexcept {
     return difference == 0 || (difference == kCaseBit && rules.ignoreCase && isLetter(a));
 }
 
-/// `compareTexts` of texts that are not null, character by character.
+/// Units per block.
 template <class T>
-int compareStepByStep(const T* a, const T* b, OrderRules rules) noexcept {
+inline constexpr std::size_t kOrderBlock = 16 / sizeof(T);
+
+/// The number of characters at the start of two blocks that are the same and not a terminator, at most `kOrderBlock`.
+template <class T>
+[[gnu::no_sanitize_address]] inline std::size_t sameInBlock(const T* a, const T* b, bool ignoreCase) noexcept {
+    constexpr bool kNarrow = sizeof(T) == 1;
+    const auto all = [](unsigned int unit) {
+        return kNarrow ? _mm_set1_epi8(static_cast<char>(unit)) : _mm_set1_epi16(static_cast<short>(unit));
+    };
+    const auto areEqual = [](__m128i x, __m128i y) { return kNarrow ? _mm_cmpeq_epi8(x, y) : _mm_cmpeq_epi16(x, y); };
+    const __m128i zero = _mm_setzero_si128();
+    const __m128i first = _mm_loadu_si128(reinterpret_cast<const __m128i*>(a));
+    const __m128i difference = _mm_xor_si128(first, _mm_loadu_si128(reinterpret_cast<const __m128i*>(b)));
+    // Where case matters, the difference of the two cases is replaced by 0.
+    const __m128i caseBit = ignoreCase ? all(kCaseBit) : zero;
+    // The letters, moved to the lowest signed numbers, are those below a limit.
+    constexpr unsigned int kLowest = kNarrow ? 0x80 : 0x8000;
+    const __m128i folded = _mm_or_si128(first, caseBit);
+    const __m128i letters =
+        kNarrow ? _mm_cmplt_epi8(_mm_add_epi8(folded, all(kLowest - 'a')), all(kLowest + ('z' - 'a' + 1)))
+                : _mm_cmplt_epi16(_mm_add_epi16(folded, all(kLowest - 'a')), all(kLowest + ('z' - 'a' + 1)));
+    const __m128i otherCase = _mm_and_si128(letters, areEqual(difference, caseBit));
+    const __m128i same = _mm_or_si128(areEqual(difference, zero), otherCase);
+    const auto mask = static_cast<std::uint32_t>(_mm_movemask_epi8(_mm_andnot_si128(areEqual(first, zero), same)));
+    return static_cast<std::size_t>(std::countr_zero((mask ^ 0xFFFF) | 0x10000)) / sizeof(T);
+}
+
+/// Moves both cursors past characters that are the same, as long as whole blocks lie in a page.
+template <class T>
+[[gnu::always_inline]] inline void skipSameBlocks(const T*& a, const T*& b, bool ignoreCase) noexcept {
+    while (isInPage(a, 16) && isInPage(b, 16)) {
+        const std::size_t same = sameInBlock(a, b, ignoreCase);
+        a += same;
+        b += same;
+        if (same != kOrderBlock<T>) {
+            return;
+        }
+    }
+}
+
+/// How equal characters are skipped.
+enum class Steps { Units, Blocks };
+
+/// `compareTexts` of texts that are not null. In blocks only where digits are not numbers.
+template <Steps steps, class T>
+[[gnu::always_inline]] inline int compareNonNull(const T* a, const T* b, OrderRules rules) noexcept {
     for (;;) {
-        if (rules.numeric && isDigit(*a) && isDigit(*b)) {
+        if (steps == Steps::Blocks) {
+            skipSameBlocks(a, b, rules.ignoreCase);
+        } else if (rules.numeric && isDigit(*a) && isDigit(*b)) {
             if (const int difference = compareNumbers(a, b)) {
                 return difference;
             }
@@ -104,89 +151,13 @@ int compareStepByStep(const T* a, const T* b, OrderRules rules) noexcept {
     }
 }
 
-/// Blocks of text with equal characters made identical: one case of the letters, one kind of slash.
-template <class T>
-class FoldedBlocks {
-public:
-    static constexpr std::size_t kUnits = 16 / sizeof(T);
-
-    explicit FoldedBlocks(OrderRules rules) noexcept
-        : m_caseBit(rules.ignoreCase ? all(kCaseBit) : _mm_setzero_si128()), m_slashesEqual(rules.slashesEqual) {}
-
-    /// The number of characters at the start of two blocks that are the same and not a terminator, at most `kUnits`.
-    [[nodiscard, gnu::no_sanitize_address]] std::size_t sameUnits(const T* a, const T* b) const noexcept {
-        const __m128i first = _mm_loadu_si128(reinterpret_cast<const __m128i*>(a));
-        const __m128i second = _mm_loadu_si128(reinterpret_cast<const __m128i*>(b));
-        const __m128i ends = areEqual(first, _mm_setzero_si128());
-        const __m128i same = _mm_andnot_si128(ends, areEqual(folded(first), folded(second)));
-        const auto others = ~static_cast<std::uint32_t>(_mm_movemask_epi8(same));  // the bits above sixteen are set
-        return static_cast<std::size_t>(std::countr_zero(others)) / sizeof(T);
-    }
-
-private:
-    static constexpr bool kNarrow = sizeof(T) == 1;
-
-    static __m128i all(unsigned int unit) noexcept {
-        return kNarrow ? _mm_set1_epi8(static_cast<char>(unit)) : _mm_set1_epi16(static_cast<short>(unit));
-    }
-
-    static __m128i areEqual(__m128i a, __m128i b) noexcept {
-        return kNarrow ? _mm_cmpeq_epi8(a, b) : _mm_cmpeq_epi16(a, b);
-    }
-
-    /// All ones in the units from A to Z: moved to the lowest signed numbers, they are those below a limit.
-    static __m128i areUpperCase(__m128i units) noexcept {
-        constexpr unsigned int kLowest = kNarrow ? 0x80 : 0x8000;
-        const __m128i move = all(kLowest - 'A');
-        const __m128i limit = all(kLowest + ('Z' - 'A' + 1));
-        return kNarrow ? _mm_cmplt_epi8(_mm_add_epi8(units, move), limit)
-                       : _mm_cmplt_epi16(_mm_add_epi16(units, move), limit);
-    }
-
-    [[nodiscard]] __m128i folded(__m128i units) const noexcept {
-        const __m128i lowerCase = _mm_or_si128(units, _mm_and_si128(areUpperCase(units), m_caseBit));
-        if (!m_slashesEqual) {
-            return lowerCase;
-        }
-        return _mm_xor_si128(lowerCase, _mm_and_si128(areEqual(units, all('\\')), all('/' ^ '\\')));
-    }
-
-    __m128i m_caseBit;
-    bool m_slashesEqual;
-};
-
-/// Moves both cursors past the characters that are the same, without the rule for numbers.
-template <class T>
-[[gnu::always_inline]] inline void skipSame(const T*& a, const T*& b, OrderRules rules) noexcept {
-    const FoldedBlocks<T> blocks(rules);
-    constexpr std::size_t kUnits = FoldedBlocks<T>::kUnits;
-    for (;;) {
-        if (isInPage(a, 16) && isInPage(b, 16)) [[likely]] {
-            const std::size_t same = blocks.sameUnits(a, b);
-            a += same;
-            b += same;
-            if (same < kUnits) {
-                return;
-            }
-        } else if (*a && (areSame(*a, *b, rules) || (rules.slashesEqual && isSlash(*a) && isSlash(*b)))) {
-            ++a;
-            ++b;
-        } else {
-            return;
-        }
-    }
-}
-
 /// Below 0, 0, or above 0, as `a` sorts before, equal to, or after `b`. Null sorts before every text.
 template <class T>
 [[gnu::always_inline]] inline int compareTexts(const T* a, const T* b, OrderRules rules) noexcept {
     if (!a || !b) {
         return (a ? 1 : 0) - (b ? 1 : 0);
     }
-    if (!rules.numeric) {
-        skipSame(a, b, rules);
-    }
-    return compareStepByStep(a, b, rules);
+    return rules.numeric ? compareNonNull<Steps::Units>(a, b, rules) : compareNonNull<Steps::Blocks>(a, b, rules);
 }
 
 /// Whether `version` is at least `required`, compared number by number. Any single character separates two numbers.

@@ -8,15 +8,20 @@ namespace vorel::util {
 
 namespace {
 
+template <bool numeric, class T>
+int compareBy(const T* a, const T* b, strcmpAdvFlag flags) noexcept {
+    return algorithms::compareTexts(a, b,
+                                    {.ignoreCase = (flags & SCMP_IgnoreCase) != 0,
+                                     .numeric = numeric,
+                                     .slashesEqual = (flags & SCMP_SlashesEqual) != 0});
+}
+
 template <class T>
 int compare(const T* a, const T* b, strcmpAdvFlag flags) noexcept {
     if (flags & SCMP_Reverse) {
         std::swap(a, b);
     }
-    return algorithms::compareTexts(a, b,
-                                    {.ignoreCase = (flags & SCMP_IgnoreCase) != 0,
-                                     .numeric = (flags & SCMP_Numeric) != 0,
-                                     .slashesEqual = (flags & SCMP_SlashesEqual) != 0});
+    return flags & SCMP_Numeric ? compareBy<true>(a, b, flags) : compareBy<false>(a, b, flags);
 }
 
 }  // namespace

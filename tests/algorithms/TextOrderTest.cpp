@@ -15,10 +15,12 @@
 namespace {
 
 using vorel::algorithms::boundedDifference;
-using vorel::algorithms::compareStepByStep;
+using vorel::algorithms::compareNonNull;
 using vorel::algorithms::compareTexts;
-using vorel::algorithms::FoldedBlocks;
+using vorel::algorithms::kOrderBlock;
 using vorel::algorithms::OrderRules;
+using vorel::algorithms::sameInBlock;
+using vorel::algorithms::Steps;
 
 TEST(TextOrder, BoundedDifferenceKeepsItsSignAndCanBeNegated) {
     constexpr int kMax = std::numeric_limits<int>::max();
@@ -47,31 +49,25 @@ class TextOrderBlocks : public ::testing::Test {};
 TYPED_TEST_SUITE(TextOrderBlocks, test::CharacterTypes, test::CharacterNames);
 
 /// Every pair of units below 0x180 (narrow: all), at the first and the last position of a block.
-TYPED_TEST(TextOrderBlocks, UnitsAreTheSameByTheRules) {
+TYPED_TEST(TextOrderBlocks, UnitsAreTheSameByTheRule) {
     constexpr std::uint32_t kEnd = sizeof(TypeParam) == 1 ? 0x100 : 0x180;
-    constexpr std::size_t kUnits = FoldedBlocks<Compared<TypeParam>>::kUnits;
-    for (const OrderRules rules : {OrderRules{false, false, false}, OrderRules{true, false, false},
-                                   OrderRules{false, false, true}, OrderRules{true, false, true}}) {
-        const FoldedBlocks<Compared<TypeParam>> blocks(rules);
+    constexpr std::size_t kUnits = kOrderBlock<Compared<TypeParam>>;
+    const auto isPair = [](std::uint32_t lower, std::uint32_t upper) {
+        return lower >= 'a' && lower <= 'z' && upper >= 'A' && upper <= 'Z' && lower - 'a' == upper - 'A';
+    };
+    for (const bool ignoreCase : {false, true}) {
         for (std::uint32_t first = 0; first < kEnd; ++first) {
             for (std::uint32_t second = 0; second < kEnd; ++second) {
-                const auto isPair = [=](char lower, char upper) {
-                    return (first == static_cast<unsigned char>(lower) &&
-                            second == static_cast<unsigned char>(upper)) ||
-                           (second == static_cast<unsigned char>(lower) && first == static_cast<unsigned char>(upper));
-                };
-                bool same = first == second && first != 0;
-                for (char letter = 'a'; rules.ignoreCase && letter <= 'z'; ++letter) {
-                    same = same || isPair(letter, static_cast<char>(letter - 'a' + 'A'));
-                }
-                same = same || (rules.slashesEqual && isPair('/', '\\'));
+                const bool isSame =
+                    (first == second && first != 0) || (ignoreCase && (isPair(first, second) || isPair(second, first)));
                 for (const std::size_t position : {std::size_t{0}, kUnits - 1}) {
                     std::basic_string<TypeParam> a(kUnits, TypeParam{'x'});
                     std::basic_string<TypeParam> b = a;
                     a[position] = static_cast<TypeParam>(first);
                     b[position] = static_cast<TypeParam>(second);
-                    const std::size_t units = blocks.sameUnits(compared(a.data()), compared(b.data()));
-                    ASSERT_EQ(units, same ? kUnits : position) << first << " and " << second;
+                    ASSERT_EQ(sameInBlock(compared(a.data()), compared(b.data()), ignoreCase),
+                              isSame ? kUnits : position)
+                        << first << " and " << second;
                 }
             }
         }
@@ -101,8 +97,8 @@ TYPED_TEST(TextOrderBlocks, AgreeWithTheComparisonStepByStep) {
         const auto* const right = compared(test::placeAnywhere(random, pagesOfB, b));
         for (int bits = 0; bits < 8; ++bits) {
             const OrderRules rules = {(bits & 1) != 0, (bits & 2) != 0, (bits & 4) != 0};
-            ASSERT_EQ(compareTexts(left, right, rules), compareStepByStep(left, right, rules)) << bits;
-            ASSERT_EQ(compareTexts(right, left, rules), compareStepByStep(right, left, rules)) << bits;
+            ASSERT_EQ(compareTexts(left, right, rules), compareNonNull<Steps::Units>(left, right, rules)) << bits;
+            ASSERT_EQ(compareTexts(right, left, rules), compareNonNull<Steps::Units>(right, left, rules)) << bits;
         }
     });
 }
