@@ -17,10 +17,22 @@ void storeEnd(const T* cursor, End** end) noexcept {
     }
 }
 
-/// Parses an integer (see `parseInteger`) and stores where it ends unless `end` is null. A null text is 0.
+/// `readInteger` of a null text, or of a number of any length.
+template <class Value, class T, class End>
+[[gnu::noinline]] Value readAnyInteger(const T* text, End** end, bool skipTrailingSpace) noexcept {
+    const Value value = text ? parseInteger<Value>(text, skipTrailingSpace) : 0;
+    storeEnd(text, end);
+    return value;
+}
+
+/// Parses an integer (see `parseInteger`) and stores where it ends unless `end` is null. A null text is 0. Other
+/// numbers than those of the usual length are parsed by a tail call, so that this function needs no stack frame.
 template <class Value, class T, class End>
 [[gnu::always_inline]] inline Value readInteger(const T* text, End** end, bool skipTrailingSpace) noexcept {
-    const Value value = text ? parseInteger<Value>(text, skipTrailingSpace) : 0;
+    Value value = 0;
+    if (!text || !parseShortInteger(text, skipTrailingSpace, value)) [[unlikely]] {
+        return readAnyInteger<Value>(text, end, skipTrailingSpace);
+    }
     storeEnd(text, end);
     return value;
 }

@@ -27,41 +27,43 @@ constexpr bool consumeSign(const T*& cursor) noexcept {
     return negative;
 }
 
-/// Parses decimal digits and appends them to the digits of `value`, modulo the range of the type.
+/// Parses less than two blocks of digits without branching on their number. Returns false and consumes nothing if the
+/// digits must be parsed one by one.
 template <class Value, class T>
-[[gnu::noinline]] Value parseMoreDigits(const T*& cursor, Value value) noexcept {
-    while (areDigitBlocksInPage(cursor)) {
-        const std::uint64_t count = leadingDigits(digitMask(cursor));
-        value = static_cast<Value>(value * kIntegerPowersOfTen[count] + valueOfDigits(cursor, count));
-        cursor += count;
-        if (count < kDigitBlock) {
-            return value;
-        }
+[[gnu::always_inline]] inline bool parseShortDigits(const T*& cursor, Value& value) noexcept {
+    static_assert(std::is_unsigned_v<Value>);
+    if (!areDigitBlocksInPage(cursor)) [[unlikely]] {
+        return false;
     }
+    std::uint64_t count = leadingDigits(digitMask(cursor));
+    value = static_cast<Value>(valueOfDigits(cursor, count));
+    if (count == kDigitBlock) [[unlikely]] {
+        const std::uint64_t more = leadingDigits(digitMask(cursor + kDigitBlock));
+        if (more == kDigitBlock) {
+            return false;
+        }
+        value = static_cast<Value>(value * kIntegerPowersOfTen[more] + valueOfDigits(cursor + kDigitBlock, more));
+        count += more;
+    }
+    cursor += count;
+    return true;
+}
+
+/// Parses decimal digits one by one. Returns their value, modulo the range of the type.
+template <class Value, class T>
+constexpr Value parseDigitsStepByStep(const T*& cursor) noexcept {
+    Value value = 0;
     for (; isDigit(*cursor); ++cursor) {
         value = value * 10 + static_cast<Value>(*cursor - '0');
     }
     return value;
 }
 
-/// Parses decimal digits. Returns their value, modulo the range of the type. Inlined, so that the cursor stays in a
-/// register for the numbers of usual length.
+/// Parses decimal digits. Returns their value, modulo the range of the type.
 template <class Value, class T>
 [[gnu::always_inline]] inline Value parseDigits(const T*& cursor) noexcept {
-    static_assert(std::is_unsigned_v<Value>);
     Value value = 0;
-    if (areDigitBlocksInPage(cursor)) [[likely]] {
-        const std::uint64_t count = leadingDigits(digitMask(cursor));
-        value = static_cast<Value>(valueOfDigits(cursor, count));
-        cursor += count;
-        if (count < kDigitBlock) [[likely]] {
-            return value;
-        }
-    }
-    const T* rest = cursor;
-    value = parseMoreDigits(rest, value);
-    cursor = rest;
-    return value;
+    return parseShortDigits(cursor, value) ? value : parseDigitsStepByStep<Value>(cursor);
 }
 
 /// Consumes a point and the zeros after it, if present. Returns whether there was a point.
@@ -98,20 +100,45 @@ constexpr Value negatedIf(bool negative, Value value) noexcept {
     return (value ^ (Value{0} - Value{negative})) + Value{negative};
 }
 
-/// Parses spaces, a sign and digits, and optionally the spaces after them. An unsigned number accepts only '+': a '-'
-/// stops the scan.
+/// Consumes the sign of an integer. An unsigned number accepts only '+': a '-' stops the scan. Returns whether it was a
+/// '-'.
 template <class Value, class T>
-[[gnu::always_inline]] inline Value parseInteger(const T*& cursor, bool skipTrailingSpaces) noexcept {
+constexpr bool consumeIntegerSign(const T*& cursor) noexcept {
+    return (std::is_signed_v<Value> || *cursor != '-') && consumeSign(cursor);
+}
+
+/// Parses spaces, a sign and digits, and optionally the spaces after them. Returns false and consumes nothing if the
+/// digits must be parsed one by one.
+template <class Value, class T>
+[[gnu::always_inline]] inline bool parseShortInteger(const T*& start, bool skipTrailingSpaces, Value& value) noexcept {
+    const T* cursor = start;
     skipSpaces(cursor);
-    bool negative = false;
-    if (std::is_signed_v<Value> || *cursor != '-') {
-        negative = consumeSign(cursor);
+    const bool negative = consumeIntegerSign<Value>(cursor);
+    std::make_unsigned_t<Value> magnitude = 0;
+    if (!parseShortDigits(cursor, magnitude)) [[unlikely]] {
+        return false;
     }
-    const auto value = parseDigits<std::make_unsigned_t<Value>>(cursor);
     if (skipTrailingSpaces) {
         skipSpaces(cursor);
     }
-    return static_cast<Value>(negatedIf(negative, value));
+    value = static_cast<Value>(negatedIf(negative, magnitude));
+    start = cursor;
+    return true;
+}
+
+/// The same for a number of any length.
+template <class Value, class T>
+Value parseInteger(const T*& cursor, bool skipTrailingSpaces) noexcept {
+    Value value = 0;
+    if (!parseShortInteger(cursor, skipTrailingSpaces, value)) {
+        skipSpaces(cursor);
+        const bool negative = consumeIntegerSign<Value>(cursor);
+        value = static_cast<Value>(negatedIf(negative, parseDigitsStepByStep<std::make_unsigned_t<Value>>(cursor)));
+        if (skipTrailingSpaces) {
+            skipSpaces(cursor);
+        }
+    }
+    return value;
 }
 
 /// The maximum number of hexadecimal digits. The limits differ by design: of more than eight digits of narrow text the
