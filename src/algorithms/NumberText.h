@@ -100,7 +100,7 @@ template <Rest rest, class T>
         storeCharacters(characters, out);
         out[count] = 0;
     } else {
-        // A terminator in the block is stored with the text: a store of its own would delay the load for the next text
+        // A terminator in the block is stored with the text: a separate store would delay the load for the next text
         // in the same buffer.
         const __m128i text = _mm_andnot_si128(lastBytes(kDigitBlock - count), characters);
         const bool fillsBlock = count == kDigitBlock;
@@ -195,7 +195,7 @@ inline __m128i insertDecimalPoint(__m128i digits, int whole) noexcept {
 
 /// Writes "e+020". `Raw` writes two digits if two are enough.
 template <class T>
-T* writeExponent(int exponent, DoubleForm form, T* out) noexcept {
+[[gnu::always_inline]] inline T* writeExponent(int exponent, DoubleForm form, T* out) noexcept {
     const auto magnitude = static_cast<unsigned int>(exponent < 0 ? -exponent : exponent);
     out[0] = 'e';
     out[1] = exponent < 0 ? '-' : '+';
@@ -209,7 +209,7 @@ T* writeExponent(int exponent, DoubleForm form, T* out) noexcept {
 /// Writes the sign of a negative number, without a branch. Returns the position after it. Nothing else is stored to
 /// `out`, because a small store would delay the load of the block there.
 template <Rest rest, class T>
-T* writeSign(bool negative, T* out) noexcept {
+[[gnu::always_inline]] inline T* writeSign(bool negative, T* out) noexcept {
     T unused;
     *(rest == Rest::Unspecified || negative ? out : &unused) = '-';
     return out + (negative ? 1 : 0);
@@ -219,7 +219,7 @@ T* writeSign(bool negative, T* out) noexcept {
 /// on, the digits are those of "%.15g". Smaller values always have an exponent and keep the point. `out` has space for
 /// `kDoubleCapacity` characters.
 template <Rest rest, class T>
-T* writeDouble(double value, DoubleForm form, T* out) noexcept {
+[[gnu::always_inline]] inline T* writeDouble(double value, DoubleForm form, T* out) noexcept {
     out = writeSign<rest>(std::signbit(value), out);
     value = std::fabs(value);
     const bool isSmall = value < 0.1;
@@ -291,9 +291,10 @@ void copyTruncatedText(const T* text, std::size_t length, T* buffer, unsigned lo
 
 /// A number in a buffer that may be too small for its text. Returns the buffer.
 template <class T>
-[[gnu::noinline]] T* writeTruncatedInteger(std::uint64_t magnitude, bool negative, std::uint64_t length, T* buffer,
+[[gnu::noinline]] T* writeTruncatedInteger(std::uint64_t magnitude, bool negative, T* buffer,
                                            unsigned long long size) noexcept {
     T text[kMaxIntegerCharacters + 1];
+    const std::uint64_t length = integerLength(magnitude, negative);
     writeInteger<Rest::Unspecified>(magnitude, negative, length, text);
     copyTruncatedText(text, static_cast<std::size_t>(length), buffer, size);
     return buffer;
@@ -309,7 +310,7 @@ template <class T>
     }
     const std::uint64_t length = integerLength(magnitude, negative);
     if (size < kDigitBlock || size <= length) [[unlikely]] {
-        return writeTruncatedInteger(magnitude, negative, length, buffer, size);
+        return writeTruncatedInteger(magnitude, negative, buffer, size);
     }
     buffer[size - 1] = 0;  // first, so that the rest can be a tail call
     return writeInteger<Rest::Unchanged>(magnitude, negative, length, buffer);

@@ -20,6 +20,12 @@ using algorithms::Rest;
 
 constexpr unsigned long long kWorkCharacters = 64;
 
+/// Whether a value is written as digits: it is finite and not 0.
+bool hasDigits(double value) noexcept {
+    constexpr std::uint64_t kInfinite = std::uint64_t{0x7FF0000000000000} << 1;  // without the sign
+    return (std::bit_cast<std::uint64_t>(value) << 1) - 1 < kInfinite - 1;
+}
+
 /// The text of an infinite value or NaN.
 std::string_view specialWord(double value, bool json) noexcept {
     constexpr std::uint64_t kWithoutSign = 0x7FFFFFFFFFFFFFFF;
@@ -64,6 +70,29 @@ char* writeTruncated(double value, char* buffer, unsigned long long size, Format
     return baseutil::makeDoubleFormatConsistent(buffer, size, options);
 }
 
+/// Writes a value without digits, or to a buffer that may be too small. Returns the buffer.
+[[gnu::noinline]] char* writeSpecial(double value, char* buffer, unsigned long long size,
+                                     FormattingOptions options) noexcept {
+    if (value == 0.0) {
+        buffer[0] = '0';
+        buffer[1] = 0;
+    } else if (!std::isfinite(value)) {
+        const std::string_view word = specialWord(value, (options & FO_JSON) != 0);
+        algorithms::copyTruncatedText(word.data(), word.size(), buffer, size);
+    } else {
+        writeTruncated(value, buffer, size, options);
+    }
+    return buffer;
+}
+
+[[gnu::noinline]] wchar_t* writeSpecial(double value, wchar_t* buffer, unsigned long long size,
+                                        FormattingOptions options) noexcept {
+    char text[kWorkCharacters];
+    doubleToString(value, text, kWorkCharacters, options);
+    std::copy_n(text, std::min<unsigned long long>(std::strlen(text) + 1, size), buffer);
+    return buffer;
+}
+
 /// Appends the text that `write` writes to a position with space for `capacity` units. It returns the text's length.
 template <unsigned int capacity, class Write>
 void appendWritten(BaseString<wchar_t>& text, Write&& write) {
@@ -81,19 +110,12 @@ void appendWritten(BaseString<wchar_t>& text, Write&& write) {
 }  // namespace
 
 const char* doubleToString(double value, char* buffer, unsigned long long size, FormattingOptions options) {
-    if (value == 0.0) {
-        buffer[0] = '0';
-        buffer[1] = 0;
-    } else if (!std::isfinite(value)) {
-        const std::string_view word = specialWord(value, (options & FO_JSON) != 0);
-        algorithms::copyTruncatedText(word.data(), word.size(), buffer, size);
-    } else if (size < algorithms::kDoubleCapacity) {
-        writeTruncated(value, buffer, size, options);
-    } else {
-        writeInForm<Rest::Unchanged>(value, buffer, options);
-        if (!isSmall(value)) {
-            buffer[size - 1] = 0;
-        }
+    if (size < algorithms::kDoubleCapacity || !hasDigits(value)) [[unlikely]] {
+        return writeSpecial(value, buffer, size, options);
+    }
+    writeInForm<Rest::Unchanged>(value, buffer, options);
+    if (!isSmall(value)) {
+        buffer[size - 1] = 0;
     }
     return buffer;
 }
@@ -102,18 +124,15 @@ const wchar_t* doubleToString(double value, wchar_t* buffer, unsigned long long 
     if (!buffer) {
         return nullptr;
     }
-    if (size >= algorithms::kDoubleCapacity && value != 0.0 && std::isfinite(value)) {
-        writeInForm<Rest::Unchanged>(value, buffer, options);
-    } else {
-        char text[kWorkCharacters];
-        doubleToString(value, text, kWorkCharacters, options);
-        std::copy_n(text, std::min<unsigned long long>(std::strlen(text) + 1, size), buffer);
+    if (size < algorithms::kDoubleCapacity || !hasDigits(value)) [[unlikely]] {
+        return writeSpecial(value, buffer, size, options);
     }
+    writeInForm<Rest::Unchanged>(value, buffer, options);
     return buffer;
 }
 
 void appendDouble(BaseString<wchar_t>& text, double value) {
-    if (value != 0.0 && std::isfinite(value)) {
+    if (hasDigits(value)) {
         appendWritten<algorithms::kDoubleCapacity>(
             text, [value](wchar_t* out) { return writeInForm<Rest::Unspecified>(value, out, FO_Default) - out; });
     } else {
