@@ -140,7 +140,7 @@ constexpr auto kOurAppend = [](vorel::BaseString<wchar_t>& text, int value) { ut
 constexpr auto kCompiledAppend = [](std::wstring& text, int value) {
     fmt::format_to(std::back_inserter(text), FMT_COMPILE(L"{}"), value);
 };
-/// What a string without a buffer of its own cannot avoid.
+/// The least that a fresh string costs.
 Pass allocateEach() {
     return [] {
         std::uint64_t sum = 0;
