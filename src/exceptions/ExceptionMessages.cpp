@@ -36,6 +36,16 @@ void push(Stack& stack, const wchar_t* text) noexcept {
     }
 }
 
+/// The message of a new entry, or `spare` without memory for an entry.
+template <class Stack>
+BaseString<wchar_t>& pushEmpty(Stack& stack, BaseString<wchar_t>& spare) noexcept {
+    try {
+        return stack.emplace_back().message;
+    } catch (...) {
+        return spare;
+    }
+}
+
 const wchar_t* textOf(const BaseString<wchar_t>& string) noexcept {
     return string.view().data();
 }
@@ -64,10 +74,15 @@ void Exception::SetMessageOnStack(const wchar_t* fmt, va_list args) noexcept {
 
 void Exception::SetMessageOnStack(const char* fmt, va_list args) noexcept {
     const MessageText<char> message(fmt, args);
-    BaseString<wchar_t> converted;
-    detail::mbs2wcs(message.text(), converted);
-    const wchar_t* const text = message.text() ? converted.view().data() : baseutil::kUnformattable;
-    push(m_stack, text);
+    BaseString<wchar_t> spare;
+    BaseString<wchar_t>& stored = pushEmpty(m_stack, spare);
+    const wchar_t* text = baseutil::kUnformattable;
+    if (message.text()) {
+        detail::mbs2wcs(message.text(), stored);  // directly into the entry
+        text = textOf(stored);
+    } else {
+        StringAccess<wchar_t>::tryAssign(stored, text);
+    }
     if (!m_delayedLogging) {
         MirrorErrorMessage(ErrorLogLocation, CurrentLogSize,
                            message.truncated() ? "Vorel Error Truncated: " : "Vorel Error: ", text, true);

@@ -1,18 +1,18 @@
 #include "exceptions/LocaleText.h"
 
+#include <algorithm>
 #include <cstdlib>
-#include <memory>
 #include <string>
 
+#include "core/StringAccess.h"
 #include "vorel/core/Protocol.h"
 
 namespace vorel::detail {
 
 namespace {
 
-struct Free {
-    void operator()(void* block) const noexcept { std::free(block); }
-};
+/// A length that no string can have: growing to it fails.
+constexpr std::size_t kTooLong = 0xFFFFFFFF;
 
 /// The parameters of one direction. `kMaxPerUnit` is the number of target units that a source unit can need.
 struct ToWide {
@@ -37,6 +37,7 @@ struct ToNarrow {
     }
 };
 
+/// Converts directly into the buffer of `target`.
 template <class Direction, class From, class To>
 void convert(const From* source, BaseString<To>& target) noexcept {
     runNoThrow(Direction::kContext, [&] {
@@ -45,18 +46,19 @@ void convert(const From* source, BaseString<To>& target) noexcept {
             return;
         }
         const std::size_t capacity = std::char_traits<From>::length(source) * Direction::kMaxPerUnit + 1;
-        const std::unique_ptr<To, Free> buffer(static_cast<To*>(std::malloc(capacity * sizeof(To))));
-        if (!buffer) {
+        const auto reserved = static_cast<unsigned int>(std::min(capacity - 1, kTooLong));
+        unsigned int notAllocated = 0;
+        if (!StringAccess<To>::tryReserve(target, reserved, true, notAllocated)) {
             target = Direction::kNoMemory;
             return;
         }
-        const std::size_t converted = Direction::convert(buffer.get(), source, capacity);
+        const std::size_t converted = Direction::convert(target.data(), source, capacity);
         if (converted == static_cast<std::size_t>(-1)) {
+            StringAccess<To>::setLength(target, 0);  // empty if the next line fails
             target = Direction::kInvalid;
             return;
         }
-        buffer.get()[capacity - 1] = 0;
-        target = buffer.get();
+        StringAccess<To>::setLength(target, static_cast<unsigned int>(std::min(converted, capacity - 1)));
     });
 }
 

@@ -336,4 +336,28 @@ TEST(LongMessage, IsTruncatedWithoutMarkWhenItReplacesAnother) {
     EXPECT_EQ(log.messages(), std::vector<std::string>{"Vorel Error: before"});
 }
 
+// A narrow message is converted into its entry, without another block.
+TEST(NarrowMessage, NeedsTheStackAndItsText) {
+    const Texts noTexts;
+    const struct {
+        unsigned int failing;
+        Texts messages;
+        std::string logged;
+    } cases[] = {
+        {1, noTexts, "a short message"},
+        {2, {kNoMemoryForText}, "Out of memory for text conversion"},
+        {3, {L"a short message"}, "a short message"},
+    };
+    for (const auto& c : cases) {
+        const test::TemporaryLog log;
+        heap::arm(c.failing, heap::Failure::Once);
+        const Exception e("%s", "a short message");
+        const unsigned int failed = heap::failedRequests();
+        heap::disarm();
+        EXPECT_EQ(failed, c.failing <= 2 ? 1u : 0u);
+        EXPECT_EQ(test::messagesOf(e), c.messages) << c.failing;
+        EXPECT_EQ(log.messages(), std::vector<std::string>{"Vorel Error: " + c.logged}) << c.failing;
+    }
+}
+
 }  // namespace
