@@ -1,5 +1,9 @@
 #include "vorel/sync/AutoMutex.h"
 
+#include <cstring>
+#include <string>
+#include <string_view>
+
 #include <windows.h>
 
 #include "sync/MutexAccess.h"
@@ -25,6 +29,28 @@ long long currentThread() noexcept {
 int asInt32(long long threadId) noexcept {
     return static_cast<int>(threadId);
 }
+
+/// "Global\" and a name: on the stack, or on the heap if it is longer than the names that the system documents.
+class FullName {
+public:
+    /// \throws MemoryException
+    explicit FullName(const wchar_t* name) {
+        constexpr std::wstring_view kNamespace = L"Global\\";
+        const std::size_t bytes = (std::char_traits<wchar_t>::length(name) + 1) * sizeof(wchar_t);
+        if (bytes <= sizeof m_short - kNamespace.size() * sizeof(wchar_t)) {
+            std::memcpy(m_short + kNamespace.copy(m_short, kNamespace.size()), name, bytes);
+        } else {
+            m_long = kNamespace.data();
+            m_long += name;
+        }
+    }
+
+    [[nodiscard]] const wchar_t* text() const noexcept { return m_long.empty() ? m_short : m_long.c_str(); }
+
+private:
+    BaseString<wchar_t> m_long;
+    wchar_t m_short[MAX_PATH + 1];
+};
 
 /// The text for a failed wait.
 class Reason {
@@ -76,11 +102,10 @@ bool AutoMutex::initialize(const wchar_t* name, bool flag) {
         terminate();
         constexpr int kRetries = 10;
         constexpr int kSleepMs = 100;
-        BaseString<wchar_t> fullName(L"Global\\");
-        fullName += name;
+        const FullName fullName(name);
         m_name = name;
         m_flag = flag;
-        m_mutex = detail::KernelHandle(ObtainAccessableMutex(0, fullName.c_str(), kRetries, kSleepMs, nullptr));
+        m_mutex = detail::KernelHandle(ObtainAccessableMutex(0, fullName.text(), kRetries, kSleepMs, nullptr));
         return static_cast<bool>(m_mutex);
     });
 }

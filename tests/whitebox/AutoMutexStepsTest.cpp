@@ -155,6 +155,20 @@ TEST_F(AutoMutexSteps, InitializeKeepsTheOldMutexIfItCannotBeLocked) {
 
 // ---- Locking --------------------------------------------------------------------------------------------------------
 
+TEST_F(AutoMutexSteps, NameOfAnyLengthGetsTheGlobalNamespace) {
+    std::wstring created;
+    const ImportHook<importedCreateMutexW> create(
+        [&](LPSECURITY_ATTRIBUTES attributes, BOOL isOwned, const wchar_t* name) {
+            created = name;
+            return create.original(attributes, isOwned, L"Global\\vorel_any_length");
+        });
+    for (const std::size_t length : {0u, 1u, 252u, 253u, 254u, 255u, 1000u, 40000u}) {
+        const std::wstring name(length, L'n');
+        const AutoMutex mutex(name.c_str(), false, false);
+        EXPECT_EQ(created, L"Global\\" + name);
+    }
+}
+
 TEST_F(AutoMutexSteps, TimeoutIsPassedToTheSystemUnchanged) {
     std::vector<DWORD> waitsMs;
     {
