@@ -12,6 +12,7 @@ namespace bench {
 
 void criticalSections(Family& family);
 void mutexes(Family& family);
+void conditions(Family& family);
 void logLines(Family& family);
 
 }  // namespace bench

@@ -17,6 +17,7 @@ namespace {
 constexpr std::size_t kLines = 50;
 
 constexpr char kText[] = "the quick brown fox jumps over the lazy dog";
+constexpr wchar_t kWideText[] = L"the quick brown fox jumps over the lazy dog";
 
 /// A line with the same length as a line of the log.
 std::string lineLikeTheLogs() {
@@ -33,35 +34,34 @@ std::string temporaryPath(const char* name) {
     return folder + std::string(name) + std::to_string(GetCurrentProcessId()) + ".txt";
 }
 
-/// Only the calls that write a line of the log: read the size under the lock, then append under the lock.
+/// Only the calls that append a line to a file: open it with the runtime, lock, write, unlock and close it.
 class BareCalls {
 public:
     explicit BareCalls(std::string path) : m_path(std::move(path)), m_line(lineLikeTheLogs()) {}
 
-    [[nodiscard]] std::uint64_t write() const {
-        const int looked = open(0);
-        lock(looked, true);
-        struct _stat64 status = {};
-        const bool known = _fstat64(looked, &status) == 0;
-        lock(looked, false);
-        _close(looked);
+    /// With a stream of the runtime, like the log.
+    [[nodiscard]] bool writeToStream() const {
+        const int descriptor = open();
+        lock(descriptor, true);
+        std::FILE* const stream = _fdopen(descriptor, "a");
+        const bool written =
+            stream && std::fwrite(m_line.data(), 1, m_line.size(), stream) == m_line.size() && std::fflush(stream) == 0;
+        lock(descriptor, false);
+        return written && std::fclose(stream) == 0;
+    }
 
-        const int opened = open(_O_APPEND);
-        lock(opened, true);
-        std::FILE* const stream = _fdopen(opened, "a");
-        if (stream) {
-            (void)std::fwrite(m_line.data(), 1, m_line.size(), stream);
-            (void)std::fflush(stream);
-            lock(opened, false);
-            (void)std::fclose(stream);
-        }
-        return known && stream ? 1 : 0;
+    [[nodiscard]] bool writeToDescriptor() const {
+        const int descriptor = open();
+        lock(descriptor, true);
+        const bool written = _write(descriptor, m_line.data(), static_cast<unsigned int>(m_line.size())) > 0;
+        lock(descriptor, false);
+        return _close(descriptor) == 0 && written;
     }
 
 private:
-    [[nodiscard]] int open(int flag) const {
+    [[nodiscard]] int open() const {
         int descriptor = -1;
-        _sopen_s(&descriptor, m_path.c_str(), _O_WRONLY | _O_CREAT | _O_NOINHERIT | flag, _SH_DENYNO,
+        _sopen_s(&descriptor, m_path.c_str(), _O_WRONLY | _O_CREAT | _O_NOINHERIT | _O_APPEND, _SH_DENYNO,
                  _S_IREAD | _S_IWRITE);
         return descriptor;
     }
@@ -81,6 +81,17 @@ private:
     std::string m_line;
 };
 
+template <class Write>
+Pass lines(Write write) {
+    return [write] {
+        std::uint64_t written = 0;
+        for (std::size_t line = 0; line != kLines; ++line) {
+            written += write() ? 1u : 0u;
+        }
+        return written;
+    };
+}
+
 }  // namespace
 
 void logLines(Family& family) {
@@ -88,20 +99,20 @@ void logLines(Family& family) {
     const std::string barePath = temporaryPath("vorel_bench_bare_");
     vorel::Exception::SetErrorLogLocation(logPath.c_str(), 1000000000);
     const BareCalls bare(barePath);
-    family.compare("a line of the error log", kLines,
-                   [] {
-                       for (std::size_t line = 0; line != kLines; ++line) {
-                           vorel::Exception::warn("%s", kText);
-                       }
-                       return std::uint64_t{kLines};
-                   },
-                   {{"the same calls without the log", [&] {
-                         std::uint64_t lines = 0;
-                         for (std::size_t line = 0; line != kLines; ++line) {
-                             lines += bare.write();
-                         }
-                         return lines;
-                     }}});
+    const std::vector<Peer> peers = {
+        {"one open, with a stream", lines([&] { return bare.writeToStream(); })},
+        {"one open, with a descriptor", lines([&] { return bare.writeToDescriptor(); })},
+    };
+    family.compare("a line of the error log", kLines, lines([] {
+                       vorel::Exception::warn("%s", kText);
+                       return true;
+                   }),
+                   peers);
+    family.compare("a line of the error log, wide", kLines, lines([] {
+                       vorel::Exception::warn(L"%ls", kWideText);
+                       return true;
+                   }),
+                   peers);
     DeleteFileA(logPath.c_str());
     DeleteFileA(barePath.c_str());
 }

@@ -11,6 +11,7 @@ namespace bench {
 namespace {
 
 constexpr std::size_t kLocks = 200;
+constexpr std::size_t kCreations = 100;
 
 std::wstring nameOf(const wchar_t* stem) {
     return stem + std::to_wstring(GetCurrentProcessId());
@@ -39,6 +40,22 @@ void mutexes(Family& family) {
                          return number;
                      }}});
     CloseHandle(raw);
+
+    const std::wstring oursName = nameOf(L"vorel_bench_created_");
+    const std::wstring rawName = nameOf(L"Global\\vorel_bench_created_raw_");
+    family.compare("AutoMutex, create and destroy", kCreations,
+                   [&] {
+                       for (std::size_t count = 0; count != kCreations; ++count) {
+                           const vorel::AutoMutex mutex(oursName.c_str(), false, false);
+                       }
+                       return std::uint64_t{kCreations};
+                   },
+                   {{"CreateMutexW and CloseHandle", [&] {
+                         for (std::size_t count = 0; count != kCreations; ++count) {
+                             CloseHandle(CreateMutexW(nullptr, FALSE, rawName.c_str()));
+                         }
+                         return std::uint64_t{kCreations};
+                     }}});
 }
 
 }  // namespace bench
