@@ -15,7 +15,7 @@
 ///
 /// Elements may be arrays, exceptions, and other types whose destructor may throw. An operation that removes elements
 /// releases all of them, even if the destructor of one fails. The operation throws the first failure after its work is
-/// done. Later failures are recorded in the log as "Array::~Array: … suppressed" and swallowed.
+/// done. Later failures are recorded in the log as "Array::~Array: ... suppressed" and swallowed.
 #pragma once
 
 #include <algorithm>

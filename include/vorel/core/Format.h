@@ -12,7 +12,7 @@ namespace vorel::util {
 /// or a negative value if it cannot be rendered. The runtime renders the text to the null device, so the count is
 /// exactly the runtime's. Thread-safe; never throws.
 ///
-///     "%d-%s" with 12, "ab"  →  5
+///     "%d-%s" with 12, "ab"  ->  5
 VOREL_API int calculateSnprintFBufferSize(const char* fmt, va_list args);
 VOREL_API int calculateSnprintFBufferSize(const wchar_t* fmt, va_list args);
 

@@ -29,7 +29,7 @@ namespace vorel {
 
 /// The smallest odd prime above `n`, and 2 for 1: the bucket counts of a growing map.
 ///
-///     1 → 2    2 → 3    7 → 11    8 → 11    24 → 29
+///     1 -> 2    2 -> 3    7 -> 11    8 -> 11    24 -> 29
 inline std::uint64_t nextPrime(std::uint64_t n) noexcept {
     if (n == 1) {
         return 2;
@@ -273,7 +273,7 @@ public:
 
     /// Releases every node, including the spare ones. The buckets are kept.
     /// \throws the first failure of a destructor of a key or value, after every node is released and the map is empty.
-    ///         Later failures are recorded in the log as "HashMap::~HashMap: … suppressed" and swallowed.
+    ///         Later failures are recorded in the log as "HashMap::~HashMap: ... suppressed" and swallowed.
     void clear() {
         m_size = 0;
         unsigned int bucket = 0;

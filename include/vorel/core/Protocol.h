@@ -3,7 +3,7 @@
 /// raise. Both are only declared here, so that the core headers include nothing from the layers above. They are defined
 /// with the exception classes.
 ///
-///     return detail::runRethrowing(L"vorel::util", L"gmtime", [&] { … });
+///     return detail::runRethrowing(L"vorel::util", L"gmtime", [&] { ... });
 ///
 /// If a library exception leaves the body, it gets the record "vorel::util::gmtime: Vorel exception rethrown" and is
 /// rethrown with its dynamic type. Any other exception becomes a new `Exception` "vorel::util::gmtime: Severe error

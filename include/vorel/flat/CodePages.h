@@ -16,7 +16,7 @@ extern "C" {
 /// Returns the number of the code page `name`. Names are not case-sensitive. Does not check that the system has it.
 /// `VOREL_ERROR_UNKNOWN_NAME` if no code page has this name.
 ///
-///     "latin1"  →  28591
+///     "latin1"  ->  28591
 VOREL_API vorel_status vorel_code_page_by_name(const vorel_char16* name, size_t length, int32_t* codePage);
 
 /// Converts bytes of a code page to UTF-16. `VOREL_ERROR_INVALID_TEXT` if they are not valid in it.

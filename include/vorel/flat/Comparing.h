@@ -20,7 +20,7 @@ enum {
 
 /// Sets `order` to -1, 0 or 1 if `a` is before, equal to, or after `b`. Units are compared by their values.
 ///
-///     "file9", "file10"  →  1, with VOREL_COMPARE_NUMERIC -1
+///     "file9", "file10"  ->  1, with VOREL_COMPARE_NUMERIC -1
 VOREL_API vorel_status vorel_compare(const vorel_char16* a, size_t aLength, const vorel_char16* b, size_t bLength,
                                      uint32_t flags, int32_t* order);
 
@@ -28,7 +28,7 @@ VOREL_API vorel_status vorel_compare(const vorel_char16* a, size_t aLength, cons
 /// `version` is at least `required`, else 0. It is 0 for an empty text, and for a version with fewer numbers than
 /// `required`, even if the missing numbers are zero.
 ///
-///     "10.2", "9.9"  →  1        "1.2", "1.2.0"  →  0
+///     "10.2", "9.9"  ->  1        "1.2", "1.2.0"  ->  0
 VOREL_API vorel_status vorel_version_at_least(const vorel_char16* version, size_t versionLength,
                                               const vorel_char16* required, size_t requiredLength, int32_t* isAtLeast);
 

@@ -21,7 +21,7 @@ extern "C" {
 /// Converts UTF-8 to UTF-16. `VOREL_ERROR_INVALID_TEXT` for a byte that does not start a sequence, and for a sequence
 /// that is truncated by the end of the text or by a zero.
 ///
-///     41 C3 A9 F0 9F 98 80  →  0041 00E9 D83D DE00
+///     41 C3 A9 F0 9F 98 80  ->  0041 00E9 D83D DE00
 VOREL_API vorel_status vorel_utf8_to_utf16(const char* text, size_t length, vorel_char16* output, size_t capacity,
                                            size_t* outputLength);
 
@@ -35,7 +35,7 @@ VOREL_API vorel_status vorel_utf16_to_utf8(const vorel_char16* text, size_t leng
 
 /// Standard Base64, without line breaks.
 ///
-///     41 42 43 44  →  "QUJDRA=="
+///     41 42 43 44  ->  "QUJDRA=="
 VOREL_API vorel_status vorel_base64_encode(const void* bytes, size_t size, vorel_char16* output, size_t capacity,
                                            size_t* outputLength);
 
@@ -48,7 +48,7 @@ VOREL_API vorel_status vorel_base64_decode(const vorel_char16* text, size_t leng
 /// The Daylight encoding: groups of three bytes as four characters of . + 0-9 A-Z a-z, and a final digit: the number of
 /// bytes used in the last group.
 ///
-///     41 42  →  "EI6.2"
+///     41 42  ->  "EI6.2"
 VOREL_API vorel_status vorel_daylight_encode(const void* bytes, size_t size, vorel_char16* output, size_t capacity,
                                              size_t* outputLength);
 
@@ -59,7 +59,7 @@ VOREL_API vorel_status vorel_daylight_decode(const vorel_char16* text, size_t le
 
 /// Writes two digits for each byte, the upper four bits first, in upper case if `upperCase` is not 0.
 ///
-///     4A 0F  →  "4a0f"
+///     4A 0F  ->  "4a0f"
 VOREL_API vorel_status vorel_hex_encode(const void* bytes, size_t size, int32_t upperCase, vorel_char16* output,
                                         size_t capacity, size_t* outputLength);
 

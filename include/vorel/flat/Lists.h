@@ -18,7 +18,7 @@ extern "C" {
 
 /// Integers separated by commas. Fractions are cut off; an empty item is 0.
 ///
-///     "1,2.9,-3"  →  1 2 -3
+///     "1,2.9,-3"  ->  1 2 -3
 VOREL_API vorel_status vorel_parse_int32_list(const vorel_char16* text, size_t length, int32_t* values, size_t capacity,
                                               size_t* count);
 VOREL_API vorel_status vorel_parse_uint32_list(const vorel_char16* text, size_t length, uint32_t* values,
@@ -26,13 +26,13 @@ VOREL_API vorel_status vorel_parse_uint32_list(const vorel_char16* text, size_t 
 
 /// Numbers separated by white space. Text that does not have the form of a number is skipped.
 ///
-///     "1.5 2e3 abc 4"  →  1.5 2000 4
+///     "1.5 2e3 abc 4"  ->  1.5 2000 4
 VOREL_API vorel_status vorel_parse_double_list(const vorel_char16* text, size_t length, double* values, size_t capacity,
                                                size_t* count);
 
 /// Booleans separated by white space: true, t, false, f and integers. Other words are skipped.
 ///
-///     "T f 1 0 yes"  →  1 0 1 0
+///     "T f 1 0 yes"  ->  1 0 1 0
 VOREL_API vorel_status vorel_parse_boolean_list(const vorel_char16* text, size_t length, int32_t* values,
                                                 size_t capacity, size_t* count);
 
@@ -45,7 +45,7 @@ typedef struct vorel_range {
 
 /// Ranges separated by commas. Numbers cannot be negative; empty items are skipped.
 ///
-///     "1-5,7,12-"  →  1 to 5, 7 to 7, 12 to -1
+///     "1-5,7,12-"  ->  1 to 5, 7 to 7, 12 to -1
 VOREL_API vorel_status vorel_parse_ranges(const vorel_char16* text, size_t length, vorel_range* ranges, size_t capacity,
                                           size_t* count);
 
@@ -58,7 +58,7 @@ VOREL_API vorel_status vorel_parse_ranges(const vorel_char16* text, size_t lengt
 /// Splits `text` at each occurrence of the whole `delimiter`. Adjacent delimiters give empty items; a delimiter at the
 /// very end does not.
 ///
-///     "a::b::" at "::"  →  "a" "b"
+///     "a::b::" at "::"  ->  "a" "b"
 VOREL_API vorel_status vorel_split_text(const vorel_char16* text, size_t length, const vorel_char16* delimiter,
                                         size_t delimiterLength, vorel_char16* items, size_t capacity,
                                         size_t* itemsLength);
@@ -67,7 +67,7 @@ VOREL_API vorel_status vorel_split_text(const vorel_char16* text, size_t length,
 /// double quote. An item with incorrect quotes is taken unchanged. If `trim` is not 0, white space at both ends of an
 /// item is removed.
 ///
-///     a,"b,c","d""e" at ","  →  a   b,c   d"e
+///     a,"b,c","d""e" at ","  ->  a   b,c   d"e
 VOREL_API vorel_status vorel_split_list(const vorel_char16* text, size_t length, const vorel_char16* delimiters,
                                         size_t delimitersLength, int32_t trim, vorel_char16* items, size_t capacity,
                                         size_t* itemsLength);

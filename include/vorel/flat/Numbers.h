@@ -39,7 +39,7 @@ VOREL_API vorel_status vorel_parse_boolean(const vorel_char16* text, size_t leng
 /// a value gives 0 and is not a failure. The contracts are those of `stringToInt` and the related functions in
 /// vorel/values/NumberParsing.h, and of `stringToBoolean` in vorel/values/BooleanParsing.h.
 ///
-///     "42 apples"  →  42, 3 units used        "-x"  →  0, 1 unit used
+///     "42 apples"  ->  42, 3 units used        "-x"  ->  0, 1 unit used
 /// \{
 
 /// Parses a value of the type in its name, as described above, and sets `used` to the number of units read.
@@ -67,7 +67,8 @@ VOREL_API vorel_status vorel_format_uint64(uint64_t value, vorel_char16* output,
 
 /// Writes a double in the library's only form for it, at most 63 units; see vorel/values/NumberFormatting.h.
 ///
-///     123.456  →  "123.456"        0.05  →  "5.e-002", with JSON "5.0e-002"        NaN  →  "NaN", with JSON "\"NaN\""
+///     123.456  ->  "123.456"        0.05  ->  "5.e-002", with JSON "5.0e-002"
+///     NaN  ->  "NaN", with JSON "\"NaN\""
 VOREL_API vorel_status vorel_format_double(double value, int32_t options, vorel_char16* output, size_t capacity,
                                            size_t* outputLength);
 

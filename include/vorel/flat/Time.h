@@ -11,7 +11,7 @@ extern "C" {
 /// Writes a time in seconds since 1970-01-01 UTC as local time or UTC, 24 units. `VOREL_ERROR_INVALID_ARGUMENT` for a
 /// time that the runtime cannot convert.
 ///
-///     1234567890  →  "Fri Feb 13 23:31:30 2009" in UTC
+///     1234567890  ->  "Fri Feb 13 23:31:30 2009" in UTC
 VOREL_API vorel_status vorel_format_local_time(int64_t seconds, vorel_char16* output, size_t capacity,
                                                size_t* outputLength);
 VOREL_API vorel_status vorel_format_utc_time(int64_t seconds, vorel_char16* output, size_t capacity,

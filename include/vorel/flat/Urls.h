@@ -29,13 +29,13 @@ enum {
 
 /// Escapes " # % < > [ \ ] ^ ` { | } ~, non-ASCII characters, and the space.
 ///
-///     "a/b c~"  →  "a/b%20c%7E"        with both flags  →  "a%2Fb+c%7E"
+///     "a/b c~"  ->  "a/b%20c%7E"        with both flags  ->  "a%2Fb+c%7E"
 VOREL_API vorel_status vorel_url_encode(const vorel_char16* text, size_t length, uint32_t flags, vorel_char16* output,
                                         size_t capacity, size_t* outputLength);
 
 /// Escapes the characters that are not allowed in this part of a URL. Unlike `vorel_url_encode`, it keeps '~'.
 ///
-///     "a=b c", VOREL_URL_QUERY_PARAMETER  →  "a%3Db+c"
+///     "a=b c", VOREL_URL_QUERY_PARAMETER  ->  "a%3Db+c"
 VOREL_API vorel_status vorel_url_encode_component(const vorel_char16* text, size_t length, int32_t component,
                                                   vorel_char16* output, size_t capacity, size_t* outputLength);
 

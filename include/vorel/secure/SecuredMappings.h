@@ -2,8 +2,8 @@
 /// Named file mappings shared by processes of different users, with the security of the named mutexes and events: every
 /// user may use them, and nobody may change their security.
 ///
-/// Protections and access rights are the system's values (PAGE_READWRITE, FILE_MAP_WRITE …). The caller must close the
-/// returned handle. Thread-safe.
+/// Protections and access rights are the system's values (PAGE_READWRITE, FILE_MAP_WRITE ...). The caller must close
+/// the returned handle. Thread-safe.
 #pragma once
 
 #include "vorel/Export.h"
@@ -29,10 +29,10 @@ VOREL_API void* ObtainAccessableFileMapping(void* file, unsigned long protection
 ///
 /// `fileCreated` and `mappingCreated`, either of which may be null, report what the last attempt created.
 /// \returns the handle; null if the system has no memory for a security identifier.
-/// \throws Exception whose text starts with "ObtainAccessableFileMappingEx: ": "Long API failed for …" if the path
-///         cannot be resolved; "Unable to create file …" if the file cannot be opened; "Opening file mapping failed for
-///         …" with the reason why it cannot be created, if all attempts failed; "Severe Error while opening …" for any
-///         other failure.
+/// \throws Exception whose text starts with "ObtainAccessableFileMappingEx: ": "Long API failed for ..." if the path
+///         cannot be resolved; "Unable to create file ..." if the file cannot be opened; "Opening file mapping failed
+///         for ..." with the reason why it cannot be created, if all attempts failed; "Severe Error while opening ..."
+///         for any other failure.
 VOREL_API void* ObtainAccessableFileMappingEx(const wchar_t* fileName, unsigned long protection,
                                               unsigned long desiredAccess, unsigned long sizeHigh,
                                               unsigned long sizeLow, const wchar_t* mappingName, bool* fileCreated,

@@ -8,7 +8,7 @@
 /// |-------------|--------|-------|--------|------------------------------------------------------|
 /// | unnamed     | none   | 0     | none   | `initialize`                                         |
 /// | initialised | open   | 0     | none   | `lock`, `tryLock`; destruction                       |
-/// | held        | open   | ≥ 1   | thread | as many calls of `unlock` by the owner as of `lock`  |
+/// | held        | open   | >= 1  | thread | as many calls of `unlock` by the owner as of `lock`  |
 ///
 /// Each hold locks and unlocks the mutex of the system once; the object counts its own holds. If a thread ends, or its
 /// process is killed, while it holds a mutex, the next thread to lock the mutex gets it, with a warning in the error
@@ -17,11 +17,11 @@
 /// The system reports an abandoned mutex once, to one object. If the ended thread held the mutex through another
 /// object, that object still records the thread's id and its holds. This has the following effects:
 ///
-/// - `lock` and `tryLock` of every other thread throw "Mutex …: Trying to increment lock count …" and release the
+/// - `lock` and `tryLock` of every other thread throw "Mutex ...: Trying to increment lock count ..." and release the
 ///   mutex; no other object is affected. `unlock` does nothing.
 /// - `initialize` with another name throws. So does the destructor, but it closes the mutex.
 /// - The system may give the id to a new thread. The object treats that thread as the owner: its locks succeed, and one
-///   more `unlock` than there were locks throws "AutoMutex::unlock: Failed to release mutex …" instead of doing
+///   more `unlock` than there were locks throws "AutoMutex::unlock: Failed to release mutex ..." instead of doing
 ///   nothing. On this thread the destructor throws the same exception.
 /// - The record is cleared only if the mutex is abandoned again and the system reports it to this object.
 ///
@@ -45,7 +45,7 @@ class VOREL_API AutoMutex {
 public:
     /// Opens the mutex `name`. If `lockNow` is set, locks it, waiting up to a minute. With a null `name` the object has
     /// no mutex. `flag` is stored and ignored.
-    /// \throws Exception "malloc failed"; "AutoMutex: Failed to create mutex …"; the exceptions of `lock`.
+    /// \throws Exception "malloc failed"; "AutoMutex: Failed to create mutex ..."; the exceptions of `lock`.
     AutoMutex(const wchar_t* name, bool lockNow, bool flag);
 
     /// Releases every hold of the object and closes the mutex. If another thread holds it, waits up to a minute.
@@ -71,8 +71,8 @@ public:
     /// A failure, including a timeout, is reported in this order: as an exception if `throwOnFailure` is set; in
     /// `errorText` if that is not null; and as a warning if `timeout` is not 0.
     ///
-    /// \throws Exception "AutoMutex::lock: Mutex not initialized"; "AutoMutex::lock: Failed to lock mutex …"; and
-    ///         "Mutex …: Trying to increment lock count from a thread that does not own the mutex. …" if the object
+    /// \throws Exception "AutoMutex::lock: Mutex not initialized"; "AutoMutex::lock: Failed to lock mutex ..."; and
+    ///         "Mutex ...: Trying to increment lock count from a thread that does not own the mutex. ..." if the object
     ///         still records a thread that ended while it held the mutex, because the system reported that to another
     ///         object. The mutex is then released.
     bool lock(unsigned int timeout, bool throwOnFailure, BaseString<wchar_t>* errorText = nullptr);
@@ -83,7 +83,7 @@ public:
     bool tryLock();
 
     /// Releases one hold. Does nothing if nothing is held, or if another thread is the owner.
-    /// \throws Exception "AutoMutex::unlock: Mutex not initialized"; "AutoMutex::unlock: Failed to release mutex …":
+    /// \throws Exception "AutoMutex::unlock: Mutex not initialized"; "AutoMutex::unlock: Failed to release mutex ...":
     ///         the hold is then kept.
     void unlock();
 

@@ -10,7 +10,7 @@ namespace vorel::util {
 /// Sets `text` to the system's message for the error `code` in the user's default language, without white space at
 /// either end, and returns its characters (never null). A code without a message gives the empty text.
 ///
-///     0 → "No Error"
+///     0 -> "No Error"
 ///
 /// Thread-safe.
 /// \throws MemoryException if the text cannot be stored. `text` is then empty; for code 0 it is unchanged.

@@ -17,7 +17,7 @@ VOREL_API std::tm* gmtime(const long long* time, std::tm* result);
 
 /// Writes `time` (null: now, in local time) to `buffer` of `size` bytes, at least 26, and returns the buffer.
 ///
-///     → "Mon Nov 16 01:43:08 2026", without a line feed
+///     -> "Mon Nov 16 01:43:08 2026", without a line feed
 ///
 /// \throws Exception "buffer is null"; "buffer must be at least 26 characters long, actual size = %i"; "Invalid time
 ///         structure or out of range values for components of the time".
@@ -40,7 +40,7 @@ VOREL_API unsigned long long getProcessorCycles() noexcept;
 
 /// Microseconds between two results of `getProcessorCycles`; correct across one wrap of the count.
 ///
-///     0xFFFFFFF0, 0x10  →  32000
+///     0xFFFFFFF0, 0x10  ->  32000
 VOREL_API unsigned long long getMicrotimeFromProcessorCycles(unsigned long long start, unsigned long long end) noexcept;
 
 }  // namespace vorel::util

@@ -15,7 +15,7 @@ namespace vorel::util {
 /// Standard Base64: the alphabet A-Z a-z 0-9 + /, '=' as padding, no line breaks. Every function may be called from any
 /// thread. A failure gets the record of the operation ("Base64::Decode(char): Vorel exception rethrown").
 ///
-///     41 42 43 44  →  QUJDRA==
+///     41 42 43 44  ->  QUJDRA==
 class Base64 {
 public:
     /// The class has no data: all operations are static.
@@ -41,7 +41,7 @@ public:
     /// any other character also ends the text, with the result 1; the bytes before it are kept. Null is an empty text.
     /// The text may lie in `bytes`.
     ///
-    ///     QQ==  →  41, 0        QQ  →  nothing, 1        QQ=A  →  41, 0
+    ///     QQ==  ->  41, 0        QQ  ->  nothing, 1        QQ=A  ->  41, 0
     ///
     /// \throws Exception "Unicode character found in Base64 text" for a unit above 255. MemoryException.
     VOREL_API static int Decode(const char* text, Array<unsigned char>& bytes);

@@ -17,7 +17,7 @@ namespace vorel::util {
 /// By design, a converter works in one direction: if `from` is given, `to` is ignored, and the converter only converts
 /// from that code page. It converts to `to` only if `from` is null. Does not check that the system has the code page.
 ///
-///     "UTF-8", "LATIN1"  →  28591 << 16        "UTF-8", null  →  65001
+///     "UTF-8", "LATIN1"  ->  28591 << 16        "UTF-8", null  ->  65001
 ///
 /// Returns -1 with `errno` EINVAL for an unknown name, and if both are null.
 VOREL_API int iconv_open(const char* to, const char* from);
@@ -74,7 +74,7 @@ VOREL_API bool iconv_isCheckDefaultValid(int codePage);
 /// Returns the code page of a name, which is not case-sensitive; -1 for an unknown name, for null, and if the system
 /// does not have the code page.
 ///
-///     "utf-8"  →  65001
+///     "utf-8"  ->  65001
 VOREL_API int iconv_getCodePage(const char* name);
 
 }  // namespace vorel::util

@@ -11,7 +11,7 @@ namespace vorel::util {
 /// Groups of three bytes as four characters of the alphabet . + 0-9 A-Z a-z, and a final character: the number of bytes
 /// used in the last group. Every function may be called from any thread.
 ///
-///     41 42  →  EI6.2        41 42 43  →  EI713        nothing  →  3
+///     41 42  ->  EI6.2        41 42 43  ->  EI713        nothing  ->  3
 class Daylight {
 public:
     /// The class has no data: all operations are static.

@@ -19,7 +19,7 @@ public:
 
     /// Replaces `text` by the bytes in upper-case digits, the upper four bits first.
     ///
-    ///     4A 0F  →  4A0F
+    ///     4A 0F  ->  4A0F
     ///
     /// \throws MemoryException, before anything is written, if the text cannot be allocated.
     VOREL_API static void Encode(const Array<unsigned char>& bytes, BaseString<wchar_t>& text);
@@ -29,7 +29,7 @@ public:
     /// a prefix "0x" gives no byte, but the size includes one for it, and that last byte is not written; the characters
     /// ':' to '@' count as 3 to 9; and only the lower eight bits of each unit are used.
     ///
-    ///     0x4142  →  41 42 and one byte more, 0        4G  →  1        abc  →  AB, 1
+    ///     0x4142  ->  41 42 and one byte more, 0        4G  ->  1        abc  ->  AB, 1
     ///
     /// \throws MemoryException.
     VOREL_API static int Decode(const BaseString<wchar_t>& text, Array<unsigned char>& bytes);
@@ -37,7 +37,7 @@ public:
 
 /// Replaces `text` by two digits for each byte, in upper or lower case, the upper four bits first.
 ///
-///     AB  →  ab, with `upperCase` AB
+///     AB  ->  ab, with `upperCase` AB
 ///
 /// \throws MemoryException, before anything is written, if the text cannot be allocated, with the record
 ///         "vorel::util::byteArrayToHexString: Vorel exception rethrown".
@@ -48,7 +48,7 @@ VOREL_API void byteArrayToHexString(const Array<unsigned char>& bytes, BaseStrin
 /// design, a character that is not a digit counts as 0, and an odd length or a length of 0 leaves `bytes` unchanged
 /// without an error. The text may lie in `bytes`.
 ///
-///     4g  →  40        123  →  unchanged
+///     4g  ->  40        123  ->  unchanged
 ///
 /// \throws MemoryException.
 VOREL_API void hexStringToByteArray(const char* text, Array<unsigned char>& bytes);

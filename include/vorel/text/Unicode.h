@@ -22,12 +22,12 @@ namespace vorel::util {
 /// a null output or a value above 0x7FFFFFFF, writes nothing and returns 0. `size` is ignored: the output must have
 /// space for six bytes.
 ///
-///     0xE9 → C3 A9, 2
+///     0xE9 -> C3 A9, 2
 VOREL_API int ConvertUCStoUTF8(unsigned int codePoint, char* output, int size) noexcept;
 
 /// Converts UTF-8 to wide text, in blocks of 450 units. `length` is in bytes. Null gives the empty text.
 ///
-///     41 C3 A9 F0 9F 98 80  →  0041 00E9 D83D DE00, true
+///     41 C3 A9 F0 9F 98 80  ->  0041 00E9 D83D DE00, true
 ///
 /// A byte that does not start a sequence is an error. With `throwOnError` false, the result is then false, and `output`
 /// holds the complete blocks before the error.
@@ -47,7 +47,7 @@ VOREL_API bool ConvertUTF8toString(wchar_t* output, unsigned int size, const uns
 /// starts on the last unit within the bound is converted as a whole. Null gives the empty output. `appendZero` appends
 /// a zero byte, which is included in the count.
 ///
-///     D800 0041  →  3F 41
+///     D800 0041  ->  3F 41
 ///
 /// \throws MemoryException if the output cannot grow.
 VOREL_API void ConvertStringtoUTF8(const wchar_t* input, Array<unsigned char>& output, bool appendZero, int length);
@@ -56,7 +56,7 @@ VOREL_API void ConvertStringtoUTF8(const wchar_t* input, BaseString<char>& outpu
 /// Converts `length` bytes of little-endian UTF-16 (an odd last byte is ignored), up to a zero unit. Byte-order marks
 /// are kept, and surrogates are not checked. Null or a length of 0 gives the empty text.
 ///
-///     41 00 E9 00  →  0041 00E9
+///     41 00 E9 00  ->  0041 00E9
 ///
 /// \throws Exception "A string length needs to be specified for UTF-16 to UCS conversion" for a length below 0. The
 ///         form for `const char*` adds "Failed to convert UTF-16 text to String: %s". MemoryException.
@@ -66,7 +66,7 @@ VOREL_API void ConvertUTF16toString(BaseString<wchar_t>& output, const char* inp
 /// Converts wide text, up to its terminator, to UTF-16 bytes in either byte order. `length` is ignored. `appendZero`
 /// appends two zero bytes. No byte-order mark is written. Null gives the empty output.
 ///
-///     0041  →  41 00 (little-endian), 00 41 (big-endian)
+///     0041  ->  41 00 (little-endian), 00 41 (big-endian)
 ///
 /// \throws MemoryException if the output cannot grow.
 VOREL_API void ConvertStringtoUTF16(const wchar_t* input, Array<unsigned char>& output, bool littleEndian,

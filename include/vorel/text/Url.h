@@ -29,7 +29,7 @@ enum UrlComponent : int {
 /// With `escapeReserved`, $ & + , / : ; = ? @ are escaped too. The space is escaped; with `spaceAsPlus` it becomes a
 /// '+'. Returns the output's buffer, which is null if it never had one. Null is an empty text.
 ///
-///     "a/b c~"  →  a/b%20c%7E        escapeReserved, spaceAsPlus  →  a%2Fb+c%7E
+///     "a/b c~"  ->  a/b%20c%7E        escapeReserved, spaceAsPlus  ->  a%2Fb+c%7E
 ///
 /// \throws MemoryException.
 VOREL_API const char* urlEncode(const char* text, BaseString<char>& output, bool escapeReserved, bool spaceAsPlus);
@@ -44,7 +44,7 @@ VOREL_API BaseString<wchar_t> urlEncode(const wchar_t* text, bool escapeReserved
 /// `urlEncode`, it keeps '~' by design. For an unknown component it escapes the characters that are escaped in all
 /// components.
 ///
-///     "a/b?c=d&e f~"  →  UrlPath a/b%3Fc=d&e%20f~        UrlQueryParameter a/b?c%3Dd%26e+f~
+///     "a/b?c=d&e f~"  ->  UrlPath a/b%3Fc=d&e%20f~        UrlQueryParameter a/b?c%3Dd%26e+f~
 ///
 /// \throws MemoryException.
 VOREL_API const char* urlEncodeComponent(const char* text, BaseString<char>& output, UrlComponent component);
@@ -55,7 +55,7 @@ VOREL_API BaseString<wchar_t> urlEncodeComponent(const wchar_t* text, UrlCompone
 /// Replaces `output` by `text` with its escapes decoded. If bit 0 of `flags` is set, a '+' becomes a space; other bits
 /// are ignored. A '%' that is not followed by two hexadecimal digits is kept.
 ///
-///     %41%4g%  →  A%4g%        a+b, flags 1  →  a b
+///     %41%4g%  ->  A%4g%        a+b, flags 1  ->  a b
 ///
 /// \throws MemoryException; the wide form throws Exception "Error converting UTF-8 character (%ls)" if the bytes are
 ///         not valid UTF-8 (see `ConvertUTF8toString`).

@@ -23,7 +23,7 @@ constexpr strcmpAdvFlag operator|(strcmpAdvFlag a, strcmpAdvFlag b) noexcept {
 /// Compares two texts. The result is below 0, 0, or above 0 if `a` is before, equal to, or after `b`; only its sign has
 /// a meaning. A null text is before every other text. Characters of narrow text are compared as signed numbers.
 ///
-///     "file9", "file10"  →  above 0, with SCMP_Numeric below 0        "007", "7" with SCMP_Numeric  →  0
+///     "file9", "file10"  ->  above 0, with SCMP_Numeric below 0        "007", "7" with SCMP_Numeric  ->  0
 VOREL_API int strcmpAdvanced(const char* a, const char* b, strcmpAdvFlag flags) noexcept;
 VOREL_API int strcmpAdvanced(const wchar_t* a, const wchar_t* b, strcmpAdvFlag flags) noexcept;
 
@@ -31,7 +31,7 @@ VOREL_API int strcmpAdvanced(const wchar_t* a, const wchar_t* b, strcmpAdvFlag f
 /// False for a null or empty text. By design it is also false for a version with fewer numbers than `required`, even if
 /// the missing numbers are zero.
 ///
-///     "10.2", "9.9"  →  true        "1.2.3", "1.2"  →  true        "1.2", "1.2.0"  →  false
+///     "10.2", "9.9"  ->  true        "1.2.3", "1.2"  ->  true        "1.2", "1.2.0"  ->  false
 VOREL_API bool stringVersionAtLeast(const wchar_t* version, const wchar_t* required) noexcept;
 
 }  // namespace vorel::util

@@ -8,13 +8,13 @@ namespace vorel::util {
 
 /// The nearest whole number. By design, a half is rounded down, towards negative infinity.
 ///
-///     2.5 → 2.0    -2.5 → -3.0    1.6 → 2.0
+///     2.5 -> 2.0    -2.5 -> -3.0    1.6 -> 2.0
 VOREL_API double round(double value) noexcept;
 
 /// A hash of the eight bytes of `value`, the least significant first: h = h * 31 + byte. Positive and negative zero
 /// have different hashes.
 ///
-///     1.0 → 7503
+///     1.0 -> 7503
 VOREL_API unsigned int doubleHashCode(double value) noexcept;
 
 }  // namespace vorel::util

@@ -15,7 +15,7 @@ namespace vorel::util {
 /// By design, the search for the delimiter in an item is one pass that never goes back: it does not find "ab" in "aab",
 /// so that item is not quoted.
 ///
-///     a   b,c   d"e with ","  →  a,"b,c","d""e"
+///     a   b,c   d"e with ","  ->  a,"b,c","d""e"
 ///
 /// \throws MemoryException; `result` then holds the items joined so far.
 VOREL_API void multipleStringsToSingleString(const Array<BaseString<wchar_t>>& items, const wchar_t* delimiter,

@@ -15,7 +15,7 @@ namespace vorel::util {
 /// ("2.9" is 2). By design, white space after a comma, and an empty item between two commas, is an item with the value
 /// 0.
 ///
-///     "1 ,2 3"  →  1 2 3, true        "1, 2"  →  1 0 2, true        "1;2"  →  1, false
+///     "1 ,2 3"  ->  1 2 3, true        "1, 2"  ->  1 0 2, true        "1;2"  ->  1, false
 VOREL_API bool stringToIntegerArray(const char* text, Array<int>& values, bool append) noexcept;
 VOREL_API bool stringToIntegerArray(const wchar_t* text, Array<int>& values, bool append) noexcept;
 VOREL_API bool stringToUIntegerArray(const wchar_t* text, Array<unsigned int>& values, bool append) noexcept;
@@ -23,14 +23,14 @@ VOREL_API bool stringToUIntegerArray(const wchar_t* text, Array<unsigned int>& v
 /// Numbers separated by white space, in the form that `stringToDouble` reads. Text that does not have the form of a
 /// number is skipped. A word of 80 or more characters ends the list with false.
 ///
-///     "1.5 2e3 abc 4"  →  1.5 2000 4, true        "1,5"  →  nothing, true
+///     "1.5 2e3 abc 4"  ->  1.5 2000 4, true        "1,5"  ->  nothing, true
 VOREL_API bool stringToDoubleArray(const char* text, Array<double>& values, bool append) noexcept;
 VOREL_API bool stringToDoubleArray(const wchar_t* text, Array<double>& values, bool append) noexcept;
 
 /// Booleans separated by white space: true, t, false and f in either case, and integers. Other words are skipped,
 /// including "yes". A word of 80 or more characters ends the list with false.
 ///
-///     "T f 1 0 yes 3"  →  true false true false true, true
+///     "T f 1 0 yes 3"  ->  true false true false true, true
 VOREL_API bool stringToBooleanArray(const char* text, Array<bool>& values, bool append) noexcept;
 VOREL_API bool stringToBooleanArray(const wchar_t* text, Array<bool>& values, bool append) noexcept;
 
@@ -42,7 +42,7 @@ VOREL_API bool canCoerceToIntegerArray(const wchar_t* text) noexcept;
 /// Ranges separated by commas: "1-5" gives the start 1 and the end 5, "7" gives 7 for both, and an open end is -1
 /// ("5-", "-5"). So numbers cannot be negative by design. Empty items are skipped.
 ///
-///     "1-5,7"  →  starts 1 7, ends 5 7        " 3 - 9 , 12-"  →  starts 3 12, ends 9 -1
+///     "1-5,7"  ->  starts 1 7, ends 5 7        " 3 - 9 , 12-"  ->  starts 3 12, ends 9 -1
 ///
 /// \throws Exception "Found nonnumeric text in numeric item: \"%ls\"" with the item. The arrays then hold what was
 ///         read, including the number before that text.

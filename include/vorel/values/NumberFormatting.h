@@ -1,7 +1,7 @@
 /// \file
 /// Numbers to text, in one form on every machine: fifteen significant digits, exponents with three digits, fixed words
 /// for the special values. The library generates the digits itself, rounded from the exact value, so the result does
-/// not depend on the runtime or the locale. Only the `append…` functions throw.
+/// not depend on the runtime or the locale. Only the `append...` functions throw.
 ///
 /// Every function may be called from any thread. A buffer of `size` units belongs to the call until it returns: units
 /// that keep their values may be written too, so no other thread may change them in the meantime.

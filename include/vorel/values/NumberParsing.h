@@ -45,7 +45,7 @@ VOREL_API unsigned long long stringToUInt64(const wchar_t* text, wchar_t** end) 
 /// Parse hexadecimal digits in either case, with white space on both sides; no sign, and no "0x". By design, wide text
 /// is read up to 8 digits; narrow text up to 16, of which the last 8 count. Null gives 0 and a null end.
 ///
-///     "1234567890"  →  0x12345678, at the '9' (wide); 0x34567890, at the end (narrow)
+///     "1234567890"  ->  0x12345678, at the '9' (wide); 0x34567890, at the end (narrow)
 VOREL_API int hexToInteger(const char* text, char** end) noexcept;
 VOREL_API int hexToInteger(const wchar_t* text, wchar_t** end) noexcept;
 VOREL_API int hexToInt(const char* text, char** end) noexcept;
@@ -57,7 +57,7 @@ VOREL_API int hexToInt(const wchar_t* text, wchar_t** end) noexcept;
 /// white space after the number is not skipped. Without any digit the result is 0.0 (-0.0 after a '-') and `end` is
 /// `text`. Null gives 0.0 and a null end.
 ///
-///     "1.5e3x"  →  1500.0, at the 'x'
+///     "1.5e3x"  ->  1500.0, at the 'x'
 VOREL_API double stringToDouble(const char* text, char** end) noexcept;
 VOREL_API double stringToDouble(const wchar_t* text, wchar_t** end) noexcept;
 

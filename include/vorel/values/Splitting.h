@@ -14,7 +14,7 @@ namespace vorel::util {
 /// empty parts; a delimiter at the very end does not. With a null or empty delimiter the text is one part. A null or
 /// empty text adds nothing. `text` and `delimiter` may be elements of `parts`.
 ///
-///     "a::b::" at "::"  →  "a" "b"        "a::::b" at "::"  →  "a" "" "b"
+///     "a::b::" at "::"  ->  "a" "b"        "a::::b" at "::"  ->  "a" "" "b"
 ///
 /// \throws MemoryException; `parts` then holds the parts found so far.
 VOREL_API void splitString(const char* text, const char* delimiter, Array<BaseString<char>>& parts);
@@ -25,7 +25,7 @@ VOREL_API void splitString(const wchar_t* text, const wchar_t* delimiter, Array<
 /// quote, or no closing quote), the item is everything up to the next delimiter, including the quotes. With `trim`,
 /// white space at both ends of each item is removed. A delimiter at the very end adds no item.
 ///
-///     a,"b,c","d""e" at ","  →  a   b,c   d"e        "ab"x,c at ","  →  "ab"x   c
+///     a,"b,c","d""e" at ","  ->  a   b,c   d"e        "ab"x,c at ","  ->  "ab"x   c
 ///
 /// `items` is emptied first. The text and the delimiters may be elements of it.
 /// \throws MemoryException; `items` then holds the parts found so far.
@@ -40,7 +40,7 @@ VOREL_API void singleCStringToMultipleCStrings(const char* text, const char* del
 /// none. With `maxTokens` of 0 or more, the last token contains the rest of the text once there are that many tokens; 0
 /// counts as 1. A negative number sets no limit.
 ///
-///     "a,b,,c" at ","  →  "a" "b" "" "c", 4        with 2 tokens at most  →  "a" "b,,c", 2
+///     "a,b,,c" at ","  ->  "a" "b" "" "c", 4        with 2 tokens at most  ->  "a" "b,,c", 2
 ///
 /// For a limit up to 1,024, slots for that many tokens are reserved first; for a larger limit, not more than the text
 /// can have.
