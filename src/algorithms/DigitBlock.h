@@ -11,11 +11,10 @@
 #include <cstddef>
 #include <cstdint>
 
-#include <emmintrin.h>
-
 #include "algorithms/Ascii.h"
 #include "algorithms/PageReads.h"
 #include "algorithms/SimdBlocks.h"
+#include "algorithms/Sse2.h"
 
 namespace vorel::algorithms {
 

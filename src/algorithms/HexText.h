@@ -8,11 +8,10 @@
 #include <cstddef>
 #include <cstdint>
 
-#include <emmintrin.h>
-
 #include "algorithms/Ascii.h"
 #include "algorithms/Processor.h"
 #include "algorithms/SimdBlocks.h"
+#include "algorithms/Sse2.h"
 
 namespace vorel::algorithms {
 

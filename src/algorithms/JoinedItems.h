@@ -7,9 +7,8 @@
 #include <cstdint>
 #include <string_view>
 
-#include <emmintrin.h>
-
 #include "algorithms/SimdBlocks.h"
+#include "algorithms/Sse2.h"
 
 namespace vorel::algorithms {
 

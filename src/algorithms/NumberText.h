@@ -10,11 +10,10 @@
 #include <cstdint>
 #include <cstring>
 
-#include <emmintrin.h>
-
 #include "algorithms/DecimalDigits.h"
 #include "algorithms/DigitBlock.h"
 #include "algorithms/SimdBlocks.h"
+#include "algorithms/Sse2.h"
 
 namespace vorel::algorithms {
 

@@ -9,7 +9,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include <emmintrin.h>
+#include "algorithms/Sse2.h"
 
 namespace vorel::algorithms {
 

@@ -1,6 +1,6 @@
 #include "algorithms/Processor.h"
 
-#if defined(_MSC_VER) && !defined(__clang__)
+#if defined(_MSC_VER) && defined(_M_X64)
 #include <immintrin.h>
 #include <intrin.h>
 #endif
@@ -8,7 +8,7 @@
 namespace vorel::algorithms {
 
 bool detectAvx2() noexcept {
-#if defined(_MSC_VER) && !defined(__clang__)
+#if defined(_MSC_VER) && defined(_M_X64)
     int registers[4] = {};
     __cpuid(registers, 1);
     constexpr int kSystemSaves = 1 << 27;
@@ -18,8 +18,10 @@ bool detectAvx2() noexcept {
     }
     __cpuidex(registers, 7, 0);
     return (registers[1] & 1 << 5) != 0;
-#else
+#elif defined(__x86_64__)
     return __builtin_cpu_supports("avx2") != 0;
+#else
+    return false;
 #endif
 }
 

@@ -11,11 +11,22 @@ bool detectAvx2() noexcept;
 class Processor {
 public:
     /// Whether the AVX2 algorithms are used. Detected once, when the library is loaded. It is false before that.
-    [[nodiscard]] static bool usesAvx2() noexcept { return s_usesAvx2; }
+#if defined(__x86_64__) || defined(_M_X64)
+    [[nodiscard]] static bool usesAvx2() noexcept {
+        return s_usesAvx2;
+    }
+#else
+    // A constant, so that no code refers to the AVX2 algorithms, which are not compiled.
+    [[nodiscard]] static constexpr bool usesAvx2() noexcept {
+        return false;
+    }
+#endif
 
     /// For tests, which compare the algorithms. Must not be called while another thread converts, nor with true if
     /// AVX2 is not usable.
-    static void setAvx2ForTests(bool use) noexcept { s_usesAvx2 = use; }
+    static void setAvx2ForTests(bool use) noexcept {
+        s_usesAvx2 = use;
+    }
 
 private:
     static bool s_usesAvx2;

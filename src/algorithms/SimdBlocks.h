@@ -11,11 +11,7 @@
 #include <cstring>
 #include <type_traits>
 
-#if defined(__AVX2__)
-#include <immintrin.h>
-#else
-#include <emmintrin.h>
-#endif
+#include "algorithms/Sse2.h"
 
 namespace vorel::algorithms {
 

@@ -9,11 +9,10 @@
 #include <cstring>
 #include <string_view>
 
-#include <emmintrin.h>
-
 #include "algorithms/Ascii.h"
 #include "algorithms/HexText.h"
 #include "algorithms/Processor.h"
+#include "algorithms/Sse2.h"
 
 namespace vorel::algorithms {
 

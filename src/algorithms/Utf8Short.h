@@ -10,11 +10,10 @@
 #include <cstdint>
 #include <cstring>
 
-#include <emmintrin.h>
-
 #include "algorithms/Ascii.h"
 #include "algorithms/AsciiRuns.h"
 #include "algorithms/PageReads.h"
+#include "algorithms/Sse2.h"
 #include "algorithms/Utf16.h"
 #include "algorithms/Utf8.h"
 

@@ -22,12 +22,28 @@ std::uintptr_t __stack_chk_guard = 0x2B992DDFA232F300;
 
 void __stack_chk_fail() {
     // __fastfail(FAST_FAIL_STACK_COOKIE_CHECK_FAILURE): ends the process at once, because no handler can be trusted.
+#if defined(__x86_64__)
     __asm__ volatile("int $0x29" : : "c"(2));
+#else
+    register int code __asm__("w0") = 2;
+    __asm__ volatile("brk #0xF003" : : "r"(code));
+#endif
     __builtin_unreachable();
 }
 }
 
 namespace {
+
+/// A counter of the processor, which another process cannot predict exactly.
+inline std::uint64_t processorTicks() {
+#if defined(__x86_64__)
+    return __builtin_ia32_rdtsc();
+#else
+    std::uint64_t ticks = 0;
+    __asm__ volatile("mrs %0, cntvct_el0" : "=r"(ticks));
+    return ticks;
+#endif
+}
 
 // Runs before every constructor that could call a protected function.
 __attribute__((constructor(101), no_stack_protector)) void makeGuard() {
@@ -36,7 +52,7 @@ __attribute__((constructor(101), no_stack_protector)) void makeGuard() {
     LARGE_INTEGER counter;
     QueryPerformanceCounter(&counter);
     std::uint64_t value = (static_cast<std::uint64_t>(time.dwHighDateTime) << 32 | time.dwLowDateTime) ^
-                          static_cast<std::uint64_t>(counter.QuadPart) ^ __builtin_ia32_rdtsc() ^
+                          static_cast<std::uint64_t>(counter.QuadPart) ^ processorTicks() ^
                           (static_cast<std::uint64_t>(GetCurrentThreadId()) << 32 | GetCurrentProcessId()) ^
                           reinterpret_cast<std::uintptr_t>(&counter) ^ reinterpret_cast<std::uintptr_t>(&makeGuard);
     // Distributes the value over all bits: the finalizer of MurmurHash3 (Austin Appleby).
