@@ -1,9 +1,27 @@
-# GoogleTest, built once for each compiler and shared by all presets: targets GTest::gtest, GTest::gmock and
-# GTest::gtest_main. Its build folder is next to those of the presets.
-
-include(ExternalProject)
+# GoogleTest: targets GTest::gtest, GTest::gmock and GTest::gtest_main. It is built from Debian's sources, once for each
+# compiler, and shared by all presets; its build folder is next to theirs. Without these sources, an installed GoogleTest
+# is used, or else downloaded.
 
 set(VOREL_GOOGLETEST_SOURCE /usr/src/googletest CACHE PATH "Sources of GoogleTest")
+if(NOT EXISTS "${VOREL_GOOGLETEST_SOURCE}/CMakeLists.txt")
+    find_package(GTest CONFIG)
+    if(NOT GTest_FOUND)
+        include(FetchContent)
+        set(gtest_force_shared_crt ON CACHE BOOL "") # the runtime of all other targets
+        FetchContent_Declare(googletest
+            GIT_REPOSITORY https://github.com/google/googletest.git
+            GIT_TAG f8d7d77c06936315286eb55f8de22cd23c188571) # 1.14.0
+        FetchContent_MakeAvailable(googletest)
+        foreach(name IN ITEMS gtest gmock gtest_main)
+            if(NOT TARGET GTest::${name})
+                add_library(GTest::${name} ALIAS ${name})
+            endif()
+        endforeach()
+    endif()
+    return()
+endif()
+
+include(ExternalProject)
 cmake_path(GET PROJECT_BINARY_DIR PARENT_PATH buildFolder)
 set(VOREL_GOOGLETEST_BUILD "${buildFolder}/googletest-${CMAKE_CXX_COMPILER_ID}-${CMAKE_CXX_COMPILER_VERSION}"
     CACHE PATH "Build folder of GoogleTest")

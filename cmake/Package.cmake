@@ -28,6 +28,11 @@ install(FILES ${VOREL_RUNTIME_DLLS} DESTINATION "${CMAKE_INSTALL_BINDIR}")
 # ---- For find_package -----------------------------------------------------------------------------------------------
 
 install(EXPORT vorelCoreTargets NAMESPACE vorel:: DESTINATION "${vorelPackageDir}")
+if(MSVC)
+    set(vorelAbi Microsoft)
+else()
+    set(vorelAbi GCC)
+endif()
 configure_package_config_file(cmake/vorelCoreConfig.cmake.in "${vorelPackageFiles}/vorelCoreConfig.cmake"
     INSTALL_DESTINATION "${vorelPackageDir}"
     PATH_VARS CMAKE_INSTALL_BINDIR CMAKE_INSTALL_LIBDIR CMAKE_INSTALL_INCLUDEDIR)

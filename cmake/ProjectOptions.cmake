@@ -33,6 +33,19 @@ else()
     list(APPEND VOREL_WARNINGS -Wno-deprecated-declarations)
 endif()
 
+# Results of arithmetic are part of the interface: each operation rounds by itself, in every build.
+set(VOREL_LANGUAGE_OPTIONS -ffp-contract=off -fno-fast-math)
+
+# Microsoft's compiler and clang-cl have other options.
+if(MSVC)
+    set(VOREL_WARNINGS
+        /W4
+        /wd4251 # exported classes have members of the standard library; Export.h requires the library's own
+        /wd5030) # GCC's attributes are ignored
+    set(VOREL_LANGUAGE_OPTIONS /utf-8 /permissive- /Zc:__cplusplus /Zc:preprocessor /EHsc /fp:precise)
+    add_compile_definitions(_CRT_SECURE_NO_WARNINGS)
+endif()
+
 # Undefined behaviour, an index beyond a standard container and an overwritten return address end the program where they
 # happen. Traps, because this compiler has no runtime that would report them; the guard of the stack comes from the static
 # libssp, so that the DLL imports nothing that the other builds do not.
@@ -54,9 +67,7 @@ function(vorel_project_options target)
         CXX_STANDARD 20
         CXX_STANDARD_REQUIRED ON
         CXX_EXTENSIONS OFF)
-    # Results of arithmetic are part of the interface: each operation rounds by itself, in every build.
-    target_compile_options(${target} PRIVATE
-        "$<$<COMPILE_LANGUAGE:CXX>:${VOREL_WARNINGS};-ffp-contract=off;-fno-fast-math>")
+    target_compile_options(${target} PRIVATE "$<$<COMPILE_LANGUAGE:CXX>:${VOREL_WARNINGS};${VOREL_LANGUAGE_OPTIONS}>")
     target_compile_definitions(${target} PRIVATE
         UNICODE
         _UNICODE

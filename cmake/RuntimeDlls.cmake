@@ -3,6 +3,13 @@
 # They are shared by design: a program can catch exceptions from vorelCore.dll, and count the exceptions in flight, only
 # if both use the same libstdc++.
 
+# Microsoft's runtime is a part of Windows or has its own installer.
+if(MSVC)
+    set(VOREL_RUNTIME_DLL_NAMES "")
+    set(VOREL_RUNTIME_DLLS "")
+    return()
+endif()
+
 set(VOREL_RUNTIME_DLL_NAMES libstdc++-6.dll libgcc_s_seh-1.dll libwinpthread-1.dll)
 set(VOREL_RUNTIME_DLLS "")
 set(vorelTargetOption "")
