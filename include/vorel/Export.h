@@ -22,18 +22,17 @@
 #error "vorelCore needs the universal C runtime: use the toolchain file of the package, or UCRT64 of MSYS2"
 #endif
 
-/// \cond
-// Microsoft's standard library has another layout in debug builds.
 #if defined(_LIBCPP_VERSION)
 #define VOREL_STANDARD_LIBRARY vorelCore_is_built_for_libcxx
 #elif defined(__GLIBCXX__)
+/// The symbol of the program's standard library.
 #define VOREL_STANDARD_LIBRARY vorelCore_is_built_for_libstdcxx
-#elif defined(_DEBUG)
+#elif defined(_DEBUG)  // Microsoft's library has another layout in debug builds
 #define VOREL_STANDARD_LIBRARY vorelCore_is_built_for_msvc_debug
-#pragma comment(linker, "/include:vorelCore_is_built_for_msvc_debug")
+__pragma(comment(linker, "/include:vorelCore_is_built_for_msvc_debug"))
 #else
 #define VOREL_STANDARD_LIBRARY vorelCore_is_built_for_msvc
-#pragma comment(linker, "/include:vorelCore_is_built_for_msvc")
+__pragma(comment(linker, "/include:vorelCore_is_built_for_msvc"))
 #endif
 
 namespace vorel::detail {
@@ -49,7 +48,5 @@ extern "C" void VOREL_STANDARD_LIBRARY() noexcept;
 #endif
 
 }  // namespace vorel::detail
-
-/// \endcond
 
 #endif
