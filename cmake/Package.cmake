@@ -70,6 +70,7 @@ install(
         LICENSES/GCC-exception-3.1.txt
         LICENSES/winpthreads.txt
         LICENSES/re2.txt
+        LICENSES/uplot.txt
         LICENSES/zlib.txt
     DESTINATION "${vorelDataDir}/LICENSES")
 

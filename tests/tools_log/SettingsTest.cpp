@@ -84,6 +84,12 @@ TEST(SettingsTest, InvalidCommandLines) {
                            {L"-n", L"0"},
                            {L"-C", L"10001"},
                            {L"-f", L"-"},
+                           {L"--report", L"a", L"-s"},
+                           {L"--report", L"a", L"-f"},
+                           {L"--report", L"a", L"-j"},
+                           {L"--report", L"a", L"-m1"},
+                           {L"--report", L"a", L"-n1"},
+                           {L"--report", L"a", L"-C1"},
                            {L"--time-zone", L"CET"}};
     for (const Given& given : cases) {
         EXPECT_THROW(settings(given), tools::UsageError) << testing::PrintToString(given);
@@ -100,6 +106,8 @@ TEST(SettingsTest, OptionsOfEntries) {
     EXPECT_EQ(settings({L"-n", L"4", L"-f"}).tail, 4u);
     EXPECT_TRUE(settings({L"-i", L"-E", L"a"}).filter.patterns[0]->isIn("A"));
     EXPECT_TRUE(settings({L"-sfF"}).summary);
+    EXPECT_EQ(settings({L"--report", L"a.html"}).report, L"a.html");
+    EXPECT_TRUE(settings({L"--report", L"a.html"}).fold);
 }
 
 TEST(SettingsTest, TimeZoneOfTheLog) {

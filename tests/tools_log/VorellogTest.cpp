@@ -255,6 +255,19 @@ TEST_F(VorellogTest, ShowsTheEndOfALargeLog) {
     EXPECT_EQ(view({L"-F", L"-n10"}).output, last);
 }
 
+TEST_F(VorellogTest, WritesAReport) {
+    write(log.path(), header() + "WARN: one\r\n" + header() + "WARN: two\r\n");
+    const std::string page = log.folder().path() + "\\report.html";
+    const std::wstring wide(page.begin(), page.end());
+    const Captured done = view({L"--report", wide, L"-e", L"two"});
+    EXPECT_EQ(done.exitCode, 0u);
+    EXPECT_EQ(done.output, "");
+    EXPECT_EQ(done.error, "");
+    EXPECT_THAT(test::readFileBytes(page).value_or(""), HasSubstr(R"("message":"two")"));
+    EXPECT_THAT(test::readFileBytes(page).value_or(""), Not(HasSubstr(R"("message":"one")")));
+    EXPECT_EQ(view({L"--report", log.folder().widePath()}).exitCode, 3u);
+}
+
 TEST_F(VorellogTest, SuggestsAnOption) {
     EXPECT_THAT(view({L"--sumary"}).error, HasSubstr("unknown option --sumary; did you mean --summary?"));
 }
@@ -266,7 +279,7 @@ TEST_F(VorellogTest, HelpListsOptionsAndExitCodes) {
          {"--follow",      "--process", "--thread",    "--prefix",  "--from",    "--to",   "--text",
           "--ignore-case", "--damaged", "--max-count", "--fold",    "--summary", "--json", "--color",
           "--version",     "--regexp",  "--invert",    "--context", "--tail",    "--top",  "--time-zone",
-          "0 entries",     "1 nothing", "2 invalid",   "3 a log"}) {
+          "--report",      "0 entries", "1 nothing",   "2 invalid", "3 a log"}) {
         EXPECT_THAT(help.output, HasSubstr(word));
     }
 }

@@ -25,15 +25,15 @@ LocalMs Histogram::numberOf(LocalMs time) const noexcept {
     return time / length - (time % length < 0 ? 1 : 0);
 }
 
-void Histogram::add(LocalMs time) {
-    ++m_counts[numberOf(time)];
+void Histogram::add(LocalMs time, unsigned long long records) {
+    m_counts[numberOf(time)] += records;
     while (!fits()) {
         joinSteps();
     }
 }
 
 bool Histogram::fits() const noexcept {
-    return m_counts.rbegin()->first - m_counts.begin()->first < static_cast<LocalMs>(kMaxSteps) ||
+    return m_counts.rbegin()->first - m_counts.begin()->first < static_cast<LocalMs>(m_maxSteps) ||
            m_length + 1 == kLengths.size();
 }
 

@@ -13,15 +13,17 @@ namespace vorellog {
 
 class Histogram {
 public:
-    /// Maximum number of steps from the first one with a record to the last one.
     static constexpr std::size_t kMaxSteps = 24;
+
+    /// There are at most `maxSteps` steps from the first one with a record to the last one.
+    explicit Histogram(std::size_t maxSteps = kMaxSteps) noexcept : m_maxSteps(maxSteps) {}
 
     struct Step {
         LocalMs from = 0;
         unsigned long long records = 0;
     };
 
-    void add(LocalMs time);
+    void add(LocalMs time, unsigned long long records = 1);
 
     /// The steps in time order, empty ones included.
     [[nodiscard]] std::vector<Step> steps() const;
@@ -34,6 +36,7 @@ private:
     [[nodiscard]] bool fits() const noexcept;
     void joinSteps();
 
+    std::size_t m_maxSteps;
     std::size_t m_length = 0;
     std::map<LocalMs, unsigned long long> m_counts;  ///< by step number
 };

@@ -27,18 +27,18 @@ std::string shortened(std::string_view text, std::size_t maxBytes) {
 }  // namespace
 
 void MessageGroups::add(const Record& record, ProcessNumber process) {
-    add({&record, 1}, process);
+    add(std::span<const Record>(&record, 1), process);
 }
 
 void MessageGroups::add(const Trail& trail, ProcessNumber process) {
     add(std::span<const Record>(trail.records), process);
 }
 
-void MessageGroups::add(std::span<const Record> records, ProcessNumber process) {
+const MessageGroups::Group* MessageGroups::add(std::span<const Record> records, ProcessNumber process) {
     const Record& first = records.front();
     const LogHeader* const header = first.header();
     if (!header) {
-        return;
+        return nullptr;
     }
     m_key.assign(first.parsedBody().prefix.substr(0, kMaxPrefixBytes));
     m_ends.clear();
@@ -54,6 +54,7 @@ void MessageGroups::add(std::span<const Record> records, ProcessNumber process) 
     } else {
         ++m_ungrouped;
     }
+    return group;
 }
 
 /// Returns null if a limit is reached.
@@ -65,6 +66,7 @@ MessageGroups::Group* MessageGroups::create(const Record& first, const LogHeader
     const auto position = m_groups.try_emplace(m_key).first;
     const std::string_view key = position->first;
     Group& group = position->second;
+    group.number = m_groups.size() - 1;
     group.prefix = shortened(body.prefix, kMaxPrefixBytes);
     std::size_t start = std::min(body.prefix.size(), kMaxPrefixBytes) + 1;
     for (const std::size_t end : m_ends) {

@@ -37,6 +37,7 @@ public:
     /// \}
 
     struct Group {
+        std::size_t number = 0;  ///< from 0, in the order of the first entries
         unsigned long long count = 0;
         LocalMs firstMs = 0;
         LocalMs lastMs = 0;
@@ -51,8 +52,11 @@ public:
     /// Adds a record; one without a header is ignored.
     void add(const Record& record, ProcessNumber process);
 
-    /// Adds an exception; every record has a header.
+    /// Adds an exception.
     void add(const Trail& trail, ProcessNumber process);
+
+    /// Adds an entry of one or more records. Returns its group, or null if it has none.
+    const Group* add(std::span<const Record> records, ProcessNumber process);
 
     /// The groups with most entries first; of those with equally many, the latest first.
     [[nodiscard]] std::vector<const Group*> sorted() const;
@@ -68,7 +72,6 @@ private:
     };
     using Groups = std::unordered_map<std::string, Group, Hash, std::equal_to<>>;
 
-    void add(std::span<const Record> records, ProcessNumber process);
     Group* create(const Record& first, const LogHeader& header);
     void count(Group& group, LocalMs time, ProcessNumber process);
 

@@ -27,7 +27,6 @@ void ProcessSet::add(ProcessNumber number, bool mayGrow) {
         return;
     }
     m_last = number;
-    constexpr std::size_t kBits = 64;
     const std::size_t word = number / kBits;
     if (number >= ProcessTable::kOthers || (word >= m_bits.size() && !mayGrow)) {
         m_size += m_hasOthers ? 0U : 1U;

@@ -67,12 +67,18 @@ public:
 
     [[nodiscard]] std::size_t size() const noexcept { return m_size; }
 
+    [[nodiscard]] bool contains(ProcessNumber number) const noexcept {
+        return number / kBits < m_bits.size() && (m_bits[number / kBits] >> (number % kBits) & 1U) != 0;
+    }
+
     [[nodiscard]] std::size_t sizeBytes() const noexcept { return m_bits.size() * sizeof m_bits[0]; }
 
     /// Whether some processes are counted as one, because a limit was reached.
     [[nodiscard]] bool hasOthers() const noexcept { return m_hasOthers; }
 
 private:
+    static constexpr std::size_t kBits = 64;  ///< in a word
+
     std::vector<std::uint64_t> m_bits;
     std::size_t m_size = 0;
     ProcessNumber m_last = ProcessTable::kOthers + 1;  ///< added last; none yet

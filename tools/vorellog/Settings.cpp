@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <charconv>
+#include <initializer_list>
 #include <limits>
+#include <utility>
 
 #include "support/Text.h"
 #include "support/Tool.h"
@@ -34,47 +36,42 @@ constexpr tools::Option kOptions[] = {
     {L"fold", L'F', {}, L"show the records of one exception as one entry"},
     {L"summary", L's', {}, L"show how often, since when and in how many processes each message occurs"},
     {L"top", {}, L"count", L"with --summary: show this many messages (default: 10; with --json: all)"},
+    {L"report", L'r', L"file", L"write a report with charts to this file: one HTML page"},
     {L"json", L'j', {}, L"write JSON, one object per line"},
     {L"color", {}, L"when", L"always, never, or auto (default): on a console unless NO_COLOR is set"},
     {L"version", {}, {}, L"show the version"},
 };
 
-constexpr std::wstring_view kDetails = L"Shows the backup (the name of the log with .001 appended), then the log. The\n"
-                                       L"default log is C:\\TalvenorError.txt; \"-\" is standard input. Programs "
-                                       L"can keep\n"
-                                       L"writing meanwhile. gzip and UTF-16 are recognised by the first bytes of "
-                                       L"a file.\n"
-                                       L"\n"
-                                       L"A repeated option accepts any of its values; --text and --regexp are "
-                                       L"alternatives,\n"
-                                       L"too. Different options must all match.\n"
-                                       L"\n"
-                                       L"A time is 2026-11-16, \"2026-11-16 01:43\", 2026-11-16T01:43:08.045, "
-                                       L"01:43 (today),\n"
-                                       L"\"Mon Nov 16 01:43:08 2026\", today, yesterday, or before now: 90s, 15m, "
-                                       L"2h, 3d. With\n"
-                                       L"an offset from UTC: 2026-11-16T01:43Z, 2026-11-16T03:43:08+02:00.\n"
-                                       L"\n"
-                                       L"An expression has the syntax of RE2: like Perl's, without backreferences and\n"
-                                       L"lookaround. It is searched in prefix and message; ^ and $ match at each "
-                                       L"line.\n"
-                                       L"\n"
-                                       L"--summary counts messages that differ only in numbers and ids (#), paths "
-                                       L"(<path>)\n"
-                                       L"and quoted texts (\"...\") as one; with --fold, exceptions with equal "
-                                       L"trails.\n"
-                                       L"\n"
-                                       L"A line without a header continues the message above it and is shown "
-                                       L"after \"|\".\n"
-                                       L"Damaged records are marked:\n"
-                                       L"  (cut)        the writer was terminated within the line\n"
-                                       L"  (mid-line)   the header is not at the start of a line: it may be forged\n"
-                                       L"  (no header)  the writer of the line is unknown\n"
-                                       L"  (bad UTF-8)  the record contains invalid UTF-8\n"
-                                       L"\n"
-                                       L"Exit codes: 0 entries found, 1 nothing found, 2 invalid command line, 3 "
-                                       L"a log\n"
-                                       L"cannot be read.";
+constexpr std::wstring_view kDetails =
+    L"Shows the backup (the name of the log with .001 appended), then the log. The\n"
+    L"default log is C:\\TalvenorError.txt; \"-\" is standard input. Programs can keep\n"
+    L"writing meanwhile. gzip and UTF-16 are recognised by the first bytes of a file.\n"
+    L"\n"
+    L"A repeated option accepts any of its values; --text and --regexp are alternatives,\n"
+    L"too. Different options must all match.\n"
+    L"\n"
+    L"A time is 2026-11-16, \"2026-11-16 01:43\", 2026-11-16T01:43:08.045, 01:43 (today),\n"
+    L"\"Mon Nov 16 01:43:08 2026\", today, yesterday, or before now: 90s, 15m, 2h, 3d. With\n"
+    L"an offset from UTC: 2026-11-16T01:43Z, 2026-11-16T03:43:08+02:00.\n"
+    L"\n"
+    L"An expression has the syntax of RE2: like Perl's, without backreferences and\n"
+    L"lookaround. It is searched in prefix and message; ^ and $ match at each line.\n"
+    L"\n"
+    L"--summary counts messages that differ only in numbers and ids (#), paths (<path>)\n"
+    L"and quoted texts (\"...\") as one; with --fold, exceptions with equal trails.\n"
+    L"\n"
+    L"--report shows messages, their latest trails, a timeline and the processes. The page\n"
+    L"can be opened without a network.\n"
+    L"\n"
+    L"A line without a header continues the message above it and is shown after \"|\".\n"
+    L"Damaged records are marked:\n"
+    L"  (cut)        the writer was terminated within the line\n"
+    L"  (mid-line)   the header is not at the start of a line: it may be forged\n"
+    L"  (no header)  the writer of the line is unknown\n"
+    L"  (bad UTF-8)  the record contains invalid UTF-8\n"
+    L"\n"
+    L"Exit codes: 0 entries found, 1 nothing found, 2 invalid command line, 3 a log\n"
+    L"cannot be read, or the report cannot be written.";
 
 constexpr tools::Syntax kSyntax = {.command = L"vorellog",
                                    .summary = L"view the error log of vorelCore",
@@ -203,6 +200,15 @@ void checkTogether(const Settings& settings) {
     exclude(settings.json && settings.context != 0, L"json", L"context");
     exclude(settings.tail && settings.maxEntries, L"tail", L"max-count");
     exclude(settings.tail && settings.context != 0, L"tail", L"context");
+    for (const auto& [isGiven, name] :
+         std::initializer_list<std::pair<bool, std::wstring_view>>{{settings.summary, L"summary"},
+                                                                   {settings.follow, L"follow"},
+                                                                   {settings.json, L"json"},
+                                                                   {settings.maxEntries.has_value(), L"max-count"},
+                                                                   {settings.tail.has_value(), L"tail"},
+                                                                   {settings.context != 0, L"context"}}) {
+        exclude(!settings.report.empty() && isGiven, L"report", name);
+    }
     need(!settings.top || settings.summary, L"top", L"--summary");
     need(!filter.invert || !filter.texts.empty() || !filter.patterns.empty(), L"invert", L"--text or --regexp");
     need(!settings.follow || (settings.paths.size() == 1 && settings.paths.front() != kStandardInput), L"follow",
@@ -242,6 +248,8 @@ Settings settingsOf(const tools::Arguments& arguments, const Now& now) {
     settings.fold = arguments.has(L"fold");
     settings.json = arguments.has(L"json");
     settings.summary = arguments.has(L"summary");
+    settings.report = arguments.value(L"report").value_or(L"");
+    settings.fold = settings.fold || !settings.report.empty();  // the report shows whole trails
     settings.colours = coloursOf(arguments);
     settings.maxEntries = countOf(arguments, L"max-count");
     settings.top = countOf(arguments, L"top");

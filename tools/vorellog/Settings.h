@@ -22,6 +22,7 @@ struct Settings {
     bool fold = false;
     bool json = false;
     bool summary = false;
+    std::wstring report{};  ///< the file of the HTML report; empty: none
     Colours colours = Colours::Auto;
     std::optional<unsigned long long> maxEntries{};
     std::optional<std::size_t> top{};   ///< groups in a summary

@@ -47,6 +47,7 @@ Viewer::Viewer(const Settings& settings, bool withColours, std::function<void(st
       m_splitter([this](const Line& line) { m_reader.add(line); }),
       m_reader([this](const Record& record) { process(record); }),
       m_assembler([this](const Trail& trail) { process(trail); }),
+      m_report(settings.report.empty() ? nullptr : std::make_unique<Report>()),
       m_before(settings.context) {}
 
 void Viewer::bytes(std::string_view bytes) {
@@ -121,7 +122,9 @@ void Viewer::offer(const Entry& entry, bool wanted) {
         printContextBefore();
         ++m_entries;
         m_contextAfter = m_context;
-        if (m_summarises) {
+        if (m_report) {
+            m_report->add(entry);
+        } else if (m_summarises) {
             m_summary.add(entry);
             m_isDrawn = false;
         } else {

@@ -17,6 +17,7 @@
 #include "vorellog/Printer.h"
 #include "vorellog/RecordFilter.h"
 #include "vorellog/RecordReader.h"
+#include "vorellog/Report.h"
 #include "vorellog/Settings.h"
 #include "vorellog/Summary.h"
 #include "vorellog/TrailAssembler.h"
@@ -44,6 +45,9 @@ public:
 
     /// Shows the remaining entries or the summary.
     void finish();
+
+    /// The report, with Settings::report.
+    [[nodiscard]] const Report* report() const noexcept { return m_report.get(); }
 
     /// Whether the last line is incomplete.
     [[nodiscard]] bool isWithinLine() const noexcept { return m_splitter.isWithinLine(); }
@@ -93,6 +97,7 @@ private:
     RecordReader m_reader;
     TrailAssembler m_assembler;
     Summary m_summary;
+    std::unique_ptr<Report> m_report;
     ContextBuffer m_before;
     std::size_t m_contextAfter = 0;    ///< number of entries still to be shown after one that matched
     std::deque<std::string> m_last;    ///< the output of the last entries, with m_tail

@@ -10,6 +10,8 @@
 
 #include "support/CommandLine.h"
 #include "support/Console.h"
+#include "support/OwnedHandle.h"
+#include "support/Text.h"
 #include "support/Tool.h"
 #include "vorellog/Follower.h"
 #include "vorellog/InputDecoder.h"
@@ -125,6 +127,20 @@ bool viewAll(const Settings& settings, Viewer& viewer) {
     return good;
 }
 
+void writeReport(const Settings& settings, const Report& report) {
+    std::wstring name = settings.paths.front();
+    if (settings.paths.size() > 1) {
+        name += L" and " + std::to_wstring(settings.paths.size() - 1) + L" more";
+    }
+    const tools::OwnedHandle file(
+        CreateFileW(settings.report.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
+    if (!file) {
+        throw tools::systemFailure(settings.report, L"cannot be created");
+    }
+    const std::string page = report.page(tools::toUtf8(name));
+    tools::writeBytes(file.get(), page.data(), page.size(), settings.report);
+}
+
 int view(const Settings& settings) {
     Viewer viewer(
         settings, wantsColours(settings), [](std::string_view text) { tools::writeOutput(text); },
@@ -134,6 +150,9 @@ int view(const Settings& settings) {
     }
     const bool good = viewAll(settings, viewer);
     viewer.finish();
+    if (viewer.report()) {
+        writeReport(settings, *viewer.report());
+    }
     if (viewer.undecided() != 0) {
         report(L"damaged records not shown, because they have no process, thread, prefix and time: " +
                std::to_wstring(viewer.undecided()));

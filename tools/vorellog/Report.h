@@ -1,0 +1,96 @@
+/// \file
+/// A report of a log as one HTML page: groups of equal messages with their latest entries, a timeline by prefix, and
+/// the processes. The page needs no network. Its size is bounded, whatever the size of the log is.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <span>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "vorellog/Histogram.h"
+#include "vorellog/MessageGroups.h"
+#include "vorellog/ProcessTable.h"
+#include "vorellog/TrailAssembler.h"
+
+namespace vorellog {
+
+class Report {
+public:
+    /// \name Limits of the page
+    /// \{
+    static constexpr std::size_t kMaxSteps = 400;      ///< of the timeline
+    static constexpr std::size_t kMaxPrefixes = 8;     ///< further ones are counted as kOthers
+    static constexpr std::size_t kMaxGroups = 1000;    ///< those with most entries
+    static constexpr std::size_t kMaxProcesses = 500;  ///< those with most records
+    static constexpr std::size_t kMaxExamples = 10;    ///< in a group, the newest
+    static constexpr std::size_t kMaxLineBytes = 2000;
+    static constexpr std::size_t kMaxExampleBytes = std::size_t{4} << 20;  ///< in all groups
+    /// \}
+    static constexpr std::string_view kOthers = "(others)";
+
+    /// Adds a record as an entry; one without a header is only counted as damaged.
+    void add(const Record& record) { add(std::span<const Record>(&record, 1), TrailEnd::Caught); }
+
+    /// Adds an exception as one entry.
+    void add(const Trail& trail) { add(std::span<const Record>(trail.records), trail.end); }
+
+    /// The page. `name` is the name of the log.
+    [[nodiscard]] std::string page(std::string_view name) const;
+
+    /// The data of the page: a JSON object without "<".
+    [[nodiscard]] std::string data(std::string_view name) const;
+
+private:
+    struct Count {
+        unsigned long long records = 0;
+        LocalMs firstMs = 0;
+        LocalMs lastMs = 0;
+
+        void add(LocalMs time) noexcept;
+    };
+    struct Series {
+        Histogram steps{kMaxSteps};
+        unsigned long long records = 0;
+    };
+    struct Example {
+        LocalMs timeMs = 0;
+        ProcessNumber process = 0;
+        std::string writer;
+        std::vector<std::string> messages;
+        TrailEnd end = TrailEnd::Caught;
+    };
+    /// What is known of a group besides its counts.
+    struct Details {
+        Histogram steps{kMaxSteps};
+        std::vector<Example> examples;  ///< a ring
+        std::size_t next = 0;           ///< where the next example goes in a full ring
+    };
+    struct Hash : std::hash<std::string_view> {
+        using is_transparent = void;
+    };
+
+    void add(std::span<const Record> records, TrailEnd end);
+    void countRecord(const Record& record, const LogHeader& header, ProcessNumber process);
+    static void addExample(Details& details, std::span<const Record> records, const LogHeader& header,
+                           ProcessNumber process, TrailEnd end);
+    [[nodiscard]] std::vector<ProcessNumber> shownProcesses() const;
+    void appendPrefixes(std::string& out, const Histogram& all) const;
+    void appendProcesses(std::string& out, const std::vector<ProcessNumber>& shown) const;
+    void appendGroups(std::string& out, const Histogram& all, const std::vector<ProcessNumber>& shown) const;
+
+    ProcessTable m_processes;
+    std::vector<Count> m_ofProcess;  ///< by process number
+    std::unordered_map<std::string, Series, Hash, std::equal_to<>> m_ofPrefix;
+    Series m_otherPrefixes;
+    Histogram m_steps{kMaxSteps};
+    MessageGroups m_groups;
+    std::vector<Details> m_details;  ///< by group number
+    Count m_all;
+    std::array<unsigned long long, kDamages> m_damage{};
+};
+
+}  // namespace vorellog
