@@ -249,6 +249,10 @@ class Bench:
         return not self._run(self._build.folder / "bin", program, test) and bool(
             self._run(self._bin, program, test) or self._run(self._bin, program, test_filter))
 
+    def output(self):
+        """What the last program that ran has printed."""
+        return (self._folder / "output.txt").read_text(errors="replace")
+
     def _is_slow(self, program, test_filter):
         """Whether the machine is so busy that the unchanged library exceeds the limit too. Then raises the limit."""
         limit = program.limit_seconds
@@ -277,7 +281,7 @@ class Bench:
                 os.killpg(process.pid, signal.SIGKILL)
                 process.wait()
                 result = "hangs"
-        text = output.read_text(errors="replace")
+        text = self.output()
         failed = re.search(r"^\[  FAILED  \] (\S+?)(?:,|\s|$)", text, re.MULTILINE)
         if result == 0:
             return None

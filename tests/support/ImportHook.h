@@ -15,6 +15,7 @@
 #include <utility>
 
 #include <io.h>
+#include <process.h>
 #include <sys/stat.h>
 #include <windows.h>
 
@@ -53,6 +54,8 @@ extern decltype(&::InitializeSecurityDescriptor)
     importedInitializeSecurityDescriptor __asm__("__imp_InitializeSecurityDescriptor");
 extern decltype(&::IsValidSecurityDescriptor)
     importedIsValidSecurityDescriptor __asm__("__imp_IsValidSecurityDescriptor");
+extern decltype(&::InitializeCriticalSection)
+    importedInitializeCriticalSection __asm__("__imp_InitializeCriticalSection");
 extern decltype(&::LeaveCriticalSection) importedLeaveCriticalSection __asm__("__imp_LeaveCriticalSection");
 extern decltype(&::LocalAlloc) importedLocalAlloc __asm__("__imp_LocalAlloc");
 extern decltype(&::LocalFree) importedLocalFree __asm__("__imp_LocalFree");
@@ -64,6 +67,7 @@ extern decltype(&::OpenMutexW) importedOpenMutexW __asm__("__imp_OpenMutexW");
 extern decltype(&::OpenProcessToken) importedOpenProcessToken __asm__("__imp_OpenProcessToken");
 extern decltype(&::OpenThreadToken) importedOpenThreadToken __asm__("__imp_OpenThreadToken");
 extern decltype(&::ReleaseMutex) importedReleaseMutex __asm__("__imp_ReleaseMutex");
+extern decltype(&::ResetEvent) importedResetEvent __asm__("__imp_ResetEvent");
 extern decltype(&::RevertToSelf) importedRevertToSelf __asm__("__imp_RevertToSelf");
 extern decltype(&::SetEvent) importedSetEvent __asm__("__imp_SetEvent");
 extern decltype(&::SetPriorityClass) importedSetPriorityClass __asm__("__imp_SetPriorityClass");
@@ -88,8 +92,11 @@ extern decltype(&::fclose) importedFclose __asm__("__imp_fclose");
 extern decltype(&::_fdopen) importedFdopen __asm__("__imp__fdopen");
 extern decltype(&::fflush) importedFflush __asm__("__imp_fflush");
 extern decltype(&::_get_osfhandle) importedGetOsfhandle __asm__("__imp__get_osfhandle");
+extern decltype(&::_getpid) importedGetpid __asm__("__imp__getpid");
 extern decltype(&::_localtime64_s) importedLocaltime64S __asm__("__imp__localtime64_s");
 extern decltype(&::rename) importedRename __asm__("__imp_rename");
+extern decltype(&::_sopen_s) importedSopenS __asm__("__imp__sopen_s");
+extern decltype(&::__stdio_common_vfprintf) importedStdioCommonVfprintf __asm__("__imp___stdio_common_vfprintf");
 extern decltype(&::__stdio_common_vsprintf) importedStdioCommonVsprintf __asm__("__imp___stdio_common_vsprintf");
 extern decltype(&::_sopen_s) importedSopenS __asm__("__imp__sopen_s");
 extern decltype(&::_time64) importedTime64 __asm__("__imp__time64");

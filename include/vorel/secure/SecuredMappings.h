@@ -15,6 +15,8 @@ namespace vorel {
 /// file).
 ///
 /// `created`, which may be null, becomes 1 if the mapping is new, and 0 otherwise.
+/// Tries once: if another process has created the mapping and ends before this call opens it, the result is null. Call
+/// again in that case.
 /// \returns the handle; null after a failure.
 VOREL_API void* ObtainAccessableFileMapping(void* file, unsigned long protection, unsigned long desiredAccess,
                                             unsigned long sizeHigh, unsigned long sizeLow, const wchar_t* name,

@@ -1,0 +1,226 @@
+/// \file
+/// `AutoMutex`: threads of two processes, recursion, time limits, and a process that is killed at any call.
+
+#include <chrono>
+#include <functional>
+#include <string>
+
+#include "exploration/SystemScenario.h"
+#include "vorel/exceptions/Exception.h"
+#include "vorel/sync/AutoMutex.h"
+#include "whitebox/AutoMutexMembers.h"
+
+namespace {
+
+using exploration::Ending;
+using exploration::ProcessId;
+using exploration::require;
+using exploration::SystemScenario;
+using vorel::AutoMutex;
+
+constexpr unsigned int kTimeoutMs = 60000;
+constexpr ProcessId kOtherProcess = 2;
+constexpr const wchar_t* kName = L"explored";
+
+int lockCount(const AutoMutex& mutex) {
+    return mutex.*reveal(test::LockCount());
+}
+
+long long owner(const AutoMutex& mutex) {
+    return mutex.*reveal(test::LockingThreadId());
+}
+
+/// Tasks that lock one mutex. They share an object in the main process, and another process has its own.
+class MutexScenario : public SystemScenario {
+protected:
+    struct Counts {
+        unsigned long long abandoned = 0;
+        unsigned long long timedOut = 0;
+    };
+
+    explicit MutexScenario(Counts& counts) : m_counts(counts) {}
+
+    void start() override {
+        machine().files().setScheduling(false);  // the log has its own scenarios
+        m_shared.create(kName, false, false);
+    }
+
+    /// Locks `depth` times, checks that nobody else is inside, and unlocks as often.
+    void useMutex(AutoMutex& mutex, int depth) {
+        for (int locked = 0; locked < depth; ++locked) {
+            if (!mutex.lock(kTimeoutMs, false)) {
+                require(locked == 0, "a time limit ran out for the owner");
+                require(exploration::Scheduler::running()->now() >= kTimeoutMs, "lock fails before its time limit");
+                ++m_counts.timedOut;
+                return;
+            }
+        }
+        const exploration::TaskId self = machine().task();
+        require(m_inside == exploration::kNoTask, "two tasks hold the mutex");
+        m_inside = self;
+        exploration::schedulingPoint();
+        require(m_inside == self, "two tasks hold the mutex");
+        require(lockCount(mutex) == depth, "the lock count is " + std::to_string(lockCount(mutex)));
+        require(owner(mutex) == static_cast<long long>(GetCurrentThreadId()), "the owner is another thread");
+        for (int locked = 0; locked < depth; ++locked) {
+            if (locked == depth - 1) {
+                m_inside = exploration::kNoTask;
+            }
+            mutex.unlock();
+        }
+    }
+
+    void addShared(const char* name, int depth = 1) {
+        task(name, exploration::kMainProcess, [this, depth] { useMutex(*m_shared, depth); });
+    }
+
+    void addOther(const char* name) {
+        task(name, kOtherProcess, [this] {
+            AutoMutex own(kName, false, false);
+            useMutex(own, 1);
+        });
+    }
+
+    void processEnded(ProcessId process) override {
+        if (m_inside != exploration::kNoTask && processOf(m_inside) == process) {
+            m_inside = exploration::kNoTask;
+        }
+    }
+
+    void check(const std::vector<Ending>& endings) override {
+        for (const Ending ending : endings) {
+            require(ending != Ending::Blocked, "a task is blocked");
+        }
+        require(warnings() == machine().abandonedWaits(), std::to_string(warnings()) + " warnings of " +
+                                                              std::to_string(machine().abandonedWaits()) +
+                                                              " abandoned mutexes");
+        m_counts.abandoned += machine().abandonedWaits();
+        if (endings.front() == Ending::Killed || (mayStayLocked() && lockCount(*m_shared) != 0)) {
+            return;
+        }
+        require(lockCount(*m_shared) == 0, "a lock stays counted");
+        require(owner(*m_shared) == 0, "an owner stays recorded");
+        m_shared.destroy();
+        require(machine().handleCount() == 0, "a handle stays open");
+        require(machine().heldSections() == 0, "a lock stays held");
+    }
+
+    /// Whether a task may end without unlocking.
+    [[nodiscard]] virtual bool mayStayLocked() const { return false; }
+
+    AutoMutex& shared() { return *m_shared; }
+
+private:
+    /// The warnings about an abandoned mutex in the log.
+    std::size_t warnings() {
+        std::size_t count = 0;
+        for (const std::string& path : machine().files().paths()) {
+            const std::string text = *machine().files().contents(path);
+            for (std::size_t at = 0; (at = text.find("WAIT_ABANDONED", at)) != std::string::npos; ++at) {
+                ++count;
+            }
+        }
+        return count;
+    }
+
+    Counts& m_counts;
+    exploration::ProcessObject<AutoMutex> m_shared;
+    exploration::TaskId m_inside = exploration::kNoTask;
+};
+
+class TwoProcesses final : public MutexScenario {
+public:
+    explicit TwoProcesses(Counts& counts) : MutexScenario(counts) {}
+
+    using MutexScenario::Counts;
+
+private:
+    void start() override {
+        MutexScenario::start();
+        addShared("main");
+        addOther("other");
+    }
+};
+
+class ThreeThreads final : public MutexScenario {
+public:
+    explicit ThreeThreads(Counts& counts) : MutexScenario(counts) {}
+
+    using MutexScenario::Counts;
+
+private:
+    void start() override {
+        MutexScenario::start();
+        addShared("main");
+        addShared("recursive", 2);
+        addOther("other");
+    }
+};
+
+/// A second object of the same name, in the same process.
+class TwoObjects final : public MutexScenario {
+public:
+    explicit TwoObjects(Counts& counts) : MutexScenario(counts) {}
+
+    using MutexScenario::Counts;
+
+private:
+    void start() override {
+        MutexScenario::start();
+        addShared("first object");
+        task("second object", exploration::kMainProcess, [this] {
+            AutoMutex second(kName, false, false);
+            useMutex(second, 1);
+        });
+    }
+};
+
+/// A thread that ends without unlocking, and one that locks through the same object.
+class EndedOwner final : public MutexScenario {
+public:
+    explicit EndedOwner(Counts& counts) : MutexScenario(counts) {}
+
+    using MutexScenario::Counts;
+
+private:
+    void start() override {
+        MutexScenario::start();
+        task("ended", exploration::kMainProcess, [this] { shared().lock(kTimeoutMs, false); });
+        addShared("next");
+    }
+
+    [[nodiscard]] bool mayStayLocked() const override { return true; }
+};
+
+class AutoMutexExploration : public exploration::ExplorationTest {};
+
+TEST_F(AutoMutexExploration, TwoProcessesExcludeEachOther) {
+    TwoProcesses::Counts counts;
+    explores<TwoProcesses>({.preemptions = 3}, std::ref(counts));
+    EXPECT_NE(counts.timedOut, 0u);
+    EXPECT_EQ(counts.abandoned, 0u);
+}
+
+TEST_F(AutoMutexExploration, AKilledOwnerIsReportedOnce) {
+    TwoProcesses::Counts counts;
+    explores<TwoProcesses>({.preemptions = 2, .kills = 1}, std::ref(counts));
+    EXPECT_NE(counts.abandoned, 0u);
+}
+
+TEST_F(AutoMutexExploration, AThreadThatEndedIsNoLongerTheOwner) {
+    EndedOwner::Counts counts;
+    explores<EndedOwner>({}, std::ref(counts));
+    EXPECT_NE(counts.abandoned, 0u);
+}
+
+TEST_F(AutoMutexExploration, ThreeThreadsInTwoProcesses) {
+    ThreeThreads::Counts counts;
+    explores<ThreeThreads>({.preemptions = 2, .time = std::chrono::seconds(10)}, std::ref(counts));
+}
+
+TEST_F(AutoMutexExploration, TwoObjectsOfOneNameInAProcess) {
+    TwoObjects::Counts counts;
+    explores<TwoObjects>({.preemptions = 2}, std::ref(counts));
+}
+
+}  // namespace

@@ -1,0 +1,262 @@
+/// \file
+/// `Condition`: every order of waiting, signalling and broadcasting.
+
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "exploration/SystemScenario.h"
+#include "support/PrivateMember.h"
+#include "vorel/sync/Condition.h"
+
+namespace test {
+
+struct Waiters : PrivateMember<Waiters, volatile long vorel::Condition::*> {};
+template struct Reveal<Waiters, &vorel::Condition::m_waiters>;
+
+}  // namespace test
+
+namespace {
+
+using exploration::Ending;
+using exploration::Limits;
+using exploration::require;
+using exploration::SystemScenario;
+using vorel::Condition;
+using vorel::ForcedCriticalSection;
+
+constexpr unsigned int kTimeoutMs = 60000;
+
+/// Waiters that count themselves under the lock before they wait, and a task that calls the condition after that.
+class ConditionScenario : public SystemScenario {
+protected:
+    void start() override {
+        m_lock.create();
+        m_condition.create(*m_lock);
+    }
+
+    void addWaiter(const char* name, int timeoutMs) {
+        task(name, 1, [this, timeoutMs] {
+            m_lock->lock(kTimeoutMs, true);
+            ++m_began;
+            const bool isSignalled = m_condition->wait(timeoutMs);
+            require(machine().holds(m_lock->getHandle()), "wait returned without the lock");
+            ++(isSignalled ? m_signalled : m_timedOut);
+            m_lock->unlock();
+        });
+    }
+
+    /// Returns when `count` threads wait: they have begun, and have left the lock.
+    void untilBegan(int count) {
+        await([this, count] { return m_began >= count; });
+        m_lock->lock(kTimeoutMs, true);
+        m_lock->unlock();
+    }
+
+    /// Destroys the condition as its owner does when nobody uses it any more, and checks that nothing remains.
+    void destroy() {
+        m_condition.destroy();
+        require(machine().handleCount() == 0, "a handle stays open");
+        require(machine().heldSections() == 0, "a lock stays held");
+        m_lock.destroy();
+    }
+
+    exploration::ProcessObject<ForcedCriticalSection> m_lock;
+    exploration::ProcessObject<Condition> m_condition;
+    int m_began = 0;
+    int m_signalled = 0;
+    int m_timedOut = 0;
+};
+
+/// One signal after two threads began to wait releases one of them.
+class OneSignal final : public ConditionScenario {
+public:
+    explicit OneSignal(int waiters) : m_waiters(waiters) {}
+
+private:
+    void start() override {
+        ConditionScenario::start();
+        for (int waiter = 0; waiter < m_waiters; ++waiter) {
+            addWaiter(waiter == 0 ? "first" : "second", -1);
+        }
+        task("signaller", 1, [this] {
+            untilBegan(m_waiters);
+            m_condition->signal();
+        });
+    }
+
+    void check(const std::vector<Ending>& endings) override {
+        require(m_signalled == 1, "a signal released " + std::to_string(m_signalled) + " waiters");
+        require(endings.back() == Ending::Finished, "the signaller is blocked");
+        if (m_waiters == 1) {
+            destroy();
+        }
+    }
+
+    int m_waiters;
+};
+
+/// As many signals as waiters, each after the waiter before it has returned, release all of them.
+class SignalEach final : public ConditionScenario {
+    void start() override {
+        ConditionScenario::start();
+        addWaiter("first", -1);
+        addWaiter("second", -1);
+        task("signaller", 1, [this] {
+            untilBegan(2);
+            m_condition->signal();
+            await([this] { return m_signalled == 1; });
+            m_condition->signal();
+        });
+    }
+
+    void check(const std::vector<Ending>&) override {
+        require(m_signalled == 2, "a waiter is not released");
+        destroy();
+    }
+};
+
+/// A signal without a waiter is kept for the next one, and for one only.
+class SignalBeforeWait final : public ConditionScenario {
+    void start() override {
+        ConditionScenario::start();
+        task("signaller", 1, [this] {
+            m_condition->signal();
+            m_condition->signal();
+            m_isSignalled = true;
+        });
+        for (const char* const name : {"first", "second"}) {
+            task(name, 1, [this] {
+                await([this] { return m_isSignalled; });
+                m_lock->lock(kTimeoutMs, true);
+                ++(m_condition->wait(10) ? m_signalled : m_timedOut);
+                m_lock->unlock();
+            });
+        }
+    }
+
+    void check(const std::vector<Ending>&) override {
+        require(m_signalled == 1 && m_timedOut == 1, std::to_string(m_signalled) + " waiters got the kept signal");
+        destroy();
+    }
+
+    bool m_isSignalled = false;
+};
+
+/// A waiter with a time limit, and a signal that may come too late: it is never lost.
+class SignalOrTimeout final : public ConditionScenario {
+    void start() override {
+        ConditionScenario::start();
+        addWaiter("waiter", 50);
+        task("signaller", 1, [this] { m_condition->signal(); });
+    }
+
+    void check(const std::vector<Ending>&) override {
+        require(m_signalled + m_timedOut == 1, "the waiter is blocked");
+        if (m_timedOut == 1) {
+            m_lock->lock(kTimeoutMs, true);
+            require(m_condition->wait(0), "the late signal is lost");
+            m_lock->unlock();
+        }
+        destroy();
+    }
+};
+
+/// A broadcast releases every thread that waits, and then ends. A thread that has left the lock but is not counted yet
+/// may be missed: that gap is documented, and `missed` counts its schedules. The broadcaster may hold the lock.
+class Broadcast final : public ConditionScenario {
+public:
+    Broadcast(int waiters, bool holdsLock, unsigned long long& missed)
+        : m_waiters(waiters), m_holdsLock(holdsLock), m_missed(missed) {}
+
+private:
+    void start() override {
+        ConditionScenario::start();
+        for (int waiter = 0; waiter < m_waiters; ++waiter) {
+            addWaiter(waiter == 0 ? "first" : "second", -1);
+        }
+        task("broadcaster", 1, [this] {
+            untilBegan(m_waiters);
+            if (m_holdsLock) {
+                m_lock->lock(kTimeoutMs, true);
+            }
+            m_waiting = (*m_condition).*reveal(test::Waiters());
+            m_condition->broadcast();
+            if (m_holdsLock) {
+                m_lock->unlock();
+            }
+            m_isBroadcast = true;
+        });
+    }
+
+    void check(const std::vector<Ending>&) override {
+        require(m_isBroadcast, "the broadcast does not end");
+        require(m_signalled >= m_waiting, "a thread that counted as waiting is not released");
+        if (m_signalled < m_waiters) {
+            ++m_missed;
+        } else {
+            destroy();
+        }
+    }
+
+    int m_waiters;
+    bool m_holdsLock;
+    unsigned long long& m_missed;
+    long m_waiting = 0;
+    bool m_isBroadcast = false;
+};
+
+/// As above, with waiters that may time out: all return, and the broadcast ends.
+class BroadcastOrTimeout final : public ConditionScenario {
+    void start() override {
+        ConditionScenario::start();
+        addWaiter("first", 50);
+        addWaiter("second", 20);
+        task("broadcaster", 1, [this] { m_condition->broadcast(); });
+    }
+
+    void check(const std::vector<Ending>& endings) override {
+        for (const Ending ending : endings) {
+            require(ending == Ending::Finished, "a task is blocked");
+        }
+        destroy();
+    }
+};
+
+class ConditionExploration : public exploration::ExplorationTest {};
+
+TEST_F(ConditionExploration, ASignalReleasesOneOfOne) {
+    explores<OneSignal>({}, 1);
+}
+
+TEST_F(ConditionExploration, ASignalReleasesOneOfTwo) {
+    explores<OneSignal>({.preemptions = 2}, 2);
+}
+
+TEST_F(ConditionExploration, TwoSignalsReleaseTwo) {
+    explores<SignalEach>({.preemptions = 2});
+}
+
+TEST_F(ConditionExploration, ASignalWithoutAWaiterIsKeptForOne) {
+    explores<SignalBeforeWait>({.preemptions = 2});
+}
+
+TEST_F(ConditionExploration, ALateSignalIsNotLost) {
+    explores<SignalOrTimeout>({});
+}
+
+TEST_F(ConditionExploration, ABroadcastAndTimeLimitsReleaseEveryWaiter) {
+    explores<BroadcastOrTimeout>({.preemptions = 2});
+}
+
+TEST_F(ConditionExploration, ABroadcastReleasesAllThatWait) {
+    for (const int waiters : {1, 2}) {
+        for (const bool holdsLock : {false, true}) {
+            unsigned long long missed = 0;
+            explores<Broadcast>({.preemptions = 2}, waiters, holdsLock, std::ref(missed));
+            EXPECT_NE(missed, 0u) << "the documented gap is not reached, so the scenario is too small";
+        }
+    }
+}
+
+}  // namespace

@@ -1,0 +1,76 @@
+/// \file
+/// Code that runs until it passes control on, and continues there later. All fibers share one thread, so a schedule is
+/// the same in every run.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+
+namespace exploration {
+
+/// What the runtimes keep for each thread, and a task must have for itself: the last errors, the exceptions in flight
+/// and the handler of invalid parameters.
+class ThreadState {
+public:
+    void save() noexcept;
+    void load() const noexcept;
+
+private:
+    using InvalidParameterHandler = void(__cdecl*)(const wchar_t*, const wchar_t*, const wchar_t*, unsigned int,
+                                                   std::uintptr_t);
+
+    unsigned long m_lastError = 0;
+    int m_errno = 0;
+    std::array<std::byte, 16> m_exceptions{};
+    InvalidParameterHandler m_handler = nullptr;
+};
+
+/// Turns the calling thread into a fiber, to which others return. One at a time.
+class MainFiber {
+public:
+    MainFiber();
+    ~MainFiber();
+
+    MainFiber(const MainFiber&) = delete;
+    MainFiber& operator=(const MainFiber&) = delete;
+
+    /// Called from another fiber: continues the thread after its `Fiber::run`.
+    void resume() noexcept;
+
+private:
+    friend class Fiber;
+
+    void* m_fiber;
+    ThreadState m_state;
+};
+
+/// Runs one function after the other. The destructor drops the rest of a function that has not ended: objects on its
+/// stack are not destroyed, as if the process had been killed.
+class Fiber {
+public:
+    explicit Fiber(MainFiber& main);
+    ~Fiber();
+
+    Fiber(const Fiber&) = delete;
+    Fiber& operator=(const Fiber&) = delete;
+
+    /// Sets the function of the next `run`. The previous one must have ended.
+    void start(std::function<void()> body);
+
+    /// Runs until the function ends or calls `MainFiber::resume`.
+    void run() noexcept;
+
+    [[nodiscard]] bool hasEnded() const noexcept { return !m_body; }
+
+private:
+    static void __stdcall loop(void* self);
+
+    MainFiber& m_main;
+    void* m_fiber;
+    std::function<void()> m_body;
+    ThreadState m_state;
+};
+
+}  // namespace exploration

@@ -1,0 +1,162 @@
+/// \file
+/// A model of the parts of Windows that the locks, the conditions and the secured objects use, as its documentation
+/// describes them. Each rule names the page. Every call is a scheduling point; calls outside of a task act at once.
+///
+/// A call that fails sets the last error, as the system does.
+#pragma once
+
+#include <cstdint>
+#include <list>
+#include <map>
+#include <memory>
+#include <string>
+#include <unordered_map>
+#include <unordered_set>
+
+#include <windows.h>
+
+#include "exploration/FileSystem.h"
+#include "exploration/RuntimeFiles.h"
+#include "exploration/Scheduler.h"
+
+namespace exploration {
+
+/// The task of calls that no task makes.
+inline constexpr TaskId kNoTask = ~0u;
+
+/// A scheduling point, unless no task makes the call.
+void schedulingPoint();
+
+/// Records a call for the trace of a failure. `text` returns its line.
+template <class Text>
+void traceCall(const Text& text) {
+    if (Scheduler* const scheduler = Scheduler::running(); scheduler && scheduler->isTracing()) {
+        scheduler->trace(text());
+    }
+}
+
+/// An event, a mutex or a file mapping.
+struct KernelObject {
+    enum class Kind { Event, Mutex, Mapping };
+
+    /// A task that waits. A release decides which waiter gets the object, at once: a task that begins to wait later
+    /// cannot take it.
+    struct Waiter {
+        TaskId task;
+        std::optional<DWORD> result;
+    };
+
+    Kind kind;
+    std::wstring name;
+    DWORD refused = 0;  ///< rights that the access list denies to everyone
+    std::list<std::shared_ptr<Waiter>> waiters;
+
+    bool isManualReset = false;
+    bool isSignalled = false;
+
+    TaskId owner = kNoTask;
+    unsigned int recursion = 0;
+    bool isAbandoned = false;
+};
+
+class Machine {
+public:
+    Machine();
+    ~Machine();
+
+    Machine(const Machine&) = delete;
+    Machine& operator=(const Machine&) = delete;
+
+    /// Null while there is none: then calls go to the system.
+    static Machine* current() noexcept;
+
+    /// The caller of calls that no task makes, for scripts.
+    void setCaller(TaskId task, ProcessId process);
+    [[nodiscard]] TaskId task() const;
+    [[nodiscard]] ProcessId process() const;
+
+    // ---- Events and mutexes ----
+
+    HANDLE createEvent(const SECURITY_ATTRIBUTES* attributes, bool isManualReset, bool isSignalled,
+                       const wchar_t* name);
+    HANDLE createMutex(const SECURITY_ATTRIBUTES* attributes, bool isOwned, const wchar_t* name);
+    HANDLE createMapping(const SECURITY_ATTRIBUTES* attributes, HANDLE file, std::uint64_t size, const wchar_t* name);
+    HANDLE open(KernelObject::Kind kind, DWORD access, const wchar_t* name);
+    bool setEvent(HANDLE event);
+    bool resetEvent(HANDLE event);
+    bool releaseMutex(HANDLE mutex);
+    DWORD wait(HANDLE object, DWORD milliseconds);
+
+    /// Closes a handle of this model. Nothing for a handle of the system.
+    std::optional<bool> close(HANDLE handle);
+
+    // ---- Critical sections ----
+
+    void initialize(CRITICAL_SECTION* section);
+    void destroy(CRITICAL_SECTION* section);
+    void enter(CRITICAL_SECTION* section);
+    bool tryEnter(CRITICAL_SECTION* section);
+    void leave(CRITICAL_SECTION* section);
+
+    // ---- Ends ----
+
+    void taskEnded(TaskId task);
+    void processKilled(ProcessId process, const std::vector<TaskId>& tasks);
+
+    // ---- For the properties of scenarios ----
+
+    /// From now on, a task that leaves a critical section of another is counted instead of ending the schedule.
+    void countMisuse() { m_isMisuseCounted = true; }
+    [[nodiscard]] unsigned int misuses() const { return m_misuses; }
+
+    FileSystem& files() { return m_files; }
+    RuntimeFiles& runtime() { return m_runtime; }
+    [[nodiscard]] std::size_t handleCount() const { return m_handles.size(); }
+    [[nodiscard]] bool holds(const void* section) const;
+    [[nodiscard]] std::size_t heldSections() const;
+
+    /// How often a wait returned WAIT_ABANDONED, and how often an auto-reset event was given to a task.
+    [[nodiscard]] std::size_t abandonedWaits() const { return m_abandonedWaits; }
+    [[nodiscard]] std::size_t givenCount() const { return m_given; }
+
+private:
+    struct Handle {
+        ProcessId process;
+        std::shared_ptr<KernelObject> object;
+        DWORD access;
+    };
+
+    struct Section {
+        TaskId owner = kNoTask;
+        unsigned int recursion = 0;
+        unsigned int waiters = 0;
+    };
+
+    HANDLE create(KernelObject object, const SECURITY_ATTRIBUTES* attributes, DWORD access);
+    HANDLE add(std::shared_ptr<KernelObject> object, DWORD access);
+    Handle* find(HANDLE handle, KernelObject::Kind kind, DWORD access);
+    std::shared_ptr<KernelObject> named(const std::wstring& name);
+    bool take(KernelObject& object, TaskId task, DWORD& result);
+    void release(KernelObject& object);
+    void abandon(TaskId task);
+    Section& section(const CRITICAL_SECTION* address);
+    Section* ownSection(const CRITICAL_SECTION* address, const char* call);
+    std::string label(HANDLE handle) const;
+
+    FileSystem m_files;
+    RuntimeFiles m_runtime;
+    std::map<std::uintptr_t, Handle> m_handles;
+    std::map<std::wstring, std::weak_ptr<KernelObject>> m_names;
+    std::vector<std::weak_ptr<KernelObject>> m_objects;
+    std::unordered_map<const void*, Section> m_sections;
+    std::unordered_set<const void*> m_destroyedSections;
+    std::uintptr_t m_nextHandle;
+    std::size_t m_abandonedWaits = 0;
+    std::size_t m_given = 0;
+    bool m_isMisuseCounted = false;
+    unsigned int m_misuses = 0;
+    TaskId m_caller = kNoTask;
+    ProcessId m_callingProcess = 0;
+};
+
+}  // namespace exploration

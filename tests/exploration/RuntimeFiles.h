@@ -1,0 +1,60 @@
+/// \file
+/// A model of the C runtime's files: descriptors and streams in text mode, over the model of files.
+#pragma once
+
+#include <cstdio>
+#include <map>
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include <windows.h>
+
+#include "exploration/FileSystem.h"
+
+namespace exploration {
+
+/// Calls that fail set `errno`.
+class RuntimeFiles {
+public:
+    explicit RuntimeFiles(FileSystem& files) : m_files(files) {}
+
+    /// `_sopen_s`, with _O_WRONLY, _O_CREAT and perhaps _O_APPEND. Returns 0 or the error.
+    int open(int& descriptor, const char* path, int flags, int sharing);
+
+    /// The handle of a descriptor of this model; null for other descriptors.
+    [[nodiscard]] HANDLE handle(int descriptor) const;
+
+    int close(int descriptor);
+    std::FILE* stream(int descriptor);
+
+    /// Whether `stream` belongs to this model. The following calls need such a stream.
+    [[nodiscard]] bool owns(const std::FILE* stream) const { return m_streams.contains(stream); }
+    void print(std::FILE* stream, std::string_view text);
+    int flush(std::FILE* stream);
+    int close(std::FILE* stream);
+
+    int remove(const char* path);
+    int rename(const char* from, const char* to);
+
+private:
+    struct Descriptor {
+        HANDLE handle;
+        bool appends;
+    };
+
+    struct Stream {
+        int descriptor;
+        std::string buffer;
+        bool hasFailed = false;
+    };
+
+    bool write(Stream& stream, std::size_t bytes);
+
+    FileSystem& m_files;
+    std::map<int, Descriptor> m_descriptors;
+    std::map<const std::FILE*, std::unique_ptr<Stream>> m_streams;
+    int m_nextDescriptor = 1000;  // larger than any descriptor of the runtime
+};
+
+}  // namespace exploration

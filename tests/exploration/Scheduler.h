@@ -1,0 +1,136 @@
+/// \file
+/// Tries every order in which tasks can make their calls of the system (stateless model checking: P. Godefroid, "Model
+/// Checking for Programming Languages using VeriSoft", 1997; with a limit on preemptions: M. Musuvathi and S. Qadeer,
+/// "Iterative Context Bounding for Systematic Testing of Multithreaded Programs", 2007).
+///
+/// A task is a thread of the program under test, as a fiber. It runs alone until it reaches a scheduling point: the
+/// moment before a call of the system, and the moment after one that releases something. There the scheduler decides
+/// who continues. A schedule is the list of these decisions. The next schedule repeats all but the last decision that
+/// has another option, until none has.
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "exploration/Fiber.h"
+
+namespace exploration {
+
+/// Milliseconds of the simulated clock.
+using Tick = unsigned long long;
+
+using TaskId = unsigned int;
+using ProcessId = unsigned int;
+
+/// One task of a scenario.
+struct Plan {
+    std::string name;
+    ProcessId process;
+    std::function<void()> body;
+};
+
+/// How the tasks of a schedule ended.
+enum class Ending { Finished, Killed, Blocked };
+
+/// One run of the tasks: the objects that they share, and the properties that must hold. Each schedule has a new one.
+class Scenario {
+public:
+    Scenario() = default;
+    virtual ~Scenario() = default;
+
+    Scenario(const Scenario&) = delete;
+    Scenario& operator=(const Scenario&) = delete;
+
+    virtual std::vector<Plan> plans() = 0;
+
+    /// Called outside of all tasks after a thread has ended, and after the process of some tasks was killed.
+    virtual void taskEnded(TaskId) {}
+    virtual void processKilled(ProcessId) {}
+
+    /// Called when no task can continue. Checks the result, and calls `Scheduler::fail` if it is wrong.
+    virtual void finish(const std::vector<Ending>& endings) = 0;
+};
+
+struct Limits {
+    static constexpr unsigned int kUnlimited = ~0u;
+
+    unsigned int preemptions = kUnlimited;  ///< switches from a task that could continue
+    unsigned int kills = 0;                 ///< processes that are killed in one schedule
+    std::chrono::milliseconds time = std::chrono::hours(1);
+    std::size_t decisions = 2000;  ///< a longer schedule is one that never ends
+};
+
+struct Failure {
+    std::string message;
+    std::vector<std::string> trace;      ///< one line for each decision and call
+    std::vector<std::size_t> decisions;  ///< for `replay`
+
+    [[nodiscard]] std::string text() const;
+};
+
+struct Result {
+    unsigned long long schedules = 0;
+    std::size_t longest = 0;        ///< decisions of the longest schedule
+    bool hasFinishedLevel = false;  ///< whether all schedules with at most `preemptions` were run
+    unsigned int preemptions = 0;
+    bool isComplete = false;    ///< whether every schedule within the limits was run
+    bool isExhaustive = false;  ///< whether more preemptions would not add any schedule
+    std::optional<Failure> failure;
+};
+
+using ScenarioFactory = std::function<std::unique_ptr<Scenario>()>;
+
+/// Runs all schedules within `limits`, with few preemptions first, until one fails.
+Result explore(const ScenarioFactory& factory, const Limits& limits);
+
+/// Runs the schedule of a failure again.
+std::optional<Failure> replay(const ScenarioFactory& factory, const Limits& limits,
+                              const std::vector<std::size_t>& decisions);
+
+enum class Wake { Resumed, TimedOut };
+
+/// The scheduler of the schedule that runs. For the model of the system.
+class Scheduler {
+public:
+    /// Null while no schedule runs.
+    static Scheduler* running() noexcept;
+
+    /// Whether the caller is a task of a running schedule.
+    static bool isInTask() noexcept;
+
+    virtual ~Scheduler() = default;
+
+    [[nodiscard]] virtual TaskId task() const = 0;
+    [[nodiscard]] virtual ProcessId process() const = 0;
+    [[nodiscard]] virtual Tick now() const = 0;
+
+    /// A scheduling point.
+    virtual void point() = 0;
+
+    /// A scheduling point at which the task cannot continue before `isFree` is true or, if there is a time limit, the
+    /// wait has timed out.
+    virtual Wake block(std::function<bool()> isFree, std::optional<Tick> milliseconds) = 0;
+
+    /// A scheduling point at which the others go first.
+    virtual void sleep(Tick milliseconds) = 0;
+
+    /// Chooses one of `count` (at least 1) possible results of a call.
+    virtual std::size_t choose(std::size_t count) = 0;
+
+    /// Reports that a property does not hold. Ends the schedule when called from a task, so it does not return there.
+    virtual void fail(const std::string& message) = 0;
+
+    /// Whether the calls are recorded, so that their texts are needed.
+    [[nodiscard]] virtual bool isTracing() const = 0;
+    virtual void trace(const std::string& line) = 0;
+};
+
+/// Ends the schedule with `message` unless `holds`.
+void require(bool holds, const std::string& message);
+
+}  // namespace exploration

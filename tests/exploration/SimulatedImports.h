@@ -1,0 +1,22 @@
+/// \file
+/// Sends this program's calls of the system to the model, while there is one.
+#pragma once
+
+#include <memory>
+
+namespace exploration {
+
+class SimulatedImports {
+public:
+    SimulatedImports();
+    ~SimulatedImports();
+
+    SimulatedImports(const SimulatedImports&) = delete;
+    SimulatedImports& operator=(const SimulatedImports&) = delete;
+
+private:
+    struct Patches;
+    std::unique_ptr<Patches> m_patches;
+};
+
+}  // namespace exploration

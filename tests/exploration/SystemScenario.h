@@ -1,0 +1,93 @@
+/// \file
+/// A scenario with a simulated system, and the fixture of tests that explore such scenarios.
+#pragma once
+
+#include <cstddef>
+#include <functional>
+#include <memory>
+#include <new>
+#include <utility>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "exploration/Machine.h"
+#include "exploration/Scheduler.h"
+#include "exploration/SimulatedImports.h"
+
+namespace exploration {
+
+/// The process of the objects that a scenario creates in `start`.
+inline constexpr ProcessId kMainProcess = 1;
+
+/// An object that dies with its process: it is destroyed only by `destroy`, because its process may have been killed,
+/// or a task may be within one of its functions.
+template <class T>
+class ProcessObject {
+public:
+    ProcessObject() = default;
+    ~ProcessObject() = default;
+
+    ProcessObject(const ProcessObject&) = delete;
+    ProcessObject& operator=(const ProcessObject&) = delete;
+
+    template <class... Arguments>
+    void create(Arguments&&... arguments) {
+        new (m_bytes) T(std::forward<Arguments>(arguments)...);
+    }
+    void destroy() { get().~T(); }
+
+    T& operator*() { return get(); }
+    T* operator->() { return &get(); }
+
+private:
+    T& get() { return *std::launder(reinterpret_cast<T*>(m_bytes)); }
+
+    alignas(T) std::byte m_bytes[sizeof(T)];
+};
+
+/// Derived classes create the objects that the tasks share in `start`.
+class SystemScenario : public Scenario {
+public:
+    std::vector<Plan> plans() final;
+    void taskEnded(TaskId task) final;
+    void processKilled(ProcessId process) final;
+    void finish(const std::vector<Ending>& endings) final;
+
+protected:
+    Machine& machine() { return m_machine; }
+
+    /// Adds a task. For `start`.
+    void task(const char* name, ProcessId process, std::function<void()> body);
+
+    /// Blocks the calling task until `isReached`, as a program would with another event.
+    static void await(std::function<bool()> isReached);
+
+    /// Called after a process was killed.
+    virtual void processEnded(ProcessId) {}
+
+    [[nodiscard]] ProcessId processOf(TaskId task) const { return m_plans[task].process; }
+
+    virtual void start() = 0;
+    virtual void check(const std::vector<Ending>& endings) = 0;
+
+private:
+    Machine m_machine;
+    std::vector<Plan> m_plans;
+};
+
+class ExplorationTest : public testing::Test {
+protected:
+    /// Runs the schedules of a scenario that is constructed from `arguments`. None may fail.
+    template <class T, class... Arguments>
+    void explores(const Limits& limits, const Arguments&... arguments) {
+        run([&]() -> std::unique_ptr<Scenario> { return std::make_unique<T>(arguments...); }, limits);
+    }
+
+private:
+    static void run(const ScenarioFactory& factory, Limits limits);
+
+    const SimulatedImports m_imports;
+};
+
+}  // namespace exploration

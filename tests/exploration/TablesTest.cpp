@@ -1,0 +1,82 @@
+/// \file
+/// The tables of the library that threads change: the threads that do not log, and the spy. The debug targets are not
+/// here: they make no call of the system, so they have no scheduling point.
+
+#include "exploration/SystemScenario.h"
+#include "vorel/core/MemoryAccounting.h"
+#include "vorel/exceptions/Exception.h"
+
+namespace {
+
+using exploration::Ending;
+using exploration::require;
+using exploration::SystemScenario;
+using vorel::Exception;
+
+/// Threads that switch their logging off and on. Each sees its own setting only.
+class SilencedThreads final : public SystemScenario {
+public:
+    explicit SilencedThreads(unsigned int threads) : m_threads(threads) {}
+
+private:
+    void start() override {
+        for (unsigned int thread = 0; thread < m_threads; ++thread) {
+            task("thread", 1, [] {
+                require(!Exception::IsThreadErrorLoggingDisabled(), "another thread's setting");
+                Exception::DisableThreadErrorLogging(true);
+                require(Exception::IsThreadErrorLoggingDisabled(), "the setting is lost");
+                Exception::DisableThreadErrorLogging(false);
+                require(!Exception::IsThreadErrorLoggingDisabled(), "the setting stays");
+            });
+        }
+    }
+
+    void check(const std::vector<Ending>& endings) override {
+        require(endings == std::vector(endings.size(), Ending::Finished), "a thread is blocked");
+        require(machine().heldSections() == 0, "a lock stays held");
+    }
+
+    unsigned int m_threads;
+};
+
+class Spy final : public vorel::AllocSpy {
+    void allocated(void*, unsigned long long) override {}
+    void freed(void*) override {}
+    void report(vorel::MemAllocInfo&) override {}
+};
+
+struct Registry : vorel::AllocBase {
+    using AllocBase::registeredSpy;
+};
+
+/// Threads that each register a spy: one of them stays.
+class Spies final : public SystemScenario {
+    void start() override {
+        for (Spy& spy : m_spies) {
+            task("thread", 1, [&spy] { vorel::AllocBase::registerSpy(&spy); });
+        }
+    }
+
+    void check(const std::vector<Ending>& endings) override {
+        const vorel::AllocSpy* const last = Registry::registeredSpy();
+        vorel::AllocBase::registerSpy(nullptr);
+        require(endings == std::vector(endings.size(), Ending::Finished), "a thread is blocked");
+        require(last == &m_spies[0] || last == &m_spies[1], "no spy is registered");
+        require(machine().heldSections() == 0, "a lock stays held");
+    }
+
+    Spy m_spies[2];
+};
+
+class TablesExploration : public exploration::ExplorationTest {};
+
+TEST_F(TablesExploration, AThreadSeesItsOwnSettingOnly) {
+    explores<SilencedThreads>({.preemptions = 3}, 2u);
+    explores<SilencedThreads>({.preemptions = 2}, 3u);
+}
+
+TEST_F(TablesExploration, OneOfTwoSpiesStays) {
+    explores<Spies>({});
+}
+
+}  // namespace

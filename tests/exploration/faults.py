@@ -1,0 +1,169 @@
+"""Plants faults in the library, one at a time, and checks that the explorer finds each.
+
+Run it as `./dev explore --faults`. It needs the release build. With --others it also runs all other tests, to list the
+faults that only the explorer finds.
+"""
+
+import argparse
+import re
+import subprocess
+import sys
+from pathlib import Path
+from typing import NamedTuple
+
+ROOT = Path(__file__).resolve().parents[2]
+sys.path.insert(0, str(ROOT / "tests" / "mutation"))
+from workbench import Bench, Build  # noqa: E402
+
+
+class Fault(NamedTuple):
+    name: str
+    path: str
+    before: str
+    after: str
+    suite: str
+
+
+FAULTS = [
+    Fault("a waiter is counted out after it has the lock again", "src/sync/Condition.cpp",
+          """        const UnGuard left(m_lock);
+        { const Guard notDuringABroadcast(m_broadcastLock); }
+        const Waiter counted(m_waiters);
+""",
+          """        const Waiter counted(m_waiters);
+        const UnGuard left(m_lock);
+        { const Guard notDuringABroadcast(m_broadcastLock); }
+""", "ConditionExploration"),
+    Fault("a waiter keeps the lock", "src/sync/Condition.cpp",
+          "        const UnGuard left(m_lock);\n", "", "ConditionExploration"),
+    Fault("a broadcast signals once", "src/sync/Condition.cpp",
+          "while (m_waiters > 0) {", "if (m_waiters > 0) {", "ConditionExploration"),
+    Fault("a signal stays for all waiters", "src/sync/Condition.cpp",
+          "CreateEventW(nullptr, FALSE, FALSE, nullptr)", "CreateEventW(nullptr, TRUE, FALSE, nullptr)",
+          "ConditionExploration"),
+    Fault("a waiter returns without the lock", "include/vorel/core/Guard.h",
+          "m_held = m_lock->lock(kTimeoutMs, true);", "m_held = m_lock->tryLock();", "ConditionExploration"),
+    Fault("a critical section is entered without waiting", "src/core/CriticalSections.cpp",
+          "    EnterCriticalSection(sectionOf(handle));\n", "    (void)TryEnterCriticalSection(sectionOf(handle));\n",
+          "CriticalSectionsExploration"),
+    Fault("a named signal releases all processes", "src/sync/NamedCondition.cpp",
+          "ObtainAccessableEvent(0, 0, name", "ObtainAccessableEvent(1, 0, name", "NamedConditionExploration"),
+    Fault("the owner is cleared after the release", "src/sync/AutoMutex.cpp",
+          """        SetLockCount(false);  // first, because another thread may count its lock right after the release
+        if (!ReleaseMutex(m_mutex.get())) {""",
+          """        const bool isReleased = ReleaseMutex(m_mutex.get()) != FALSE;
+        SetLockCount(false);
+        if (!isReleased) {""", "AutoMutexExploration"),
+    Fault("the record of an owner that ended stays", "src/sync/AutoMutex.cpp",
+          "    m_lockCount = 0;\n    m_lockingThreadId = 0;\n    return WAIT_OBJECT_0;", "    return WAIT_OBJECT_0;",
+          "AutoMutexExploration"),
+    Fault("an abandoned mutex counts as not taken", "src/sync/AutoMutex.cpp",
+          "    m_lockingThreadId = 0;\n    return WAIT_OBJECT_0;", "    m_lockingThreadId = 0;\n    return result;",
+          "AutoMutexExploration"),
+    Fault("an object that may not be created again is not opened", "src/secure/SecuredObjects.cpp",
+          "        KernelHandle opened(kind.open());", "        KernelHandle opened;", "SecuredObjectsExploration"),
+    Fault("a mapping that may not be created again is not opened", "src/secure/SecuredMappings.cpp",
+          "            mapping = kind.open();\n        }\n        if (mapping) {", "        }\n        if (mapping) {",
+          "SecuredObjectsExploration"),
+    Fault("the log is renamed before it is closed", "src/exceptions/ErrorLog.cpp",
+          "    file.close();\n    (void)std::rename(path, backup.text);", "    (void)std::rename(path, backup.text);",
+          "ErrorLogExploration"),
+    Fault("a line is written to a log that others have locked", "src/exceptions/LogFile.cpp",
+          "    m_locked = lockWholeFile(m_descriptor, true);\n    return m_locked;",
+          "    m_locked = lockWholeFile(m_descriptor, true);\n    return true;", "ErrorLogExploration"),
+    Fault("lines are not appended", "src/exceptions/LogFile.cpp",
+          "(mode == Mode::Append ? _O_APPEND : 0)", "(mode == Mode::Append ? 0 : 0)", "ErrorLogExploration"),
+    Fault("the lock of the log is released at once", "src/exceptions/LogFile.cpp",
+          "    m_locked = lockWholeFile(m_descriptor, true);\n    return m_locked;",
+          "    return lockWholeFile(m_descriptor, true) && lockWholeFile(m_descriptor, false);", "ErrorLogExploration"),
+    Fault("a line is written after the log is unlocked", "src/exceptions/ErrorLog.cpp",
+          "    (void)std::fflush(stream);\n", "", "ErrorLogExploration"),
+    Fault("a writer gives up at the first locked log", "src/exceptions/ErrorLog.cpp",
+          "constexpr unsigned int kMaxRetries = 30;", "constexpr unsigned int kMaxRetries = 0;", "ErrorLogExploration"),
+    Fault("whether any thread is silenced is stored after the lock is left", "src/exceptions/ThreadLogging.cpp",
+          """        const Guard<AutoCriticalSection> held(state.silencedThreadsLock);
+        auto& threads = state.silencedThreads;
+        if (!silenced) {
+            threads.remove(thread, thread);
+        } else if (threads.find(thread, thread) == threads.end()) {
+            threads.put(thread, thread, true);
+        }
+        AnyThreadLoggingDisabled.store(threads.size() != 0, std::memory_order_relaxed);""",
+          """        bool anySilenced = false;
+        {
+            const Guard<AutoCriticalSection> held(state.silencedThreadsLock);
+            auto& threads = state.silencedThreads;
+            if (!silenced) {
+                threads.remove(thread, thread);
+            } else if (threads.find(thread, thread) == threads.end()) {
+                threads.put(thread, thread, true);
+            }
+            anySilenced = threads.size() != 0;
+        }
+        AnyThreadLoggingDisabled.store(anySilenced, std::memory_order_relaxed);""", "TablesExploration"),
+    Fault("a mapping that is opened counts as created", "src/secure/SecuredMappings.cpp",
+          """            mapping = kind.open();
+        }
+        if (mapping) {""",
+          """            mapping = kind.open();
+            mappingCreated = mapping && wasNew();
+        }
+        if (mapping) {""", "SecuredObjectsExploration"),
+]
+
+
+def length_of(output):
+    """The decisions of the failing schedule; None if no schedule failed."""
+    decisions = re.search(r"^decisions:((?: \d+)*)$", output, re.MULTILINE)
+    return len(decisions[1].split()) if decisions else None
+
+
+def found_by_others(bench, build):
+    for program in build.programs.values():
+        if program.name != "exploration" and bench.build(program):
+            failed = bench.run(program, "*")
+            if failed:
+                return f"{program.name}.{failed}"
+    return None
+
+
+def main():
+    parser = argparse.ArgumentParser(prog="./dev explore --faults", description=__doc__.split("\n\n", maxsplit=1)[0])
+    parser.add_argument("name", nargs="?", default="", help="a part of the faults' names")
+    parser.add_argument("--others", action="store_true", help="also run all other tests with each fault")
+    parser.add_argument("--check", action="store_true", help="only check that the faults can be planted")
+    options = parser.parse_args()
+    for fault in FAULTS:
+        if (ROOT / fault.path).read_text().count(fault.before) != 1:
+            sys.exit(f"{fault.path}: does not contain once:\n{fault.before}")
+    if options.check:
+        return False
+    build = Build(ROOT, ROOT / "build" / "release")
+    bench = Bench(build, ROOT / "build" / "exploration")
+    program = build.programs["exploration"]
+    faults = [fault for fault in FAULTS if options.name in fault.name]
+    missed = 0
+    try:
+        for fault in faults:
+            text = (ROOT / fault.path).read_text()
+            bench.put(fault.path, text.replace(fault.before, fault.after))
+            if not bench.build(program):
+                sys.exit(f"{fault.name}: the fault does not change the code")
+            failed = bench.run(program, f"{fault.suite}.*")
+            missed += not failed
+            length = length_of(bench.output())
+            found = f"found by {failed}" + (f", schedule of {length} decisions" if length else "") if failed else "NOT FOUND"
+            print(f"{fault.name}: {found}", flush=True)
+            if options.others:
+                print(f"    other tests: {found_by_others(bench, build) or 'do not find it'}", flush=True)
+    finally:
+        bench.close()
+    print(f"{len(faults) - missed} of {len(faults)} faults found")
+    return missed != 0
+
+
+if __name__ == "__main__":
+    try:
+        sys.exit(main())
+    except subprocess.CalledProcessError as error:
+        sys.exit(str(error))
