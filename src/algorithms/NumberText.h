@@ -91,22 +91,30 @@ template <Rest rest, class T>
     }
 }
 
-/// Writes the first `count` characters, at most sixteen, and a terminator. Accesses sixteen units, or seventeen for
-/// sixteen characters. Returns the terminator's position.
+/// Writes the first `count` characters, at most fifteen, and a terminator. Accesses sixteen units. Returns the
+/// terminator's position.
 template <Rest rest, class T>
 [[gnu::always_inline]] inline T* storeText(__m128i characters, std::uint64_t count, T* out) noexcept {
     if constexpr (rest == Rest::Unspecified) {
         storeCharacters(characters, out);
         out[count] = 0;
     } else {
-        // A terminator in the block is stored with the text: a separate store would delay the load for the next text
-        // in the same buffer.
+        // The terminator is stored with the text: a separate store would delay the load for the next text in the same
+        // buffer.
         const __m128i text = _mm_andnot_si128(lastBytes(kDigitBlock - count), characters);
-        const bool fillsBlock = count == kDigitBlock;
-        mergeCharacters(text, lastBytes(fillsBlock ? 0 : kDigitBlock - 1 - count), out);
-        T unused;
-        *(fillsBlock ? out + kDigitBlock : &unused) = 0;
+        mergeCharacters(text, lastBytes(kDigitBlock - 1 - count), out);
     }
+    return out + count;
+}
+
+/// The same for up to sixteen characters. Accesses seventeen units.
+template <Rest rest, class T>
+[[gnu::always_inline]] inline T* storeLongText(__m128i characters, std::uint64_t count, T* out) noexcept {
+    if (rest == Rest::Unchanged && count < kDigitBlock) {
+        return storeText<rest>(characters, count, out);
+    }
+    storeCharacters(characters, out);
+    out[count] = 0;
     return out + count;
 }
 
@@ -205,21 +213,13 @@ template <class T>
     return out + 2;
 }
 
-/// Writes the sign of a negative number, without a branch. Returns the position after it. Nothing else is stored to
-/// `out`, because a small store would delay the load of the block there.
-template <Rest rest, class T>
-[[gnu::always_inline]] inline T* writeSign(bool negative, T* out) noexcept {
-    T unused;
-    *(rest == Rest::Unspecified || negative ? out : &unused) = '-';
-    return out + (negative ? 1 : 0);
-}
-
 /// Writes a finite value other than 0 and a terminator, and returns the terminator's position. From a magnitude of 0.1
 /// on, the digits are those of "%.15g". Smaller values always have an exponent and keep the point. `out` has space for
 /// `kDoubleCapacity` characters.
 template <Rest rest, class T>
 [[gnu::always_inline]] inline T* writeDouble(double value, DoubleForm form, T* out) noexcept {
-    out = writeSign<rest>(std::signbit(value), out);
+    *out = '-';  // overwritten unless the value is negative
+    out += std::bit_cast<std::uint64_t>(value) >> 63;
     value = std::fabs(value);
     const bool isSmall = value < 0.1;
     const DecimalDigits decimal = decimalDigits(value, isSmall ? Tie::AwayFromZero : Tie::ToEven);
@@ -245,7 +245,7 @@ template <Rest rest, class T>
     }
     const int whole = decimal.exponent + 1;
     const int length = text.significant > whole ? text.significant + 1 : whole;
-    return storeText<rest>(insertDecimalPoint(text.characters, whole), static_cast<std::uint64_t>(length), out);
+    return storeLongText<rest>(insertDecimalPoint(text.characters, whole), static_cast<std::uint64_t>(length), out);
 }
 
 // ---- Buffers of a caller -----------------------------------------------------------------------------------------

@@ -44,7 +44,7 @@ std::string_view specialWord(double value, bool json) noexcept {
 
 /// Writes a finite value other than 0 and a terminator. `out` has space for `kDoubleCapacity` characters.
 template <Rest rest, class T>
-T* writeInForm(double value, T* out, FormattingOptions options) noexcept {
+[[gnu::always_inline]] inline T* writeInForm(double value, T* out, FormattingOptions options) noexcept {
     return algorithms::writeDouble<rest>(
         value, options & FO_JSON ? algorithms::DoubleForm::Json : algorithms::DoubleForm::Plain, out);
 }
