@@ -145,10 +145,11 @@ Pass allocateEach() {
     return [] {
         std::uint64_t sum = 0;
         for (std::size_t number = 0; number < kNumbers; ++number) {
-            volatile wchar_t* const units = static_cast<wchar_t*>(std::malloc(16 * sizeof(wchar_t)));
+            void* const block = std::malloc(16 * sizeof(wchar_t));
+            auto* const units = static_cast<volatile wchar_t*>(block);  // otherwise both calls would be removed
             units[0] = L'0';
             sum += units[0];
-            std::free(const_cast<wchar_t*>(units));
+            std::free(block);
         }
         return sum;
     };

@@ -13,10 +13,9 @@ namespace vorel::algorithms {
 
 template <class T>
 constexpr void skipSpaces(const T*& cursor) noexcept {
-    while (isSpace(*cursor))
-        [[unlikely]] {
-            ++cursor;
-        }
+    while (isSpace(*cursor)) {
+        ++cursor;
+    }
 }
 
 /// Consumes one '-' or '+', if present. Returns whether it was a '-'.
