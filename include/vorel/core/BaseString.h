@@ -54,16 +54,22 @@ void moveUnits(T* to, const T* from, std::size_t count) noexcept {
     struct Block {
         std::uint64_t words[2];
     };
+    struct Blocks {
+        Block first;
+        Block second;
+    };
     const std::size_t bytes = count * sizeof(T);
-    if (bytes > 2 * sizeof(Block)) {
+    if (bytes > 2 * sizeof(Blocks)) {
         std::memmove(to, from, bytes);
-    } else if (bytes >= sizeof(Block)) {
+    } else if (bytes > sizeof(Blocks)) {
+        moveEnds<Blocks>(to, from, bytes);
+    } else if (bytes > sizeof(Block)) {
         moveEnds<Block>(to, from, bytes);
-    } else if (bytes >= sizeof(std::uint64_t)) {
+    } else if (bytes > sizeof(std::uint64_t)) {
         moveEnds<std::uint64_t>(to, from, bytes);
-    } else if (bytes >= sizeof(std::uint32_t)) {
+    } else if (bytes > sizeof(std::uint32_t)) {
         moveEnds<std::uint32_t>(to, from, bytes);
-    } else if (bytes >= sizeof(std::uint16_t)) {
+    } else if (bytes > 1) {
         moveEnds<std::uint16_t>(to, from, bytes);
     } else {
         *to = *from;
