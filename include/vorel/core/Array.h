@@ -169,6 +169,9 @@ private:
     static constexpr unsigned int kMinSlots = 5;
     static constexpr unsigned int kMaxSlots = 0xFFFFFFFFu;
 
+    /// Whether all bytes of a value-initialised element are 0.
+    static constexpr bool kIsZeroInitially = std::is_arithmetic_v<T> || std::is_pointer_v<T>;
+
     // The second trait is evaluated only if the first is true: otherwise a type that contains an array of itself would
     // make the trait depend on itself.
     static constexpr bool kMovesCannotFail =
@@ -259,10 +262,16 @@ private:
     /// Sets a count that is at most the number of slots. The slots of removed elements become value-initialised.
     void setCountWithin(unsigned int count) {
         const unsigned int end = std::exchange(m_count, count);
-        releaseEach(count, end, [](T* item) {
-            const std::unique_ptr<T, Renew> renewed(item);
-            std::destroy_at(item);
-        });
+        if constexpr (kIsZeroInitially) {
+            if (count < end) {
+                std::memset(static_cast<void*>(m_items + count), 0, std::size_t{end - count} * sizeof(T));
+            }
+        } else {
+            releaseEach(count, end, [](T* item) {
+                const std::unique_ptr<T, Renew> renewed(item);
+                std::destroy_at(item);
+            });
+        }
     }
 
     /// Value-initialises a slot at the end of a block, even if the destructor of its element fails.
