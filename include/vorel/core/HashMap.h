@@ -219,7 +219,7 @@ public:
         if (bucketCount() == 0) {
             detail::throwFailure(L"Tried to find in a hash map with 0 buckets");
         }
-        Node* const& head = m_buckets[indexOf(hash)];
+        Node* const& head = m_buckets.begin()[indexOf(hash)];
         for (Node* node = head; node; node = node->next) {
             if (matches(*node, key, hash)) {
                 return Iterator(this, &head, node);
@@ -315,7 +315,7 @@ private:
     [[nodiscard]] unsigned int indexOf(std::uint64_t hash) const noexcept {
         return detail::remainderOf(hash, bucketCount());
     }
-    Node*& bucketOf(std::uint64_t hash) { return m_buckets[indexOf(hash)]; }
+    Node*& bucketOf(std::uint64_t hash) { return m_buckets.begin()[indexOf(hash)]; }
 
     Array<Node*> m_buckets;
     PointerStack<Node> m_spareNodes;
