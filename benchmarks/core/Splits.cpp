@@ -13,7 +13,7 @@ namespace util = vorel::util;
 using vorel::Array;
 using vorel::BaseString;
 
-constexpr std::size_t kParts = 10000;
+constexpr std::size_t kParts = 1000;
 
 void splitQuoted(const char* text, const char* delimiters, Array<BaseString<char>>& items) {
     util::singleCStringToMultipleCStrings(text, delimiters, items, false);
@@ -73,10 +73,10 @@ void splitAll(Family& family) {
             text.append(units, static_cast<T>('a' + part % 26)).append(1, T{','});
         }
         compareSplits<T>(
-            family, "splitString of " + count, text, textOf<T>(","),
+            family, "splitString, parts of " + count, text, textOf<T>(","),
             [](const T* whole, const T* delimiter, auto& parts) { util::splitString(whole, delimiter, parts); });
         compareSplits<T>(
-            family, "split with quotes of " + count, text, textOf<T>(",;|"),
+            family, "split with quotes, parts of " + count, text, textOf<T>(",;|"),
             [](const T* whole, const T* delimiters, auto& parts) { splitQuoted(whole, delimiters, parts); });
     }
 }
