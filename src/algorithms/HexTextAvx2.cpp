@@ -113,8 +113,10 @@ __m256i bytesOf(__m256i values) noexcept {
     return _mm256_maddubs_epi16(values, _mm256_set1_epi16(0x0110));  // weights 16 and 1
 }
 
+/// Decodes two blocks at once, at most `blocks` blocks. Stops at two with an invalid character. Returns the number of
+/// blocks decoded.
 template <class T>
-std::size_t decode(const T* text, std::size_t blocks, unsigned char* out) noexcept {
+[[gnu::noinline]] std::size_t decodeTwos(const T* text, std::size_t blocks, unsigned char* out) noexcept {
     std::size_t done = 0;
     for (; blocks - done >= 2; done += 2, text += 64, out += 32) {
         __m256i invalid[2];
@@ -126,14 +128,20 @@ std::size_t decode(const T* text, std::size_t blocks, unsigned char* out) noexce
         const __m256i packed = _mm256_permute4x64_epi64(_mm256_packus_epi16(first, second), 0xD8);
         _mm256_storeu_si256(reinterpret_cast<__m256i*>(out), packed);
     }
-    for (; done < blocks; ++done, text += 32, out += 16) {
+    return done;
+}
+
+template <class T>
+std::size_t decode(const T* text, std::size_t blocks, unsigned char* out) noexcept {
+    std::size_t done = blocks >= 2 ? decodeTwos(text, blocks, out) : 0;
+    for (; done < blocks; ++done) {
         __m256i invalid;
-        const __m256i bytes = bytesOf(valuesOf(loadWideBlock(text), invalid));
+        const __m256i bytes = bytesOf(valuesOf(loadWideBlock(text + 32 * done), invalid));
         if (maskOf(invalid) != 0) {
             break;
         }
         const __m256i packed = _mm256_permute4x64_epi64(_mm256_packus_epi16(bytes, bytes), 0x08);
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(out), _mm256_castsi256_si128(packed));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(out + 16 * done), _mm256_castsi256_si128(packed));
     }
     return done;
 }

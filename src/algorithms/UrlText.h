@@ -144,11 +144,22 @@ inline UrlProgress encodeUrl(std::string_view text, const UrlTable& table, char*
     if (text.size() >= kUrlMinAvx2 && Processor::usesAvx2()) {
         done = encodeUrlAvx2(text.data(), text.size(), table, out, capacity);
     }
-    for (; done.read != text.size() && capacity - done.written >= sizeof UrlEscape::text; ++done.read) {
+    const auto encodeNext = [&] {
         const UrlEscape& escape = table.bytes[static_cast<unsigned char>(text[done.read])];
         std::memcpy(out + done.written, escape.text,
                     sizeof escape.text);  // stores all four, at most three are significant
         done.written += escape.length;
+        ++done.read;
+    };
+    constexpr std::size_t kLongest = 3;
+    if (capacity - done.written > kLongest * (text.size() - done.read)) {
+        while (done.read != text.size()) {
+            encodeNext();
+        }
+        return done;
+    }
+    while (done.read != text.size() && capacity - done.written >= sizeof UrlEscape::text) {
+        encodeNext();
     }
     return done;
 }

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <utility>
 
 #include "core/StringAccess.h"
@@ -24,20 +25,26 @@ bool holds(const Array<T>& output, const void* address) noexcept {
            std::uintptr_t{output.allocated()} * sizeof(T);
 }
 
-/// `replacing` for an input in the output. It is a separate function, so that the usual case stays short.
-template <class Output, class Write>
-[[gnu::noinline, gnu::cold]] decltype(auto) replacingHeldInput(Output& output, Write& write) {
-    const Output kept(std::exchange(output, Output()));
-    return write();
-}
+/// Keeps the memory of `output` that `input` lies in, if it does, to the end of the scope. The output then starts
+/// without memory.
+template <class Output>
+class HeldInput {
+public:
+    HeldInput(Output& output, const void* input) {
+        if (holds(output, input)) [[unlikely]] {
+            m_memory.emplace(std::exchange(output, Output()));
+        }
+    }
+
+private:
+    std::optional<Output> m_memory;
+};
 
 /// Runs `write()`, which replaces the content of `output`, and returns its result. If `input` lies in `output`, `write`
 /// starts with an output without memory, and the old memory is released after `write`.
 template <class Output, class Write>
 decltype(auto) replacing(Output& output, const void* input, Write&& write) {
-    if (holds(output, input)) [[unlikely]] {
-        return replacingHeldInput(output, write);
-    }
+    const HeldInput<Output> held(output, input);
     return std::forward<Write>(write)();
 }
 

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <iterator>
+#include <optional>
 
 #include "algorithms/Base64Text.h"
 #include "algorithms/TextLength.h"
@@ -54,7 +55,11 @@ std::size_t capacityFor(const T* text) noexcept {
 }
 
 template <class T>
-int decodeInto(const T* text, const int* table, char pad, Array<unsigned char>& bytes) {
+int decodeText(const T* text, const int* table, char pad, Array<unsigned char>& bytes) {
+    std::optional<NewStorage> storage;
+    if (bytes.allocated() == 0) {
+        storage.emplace(bytes, capacityFor(text));
+    }
     text::ArraySink<unsigned char> out(bytes, 0);
     for (;;) {
         if (out.available() < algorithms::kBase64StepCapacity) {
@@ -74,29 +79,20 @@ int decodeInto(const T* text, const int* table, char pad, Array<unsigned char>& 
 }
 
 template <class T>
-int decodeText(const T* text, const int* table, char pad, Array<unsigned char>& bytes) {
-    if (bytes.allocated() != 0) {
-        return decodeInto(text, table, pad, bytes);
-    }
-    const NewStorage storage(bytes, capacityFor(text));
-    return decodeInto(text, table, pad, bytes);
-}
-
-template <class T>
 int decode(const T* text, const int* table, char pad, Array<unsigned char>& bytes) {
     if (!text) {
         bytes.clear();
         return 0;
     }
-    return detail::replacing(bytes, text, [&] { return decodeText(text, table, pad, bytes); });
+    const detail::HeldInput held(bytes, text);
+    return decodeText(text, table, pad, bytes);
 }
 
 template <class T>
 void encode(const unsigned char* data, std::size_t count, const char* alphabet, char pad, BaseString<T>& text) {
-    detail::replacing(text, data, [&] {
-        T* const out = text::reserveUnits(std::uint64_t{count} / 3 * 4 + 4, text);
-        text::setEnd(algorithms::encodeBase64(data, count, alphabet, pad, out), text);
-    });
+    const detail::HeldInput held(text, data);
+    T* const out = text::reserveUnits(std::uint64_t{count} / 3 * 4 + 4, text);
+    text::setEnd(algorithms::encodeBase64(data, count, alphabet, pad, out), text);
 }
 
 }  // namespace

@@ -30,10 +30,9 @@ void decodeLenient(const T* text, std::size_t length, Array<unsigned char>& byte
     if (length / 2 > 0xFFFFFFFFu) {
         detail::throwMemory(0xFFFFFFFFu, 1);
     }
-    detail::replacing(bytes, text, [&] {
-        bytes.setCount(static_cast<unsigned int>(length / 2));
-        algorithms::decodeHexLenient(text, length, bytes.data());
-    });
+    const detail::HeldInput held(bytes, text);
+    bytes.setCount(static_cast<unsigned int>(length / 2));
+    algorithms::decodeHexLenient(text, length, bytes.data());
 }
 
 template <class T>

@@ -56,7 +56,8 @@ const char* replace(std::string_view text, const Rule& rule, BaseString<char>& o
     if (text.empty()) {
         output.clear();
     } else {
-        detail::replacing(output, text.data(), [&] { write(text, rule, output); });
+        const detail::HeldInput held(output, text.data());
+        write(text, rule, output);
     }
     return output.c_str();
 }
