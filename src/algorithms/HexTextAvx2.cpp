@@ -131,17 +131,25 @@ template <class T>
     return done;
 }
 
+/// Decodes a block. Returns false and writes nothing if it has an invalid character. A separate call needs few
+/// registers, so that short text does not save and restore those that Windows preserves.
+template <class T>
+[[gnu::noinline]] bool decodeBlock(const T* text, unsigned char* out) noexcept {
+    __m256i invalid;
+    const __m256i bytes = bytesOf(valuesOf(loadWideBlock(text), invalid));
+    if (maskOf(invalid) != 0) {
+        return false;
+    }
+    const __m256i packed = _mm256_permute4x64_epi64(_mm256_packus_epi16(bytes, bytes), 0x08);
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(out), _mm256_castsi256_si128(packed));
+    return true;
+}
+
 template <class T>
 std::size_t decode(const T* text, std::size_t blocks, unsigned char* out) noexcept {
     std::size_t done = blocks >= 2 ? decodeTwos(text, blocks, out) : 0;
-    for (; done < blocks; ++done) {
-        __m256i invalid;
-        const __m256i bytes = bytesOf(valuesOf(loadWideBlock(text + 32 * done), invalid));
-        if (maskOf(invalid) != 0) {
-            break;
-        }
-        const __m256i packed = _mm256_permute4x64_epi64(_mm256_packus_epi16(bytes, bytes), 0x08);
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(out + 16 * done), _mm256_castsi256_si128(packed));
+    while (done < blocks && decodeBlock(text + 32 * done, out + 16 * done)) {
+        ++done;
     }
     return done;
 }
