@@ -68,6 +68,13 @@ TYPED_TEST(Base64Test, Encode_ReservesOneMoreGroup) {
     }
 }
 
+TYPED_TEST(Base64Test, Encode_TerminatesTheReservedUnits) {
+    BaseString<TypeParam> text(std::basic_string<TypeParam>(100, TypeParam{'x'}).c_str());
+    Base64::Encode(arrayOf(bytesOf("foo")), text);
+    EXPECT_EQ(text, test::text<TypeParam>("Zm9v").c_str());
+    EXPECT_EQ(text.data()[8], 0);  // one more group is reserved
+}
+
 TYPED_TEST(Base64Test, EncodeRange_OfItsOwnOutput) {
     for (const unsigned int length : {1u, 5u, 12u, 40u, 500u}) {
         for (const unsigned int start : {0u, 1u, length / 2}) {
