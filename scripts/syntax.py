@@ -18,6 +18,7 @@ import os
 import re
 import subprocess
 import sys
+import threading
 from concurrent.futures import ThreadPoolExecutor
 
 from tidy import CACHE, ROOT, headers_of
@@ -65,16 +66,34 @@ def write_prelude():
              "#undef __MINGW32__", "#undef __MINGW64__", "#undef __GNUC__", "#undef __GNUC_MINOR__",
              "#define __INTRIN_H", "#define _MSC_VER 1939", "#define _MSC_FULL_VER 193933523"]
     prelude = WORK / "system_headers.h"
+    prelude.with_suffix(".pch").unlink(missing_ok=True)
     prelude.write_text("\n".join(lines) + "\n")
     return prelude
 
 
 class Environment:
-    """A compiler's command, and what it compiles."""
+    """A compiler's command, and what it compiles. `prelude` is a header that comes first in every file."""
 
-    def __init__(self, name, command, version, sources):
+    def __init__(self, name, command, version, sources, prelude=None):
         self.name, self._command, self.sources = name, command, sources
+        self._prelude, self._precompiling = prelude, threading.Lock()
         self._shared = hashlib.sha256(repr((version, [word.replace(str(ROOT), ".") for word in command])).encode())
+
+    def _options(self, source):
+        avx2 = ["-mavx2"] if source.endswith("Avx2.cpp") else []
+        if not self._prelude:
+            return avx2
+        if avx2:  # the precompiled header has other options
+            return [*avx2, "-include", str(self._prelude)]
+        return ["-include-pch", self._precompiled()]
+
+    def _precompiled(self):
+        with self._precompiling:
+            header = str(self._prelude.with_suffix(".pch"))  # clang finds "<name>.h.pch" unasked
+            if not os.path.exists(header):
+                command = [word for word in self._command if word != "-fsyntax-only"]
+                subprocess.run([*command, "-xc++-header", str(self._prelude), "-o", header], check=True)
+            return header
 
     def check(self, source):
         """Returns the messages of the compiler, empty when there are none."""
@@ -84,7 +103,7 @@ class Environment:
         mark = CACHE / digest.hexdigest()
         if mark.exists():
             return ""
-        options = ["-mavx2"] if source.endswith("Avx2.cpp") else []
+        options = self._options(source)
         # A header is included by an empty source.
         file = ["-xc++", "-include", str(ROOT / source), os.devnull] if source.endswith(".h") else [str(ROOT / source)]
         done = subprocess.run([*self._command, *options, *file], capture_output=True, text=True, check=False)
@@ -117,8 +136,8 @@ def environments():
         "msvc",
         [*command("x86_64-pc-windows-msvc", "-fms-compatibility", "-fms-extensions", "-fgnuc-version=4.2.1",
                   "-fcxx-exceptions", "-D__STRICT_ANSI__", *libstdcxx, f"-isystem{resources}/include"),
-         *MSVC_WARNINGS, "-include", str(prelude)],
-        version + prelude.read_text(), [*headers, *sources])
+         *MSVC_WARNINGS],
+        version + prelude.read_text(), [*headers, *sources], prelude)
 
 
 def main():
