@@ -104,6 +104,10 @@ static inline __m128i _mm_set1_epi32(int value) noexcept {
     return eachLane<int>({}, [value](int) { return value; });
 }
 
+static inline __m128i _mm_set1_epi64x(long long value) noexcept {
+    return eachLane<long long>({}, [value](long long) { return value; });
+}
+
 static inline __m128i _mm_set_epi64x(long long high, long long low) noexcept {
     Lanes<long long> result;
     result.lane[0] = low;
@@ -183,8 +187,16 @@ static inline __m128i _mm_slli_epi32(__m128i vector, int bits) noexcept {
     return shiftedLeft<std::uint32_t>(vector, bits);
 }
 
+static inline __m128i _mm_slli_epi64(__m128i vector, int bits) noexcept {
+    return shiftedLeft<std::uint64_t>(vector, bits);
+}
+
 static inline __m128i _mm_srli_epi16(__m128i vector, int bits) noexcept {
     return shiftedRight<std::uint16_t>(vector, bits);
+}
+
+static inline __m128i _mm_srli_epi64(__m128i vector, int bits) noexcept {
+    return shiftedRight<std::uint64_t>(vector, bits);
 }
 
 /// Shifts the whole vector towards its highest byte, at most sixteen bytes.
@@ -218,6 +230,16 @@ static inline __m128i _mm_sub_epi8(__m128i left, __m128i right) noexcept {
 
 static inline __m128i _mm_sub_epi16(__m128i left, __m128i right) noexcept {
     return eachPair<std::uint16_t>(left, right, [](unsigned int a, unsigned int b) { return a - b; });
+}
+
+static inline __m128i _mm_sub_epi64(__m128i left, __m128i right) noexcept {
+    return eachPair<std::uint64_t>(left, right, [](std::uint64_t a, std::uint64_t b) { return a - b; });
+}
+
+/// The products of the lower halves of the 64-bit lanes.
+static inline __m128i _mm_mul_epu32(__m128i left, __m128i right) noexcept {
+    return eachPair<std::uint64_t>(
+        left, right, [](std::uint64_t a, std::uint64_t b) { return (a & 0xFFFFFFFF) * (b & 0xFFFFFFFF); });
 }
 
 /// The lower half of each product.

@@ -93,7 +93,8 @@ TEST(PortableSse2, FunctionsOfTwoVectors_GiveWhatTheInstructionsGive) {
         BINARY(_mm_mullo_epi16),   BINARY(_mm_mulhi_epu16),   BINARY(_mm_madd_epi16),     BINARY(_mm_min_epu8),
         BINARY(_mm_cmpeq_epi8),    BINARY(_mm_cmpeq_epi16),   BINARY(_mm_cmpgt_epi8),     BINARY(_mm_cmplt_epi8),
         BINARY(_mm_cmplt_epi16),   BINARY(_mm_packs_epi16),   BINARY(_mm_packs_epi32),    BINARY(_mm_packus_epi16),
-        BINARY(_mm_unpacklo_epi8), BINARY(_mm_unpackhi_epi8), BINARY(_mm_unpackhi_epi64),
+        BINARY(_mm_unpacklo_epi8), BINARY(_mm_unpackhi_epi8), BINARY(_mm_unpackhi_epi64), BINARY(_mm_sub_epi64),
+        BINARY(_mm_mul_epu32),
     };
     const std::vector<Bytes> vectors = samples();
     for (const Binary& function : functions) {
@@ -109,9 +110,11 @@ TEST(PortableSse2, FunctionsOfTwoVectors_GiveWhatTheInstructionsGive) {
 
 TEST(PortableSse2, Shifts_GiveWhatTheInstructionsGive) {
     const Unary functions[] = {
-        SHIFT(_mm_slli_epi16, 0), SHIFT(_mm_slli_epi16, 7),  SHIFT(_mm_slli_epi16, 15), SHIFT(_mm_slli_epi16, 16),
-        SHIFT(_mm_slli_epi32, 1), SHIFT(_mm_slli_epi32, 31), SHIFT(_mm_slli_epi32, 32), SHIFT(_mm_srli_epi16, 0),
-        SHIFT(_mm_srli_epi16, 4), SHIFT(_mm_srli_epi16, 15), SHIFT(_mm_srli_epi16, 16),
+        SHIFT(_mm_slli_epi16, 0),  SHIFT(_mm_slli_epi16, 7),  SHIFT(_mm_slli_epi16, 15), SHIFT(_mm_slli_epi16, 16),
+        SHIFT(_mm_slli_epi32, 1),  SHIFT(_mm_slli_epi32, 31), SHIFT(_mm_slli_epi32, 32), SHIFT(_mm_srli_epi16, 0),
+        SHIFT(_mm_srli_epi16, 4),  SHIFT(_mm_srli_epi16, 15), SHIFT(_mm_srli_epi16, 16), SHIFT(_mm_slli_epi64, 1),
+        SHIFT(_mm_slli_epi64, 63), SHIFT(_mm_slli_epi64, 64), SHIFT(_mm_srli_epi64, 8),  SHIFT(_mm_srli_epi64, 63),
+        SHIFT(_mm_srli_epi64, 64),
     };
     for (const Unary& function : functions) {
         for (const Bytes& vector : samples()) {
@@ -146,6 +149,7 @@ TEST(PortableSse2, ScalarResultsAndConstants_AreThoseOfTheInstructions) {
         EXPECT_EQ(bytesOf(portable::_mm_set1_epi16(word)), bytesOf(_mm_set1_epi16(word)));
         EXPECT_EQ(bytesOf(portable::_mm_set1_epi32(number)), bytesOf(_mm_set1_epi32(number)));
         EXPECT_EQ(bytesOf(portable::_mm_cvtsi32_si128(number)), bytesOf(_mm_cvtsi32_si128(number)));
+        EXPECT_EQ(bytesOf(portable::_mm_set1_epi64x(value)), bytesOf(_mm_set1_epi64x(value)));
         EXPECT_EQ(bytesOf(portable::_mm_set_epi64x(value, 7)), bytesOf(_mm_set_epi64x(value, 7)));
     }
     EXPECT_EQ(bytesOf(portable::_mm_setzero_si128()), Bytes{});
