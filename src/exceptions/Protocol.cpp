@@ -34,8 +34,8 @@ bool isUnwinding() noexcept {
     return std::uncaught_exceptions() > 0;
 }
 
-/// Calls `rethrow` and allows an override to return. `rethrow` is declared noreturn, so a compiler may omit what
-/// follows a direct call; a pointer that it cannot look through has no such promise.
+/// Calls `rethrow` and allows an override to return. `rethrow` is declared noreturn, so a compiler may omit the code
+/// after a direct call; a pointer that it cannot look through has no such promise.
 // cppcheck-suppress constParameter; rethrow() is not const
 void rethrowByOverride(Exception& e) {
     void (Exception::*const volatile rethrow)() = &Exception::rethrow;
