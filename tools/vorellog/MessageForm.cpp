@@ -141,13 +141,12 @@ private:
         const std::size_t before = at - start;  // letters already written
         const std::string_view whole = m_text.substr(start, end - start);
         const WordShape shape = shapeOf(whole);
-        constexpr std::size_t kGuidSize = 36;
         constexpr std::size_t kMinHexSize = 4;
-        if (startsWithGuid(m_text.substr(start))) {
-            m_out.resize(m_out.size() - before);
-            replace(start + kGuidSize, "#");
-        } else if ((shape.isHex && shape.hasLetters && whole.size() >= kMinHexSize) ||
-                   (whole.size() > 2 && whole[0] == '0' && (whole[1] | 0x20) == 'x')) {
+        if (guid(start, at)) {
+            return m_done;
+        }
+        if ((shape.isHex && shape.hasLetters && whole.size() >= kMinHexSize) ||
+            (whole.size() > 2 && whole[0] == '0' && (whole[1] | 0x20) == 'x')) {
             m_out.resize(m_out.size() - before);
             replace(end, "#");
         } else if (!shape.hasLetters) {
@@ -159,6 +158,21 @@ private:
             writeRuns(at, end);
         }
         return m_done;
+    }
+
+    /// Replaces a GUID that has its first digit at `at`, in the group that starts at `group`.
+    bool guid(std::size_t group, std::size_t at) {
+        constexpr std::size_t kGuidSize = 36;
+        for (const std::size_t offset : {0U, 9U, 14U, 19U, 24U}) {  // of the groups
+            const std::size_t start = group - std::min<std::size_t>(group, offset);
+            if (group - start == offset && startsWithGuid(m_text.substr(start)) &&
+                m_out.ends_with(m_text.substr(start, at - start))) {
+                m_out.resize(m_out.size() - (at - start));
+                replace(start + kGuidSize, "#");
+                return true;
+            }
+        }
+        return false;
     }
 
     /// A sign belongs to a number that begins a token.

@@ -13,12 +13,6 @@ constexpr std::size_t kMaxKnownPrefixes = 256;
 
 }  // namespace
 
-void Report::Count::add(LocalMs time) noexcept {
-    firstMs = records == 0 ? time : std::min(firstMs, time);
-    lastMs = records == 0 ? time : std::max(lastMs, time);
-    ++records;
-}
-
 void Report::add(std::span<const Record> records, TrailEnd end) {
     for (const Record& record : records) {
         ++m_damage[static_cast<std::size_t>(record.damage())];

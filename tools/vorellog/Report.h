@@ -14,6 +14,7 @@
 #include "vorellog/Histogram.h"
 #include "vorellog/MessageGroups.h"
 #include "vorellog/ProcessTable.h"
+#include "vorellog/Tally.h"
 #include "vorellog/TrailAssembler.h"
 
 namespace vorellog {
@@ -45,13 +46,6 @@ public:
     [[nodiscard]] std::string data(std::string_view name) const;
 
 private:
-    struct Count {
-        unsigned long long records = 0;
-        LocalMs firstMs = 0;
-        LocalMs lastMs = 0;
-
-        void add(LocalMs time) noexcept;
-    };
     struct Series {
         Histogram steps{kMaxSteps};
         unsigned long long records = 0;
@@ -83,13 +77,13 @@ private:
     void appendGroups(std::string& out, const Histogram& all, const std::vector<ProcessNumber>& shown) const;
 
     ProcessTable m_processes;
-    std::vector<Count> m_ofProcess;  ///< by process number
+    std::vector<Tally> m_ofProcess;  ///< by process number
     std::unordered_map<std::string, Series, Hash, std::equal_to<>> m_ofPrefix;
     Series m_otherPrefixes;
     Histogram m_steps{kMaxSteps};
     MessageGroups m_groups;
     std::vector<Details> m_details;  ///< by group number
-    Count m_all;
+    Tally m_all;
     std::array<unsigned long long, kDamages> m_damage{};
 };
 

@@ -61,8 +61,7 @@ void addSteps(JsonObject& object, const Histogram& steps, const Histogram& all, 
 }
 
 /// The order of what is shown: most records first; of equally many, the latest first.
-template <class Count>
-bool comesBefore(const Count& a, const Count& b) {
+bool comesBefore(const Tally& a, const Tally& b) {
     return std::tie(b.records, b.lastMs) < std::tie(a.records, a.lastMs);
 }
 
@@ -169,7 +168,7 @@ std::vector<ProcessNumber> Report::shownProcesses() const {
 
 void Report::appendProcesses(std::string& out, const std::vector<ProcessNumber>& shown) const {
     appendArray(out, shown.size(), [&](std::size_t index) {
-        const Count& count = m_ofProcess[shown[index]];
+        const Tally& count = m_ofProcess[shown[index]];
         JsonObject object(out);
         addVisible(object, "name", m_processes.nameOf(shown[index]));
         object.add("records", count.records);

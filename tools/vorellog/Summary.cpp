@@ -9,22 +9,14 @@ namespace vorellog {
 
 namespace {
 
-constexpr std::size_t kMaxPrefixBytes = 48;
-
 /// A program may choose any prefix, and a message with a colon has its start as prefix: only the first bytes are shown.
 std::string shownPrefix(std::string_view prefix) {
     std::string shown;
-    tools::appendVisible(shown, prefix.substr(0, kMaxPrefixBytes));
-    return shown + (prefix.size() > kMaxPrefixBytes ? "..." : "");
+    tools::appendVisible(shown, prefix.substr(0, MessageGroups::kMaxPrefixBytes));
+    return shown + (prefix.size() > MessageGroups::kMaxPrefixBytes ? "..." : "");
 }
 
 }  // namespace
-
-void Summary::Row::add(LocalMs time) noexcept {
-    firstMs = records == 0 ? time : std::min(firstMs, time);
-    lastMs = records == 0 ? time : std::max(lastMs, time);
-    ++records;
-}
 
 void Summary::add(const Record& record) {
     const ProcessNumber process = countRecord(record);
@@ -57,7 +49,7 @@ ProcessNumber Summary::countRecord(const Record& record) {
 
 Summary::Row& Summary::rowOf(ProcessNumber process, std::string_view prefix) {
     constexpr unsigned int kNumberBits = 32;
-    const std::string_view kept = prefix.substr(0, kMaxPrefixBytes + 1);
+    const std::string_view kept = prefix.substr(0, MessageGroups::kMaxPrefixBytes + 1);
     const bool isFull = m_rows.size() == kMaxRows;
     auto known = m_prefixes.find(kept);
     if (known == m_prefixes.end() && !isFull && process != ProcessTable::kOthers) {

@@ -15,6 +15,7 @@
 #include "vorellog/MessageGroups.h"
 #include "vorellog/ProcessTable.h"
 #include "vorellog/Record.h"
+#include "vorellog/Tally.h"
 #include "vorellog/TrailAssembler.h"
 
 namespace vorellog {
@@ -42,13 +43,8 @@ public:
     [[nodiscard]] std::string json(std::optional<std::size_t> top = {}) const;
 
 private:
-    struct Row {
-        unsigned long long records = 0;
-        LocalMs firstMs = 0;
-        LocalMs lastMs = 0;
+    using Row = Tally;
 
-        void add(LocalMs time) noexcept;
-    };
     /// A row of the table, ready to be shown.
     struct ShownRow {
         std::string process;  ///< "host7.4312"

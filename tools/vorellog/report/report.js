@@ -90,6 +90,8 @@
     const colourOf = (prefix, index) => isError(prefix) ? kPalette[0] : prefix === "WARN" ? kPalette[1]
         : prefix === "DEBUG" ? kPalette[7] : kPalette[2 + index % 5];
 
+    const fromZero = (_, min, max) => [0, Math.max(max * 1.05, 1)];
+
     const asUtc = (seconds) => uPlot.tzDate(new Date(seconds * 1000), "Etc/UTC");
 
     let chart = null;
@@ -121,7 +123,9 @@
             width: place.clientWidth || 600,
             height: 220,
             tzDate: asUtc,
-            scales: { x: { time: true, range: (_, min, max) => min === max ? [min - 1, max + 1] : [min, max] } },
+            padding: [null, 24, null, null],
+            scales: { x: { time: true, range: (_, min, max) => min === max ? [min - 1, max + 1] : [min, max] },
+                y: { range: fromZero } },
             series: [{ label: "Time", value: (_, seconds) => seconds === null ? "" : timeText(seconds * 1000) },
                 ...series.slice().reverse()],
             axes: [{ ...axis, values: clockTexts }, { ...axis, size: 60, values: (_, values) => values.map((each) => number.format(each)) }],
@@ -131,12 +135,11 @@
         showPeriod();
     };
 
-    /* Dates at midnight and at the first mark, otherwise times. */
+    /* Times; the date below the first one, and at midnight. */
     const clockTexts = (_, values) => values.map((each, index) => {
         const text = timeText(each * 1000);
-        const isWhole = each % 86400 === 0;
-        return index === 0 && !isWhole ? text.slice(11, 16) + "\n" + text.slice(0, 10)
-            : isWhole ? text.slice(0, 10) : text.slice(11, each % 60 === 0 ? 16 : 19);
+        const clock = text.slice(11, each % 60 === 0 ? 16 : 19);
+        return index === 0 ? clock + "\n" + text.slice(0, 10) : each % 86400 === 0 ? text.slice(5, 10) : clock;
     });
 
     const fieldText = (ms) => new Date(ms).toISOString().slice(0, 19);
@@ -168,7 +171,7 @@
             cursor: { show: false },
             padding: [2, 0, 0, 0],
             axes: [{ show: false }, { show: false }],
-            scales: { x: { time: false } },
+            scales: { x: { time: false }, y: { range: fromZero } },
             series: [{}, { stroke: colour("--accent"), fill: colour("--accent") + "55", width: 1, points: { show: false },
                 paths: uPlot.paths.stepped({ align: 1 }) }],
         }, [times, countsOf(group.steps)], place);

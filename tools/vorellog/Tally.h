@@ -1,0 +1,23 @@
+/// \file
+/// How many records, since when and until when.
+#pragma once
+
+#include <algorithm>
+
+#include "vorellog/LogTime.h"
+
+namespace vorellog {
+
+struct Tally {
+    unsigned long long records = 0;
+    LocalMs firstMs = 0;  ///< of no meaning without records
+    LocalMs lastMs = 0;
+
+    void add(LocalMs time) noexcept {
+        firstMs = records == 0 ? time : std::min(firstMs, time);
+        lastMs = records == 0 ? time : std::max(lastMs, time);
+        ++records;
+    }
+};
+
+}  // namespace vorellog
