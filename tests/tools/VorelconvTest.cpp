@@ -46,6 +46,14 @@ TEST(VorelconvTest, HelpDescribesSurprisingRules) {
     EXPECT_THAT(vorelconv({L"hex", L"--help"}).output, HasSubstr("replaced only if the conversion succeeds"));
 }
 
+TEST(VorelconvTest, ManualPageAndCompletion) {
+    EXPECT_THAT(vorelconv({L"--manual"}).output,
+                AllOf(HasSubstr(".TH VORELCONV 1 "), HasSubstr(".SS vorelconv base64\n"), HasSubstr("Exit codes: 0 ")));
+    EXPECT_THAT(vorelconv({L"--completion", L"bash"}).output, HasSubstr("compgen -W 'base64 daylight hex "));
+    EXPECT_THAT(vorelconv({L"--completion", L"powershell"}).output, HasSubstr("'base64' = @("));
+    EXPECT_EQ(vorelconv({L"--completion"}).exitCode, test::kUsageError);
+}
+
 TEST(VorelconvTest, Version) {
     const test::Captured run = vorelconv({L"--version"});
     EXPECT_EQ(run.exitCode, test::kDone);

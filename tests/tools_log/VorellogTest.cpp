@@ -284,6 +284,17 @@ TEST_F(VorellogTest, HelpListsOptionsAndExitCodes) {
     }
 }
 
+TEST_F(VorellogTest, ManualPageAndCompletion) {
+    EXPECT_THAT(test::capture(L"vorellog", {L"--manual"}).output,
+                ::testing::StartsWith(".TH VORELLOG 1 \"\" \"vorellog "));
+    EXPECT_THAT(
+        test::capture(L"vorellog", {L"--completion", L"bash"}).output,
+        AllOf(HasSubstr("complete -F _vorellog "), HasSubstr("--summary --top "), HasSubstr("--report|-r) words=")));
+    EXPECT_THAT(test::capture(L"vorellog", {L"--completion=powershell"}).output,
+                HasSubstr(", @('--tail', 'show only this many entries at the end of the log')"));
+    EXPECT_EQ(test::capture(L"vorellog", {L"--completion", L"fish"}).exitCode, 2u);
+}
+
 TEST_F(VorellogTest, Version) {
     const Captured version = test::capture(L"vorellog", {L"--version"});
     EXPECT_EQ(version.exitCode, 0u);

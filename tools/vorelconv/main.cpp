@@ -7,6 +7,7 @@
 
 #include "Command.h"
 #include "support/Console.h"
+#include "support/Guide.h"
 #include "support/Tool.h"
 
 namespace conv {
@@ -20,6 +21,17 @@ constexpr const Command& (*kCommands[])() = {
     doubleCommand, booleanCommand,  listCommand, rangeCommand, sortCommand,  compareCommand,  versionCommand,
 };
 
+constexpr std::wstring_view kSummary = L"convert files and streams with the vorelCore library";
+
+constexpr std::wstring_view kDetails =
+    L"The input is a file, or standard input if no file is given; --text converts a text of the\n"
+    L"command line. The output is standard output, or the file given with --output. That file is\n"
+    L"replaced only if the conversion succeeds. If it is a link, the target is replaced.\n"
+    L"Text is UTF-8. Commands that read lines drop a byte-order mark at the start. Files of any\n"
+    L"size are converted in blocks.\n"
+    L"\n"
+    L"Exit codes: 0 success; 1 bad input, a failure, or a false comparison; 2 invalid command line.\n";
+
 std::wstring nameOf(const Command& command) {
     return std::wstring(command.syntax.command.substr(kProgram.size() + 1));
 }
@@ -29,22 +41,32 @@ std::wstring overview() {
     for (const auto command : kCommands) {
         rows.emplace_back(nameOf(command()), command().syntax.summary);
     }
-    return L"vorelconv: convert files and streams with the vorelCore library\n"
-           L"\n"
+    return std::wstring(kProgram) + L": " + std::wstring(kSummary) +
+           L"\n\n"
            L"Usage: vorelconv <command> [options] [input]\n"
            L"       vorelconv <command> --help\n"
            L"       vorelconv --version\n"
+           L"       vorelconv --completion bash | powershell\n"
+           L"       vorelconv --manual\n"
            L"\n"
            L"Commands:\n" +
-           tools::columns(rows) +
-           L"\n"
-           L"The input is a file, or standard input if no file is given; --text converts a text of the\n"
-           L"command line. The output is standard output, or the file given with --output. That file is\n"
-           L"replaced only if the conversion succeeds. If it is a link, the target is replaced.\n"
-           L"Text is UTF-8. Commands that read lines drop a byte-order mark at the start. Files of any\n"
-           L"size are converted in blocks.\n"
-           L"\n"
-           L"Exit codes: 0 success; 1 bad input, a failure, or a false comparison; 2 invalid command line.\n";
+           tools::columns(rows) + L"\n" + std::wstring(kDetails);
+}
+
+/// What --completion and --manual write; empty for other arguments.
+std::wstring guideText(std::span<const std::wstring> arguments) {
+    std::vector<tools::Syntax> commands;
+    for (const auto command : kCommands) {
+        commands.push_back(command().syntax);
+    }
+    const tools::Guide guide = {.program = kProgram, .summary = kSummary, .commands = commands, .details = kDetails};
+    if (arguments.front() == L"--manual") {
+        return tools::manualPage(guide);
+    }
+    if (arguments.front() == L"--completion") {
+        return tools::completionScript(guide, arguments.size() > 1 ? arguments[1] : L"");
+    }
+    return {};
 }
 
 int run(std::span<const std::wstring> arguments) {
@@ -58,6 +80,10 @@ int run(std::span<const std::wstring> arguments) {
     }
     if (first == L"--version") {
         tools::writeOutput(tools::versionText(kProgram));
+        return tools::kDone;
+    }
+    if (const std::wstring text = guideText(arguments); !text.empty()) {
+        tools::writeOutput(text);
         return tools::kDone;
     }
     for (const auto each : kCommands) {

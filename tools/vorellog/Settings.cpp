@@ -39,6 +39,8 @@ constexpr tools::Option kOptions[] = {
     {L"report", L'r', L"file", L"write a report with charts to this file: one HTML page"},
     {L"json", L'j', {}, L"write JSON, one object per line"},
     {L"color", {}, L"when", L"always, never, or auto (default): on a console unless NO_COLOR is set"},
+    {L"completion", {}, L"shell", L"write a completion script for this shell: bash or powershell"},
+    {L"manual", {}, {}, L"write the manual page, in the format of man"},
     {L"version", {}, {}, L"show the version"},
 };
 

@@ -10,6 +10,7 @@
 
 #include "support/CommandLine.h"
 #include "support/Console.h"
+#include "support/Guide.h"
 #include "support/OwnedHandle.h"
 #include "support/Text.h"
 #include "support/Tool.h"
@@ -163,10 +164,22 @@ int view(const Settings& settings) {
     return viewer.hasFound() ? kFound : kNothingFound;
 }
 
+tools::Guide guide() {
+    return {.program = kProgram, .summary = syntax().summary, .commands = {&syntax(), 1}};
+}
+
 int runWith(const std::vector<std::wstring>& given) {
     const tools::Arguments arguments = tools::parse(syntax(), given);
     if (arguments.has(L"help")) {
         tools::writeOutput(tools::helpText(syntax()));
+        return kFound;
+    }
+    if (const auto shell = arguments.value(L"completion")) {
+        tools::writeOutput(tools::completionScript(guide(), *shell));
+        return kFound;
+    }
+    if (arguments.has(L"manual")) {
+        tools::writeOutput(tools::manualPage(guide()));
         return kFound;
     }
     if (arguments.has(L"version")) {
