@@ -45,6 +45,7 @@ TEST(CommandLineTest, SuggestsSimilarOptions) {
         {L"--ouput", L"unknown option --ouput; did you mean --output?", "another option"},
         {L"--out", L"unknown option --out; did you mean --output?", "an abbreviation"},
         {L"--hlep", L"unknown option --hlep; did you mean --help?", "the help"},
+        {L"--input", L"unknown option --input", "three edits from --output"},
         {L"--colour", L"unknown option --colour", "nothing similar"},
         {L"--x", L"unknown option --x", "too short"},
     };

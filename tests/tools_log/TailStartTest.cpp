@@ -81,8 +81,8 @@ TEST(TailStartTest, GrowsUntilThePartHasEnoughMatches) {
 TEST(TailStartTest, FoldedTrailsMayBeginBefore) {
     Files files;
     files.bytes = linesOf(20000, "Vorel Error: f: Vorel exception caught");
-    const auto plain = findTailStart(files, {.tail = 5000});
-    const auto folded = findTailStart(files, {.fold = true, .tail = 4000});
+    const auto plain = findTailStart(files, {.tail = 3500});
+    const auto folded = findTailStart(files, {.fold = true, .tail = 2500});
     ASSERT_TRUE(plain);
     ASSERT_TRUE(folded);
     EXPECT_EQ(folded->offset, plain->offset);

@@ -163,6 +163,23 @@ TEST(TrailAssemblerTest, SplitTrailIsOrderedByItsFirstRecord) {
                                          "b > f: Vorel exception rethrown open", "after"));
 }
 
+TEST(TrailAssemblerTest, DeliveredTrailsDoNotAffectLaterOnes) {
+    std::vector<std::string> lines;
+    for (const char* const message : {"x", "g: Vorel exception rethrown", "main: Vorel exception caught", "y",
+                                      "g: Vorel exception rethrown", "main: Vorel exception caught"}) {
+        lines.push_back(header(3) + "Vorel Error: " + message);
+    }
+    const std::vector<std::string> split = {
+        header(1) + "Vorel Error: a", header(1) + "Vorel Error: f: Vorel exception rethrown",
+        header(2) + "WARN: before",   header(1) + "Vorel Error: b",
+        header(2) + "WARN: after",    header(1) + "Vorel Error: f: Vorel exception rethrown"};
+    lines.insert(lines.end(), split.begin(), split.end());
+    EXPECT_THAT(fold(lines), ElementsAre("x > g: Vorel exception rethrown > main: Vorel exception caught caught",
+                                         "y > g: Vorel exception rethrown > main: Vorel exception caught caught",
+                                         "a > f: Vorel exception rethrown open", "before",
+                                         "b > f: Vorel exception rethrown open", "after"));
+}
+
 TEST(TrailAssemblerTest, SystemTextsBelongToTheFailure) {
     EXPECT_THAT(fold({header() + "Vorel Error: a", header() + "AddHRESULTErrorToStack: HRESULT: 80070005 - No.",
                       header() + "AddHRESULTErrorToStack: ", header() + "Vorel Error: f: Vorel exception caught"}),

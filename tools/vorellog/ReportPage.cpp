@@ -137,7 +137,7 @@ void Report::appendPrefixes(std::string& out, const Histogram& all) const {
     if (counted != m_all.records) {
         out.pop_back();
         out +=
-            ",{\"name\":\"" + std::string(kOthers) + "\",\"records\":" + std::to_string(m_all.records - counted) + ',';
+            R"(,{"name":")" + std::string(kOthers) + R"(","records":)" + std::to_string(m_all.records - counted) + ',';
         Histogram others(kMaxSteps);
         for (std::size_t index = shown; index <= series.size(); ++index) {
             const Series& each = index == series.size() ? m_otherPrefixes : *series[index].second;
