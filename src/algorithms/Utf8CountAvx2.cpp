@@ -15,49 +15,36 @@ namespace {
 
 constexpr unsigned int kBlock = 32;  // bytes
 
+// Blocks are aligned, so each lies in one page. The first one may begin before the text: its bits are masked.
+
 [[gnu::always_inline]] inline __m256i load32(const void* position) noexcept {
     return _mm256_loadu_si256(static_cast<const __m256i*>(position));
 }
 
+[[gnu::always_inline]] inline unsigned int offsetInBlock(const void* position) noexcept {
+    return static_cast<unsigned int>(offsetInPage(position) % kBlock);
+}
+
 /// The number of bytes of ASCII in double blocks of this page, up to a double block with anything else.
 [[gnu::always_inline]] inline std::size_t countAscii(const unsigned char* bytes, std::size_t left) noexcept {
+    constexpr std::size_t kDouble = std::size_t{2} * kBlock;
     const std::size_t inPage = kPageBytes - offsetInPage(bytes);
-    const std::size_t size = (inPage < left ? inPage : left) / (2 * kBlock) * (2 * kBlock);
-    for (std::size_t at = 0; at != size; at += 2 * kBlock) {
+    const std::size_t size = (inPage < left ? inPage : left) / kDouble * kDouble;
+    std::size_t at = 0;
+    for (; at != size; at += kDouble) {
         const __m256i first = load32(bytes + at);
         const __m256i second = load32(bytes + at + kBlock);
         const __m256i isZero = _mm256_cmpeq_epi8(_mm256_min_epu8(first, second), _mm256_setzero_si256());
         if (maskOf(_mm256_or_si256(_mm256_or_si256(first, second), isZero)) != 0) {
-            return at;
+            break;
         }
     }
-    return size;
-}
-
-/// Whether a block can be read: it is in one page, or the text continues in the next page.
-template <class... Expected>
-[[gnu::always_inline]] inline bool isReadable(const unsigned char* bytes, std::size_t left,
-                                              Expected... expected) noexcept {
-    return isInPage(bytes, kBlock) || continuesInNextPage(bytes, left, expected...);
-}
-
-/// The number of bytes of units of ASCII in double blocks of this page, up to a double block with anything else.
-[[gnu::always_inline]] inline std::size_t countAsciiUnits(const unsigned char* units, std::size_t left) noexcept {
-    const std::size_t inPage = kPageBytes - offsetInPage(units);
-    const std::size_t size = (inPage < left ? inPage : left) / (2 * kBlock) * (2 * kBlock);
-    for (std::size_t at = 0; at != size; at += 2 * kBlock) {
-        // The saturated packing keeps 0x01 to 0x7F and turns every other unit into 0x00 or a byte from 0x80 on.
-        const __m256i bytes = _mm256_packus_epi16(load32(units + at), load32(units + at + kBlock));
-        if (maskOf(_mm256_or_si256(bytes, _mm256_cmpeq_epi8(bytes, _mm256_setzero_si256()))) != 0) {
-            return at;
-        }
-    }
-    return size;
+    return at;
 }
 
 /// Constants of sixteen units. They are read from memory, because the compiler would build them again in each round.
 struct Constants {
-    std::uint16_t notAscii[16], notShort[16], high[16], kindMask[16], low[16];
+    std::uint16_t notAscii[16], notShort[16], kindMask[16], high[16];
 };
 
 constexpr Constants constants() noexcept {
@@ -65,105 +52,160 @@ constexpr Constants constants() noexcept {
     for (unsigned int unit = 0; unit < 16; ++unit) {
         all.notAscii[unit] = 0xFF80;
         all.notShort[unit] = kSurrogateMask;
-        all.high[unit] = kFirstHighSurrogate;
         all.kindMask[unit] = kSurrogateKindMask;
-        all.low[unit] = kFirstLowSurrogate;
+        all.high[unit] = kFirstHighSurrogate;
     }
     return all;
 }
 
 alignas(32) constexpr Constants kConstants = constants();
 
-/// The number of units of a block whose surrogates are all in pairs, without a high one at its end. 0 if one is not.
-[[gnu::always_inline]] inline unsigned int unitsInPairs(__m256i units, const Constants& k) noexcept {
-    const __m256i kind = _mm256_and_si256(units, load32(k.kindMask));
-    const unsigned int highs = maskOf(_mm256_cmpeq_epi16(kind, load32(k.high)));
-    const unsigned int lows = maskOf(_mm256_cmpeq_epi16(kind, load32(k.low)));
-    return highs << 2 != lows ? 0 : 16 - (highs >> (kBlock - 1));
-}
+/// Counts well-formed UTF-8, block by block.
+class DecodedCount {
+public:
+    /// Counts the bytes of a block that `kept` has. False at a zero or an ill-formed part.
+    [[gnu::always_inline]] bool add(const unsigned char* bytes, unsigned int kept) noexcept {
+        const __m256i block = load32(bytes);
+        const unsigned int notAscii = maskOf(block) & kept;
+        const unsigned int leads = bytesFrom(0xC0, block) & kept;
+        std::uint64_t announced = std::uint64_t{leads} << 1 | m_expected;
+        unsigned int fours = 0;
+        const unsigned int threes = bytesFrom(0xE0, block) & kept;
+        if ((threes | m_second) != 0) {
+            fours = bytesFrom(0xF0, block) & kept;
+            announced |= std::uint64_t{threes} << 2 | std::uint64_t{fours} << 3;
+            // Four bytes that begin with 0xF0 are a pair, unless they are overlong. Others are rare.
+            const unsigned int seconds = fours << 1 | m_second;
+            if ((bytesFrom(0xF1, block) & kept) != 0 || (seconds & ~bytesFrom(0x90, block)) != 0) {
+                return false;
+            }
+        }
+        if ((zerosIn(block) & kept) != 0 || static_cast<std::uint32_t>(announced) != (notAscii & ~leads)) {
+            return false;
+        }
+        m_units += countBits(kept & (~notAscii | leads)) + countBits(fours);
+        m_expected = static_cast<unsigned int>(announced >> kBlock);
+        m_second = fours >> (kBlock - 1);
+        return true;
+    }
+
+    void addAscii(std::size_t bytes) noexcept { m_units += static_cast<unsigned int>(bytes); }
+
+    [[nodiscard]] bool isComplete() const noexcept { return m_expected == 0; }
+    [[nodiscard]] unsigned int units() const noexcept { return m_units; }
+
+private:
+    unsigned int m_units = 0;
+    unsigned int m_expected = 0;  // trailing bytes that the next block must begin with, lowest bit first
+    unsigned int m_second = 0;    // whether the next byte is the second one of four
+};
+
+/// Counts the bytes of units, block by block. Masks have two bits for each unit.
+class EncodedCount {
+public:
+    explicit EncodedCount(bool paired) noexcept : m_k(hidden(kConstants)), m_paired(paired ? ~0u : 0u) {}
+
+    /// Counts the units of a block that `kept` has. False at a zero or an unpaired surrogate.
+    [[gnu::always_inline]] bool add(const unsigned char* position, unsigned int kept) noexcept {
+        const __m256i zero = _mm256_setzero_si256();
+        const __m256i block = load32(position);
+        const __m256i upper = _mm256_and_si256(block, load32(m_k.notShort));
+        const __m256i isShort = _mm256_cmpeq_epi16(upper, zero);
+        const __m256i isAscii = _mm256_cmpeq_epi16(_mm256_and_si256(block, load32(m_k.notAscii)), zero);
+        const __m256i isSurrogate = _mm256_cmpeq_epi16(upper, load32(m_k.high));
+        const __m256i isZero = _mm256_cmpeq_epi16(block, zero);
+        const unsigned int stops = maskOf(_mm256_or_si256(isSurrogate, isZero)) & kept;
+        unsigned int fewer = 0;
+        unsigned int high = 0;
+        if ((stops | m_high) != 0) {
+            const unsigned int surrogates = maskOf(isSurrogate) & kept & m_paired;
+            const unsigned int highs = highsOf(block) & surrogates;
+            if ((maskOf(isZero) & kept) != 0 || (highs << 2 | m_high) != (surrogates & ~highs)) {
+                return false;
+            }
+            fewer = countBits(surrogates);  // two bytes each
+            high = highs >> (kBlock - 2);
+        }
+        fewer += countBits(maskOf(isShort) & kept) + countBits(maskOf(isAscii) & kept);
+        m_bytes += (3 * countBits(kept) - fewer) / 2;
+        m_high = high;
+        return true;
+    }
+
+    /// Whether the last unit is not the first one of a pair.
+    [[nodiscard]] bool isComplete() const noexcept { return m_high == 0; }
+    [[nodiscard]] unsigned int bytes() const noexcept { return m_bytes; }
+
+private:
+    [[gnu::always_inline]] [[nodiscard]] unsigned int highsOf(__m256i block) const noexcept {
+        const __m256i kind = _mm256_and_si256(block, load32(m_k.kindMask));
+        return maskOf(_mm256_cmpeq_epi16(kind, load32(m_k.high)));
+    }
+
+    const Constants& m_k;
+    unsigned int m_paired;
+    unsigned int m_bytes = 0;
+    unsigned int m_high = 0;  // two bits: whether the last unit of the block before was a high surrogate
+};
 
 }  // namespace
 
 Progress countDecodedAvx2(const unsigned char* bytes, std::size_t left) noexcept {
-    left = atMost(kMaxProgress, left);
-    std::size_t read = 0;
-    unsigned int units = 0;
-    unsigned int expected = 0;  // trailing bytes that the next block must begin with, lowest bit first
-    unsigned int second = 0;    // whether the next byte is the second one of four
-    while (left - read >= kBlock && isReadable(bytes + read, left - read, expected)) {
-        const __m256i block = load32(bytes + read);
-        const unsigned int zeros = zerosIn(block);
-        const unsigned int notAscii = maskOf(block);
-        if ((notAscii | zeros | expected) == 0) {
-            const auto ascii = static_cast<unsigned int>(countAscii(bytes + read, left - read));
-            read += ascii != 0 ? ascii : kBlock;
-            units += ascii != 0 ? ascii : kBlock;
-            continue;
-        }
-        const unsigned int leads = bytesFrom(0xC0, block);
-        const unsigned int fours = bytesFrom(0xF0, block);
-        const std::uint64_t announced = std::uint64_t{leads} << 1 | std::uint64_t{bytesFrom(0xE0, block)} << 2 |
-                                        std::uint64_t{fours} << 3 | expected;
-        if (zeros != 0 || static_cast<std::uint32_t>(announced) != (notAscii & ~leads)) {
+    const unsigned int offset = offsetInBlock(bytes);
+    const unsigned char* at = bytes - offset;
+    const unsigned char* const end = bytes + atMost(kMaxProgress, left);
+    unsigned int kept = ~0u << offset;
+    DecodedCount count;
+    while (static_cast<std::size_t>(end - at) >= kBlock) {
+        const unsigned int before = count.units();
+        if (!count.add(at, kept)) {
             break;
         }
-        if ((fours | second) != 0) {
-            // Four bytes that begin with 0xF0 are a pair, unless they are overlong. Others are rare.
-            const unsigned int seconds = fours << 1 | second;
-            if (bytesFrom(0xF1, block) != 0 || (seconds & ~bytesFrom(0x90, block)) != 0) {
-                break;
-            }
+        at += kBlock;
+        kept = ~0u;
+        if (count.units() - before == kBlock && count.isComplete()) {
+            const std::size_t ascii = countAscii(at, static_cast<std::size_t>(end - at));
+            count.addAscii(ascii);
+            at += ascii;
         }
-        read += kBlock;
-        units += countBits(~notAscii | leads) + countBits(fours);
-        expected = static_cast<unsigned int>(announced >> kBlock);
-        second = fours >> (kBlock - 1);
     }
-    if (expected != 0) {  // the last character is left to the next step
-        const unsigned int cut = bytes[read - 1] >= 0xC0 ? 1 : bytes[read - 2] >= 0xC0 ? 2 : 3;
+    if (at <= bytes) {
+        return kNoProgress;
+    }
+    auto read = static_cast<unsigned int>(at - bytes);
+    unsigned int units = count.units();
+    if (!count.isComplete()) {  // the last character is left to the next step
+        const unsigned int cut = at[-1] >= 0xC0 ? 1 : at[-2] >= 0xC0 ? 2 : 3;
+        if (cut >= read) {
+            return kNoProgress;
+        }
         read -= cut;
         units -= bytes[read] >= 0xF0 ? 2 : 1;
     }
-    return {static_cast<unsigned int>(read), units};
+    return {read, units};
 }
 
 Progress countEncodedAvx2(const void* units, std::size_t left, bool paired) noexcept {
-    const Constants& k = hidden(kConstants);
     const auto* const bytes = static_cast<const unsigned char*>(units);
-    const std::size_t size = 2 * std::size_t{atMost(kMaxProgress, left)};
-    const __m256i zero = _mm256_setzero_si256();
-    std::size_t read = 0;
-    std::size_t written = 0;
-    while (size - read >= kBlock && isReadable(bytes + read, size - read)) {
-        const __m256i block = load32(bytes + read);
-        const __m256i upper = _mm256_and_si256(block, load32(k.notShort));
-        const __m256i isShort = _mm256_cmpeq_epi16(upper, zero);
-        const __m256i isAscii = _mm256_cmpeq_epi16(_mm256_and_si256(block, load32(k.notAscii)), zero);
-        const __m256i isSurrogate = _mm256_cmpeq_epi16(upper, load32(k.high));
-        // One bit for each unit below 0x80, and one for each below 0x800.
-        const unsigned int fewer = countBits(maskOf(_mm256_packs_epi16(isAscii, isShort)));
-        if (maskOf(_mm256_cmpeq_epi16(block, zero)) != 0) {
-            break;
-        }
-        if (fewer == kBlock) {
-            const std::size_t ascii = countAsciiUnits(bytes + read, size - read);
-            read += ascii != 0 ? ascii : kBlock;
-            written += ascii != 0 ? ascii / 2 : kBlock / 2;
-            continue;
-        }
-        const unsigned int surrogates = paired ? maskOf(isSurrogate) : 0;
-        unsigned int counted = 16;
-        if (surrogates != 0) {
-            counted = unitsInPairs(block, k);
-            if (counted == 0) {
-                break;
-            }
-        }
-        // Each surrogate of a pair stands for two bytes. One at the end is left to the next block.
-        read += 2 * std::size_t{counted};
-        written += 3 * 16 - fewer - countBits(surrogates) / 2 - 2 * (16 - counted);
+    const unsigned int offset = offsetInBlock(bytes);
+    const unsigned char* at = bytes - offset;
+    const unsigned char* const end = bytes + 2 * std::size_t{atMost(kMaxProgress, left)};
+    unsigned int kept = ~0u << offset;
+    EncodedCount count(paired);
+    while (offset % 2 == 0 && static_cast<std::size_t>(end - at) >= kBlock && count.add(at, kept)) {
+        at += kBlock;
+        kept = ~0u;
     }
-    return {static_cast<unsigned int>(read / 2), static_cast<unsigned int>(written)};
+    if (at <= bytes) {
+        return kNoProgress;
+    }
+    auto read = static_cast<unsigned int>((at - bytes) / 2);
+    unsigned int written = count.bytes();
+    if (!count.isComplete()) {  // a pair is left to the next step
+        read -= 1;
+        written -= 2;
+    }
+    return {read, written};
 }
 
 }  // namespace vorel::algorithms

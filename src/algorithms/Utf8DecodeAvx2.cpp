@@ -9,11 +9,9 @@
 #include "algorithms/SimdBlocks.h"
 #include "algorithms/Utf8DecodeAvx2.h"
 
-namespace vorel::algorithms {
+namespace vorel::algorithms::decoding {
 
 namespace {
-
-using namespace decoding;
 
 /// Decodes characters at the end of the text or of the capacity: up to a zero, or the end of the `left` bytes. Writes
 /// nothing past the decoded units.
@@ -250,10 +248,8 @@ Progress decodeNext(const unsigned char* bytes, std::size_t left, unsigned char*
     return isInPage(bytes, kReadBytes) ? decodePart(bytes, left, out, capacity) : kNoProgress;
 }
 
-}  // namespace
-
-Progress decodeUtf8Avx2(const unsigned char* bytes, std::size_t left, void* out, std::size_t capacity,
-                        Overwrite overwrite) noexcept {
+Progress decode(const unsigned char* bytes, std::size_t left, void* out, std::size_t capacity,
+                Overwrite overwrite) noexcept {
     left = atMost(kMaxProgress, left);
     auto* const units = static_cast<unsigned char*>(out);
     // Most text begins with ASCII, and much has nothing else.
@@ -271,6 +267,16 @@ Progress decodeUtf8Avx2(const unsigned char* bytes, std::size_t left, void* out,
         written += step.written;
     }
     return {read, written};
+}
+
+}  // namespace
+}  // namespace vorel::algorithms::decoding
+
+namespace vorel::algorithms {
+
+Progress decodeUtf8Avx2(const unsigned char* bytes, std::size_t left, void* out, std::size_t capacity,
+                        Overwrite overwrite) noexcept {
+    return decoding::decode(bytes, left, out, capacity, overwrite);
 }
 
 }  // namespace vorel::algorithms

@@ -9,11 +9,9 @@
 #include "algorithms/SimdBlocks.h"
 #include "algorithms/Utf8EncodeAvx2.h"
 
-namespace vorel::algorithms {
+namespace vorel::algorithms::encoding {
 
 namespace {
-
-using namespace encoding;
 
 [[gnu::always_inline]] inline bool isZero(const unsigned char* unit) noexcept {
     return (unit[0] | unit[1]) == 0;
@@ -77,7 +75,7 @@ struct Positions {
             break;
         }
         _mm256_storeu_si256(reinterpret_cast<__m256i*>(at.out), _mm256_permute4x64_epi64(bytes, 0xD8));
-        at = {at.units + 2 * kBlockBytes, at.out + 2 * kUnits};
+        at = {at.units + 2 * kBlockBytes, at.out + std::size_t{2} * kUnits};
     }
     return at;
 }
@@ -128,7 +126,7 @@ struct Positions {
         return continuesInNextPage(units, bytesLeft) ? 1 : 0;
     }
     const std::size_t readable = (inPage < bytesLeft ? inPage : bytesLeft) / kBlockBytes;
-    const std::size_t writable = (room - kMaxWritten) / (3 * kUnits) + 1;
+    const std::size_t writable = (room - kMaxWritten) / (std::size_t{3} * kUnits) + 1;
     return readable < writable ? readable : writable;
 }
 
@@ -182,7 +180,7 @@ struct Positions {
     whole = whole < inPage / 2 ? whole : inPage / 2;
     const Positions at = encodeAscii({units, out}, units + 2 * whole);
     auto read = static_cast<unsigned int>(at.out - out);
-    if (read != left && capacity - read >= 2 * kUnits && isInPage(at.units, 2 * kBlockBytes)) {
+    if (read != left && capacity - read >= std::size_t{2} * kUnits && isInPage(at.units, 2 * kBlockBytes)) {
         const __m256i packs = _mm256_packus_epi16(loadUnits(at.units), loadUnits(at.units + kBlockBytes));
         const __m256i bytes = _mm256_permute4x64_epi64(packs, 0xD8);
         const unsigned int stops = maskOf(_mm256_or_si256(bytes, _mm256_cmpeq_epi8(bytes, _mm256_setzero_si256())));
@@ -193,10 +191,7 @@ struct Positions {
     return {read, read};
 }
 
-}  // namespace
-
-Progress encodeUtf8Avx2(const void* units, std::size_t left, unsigned char* out, std::size_t capacity,
-                        bool paired) noexcept {
+Progress encode(const void* units, std::size_t left, unsigned char* out, std::size_t capacity, bool paired) noexcept {
     left = atMost(kMaxProgress, left);
     const auto* const bytes = static_cast<const unsigned char*>(units);
     // Most text begins with ASCII, and much has nothing else.
@@ -219,6 +214,16 @@ Progress encodeUtf8Avx2(const void* units, std::size_t left, unsigned char* out,
         written += step.written;
     }
     return {read, written};
+}
+
+}  // namespace
+}  // namespace vorel::algorithms::encoding
+
+namespace vorel::algorithms {
+
+Progress encodeUtf8Avx2(const void* units, std::size_t left, unsigned char* out, std::size_t capacity,
+                        bool paired) noexcept {
+    return encoding::encode(units, left, out, capacity, paired);
 }
 
 }  // namespace vorel::algorithms

@@ -134,6 +134,23 @@ TEST(Utf8ReaderTest, UnitsLeft_AreThoseThatCanBeRead) {
     }
 }
 
+/// Sequences of every kind, well-formed or not, at every position of a vector and across two of them.
+TEST(Utf8ReaderTest, UnitsLeft_CountSequencesAtEveryPosition) {
+    const std::string sequences[] = {"\xC3\xA9",         "\xE2\x82\xAC", "\xF0\x9F\x98\x80", "\xF0\x8F\xBF\xBF",
+                                     "\xF4\x80\x80\x80", "\xC3z",        "\xE2\x82z",        "\xE2zz",
+                                     "\xF0\x9F\x98z",    "\xF0\x9Fzz",   "\xF0zzz",          "\xFDzzzzz"};
+    for (const std::string& first : sequences) {
+        for (const std::string& second : sequences) {
+            for (std::size_t position = 0; position != 70; ++position) {
+                const std::string text =
+                    std::string(position, 'a') + first + std::string(30, 'b') + second + std::string(100, 'c');
+                ASSERT_EQ(Utf8Reader(bytesOf(text), -1).unitsLeft(), test::decodeUtf8(text + '\0', -1).units.size())
+                    << testing::PrintToString(first) << " at " << position << ", " << testing::PrintToString(second);
+            }
+        }
+    }
+}
+
 TEST(Utf8ReaderTest, UnitsLeft_EndAtAnInvalidLeadByte) {
     for (std::size_t before = 0; before != 100; ++before) {
         const std::string text = std::string(before, 'a') + "\xC3\xA9\xF1" + std::string(100, 'a');
@@ -189,6 +206,24 @@ TEST(Utf8WriterTest, BytesLeft_AreThoseThatAreWritten) {
         const std::wstring taken = length < 0 ? text : text.substr(0, static_cast<std::size_t>(length));
         const Utf8Writer<Surrogates::Single, wchar_t> single(text.data(), length);
         EXPECT_EQ(single.bytesLeft(), test::encodeUnits(taken).size());
+    }
+}
+
+TEST(Utf8WriterTest, BytesLeft_CountUnitsAtEveryPosition) {
+    const std::wstring sequences[] = {L"\x00E9", L"\x20AC",       L"\xD83D\xDE00",       L"\xD83D",
+                                      L"\xDE00", L"\xDE00\xD83D", L"\xD83D\xD83D\xDE00", L"\xD83D\xDE00\xDE00"};
+    for (const std::wstring& first : sequences) {
+        for (const std::wstring& second : sequences) {
+            for (std::size_t position = 0; position != 40; ++position) {
+                const std::wstring text =
+                    std::wstring(position, L'a') + first + std::wstring(14, L'b') + second + std::wstring(60, L'c');
+                const Utf8Writer<Surrogates::Paired, wchar_t> paired(text.data(), -1);
+                ASSERT_EQ(paired.bytesLeft(), test::encodeUtf16(text + L'\0', -1).bytes.size())
+                    << testing::PrintToString(first) << " at " << position << ", " << testing::PrintToString(second);
+                const Utf8Writer<Surrogates::Single, wchar_t> single(text.data(), -1);
+                ASSERT_EQ(single.bytesLeft(), test::encodeUnits(text).size());
+            }
+        }
     }
 }
 
