@@ -1,7 +1,7 @@
 #include <windows.h>
 
 #include "Cases.h"
-#include "TranscodersAvx2.h"
+#include "Transcoders.h"
 #include "vorel/vorelCore.h"
 
 namespace bench {
@@ -24,7 +24,11 @@ public:
     /// A number from 0 to `limit` - 1.
     unsigned int below(unsigned int limit) { return static_cast<unsigned int>(m_random() % limit); }
 
+    /// Nothing is added to a text that has its size.
     void put(unsigned int code) {
+        if (!wantsMore()) {
+            return;
+        }
         if (code > 0xFFFF) {
             m_text += static_cast<wchar_t>(0xD7C0 + (code >> 10));
             m_text += static_cast<wchar_t>(0xDC00 + (code & 0x3FF));

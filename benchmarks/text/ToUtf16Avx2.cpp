@@ -1,51 +1,17 @@
-#include "TranscodersAvx2.h"
-
 #include <array>
 #include <bit>
 #include <cstdint>
-#include <cstring>
 
 #include <immintrin.h>
+
+#include "Transcoders.h"
+#include "Vectors.h"
 
 namespace bench {
 
 namespace {
 
-using Row = std::array<std::uint8_t, 16>;
-
-__m128i load(const void* from) {
-    return _mm_loadu_si128(static_cast<const __m128i*>(from));
-}
-
-__m256i load32(const void* from) {
-    return _mm256_loadu_si256(static_cast<const __m256i*>(from));
-}
-
-void store(void* to, __m128i value) {
-    _mm_storeu_si128(static_cast<__m128i*>(to), value);
-}
-
-void store32(void* to, __m256i value) {
-    _mm256_storeu_si256(static_cast<__m256i*>(to), value);
-}
-
-__m128i shuffled(__m128i value, const Row& row) {
-    return _mm_shuffle_epi8(value, load(row.data()));
-}
-
-std::uint32_t maskOf(__m256i bytes) {
-    return static_cast<std::uint32_t>(_mm256_movemask_epi8(bytes));
-}
-
-__m256i everyByte(int value) {
-    return _mm256_set1_epi8(static_cast<char>(value));
-}
-
-__m256i everyUnit(int value) {
-    return _mm256_set1_epi16(static_cast<short>(value));
-}
-
-// ---- UTF-8 to UTF-16: tables ----------------------------------------------------------------------------------------
+// ---- Tables ---------------------------------------------------------------------------------------------------------
 
 enum Shape : std::uint8_t { SixOfTwo, FourOfThree, ThreeOfFour };
 
@@ -89,7 +55,7 @@ std::array<Window, 4096> makeWindows() {
 
 const std::array<Window, 4096> kWindows = makeWindows();
 
-// ---- UTF-8 to UTF-16 ------------------------------------------------------------------------------------------------
+// ---- Conversion -----------------------------------------------------------------------------------------------------
 
 /// Finds errors by three lookups for each byte and its predecessor.
 class Validator {
@@ -204,6 +170,17 @@ __m128i unitsOfThree(__m128i lanes) {
     return _mm_packus_epi32(values, values);
 }
 
+/// Writes a code point. Returns the end.
+char16_t* writeCode(std::uint32_t code, char16_t* out) {
+    if (code < 0x10000) {
+        *out++ = static_cast<char16_t>(code);
+    } else {
+        *out++ = static_cast<char16_t>(0xD7C0 + (code >> 10));
+        *out++ = static_cast<char16_t>(0xDC00 + (code & 0x3FF));
+    }
+    return out;
+}
+
 /// Three lanes of one to four bytes. Returns the end.
 char16_t* writeLanesOfFour(__m128i lanes, char16_t* out) {
     const __m128i low = _mm_and_si128(lanes, _mm_set1_epi32(0x7F));
@@ -217,13 +194,7 @@ char16_t* writeLanesOfFour(__m128i lanes, char16_t* out) {
     alignas(16) std::uint32_t codes[4];
     _mm_store_si128(reinterpret_cast<__m128i*>(codes), values);
     for (int lane = 0; lane != 3; ++lane) {
-        const std::uint32_t code = codes[lane];
-        if (code < 0x10000) {
-            *out++ = static_cast<char16_t>(code);
-        } else {
-            *out++ = static_cast<char16_t>(0xD7C0 + (code >> 10));
-            *out++ = static_cast<char16_t>(0xDC00 + (code & 0x3FF));
-        }
+        out = writeCode(codes[lane], out);
     }
     return out;
 }
@@ -262,139 +233,33 @@ unsigned int convertWindow(const char* in, std::uint64_t ends, char16_t*& out) {
     return window.consumed;
 }
 
+/// The number of trailing bytes after a lead byte, or -1 if it does not start a sequence.
+int trailingAfter(unsigned char lead) {
+    if (lead < 0x80) {
+        return 0;
+    }
+    if (lead < 0xC2 || lead > 0xF4) {
+        return -1;
+    }
+    return lead < 0xE0 ? 1 : lead < 0xF0 ? 2 : 3;
+}
+
 /// The rest of a text, one character at a time. Returns null if it is not valid.
 char16_t* convertRest(const unsigned char* byte, const unsigned char* end, char16_t* out) {
     while (byte < end) {
+        const int trailing = trailingAfter(*byte);
         std::uint32_t code = *byte++;
-        const int trailing = code < 0x80   ? 0
-                             : code < 0xC2 ? -1
-                             : code < 0xE0 ? 1
-                             : code < 0xF0 ? 2
-                             : code < 0xF5 ? 3
-                                           : -1;
         if (trailing < 0 || end - byte < trailing) {
             return nullptr;
         }
-        if (trailing != 0) {
-            code &= 0x3Fu >> trailing;
-        }
+        code &= trailing == 0 ? 0x7Fu : 0x3Fu >> trailing;
         for (int left = trailing; left != 0; --left) {
             if ((*byte & 0xC0) != 0x80) {
                 return nullptr;
             }
             code = code << 6 | (*byte++ & 0x3Fu);
         }
-        if (code < 0x10000) {
-            *out++ = static_cast<char16_t>(code);
-        } else {
-            *out++ = static_cast<char16_t>(0xD7C0 + (code >> 10));
-            *out++ = static_cast<char16_t>(0xDC00 + (code & 0x3FF));
-        }
-    }
-    return out;
-}
-
-// ---- UTF-16 to UTF-8: tables ----------------------------------------------------------------------------------------
-
-struct Packing {
-    std::uint8_t length;
-    Row row;
-};
-
-/// Indexed by a bit for each of eight lanes of two bytes: whether it has one byte.
-std::array<Packing, 256> makeTwoBytePackings() {
-    std::array<Packing, 256> packings = {};
-    for (unsigned int ascii = 0; ascii != 256; ++ascii) {
-        Packing& packing = packings[ascii];
-        packing.row.fill(0x80);
-        for (unsigned int lane = 0; lane != 8; ++lane) {
-            packing.row[packing.length++] = static_cast<std::uint8_t>(2 * lane);
-            if ((ascii >> lane & 1) == 0) {
-                packing.row[packing.length++] = static_cast<std::uint8_t>(2 * lane + 1);
-            }
-        }
-    }
-    return packings;
-}
-
-/// Indexed by two bits for each of four lanes: whether it has one byte, and whether it has one or two.
-std::array<Packing, 256> makeThreeBytePackings() {
-    std::array<Packing, 256> packings = {};
-    for (unsigned int mask = 0; mask != 256; ++mask) {
-        Packing& packing = packings[mask];
-        packing.row.fill(0x80);
-        for (unsigned int lane = 0; lane != 4; ++lane) {
-            const unsigned int bits = mask >> 2 * lane & 3;
-            if ((bits & 1) != 0) {
-                packing.row[packing.length++] = static_cast<std::uint8_t>(4 * lane);
-                continue;
-            }
-            if ((bits & 2) == 0) {
-                packing.row[packing.length++] = static_cast<std::uint8_t>(4 * lane + 2);
-            }
-            packing.row[packing.length++] = static_cast<std::uint8_t>(4 * lane + 3);
-            packing.row[packing.length++] = static_cast<std::uint8_t>(4 * lane + 1);
-        }
-    }
-    return packings;
-}
-
-const std::array<Packing, 256> kTwoBytePackings = makeTwoBytePackings();
-const std::array<Packing, 256> kThreeBytePackings = makeThreeBytePackings();
-
-// ---- UTF-16 to UTF-8 ------------------------------------------------------------------------------------------------
-
-char* writePacked(__m128i lanes, const Packing& packing, char* out) {
-    store(out, shuffled(lanes, packing.row));
-    return out + packing.length;
-}
-
-/// Sixteen units below 0x800.
-char* writeUpToTwo(__m256i units, __m256i isAscii, char* out) {
-    const __m256i lead = _mm256_srli_epi16(units, 6);
-    const __m256i trailing = _mm256_slli_epi16(_mm256_and_si256(units, everyUnit(0x3F)), 8);
-    const __m256i two = _mm256_or_si256(_mm256_or_si256(lead, trailing), everyUnit(0x80C0));
-    const __m256i bytes = _mm256_blendv_epi8(two, units, isAscii);
-    const std::uint32_t mask = maskOf(_mm256_packs_epi16(isAscii, isAscii));
-    out = writePacked(_mm256_castsi256_si128(bytes), kTwoBytePackings[mask & 0xFF], out);
-    return writePacked(_mm256_extracti128_si256(bytes, 1), kTwoBytePackings[mask >> 16 & 0xFF], out);
-}
-
-/// Sixteen units without surrogates. Each gets a lane of four bytes: the byte of ASCII, the last byte, the lead byte of
-/// three, and the byte before the last one.
-char* writeUpToThree(__m256i units, __m256i isAscii, __m256i isShort, char* out) {
-    const __m256i duplicate = _mm256_setr_epi8(0, 0, 2, 2, 4, 4, 6, 6, 8, 8, 10, 10, 12, 12, 14, 14,  //
-                                               0, 0, 2, 2, 4, 4, 6, 6, 8, 8, 10, 10, 12, 12, 14, 14);
-    const __m256i lower =
-        _mm256_or_si256(_mm256_and_si256(_mm256_shuffle_epi8(units, duplicate), everyUnit(0x3F7F)), everyUnit(0x8000));
-    const __m256i spread = _mm256_maddubs_epi16(_mm256_srli_epi16(units, 4), everyUnit(0x0140));
-    const __m256i upper =
-        _mm256_xor_si256(_mm256_or_si256(spread, everyUnit(0xC0E0)), _mm256_andnot_si256(isShort, everyUnit(0x4000)));
-    const std::uint32_t mask = (maskOf(isAscii) & 0x55555555) | (maskOf(isShort) & 0xAAAAAAAA);
-    const __m256i first = _mm256_unpacklo_epi16(lower, upper);
-    const __m256i second = _mm256_unpackhi_epi16(lower, upper);
-    out = writePacked(_mm256_castsi256_si128(first), kThreeBytePackings[mask & 0xFF], out);
-    out = writePacked(_mm256_castsi256_si128(second), kThreeBytePackings[mask >> 8 & 0xFF], out);
-    out = writePacked(_mm256_extracti128_si256(first, 1), kThreeBytePackings[mask >> 16 & 0xFF], out);
-    return writePacked(_mm256_extracti128_si256(second, 1), kThreeBytePackings[mask >> 24], out);
-}
-
-/// Units from `unit` to `end`, one character at a time; a pair that begins before `end` is read whole. Returns null if
-/// a surrogate is not part of a pair.
-char* convertUnits(const char16_t*& unit, const char16_t* end, const char16_t* textEnd, char* out) {
-    while (unit < end) {
-        std::uint32_t code = *unit++;
-        if ((code & 0xF800) == 0xD800) {
-            if ((code & 0xFC00) != 0xD800 || unit == textEnd || (*unit & 0xFC00) != 0xDC00) {
-                return nullptr;
-            }
-            code = 0x10000 + ((code & 0x3FF) << 10) + (*unit++ & 0x3FFu);
-        }
-        const int trailing = code < 0x80 ? 0 : code < 0x800 ? 1 : code < 0x10000 ? 2 : 3;
-        *out++ = static_cast<char>(trailing == 0 ? code : (0x7F80u >> trailing & 0xFF) | code >> 6 * trailing);
-        for (int left = trailing - 1; left >= 0; --left) {
-            *out++ = static_cast<char>(0x80 | (code >> 6 * left & 0x3F));
-        }
+        out = writeCode(code, out);
     }
     return out;
 }
@@ -415,24 +280,6 @@ std::size_t utf16LengthAvx2(const char* text, std::size_t bytes) {
         units += static_cast<unsigned char>(text[at]) >= 0xF0 ? 1 : 0;
     }
     return units;
-}
-
-std::size_t utf8LengthAvx2(const char16_t* text, std::size_t units) {
-    std::size_t bytes = 0;
-    std::size_t at = 0;
-    for (; at + 16 <= units; at += 16) {
-        const __m256i block = load32(text + at);
-        const __m256i upper = _mm256_and_si256(block, everyUnit(0xF800));
-        const __m256i isAscii = _mm256_cmpeq_epi16(_mm256_and_si256(block, everyUnit(0xFF80)), _mm256_setzero_si256());
-        const __m256i isTwo = _mm256_or_si256(_mm256_cmpeq_epi16(upper, _mm256_setzero_si256()),
-                                              _mm256_cmpeq_epi16(upper, everyUnit(0xD800)));
-        const int fewer = std::popcount(maskOf(isAscii)) + std::popcount(maskOf(isTwo));
-        bytes += static_cast<std::size_t>(48 - fewer / 2);
-    }
-    for (; at != units; ++at) {
-        bytes += text[at] < 0x80 ? 1 : text[at] < 0x800 || (text[at] & 0xF800) == 0xD800 ? 2 : 3;
-    }
-    return bytes;
 }
 
 std::size_t toUtf16Avx2(const char* text, std::size_t bytes, char16_t* out) {
@@ -469,47 +316,6 @@ std::size_t toUtf16Avx2(const char* text, std::size_t bytes, char16_t* out) {
     }
     out = convertRest(reinterpret_cast<const unsigned char*>(text) + at,
                       reinterpret_cast<const unsigned char*>(text) + bytes, out);
-    return out ? static_cast<std::size_t>(out - start) : 0;
-}
-
-std::size_t toUtf8Avx2(const char16_t* text, std::size_t units, char* out) {
-    const char* const start = out;
-    const char16_t* const end = text + units;
-    const char16_t* unit = text;
-    while (end - unit >= 16 + 12) {
-        const __m256i block = load32(unit);
-        if (_mm256_testz_si256(block, everyUnit(0xFF80))) {
-            const __m256i next = load32(unit + 16);
-            const __m256i packed = _mm256_permute4x64_epi64(_mm256_packus_epi16(block, next), 0xD8);
-            if (end - unit >= 32 + 12 && _mm256_testz_si256(next, everyUnit(0xFF80))) {
-                store32(out, packed);
-                unit += 32;
-                out += 32;
-            } else {
-                store(out, _mm256_castsi256_si128(packed));
-                unit += 16;
-                out += 16;
-            }
-            continue;
-        }
-        const __m256i zero = _mm256_setzero_si256();
-        const __m256i isAscii = _mm256_cmpeq_epi16(_mm256_and_si256(block, everyUnit(0xFF80)), zero);
-        const __m256i upper = _mm256_and_si256(block, everyUnit(0xF800));
-        const __m256i isShort = _mm256_cmpeq_epi16(upper, zero);
-        if (maskOf(isShort) == 0xFFFFFFFF) {
-            out = writeUpToTwo(block, isAscii, out);
-            unit += 16;
-        } else if (maskOf(_mm256_cmpeq_epi16(upper, everyUnit(0xD800))) == 0) {
-            out = writeUpToThree(block, isAscii, isShort, out);
-            unit += 16;
-        } else {
-            out = convertUnits(unit, unit + 15, end, out);
-            if (!out) {
-                return 0;
-            }
-        }
-    }
-    out = convertUnits(unit, end, end, out);
     return out ? static_cast<std::size_t>(out - start) : 0;
 }
 
