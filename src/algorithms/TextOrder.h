@@ -9,11 +9,10 @@
 #include <cstdint>
 #include <limits>
 
-#include <emmintrin.h>
-
 #include "algorithms/Ascii.h"
 #include "algorithms/NumberScanner.h"
 #include "algorithms/PageReads.h"
+#include "algorithms/Sse2.h"
 
 namespace vorel::algorithms {
 

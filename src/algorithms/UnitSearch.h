@@ -12,7 +12,7 @@
 #include <string_view>
 #include <type_traits>
 
-#include <emmintrin.h>
+#include "algorithms/Sse2.h"
 
 namespace vorel::algorithms {
 
