@@ -3,8 +3,12 @@
 /**
  * vorelCore for Node on Windows: conversions, the shared error log, named mutexes and conditions.
  *
- * Every function throws a `VorelError` when the library reports a failure, and a `TypeError` or a `RangeError` for an
- * invalid argument. Texts may contain zero characters only where documented.
+ * Every function throws a `VorelError` when the library reports a failure. For an invalid argument it throws a
+ * `TypeError` or a `RangeError` with the `code` that Node uses: "ERR_INVALID_ARG_TYPE", "ERR_INVALID_ARG_VALUE" or
+ * "ERR_OUT_OF_RANGE". An unknown option is an invalid argument.
+ *
+ * Texts may contain zero characters only where documented. An input has at most 268,435,456 bytes or UTF-16 code units
+ * ("VOREL_ERROR_INVALID_ARGUMENT"), and a string of Node at most 536,870,888 code units (`RangeError` or `Error`).
  */
 
 /** The version of the loaded library, for example "0.1.0". */
@@ -25,7 +29,7 @@ export const Status: {
     readonly INTERNAL: 10;
 };
 
-/** A failure reported by the library, with the library's message. */
+/** A failure reported by the library, with the library's message: at most 500 UTF-16 code units. */
 export class VorelError extends Error {
     constructor(status: number, code: string, message?: string);
     readonly name: 'VorelError';
@@ -134,7 +138,9 @@ export const scan: {
 
 /** Formats values as text, independent of the locale. */
 export const format: {
+    /** Formats a whole number from -2^63 to 2^63 - 1. */
     int64(value: number | bigint): string;
+    /** Formats a whole number from 0 to 2^64 - 1. */
     uint64(value: number | bigint): string;
     double(value: number, options?: { json?: boolean }): string;
     /** Formats a date or whole seconds since 1970 in local time, for example "Fri Feb 13 23:31:30 2009". */
@@ -177,9 +183,15 @@ export function versionAtLeast(version: string, required: string): boolean;
 
 /** The error log of the process. A line that cannot be written is silently dropped. */
 export const log: {
-    /** The path of the log file. Set it to the empty text for the default path. */
+    /**
+     * The path of the log file. Set it to the empty text for the default path. It has at most 1023 bytes in the code
+     * page of the process, which must have all its characters.
+     */
     path: string;
-    /** The size in bytes above which the file is moved to its backup; 0: no log, -1: no limit. */
+    /**
+     * The size in bytes above which the file is moved to its backup: 0 to `Number.MAX_SAFE_INTEGER`, 1,000,000 at load.
+     * 0: no log, -1: no limit.
+     */
     limit: number;
     /** Writes the line "prefix: message", or only the message if the prefix is empty. */
     write(prefix: string, message: string): void;
@@ -195,34 +207,61 @@ export const log: {
 
 // ---- Locks ----------------------------------------------------------------------------------------------------------
 
+/** A result that `Mutex.run` accepts: not a promise. */
+export type Synchronous<T> = T extends PromiseLike<unknown> ? never : T;
+
 /**
- * A recursive lock that all processes of the machine share. It belongs to the thread that locked it, so there is only a
- * synchronous form, which blocks the event loop.
+ * A recursive lock that all processes of the machine share. To Windows it belongs to the thread that locked it. The
+ * synchronous form blocks the event loop; the asynchronous form belongs to the task that called it, and excludes the
+ * other tasks of the thread too.
  *
  *     mutex.run(() => fs.appendFileSync(path, line), 5000);
+ *     await mutex.runAsync(() => fs.promises.appendFile(path, line), 5000);
+ *
+ * Time limits are whole numbers from 0 to 4,294,967,294 milliseconds (49 days); undefined means no limit.
  */
 export class Mutex {
-    /** Opens or creates the mutex of this name. */
+    /**
+     * Opens or creates the mutex of this name: 1 to 252 UTF-16 code units, without a backslash. A failure is reported
+     * after a second: "VOREL_ERROR_SYSTEM" with the text of the system.
+     */
     constructor(name: string);
     readonly name: string;
     readonly closed: boolean;
-    /** Locks the mutex. Throws "VOREL_ERROR_TIMEOUT" after `timeoutMs` milliseconds (default: no limit). */
+    /**
+     * Locks the mutex. Throws "VOREL_ERROR_TIMEOUT" after `timeoutMs` milliseconds, and "ERR_INVALID_STATE" at once
+     * while another task of this thread holds the mutex with `runAsync`.
+     */
     lock(timeoutMs?: number): void;
     /** Locks the mutex if it is free; returns whether it did. */
     tryLock(): boolean;
     /** Releases one `lock`. */
     unlock(): void;
-    /** Runs a synchronous action under the lock and returns its result. */
-    run<T>(action: () => T, timeoutMs?: number): T;
-    /** Releases every lock and closes the mutex; may be called again. From Node 20 on, `using` calls it. */
+    /**
+     * Runs a synchronous action under the lock and returns its result. An asynchronous function is rejected before it
+     * runs ("ERR_INVALID_ARG_VALUE"), a promise as the result after it ("ERR_INVALID_RETURN_VALUE").
+     */
+    run<T>(action: () => Synchronous<T>, timeoutMs?: number): T;
+    /**
+     * Runs an action under the lock and resolves to its result. The lock is released when the promise of the action is
+     * settled. Does not block the event loop: while another process holds the mutex, it tries again every 10 ms. Tasks
+     * of this thread get it in the order of their calls. The action may lock the mutex again, in each of these forms.
+     * Rejects with "VOREL_ERROR_TIMEOUT" after `timeoutMs` milliseconds.
+     */
+    runAsync<T>(action: () => T | PromiseLike<T>, timeoutMs?: number): Promise<T>;
+    /**
+     * Releases every lock and closes the mutex; may be called again. Throws during a `runAsync`. From Node 20 on,
+     * `using` calls it.
+     */
     close(): void;
 }
 
 /**
  * A condition that processes can signal and wait for. A signal releases one waiter, or the next one if nobody waits. A
- * name that begins with "Global\" is machine-wide.
+ * name that begins with "Global\" is machine-wide. Time limits are those of `Mutex`.
  */
 export class Condition {
+    /** Opens or creates the condition of this name: 1 to 259 UTF-16 code units. */
     constructor(name: string);
     readonly name: string;
     readonly closed: boolean;

@@ -5,6 +5,9 @@ module.exports = Object.freeze({
     // The version of the interface that this package needs: major number in the upper 16 bits, minor in the lower 16.
     ABI_VERSION: 0x00010000,
 
+    // The maximum number of units of an input.
+    MOST_UNITS: 0x10000000,
+
     OK: 0,
     ERROR_INVALID_ARGUMENT: 1,
     ERROR_BUFFER_TOO_SMALL: 2,

@@ -1,14 +1,34 @@
 'use strict';
 
+const { base64, codePage, daylight, hex, url, utf8 } = require('./encodings');
 const { Status, VorelError } = require('./errors');
+const { Condition, Mutex } = require('./locks');
+const { log } = require('./log');
 const native = require('./native');
+const { compare, currentTime, format, list, parse, scan, versionAtLeast } = require('./values');
 
-module.exports = Object.freeze({
-    version: native.version(),
+const version = native.version();
+
+// Node finds the names for `import { … }` in this literal: only plain identifiers, and no call around it.
+module.exports = {
+    version,
     Status,
     VorelError,
-    ...require('./encodings'),
-    ...require('./values'),
-    ...require('./log'),
-    ...require('./locks'),
-});
+    utf8,
+    base64,
+    daylight,
+    hex,
+    codePage,
+    url,
+    parse,
+    scan,
+    format,
+    currentTime,
+    list,
+    compare,
+    versionAtLeast,
+    log,
+    Mutex,
+    Condition,
+};
+Object.freeze(module.exports);

@@ -2,16 +2,24 @@
 'use strict';
 
 const { performance } = require('perf_hooks');
+const { isAsyncFunction } = require('util').types;
 const { isMainThread } = require('worker_threads');
 
+const { callable, coded, integer, invalidValue, string } = require('./arguments');
 const { WAIT_FOREVER } = require('./constants');
 const { Status } = require('./errors');
 const native = require('./native');
-const { TEXT, string } = native;
+const { Holder, holderOf, isCurrent } = require('./tasks');
+const { format } = require('./values');
+const { TEXT } = native;
 
 /** The time limit of a wait in milliseconds; undefined means no limit. */
 function timeout(timeoutMs) {
-    return timeoutMs === undefined ? WAIT_FOREVER : native.integer(timeoutMs, 0, WAIT_FOREVER - 1, 'timeoutMs');
+    return timeoutMs === undefined ? WAIT_FOREVER : integer(timeoutMs, 0, WAIT_FOREVER - 1, 'timeoutMs');
+}
+
+function invalidState(message) {
+    return coded(new Error(message), 'ERR_INVALID_STATE');
 }
 
 /** Owns a handle of the library. */
@@ -22,7 +30,12 @@ class Handle {
 
     constructor(kind, name) {
         this.#name = string(name, 'name');
-        this.#handle = native.valueOutput((handle) => kind.open(name, name.length, handle));
+        const handle = [null];
+        const status = kind.open(name, name.length, handle);
+        if (status !== Status.OK) {
+            throw kind.openFailure(status, name);
+        }
+        this.#handle = handle[0];
         this.#close = kind.close;
     }
 
@@ -37,7 +50,7 @@ class Handle {
     /** The open handle. Throws when it is closed. */
     get open() {
         if (this.closed) {
-            throw new Error(`${this.constructor.name} "${this.#name}" is closed`);
+            throw invalidState(`${this.constructor.name} "${this.#name}" is closed`);
         }
         return this.#handle;
     }
@@ -58,24 +71,54 @@ if (Symbol.dispose) {
     };
 }
 
+/** The failure to open a mutex. The library's message ends before the system's text. */
+function mutexFailure(status, name) {
+    const failure = native.lastError(status);
+    const error = status === Status.SYSTEM ? native.mutexErrorCode(name) : 0;
+    return error === 0 ? failure : native.errorOf(status, failure.message + format.systemError(error));
+}
+
 const mutexKind = {
     open: native.declare('vorel_mutex_open', TEXT, '_Out_ vorel_mutex **'),
     close: native.declare('vorel_mutex_close', 'vorel_mutex *'),
+    openFailure: mutexFailure,
 };
 const lockMutex = native.declare('vorel_mutex_lock', 'vorel_mutex *', 'uint32_t');
 const unlockMutex = native.declare('vorel_mutex_unlock', 'vorel_mutex *');
 
+// The interval at which a wait without a thread checks again.
+const CHECK_MS = 10;
+
+const pause = (limitMs) => new Promise((resolve) => { setTimeout(resolve, Math.min(limitMs, CHECK_MS)); });
+
+/** The end of a wait as a time of `performance.now()`. */
+const endOf = (timeoutMs) => (timeoutMs === WAIT_FOREVER ? Infinity : performance.now() + timeoutMs);
+
 class Mutex extends Handle {
+    #tasks = 0;
+
     constructor(name) {
         super(mutexKind, name);
     }
 
+    /** Whether another task of this thread holds the mutex with `runAsync`. The library would let this task in. */
+    get #isTaken() {
+        const holder = holderOf(this.name);
+        return holder !== undefined && !isCurrent(holder);
+    }
+
     lock(timeoutMs) {
-        native.check(lockMutex(this.open, timeout(timeoutMs)));
+        const handle = this.open;
+        const limitMs = timeout(timeoutMs);
+        if (this.#isTaken) {
+            throw invalidState(`Mutex "${this.name}" is held by a runAsync of this thread; use runAsync here too`);
+        }
+        native.check(lockMutex(handle, limitMs));
     }
 
     tryLock() {
-        const status = lockMutex(this.open, 0);
+        const handle = this.open;
+        const status = this.#isTaken ? Status.TIMEOUT : lockMutex(handle, 0);
         if (status === Status.TIMEOUT) {
             return false;
         }
@@ -84,22 +127,84 @@ class Mutex extends Handle {
     }
 
     unlock() {
-        native.check(unlockMutex(this.open));
+        const handle = this.open;
+        if (this.#isTaken) {
+            throw native.errorOf(Status.NOT_OWNER, 'Another task of the thread holds the mutex');
+        }
+        native.check(unlockMutex(handle));
     }
 
     run(action, timeoutMs) {
+        if (isAsyncFunction(callable(action, 'action'))) {
+            throw invalidValue('action', 'must be synchronous; runAsync takes asynchronous actions', action);
+        }
         this.lock(timeoutMs);
         try {
-            return action();
+            const result = action();
+            if (typeof result?.then === 'function') {
+                throw coded(new TypeError('The action has returned a promise, and the mutex is released before it is ' +
+                    'settled; use runAsync'), 'ERR_INVALID_RETURN_VALUE');
+            }
+            return result;
         } finally {
             this.unlock();
         }
+    }
+
+    runAsync(action, timeoutMs) {
+        callable(action, 'action');
+        const handle = this.open;
+        return this.#runTask(handle, action, timeout(timeoutMs));
+    }
+
+    async #runTask(handle, action, limitMs) {
+        ++this.#tasks;
+        try {
+            const holder = await this.#take(handle, limitMs);
+            try {
+                return await (holder === undefined ? action() : holder.run(action));
+            } finally {
+                holder?.release();
+                native.check(unlockMutex(handle));
+            }
+        } finally {
+            --this.#tasks;
+        }
+    }
+
+    /** Locks the mutex for the calling task. Returns the new holder, or undefined if the task already holds it. */
+    async #take(handle, limitMs) {
+        const end = endOf(limitMs);
+        for (;;) {
+            const holder = holderOf(this.name);
+            const isOwn = holder !== undefined && isCurrent(holder);
+            const status = holder === undefined || isOwn ? lockMutex(handle, 0) : Status.TIMEOUT;
+            if (status === Status.OK) {
+                return isOwn ? undefined : new Holder(this.name);
+            }
+            if (status !== Status.TIMEOUT) {
+                throw native.lastError(status);
+            }
+            const leftMs = end - performance.now();
+            if (leftMs <= 0) {
+                throw native.errorOf(status, `Failed to lock mutex ${this.name}: Timed out`);
+            }
+            await (holder === undefined ? pause(leftMs) : holder.waitForRelease(leftMs));
+        }
+    }
+
+    close() {
+        if (this.#tasks !== 0) {
+            throw invalidState(`Mutex "${this.name}" is used by runAsync`);
+        }
+        super.close();
     }
 }
 
 const conditionKind = {
     open: native.declare('vorel_condition_open', TEXT, '_Out_ vorel_condition **'),
     close: native.declare('vorel_condition_close', 'vorel_condition *'),
+    openFailure: native.lastError,
 };
 const signalCondition = native.declare('vorel_condition_signal', 'vorel_condition *');
 const waitForCondition = native.declare('vorel_condition_wait', 'vorel_condition *', 'uint32_t');
@@ -108,9 +213,6 @@ const waitForCondition = native.declare('vorel_condition_wait', 'vorel_condition
 const CALL_MS = 100;
 // libuv's pool has four threads; the rest of the program needs the others.
 const MAX_CALLS = 2;
-// The interval at which a wait without a thread checks for a signal.
-const CHECK_MS = 10;
-
 let calls = 0;
 
 /**
@@ -129,14 +231,14 @@ function waitOnThread(handle, limitMs) {
 async function waitOnLoop(handle, limitMs) {
     const status = waitForCondition(handle, 0);
     if (status === Status.TIMEOUT) {
-        await new Promise((resolve) => { setTimeout(resolve, Math.min(limitMs, CHECK_MS)); });
+        await pause(limitMs);
     }
     return status;
 }
 
 /** Waits at most `timeoutMs` in short steps and resolves to the status. */
 async function waitForStatus(handle, timeoutMs) {
-    const end = timeoutMs === WAIT_FOREVER ? Infinity : performance.now() + timeoutMs;
+    const end = endOf(timeoutMs);
     for (;;) {
         const leftMs = Math.max(end - performance.now(), 0);
         const wait = isMainThread && calls < MAX_CALLS ? waitOnThread : waitOnLoop;
@@ -188,7 +290,7 @@ class Condition extends Handle {
 
     close() {
         if (this.#waiting !== 0) {
-            throw new Error(`Condition "${this.name}" is being waited for`);
+            throw invalidState(`Condition "${this.name}" is being waited for`);
         }
         super.close();
     }

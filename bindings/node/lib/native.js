@@ -1,54 +1,33 @@
-// Loads the DLL and declares its functions. Only this file depends on koffi.
+// Declares the functions of the DLL and passes values to and from them. Only this file depends on koffi.
 'use strict';
 
-const path = require('path');
+// First: it reports an unsupported system before koffi fails there.
+const { loadDll } = require('./load');
 
 const koffi = require('koffi');
 
-const { ABI_VERSION } = require('./constants');
+const { ABI_VERSION, MOST_UNITS } = require('./constants');
 const { Status, VorelError } = require('./errors');
 
 const ABI_MAJOR = ABI_VERSION >>> 16;
 const ABI_MINOR = ABI_VERSION & 0xffff;
 
-const library = koffi.load(loadedDll());
-
-/**
- * Loads the DLL and its dependencies from its own folder and the system folder only, because the default search order
- * of Windows includes the current folder. Returns the path of the DLL; koffi finds the loaded DLL by this path.
- */
-function loadedDll() {
-    const LOAD_LIBRARY_SEARCH_DLL_LOAD_DIR = 0x100;
-    const LOAD_LIBRARY_SEARCH_SYSTEM32 = 0x800;
-
-    const given = process.env.VOREL_CORE_DLL;
-    if (given && !/^(?:[A-Za-z]:|\\\\[^\\/]+)[\\/]/.test(given)) {
-        throw new Error(`VOREL_CORE_DLL is not an absolute path: ${given}`);
-    }
-    const file = path.win32.normalize(given || path.win32.join(path.win32.dirname(process.execPath), 'vorelCore.dll'));
-    const kernel = koffi.load('kernel32.dll');  // loaded in every process, so Windows does not search for it
-    const load = kernel.func('void *LoadLibraryExW(const char16_t *, void *, uint32_t)');
-    const lastErrorCode = kernel.func('uint32_t GetLastError(void)');
-    if (!load(file, null, LOAD_LIBRARY_SEARCH_DLL_LOAD_DIR | LOAD_LIBRARY_SEARCH_SYSTEM32)) {
-        throw new Error(`${file} cannot be loaded (error ${lastErrorCode()})`);
-    }
-    return file;
-}
+const kernel = koffi.load('kernel32.dll');  // loaded in every process, so Windows does not search for it
+const library = koffi.load(loadDll(kernel));
 
 koffi.opaque('vorel_mutex');
 koffi.opaque('vorel_condition');
 
-// Parameter lists of inputs and outputs in the prototypes below.
+// Parameter lists of inputs and outputs in the prototypes below. koffi passes the address of a typed array.
 const TEXT = 'const char16_t *, size_t';
 const BYTES = 'const uint8_t *, size_t';
-const TEXT_OUT = '_Out_ uint16_t *, size_t, _Out_ size_t *';
-const BYTES_OUT = '_Out_ uint8_t *, size_t, _Out_ size_t *';
-const LIST_OUT = (type) => `_Out_ ${type} *, size_t, _Out_ size_t *`;
+const OUT = 'void *';
+const BUFFER_OUT = `${OUT}, size_t, ${OUT}`;
 
 const version = library.func('const char *vorel_version(void)');
 const abiVersion = library.func('uint32_t vorel_abi_version(void)');
 const statusName = library.func('const char *vorel_status_name(int32_t)');
-const lastErrorMessage = library.func(`int32_t vorel_last_error_message(${TEXT_OUT})`);
+const lastErrorMessage = library.func(`int32_t vorel_last_error_message(${BUFFER_OUT})`);
 
 const abi = abiVersion();
 if (abi >>> 16 !== ABI_MAJOR || (abi & 0xffff) < ABI_MINOR) {
@@ -61,22 +40,17 @@ function declare(name, ...parameters) {
     return library.func(`int32_t ${name}(${parameters.join(', ')})`);
 }
 
-/** The first `length` units of a buffer as a string. */
-function textOf(units, length) {
-    return Buffer.from(units.buffer, units.byteOffset, length * 2).toString('utf16le');
+// ---- Failures -------------------------------------------------------------------------------------------------------
+
+/** A failure of another thread or of this package; its message is not in the library. */
+function errorOf(status, message) {
+    return new VorelError(status, statusName(status), message);
 }
 
 /** The last failure of the calling thread, with the library's message. */
 function lastError(status) {
-    const units = new Uint16Array(501);
-    const length = [0];
-    const hasText = lastErrorMessage(units, units.length, length) === Status.OK;
-    return new VorelError(status, statusName(status), hasText ? textOf(units, Number(length[0])) : '');
-}
-
-/** A failure of another thread, whose message is not available to this thread. */
-function errorOf(status) {
-    return new VorelError(status, statusName(status));
+    const hasText = lastErrorMessage(firstBuffer, FIRST_UNITS, lengthCell) === Status.OK;
+    return errorOf(status, hasText ? firstText() : '');
 }
 
 function check(status) {
@@ -85,90 +59,113 @@ function check(status) {
     }
 }
 
-// The capacity of the first call. Most results fit; a longer one needs a second call with its length.
-const FIRST_UNITS = 1024;
+// ---- Results --------------------------------------------------------------------------------------------------------
 
-/** Runs `call(buffer, capacity, length)` and returns the buffer and the length of the result. */
-function output(create, call) {
-    const length = [0];
-    let buffer = create(FIRST_UNITS);
-    let status = call(buffer, FIRST_UNITS, length);
+const CELLS = {
+    int32_t: Int32Array,
+    uint32_t: Uint32Array,
+    int64_t: BigInt64Array,
+    uint64_t: BigUint64Array,
+    double: Float64Array,
+};
+
+/** An array of one element. A function of the library writes its result into it; the caller reads it at once. */
+function cell(type) {
+    return new CELLS[type](1);
+}
+
+// The capacity of the first call. Most results fit; a longer one needs a second call with its length.
+const FIRST_UNITS = 16384;
+
+// Calls are synchronous and copy their result, so they share these.
+const firstBuffer = Buffer.allocUnsafeSlow(2 * FIRST_UNITS);
+const lengthCell = cell('uint64_t');
+
+/** The result that the last call wrote to `firstBuffer`. */
+function firstText() {
+    return firstBuffer.toString('utf16le', 0, 2 * Number(lengthCell[0]));
+}
+
+/**
+ * Runs `call(buffer, capacity, lengthCell)` and returns the buffer; `lengthCell` has the length. A caller that knows
+ * the maximum length passes it, which makes a second call unnecessary.
+ */
+function output(call, maxLength, unitBytes) {
+    let capacity = FIRST_UNITS;
+    let buffer = firstBuffer;
+    if (maxLength > FIRST_UNITS && maxLength <= 2 * MOST_UNITS) {
+        capacity = maxLength;
+        buffer = Buffer.allocUnsafeSlow(capacity * unitBytes);
+    }
+    let status = call(buffer, capacity, lengthCell);
     if (status === Status.BUFFER_TOO_SMALL) {
-        const needed = Number(length[0]);
-        buffer = create(needed);
-        status = call(buffer, needed, length);
+        capacity = Number(lengthCell[0]);
+        buffer = Buffer.allocUnsafeSlow(capacity * unitBytes);
+        status = call(buffer, capacity, lengthCell);
     }
     check(status);
-    return { buffer, length: Number(length[0]) };
+    return buffer;
 }
 
 function textOutput(call) {
-    const { buffer, length } = output((units) => new Uint16Array(units), call);
-    return textOf(buffer, length);
+    const buffer = output(call, 0, 2);
+    return buffer === firstBuffer ? firstText() : buffer.toString('utf16le', 0, 2 * Number(lengthCell[0]));
 }
 
-function bytesOutput(call) {
-    const { buffer, length } = output((size) => Buffer.alloc(size), call);
-    return Buffer.from(buffer.subarray(0, length));
+function bytesOutput(call, maxSize = 0) {
+    const buffer = output(call, maxSize, 1);
+    const result = buffer.subarray(0, Number(lengthCell[0]));
+    // A result that is much smaller than its buffer would keep the whole buffer in memory.
+    return buffer === firstBuffer || result.length < buffer.length / 2 ? Buffer.from(result) : result;
 }
 
 /** The values of a list; each has `perValue` elements of the array. */
 function listOutput(ArrayType, perValue, call) {
-    const { buffer, length } = output((count) => new ArrayType(count * perValue), call);
-    return Array.from(buffer.subarray(0, length * perValue));
-}
-
-/** A value that is returned through a pointer. */
-function valueOutput(call) {
-    const value = [0];
-    check(call(value));
-    return value[0];
-}
-
-/** Checks that an argument is a string, because koffi passes null as a null pointer. */
-function string(value, name) {
-    if (typeof value !== 'string') {
-        throw new TypeError(`${name} is not a string`);
+    const bytesPerValue = perValue * ArrayType.BYTES_PER_ELEMENT;
+    const capacity = Math.floor(firstBuffer.length / bytesPerValue);
+    let buffer = firstBuffer;
+    let status = call(buffer, capacity, lengthCell);
+    if (status === Status.BUFFER_TOO_SMALL) {
+        const count = Number(lengthCell[0]);
+        buffer = Buffer.allocUnsafeSlow(count * bytesPerValue);
+        status = call(buffer, count, lengthCell);
     }
-    return value;
+    check(status);
+    return Array.from(new ArrayType(buffer.buffer, buffer.byteOffset, Number(lengthCell[0]) * perValue));
 }
 
-// The original getters of a typed array: objects and subclasses may redefine these properties.
-const typedArray = Object.getPrototypeOf(Uint8Array.prototype);
-const typeOf = Object.getOwnPropertyDescriptor(typedArray, Symbol.toStringTag).get;
-const lengthOf = Object.getOwnPropertyDescriptor(typedArray, 'length').get;
+// ---- The system -----------------------------------------------------------------------------------------------------
 
-/** Checks that an argument is a Uint8Array and returns the arguments for BYTES: the array and its length. */
-function bytes(value, name) {
-    if (Reflect.apply(typeOf, value, []) !== 'Uint8Array') {
-        throw new TypeError(`${name} is not a Uint8Array`);
-    }
-    return [value, Reflect.apply(lengthOf, value, [])];
-}
+const openMutex = kernel.func('void *OpenMutexW(uint32_t, int32_t, const char16_t *)');
+const closeHandle = kernel.func('int32_t CloseHandle(void *)');
+const lastErrorCode = kernel.func('uint32_t GetLastError(void)');
 
-/** Checks that an argument is a whole number from `low` to `high`. */
-function integer(value, low, high, name) {
-    if (!Number.isInteger(value) || value < low || value > high) {
-        throw new RangeError(`${name} is not a whole number from ${low} to ${high}`);
+/** The system's error code for opening the mutex of this name, or 0. The library logs it but does not return it. */
+function mutexErrorCode(name) {
+    const SYNCHRONIZE = 0x100000;
+
+    const handle = openMutex(SYNCHRONIZE, 0, `Global\\${name}`);
+    if (!handle) {
+        return lastErrorCode();
     }
-    return value;
+    closeHandle(handle);
+    return 0;
 }
 
 module.exports = {
     TEXT,
     BYTES,
-    TEXT_OUT,
-    BYTES_OUT,
-    LIST_OUT,
+    OUT,
+    BUFFER_OUT,
+    FIRST_UNITS,
     version,
     declare,
     errorOf,
+    lastError,
     check,
+    cell,
     textOutput,
     bytesOutput,
     listOutput,
-    valueOutput,
-    string,
-    bytes,
-    integer,
+    mutexErrorCode,
 };

@@ -11,9 +11,8 @@ const constants = require('../lib/constants');
 // test/run sets the variable, because it runs a copy of the package.
 const INCLUDE = process.env.VOREL_INCLUDE || path.join(__dirname, '..', '..', '..', 'include');
 
-// Constants of the headers that the package does not use: it passes the length of every text, and the library checks
-// the limit.
-const UNUSED = ['VOREL_ZERO_TERMINATED', 'VOREL_MOST_UNITS'];
+// Constants of the headers that the package does not use: it passes the length of every text.
+const UNUSED = ['VOREL_ZERO_TERMINATED'];
 
 /** The macros and enumerators of the flat interface. A value that is not a number is NaN. */
 function headerConstants() {

@@ -41,6 +41,25 @@ test('base64, daylight and hex encode and decode bytes', () => {
     expectFailure(() => hex.decode('4G'), 'INVALID_TEXT');
 });
 
+test('long bytes are encoded in pieces without a seam', () => {
+    class Claims extends Uint8Array {
+        get length() {
+            return 1;
+        }
+    }
+    const piece = 3 * 2730;
+    for (const size of [piece - 1, piece, piece + 1, piece + 2, 2 * piece, 3 * piece + 1]) {
+        const bytes = Buffer.from(Array.from({ length: size + 7 }, (_, index) => index * 7 % 251)).subarray(7);
+        for (const data of [bytes, new Claims(bytes)]) {
+            assert.strictEqual(base64.encode(data), bytes.toString('base64'));
+            assert.strictEqual(hex.encode(data, { upperCase: true }), bytes.toString('hex').toUpperCase());
+        }
+        assert.deepStrictEqual(base64.decode(bytes.toString('base64')), bytes);
+        assert.deepStrictEqual(hex.decode(bytes.toString('hex')), bytes);
+        assert.deepStrictEqual(base64.decode(`${' '.repeat(3 * size)}${bytes.toString('base64')}`), bytes);
+    }
+});
+
 test('the next call does not change an earlier result', () => {
     const first = base64.decode('QUJD');
     base64.decode('WFla');

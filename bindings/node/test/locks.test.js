@@ -6,8 +6,8 @@ const os = require('os');
 const path = require('path');
 const test = require('node:test');
 
-const { Condition, Mutex } = require('..');
-const { GENEROUS_MS, expectFailure, startPeer, uniqueName, withLog } = require('./support');
+const { Condition, Mutex, format } = require('..');
+const { GENEROUS_MS, expectCode, expectFailure, startPeer, uniqueName, withLog } = require('./support');
 
 test('a mutex is recursive', () => {
     const mutex = new Mutex(uniqueName('é'));
@@ -45,8 +45,38 @@ test('a closed handle can be closed again but not used', () => {
 
 test('a time limit must be a whole number in range', () => {
     const mutex = new Mutex(uniqueName('mutex'));
-    for (const wrong of [-1, 1.5, NaN, 2 ** 32 - 1, '1', null]) {
-        assert.throws(() => mutex.lock(wrong), RangeError);
+    for (const wrong of [-1, 1.5, NaN, 2 ** 32 - 1]) {
+        expectCode(() => mutex.lock(wrong), RangeError, 'ERR_OUT_OF_RANGE',
+            'The value of "timeoutMs" is out of range. It must be a whole number from 0 to 4294967294. ' +
+                `Received ${wrong}`);
+    }
+    expectCode(() => mutex.lock('1'), TypeError, 'ERR_INVALID_ARG_TYPE',
+        'The "timeoutMs" argument must be of type number. Received type string (\'1\')');
+    expectCode(() => mutex.runAsync(() => 1, null), TypeError, 'ERR_INVALID_ARG_TYPE',
+        'The "timeoutMs" argument must be of type number. Received null');
+    mutex.close();
+});
+
+test('a mutex that cannot be opened is reported with the text of the system', () => {
+    const ERROR_PATH_NOT_FOUND = 3;  // the backslash would need a folder of kernel objects
+    const text = format.systemError(ERROR_PATH_NOT_FOUND);
+    assert.ok(text.length > 3);
+    withLog(() => expectFailure(() => new Mutex('a\\b'), 'SYSTEM', `AutoMutex: Failed to create mutex a\\b: ${text}`));
+    withLog(() => expectFailure(() => new Condition('a\\b'), 'SYSTEM',
+        `Failed to create condition 'a\\b': OpenEvent failed: ${text}`));
+});
+
+test('run rejects an asynchronous action and does not hold the mutex', async () => {
+    const mutex = new Mutex(uniqueName('mutex'));
+    let started = false;
+    expectCode(() => mutex.run(async () => { started = true; }), TypeError, 'ERR_INVALID_ARG_VALUE', /runAsync/);
+    assert.strictEqual(started, false, 'the action did not start');
+    expectCode(() => mutex.run(() => Promise.resolve(1)), TypeError, 'ERR_INVALID_RETURN_VALUE', /runAsync/);
+    expectCode(() => mutex.run(() => ({ then() {} })), TypeError, 'ERR_INVALID_RETURN_VALUE', /runAsync/);
+    expectFailure(() => mutex.unlock(), 'NOT_OWNER', 'The thread does not hold the mutex');
+    for (const run of [mutex.run, mutex.runAsync]) {
+        expectCode(() => run.call(mutex, 'action'), TypeError, 'ERR_INVALID_ARG_TYPE',
+            'The "action" argument must be of type function. Received type string (\'action\')');
     }
     mutex.close();
 });

@@ -1,6 +1,7 @@
 'use strict';
 
 const assert = require('assert');
+const childProcess = require('child_process');
 const fs = require('fs');
 const os = require('os');
 const path = require('path');
@@ -92,3 +93,30 @@ test('the DLL is loaded only from an absolute path or the folder of node.exe', (
         const code = await startPeerWith({ env }, 'loadedFrom', name, path.join(folder, name));
         assert.strictEqual(code, 0, 'with slashes');
     }));
+
+/** The message of the failure to load the package with these variables. */
+function loadFailure(variables) {
+    const script = `
+        try {
+            require(${JSON.stringify(path.join(__dirname, '..'))});
+        } catch (error) {
+            error.code + '|' + error.message;
+        }`;
+    const child = childProcess.spawnSync(process.execPath, ['--print', script],
+        { encoding: 'utf8', env: { ...process.env, ...variables } });
+    return child.stdout.trimEnd();
+}
+
+test('a missing DLL is reported with its path and the variable', () => withPlantedDlls((folder) => {
+    const file = path.join(folder, 'none', 'vorelCore.dll');
+    assert.strictEqual(loadFailure({ VOREL_CORE_DLL: file }),
+        `ERR_DLOPEN_FAILED|${file} does not exist. The variable VOREL_CORE_DLL holds this path.`);
+    const besideNode = path.join(path.dirname(process.execPath), 'vorelCore.dll');
+    assert.strictEqual(loadFailure({ VOREL_CORE_DLL: '' }), `ERR_DLOPEN_FAILED|${besideNode} does not exist. Install ` +
+        'the package vorelcore-win32-x64, or set VOREL_CORE_DLL to the absolute path of the DLL.');
+    const alone = path.join(folder, 'alone', 'vorelCore.dll');
+    fs.mkdirSync(path.dirname(alone));
+    fs.copyFileSync(DLL, alone);
+    assert.strictEqual(loadFailure({ VOREL_CORE_DLL: alone }), `ERR_DLOPEN_FAILED|${alone} cannot be loaded (error ` +
+        '126) because a DLL that it needs is not in its folder. The variable VOREL_CORE_DLL holds this path.');
+}));

@@ -26,6 +26,14 @@ const roles = {
         }, GENEROUS_MS);
     },
 
+    /** The same with an asynchronous action. */
+    async holdAsync(mutexName, heldName, releaseName) {
+        await new Mutex(mutexName).runAsync(async () => {
+            new Condition(heldName).signal();
+            need(await new Condition(releaseName).waitAsync(GENEROUS_MS));
+        }, GENEROUS_MS);
+    },
+
     /** Locks a mutex, signals `heldName`, and ends without unlocking the mutex. */
     abandon(mutexName, heldName) {
         new Mutex(mutexName).lock(GENEROUS_MS);

@@ -33,6 +33,16 @@ function expectFailure(action, code, message) {
     });
 }
 
+/** Expects `action` to throw an error of this class with this code and message, a text or a regular expression. */
+function expectCode(action, Kind, code, message) {
+    assert.throws(action, (error) => {
+        assert.ok(error instanceof Kind, `${error}`);
+        assert.strictEqual(error.code, code, `${error}`);
+        assert.ok(message instanceof RegExp ? message.test(error.message) : error.message === message, error.message);
+        return true;
+    });
+}
+
 /** Runs `action(path)` with its own error log and returns the lines without time, computer, process and thread. */
 function withLog(action) {
     const folder = fs.mkdtempSync(path.join(os.tmpdir(), 'vorel_node_'));
@@ -63,6 +73,24 @@ function linesOf(file) {
     });
 }
 
+/**
+ * The shortest time of each action per call in microseconds. The rounds of the actions alternate, so all see the same
+ * load of the machine.
+ */
+function shortestTimes(rounds, calls, ...actions) {
+    const times = actions.map(() => Infinity);
+    for (let round = 0; round !== rounds; ++round) {
+        actions.forEach((action, index) => {
+            const start = process.hrtime.bigint();
+            for (let call = 0; call !== calls; ++call) {
+                action();
+            }
+            times[index] = Math.min(times[index], Number(process.hrtime.bigint() - start) / calls / 1000);
+        });
+    }
+    return times;
+}
+
 /** Starts test/peer.js and resolves to its exit code. */
 function startPeer(...roleAndArguments) {
     return startPeerWith({}, ...roleAndArguments);
@@ -78,4 +106,6 @@ function startPeerWith(options, ...roleAndArguments) {
     });
 }
 
-module.exports = { GENEROUS_MS, uniqueName, expectFailure, withLog, linesOf, startPeer, startPeerWith };
+module.exports = {
+    GENEROUS_MS, uniqueName, expectCode, expectFailure, withLog, linesOf, shortestTimes, startPeer, startPeerWith,
+};

@@ -68,6 +68,8 @@ vorel.log.setThreadEnabled(false);
 
 const mutex = new vorel.Mutex('a');
 const result: number = mutex.run(() => 1, 1000);
+const later: Promise<number> = mutex.runAsync(async () => 1, 1000);
+const alsoLater: Promise<string> = mutex.runAsync(() => 'a');
 const taken: boolean = mutex.tryLock();
 mutex.lock();
 mutex.unlock();
@@ -92,7 +94,11 @@ try {
 vorel.parse.int32(1);
 // @ts-expect-error: unknown component
 vorel.url.encodeComponent('a', 'fragment');
+// @ts-expect-error: the mutex is released before the promise is settled
+mutex.run(async () => 1);
+// @ts-expect-error: unknown option
+vorel.hex.encode(Buffer.from('a'), { uppercase: true });
 // @ts-expect-error: a string is not a Uint8Array
 vorel.base64.encode('a');
 
-export { texts, buffers, replaced, numbers, wide, truths, ends, result, taken, signalled, now, mutex };
+export { texts, buffers, replaced, numbers, wide, truths, ends, result, later, alsoLater, taken, signalled, now, mutex };

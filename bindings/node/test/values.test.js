@@ -7,7 +7,10 @@ const { Status, VorelError, compare, currentTime, format, list, parse, scan, ver
 const { expectFailure, withLog } = require('./support');
 
 test('the package has the version of the library', () => {
-    assert.strictEqual(version, require('../package.json').version);
+    const own = require('../package.json');
+    assert.strictEqual(version, own.version);
+    assert.strictEqual(version, own.optionalDependencies['vorelcore-win32-x64']);
+    assert.strictEqual(version, require('../win32-x64/package.json').version);
 });
 
 test('a failure is an Error with the status, its name and the message of the library', () => {

@@ -1,0 +1,64 @@
+// Which asynchronous task holds a mutex. Windows gives a mutex to a thread, and asynchronous tasks share one thread: to
+// Windows, a second task locks again what it already holds. Each Worker is a thread.
+'use strict';
+
+const { AsyncLocalStorage } = require('async_hooks');
+
+// setTimeout treats longer delays as 1 ms.
+const MAX_DELAY_MS = 0x7fffffff;
+
+const holders = new Map();
+const current = new AsyncLocalStorage();
+
+/** A task that holds the mutex of a name, from its construction to `release`. */
+class Holder {
+    #resolve;
+
+    constructor(name) {
+        this.name = name;
+        this.isActive = true;
+        // Skips finished tasks: one that starts the next, and so on, must not keep all of them in memory.
+        let outer = current.getStore();
+        while (outer !== undefined && !outer.isActive) {
+            outer = outer.outer;
+        }
+        this.outer = outer;
+        this.released = new Promise((resolve) => { this.#resolve = resolve; });
+        holders.set(name, this);
+    }
+
+    run(action) {
+        return current.run(this, action);
+    }
+
+    release() {
+        this.isActive = false;
+        holders.delete(this.name);
+        this.#resolve();
+    }
+
+    /** Waits until the task has released the mutex, or the time has passed. */
+    async waitForRelease(limitMs) {
+        let timer;
+        const late = new Promise((resolve) => { timer = setTimeout(resolve, Math.min(limitMs, MAX_DELAY_MS)); });
+        await Promise.race([this.released, late]);
+        clearTimeout(timer);
+    }
+}
+
+/** The task that holds the mutex of this name, or undefined. */
+function holderOf(name) {
+    return holders.get(name);
+}
+
+/** Whether the calling code is part of the task. */
+function isCurrent(holder) {
+    for (let own = current.getStore(); own !== undefined; own = own.outer) {
+        if (own === holder) {
+            return true;
+        }
+    }
+    return false;
+}
+
+module.exports = { Holder, holderOf, isCurrent };

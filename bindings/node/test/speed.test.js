@@ -1,0 +1,19 @@
+'use strict';
+
+const assert = require('assert');
+const test = require('node:test');
+
+const { base64, parse } = require('..');
+const { shortestTimes } = require('./support');
+
+// test/ratios.js measures a ratio of 2.4 and 0.3 us; the limits leave a margin for a machine under load.
+test('base64.encode does not take much longer than Buffer', () => {
+    const bytes = Buffer.alloc(1000000, 'vorel');
+    const [ownUs, peerUs] = shortestTimes(40, 2, () => base64.encode(bytes), () => bytes.toString('base64'));
+    assert.ok(ownUs < 5 * peerUs, `${ownUs} us, ${peerUs} us`);
+});
+
+test('parse.int32 takes less than 2 us', () => {
+    const [ownUs] = shortestTimes(40, 500, () => parse.int32('12345'));
+    assert.ok(ownUs < 2, `${ownUs} us`);
+});
