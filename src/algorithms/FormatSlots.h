@@ -12,7 +12,7 @@ namespace vorel::algorithms {
 inline constexpr auto kBeforeConversion = [] {
     std::array<bool, 128> characters = {};
     for (const char c : std::string_view("-+ #0123456789.*hlLwIjztT")) {
-        characters[static_cast<std::size_t>(c)] = true;
+        characters[static_cast<unsigned char>(c)] = true;
     }
     return characters;
 }();
@@ -32,7 +32,7 @@ constexpr unsigned int countFormatSlots(const T* fmt) noexcept {
             ++fmt;
             continue;
         }
-        for (; *fmt > 0 && *fmt < 128 && kBeforeConversion[static_cast<std::size_t>(*fmt)]; ++fmt) {
+        for (; *fmt > 0 && *fmt < 128 && kBeforeConversion[static_cast<unsigned char>(*fmt)]; ++fmt) {
             slots += *fmt == '*';
         }
         if (*fmt) {

@@ -83,7 +83,8 @@ constexpr Constants constants() noexcept {
         all.lastTrailing[unit] = 0xBFBF;
         all.lowerOfTwo[unit] = 0x007F;
         all.upperOfTwo[unit] = 0x1F00;
-        all.threes[unit] = static_cast<std::uint16_t>(kThrees[unit % 8 * 2] | kThrees[unit % 8 * 2 + 1] << 8);
+        all.threes[unit] = static_cast<std::uint16_t>(kThrees[std::size_t{unit} % 8 * 2] |
+                                                      kThrees[std::size_t{unit} % 8 * 2 + 1] << 8);
         all.bitsOfThree[unit] = isLower ? 0x3F3F : 0x000F;
         all.scaleOfTrailing[unit] = isLower ? 0x4001 : 0x0001;
         all.scaleOfLead[unit] = isLower ? 0x0001 : 0x1000;

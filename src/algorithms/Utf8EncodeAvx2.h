@@ -103,7 +103,7 @@ constexpr Constants constants() noexcept {
         all.highForm[unit] = 0xF080;
         all.lowUpper[unit] = 0x3000;
         all.lowLower[unit] = 0x0F00;
-        const unsigned char* const order = kOneToThreeBytes.order[0] + unit % 8 * 2;
+        const unsigned char* const order = kOneToThreeBytes.order[0] + std::size_t{unit} % 8 * 2;
         all.order[unit] = static_cast<std::uint16_t>(order[0] | order[1] << 8);
     }
     return all;
