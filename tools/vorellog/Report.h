@@ -1,6 +1,7 @@
 /// \file
-/// A report of a log as one HTML page: groups of equal messages with their latest entries, a timeline by prefix, and
-/// the processes. The page needs no network. Its size is bounded, whatever the size of the log is.
+/// A report of a log as one HTML page: groups of messages that differ only in numbers, paths and quoted text, with
+/// their latest entries; a timeline by prefix; and the processes. The page needs no network. Its size is bounded,
+/// however large the log is.
 #pragma once
 
 #include <array>
@@ -25,11 +26,11 @@ public:
     /// \{
     static constexpr std::size_t kMaxSteps = 400;      ///< of the timeline
     static constexpr std::size_t kMaxPrefixes = 8;     ///< further ones are counted as kOthers
-    static constexpr std::size_t kMaxGroups = 1000;    ///< those with most entries
-    static constexpr std::size_t kMaxProcesses = 500;  ///< those with most records
-    static constexpr std::size_t kMaxExamples = 10;    ///< in a group, the newest
+    static constexpr std::size_t kMaxGroups = 1000;    ///< those with the most entries
+    static constexpr std::size_t kMaxProcesses = 500;  ///< those with the most records
+    static constexpr std::size_t kMaxExamples = 10;    ///< per group; the newest are kept
     static constexpr std::size_t kMaxLineBytes = 2000;
-    static constexpr std::size_t kMaxExampleBytes = std::size_t{4} << 20;  ///< in all groups
+    static constexpr std::size_t kMaxExampleBytes = std::size_t{4} << 20;  ///< in total over all groups
     /// \}
     static constexpr std::string_view kOthers = "(others)";
 
@@ -42,7 +43,7 @@ public:
     /// The page. `name` is the name of the log.
     [[nodiscard]] std::string page(std::string_view name) const;
 
-    /// The data of the page: a JSON object without "<".
+    /// The page's data as a JSON object. It contains no "<", so it can be embedded in a script element.
     [[nodiscard]] std::string data(std::string_view name) const;
 
 private:

@@ -28,7 +28,8 @@ void ViewLoop::run() {
 void ViewLoop::reportGaps() {
     if (m_viewer.gaps() != m_gapsReported) {
         m_gapsReported = m_viewer.gaps();
-        m_environment.report(L"the log was deleted, emptied or rotated too quickly: records may be missing");
+        m_environment.report(
+            L"the log was deleted or emptied, or was rotated faster than it could be read; records may be missing");
     }
 }
 
@@ -65,7 +66,7 @@ void ViewLoop::reportMissing() {
     }
 }
 
-/// An incomplete last line may still be being written.
+/// The writer may not have finished the last line yet.
 bool ViewLoop::isWaitingForLineEnd() const {
     return m_viewer.isWithinLine() && m_environment.nowMs() - m_viewer.lastInputMs() < kLineEndMs;
 }
