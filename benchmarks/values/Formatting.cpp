@@ -59,7 +59,7 @@ constexpr auto kCompiledFormat = [](auto value, auto* buffer) {
     }
 };
 
-/// fmt's own buffer, without a copy.
+/// `fmt::format_int` formats into its own buffer; the text is not copied out.
 template <class Value>
 Pass overFormatInt(const std::vector<Value>& values) {
     return [&values] {
@@ -83,13 +83,13 @@ void compareDoubles(Family& family, const std::string& name, double (*value)(Ran
         {"fmt {:.15g}",
          over<char>(doubles,
                     [](double number, char* buffer) { *fmt::format_to(buffer, FMT_STRING("{:.15g}"), number) = 0; })},
-        {"snprintf of the runtime",
+        {"runtime snprintf",
          over<char>(doubles, [](double number, char* buffer) { _snprintf(buffer, kCapacity, "%.15g", number); })}};
     family.compare("format " + name + ", narrow", kNumbers, over<char>(doubles, kOurDouble), peers);
     family.compare("format " + name + ", wide", kNumbers, over<wchar_t>(doubles, kOurDouble), peers);
 }
 
-/// Signed numbers have either sign if `withSigns` is set.
+/// If `withSigns` is set, about half of the numbers are negative.
 template <class Value>
 std::vector<Value> integersOf(unsigned int fewestDigits, unsigned int mostDigits, bool withSigns = false) {
     constexpr auto kMax = static_cast<std::uint64_t>(std::numeric_limits<Value>::max());
@@ -140,7 +140,8 @@ constexpr auto kOurAppend = [](vorel::BaseString<wchar_t>& text, int value) { ut
 constexpr auto kCompiledAppend = [](std::wstring& text, int value) {
     fmt::format_to(std::back_inserter(text), FMT_COMPILE(L"{}"), value);
 };
-/// The least that a fresh string costs.
+
+/// Lower bound for a fresh string: one malloc and one free.
 Pass allocateEach() {
     return [] {
         std::uint64_t sum = 0;

@@ -9,7 +9,7 @@
 namespace vorel::algorithms {
 
 /// The white space of every parser: space, tab, line feed and carriage return; in wide text the no-break space U+00A0
-/// too. The byte 0xA0 is not white space, by design: in most narrow code pages it is part of another character.
+/// too. The byte 0xA0 is not white space, by design: its meaning depends on the code page.
 template <class T>
 constexpr bool isSpace(T c) noexcept {
     return c == ' ' || c == '\t' || c == '\n' || c == '\r' || (sizeof(T) > 1 && c == 0xA0);
@@ -26,7 +26,7 @@ constexpr bool isAsciiText(T c) noexcept {
     return c - 1u < 0x7F;
 }
 
-/// Whether `c` is one of `characters`, which are ASCII.
+/// Whether `c` is one of `characters`. `characters` must be ASCII.
 template <class T>
 constexpr bool isOneOf(T c, std::string_view characters) noexcept {
     for (const char wanted : characters) {
@@ -42,13 +42,13 @@ constexpr bool isOneOf(T c, std::string_view characters) noexcept {
 /// Distance between the two cases of a letter.
 inline constexpr unsigned int kCaseBit = 'a' - 'A';
 
-/// Folds A to Z to a to z, nothing else.
+/// Maps 'A'..'Z' to 'a'..'z' and leaves every other character unchanged.
 template <class T>
 constexpr T foldCase(T c) noexcept {
     return c >= 'A' && c <= 'Z' ? static_cast<T>(c + ('a' - 'A')) : c;
 }
 
-/// Folds a to z to A to Z, nothing else.
+/// Maps 'a'..'z' to 'A'..'Z' and leaves every other character unchanged.
 template <class T>
 constexpr T foldToUpperCase(T c) noexcept {
     return c >= 'a' && c <= 'z' ? static_cast<T>(c - ('a' - 'A')) : c;
@@ -84,7 +84,7 @@ constexpr std::basic_string_view<T> trimmed(std::basic_string_view<T> text) noex
     return text;
 }
 
-/// Whether the whole zero-terminated text is `word`, which is in lower case. The case of A to Z is ignored.
+/// Whether the whole zero-terminated text is `word`, ignoring the case of 'A'..'Z'. `word` must be in lower case.
 template <class T>
 constexpr bool equalsWord(const T* text, std::string_view word) noexcept {
     for (const char c : word) {
@@ -96,7 +96,7 @@ constexpr bool equalsWord(const T* text, std::string_view word) noexcept {
     return *text == 0;
 }
 
-/// A polynomial hash of a name. The case of A to Z is ignored. It is 0 for an empty name and for null.
+/// A polynomial hash of a name, ignoring the case of 'A'..'Z'. It is 0 for an empty name and for null.
 template <class T>
 constexpr std::uint32_t nameHash(const T* name) noexcept {
     constexpr std::uint32_t kMultiplier = 31;

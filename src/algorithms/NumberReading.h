@@ -17,7 +17,7 @@ void storeEnd(const T* cursor, End** end) noexcept {
     }
 }
 
-/// `readInteger` of a null text, or of a number of any length.
+/// Slow path of `readInteger`: handles null and numbers of any length.
 template <class Value, class T, class End>
 [[gnu::noinline]] Value readAnyInteger(const T* text, End** end, bool skipTrailingSpace) noexcept {
     const Value value = text ? parseInteger<Value>(text, skipTrailingSpace) : 0;
@@ -25,8 +25,8 @@ template <class Value, class T, class End>
     return value;
 }
 
-/// Parses an integer (see `parseInteger`) and stores where it ends unless `end` is null. A null text is 0. Other
-/// numbers than those of the usual length are parsed by a tail call, so that this function needs no stack frame.
+/// Parses an integer (see `parseInteger`) and stores where it ends unless `end` is null. Null yields 0. Numbers of
+/// unusual length are parsed in a tail call, so this function needs no stack frame.
 template <class Value, class T, class End>
 [[gnu::always_inline]] inline Value readInteger(const T* text, End** end, bool skipTrailingSpace) noexcept {
     Value value = 0;
@@ -76,7 +76,7 @@ template <class T>
     return readDecimalStepByStep(text, end);
 }
 
-/// Parses an integer and returns whether it is the whole text. `value` is unchanged only for a null text.
+/// Parses an integer and returns whether it is the whole text. Sets `value` even on failure, except for a null text.
 template <class T>
 bool tryReadInteger(const T* text, int& value) noexcept {
     if (!text) {
@@ -92,8 +92,9 @@ bool tryReadInteger(const T* text, int& value) noexcept {
     return hasDigits && !*text;
 }
 
-/// Parses a number and returns whether it is the whole text. `value` is unchanged without digits. With an
-/// exponent of zero, `value` is the mantissa and the result is false.
+/// Parses a number and returns whether it is the whole text. `value` is unchanged if the text is null or has no digits.
+/// An exponent of zero ("1e0") is rejected by design: the result is false, and `value` is then the mantissa's digits as
+/// an integer (15 for "-1.5e0").
 template <class T>
 bool tryReadDouble(const T* text, double& value) noexcept {
     if (!text) {

@@ -17,7 +17,7 @@ namespace {
 
 constexpr std::size_t kBlock = 32;
 
-/// Finds the bytes that are not copied unchanged.
+/// Finds the bytes that encoding changes.
 class Finder {
 public:
     explicit Finder(const UrlTable& table) noexcept
@@ -57,8 +57,8 @@ UrlProgress encodeUrlAvx2(const char* text, std::size_t count, const UrlTable& t
     std::size_t read = 0;
     for (; count - read >= 2 * kBlock; read += kBlock) {
         const char* const block = text + read;
-        // The length and the characters come from one copy of the block, because another thread may change the text
-        // between two reads.
+        // The length and the escapes come from one copy of the block: if another thread changes the text meanwhile, the
+        // output must still fit.
         const __m256i bytes = loadWideBlock(block);
         std::uint32_t changed = finder.changedIn(bytes);
         const std::size_t length = kBlock + 2 * finder.escapesAmong(changed, bytes);

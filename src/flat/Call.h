@@ -1,5 +1,5 @@
 /// \file
-/// The frame of every function of the flat interface. It turns an exception into a status and keeps its text as the
+/// The wrapper around the body of every flat function. It turns an exception into a status and keeps its text as the
 /// thread's last failure.
 #pragma once
 
@@ -9,7 +9,7 @@
 
 namespace vorel::flat {
 
-/// Thrown by argument checks and caught by the frame. It is the caller's error and is not logged.
+/// Thrown by argument checks and caught by the wrapper. It is the caller's error and is not logged.
 struct ArgumentError {
     vorel_status status;
     const wchar_t* message;
@@ -20,12 +20,12 @@ constexpr bool sameValue(int flat, int library) noexcept {
     return flat == library;
 }
 
-/// The status of the exception that is being handled, which is remembered as the thread's last failure. Exceptions
-/// other than `ArgumentError` are recorded in the error log.
+/// Maps the exception being handled to a status and records it as the thread's last failure. Exceptions other than
+/// `ArgumentError` are also written to the error log.
 vorel_status statusOfCurrentException(const wchar_t* function, vorel_status fallbackStatus) noexcept;
 
-/// Runs `body`, which returns a status, under the name of its function. `fallbackStatus` is the status for an exception
-/// of the library other than `MemoryException`.
+/// Runs `body` and returns its status. `function` is the name of the flat function, for the log. `fallbackStatus` is
+/// the status for a library exception other than `MemoryException`.
 template <class Body>
 vorel_status guardedCall(const wchar_t* function, vorel_status fallbackStatus, Body&& body) noexcept {
     try {
@@ -35,7 +35,7 @@ vorel_status guardedCall(const wchar_t* function, vorel_status fallbackStatus, B
     }
 }
 
-/// The same for a body whose only exception of the library is `MemoryException`.
+/// Overload for a body that throws no library exception other than `MemoryException`.
 template <class Body>
 vorel_status guardedCall(const wchar_t* function, Body&& body) noexcept {
     return guardedCall(function, VOREL_ERROR_INTERNAL, std::forward<Body>(body));

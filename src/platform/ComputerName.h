@@ -1,6 +1,6 @@
 /// \file
-/// The computer's name in the error log, with A to Z in lower case. Empty when the name is not available or longer than
-/// 15 characters.
+/// The computer's name as the error log shows it: ASCII letters in lower case. Empty when the name is not available or
+/// longer than 15 characters.
 #pragma once
 
 namespace vorel::platform {
@@ -10,7 +10,7 @@ struct ComputerName {
     static ComputerName ask() noexcept;
 
     /// Asks the system and caches the first name that is not empty: the name changes only when the system restarts, and
-    /// asking takes as long as writing half a line. Thread-safe.
+    /// a query costs about half as much as writing a log line. Thread-safe.
     static ComputerName remembered() noexcept;
 
     char text[16] = {};

@@ -1,5 +1,5 @@
 /// \file
-/// The system's text for an error, after the name of the failed call.
+/// The system's text for an error, prefixed with the name of the failed call.
 #pragma once
 
 #include "vorel/core/BaseString.h"

@@ -11,7 +11,7 @@ bool SharedSecurity::build() noexcept {
     if (!check(SecurityStep::MakeSid, m_everyone != nullptr)) {
         return false;
     }
-    const DWORD listSize = 2 * GetLengthSid(m_everyone.get()) + 32;  // the list and two entries with the identifier
+    const DWORD listSize = 2 * GetLengthSid(m_everyone.get()) + 32;  // the ACL header and two ACEs, each with the SID
     m_list = allocateAcl(listSize);
     // The system checks the entries in order, so the denied rights come first.
     return check(SecurityStep::AllocateAcl, m_list != nullptr) &&

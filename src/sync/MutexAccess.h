@@ -1,6 +1,6 @@
 /// \file
-/// Internal access to `AutoMutex`. Its `unlock` ignores threads that do not own the mutex, so callers that report this
-/// check the owner first.
+/// Internal access to `AutoMutex`. `AutoMutex::unlock` does nothing on a thread that does not own the mutex. Callers
+/// that must report this case check ownership first.
 #pragma once
 
 namespace vorel {

@@ -25,6 +25,7 @@ int Daylight::Decode(const BaseString<wchar_t>& text, Array<unsigned char>& byte
     algorithms::decodeDaylightGroups(whole.data(), whole.size() - 1, bytes.data());
     const unsigned int last = algorithms::bytesOfLastGroup(whole.back());
     if (last == 0 || maxBytes + last < 3) {
+        // The spelling is kept because programs compare the text.
         throw Exception(L"Daylight64::Decode: Invalid ASCII string (unexepected charater at end)");
     }
     bytes.setCount(maxBytes + last - 3);

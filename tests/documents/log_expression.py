@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
-"""Checks the regular expression in docs/error-log.md with a log that the library has written. Uses three engines: that
-of Python, PCRE (grep), and that of JavaScript if node is installed.
+"""Checks the regular expression in docs/error-log.md with a log that the library has written. Runs it in three engines:
+Python's `re`, PCRE (through grep) and, if node is installed, JavaScript.
 
     log_expression.py <page> <folder> <command>...
 
@@ -43,7 +43,7 @@ console.log(JSON.stringify(lines.map((line) => {
 def read_by_python(expression: str, log: Path) -> list:
     *lines, rest = log.read_bytes().split(b"\n")
     if rest:
-        sys.exit(f"{log}: the last line has no line end")
+        sys.exit(f"{log}: the last line is not terminated")
     read = []
     for line in lines:
         if not line.endswith(b"\r"):
@@ -74,7 +74,7 @@ def main() -> None:
     if not expected or actual != expected:
         sys.exit("expected\n" + "\n".join(map(str, expected)) + "\nread\n" + "\n".join(map(str, actual)))
 
-    # Other engines use another syntax for named groups.
+    # JavaScript writes named groups as `(?<name>`, and PCRE accepts that too.
     other = expression.replace("(?P<", "(?<")
     grep = subprocess.run(["grep", "--perl-regexp", "--text", "--count", other, str(log)], stdout=subprocess.PIPE,
                           check=True)

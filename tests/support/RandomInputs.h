@@ -1,7 +1,7 @@
 /// \file
-/// The driver of tests with random inputs. The seed is fixed; a failure reports it and the number of the input. Texts
-/// for scanners are at random positions: next to an inaccessible page, where a read out of bounds faults, or between
-/// the remains of earlier texts, where scanners may read in blocks.
+/// Runs tests on random inputs. The seed is fixed; a failure message shows it and the number of the input. Texts for
+/// scanners are placed at random: next to an inaccessible page, where a read out of bounds faults, or further inside,
+/// where a scanner may read whole blocks and must ignore the remains of earlier texts.
 #pragma once
 
 #include <cstdint>
@@ -44,7 +44,8 @@ const T* placeAnywhere(RandomText& random, PageEdge<T>& pages, const std::basic_
     return position;
 }
 
-/// The text; in one of eight wide texts, one unit gets a high byte, so that only its low byte is valid.
+/// Returns `text`. In one of eight wide texts, one bit of a unit's high byte is set. Code that looks only at the low
+/// byte reads the unit as the original character.
 template <class T>
 std::basic_string<T> withForeignUnit(RandomText& random, std::basic_string<T> text) {
     if (sizeof(T) > 1 && !text.empty() && random.oneIn(8)) {
@@ -54,7 +55,8 @@ std::basic_string<T> withForeignUnit(RandomText& random, std::basic_string<T> te
     return text;
 }
 
-/// Calls `check(text, shape)` for `count` texts of `make(random)` in the character type `T`, at random positions.
+/// Calls `check(text, shape)` for `count` random texts. Each is made by `make(random)`, converted to the character type
+/// `T` and placed at a random position. `shape` is its narrow form (see Shape.h).
 template <class T, class Make, class Check>
 void forEachRandomText(int count, Make make, Check check) {
     PageEdge<T> pages(2048);

@@ -48,7 +48,7 @@ private:
         while (reinterpret_cast<ULONG_PTR>(last) > end + kPage) {
             // cppcheck-suppress _allocaCalled ; as above
             last = static_cast<volatile char*>(_alloca(kPage / 2));
-            *last = 0;  // the system commits one page after the other
+            *last = 0;  // the system commits the stack one page at a time
         }
         m_action();
     }

@@ -36,7 +36,7 @@ TEST(MessageFormTest, Replacements) {
         {"id 4d3e, a7c9, DEADBEEF1", "id #, #, #", "hexadecimal words"},
         {"id a7c", "id a7c", "too short for a hexadecimal id"},
         {"feed beef", "feed beef", "words of hexadecimal letters"},
-        {"error 0x80070005, 0X1", "error #, #", "hexadecimal numbers with a mark"},
+        {"error 0x80070005, 0X1", "error #, #", "hexadecimal numbers with a 0x prefix"},
         {"id {3f2504e0-4f89-11d3-9a0c-0305e82cabcd}", "id {#}", "GUID"},
         {"id deadbeef-1f89-aaaa-bbbb-cccccccccccc", "id #", "GUID whose first group has no digit"},
         {"id deadbeef-aaaa-aaaa-bbbb-cccccccccc0c.", "id #.", "GUID with one digit"},
@@ -57,7 +57,7 @@ TEST(MessageFormTest, Replacements) {
         {"and/or 7/8", "and/or #/#", "a slash within a word"},
         {"a \\ b / c", "a \\ b / c", "lone slashes"},
         {"ends in \\", "ends in \\", "a slash at the end"},
-        {"caf\xC3\xA9 7", "caf\xC3\xA9 #", "other characters"},
+        {"caf\xC3\xA9 7", "caf\xC3\xA9 #", "non-ASCII characters"},
         {"a 7\nb 8", "a #\nb #", "several lines"},
     };
     for (const Case& c : cases) {

@@ -78,7 +78,7 @@ TEST(MessageGroupsTest, GroupsAboveTheLimitAreCounted) {
     EXPECT_EQ(groups.sorted().front()->count, 2u);
 }
 
-TEST(MessageGroupsTest, LongTrailsAreCompared) {
+TEST(MessageGroupsTest, TrailsAreComparedUpToTheLimit) {
     const auto trailOf = [](std::size_t size, const std::string& last) {
         Trail trail;
         trail.records.assign(size, recordOf(header() + "Vorel Error: f: Vorel exception rethrown"));
@@ -92,8 +92,7 @@ TEST(MessageGroupsTest, LongTrailsAreCompared) {
     EXPECT_EQ(groups.size(), 2u);
     EXPECT_EQ(groups.sorted().front()->trail.size(), MessageGroups::kMaxTrail);
     groups.add(trailOf(MessageGroups::kMaxTrail + 1, "a"), 0);
-    groups.add(trailOf(MessageGroups::kMaxTrail + 1, "b"),
-               0);  // differs only beyond the limit
+    groups.add(trailOf(MessageGroups::kMaxTrail + 1, "b"), 0);  // differs only beyond the limit
     EXPECT_EQ(groups.size(), 3u);
 }
 
@@ -104,8 +103,8 @@ TEST(ProcessSetTest, ProcessesBeyondALimitCountOnce) {
     set.add(ProcessTable::kOthers, true);
     EXPECT_EQ(set.size(), 2u);
     EXPECT_TRUE(set.hasOthers());
-    set.add(5, false);   // within the first word
-    set.add(64, false);  // beyond it
+    set.add(5, false);   // in the first 64-bit word of the set
+    set.add(64, false);  // in the second
     EXPECT_EQ(set.size(), 3u);
     EXPECT_EQ(set.sizeBytes(), 8u);
 }
@@ -126,7 +125,7 @@ TEST(ProcessTableTest, NumbersHostAndId) {
     EXPECT_EQ(table.size(), 4u);
 }
 
-TEST(ProcessTableTest, ProcessesAboveTheLimitHaveOneNumber) {
+TEST(ProcessTableTest, ProcessesAboveTheLimitShareOneNumber) {
     ProcessTable table;
     for (std::size_t process = 0; process != ProcessTable::kMaxProcesses; ++process) {
         vorellog::LogHeader each;

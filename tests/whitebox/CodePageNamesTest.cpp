@@ -106,7 +106,7 @@ std::uint32_t hashOf(const std::string& name) {
     return hash;
 }
 
-TEST(CodePageNames, HashCollisionsAreNotFound) {
+TEST(CodePageNames, UnknownNameWithTheHashOfAKnownOneIsNotFound) {
     int collisions = 0;
     for (const CodePageName& row : kCodePageNames) {
         const std::string name = row.name;
@@ -114,7 +114,7 @@ TEST(CodePageNames, HashCollisionsAreNotFound) {
             if (name[at] < '1' || name[at] > '9' || name[at + 1] < 'A' || name[at + 1] > 'Z') {
                 continue;
             }
-            // A byte minus 1 and the next byte plus 31 give the same hash.
+            // Subtracting 1 from a byte and adding 31 to the next leaves the hash unchanged.
             std::string colliding = name;
             colliding[at] = static_cast<char>(colliding[at] - 1);
             colliding[at + 1] = static_cast<char>(colliding[at + 1] - 'A' + 'a' + 31);
@@ -158,7 +158,7 @@ TEST(CodePageNames, AreReadUnderTheLock) {
     state.codePageNames.clear();
 }
 
-/// The same conversion by a direct call of the system.
+/// The same conversion, calling the system directly.
 std::wstring directly(UINT page, const std::string& text) {
     wchar_t out[256];
     const int units =

@@ -1,5 +1,5 @@
 /// \file
-/// The flat interface with failures that only the system can cause, and in a process whose code page is UTF-8.
+/// Tests the flat interface with simulated system failures, and in a process whose active code page is UTF-8.
 
 #include <cerrno>
 #include <string>
@@ -208,7 +208,7 @@ std::wstring logPath() {
     return flatText([](auto... out) { return vorel_log_path(out...); });
 }
 
-TEST(FlatLogPath, DoesNotQueryReplacementsInAUtf8Process) {
+TEST(FlatLogPath, DoesNotAskForReplacedCharactersInAUtf8Process) {
     const TemporaryLog log;
     const ImportHook<importedGetACP> codePage([] { return UINT{CP_UTF8}; });
     int conversions = 0;

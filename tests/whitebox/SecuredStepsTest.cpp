@@ -29,7 +29,7 @@ using Texts = std::vector<std::string>;
 struct Step {
     test::FailingStep call;
     bool eventTextNamesTheOperation = false;
-    bool isIdentifier = false;
+    bool allocatesSid = false;
 
     friend void PrintTo(const Step& step, std::ostream* out) { PrintTo(step.call, out); }
 };
@@ -50,10 +50,10 @@ protected:
     ~SecurityStep() override {
         EXPECT_EQ(m_objectCalls, 0);
         EXPECT_EQ(m_blocks.live(), 0u);
-        EXPECT_EQ(m_blocks.allocations() == 0, GetParam().isIdentifier);
+        EXPECT_EQ(m_blocks.allocations() == 0, GetParam().allocatesSid);
     }
 
-    /// The message of the step, after the name of the operation if there is one.
+    /// The step's error text, prefixed with `operation` (which may be empty).
     static std::wstring textOfStep(const std::wstring& operation) {
         return operation + test::widened(GetParam().call.name) + L" failed: " + test::systemText(test::kFailureError);
     }
@@ -64,7 +64,7 @@ protected:
     int m_objectCalls = 0;
 
 private:
-    /// The hook of each of these calls.
+    /// Hook for every call that creates or opens an object: counts it and lets it fail.
     struct CountCall {
         HANDLE operator()(auto...) const {
             ++calls;
@@ -128,7 +128,7 @@ TEST_P(SecurityStep, FailureReturnsNoMappingOfANamedFile) {
         mapping = vorel::ObtainAccessableFileMappingEx(L"some.file", PAGE_READWRITE, FILE_MAP_WRITE, 0, 4096,
                                                        m_name.c_str(), &fileCreated, &mappingCreated);
     };
-    if (GetParam().isIdentifier) {
+    if (GetParam().allocatesSid) {
         EXPECT_NO_THROW(obtain());
         EXPECT_FALSE(m_log.exists());
     } else {

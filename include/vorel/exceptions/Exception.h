@@ -321,7 +321,7 @@ private:
 
 namespace detail {
 
-// The exported functions of the same linker names.
+// Aliases, by linker name, of the exported `Exception::debug`, `debugClass` and `isDebugTargetActive`.
 VOREL_API void debugIfActive(const char* target, const char* format, ...) noexcept
     __asm__("_ZN5vorel9Exception5debugEPKcS2_z");
 VOREL_API void debugIfActive(const wchar_t* target, const wchar_t* format, ...) noexcept
