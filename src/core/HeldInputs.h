@@ -4,7 +4,6 @@
 #pragma once
 
 #include <cstdint>
-#include <optional>
 #include <utility>
 
 #include "core/StringAccess.h"
@@ -32,12 +31,12 @@ class HeldInput {
 public:
     HeldInput(Output& output, const void* input) {
         if (holds(output, input)) [[unlikely]] {
-            m_memory.emplace(std::exchange(output, Output()));
+            m_memory = std::exchange(output, Output());
         }
     }
 
 private:
-    std::optional<Output> m_memory;
+    Output m_memory;
 };
 
 /// Runs `write()`, which replaces the content of `output`, and returns its result. If `input` lies in `output`, `write`

@@ -19,7 +19,6 @@ template struct Reveal<Waiters, &vorel::Condition::m_waiters>;
 namespace {
 
 using exploration::Ending;
-using exploration::Limits;
 using exploration::require;
 using exploration::SystemScenario;
 using vorel::Condition;

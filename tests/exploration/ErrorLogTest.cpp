@@ -15,7 +15,6 @@
 namespace {
 
 using exploration::Ending;
-using exploration::Limits;
 using exploration::ProcessId;
 using exploration::require;
 using exploration::SystemScenario;

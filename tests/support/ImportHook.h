@@ -95,7 +95,6 @@ extern decltype(&::_get_osfhandle) importedGetOsfhandle __asm__("__imp__get_osfh
 extern decltype(&::_getpid) importedGetpid __asm__("__imp__getpid");
 extern decltype(&::_localtime64_s) importedLocaltime64S __asm__("__imp__localtime64_s");
 extern decltype(&::rename) importedRename __asm__("__imp_rename");
-extern decltype(&::_sopen_s) importedSopenS __asm__("__imp__sopen_s");
 extern decltype(&::__stdio_common_vfprintf) importedStdioCommonVfprintf __asm__("__imp___stdio_common_vfprintf");
 extern decltype(&::__stdio_common_vsprintf) importedStdioCommonVsprintf __asm__("__imp___stdio_common_vsprintf");
 extern decltype(&::_sopen_s) importedSopenS __asm__("__imp__sopen_s");
