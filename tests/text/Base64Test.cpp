@@ -248,7 +248,7 @@ TYPED_TEST(Base64Test, Decode_ReservesForTheWholeTextWithoutStorage) {
 
 TYPED_TEST(Base64Test, Decode_GrowsForTheRestOfTheText) {
     // Storage of 100 slots is too small when fewer than 32 are left after a multiple of 24 bytes: after 72.
-    constexpr unsigned int kDecoded = 72;
+    constexpr std::size_t kDecoded = 72;
     for (const std::size_t newLine : {20u, 33u, 76u, 95u, 96u, 97u, 130u}) {
         std::string text(400, 'Q');
         text.insert(newLine, "\r\n");

@@ -124,7 +124,7 @@ std::string utf8Text(RandomText& random) {
 
 TEST_F(ScalarAlgorithms, Utf8ToWide) {
     RandomText random(kSeed);
-    test::PageEdge<char> edge(4 * 4096);
+    test::PageEdge<char> edge(std::size_t{4} * 4096);
     for (int count = 0; count < 20000; ++count) {
         const std::string text = utf8Text(random);
         // The codec reads all bytes that a lead byte requires, even after the terminator.
@@ -151,7 +151,7 @@ TEST_F(ScalarAlgorithms, Utf8ToWide) {
 
 TEST_F(ScalarAlgorithms, WideToUtf8) {
     RandomText random(kSeed);
-    test::PageEdge<wchar_t> edge(2 * 4096);
+    test::PageEdge<wchar_t> edge(std::size_t{2} * 4096);
     for (int count = 0; count < 20000; ++count) {
         std::wstring text;
         const std::size_t usualKind = random.below(5);
