@@ -24,7 +24,7 @@ struct Mixed {
 
 using OurMap = vorel::HashMap<Number, unsigned int>;
 using StandardMap = std::unordered_map<Number, unsigned int, Mixed>;
-using FlatMap = FlatTable<Number, unsigned int, std::equal_to<Number>>;
+using FlatMap = FlatTable<Number, unsigned int, std::equal_to<>>;
 
 void insert(OurMap& map, Number key, unsigned int value) {
     map.put(Mixed()(key), key, value);

@@ -65,6 +65,7 @@ template <class String, class T>
 std::vector<String> stringsOf(const std::basic_string<T>& text) {
     std::vector<String> strings(kStrings);
     for (String& string : strings) {
+        // NOLINTNEXTLINE(readability-redundant-string-cstr): the library's strings need it
         string = text.c_str();
     }
     return strings;

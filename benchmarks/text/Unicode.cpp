@@ -68,22 +68,22 @@ void putAscii(Composer& text) {
 }
 
 void putJson(Composer& text) {
-    text.put("{\"id\": ");
+    text.put(R"({"id": )");
     text.word('0', '9', 3, 7);
-    text.put(", \"name\": \"");
+    text.put(R"(, "name": ")");
     text.word('a', 'z', 3, 8);
     if (text.below(3) == 0) {
         text.put(0xE9);
     }
-    text.put("\", \"city\": \"");
+    text.put(R"(", "city": ")");
     text.word('a', 'z', 2, 8);
     if (text.below(4) == 0) {
         text.put(0xFC);
         text.word('a', 'z', 1, 6);
     }
-    text.put("\", \"price\": ");
+    text.put(R"(", "price": )");
     text.word('0', '9', 2, 4);
-    text.put(", \"tags\": [\"");
+    text.put(R"(, "tags": [")");
     text.word('a', 'z', 3, 8);
     text.put("\"]},\n");
 }

@@ -61,7 +61,7 @@ std::uint64_t parseByTable(const char* begin, const char* end) {
         value = value * base + digit;
     }
     constexpr std::ptrdiff_t kMaxDigits = base == 10 ? 20 : 16;
-    constexpr std::uint64_t kMax = static_cast<std::uint64_t>(std::numeric_limits<Value>::max());
+    constexpr auto kMax = static_cast<std::uint64_t>(std::numeric_limits<Value>::max());
     const bool wraps = begin - digits == kMaxDigits && base == 10 && value < 10000000000000000000u;
     if (begin - digits > kMaxDigits || wraps || value > kMax + (negative ? 1 : 0)) {
         return 0;
