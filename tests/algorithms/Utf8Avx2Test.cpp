@@ -106,8 +106,8 @@ protected:
         return done;
     }
 
-    test::PageEdge<unsigned char> m_bytes{3 * 4096};
-    test::PageEdge<wchar_t> m_units{3 * 4096};
+    test::PageEdge<unsigned char> m_bytes{std::size_t{3} * 4096};
+    test::PageEdge<wchar_t> m_units{std::size_t{3} * 4096};
 };
 
 TEST_F(Utf8Avx2, DecodesRandomTextsWithinBoundAndCapacity) {

@@ -20,8 +20,8 @@ namespace exploration {
 
 namespace {
 
-constexpr std::size_t kCommittedStack = 64 * 1024;
-constexpr std::size_t kReservedStack = 256 * 1024;
+constexpr std::size_t kCommittedStack = std::size_t{64} * 1024;
+constexpr std::size_t kReservedStack = std::size_t{256} * 1024;
 
 }  // namespace
 

@@ -82,21 +82,21 @@ public:
     HANDLE createMutex(const SECURITY_ATTRIBUTES* attributes, bool isOwned, const wchar_t* name);
     HANDLE createMapping(const SECURITY_ATTRIBUTES* attributes, HANDLE file, std::uint64_t size, const wchar_t* name);
     HANDLE open(KernelObject::Kind kind, DWORD access, const wchar_t* name);
-    bool setEvent(HANDLE event);
-    bool resetEvent(HANDLE event);
-    bool releaseMutex(HANDLE mutex);
-    DWORD wait(HANDLE object, DWORD milliseconds);
+    bool setEvent(HANDLE handle);
+    bool resetEvent(HANDLE handle);
+    bool releaseMutex(HANDLE handle);
+    DWORD wait(HANDLE handle, DWORD milliseconds);
 
     /// Closes a handle of this model. Nothing for a handle of the system.
     std::optional<bool> close(HANDLE handle);
 
     // ---- Critical sections ----
 
-    void initialize(CRITICAL_SECTION* section);
-    void destroy(CRITICAL_SECTION* section);
-    void enter(CRITICAL_SECTION* section);
-    bool tryEnter(CRITICAL_SECTION* section);
-    void leave(CRITICAL_SECTION* section);
+    void initialize(CRITICAL_SECTION* address);
+    void destroy(CRITICAL_SECTION* address);
+    void enter(CRITICAL_SECTION* address);
+    bool tryEnter(CRITICAL_SECTION* address);
+    void leave(CRITICAL_SECTION* address);
 
     // ---- Ends ----
 
@@ -112,7 +112,7 @@ public:
     FileSystem& files() { return m_files; }
     RuntimeFiles& runtime() { return m_runtime; }
     [[nodiscard]] std::size_t handleCount() const { return m_handles.size(); }
-    [[nodiscard]] bool holds(const void* section) const;
+    [[nodiscard]] bool holds(const void* address) const;
     [[nodiscard]] std::size_t heldSections() const;
 
     /// How often a wait returned WAIT_ABANDONED, and how often an auto-reset event was given to a task.

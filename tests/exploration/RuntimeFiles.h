@@ -30,9 +30,9 @@ public:
 
     /// Whether `stream` belongs to this model. The following calls need such a stream.
     [[nodiscard]] bool owns(const std::FILE* stream) const { return m_streams.contains(stream); }
-    void print(std::FILE* stream, std::string_view text);
-    int flush(std::FILE* stream);
-    int close(std::FILE* stream);
+    void print(std::FILE* file, std::string_view text);
+    int flush(std::FILE* file);
+    int close(std::FILE* file);
 
     int remove(const char* path);
     int rename(const char* from, const char* to);

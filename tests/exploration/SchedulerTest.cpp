@@ -1,10 +1,12 @@
 /// \file
 /// The explorer itself: it runs every order once, and finds races of a textbook.
 
+#include <cerrno>
 #include <set>
 #include <string>
 
 #include <gtest/gtest.h>
+#include <windows.h>
 
 #include "exploration/Scheduler.h"
 

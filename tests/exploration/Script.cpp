@@ -346,7 +346,7 @@ std::string Run::makeFileCall(const Words& words) {
         m_descriptors.erase(descriptor);
         vorel::baseutil::streamPrint(file, "%hs\n", first.c_str());  // as the library prints
         const bool isWritten = std::fflush(file) == 0;
-        const std::string result = shownRuntime(isWritten);
+        std::string result = shownRuntime(isWritten);
         m_streams[slot] = file;
         return result;
     }
