@@ -105,7 +105,7 @@ TEST(InputDecoderTest, LongCompressedData) {
     for (int block = 0; block != 10; ++block) {
         decoder.bytes(block == 0 ? std::string_view(stored) : std::string_view(stored).substr(10));
     }
-    EXPECT_EQ(sink.text, std::string(10 * 0xFFFF, 'a'));
+    EXPECT_EQ(sink.text, std::string(std::size_t{10} * 0xFFFF, 'a'));
 }
 
 TEST(InputDecoderTest, EncodingOf) {

@@ -55,7 +55,7 @@ TEST(ReportTest, EmptyLog) {
 
 TEST(ReportTest, TextCannotBecomeMarkup) {
     Report report;
-    report.add(recordOf(header() + "<b>: </script><script>alert(1)</script>\x1B[2J \xE2\x80\xAE \xE9"));
+    report.add(recordOf(header() + "<b>: </script><script>alert(1)</script>\x1B[2J \xE2" + "\x80\xAE \xE9"));
     const std::string data = report.data("<i>.log");
     EXPECT_THAT(data, Not(HasSubstr("<")));
     EXPECT_THAT(data, HasSubstr(R"("name":"\u003ci>.log")"));

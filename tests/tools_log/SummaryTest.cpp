@@ -153,7 +153,7 @@ TEST(SummaryTest, RowsAboveTheLimitAreCountedAsOthers) {
 }
 
 TEST(SummaryTest, MessagesAreEscaped) {
-    const std::string text = summaryOf({header() + "WARN: \x1B[2J\n\xE2\x80\xAE \xE9"}).text();
+    const std::string text = summaryOf({header() + "WARN: \x1B[2J\n\xE2" + "\x80\xAE \xE9"}).text();
     EXPECT_THAT(text, HasSubstr("WARN: \\x1B[#J \\xE2\\x80\\xAE \\xE9\n"));
     EXPECT_THAT(text, Not(HasSubstr("\x1B")));
 }
