@@ -107,7 +107,7 @@ template <class T>
 std::size_t decode(const T* text, std::size_t length, unsigned char* out) {
     const unsigned char* const start = out;
     // A block writes 32 bytes, of which the characters after it overwrite eight.
-    for (; length >= 4 * 32 + 13; text += 4 * 32, length -= 4 * 32, out += 4 * 24) {
+    for (; length >= 4 * 32 + 13; text += std::size_t{4} * 32, length -= 4 * 32, out += std::size_t{4} * 24) {
         if (!decodeBlock(text, out) || !decodeBlock(text + 32, out + 24) || !decodeBlock(text + 64, out + 48) ||
             !decodeBlock(text + 96, out + 72)) {
             break;

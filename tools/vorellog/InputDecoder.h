@@ -23,6 +23,9 @@ public:
     InputDecoder(LogSink& sink, std::wstring name);
     ~InputDecoder() override;
 
+    InputDecoder(const InputDecoder&) = delete;
+    InputDecoder& operator=(const InputDecoder&) = delete;
+
     /// \throws tools::Failure if compressed data is damaged.
     void bytes(std::string_view bytes) override;
 

@@ -19,7 +19,11 @@ namespace vorellog {
 class MessageGroups {
 public:
     MessageGroups() = default;
+    ~MessageGroups() = default;
+    MessageGroups(const MessageGroups&) = delete;
+    MessageGroups& operator=(const MessageGroups&) = delete;
     MessageGroups(MessageGroups&&) = default;
+    MessageGroups& operator=(MessageGroups&&) = default;
 
     /// \name Limits
     /// Entries with further messages are counted as ungrouped().
