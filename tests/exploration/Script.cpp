@@ -120,10 +120,7 @@ private:
 /// The objects of one run of a script. Names and files are used by no other run.
 class Run {
 public:
-    explicit Run(bool isSimulated) {
-        static unsigned int runs = 0;
-        m_prefix = "vorel-probe-" + std::to_string(_getpid()) + "-" + std::to_string(GetTickCount64()) + "-" +
-                   std::to_string(++runs) + "-";
+    explicit Run(bool isSimulated) : m_prefix(uniquePrefix()) {
         if (isSimulated) {
             m_machine = std::make_unique<Machine>();
         } else {
@@ -180,6 +177,12 @@ public:
     }
 
 private:
+    static std::string uniquePrefix() {
+        static unsigned int runs = 0;
+        return "vorel-probe-" + std::to_string(_getpid()) + "-" + std::to_string(GetTickCount64()) + "-" +
+               std::to_string(++runs) + "-";
+    }
+
     /// The result of a call: its value, or the error.
     static std::string shown(bool succeeded, const std::string& value = "done") {
         return succeeded ? value : "failed " + std::to_string(GetLastError());
@@ -190,7 +193,7 @@ private:
     }
 
     std::string keep(const std::string& slot, HANDLE handle) {
-        if (!handle || handle == INVALID_HANDLE_VALUE) {
+        if (handle == nullptr || handle == INVALID_HANDLE_VALUE) {
             return shown(false);
         }
         const DWORD error = GetLastError();
