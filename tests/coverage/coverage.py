@@ -24,6 +24,8 @@ REPORT = BUILD / "report"
 OWN = ("include/", "src/")
 LISTED = Path(__file__).with_name("unreached.txt")
 MINIMUMS = {"lines": 98.0, "branches": 90.0}
+# Tests of some folders do not reach the instances of templates that other folders use.
+PART_MINIMUMS = MINIMUMS | {"branches": 88}
 
 
 def read_counts(notes):
@@ -162,7 +164,7 @@ def main(folders):
     write_report(files)
     reached = table(files)
     failed = not folders and report_gaps(files)
-    for what, minimum in MINIMUMS.items():
+    for what, minimum in (PART_MINIMUMS if folders else MINIMUMS).items():
         if reached[what] < minimum:
             print(f"{reached[what]:.1f} % of the {what} are reached; the minimum is {minimum:.0f} %")
             failed = True
