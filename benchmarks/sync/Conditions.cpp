@@ -22,8 +22,8 @@ struct Events {
 
         void begin() {}
         void end() {}
-        void wait() { WaitForSingleObject(event, INFINITE); }
-        void signal() { SetEvent(event); }
+        void wait() const { WaitForSingleObject(event, INFINITE); }
+        void signal() const { SetEvent(event); }
 
         HANDLE event;
     };

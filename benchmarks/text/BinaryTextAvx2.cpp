@@ -65,7 +65,8 @@ std::size_t encode(const unsigned char* bytes, std::size_t count, T* out) {
         bytes += 24;
         count -= 24;
         out += 32;
-        for (; count >= 4 * 24 + 4; bytes += 4 * 24, count -= 4 * 24, out += 4 * 32) {
+        for (; count >= 4 * 24 + 4;
+             bytes += std::size_t{4} * 24, count -= std::size_t{4} * 24, out += std::size_t{4} * 32) {
             encodeBlock(load(bytes - 4), out);
             encodeBlock(load(bytes + 20), out + 32);
             encodeBlock(load(bytes + 44), out + 64);
@@ -107,7 +108,8 @@ template <class T>
 std::size_t decode(const T* text, std::size_t length, unsigned char* out) {
     const unsigned char* const start = out;
     // A block writes 32 bytes, of which the characters after it overwrite eight.
-    for (; length >= 4 * 32 + 13; text += std::size_t{4} * 32, length -= 4 * 32, out += std::size_t{4} * 24) {
+    for (; length >= 4 * 32 + 13;
+         text += std::size_t{4} * 32, length -= std::size_t{4} * 32, out += std::size_t{4} * 24) {
         if (!decodeBlock(text, out) || !decodeBlock(text + 32, out + 24) || !decodeBlock(text + 64, out + 48) ||
             !decodeBlock(text + 96, out + 72)) {
             break;
