@@ -9,11 +9,18 @@ namespace exploration {
 
 namespace {
 
+/// Chooses one of some texts.
+struct Pick {
+    std::string operator()(std::initializer_list<const char*> texts) const {
+        return texts.begin()[random() % texts.size()];
+    }
+
+    std::mt19937& random;
+};
+
 /// A step for a random script. Slots and names are few, so that steps meet.
 std::string randomStep(std::mt19937& random) {
-    const auto pick = [&random](std::initializer_list<const char*> texts) {
-        return std::string(texts.begin()[random() % texts.size()]);
-    };
+    const Pick pick{random};
     const std::string thread = pick({"A ", "B ", "C "});
     switch (random() % 8) {
     case 0:
@@ -34,9 +41,7 @@ std::string randomStep(std::mt19937& random) {
 }
 
 std::string randomFileStep(std::mt19937& random) {
-    const auto pick = [&random](std::initializer_list<const char*> texts) {
-        return std::string(texts.begin()[random() % texts.size()]);
-    };
+    const Pick pick{random};
     const std::string slot = pick({"s", "t", "u"});
     switch (random() % 7) {
     case 0:
