@@ -57,7 +57,7 @@ void formatNarrow(Family& family) {
         {{"fmt::format", calls([](int number) {
               return std::uint64_t{fmt::format(FMT_STRING("{}: attempt {} of {}"), kName, number, 100000u).size()};
           })},
-         {"two snprintf of the runtime", calls([](int number) { return std::uint64_t{twoCalls(number).size()}; })}});
+         {"two runtime snprintf", calls([](int number) { return std::uint64_t{twoCalls(number).size()}; })}});
     BaseString<char> string;
     std::string text;
     family.compare("format, reused, narrow", kCalls, calls([&](int number) { return ours(string, number); }),
@@ -67,7 +67,7 @@ void formatNarrow(Family& family) {
                                         100000u);
                          return std::uint64_t{text.size()};
                      })},
-                    {"snprintf of the runtime", calls([](int number) {
+                    {"runtime snprintf", calls([](int number) {
                          char buffer[64];
                          return static_cast<std::uint64_t>(
                              _snprintf(buffer, sizeof buffer, "%s: attempt %d of %u", kName, number, 100000u));

@@ -18,7 +18,7 @@ namespace bench {
 namespace {
 
 /// Numbers of elements in a test of the benchmarks themselves.
-constexpr std::size_t kMostWhenQuick = 100;
+constexpr std::size_t kMaxQuickCount = 100;
 
 /// A pass is sampled until all of these hold, or until it took `kLongestNs`.
 constexpr std::size_t kFewestSamples = 5;
@@ -43,7 +43,7 @@ std::size_t largestCacheBytes() {
 /// The part of `numbers` that `options` allow.
 std::vector<std::size_t> allowed(std::vector<std::size_t> numbers, const Options& options) {
     if (options.isQuick()) {
-        std::erase_if(numbers, [](std::size_t number) { return number > kMostWhenQuick; });
+        std::erase_if(numbers, [](std::size_t number) { return number > kMaxQuickCount; });
     }
     return numbers;
 }
