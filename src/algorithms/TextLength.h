@@ -1,11 +1,11 @@
 /// \file
 /// The length of a text of either width, in blocks of 128 bytes where the processor has AVX2 (see Processor.h). For
-/// short narrow text, `textLength` in PageReads.h is faster.
+/// short text, `textLength` in PageReads.h is faster.
 #pragma once
 
 #include <cstddef>
-#include <string>
 
+#include "algorithms/PageReads.h"
 #include "algorithms/Processor.h"
 #include "algorithms/SimdBlocks.h"
 
@@ -18,7 +18,7 @@ std::size_t countUnitsAvx2(const WideUnit* text) noexcept;
 /// The number of units before the terminator.
 template <class T>
 std::size_t countUnits(const T* text) noexcept {
-    return Processor::usesAvx2() ? countUnitsAvx2(text) : std::char_traits<T>::length(text);
+    return Processor::usesAvx2() ? countUnitsAvx2(text) : textLength(text);
 }
 
 }  // namespace vorel::algorithms
