@@ -42,6 +42,22 @@ constexpr unsigned int kBlock = 32;  // bytes
     return at;
 }
 
+/// The same for units.
+[[gnu::always_inline]] inline std::size_t countAsciiUnits(const unsigned char* units, std::size_t left) noexcept {
+    constexpr std::size_t kDouble = std::size_t{2} * kBlock;
+    const std::size_t inPage = kPageBytes - offsetInPage(units);
+    const std::size_t size = (inPage < left ? inPage : left) / kDouble * kDouble;
+    std::size_t at = 0;
+    for (; at != size; at += kDouble) {
+        // The saturated packing keeps 0x01 to 0x7F and turns every other unit into 0x00 or a byte from 0x80 on.
+        const __m256i bytes = _mm256_packus_epi16(load32(units + at), load32(units + at + kBlock));
+        if (maskOf(_mm256_or_si256(bytes, _mm256_cmpeq_epi8(bytes, _mm256_setzero_si256()))) != 0) {
+            break;
+        }
+    }
+    return at;
+}
+
 /// Constants of sixteen units. They are read from memory, because the compiler would build them again in each round.
 struct Constants {
     std::uint16_t notAscii[16], notShort[16], kindMask[16], high[16];
@@ -132,6 +148,8 @@ public:
         return true;
     }
 
+    void addAscii(std::size_t bytes) noexcept { m_bytes += static_cast<unsigned int>(bytes / 2); }
+
     /// Whether the last unit is not the first one of a pair.
     [[nodiscard]] bool isComplete() const noexcept { return m_high == 0; }
     [[nodiscard]] unsigned int bytes() const noexcept { return m_bytes; }
@@ -154,23 +172,22 @@ Progress countDecodedAvx2(const unsigned char* bytes, std::size_t left) noexcept
     const unsigned int offset = offsetInBlock(bytes);
     const unsigned char* at = bytes - offset;
     const unsigned char* const end = bytes + atMost(kMaxProgress, left);
-    unsigned int kept = ~0u << offset;
     DecodedCount count;
+    if (static_cast<std::size_t>(end - at) < kBlock || !count.add(at, ~0u << offset)) {
+        return kNoProgress;
+    }
+    at += kBlock;
     while (static_cast<std::size_t>(end - at) >= kBlock) {
         const unsigned int before = count.units();
-        if (!count.add(at, kept)) {
+        if (!count.add(at, ~0u)) {
             break;
         }
         at += kBlock;
-        kept = ~0u;
         if (count.units() - before == kBlock && count.isComplete()) {
             const std::size_t ascii = countAscii(at, static_cast<std::size_t>(end - at));
             count.addAscii(ascii);
             at += ascii;
         }
-    }
-    if (at <= bytes) {
-        return kNoProgress;
     }
     auto read = static_cast<unsigned int>(at - bytes);
     unsigned int units = count.units();
@@ -190,14 +207,22 @@ Progress countEncodedAvx2(const void* units, std::size_t left, bool paired) noex
     const unsigned int offset = offsetInBlock(bytes);
     const unsigned char* at = bytes - offset;
     const unsigned char* const end = bytes + 2 * std::size_t{atMost(kMaxProgress, left)};
-    unsigned int kept = ~0u << offset;
     EncodedCount count(paired);
-    while (offset % 2 == 0 && static_cast<std::size_t>(end - at) >= kBlock && count.add(at, kept)) {
-        at += kBlock;
-        kept = ~0u;
-    }
-    if (at <= bytes) {
+    if (offset % 2 != 0 || static_cast<std::size_t>(end - at) < kBlock || !count.add(at, ~0u << offset)) {
         return kNoProgress;
+    }
+    at += kBlock;
+    while (static_cast<std::size_t>(end - at) >= kBlock) {
+        const unsigned int before = count.bytes();
+        if (!count.add(at, ~0u)) {
+            break;
+        }
+        at += kBlock;
+        if (count.bytes() - before == kBlock / 2 && count.isComplete()) {
+            const std::size_t ascii = countAsciiUnits(at, static_cast<std::size_t>(end - at));
+            count.addAscii(ascii);
+            at += ascii;
+        }
     }
     auto read = static_cast<unsigned int>((at - bytes) / 2);
     unsigned int written = count.bytes();
