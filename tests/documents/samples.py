@@ -20,11 +20,17 @@ PROGRAM = re.compile(r"^int main\(", re.MULTILINE)
 LOG_LINE = re.compile(r"\[[^]]*\](\.\d{3})? [^ ]*\.\d+\.\d+: (.*)")
 
 PROLOGUE = """\
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <stdexcept>
+#include <string>
+#include <string_view>
 #include <thread>
+#include <unordered_map>
+#include <vector>
 #include <vorel/vorelCore.h>
 
 namespace {
