@@ -1,6 +1,11 @@
 """Writes the CTest script that registers the cases of all GoogleTest programs; CTest runs it at its start.
 
     register_tests.py <folder>
+    register_tests.py <folder> --list [label]...
+
+The second form prints the tests, or those with some labels, for a machine that has neither CTest nor Python. Each is a
+line of fields separated by tabs: its name, the file name of its program, "gtest", "alone" if no other test may run at
+the same time or else "parallel", its time limit in seconds, and the arguments of the program.
 
 <folder> has a description of each program (<name>.program.json): its path and label, the arguments and properties of
 its tests. The script is <folder>/tests.cmake. A test of CTest is a test file, or a part of a large one; its cases share
@@ -78,6 +83,13 @@ class Program:
                 tests[f"{self.label}.{file.stem}"] = ":".join(patterns) + "-*.DISABLED_*"
         return tests
 
+    def listing(self):
+        limit = self.properties[self.properties.index("TIMEOUT") + 1]
+        mode = "alone" if "RUN_SERIAL" in self.properties else "parallel"
+        for name, test_filter in self.tests().items():
+            arguments = " ".join([f"--gtest_filter={test_filter}", *self.arguments])
+            yield "\t".join([re.sub(r"[^\w.-]", "_", name), self.path.name, "gtest", mode, limit, arguments])
+
     def script(self):
         if not self.path.exists():
             name = bracket(f"{self.label}.NOT_BUILT")
@@ -95,12 +107,23 @@ class Program:
         return lines
 
 
-def main(folder):
-    lines = []
-    for description in sorted(folder.glob("*.program.json")):
-        lines += Program(description).script()
+def programs(folder):
+    return map(Program, sorted(folder.glob("*.program.json")))
+
+
+def write_script(folder):
+    lines = [line for program in programs(folder) for line in program.script()]
     (folder / "tests.cmake").write_text("\n".join(lines) + "\n")
 
 
+def print_list(folder, labels):
+    for program in programs(folder):
+        if not labels or program.label in labels:
+            print(*program.listing(), sep="\n")
+
+
 if __name__ == "__main__":
-    main(Path(sys.argv[1]))
+    if sys.argv[2:3] == ["--list"]:
+        print_list(Path(sys.argv[1]), sys.argv[3:])
+    else:
+        write_script(Path(sys.argv[1]))

@@ -1,0 +1,21 @@
+/// \file
+/// Runs a program with a time limit, and keeps what it prints.
+#pragma once
+
+#include <filesystem>
+#include <string>
+
+namespace verify {
+
+struct ProgramResult {
+    unsigned long exitCode = 0;
+    bool inTime = true;  ///< false if it exceeded the limit and was terminated with all processes that it had started
+    std::string output;  ///< both streams
+};
+
+/// Runs `program` with `arguments` in `folder`, which must be writable. Several threads may call this at the same time.
+/// \throws std::runtime_error if the program cannot be started.
+ProgramResult runProgram(const std::filesystem::path& program, const std::string& arguments,
+                         const std::filesystem::path& folder, unsigned long limitMs);
+
+}  // namespace verify

@@ -1,0 +1,47 @@
+/// \file
+/// What a test program reported: the outcome of each of its cases.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace verify {
+
+enum class Outcome { Passed, Failed, Skipped };
+
+/// The result of a case. The texts are escaped, so they can be written into an XML or HTML file.
+struct CaseResult {
+    std::string name;  ///< "Array.GrowsByHalf"
+    Outcome outcome;
+    std::string message;  ///< of the failures, or why the case was skipped
+};
+
+/// The result of a test.
+struct TestResult {
+    std::string name;
+    std::string suite;
+    double seconds = 0;
+    std::vector<CaseResult> cases;
+    std::string output;  ///< the end of what a failed program printed; escaped
+
+    [[nodiscard]] bool hasFailure() const;
+};
+
+/// The numbers of cases.
+struct Totals {
+    unsigned int passed = 0;
+    unsigned int failed = 0;
+    unsigned int skipped = 0;
+
+    void add(const TestResult& result);
+};
+
+/// Reads the cases of an XML file that GoogleTest has written. Cases that did not run are not returned.
+std::vector<CaseResult> readCases(std::string_view xml);
+
+/// `bytes` as UTF-8 that an XML or HTML file may contain: special characters are escaped, control characters and
+/// invalid sequences replaced.
+std::string escaped(std::string_view bytes);
+
+}  // namespace verify

@@ -1,0 +1,23 @@
+/// \file
+/// The system and the user that run the tests.
+#pragma once
+
+#include <string>
+
+namespace verify {
+
+/// "10.0.22631.4602"; under Wine "10.0.19043 (Wine 8.0)".
+std::string windowsBuild();
+
+/// The kind of user: in a sentence, and in the name of a folder.
+struct UserKind {
+    const char* phrase;
+    const wchar_t* folder;
+};
+
+UserKind userKind();
+
+/// The processor, the code pages and the locale, one per line: "name: value".
+std::string machineFacts();
+
+}  // namespace verify

@@ -1,0 +1,31 @@
+/// \file
+/// The test programs of the archive, as `tests.txt` lists them.
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace verify {
+
+/// A start of a program.
+struct Test {
+    std::string name;      ///< "core.ArrayTest"; the part before the first point is its suite
+    std::string program;   ///< the name of its file
+    bool isGoogleTest;     ///< whether it writes results; otherwise its exit code is the result
+    bool runsAlone;        ///< whether no other test may run at the same time
+    unsigned int limitMs;  ///< a program that runs longer has failed
+    std::string arguments;
+
+    [[nodiscard]] std::string suite() const { return name.substr(0, name.find('.')); }
+};
+
+/// Reads the list: a test per line, its fields separated by tabs. Only tests of `suites` are returned, or all if that
+/// is empty. \throws std::runtime_error if the list cannot be read, a line is damaged, or a suite does not exist.
+std::vector<Test> readTestList(const std::filesystem::path& path, const std::vector<std::string>& suites);
+
+/// The bytes of a file.
+/// \throws std::runtime_error if it cannot be read.
+std::string readBytes(const std::filesystem::path& path);
+
+}  // namespace verify

@@ -1,0 +1,117 @@
+"""Unpacks the archive of the tests in a folder whose name has a blank and a letter beyond ASCII, runs verify.cmd in a new
+Wine prefix, and checks what it reports: first that all cases pass, then that each kind of failure is found.
+
+    check_archive.py <archive> <work folder> [suite]...
+
+Only the command interpreter is used, and no program of this machine is in the path of the prefix.
+"""
+
+import os
+import re
+import shutil
+import subprocess
+import sys
+import xml.etree.ElementTree as xml
+import zipfile
+from pathlib import Path
+
+ROOT = Path(__file__).resolve().parents[2]
+LAST_LINE = re.compile(r"(\d+) passed, (\d+) failed, (\d+) skipped, on Windows 10\.0\.\d+[\d.]* \(Wine [\d.]+\), "
+                       r"as an administrator")
+# A test of each kind that fails, and the message on the page.
+FAILING = [
+    ("broken.missing\tno_such_program.exe\tgtest\tparallel\t60\t", "cannot be started, error 2"),
+    ("broken.exit\tverify.exe\tplain\tparallel\t60\tno_such_suite", "It ended with the exit code 0x2."),
+    ("broken.empty\t{program}\tgtest\tparallel\t60\t--gtest_filter=No.Such", "It ran no case."),
+    ("broken.slow\t{program}\tgtest\talone\t0\t", "It exceeded its time limit and was terminated."),
+]
+
+
+class Archive:
+    def __init__(self, archive, work):
+        shutil.rmtree(work, ignore_errors=True)
+        self.folder = work / "with a blank and an é"
+        zipfile.ZipFile(archive).extractall(self.folder)
+        self.folder = next(self.folder.iterdir())
+        self.environment = {"HOME": os.environ["HOME"], "PATH": os.environ["PATH"], "LC_ALL": "C.UTF-8",
+                            "VOREL_WINEPREFIX": str(work.resolve() / "wine")}
+
+    def wine(self, *words):
+        return subprocess.run([ROOT / "cmake/wine-run", *words], env=self.environment, stdin=subprocess.DEVNULL,
+                              stdout=subprocess.PIPE, stderr=subprocess.STDOUT, timeout=3000, check=False)
+
+    def verify(self, suites):
+        """The exit code of verify.cmd, its last line, and the page."""
+        script = "Z:" + str((self.folder / "verify.cmd").resolve()).replace("/", "\\")
+        run = self.wine("cmd", "/c", script, *suites)
+        output = run.stdout.decode(errors="replace").splitlines()
+        print(*output[-20:], sep="\n", flush=True)
+        pages = list(self.folder.glob("results/*/summary.html"))
+        expect(len(pages) == 1, f"{len(pages)} pages, expected 1")
+        lines = [line for line in output if " passed, " in line and " failed, " in line]
+        match = LAST_LINE.fullmatch(lines[-1].rstrip()) if lines else None
+        expect(match, "the last line has another form")
+        return run.returncode, tuple(map(int, match.groups())), pages[0]
+
+
+def expect(condition, text):
+    if not condition:
+        raise SystemExit(f"check_archive.py: {text}")
+
+
+def text_of(page):
+    """The text of the page, which must be well-formed."""
+    return "".join(xml.parse(page).getroot().itertext())
+
+
+def count(folder):
+    """The numbers of passed, failed and skipped cases in the XML files."""
+    outcomes = [0, 0, 0]
+    for file in folder.glob("*.xml"):
+        for case in xml.parse(file).getroot().iter("testcase"):
+            if case.get("status") == "run":
+                outcomes[1 if case.find("failure") is not None else 2 if case.get("result") == "skipped" else 0] += 1
+    return tuple(outcomes)
+
+
+def check_success(archive, suites):
+    code, totals, page = archive.verify(suites)
+    expect(code == 0, f"verify.cmd ended with {code}")
+    expect(totals[1] == 0 and totals[0] > 0, "not all tests passed")
+    passed, failed, skipped = count(page.parent)
+    probes = 0 if suites and "exploration" not in suites else 1
+    expect(totals == (passed + probes, failed, skipped), f"the XML files have {passed, failed, skipped}")
+    listed = [line.split("\t")[0] for line in (archive.folder / "bin/tests.txt").read_text().splitlines()]
+    listed = [name for name in listed if not suites or name.split(".")[0] in suites]
+    expect(len(list(page.parent.glob("*.xml"))) == len(listed) - probes, "a test has no XML file")
+    text = text_of(page)
+    expect(f"{totals[0]} passed, 0 failed" in text, "the page has other totals")
+    for suite in {name.split(".")[0] for name in listed}:
+        expect(suite in text, f"the page does not name {suite}")
+    expect(not probes or "scripts with a difference" in text, "the page does not have the report of the probe")
+
+
+def check_failures(archive):
+    tests = archive.folder / "bin/tests.txt"
+    program = tests.read_text().split("\t")[1]
+    tests.write_text("".join(line.format(program=program) + "\n" for line, _ in FAILING))
+    code, totals, page = archive.verify([])
+    expect(code == 1, f"failures: verify.cmd ended with {code}")
+    expect(totals == (0, len(FAILING), 0), "failures: not every failure was counted")
+    text = text_of(page)
+    for line, message in FAILING:
+        expect(line.split("\t")[0] in text and message in text, f"failures: the page does not have “{message}”")
+
+
+def main(archive, work, suites):
+    unpacked = Archive(archive, work)
+    unpacked.wine("--hold")
+    try:
+        check_success(unpacked, suites)
+        check_failures(unpacked)
+    finally:
+        unpacked.wine("--release")
+
+
+if __name__ == "__main__":
+    main(Path(sys.argv[1]), Path(sys.argv[2]), sys.argv[3:])

@@ -1,0 +1,7 @@
+@echo off
+rem Runs all tests of this archive, or the suites that are named: verify.cmd [suite]...
+"%~dp0bin\verify.exe" %*
+set result=%errorlevel%
+rem Started by a double click, this window would close.
+if "%~1"=="" pause
+exit /b %result%
