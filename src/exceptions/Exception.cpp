@@ -56,12 +56,9 @@ void Exception::rethrow() {
 
 void Exception::AssignFrom(const Exception& source) noexcept {
     if (this != &source) {
-        try {
-            m_stack.resize(source.m_stack.size());
-        } catch (...) {
-            // Without memory the copy has fewer messages, but keeps its class. It never has more messages than the
-            // source, because shrinking cannot fail.
-        }
+        // Without memory the copy has fewer messages, but keeps its class. It never has more messages than the source,
+        // because shrinking cannot fail.
+        m_stack.resize(source.m_stack.size());
         for (std::size_t entry = 0; entry < m_stack.size(); ++entry) {
             copyText(m_stack[entry].message, source.m_stack[entry].message);
             copyText(m_stack[entry].location, source.m_stack[entry].location);
@@ -73,7 +70,7 @@ void Exception::AssignFrom(const Exception& source) noexcept {
 }
 
 void Exception::CleanAll() noexcept {
-    m_stack.clear();
+    m_stack.resize(0);
 }
 
 void Exception::clear() noexcept {

@@ -26,23 +26,17 @@ const wchar_t* orUnformattable(const wchar_t* text) noexcept {
     return text ? text : baseutil::kUnformattable;
 }
 
+/// The message of a new entry, or `spare` without memory for an entry.
+template <class Stack>
+BaseString<wchar_t>& push(Stack& stack, BaseString<wchar_t>& spare) noexcept {
+    return stack.resize(stack.size() + 1) ? stack[stack.size() - 1].message : spare;
+}
+
 /// Appends an entry with `text`. Without memory the entry has no text or is missing.
 template <class Stack>
 void push(Stack& stack, const wchar_t* text) noexcept {
-    try {
-        StringAccess<wchar_t>::tryAssign(stack.emplace_back().message, text);
-    } catch (...) {
-        return;
-    }
-}
-
-/// The message of a new entry, or `spare` without memory for an entry.
-template <class Stack>
-BaseString<wchar_t>& pushEmpty(Stack& stack, BaseString<wchar_t>& spare) noexcept {
-    try {
-        return stack.emplace_back().message;
-    } catch (...) {
-        return spare;
+    if (stack.resize(stack.size() + 1)) {
+        StringAccess<wchar_t>::tryAssign(stack[stack.size() - 1].message, text);
     }
 }
 
@@ -75,7 +69,7 @@ void Exception::SetMessageOnStack(const wchar_t* fmt, va_list args) noexcept {
 void Exception::SetMessageOnStack(const char* fmt, va_list args) noexcept {
     const MessageText<char> message(fmt, args);
     BaseString<wchar_t> spare;
-    BaseString<wchar_t>& stored = pushEmpty(m_stack, spare);
+    BaseString<wchar_t>& stored = push(m_stack, spare);
     const wchar_t* text = baseutil::kUnformattable;
     if (message.text()) {
         detail::mbs2wcs(message.text(), stored);  // directly into the entry
@@ -158,7 +152,7 @@ void Exception::addHRESULTErrorToStack(int hr) noexcept {
 }
 
 const wchar_t* Exception::what() const noexcept {
-    return m_stack.empty() ? nullptr : textOf(m_stack.front().message);
+    return m_stack.size() == 0 ? nullptr : textOf(m_stack[0].message);
 }
 
 const wchar_t* Exception::getErrorMessage(unsigned int index) const noexcept {
@@ -174,7 +168,7 @@ const wchar_t* Exception::getErrorMessageBlock(const wchar_t* separator) const {
     return detail::runRethrowing(L"Exception", L"getErrorMessageBlock", [&] {
         BaseString<wchar_t> block;
         for (const StackEntry& entry : m_stack) {
-            if (&entry != &m_stack.front()) {
+            if (&entry != m_stack.begin()) {
                 block += separator;
             }
             block += entry.message;
@@ -189,7 +183,7 @@ const char* Exception::getCharErrorMessageBlock(const char* separator) const noe
     try {
         BaseString<char> message;
         for (const StackEntry& entry : m_stack) {
-            if (&entry != &m_stack.front()) {
+            if (&entry != m_stack.begin()) {
                 block += separator;
             }
             convertToUtf8(entry.message, message);

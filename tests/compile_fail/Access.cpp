@@ -37,6 +37,8 @@ struct Derived : vorel::Exception {
         MirrorErrorMessage(nullptr, CurrentLogSize, "prefix", text, true);
         StackEntry* entry = nullptr;  // rejected: private
         static_cast<void>(entry);
+        MessageStack* stack = nullptr;  // rejected: private
+        static_cast<void>(stack);
         CheckOldLogSize(nullptr, 0);                                      // rejected: private
         LockLogFile(0, true);                                             // rejected: private
         vDebugInternal("target", "text", args);                           // rejected: private

@@ -28,7 +28,7 @@ Exception withMessages(const Messages& messages) {
 }
 
 // The virtual table, the stack, two flags and two cached texts. The layout is the same in every build.
-static_assert(sizeof(Exception) == 8 + sizeof(std::vector<int>) + 8 + 16 + 16);
+static_assert(sizeof(Exception) == 8 + 24 + 8 + 16 + 16);
 static_assert(!std::is_base_of_v<std::exception, Exception>);
 static_assert(!std::is_nothrow_destructible_v<Exception>);
 

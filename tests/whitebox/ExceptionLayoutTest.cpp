@@ -6,11 +6,9 @@
 
 #include <cstddef>
 #include <cstring>
-#include <functional>
 #include <memory>
 #include <vector>
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 namespace test {
@@ -48,25 +46,57 @@ namespace {
 
 using vorel::Exception;
 
-/// Expects ascending addresses.
-void expectInOrder(const std::vector<const void*>& addresses) {
-    EXPECT_THAT(addresses, ::testing::WhenSortedBy(std::less<>(), ::testing::ElementsAreArray(addresses)));
+/// The distance of a field from the begin of its object.
+template <class Field>
+std::ptrdiff_t offsetOf(const Exception& e, Field field) {
+    return reinterpret_cast<const char*>(std::addressof(e.*field)) - reinterpret_cast<const char*>(&e);
 }
 
+// The pointer to the virtual table, three pointers of the stack, two flags, two strings.
 TEST(ExceptionLayout, FieldsAreInOrder) {
     const Exception e(L"message");
-    const auto addressOf = [&e](auto member) { return static_cast<const void*>(std::addressof(e.*member)); };
-    expectInOrder({&e, addressOf(reveal(test::Stack())), addressOf(reveal(test::DelayedLogging())),
-                   addressOf(reveal(test::TracedState())), addressOf(reveal(test::CharBlock())),
-                   addressOf(reveal(test::WideBlock()))});
+    EXPECT_EQ(offsetOf(e, reveal(test::Stack())), 8);
+    EXPECT_EQ(offsetOf(e, reveal(test::DelayedLogging())), 32);
+    EXPECT_EQ(offsetOf(e, reveal(test::TracedState())), 33);
+    EXPECT_EQ(offsetOf(e, reveal(test::CharBlock())), 40);
+    EXPECT_EQ(offsetOf(e, reveal(test::WideBlock())), 56);
+}
+
+// The debugger views read the messages by this layout.
+TEST(ExceptionLayout, StackBeginsWithTheBoundsOfItsEntries) {
+    Exception e(L"message");
+    e.appendMessage(L"record");
+    const auto& stack = e.*reveal(test::Stack());
+    const void* bounds[2];
+    std::memcpy(bounds, &stack, sizeof bounds);
+    EXPECT_EQ(bounds[0], &stack[0]);
+    EXPECT_EQ(bounds[1], &stack[1] + 1);
+}
+
+// Earlier messages move only when the storage is full: it then doubles.
+TEST(ExceptionLayout, StackDoublesWhenItIsFull) {
+    Exception e;
+    const auto& stack = e.*reveal(test::Stack());
+    std::vector<std::size_t> moved;
+    for (std::size_t count = 1; count <= 20; ++count) {
+        const void* const before = stack.begin();
+        e.appendMessage(L"message %d", static_cast<int>(count));
+        if (stack.begin() != before) {
+            moved.push_back(count);
+        }
+    }
+    EXPECT_EQ(moved, (std::vector<std::size_t>{1, 2, 3, 5, 9, 17}));
+    EXPECT_EQ(stack.size(), 20u);
+    EXPECT_EQ(stack[19].message.view(), L"message 20");
+    EXPECT_EQ(stack[0].message.view(), L"message 1");
 }
 
 TEST(ExceptionLayout, StackEntryHasTheMessageBeforeTheLocation) {
     Exception e(L"message");
     e.setLocation(0, L"location");
-    const auto& entry = (e.*reveal(test::Stack())).at(0);
-    expectInOrder({&entry, &entry.location});
+    const auto& entry = (e.*reveal(test::Stack()))[0];
     EXPECT_EQ(static_cast<const void*>(&entry), &entry.message);
+    EXPECT_EQ(reinterpret_cast<const char*>(&entry.location) - reinterpret_cast<const char*>(&entry), 16);
     EXPECT_EQ(entry.message.view(), L"message");
     EXPECT_EQ(entry.location.view(), L"location");
 }

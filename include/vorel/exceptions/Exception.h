@@ -25,6 +25,7 @@
 
 #include <atomic>
 #include <cstdarg>
+#include <cstddef>
 #include <cstdint>
 #include <cstdio>
 #include <string>
@@ -291,6 +292,32 @@ private:
         BaseString<wchar_t> location;
     };
 
+    /// The messages, oldest first. Only the library changes them. Not a standard container: some of these have another
+    /// layout in debug builds.
+    class MessageStack {
+    public:
+        MessageStack() noexcept = default;
+        MessageStack(const MessageStack&) = delete;
+        MessageStack& operator=(const MessageStack&) = delete;
+        ~MessageStack();
+
+        std::size_t size() const noexcept { return static_cast<std::size_t>(m_end - m_begin); }
+        const StackEntry* begin() const noexcept { return m_begin; }
+        const StackEntry* end() const noexcept { return m_end; }
+        StackEntry& operator[](std::size_t index) noexcept { return m_begin[index]; }
+        const StackEntry& operator[](std::size_t index) const noexcept { return m_begin[index]; }
+
+        /// Removes entries at the end, or adds empty ones. Returns false, and changes nothing, without memory.
+        bool resize(std::size_t count) noexcept;
+
+    private:
+        bool grow(std::size_t capacity) noexcept;
+
+        StackEntry* m_begin = nullptr;
+        StackEntry* m_end = nullptr;
+        StackEntry* m_capacityEnd = nullptr;
+    };
+
     static constexpr unsigned int MaxPathSize = 1024;
 
     static void CheckOldLogSize(const char* logPath, long long maxSize) noexcept;
@@ -307,12 +334,14 @@ private:
     alignas(8) static char ErrorLogLocation[MaxPathSize];
     static bool m_mirrorToErrorLog;
 
-    std::vector<StackEntry> m_stack;
+    MessageStack m_stack;
     bool m_delayedLogging = false;
     bool m_hasTracedProtocolStateInfo = false;
     mutable BaseString<char> m_charBlock;
     mutable BaseString<wchar_t> m_wideBlock;
 };
+
+static_assert(sizeof(Exception) == 72, "exceptions have the same layout with every compiler, in debug builds too");
 
 #if defined(__GNUC__) && !defined(__clang__) && !defined(VOREL_BUILDING_DLL)
 
