@@ -12,6 +12,7 @@
 
 #include <immintrin.h>
 
+#include "algorithms/Attributes.h"
 #include "algorithms/PageReads.h"
 #include "algorithms/Sextets.h"
 #include "algorithms/SimdBlocks.h"
@@ -108,7 +109,7 @@ void decodeUnchecked(const T* text, unsigned char* out, __m256i& invalid) noexce
 /// Decodes four blocks at once, at most `blocks` blocks. Stops at four with an invalid character, and replaces what it
 /// wrote for them by zeros. Returns the number of blocks decoded.
 template <class T>
-[[gnu::noinline]] std::size_t decodeFours(const T* text, std::size_t blocks, unsigned char* out) noexcept {
+VOREL_NOINLINE std::size_t decodeFours(const T* text, std::size_t blocks, unsigned char* out) noexcept {
     std::size_t done = 0;
     for (; blocks - done >= 4; done += 4, text += 4 * kCharacters, out += 4 * kBytes) {
         __m256i invalid = _mm256_setzero_si256();
@@ -130,7 +131,7 @@ template <class T>
 /// bytes. A separate call needs few registers, so that short text does not save and restore those that Windows
 /// preserves.
 template <class T>
-[[gnu::noinline]] std::size_t decodeBlock(const T* text, unsigned char* out) noexcept {
+VOREL_NOINLINE std::size_t decodeBlock(const T* text, unsigned char* out) noexcept {
     __m256i test;
     const __m256i values = valuesOf(loadWideBlock(text), test);
     const std::uint32_t invalid = maskOf(test);

@@ -5,6 +5,7 @@
 #include <bit>
 #include <cstdint>
 
+#include "algorithms/Attributes.h"
 #include "algorithms/PowersOfTen.h"
 #include "algorithms/WideArithmetic.h"
 
@@ -43,7 +44,7 @@ struct BinaryParts {
 
 /// Compares `value` times ten to the `power` with `digits` plus one half: below 0, 0 (a tie), or above 0. Exact; needed
 /// in the rare cases that 128 bits cannot decide.
-[[gnu::noinline]] constexpr int compareWithHalf(const BinaryParts& value, int power, std::uint64_t digits) noexcept {
+VOREL_NOINLINE constexpr int compareWithHalf(const BinaryParts& value, int power, std::uint64_t digits) noexcept {
     BigInteger left(value.significand);
     BigInteger right(2 * digits + 1);
     const int twos = value.exponent + power + 1;
@@ -82,7 +83,7 @@ constexpr int estimateExponent(int log2, std::uint64_t normalized) noexcept {
 /// The value is multiplied by a power of ten that leaves fifteen digits before the point, with 128 bits of the product.
 /// The product is too small by less than one unit of its lowest bit. Its fraction decides the rounding unless it is
 /// within one unit of one half; then the exact comparison decides.
-[[gnu::always_inline]] constexpr DecimalDigits decimalDigits(double value, Tie tie) noexcept {
+VOREL_ALWAYS_INLINE constexpr DecimalDigits decimalDigits(double value, Tie tie) noexcept {
     const BinaryParts parts(value);
     const int leadingZeros = std::countl_zero(parts.significand);
     const std::uint64_t normalized = parts.significand << leadingZeros;

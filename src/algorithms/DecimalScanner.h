@@ -13,6 +13,7 @@
 #include <limits>
 
 #include "algorithms/Ascii.h"
+#include "algorithms/Attributes.h"
 #include "algorithms/DigitBlock.h"
 #include "algorithms/NumberScanner.h"
 
@@ -133,7 +134,7 @@ struct ShortMantissa {
 /// Parses a mantissa with less than one block of digits before the point and at most one block after it. Returns
 /// whether it has that form. The blocks around `cursor` must lie in one page (see `areDigitBlocksInPage`).
 template <class T>
-[[gnu::always_inline]] inline bool parseShortMantissa(const T*& cursor, ShortMantissa& mantissa) noexcept {
+VOREL_ALWAYS_INLINE bool parseShortMantissa(const T*& cursor, ShortMantissa& mantissa) noexcept {
     std::uint64_t mask = digitMask(cursor);
     const std::uint64_t whole = leadingDigits(mask);
     if (whole == kDigitBlock) {
@@ -164,7 +165,7 @@ template <class T>
 /// Parses a number of the usual length without branching on its number of digits. Returns false and consumes nothing if
 /// the number must be parsed character by character.
 template <class T>
-[[gnu::always_inline]] inline bool parseShortDecimal(const T*& start, double& value) noexcept {
+VOREL_ALWAYS_INLINE bool parseShortDecimal(const T*& start, double& value) noexcept {
     const T* cursor = start;
     skipSpaces(cursor);
     const bool negative = consumeSign(cursor);

@@ -12,6 +12,7 @@
 #include <cstdint>
 
 #include "algorithms/Ascii.h"
+#include "algorithms/Attributes.h"
 #include "algorithms/PageReads.h"
 #include "algorithms/SimdBlocks.h"
 #include "algorithms/Sse2.h"
@@ -62,7 +63,7 @@ inline __m128i lastBytes(std::uint64_t count) noexcept {
 }
 
 /// The value of the last `count` characters of a block, all digits.
-[[gnu::always_inline]] inline std::uint64_t valueOfLast(__m128i block, std::uint64_t count) noexcept {
+VOREL_ALWAYS_INLINE std::uint64_t valueOfLast(__m128i block, std::uint64_t count) noexcept {
     const __m128i digits = _mm_and_si128(_mm_sub_epi8(block, _mm_set1_epi8('0')), lastBytes(count));
     // Combines neighbours: two digits in 16 bits, four in 32, eight in 32. See Wojciech Muła, "Parsing series of
     // integers with SIMD".
@@ -76,14 +77,14 @@ inline __m128i lastBytes(std::uint64_t count) noexcept {
 
 /// The value of `count` digits, at most one block.
 template <class T>
-[[gnu::always_inline]] inline std::uint64_t valueOfDigits(const T* position, std::uint64_t count) noexcept {
+VOREL_ALWAYS_INLINE std::uint64_t valueOfDigits(const T* position, std::uint64_t count) noexcept {
     return valueOfLast(loadBlock(position + count - kDigitBlock), count);
 }
 
 /// The value of `whole` digits, a point and `fraction` digits as one number of at most one block.
 template <class T>
-[[gnu::always_inline]] inline std::uint64_t valueAcrossPoint(const T* position, std::uint64_t whole,
-                                                             std::uint64_t fraction) noexcept {
+VOREL_ALWAYS_INLINE std::uint64_t valueAcrossPoint(const T* position, std::uint64_t whole,
+                                                   std::uint64_t fraction) noexcept {
     // Loads the digits twice, the second time shifted by one so that the fraction closes the gap of the point.
     const T* const lastBlock = position + whole + fraction - kDigitBlock;
     const __m128i fractionAtEnd = loadBlock(lastBlock + 1);
@@ -101,11 +102,11 @@ template <class T>
 inline constexpr std::uint64_t kHexBlock = 16 / sizeof(T);
 
 /// Sixteen narrow characters, or eight wide ones and eight zeros.
-[[gnu::no_sanitize_address]] inline __m128i hexBlock(const char* position) noexcept {
+VOREL_NO_SANITIZE_ADDRESS inline __m128i hexBlock(const char* position) noexcept {
     return _mm_loadu_si128(reinterpret_cast<const __m128i*>(position));
 }
 
-[[gnu::no_sanitize_address]] inline __m128i hexBlock(const WideUnit* position) noexcept {
+VOREL_NO_SANITIZE_ADDRESS inline __m128i hexBlock(const WideUnit* position) noexcept {
     return _mm_packus_epi16(_mm_loadu_si128(reinterpret_cast<const __m128i*>(position)), _mm_setzero_si128());
 }
 
@@ -124,11 +125,18 @@ struct HexDigits {
     std::uint64_t mask;  ///< one bit for each character, lowest first: whether it is a digit
 };
 
+/// The bytes in reverse order: one instruction.
+constexpr std::uint64_t reversedBytes(std::uint64_t value) noexcept {
+    value = (value & 0x00FF00FF00FF00FF) << 8 | (value >> 8 & 0x00FF00FF00FF00FF);
+    value = (value & 0x0000FFFF0000FFFF) << 16 | (value >> 16 & 0x0000FFFF0000FFFF);
+    return value << 32 | value >> 32;
+}
+
 /// The value of the first `count` digits, at most sixteen.
 inline std::uint64_t valueOfHexDigits(const HexDigits& digits, std::uint64_t count) noexcept {
     const __m128i pairs = _mm_or_si128(_mm_slli_epi16(digits.values, 4), _mm_srli_epi16(digits.values, 8));
     const __m128i bytes = _mm_packus_epi16(_mm_and_si128(pairs, _mm_set1_epi16(0xFF)), _mm_setzero_si128());
-    const std::uint64_t all = __builtin_bswap64(static_cast<std::uint64_t>(_mm_cvtsi128_si64(bytes)));
+    const std::uint64_t all = reversedBytes(static_cast<std::uint64_t>(_mm_cvtsi128_si64(bytes)));
     const std::uint64_t unused = kDigitBlock - count;
     return all >> 2 * unused >> 2 * unused;  // two shifts, because a shift by 64 bits is undefined
 }

@@ -9,6 +9,7 @@
 #include <immintrin.h>
 
 #include "algorithms/Ascii.h"
+#include "algorithms/Attributes.h"
 #include "algorithms/SimdBlocks.h"
 
 namespace vorel::algorithms {
@@ -116,7 +117,7 @@ __m256i bytesOf(__m256i values) noexcept {
 /// Decodes two blocks at once, at most `blocks` blocks. Stops at two with an invalid character. Returns the number of
 /// blocks decoded.
 template <class T>
-[[gnu::noinline]] std::size_t decodeTwos(const T* text, std::size_t blocks, unsigned char* out) noexcept {
+VOREL_NOINLINE std::size_t decodeTwos(const T* text, std::size_t blocks, unsigned char* out) noexcept {
     std::size_t done = 0;
     for (; blocks - done >= 2; done += 2, text += 64, out += 32) {
         __m256i invalid[2];
@@ -134,7 +135,7 @@ template <class T>
 /// Decodes a block. Returns false and writes nothing if it has an invalid character. A separate call needs few
 /// registers, so that short text does not save and restore those that Windows preserves.
 template <class T>
-[[gnu::noinline]] bool decodeBlock(const T* text, unsigned char* out) noexcept {
+VOREL_NOINLINE bool decodeBlock(const T* text, unsigned char* out) noexcept {
     __m256i invalid;
     const __m256i bytes = bytesOf(valuesOf(loadWideBlock(text), invalid));
     if (maskOf(invalid) != 0) {

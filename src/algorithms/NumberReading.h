@@ -4,6 +4,7 @@
 
 #include <cstdint>
 
+#include "algorithms/Attributes.h"
 #include "algorithms/DecimalScanner.h"
 #include "algorithms/NumberScanner.h"
 
@@ -19,7 +20,7 @@ void storeEnd(const T* cursor, End** end) noexcept {
 
 /// Slow path of `readInteger`: handles null and numbers of any length.
 template <class Value, class T, class End>
-[[gnu::noinline]] Value readAnyInteger(const T* text, End** end, bool skipTrailingSpace) noexcept {
+VOREL_NOINLINE Value readAnyInteger(const T* text, End** end, bool skipTrailingSpace) noexcept {
     const Value value = text ? parseInteger<Value>(text, skipTrailingSpace) : 0;
     storeEnd(text, end);
     return value;
@@ -28,7 +29,7 @@ template <class Value, class T, class End>
 /// Parses an integer (see `parseInteger`) and stores where it ends unless `end` is null. Null yields 0. Numbers of
 /// unusual length are parsed in a tail call, so this function needs no stack frame.
 template <class Value, class T, class End>
-[[gnu::always_inline]] inline Value readInteger(const T* text, End** end, bool skipTrailingSpace) noexcept {
+VOREL_ALWAYS_INLINE Value readInteger(const T* text, End** end, bool skipTrailingSpace) noexcept {
     Value value = 0;
     if (!text || !parseShortInteger(text, skipTrailingSpace, value)) [[unlikely]] {
         return readAnyInteger<Value>(text, end, skipTrailingSpace);
@@ -39,7 +40,7 @@ template <class Value, class T, class End>
 
 /// Parses a hexadecimal number (see `parseHex`).
 template <class T>
-[[gnu::always_inline]] inline int readHex(const T* text, T** end) noexcept {
+VOREL_ALWAYS_INLINE int readHex(const T* text, T** end) noexcept {
     const std::uint32_t value = text ? parseHex(text) : 0;
     storeEnd(text, end);
     return static_cast<int>(value);
@@ -47,7 +48,7 @@ template <class T>
 
 /// Parses a number with a fraction and an exponent, character by character.
 template <class T>
-[[gnu::noinline]] double readDecimalStepByStep(const T* text, T** end) noexcept {
+VOREL_NOINLINE double readDecimalStepByStep(const T* text, T** end) noexcept {
     const T* const start = text;
     double value = 0;
     if (text) {
@@ -67,7 +68,7 @@ template <class T>
 
 /// Parses a number with a fraction and an exponent, in blocks if it has the usual length.
 template <class T>
-[[gnu::always_inline]] inline double readDecimal(const T* text, T** end) noexcept {
+VOREL_ALWAYS_INLINE double readDecimal(const T* text, T** end) noexcept {
     double value = 0;
     if (text && parseShortDecimal(text, value)) {
         storeEnd(text, end);

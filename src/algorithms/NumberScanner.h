@@ -7,6 +7,7 @@
 #include <type_traits>
 
 #include "algorithms/Ascii.h"
+#include "algorithms/Attributes.h"
 #include "algorithms/DigitBlock.h"
 
 namespace vorel::algorithms {
@@ -29,7 +30,7 @@ constexpr bool consumeSign(const T*& cursor) noexcept {
 /// Parses less than two blocks of digits without branching on their number. Returns false and consumes nothing if the
 /// digits must be parsed one by one.
 template <class Value, class T>
-[[gnu::always_inline]] inline bool parseShortDigits(const T*& cursor, Value& value) noexcept {
+VOREL_ALWAYS_INLINE bool parseShortDigits(const T*& cursor, Value& value) noexcept {
     static_assert(std::is_unsigned_v<Value>);
     if (!areDigitBlocksInPage(cursor)) [[unlikely]] {
         return false;
@@ -60,7 +61,7 @@ constexpr Value parseDigitsStepByStep(const T*& cursor) noexcept {
 
 /// Parses decimal digits. Returns their value, modulo the range of the type.
 template <class Value, class T>
-[[gnu::always_inline]] inline Value parseDigits(const T*& cursor) noexcept {
+VOREL_ALWAYS_INLINE Value parseDigits(const T*& cursor) noexcept {
     Value value = 0;
     return parseShortDigits(cursor, value) ? value : parseDigitsStepByStep<Value>(cursor);
 }
@@ -109,7 +110,7 @@ constexpr bool consumeIntegerSign(const T*& cursor) noexcept {
 /// Parses spaces, a sign and digits, and optionally the spaces after them. Returns false and consumes nothing if the
 /// digits must be parsed one by one.
 template <class Value, class T>
-[[gnu::always_inline]] inline bool parseShortInteger(const T*& start, bool skipTrailingSpaces, Value& value) noexcept {
+VOREL_ALWAYS_INLINE bool parseShortInteger(const T*& start, bool skipTrailingSpaces, Value& value) noexcept {
     const T* cursor = start;
     skipSpaces(cursor);
     const bool negative = consumeIntegerSign<Value>(cursor);
@@ -161,7 +162,7 @@ std::uint32_t parseHexDigitsStepByStep(const T*& cursor) noexcept {
 
 /// The same in one block.
 template <class T>
-[[gnu::always_inline]] inline std::uint32_t parseHexDigits(const T*& cursor) noexcept {
+VOREL_ALWAYS_INLINE std::uint32_t parseHexDigits(const T*& cursor) noexcept {
     static_assert(kHexBlock<T> == kMaxHexDigits<T>);
     if (!isInPage(cursor, kHexBlock<T> * sizeof(T))) [[unlikely]] {
         return parseHexDigitsStepByStep(cursor);
@@ -174,7 +175,7 @@ template <class T>
 
 /// Parses spaces, hexadecimal digits, and the spaces after them.
 template <class T>
-[[gnu::always_inline]] inline std::uint32_t parseHex(const T*& cursor) noexcept {
+VOREL_ALWAYS_INLINE std::uint32_t parseHex(const T*& cursor) noexcept {
     skipSpaces(cursor);
     const std::uint32_t value = parseHexDigits(cursor);
     skipSpaces(cursor);

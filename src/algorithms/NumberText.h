@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <cstring>
 
+#include "algorithms/Attributes.h"
 #include "algorithms/DecimalDigits.h"
 #include "algorithms/DigitBlock.h"
 #include "algorithms/SimdBlocks.h"
@@ -66,12 +67,12 @@ enum class Rest {
 };
 
 /// Writes the characters whose byte in `kept` is 0. The others must be 0.
-[[gnu::always_inline]] inline void mergeCharacters(__m128i characters, __m128i kept, char* out) noexcept {
+VOREL_ALWAYS_INLINE void mergeCharacters(__m128i characters, __m128i kept, char* out) noexcept {
     auto* const block = reinterpret_cast<__m128i*>(out);
     _mm_storeu_si128(block, _mm_or_si128(characters, _mm_and_si128(_mm_loadu_si128(block), kept)));
 }
 
-[[gnu::always_inline]] inline void mergeCharacters(__m128i characters, __m128i kept, WideUnit* out) noexcept {
+VOREL_ALWAYS_INLINE void mergeCharacters(__m128i characters, __m128i kept, WideUnit* out) noexcept {
     auto* const blocks = reinterpret_cast<__m128i*>(out);
     const __m128i zero = _mm_setzero_si128();
     const __m128i keptFirst = _mm_and_si128(_mm_loadu_si128(blocks), _mm_unpacklo_epi8(kept, kept));
@@ -82,7 +83,7 @@ enum class Rest {
 
 /// Writes the first `count` characters, at most sixteen. Accesses sixteen.
 template <Rest rest, class T>
-[[gnu::always_inline]] inline void storeFirst(__m128i characters, std::uint64_t count, T* out) noexcept {
+VOREL_ALWAYS_INLINE void storeFirst(__m128i characters, std::uint64_t count, T* out) noexcept {
     if constexpr (rest == Rest::Unspecified) {
         storeCharacters(characters, out);
     } else {
@@ -94,7 +95,7 @@ template <Rest rest, class T>
 /// Writes the first `count` characters, at most fifteen, and a terminator. Accesses sixteen units. Returns the
 /// terminator's position.
 template <Rest rest, class T>
-[[gnu::always_inline]] inline T* storeText(__m128i characters, std::uint64_t count, T* out) noexcept {
+VOREL_ALWAYS_INLINE T* storeText(__m128i characters, std::uint64_t count, T* out) noexcept {
     if constexpr (rest == Rest::Unspecified) {
         storeCharacters(characters, out);
         out[count] = 0;
@@ -109,7 +110,7 @@ template <Rest rest, class T>
 
 /// The same for up to sixteen characters. Accesses seventeen units.
 template <Rest rest, class T>
-[[gnu::always_inline]] inline T* storeLongText(__m128i characters, std::uint64_t count, T* out) noexcept {
+VOREL_ALWAYS_INLINE T* storeLongText(__m128i characters, std::uint64_t count, T* out) noexcept {
     if (rest == Rest::Unchanged && count < kDigitBlock) {
         return storeText<rest>(characters, count, out);
     }
@@ -133,7 +134,7 @@ void writeFewDigits(unsigned int number, T* out) noexcept {
 /// Writes a number whose text has `length` characters, at least sixteen, and a terminator. Writes nothing else. Returns
 /// `out`.
 template <class T>
-[[gnu::noinline]] T* writeLongInteger(std::uint64_t magnitude, bool negative, std::uint64_t length, T* out) noexcept {
+VOREL_NOINLINE T* writeLongInteger(std::uint64_t magnitude, bool negative, std::uint64_t length, T* out) noexcept {
     constexpr std::uint64_t kSixteenDigits = kIntegerPowersOfTen[kDigitBlock];
     writeFewDigits(static_cast<unsigned int>(magnitude / kSixteenDigits), out + (negative ? 1 : 0));
     storeCharacters(sixteenDigits(magnitude % kSixteenDigits), out + length - kDigitBlock);
@@ -147,8 +148,7 @@ template <class T>
 /// Writes a number whose text has `length` characters, and a terminator. Accesses sixteen units, or `length + 1` if
 /// that is more. Returns `out`.
 template <Rest rest, class T>
-[[gnu::always_inline]] inline T* writeInteger(std::uint64_t magnitude, bool negative, std::uint64_t length,
-                                              T* out) noexcept {
+VOREL_ALWAYS_INLINE T* writeInteger(std::uint64_t magnitude, bool negative, std::uint64_t length, T* out) noexcept {
     constexpr int kZeroToMinus = '0' - '-';
     if (length >= kDigitBlock) {
         return writeLongInteger(magnitude, negative, length, out);
@@ -202,7 +202,7 @@ inline __m128i insertDecimalPoint(__m128i digits, int whole) noexcept {
 
 /// Writes "e+020". `Raw` writes two digits if two are enough.
 template <class T>
-[[gnu::always_inline]] inline T* writeExponent(int exponent, DoubleForm form, T* out) noexcept {
+VOREL_ALWAYS_INLINE T* writeExponent(int exponent, DoubleForm form, T* out) noexcept {
     const auto magnitude = static_cast<unsigned int>(exponent < 0 ? -exponent : exponent);
     out[0] = 'e';
     out[1] = exponent < 0 ? '-' : '+';
@@ -217,7 +217,7 @@ template <class T>
 /// on, the digits are those of "%.15g". Smaller values always have an exponent and keep the point. `out` has space for
 /// `kDoubleCapacity` characters.
 template <Rest rest, class T>
-[[gnu::always_inline]] inline T* writeDouble(double value, DoubleForm form, T* out) noexcept {
+VOREL_ALWAYS_INLINE T* writeDouble(double value, DoubleForm form, T* out) noexcept {
     *out = '-';  // overwritten unless the value is negative
     out += std::bit_cast<std::uint64_t>(value) >> 63;
     value = std::fabs(value);
@@ -290,8 +290,8 @@ void copyTruncatedText(const T* text, std::size_t length, T* buffer, unsigned lo
 
 /// A number in a buffer that may be too small for its text. Returns the buffer.
 template <class T>
-[[gnu::noinline]] T* writeTruncatedInteger(std::uint64_t magnitude, bool negative, T* buffer,
-                                           unsigned long long size) noexcept {
+VOREL_NOINLINE T* writeTruncatedInteger(std::uint64_t magnitude, bool negative, T* buffer,
+                                        unsigned long long size) noexcept {
     T text[kMaxIntegerCharacters + 1];
     const std::uint64_t length = integerLength(magnitude, negative);
     writeInteger<Rest::Unspecified>(magnitude, negative, length, text);
@@ -302,8 +302,8 @@ template <class T>
 /// Writes a number and a terminator to `size` characters, truncated to them, and a terminator to the last one. The
 /// other units are unchanged. Returns the buffer, which may be null.
 template <class T>
-[[gnu::always_inline]] inline T* writeBoundedInteger(std::uint64_t magnitude, bool negative, T* buffer,
-                                                     unsigned long long size) noexcept {
+VOREL_ALWAYS_INLINE T* writeBoundedInteger(std::uint64_t magnitude, bool negative, T* buffer,
+                                           unsigned long long size) noexcept {
     if (!buffer) {
         return nullptr;
     }

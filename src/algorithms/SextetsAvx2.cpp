@@ -10,6 +10,7 @@
 
 #include <immintrin.h>
 
+#include "algorithms/Attributes.h"
 #include "algorithms/SimdBlocks.h"
 
 namespace vorel::algorithms {
@@ -91,7 +92,7 @@ void encodeOneOrTwoHalves(const unsigned char* bytes, std::size_t count, T* out)
 /// Encodes a block and reads only its bytes. A separate call needs few registers, so that short input does not save and
 /// restore those that Windows preserves.
 template <SextetOrder Order, class T>
-[[gnu::noinline]] void encodeBlock(const unsigned char* bytes, T* out) noexcept {
+VOREL_NOINLINE void encodeBlock(const unsigned char* bytes, T* out) noexcept {
     const __m256i halves = loadHalves(bytes, bytes + 8);
     storeCharacters(Encoder<Order>().charactersOf(halves, tripleOrders(Half::First, Half::Last)), out);
 }
@@ -100,7 +101,7 @@ constexpr std::size_t kAround = 4;  // bytes that `encodeFours` reads before and
 
 /// Encodes four blocks at once while `kAround` of the `count` bytes follow. Returns the number of bytes encoded.
 template <SextetOrder Order, class T>
-[[gnu::noinline]] std::size_t encodeFours(const unsigned char* bytes, std::size_t count, T* out) noexcept {
+VOREL_NOINLINE std::size_t encodeFours(const unsigned char* bytes, std::size_t count, T* out) noexcept {
     const Encoder<Order> encoder;
     const __m256i order = tripleOrders(Half::Last, Half::First);
     std::size_t done = 0;

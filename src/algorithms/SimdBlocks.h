@@ -11,6 +11,7 @@
 #include <cstring>
 #include <type_traits>
 
+#include "algorithms/Attributes.h"
 #include "algorithms/Sse2.h"
 
 namespace vorel::algorithms {
@@ -21,11 +22,11 @@ using WideUnit = std::conditional_t<sizeof(wchar_t) == 2, wchar_t, char16_t>;
 
 /// Sixteen characters as bytes. Units above 255 become 0 or 255. The attribute allows a block to extend into another
 /// object of the same page.
-[[gnu::no_sanitize_address]] static inline __m128i loadBlock(const char* position) noexcept {
+VOREL_NO_SANITIZE_ADDRESS static inline __m128i loadBlock(const char* position) noexcept {
     return _mm_loadu_si128(reinterpret_cast<const __m128i*>(position));
 }
 
-[[gnu::no_sanitize_address]] static inline __m128i loadBlock(const WideUnit* position) noexcept {
+VOREL_NO_SANITIZE_ADDRESS static inline __m128i loadBlock(const WideUnit* position) noexcept {
     const auto* const units = reinterpret_cast<const __m128i*>(position);
     return _mm_packus_epi16(_mm_loadu_si128(units), _mm_loadu_si128(units + 1));
 }

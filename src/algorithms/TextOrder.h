@@ -10,6 +10,7 @@
 #include <limits>
 
 #include "algorithms/Ascii.h"
+#include "algorithms/Attributes.h"
 #include "algorithms/NumberScanner.h"
 #include "algorithms/PageReads.h"
 #include "algorithms/Sse2.h"
@@ -81,7 +82,7 @@ inline constexpr std::size_t kOrderBlock = 16 / sizeof(T);
 
 /// The number of characters at the start of two blocks that are the same and not a terminator, at most `kOrderBlock`.
 template <class T>
-[[gnu::no_sanitize_address]] inline std::size_t sameInBlock(const T* a, const T* b, bool ignoreCase) noexcept {
+VOREL_NO_SANITIZE_ADDRESS inline std::size_t sameInBlock(const T* a, const T* b, bool ignoreCase) noexcept {
     constexpr bool kNarrow = sizeof(T) == 1;
     const auto all = [](unsigned int unit) {
         return kNarrow ? _mm_set1_epi8(static_cast<char>(unit)) : _mm_set1_epi16(static_cast<short>(unit));
@@ -106,7 +107,7 @@ template <class T>
 
 /// Moves both cursors past characters that are the same, as long as whole blocks lie in a page.
 template <class T>
-[[gnu::always_inline]] inline void skipSameBlocks(const T*& a, const T*& b, bool ignoreCase) noexcept {
+VOREL_ALWAYS_INLINE void skipSameBlocks(const T*& a, const T*& b, bool ignoreCase) noexcept {
     while (isInPage(a, 16) && isInPage(b, 16)) {
         const std::size_t same = sameInBlock(a, b, ignoreCase);
         a += same;
@@ -122,7 +123,7 @@ enum class Steps { Units, Blocks };
 
 /// `compareTexts` of texts that are not null. In blocks only where digits are not numbers.
 template <Steps steps, class T>
-[[gnu::always_inline]] inline int compareNonNull(const T* a, const T* b, OrderRules rules) noexcept {
+VOREL_ALWAYS_INLINE int compareNonNull(const T* a, const T* b, OrderRules rules) noexcept {
     for (;;) {
         if (steps == Steps::Blocks) {
             skipSameBlocks(a, b, rules.ignoreCase);
@@ -152,7 +153,7 @@ template <Steps steps, class T>
 
 /// Below 0, 0, or above 0, as `a` sorts before, equal to, or after `b`. Null sorts before every text.
 template <class T>
-[[gnu::always_inline]] inline int compareTexts(const T* a, const T* b, OrderRules rules) noexcept {
+VOREL_ALWAYS_INLINE int compareTexts(const T* a, const T* b, OrderRules rules) noexcept {
     if (!a || !b) {
         return (a ? 1 : 0) - (b ? 1 : 0);
     }

@@ -10,6 +10,7 @@
 #include <string_view>
 
 #include "algorithms/Ascii.h"
+#include "algorithms/Attributes.h"
 #include "algorithms/HexText.h"
 #include "algorithms/Processor.h"
 #include "algorithms/Sse2.h"
@@ -165,8 +166,8 @@ inline UrlProgress encodeUrl(std::string_view text, const UrlTable& table, char*
 }
 
 /// Decodes the escape or character at `cursor`, which is before the end, and advances both pointers.
-[[gnu::always_inline]] inline void decodeUrlCharacter(const char*& cursor, const char* end, bool plusIsSpace,
-                                                      char*& out) noexcept {
+VOREL_ALWAYS_INLINE void decodeUrlCharacter(const char*& cursor, const char* end, bool plusIsSpace,
+                                            char*& out) noexcept {
     const char c = *cursor;
     if (c == '%' && end - cursor > 2) {
         const unsigned int high = hexDigitOf(cursor[1]);

@@ -8,6 +8,7 @@
 #if defined(__AVX2__)
 #include <immintrin.h>
 
+#include "algorithms/Attributes.h"
 #include "algorithms/PageReads.h"
 #endif
 
@@ -83,7 +84,7 @@ static inline unsigned int atMost(unsigned int count, std::size_t limit) noexcep
 
 /// Hides what `constants` holds from the compiler, which therefore reads it from memory.
 template <class Constants>
-[[gnu::always_inline]] static inline const Constants& hidden(const Constants& constants) noexcept {
+VOREL_ALWAYS_INLINE static const Constants& hidden(const Constants& constants) noexcept {
     const Constants* address = &constants;
 #if defined(__GNUC__)
     asm("" : "+r"(address));
@@ -113,7 +114,7 @@ static inline unsigned int bytesFrom(unsigned char first, __m256i block) noexcep
 /// Whether the scalar codec reads past the page of `bytes`, of which less than 32 bytes are left. `left` bytes of the
 /// text are left, and bits say which of the next ones are `expected` to be trailing bytes. A zero or a byte that does
 /// not start a sequence may be the last one that can be read.
-[[gnu::noinline, maybe_unused]] static bool continuesInNextPage(const unsigned char* bytes, std::size_t left,
+[[maybe_unused]] VOREL_NOINLINE static bool continuesInNextPage(const unsigned char* bytes, std::size_t left,
                                                                 unsigned int expected) noexcept {
     const auto rest = static_cast<unsigned int>(kPageBytes - offsetInPage(bytes));
     const unsigned int before = 32 - rest;
@@ -126,7 +127,7 @@ static inline unsigned int bytesFrom(unsigned char first, __m256i block) noexcep
 }
 
 /// The same for units. A unit may not cross the border.
-[[gnu::noinline, maybe_unused]] static bool continuesInNextPage(const unsigned char* units,
+[[maybe_unused]] VOREL_NOINLINE static bool continuesInNextPage(const unsigned char* units,
                                                                 std::size_t bytesLeft) noexcept {
     const auto rest = static_cast<unsigned int>(kPageBytes - offsetInPage(units));
     const unsigned int before = 32 - rest;

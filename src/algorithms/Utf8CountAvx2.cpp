@@ -5,6 +5,7 @@
 
 #include <cstdint>
 
+#include "algorithms/Attributes.h"
 #include "algorithms/PageReads.h"
 #include "algorithms/SimdBlocks.h"
 #include "algorithms/Utf16.h"
@@ -17,16 +18,16 @@ constexpr unsigned int kBlock = 32;  // bytes
 
 // Blocks are aligned, so each lies in one page. The first one may begin before the text: its bits are masked.
 
-[[gnu::always_inline]] inline __m256i load32(const void* position) noexcept {
+VOREL_ALWAYS_INLINE __m256i load32(const void* position) noexcept {
     return _mm256_loadu_si256(static_cast<const __m256i*>(position));
 }
 
-[[gnu::always_inline]] inline unsigned int offsetInBlock(const void* position) noexcept {
+VOREL_ALWAYS_INLINE unsigned int offsetInBlock(const void* position) noexcept {
     return static_cast<unsigned int>(offsetInPage(position) % kBlock);
 }
 
 /// The number of bytes of ASCII in double blocks of this page, up to a double block with anything else.
-[[gnu::always_inline]] inline std::size_t countAscii(const unsigned char* bytes, std::size_t left) noexcept {
+VOREL_ALWAYS_INLINE std::size_t countAscii(const unsigned char* bytes, std::size_t left) noexcept {
     constexpr std::size_t kDouble = std::size_t{2} * kBlock;
     const std::size_t inPage = kPageBytes - offsetInPage(bytes);
     const std::size_t size = (inPage < left ? inPage : left) / kDouble * kDouble;
@@ -43,7 +44,7 @@ constexpr unsigned int kBlock = 32;  // bytes
 }
 
 /// The same for units.
-[[gnu::always_inline]] inline std::size_t countAsciiUnits(const unsigned char* units, std::size_t left) noexcept {
+VOREL_ALWAYS_INLINE std::size_t countAsciiUnits(const unsigned char* units, std::size_t left) noexcept {
     constexpr std::size_t kDouble = std::size_t{2} * kBlock;
     const std::size_t inPage = kPageBytes - offsetInPage(units);
     const std::size_t size = (inPage < left ? inPage : left) / kDouble * kDouble;
@@ -80,7 +81,7 @@ alignas(32) constexpr Constants kConstants = constants();
 class DecodedCount {
 public:
     /// Counts the bytes of a block that `kept` has. False at a zero or an ill-formed part.
-    [[gnu::always_inline]] bool add(const unsigned char* bytes, unsigned int kept) noexcept {
+    VOREL_ALWAYS_INLINE bool add(const unsigned char* bytes, unsigned int kept) noexcept {
         const __m256i block = load32(bytes);
         const unsigned int notAscii = maskOf(block) & kept;
         const unsigned int leads = bytesFrom(0xC0, block) & kept;
@@ -122,7 +123,7 @@ public:
     explicit EncodedCount(bool paired) noexcept : m_k(hidden(kConstants)), m_paired(paired ? ~0u : 0u) {}
 
     /// Counts the units of a block that `kept` has. False at a zero or an unpaired surrogate.
-    [[gnu::always_inline]] bool add(const unsigned char* position, unsigned int kept) noexcept {
+    VOREL_ALWAYS_INLINE bool add(const unsigned char* position, unsigned int kept) noexcept {
         const __m256i zero = _mm256_setzero_si256();
         const __m256i block = load32(position);
         const __m256i upper = _mm256_and_si256(block, load32(m_k.notShort));
@@ -155,7 +156,7 @@ public:
     [[nodiscard]] unsigned int bytes() const noexcept { return m_bytes; }
 
 private:
-    [[gnu::always_inline]] [[nodiscard]] unsigned int highsOf(__m256i block) const noexcept {
+    [[nodiscard]] VOREL_ALWAYS_INLINE unsigned int highsOf(__m256i block) const noexcept {
         const __m256i kind = _mm256_and_si256(block, load32(m_k.kindMask));
         return maskOf(_mm256_cmpeq_epi16(kind, load32(m_k.high)));
     }

@@ -5,6 +5,7 @@
 
 #include <cstdint>
 
+#include "algorithms/Attributes.h"
 #include "algorithms/PageReads.h"
 #include "algorithms/SimdBlocks.h"
 #include "algorithms/Utf8DecodeAvx2.h"
@@ -15,8 +16,8 @@ namespace {
 
 /// Decodes characters at the end of the text or of the capacity: up to a zero, or the end of the `left` bytes. Writes
 /// nothing past the decoded units.
-[[gnu::noinline]] Progress decodePart(const unsigned char* bytes, std::size_t left, unsigned char* out,
-                                      std::size_t capacity) noexcept {
+VOREL_NOINLINE Progress decodePart(const unsigned char* bytes, std::size_t left, unsigned char* out,
+                                   std::size_t capacity) noexcept {
     const Bytes found(loadBytes(bytes));
     const unsigned int size = atMost(lowestBit(found.zeros | found.others | 1u << kBytes), left);
     const unsigned int leads = found.leads & lowBits(size);
@@ -42,7 +43,7 @@ namespace {
 }
 
 /// Stores units and zeros after them.
-[[gnu::always_inline]] inline void storeUnits(__m128i units, unsigned char* out) noexcept {
+VOREL_ALWAYS_INLINE void storeUnits(__m128i units, unsigned char* out) noexcept {
     _mm_storeu_si128(reinterpret_cast<__m128i*>(out), units);
 }
 
@@ -56,7 +57,7 @@ struct Decoding {
 };
 
 /// Decodes thirty-two bytes of characters of one or two bytes. The bits of `trailing` include the byte after them.
-[[gnu::always_inline]] inline void decodeUpToTwo(Decoding& at, std::uint64_t trailing, const Constants& k) noexcept {
+VOREL_ALWAYS_INLINE void decodeUpToTwo(Decoding& at, std::uint64_t trailing, const Constants& k) noexcept {
     const auto half = [&](unsigned int first) {
         const auto load = [](const unsigned char* lower, const unsigned char* upper) {
             return _mm256_inserti128_si256(_mm256_castsi128_si256(loadBytes(lower)), loadBytes(upper), 1);
@@ -82,7 +83,7 @@ struct Decoding {
 }
 
 /// Decodes eight characters of three bytes.
-[[gnu::always_inline]] inline void decodeThrees(Decoding& at, const Constants& k) noexcept {
+VOREL_ALWAYS_INLINE void decodeThrees(Decoding& at, const Constants& k) noexcept {
     const __m256i bytes =
         _mm256_inserti128_si256(_mm256_castsi128_si256(loadBytes(at.bytes)), loadBytes(at.bytes + 12), 1);
     const __m256i bits = _mm256_and_si256(_mm256_shuffle_epi8(bytes, load32(k.threes)), load32(k.bitsOfThree));
@@ -95,7 +96,7 @@ struct Decoding {
 
 /// Decodes the characters that begin in a block, `left` bytes of which belong to the text, up to a zero. Returns false
 /// if there are none, or if they are not well-formed.
-[[gnu::always_inline]] inline bool decodeBlock(Decoding& at, std::size_t left, const Constants& k) noexcept {
+VOREL_ALWAYS_INLINE bool decodeBlock(Decoding& at, std::size_t left, const Constants& k) noexcept {
     const Bytes found(loadBytes(at.bytes));
     const unsigned int size = atMost(lowestBit(found.zeros | found.others | 1u << kBytes), left);
     const unsigned int announced = found.leads << 1 | found.threes << 2 | found.fours << 3 | at.expected;
@@ -119,7 +120,7 @@ struct Decoding {
 }
 
 /// Decodes ASCII up to `end` in double blocks, up to one with anything else.
-[[gnu::always_inline]] inline void decodeAscii(Decoding& at, const unsigned char* end) noexcept {
+VOREL_ALWAYS_INLINE void decodeAscii(Decoding& at, const unsigned char* end) noexcept {
     for (std::size_t left = static_cast<std::size_t>(end - at.bytes) / kDoubleBlock; left != 0; --left) {
         const __m256i block = load32(at.bytes);
         if (maskOf(_mm256_or_si256(block, _mm256_cmpeq_epi8(block, _mm256_setzero_si256()))) != 0) {
@@ -132,7 +133,7 @@ struct Decoding {
 }
 
 /// Decodes double blocks before `end`, up to a zero or an ill-formed part.
-[[gnu::always_inline]] inline void decodeWhole(Decoding& at, const unsigned char* end, const Constants& k) noexcept {
+VOREL_ALWAYS_INLINE void decodeWhole(Decoding& at, const unsigned char* end, const Constants& k) noexcept {
     constexpr unsigned int kLeadsOfThrees = 0x249249;
     while (static_cast<std::size_t>(end - at.bytes) >= kDoubleBlock) {
         const __m256i block = load32(at.bytes);
@@ -171,8 +172,8 @@ struct Decoding {
 }
 
 /// The end of the double blocks that can be read in this page and that have room in the output.
-[[gnu::always_inline]] inline const unsigned char* endOfWhole(const unsigned char* bytes, std::size_t left,
-                                                              std::size_t room) noexcept {
+VOREL_ALWAYS_INLINE const unsigned char* endOfWhole(const unsigned char* bytes, std::size_t left,
+                                                    std::size_t room) noexcept {
     const std::size_t inPage = kPageBytes - offsetInPage(bytes);
     std::size_t size = inPage < kReadDouble ? 0 : inPage - (kReadDouble - kDoubleBlock);
     size = size < left ? size : left;
@@ -180,13 +181,13 @@ struct Decoding {
 }
 
 /// Whether `kReadBytes` bytes can be read.
-[[gnu::always_inline]] inline bool isReadable(const Decoding& at, std::size_t left) noexcept {
+VOREL_ALWAYS_INLINE bool isReadable(const Decoding& at, std::size_t left) noexcept {
     return isInPage(at.bytes, kReadBytes) || continuesInNextPage(at.bytes, left, at.expected);
 }
 
 /// Decodes text up to a zero or an ill-formed part, while there is room for `kDoubleBlock` units.
-[[gnu::noinline]] Progress decodeBlocks(const unsigned char* bytes, std::size_t left, unsigned char* out,
-                                        std::size_t capacity) noexcept {
+VOREL_NOINLINE Progress decodeBlocks(const unsigned char* bytes, std::size_t left, unsigned char* out,
+                                     std::size_t capacity) noexcept {
     const Constants& k = hidden(kConstants);
     const unsigned char* const end = bytes + left;
     const unsigned char* const limit = out + 2 * capacity;
@@ -217,9 +218,8 @@ struct Decoding {
 }
 
 /// Decodes ASCII up to anything else. With `Allowed`, also the last bytes of the text, in a double block.
-[[gnu::always_inline]] inline Progress decodeAsciiStart(const unsigned char* bytes, std::size_t left,
-                                                        unsigned char* out, std::size_t capacity,
-                                                        Overwrite overwrite) noexcept {
+VOREL_ALWAYS_INLINE Progress decodeAsciiStart(const unsigned char* bytes, std::size_t left, unsigned char* out,
+                                              std::size_t capacity, Overwrite overwrite) noexcept {
     Decoding at = {bytes, out, 0, 0};
     decodeAscii(at, endOfWhole(bytes, left, capacity));
     auto read = static_cast<unsigned int>(at.bytes - bytes);

@@ -7,6 +7,7 @@
 
 #include <immintrin.h>
 
+#include "algorithms/Attributes.h"
 #include "algorithms/SimdBlocks.h"
 #include "algorithms/Utf16.h"
 #include "algorithms/Utf8Avx2.h"
@@ -95,17 +96,17 @@ constexpr Constants constants() noexcept {
 
 alignas(32) inline constexpr Constants kConstants = constants();
 
-[[gnu::always_inline]] inline __m256i load32(const void* position) noexcept {
+VOREL_ALWAYS_INLINE __m256i load32(const void* position) noexcept {
     return _mm256_loadu_si256(static_cast<const __m256i*>(position));
 }
 
-[[gnu::always_inline]] inline __m256i everyUnit(std::uint32_t value) noexcept {
+VOREL_ALWAYS_INLINE __m256i everyUnit(std::uint32_t value) noexcept {
     return _mm256_set1_epi16(static_cast<short>(value));
 }
 
 /// The kinds of sixteen bytes, one bit each.
 struct Bytes {
-    [[gnu::always_inline]] explicit Bytes(__m128i block) noexcept
+    VOREL_ALWAYS_INLINE explicit Bytes(__m128i block) noexcept
         : zeros(maskOf(_mm_cmpeq_epi8(block, _mm_setzero_si128()))) {
         // As signed numbers, trailing bytes are below 0xC0, leads of two bytes below 0xE0, of three below 0xF0, and of
         // four are 0xF0 here.
@@ -130,7 +131,7 @@ struct Bytes {
 
 /// The units that begin at each of sixteen bytes, as if each were a lead byte, up to three bytes.
 struct Units {
-    [[gnu::always_inline]] explicit Units(const unsigned char* bytes) noexcept
+    VOREL_ALWAYS_INLINE explicit Units(const unsigned char* bytes) noexcept
         : lead(_mm256_cvtepu8_epi16(loadBytes(bytes))),
           second(_mm256_and_si256(_mm256_cvtepu8_epi16(loadBytes(bytes + 1)), everyUnit(0x3F))),
           third(_mm256_and_si256(_mm256_cvtepu8_epi16(loadBytes(bytes + 2)), everyUnit(0x3F))) {
@@ -145,7 +146,7 @@ struct Units {
 
     /// Puts the surrogates of characters that begin with 0xF0 at their first and third bytes. `thirds` has a bit for
     /// each third byte. Returns false if one of `fours` is overlong.
-    [[gnu::always_inline]] bool splitFours(unsigned int thirds, const Constants& k) noexcept {
+    VOREL_ALWAYS_INLINE bool splitFours(unsigned int thirds, const Constants& k) noexcept {
         const __m256i isFour = _mm256_cmpgt_epi16(lead, everyUnit(0xEF));
         const __m256i high =
             _mm256_add_epi16(_mm256_or_si256(_mm256_slli_epi16(second, 2), _mm256_srli_epi16(third, 4)),

@@ -5,6 +5,7 @@
 
 #include <cstdint>
 
+#include "algorithms/Attributes.h"
 #include "algorithms/PageReads.h"
 #include "algorithms/SimdBlocks.h"
 #include "algorithms/Utf8EncodeAvx2.h"
@@ -13,12 +14,12 @@ namespace vorel::algorithms::encoding {
 
 namespace {
 
-[[gnu::always_inline]] inline bool isZero(const unsigned char* unit) noexcept {
+VOREL_ALWAYS_INLINE bool isZero(const unsigned char* unit) noexcept {
     return (unit[0] | unit[1]) == 0;
 }
 
 /// The zeros of a block, two bits for each unit.
-[[gnu::always_inline]] inline unsigned int zerosOf(__m256i units) noexcept {
+VOREL_ALWAYS_INLINE unsigned int zerosOf(__m256i units) noexcept {
     return maskOf(_mm256_cmpeq_epi16(units, _mm256_setzero_si256()));
 }
 
@@ -29,7 +30,7 @@ struct Start {
 };
 
 /// Encodes a block, `left` units of which belong to the text, up to a zero or an unpaired surrogate.
-[[gnu::always_inline]] inline Start startOf(__m256i block, std::size_t left, bool paired, const Constants& k) noexcept {
+VOREL_ALWAYS_INLINE Start startOf(__m256i block, std::size_t left, bool paired, const Constants& k) noexcept {
     unsigned int stops = zerosOf(block);
     Sequences all(block, k);
     unsigned int highs = 0;
@@ -51,8 +52,8 @@ struct Positions {
     unsigned char* out;
 };
 
-[[gnu::noinline]] Progress encodeStart(const unsigned char* units, std::size_t left, unsigned char* out, bool paired,
-                                       const Constants& k) noexcept {
+VOREL_NOINLINE Progress encodeStart(const unsigned char* units, std::size_t left, unsigned char* out, bool paired,
+                                    const Constants& k) noexcept {
     const __m256i block = loadUnits(units);
     const __m256i ascii = _mm256_permute4x64_epi64(_mm256_packus_epi16(block, _mm256_setzero_si256()), 0xD8);
     const unsigned int stops = maskOf(_mm256_or_si256(ascii, _mm256_cmpeq_epi8(ascii, _mm256_setzero_si256())));
@@ -67,7 +68,7 @@ struct Positions {
 }
 
 /// Encodes ASCII up to `end` in pairs of blocks, up to a pair with anything else.
-[[gnu::always_inline]] inline Positions encodeAscii(Positions at, const unsigned char* end) noexcept {
+VOREL_ALWAYS_INLINE Positions encodeAscii(Positions at, const unsigned char* end) noexcept {
     for (std::size_t left = static_cast<std::size_t>(end - at.units) / (2 * kBlockBytes); left != 0; --left) {
         // The saturated packing keeps 0x01 to 0x7F and turns every other unit into 0x00 or a byte from 0x80 on.
         const __m256i bytes = _mm256_packus_epi16(loadUnits(at.units), loadUnits(at.units + kBlockBytes));
@@ -82,8 +83,8 @@ struct Positions {
 
 /// Encodes the blocks up to `end`, up to one with a zero or one that begins with an unpaired surrogate. The output has
 /// room for them.
-[[gnu::always_inline]] inline Positions encodeWhole(Positions at, const unsigned char* end, bool paired,
-                                                    const Constants& k) noexcept {
+VOREL_ALWAYS_INLINE Positions encodeWhole(Positions at, const unsigned char* end, bool paired,
+                                          const Constants& k) noexcept {
     while (static_cast<std::size_t>(end - at.units) >= kBlockBytes) {
         const __m256i block = loadUnits(at.units);
         // Zeros get all bits, so they are neither ASCII nor short here.
@@ -119,8 +120,8 @@ struct Positions {
 
 /// The number of blocks that can be read, and written with `kMaxWritten` bytes for the last one: those in the page, or
 /// one that extends into the next page. 0 if it is not known that the text continues there.
-[[gnu::always_inline]] inline std::size_t readableBlocks(const unsigned char* units, std::size_t bytesLeft,
-                                                         std::size_t room) noexcept {
+VOREL_ALWAYS_INLINE std::size_t readableBlocks(const unsigned char* units, std::size_t bytesLeft,
+                                               std::size_t room) noexcept {
     const std::size_t inPage = kPageBytes - offsetInPage(units);
     if (inPage < kBlockBytes) {
         return continuesInNextPage(units, bytesLeft) ? 1 : 0;
@@ -131,8 +132,8 @@ struct Positions {
 }
 
 /// Encodes text up to a zero or a surrogate that is not part of a pair, while there is room for `kMaxWritten` bytes.
-[[gnu::noinline]] Progress encodeBlocks(const unsigned char* units, std::size_t left, unsigned char* out,
-                                        std::size_t capacity, bool paired) noexcept {
+VOREL_NOINLINE Progress encodeBlocks(const unsigned char* units, std::size_t left, unsigned char* out,
+                                     std::size_t capacity, bool paired) noexcept {
     const Constants& k = hidden(kConstants);
     const unsigned char* const end = units + 2 * left;
     const unsigned char* const limit = out + capacity;
@@ -162,8 +163,8 @@ struct Positions {
 }
 
 /// Encodes the first units of a block. Writes nothing past their bytes.
-[[gnu::noinline]] Progress encodePart(const unsigned char* units, std::size_t left, unsigned char* out,
-                                      std::size_t capacity, bool paired) noexcept {
+VOREL_NOINLINE Progress encodePart(const unsigned char* units, std::size_t left, unsigned char* out,
+                                   std::size_t capacity, bool paired) noexcept {
     const Start start = startOf(loadUnits(units), left, paired, kConstants);
     if (start.bytes.size() > capacity) {
         return kNoProgress;
@@ -173,8 +174,8 @@ struct Positions {
 }
 
 /// Encodes ASCII up to anything else, in blocks or in a last double block that is filled with zeros.
-[[gnu::always_inline]] inline Progress encodeAsciiStart(const unsigned char* units, std::size_t left,
-                                                        unsigned char* out, std::size_t capacity) noexcept {
+VOREL_ALWAYS_INLINE Progress encodeAsciiStart(const unsigned char* units, std::size_t left, unsigned char* out,
+                                              std::size_t capacity) noexcept {
     const std::size_t inPage = kPageBytes - offsetInPage(units);
     std::size_t whole = left < capacity ? left : capacity;
     whole = whole < inPage / 2 ? whole : inPage / 2;

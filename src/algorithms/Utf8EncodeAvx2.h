@@ -10,6 +10,7 @@
 
 #include <immintrin.h>
 
+#include "algorithms/Attributes.h"
 #include "algorithms/SimdBlocks.h"
 #include "algorithms/Utf16.h"
 #include "algorithms/Utf8Avx2.h"
@@ -111,11 +112,11 @@ constexpr Constants constants() noexcept {
 
 alignas(32) inline constexpr Constants kConstants = constants();
 
-[[gnu::always_inline]] inline __m256i loadUnits(const void* position) noexcept {
+VOREL_ALWAYS_INLINE __m256i loadUnits(const void* position) noexcept {
     return _mm256_loadu_si256(static_cast<const __m256i*>(position));
 }
 
-[[gnu::always_inline]] inline bool hasNone(__m256i units, const Constants::Units& bits) noexcept {
+VOREL_ALWAYS_INLINE bool hasNone(__m256i units, const Constants::Units& bits) noexcept {
     return _mm256_testz_si256(units, loadUnits(bits)) != 0;
 }
 
@@ -125,7 +126,7 @@ struct Piece {
     unsigned int size;
 
     /// Stores the piece and zeros after it. Returns the end.
-    [[gnu::always_inline]] unsigned char* store(unsigned char* out) const noexcept {
+    VOREL_ALWAYS_INLINE unsigned char* store(unsigned char* out) const noexcept {
         _mm_storeu_si128(reinterpret_cast<__m128i*>(out), bytes);
         return out + size;
     }
@@ -141,7 +142,7 @@ struct TwoPieces {
     Piece first, second;
 
     [[nodiscard]] unsigned int size() const noexcept { return first.size + second.size; }
-    [[gnu::always_inline]] unsigned char* store(unsigned char* out) const noexcept {
+    VOREL_ALWAYS_INLINE unsigned char* store(unsigned char* out) const noexcept {
         return second.store(first.store(out));
     }
     unsigned char* storeExactly(unsigned char* out) const noexcept {
@@ -153,7 +154,7 @@ struct FourPieces {
     TwoPieces first, second;
 
     [[nodiscard]] unsigned int size() const noexcept { return first.size() + second.size(); }
-    [[gnu::always_inline]] unsigned char* store(unsigned char* out) const noexcept {
+    VOREL_ALWAYS_INLINE unsigned char* store(unsigned char* out) const noexcept {
         return second.store(first.store(out));
     }
     unsigned char* storeExactly(unsigned char* out) const noexcept {
@@ -162,7 +163,7 @@ struct FourPieces {
 };
 
 /// Encodes units below 0x800.
-[[gnu::always_inline]] inline TwoPieces encodeUpToTwo(__m256i units, const Constants& k) noexcept {
+VOREL_ALWAYS_INLINE TwoPieces encodeUpToTwo(__m256i units, const Constants& k) noexcept {
     const __m256i lead = _mm256_srli_epi16(units, 6);
     const __m256i trail = _mm256_and_si256(_mm256_slli_epi16(units, 8), loadUnits(k.trailingBits));
     const __m256i two = _mm256_or_si256(_mm256_or_si256(lead, trail), loadUnits(k.twoByteForm));
@@ -178,7 +179,7 @@ struct FourPieces {
 
 /// The surrogates of sixteen units, two bits for each unit.
 struct SurrogatesOf {
-    [[gnu::always_inline]] SurrogatesOf(__m256i units, const Constants& k) noexcept {
+    VOREL_ALWAYS_INLINE SurrogatesOf(__m256i units, const Constants& k) noexcept {
         const __m256i kind = _mm256_and_si256(units, loadUnits(k.kindMask));
         isHigh = _mm256_cmpeq_epi16(kind, loadUnits(k.high));
         isLow = _mm256_cmpeq_epi16(kind, loadUnits(k.low));
@@ -204,7 +205,7 @@ struct SurrogatesOf {
 /// The bytes of sixteen units. Each unit has four bytes: the one of ASCII, the last one, the lead byte of three, and
 /// the lead byte of two or the second byte of three. Surrogates are values, unless `joinPairs` is called.
 struct Sequences {
-    [[gnu::always_inline]] Sequences(__m256i units, const Constants& k) noexcept {
+    VOREL_ALWAYS_INLINE Sequences(__m256i units, const Constants& k) noexcept {
         const __m256i zero = _mm256_setzero_si256();
         const __m256i isShort = _mm256_cmpeq_epi16(_mm256_and_si256(units, loadUnits(k.notShort)), zero);
         const __m256i isAscii = _mm256_cmpeq_epi16(_mm256_and_si256(units, loadUnits(k.notAscii)), zero);
@@ -218,7 +219,7 @@ struct Sequences {
     }
 
     /// Gives the first two bytes of a pair to its high surrogate and the others to its low surrogate.
-    [[gnu::always_inline]] void joinPairs(__m256i units, const SurrogatesOf& surrogates, const Constants& k) noexcept {
+    VOREL_ALWAYS_INLINE void joinPairs(__m256i units, const SurrogatesOf& surrogates, const Constants& k) noexcept {
         const __m256i value =
             _mm256_add_epi16(_mm256_and_si256(units, loadUnits(k.pairedBits)), loadUnits(k.pairedOffset));
         const __m256i second = _mm256_and_si256(_mm256_srli_epi16(value, 2), loadUnits(k.highLower));
@@ -244,7 +245,7 @@ struct Sequences {
 };
 
 /// Packs the sequences of the first `count` units.
-[[gnu::always_inline]] inline FourPieces packed(const Sequences& all, unsigned int count) noexcept {
+VOREL_ALWAYS_INLINE FourPieces packed(const Sequences& all, unsigned int count) noexcept {
     const __m256i first = all.first();
     const __m256i second = all.second();
     // The other units must not leave bytes: unused slots of an array are zero.
@@ -260,8 +261,7 @@ struct Sequences {
 }
 
 /// Stores sixteen units that have three bytes each, and zeros after them. Returns the end.
-[[gnu::always_inline]] inline unsigned char* storeThrees(const Sequences& all, unsigned char* out,
-                                                         const Constants& k) noexcept {
+VOREL_ALWAYS_INLINE unsigned char* storeThrees(const Sequences& all, unsigned char* out, const Constants& k) noexcept {
     const __m256i first = _mm256_shuffle_epi8(all.first(), loadUnits(k.order));
     const __m256i second = _mm256_shuffle_epi8(all.second(), loadUnits(k.order));
     _mm_storeu_si128(reinterpret_cast<__m128i*>(out), _mm256_castsi256_si128(first));

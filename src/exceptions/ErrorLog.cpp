@@ -9,6 +9,7 @@
 #include <io.h>
 #include <windows.h>
 
+#include "algorithms/Attributes.h"
 #include "core/Format.h"
 #include "exceptions/InvalidParameter.h"
 #include "exceptions/LocaleText.h"
@@ -111,7 +112,7 @@ private:
 };
 
 /// Moves a locked file to its backup and closes it.
-[[gnu::noinline]] void moveToBackup(LogFile& file, const char* path) noexcept {
+VOREL_NOINLINE void moveToBackup(LogFile& file, const char* path) noexcept {
     const detail::BackupName backup(path);
     _unlink(backup.text);
     file.close();

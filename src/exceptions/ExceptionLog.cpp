@@ -6,6 +6,7 @@
 #include <string_view>
 #include <type_traits>
 
+#include "algorithms/Attributes.h"
 #include "core/Format.h"
 #include "exceptions/LocaleText.h"
 #include "vorel/exceptions/Exception.h"
@@ -44,7 +45,7 @@ public:
 
 private:
     /// False when the message is truncated or cannot be rendered.
-    [[gnu::noinline]] static bool render(const char* format, va_list args, BaseString<wchar_t>& wide) noexcept {
+    VOREL_NOINLINE static bool render(const char* format, va_list args, BaseString<wchar_t>& wide) noexcept {
         const MessageText<char> narrow(format, args);
         detail::mbs2wcs(narrow.text(), wide);
         return narrow.text() && !narrow.truncated();

@@ -8,6 +8,7 @@
 #include <string>
 #include <utility>
 
+#include "algorithms/Attributes.h"
 #include "algorithms/Utf16.h"
 #include "algorithms/Utf8Short.h"
 #include "algorithms/Utf8Streams.h"
@@ -99,7 +100,7 @@ bool decodeNewShort(BaseString<wchar_t>& output, const unsigned char* input, int
 }
 
 /// Not inlined, so that short texts do not pay for its setup.
-[[gnu::noinline]] bool decode(BaseString<wchar_t>& output, const unsigned char* input, int length, bool throwOnError) {
+VOREL_NOINLINE bool decode(BaseString<wchar_t>& output, const unsigned char* input, int length, bool throwOnError) {
     return runRethrowing(L"vorel::util::ConvertUTF8toString", [&] {
         if (!input) {
             output.clear();

@@ -8,6 +8,7 @@
 #include <cstring>
 #include <string_view>
 
+#include "algorithms/Attributes.h"
 #include "algorithms/NumberText.h"
 #include "core/StringAccess.h"
 #include "values/DoubleFormat.h"
@@ -44,7 +45,7 @@ std::string_view specialWord(double value, bool json) noexcept {
 
 /// Writes a finite value other than 0 and a terminator. `out` has space for `kDoubleCapacity` characters.
 template <Rest rest, class T>
-[[gnu::always_inline]] inline T* writeInForm(double value, T* out, FormattingOptions options) noexcept {
+VOREL_ALWAYS_INLINE T* writeInForm(double value, T* out, FormattingOptions options) noexcept {
     return algorithms::writeDouble<rest>(
         value, options & FO_JSON ? algorithms::DoubleForm::Json : algorithms::DoubleForm::Plain, out);
 }
@@ -71,8 +72,8 @@ char* writeTruncated(double value, char* buffer, unsigned long long size, Format
 }
 
 /// Writes a value without digits, or to a buffer that may be too small. Returns the buffer.
-[[gnu::noinline]] char* writeSpecial(double value, char* buffer, unsigned long long size,
-                                     FormattingOptions options) noexcept {
+VOREL_NOINLINE char* writeSpecial(double value, char* buffer, unsigned long long size,
+                                  FormattingOptions options) noexcept {
     if (value == 0.0) {
         buffer[0] = '0';
         buffer[1] = 0;
@@ -85,8 +86,8 @@ char* writeTruncated(double value, char* buffer, unsigned long long size, Format
     return buffer;
 }
 
-[[gnu::noinline]] wchar_t* writeSpecial(double value, wchar_t* buffer, unsigned long long size,
-                                        FormattingOptions options) noexcept {
+VOREL_NOINLINE wchar_t* writeSpecial(double value, wchar_t* buffer, unsigned long long size,
+                                     FormattingOptions options) noexcept {
     char text[kWorkCharacters];
     doubleToString(value, text, kWorkCharacters, options);
     std::copy_n(text, std::min<unsigned long long>(std::strlen(text) + 1, size), buffer);

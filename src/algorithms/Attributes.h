@@ -1,0 +1,16 @@
+/// \file
+/// Attributes of functions, in the spelling of each compiler. They stand at the begin of a declaration.
+#pragma once
+
+#if defined(__GNUC__) || defined(__clang__)
+/// An inline function that is also inlined where the compiler would call it.
+#define VOREL_ALWAYS_INLINE [[gnu::always_inline]] inline
+/// Keeps rare code, and its use of the stack, out of the function that calls it.
+#define VOREL_NOINLINE [[gnu::noinline]]
+/// For loads that intentionally pass the end of an object, but not of its page.
+#define VOREL_NO_SANITIZE_ADDRESS [[gnu::no_sanitize_address]]
+#else
+#define VOREL_ALWAYS_INLINE __forceinline
+#define VOREL_NOINLINE __declspec(noinline)
+#define VOREL_NO_SANITIZE_ADDRESS __declspec(no_sanitize_address)
+#endif
