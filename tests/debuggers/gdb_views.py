@@ -77,7 +77,8 @@ def printed_by_gdb(wine_run, program, before, load):
     for command in commands:
         arguments += ["-ex", command]
     try:
-        run = subprocess.run(arguments, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
+        # GDB warns on stderr, before a value, that it does not find the symbols of the DLL's tables of virtual functions.
+        run = subprocess.run(arguments, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.PIPE,
                              timeout=SECONDS, env=environment, encoding="utf-8", check=False)
         server.wait(timeout=SECONDS)
     finally:
@@ -88,7 +89,7 @@ def printed_by_gdb(wine_run, program, before, load):
         if line.startswith("@"):
             name, _, value = line[1:].partition("@")
             found[name] = value.partition(" = ")[2]
-    return found, run.stdout
+    return found, run.stdout + run.stderr
 
 
 def check(title, wine_run, program, before, load):
