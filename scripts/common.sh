@@ -49,6 +49,12 @@ packages=(
     jq xxd                # what vorelconv is compared with
     git
 )
+# Programs that some tests start, and the libraries of rsyslog and syslog-ng.
+test_packages=(
+    lnav chromium ruby ripgrep
+    libestr0 libfastjson4 liblognorm5 libzstd1
+    libcap2 libglib2.0-0 libivykis0 libjson-c5 libnet1 libpcre3 libwrap0
+)
 check_packages=(clang-format clang-tidy cppcheck codespell)
 bench_packages=(libfast-float-dev libfmt-dev) # peers: headers only
 publish_packages=(python3-matplotlib) # charts of the benchmarks
@@ -87,6 +93,40 @@ setup() { # setup [package]...: what every command needs, and more
     say "Installing ${missing[*]}"
     as_root apt-get update -qq
     as_root apt-get install -y -qq -o Dpkg::Use-Pty=0 --no-install-recommends "${missing[@]}"
+}
+
+# Where one of these cannot be installed, the tests that need it are skipped.
+setup_tests() {
+    local package
+    (setup "${test_packages[@]}") || for package in "${test_packages[@]}"; do
+        (setup "$package") || echo "dev: $package is missing; the tests that need it are skipped" >&2
+    done
+    unpack_shippers || echo "dev: rsyslog or syslog-ng is missing; the tests that need it are skipped" >&2
+}
+
+# Debian's packages of rsyslog and syslog-ng exclude each other, and would replace the logging of this machine. So they
+# are unpacked, not installed.
+unpack_shippers() {
+    local shippers="$cache/shippers" folder
+    [[ ! -x $shippers/usr/sbin/rsyslogd || ! -x $shippers/usr/sbin/syslog-ng ]] || return 0
+    say "Unpacking rsyslog and syslog-ng"
+    mkdir -p "$cache"
+    folder="$(mktemp -d "$cache/shippers.XXXXXX")"
+    if ! download_shippers "$folder" && as_root apt-get update -qq; then
+        download_shippers "$folder"
+    fi
+    [[ ! -d $folder/usr ]] || { rm -rf "$shippers" && mv "$folder" "$shippers" && return; }
+    rm -rf "$folder"
+    return 1
+}
+
+download_shippers() { # download_shippers <folder>
+    local package
+    (cd "$1" && apt-get download -qq rsyslog syslog-ng-core 2>/dev/null) || return
+    for package in "$1"/*.deb; do
+        dpkg-deb --extract "$package" "$1" || return
+        rm "$package"
+    done
 }
 
 # ---- Build ----------------------------------------------------------------------------------------------------------

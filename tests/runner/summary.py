@@ -3,8 +3,8 @@
     summary.py <registry> <JUnit file of CTest>...
 
 A test of CTest that is a GoogleTest file counts as its cases, any other one as one. A later JUnit file replaces what an
-earlier one says about the same tests. Of each failed test the end of the output is printed. The last line is
-"N passed, N failed, N skipped".
+earlier one says about the same tests. Of each failed test the end of the output is printed, of each skipped one the
+reason. The last line is "N passed, N failed, N skipped".
 """
 
 import json
@@ -50,6 +50,10 @@ def main(registry, reports):
         if test.get("status") == "fail":
             output = (test.findtext("system-out") or "").rstrip().splitlines()
             print(f"\nOutput of {name}:", *output[-OUTPUT_LINES:], sep="\n    ")
+    skipped = [f"{name}: {(test.findtext('system-out') or '').strip().partition(chr(10))[0]}"
+               for name, test in tests.items() if test.find("skipped") is not None]
+    if skipped:
+        print("\nSkipped:", *skipped, sep="\n  ")
     if failed:
         print("\nFailed:", *failed, sep="\n  ")
     print(f"\n{outcomes['passed']} passed, {outcomes['failed']} failed, {outcomes['skipped']} skipped")
