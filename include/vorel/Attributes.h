@@ -6,10 +6,10 @@
 /// number `first`: the compiler checks the arguments against the format. Parameters are counted from 1, and from 2 in a
 /// non-static member function. No compiler checks wide formats.
 ///
-/// Formats are those of the Windows runtime. Clang checks these. GCC cannot, so it checks nothing unless the program
+/// Formats are those of the Windows runtime. Clang knows them. GCC does not, so it checks nothing unless the program
 /// defines VOREL_CHECK_FORMATS before it includes the library. GCC then checks by the C standard: it finds arguments of
-/// wrong types, but it also warns about the runtime's own `%hs`, `%hc`, `%hS`, `%ws`, `%wc`, `%Z`, `%Iu` and `%I64d`,
-/// and misreads `%I32d`. Programs that define the macro write `%s`, `%ls`, `%zu`, `%lld` and `%d` instead.
+/// wrong types, but it also warns about the Windows-only conversions `%hs`, `%hc`, `%hS`, `%ws`, `%wc`, `%Z`, `%Iu` and
+/// `%I64d`, and misreads `%I32d`. Programs that define the macro write `%s`, `%ls`, `%zu`, `%lld` and `%d` instead.
 #if defined(__clang__)
 #define VOREL_PRINTF(which, first) [[gnu::format(printf, which, first)]]
 #elif defined(__GNUC__) && defined(VOREL_CHECK_FORMATS)
@@ -18,8 +18,8 @@
 #define VOREL_PRINTF(which, first)
 #endif
 
-/// Marks a name that the next change of the interface removes; `advice` says what to use instead. A program that
-/// defines VOREL_NO_DEPRECATION gets no warning.
+/// Marks a name that the next change of the interface removes. `advice` says what to use instead. Programs that define
+/// VOREL_NO_DEPRECATION get no warnings.
 #if defined(VOREL_NO_DEPRECATION)
 #define VOREL_DEPRECATED(advice)
 #else

@@ -1,11 +1,12 @@
 /// \file
-/// What every header of the C++ interface includes: the export macro, and checks that program and library fit together.
+/// The export macro, and checks that a program fits the library. Every header of the C++ interface includes this file.
 ///
-/// A program must have the C runtime and the standard library that the library was built with. It frees blocks of the
-/// library and catches its exceptions. A wrong C runtime or C++ standard is an error of the compiler here. With another
-/// standard library a program would link, and Windows would end it at the first exception. So all programs refer to a
-/// symbol with the name of their standard library. vorelCore defines one of these symbols only. The linker reports that
-/// any other one, for example `vorelCore_is_built_for_libcxx`, is undefined.
+/// A program must use the C runtime and the C++ standard library that vorelCore was built with, because it frees memory
+/// that vorelCore allocated and catches its exceptions. A wrong C runtime or C++ standard is a compile error in this
+/// header. A program with another standard library would link, and Windows would end it at the first exception. So
+/// every program refers to a symbol named after its standard library, and vorelCore defines only the symbol of the
+/// standard library that it was built with. Any other symbol, for example `vorelCore_is_built_for_libcxx`, is an
+/// undefined symbol for the linker.
 ///
 /// The flat interface (vorelCoreC.h) does not include this header: it works with every C runtime and compiler.
 #pragma once
@@ -40,7 +41,7 @@ namespace vorel::detail {
 #if defined(VOREL_BUILDING_DLL)
 extern "C" VOREL_API void VOREL_STANDARD_LIBRARY() noexcept;
 #else
-// Without dllimport the address is a constant, so no program needs code that runs at its start.
+// Without dllimport the address is a constant, so no code has to run when a program starts.
 extern "C" void VOREL_STANDARD_LIBRARY() noexcept;
 #endif
 #if defined(__GNUC__)

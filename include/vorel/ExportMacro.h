@@ -1,8 +1,8 @@
 /// \file
 /// The export macros. `VOREL_API` marks declarations that cross the boundary of the DLL. It is empty for the static
 /// library (`VOREL_STATIC`), exports while the DLL is built (`VOREL_BUILDING_DLL`), and imports otherwise.
-/// `VOREL_API_INLINE` marks inline functions: they are exported too, but programs compile them instead of importing
-/// them.
+/// `VOREL_API_INLINE` marks inline functions: the DLL exports them too, but programs compile their own copy instead of
+/// importing them.
 #pragma once
 
 #if !defined(_WIN64)

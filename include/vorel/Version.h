@@ -1,13 +1,13 @@
 /// \file
-/// The version of the headers that a program is compiled with, and the version of the library that it runs with. They
-/// differ if the DLL comes from another build.
+/// The version of the headers that a program was compiled with, and the version of the library that it runs with. The
+/// versions differ if the DLL comes from another release.
 #pragma once
 
 #include "vorel/Export.h"
 
-/// The version of these headers. Before 1.0 a new minor number may change the interface; from 1.0 on, only a new major
-/// number may. A new patch number never does. The build stops if these numbers differ from the version of the CMake
-/// project.
+/// The version of these headers. Before 1.0, a new minor version may change the interface; from 1.0 on, only a new
+/// major version may. A new patch version never does. The build fails if these numbers differ from the version of the
+/// CMake project.
 #define VOREL_VERSION_MAJOR 0
 #define VOREL_VERSION_MINOR 1
 #define VOREL_VERSION_PATCH 0
@@ -17,9 +17,9 @@
     VOREL_VERSION_TEXT_OF(VOREL_VERSION_MAJOR) \
     "." VOREL_VERSION_TEXT_OF(VOREL_VERSION_MINOR) "." VOREL_VERSION_TEXT_OF(VOREL_VERSION_PATCH)
 
-/// The value of a macro as text.
+/// The value of the macro `number` as text.
 #define VOREL_VERSION_TEXT_OF(number) VOREL_VERSION_TEXT_AS_WRITTEN(number)
-/// Its argument as text, without macro expansion.
+/// The argument as text, without macro expansion.
 #define VOREL_VERSION_TEXT_AS_WRITTEN(number) #number
 
 namespace vorel {

@@ -1,5 +1,5 @@
 /// \file
-/// Includes the whole C++ interface. No Windows header is included: handles are `void*`, and a DWORD is `unsigned
+/// Includes the whole C++ interface. It includes no Windows header: handles are `void*`, and a DWORD is `unsigned
 /// long`.
 #pragma once
 

@@ -10,34 +10,34 @@
 ///         puts(message);
 ///     }
 ///
-/// The following rules hold for every function and are not repeated in the other headers.
+/// The following rules apply to every function. The other headers do not repeat them.
 ///
 /// **Results.** A function returns a `vorel_status`: `VOREL_OK` (0) or the reason of the failure. All other results are
-/// returned through pointers. They are written only with `VOREL_OK`; the exception is the length of an output. No
-/// function ends the program or lets a C++ exception escape. The message of the last failure is kept for each thread
-/// (`vorel_last_error_message`). Failures that the library treats as errors are also written to the error log.
-/// Malformed text is not logged where the C++ function reports it through its return value.
+/// returned through pointers. They are written only if the status is `VOREL_OK`. The only exception is the length of an
+/// output. No function ends the program or lets a C++ exception escape. The message of the last failure is kept for
+/// each thread (`vorel_last_error_message`). Failures that the library treats as errors are also written to the error
+/// log. Malformed text is not logged where the C++ function reports it through its return value.
 ///
 /// **Inputs.** A text is UTF-16 in the processor's byte order, passed as a pointer and a number of units; it needs no
 /// terminator. The number `VOREL_ZERO_TERMINATED` means "up to the first zero". The pointer may be null if the number
 /// is 0. No input may have more than `VOREL_MOST_UNITS` units. Only functions that convert between encodings accept a
 /// text that contains a zero; all others return `VOREL_ERROR_INVALID_TEXT`.
 ///
-/// **Outputs.** An output is a buffer of the caller, its capacity in units, and a pointer to a length. With `VOREL_OK`
-/// and `VOREL_ERROR_BUFFER_TOO_SMALL` the length is set to the length of the whole result. If the capacity is smaller,
-/// the buffer is unchanged and the status is `VOREL_ERROR_BUFFER_TOO_SMALL`, so a null buffer with a capacity of 0
-/// queries the length. If there is space for one more unit, a zero is written after a text; it is not counted. Outputs
-/// must not overlap inputs.
+/// **Outputs.** An output has three parameters: a buffer of the caller, its capacity in units, and a pointer to a
+/// length. With `VOREL_OK` and `VOREL_ERROR_BUFFER_TOO_SMALL`, the length is set to that of the whole result. If the
+/// capacity is smaller, the buffer is unchanged and the status is `VOREL_ERROR_BUFFER_TOO_SMALL`, so a null buffer with
+/// a capacity of 0 queries the length. If the buffer has space for one more unit, a zero is written after a text; the
+/// length does not count it. Outputs must not overlap inputs.
 ///
-/// **Arguments.** Pointers must not be null unless stated otherwise. A null pointer, a number that is too large and an
-/// unknown flag give `VOREL_ERROR_INVALID_ARGUMENT`. Booleans are 0 and 1 as an `int32_t`; as an input every value
-/// except 0 is true.
+/// **Arguments.** Pointers must not be null unless stated otherwise. A null pointer, a number that is too large, or an
+/// unknown flag gives `VOREL_ERROR_INVALID_ARGUMENT`. A Boolean is an `int32_t` of 0 or 1; as input, every value except
+/// 0 is true.
 ///
 /// **Threads.** Unless stated otherwise, every function may be called from any thread at any time, and does not wait
 /// for other threads.
 ///
-/// **Ownership.** Only handles have to be released. Each is opened by one function and closed by another, and must not
-/// be used by any thread afterwards.
+/// **Ownership.** Only handles must be released. One function opens a handle and another closes it; afterwards no
+/// thread may use the handle.
 #pragma once
 
 #include "vorel/flat/CodePages.h"

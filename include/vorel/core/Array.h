@@ -14,8 +14,8 @@
 /// be used by one thread at a time.
 ///
 /// Elements may be arrays, exceptions, and other types whose destructor may throw. An operation that removes elements
-/// releases all of them, even if the destructor of one fails. The operation throws the first failure after its work is
-/// done. Later failures are recorded in the log as "Array::~Array: ... suppressed" and swallowed.
+/// releases all of them, even if one destructor fails, and then throws the first failure. Later failures are recorded
+/// in the log as "Array::~Array: ... suppressed" and swallowed.
 #pragma once
 
 #include <algorithm>
@@ -49,7 +49,7 @@ public:
     /// Takes over the storage; `other` becomes empty.
     Array(Array&& other) noexcept { swap(other); }
 
-    /// Releases the elements and the storage by the rules for destructors that may throw.
+    /// Releases the elements and the storage. A failure follows the rules for destructors that may throw.
     /// \throws the first failure of an element's destructor, with the record "Array::~Array: Vorel exception rethrown",
     ///         or Exception "Array::~Array: Severe error thrown" if it is not an Exception.
     ~Array() noexcept(false) {
@@ -64,7 +64,7 @@ public:
             return *this;
         }
         if (other.m_count > m_allocated || !std::is_nothrow_move_assignable_v<T>) {
-            // Elements whose move may fail stay in the storage they were copied into.
+            // If the move of an element may fail, this array takes over the copy's storage instead of moving elements.
             Array copy;
             copy.fill(std::max(other.m_count, m_allocated), other.m_items, other.m_count);
             swap(copy);
@@ -172,8 +172,8 @@ private:
     /// Whether all bytes of a value-initialised element are 0.
     static constexpr bool kIsZeroInitially = std::is_arithmetic_v<T> || std::is_pointer_v<T>;
 
-    // The second trait is evaluated only if the first is true: otherwise a type that contains an array of itself would
-    // make the trait depend on itself.
+    // `conjunction` evaluates the second trait only if the first is true. Otherwise a type that contains an array of
+    // itself would need the trait to compute the trait.
     static constexpr bool kMovesCannotFail =
         std::conjunction_v<std::is_nothrow_destructible<T>, std::is_nothrow_move_assignable<T>>;
 
@@ -192,7 +192,7 @@ private:
     template <class Item>
     void appendGrowing(Item&& item) {
         Array grown = grownTo(grownCount(1), false);
-        grown.m_items[m_count] = std::forward<Item>(item);  // the old storage, which may contain it, still exists
+        grown.m_items[m_count] = std::forward<Item>(item);  // `item` may be in the old storage, which still exists
         ++grown.m_count;
         swap(grown);
     }

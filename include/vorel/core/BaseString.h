@@ -36,7 +36,8 @@ namespace detail {
 template <class T>
 struct StringAccess;
 
-/// Copies `bytes` bytes, from one to two words of them: the first word and the last, which may overlap.
+/// Copies `bytes` bytes as two words, the first and the last, which may overlap. `bytes` must be at least the size of
+/// one word, and at most that of two.
 template <class Word>
 void moveEnds(void* to, const void* from, std::size_t bytes) noexcept {
     Word first;
@@ -47,8 +48,8 @@ void moveEnds(void* to, const void* from, std::size_t bytes) noexcept {
     std::memcpy(static_cast<char*>(to) + bytes - sizeof(Word), &last, sizeof(Word));
 }
 
-/// Copies `count` units, at least one; the ranges may overlap. A call of the runtime's function takes longer than the
-/// copy of a short text.
+/// Copies `count` units, at least one; the ranges may overlap. Short texts are copied inline, because a call of the
+/// runtime's function takes longer than the copy.
 template <class T>
 void moveUnits(T* to, const T* from, std::size_t count) noexcept {
     struct Block {
@@ -198,7 +199,7 @@ public:
     ///
     /// - If `count` is 0, the string is emptied and nothing is allocated. The result is null if the string has no
     /// buffer.
-    /// - If the buffer is large enough, a length above `count` becomes `count`. An unknown length counts as above it.
+    /// - If the buffer is large enough, a length above `count` becomes `count`; so does an unknown length.
     /// - Otherwise a new buffer is allocated. Its capacity is a power of two, at least 16, up to 1 Mi units, and a
     ///   multiple of 1 Mi above that. With `discard` false, the new buffer holds the old text and a known length is
     ///   kept. With `discard` true, its content is undefined and the length is unknown.
@@ -264,7 +265,7 @@ private:
         return length;
     }
 
-    /// `append` to a text of unknown length, to a text that must grow, and of nothing.
+    /// The cases of `append` that are not inline: the length is unknown, the string must grow, or `count` is 0.
     BaseString& appendSlowly(const T* text, unsigned int count) {
         if (!text || count == 0) {
             return *this;
@@ -294,7 +295,7 @@ private:
     mutable unsigned int m_length = kUnknownLength;
 };
 
-// Declared for each width, because the compiler checks the arguments of the narrow form.
+// Each width is declared separately, because the compiler checks the arguments of the narrow form only.
 /// \cond
 template <>
 VOREL_PRINTF(2, 3)

@@ -26,11 +26,11 @@ public:
     AutoCriticalSection(const AutoCriticalSection&) = delete;
     AutoCriticalSection& operator=(const AutoCriticalSection&) = delete;
 
-    /// Locks (`timeout` other than 0) or tries to (0), and returns whether the lock is held; true at once while the
-    /// switch is off. The second argument is ignored.
+    /// Waits for the lock, or only tries to lock if `timeout` is 0. Returns whether the lock is held; while the switch
+    /// is off, returns true immediately. The second argument is ignored.
     bool lock(unsigned int timeout, bool);
 
-    /// Locks if that is possible without waiting, and returns whether it did; true while the switch is off.
+    /// Locks if that is possible without waiting. Returns whether the lock is held; true while the switch is off.
     bool tryLock();
 
     /// Unlocks; does nothing while the switch is off.
@@ -58,7 +58,7 @@ public:
     ForcedCriticalSection(const ForcedCriticalSection&) = delete;
     ForcedCriticalSection& operator=(const ForcedCriticalSection&) = delete;
 
-    /// Locks (`timeout` other than 0) or tries to (0), and returns whether the lock is held.
+    /// Waits for the lock, or only tries to lock if `timeout` is 0. Returns whether the lock is held.
     bool lock(unsigned int timeout, bool);
     bool tryLock();
     void unlock();

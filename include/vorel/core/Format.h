@@ -1,5 +1,5 @@
 /// \file
-/// The length of a printf-style rendering, as all formatting operations of the library measure it.
+/// The length of a printf-style rendering. All formatting operations of the library measure lengths in this way.
 #pragma once
 
 #include <cstdarg>
@@ -8,9 +8,9 @@
 
 namespace vorel::util {
 
-/// The number of units, without the terminator, that `fmt` renders to with `args` (a plain `char*` on 64-bit Windows),
-/// or a negative value if it cannot be rendered. The runtime renders the text to the null device, so the count is
-/// exactly the runtime's. Thread-safe; never throws.
+/// The number of units of the text that `fmt` and `args` render to, without the terminator; negative if they cannot be
+/// rendered. `args` is a plain `char*` on 64-bit Windows. The runtime renders the text to the null device, so the count
+/// is exactly the runtime's. Thread-safe; never throws.
 ///
 ///     "%d-%s" with 12, "ab"  ->  5
 VOREL_API int calculateSnprintFBufferSize(const char* fmt, va_list args);

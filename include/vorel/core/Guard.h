@@ -7,8 +7,8 @@
 ///         { const vorel::UnGuard left(lock); }    // ... except in here ...
 ///     }                                           // ... and released.
 ///
-/// A failure at the end of a scope is reported by the rules for destructors that may throw: it is recorded, and
-/// rethrown unless another exception unwinds the stack.
+/// If unlocking or locking fails at the end of a scope, the failure is recorded. It is rethrown unless another
+/// exception is already unwinding the stack.
 #pragma once
 
 #include "vorel/core/Protocol.h"

@@ -2,7 +2,7 @@
 /// `HashMap<Key, Value, KeyEqual>`: a chained hash map, for tables that are filled once and read often.
 ///
 /// The caller supplies the hash of each key. The map stores it with the key and never computes one. The nodes of
-/// removed entries are kept and used again. The map has no lock; its users must guard it.
+/// removed entries are kept and reused. The map has no lock; its users must guard it.
 ///
 ///     vorel::HashMap<const char*, unsigned int> pages(31);
 ///     pages.put(hashOf("UTF-8"), "UTF-8", 65001);
@@ -27,7 +27,7 @@
 
 namespace vorel {
 
-/// The smallest odd prime above `n`, and 2 for 1: the bucket counts of a growing map.
+/// The smallest odd prime above `n`, and 2 for 1. A growing map takes its bucket counts from here.
 ///
 ///     1 -> 2    2 -> 3    7 -> 11    8 -> 11    24 -> 29
 inline std::uint64_t nextPrime(std::uint64_t n) noexcept {
@@ -52,15 +52,16 @@ inline std::uint64_t nextPrime(std::uint64_t n) noexcept {
 
 namespace detail {
 
-/// `hash` modulo `count`, which must not be 0. On many processors the division of 64-bit integers takes several times
-/// as long as the division of floating-point numbers, which moreover depends on `count` only.
+/// `hash` modulo `count`, which must not be 0. It multiplies by a reciprocal: on many processors a 64-bit integer
+/// division takes several times as long as a floating-point division, and the floating-point division here depends on
+/// `count` only.
 ///
-/// The reciprocal is at most 2^64 / count, and less by at most 4 and one part in 2^49. So both quotients are at most
-/// the real ones. The first remainder is below 5 * count + 2^15, and the second below 2 * count.
+/// The reciprocal is at most 2^64 / count, and smaller than it by at most 4 plus one part in 2^49. So neither quotient
+/// exceeds the exact one. The first remainder is below 5 * count + 2^15, and the second below 2 * count.
 inline std::uint32_t remainderOf(std::uint64_t hash, std::uint32_t count) noexcept {
 #if defined(__SIZEOF_INT128__)
     __extension__ using Wide = unsigned __int128;
-    constexpr double kBelow2To62 = 0x1.ffffffffffff8p61;  // by more than the division rounds up
+    constexpr double kBelow2To62 = 0x1.ffffffffffff8p61;  // the margin is larger than the rounding of the division
     const std::uint64_t reciprocal = static_cast<std::uint64_t>(static_cast<std::int64_t>(kBelow2To62 / count)) * 4;
     std::uint64_t rest = hash;
     for (int round = 0; round < 2; ++round) {
@@ -74,8 +75,8 @@ inline std::uint32_t remainderOf(std::uint64_t hash, std::uint32_t count) noexce
 
 }  // namespace detail
 
-/// Compares null-terminated names, ignoring the case of the letters A to Z and of no others. Two null names are equal;
-/// a null name differs from every other.
+/// Compares null-terminated names, ignoring the case of the letters A to Z only. Two null names are equal; a null name
+/// differs from every other.
 struct NameEqual {
     /// Whether the names are equal.
     template <class T>
@@ -106,7 +107,7 @@ inline constexpr bool kIsTextPointer = std::is_pointer_v<Key> &&
                                        (std::is_same_v<std::remove_const_t<std::remove_pointer_t<Key>>, char> ||
                                         std::is_same_v<std::remove_const_t<std::remove_pointer_t<Key>>, wchar_t>);
 
-/// The equality of keys if the map names none.
+/// The equality of keys that a map uses by default.
 template <class Key>
 using DefaultKeyEqual = std::conditional_t<kIsTextPointer<Key>, NameEqual, std::equal_to<Key>>;
 
@@ -128,7 +129,7 @@ public:
     /// is removed, and by `clear`.
     class Iterator {
     public:
-        /// Key and value of the entry. Not allowed at the end.
+        /// Key and value of the entry. The iterator must not be at the end.
         [[nodiscard]] const Key& key() const noexcept { return m_node->key; }
         [[nodiscard]] Value& value() const noexcept { return m_node->value; }
 
@@ -139,7 +140,7 @@ public:
             return *this;
         }
 
-        /// Whether both are the same position.
+        /// Whether both iterators are at the same position.
         friend bool operator==(const Iterator& a, const Iterator& b) noexcept { return a.m_node == b.m_node; }
 
     private:
@@ -174,7 +175,7 @@ public:
     HashMap(const HashMap&) = delete;
     HashMap& operator=(const HashMap&) = delete;
 
-    /// Releases every node, then reports the first failure by the rules for destructors that may throw.
+    /// Releases every node. The first failure follows the rules for destructors that may throw.
     ~HashMap() noexcept(false) {
         detail::runDestructor(L"HashMap", [this] { clear(); });
     }
@@ -186,11 +187,11 @@ public:
     /// The number of entries at which the next insertion first grows the map: three quarters of the bucket count.
     [[nodiscard]] unsigned int growAt() const noexcept { return m_growAt; }
 
-    /// Inserts an entry and returns its position. Does not search for an equal key: of two entries with the same key,
-    /// lookups find the newer, until the map grows, which reverses the order within a bucket.
-    /// \throws Exception "Tried to put into a hash map with 0 buckets"; MemoryException if the buckets cannot grow; the
-    ///         standard allocation failure if a node cannot be allocated, because nodes come from the global allocation
-    ///         operator by design. The entries are unchanged.
+    /// Inserts an entry and returns its position. Does not search for an equal key. If two entries have the same key,
+    /// lookups find the newer one until the map grows; growing reverses the order within a bucket.
+    /// \throws Exception "Tried to put into a hash map with 0 buckets"; MemoryException if the buckets cannot grow;
+    ///         `std::bad_alloc` if a node cannot be allocated, because nodes come from the global `operator new` by
+    ///         design. The entries are unchanged.
     Iterator put(std::uint64_t hash, const Key& key, const Value& value) {
         if (bucketCount() == 0) {
             detail::throwFailure(L"Tried to put into a hash map with 0 buckets");

@@ -1,5 +1,6 @@
 /// \file
-/// The owner of a kernel handle: its destructor closes the handle. Public classes have such members.
+/// The owner of a kernel handle: its destructor closes the handle. This header is public because public classes have
+/// members of this type.
 #pragma once
 
 #include <utility>
@@ -32,7 +33,7 @@ public:
 
     /// Closes the handle, if there is one; the object owns nothing afterwards. Returns false if the system cannot close
     /// it; only then does the thread's last error change. Not `noexcept`: a tool that replaces the system call may
-    /// throw, and the destructors of the locks report that instead of ending the process.
+    /// throw; the destructors of the locks report such an exception instead of ending the process.
     VOREL_API bool close();
 
 private:

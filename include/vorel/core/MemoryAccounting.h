@@ -1,7 +1,7 @@
 /// \file
 /// Class-level allocation for client classes, with an observer (the spy) and leak-tracking points. The accounting is
 /// minimal by design: allocation calls the runtime's heap directly, the spy is only stored for clients, and the leak
-/// detector does nothing, so code with tracking points compiles, links and has no cost.
+/// detector does nothing. So code with tracking points compiles and links, and the tracking costs nothing.
 ///
 ///     class Node : public vorel::AllocBase {
 ///     public:
@@ -75,8 +75,8 @@ private:
     static AllocSpy* m_spy;
 };
 
-/// The release form of a leak-tracking point: every operation accepts any argument, including null, and does nothing.
-/// The operations are still exported, so that clients built with leak tracking still link.
+/// The release version of a leak-tracking point: every operation accepts any argument, including null, and does
+/// nothing. The operations are still exported, so that clients built with leak tracking still link.
 class VOREL_API LeakDetector {
 public:
     /// The arguments are ignored.

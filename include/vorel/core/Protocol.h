@@ -26,14 +26,14 @@ namespace vorel::detail {
 /// Throws an `Exception` whose text is exactly `message`.
 [[noreturn]] VOREL_API void throwFailure(const wchar_t* message);
 
-/// The handlers of the functions below. Call them only while an exception is handled; they find out whether it is an
-/// exception of the library.
+/// The handlers that the functions below call. Call them only inside a `catch` block; they check whether the current
+/// exception is one of the library.
 [[noreturn]] VOREL_API void rethrowWithRecord(const wchar_t* location);
 [[noreturn]] VOREL_API void rethrowWithRecord(const wchar_t* className, const wchar_t* operation);
 VOREL_API void rethrowFromDestructor(const wchar_t* className);
 VOREL_API void logAndSwallow(const wchar_t* location) noexcept;
 
-/// Runs `body` and returns its result. A failure is recorded under the name of the class and its operation, and
+/// Runs `body` and returns its result. A failure is recorded with the names of the class and the operation, and
 /// rethrown.
 template <class Body>
 decltype(auto) runRethrowing(const wchar_t* className, const wchar_t* operation, Body&& body) {
@@ -44,7 +44,7 @@ decltype(auto) runRethrowing(const wchar_t* className, const wchar_t* operation,
     }
 }
 
-/// Runs `body` and returns its result. A failure is recorded under the name of the free function, and rethrown.
+/// Runs `body` and returns its result. A failure is recorded with the name of the free function, and rethrown.
 template <class Body>
 decltype(auto) runRethrowing(const wchar_t* location, Body&& body) {
     try {
@@ -66,8 +66,8 @@ void runDestructor(const wchar_t* className, Body&& body) {
 }
 
 /// Releases a sequence of resources completely, even if some releases fail. `releaseNext` releases one resource and
-/// returns whether there may be more. It must advance before it throws. The first failure is thrown when nothing is
-/// left to release. Later failures are recorded and swallowed, because the first one is already unwinding the stack.
+/// returns whether there may be more. It must advance before it throws. The first failure is thrown after everything is
+/// released. Later failures are recorded and swallowed, because the first is already unwinding the stack.
 template <class ReleaseNext>
 void releaseAll(const wchar_t* className, ReleaseNext&& releaseNext) {
     // NOLINTNEXTLINE(cppcoreguidelines-special-member-functions): local, never copied

@@ -9,8 +9,8 @@ namespace vorel {
 /// 1 at load. While it is 0, every `AutoCriticalSection` does nothing. Changed only by `EnableThreadSafety`.
 extern VOREL_API unsigned int ThreadSafetyEnabledCount;
 
-/// Adds 1 to the count (`true`), or subtracts 1 unless it is 0 (`false`). Not atomic by design: call it only while a
-/// single thread runs and no automatic lock is held.
+/// With `true`, adds 1 to the count. With `false`, subtracts 1 unless the count is 0. Not atomic by design: call it
+/// only while a single thread runs and no automatic lock is held.
 VOREL_API void EnableThreadSafety(bool enable) noexcept;
 
 /// Sleeps for `milliseconds`. The value is passed to the system unchanged: 0 yields, -1 never returns.
@@ -18,7 +18,7 @@ VOREL_API void Sleep(int milliseconds) noexcept;
 
 namespace forced {
 
-/// Atomically adds 1 to `counter`, or subtracts 1, with a full barrier, and returns the new value. Wraps around.
+/// Atomically adds 1 to `counter`, or subtracts 1, with a full memory barrier. Returns the new value. Wraps around.
 VOREL_API long TalInterlockedIncrement(volatile long& counter) noexcept;
 VOREL_API unsigned long TalInterlockedIncrement(volatile unsigned long& counter) noexcept;
 VOREL_API long TalInterlockedDecrement(volatile long& counter) noexcept;

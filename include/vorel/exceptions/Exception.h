@@ -1,9 +1,9 @@
 /// \file
 /// `Exception`: the base class of all failures, and the interface of the error log.
 ///
-/// An exception has a stack of wide messages: the message that it was created with, and one for each handler that it
-/// passed. Each message is written to the error log as its own line when it is added. If the object delays its logging,
-/// all messages are written when it is destroyed.
+/// An exception has a stack of wide messages: the first is set at construction, and each handler on its way adds one.
+/// When a message is added, it is written to the error log as a line. If the object delays its logging, all messages
+/// are written when it is destroyed.
 ///
 ///     try {
 ///         load(file);
@@ -13,9 +13,9 @@
 ///         vorel::Exception::throwSevereClass(L"Importer", L"run");
 ///     }
 ///
-/// Creating an exception, adding messages and writing to the log never fail. Without memory, a text is truncated or
-/// missing. Formats are printf-style; `%ls` and `%hs` take wide and narrow text. A format that cannot be rendered gives
-/// the message "(unable to format message)"; a line of a diagnostic channel then has no message and is marked as
+/// Creating an exception, adding messages and writing to the log never fail. If memory runs out, a text is truncated or
+/// missing. Formats are printf-style; `%ls` and `%hs` take wide and narrow text. If a format cannot be rendered, the
+/// message is "(unable to format message)"; on a diagnostic channel, the line instead has no message and is marked as
 /// truncated.
 ///
 /// An object may be used by one thread at a time. The static functions may be called from any thread at any time.
@@ -41,7 +41,7 @@ namespace detail {
 struct LogPath;
 }
 
-/// Whether any debug target was ever switched on. The library sets it, for good; programs only read it.
+/// Whether any debug target was ever switched on. The library sets it and never clears it; programs only read it.
 extern VOREL_API std::atomic<bool> DebugTargetsUsed;
 
 /// A failure with its messages; the static functions are the interface of the error log.
@@ -57,8 +57,8 @@ public:
     explicit Exception(const wchar_t* fmt, ...) noexcept;
     VOREL_PRINTF(2, 3) explicit Exception(const char* fmt, ...) noexcept;
 
-    /// Copies the messages, their locations and the protocol-state mark. The copy does not delay its logging: a thrown
-    /// copy of a delayed exception logs new messages at once.
+    /// Copies the messages, their locations and the protocol-state mark. The copy never delays its logging, so a thrown
+    /// copy of an exception with delayed logging logs new messages at once.
     Exception(const Exception& other) noexcept;
 
     /// Like the copy constructor, but the target keeps its own setting for delayed logging.
@@ -67,7 +67,7 @@ public:
     /// Writes all messages to the log if logging is delayed.
     virtual ~Exception() noexcept(false);
 
-    /// Throws a copy of the object with its own class. Derived classes override it, so that the copy is not sliced.
+    /// Throws a copy of the object with its dynamic type. Each derived class overrides it, so the copy is not sliced.
     [[noreturn]] virtual void rethrow();
 
     /// \}
@@ -90,9 +90,9 @@ public:
     void defineLocation(const char* location) noexcept;
 
     /// Adds "HRESULT: %X - %ls" with the system's text for `hr`. The prefix of the line in the log is
-    /// "AddHRESULTErrorToStack: ". Nothing is added for 0, for E_FAIL, and for a code without a text; the latter is
-    /// logged as "HR not found", even if logging is delayed. Unless logging is delayed, an empty closing line follows
-    /// in every case.
+    /// "AddHRESULTErrorToStack: ". Nothing is added for 0, for E_FAIL, or for a code without a text. A code without a
+    /// text is logged as "HR not found", even if logging is delayed. Unless logging is delayed, an empty closing line
+    /// is always logged last.
     void addHRESULTErrorToStack(int hr) noexcept;
 
     /// Removes all messages.
@@ -119,8 +119,8 @@ public:
     /// The same in UTF-8. A failure is swallowed, and the text built so far is returned.
     const char* getCharErrorMessageBlock(const char* separator) const noexcept;
 
-    /// Copies messages and locations to the same positions of the two lists, then empties the stack if `clearAfter` is
-    /// set.
+    /// Replaces the two lists: a message and its location have the same index. Then empties the stack if `clearAfter`
+    /// is true.
     /// \throws MemoryException if they cannot be allocated; the stack and both lists are unchanged.
     void dumpStack(std::vector<std::wstring>& messages, std::vector<std::wstring>& locations, bool clearAfter);
 
@@ -131,16 +131,15 @@ public:
     /// messages, including those already logged.
     void setDelayedLogging(bool delayed) noexcept { m_delayedLogging = delayed; }
 
-    /// A mark for handlers: protocol-state information is traced for this exception.
+    /// Marks that protocol-state information was traced for this exception. Only handlers use the mark.
     void markHasTracedProtocolStateInfo() noexcept { m_hasTracedProtocolStateInfo = true; }
     bool hasTracedProtocolStateInfo() const noexcept { return m_hasTracedProtocolStateInfo; }
 
     /// \}
     /// \name Catching and rethrowing
     /// Each function adds a record from RecordFormats.h. The catch functions empty the stack and never throw. The
-    /// rethrow functions rethrow the exception with its own class. A location is the name of a function, or of a class
-    /// and a method.
-    /// \{
+    /// rethrow functions rethrow the exception with its dynamic type. A location is the name of a function, or of a
+    /// class and a method. \{
 
     void catchMessage(const wchar_t* location) noexcept;
     void catchClass(const wchar_t* className, const wchar_t* method) noexcept;
@@ -150,7 +149,8 @@ public:
     [[noreturn]] void rethrowClass(const wchar_t* className, const wchar_t* method);
     [[noreturn]] void rethrowGeneric(const wchar_t* format, ...);
 
-    /// For the end of a destructor: records the failure, and rethrows it unless another exception unwinds the stack.
+    /// For the handler of a destructor: records the failure, and rethrows it unless another exception unwinds the
+    /// stack.
     void rethrowDestructor(const wchar_t* className);
 
     void appendCaughtClass(const wchar_t* className, const wchar_t* method) noexcept;
@@ -159,7 +159,7 @@ public:
     void appendCaughtAndThrownClass(const wchar_t* className, const wchar_t* method) noexcept;
     void appendSevereCaughtAndThrownClass(const wchar_t* className, const wchar_t* method) noexcept;
 
-    /// Handles a severe error (anything that is not an `Exception`) that is not rethrown: logs its record.
+    /// Handles a severe error (any exception that is not an `Exception`) without rethrowing it: logs its record.
     static void catchSevere(const wchar_t* location) noexcept;
     static void catchSevereClass(const wchar_t* className, const wchar_t* method) noexcept;
     static void catchSevereGeneric(const wchar_t* format, ...) noexcept;
@@ -169,7 +169,7 @@ public:
     [[noreturn]] static void throwSevereClass(const wchar_t* className, const wchar_t* method);
     [[noreturn]] static void throwSevereGeneric(const wchar_t* format, ...);
 
-    /// The same for the end of a destructor: only recorded while another exception unwinds the stack.
+    /// The same for the handler of a destructor: the error is only recorded while another exception unwinds the stack.
     static void throwSevereDestructor(const wchar_t* className);
 
     /// Disables (`true`) or enables (`false`) the error log for the calling thread. Calls do not nest. Exceptions still
@@ -182,8 +182,7 @@ public:
     /// One line of text per message. Any number of processes and threads write to the file, under a lock on the whole
     /// file. A size limit is a number of bytes: 0 switches the log off; with 1 or more, a file that has grown beyond
     /// the limit is moved to its backup (".001" appended); with a negative limit the file grows without bound. The
-    /// computer name in the lines is queried once, because it changes only when the system restarts.
-    /// \{
+    /// computer name in the lines is queried once, because it changes only at a restart. \{
 
     static const long long DefaultLogSize = 1000000;
     static const long long LargeErrorLogSize = 10000000;
@@ -191,18 +190,18 @@ public:
     /// Sets the path of the file (at most 1023 bytes in the process's narrow code page; null or empty: the default file
     /// "C:\TalvenorError.txt") and, if `size` is 1 or more, the size limit. The first call installs a handler that logs
     /// invalid parameters of runtime functions as warnings, unless the program has a handler. The start-up code of
-    /// mingw-w64 installs one: a program built with it must first remove that
-    /// (`_set_invalid_parameter_handler(nullptr)`) to get the warnings.
+    /// mingw-w64 installs a handler: to get the warnings, a program built with it must first call
+    /// `_set_invalid_parameter_handler(nullptr)`.
     ///
-    /// A wide path is converted by the current locale. If it cannot be converted, the path becomes the text of the
-    /// failure, "Error in text conversion": the log is then a file of that name in the current directory.
+    /// A wide path is converted by the current locale. If it cannot be converted, the path becomes the failure's text,
+    /// so the log is a file named "Error in text conversion" in the current directory.
     static void SetErrorLogLocation(const char* path, long long size) noexcept;
     static void SetErrorLogLocation(const wchar_t* path, long long size) noexcept;
 
     /// Sets the size limit; values below -1 are ignored. 0 and -1 can be set only here.
     static void SetErrorLogSize(long long size) noexcept;
 
-    /// Whether unforced messages are written too ("the mirror"). All messages of the library are forced.
+    /// Whether messages that are not forced are written too ("the mirror"). All messages of the library are forced.
     static bool GetMirrorErrorLog() noexcept { return m_mirrorToErrorLog; }
     static void SetMirrorErrorLog(bool mirror) noexcept { m_mirrorToErrorLog = mirror; }
 
@@ -235,8 +234,8 @@ public:
     static void debugClass(const wchar_t* className, const wchar_t* method, const wchar_t* target,
                            const wchar_t* format, ...) noexcept;
 
-    /// Writes "prefix: message" to a given file under a given size limit (null or empty `logPath`: the current file).
-    /// `logClass` writes "prefix: class::method: message".
+    /// Writes "prefix: message" to the file `logPath` with the size limit `maxSize`. If `logPath` is null or empty,
+    /// writes to the current file. `logClass` writes "prefix: class::method: message".
     VOREL_PRINTF(4, 5)
     static void log(const char* logPath, long long size, const char* prefix, const char* format, ...) noexcept;
     static void log(const char* logPath, long long size, const wchar_t* prefix, const wchar_t* format, ...) noexcept;
@@ -251,8 +250,8 @@ public:
 
     /// Switches a debug target on or off; null is ignored. Names are compared exactly. Narrow and wide names are
     /// separate by design: a target switched on by its narrow name is not active under the wide one. The wide target
-    /// "LogsIncludeMsecs" adds milliseconds to every line of the log. Does not lock: a thread that queries or switches
-    /// the same target at the same time sees its state before or after the call.
+    /// "LogsIncludeMsecs" adds milliseconds to every line of the log. Does not lock: another thread that uses the same
+    /// target at the same time sees the state before or after the call.
     /// \throws MemoryException if a new name cannot be allocated; the target stays off.
     static void setDebugTarget(const char* name, bool active);
     static void setDebugTarget(const wchar_t* name, bool active);
@@ -275,7 +274,7 @@ protected:
     /// Copies messages, locations and the protocol-state mark, and clears both text blocks.
     void AssignFrom(const Exception& source) noexcept;
 
-    /// Appends one line to the log `logPath` (null or empty: the current file) under the limit `maxSize`. A null
+    /// Appends one line to the log `logPath` (null or empty: the current file) with the size limit `maxSize`. A null
     /// `prefix` is written as "NULL Method", a null `message` as "NULL Message". Without `force` the line is written
     /// only while the mirror is on. A line that cannot be written is dropped silently.
     static void MirrorErrorMessage(const char* logPath, long long maxSize, const char* prefix, const wchar_t* message,
@@ -345,8 +344,9 @@ static_assert(sizeof(Exception) == 72, "exceptions have the same layout with eve
 
 #if defined(__GNUC__) && !defined(__clang__) && !defined(VOREL_BUILDING_DLL)
 
-// GCC can pass the arguments of an inlined function on, so programs test the flag themselves and call the library only
-// after a target was switched on. Other compilers call the library, which makes the same test.
+// GCC can forward the variable arguments of an inlined function. So with GCC, programs test the flag inline, and call
+// the library only after a target was switched on. With other compilers, programs call the library, which makes the
+// same test.
 
 namespace detail {
 

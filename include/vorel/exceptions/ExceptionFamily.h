@@ -1,6 +1,6 @@
 /// \file
-/// The exception classes, one for each kind of failure. Each has a fixed text for its first message, logs it at once,
-/// adds no field, and is rethrown with its own class by `rethrow()`. A move copies.
+/// The exception classes, one for each kind of failure. The first message of each has a fixed text and is logged at
+/// once. No class adds a field. `rethrow()` keeps the class. A move is a copy.
 #pragma once
 
 #include "vorel/exceptions/Exception.h"
@@ -70,16 +70,16 @@ public:
 /// An index outside a named range.
 class VOREL_API OutOfRangeException : public Exception {
 public:
-    /// "%ls: Index \"%d\" out of range: [%d,%d]" with `name`, `index`, `low` and `high`. The last argument is printed
-    /// first by design.
+    /// "%ls: Index \"%d\" out of range: [%d,%d]" with `name`, `index`, `low` and `high`. By design, the last argument,
+    /// `index`, is printed first.
     OutOfRangeException(const wchar_t* name, int low, int high, int index) noexcept;
     [[noreturn]] void rethrow() override;
 };
 
-/// The result of a comparison. Its default form has no message.
+/// The result of a comparison. A default-constructed object has no message.
 class VOREL_API DiffException : public Exception {
 public:
-    /// Creates an exception without a message, or with the rendered one.
+    /// Creates an exception without a message, or with a rendered one.
     DiffException() noexcept;
     explicit DiffException(const wchar_t* fmt, ...) noexcept;
     VOREL_PRINTF(2, 3) explicit DiffException(const char* fmt, ...) noexcept;
@@ -89,7 +89,7 @@ public:
 /// A difference that is an error.
 class VOREL_API DiffErrorException : public DiffException {
 public:
-    /// Creates an exception without a message, or with the rendered one.
+    /// Creates an exception without a message, or with a rendered one.
     DiffErrorException() noexcept;
     explicit DiffErrorException(const wchar_t* fmt, ...) noexcept;
     VOREL_PRINTF(2, 3) explicit DiffErrorException(const char* fmt, ...) noexcept;
@@ -99,7 +99,7 @@ public:
 /// A difference that is a warning.
 class VOREL_API DiffWarningException : public DiffException {
 public:
-    /// Creates an exception without a message, or with the rendered one.
+    /// Creates an exception without a message, or with a rendered one.
     DiffWarningException() noexcept;
     explicit DiffWarningException(const wchar_t* fmt, ...) noexcept;
     VOREL_PRINTF(2, 3) explicit DiffWarningException(const char* fmt, ...) noexcept;
@@ -114,7 +114,7 @@ public:
     /// Otherwise: "An invalid index value (%d) has been detected; there are zero items".
     InvalidIndexException(int index, int low, int high) noexcept;
 
-    /// The same for a sequence with indices from 0 to `last`, the count minus one.
+    /// The same with a `low` of 0 and a `high` of `last`, which is the count minus one.
     InvalidIndexException(int index, int last) noexcept;
     explicit InvalidIndexException(const wchar_t* fmt, ...) noexcept;
     VOREL_PRINTF(2, 3) explicit InvalidIndexException(const char* fmt, ...) noexcept;

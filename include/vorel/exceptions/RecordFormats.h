@@ -1,7 +1,7 @@
 /// \file
-/// The formats of the records that handlers add to an exception. They are exported, so that clients write the same
-/// lines. The first `%ls` is a location: the name of a function, or of a class, followed by the name of a method. The
-/// destructor forms take the class name twice.
+/// The formats of the records that handlers add to an exception. They are exported so that clients can write the same
+/// lines. A format with one `%ls` takes a function name. A format with `%ls::%ls` takes a class name and a method name.
+/// A destructor format takes the class name twice.
 #pragma once
 
 #include "vorel/Export.h"

@@ -1,5 +1,5 @@
 /// \file
-/// The flat interface: code pages of the system. vorelCoreC.h has the rules that hold for every function.
+/// The flat interface: code pages of the system. vorelCoreC.h has the rules for all functions.
 #pragma once
 
 #include "vorel/flat/Status.h"
@@ -13,7 +13,7 @@ extern "C" {
 /// system does not support the code page. Texts may contain zeros.
 /// \{
 
-/// Returns the number of the code page `name`. Names are not case-sensitive. Does not check that the system has it.
+/// Returns the number of the code page `name`. Names are not case-sensitive. The system need not have the code page.
 /// `VOREL_ERROR_UNKNOWN_NAME` if no code page has this name.
 ///
 ///     "latin1"  ->  28591
@@ -23,9 +23,9 @@ VOREL_API vorel_status vorel_code_page_by_name(const vorel_char16* name, size_t 
 VOREL_API vorel_status vorel_code_page_to_utf16(int32_t codePage, const void* bytes, size_t size, vorel_char16* output,
                                                 size_t capacity, size_t* outputLength);
 
-/// Converts UTF-16 to bytes of a code page. Characters that it lacks become similar ones or its default character.
-/// `replaced`, which may be null, becomes 1 if the default character was used, 0 if not, and -1 for a code page that
-/// does not report it (for example UTF-8).
+/// Converts UTF-16 to bytes of a code page. A character that the code page lacks becomes a similar one or the default
+/// character of the code page. `replaced`, which may be null, becomes 1 if the default character was used, 0 if not,
+/// and -1 if the code page cannot report this (for example UTF-8).
 VOREL_API vorel_status vorel_utf16_to_code_page(int32_t codePage, const vorel_char16* text, size_t length, void* output,
                                                 size_t capacity, size_t* outputLength, int32_t* replaced);
 

@@ -1,5 +1,5 @@
 /// \file
-/// The flat interface: comparison of texts and versions. vorelCoreC.h has the rules that hold for every function.
+/// The flat interface: comparison of texts and versions. vorelCoreC.h has the rules for all functions.
 #pragma once
 
 #include "vorel/flat/Status.h"
@@ -12,7 +12,7 @@ extern "C" {
 /// \{
 
 enum {
-    VOREL_COMPARE_IGNORE_CASE = 0x001,    ///< A to Z, and no other letters, equal a to z
+    VOREL_COMPARE_IGNORE_CASE = 0x001,    ///< only A to Z and a to z are equal
     VOREL_COMPARE_NUMERIC = 0x002,        ///< runs of digits are compared as numbers: the natural order
     VOREL_COMPARE_SLASHES_EQUAL = 0x004,  ///< '/' and '\' are equal
     VOREL_COMPARE_REVERSE = 0x100,        ///< `a` and `b` are swapped
@@ -25,8 +25,8 @@ VOREL_API vorel_status vorel_compare(const vorel_char16* a, size_t aLength, cons
                                      uint32_t flags, int32_t* order);
 
 /// Compares two versions number by number; any single character separates two numbers. `isAtLeast` becomes 1 if
-/// `version` is at least `required`, else 0. It is 0 for an empty text, and for a version with fewer numbers than
-/// `required`, even if the missing numbers are zero.
+/// `version` is at least `required`, else 0. It becomes 0 for an empty text. It also becomes 0 if `version` has fewer
+/// numbers than `required`, even if the missing numbers are zero.
 ///
 ///     "10.2", "9.9"  ->  1        "1.2", "1.2.0"  ->  0
 VOREL_API vorel_status vorel_version_at_least(const vorel_char16* version, size_t versionLength,

@@ -1,6 +1,6 @@
 /// \file
-/// The flat interface: UTF-8 and binary-to-text encodings. vorelCoreC.h has the rules that hold for every function.
-/// Existing users also get code pages and URL encoding from this header.
+/// The flat interface: UTF-8 and binary-to-text encodings. vorelCoreC.h has the rules for all functions. The header
+/// also includes code pages and URL encoding, for programs that expect them here.
 #pragma once
 
 #include "vorel/flat/CodePages.h"
@@ -40,13 +40,13 @@ VOREL_API vorel_status vorel_base64_encode(const void* bytes, size_t size, vorel
                                            size_t* outputLength);
 
 /// Decodes Base64. White space is skipped. Padding ends the text; units after it are ignored.
-/// `VOREL_ERROR_INVALID_TEXT` for any other character, and for an incomplete group of four. A "=" among the first two
-/// characters of a group counts as an A. A "=" as the third ends the text, whatever the fourth is.
+/// `VOREL_ERROR_INVALID_TEXT` for any other character, and for an incomplete group of four. In a group, "=" as the
+/// first or second character counts as A; "=" as the third character ends the text, whatever the fourth is.
 VOREL_API vorel_status vorel_base64_decode(const vorel_char16* text, size_t length, void* output, size_t capacity,
                                            size_t* outputLength);
 
-/// The Daylight encoding: groups of three bytes as four characters of . + 0-9 A-Z a-z, and a final digit: the number of
-/// bytes used in the last group.
+/// The Daylight encoding: four characters of . + 0-9 A-Z a-z for each group of three bytes, then a digit that gives the
+/// number of bytes used in the last group.
 ///
 ///     41 42  ->  "EI6.2"
 VOREL_API vorel_status vorel_daylight_encode(const void* bytes, size_t size, vorel_char16* output, size_t capacity,

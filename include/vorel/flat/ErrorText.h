@@ -1,5 +1,5 @@
 /// \file
-/// The flat interface: the system's texts for its error codes. vorelCoreC.h has the rules that hold for every function.
+/// The flat interface: the system's texts for its error codes. vorelCoreC.h has the rules for all functions.
 #pragma once
 
 #include "vorel/flat/Status.h"
@@ -8,7 +8,8 @@
 extern "C" {
 #endif
 
-/// Writes the system's text for one of its error codes, in the user's language. Empty if the code has no text.
+/// Writes the system's text for the error code `code`, in the user's language. The text is empty if the system has
+/// none.
 VOREL_API vorel_status vorel_system_error_text(int32_t code, vorel_char16* output, size_t capacity,
                                                size_t* outputLength);
 

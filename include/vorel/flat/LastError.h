@@ -1,5 +1,5 @@
 /// \file
-/// The flat interface: the last failure of the calling thread. vorelCoreC.h has the rules that hold for every function.
+/// The flat interface: the last failure of the calling thread. vorelCoreC.h has the rules for all functions.
 #pragma once
 
 #include "vorel/flat/Status.h"
@@ -8,13 +8,13 @@
 extern "C" {
 #endif
 
-/// The status of the calling thread's last failure; `VOREL_OK` before the first. A successful call does not change it;
-/// neither do the three functions for the last failure. If memory for a failure cannot be allocated, this is
-/// `VOREL_ERROR_OUT_OF_MEMORY` with its message, whatever status the function returned.
+/// The status of the calling thread's last failure; `VOREL_OK` before the first. Successful calls do not change it, nor
+/// do the three functions in this header. If memory for a failure's message cannot be allocated, the last failure is
+/// `VOREL_ERROR_OUT_OF_MEMORY`, whatever status the function returned.
 VOREL_API vorel_status vorel_last_error_status(void);
 
-/// The message of that failure; the text of the exception if the library threw one. Empty before the first failure. At
-/// most 500 units; a longer message is truncated.
+/// The message of the calling thread's last failure: the text of the exception if there was one. Empty before the first
+/// failure. A message longer than 500 units is truncated.
 VOREL_API vorel_status vorel_last_error_message(vorel_char16* message, size_t capacity, size_t* length);
 
 /// The same in UTF-8, at most 1500 bytes.

@@ -1,5 +1,5 @@
 /// \file
-/// The flat interface: lists of values and of texts. vorelCoreC.h has the rules that hold for every function.
+/// The flat interface: lists of values and of texts. vorelCoreC.h has the rules for all functions.
 ///
 /// Nothing depends on the locale: digits are '0' to '9', the decimal point is '.', and white space is space, tab, line
 /// feed, carriage return and the no-break space.
@@ -12,11 +12,10 @@ extern "C" {
 #endif
 
 /// \name Lists of values
-/// The output is an array; its capacity and length are numbers of values. `VOREL_ERROR_INVALID_TEXT` if the text cannot
-/// be parsed to its end. vorel/values/ListParsing.h describes what each function accepts and skips.
-/// \{
+/// The output is an array. Its capacity and its length count values. `VOREL_ERROR_INVALID_TEXT` if the text cannot be
+/// parsed to its end. vorel/values/ListParsing.h describes what each function accepts and skips. \{
 
-/// Integers separated by commas. Fractions are cut off; an empty item is 0.
+/// Integers separated by commas. Fractions are dropped; an empty item is 0.
 ///
 ///     "1,2.9,-3"  ->  1 2 -3
 VOREL_API vorel_status vorel_parse_int32_list(const vorel_char16* text, size_t length, int32_t* values, size_t capacity,
@@ -24,7 +23,7 @@ VOREL_API vorel_status vorel_parse_int32_list(const vorel_char16* text, size_t l
 VOREL_API vorel_status vorel_parse_uint32_list(const vorel_char16* text, size_t length, uint32_t* values,
                                                size_t capacity, size_t* count);
 
-/// Numbers separated by white space. Text that does not have the form of a number is skipped.
+/// Numbers separated by white space. Text that is not a number is skipped.
 ///
 ///     "1.5 2e3 abc 4"  ->  1.5 2000 4
 VOREL_API vorel_status vorel_parse_double_list(const vorel_char16* text, size_t length, double* values, size_t capacity,
@@ -51,9 +50,8 @@ VOREL_API vorel_status vorel_parse_ranges(const vorel_char16* text, size_t lengt
 
 /// \}
 /// \name Lists of texts
-/// A list of texts is one text in which a zero follows every item. The length of the list includes these zeros: "a",
-/// "bc" is the five units 'a' 0 'b' 'c' 0. An empty list has no units.
-/// \{
+/// A list of texts is one text with a zero after each item. Its length includes these zeros: the list of "a" and "bc"
+/// has the five units 'a' 0 'b' 'c' 0. An empty list has no units. \{
 
 /// Splits `text` at each occurrence of the whole `delimiter`. Adjacent delimiters give empty items; a delimiter at the
 /// very end does not.
@@ -63,8 +61,8 @@ VOREL_API vorel_status vorel_split_text(const vorel_char16* text, size_t length,
                                         size_t delimiterLength, vorel_char16* items, size_t capacity,
                                         size_t* itemsLength);
 
-/// Splits `text` at each character in `delimiters`. An item in double quotes may contain delimiters, and '""' for a
-/// double quote. An item with incorrect quotes is taken unchanged. If `trim` is not 0, white space at both ends of an
+/// Splits `text` at each character in `delimiters`. An item in double quotes may contain delimiters; '""' in it is a
+/// double quote. An item with incorrect quotes is kept unchanged. If `trim` is not 0, white space at both ends of an
 /// item is removed.
 ///
 ///     a,"b,c","d""e" at ","  ->  a   b,c   d"e

@@ -1,6 +1,6 @@
 /// \file
-/// The flat interface: a named mutex and a named condition, shared by all processes of the machine, whatever user they
-/// run under. vorelCoreC.h has the rules that hold for every function.
+/// The flat interface: a named mutex and a named condition, shared by all processes of the machine, whatever their
+/// user. vorelCoreC.h has the rules for all functions.
 #pragma once
 
 #include "vorel/flat/LastError.h"
@@ -14,20 +14,20 @@ extern "C" {
 #define VOREL_WAIT_FOREVER 0xFFFFFFFFu
 
 /// \name Named mutex
-/// A recursive lock. Its owner is the thread that locked it, through the handle that it used. If the owner ends without
-/// unlocking it, the next thread to lock it gets it, with a warning in the error log.
-/// \{
+/// A recursive lock. Its owner is the thread that locked it, and only through the handle that this thread used. If the
+/// owner ends without unlocking the mutex, the next thread that locks it becomes the owner, with a warning in the error
+/// log. \{
 
 // NOLINTNEXTLINE(modernize-use-using): C includes this header too
 typedef struct vorel_mutex vorel_mutex;
 
-/// Opens the mutex `name`, and creates it if it does not exist. The caller must close the handle. The name must not be
-/// empty or contain a backslash; it is machine-wide. `VOREL_ERROR_SYSTEM` if the mutex cannot be opened, which may take
-/// a second.
+/// Opens the mutex `name`, and creates it if it does not exist. The caller must close the handle. The name is
+/// machine-wide, and must not be empty or contain a backslash. `VOREL_ERROR_SYSTEM` if the mutex cannot be opened; this
+/// failure may take a second.
 VOREL_API vorel_status vorel_mutex_open(const vorel_char16* name, size_t length, vorel_mutex** mutex);
 
 /// Locks the mutex, even if the caller already holds it. Waits up to `timeoutMs` milliseconds. `VOREL_ERROR_TIMEOUT` if
-/// the mutex is not available in that time; unless the limit is 0, the error log then gets a warning.
+/// the mutex is not available in that time, with a warning in the error log unless `timeoutMs` is 0.
 VOREL_API vorel_status vorel_mutex_lock(vorel_mutex* mutex, uint32_t timeoutMs);
 
 /// Undoes one `vorel_mutex_lock`. `VOREL_ERROR_NOT_OWNER` if the calling thread does not hold the mutex through this
@@ -35,14 +35,14 @@ VOREL_API vorel_status vorel_mutex_lock(vorel_mutex* mutex, uint32_t timeoutMs);
 VOREL_API vorel_status vorel_mutex_unlock(vorel_mutex* mutex);
 
 /// Undoes every lock of the handle and closes it. The handle is invalid afterwards, whatever the status. If another
-/// thread holds it, waits up to a minute.
+/// thread holds the mutex through this handle, waits up to a minute.
 VOREL_API vorel_status vorel_mutex_close(vorel_mutex* mutex);
 
 /// \}
 /// \name Named condition
-/// A signal releases one waiter of all processes, or the next one to arrive. Signals do not add up: a second signal
-/// without a waiter is lost. The condition has no owner: different threads may wait and signal through the same handle.
-/// \{
+/// A signal releases one waiter in any process, or the next one to arrive. Signals are not counted: a second signal
+/// without a waiter is lost. The condition has no owner: different threads may use the same handle to wait and to
+/// signal. \{
 
 // NOLINTNEXTLINE(modernize-use-using): C includes this header too
 typedef struct vorel_condition vorel_condition;
@@ -55,10 +55,10 @@ VOREL_API vorel_status vorel_condition_open(const vorel_char16* name, size_t len
 /// Releases one waiter, or the next one to arrive.
 VOREL_API vorel_status vorel_condition_signal(vorel_condition* condition);
 
-/// Waits for a signal for up to `timeoutMs` milliseconds. `VOREL_ERROR_TIMEOUT` if there was none.
+/// Waits for a signal for up to `timeoutMs` milliseconds. `VOREL_ERROR_TIMEOUT` if none came.
 VOREL_API vorel_status vorel_condition_wait(vorel_condition* condition, uint32_t timeoutMs);
 
-/// Closes the handle. It is invalid afterwards, whatever the status. No thread may be waiting through it.
+/// Closes the handle, which is invalid afterwards, whatever the status. No thread may be waiting on it.
 VOREL_API vorel_status vorel_condition_close(vorel_condition* condition);
 
 /// \}

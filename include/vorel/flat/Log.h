@@ -1,7 +1,6 @@
 /// \file
 /// The flat interface: the error log. A process has one log file at a time, and any number of processes may write to
-/// the same file. vorelCoreC.h has the rules that hold for every function; vorel/exceptions/Exception.h describes the
-/// log.
+/// the same file. vorelCoreC.h has the rules for all functions; vorel/exceptions/Exception.h describes the log.
 ///
 /// File errors are not reported: a line that cannot be written is dropped silently.
 #pragma once
@@ -13,16 +12,16 @@
 extern "C" {
 #endif
 
-/// Sets the path of the file. An empty path selects the default, "C:\TalvenorError.txt". The library opens the file by
-/// a narrow path: `VOREL_ERROR_INVALID_TEXT` if the process's code page lacks a character of it,
-/// `VOREL_ERROR_INVALID_ARGUMENT` if it has more than 1023 bytes there.
+/// Sets the path of the file. An empty path selects the default, "C:\TalvenorError.txt". The library converts the path
+/// to the process's code page. `VOREL_ERROR_INVALID_TEXT` if the code page lacks a character;
+/// `VOREL_ERROR_INVALID_ARGUMENT` if the result is longer than 1023 bytes.
 VOREL_API vorel_status vorel_log_set_path(const vorel_char16* path, size_t length);
 
 /// Returns the path of the file.
 VOREL_API vorel_status vorel_log_path(vorel_char16* path, size_t capacity, size_t* length);
 
-/// Sets and returns the size in bytes beyond which the file is moved to its backup (".001" appended): 1,000,000 at
-/// load. 0 switches the log off; with -1 the file grows without bound.
+/// Set and return the size limit in bytes, which is 1,000,000 at load. A file beyond the limit is moved to its backup
+/// (".001" appended). 0 switches the log off; with -1 the file grows without bound.
 VOREL_API vorel_status vorel_log_set_limit(int64_t bytes);
 VOREL_API vorel_status vorel_log_limit(int64_t* bytes);
 

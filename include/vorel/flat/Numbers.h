@@ -1,5 +1,5 @@
 /// \file
-/// The flat interface: numbers and booleans from and to text. vorelCoreC.h has the rules that hold for every function.
+/// The flat interface: numbers and booleans from and to text. vorelCoreC.h has the rules for all functions.
 ///
 /// Nothing depends on the locale: digits are '0' to '9', the decimal point is '.', and white space is space, tab, line
 /// feed, carriage return and the no-break space.
@@ -36,7 +36,7 @@ VOREL_API vorel_status vorel_parse_boolean(const vorel_char16* text, size_t leng
 /// \}
 /// \name Parsing the beginning of a text
 /// These functions skip white space, parse the value that follows, and return how many units they read. A text without
-/// a value gives 0 and is not a failure. The contracts are those of `stringToInt` and the related functions in
+/// a value gives 0; this is not a failure. The contracts are those of `stringToInt` and the related functions in
 /// vorel/values/NumberParsing.h, and of `stringToBoolean` in vorel/values/BooleanParsing.h.
 ///
 ///     "42 apples"  ->  42, 3 units used        "-x"  ->  0, 1 unit used
@@ -57,7 +57,7 @@ VOREL_API vorel_status vorel_scan_boolean(const vorel_char16* text, size_t lengt
 
 enum {
     VOREL_FORMAT_DEFAULT = 0,
-    /// Special values as JSON strings, and a digit after the point of every mantissa with an exponent.
+    /// Special values are JSON strings, and a mantissa with an exponent always has a digit after the point.
     VOREL_FORMAT_JSON = 1,
 };
 
@@ -65,7 +65,7 @@ enum {
 VOREL_API vorel_status vorel_format_int64(int64_t value, vorel_char16* output, size_t capacity, size_t* outputLength);
 VOREL_API vorel_status vorel_format_uint64(uint64_t value, vorel_char16* output, size_t capacity, size_t* outputLength);
 
-/// Writes a double in the library's only form for it, at most 63 units; see vorel/values/NumberFormatting.h.
+/// Writes a double in the form that vorel/values/NumberFormatting.h describes, at most 63 units.
 ///
 ///     123.456  ->  "123.456"        0.05  ->  "5.e-002", with JSON "5.0e-002"
 ///     NaN  ->  "NaN", with JSON "\"NaN\""

@@ -1,6 +1,5 @@
 /// \file
-/// The flat interface: its version, and the status of its functions. vorelCoreC.h has the rules that hold for every
-/// function.
+/// The flat interface: its version, and the status of its functions. vorelCoreC.h has the rules for all functions.
 #pragma once
 
 // NOLINTBEGIN(modernize-*): C includes this header too
@@ -14,11 +13,11 @@
 extern "C" {
 #endif
 
-/// The version of this interface that a program is compiled with. The upper sixteen bits change with an incompatible
-/// change, the lower sixteen grow with each addition.
+/// The version of this interface that a program is compiled with. An incompatible change increases the upper sixteen
+/// bits, an addition the lower sixteen.
 #define VOREL_ABI_VERSION 0x00010000u
 
-/// A number of units: the text ends at its first zero.
+/// As a number of units: the text ends at its first zero.
 #define VOREL_ZERO_TERMINATED SIZE_MAX
 
 /// The maximum number of units of an input.
@@ -27,7 +26,7 @@ extern "C" {
 /// A UTF-16 code unit.
 typedef uint16_t vorel_char16;
 
-/// The result of a call. The values never change.
+/// The result of a call. The numbers below never change their meaning.
 typedef int32_t vorel_status;
 
 enum {
@@ -44,8 +43,8 @@ enum {
     VOREL_ERROR_INTERNAL = 10,     ///< any other failure; see the error log
 };
 
-/// The version of this interface in the loaded library. A program can use a library whose upper sixteen bits equal
-/// those of `VOREL_ABI_VERSION` and whose lower sixteen are not smaller.
+/// The version of this interface in the loaded library. A program can use the library if the upper sixteen bits equal
+/// those of `VOREL_ABI_VERSION`, and the lower sixteen are not smaller.
 VOREL_API uint32_t vorel_abi_version(void);
 
 /// The version of the library in ASCII, for example "0.1.0". It is valid while the library is loaded.
@@ -58,9 +57,8 @@ VOREL_API const char* vorel_status_name(vorel_status status);
 #ifdef __cplusplus
 }
 
-/// A UTF-16 literal of C++ as an input. In C++ the units of u"..." have the type `char16_t`, which differs from
-/// `vorel_char16`. C11 programs pass u"..." without this function. The library only reads inputs, so the pointer may be
-/// used for every input; never write through it.
+/// Passes a C++ literal u"..." as an input: in C++ its units have the type `char16_t`, which differs from
+/// `vorel_char16`. C11 programs need no such function. The library only reads inputs. Never write through the pointer.
 ///
 ///     vorel_mutex_open(vorel_utf16(u"Talvenor jobs"), VOREL_ZERO_TERMINATED, &mutex);
 inline const vorel_char16* vorel_utf16(const char16_t* text) noexcept {

@@ -1,5 +1,5 @@
 /// \file
-/// The flat interface: URL encoding. vorelCoreC.h has the rules that hold for every function.
+/// The flat interface: URL encoding. vorelCoreC.h has the rules for all functions.
 #pragma once
 
 #include "vorel/flat/Status.h"
@@ -24,7 +24,7 @@ enum {
     VOREL_URL_PATH = 0,             ///< a whole path: '/' is kept, '?' is escaped
     VOREL_URL_PATH_SEGMENT = 1,     ///< a segment of a path: both are escaped
     VOREL_URL_QUERY = 2,            ///< a whole query: a space becomes '+', and '+' is escaped; '?' is kept
-    VOREL_URL_QUERY_PARAMETER = 3,  ///< a name or value in a query: as VOREL_URL_QUERY, also escapes '&' and '='
+    VOREL_URL_QUERY_PARAMETER = 3,  ///< a name or value in a query: as a query, but '&' and '=' are escaped
 };
 
 /// Escapes " # % < > [ \ ] ^ ` { | } ~, non-ASCII characters, and the space.
@@ -33,7 +33,8 @@ enum {
 VOREL_API vorel_status vorel_url_encode(const vorel_char16* text, size_t length, uint32_t flags, vorel_char16* output,
                                         size_t capacity, size_t* outputLength);
 
-/// Escapes the characters that are not allowed in this part of a URL. Unlike `vorel_url_encode`, it keeps '~'.
+/// Escapes the characters that are not allowed in the part of a URL that `component` names. Unlike `vorel_url_encode`,
+/// it keeps '~'.
 ///
 ///     "a=b c", VOREL_URL_QUERY_PARAMETER  ->  "a%3Db+c"
 VOREL_API vorel_status vorel_url_encode_component(const vorel_char16* text, size_t length, int32_t component,

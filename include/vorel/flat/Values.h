@@ -1,6 +1,6 @@
 /// \file
 /// The flat interface: numbers, booleans, lists and times from and to text, and text comparison. This header includes
-/// those of the single families.
+/// the headers of these families.
 #pragma once
 
 #include "vorel/flat/Comparing.h"

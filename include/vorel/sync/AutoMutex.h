@@ -1,5 +1,5 @@
 /// \file
-/// `AutoMutex`: a named recursive lock, shared by all processes of the machine, whatever user they run under.
+/// `AutoMutex`: a named recursive lock, shared by all processes of the machine, whatever their user.
 ///
 ///     vorel::AutoMutex ledger(L"TalvenorLedger", false, false);
 ///     const vorel::Guard held(ledger);
@@ -10,23 +10,24 @@
 /// | initialised | open   | 0     | none   | `lock`, `tryLock`; destruction                       |
 /// | held        | open   | >= 1  | thread | as many calls of `unlock` by the owner as of `lock`  |
 ///
-/// Each hold locks and unlocks the mutex of the system once; the object counts its own holds. If a thread ends, or its
-/// process is killed, while it holds a mutex, the next thread to lock the mutex gets it, with a warning in the error
-/// log.
+/// Each `lock` locks the system's mutex once, and each `unlock` unlocks it once; the object counts its own holds. If a
+/// thread ends while it holds a mutex, or its process is killed, the next thread that locks the mutex acquires it, with
+/// a warning in the error log.
 ///
-/// The system reports an abandoned mutex once, to one object. If the ended thread held the mutex through another
-/// object, that object still records the thread's id and its holds. This has the following effects:
+/// The system reports an abandoned mutex only once: to the object that locks it next. If the ended thread held the
+/// mutex through another object, that other object still records the thread's id and its holds. This has the following
+/// effects on that object:
 ///
 /// - `lock` and `tryLock` of every other thread throw "Mutex ...: Trying to increment lock count ..." and release the
-///   mutex; no other object is affected. `unlock` does nothing.
+///   mutex; other objects are not affected. `unlock` does nothing.
 /// - `initialize` with another name throws. So does the destructor, but it closes the mutex.
-/// - The system may give the id to a new thread. The object treats that thread as the owner: its locks succeed, and one
-///   more `unlock` than there were locks throws "AutoMutex::unlock: Failed to release mutex ..." instead of doing
-///   nothing. On this thread the destructor throws the same exception.
-/// - The record is cleared only if the mutex is abandoned again and the system reports it to this object.
+/// - The system may reuse the id for a new thread. The object treats that thread as the owner: its locks succeed, and
+///   its first `unlock` without a lock throws "AutoMutex::unlock: Failed to release mutex ..." instead of doing
+///   nothing. On that thread, the destructor throws the same exception.
+/// - The recorded owner is cleared only if the mutex is abandoned again and the system reports that to this object.
 ///
-/// A program whose lock fails in this way destroys the object, catches the exception of the destructor, and creates a
-/// new object. Threads that release the mutex before they end avoid the problem.
+/// A program should then destroy the object, catch the destructor's exception, and create a new object. If every thread
+/// releases the mutex before it ends, the problem cannot occur.
 #pragma once
 
 #include "vorel/Export.h"
@@ -43,12 +44,13 @@ struct MutexAccess;
 /// Thread-safe while the thread-safety switch is on, except `initialize` and the destructor.
 class VOREL_API AutoMutex {
 public:
-    /// Opens the mutex `name`. If `lockNow` is set, locks it, waiting up to a minute. With a null `name` the object has
-    /// no mutex. `flag` is stored and ignored.
+    /// Opens the mutex `name`. If `lockNow` is true, locks it, waiting up to a minute. With a null `name` the object
+    /// has no mutex. `flag` is stored and ignored.
     /// \throws Exception "malloc failed"; "AutoMutex: Failed to create mutex ..."; the exceptions of `lock`.
     AutoMutex(const wchar_t* name, bool lockNow, bool flag);
 
-    /// Releases every hold of the object and closes the mutex. If another thread holds it, waits up to a minute.
+    /// Releases every hold of the object and closes the mutex. If another thread holds the object, waits up to a
+    /// minute.
     /// \throws Exception, unless another exception unwinds the stack.
     virtual ~AutoMutex() noexcept(false);
 
@@ -62,22 +64,21 @@ public:
     ///         call may be repeated.
     ///
     /// \throws Exception "AutoMutex::initialize: Name required for mutex" for a null name; another Exception if the
-    ///         mutex with another name cannot be closed, or another thread does not release it within a minute.
+    ///         previous mutex cannot be closed, or if another thread does not release it within a minute.
     virtual bool initialize(const wchar_t* name, bool flag);
 
-    /// Waits for the mutex up to `timeout` milliseconds (0xFFFFFFFF: without limit) and returns whether it is held. An
+    /// Waits up to `timeout` milliseconds for the mutex (0xFFFFFFFF: without limit) and returns whether it is held. An
     /// abandoned mutex is acquired, with a warning.
     ///
-    /// A failure, including a timeout, is reported in this order: as an exception if `throwOnFailure` is set; in
-    /// `errorText` if that is not null; and as a warning if `timeout` is not 0.
+    /// A failure, including a timeout, is reported in one way, the first that applies: as an exception if
+    /// `throwOnFailure` is true; in `errorText` if that is not null; as a warning if `timeout` is not 0.
     ///
     /// \throws Exception "AutoMutex::lock: Mutex not initialized"; "AutoMutex::lock: Failed to lock mutex ..."; and
     ///         "Mutex ...: Trying to increment lock count from a thread that does not own the mutex. ..." if the object
-    ///         still records a thread that ended while it held the mutex, because the system reported that to another
-    ///         object. The mutex is then released.
+    ///         still records a thread that has ended (see above). The mutex is then released.
     bool lock(unsigned int timeout, bool throwOnFailure, BaseString<wchar_t>* errorText = nullptr);
 
-    /// Locks the mutex if that is possible without waiting, and returns whether it did.
+    /// Locks the mutex if that is possible without waiting. Returns whether the mutex is held.
     /// \throws Exception "AutoMutex::lock: Mutex not initialized"; for a recorded thread that has ended, the same as
     ///         `lock`.
     bool tryLock();
@@ -87,10 +88,10 @@ public:
     ///         the hold is then kept.
     void unlock();
 
-    /// Always null: the error log has the reason of a failed `initialize`.
+    /// Always null. The error log has the reason why `initialize` failed.
     [[nodiscard]] const wchar_t* getInitializeError() const noexcept { return m_initializeError.c_str(); }
 
-    /// Stored, and ignored on this platform.
+    /// Stores the flag, which has no effect on this platform.
     void SetUseFcntlTimeout(bool useFcntlTimeout) noexcept { m_useFcntlTimeout = useFcntlTimeout; }
 
 private:

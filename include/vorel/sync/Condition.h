@@ -20,7 +20,7 @@ namespace vorel {
 /// Thread-safe.
 class VOREL_API Condition {
 public:
-    /// The caller keeps `lock`, which must outlive the condition.
+    /// The condition uses `lock` but does not own it; `lock` must outlive the condition.
     /// \throws Exception "malloc failed"; "Failed to create condition."
     explicit Condition(ForcedCriticalSection& lock);
     ~Condition() noexcept(false);
@@ -32,16 +32,16 @@ public:
     /// \throws Exception "Failed to set event."
     void signal();
 
-    /// Releases the waiters one by one, every ten milliseconds, until none is left. Threads that call `wait` meanwhile
-    /// start to wait after the broadcast. Returns at once if nobody waits. The caller may hold the lock, but need not.
+    /// Releases one waiter every ten milliseconds until none is left. A thread that calls `wait` meanwhile starts to
+    /// wait after the broadcast. Returns at once if no thread waits. The caller may hold the lock, but need not.
     ///
-    /// A broadcast does not reach a thread that has left the lock in `wait` but does not wait yet. So threads that
-    /// expect a broadcast should wait with a time limit and then check their condition again.
+    /// A broadcast does not reach a thread that is in `wait`, has released the lock, but does not wait yet. So threads
+    /// that expect a broadcast should wait with a time limit and then check their condition again.
     /// \throws Exception "Failed to set event."
     void broadcast();
 
-    /// Releases the lock, which the caller must hold exactly once, waits for a signal up to `timeout` milliseconds (-1:
-    /// without limit), and takes the lock again in every case. True after a signal, false after a timeout or a failure.
+    /// Releases the lock, which the caller must hold exactly once. Then waits up to `timeout` milliseconds for a signal
+    /// (-1: without limit), and always locks again. True after a signal, false after a timeout or a failure.
     bool wait(int timeout);
 
 private:

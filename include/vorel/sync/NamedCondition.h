@@ -1,6 +1,5 @@
 /// \file
-/// `NamedCondition`: a named event that every process of the machine can signal and wait for, whatever user it runs
-/// under.
+/// `NamedCondition`: a named event that every process of the machine can signal and wait for, whatever its user.
 ///
 ///     vorel::NamedCondition done(L"Global\\TalvenorImportDone");
 ///     done.signal();                 // in one process
@@ -13,7 +12,8 @@
 
 namespace vorel {
 
-/// A signal releases one waiter of all processes, or the next one to arrive. It has no broadcast. Thread-safe.
+/// A signal releases one waiter in any process, or the next one to arrive. Unlike `Condition`, it has no broadcast.
+/// Thread-safe.
 class VOREL_API NamedCondition {
 public:
     /// Opens the event `name`, and creates it if it does not exist. The name is used unchanged; the prefix "Global\"
@@ -26,13 +26,13 @@ public:
     /// \throws Exception "Failed to set event."
     void signal();
 
-    /// Waits for a signal up to `timeout` milliseconds (-1: without limit). True only after a signal.
+    /// Waits up to `timeout` milliseconds for a signal (-1: without limit). True only after a signal.
     bool wait(int timeout);
 
 private:
     static const wchar_t* const ClassName;
 
-    /// These throw. They exist for clients that bind to them by name.
+    /// These always throw. They exist for clients that link to them by name.
     NamedCondition();
     NamedCondition(const NamedCondition& other);
     NamedCondition& operator=(const NamedCondition& other);

@@ -8,7 +8,7 @@
 namespace vorel::util {
 
 /// Sets `text` to the system's message for the error `code` in the user's default language, without white space at
-/// either end, and returns its characters (never null). A code without a message gives the empty text.
+/// either end. Returns a pointer to the text (never null). A code without a message gives the empty text.
 ///
 ///     0 -> "No Error"
 ///

@@ -1,6 +1,6 @@
 /// \file
-/// Thread-safe forms of the standard time conversions, and clocks. Times are seconds since 1970-01-01 UTC. Results are
-/// written to storage of the caller; every function may be called from any thread.
+/// Thread-safe versions of the standard time conversions, and clocks. Times are seconds since 1970-01-01 UTC. Results
+/// are written to storage of the caller; every function may be called from any thread.
 #pragma once
 
 #include <ctime>
@@ -9,8 +9,8 @@
 
 namespace vorel::util {
 
-/// Converts `time` to local time (`localtime`) or UTC (`gmtime`) in `result`, and returns `result`. A time that the
-/// runtime cannot convert is not reported; it sets every field to -1.
+/// Converts `time` to local time (`localtime`) or UTC (`gmtime`) in `result`, and returns `result`. If the runtime
+/// cannot convert the time, every field becomes -1; nothing is reported.
 /// \throws Exception "pLocalTime is null", "pGMTime is null" for a null `result`.
 VOREL_API std::tm* localtime(const long long* time, std::tm* result);
 VOREL_API std::tm* gmtime(const long long* time, std::tm* result);
@@ -23,8 +23,8 @@ VOREL_API std::tm* gmtime(const long long* time, std::tm* result);
 ///         structure or out of range values for components of the time".
 VOREL_API char* asctime(const std::tm* time, char* buffer, unsigned long long size);
 
-/// The same for a time in seconds, as local time, but with a line feed at the end by design. A time that the runtime
-/// cannot convert is not reported; it gives the empty text.
+/// The same for a time in seconds, as local time, but with a line feed at the end by design. If the runtime cannot
+/// convert the time, the text is empty; nothing is reported.
 /// \throws Exception "buffer is null"; "buffer must be at least 26 characters long, actual size = %i".
 VOREL_API char* ctime(const long long* time, char* buffer, unsigned long long size);
 
@@ -35,10 +35,10 @@ VOREL_API unsigned long long getMillisecondsUTC();
 /// Milliseconds since the system started, as a 32-bit count that wraps after about 49.7 days.
 VOREL_API unsigned long long getMillisecondCount() noexcept;
 
-/// The same count; despite its name it counts milliseconds.
+/// The same as `getMillisecondCount`: milliseconds, despite the name.
 VOREL_API unsigned long long getProcessorCycles() noexcept;
 
-/// Microseconds between two results of `getProcessorCycles`; correct across one wrap of the count.
+/// Microseconds between two results of `getProcessorCycles`. Correct if the count wraps at most once between them.
 ///
 ///     0xFFFFFFF0, 0x10  ->  32000
 VOREL_API unsigned long long getMicrotimeFromProcessorCycles(unsigned long long start, unsigned long long end) noexcept;

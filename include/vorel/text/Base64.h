@@ -29,17 +29,17 @@ public:
     VOREL_API static void Encode(const Array<unsigned char>& bytes, BaseString<char>& text);
     VOREL_API static void Encode(const Array<unsigned char>& bytes, BaseString<wchar_t>& text);
 
-    /// The same for `count` bytes of `data` starting at `start`, which may point into the string. A null `data` is
-    /// empty.
+    /// The same for `count` bytes of `data`, starting at index `start`. `data` may point into `text`; null means no
+    /// bytes.
     VOREL_API static void EncodeRange(const unsigned char* data, unsigned int start, unsigned int count,
                                       BaseString<char>& text);
     VOREL_API static void EncodeRange(const unsigned char* data, unsigned int start, unsigned int count,
                                       BaseString<wchar_t>& text);
 
     /// Replaces `bytes` by the bytes that `text` encodes, and returns 0. Tabs, line feeds, carriage returns and spaces
-    /// are skipped. Padding ends the text; units after it are ignored. A group of four that is incomplete or contains
-    /// any other character also ends the text, with the result 1; the bytes before it are kept. Null is an empty text.
-    /// The text may lie in `bytes`.
+    /// are skipped. Padding ends the text; units after it are ignored. An incomplete group of four, or a group with any
+    /// other character, also ends the text: the result is 1, and the bytes before the group are kept. Null is an empty
+    /// text. `text` may point into `bytes`.
     ///
     ///     QQ==  ->  41, 0        QQ  ->  nothing, 1        QQ=A  ->  41, 0
     ///

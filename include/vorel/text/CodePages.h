@@ -1,10 +1,10 @@
 /// \file
 /// Conversion between wide text and the code pages of Windows, with an interface like that of `iconv`. A converter is a
 /// number that contains two code pages: the target in its lower sixteen bits, the source in its upper sixteen. It owns
-/// no resources, so it need not be closed, and any number of threads may use it.
+/// no resources, so it need not be closed. Any number of threads may use it at the same time.
 ///
-/// Failures are reported by -1 and `errno`. Exceptions (memory, locks, and `iconv` itself) get a record of the
-/// operation ("iconv::iconv_open: Vorel exception rethrown").
+/// Failures are reported by -1 and `errno`. Only memory, locks and `iconv` itself throw; such an exception gets a
+/// record of the operation ("iconv::iconv_open: Vorel exception rethrown").
 #pragma once
 
 #include <cstddef>
@@ -15,15 +15,15 @@ namespace vorel::util {
 
 /// Returns a converter for the named code pages. Names are not case-sensitive; 617 names of 146 code pages are known.
 /// By design, a converter works in one direction: if `from` is given, `to` is ignored, and the converter only converts
-/// from that code page. It converts to `to` only if `from` is null. Does not check that the system has the code page.
+/// from that code page. It converts to `to` only if `from` is null. The system need not have the code page.
 ///
 ///     "UTF-8", "LATIN1"  ->  28591 << 16        "UTF-8", null  ->  65001
 ///
-/// Returns -1 with `errno` EINVAL for an unknown name, and if both are null.
+/// Returns -1 with `errno` EINVAL for an unknown name, or if both are null.
 VOREL_API int iconv_open(const char* to, const char* from);
 
-/// Returns a converter for the code pages of these numbers, 0 for none. A number that the system does not have makes
-/// the conversion fail. Returns -1 with `errno` EINVAL if both are 0.
+/// The same for numbers of code pages, where 0 means none. If the system does not have the code page, conversions fail.
+/// Returns -1 with `errno` EINVAL if both are 0.
 VOREL_API int iconv_open_codepage(int to, int from);
 
 /// Not available by design; always throws.
@@ -32,7 +32,7 @@ VOREL_API int iconv_open_codepage(int to, int from);
 ///         problem."
 VOREL_API std::size_t iconv(int converter, char** in, std::size_t* inLeft, char** out, std::size_t* outLeft);
 
-/// Returns 0; for an invalid converter -1 with `errno` EBADF. There is nothing to free.
+/// Returns 0, or -1 with `errno` EBADF for an invalid converter. There is nothing to free.
 VOREL_API int iconv_close(int converter) noexcept;
 
 /// Does nothing: a converter has no state.
@@ -43,35 +43,34 @@ VOREL_API void iconv_reset(int converter) noexcept;
 /// number of units of the result.
 ///
 /// Returns -1 with `errno` EBADF for a converter without a source, EILSEQ for bytes that are not valid in the code
-/// page, E2BIG if `out` is too small, and EINVAL if the system does not have the code page or rejects the arguments,
-/// and for other counts and capacities beyond INT_MAX.
+/// page, E2BIG if `out` is too small, and EINVAL if the system does not have the code page or rejects the arguments.
 ///
-/// A count or capacity above INT_MAX is rejected without a system call, because the system uses 31-bit counts. The
-/// system is called with MB_ERR_INVALID_CHARS. It rejects that flag (EINVAL) for the code pages 42, 50220, 50221,
-/// 50222, 50225, 50227, 50229, 57002 to 57011 and 65000: these have names, but text cannot be converted from them.
-/// `text` must not overlap `out`: the system rejects two equal pointers (EINVAL). Source: "MultiByteToWideChar function
-/// (stringapiset.h)" on learn.microsoft.com.
+/// A count or capacity above INT_MAX, except SIZE_MAX as above, is rejected with EINVAL without a system call, because
+/// the system uses 31-bit counts. The system is called with MB_ERR_INVALID_CHARS. It rejects that flag (EINVAL) for the
+/// code pages 42, 50220, 50221, 50222, 50225, 50227, 50229, 57002 to 57011 and 65000. These have names, but text cannot
+/// be converted from them. `text` must not overlap `out`; the system rejects equal pointers (EINVAL). Source:
+/// "MultiByteToWideChar function (stringapiset.h)" on learn.microsoft.com.
 VOREL_API std::size_t iconv_to_wc(int converter, const char* text, std::size_t bytes, wchar_t* out,
                                   std::size_t capacity);
 
 /// Converts `units` units of `text` (SIZE_MAX: as above) to bytes in `out`, a buffer of `capacity` bytes, and returns
-/// the number of bytes written. `defaultUsed`, if not null, becomes whether a unit was replaced by the default
-/// character; some code pages cannot report this (`iconv_isCheckDefaultValid`). Failures as above, without EILSEQ;
-/// `defaultUsed` is then unchanged.
+/// the number of bytes written. `defaultUsed`, if not null, receives whether a unit was replaced by the default
+/// character; some code pages cannot report this (`iconv_isCheckDefaultValid`). Fails as above, but never with EILSEQ.
+/// After a failure `defaultUsed` is unchanged.
 ///
 /// Counts and capacities above INT_MAX are rejected as above. Windows rejects a pointer for `defaultUsed` (EINVAL) for
-/// the code pages 65000 (UTF-7) and 65001 (UTF-8); it also does so for 50220 to 50229, 52936 (HZ), 54936 (GB18030) and
-/// 57002 to 57011 (ISCII), which its documentation does not say. No flags are used, so this function also converts to
-/// code pages that reject flags. `text` must not overlap `out`. Source: "WideCharToMultiByte function (stringapiset.h)"
-/// on learn.microsoft.com.
+/// the code pages 65000 (UTF-7) and 65001 (UTF-8); it also does so, undocumented, for 50220 to 50229, 52936 (HZ), 54936
+/// (GB18030) and 57002 to 57011 (ISCII). No flags are used, so this function also converts to code pages that reject
+/// flags. `text` must not overlap `out`. Source: "WideCharToMultiByte function (stringapiset.h)" on
+/// learn.microsoft.com.
 VOREL_API std::size_t iconv_from_wc(int converter, const wchar_t* text, std::size_t units, char* out,
                                     std::size_t capacity, bool* defaultUsed);
 
-/// Whether `iconv_from_wc` can report the use of the default character for this code page. It cannot for UTF-7, UTF-8
-/// and a few others; the result comes from the system.
+/// Whether `iconv_from_wc` can report the use of the default character for this code page. The result comes from the
+/// system: false for UTF-7, UTF-8 and a few others.
 VOREL_API bool iconv_isCheckDefaultValid(int codePage);
 
-/// Returns the code page of a name, which is not case-sensitive; -1 for an unknown name, for null, and if the system
+/// Returns the code page of a name, which is not case-sensitive; -1 for an unknown name, for null, or if the system
 /// does not have the code page.
 ///
 ///     "utf-8"  ->  65001

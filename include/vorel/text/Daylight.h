@@ -8,8 +8,8 @@
 
 namespace vorel::util {
 
-/// Groups of three bytes as four characters of the alphabet . + 0-9 A-Z a-z, and a final character: the number of bytes
-/// used in the last group. Every function may be called from any thread.
+/// Each group of three bytes becomes four characters of the alphabet . + 0-9 A-Z a-z. A final digit gives the number of
+/// bytes used in the last group. Every function may be called from any thread.
 ///
 ///     41 42  ->  EI6.2        41 42 43  ->  EI713        nothing  ->  3
 class Daylight {
@@ -28,8 +28,8 @@ public:
     /// comma counts as '+', and any other character outside the alphabet as '.'.
     /// \throws Exception "Daylight64::Decode: Invalid ASCII string (length wrong)" if the length is not a multiple of
     ///         four plus one; `bytes` is unchanged. "Daylight64::Decode: Invalid ASCII string (unexepected charater at
-    ///         end)" if the last character is not 1, 2 or 3, or counts bytes of a group that does not exist; `bytes`
-    ///         then holds whole groups. MemoryException.
+    ///         end)" if the last character is not 1, 2 or 3, or is 1 or 2 without a group before it; `bytes` then holds
+    ///         whole groups. MemoryException.
     VOREL_API static int Decode(const BaseString<wchar_t>& text, Array<unsigned char>& bytes);
 };
 

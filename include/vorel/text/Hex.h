@@ -25,11 +25,11 @@ public:
     VOREL_API static void Encode(const Array<unsigned char>& bytes, BaseString<wchar_t>& text);
 
     /// Sets the size of `bytes` to half the number of units in `text`, writes the byte of each pair of digits, and
-    /// returns 0. Returns 1 at the first invalid pair or, if the count of digits is odd, at the last digit. By design,
-    /// a prefix "0x" gives no byte, but the size includes one for it, and that last byte is not written; the characters
-    /// ':' to '@' count as 3 to 9; and only the lower eight bits of each unit are used.
+    /// returns 0. Stops at the first invalid pair, or at the last digit if the number of digits is odd, and then
+    /// returns 1. By design, a prefix "0x" is skipped but counts in the size, so one byte at the end is not written.
+    /// Also by design, the characters ':' to '@' count as 3 to 9, and only the lower eight bits of each unit are used.
     ///
-    ///     0x4142  ->  41 42 and one byte more, 0        4G  ->  1        abc  ->  AB, 1
+    ///     0x4142  ->  41 42 and one more byte, 0        4G  ->  1        abc  ->  AB, 1
     ///
     /// \throws MemoryException.
     VOREL_API static int Decode(const BaseString<wchar_t>& text, Array<unsigned char>& bytes);
@@ -44,9 +44,9 @@ public:
 VOREL_API void byteArrayToHexString(const Array<unsigned char>& bytes, BaseString<char>& text, bool upperCase);
 VOREL_API void byteArrayToHexString(const Array<unsigned char>& bytes, BaseString<wchar_t>& text, bool upperCase);
 
-/// Replaces `bytes` by one byte for each pair of digits in `text`, of `length` units or up to the terminator. By
-/// design, a character that is not a digit counts as 0, and an odd length or a length of 0 leaves `bytes` unchanged
-/// without an error. The text may lie in `bytes`.
+/// Replaces `bytes` by one byte for each pair of digits in `text`, which has `length` units or ends at its terminator.
+/// By design, a character that is not a digit counts as 0. If the length is odd or 0, `bytes` is unchanged and nothing
+/// is reported. `text` may point into `bytes`.
 ///
 ///     4g  ->  40        123  ->  unchanged
 ///

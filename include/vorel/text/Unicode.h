@@ -2,9 +2,9 @@
 /// Conversions between wide text (UTF-16 units), UTF-8 and UTF-16 byte streams.
 ///
 /// The UTF-8 codec uses the original form of UTF-8, with up to six bytes for a character. By design it checks very
-/// little. Overlong forms and encoded surrogates are accepted. Trailing bytes are not checked, and are read past the
-/// bound of the input, or past a zero byte, if the lead byte requires them. The bytes 0x80 to 0xBF, 0xF1, 0xF3, 0xF5,
-/// 0xF7, 0xF9, 0xFB and 0xFF do not start a sequence.
+/// little. Overlong forms and encoded surrogates are accepted. Trailing bytes are not checked. If the lead byte
+/// requires them, they are read even past the bound of the input or past a zero byte. The bytes 0x80 to 0xBF, 0xF1,
+/// 0xF3, 0xF5, 0xF7, 0xF9, 0xFB and 0xFF do not start a sequence.
 ///
 /// A length below 0 means up to the first zero. A length of 0 or more is an upper bound; a zero still ends the input.
 ///
@@ -32,20 +32,20 @@ VOREL_API int ConvertUCStoUTF8(unsigned int codePoint, char* output, int size) n
 /// A byte that does not start a sequence is an error. With `throwOnError` false, the result is then false, and `output`
 /// holds the complete blocks before the error.
 /// \throws Exception with `throwOnError` true: "Error converting UTF-8 character (%ls)", where `%ls` is "Hex string: "
-///         and the bytes after the invalid one up to the next zero. The form for `const char*` adds "Failed to convert
-///         utf8 text to String: %s". MemoryException if the output cannot grow.
+///         and the bytes after the invalid one up to the next zero. The overload for `const char*` adds "Failed to
+///         convert utf8 text to String: %s". MemoryException if the output cannot grow.
 VOREL_API bool ConvertUTF8toString(BaseString<wchar_t>& output, const unsigned char* input, int length,
                                    bool throwOnError);
 VOREL_API bool ConvertUTF8toString(BaseString<wchar_t>& output, const char* input, int length, bool throwOnError);
 
-/// The same into a buffer of `size` units, at least 1, that ends in a terminator unless the result is false. A longer
-/// text is truncated silently; a surrogate pair is never split. A null input gives the empty text.
+/// The same into a buffer of `size` units, at least 1. The text is terminated unless the result is false. A longer text
+/// is truncated silently; a surrogate pair is never split. A null input gives the empty text.
 VOREL_API bool ConvertUTF8toString(wchar_t* output, unsigned int size, const unsigned char* input, int length,
                                    bool throwOnError);
 
 /// Converts wide text to UTF-8. `length` is in units. A surrogate that is not part of a pair becomes "?". A pair that
 /// starts on the last unit within the bound is converted as a whole. Null gives the empty output. `appendZero` appends
-/// a zero byte, which is included in the count.
+/// a zero byte, which is included in the size of `output`.
 ///
 ///     D800 0041  ->  3F 41
 ///
@@ -59,7 +59,7 @@ VOREL_API void ConvertStringtoUTF8(const wchar_t* input, BaseString<char>& outpu
 ///     41 00 E9 00  ->  0041 00E9
 ///
 /// \throws Exception "A string length needs to be specified for UTF-16 to UCS conversion" for a length below 0. The
-///         form for `const char*` adds "Failed to convert UTF-16 text to String: %s". MemoryException.
+///         overload for `const char*` adds "Failed to convert UTF-16 text to String: %s". MemoryException.
 VOREL_API void ConvertUTF16toString(BaseString<wchar_t>& output, const unsigned char* input, int length);
 VOREL_API void ConvertUTF16toString(BaseString<wchar_t>& output, const char* input, int length);
 

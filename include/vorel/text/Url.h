@@ -3,10 +3,10 @@
 /// UTF-8 first, so a non-ASCII character becomes the escapes of its bytes. Every function may be called from any
 /// thread.
 ///
-/// A text may lie in the string that receives the result. In wide text, escapes that end within a UTF-8 sequence are
-/// decoded with zeros for the missing bytes: "%C3" is U+00C0. After a failure, a wide output holds the complete blocks
-/// of 450 units before the error. Escapes have upper-case digits. The control characters 1 to 31 and 127 are never
-/// escaped by design.
+/// A text may point into the string that receives the result. If escapes in wide text end within a UTF-8 sequence, the
+/// missing bytes count as zeros: "%C3" is U+00C0. After a failure, a wide output holds the complete blocks of 450 units
+/// before the error. Escapes have upper-case digits. The control characters 1 to 31 and 127 are never escaped by
+/// design.
 #pragma once
 
 #include "vorel/Export.h"
@@ -19,10 +19,10 @@ enum UrlComponent : int {
     UrlPath = 0,            ///< a whole path: '/' is kept, '?' is escaped
     UrlPathSegment = 1,     ///< a segment of a path: both are escaped
     UrlQuery = 2,           ///< a whole query: a space becomes '+', and '+' is escaped; '?' is kept
-    UrlQueryParameter = 3,  ///< a name or value in a query: like UrlQuery, and '&' and '=' are escaped
+    UrlQueryParameter = 3,  ///< a name or value in a query: like UrlQuery, but '&' and '=' are escaped too
 };
 
-/// Replaces `output` by `text` with escapes for bytes from 128 on and for these characters:
+/// Replaces `output` by `text`, with escapes for the bytes from 128 to 255 and for these characters:
 ///
 ///     " # % < > [ \ ] ^ ` { | } ~
 ///
@@ -40,9 +40,9 @@ VOREL_API const wchar_t* urlEncode(const wchar_t* text, BaseString<wchar_t>& out
 VOREL_API BaseString<char> urlEncode(const char* text, bool escapeReserved, bool spaceAsPlus);
 VOREL_API BaseString<wchar_t> urlEncode(const wchar_t* text, bool escapeReserved, bool spaceAsPlus);
 
-/// Replaces `output` by `text` with escapes for the characters that are not allowed in this part of a URL. Unlike
-/// `urlEncode`, it keeps '~' by design. For an unknown component it escapes the characters that are escaped in all
-/// components.
+/// Replaces `output` by `text`, with escapes for the characters that are not allowed in the part `component` of a URL.
+/// Unlike `urlEncode`, it keeps '~' by design. For an unknown component it escapes the characters that are escaped in
+/// all components.
 ///
 ///     "a/b?c=d&e f~"  ->  UrlPath a/b%3Fc=d&e%20f~        UrlQueryParameter a/b?c%3Dd%26e+f~
 ///

@@ -12,14 +12,14 @@ extern VOREL_API const wchar_t* const TAL_True;
 extern VOREL_API const wchar_t* const TAL_False;
 
 /// Skips white space and parses a boolean: one of the characters 1 t y 0 f n; one of the words true, false, yes, no,
-/// on, off, with nothing after it; or an integer ("10", "-3", "2.0" are true). By design, the single digits 2 to 9 are
-/// true in wide text and not accepted in narrow text. Anything else is false. `end`, if not null, receives the position
-/// after the value, or the position where it was expected. Null gives false and a null end.
+/// on, off, at the end of the text; or an integer ("10", "-3", "2.0" are true). By design, a single digit from 2 to 9
+/// is true in wide text but not accepted in narrow text. Anything else is false. `end`, if not null, receives the
+/// position after the value, or where the value was expected. A null text gives false and a null end.
 VOREL_API bool stringToBoolean(const char* text, char** end) noexcept;
 VOREL_API bool stringToBoolean(const wchar_t* text, wchar_t** end) noexcept;
 
-/// Whether the text after white space is one of true, false, yes, no, 0, 1, t, f, y, n. By design these are fewer than
-/// `stringToBoolean` accepts.
+/// Whether the text after white space is one of true, false, yes, no, 0, 1, t, f, y, n. By design, `stringToBoolean`
+/// accepts more.
 VOREL_API bool canCoerceToBoolean(const char* text) noexcept;
 VOREL_API bool canCoerceToBoolean(const wchar_t* text) noexcept;
 

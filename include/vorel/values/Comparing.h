@@ -9,7 +9,7 @@ namespace vorel::util {
 
 /// Flags of `strcmpAdvanced`; they may be combined.
 enum strcmpAdvFlag : int {
-    SCMP_IgnoreCase = 0x001,    ///< A to Z, and no other letters, equal a to z
+    SCMP_IgnoreCase = 0x001,    ///< only A to Z and a to z are equal
     SCMP_Numeric = 0x002,       ///< runs of digits are compared as numbers
     SCMP_SlashesEqual = 0x004,  ///< '/' and '\' are equal
     SCMP_Reverse = 0x100,       ///< the texts are swapped, which reverses the sign of the result
@@ -20,8 +20,8 @@ constexpr strcmpAdvFlag operator|(strcmpAdvFlag a, strcmpAdvFlag b) noexcept {
     return static_cast<strcmpAdvFlag>(static_cast<int>(a) | static_cast<int>(b));
 }
 
-/// Compares two texts. The result is below 0, 0, or above 0 if `a` is before, equal to, or after `b`; only its sign has
-/// a meaning. A null text is before every other text. Characters of narrow text are compared as signed numbers.
+/// Compares two texts. The result is below 0, 0, or above 0 if `a` is before, equal to, or after `b`; only the sign
+/// matters. A null text is before every other text. Characters of narrow text are compared as signed numbers.
 ///
 ///     "file9", "file10"  ->  above 0, with SCMP_Numeric below 0        "007", "7" with SCMP_Numeric  ->  0
 VOREL_API int strcmpAdvanced(const char* a, const char* b, strcmpAdvFlag flags) noexcept;

@@ -6,7 +6,8 @@
 
 namespace vorel::util {
 
-/// The nearest whole number. By design, a half is rounded down, towards negative infinity.
+/// The nearest whole number. By design, a value halfway between two whole numbers is rounded down, towards negative
+/// infinity.
 ///
 ///     2.5 -> 2.0    -2.5 -> -3.0    1.6 -> 2.0
 VOREL_API double round(double value) noexcept;

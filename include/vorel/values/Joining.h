@@ -9,8 +9,8 @@
 namespace vorel::util {
 
 /// Sets `result` to the items, separated by `delimiter`. An item that contains the delimiter or a double quote is put
-/// in double quotes, and its own double quotes are doubled. A single item that already begins and ends with a double
-/// quote is not changed. The delimiter may lie in `result`, and `result` may be one of the items.
+/// in double quotes, and the double quotes in it are doubled. If there is only one item and it already begins and ends
+/// with a double quote, it is not changed. The delimiter may point into `result`, and `result` may be one of the items.
 ///
 /// By design, the search for the delimiter in an item is one pass that never goes back: it does not find "ab" in "aab",
 /// so that item is not quoted.

@@ -1,9 +1,9 @@
 /// \file
-/// Lists of values from zero-terminated text. With `append` the values are appended to the array; without it they
-/// replace its content. The result is true if the whole text was read. If it is false, the array holds the values read
-/// before. An array that cannot grow also gives false, and the error log has the reason: only `stringToLongRanges`
-/// throws. A null text is an empty list. The arrays belong to the caller; apart from that, every function may be called
-/// from any thread.
+/// Lists of values from zero-terminated text. With `append`, the values are appended to the array; otherwise they
+/// replace its content. The result is true if the whole text was read. If it is false, the array holds the values that
+/// were read. If the array cannot grow, the result is false too, and the error log has the reason; only
+/// `stringToLongRanges` throws. A null text is an empty list. The arrays belong to the caller; apart from that, every
+/// function may be called from any thread.
 #pragma once
 
 #include "vorel/Export.h"
@@ -11,24 +11,24 @@
 
 namespace vorel::util {
 
-/// Integers separated by single commas. Each has an optional sign, and white space may follow it. A fraction is cut off
-/// ("2.9" is 2). By design, white space after a comma, and an empty item between two commas, is an item with the value
-/// 0.
+/// Integers separated by single commas. An integer may have a sign, and white space may follow it. A fraction is
+/// dropped ("2.9" is 2). By design, an empty item between two commas has the value 0, and white space after a comma is
+/// itself an item with the value 0.
 ///
 ///     "1 ,2 3"  ->  1 2 3, true        "1, 2"  ->  1 0 2, true        "1;2"  ->  1, false
 VOREL_API bool stringToIntegerArray(const char* text, Array<int>& values, bool append) noexcept;
 VOREL_API bool stringToIntegerArray(const wchar_t* text, Array<int>& values, bool append) noexcept;
 VOREL_API bool stringToUIntegerArray(const wchar_t* text, Array<unsigned int>& values, bool append) noexcept;
 
-/// Numbers separated by white space, in the form that `stringToDouble` reads. Text that does not have the form of a
-/// number is skipped. A word of 80 or more characters ends the list with false.
+/// Numbers separated by white space, in the form that `stringToDouble` reads. Text that is not a number is skipped. A
+/// word of 80 or more characters ends the list, and the result is false.
 ///
 ///     "1.5 2e3 abc 4"  ->  1.5 2000 4, true        "1,5"  ->  nothing, true
 VOREL_API bool stringToDoubleArray(const char* text, Array<double>& values, bool append) noexcept;
 VOREL_API bool stringToDoubleArray(const wchar_t* text, Array<double>& values, bool append) noexcept;
 
 /// Booleans separated by white space: true, t, false and f in either case, and integers. Other words are skipped,
-/// including "yes". A word of 80 or more characters ends the list with false.
+/// including "yes". A word of 80 or more characters ends the list, and the result is false.
 ///
 ///     "T f 1 0 yes 3"  ->  true false true false true, true
 VOREL_API bool stringToBooleanArray(const char* text, Array<bool>& values, bool append) noexcept;
@@ -40,12 +40,12 @@ VOREL_API bool canCoerceToIntegerArray(const char* text) noexcept;
 VOREL_API bool canCoerceToIntegerArray(const wchar_t* text) noexcept;
 
 /// Ranges separated by commas: "1-5" gives the start 1 and the end 5, "7" gives 7 for both, and an open end is -1
-/// ("5-", "-5"). So numbers cannot be negative by design. Empty items are skipped.
+/// ("5-", "-5"). By design, numbers therefore cannot be negative. Empty items are skipped.
 ///
 ///     "1-5,7"  ->  starts 1 7, ends 5 7        " 3 - 9 , 12-"  ->  starts 3 12, ends 9 -1
 ///
-/// \throws Exception "Found nonnumeric text in numeric item: \"%ls\"" with the item. The arrays then hold what was
-///         read, including the number before that text.
+/// \throws Exception "Found nonnumeric text in numeric item: \"%ls\"" with the item. The arrays then hold the ranges
+///         that were read, including a number before that text.
 VOREL_API void stringToLongRanges(const wchar_t* text, Array<int>& starts, Array<int>& ends);
 
 }  // namespace vorel::util

@@ -1,10 +1,10 @@
 /// \file
-/// Numbers to text, in one form on every machine: fifteen significant digits, exponents with three digits, fixed words
-/// for the special values. The library generates the digits itself, rounded from the exact value, so the result does
-/// not depend on the runtime or the locale. Only the `append...` functions throw.
+/// Conversion of numbers to text. The text is the same on every machine: fifteen significant digits, exponents with
+/// three digits, fixed words for the special values. The library computes the digits itself from the exact value, so
+/// the result does not depend on the runtime or the locale. Only the `append...` functions throw.
 ///
-/// Every function may be called from any thread. A buffer of `size` units belongs to the call until it returns: units
-/// that keep their values may be written too, so no other thread may change them in the meantime.
+/// Every function may be called from any thread. No other thread may change any of the `size` units of a buffer during
+/// a call, because the call may write even the units whose values it keeps.
 #pragma once
 
 #include "vorel/Export.h"
@@ -16,7 +16,7 @@ namespace vorel::util {
 /// Options for the format of numbers; bits.
 enum FormattingOptions : int {
     FO_Default = 0,
-    FO_JSON = 1,  ///< special values as JSON strings, and a digit after the point of every mantissa with an exponent
+    FO_JSON = 1,  ///< special values are JSON strings; a mantissa with an exponent has a digit after the point
 };
 
 /// Writes `value` to `buffer` of `size` characters and returns the buffer.
@@ -35,7 +35,7 @@ enum FormattingOptions : int {
 /// the even digit. Below 0.1 there is always an exponent, and a tie is rounded away from zero. Both are by design.
 ///
 /// Narrow: the buffer must have space for 64 characters. A smaller `size` truncates the words and the texts for
-/// magnitudes of 0.1 or more, whose last unit (`size - 1`) is always a terminator; below 0.1 it only limits the
+/// magnitudes of 0.1 or more; the unit at `size - 1` is then a terminator. For magnitudes below 0.1, it only limits the
 /// additional digit of the exponent. Wide: at most `size` units are written, including the terminator; a text that does
 /// not fit has no terminator by design. A null buffer gives null. The rest of the buffer is unchanged.
 VOREL_API const char* doubleToString(double value, char* buffer, unsigned long long size, FormattingOptions options);
@@ -47,8 +47,8 @@ VOREL_API const wchar_t* doubleToString(double value, wchar_t* buffer, unsigned 
 VOREL_API void appendDouble(BaseString<wchar_t>& text, double value);
 VOREL_API void appendInteger(BaseString<wchar_t>& text, int value);
 
-/// Writes at most `size - 1` characters of `value` in decimal, and terminators after them and at `size - 1`. The rest
-/// of the buffer is unchanged. Returns the buffer; null for a null buffer. A size of 21 is always enough.
+/// Writes at most `size - 1` characters of `value` in decimal. Writes a terminator after them and another at `size -
+/// 1`. The rest of the buffer is unchanged. Returns the buffer; null for a null buffer. A size of 21 is always enough.
 VOREL_API const char* Int64ToStr(long long value, char* buffer, unsigned long long size);
 VOREL_API const wchar_t* Int64ToStr(long long value, wchar_t* buffer, unsigned long long size);
 VOREL_API const char* UInt64ToStr(unsigned long long value, char* buffer, unsigned long long size);

@@ -19,10 +19,10 @@
 
 namespace vorel::util {
 
-/// Parse signed and unsigned decimal integers: white space, one sign, digits, and with `skipTrailingSpace` the white
-/// space after them. A value out of range wraps around by design. An unsigned number does not accept '-': the scan
-/// stops there, with the result 0. `end` never moves back: for "  -x" the result is 0 and `end` is at the 'x'. Null
-/// gives 0 and a null end.
+/// Parse signed and unsigned decimal integers: white space, an optional sign, digits, and with `skipTrailingSpace` the
+/// white space after the digits. By design, a value out of range wraps around. For unsigned integers the scan stops at
+/// a '-', with the result 0. `end` never moves back: for " -x" the result is 0 and `end` is at the 'x'. Null gives 0
+/// and a null end.
 VOREL_API int stringToInteger(const char* text, const char** end, bool skipTrailingSpace) noexcept;
 VOREL_API int stringToInteger(const wchar_t* text, const wchar_t** end, bool skipTrailingSpace) noexcept;
 VOREL_API long long stringToInteger64(const char* text, const char** end, bool skipTrailingSpace) noexcept;
@@ -32,7 +32,7 @@ VOREL_API unsigned long long stringToUnsignedInteger64(const char* text, const c
 VOREL_API unsigned long long stringToUnsignedInteger64(const wchar_t* text, const wchar_t** end,
                                                        bool skipTrailingSpace) noexcept;
 
-/// The same, always including the white space after the digits. `end` points into the caller's text.
+/// The same with `skipTrailingSpace` true. `end` points into the caller's text.
 VOREL_API int stringToInt(const char* text, char** end) noexcept;
 VOREL_API int stringToInt(const wchar_t* text, wchar_t** end) noexcept;
 VOREL_API unsigned int stringToUInt(const char* text, char** end) noexcept;
@@ -42,8 +42,9 @@ VOREL_API long long stringToInt64(const wchar_t* text, wchar_t** end) noexcept;
 VOREL_API unsigned long long stringToUInt64(const char* text, char** end) noexcept;
 VOREL_API unsigned long long stringToUInt64(const wchar_t* text, wchar_t** end) noexcept;
 
-/// Parse hexadecimal digits in either case, with white space on both sides; no sign, and no "0x". By design, wide text
-/// is read up to 8 digits; narrow text up to 16, of which the last 8 count. Null gives 0 and a null end.
+/// Parse hexadecimal digits in either case, with white space on both sides; no sign, and no "0x". By design, at most 8
+/// digits of wide text are read. At most 16 digits of narrow text are read, and the last 8 count. Null gives 0 and a
+/// null end.
 ///
 ///     "1234567890"  ->  0x12345678, at the '9' (wide); 0x34567890, at the end (narrow)
 VOREL_API int hexToInteger(const char* text, char** end) noexcept;
@@ -52,8 +53,8 @@ VOREL_API int hexToInt(const char* text, char** end) noexcept;
 VOREL_API int hexToInt(const wchar_t* text, wchar_t** end) noexcept;
 
 /// Parses a decimal number with fraction and exponent. Only the first 18 digits count, including leading zeros. The
-/// result may differ in its last bit from the nearest double: every program that follows the same steps gets the same
-/// bits. A value out of range becomes infinity or 0. An exponent marker without digits is accepted ("1e" is 1). The
+/// result may differ in its last bit from the nearest double; the bits are the same in every program that uses the
+/// library. A value out of range becomes infinity or 0. An exponent marker without digits is accepted ("1e" is 1). The
 /// white space after the number is not skipped. Without any digit the result is 0.0 (-0.0 after a '-') and `end` is
 /// `text`. Null gives 0.0 and a null end.
 ///
@@ -61,14 +62,14 @@ VOREL_API int hexToInt(const wchar_t* text, wchar_t** end) noexcept;
 VOREL_API double stringToDouble(const char* text, char** end) noexcept;
 VOREL_API double stringToDouble(const wchar_t* text, wchar_t** end) noexcept;
 
-/// Whether the whole text, except white space at both ends, is an integer, including "12.", "12.0" and "12.000". For
-/// null, `value` is unchanged. Otherwise it holds the integer that was read, even if the result is false.
+/// Whether the whole text, except white space at both ends, is an integer, including "12.", "12.0" and "12.000". For a
+/// null text, `value` is unchanged. Otherwise `value` is the integer that was read, even if the result is false.
 VOREL_API bool tryStringToInteger(const char* text, int& value) noexcept;
 VOREL_API bool tryStringToInteger(const wchar_t* text, int& value) noexcept;
 
 /// Whether the whole text, except white space at both ends, is a number. By design, an exponent of 0 is rejected
-/// ("1e0", "1e"), with the mantissa in `value`. For null and for a text without digits, `value` is unchanged. Otherwise
-/// it holds the number before the first invalid character.
+/// ("1e0", "1e"), and `value` is then the mantissa. For null and for a text without digits, `value` is unchanged.
+/// Otherwise `value` is the number before the first invalid character.
 VOREL_API bool tryStringToDouble(const char* text, double& value) noexcept;
 VOREL_API bool tryStringToDouble(const wchar_t* text, double& value) noexcept;
 
@@ -77,8 +78,8 @@ VOREL_API bool tryStringToDouble(const wchar_t* text, double& value) noexcept;
 VOREL_API bool canCoerceToInteger(const char* text, bool allowLeadingZeros) noexcept;
 VOREL_API bool canCoerceToInteger(const wchar_t* text, bool allowLeadingZeros) noexcept;
 
-/// Whether the whole text has the form of a number. An exponent needs a digit, which may be 0. Without
-/// `allowLeadingZeros`, "007" is rejected, but "007.5" and "007e1" are accepted.
+/// Whether the whole text has the form of a number. An exponent needs a digit; unlike for `tryStringToDouble`, it may
+/// be 0. Without `allowLeadingZeros`, "007" is rejected, but "007.5" and "007e1" are accepted.
 VOREL_API bool canCoerceToDouble(const char* text, bool allowLeadingZeros) noexcept;
 VOREL_API bool canCoerceToDouble(const wchar_t* text, bool allowLeadingZeros) noexcept;
 

@@ -21,29 +21,29 @@ VOREL_API void splitString(const char* text, const char* delimiter, Array<BaseSt
 VOREL_API void splitString(const wchar_t* text, const wchar_t* delimiter, Array<BaseString<wchar_t>>& parts);
 
 /// Splits `text` at each character in `delimiters` (null: none) and replaces `items` by the parts. An item in double
-/// quotes may contain delimiters, and '""' for a double quote. If the quotes are incorrect (text after the closing
+/// quotes may contain delimiters; '""' in it is a double quote. If the quotes are incorrect (text after the closing
 /// quote, or no closing quote), the item is everything up to the next delimiter, including the quotes. With `trim`,
 /// white space at both ends of each item is removed. A delimiter at the very end adds no item.
 ///
 ///     a,"b,c","d""e" at ","  ->  a   b,c   d"e        "ab"x,c at ","  ->  "ab"x   c
 ///
-/// `items` is emptied first. The text and the delimiters may be elements of it.
+/// `items` is emptied first. The text and the delimiters may be elements of `items`.
 /// \throws MemoryException; `items` then holds the parts found so far.
 VOREL_API void singleStringToMultipleStrings(const wchar_t* text, const wchar_t* delimiters,
                                              Array<BaseString<wchar_t>>& items, bool trim);
 VOREL_API void singleCStringToMultipleCStrings(const char* text, const char* delimiters, Array<BaseString<char>>& items,
                                                bool trim);
 
-/// Splits `text` in place at the first character of `delimiter` (its other characters are ignored; null never splits):
-/// each such character becomes a terminator. `tokens` receives the starts of the tokens, which point into the text. The
-/// result is their number. `delimiter` may lie in the text. A text, even an empty one, has at least one token; null has
-/// none. With `maxTokens` of 0 or more, the last token contains the rest of the text once there are that many tokens; 0
-/// counts as 1. A negative number sets no limit.
+/// Splits `text` in place at each occurrence of the first character of `delimiter`, and overwrites it with a
+/// terminator. The other characters of `delimiter` are ignored; a null `delimiter` never splits. `tokens` receives
+/// pointers to the tokens in `text`, and the result is their number. `delimiter` may point into the text. A text, even
+/// an empty one, has at least one token; null has none. If `maxTokens` is 0 or more, there are at most that many
+/// tokens, and the last contains the rest of the text; 0 counts as 1. A negative `maxTokens` sets no limit.
 ///
 ///     "a,b,,c" at ","  ->  "a" "b" "" "c", 4        with 2 tokens at most  ->  "a" "b,,c", 2
 ///
-/// For a limit up to 1,024, slots for that many tokens are reserved first; for a larger limit, not more than the text
-/// can have.
+/// If `maxTokens` is at most 1,024, slots for that many tokens are reserved first. For a larger value, not more slots
+/// are reserved than the text can have tokens.
 /// \throws MemoryException, with the record "vorel::util::tokenizeString: Vorel exception rethrown".
 VOREL_API int tokenizeString(char* text, const char* delimiter, Array<char*>& tokens, int maxTokens);
 VOREL_API int tokenizeString(wchar_t* text, const wchar_t* delimiter, Array<wchar_t*>& tokens, int maxTokens);
