@@ -9,7 +9,7 @@
 namespace vorel::algorithms {
 
 /// The white space of every parser: space, tab, line feed and carriage return; in wide text the no-break space U+00A0
-/// too. The byte 0xA0 is not white space, by design: its meaning depends on the code page.
+/// too. By design, the byte 0xA0 is not white space, because its meaning depends on the code page.
 template <class T>
 constexpr bool isSpace(T c) noexcept {
     return c == ' ' || c == '\t' || c == '\n' || c == '\r' || (sizeof(T) > 1 && c == 0xA0);

@@ -50,7 +50,7 @@ constexpr Table repeated(const std::uint8_t (&bytes)[16]) noexcept {
     return table;
 }
 
-/// For the distance from a character to its value. Characters of a slot have the same distance.
+/// Selects the distance from a character to its value. All characters of a slot have the same distance.
 constexpr Table kDistanceByLower = repeated({1, 1, 1, 1, 1, 1, 1, 1, 0, 0, 0, 0, 0, 15, 0, 15});
 
 constexpr Table kDistanceOfSlot = [] {
@@ -63,10 +63,10 @@ constexpr Table kDistanceOfSlot = [] {
     return table;
 }();
 
-/// For the test of a character. The characters of a slot that have a value follow those that have none.
+/// Selects the test of a character. In each slot, the characters with a value follow those without one.
 constexpr Table kTestByLower = repeated({13, 1, 1, 1, 1, 1, 1, 1, 1, 1, 3, 7, 11, 11, 11, 15});
 
-/// The signed number whose sum with a character of the slot is not negative if the character has a value.
+/// For each slot, a signed number: its sum with a character of the slot is negative unless the character has a value.
 constexpr Table kTestOfSlot = [] {
     Table table = repeated({128, 128, 128, 128, 128, 128, 128, 128, 128, 128, 128, 128, 128, 128, 128, 128});
     for (unsigned int character = 127; character != 0; --character) {
@@ -83,8 +83,8 @@ __m256i valuesOf(__m256i characters, __m256i& test) noexcept {
         const __m256i slots = _mm256_avg_epu8(_mm256_shuffle_epi8(byLower.load(), characters), upper);
         return _mm256_adds_epi8(_mm256_shuffle_epi8(ofSlot.load(), slots), characters);
     };
-    // The shift moves bits of the next character into the upper three bits of each byte. These do not affect a lookup,
-    // except that of a byte above 127.
+    // The shift moves bits of the next character into the upper three bits of each byte. These bits affect only the
+    // lookup for bytes above 127.
     const __m256i upper = _mm256_srli_epi32(characters, 3);
     test = sumWithSlot(kTestByLower, kTestOfSlot, upper);
     return sumWithSlot(kDistanceByLower, kDistanceOfSlot, upper);
@@ -106,8 +106,8 @@ void decodeUnchecked(const T* text, unsigned char* out, __m256i& invalid) noexce
     invalid = _mm256_min_epi8(invalid, test);
 }
 
-/// Decodes four blocks at once, at most `blocks` blocks. Stops at four with an invalid character, and replaces what it
-/// wrote for them by zeros. Returns the number of blocks decoded.
+/// Decodes four blocks at once, at most `blocks` blocks. Stops at four blocks with an invalid character, and overwrites
+/// their output with zeros. Returns the number of blocks decoded.
 template <class T>
 VOREL_NOINLINE std::size_t decodeFours(const T* text, std::size_t blocks, unsigned char* out) noexcept {
     std::size_t done = 0;
@@ -128,8 +128,8 @@ VOREL_NOINLINE std::size_t decodeFours(const T* text, std::size_t blocks, unsign
 }
 
 /// Decodes a block, and returns the number of groups before the first invalid character. Zeros are written after their
-/// bytes. A separate call needs few registers, so that short text does not save and restore those that Windows
-/// preserves.
+/// bytes. This is a separate function that uses few registers, so short text does not save and restore the registers
+/// that Windows preserves.
 template <class T>
 VOREL_NOINLINE std::size_t decodeBlock(const T* text, unsigned char* out) noexcept {
     __m256i test;
@@ -146,7 +146,7 @@ VOREL_NOINLINE std::size_t decodeBlock(const T* text, unsigned char* out) noexce
     return static_cast<std::size_t>(groups);
 }
 
-/// Whether a block that extends into the next page can be read: the text does not end before that page.
+/// Whether a block that extends into the next page can be read. It can if the text does not end before that page.
 template <class T>
 bool continuesInNextPage(const T* text) noexcept {
     constexpr std::uintptr_t kBlock = kCharacters * sizeof(T);

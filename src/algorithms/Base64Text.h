@@ -1,5 +1,5 @@
 /// \file
-/// Base64 (RFC 4648, section 4) of either width: encodes with padding, decodes and skips white space anywhere.
+/// Base64 (RFC 4648, section 4) in text of either width. The encoder writes padding; the decoder skips white space.
 #pragma once
 
 #include <algorithm>
@@ -47,8 +47,8 @@ unsigned int consumeBase64Character(const T*& cursor) noexcept {
     return character;
 }
 
-/// Writes the bytes of four characters with values, fewer than three if the last characters are padding, to `out`.
-/// `written` receives their number.
+/// Writes the three bytes of four characters to `out`, or fewer if the last characters are padding. `written` receives
+/// the number of bytes.
 inline Base64End writeBase64Group(const unsigned int (&characters)[4], const int (&values)[4], char pad,
                                   unsigned char* out, std::size_t& written) noexcept {
     const auto sextet = [&](std::size_t at) { return static_cast<unsigned int>(values[at]); };
@@ -60,8 +60,8 @@ inline Base64End writeBase64Group(const unsigned int (&characters)[4], const int
     return written < 3 ? Base64End::Text : Base64End::None;
 }
 
-/// Decodes a group of four characters into `out`, which has space for three bytes. `written` stays unchanged if the
-/// group yields none.
+/// Decodes a group of four characters into `out`, which has space for three bytes. `written` is unchanged if the group
+/// has no bytes.
 template <class T>
 Base64End parseBase64Group(const T*& cursor, const int* table, char pad, unsigned char* out,
                            std::size_t& written) noexcept {
@@ -102,9 +102,9 @@ inline constexpr std::size_t kBase64BlockGroups = kSextetBlockCharacters / 4;
 inline constexpr std::size_t kBase64Overhang = 8;  // zeros written past the last block
 
 /// With AVX2: decodes at most `blocks` blocks of 32 characters. Stops at the first character without a value, and at a
-/// block that cannot be read without touching the page after the end of the text. Returns the number of groups of four
-/// characters decoded. Only zeros are written after their bytes, up to eight past the space of `blocks` blocks. The
-/// text ends with a zero and may be shorter than a block.
+/// block that extends into a page after the end of the text. Returns the number of decoded groups of four characters.
+/// After their bytes, only zeros are written, up to eight bytes past the output of `blocks` blocks. The text ends with
+/// a zero and may be shorter than a block.
 std::size_t decodeBase64Avx2(const char* text, std::size_t blocks, unsigned char* out) noexcept;
 std::size_t decodeBase64Avx2(const WideUnit* text, std::size_t blocks, unsigned char* out) noexcept;
 
@@ -117,9 +117,9 @@ struct Base64Step {
 /// Output capacity that a step needs, in bytes.
 inline constexpr std::size_t kBase64StepCapacity = kSextetBlockBytes + kBase64Overhang;
 
-/// Decodes at least the bytes of a block from `cursor`, or all up to the end, and moves it past what was read. A step
-/// without an end writes a multiple of 24 bytes. Zeros may be written after the decoded bytes. The text ends with a
-/// zero. `table` holds the values of all 256 characters of Base64.
+/// Decodes from `cursor` at least the bytes of one block, or up to the end of the text. Moves `cursor` past the
+/// characters read. A step that does not reach the end writes a multiple of 24 bytes. Zeros may be written after the
+/// decoded bytes. The text ends with a zero. `table` holds the values of all 256 characters of Base64.
 template <class T>
 Base64Step decodeBase64Step(const T*& cursor, const int* table, char pad, unsigned char* out,
                             std::size_t capacity) noexcept {
@@ -133,7 +133,7 @@ Base64Step decodeBase64Step(const T*& cursor, const int* table, char pad, unsign
     if (groups == blocks * kBase64BlockGroups) {
         return {done, Base64End::None};
     }
-    // The block with the character that has no value.
+    // This block has a character without a value.
     do {
         std::size_t written = 0;
         const Base64End end = parseBase64Group(cursor, table, pad, out + done, written);

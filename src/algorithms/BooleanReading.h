@@ -12,10 +12,10 @@
 
 namespace vorel::algorithms {
 
-/// A word for a boolean, in lower case.
+/// A word that denotes a boolean, in lower case.
 struct BooleanWord {
     std::string_view text;
-    // cppcheck-suppress unusedStructMember; it is read through an iterator
+    // cppcheck-suppress unusedStructMember; read through an iterator
     bool value;
 };
 
@@ -25,7 +25,7 @@ inline constexpr std::string_view kTrueCharacters = "1ty";
 inline constexpr std::string_view kFalseCharacters = "0fn";
 inline constexpr std::string_view kPlainBooleanWords[] = {"true", "false", "yes", "no", "0", "1", "t", "f", "y", "n"};
 
-/// Whether a single digit from 2 to 9 is true. It is in wide text, and callers rely on that.
+/// Whether a single digit from 2 to 9 is true. It is true in wide text only, and callers rely on that.
 template <class T>
 inline constexpr bool kAnyDigitIsTrue = sizeof(T) > 1;
 
@@ -68,7 +68,7 @@ bool readBoolean(const T* text, T** end) noexcept {
     return value;
 }
 
-/// Whether the whole text is a word or a character for a boolean. White space before it is allowed.
+/// Whether the whole text is a word or a character that denotes a boolean. White space before it is allowed.
 template <class T>
 bool coercesToBoolean(const T* text) noexcept {
     if (!text) {

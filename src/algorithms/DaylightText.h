@@ -1,6 +1,6 @@
 /// \file
-/// Daylight text of either width: groups of four characters, and a final digit that gives the number of bytes in the
-/// last group.
+/// Daylight text of either width: groups of four characters, then a digit that gives the number of bytes in the last
+/// group.
 #pragma once
 
 #include <cstddef>
@@ -37,9 +37,9 @@ unsigned int daylightValueOf(T unit) noexcept {
     return isKnown ? kDaylightValues.values[index] : 0;
 }
 
-/// The values for lookups of many characters at once: the upper four bits of a character select a row, the lower four a
-/// column. In all rows but one, values increase with the characters. See Wojciech Muła, "SIMDized check which bytes are
-/// in a set".
+/// Tables that look up the values of many characters at once. The upper four bits of a character select a row, the
+/// lower four a column. In all rows but one, the values increase with the characters. See Wojciech Muła, "SIMDized
+/// check which bytes are in a set".
 struct SextetRows {
     static constexpr unsigned int kIrregularRow = 2;  // ! to /
 

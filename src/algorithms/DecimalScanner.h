@@ -3,7 +3,7 @@
 /// character, or in blocks for numbers of the usual length.
 ///
 /// All programs that use these rules must compute the same bits, so the order of operations is fixed: the significant
-/// digits as an integer, converted to double, multiplied or divided by one power of ten.
+/// digits are read as an integer, converted to double, and multiplied or divided by one power of ten.
 #pragma once
 
 #include <array>
@@ -53,12 +53,13 @@ constexpr Mantissa parseMantissa(const T*& cursor) noexcept {
 }
 
 /// Significant digits as a double. The rule computes high * 1e9 + low from two halves of nine digits. The product has
-/// at most 51 significant bits, so it and the halves are exact. Only the sum rounds, exactly as this conversion does.
+/// at most 51 significant bits, so both the halves and the product are exact. Only the sum is rounded, exactly like the
+/// conversion here.
 constexpr double mantissaValue(std::uint64_t used) noexcept {
     return static_cast<double>(static_cast<std::int64_t>(used));
 }
 
-/// A parsed exponent: 'e' or 'E', a sign, and digits. Marker and sign are consumed without digits too.
+/// A parsed exponent: 'e' or 'E', a sign, and digits. The marker and the sign are consumed even if no digits follow.
 struct Exponent {
     std::uint32_t value = 0;  ///< without its sign, modulo 2^32
     bool negative = false;
@@ -87,8 +88,8 @@ Exponent parseExponent(const T*& cursor) noexcept {
 
 inline constexpr std::uint32_t kLargestScale = 511;
 
-/// Powers of ten from 0 to 511. Each is the product of 1e1, 1e2, 1e4 … 1e256 for its bits, lowest first, so that every
-/// step rounds as the rule requires. From 309 on they are infinite.
+/// Powers of ten from 0 to 511. Each is the product of those of 1e1, 1e2, 1e4 … 1e256 whose bits are set in the
+/// exponent, lowest bit first, so every step rounds as the rule requires. From 309 on, the powers are infinite.
 inline constexpr auto kScaleFactors = [] {
     constexpr std::array<double, 9> kSquares = {1.0e1, 1.0e2, 1.0e4, 1.0e8, 1.0e16, 1.0e32, 1.0e64, 1.0e128, 1.0e256};
     std::array<double, kLargestScale + 1> factors = {};
@@ -111,8 +112,8 @@ constexpr double withSign(double value, bool negative) noexcept {
     return std::bit_cast<double>(std::bit_cast<std::uint64_t>(value) ^ static_cast<std::uint64_t>(negative) << 63);
 }
 
-/// Significant digits scaled by the signed 32-bit exponent of the last one. Signs are unpredictable, so nothing
-/// branches on them: the unused factor is 1.
+/// Significant digits, scaled by the signed 32-bit exponent of the last digit. Signs are unpredictable, so nothing
+/// branches on them: one of two factors is always 1.
 inline double scaled(std::uint64_t used, std::uint32_t exponent, bool negative) noexcept {
     const bool isBelowOne = exponent >> 31 != 0;
     const std::uint32_t magnitude = negatedIf(isBelowOne, exponent);
@@ -125,7 +126,7 @@ inline double scaled(const Mantissa& mantissa, const Exponent& exponent, bool ne
     return scaled(mantissa.used, mantissa.exponent + negatedIf(exponent.negative, exponent.value), negative);
 }
 
-/// A mantissa whose digits are all significant, the last `fraction` of them after the point.
+/// A mantissa whose digits are all significant. The last `fraction` digits are after the point.
 struct ShortMantissa {
     std::uint64_t used = 0;
     std::uint64_t fraction = 0;
@@ -162,7 +163,7 @@ VOREL_ALWAYS_INLINE bool parseShortMantissa(const T*& cursor, ShortMantissa& man
     return whole + fraction != 0;
 }
 
-/// Parses a number of the usual length without branching on its number of digits. Returns false and consumes nothing if
+/// Parses a number of the usual length without a branch on the number of digits. Returns false and consumes nothing if
 /// the number must be parsed character by character.
 template <class T>
 VOREL_ALWAYS_INLINE bool parseShortDecimal(const T*& start, double& value) noexcept {

@@ -1,6 +1,6 @@
 /// \file
-/// Counts and converts decimal and hexadecimal digits, sixteen at a time, without a branch per digit. The end of a
-/// number is unpredictable, and one mispredicted branch costs as much as the whole conversion.
+/// Counts and converts decimal and hexadecimal digits, sixteen at a time, without a branch per digit. The length of a
+/// number is unpredictable, and one mispredicted branch takes as long as the whole conversion.
 ///
 /// Reads may extend past either end of the text, but never into another page; characters outside the number are
 /// ignored. SSE2 is part of every 64-bit x86 processor, so no dispatch is needed.
@@ -31,15 +31,15 @@ inline constexpr auto kIntegerPowersOfTen = [] {
     return powers;
 }();
 
-/// Whether one block before `position` and two blocks from it lie in one page. Then they are readable wherever the text
-/// begins and ends.
+/// Whether one block before `position` and two blocks from `position` on lie in one page. Then all are readable,
+/// wherever the text begins and ends.
 template <class T>
 bool areDigitBlocksInPage(const T* position) noexcept {
     constexpr std::uintptr_t kBlock = kDigitBlock * sizeof(T);
     return isInPageAround(position, kBlock, 2 * kBlock);
 }
 
-/// One bit for each character of the block, lowest first: whether it is a digit.
+/// One bit for each character of the block, lowest first: set for digits.
 template <class T>
 std::uint64_t digitMask(const T* position) noexcept {
     const __m128i values = _mm_sub_epi8(loadBlock(position), _mm_set1_epi8('0'));
@@ -49,8 +49,7 @@ std::uint64_t digitMask(const T* position) noexcept {
 
 /// The number of digits at the start of a mask.
 constexpr std::uint64_t leadingDigits(std::uint64_t mask) noexcept {
-    constexpr std::uint64_t kEnd = std::uint64_t{1}
-                                   << 63;  // beyond the bits of every mask, so that a set bit always exists
+    constexpr std::uint64_t kEnd = std::uint64_t{1} << 63;  // above the bits of every mask, so at least one bit is set
     return static_cast<std::uint64_t>(std::countr_zero(~mask | kEnd));
 }
 
@@ -85,7 +84,7 @@ VOREL_ALWAYS_INLINE std::uint64_t valueOfDigits(const T* position, std::uint64_t
 template <class T>
 VOREL_ALWAYS_INLINE std::uint64_t valueAcrossPoint(const T* position, std::uint64_t whole,
                                                    std::uint64_t fraction) noexcept {
-    // Loads the digits twice, the second time shifted by one so that the fraction closes the gap of the point.
+    // Loads the digits twice. The second load is shifted by one character, so the fraction moves over the point.
     const T* const lastBlock = position + whole + fraction - kDigitBlock;
     const __m128i fractionAtEnd = loadBlock(lastBlock + 1);
     const __m128i wholeInPlace = loadBlock(lastBlock);
@@ -97,7 +96,7 @@ VOREL_ALWAYS_INLINE std::uint64_t valueAcrossPoint(const T* position, std::uint6
 
 // ---- Hexadecimal digits ---------------------------------------------------------------------------------------------
 
-/// The characters that `hexBlock` loads: as many as lie in sixteen bytes.
+/// The number of characters that `hexBlock` loads: those in sixteen bytes.
 template <class T>
 inline constexpr std::uint64_t kHexBlock = 16 / sizeof(T);
 
@@ -121,8 +120,8 @@ struct HexDigits {
         mask = static_cast<std::uint64_t>(_mm_movemask_epi8(_mm_or_si128(isDecimal, isLetter)));
     }
 
-    __m128i values;      ///< below 16, also those of other characters
-    std::uint64_t mask;  ///< one bit for each character, lowest first: whether it is a digit
+    __m128i values;      ///< below 16, even for other characters
+    std::uint64_t mask;  ///< one bit for each character, lowest first: set for digits
 };
 
 /// The bytes in reverse order: one instruction.

@@ -8,7 +8,7 @@
 
 namespace vorel::algorithms {
 
-/// The ASCII characters that may stand between "%" and the character of the conversion.
+/// The ASCII characters that may occur between "%" and the conversion character.
 inline constexpr auto kBeforeConversion = [] {
     std::array<bool, 128> characters = {};
     for (const char c : std::string_view("-+ #0123456789.*hlLwIjztT")) {

@@ -1,7 +1,7 @@
 /// \file
 /// Hexadecimal text (RFC 4648, section 8) of either width: encodes and decodes blocks of eight to 32 bytes, and decodes
 /// other pairs of digits by one of two rules for invalid characters. SSE2 is part of every 64-bit x86 processor; the
-/// AVX2 versions are called where the processor has it (see Processor.h).
+/// AVX2 versions are called if the processor has AVX2 (see Processor.h).
 #pragma once
 
 #include <array>
@@ -87,11 +87,11 @@ T* encodeHex(const unsigned char* bytes, std::size_t count, HexCase letters, T* 
     for (std::size_t at = 0; at + kBlock < count; at += kBlock) {
         encodeEight(at);
     }
-    encodeEight(count - kBlock);  // perhaps a part of it again
+    encodeEight(count - kBlock);  // some of these bytes may be encoded twice
     return end;
 }
 
-/// Decodes sixteen digits to eight bytes. Returns false and writes nothing if one is not a digit.
+/// Decodes sixteen digits to eight bytes. Returns false and writes nothing if a character is not a digit.
 template <class T>
 bool decodeHexBlock(const T* text, unsigned char* out) noexcept {
     const __m128i block = loadBlock(text);
@@ -111,13 +111,13 @@ bool decodeHexBlock(const T* text, unsigned char* out) noexcept {
     return true;
 }
 
-/// With AVX2: decodes at most `blocks` blocks of 32 digits. Stops at the first block with another character. Returns
-/// the number of blocks decoded.
+/// With AVX2: decodes at most `blocks` blocks of 32 digits. Stops at the first block that contains another character.
+/// Returns the number of blocks decoded.
 std::size_t decodeHexAvx2(const char* text, std::size_t blocks, unsigned char* out) noexcept;
 std::size_t decodeHexAvx2(const WideUnit* text, std::size_t blocks, unsigned char* out) noexcept;
 
-/// Decodes at most `blocks` blocks of sixteen digits. Stops at the first block with another character. Returns the
-/// number of blocks decoded.
+/// Decodes at most `blocks` blocks of sixteen digits. Stops at the first block that contains another character. Returns
+/// the number of blocks decoded.
 template <class T>
 std::size_t decodeHex(const T* text, std::size_t blocks, unsigned char* out) noexcept {
     std::size_t done = Processor::usesAvx2() ? 2 * decodeHexAvx2(text, blocks / 2, out) : 0;
@@ -129,8 +129,8 @@ std::size_t decodeHex(const T* text, std::size_t blocks, unsigned char* out) noe
 
 // ---- Whole texts ----------------------------------------------------------------------------------------------------
 
-/// Decodes pairs of digits: whole blocks at once, and the others by `decodePair(first, second, byte)`, which returns
-/// whether to continue. The last character of an odd number is paired with the terminator.
+/// Decodes pairs of digits: in whole blocks, and the other pairs by `decodePair(first, second, byte)`, which returns
+/// whether to continue. If the number of characters is odd, the last one is paired with the terminator.
 template <class T, class DecodePair>
 bool decodeHexPairs(const T* text, std::size_t length, unsigned char* out, DecodePair&& decodePair) {
     constexpr std::size_t kBlock = 16;  // digits
@@ -146,7 +146,7 @@ bool decodeHexPairs(const T* text, std::size_t length, unsigned char* out, Decod
     return true;
 }
 
-/// The value of a unit under the rule of the decoder that returns a status; a digit has 0 to 15.
+/// The value of a unit by the rule of the decoder that returns a status: 0 to 15 for a digit.
 template <class T>
 int hexValueWithStatus(T unit) noexcept {
     const int character = foldToUpperCase(unit) & 0xFF;

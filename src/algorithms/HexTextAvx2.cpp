@@ -33,7 +33,8 @@ struct HexTable {
     std::uint16_t multipliers[8];
 };
 
-/// The multipliers are equal. They come from memory because compilers replace a known one by two slower instructions.
+/// All multipliers are equal. They are read from memory, because compilers replace a constant multiplier by two slower
+/// instructions.
 constexpr HexTable kHexTables[] = {
     {{'0', '1', '2', '3', '4', '5', '6', '7', '8', '9', 'A', 'B', 'C', 'D', 'E', 'F'},
      {0x1001, 0x1001, 0x1001, 0x1001, 0x1001, 0x1001, 0x1001, 0x1001}},
@@ -48,8 +49,8 @@ public:
     explicit Digits(HexCase letters) noexcept : Digits(kHexTables[letters == HexCase::Upper ? 0 : 1]) {}
 
     void write(const unsigned char* bytes, T* out) const noexcept {
-        // The multiplication puts the lower four bits of a byte before the byte. The shift then leaves the upper four
-        // bits in the first byte and the lower four in the second.
+        // Each byte is in the lower half of 16 bits. The multiplication copies its lower four bits to the upper half.
+        // The shift then leaves its upper four bits in the first byte and its lower four bits in the second.
         const __m256i words = _mm256_shuffle_epi8(loadTwice(bytes), spreadBytes());
         const __m256i values = _mm256_srli_epi16(_mm256_mullo_epi16(words, m_multipliers), 4);
         storeDigits(_mm256_shuffle_epi8(m_digits, values), out);
@@ -59,8 +60,8 @@ private:
     explicit Digits(const HexTable& table) noexcept
         : m_digits(loadTwice(table.digits)), m_multipliers(loadTwice(table.multipliers)) {}
 
-    /// Eight bytes for each half of a register, as 16 bits each. For wide text, a half has the first four and the third
-    /// four or the others, because units are unpacked in each half.
+    /// Puts eight bytes into each half of a register, as 16 bits each. For wide text, one half has the first four and
+    /// the third four bytes, and the other half has the rest, because units are unpacked in each half.
     static __m256i spreadBytes() noexcept {
         if constexpr (sizeof(T) == 1) {
             return _mm256_setr_epi8(0, -1, 1, -1, 2, -1, 3, -1, 4, -1, 5, -1, 6, -1, 7, -1,  //
@@ -91,14 +92,15 @@ void encode(const unsigned char* bytes, std::size_t count, HexCase letters, T* o
         digits.write(bytes, out);
     }
     if (count != 0) {
-        digits.write(last, lastOut);  // a part of it again
+        digits.write(last, lastOut);  // some of these bytes are encoded twice
     }
 }
 
 /// The values of 32 digits. In `invalid`, the top bits of other characters are set. See Wojciech Muła, "Fast parsing
 /// and validating of hexadecimal numbers".
 __m256i valuesOf(__m256i characters, __m256i& invalid) noexcept {
-    // A decimal digit becomes 0 to 9, and a letter 10 to 15; everything else becomes more in both.
+    // One of the two results is 0 to 9 for a decimal digit, the other is 10 to 15 for a letter. Any other character
+    // gives larger values in both.
     const __m256i moved = _mm256_add_epi8(characters, _mm256_set1_epi8(static_cast<char>(0xFF - '9')));
     const __m256i decimal =
         _mm256_sub_epi8(_mm256_subs_epu8(moved, _mm256_set1_epi8(6)), _mm256_set1_epi8(static_cast<char>(0xF0)));
@@ -114,8 +116,8 @@ __m256i bytesOf(__m256i values) noexcept {
     return _mm256_maddubs_epi16(values, _mm256_set1_epi16(0x0110));  // weights 16 and 1
 }
 
-/// Decodes two blocks at once, at most `blocks` blocks. Stops at two with an invalid character. Returns the number of
-/// blocks decoded.
+/// Decodes two blocks at once, at most `blocks` blocks. Stops at two blocks with an invalid character. Returns the
+/// number of blocks decoded.
 template <class T>
 VOREL_NOINLINE std::size_t decodeTwos(const T* text, std::size_t blocks, unsigned char* out) noexcept {
     std::size_t done = 0;
@@ -132,8 +134,8 @@ VOREL_NOINLINE std::size_t decodeTwos(const T* text, std::size_t blocks, unsigne
     return done;
 }
 
-/// Decodes a block. Returns false and writes nothing if it has an invalid character. A separate call needs few
-/// registers, so that short text does not save and restore those that Windows preserves.
+/// Decodes a block. Returns false and writes nothing if it has an invalid character. This is a separate function that
+/// uses few registers, so short text does not save and restore the registers that Windows preserves.
 template <class T>
 VOREL_NOINLINE bool decodeBlock(const T* text, unsigned char* out) noexcept {
     __m256i invalid;

@@ -1,5 +1,5 @@
 /// \file
-/// Joins items, with double quotes around those that splitting could not restore otherwise.
+/// Joins items. An item is put in double quotes if splitting could not restore it otherwise.
 #pragma once
 
 #include <algorithm>
@@ -15,8 +15,8 @@ namespace vorel::algorithms {
 /// Units per block.
 inline constexpr std::size_t kUnitBlock = 8;
 
-/// Copies `count` units in whole blocks. Returns whether one of them is `a` or `b`. Source and target need capacity for
-/// whole blocks; units copied past `count` are unspecified.
+/// Copies `count` units in whole blocks. Returns whether one of them is `a` or `b`. Source and target must have space
+/// for whole blocks. Units written past `count` are unspecified.
 inline bool copyAndFind(const WideUnit* from, std::size_t count, WideUnit a, WideUnit b, WideUnit* to) noexcept {
     const __m128i first = _mm_set1_epi16(static_cast<short>(a));
     const __m128i second = _mm_set1_epi16(static_cast<short>(b));
@@ -38,8 +38,8 @@ inline bool copyAndFind(const WideUnit* from, std::size_t count, WideUnit a, Wid
     return (static_cast<std::uint32_t>(_mm_movemask_epi8(found)) | lastMask) != 0;
 }
 
-/// Whether an item needs quotes. The search for the delimiter never goes back: the character that ends a partial match
-/// does not start another one.
+/// Whether an item needs quotes. The search for the delimiter never goes back: a character that ends a partial match
+/// cannot start another match.
 template <class T>
 bool needsQuotes(std::basic_string_view<T> item, std::basic_string_view<T> delimiter) noexcept {
     std::size_t matched = 0;
@@ -58,7 +58,7 @@ bool needsQuotes(std::basic_string_view<T> item, std::basic_string_view<T> delim
     return false;
 }
 
-/// Whether an item has a quote at each end. A single quote is not enough.
+/// Whether an item has a quote at each end. An item that is one quote does not.
 template <class T>
 constexpr bool isQuotedAlready(std::basic_string_view<T> item) noexcept {
     return item.size() > 1 && item.front() == '"' && item.back() == '"';
@@ -78,7 +78,7 @@ T* writeQuoted(std::basic_string_view<T> item, T* out) noexcept {
     return out;
 }
 
-/// Capacity for an item in any form, including the units written temporarily after its end.
+/// Capacity for an item in any form, including units that are written past its end and then overwritten.
 constexpr std::size_t joinedItemCapacity(std::size_t units) noexcept {
     constexpr std::size_t kQuotes = 2;
     return kQuotes + 2 * units + kUnitBlock;

@@ -123,8 +123,8 @@ bool coercesToIntegers(const T* text) noexcept {
 /// The value of a missing start or end.
 inline constexpr int kOpenRangeEnd = -1;
 
-/// Parses the number at the start of a part. Returns whether it is the whole part. The part must be followed by nothing
-/// that could belong to the number except white space.
+/// Parses the number at the start of a part. Returns whether it is the whole part. After the part, only white space may
+/// precede a character that cannot continue the number.
 template <class T, class Take>
 bool readRangeEnd(std::basic_string_view<T> part, Take&& take) {
     const T* cursor = part.data();
@@ -155,8 +155,8 @@ bool readRange(std::basic_string_view<T> item, TakeStart&& takeStart, TakeEnd&& 
 }
 
 /// Parses items separated by commas; empty items are skipped. Each start of a range is passed to `takeStart`, each end
-/// to `takeEnd`, and a number to both. Stops at the first invalid item, after its number is passed on, and returns that
-/// item. Returns an empty view if all items are valid.
+/// to `takeEnd`, and a number to both. At the first invalid item, passes the number at its start, stops, and returns
+/// the item. Returns an empty view if all items are valid.
 template <class T, class TakeStart, class TakeEnd>
 std::basic_string_view<T> readRanges(const T* text, TakeStart&& takeStart, TakeEnd&& takeEnd) {
     for (std::basic_string_view<T> rest(text); !rest.empty();) {

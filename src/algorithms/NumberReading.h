@@ -14,7 +14,7 @@ namespace vorel::algorithms {
 template <class T, class End>
 void storeEnd(const T* cursor, End** end) noexcept {
     if (end) {
-        *end = const_cast<End*>(cursor);  // NOLINT(cppcoreguidelines-pro-type-const-cast): the caller's own text
+        *end = const_cast<End*>(cursor);  // NOLINT(cppcoreguidelines-pro-type-const-cast): the text of the caller
     }
 }
 

@@ -1,6 +1,6 @@
 /// \file
-/// The steps of parsing numbers from zero-terminated text of either width. Each step moves the cursor past what it
-/// read, stops at the first character that does not belong to it, and never fails.
+/// The steps of parsing numbers from zero-terminated text of either width. Each step moves the cursor past the
+/// characters that it consumes, stops at the first other character, and never fails.
 #pragma once
 
 #include <cstdint>
@@ -27,7 +27,7 @@ constexpr bool consumeSign(const T*& cursor) noexcept {
     return negative;
 }
 
-/// Parses less than two blocks of digits without branching on their number. Returns false and consumes nothing if the
+/// Parses fewer than two blocks of digits without a branch on their number. Returns false and consumes nothing if the
 /// digits must be parsed one by one.
 template <class Value, class T>
 VOREL_ALWAYS_INLINE bool parseShortDigits(const T*& cursor, Value& value) noexcept {
@@ -81,7 +81,7 @@ constexpr bool consumeZeroFraction(const T*& cursor) noexcept {
 /// A run of digits whose value is not needed.
 struct DigitRun {
     bool any = false;
-    bool hasLeadingZero = false;  ///< a zero first, and a digit other than zero later
+    bool hasLeadingZero = false;  ///< begins with a zero and contains another digit
 };
 
 template <class T>
@@ -100,8 +100,8 @@ constexpr Value negatedIf(bool negative, Value value) noexcept {
     return (value ^ (Value{0} - Value{negative})) + Value{negative};
 }
 
-/// Consumes the sign of an integer. An unsigned number accepts only '+': a '-' stops the scan. Returns whether it was a
-/// '-'.
+/// Consumes the sign of an integer. Returns whether it was a '-'. For an unsigned type only '+' is accepted: a '-'
+/// stops the scan.
 template <class Value, class T>
 constexpr bool consumeIntegerSign(const T*& cursor) noexcept {
     return (std::is_signed_v<Value> || *cursor != '-') && consumeSign(cursor);
@@ -141,8 +141,8 @@ Value parseInteger(const T*& cursor, bool skipTrailingSpaces) noexcept {
     return value;
 }
 
-/// The maximum number of hexadecimal digits. The limits differ by design: of more than eight digits of narrow text the
-/// last eight determine the value.
+/// The maximum number of hexadecimal digits. The limits differ by design: narrow text may have more than eight digits,
+/// and the last eight determine the value.
 template <class T>
 inline constexpr unsigned int kMaxHexDigits = sizeof(T) == 1 ? 16 : 8;
 

@@ -1,6 +1,6 @@
 /// \file
 /// Formats integers, and doubles with fifteen significant digits, as decimal text of either width. Sixteen digits are
-/// computed in one register. Text for a buffer of the caller is truncated to its size.
+/// computed in one register. Text is truncated to the size of the caller's buffer.
 #pragma once
 
 #include <algorithm>
@@ -48,9 +48,9 @@ inline std::uint32_t nonZeroMask(__m128i digits) noexcept {
 
 /// The number of decimal digits; 0 has one.
 constexpr std::uint64_t countDigits(std::uint64_t number) noexcept {
-    number |= 1;  // never changes the count: 10, 100 … are even
+    number |= 1;  // never changes the number of digits, because 10, 100 … are even
     const auto highestBit = static_cast<std::uint64_t>(63 ^ std::countl_zero(number));
-    // A number with b bits has at most one digit more than b times log10(2), which is a little above 1233 / 2^12.
+    // A number of b bits has at most one digit more than b * log10(2). 1233 / 2^12 is slightly less than log10(2).
     const std::uint64_t fewest = (highestBit * 1233 + 1233) >> 12;
     return fewest + (number >= kIntegerPowersOfTen[fewest] ? 1 : 0);
 }
@@ -60,13 +60,13 @@ constexpr std::uint64_t integerLength(std::uint64_t magnitude, bool negative) no
     return countDigits(magnitude) + std::uint64_t{negative};
 }
 
-/// What happens to the units after a text, in the memory that its function may access.
+/// How a function treats the units after the text, in the memory that it may access.
 enum class Rest {
     Unspecified,  ///< they may be overwritten
-    Unchanged,    ///< they may be written again, with their own values: this needs no branch on the length of the text
+    Unchanged,    ///< they keep their values, but may be written: this needs no branch on the length of the text
 };
 
-/// Writes the characters whose byte in `kept` is 0. The others must be 0.
+/// Writes each character whose byte in `kept` is 0. All other characters must be 0.
 VOREL_ALWAYS_INLINE void mergeCharacters(__m128i characters, __m128i kept, char* out) noexcept {
     auto* const block = reinterpret_cast<__m128i*>(out);
     _mm_storeu_si128(block, _mm_or_si128(characters, _mm_and_si128(_mm_loadu_si128(block), kept)));
@@ -131,7 +131,7 @@ void writeFewDigits(unsigned int number, T* out) noexcept {
     *out = static_cast<T>('0' + number % 10);
 }
 
-/// Writes a number whose text has `length` characters, at least sixteen, and a terminator. Writes nothing else. Returns
+/// Writes a number whose text has `length` characters, at least sixteen, then a terminator, and no other unit. Returns
 /// `out`.
 template <class T>
 VOREL_NOINLINE T* writeLongInteger(std::uint64_t magnitude, bool negative, std::uint64_t length, T* out) noexcept {
@@ -139,13 +139,13 @@ VOREL_NOINLINE T* writeLongInteger(std::uint64_t magnitude, bool negative, std::
     writeFewDigits(static_cast<unsigned int>(magnitude / kSixteenDigits), out + (negative ? 1 : 0));
     storeCharacters(sixteenDigits(magnitude % kSixteenDigits), out + length - kDigitBlock);
     if (negative) {
-        *out = '-';  // last: fifteen digits have a zero here
+        *out = '-';  // written last, because a number of fifteen digits has a zero here
     }
     out[length] = 0;
     return out;
 }
 
-/// Writes a number whose text has `length` characters, and a terminator. Accesses sixteen units, or `length + 1` if
+/// Writes a number whose text has `length` characters, then a terminator. Accesses sixteen units, or `length + 1` if
 /// that is more. Returns `out`.
 template <Rest rest, class T>
 VOREL_ALWAYS_INLINE T* writeInteger(std::uint64_t magnitude, bool negative, std::uint64_t length, T* out) noexcept {
@@ -153,7 +153,7 @@ VOREL_ALWAYS_INLINE T* writeInteger(std::uint64_t magnitude, bool negative, std:
     if (length >= kDigitBlock) {
         return writeLongInteger(magnitude, negative, length, out);
     }
-    // The zeros that follow the digits move them to the front. A zero before the digits becomes the sign.
+    // The multiplication appends zeros, which moves the digits to the front. A zero before the digits becomes the sign.
     const __m128i digits = sixteenDigits(magnitude * kIntegerPowersOfTen[kDigitBlock - length]);
     storeText<rest>(_mm_sub_epi8(digits, _mm_cvtsi32_si128(negative ? kZeroToMinus : 0)), length, out);
     return out;
@@ -162,7 +162,7 @@ VOREL_ALWAYS_INLINE T* writeInteger(std::uint64_t magnitude, bool negative, std:
 /// The longest text of a 64-bit number: twenty digits, or a sign and nineteen.
 inline constexpr std::size_t kMaxIntegerCharacters = 20;
 
-/// The absolute value. It holds that of the lowest number too.
+/// The absolute value, even of the lowest number.
 constexpr std::uint64_t magnitudeOf(std::int64_t value) noexcept {
     const auto bits = static_cast<std::uint64_t>(value);
     return value < 0 ? 0 - bits : bits;
@@ -172,12 +172,12 @@ constexpr std::uint64_t magnitudeOf(std::int64_t value) noexcept {
 
 /// The form of mantissa and exponent.
 enum class DoubleForm {
-    Raw,    ///< "1e+20", "1.5e-07", "1.e-07": the form of the print functions
+    Raw,    ///< "1e+20", "1.5e-07", "1.e-07": the form that the print functions use
     Plain,  ///< as `Raw`, with at least three exponent digits
-    Json,   ///< as `Plain`, with at least one digit after the point of every mantissa: "1.0e+020"
+    Json,   ///< as `Plain`, with at least one digit after the point of a mantissa: "1.0e+020"
 };
 
-/// Capacity for the text of any double and its terminator, including the units that are accessed after it.
+/// Capacity for the text of any double and its terminator, including the units after them that are accessed.
 inline constexpr std::size_t kDoubleCapacity = 32;
 
 /// Fifteen digits as characters, and their number without trailing zeros.
@@ -190,7 +190,7 @@ struct DigitText {
     int significant;
 };
 
-/// Sixteen characters: the digits with a point after the first `whole` of them, 1 to 15.
+/// The digits with a point after the first `whole` digits (1 to 15), as sixteen characters.
 inline __m128i insertDecimalPoint(__m128i digits, int whole) noexcept {
     const auto after = static_cast<std::uint64_t>(15 - whole);
     const __m128i fromPoint = lastBytes(after + 1);
@@ -200,7 +200,7 @@ inline __m128i insertDecimalPoint(__m128i digits, int whole) noexcept {
     return _mm_or_si128(_mm_or_si128(_mm_andnot_si128(fromPoint, digits), point), fraction);
 }
 
-/// Writes "e+020". `Raw` writes two digits if two are enough.
+/// Writes "e+020". `Raw` writes only two digits if these are enough.
 template <class T>
 VOREL_ALWAYS_INLINE T* writeExponent(int exponent, DoubleForm form, T* out) noexcept {
     const auto magnitude = static_cast<unsigned int>(exponent < 0 ? -exponent : exponent);
@@ -213,8 +213,8 @@ VOREL_ALWAYS_INLINE T* writeExponent(int exponent, DoubleForm form, T* out) noex
     return out + 2;
 }
 
-/// Writes a finite value other than 0 and a terminator, and returns the terminator's position. From a magnitude of 0.1
-/// on, the digits are those of "%.15g". Smaller values always have an exponent and keep the point. `out` has space for
+/// Writes a finite value other than 0 and a terminator, and returns the terminator's position. For magnitudes of 0.1
+/// and more, the digits are those of "%.15g". Smaller values always have an exponent and a point. `out` has space for
 /// `kDoubleCapacity` characters.
 template <Rest rest, class T>
 VOREL_ALWAYS_INLINE T* writeDouble(double value, DoubleForm form, T* out) noexcept {
@@ -250,7 +250,7 @@ VOREL_ALWAYS_INLINE T* writeDouble(double value, DoubleForm form, T* out) noexce
 
 // ---- Buffers of a caller -----------------------------------------------------------------------------------------
 
-/// Copies a short text that does not overlap the target. A call of the runtime would take longer.
+/// Copies a short text that does not overlap the target. A call of the runtime's function would take longer.
 template <class T>
 void copyShortText(const T* text, std::size_t length, T* to) noexcept {
     const auto* const from = reinterpret_cast<const unsigned char*>(text);
@@ -299,8 +299,8 @@ VOREL_NOINLINE T* writeTruncatedInteger(std::uint64_t magnitude, bool negative, 
     return buffer;
 }
 
-/// Writes a number and a terminator to `size` characters, truncated to them, and a terminator to the last one. The
-/// other units are unchanged. Returns the buffer, which may be null.
+/// Writes a number and a terminator, truncated to `size` characters, and a terminator to the last of these. The other
+/// units are unchanged. Returns the buffer, which may be null.
 template <class T>
 VOREL_ALWAYS_INLINE T* writeBoundedInteger(std::uint64_t magnitude, bool negative, T* buffer,
                                            unsigned long long size) noexcept {
@@ -311,7 +311,7 @@ VOREL_ALWAYS_INLINE T* writeBoundedInteger(std::uint64_t magnitude, bool negativ
     if (size < kDigitBlock || size <= length) [[unlikely]] {
         return writeTruncatedInteger(magnitude, negative, buffer, size);
     }
-    buffer[size - 1] = 0;  // first, so that the rest can be a tail call
+    buffer[size - 1] = 0;  // written first, so that the next call can be a tail call
     return writeInteger<Rest::Unchanged>(magnitude, negative, length, buffer);
 }
 

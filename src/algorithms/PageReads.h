@@ -1,8 +1,8 @@
 /// \file
-/// The rule for reads in blocks, and the length of a text by that rule. Such reads may extend past either end of a
-/// text: they do not fault while they stay in a page that holds a part of it.
+/// The rule for reads in blocks, and the length of a text by that rule. A read may extend past either end of a text: it
+/// does not fault while it stays in a page that contains a part of the text.
 ///
-/// The rule's functions are static, so that sources for special processors can use them.
+/// The functions of the rule are static, so that sources compiled for AVX2 can use them.
 #pragma once
 
 #include <bit>
@@ -25,7 +25,7 @@ static inline bool isInPage(const void* position, std::uintptr_t size) noexcept 
     return offsetInPage(position) <= kPageBytes - size;
 }
 
-/// Whether `before` bytes before `position` and `after` bytes from it lie in one page.
+/// Whether `before` bytes before `position` and `after` bytes from `position` on lie in one page.
 static inline bool isInPageAround(const void* position, std::uintptr_t before, std::uintptr_t after) noexcept {
     return offsetInPage(position) - before <= kPageBytes - before - after;  // a smaller offset wraps to a large number
 }

@@ -1,8 +1,8 @@
 /// \file
 /// The SSE2 instructions that the algorithms use, as functions for any processor (see Sse2.h). Names, lanes and results
-/// are those of the Intel Intrinsics Guide; compilers turn the loops into vector instructions of their processor.
+/// are those of the Intel Intrinsics Guide. Compilers turn the loops into vector instructions of the target processor.
 ///
-/// All functions are static, as those of the compiler are.
+/// All functions are static, like those of the compiler.
 #pragma once
 
 #include <algorithm>
@@ -73,7 +73,7 @@ static inline __m128i packed(__m128i left, __m128i right) noexcept {
     return result.vector();
 }
 
-/// Lanes of `left` and `right` in turn, from the one at `begin` on.
+/// Lanes of `left` and `right` in turn, starting at the lane `begin`.
 template <class Lane>
 static inline __m128i interleaved(__m128i left, __m128i right, std::size_t begin) noexcept {
     const Lanes<Lane> first(left);
@@ -252,7 +252,7 @@ static inline __m128i _mm_mulhi_epu16(__m128i left, __m128i right) noexcept {
     return eachPair<std::uint16_t>(left, right, [](unsigned int a, unsigned int b) { return a * b >> 16; });
 }
 
-/// The sums of neighbouring signed products. Only the largest sum exceeds a lane; it becomes the smallest value.
+/// The sums of adjacent signed products. Only the largest possible sum exceeds a lane; it becomes the smallest value.
 static inline __m128i _mm_madd_epi16(__m128i left, __m128i right) noexcept {
     const Lanes<std::int16_t> first(left);
     const Lanes<std::int16_t> second(right);
@@ -269,7 +269,7 @@ static inline __m128i _mm_min_epu8(__m128i left, __m128i right) noexcept {
     return eachPair<std::uint8_t>(left, right, [](std::uint8_t a, std::uint8_t b) { return std::min(a, b); });
 }
 
-// ---- Comparisons: all ones in the lanes for which they hold ---------------------------------------------------------
+// ---- Comparisons: all ones in the lanes where they are true ---------------------------------------------------------
 
 static inline __m128i _mm_cmpeq_epi8(__m128i left, __m128i right) noexcept {
     return eachPair<std::int8_t>(left, right, [](int a, int b) { return a == b ? -1 : 0; });

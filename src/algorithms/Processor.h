@@ -10,7 +10,7 @@ bool detectAvx2() noexcept;
 /// Selects between the AVX2 algorithms and the scalar and SSE2 ones.
 class Processor {
 public:
-    /// Whether the AVX2 algorithms are used. Detected once, when the library is loaded. It is false before that.
+    /// Whether the AVX2 algorithms are used. Detected once, when the library is loaded; false before that.
 #if defined(__x86_64__) || defined(_M_X64)
     [[nodiscard]] static bool usesAvx2() noexcept {
         return s_usesAvx2;

@@ -1,7 +1,7 @@
 /// \file
-/// Converts three bytes to four characters of an alphabet of 64, six bits each, and back: with AVX2 where the processor
-/// has it (see Processor.h), and group by group. Base64 (RFC 4648, section 4) and Daylight share it. Their decoders in
-/// blocks differ in their rules for invalid characters: see Base64Text.h and DaylightText.h.
+/// Converts three bytes to four characters of an alphabet of 64, six bits each, and back: in blocks if the processor
+/// has AVX2 (see Processor.h), and group by group. Base64 (RFC 4648, section 4) and Daylight share this code. Their
+/// block decoders are separate, because their rules for invalid characters differ: see Base64Text.h and DaylightText.h.
 #pragma once
 
 #include <cstddef>
@@ -30,7 +30,7 @@ constexpr void encodeThree(unsigned int a, unsigned int b, unsigned int c, const
 template <class T>
 constexpr T* encodeGroups(const unsigned char* bytes, std::size_t count, const char* alphabet, T* out) noexcept {
     for (; count >= 3; count -= 3, bytes += 3, out += 4) {
-        // NOLINTNEXTLINE(clang-analyzer-core.NullDereference): where there is a count, there are bytes
+        // NOLINTNEXTLINE(clang-analyzer-core.NullDereference): if `count` is not 0, there are bytes
         encodeThree(bytes[0], bytes[1], bytes[2], alphabet, out);
     }
     return out;
@@ -75,7 +75,7 @@ inline constexpr SextetValues kDaylightValues = [] {
 /// The order of the characters of an alphabet.
 enum class SextetOrder {
     Base64,    ///< A to Z, a to z, 0 to 9, and two others
-    Daylight,  ///< two others, 0 to 9, A to Z, a to z: the ranges of Base64 from the end
+    Daylight,  ///< two others, 0 to 9, A to Z, a to z: the ranges of Base64 in reverse
 };
 
 struct SextetAlphabet {
@@ -83,7 +83,7 @@ struct SextetAlphabet {
     SextetOrder order;
 };
 
-/// A number from 0 to 13 for each value. Values with the same number have the same distance to their characters.
+/// The range of a value, a number from 0 to 13. All values of a range have the same distance to their characters.
 constexpr unsigned int sextetRange(SextetOrder order, unsigned int value) noexcept {
     const unsigned int position = order == SextetOrder::Base64 ? value : 63 - value;
     return (position > 51 ? position - 51 : 0) + (position > 25 ? 1 : 0);
@@ -103,8 +103,8 @@ constexpr SextetOffsets sextetOffsets(const SextetAlphabet& alphabet) noexcept {
     return table;
 }
 
-/// With AVX2: encodes the whole groups of three among `count` bytes if they have at least `kMinSextetBytes` bytes, and
-/// otherwise nothing. Returns the number of bytes encoded; four characters are written for each three of them.
+/// With AVX2: encodes the whole groups of three among `count` bytes if these are at least `kMinSextetBytes` bytes;
+/// otherwise encodes nothing. Returns the number of bytes encoded. Four characters are written for each group.
 std::size_t encodeSextetsAvx2(const unsigned char* bytes, std::size_t count, SextetOrder order, char* out) noexcept;
 std::size_t encodeSextetsAvx2(const unsigned char* bytes, std::size_t count, SextetOrder order, WideUnit* out) noexcept;
 
@@ -112,7 +112,7 @@ inline constexpr std::size_t kMinSextetBytes = 12;
 
 // ---- Whole texts ----------------------------------------------------------------------------------------------------
 
-/// Encodes all bytes, with zeros for those missing in the last group. Returns the end of the text.
+/// Encodes all bytes. Missing bytes in the last group count as zeros. Returns the end of the text.
 template <class T>
 T* encodeAllGroups(const unsigned char* bytes, std::size_t count, const SextetAlphabet& alphabet, T* out) noexcept {
     const std::size_t done =

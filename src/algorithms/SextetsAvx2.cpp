@@ -20,7 +20,7 @@ namespace {
 constexpr std::size_t kBytes = 24;  // per block
 constexpr std::size_t kCharacters = 32;
 
-/// Where the twelve bytes of a group of sixteen characters are in half a register.
+/// The twelve bytes of sixteen characters are the first or the last twelve bytes in half a register.
 enum class Half { First, Last };
 
 /// A shuffle that repeats each group of three bytes a b c as the 32 bits "b a c b", lowest byte first.
@@ -49,7 +49,7 @@ __m128i loadTwelve(const unsigned char* bytes) noexcept {
 template <SextetOrder Order>
 class Encoder {
 public:
-    /// The characters of twelve bytes in each half, which `order` repeats as `tripleOrder` says.
+    /// The characters of the twelve bytes in each half. `order` is the `tripleOrder` of the bytes.
     [[nodiscard]] __m256i charactersOf(__m256i bytes, __m256i order) const noexcept {
         const __m256i groups = _mm256_shuffle_epi8(bytes, order);
         // A multiplication shifts each 16 bits by its own distance: the first and third value right, the others left.
@@ -89,8 +89,8 @@ void encodeOneOrTwoHalves(const unsigned char* bytes, std::size_t count, T* out)
     storeCharacters(_mm256_extracti128_si256(characters, 1), out + count / 3 * 4 - kCharacters / 2);
 }
 
-/// Encodes a block and reads only its bytes. A separate call needs few registers, so that short input does not save and
-/// restore those that Windows preserves.
+/// Encodes a block and reads only its bytes. This is a separate function that uses few registers, so short input does
+/// not save and restore the registers that Windows preserves.
 template <SextetOrder Order, class T>
 VOREL_NOINLINE void encodeBlock(const unsigned char* bytes, T* out) noexcept {
     const __m256i halves = loadHalves(bytes, bytes + 8);
@@ -99,7 +99,8 @@ VOREL_NOINLINE void encodeBlock(const unsigned char* bytes, T* out) noexcept {
 
 constexpr std::size_t kAround = 4;  // bytes that `encodeFours` reads before and after its blocks
 
-/// Encodes four blocks at once while `kAround` of the `count` bytes follow. Returns the number of bytes encoded.
+/// Encodes four blocks at once while at least `kAround` of the `count` bytes follow them. Returns the number of bytes
+/// encoded.
 template <SextetOrder Order, class T>
 VOREL_NOINLINE std::size_t encodeFours(const unsigned char* bytes, std::size_t count, T* out) noexcept {
     const Encoder<Order> encoder;
@@ -138,7 +139,7 @@ std::size_t encode(const unsigned char* bytes, std::size_t count, T* out) noexce
         encodeBlock<Order>(bytes + done, out + done / 3 * 4);
     }
     if (done != whole) {
-        encodeBlock<Order>(bytes + whole - kBytes, out + whole / 3 * 4 - kCharacters);  // a part of it again
+        encodeBlock<Order>(bytes + whole - kBytes, out + whole / 3 * 4 - kCharacters);  // some bytes again
     }
     return whole;
 }

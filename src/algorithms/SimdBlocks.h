@@ -2,8 +2,7 @@
 /// Loads and stores vectors of characters of either width. SSE2 is part of every 64-bit x86 processor; the functions
 /// for AVX2 exist only in sources compiled for it.
 ///
-/// All functions are static, so that a source compiled for AVX2 never provides the copy that the rest of the program
-/// calls.
+/// All functions are static. Otherwise the rest of the program could call a copy that was compiled for AVX2.
 #pragma once
 
 #include <cstddef>
@@ -16,8 +15,8 @@
 
 namespace vorel::algorithms {
 
-/// The character type of wide text, with units of 16 bits. Where `wchar_t` is larger, that is on every system but
-/// Windows, the algorithms compile with another type.
+/// The character type of wide text, with units of 16 bits. `wchar_t` is larger on every system except Windows; there
+/// the algorithms are compiled with another type.
 using WideUnit = std::conditional_t<sizeof(wchar_t) == 2, wchar_t, char16_t>;
 
 /// Sixteen characters as bytes. Units above 255 become 0 or 255. The attribute allows a block to extend into another
@@ -75,7 +74,7 @@ static inline void storeFirstBytes(__m128i bytes, std::size_t count, void* to) n
     }
 }
 
-/// Writes `count` zeros. The runtime's function is slow for a few.
+/// Writes `count` zeros. The runtime's function is slow for a small `count`.
 static inline void fillWithZeros(void* to, std::size_t count) noexcept {
     constexpr std::size_t kBlock = 16;
     constexpr std::size_t kMax = 4 * kBlock;
@@ -127,7 +126,7 @@ static inline __m256i isAtMost(__m256i bytes, unsigned char limit) noexcept {
     return _mm256_cmpeq_epi8(_mm256_min_epu8(bytes, _mm256_set1_epi8(static_cast<char>(limit))), bytes);
 }
 
-/// Packs sixteen values of six bits in each half to twelve bytes, with four zeros after them. The method of Wojciech
+/// In each half, packs sixteen values of six bits into twelve bytes, followed by four zeros. The method of Wojciech
 /// Muła and Daniel Lemire, "Faster Base64 Encoding and Decoding Using AVX2 Instructions".
 static inline __m256i packSextets(__m256i values) noexcept {
     const __m256i twelveBits = _mm256_maddubs_epi16(values, _mm256_set1_epi32(0x01400140));
@@ -145,8 +144,8 @@ static inline unsigned int maskOf(__m256i bytes) noexcept {
     return static_cast<unsigned int>(_mm256_movemask_epi8(bytes));
 }
 
-/// For a table of 128 characters that the upper four bits of a character (the row) and the lower four (the column)
-/// select, with one bit for each row in `rowsOfColumn`: all ones in the bytes of characters that are not in the table.
+/// Sets all bits in the bytes of characters that are not in a table of 128 characters. The upper four bits of a
+/// character select a row, the lower four a column. `rowsOfColumn` has one bit for each row of a column.
 static inline __m256i notInTable(__m256i characters, __m256i rowsOfColumn) noexcept {
     const __m256i bitOfRow = _mm256_setr_epi8(1, 2, 4, 8, 16, 32, 64, -128, 0, 0, 0, 0, 0, 0, 0, 0,  //
                                               1, 2, 4, 8, 16, 32, 64, -128, 0, 0, 0, 0, 0, 0, 0, 0);

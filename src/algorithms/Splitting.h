@@ -9,7 +9,7 @@
 
 namespace vorel::algorithms {
 
-/// Passes the parts of a text to `take(part)`: each part that a delimiter ends, and the rest unless it is empty. An
+/// Passes the parts of a text to `take(part)`: each part that ends at a delimiter, and the rest unless it is empty. An
 /// empty delimiter never matches.
 template <class T, class Take>
 void splitAtDelimiters(std::basic_string_view<T> text, std::basic_string_view<T> delimiter, Take&& take) {
@@ -55,7 +55,7 @@ public:
     /// Whether the next item begins with a quote. Must not be called at the end.
     [[nodiscard]] bool isQuoted() const noexcept { return m_rest.front() == '"'; }
 
-    /// Consumes an item as it is.
+    /// Consumes an item that is not in quotes.
     View consumePlain() noexcept {
         const std::size_t end = m_delimiters.findIn(m_rest);
         const View item = m_rest.substr(0, end);
@@ -93,8 +93,9 @@ private:
     UnitSet<T> m_delimiters;
 };
 
-/// Ends a token at every `delimiter`, where zero means none, and passes the start of each token to `take`. Passes at
-/// most `limit` tokens, but always the first; all of them if `limit` is below 0. Returns the number of tokens.
+/// Overwrites every `delimiter` with a terminator and passes the start of each token to `take`. A zero `delimiter`
+/// means none. Passes at most `limit` tokens but at least one; all tokens if `limit` is below 0. Returns the number of
+/// tokens.
 template <class T, class Take>
 unsigned int tokenizeInPlace(T* text, T delimiter, int limit, Take&& take) {
     take(text);

@@ -1,6 +1,6 @@
 /// \file
-/// The vector instructions of the algorithms: those of the processor on x86-64, where SSE2 is part of every processor
-/// and AVX2 of some, and functions with the same names and results on other processors.
+/// The vector instructions of the algorithms. On x86-64 they are those of the processor: all have SSE2, some have AVX2.
+/// On other processors they are functions with the same names and results.
 #pragma once
 
 #if defined(__AVX2__)

@@ -1,6 +1,6 @@
 /// \file
-/// Compares zero-terminated texts of either width, and versions. Texts are compared in blocks of sixteen bytes, except
-/// where digits are numbers.
+/// Compares zero-terminated texts of either width, and versions. Texts are compared in blocks of sixteen bytes, unless
+/// runs of digits are compared as numbers.
 #pragma once
 
 #include <algorithm>
@@ -40,7 +40,7 @@ void skipZeros(const T*& cursor) noexcept {
     }
 }
 
-/// A difference of lengths, limited to values that an int can hold and negate.
+/// A difference of lengths, limited to values that an `int` can represent and negate.
 constexpr int boundedDifference(std::ptrdiff_t difference) noexcept {
     constexpr std::ptrdiff_t kMax = std::numeric_limits<int>::max();
     return static_cast<int>(std::clamp(difference, -kMax, kMax));
@@ -68,8 +68,8 @@ constexpr bool isSlash(T c) noexcept {
     return c == '/' || c == '\\';
 }
 
-/// Whether two characters are identical, or two cases of a letter where case is ignored. This decides most equal
-/// characters early.
+/// Whether two characters are identical, or the two cases of a letter if case is ignored. Most equal characters are
+/// found by this quick test.
 template <class T>
 constexpr bool areSame(T a, T b, OrderRules rules) noexcept {
     const auto difference = static_cast<unsigned int>(a ^ b);
@@ -91,9 +91,9 @@ VOREL_NO_SANITIZE_ADDRESS inline std::size_t sameInBlock(const T* a, const T* b,
     const __m128i zero = _mm_setzero_si128();
     const __m128i first = _mm_loadu_si128(reinterpret_cast<const __m128i*>(a));
     const __m128i difference = _mm_xor_si128(first, _mm_loadu_si128(reinterpret_cast<const __m128i*>(b)));
-    // Where case matters, the difference of the two cases is replaced by 0.
+    // If case matters, the case bit is 0, so that only identical characters are the same.
     const __m128i caseBit = ignoreCase ? all(kCaseBit) : zero;
-    // The letters, moved to the lowest signed numbers, are those below a limit.
+    // Adding an offset moves the letters to the lowest signed numbers, so one comparison with a limit finds them.
     constexpr unsigned int kLowest = kNarrow ? 0x80 : 0x8000;
     const __m128i folded = _mm_or_si128(first, caseBit);
     const __m128i letters =
@@ -105,7 +105,7 @@ VOREL_NO_SANITIZE_ADDRESS inline std::size_t sameInBlock(const T* a, const T* b,
     return static_cast<std::size_t>(std::countr_zero((mask ^ 0xFFFF) | 0x10000)) / sizeof(T);
 }
 
-/// Moves both cursors past characters that are the same, as long as whole blocks lie in a page.
+/// Moves both cursors past characters that are the same, while whole blocks lie in one page.
 template <class T>
 VOREL_ALWAYS_INLINE void skipSameBlocks(const T*& a, const T*& b, bool ignoreCase) noexcept {
     while (isInPage(a, 16) && isInPage(b, 16)) {
@@ -121,7 +121,7 @@ VOREL_ALWAYS_INLINE void skipSameBlocks(const T*& a, const T*& b, bool ignoreCas
 /// How equal characters are skipped.
 enum class Steps { Units, Blocks };
 
-/// `compareTexts` of texts that are not null. In blocks only where digits are not numbers.
+/// `compareTexts` for texts that are not null. `Blocks` requires that digits are not compared as numbers.
 template <Steps steps, class T>
 VOREL_ALWAYS_INLINE int compareNonNull(const T* a, const T* b, OrderRules rules) noexcept {
     for (;;) {

@@ -2,8 +2,8 @@
 /// Searches text of known length for a code unit, or for any unit of a set, and counts them. Reads nothing outside the
 /// text.
 ///
-/// The runtime's functions take longer than these when the result is near. SSE2 is part of every 64-bit x86 processor,
-/// so no dispatch is needed.
+/// The runtime's functions take longer if the result is near the start of the text. SSE2 is part of every 64-bit x86
+/// processor, so no dispatch is needed.
 #pragma once
 
 #include <bit>
@@ -31,7 +31,7 @@ public:
         }
     }
 
-    /// One bit for each byte of an equal unit.
+    /// One bit for each byte, set if its unit is equal.
     [[nodiscard]] unsigned int equalBytes(const T* block) const noexcept {
         const __m128i units = _mm_loadu_si128(reinterpret_cast<const __m128i*>(block));
         const __m128i equal = sizeof(T) == 1 ? _mm_cmpeq_epi8(units, m_wanted) : _mm_cmpeq_epi16(units, m_wanted);
@@ -105,7 +105,7 @@ class UnitSet {
 public:
     using View = std::basic_string_view<T>;
 
-    /// The text of `units` must exist as long as the set.
+    /// The text of `units` must outlive the set.
     explicit UnitSet(View units) noexcept : m_units(units) {
         for (const T unit : units) {
             const std::size_t value = valueOf(unit);

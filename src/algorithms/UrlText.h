@@ -1,6 +1,6 @@
 /// \file
 /// Percent-encoding of URLs (RFC 3986, section 2.1): the encoded form of each byte, then encoding and decoding of
-/// narrow text. AVX2 versions are called where the processor has it (see Processor.h).
+/// narrow text. AVX2 versions are called if the processor has AVX2 (see Processor.h).
 #pragma once
 
 #include <bit>
@@ -17,7 +17,7 @@
 
 namespace vorel::algorithms {
 
-/// What the encoded text is used for.
+/// The use of the encoded text.
 enum class UrlUse : std::uint8_t {
     Plain,
     Reserved,
@@ -30,15 +30,16 @@ enum class UrlUse : std::uint8_t {
 
 inline constexpr std::size_t kUrlUses = 7;
 
-/// The encoded form of a byte: `length` characters of `text`, which has four so that one store writes them.
+/// The encoded form of a byte: the first `length` characters of `text`, which has four characters, so that one store
+/// writes them all.
 struct UrlEscape {
     char text[4];
     std::uint32_t length;
 };
 
-/// The encoded form of each byte, and the unchanged bytes as rows and columns for lookups of many at once: the upper
-/// four bits of a byte select a row, the lower four a column. Bytes from 128 on are always escaped. See Wojciech Muła,
-/// "SIMDized check which bytes are in a set".
+/// The encoded form of each byte, and a table that finds unchanged bytes, many at once: the upper four bits of a byte
+/// select a row, the lower four a column. Bytes from 128 on are always escaped. See Wojciech Muła, "SIMDized check
+/// which bytes are in a set".
 struct UrlTable {
     UrlEscape bytes[256];
     std::uint8_t plainRowsOfColumn[16];  ///< one bit for each row in which the byte of the column is unchanged
@@ -110,7 +111,7 @@ struct UrlProgress {
 /// Counts the encoded characters of the whole blocks among `count` bytes.
 UrlProgress measureUrlAvx2(const char* text, std::size_t count, const UrlTable& table) noexcept;
 
-/// Shorter text has no block that another block follows.
+/// Shorter text has no two blocks.
 inline constexpr std::size_t kUrlMinAvx2 = 64;
 
 /// Bytes that may be written past the encoded text.
@@ -148,7 +149,7 @@ inline UrlProgress encodeUrl(std::string_view text, const UrlTable& table, char*
     const auto encodeNext = [&] {
         const UrlEscape& escape = table.bytes[static_cast<unsigned char>(text[done.read])];
         std::memcpy(out + done.written, escape.text,
-                    sizeof escape.text);  // stores all four, at most three are significant
+                    sizeof escape.text);  // stores all four characters; at most three are significant
         done.written += escape.length;
         ++done.read;
     };

@@ -26,7 +26,7 @@ public:
 
     [[nodiscard]] std::uint32_t changedIn(__m256i block) const noexcept { return maskOf(notInTable(block, m_columns)); }
 
-    /// How many of the changed bytes become an escape: all except spaces that become a plus.
+    /// The number of changed bytes that become escapes: all except spaces that become a plus.
     [[nodiscard]] std::size_t escapesAmong(std::uint32_t changed, __m256i block) const noexcept {
         const std::uint32_t spaces = m_spaceIsEscaped ? 0 : maskOf(_mm256_cmpeq_epi8(block, _mm256_set1_epi8(' ')));
         return static_cast<std::size_t>(_mm_popcnt_u32(changed & ~spaces));
@@ -57,8 +57,8 @@ UrlProgress encodeUrlAvx2(const char* text, std::size_t count, const UrlTable& t
     std::size_t read = 0;
     for (; count - read >= 2 * kBlock; read += kBlock) {
         const char* const block = text + read;
-        // The length and the escapes come from one copy of the block: if another thread changes the text meanwhile, the
-        // output must still fit.
+        // The length and the escapes are computed from one copy of the block, because the output must fit even if
+        // another thread changes the text meanwhile.
         const __m256i bytes = loadWideBlock(block);
         std::uint32_t changed = finder.changedIn(bytes);
         const std::size_t length = kBlock + 2 * finder.escapesAmong(changed, bytes);

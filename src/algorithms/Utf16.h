@@ -1,5 +1,5 @@
 /// \file
-/// UTF-16 (RFC 2781): surrogates, surrogate pairs, and units as bytes in either order. The address of bytes may be odd,
+/// UTF-16 (RFC 2781): surrogates, surrogate pairs, and units as bytes in either order. Bytes may have an odd address,
 /// so they are never accessed as units in place.
 #pragma once
 
@@ -11,14 +11,14 @@ namespace vorel::algorithms {
 inline constexpr std::uint32_t kFirstHighSurrogate = 0xD800;
 inline constexpr std::uint32_t kFirstLowSurrogate = 0xDC00;
 
-/// The bits that distinguish surrogates from other units, and high ones from low ones.
+/// The bits that distinguish surrogates from other units, and high surrogates from low ones.
 inline constexpr std::uint32_t kSurrogateMask = 0xF800;
 inline constexpr std::uint32_t kSurrogateKindMask = 0xFC00;
 
 /// The bits of a value that the low surrogate holds.
 inline constexpr std::uint32_t kLowSurrogateBits = 0x3FF;
 
-/// The first value that takes a pair.
+/// The first value that needs a pair.
 inline constexpr std::uint32_t kFirstPairedValue = 0x10000;
 
 /// The high surrogate minus the upper bits of its value.

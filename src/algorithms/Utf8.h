@@ -2,9 +2,10 @@
 /// The UTF-8 codec: the original form of one to six bytes (RFC 2279) for values up to 0x7FFFFFFF, between bytes and
 /// 16-bit units.
 ///
-/// It validates little, and callers rely on each of these: the lead-byte masks 0xF1 and 0xFD are narrower than the
-/// usual 0xF8 and 0xFC, so 0xF1, 0xF3 … do not start a sequence, 0xF8, 0xFA, 0xFC and 0xFE start four bytes, and no
-/// byte starts five. Trailing bytes are not checked. Overlong forms and encoded surrogates are accepted.
+/// It validates little, and callers rely on each of the following rules. The lead-byte masks are 0xF1 and 0xFD instead
+/// of the usual 0xF8 and 0xFC. So 0xF1, 0xF3 … do not start a sequence, 0xF8, 0xFA, 0xFC and 0xFE start a sequence of
+/// four bytes, and no byte starts a sequence of five. Trailing bytes are not checked. Overlong forms and encoded
+/// surrogates are accepted.
 #pragma once
 
 #include <cstdint>
@@ -48,7 +49,7 @@ constexpr Utf8Sequence decodeUtf8Sequence(const unsigned char* lead) noexcept {
     return {0, 0};
 }
 
-/// The number of bytes that `value` takes.
+/// The number of bytes that encode `value`.
 constexpr unsigned int utf8SequenceLength(std::uint32_t value) noexcept {
     if (value < 0x80) {
         return 1;
@@ -83,8 +84,8 @@ enum class Surrogates {
     Single,  ///< every unit is a value, so a pair takes six bytes
 };
 
-/// Reads one value and moves `cursor` past it. With `Paired`, a pair is read whole even if its second unit is past the
-/// end of the text: that unit is read, as is the terminator.
+/// Reads one value and moves `cursor` past it. With `Paired`, the unit after a high surrogate is read even if it is
+/// past the end of the text, so a pair is always read whole.
 template <Surrogates Rule, class Unit>
 constexpr std::uint32_t consumeValue(const Unit*& cursor) noexcept {
     const std::uint32_t unit{static_cast<std::uint16_t>(*cursor++)};

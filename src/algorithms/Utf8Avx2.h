@@ -14,7 +14,8 @@
 
 namespace vorel::algorithms {
 
-/// Elements read and written. It fits into a register; one call converts at most 2^30 elements.
+/// The numbers of elements read and written. The struct fits into a register, because one call converts at most 2^30
+/// elements.
 struct Progress {
     unsigned int read;
     unsigned int written;
@@ -23,18 +24,19 @@ struct Progress {
 /// Whether whole vectors may be stored past the written units.
 enum class Overwrite { Allowed, Forbidden };
 
-/// Decodes well-formed text from `bytes`, up to a zero, at most `left` bytes and `capacity` 16-bit units. If it returns
+/// Decodes well-formed text from `bytes`, up to a zero, at most `left` bytes and `capacity` 16-bit units. If it reports
 /// no progress, the scalar codec must continue. Reads may extend past the text, but not into another page.
 Progress decodeUtf8Avx2(const unsigned char* bytes, std::size_t left, void* out, std::size_t capacity,
                         Overwrite overwrite) noexcept;
 
 /// Encodes 16-bit units from `units`, up to a zero, at most `left` units and `capacity` bytes. Whole vectors may be
 /// stored within the capacity. With `paired`, surrogates are read in pairs and an unpaired one stops the conversion;
-/// otherwise each is a value.
+/// otherwise each surrogate is a value.
 Progress encodeUtf8Avx2(const void* units, std::size_t left, unsigned char* out, std::size_t capacity,
                         bool paired) noexcept;
 
-/// What the functions above read and write with enough capacity, without the output. They may stop earlier.
+/// The progress that the functions above make if the capacity is sufficient; nothing is written. The functions
+/// themselves may stop earlier.
 Progress countDecodedAvx2(const unsigned char* bytes, std::size_t left) noexcept;
 Progress countEncodedAvx2(const void* units, std::size_t left, bool paired) noexcept;
 
@@ -82,7 +84,7 @@ static inline unsigned int atMost(unsigned int count, std::size_t limit) noexcep
     return count < limit ? count : static_cast<unsigned int>(limit);
 }
 
-/// Hides what `constants` holds from the compiler, which therefore reads it from memory.
+/// Hides the values of `constants` from the compiler, so that it reads them from memory.
 template <class Constants>
 VOREL_ALWAYS_INLINE static const Constants& hidden(const Constants& constants) noexcept {
     const Constants* address = &constants;
@@ -101,7 +103,7 @@ static inline __m256i firstBytes(unsigned int count) noexcept {
     return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(kBytes + 32 - count));
 }
 
-/// The zeros of thirty-two bytes, and the bytes from `first` on, one bit each.
+/// One bit for each of thirty-two bytes: the zeros, and the bytes that are at least `first`.
 static inline unsigned int zerosIn(__m256i block) noexcept {
     return static_cast<unsigned int>(_mm256_movemask_epi8(_mm256_cmpeq_epi8(block, _mm256_setzero_si256())));
 }
@@ -111,9 +113,9 @@ static inline unsigned int bytesFrom(unsigned char first, __m256i block) noexcep
     return static_cast<unsigned int>(_mm256_movemask_epi8(isFrom));
 }
 
-/// Whether the scalar codec reads past the page of `bytes`, of which less than 32 bytes are left. `left` bytes of the
-/// text are left, and bits say which of the next ones are `expected` to be trailing bytes. A zero or a byte that does
-/// not start a sequence may be the last one that can be read.
+/// Whether the scalar codec would read past the page of `bytes`, which has fewer than 32 bytes left. `left` is the
+/// number of bytes left in the text. `expected` has a bit for each of the next bytes that must be a trailing byte. A
+/// zero, or a byte that does not start a sequence, may be the last readable byte.
 [[maybe_unused]] VOREL_NOINLINE static bool continuesInNextPage(const unsigned char* bytes, std::size_t left,
                                                                 unsigned int expected) noexcept {
     const auto rest = static_cast<unsigned int>(kPageBytes - offsetInPage(bytes));
@@ -126,7 +128,7 @@ static inline unsigned int bytesFrom(unsigned char first, __m256i block) noexcep
     return left > rest && isWellFormed && zerosIn(last) >> before == 0;
 }
 
-/// The same for units. A unit may not cross the border.
+/// The same for units. No unit may cross the page border.
 [[maybe_unused]] VOREL_NOINLINE static bool continuesInNextPage(const unsigned char* units,
                                                                 std::size_t bytesLeft) noexcept {
     const auto rest = static_cast<unsigned int>(kPageBytes - offsetInPage(units));

@@ -16,7 +16,8 @@ namespace {
 
 constexpr unsigned int kBlock = 32;  // bytes
 
-// Blocks are aligned, so each lies in one page. The first one may begin before the text: its bits are masked.
+// Blocks are aligned, so each lies in one page. The first block may begin before the text; the bits before the text are
+// masked.
 
 VOREL_ALWAYS_INLINE __m256i load32(const void* position) noexcept {
     return _mm256_loadu_si256(static_cast<const __m256i*>(position));
@@ -59,7 +60,7 @@ VOREL_ALWAYS_INLINE std::size_t countAsciiUnits(const unsigned char* units, std:
     return at;
 }
 
-/// Constants of sixteen units. They are read from memory, because the compiler would build them again in each round.
+/// Constants of sixteen units. They are read from memory, because otherwise the compiler builds them in each iteration.
 struct Constants {
     std::uint16_t notAscii[16], notShort[16], kindMask[16], high[16];
 };
@@ -80,7 +81,7 @@ alignas(32) constexpr Constants kConstants = constants();
 /// Counts well-formed UTF-8, block by block.
 class DecodedCount {
 public:
-    /// Counts the bytes of a block that `kept` has. False at a zero or an ill-formed part.
+    /// Counts the bytes of a block whose bits in `kept` are set. False if there is a zero or an ill-formed part.
     VOREL_ALWAYS_INLINE bool add(const unsigned char* bytes, unsigned int kept) noexcept {
         const __m256i block = load32(bytes);
         const unsigned int notAscii = maskOf(block) & kept;
@@ -91,7 +92,8 @@ public:
         if ((threes | m_second) != 0) {
             fours = bytesFrom(0xF0, block) & kept;
             announced |= std::uint64_t{threes} << 2 | std::uint64_t{fours} << 3;
-            // Four bytes that begin with 0xF0 are a pair, unless they are overlong. Others are rare.
+            // Four bytes that begin with 0xF0 become a surrogate pair, unless they are overlong. Other sequences of
+            // four bytes are rare.
             const unsigned int seconds = fours << 1 | m_second;
             if ((bytesFrom(0xF1, block) & kept) != 0 || (seconds & ~bytesFrom(0x90, block)) != 0) {
                 return false;
@@ -113,7 +115,7 @@ public:
 
 private:
     unsigned int m_units = 0;
-    unsigned int m_expected = 0;  // trailing bytes that the next block must begin with, lowest bit first
+    unsigned int m_expected = 0;  // a bit for each trailing byte that the next block must begin with
     unsigned int m_second = 0;    // whether the next byte is the second one of four
 };
 
@@ -122,7 +124,7 @@ class EncodedCount {
 public:
     explicit EncodedCount(bool paired) noexcept : m_k(hidden(kConstants)), m_paired(paired ? ~0u : 0u) {}
 
-    /// Counts the units of a block that `kept` has. False at a zero or an unpaired surrogate.
+    /// Counts the units of a block whose bits in `kept` are set. False if there is a zero or an unpaired surrogate.
     VOREL_ALWAYS_INLINE bool add(const unsigned char* position, unsigned int kept) noexcept {
         const __m256i zero = _mm256_setzero_si256();
         const __m256i block = load32(position);
@@ -151,7 +153,7 @@ public:
 
     void addAscii(std::size_t bytes) noexcept { m_bytes += static_cast<unsigned int>(bytes / 2); }
 
-    /// Whether the last unit is not the first one of a pair.
+    /// Whether the last unit is not the first unit of a pair.
     [[nodiscard]] bool isComplete() const noexcept { return m_high == 0; }
     [[nodiscard]] unsigned int bytes() const noexcept { return m_bytes; }
 
@@ -164,7 +166,7 @@ private:
     const Constants& m_k;
     unsigned int m_paired;
     unsigned int m_bytes = 0;
-    unsigned int m_high = 0;  // two bits: whether the last unit of the block before was a high surrogate
+    unsigned int m_high = 0;  // two bits, set if the last unit of the previous block was a high surrogate
 };
 
 }  // namespace

@@ -14,8 +14,8 @@ namespace vorel::algorithms::decoding {
 
 namespace {
 
-/// Decodes characters at the end of the text or of the capacity: up to a zero, or the end of the `left` bytes. Writes
-/// nothing past the decoded units.
+/// Decodes characters near the end of the text or of the capacity: up to a zero, or to the end of the `left` bytes.
+/// Writes nothing past the decoded units.
 VOREL_NOINLINE Progress decodePart(const unsigned char* bytes, std::size_t left, unsigned char* out,
                                    std::size_t capacity) noexcept {
     const Bytes found(loadBytes(bytes));
@@ -25,7 +25,7 @@ VOREL_NOINLINE Progress decodePart(const unsigned char* bytes, std::size_t left,
     if (((announced ^ found.trailing) & lowBits(size)) != 0) {
         return kNoProgress;
     }
-    // A character that is cut off at the end of these bytes is left.
+    // A character that extends past these bytes is not decoded.
     const unsigned int last = bitsFrom(leads << 3, size);  // of the last three bytes
     const unsigned int cut = (last & 4) != 0 ? 1 : (last & 2) != 0 ? 2 : 3;
     const unsigned int whole = bitsFrom(announced, size) == 0 ? size : size - cut;
@@ -47,8 +47,8 @@ VOREL_ALWAYS_INLINE void storeUnits(__m128i units, unsigned char* out) noexcept 
     _mm_storeu_si128(reinterpret_cast<__m128i*>(out), units);
 }
 
-/// The position in the bytes and in the output. The first unit of an incomplete character is written already; bits say
-/// which of the next bytes are its trailing bytes, and which is the third byte of four.
+/// The position in the bytes and in the output. The first unit of an incomplete character is already written. Bits mark
+/// the next bytes that must be its trailing bytes, and the third byte of four.
 struct Decoding {
     const unsigned char* bytes;
     unsigned char* out;
@@ -56,7 +56,8 @@ struct Decoding {
     unsigned int thirds;
 };
 
-/// Decodes thirty-two bytes of characters of one or two bytes. The bits of `trailing` include the byte after them.
+/// Decodes thirty-two bytes that contain only characters of one or two bytes. `trailing` also has a bit for the byte
+/// after them.
 VOREL_ALWAYS_INLINE void decodeUpToTwo(Decoding& at, std::uint64_t trailing, const Constants& k) noexcept {
     const auto half = [&](unsigned int first) {
         const auto load = [](const unsigned char* lower, const unsigned char* upper) {
@@ -94,8 +95,8 @@ VOREL_ALWAYS_INLINE void decodeThrees(Decoding& at, const Constants& k) noexcept
     at.out += 16;
 }
 
-/// Decodes the characters that begin in a block, `left` bytes of which belong to the text, up to a zero. Returns false
-/// if there are none, or if they are not well-formed.
+/// Decodes the characters that begin in a block, up to a zero; `left` bytes of the text are left. Returns false if
+/// there are no such characters, or if they are ill-formed.
 VOREL_ALWAYS_INLINE bool decodeBlock(Decoding& at, std::size_t left, const Constants& k) noexcept {
     const Bytes found(loadBytes(at.bytes));
     const unsigned int size = atMost(lowestBit(found.zeros | found.others | 1u << kBytes), left);
@@ -119,7 +120,7 @@ VOREL_ALWAYS_INLINE bool decodeBlock(Decoding& at, std::size_t left, const Const
     return true;
 }
 
-/// Decodes ASCII up to `end` in double blocks, up to one with anything else.
+/// Decodes double blocks of ASCII before `end`, up to the first that contains another byte.
 VOREL_ALWAYS_INLINE void decodeAscii(Decoding& at, const unsigned char* end) noexcept {
     for (std::size_t left = static_cast<std::size_t>(end - at.bytes) / kDoubleBlock; left != 0; --left) {
         const __m256i block = load32(at.bytes);
@@ -171,7 +172,7 @@ VOREL_ALWAYS_INLINE void decodeWhole(Decoding& at, const unsigned char* end, con
     }
 }
 
-/// The end of the double blocks that can be read in this page and that have room in the output.
+/// The end of the double blocks that can be read in this page and that fit into the output.
 VOREL_ALWAYS_INLINE const unsigned char* endOfWhole(const unsigned char* bytes, std::size_t left,
                                                     std::size_t room) noexcept {
     const std::size_t inPage = kPageBytes - offsetInPage(bytes);
@@ -185,7 +186,7 @@ VOREL_ALWAYS_INLINE bool isReadable(const Decoding& at, std::size_t left) noexce
     return isInPage(at.bytes, kReadBytes) || continuesInNextPage(at.bytes, left, at.expected);
 }
 
-/// Decodes text up to a zero or an ill-formed part, while there is room for `kDoubleBlock` units.
+/// Decodes text up to a zero or an ill-formed part, while the output has space for `kDoubleBlock` units.
 VOREL_NOINLINE Progress decodeBlocks(const unsigned char* bytes, std::size_t left, unsigned char* out,
                                      std::size_t capacity) noexcept {
     const Constants& k = hidden(kConstants);
@@ -217,7 +218,7 @@ VOREL_NOINLINE Progress decodeBlocks(const unsigned char* bytes, std::size_t lef
     return {read, written};
 }
 
-/// Decodes ASCII up to anything else. With `Allowed`, also the last bytes of the text, in a double block.
+/// Decodes ASCII up to the first other byte. With `Allowed`, includes the last bytes of the text, in a double block.
 VOREL_ALWAYS_INLINE Progress decodeAsciiStart(const unsigned char* bytes, std::size_t left, unsigned char* out,
                                               std::size_t capacity, Overwrite overwrite) noexcept {
     Decoding at = {bytes, out, 0, 0};
@@ -233,7 +234,7 @@ VOREL_ALWAYS_INLINE Progress decodeAsciiStart(const unsigned char* bytes, std::s
     return {read, read};
 }
 
-/// Decodes the next part with the fitting algorithm.
+/// Decodes the next part with the algorithm that fits it.
 Progress decodeNext(const unsigned char* bytes, std::size_t left, unsigned char* out, std::size_t capacity,
                     Overwrite overwrite) noexcept {
     if (overwrite == Overwrite::Allowed && capacity >= kDoubleBlock) {
@@ -252,7 +253,7 @@ Progress decode(const unsigned char* bytes, std::size_t left, void* out, std::si
                 Overwrite overwrite) noexcept {
     left = atMost(kMaxProgress, left);
     auto* const units = static_cast<unsigned char*>(out);
-    // Most text begins with ASCII, and much has nothing else.
+    // Most text begins with ASCII, and much text is only ASCII.
     const bool isAscii = left != 0 && bytes[0] < 0x80;
     const Progress ascii = isAscii ? decodeAsciiStart(bytes, left, units, capacity, overwrite) : kNoProgress;
     unsigned int read = ascii.read;

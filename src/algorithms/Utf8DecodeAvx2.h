@@ -14,7 +14,7 @@
 
 namespace vorel::algorithms::decoding {
 
-/// Of eight 16-bit elements, keeps those whose bit is set.
+/// Shuffles that keep those of eight 16-bit elements whose bits are set in the mask.
 inline constexpr Shuffles keepUnits() noexcept {
     Shuffles shuffles = {};
     for (unsigned int mask = 0; mask < 256; ++mask) {
@@ -34,8 +34,9 @@ inline constexpr Shuffles keepUnits() noexcept {
 
 inline constexpr Shuffles kKeepUnits = keepUnits();
 
-/// Of eight bytes, of which a bit for each and for the next one says whether it is a trailing byte: a unit for each
-/// other byte, with the trailing byte in its lower half and the lead byte in its upper half, or with a byte of ASCII.
+/// Shuffles for eight bytes of ASCII and of sequences of two bytes. The index has a bit for each of the eight bytes and
+/// for the byte after them, set for trailing bytes. Every other byte becomes a unit: a byte of ASCII alone, or the lead
+/// byte in the upper half and its trailing byte in the lower half.
 struct PairShuffles {
     unsigned char order[512][16];
 };
@@ -63,10 +64,11 @@ inline constexpr PairShuffles kPairBytes = pairBytes();
 inline constexpr unsigned int kBytes = 16;  // per block
 inline constexpr unsigned int kDoubleBlock = 32;
 inline constexpr std::size_t kReadBytes = 32;    // at a block
-inline constexpr std::size_t kReadDouble = 40;   // at a double block: sixteen bytes at each eighth byte
+inline constexpr std::size_t kReadDouble = 40;   // at a double block: four loads of sixteen bytes, eight bytes apart
 inline constexpr std::size_t kThreesBlock = 24;  // eight characters
 
-/// Constants of thirty-two bytes. They are read from memory, because the compiler would build them again in each round.
+/// Constants of thirty-two bytes. They are read from memory, because otherwise the compiler builds them in each
+/// iteration.
 struct Constants {
     std::uint16_t firstOfThree[16], firstOfFour[16], lastTrailing[16];
     std::uint16_t lowerOfTwo[16], upperOfTwo[16];
@@ -108,8 +110,8 @@ VOREL_ALWAYS_INLINE __m256i everyUnit(std::uint32_t value) noexcept {
 struct Bytes {
     VOREL_ALWAYS_INLINE explicit Bytes(__m128i block) noexcept
         : zeros(maskOf(_mm_cmpeq_epi8(block, _mm_setzero_si128()))) {
-        // As signed numbers, trailing bytes are below 0xC0, leads of two bytes below 0xE0, of three below 0xF0, and of
-        // four are 0xF0 here.
+        // The bytes are compared as signed numbers. Trailing bytes are below 0xC0, lead bytes of two below 0xE0, and
+        // lead bytes of three below 0xF0; 0xF0 is the only lead byte of four that is decoded here.
         const unsigned int notAscii = maskOf(block);
         const auto below = [&](int limit) {
             return maskOf(_mm_cmpgt_epi8(_mm_set1_epi8(static_cast<char>(limit)), block));
@@ -124,19 +126,19 @@ struct Bytes {
     unsigned int zeros;
     unsigned int trailing;
     unsigned int leads;
-    unsigned int threes;  ///< leads of three bytes or more
-    unsigned int fours;   ///< leads of four bytes, and others
-    unsigned int others;  ///< other leads of four bytes or more, and bytes that do not start a sequence
+    unsigned int threes;  ///< lead bytes of three bytes or more
+    unsigned int fours;   ///< lead bytes of four bytes, and `others`
+    unsigned int others;  ///< other lead bytes of four bytes or more, and bytes that do not start a sequence
 };
 
-/// The units that begin at each of sixteen bytes, as if each were a lead byte, up to three bytes.
+/// For each of sixteen bytes, the unit of the sequence of up to three bytes that would begin there.
 struct Units {
     VOREL_ALWAYS_INLINE explicit Units(const unsigned char* bytes) noexcept
         : lead(_mm256_cvtepu8_epi16(loadBytes(bytes))),
           second(_mm256_and_si256(_mm256_cvtepu8_epi16(loadBytes(bytes + 1)), everyUnit(0x3F))),
           third(_mm256_and_si256(_mm256_cvtepu8_epi16(loadBytes(bytes + 2)), everyUnit(0x3F))) {
         const __m256i two = _mm256_or_si256(_mm256_slli_epi16(_mm256_and_si256(lead, everyUnit(0x1F)), 6), second);
-        // The shift drops the upper bits of the lead of three bytes.
+        // The shift drops the upper bits of a lead byte of three.
         const __m256i three =
             _mm256_or_si256(_mm256_or_si256(_mm256_slli_epi16(lead, 12), _mm256_slli_epi16(second, 6)), third);
         const __m256i isLead = _mm256_cmpgt_epi16(lead, everyUnit(0x7F));

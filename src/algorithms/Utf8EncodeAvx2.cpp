@@ -29,7 +29,7 @@ struct Start {
     unsigned int count;
 };
 
-/// Encodes a block, `left` units of which belong to the text, up to a zero or an unpaired surrogate.
+/// Encodes a block up to a zero or an unpaired surrogate; `left` units of the text are left.
 VOREL_ALWAYS_INLINE Start startOf(__m256i block, std::size_t left, bool paired, const Constants& k) noexcept {
     unsigned int stops = zerosOf(block);
     Sequences all(block, k);
@@ -41,7 +41,7 @@ VOREL_ALWAYS_INLINE Start startOf(__m256i block, std::size_t left, bool paired, 
         highs = surrogates.highs();
     }
     unsigned int count = atMost(lowestBit(stops) / 2, left);
-    // The end of the text does not split a pair.
+    // A pair is not split at the end of the block.
     count -= count != 0 && (bitsFrom(highs, 2 * count - 1) & 1) != 0 ? 1u : 0u;
     return {packed(all, count), count};
 }
@@ -67,7 +67,7 @@ VOREL_NOINLINE Progress encodeStart(const unsigned char* units, std::size_t left
     return {start.count, static_cast<unsigned int>(start.bytes.store(out) - out)};
 }
 
-/// Encodes ASCII up to `end` in pairs of blocks, up to a pair with anything else.
+/// Encodes pairs of blocks of ASCII before `end`, up to the first pair that contains another unit.
 VOREL_ALWAYS_INLINE Positions encodeAscii(Positions at, const unsigned char* end) noexcept {
     for (std::size_t left = static_cast<std::size_t>(end - at.units) / (2 * kBlockBytes); left != 0; --left) {
         // The saturated packing keeps 0x01 to 0x7F and turns every other unit into 0x00 or a byte from 0x80 on.
@@ -81,13 +81,13 @@ VOREL_ALWAYS_INLINE Positions encodeAscii(Positions at, const unsigned char* end
     return at;
 }
 
-/// Encodes the blocks up to `end`, up to one with a zero or one that begins with an unpaired surrogate. The output has
-/// room for them.
+/// Encodes the blocks before `end`. Stops at a block that contains a zero or begins with an unpaired surrogate. The
+/// output must have space for all blocks.
 VOREL_ALWAYS_INLINE Positions encodeWhole(Positions at, const unsigned char* end, bool paired,
                                           const Constants& k) noexcept {
     while (static_cast<std::size_t>(end - at.units) >= kBlockBytes) {
         const __m256i block = loadUnits(at.units);
-        // Zeros get all bits, so they are neither ASCII nor short here.
+        // All bits of zeros are set here, so a zero counts neither as ASCII nor as a unit below 0x800.
         const __m256i bits = _mm256_or_si256(block, _mm256_add_epi16(block, _mm256_set1_epi16(-1)));
         if (hasNone(bits, k.notAscii)) {
             const __m256i bytes = _mm256_permute4x64_epi64(_mm256_packus_epi16(block, block), 0xD8);
@@ -118,8 +118,8 @@ VOREL_ALWAYS_INLINE Positions encodeWhole(Positions at, const unsigned char* end
     return at;
 }
 
-/// The number of blocks that can be read, and written with `kMaxWritten` bytes for the last one: those in the page, or
-/// one that extends into the next page. 0 if it is not known that the text continues there.
+/// The number of blocks that can be read, and can be written with `kMaxWritten` bytes for the last one. These are the
+/// blocks in the page, or one block that extends into the next page. 0 if the text may end before the next page.
 VOREL_ALWAYS_INLINE std::size_t readableBlocks(const unsigned char* units, std::size_t bytesLeft,
                                                std::size_t room) noexcept {
     const std::size_t inPage = kPageBytes - offsetInPage(units);
@@ -131,7 +131,8 @@ VOREL_ALWAYS_INLINE std::size_t readableBlocks(const unsigned char* units, std::
     return readable < writable ? readable : writable;
 }
 
-/// Encodes text up to a zero or a surrogate that is not part of a pair, while there is room for `kMaxWritten` bytes.
+/// Encodes text up to a zero or a surrogate that is not part of a pair, while the output has space for `kMaxWritten`
+/// bytes.
 VOREL_NOINLINE Progress encodeBlocks(const unsigned char* units, std::size_t left, unsigned char* out,
                                      std::size_t capacity, bool paired) noexcept {
     const Constants& k = hidden(kConstants);
@@ -173,7 +174,7 @@ VOREL_NOINLINE Progress encodePart(const unsigned char* units, std::size_t left,
     return {start.count, start.bytes.size()};
 }
 
-/// Encodes ASCII up to anything else, in blocks or in a last double block that is filled with zeros.
+/// Encodes ASCII up to the first other unit, in blocks or in a last double block that is filled up with zeros.
 VOREL_ALWAYS_INLINE Progress encodeAsciiStart(const unsigned char* units, std::size_t left, unsigned char* out,
                                               std::size_t capacity) noexcept {
     const std::size_t inPage = kPageBytes - offsetInPage(units);
@@ -195,7 +196,7 @@ VOREL_ALWAYS_INLINE Progress encodeAsciiStart(const unsigned char* units, std::s
 Progress encode(const void* units, std::size_t left, unsigned char* out, std::size_t capacity, bool paired) noexcept {
     left = atMost(kMaxProgress, left);
     const auto* const bytes = static_cast<const unsigned char*>(units);
-    // Most text begins with ASCII, and much has nothing else.
+    // Most text begins with ASCII, and much text is only ASCII.
     const bool isAscii = left != 0 && bytes[0] < 0x80 && bytes[1] == 0;
     const Progress ascii = isAscii ? encodeAsciiStart(bytes, left, out, capacity) : kNoProgress;
     unsigned int read = ascii.read;

@@ -17,7 +17,8 @@
 
 namespace vorel::algorithms::encoding {
 
-/// Of eight elements of two bytes, keeps both bytes, or one if the bit of the element is set.
+/// Shuffles for eight elements of two bytes. They keep one byte of an element whose bit is set in the mask, and both
+/// bytes of the others.
 constexpr Shuffles oneOrTwoBytes() noexcept {
     Shuffles shuffles = {};
     for (unsigned int mask = 0; mask < 256; ++mask) {
@@ -35,9 +36,9 @@ constexpr Shuffles oneOrTwoBytes() noexcept {
     return shuffles;
 }
 
-/// Of four elements of four bytes (see `Sequences`), keeps the bytes of the sequence. Each element has two bits in the
-/// mask: both are set if the sequence has one byte, only the upper one if it has two, none if it has three. Only the
-/// lower one drops the element.
+/// Shuffles for four elements of four bytes (see `Sequences`). They keep the bytes of the sequence. Each element has
+/// two bits in the mask: both are set for a sequence of one byte, only the upper bit for two bytes, no bit for three.
+/// If only the lower bit is set, the element is dropped.
 constexpr Shuffles oneToThreeBytes() noexcept {
     Shuffles shuffles = {};
     for (unsigned int mask = 0; mask < 256; ++mask) {
@@ -69,7 +70,7 @@ inline constexpr unsigned int kUnits = 16;  // per block
 inline constexpr std::size_t kBlockBytes = 2 * std::size_t{kUnits};
 inline constexpr std::size_t kMaxWritten = 64;  // per step, including zeros
 
-/// Constants of sixteen units. They are read from memory, because the compiler would build them again in each round.
+/// Constants of sixteen units. They are read from memory, because otherwise the compiler builds them in each iteration.
 struct Constants {
     using Units = std::uint16_t[kUnits];
 
@@ -137,7 +138,7 @@ struct Piece {
     }
 };
 
-/// The bytes of sixteen units. Without a loop, so that the compiler keeps the pieces in registers.
+/// The bytes of sixteen units. The functions have no loop, so that the compiler keeps the pieces in registers.
 struct TwoPieces {
     Piece first, second;
 
@@ -191,7 +192,7 @@ struct SurrogatesOf {
     }
     [[nodiscard]] unsigned int highs() const noexcept { return maskOf(isHigh); }
 
-    /// Those that are not part of a pair within the sixteen units.
+    /// The surrogates that are not part of a pair within the sixteen units.
     [[nodiscard]] unsigned int single() const noexcept {
         const unsigned int high = highs();
         const unsigned int low = maskOf(isLow);
@@ -202,8 +203,8 @@ struct SurrogatesOf {
     __m256i isLow;
 };
 
-/// The bytes of sixteen units. Each unit has four bytes: the one of ASCII, the last one, the lead byte of three, and
-/// the lead byte of two or the second byte of three. Surrogates are values, unless `joinPairs` is called.
+/// The bytes of sixteen units. Four bytes are computed for each unit: the byte of ASCII, the last byte, the lead byte
+/// of three, and the lead byte of two or the second byte of three. Surrogates are values unless `joinPairs` is called.
 struct Sequences {
     VOREL_ALWAYS_INLINE Sequences(__m256i units, const Constants& k) noexcept {
         const __m256i zero = _mm256_setzero_si256();
@@ -218,7 +219,7 @@ struct Sequences {
         kinds = (maskOf(isAscii) & 0x55555555) | (maskOf(isShort) & 0xAAAAAAAA);
     }
 
-    /// Gives the first two bytes of a pair to its high surrogate and the others to its low surrogate.
+    /// Gives the first two bytes of a pair to its high surrogate and the last two to its low surrogate.
     VOREL_ALWAYS_INLINE void joinPairs(__m256i units, const SurrogatesOf& surrogates, const Constants& k) noexcept {
         const __m256i value =
             _mm256_add_epi16(_mm256_and_si256(units, loadUnits(k.pairedBits)), loadUnits(k.pairedOffset));
@@ -235,7 +236,7 @@ struct Sequences {
         kinds |= maskOf(_mm256_or_si256(surrogates.isHigh, surrogates.isLow)) & 0xAAAAAAAA;
     }
 
-    /// Units 0 to 3 and 8 to 11, and the others.
+    /// The sequences of units 0 to 3 and 8 to 11, and those of the other units.
     [[nodiscard]] __m256i first() const noexcept { return _mm256_unpacklo_epi16(lower, upper); }
     [[nodiscard]] __m256i second() const noexcept { return _mm256_unpackhi_epi16(lower, upper); }
 
@@ -248,7 +249,7 @@ struct Sequences {
 VOREL_ALWAYS_INLINE FourPieces packed(const Sequences& all, unsigned int count) noexcept {
     const __m256i first = all.first();
     const __m256i second = all.second();
-    // The other units must not leave bytes: unused slots of an array are zero.
+    // The other units must not write bytes, because unused elements of an array must be zero.
     const auto kept = static_cast<unsigned int>((std::uint64_t{1} << 2 * count) - 1);
     const unsigned int kinds = (all.kinds & kept) | (0x55555555 & ~kept);
     const auto piece = [&](__m128i elements, unsigned int part) -> Piece {

@@ -1,7 +1,7 @@
 /// \file
-/// Converts short texts whole, one character at a time: for a name or a word, the setup of the conversion for long
-/// texts (Utf8Streams.h) takes longer. Validates only what the codec requires (Utf8.h). Rare input is left to the
-/// conversion for long texts, from the start.
+/// Converts short texts, such as a name or a word, one character at a time, because the setup of the conversion for
+/// long texts (Utf8Streams.h) takes longer. Validates only what the codec requires (Utf8.h). For rare input, the whole
+/// text is left to the conversion for long texts.
 #pragma once
 
 #include <algorithm>
@@ -25,7 +25,8 @@ inline constexpr std::size_t kShortText = 48;
 /// Result for a text that is left to the conversion for long texts.
 inline constexpr std::size_t kNotShort = kShortText + 1;
 
-/// The maximum number of elements of a short text: `length`, or if that is below 0, the elements before the zero.
+/// An upper bound of the number of elements of a short text: `length`, or the number of elements before the zero if
+/// `length` is below 0.
 template <class Element>
 std::size_t shortTextLength(const Element* text, int length) noexcept {
     constexpr std::size_t kPerVector = sizeof(__m128i) / sizeof(Element);
@@ -46,7 +47,8 @@ std::size_t shortTextLength(const Element* text, int length) noexcept {
     return zeros != 0 ? static_cast<std::size_t>(std::countr_zero(zeros)) : kNotShort;
 }
 
-/// Decodes at least one character of four bytes: such characters mostly come in runs. False for an overlong sequence.
+/// Decodes a run of characters of four bytes, because such characters mostly occur in runs. False for an overlong
+/// sequence.
 template <class Unit>
 bool decodeFours(const unsigned char*& byte, const unsigned char* end, Unit*& out, const Unit* lastPair) noexcept {
     const auto trailing = [&](unsigned int index) { return byte[index] & 0x3Fu; };
@@ -63,8 +65,8 @@ bool decodeFours(const unsigned char*& byte, const unsigned char* end, Unit*& ou
     return true;
 }
 
-/// Decodes a short text, including bytes of its last sequence past the end. Returns the number of units, or `kNotShort`
-/// if a byte does not start a sequence or starts one of six bytes, or if the capacity may be too small.
+/// Decodes a short text. The last sequence may extend past its end. Returns the number of units, or `kNotShort` if a
+/// byte does not start a sequence or starts one of six bytes, or if the capacity may be too small.
 template <class Unit>
 std::size_t decodeShortText(const unsigned char* text, int length, Unit* out, std::size_t capacity) noexcept {
     const std::size_t bytes = shortTextLength(text, length);
@@ -103,7 +105,7 @@ std::size_t decodeShortText(const unsigned char* text, int length, Unit* out, st
             return kNotShort;
         }
     }
-    // Without a length, the text continues after a zero that was read as a trailing byte.
+    // If no length is given, text after a zero that was read as a trailing byte still belongs to the input.
     return byte > end && length < 0 ? kNotShort : static_cast<std::size_t>(out - start);
 }
 
@@ -134,7 +136,7 @@ std::size_t encodeShortText(const Unit* text, int length, unsigned char* out, st
         } else if (value - 0x80 < 0x800 - 0x80) {
             put(0xC0 | value >> 6);
             putTrailing(value);
-            // cppcheck-suppress knownConditionTrueFalse; without a sign, zero minus 0x80 is large
+            // cppcheck-suppress knownConditionTrueFalse; in unsigned arithmetic, zero minus 0x80 is large
         } else if (value == 0) {
             break;
         } else if (Rule == Surrogates::Single || !isSurrogate(value)) {

@@ -1,6 +1,6 @@
 /// \file
-/// Converts UTF-8 to 16-bit units and units to UTF-8, piece by piece. If the length is below 0, the input runs to its
-/// first zero. Otherwise the length is a bound, and a zero still ends the input.
+/// Converts between UTF-8 and 16-bit units, piece by piece. If the length is below 0, the input runs to its first zero.
+/// Otherwise the length is a bound, and a zero still ends the input.
 #pragma once
 
 #include <algorithm>
@@ -30,7 +30,7 @@ public:
     [[nodiscard]] std::size_t left() const noexcept { return m_left; }
     [[nodiscard]] bool atEnd() const noexcept { return m_left == 0 || *m_position == 0; }
 
-    /// Advances, past the bound if necessary.
+    /// Advances by `elements`, even past the bound.
     void pass(std::size_t elements) noexcept {
         m_position += elements;
         m_left -= std::min(m_left, elements);
@@ -41,17 +41,17 @@ private:
     std::size_t m_left;
 };
 
-/// Characters converted one by one before blocks are tried again.
+/// The number of characters that are converted one by one before blocks are tried again.
 inline constexpr unsigned int kScalarCharacters = 8;
 
-/// Reads one input. The bytes of a sequence are read even past the bound or past the zero that would have ended the
-/// input; reading then continues to the bound or to the next zero.
+/// Reads one input. The bytes of a sequence are read even past the bound or past a zero. After such a zero, reading
+/// continues to the bound or to the next zero.
 class Utf8Reader {
 public:
     /// How a surrogate pair is handled when only its first unit fits.
     enum class LastPair {
         Written,  ///< both units are written, one more than the capacity
-        Left,     ///< nothing is written, the character stays unread
+        Left,     ///< nothing is written, and the character is not read
     };
 
     Utf8Reader(const unsigned char* input, int length) noexcept : m_cursor(input, length) {}
@@ -106,14 +106,14 @@ private:
         return byte < 0x80 ? Utf8Sequence{byte, 1} : decodeUtf8Sequence(cursor.position());
     }
 
-    /// Reads some characters one by one. False if the next one does not fit or does not start a sequence.
+    /// Reads some characters one by one. False if the next character does not fit or does not start a sequence.
     template <LastPair Rule, class Unit>
     bool readScalar(Unit* out, std::size_t& units, std::size_t capacity) noexcept {
         BoundedCursor<unsigned char> cursor = m_cursor;  // kept in registers
         std::size_t at = units;
         bool goesOn = true;
         for (unsigned int left = kScalarCharacters; left != 0 && !cursor.atEnd(); --left) {
-            // Decoded before the capacity is checked: a bad byte after the last unit that fits is an error too.
+            // Decoded before the capacity is checked: an invalid byte after the last unit that fits is an error too.
             const Utf8Sequence sequence = nextSequence(cursor);
             const std::size_t needed = Rule == LastPair::Left && sequence.value >= kFirstPairedValue ? 2 : 1;
             m_failed = sequence.bytes == 0;
@@ -147,7 +147,7 @@ private:
     bool m_failed = false;
 };
 
-/// Writes one input. A surrogate pair that starts on the last unit before the bound is read whole.
+/// Writes one input. A surrogate pair is read whole even if only its first unit is before the bound.
 template <Surrogates Rule, class Unit>
 class Utf8Writer {
 public:
@@ -188,7 +188,7 @@ public:
     }
 
 private:
-    /// Writes some characters one by one. False if the next one does not fit.
+    /// Writes some characters one by one. False if the next character does not fit.
     bool writeScalar(unsigned char* out, std::size_t& bytes, std::size_t enough, std::size_t capacity) noexcept {
         BoundedCursor<Unit> cursor = m_cursor;  // kept in registers
         std::size_t at = bytes;

@@ -1,5 +1,5 @@
 /// \file
-/// Integers of more than 64 bits: products of two words, and large integers for exact rounding.
+/// Integers of more than 64 bits: products of two 64-bit integers, and large integers for exact rounding.
 #pragma once
 
 #include <array>
@@ -13,8 +13,8 @@ struct Product {
     std::uint64_t low;
 };
 
-/// The 128-bit product of `a` and `b`. Without a 128-bit type, by schoolbook multiplication (Knuth, "The Art of
-/// Computer Programming", volume 2, 4.3.1, algorithm M).
+/// The 128-bit product of `a` and `b`. If there is no 128-bit type, computed by schoolbook multiplication (Knuth, "The
+/// Art of Computer Programming", volume 2, 4.3.1, algorithm M).
 constexpr Product multiplyWide(std::uint64_t a, std::uint64_t b) noexcept {
 #if defined(__SIZEOF_INT128__)
     __extension__ using Wide = unsigned __int128;
@@ -30,8 +30,8 @@ constexpr Product multiplyWide(std::uint64_t a, std::uint64_t b) noexcept {
 #endif
 }
 
-/// An unsigned integer of up to 1,024 bits, enough for any product of a double and a power of ten. Overflow is an error
-/// of the caller and is not detected.
+/// An unsigned integer of up to 1,024 bits, enough for any product of a double and a power of ten. Overflow is a bug of
+/// the caller and is not detected.
 class BigInteger {
 public:
     constexpr explicit BigInteger(std::uint64_t value) noexcept {
