@@ -26,7 +26,7 @@ constexpr StateEntry kObjects[] = {
     kObject<codePageState>,
     kObject<flat::lastErrors>,
     kObject<silencedThreadEnds>,
-    // Destroyed first, so that the runtime does not call a handler whose objects are gone.
+    // Destroyed first: the runtime must not call a handler after the objects that it uses are destroyed.
     kObject<currentInvalidParameterHandler>,
 };
 
@@ -53,11 +53,11 @@ void create() noexcept {
         s_phase = Phase::Exists;
     } catch (...) {
         destroy(object);
-        s_phase = Phase::Gone;  // the library works without its state, with reduced function
+        s_phase = Phase::Gone;  // the library works without its state, with reduced functionality
     }
 }
 
-/// Ties the life of the state to that of the module.
+/// Creates the state when the module is loaded, and destroys it when the module is unloaded.
 struct Owner {
     Owner() noexcept { create(); }
     Owner(const Owner&) = delete;

@@ -1,5 +1,5 @@
 /// \file
-/// The symbol to which all programs refer that are compiled with the standard library of this build.
+/// The symbol that every program refers to if it is compiled with this build's standard library.
 
 #include "vorel/Export.h"
 

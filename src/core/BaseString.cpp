@@ -21,10 +21,10 @@ namespace vorel {
 namespace {
 
 constexpr unsigned int kMinCapacity = 16;
-constexpr unsigned int kGrowthStep = 0x100000;  // 1 Mi units: larger capacities are multiples of it
+constexpr unsigned int kGrowthStep = 0x100000;  // 1 Mi units: larger capacities are multiples of this
 constexpr std::uint64_t kMaxCapacity = 0xFFFFFFFFu;
 
-/// The units of a rendering on the stack.
+/// The size in units of the buffer on the stack for a short rendering.
 constexpr unsigned int kShortText = 512;
 
 /// The capacity of a new buffer for `count` units and a terminator. It does not depend on the old capacity.
@@ -38,7 +38,7 @@ constexpr std::uint64_t capacityFor(std::uint64_t count) noexcept {
 template <class T>
 unsigned int lengthOf(const T* text) noexcept {
     const std::size_t length = text ? algorithms::textLength(text) : 0;
-    // The text is too long for a string: every growth to this length fails.
+    // If the text is too long for a string, the growth to this length fails.
     return static_cast<unsigned int>(std::min<std::size_t>(length, kMaxCapacity));
 }
 
@@ -153,7 +153,7 @@ template <class T>
 void assign(BaseString<T>& string, const T* text, unsigned int length) {
     unsigned int capacityWanted = 0;
     if (!StringAccess<T>::tryAssign(string, text, length, capacityWanted)) {
-        // No second attempt: if it succeeded, it would give a buffer without the text.
+        // The allocation is not repeated, because a second buffer would not contain the text.
         detail::throwMemory(capacityWanted, sizeof(T));
     }
 }
@@ -203,7 +203,7 @@ T* BaseString<T>::reserve(unsigned int count, bool discard) {
     return m_data;
 }
 
-// Two functions, because the compiler checks the arguments of the narrow one.
+// There are two functions, because the compiler checks the arguments of the narrow one only.
 template <>
 BaseString<char>& BaseString<char>::format(const char* fmt, ...) {
     va_list args;
@@ -232,7 +232,8 @@ BaseString<T>& BaseString<T>::vformat(const T* fmt, va_list args) {
         return *this = rendered.vformat(fmt, args);
     }
     if (!m_data) {
-        // Most texts are short. The measurement below opens a file, and takes twenty times as long as this attempt.
+        // Most texts are short. Measuring the length, as below, opens a file and takes twenty times as long as this
+        // attempt.
         T text[kShortText];
         errno = 0;
         const int written = baseutil::vboundedFormat(text, kShortText, fmt, args);

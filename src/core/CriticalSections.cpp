@@ -28,7 +28,7 @@ void destroySection(void*& handle) noexcept {
     if (handle) {
         DeleteCriticalSection(sectionOf(handle));
         std::free(handle);
-        // Volatile, so that the compiler keeps this store to an object at the end of its lifetime.
+        // Volatile: otherwise the compiler may remove a store to an object whose lifetime ends.
         void* volatile& stored = handle;
         stored = nullptr;
     }

@@ -11,7 +11,7 @@ namespace baseutil {
 
 namespace {
 
-// The runtime's options as numbers, because the headers of some compilers do not name them.
+// The runtime's options are numbers here, because the headers of some compilers do not name them.
 constexpr unsigned long long kLegacyNullTermination = 1;
 constexpr unsigned long long kDefault = 4;  // "%s" in a wide format is wide text
 
@@ -31,8 +31,8 @@ int print(std::FILE* stream, const wchar_t* fmt, va_list args) noexcept {
     return __stdio_common_vfwprintf(kDefault, stream, fmt, nullptr, args);
 }
 
-/// Makes a rejected format fail only this call. Otherwise the program's handler might abort, or the runtime would end a
-/// program without a handler.
+/// Makes a call with a rejected format just fail. Otherwise the program's handler might abort, or the runtime would end
+/// a program that has no handler.
 template <class T>
 int bounded(T* buffer, std::size_t size, const T* fmt, va_list args) noexcept {
     const platform::IgnoreInvalidParameters silent;

@@ -1,6 +1,6 @@
 /// \file
-/// The only access to the runtime's print functions. All rendering in the library uses these functions, with the legacy
-/// null-termination behaviour and without the compiler's replacements, so that texts and counts are those of the
+/// The only access to the runtime's print functions. All rendering in the library uses these functions. They have the
+/// legacy null-termination behaviour and avoid the compiler's replacements, so texts and counts are those of the
 /// runtime. In wide formats `%s` is wide text, the runtime's default.
 #pragma once
 
@@ -17,8 +17,8 @@
 namespace vorel::baseutil {
 
 /// Renders at most `size` units into `buffer` and returns the number written, or -1 if the text does not fit or cannot
-/// be rendered. A text of exactly `size` units fits and has no terminator. A format that the runtime rejects does not
-/// call the invalid-parameter handler, and does not end a program that has none.
+/// be rendered. A text of exactly `size` units fits and has no terminator. If the runtime rejects the format, the
+/// invalid-parameter handler is not called, and a program without a handler is not ended.
 int boundedFormat(char* buffer, std::size_t size, const char* fmt, ...) noexcept;
 int boundedFormat(wchar_t* buffer, std::size_t size, const wchar_t* fmt, ...) noexcept;
 int vboundedFormat(char* buffer, std::size_t size, const char* fmt, va_list args) noexcept;
@@ -27,7 +27,7 @@ int vboundedFormat(wchar_t* buffer, std::size_t size, const wchar_t* fmt, va_lis
 /// Renders to a stream and returns the number of units written, or a negative value.
 int streamPrint(std::FILE* stream, const char* fmt, ...) noexcept;
 
-/// Renders into `buffer` of `size` units, or into a heap block if the text does not fit. Returns one of:
+/// Renders into `buffer`, which has `size` units, or into a heap block if the text does not fit. Returns one of:
 ///
 /// - `buffer`;
 /// - the heap block, also stored in `heapOut`; the caller must `free` it;
@@ -65,8 +65,8 @@ public:
         va_end(args);
     }
 
-    /// Sets the message to the texts `front` followed by `text`, which may be the message itself. Without memory the
-    /// message is truncated to the units on the stack, as in `render`.
+    /// Sets the message to the texts `front`, followed by `text`, which may be the message itself. If memory runs out,
+    /// the message is truncated to the buffer on the stack, as in `render`.
     void compose(std::initializer_list<std::basic_string_view<T>> front, std::basic_string_view<T> text) noexcept {
         std::size_t frontUnits = 0;
         for (const std::basic_string_view<T> part : front) {
@@ -113,8 +113,8 @@ private:
 
 namespace vorel::detail {
 
-/// Throws `Exception` "Unable to format: … (…)" with the format and the runtime's text for the current `errno`. Defined
-/// with the handlers of the frame.
+/// Throws `Exception` "Unable to format: … (…)" with the format and the runtime's text for the current `errno`. It is
+/// defined with the handlers of the frame.
 [[noreturn]] void throwUnableToFormat(const char* fmt);
 [[noreturn]] void throwUnableToFormat(const wchar_t* fmt);
 

@@ -1,6 +1,6 @@
 /// \file
-/// Inputs that lie in the memory of an output of the same call. The library allows this wherever it can, with the same
-/// result as for separate memory (docs/aliasing.md).
+/// Support for inputs that lie in the memory of an output of the same call. Where the library allows this, the result
+/// is the same as for separate memory (docs/aliasing.md).
 #pragma once
 
 #include <cstdint>
@@ -24,8 +24,8 @@ bool holds(const Array<T>& output, const void* address) noexcept {
            std::uintptr_t{output.allocated()} * sizeof(T);
 }
 
-/// Keeps the memory of `output` that `input` lies in, if it does, to the end of the scope. The output then starts
-/// without memory.
+/// If `input` lies in the memory of `output`, takes that memory over and keeps it until the end of the scope; `output`
+/// is then empty.
 template <class Output>
 class HeldInput {
 public:
@@ -40,7 +40,7 @@ private:
 };
 
 /// Runs `write()`, which replaces the content of `output`, and returns its result. If `input` lies in `output`, `write`
-/// starts with an output without memory, and the old memory is released after `write`.
+/// starts with an empty output, and the old memory is released after `write`.
 template <class Output, class Write>
 decltype(auto) replacing(Output& output, const void* input, Write&& write) {
     const HeldInput<Output> held(output, input);

@@ -1,14 +1,14 @@
 /// \file
-/// The objects that the library creates when it is loaded and destroys, in reverse order, when it is unloaded. Each
-/// layer declares its own; LibraryState.cpp at the top knows all of them and their order.
+/// The objects that the library creates when it is loaded, and destroys in reverse order when it is unloaded. Each
+/// layer declares its own objects; LibraryState.cpp, above all layers, lists all of them in their order.
 #pragma once
 
 #include <new>
 
 namespace vorel::detail {
 
-/// Whether the state exists. The first call creates it: that is when the library is loaded, or earlier, when a global
-/// object of the program uses the static library.
+/// Whether the state exists. The first call creates the state. This happens when the library is loaded, or earlier if a
+/// global object of the program uses the static library.
 bool libraryStateExists() noexcept;
 
 /// One object of the state.
@@ -20,8 +20,8 @@ public:
     StateObject(const StateObject&) = delete;
     StateObject& operator=(const StateObject&) = delete;
 
-    /// The object. Null while the state is being created, after it was destroyed, and when it could not be created.
-    /// Callers then work without the object: a library that logs while it is loaded or unloaded must not crash.
+    /// The object. Null while the state is being created, after it is destroyed, and if it cannot be created. Callers
+    /// must then work without the object, because a program may log while the library is loaded or unloaded.
     [[nodiscard]] T* get() noexcept { return libraryStateExists() ? object() : nullptr; }
 
     /// For LibraryState.cpp.

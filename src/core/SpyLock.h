@@ -1,5 +1,5 @@
 /// \file
-/// The lock under which `AllocBase::registerSpy` replaces the spy.
+/// The lock that `AllocBase::registerSpy` holds while it replaces the spy.
 #pragma once
 
 #include "core/LibraryState.h"

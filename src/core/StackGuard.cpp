@@ -1,8 +1,9 @@
 // Support for -fstack-protector of GCC and clang: the guard value that each protected function keeps on its stack and
-// compares before it returns, and the reaction to an overwritten value. The compiler's own library for this opens the
-// system's random number generator while the DLL is loaded, which takes longer than the rest of the load, and ends the
-// process with its own exit code. Here the value is derived from data that another process cannot know, as in
-// Microsoft's runtime, and a process with an overwritten value ends as Windows expects.
+// compares before it returns, and the reaction to an overwritten value. The compiler's own support library has two
+// disadvantages: it opens the system's random number generator while the DLL is loaded, which takes longer than the
+// rest of the load; and it ends the process with an exit code of its choice. Here the value is derived from data that
+// another process cannot know, as in Microsoft's runtime, and an overwritten value ends the process with the status
+// that Windows defines for it.
 
 #if defined(__GNUC__)
 
@@ -10,7 +11,7 @@
 
 #include <windows.h>
 
-// Names fixed by the compiler.
+// The compiler requires these names.
 // NOLINTBEGIN(bugprone-reserved-identifier,cert-dcl51-cpp,readability-identifier-naming)
 extern "C" {
 
@@ -58,7 +59,7 @@ __attribute__((constructor(101), no_stack_protector)) void makeGuard() {
     // Distributes the value over all bits: the finalizer of MurmurHash3 (Austin Appleby).
     value = (value ^ value >> 33) * 0xFF51AFD7ED558CCD;
     value = (value ^ value >> 33) * 0xC4CEB9FE1A85EC53;
-    // The first byte in memory is a terminator, so that an overrunning string function cannot write the value back.
+    // The first byte in memory is a terminator, so a string function that overruns a buffer cannot restore the value.
     __stack_chk_guard = (value ^ value >> 33) & ~std::uint64_t{0xFF};
 }
 

@@ -19,7 +19,7 @@
 
 namespace vorel {
 
-/// Names with their states, ordered by name. Any thread may set and test targets at any time without a lock. Entries
+/// Names with their states, ordered by name. Any thread may set and test targets at any time, without a lock. Entries
 /// are never removed before the set is destroyed, so a reader never sees a freed entry.
 ///
 /// A skip list (W. Pugh, "Skip Lists: A Probabilistic Alternative to Balanced Trees", 1990) whose links are set by

@@ -1,7 +1,7 @@
 /// \file
-/// The error log. Each line opens, locks, writes, unlocks and closes the file, so other processes may write, move or
-/// delete it at any time. Nothing here throws, waits without limit, or changes the caller's `errno` or last system
-/// error.
+/// The error log. For each line, the file is opened, locked, written, unlocked and closed, so other processes may
+/// write, move or delete the file at any time. Nothing here throws, waits without limit, or changes the caller's
+/// `errno` or last system error.
 
 #include <cerrno>
 #include <cstdio>
@@ -22,7 +22,7 @@
 
 namespace vorel {
 
-// The class has their values; these definitions are for code that takes their addresses.
+// The class declaration has the values. Code that takes the addresses needs these definitions.
 const long long Exception::DefaultLogSize;
 const long long Exception::LargeErrorLogSize;
 
@@ -55,7 +55,7 @@ private:
     DWORD m_lastError;
 };
 
-/// Writes a line to a locked file. Drops it when the file gets no stream.
+/// Writes a line to a locked file. Drops the line if no stream can be opened on the file.
 void write(LogFile& file, LogLine& line) noexcept {
     std::FILE* const stream = file.stream();
     if (!stream) {
@@ -67,7 +67,7 @@ void write(LogFile& file, LogLine& line) noexcept {
     (void)std::fflush(stream);
 }
 
-/// Appends a line to the file at `path`. Drops the line when others keep the file locked during all attempts, or the
+/// Appends a line to the file at `path`. Drops the line if others keep the file locked during all attempts, or if the
 /// file cannot be opened.
 void append(const char* path, LogLine& line) noexcept {
     for (unsigned int failures = 0;;) {
@@ -130,14 +130,15 @@ void moveIfLarger(const char* path, long long limit) noexcept {
         return;
     }
     LogFile file(path, LogFile::Mode::Inspect);
-    // Another process is writing to a locked file; the next line checks the size again.
+    // If the file is locked, another process is writing to it, and the check is left to the next line.
     if (file.isOpen() && file.tryLock() && file.isLargerThan(limit)) {
         moveToBackup(file, path);
     }
 }
 
-/// Checks the size of the file at `path` and appends a line, under one lock. False if the line is not written: the file
-/// cannot be opened or locked at once, or was larger than `limit` and is moved. The size is then not checked again.
+/// Checks the size of the file at `path` and appends a line, under one lock. False if the line is not written, because
+/// the file cannot be opened or locked at once, or was larger than `limit` and has been moved. The caller then writes
+/// the line without another check of the size.
 bool appendIfNotLarger(const char* path, long long limit, LogLine& line) noexcept {
     LogFile file(path, LogFile::Mode::Append);
     if (!file.isOpen() || !file.tryLock()) {

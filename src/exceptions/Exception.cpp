@@ -7,7 +7,7 @@ namespace vorel {
 
 namespace {
 
-/// The copy is empty when its text cannot be allocated.
+/// The copy is empty if its text cannot be allocated.
 void copyText(BaseString<wchar_t>& target, const BaseString<wchar_t>& source) noexcept {
     if (!detail::StringAccess<wchar_t>::tryAssign(target, source.c_str(), source.length())) {
         target.clear();
@@ -56,8 +56,8 @@ void Exception::rethrow() {
 
 void Exception::AssignFrom(const Exception& source) noexcept {
     if (this != &source) {
-        // Without memory the copy has fewer messages, but keeps its class. It never has more messages than the source,
-        // because shrinking cannot fail.
+        // If memory runs out, the copy has fewer messages, but keeps its class. It never has more messages than the
+        // source, because shrinking cannot fail.
         m_stack.resize(source.m_stack.size());
         for (std::size_t entry = 0; entry < m_stack.size(); ++entry) {
             copyText(m_stack[entry].message, source.m_stack[entry].message);

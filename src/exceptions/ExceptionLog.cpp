@@ -1,6 +1,6 @@
 /// \file
-/// The diagnostic channels. Each renders the caller's message, adds its prefixes, and writes one line to the error log,
-/// whatever the mirror switch is set to.
+/// The diagnostic channels. Each renders the caller's message, adds its prefixes, and writes one line to the error log.
+/// The mirror switch has no effect.
 
 #include <initializer_list>
 #include <string_view>
@@ -34,7 +34,7 @@ std::wstring_view textOrNull(const wchar_t* text) noexcept {
     return text ? text : L"(null)";
 }
 
-/// A narrow message, converted to wide. Its narrow buffer is off the stack before the line is written.
+/// A narrow message, converted to wide. The narrow buffer is released from the stack before the line is written.
 class NarrowMessage {
 public:
     NarrowMessage(const char* format, va_list args) noexcept : m_truncated(!render(format, args, m_wide)) {}
@@ -44,7 +44,7 @@ public:
     [[nodiscard]] const char* choose(const Prefix& prefix) const noexcept { return prefix.choose(m_truncated); }
 
 private:
-    /// False when the message is truncated or cannot be rendered.
+    /// False if the message is truncated or cannot be rendered.
     VOREL_NOINLINE static bool render(const char* format, va_list args, BaseString<wchar_t>& wide) noexcept {
         const MessageText<char> narrow(format, args);
         detail::mbs2wcs(narrow.text(), wide);
@@ -90,8 +90,8 @@ private:
     bool m_truncated;
 };
 
-/// The caller's prefix as it appears in the line. A wide prefix gets a smaller stack buffer: its converted text is
-/// already on the heap.
+/// The caller's prefix as it appears in the line. A wide prefix gets a smaller buffer on the stack, because its
+/// converted text is already on the heap.
 template <class T>
 class CallerPrefix {
 public:

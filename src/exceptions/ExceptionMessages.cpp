@@ -1,6 +1,6 @@
 /// \file
-/// Adds messages to the stack of an exception and reads them. Adding does not throw: when an allocation fails while the
-/// message of a memory exception is built, the exception has less text.
+/// Adds messages to the stack of an exception and reads them. Adding never throws: if memory runs out, the exception
+/// has less text. A memory exception, for example, is created when an allocation has just failed.
 
 #include <new>
 #include <utility>
@@ -26,13 +26,13 @@ const wchar_t* orUnformattable(const wchar_t* text) noexcept {
     return text ? text : baseutil::kUnformattable;
 }
 
-/// The message of a new entry, or `spare` without memory for an entry.
+/// The message of a new entry, or `spare` if the entry cannot be allocated.
 template <class Stack>
 BaseString<wchar_t>& push(Stack& stack, BaseString<wchar_t>& spare) noexcept {
     return stack.resize(stack.size() + 1) ? stack[stack.size() - 1].message : spare;
 }
 
-/// Appends an entry with `text`. Without memory the entry has no text or is missing.
+/// Appends an entry with `text`. If memory runs out, the entry has no text or is missing.
 template <class Stack>
 void push(Stack& stack, const wchar_t* text) noexcept {
     if (stack.resize(stack.size() + 1)) {
@@ -190,7 +190,7 @@ const char* Exception::getCharErrorMessageBlock(const char* separator) const noe
             block += message;
         }
     } catch (...) {
-        // Without memory the block has only the messages appended so far.
+        // If memory runs out, the block has only the messages appended so far.
     }
     m_charBlock = std::move(block);
     return m_charBlock.view().data();

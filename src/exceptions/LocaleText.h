@@ -11,8 +11,8 @@ namespace vorel::detail {
 void mbs2wcs(const char* source, BaseString<wchar_t>& target) noexcept;
 
 /// Converts wide to narrow. The result is empty for null, "Error in text conversion" for invalid text, and "Out of
-/// memory in text conversion" if allocation fails. The two out-of-memory texts differ ("for", "in"). Programs may
-/// compare them, so keep both.
+/// memory in text conversion" if allocation fails. The two out-of-memory texts differ ("for", "in"); programs may
+/// compare them, so both must stay.
 void wcs2mbs(const wchar_t* source, BaseString<char>& target) noexcept;
 
 }  // namespace vorel::detail

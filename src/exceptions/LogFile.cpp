@@ -39,7 +39,7 @@ BackupName::BackupName(const char* path) noexcept {
 }
 
 LogFile::LogFile(const char* path, Mode mode) noexcept {
-    // A child process that inherits the file would prevent its renaming.
+    // If a child process inherited the file, the file could not be renamed.
     const int flags = _O_WRONLY | _O_CREAT | _O_NOINHERIT | (mode == Mode::Append ? _O_APPEND : 0);
     if (_sopen_s(&m_descriptor, path, flags, _SH_DENYNO, _S_IREAD | _S_IWRITE) != 0) {
         m_descriptor = -1;
@@ -52,7 +52,7 @@ bool LogFile::tryLock() noexcept {
 }
 
 bool LogFile::isLargerThan(long long limit) const noexcept {
-    // Faster than the runtime's status, which includes the times of the file.
+    // This call is faster than the runtime's function, which also queries the times of the file.
     LARGE_INTEGER size = {};
     return GetFileSizeEx(reinterpret_cast<void*>(_get_osfhandle(m_descriptor)), &size) != 0 &&
            size.QuadPart <= INT_MAX && size.QuadPart > limit;

@@ -26,7 +26,7 @@ class LogFile {
 public:
     enum class Mode { Append, Inspect };
 
-    /// Opens the file for writing and creates it if it is missing. Other processes may read and write it.
+    /// Opens the file for writing, and creates it if it is missing. Other processes may read and write the file.
     LogFile(const char* path, Mode mode) noexcept;
     ~LogFile() { close(); }
 
@@ -36,10 +36,10 @@ public:
     [[nodiscard]] bool isOpen() const noexcept { return m_descriptor != -1; }
     bool tryLock() noexcept;
 
-    /// Whether the file has more than `limit` bytes; false when its size is unknown or exceeds 31 bits.
+    /// Whether the file has more than `limit` bytes; false if its size is unknown or does not fit into 31 bits.
     [[nodiscard]] bool isLargerThan(long long limit) const noexcept;
 
-    /// A stream that appends to the file; null when it cannot be created.
+    /// A stream that appends to the file; null if it cannot be created.
     std::FILE* stream() noexcept;
 
     void close() noexcept;

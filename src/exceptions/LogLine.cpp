@@ -76,7 +76,7 @@ void LogLine::renderHeader(bool withMilliseconds) noexcept {
     m_header = {m_headerText, static_cast<std::size_t>(out - m_headerText)};
 }
 
-/// Renders a piece: as much of the line as the buffer holds.
+/// Renders a piece: as much of the line as fits into the buffer.
 void LogLine::render() noexcept {
     char* const out = m_heap ? m_heap.get() : m_buffer;
     const std::size_t capacity = m_capacity - kEndBytes;
@@ -91,7 +91,7 @@ void LogLine::render() noexcept {
     out[size] = 0;
 }
 
-/// Renders what is left of the header and the prefix, and returns its size in bytes.
+/// Renders the rest of the header and of the prefix, and returns the number of bytes written.
 std::size_t LogLine::renderFront(char* out, std::size_t capacity) noexcept {
     std::size_t size = 0;
     for (std::string_view* const front : {&m_header, &m_prefix}) {

@@ -11,8 +11,8 @@
 
 namespace vorel::detail {
 
-/// Usually one piece: a short line is rendered on the stack, a long line on the heap. If the heap allocation fails, a
-/// long line is rendered in several pieces on the stack.
+/// A line is usually one piece: a short line is rendered on the stack, a long line on the heap. If the heap allocation
+/// fails, a long line is rendered on the stack in several pieces.
 class LogLine {
 public:
     /// `prefix` and `message` must outlive the object. Null is rendered as "NULL Method" and "NULL Message".
@@ -22,10 +22,10 @@ public:
     LogLine& operator=(const LogLine&) = delete;
     ~LogLine() = default;
 
-    /// The current piece, terminated by zero. The last one ends with a line feed.
+    /// The current piece, zero-terminated. The last piece ends with a line feed.
     [[nodiscard]] const char* piece() const noexcept { return m_heap ? m_heap.get() : m_buffer; }
 
-    /// Renders the next piece; false when there is none.
+    /// Renders the next piece; false if there is none.
     bool next() noexcept;
 
 private:
@@ -41,7 +41,7 @@ private:
     void render() noexcept;
     std::size_t renderFront(char* out, std::size_t capacity) noexcept;
 
-    std::string_view m_header;  // the part that is not rendered yet, as in m_prefix
+    std::string_view m_header;  // the part that is not yet rendered; the same for m_prefix
     std::string_view m_prefix;
     algorithms::Utf8Writer<algorithms::Surrogates::Paired, wchar_t> m_message;
     std::unique_ptr<char, Free> m_heap;

@@ -13,13 +13,13 @@ namespace vorel::detail {
 namespace {
 
 /// A reader that sees a change in progress yields first and sleeps later, because the writer's thread may be waiting
-/// for a processor. If the writer was killed, the reader uses its last copy after half a second of sleep: logging must
-/// not wait for long.
+/// for a processor. If the writer was killed, the reader uses its last copy after half a second of sleep, because
+/// logging must not wait long.
 constexpr unsigned int kQuickAttempts = 1000;
 constexpr unsigned int kSlowAttempts = 500;
 constexpr unsigned int kSleepMs = 1;
 
-/// The path is copied in words: a copy must end before the next change begins.
+/// The path is copied in words, because a copy is valid only if it ends before the next change begins.
 using Word = std::uint64_t;
 constexpr std::size_t kWords = kLogPathBytes / sizeof(Word);
 

@@ -1,6 +1,5 @@
 /// \file
-/// The tables and locks of the error log: which debug targets are active, which threads are silenced, and the lock of
-/// the settings.
+/// The tables and locks of the error log: the active debug targets, the silenced threads, and the lock of the settings.
 #pragma once
 
 #include "core/LibraryState.h"

@@ -1,6 +1,6 @@
 /// \file
-/// Catching, rethrowing and severe errors: the records that handlers add, and the functions that the core only
-/// declares: its failures and the handlers of the frame.
+/// Catching, rethrowing and severe errors: the records that handlers add. Also the functions that the core only
+/// declares: its failures, and the handlers of the frame.
 
 #include "vorel/core/Protocol.h"
 
@@ -35,7 +35,7 @@ bool isUnwinding() noexcept {
 }
 
 /// Calls `rethrow` and allows an override to return. `rethrow` is declared noreturn, so a compiler may omit the code
-/// after a direct call; a pointer that it cannot look through has no such promise.
+/// after a direct call. It cannot do so after a call through a pointer whose value it does not know.
 // cppcheck-suppress constParameter; rethrow() is not const
 void rethrowByOverride(Exception& e) {
     void (Exception::*const volatile rethrow)() = &Exception::rethrow;

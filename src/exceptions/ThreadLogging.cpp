@@ -14,7 +14,7 @@ namespace vorel {
 
 namespace {
 
-/// Adds a thread to the table or removes it.
+/// Adds a thread to the table of silenced threads, or removes it.
 void setSilenced(detail::LogState& state, unsigned long thread, bool silenced) noexcept {
     try {
         const Guard<AutoCriticalSection> held(state.silencedThreadsLock);
@@ -26,12 +26,12 @@ void setSilenced(detail::LogState& state, unsigned long thread, bool silenced) n
         }
         AnyThreadLoggingDisabled.store(threads.size() != 0, std::memory_order_relaxed);
     } catch (...) {
-        // Without memory the thread's setting is unchanged.
+        // If memory runs out, the thread's setting is unchanged.
     }
 }
 
-/// Called with the id of a silenced thread when the thread ends. Also called when a fiber of the thread is deleted,
-/// which is ignored.
+/// The system calls this with the id of a silenced thread when the thread ends. It also calls this when a fiber of the
+/// thread is deleted, which is ignored.
 void CALLBACK endThread(void* id) {
     const auto thread = static_cast<unsigned long>(reinterpret_cast<std::uintptr_t>(id));
     detail::LogState* const state = detail::logState.get();

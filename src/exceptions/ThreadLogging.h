@@ -8,15 +8,15 @@
 
 namespace vorel {
 
-/// True while the table of silenced threads is not empty. Read without the table's lock: a line logged during a change
-/// may be written or skipped.
+/// True while the table of silenced threads is not empty. It is read without the table's lock, so a line that is logged
+/// during a change may or may not be written.
 inline constinit std::atomic<bool> AnyThreadLoggingDisabled{false};
 
 namespace detail {
 
 /// Removes a silenced thread from the table when it ends, because the system reuses its id for a later thread, whose
-/// messages must be logged. Uses a fiber-local slot, because this compiler's `thread_local` is not reliable at the end
-/// of a thread.
+/// messages must be logged. This uses a fiber-local slot, because the compiler's `thread_local` is not reliable at the
+/// end of a thread.
 class SilencedThreadEnds {
 public:
     SilencedThreadEnds() noexcept;
@@ -25,7 +25,7 @@ public:
     SilencedThreadEnds(const SilencedThreadEnds&) = delete;
     SilencedThreadEnds& operator=(const SilencedThreadEnds&) = delete;
 
-    /// Starts (`silenced`) or stops watching for the end of the calling thread.
+    /// Starts to watch for the end of the calling thread if `silenced` is true; otherwise stops.
     void watch(bool silenced) const noexcept;
 
 private:

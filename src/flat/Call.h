@@ -1,6 +1,6 @@
 /// \file
-/// The wrapper around the body of every flat function. It turns an exception into a status and keeps its text as the
-/// thread's last failure.
+/// The wrapper around the body of every flat function. It converts an exception to a status, and keeps the exception's
+/// text as the thread's last failure.
 #pragma once
 
 #include <utility>
@@ -9,18 +9,18 @@
 
 namespace vorel::flat {
 
-/// Thrown by argument checks and caught by the wrapper. It is the caller's error and is not logged.
+/// Argument checks throw this, and the wrapper catches it. It is not logged, because it is the caller's error.
 struct ArgumentError {
     vorel_status status;
     const wchar_t* message;
 };
 
-/// Whether an enumerator of the flat interface equals one of the C++ interface.
+/// Whether an enumerator of the flat interface equals the one of the C++ interface.
 constexpr bool sameValue(int flat, int library) noexcept {
     return flat == library;
 }
 
-/// Maps the exception being handled to a status and records it as the thread's last failure. Exceptions other than
+/// Maps the current exception to a status and records it as the thread's last failure. Exceptions other than
 /// `ArgumentError` are also written to the error log.
 vorel_status statusOfCurrentException(const wchar_t* function, vorel_status fallbackStatus) noexcept;
 

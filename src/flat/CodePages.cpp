@@ -30,8 +30,8 @@ void check(int32_t codePage) {
     }
 }
 
-/// Runs `convert(out, capacity)` twice: first for the number of units, then for the units. Empty after a failure, with
-/// the reason in `errno`.
+/// Runs `convert(out, capacity)` twice: first for the number of units, then for the units themselves. The result is
+/// empty after a failure, with the reason in `errno`.
 template <class Unit, class Convert>
 std::optional<Array<Unit>> converted(Convert&& convert) {
     Array<Unit> units;
@@ -67,7 +67,7 @@ vorel_status vorel_code_page_by_name(const vorel_char16* name, size_t length, in
     });
 }
 
-// An empty text is valid in every code page, but the system rejects it.
+// An empty text is valid in every code page, but the system rejects it, so it is not passed to the system.
 
 vorel_status vorel_code_page_to_utf16(int32_t codePage, const void* bytes, size_t size, vorel_char16* output,
                                       size_t capacity, size_t* outputLength) {

@@ -122,7 +122,8 @@ vorel_status vorel_hex_decode(const vorel_char16* text, size_t length, void* out
     return guardedCall(L"vorel_hex_decode", [&] {
         const BytesOutput out(output, capacity, outputLength);
         const WideText encoded(text, length);
-        // The decoder accepts other characters and counts the prefix as digits, so it only gets checked digits.
+        // The decoder accepts characters that are not digits, and counts the prefix as digits. So the text is checked
+        // first.
         const std::wstring_view digits = withoutPrefix(encoded.view());
         if (digits.size() % 2 != 0 || !std::all_of(digits.begin(), digits.end(), isHexDigit)) {
             return fail(VOREL_ERROR_INVALID_TEXT, L"The text is not made of pairs of hexadecimal digits");

@@ -18,7 +18,7 @@ namespace vorel::flat {
 
 /// \throws ArgumentError for null.
 template <class T>
-// cppcheck-suppress constParameter; the caller writes to it
+// cppcheck-suppress constParameter; the caller writes to the object
 T& notNull(T* pointer) {
     if (!pointer) {
         throw ArgumentError{VOREL_ERROR_INVALID_ARGUMENT, L"A pointer is null"};
@@ -26,7 +26,7 @@ T& notNull(T* pointer) {
     return *pointer;
 }
 
-/// The number of units of an input. \throws ArgumentError when the input is null or too long.
+/// The number of units of an input. \throws ArgumentError if the input is null or too long.
 template <class Unit>
 std::size_t checkedCount(const Unit* input, std::size_t count) {
     if (!input && count != 0) {
@@ -41,7 +41,7 @@ std::size_t checkedCount(const Unit* input, std::size_t count) {
     return count;
 }
 
-/// \throws ArgumentError for flags that are not `known`.
+/// \throws ArgumentError if a flag is not in `known`.
 inline void checkFlags(uint32_t flags, uint32_t known) {
     if ((flags & ~known) != 0) {
         throw ArgumentError{VOREL_ERROR_INVALID_ARGUMENT, L"A flag is unknown"};
@@ -92,7 +92,7 @@ private:
         void operator()(Unit* block) const noexcept { std::free(block); }
     };
 
-    static constexpr std::size_t kTrailingZeros = 8;  // a truncated UTF-8 sequence is read past the end
+    static constexpr std::size_t kTrailingZeros = 8;  // the decoder reads a truncated UTF-8 sequence past the end
     static constexpr std::size_t kShort = 128;
 
     std::size_t m_length;

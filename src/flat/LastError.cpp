@@ -14,7 +14,7 @@ namespace vorel::flat {
 
 namespace {
 
-/// The failure of a thread that has no memory to store one. Shared and never written.
+/// The failure of a thread that cannot allocate one. Shared by all threads and never written.
 constinit Failure s_withoutMemory = [] {
     constexpr std::wstring_view kNoMemory = L"No more memory is available";
     Failure failure;
@@ -52,8 +52,8 @@ std::wstring_view lastMessage() noexcept {
     return failure ? failure->message() : std::wstring_view();
 }
 
-/// Copies a message to the caller's buffer. Does not record its own failures: they would replace the failure that the
-/// caller requests.
+/// Copies a message to the caller's buffer. Does not record a failure of the copy, because it would replace the failure
+/// that the caller asks for.
 template <class Unit, class Source>
 vorel_status copyToOutput(std::basic_string_view<Source> message, Unit* output, std::size_t capacity,
                           std::size_t* length) noexcept {
@@ -121,7 +121,7 @@ vorel_status vorel_last_error_message(vorel_char16* message, size_t capacity, si
 vorel_status vorel_last_error_message_utf8(char* message, size_t capacity, size_t* length) {
     const std::wstring_view units = vorel::flat::lastMessage();
     char bytes[vorel::flat::utf8Capacity(Failure::kMaxUnits)];
-    // The encoder reads one unit past the end, so the copy is terminated.
+    // The encoder may read one unit past the end, so the text is copied and terminated.
     wchar_t terminated[Failure::kMaxUnits + 1];
     *std::copy(units.begin(), units.end(), terminated) = 0;
     const std::size_t size = vorel::flat::toUtf8({terminated, units.size()}, bytes);

@@ -1,7 +1,7 @@
 /// \file
 /// The last failure of each thread in the flat interface. Nothing here throws. If a failure cannot be allocated, the
-/// thread's last failure becomes VOREL_ERROR_OUT_OF_MEMORY with that status's own message. Without a slot, nothing is
-/// recorded.
+/// thread's last failure becomes VOREL_ERROR_OUT_OF_MEMORY with that status's own message. If no slot is available,
+/// nothing is recorded.
 #pragma once
 
 #include <cstddef>
@@ -22,7 +22,7 @@ struct Failure {
     wchar_t text[kMaxUnits] = {};
 };
 
-/// The last failures of all threads. Each is in a fiber-local slot, whose callback frees it when the thread ends.
+/// The last failures of all threads. Each is in a fiber-local slot; the slot's callback frees it when the thread ends.
 /// `thread_local` is not used: with some compilers its destructors do not run reliably at thread exit, and it
 /// terminates the program when memory is exhausted.
 class LastErrors {

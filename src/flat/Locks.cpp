@@ -57,7 +57,7 @@ vorel_status close(const wchar_t* function, Handle* handle) {
     });
 }
 
-/// Reports a failed wait. The wait timed out if the last system error is not set.
+/// Reports a failed wait. If the last system error is 0, the wait timed out.
 vorel_status failedWait(const wchar_t* message) noexcept {
     return fail(GetLastError() == ERROR_SUCCESS ? VOREL_ERROR_TIMEOUT : VOREL_ERROR_SYSTEM, message);
 }
@@ -110,7 +110,7 @@ vorel_status vorel_condition_wait(vorel_condition* condition, uint32_t timeoutMs
     return guardedCall(L"vorel_condition_wait", VOREL_ERROR_SYSTEM, [&] {
         vorel_condition& event = notNull(condition);
         SetLastError(ERROR_SUCCESS);
-        // The condition passes the value to the system, which reads it as unsigned; all bits set means no limit.
+        // The condition passes the value to the system, which treats it as unsigned. All bits set means no limit.
         if (!event.condition.wait(static_cast<int>(timeoutMs))) {
             return failedWait(L"There was no signal in time");
         }

@@ -30,8 +30,8 @@ namespace {
 struct Channel : Exception {
     static long long limit() noexcept { return CurrentLogSize; }
 
-    /// Writes a line like those of the diagnostic channels, which would render a format and truncate long messages.
-    /// `prefix` is UTF-8.
+    /// Writes a line like a diagnostic channel. The channels themselves would render a format and truncate long
+    /// messages. `prefix` is UTF-8.
     static void write(const char* prefix, const wchar_t* message) noexcept {
         MirrorErrorMessage(nullptr, CurrentLogSize, prefix, message, true);
     }
@@ -41,7 +41,7 @@ void append(Array<char>& text, std::string_view more) {
     text.append(more.data(), static_cast<unsigned int>(more.size()));
 }
 
-/// "front: back: " with a terminator. An empty part is omitted with its colon.
+/// "front: back: " with a terminator. An empty part is omitted together with its colon.
 Array<char> prefixOf(std::string_view front, std::wstring_view back) {
     Array<char> prefix;
     if (!front.empty()) {
@@ -57,8 +57,8 @@ Array<char> prefixOf(std::string_view front, std::wstring_view back) {
     return prefix;
 }
 
-/// The path in the process's code page, with a terminator. The array is empty when the code page lacks a character of
-/// the path.
+/// The path in the process's code page, with a terminator. The array is empty if the code page lacks a character of the
+/// path.
 Array<char> narrowPath(std::wstring_view path) {
     Array<char> bytes;
     if (path.empty()) {
@@ -67,7 +67,7 @@ Array<char> narrowPath(std::wstring_view path) {
     }
     const int units = static_cast<int>(path.size());
     BOOL replaced = FALSE;
-    // UTF-8 has every character, and with it the call does not accept `asked`.
+    // UTF-8 has every character, and for UTF-8 the call rejects the pointer.
     BOOL* const asked = GetACP() == CP_UTF8 ? nullptr : &replaced;
     const DWORD flags = asked ? WC_NO_BEST_FIT_CHARS : 0;
     const int size = WideCharToMultiByte(CP_ACP, flags, path.data(), units, nullptr, 0, nullptr, asked);

@@ -42,7 +42,7 @@ vorel_status scanText(const wchar_t* function, const vorel_char16* text, size_t 
     });
 }
 
-/// Reads a whole text with `scan`. Fails with `message` unless `isValue(text)`.
+/// Reads a whole text with `scan`. Fails with `message` unless `isValue(text)` is true.
 template <class Value, class IsValue, class Scan>
 vorel_status parseText(const wchar_t* function, const vorel_char16* text, size_t length, Value* value,
                        const wchar_t* message, IsValue isValue, Scan scan) {
@@ -86,7 +86,7 @@ bool isHex(const WideText& text) {
     return end == all.data() + all.size() && !std::all_of(all.begin(), all.end(), isSpace);
 }
 
-// Each selects the wide overload.
+// Each of these selects the wide overload.
 constexpr auto toInt32 = [](const wchar_t* text, wchar_t** end) { return util::stringToInt(text, end); };
 constexpr auto toUInt32 = [](const wchar_t* text, wchar_t** end) { return util::stringToUInt(text, end); };
 constexpr auto toInt64 = [](const wchar_t* text, wchar_t** end) { return util::stringToInt64(text, end); };
@@ -95,8 +95,8 @@ constexpr auto toHex = [](const wchar_t* text, wchar_t** end) { return util::hex
 constexpr auto toDouble = [](const wchar_t* text, wchar_t** end) { return util::stringToDouble(text, end); };
 constexpr auto toBoolean = [](const wchar_t* text, wchar_t** end) { return util::stringToBoolean(text, end); };
 
-/// Copies the text that `format(buffer, size)` writes to the output. The buffer holds the longest number and its
-/// terminator.
+/// Copies to the output the text that `format(buffer, size)` writes. The buffer is large enough for the longest number
+/// and its terminator.
 template <class Format>
 vorel_status formatNumber(const wchar_t* function, vorel_char16* output, size_t capacity, size_t* outputLength,
                           Format format) {

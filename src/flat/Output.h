@@ -1,6 +1,6 @@
 /// \file
-/// The rule for outputs of the flat interface (vorelCoreC.h): the length is always set, and a buffer that is too small
-/// is not written.
+/// The rule for outputs of the flat interface (vorelCoreC.h): the length is always set, and nothing is written to a
+/// buffer that is too small.
 #pragma once
 
 #include <cstddef>
@@ -23,7 +23,7 @@ enum class Terminator {
     Zero,  ///< a zero after the last unit, if the capacity allows it
 };
 
-/// Copies `units` by that rule. A failure is not stored as the thread's last failure.
+/// Copies `units` by the rule above. A failure is not stored as the thread's last failure.
 template <Terminator Rule, class Unit, class Source>
 vorel_status copyUnits(std::span<const Source> units, Unit* buffer, std::size_t capacity,
                        std::size_t* length) noexcept {
@@ -47,7 +47,7 @@ vorel_status copyUnits(std::span<const Source> units, Unit* buffer, std::size_t 
 template <class Unit, Terminator Rule>
 class Output {
 public:
-    /// \throws ArgumentError when the arguments do not describe an output.
+    /// \throws ArgumentError if the arguments do not describe an output.
     Output(Unit* buffer, std::size_t capacity, std::size_t* length)
         : m_buffer(buffer), m_capacity(capacity), m_length(length) {
         if (!isOutput(buffer, capacity, length)) {

@@ -59,7 +59,7 @@ vorel_status vorel_url_decode(const vorel_char16* text, size_t length, uint32_t 
         const TextOutput out(output, capacity, outputLength);
         const WideText input(text, length);
         checkFlags(flags, VOREL_URL_PLUS_AS_SPACE);
-        // The wide form would end the result at an escaped zero.
+        // The wide overload would end the result at an escaped zero.
         Array<char> escaped = vorel::flat::toUtf8(input.view());
         escaped.append('\0');
         BaseString<char> bytes;

@@ -8,7 +8,7 @@ namespace vorel::flat {
 
 namespace {
 
-/// Calls `convert` for each piece between zeros and `putZero` for each zero. Stops and returns false when `convert`
+/// Calls `convert` for each piece between zeros, and `putZero` for each zero. Stops and returns false when `convert`
 /// returns false.
 template <class Unit, class Convert, class PutZero>
 bool eachPiece(std::basic_string_view<Unit> text, Convert&& convert, PutZero&& putZero) {
@@ -53,7 +53,7 @@ Array<char> toUtf8(std::wstring_view text) {
 
 std::optional<Array<wchar_t>> toUtf16(std::string_view bytes) {
     Array<wchar_t> units;
-    units.setCount(static_cast<unsigned int>(bytes.size()) + 1);  // a sequence never has more units than bytes
+    units.setCount(static_cast<unsigned int>(bytes.size()) + 1);  // at least one byte for each unit
     wchar_t* out = units.data();
     const bool isUtf8 = eachPiece(
         bytes,
@@ -61,7 +61,7 @@ std::optional<Array<wchar_t>> toUtf16(std::string_view bytes) {
             using Reader = algorithms::Utf8Reader;
             Reader reader(reinterpret_cast<const unsigned char*>(piece.data()), static_cast<int>(piece.size()));
             out += reader.read<Reader::LastPair::Written>(out, piece.size());
-            // A truncated sequence consumes bytes past the piece.
+            // If the last sequence is truncated, the reader is past the end of the piece.
             return !reader.failed() && reinterpret_cast<const char*>(reader.position()) == piece.data() + piece.size();
         },
         [&out] { *out++ = 0; });

@@ -1,6 +1,6 @@
 /// \file
-/// Conversions between UTF-8 and UTF-16 for texts with a length. The library's codec stops at zeros, so it converts
-/// each piece between them.
+/// Conversions between UTF-8 and UTF-16 for texts with a length. The library's codec stops at zeros, so each piece
+/// between zeros is converted separately.
 #pragma once
 
 #include <cstddef>
@@ -25,7 +25,8 @@ std::size_t toUtf8(std::wstring_view text, char* bytes) noexcept;
 /// The same, with an array as the result. \throws MemoryException.
 Array<char> toUtf8(std::wstring_view text);
 
-/// Converts `bytes`, which are followed by at least six zeros, to UTF-16. Empty when they are not valid UTF-8.
+/// Converts `bytes`, which are followed by at least six zeros, to UTF-16. The result is empty if they are not valid
+/// UTF-8.
 /// \throws MemoryException.
 std::optional<Array<wchar_t>> toUtf16(std::string_view bytes);
 

@@ -1,6 +1,6 @@
 /// \file
-/// The computer's name as the error log shows it: ASCII letters in lower case. Empty when the name is not available or
-/// longer than 15 characters.
+/// The computer's name in the form that the error log shows: ASCII letters are in lower case. Empty if the name is not
+/// available or is longer than 15 characters.
 #pragma once
 
 namespace vorel::platform {
@@ -9,8 +9,8 @@ struct ComputerName {
     /// Asks the system.
     static ComputerName ask() noexcept;
 
-    /// Asks the system and caches the first name that is not empty: the name changes only when the system restarts, and
-    /// a query costs about half as much as writing a log line. Thread-safe.
+    /// Asks the system, and caches the first name that is not empty. The name changes only at a restart, and a query
+    /// takes about half as long as writing a line of the log. Thread-safe.
     static ComputerName remembered() noexcept;
 
     char text[16] = {};

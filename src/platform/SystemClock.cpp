@@ -13,8 +13,8 @@ namespace {
 
 constexpr std::uint64_t kSecond = 10000000;  // in units of a file time
 
-/// The current second since 1970. The system's coarse clock is ten times as fast as the runtime's, but lags by up to
-/// its tick, usually 16 ms. So near the end of a second the runtime's clock decides.
+/// The current second since 1970. Reading the system's coarse clock is ten times as fast as reading the runtime's, but
+/// the coarse clock lags by up to one tick, usually 16 ms. So near the end of a second the runtime's clock is used.
 __time64_t secondsNow() noexcept {
     constexpr std::uint64_t kMaxLag = kSecond / 10;
     try {
@@ -23,12 +23,12 @@ __time64_t secondsNow() noexcept {
             return static_cast<__time64_t>(algorithms::unixMilliseconds(coarse) / 1000);
         }
     } catch (...) {
-        // A hooked system call may throw; a line of the log must not fail.
+        // A hooked system call may throw, but a line of the log must not fail.
     }
     return _time64(nullptr);
 }
 
-/// The position of the line feed in the runtime's text of a time; it is removed.
+/// The position of the line feed in the runtime's text of a time. The line feed is removed.
 constexpr std::size_t kLineFeedIndex = 24;
 
 }  // namespace

@@ -1,5 +1,5 @@
 /// \file
-/// The system's text for an error, prefixed with the name of the failed call.
+/// The system's text for an error, after the name of the failed call.
 #pragma once
 
 #include "vorel/core/BaseString.h"
@@ -7,7 +7,7 @@
 namespace vorel::detail {
 
 /// Sets `text` to "context: system text for `error`".
-/// \throws MemoryException when the text cannot be stored.
+/// \throws MemoryException if the text cannot be stored.
 void GetErrorMessage(const wchar_t* context, int error, BaseString<wchar_t>& text);
 
 }  // namespace vorel::detail

@@ -12,8 +12,8 @@ namespace {
 
 using detail::KernelHandle;
 
-/// Opens the token that the thread impersonates, so that it can be restored; empty when there is none. False when the
-/// token cannot be opened.
+/// Opens the token that the thread impersonates, so that it can be restored; empty if there is none. False if the token
+/// cannot be opened.
 bool openImpersonationToken(KernelHandle& impersonated) noexcept {
     // Either this process or the client itself may lack access to the client's token.
     for (const BOOL asProcess : {TRUE, FALSE}) {
@@ -29,8 +29,8 @@ bool openImpersonationToken(KernelHandle& impersonated) noexcept {
     return false;
 }
 
-/// Runs `question` while the thread impersonates its own process, and returns its answer; false after a failure. Then
-/// restores the previous token: a service that acts for a client must not continue with its own rights.
+/// Runs `question` while the thread impersonates its own process, then restores the previous token: a service that acts
+/// for a client must not continue with the rights of the service. Returns the answer; false after a failure.
 bool askAsSelf(bool (*question)() noexcept) noexcept {
     KernelHandle impersonated;
     if (!openImpersonationToken(impersonated) || !ImpersonateSelf(SecurityImpersonation)) {
@@ -49,7 +49,7 @@ bool askAsSelf(bool (*question)() noexcept) noexcept {
     return answer;
 }
 
-/// The token of the thread, or of the process when the thread has none.
+/// The token of the thread, or of the process if the thread has none.
 KernelHandle openToken() noexcept {
     HANDLE token = nullptr;
     if (!OpenThreadToken(GetCurrentThread(), TOKEN_QUERY, FALSE, &token) &&
@@ -59,12 +59,12 @@ KernelHandle openToken() noexcept {
     return KernelHandle(token);
 }
 
-/// The rights to the checked object, which only administrators have.
+/// Rights to a test object. Only administrators have them.
 constexpr DWORD kRead = 1;
 constexpr DWORD kWrite = 2;
 constexpr DWORD kAll = kRead | kWrite;
 
-/// Whether `token` is granted the access that only `administrators` have.
+/// Whether `token` is granted access to an object that only `administrators` may access.
 bool isGranted(HANDLE token, PSID administrators) noexcept {
     const DWORD listSize = GetLengthSid(administrators) + 16;
     const detail::Acl list = detail::allocateAcl(listSize);

@@ -48,11 +48,11 @@ bool wasNew() noexcept {
     throw Exception(format, path, util::FormatErrorMsg(error, message));
 }
 
-/// The long form of `path`; empty when the system has none.
+/// The long form of `path`; empty if the system has none.
 std::wstring systemLongPath(const wchar_t* path) {
     std::wstring longPath;
     DWORD length = GetLongPathNameW(path, nullptr, 0);
-    while (length > longPath.size()) {  // counts the terminator unless the path fits
+    while (length > longPath.size()) {  // the length includes the terminator unless the path fits
         longPath.resize(length);
         length = GetLongPathNameW(path, longPath.data(), length);
     }
@@ -103,10 +103,10 @@ KernelHandle mapFile(const wchar_t* fileName, const MappingKind& kind, SharedSec
         fileCreated = wasNew();
         KernelHandle mapping = kind.create(file.get(), security);
         mappingCreated = mapping && wasNew();
-        const int error = static_cast<int>(GetLastError());  // the error of the creation, even if opening fails too
+        const int error = static_cast<int>(GetLastError());  // the error of creating, even if opening fails too
         if (!mapping && kind.hasSize()) {
-            // Another caller may have created the mapping first. Everyone may open it, but not create it again, because
-            // creation asks for the right to change its security.
+            // Another caller may have created the mapping first. Everyone may open it, but nobody may create it again,
+            // because creating requests the right to change its security.
             mapping = kind.open();
         }
         if (mapping) {

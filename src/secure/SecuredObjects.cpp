@@ -57,7 +57,7 @@ struct MutexKind {
     const wchar_t* name;
     int initialOwner;
     int* created;
-    int& error;  ///< set to the reported error, because an exception may change the last system error
+    int& error;  ///< receives the reported error, because an exception may change the last system error
 };
 
 /// Creates and opens an event. Failures are reported in the caller's text.
@@ -83,7 +83,7 @@ struct EventKind {
     BaseString<wchar_t>& errorText;
 };
 
-/// Creates the object. If another user's object of the same name denies that, opens it.
+/// Creates the object. If that is denied because another user's object has the same name, opens that object.
 template <class Kind>
 KernelHandle createOrOpen(const Kind& kind, int retries, int sleepMs) {
     SharedSecurity security;

@@ -1,5 +1,5 @@
 /// \file
-/// Owners of blocks that the system's security calls allocate.
+/// Owners of memory that the system's security calls allocate.
 #pragma once
 
 #include <memory>
@@ -31,7 +31,7 @@ Sid makeSid(SID_IDENTIFIER_AUTHORITY authority, SubAuthorities... subAuthorities
 
 /// Zero-filled memory for an access control list of `size` bytes; null after a failure.
 inline Acl allocateAcl(DWORD size) noexcept {
-    // cppcheck-suppress LocalAllocCalled; messages about its failure name this call
+    // cppcheck-suppress LocalAllocCalled; the message about a failure names this call
     return Acl(static_cast<ACL*>(LocalAlloc(LPTR, size)));
 }
 

@@ -14,7 +14,7 @@ enum class SecurityStep { MakeSid, AllocateAcl, InitializeAcl, AddDenied, AddAll
 
 struct SecurityStepDescription {
     const wchar_t* call;  ///< the system call of the step
-    bool namesOperation;  ///< whether every message about its failure names the operation
+    bool namesOperation;  ///< whether every message about the step's failure names the operation
 };
 
 /// Indexed by `SecurityStep`.
@@ -32,7 +32,7 @@ constexpr const SecurityStepDescription& descriptionOf(SecurityStep step) noexce
     return kSecurityStepDescriptions[static_cast<std::size_t>(step)];
 }
 
-/// Security attributes and the blocks that they point to, built by the constructor and freed with the object.
+/// Security attributes and the memory that they point to. The constructor builds them; the destructor frees them.
 class SharedSecurity {
 public:
     SharedSecurity() noexcept;
@@ -41,7 +41,7 @@ public:
     SharedSecurity(const SharedSecurity&) = delete;
     SharedSecurity& operator=(const SharedSecurity&) = delete;
 
-    /// Whether every step succeeded. If not, `failedStep` is the step that failed and `error` its system error.
+    /// Whether every step succeeded. If not, `failedStep` is the step that failed, and `error` is its system error.
     [[nodiscard]] bool isComplete() const noexcept { return !m_failedStep; }
     [[nodiscard]] SecurityStep failedStep() const noexcept { return *m_failedStep; }
     [[nodiscard]] int error() const noexcept { return static_cast<int>(m_error); }

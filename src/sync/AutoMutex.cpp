@@ -154,10 +154,10 @@ void AutoMutex::unlock() {
         if (!detail::MutexAccess::isHeldByCaller(*this)) {
             return;
         }
-        SetLockCount(false);  // first, because another thread may count its lock right after the release
+        SetLockCount(false);  // counted first, because another thread may count its lock right after the release
         if (!ReleaseMutex(m_mutex.get())) {
             const DWORD error = GetLastError();
-            SetLockCount(true);  // before fetching the system's text, which may fail without memory
+            SetLockCount(true);  // counted before the system's text is fetched, because that may fail
             SetLastError(error);
             const Reason reason(WAIT_FAILED);
             throw Exception(L"AutoMutex::unlock: Failed to release mutex %ls: %ls", name(), reason.text());
@@ -171,8 +171,8 @@ void AutoMutex::requireMutex(const wchar_t* message) const {
     }
 }
 
-/// Waits for the mutex. An abandoned mutex counts as taken: the caller owns it, and the record of its former owner is
-/// cleared.
+/// Waits for the mutex. Acquiring an abandoned mutex is a success: the caller owns the mutex, and the record of its
+/// former owner is cleared.
 unsigned long AutoMutex::waitFor(unsigned int timeout) {
     const DWORD result = WaitForSingleObject(m_mutex.get(), timeout);
     if (result != WAIT_ABANDONED) {
@@ -186,7 +186,7 @@ unsigned long AutoMutex::waitFor(unsigned int timeout) {
     return WAIT_OBJECT_0;
 }
 
-/// Counts a lock that the system has granted; releases it when it cannot be counted.
+/// Counts a lock that the system has granted. Releases the lock if it cannot be counted.
 void AutoMutex::countTaken() {
     try {
         SetLockCount(true);

@@ -11,7 +11,7 @@ namespace vorel {
 
 namespace {
 
-/// Counts the thread as a waiter.
+/// Counts the thread as a waiter while the object exists.
 class Waiter {
 public:
     explicit Waiter(volatile long& count) noexcept : m_count(count) { forced::TalInterlockedIncrement(m_count); }
@@ -58,7 +58,8 @@ void Condition::broadcast() {
     detail::runRethrowing(ClassName, L"broadcast", [this] {
         constexpr int kPauseMs = 10;
         const Guard held(m_broadcastLock);
-        // The event is auto-reset: each signal releases one thread, which needs a moment to leave.
+        // The event is auto-reset, so each signal releases one thread. That thread needs some time before it no longer
+        // counts as a waiter.
         while (m_waiters > 0) {
             signal();
             Sleep(kPauseMs);

@@ -30,7 +30,7 @@ namespace {
 
 using algorithms::Base64End;
 
-/// The storage of an array that has none before it is filled: zeros are written only to the slots that remain unused.
+/// Allocates the storage of an array that has none. Zeros are written only to the slots that remain unused.
 class NewStorage {
 public:
     NewStorage(Array<unsigned char>& bytes, std::size_t slots) : m_bytes(bytes) {
@@ -48,7 +48,7 @@ private:
     Array<unsigned char>& m_bytes;
 };
 
-/// The capacity that decodes a text without growing.
+/// A capacity that is enough to decode the text without growing.
 template <class T>
 std::size_t capacityFor(const T* text) noexcept {
     return algorithms::countUnits(text) / 4 * 3 + algorithms::kBase64StepCapacity;
@@ -63,7 +63,7 @@ int decodeText(const T* text, const int* table, char pad, Array<unsigned char>& 
     text::ArraySink<unsigned char> out(bytes, 0);
     for (;;) {
         if (out.available() < algorithms::kBase64StepCapacity) {
-            // Only when capacity is short, because reserving requires the length of the text.
+            // Reserves only when space is short, because reserving requires the length of the text.
             out.reserve(capacityFor(text));
         }
         const algorithms::Base64Step step =

@@ -58,7 +58,7 @@ void fillCodeMap(CodePageState& state) {
     });
 }
 
-/// The code page of a name, or 0. Without library state, that is during load and unload, searches the table.
+/// The code page of a name, or 0. While the library state does not exist (during load and unload), searches the table.
 unsigned int codePageOf(const char* name) {
     CodePageState* const state = detail::codePageState.get();
     if (!state) {
@@ -79,7 +79,7 @@ bool isUsable(unsigned int codePage) {
 
 // ---- Converters -----------------------------------------------------------------------------------------------------
 
-constexpr unsigned int kNoCodePage = 0xFFFF;  // both halves of the -1 that reports a failure
+constexpr unsigned int kNoCodePage = 0xFFFF;  // each half of the -1 that reports a failure
 
 /// The two code pages in a converter handle.
 struct Converter {
@@ -109,7 +109,7 @@ std::size_t failWith(int error) noexcept {
     return kNothing;
 }
 
-/// The system uses 31-bit counts, and -1 for text that ends with a terminator.
+/// Whether the system accepts the counts: it uses 31 bits, and -1 for text that ends with a terminator.
 bool fitsSystemCall(std::size_t input, std::size_t output) noexcept {
     return (input <= INT_MAX || input == SIZE_MAX) && output <= INT_MAX;
 }

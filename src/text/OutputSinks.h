@@ -1,8 +1,9 @@
 /// \file
-/// Output of a conversion to a string or array. If the maximum length is known, `reserveUnits` gives an algorithm the
-/// whole buffer, and `setEnd` sets the length afterwards. Otherwise `fill` writes to a sink: directly into its unused
-/// capacity, or through a local block that is appended where that capacity is too small. If more follows, the rest is
-/// counted and the sink grows once, no further than its text requires. A reused result is written without a copy.
+/// Output of a conversion to a string or array. If the maximum length is known, `reserveUnits` returns a buffer for the
+/// whole text, and `setEnd` sets the length afterwards. Otherwise `fill` writes to a sink: directly into its unused
+/// capacity, or into a local block if the capacity is too small; the block is then appended. If more text follows, the
+/// rest is counted and the sink grows once, only as far as the text requires. A reused result is written without a
+/// copy.
 #pragma once
 
 #include <cstddef>
@@ -31,7 +32,7 @@ template <class T>
 T* reserveUnits(std::uint64_t units, BaseString<T>& string) {
     const unsigned int count = checkedUnits<T>(units);
     if (count != 0 && count < string.capacity()) {
-        // Like `reserve`, without the call: `setEnd` sets the length.
+        // The inline part of `reserve`; `setEnd` sets the length.
         string.data()[count] = 0;
         return string.data();
     }
@@ -69,10 +70,10 @@ public:
         return m_string.capacity() != 0 ? m_string.capacity() - m_length - 1 : 0;
     }
     void advance(std::size_t units) noexcept { m_length += static_cast<unsigned int>(units); }
-    /// Provides capacity for `units` more: the one that results if they are appended piece by piece. A text that ends
-    /// directly before a growth step then does not reserve the next one.
+    /// Provides capacity for `units` more units. The new capacity is the one that appending piece by piece would give:
+    /// a text that ends directly before a growth step does not reserve the next step.
     void grow(std::uint64_t units) {
-        constexpr std::uint64_t kGrowthStep = 0x100000;  // of strings that are longer
+        constexpr std::uint64_t kGrowthStep = 0x100000;  // the growth step of longer strings
         commitLength();
         const std::uint64_t length = m_length + units;
         const bool endsAtStep = length > kGrowthStep && (length + 1) % kGrowthStep == 0;
@@ -96,8 +97,8 @@ private:
     unsigned int m_length = 0;
 };
 
-/// Overwrites an array from `start` and truncates it to what was written. A reused array need not be cleared first,
-/// which would fill it with zeros.
+/// Overwrites an array from `start` on, and sets its count to the end of the written elements. So a reused array need
+/// not be cleared first, which would fill it with zeros.
 template <class T>
 class ArraySink {
 public:
@@ -119,7 +120,7 @@ public:
         m_array.setCount(m_count);
         m_array.reserve(checkedCount(units), true);
     }
-    /// The same with the capacity that results if they are appended piece by piece.
+    /// The same, but the new capacity is the one that appending piece by piece would give.
     void grow(std::size_t units) {
         m_array.setCount(m_count);
         m_array.reserve(checkedCount(units), false);
@@ -146,9 +147,9 @@ private:
 };
 
 /// Writes pieces until `atEnd()`. `produce(out, capacity)` writes at most `capacity` units to the sink and returns
-/// their number, 0 if the next character does not fit. In that case `produceBlock(out)` writes about `Block` units, at
-/// most `Overhang` more, to a span that is appended. `unitsLeft()` counts the units that follow; if the text changes
-/// meanwhile, the sink grows again.
+/// their number, which is 0 if the next character does not fit. In that case `produceBlock(out)` writes `Block` units
+/// and at most `Overhang` more to a local block, which is appended. `unitsLeft()` counts the units that follow. If
+/// another thread changes the text meanwhile, the sink grows again.
 template <unsigned int Block, unsigned int Overhang, class Sink, class Produce, class ProduceBlock, class UnitsLeft,
           class AtEnd>
 void fill(Sink&& sink, Produce&& produce, ProduceBlock&& produceBlock, UnitsLeft&& unitsLeft, AtEnd&& atEnd) {

@@ -36,8 +36,8 @@ const unsigned char* bytesOf(const char* text) noexcept {
     return reinterpret_cast<const unsigned char*>(text);
 }
 
-/// "Hex string: 28-41" for the bytes from `bytes` to the next zero, or an empty string if there are none. The offending
-/// byte precedes them and is omitted by design.
+/// "Hex string: 28-41" for the bytes from `bytes` to the next zero, or an empty string if there are none. By design,
+/// the invalid byte before them is omitted.
 BaseString<wchar_t> hexDump(const unsigned char* bytes) {
     constexpr wchar_t kDigits[] = L"0123456789ABCDEF";
     BaseString<wchar_t> dump;
@@ -58,7 +58,7 @@ bool rejectByte(const unsigned char* offending, bool throwOnError) {
     return false;
 }
 
-/// Runs a conversion of narrow text. Appends the text as a message to a library exception.
+/// Runs a conversion of narrow text. If it throws a library exception, adds a message with the text.
 template <class Conversion>
 auto withInput(const char* fmt, const char* input, Conversion&& conversion) {
     try {
@@ -99,7 +99,7 @@ bool decodeNewShort(BaseString<wchar_t>& output, const unsigned char* input, int
     return true;
 }
 
-/// Not inlined, so that short texts do not pay for its setup.
+/// Not inlined, so that short texts skip the setup of this function.
 VOREL_NOINLINE bool decode(BaseString<wchar_t>& output, const unsigned char* input, int length, bool throwOnError) {
     return runRethrowing(L"vorel::util::ConvertUTF8toString", [&] {
         if (!input) {
@@ -126,8 +126,8 @@ VOREL_NOINLINE bool decode(BaseString<wchar_t>& output, const unsigned char* inp
     });
 }
 
-/// A caller's buffer for units, or a separate one if the input lies in it. The separate units are copied back on
-/// destruction, because the message of a failure still reads the input.
+/// A caller's buffer for units, or a separate buffer if the input lies in the caller's. The separate units are copied
+/// back by the destructor, because the message of a failure still reads the input.
 class SeparateUnits {
 public:
     SeparateUnits(wchar_t* output, unsigned int size, const void* input) : m_output(output), m_units(output) {
@@ -163,7 +163,7 @@ void encode(const wchar_t* input, int length, Sink&& sink) {
     const auto write = [&](auto* out, std::size_t enough, std::size_t capacity) {
         return writer.write(reinterpret_cast<unsigned char*>(out), enough, capacity);
     };
-    // Room for the longest sequence, and for vectors up to the end of the block.
+    // Space for the longest sequence, and for whole vectors at the end of the block.
     constexpr unsigned int kOverhang = 64;
     text::fill<Block, kOverhang>(
         std::forward<Sink>(sink), [&](auto* out, std::size_t capacity) { return write(out, capacity, capacity); },
@@ -171,7 +171,7 @@ void encode(const wchar_t* input, int length, Sink&& sink) {
         [&] { return writer.atEnd(); });
 }
 
-/// Encodes a short text that fits into the string's present buffer.
+/// Encodes a short text that fits into the string's current buffer.
 bool encodeShort(BaseString<char>& output, const wchar_t* input, int length) noexcept {
     auto* const out = reinterpret_cast<unsigned char*>(output.data());
     return input && output.capacity() != 0 &&
@@ -325,7 +325,8 @@ void EncodeAndAppendToBuffer(const wchar_t* input, Array<unsigned char>& output)
         }
         BaseString<wchar_t> copy;
         if (detail::holds(output, input)) {
-            // Appending keeps the array's elements, but overwrites the zero after the last one, where the text may end.
+            // Appending keeps the array's elements, but overwrites the slot after the last one. If the text lies in the
+            // array, its terminator may be there.
             copy = input;
             input = copy.view().data();
         }

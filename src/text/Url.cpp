@@ -25,7 +25,7 @@ std::string_view viewOf(const char* text) noexcept {
 }
 
 void write(std::string_view text, const UrlTable& table, BaseString<char>& output) {
-    constexpr std::size_t kShort = 64;  // below this, the upper bound is cheaper than measuring
+    constexpr std::size_t kShort = 64;  // for shorter text, reserving the upper bound is cheaper than measuring
     constexpr std::size_t kLongestEscape = 3;
     const std::uint64_t length =
         text.size() > kShort ? algorithms::urlLength(text, table) : kLongestEscape * text.size();
@@ -40,7 +40,8 @@ void write(std::string_view text, const UrlTable& table, BaseString<char>& outpu
         if (text.empty()) {
             return;
         }
-        // Another thread or process changed the text after it was measured. The new capacity is enough for any content.
+        // Only if another thread or process changed the text after it was measured. The new capacity is enough for any
+        // content.
         text::growUnits(written + kLongestEscape * text.size() + algorithms::kUrlOverhang, output);
     }
 }
@@ -72,8 +73,8 @@ const UrlTable& tableFor(UrlComponent component) noexcept {
     return algorithms::urlTable(UrlUse::OtherComponent, false);
 }
 
-/// Writes zeros after a text. The decoder reads the trailing bytes of a truncated sequence past the end, and stops at
-/// the next zero.
+/// Writes zeros after a text, because the decoder reads the trailing bytes of a truncated sequence past the end, and
+/// stops at the next zero.
 void addZeros(BaseString<char>& utf8) {
     const unsigned int length = utf8.length();
     if (length != 0) {

@@ -17,7 +17,7 @@ void moveTail(char* position, std::ptrdiff_t distance) noexcept {
 char* makeDoubleFormatConsistent(char* text, unsigned long long capacity, util::FormattingOptions options) noexcept {
     const bool json = (options & util::FO_JSON) != 0;
     char* point = nullptr;
-    std::ptrdiff_t zeros = 0;  // consecutive, directly before the exponent, after the point
+    std::ptrdiff_t zeros = 0;  // consecutive zeros after the point, directly before the exponent
     char* exponent = text;
     for (; *exponent && *exponent != 'e' && *exponent != 'E'; ++exponent) {
         if (*exponent == '.') {

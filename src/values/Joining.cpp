@@ -24,7 +24,7 @@ public:
     explicit Writer(BaseString<wchar_t>& text) noexcept
         : m_text(text), m_cursor(text.data()), m_end(m_cursor + text.capacity()) {}
 
-    /// Reserves capacity for `units` more and a terminator.
+    /// Reserves capacity for `units` more units and a terminator.
     void reserve(std::uint64_t units) {
         if (units < static_cast<std::uint64_t>(m_end - m_cursor)) {
             return;
@@ -49,7 +49,8 @@ public:
 
     void write(std::wstring_view text) noexcept { m_cursor = std::copy(text.begin(), text.end(), m_cursor); }
 
-    /// Writes an item, quoted if necessary. The item must be a whole string: its buffer is a whole number of blocks.
+    /// Writes an item, quoted if necessary. The item must be a whole string, because only the buffer of a string is a
+    /// whole number of blocks.
     void writeItem(std::wstring_view item, std::wstring_view delimiter) noexcept {
         m_cursor = algorithms::writeJoinedItem(item, delimiter, m_cursor);
     }

@@ -25,7 +25,7 @@ bool addList(const T* text, Array<Value>& values, Read&& read) {
 template <class T, class Value, class Read>
 bool readListInValues(const T* text, Array<Value>& values, bool append, Read&& read) noexcept;
 
-/// Appends or replaces the values. If the array cannot grow, returns false as for invalid text; the error log has the
+/// Appends or replaces the values. If the array cannot grow, returns false, as for invalid text; the error log has the
 /// reason.
 template <class T, class Value, class Read>
 bool readList(const T* text, Array<Value>& values, bool append, Read&& read) noexcept {
@@ -42,7 +42,7 @@ bool readList(const T* text, Array<Value>& values, bool append, Read&& read) noe
     }
 }
 
-/// The same for a text in the array's own memory, which is copied first.
+/// Like `readList`, for a text in the array's own memory: copies the text first.
 template <class T, class Value, class Read>
 bool readListInValues(const T* text, Array<Value>& values, bool append, Read&& read) noexcept {
     try {

@@ -1,6 +1,6 @@
 /// \file
-/// List readers that, unlike the exported ones, throw if the array cannot grow. Values are appended; null is an empty
-/// list. Returns whether the whole text was read.
+/// List readers that throw if the array cannot grow, unlike the exported ones. They append the values, and return
+/// whether the whole text was read. A null text is an empty list.
 #pragma once
 
 #include "vorel/core/Array.h"

@@ -21,7 +21,7 @@ using algorithms::Rest;
 
 constexpr unsigned long long kWorkCharacters = 64;
 
-/// Whether a value is written as digits: it is finite and not 0.
+/// Whether a value is written as digits. It is if it is finite and not 0.
 bool hasDigits(double value) noexcept {
     constexpr std::uint64_t kInfinite = std::uint64_t{0x7FF0000000000000} << 1;  // without the sign
     return (std::bit_cast<std::uint64_t>(value) << 1) - 1 < kInfinite - 1;
@@ -94,7 +94,7 @@ VOREL_NOINLINE wchar_t* writeSpecial(double value, wchar_t* buffer, unsigned lon
     return buffer;
 }
 
-/// Appends the text that `write` writes to a position with space for `capacity` units. It returns the text's length.
+/// Appends the text that `write` writes; `write` gets space for `capacity` units and returns the length of the text.
 template <unsigned int capacity, class Write>
 void appendWritten(BaseString<wchar_t>& text, Write&& write) {
     const unsigned int before = text.length();

@@ -28,7 +28,7 @@ BaseString<T> stringOf(View<T> text) {
     return BaseString<T>(text.data(), static_cast<unsigned int>(text.size()));
 }
 
-/// Reserves capacity for parts to append: growing step by step would copy every string again.
+/// Reserves capacity for `more` parts, because growing step by step would copy every string again.
 template <class T>
 void reserveMore(Array<BaseString<T>>& parts, std::size_t more) {
     parts.reserve(parts.size() + static_cast<unsigned int>(std::min<std::size_t>(more, 0xFFFFFFFFu - parts.size())));
@@ -36,7 +36,7 @@ void reserveMore(Array<BaseString<T>>& parts, std::size_t more) {
 
 template <class T>
 void split(const T* text, const T* delimiterText, Array<BaseString<T>>& parts) {
-    // Either may be an element of `parts`, which moves when it grows.
+    // The text and the delimiter may be elements of `parts`, which move when `parts` grows.
     const BaseString<T> copy(text);
     const BaseString<T> delimiterCopy(delimiterText);
     const View<T> delimiter = delimiterCopy.view();
@@ -105,7 +105,7 @@ unsigned int slotsFor(const T* text, int maxTokens) noexcept {
 template <class T>
 int tokenize(T* text, const T* delimiter, Array<T*>& tokens, int maxTokens) {
     return detail::runRethrowing(L"vorel::util", L"tokenizeString", [=, &tokens] {
-        // Read before any write: the delimiter may be part of the text.
+        // Read before the text is written, because the delimiter may be part of the text.
         const T cut = delimiter ? *delimiter : T{};
         tokens.clear();
         tokens.reserve(slotsFor(text, maxTokens));
