@@ -38,10 +38,7 @@ set(VOREL_LANGUAGE_OPTIONS -ffp-contract=off -fno-fast-math)
 
 # Microsoft's compiler and clang-cl have other options.
 if(MSVC)
-    set(VOREL_WARNINGS
-        /W4
-        /wd4251 # exported classes have members of the standard library; Export.h requires the library's own
-        /wd5030) # GCC's attributes are ignored
+    set(VOREL_WARNINGS /W4)
     set(VOREL_LANGUAGE_OPTIONS /utf-8 /permissive- /Zc:__cplusplus /Zc:preprocessor /EHsc /fp:precise)
     add_compile_definitions(_CRT_SECURE_NO_WARNINGS)
 endif()

@@ -30,7 +30,7 @@ COMMON = ["-fsyntax-only", "-std=c++20", "-Wall", "-Wextra", "-Werror", "-D_UCRT
           "-D_WIN32_WINNT=0x0A00", "-DUNICODE", "-D_UNICODE", "-DNOMINMAX", "-DWIN32_LEAN_AND_MEAN",
           "-DVOREL_BUILDING_DLL", "-I" + str(ROOT / "include"), "-I" + str(ROOT / "src")]
 # Warnings that Microsoft's compiler does not have, and those about the system headers of another compiler.
-MSVC_WARNINGS = ["-Wno-unknown-attributes", "-Wno-ignored-attributes", "-Wno-unused-private-field", "-Wno-#warnings"]
+MSVC_WARNINGS = ["-Wno-ignored-attributes", "-Wno-unused-private-field", "-Wno-#warnings"]
 
 
 def find_compiler():

@@ -25,3 +25,14 @@
 #else
 #define VOREL_DEPRECATED(advice) [[deprecated(advice)]]
 #endif
+
+#if defined(_MSC_VER)
+#define VOREL_BEGIN_OWN_MEMBERS __pragma(warning(push)) __pragma(warning(disable : 4251))
+#define VOREL_END_OWN_MEMBERS __pragma(warning(pop))
+#else
+/// Before the members of an exported class whose own classes are not exported. Microsoft's compiler warns of them
+/// (C4251), because inline functions of the exported class could need code that only the DLL has. Here none does.
+#define VOREL_BEGIN_OWN_MEMBERS
+/// After these members.
+#define VOREL_END_OWN_MEMBERS
+#endif

@@ -333,11 +333,13 @@ private:
     alignas(8) static char ErrorLogLocation[MaxPathSize];
     static bool m_mirrorToErrorLog;
 
+    VOREL_BEGIN_OWN_MEMBERS
     MessageStack m_stack;
     bool m_delayedLogging = false;
     bool m_hasTracedProtocolStateInfo = false;
     mutable BaseString<char> m_charBlock;
     mutable BaseString<wchar_t> m_wideBlock;
+    VOREL_END_OWN_MEMBERS
 };
 
 static_assert(sizeof(Exception) == 72, "exceptions have the same layout with every compiler, in debug builds too");

@@ -30,6 +30,7 @@
 /// releases the mutex before it ends, the problem cannot occur.
 #pragma once
 
+#include "vorel/Attributes.h"
 #include "vorel/Export.h"
 #include "vorel/core/BaseString.h"
 #include "vorel/core/CriticalSections.h"
@@ -113,6 +114,7 @@ private:
     void SetLockingThreadID();
     void ResetLockingThreadID();
 
+    VOREL_BEGIN_OWN_MEMBERS
     detail::KernelHandle m_mutex;
     BaseString<wchar_t> m_name;
     BaseString<wchar_t> m_initializeError;
@@ -121,6 +123,7 @@ private:
     long long m_lockingThreadId = 0;  ///< 0: no thread
     bool m_flag = false;
     bool m_useFcntlTimeout = false;
+    VOREL_END_OWN_MEMBERS
 };
 
 }  // namespace vorel

@@ -11,6 +11,7 @@
 /// A signal releases one waiter. If there is none, one signal is kept for the next waiter; further signals are lost.
 #pragma once
 
+#include "vorel/Attributes.h"
 #include "vorel/Export.h"
 #include "vorel/core/CriticalSections.h"
 #include "vorel/core/KernelHandle.h"
@@ -51,9 +52,11 @@ private:
     void closeCondition();
 
     ForcedCriticalSection& m_lock;
+    VOREL_BEGIN_OWN_MEMBERS
     ForcedCriticalSection m_broadcastLock;  ///< held for a whole broadcast; waiters pass through it
     detail::KernelHandle m_event;
     volatile long m_waiters = 0;  ///< changed without a lock, so only atomically
+    VOREL_END_OWN_MEMBERS
 };
 
 }  // namespace vorel

@@ -6,6 +6,7 @@
 ///     done.wait(60000);              // in another
 #pragma once
 
+#include "vorel/Attributes.h"
 #include "vorel/Export.h"
 #include "vorel/core/BaseString.h"
 #include "vorel/core/KernelHandle.h"
@@ -40,8 +41,10 @@ private:
     void createCondition(const wchar_t* name);
     void closeCondition();
 
+    VOREL_BEGIN_OWN_MEMBERS
     detail::KernelHandle m_event;
     BaseString<wchar_t> m_name;
+    VOREL_END_OWN_MEMBERS
 };
 
 }  // namespace vorel
