@@ -7,7 +7,9 @@
 #   lib/cmake/vorelCore/     for find_package, and the toolchain files
 #   lib/pkgconfig/           vorelCore.pc and vorelCoreStatic.pc
 #   bin/vorelCore.dll-gdb.py GDB's view of the containers and exceptions; GDB finds it there
-#   share/vorelCore/         the licences of the runtime DLLs, and Visual Studio's view
+#   share/vorelCore/         the licences of the runtime DLLs, Visual Studio's view, and PowerShell's completion of the tools
+#   share/man/man1/          the manual pages of the tools
+#   share/bash-completion/   the completion of the tools for bash
 #
 # The package may be moved to another folder: it contains no absolute paths.
 

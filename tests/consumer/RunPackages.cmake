@@ -1,4 +1,5 @@
-# Tests the packages of CPack. The project find_package/ must build and run with the archive unpacked in another folder.
+# Tests the packages of CPack. The project find_package/ must build and run with the archive unpacked in another folder,
+# and so must the tools.
 # The installer must install the same files, and remove all of them.
 #
 #   PACKAGES: the folder with the archive and the installer; CLANG: the folder of clang
@@ -44,6 +45,10 @@ run("Test the archive"
 run("Test its import library for C"
     "${CMAKE_COMMAND}" "-DPACKAGE=${package}" "-DCONFIG=${CONFIG}" "-DGENERATOR=${GENERATOR}" "-DEMULATOR=${EMULATOR}"
     "-DCLANG=${CLANG}" "-DWORK=${WORK}/flat_c" -P "${CMAKE_CURRENT_LIST_DIR}/RunFlatC.cmake")
+
+run("Test its tools"
+    "${CMAKE_COMMAND}" "-DPACKAGE=${package}" "-DEMULATOR=${EMULATOR}" "-DWORK=${WORK}/tools"
+    -P "${CMAKE_CURRENT_LIST_DIR}/RunTools.cmake")
 
 only_file("*.exe" installer)
 set(installed "${WORK}/installed here/vorelCore")
