@@ -77,18 +77,18 @@ bool isHostName(std::string_view host) {
     return host.find_first_of(" :[]") == std::string_view::npos;
 }
 
-/// A last line without a line end counts as torn.
+/// An unterminated last line counts as torn.
 void appendLines(std::string_view content, Log& log) {
-    constexpr std::string_view kLineEnd = "\r\n";
-    for (std::string& line : split(content, kLineEnd)) {
+    constexpr std::string_view kTerminator = "\r\n";
+    for (std::string& line : split(content, kTerminator)) {
         if (std::optional<Record> record = parseLine(line)) {
             log.records.push_back(std::move(*record));
         } else {
             log.unreadable.push_back(std::move(line));
         }
     }
-    if (!content.empty() && !content.ends_with(kLineEnd)) {
-        log.unreadable.emplace_back("(the last line has no line end)");
+    if (!content.empty() && !content.ends_with(kTerminator)) {
+        log.unreadable.emplace_back("(the last line does not end in CR LF)");
     }
 }
 

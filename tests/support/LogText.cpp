@@ -96,7 +96,7 @@ std::vector<std::string> readLines(const std::string& path) {
     while (!rest.empty()) {
         const std::size_t end = rest.find(kEnd);
         if (end == std::string_view::npos) {
-            ADD_FAILURE() << path << ": the last line has no line end: " << rest;
+            ADD_FAILURE() << path << ": the last line does not end in CR LF: " << rest;
             break;
         }
         const std::string_view line = rest.substr(0, end);

@@ -27,7 +27,7 @@ std::optional<LogLine> parseLogLine(std::string_view line);
 /// All bytes of a file; empty if the file does not exist.
 std::optional<std::string> readFileBytes(const std::string& path);
 
-/// The lines of a log without their line ends; none if the file does not exist. Every line, including the last one,
+/// The lines of a log without their terminators; none if the file does not exist. Every line, including the last one,
 /// must end in a carriage return and a line feed; otherwise the test fails.
 std::vector<std::string> readLines(const std::string& path);
 

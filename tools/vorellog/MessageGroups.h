@@ -1,6 +1,6 @@
 /// \file
-/// Groups equal messages: what went wrong, how often, since when. Messages are equal if prefix and form are (see
-/// MessageForm.h), exceptions if all records of their trails are. Memory is bounded.
+/// Counts what went wrong: how often, since when, in which processes. A group has the messages with the same prefix and
+/// the same form (MessageForm.h), or the exceptions whose trails consist of such messages. Memory is bounded.
 #pragma once
 
 #include <cstddef>
@@ -62,7 +62,7 @@ public:
     /// Adds an entry of one or more records. Returns its group, or null if it has none.
     const Group* add(std::span<const Record> records, ProcessNumber process);
 
-    /// The groups with most entries first; of those with equally many, the latest first.
+    /// The groups, by number of entries and then by the time of the last entry, both descending.
     [[nodiscard]] std::vector<const Group*> sorted() const;
 
     [[nodiscard]] std::size_t size() const noexcept { return m_groups.size(); }

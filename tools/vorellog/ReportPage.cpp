@@ -60,7 +60,7 @@ void addSteps(JsonObject& object, const Histogram& steps, const Histogram& all, 
     out += ']';
 }
 
-/// The order of what is shown: most records first; of equally many, the latest first.
+/// The order of what is shown: by number of records and then by the time of the last record, both descending.
 bool comesBefore(const Tally& a, const Tally& b) {
     return std::tie(b.records, b.lastMs) < std::tie(a.records, a.lastMs);
 }

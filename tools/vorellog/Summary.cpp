@@ -66,7 +66,7 @@ Summary::Row& Summary::rowOf(ProcessNumber process, std::string_view prefix) {
     return found == m_rows.end() ? m_others : found->second;
 }
 
-/// The rows with most records first; of those with equally many, the latest first. The others are last.
+/// The rows, by number of records and then by the time of the last record, both descending. The others are last.
 std::vector<Summary::ShownRow> Summary::sortedRows() const {
     constexpr unsigned int kNumberBits = 32;
     std::vector<std::string> prefixes(m_prefixes.size());

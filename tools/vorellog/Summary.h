@@ -1,5 +1,5 @@
 /// \file
-/// Statistics of a log: groups of equal messages, records by process and prefix, damage, and records over time.
+/// Statistics of a log: messages by their form, records by process and prefix, damage, and records over time.
 #pragma once
 
 #include <array>
