@@ -19,8 +19,8 @@ std::wstring quoted(std::wstring_view text) {
     return L'"' + std::wstring(text) + L'"';
 }
 
-/// The number of characters to insert, remove or replace, and of neighbours to swap, that make `b` of `a` (Damerau,
-/// Levenshtein: optimal string alignment).
+/// The edit distance of `a` and `b`: the number of characters to insert, remove, replace, or swap with their neighbour
+/// (Damerau, Levenshtein: optimal string alignment).
 std::size_t editDistance(std::wstring_view a, std::wstring_view b) {
     const std::size_t width = b.size() + 1;
     std::vector<std::size_t> costs((a.size() + 1) * width);
@@ -122,7 +122,7 @@ private:
         std::size_t least = std::min(kMaxEdits, (name.size() + 1) / 2) + 1;
         const auto consider = [&](const Option& option) {
             const std::size_t edits = editDistance(name, option.name);
-            // A start of a name is as good as a misspelled one.
+            // A prefix of a name counts like one misspelled character.
             const std::size_t cost = name.size() > 1 && option.name.starts_with(name) ? 1 : edits;
             if (cost < least) {
                 least = cost;

@@ -8,7 +8,7 @@
 ///     const Arguments arguments = parse(kSyntax, given);
 ///     if (arguments.has(L"help")) { … helpText(kSyntax) … }
 ///
-/// An unknown option is reported with the name that it resembles.
+/// The message for an unknown option suggests an option with a similar name.
 ///
 /// `--name value`, `--name=value`, `-n value` and `-nvalue` are equivalent; switches may share a dash (`-dx`). A value
 /// may begin with a dash. `--` ends the options. `-` and arguments that look like negative numbers are operands.
@@ -29,7 +29,7 @@ namespace tools {
 struct Option {
     std::wstring_view name;   ///< without its dashes
     wchar_t letter = 0;       ///< the short form; 0: none
-    std::wstring_view value;  ///< name of the value in the help; empty: a switch, which has no value
+    std::wstring_view value;  ///< name of the value in the help; empty for a switch, which has no value
     std::wstring_view help;
 };
 
@@ -44,7 +44,7 @@ struct Syntax {
     std::wstring_view operands;       ///< as shown in the help: "[input]"
     std::size_t minOperands = 0;
     std::size_t maxOperands = 0;
-    std::wstring_view details;  ///< help text below the options; lines of at most 80 characters
+    std::wstring_view details;  ///< help text after the options, in lines of at most 80 characters
 };
 
 /// A parsed command line.

@@ -103,7 +103,7 @@ void writeOutput(std::string_view text) {
 void writeError(std::wstring_view text) noexcept {
     try {
         write(Stream::Error, text);
-    } catch (...) {  // the failure cannot be reported
+    } catch (...) {  // a failure cannot be reported here
         return;
     }
 }

@@ -1,6 +1,6 @@
 /// \file
 /// The standard streams: detects consoles and writes text. A console receives UTF-16, independent of its code page; a
-/// file or a pipe receives UTF-8. Output is not buffered: callers should collect small pieces.
+/// file or a pipe receives UTF-8. Output is not buffered, so callers should combine small pieces.
 #pragma once
 
 #include <cstddef>
@@ -27,14 +27,14 @@ bool enableEscapeSequences(Stream stream) noexcept;
 /// \throws OutputClosed if the reader is gone; Failure if the output cannot be written.
 void writeOutput(std::wstring_view text);
 
-/// Writes UTF-8 to standard output. For a console, `text` should not end within a sequence; invalid UTF-8 is written to
-/// a console as single bytes in its code page.
+/// Writes UTF-8 to standard output. If the output is a console, `text` should not end within a sequence. Invalid UTF-8
+/// is written to a console as bytes of its code page.
 void writeOutput(std::string_view text);
 
 /// Writes text to the error stream and ignores failures.
 void writeError(std::wstring_view text) noexcept;
 
-/// The handle of the stream, for reading and writing bytes; null if the process has none.
+/// The handle of the stream, for reading and writing bytes; null if the process has no such stream.
 void* streamHandle(Stream stream) noexcept;
 
 /// Writes all `size` bytes to a handle. Failure texts contain `name`.

@@ -25,14 +25,15 @@ bool hasCommands(const Guide& guide) {
     return guide.commands.size() != 1 || guide.commands.front().command != guide.program;
 }
 
-/// "base64" of "vorelconv base64"; empty for a program without commands.
+/// "base64" for "vorelconv base64"; empty for a program without commands.
 std::wstring_view nameOf(const Guide& guide, const Syntax& command) {
     return command.command.substr(std::min(command.command.size(), guide.program.size() + 1));
 }
 
 // ---- Manual page ----------------------------------------------------------------------------------------------------
 
-/// Escapes what the formatter would interpret: backslashes, hyphens, and a period or an apostrophe that begins a line.
+/// Escapes the characters that the formatter would interpret: backslashes, hyphens, and a period or an apostrophe at
+/// the start of a line.
 std::wstring roff(std::wstring_view text) {
     std::wstring out;
     bool begins = true;
@@ -69,7 +70,7 @@ void appendOptions(std::wstring& out, const Syntax& command) {
     }
 }
 
-/// Texts are shown line by line: they contain tables.
+/// Texts keep their line breaks, because they contain tables.
 void appendText(std::wstring& out, std::wstring_view text) {
     if (!text.empty()) {
         out += L".nf\n" + roff(text) + L"\n.fi\n";
@@ -152,7 +153,7 @@ std::wstring bashScript(const Guide& guide) {
            program + L" " + program + L" " + program + L".exe\n";
 }
 
-/// A text between apostrophes.
+/// A text in single quotes.
 std::wstring powerShellText(std::wstring_view text) {
     std::wstring out = L"'";
     for (const wchar_t c : text) {

@@ -1,5 +1,5 @@
 /// \file
-/// A manual page and completion scripts, made of the tables that describe the command line (CommandLine.h).
+/// A manual page and completion scripts, generated from the tables that describe the command line (CommandLine.h).
 #pragma once
 
 #include <span>
@@ -10,12 +10,12 @@
 
 namespace tools {
 
-/// What a program can do. Everything that it refers to must outlive it.
+/// The description of a program. Everything that it refers to must outlive it.
 struct Guide {
     std::wstring_view program;
     std::wstring_view summary;         ///< one line, no full stop
-    std::span<const Syntax> commands;  ///< of a program without commands: one, with the name of the program
-    std::wstring_view details{};       ///< of a program with commands: a text for all of them
+    std::span<const Syntax> commands;  ///< a program without commands has one, with the program's name
+    std::wstring_view details{};       ///< for a program with commands: a text about all of them
 };
 
 /// The manual page, in the format of man(7).

@@ -28,7 +28,7 @@ public:
     explicit operator bool() const noexcept { return m_handle != nullptr; }
 
     /// Closes the handle, if there is one, and owns nothing afterwards. Returns false if the system reports a failure;
-    /// then the last error of the thread holds its code.
+    /// the last error of the thread then has the code.
     bool close() noexcept { return !m_handle || CloseHandle(std::exchange(m_handle, nullptr)); }
 
 private:

@@ -11,7 +11,7 @@ namespace tools {
 
 namespace {
 
-/// The decoder of the library rejects sequences that begin with F1 or F3: U+40000 to U+7FFFF and U+C0000 to U+FFFFF.
+/// The library's decoder rejects sequences that begin with F1 or F3, that is U+40000 to U+7FFFF and U+C0000 to U+FFFFF.
 bool isUnsupportedLead(char byte) noexcept {
     return (static_cast<unsigned char>(byte) & 0xFDU) == 0xF1U;
 }

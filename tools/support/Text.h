@@ -1,5 +1,5 @@
 /// \file
-/// Text conversions of the tools. Internally text is wide, as arguments and file names are; input and output are UTF-8.
+/// Text conversions of the tools. Internally text is wide, like arguments and file names; input and output are UTF-8.
 #pragma once
 
 #include <optional>
@@ -15,7 +15,7 @@ std::string toUtf8(std::wstring_view text);
 
 /// Converts UTF-8 to wide text, zero bytes included; returns nullopt if a byte cannot start a sequence. All well-formed
 /// text is accepted, including sequences that begin with F1 or F3, which the library rejects. Overlong forms, encoded
-/// surrogates and wrong trailing bytes are decoded as the library decodes them.
+/// surrogates and invalid trailing bytes are decoded as the library decodes them.
 std::optional<std::wstring> fromUtf8(std::string_view text);
 
 /// Formats in printf style; `%ls` takes wide text.

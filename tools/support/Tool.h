@@ -12,7 +12,7 @@
 #include <string_view>
 #include <utility>
 
-/// The entry point that every tool defines. The start-up code calls it by its C name.
+/// The entry point that every tool defines. The start-up code calls it by this name.
 extern "C" int wmain(int count, wchar_t** arguments);
 
 namespace tools {
@@ -20,7 +20,7 @@ namespace tools {
 /// The exit codes of every tool. The help text of a tool describes when it uses them.
 enum ExitCode : int {
     kDone = 0,        ///< success
-    kFailed = 1,      ///< invalid input, a system failure, or the answer to a query is no
+    kFailed = 1,      ///< invalid input, a system failure, or a query whose answer is "no"
     kUsageError = 2,  ///< invalid command line
 };
 
@@ -36,7 +36,8 @@ private:
     std::wstring m_text;
 };
 
-/// An invalid command line. `command` is the command whose help is suggested: "vorelconv base64"; empty: the program.
+/// An invalid command line. The message suggests the help of `command`, for example "vorelconv base64"; if it is empty,
+/// the help of the program.
 class UsageError : public Failure {
 public:
     explicit UsageError(std::wstring text, std::wstring_view command = {})
@@ -58,13 +59,13 @@ Failure systemFailure(std::wstring_view name, std::wstring_view what, unsigned l
 /// The output of --version: "vorelconv 0.1.0" and a line feed.
 std::wstring versionText(std::wstring_view program);
 
-/// Writes "program: text" to the error stream. The text may have several lines. Because it may quote names and input,
-/// all other characters that a terminal might interpret are escaped.
+/// Writes "program: text" to the error stream. The text may have several lines. Except for line feeds, all characters
+/// that a terminal might interpret are escaped, because the text may quote names and input.
 void report(std::wstring_view program, std::wstring_view text) noexcept;
 
-/// Runs `body` and returns its exit code. Exceptions are reported on the error stream after the name of the program,
-/// except OutputClosed, and converted to an exit code: `kUsageError` for UsageError, otherwise `kFailed`. The error log
-/// of the library is switched off: a tool reports to its user, and the log belongs to the programs that write it.
+/// Runs `body` and returns its exit code. An exception is reported on the error stream with the name of the program
+/// (OutputClosed is not reported), and becomes an exit code: `kUsageError` for UsageError, otherwise `kFailed`. The
+/// library's error log is switched off: a tool reports to its user, and the log belongs to the programs that write it.
 int run(std::wstring_view program, const std::function<int()>& body) noexcept;
 
 }  // namespace tools

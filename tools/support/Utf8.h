@@ -1,6 +1,6 @@
 /// \file
-/// Strict UTF-8: no overlong forms, no surrogates, nothing above U+10FFFF. (The decoder of the library accepts such
-/// forms by design, so it cannot detect damaged text.)
+/// Strict UTF-8: no overlong forms, no surrogates, nothing above U+10FFFF. (The library's decoder accepts such forms by
+/// design, so it cannot detect damaged text.)
 #pragma once
 
 #include <cstddef>
@@ -9,9 +9,9 @@
 
 namespace tools {
 
-/// The sequence at the start of a text, as far as it is well-formed.
+/// The sequence at the start of a text: its size, and how much of it is well-formed.
 struct Utf8Sequence {
-    std::size_t size = 0;   ///< size in bytes according to the lead byte, 1 to 4; 0: not a lead byte
+    std::size_t size = 0;   ///< size in bytes by the lead byte, 1 to 4; 0 if the byte is not a lead byte
     std::size_t found = 0;  ///< number of valid bytes found, up to `size`
 
     [[nodiscard]] constexpr bool isWhole() const noexcept { return size != 0 && found == size; }
@@ -79,10 +79,10 @@ constexpr std::uint32_t utf8CodePoint(std::string_view sequence) noexcept {
 
 struct Utf8Scan {
     std::size_t valid = 0;     ///< size in bytes of the whole sequences at the start of the text
-    bool isTruncated = false;  ///< the rest is the start of a sequence that the end of the text truncates
+    bool isTruncated = false;  ///< the rest is a sequence that is truncated by the end of the text
 };
 
-/// Scans a text up to the first sequence that is not whole.
+/// Scans a text up to the first incomplete or invalid sequence.
 Utf8Scan scanUtf8(std::string_view text) noexcept;
 
 /// Whether the whole text is well-formed.

@@ -12,7 +12,8 @@ namespace {
 
 constexpr std::size_t kWord = sizeof(std::uint64_t);
 
-/// Whether all eight bytes are from ' ' to '~'. May return false for such bytes because of a carry between bytes.
+/// Whether all eight bytes are from ' ' to '~'. Because bits carry between bytes, the result may be false even if all
+/// bytes are in the range.
 bool isPlain(std::uint64_t word) noexcept {
     constexpr std::uint64_t kEachByte = 0x0101010101010101;
     constexpr std::uint64_t kHighBits = kEachByte * 0x80;

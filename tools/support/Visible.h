@@ -1,6 +1,6 @@
 /// \file
-/// Makes text from logs, files and command lines safe to show: it cannot send commands to a terminal, reorder or hide
-/// other text, or end a line early.
+/// Makes text from logs, files and command lines safe to show: the text cannot send commands to a terminal, reorder or
+/// hide other text, or end a line early.
 #pragma once
 
 #include <cstdint>
@@ -22,8 +22,8 @@ constexpr bool needsEscape(std::uint32_t codePoint) noexcept {
 /// no further effect.
 void appendVisible(std::string& out, std::string_view text);
 
-/// Does the same for wide text and keeps its line feeds; carriage returns before a line feed are removed. A surrogate
-/// that is not part of a pair becomes "?".
+/// The same for wide text. Line feeds are kept, and carriage returns before a line feed are removed. A surrogate that
+/// is not part of a pair becomes "?".
 std::wstring visibleLines(std::wstring_view text);
 
 }  // namespace tools

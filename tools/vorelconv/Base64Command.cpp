@@ -28,7 +28,7 @@ private:
 
 enum class Kind : unsigned char { Other, Value, Padding, Space };
 
-/// The kind of every byte. The library's decoder decides which characters have a value.
+/// The kind of every byte. The library's decoder determines which characters have a value.
 std::array<Kind, 256> kindsOfBytes() {
     std::array<Kind, 256> kinds = {};
     vorel::Array<unsigned char> bytes;
@@ -43,13 +43,13 @@ std::array<Kind, 256> kindsOfBytes() {
     return kinds;
 }
 
-/// Checks every character itself. The library reports an error without its position, and ignores text after the
-/// padding.
+/// Checks every character before decoding, because the library reports an error without its position and ignores text
+/// after the padding.
 class Base64Decoder final : public Filter {
 public:
     std::size_t convert(std::string_view block, bool last, std::string& result) override {
         m_groups.clear();
-        std::size_t whole = 0;   // end of the last complete group and of the space after it
+        std::size_t whole = 0;   // end of the last complete group and of the white space after it
         std::size_t filled = 0;  // characters in the current group
         for (std::size_t index = 0; index < block.size(); ++index) {
             const Kind kind = m_kinds[static_cast<unsigned char>(block[index])];
@@ -92,7 +92,7 @@ private:
     const std::array<Kind, 256> m_kinds = kindsOfBytes();
     std::string m_groups;
     vorel::Array<unsigned char> m_bytes;
-    bool m_ended = false;  // padding found in an earlier block
+    bool m_ended = false;  // an earlier block had padding
 };
 
 int run(const tools::Arguments& arguments) {

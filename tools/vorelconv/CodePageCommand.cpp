@@ -74,8 +74,9 @@ public:
 
     [[nodiscard]] int codePage() const { return m_codePage; }
 
-    /// The number of bytes of a block that can be read without the next block. With multi-byte characters, that is up
-    /// to the last line feed: it is never part of a character, and no shift state continues after it.
+    /// The number of bytes of a block that can be read without the next block. In a code page with multi-byte
+    /// characters, these are the bytes up to the last line feed, because a line feed is never part of a character and
+    /// resets the shift state.
     [[nodiscard]] std::size_t whole(std::string_view block, bool last) const {
         if (m_codePage == kUtf8) {
             return wholeUtf8(block, last).size();
@@ -102,7 +103,7 @@ public:
     }
 
     /// The length of the longest prefix of `text` that can be read and has at most `maxUnits` units. A prefix that ends
-    /// within a character cannot be read although a longer one can, so several adjacent lengths are tried.
+    /// within a character cannot be read, although a longer prefix can. So several adjacent lengths are tried.
     [[nodiscard]] std::size_t readableBeginning(std::string_view text, std::size_t maxUnits) const {
         constexpr std::size_t kNeighbours = 8;
         std::size_t good = 0;
@@ -181,8 +182,8 @@ private:
         throw BadInput{good, L"expected text in code page " + codePage + L", found " + quoted(text[good])};
     }
 
-    /// The system replaces a character that the code page lacks, often by one that only looks similar. Converting the
-    /// result back reveals every such change.
+    /// The system replaces characters that the code page lacks, often by characters that only look similar. Converting
+    /// the result back shows every such change.
     void checkNothingIsLost(std::string_view text) {
         std::wstring again;
         if (!m_check.read(m_bytes, again)) {
@@ -212,7 +213,7 @@ private:
 
     Reader m_source;
     Writer m_target;
-    Reader m_check;  // converts the output of m_target back
+    Reader m_check;  // converts the output of m_target back to wide text
     bool m_replace;
     std::wstring m_units;
     std::string m_bytes;
@@ -225,7 +226,7 @@ CodePages& installedCodePages() {
     return codePages;
 }
 
-/// The callback gets each number as text, and no pointer of the caller; hence the static object.
+/// The system passes each number as text, but no pointer of the caller. So the result is a static object.
 BOOL CALLBACK addCodePage(wchar_t* number) {
     installedCodePages()[static_cast<std::uint16_t>(vorel::util::stringToInt(number, nullptr))] = true;
     return TRUE;
@@ -235,7 +236,7 @@ BOOL CALLBACK addCodePage(wchar_t* number) {
 std::wstring codePageList() {
     EnumSystemCodePagesW(addCodePage, CP_INSTALLED);
     CodePages& candidates = installedCodePages();
-    candidates[kUtf7] = true;  // may be missing from the list where they need no file
+    candidates[kUtf7] = true;  // may be missing from the system's list, because they need no file
     candidates[kUtf8] = true;
     std::wstring lines;
     for (std::size_t codePage = 1; codePage < candidates.size(); ++codePage) {

@@ -15,7 +15,7 @@ using WideString = vorel::BaseString<wchar_t>;
 constexpr std::size_t kGroupBytes = 3;
 constexpr std::size_t kGroupCharacters = 4;
 
-/// The library ends each encoded text with a count character. It is dropped for every block except the last one.
+/// The library ends each encoded text with a count character. This filter drops it for every block except the last.
 class DaylightEncoder final : public Filter {
 public:
     std::size_t convert(std::string_view block, bool last, std::string& result) override {
@@ -39,7 +39,7 @@ bool isInAlphabet(char character) {
            (character >= 'A' && character <= 'Z') || (character >= 'a' && character <= 'z');
 }
 
-/// Checks the characters itself: the library decodes every character outside the alphabet as '.'.
+/// Checks the characters before decoding, because the library decodes every character outside the alphabet as '.'.
 class DaylightDecoder final : public Filter {
 public:
     std::size_t convert(std::string_view block, bool last, std::string& result) override {
@@ -54,7 +54,8 @@ public:
             decode(text, result);
             return block.size();
         }
-        // The last character gives the number of bytes in the group before it: both wait for the end of the input.
+        // The last character gives the number of bytes in the last group. So the last group and one character are kept
+        // until the end of the input.
         const std::size_t held = kGroupCharacters + 1;
         const std::size_t whole = text.size() < held ? 0 : (text.size() - held) / kGroupCharacters * kGroupCharacters;
         if (whole != 0) {

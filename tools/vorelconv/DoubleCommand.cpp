@@ -26,7 +26,7 @@ double readNumber(const std::wstring& line) {
     return vorel::util::stringToDouble(line.c_str(), nullptr);
 }
 
-/// Reads the sixteen hexadecimal digits of a double's bits in two halves; the library reads at most 32 bits.
+/// Reads the sixteen hexadecimal digits of a double's bits in two halves, because the library reads at most 32 bits.
 double readBits(const std::wstring& line) {
     constexpr std::size_t kHalfDigits = 8;
     const std::wstring digits = trimmed(line);

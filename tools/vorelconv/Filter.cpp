@@ -75,8 +75,8 @@ private:
     Input& m_input;
     std::vector<char> m_buffer;
     std::size_t m_count = 0;
-    std::uint64_t m_offset = 0;  // of the first byte of the window in the input
-    std::uint64_t m_line = 1;    // the line that contains the first byte
+    std::uint64_t m_offset = 0;  // offset of the window in the input
+    std::uint64_t m_line = 1;    // number of the line that contains the first byte
     bool m_ended = false;
 };
 
@@ -113,7 +113,7 @@ void runFilter(const tools::Arguments& arguments, Filter& filter) {
     } catch (const tools::Failure& failure) {
         throw tools::Failure(failure.text() + output.abandon());
     } catch (const tools::OutputClosed&) {
-        (void)output.abandon();  // the reader is gone: there is nobody to report to
+        (void)output.abandon();  // the reader is gone, so nothing can be reported
         throw;
     }
 }

@@ -22,7 +22,7 @@ public:
     Filter() = default;
     Filter(const Filter&) = delete;
     Filter& operator=(const Filter&) = delete;
-    virtual ~Filter() noexcept(false) = default;  // filters own containers of the library, whose destructors may throw
+    virtual ~Filter() noexcept(false) = default;  // filters own containers whose destructors may throw
 
     /// Converts as many bytes of `block` as possible without the next block, appends the result to `result`, and
     /// returns the number of bytes converted. The next block begins with the remaining bytes; if the number is 0, the
@@ -32,14 +32,14 @@ public:
 };
 
 /// Converts a command's input with `filter` and writes the result to its output.
-/// \throws tools::Failure. For a BadInput it names the input and the position: "names.txt: line 3, offset 57: …" (lines
+/// \throws tools::Failure. For a BadInput, the message has the input and the position: "names.txt: line 3, offset 57:
+///         …" (lines
 ///         count from 1, byte offsets from 0).
 void runFilter(const tools::Arguments& arguments, Filter& filter);
 
-/// The part of a block of UTF-8 that can be converted without the next block: all but a truncated sequence at the end.
-/// If `last` is true, no block follows, and a truncated sequence is an error.
-/// \throws BadInput for invalid UTF-8. The library's decoder checks very little, so the converter checks its input
-/// first.
+/// The part of a block of UTF-8 that can be converted without the next block: everything except a truncated sequence at
+/// the end. If `last` is true, no block follows, and a truncated sequence is an error.
+/// \throws BadInput for invalid UTF-8. The filters need this check, because the library's decoder checks very little.
 std::string_view wholeUtf8(std::string_view block, bool last);
 
 /// A byte for a message: "'x' (0x78)", "0xC3".

@@ -38,12 +38,12 @@ bool isSpace(char character) {
     return character == ' ' || character == '\t' || character == '\r' || character == '\n';
 }
 
-/// Checks the digits itself: the library decodes every other character as 0.
+/// Checks the digits before decoding, because the library decodes every other character as 0.
 class HexDecoder final : public Filter {
 public:
     std::size_t convert(std::string_view block, bool last, std::string& result) override {
         m_digits.clear();
-        std::size_t whole = 0;  // end of the last pair and of the space after it
+        std::size_t whole = 0;  // end of the last pair and of the white space after it
         for (std::size_t index = 0; index < block.size(); ++index) {
             if (isDigit(block[index])) {
                 m_digits += block[index];

@@ -13,7 +13,7 @@ namespace conv {
 
 namespace {
 
-/// The end of a pipe is reported as an error.
+/// Whether an error means the end of the input: the system reports the end of a pipe as an error.
 bool meansEnd(DWORD error) {
     return error == ERROR_BROKEN_PIPE || error == ERROR_HANDLE_EOF;
 }

@@ -1,5 +1,5 @@
 /// \file
-/// The input of a command: a file, standard input, or the text of --text.
+/// The input of a command: a file, standard input, or the text given by --text.
 #pragma once
 
 #include <cstddef>
@@ -14,7 +14,8 @@ namespace conv {
 
 class Input {
 public:
-    /// Opens the text of --text or the file named by the first operand; without both, or for "-", standard input.
+    /// Opens the text given by --text or the file given by the first operand. If neither is given, or the operand is
+    /// "-", opens standard input.
     /// \throws tools::Failure if the file cannot be opened; tools::UsageError if both are given.
     explicit Input(const tools::Arguments& arguments);
 
@@ -25,7 +26,7 @@ public:
     /// The name for messages.
     [[nodiscard]] const std::wstring& name() const noexcept { return m_name; }
 
-    /// The size in bytes, if known in advance.
+    /// The size in bytes, if it is known in advance.
     [[nodiscard]] std::optional<std::uint64_t> size() const noexcept { return m_size; }
 
     /// Closes the file, so that the output may replace it.
@@ -37,7 +38,7 @@ private:
 
     std::wstring m_name;
     std::optional<std::uint64_t> m_size;
-    tools::OwnedHandle m_file;  // empty for the standard input
+    tools::OwnedHandle m_file;  // empty for standard input
     void* m_handle = nullptr;   // null: m_pending is the whole input
     bool m_isConsole = false;
     std::string m_pending;  // unread bytes of --text or of a console line

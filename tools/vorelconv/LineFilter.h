@@ -27,7 +27,7 @@ private:
 /// Appends `text` as UTF-8 and a line feed.
 void appendLine(std::string& result, std::wstring_view text);
 
-/// A line for a message: in quotes, and truncated to 60 units.
+/// The form of a line in messages: in quotes, and truncated to 60 units.
 std::wstring quoted(const std::wstring& line);
 
 /// `line` without white space at either end.

@@ -14,7 +14,7 @@ namespace {
 
 using WideString = vorel::BaseString<wchar_t>;
 
-/// Appends the items of one line to `items` in plain form. Returns false if the line could be read only in part.
+/// Appends the items of one line to `items`, unquoted. Returns false if only a part of the line could be read.
 using ListReader = bool (*)(const wchar_t* line, std::vector<std::wstring>& items);
 
 std::wstring plain(int value) {
@@ -51,7 +51,7 @@ struct ListType {
     std::wstring_view expected;
     ListReader read;
     const WholeNumberLimits* limits = nullptr;  ///< null: the type has no integer limits
-    std::wstring_view item = {};                ///< expected item, for messages about items that do not fit
+    std::wstring_view item = {};                ///< the expected item, for messages about items out of range
 };
 
 constexpr ListType kTypes[] = {

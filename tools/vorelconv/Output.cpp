@@ -42,7 +42,7 @@ Output::Output(const tools::Arguments& arguments) {
     }
 }
 
-/// Opens the output directly if the name exists and is not a disk file: only a disk file can be replaced.
+/// Opens the output directly if the name exists and is not a disk file, because only a disk file can be replaced.
 bool Output::openDevice() {
     const DWORD attributes = GetFileAttributesW(m_name.c_str());
     if (attributes == INVALID_FILE_ATTRIBUTES) {
@@ -96,7 +96,7 @@ void Output::write(std::string_view bytes) {
 
 void Output::commit() {
     if (!m_unfinished.empty()) {
-        // A full disk may be detected only now.
+        // The system may detect a full disk only here.
         if (!FlushFileBuffers(m_file.get()) || !m_file.close()) {
             throw tools::systemFailure(m_name, L"cannot be written");
         }

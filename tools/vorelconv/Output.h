@@ -1,6 +1,6 @@
 /// \file
-/// The output of a command. A file gets its name only when it is complete: until then the bytes are written to a
-/// temporary file in the same folder. If the name is a link, the link stays and its target is replaced.
+/// The output of a command. A file gets its name only when it is complete; until then, the bytes are in a temporary
+/// file in the same folder. If the name is a link, the link is kept and its target is replaced.
 #pragma once
 
 #include <cstdint>
@@ -14,11 +14,13 @@ namespace conv {
 
 class Output {
 public:
-    /// Opens the file given by --output; without it, or for "-", standard output. A device ("nul") is written directly.
+    /// Opens the file given by --output. Without the option, or for "-", opens standard output. A device ("nul") is
+    /// written directly.
     /// \throws tools::Failure if the file cannot be created.
     explicit Output(const tools::Arguments& arguments);
 
-    /// Unless `commit` or `abandon` was called, abandons the output and reports on the error stream what remains.
+    /// If neither `commit` nor `abandon` was called, abandons the output, and reports remaining output on the error
+    /// stream.
     ~Output();
 
     Output(const Output&) = delete;
@@ -31,8 +33,8 @@ public:
     /// \throws tools::Failure if the file cannot be written or replaced.
     void commit();
 
-    /// Gives the output up and removes the unfinished file. Returns a message about output that remains, beginning with
-    /// a line feed, or an empty string if nothing remains.
+    /// Abandons the output and removes the unfinished file. If output remains, returns a message about it that begins
+    /// with a line feed; otherwise returns an empty string.
     std::wstring abandon();
 
 private:
@@ -41,7 +43,7 @@ private:
 
     std::wstring m_name;        // for messages
     std::wstring m_target;      // path of the finished file, links resolved
-    std::wstring m_unfinished;  // path of the temporary file; empty if nothing has to be renamed
+    std::wstring m_unfinished;  // path of the temporary file; empty if there is none
     tools::OwnedHandle m_file;
     std::uint64_t m_written = 0;
     bool m_closed = false;  // committed or abandoned

@@ -7,7 +7,7 @@
 
 namespace conv {
 
-/// Writes nothing during the first second, or if the error stream is not a console, or if the result is written to a
+/// Writes nothing during the first second, if the error stream is not a console, or if the result is written to a
 /// console.
 class Progress {
 public:
@@ -20,7 +20,7 @@ public:
     Progress(const Progress&) = delete;
     Progress& operator=(const Progress&) = delete;
 
-    /// Reports that `done` bytes of the input are converted. Updates the line at most five times a second.
+    /// Reports that `done` bytes of the input have been converted. Updates the line at most five times a second.
     void report(std::uint64_t done);
 
 private:

@@ -30,7 +30,7 @@ struct UrlRules {
     bool spaceAsPlus = false;
 };
 
-/// Each byte is escaped on its own, so a block may end anywhere.
+/// Each byte is escaped separately, so a block may end anywhere.
 class UrlEncoder final : public Filter {
 public:
     explicit UrlEncoder(const UrlRules& rules) : m_rules(rules) {}

@@ -14,8 +14,8 @@ struct WholeNumberLimits {
     bool hasSigns = true;  ///< false: '-' is a separator, not a sign
 };
 
-/// The first number that does not fit, as written in the text; empty if all numbers fit. Digits after a point belong to
-/// a fraction and are ignored.
+/// The first number that is out of range, as written in the text; empty if there is none. Digits after a point belong
+/// to a fraction and are ignored.
 std::wstring_view firstThatDoesNotFit(std::wstring_view text, const WholeNumberLimits& limits);
 
 /// The limits of 32-bit integers and their descriptions in messages.
@@ -27,7 +27,7 @@ inline constexpr std::wstring_view kUint32Expected = L"an integer from 0 to 4294
 /// \throws BadInput with the message "expected <expected>, found \"<found>\"".
 [[noreturn]] void reject(const std::wstring& found, std::wstring_view expected);
 
-/// \throws BadInput for the first number that does not fit.
+/// \throws BadInput for the first number that is out of range.
 void checkAllFit(std::wstring_view text, const WholeNumberLimits& limits, std::wstring_view expected);
 
 }  // namespace conv

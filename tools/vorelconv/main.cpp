@@ -53,7 +53,7 @@ std::wstring overview() {
            tools::columns(rows) + L"\n" + std::wstring(kDetails);
 }
 
-/// What --completion and --manual write; empty for other arguments.
+/// The output of --completion and --manual; empty for other arguments.
 std::wstring guideText(std::span<const std::wstring> arguments) {
     std::vector<tools::Syntax> commands;
     for (const auto command : kCommands) {

@@ -1,6 +1,5 @@
 /// \file
-/// The entries before one that matches. Memory is bounded by their number; texts are kept only until they are
-/// overwritten.
+/// The entries before a matching entry. Their number is bounded; their texts are kept until they are overwritten.
 #pragma once
 
 #include <algorithm>
@@ -16,7 +15,7 @@ public:
     /// Keeps the last `size` entries.
     explicit ContextBuffer(std::size_t size) : m_entries(size) {}
 
-    /// Keeps a copy of a record, in place of the oldest entry.
+    /// Keeps a copy of a record. If the buffer is full, the record replaces the oldest entry.
     void keep(const Record& record) {
         Trail& entry = next();
         entry.records.resize(1);

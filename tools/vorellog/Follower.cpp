@@ -57,7 +57,7 @@ bool Follower::isAt(const Position& position, LogFile* file) {
                             tail == position.tail);
 }
 
-/// Starts with the backup unless it has already been read, otherwise with the log.
+/// Starts with the backup, or with the log if the backup has already been read.
 Follower::Progress Follower::startOver(const Pair& pair) {
     LogFile* first = pair.log.get();
     if (pair.backup && !(m_previous && isAt(*m_previous, pair.backup.get()))) {
@@ -70,7 +70,7 @@ Follower::Progress Follower::startOver(const Pair& pair) {
     return Progress::More;
 }
 
-/// Closes the log before passing the bytes to the sink: a sink may be slow.
+/// Closes the log before passing the bytes to the sink, because a sink may be slow.
 Follower::Progress Follower::followLog(Pair pair) {
     if (readLateLines(pair)) {
         return Progress::More;
@@ -95,8 +95,8 @@ Follower::Progress Follower::followBackup(Pair pair) {
     return Progress::More;
 }
 
-/// A writer that opened the log before its rotation writes its line to the backup. Returns whether there was such a
-/// line.
+/// Reads lines that were added to the backup after the rotation: a writer that opened the log before its rotation
+/// writes its line to the backup. Returns whether there was such a line.
 bool Follower::readLateLines(Pair& pair) {
     if (!m_previous || isWithinLine() || !isAt(*m_previous, pair.backup.get())) {
         return false;

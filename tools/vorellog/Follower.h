@@ -3,12 +3,12 @@
 /// emptied.
 ///
 /// Writers open the log by name for each line and do not announce a rotation. So each poll opens both files, finds the
-/// one that was read last, continues there, and closes both: no file stays open between polls. So a deleted log is
-/// really gone, and writers can create it again. Only the backup stays open until it is read to its end; meanwhile
-/// writers may have to postpone their next rotation.
+/// file that was read last, continues there, and closes both. Because no file stays open between polls, a deleted log
+/// really disappears, and writers can create it again. Only the backup stays open until it is read to its end;
+/// meanwhile writers may have to postpone their next rotation.
 ///
-/// The file that was read last is recognised by its id and by the bytes before the read position: a new file may have
-/// the same id.
+/// The file that was read last is recognised by its id and by the bytes before the read position, because a new file
+/// may have the same id.
 #pragma once
 
 #include <memory>
@@ -21,7 +21,7 @@
 
 namespace vorellog {
 
-/// Receives what a Follower reads.
+/// Receives the bytes that a Follower reads.
 class LogSink {
 public:
     LogSink() = default;
@@ -34,7 +34,7 @@ public:
     /// The next bytes come from another file.
     virtual void endOfFile() = 0;
 
-    /// The file that was being read is gone; lines added to it since the last poll are lost.
+    /// The file that was being read no longer exists; lines added to it since the last poll are lost.
     virtual void gap() = 0;
 };
 
@@ -52,7 +52,7 @@ public:
     void startAt(FileId log, unsigned long long offset) { m_current = Position{log, offset, {}}; }
 
     /// Reads one block of the log, or the rest of the backup.
-    /// \throws FileBusy: nothing is lost, and the next poll continues; tools::Failure; exceptions of the sink.
+    /// \throws FileBusy (nothing is lost, and the next poll continues); tools::Failure; exceptions of the sink.
     Progress poll();
 
     /// Whether a file has been found so far.
@@ -85,7 +85,7 @@ private:
     LogSink& m_sink;
     std::vector<char> m_buffer;
     std::optional<Position> m_current;
-    std::optional<Position> m_previous;  ///< the backup, after it was read
+    std::optional<Position> m_previous;  ///< the backup, after it has been read
 };
 
 }  // namespace vorellog

@@ -1,6 +1,6 @@
 /// \file
-/// Counts records over time, in a few steps of equal length. The time span need not be known in advance: when there are
-/// too many steps, they are merged into longer ones.
+/// Counts records over time, in a limited number of steps of equal length. The time span need not be known in advance:
+/// if there are too many steps, they are merged into longer steps.
 #pragma once
 
 #include <cstddef>
@@ -15,7 +15,7 @@ class Histogram {
 public:
     static constexpr std::size_t kMaxSteps = 24;
 
-    /// There are at most `maxSteps` steps from the first one with a record to the last one.
+    /// There are at most `maxSteps` steps from the first step with a record to the last.
     explicit Histogram(std::size_t maxSteps = kMaxSteps) noexcept : m_maxSteps(maxSteps) {}
 
     struct Step {

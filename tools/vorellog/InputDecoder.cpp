@@ -31,7 +31,7 @@ Encoding encodingOf(std::string_view head) noexcept {
     if (head.starts_with(kGzipMagic)) {
         return Encoding::Gzip;
     }
-    // Without a mark, the "[" of a header shows the byte order.
+    // In a file without a byte-order mark, the "[" of a header shows the byte order.
     if (head.starts_with(kLittleEndianMark) || (isAt(0, '[') && isAt(1, '\0'))) {
         return Encoding::Utf16LittleEndian;
     }
@@ -80,7 +80,7 @@ public:
     [[nodiscard]] bool isAtEnd() const noexcept { return m_isAtEnd; }
 
 private:
-    /// After a member, another one or padding follows.
+    /// After a member, another member or padding may follow.
     void startMember() {
         m_isPadding = *m_stream.next_in != static_cast<Bytef>(kGzipMagic.front());
         if (!m_isPadding) {
@@ -93,7 +93,7 @@ private:
     const std::wstring& m_name;
     std::vector<char> m_buffer;
     z_stream m_stream{};
-    bool m_isAtEnd = false;  ///< of a member
+    bool m_isAtEnd = false;  ///< whether a member has just ended
     bool m_isPadding = false;
 };
 
@@ -167,7 +167,7 @@ void InputDecoder::endOfFile() {
     }
     const bool isCut = m_inflater && !m_inflater->isAtEnd();
     if (!std::exchange(m_rest, {}).empty()) {
-        m_sink.bytes("\xEF\xBF\xBD");  // U+FFFD for half a character
+        m_sink.bytes("\xEF\xBF\xBD");  // U+FFFD for an incomplete character
     }
     m_isKnown = false;
     m_encoding = Encoding::Plain;

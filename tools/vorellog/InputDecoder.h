@@ -1,6 +1,7 @@
 /// \file
-/// Decodes files that are not plain UTF-8, before they are split into lines: gzip, UTF-16 in both byte orders (which
-/// PowerShell writes when it redirects output), and a byte-order mark before UTF-8. The first bytes of a file decide.
+/// Decodes files that are not plain UTF-8 before they are split into lines: gzip, UTF-16 in both byte orders
+/// (PowerShell writes UTF-16 when it redirects output), and UTF-8 with a byte-order mark. The first bytes of a file
+/// determine its encoding.
 #pragma once
 
 #include <memory>
@@ -14,7 +15,7 @@ namespace vorellog {
 /// How the bytes of a file are encoded.
 enum class Encoding { Plain, Gzip, Utf16LittleEndian, Utf16BigEndian };
 
-/// The encoding of a file that begins with `head`, of which four bytes are enough.
+/// The encoding of a file that begins with `head`. Four bytes are enough.
 Encoding encodingOf(std::string_view head) noexcept;
 
 class InputDecoder : public LogSink {
@@ -29,12 +30,12 @@ public:
     /// \throws tools::Failure if compressed data is damaged.
     void bytes(std::string_view bytes) override;
 
-    /// \throws tools::Failure if compressed data ends early; what it contains was delivered.
+    /// \throws tools::Failure if compressed data ends early. The data before its end has been delivered.
     void endOfFile() override;
 
     void gap() override { m_sink.gap(); }
 
-    /// The next bytes do not begin a file: they are plain.
+    /// Declares that the next bytes are not the start of a file, and are plain UTF-8.
     void startWithin() { m_isKnown = true; }
 
 private:

@@ -33,7 +33,7 @@ constexpr bool isEscaped(std::uint32_t codePoint) noexcept {
     return codePoint == '"' || codePoint == '\\' || tools::needsEscape(codePoint);
 }
 
-/// By byte: whether it is a character that is written as it is.
+/// For each byte, whether it is a character that is written unchanged.
 constexpr std::array<bool, 256> kIsPlain = [] {
     std::array<bool, 256> table{};
     for (std::uint32_t byte = 0; byte < 0x80; ++byte) {
@@ -45,7 +45,7 @@ constexpr std::array<bool, 256> kIsPlain = [] {
 }  // namespace
 
 void appendJson(std::string& out, std::string_view text) {
-    // Most texts are plain: copy and check them at once.
+    // Most texts are plain, so they are copied and checked in one pass.
     const std::size_t start = out.size();
     out.resize(start + text.size() + 2);
     char* const quoted = out.data() + start;

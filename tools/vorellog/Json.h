@@ -37,7 +37,7 @@ public:
     /// Appends a name; the caller appends the value.
     void addName(std::string_view name);
 
-    /// The same for a literal. Its size is known, so that all is copied at once.
+    /// The same for a literal. Its size is known, so everything is copied at once.
     template <std::size_t size>
     void addName(const char (&name)[size]) {
         char text[size + 3] = {',', '"'};

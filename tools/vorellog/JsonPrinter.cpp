@@ -53,7 +53,7 @@ void appendRecord(std::string& out, const Record& record) {
     addBody(object, record, out);
 }
 
-/// Every record of a trail has a header.
+/// Every record of the trail must have a header.
 void appendTrail(std::string& out, const Trail& trail) {
     JsonObject object(out);
     const Record& first = trail.records.front();

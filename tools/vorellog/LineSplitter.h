@@ -29,7 +29,7 @@ public:
 
     explicit LineSplitter(std::function<void(const Line&)> deliver) : m_deliver(std::move(deliver)) {}
 
-    /// Processes the next bytes and delivers each line that ends within them.
+    /// Processes the next bytes and delivers each line that ends in them.
     void add(std::string_view bytes);
 
     /// Delivers the incomplete last line, if there is one. The next bytes belong to another file.
@@ -44,7 +44,7 @@ private:
 
     std::function<void(const Line&)> m_deliver;
     std::string m_rest;
-    bool m_withinPieces = false;  ///< a piece of the current line was delivered
+    bool m_withinPieces = false;  ///< a piece of the current line has been delivered
 };
 
 }  // namespace vorellog

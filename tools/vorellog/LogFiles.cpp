@@ -78,7 +78,7 @@ bool isDirectory(const std::wstring& path) noexcept {
 
 std::unique_ptr<LogFile> DiskLogFiles::open(Which which) {
     const std::wstring& path = which == Which::Log ? m_log : m_backup;
-    // Without all share modes, writers cannot open or rotate the file.
+    // Without all share modes, writers could not open or rotate the file.
     constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
     HANDLE const handle =
         CreateFileW(path.c_str(), GENERIC_READ, kShareAll, nullptr, OPEN_EXISTING, FILE_FLAG_SEQUENTIAL_SCAN, nullptr);
@@ -89,7 +89,7 @@ std::unique_ptr<LogFile> DiskLogFiles::open(Which which) {
     if (error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND) {
         return nullptr;
     }
-    // A file that is pending deletion denies access, too.
+    // A file that is pending deletion also denies access.
     if (error == ERROR_SHARING_VIOLATION || error == ERROR_DELETE_PENDING ||
         (error == ERROR_ACCESS_DENIED && !isDirectory(path))) {
         throw FileBusy(tools::systemFailure(path, L"cannot be opened", error));

@@ -60,7 +60,7 @@ public:
 /// Log files on disk.
 class DiskLogFiles : public LogFiles {
 public:
-    /// `path` is the path of the log; that of the backup has ".001" appended.
+    /// `path` is the path of the log; the path of the backup has ".001" appended.
     explicit DiskLogFiles(std::wstring path) : m_log(std::move(path)), m_backup(m_log + L".001") {}
 
     std::unique_ptr<LogFile> open(Which which) override;

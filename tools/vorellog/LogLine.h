@@ -31,13 +31,13 @@ struct LogHeader {
 std::optional<LogHeader> parseHeader(std::string_view line) noexcept;
 
 /// Returns the position of the first header after the first character of `line`, or npos. Such a header follows the
-/// incomplete line of a killed writer, or is part of a message that quotes or imitates a log.
+/// incomplete line of a writer that was killed, or it is part of a message that quotes or imitates a log.
 std::size_t findNextHeader(std::string_view line) noexcept;
 
 /// The part of a line after the header.
 struct LogBody {
     std::string_view prefix;  ///< without the colon and " Truncated"
-    bool truncated = false;   ///< the prefix ends with " Truncated": the library had no memory for the whole message
+    bool truncated = false;   ///< the prefix ended with " Truncated": the library could not allocate the whole message
     std::string_view message;
 };
 

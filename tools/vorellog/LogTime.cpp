@@ -113,7 +113,7 @@ std::optional<TimeSpan> dateAndTime(std::string_view text) noexcept {
     return clockTime(cursor, *start);
 }
 
-/// Parses a date and time with an offset from UTC. The sign of an offset is the last one after the clock time.
+/// Parses a date and time with an offset from UTC. The sign of the offset is the last sign after the clock time.
 std::optional<TimeSpan> withOffset(std::string_view text, const TimeZone& zone) noexcept {
     const std::size_t clock = text.find(':');
     const std::size_t sign = text.find_last_of("Zz+-");
@@ -133,7 +133,7 @@ std::optional<TimeSpan> withOffset(std::string_view text, const TimeZone& zone) 
     return TimeSpan{from, from + (span->to - span->from)};
 }
 
-/// Parses a time before `now`: "15m".
+/// Parses a time span before `now`, such as "15m".
 std::optional<TimeSpan> ago(std::string_view text, LocalMs now) noexcept {
     constexpr LocalMs kMax = 1000000000;
     LocalMs count = 0;
@@ -153,8 +153,8 @@ std::optional<TimeSpan> ago(std::string_view text, LocalMs now) noexcept {
     return TimeSpan{now - count * length, now - count * length + 1};
 }
 
-/// Writes the last `digits` digits of a number and a separator, and returns the end. (printf takes longer than all
-/// else.)
+/// Writes the last `digits` digits of a number and a separator, and returns the end. (printf would take longer than all
+/// other work.)
 char* writeNumber(char* out, unsigned int number, std::size_t digits, char separator) noexcept {
     for (std::size_t index = digits; index != 0; number /= 10) {
         out[--index] = static_cast<char>('0' + number % 10);

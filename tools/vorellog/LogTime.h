@@ -1,6 +1,6 @@
 /// \file
-/// The times of a log. Lines contain local time without a time zone. Times are comparable within one log, but differ
-/// by an hour across a daylight saving change.
+/// The times of a log. Lines contain local time without a time zone. Times can be compared within one log, except that
+/// they are an hour off across a change of daylight saving time.
 #pragma once
 
 #include <optional>
@@ -41,7 +41,7 @@ struct TimeSpan {
 ///     2026-11-16T01:43Z, 2026-11-16 01:43:08 +02:00           with an offset from UTC, converted to `zone`
 ///     today, yesterday                                        the day of `now`, and the one before
 ///     01:43, 01:43:08                                         today: the day of `now`
-///     90s, 15m, 2h, 3d                                        this long before `now`
+///     90s, 15m, 2h, 3d                                        that long before `now`
 ///     Mon Nov 16 01:43:08 2026                                a second, in the format of the log
 ///
 /// Returns nullopt for any other text.

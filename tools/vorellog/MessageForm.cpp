@@ -48,7 +48,7 @@ bool isSeparator(char c) noexcept {
     return kind == kSeparator || kind == kQuote;
 }
 
-/// What a word with a digit is made of.
+/// The structure of a word with a digit.
 struct WordShape {
     std::size_t digitRuns = 0;
     bool isHex = true;
@@ -96,8 +96,8 @@ public:
     }
 
 private:
-    /// Processes the character at `at` and returns the position of the next one to look at. Everything up to m_done is
-    /// written.
+    /// Processes the character at `at` and returns the position of the next character to process. Everything up to
+    /// m_done is written.
     std::size_t event(std::size_t at, Class kind) {
         switch (kind) {
         case kDigit: return word(at);
@@ -106,7 +106,7 @@ private:
         }
     }
 
-    /// Copies the text up to `end`, and notes where its last token starts in the text and in the form.
+    /// Copies the text up to `end`, and stores where its last token starts in the text and in the form.
     void copyTo(std::size_t end) {
         for (std::size_t at = end; at != m_done; --at) {
             if (isSeparator(m_text[at - 1])) {
@@ -128,7 +128,7 @@ private:
         return at < m_text.size() ? classOf(m_text[at]) : kOther;
     }
 
-    /// The digit at `at` is the first one of its word.
+    /// Processes the word that has its first digit at `at`.
     std::size_t word(std::size_t at) {
         std::size_t start = at;
         while (start != 0 && isWord(classAt(start - 1))) {
@@ -183,7 +183,7 @@ private:
         }
     }
 
-    /// Fractions, separated thousands, versions and addresses are one number.
+    /// The end of a number. Fractions, separated thousands, versions and addresses are one number.
     [[nodiscard]] std::size_t endOfNumber(std::size_t end) const noexcept {
         while ((end < m_text.size() && (m_text[end] == '.' || m_text[end] == ',')) && classAt(end + 1) == kDigit) {
             ++end;
@@ -209,7 +209,7 @@ private:
         m_done = end;
     }
 
-    /// A quote opens a quoted text if another one closes it. An apostrophe within a word is not a quote.
+    /// A quote opens a quoted text if another quote closes it. An apostrophe within a word is not a quote.
     std::size_t quoted(std::size_t at) {
         const char quote = m_text[at];
         const bool isApostrophe = quote == '\'';
@@ -229,7 +229,7 @@ private:
         return m_done;
     }
 
-    /// A token with a backslash, a URL, and a token that begins like an absolute path are paths.
+    /// Paths are tokens with a backslash, URLs, and tokens that begin like an absolute path.
     std::size_t path(std::size_t at) {
         const std::size_t before = at - std::min(at, m_tokenAt);
         const bool begins = before == 0;

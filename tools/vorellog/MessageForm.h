@@ -15,10 +15,11 @@
 
 namespace vorellog {
 
-/// Further bytes of a message do not belong to its form.
+/// The number of bytes of a message that its form is made from; further bytes are ignored.
 inline constexpr std::size_t kMaxFormInput = 256;
 
-/// The number of bytes of `text`, up to `maxBytes`, that do not end within a character. `text` must be longer.
+/// The size of the longest prefix of `text` that has at most `maxBytes` bytes and does not end within a character.
+/// `text` must be longer than `maxBytes`.
 constexpr std::size_t wholeCharacters(std::string_view text, std::size_t maxBytes) noexcept {
     constexpr std::size_t kMaxFurtherBytes = 3;
     std::size_t size = maxBytes;

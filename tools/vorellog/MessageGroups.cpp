@@ -11,7 +11,7 @@ namespace {
 
 constexpr char kPartEnd = '\n';
 
-/// "host7.4312.9876", as the header has it.
+/// "host7.4312.9876", as in the header.
 std::string writerOf(const Record& record, const LogHeader& header) {
     constexpr std::size_t kFieldEnd = 2;
     return record.text().substr(header.hostAt, header.bodyAt - kFieldEnd - header.hostAt);
@@ -96,7 +96,7 @@ std::vector<const MessageGroups::Group*> MessageGroups::sorted() const {
     for (const auto& [key, group] : m_groups) {
         groups.push_back(&group);
     }
-    // The texts only make the order of the output independent of the hash table.
+    // Comparing the texts makes the order of the output independent of the hash table.
     std::sort(groups.begin(), groups.end(), [](const Group* a, const Group* b) {
         return std::tie(b->count, b->lastMs, a->prefix, a->message, a->trail) <
                std::tie(a->count, a->lastMs, b->prefix, b->message, b->trail);

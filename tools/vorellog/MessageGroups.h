@@ -26,15 +26,13 @@ public:
     MessageGroups& operator=(MessageGroups&&) = default;
 
     /// \name Limits
-    /// Entries with further messages are counted as ungrouped().
-    /// \{
+    /// Beyond a limit, entries with new messages are counted as ungrouped(). \{
     static constexpr std::size_t kMaxGroups = 10000;
     static constexpr std::size_t kMaxTextBytes = std::size_t{12} << 20;       ///< of all messages and examples
     static constexpr std::size_t kMaxProcessSetBytes = std::size_t{8} << 20;  ///< of all sets of processes
     /// \}
 
-    /// \name What is kept of an entry
-    /// \{
+    /// \name Parts of an entry that are kept \{
     static constexpr std::size_t kMaxPrefixBytes = 48;
     static constexpr std::size_t kMaxExampleBytes = 1000;
     static constexpr std::size_t kMaxTrail = 31;  ///< records after the first one
@@ -53,13 +51,13 @@ public:
         std::string example;                  ///< message of the first entry
     };
 
-    /// Adds a record; one without a header is ignored.
+    /// Adds a record; a record without a header is ignored.
     void add(const Record& record, ProcessNumber process);
 
     /// Adds an exception.
     void add(const Trail& trail, ProcessNumber process);
 
-    /// Adds an entry of one or more records. Returns its group, or null if it has none.
+    /// Adds an entry of one or more records. Returns its group, or null if it belongs to none.
     const Group* add(std::span<const Record> records, ProcessNumber process);
 
     /// The groups, by number of entries and then by the time of the last entry, both descending.
@@ -83,8 +81,8 @@ private:
     unsigned long long m_ungrouped = 0;
     std::size_t m_textBytes = 0;
     std::size_t m_processSetBytes = 0;
-    std::string m_key;                ///< of the entry that is being added
-    std::vector<std::size_t> m_ends;  ///< of the parts of m_key
+    std::string m_key;                ///< the key of the entry that is being added
+    std::vector<std::size_t> m_ends;  ///< the ends of the parts of m_key
 };
 
 }  // namespace vorellog

@@ -20,7 +20,7 @@ std::string utf8Of(const int* codePoints, int count) {
     return text;
 }
 
-/// The longest text that every match of `expression` contains, as far as its form shows it.
+/// The longest text that every match of `expression` contains, as far as the structure of the expression shows.
 std::string requiredTextOf(re2::Regexp& expression) {
     const bool ignoresCase = (expression.parse_flags() & re2::Regexp::FoldCase) != 0;
     switch (expression.op()) {
@@ -57,7 +57,7 @@ Pattern::Pattern(std::string_view expression, bool ignoreCase) {
     re2::RE2::Options options;
     options.set_log_errors(false);
     options.set_case_sensitive(!ignoreCase);
-    // What was typed must be valid by itself: it could close the group that is put around it.
+    // The typed expression is checked by itself, because it could close the group that is added around it.
     m_expression = std::make_unique<re2::RE2>(std::string(expression), options);
     if (m_expression->ok()) {
         m_expression = std::make_unique<re2::RE2>("(?m:" + std::string(expression) + ")", options);

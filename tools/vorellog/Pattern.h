@@ -1,6 +1,6 @@
 /// \file
 /// Regular expressions in the syntax of RE2: like that of Perl, without backreferences and lookaround. The time of a
-/// search is linear in the size of the text, whatever the expression and the text are.
+/// search is always linear in the size of the text.
 #pragma once
 
 #include <memory>
@@ -26,7 +26,7 @@ public:
     [[nodiscard]] bool isIn(std::string_view text) const;
 
     /// A text that every match contains; empty if none is known. Most records do not contain it, and a plain search
-    /// finds that out faster than the expression.
+    /// detects that faster than the expression.
     [[nodiscard]] const std::string& requiredText() const noexcept { return m_requiredText; }
 
 private:

@@ -1,5 +1,5 @@
 /// \file
-/// Formats records and trails. A printer appends to a text; the owner of the text writes it.
+/// Formats records and trails. A printer appends to a string; the caller writes the string to the output.
 #pragma once
 
 #include <string>
@@ -56,7 +56,7 @@ private:
 ///     {"type":"damaged","damage":"no header","message":"text"}
 ///
 /// "truncated":true marks a message that the library truncated, "damage" a damaged record. The message has U+FFFD for
-/// each byte that is not valid UTF-8; then "bytes" holds the whole text of the record in Base64.
+/// each byte that is not valid UTF-8; if there is one, "bytes" has the whole text of the record in Base64.
 class JsonPrinter : public Printer {
 public:
     void print(const Record& record, std::string& out) const override;

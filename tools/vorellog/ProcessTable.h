@@ -1,5 +1,5 @@
 /// \file
-/// Numbers the processes of a log, so that counts by process are short. Memory is bounded.
+/// Assigns small numbers to the processes of a log, so that counts by process need little memory. Memory is bounded.
 #pragma once
 
 #include <cstddef>
@@ -20,7 +20,7 @@ class ProcessTable {
 public:
     static constexpr std::size_t kMaxProcesses = 65536;
 
-    /// The number of all processes beyond the limit.
+    /// The number that all processes beyond the limit share.
     static constexpr ProcessNumber kOthers = kMaxProcesses;
 
     /// The number of the process that wrote `record`, whose header is `header`.
@@ -62,7 +62,7 @@ private:
 /// A set of process numbers.
 class ProcessSet {
 public:
-    /// Adds a process. If the set must not grow, a process beyond its current range is one of the others.
+    /// Adds a process. If the set may not grow, a process beyond its current range counts as one of the others.
     void add(ProcessNumber number, bool mayGrow);
 
     [[nodiscard]] std::size_t size() const noexcept { return m_size; }
@@ -73,15 +73,15 @@ public:
 
     [[nodiscard]] std::size_t sizeBytes() const noexcept { return m_bits.size() * sizeof m_bits[0]; }
 
-    /// Whether some processes are counted as one, because a limit was reached.
+    /// Whether several processes are counted as one, because a limit was reached.
     [[nodiscard]] bool hasOthers() const noexcept { return m_hasOthers; }
 
 private:
-    static constexpr std::size_t kBits = 64;  ///< in a word
+    static constexpr std::size_t kBits = 64;  ///< bits of a word
 
     std::vector<std::uint64_t> m_bits;
     std::size_t m_size = 0;
-    ProcessNumber m_last = ProcessTable::kOthers + 1;  ///< added last; none yet
+    ProcessNumber m_last = ProcessTable::kOthers + 1;  ///< the process that was added last; initially none
     bool m_hasOthers = false;
 };
 

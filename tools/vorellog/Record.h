@@ -13,8 +13,8 @@ namespace vorellog {
 
 enum class Damage {
     None,
-    Cut,       ///< the line ends early: its writer was terminated, or a header in its message starts the next record
-    MidLine,   ///< the record starts in the middle of a line, after a cut one
+    Cut,       ///< the line ends early: its writer was killed, or a header within the line starts the next record
+    MidLine,   ///< the record starts in the middle of a line, after a cut record
     NoHeader,  ///< no header, and no record that the line could belong to
     BadUtf8,   ///< contains invalid UTF-8
 };

@@ -1,8 +1,8 @@
 /// \file
-/// Selects records. Values of one kind are alternatives; a record must match every kind that is given.
+/// Selects records. Several values of one kind are alternatives; a record must match every kind that is given.
 ///
-/// A damaged record is matched by what can still be read from it. A record without a header has no process, thread,
-/// prefix or time, so a filter on one of these rejects it; only its text can match.
+/// A damaged record is matched by its readable parts. A record without a header has no process, thread, prefix or time,
+/// so a filter on one of these rejects it; only its text can match.
 #pragma once
 
 #include <memory>
@@ -23,7 +23,7 @@ struct FilterChoices {
     std::vector<std::string> texts{};                        ///< anywhere in prefix and message
     bool ignoreCase = false;                                 ///< ignores the case of A to Z in `texts`
     std::vector<std::shared_ptr<const Pattern>> patterns{};  ///< alternatives to `texts`
-    bool invert = false;                                     ///< wants records without any of `texts` and `patterns`
+    bool invert = false;                                     ///< selects records without any of `texts` and `patterns`
     std::optional<LocalMs> from{};                           ///< inclusive
     std::optional<LocalMs> to{};                             ///< exclusive
     bool damagedOnly = false;
@@ -35,7 +35,8 @@ public:
 
     [[nodiscard]] bool matches(const Record& record) const { return matches({&record, 1}); }
 
-    /// Whether an entry matches: one of its records does. With `invert`, none of them may contain a text.
+    /// Whether an entry matches, that is, whether one of its records matches. With `invert`, no record may contain one
+    /// of the texts.
     [[nodiscard]] bool matches(std::span<const Record> records) const;
 
     /// Whether only a record with a header can match.

@@ -2,7 +2,7 @@
 /// Combines lines into records. No input is dropped: a line that is not a record is delivered as a damaged record.
 ///
 /// A message may contain line breaks, and the log does not mark them. So a line without a header belongs to the
-/// previous record. It is damaged only if it cannot belong to one: at the start of a log and after a cut record.
+/// previous record. It is damaged only if there is no such record: at the start of a log and after a cut record.
 ///
 /// Only a header at the start of a line is reliable. A header in the middle of a line may be part of a message, so its
 /// record is always reported as Damage::MidLine, even if it has other damage.
@@ -19,7 +19,8 @@ namespace vorellog {
 
 class RecordReader {
 public:
-    /// A record that would reach this size is delivered; its further lines are delivered as damaged records.
+    /// When a line would make a record reach this size, the record is delivered, and its further lines are delivered as
+    /// damaged records.
     static constexpr std::size_t kMaxRecordBytes = std::size_t{4} << 20;
 
     /// The record is valid only during the call of `deliver`.

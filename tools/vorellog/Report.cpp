@@ -8,7 +8,7 @@ namespace vorellog {
 
 namespace {
 
-/// More prefixes are not distinguished: they are the starts of messages with a colon.
+/// Further prefixes are not distinguished: so many different ones are the starts of messages with a colon.
 constexpr std::size_t kMaxKnownPrefixes = 256;
 
 }  // namespace
@@ -54,7 +54,7 @@ void Report::countRecord(const Record& record, const LogHeader& header, ProcessN
     ++series.records;
 }
 
-/// Keeps an entry in place of the oldest one.
+/// Keeps an entry as an example. If the ring is full, the entry replaces the oldest one.
 void Report::addExample(Details& details, std::span<const Record> records, const LogHeader& header,
                         ProcessNumber process, TrailEnd end) {
     constexpr std::size_t kFieldEnd = 2;

@@ -24,17 +24,17 @@ class Report {
 public:
     /// \name Limits of the page
     /// \{
-    static constexpr std::size_t kMaxSteps = 400;      ///< of the timeline
-    static constexpr std::size_t kMaxPrefixes = 8;     ///< further ones are counted as kOthers
-    static constexpr std::size_t kMaxGroups = 1000;    ///< those with the most entries
-    static constexpr std::size_t kMaxProcesses = 500;  ///< those with the most records
+    static constexpr std::size_t kMaxSteps = 400;      ///< steps of the timeline
+    static constexpr std::size_t kMaxPrefixes = 8;     ///< further prefixes are counted as kOthers
+    static constexpr std::size_t kMaxGroups = 1000;    ///< the groups with the most entries
+    static constexpr std::size_t kMaxProcesses = 500;  ///< the processes with the most records
     static constexpr std::size_t kMaxExamples = 10;    ///< per group; the newest are kept
     static constexpr std::size_t kMaxLineBytes = 2000;
     static constexpr std::size_t kMaxExampleBytes = std::size_t{4} << 20;  ///< in total over all groups
     /// \}
     static constexpr std::string_view kOthers = "(others)";
 
-    /// Adds a record as an entry; one without a header is only counted as damaged.
+    /// Adds a record as an entry; a record without a header is only counted as damaged.
     void add(const Record& record) { add(std::span<const Record>(&record, 1), TrailEnd::Caught); }
 
     /// Adds an exception as one entry.
@@ -58,11 +58,11 @@ private:
         std::vector<std::string> messages;
         TrailEnd end = TrailEnd::Caught;
     };
-    /// What is known of a group besides its counts.
+    /// The data of a group that MessageGroups does not have.
     struct Details {
         Histogram steps{kMaxSteps};
         std::vector<Example> examples;  ///< a ring
-        std::size_t next = 0;           ///< where the next example goes in a full ring
+        std::size_t next = 0;           ///< position of the next example in a full ring
     };
     struct Hash : std::hash<std::string_view> {
         using is_transparent = void;

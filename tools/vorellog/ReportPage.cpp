@@ -11,7 +11,7 @@ namespace vorellog {
 
 namespace {
 
-/// Adds a text in which nothing can hide, reorder or end anything.
+/// Adds a text, with escapes for the characters that could hide or reorder other text.
 void addVisible(JsonObject& object, std::string_view name, std::string_view text) {
     std::string shown;
     for (;;) {  // line feeds stay
@@ -103,7 +103,7 @@ std::string Report::data(std::string_view name) const {
             appendGroups(out, m_steps, shown);
         }
     }
-    // Within a script, only "<" could end it. In JSON it occurs only in strings.
+    // Only "<" could end the script element. In JSON it occurs only in strings, where it can be escaped.
     std::string safe;
     safe.reserve(out.size());
     for (const char c : out) {
@@ -154,7 +154,7 @@ void Report::appendPrefixes(std::string& out, const Histogram& all) const {
     }
 }
 
-/// The processes with most records.
+/// The processes with the most records.
 std::vector<ProcessNumber> Report::shownProcesses() const {
     std::vector<ProcessNumber> numbers(m_ofProcess.size());
     for (std::size_t index = 0; index != numbers.size(); ++index) {

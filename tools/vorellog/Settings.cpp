@@ -129,7 +129,7 @@ std::vector<std::string> textsOf(const tools::Arguments& arguments, std::wstring
     return texts;
 }
 
-/// "error" is short for the prefix of exception records. A trailing colon is not part of a prefix.
+/// "error" stands for the prefix of exception records. A trailing colon is not part of a prefix.
 std::vector<std::string> prefixesOf(const tools::Arguments& arguments) {
     std::vector<std::string> prefixes = textsOf(arguments, L"prefix");
     for (std::string& prefix : prefixes) {
@@ -141,7 +141,7 @@ std::vector<std::string> prefixesOf(const tools::Arguments& arguments) {
     return prefixes;
 }
 
-/// The zone of the log, and the current time there.
+/// The time zone of the log, and the current time in that zone.
 struct LogClock {
     TimeZone zone;
     LocalMs now = 0;

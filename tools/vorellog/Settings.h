@@ -16,18 +16,18 @@ namespace vorellog {
 enum class Colours { Auto, Always, Never };
 
 struct Settings {
-    std::vector<std::wstring> paths{};  ///< of the logs; "-" is standard input
+    std::vector<std::wstring> paths{};  ///< paths of the logs; "-" is standard input
     FilterChoices filter{};
     bool follow = false;
     bool fold = false;
     bool json = false;
     bool summary = false;
-    std::wstring report{};  ///< the file of the HTML report; empty: none
+    std::wstring report{};  ///< the file of the HTML report; empty if there is none
     Colours colours = Colours::Auto;
     std::optional<unsigned long long> maxEntries{};
     std::optional<std::size_t> top{};   ///< groups in a summary
     std::optional<std::size_t> tail{};  ///< shows only this many entries at the end
-    std::size_t context = 0;            ///< entries shown before and after each one that matches
+    std::size_t context = 0;            ///< entries shown before and after each matching entry
 };
 
 /// Options, operand and help text of the command.
@@ -42,11 +42,11 @@ struct Now {
     LocalMs utc = 0;
 };
 
-/// \param now for times such as "15m".
+/// \param now the time that texts such as "15m" refer to.
 /// \throws tools::UsageError for invalid values and for options that exclude each other.
 Settings settingsOf(const tools::Arguments& arguments, const Now& now);
 
-/// Whether the output gets colours. With Colours::Auto ("auto") it does on a capable console unless NO_COLOR is
+/// Whether the output has colours. With Colours::Auto ("auto"), it has colours on a capable console unless NO_COLOR is
 /// set.
 bool showsColours(Colours choice, bool isCapableConsole, bool hasNoColor) noexcept;
 

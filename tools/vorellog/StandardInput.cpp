@@ -17,7 +17,7 @@ void readStandardInput(LogSink& sink, Viewer& viewer) {
         DWORD size = 0;
         if (!ReadFile(input, block.data(), static_cast<DWORD>(block.size()), &size, nullptr)) {
             const DWORD error = GetLastError();
-            if (error != ERROR_BROKEN_PIPE && error != ERROR_HANDLE_EOF) {  // these are the end of a pipe or file
+            if (error != ERROR_BROKEN_PIPE && error != ERROR_HANDLE_EOF) {  // these two mean the end of a pipe or file
                 throw tools::systemFailure(L"standard input", L"cannot be read", error);
             }
             size = 0;

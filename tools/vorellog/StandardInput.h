@@ -7,7 +7,7 @@
 
 namespace vorellog {
 
-/// Passes standard input to `sink` up to its end. `viewer` shows what has been read after each piece. \throws
+/// Passes standard input to `sink` up to its end. After each piece, `viewer` shows the new entries. \throws
 /// tools::Failure if it cannot be read.
 void readStandardInput(LogSink& sink, Viewer& viewer);
 

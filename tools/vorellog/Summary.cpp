@@ -9,7 +9,8 @@ namespace vorellog {
 
 namespace {
 
-/// A program may choose any prefix, and a message with a colon has its start as prefix: only the first bytes are shown.
+/// Only the first bytes of a prefix are shown: a program may use any prefix, and the start of a message with a colon
+/// counts as a prefix too.
 std::string shownPrefix(std::string_view prefix) {
     std::string shown;
     tools::appendVisible(shown, prefix.substr(0, MessageGroups::kMaxPrefixBytes));

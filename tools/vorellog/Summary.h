@@ -26,7 +26,7 @@ public:
     static constexpr std::size_t kMaxRows = 1000;
     static constexpr std::string_view kOthers = "(others)";
 
-    /// How many groups, and how many pairs of process and prefix, the readable summary shows.
+    /// The number of groups, and of pairs of process and prefix, that the readable summary shows.
     static constexpr std::size_t kDefaultTop = 10;
 
     /// Adds a record as an entry.
@@ -68,8 +68,8 @@ private:
     void appendHead(std::string& out) const;
 
     ProcessTable m_processes;
-    Prefixes m_prefixes;                            ///< numbers of the first bytes of prefixes
-    std::unordered_map<std::uint64_t, Row> m_rows;  ///< by numbers of process and prefix
+    Prefixes m_prefixes;                            ///< prefixes, shortened to their first bytes, and their numbers
+    std::unordered_map<std::uint64_t, Row> m_rows;  ///< by the numbers of process and prefix
     Row m_others;                                   ///< records beyond kMaxRows
     MessageGroups m_groups;
     Histogram m_histogram;

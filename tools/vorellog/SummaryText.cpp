@@ -60,7 +60,7 @@ std::string spanText(LocalMs first, LocalMs last) {
     return timeText(first) + (first == last ? std::string() : " to " + timeText(last));
 }
 
-/// One line: a message may have several.
+/// The text in one line: a message may have several lines.
 std::string inOneLine(std::string_view text) {
     std::string line(text);
     std::replace(line.begin(), line.end(), '\n', ' ');
@@ -146,7 +146,7 @@ std::string Summary::bars() const {
     std::string out =
         '\n' + padded("Steps of " + lengthText(m_histogram.stepMs()), 19) + rightAligned("Records", kCountWidth) + '\n';
     for (const Histogram::Step& step : steps) {
-        // Round up, so that every step with a record has a bar.
+        // Rounded up, so that every step with a record has a bar.
         const auto length = static_cast<std::size_t>((step.records * kBarWidth + most - 1) / most);
         out += timeText(step.from) + rightAligned(std::to_string(step.records), kCountWidth);
         if (length != 0) {

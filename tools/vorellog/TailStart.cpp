@@ -13,7 +13,7 @@ namespace vorellog {
 namespace {
 
 constexpr unsigned long long kFirstPartBytes = std::size_t{1} << 18;
-constexpr unsigned int kGrowth = 4;  // of the part, until it has enough entries
+constexpr unsigned int kGrowth = 4;  // factor by which the part grows until it has enough entries
 constexpr unsigned long long kMaxOpenTrails = 1000;
 
 /// The position of the first line of `text` that begins with a header; npos if there is none.
@@ -33,7 +33,7 @@ unsigned long long countEntries(LogFile& log, unsigned long long offset, const S
     Settings counted;
     counted.filter = settings.filter;
     counted.fold = settings.fold;
-    counted.tail = 1;  // prints into the void
+    counted.tail = 1;  // its output is discarded
     Viewer viewer(counted, false, [](std::string_view) {});
     std::vector<char> block(kBlockBytes);
     while (const std::size_t size = log.read(offset, block.data(), block.size())) {

@@ -1,5 +1,6 @@
 /// \file
-/// Finds where the last entries of a log begin, reading from its end: the time does not depend on the size of the log.
+/// Finds where the last entries of a log begin. It reads from the end, so the time does not depend on the size of the
+/// log.
 #pragma once
 
 #include <optional>
@@ -11,14 +12,14 @@ namespace vorellog {
 
 struct TailStart {
     FileId log;
-    unsigned long long offset = 0;  ///< of the header of a record
+    unsigned long long offset = 0;  ///< the offset of the header of a record
 };
 
-/// The start of a part of the log that has the last `settings.tail` entries, and is not much longer. Returns nullopt if
-/// the log must be read from its start: it has fewer entries, or is not plain UTF-8.
+/// The start of a part of the log that contains the last `settings.tail` entries and is not much longer than these.
+/// Returns nullopt if the log must be read from its start: it has fewer entries, or is not plain UTF-8.
 ///
-/// A trail may begin before the part. So with `settings.fold` the part has further entries: those at its start, one for
-/// each thread with an open trail, may be incomplete.
+/// A trail may begin before the part. So with `settings.fold`, the part has additional entries: the entries at its
+/// start may be incomplete, one for each thread with an open trail.
 std::optional<TailStart> findTailStart(LogFiles& files, const Settings& settings);
 
 }  // namespace vorellog

@@ -1,5 +1,5 @@
 /// \file
-/// How many records, since when and until when.
+/// A number of records, and the times of the first and the last record.
 #pragma once
 
 #include <algorithm>
@@ -10,7 +10,7 @@ namespace vorellog {
 
 struct Tally {
     unsigned long long records = 0;
-    LocalMs firstMs = 0;  ///< of no meaning without records
+    LocalMs firstMs = 0;  ///< meaningless if `records` is 0
     LocalMs lastMs = 0;
 
     void add(LocalMs time) noexcept {

@@ -1,5 +1,5 @@
 /// \file
-/// The time zone of a log. Lines have local times without a zone; a zone is needed only for times that a user types
+/// The time zone of a log. Lines have local times without a zone. A zone is needed only for times that a user types
 /// with an offset from UTC.
 #pragma once
 

@@ -8,12 +8,13 @@ namespace vorellog {
 
 namespace {
 
-// Limits of what is kept for later trails: allocating it again for each trail would take longer than all else.
+// Limits of the memory that is kept for later trails. Allocating it again for each trail would take longer than all
+// other work.
 constexpr std::size_t kMaxSpareTrails = 64;
 constexpr std::size_t kMaxSpareRecords = 256;
 constexpr std::size_t kMaxSpareTextBytes = 4096;
 
-/// The index of the record of `trail` whose message has the same form as that of `record`.
+/// The index of the record of `trail` whose message has the same form as the message of `record`.
 std::optional<std::size_t> findSameForm(const Trail& trail, const Record& record) {
     const auto& records = trail.records;
     const std::string_view message = record.parsedBody().message;
@@ -23,8 +24,8 @@ std::optional<std::size_t> findSameForm(const Trail& trail, const Record& record
     return found == records.end() ? std::nullopt : std::optional(static_cast<std::size_t>(found - records.begin()));
 }
 
-/// If the trail already has a record of the function that `record` names, a second failure may have begun after that
-/// record. Returns the index of the last message after it, if there is one.
+/// If the trail already has a record of the function that `record` names, a second failure may have begun after the
+/// earlier record. Returns the index of the last message after the earlier record, if there is such a message.
 std::optional<std::size_t> findLaterFailure(const Trail& trail, const Record& record) {
     const std::optional<std::size_t> before = findSameForm(trail, record);
     if (!before) {
@@ -49,7 +50,7 @@ std::string_view nameOf(TrailEnd end) noexcept {
 }
 
 void TrailAssembler::add(const Record& record) {
-    // A message may have forged this record: ignore its step and its time.
+    // A message may have forged this record, so its step and its time are ignored.
     const bool isForgeable = record.damage() == Damage::MidLine;
     const TrailStep step = isForgeable ? TrailStep::None : stepOf(record);
     const LogHeader* const header = isForgeable ? nullptr : record.header();
@@ -204,7 +205,7 @@ void TrailAssembler::deliverFront() {
     }
 }
 
-/// Adds an empty trail before the one at `before`.
+/// Adds an empty trail before the trail at `before`.
 TrailAssembler::Position TrailAssembler::addWaiting(Position before) {
     if (m_spare.empty()) {
         return m_waiting.emplace(before);

@@ -5,17 +5,18 @@
 ///     Vorel Error: Parser::run: Vorel exception rethrown   a function that rethrew it
 ///     Vorel Error: Import::main: Vorel exception caught    the function that caught it
 ///
-/// The log does not say which records belong together. Trails are recognised by the writer and the form of the records:
-/// the records of one thread are in the order in which it wrote them, and "…caught" ends a trail. A program may also
-/// catch an exception without a record. Then the trail ends at the first record that cannot belong to the same
-/// exception:
+/// The log does not say which records belong together. A trail is recognised by the writer and the form of its records:
+/// the records of a thread are in the order in which the thread wrote them, and "…caught" ends a trail. A program may
+/// also catch an exception without writing a record. In that case the trail ends before the first record that cannot
+/// belong to the same exception:
 ///
 ///   - "…: Severe error thrown" and "…: TestAndThrow test failed" always begin a trail;
-///   - a message that the trail already has, and a function that it passed before an earlier message, belong to the
-///     next failure of the same kind ("row 7" and "row 8" are equal: digits are ignored);
+///   - a message that the trail already has, or a function that the trail names before an earlier message, belongs to
+///     the next failure of the same kind (digits are ignored, so "row 7" and "row 8" are equal);
 ///   - a record more than kTrailGapMs after the last one of the trail begins a new trail.
 ///
-/// A record whose header is in the middle of a line neither joins nor ends a trail: a message may have forged it.
+/// A record whose header is in the middle of a line neither joins nor ends a trail, because a message may have forged
+/// it.
 ///
 /// Trails are delivered in the order of their first records. Records that do not belong to an exception are delivered
 /// as trails of one record. Memory is bounded.
@@ -40,7 +41,7 @@ namespace vorellog {
 enum class TrailEnd {
     Caught,
     Suppressed,  ///< by a destructor, while another exception was unwinding the stack
-    Open,        ///< not recorded
+    Open,        ///< the log does not say how
 };
 
 /// "caught", "suppressed", "open".
@@ -71,11 +72,11 @@ public:
 private:
     using Writer = std::tuple<std::string, unsigned long, unsigned long>;  ///< host, process, thread
 
-    /// A trail that waits for its end or for earlier trails.
+    /// A trail that is not delivered yet, because it or an earlier trail has not ended.
     struct Waiting {
         Writer writer;
         Trail trail;
-        std::vector<unsigned long long> numbers;  ///< of the records, in log order
+        std::vector<unsigned long long> numbers;  ///< the numbers of the records, in log order
         LocalMs lastMs = 0;
         bool isOpen = false;
     };
@@ -94,8 +95,8 @@ private:
 
     std::function<void(const Trail&)> m_deliver;
     std::list<Waiting> m_waiting;
-    std::list<Waiting> m_spare;          ///< delivered trails without records, to be used again
-    std::vector<Record> m_spareRecords;  ///< their records, for the memory of their texts
+    std::list<Waiting> m_spare;          ///< delivered trails without records, kept for reuse
+    std::vector<Record> m_spareRecords;  ///< records of delivered trails, kept for the memory of their texts
     std::map<Writer, Position> m_open;
     std::size_t m_recordsWaiting = 0;
     std::size_t m_bytesWaiting = 0;

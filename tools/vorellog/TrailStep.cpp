@@ -29,7 +29,7 @@ std::string endingOf(const wchar_t* format) {
     return narrow;
 }
 
-/// The formats with a class name have the same endings.
+/// The endings of the formats without a class name; the formats with a class name have the same endings.
 const std::vector<Ending>& endings() {
     static const std::vector<Ending> table = {
         {endingOf(vorel::vexCatchAndThrowVorel), TrailStep::Rethrown},

@@ -1,5 +1,5 @@
 /// \file
-/// The step in the life of an exception that a record documents.
+/// The step of an exception that a record reports.
 #pragma once
 
 #include <string_view>
@@ -13,11 +13,11 @@ enum class TrailStep {
     Message,       ///< a failure, or a message added to it later
     SystemText,    ///< the system's text for an HRESULT, added to the failure
     TestFailed,    ///< a failed check that throws an exception
-    SevereThrown,  ///< another type was caught, and an exception of the library was thrown instead
+    SevereThrown,  ///< an exception of another type was caught, and an exception of the library was thrown instead
     Rethrown,      ///< rethrown by the function that the record names
     Suppressed,    ///< suppressed by a destructor while another exception was unwinding the stack
     Caught,        ///< caught by the function that the record names
-    SevereCaught,  ///< another type than an exception of the library was caught and not rethrown
+    SevereCaught,  ///< an exception of another type was caught and not rethrown
 };
 
 TrailStep stepOf(const Record& record) noexcept;

@@ -1,5 +1,5 @@
 /// \file
-/// The main loop of vorellog: reads, waits, and reports a log that is missing or stays busy.
+/// The main loop of vorellog. It reads, waits, and reports a log that is missing or stays busy.
 #pragma once
 
 #include <optional>
@@ -25,7 +25,7 @@ public:
     /// Waits; returns true if the loop must stop.
     virtual bool waitForStop(LocalMs milliseconds) = 0;
 
-    /// Shows the user a message outside of the output.
+    /// Shows a message to the user that is not part of the output.
     virtual void report(const std::wstring& text) = 0;
 };
 
@@ -33,9 +33,9 @@ public:
 class ViewLoop {
 public:
     static constexpr LocalMs kPollMs = 100;
-    static constexpr LocalMs kBusyMs = 5;         ///< between two attempts to read a busy file
-    static constexpr LocalMs kMaxBusyMs = 10000;  ///< a file busy for longer is a failure; with --follow it is reported
-    static constexpr LocalMs kLineEndMs = 200;    ///< after this time the writer of an incomplete line is assumed dead
+    static constexpr LocalMs kBusyMs = 5;         ///< time between two attempts to read a busy file
+    static constexpr LocalMs kMaxBusyMs = 10000;  ///< a longer busy time is a failure; with --follow only a message
+    static constexpr LocalMs kLineEndMs = 200;    ///< then the writer of an incomplete line is assumed to be dead
 
     /// The references must outlive this object.
     ViewLoop(const Settings& settings, Follower& follower, Viewer& viewer, Environment& environment)
@@ -44,7 +44,7 @@ public:
     /// \throws FileBusy without --follow, if a file stays busy for longer than kMaxBusyMs; tools::Failure.
     void run();
 
-    /// Reports the gaps found since the last call. Records may be missing there.
+    /// Reports the gaps found since the last call. Records may be missing in a gap.
     void reportGaps();
 
 private:

@@ -8,7 +8,7 @@ namespace vorellog {
 namespace {
 
 constexpr std::size_t kOutputBytes = std::size_t{1} << 16;
-constexpr LocalMs kDrawMs = 1000;  // between two summaries
+constexpr LocalMs kDrawMs = 1000;  // time between two summaries
 constexpr std::string_view kClearScreen = "\x1B[H\x1B[2J\x1B[3J";
 constexpr std::string_view kContextGap = "--\n";
 
@@ -113,7 +113,7 @@ bool Viewer::isWanted(std::span<const Record> records) {
     return wanted;
 }
 
-/// Shows or counts an entry that is wanted. Another one is shown if it is near to one that is.
+/// Shows or counts a matching entry. Any other entry is shown if it is in the context of a matching entry.
 template <class Entry>
 void Viewer::offer(const Entry& entry, bool wanted) {
     if (wanted && hasMaxEntries()) {
@@ -167,7 +167,7 @@ void Viewer::printContextBefore() {
     });
 }
 
-/// Shows the last entries. Later ones are shown as they come.
+/// Shows the last entries. Later entries are shown when they arrive.
 void Viewer::releaseTail() {
     for (const std::string& each : m_last) {
         m_out += each;

@@ -1,5 +1,5 @@
 /// \file
-/// Turns the bytes of a log into output: splits them into lines, records and trails, filters and prints them.
+/// Converts the bytes of a log to output: splits them into lines, records and trails, and filters and prints these.
 #pragma once
 
 #include <cstddef>
@@ -26,8 +26,8 @@ namespace vorellog {
 
 class Viewer : public LogSink {
 public:
-    /// `write` receives the output in large pieces of whole lines. With `screenRows`, the output is a console with so
-    /// many rows, and a summary that follows the log is shown again and again.
+    /// `write` receives the output in large pieces of whole lines. If `screenRows` is not 0, the output is a console
+    /// with that many rows, and the summary of a log that is followed is redrawn regularly.
     Viewer(const Settings& settings, bool withColours, std::function<void(std::string_view)> write,
            std::size_t screenRows = 0);
 
@@ -35,8 +35,8 @@ public:
     void endOfFile() override;
     void gap() override { ++m_gaps; }
 
-    /// Shows what has been read. `nowMs` is the time of a monotonic clock. A record that further lines may continue is
-    /// held back until a call without new bytes, an open trail until there were no new bytes for longer than
+    /// Shows what has been read. `nowMs` is the time of a monotonic clock. A record that may still get further lines is
+    /// shown by the first call without new bytes. An open trail is shown when there were no new bytes for longer than
     /// TrailAssembler::kTrailGapMs.
     void showPending(LocalMs nowMs);
 
@@ -52,7 +52,7 @@ public:
     /// Whether the last line is incomplete.
     [[nodiscard]] bool isWithinLine() const noexcept { return m_splitter.isWithinLine(); }
 
-    /// Whether --max-count entries were shown, and the entries after them.
+    /// Whether --max-count entries and the context after them have been shown.
     [[nodiscard]] bool hasEnough() const noexcept { return hasMaxEntries() && m_contextAfter == 0; }
 
     /// Number of entries shown or counted.
@@ -99,10 +99,10 @@ private:
     Summary m_summary;
     std::unique_ptr<Report> m_report;
     ContextBuffer m_before;
-    std::size_t m_contextAfter = 0;    ///< number of entries still to be shown after one that matched
-    std::deque<std::string> m_last;    ///< the output of the last entries, with m_tail
+    std::size_t m_contextAfter = 0;    ///< number of entries still to be shown after a matching entry
+    std::deque<std::string> m_last;    ///< the output of the last entries, if m_tail is set
     std::optional<LocalMs> m_drawnMs;  ///< when the summary was shown last
-    bool m_isDrawn = true;             ///< nothing was counted since then
+    bool m_isDrawn = true;             ///< whether nothing was counted since then
     std::string m_out;
     bool m_hasNewInput = true;  ///< bytes were received since the last showPending()
     LocalMs m_lastInputMs = 0;

@@ -41,7 +41,7 @@ void report(const std::wstring& text) {
     tools::report(kProgram, text);
 }
 
-/// Is set by Ctrl+C.
+/// The event that Ctrl+C sets.
 HANDLE stopEvent() {
     static HANDLE const event = CreateEventW(nullptr, TRUE, FALSE, nullptr);
     return event;
@@ -75,7 +75,7 @@ public:
     void report(const std::wstring& text) override { vorellog::report(text); }
 };
 
-/// The number of rows of a console on which a summary can be shown again and again; 0 if there is none.
+/// The number of rows of a console on which the summary can be redrawn; 0 if there is no such console.
 std::size_t screenRows() {
     return tools::enableEscapeSequences(tools::Stream::Output) ? tools::consoleRows(tools::Stream::Output) : 0;
 }
@@ -86,7 +86,7 @@ void startAtTail(LogFiles& files, const Settings& settings, InputDecoder& decode
             decoder.startWithin();
             follower.startAt(start->log, start->offset);
         }
-    } catch (const FileBusy&) {  // reads from the start when the file can be read
+    } catch (const FileBusy&) {  // reads from the start as soon as the file can be read
         return;
     }
 }

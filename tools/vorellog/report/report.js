@@ -22,7 +22,7 @@
         }
         return made;
     };
-    // The times of the log are local times without a zone: they are kept as if they were UTC.
+    // The log has local times without a zone. They are handled as if they were UTC.
     const timeText = (ms) => new Date(ms).toISOString().slice(0, 19).replace("T", " ");
     const fieldTime = (id) => {
         const value = byId(id).value;
@@ -47,7 +47,7 @@
         filter.to = Number.isNaN(to) ? Infinity : to;
     };
 
-    /* Counts are known by step, so a step counts if it overlaps the period. */
+    /* Counts are known only for whole steps, so a step counts if it overlaps the period. */
     const entriesIn = (group) => {
         if (filter.from === -Infinity && filter.to === Infinity) {
             return group.entries;
@@ -102,7 +102,7 @@
         if (times.length === 0) {
             return;
         }
-        // Stacked: each series is drawn over the sum of it and those below, the highest sum first.
+        // The series are stacked: each is drawn as the sum of itself and the series below it, the highest sum first.
         const sums = [];
         prefixes.forEach((prefix, index) => {
             const counts = countsOf(prefix.steps);
@@ -135,7 +135,7 @@
         showPeriod();
     };
 
-    /* Times; the date below the first one, and at midnight. */
+    /* The times of the axis, with the date below the first time and below midnight. */
     const clockTexts = (_, values) => values.map((each, index) => {
         const text = timeText(each * 1000);
         const clock = text.slice(11, each % 60 === 0 ? 16 : 19);
@@ -177,7 +177,7 @@
         }, [times, countsOf(group.steps)], place);
     };
 
-    /* A canvas for each of a thousand groups would take a second: they are drawn when they come into view. */
+    /* A thousand canvases would take a second, so each is drawn when its group comes into view. */
     const observer = new IntersectionObserver((entries) => {
         for (const entry of entries) {
             if (entry.isIntersecting) {
