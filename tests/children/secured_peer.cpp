@@ -7,6 +7,8 @@
 ///         waits for the first event, then sets the second one
 ///     task=mapping name=<mapping> [file=<path>] expect=<number> write=<number>
 ///         compares the first number of the mapping, and overwrites it
+///     task=admin
+///         asks whether it is an administrator
 ///     task=race name=<stem> folder=<path> parties=<number> rounds=<number> log=<path>
 ///         opens mappings at the same time as other processes
 ///
@@ -16,6 +18,7 @@
 
 #include <windows.h>
 
+#include <vorel/secure/IsAdmin.h>
 #include <vorel/secure/SecuredMappings.h>
 #include <vorel/secure/SecuredObjects.h>
 
@@ -110,6 +113,9 @@ test::PeerResult perform(const ChildArguments& arguments) {
     }
     if (task == "event") {
         return answerEvent(arguments);
+    }
+    if (task == "admin") {
+        return test::kPeerObtained | (vorel::IsAdmin() ? test::kPeerDone : 0);
     }
     if (task == "race") {
         return raceForMappings(arguments);

@@ -9,7 +9,6 @@
 #include <gtest/gtest.h>
 #include <windows.h>
 
-#include "support/Handle.h"
 #include "support/TemporaryLog.h"
 #include "support/WideText.h"
 #include "vorel/exceptions/Exception.h"
@@ -170,33 +169,6 @@ TEST(LogSize, LogCallWithLimitZeroCreatesNoFile) {
     Exception::logClass(path.c_str(), 0, L"OWN", L"Class", L"method", L"text");
     EXPECT_FALSE(fileExists(path));
     EXPECT_FALSE(log.exists());
-}
-
-/// Opens a file for reading. Others may read and write it, but not rename or delete it.
-test::Handle readerOf(const std::string& path) {
-    return test::Handle(CreateFileA(path.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
-                                    OPEN_EXISTING, 0, nullptr));
-}
-
-TEST(LogSize, FileThatCannotBeMovedKeepsGrowing) {
-    const TemporaryLog log(100);
-    makeFile(log.path(), 101);
-    const test::Handle reader = readerOf(log.path());
-    ASSERT_TRUE(reader);
-    Exception::warn("text");
-    EXPECT_FALSE(fileExists(log.backupPath()));
-    EXPECT_GT(log.size(), 101);
-}
-
-TEST(LogSize, FileStaysIfTheBackupCannotBeDeleted) {
-    const TemporaryLog log(100);
-    makeFile(log.path(), 101);
-    makeFile(log.backupPath(), 7, 'o');
-    const test::Handle reader = readerOf(log.backupPath());
-    ASSERT_TRUE(reader);
-    Exception::warn("text");
-    EXPECT_EQ(test::readFileBytes(log.backupPath()), std::string(7, 'o'));
-    EXPECT_GT(log.size(), 101);
 }
 
 }  // namespace

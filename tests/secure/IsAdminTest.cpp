@@ -7,7 +7,10 @@
 
 #include <windows.h>
 
+#include "secure/PeerResult.h"
+#include "secure/SecondUser.h"
 #include "support/AccessList.h"
+#include "support/ChildProcess.h"
 #include "support/Handle.h"
 
 namespace {
@@ -32,6 +35,20 @@ bool isImpersonating() {
 
 TEST(IsAdmin, AgreesWithTheMembershipOfTheProcess) {
     EXPECT_EQ(vorel::IsAdmin(), isMember());
+}
+
+TEST(IsAdmin, IsTrueForAnAdministrator) {
+    if (!isMember()) {
+        GTEST_SKIP() << "the user that runs the tests is not an administrator";
+    }
+    EXPECT_TRUE(vorel::IsAdmin());
+}
+
+TEST(IsAdmin, IsFalseInAProcessWhereAdministratorsHaveNoRights) {
+    const test::Handle token = test::restrictedToken({test::administrators()});
+    test::ChildOptions options;
+    options.token = token.get();
+    EXPECT_EQ(test::runChild(L"secured_peer", {L"task=admin"}, options), test::kPeerObtained);
 }
 
 TEST(IsAdmin, DoesNotStartImpersonation) {

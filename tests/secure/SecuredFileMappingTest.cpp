@@ -20,6 +20,7 @@
 #include "support/SystemText.h"
 #include "support/TemporaryLog.h"
 #include "support/WideText.h"
+#include "support/Wine.h"
 #include "vorel/secure/SecuredMappings.h"
 
 namespace {
@@ -152,6 +153,17 @@ TEST_F(SecuredFileMapping, FileCanBeDeletedAfterTheMappingIsClosed) {
 TEST_F(SecuredFileMapping, EveryoneMayUseItAndNobodyMayChangeItsSecurity) {
     const Handle mapping = obtain(file(L"new.dat"), kSize);
     test::expectSharedSecurity(mapping.get(), SECTION_ALL_ACCESS);
+}
+
+TEST_F(SecuredFileMapping, EveryoneMayUseTheFileAndNobodyMayChangeItsSecurity) {
+    if (test::wineVersion()) {
+        GTEST_SKIP() << "Wine does not keep access lists of files";
+    }
+    const std::wstring path = file(L"new.dat");
+    const Handle mapping = obtain(path, kSize);
+    const Handle opened(CreateFileW(path.c_str(), READ_CONTROL, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                                    nullptr, OPEN_EXISTING, 0, nullptr));
+    test::expectSharedSecurity(opened.get(), FILE_ALL_ACCESS);
 }
 
 TEST_F(SecuredFileMapping, NamesMayContainBlanksAndNonAsciiCharacters) {

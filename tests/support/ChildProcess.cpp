@@ -52,9 +52,12 @@ ChildProcess::ChildProcess(const std::wstring& program, const std::vector<std::w
     PROCESS_INFORMATION started = {};
     const BOOL created = startProgram([&] {
         std::wstring writable = commandLine;  // the call may change it
-        return CreateProcessW(path.c_str(), writable.data(), nullptr, nullptr, options.inheritHandles || hasStreams, 0,
-                              nullptr, options.directory.empty() ? nullptr : options.directory.c_str(), &startup,
-                              &started);
+        const BOOL inherits = options.inheritHandles || hasStreams;
+        const wchar_t* const directory = options.directory.empty() ? nullptr : options.directory.c_str();
+        return options.token ? CreateProcessAsUserW(options.token, path.c_str(), writable.data(), nullptr, nullptr,
+                                                    inherits, 0, nullptr, directory, &startup, &started)
+                             : CreateProcessW(path.c_str(), writable.data(), nullptr, nullptr, inherits, 0, nullptr,
+                                              directory, &startup, &started);
     });
     if (!created) {
         throw std::runtime_error("cannot start a child program, error " + std::to_string(GetLastError()));

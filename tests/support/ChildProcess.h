@@ -24,6 +24,7 @@ struct ChildOptions {
     HANDLE input = nullptr;
     HANDLE output = nullptr;
     HANDLE error = nullptr;
+    HANDLE token = nullptr;  ///< the primary token of the child; null for that of the test
 };
 
 /// A running program. The destructor terminates it if it still runs.

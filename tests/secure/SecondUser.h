@@ -1,0 +1,68 @@
+/// \file
+/// A second, ordinary user without a second account: a token of this process in which the user, the owner of new
+/// objects and the administrators only deny access. Such a token has no rights as the owner of an object, and those of
+/// Everyone.
+#pragma once
+
+#include <set>
+#include <stdexcept>
+#include <vector>
+
+#include <windows.h>
+
+#include "support/AccessList.h"
+#include "support/Handle.h"
+
+namespace test {
+
+/// A SID of the token: that of its user (TokenUser) or of the owner of new objects (TokenOwner). Both structures begin
+/// with a pointer to it.
+inline SidBytes sidOfToken(HANDLE token, TOKEN_INFORMATION_CLASS kind) {
+    alignas(void*) unsigned char bytes[256];
+    DWORD size = 0;
+    if (!GetTokenInformation(token, kind, bytes, sizeof bytes, &size)) {
+        throw std::runtime_error("cannot read the token");
+    }
+    return sidBytes(*reinterpret_cast<PSID*>(bytes));
+}
+
+/// The token of this process with `denied` as groups that only deny access, and without privileges.
+inline Handle restrictedToken(const std::set<SidBytes>& denied) {
+    HANDLE opened = nullptr;
+    if (!OpenProcessToken(GetCurrentProcess(), TOKEN_ALL_ACCESS, &opened)) {
+        throw std::runtime_error("cannot open the token of the process");
+    }
+    const Handle own(opened);
+    std::vector<SidBytes> sids(denied.begin(), denied.end());
+    std::vector<SID_AND_ATTRIBUTES> entries;
+    for (SidBytes& sid : sids) {
+        entries.push_back({.Sid = sid.data(), .Attributes = 0});
+    }
+    HANDLE restricted = nullptr;
+    if (!CreateRestrictedToken(own.get(), DISABLE_MAX_PRIVILEGE, static_cast<DWORD>(entries.size()), entries.data(), 0,
+                               nullptr, 0, nullptr, &restricted)) {
+        throw std::runtime_error("cannot restrict the token, error " + std::to_string(GetLastError()));
+    }
+    return Handle(restricted);
+}
+
+/// While the object exists, the thread acts as the second user.
+class ActAsSecondUser {
+public:
+    ActAsSecondUser() {
+        HANDLE opened = nullptr;
+        OpenProcessToken(GetCurrentProcess(), TOKEN_QUERY, &opened);
+        const Handle own(opened);
+        const Handle other =
+            restrictedToken({sidOfToken(own.get(), TokenUser), sidOfToken(own.get(), TokenOwner), administrators()});
+        if (!ImpersonateLoggedOnUser(other.get())) {
+            throw std::runtime_error("cannot impersonate the second user, error " + std::to_string(GetLastError()));
+        }
+    }
+    ~ActAsSecondUser() { RevertToSelf(); }
+
+    ActAsSecondUser(const ActAsSecondUser&) = delete;
+    ActAsSecondUser& operator=(const ActAsSecondUser&) = delete;
+};
+
+}  // namespace test
