@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
-"""Checks the regular expression in docs/error-log.md with a log that the library has written. Runs it in three engines:
-Python's `re`, PCRE (through grep) and, if node is installed, JavaScript.
+"""Checks the regular expressions in docs/error-log.md, for a line and for a joined record, with a log that the library
+has written. Runs them in three engines: Python's `re`, PCRE (through grep) and, if node is installed, JavaScript.
 
     log_expression.py <page> <folder> <command>...
 
@@ -19,20 +19,21 @@ from pathlib import Path
 from samples import blocks
 
 
-def expression_of(page: Path) -> str:
+def expressions_of(page: Path) -> list:
+    """The expression for a line, and that for a joined record."""
     found = [block.text.strip() for block in blocks(page) if block.language == "regex"]
-    if len(found) != 1:
-        sys.exit(f"{page}: {len(found)} regular expressions, expected 1")
-    return found[0]
+    if len(found) != 2:
+        sys.exit(f"{page}: {len(found)} regular expressions, expected 2")
+    return found
 
 
 FIELDS = ["ms", "host", "pid", "tid", "kind", "cut", "message"]
 
-# Prints a list of fields for each line of the log, or the line if the expression does not match.
+# Prints a list of fields for each text of a list, or the text if the expression does not match.
 JAVASCRIPT = """
-const [expression, log, fields] = process.argv.slice(1);
-const lines = require('fs').readFileSync(log, 'utf8').split('\\n').slice(0, -1);
-const read = (line) => new RegExp(expression).exec(line);
+const [expression, flags, texts, fields] = process.argv.slice(1);
+const lines = JSON.parse(require('fs').readFileSync(texts, 'utf8'));
+const read = (line) => new RegExp(expression, flags).exec(line);
 console.log(JSON.stringify(lines.map((line) => {
     const match = read(line);
     return match ? fields.split(',').map((field) => match.groups[field] ?? '') : line;
@@ -40,34 +41,50 @@ console.log(JSON.stringify(lines.map((line) => {
 """
 
 
-def read_by_python(expression: str, log: Path) -> list:
-    *lines, rest = log.read_bytes().split(b"\n")
+def lines_of(log: Path) -> list:
+    """The lines of the log with their carriage returns."""
+    *lines, rest = log.read_bytes().decode("utf-8").split("\n")
     if rest:
         sys.exit(f"{log}: the last line is not terminated")
-    read = []
     for line in lines:
-        if not line.endswith(b"\r"):
+        if not line.endswith("\r"):
             sys.exit(f"{log}: a line does not end in CR LF: {line}")
-        match = re.fullmatch(expression.encode("utf-8"), line)
-        read.append([(match[field] or b"").decode("utf-8") for field in FIELDS] if match else line.decode("utf-8"))
-    return read
+    return lines
 
 
-def read_by_javascript(expression: str, log: Path) -> list:
-    done = subprocess.run(["node", "--eval", JAVASCRIPT, expression, str(log), ",".join(FIELDS)],
+def joined(lines: list, is_record) -> list:
+    """The records, each with the lines that continue it, as a collector joins them."""
+    records = []
+    for line in lines:
+        if is_record(line):
+            records.append(line)
+        else:
+            records[-1] += "\n" + line
+    return records
+
+
+def read_by_python(expression: str, texts: list) -> list:
+    matches = [(re.fullmatch(expression, text), text) for text in texts]
+    return [[match[field] or "" for field in FIELDS] if match else text for match, text in matches]
+
+
+def read_by_javascript(expression: str, flags: str, texts: list, folder: Path) -> list:
+    file = folder / "texts.json"
+    file.write_text(json.dumps(texts), encoding="utf-8")
+    done = subprocess.run(["node", "--eval", JAVASCRIPT, expression, flags, str(file), ",".join(FIELDS)],
                           stdout=subprocess.PIPE, timeout=60, check=True)
     return json.loads(done.stdout)
 
 
-def main() -> None:
-    page, folder = Path(sys.argv[1]), Path(sys.argv[2])
-    expression = expression_of(page)
-    shutil.rmtree(folder, ignore_errors=True)
-    folder.mkdir(parents=True)
-    done = subprocess.run(sys.argv[3:], cwd=folder, stdout=subprocess.PIPE, timeout=60, check=True)
-    expected = [tuple(line.split("\t")) for line in done.stdout.decode("utf-8").splitlines()]
-    log = folder / "expression.log"
-    read = read_by_python(expression, log)
+def count_by_pcre(expression: str, texts: list) -> int:
+    grep = subprocess.run(["grep", "--perl-regexp", "--null-data", "--count", expression],
+                          input="\0".join(texts).encode("utf-8"), stdout=subprocess.PIPE, check=True)
+    return int(grep.stdout)
+
+
+def check(expression: str, texts: list, expected: list, folder: Path) -> None:
+    """Reads the texts in all engines."""
+    read = read_by_python(expression, texts)
     actual = [("no record", fields.rstrip("\r")) if isinstance(fields, str) else tuple(fields) for fields in read]
     # The value of the milliseconds depends on the clock, so only their presence is compared.
     actual = [("ms" if record[0].isdigit() else record[0], *record[1:]) for record in actual]
@@ -76,13 +93,38 @@ def main() -> None:
 
     # JavaScript writes named groups as `(?<name>`, and PCRE accepts that too.
     other = expression.replace("(?P<", "(?<")
-    grep = subprocess.run(["grep", "--perl-regexp", "--text", "--count", other, str(log)], stdout=subprocess.PIPE,
-                          check=True)
     count = sum(1 for record in expected if record[0] != "no record")
-    if int(grep.stdout) != count:
-        sys.exit(f"grep finds {int(grep.stdout)} records, expected {count}")
-    if shutil.which("node") and read_by_javascript(other, log) != read:
+    if count_by_pcre(other, texts) != count:
+        sys.exit(f"grep finds {count_by_pcre(other, texts)} records, expected {count}")
+    flags = "s" if other.startswith("(?s)") else ""
+    if shutil.which("node") and read_by_javascript(other.removeprefix("(?s)"), flags, texts, folder) != read:
         sys.exit("the fields in JavaScript differ from those in Python")
+
+
+def main() -> None:
+    page, folder = Path(sys.argv[1]), Path(sys.argv[2])
+    for_line, for_record = expressions_of(page)
+    shutil.rmtree(folder, ignore_errors=True)
+    folder.mkdir(parents=True)
+    done = subprocess.run(sys.argv[3:], cwd=folder, stdout=subprocess.PIPE, timeout=60, check=True)
+    expected = [tuple(line.split("\t")) for line in done.stdout.decode("utf-8").splitlines()]
+    lines = lines_of(folder / "expression.log")
+    check(for_line, lines, expected, folder)
+
+    records = joined(lines, lambda line: re.fullmatch(for_line, line))
+    expected_records = []
+    for record in expected:
+        if record[0] != "no record":
+            expected_records.append(record)
+        else:
+            *fields, message = expected_records.pop()
+            expected_records.append((*fields, message + "\r\n" + record[1]))
+    check(for_record, records, expected_records, folder)
+    if not any("\n" in record for record in records):
+        sys.exit("no record has several lines")
+    for record in records:
+        if bool(re.fullmatch(for_line, record)) == ("\n" in record):
+            sys.exit(f"the expression for a line must match a record if it is one line: {record}")
 
 
 if __name__ == "__main__":
