@@ -62,6 +62,7 @@ package_packages=(nsis unzip)
 docs_packages=(doxygen)
 coverage_packages=(gcovr)
 fuzz_packages=(clang libclang-rt-dev llvm) # llvm names the places in a report
+packages+=(mono-mcs) # compiles the sample in C#
 # Tests the binding for Node; any npm will do.
 command -v npm >/dev/null || packages+=(nodejs npm)
 
@@ -127,6 +128,16 @@ download_shippers() { # download_shippers <folder>
         dpkg-deb --extract "$package" "$1" || return
         rm "$package"
     done
+}
+
+install_npm_packages() { # install_npm_packages <folder of package-lock.json> <folder>: unless they are there already
+    local lock="$1/package-lock.json" installed="$2/node_modules/.installed-lock"
+    cmp --silent "$lock" "$installed" && return
+    mkdir -p "$2"
+    cp "$1/package.json" "$lock" "$2/"
+    # --force because they may be for Windows.
+    npm ci --prefix "$2" --force --ignore-scripts --no-audit --no-fund --loglevel=error
+    cp "$lock" "$installed"
 }
 
 # ---- Build ----------------------------------------------------------------------------------------------------------

@@ -4,6 +4,8 @@
 A fenced block labelled `cpp` is a sample. A sample with a `main` is a program. The other samples of a page become
 functions of one program, whose log is `sample.log`. A block labelled `output` after a sample is its expected standard
 output. A block labelled `log` is its expected log; times, computer names and ids may differ.
+
+Samples in other languages have the same blocks; other_languages.py runs them.
 """
 
 import argparse
@@ -15,6 +17,7 @@ import sys
 from dataclasses import dataclass, field
 from pathlib import Path
 
+OTHER_LANGUAGES = ("c", "csharp", "python")
 FENCE = re.compile(r"^```(\w*)\s*$")
 PROGRAM = re.compile(r"^int main\(", re.MULTILINE)
 LOG_LINE = re.compile(r"\[[^]]*\](\.\d{3})? [^ ]*\.\d+\.\d+: (.*)")
@@ -47,6 +50,7 @@ class Block:
 @dataclass
 class Sample:
     page: Path
+    language: str
     line: int
     text: str
     expected: dict = field(default_factory=dict)  # "output" and "log", if the page contains them
@@ -76,8 +80,8 @@ def blocks(page: Path):
 def samples(page: Path) -> list:
     found = []
     for block in blocks(page):
-        if block.language == "cpp":
-            found.append(Sample(page, block.line, block.text))
+        if block.language in ("cpp", *OTHER_LANGUAGES):
+            found.append(Sample(page, block.language, block.line, block.text))
         elif block.language in ("output", "log"):
             if not found or block.language in found[-1].expected:
                 sys.exit(f"{page}:{block.line}: no sample for this block labelled {block.language}")
@@ -96,6 +100,8 @@ def cut(pages: list, folder: Path) -> None:
     for page in pages:
         functions, cases = [], []
         for number, sample in enumerate(samples(page), start=1):
+            if sample.language != "cpp":
+                continue
             located = f'#line {sample.line} "{page.as_posix()}"\n{sample.text}'
             if sample.is_program():
                 program = f"doc_{page.stem}_{number}"
@@ -125,11 +131,14 @@ def records(log: str) -> str:
     return "".join(lines)
 
 
-def execute(sample: Sample, number: int, command: list, folder: Path) -> None:
-    """Runs one sample in a new folder, and compares its output and its log."""
+def new_folder(folder: Path) -> None:
     shutil.rmtree(folder, ignore_errors=True)
     folder.mkdir(parents=True)
-    done = subprocess.run([*command, str(number)], cwd=folder, stdout=subprocess.PIPE, timeout=60, check=False)
+
+
+def execute(sample: Sample, command: list, folder: Path) -> None:
+    """Runs one sample in a folder, and compares its output and its log."""
+    done = subprocess.run(command, cwd=folder, stdout=subprocess.PIPE, timeout=60, check=False)
     where = f"{sample.page}:{sample.line}"
     if done.returncode != 0:
         sys.exit(f"{where}: the sample exits with code {done.returncode}")
@@ -160,7 +169,8 @@ def main() -> None:
         cut(arguments.pages, arguments.folder)
     else:
         sample = samples(arguments.page)[arguments.number - 1]
-        execute(sample, arguments.number, arguments.program, arguments.folder)
+        new_folder(arguments.folder)
+        execute(sample, [*arguments.program, str(arguments.number)], arguments.folder)
 
 
 if __name__ == "__main__":
