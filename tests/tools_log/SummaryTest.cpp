@@ -97,7 +97,7 @@ TEST(SummaryTest, ExceptionsAreGroupedByTheirTrails) {
         assembler.add(test::recordOf(header(thread, 4312) + "Vorel Error: main: Vorel exception caught"));
     }
     assembler.flush();
-    EXPECT_THAT(summary.text(), HasSubstr("12 records from"));
+    EXPECT_THAT(summary.text(), HasSubstr("12 records at"));
     EXPECT_THAT(summary.text(), HasSubstr("\n         2  Vorel Error: line # is bad\n"
                                           "              > f: Vorel exception rethrown\n"
                                           "              > main: Vorel exception caught\n"
@@ -150,6 +150,27 @@ TEST(SummaryTest, RowsAboveTheLimitAreCountedAsOthers) {
     EXPECT_THAT(summary.json(), HasSubstr(R"x({"type":"count","process":"(others)","prefix":"","records":50,)x"));
     EXPECT_THAT(summary.json(),
                 HasSubstr(R"("process":"host7.1","prefix":"WARN","records":)" + std::to_string(processes + 1)));
+    EXPECT_THAT(
+        summary.text(),
+        HasSubstr("\n(10 of 20000 rows; --top shows more)\n(others: processes and prefixes beyond 20000 rows)\n"));
+}
+
+TEST(SummaryTest, BusyProcessesAreFoundLate) {
+    Summary summary;
+    for (unsigned long process = 1; process <= 3000; ++process) {
+        for (const char* const prefix : {"WARN: a", "DEBUG: a", "Vorel Error: a"}) {
+            summary.add(test::recordOf(header(1, process) + prefix));
+        }
+    }
+    for (int record = 0; record != 2; ++record) {
+        summary.add(test::recordOf(header(1, 3000) + "Vorel Error: a"));
+    }
+    EXPECT_THAT(summary.text(1), HasSubstr("\nhost7.3000  Vorel Error         3  "));
+    EXPECT_THAT(summary.text(), Not(HasSubstr("others")));
+}
+
+TEST(SummaryTest, ARecordHasATimeNotAPeriod) {
+    EXPECT_THAT(summaryOf({header() + "WARN: a"}).text(), ::testing::StartsWith("1 record at 2026-11-16 01:43:08\n"));
 }
 
 TEST(SummaryTest, MessagesAreEscaped) {

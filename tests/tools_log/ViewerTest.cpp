@@ -183,7 +183,7 @@ TEST(ViewerTest, FollowedSummaryIsDrawnOnAConsole) {
         {.follow = true, .summary = true}, false, [&](std::string_view text) { written += text; }, 3);
     viewer.bytes(header() + "WARN: a\n" + header() + "WARN: b\n");
     viewer.showPending(5000);
-    EXPECT_EQ(written, "\x1B[H\x1B[2J\x1B[3J1 record from 2026-11-16 01:43:08 to 2026-11-16 01:43:08\n\n");
+    EXPECT_EQ(written, "\x1B[H\x1B[2J\x1B[3J1 record at 2026-11-16 01:43:08\n\n");
     written.clear();
     viewer.showPending(5999);  // too early
     EXPECT_EQ(written, "");

@@ -181,6 +181,19 @@ TEST_F(VorellogTest, DoesNotChangeTheLog) {
     EXPECT_FALSE(test::readFileBytes(log.backupPath()));
 }
 
+TEST_F(VorellogTest, LogsAfterTheLastWantedEntryAreNotRead) {
+    write(log.path(), header(1) + "WARN: one\r\n" + header(2) + "WARN: two\r\n");
+    const std::wstring second = log.folder().widePath() + L"\\second.log";
+    write(std::string(second.begin(), second.end()), header(3) + "WARN: three\r\n");
+    const std::wstring first(log.path().begin(), log.path().end());
+    for (const wchar_t* const count : {L"1", L"2", L"3"}) {
+        const Captured shown = test::capture(L"vorellog", {L"-m", count, first, second});
+        EXPECT_EQ(shown.exitCode, 0u) << count;
+        EXPECT_EQ(shown.error, "") << count;
+        EXPECT_EQ(std::to_wstring(linesOf(shown.output).size()), count);
+    }
+}
+
 TEST_F(VorellogTest, ExitCodes) {
     write(log.path(), header() + "WARN: text\r\n");
     EXPECT_EQ(view({}).exitCode, 0u);

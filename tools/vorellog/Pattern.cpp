@@ -1,5 +1,7 @@
 #include "vorellog/Pattern.h"
 
+#include <algorithm>
+
 #include <re2/re2.h>
 #include <re2/regexp.h>
 #include <util/utf.h>
@@ -18,6 +20,16 @@ std::string utf8Of(const int* codePoints, int count) {
         text.append(bytes, static_cast<std::size_t>(re2::runetochar(bytes, &codePoints[index])));
     }
     return text;
+}
+
+/// Why an expression is invalid: "missing )". The part that is wrong is added, unless it is the whole expression.
+std::string_view reasonOf(const re2::RE2& expression) {
+    constexpr std::size_t kColon = 2;
+    std::string_view reason = expression.error();
+    if (expression.error_arg() == expression.pattern()) {
+        reason.remove_suffix(std::min(reason.size(), expression.error_arg().size() + kColon));
+    }
+    return reason;
 }
 
 /// The longest text that every match of `expression` contains, as far as the structure of the expression shows.
@@ -64,7 +76,7 @@ Pattern::Pattern(std::string_view expression, bool ignoreCase) {
     }
     if (!m_expression->ok()) {
         throw tools::UsageError(L"--regexp \"" + tools::fromUtf8(expression).value_or(L"?") + L"\": " +
-                                tools::fromUtf8(m_expression->error()).value_or(L"invalid expression"));
+                                tools::fromUtf8(reasonOf(*m_expression)).value_or(L"invalid expression"));
     }
     m_requiredText = requiredTextOf(*m_expression->Regexp());
 }

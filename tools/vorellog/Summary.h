@@ -23,7 +23,7 @@ namespace vorellog {
 class Summary {
 public:
     /// Further pairs of process and prefix are counted together as kOthers.
-    static constexpr std::size_t kMaxRows = 1000;
+    static constexpr std::size_t kMaxRows = 20000;
     static constexpr std::string_view kOthers = "(others)";
 
     /// The number of groups, and of pairs of process and prefix, that the readable summary shows.

@@ -135,6 +135,9 @@ void Summary::appendTable(std::string& out, std::size_t top) const {
     if (all > top) {
         out += "(" + std::to_string(top) + " of " + std::to_string(all) + " rows; --top shows more)\n";
     }
+    if (m_others.records != 0) {
+        out += "(others: processes and prefixes beyond " + std::to_string(m_rows.size()) + " rows)\n";
+    }
 }
 
 std::string Summary::bars() const {
@@ -161,7 +164,7 @@ std::string Summary::text(std::optional<std::size_t> top) const {
     const std::string damage = damageText();
     std::string out = counted(m_all.records, "record");
     if (m_all.records != 0) {
-        out += " from " + timeText(m_all.firstMs) + " to " + timeText(m_all.lastMs);
+        out += (m_all.firstMs == m_all.lastMs ? " at " : " from ") + spanText(m_all.firstMs, m_all.lastMs);
     }
     if (const unsigned long long others = entries() - m_all.records) {
         out += ", " + std::to_string(others) + (others == 1 ? " entry" : " entries") + " without a header";

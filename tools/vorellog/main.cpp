@@ -109,10 +109,13 @@ void viewLog(const std::wstring& path, const Settings& settings, Viewer& viewer)
     }
 }
 
-/// Views all logs; returns false if one of them cannot be read.
+/// Views the logs until enough entries were shown; returns false if a log cannot be read.
 bool viewAll(const Settings& settings, Viewer& viewer) {
     bool good = true;
     for (const std::wstring& path : settings.paths) {
+        if (viewer.hasEnough()) {
+            break;
+        }
         try {
             if (path == kStandardInput) {
                 InputDecoder decoder(viewer, L"standard input");
