@@ -1,5 +1,5 @@
 /// \file
-/// Answers each signal of one named condition by signalling another one.
+/// Answers each signal of one named condition with a signal of another.
 ///
 ///     wait=<name> signal=<name> rounds=<count>
 

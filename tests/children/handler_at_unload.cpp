@@ -14,15 +14,15 @@ namespace {
 
 void __cdecl ownHandler(const wchar_t*, const wchar_t*, const wchar_t*, unsigned int, std::uintptr_t) {}
 
-/// The exported name of `Exception::SetErrorLogLocation(const char*, long long)`. A program that links the library
-/// could not unload it.
+/// The exported name of `Exception::SetErrorLogLocation(const char*, long long)`. The program looks it up, because a
+/// program that links the library cannot unload it.
 constexpr char kSetErrorLogLocation[] = "_ZN5vorel9Exception19SetErrorLogLocationEPKcx";
 using SetErrorLogLocation = void (*)(const char*, long long);
 
 /// The number of the step that failed, or 0.
 int useLibrary(HMODULE library, bool setsOwn) {
     if (_get_invalid_parameter_handler()) {
-        return 2;  // loading alone installs no handler
+        return 2;  // loading alone must not install a handler
     }
     const FARPROC found = GetProcAddress(library, kSetErrorLogLocation);
     if (!found) {

@@ -5,10 +5,10 @@
 ///
 /// In each round a thread
 /// - adds one to a number that both processes map, under the named mutex,
-/// - passes a turn to its partner in the other process and gets it back, with named conditions,
-/// - puts a token into a counter of its process or takes one, and waits without a limit on a condition,
-/// - meets the other threads of its process; the last one wakes them by a broadcast.
-/// Process 0 decides which round is the last.
+/// - passes a turn to its partner in the other process and gets it back, through named conditions,
+/// - puts a token into a counter of its process or takes a token from it, and waits without limit on a condition,
+/// - waits for the other threads of its process; the last thread wakes them by a broadcast. Process 0 decides which
+/// round is the last.
 ///
 /// After a complete run the report has the line "additions=<count>". If a thread makes no progress for 20 seconds, the
 /// report lists what each thread waits for, and the exit code is 3.
@@ -66,8 +66,8 @@ public:
         }
     }
 
-    /// Returns true if every thread completed without an exception. If a thread hangs, `report` lists what they wait
-    /// for.
+    /// Returns true if every thread completed without an exception. If a thread hangs, `report` lists what each thread
+    /// waits for.
     bool run(std::FILE* report) {
         std::vector<std::thread> threads;
         for (unsigned int thread = 0; thread != kThreads; ++thread) {
@@ -126,7 +126,7 @@ private:
         }
     }
 
-    /// Half of the threads put one token each, the others take one token each.
+    /// Half of the threads put one token each; the others take one token each.
     void putOrTakeToken(unsigned int thread) {
         enter(thread, "a token");
         const vorel::Guard held(m_lock);
@@ -139,7 +139,7 @@ private:
             m_tokenAvailable.wait(-1);
         }
         if (--m_tokens != 0) {
-            m_tokenAvailable.signal();  // two signals may have merged: wakes the second waiter
+            m_tokenAvailable.signal();  // two signals may have become one, so this wakes the second waiter
         }
     }
 
@@ -150,7 +150,7 @@ private:
             m_arrived = 0;
             m_meeting = round;
             if (m_isFirst && m_stats->lastRound == test::StressStats::kNoEnd && Clock::now() > m_end) {
-                m_stats->lastRound = round + 1;  // the partners read it after their next turn
+                m_stats->lastRound = round + 1;  // the partners read this after their next turn
             }
             m_allArrived.broadcast();
             return;
@@ -161,7 +161,7 @@ private:
         }
     }
 
-    /// Waits for the threads. Returns false if one makes no progress for too long.
+    /// Waits for the threads. Returns false if a thread makes no progress for too long.
     bool watch(std::FILE* report) {
         std::array<unsigned long long, kThreads> steps{};
         std::array<Clock::time_point, kThreads> lastProgress{};
@@ -222,7 +222,7 @@ int stress(const test::ChildArguments& arguments) {
     const bool completed = threads.run(report);
     (void)std::fclose(report);
     if (!completed) {
-        std::_Exit(3);  // without joining the threads that hang
+        std::_Exit(3);  // does not join the threads that hang
     }
     return 0;
 }

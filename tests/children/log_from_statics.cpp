@@ -1,6 +1,6 @@
 /// \file
-/// Logs not only in `main`, but also in the constructor and the destructor of a global object, and in functions that
-/// run at exit, one before that destructor and one after it.
+/// Logs not only in `main`, but also in the constructor and the destructor of a global object, and in two functions
+/// that run at exit, one before that destructor and one after it.
 
 #include <cstdlib>
 

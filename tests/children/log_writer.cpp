@@ -5,7 +5,8 @@
 ///     start=<event to wait for> [turn=<mutex to hold for each line>] [progress=<event>] result=<path>
 ///
 /// Sets `progress` when every thread has written its first ten lines. The result contains the id of each thread, and
-/// the lines that took so long that the log may have dropped them. A writer has no other sign of a dropped line.
+/// the lines whose calls took so long that the log may have dropped them. A writer cannot detect a dropped line in any
+/// other way.
 
 #include <atomic>
 #include <chrono>

@@ -1,5 +1,5 @@
 /// \file
-/// Adds one to the number in a file, repeatedly: each round reads and writes it under a named mutex.
+/// Repeatedly adds one to the number in a file. Each round reads and writes the number under a named mutex.
 ///
 ///     mutex=<name> file=<path> rounds=<count> go=<event> log=<path>
 ///

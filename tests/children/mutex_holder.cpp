@@ -3,7 +3,7 @@
 ///
 ///     mutex=<name> held=<event> release=<event> log=<path>
 ///
-/// Sets `held` when it owns the mutex. Unlocks the mutex when `release` is set, or after 30 seconds.
+/// Sets `held` when it has locked the mutex. Unlocks the mutex when `release` is set, or after 30 seconds.
 
 #include <vorel/exceptions/Exception.h>
 #include <vorel/sync/AutoMutex.h>

@@ -1,5 +1,6 @@
 /// \file
-/// Debug calls do not read their arguments, first while no debug target is active, then while only another one is.
+/// Checks that debug calls do not read their arguments, first while no debug target is active, then while only another
+/// target is active.
 
 #include <cstdarg>
 #include <cstdint>
@@ -44,7 +45,7 @@ int main() {
     if (isAnyActive()) {
         return 1;
     }
-    // Switching a target off must not count as using targets.
+    // Switching a target off must not enable the checks of targets.
     Exception::setDebugTarget("Target", false);
     Exception::setDebugTarget(L"Target", false);
     debugAll(nowhere<char>(), nowhere<wchar_t>());

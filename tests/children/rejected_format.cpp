@@ -1,6 +1,6 @@
 /// \file
-/// Passes the library a format that the runtime rejects, without an invalid-parameter handler. The runtime ends the
-/// program if the library does not protect the call. The argument is an index into `kRejectedFormats`.
+/// Passes a format that the runtime rejects to the library, in a program without an invalid-parameter handler. Unless
+/// the library protects the call, the runtime ends the program. The argument is an index into `kRejectedFormats`.
 ///
 /// The exit code is 0, or 1 for an invalid index.
 
@@ -17,7 +17,7 @@ int main(int argumentCount, char** arguments) {
         return 1;
     }
     vorel::Exception::SetErrorLogLocation("errors.txt", 0);
-    _set_invalid_parameter_handler(nullptr);  // removes that of the library or of the start-up code
+    _set_invalid_parameter_handler(nullptr);  // removes the handler of the library or of the start-up code
     test::kRejectedFormats[number].use();
     return 0;
 }

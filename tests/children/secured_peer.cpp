@@ -2,15 +2,15 @@
 /// The second process in the tests of secured objects: obtains an object that the test has opened, and uses it.
 ///
 ///     task=mutex name=<mutex> [held=<event> release=<event>]
-///         locks the mutex if it is free and unlocks it; with events, sets `held` and waits for `release` before
+///         locks the mutex if it is free, and unlocks it; with events, sets `held` and waits for `release` in between
 ///     task=event name=<event> answer=<event>
-///         waits for the first event, then sets the second one
+///         waits for the first event, then sets the second
 ///     task=mapping name=<mapping> [file=<path>] expect=<number> write=<number>
 ///         compares the first number of the mapping, and overwrites it
 ///     task=admin
 ///         asks whether it is an administrator
 ///     task=race name=<stem> folder=<path> parties=<number> rounds=<number> log=<path>
-///         opens mappings at the same time as other processes
+///         opens mappings while other processes do the same
 ///
 /// The exit code is a combination of the bits of PeerResult.
 

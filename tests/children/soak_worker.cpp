@@ -1,7 +1,7 @@
 /// \file
-/// One process of the soak test. Until the test ends or kills it, it writes lines to the common log, adds to the common
-/// number under a named mutex, wakes its neighbour, is woken by the other neighbour, and converts texts in both
-/// directions.
+/// One process of the soak test. Until the test ends or kills it, the process writes lines to the common log, adds to
+/// the common number under a named mutex, wakes one neighbour, is woken by the other neighbour, and converts texts in
+/// both directions.
 ///
 ///     run=<name> process=<number> life=<number> log=<path>
 ///
@@ -36,7 +36,7 @@ void increase(volatile long long& count) {
     count = count + 1;
 }
 
-/// The private memory of the process. Computed from its address map, because not every system counts it.
+/// The private memory of the process. Computed from the address map, because not every system counts private memory.
 long long privateKiB() {
     SIZE_T bytes = 0;
     MEMORY_BASIC_INFORMATION region = {};

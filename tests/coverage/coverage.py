@@ -1,11 +1,11 @@
 """Reports the lines and branches of the library that the tests do not reach, from the counts of the coverage build.
 
 Run it as `./dev coverage`. For the compiler, a call that may throw is a branch with two edges: to the next statement
-and to the landing pad. Tests cannot make every call throw, and counting only the first edge would embellish the result.
-So both edges of a call are ignored, and only the branches in the source code count.
+and to the landing pad. Tests cannot make every call throw, and counting only the first edge would make the result look
+better than it is. So both edges of a call are ignored, and only the branches in the source code count.
 
 Every line that no test reaches, and every line with a branch that no test takes, must be listed in unreached.txt with
-the reason. If folders are given, only their tests have run, and only the percentages of these folders are checked.
+the reason. If folders are given, only the tests of these folders have run, and only their percentages are checked.
 """
 
 import json
@@ -24,7 +24,7 @@ REPORT = BUILD / "report"
 OWN = ("include/", "src/")
 LISTED = Path(__file__).with_name("unreached.txt")
 MINIMUMS = {"lines": 98.0, "branches": 90.0}
-# Tests of some folders do not reach the instances of templates that other folders use.
+# The tests of some folders do not reach template instances that other folders use.
 PART_MINIMUMS = MINIMUMS | {"branches": 88}
 
 
@@ -42,7 +42,7 @@ def read_counts(notes):
 
 
 def without_calls(branches):
-    """The branches of a line without the two edges of each call: the one that throws and the fallthrough before it."""
+    """The branches of a line, without the two edges of each call: the landing pad and the fallthrough before it."""
     kept = []
     for branch in branches:
         if not branch["throw"]:
@@ -64,7 +64,7 @@ def is_brace(file, number):
 
 def measure():
     """Adds up the counts of all objects, and returns them in the format of gcovr. A line of a template has a separate
-    set of branches for each form that the compiler generated."""
+    set of branches for each instance that the compiler generated."""
     counts, forms = Counter(), defaultdict(Counter)
     with ThreadPool() as pool:
         for line in chain.from_iterable(pool.imap_unordered(read_counts, sorted(BUILD.glob("**/*.gcda")))):
@@ -92,7 +92,7 @@ def write_report(files):
 
 
 def read_list():
-    """Reads blocks of `file`, lines that begin with "- ", and a reason, separated by empty lines."""
+    """Reads blocks that are separated by empty lines. Each has a file, lines that begin with "- ", and a reason."""
     listed = {}
     for block in LISTED.read_text().split("\n\n"):
         lines = [line for line in block.splitlines() if line.strip() and not line.startswith("#")]
@@ -141,7 +141,7 @@ def table(files):
 
 
 def report_gaps(files):
-    """Prints the gaps that are not listed, and the listed lines that are reached. Returns whether there are any."""
+    """Prints the gaps that are not listed, and the listed lines that are reached. Returns whether it printed any."""
     listed = read_list()
     failed = False
     used = set()

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Compares the JSON lines in docs/error-log.md with the output of vorellog for the log before them.
+"""Compares the JSON lines in docs/error-log.md with the output of vorellog for the log on that page.
 
     json_lines.py <page> <folder> <command>...
 

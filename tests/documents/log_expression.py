@@ -29,7 +29,7 @@ def expressions_of(page: Path) -> list:
 
 FIELDS = ["ms", "host", "pid", "tid", "kind", "cut", "message"]
 
-# Prints a list of fields for each text of a list, or the text if the expression does not match.
+# Prints for each text of a list its fields, or the text itself if the expression does not match.
 JAVASCRIPT = """
 const [expression, flags, texts, fields] = process.argv.slice(1);
 const lines = JSON.parse(require('fs').readFileSync(texts, 'utf8'));

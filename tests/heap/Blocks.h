@@ -1,6 +1,7 @@
 /// \file
 /// The allocator under the heap of a test program (CountingHeap.cpp). Blocks come from the runtime's heap
-/// (RuntimeBlocks.cpp) or from pages with inaccessible neighbours (GuardedBlocks.cpp). A program links one of the two.
+/// (RuntimeBlocks.cpp) or from pages with inaccessible neighbours (GuardedBlocks.cpp). A program links one of these two
+/// files.
 ///
 /// Any thread may call all functions at the same time.
 #pragma once
@@ -17,7 +18,7 @@ void release(void* block) noexcept;
 
 }  // namespace heap::blocks
 
-// The runtime's functions under the names that the linker option `--wrap` gives them.
+// The runtime's functions, with the names that the linker option `--wrap` gives them.
 extern "C" {
 void* __real_malloc(std::size_t bytes);
 void* __real_calloc(std::size_t count, std::size_t bytes);

@@ -19,7 +19,7 @@ namespace heap {
 
 namespace {
 
-/// The blocks in use. A static table, because it must not allocate memory.
+/// The blocks in use. The table is static, because it must not allocate memory.
 struct Held {
     void* blocks[4096];
     std::size_t count;
@@ -44,7 +44,7 @@ void remember(void* block) noexcept {
     held.blocks[held.count++] = block;
 }
 
-/// Ignores blocks that were allocated unwatched or by another heap.
+/// Ignores blocks that were not counted, and blocks of another heap.
 void forget(const void* block) noexcept {
     void** const end = held.blocks + held.count;
     void** const found = std::find(held.blocks, end, block);

@@ -2,11 +2,12 @@
 /// The heap of a test program. It serves every `malloc`, `calloc`, `realloc` and `free` of the library and of the
 /// tests, and the global `new` and `delete`. It can make requests fail, and it counts the blocks in use.
 ///
-/// It does not serve the C runtime's own requests (streams, locales), nor those of the compiler's runtime (thrown
-/// objects). In the guarded build the compiler's runtime is linked statically, so its requests come here too.
+/// It serves neither the requests of the C runtime itself (streams, locales) nor those of the compiler's runtime
+/// (thrown objects). In the guarded build, the compiler's runtime is linked statically, so this heap serves its
+/// requests too.
 ///
 ///     heap::watch();                       // starts counting blocks
-///     heap::arm(3, heap::Failure::Once);   // the third request from now on fails
+///     heap::arm(3, heap::Failure::Once);   // the third request after this call fails
 ///     …
 ///     heap::disarm();
 ///     EXPECT_EQ(heap::heldBlocks(), 0u);
@@ -18,15 +19,16 @@
 
 namespace heap {
 
-/// Which requests fail: only the n-th one, or the n-th one and all after it.
+/// Which requests fail: only the n-th request, or the n-th and all later requests.
 enum class Failure { Once, FromThenOn };
 
-/// Forgets all blocks, and counts the blocks that are allocated from now on until they are freed.
+/// Starts counting: forgets all blocks, and then counts each new block until it is freed.
 void watch() noexcept;
 void stopWatching() noexcept;
 std::size_t heldBlocks() noexcept;
 
-/// While an object exists, new blocks are not counted. For blocks that a test keeps after `stopWatching`.
+/// While an object of this class exists, new blocks are not counted. Use it for blocks that a test keeps after
+/// `stopWatching`.
 class Unwatched {
 public:
     Unwatched() noexcept;
@@ -39,7 +41,7 @@ private:
     bool m_before;
 };
 
-/// Makes the `nth` request (from 1) before `disarm` fail.
+/// Makes the `nth` request (from 1) after this call fail, until `disarm` is called.
 void arm(unsigned int nth, Failure failure) noexcept;
 void disarm() noexcept;
 

@@ -15,12 +15,12 @@ namespace heap::blocks {
 namespace {
 
 constexpr std::size_t kPage = 4096;
-constexpr std::size_t kRegionPages = std::size_t{1} << 22;    // 16 GiB of address space, of which little is in use
+constexpr std::size_t kRegionPages = std::size_t{1} << 22;    // 16 GiB of address space; only a small part is in use
 constexpr std::size_t kMaxBlockBytes = std::size_t{1} << 28;  // larger blocks come from the runtime
 constexpr std::size_t kQuarantine = 8192;                     // freed small blocks whose pages are not reused yet
 constexpr std::size_t kMaxRetired = 2 * kQuarantine;
 constexpr std::size_t kMaxForbidden = 20'000;
-constexpr std::size_t kLeadingBytes = 256;      // bytes before a block that are filled and checked, at most
+constexpr std::size_t kLeadingBytes = 256;      // maximum number of checked bytes before a block
 constexpr unsigned char kLeadingFill = 0xA7;    // bytes before a block
 constexpr unsigned char kUnwrittenFill = 0xC9;  // new blocks
 constexpr unsigned char kFreedFill = 0xDB;      // freed blocks
@@ -51,7 +51,8 @@ struct Retired {
     }
 };
 
-/// A lock that works before any object is constructed and after all are destroyed, as the heap must.
+/// A lock that works before any object is constructed and after all objects are destroyed, because the heap must work
+/// then.
 class Lock {
 public:
     void lock() noexcept { AcquireSRWLockExclusive(&m_lock); }
@@ -103,7 +104,7 @@ unsigned char* blockOf(std::size_t page) noexcept {
     return pieces[page].bytes == 0 ? startOf(page) : endOf(page) - pieces[page].bytes;
 }
 
-/// Prints which block a faulting access belongs to.
+/// Prints the block that a faulting access belongs to.
 LONG CALLBACK explain(EXCEPTION_POINTERS* fault) noexcept {
     const EXCEPTION_RECORD& record = *fault->ExceptionRecord;
     if (record.ExceptionCode != EXCEPTION_ACCESS_VIOLATION || record.NumberParameters < 2) {
@@ -154,8 +155,8 @@ void prepare() noexcept {
     region = static_cast<unsigned char*>(reserved);
 }
 
-/// The first of `pages` consecutive free pages. Searches round the region, so pages are reused as late as possible. The
-/// descriptions of earlier pieces are cleared.
+/// The first of `pages` consecutive free pages. Searches in a circle through the region, so pages are reused as late as
+/// possible. The descriptions of earlier pieces are cleared.
 std::size_t findPages(std::size_t pages) noexcept {
     bool wrapped = false;
     std::size_t first = next;
@@ -318,7 +319,7 @@ void* allocateZeroed(std::size_t count, std::size_t bytes) noexcept {
     }
     unsigned char* const block = placeBlock(count * bytes);
     if (block && count * bytes <= kPage) {
-        std::memset(block, 0, count * bytes);  // larger blocks have new pages, which are zero
+        std::memset(block, 0, count * bytes);  // larger blocks have new pages, which are filled with zeros
     }
     return block;
 }

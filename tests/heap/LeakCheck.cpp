@@ -1,9 +1,10 @@
 /// \file
-/// Linked into every test program with guarded blocks. Fails a test that leaves more live blocks than before it.
+/// Linked into every test program with guarded blocks. Fails a test if more blocks are live after it than before it.
 ///
 /// Data that a program creates once and keeps (tables of a test, caches of the library and of the runtime) does not
-/// exist before the first run of a test. So each test runs twice in one process, and the second run is checked.
-/// Fewer live blocks are allowed: the system frees the data of a thread of an earlier test shortly after it was joined.
+/// exist before the first run of a test. So each test runs twice in one process, and only the second run is checked.
+/// Fewer live blocks are allowed, because the system frees the data of a thread shortly after the thread was joined,
+/// possibly during the next test.
 
 #include <cstddef>
 #include <cstdint>
@@ -31,7 +32,7 @@ public:
         if (!m_isSecondRun || !info.result()->Passed() || (blocks::waitForLive(m_before) && isWithoutHiddenLeak())) {
             return;
         }
-        // Read before the message is built, which allocates blocks.
+        // Read before the message is built, because that allocates blocks.
         const std::size_t after = blocks::live();
         const std::string sizes = blocks::sizesSince(m_serial);
         ADD_FAILURE() << m_before << " live blocks before the test, " << after
@@ -39,7 +40,7 @@ public:
     }
 
 private:
-    /// Old blocks that are freed late must not hide new blocks that leak.
+    /// Whether no block of this test leaks. Old blocks that are freed late must not hide such a block.
     [[nodiscard]] bool isWithoutHiddenLeak() const {
         return blocks::live() == m_before || blocks::sizesSince(m_serial).empty();
     }

@@ -1,7 +1,7 @@
 #include "heap/Blocks.h"
 
-// The functions under malloc and its family. With lld, `__real_malloc` would be the replacement again: that linker also
-// wraps the pointer through which a program calls a function of a DLL.
+// The functions that malloc and its family call. With lld, `__real_malloc` would be the replacement itself, because
+// this linker also wraps the pointer through which a program calls a function of a DLL.
 extern "C" {
 void* _malloc_base(std::size_t bytes);
 void* _calloc_base(std::size_t count, std::size_t bytes);

@@ -10,7 +10,7 @@ import re
 from collections import Counter
 from dataclasses import dataclass
 
-# Binary operators, which are between spaces, and what a typical mistake would make of them.
+# Binary operators, which are between spaces, and the operators that a typical mistake would use instead.
 _BINARY = {
     "comparison": {"<": "<=", "<=": "<", ">": ">=", ">=": ">", "==": "!=", "!=": "=="},
     "arithmetic": {"+": "-", "-": "+", "*": "+", "/": "*", "%": "/", "+=": "-=", "-=": "+="},
@@ -60,7 +60,7 @@ class Change:
     line: int
     before: str  # the affected lines, joined into one line without indentation
     after: str
-    rank: str  # hexadecimal; the order in which a sample takes changes; independent of other lines of the file
+    rank: str  # hexadecimal; a sample takes changes in this order; it does not depend on other lines of the file
 
     def applied(self, text):
         assert text.startswith(self.old, self.offset)
@@ -79,12 +79,12 @@ def _blank(match):
 
 
 def _code(text):
-    """`text` with everything that is not code replaced by blanks, so that offsets stay the same."""
+    """`text`, with everything that is not code replaced by spaces, so that offsets stay the same."""
     return _STATIC_ASSERT.sub(_blank, _NOT_CODE.sub(_blank, text))
 
 
 def _closing(code, opening):
-    """The offset of the parenthesis that closes the one at `opening`."""
+    """The offset of the closing parenthesis for the one at `opening`."""
     depth = 0
     for offset in range(opening, len(code)):
         depth += {"(": 1, ")": -1}.get(code[offset], 0)

@@ -1,9 +1,9 @@
 """Makes small changes to the sources, one at a time, and reports the changes that no test detects.
 
 Run it as `./dev mutate`. It needs the release build. The sample contains changes of every file in scope. A hash of the
-changed line selects them, so the sample is the same in every run. A change that does not compile, or does not affect
-the machine code, is replaced by the next one of its file. A change that behaves like the original is listed in
-equivalent.txt, with the reason, and is skipped.
+changed line selects the changes, so the sample is the same in every run. A change that does not compile, or does not
+affect the machine code, is replaced by the next change of its file. A change that behaves like the original is listed
+in equivalent.txt, with the reason, and is skipped.
 """
 
 import argparse
@@ -32,7 +32,8 @@ AIM_PERCENT = 95
 
 
 def read_list(path):
-    """Reads blocks of `file`, `- line`, `+ line` and a reason, separated by empty lines. Returns reasons by key."""
+    """Reads blocks that are separated by empty lines. Each has a file, `- line`, `+ line` and a reason. Returns reasons
+    by key."""
     entries = {}
     for block in path.read_text().split("\n\n") if path.exists() else []:
         lines = [line.strip() for line in block.splitlines() if line.strip() and not line.startswith("#")]
@@ -45,7 +46,8 @@ def read_list(path):
 
 
 def read_journal():
-    """The results of an interrupted run, without survivors: they are tried again, because tests may have changed."""
+    """The results of an interrupted run, without survivors. Survivors are tried again, because tests may have
+    changed."""
     lines = JOURNAL.read_text().splitlines() if JOURNAL.exists() else []
     return {tuple(key): (result, test) for key, result, test in map(json.loads, lines) if result != "survived"}
 
@@ -62,7 +64,8 @@ def files_of(scope):
 
 
 def shares(sizes, count):
-    """The number of changes of each file: proportional to the square root of those it has, to favour small files."""
+    """The number of changes to try in each file: proportional to the square root of the possible changes, to favour
+    small files."""
     weights = {file: math.sqrt(size) for file, size in sizes.items() if size}
     total = sum(weights.values())
     exact = {file: min(count * weight / total, sizes[file]) for file, weight in weights.items()}
@@ -144,7 +147,7 @@ class Sample:
                         break
 
     def _enter(self, change, result, test):
-        """Returns whether the change counts. If not, another change of its file replaces it."""
+        """Returns whether the change counts. If it does not, another change of its file replaces it."""
         self.results.append((change, result, test))
         return result in ("killed", "survived")
 

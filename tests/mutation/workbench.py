@@ -1,7 +1,8 @@
 """Builds and runs the tests with one changed source file, based on a finished build that it does not modify.
 
 It takes the build's commands from Ninja. All sources that include the changed file are compiled again, with an overlay
-folder before the include paths, and linked with the other objects of the build. So nothing must be restored afterwards.
+folder before the include paths, and linked with the other objects of the build. So nothing has to be restored
+afterwards.
 """
 
 import json
@@ -16,7 +17,7 @@ import time
 from pathlib import Path
 
 _SUITE = re.compile(r"^\s*(?:TYPED_)?TEST(?:_[FP])?\(\s*(\w+)\s*,", re.MULTILINE)
-_NOT_RUN = {"stress"}  # depends on the clock, and needs the whole machine
+_NOT_RUN = {"stress"}  # these depend on the clock, and need the whole machine
 
 
 class LibraryDoesNotCompile(Exception):
@@ -24,7 +25,7 @@ class LibraryDoesNotCompile(Exception):
 
 
 class TestDoesNotCompile(Exception):
-    """A test asserts at compile time what the change breaks."""
+    """The change breaks a rule that a test asserts at compile time."""
 
 
 def _output_of(command):
@@ -47,7 +48,7 @@ def _without_precompiled_header(command):
 
 
 def _code_of(object_file):
-    """The bytes of an object without debug information, which contains the folder of the source."""
+    """The bytes of an object without its debug information, because that contains the folder of the source."""
     with tempfile.NamedTemporaryFile(suffix=".obj") as stripped:
         subprocess.run(["x86_64-w64-mingw32-objcopy", "--strip-debug", object_file, stripped.name], check=True)
         return Path(stripped.name).read_bytes()
@@ -132,7 +133,7 @@ class Build:
 
 
 class Bench:
-    """A folder for building and running tests, with a separate Wine prefix."""
+    """A folder in which tests are built and run, with a separate Wine prefix."""
 
     def __init__(self, build, folder):
         self._build, self._folder = build, folder
@@ -204,7 +205,8 @@ class Bench:
         return {output: str(new) for output, new in made.items() if new}
 
     def _link(self, command, name, changed):
-        """Links with the changed objects. They replace the old ones, or precede the archives that contain those."""
+        """Links with the changed objects. They replace the old objects, or precede the archives that contain the old
+        objects."""
         target, changed = self._bin / name, dict(changed)
         target.unlink(missing_ok=True)
         words = [changed.pop(word, word) for word in command]
@@ -214,7 +216,8 @@ class Bench:
         subprocess.run(words, cwd=self._build.folder, check=True)
 
     def build(self, program):
-        """Builds a program with the change. Returns whether its code, or that of the DLL it uses, has changed."""
+        """Builds a program with the change. Returns whether the code of the program, or of the DLL that it uses, has
+        changed."""
         try:
             own = self._compiled(program.objects)
         except TestDoesNotCompile:
@@ -244,13 +247,14 @@ class Bench:
         return failed
 
     def confirms(self, program, failed, test_filter):
-        """Whether the test fails because of the change: it passes without it, and fails again with it, alone or not."""
+        """Whether the test fails because of the change: it passes without the change and fails again with it, alone or
+        with others."""
         test = failed.split(" ")[0]
         return not self._run(self._build.folder / "bin", program, test) and bool(
             self._run(self._bin, program, test) or self._run(self._bin, program, test_filter))
 
     def output(self):
-        """What the last program that ran has printed."""
+        """The output of the last program that ran."""
         return (self._folder / "output.txt").read_text(errors="replace")
 
     def _is_slow(self, program, test_filter):

@@ -1,4 +1,4 @@
-"""Writes the CTest script that registers the cases of all GoogleTest programs; CTest runs it at its start.
+"""Writes the CTest script that registers the cases of all GoogleTest programs. CTest runs the script when it starts.
 
     register_tests.py <folder>
     register_tests.py <folder> --list [label]...
@@ -8,12 +8,12 @@ line of fields separated by tabs: its name, the file name of its program, "gtest
 the same time or else "parallel", its time limit in seconds, and the arguments of the program.
 
 <folder> has a description of each program (<name>.program.json): its path and label, the arguments and properties of
-its tests. The script is <folder>/tests.cmake. A test of CTest is a test file, or a part of a large one; its cases share
-a process. These cases have a process each:
+its tests. The script is <folder>/tests.cmake. A test of CTest is a test file, or a part of a large file; its cases
+share a process. The following cases run in separate processes:
 
-  - those of a file with the comment `// test-runner: one process per case`: they depend on a fresh process;
+  - those of a file with the comment `// test-runner: one process per case`, because they need a fresh process;
   - those of a program whose description says so;
-  - all, when VOREL_TEST_UNIT is "case": then each can be selected by its name.
+  - all cases if VOREL_TEST_UNIT is "case", so that each can be selected by its name.
 
 A program that is not built has one test, which fails.
 """
@@ -51,14 +51,15 @@ class Program:
     def cases(self):
         """The cases of each test file: path → (suite, case) pairs, without disabled ones."""
         if not self._listing.exists() or self._listing.stat().st_mtime < self.path.stat().st_mtime:
-            # A path of this system would have to be translated.
+            # An absolute path would have to be translated for Wine.
             subprocess.run([*self.emulator, self.path, "--gtest_list_tests", f"--gtest_output=json:{self._listing.name}"],
                            cwd=self.folder, check=True, stdout=subprocess.DEVNULL, timeout=120)
         files = defaultdict(list)
         for suite in json.loads(self._listing.read_text())["testsuites"]:
             for case in suite["testsuite"]:
                 if not case["name"].startswith("DISABLED_"):
-                    # The compiler's cache may return what was compiled in another clone: only the end of the path is used.
+                    # The compiler's cache may return an object that was compiled in another clone, so only the end of
+                    # the path is used.
                     path = case["file"].replace("\\", "/").rpartition("/tests/")[2]
                     files[TESTS / path].append((suite["name"], case["name"]))
         return files

@@ -2,9 +2,9 @@
 
     summary.py <registry> <JUnit file of CTest>...
 
-A test of CTest that is a GoogleTest file counts as its cases, any other one as one. A later JUnit file replaces what an
-earlier one says about the same tests. Of each failed test the end of the output is printed, of each skipped one the
-reason. The last line is "N passed, N failed, N skipped".
+A test of CTest that is a GoogleTest file counts as its cases; any other test counts as one. If several JUnit files have
+the same test, the last file counts. The end of the output of each failed test is printed, and the reason of each
+skipped one. The last line is "N passed, N failed, N skipped".
 """
 
 import json
@@ -35,7 +35,7 @@ def main(registry, reports):
     for name, test in tests.items():
         outcome = {"run": "passed", "fail": "failed"}.get(test.get("status"), "skipped")
         results = registry / "results" / (re.sub(r"[^\w.-]", "_", name) + ".json")
-        # A program that ended early has written no results: CTest's word counts.
+        # A program that ended early has not written results, so the result of CTest counts.
         cases = dict(cases_of(results)) if results.exists() else {}
         if not cases or (outcome == "failed" and "failed" not in cases.values()):
             cases = {name: outcome}

@@ -1,8 +1,8 @@
 """Checks the stack usage of the diagnostic channels.
 
 Compiles the sources that handle a line of the log, reads the compiler's call graph with the size of each frame, and
-adds up the deepest chain of calls of each channel. The stack of the runtime and the system is not included, nor that of
-calls that throw, because other sources report failures.
+adds up the deepest chain of calls of each channel. The stack of the runtime and the system is not included. Neither is
+that of calls that throw, because other sources report failures.
 
     check_stack.py <source folder> <work folder> <compiler> <flag>...
 """
@@ -30,7 +30,7 @@ SOURCES = [
     "platform/SystemClock.cpp",
 ]
 
-# In bytes. A thread with the smallest stack, 64 KB, may have used half of it before.
+# In bytes. A thread with the smallest stack, 64 KB, may already have used half of it.
 LIMITS = {"wide": 20 * 1024, "narrow": 28 * 1024}
 
 CHANNELS = re.compile(r"_ZN5vorel9Exception\d+(warn|swigwarn|warnClass|debug|vDebug|debugClass|log|logClass)E(\w+)")

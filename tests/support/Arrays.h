@@ -20,7 +20,7 @@ std::vector<T> valuesOf(const vorel::Array<T>& array) {
 template <class T>
 vorel::Array<T> arrayOf(const std::vector<T>& values) {
     vorel::Array<T> array;
-    for (const T value : values) {  // one by one: std::vector<bool> has no contiguous elements
+    for (const T value : values) {  // one by one, because the elements of std::vector<bool> are not contiguous
         array.append(value);
     }
     return array;

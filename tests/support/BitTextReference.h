@@ -83,7 +83,7 @@ struct Decoding {
     bool threw = false;
 };
 
-/// Removes white space and decodes four characters at a time. `units` ends before the terminator.
+/// Removes white space, then decodes four characters at a time. `units` does not include the terminator.
 inline Decoding fromBase64(const std::vector<unsigned int>& units) {
     Decoding decoding;
     std::vector<unsigned int> rest;

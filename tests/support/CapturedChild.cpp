@@ -7,7 +7,7 @@ namespace test {
 
 namespace {
 
-/// A pipe. A child inherits one of its ends.
+/// A pipe. A child process inherits one end.
 struct Pipe {
     Pipe() {
         HANDLE readEnd = nullptr;
@@ -59,7 +59,7 @@ Captured capture(const std::wstring& program, const std::vector<std::wstring>& a
     options.output = inheritable(out.writer);
     options.error = inheritable(error.writer);
     const ChildProcess child(program, arguments, options);
-    // A pipe reports its end only after all handles to the other end are closed.
+    // Reading ends only after all handles to the other end of the pipe are closed.
     in.reader.close();
     out.writer.close();
     error.writer.close();

@@ -1,7 +1,8 @@
 /// \file
 /// A text that changes between two passes of the function that reads it. A text in shared memory can change this way.
-/// The first and the last units are in pages of which only one is accessible at a time. So the function faults whenever
-/// it moves from one to the other, and the text changes at a chosen fault. The result does not depend on timing.
+/// The first and the last units of the text are in different pages, and only one of these pages is accessible at a
+/// time. So the function faults whenever it moves from one page to the other, and the text changes at a chosen fault.
+/// The result does not depend on timing.
 ///
 ///     test::ChangingText<char> text("aaaa", "%%%%");
 ///     for (unsigned int nth = 1; nth <= text.switches(); ++nth) {   // until the reader needs fewer switches
@@ -46,11 +47,11 @@ public:
     SwitchingPages(const SwitchingPages&) = delete;
     SwitchingPages& operator=(const SwitchingPages&) = delete;
 
-    /// Two views of the same three pages: the one for the function under test, and one that is always accessible.
+    /// Two views of the same three pages: one for the function under test, and one that is always accessible.
     [[nodiscard]] unsigned char* read() const { return m_read; }
     [[nodiscard]] unsigned char* write() const { return m_write; }
 
-    /// Makes the first and the last page inaccessible. The `nth` fault from now on copies `bytes` to `position`.
+    /// Makes the first and the last page inaccessible. The `nth` fault after this call copies `bytes` to `position`.
     void arm(unsigned int nth, unsigned char* position, std::string bytes) {
         m_nth = nth;
         m_position = position;
@@ -105,7 +106,8 @@ private:
     unsigned int m_faults = 0;
 };
 
-/// A text of `T` that repeats one pattern before the change and another one after it. The middle page does not change.
+/// A text of `T` that repeats one pattern before the change and another pattern after it. The middle page does not
+/// change.
 template <class T>
 class ChangingText {
 public:

@@ -17,7 +17,7 @@ namespace test {
 
 /// How a child is started.
 struct ChildOptions {
-    std::wstring directory;       ///< the current directory of the child; empty for that of the test
+    std::wstring directory;       ///< the current directory of the child; if empty, the directory of the test
     bool inheritHandles = false;  ///< whether the child inherits the inheritable handles of the test
     // The standard streams of the child; the handles must be inheritable. If all are null, the child uses those of the
     // test. If only some are null, the child has no such streams.

@@ -1,5 +1,5 @@
 /// \file
-/// Sets a locale with a decimal comma for the duration of a test. Code that depends on the locale shows it.
+/// Sets a locale with a decimal comma for the duration of a test, so that code that depends on the locale fails.
 #pragma once
 
 #include <clocale>

@@ -1,6 +1,6 @@
 /// \file
 /// Linked into every test program. A program that crashes prints the location and exits at once with the exception
-/// code. No dialog and no debugger may start: they would outlive the test and keep its output open.
+/// code. It must not start a dialog or a debugger, because these would outlive the test and keep its output open.
 
 #include <cstdio>
 

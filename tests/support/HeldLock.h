@@ -10,8 +10,8 @@
 
 namespace test {
 
-/// Runs `action` on another thread while the calling thread holds `lock`. Expects that it ends only after the lock is
-/// released. `meanwhile` is called before the release.
+/// Runs `action` on another thread while the calling thread holds `lock`. Expects that `action` ends only after the
+/// lock is released. Calls `meanwhile` before the release.
 template <class Lock>
 void expectWaitsFor(
     Lock& lock, const std::function<void()>& action, const std::function<void()>& meanwhile = [] {}) {
@@ -29,7 +29,7 @@ void expectWaitsFor(
     EXPECT_EQ(running.wait_for(std::chrono::seconds(60)), std::future_status::ready);
 }
 
-/// Runs `action` in the same way, and expects that it ends while the lock is held.
+/// Runs `action` in the same way, and expects that it ends while the lock is still held.
 template <class Lock>
 void expectPasses(Lock& lock, const std::function<void()>& action) {
     ASSERT_TRUE(lock.lock(0, true));

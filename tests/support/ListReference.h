@@ -1,6 +1,6 @@
 /// \file
-/// Reference implementation of the Boolean and list parsers. It matches patterns against shapes (Shape.h), as
-/// NumberReference.h does.
+/// Reference implementation of the Boolean and list parsers. Like NumberReference.h, it matches patterns against shapes
+/// (Shape.h).
 #pragma once
 
 #include <cstdint>
@@ -52,7 +52,7 @@ inline bool canBeBoolean(std::string_view text) {
                    {"true", "false", "yes", "no", "0", "1", "t", "f", "y", "n"});
 }
 
-/// The parsed list, and whether all of the text was parsed.
+/// The parsed list, and whether the whole text was parsed.
 template <class Value>
 struct ListReading {
     std::vector<Value> values;

@@ -1,5 +1,5 @@
 /// \file
-/// A file whose whole range is locked, as a writer locks the log.
+/// A file that is locked as a whole, like the log by a writer.
 #pragma once
 
 #include <stdexcept>

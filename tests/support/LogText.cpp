@@ -28,7 +28,7 @@ bool skip(std::string_view& text, std::string_view expected) {
     return true;
 }
 
-/// Removes the last field and the point before it from `text`, and returns the field.
+/// Removes the last field of `text` and the period before it, and returns the field.
 std::string_view consumeLastField(std::string_view& text) {
     const std::size_t point = text.rfind('.');
     if (point == std::string_view::npos) {

@@ -21,7 +21,7 @@ struct LogLine {
     std::string message;  ///< prefix and message
 };
 
-/// The fields of `line`; empty if it does not have the form of a log line.
+/// The fields of `line`; empty if `line` does not have the form of a log line.
 std::optional<LogLine> parseLogLine(std::string_view line);
 
 /// All bytes of a file; empty if the file does not exist.

@@ -1,5 +1,6 @@
 /// \file
-/// The precompiled header: what most tests include, compiled once for the DLL and once for the static library.
+/// The precompiled header: the headers that most tests include. It is compiled once for the DLL and once for the static
+/// library.
 #pragma once
 
 #include <algorithm>

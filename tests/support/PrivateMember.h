@@ -15,7 +15,7 @@
 namespace test {
 
 #ifndef __clang__  // clang does not have this warning
-// Intentional: one non-template function for each tag.
+// Each tag intentionally has one non-template function.
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wnon-template-friend"
 #endif

@@ -1,7 +1,7 @@
 /// \file
 /// Runs tests on random inputs. The seed is fixed; a failure message shows it and the number of the input. Texts for
-/// scanners are placed at random: next to an inaccessible page, where a read out of bounds faults, or further inside,
-/// where a scanner may read whole blocks and must ignore the remains of earlier texts.
+/// scanners are placed at random. Some are next to an inaccessible page, where a read out of bounds faults. Others are
+/// further inside, where a scanner may read whole blocks and must ignore the remains of earlier texts.
 #pragma once
 
 #include <cstdint>
@@ -29,7 +29,7 @@ void forEachRandomInput(int count, Check check) {
     }
 }
 
-/// Copies `text` and its terminator into `pages`, which must hold at least 2048 units.
+/// Copies `text` and its terminator into `pages`, which must have space for at least 2048 units.
 template <class T>
 const T* placeAnywhere(RandomText& random, PageEdge<T>& pages, const std::basic_string<T>& text) {
     const std::basic_string_view<T> withTerminator(text.c_str(), text.size() + 1);
@@ -44,8 +44,8 @@ const T* placeAnywhere(RandomText& random, PageEdge<T>& pages, const std::basic_
     return position;
 }
 
-/// Returns `text`. In one of eight wide texts, one bit of a unit's high byte is set. Code that looks only at the low
-/// byte reads the unit as the original character.
+/// Returns `text`. In one of eight wide texts, sets one bit in the high byte of a unit. Code that reads only the low
+/// byte mistakes the unit for the original character.
 template <class T>
 std::basic_string<T> withForeignUnit(RandomText& random, std::basic_string<T> text) {
     if (sizeof(T) > 1 && !text.empty() && random.oneIn(8)) {
@@ -55,8 +55,8 @@ std::basic_string<T> withForeignUnit(RandomText& random, std::basic_string<T> te
     return text;
 }
 
-/// Calls `check(text, shape)` for `count` random texts. Each is made by `make(random)`, converted to the character type
-/// `T` and placed at a random position. `shape` is its narrow form (see Shape.h).
+/// Calls `check(text, shape)` for `count` random texts. Each text is created by `make(random)`, converted to the
+/// character type `T`, and placed at a random position. `shape` is its narrow form (see Shape.h).
 template <class T, class Make, class Check>
 void forEachRandomText(int count, Make make, Check check) {
     PageEdge<T> pages(2048);

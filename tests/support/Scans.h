@@ -67,7 +67,7 @@ Scanned<Value> scan(std::string_view units, Value (*function)(const T*, T**) noe
     return scanUnits<T, Value>(text<T>(units), function);
 }
 
-/// The same for a scanner with a parameter that says whether to skip the white space after a number.
+/// The same for a scanner with a parameter that selects whether white space after a number is skipped.
 template <class T, class Value>
 Scanned<Value> scan(std::string_view units, Value (*function)(const T*, const T**, bool) noexcept,
                     bool skipTrailingSpace) {

@@ -1,6 +1,7 @@
 /// \file
-/// Converts texts of both widths to one narrow form, so that the reference parsers are written once. ASCII characters
-/// except zero and DEL stay, a no-break space in wide text becomes a blank, and all others become question marks.
+/// Converts texts of both widths to one narrow form, so that there is only one version of the reference parsers. ASCII
+/// characters except zero and DEL are kept, a no-break space in wide text becomes a space, and all other characters
+/// become question marks.
 #pragma once
 
 #include <string>

@@ -13,7 +13,7 @@
 
 namespace test {
 
-/// A view of the `Stats` of a run. The first object with a name creates them, all zero.
+/// A view of the `Stats` of a run. The first object with a name creates the statistics, all zero.
 template <class Stats>
 class SharedStats {
 public:

@@ -1,5 +1,5 @@
 /// \file
-/// A thread with little stack left. Wine gives every thread a megabyte, so the thread uses up the rest first.
+/// A thread with little stack left. Wine gives every thread a megabyte of stack, so the thread first uses up the rest.
 #pragma once
 
 #include <cstddef>

@@ -6,8 +6,9 @@
 
 namespace test {
 
-/// Calls `start`, which calls CreateProcess and returns its result. Under load, that fails under Wine with
-/// ERROR_INTERNAL_ERROR about once in several thousand times; `start` is then called again, up to five times in all.
+/// Calls `start`, which calls CreateProcess and returns its result. On a busy machine, CreateProcess under Wine fails
+/// with ERROR_INTERNAL_ERROR about once in several thousand calls. `start` is then called again, up to five times in
+/// total.
 template <class Start>
 BOOL startProgram(Start&& start) {
     constexpr int kMaxStarts = 5;

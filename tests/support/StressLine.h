@@ -1,6 +1,6 @@
 /// \file
-/// Lines whose completeness can be checked: each has its writer, thread, number and length, and ends in a checksum of
-/// the characters before. Writers and readers generate them from the same three numbers.
+/// Lines whose completeness can be checked. Each line has its writer, thread, number and length, and ends with a
+/// checksum of the preceding characters. Writers and readers generate a line from the same three numbers.
 ///
 ///     2.0.417 9034 kE€xß…語 51d2c0ffee00aa17
 ///
@@ -71,7 +71,7 @@ inline std::size_t stressLineUnits(const StressLineId& id, StressNumbers& number
     return kMinUnits + static_cast<std::size_t>(share * share * share * (12000 - kMinUnits));
 }
 
-/// A line as the writer passes it, and as the log must contain it.
+/// A line: the text that the writer passes, and the text that the log must contain.
 struct StressLine {
     std::wstring wide;
     std::string utf8;

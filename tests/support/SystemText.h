@@ -1,5 +1,5 @@
 /// \file
-/// The system's error texts as they appear in messages and in the log. Tests do not contain these texts.
+/// The system's error texts in the form that messages and the log have. Tests get these texts from the system.
 #pragma once
 
 #include <string>

@@ -27,8 +27,8 @@ std::string& currentPath() {
     return path;
 }
 
-/// Converts a name by hand, because this toolchain's library cannot convert narrow paths under the UCRT. The names are
-/// ASCII.
+/// Converts a name unit by unit, because this toolchain's library cannot convert narrow paths with the UCRT. The names
+/// are ASCII.
 std::filesystem::path asPath(const std::string& name) {
     return widened(name);
 }

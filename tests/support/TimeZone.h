@@ -29,7 +29,7 @@ private:
         _tzset();
     }
 
-    std::string m_before;  ///< an empty text removes the variable
+    std::string m_before;  ///< if empty, the variable is removed
 };
 
 }  // namespace test

@@ -9,11 +9,11 @@
 
 namespace test {
 
-/// The characters that every form escapes, in addition to the space and all characters outside ASCII.
+/// The characters that every version of the encoder escapes, in addition to the space and all characters outside ASCII.
 inline constexpr std::string_view kUrlAlwaysEscaped = "\"#%<>[\\]^`{|}";
 inline constexpr std::string_view kUrlReserved = "$&+,/:;=?@";
 
-/// One form of the encoder: the additional characters that it escapes, and how it writes a space.
+/// A version of the encoder: the additional characters that it escapes, and how it writes a space.
 struct UrlRule {
     std::string also;
     bool spaceAsPlus;

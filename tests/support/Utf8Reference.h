@@ -4,7 +4,7 @@
 ///
 ///     test::decodeUtf8(bytes, -1).units    // the expected result of ConvertUTF8toString
 ///
-/// The input must include the bytes past the bound, because trailing bytes are read there.
+/// The input must include bytes past the bound, because trailing bytes are read there.
 #pragma once
 
 #include <cstddef>

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Checks the page and the charts that performance.py makes of CSV files.
+"""Checks the page and the charts that performance.py creates from CSV files.
 
     publish.py <performance.py> <folder>
 
@@ -21,7 +21,7 @@ copy,memcpy of the bytes,2500000.0000,1000000.0000,0.4000,0.0000\r
 "join, wide",std::x,2000000000.0000,30000000000.0000,15.0000,0.1000\r
 """
 
-# Rises: "append" beyond the caches from 3 to 6, and its peer not at all; "log line" from 1,000 to 1,400 and 2,500.
+# Rises: "append" from 3 to 6 beyond the caches, its peer not at all; "log line" from 1,000 to 1,400 and 2,500.
 GROWTH = """\
 case,elements,beyond_caches,ours_ns,peer,peer_ns\r
 append,1,no,100.0000,std::string,1.0000\r
@@ -55,7 +55,7 @@ def expect(condition: bool, message: object) -> None:
 
 
 def publish(script: str, folder: Path) -> dict:
-    """Runs the script, and returns the files of the folder of documents."""
+    """Runs the script, and returns the files in the folder of documents."""
     subprocess.run([sys.executable, "-B", script, str(folder / "csv"), str(folder / "docs"), "--version", "Wine 8",
                     "--version", "{fmt} 9.1", "growth", "values"], check=True, timeout=100)
     return {path.name: path.read_text(encoding="utf-8") for path in (folder / "docs").rglob("*.*")}

@@ -1,7 +1,7 @@
 /// \file
-/// Compares passes under names that a CSV file must quote. Prints how often the passes of the first case ran.
+/// Compares passes whose names must be quoted in a CSV file. Prints how often the passes of the first case ran.
 ///
-/// The case "unsteady" takes three or twelve milliseconds in turn.
+/// The case "unsteady" alternates between three and twelve milliseconds.
 
 #include <chrono>
 #include <cstdio>
