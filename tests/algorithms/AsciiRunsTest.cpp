@@ -16,7 +16,7 @@ using vorel::algorithms::widenAsciiRun;
 
 constexpr std::size_t kMaxLength = 70;
 constexpr std::size_t kAlignments = 32;
-constexpr std::size_t kGuards = 33;  // elements after the output: more than the widest store writes
+constexpr std::size_t kGuards = 33;  // elements after the output: more than the widest store
 
 /// Both algorithms, bytes to units and units to bytes, share one set of tests.
 struct Widening {
@@ -28,7 +28,7 @@ struct Widening {
 struct Narrowing {
     using From = wchar_t;
     using To = unsigned char;
-    // Units whose low or high byte alone is ASCII, and units at the limits of saturation.
+    // Units in which only the low or only the high byte is ASCII, and units at the limits of saturation.
     static constexpr From kStops[] = {0x0000, 0x0080, 0x00FF, 0x0100, 0x4100, 0x7FFF, 0x8000, 0x8041, 0xD841, 0xFFFF};
     static std::size_t run(const From* from, std::size_t count, To* to) { return narrowAsciiRun(from, count, to); }
 };
@@ -49,8 +49,8 @@ public:
         return text;
     }
 
-    /// Runs the algorithm on the first `count` elements of `from`. Expects the first `expected` of them in the output,
-    /// and nothing written outside of them.
+    /// Runs the algorithm on the first `count` elements of `from`. Expects that the first `expected` elements are in
+    /// the output, and that nothing else is written.
     void expectRun(const From* from, std::size_t count, std::size_t expected, std::size_t alignment) {
         static constexpr To kGuard = 0x5A;
         static To memory[kAlignments + kMaxLength + kGuards];
@@ -80,7 +80,7 @@ TYPED_TEST(AsciiRunsTest, Run_CopiesEveryLengthAtEveryAlignment) {
     for (std::size_t length = 0; length <= kMaxLength; ++length) {
         for (std::size_t alignment = 0; alignment < kAlignments; ++alignment) {
             SCOPED_TRACE(testing::Message() << "length " << length << ", alignment " << alignment);
-            // The following elements are ASCII, too, so only the count ends the run.
+            // The following elements are also ASCII, so only the count ends the run.
             const auto text = this->ascii(length + kAlignments, alignment);
             this->expectRun(this->m_edge.placeAtStart(this->ascii(alignment) + text) + alignment, length, length,
                             alignment);

@@ -14,7 +14,7 @@ using vorel::algorithms::unixMilliseconds;
 constexpr std::uint64_t kTicksPerSecond = 10'000'000;
 
 TEST(ClockArithmetic, EpochIsTheFileTimeOf1970) {
-    // 369 years from 1601 to 1970, 89 of them leap years: 1700, 1800 and 1900 are not.
+    // There are 369 years from 1601 to 1970. 89 are leap years; 1700, 1800 and 1900 are not.
     constexpr std::uint64_t kDays = 369 * 365 + 89;
     EXPECT_EQ(kUnixEpochAsFileTime, kDays * 86400 * kTicksPerSecond);
     EXPECT_EQ(kUnixEpochAsFileTime, 116444736000000000u);

@@ -50,7 +50,7 @@ TYPED_TEST(FormatSlots, UnitsAbove127AreConversionLetters) {
 }
 
 TEST(FormatSlotsOfWideText, ComparesWholeUnits) {
-    // The low byte of U+012A is an asterisk, that of U+0130 the digit zero.
+    // The low byte of U+012A is an asterisk; the low byte of U+0130 is the digit zero.
     EXPECT_EQ(countFormatSlots(L"%\x012A%d"), 2u);
     EXPECT_EQ(countFormatSlots(L"%\x0130%d"), 2u);
 }

@@ -160,7 +160,7 @@ struct Avx2 {
     }
 };
 
-/// The best algorithm of this processor, then small blocks for the rest.
+/// The best algorithm for this processor, then small blocks for the rest.
 template <class T>
 struct Together {
     using Unit = T;
@@ -177,8 +177,8 @@ class HexDecoding : public test::ImplementationTest<Implementation> {
 protected:
     using Text = std::basic_string<typename Implementation::Unit>;
 
-    /// Decodes text that ends at an inaccessible page into a buffer for exactly `blocks` blocks. Expects decoding to
-    /// stop before the block with the first invalid character, and nothing to be written from there on.
+    /// Decodes text that ends at an inaccessible page into a buffer for exactly `blocks` blocks. Expects that decoding
+    /// stops before the block with the first invalid character, and that nothing is written after the previous block.
     void expectDecoded(const Text& text, std::size_t blocks) {
         const auto invalid = std::find_if_not(text.begin(), text.end(), [](auto unit) {
             return isDigit(static_cast<std::make_unsigned_t<decltype(unit)>>(unit));
@@ -217,7 +217,7 @@ TYPED_TEST(HexDecoding, DecodesEveryUnitAtEveryBlockPosition) {
     constexpr std::size_t kBlock = TypeParam::kBlock;
     const auto text = test::text<T>("0123456789abcdefABCDEF9876543210").substr(0, kBlock);
     for (unsigned int unit = 0; unit < 1u << 8 * sizeof(T); ++unit) {
-        const bool everywhere = unit < 0x100 || unit % 0x101 == 0;  // all other units at one position each
+        const bool everywhere = unit < 0x100 || unit % 0x101 == 0;  // each other unit at one position
         for (std::size_t at = everywhere ? 0 : unit % kBlock; at < kBlock; at += everywhere ? 1 : kBlock) {
             auto changed = text + text + text;
             changed[kBlock + at] = static_cast<T>(unit);

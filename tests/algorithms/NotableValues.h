@@ -1,5 +1,5 @@
 /// \file
-/// Code points at which the Unicode encodings change their form.
+/// Code points at which the form of the Unicode encodings changes.
 #pragma once
 
 #include <cstdint>

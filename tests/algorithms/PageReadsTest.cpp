@@ -20,7 +20,7 @@ class TextLength : public ::testing::Test {
 protected:
     using Text = std::basic_string<T>;
 
-    /// The units that the texts consist of. One byte of some of them is 0.
+    /// The units that the texts consist of. In some units, one byte is 0.
     static std::vector<T> units() {
         std::vector<T> all = {T{1}, T{'a'}, T{0x7F}, static_cast<T>(0x80), static_cast<T>(0xFF)};
         if constexpr (sizeof(T) == 2) {

@@ -41,7 +41,7 @@ Vector vectorOf(const Bytes& bytes) {
     return vector;
 }
 
-/// Vectors with the limits of all lanes, and random ones.
+/// Vectors with the limits of all lanes, and random vectors.
 std::vector<Bytes> samples() {
     std::vector<Bytes> vectors;
     constexpr unsigned char kLimits[] = {0x00, 0x01, 0x7F, 0x80, 0xFF};

@@ -116,8 +116,8 @@ protected:
     using Unit = typename Implementation::Unit;
     using Text = std::basic_string<Unit>;
 
-    /// Encodes bytes between inaccessible pages into a buffer of exactly the required size. Expects all whole groups,
-    /// if there are bytes enough for the algorithm.
+    /// Encodes bytes between inaccessible pages into a buffer of exactly the required size. Expects all whole groups if
+    /// there are enough bytes for the algorithm.
     void expectEncoded(const Bytes& bytes, const Encoding& encoding) {
         const std::size_t whole = bytes.size() / 3 * 3;
         const std::size_t expected = whole < Implementation::kMinBytes ? 0 : whole;
@@ -176,7 +176,8 @@ protected:
         return m_text.placeAtStart(std::basic_string_view<Unit>(text.c_str(), text.size() + 1));
     }
 
-    /// The groups of a text at the end of a page: a block that extends past the terminator is not read in blocks.
+    /// The groups that are decoded if the text is at the end of a page: a block that extends past the terminator is not
+    /// read.
     static std::size_t groupsAtEnd(std::size_t valid, std::size_t length) {
         const std::size_t readable = (length + 1) / kBlockCharacters * kBlockGroups;
         return Implementation::kNeedsAvx2 ? std::min(valid, readable) : valid;
@@ -246,11 +247,11 @@ TYPED_TEST(Sextets, DecodeBase64_StopsAtEveryInvalidUnitAtEveryBlockPosition) {
     const auto text = this->textOf(kBase64, 7 * kBlockCharacters);
     for (unsigned int unit = 0; unit < 1u << 8 * sizeof(T); ++unit) {
         const bool isKnown = test::valueIn(kBase64.characters, unit) != std::string_view::npos;
-        const bool everywhere = unit < 0x100 || unit % 0x101 == 0;  // all other units at one position each
+        const bool everywhere = unit < 0x100 || unit % 0x101 == 0;  // each other unit at one position
         for (std::size_t at = everywhere ? 0 : unit % 32; at < kBlockCharacters; at += everywhere ? 1 : 32) {
             SCOPED_TRACE(testing::Message() << unit << " at " << at);
             auto changed = text;
-            const std::size_t position = (1 + unit % 4) * kBlockCharacters + at;  // in the first four blocks, or later
+            const std::size_t position = (1 + unit % 4) * kBlockCharacters + at;  // in the first four blocks or later
             changed[position] = static_cast<T>(unit);
             const std::size_t groups = isKnown ? 7 * kBlockGroups : position / 4;
             ASSERT_NO_FATAL_FAILURE(this->expectBase64(this->placedAtEnd(changed), 7, groups));
@@ -293,7 +294,7 @@ TYPED_TEST(Sextets, DecodeDaylight_EveryUnitAtEveryBlockPosition) {
     using T = typename TypeParam::Unit;
     const auto text = this->textOf(kDaylight, 3 * kBlockCharacters);
     for (unsigned int unit = 0; unit < 1u << 8 * sizeof(T); ++unit) {
-        const bool everywhere = unit < 0x100 || unit % 0x101 == 0;  // all other units at one position each
+        const bool everywhere = unit < 0x100 || unit % 0x101 == 0;  // each other unit at one position
         for (std::size_t at = everywhere ? 0 : unit % 32; at < kBlockCharacters; at += everywhere ? 1 : 32) {
             SCOPED_TRACE(testing::Message() << unit << " at " << at);
             auto changed = text;

@@ -52,7 +52,7 @@ const std::vector<Use>& uses() {
     return kUses;
 }
 
-/// Byte by byte, as the encoder processes the bytes outside of blocks.
+/// Byte by byte, like the encoder for bytes that are not in a block.
 struct Scalar {
     using Unit = char;
     static constexpr char kName[] = "scalar";
@@ -86,7 +86,7 @@ struct Avx2 {
     static constexpr bool kNeedsAvx2 = true;
     static constexpr std::size_t kOverhang = algorithms::kUrlOverhang;
 
-    /// measure() reads whole blocks, encode() whole blocks that another block follows.
+    /// measure() reads whole blocks; encode() reads a block only if another block follows.
     static std::size_t measurable(std::size_t count) { return count / kBlock * kBlock; }
     static std::size_t encodable(std::size_t count) { return count < 2 * kBlock ? 0 : (count / kBlock - 1) * kBlock; }
 

@@ -31,7 +31,7 @@ constexpr std::size_t kMax = 100;
 constexpr unsigned char kGuardByte = 0x5A;
 constexpr wchar_t kGuard = 0x5A5A;
 
-/// Wide text of runs of characters of one kind.
+/// Wide text: runs of characters, each of one kind.
 std::wstring randomText(RandomText& random, bool withLoneSurrogates) {
     std::wstring text;
     const std::size_t length = random.below(kMax);
@@ -182,7 +182,7 @@ TEST_F(Utf8Avx2, ConvertsWellFormedTextsCompletely) {
         for (std::size_t count = 0; count != 70; ++count) {
             SCOPED_TRACE(testing::Message() << kind.name << ", " << count);
             const std::wstring units = repeated(kind.character, count);
-            // Far from the end of the page, with exactly the required capacity.
+            // The text is far from the end of the page, and the capacity is exactly the required one.
             std::string bytes = test::encodeUtf16(units + L'\0', -1).bytes;
             const std::size_t size = bytes.size();
             bytes += std::string(64, '\0');
@@ -195,7 +195,7 @@ TEST_F(Utf8Avx2, ConvertsWellFormedTextsCompletely) {
     }
 }
 
-/// A text that goes on in the next page is converted in blocks across the border.
+/// A text that continues in the next page is converted in blocks across the page border.
 TEST_F(Utf8Avx2, ConvertsAcrossPages) {
     for (std::size_t index = 0; index != kKindCount; ++index) {
         const Kind& kind = kindOf(index);
@@ -227,7 +227,7 @@ TEST_F(Utf8Avx2, ReadsNothingPastAnInvalidByte) {
     }
 }
 
-/// Bytes that are stored after the encoded ones are zeros: unused slots of an array stay zero.
+/// Bytes that are stored after the encoded text are zeros, so unused slots of an array stay zero.
 TEST_F(Utf8Avx2, EncodesWithZerosAfterTheText) {
     RandomText random(kSeed);
     for (int text = 0; text < 1500; ++text) {
@@ -242,7 +242,7 @@ TEST_F(Utf8Avx2, EncodesWithZerosAfterTheText) {
 }
 
 TEST_F(Utf8Avx2, StopsBeforeMalformedText) {
-    // After characters of each kind: a trailing byte too many, one too few, an invalid lead byte, an overlong form.
+    // After characters of each kind: one trailing byte too many, one too few, an invalid lead byte, an overlong form.
     for (const std::string damage : {"\x80", "\xC3z", "\xE2\x82z", "\xF1\x80\x80\x80", "\xF0\x8F\xBF\xBF", "\xF8"}) {
         for (const std::string before : {"", "a", "\xC3\xA9", "\xE2\x82\xAC", "\xF0\x9F\x98\x80"}) {
             for (std::size_t count = 0; count != 20; ++count) {

@@ -58,8 +58,8 @@ TYPED_TEST(ShortTextLength, ReadsOnlyOnePage) {
 /// Converts texts at inaccessible pages in both directions.
 class Utf8Short : public testing::Test {
 protected:
-    /// Decodes `length` of `bytes`, or up to a zero. Returns whether the whole text was decoded; then checks the
-    /// result.
+    /// Decodes `length` bytes of `bytes`, or up to a zero. Returns whether the whole text was decoded; if it was,
+    /// checks the result.
     bool decodes(std::string_view bytes, int length, std::size_t capacity) {
         const test::DecodedText expected = test::decodeUtf8(bytes, length);
         const auto* const input =
@@ -126,7 +126,7 @@ TEST_F(Utf8Short, RejectsTextAboveTheCapacity) {
         for (std::size_t capacity = 0; capacity < units; ++capacity) {
             EXPECT_FALSE(decodes(text, length, capacity)) << text << " in " << capacity;
         }
-        // One more unit is required, because each unit may be the first of a pair.
+        // Space for one more unit is required, because each unit may be the first of a pair.
         EXPECT_TRUE(decodes(text, length, units + 1)) << text;
     }
 }
@@ -169,7 +169,7 @@ TEST_F(Utf8Short, AgreesWithTheReferenceOnRandomTexts) {
     for (int round = 0; round < 20000; ++round) {
         SCOPED_TRACE(testing::Message() << "seed " << kSeed << ", round " << round);
         std::wstring text;
-        const std::size_t mask = std::size_t{0x7F} << random.below(9);  // from ASCII only to all units
+        const std::size_t mask = std::size_t{0x7F} << random.below(9);  // from only ASCII to all units
         for (std::size_t left = random.below(60); left != 0; --left) {
             text += static_cast<wchar_t>(1 + (random.bits() & (mask | 0x7F) & 0xFFFE));
         }

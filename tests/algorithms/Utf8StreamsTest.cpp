@@ -121,7 +121,7 @@ TEST(Utf8ReaderTest, Read_AgreesWithTheReferenceForEveryBound) {
 }
 
 TEST(Utf8ReaderTest, UnitsLeft_AreThoseThatCanBeRead) {
-    // Long enough for blocks of vectors, with sequences that only the scalar codec counts.
+    // The text is long enough for blocks of vectors, and has sequences that only the scalar codec counts.
     const std::string text = sampleText().substr(0, sampleText().find('\xFD')) + std::string(200, 'a') + sampleText();
     for (int length = -1; length <= static_cast<int>(text.size()); ++length) {
         SCOPED_TRACE(length);
@@ -134,7 +134,7 @@ TEST(Utf8ReaderTest, UnitsLeft_AreThoseThatCanBeRead) {
     }
 }
 
-/// Sequences of every kind, well-formed or not, at every position of a vector and across two of them.
+/// Sequences of every kind, well-formed or not, at every position of a vector and across two vectors.
 TEST(Utf8ReaderTest, UnitsLeft_CountSequencesAtEveryPosition) {
     const std::string sequences[] = {"\xC3\xA9",         "\xE2\x82\xAC", "\xF0\x9F\x98\x80", "\xF0\x8F\xBF\xBF",
                                      "\xF4\x80\x80\x80", "\xC3z",        "\xE2\x82z",        "\xE2zz",
@@ -186,7 +186,7 @@ TEST(Utf8WriterTest, Write_IsIndependentOfPieceSize) {
     const std::string paired = test::encodeUtf16(text, -1).bytes;
     const std::string single = test::encodeUnits(text);
     for (const std::size_t spare : {std::size_t{0}, std::size_t{kLongestUtf8Sequence} - 1, std::size_t{40}}) {
-        // Without spare bytes, a piece must be able to hold the longest sequence of the text.
+        // If `spare` is 0, a piece must have space for the longest sequence of the text.
         for (std::size_t enough = spare == 0 ? 4 : 1; enough <= single.size() + 1; ++enough) {
             SCOPED_TRACE(testing::Message() << enough << " and " << spare);
             EXPECT_EQ(writeInPieces<Surrogates::Paired>(text, -1, enough, spare), paired);

@@ -84,8 +84,8 @@ TEST(Utf8Test, DecodeSequence_IsNeverNegative) {
 }
 
 TEST(Utf8Test, DecodeSequence_RoundTripsWithinItsMasks) {
-    // Sequences of five bytes and most of six are written but never read: the decoder interprets their lead bytes
-    // differently.
+    // Sequences of five bytes, and most sequences of six, can be written but not read, because the decoder interprets
+    // their lead bytes differently.
     for (std::uint32_t value = 0x80; value < 0x200000; value += value < 0x20000 ? 1 : 61) {
         const std::string bytes = encoded(value);
         const auto lead = static_cast<unsigned char>(bytes[0]);

@@ -1,4 +1,4 @@
-// The diagnostic channels with a failing heap: each call logs a line, which is complete, or truncated and marked.
+// The diagnostic channels with a failing heap. Each call logs a line that is complete, or that is truncated and marked.
 
 #include <algorithm>
 #include <cstdarg>
@@ -174,7 +174,7 @@ void logOfClass(Attempt& attempt) {
                [] { Exception::logClass(nullptr, -1, L"Import", L"Parser", L"run", L"%ls", kWide.c_str()); });
 }
 
-/// Calls without effect, and calls for inactive targets, allocate no memory.
+/// Calls without effect, and calls for inactive targets, do not allocate memory.
 void silentOperations(Attempt& attempt) {
     const ActiveTarget target("Parser");
     attempt.perform([] {

@@ -24,7 +24,7 @@ int element<int>(unsigned int index) {
     return static_cast<int>(index) + 1;
 }
 
-/// Longer than the smallest buffer, so that the size in the exception identifies the copy of an element.
+/// Longer than the smallest buffer, so that the size in the exception shows that copying an element failed.
 template <>
 Text element<Text>(unsigned int index) {
     return Text((longText<wchar_t>(20) + static_cast<wchar_t>('0' + index)).c_str());
@@ -191,7 +191,7 @@ void putGrows(Attempt& attempt) {
     if (squares.map.bucketCount() == 4) {
         attempt.expectMemoryException({{20, 8}});
     } else {
-        // The map grew before the allocation of the node failed. It has all entries, in more buckets.
+        // The map grew before the allocation of the node failed, so it has all entries in more buckets.
         EXPECT_EQ(squares.map.bucketCount(), 11u);
         EXPECT_EQ(squares.map.growAt(), 8u);
         attempt.expectBadAlloc();

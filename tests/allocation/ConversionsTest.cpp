@@ -1,4 +1,4 @@
-// Conversions, locks and conversions by the locale with a failing heap.
+// Conversions and locks with a failing heap, including conversions by the locale.
 
 #include <typeinfo>
 
@@ -105,7 +105,7 @@ void invalidUtf8ToString(Attempt& attempt) {
         [&] { ConvertUTF8toString(output, reinterpret_cast<const unsigned char*>(bytes.c_str()), -1, true); });
     const std::vector<std::wstring> records = {L"vorel::util::ConvertUTF8toString: Vorel exception rethrown"};
     if (attempt.thrown() == typeid(vorel::MemoryException).name()) {
-        // The dump or the text before the error could not be stored.
+        // Either the hex dump or the text before the error could not be stored.
         Requests requests = doubling(16, 128, 2);
         attempt.expectMemoryException(requests, records);
     } else {
@@ -211,7 +211,7 @@ void byLocale(Attempt& attempt, void (*convert)(const From*, BaseString<To>&), c
         EXPECT_TRUE(attempt.logged()[0].starts_with("Vorel Error: No more memory is available: "));
         EXPECT_EQ(attempt.logged()[1], "Vorel Error: " + test::narrowed(wideContext) + ": Vorel exception caught");
     }
-    // Only the failure of the first request leads to a text; the second request is for the text itself.
+    // If only the first request fails, the result is the text of the failure. The second request is for that text.
     EXPECT_EQ(isFailure, attempt.allocationFailed() && !attempt.memoryStaysExhausted() && attempt.requests() == 2);
 }
 

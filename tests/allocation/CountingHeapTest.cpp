@@ -11,7 +11,7 @@
 
 namespace {
 
-/// A block whose request the compiler cannot optimise away.
+/// Allocates a block in a way that the compiler cannot optimise away.
 template <class T>
 T* visible(T* block) {
     static T* volatile s_block;

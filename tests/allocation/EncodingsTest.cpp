@@ -157,7 +157,7 @@ void addUrlConversions(std::vector<Operation>& all, const std::string& width) {
     add("UrlDecode_Returned", [](const T* text, BaseString<T>& output) { output = util::urlDecode(text); });
 }
 
-/// Escapes that are not valid UTF-8: the exception is about the text or about memory.
+/// Escapes that are not valid UTF-8. The exception reports the text or the lack of memory.
 void urlDecodeInvalidText(Attempt& attempt) {
     BaseString<wchar_t> output(L"old");
     attempt.perform([&] { util::urlDecode(L"abc%FF", output, 0); });

@@ -1,4 +1,5 @@
-// Every exception class with a failing heap: it is constructed and rethrown with its own class, and its text is logged.
+// Every exception class with a failing heap. The exception is constructed and rethrown with its own class, and its text
+// is logged.
 
 #include <optional>
 #include <string>

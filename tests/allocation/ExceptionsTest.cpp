@@ -60,7 +60,7 @@ void append(Attempt& attempt) {
     expectLastLine(attempt, "Vorel Error", longText<char>(Length));
 }
 
-/// The argument is a message of the stack that grows.
+/// The argument is a message of the same stack, which grows.
 void appendPartOfItself(Attempt& attempt) {
     Exception e(L"a message that is longer than the smallest buffer");
     const std::wstring text = e.what();
@@ -235,7 +235,8 @@ void systemError(Attempt& attempt) {
     e.clear();
 }
 
-/// A text of the system that needs a separate block. It is truncated and marked if the block cannot be allocated.
+/// A text of the system that needs a separate block. If the block cannot be allocated, the text is truncated and
+/// marked.
 void longSystemError(Attempt& attempt) {
     const test::ImportHook<importedFormatMessageW> format(
         [](DWORD, const void*, DWORD, DWORD, wchar_t* buffer, DWORD, va_list*) {
@@ -336,7 +337,7 @@ TEST(LongMessage, IsTruncatedWithoutMarkWhenItReplacesAnother) {
     EXPECT_EQ(log.messages(), std::vector<std::string>{"Vorel Error: before"});
 }
 
-// A narrow message is converted into its entry, without another block.
+// A narrow message is converted directly into its entry, without another block.
 TEST(NarrowMessage, NeedsTheStackAndItsText) {
     const Texts noTexts;
     const struct {

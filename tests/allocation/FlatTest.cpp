@@ -18,7 +18,7 @@ Units units(const std::wstring& text) {
     return {text.begin(), text.end()};
 }
 
-/// Longer than the buffer that needs no heap.
+/// Longer than the internal buffer, so that the heap is used.
 Units longUnits(wchar_t unit) {
     return units(std::wstring(600, unit));
 }

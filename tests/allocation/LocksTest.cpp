@@ -59,7 +59,8 @@ void construct(Attempt& attempt) {
     EXPECT_FALSE(ReleaseMutex(mutex.handle.get())) << "the thread owned the mutex twice";
 }
 
-/// With another name. After a failure the object still has the old mutex, or none, and can be initialised again.
+/// Initialises the object with another name. After a failure, the object still has the old mutex or none, and can be
+/// initialised again.
 void initializeAgain(Attempt& attempt) {
     const ExistingMutex first;
     const ExistingMutex second;
@@ -91,7 +92,7 @@ void lockAndUnlock(Attempt& attempt) {
 DWORD timingOutThread = 0;
 decltype(&::WaitForSingleObject) realWait = nullptr;
 
-/// Waits of other threads (those of the runtime and of GoogleTest) do not change.
+/// Waits of other threads (of the runtime and of GoogleTest) are not changed.
 DWORD WINAPI timesOut(HANDLE object, DWORD timeout) {
     return GetCurrentThreadId() == timingOutThread ? WAIT_TIMEOUT : realWait(object, timeout);
 }
@@ -113,7 +114,7 @@ std::wstring timedOut(const std::wstring& name) {
     return L"Failed to lock mutex " + name + L": Timed out";
 }
 
-/// Expects the requested exception, or one about the memory for its text.
+/// Expects the requested exception, or one that reports that its text could not be allocated.
 void lockThatThrows(Attempt& attempt) {
     const ExistingMutex mutex;
     AutoMutex object(mutex.name.c_str(), false, false);
@@ -131,7 +132,7 @@ BOOL WINAPI failRelease(HANDLE) {
     return FALSE;
 }
 
-/// Whatever allocation fails, the object owns the mutex until it is released.
+/// The object owns the mutex until it is released, whichever allocation fails.
 void unlockThatFails(Attempt& attempt) {
     const ExistingMutex mutex;
     AutoMutex object(mutex.name.c_str(), true, false);
@@ -183,7 +184,7 @@ void lockThatWarns(Attempt& attempt) {
     }
 }
 
-/// A call that does not want a report gets none, and allocates nothing.
+/// A call that asks for no report gets none, and does not allocate memory.
 void lockSilently(Attempt& attempt) {
     const ExistingMutex mutex;
     AutoMutex object(mutex.name.c_str(), false, false);
@@ -222,7 +223,7 @@ void constructNamedCondition(Attempt& attempt) {
     EXPECT_FALSE(Handle(OpenEventW(SYNCHRONIZE, FALSE, name.c_str()))) << "the event is still open";
 }
 
-/// The name of an object of another kind. The failure is reported whatever request fails.
+/// The name belongs to an object of another kind. The failure is reported, whichever request fails.
 void constructNamedConditionOfNameInUse(Attempt& attempt) {
     const ExistingMutex mutex;
     const std::wstring name = L"Global\\" + mutex.name;

@@ -1,4 +1,5 @@
-// A line of the log without memory: it is rendered in pieces, which together are the whole line.
+// If memory for a line of the log cannot be allocated, the line is rendered in pieces, which together are the whole
+// line.
 
 #include "exceptions/LogLine.h"
 
@@ -21,7 +22,7 @@ TEST(LogLine, PiecesAreTheWholeLine) {
         utf8 += "\xE2\x82\xAC";
     }
     static char pieces[10000];
-    // The buffer on the stack has 1024 bytes: header and prefix end before, at and after its end.
+    // The buffer on the stack has 1024 bytes. Header and prefix end before, at and after its end.
     for (std::size_t prefixBytes = 900; prefixBytes != 1100; ++prefixBytes) {
         const std::string prefix(prefixBytes, 'p');
         std::size_t size = 0;

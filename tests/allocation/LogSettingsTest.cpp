@@ -25,7 +25,7 @@ namespace {
 
 using vorel::Exception;
 
-/// The name of a new target, because the library keeps the names of all targets that were ever active.
+/// The name of a target that was never used, because the library keeps the names of all targets.
 template <class T>
 std::basic_string<T> newTarget() {
     static unsigned int count = 0;

@@ -106,7 +106,7 @@ const Step kSevereThrown[] = {
      L"Parser::~Parser: Severe error thrown"},
 };
 
-/// The exception has logged both messages before; they are logged again.
+/// The exception has already logged both messages; they are logged again.
 void mirrorAllMessages(Attempt& attempt) {
     Exception e(L"the first message");
     e.appendMessage(L"%ls", longText<wchar_t>(kLongMessage).c_str());

@@ -1,5 +1,5 @@
-// Secured objects with a failing heap. Only mappings of named files allocate while they are created. Reporting a
-// failure allocates, and the report is shorter if the allocation fails.
+// Secured objects with a failing heap. Only creating mappings of named files allocates memory. Reporting a failure also
+// allocates; if that allocation fails, the report is shorter.
 
 #include <string>
 #include <typeinfo>
@@ -24,7 +24,7 @@ namespace {
 using test::Handle;
 using vorel::BaseString;
 
-/// Makes one step of creating the security of an object fail while the result exists.
+/// Makes one step of creating an object's security fail as long as the result exists.
 auto failingStep() {
     return test::failCalls<importedInitializeAcl>();
 }
@@ -224,7 +224,7 @@ void mappingOfNewFile(Attempt& attempt) {
     EXPECT_EQ(DeleteFileW(path.c_str()) != FALSE, attempt.completed());
 }
 
-/// All attempts fail. Memory may run out before them, or while their failure is reported.
+/// All attempts fail. Memory may run out before the attempts, or while their failure is reported.
 void mappingOfEmptyFile(Attempt& attempt) {
     const test::TemporaryFolder folder;
     const std::wstring path = folder.widePath() + L"\\an empty file.dat";
@@ -278,7 +278,7 @@ void classLevelAllocation(Attempt& attempt) {
     attempt.expectCompleted();
     EXPECT_EQ(attempt.requests(), 1u);
     EXPECT_EQ(block == nullptr, attempt.allocationFailed()) << "returns the result of the heap";
-    Client::release(block);  // the walker would report a leak
+    Client::release(block);  // otherwise the walker would report a leak
 }
 
 const std::vector<Operation>& securedObjects() {

@@ -1,5 +1,5 @@
-// Time, clocks, error texts and memory accounting with a failing heap. Exceptions about invalid arguments keep their
-// class and their log lines even if their texts cannot be stored.
+// Time, clocks, error texts and memory accounting with a failing heap. Exceptions for invalid arguments keep their
+// class and their log lines, even if their texts cannot be stored.
 
 #include <ctime>
 #include <string>

@@ -1,4 +1,5 @@
-// Lists, splitting, joining and appending numbers with a failing heap. All other functions of values allocate nothing.
+// Lists, splitting, joining and appending numbers with a failing heap. The other functions of that folder do not
+// allocate memory.
 
 #include <string>
 #include <typeinfo>
@@ -121,8 +122,8 @@ void tokenize(Attempt& attempt) {
     EXPECT_TRUE(attempt.completed() ? tokens.size() == 7 : tokens.size() < 7);
 }
 
-/// Appends to the array or replaces its contents. After a failure the values read before remain, and the failure is
-/// logged.
+/// Appends to the array or replaces its contents. After a failure, the array holds the values that were read, and the
+/// failure is logged.
 template <class Value, class T>
 void readList(Attempt& attempt, bool (*read)(const T*, Array<Value>&, bool), bool append) {
     const std::basic_string<T> text = textOf<T>("1 2 3 4 5 6 7");
@@ -168,7 +169,7 @@ void readRanges(Attempt& attempt) {
     EXPECT_TRUE(ends.size() <= starts.size());
 }
 
-/// The exception quotes the item, or is about memory if the quotation cannot be stored.
+/// The exception quotes the item, or reports the lack of memory if the quotation cannot be stored.
 void readInvalidRanges(Attempt& attempt) {
     Array<int> starts;
     Array<int> ends;

@@ -65,7 +65,7 @@ void Attempt::expectException(const std::string& kind, const Messages& messages)
 
 void Attempt::expectMemoryException(const std::vector<Request>& requests, const Messages& records) const {
     const heap::Unwatched unwatched;
-    // With both kinds of failure, the log shows which request failed.
+    // The log shows which request failed, for both kinds of failure.
     for (const Request& request : requests) {
         Messages messages = {memoryMessage(request)};
         messages.insert(messages.end(), records.begin(), records.end());
@@ -129,7 +129,7 @@ TEST_P(FailingHeap, FailsAsDocumentedAndLeaksNothing) {
     const auto& [operation, failure] = GetParam();
     test::TemporaryLog log;
     {
-        // Data that a program creates only once is created now.
+        // This run creates the data that a program creates only once.
         Attempt warmUp(kMaxRequests, failure, log);
         operation.run(warmUp);
         ASSERT_FALSE(warmUp.allocationFailed());

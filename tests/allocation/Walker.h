@@ -1,7 +1,7 @@
 /// \file
 /// Runs every operation of the library on a failing heap. An operation is a function that prepares its objects,
-/// performs one step while the heap may fail, and checks the results. The walker runs it with the first, the second,
-/// the third … request failing, until none failed, and reports leaked blocks.
+/// performs one step while the heap may fail, and checks the results. The walker runs it repeatedly: in the n-th run
+/// the n-th request fails. It stops when a run completes without a failed request, and reports leaked blocks.
 ///
 ///     void appendGrows(Attempt& attempt) {
 ///         vorel::Array<int> array;
@@ -70,7 +70,7 @@ public:
     /// The name of the class of the thrown object; empty if the step completed.
     [[nodiscard]] const std::string& thrown() const { return m_kind; }
 
-    /// Whether all requests after the first failure failed too, so no text could be stored.
+    /// Whether all requests after the first failure also failed, so that no text could be stored.
     [[nodiscard]] bool memoryStaysExhausted() const {
         return allocationFailed() && m_failure == heap::Failure::FromThenOn;
     }
@@ -99,7 +99,7 @@ public:
     /// messages may be missing or empty.
     void expectThrown(const std::string& kind, const Messages& messages) const;
 
-    /// Expects these messages in the thrown object. If a request failed, some may be missing or empty.
+    /// Expects these messages in the thrown object. If a request failed, some messages may be missing or empty.
     void expectThrownTexts(const Messages& messages) const;
 
 private:

@@ -120,8 +120,8 @@ TEST(ArrayOfExceptions, GrowthAndCopiesKeepEveryMessage) {
     EXPECT_EQ(log.messages().size(), 14u) << "copying must not log again";
 }
 
-// Releasing a slot destroys its exception. An exception with delayed logging writes its messages at that moment. The
-// next exception in the slot has no delay.
+// Releasing a slot destroys its exception. An exception with delayed logging then writes its messages. The next
+// exception in the slot has no delay.
 TEST(ArrayOfExceptions, ReleasedSlotsAreReset) {
     test::TemporaryLog log;
     Array<Exception> failures;
@@ -170,12 +170,12 @@ Explosives arrayOf(unsigned int count) {
     return array;
 }
 
-/// An operation that releases values of an array. The array has 10 slots and holds the values 1 to 9.
+/// An operation that releases elements of an array. The array has 10 slots and contains the values 1 to 9.
 struct Case {
     const char* operation;
     void (*run)(Explosives&);
     std::vector<int> exploding;  ///< the values whose destructors throw, in the order of their release
-    bool destroysStorage;        ///< whether an array is destroyed, which adds its record
+    bool destroysStorage;        ///< whether an array is destroyed; its destructor adds a record
     std::vector<int> after;
     unsigned int slotsAfter;
 };

@@ -21,7 +21,7 @@ using vorel::MemoryException;
 
 using WideString = BaseString<wchar_t>;
 
-/// An element so large that `reserve` rejects 2^31 of them without trying to allocate.
+/// An element so large that `reserve` rejects 2^31 elements without trying to allocate.
 struct Huge {
     char bytes[1048576];
 };
@@ -160,7 +160,7 @@ TEST(ArrayGrowthOfStrings, CopiesEachElementDeeply) {
     array.append(L"first");
     array.append(L"");
     array.append(L"third");
-    array[0].reserve(1000, false);  // capacity that a copy does not need
+    array[0].reserve(1000, false);  // more capacity than a copy needs
     const WideString* const elements = array.data();
     const wchar_t* const text = array[2].c_str();
     array.reserve(6);
@@ -196,7 +196,7 @@ TEST(ArrayGrowthFailure, ReportsSlotsAndElementSize) {
              Case{0x7FFFFFFF, true, L"No more memory is available: 2147483647 objects of size 1048576 requested"},
              // 5 doubled 29 times, as a signed number
              Case{0xA0000000, false, L"No more memory is available: -1610612736 objects of size 1048576 requested"},
-             // another doubling overflows: all ones
+             // doubling again overflows, so all bits are set
              Case{0xA0000001, false, L"No more memory is available: -1 objects of size 1048576 requested"},
              Case{0xFFFFFFFF, false, L"No more memory is available: -1 objects of size 1048576 requested"},
          }) {

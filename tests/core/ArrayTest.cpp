@@ -42,7 +42,7 @@ std::vector<T> elementsOf(const Array<T>& array) {
     return std::vector<T>(array.begin(), array.end());
 }
 
-/// The memory layout of an array, as other modules see it.
+/// The memory layout of an array that other modules rely on.
 struct Fields {
     int* items;
     unsigned int count;

@@ -1,5 +1,6 @@
 /// \file
-/// `BaseString::append` of every length: what is written, sources that overlap the destination, unknown lengths.
+/// `BaseString::append` for texts of every length: the written units, sources that overlap the destination, unknown
+/// lengths.
 
 #include <algorithm>
 #include <cstddef>
@@ -27,7 +28,7 @@ void expectText(const BaseString<T>& string, const std::basic_string<T>& expecte
     EXPECT_EQ(string.c_str()[expected.size()], T{});
 }
 
-/// A string in a buffer of 256 units, which are 'z' after the terminator.
+/// A string in a buffer of 256 units. The units after the terminator are 'z'.
 template <class T>
 BaseString<T> inLargeBuffer(const std::basic_string<T>& text) {
     BaseString<T> string;

@@ -104,7 +104,7 @@ TYPED_TEST(BaseStringFormat, NullFormat_ReleasesTheBuffer) {
 
 // ---- Growth ---------------------------------------------------------------------------------------------------------
 
-// A string without a buffer measures the text first. It reserves one unit more than the text has.
+// A string without a buffer measures the text first, and reserves one unit more than the text has.
 TYPED_TEST(BaseStringFormat, FirstBuffer_FitsTheMeasuredText) {
     for (unsigned int count = 0; count <= 1030; count += count == 140 ? 360 : 1) {
         BaseString<TypeParam> string;
@@ -165,7 +165,7 @@ TYPED_TEST(BaseStringFormat, ArgumentsInTheString_WithAndWithoutGrowth) {
             ASSERT_TRUE(string.view() == expected) << length << " units, from " << from;
             string = model.c_str();
             string.format(this->text("<%s>").c_str(),
-                          string.c_str() + from);  // the argument reaches to one end of the buffer only
+                          string.c_str() + from);  // the argument extends to one end of the buffer only
             ASSERT_TRUE(string.view() == this->text("<") + model.substr(from) + this->text(">"));
         }
     }
@@ -219,7 +219,7 @@ TEST(BaseStringFormatOfNarrowText, UnconvertibleWideArgument_AfterLongText) {
 }
 
 TYPED_TEST(BaseStringFormat, RejectedConversion_Throws) {
-    // The runtime rejects %n as an invalid parameter. The library's handler ignores that.
+    // The runtime rejects %n as an invalid parameter. The library's handler ignores this.
     int count = 77;
     for (const bool allocated : {false, true}) {
         BaseString<TypeParam> string;
@@ -264,7 +264,7 @@ TYPED_TEST(BaseStringFormat, WithoutTheNullDevice_LongTextsThrow) {
     const test::ExhaustedStreams none;
     this->fill(string, 15);
     this->expectZeros(string, 15);
-    this->fill(string, 16);  // a text that fills the buffer is measured by the formatter itself
+    this->fill(string, 16);  // the formatter itself measures a text that fills the buffer
     this->expectZeros(string, 16);
     ASSERT_EQ(string.capacity(), 32u);
     expectThrows<Exception>([&] { this->fill(string, 33); }, {unableToFormat(L"%0*d", EINVAL)});

@@ -43,7 +43,7 @@ TYPED_TEST(BaseStringGrowth, Capacity_OfTheFirstBuffer) {
              Case{1048576, 2 * kMi},
              Case{1048577, 2 * kMi},
              Case{2 * kMi - 2, 2 * kMi},
-             Case{2 * kMi - 1, 3 * kMi},  // the required size is a whole number of steps: one more is added
+             Case{2 * kMi - 1, 3 * kMi},  // the required size is a multiple of the step, so one more step is added
              Case{2 * kMi, 3 * kMi},
              Case{3 * kMi - 2, 3 * kMi},
              Case{3 * kMi - 1, 4 * kMi},
@@ -177,7 +177,7 @@ TYPED_TEST(BaseStringGrowth, LargeEnough_TruncatesALongerText) {
     }
 }
 
-// An unknown length is all ones, which exceeds every count. So the length becomes the count, even if the text is
+// An unknown length has all bits set, so it exceeds every count. So the length becomes the count, even if the text is
 // shorter.
 TYPED_TEST(BaseStringGrowth, LargeEnough_SetsAnUnknownLengthToCount) {
     for (const bool discard : {false, true}) {

@@ -256,7 +256,7 @@ TYPED_TEST(BaseStringTest, AppendPartOfItself_WithAndWithoutGrowth) {
     this->expectText(string, this->text("abcdefghfghcdefgh"));
     string.append(string.c_str()[0]);
     this->expectText(string, this->text("abcdefghfghcdefgha"));
-    string.append(string.c_str() + string.length());  // points to the terminator: an empty text
+    string.append(string.c_str() + string.length());  // points to the terminator, so the text is empty
     EXPECT_EQ(string.length(), 18u);
 }
 

@@ -85,7 +85,7 @@ TYPED_TEST(CriticalSection, Lock_WithAnyOtherTimeoutWaitsForever) {
             return taken;
         });
         started.get_future().wait();
-        // Still waits long after a timeout of 5 ms.
+        // The thread is still waiting long after its timeout of 5 ms.
         EXPECT_EQ(waiter.wait_for(std::chrono::milliseconds(60)), std::future_status::timeout);
         lock.unlock();
         ASSERT_EQ(waiter.wait_for(kGenerous), std::future_status::ready);
@@ -216,7 +216,7 @@ TEST(ForcedCriticalSection, IgnoresTheSwitch) {
     EXPECT_TRUE(isFreeForOthers(lock));
 }
 
-/// Makes the functions public that ignore the switch.
+/// Makes the functions that ignore the switch public.
 struct OpenCriticalSection : AutoCriticalSection {
     using AutoCriticalSection::lockImpl;
     using AutoCriticalSection::unlockImpl;

@@ -64,7 +64,7 @@ TYPED_TEST(CalculateSnprintFBufferSize, IsNegativeWithoutTheNullDevice) {
 }
 
 TYPED_TEST(CalculateSnprintFBufferSize, ReleasesTheNullDevice) {
-    for (int i = 0; i < 1000; ++i) {  // about twice the number of streams of the runtime
+    for (int i = 0; i < 1000; ++i) {  // about twice the maximum number of open streams
         ASSERT_EQ(measure(this->text("abc").c_str()), 3);
     }
 }

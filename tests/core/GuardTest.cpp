@@ -156,7 +156,7 @@ TEST(UnGuardCalls, UnlockInTheConstructorAndLockInTheDestructor) {
     EXPECT_THAT(lock.calls, ElementsAre("unlock", "lock 60000 true"));
 }
 
-/// Reads the flag after the pointer: whether the guard holds the lock.
+/// Reads the flag that follows the pointer: whether the guard holds the lock.
 bool isHeldBy(const auto& guard) {
     bool held = false;
     std::memcpy(&held, reinterpret_cast<const char*>(&guard) + sizeof(void*), sizeof held);
@@ -189,7 +189,7 @@ TEST(UnGuardCalls, FailureInTheConstructorIsThrownUnchanged) {
 
 // ---- Failures at the end of the block -------------------------------------------------------------------------------
 
-/// Leaves the block of a guard whose lock then fails, normally or by an exception.
+/// Leaves the block of a guard, normally or by an exception; the lock fails at that moment.
 template <template <class> class Scope>
 void leaveBlock(RecordingLock& lock, Failure failure, bool unwinding) {
     const Scope<RecordingLock> scope(lock);

@@ -36,7 +36,7 @@ constexpr Explosion kQuiet = Explosion::None;
 constexpr Explosion kLibrary = Explosion::Library;
 constexpr Explosion kOther = Explosion::Other;
 
-/// Fills a map with the values 1 to 9: 1 to 4 have a bucket each, 5 and 6 share one, 7 to 9 are in spare nodes.
+/// Fills a map with the values 1 to 9. 1 to 4 have separate buckets, 5 and 6 share a bucket, 7 to 9 are in spare nodes.
 void fill(ExplosiveMap& map, const Explosions& explosions) {
     static constexpr int kHashes[kValues] = {0, 1, 2, 3, 4, 4, 6, 6, 6};
     for (int value = kValues; value > 0; --value) {
@@ -52,7 +52,7 @@ void fill(ExplosiveMap& map, const Explosions& explosions) {
 struct Case {
     const char* why;
     Explosions explosions;
-    std::vector<std::wstring> messages;  ///< of the exception that `clear` throws; none: not a library exception
+    std::vector<std::wstring> messages;  ///< of the exception that `clear` throws; none if it is foreign
     Texts lines;                         ///< the lines that `clear` logs
 };
 

@@ -28,7 +28,7 @@ bool isOpen(HANDLE handle) {
     return GetHandleInformation(handle, &flags) != FALSE;
 }
 
-/// The value of a handle that is already closed.
+/// The value of a handle that was already closed.
 HANDLE closedHandle() {
     HANDLE handle = makeEvent();
     CloseHandle(handle);

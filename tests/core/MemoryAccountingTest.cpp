@@ -50,7 +50,7 @@ public:
     int reports = 0;
 };
 
-/// Registers no spy before and after each test.
+/// Unregisters the spy before and after each test.
 class AllocationSpies : public testing::Test {
 protected:
     ~AllocationSpies() override { AllocBase::registerSpy(nullptr); }

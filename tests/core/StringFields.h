@@ -1,5 +1,5 @@
 /// \file
-/// The memory layout of a string, as other modules see it.
+/// The memory layout of a string that other modules rely on.
 #pragma once
 
 #include <cstring>

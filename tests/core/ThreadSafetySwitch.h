@@ -1,5 +1,5 @@
 /// \file
-/// Shared by the tests of locks: restores the switch, and runs actions on another thread.
+/// Helpers for the tests of locks: they restore the switch, and run actions on another thread.
 #pragma once
 
 #include <future>

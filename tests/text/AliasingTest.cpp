@@ -1,5 +1,5 @@
 /// \file
-/// Inputs inside the output of the same call (docs/aliasing.md): each operation must have the same result as with a
+/// Inputs inside the output of the same call (docs/aliasing.md). Each operation must have the same result as with a
 /// separate input. The guarded heap detects reads from memory that the output has released.
 
 #include <algorithm>
@@ -75,7 +75,7 @@ std::string outcomeOf(const Array<BaseString<T>>& output) {
     return all;
 }
 
-/// `bytes` bytes of memory in the output; for an array they belong to its elements.
+/// `bytes` bytes of memory in the output; in an array they are elements.
 template <class T>
 unsigned char* memoryOf(BaseString<T>& output, std::size_t bytes) {
     return reinterpret_cast<unsigned char*>(output.reserve(static_cast<unsigned int>(bytes / sizeof(T) + 1), true));
@@ -89,8 +89,8 @@ unsigned char* memoryOf(Array<T>& output, std::size_t bytes) {
     return reinterpret_cast<unsigned char*>(output.data());
 }
 
-/// Runs `operation(input, output)`. The output holds `text` and its terminator; the input is this text, or a separate
-/// copy of it.
+/// Runs `operation(input, output)`. The output contains `text` and its terminator. The input is this text, or a
+/// separate copy of it.
 template <class Input, class Output, class Operation>
 std::string withText(Place place, const std::basic_string<Input>& text, std::size_t offset, Operation&& operation) {
     const std::size_t bytes = (offset + text.size() + 1) * sizeof(Input);
@@ -129,7 +129,7 @@ std::basic_string<T> repeated(std::string_view pattern, std::size_t units) {
     if (sizeof(T) > 1) {
         std::replace(text.begin(), text.end(), static_cast<T>(0xE9), static_cast<T>(0x20AC));  // three bytes in UTF-8
     }
-    // UTF-8 sequences must be complete: the decoder would read past the text.
+    // UTF-8 sequences must be complete, because the decoder would read past the text.
     for (std::size_t at = units; at != 0 && static_cast<std::make_unsigned_t<T>>(text[at - 1]) >= 0x80; --at) {
         text[at - 1] = 'z';
     }
@@ -287,7 +287,7 @@ Row bufferRow(const char* name, std::string_view pattern, Run run) {
                 } catch (const Exception& e) {
                     result = messagesOf(e);
                 }
-                // The whole buffer, which holds the rest of the input after the written text.
+                // The whole buffer: the written text, then the rest of the input.
                 return result + '/' + bytesOf(buffer.data(), kCapacity * sizeof(Unit));
             }};
 }
@@ -304,7 +304,7 @@ std::vector<Row> buffers() {
 
 // ---- Lists of texts -------------------------------------------------------------------------------------------------
 
-/// Runs `operation(first, second, list)` with both texts as items of the list, which has no spare capacity.
+/// Runs `operation(first, second, list)`. Both texts are items of the list, which has no spare capacity.
 template <class T, class Run>
 Row listRow(const char* name, std::string_view second, Run run) {
     return {name, [=](Place place, std::size_t units, std::size_t offset) {

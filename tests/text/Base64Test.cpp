@@ -129,11 +129,11 @@ TYPED_TEST(Base64Test, Decode_ReportsInvalidText) {
     };
     for (const Case& row :
          {Case{"QQ", 1, ""},         // incomplete group
-          Case{"QUJDQQ", 1, "ABC"},  // bytes decoded before stay
+          Case{"QUJDQQ", 1, "ABC"},  // the bytes before the error are kept
           Case{"QUJD!UJD", 1, "ABC"}, Case{"QUJDQUJ\x80", 1, "ABC"}, Case{"QUJDQUJ\xFF", 1, "ABC"}, Case{"QQ=", 1, ""},
           Case{"QQ==", 0, "A"}, Case{"QQ=A", 0, "A"},                       // the fourth character must only be valid
           Case{"QQ=!", 1, ""}, Case{"QQ==!!", 0, "A"},                      // the rest is ignored
-          Case{"QUI=QUJD", 0, "AB"}, Case{"=QQQ", 0, {"\x01\x04\x10", 3}},  // padding before the end counts as 0
+          Case{"QUI=QUJD", 0, "AB"}, Case{"=QQQ", 0, {"\x01\x04\x10", 3}},  // "=" as the first character counts as A
           Case{" Q\tQ\r=\n= ", 0, "A"}, Case{"QUJD\nREVG", 0, "ABCDEF"}, Case{"QUJD\r\n", 0, "ABC"},
           Case{"QU\vJD", 1, ""},  // other white space is not skipped
           Case{" ", 0, ""}, Case{"", 0, ""}, Case{nullptr, 0, ""}}) {
@@ -210,7 +210,8 @@ TYPED_TEST(Base64Test, DamagedTextsAgreeWithTheReference) {
 
 TYPED_TEST(Base64Test, Decode_EveryUnitAtEveryPositionOfAGroup) {
     Array<unsigned char> bytes;
-    // Every byte. Units above 255 always throw: a selection, among them units with the low byte of a character.
+    // Every byte, and some units above 255, including units whose low byte is a character. Units above 255 always
+    // throw.
     const unsigned int end = 1u << 8 * sizeof(TypeParam);
     for (unsigned int unit = 1; unit < end; unit += unit < 0x200 ? 1 : 0x303) {
         for (std::size_t position = 0; position < 4; ++position) {
@@ -238,7 +239,7 @@ TYPED_TEST(Base64Test, Decode_ReservesForTheWholeTextWithoutStorage) {
     for (unsigned int length = 0; length <= 400; ++length) {
         std::string text(length, 'A');
         for (std::size_t at = 50; at < text.size(); at += 77) {
-            text[at] = '\n';  // counts as text
+            text[at] = '\n';  // white space counts as text
         }
         Array<unsigned char> bytes;
         Base64::Decode(test::text<TypeParam>(text).c_str(), bytes);
@@ -247,7 +248,8 @@ TYPED_TEST(Base64Test, Decode_ReservesForTheWholeTextWithoutStorage) {
 }
 
 TYPED_TEST(Base64Test, Decode_GrowsForTheRestOfTheText) {
-    // Storage of 100 slots is too small when fewer than 32 are left after a multiple of 24 bytes: after 72.
+    // Storage of 100 slots is too small when fewer than 32 slots are left after a multiple of 24 bytes, that is, after
+    // 72 bytes.
     constexpr std::size_t kDecoded = 72;
     for (const std::size_t newLine : {20u, 33u, 76u, 95u, 96u, 97u, 130u}) {
         std::string text(400, 'Q');

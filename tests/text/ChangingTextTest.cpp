@@ -1,7 +1,7 @@
 /// \file
 /// Operations on a text that another thread or process changes concurrently. The result is unspecified, but no
 /// operation may write beyond its memory; the guarded heap detects such writes. The text is changed between any two
-/// passes of each operation over it.
+/// passes of an operation over the text.
 
 #include <algorithm>
 #include <cstring>
@@ -42,7 +42,7 @@ using Bytes = Array<unsigned char>;
 
 constexpr int kUtf8Page = 65001;
 
-/// An object of the library on memory that it does not own: its three fields, without its destructor.
+/// An object of the library that uses memory that it does not own: only its three fields, without its destructor.
 template <class Object, class Item>
 class Borrowed {
 public:
@@ -354,14 +354,14 @@ std::vector<Operation<wchar_t>> operations() {
 
 // ---- The test -------------------------------------------------------------------------------------------------------
 
-/// Patterns whose results differ in length; the last two end the text early or at once.
+/// Patterns whose results differ in length. The last two end the text early or at its start.
 template <class T>
 std::vector<std::basic_string<T>> patterns() {
     std::vector<std::basic_string<T>> all;
     for (const char* pattern : {"a", "%", "\xFF", "\"", "1,", " ,\"", "%41+", "QUJD"}) {
         all.push_back(test::text<T>(pattern));
     }
-    // Bytes: U+00E9, U+20AC and U+1F600 in UTF-8. Units: characters whose lengths in UTF-8 differ, too.
+    // Bytes: U+00E9, U+20AC and U+1F600 in UTF-8. Units: characters whose lengths in UTF-8 also differ.
     all.push_back(sizeof(T) == 1 ? test::text<T>("\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80")
                                  : std::basic_string<T>{T(0xE9), T(0x20AC), T(0xD83D), T(0xDE00)});
     all.push_back(sizeof(T) == 1 ? test::text<T>("\xE2\x82\xAC") : std::basic_string<T>{T(0x20AC)});
@@ -373,7 +373,7 @@ std::vector<std::basic_string<T>> patterns() {
 template <class T>
 class ChangingText : public testing::TestWithParam<Operation<T>> {
 protected:
-    /// Disables logging because of the many failures.
+    /// Disables logging, because many calls fail.
     static void SetUpTestSuite() { Exception::DisableThreadErrorLogging(true); }
     static void TearDownTestSuite() { Exception::DisableThreadErrorLogging(false); }
 

@@ -40,7 +40,7 @@ auto failureOf(Operation&& operation) {
 const Failure<int> kInvalid = {-1, EINVAL};
 const Failure<int> kBadHandle = {-1, EBADF};
 
-/// The handle of a converter, calculated.
+/// The expected handle of a converter.
 int handleOf(unsigned int to, unsigned int from) {
     return static_cast<int>(from << 16 | to);
 }
@@ -49,7 +49,7 @@ TEST(CodePages, GetCodePage_IgnoresCase) {
     for (const char* name : {"UTF-8", "utf-8", "Utf-8", "UNICODE (utf-8)"}) {
         EXPECT_EQ(util::iconv_getCodePage(name), kUtf8);
     }
-    // Only A to Z have a lower case: '_' and the character 32 above it are different.
+    // Only A to Z have a lower case. '_' and the character with the code 32 above differ.
     for (const char* name : {"UTF8", "", "UTF-8 ", "no such name", "SHIFT\x7FJIS", static_cast<const char*>(nullptr)}) {
         EXPECT_EQ(util::iconv_getCodePage(name), -1);
     }

@@ -67,7 +67,8 @@ TEST(DaylightTest, Decode_ReadsEncodedText) {
 }
 
 TEST(DaylightTest, Decode_AcceptsEveryCharacter) {
-    // A comma is decoded as '+', any character outside of the alphabet as '.', even beyond the table of 128 entries.
+    // A comma is decoded as '+'. Any other character outside the alphabet is decoded as '.', even beyond the table of
+    // 128 entries.
     for (const wchar_t* text : {L"EI6.2", L"EI6-2", L"EI6 2",
                                 L"EI6\x7F"
                                 L"2",

@@ -49,7 +49,7 @@ struct Row {
 };
 
 TEST(HexTest, Decode_ReportsInvalidPairs) {
-    // The array holds four bytes of 0xEE before; bytes that are not written keep this value.
+    // The array initially has four bytes of 0xEE; bytes that are not written keep this value.
     for (const Row& row :
          {Row{L"41fF", 0, {0x41, 0xFF}},
           Row{L"", 0, {}},
@@ -61,7 +61,7 @@ TEST(HexTest, Decode_ReportsInvalidPairs) {
           Row{L"0x414", 1, {0x41, 0xEE}},  // odd number of digits after the prefix
           Row{L"00x1", 1, {0x00, 0xEE}},
           Row{L"1x41", 1, {0xEE, 0xEE}},
-          Row{L"0x0x41", 1, {0xEE, 0xEE, 0xEE}},  // only one prefix at the start
+          Row{L"0x0x41", 1, {0xEE, 0xEE, 0xEE}},  // only one prefix is skipped
           Row{L"4G", 1, {0xEE}},
           Row{L"G4", 1, {0xEE}},
           Row{L"41/1", 1, {0x41, 0xEE}},

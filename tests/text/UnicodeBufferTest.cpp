@@ -30,7 +30,7 @@ struct Filled {
     }
 };
 
-/// `written` at the start of a buffer of `size` units, the rest unchanged.
+/// The expected buffer: `written`, then unchanged units up to `size`.
 Filled restUnchanged(bool done, const std::wstring& written, std::size_t size) {
     return {done, written + std::wstring(size + kGuards - written.size(), kGuard)};
 }
@@ -42,7 +42,7 @@ Filled fill(const std::string& text, unsigned int size, int length = -1) {
     return {done, buffer};
 }
 
-/// The expected result: characters are written as long as their units and a terminator fit.
+/// The expected result: characters are written while all their units and a terminator fit.
 Filled expectedFill(const std::string& text, unsigned int size, int length = -1) {
     const test::DecodedText decoded = test::decodeUtf8(text + std::string(6, '\0'), length);
     std::size_t used = 0;

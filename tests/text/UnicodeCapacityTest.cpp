@@ -1,5 +1,5 @@
-// The capacity of a result, which is the one that appending the text piece by piece gives: strings grow to the next
-// power of two, and from 1 Mi units on in steps of 1 Mi; arrays double from five slots.
+// The capacity of a result. It is the capacity that appending the text piece by piece would give: strings grow to the
+// next power of two, and from 1 Mi units on in steps of 1 Mi; arrays double, starting with five slots.
 
 #include <string>
 
@@ -76,7 +76,7 @@ TEST(UnicodeCapacity, EncodedStringsGrowToTheirText) {
     }
 }
 
-/// Text that ends in characters of several units or bytes at a growth step.
+/// Text that ends at a growth step with characters of several units or bytes.
 TEST(UnicodeCapacity, LastCharactersCountInUnits) {
     for (const unsigned int full : {1024u, kMi, 2 * kMi}) {
         for (unsigned int missing = 0; missing != 6; ++missing) {

@@ -27,7 +27,7 @@ ByteArray arrayOf(const std::string& bytes) {
     return array;
 }
 
-/// Converts with both overloads, whose results must be equal, to outputs with previous content.
+/// Converts with both overloads to outputs with previous content. The results must be equal.
 std::string encoded(const std::wstring& text, int length = -1) {
     ByteArray array = arrayOf("previous content");
     ConvertStringtoUTF8(text.c_str(), array, false, length);
@@ -175,7 +175,7 @@ TEST(UnicodeEncoding, SlotsAfterTheCountAreZeroInAReusedArray) {
     EXPECT_EQ(textOf(bytes), "ab" + std::string(598, '\0'));
 }
 
-/// The encoder stores whole vectors, so bytes beyond the result are written to the unused slots.
+/// The encoder stores whole vectors, so it writes past the result into unused slots.
 TEST(UnicodeEncoding, SlotsAfterTheCountStayZeroInAReservedArray) {
     const std::wstring mixed = std::wstring(9, L'\x20AC') + L"ab\xE9\xE9xyz\xE9qrs";
     const std::wstring texts[] = {mixed, std::wstring(70, L'a') + mixed, std::wstring(41, L'\xE9'),

@@ -1,4 +1,4 @@
-// The messages of a failing conversion: the failure, the record of the function, and for narrow text the input.
+// The messages of a failed conversion: the failure, the record of the function, and for narrow text the input.
 
 #include <array>
 #include <cstdlib>
@@ -27,7 +27,7 @@ const unsigned char* bytesOf(const std::string& text) {
     return reinterpret_cast<const unsigned char*>(text.data());
 }
 
-/// A narrow message as stored by an exception: converted by the C runtime.
+/// A narrow message in the form that an exception stores: converted by the C runtime.
 std::wstring widened(const std::string& message) {
     std::wstring wide(message.size() + 1, L'\0');
     const std::size_t units = std::mbstowcs(wide.data(), message.c_str(), wide.size());

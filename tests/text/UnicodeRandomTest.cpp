@@ -1,5 +1,5 @@
 // Converts random texts with many special bytes and units with every overload in both directions. The results must
-// equal those of the reference codec, and nothing may be read beyond the input that the reference reads.
+// equal those of the reference codec, and the input that the reference does not read must not be read.
 
 #include <algorithm>
 #include <string>
@@ -39,13 +39,13 @@ bool hasZerosAfterCount(const Array<unsigned char>& bytes) {
                        [](unsigned char byte) { return byte == 0; });
 }
 
-/// A bound for a text of `size` elements, or none.
+/// A bound for a text of `size` elements, or no bound.
 int boundOf(RandomText& random, std::size_t size) {
     return random.oneIn(3) ? -1 : static_cast<int>(random.below(size + 10));
 }
 
-/// ASCII runs interrupted by interesting and by random elements, with a different frequency in each text. Mostly short,
-/// sometimes longer than two blocks.
+/// Runs of ASCII that are interrupted by special and random elements, with a different frequency in each text. Most
+/// texts are short, some are longer than two blocks.
 template <class T>
 std::basic_string<T> mixedText(RandomText& random, std::basic_string_view<T> interesting) {
     const std::size_t rarity = random.below(40) + 1;
@@ -73,7 +73,7 @@ protected:
 void expectStringForms(const char* input, int length, const test::DecodedText& expected) {
     const std::size_t kept = expected.error ? expected.units.size() / 450 * 450 : expected.units.size();
     const std::wstring_view units = std::wstring_view(expected.units).substr(0, kept);
-    static BaseString<wchar_t> output;  // reused, so that texts meet buffers of every size
+    static BaseString<wchar_t> output;  // reused, so that the buffer has various sizes
     ASSERT_EQ(ConvertUTF8toString(output, reinterpret_cast<const unsigned char*>(input), length, false),
               !expected.error.has_value());
     ASSERT_EQ(output.view(), units);

@@ -17,7 +17,7 @@ const unsigned char* bytesOf(const std::string& text) {
     return reinterpret_cast<const unsigned char*>(text.data());
 }
 
-/// Reads with both overloads, whose results must be equal, to outputs with previous content.
+/// Reads with both overloads into outputs with previous content. The results must be equal.
 std::wstring read(const std::string& bytes, int length) {
     BaseString<wchar_t> output(L"previous content");
     ConvertUTF16toString(output, bytesOf(bytes), length);

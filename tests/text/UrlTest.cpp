@@ -104,7 +104,7 @@ TEST(UrlEncode, RandomTextsAgreeWithTheReference) {
     test::PageEdge<char> edge(4096);
     BaseString<char> output;
     test::forEachRandomInput(20000, [&](test::RandomText& random) {
-        // Texts with few escapes, and texts of mostly escapes.
+        // Texts with few escapes, and texts that are mostly escapes.
         std::string text = random.from(random.oneIn(3) ? " %/\xC3~" : "abcdefghijklmnopqrstuvw/", random.below(220));
         for (std::size_t more = random.below(4); more != 0 && !text.empty(); --more) {
             text[random.below(text.size())] = random.oneOf(allBytes());
@@ -170,7 +170,7 @@ TYPED_TEST(UrlOfNothing, GivesAnEmptyText) {
     }
 }
 
-/// Inputs inside the output, from its start or from within.
+/// Inputs inside the output, at its start or after it.
 TEST(UrlInPlace, InputInsideTheOutput) {
     const std::string pattern = "a b%41+~/\xC3\xA9%zz";
     for (std::size_t length = 1; length <= 300; length += length < 20 ? 1 : 40) {
@@ -238,7 +238,7 @@ TEST(UrlDecode, EscapedZeroIsPartOfTheText) {
     urlDecode("a%00b", output, 0);
     EXPECT_EQ(output.view(), std::string_view("a\0b", 3));
     BaseString<wchar_t> wide;
-    urlDecode(L"a%00b", wide, 0);  // the conversion from UTF-8 ends at it
+    urlDecode(L"a%00b", wide, 0);  // the conversion from UTF-8 ends at the zero
     EXPECT_EQ(wide.view(), L"a");
 }
 
@@ -264,7 +264,7 @@ TEST(UrlDecode, WideTextMustBeUtf8) {
     EXPECT_THROW(urlDecode(L"%80"), vorel::Exception);
 }
 
-/// Leaves free blocks on the heap whose bytes are all lead bytes.
+/// Leaves free blocks on the heap that consist of lead bytes.
 void dirtyFreeBlocks() {
     std::vector<std::string> blocks;
     for (std::size_t size = 16; size <= 4096; size += size / 16) {
@@ -272,7 +272,7 @@ void dirtyFreeBlocks() {
     }
 }
 
-/// Trailing bytes are not checked; those beyond the end of the text are zeros.
+/// Trailing bytes are not checked; trailing bytes past the end of the text are zeros.
 TEST(UrlDecode, WideTextMayEndWithinASequence) {
     struct Row {
         const wchar_t* text;
@@ -282,7 +282,7 @@ TEST(UrlDecode, WideTextMayEndWithinASequence) {
          {Row{L"%C3", L"\xC0"}, Row{L"caf%E9", L"caf\x9000"}, Row{L"%E2%82", L"\x2080"},
           Row{L"%F0", std::wstring(1, L'\0')}, Row{L"%F0%9F", L"\xD83C\xDC00"}, Row{L"%F0%9F%98", L"\xD83D\xDE00"},
           Row{L"%FE", L"\xE5C0\xDC00"}, Row{L"%FD", L"\xD7C0\xDC00"}, Row{L"%FD%BF%BF%BF%BF", L"\xA7BF\xDFC0"},
-          // An escaped zero is a trailing byte, too.
+          // An escaped zero can also be a trailing byte.
           Row{L"%C3%00b", L"\xC0"
                           L"b"},
           Row{L"%C3%00%C3", L"\xC0\xC0"}}) {

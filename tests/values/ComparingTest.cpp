@@ -46,8 +46,8 @@ TYPED_TEST(Comparing, StrcmpAdvanced_FollowsItsFlags) {
                            Row{"A", "a", kNone, -1},
                            Row{"A", "a", SCMP_IgnoreCase, 0},
                            Row{"Zebra", "zEBRA", SCMP_IgnoreCase, 0},
-                           Row{"[", "{", SCMP_IgnoreCase, -1},        // after Z, not a letter
-                           Row{"@", "`", SCMP_IgnoreCase, -1},        // before A, not a letter
+                           Row{"[", "{", SCMP_IgnoreCase, -1},        // the characters after Z and z are not letters
+                           Row{"@", "`", SCMP_IgnoreCase, -1},        // the characters before A and a are not letters
                            Row{"\xC4", "\xE4", SCMP_IgnoreCase, -1},  // only A to Z ignore case
                            Row{"file9", "file10", SCMP_Numeric, -1},
                            Row{"file9", "file10", kNone, 1},

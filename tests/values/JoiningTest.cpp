@@ -110,10 +110,10 @@ TEST(Joining, SplittingRestoresTheItems) {
         const bool isQuotedAlready =
             items.size() == 1 && items[0].size() > 1 && items[0].front() == L'"' && items[0].back() == L'"';
         if (isQuotedAlready) {
-            // Is joined unchanged, so splitting removes its quotes if they are well-formed.
+            // The item is joined unchanged, so splitting removes its quotes if they are well-formed.
             wanted = test::splitAtAnyOf(items[0], std::wstring(L","), false);
         } else if (!wanted.empty() && wanted.back().empty()) {
-            wanted.pop_back();  // an empty item at the end is not read: only its delimiter is written
+            wanted.pop_back();  // an empty item at the end is not restored, because only its delimiter is written
         }
         ASSERT_EQ(textsOf(again), wanted);
     });

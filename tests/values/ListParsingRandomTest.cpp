@@ -1,5 +1,5 @@
-// Parses random lists, narrow and wide, with every list parser. Results and values must equal those of the reference,
-// doubles bit by bit.
+// Parses random lists, narrow and wide, with every list parser. Results and values must equal those of the reference;
+// doubles are compared bit by bit.
 
 #include <string>
 #include <vector>
@@ -22,7 +22,7 @@ namespace util = vorel::util;
 
 constexpr int kTexts = 40000;
 
-/// Creates lists of words from one of the alphabets, separated by white space and commas. A few words are near the
+/// Creates lists of words from one of the alphabets, separated by white space and commas. Some words are near the
 /// maximum length or longer.
 struct WordsFrom {
     std::vector<std::string_view> alphabets;

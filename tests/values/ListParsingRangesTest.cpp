@@ -64,7 +64,7 @@ TEST(ListParsingRanges, OpenEndIsMinusOne) {
 }
 
 TEST(ListParsingRanges, OnlyTheFirstMinusIsASeparator) {
-    // The second one is the sign of the end if it is at the position of a sign.
+    // A second minus is the sign of the end if it is at the position of a sign.
     for (const Row& row : {Row{L"--5", {-1}, {-5}}, Row{L"3--5", {3}, {-5}}, Row{L"3- -5", {3}, {-5}},
                            Row{L"--", {-1}, {0}}, Row{L"5--", {5}, {0}}, Row{L"1-2-3", {1}, {2}, L"1-2-3"},
                            Row{L"-1-2", {-1}, {1}, L"-1-2"}, Row{L"---5", {-1}, {0}, L"---5"}}) {

@@ -54,7 +54,7 @@ void expectRow(bool (*read)(const T*, Array<Value>&, bool), const Row<Value>& ro
     }
 }
 
-/// Parses a row as integers; wide text also as unsigned integers, which have the same bits.
+/// Parses a row as integers. Wide text is also parsed as unsigned integers, which must have the same bits.
 template <class T>
 void expectIntegers(const Row<int>& row) {
     expectRow<T, int>(&util::stringToIntegerArray, row, {99, -99});

@@ -1,5 +1,5 @@
-// Formats a million doubles of every kind and compares them with texts from exact digits. Formats integers of every
-// length.
+// Formats a million doubles of every kind, and compares the texts with texts made from the exact digits. Formats
+// integers of every length.
 
 #include <bit>
 #include <charconv>

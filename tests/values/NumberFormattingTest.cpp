@@ -54,7 +54,7 @@ const std::vector<Row>& rows() {
         {1e100, "1e+100", "1.0e+100"},
         {5e-324, "4.94065645841247e-324", "4.94065645841247e-324"},
         {std::numeric_limits<double>::max(), "1.79769313486232e+308", "1.79769313486232e+308"},
-        // An exact tie is rounded to even from 0.1, away from zero below.
+        // An exact tie is rounded to even for values of 0.1 and more, and away from zero for smaller values.
         {-22351530439513.25, "-22351530439513.2", "-22351530439513.2"},
         {22351530439513.75, "22351530439513.8", "22351530439513.8"},
         {std::ldexp(1.0, -22), "2.38418579101563e-007", "2.38418579101563e-007"},
@@ -247,7 +247,7 @@ TEST(NumberFormatting, AppendAddsToTheText) {
     }
 }
 
-/// Where the string has capacity, numbers are written in place.
+/// If the string has enough capacity, numbers are written in place.
 TEST(NumberFormatting, AppendWorksForEveryRemainingCapacity) {
     for (unsigned int before = 0; before <= 40; ++before) {
         const std::wstring prefix(before, L'x');
@@ -373,7 +373,7 @@ TEST(NumberFormatting, Round_RoundsHalvesDown) {
     }
 }
 
-/// Including the sign of zero, and values for which adding 0.5 would be rounded.
+/// The cases include the sign of zero, and values for which the sum with 0.5 would be rounded.
 TEST(NumberFormatting, Round_IsExact) {
     const double rounded[][2] = {{0.3, 0.0},
                                  {0.5, 0.0},

@@ -22,7 +22,7 @@ template <class Value>
 struct Case {
     const char* text;
     bool result;
-    Value value;  ///< the variable after the call; it is 99 before
+    Value value;  ///< the variable after the call; before, it is 99
 };
 
 template <class T, class Value>
@@ -187,7 +187,7 @@ TYPED_TEST(NumberParsingCheck, CanCoerceToInteger_RejectsOtherText) {
 
 TYPED_TEST(NumberParsingCheck, CanCoerceToInteger_RejectsLeadingZerosUnlessAllowed) {
     expectAnswers<TypeParam>(util::canCoerceToInteger, {"0123", "-0123", "+0123", " 01 ", "010", "0001"}, false, true);
-    // Only zeros count as one zero, and with a decimal point leading zeros are allowed.
+    // A text of zeros only is accepted, and leading zeros are allowed before a decimal point.
     expectAnswers<TypeParam>(util::canCoerceToInteger, {"00", "-000", "0.0", "00.", "0123.0", "0123.", "-01.00 "}, true,
                              true);
 }
@@ -231,7 +231,7 @@ TYPED_TEST(NumberParsingCheck, CanCoerceToDouble_RejectsOtherText) {
 
 TYPED_TEST(NumberParsingCheck, CanCoerceToDouble_RejectsLeadingZerosUnlessAllowed) {
     expectAnswers<TypeParam>(util::canCoerceToDouble, {"007", "-07", "+07", " 07 ", "010"}, false, true);
-    // Only zeros count as one zero, and with a decimal point or an exponent leading zeros are allowed.
+    // A text of zeros only is accepted, and leading zeros are allowed before a decimal point or an exponent.
     expectAnswers<TypeParam>(util::canCoerceToDouble,
                              {"00", "0000", "007.5", "007.", "000.5", "007e1", "07e0", "007.5e1", "00.0"}, true, true);
 }

@@ -174,8 +174,8 @@ TYPED_TEST(NumberParsingDouble, ExponentsWrapAroundAt32Bits) {
         {"1e-4294967294", 100.0, 13},
         {"1e18446744073709551618", 100.0, 22},
         {"1e2147483648", 0.0, 12},          // equals the smallest int
-        {"1e-2147483648", 0.0, 13},         // equals the smallest int: its negative is itself
-        {"1.5e2147483648", kInfinite, 14},  // minus one for the fraction wraps to the largest int
+        {"1e-2147483648", 0.0, 13},         // equals the smallest int, whose negation is the same value
+        {"1.5e2147483648", kInfinite, 14},  // subtracting one for the fraction wraps to the largest int
         {"1.5e-2147483648", kInfinite, 15},
         {"1.5e4294967297", 15.0, 14},
     });

@@ -1,5 +1,5 @@
 // Parses random texts, narrow and wide, with every number parser. Value, end and result must equal those of the
-// reference. The texts are at inaccessible pages, or surrounded by other text, where they are read in blocks.
+// reference. The texts are next to inaccessible pages, or inside other text, where they are read in blocks.
 
 #include <cstdint>
 #include <string>

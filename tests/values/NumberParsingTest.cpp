@@ -24,8 +24,8 @@ template <class T>
 class NumberParsing : public ::testing::Test {};
 TYPED_TEST_SUITE(NumberParsing, test::CharacterTypes, test::CharacterNames);
 
-/// A text, its value in 64 bits, whose low half is the value in 32 bits, and the number of units read with and without
-/// the white space after the number.
+/// A text, its 64-bit value (the lower half is its 32-bit value), and the number of units read with and without the
+/// white space after the number.
 struct Row {
     std::string text;
     std::uint64_t value;
@@ -34,7 +34,7 @@ struct Row {
 
     Row(std::string units, std::uint64_t expected, std::ptrdiff_t end, std::ptrdiff_t endWithoutBlanks)
         : text(std::move(units)), value(expected), read(end), readWithoutBlanks(endWithoutBlanks) {}
-    /// The whole text is the number.
+    /// A row whose whole text is the number.
     Row(std::string units, std::uint64_t expected)
         : text(std::move(units)),
           value(expected),
@@ -211,7 +211,7 @@ TEST(NumberParsingWidths, NoBreakSpaceIsWhiteSpaceOnlyInWideText) {
 }
 
 TEST(NumberParsingWidths, WideUnitsAreNotTruncated) {
-    // Units whose low byte is a digit, digits and spaces of other scripts, and units that are not characters.
+    // Units whose low byte is a digit; digits and spaces of other scripts; units that are not characters.
     for (const wchar_t unit : {L'\u0131', L'\uFF11', L'\u0661', L'\u2003', L'\u3000', L'\u0120', L'\u012D', L'\xD831',
                                L'\uFFFF', L'\u0085'}) {
         const std::wstring text = std::wstring(L"4") + unit + L"2";

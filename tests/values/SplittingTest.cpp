@@ -65,7 +65,7 @@ TYPED_TEST(Splitting, SplitString_DelimiterMayBeAnItemOfTheList) {
     EXPECT_EQ(textsOf(parts), texts<TypeParam>({"::", "a", "b", "c", "d", "e", "f"}));
 }
 
-/// The storage grows as if the parts were appended one by one.
+/// The capacity afterwards is the same as after appending the parts one by one.
 TYPED_TEST(Splitting, SplitString_AllocatesSlotsForTheParts) {
     struct Row {
         const char* text;
@@ -104,7 +104,7 @@ TYPED_TEST(Splitting, SplitString_PartsOfEveryLength) {
 }
 
 TEST(SplittingOfWideText, DelimitersAreWholeUnits) {
-    // The low byte of U+012C is a comma, and its high byte is one.
+    // The low byte of U+012C is a comma, and its high byte is 1.
     Array<BaseString<wchar_t>> parts;
     util::splitString(L"a\x012C,b\x2C01,c", L",", parts);
     EXPECT_EQ(textsOf(parts), (std::vector<std::wstring>{L"a\x012C", L"b\x2C01", L"c"}));
@@ -244,7 +244,7 @@ TYPED_TEST(Splitting, RandomTextsAgreeWithTheReference) {
         std::basic_string<TypeParam> cut = text;
         Array<TypeParam*> tokens;
         util::tokenizeString(cut.data(), delimiters.c_str(), tokens, most);
-        // Joined with the delimiter, the tokens are the text.
+        // Joining the tokens with the delimiter gives the text.
         std::basic_string<TypeParam> again;
         for (TypeParam* const token : tokens) {
             again += (again.empty() && token == cut.data() ? std::basic_string<TypeParam>() : delimiters.substr(0, 1)) +
