@@ -1,5 +1,5 @@
 // Not part of any program. Without VOREL_CHECK_FORMATS the compiler must not warn about narrow formats that are valid
-// for the Windows runtime, even if its own check does not know them.
+// for the Windows runtime, even if the compiler's own check does not know them.
 
 #include <cstddef>
 #include <cstdint>

@@ -1,5 +1,5 @@
-// A user's program. It formats texts, fills arrays, throws, catches and logs, and checks the results. It is built
-// twice, with the DLL and with the static library.
+// A user's program. It formats texts, fills arrays, throws, catches and logs, and checks the results. It is built with
+// the DLL, and again with the static library.
 //
 //     consumer <log file>        exit code 0 if all results are as documented
 
@@ -17,7 +17,7 @@ void expect(bool holds, const char* what) {
     failures += holds ? 0 : 1;
 }
 
-/// Throws through a layer that adds its own record, as the operations of the library do.
+/// Throws through a layer that adds its own record, like the operations of the library.
 void failInTwoLayers() {
     try {
         throw vorel::Exception(L"no entry named %ls", L"colour");
@@ -61,7 +61,8 @@ void useExceptionsAndLog(const char* logPath) {
     expect(messages == L"no entry named colour | Settings::read: Vorel exception rethrown",
            "an exception crosses the library with all its messages");
 
-    // Files of the C runtime: those of this toolchain's C++ library do not work with the UCRT.
+    // Uses the files of the C runtime, because the file streams of this toolchain's C++ library do not work with the
+    // UCRT.
     std::FILE* const log = std::fopen(logPath, "r");
     unsigned int found = 0;
     char text[256];

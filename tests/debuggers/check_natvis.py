@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-"""Checks the views for Visual Studio as far as possible without Visual Studio.
+"""Checks the views for Visual Studio, as far as that is possible without Visual Studio.
 
     check_natvis.py <file.natvis> <folder of headers>
 
@@ -57,7 +57,8 @@ def expressions_of(node):
 
 
 def identifiers_of(expression):
-    """The names in an expression, without strings, numbers and format specifiers (",[m_length]su" has a member)."""
+    """The names in an expression, without strings, numbers and format specifiers, except members in these
+    (",[m_length]su")."""
     expression = re.sub(r'"[^"]*"', "", expression)
     expression = re.sub(r",\s*(\[[^\]]*\])?(su|s)$", r" \1", expression.strip())
     return re.findall(r"(?<![\w])[A-Za-z_]\w*", expression)
@@ -81,7 +82,7 @@ def check_type(node, code):
             raise Failure("%s: <%s> is not a known element" % (name, tag))
         for expression in expressions_of(element):
             for identifier in identifiers_of(expression):
-                # A member of the class itself, or one accessed through a member (of Array, BaseString or Node).
+                # A member of the class, or a member of Array, BaseString or Node that is accessed through a member.
                 through = re.search(r"(?:->|\.)\s*%s\b" % identifier, expression)
                 if identifier not in known and not re.search(r"\b%s\b" % identifier, code if through else scope):
                     raise Failure("%s: no %s in the headers (%s)" % (name, identifier, expression))

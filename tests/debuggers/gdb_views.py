@@ -3,8 +3,8 @@
 
     gdb_views.py <wine-run> <shown.exe> <printers.py>
 
-Runs twice: with the script in the folder of the DLL, which GDB must load automatically, and with <printers.py>, loaded
-by `source`. The exit code is 77 if no GDB for Windows programs is installed.
+Runs GDB twice: with the script in the folder of the DLL, which GDB must load automatically, and with <printers.py>,
+which is loaded by `source`. The exit code is 77 if no GDB for Windows programs is installed.
 """
 
 import os
@@ -101,7 +101,7 @@ def check(title, wine_run, program, before, load):
         if name == "pointers":
             value = value[: len(expected)]  # an address follows
         elif name == "byBase":
-            # The address of the reference and the class come first. The class depends on the debug information.
+            # The address of the reference and the class precede the value. The class depends on the debug information.
             value = "with " + value.partition(" with ")[2]
         if value != expected:
             wrong += 1

@@ -113,7 +113,7 @@ TYPED_TEST(DebugTargetsTest, AnyThreadMaySetAndTestTargets) {
     EXPECT_EQ(wrong, 0);
 }
 
-/// Clears the flag that any target was ever switched on, and restores it.
+/// Clears the flag that says whether any target was ever switched on; the destructor restores it.
 class FlagCleared {
 public:
     FlagCleared() : m_before(vorel::DebugTargetsUsed.exchange(false)) {}
@@ -174,7 +174,7 @@ TEST(DebugTargets, NarrowAndWideNamesAreIndependent) {
 }
 
 TEST(DebugTargets, WideNamesAreComparedByWholeUnits) {
-    Exception::setDebugTarget(L"DT.\x0141", true);  // the low byte is that of 'A'
+    Exception::setDebugTarget(L"DT.\x0141", true);  // the low byte is 'A'
     EXPECT_FALSE(Exception::isDebugTargetActive(L"DT.A"));
     EXPECT_TRUE(Exception::isDebugTargetActive(L"DT.\x0141"));
 }

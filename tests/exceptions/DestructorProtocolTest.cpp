@@ -42,7 +42,8 @@ void runInDestructor(const Action& action) {
     const RunsAtDestruction object(action);
 }
 
-/// Runs `action` in a destructor while a std::runtime_error unwinds the stack. Expects that error to arrive.
+/// Runs `action` in a destructor while a std::runtime_error unwinds the stack. Expects that this error is caught
+/// afterwards.
 void runWhileUnwinding(const Action& action) {
     try {
         const RunsAtDestruction object(action);
@@ -95,7 +96,7 @@ TEST(DestructorProtocol, WithoutAFailureTheFrameDoesNothing) {
     EXPECT_FALSE(log.exists());
 }
 
-/// The handlers of the protocol, written without the frame.
+/// The handlers of the protocol, written by hand instead of with the frame.
 void handleByHand(const Action& fail) {
     try {
         fail();

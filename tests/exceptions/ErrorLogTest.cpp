@@ -1,5 +1,5 @@
 /// \file
-/// The lines of the error log: their format, who may write one, and what writing leaves unchanged.
+/// The lines of the error log: their format, who may write them, and the state that writing does not change.
 
 #include <atomic>
 #include <cerrno>
@@ -31,7 +31,7 @@ struct Log : Exception {
     using Exception::MirrorErrorMessage;
 };
 
-/// The time field of a line written now.
+/// The time field of a line that is written now.
 std::string timeText() {
     const std::time_t now = std::time(nullptr);
     // cppcheck-suppress asctimeCalled; the log shows the time as asctime writes it
@@ -231,7 +231,8 @@ TEST(ErrorLog, PermanentlyLockedFileDropsTheLineAfterOneAndAHalfSeconds) {
     const ULONGLONG waitedMs = GetTickCount64() - start;
     EXPECT_EQ(errno, 77);
     held.unlock();
-    // Thirty waits of 3, 6, … 90 ms, minus the error of a coarse clock. A busy machine only makes them longer.
+    // Thirty waits of 3, 6, … 90 ms, minus the error of a coarse clock. On a busy machine, the waits can only be
+    // longer.
     EXPECT_GE(waitedMs, 1395u - 30u);
     Exception::warn("after");
     EXPECT_EQ(log.messages(), (Texts{"WARN: before", "WARN: after"}));

@@ -1,6 +1,6 @@
 /// \file
 /// The library's handler for invalid parameters of runtime functions. The library never replaces an existing handler,
-/// and this compiler's start-up code installs one in every program. So the tests remove that handler first.
+/// and this compiler's start-up code installs a handler in every program. So the tests first remove that handler.
 
 #include <cerrno>
 #include <cstdint>
@@ -25,7 +25,7 @@ namespace {
 using test::TemporaryLog;
 using Texts = std::vector<std::string>;
 
-/// Installs a handler, or removes it, for its lifetime.
+/// Installs a handler, or removes the current one, while the object exists.
 class HandlerInstalled {
 public:
     explicit HandlerInstalled(_invalid_parameter_handler handler) : m_before(_set_invalid_parameter_handler(handler)) {}

@@ -1,6 +1,6 @@
 /// \file
-/// The error log of whole programs: one that sets no location, one that sets no debug target, and one that logs before
-/// and after `main`.
+/// The error log of whole programs. One sets no location, one sets no debug target, and one logs before and after
+/// `main`.
 
 #include <cstdio>
 #include <string>
@@ -18,7 +18,7 @@ namespace {
 
 using Texts = std::vector<std::string>;
 
-/// Moves a file of the machine away, and restores it in the destructor.
+/// Moves a file out of the way; the destructor moves it back.
 class FileSetAside {
 public:
     FileSetAside(std::string path, const test::TemporaryFolder& folder, const std::string& name)

@@ -1,5 +1,5 @@
 /// \file
-/// The size limit of the error log: how to set it, and when the file becomes the backup.
+/// The size limit of the error log: how it is set, and when the log is moved to the backup.
 
 #include <cstdio>
 #include <filesystem>

@@ -231,7 +231,7 @@ TEST(Protocol, LibraryExceptionsCanBeCaughtByClassAndByBase) {
     }
 }
 
-/// Returns from `rethrow`, although the base class never does.
+/// Its `rethrow` returns, although that of the base class never does.
 struct Returning : Exception {
     using Exception::Exception;
     void rethrow() override {}

@@ -95,7 +95,7 @@ TEST(ThreadLogging, MoreThreadsThanBucketsAreIndependent) {
     const test::NamedEvent leave(test::NamedEvent::uniqueName(L"leave"));
     std::vector<std::thread> threads;
     threads.reserve(kThreads);
-    // All threads run at the same time, so each has its own id. Every second thread is silenced.
+    // All threads run at the same time, so their ids differ. Every second thread is silenced.
     for (int index = 0; index < kThreads; ++index) {
         threads.emplace_back([&, silence = index % 2 == 0] {
             if (silence) {

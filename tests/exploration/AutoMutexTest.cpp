@@ -30,7 +30,7 @@ long long owner(const AutoMutex& mutex) {
     return mutex.*reveal(test::LockingThreadId());
 }
 
-/// Tasks that lock one mutex. They share an object in the main process, and another process has its own.
+/// Tasks that lock one mutex. Tasks of the main process share an object; the other process has a separate object.
 class MutexScenario : public SystemScenario {
 protected:
     struct Counts {
@@ -45,7 +45,7 @@ protected:
         m_shared.create(kName, false, false);
     }
 
-    /// Locks `depth` times, checks that nobody else is inside, and unlocks as often.
+    /// Locks `depth` times, checks that no other task is inside, and unlocks as often.
     void useMutex(AutoMutex& mutex, int depth) {
         for (int locked = 0; locked < depth; ++locked) {
             if (!mutex.lock(kTimeoutMs, false)) {
@@ -157,7 +157,7 @@ private:
     }
 };
 
-/// A second object of the same name, in the same process.
+/// A second object with the same name, in the same process.
 class TwoObjects final : public MutexScenario {
 public:
     explicit TwoObjects(Counts& counts) : MutexScenario(counts) {}
@@ -175,7 +175,7 @@ private:
     }
 };
 
-/// A thread that ends without unlocking, and one that locks through the same object.
+/// A thread that ends without unlocking, and a thread that then locks through the same object.
 class EndedOwner final : public MutexScenario {
 public:
     explicit EndedOwner(Counts& counts) : MutexScenario(counts) {}

@@ -26,7 +26,7 @@ using vorel::ForcedCriticalSection;
 
 constexpr unsigned int kTimeoutMs = 60000;
 
-/// Waiters that count themselves under the lock before they wait, and a task that calls the condition after that.
+/// Waiters that count themselves under the lock before they wait, and a task that calls the condition afterwards.
 class ConditionScenario : public SystemScenario {
 protected:
     void start() override {
@@ -45,14 +45,14 @@ protected:
         });
     }
 
-    /// Returns when `count` threads wait: they have begun, and have left the lock.
+    /// Returns when `count` threads wait: they have called `wait` and have released the lock.
     void untilBegan(int count) {
         await([this, count] { return m_began >= count; });
         m_lock->lock(kTimeoutMs, true);
         m_lock->unlock();
     }
 
-    /// Destroys the condition as its owner does when nobody uses it any more, and checks that nothing remains.
+    /// Destroys the condition, as its owner would after the last use, and checks that nothing remains.
     void destroy() {
         m_condition.destroy();
         require(machine().handleCount() == 0, "a handle stays open");
@@ -95,7 +95,7 @@ private:
     int m_waiters;
 };
 
-/// As many signals as waiters, each after the waiter before it has returned, release all of them.
+/// As many signals as waiters release all waiters, if each signal is sent after the previous waiter has returned.
 class SignalEach final : public ConditionScenario {
     void start() override {
         ConditionScenario::start();
@@ -115,7 +115,7 @@ class SignalEach final : public ConditionScenario {
     }
 };
 
-/// A signal without a waiter is kept for the next one, and for one only.
+/// A signal without a waiter is kept for the next waiter, and for no other.
 class SignalBeforeWait final : public ConditionScenario {
     void start() override {
         ConditionScenario::start();
@@ -142,7 +142,7 @@ class SignalBeforeWait final : public ConditionScenario {
     bool m_isSignalled = false;
 };
 
-/// A waiter with a time limit, and a signal that may come too late: it is never lost.
+/// A waiter with a time limit, and a signal that may come too late. The signal is never lost.
 class SignalOrTimeout final : public ConditionScenario {
     void start() override {
         ConditionScenario::start();
@@ -161,8 +161,9 @@ class SignalOrTimeout final : public ConditionScenario {
     }
 };
 
-/// A broadcast releases every thread that waits, and then ends. A thread that has left the lock but is not counted yet
-/// may be missed: that gap is documented, and `missed` counts its schedules. The broadcaster may hold the lock.
+/// A broadcast releases every thread that waits, and then ends. A thread that has released the lock but is not yet
+/// counted may be missed. This gap is documented, and `missed` counts the schedules with it. The broadcaster may hold
+/// the lock.
 class Broadcast final : public ConditionScenario {
 public:
     Broadcast(int waiters, bool holdsLock, unsigned long long& missed)
@@ -205,7 +206,7 @@ private:
     bool m_isBroadcast = false;
 };
 
-/// As above, with waiters that may time out: all return, and the broadcast ends.
+/// The same with waiters that may time out: all waiters return, and the broadcast ends.
 class BroadcastOrTimeout final : public ConditionScenario {
     void start() override {
         ConditionScenario::start();

@@ -8,8 +8,8 @@
 
 namespace exploration {
 
-// "Critical Section Objects": a thread may enter again, and must leave as often. The system does not guarantee the
-// order in which waiting threads get it, and a thread that did not wait may be faster.
+// "Critical Section Objects": the owner may enter again, and must leave as often. The order in which waiting threads
+// acquire the section is unspecified, and a thread that did not wait may acquire it before them.
 
 Machine::Section& Machine::section(const CRITICAL_SECTION* address) {
     if (m_destroyedSections.contains(address) && Scheduler::running()) {
@@ -38,7 +38,7 @@ void Machine::enter(CRITICAL_SECTION* address) {
     const TaskId self = task();
     if (entered.recursion != 0 && entered.owner != self) {
         if (!Scheduler::isInTask()) {
-            return;  // the end of a schedule in which a task keeps it
+            return;  // the schedule ends while a task holds the section
         }
         ++entered.waiters;
         Scheduler::running()->block([&entered] { return entered.recursion == 0; }, std::nullopt);

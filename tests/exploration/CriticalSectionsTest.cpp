@@ -17,7 +17,7 @@ using exploration::SystemScenario;
 using vorel::Guard;
 using vorel::UnGuard;
 
-/// Tasks that enter a section in different ways.
+/// Tasks that lock a critical section in different ways.
 template <class Lock>
 class Guards final : public SystemScenario {
 public:
@@ -70,8 +70,8 @@ private:
     bool m_isUsed = false;
 };
 
-/// The switch, turned off and on again by a task while another uses an automatic lock. That is not allowed: the
-/// schedules in which the lock stays held, two tasks are inside, or a task leaves a lock of another are counted.
+/// A task turns the switch off and on again while another task uses an automatic lock. This is not allowed. The test
+/// counts the schedules in which the lock stays held, two tasks are inside, or a task releases a lock of another task.
 class SwitchDuringUse final : public SystemScenario {
 public:
     struct Counts {

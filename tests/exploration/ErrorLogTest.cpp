@@ -30,7 +30,7 @@ struct Line {
     bool isReturned;
 };
 
-/// The state at the start, the writers, and what else may happen.
+/// The initial files, the writers, and other processes and faults.
 struct Shape {
     unsigned int writers = 2;
     unsigned int lines = 1;
@@ -39,12 +39,12 @@ struct Shape {
     std::string backup{};      ///< the backup's contents at the start
     bool hasReader = false;    ///< whether a process locks the log for a while
     bool staysLocked = false;  ///< whether that process never unlocks it
-    bool readsBackup = false;  ///< whether a process reads the backup, and shares everything
+    bool readsBackup = false;  ///< whether a process reads the backup, with all sharing modes
     std::uint64_t disk = ~std::uint64_t{0};
-    std::size_t length = 2;  ///< of each message
+    std::size_t length = 2;  ///< length of each message
 };
 
-/// What the schedules of an exploration showed.
+/// The numbers of schedules with each result.
 struct Counts {
     unsigned long long rotated = 0;     ///< the log was moved to its backup
     unsigned long long kept = 0;        ///< the log stayed above its limit
@@ -133,7 +133,7 @@ private:
 
     void processEnded(exploration::ProcessId) override { m_isKilled = true; }
 
-    /// The messages in a file. Every line must be complete, except for a long one whose writer was killed.
+    /// The messages in a file. Every line must be complete, except for a long line whose writer was killed.
     std::vector<std::string> messagesOf(std::string text) {
         if (text.starts_with(m_shape.before)) {
             text.erase(0, m_shape.before.size());
@@ -141,7 +141,7 @@ private:
         std::vector<std::string> messages;
         for (std::size_t end = 0; (end = text.find("\r\n")) != std::string::npos; text.erase(0, end + 2)) {
             const std::string line = text.substr(0, end);
-            const std::size_t begin = std::min(line.rfind('['), end);  // after the rest of a torn line, if there is one
+            const std::size_t begin = std::min(line.rfind('['), end);  // after the remains of a torn line, if any
             if (begin != 0) {
                 addTorn(line);
             }
@@ -181,7 +181,8 @@ private:
     bool m_isKilled = false;
 };
 
-/// A log above the limit of the scenarios, so that the first line moves it. It is so long that no second line does.
+/// A log that is larger than the limit, so the first line moves it. The limit is so large that no second line moves the
+/// new log.
 Shape withRotation(Shape shape) {
     shape.before = std::string(1000, '-') + "\r\n";
     shape.limit = 1000;
@@ -227,7 +228,7 @@ TEST_F(ErrorLogExploration, OnlyALongLineOfAKilledWriterIsTorn) {
     EXPECT_NE(counts.torn, 0u);
 }
 
-// The reasons for which a line may be lost.
+// The reasons why a line may be lost.
 
 TEST_F(ErrorLogExploration, ALineIsLostOnlyIfTheLogStaysLocked) {
     Counts counts;

@@ -25,7 +25,7 @@ constexpr std::size_t kReservedStack = std::size_t{256} * 1024;
 
 }  // namespace
 
-// The exceptions of a thread are a pointer and a count (Itanium C++ ABI: Exception Handling, 2.2.2).
+// The runtime stores the exceptions of a thread as a pointer and a count (Itanium C++ ABI: Exception Handling, 2.2.2).
 
 void ThreadState::save() noexcept {
     m_lastError = GetLastError();

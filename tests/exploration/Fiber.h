@@ -1,6 +1,6 @@
 /// \file
-/// Code that runs until it passes control on, and continues there later. All fibers share one thread, so a schedule is
-/// the same in every run.
+/// A function that can give up control at any point, and continue there later. All fibers share one thread, so a
+/// schedule is the same in every run.
 #pragma once
 
 #include <array>
@@ -10,8 +10,8 @@
 
 namespace exploration {
 
-/// What the runtimes keep for each thread, and a task must have for itself: the last errors, the exceptions in flight
-/// and the handler of invalid parameters.
+/// State that the runtimes keep for each thread, and that each task must have separately: the last errors, the
+/// exceptions in flight, and the handler of invalid parameters.
 class ThreadState {
 public:
     void save() noexcept;
@@ -27,7 +27,7 @@ private:
     InvalidParameterHandler m_handler = nullptr;
 };
 
-/// Turns the calling thread into a fiber, to which others return. One at a time.
+/// Converts the calling thread to a fiber, to which the other fibers return. Only one object may exist at a time.
 class MainFiber {
 public:
     MainFiber();
@@ -46,7 +46,7 @@ private:
     ThreadState m_state;
 };
 
-/// Runs one function after the other. The destructor drops the rest of a function that has not ended: objects on its
+/// Runs one function after another. If a function has not ended, the destructor drops the rest of it: objects on its
 /// stack are not destroyed, as if the process had been killed.
 class Fiber {
 public:

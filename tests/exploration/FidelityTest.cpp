@@ -1,5 +1,5 @@
 /// \file
-/// The model against the system that runs the tests.
+/// Compares the model with the system that runs the tests.
 
 #include <algorithm>
 #include <iterator>
@@ -15,7 +15,8 @@ namespace {
 
 using exploration::Script;
 
-/// A step for which Wine differs from the documentation, which the model follows. See docs/platform-differences.md.
+/// A step for which Wine differs from the documentation. The model follows the documentation. See
+/// docs/platform-differences.md.
 struct Difference {
     const char* call;
     const char* system;
@@ -25,7 +26,7 @@ struct Difference {
 const Difference kDifferences[] = {
     // ERROR_LOCK_VIOLATION instead of ERROR_NOT_LOCKED.
     {"unlock", "failed 33", "failed 158"},
-    // The lock of another handle does not stop a write at the handle's own position.
+    // A lock of another handle does not prevent a write at the handle's own position.
     {"print", "done", "failed errno 13"},
     // A deleted file that is still open does not keep its name.
     {"open", "done", "failed errno 13"},
@@ -54,7 +55,7 @@ TEST(Fidelity, TheModelDoesWhatTheSystemDoes) {
                               << system[step] << ", model " << model[step] << "\n"
                               << testing::PrintToString(script.steps);
             }
-            break;  // later steps may depend on it
+            break;  // later steps may depend on this one
         }
     }
 }

@@ -49,9 +49,9 @@ bool FileSystem::isShared(const File& file, DWORD mode) const {
     });
 }
 
-/// "Creating and Opening Files": the access of a new handle must be allowed by the sharing modes of all others, and the
-/// access of the others by the sharing mode of the new one; otherwise ERROR_SHARING_VIOLATION. A file whose deletion is
-/// pending cannot be opened.
+/// "Creating and Opening Files": the sharing modes of all open handles must allow the access of a new handle, and its
+/// sharing mode must allow theirs; otherwise ERROR_SHARING_VIOLATION. A file whose deletion is pending cannot be
+/// opened.
 HANDLE FileSystem::open(const std::string& path, DWORD access, DWORD sharing, DWORD disposition) {
     point();
     const auto found = m_files.find(path);
@@ -98,8 +98,8 @@ HANDLE FileSystem::open(const std::string& path, DWORD access, DWORD sharing, DW
     return reinterpret_cast<HANDLE>(handle);
 }
 
-/// "LockFileEx function": another process has no access to an exclusively locked range, and no other handle of the same
-/// process either: ERROR_LOCK_VIOLATION.
+/// "LockFileEx function": no other handle, of this process or another, can access an exclusively locked range:
+/// ERROR_LOCK_VIOLATION.
 bool FileSystem::writeAt(HANDLE handle, const Handle& open, std::uint64_t position, std::string_view bytes) {
     File& file = *open.file;
     for (const Range& range : file.locks) {
@@ -137,8 +137,8 @@ bool FileSystem::write(HANDLE handle, std::string_view bytes) {
     return true;
 }
 
-/// "LockFileEx function": a lock fails with ERROR_LOCK_VIOLATION if any handle, this one included, has locked a part of
-/// the range. A range may lie past the end of the file.
+/// "LockFileEx function": a lock fails with ERROR_LOCK_VIOLATION if any handle, even this one, has locked a part of the
+/// range. The range may be past the end of the file.
 bool FileSystem::lock(HANDLE handle, std::uint64_t begin, std::uint64_t count) {
     point();
     const Handle* const open = find(handle, 0);
@@ -157,7 +157,7 @@ bool FileSystem::lock(HANDLE handle, std::uint64_t begin, std::uint64_t count) {
     return true;
 }
 
-/// "UnlockFileEx function": the range must be exactly one that this handle has locked.
+/// "UnlockFileEx function": the handle must have locked exactly this range.
 bool FileSystem::unlock(HANDLE handle, std::uint64_t begin, std::uint64_t count) {
     point();
     const Handle* const open = find(handle, 0);
@@ -177,8 +177,8 @@ bool FileSystem::unlock(HANDLE handle, std::uint64_t begin, std::uint64_t count)
     return true;
 }
 
-/// "DeleteFileW function": ERROR_SHARING_VIOLATION while a handle does not share deletion. Otherwise the file stays
-/// until its last handle is closed, and cannot be opened meanwhile.
+/// "DeleteFileW function": ERROR_SHARING_VIOLATION if an open handle does not share deletion. Otherwise the file exists
+/// until its last handle is closed, and cannot be opened in the meantime.
 bool FileSystem::remove(const std::string& path) {
     point();
     const auto found = m_files.find(path);
@@ -199,8 +199,8 @@ bool FileSystem::remove(const std::string& path) {
     return true;
 }
 
-/// "MoveFileExW function", without MOVEFILE_REPLACE_EXISTING: ERROR_ALREADY_EXISTS if there is a file of the new name,
-/// ERROR_SHARING_VIOLATION if a handle does not share deletion.
+/// "MoveFileExW function", without MOVEFILE_REPLACE_EXISTING: ERROR_ALREADY_EXISTS if a file has the new name,
+/// ERROR_SHARING_VIOLATION if an open handle does not share deletion.
 bool FileSystem::move(const std::string& from, const std::string& to) {
     point();
     const auto trace = [&](const char* result) {
@@ -234,7 +234,7 @@ std::optional<std::uint64_t> FileSystem::size(HANDLE handle) const {
     return found->second.file->contents.size();
 }
 
-/// Ends what the closing of `handle` ends: its locks, and the file if its deletion is pending.
+/// Releases the locks of a handle that is closed, and removes the file if its deletion is pending.
 void FileSystem::closed(const std::shared_ptr<File>& file, HANDLE handle) {
     std::erase_if(file->locks, [handle](const Range& range) { return range.owner == handle; });
     const bool isOpen =

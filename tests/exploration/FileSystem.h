@@ -1,5 +1,5 @@
 /// \file
-/// A model of files: names, sharing modes, locks of byte ranges, deleting and renaming. Like the other parts of the
+/// A model of files: names, sharing modes, locks of byte ranges, deleting and renaming. As in the other parts of the
 /// model, a call that fails sets the last error.
 #pragma once
 
@@ -49,10 +49,10 @@ public:
 
     // ---- For scenarios ----
 
-    /// Whether calls are scheduling points. A scenario that is not about files makes them act at once.
+    /// Whether calls are scheduling points. In a scenario that is not about files, they are not.
     void setScheduling(bool isScheduled) { m_isScheduled = isScheduled; }
 
-    /// From now on the disk has `bytes` of free space.
+    /// Sets the free space of the disk to `bytes`.
     void setFreeSpace(std::uint64_t bytes) { m_freeSpace = bytes; }
 
     void put(const std::string& path, std::string contents);

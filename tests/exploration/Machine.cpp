@@ -6,10 +6,10 @@ namespace exploration {
 
 namespace {
 
-// Other threads of this program, which the runtime or the system start, use the system.
+// Threads that the runtime or the system start use the real system.
 thread_local Machine* s_current = nullptr;
 
-/// The handles of the model are larger than any of the system.
+/// The handles of the model are larger than any handle of the system.
 constexpr std::uintptr_t kFirstHandle = 0x10000000;
 
 std::string narrow(const std::wstring& text) {
@@ -20,7 +20,8 @@ std::string narrow(const std::wstring& text) {
     return result;
 }
 
-/// The rights that the entries of an access list deny. "Order of ACEs in a DACL": a denial that comes first counts.
+/// The rights that the entries of an access list deny. "Order of ACEs in a DACL": a denial takes effect if it comes
+/// first.
 DWORD refusedRights(const SECURITY_ATTRIBUTES* attributes) {
     if (!attributes || !attributes->lpSecurityDescriptor) {
         return 0;
@@ -133,9 +134,8 @@ std::optional<bool> Machine::close(HANDLE handle) {
 
 // ---- Events, mutexes, mappings --------------------------------------------------------------------------------------
 
-/// "CreateMutexW function": an existing object of the name is opened with all rights, and the last error is
-/// ERROR_ALREADY_EXISTS. "If the name matches an object of another type, the function fails with
-/// ERROR_INVALID_HANDLE."
+/// "CreateMutexW function": an existing object with the name is opened with all rights, and the last error is
+/// ERROR_ALREADY_EXISTS. "If the name matches an object of another type, the function fails with ERROR_INVALID_HANDLE."
 HANDLE Machine::create(KernelObject object, const SECURITY_ATTRIBUTES* attributes, DWORD access) {
     if (!object.name.empty()) {
         if (std::shared_ptr<KernelObject> existing = named(object.name)) {
@@ -188,8 +188,8 @@ HANDLE Machine::createMutex(const SECURITY_ATTRIBUTES* attributes, bool isOwned,
     return handle;
 }
 
-/// "CreateFileMappingW function": a mapping of a file needs a size unless the file has one. The rights that the call
-/// asks for include those of "Standard Access Rights", like WRITE_DAC.
+/// "CreateFileMappingW function": a mapping of an empty file needs a size. The call requests rights that include the
+/// "Standard Access Rights", such as WRITE_DAC.
 HANDLE Machine::createMapping(const SECURITY_ATTRIBUTES* attributes, HANDLE file, std::uint64_t size,
                               const wchar_t* name) {
     schedulingPoint();
@@ -205,7 +205,7 @@ HANDLE Machine::createMapping(const SECURITY_ATTRIBUTES* attributes, HANDLE file
     return handle;
 }
 
-/// "OpenMutexW function": ERROR_FILE_NOT_FOUND if no object has the name.
+/// "OpenMutexW function": ERROR_FILE_NOT_FOUND if no object has this name.
 HANDLE Machine::open(KernelObject::Kind kind, DWORD access, const wchar_t* name) {
     schedulingPoint();
     std::shared_ptr<KernelObject> object = named(name);
@@ -254,8 +254,8 @@ bool Machine::resetEvent(HANDLE handle) {
     return true;
 }
 
-/// "ReleaseMutex function": ERROR_NOT_OWNER if the thread does not own the mutex. Each wait of the owner needs one
-/// release.
+/// "ReleaseMutex function": ERROR_NOT_OWNER if the thread does not own the mutex. For each wait, the owner must release
+/// once.
 bool Machine::releaseMutex(HANDLE handle) {
     schedulingPoint();
     Handle* const found = find(handle, KernelObject::Kind::Mutex, 0);
@@ -299,7 +299,7 @@ bool Machine::take(KernelObject& object, TaskId task, DWORD& result) {
     return true;
 }
 
-/// Gives an object that is free to waiters. "Do not assume a first-in, first-out (FIFO) order."
+/// Gives a free object to waiters. "Do not assume a first-in, first-out (FIFO) order."
 void Machine::release(KernelObject& object) {
     while (!object.waiters.empty()) {
         const auto chosen =

@@ -1,8 +1,9 @@
 /// \file
-/// A model of the parts of Windows that the locks, the conditions and the secured objects use, as its documentation
-/// describes them. Each rule names the page. Every call is a scheduling point; calls outside of a task act at once.
+/// A model of the parts of Windows that the locks, the conditions and the secured objects use. It follows the
+/// documentation of Windows; each rule names the page. Every call is a scheduling point, except calls outside of a
+/// task.
 ///
-/// A call that fails sets the last error, as the system does.
+/// A call that fails sets the last error, like the system.
 #pragma once
 
 #include <cstdint>
@@ -21,10 +22,10 @@
 
 namespace exploration {
 
-/// The task of calls that no task makes.
+/// The "task" of calls outside of all tasks.
 inline constexpr TaskId kNoTask = ~0u;
 
-/// A scheduling point, unless no task makes the call.
+/// A scheduling point, unless the call is outside of all tasks.
 void schedulingPoint();
 
 /// Records a call for the trace of a failure. `text` returns its line.
@@ -39,8 +40,8 @@ void traceCall(const Text& text) {
 struct KernelObject {
     enum class Kind { Event, Mutex, Mapping };
 
-    /// A task that waits. A release decides which waiter gets the object, at once: a task that begins to wait later
-    /// cannot take it.
+    /// A waiting task. A release gives the object to a waiter at once, so a task that begins to wait later cannot
+    /// acquire it.
     struct Waiter {
         TaskId task;
         std::optional<DWORD> result;
@@ -67,10 +68,10 @@ public:
     Machine(const Machine&) = delete;
     Machine& operator=(const Machine&) = delete;
 
-    /// Null while there is none: then calls go to the system.
+    /// Null if no model exists; calls then go to the system.
     static Machine* current() noexcept;
 
-    /// The caller of calls that no task makes, for scripts.
+    /// The caller of calls outside of all tasks, for scripts.
     void setCaller(TaskId task, ProcessId process);
     [[nodiscard]] TaskId task() const;
     [[nodiscard]] ProcessId process() const;
@@ -87,7 +88,7 @@ public:
     bool releaseMutex(HANDLE handle);
     DWORD wait(HANDLE handle, DWORD milliseconds);
 
-    /// Closes a handle of this model. Nothing for a handle of the system.
+    /// Closes a handle of this model. Does nothing for a handle of the system.
     std::optional<bool> close(HANDLE handle);
 
     // ---- Critical sections ----
@@ -105,7 +106,8 @@ public:
 
     // ---- For the properties of scenarios ----
 
-    /// From now on, a task that leaves a critical section of another is counted instead of ending the schedule.
+    /// After this call, a task that leaves a critical section of another task is counted, and does not end the
+    /// schedule.
     void countMisuse() { m_isMisuseCounted = true; }
     [[nodiscard]] unsigned int misuses() const { return m_misuses; }
 
@@ -115,7 +117,7 @@ public:
     [[nodiscard]] bool holds(const void* address) const;
     [[nodiscard]] std::size_t heldSections() const;
 
-    /// How often a wait returned WAIT_ABANDONED, and how often an auto-reset event was given to a task.
+    /// The number of waits that returned WAIT_ABANDONED, and of auto-reset events that were given to a task.
     [[nodiscard]] std::size_t abandonedWaits() const { return m_abandonedWaits; }
     [[nodiscard]] std::size_t givenCount() const { return m_given; }
 

@@ -16,7 +16,7 @@ using vorel::NamedCondition;
 
 constexpr const wchar_t* kName = L"explored";
 
-/// A signaller, and waiters that each wait once.
+/// A signaller and waiters. Each waiter waits once.
 class SignalAndWait final : public SystemScenario {
 public:
     SignalAndWait(unsigned int waiters, int timeoutMs) : m_waiters(waiters), m_timeoutMs(timeoutMs) {}
@@ -25,7 +25,7 @@ private:
     void start() override {
         task("signaller", 1, [this] {
             NamedCondition condition(kName);
-            // The signal is kept only while some process has the condition open.
+            // A signal is kept only while a process has the condition open.
             await([this] { return m_open == m_waiters; });
             condition.signal();
             await([this] { return m_returned != 0; });
@@ -56,7 +56,7 @@ private:
     unsigned int m_signalled = 0;
 };
 
-/// A waiter that is killed at any call. A signal that it did not take is for the next one.
+/// A waiter that is killed at any call. If it did not receive the signal, the next waiter does.
 class KilledWaiter final : public SystemScenario {
 public:
     explicit KilledWaiter(unsigned long long& kills) : m_kills(kills) {}

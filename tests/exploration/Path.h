@@ -8,7 +8,7 @@
 
 namespace exploration {
 
-/// The decisions of a schedule, and how many options each had.
+/// The decisions of a schedule, and the number of options of each decision.
 class Path {
 public:
     Path() = default;
@@ -20,7 +20,7 @@ public:
 
     void restart() { m_length = 0; }
 
-    /// The next decision: that of the schedule before, or the first option. Null when the schedule has changed.
+    /// The next decision: the same as in the previous schedule, or the first option. Null if the schedule has changed.
     std::optional<std::size_t> decide(std::size_t options) {
         if (m_length == m_steps.size()) {
             m_steps.push_back({0, options});
@@ -32,7 +32,7 @@ public:
         return step.options == options && step.chosen < options ? std::optional(step.chosen) : std::nullopt;
     }
 
-    /// Continues with the next schedule; false if there is none.
+    /// Continues with the next schedule; false if there are no more.
     bool advance() {
         m_steps.resize(m_length);
         while (!m_steps.empty() && m_steps.back().chosen + 1 == m_steps.back().options) {

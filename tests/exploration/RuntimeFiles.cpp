@@ -9,7 +9,7 @@ namespace exploration {
 
 namespace {
 
-/// "_doserrno, errno, _sys_errlist": how the runtime translates errors of the system.
+/// "_doserrno, errno, _sys_errlist": how the runtime converts errors of the system.
 int runtimeError(DWORD error) {
     switch (error) {
     case ERROR_FILE_NOT_FOUND:

@@ -1,5 +1,5 @@
 /// \file
-/// A model of the C runtime's files: descriptors and streams in text mode, over the model of files.
+/// A model of the C runtime's files: descriptors and streams in text mode. It uses the model of files.
 #pragma once
 
 #include <cstdio>
@@ -19,7 +19,7 @@ class RuntimeFiles {
 public:
     explicit RuntimeFiles(FileSystem& files) : m_files(files) {}
 
-    /// `_sopen_s`, with _O_WRONLY, _O_CREAT and perhaps _O_APPEND. Returns 0 or the error.
+    /// `_sopen_s` with _O_WRONLY, _O_CREAT and optionally _O_APPEND. Returns 0 or the error.
     int open(int& descriptor, const char* path, int flags, int sharing);
 
     /// The handle of a descriptor of this model; null for other descriptors.

@@ -25,7 +25,7 @@ struct Task {
     }
 };
 
-/// What the scheduler can do next.
+/// A possible next step of the scheduler.
 struct Option {
     enum class Kind { Run, TimeOut, Kill };
 
@@ -34,7 +34,7 @@ struct Option {
     unsigned int preemptions;
 };
 
-/// Creates fibers only for those that were dropped.
+/// Reuses fibers, and creates new ones only in place of dropped fibers.
 class FiberPool {
 public:
     std::unique_ptr<Fiber> take() {
@@ -62,7 +62,7 @@ private:
 class Schedule;
 thread_local Schedule* s_running = nullptr;
 
-/// One schedule: runs the tasks as the path decides.
+/// One schedule: runs the tasks in the order that the path gives.
 class Schedule final : public Scheduler {
 public:
     Schedule(Scenario& scenario, FiberPool& fibers, Path& path, const Limits& limits, bool isTracing)
@@ -92,7 +92,7 @@ public:
             task.plan = std::move(plan);
             task.fiber = m_fibers.take();
         }
-        for (Task& task : m_tasks) {  // now that they have their places
+        for (Task& task : m_tasks) {  // their addresses no longer change
             task.fiber->start([this, &task] {
                 try {
                     task.plan.body();
@@ -112,7 +112,7 @@ public:
         return m_failure;
     }
 
-    /// Whether an option was left out because of the limit on preemptions.
+    /// Whether an option was omitted because of the limit on preemptions.
     [[nodiscard]] bool hasLeftOut() const { return m_hasLeftOut; }
 
     [[nodiscard]] TaskId task() const override { return *m_current; }
@@ -187,7 +187,7 @@ private:
         return result;
     }
 
-    /// Decides who continues, and runs that task to its next scheduling point. False if nobody can continue.
+    /// Decides which task continues, and runs it to its next scheduling point. False if no task can continue.
     bool step() {
         const std::vector<Option> options = allOptions();
         if (options.empty()) {
@@ -220,8 +220,9 @@ private:
             if (!task.isLive()) {
                 return;
             }
-            // Leaving a task that can continue is a preemption. So is a time limit that runs out, or a sleep that ends,
-            // while others can continue: a limit on preemptions then also limits how often a task tries in vain.
+            // Leaving a task that can continue is a preemption. If other tasks can continue, the end of a time limit or
+            // of a sleep also counts as one, so that a limit on preemptions also limits the number of failed attempts
+            // of a task.
             unsigned int preemptions = lastCanContinue && id != *m_last ? 1 : 0;
             if (task.canContinue()) {
                 offer(options, {Option::Kind::Run, id, preemptions});

@@ -1,12 +1,12 @@
 /// \file
-/// Tries every order in which tasks can make their calls of the system (stateless model checking: P. Godefroid, "Model
+/// Tries every order in which tasks can make their system calls (stateless model checking: P. Godefroid, "Model
 /// Checking for Programming Languages using VeriSoft", 1997; with a limit on preemptions: M. Musuvathi and S. Qadeer,
 /// "Iterative Context Bounding for Systematic Testing of Multithreaded Programs", 2007).
 ///
-/// A task is a thread of the program under test, as a fiber. It runs alone until it reaches a scheduling point: the
-/// moment before a call of the system, and the moment after one that releases something. There the scheduler decides
-/// who continues. A schedule is the list of these decisions. The next schedule repeats all but the last decision that
-/// has another option, until none has.
+/// A task is a thread of the program under test, run as a fiber. It runs alone until it reaches a scheduling point:
+/// before each system call, and after each call that releases something. There the scheduler decides which task
+/// continues. A schedule is the list of these decisions. The next schedule changes the last decision that has another
+/// option, and repeats all decisions before it, until no decision has another option.
 #pragma once
 
 #include <chrono>
@@ -37,7 +37,7 @@ struct Plan {
 /// How the tasks of a schedule ended.
 enum class Ending { Finished, Killed, Blocked };
 
-/// One run of the tasks: the objects that they share, and the properties that must hold. Each schedule has a new one.
+/// One run of the tasks: the objects that they share, and the properties to check. Each schedule has a new scenario.
 class Scenario {
 public:
     Scenario() = default;
@@ -48,7 +48,7 @@ public:
 
     virtual std::vector<Plan> plans() = 0;
 
-    /// Called outside of all tasks after a thread has ended, and after the process of some tasks was killed.
+    /// Called outside of all tasks: after a thread has ended, and after a process was killed.
     virtual void taskEnded(TaskId) {}
     virtual void processKilled(ProcessId) {}
 
@@ -62,7 +62,7 @@ struct Limits {
     unsigned int preemptions = kUnlimited;  ///< switches from a task that could continue
     unsigned int kills = 0;                 ///< processes that are killed in one schedule
     std::chrono::milliseconds time = std::chrono::hours(1);
-    std::size_t decisions = 2000;  ///< a longer schedule is one that never ends
+    std::size_t decisions = 2000;  ///< a longer schedule counts as endless
 };
 
 struct Failure {
@@ -85,7 +85,7 @@ struct Result {
 
 using ScenarioFactory = std::function<std::unique_ptr<Scenario>()>;
 
-/// Runs all schedules within `limits`, with few preemptions first, until one fails.
+/// Runs all schedules within `limits`, those with few preemptions first, until one fails.
 Result explore(const ScenarioFactory& factory, const Limits& limits);
 
 /// Runs the schedule of a failure again.
@@ -94,10 +94,10 @@ std::optional<Failure> replay(const ScenarioFactory& factory, const Limits& limi
 
 enum class Wake { Resumed, TimedOut };
 
-/// The scheduler of the schedule that runs. For the model of the system.
+/// The scheduler of the running schedule. For the model of the system.
 class Scheduler {
 public:
-    /// Null while no schedule runs.
+    /// Null if no schedule is running.
     static Scheduler* running() noexcept;
 
     /// Whether the caller is a task of a running schedule.
@@ -116,16 +116,16 @@ public:
     /// wait has timed out.
     virtual Wake block(std::function<bool()> isFree, std::optional<Tick> milliseconds) = 0;
 
-    /// A scheduling point at which the others go first.
+    /// A scheduling point at which the other tasks run first.
     virtual void sleep(Tick milliseconds) = 0;
 
     /// Chooses one of `count` (at least 1) possible results of a call.
     virtual std::size_t choose(std::size_t count) = 0;
 
-    /// Reports that a property does not hold. Ends the schedule when called from a task, so it does not return there.
+    /// Reports a violated property. Called from a task, it ends the schedule and does not return.
     virtual void fail(const std::string& message) = 0;
 
-    /// Whether the calls are recorded, so that their texts are needed.
+    /// Whether calls are recorded. Only then are their texts needed.
     [[nodiscard]] virtual bool isTracing() const = 0;
     virtual void trace(const std::string& line) = 0;
 };

@@ -1,5 +1,5 @@
 /// \file
-/// The explorer itself: it runs every order once, and finds races of a textbook.
+/// The explorer itself: it runs every order once, and finds textbook races.
 
 #include <cerrno>
 #include <set>
@@ -19,7 +19,7 @@ using exploration::Result;
 using exploration::Scenario;
 using exploration::Scheduler;
 
-/// Tasks that do `steps` steps each. Every order is recorded.
+/// Tasks that make `steps` steps each. Every order is recorded.
 class Steps final : public Scenario {
 public:
     Steps(std::vector<unsigned int> steps, std::multiset<std::string>& orders)
@@ -61,7 +61,8 @@ std::multiset<std::string> ordersOf(const std::vector<unsigned int>& steps, cons
 
 TEST(Scheduler, RunsEveryOrderOnceForEachLevel) {
     Result result;
-    // With up to 0, 1, 2 … preemptions; the last level has all 3!/(2! 1!) = 3 orders of AAB, and no option is omitted.
+    // The levels have up to 0, 1, 2 … preemptions. The last level has all 3!/(2! 1!) = 3 orders of AAB, and no option
+    // is omitted.
     const std::multiset<std::string> orders = ordersOf({2, 1}, {}, result);
     EXPECT_EQ(std::set<std::string>(orders.begin(), orders.end()), (std::set<std::string>{"AAB", "ABA", "BAA"}));
     EXPECT_EQ(orders.count("AAB"), 2u) << "without, and with up to one preemption";
@@ -78,7 +79,7 @@ TEST(Scheduler, RunsEveryOrderOnceForEachLevel) {
 
 TEST(Scheduler, LimitsPreemptions) {
     for (const auto& [limit, orders] : {std::pair{0u, 2u}, {1u, 6u - 2u}, {2u, 6u}}) {
-        // AABB and BBAA need none, ABBA and BAAB one, ABAB and BABA two.
+        // AABB and BBAA need no preemption, ABBA and BAAB one, ABAB and BABA two.
         Result result;
         const std::multiset<std::string> found = ordersOf({2, 2}, {.preemptions = limit}, result);
         EXPECT_EQ(std::set<std::string>(found.begin(), found.end()).size(), orders) << limit;
@@ -216,7 +217,7 @@ TEST(Scheduler, ReportsTasksThatNeverEnd) {
     EXPECT_EQ(result.failure->message, "the tasks never end");
 }
 
-/// A task that sleeps, and one that works meanwhile.
+/// A task that sleeps, and a task that works meanwhile.
 class Sleeper final : public Scenario {
 public:
     explicit Sleeper(std::multiset<std::string>& orders) : m_orders(orders) {}

@@ -26,7 +26,7 @@ namespace exploration {
 
 namespace {
 
-/// The words of a step. Those that are missing are empty.
+/// The words of a step. Missing words are empty.
 class Words {
 public:
     explicit Words(const std::string& step) {
@@ -42,7 +42,7 @@ private:
     std::array<std::string, 6> m_words;
 };
 
-/// A thread that makes steps when it is asked to.
+/// A thread that makes steps on request.
 class Worker {
 public:
     Worker() : m_thread([this] { loop(); }) {}
@@ -90,7 +90,8 @@ private:
     std::thread m_thread;
 };
 
-/// A security descriptor like that of the library's objects: everyone may use them, nobody may change their security.
+/// A security descriptor like that of the library's objects: everyone may use the object, nobody may change its
+/// security.
 class SharedDescriptor {
 public:
     SharedDescriptor() {
@@ -117,7 +118,7 @@ private:
     SECURITY_ATTRIBUTES m_attributes{sizeof(SECURITY_ATTRIBUTES), &m_descriptor, FALSE};
 };
 
-/// The objects of one run of a script. Names and files are used by no other run.
+/// The objects of one run of a script. Other runs use other names and files.
 class Run {
 public:
     explicit Run(bool isSimulated) : m_prefix(uniquePrefix()) {

@@ -9,7 +9,7 @@ namespace exploration {
 
 namespace {
 
-/// Chooses one of some texts.
+/// Chooses one of several texts.
 struct Pick {
     std::string operator()(std::initializer_list<const char*> texts) const {
         return texts.begin()[random() % texts.size()];
@@ -18,7 +18,7 @@ struct Pick {
     std::mt19937& random;
 };
 
-/// A step for a random script. Slots and names are few, so that steps meet.
+/// A step for a random script. There are few slots and names, so that steps affect each other.
 std::string randomStep(std::mt19937& random) {
     const Pick pick{random};
     const std::string thread = pick({"A ", "B ", "C "});

@@ -1,5 +1,5 @@
 /// \file
-/// The secured objects: processes that open an object first at the same time, and one that is killed half-way.
+/// The secured objects: several processes open a new object at the same time, and one is killed during its calls.
 
 #include <functional>
 #include <string>
@@ -18,7 +18,7 @@ constexpr const wchar_t* kName = L"explored";
 constexpr const wchar_t* kFile = L"C:\\mapped";
 constexpr unsigned long kSize = 4096;
 
-/// Obtains an object and sets `created`. Returns its handle, or null.
+/// Obtains an object and sets `created`. Returns the handle, or null.
 using Obtain = void* (*)(bool& created);
 
 void* obtainMutex(bool& created) {
@@ -42,8 +42,8 @@ void* obtainFileMapping(bool& created) {
                                                 &created);
 }
 
-/// Processes that obtain one object and keep it until all have it. `missed` counts the processes that got none, because
-/// the only process that had it was killed after it had refused their creation.
+/// Processes that obtain one object and keep it until all have it. `missed` counts the processes that did not get it:
+/// they could not create it while another process had it, and that process was killed before they opened it.
 class FirstOpening final : public SystemScenario {
 public:
     FirstOpening(Obtain obtain, unsigned int processes, unsigned long long& missed)
@@ -101,7 +101,7 @@ TEST_F(SecuredObjectsExploration, AllThatLiveGetTheObjectWhenOneIsKilled) {
     for (const Obtain obtain : kObtain) {
         unsigned long long missed = 0;
         explores<FirstOpening>({.preemptions = 2, .kills = 1}, obtain, 3u, std::ref(missed));
-        // It tries once, by design: its header tells callers to try again.
+        // By design, the function tries only once: its documentation tells callers to try again.
         EXPECT_EQ(missed != 0, obtain == &obtainMapping);
     }
 }

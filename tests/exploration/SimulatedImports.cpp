@@ -16,7 +16,7 @@ namespace exploration {
 
 namespace {
 
-/// The ids of the model's tasks, as the system would number its threads.
+/// The ids of the model's tasks, like the thread ids of the system.
 constexpr DWORD kThreadIdStep = 4;
 
 std::string narrowPath(const wchar_t* path) {
@@ -32,7 +32,7 @@ std::uint64_t wide(DWORD high, DWORD low) {
 }
 
 /// An import and its replacement: calls `Simulated` if there is a model, otherwise the system. `Simulated` may take the
-/// original as its second argument, to pass calls on that are not for the model.
+/// original as its second argument, to forward calls that are not for the model.
 template <auto& Slot, auto Simulated>
 class Import;
 
@@ -143,7 +143,7 @@ constexpr auto kCloseHandle = [](Machine& machine, HANDLE handle) -> BOOL {
 
 // ---- The C runtime --------------------------------------------------------------------------------------------------
 
-// Streams and descriptors that are not of the model belong to the test framework.
+// Streams and descriptors that do not belong to the model belong to the test framework.
 
 constexpr auto kOpenDescriptor = [](Machine& machine, int* descriptor, const char* path, int flags, int sharing,
                                     int) -> errno_t {

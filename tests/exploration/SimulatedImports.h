@@ -1,5 +1,5 @@
 /// \file
-/// Sends this program's calls of the system to the model, while there is one.
+/// Redirects the system calls of this program to the model, while there is a model.
 #pragma once
 
 #include <memory>

@@ -20,7 +20,7 @@ std::vector<std::size_t> decisionsToReplay() {
     return decisions;
 }
 
-/// The time for each exploration, if the environment sets one.
+/// The time limit for each exploration, if the environment sets one.
 std::optional<std::chrono::seconds> secondsFromEnvironment() {
     const char* const text = std::getenv("VOREL_EXPLORE_SECONDS");
     return text ? std::optional(std::chrono::seconds(std::atoi(text))) : std::nullopt;

@@ -17,11 +17,11 @@
 
 namespace exploration {
 
-/// The process of the objects that a scenario creates in `start`.
+/// The process that owns the objects that a scenario creates in `start`.
 inline constexpr ProcessId kMainProcess = 1;
 
-/// An object that dies with its process: it is destroyed only by `destroy`, because its process may have been killed,
-/// or a task may be within one of its functions.
+/// An object that belongs to a process. It is destroyed only by `destroy`, because its process may have been killed, or
+/// a task may be in one of its functions.
 template <class T>
 class ProcessObject {
 public:
@@ -60,7 +60,7 @@ protected:
     /// Adds a task. For `start`.
     void task(const char* name, ProcessId process, std::function<void()> body);
 
-    /// Blocks the calling task until `isReached`, as a program would with another event.
+    /// Blocks the calling task until `isReached` returns true, as a program would with another event.
     static void await(std::function<bool()> isReached);
 
     /// Called after a process was killed.

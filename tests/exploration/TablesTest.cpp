@@ -1,6 +1,6 @@
 /// \file
-/// The tables of the library that threads change: the threads that do not log, and the spy. The debug targets are not
-/// here: they make no call of the system, so they have no scheduling point.
+/// Tables of the library that several threads change: the silenced threads, and the spy. The debug targets are not
+/// tested here, because they make no system call and so have no scheduling point.
 
 #include "exploration/SystemScenario.h"
 #include "vorel/core/MemoryAccounting.h"
@@ -13,7 +13,7 @@ using exploration::require;
 using exploration::SystemScenario;
 using vorel::Exception;
 
-/// Threads that switch their logging off and on. Each sees its own setting only.
+/// Threads that switch their logging off and on. Each sees only its own setting.
 class SilencedThreads final : public SystemScenario {
 public:
     explicit SilencedThreads(unsigned int threads) : m_threads(threads) {}
@@ -49,7 +49,7 @@ struct Registry : vorel::AllocBase {
     using AllocBase::registeredSpy;
 };
 
-/// Threads that each register a spy: one of them stays.
+/// Threads that register a spy each. One spy stays registered.
 class Spies final : public SystemScenario {
     void start() override {
         for (Spy& spy : m_spies) {

@@ -1,4 +1,4 @@
-"""Plants faults in the library, one at a time, and checks that the explorer finds each.
+"""Plants faults in the library, one at a time, and checks that the explorer finds each fault.
 
 Run it as `./dev explore --faults`. It needs the release build. With --others it also runs all other tests, to list the
 faults that only the explorer finds.

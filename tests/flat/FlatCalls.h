@@ -1,6 +1,6 @@
 /// \file
-/// Helpers for tests of the flat interface. A read beyond the end of an input faults. Each output is requested with
-/// every capacity.
+/// Helpers for tests of the flat interface. A read past the end of an input faults. Each output is requested with every
+/// capacity.
 ///
 ///     const test::FlatText text(L"QQ==");
 ///     EXPECT_EQ(test::flatOutput<unsigned char>([&](auto... out) { return vorel_base64_decode(text, out...); }), …);
@@ -50,7 +50,7 @@ struct FlatBytes : FlatInput<unsigned char> {
     FlatBytes(std::string_view bytes) : FlatInput(bytes) {}
 };
 
-/// Whether a zero follows the output if the buffer has space.
+/// Whether a zero is written after the output if the buffer has space.
 template <class Unit>
 constexpr bool kEndsInZero = std::is_same_v<Unit, vorel_char16> || std::is_same_v<Unit, char>;
 
@@ -114,7 +114,7 @@ std::string flatBytes(Call&& call) {
     return {bytes.begin(), bytes.end()};
 }
 
-/// The status of a failing call. The call must not change the buffer or the length.
+/// The status of a call that must fail. The call must not change the buffer or the length.
 template <class Unit, class Call>
 vorel_status flatFailure(Call&& call) {
     std::vector<Unit> buffer(64, Unit{kFill});

@@ -19,7 +19,7 @@ using test::flatText;
 
 // ---- Values ---------------------------------------------------------------------------------------------------------
 
-/// Whether `value` still is value-initialised.
+/// Whether `value` is still value-initialised.
 template <class Value>
 bool isUntouched(const Value& value) {
     const auto* const bytes = reinterpret_cast<const unsigned char*>(&value);

@@ -25,7 +25,7 @@ namespace blocks = heap::blocks;
 constexpr int kFault = static_cast<int>(EXCEPTION_ACCESS_VIOLATION);
 constexpr int kAborted = 3;
 
-// The compiler would warn about these errors. Volatile pointers hide the blocks from it.
+// The compiler would warn about these errors. Volatile pointers hide the blocks from the compiler.
 void* (*volatile allocate)(std::size_t) = &std::malloc;
 void (*volatile deallocate)(void*) = &std::free;
 volatile char* volatile hidden = nullptr;
@@ -196,7 +196,7 @@ TEST(GuardedHeap, Calloc_ReturnsZeros) {
     std::free(block);
 }
 
-/// The blocks need more pages than the region has. Free pages are reused, pages of live blocks are not.
+/// The blocks need more pages than the region has. Free pages are reused; pages of live blocks are not.
 TEST(GuardedHeap, ReusesFreePagesWhenRegionIsUsedUp) {
     constexpr std::size_t kBytes = std::size_t{1} << 27;
     auto* const kept = static_cast<char*>(std::calloc(1, 5));

@@ -1,4 +1,4 @@
-// Tests of the leak check. The tests that it checks are disabled, and run in separate processes.
+// Tests of the leak check. The tests that are checked are disabled, and run in separate processes.
 
 #include <cstdlib>
 #include <string>

@@ -1,5 +1,5 @@
-// Tests of the debug build, in which undefined behaviour ends the program. Each case has undefined behaviour of one
-// kind, in a separate process.
+// Tests of the debug build, in which undefined behaviour ends the program. Each case has one kind of undefined
+// behaviour, and runs in a separate process.
 
 #include <climits>
 #include <cstddef>

@@ -1,5 +1,5 @@
 /// \file
-/// A race of several threads or processes to open the same mappings of named files first.
+/// A race: several threads or processes open the same new mappings of named files at the same time.
 #pragma once
 
 #include <string>
@@ -42,13 +42,13 @@ private:
 
 struct MappingRace {
     std::wstring name;    ///< the prefix of the names of all mappings
-    std::wstring folder;  ///< of the files
+    std::wstring folder;  ///< the folder of the files
     long parties;
     int rounds;
 };
 
-/// Runs one party of the race, and returns the number of correct rounds: it has a mapping, all parties have the same
-/// one, and exactly one party created it. All parties start a round within microseconds.
+/// Runs one party of the race, and returns the number of correct rounds: the party has a mapping, all parties have the
+/// same mapping, and exactly one party created it. All parties start a round within microseconds.
 inline int runMappingRace(const MappingRace& race) {
     constexpr DWORD kSize = 4096;
     const SharedCounters meeting(Handle(CreateFileMappingW(INVALID_HANDLE_VALUE, nullptr, PAGE_READWRITE, 0, kSize,

@@ -176,7 +176,7 @@ TEST_F(SecuredFileMapping, NamesMayContainBlanksAndNonAsciiCharacters) {
 
 // ---- Failures ----
 
-/// The system's text for opening `path` like the library does, which must fail.
+/// The system's text for a failure to open `path` in the same way as the library.
 std::wstring textOfOpening(const std::wstring& path) {
     const Handle file(CreateFileW(path.c_str(), GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE,
                                   nullptr, OPEN_EXISTING, 0, nullptr));

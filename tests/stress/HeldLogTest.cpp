@@ -22,12 +22,12 @@ using std::chrono::milliseconds;
 using ::testing::ElementsAre;
 using vorel::Exception;
 
-/// A writer makes some of its attempts in this time, but not nearly all.
+/// In this time, a writer makes some of its attempts, but far from all.
 constexpr unsigned int kHoldMs = 300;
 
 class HeldLogTest : public ::testing::Test {
 protected:
-    /// Starts a process that locks the log for at most `holdMs`, and waits until it holds the lock.
+    /// Starts a process that locks the log for at most `holdMs`, and waits until the process holds the lock.
     void holdLog(unsigned int holdMs, const std::string& text = {}) {
         m_holder = std::make_unique<test::ChildProcess>(
             L"lock_holder",

@@ -1,5 +1,6 @@
 /// \file
-/// Kills processes while they write. Each leaves at most one partial line, and the other processes keep writing.
+/// Kills processes while they write. Each may leave one partial line at most, and the other processes must keep
+/// writing.
 
 #include <string>
 #include <string_view>

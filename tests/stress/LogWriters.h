@@ -36,13 +36,13 @@ public:
     /// `limitBytes` is the size limit that the writers set for the log.
     LogWriters(const TemporaryLog& log, long long limitBytes) : m_log(log), m_limitBytes(limitBytes) {}
 
-    /// Writers that are added from now on lock a common mutex for each line, so they never compete for the log.
+    /// Writers that are added after this call lock a common mutex for each line, so they never compete for the log.
     void takeTurns() { m_turn = NamedEvent::uniqueName(L"turn"); }
 
     /// Starts `count` processes, which wait for `go`.
     void add(unsigned int count, unsigned int linesPerThread);
 
-    /// Lets all added processes write.
+    /// Signals all added processes to start writing.
     void go() const { m_start.set(); }
 
     /// Waits until each writer has written some lines. Returns false after a limit.

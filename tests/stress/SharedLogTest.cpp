@@ -1,11 +1,12 @@
 /// \file
 /// Six processes with four threads each write to one log.
 ///
-/// The log silently drops a line that finds the file locked in all 31 attempts. So under contention no number of lines
-/// is guaranteed. But dropping a line takes 1.4 s of sleep, which the writer can measure. Each writer lists the calls
-/// that took so long that they may have been dropped. All other lines must be in the log, exactly once and complete. On
-/// two cores no call takes nearly that long (the slowest of 12,000 took 0.25 s), so in practice all lines are expected.
-/// Without contention, when the writers take turns, every line must be in the log, however long its call took.
+/// The log silently drops a line if the file is locked in all 31 attempts. So under contention, no number of lines is
+/// guaranteed. But before a line is dropped, the call sleeps for 1.4 s, which the writer can measure. Each writer lists
+/// the calls that took so long that their lines may have been dropped. All other lines must be in the log, exactly once
+/// and complete. On two cores no call takes nearly that long (the slowest of 12,000 took 0.25 s), so in practice all
+/// lines are expected. Without contention, when the writers take turns, every line must be in the log, however long its
+/// call took.
 
 #include <cstdio>
 #include <map>
@@ -49,7 +50,7 @@ TEST(SharedLogTest, ContainsEveryLineOnceWhenWritersTakeTurns) {
     ASSERT_TRUE(writers.finish());
     for (test::LogWriter& writer : writers.all()) {
         for (test::ThreadResult& thread : writer.threads) {
-            thread.slowLines.clear();  // without contention no line may be dropped
+            thread.slowLines.clear();  // without contention, no line may be dropped
         }
     }
     const std::vector<StressLineId> found = test::readStressLog(log.path(), writers);

@@ -1,6 +1,6 @@
 /// \file
 /// Six processes use the log, a named mutex, named conditions and conversions together for 10 seconds, or for
-/// VOREL_STRESS_SECONDS. Five of them are killed at random and started again. The first one runs all the time: its
+/// VOREL_STRESS_SECONDS. Five of them are killed at random and started again. The first process runs all the time; its
 /// memory and handles must not grow.
 
 #include <array>
@@ -63,7 +63,7 @@ public:
         }
     }
 
-    /// Kills and restarts one process after the other, in random order and at random intervals, for `length`.
+    /// Kills and restarts one process after another, in random order and at random intervals, for `length`.
     void run(std::chrono::seconds length) {
         std::mt19937 random(kSeed);
         std::uniform_int_distribution<unsigned int> victims(1, SoakStats::kProcesses - 1);

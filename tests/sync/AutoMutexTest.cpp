@@ -338,7 +338,7 @@ TEST_P(AbandonedAutoMutex, IsTakenWithAWarning) {
     EXPECT_TRUE(GetParam()(mutex));
     EXPECT_THAT(log.messages(), ElementsAre(abandonedWarning(name)));
     EXPECT_FALSE(isFreeForOthers(mutex));
-    mutex.unlock();  // one hold: those of the exited thread are not counted
+    mutex.unlock();  // one hold, because those of the exited thread are not counted
     EXPECT_TRUE(isFreeForOthers(mutex));
 }
 
@@ -354,8 +354,8 @@ TEST_P(AbandonedAutoMutex, CanBeTakenThroughAnotherObject) {
     mutex.unlock();
     EXPECT_TRUE(isFreeForOthers(mutex));
 
-    // The system reports the abandonment once. The object that the thread used still records it as the owner. So every
-    // lock and the destructor of that object throw, but other objects are not blocked.
+    // The system reports the abandonment once. The object that the thread used still records the thread as the owner.
+    // So every lock of that object and its destructor throw, but other objects are not blocked.
     EXPECT_THROW(abandoned->lock(0, true), Exception);
     EXPECT_TRUE(isFreeForOthers(mutex));
     EXPECT_THROW(delete abandoned, Exception);
@@ -385,7 +385,7 @@ TEST(AutoMutex, DestructorWaitsForTheOwner) {
         releasing = std::thread([&mutex, &held] {
             mutex.lock(1000, true);
             held.set();
-            vorel::Sleep(50);  // the destructor has started by then, or starts later: both are correct
+            vorel::Sleep(50);  // the destructor may have started by then, or start later; both are correct
             mutex.unlock();
         });
         ASSERT_TRUE(held.wait());

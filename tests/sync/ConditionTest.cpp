@@ -105,7 +105,7 @@ TEST_F(ConditionTest, WaitTimesOut) {
 }
 
 TEST_F(ConditionTest, WaitReleasesTheLockAndASignalWakesOneWaiter) {
-    m_waiters.start(2, kGenerousMs);  // acquires the lock while both wait
+    m_waiters.start(2, kGenerousMs);  // can acquire the lock, because both threads wait
     m_condition.signal();
     while (m_waiters.done() != 1) {
         std::this_thread::yield();
@@ -154,7 +154,7 @@ TEST_F(ConditionTest, BroadcastWithoutWaitersLeavesNoSignal) {
 
 TEST_F(ConditionTest, BroadcastWakesWaitersTenMillisecondsApart) {
     m_waiters.start(3, kGenerousMs);
-    // A waiter is counted shortly after it releases the lock. The next round wakes one that was too late.
+    // A waiter is counted shortly after it releases the lock. The next round wakes a waiter that was counted too late.
     const Clock::time_point start = Clock::now();
     while (m_waiters.done() != 3 && Clock::now() - start < milliseconds(kGenerousMs)) {
         m_condition.broadcast();

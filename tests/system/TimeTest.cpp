@@ -42,7 +42,7 @@ void expectSameTime(const std::tm& actual, const std::tm& expected, long long ti
     EXPECT_EQ(actual.tm_yday, expected.tm_yday) << time;
 }
 
-/// Calls `action` until it runs within a single second, and returns that second.
+/// Calls `action` repeatedly until a call starts and ends in the same second, and returns that second.
 template <class Action>
 long long withinOneSecond(Action action) {
     for (;;) {

@@ -1,7 +1,7 @@
 /// \file
 /// Compares the model of the explorer with the system that runs this program, and prints each step for which they
-/// differ. Run it on a new version of Windows or Wine: the explorer's results hold there if no step of the library's
-/// calls differs.
+/// differ. Run it on a new version of Windows or Wine: the explorer's results are valid there if no call that the
+/// library makes differs.
 
 #include <cstdio>
 #include <string>
@@ -20,7 +20,7 @@ int main() {
         const std::vector<std::string> model = exploration::run(script, true);
         bool differs = false;
         for (std::size_t step = 0; step < system.size(); ++step, ++steps) {
-            // Later steps of a script may depend on the first that differs.
+            // Later steps of a script may depend on the first step that differs.
             if (system[step] != model[step] && !differs) {
                 differs = true;
                 ++differences;
