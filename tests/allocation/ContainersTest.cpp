@@ -1,6 +1,9 @@
 // Arrays and hash maps with a failing heap: a failed operation leaves the container unchanged.
 
+#include <deque>
+#include <initializer_list>
 #include <optional>
+#include <span>
 #include <typeinfo>
 
 #include "allocation/Walker.h"
@@ -135,6 +138,39 @@ void copied(Attempt& attempt) {
     }
 }
 
+/// Constructs an array of 7 elements from `source`, which has the elements.
+template <class T, class Source>
+void constructed(Attempt& attempt, const Source& source) {
+    std::optional<Array<T>> array;
+    attempt.perform([&] { array.emplace(source); });
+    attempt.expectMemoryException(requestsFor<T>(7));
+    ASSERT_EQ(array.has_value(), attempt.completed());
+    if (array) {
+        expectElements(*array, 7);
+    }
+}
+
+template <class T>
+void constructedFromList(Attempt& attempt) {
+    const std::initializer_list<T> items = {element<T>(0), element<T>(1), element<T>(2), element<T>(3),
+                                            element<T>(4), element<T>(5), element<T>(6)};
+    constructed<T>(attempt, items);
+}
+
+template <class T>
+void constructedFromRange(Attempt& attempt) {
+    const Array<T> source = arrayOf<T>(7);
+    constructed<T>(attempt, std::span<const T>(source.begin(), source.end()));
+}
+
+/// A range that is read element by element.
+template <class T>
+void constructedFromSeparateElements(Attempt& attempt) {
+    const Array<T> source = arrayOf<T>(7);
+    const std::deque<T> elements(source.begin(), source.end());
+    constructed<T>(attempt, elements);
+}
+
 template <class T>
 void assigned(Attempt& attempt) {
     const Array<T> other = arrayOf<T>(7);
@@ -261,6 +297,9 @@ std::vector<Operation> arrayOperations() {
     add("Reserve_Exactly", reserveExactly<int>, reserveExactly<Text>);
     add("SetCount", setCount<int>, setCount<Text>);
     add("Copy", copied<int>, copied<Text>);
+    add("Construct_FromList", constructedFromList<int>, constructedFromList<Text>);
+    add("Construct_FromRange", constructedFromRange<int>, constructedFromRange<Text>);
+    add("Construct_FromSeparateElements", constructedFromSeparateElements<int>, constructedFromSeparateElements<Text>);
     add("Assign", assigned<int>, assigned<Text>);
     return all;
 }

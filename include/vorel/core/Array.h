@@ -1,8 +1,8 @@
 /// \file
 /// `Array<T>`: the owning, growable array for all lists of values in the interface.
 ///
-///     vorel::Array<int> values;
-///     values.append(3);
+///     vorel::Array values{1, 2, 3};   // an Array<int>
+///     values.append(4);
 ///     values[0] += 1;      // a bad index throws InvalidIndexException
 ///
 /// The storage comes from the runtime's `malloc` and is released by `free`. The class is standard-layout: it has the
@@ -22,7 +22,9 @@
 #include <cstddef>
 #include <cstdlib>
 #include <cstring>
+#include <initializer_list>
 #include <memory>
+#include <ranges>
 #include <type_traits>
 #include <utility>
 
@@ -30,17 +32,76 @@
 
 namespace vorel {
 
+template <class T>
+class Array;
+
 namespace detail {
+
 template <class T>
 struct ArrayAccess;
-}
+
+/// A range whose elements an `Array<T>` can be made of. An array of the same class is copied or moved instead.
+template <class Range, class T>
+concept ArraySource = !std::is_base_of_v<Array<T>, std::remove_cvref_t<Range>> && std::ranges::input_range<Range> &&
+                      std::is_constructible_v<T, std::ranges::range_reference_t<Range>>;
+
+}  // namespace detail
 
 /// An owning, growable sequence of elements.
 template <class T>
 class Array {
 public:
+    /// \name Types for algorithms of the standard library
+    /// \{
+    using value_type = T;
+    using size_type = unsigned int;
+    using difference_type = std::ptrdiff_t;
+    using reference = T&;
+    using const_reference = const T&;
+    using pointer = T*;
+    using const_pointer = const T*;
+    using iterator = T*;
+    using const_iterator = const T*;
+    /// \}
+
     /// Creates an empty array without storage.
     Array() noexcept = default;
+
+    /// Copies of `items`, in their order. The storage is exactly as large as the count; an empty list needs none.
+    /// Braces always list elements: `Array<int>{3}` is one element, 3.
+    ///
+    ///     vorel::Array<vorel::BaseString<char>> names{"left", "right"};   // 2 elements
+    ///
+    /// \throws MemoryException if the storage or the copy of an element cannot be allocated.
+    Array(std::initializer_list<T> items) : Array() {
+        const unsigned int count = countOf(items.size());
+        fill(count, items.begin(), count);
+    }
+
+    /// The elements of `range`, in its order: of a container or a view of the standard library, or of a built-in array.
+    /// Each is converted by `T(element)`. The zero at the end of a string literal is an element too. If the range knows
+    /// its size, the storage is exactly as large.
+    ///
+    ///     std::vector<std::string> lines = ...;
+    ///     vorel::Array<vorel::BaseString<char>> copies(lines);
+    ///
+    /// \throws MemoryException if the storage or an element cannot be allocated; what the range and the conversion
+    ///         throw.
+    template <detail::ArraySource<T> Range>
+    explicit Array(Range&& range) : Array() {
+        if constexpr (std::ranges::sized_range<Range>) {
+            const unsigned int count = countOf(std::ranges::size(range));
+            if constexpr (std::ranges::contiguous_range<Range> &&
+                          std::is_same_v<std::ranges::range_value_t<Range>, T>) {
+                fill(count, std::ranges::data(range), count);
+                return;
+            }
+            reserve(count, true);
+        }
+        for (auto&& element : range) {
+            append(T(std::forward<decltype(element)>(element)));
+        }
+    }
 
     /// A deep copy. Its storage is exactly as large as the count; an empty array has none.
     /// \throws MemoryException if the storage or the copy of an element cannot be allocated.
@@ -119,6 +180,18 @@ public:
             std::memmove(m_items + m_count, items, std::size_t{count} * sizeof(T));
         }
         m_count = after;
+    }
+
+    /// `append` under the name that the standard library uses.
+    void push_back(const T& item) { append(item); }
+    void push_back(T&& item) { append(std::move(item)); }
+
+    /// Appends `T(arguments...)` and returns the new element. The arguments may refer to elements of this array.
+    /// \throws MemoryException, or what the constructor throws; the array is unchanged.
+    template <class... Arguments>
+    requires std::is_constructible_v<T, Arguments...> T& emplace_back(Arguments&&... arguments) {
+        append(T(std::forward<Arguments>(arguments)...));
+        return m_items[m_count - 1];
     }
 
     /// Removes the last element and returns it.
@@ -203,6 +276,14 @@ private:
             slots = slots > kMaxSlots / 2 ? kMaxSlots : slots * 2;
         }
         return slots;
+    }
+
+    /// `count` as a number of slots; an array with more slots than fit cannot be allocated.
+    [[nodiscard]] static unsigned int countOf(std::size_t count) {
+        if (count > kMaxSlots) {
+            detail::throwMemory(kMaxSlots, sizeof(T));
+        }
+        return static_cast<unsigned int>(count);
     }
 
     [[nodiscard]] unsigned int grownCount(unsigned int more) const {
@@ -312,5 +393,9 @@ private:
     unsigned int m_count = 0;
     unsigned int m_allocated = 0;
 };
+
+/// `Array(range)` has the elements' type of the range.
+template <std::ranges::input_range Range>
+Array(Range&&) -> Array<std::ranges::range_value_t<Range>>;
 
 }  // namespace vorel
