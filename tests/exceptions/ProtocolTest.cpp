@@ -7,6 +7,8 @@
 #include <functional>
 #include <stdexcept>
 #include <string>
+#include <type_traits>
+#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -56,28 +58,37 @@ TEST(Protocol, RecordFormatsForClientsAreFixed) {
     }
 }
 
-/// A way to handle an exception, and the record that it adds.
+/// A way to handle an exception, and the record that it adds. A handler that takes `auto&` also handles exceptions that
+/// were caught by const reference.
 struct Handling {
+    template <class Handle>
+    Handling(Handle handler, std::string added) : handle(handler), record(std::move(added)) {
+        if constexpr (std::is_invocable_v<Handle, const Exception&>) {
+            handleConst = handler;
+        }
+    }
+
     std::function<void(Exception&)> handle;
+    std::function<void(const Exception&)> handleConst;
     std::string record;
 };
 
 const std::vector<Handling>& catches() {
     static const std::vector<Handling> table = {
-        {[](Exception& e) { e.catchMessage(L"load"); }, "load: Vorel exception caught"},
-        {[](Exception& e) { e.catchClass(L"Parser", L"run"); }, "Parser::run: Vorel exception caught"},
-        {[](Exception& e) { e.catchGeneric(L"row %d of %ls", 7, L"t"); }, "row 7 of t: Vorel exception caught"},
-        {[](Exception& e) { e.catchGeneric(nullptr); }, "(unable to format message): Vorel exception caught"},
+        {[](auto& e) { e.catchMessage(L"load"); }, "load: Vorel exception caught"},
+        {[](auto& e) { e.catchClass(L"Parser", L"run"); }, "Parser::run: Vorel exception caught"},
+        {[](auto& e) { e.catchGeneric(L"row %d of %ls", 7, L"t"); }, "row 7 of t: Vorel exception caught"},
+        {[](auto& e) { e.catchGeneric(nullptr); }, "(unable to format message): Vorel exception caught"},
     };
     return table;
 }
 
 const std::vector<Handling>& rethrows() {
     static const std::vector<Handling> table = {
-        {[](Exception& e) { e.rethrowMessage(L"load"); }, "load: Vorel exception rethrown"},
-        {[](Exception& e) { e.rethrowClass(L"Parser", L"run"); }, "Parser::run: Vorel exception rethrown"},
-        {[](Exception& e) { e.rethrowGeneric(L"row %d of %ls", 7, L"t"); }, "row 7 of t: Vorel exception rethrown"},
-        {[](Exception& e) { e.rethrowGeneric(nullptr); }, "(unable to format message): Vorel exception rethrown"},
+        {[](auto& e) { e.rethrowMessage(L"load"); }, "load: Vorel exception rethrown"},
+        {[](auto& e) { e.rethrowClass(L"Parser", L"run"); }, "Parser::run: Vorel exception rethrown"},
+        {[](auto& e) { e.rethrowGeneric(L"row %d of %ls", 7, L"t"); }, "row 7 of t: Vorel exception rethrown"},
+        {[](auto& e) { e.rethrowGeneric(nullptr); }, "(unable to format message): Vorel exception rethrown"},
     };
     return table;
 }
@@ -124,6 +135,38 @@ TEST(Protocol, RethrowingAddsTheRecordAndKeepsTheClass) {
         expectThrows<MemoryException>(
             [&] { c.handle(e); },
             {L"No more memory is available: 3 objects of size 8 requested", test::widened(c.record)});
+        EXPECT_EQ(log.messages(), Texts{"Vorel Error: " + c.record});
+    }
+}
+
+TEST(Protocol, CatchingAConstExceptionLogsTheRecordAndKeepsTheMessages) {
+    for (const bool delayed : {false, true}) {
+        for (const Handling& c : catches()) {
+            const TemporaryLog log;
+            {
+                Exception e;
+                e.setDelayedLogging(true);
+                e.appendMessage(L"first");
+                e.setDelayedLogging(delayed);
+                c.handleConst(e);
+                EXPECT_EQ(messagesOf(e), Messages{L"first"}) << c.record;
+            }
+            Texts lines = {"Vorel Error: " + c.record};
+            if (delayed) {
+                lines.emplace_back("Vorel Error: first");  // by the destructor
+            }
+            EXPECT_EQ(log.messages(), lines);
+        }
+    }
+}
+
+TEST(Protocol, RethrowingAConstExceptionThrowsACopyOfItsClassWithTheRecord) {
+    for (const Handling& c : rethrows()) {
+        MemoryException e(3, 8);
+        const std::wstring message = L"No more memory is available: 3 objects of size 8 requested";
+        const TemporaryLog log;
+        expectThrows<MemoryException>([&] { c.handleConst(e); }, {message, test::widened(c.record)});
+        EXPECT_EQ(messagesOf(e), Messages{message}) << c.record;
         EXPECT_EQ(log.messages(), Texts{"Vorel Error: " + c.record});
     }
 }
@@ -240,6 +283,7 @@ struct Returning : Exception {
 TEST(Protocol, TheBaseIsThrownIfAnOverriddenRethrowReturns) {
     for (const Handling& c : rethrows()) {
         Returning e(L"first");
+        expectThrows<Exception>([&] { c.handleConst(e); }, {L"first", test::widened(c.record)});
         expectThrows<Exception>([&] { c.handle(e); }, {L"first", test::widened(c.record)});
     }
 }

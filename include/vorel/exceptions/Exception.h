@@ -149,6 +149,17 @@ public:
     [[noreturn]] void rethrowClass(const wchar_t* className, const wchar_t* method);
     [[noreturn]] void rethrowGeneric(const wchar_t* format, ...);
 
+    /// The same for an exception that was caught by const reference, which does not change. The catch functions log the
+    /// record at once. The rethrow functions add it to the copy that they throw.
+    void catchMessage(const wchar_t* location) const noexcept { Exception().catchMessage(location); }
+    void catchClass(const wchar_t* className, const wchar_t* method) const noexcept {
+        Exception().catchClass(className, method);
+    }
+    inline void catchGeneric(const wchar_t* format, ...) const noexcept;
+    [[noreturn]] inline void rethrowMessage(const wchar_t* location) const;
+    [[noreturn]] inline void rethrowClass(const wchar_t* className, const wchar_t* method) const;
+    [[noreturn]] inline void rethrowGeneric(const wchar_t* format, ...) const;
+
     /// For the handler of a destructor: records the failure, and rethrows it unless another exception unwinds the
     /// stack.
     void rethrowDestructor(const wchar_t* className);
@@ -306,7 +317,7 @@ private:
         StackEntry& operator[](std::size_t index) noexcept { return m_begin[index]; }
         const StackEntry& operator[](std::size_t index) const noexcept { return m_begin[index]; }
 
-        /// Removes entries at the end, or adds empty ones. Returns false, and changes nothing, without memory.
+        /// Removes entries at the end, or adds empty ones. If memory runs out, returns false and changes nothing.
         bool resize(std::size_t count) noexcept;
 
     private:
@@ -318,6 +329,12 @@ private:
     };
 
     static constexpr unsigned int MaxPathSize = 1024;
+
+    /// An exception with the rendered location as its only message. Nothing is logged.
+    static inline Exception locationOf(const wchar_t* format, va_list args) noexcept;
+
+    /// Throws a copy with the object's own class, even if an override of `rethrow` returns.
+    [[noreturn]] inline void throwCopy() const;
 
     static void CheckOldLogSize(const char* logPath, long long maxSize) noexcept;
     static bool LockLogFile(int fileDescriptor, bool lock) noexcept;
@@ -400,3 +417,5 @@ VOREL_API bool isTargetActive(const wchar_t* name) noexcept __asm__("_ZN5vorel9E
 #endif
 
 }  // namespace vorel
+
+#include "vorel/exceptions/ConstHandlers.h"

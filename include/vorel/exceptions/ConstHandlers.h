@@ -1,0 +1,58 @@
+/// \file
+/// Catching and rethrowing an exception that was caught by const reference. Exception.h includes this header.
+#pragma once
+
+#include <cstdarg>
+
+#include "vorel/exceptions/Exception.h"
+
+namespace vorel {
+
+inline Exception Exception::locationOf(const wchar_t* format, va_list args) noexcept {
+    Exception location;
+    location.m_delayedLogging = true;
+    location.SetMessageOnStack(format, args);
+    location.m_delayedLogging = false;
+    return location;
+}
+
+inline void Exception::throwCopy() const {
+    // Every `rethrow` throws a copy of its object. A call through a pointer may return, unlike a direct one.
+    void (Exception::*const volatile throwAsOwnClass)() = &Exception::rethrow;
+    (const_cast<Exception*>(this)->*throwAsOwnClass)();
+    throw Exception(*this);
+}
+
+inline void Exception::catchGeneric(const wchar_t* format, ...) const noexcept {
+    va_list args;
+    va_start(args, format);
+    const Exception location = locationOf(format, args);
+    va_end(args);
+    catchMessage(location.getErrorMessage(0));
+}
+
+inline void Exception::rethrowMessage(const wchar_t* location) const {
+    try {
+        throwCopy();
+    } catch (Exception& copy) {
+        copy.rethrowMessage(location);
+    }
+}
+
+inline void Exception::rethrowClass(const wchar_t* className, const wchar_t* method) const {
+    try {
+        throwCopy();
+    } catch (Exception& copy) {
+        copy.rethrowClass(className, method);
+    }
+}
+
+inline void Exception::rethrowGeneric(const wchar_t* format, ...) const {
+    va_list args;
+    va_start(args, format);
+    const Exception location = locationOf(format, args);
+    va_end(args);
+    rethrowMessage(location.getErrorMessage(0));
+}
+
+}  // namespace vorel
