@@ -8,10 +8,11 @@ import sys
 from pathlib import Path
 
 # From the bottom up. A folder may include itself and the folders before it.
-LAYERS = ["algorithms", "platform", "core", "exceptions", "system", "secure", "sync", "text", "values", "flat"]
+LAYERS = ["algorithms", "platform", "core", "exceptions", "system", "secure", "text", "values", "sync", "flat"]
 # Files outside of the folders: those of the bottom may be included by all, those of the top by none.
 BOTTOM = {"Attributes.h", "Export.h", "ExportMacro.h", "Version.h"}
-TOP = {"LibraryState.cpp", "LibraryState.h", "StandardLibrary.cpp", "Version.cpp", "vorelCore.h", "vorelCoreC.h"}
+TOP = {"Formatters.h", "LibraryState.cpp", "LibraryState.h", "StandardLibrary.cpp", "Streams.h", "Trail.h", "Version.cpp",
+       "vorelCore.h", "vorelCoreC.h"}
 INCLUDE = re.compile(r'^\s*#\s*include\s+"(?:vorel/)?([^"]+)"', re.MULTILINE)
 
 

@@ -13,6 +13,7 @@
 #include "support/ImportHook.h"
 #include "support/NamedEvent.h"
 #include "support/SystemText.h"
+#include "support/WideText.h"
 #include "vorel/core/Guard.h"
 #include "vorel/exceptions/ExceptionFamily.h"
 #include "vorel/sync/AutoMutex.h"
@@ -223,6 +224,21 @@ void constructNamedCondition(Attempt& attempt) {
     EXPECT_FALSE(Handle(OpenEventW(SYNCHRONIZE, FALSE, name.c_str()))) << "the event is still open";
 }
 
+/// The conversion of a narrow name may fail too.
+void constructNamedConditionOfNarrowName(Attempt& attempt) {
+    const std::wstring name = test::NamedEvent::uniqueName(L"failing_heap_condition");
+    const std::string narrow = test::narrowed(name);
+    {
+        std::optional<NamedCondition> object;
+        attempt.perform([&] { object.emplace(narrow.c_str()); });
+        EXPECT_EQ(object.has_value(), attempt.completed());
+        EXPECT_EQ(attempt.thrown(), attempt.completed() ? "" : typeid(vorel::MemoryException).name());
+        EXPECT_GE(attempt.requests(), attempt.completed() ? 3u : 1u)
+            << "the name, its wide form, and that of the object";
+    }
+    EXPECT_FALSE(Handle(OpenEventW(SYNCHRONIZE, FALSE, name.c_str()))) << "the event is still open";
+}
+
 /// The name belongs to an object of another kind. The failure is reported, whichever request fails.
 void constructNamedConditionOfNameInUse(Attempt& attempt) {
     const ExistingMutex mutex;
@@ -273,6 +289,7 @@ const std::vector<Operation>& operations() {
         {"Lock_WithoutMutex", lockWithoutMutex},
         {"Initialize_WithoutName", initializeWithoutName},
         {"NamedCondition", constructNamedCondition},
+        {"NamedCondition_OfNarrowName", constructNamedConditionOfNarrowName},
         {"NamedCondition_OfNameInUse", constructNamedConditionOfNameInUse},
         {"SignalAndWait", signalAndWait},
     };

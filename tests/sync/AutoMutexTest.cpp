@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <string>
+#include <string_view>
 #include <thread>
 #include <vector>
 
@@ -11,6 +12,7 @@
 
 #include "core/ThreadSafetySwitch.h"
 #include "support/Expect.h"
+#include "support/PageEdge.h"
 #include "support/TemporaryLog.h"
 #include "support/WideText.h"
 #include "sync/ObjectNames.h"
@@ -84,6 +86,69 @@ TEST(AutoMutex, ConstructorOpensTheGlobalNameAndDestructorClosesIt) {
         EXPECT_EQ(mutex.getInitializeError(), nullptr);
     }
     EXPECT_FALSE(test::mutexExists(L"Global\\" + name));
+}
+
+TEST(AutoMutex, NarrowNameIsTheWideOneInUtf8) {
+    struct Case {
+        std::string narrow;
+        std::wstring wide;
+    };
+    const std::wstring stem = uniqueName(L"mutex");
+    for (const Case& c : {Case{test::narrowed(stem), stem},
+                          Case{test::narrowed(stem) + "\xC3\xBC\xF0\x9F\x98\x80", stem + L"\u00FC\U0001F600"}}) {
+        AutoMutex wide(c.wide.c_str(), true, false);
+        AutoMutex narrow(c.narrow.c_str(), false, false);
+        EXPECT_FALSE(isFreeForOthers(narrow)) << c.narrow;
+        wide.unlock();
+        EXPECT_TRUE(isFreeForOthers(narrow)) << c.narrow;
+        AutoMutex later(nullptr, false, false);
+        EXPECT_TRUE(later.initialize(c.narrow.c_str(), false));
+        EXPECT_TRUE(later.lock(0, true));
+        EXPECT_FALSE(isFreeForOthers(wide)) << c.narrow;
+        later.unlock();
+    }
+    char units[] = "written";
+    EXPECT_TRUE(AutoMutex(units, true, false).initialize(units, false)) << "a buffer that may be written is a name too";
+}
+
+TEST(AutoMutex, NarrowNullIsNoName) {
+    const TemporaryLog log;
+    const char* const none = nullptr;
+    AutoMutex mutex(none, true, true);
+    EXPECT_THROW(mutex.tryLock(), Exception);
+    expectThrows<Exception>(
+        [&] { mutex.initialize(none, false); },
+        {L"AutoMutex::initialize: Name required for mutex", L"AutoMutex::initialize: Vorel exception rethrown"});
+}
+
+TEST(AutoMutex, NarrowNameThatIsNotUtf8Throws) {
+    const TemporaryLog log;
+    const std::wstring name = uniqueName(L"mutex");
+    AutoMutex mutex(name.c_str(), true, false);
+    for (const std::string invalid : {"\x80", "name\xFF"}) {
+        const auto expectText = [&](auto&& action) {
+            try {
+                action();
+                ADD_FAILURE() << "nothing was thrown";
+            } catch (const Exception& e) {
+                EXPECT_EQ(std::wstring(e.what()).find(L"Error converting UTF-8 character"), 0u) << e.what();
+            }
+        };
+        expectText([&] { const AutoMutex other(invalid.c_str(), false, false); });
+        expectText([&] { mutex.initialize(invalid.c_str(), false); });
+    }
+    EXPECT_FALSE(isFreeForOthers(mutex)) << "the mutex must not change";
+    mutex.unlock();
+}
+
+TEST(AutoMutex, NarrowNameThatEndsInATruncatedCharacterIsNotReadPastItsEnd) {
+    const TemporaryLog log;
+    test::PageEdge<char> edge(64);
+    for (const char lead : {'\xC3', '\xE2', '\xF0', '\xF8', '\xFC'}) {
+        const std::string name = test::narrowed(uniqueName(L"mutex")) + lead;
+        const char* const text = edge.placeAtEnd(std::string_view(name.c_str(), name.size() + 1));
+        EXPECT_NO_THROW(AutoMutex(text, false, false)) << unsigned{static_cast<unsigned char>(lead)};
+    }
 }
 
 TEST(AutoMutex, WithoutANameLockingThrows) {

@@ -13,6 +13,7 @@
 #include "support/Expect.h"
 #include "support/Handle.h"
 #include "support/TemporaryLog.h"
+#include "support/WideText.h"
 #include "sync/ObjectNames.h"
 #include "vorel/system/ErrorText.h"
 
@@ -48,6 +49,28 @@ TEST(NamedCondition, ObjectsWithTheSameNameShareTheEvent) {
     first.signal();
     EXPECT_TRUE(second.wait(0));
     EXPECT_FALSE(first.wait(0)) << "one signal wakes one waiter";
+}
+
+TEST(NamedCondition, NarrowNameIsTheWideOneInUtf8) {
+    const std::wstring stem = uniqueName(L"condition");
+    NamedCondition wide((stem + L"\u00FC").c_str());
+    NamedCondition narrow((test::narrowed(stem) + "\xC3\xBC").c_str());
+    wide.signal();
+    EXPECT_TRUE(narrow.wait(0));
+}
+
+TEST(NamedCondition, NarrowNullIsAPrivateEvent) {
+    const char* const none = nullptr;
+    NamedCondition first(none);
+    NamedCondition second(none);
+    first.signal();
+    EXPECT_FALSE(second.wait(0));
+    EXPECT_TRUE(first.wait(0));
+}
+
+TEST(NamedCondition, NarrowNameThatIsNotUtf8Throws) {
+    const test::TemporaryLog log;
+    EXPECT_THROW(static_cast<void>(NamedCondition("name\xFF")), Exception);
 }
 
 TEST(NamedCondition, KeepsOneSignal) {

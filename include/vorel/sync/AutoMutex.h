@@ -1,7 +1,7 @@
 /// \file
 /// `AutoMutex`: a named recursive lock, shared by all processes of the machine, whatever their user.
 ///
-///     vorel::AutoMutex ledger(L"TalvenorLedger", false, false);
+///     vorel::AutoMutex ledger(L"TalvenorLedger", false, false);   // or "TalvenorLedger", in UTF-8
 ///     const vorel::Guard held(ledger);
 ///
 /// | state       | handle | count | owner  | left by                                              |
@@ -30,11 +30,14 @@
 /// releases the mutex before it ends, the problem cannot occur.
 #pragma once
 
+#include <concepts>
+
 #include "vorel/Attributes.h"
 #include "vorel/Export.h"
 #include "vorel/core/BaseString.h"
 #include "vorel/core/CriticalSections.h"
 #include "vorel/core/KernelHandle.h"
+#include "vorel/sync/NarrowName.h"
 
 namespace vorel {
 
@@ -49,6 +52,13 @@ public:
     /// has no mutex. `flag` is stored and ignored.
     /// \throws Exception "malloc failed"; "AutoMutex: Failed to create mutex ..."; the exceptions of `lock`.
     AutoMutex(const wchar_t* name, bool lockNow, bool flag);
+
+    /// The same with a name in UTF-8: the mutex is the one with the converted name. A template, so that
+    /// `AutoMutex(nullptr, ...)` is not ambiguous.
+    /// \throws Exception "Failed to convert utf8 text to String: ..." if `name` is not valid UTF-8; MemoryException.
+    template <std::same_as<char> Narrow>
+    AutoMutex(const Narrow* name, bool lockNow, bool flag)
+        : AutoMutex(detail::NarrowName(name).wide(), lockNow, flag) {}
 
     /// Releases every hold of the object and closes the mutex. If another thread holds the object, waits up to a
     /// minute.
@@ -67,6 +77,14 @@ public:
     /// \throws Exception "AutoMutex::initialize: Name required for mutex" for a null name; another Exception if the
     ///         previous mutex cannot be closed, or if another thread does not release it within a minute.
     virtual bool initialize(const wchar_t* name, bool flag);
+
+    /// The same with a name in UTF-8.
+    /// \throws Exception "Failed to convert utf8 text to String: ..." if `name` is not valid UTF-8; MemoryException.
+    ///         The object is unchanged.
+    template <std::same_as<char> Narrow>
+    bool initialize(const Narrow* name, bool flag) {
+        return initialize(detail::NarrowName(name).wide(), flag);
+    }
 
     /// Waits up to `timeout` milliseconds for the mutex (0xFFFFFFFF: without limit) and returns whether it is held. An
     /// abandoned mutex is acquired, with a warning.

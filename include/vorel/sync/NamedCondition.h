@@ -6,10 +6,13 @@
 ///     done.wait(60000);              // in another
 #pragma once
 
+#include <concepts>
+
 #include "vorel/Attributes.h"
 #include "vorel/Export.h"
 #include "vorel/core/BaseString.h"
 #include "vorel/core/KernelHandle.h"
+#include "vorel/sync/NarrowName.h"
 
 namespace vorel {
 
@@ -21,6 +24,13 @@ public:
     /// makes it machine-wide.
     /// \throws Exception "Failed to create condition '%ls': %ls" with the name and the reason.
     explicit NamedCondition(const wchar_t* name);
+
+    /// The same with a name in UTF-8: the event is the one with the converted name. A template, so that
+    /// `NamedCondition(nullptr)` is not ambiguous.
+    /// \throws Exception "Failed to convert utf8 text to String: ..." if `name` is not valid UTF-8; MemoryException.
+    template <std::same_as<char> Narrow>
+    explicit NamedCondition(const Narrow* name) : NamedCondition(detail::NarrowName(name).wide()) {}
+
     ~NamedCondition() noexcept(false);
 
     /// Releases one waiter, or the next one to arrive.
