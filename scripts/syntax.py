@@ -62,7 +62,8 @@ def write_prelude():
             if path.suffix in (".h", ".cpp"):
                 names.update(SYSTEM_INCLUDE.findall(path.read_text()))
     lines = ["#undef _MSC_VER", "#undef _MSC_FULL_VER", "#define __MINGW32__ 1", "#define __MINGW64__ 1",
-             *(f"#include <{name}>" for name in sorted(names | {"intrin.h", "immintrin.h"})),
+             *(f"#if __has_include(<{name}>)\n#include <{name}>\n#endif"
+               for name in sorted(names | {"intrin.h", "immintrin.h"})),
              "#undef __MINGW32__", "#undef __MINGW64__", "#undef __GNUC__", "#undef __GNUC_MINOR__",
              "#define __INTRIN_H", "#define _MSC_VER 1939", "#define _MSC_FULL_VER 193933523"]
     prelude = WORK / "system_headers.h"

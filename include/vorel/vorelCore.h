@@ -1,6 +1,6 @@
 /// \file
-/// Includes the whole C++ interface. It includes no Windows header: handles are `void*`, and a DWORD is `unsigned
-/// long`.
+/// Includes the whole C++ interface, except Streams.h and Formatters.h, which include large headers of the standard
+/// library. No Windows header is included: handles are `void*`, and a DWORD is `unsigned long`.
 #pragma once
 
 #include "vorel/Attributes.h"

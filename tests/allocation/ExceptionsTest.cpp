@@ -13,6 +13,7 @@
 #include "support/Expect.h"
 #include "support/ImportHook.h"
 #include "support/WideText.h"
+#include "vorel/Trail.h"
 #include "vorel/core/Protocol.h"
 #include "vorel/exceptions/ExceptionFamily.h"
 
@@ -359,6 +360,35 @@ TEST(NarrowMessage, NeedsTheStackAndItsText) {
         EXPECT_EQ(test::messagesOf(e), c.messages) << c.failing;
         EXPECT_EQ(log.messages(), std::vector<std::string>{"Vorel Error: " + c.logged}) << c.failing;
     }
+}
+
+/// The text of all messages either has all of them or is not made.
+template <class T>
+void expectWholeTrail(std::basic_string_view<T> expected) {
+    const test::TemporaryLog log;
+    Exception e(L"first, longer than the smallest buffer");
+    e.appendMessage(L"second, longer than the smallest buffer");
+    unsigned int failing = 1;
+    for (bool completed = false; !completed; ++failing) {
+        ASSERT_LT(failing, 20u);
+        heap::arm(failing, heap::Failure::Once);
+        try {
+            const vorel::BaseString<T> trail = vorel::detail::trailOf<T>(e);
+            completed = heap::failedRequests() == 0;
+            heap::disarm();
+            EXPECT_TRUE(completed) << "request " << failing << " failed, and nothing was thrown";
+            EXPECT_TRUE(trail.view() == expected);
+        } catch (const vorel::MemoryException&) {
+            heap::disarm();
+        }
+        EXPECT_EQ(e.getMessageTotal(), 2u);
+    }
+    EXPECT_GT(failing, 3u) << "the text and its growth";
+}
+
+TEST(Trail, HasAllMessagesOrThrows) {
+    expectWholeTrail<wchar_t>(L"first, longer than the smallest buffer; second, longer than the smallest buffer");
+    expectWholeTrail<char>("first, longer than the smallest buffer; second, longer than the smallest buffer");
 }
 
 }  // namespace

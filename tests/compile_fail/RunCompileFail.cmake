@@ -1,6 +1,7 @@
 # Compiles the sources in this folder and compares the compiler's messages with the comments in their lines.
 #
 #   COMPILER, COMPILER_ID, FLAGS, INCLUDE: set by tests/CMakeLists.txt
+#   CLANG, LIBCXX: clang, and the headers of libc++; both empty if they are missing
 
 separate_arguments(flags NATIVE_COMMAND "${FLAGS}")
 if(COMPILER_ID STREQUAL "GNU")
@@ -53,6 +54,7 @@ endfunction()
 
 check(Warnings.cpp "warns" TRUE "\\[X[^\n]*\\]" -DVOREL_CHECK_FORMATS -Wformat-security)
 check(Access.cpp "rejected" FALSE "error: [^\n]* ${access}")
+check(Ambiguous.cpp "rejected" FALSE "error: [^\n]* is X")
 
 # Without VOREL_CHECK_FORMATS, formats of the runtime must compile without a warning.
 compile(RuntimeFormats.cpp -Wformat=2 -Werror)
@@ -75,4 +77,15 @@ refuse(RuntimeFormats.cpp "is a library for 64-bit Windows" -U_WIN64)
 compile(Flat.cpp -std=c++11 -Wpedantic -Werror -U_UCRT -U__MSVCRT_VERSION__ -D__MSVCRT_VERSION__=0x700)
 if(NOT result EQUAL 0)
     message(SEND_ERROR "the flat interface does not compile:\n${messages}")
+endif()
+
+# GCC 12 has no <format>; libc++ has.
+if(LIBCXX)
+    execute_process(
+        COMMAND "${CLANG}" --target=x86_64-w64-mingw32 -nostdinc++ -isystem "${LIBCXX}" -D_UCRT -D__MSVCRT_VERSION__=0xE00
+            -std=c++20 -fsyntax-only -Wall -Wextra -Werror "-I${INCLUDE}" "${CMAKE_CURRENT_LIST_DIR}/Formatters.cpp"
+        RESULT_VARIABLE result ERROR_VARIABLE messages)
+    if(NOT result EQUAL 0)
+        message(SEND_ERROR "the formatters do not compile:\n${messages}")
+    endif()
 endif()

@@ -25,9 +25,11 @@ LOG_LINE = re.compile(r"\[[^]]*\](\.\d{3})? [^ ]*\.\d+\.\d+: (.*)")
 PROLOGUE = """\
 #include <algorithm>
 #include <cerrno>
+#include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <iterator>
 #include <stdexcept>
 #include <string>
 #include <string_view>

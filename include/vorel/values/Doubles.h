@@ -10,6 +10,10 @@ namespace vorel::util {
 /// infinity.
 ///
 ///     2.5 -> 2.0    -2.5 -> -3.0    1.6 -> 2.0
+///
+/// The C runtime has a `round` of the same signature, which rounds a half away from zero. With `using namespace
+/// vorel::util`, a plain `round(value)` is therefore ambiguous, and the compiler reports it. `using vorel::util::round`
+/// in a function hides the other one.
 VOREL_API double round(double value) noexcept;
 
 /// A hash of the eight bytes of `value`, the least significant first: h = h * 31 + byte. Positive and negative zero

@@ -1,0 +1,43 @@
+/// \file
+/// `std::formatter` for strings and exceptions, if the standard library has `<format>`. Otherwise this header defines
+/// nothing: that of GCC 12 does not have it. `vorelCore.h` does not include this header, because `<format>` is large.
+///
+///     std::format("{:>10}", vorel::BaseString<char>("right"))   // "     right"
+///     std::format(L"{}", exception)
+///
+/// The format specifications are those of `std::string_view`. The string and the format must have the same width.
+/// Threads may use different objects at the same time.
+#pragma once
+
+#if __has_include(<format>)
+
+#include <concepts>
+#include <format>
+#include <string_view>
+
+#include "vorel/Trail.h"
+#include "vorel/core/BaseString.h"
+#include "vorel/exceptions/Exception.h"
+
+/// Formats the text of a string.
+template <class T>
+struct std::formatter<vorel::BaseString<T>, T> : std::formatter<std::basic_string_view<T>, T> {
+    template <class Context>
+    auto format(const vorel::BaseString<T>& text, Context& context) const {
+        return std::formatter<std::basic_string_view<T>, T>::format(text.view(), context);
+    }
+};
+
+/// Formats all messages of an exception, oldest first, separated by "; ": in UTF-8 for `char`, in UTF-16 for `wchar_t`.
+/// The exception does not change.
+/// \throws MemoryException if the text cannot be allocated.
+template <std::derived_from<vorel::Exception> Failure, class T>
+struct std::formatter<Failure, T> : std::formatter<std::basic_string_view<T>, T> {
+    template <class Context>
+    auto format(const vorel::Exception& exception, Context& context) const {
+        const vorel::BaseString<T> trail = vorel::detail::trailOf<T>(exception);
+        return std::formatter<std::basic_string_view<T>, T>::format(trail.view(), context);
+    }
+};
+
+#endif
