@@ -14,7 +14,7 @@
 
 namespace {
 
-/// The error stream of this process as a file, until the end of the object.
+/// Redirects the error stream of this process to a file while the object exists.
 class CapturedErrors {
 public:
     CapturedErrors()

@@ -39,7 +39,7 @@ inline void expectConversion(const Conversion& conversion) {
     EXPECT_EQ(run.exitCode, kDone);
 }
 
-/// A run with bad input; `message` is the expected message after the names of the program and the input.
+/// A run with invalid input. `message` is the expected message, without the names of the program and the input.
 struct BadConversion {
     Words arguments;
     std::string input;

@@ -107,8 +107,8 @@ void writeLines(int first, int last) {
     }
 }
 
-/// Deletes the log and waits until its name is free: a deleted file that is still open may keep its name until it is
-/// closed, and the library drops lines that it cannot write.
+/// Deletes the log and waits until its name is free. A deleted file may keep its name while it is open, and the library
+/// drops lines that it cannot write.
 [[nodiscard]] bool removeForGood(test::TemporaryLog& log) {
     log.remove();
     const ULONGLONG start = GetTickCount64();
@@ -135,7 +135,7 @@ TEST(FollowTest, WaitsForAMissingLog) {
 TEST(FollowTest, RotationsNeitherLoseNorRepeatLines) {
     const test::TemporaryLog log(2000);
     FollowingViewer viewer(log.path());
-    // A log holds about 30 lines. Every line is shown before the next rotation can delete it.
+    // A log has space for about 30 lines. Every line is shown before the next rotation can delete it.
     constexpr int kStep = 20;
     int last = 0;
     for (int step = 0; step != 8; ++step) {

@@ -1,5 +1,5 @@
 /// \file
-/// The Follower on files in memory, which tests can change at any time, even between two of its steps.
+/// The Follower with files in memory. Tests can change the files at any time, even between two steps of the Follower.
 
 #include "vorellog/Follower.h"
 
@@ -53,7 +53,7 @@ public:
 
     void rotate() { backup = std::exchange(log, nullptr); }
 
-    /// The next new file gets the id of the last file, as on some file systems.
+    /// Makes the next new file reuse the id of the last file, as some file systems do.
     void reuseId() { --m_lastIndex; }
 
 private:
@@ -168,7 +168,7 @@ TEST_F(FollowerTest, LateLinesInTheBackupAreRead) {
     files.backup->bytes += "late\n";
     EXPECT_EQ(readAll(), "late\n|half");
     files.backup->bytes += "later\n";
-    EXPECT_EQ(readAll(), "");  // not within a line of the log
+    EXPECT_EQ(readAll(), "");  // late lines are not shown within a line of the log
     files.append(" whole\n");
     EXPECT_EQ(readAll(), " whole\n");
     EXPECT_EQ(readAll(), "later\n|");
@@ -223,7 +223,7 @@ TEST_F(FollowerTest, TwoRotationsBetweenPollsAreAGap) {
 }
 
 TEST(FollowerStepsTest, RotationAtAnyStepNeitherLosesNorRepeatsLines) {
-    constexpr unsigned int kSteps = 40;  // more steps than reading everything takes
+    constexpr unsigned int kSteps = 40;  // more steps than are necessary to read everything
     for (const bool hasBackup : {false, true}) {
         for (unsigned int rotateAt = 0; rotateAt != kSteps; ++rotateAt) {
             SCOPED_TRACE(rotateAt);
@@ -324,8 +324,8 @@ TEST_F(FollowerTest, OpenFailureIsReported) {
     EXPECT_THROW((void)follower.poll(), tools::Failure);
 }
 
-/// Writers that act before each step of the reader: whole lines, lines in two parts, rotations, late lines. They rotate
-/// only after the backup has been read, because lines deleted unread are lost.
+/// Writers that act before each step of the reader: they write whole lines, lines in two parts and late lines, and
+/// rotate the log. They rotate only after the backup has been read, because deleted lines that were not read are lost.
 class Writers {
 public:
     Writers(MemoryFiles& files, unsigned int seed) : m_files(files), m_random(seed) {}
@@ -338,7 +338,7 @@ public:
                 m_files.append(line());
             }
             break;
-        case 2:  // a line in two parts; until it is complete, its writer locks out all others
+        case 2:  // a line in two parts; until it is complete, its writer excludes all others
             if (m_rest.empty()) {
                 m_rest = line();
                 const std::size_t half = m_random() % m_rest.size();
@@ -366,7 +366,7 @@ public:
         }
     }
 
-    /// Acts outside of a read step, where FileBusy has no meaning.
+    /// Acts outside of a read step, where FileBusy would be meaningless.
     void actBeforeReading() {
         try {
             act();
@@ -426,7 +426,7 @@ TEST(FollowerRandomTest, NoLineIsLostOrRepeated) {
         std::map<std::string, unsigned int> times;
         std::string text = sink.text;
         std::erase(text, '|');
-        std::erase(text, '?');  // a file that was read to its end may vanish, too
+        std::erase(text, '?');  // a file that was read to its end may also disappear
         for (std::size_t at = 0; at < text.size();) {
             const std::size_t end = text.find('\n', at);
             ASSERT_NE(end, std::string::npos);

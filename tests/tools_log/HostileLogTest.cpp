@@ -1,6 +1,6 @@
 /// \file
 /// Random logs with damage, forged headers and control characters. For any log, the output of the viewer contains
-/// nothing that a terminal interprets, and a forged record is always marked as damaged.
+/// nothing that a terminal would interpret, and a forged record is always marked as damaged.
 
 #include <algorithm>
 #include <random>
@@ -89,7 +89,7 @@ std::string randomLog(std::mt19937& random) {
     return log;
 }
 
-/// The output of the viewer for a log that it receives in blocks of random size.
+/// The output of the viewer for a log that is passed in blocks of random size.
 std::string shown(const Settings& settings, std::string_view log, std::mt19937& random) {
     std::string out;
     vorellog::Viewer viewer(settings, false, [&out](std::string_view text) { out += text; });

@@ -15,7 +15,7 @@ using vorellog::encodingOf;
 using vorellog::InputDecoder;
 using namespace std::string_view_literals;
 
-/// What a decoder passes on: "|" marks the end of a file.
+/// The output of a decoder. "|" marks the end of a file.
 class Text : public vorellog::LogSink {
 public:
     std::string text;
@@ -97,7 +97,7 @@ TEST(InputDecoderTest, EachFileHasItsEncoding) {
 }
 
 TEST(InputDecoderTest, LongCompressedData) {
-    // Ten stored blocks of the greatest size.
+    // Ten stored blocks of the maximum size.
     std::string stored("\x1F\x8B\x08\x00\x00\x00\x00\x00\x00\x03\x00\xFF\xFF\x00\x00", 15);
     stored += std::string(0xFFFF, 'a');
     Text sink;

@@ -203,7 +203,7 @@ TEST_F(VorellogTest, ExitCodes) {
     EXPECT_EQ(view({L"--unknown"}).exitCode, 2u);
     EXPECT_EQ(view({L"-p", L"x"}).exitCode, 2u);
     EXPECT_EQ(view({L"-m", L"0"}).exitCode, 2u);
-    EXPECT_EQ(view({L"another.log"}).exitCode, 3u);  // the other one is shown
+    EXPECT_EQ(view({L"another.log"}).exitCode, 3u);  // the other log is shown
     const std::wstring folder = log.folder().widePath();
     EXPECT_EQ(test::capture(L"vorellog", {folder}).exitCode, 3u);
     const Captured missing = test::capture(L"vorellog", {folder + L"\\no.log"});

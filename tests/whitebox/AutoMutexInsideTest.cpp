@@ -39,7 +39,7 @@ using testing::SizeIs;
 using vorel::AutoMutex;
 using vorel::Exception;
 
-/// The system calls of the mutex since the test started, and the results that they get.
+/// The system calls of the mutex since the test started, and the results that these calls return.
 struct System {
     DWORD waitResult = WAIT_TIMEOUT;
     std::vector<DWORD> waitsMs;
@@ -105,7 +105,7 @@ public:
     ~AutoMutexInside() noexcept override = default;  // the mutex's destructor may throw
 
 protected:
-    /// Lets a new thread record itself as the owner, and waits until it has exited. Returns its id.
+    /// Makes a new thread record itself as the owner, and waits until the thread has exited. Returns its id.
     unsigned long recordExitedThread() {
         return onAnotherThread([this] {
             call<test::SetLockingThreadID>(m_mutex);
@@ -198,7 +198,7 @@ TEST_F(AutoMutexInside, BookkeepingIsLockedWhileTheSwitchIsOn) {
             EnterCriticalSection(section);
             std::future<void> accessing = std::async(std::launch::async, access, std::ref(mutex));
             if (switchedOn == 0) {
-                accessing.get();  // must not wait for the lock
+                accessing.get();  // this access must not wait for the lock
             } else {
                 EXPECT_EQ(accessing.wait_for(std::chrono::milliseconds(20)), std::future_status::timeout);
             }

@@ -261,8 +261,8 @@ TEST_F(AutoMutexSteps, FailureOfTheDestructorIsSuppressedDuringUnwinding) {
 
 // ---- An exited owner that was reported to another object ------------------------------------------------------------
 
-/// `m_stale` records a thread that exited while it held the mutex. The system reports that only once, and `m_other`,
-/// which shares the mutex, received the report.
+/// `m_stale` records a thread that exited while it held the mutex. The system reports this only once, and `m_other`,
+/// which uses the same mutex, received the report.
 class AutoMutexWithAStaleOwner : public AutoMutexSteps {
 public:
     ~AutoMutexWithAStaleOwner() noexcept override {
@@ -318,7 +318,7 @@ TEST_F(AutoMutexWithAStaleOwner, InitializeFailsAndTheDestructorThrowsButClosesT
 }
 
 TEST_F(AutoMutexWithAStaleOwner, ThreadWithTheSameIdIsTreatedAsTheOwner) {
-    // Simulates that the system has reused the id of the exited thread for this one.
+    // Simulates that the system has reused the id of the exited thread for this thread.
     (*m_stale).*reveal(test::LockingThreadId()) = GetCurrentThreadId();
     const std::wstring notReleased =
         L"AutoMutex::unlock: Failed to release mutex " + m_name + L": " + test::systemText(ERROR_NOT_OWNER);

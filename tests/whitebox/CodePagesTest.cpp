@@ -1,5 +1,5 @@
 /// \file
-/// The converters' system calls, and how they handle the results.
+/// The converters' system calls, and how the converters handle the results.
 
 #include "vorel/text/CodePages.h"
 
@@ -90,7 +90,8 @@ class CodePages : public ::testing::Test {
 protected:
     void SetUp() override { System::instance() = System(); }
 
-    /// Returns the result of `operation` while the system fails with `error`. errno is `kUntouched` before the call.
+    /// Runs `operation` while the system fails with `error`, and returns its result. errno is `kUntouched` before the
+    /// call.
     template <class Operation>
     auto underFailure(DWORD error, Operation&& operation) {
         m_system.result = 0;
@@ -99,7 +100,8 @@ protected:
         return operation();
     }
 
-    /// The usability test of a code page is one call for an empty text of one byte, without an output buffer.
+    /// The expected call that tests whether a code page is usable: it converts an empty text of one byte, without an
+    /// output buffer.
     void expectUsabilityTest(UINT page) {
         ASSERT_EQ(m_system.calls.size(), 1u);
         const Call& call = m_system.calls[0];
@@ -184,7 +186,7 @@ TEST_F(CodePages, Conversions_RejectSizesThatTheSystemCannotCount) {
     struct Case {
         std::size_t count;
         std::size_t capacity;
-        int countThere;  // passed to the system
+        int countThere;  // the count that is passed to the system
         int capacityThere;
         bool rejected = false;
     };

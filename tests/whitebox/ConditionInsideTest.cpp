@@ -27,7 +27,7 @@
 #include "vorel/sync/NamedCondition.h"
 
 extern "C" {
-// These constructors are reachable only for clients that import them by name.
+// Only clients that import these constructors by name can call them.
 void constructDefault(void* memory) __asm__("_ZN5vorel14NamedConditionC1Ev");
 void constructCopy(void* memory, const vorel::NamedCondition& other) __asm__("_ZN5vorel14NamedConditionC1ERKS0_");
 }
@@ -155,7 +155,7 @@ TEST(ConditionInside, ThrowingWaitTakesTheLockAgainAndIsNotCounted) {
     EXPECT_FALSE(isFreeForOthers(lock));
 }
 
-/// How a wait on the event ends.
+/// The ways in which a wait on the event ends.
 struct WaitEnd {
     const char* name;
     DWORD result;

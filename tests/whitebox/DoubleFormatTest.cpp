@@ -60,7 +60,8 @@ TEST(DoubleFormat, AddsOnlyWhatFits) {
         const char* plain;
         const char* json;
     };
-    // A digit needs a capacity of the length plus 2, and ".0" the length plus 3; the length excludes the terminator.
+    // Adding a digit needs a capacity of the length plus 2, and adding ".0" needs the length plus 3. The length does
+    // not include the terminator.
     for (const Case& row : {Case{"1e+20", 6, "1e+20", "1e+20"}, Case{"1e+20", 7, "1e+020", "1e+020"},
                             Case{"1e+20", 8, "1e+020", "1.0e+20"}, Case{"1e+20", 9, "1e+020", "1.0e+020"},
                             Case{"1.e-05", 7, "1.e-05", "1.e-05"}, Case{"1.e-05", 8, "1.e-005", "1.0e-05"},

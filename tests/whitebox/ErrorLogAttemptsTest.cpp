@@ -1,6 +1,6 @@
 /// \file
-/// The system calls of the error log and their order: the attempts to lock the file with the waits between them, and
-/// the steps of writing and rotating. The waits are recorded only.
+/// The system calls of the error log and their order: the attempts to lock the file, the waits between them, and the
+/// steps of writing and rotating. The tests do not really wait, but only record the waits.
 
 #include <cerrno>
 #include <cstdint>
@@ -53,7 +53,7 @@ protected:
     ErrorLogAttempts() { record() = Record(); }
 
     const test::ImportPatch<decltype(::Sleep)> m_sleep{importedSleep, &recordSleep};
-    // Without a limit, no size check locks the file. So each counted lock is an attempt to write.
+    // Without a size limit, no size check locks the file. So each counted lock is an attempt to write.
     const TemporaryLog m_log{-1};
 };
 

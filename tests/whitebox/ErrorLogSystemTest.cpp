@@ -1,5 +1,5 @@
 /// \file
-/// How the error log handles results of the system: the computer's name, the clock, and failures of the runtime.
+/// How the error log handles results of system calls: the computer's name, the clock, and failures of the runtime.
 
 #include <cstdint>
 #include <cstdio>

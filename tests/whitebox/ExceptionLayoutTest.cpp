@@ -13,7 +13,7 @@
 
 namespace test {
 
-#ifndef __clang__  // does not have this warning
+#ifndef __clang__  // clang does not have this warning
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wnon-template-friend"
 #endif

@@ -1,5 +1,5 @@
 /// \file
-/// The steps of operations that call the system many times: a test makes each call fail in turn.
+/// The steps of operations that make many system calls. A test makes each call fail in turn.
 ///
 ///     const test::FailingStep kSteps[] = {{"LocalAlloc", test::failStep<importedLocalAlloc>}, …};
 ///     const auto failing = GetParam().fail();

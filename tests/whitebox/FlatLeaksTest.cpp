@@ -1,6 +1,6 @@
 /// \file
-/// Opens and closes each handle of the flat interface many times: every system handle must be closed. Also tests the
-/// memory for a thread's last failure, which is freed when the thread exits.
+/// Opens and closes each kind of handle of the flat interface many times; every system handle must be closed. Also
+/// tests that the memory for a thread's last failure is freed when the thread exits.
 
 #include <set>
 #include <string>

@@ -38,7 +38,7 @@ protected:
     struct Rendered {
         const T* result = nullptr;
         std::unique_ptr<T, Free> heap;
-        bool truncated = true;  // must be cleared
+        bool truncated = true;  // the call must clear this
     };
 
     static Rendered format(GuardedBuffer<T>& buffer, const T* format, ...) {
@@ -67,7 +67,7 @@ TYPED_TEST_SUITE(Format, test::CharacterTypes, test::CharacterNames);
 // ---- Strings without a buffer
 // ----------------------------------------------------------------------------------------
 
-// The measurement opens the null device, which takes twenty times as long as the rendering.
+// Measuring the length opens the null device, which takes twenty times as long as rendering.
 TYPED_TEST(Format, FirstTextOfAString_IsMeasuredFromMoreThan512UnitsOn) {
     int closed = 0;
     const test::ImportHook<importedFclose> hook([&](std::FILE* stream) {

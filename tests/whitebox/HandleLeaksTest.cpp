@@ -31,7 +31,7 @@ constexpr int kRounds = 10000;
 constexpr DWORD kSize = 4096;
 constexpr const wchar_t* kMissing = L"\\missing";
 
-/// The object name and the file that a round uses.
+/// The object name and the file that the rounds use.
 struct Resources {
     std::wstring name = test::NamedEvent::uniqueName(L"leaks");
     test::TemporaryFolder folder;
@@ -40,7 +40,7 @@ struct Resources {
 
 struct Cycle {
     const char* name;
-    HANDLE (*prepare)(const Resources& resources);  // creates what exists before the first round
+    HANDLE (*prepare)(const Resources& resources);  // creates the object that exists before the first round
     HANDLE (*obtain)(const Resources& resources);   // runs a round
     bool obtains;                                   // whether a round returns a handle
     int rounds = kRounds;
@@ -140,8 +140,8 @@ const Cycle kCycles[] = {
     {"IsAdmin_WhileImpersonating", nothing, askForAdminWhileImpersonating, false, kRounds / 10},
 };
 
-/// Returns the path itself. The real function is slower than all other calls of a round, and these paths are long
-/// forms.
+/// Returns the path itself. The real function takes longer than all other calls of a round, and these paths are already
+/// long forms.
 DWORD WINAPI giveLongPath(LPCWSTR path, LPWSTR longPath, DWORD size) {
     const std::wstring_view text = path;
     if (text.find(kMissing) != std::wstring_view::npos) {

@@ -68,7 +68,7 @@ protected:
     BOOL checkSucceeds = TRUE;
     BOOL accessGranted = TRUE;
     HANDLE callersToken = nullptr;  // the token that the thread impersonates initially
-    int failingOpens = 0;           // how many of the first attempts to open the caller's token fail
+    int failingOpens = 0;           // the number of attempts to open the caller's token that fail first
     bool queryFails = false;        // whether opening the thread's token for queries fails
     std::string trace;
     std::vector<HANDLE> tokens;
@@ -97,7 +97,7 @@ private:
         }
     }
 
-    /// Opens the caller's token. Fails as the system does if the thread does not impersonate.
+    /// Opens the caller's token. Like the system, fails if the thread does not impersonate.
     BOOL keepToken(BOOL asSelf, PHANDLE token) {
         trace += asSelf ? "keep " : "keepasclient ";
         const bool fails = m_keeps++ < failingOpens;

@@ -1,6 +1,6 @@
 /// \file
 /// Logging before the library's state is created and after it is destroyed. Only programs that link the static library
-/// can do that, with global objects that are created first and destroyed last.
+/// can do this, with global objects that are created first and destroyed last.
 
 #include <cstring>
 #include <string>

@@ -1,6 +1,6 @@
 /// \file
-/// The objects that the library creates at load, and their order. They are destroyed in reverse, so that no object is
-/// used after its end.
+/// The objects that the library creates at load, and their order. They are destroyed in reverse order, so that no
+/// object is used after it is destroyed.
 // test-runner: one process per case
 
 #include "LibraryState.h"

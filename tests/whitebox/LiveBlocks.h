@@ -12,7 +12,7 @@
 
 namespace test {
 
-/// Tracks the identifiers and local blocks that are allocated during its lifetime, until they are freed.
+/// While an object exists, tracks the identifiers and local blocks that are allocated, until they are freed.
 class LiveBlocks {
 public:
     LiveBlocks() = default;
@@ -48,7 +48,7 @@ private:
         return block;
     }};
     ImportHook<importedLocalFree> m_free{[this](HLOCAL block) {
-        m_blocks.erase(block);  // the system's texts are freed here, too
+        m_blocks.erase(block);  // the system's texts are also freed here
         return m_free.original(block);
     }};
 

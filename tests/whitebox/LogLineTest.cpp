@@ -16,7 +16,7 @@ TEST(LogLine, IsOnePieceOfAnyLength) {
         const wchar_t* unit;
         const char* utf8;
     };
-    // The buffer on the stack has 1024 bytes, of which the header takes about 50.
+    // The buffer on the stack has 1024 bytes; the header takes about 50 of them.
     for (const Message& message : {Message{L"m", "m"}, Message{L"\x20AC", "\xE2\x82\xAC"}}) {
         for (const std::size_t units : {0u, 1u, 300u, 320u, 330u, 340u, 400u, 960u, 1100u, 5000u}) {
             for (const std::size_t prefixBytes : {0u, 6u, 900u, 960u, 1000u, 1022u, 1023u, 1024u, 3000u}) {

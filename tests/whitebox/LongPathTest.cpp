@@ -1,5 +1,6 @@
 /// \file
-/// The path with which the file of a mapping is opened: its long form. For a new file, the folder gets the long form.
+/// The path that is used to open the file of a mapping: the long form of the file's path, or for a new file, the long
+/// form of its folder's path.
 
 #include <algorithm>
 #include <map>
@@ -23,7 +24,7 @@ HANDLE someHandle() {
     return CreateSemaphoreW(nullptr, 0, 1, nullptr);
 }
 
-/// A system with the long forms that a test sets. Opening files and creating mappings always succeeds.
+/// Simulates a system with the long forms that a test sets. Opening files and creating mappings always succeed.
 class LongPath : public testing::Test {
 protected:
     /// Obtains a mapping of `path`.

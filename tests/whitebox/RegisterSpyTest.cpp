@@ -1,5 +1,5 @@
 /// \file
-/// The lock of `registerSpy`. It is taken only while thread safety is on.
+/// The lock of `registerSpy`, which is locked only while thread safety is on.
 
 #include <future>
 
@@ -38,8 +38,8 @@ TEST(RegisterSpy, WaitsForTheLockWhileThreadSafetyIsOn) {
 TEST(RegisterSpy, DoesNotLockWhileThreadSafetyIsOff) {
     Spy spy;
     vorel::AutoCriticalSection& lock = *spyLock.get();
-    // Only this action switches thread safety off, because the lock must be released in the state in which it was
-    // taken.
+    // Only this action switches thread safety off, because the switch must have the same state when a lock is acquired
+    // and when it is released.
     test::expectPasses(lock, [&] {
         EnableThreadSafety(false);
         AllocBase::registerSpy(&spy);

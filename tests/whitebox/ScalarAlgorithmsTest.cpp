@@ -1,5 +1,5 @@
-// Operations with AVX2 algorithms must give the same results with the scalar algorithms. The random inputs are valid or
-// damaged, and lie at the edge of a page or inside one.
+// Operations that have AVX2 algorithms must give the same results with the scalar algorithms. The random inputs are
+// valid or damaged, and are at the edge of a page or inside a page.
 
 #include <functional>
 #include <string>
@@ -203,7 +203,7 @@ TEST_F(ScalarAlgorithms, BinaryToText) {
     }
 }
 
-/// Random text of an alphabet with some other characters.
+/// Random text from an alphabet, with some other characters.
 template <class T>
 std::basic_string<T> damagedText(RandomText& random, std::string_view alphabet, std::size_t length) {
     std::basic_string<T> text;

@@ -23,7 +23,7 @@ namespace {
 
 using Texts = std::vector<std::string>;
 
-/// A handle for a scripted success, from a call without a hook.
+/// A real handle for a call that succeeds by the script.
 HANDLE someHandle() {
     return CreateSemaphoreW(nullptr, 0, 1, nullptr);
 }

@@ -1,5 +1,5 @@
 /// \file
-/// The system's text with a context before it.
+/// The system's text after a context.
 
 #include <string>
 

@@ -1,6 +1,6 @@
 /// \file
-/// How mappings are created and opened, with and without the name of a file: the order of the system calls, their
-/// arguments, and the file's handle.
+/// How mappings are created and opened, with and without a file name: the order of the system calls, their arguments,
+/// and the handle of the file.
 
 #include <string>
 #include <vector>
@@ -34,7 +34,7 @@ HANDLE someHandle() {
     return CreateSemaphoreW(nullptr, 0, 1, nullptr);
 }
 
-/// A system without files and mappings except those that the test sets.
+/// Simulates a system that has only the files and mappings that the test sets.
 class ObtainingMapping : public testing::Test {
 protected:
     ~ObtainingMapping() override { EXPECT_EQ(m_openFiles, 0) << "every file must be closed"; }
@@ -50,15 +50,15 @@ protected:
         m_files = m_mappings = m_opens = 0;
     }
 
-    /// The calls in their order, each followed by a blank.
+    /// The calls in their order, each followed by a space.
     std::string trace;
     bool fileCreated = true;
     bool mappingCreated = true;
 
     // Results of the calls.
-    int mappingExistsFrom = 1000;  // the first opening (from 0) that finds a mapping
-    int filesFailFrom = 1000;      // the first attempt (from 0) that cannot open the file
-    int mappingsFailUntil = 0;     // the attempts (from 0) before this one create no mapping
+    int mappingExistsFrom = 1000;  // the number of the first opening (from 0) that finds a mapping
+    int filesFailFrom = 1000;      // the number of the first attempt (from 0) that cannot open the file
+    int mappingsFailUntil = 0;     // attempts before this number (from 0) fail to create the mapping
     DWORD fileError = 0;           // the last error after opening the file
     DWORD mappingError = 0;        // the last error after creating the mapping
     HANDLE lastFile = nullptr;
@@ -262,7 +262,7 @@ TEST_F(ObtainingMapping, EachAttemptOpensAMappingThatAnotherProcessCreatedFirst)
     mappingsFailUntil = 1000;
     for (const int failedAttempts : {0, 1, 49}) {
         begin();
-        mappingExistsFrom = 1 + failedAttempts;  // the first opening comes before the attempts
+        mappingExistsFrom = 1 + failedAttempts;  // the first opening precedes the attempts
         fileError = ERROR_ALREADY_EXISTS;
         const test::Handle mapping(obtainEx());
         EXPECT_TRUE(mapping) << failedAttempts;

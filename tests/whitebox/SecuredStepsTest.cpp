@@ -1,6 +1,6 @@
 /// \file
 /// Each step of building the security descriptor of a shared object fails in turn. Every operation must report the
-/// failed step in its own way and free the memory of the previous steps.
+/// failed step in the documented way, and free the memory of the previous steps.
 
 #include <ostream>
 #include <string>
@@ -64,7 +64,7 @@ protected:
     int m_objectCalls = 0;
 
 private:
-    /// Hook for every call that creates or opens an object: counts it and lets it fail.
+    /// The hook of every call that creates or opens an object: it counts the call and makes it fail.
     struct CountCall {
         HANDLE operator()(auto...) const {
             ++calls;
