@@ -19,7 +19,7 @@ constexpr std::size_t kCalls = 200;
 constexpr const char* kName = "Parser::run";
 constexpr const wchar_t* kWideName = L"Parser::run";
 
-/// Calls `write(number)` for some numbers. It returns a value that depends on the text.
+/// Calls `write(number)` for some numbers. `write` returns a value that depends on the text.
 template <class Write>
 Pass calls(Write write) {
     return [write] {
@@ -31,7 +31,7 @@ Pass calls(Write write) {
     };
 }
 
-/// Measures with one call of the runtime's function and renders with another.
+/// Measures the length with one call of the runtime's function, and renders with another call.
 std::string twoCalls(int number) {
     std::string text(static_cast<std::size_t>(_scprintf("%s: attempt %d of %u", kName, number, 100000u)), '\0');
     _snprintf(text.data(), text.size() + 1, "%s: attempt %d of %u", kName, number, 100000u);

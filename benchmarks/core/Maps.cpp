@@ -13,7 +13,7 @@ namespace {
 
 using Number = std::uint64_t;
 
-/// The finalizer of MurmurHash3 (Austin Appleby): the same hash for all maps.
+/// The hash that all maps use: the finalizer of MurmurHash3 (Austin Appleby).
 struct Mixed {
     std::size_t operator()(Number key) const noexcept {
         key = (key ^ key >> 33) * 0xFF51AFD7ED558CCD;

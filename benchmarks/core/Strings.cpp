@@ -16,7 +16,7 @@ using vorel::BaseString;
 constexpr std::size_t kAppends = 1000;
 constexpr std::size_t kStrings = 1000;
 
-/// Passes that make `kAppends` calls of `append(string)`: to a new string, and to one that keeps its buffer.
+/// Passes that make `kAppends` calls of `append(string)`: for a new string, and for a string that keeps its buffer.
 template <class String, class Append>
 Pass fresh(Append append) {
     return [append] {
@@ -65,7 +65,7 @@ template <class String, class T>
 std::vector<String> stringsOf(const std::basic_string<T>& text) {
     std::vector<String> strings(kStrings);
     for (String& string : strings) {
-        // NOLINTNEXTLINE(readability-redundant-string-cstr): the library's strings need it
+        // NOLINTNEXTLINE(readability-redundant-string-cstr): the library's strings need this
         string = text.c_str();
     }
     return strings;
@@ -82,7 +82,7 @@ Pass sumLengths(const std::vector<String>& strings) {
     };
 }
 
-/// Moves each string to the next place.
+/// Moves each string to the next position.
 template <class String>
 Pass rotate(std::vector<String>& strings) {
     return [&strings] {

@@ -8,7 +8,7 @@ namespace {
 
 constexpr std::size_t kCalls = 100000;
 
-/// A flag as programs test it before they log.
+/// A flag that programs test before they log.
 volatile bool s_isDebugging = false;
 volatile int s_token = 12;
 

@@ -11,7 +11,7 @@ namespace {
 
 constexpr std::size_t kExceptions = 1000;
 
-/// Builds an exception of the standard library as users do: the text is rendered into a buffer first.
+/// Creates an exception of the standard library as users do: the text is first rendered into a buffer.
 std::uint64_t standardException(int number) {
     char text[256];
     std::snprintf(text, sizeof text, "cannot open %s: error %d", "settings.txt", number);
@@ -33,7 +33,7 @@ Pass manyOf(One one) {
 }  // namespace
 
 void messages(Family& family) {
-    vorel::Exception::SetErrorLogSize(0);  // the line of the log has its own case, in the family sync
+    vorel::Exception::SetErrorLogSize(0);  // the family sync measures the line of the log
     const std::vector<Peer> peers = {{"std::runtime_error + snprintf", manyOf(&standardException)}};
     family.compare("an exception with a narrow message", kExceptions, manyOf([](int number) -> std::uint64_t {
                        const vorel::Exception e("cannot open %s: error %d", "settings.txt", number);

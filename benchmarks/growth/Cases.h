@@ -1,5 +1,5 @@
 /// \file
-/// The works of the growth family, one function per file.
+/// The cases of the growth family, one function per file.
 #pragma once
 
 #include "Growth.h"
@@ -8,7 +8,7 @@ namespace bench {
 
 inline constexpr std::size_t kHundredMillion = 100000000;
 
-/// Work on separately allocated elements: more of them would need too much time and memory.
+/// The maximum number of separately allocated elements: more would need too much time and memory.
 inline constexpr std::size_t kTenMillion = 10000000;
 
 void strings(Growth& growth);

@@ -17,10 +17,10 @@ namespace bench {
 
 namespace {
 
-/// Numbers of elements in a test of the benchmarks themselves.
+/// The maximum number of elements in tests of the benchmarks themselves.
 constexpr std::size_t kMaxQuickCount = 100;
 
-/// A pass is sampled until all of these hold, or until it took `kLongestNs`.
+/// A pass is sampled until all of these minimums are reached, or until it has taken `kLongestNs`.
 constexpr std::size_t kFewestSamples = 5;
 constexpr double kShortestNs = 1e8;
 constexpr double kLongestNs = 5e9;
@@ -40,7 +40,7 @@ std::size_t largestCacheBytes() {
     return largest;
 }
 
-/// The part of `numbers` that `options` allow.
+/// The elements of `numbers` that `options` allow.
 std::vector<std::size_t> allowed(std::vector<std::size_t> numbers, const Options& options) {
     if (options.isQuick()) {
         std::erase_if(numbers, [](std::size_t number) { return number > kMaxQuickCount; });
@@ -48,7 +48,7 @@ std::vector<std::size_t> allowed(std::vector<std::size_t> numbers, const Options
     return numbers;
 }
 
-/// Samples both in turn, and returns their medians: nanoseconds per item.
+/// Samples both steps alternately, and returns their medians in nanoseconds per item.
 std::pair<double, double> costsOf(const Step& ours, const Step& peer, Clock clock, bool isQuick) {
     const Calibration calibration = isQuick ? Calibration::None : Calibration::ByTime;
     Sampler first(ours.pass, ours.items, clock, calibration);
@@ -100,7 +100,7 @@ void Growth::measure(const Work& work) {
         return;
     }
     std::printf("\n%s, compared with: %s\n", work.name.c_str(), work.peerName.c_str());
-    std::array<Rise, 2> ours;  // within the caches, and beyond them
+    std::array<Rise, 2> ours;  // within and beyond the caches
     std::array<Rise, 2> peers;
     for (const std::size_t elements : allowed(work.numbers, m_options)) {
         const Line line = measureOne(work, elements);

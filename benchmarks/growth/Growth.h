@@ -1,9 +1,9 @@
 /// \file
 /// Measures how the cost of one element depends on the number of elements.
 ///
-/// A small number of elements pays for the fixed part of the work, so the cost of one element falls at first. It rises
-/// when the data outgrow the processor's caches. Otherwise it should be flat: twice the elements take twice the time.
-/// The peers do the same work, and show what the machine itself adds.
+/// With few elements, the fixed part of the work dominates, so the cost of one element first falls. It rises when the
+/// data no longer fits into the processor's caches. Otherwise it should be constant: twice the elements take twice the
+/// time. The peers do the same work, and show the effect of the machine itself.
 #pragma once
 
 #include <cstddef>
@@ -45,7 +45,8 @@ public:
     explicit Growth(Options options);
 
     /// Times the work for its numbers of elements, and prints a line for each. A cost is marked if it is more than 1.5
-    /// times that of a smaller number; numbers within the caches and beyond them are compared separately.
+    /// times the cost for a smaller number. Numbers within the caches and numbers beyond the caches are compared
+    /// separately.
     void measure(const Work& work);
 
     /// Writes the CSV file, if one was requested. Returns the exit code of the program.

@@ -23,7 +23,7 @@ namespace {
 /// Lines that each process writes in a pass.
 constexpr std::size_t kLines = 100;
 
-/// A writer that is not done by then has failed.
+/// A writer that takes longer has failed.
 constexpr DWORD kLimitMs = 60000;
 
 constexpr char kText[] = "the quick brown fox jumps over the lazy dog";
@@ -44,7 +44,7 @@ Handle owned(HANDLE handle) {
     return Handle(handle);
 }
 
-/// Starts this program as a writer; it ends with this process at the latest.
+/// Starts this program as a writer. The writer ends with this process at the latest.
 Handle startWriter(const std::string& arguments) {
     std::array<char, MAX_PATH + 1> program = {};
     GetModuleFileNameA(nullptr, program.data(), static_cast<DWORD>(program.size()));
@@ -61,7 +61,7 @@ Handle startWriter(const std::string& arguments) {
 /// Processes that write the same file. They wait until `write` is called.
 class Writers {
 public:
-    /// `missingLines` counts the lines that are not in the file in the end.
+    /// `missingLines` receives the number of lines that are missing from the file at the end.
     Writers(std::size_t count, const std::string& kind, long long& missingLines)
         : m_missingLines(missingLines),
           m_path(temporaryPath(kind)),

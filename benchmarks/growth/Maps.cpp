@@ -79,7 +79,7 @@ Step findIn(std::size_t count) {
 }  // namespace
 
 void maps(Growth& growth) {
-    constexpr std::size_t kBytesPerEntry = 64;  // a node with the header of its block, and a bucket
+    constexpr std::size_t kBytesPerEntry = 64;  // a node, the header of its block, and a bucket
     const std::vector<std::size_t> numbers = numbersUpTo(kTenMillion);
     growth.measure({"HashMap: insert into a new one, remove all", numbers, kBytesPerEntry, insertInto<OurMap>,
                     "std::unordered_map", insertInto<StandardMap>});

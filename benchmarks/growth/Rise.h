@@ -1,5 +1,5 @@
 /// \file
-/// How much the cost of an element rises.
+/// The rise of the cost of an element.
 #pragma once
 
 #include <algorithm>
@@ -9,7 +9,7 @@ namespace bench {
 /// A larger rise is marked.
 inline constexpr double kMaxRise = 1.5;
 
-/// Follows costs in the order of the number of elements.
+/// Tracks costs in ascending order of the number of elements.
 class Rise {
 public:
     /// Adds the cost of the next number of elements. Returns its ratio to the smallest cost so far; 1 if it is smaller.
@@ -22,7 +22,7 @@ public:
 
     [[nodiscard]] int count() const { return m_count; }
 
-    /// The largest ratio that `add` returned; 1 without any.
+    /// The largest ratio that `add` has returned; 1 if there was no call.
     [[nodiscard]] double worst() const { return m_worst; }
 
 private:

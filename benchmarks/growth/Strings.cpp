@@ -67,7 +67,7 @@ std::uint64_t formatByTheRuntime(const std::wstring& argument) {
     return static_cast<std::uint64_t>(_snwprintf(text.data(), text.size() + 1, L"%ls", argument.c_str()));
 }
 
-/// Wide text for each number of units, and a function of it.
+/// Steps that apply a function to a wide text of each number of units.
 template <class Function>
 Steps ofText(Function function) {
     return [function](std::size_t units) -> Step {

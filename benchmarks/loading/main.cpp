@@ -1,6 +1,6 @@
 /// \file
-/// Loads and unloads the DLL. This program links it like the other benchmarks, but uses nothing of it, so the DLL is
-/// not loaded when the program starts. The runtime of the compiler is, as in every C++ program.
+/// Loads and unloads the DLL. This program links the DLL like the other benchmarks, but uses nothing from it, so the
+/// DLL is not loaded when the program starts. The compiler's runtime is loaded at the start, as in every C++ program.
 
 #include <cstdio>
 #include <cstdlib>

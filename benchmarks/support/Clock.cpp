@@ -29,7 +29,7 @@ bool isOnLinux() {
     return kIsOnLinux;
 }
 
-/// Linux's clock_gettime, called directly: Wine does not export it. Negative if Linux refuses.
+/// Calls clock_gettime of Linux directly, because Wine does not export it. Negative if the call fails.
 std::int64_t linuxClockNs(std::int64_t clock) {
     constexpr std::int64_t kClockGettime = 228;
     struct {
@@ -41,7 +41,7 @@ std::int64_t linuxClockNs(std::int64_t clock) {
     return result == 0 ? time.seconds * 1000000000 + time.nanoseconds : -1;
 }
 
-/// The number of the clock of a process, as clock_getcpuclockid computes it.
+/// The clock id of a process, computed like clock_getcpuclockid.
 std::int64_t clockOf(unsigned long linuxProcessId) {
     return ~static_cast<std::int64_t>(linuxProcessId) * 8 + 2;
 }

@@ -2,26 +2,27 @@
 /// The clocks of the benchmarks.
 ///
 /// Wine measures a thread's processor time in steps of 10 ms (`GetThreadTimes`) or not at all (`QueryThreadCycleTime`).
-/// Linux counts it in nanoseconds, so the benchmarks ask Linux. Reading it takes about a microsecond.
+/// Linux counts the time in nanoseconds, so the benchmarks ask Linux. Reading the clock takes about a microsecond.
 #pragma once
 
 namespace bench {
 
 enum class Clock {
     /// Processor time of this process and of Wine's server, which does part of the work of many system calls. Other
-    /// programs on the machine affect it little. Without Wine, or if the server is unknown, it is the elapsed time.
+    /// programs on the machine hardly affect it. Without Wine, or if the server is unknown, the elapsed time is used
+    /// instead.
     Processor,
     /// Elapsed time, for work that waits or that several processes share.
     Elapsed,
 };
 
-/// Sets the Linux process id of the Wine server that answers this process; 0 if it is unknown.
+/// Sets the Linux process id of the Wine server of this process; 0 if it is unknown.
 void setWineServer(unsigned long linuxProcessId);
 
 /// Nanoseconds since a fixed moment.
 [[nodiscard]] double clockNs(Clock clock);
 
-/// What the clock measures here, for a heading.
+/// A description of the time that the clock measures here, for a heading.
 [[nodiscard]] const char* describe(Clock clock);
 
 }  // namespace bench

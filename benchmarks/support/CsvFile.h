@@ -27,7 +27,7 @@ inline std::string csvField(double value) {
     return text;
 }
 
-/// A line of at least one field; `csvField` made them.
+/// A line of at least one field. `csvField` must have created the fields.
 inline std::string csvLine(const std::vector<std::string>& fields) {
     std::string line;
     for (const std::string& field : fields) {

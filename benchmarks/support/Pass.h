@@ -10,11 +10,11 @@
 
 namespace bench {
 
-/// A function that processes all items of a case once. It returns a value that depends on every result, so that no work
-/// is optimised away.
+/// A function that processes all items of a case once. Its return value depends on every result, so that no work is
+/// optimised away.
 ///
-/// The loop of `repeat` is compiled together with the function. So a repetition costs less than a nanosecond more than
-/// the function itself, and short functions can be measured. The compiler may assume nothing about memory between two
+/// The loop of `repeat` is compiled together with the function. So a repetition adds less than a nanosecond to the
+/// function itself, and short functions can be measured. The compiler cannot assume anything about memory between two
 /// repetitions.
 class Pass {
 public:

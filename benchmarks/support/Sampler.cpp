@@ -6,7 +6,7 @@ namespace bench {
 
 namespace {
 
-/// Long enough that reading the clock, and a cold start of the loop, do not count.
+/// Long enough to make reading the clock, and a cold start of the loop, negligible.
 constexpr double kShortestSampleNs = 2e6;
 
 /// A single short pass may end before the clock advances.

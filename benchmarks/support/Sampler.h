@@ -11,8 +11,8 @@
 namespace bench {
 
 enum class Calibration {
-    ByTime,  ///< runs the pass until its speed is known: each sample takes at least 2 ms
-    None,    ///< each sample runs the pass once, untimed runs do not precede it
+    ByTime,  ///< first runs the pass until its speed is known; each sample then takes at least 2 ms
+    None,    ///< each sample runs the pass once, without untimed runs before
 };
 
 /// A pass and its samples in nanoseconds per item. The pass must outlive the sampler.

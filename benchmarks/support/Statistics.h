@@ -8,8 +8,8 @@
 
 namespace bench {
 
-/// The quantile of the samples at `share`, from 0 to 1: interpolated between the two nearest samples. There must be at
-/// least one.
+/// The quantile of the samples at `share` (0 to 1), interpolated between the two nearest samples. There must be at
+/// least one sample.
 inline double quantile(std::vector<double> samples, double share) {
     std::sort(samples.begin(), samples.end());
     const double position = share * static_cast<double>(samples.size() - 1);

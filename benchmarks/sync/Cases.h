@@ -2,8 +2,8 @@
 /// The cases of the sync family, one function per file. Results are nanoseconds per lock and unlock, or per line of the
 /// log.
 ///
-/// A call that Wine's server answers takes much longer if the server runs on another processor. `./dev bench` runs both
-/// on one.
+/// A call that Wine's server answers takes much longer if the server runs on another processor. `./dev bench` runs the
+/// program and the server on one processor.
 #pragma once
 
 #include "support/Frame.h"

@@ -29,7 +29,7 @@ struct Events {
     };
 };
 
-/// Two conditions, each with its own lock, which only its waiter takes.
+/// Two conditions with separate locks. Only the waiter of a condition uses its lock.
 struct Conditions {
     struct Side {
         void begin() { lock.lock(60000, true); }
@@ -42,7 +42,7 @@ struct Conditions {
     };
 };
 
-/// Two threads wake each other in turn.
+/// Two threads wake each other alternately.
 template <class Kind>
 std::uint64_t pingPong() {
     typename Kind::Side there;

@@ -34,12 +34,12 @@ std::string temporaryPath(const char* name) {
     return folder + std::string(name) + std::to_string(GetCurrentProcessId()) + ".txt";
 }
 
-/// Only the calls that append a line to a file: open it with the runtime, lock, write, unlock and close it.
+/// Makes only the calls that append a line to a file: open with the runtime, lock, write, unlock, close.
 class BareCalls {
 public:
     explicit BareCalls(std::string path) : m_path(std::move(path)), m_line(lineLikeTheLogs()) {}
 
-    /// With a stream of the runtime, like the log.
+    /// Uses a stream of the runtime, like the log.
     [[nodiscard]] bool writeToStream() const {
         const int descriptor = open();
         lock(descriptor, true);

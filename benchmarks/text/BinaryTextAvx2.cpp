@@ -39,7 +39,7 @@ __m256i twice(__m128i half) {
 
 // ---- Base64 ---------------------------------------------------------------------------------------------------------
 
-/// Encodes 24 of 32 bytes, those from the fourth on.
+/// Encodes the bytes 4 to 27 of 32 bytes.
 template <class T>
 void encodeBlock(__m256i bytes, T* out) {
     const __m256i in =
@@ -60,7 +60,7 @@ template <class T>
 std::size_t encode(const unsigned char* bytes, std::size_t count, T* out) {
     const T* const start = out;
     if (count >= 32) {
-        // The first block is loaded from the start and shifted: nothing before it is read.
+        // The first block is loaded from the start of the input and shifted, because nothing before it may be read.
         encodeBlock(_mm256_permutevar8x32_epi32(load(bytes), _mm256_setr_epi32(0, 0, 1, 2, 3, 4, 5, 6)), out);
         bytes += 24;
         count -= 24;
@@ -107,7 +107,7 @@ bool decodeBlock(const T* text, unsigned char* out) {
 template <class T>
 std::size_t decode(const T* text, std::size_t length, unsigned char* out) {
     const unsigned char* const start = out;
-    // A block writes 32 bytes, of which the characters after it overwrite eight.
+    // A block writes 32 bytes; the output of the following characters overwrites the last eight.
     for (; length >= 4 * 32 + 13;
          text += std::size_t{4} * 32, length -= std::size_t{4} * 32, out += std::size_t{4} * 24) {
         if (!decodeBlock(text, out) || !decodeBlock(text + 32, out + 24) || !decodeBlock(text + 64, out + 48) ||

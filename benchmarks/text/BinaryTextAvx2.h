@@ -1,6 +1,6 @@
 /// \file
-/// Peers for Base64 and hexadecimal text: AVX2 loops by published methods, with table loops for the rest. Base64 is
-/// that of Wojciech Muła and Daniel Lemire, "Faster Base64 Encoding and Decoding Using AVX2 Instructions"; hexadecimal
+/// Peers for Base64 and hexadecimal text: AVX2 loops by published methods, with table loops for the rest. Base64
+/// follows Wojciech Muła and Daniel Lemire, "Faster Base64 Encoding and Decoding Using AVX2 Instructions"; hexadecimal
 /// digits are looked up by shuffles.
 #pragma once
 
@@ -11,7 +11,7 @@ namespace bench {
 /// Whether the processor has AVX2. The other functions require it.
 bool hasAvx2();
 
-/// The same contracts as those of the functions in BinaryTextLoops.h.
+/// These have the same contracts as the functions in BinaryTextLoops.h.
 std::size_t encodeBase64Avx2(const unsigned char* bytes, std::size_t count, char* out);
 std::size_t encodeBase64Avx2(const unsigned char* bytes, std::size_t count, wchar_t* out);
 std::size_t decodeBase64Avx2(const char* text, std::size_t length, unsigned char* out);

@@ -1,6 +1,6 @@
 /// \file
 /// Peers for Base64 and hexadecimal text: simple table loops. All functions are static, because a source compiled for
-/// AVX2 uses them too.
+/// AVX2 also uses them.
 #pragma once
 
 #include <array>

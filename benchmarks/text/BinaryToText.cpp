@@ -45,7 +45,7 @@ template <class Output, class Plain, class T, class Run, class LoopOf>
 void compareOutputs(Family& family, const std::string& what, const Case<T>& input, std::size_t units, const Run& run,
                     LoopOf tableLoop, LoopOf avx2Loop) {
     Output reused;
-    // Each peer has its own output: one that two of them use would be in the caches more often.
+    // Each peer has a separate output, because an output that two peers use would be in the caches more often.
     const auto reusedPeer = [&](LoopOf loop) {
         return Pass([&input, plain = std::make_shared<Plain>(units, typename Plain::value_type{}), loop] {
             return std::uint64_t{loop(input, plain->data())};

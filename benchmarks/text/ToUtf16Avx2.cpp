@@ -15,7 +15,7 @@ namespace {
 
 enum Shape : std::uint8_t { SixOfTwo, FourOfThree, ThreeOfFour };
 
-/// What the next twelve bytes hold: six characters of up to two bytes, four of up to three, or three of up to four.
+/// The characters in the next twelve bytes: six of up to two bytes, four of up to three, or three of up to four.
 struct Window {
     Shape shape;
     std::uint8_t consumed;
@@ -185,7 +185,7 @@ char16_t* writeCode(std::uint32_t code, char16_t* out) {
 char16_t* writeLanesOfFour(__m128i lanes, char16_t* out) {
     const __m128i low = _mm_and_si128(lanes, _mm_set1_epi32(0x7F));
     const __m128i second = _mm_srli_epi32(_mm_and_si128(lanes, _mm_set1_epi32(0x3F00)), 2);
-    // The third byte is a trailing byte, or the lead byte of three, whose bit 5 does not belong to the value.
+    // The third byte is a trailing byte or a lead byte of three. Bit 5 of the lead byte does not belong to the value.
     const __m128i third = _mm_and_si128(lanes, _mm_set1_epi32(0x3F0000));
     const __m128i isLead = _mm_srli_epi32(_mm_and_si128(lanes, _mm_set1_epi32(0x400000)), 1);
     const __m128i upper = _mm_srli_epi32(_mm_xor_si128(third, isLead), 4);
@@ -199,7 +199,7 @@ char16_t* writeLanesOfFour(__m128i lanes, char16_t* out) {
     return out;
 }
 
-/// Converts the next characters, whose last bytes `ends` has. Returns the number of bytes.
+/// Converts the next characters. `ends` has a bit for the last byte of each character. Returns the number of bytes.
 unsigned int convertWindow(const char* in, std::uint64_t ends, char16_t*& out) {
     constexpr Row kSwapped = {1, 0, 3, 2, 5, 4, 7, 6, 9, 8, 11, 10, 13, 12, 15, 14};
     constexpr Row kThrees = {2, 1, 0, 0x80, 5, 4, 3, 0x80, 8, 7, 6, 0x80, 11, 10, 9, 0x80};
@@ -244,7 +244,7 @@ int trailingAfter(unsigned char lead) {
     return lead < 0xE0 ? 1 : lead < 0xF0 ? 2 : 3;
 }
 
-/// The rest of a text, one character at a time. Returns null if it is not valid.
+/// Converts the rest of a text, one character at a time. Returns null if it is not valid.
 char16_t* convertRest(const unsigned char* byte, const unsigned char* end, char16_t* out) {
     while (byte < end) {
         const int trailing = trailingAfter(*byte);
@@ -285,7 +285,8 @@ std::size_t utf16LengthAvx2(const char* text, std::size_t bytes) {
 std::size_t toUtf16Avx2(const char* text, std::size_t bytes, char16_t* out) {
     const char16_t* const start = out;
     std::size_t at = 0;
-    // The last characters of a block are converted with the next one. The reserve is for whole windows at the end.
+    // The last characters of a block are converted with the next block. The additional bytes are for whole windows at
+    // the end.
     while (at + 64 + 16 <= bytes) {
         const __m256i first = load32(text + at);
         const __m256i second = load32(text + at + 32);
@@ -297,7 +298,7 @@ std::size_t toUtf16Avx2(const char* text, std::size_t bytes, char16_t* out) {
             at += 64;
             continue;
         }
-        // This block begins at a character, because the one before it was converted up to here.
+        // This block begins with a character, because the previous block was converted up to here.
         Validator validator;
         validator.check(first);
         validator.check(second);
@@ -307,7 +308,7 @@ std::size_t toUtf16Avx2(const char* text, std::size_t bytes, char16_t* out) {
         const auto leads = static_cast<std::uint64_t>(maskOf(_mm256_cmpgt_epi8(second, everyByte(-65)))) << 32 |
                            maskOf(_mm256_cmpgt_epi8(first, everyByte(-65)));
         std::uint64_t ends = leads >> 1;
-        const std::size_t last = at + 64 - 12;  // the end of the last byte is not known
+        const std::size_t last = at + 64 - 12;  // whether the last byte ends a character is not known
         while (at < last) {
             const unsigned int consumed = convertWindow(text + at, ends, out);
             at += consumed;

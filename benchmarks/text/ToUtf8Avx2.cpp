@@ -18,7 +18,7 @@ struct Packing {
     Row row;
 };
 
-/// Indexed by a bit for each of eight lanes of two bytes: whether it has one byte.
+/// Indexed by one bit for each of eight lanes of two bytes: whether the character has one byte.
 std::array<Packing, 256> makeTwoBytePackings() {
     std::array<Packing, 256> packings = {};
     for (unsigned int ascii = 0; ascii != 256; ++ascii) {
@@ -34,7 +34,7 @@ std::array<Packing, 256> makeTwoBytePackings() {
     return packings;
 }
 
-/// Indexed by two bits for each of four lanes: whether it has one byte, and whether it has one or two.
+/// Indexed by two bits for each of four lanes: whether the character has one byte, and whether it has one or two.
 std::array<Packing, 256> makeThreeBytePackings() {
     std::array<Packing, 256> packings = {};
     for (unsigned int mask = 0; mask != 256; ++mask) {
@@ -96,8 +96,8 @@ char* writeUpToThree(__m256i units, __m256i isAscii, __m256i isShort, char* out)
     return writePacked(_mm256_extracti128_si256(second, 1), kThreeBytePackings[mask >> 24], out);
 }
 
-/// Units from `unit` to `end`, one character at a time; a pair that begins before `end` is read whole. Returns null if
-/// a surrogate is not part of a pair.
+/// Converts the units from `unit` to `end`, one character at a time. A pair that begins before `end` is read whole.
+/// Returns null if a surrogate is not part of a pair.
 char* convertUnits(const char16_t*& unit, const char16_t* end, const char16_t* textEnd, char* out) {
     while (unit < end) {
         std::uint32_t code = *unit++;

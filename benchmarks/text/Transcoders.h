@@ -1,8 +1,8 @@
 /// \file
 /// A peer for the conversions between UTF-8 and UTF-16: the AVX2 algorithms of Daniel Lemire and Wojciech Muła,
 /// "Transcoding billions of Unicode characters per second with SIMD instructions", with the validation of John Keiser
-/// and Daniel Lemire, "Validating UTF-8 in less than one instruction per byte". A conversion of text that is not valid
-/// returns 0.
+/// and Daniel Lemire, "Validating UTF-8 in less than one instruction per byte". For invalid text, a conversion returns
+/// 0.
 #pragma once
 
 #include <cstddef>

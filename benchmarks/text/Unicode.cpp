@@ -24,7 +24,7 @@ public:
     /// A number from 0 to `limit` - 1.
     unsigned int below(unsigned int limit) { return static_cast<unsigned int>(m_random() % limit); }
 
-    /// Nothing is added to a text that has its size.
+    /// Appends a character, unless the text already has its size.
     void put(unsigned int code) {
         if (!wantsMore()) {
             return;

@@ -25,8 +25,8 @@ struct Pairs {
     BothWidths upper;
 };
 
-/// Pairs of texts of letters, of which a few are in upper case in the second text. If case is ignored, they are equal,
-/// or differ in one character anywhere.
+/// Pairs of texts of letters. In the second text, a few letters are in upper case. If case is ignored, the texts are
+/// equal, or differ in one character at any position.
 Pairs pairsOf(Lengths lengths, bool equal) {
     Random random(20261121);
     Pairs pairs;

@@ -147,7 +147,7 @@ Pass allocateEach() {
         std::uint64_t sum = 0;
         for (std::size_t number = 0; number < kNumbers; ++number) {
             void* const block = std::malloc(16 * sizeof(wchar_t));
-            auto* const units = static_cast<volatile wchar_t*>(block);  // otherwise both calls would be removed
+            auto* const units = static_cast<volatile wchar_t*>(block);  // keeps the compiler from removing both
             units[0] = L'0';
             sum += units[0];
             std::free(block);

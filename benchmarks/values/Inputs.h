@@ -54,7 +54,7 @@ struct BothWidths {
 using Random = std::mt19937_64;
 
 /// A random integer. Every digit count from `fewestDigits` to `mostDigits` is equally likely.
-// cppcheck-suppress constParameter; drawing a number changes the generator
+// cppcheck-suppress constParameter; a random number changes the generator
 inline std::uint64_t integerOf(unsigned int fewestDigits, unsigned int mostDigits, Random& random) {
     std::uint64_t limit = 1;
     const std::uint64_t digits = fewestDigits + random() % (mostDigits - fewestDigits + 1);

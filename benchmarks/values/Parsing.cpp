@@ -48,7 +48,7 @@ std::uint64_t fromChars(const char* begin, const char* end) {
     return static_cast<std::uint64_t>(value);
 }
 
-/// How the library parses a type.
+/// The library's parser for a type.
 template <class Value>
 struct OurParser;
 
@@ -76,7 +76,7 @@ struct OurParser<unsigned long long> {
     }
 };
 
-/// Numbers up to the largest one of the type. Signed numbers have either sign if `withSigns` is set.
+/// Numbers up to the maximum of the type. If `withSigns` is true, signed numbers have either sign.
 template <class Value>
 void compareIntegers(Family& family, const std::string& name, unsigned int fewestDigits, unsigned int mostDigits,
                      bool withSigns = false) {
