@@ -1,4 +1,4 @@
-// Doubles as text of both widths, against all of their digits; and normalising texts of doubles.
+// Doubles as text of both widths, against their exact digits; also normalises texts of doubles.
 
 #include <algorithm>
 #include <bit>
@@ -45,7 +45,7 @@ void writeInAllForms(fuzz::Input& input) {
     const std::string expected = test::textOfDouble(value, json);
     write<T>(value, json ? DoubleForm::Json : DoubleForm::Plain, expected, target);
 
-    // The normalised text of the print functions must be the same.
+    // Normalising the text of the runtime's print functions must give the same text.
     constexpr std::size_t kCapacity = 64;
     char* const text = fuzz::outputPages().allocate<char>(kCapacity, target);
     writeDouble<Rest::Unspecified>(value, DoubleForm::Raw, text);

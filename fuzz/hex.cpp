@@ -39,8 +39,8 @@ int valueOf(T unit, bool withStatus) {
     if (!withStatus) {
         return 0;
     }
-    // The rule of the decoder with a status uses the lower byte of a unit. The characters between '9' and 'A' count
-    // backwards from 'A'.
+    // The rule of the decoder with a status uses the lower byte of a unit. The characters between '9' and 'A' have the
+    // values below that of 'A'.
     const std::size_t position = std::string_view(":;<=>?@ABCDEF").find(static_cast<char>(number & 0xFF));
     const std::size_t decimal = std::string_view("0123456789").find(static_cast<char>(number & 0xFF));
     if (decimal != std::string_view::npos) {
@@ -49,7 +49,8 @@ int valueOf(T unit, bool withStatus) {
     return position == std::string_view::npos ? -1 : static_cast<int>(position) + 3;
 }
 
-/// Decodes an even number of characters. With a status the number may be odd: the terminator completes the last pair.
+/// Decodes an even number of characters. If the decoder returns a status, the number may be odd: the terminator then
+/// completes the last pair.
 template <class T>
 void decode(const std::basic_string<T>& text, bool withStatus, const fuzz::Placement& source,
             const fuzz::Placement& target) {

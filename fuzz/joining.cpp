@@ -1,4 +1,4 @@
-// Items joined to one wide text, quoted where necessary, against the reference; and split again.
+// Items joined to one wide text, with quotes where necessary, against the reference; also splits the text again.
 
 #include <algorithm>
 #include <cstdint>
@@ -23,7 +23,7 @@ std::wstring widened(const std::u16string& text) {
     return {text.begin(), text.end()};
 }
 
-/// One item in whole blocks of a buffer, written to the capacity that it may need.
+/// Joins one item. The item is in a buffer of whole blocks, and the output has the capacity that the item may need.
 void join(const std::u16string& item, const std::u16string& delimiter, const fuzz::Placement& source,
           const fuzz::Placement& target) {
     const std::size_t blocks = (item.size() + kUnitBlock - 1) / kUnitBlock * kUnitBlock;

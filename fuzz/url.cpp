@@ -21,7 +21,7 @@ using vorel::algorithms::UrlTable;
 using vorel::algorithms::urlTable;
 using vorel::algorithms::UrlUse;
 
-/// The characters that each use escapes in addition to those that all escape.
+/// The characters that a use escapes in addition to those that all uses escape.
 std::string escapedIn(UrlUse use) {
     switch (use) {
     case UrlUse::Plain: return "~";

@@ -1,5 +1,6 @@
 /// \file
-/// Invariants that hold for any input. A failed check ends the program, which libFuzzer reports as a finding.
+/// Checks of invariants that must be true for any input. A failed check ends the program, which libFuzzer reports as a
+/// finding.
 #pragma once
 
 #include <algorithm>
@@ -9,7 +10,7 @@
 
 namespace fuzz {
 
-/// `rule` describes the invariant; it is printed if it does not hold.
+/// `rule` describes the invariant, and is printed if the invariant is violated.
 inline void check(bool holds, const char* rule) noexcept {
     if (!holds) {
         static_cast<void>(std::fprintf(stderr, "does not hold: %s\n", rule));

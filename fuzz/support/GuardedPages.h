@@ -1,9 +1,9 @@
 /// \file
 /// Memory between two inaccessible pages, for the input and the output of an algorithm.
 ///
-/// Algorithms may read blocks that extend past a text, but only in pages that hold a part of it. A text at the end of
-/// its page exposes every read too far past it, and a text at the start every read too far before it. The memory around
-/// the text in its own pages is noise that must not affect a result.
+/// Algorithms may read blocks that extend past a text, but only in pages that contain a part of the text. A text at the
+/// end of its page detects every read too far past it, and a text at the start every read too far before it. The memory
+/// around the text in its pages is noise, which must not affect a result.
 #pragma once
 
 #include <algorithm>
@@ -20,8 +20,8 @@ namespace fuzz {
 
 /// Where a block lies in its pages.
 enum class Place {
-    AtEnd,    ///< ends where the inaccessible page after it begins
-    AtStart,  ///< begins where the inaccessible page before it ends
+    AtEnd,    ///< ends at the start of an inaccessible page
+    AtStart,  ///< begins at the end of an inaccessible page
     Across,   ///< crosses the border of two accessible pages
 };
 

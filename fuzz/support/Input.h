@@ -1,6 +1,6 @@
 /// \file
-/// Converts libFuzzer's input to the input of an algorithm. Choices are read from its end and texts from its start, so
-/// that corpus files begin with their text.
+/// Converts libFuzzer's input to the input of an algorithm. Choices are read from the end of the input and texts from
+/// its start, so corpus files begin with their text.
 #pragma once
 
 #include <algorithm>
@@ -40,7 +40,7 @@ public:
     std::string bytes(std::size_t count) { return m_data.ConsumeBytesAsString(count); }
     std::string rest() { return m_data.ConsumeRemainingBytesAsString(); }
 
-    /// The same as text. Each unit of wide text takes two bytes, or one, which finds ASCII text sooner.
+    /// The same as text. Each unit of wide text takes two bytes, or only one byte, so that ASCII text is found sooner.
     template <class T>
     std::basic_string<T> text(std::size_t count) {
         const bool isWidened = sizeof(T) == 1 || flag();

@@ -30,7 +30,7 @@ struct ScannedText {
     const T* position;
 };
 
-/// Doubles are equal if their bits are: the sign of a zero matters.
+/// Doubles are equal if their bits are equal, so the sign of a zero matters.
 inline bool isSame(double a, double b) noexcept {
     return std::bit_cast<std::uint64_t>(a) == std::bit_cast<std::uint64_t>(b);
 }
