@@ -1,5 +1,5 @@
 /// \file
-/// State shared by the processes: a mapped file, a mutex that guards it, and a condition that signals changes.
+/// The state that the processes share: a mapped file, a mutex that guards it, and a condition that signals changes.
 #pragma once
 
 #include <memory>
@@ -12,7 +12,7 @@
 namespace shared_counter {
 
 inline constexpr unsigned int kProcesses = 4;
-inline constexpr unsigned int kRounds = 2000;  ///< of each process
+inline constexpr unsigned int kRounds = 2000;  ///< rounds of each process
 inline constexpr unsigned int kVictim = 3;     ///< the process that is killed after half of its rounds
 
 /// The content of the mapped file.
@@ -31,7 +31,7 @@ public:
     /// Adds one to the total and to the count of `process`.
     void addOne(unsigned int process);
 
-    /// Stores the id of the calling process as that of `process`.
+    /// Stores the id of the calling process as the id of `process`.
     void enter(unsigned int process);
 
     /// Records that one more process has finished, and signals the change.

@@ -1,5 +1,5 @@
 /// \file
-/// The report of one worker, a small text file. The parent compares the log with it.
+/// The report of one worker, a small text file. The parent compares the log with the report.
 #pragma once
 
 #include <string>

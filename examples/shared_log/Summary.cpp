@@ -98,7 +98,7 @@ void printRecords(const Run& run, const examples::Log& log, Complaints& complain
         total.errors += counts.errors;
         total.warnings += counts.warnings;
         total.debugs += counts.debugs;
-        // With a backup, the oldest records may be lost: then the log may have fewer records, but not more.
+        // If there is a backup, the oldest records may be lost, so the log may have fewer records, but not more.
         if (log.hasBackup ? counts.all() > worker.records.all() : counts != worker.records) {
             complaints.push_back(name + ": the records in the log differ from its report");
         }
@@ -110,7 +110,7 @@ void printRecords(const Run& run, const examples::Log& log, Complaints& complain
     }
 }
 
-/// The trail of the exception with the most messages. The records of a thread are in the order in which it wrote them;
+/// The trail of the exception with the most messages. The records of a thread are in the order of writing;
 /// the record of a handler ends a trail.
 Trail longestTrail(const examples::Log& log) {
     constexpr std::string_view kHandled = ": Vorel exception caught";

@@ -16,8 +16,8 @@ struct Run {
     std::vector<Report> workers;
 };
 
-/// Prints the tables, the longest trail, the time span and all errors. Returns true without errors: no line is torn, no
-/// record is missing or unexpected, and the damaged lines found are those that the files declare.
+/// Prints the tables, the longest trail, the time span and all errors. Returns true if it found no error: no line is
+/// torn, no record is missing or unexpected, and the damaged lines found are those that the files declare.
 bool printSummary(const Run& run, const examples::Log& log);
 
 }  // namespace shared_log

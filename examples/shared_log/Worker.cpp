@@ -24,7 +24,8 @@ std::string_view nameOf(std::string_view path) {
 /// Converts `line` to wide text and back. Returns whether it contains characters outside ASCII.
 bool convertAndCompare(const std::string& line) {
     try {
-        // A lead byte at the end of the line reads its trailing bytes past the end: these zeros.
+        // After a lead byte at the end of the line, the decoder reads trailing bytes past the end. It finds these
+        // zeros.
         constexpr std::size_t kLongestSequence = 6;
         std::string input = line;
         input.append(kLongestSequence, '\0');
@@ -80,7 +81,7 @@ void Worker::checkFile(const std::string& path) {
                 ++records.debugs;
             }
         } catch (Exception& e) {
-            records.errors += e.getMessageTotal() + 1;  // its own records and that of this handler
+            records.errors += e.getMessageTotal() + 1;  // the records of the exception and the record of this handler
             file.damagedLines.push_back(file.lines);
             e.catchClass(L"Worker", L"checkFile");
         }

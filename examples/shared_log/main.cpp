@@ -8,7 +8,7 @@
 /// a summary. The exit code is 1 if a line of the log is torn, if the log does not match the reports of the copies, or
 /// if the damaged lines found differ from those that a file declares; see README.md.
 ///
-/// `--limit` is the size at which the log is moved to its backup. With a small limit, the oldest records are lost.
+/// `--limit` is the size above which the log is moved to its backup. With a small limit, the oldest records are lost.
 
 #include <cstdio>
 #include <cstdlib>
@@ -65,7 +65,7 @@ std::string logPathIn(const std::string& folder) {
     return folder + "\\shared_log.txt";
 }
 
-/// The folder is unique to this run, so its name identifies the start line.
+/// The folder is unique for this run, so its name identifies the start line.
 std::string startLineName(const std::string& folder) {
     return folder.substr(folder.find_last_of('\\') + 1);
 }

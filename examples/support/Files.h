@@ -1,6 +1,6 @@
 /// \file
-/// Reading and writing whole files. Uses <cstdio> instead of <fstream>: this compiler's C++ runtime was built for an
-/// older C runtime, and the size of its file streams differs from that in the headers.
+/// Reading and writing whole files. Uses <cstdio> instead of <fstream>, because this compiler's C++ runtime was built
+/// for an older C runtime, and the size of file streams differs between the runtime and the headers.
 #pragma once
 
 #include <optional>
@@ -16,7 +16,7 @@ std::optional<std::string> readFile(const std::string& path);
 /// Replaces the file. Returns false if it cannot be written.
 bool writeFile(const std::string& path, std::string_view content);
 
-/// The pieces of `text` that end with `separator`, and the rest of the text unless it is empty.
+/// The pieces of `text` that end at a `separator`, and the rest of the text unless it is empty.
 std::vector<std::string> split(std::string_view text, std::string_view separator);
 
 }  // namespace examples
