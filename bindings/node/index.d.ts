@@ -48,7 +48,7 @@ export interface BinaryText {
 }
 
 /**
- * UTF-8 as the library reads it: sequences of one to six bytes, with few checks. Texts may contain zero characters.
+ * UTF-8 by the rules of the library: sequences of one to six bytes, with few checks. Texts may contain zero characters.
  */
 export const utf8: {
     /** An unpaired surrogate becomes "?". */
@@ -75,7 +75,7 @@ export const codePage: {
     decode(page: number | string, bytes: Uint8Array): string;
     /** A character that the code page lacks becomes a similar one or the default character of the code page. */
     encode(page: number | string, text: string): Buffer;
-    /** The same. `replaced` is whether the default character was used; null if the code page does not report this. */
+    /** The same. `replaced` says whether the default character was used; null if the code page does not report this. */
     tryEncode(page: number | string, text: string): { bytes: Buffer; replaced: boolean | null };
 };
 
@@ -184,8 +184,8 @@ export function versionAtLeast(version: string, required: string): boolean;
 /** The error log of the process. A line that cannot be written is silently dropped. */
 export const log: {
     /**
-     * The path of the log file. Set it to the empty text for the default path. It has at most 1023 bytes in the code
-     * page of the process, which must have all its characters.
+     * The path of the log file. Set it to the empty text for the default path. In the code page of the process, the
+     * path has at most 1023 bytes; the code page must have all its characters.
      */
     path: string;
     /**
@@ -211,9 +211,9 @@ export const log: {
 export type Synchronous<T> = T extends PromiseLike<unknown> ? never : T;
 
 /**
- * A recursive lock that all processes of the machine share. To Windows it belongs to the thread that locked it. The
- * synchronous form blocks the event loop; the asynchronous form belongs to the task that called it, and excludes the
- * other tasks of the thread too.
+ * A recursive lock that all processes of the machine share. For Windows, it belongs to the thread that locked it. The
+ * synchronous functions block the event loop. With `runAsync`, the mutex belongs to the calling task, which also
+ * excludes the other tasks of the thread.
  *
  *     mutex.run(() => fs.appendFileSync(path, line), 5000);
  *     await mutex.runAsync(() => fs.promises.appendFile(path, line), 5000);
@@ -233,32 +233,33 @@ export class Mutex {
      * while another task of this thread holds the mutex with `runAsync`.
      */
     lock(timeoutMs?: number): void;
-    /** Locks the mutex if it is free; returns whether it did. */
+    /** Locks the mutex if it is free. Returns whether the mutex is locked now. */
     tryLock(): boolean;
     /** Releases one `lock`. */
     unlock(): void;
     /**
      * Runs a synchronous action under the lock and returns its result. An asynchronous function is rejected before it
-     * runs ("ERR_INVALID_ARG_VALUE"), a promise as the result after it ("ERR_INVALID_RETURN_VALUE").
+     * runs ("ERR_INVALID_ARG_VALUE"). If the result is a promise, it is rejected afterwards
+     * ("ERR_INVALID_RETURN_VALUE").
      */
     run<T>(action: () => Synchronous<T>, timeoutMs?: number): T;
     /**
      * Runs an action under the lock and resolves to its result. The lock is released when the promise of the action is
      * settled. Does not block the event loop: while another process holds the mutex, it tries again every 10 ms. Tasks
-     * of this thread get it in the order of their calls. The action may lock the mutex again, in each of these forms.
-     * Rejects with "VOREL_ERROR_TIMEOUT" after `timeoutMs` milliseconds.
+     * of this thread get the mutex in the order of their calls. The action may lock the mutex again, with any of these
+     * functions. Rejects with "VOREL_ERROR_TIMEOUT" after `timeoutMs` milliseconds.
      */
     runAsync<T>(action: () => T | PromiseLike<T>, timeoutMs?: number): Promise<T>;
     /**
-     * Releases every lock and closes the mutex; may be called again. Throws during a `runAsync`. From Node 20 on,
-     * `using` calls it.
+     * Releases every lock and closes the mutex; may be called again. Throws while a `runAsync` is in progress. From
+     * Node 20 on, `using` calls this.
      */
     close(): void;
 }
 
 /**
- * A condition that processes can signal and wait for. A signal releases one waiter, or the next one if nobody waits. A
- * name that begins with "Global\" is machine-wide. Time limits are those of `Mutex`.
+ * A condition that processes can signal and wait for. A signal releases one waiter, or the next waiter if there is
+ * none. A name that begins with "Global\" is machine-wide. Time limits are those of `Mutex`.
  */
 export class Condition {
     /** Opens or creates the condition of this name: 1 to 259 UTF-16 code units. */
@@ -269,10 +270,10 @@ export class Condition {
     /** Returns whether there was a signal within `timeoutMs` milliseconds (default: no limit). Blocks the event loop. */
     wait(timeoutMs?: number): boolean;
     /**
-     * The same without blocking the event loop. The number of such waits is not limited. From the third one on, and in
-     * a Worker, a wait checks for a signal every 10 ms.
+     * The same without blocking the event loop. The number of such waits is not limited. Beyond two waits at a time,
+     * and in a Worker, a wait checks for a signal every 10 ms.
      */
     waitAsync(timeoutMs?: number): Promise<boolean>;
-    /** Closes the condition; may be called again. Throws during a `waitAsync`. */
+    /** Closes the condition; may be called again. Throws while a `waitAsync` is in progress. */
     close(): void;
 }

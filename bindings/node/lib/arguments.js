@@ -1,4 +1,4 @@
-// Checks of arguments. The errors have the codes and the wording of Node's own.
+// Checks of arguments. The errors have the codes and the wording of Node's own errors.
 'use strict';
 
 const { inspect } = require('util');

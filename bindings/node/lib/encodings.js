@@ -18,11 +18,12 @@ const urlEncode = native.declare('vorel_url_encode', TEXT, 'uint32_t', BUFFER_OU
 const urlEncodeComponent = native.declare('vorel_url_encode_component', TEXT, 'int32_t', BUFFER_OUT);
 const urlDecode = native.declare('vorel_url_decode', TEXT, 'uint32_t', BUFFER_OUT);
 
-// The size of a piece. Its text fits into the buffer of the first call, at two units per byte, and is still in the
-// processor's cache when it becomes a string. An encoding has groups of one or three bytes; a piece has whole groups.
+// The size of a piece. With two units per byte, its text fits into the buffer of the first call, and is still in the
+// processor's cache when it becomes a string. Encodings have groups of one or three bytes, and a piece has whole
+// groups.
 const PIECE_BYTES = 3 * Math.floor(native.FIRST_UNITS / 6);
 
-/** Encodes bytes with an encoding whose text for two pieces is the texts of the pieces, one after the other. */
+/** Encodes bytes piece by piece, with an encoding for which the texts of the pieces can be concatenated. */
 function encodePieces(encode, bytes) {
     const size = byteLength(bytes, 'bytes');
     if (size <= PIECE_BYTES || size > constants.MOST_UNITS) {

@@ -9,7 +9,8 @@ const { compare, currentTime, format, list, parse, scan, versionAtLeast } = requ
 
 const version = native.version();
 
-// Node finds the names for `import { … }` in this literal: only plain identifiers, and no call around it.
+// Node finds the names for `import { … }` in this literal. It must contain only plain identifiers, and must not be an
+// argument of a call.
 module.exports = {
     version,
     Status,

@@ -47,7 +47,7 @@ class Handle {
         return this.#handle === null;
     }
 
-    /** The open handle. Throws when it is closed. */
+    /** The open handle. Throws if it is closed. */
     get open() {
         if (this.closed) {
             throw invalidState(`${this.constructor.name} "${this.#name}" is closed`);
@@ -86,7 +86,7 @@ const mutexKind = {
 const lockMutex = native.declare('vorel_mutex_lock', 'vorel_mutex *', 'uint32_t');
 const unlockMutex = native.declare('vorel_mutex_unlock', 'vorel_mutex *');
 
-// The interval at which a wait without a thread checks again.
+// The interval between the checks of a wait that has no thread.
 const CHECK_MS = 10;
 
 const pause = (limitMs) => new Promise((resolve) => { setTimeout(resolve, Math.min(limitMs, CHECK_MS)); });
@@ -101,7 +101,7 @@ class Mutex extends Handle {
         super(mutexKind, name);
     }
 
-    /** Whether another task of this thread holds the mutex with `runAsync`. The library would let this task in. */
+    /** Whether another task of this thread holds the mutex with `runAsync`. The library would let this task lock it. */
     get #isTaken() {
         const holder = holderOf(this.name);
         return holder !== undefined && !isCurrent(holder);

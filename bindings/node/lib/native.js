@@ -1,7 +1,7 @@
 // Declares the functions of the DLL and passes values to and from them. Only this file depends on koffi.
 'use strict';
 
-// First: it reports an unsupported system before koffi fails there.
+// Required first, because it reports an unsupported system; koffi would fail there.
 const { loadDll } = require('./load');
 
 const koffi = require('koffi');
@@ -12,7 +12,7 @@ const { Status, VorelError } = require('./errors');
 const ABI_MAJOR = ABI_VERSION >>> 16;
 const ABI_MINOR = ABI_VERSION & 0xffff;
 
-const kernel = koffi.load('kernel32.dll');  // loaded in every process, so Windows does not search for it
+const kernel = koffi.load('kernel32.dll');  // already loaded in every process, so Windows does not search for it
 const library = koffi.load(loadDll(kernel));
 
 koffi.opaque('vorel_mutex');
@@ -42,7 +42,7 @@ function declare(name, ...parameters) {
 
 // ---- Failures -------------------------------------------------------------------------------------------------------
 
-/** A failure of another thread or of this package; its message is not in the library. */
+/** A failure of another thread or of this package. The library does not have its message. */
 function errorOf(status, message) {
     return new VorelError(status, statusName(status), message);
 }
@@ -69,15 +69,15 @@ const CELLS = {
     double: Float64Array,
 };
 
-/** An array of one element. A function of the library writes its result into it; the caller reads it at once. */
+/** An array of one element. A library function writes its result into it; the caller reads it at once. */
 function cell(type) {
     return new CELLS[type](1);
 }
 
-// The capacity of the first call. Most results fit; a longer one needs a second call with its length.
+// The capacity of the first call. Most results fit; a longer result needs a second call with its length.
 const FIRST_UNITS = 16384;
 
-// Calls are synchronous and copy their result, so they share these.
+// Calls are synchronous and copy their result, so they share these buffers.
 const firstBuffer = Buffer.allocUnsafeSlow(2 * FIRST_UNITS);
 const lengthCell = cell('uint64_t');
 
@@ -88,7 +88,7 @@ function firstText() {
 
 /**
  * Runs `call(buffer, capacity, lengthCell)` and returns the buffer; `lengthCell` has the length. A caller that knows
- * the maximum length passes it, which makes a second call unnecessary.
+ * the maximum length passes it; a second call is then unnecessary.
  */
 function output(call, maxLength, unitBytes) {
     let capacity = FIRST_UNITS;
@@ -115,7 +115,7 @@ function textOutput(call) {
 function bytesOutput(call, maxSize = 0) {
     const buffer = output(call, maxSize, 1);
     const result = buffer.subarray(0, Number(lengthCell[0]));
-    // A result that is much smaller than its buffer would keep the whole buffer in memory.
+    // A view of a result that is much smaller than its buffer would keep the whole buffer in memory.
     return buffer === firstBuffer || result.length < buffer.length / 2 ? Buffer.from(result) : result;
 }
 

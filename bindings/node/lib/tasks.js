@@ -1,5 +1,5 @@
-// Which asynchronous task holds a mutex. Windows gives a mutex to a thread, and asynchronous tasks share one thread: to
-// Windows, a second task locks again what it already holds. Each Worker is a thread.
+// Tracks which asynchronous task holds a mutex. For Windows, the owner of a mutex is a thread, and asynchronous tasks
+// share one thread. So Windows would let a second task lock a mutex that the first task holds. Each Worker is a thread.
 'use strict';
 
 const { AsyncLocalStorage } = require('async_hooks');
@@ -17,7 +17,8 @@ class Holder {
     constructor(name) {
         this.name = name;
         this.isActive = true;
-        // Skips finished tasks: one that starts the next, and so on, must not keep all of them in memory.
+        // Skips finished tasks: in a chain of tasks that start each other, the last task must not keep all others in
+        // memory.
         let outer = current.getStore();
         while (outer !== undefined && !outer.isActive) {
             outer = outer.outer;
@@ -37,7 +38,7 @@ class Holder {
         this.#resolve();
     }
 
-    /** Waits until the task has released the mutex, or the time has passed. */
+    /** Waits until the task has released the mutex, or until the time limit has passed. */
     async waitForRelease(limitMs) {
         let timer;
         const late = new Promise((resolve) => { timer = setTimeout(resolve, Math.min(limitMs, MAX_DELAY_MS)); });

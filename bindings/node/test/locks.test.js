@@ -58,7 +58,7 @@ test('a time limit must be a whole number in range', () => {
 });
 
 test('a mutex that cannot be opened is reported with the text of the system', () => {
-    const ERROR_PATH_NOT_FOUND = 3;  // the backslash would need a folder of kernel objects
+    const ERROR_PATH_NOT_FOUND = 3;  // a name with a backslash would need a folder of kernel objects
     const text = format.systemError(ERROR_PATH_NOT_FOUND);
     assert.ok(text.length > 3);
     withLog(() => expectFailure(() => new Mutex('a\\b'), 'SYSTEM', `AutoMutex: Failed to create mutex a\\b: ${text}`));

@@ -59,7 +59,7 @@ const roles = {
         }
     },
 
-    /** Ends a Worker during its wait for a condition, by `terminate` or `exit`. The condition must still work. */
+    /** Ends a Worker with `terminate` or `exit` while it waits for a condition, which must still work. */
     async endWorker(conditionName, how) {
         const worker = new Worker(__filename, { argv: ['waitInWorker', conditionName, how] });
         const code = await new Promise((resolve, reject) => {
@@ -101,7 +101,7 @@ const roles = {
 
     /**
      * Writes lines to a log that other processes write to. The exit code is the number of lines that may have been
-     * dropped: the log drops a line without a report, and only after more than a second.
+     * dropped, because their calls took more than a second. The log does not report dropped lines.
      */
     write(file, prefix, count) {
         log.path = file;

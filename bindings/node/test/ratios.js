@@ -1,5 +1,5 @@
 // Measures the package against Node's own functions: `test/run ratios <folder> <dll>`. V8 joins the pieces of a long
-// text when it is read, so there is a line with a read and one without.
+// text when the text is read, so there is one line with a read and one line without.
 'use strict';
 
 const { base64, hex, parse, scan } = require('..');

@@ -6,7 +6,7 @@ const test = require('node:test');
 const { base64, parse } = require('..');
 const { shortestTimes } = require('./support');
 
-// test/ratios.js measures a ratio of 2.4 and 0.3 us; the limits leave a margin for a machine under load.
+// test/ratios.js measures a ratio of 2.4 and 0.3 us; the limits leave a margin for a busy machine.
 test('base64.encode does not take much longer than Buffer', () => {
     const bytes = Buffer.alloc(1000000, 'vorel');
     const [ownUs, peerUs] = shortestTimes(40, 2, () => base64.encode(bytes), () => bytes.toString('base64'));

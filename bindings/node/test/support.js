@@ -9,7 +9,7 @@ const path = require('path');
 
 const { VorelError, log } = require('..');
 
-/** A time limit that is long enough for a machine under load. */
+/** A time limit that is long enough for a busy machine. */
 const GENEROUS_MS = 30000;
 
 let names = 0;

@@ -1,4 +1,4 @@
-// The same with `require`.
+// Does the same as program.mjs, but uses `require`.
 'use strict';
 
 const { base64 } = require('vorelcore');

@@ -1,4 +1,4 @@
-// Prints a result of the installed package, and the DLL that it has loaded.
+// Prints a result of the installed package, and the path of the DLL that it has loaded.
 import { base64 } from 'vorelcore';
 
 import { loadedDll } from './loaded.js';
