@@ -1,13 +1,13 @@
 # GoogleTest: targets GTest::gtest, GTest::gmock and GTest::gtest_main. It is built from Debian's sources, once for each
-# compiler, and shared by all presets; its build folder is next to theirs. Without these sources, an installed GoogleTest
-# is used, or else downloaded.
+# compiler, and all presets share it; its build folder is next to theirs. If these sources are missing, an installed
+# GoogleTest is used; otherwise GoogleTest is downloaded.
 
 set(VOREL_GOOGLETEST_SOURCE /usr/src/googletest CACHE PATH "Sources of GoogleTest")
 if(NOT EXISTS "${VOREL_GOOGLETEST_SOURCE}/CMakeLists.txt")
     find_package(GTest CONFIG)
     if(NOT GTest_FOUND)
         include(FetchContent)
-        set(gtest_force_shared_crt ON CACHE BOOL "") # the runtime of all other targets
+        set(gtest_force_shared_crt ON CACHE BOOL "") # the same runtime as all other targets
         FetchContent_Declare(googletest
             GIT_REPOSITORY https://github.com/google/googletest.git
             GIT_TAG f8d7d77c06936315286eb55f8de22cd23c188571) # 1.14.0

@@ -1,19 +1,20 @@
 # Options that make the installed library harder to attack and its builds reproducible. The linker's defaults already
 # give it high-entropy addresses, data that cannot be executed, and no section that is both writable and executable.
 #
-# -fcf-protection is not used. It marks the targets of indirect calls for Linux. Windows uses tables that this linker
-# does not write, and its shadow stacks require a flag in the file that this linker does not set.
+# -fcf-protection is not used. It marks the targets of indirect calls for Linux. Windows uses tables for them, which
+# this linker does not write, and its shadow stacks require a flag in the file, which this linker does not set.
 
-# For the library's objects in release builds. src/core/StackGuard.cpp defines the guard's value and what a failure
-# does.
+# For the library's objects in release builds. src/core/StackGuard.cpp defines the guard's value and the reaction to a
+# failure.
 function(vorel_harden target)
     # The prefix map makes the bytes independent of the folder of the sources.
     target_compile_options(${target} PRIVATE
         "$<$<AND:$<COMPILE_LANGUAGE:CXX>,$<CONFIG:Release>>:-fstack-protector-strong;-g;-ffile-prefix-map=${PROJECT_SOURCE_DIR}=.>")
 endfunction()
 
-# Sources whose functions are short loops over bounded buffers on the stack: the guard costs them up to a quarter of
-# their time on short texts. Their bounds are covered by fuzzing, the guarded heap and the page edges of their tests.
+# Omits the guard in sources whose functions are short loops over bounded buffers on the stack, because the guard would
+# take up to a quarter of their time on short texts. Fuzzing, the guarded heap, and tests at page edges check their
+# bounds.
 function(vorel_omit_stack_guard)
     if(NOT MSVC)
         set_property(SOURCE ${ARGN} APPEND PROPERTY COMPILE_OPTIONS "$<$<CONFIG:Release>:-fno-stack-protector>")
@@ -21,7 +22,7 @@ function(vorel_omit_stack_guard)
 endfunction()
 
 # A release DLL has neither symbols nor debug information; debuggers find both in <name>.debug in the same folder. The
-# file does not contain the build time.
+# DLL does not contain the build time.
 function(vorel_separate_debug_information target)
     if(NOT MINGW)
         return()

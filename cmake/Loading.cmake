@@ -1,10 +1,10 @@
 # Options that make the DLL load fast.
 
-# ADVAPI32.dll is loaded at the first call of one of its functions, since few programs need them. It is one of the
-# system's known DLLs, so no other folder is searched for it. GNU's linker has no option for this, but an import library
-# can do it; the library calls __delayLoadHelper2 of libdelayimp.
+# ADVAPI32.dll is loaded on the first call of one of its functions, because few programs call them. It is one of the
+# system's known DLLs, so only the system folder is searched for it. GNU's linker has no option for this, but an import
+# library can do it; the library calls __delayLoadHelper2 of libdelayimp.
 #
-# With sections aligned to pages in the file too, the system maps them instead of reading them.
+# If sections are aligned to pages in the file as well, the system maps them instead of reading them.
 function(vorel_load_quickly target)
     if(MSVC)
         target_link_libraries(${target} PRIVATE advapi32 delayimp)

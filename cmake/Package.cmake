@@ -6,7 +6,7 @@
 #                            flat interface for C compilers of Microsoft's ABI
 #   lib/cmake/vorelCore/     for find_package, and the toolchain files
 #   lib/pkgconfig/           vorelCore.pc and vorelCoreStatic.pc
-#   bin/vorelCore.dll-gdb.py GDB's view of the containers and exceptions; GDB finds it there
+#   bin/vorelCore.dll-gdb.py GDB's view of containers and exceptions; GDB finds it there
 #   share/vorelCore/         the licences of the runtime DLLs, Visual Studio's view, and PowerShell's completion of the tools
 #   share/man/man1/          the manual pages of the tools
 #   share/bash-completion/   the completion of the tools for bash
@@ -100,7 +100,7 @@ if(VOREL_MAKENSIS)
     set(CPACK_NSIS_EXECUTABLE "${VOREL_MAKENSIS}")
     # A 64-bit installer, with Unicode file names.
     set(CPACK_NSIS_EXECUTABLE_PRE_ARGUMENTS [[-XTarget\ amd64-unicode]])
-    # The default, LZMA, compresses in a separate thread, for which makensis sometimes waits forever.
+    # The default, LZMA, compresses in a separate thread, and makensis sometimes waits for this thread forever.
     set(CPACK_NSIS_COMPRESSOR zlib)
     set(CPACK_NSIS_INSTALL_ROOT "$PROGRAMFILES64")
     set(CPACK_NSIS_DISPLAY_NAME "${PROJECT_NAME} ${PROJECT_VERSION}")

@@ -1,8 +1,8 @@
-# What every target of this project is compiled with: the language, the floating-point rules, the warnings.
-# Nothing of it reaches a user of the library.
+# Options for compiling every target of this project: the language, the floating-point rules, the warnings. They do not
+# affect the users of the library.
 
-# A warning is listed when it finds mistakes; -Wformat-nonliteral is off because passing formats through is what the
-# printf-style interface does.
+# The warnings that find defects. -Wformat-nonliteral is not enabled, because the printf-style interface forwards
+# formats.
 set(VOREL_WARNINGS
     -Wall
     -Wextra
@@ -33,7 +33,7 @@ else()
     list(APPEND VOREL_WARNINGS -Wno-deprecated-declarations)
 endif()
 
-# Results of arithmetic are part of the interface: each operation rounds by itself, in every build.
+# Results of arithmetic are part of the interface, so each operation is rounded separately in every build.
 set(VOREL_LANGUAGE_OPTIONS -ffp-contract=off -fno-fast-math)
 
 # Microsoft's compiler and clang-cl have other options.
@@ -43,9 +43,9 @@ if(MSVC)
     add_compile_definitions(_CRT_SECURE_NO_WARNINGS)
 endif()
 
-# Undefined behaviour, an index beyond a standard container and an overwritten return address end the program where they
-# happen. Traps, because this compiler has no runtime that would report them; the guard of the stack comes from the static
-# libssp, so that the DLL imports nothing that the other builds do not.
+# Undefined behaviour, an index past the end of a standard container, and an overwritten return address end the program
+# where they occur. They trap, because this compiler has no runtime that would report them. The stack guard comes from
+# the static libssp, so the DLL has the same imports as in other builds.
 option(VOREL_TRAPS "Trap on undefined behaviour" OFF)
 set(VOREL_TRAP_OPTIONS
     -fsanitize=undefined

@@ -1,7 +1,7 @@
 # The compiler's runtime DLLs, which every program of this project needs in its folder.
 #
-# They are shared by design: a program can catch exceptions from vorelCore.dll, and count the exceptions in flight, only
-# if both use the same libstdc++.
+# They are shared by design: only if a program and vorelCore.dll use the same libstdc++ can the program catch exceptions
+# from the DLL, and are exceptions in flight counted correctly.
 
 # Microsoft's runtime is a part of Windows or has its own installer.
 if(MSVC)
@@ -21,7 +21,7 @@ foreach(name IN LISTS VOREL_RUNTIME_DLL_NAMES)
         COMMAND ${CMAKE_CXX_COMPILER} ${vorelTargetOption} -print-file-name=${name}
         OUTPUT_VARIABLE path
         OUTPUT_STRIP_TRAILING_WHITESPACE)
-    # The compiler echoes the bare name of a file that it does not find.
+    # If the compiler does not find the file, it prints only the name.
     if(NOT IS_ABSOLUTE "${path}")
         message(FATAL_ERROR "${CMAKE_CXX_COMPILER} has no ${name}")
     endif()

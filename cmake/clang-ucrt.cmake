@@ -1,10 +1,10 @@
 # Toolchain: clang and lld with the headers and libraries of Debian's mingw-w64 (libstdc++ of GCC, posix threads) and the
-# universal C runtime. Programs of this compiler and of GCC can use the same vorelCore.dll.
+# universal C runtime. Programs compiled by clang and by GCC can use the same vorelCore.dll.
 
 include("${CMAKE_CURRENT_LIST_DIR}/ucrt-target.cmake")
 
-# The compiler and the linker must have the same version. The versions in the order of preference; the last one has no
-# number in its name.
+# The compiler and the linker must have the same version. The suffixes are in the order of preference; the last is a
+# version without a number in its name.
 foreach(suffix IN ITEMS -19 -20 -21 -22 "")
     if(NOT VOREL_CLANG_SUFFIX_FOUND)
         find_program(vorelClang${suffix} "clang++${suffix}")
@@ -27,10 +27,10 @@ set(CMAKE_OBJDUMP x86_64-w64-mingw32-objdump)
 set(CMAKE_C_COMPILER_TARGET x86_64-w64-mingw32)
 set(CMAKE_CXX_COMPILER_TARGET x86_64-w64-mingw32)
 
-# -femulated-tls: thread-local variables of libstdc++ are emulated ones.
+# -femulated-tls: libstdc++ uses emulated thread-local variables.
 set(CMAKE_C_FLAGS_INIT "${vorelRuntimeMacros} -pthread -femulated-tls")
 set(CMAKE_CXX_FLAGS_INIT "${vorelRuntimeMacros} -pthread -femulated-tls")
-# When -lucrt is named, clang does not add the older runtime.
+# If -lucrt is given, clang does not add the older runtime.
 set(vorelLinkOptions "-fuse-ld=${vorelLinker} -lucrt")
 foreach(kind IN ITEMS EXE SHARED MODULE)
     set(CMAKE_${kind}_LINKER_FLAGS_INIT "${vorelLinkOptions}")

@@ -1,16 +1,16 @@
 # Toolchain: Debian's mingw-w64 (posix threads, GCC 12 or later) with the universal C runtime.
 #
-# The compiler's default is the older runtime. Two things replace it: the macros in ucrt-target.cmake, which make the
-# headers declare the universal runtime's functions, and a specs file, made here from the compiler's own specs, which
-# makes every link name libucrt instead of libmsvcrt. Everything that shares memory or streams with vorelCore.dll must be
-# built this way, so the package installs this file as well.
+# The compiler's default is the older runtime. Two things replace it: with the macros in ucrt-target.cmake, the headers
+# declare the universal runtime's functions; with a specs file, the compiler links libucrt instead of libmsvcrt. The
+# specs file is made here from the compiler's own specs. Every program that shares memory or streams with vorelCore.dll
+# must be built this way, so the package contains this file.
 
 include("${CMAKE_CURRENT_LIST_DIR}/ucrt-target.cmake")
 
 set(CMAKE_C_COMPILER x86_64-w64-mingw32-gcc-posix)
 set(CMAKE_CXX_COMPILER x86_64-w64-mingw32-g++-posix)
 
-# The specs file is made once per build tree; the compiler's test projects get its path from their parent.
+# The specs file is made once per build tree. CMake's test projects for the compiler get its path from the main project.
 if(NOT VOREL_UCRT_SPECS)
     set(VOREL_UCRT_SPECS "${CMAKE_BINARY_DIR}/ucrt.specs" CACHE FILEPATH "GCC specs that link the universal C runtime")
 endif()

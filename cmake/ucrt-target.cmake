@@ -1,16 +1,16 @@
-# What the toolchain files of GCC and clang share: the target, the macros of the universal C runtime, and where CMake
-# looks for files.
+# The common part of the toolchain files of GCC and clang: the target, the macros of the universal C runtime, and the
+# folders in which CMake searches.
 
 set(CMAKE_SYSTEM_NAME Windows)
 set(CMAKE_SYSTEM_PROCESSOR x86_64)
 set(CMAKE_RC_COMPILER x86_64-w64-mingw32-windres)
 
-# The headers of mingw-w64 declare the functions of the universal runtime with these.
-# _WIN32_WINNT 0x0A00: Windows 10, the first version of Windows that includes the universal runtime.
+# With these macros, the headers of mingw-w64 declare the functions of the universal runtime. _WIN32_WINNT 0x0A00:
+# Windows 10, the first version of Windows that includes the universal runtime.
 set(vorelRuntimeMacros "-D_UCRT -D__MSVCRT_VERSION__=0xE00 -D_WIN32_WINNT=0x0A00")
 
-# Programs of the build come from the host, libraries and headers from the target. Packages may be anywhere, since users
-# choose where they install vorelCore.
+# Programs that the build runs come from the host; libraries and headers come from the target. Packages may be in any
+# folder, because users choose where they install vorelCore.
 set(CMAKE_FIND_ROOT_PATH /usr/x86_64-w64-mingw32)
 set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
 set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)

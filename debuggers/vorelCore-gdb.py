@@ -5,8 +5,8 @@ GDB loads this file automatically if it is in the folder of the DLL as vorelCore
 Otherwise load it with:
     source vorelCore-gdb.py
 
-No function of the program is called, so dumps are shown like running processes. GDB reports memory that cannot be read.
-If a count is damaged, the output ends where the readable memory ends.
+The printers call no function of the program, so they also work for dumps. GDB reports memory that cannot be read. If a
+count is damaged, the output ends where the readable memory ends.
 """
 
 import re
@@ -64,7 +64,7 @@ class ArrayPrinter:
 
 
 class PointerStackPrinter(ArrayPrinter):
-    """The elements of the array that it consists of."""
+    """The elements of the array that the stack consists of."""
 
     def __init__(self, value):
         super().__init__(value["m_items"])
@@ -113,12 +113,12 @@ class HashMapIteratorPrinter:
 
 
 class ExceptionPrinter:
-    """The messages: the failure, then the records of the handlers that it passed.
+    """The messages: the failure, then the records of the handlers that the exception has passed.
 
-    The compiler writes the debug information of a class with virtual functions only where these are defined: in the
-    DLL. The shipped DLL has no debug information. So this class finds the messages by the layout, which is the same in
-    every build: the pointer to the virtual functions is followed by the pointers to the begin and the end of m_stack.
-    Each entry of m_stack is two wide strings, message and location.
+    The compiler writes the debug information of a class with virtual functions only where these are defined, that is,
+    in the DLL. The shipped DLL has no debug information. So this class finds the messages by the layout, which is the
+    same in every build: the pointer to the virtual functions, then the pointers to the begin and the end of m_stack.
+    Each entry of m_stack consists of two wide strings, message and location.
     """
 
     POINTER = 8

@@ -1,10 +1,10 @@
-# What the commands of ./dev share; each of them sources this file. They run in the root of the project.
+# The common part of the commands of ./dev. Each command sources this file, and runs in the root of the project.
 # shellcheck shell=bash
 set -euo pipefail
 cd "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")/.."
 
 jobs="$(nproc)"
-# What the checks found clean, for all clones of this user.
+# The results of checks without findings, for all clones of this user.
 cache="${XDG_CACHE_HOME:-$HOME/.cache}/vorelCore"
 compiler=x86_64-w64-mingw32-g++-posix
 
@@ -12,7 +12,7 @@ compiler=x86_64-w64-mingw32-g++-posix
 
 step=""
 
-say() { # say <what begins>: ends the step before, with its duration
+say() { # say <step>: prints the duration of the previous step, and begins the next
     end_step
     printf '\n== %s\n' "$*"
     step="$*"
@@ -39,14 +39,14 @@ trap at_exit EXIT
 
 packages=(
     g++-mingw-w64-x86-64-posix # the compiler, with its runtime DLLs
-    clang-19 lld-19 llvm-19    # the second compiler; llvm makes the import library for C
+    clang-19 lld-19 llvm-19    # the second compiler; llvm creates the import library for C
     libc++-19-dev              # headers: the second standard library
     wine wine64                # runs the programs
     cmake ninja-build ccache googletest
     libz-mingw-w64-dev    # the log viewer reads compressed logs
     gdb-mingw-w64 pkgconf # tests of the package
     python3               # registers tests, changes sources, reads coverage
-    jq xxd                # what vorelconv is compared with
+    jq xxd                # vorelconv is compared with these
     git
 )
 # Programs that some tests start, and the libraries of rsyslog and syslog-ng.
@@ -61,9 +61,9 @@ publish_packages=(python3-matplotlib) # charts of the benchmarks
 package_packages=(nsis unzip)
 docs_packages=(doxygen)
 coverage_packages=(gcovr)
-fuzz_packages=(clang libclang-rt-dev llvm) # llvm names the places in a report
+fuzz_packages=(clang libclang-rt-dev llvm) # llvm resolves the addresses in a report
 packages+=(mono-mcs) # compiles the sample in C#
-# Tests the binding for Node; any npm will do.
+# For the tests of the binding for Node. Any npm will do.
 command -v npm >/dev/null || packages+=(nodejs npm)
 
 missing_packages() { # missing_packages <package>...
@@ -82,7 +82,7 @@ as_root() {
     fi
 }
 
-setup() { # setup [package]...: what every command needs, and more
+setup() { # setup [package]...: installs the packages that every command needs, and the given ones
     local needed=("${packages[@]}" "$@")
     command -v dpkg-query >/dev/null || fail "setup supports Debian only; install the equivalents of: ${needed[*]}"
     local missing
@@ -142,8 +142,8 @@ install_npm_packages() { # install_npm_packages <folder of package-lock.json> <f
 
 # ---- Build ----------------------------------------------------------------------------------------------------------
 
-# All clones of this user share compiled objects. Depend mode spares the compiler's cache a run of the preprocessor;
-# precompiled headers are identified by what they were made of.
+# All clones of this user share compiled objects. In depend mode, the compiler's cache does not run the preprocessor.
+# Precompiled headers are identified by their inputs.
 export CMAKE_C_COMPILER_LAUNCHER=ccache CMAKE_CXX_COMPILER_LAUNCHER=ccache
 export CCACHE_BASEDIR="$PWD" CCACHE_NOHASHDIR=1 CCACHE_DEPEND=1 CCACHE_SLOPPINESS=pch_defines,time_macros
 
@@ -155,8 +155,8 @@ configure() { # configure <preset>
     fi
 }
 
-# An old precompiled header would become a part of the key under which the cache keeps the new one. A fresh clone would
-# then not find the new one, nor anything that was compiled with it.
+# An old precompiled header would become part of the key under which the cache stores the new header. A fresh clone
+# would then find neither the new header nor any object that was compiled with it.
 remove_outdated_precompiled_headers() { # remove_outdated_precompiled_headers <preset>
     local header
     while read -r header; do
@@ -166,7 +166,7 @@ remove_outdated_precompiled_headers() { # remove_outdated_precompiled_headers <p
     done < <(find "build/$1" -name '*.gch' -o -name '*.pch')
 }
 
-build() { # build <preset> [target]...: everything, when no target is named
+build() { # build <preset> [target]...: builds everything if no target is given
     local preset="$1"
     local targets=("${@:2}")
     configure "$preset"
@@ -175,14 +175,14 @@ build() { # build <preset> [target]...: everything, when no target is named
     cmake --build --preset "$preset" --parallel "$jobs" ${targets[@]:+--target "${targets[@]}"}
 }
 
-configure_fuzz() { # for this machine, and with another compiler than all presets
+configure_fuzz() { # for this machine, with a different compiler than the presets
     [[ -e build/fuzz/build.ninja ]] || cmake -S fuzz -B build/fuzz -G Ninja -DCMAKE_CXX_COMPILER=clang++
 }
 
 # ---- Run ------------------------------------------------------------------------------------------------------------
 
-# Several commands may share the Wine prefix; the last one to finish ends its server.
-hold_wine() { # hold_wine [command]...: what starts the server, where it must run in a special way
+# Several commands may share the Wine prefix. The last command to finish ends its server.
+hold_wine() { # hold_wine [command]...: the command that starts the server, if it must run in a special way
     mkdir -p build
     exec {wine_users}>build/wine.users
     flock --shared "$wine_users"
@@ -190,7 +190,7 @@ hold_wine() { # hold_wine [command]...: what starts the server, where it must ru
     in_wine "$@" cmake/wine-run --hold
 }
 
-in_wine() { # in_wine <command>...: runs it without the lock on the prefix
+in_wine() { # in_wine <command>...: runs the command without the lock on the prefix
     (exec {wine_users}>&- && "$@")
 }
 

@@ -9,7 +9,7 @@ from pathlib import Path
 
 # From the bottom up. A folder may include itself and the folders before it.
 LAYERS = ["algorithms", "platform", "core", "exceptions", "system", "secure", "text", "values", "sync", "flat"]
-# Files outside of the folders: those of the bottom may be included by all, those of the top by none.
+# Files outside of the folders. All folders may include the files of the bottom; no folder may include those of the top.
 BOTTOM = {"Attributes.h", "Export.h", "ExportMacro.h", "Version.h"}
 TOP = {"Formatters.h", "LibraryState.cpp", "LibraryState.h", "StandardLibrary.cpp", "Streams.h", "Trail.h", "Version.cpp",
        "vorelCore.h", "vorelCoreC.h"}
@@ -17,7 +17,7 @@ INCLUDE = re.compile(r'^\s*#\s*include\s+"(?:vorel/)?([^"]+)"', re.MULTILINE)
 
 
 def level(path):
-    """The position of a file, given by its path below src or include/vorel; None for an unknown one."""
+    """The layer of a file, given by its path in src or include/vorel; None for an unknown file."""
     if path.parent == Path():
         return -1 if path.name in BOTTOM else len(LAYERS) if path.name in TOP else None
     return LAYERS.index(path.parts[0]) if path.parts[0] in LAYERS else None

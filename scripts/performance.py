@@ -1,4 +1,4 @@
-"""Writes the results of the benchmarks into docs/performance.md, and charts of them into docs/images: ./dev bench --publish.
+"""Writes the results of the benchmarks to docs/performance.md, and charts to docs/images: ./dev bench --publish.
 
     performance.py <folder of the CSV files> <docs> [--version <name and version>]... <family>...
 
@@ -18,10 +18,10 @@ END = "<!-- end of results -->"
 MAX_SPREAD = 0.2
 MAX_RISE = 1.5
 GROWTH = "growth"
-# Not peers: they show what the machine allows.
+# These are not peers: they show the limits of the machine.
 LIMITS = ("memcpy",)
 
-# What the titles of the families do not say.
+# Introductions: facts that the titles of the families do not give.
 INTRODUCTIONS = {
     "core": "Strings, arrays and hash maps. A time is that of one operation, or of one element.",
     "exceptions": "Messages of exceptions and debug targets. A time is that of one call.",
@@ -55,7 +55,7 @@ def duration(nanoseconds: str) -> str:
 
 
 def name(text: str) -> str:
-    """The name of a case or a peer, as code: the site would take parts of it for links, commands or tags."""
+    """The name of a case or a peer, as code. Otherwise the site would treat parts of it as links, commands or tags."""
     return f"`{text}`"
 
 
@@ -98,7 +98,8 @@ def summary_table(results: dict) -> list:
 
 
 def draw_ratios(family: str, rows: list, path: Path) -> None:
-    """A row for each operation, the name of a case up to its first comma; a dot for each of its cases and peers."""
+    """A row for each operation (the name of a case up to its first comma), and a dot for each of its cases and
+    peers."""
     from matplotlib import pyplot, ticker
 
     operations = list(dict.fromkeys(row["case"].split(", ")[0] for row in rows))
@@ -138,7 +139,8 @@ def by_case(rows: list) -> dict:
 
 
 def rise(rows: list, column: str) -> str:
-    """The largest factor between a cost and a smaller number's, beyond the caches if the case goes there."""
+    """The largest ratio of a cost to the cost for a smaller number. If the case has numbers beyond the caches, only
+    these count."""
     costs = [float(row[column]) for row in rows if row["beyond_caches"] == "yes"]
     costs = costs or [float(row[column]) for row in rows]
     worst = max(cost / min(costs[:index + 1]) for index, cost in enumerate(costs))
@@ -155,7 +157,7 @@ def growth_table(rows: list) -> list:
 
 
 def draw_growth(rows: list, path: Path) -> None:
-    """A panel for each work, with the times of the library and of the peer."""
+    """A panel for each case, with the times of the library and of the peer."""
     from matplotlib import pyplot
 
     cases = by_case(rows)

@@ -2,8 +2,8 @@
 
     prose.py <path>...      files, or folders searched for C++, C, Python, shell, CMake, JavaScript and Markdown
 
-The phrases and what to write instead are in rejected-phrases.txt. A line with the comment "prose: <reason>" is skipped:
-a text that the interface fixes, or a name.
+rejected-phrases.txt has the phrases and their replacements. A line with the comment "prose: <reason>" is skipped; such
+a line has a text that the interface fixes, or a name.
 """
 
 import re
@@ -11,7 +11,7 @@ import sys
 from pathlib import Path
 
 PHRASES = Path(__file__).with_name("rejected-phrases.txt")
-# The parts of a source that hold prose. Whatever else is quoted or begins like a comment is a part of those.
+# The parts of a source that contain prose: comments, and literals, in which a comment cannot begin.
 C_PROSE = re.compile(r'//[^\n]*|/\*.*?\*/|R"(\w*)\(.*?\)\1"|"(?:\\.|[^"\\\n])*"|\'(?:\\.|[^\'\\\n])+\'', re.DOTALL)
 PARTS = {suffix: C_PROSE for suffix in (".cpp", ".c", ".h", ".js", ".ts", ".in")}
 WHOLE = (".md", ".txt", ".py", ".cmake", ".sh", "")
@@ -22,13 +22,13 @@ def read_phrases():
     for line in PHRASES.read_text().splitlines():
         if line and not line.startswith("#"):
             phrase, replacement = line.split("\t")
-            # A phrase may be broken over two lines of a comment.
+            # A phrase may extend over two lines of a comment.
             gap = r"(?:\s|\n\s*(?://+|#|\*)\s*)+"
             yield re.compile(rf"\b(?:{phrase.replace(' ', gap)})\b", re.IGNORECASE), replacement
 
 
 def prose_of(path, text):
-    """The parts of a file that hold prose, each with its position."""
+    """The parts of a file that contain prose, each with its position."""
     pattern = PARTS.get(path.suffix)
     if not pattern:
         yield 0, text
@@ -36,7 +36,7 @@ def prose_of(path, text):
     position, comment, start = 0, "", 0
     for part in pattern.finditer(text):
         is_comment = part[0].startswith("//")
-        # Lines of comment that follow each other are one text.
+        # Adjacent comment lines are one text.
         if comment and is_comment and not text[position:part.start()].strip():
             comment += text[position:part.start()] + part[0]
         else:

@@ -1,4 +1,4 @@
-"""Checks that the sources compile where nothing of this project is built: ./dev check.
+"""Checks that the sources compile in environments for which this project is not built: ./dev check.
 
     syntax.py [--jobs <count>]
 
@@ -6,10 +6,10 @@ Each environment is clang with a target, a C++ library and the Windows headers o
 
   - libc++: another standard library;
   - aarch64: another processor; the sources for AVX2 are excluded there, as in the build;
-  - msvc: Microsoft's ABI, and the macros of its compiler. Its own headers are not available, so a file that comes first
-    includes all system headers as for GCC, and then changes the macros. Public headers are checked one by one too.
+  - msvc: Microsoft's ABI, and the macros of its compiler. Microsoft's headers are not available, so a prelude first
+    includes all system headers as for GCC, and then changes the macros. Each public header is also checked separately.
 
-A clean result is kept under the digest of everything it depends on, as for clang-tidy (tidy.py).
+As for clang-tidy (tidy.py), a result without findings is stored under the digest of everything that it depends on.
 """
 
 import argparse
@@ -29,7 +29,7 @@ SYSTEM_INCLUDE = re.compile(r"^\s*#\s*include\s*<([^>]+)>", re.MULTILINE)
 COMMON = ["-fsyntax-only", "-std=c++20", "-Wall", "-Wextra", "-Werror", "-D_UCRT", "-D__MSVCRT_VERSION__=0xE00",
           "-D_WIN32_WINNT=0x0A00", "-DUNICODE", "-D_UNICODE", "-DNOMINMAX", "-DWIN32_LEAN_AND_MEAN",
           "-DVOREL_BUILDING_DLL", "-I" + str(ROOT / "include"), "-I" + str(ROOT / "src")]
-# Warnings that Microsoft's compiler does not have, and those about the system headers of another compiler.
+# Warnings that Microsoft's compiler does not have, and warnings about the system headers of another compiler.
 MSVC_WARNINGS = ["-Wno-ignored-attributes", "-Wno-unused-private-field", "-Wno-#warnings"]
 
 
@@ -44,7 +44,7 @@ def find_compiler():
 
 
 def searched_folders(compiler):
-    """The folders in which a compiler looks for C++ headers."""
+    """The folders in which a compiler searches for C++ headers."""
     words = subprocess.run([compiler, "-xc++", "-E", "-v", os.devnull], check=True, capture_output=True, text=True).stderr
     listed = words.split("#include <...> search starts here:")[1].split("End of search list")[0].split()
     return [os.path.realpath(folder) for folder in listed]
@@ -55,7 +55,7 @@ def resource_folder(clang):
 
 
 def write_prelude():
-    """Writes the file that makes the system headers known before the compiler becomes Microsoft's."""
+    """Writes the prelude: it includes the system headers before it defines the macros of Microsoft's compiler."""
     names = set()
     for folder in ("include", "src"):
         for path in (ROOT / folder).rglob("*"):
@@ -73,7 +73,8 @@ def write_prelude():
 
 
 class Environment:
-    """A compiler's command, and what it compiles. `prelude` is a header that comes first in every file."""
+    """The command of a compiler, and the files that it compiles. `prelude` is a header that every file includes
+    first."""
 
     def __init__(self, name, command, version, sources, prelude=None):
         self.name, self._command, self.sources = name, command, sources
@@ -90,14 +91,14 @@ class Environment:
 
     def _precompiled(self):
         with self._precompiling:
-            header = str(self._prelude.with_suffix(".pch"))  # clang finds "<name>.h.pch" unasked
+            header = str(self._prelude.with_suffix(".pch"))  # clang finds "<name>.h.pch" without an option
             if not os.path.exists(header):
                 command = [word for word in self._command if word != "-fsyntax-only"]
                 subprocess.run([*command, "-xc++-header", str(self._prelude), "-o", header], check=True)
             return header
 
     def check(self, source):
-        """Returns the messages of the compiler, empty when there are none."""
+        """Returns the messages of the compiler; empty if it has none."""
         digest = self._shared.copy()
         for path in (source, *headers_of(source)):
             digest.update(path.encode() + b"\0" + (ROOT / path).read_bytes())
@@ -105,7 +106,7 @@ class Environment:
         if mark.exists():
             return ""
         options = self._options(source)
-        # A header is included by an empty source.
+        # A header is checked by including it in an empty source.
         file = ["-xc++", "-include", str(ROOT / source), os.devnull] if source.endswith(".h") else [str(ROOT / source)]
         done = subprocess.run([*self._command, *options, *file], capture_output=True, text=True, check=False)
         if done.returncode == 0:

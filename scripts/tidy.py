@@ -1,8 +1,8 @@
 """Runs clang-tidy over the project's sources: ./dev check.
 
-A clean result is kept, for all clones of this user, under the digest of everything it depends on: the tool, its
-options and checks, the source, and the headers of the project that it includes. So a second run checks only what has
-changed. Changed sources, and those that include a changed header, come first.
+A result without findings is stored, for all clones of this user, under the digest of everything that it depends on: the
+tool, its options and checks, the source, and the headers of the project that it includes. So a second run checks only
+changed sources. Changed sources, and sources that include a changed header, are checked first.
 """
 
 import argparse
@@ -19,7 +19,7 @@ from pathlib import Path
 
 ROOT = Path(__file__).resolve().parent.parent
 FOLDERS = ("include", "src", "tests", "examples", "benchmarks", "tools", "fuzz")
-# Separate projects, and code that must not compile.
+# Separate projects, and code that must not compile, are excluded.
 LEFT_OUT = ("tests/consumer/", "tests/compile_fail/")
 CACHE = Path(os.environ.get("XDG_CACHE_HOME") or Path.home() / ".cache") / "vorelCore" / "tidy"
 CACHE_DAYS = 60
@@ -33,7 +33,7 @@ SEARCH = ("include", "src", "tests", "tools", "benchmarks", "examples", "fuzz", 
 
 @cache
 def included_by(path):
-    """The project's headers that a file names itself."""
+    """The project's headers that a file includes directly."""
     found = set()
     for name in INCLUDE.findall((ROOT / path).read_text()):
         for folder in (str(Path(path).parent), *SEARCH):
@@ -46,7 +46,7 @@ def included_by(path):
 
 @cache
 def headers_of(source):
-    """All headers of the project that a source includes, directly or through others."""
+    """All headers of the project that a source includes, directly or indirectly."""
     found, pending = set(), [source]
     while pending:
         new = included_by(pending.pop()) - found
@@ -56,7 +56,7 @@ def headers_of(source):
 
 
 def target_headers(compiler):
-    """Options that name the headers of the target's compiler; clang has its own intrinsics and stddef.h."""
+    """Options for the header folders of the target's compiler. clang uses its own intrinsics and stddef.h."""
     words = subprocess.run([compiler, "-xc++", "-E", "-v", os.devnull], check=True, capture_output=True, text=True).stderr
     for folder in words.split("#include <...> search starts here:")[1].split("End of search list")[0].split():
         folder = os.path.realpath(folder)
@@ -67,7 +67,7 @@ def target_headers(compiler):
 
 
 def write_commands(build):
-    """The compile commands of a build, without precompiled headers: those of another compiler."""
+    """The compile commands of a build, without the precompiled headers, which belong to another compiler."""
     commands = json.loads((ROOT / "build" / build / "compile_commands.json").read_text())
     for entry in commands:
         entry["command"] = re.sub(r" -Winvalid-pch| -include \S*cmake_pch\.hxx", "", entry["command"])
@@ -89,15 +89,15 @@ class Check:
         self._shared = shared
 
     def mark(self, source):
-        """The file that exists when `source` is known to be clean."""
+        """The file that exists if `source` is known to have no findings."""
         digest = self._shared.copy()
         for path in (source, *headers_of(source)):
             digest.update(path.encode() + b"\0" + (ROOT / path).read_bytes())
         return CACHE / digest.hexdigest()
 
     def run(self, source):
-        """Returns what was found, empty when nothing was."""
-        mark = self.mark(source)  # before the run: somebody may edit meanwhile
+        """Returns the findings; empty if there are none."""
+        mark = self.mark(source)  # computed before the run, because the source may change meanwhile
         done = subprocess.run(["clang-tidy", "--quiet", f"--header-filter=^{ROOT}/({'|'.join(FOLDERS)})/", *self._options,
                                source], cwd=ROOT, capture_output=True, text=True, check=False)
         if done.returncode == 0:
@@ -108,7 +108,7 @@ class Check:
 
 
 def changed_files():
-    """What the last commit and the work tree changed; empty without history."""
+    """The files that the last commit and the work tree changed; empty without history."""
     done = subprocess.run(["git", "diff", "--name-only", "HEAD~1"], cwd=ROOT, capture_output=True, text=True, check=False)
     return set(done.stdout.split())
 
