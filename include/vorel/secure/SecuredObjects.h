@@ -5,8 +5,8 @@
 /// intentional.
 ///
 /// A name is used unchanged; the prefix "Global\" makes it machine-wide. The caller must close the returned handle.
-/// Thread-safe: the system creates objects atomically, and a retry opens an object that another process has created
-/// first.
+/// Thread-safe: the system creates objects atomically, and each attempt opens an object that another process has
+/// created first.
 #pragma once
 
 #include "vorel/Export.h"

@@ -89,8 +89,8 @@ public:
     /// Waits up to `timeout` milliseconds for the mutex (0xFFFFFFFF: without limit) and returns whether it is held. An
     /// abandoned mutex is acquired, with a warning.
     ///
-    /// A failure, including a timeout, is reported in one way, the first that applies: as an exception if
-    /// `throwOnFailure` is true; in `errorText` if that is not null; as a warning if `timeout` is not 0.
+    /// A failure, including a timeout, throws if `throwOnFailure` is true. Otherwise it is described in `errorText`
+    /// unless that is null, and logged as a warning unless `timeout` is 0.
     ///
     /// \throws Exception "AutoMutex::lock: Mutex not initialized"; "AutoMutex::lock: Failed to lock mutex ..."; and
     ///         "Mutex ...: Trying to increment lock count from a thread that does not own the mutex. ..." if the object

@@ -45,11 +45,11 @@ VOREL_API void iconv_reset(int converter) noexcept;
 /// Returns -1 with `errno` EBADF for a converter without a source, EILSEQ for bytes that are not valid in the code
 /// page, E2BIG if `out` is too small, and EINVAL if the system does not have the code page or rejects the arguments.
 ///
-/// A count or capacity above INT_MAX, except SIZE_MAX as above, is rejected with EINVAL without a system call, because
-/// the system uses 31-bit counts. The system is called with MB_ERR_INVALID_CHARS. It rejects that flag (EINVAL) for the
-/// code pages 42, 50220, 50221, 50222, 50225, 50227, 50229, 57002 to 57011 and 65000. These have names, but text cannot
-/// be converted from them. `text` must not overlap `out`; the system rejects equal pointers (EINVAL). Source:
-/// "MultiByteToWideChar function (stringapiset.h)" on learn.microsoft.com.
+/// A capacity above INT_MAX, and a count above it other than SIZE_MAX, is rejected with EINVAL without a system call,
+/// because the system uses 31-bit counts. The system is called with MB_ERR_INVALID_CHARS. It rejects that flag (EINVAL)
+/// for the code pages 42, 50220, 50221, 50222, 50225, 50227, 50229, 57002 to 57011 and 65000. These have names, but
+/// text cannot be converted from them. `text` must not overlap `out`; the system rejects equal pointers (EINVAL).
+/// Source: "MultiByteToWideChar function (stringapiset.h)" on learn.microsoft.com.
 VOREL_API std::size_t iconv_to_wc(int converter, const char* text, std::size_t bytes, wchar_t* out,
                                   std::size_t capacity);
 

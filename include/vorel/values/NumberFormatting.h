@@ -35,9 +35,10 @@ enum FormattingOptions : int {
 /// the even digit. Below 0.1 there is always an exponent, and a tie is rounded away from zero. Both are by design.
 ///
 /// Narrow: the buffer must have space for 64 characters. A smaller `size` truncates the words and the texts for
-/// magnitudes of 0.1 or more; the unit at `size - 1` is then a terminator. For magnitudes below 0.1, it only limits the
-/// additional digit of the exponent. Wide: at most `size` units are written, including the terminator; a text that does
-/// not fit has no terminator by design. A null buffer gives null. The rest of the buffer is unchanged.
+/// magnitudes of 0.1 or more; for these, the unit at `size - 1` is always a terminator. For magnitudes below 0.1, a
+/// smaller `size` only limits the additional digit of the exponent. Wide: at most `size` units are written, including
+/// the terminator; a text that does not fit has no terminator by design. A null buffer gives null. The rest of the
+/// buffer is unchanged.
 VOREL_API const char* doubleToString(double value, char* buffer, unsigned long long size, FormattingOptions options);
 VOREL_API const wchar_t* doubleToString(double value, wchar_t* buffer, unsigned long long size,
                                         FormattingOptions options);
