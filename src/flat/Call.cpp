@@ -9,7 +9,7 @@ namespace vorel::flat {
 
 namespace {
 
-/// Ends an exception of the library. If its message could not be allocated, `fallbackMessage` replaces the message.
+/// Handles an exception of the library. If its message could not be allocated, `fallbackMessage` replaces the message.
 vorel_status end(Exception& exception, vorel_status status, const wchar_t* fallbackMessage,
                  const wchar_t* function) noexcept {
     const wchar_t* const message = exception.what();

@@ -6,8 +6,8 @@
 
 namespace vorel::platform {
 
-/// While the object exists, a call of the runtime on this thread with an invalid parameter only fails. Otherwise the
-/// runtime would call the program's handler, or end a program that has no handler.
+/// While the object exists, a runtime function that this thread calls with an invalid parameter just fails. Otherwise
+/// the runtime would call the program's handler, or end a program that has no handler.
 class IgnoreInvalidParameters {
 public:
     IgnoreInvalidParameters() noexcept;

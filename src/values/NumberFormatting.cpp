@@ -21,7 +21,7 @@ using algorithms::Rest;
 
 constexpr unsigned long long kWorkCharacters = 64;
 
-/// Whether a value is written as digits. It is if it is finite and not 0.
+/// Whether a value is written as digits, that is, whether it is finite and not 0.
 bool hasDigits(double value) noexcept {
     constexpr std::uint64_t kInfinite = std::uint64_t{0x7FF0000000000000} << 1;  // without the sign
     return (std::bit_cast<std::uint64_t>(value) << 1) - 1 < kInfinite - 1;

@@ -27,7 +27,7 @@
 
 namespace vorel {
 
-/// The smallest odd prime above `n`, and 2 for 1. A growing map takes its bucket counts from here.
+/// The smallest odd prime above `n`, and 2 for 1. A growing map uses it for its bucket counts.
 ///
 ///     1 -> 2    2 -> 3    7 -> 11    8 -> 11    24 -> 29
 inline std::uint64_t nextPrime(std::uint64_t n) noexcept {
@@ -56,7 +56,7 @@ namespace detail {
 /// division takes several times as long as a floating-point division, and the floating-point division here depends on
 /// `count` only.
 ///
-/// The reciprocal is at most 2^64 / count, and smaller than it by at most 4 plus one part in 2^49. So neither quotient
+/// The computed reciprocal is at most 2^64 / count, and at most 4 plus one part in 2^49 below it. So neither quotient
 /// exceeds the exact one. The first remainder is below 5 * count + 2^15, and the second below 2 * count.
 inline std::uint32_t remainderOf(std::uint64_t hash, std::uint32_t count) noexcept {
 #if defined(__SIZEOF_INT128__)

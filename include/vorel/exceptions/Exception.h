@@ -139,7 +139,8 @@ public:
     /// \name Catching and rethrowing
     /// Each function adds a record from RecordFormats.h. The catch functions empty the stack and never throw. The
     /// rethrow functions rethrow the exception with its dynamic type. A location is the name of a function, or of a
-    /// class and a method. \{
+    /// class and a method.
+    /// \{
 
     void catchMessage(const wchar_t* location) noexcept;
     void catchClass(const wchar_t* className, const wchar_t* method) noexcept;

@@ -1,6 +1,6 @@
 /// \file
 /// The exception classes, one for each kind of failure. The first message of each has a fixed text and is logged at
-/// once. No class adds a field. `rethrow()` keeps the class. A move is a copy.
+/// once. No derived class adds a field. `rethrow()` keeps the class. A move is a copy.
 #pragma once
 
 #include "vorel/exceptions/Exception.h"

@@ -1,6 +1,6 @@
 /// \file
-/// The flat interface: a named mutex and a named condition, shared by all processes of the machine, whatever their
-/// user. vorelCoreC.h has the rules for all functions.
+/// The flat interface: a named mutex and a named condition, shared by the processes of all users on the machine.
+/// vorelCoreC.h has the rules for all functions.
 #pragma once
 
 #include "vorel/flat/LastError.h"

@@ -1,5 +1,5 @@
 /// \file
-/// `AutoMutex`: a named recursive lock, shared by all processes of the machine, whatever their user.
+/// `AutoMutex`: a named recursive lock, shared by the processes of all users on the machine.
 ///
 ///     vorel::AutoMutex ledger(L"TalvenorLedger", false, false);   // or "TalvenorLedger", in UTF-8
 ///     const vorel::Guard held(ledger);

@@ -1,5 +1,5 @@
 /// \file
-/// `NamedCondition`: a named event that every process of the machine can signal and wait for, whatever its user.
+/// `NamedCondition`: a named event that the processes of all users on the machine can signal and wait for.
 ///
 ///     vorel::NamedCondition done(L"Global\\TalvenorImportDone");
 ///     done.signal();                 // in one process
