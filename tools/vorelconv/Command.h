@@ -31,7 +31,9 @@ const Command& compareCommand();
 const Command& versionCommand();
 /// \}
 
-/// \name Options and operands that the commands for streams share \{
+/// \name Options and operands that the commands for streams share
+
+/// \{
 constexpr tools::Option kDecodeOption = {L"decode", L'd', {}, L"decode instead of encode"};
 constexpr tools::Option kTextOption = {L"text", L't', L"text", L"convert this text instead of a file"};
 constexpr tools::Option kOutputOption = {L"output", L'o', L"file",

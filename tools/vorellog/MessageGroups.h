@@ -26,13 +26,16 @@ public:
     MessageGroups& operator=(MessageGroups&&) = default;
 
     /// \name Limits
-    /// Beyond a limit, entries with new messages are counted as ungrouped(). \{
+    /// Beyond a limit, entries with new messages are counted as ungrouped().
+    /// \{
     static constexpr std::size_t kMaxGroups = 10000;
     static constexpr std::size_t kMaxTextBytes = std::size_t{12} << 20;       ///< of all messages and examples
     static constexpr std::size_t kMaxProcessSetBytes = std::size_t{8} << 20;  ///< of all sets of processes
     /// \}
 
-    /// \name Parts of an entry that are kept \{
+    /// \name Parts of an entry that are kept
+
+    /// \{
     static constexpr std::size_t kMaxPrefixBytes = 48;
     static constexpr std::size_t kMaxExampleBytes = 1000;
     static constexpr std::size_t kMaxTrail = 31;  ///< records after the first one

@@ -13,7 +13,8 @@ extern "C" {
 
 /// \name Lists of values
 /// The output is an array. Its capacity and its length count values. `VOREL_ERROR_INVALID_TEXT` if the text cannot be
-/// parsed to its end. vorel/values/ListParsing.h describes what each function accepts and skips. \{
+/// parsed to its end. vorel/values/ListParsing.h describes what each function accepts and skips.
+/// \{
 
 /// Integers separated by commas. Fractions are dropped; an empty item is 0.
 ///
@@ -51,7 +52,8 @@ VOREL_API vorel_status vorel_parse_ranges(const vorel_char16* text, size_t lengt
 /// \}
 /// \name Lists of texts
 /// A list of texts is one text with a zero after each item. Its length includes these zeros: the list of "a" and "bc"
-/// has the five units 'a' 0 'b' 'c' 0. An empty list has no units. \{
+/// has the five units 'a' 0 'b' 'c' 0. An empty list has no units.
+/// \{
 
 /// Splits `text` at each occurrence of the whole `delimiter`. Adjacent delimiters give empty items; a delimiter at the
 /// very end does not.

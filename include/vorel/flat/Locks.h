@@ -16,7 +16,8 @@ extern "C" {
 /// \name Named mutex
 /// A recursive lock. Its owner is the thread that locked it, and only through the handle that this thread used. If the
 /// owner ends without unlocking the mutex, the next thread that locks it becomes the owner, with a warning in the error
-/// log. \{
+/// log.
+/// \{
 
 // NOLINTNEXTLINE(modernize-use-using): C includes this header too
 typedef struct vorel_mutex vorel_mutex;
@@ -42,7 +43,8 @@ VOREL_API vorel_status vorel_mutex_close(vorel_mutex* mutex);
 /// \name Named condition
 /// A signal releases one waiter in any process, or the next one to arrive. Signals are not counted: a second signal
 /// without a waiter is lost. The condition has no owner: different threads may use the same handle to wait and to
-/// signal. \{
+/// signal.
+/// \{
 
 // NOLINTNEXTLINE(modernize-use-using): C includes this header too
 typedef struct vorel_condition vorel_condition;
