@@ -76,7 +76,7 @@ TYPED_TEST(TextOrderBlocks, UnitsAreTheSameByTheRule) {
 
 /// Texts of every length around the edges of blocks, with and without one differing character, at random positions of
 /// pages.
-TYPED_TEST(TextOrderBlocks, AgreeWithTheComparisonStepByStep) {
+TYPED_TEST(TextOrderBlocks, AgreeWithTheComparisonUnitByUnit) {
     test::PageEdge<TypeParam> pagesOfA(2048);
     test::PageEdge<TypeParam> pagesOfB(2048);
     test::forEachRandomInput(100000, [&](test::RandomText& random) {

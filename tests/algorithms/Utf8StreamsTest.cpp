@@ -120,7 +120,7 @@ TEST(Utf8ReaderTest, Read_AgreesWithTheReferenceForEveryBound) {
     }
 }
 
-TEST(Utf8ReaderTest, UnitsLeft_AreThoseThatCanBeRead) {
+TEST(Utf8ReaderTest, UnitsLeft_CountsTheUnitsThatCanBeRead) {
     // The text is long enough for blocks of vectors, and has sequences that only the scalar codec counts.
     const std::string text = sampleText().substr(0, sampleText().find('\xFD')) + std::string(200, 'a') + sampleText();
     for (int length = -1; length <= static_cast<int>(text.size()); ++length) {
@@ -195,7 +195,7 @@ TEST(Utf8WriterTest, Write_IsIndependentOfPieceSize) {
     }
 }
 
-TEST(Utf8WriterTest, BytesLeft_AreThoseThatAreWritten) {
+TEST(Utf8WriterTest, BytesLeft_CountsTheBytesThatAreWritten) {
     const std::wstring text = std::wstring(70, L'a') + L"\x00E9\x20AC\xD83D\xDE00 and \xDC00 " +
                               std::wstring(40, L'\x20AC') + L"\xD800\xD800\xDC00" + std::wstring(40, L'\xE9') +
                               L"\xD800";

@@ -36,7 +36,7 @@ TEST(Statistics, Spread_IsTheInterquartileRangeOfTheRatiosOfRounds) {
     EXPECT_DOUBLE_EQ(bench::spreadOfRatios({1, 2, 1, 2, 10}, {4, 4, 6, 10, 30}), 0.5);
 }
 
-TEST(Statistics, Spread_IsZeroIfARoundDisturbsBoth) {
+TEST(Statistics, Spread_IsZeroIfADisturbanceAffectsBoth) {
     EXPECT_DOUBLE_EQ(bench::spreadOfRatios({1, 100, 3}, {2, 200, 6}), 0);
 }
 

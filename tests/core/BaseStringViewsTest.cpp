@@ -100,7 +100,7 @@ TYPED_TEST(BaseStringViews, ViewLongerThanAnyString_Throws) {
     }
 }
 
-TYPED_TEST(BaseStringViews, Hash_EqualsThatOfTheView) {
+TYPED_TEST(BaseStringViews, Hash_EqualsTheHashOfTheView) {
     const BaseString<TypeParam> string(this->text("text").c_str());
     const std::hash<BaseString<TypeParam>> hash;
     EXPECT_EQ(hash(string), std::hash<std::basic_string_view<TypeParam>>()(string.view()));

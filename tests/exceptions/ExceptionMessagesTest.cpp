@@ -107,7 +107,7 @@ TEST(MessageStack, SetLocationIgnoresAnIndexOutOfRange) {
     EXPECT_EQ(test::locationsOf(e).at(0), L"");
 }
 
-TEST(MessageStack, DefineLocationSetsThatOfTheNewestMessage) {
+TEST(MessageStack, DefineLocationSetsTheLocationOfTheNewestMessage) {
     Exception e;
     e.defineLocation(L"without a message");
     e.defineLocation("without a message");

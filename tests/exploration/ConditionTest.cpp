@@ -225,19 +225,19 @@ class BroadcastOrTimeout final : public ConditionScenario {
 
 class ConditionExploration : public exploration::ExplorationTest {};
 
-TEST_F(ConditionExploration, ASignalReleasesOneOfOne) {
+TEST_F(ConditionExploration, ASignalReleasesTheOnlyWaiter) {
     explores<OneSignal>({}, 1);
 }
 
-TEST_F(ConditionExploration, ASignalReleasesOneOfTwo) {
+TEST_F(ConditionExploration, ASignalReleasesOneOfTwoWaiters) {
     explores<OneSignal>({.preemptions = 2}, 2);
 }
 
-TEST_F(ConditionExploration, TwoSignalsReleaseTwo) {
+TEST_F(ConditionExploration, TwoSignalsReleaseTwoWaiters) {
     explores<SignalEach>({.preemptions = 2});
 }
 
-TEST_F(ConditionExploration, ASignalWithoutAWaiterIsKeptForOne) {
+TEST_F(ConditionExploration, ASignalWithoutAWaiterIsKeptForOneWaiter) {
     explores<SignalBeforeWait>({.preemptions = 2});
 }
 
@@ -249,7 +249,7 @@ TEST_F(ConditionExploration, ABroadcastAndTimeLimitsReleaseEveryWaiter) {
     explores<BroadcastOrTimeout>({.preemptions = 2});
 }
 
-TEST_F(ConditionExploration, ABroadcastReleasesAllThatWait) {
+TEST_F(ConditionExploration, ABroadcastReleasesAllWaiters) {
     for (const int waiters : {1, 2}) {
         for (const bool holdsLock : {false, true}) {
             unsigned long long missed = 0;

@@ -126,7 +126,7 @@ TEST_F(CriticalSectionsExploration, GuardsExcludeEachOther) {
     explores<Guards<vorel::AutoCriticalSection>>({.preemptions = 3}, 3u);
 }
 
-TEST_F(CriticalSectionsExploration, TheSwitchDuringUseDoesWhatItsDocumentationForbids) {
+TEST_F(CriticalSectionsExploration, ChangingTheSwitchDuringUseBreaksLocks) {
     SwitchDuringUse::Counts counts;
     explores<SwitchDuringUse>({.preemptions = 2}, std::ref(counts));
     EXPECT_NE(counts.stuck, 0u);

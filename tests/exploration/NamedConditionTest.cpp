@@ -97,11 +97,11 @@ TEST_F(NamedConditionExploration, ASignalReleasesOneProcess) {
     explores<SignalAndWait>({.preemptions = 2}, 2u, -1);
 }
 
-TEST_F(NamedConditionExploration, ASignalReleasesAtMostOneWithTimeLimits) {
+TEST_F(NamedConditionExploration, ASignalReleasesAtMostOneWaiterWithATimeLimit) {
     explores<SignalAndWait>({.preemptions = 2}, 2u, 100);
 }
 
-TEST_F(NamedConditionExploration, AKilledWaiterLosesNoSignalThatItDidNotTake) {
+TEST_F(NamedConditionExploration, ASignalThatAKilledWaiterDidNotReceiveIsKept) {
     unsigned long long kills = 0;
     explores<KilledWaiter>({.preemptions = 2, .kills = 1}, std::ref(kills));
     EXPECT_NE(kills, 0u);

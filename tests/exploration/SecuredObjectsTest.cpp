@@ -88,7 +88,7 @@ class SecuredObjectsExploration : public exploration::ExplorationTest {};
 
 const Obtain kObtain[] = {&obtainMutex, &obtainMapping, &obtainFileMapping};
 
-TEST_F(SecuredObjectsExploration, AllThatOpenFirstGetTheObjectAndOneCreatesIt) {
+TEST_F(SecuredObjectsExploration, AllProcessesGetTheObjectAndOneCreatesIt) {
     for (const Obtain obtain : kObtain) {
         unsigned long long missed = 0;
         explores<FirstOpening>({}, obtain, 2u, std::ref(missed));
@@ -97,7 +97,7 @@ TEST_F(SecuredObjectsExploration, AllThatOpenFirstGetTheObjectAndOneCreatesIt) {
     }
 }
 
-TEST_F(SecuredObjectsExploration, AllThatLiveGetTheObjectWhenOneIsKilled) {
+TEST_F(SecuredObjectsExploration, AllLiveProcessesGetTheObjectWhenOneIsKilled) {
     for (const Obtain obtain : kObtain) {
         unsigned long long missed = 0;
         explores<FirstOpening>({.preemptions = 2, .kills = 1}, obtain, 3u, std::ref(missed));

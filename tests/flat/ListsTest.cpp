@@ -78,7 +78,7 @@ TEST(FlatLists, OfDoubles) {
     EXPECT_EQ(statusOf(vorel_parse_double_list, L"1 " + std::wstring(80, L'9')), VOREL_ERROR_INVALID_TEXT);
 }
 
-TEST(FlatLists, OfTruthValues) {
+TEST(FlatLists, OfBooleans) {
     EXPECT_EQ(valuesOf(vorel_parse_boolean_list, L"T f 1 0 yes 3"), (std::vector<int32_t>{1, 0, 1, 0, 1}));
     EXPECT_EQ(statusOf(vorel_parse_boolean_list, L"1 " + std::wstring(80, L't')), VOREL_ERROR_INVALID_TEXT);
 }

@@ -99,7 +99,7 @@ TEST(CommandLineTest, AcceptsAllFormsOfOptionsAndOperands) {
     }
 }
 
-TEST(CommandLineTest, Value_IsTheLastOneGiven) {
+TEST(CommandLineTest, Value_IsTheLastGivenValue) {
     EXPECT_EQ(parsed({L"a", L"-o", L"x", L"-o", L"y"}).value(L"output"), L"y");
     EXPECT_EQ(parsed({L"a"}).value(L"output"), std::nullopt);
 }

@@ -44,7 +44,7 @@ struct Ending {
     std::string error;
 };
 
-TEST(ToolTest, Run_ReportsWhatIsThrownAndReturnsItsExitCode) {
+TEST(ToolTest, Run_ReportsExceptionsAndReturnsTheirExitCodes) {
     const Ending endings[] = {
         {"a result", [] { return 7; }, 7, ""},
         {"a failure", []() -> int { throw tools::Failure(L"a.txt: l\u00E4uft nicht"); }, tools::kFailed,
@@ -70,14 +70,14 @@ TEST(ToolTest, Run_ReportsWhatIsThrownAndReturnsItsExitCode) {
     }
 }
 
-TEST(ToolTest, Run_LeavesTheErrorLogAlone) {
+TEST(ToolTest, Run_WritesNothingToTheErrorLog) {
     const test::TemporaryLog log;
     const CapturedErrors errors;
     EXPECT_EQ(tools::run(L"tool", []() -> int { throw vorel::Exception(L"it broke"); }), tools::kFailed);
     EXPECT_FALSE(log.exists());
 }
 
-TEST(ToolTest, SystemFailure_NamesThePlaceTheSystemsReasonAndItsNumber) {
+TEST(ToolTest, SystemFailure_HasTheNameTheSystemsTextAndTheCode) {
     SetLastError(ERROR_FILE_NOT_FOUND);
     const tools::Failure failure = tools::systemFailure(L"a.txt", L"cannot be opened");
     EXPECT_THAT(failure.text(), ::testing::StartsWith(L"a.txt: cannot be opened: "));

@@ -26,7 +26,7 @@ constexpr Range kEscaped[] = {{0x7F, 0x9F, "DEL and C1"},
                               {0x2060, 0x2069, "invisible operators, directional isolates"},
                               {0xFEFF, 0xFEFF, "byte order mark"}};
 
-TEST(VisibleTest, WhatATerminalInterpretsNeedsAnEscape) {
+TEST(VisibleTest, CharactersThatTerminalsInterpretNeedAnEscape) {
     std::size_t expected = 0x20;  // C0
     for (const Range& range : kEscaped) {
         EXPECT_FALSE(needsEscape(range.first - 1)) << range.why;
@@ -52,7 +52,7 @@ std::string visible(const std::string& text) {
 }
 
 // NOLINTBEGIN(misc-misleading-bidirectional): these characters are what is tested
-TEST(VisibleTest, WhatATerminalInterpretsAndBadBytesAreEscaped) {
+TEST(VisibleTest, InterpretedCharactersAndInvalidBytesAreEscaped) {
     EXPECT_EQ(visible(""), ">");
     EXPECT_EQ(visible("plain text, longer than a word"), ">plain text, longer than a word");
     EXPECT_EQ(visible("a\tb"), ">a\tb");
@@ -75,7 +75,7 @@ TEST(VisibleTest, WhatATerminalInterpretsAndBadBytesAreEscaped) {
 }
 // NOLINTEND(misc-misleading-bidirectional)
 
-TEST(VisibleTest, EveryByteIsMadeVisibleAtEveryPlaceOfAWord) {
+TEST(VisibleTest, EveryByteIsSafeAtEveryPositionOfAWord) {
     for (int byte = 0; byte != 256; ++byte) {
         const bool isPlain = (byte >= ' ' && byte < 0x7F) || byte == '\t';
         char escape[8];
@@ -90,7 +90,7 @@ TEST(VisibleTest, EveryByteIsMadeVisibleAtEveryPlaceOfAWord) {
     }
 }
 
-TEST(VisibleTest, LinesStayAndTheRestIsEscaped) {
+TEST(VisibleTest, LineFeedsAreKeptAndOtherControlsAreEscaped) {
     struct Case {
         const wchar_t* text;
         const wchar_t* visible;

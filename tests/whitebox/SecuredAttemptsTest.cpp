@@ -185,7 +185,7 @@ TYPED_TEST(ObtainingObject, OtherErrorsAfterASuccessAreIgnored) {
     this->object.expectNew(true);
 }
 
-TYPED_TEST(ObtainingObject, ErrorTextIsThatOfTheOpening) {
+TYPED_TEST(ObtainingObject, ErrorTextIsThatOfTheFailedOpening) {
     this->createError = ERROR_ALREADY_EXISTS;
     EXPECT_EQ(this->obtain(0, 0), nullptr);
     this->object.expectFailedOpen(this->name, test::kFailureError + 1, this->log);
