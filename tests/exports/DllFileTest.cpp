@@ -1,0 +1,84 @@
+/// \file
+/// What the file of the DLL imports, how fast it loads, and how it is protected.
+
+#include <algorithm>
+#include <string>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <windows.h>
+
+#include "exports/PeFile.h"
+#include "support/ChildProcess.h"
+
+namespace {
+
+using ::testing::AnyOf;
+using ::testing::Contains;
+using ::testing::Each;
+using ::testing::Not;
+using ::testing::StartsWith;
+using ::testing::StrCaseEq;
+
+const wchar_t* const kSymbolFile = L"vorelCore.dll.debug";
+
+class DllFile : public testing::Test {
+protected:
+    const test::PeFile dll{L"vorelCore.dll"};
+};
+
+// The most likely mistake is an import from the older C runtime.
+TEST_F(DllFile, ImportsOnlyTheUniversalRuntimeTheSystemAndTheRuntimeOfTheCompiler) {
+    EXPECT_THAT(dll.imports(),
+                Each(AnyOf(StartsWith("api-ms-win-crt-"), StrCaseEq("KERNEL32.dll"), StrCaseEq("ADVAPI32.dll"),
+                           StrCaseEq("libstdc++-6.dll"), StrCaseEq("libgcc_s_seh-1.dll"))));
+    EXPECT_THAT(dll.imports(), Contains(StartsWith("api-ms-win-crt-")));
+}
+
+TEST_F(DllFile, IsMappedAndLoadsAdvapi32OnFirstUse) {
+    if (dll.isLinkedByLld()) {
+        GTEST_SKIP() << "only GNU's linker gets the options for this";
+    }
+    EXPECT_THAT(dll.imports(), Not(Contains(StrCaseEq("ADVAPI32.dll"))));
+    EXPECT_EQ(dll.header().FileAlignment, 4096u) << "sections that are not aligned to pages are read, not mapped";
+}
+
+TEST_F(DllFile, HasTheProtectionsOfTheSystem) {
+    const WORD flags = dll.header().DllCharacteristics;
+    EXPECT_TRUE(flags & IMAGE_DLLCHARACTERISTICS_HIGH_ENTROPY_VA);
+    EXPECT_TRUE(flags & IMAGE_DLLCHARACTERISTICS_DYNAMIC_BASE);
+    EXPECT_TRUE(flags & IMAGE_DLLCHARACTERISTICS_NX_COMPAT);
+    constexpr DWORD kWritableCode = IMAGE_SCN_MEM_WRITE | IMAGE_SCN_MEM_EXECUTE;
+    EXPECT_FALSE(dll.sections().empty());
+    for (const test::PeFile::Section& section : dll.sections()) {
+        EXPECT_NE(section.flags & kWritableCode, kWritableCode) << section.name;
+    }
+}
+
+#ifdef VOREL_RELEASED_FILE
+
+std::vector<std::string> sectionNames(const test::PeFile& file) {
+    std::vector<std::string> names;
+    for (const test::PeFile::Section& section : file.sections()) {
+        names.push_back(section.name);
+    }
+    return names;
+}
+
+TEST_F(DllFile, DependsOnlyOnTheSourcesAndHasItsDebugInformationElsewhere) {
+    EXPECT_EQ(dll.timestamp(), 0u);
+    EXPECT_THAT(sectionNames(dll), Not(Contains(StartsWith(".debug_"))));
+    EXPECT_THAT(sectionNames(dll), Contains(".gnu_debuglink"));
+}
+
+TEST_F(DllFile, HasStackGuards) {
+    if (GetFileAttributesW((test::programFolder() + kSymbolFile).c_str()) == INVALID_FILE_ATTRIBUTES) {
+        GTEST_SKIP() << "the file with the symbols of the DLL is missing";
+    }
+    EXPECT_THAT(test::PeFile(kSymbolFile).symbols(), Contains("__stack_chk_fail"));
+}
+
+#endif
+
+}  // namespace
