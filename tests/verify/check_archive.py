@@ -95,6 +95,7 @@ def check_failures(archive):
     tests = archive.folder / "bin/tests.txt"
     program = tests.read_text().split("\t")[1]
     tests.write_text("".join(line.format(program=program) + "\n" for line, _ in FAILING))
+    print("\nTests that must fail:")
     code, totals, page = archive.verify([])
     expect(code == 1, f"failures: verify.cmd ended with {code}")
     expect(totals == (0, len(FAILING), 0), "failures: not every failure was counted")
