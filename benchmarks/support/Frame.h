@@ -30,7 +30,7 @@ public:
     /// Reads the arguments that `Options.h` describes.
     Family(int argc, char** argv);
 
-    /// Times `ours` and `peers`, each of which processes `items` items, and prints a line for each peer. Results are
+    /// Times `ours` and `peers`, and prints a line for each peer. Each pass must process `items` items. Results are
     /// nanoseconds per item.
     void compare(const std::string& name, std::size_t items, const Pass& ours, const std::vector<Peer>& peers);
 

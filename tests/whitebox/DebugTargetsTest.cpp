@@ -30,7 +30,7 @@ public:
     static inline int s_unlocked = 0;
 };
 
-/// Clears the flag, as it is at load, and restores it after the test.
+/// Clears the flag, which is clear at load, and restores it after the test.
 class DebugTargetsInside : public testing::Test {
 protected:
     DebugTargetsInside() : m_before(DebugTargetsUsed.exchange(false)) {}
