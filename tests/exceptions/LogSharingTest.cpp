@@ -45,7 +45,7 @@ void warn(const char* text) {
     constexpr DWORD kSomeError = 1234;
     errno = ERANGE;
     SetLastError(kSomeError);
-    Exception::warn(text);
+    Exception::warn("%hs", text);
     const DWORD lastError = GetLastError();
     EXPECT_EQ(errno, ERANGE);
     EXPECT_EQ(lastError, kSomeError);

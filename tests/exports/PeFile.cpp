@@ -40,13 +40,12 @@ T PeFile::read(std::size_t offset) const {
     return value;
 }
 
-PeFile::PeFile(const std::wstring& name) : m_bytes(readFile(name)) {
-    const auto headers = static_cast<std::size_t>(read<IMAGE_DOS_HEADER>(0).e_lfanew);
-    m_headers = read<IMAGE_NT_HEADERS64>(headers);
+PeFile::PeFile(const std::wstring& name) : m_bytes(readFile(name)), m_headers(read<IMAGE_NT_HEADERS64>(headers())) {
     if (m_headers.Signature != IMAGE_NT_SIGNATURE || header().Magic != IMAGE_NT_OPTIONAL_HDR64_MAGIC) {
         throw std::runtime_error("not a 64-bit program file");
     }
-    std::size_t at = headers + offsetof(IMAGE_NT_HEADERS64, OptionalHeader) + m_headers.FileHeader.SizeOfOptionalHeader;
+    std::size_t at =
+        headers() + offsetof(IMAGE_NT_HEADERS64, OptionalHeader) + m_headers.FileHeader.SizeOfOptionalHeader;
     for (WORD index = 0; index < m_headers.FileHeader.NumberOfSections; ++index, at += sizeof(IMAGE_SECTION_HEADER)) {
         const auto section = read<IMAGE_SECTION_HEADER>(at);
         std::string text(reinterpret_cast<const char*>(section.Name), kShortNameBytes);
@@ -60,6 +59,10 @@ PeFile::PeFile(const std::wstring& name) : m_bytes(readFile(name)) {
                               .fileOffset = section.PointerToRawData,
                               .fileBytes = section.SizeOfRawData});
     }
+}
+
+std::size_t PeFile::headers() const {
+    return static_cast<std::size_t>(read<IMAGE_DOS_HEADER>(0).e_lfanew);
 }
 
 std::string PeFile::textAt(std::size_t offset) const {

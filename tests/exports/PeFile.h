@@ -51,6 +51,7 @@ public:
 private:
     template <class T>
     [[nodiscard]] T read(std::size_t offset) const;
+    [[nodiscard]] std::size_t headers() const;
     [[nodiscard]] std::string textAt(std::size_t offset) const;
     [[nodiscard]] std::size_t offsetOf(DWORD address) const;
     [[nodiscard]] DWORD directory(unsigned int index) const { return header().DataDirectory[index].VirtualAddress; }
@@ -58,7 +59,7 @@ private:
     [[nodiscard]] std::size_t longNames() const;
 
     std::string m_bytes;
-    IMAGE_NT_HEADERS64 m_headers{};
+    IMAGE_NT_HEADERS64 m_headers;
     std::vector<Section> m_sections;
 };
 

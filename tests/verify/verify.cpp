@@ -108,7 +108,7 @@ private:
 fs::path resultFolder(const fs::path& archive, const fs::path& temporary, const wchar_t* user) {
     std::error_code error;
     for (const fs::path& parent : {archive / L"results", temporary / L"vorelCore results"}) {
-        const fs::path folder = parent / user;
+        fs::path folder = parent / user;
         fs::remove_all(folder, error);
         if (fs::create_directories(folder, error) && !error) {
             return folder;
@@ -156,7 +156,7 @@ private:
         work();
     }
 
-    TestResult runTest(const Test& test) const {
+    [[nodiscard]] TestResult runTest(const Test& test) const {
         const auto begin = std::chrono::steady_clock::now();
         TestResult result;
         try {
@@ -170,7 +170,7 @@ private:
         return result;
     }
 
-    TestResult runOnce(const Test& test) const {
+    [[nodiscard]] TestResult runOnce(const Test& test) const {
         std::string arguments = test.arguments;
         const std::wstring file = std::wstring(test.name.begin(), test.name.end()) + L".xml";
         if (test.isGoogleTest) {

@@ -191,7 +191,8 @@ TEST_P(HandleLeaks, ManyRoundsLeaveNoHandle) {
         if (cycle.obtains) {
             EXPECT_GE(live.opened(), cycle.rounds);
         }
-        EXPECT_EQ(test::reportedHandles(), reported);
+        // The system may open some handles too, but not one for each tenth round.
+        EXPECT_LT(test::reportedHandles(), reported + static_cast<DWORD>(cycle.rounds) / 10);
     }
     EXPECT_TRUE(isNameFree(resources.name));
     if (GetFileAttributesW(resources.file.c_str()) != INVALID_FILE_ATTRIBUTES) {
