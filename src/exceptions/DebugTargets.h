@@ -38,7 +38,7 @@ public:
     DebugTargets(const DebugTargets&) = delete;
     DebugTargets& operator=(const DebugTargets&) = delete;
 
-    /// \throws MemoryException when a new name cannot be allocated.
+    /// \throws MemoryException if a new name cannot be allocated.
     void set(std::basic_string_view<T> name, bool active) {
         const Guard<Lock> held(m_lock);
         Position position;
@@ -141,7 +141,7 @@ private:
         return entry;
     }
 
-    /// Links `entry` at its position on one level; false when another thread has changed that position.
+    /// Links `entry` at its position on one level; false if another thread has changed that position.
     static bool link(Entry& entry, std::size_t level, const Position& position) noexcept {
         Entry* after = position.after[level];
         entry.next[level].store(after, std::memory_order_relaxed);

@@ -8,7 +8,7 @@ namespace vorel::flat {
 
 namespace {
 
-/// Calls `convert` for each piece between zeros, and `putZero` for each zero. Stops and returns false when `convert`
+/// Calls `convert` for each piece between zeros, and `putZero` for each zero. Stops and returns false if `convert`
 /// returns false.
 template <class Unit, class Convert, class PutZero>
 bool eachPiece(std::basic_string_view<Unit> text, Convert&& convert, PutZero&& putZero) {

@@ -1,4 +1,4 @@
-# Compiles the sources in this folder and compares the compiler's messages with the comments in their lines.
+# Compiles the sources in this folder, and compares the compiler's messages with the comments on the same lines.
 #
 #   COMPILER, COMPILER_ID, FLAGS, INCLUDE: set by tests/CMakeLists.txt
 #   CLANG, LIBCXX: clang, and the headers of libc++; both empty if they are missing
@@ -19,9 +19,9 @@ macro(compile name)
         RESULT_VARIABLE result ERROR_VARIABLE messages)
 endmacro()
 
-# check(<source> <mark> <compiles> <text> <option>...): each line of `source` with the comment "// <mark>: X" must have
-# a message that matches the regular expression `text`, in which X is replaced by the word after the mark. Other lines
-# must have no message, nor must lines with the mark "X (GCC)" when another compiler reads them.
+# check(<source> <mark> <compiles> <text> <option>...): for each line of `source` with the comment "// <mark>: X", the
+# compiler must write a message that matches the regular expression `text`, in which X is replaced by the word after the
+# mark. There must be no message for other lines, and for lines with the mark "X (GCC)" if the compiler is not GCC.
 function(check name mark compiles text)
     compile(${name} ${ARGN})
     if(compiles AND NOT result EQUAL 0)
@@ -62,7 +62,8 @@ if(NOT result EQUAL 0)
     message(SEND_ERROR "warnings about formats of the runtime:\n${messages}")
 endif()
 
-# refuse(<source> <text> <option>...): the options make `source` unusable with the library; the compiler must say `text`.
+# refuse(<source> <text> <option>...): with the options, `source` cannot use the library; the compiler's message must
+# contain `text`.
 function(refuse name text)
     compile(${name} ${ARGN})
     if(result EQUAL 0 OR NOT messages MATCHES "error: [^\n]*${text}")

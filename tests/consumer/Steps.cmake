@@ -13,7 +13,8 @@ function(run what)
     endif()
 endfunction()
 
-# Puts the package into FOLDER/vorelCore: a copy of the folder PACKAGE, or else what the build PROJECT_BUILD installs.
+# Puts the package into FOLDER/vorelCore: copies the folder PACKAGE, or if there is none, installs the build
+# PROJECT_BUILD.
 function(install_or_copy_package)
     if(PACKAGE)
         file(COPY "${PACKAGE}/" DESTINATION "${FOLDER}/vorelCore")

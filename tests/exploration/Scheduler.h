@@ -52,7 +52,7 @@ public:
     virtual void taskEnded(TaskId) {}
     virtual void processKilled(ProcessId) {}
 
-    /// Called when no task can continue. Checks the result, and calls `Scheduler::fail` if it is wrong.
+    /// Called as soon as no task can continue. Checks the result, and calls `Scheduler::fail` if it is wrong.
     virtual void finish(const std::vector<Ending>& endings) = 0;
 };
 

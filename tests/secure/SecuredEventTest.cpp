@@ -32,7 +32,7 @@ protected:
         return Handle(vorel::ObtainAccessableEvent(manualReset, initialState, name.c_str(), retries, sleepMs, text));
     }
 
-    /// The expected text when the name cannot be opened.
+    /// The expected text if the name cannot be opened.
     [[nodiscard]] std::wstring failedOpen() const {
         const Handle opened(OpenEventW(SYNCHRONIZE | EVENT_MODIFY_STATE, FALSE, name.c_str()));
         const DWORD error = GetLastError();

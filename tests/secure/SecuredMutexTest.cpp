@@ -45,7 +45,7 @@ protected:
         return Handle(vorel::ObtainAccessableMutex(0, name.c_str(), retries, sleepMs, &created));
     }
 
-    /// The expected log line when the name cannot be opened.
+    /// The expected log line if the name cannot be opened.
     [[nodiscard]] Texts warning() const {
         const Handle opened(OpenMutexW(SYNCHRONIZE, FALSE, name.c_str()));
         const DWORD error = GetLastError();

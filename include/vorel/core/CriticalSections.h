@@ -19,7 +19,7 @@ namespace vorel {
 /// A critical section that locks only while `ThreadSafetyEnabledCount` is not 0.
 class VOREL_API AutoCriticalSection {
 public:
-    /// \throws Exception "malloc failed" when the critical section cannot be allocated.
+    /// \throws Exception "malloc failed" if the critical section cannot be allocated.
     AutoCriticalSection();
     ~AutoCriticalSection();
 
@@ -51,7 +51,7 @@ private:
 /// A critical section that always locks.
 class VOREL_API ForcedCriticalSection {
 public:
-    /// \throws Exception "malloc failed" when the critical section cannot be allocated.
+    /// \throws Exception "malloc failed" if the critical section cannot be allocated.
     ForcedCriticalSection();
     ~ForcedCriticalSection();
 

@@ -1,5 +1,5 @@
-# Toolchain: clang as a compiler for Microsoft's ABI, and lld-link. It uses no headers and libraries of Microsoft, so
-# programs have their own entry point and include only headers of the compiler.
+# Toolchain: clang as a compiler for Microsoft's ABI, and lld-link. It uses neither headers nor libraries of Microsoft,
+# so programs define their entry point and include only headers of the compiler.
 #
 #   FLAT_CLANG: the folder of clang, clang++, lld-link and llvm-rc
 
