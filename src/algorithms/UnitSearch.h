@@ -1,6 +1,5 @@
 /// \file
-/// Searches text of known length for a code unit, or for any unit of a set, and counts them. Reads nothing outside the
-/// text.
+/// Finds and counts a code unit, or the units of a set, in text of known length. Reads nothing outside the text.
 ///
 /// The runtime's functions take longer if the result is near the start of the text. SSE2 is part of every 64-bit x86
 /// processor, so no dispatch is needed.

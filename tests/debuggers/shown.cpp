@@ -46,7 +46,7 @@ int main() {
     vorel::PointerStack<int> pointers;
     pointers.push(&answer);
 
-    // The hashes 5 and 12 use the same of seven buckets. The newer entry comes first.
+    // The map has seven buckets, and the hashes 5 and 12 use the same bucket. The newer entry comes first.
     vorel::HashMap<int, vorel::BaseString<char>> map(7);
     map.put(5, 50, "five");
     map.put(12, 120, "twelve");

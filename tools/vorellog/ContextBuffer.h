@@ -42,7 +42,7 @@ private:
     Trail& next() { return m_entries[m_kept++ % m_entries.size()]; }
 
     std::vector<Trail> m_entries;
-    std::size_t m_kept = 0;  ///< since the last call of drain()
+    std::size_t m_kept = 0;  ///< entries kept since the last call of drain()
 };
 
 }  // namespace vorellog

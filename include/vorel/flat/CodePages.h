@@ -19,7 +19,7 @@ extern "C" {
 ///     "latin1"  ->  28591
 VOREL_API vorel_status vorel_code_page_by_name(const vorel_char16* name, size_t length, int32_t* codePage);
 
-/// Converts bytes of a code page to UTF-16. `VOREL_ERROR_INVALID_TEXT` if they are not valid in it.
+/// Converts bytes of a code page to UTF-16. `VOREL_ERROR_INVALID_TEXT` if the bytes are not valid in the code page.
 VOREL_API vorel_status vorel_code_page_to_utf16(int32_t codePage, const void* bytes, size_t size, vorel_char16* output,
                                                 size_t capacity, size_t* outputLength);
 
