@@ -139,8 +139,8 @@ def by_case(rows: list) -> dict:
 
 
 def rise(rows: list, column: str) -> str:
-    """The largest ratio of a cost to the cost for a smaller number. If the case has numbers beyond the caches, only
-    these count."""
+    """The largest ratio of a cost to the cost for a smaller number of elements. If the case has numbers beyond the
+    caches, only these are compared."""
     costs = [float(row[column]) for row in rows if row["beyond_caches"] == "yes"]
     costs = costs or [float(row[column]) for row in rows]
     worst = max(cost / min(costs[:index + 1]) for index, cost in enumerate(costs))
@@ -186,7 +186,7 @@ def draw_growth(rows: list, path: Path) -> None:
 
 
 def save(figure, path: Path) -> None:
-    """The same results give the same file."""
+    """Saves a figure. The same results give the same file."""
     from matplotlib import pyplot, rcParams
 
     rcParams["svg.hashsalt"] = path.name

@@ -24,10 +24,10 @@
 /// text that contains a zero; all others return `VOREL_ERROR_INVALID_TEXT`.
 ///
 /// **Outputs.** An output has three parameters: a buffer of the caller, its capacity in units, and a pointer to a
-/// length. With `VOREL_OK` and `VOREL_ERROR_BUFFER_TOO_SMALL`, the length is set to that of the whole result. If the
-/// capacity is smaller, the buffer is unchanged and the status is `VOREL_ERROR_BUFFER_TOO_SMALL`, so a null buffer with
-/// a capacity of 0 queries the length. If the buffer has space for one more unit, a zero is written after a text; the
-/// length does not count it. Outputs must not overlap inputs.
+/// length. With `VOREL_OK` and `VOREL_ERROR_BUFFER_TOO_SMALL`, the length becomes the length of the whole result. If
+/// the capacity is smaller, the buffer is unchanged and the status is `VOREL_ERROR_BUFFER_TOO_SMALL`, so a null buffer
+/// with a capacity of 0 queries the length. If the buffer has space for one more unit, a zero is written after a text;
+/// the length does not count it. Outputs must not overlap inputs.
 ///
 /// **Arguments.** Pointers must not be null unless stated otherwise. A null pointer, a number that is too large, or an
 /// unknown flag gives `VOREL_ERROR_INVALID_ARGUMENT`. A Boolean is an `int32_t` of 0 or 1; as input, every value except

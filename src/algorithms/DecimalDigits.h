@@ -68,8 +68,8 @@ constexpr bool roundsUp(int comparison, std::uint64_t digits, Tie tie) noexcept 
     return tie == Tie::AwayFromZero || digits % 2 != 0;
 }
 
-/// The decimal exponent of a value, or one less: log10(2) times a lower bound of log2, which is interpolated linearly
-/// between powers of two.
+/// An estimate of a value's decimal exponent: exact, or one too low. It is log10(2) times a lower bound of log2,
+/// interpolated linearly between powers of two.
 constexpr int estimateExponent(int log2, std::uint64_t normalized) noexcept {
     constexpr unsigned int kFractionBits = 20;
     constexpr std::int64_t kLog10Of2 = 1292913986;  // times 2^32, truncated

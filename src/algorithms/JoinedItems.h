@@ -58,7 +58,7 @@ bool needsQuotes(std::basic_string_view<T> item, std::basic_string_view<T> delim
     return false;
 }
 
-/// Whether an item has a quote at each end. An item that is one quote does not.
+/// Whether an item begins with a quote and ends with another.
 template <class T>
 constexpr bool isQuotedAlready(std::basic_string_view<T> item) noexcept {
     return item.size() > 1 && item.front() == '"' && item.back() == '"';

@@ -117,8 +117,7 @@ bool coercesToIntegers(const T* text) noexcept {
     return true;
 }
 
-// ---- Ranges
-// ------------------------------------------------------------------------------------------------------------
+// ---- Ranges ---------------------------------------------------------------------------------------------------------
 
 /// The value of a missing start or end.
 inline constexpr int kOpenRangeEnd = -1;

@@ -1,6 +1,6 @@
 /// \file
 /// The rule for reads in blocks, and the length of a text by that rule. A read may extend past either end of a text: it
-/// does not fault while it stays in a page that contains a part of the text.
+/// does not fault if it stays in a page that contains a part of the text.
 ///
 /// The functions of the rule are static, so that sources compiled for AVX2 can use them.
 #pragma once

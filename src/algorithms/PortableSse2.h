@@ -1,6 +1,6 @@
 /// \file
 /// The SSE2 instructions that the algorithms use, as functions for any processor (see Sse2.h). Names, lanes and results
-/// are those of the Intel Intrinsics Guide. Compilers turn the loops into vector instructions of the target processor.
+/// are as in the Intel Intrinsics Guide. Compilers turn the loops into vector instructions of the target processor.
 ///
 /// All functions are static, like those of the compiler.
 #pragma once

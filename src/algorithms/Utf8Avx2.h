@@ -113,7 +113,7 @@ static inline unsigned int bytesFrom(unsigned char first, __m256i block) noexcep
     return static_cast<unsigned int>(_mm256_movemask_epi8(isFrom));
 }
 
-/// Whether the scalar codec would read past the page of `bytes`, which has fewer than 32 bytes left. `left` is the
+/// Whether the scalar codec would read past the page of `bytes`. The page has fewer than 32 bytes left. `left` is the
 /// number of bytes left in the text. `expected` has a bit for each of the next bytes that must be a trailing byte. A
 /// zero, or a byte that does not start a sequence, may be the last readable byte.
 [[maybe_unused]] VOREL_NOINLINE static bool continuesInNextPage(const unsigned char* bytes, std::size_t left,

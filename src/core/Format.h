@@ -1,7 +1,7 @@
 /// \file
 /// The only access to the runtime's print functions. All rendering in the library uses these functions. They have the
-/// legacy null-termination behaviour and avoid the compiler's replacements, so texts and counts are those of the
-/// runtime. In wide formats `%s` is wide text, the runtime's default.
+/// legacy null-termination behaviour and avoid the compiler's replacements, so texts and counts are the same as the
+/// runtime's. In wide formats `%s` is wide text, the runtime's default.
 #pragma once
 
 #include <algorithm>

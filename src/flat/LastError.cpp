@@ -52,8 +52,8 @@ std::wstring_view lastMessage() noexcept {
     return failure ? failure->message() : std::wstring_view();
 }
 
-/// Copies a message to the caller's buffer. Does not record a failure of the copy, because it would replace the failure
-/// that the caller asks for.
+/// Copies a message to the caller's buffer. Does not record a failure of the copy, because that record would replace
+/// the failure that the caller asks for.
 template <class Unit, class Source>
 vorel_status copyToOutput(std::basic_string_view<Source> message, Unit* output, std::size_t capacity,
                           std::size_t* length) noexcept {

@@ -29,8 +29,8 @@ bool openImpersonationToken(KernelHandle& impersonated) noexcept {
     return false;
 }
 
-/// Runs `question` while the thread impersonates its own process, then restores the previous token: a service that acts
-/// for a client must not continue with the rights of the service. Returns the answer; false after a failure.
+/// Runs `question` while the thread impersonates its own process, then restores the previous token, because a service
+/// that acts for a client must not continue with the rights of the service. Returns the answer; false after a failure.
 bool askAsSelf(bool (*question)() noexcept) noexcept {
     KernelHandle impersonated;
     if (!openImpersonationToken(impersonated) || !ImpersonateSelf(SecurityImpersonation)) {

@@ -1,5 +1,5 @@
 /// \file
-/// The tables of Base64, as an object of the library's state: those objects are created in a fixed order.
+/// The tables of Base64. They are part of the library's state, because its objects are created in a fixed order.
 #pragma once
 
 #include "core/LibraryState.h"

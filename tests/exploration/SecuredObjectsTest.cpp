@@ -42,8 +42,8 @@ void* obtainFileMapping(bool& created) {
                                                 &created);
 }
 
-/// Processes that obtain one object and keep it until all have it. `missed` counts the processes that did not get it:
-/// they could not create it while another process had it, and that process was killed before they opened it.
+/// Processes that obtain one object and keep it until all have it. `missed` counts the processes that did not get it,
+/// because another process had it when they tried to create it and was killed before they tried to open it.
 class FirstOpening final : public SystemScenario {
 public:
     FirstOpening(Obtain obtain, unsigned int processes, unsigned long long& missed)

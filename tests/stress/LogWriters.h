@@ -45,7 +45,7 @@ public:
     /// Signals all added processes to start writing.
     void go() const { m_start.set(); }
 
-    /// Waits until each writer has written some lines. Returns false after a limit.
+    /// Waits until each writer has written some lines. Returns false after a time limit.
     [[nodiscard]] bool waitForProgress() const;
 
     /// Waits for the writers that are not endless and collects their results. Returns false if one fails or has no

@@ -42,7 +42,7 @@ using Bytes = Array<unsigned char>;
 
 constexpr int kUtf8Page = 65001;
 
-/// An object of the library that uses memory that it does not own: only its three fields, without its destructor.
+/// The three fields of an object of the library that points to memory which it does not own. Its destructor never runs.
 template <class Object, class Item>
 class Borrowed {
 public:
@@ -384,7 +384,7 @@ protected:
         }
     }
 
-    /// Runs the operation with a text that changes at the first, the second, … switch between the ends of the text.
+    /// Runs the operation with a text that changes at the first, the second, … fault (see `test::ChangingText`).
     static void runWithEachChange(const Operation<T>& operation) {
         constexpr unsigned int kMaxSwitches = 100;
         unsigned int most = 0;

@@ -278,7 +278,7 @@ protected:
         EXPECT_EQ(call<test::GetLockCount>(m_other), 0);
     }
 
-    /// The messages for counting a hold on the calling thread.
+    /// The messages of the exception if a hold of the calling thread cannot be counted.
     [[nodiscard]] std::vector<std::wstring> messagesOfFailure(const std::wstring& operation) const {
         return {L"Mutex " + m_name +
                     L": Trying to increment lock count from a thread that does not own the mutex.  Current owner = " +

@@ -64,8 +64,7 @@ protected:
 
 TYPED_TEST_SUITE(Format, test::CharacterTypes, test::CharacterNames);
 
-// ---- Strings without a buffer
-// ----------------------------------------------------------------------------------------
+// ---- Strings without a buffer ---------------------------------------------------------------------------------------
 
 // Measuring the length opens the null device, which takes twenty times as long as rendering.
 TYPED_TEST(Format, FirstTextOfAString_IsMeasuredFromMoreThan512UnitsOn) {

@@ -26,15 +26,14 @@ public:
 
     /// Converts as many bytes of `block` as possible without the next block, appends the result to `result`, and
     /// returns the number of bytes converted. The next block begins with the remaining bytes; if the number is 0, the
-    /// next block is larger. If `last` is true, no block follows, and all of `block` must be converted. \throws
-    /// BadInput for invalid input.
+    /// next block is larger. If `last` is true, no block follows, and all of `block` must be converted.
+    /// \throws BadInput for invalid input.
     virtual std::size_t convert(std::string_view block, bool last, std::string& result) = 0;
 };
 
 /// Converts a command's input with `filter` and writes the result to its output.
 /// \throws tools::Failure. For a BadInput, the message has the input and the position: "names.txt: line 3, offset 57:
-///         …" (lines
-///         count from 1, byte offsets from 0).
+///         …" (lines count from 1, byte offsets from 0).
 void runFilter(const tools::Arguments& arguments, Filter& filter);
 
 /// The part of a block of UTF-8 that can be converted without the next block: everything except a truncated sequence at

@@ -1,6 +1,6 @@
 /// \file
-/// The times of a log. Lines contain local time without a time zone. Times can be compared within one log, except that
-/// they are an hour off across a change of daylight saving time.
+/// The times of a log. Lines contain local time without a time zone. The times of one log can be compared. The
+/// difference of two times is wrong by an hour if daylight saving time begins or ends between them.
 #pragma once
 
 #include <optional>

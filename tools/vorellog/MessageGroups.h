@@ -63,7 +63,7 @@ public:
     /// Adds an entry of one or more records. Returns its group, or null if it belongs to none.
     const Group* add(std::span<const Record> records, ProcessNumber process);
 
-    /// The groups, by number of entries and then by the time of the last entry, both descending.
+    /// The groups. Those with more entries come first; if the numbers are equal, the latest comes first.
     [[nodiscard]] std::vector<const Group*> sorted() const;
 
     [[nodiscard]] std::size_t size() const noexcept { return m_groups.size(); }

@@ -19,7 +19,7 @@ namespace vorellog {
 
 class RecordReader {
 public:
-    /// When a line would make a record reach this size, the record is delivered, and its further lines are delivered as
+    /// If a line would make a record reach this size, the record is delivered, and its further lines are delivered as
     /// damaged records.
     static constexpr std::size_t kMaxRecordBytes = std::size_t{4} << 20;
 

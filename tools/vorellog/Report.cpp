@@ -8,7 +8,7 @@ namespace vorellog {
 
 namespace {
 
-/// Further prefixes are not distinguished: so many different ones are the starts of messages with a colon.
+/// Further prefixes are counted together, because most of them are the starts of messages with a colon.
 constexpr std::size_t kMaxKnownPrefixes = 256;
 
 }  // namespace

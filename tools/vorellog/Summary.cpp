@@ -67,7 +67,8 @@ Summary::Row& Summary::rowOf(ProcessNumber process, std::string_view prefix) {
     return found == m_rows.end() ? m_others : found->second;
 }
 
-/// The rows, by number of records and then by the time of the last record, both descending. The others are last.
+/// The rows. Those with more records come first; if the numbers are equal, the latest comes first. The row of
+/// the others is last.
 std::vector<Summary::ShownRow> Summary::sortedRows() const {
     constexpr unsigned int kNumberBits = 32;
     std::vector<std::string> prefixes(m_prefixes.size());

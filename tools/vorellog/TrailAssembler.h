@@ -11,8 +11,8 @@
 /// belong to the same exception:
 ///
 ///   - "…: Severe error thrown" and "…: TestAndThrow test failed" always begin a trail;
-///   - a message that the trail already has, or a function that the trail names before an earlier message, belongs to
-///     the next failure of the same kind (digits are ignored, so "row 7" and "row 8" are equal);
+///   - a message that the trail already has belongs to the next failure of the same kind (digits are ignored, so "row
+///     7" and "row 8" are equal), and so does a function that the trail already names, if a message follows it;
 ///   - a record more than kTrailGapMs after the last one of the trail begins a new trail.
 ///
 /// A record whose header is in the middle of a line neither joins nor ends a trail, because a message may have forged

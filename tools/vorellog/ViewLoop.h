@@ -1,5 +1,5 @@
 /// \file
-/// The main loop of vorellog. It reads, waits, and reports a log that is missing or stays busy.
+/// The main loop of vorellog. It reads the log, waits for new lines, and reports if the log is missing or stays busy.
 #pragma once
 
 #include <optional>
@@ -35,7 +35,7 @@ public:
     static constexpr LocalMs kPollMs = 100;
     static constexpr LocalMs kBusyMs = 5;         ///< time between two attempts to read a busy file
     static constexpr LocalMs kMaxBusyMs = 10000;  ///< a longer busy time is a failure; with --follow only a message
-    static constexpr LocalMs kLineEndMs = 200;    ///< then the writer of an incomplete line is assumed to be dead
+    static constexpr LocalMs kLineEndMs = 200;    ///< after it, the writer of an incomplete line is assumed to be dead
 
     /// The references must outlive this object.
     ViewLoop(const Settings& settings, Follower& follower, Viewer& viewer, Environment& environment)

@@ -88,7 +88,7 @@ private:
     bool m_json;
     std::optional<std::size_t> m_top;
     std::optional<unsigned long long> m_maxEntries;
-    std::optional<std::size_t> m_tail;  ///< until the last entries are shown
+    std::optional<std::size_t> m_tail;  ///< number of last entries to show; empty after they are shown
     std::size_t m_context;
     std::size_t m_screenRows;
     std::unique_ptr<Printer> m_printer;
@@ -102,7 +102,7 @@ private:
     std::size_t m_contextAfter = 0;    ///< number of entries still to be shown after a matching entry
     std::deque<std::string> m_last;    ///< the output of the last entries, if m_tail is set
     std::optional<LocalMs> m_drawnMs;  ///< when the summary was shown last
-    bool m_isDrawn = true;             ///< whether nothing was counted since then
+    bool m_isDrawn = true;             ///< whether nothing has been counted since then
     std::string m_out;
     bool m_hasNewInput = true;  ///< bytes were received since the last showPending()
     LocalMs m_lastInputMs = 0;

@@ -37,7 +37,7 @@ template <class T>
 struct StringAccess;
 
 /// Copies `bytes` bytes as two words, the first and the last, which may overlap. `bytes` must be at least the size of
-/// one word, and at most that of two.
+/// one word and at most the size of two.
 template <class Word>
 void moveEnds(void* to, const void* from, std::size_t bytes) noexcept {
     Word first;
@@ -198,7 +198,7 @@ public:
     /// All growth of the string goes through this function.
     ///
     /// - If `count` is 0, the string is emptied and nothing is allocated. The result is null if the string has no
-    /// buffer.
+    ///   buffer.
     /// - If the buffer is large enough, a length above `count` becomes `count`; so does an unknown length.
     /// - Otherwise a new buffer is allocated. Its capacity is a power of two, at least 16, up to 1 Mi units, and a
     ///   multiple of 1 Mi above that. With `discard` false, the new buffer holds the old text and a known length is

@@ -8,9 +8,9 @@
 extern "C" {
 #endif
 
-/// The status of the calling thread's last failure; `VOREL_OK` before the first. Successful calls do not change it, nor
-/// do the three functions in this header. If memory for a failure's message cannot be allocated, the last failure is
-/// `VOREL_ERROR_OUT_OF_MEMORY`, whatever status the function returned.
+/// The status of the calling thread's last failure; `VOREL_OK` before the first. Successful calls and the three
+/// functions in this header do not change it. If memory for a failure's message cannot be allocated, the last failure
+/// is `VOREL_ERROR_OUT_OF_MEMORY`, whatever status the function returned.
 VOREL_API vorel_status vorel_last_error_status(void);
 
 /// The message of the calling thread's last failure: the text of the exception if there was one. Empty before the first

@@ -36,8 +36,8 @@ VOREL_API vorel_status vorel_parse_boolean(const vorel_char16* text, size_t leng
 /// \}
 /// \name Parsing the beginning of a text
 /// These functions skip white space, parse the value that follows, and return how many units they read. A text without
-/// a value gives 0; this is not a failure. The contracts are those of `stringToInt` and the related functions in
-/// vorel/values/NumberParsing.h, and of `stringToBoolean` in vorel/values/BooleanParsing.h.
+/// a value gives 0; this is not a failure. vorel/values/NumberParsing.h has the rules for numbers (`stringToInt` and
+/// the related functions), and vorel/values/BooleanParsing.h the rules for booleans (`stringToBoolean`).
 ///
 ///     "42 apples"  ->  42, 3 units used        "-x"  ->  0, 1 unit used
 /// \{

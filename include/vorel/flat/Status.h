@@ -17,7 +17,7 @@ extern "C" {
 /// bits, an addition the lower sixteen.
 #define VOREL_ABI_VERSION 0x00010000u
 
-/// As a number of units: the text ends at its first zero.
+/// Passed as the number of units, it means that the text ends at its first zero.
 #define VOREL_ZERO_TERMINATED SIZE_MAX
 
 /// The maximum number of units of an input.

@@ -31,8 +31,9 @@ enum FormattingOptions : int {
 /// | the quiet NaN of payload 1954  | NA               | "NA"                |
 /// | every other NaN                | NaN              | "NaN"               |
 ///
-/// For a magnitude of 0.1 or more, the text is that of "%.15g" with a longer exponent, and an exact tie is rounded to
-/// the even digit. Below 0.1 there is always an exponent, and a tie is rounded away from zero. Both are by design.
+/// For a magnitude of 0.1 or more, the text is the result of "%.15g" with a longer exponent, and an exact tie is
+/// rounded to the even digit. Below 0.1 there is always an exponent, and a tie is rounded away from zero. Both are by
+/// design.
 ///
 /// Narrow: the buffer must have space for 64 characters. A smaller `size` truncates the words and the texts for
 /// magnitudes of 0.1 or more; for these, the unit at `size - 1` is always a terminator. For magnitudes below 0.1, a
