@@ -46,6 +46,40 @@ VOREL_ALWAYS_INLINE Start startOf(__m256i block, std::size_t left, bool paired, 
     return {packed(all, count), count};
 }
 
+/// The units of two blocks as bytes, with a bit for each unit that says whether it is ASCII. The bits of `kInFirst`
+/// belong to the first block.
+class PackedAscii {
+public:
+    static constexpr unsigned int kInFirst = 0x00FF00FF;
+    static constexpr unsigned int kInSecond = 0xFF00FF00;
+
+    VOREL_ALWAYS_INLINE PackedAscii(__m256i first, __m256i second) noexcept
+        // Saturated packing keeps 0x01 to 0x7F and turns every other unit into 0x00 or a byte from 0x80 on.
+        : m_bytes(_mm256_packus_epi16(first, second)),
+          m_ascii(maskOf(_mm256_cmpgt_epi8(m_bytes, _mm256_setzero_si256()))) {}
+    VOREL_ALWAYS_INLINE explicit PackedAscii(const unsigned char* units) noexcept
+        : PackedAscii(loadUnits(units), loadUnits(units + kBlockBytes)) {}
+
+    [[nodiscard]] bool isAscii() const noexcept { return m_ascii == ~0u; }
+    [[nodiscard]] bool isAscii(unsigned int units) const noexcept { return (~m_ascii & units) == 0; }
+
+    /// Whether all units are ASCII, zero, or 0x8000 and more.
+    [[nodiscard]] bool hasOnlyZeros() const noexcept { return maskOf(m_bytes) == 0; }
+
+    /// In the order of the units.
+    [[nodiscard]] __m256i bytes() const noexcept { return _mm256_permute4x64_epi64(m_bytes, 0xD8); }
+
+    /// The number of units before the first one that is not ASCII.
+    [[nodiscard]] unsigned int start() const noexcept {
+        const __m256i isAscii = _mm256_cmpgt_epi8(bytes(), _mm256_setzero_si256());
+        return lowestBit(~maskOf(isAscii));
+    }
+
+private:
+    __m256i m_bytes;
+    unsigned int m_ascii;
+};
+
 /// The position in the units and in the output.
 struct Positions {
     const unsigned char* units;
@@ -67,68 +101,148 @@ VOREL_NOINLINE Progress encodeStart(const unsigned char* units, std::size_t left
     return {start.count, static_cast<unsigned int>(start.bytes.store(out) - out)};
 }
 
+/// Stores a pair of blocks that contains only ASCII.
+VOREL_ALWAYS_INLINE Positions storePair(Positions at, const PackedAscii& pair) noexcept {
+    _mm256_storeu_si256(reinterpret_cast<__m256i*>(at.out), pair.bytes());
+    return {at.units + kPairBytes, at.out + kPairUnits};
+}
+
+/// Stores the ASCII at the start of a pair of blocks, at most `left` units, and zeros after it.
+VOREL_ALWAYS_INLINE Positions storeStart(Positions at, const PackedAscii& pair, std::size_t left) noexcept {
+    const unsigned int count = atMost(pair.start(), left);
+    const __m256i bytes = _mm256_and_si256(pair.bytes(), firstBytes(count));
+    _mm256_storeu_si256(reinterpret_cast<__m256i*>(at.out), bytes);
+    return {at.units + 2 * std::size_t{count}, at.out + count};
+}
+
 /// Encodes pairs of blocks of ASCII before `end`, up to the first pair that contains another unit.
 VOREL_ALWAYS_INLINE Positions encodeAscii(Positions at, const unsigned char* end) noexcept {
-    for (std::size_t left = static_cast<std::size_t>(end - at.units) / (2 * kBlockBytes); left != 0; --left) {
-        // The saturated packing keeps 0x01 to 0x7F and turns every other unit into 0x00 or a byte from 0x80 on.
-        const __m256i bytes = _mm256_packus_epi16(loadUnits(at.units), loadUnits(at.units + kBlockBytes));
-        if (maskOf(_mm256_or_si256(bytes, _mm256_cmpeq_epi8(bytes, _mm256_setzero_si256()))) != 0) {
+    for (std::size_t left = static_cast<std::size_t>(end - at.units) / kPairBytes; left != 0; --left) {
+        const PackedAscii pair(at.units);
+        if (!pair.isAscii()) {
             break;
         }
-        _mm256_storeu_si256(reinterpret_cast<__m256i*>(at.out), _mm256_permute4x64_epi64(bytes, 0xD8));
-        at = {at.units + 2 * kBlockBytes, at.out + std::size_t{2} * kUnits};
+        at = storePair(at, pair);
     }
     return at;
 }
 
-/// Encodes the blocks before `end`. Stops at a block that contains a zero or begins with an unpaired surrogate. The
-/// output must have space for all blocks.
-VOREL_ALWAYS_INLINE Positions encodeWhole(Positions at, const unsigned char* end, bool paired,
+/// Replaces zeros by units with all bits set, so that a zero counts neither as ASCII nor as a unit below 0x800.
+VOREL_ALWAYS_INLINE __m256i withoutZeros(__m256i units) noexcept {
+    return _mm256_or_si256(units, _mm256_add_epi16(units, _mm256_set1_epi16(-1)));
+}
+
+/// Whether all units of a block are below 0x800 and not zero.
+VOREL_ALWAYS_INLINE bool isShort(__m256i block, const Constants& k) noexcept {
+    return hasNone(withoutZeros(block), k.notShort);
+}
+
+/// Whether a block contains neither a zero nor a surrogate.
+VOREL_ALWAYS_INLINE bool hasOnlyValues(__m256i block, const Constants& k) noexcept {
+    const __m256i upper = _mm256_and_si256(block, loadUnits(k.notShort));
+    const __m256i isOther = _mm256_or_si256(_mm256_cmpeq_epi16(block, _mm256_setzero_si256()),
+                                            _mm256_cmpeq_epi16(upper, loadUnits(k.high)));
+    return _mm256_testz_si256(isOther, isOther) != 0;
+}
+
+/// Encodes a block that contains surrogates. Returns the same position if the block contains a zero or begins with an
+/// unpaired surrogate.
+VOREL_ALWAYS_INLINE Positions encodePairs(Positions at, __m256i block, bool paired, const Constants& k) noexcept {
+    if (zerosOf(block) != 0) {
+        return at;
+    }
+    Sequences all(block, k);
+    unsigned int count = kUnits;
+    if (paired) {
+        const SurrogatesOf surrogates(block, k);
+        all.joinPairs(block, surrogates, k);
+        count = lowestBit(surrogates.single()) / 2;
+    }
+    return {at.units + 2 * std::size_t{count}, packed(all, count).store(at.out)};
+}
+
+/// Stores a block of units below 0x800. If all are ASCII, `ascii` has their bytes. Returns the end.
+VOREL_ALWAYS_INLINE unsigned char* storeShort(__m256i block, bool isAscii, __m128i ascii, unsigned char* out,
+                                              const Constants& k) noexcept {
+    if (isAscii) {
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(out), ascii);
+        return out + kUnits;
+    }
+    return storeUpToTwo(block, out, k);
+}
+
+/// Encodes pairs of blocks before `end`. Stops when the output is past `lastOut`, or at a pair that contains a zero or a
+/// unit of 0x800 or more.
+VOREL_ALWAYS_INLINE Positions encodeShort(Positions at, const unsigned char* end, const unsigned char* lastOut,
                                           const Constants& k) noexcept {
-    while (static_cast<std::size_t>(end - at.units) >= kBlockBytes) {
-        const __m256i block = loadUnits(at.units);
-        // All bits of zeros are set here, so a zero counts neither as ASCII nor as a unit below 0x800.
-        const __m256i bits = _mm256_or_si256(block, _mm256_add_epi16(block, _mm256_set1_epi16(-1)));
-        if (hasNone(bits, k.notAscii)) {
-            const __m256i bytes = _mm256_permute4x64_epi64(_mm256_packus_epi16(block, block), 0xD8);
-            _mm_storeu_si128(reinterpret_cast<__m128i*>(at.out), _mm256_castsi256_si128(bytes));
-            at = encodeAscii({at.units + kBlockBytes, at.out + kUnits}, end);
-        } else if (hasNone(bits, k.notShort)) {
-            at = {at.units + kBlockBytes, encodeUpToTwo(block, k).store(at.out)};
-        } else {
-            Sequences all(block, k);
-            const SurrogatesOf surrogates(block, k);
-            unsigned int count = kUnits;
-            if (zerosOf(block) != 0) {
-                break;
+    std::size_t left = static_cast<std::size_t>(end - at.units) / kPairBytes;
+    for (; left != 0 && at.out <= lastOut; --left) {
+        const __m256i first = loadUnits(at.units);
+        const __m256i second = loadUnits(at.units + kBlockBytes);
+        const PackedAscii pair(first, second);
+        if (pair.isAscii()) {
+            at = storePair(at, pair);
+            continue;
+        }
+        const __m256i bits = _mm256_or_si256(first, second);
+        if (!hasNone(_mm256_or_si256(bits, withoutZeros(_mm256_min_epu16(first, second))), k.notShort)) {
+            break;
+        }
+        const __m256i bytes = pair.bytes();
+        at.out = storeShort(first, pair.isAscii(PackedAscii::kInFirst), _mm256_castsi256_si128(bytes), at.out, k);
+        at.out =
+            storeShort(second, pair.isAscii(PackedAscii::kInSecond), _mm256_extracti128_si256(bytes, 1), at.out, k);
+        at.units += kPairBytes;
+    }
+    return at;
+}
+
+/// Encodes the blocks before `end` while the output has space for `kMaxWritten` bytes before `limit`. Stops at a block
+/// that contains a zero or begins with an unpaired surrogate.
+VOREL_ALWAYS_INLINE Positions encodeWhole(Positions at, const unsigned char* end, const unsigned char* limit,
+                                          bool paired, const Constants& k) noexcept {
+    const unsigned char* const lastOut = limit - kMaxWritten;
+    const auto isAtEnd = [&] { return static_cast<std::size_t>(end - at.units) < kBlockBytes || at.out > lastOut; };
+    for (;;) {
+        at = encodeShort(at, end, lastOut, k);
+        if (isAtEnd()) {
+            return at;
+        }
+        __m256i block = loadUnits(at.units);
+        if (isShort(block, k)) {
+            // This is the last block, or the other block of the pair has longer sequences.
+            at = {at.units + kBlockBytes, storeUpToTwo(block, at.out, k)};
+            if (isAtEnd()) {
+                return at;
             }
-            if (paired && surrogates.any()) {
-                all.joinPairs(block, surrogates, k);
-                count = lowestBit(surrogates.single()) / 2;
-                if (count == 0) {
-                    break;
+            block = loadUnits(at.units);
+        }
+        while (!isShort(block, k)) {
+            if (hasOnlyValues(block, k)) [[likely]] {
+                at = {at.units + kBlockBytes, packed(Sequences(block, k), kUnits).store(at.out)};
+            } else {
+                const Positions next = encodePairs(at, block, paired, k);
+                if (next.units == at.units) {
+                    return at;
                 }
-            } else if (all.kinds == 0) {
-                at = {at.units + kBlockBytes, storeThrees(all, at.out, k)};
-                continue;
+                at = next;
             }
-            at = {at.units + 2 * std::size_t{count}, packed(all, count).store(at.out)};
+            if (isAtEnd()) {
+                return at;
+            }
+            block = loadUnits(at.units);
         }
     }
-    return at;
 }
 
-/// The number of blocks that can be read, and can be written with `kMaxWritten` bytes for the last one. These are the
-/// blocks in the page, or one block that extends into the next page. 0 if the text may end before the next page.
-VOREL_ALWAYS_INLINE std::size_t readableBlocks(const unsigned char* units, std::size_t bytesLeft,
-                                               std::size_t room) noexcept {
+/// The number of blocks that can be read: the blocks in the page, or one block that extends into the next page. 0 if the
+/// text may end before the next page.
+VOREL_ALWAYS_INLINE std::size_t readableBlocks(const unsigned char* units, std::size_t bytesLeft) noexcept {
     const std::size_t inPage = kPageBytes - offsetInPage(units);
     if (inPage < kBlockBytes) {
         return continuesInNextPage(units, bytesLeft) ? 1 : 0;
     }
-    const std::size_t readable = (inPage < bytesLeft ? inPage : bytesLeft) / kBlockBytes;
-    const std::size_t writable = (room - kMaxWritten) / (std::size_t{3} * kUnits) + 1;
-    return readable < writable ? readable : writable;
+    return (inPage < bytesLeft ? inPage : bytesLeft) / kBlockBytes;
 }
 
 /// Encodes text up to a zero or a surrogate that is not part of a pair, while the output has space for `kMaxWritten`
@@ -141,12 +255,20 @@ VOREL_NOINLINE Progress encodeBlocks(const unsigned char* units, std::size_t lef
     Positions at = {units, out};
     while (at.units != end && !isZero(at.units) && static_cast<std::size_t>(limit - at.out) >= kMaxWritten) {
         const auto bytesLeft = static_cast<std::size_t>(end - at.units);
+        if (bytesLeft < kPairBytes && isInPage(at.units, kPairBytes)) {
+            const PackedAscii pair(at.units);
+            if (pair.isAscii(1)) {
+                at = storeStart(at, pair, bytesLeft / 2);
+                continue;
+            }
+        }
         if (bytesLeft >= kBlockBytes) {
-            const std::size_t blocks = readableBlocks(at.units, bytesLeft, static_cast<std::size_t>(limit - at.out));
+            const std::size_t blocks = readableBlocks(at.units, bytesLeft);
             if (blocks == 0) {
                 break;
             }
-            const Positions next = encodeWhole(at, at.units + kBlockBytes * blocks, paired, k);
+            prefetchNextPage(at.units, bytesLeft);
+            const Positions next = encodeWhole(at, at.units + kBlockBytes * blocks, limit, paired, k);
             if (next.units != at.units) {
                 at = next;
                 continue;
@@ -171,25 +293,26 @@ VOREL_NOINLINE Progress encodePart(const unsigned char* units, std::size_t left,
         return kNoProgress;
     }
     start.bytes.storeExactly(out);
-    return {start.count, start.bytes.size()};
+    return {start.count, static_cast<unsigned int>(start.bytes.size())};
 }
 
-/// Encodes ASCII up to the first other unit, in blocks or in a last double block that is filled up with zeros.
+/// Encodes ASCII up to the first other unit, in pairs of blocks. The last pair of the text is filled up with zeros.
 VOREL_ALWAYS_INLINE Progress encodeAsciiStart(const unsigned char* units, std::size_t left, unsigned char* out,
                                               std::size_t capacity) noexcept {
     const std::size_t inPage = kPageBytes - offsetInPage(units);
     std::size_t whole = left < capacity ? left : capacity;
     whole = whole < inPage / 2 ? whole : inPage / 2;
-    const Positions at = encodeAscii({units, out}, units + 2 * whole);
-    auto read = static_cast<unsigned int>(at.out - out);
-    if (read != left && capacity - read >= std::size_t{2} * kUnits && isInPage(at.units, 2 * kBlockBytes)) {
-        const __m256i packs = _mm256_packus_epi16(loadUnits(at.units), loadUnits(at.units + kBlockBytes));
-        const __m256i bytes = _mm256_permute4x64_epi64(packs, 0xD8);
-        const unsigned int stops = maskOf(_mm256_or_si256(bytes, _mm256_cmpeq_epi8(bytes, _mm256_setzero_si256())));
-        const unsigned int count = atMost(lowestBit(stops), left - read);
-        _mm256_storeu_si256(reinterpret_cast<__m256i*>(at.out), _mm256_and_si256(bytes, firstBytes(count)));
-        read += count;
+    Positions at = encodeAscii({units, out}, units + 2 * whole);
+    const std::size_t rest = left - static_cast<std::size_t>(at.out - out);
+    if (rest != 0 && static_cast<std::size_t>(out + capacity - at.out) >= kPairUnits &&
+        isInPage(at.units, kPairBytes)) {
+        const PackedAscii pair(at.units);
+        // Otherwise other units follow, which another function encodes faster.
+        if (rest < kPairUnits || pair.hasOnlyZeros()) {
+            at = storeStart(at, pair, rest);
+        }
     }
+    const auto read = static_cast<unsigned int>(at.out - out);
     return {read, read};
 }
 

@@ -17,6 +17,8 @@
 
 namespace vorel::algorithms::encoding {
 
+inline constexpr unsigned char kDropped = 0x80;  // a shuffle writes a zero for this bit
+
 /// Shuffles for eight elements of two bytes. They keep one byte of an element whose bit is set in the mask, and both
 /// bytes of the others.
 constexpr Shuffles oneOrTwoBytes() noexcept {
@@ -30,7 +32,7 @@ constexpr Shuffles oneOrTwoBytes() noexcept {
             }
         }
         while (to < 16) {
-            shuffles.order[mask][to++] = 0x80;
+            shuffles.order[mask][to++] = kDropped;
         }
     }
     return shuffles;
@@ -38,7 +40,8 @@ constexpr Shuffles oneOrTwoBytes() noexcept {
 
 /// Shuffles for four elements of four bytes (see `Sequences`). They keep the bytes of the sequence. Each element has
 /// two bits in the mask: both are set for a sequence of one byte, only the upper bit for two bytes, no bit for three.
-/// If only the lower bit is set, the element is dropped.
+/// If only the lower bit is set, the element is dropped. The lower bits of the last byte of an order hold the number of
+/// kept bytes; that byte always writes a zero.
 constexpr Shuffles oneToThreeBytes() noexcept {
     Shuffles shuffles = {};
     for (unsigned int mask = 0; mask < 256; ++mask) {
@@ -56,8 +59,9 @@ constexpr Shuffles oneToThreeBytes() noexcept {
             keep(!isAscii, 3);
             keep(!isAscii, 1);
         }
-        while (to < 16) {
-            shuffles.order[mask][to++] = 0x80;
+        shuffles.order[mask][15] = static_cast<unsigned char>(kDropped | to);
+        while (to < 15) {
+            shuffles.order[mask][to++] = kDropped;
         }
     }
     return shuffles;
@@ -68,6 +72,8 @@ inline constexpr Shuffles kOneToThreeBytes = oneToThreeBytes();
 
 inline constexpr unsigned int kUnits = 16;  // per block
 inline constexpr std::size_t kBlockBytes = 2 * std::size_t{kUnits};
+inline constexpr std::size_t kPairUnits = 2 * std::size_t{kUnits};  // two blocks
+inline constexpr std::size_t kPairBytes = 2 * kBlockBytes;
 inline constexpr std::size_t kMaxWritten = 64;  // per step, including zeros
 
 /// Constants of sixteen units. They are read from memory, because otherwise the compiler builds them in each iteration.
@@ -78,7 +84,6 @@ struct Constants {
     Units trailingBits, twoByteForm, aboveAscii;
     Units duplicate, lowerBits, lowerForm, spreading, upperForm, threeByteForm;
     Units pairedBits, pairedOffset, highUpper, highLower, highForm, lowUpper, lowLower;
-    Units order;
 };
 
 constexpr Constants constants() noexcept {
@@ -105,8 +110,6 @@ constexpr Constants constants() noexcept {
         all.highForm[unit] = 0xF080;
         all.lowUpper[unit] = 0x3000;
         all.lowLower[unit] = 0x0F00;
-        const unsigned char* const order = kOneToThreeBytes.order[0] + std::size_t{unit} % 8 * 2;
-        all.order[unit] = static_cast<std::uint16_t>(order[0] | order[1] << 8);
     }
     return all;
 }
@@ -121,14 +124,18 @@ VOREL_ALWAYS_INLINE bool hasNone(__m256i units, const Constants::Units& bits) no
     return _mm256_testz_si256(units, loadUnits(bits)) != 0;
 }
 
+VOREL_ALWAYS_INLINE void storeBytes(__m128i bytes, unsigned char* out) noexcept {
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(out), bytes);
+}
+
 /// Some of the bytes of a block, lowest first.
 struct Piece {
     __m128i bytes;
-    unsigned int size;
+    std::size_t size;
 
     /// Stores the piece and zeros after it. Returns the end.
     VOREL_ALWAYS_INLINE unsigned char* store(unsigned char* out) const noexcept {
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(out), bytes);
+        storeBytes(bytes, out);
         return out + size;
     }
     /// The same without the zeros.
@@ -142,7 +149,7 @@ struct Piece {
 struct TwoPieces {
     Piece first, second;
 
-    [[nodiscard]] unsigned int size() const noexcept { return first.size + second.size; }
+    [[nodiscard]] std::size_t size() const noexcept { return first.size + second.size; }
     VOREL_ALWAYS_INLINE unsigned char* store(unsigned char* out) const noexcept {
         return second.store(first.store(out));
     }
@@ -154,7 +161,7 @@ struct TwoPieces {
 struct FourPieces {
     TwoPieces first, second;
 
-    [[nodiscard]] unsigned int size() const noexcept { return first.size() + second.size(); }
+    [[nodiscard]] std::size_t size() const noexcept { return first.size() + second.size(); }
     VOREL_ALWAYS_INLINE unsigned char* store(unsigned char* out) const noexcept {
         return second.store(first.store(out));
     }
@@ -163,19 +170,20 @@ struct FourPieces {
     }
 };
 
-/// Encodes units below 0x800.
-VOREL_ALWAYS_INLINE TwoPieces encodeUpToTwo(__m256i units, const Constants& k) noexcept {
+/// Stores sixteen units below 0x800, and zeros after them. Returns the end.
+VOREL_ALWAYS_INLINE unsigned char* storeUpToTwo(__m256i units, unsigned char* out, const Constants& k) noexcept {
     const __m256i lead = _mm256_srli_epi16(units, 6);
     const __m256i trail = _mm256_and_si256(_mm256_slli_epi16(units, 8), loadUnits(k.trailingBits));
     const __m256i two = _mm256_or_si256(_mm256_or_si256(lead, trail), loadUnits(k.twoByteForm));
     const __m256i isAscii = _mm256_cmpgt_epi16(loadUnits(k.aboveAscii), units);
     const __m256i bytes = _mm256_blendv_epi8(two, units, isAscii);
     const unsigned int ascii = maskOf(_mm256_packs_epi16(isAscii, _mm256_setzero_si256()));
-    const auto piece = [=](__m128i elements, unsigned int part) -> Piece {
-        const unsigned int mask = ascii >> 16 * part & 0xFF;
-        return {shuffled(elements, kOneOrTwoBytes, mask), kUnits - countBits(mask)};
-    };
-    return {piece(_mm256_castsi256_si128(bytes), 0), piece(_mm256_extracti128_si256(bytes, 1), 1)};
+    const unsigned int first = ascii & 0xFF;
+    unsigned char* const middle = out + kUnits - std::size_t{countBits(first)};
+    unsigned char* const end = out + std::size_t{2} * kUnits - std::size_t{countBits(ascii)};
+    storeBytes(shuffled(_mm256_castsi256_si128(bytes), kOneOrTwoBytes, first), out);
+    storeBytes(shuffled(_mm256_extracti128_si256(bytes, 1), kOneOrTwoBytes, ascii >> 16), middle);
+    return end;
 }
 
 /// The surrogates of sixteen units, two bits for each unit.
@@ -186,10 +194,6 @@ struct SurrogatesOf {
         isLow = _mm256_cmpeq_epi16(kind, loadUnits(k.low));
     }
 
-    [[nodiscard]] bool any() const noexcept {
-        const __m256i both = _mm256_or_si256(isHigh, isLow);
-        return _mm256_testz_si256(both, both) == 0;
-    }
     [[nodiscard]] unsigned int highs() const noexcept { return maskOf(isHigh); }
 
     /// The surrogates that are not part of a pair within the sixteen units.
@@ -253,23 +257,11 @@ VOREL_ALWAYS_INLINE FourPieces packed(const Sequences& all, unsigned int count) 
     const auto kept = static_cast<unsigned int>((std::uint64_t{1} << 2 * count) - 1);
     const unsigned int kinds = (all.kinds & kept) | (0x55555555 & ~kept);
     const auto piece = [&](__m128i elements, unsigned int part) -> Piece {
-        const unsigned int mask = kinds >> 8 * part & 0xFF;
-        const unsigned int counted = count <= 4 * part ? 0 : atMost(4, count - 4 * part);
-        return {shuffled(elements, kOneToThreeBytes, mask), 3 * counted - countBits(mask & lowBits(2 * counted))};
+        const unsigned char* const order = kOneToThreeBytes.order[kinds >> 8 * part & 0xFF];
+        return {_mm_shuffle_epi8(elements, loadBytes(order)), std::size_t{order[15]} - kDropped};
     };
     return {{piece(_mm256_castsi256_si128(first), 0), piece(_mm256_castsi256_si128(second), 1)},
             {piece(_mm256_extracti128_si256(first, 1), 2), piece(_mm256_extracti128_si256(second, 1), 3)}};
-}
-
-/// Stores sixteen units that have three bytes each, and zeros after them. Returns the end.
-VOREL_ALWAYS_INLINE unsigned char* storeThrees(const Sequences& all, unsigned char* out, const Constants& k) noexcept {
-    const __m256i first = _mm256_shuffle_epi8(all.first(), loadUnits(k.order));
-    const __m256i second = _mm256_shuffle_epi8(all.second(), loadUnits(k.order));
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(out), _mm256_castsi256_si128(first));
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(out + 12), _mm256_castsi256_si128(second));
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(out + 24), _mm256_extracti128_si256(first, 1));
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(out + 36), _mm256_extracti128_si256(second, 1));
-    return out + 3 * std::size_t{kUnits};
 }
 
 }  // namespace vorel::algorithms::encoding
