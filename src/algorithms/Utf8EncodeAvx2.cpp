@@ -171,8 +171,8 @@ VOREL_ALWAYS_INLINE unsigned char* storeShort(__m256i block, bool isAscii, __m12
     return storeUpToTwo(block, out, k);
 }
 
-/// Encodes pairs of blocks before `end`. Stops when the output is past `lastOut`, or at a pair that contains a zero or a
-/// unit of 0x800 or more.
+/// Encodes pairs of blocks before `end`. Stops when the output is past `lastOut`, or at a pair that contains a zero or
+/// a unit of 0x800 or more.
 VOREL_ALWAYS_INLINE Positions encodeShort(Positions at, const unsigned char* end, const unsigned char* lastOut,
                                           const Constants& k) noexcept {
     std::size_t left = static_cast<std::size_t>(end - at.units) / kPairBytes;
@@ -235,8 +235,8 @@ VOREL_ALWAYS_INLINE Positions encodeWhole(Positions at, const unsigned char* end
     }
 }
 
-/// The number of blocks that can be read: the blocks in the page, or one block that extends into the next page. 0 if the
-/// text may end before the next page.
+/// The number of blocks that can be read: the blocks in the page, or one block that extends into the next page. 0 if
+/// the text may end before the next page.
 VOREL_ALWAYS_INLINE std::size_t readableBlocks(const unsigned char* units, std::size_t bytesLeft) noexcept {
     const std::size_t inPage = kPageBytes - offsetInPage(units);
     if (inPage < kBlockBytes) {
