@@ -1,7 +1,7 @@
 # The compiler's runtime DLLs, which every program of this project needs in its folder.
 #
-# They are shared by design: only if a program and vorelCore.dll use the same libstdc++ can the program catch exceptions
-# from the DLL, and are exceptions in flight counted correctly.
+# They are shared by design. A program can catch exceptions from vorelCore.dll, and exceptions in flight are counted
+# correctly, only if the program and the DLL use the same libstdc++.
 
 # Microsoft's runtime is a part of Windows or has its own installer.
 if(MSVC)

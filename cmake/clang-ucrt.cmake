@@ -3,8 +3,8 @@
 
 include("${CMAKE_CURRENT_LIST_DIR}/ucrt-target.cmake")
 
-# The compiler and the linker must have the same version. The suffixes are in the order of preference; the last is a
-# version without a number in its name.
+# The compiler and the linker must have the same version. The suffixes are in the order of preference; the last one is
+# for programs without a version number in their names.
 foreach(suffix IN ITEMS -19 -20 -21 -22 "")
     if(NOT VOREL_CLANG_SUFFIX_FOUND)
         find_program(vorelClang${suffix} "clang++${suffix}")

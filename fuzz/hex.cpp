@@ -39,8 +39,8 @@ int valueOf(T unit, bool withStatus) {
     if (!withStatus) {
         return 0;
     }
-    // The rule of the decoder with a status uses the lower byte of a unit. The characters between '9' and 'A' have the
-    // values below that of 'A'.
+    // The decoder with a status uses the lower byte of a unit. By its rule, the characters from ':' to '@' have the
+    // values 3 to 9.
     const std::size_t position = std::string_view(":;<=>?@ABCDEF").find(static_cast<char>(number & 0xFF));
     const std::size_t decimal = std::string_view("0123456789").find(static_cast<char>(number & 0xFF));
     if (decimal != std::string_view::npos) {

@@ -42,7 +42,7 @@ public:
             put(static_cast<unsigned char>(c));
         }
     }
-    /// `fewest` to `most` characters from `first` to `last`.
+    /// Appends `fewest` to `most` random characters, each from `first` to `last`.
     void word(unsigned int first, unsigned int last, unsigned int fewest, unsigned int most) {
         for (unsigned int count = fewest + below(most - fewest + 1); count != 0; --count) {
             put(first + below(last - first + 1));

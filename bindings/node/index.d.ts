@@ -3,7 +3,7 @@
 /**
  * vorelCore for Node on Windows: conversions, the shared error log, named mutexes and conditions.
  *
- * Every function throws a `VorelError` when the library reports a failure. For an invalid argument it throws a
+ * Every function throws a `VorelError` if the library reports a failure. For an invalid argument it throws a
  * `TypeError` or a `RangeError` with the `code` that Node uses: "ERR_INVALID_ARG_TYPE", "ERR_INVALID_ARG_VALUE" or
  * "ERR_OUT_OF_RANGE". An unknown option is an invalid argument.
  *
@@ -259,7 +259,7 @@ export class Mutex {
 
 /**
  * A condition that processes can signal and wait for. A signal releases one waiter, or the next waiter if there is
- * none. A name that begins with "Global\" is machine-wide. Time limits are those of `Mutex`.
+ * none. A name that begins with "Global\" is machine-wide. Time limits are as for `Mutex`.
  */
 export class Condition {
     /** Opens or creates the condition of this name: 1 to 259 UTF-16 code units. */

@@ -1,8 +1,8 @@
 /// \file
 /// Memory between two inaccessible pages, for the input and the output of an algorithm.
 ///
-/// Algorithms may read blocks that extend past a text, but only in pages that contain a part of the text. A text at the
-/// end of its page detects every read too far past it, and a text at the start every read too far before it. The memory
+/// Algorithms may read blocks that extend past a text, but only in pages that contain a part of the text. If a text is
+/// at the end of its page, every read past it faults; if it is at the start, every read before it faults. The memory
 /// around the text in its pages is noise, which must not affect a result.
 #pragma once
 

@@ -217,7 +217,7 @@ TYPED_TEST(HexDecoding, DecodesEveryUnitAtEveryBlockPosition) {
     constexpr std::size_t kBlock = TypeParam::kBlock;
     const auto text = test::text<T>("0123456789abcdefABCDEF9876543210").substr(0, kBlock);
     for (unsigned int unit = 0; unit < 1u << 8 * sizeof(T); ++unit) {
-        const bool everywhere = unit < 0x100 || unit % 0x101 == 0;  // each other unit at one position
+        const bool everywhere = unit < 0x100 || unit % 0x101 == 0;  // other units only at one position
         for (std::size_t at = everywhere ? 0 : unit % kBlock; at < kBlock; at += everywhere ? 1 : kBlock) {
             auto changed = text + text + text;
             changed[kBlock + at] = static_cast<T>(unit);

@@ -247,7 +247,7 @@ TYPED_TEST(Sextets, DecodeBase64_StopsAtEveryInvalidUnitAtEveryBlockPosition) {
     const auto text = this->textOf(kBase64, 7 * kBlockCharacters);
     for (unsigned int unit = 0; unit < 1u << 8 * sizeof(T); ++unit) {
         const bool isKnown = test::valueIn(kBase64.characters, unit) != std::string_view::npos;
-        const bool everywhere = unit < 0x100 || unit % 0x101 == 0;  // each other unit at one position
+        const bool everywhere = unit < 0x100 || unit % 0x101 == 0;  // other units only at one position
         for (std::size_t at = everywhere ? 0 : unit % 32; at < kBlockCharacters; at += everywhere ? 1 : 32) {
             SCOPED_TRACE(testing::Message() << unit << " at " << at);
             auto changed = text;
@@ -294,7 +294,7 @@ TYPED_TEST(Sextets, DecodeDaylight_EveryUnitAtEveryBlockPosition) {
     using T = typename TypeParam::Unit;
     const auto text = this->textOf(kDaylight, 3 * kBlockCharacters);
     for (unsigned int unit = 0; unit < 1u << 8 * sizeof(T); ++unit) {
-        const bool everywhere = unit < 0x100 || unit % 0x101 == 0;  // each other unit at one position
+        const bool everywhere = unit < 0x100 || unit % 0x101 == 0;  // other units only at one position
         for (std::size_t at = everywhere ? 0 : unit % 32; at < kBlockCharacters; at += everywhere ? 1 : 32) {
             SCOPED_TRACE(testing::Message() << unit << " at " << at);
             auto changed = text;

@@ -134,7 +134,7 @@ TEST_F(Utf8Short, RejectsTextAboveTheCapacity) {
 TEST_F(Utf8Short, RejectsTextAfterADecodedZero) {
     const std::string text("a\xC3\0z\0", 5);
     EXPECT_TRUE(decodes(text, 2, kAmple));
-    const std::string longer = text + std::string(100, '\0');  // keeps all bytes that are read in one page
+    const std::string longer = text + std::string(100, '\0');  // all bytes that are read lie in the string
     EXPECT_EQ(decodeShortText(reinterpret_cast<const unsigned char*>(longer.data()), -1, std::wstring(9, 0).data(), 9),
               kNotShort);
 }

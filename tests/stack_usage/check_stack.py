@@ -1,8 +1,8 @@
 """Checks the stack usage of the diagnostic channels.
 
 Compiles the sources that handle a line of the log, reads the compiler's call graph with the size of each frame, and
-adds up the deepest chain of calls of each channel. The stack of the runtime and the system is not included. Neither is
-that of calls that throw, because other sources report failures.
+adds up the deepest chain of calls of each channel. The stack of the runtime and the system is not included. The
+stack of calls that throw is not included either, because other sources report failures.
 
     check_stack.py <source folder> <work folder> <compiler> <flag>...
 """

@@ -49,7 +49,7 @@ TEST(CodePages, GetCodePage_IgnoresCase) {
     for (const char* name : {"UTF-8", "utf-8", "Utf-8", "UNICODE (utf-8)"}) {
         EXPECT_EQ(util::iconv_getCodePage(name), kUtf8);
     }
-    // Only A to Z have a lower case. '_' and the character with the code 32 above differ.
+    // Only A to Z are folded: '_' differs from the character whose code is larger by 32.
     for (const char* name : {"UTF8", "", "UTF-8 ", "no such name", "SHIFT\x7FJIS", static_cast<const char*>(nullptr)}) {
         EXPECT_EQ(util::iconv_getCodePage(name), -1);
     }

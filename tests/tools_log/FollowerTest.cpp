@@ -426,7 +426,7 @@ TEST(FollowerRandomTest, NoLineIsLostOrRepeated) {
         std::map<std::string, unsigned int> times;
         std::string text = sink.text;
         std::erase(text, '|');
-        std::erase(text, '?');  // a file that was read to its end may also disappear
+        std::erase(text, '?');  // a gap is also reported if the file had been read to its end
         for (std::size_t at = 0; at < text.size();) {
             const std::size_t end = text.find('\n', at);
             ASSERT_NE(end, std::string::npos);
