@@ -23,19 +23,19 @@ LIMITS = ("memcpy",)
 
 # Introductions: facts that the titles of the families do not give.
 INTRODUCTIONS = {
-    "core": "Strings, arrays and hash maps. A time is that of one operation, or of one element.",
-    "exceptions": "Messages of exceptions and debug targets. A time is that of one call.",
-    "loading": "A process loads the DLL and unloads it. A time is that of both.",
-    "sync": "Locks, named objects and lines of the log. A time is that of one lock and unlock, one signal, or one line.",
-    "text": "Conversions between text and bytes. A time is that of the whole input, whose size is in the name of the case.",
-    "values": "Numbers, lists and comparisons. A time is that of one number, field or text.",
-    GROWTH: "The time of one element, depending on the number of elements. It falls while the fixed part of the work is "
-            "shared by more elements, rises where the data outgrow a cache of the processor, and should then be flat. "
-            "The grey range is beyond the largest cache. The peer does the same work in the same run, and shows what "
-            "the machine adds. A rise is the largest factor between a time and the time for a smaller number, both "
-            "beyond the largest cache, or over all numbers where memory plays no part. Lists and maps go up to ten million "
-            "elements: more would need more than 16 GB, or many minutes. The processes that write the log share one "
-            "processor.",
+    "core": "Strings, arrays and hash maps. Times are per operation or per element.",
+    "exceptions": "Messages of exceptions and debug targets. Times are per call.",
+    "loading": "A process loads the DLL and unloads it. Each time includes both.",
+    "sync": "Locks, named objects and lines of the log. Times are per lock and unlock, per signal, or per line.",
+    "text": "Conversions between text and bytes. Times are for the whole input; the name of the case has its size.",
+    "values": "Numbers, lists and comparisons. Times are per number, field or text.",
+    GROWTH: "The time per element, depending on the number of elements. The time falls while more elements share the "
+            "fixed part of the work. It rises when the data no longer fit into a cache of the processor. Otherwise it "
+            "should be constant. The grey range is beyond the largest cache. The peer does the same work in the same "
+            "run, and shows the effect of the machine. A rise is the largest ratio between a time and the time for a "
+            "smaller number. It is computed beyond the largest cache, or over all numbers if memory has no effect. "
+            "Lists and maps have at most ten million elements, because more would need more than 16 GB, or many "
+            "minutes. The processes that write the log share one processor.",
 }
 
 

@@ -25,7 +25,7 @@ class Fault(NamedTuple):
 
 
 FAULTS = [
-    Fault("a waiter is counted out after it has the lock again", "src/sync/Condition.cpp",
+    Fault("a waiter is counted until it holds the lock again", "src/sync/Condition.cpp",
           """        const UnGuard left(m_lock);
         { const Guard notDuringABroadcast(m_broadcastLock); }
         const Waiter counted(m_waiters);
@@ -38,7 +38,7 @@ FAULTS = [
           "        const UnGuard left(m_lock);\n", "", "ConditionExploration"),
     Fault("a broadcast signals once", "src/sync/Condition.cpp",
           "while (m_waiters > 0) {", "if (m_waiters > 0) {", "ConditionExploration"),
-    Fault("a signal stays for all waiters", "src/sync/Condition.cpp",
+    Fault("a signal releases all waiters", "src/sync/Condition.cpp",
           "CreateEventW(nullptr, FALSE, FALSE, nullptr)", "CreateEventW(nullptr, TRUE, FALSE, nullptr)",
           "ConditionExploration"),
     Fault("a waiter returns without the lock", "include/vorel/core/Guard.h",
@@ -54,7 +54,7 @@ FAULTS = [
           """        const bool isReleased = ReleaseMutex(m_mutex.get()) != FALSE;
         SetLockCount(false);
         if (!isReleased) {""", "AutoMutexExploration"),
-    Fault("the record of an owner that ended stays", "src/sync/AutoMutex.cpp",
+    Fault("an owner that has ended stays recorded", "src/sync/AutoMutex.cpp",
           "    m_lockCount = 0;\n    m_lockingThreadId = 0;\n    return WAIT_OBJECT_0;", "    return WAIT_OBJECT_0;",
           "AutoMutexExploration"),
     Fault("an abandoned mutex counts as not taken", "src/sync/AutoMutex.cpp",
@@ -80,7 +80,7 @@ FAULTS = [
           "    (void)std::fflush(stream);\n", "", "ErrorLogExploration"),
     Fault("a writer gives up at the first locked log", "src/exceptions/ErrorLog.cpp",
           "constexpr unsigned int kMaxRetries = 30;", "constexpr unsigned int kMaxRetries = 0;", "ErrorLogExploration"),
-    Fault("whether any thread is silenced is stored after the lock is left", "src/exceptions/ThreadLogging.cpp",
+    Fault("whether any thread is silenced is stored after the lock is released", "src/exceptions/ThreadLogging.cpp",
           """        const Guard<AutoCriticalSection> held(state.silencedThreadsLock);
         auto& threads = state.silencedThreads;
         if (!silenced) {
