@@ -1,8 +1,7 @@
 // Compiled for AVX2. Do not use standard library functions that are emitted out of line: the linker could use the AVX2
 // copy for the rest of the program.
 //
-// The lookups are those of Wojciech Muła and Daniel Lemire, "Faster Base64 Encoding and Decoding Using AVX2
-// Instructions".
+// The lookups follow Wojciech Muła and Daniel Lemire, "Faster Base64 Encoding and Decoding Using AVX2 Instructions".
 
 #include "algorithms/Base64Text.h"
 

@@ -88,8 +88,9 @@ Exponent parseExponent(const T*& cursor) noexcept {
 
 inline constexpr std::uint32_t kLargestScale = 511;
 
-/// Powers of ten from 0 to 511. Each is the product of those of 1e1, 1e2, 1e4 … 1e256 whose bits are set in the
-/// exponent, lowest bit first, so every step rounds as the rule requires. From 309 on, the powers are infinite.
+/// The powers of ten with exponents from 0 to 511. Each is the product of the factors 1e1, 1e2, 1e4 … 1e256 that belong
+/// to the set bits of its exponent, lowest bit first, so every step rounds as the rule requires. From 309 on, the
+/// powers are infinite.
 inline constexpr auto kScaleFactors = [] {
     constexpr std::array<double, 9> kSquares = {1.0e1, 1.0e2, 1.0e4, 1.0e8, 1.0e16, 1.0e32, 1.0e64, 1.0e128, 1.0e256};
     std::array<double, kLargestScale + 1> factors = {};

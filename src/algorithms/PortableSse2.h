@@ -56,7 +56,7 @@ static inline __m128i eachPair(__m128i left, __m128i right, Function&& function)
     return result.vector();
 }
 
-/// The lanes of `left`, then those of `right`, each limited to the range of the narrower type.
+/// The lanes of `left`, then the lanes of `right`, each limited to the range of the narrower type.
 template <class Narrow, class Wide>
 static inline __m128i packed(__m128i left, __m128i right) noexcept {
     const Lanes<Wide> first(left);

@@ -14,7 +14,7 @@
 
 namespace vorel::algorithms::decoding {
 
-/// Shuffles that keep those of eight 16-bit elements whose bits are set in the mask.
+/// Shuffles for eight 16-bit elements. They keep the elements whose bits are set in the mask.
 inline constexpr Shuffles keepUnits() noexcept {
     Shuffles shuffles = {};
     for (unsigned int mask = 0; mask < 256; ++mask) {

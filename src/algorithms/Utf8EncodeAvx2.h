@@ -240,7 +240,7 @@ struct Sequences {
         kinds |= maskOf(_mm256_or_si256(surrogates.isHigh, surrogates.isLow)) & 0xAAAAAAAA;
     }
 
-    /// The sequences of units 0 to 3 and 8 to 11, and those of the other units.
+    /// The sequences of units 0 to 3 and 8 to 11, and the sequences of the other units.
     [[nodiscard]] __m256i first() const noexcept { return _mm256_unpacklo_epi16(lower, upper); }
     [[nodiscard]] __m256i second() const noexcept { return _mm256_unpackhi_epi16(lower, upper); }
 

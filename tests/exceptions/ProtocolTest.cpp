@@ -274,7 +274,7 @@ TEST(Protocol, LibraryExceptionsCanBeCaughtByClassAndByBase) {
     }
 }
 
-/// Its `rethrow` returns, although that of the base class never does.
+/// Its `rethrow` returns, although `rethrow` of the base class never does.
 struct Returning : Exception {
     using Exception::Exception;
     void rethrow() override {}

@@ -403,7 +403,7 @@ TEST_P(AbandonedAutoMutex, IsTakenWithAWarning) {
     EXPECT_TRUE(GetParam()(mutex));
     EXPECT_THAT(log.messages(), ElementsAre(abandonedWarning(name)));
     EXPECT_FALSE(isFreeForOthers(mutex));
-    mutex.unlock();  // one hold, because those of the exited thread are not counted
+    mutex.unlock();  // one hold, because the holds of the exited thread are not counted
     EXPECT_TRUE(isFreeForOthers(mutex));
 }
 

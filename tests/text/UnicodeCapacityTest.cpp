@@ -1,5 +1,5 @@
-// The capacity of a result. It is the capacity that appending the text piece by piece would give: strings grow to the
-// next power of two, and from 1 Mi units on in steps of 1 Mi; arrays double, starting with five slots.
+// The capacity of a result. It is the capacity that appending the text piece by piece would give. Strings grow to the
+// next power of two, and from 1 Mi units on in steps of 1 Mi. Arrays double, starting with five slots.
 
 #include <string>
 

@@ -192,8 +192,8 @@ public:
     /// \}
     /// \name Error log
     /// One line of text per message. Any number of processes and threads write to the file, under a lock on the whole
-    /// file. A size limit is a number of bytes: 0 switches the log off; with 1 or more, a file that has grown beyond
-    /// the limit is moved to its backup (".001" appended); with a negative limit the file grows without bound. The
+    /// file. A size limit is a number of bytes. 0 switches the log off. With 1 or more, a file that has grown beyond
+    /// the limit is moved to its backup (".001" appended). With a negative limit the file grows without bound. The
     /// computer name in the lines is queried once, because it changes only at a restart.
     /// \{
 
