@@ -98,7 +98,7 @@ std::size_t findText(std::basic_string_view<T> text, std::basic_string_view<T> w
     return kNone;
 }
 
-/// A set of units. One bit for each unit below 256; larger units are compared with each member of the set.
+/// A set of units. It has one bit for each unit below 256; larger units are compared with each member of the set.
 template <class T>
 class UnitSet {
 public:

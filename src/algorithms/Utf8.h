@@ -2,10 +2,10 @@
 /// The UTF-8 codec: the original form of one to six bytes (RFC 2279) for values up to 0x7FFFFFFF, between bytes and
 /// 16-bit units.
 ///
-/// It validates little, and callers rely on each of the following rules. The lead-byte masks are 0xF1 and 0xFD instead
-/// of the usual 0xF8 and 0xFC. So 0xF1, 0xF3 … do not start a sequence, 0xF8, 0xFA, 0xFC and 0xFE start a sequence of
-/// four bytes, and no byte starts a sequence of five. Trailing bytes are not checked. Overlong forms and encoded
-/// surrogates are accepted.
+/// The codec validates little, and callers rely on each of the following rules. The lead-byte masks are 0xF1 and 0xFD
+/// instead of the usual 0xF8 and 0xFC. So 0xF1, 0xF3 … do not start a sequence, 0xF8, 0xFA, 0xFC and 0xFE start a
+/// sequence of four bytes, and no byte starts a sequence of five. Trailing bytes are not checked. Overlong forms and
+/// encoded surrogates are accepted.
 #pragma once
 
 #include <cstdint>

@@ -54,7 +54,8 @@ void construct(Attempt& attempt) {
             EXPECT_EQ(attempt.logged().back(), "Vorel Error: AutoMutex::AutoMutex(): Vorel exception rethrown");
         }
     }
-    // The mutex is free. This thread could lock it even if it owned it, but then it would own it twice.
+    // The mutex is free. If this thread still owned the mutex, it could lock the mutex too, but would then own it
+    // twice.
     EXPECT_EQ(WaitForSingleObject(mutex.handle.get(), 0), WAIT_OBJECT_0);
     EXPECT_TRUE(ReleaseMutex(mutex.handle.get()));
     EXPECT_FALSE(ReleaseMutex(mutex.handle.get())) << "the thread owned the mutex twice";

@@ -162,8 +162,8 @@ class SignalOrTimeout final : public ConditionScenario {
 };
 
 /// A broadcast releases every thread that waits, and then ends. A thread that has released the lock but is not yet
-/// counted may be missed. This gap is documented, and `missed` counts the schedules with it. The broadcaster may hold
-/// the lock.
+/// counted may be missed. This gap is documented, and `missed` counts the schedules in which it occurs. The broadcaster
+/// may hold the lock.
 class Broadcast final : public ConditionScenario {
 public:
     Broadcast(int waiters, bool holdsLock, unsigned long long& missed)
