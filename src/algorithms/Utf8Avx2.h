@@ -115,7 +115,7 @@ static inline unsigned int bytesFrom(unsigned char first, __m256i block) noexcep
 
 /// Fetches the start of the next page into the cache if the text continues there, because the processor itself does not
 /// fetch ahead into another page. A prefetch is not a read, so it cannot fault.
-[[maybe_unused]] static VOREL_ALWAYS_INLINE void prefetchNextPage(const void* position,
+[[maybe_unused]] VOREL_ALWAYS_INLINE static void prefetchNextPage(const void* position,
                                                                   std::size_t bytesLeft) noexcept {
     constexpr std::size_t kLine = 64;
     constexpr std::size_t kFetched = 8 * kLine;
