@@ -2,11 +2,11 @@
 /// `Array` as users of the standard library write it: lists of elements, ranges, deduced element types, `push_back` and
 /// `emplace_back`. ArrayTest.cpp tests the other members.
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <forward_list>
 #include <iterator>
-#include <new>
 #include <ranges>
 #include <span>
 #include <sstream>
@@ -59,8 +59,6 @@ static_assert(!std::is_convertible_v<std::vector<int>, Array<int>>);
 static_assert(!std::is_constructible_v<Array<int>, std::vector<std::string>>);
 static_assert(!std::is_constructible_v<Array<int*>, std::vector<int>>);
 // Copying and moving stay what they were.
-static_assert(noexcept(::new (std::declval<void*>()) Array<int>()));
-static_assert(noexcept(::new (std::declval<void*>()) Array<int>(std::declval<Array<int>>())));
 static_assert(std::is_convertible_v<Array<int>&, Array<int>>);
 // The element's type follows from the arguments.
 static_assert(std::is_same_v<decltype(Array{1, 2, 3}), Array<int>>);
@@ -90,10 +88,12 @@ TEST(ArrayConstruction, AnArrayIsCopiedOrMovedAndNotReadAsARange) {
     const int* const storage = array.data();
     EXPECT_EQ(Array<int>{std::move(array)}.data(), storage) << "a move";
 
-    Array<Array<int>> nested{{1, 2}, {3}};
-    const Array<Array<int>> copy{nested};
+    const Array<Array<int>> nested{{1, 2}, {3}};
+    Array<Array<int>> copy{nested};
     ASSERT_EQ(copy.size(), 2u) << "not one element that is an array of arrays";
-    EXPECT_EQ(elementsOf(copy[0]), (std::vector<int>{1, 2}));
+    copy[0].append(9);
+    EXPECT_EQ(elementsOf(copy[0]), (std::vector<int>{1, 2, 9}));
+    EXPECT_EQ(elementsOf(nested[0]), (std::vector<int>{1, 2}));
 
     Derived derived;
     derived.append(7);
@@ -136,6 +136,38 @@ TEST(ArrayConstruction, ListIsAssigned) {
 
 // ---- Ranges ---------------------------------------------------------------------------------------------------------
 
+/// The numbers of a stream, which can be read only once.
+struct Numbers {
+    [[nodiscard]] std::istream_iterator<int> begin() const { return std::istream_iterator<int>(stream); }
+    [[nodiscard]] static std::istream_iterator<int> end() { return {}; }
+
+    std::istream& stream;
+};
+
+/// A range that has more elements than an array.
+struct TooMany {
+    [[nodiscard]] static const long long* begin() { return nullptr; }
+    [[nodiscard]] static const long long* end() { return nullptr; }
+    [[nodiscard]] static std::size_t size() { return 0x100000000; }
+};
+
+/// The strings of a vector, to be moved.
+struct Moved {
+    [[nodiscard]] auto begin() const { return std::move_iterator(strings.begin()); }
+    [[nodiscard]] auto end() const { return std::move_iterator(strings.end()); }
+
+    std::vector<String>& strings;
+};
+
+/// A number whose conversion to an element fails for 7.
+struct Failing {
+    explicit operator Explosive() const {
+        return number == 7 ? throw std::runtime_error("no element") : Explosive(number);
+    }
+
+    int number;
+};
+
 TEST(ArrayConstruction, RangeOfEveryKindGivesItsElementsInOrder) {
     const std::vector<int> vector = {1, 2, 3};
     const std::array<int, 3> array = {1, 2, 3};
@@ -143,7 +175,7 @@ TEST(ArrayConstruction, RangeOfEveryKindGivesItsElementsInOrder) {
     const std::forward_list<int> list = {1, 2, 3};  // does not know its size
     const std::vector<signed char> bytes = {1, 2, 3};
     const std::vector<double> doubles = {1.9, 2.5, 3.0};
-    std::istringstream stream("1 2 3");  // can be read once
+    std::istringstream stream("1 2 3");
     struct Case {
         const char* range;
         Array<int> array;
@@ -157,8 +189,7 @@ TEST(ArrayConstruction, RangeOfEveryKindGivesItsElementsInOrder) {
              Case{"built-in array", Array<int>(builtIn), 3},
              Case{"span", Array<int>(std::span<const int>(vector)), 3},
              Case{"list", Array<int>(list), 5},
-             Case{"stream", Array<int>(std::views::istream<int>(stream)), 5},
-             Case{"view", Array<int>(std::views::iota(1, 4)), 3},
+             Case{"stream", Array<int>(Numbers{stream}), 5},
              Case{"smaller elements", Array<int>(bytes), 3},
              Case{"converted elements", Array<int>(doubles), 3},
              Case{"Array of another class", Array<int>(Array<long long>{1, 2, 3}), 3},
@@ -172,7 +203,7 @@ TEST(ArrayConstruction, RangeWithoutElementsNeedsNoStorage) {
     const std::vector<int> none;
     std::istringstream stream;
     EXPECT_EQ(Array<int>(none).data(), nullptr);
-    EXPECT_EQ(Array<int>(std::views::istream<int>(stream)).data(), nullptr);
+    EXPECT_EQ(Array<int>(Numbers{stream}).data(), nullptr);
     EXPECT_EQ(Array<String>(std::vector<std::string>()).data(), nullptr);
 }
 
@@ -196,8 +227,7 @@ TEST(ArrayConstruction, ARangeIsReadAndNotChanged) {
 TEST(ArrayConstruction, ARangeOfMovedElementsIsMovedFrom) {
     std::vector<String> strings(2, String("long enough to have a buffer"));
     const char* const buffer = strings[1].c_str();
-    const Array<String> moved(
-        std::ranges::subrange(std::move_iterator(strings.begin()), std::move_iterator(strings.end())));
+    const Array<String> moved(Moved{strings});
     EXPECT_EQ(moved[1].c_str(), buffer);
 }
 
@@ -207,16 +237,13 @@ TEST(ArrayConstruction, TheZeroOfALiteralIsAnElement) {
 }
 
 TEST(ArrayConstruction, RangeWithTooManyElementsThrowsBeforeItIsRead) {
-    const auto tooMany = std::views::iota(0LL, 0x100000000LL);
-    expectThrows<MemoryException>([&] { static_cast<void>(Array<long long>(tooMany)); },
+    expectThrows<MemoryException>([] { static_cast<void>(Array<long long>(TooMany())); },
                                   {L"No more memory is available: -1 objects of size 8 requested"});
 }
 
-TEST(ArrayConstruction, AFailingRangeReleasesTheElementsBeforeIt) {
+TEST(ArrayConstruction, AFailingConversionReleasesTheElementsBeforeIt) {
     Explosive::s_alive = 0;
-    const auto numbers = std::views::iota(0, 9) | std::views::transform([](int number) {
-                             return number == 7 ? throw std::runtime_error("no more") : number;
-                         });
+    const std::vector<Failing> numbers = {{1}, {2}, {7}, {8}};
     EXPECT_THROW(static_cast<void>(Array<Explosive>(numbers)), std::runtime_error);
     EXPECT_EQ(Explosive::s_alive, 0);
 }
@@ -259,9 +286,8 @@ TEST(ArrayConstruction, EmplaceBackConstructsFromItsArgumentsAndReturnsTheElemen
 TEST(ArrayConstruction, AlgorithmsOfTheStandardLibraryAppend) {
     const std::vector<int> numbers = {1, 2, 3, 4};
     Array<int> even;
-    std::ranges::copy_if(numbers, std::back_inserter(even), [](int number) { return number % 2 == 0; });
+    std::copy_if(numbers.begin(), numbers.end(), std::back_inserter(even), [](int number) { return number % 2 == 0; });
     EXPECT_EQ(elementsOf(even), (std::vector<int>{2, 4}));
-    EXPECT_EQ(elementsOf(Array<int>(even | std::views::reverse)), (std::vector<int>{4, 2}));
     static_assert(std::ranges::contiguous_range<Array<int>> && std::ranges::sized_range<const Array<int>>);
     static_assert(std::is_same_v<std::ranges::range_value_t<Array<int>>, Array<int>::value_type>);
 }

@@ -88,6 +88,7 @@ public:
     /// \throws MemoryException if the storage or an element cannot be allocated; what the range and the conversion
     ///         throw.
     template <detail::ArraySource<T> Range>
+    // NOLINTNEXTLINE(bugprone-forwarding-reference-overload): the constraint excludes arrays of this class
     explicit Array(Range&& range) : Array() {
         if constexpr (std::ranges::sized_range<Range>) {
             const unsigned int count = countOf(std::ranges::size(range));
