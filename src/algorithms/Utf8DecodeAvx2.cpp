@@ -18,7 +18,7 @@ namespace {
 /// Writes nothing past the decoded units.
 VOREL_NOINLINE Progress decodePart(const unsigned char* bytes, std::size_t left, unsigned char* out,
                                    std::size_t capacity) noexcept {
-    const Bytes found(loadBytes(bytes));
+    const Bytes found(loadBytes(bytes), kConstants);
     const unsigned int size = atMost(lowestBit(found.zeros | found.others | 1u << kBytes), left);
     const unsigned int leads = found.leads & lowBits(size);
     const unsigned int announced = leads << 1 | (found.threes & leads) << 2 | (found.fours & leads) << 3;
@@ -32,7 +32,7 @@ VOREL_NOINLINE Progress decodePart(const unsigned char* bytes, std::size_t left,
     const unsigned int thirds = (found.fours & leads) << 2;
     const unsigned int kept = (~found.trailing | thirds) & lowBits(whole);
     const unsigned int count = countBits(kept);
-    Units units(bytes);
+    Units units(bytes, kConstants);
     if (count > capacity || (thirds != 0 && !units.splitFours(thirds, kConstants))) {
         return kNoProgress;
     }
@@ -98,7 +98,7 @@ VOREL_ALWAYS_INLINE void decodeThrees(Decoding& at, const Constants& k) noexcept
 /// Decodes the characters that begin in a block, up to a zero; `left` bytes of the text are left. Returns false if
 /// there are no such characters, or if they are ill-formed.
 VOREL_ALWAYS_INLINE bool decodeBlock(Decoding& at, std::size_t left, const Constants& k) noexcept {
-    const Bytes found(loadBytes(at.bytes));
+    const Bytes found(loadBytes(at.bytes), k);
     const unsigned int size = atMost(lowestBit(found.zeros | found.others | 1u << kBytes), left);
     const unsigned int announced = found.leads << 1 | found.threes << 2 | found.fours << 3 | at.expected;
     // Only the end of the block may split a character.
@@ -108,7 +108,7 @@ VOREL_ALWAYS_INLINE bool decodeBlock(Decoding& at, std::size_t left, const Const
     }
     const unsigned int thirds = found.fours << 2 | at.thirds;
     const unsigned int kept = (~found.trailing | thirds) & lowBits(size);
-    Units units(at.bytes);
+    Units units(at.bytes, k);
     if (thirds != 0 && !units.splitFours(thirds, k)) {
         return false;
     }

@@ -70,10 +70,13 @@ inline constexpr std::size_t kThreesBlock = 24;  // eight characters
 /// Constants of thirty-two bytes. They are read from memory, because otherwise the compiler builds them in each
 /// iteration.
 struct Constants {
-    std::uint16_t firstOfThree[16], firstOfFour[16], lastTrailing[16];
+    std::uint16_t firstOfTwo[16], firstOfThree[16], firstOfFour[16], firstOfOther[16], lastTrailing[16];
     std::uint16_t lowerOfTwo[16], upperOfTwo[16];
     std::uint16_t threes[16], bitsOfThree[16], scaleOfTrailing[16], scaleOfLead[16];
     std::uint16_t lane[16];
+    std::uint16_t bitsOfTrailing[16], bitsOfTwo[16], bitsOfFour[16];
+    std::uint16_t lastOfOne[16], lastOfTwo[16], lastOfThree[16];
+    std::uint16_t highOffset[16], high[16], low[16];
 };
 
 constexpr Constants constants() noexcept {
@@ -81,8 +84,10 @@ constexpr Constants constants() noexcept {
     constexpr unsigned char kThrees[16] = {2, 1, 0, 0x80, 5, 4, 3, 0x80, 8, 7, 6, 0x80, 11, 10, 9, 0x80};
     for (unsigned int unit = 0; unit < 16; ++unit) {
         const bool isLower = unit % 2 == 0;
+        all.firstOfTwo[unit] = 0xC0C0;
         all.firstOfThree[unit] = 0xE0E0;
         all.firstOfFour[unit] = 0xF0F0;
+        all.firstOfOther[unit] = 0xF1F1;
         all.lastTrailing[unit] = 0xBFBF;
         all.lowerOfTwo[unit] = 0x007F;
         all.upperOfTwo[unit] = 0x1F00;
@@ -92,6 +97,15 @@ constexpr Constants constants() noexcept {
         all.scaleOfTrailing[unit] = isLower ? 0x4001 : 0x0001;
         all.scaleOfLead[unit] = isLower ? 0x0001 : 0x1000;
         all.lane[unit] = static_cast<std::uint16_t>(1u << unit);
+        all.bitsOfTrailing[unit] = 0x3F;
+        all.bitsOfTwo[unit] = 0x1F;
+        all.bitsOfFour[unit] = 0x0F;
+        all.lastOfOne[unit] = 0x7F;
+        all.lastOfTwo[unit] = 0xDF;
+        all.lastOfThree[unit] = 0xEF;
+        all.highOffset[unit] = static_cast<std::uint16_t>(kHighSurrogateOffset);
+        all.high[unit] = kFirstHighSurrogate;
+        all.low[unit] = kFirstLowSurrogate;
     }
     return all;
 }
@@ -108,19 +122,17 @@ VOREL_ALWAYS_INLINE __m256i everyUnit(std::uint32_t value) noexcept {
 
 /// The kinds of sixteen bytes, one bit each.
 struct Bytes {
-    VOREL_ALWAYS_INLINE explicit Bytes(__m128i block) noexcept
+    VOREL_ALWAYS_INLINE Bytes(__m128i block, const Constants& k) noexcept
         : zeros(maskOf(_mm_cmpeq_epi8(block, _mm_setzero_si128()))) {
         // The bytes are compared as signed numbers. Trailing bytes are below 0xC0, lead bytes of two below 0xE0, and
         // lead bytes of three below 0xF0; 0xF0 is the only lead byte of four that is decoded here.
         const unsigned int notAscii = maskOf(block);
-        const auto below = [&](int limit) {
-            return maskOf(_mm_cmpgt_epi8(_mm_set1_epi8(static_cast<char>(limit)), block));
-        };
-        trailing = below(0xC0);
+        const auto below = [&](const std::uint16_t* limit) { return maskOf(_mm_cmpgt_epi8(loadBytes(limit), block)); };
+        trailing = below(k.firstOfTwo);
         leads = notAscii & ~trailing;
-        threes = leads & ~below(0xE0);
-        fours = leads & ~below(0xF0);
-        others = leads & ~below(0xF1);
+        threes = leads & ~below(k.firstOfThree);
+        fours = leads & ~below(k.firstOfFour);
+        others = leads & ~below(k.firstOfOther);
     }
 
     unsigned int zeros;
@@ -133,32 +145,30 @@ struct Bytes {
 
 /// For each of sixteen bytes, the unit of the sequence of up to three bytes that would begin there.
 struct Units {
-    VOREL_ALWAYS_INLINE explicit Units(const unsigned char* bytes) noexcept
+    VOREL_ALWAYS_INLINE Units(const unsigned char* bytes, const Constants& k) noexcept
         : lead(_mm256_cvtepu8_epi16(loadBytes(bytes))),
-          second(_mm256_and_si256(_mm256_cvtepu8_epi16(loadBytes(bytes + 1)), everyUnit(0x3F))),
-          third(_mm256_and_si256(_mm256_cvtepu8_epi16(loadBytes(bytes + 2)), everyUnit(0x3F))) {
-        const __m256i two = _mm256_or_si256(_mm256_slli_epi16(_mm256_and_si256(lead, everyUnit(0x1F)), 6), second);
+          second(_mm256_and_si256(_mm256_cvtepu8_epi16(loadBytes(bytes + 1)), load32(k.bitsOfTrailing))),
+          third(_mm256_and_si256(_mm256_cvtepu8_epi16(loadBytes(bytes + 2)), load32(k.bitsOfTrailing))) {
+        const __m256i two = _mm256_or_si256(_mm256_slli_epi16(_mm256_and_si256(lead, load32(k.bitsOfTwo)), 6), second);
         // The shift drops the upper bits of a lead byte of three.
         const __m256i three =
             _mm256_or_si256(_mm256_or_si256(_mm256_slli_epi16(lead, 12), _mm256_slli_epi16(second, 6)), third);
-        const __m256i isLead = _mm256_cmpgt_epi16(lead, everyUnit(0x7F));
-        const __m256i isLeadOfThree = _mm256_cmpgt_epi16(lead, everyUnit(0xDF));
+        const __m256i isLead = _mm256_cmpgt_epi16(lead, load32(k.lastOfOne));
+        const __m256i isLeadOfThree = _mm256_cmpgt_epi16(lead, load32(k.lastOfTwo));
         units = _mm256_blendv_epi8(_mm256_blendv_epi8(lead, two, isLead), three, isLeadOfThree);
     }
 
     /// Puts the surrogates of characters that begin with 0xF0 at their first and third bytes. `thirds` has a bit for
     /// each third byte. Returns false if one of `fours` is overlong.
     VOREL_ALWAYS_INLINE bool splitFours(unsigned int thirds, const Constants& k) noexcept {
-        const __m256i isFour = _mm256_cmpgt_epi16(lead, everyUnit(0xEF));
-        const __m256i high =
-            _mm256_add_epi16(_mm256_or_si256(_mm256_slli_epi16(second, 2), _mm256_srli_epi16(third, 4)),
-                             everyUnit(kHighSurrogateOffset));
-        const __m256i low =
-            _mm256_or_si256(_mm256_or_si256(_mm256_slli_epi16(_mm256_and_si256(lead, everyUnit(0x0F)), 6), second),
-                            everyUnit(kFirstLowSurrogate));
+        const __m256i isFour = _mm256_cmpgt_epi16(lead, load32(k.lastOfThree));
+        const __m256i high = _mm256_add_epi16(
+            _mm256_or_si256(_mm256_slli_epi16(second, 2), _mm256_srli_epi16(third, 4)), load32(k.highOffset));
+        const __m256i low = _mm256_or_si256(
+            _mm256_or_si256(_mm256_slli_epi16(_mm256_and_si256(lead, load32(k.bitsOfFour)), 6), second), load32(k.low));
         const __m256i lanes = load32(k.lane);
         const __m256i isThird = _mm256_cmpeq_epi16(_mm256_and_si256(everyUnit(thirds), lanes), lanes);
-        const __m256i isOverlong = _mm256_and_si256(isFour, _mm256_cmpgt_epi16(everyUnit(kFirstHighSurrogate), high));
+        const __m256i isOverlong = _mm256_and_si256(isFour, _mm256_cmpgt_epi16(load32(k.high), high));
         units = _mm256_blendv_epi8(_mm256_blendv_epi8(units, high, isFour), low, isThird);
         return _mm256_testz_si256(isOverlong, isOverlong) != 0;
     }
