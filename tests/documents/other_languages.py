@@ -1,11 +1,11 @@
 #!/usr/bin/env python3
-"""Runs the samples in C and C#, and checks the one in Python, of a page such as docs/windows.md.
+"""Runs the sample in C or C#, or checks the one in Python, of a page such as docs/windows.md.
 
     other_languages.py c <page> <folder> <build> <clang> <wine>...
     other_languages.py csharp <page> <folder> <build> <dotnet.exe> <wine>...
     other_languages.py python <page> <exports>
 
-- c: the command `cl` of the page runs as clang with the options of Microsoft's compiler, and the program under Wine.
+- c: the command `cl` of docs/windows.md runs as clang with the options of Microsoft's compiler, and the program under Wine.
   <build> is installed as C:\\vorelCore. Microsoft's headers and libraries are not available: the headers and the import
   library of the C runtime are those of mingw-w64, and a function replaces the start-up code.
 - csharp: compiles with Mono's compiler, and runs with .NET for Windows under Wine. The DLLs of <build> are in the path.
@@ -28,8 +28,10 @@ SKIPPED = 77
 PACKAGE = "C:\\vorelCore\\"
 GCC = "x86_64-w64-mingw32-g++-posix"
 
-# What the start-up code of the C runtime does for a program that uses only its functions.
+# What the start-up code of the C runtime does for a program that uses only its functions. Compilers of Microsoft refer to
+# `_fltused` in programs with floating-point numbers.
 START = """\
+int _fltused = 0;
 int main(void);
 void exit(int);
 void start(void);
@@ -69,9 +71,9 @@ def run_c(page: Path, folder: Path, build: str, clang: str, *wine: str) -> None:
     sample = only_sample(page, "c")
     if not shutil.which(clang) or not shutil.which(GCC):
         skip(f"{clang} or {GCC} is missing")
-    [compiler, *options], [copy, dlls, target], [program] = commands(page)
+    [compiler, *options], [copy, dlls, target], [program] = commands(page.with_name("windows.md"))
     if (compiler, copy, target) != ("cl", "copy", "."):
-        sys.exit(f"{page}: this test cannot run the commands after the sample in C")
+        sys.exit(f"{page}: this test cannot run the commands of windows.md")
     (folder / "hello.c").write_text(sample.text, encoding="utf-8")
     (folder / "start.c").write_text(START, encoding="utf-8")
     run(["cmake", "--install", build, "--prefix", folder / "vorelCore"], folder)

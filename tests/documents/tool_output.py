@@ -1,0 +1,69 @@
+#!/usr/bin/env python3
+"""Compares the output of the tools in a page, such as docs/vorellog.md, with that of the tools.
+
+    tool_output.py <page> <folder> <folder of the tools> <command that runs a program>...
+
+A block labelled `text` is a file, which the next calls name: `*.log` has the line ends of Windows. A block labelled `sh`
+has one or more calls of vorellog or vorelconv. A block labelled `console` or `json` after it is their expected output.
+"""
+
+import difflib
+import json
+import re
+import shlex
+import shutil
+import subprocess
+import sys
+from pathlib import Path
+
+from samples import blocks
+
+TOOLS = ("vorellog", "vorelconv")
+FILE = re.compile(r"[\w-]+\.(?:log|txt)")
+
+
+def output(call: list, folder: Path, tools: Path, emulator: list) -> str:
+    """The standard output. A call that ends without a line feed gets one, as a prompt begins a new line."""
+    done = subprocess.run([*emulator, tools / f"{call[0]}.exe", *call[1:]], cwd=folder, stdout=subprocess.PIPE, timeout=60,
+                          check=True)
+    text = done.stdout.decode("utf-8").replace("\r\n", "\n")
+    return text if not text or text.endswith("\n") else text + "\n"
+
+
+def write_input(text: str, call: list, folder: Path) -> None:
+    names = [word for word in call if FILE.fullmatch(word)]
+    if names:
+        (folder / names[0]).write_text(text, encoding="utf-8", newline="\r\n" if names[0].endswith(".log") else "\n")
+
+
+def main() -> None:
+    page, folder, tools, emulator = Path(sys.argv[1]), Path(sys.argv[2]), Path(sys.argv[3]), sys.argv[4:]
+    shutil.rmtree(folder, ignore_errors=True)
+    folder.mkdir(parents=True)
+    text, calls, compared = None, [], 0
+    for block in blocks(page):
+        if block.language == "text":
+            text = block.text
+        elif block.language == "sh":
+            calls = [shlex.split(line) for line in block.text.splitlines()]
+            if any(call[0] not in TOOLS for call in calls):
+                calls = []
+        elif block.language in ("console", "json"):
+            if not calls:
+                sys.exit(f"{page}:{block.line}: no call before this output")
+            if text is not None:
+                write_input(text, calls[0], folder)
+            actual = "".join(output(call, folder, tools, emulator) for call in calls)
+            if block.language == "json":
+                for line in actual.splitlines():
+                    json.loads(line)
+            if actual != block.text:
+                difference = difflib.unified_diff(block.text.splitlines(), actual.splitlines(), "page", "run", lineterm="")
+                sys.exit(f"{page}:{block.line}: the output differs\n" + "\n".join(difference))
+            compared += 1
+    if compared == 0:
+        sys.exit(f"{page}: no output found")
+
+
+if __name__ == "__main__":
+    main()
