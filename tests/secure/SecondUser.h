@@ -29,7 +29,7 @@ inline SidBytes sidOfToken(HANDLE token, TOKEN_INFORMATION_CLASS kind) {
 /// The token of this process with `denied` as groups that only deny access, and without privileges.
 inline Handle restrictedToken(const std::set<SidBytes>& denied) {
     HANDLE opened = nullptr;
-    if (!OpenProcessToken(GetCurrentProcess(), TOKEN_ALL_ACCESS, &opened)) {
+    if (!OpenProcessToken(GetCurrentProcess(), TOKEN_QUERY | TOKEN_DUPLICATE | TOKEN_ASSIGN_PRIMARY, &opened)) {
         throw std::runtime_error("cannot open the token of the process");
     }
     const Handle own(opened);
