@@ -1,4 +1,4 @@
-"""The Markdown pages of the site: their titles, the identifiers that Doxygen gives them, and what it reads of them."""
+"""The Markdown pages of the site: titles, identifiers in Doxygen, and the conversion for Doxygen."""
 
 import re
 import sys
@@ -14,7 +14,7 @@ LANGUAGES = {
     "js": "JavaScript", "json": "JSON", "log": "Log", "mermaid": "Mermaid", "output": "Output",
     "powershell": "PowerShell", "python": "Python", "regex": "Regular expression", "sh": "Shell", "text": "Text",
 }
-# What Doxygen calls the languages that it colours.
+# Doxygen's names of the languages that it highlights.
 HIGHLIGHTED = {"c": "c", "cpp": "cpp", "csharp": "cs", "python": "py"}
 
 
@@ -55,12 +55,12 @@ def target(page, root, link):
 
 
 def code(text):
-    """Doxygen takes a quotation mark within code for the end of the code, unless the code has two marks."""
+    """In Doxygen, a quotation mark ends code that is in single backticks."""
     return f"``{text}``" if "'" in text else f"`{text}`"
 
 
 def shown(page: Path, root: Path) -> list:
-    """The lines of a page for Doxygen; every line keeps its number. Exits if a block of code has no known language."""
+    """Returns the lines of a page for Doxygen; each keeps its number. Exits if a block has no known language."""
     result = []
     lines = list(lines_of(page))
     previous, inside = "", False
@@ -77,10 +77,10 @@ def shown(page: Path, root: Path) -> list:
             previous = f'\\htmlonly<span class="language">{language}</span>\\endhtmlonly'
             line = "```" + HIGHLIGHTED.get(fence[1], "unparsed")
         elif heading:
-            # Doxygen shows the marks of code in headings.
+            # Doxygen would show the backticks.
             line = line.replace("`", "")
             if page.name == "index.md" and len(heading[1]) > 1:
-                # Otherwise the navigation has the sections of the start page before all other pages.
+                # The navigation would list the sections of the start page before all other pages.
                 line = f"<h1>{heading[2]}</h1>"
             elif len(heading[1]) > 1:
                 line += f" {{#{label(page, root, anchor(heading[2]))}}}"

@@ -3,8 +3,9 @@
 
     tool_output.py <page> <folder> <folder of the tools> <command that runs a program>...
 
-A block labelled `text` is a file, which the next calls name: `*.log` has the line ends of Windows. A block labelled `sh`
-has one or more calls of vorellog or vorelconv. A block labelled `console` or `json` after it is their expected output.
+A block labelled `text` is the content of the file that the next calls name. A file `*.log` gets line ends of Windows. A
+block labelled `sh` has one or more calls of vorellog or vorelconv. The next block labelled `console` or `json` is the
+expected output of these calls.
 """
 
 import difflib
@@ -23,7 +24,7 @@ FILE = re.compile(r"[\w-]+\.(?:log|txt)")
 
 
 def output(call: list, folder: Path, tools: Path, emulator: list) -> str:
-    """The standard output. A call that ends without a line feed gets one, as a prompt begins a new line."""
+    """Returns the standard output, with a line feed at the end."""
     done = subprocess.run([*emulator, tools / f"{call[0]}.exe", *call[1:]], cwd=folder, stdout=subprocess.PIPE, timeout=60,
                           check=True)
     text = done.stdout.decode("utf-8").replace("\r\n", "\n")
