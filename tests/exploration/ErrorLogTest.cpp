@@ -40,6 +40,7 @@ struct Shape {
     bool hasReader = false;    ///< whether a process locks the log for a while
     bool staysLocked = false;  ///< whether that process never unlocks it
     bool readsBackup = false;  ///< whether a process reads the backup, with all sharing modes
+    bool mayLose = false;      ///< whether a line whose call returned may be missing
     std::uint64_t disk = ~std::uint64_t{0};
     std::size_t length = 2;  ///< length of each message
 };
@@ -126,6 +127,7 @@ private:
         checkOrder(messages);
         for (const Line& line : m_lines) {
             const bool isWritten = std::find(messages.begin(), messages.end(), line.text) != messages.end();
+            require(isWritten || !line.isReturned || m_shape.mayLose, "a line is lost: " + line.text);
             m_counts.lost += line.isReturned && !isWritten ? 1u : 0u;
             m_counts.unfinished += line.isReturned || isWritten ? 0u : 1u;
         }
@@ -197,7 +199,6 @@ TEST_F(ErrorLogExploration, NoLineIsLostOrMixed) {
     explores<Writers>({.preemptions = 3}, Shape{.writers = 2, .lines = 2}, std::ref(counts));
     explores<Writers>({.preemptions = 2}, Shape{.writers = 3}, std::ref(counts));
     explores<Writers>({.preemptions = 2}, Shape{.writers = 2, .length = 6000}, std::ref(counts));
-    EXPECT_EQ(counts.lost, 0u);
 }
 
 TEST_F(ErrorLogExploration, NoLineIsLostWhileTheLogIsMoved) {
@@ -207,7 +208,6 @@ TEST_F(ErrorLogExploration, NoLineIsLostWhileTheLogIsMoved) {
     explores<Writers>({.preemptions = 2}, withRotation({.writers = 3, .backup = "older\r\n"}), std::ref(counts));
     explores<Writers>({.preemptions = 2}, withRotation({.writers = 2, .backup = "older\r\n", .readsBackup = true}),
                       std::ref(counts));
-    EXPECT_EQ(counts.lost, 0u);
     EXPECT_NE(counts.rotated, 0u);
     EXPECT_NE(counts.kept, 0u) << "another writer has opened the log before it is renamed";
 }
@@ -217,14 +217,12 @@ TEST_F(ErrorLogExploration, AKilledWriterLosesItsOwnLineOnly) {
     explores<Writers>({.preemptions = 2, .kills = 1}, Shape{.writers = 2}, std::ref(counts));
     explores<Writers>({.preemptions = 2, .kills = 1}, withRotation({.writers = 2}), std::ref(counts));
     explores<Writers>({.preemptions = 1, .kills = 1}, withRotation({.writers = 3}), std::ref(counts));
-    EXPECT_EQ(counts.lost, 0u);
     EXPECT_NE(counts.unfinished, 0u);
 }
 
 TEST_F(ErrorLogExploration, OnlyALongLineOfAKilledWriterIsTorn) {
     Counts counts;
     explores<Writers>({.preemptions = 1, .kills = 1}, Shape{.writers = 2, .length = 6000}, std::ref(counts));
-    EXPECT_EQ(counts.lost, 0u);
     EXPECT_NE(counts.torn, 0u);
 }
 
@@ -234,15 +232,14 @@ TEST_F(ErrorLogExploration, ALineIsLostOnlyIfTheLogStaysLocked) {
     Counts counts;
     explores<Writers>({.preemptions = 2}, Shape{.writers = 2, .hasReader = true}, std::ref(counts));
     explores<Writers>({.preemptions = 1}, withRotation({.writers = 2, .hasReader = true}), std::ref(counts));
-    EXPECT_EQ(counts.lost, 0u);
-    explores<Writers>({.preemptions = 1}, Shape{.writers = 1, .hasReader = true, .staysLocked = true},
+    explores<Writers>({.preemptions = 1}, Shape{.writers = 1, .hasReader = true, .staysLocked = true, .mayLose = true},
                       std::ref(counts));
     EXPECT_NE(counts.lost, 0u);
 }
 
 TEST_F(ErrorLogExploration, ALineIsLostOnAFullDisk) {
     Counts counts;
-    explores<Writers>({.preemptions = 1}, Shape{.writers = 2, .disk = 60}, std::ref(counts));
+    explores<Writers>({.preemptions = 1}, Shape{.writers = 2, .mayLose = true, .disk = 60}, std::ref(counts));
     EXPECT_NE(counts.lost, 0u);
 }
 

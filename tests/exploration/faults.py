@@ -12,6 +12,7 @@ from pathlib import Path
 from typing import NamedTuple
 
 ROOT = Path(__file__).resolve().parents[2]
+PAGE = ROOT / "docs" / "reliability.md"
 sys.path.insert(0, str(ROOT / "tests" / "mutation"))
 from workbench import Bench, Build  # noqa: E402
 
@@ -101,6 +102,20 @@ FAULTS = [
             anySilenced = threads.size() != 0;
         }
         AnyThreadLoggingDisabled.store(anySilenced, std::memory_order_relaxed);""", "TablesExploration"),
+    Fault("a broadcast signals as often as threads waited at its start", "src/sync/Condition.cpp",
+          "        while (m_waiters > 0) {\n", "        for (long waiters = m_waiters; waiters > 0; --waiters) {\n",
+          "ConditionExploration"),
+    Fault("a released waiter clears the event", "src/sync/SystemEvent.cpp",
+          "    return WaitForSingleObject(event.get(), static_cast<DWORD>(timeoutMs)) == WAIT_OBJECT_0;\n",
+          """    if (WaitForSingleObject(event.get(), static_cast<DWORD>(timeoutMs)) != WAIT_OBJECT_0) {
+        return false;
+    }
+    ResetEvent(event.get());
+    return true;
+""", "ConditionExploration"),
+    Fault("an object that is gone before it is opened is not created again", "src/secure/SecuredObjects.cpp",
+          "        if (attempt >= retries) {", "        if (attempt >= retries || GetLastError() == ERROR_FILE_NOT_FOUND) {",
+          "SecuredObjectsExploration"),
     Fault("a mapping that is opened counts as created", "src/secure/SecuredMappings.cpp",
           """            mapping = kind.open();
         }
@@ -131,11 +146,13 @@ def main():
     parser = argparse.ArgumentParser(prog="./dev explore --faults", description=__doc__.split("\n\n", maxsplit=1)[0])
     parser.add_argument("name", nargs="?", default="", help="a part of the faults' names")
     parser.add_argument("--others", action="store_true", help="also run all other tests with each fault")
-    parser.add_argument("--check", action="store_true", help="only check that the faults can be planted")
+    parser.add_argument("--check", action="store_true", help="only check that the faults can be planted and are documented")
     options = parser.parse_args()
     for fault in FAULTS:
         if (ROOT / fault.path).read_text().count(fault.before) != 1:
             sys.exit(f"{fault.path}: does not contain once:\n{fault.before}")
+        if f"| {fault.name} |" not in PAGE.read_text():
+            sys.exit(f"{PAGE}: does not list: {fault.name}")
     if options.check:
         return False
     build = Build(ROOT, ROOT / "build" / "release")
@@ -152,7 +169,7 @@ def main():
             failed = bench.run(program, f"{fault.suite}.*")
             missed += not failed
             length = length_of(bench.output())
-            found = f"found by {failed}" + (f", schedule of {length} decisions" if length else "") if failed else "NOT FOUND"
+            found = f"found by {failed}" + (f", schedule of {length} decision{'s'[:length != 1]}" if length else "") if failed else "NOT FOUND"
             print(f"{fault.name}: {found}", flush=True)
             if options.others:
                 print(f"    other tests: {found_by_others(bench, build) or 'do not find it'}", flush=True)
