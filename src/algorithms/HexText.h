@@ -120,7 +120,8 @@ std::size_t decodeHexAvx2(const WideUnit* text, std::size_t blocks, unsigned cha
 /// the number of blocks decoded.
 template <class T>
 std::size_t decodeHex(const T* text, std::size_t blocks, unsigned char* out) noexcept {
-    std::size_t done = Processor::usesAvx2() ? 2 * decodeHexAvx2(text, blocks / 2, out) : 0;
+    constexpr std::size_t kMinAvx2 = 4;  // calls take longer than they save for fewer
+    std::size_t done = blocks >= kMinAvx2 && Processor::usesAvx2() ? 2 * decodeHexAvx2(text, blocks / 2, out) : 0;
     while (done < blocks && decodeHexBlock(text + 16 * done, out + 8 * done)) {
         ++done;
     }

@@ -31,11 +31,14 @@ class HeldInput {
 public:
     HeldInput(Output& output, const void* input) {
         if (holds(output, input)) [[unlikely]] {
-            m_memory = std::exchange(output, Output());
+            takeMemory(output);
         }
     }
 
 private:
+    /// Not inlined, so that the test is.
+    [[gnu::noinline]] void takeMemory(Output& output) { m_memory = std::exchange(output, Output()); }
+
     Output m_memory;
 };
 
