@@ -78,12 +78,12 @@ public:
         const __m256i block = load32(bytes);
         const unsigned int notAscii = maskOf(block) & kept;
         const unsigned int leads = bytesFrom(0xC0, block) & kept;
-        std::uint64_t announced = std::uint64_t{leads} << 1 | m_expected;
+        std::uint64_t required = std::uint64_t{leads} << 1 | m_expected;
         unsigned int fours = 0;
         const unsigned int threes = bytesFrom(0xE0, block) & kept;
         if ((threes | m_second) != 0) {
             fours = bytesFrom(0xF0, block) & kept;
-            announced |= std::uint64_t{threes} << 2 | std::uint64_t{fours} << 3;
+            required |= std::uint64_t{threes} << 2 | std::uint64_t{fours} << 3;
             // Four bytes that begin with 0xF0 become a surrogate pair, unless they are overlong. Other sequences of
             // four bytes are rare.
             const unsigned int seconds = fours << 1 | m_second;
@@ -91,16 +91,16 @@ public:
                 return false;
             }
         }
-        if ((zerosIn(block) & kept) != 0 || static_cast<std::uint32_t>(announced) != (notAscii & ~leads)) {
+        if ((zerosIn(block) & kept) != 0 || static_cast<std::uint32_t>(required) != (notAscii & ~leads)) {
             return false;
         }
         m_units += countBits(kept & (~notAscii | leads)) + countBits(fours);
-        m_expected = static_cast<unsigned int>(announced >> kBlock);
+        m_expected = static_cast<unsigned int>(required >> kBlock);
         m_second = fours >> (kBlock - 1);
         return true;
     }
 
-    /// Adds the units of counted bytes before `end`. At least three bytes of the text precede it.
+    /// Adds the units of bytes that were counted up to `end`. At least three bytes of the text precede `end`.
     void pass(const unsigned char* end, std::size_t units) noexcept {
         m_units += static_cast<unsigned int>(units);
         const auto isFrom = [&](int position, unsigned int first) { return end[position] >= first ? 1u : 0u; };
@@ -150,7 +150,7 @@ public:
         return true;
     }
 
-    /// Adds the bytes of counted units before `end`. At least one unit of the text precedes it.
+    /// Adds the bytes of units that were counted up to `end`. At least one unit of the text precedes `end`.
     void pass(const unsigned char* end, std::size_t bytes) noexcept {
         m_bytes += static_cast<unsigned int>(bytes);
         m_high = (end[-1] & kSurrogateKindMask >> 8) == kFirstHighSurrogate >> 8 ? m_paired & 3 : 0;
@@ -172,18 +172,19 @@ private:
     unsigned int m_high = 0;  // two bits, set if the last unit of the previous block was a high surrogate
 };
 
-/// Bytes of blocks in one page, and the units that they have.
+/// Counted bytes, and the number of their units.
 struct CountedBytes {
     std::size_t bytes;
     std::size_t units;
-    bool stopped;  // whether something else follows in the page
+    bool stopped;  // whether the page has another block, which was not counted
 };
 
-/// Counts well-formed UTF-8 from `bytes`, up to a block with a zero or anything else. At least three bytes of the text
-/// precede. The loop does not branch on the kind of a character, because texts often switch between kinds. The check of
-/// the trailing bytes follows John Keiser and Daniel Lemire, "Validating UTF-8 in less than one instruction per byte".
+/// Counts the blocks of well-formed UTF-8 in one page, up to the first block that contains a zero or another byte. At
+/// least three bytes of the text precede `bytes`. The loop does not branch on the kind of a character, because texts
+/// often switch between kinds. The check of the trailing bytes follows John Keiser and Daniel Lemire, "Validating UTF-8
+/// in less than one instruction per byte".
 VOREL_ALWAYS_INLINE CountedBytes countPage(const unsigned char* bytes, std::size_t left) noexcept {
-    static_assert(kPageBytes / kBlock < 256);  // a byte of the counters counts one byte of a block
+    static_assert(kPageBytes / kBlock < 256);  // each counter is a byte, and counts one byte of each block
     const auto every = [](unsigned char byte) { return _mm256_set1_epi8(static_cast<char>(byte)); };
     const __m256i zero = _mm256_setzero_si256();
     const std::size_t inPage = kPageBytes - offsetInPage(bytes);
@@ -195,13 +196,13 @@ VOREL_ALWAYS_INLINE CountedBytes countPage(const unsigned char* bytes, std::size
         const __m256i block = load32(bytes + at);
         const __m256i before = load32(bytes + at - 1);
         const __m256i isStart = _mm256_cmpgt_epi8(block, every(0xBF));
-        // Not zero where the bytes before announce a trailing byte.
-        const __m256i announced =
-            _mm256_or_si256(_mm256_or_si256(_mm256_subs_epu8(before, every(0xBF)),
-                                            _mm256_subs_epu8(load32(bytes + at - 2), every(0xDF))),
-                            _mm256_subs_epu8(load32(bytes + at - 3), every(0xEF)));
-        const __m256i isMisplaced = _mm256_xor_si256(_mm256_cmpeq_epi8(announced, zero), isStart);
-        // Four bytes that begin with 0xF0 are a pair, unless they are overlong. Others are rare.
+        // Not zero where a preceding byte requires a trailing byte.
+        const __m256i required = _mm256_or_si256(_mm256_or_si256(_mm256_subs_epu8(before, every(0xBF)),
+                                                                 _mm256_subs_epu8(load32(bytes + at - 2), every(0xDF))),
+                                                 _mm256_subs_epu8(load32(bytes + at - 3), every(0xEF)));
+        const __m256i isMisplaced = _mm256_xor_si256(_mm256_cmpeq_epi8(required, zero), isStart);
+        // A sequence of four bytes that begins with 0xF0 is a pair, unless it is overlong. Other lead bytes of four are
+        // rare.
         const __m256i isOverlong =
             _mm256_and_si256(_mm256_cmpeq_epi8(before, every(0xF0)), _mm256_cmpgt_epi8(every(0x90), block));
         const __m256i isOther = _mm256_or_si256(_mm256_subs_epu8(block, every(0xF0)), _mm256_cmpeq_epi8(block, zero));
@@ -213,6 +214,21 @@ VOREL_ALWAYS_INLINE CountedBytes countPage(const unsigned char* bytes, std::size
         fours = _mm256_sub_epi8(fours, _mm256_cmpeq_epi8(block, every(0xF0)));
     }
     return {at, sumOf(starts) + sumOf(fours), at != size};
+}
+
+/// The counted characters between `bytes` and `end`. The next step counts an incomplete last character.
+Progress completeCharacters(const unsigned char* bytes, const unsigned char* end, const DecodedCount& count) noexcept {
+    auto read = static_cast<unsigned int>(end - bytes);
+    unsigned int units = count.units();
+    if (!count.isComplete()) {
+        const unsigned int cut = end[-1] >= 0xC0 ? 1 : end[-2] >= 0xC0 ? 2 : 3;
+        if (cut >= read) {
+            return kNoProgress;
+        }
+        read -= cut;
+        units -= bytes[read] >= 0xF0 ? 2 : 1;
+    }
+    return {read, units};
 }
 
 }  // namespace
@@ -247,34 +263,25 @@ Progress countDecodedAvx2(const unsigned char* bytes, std::size_t left) noexcept
         }
         at += kBlock;
     }
-    auto read = static_cast<unsigned int>(at - bytes);
-    unsigned int units = count.units();
-    if (!count.isComplete()) {  // the last character is left to the next step
-        const unsigned int cut = at[-1] >= 0xC0 ? 1 : at[-2] >= 0xC0 ? 2 : 3;
-        if (cut >= read) {
-            return kNoProgress;
-        }
-        read -= cut;
-        units -= bytes[read] >= 0xF0 ? 2 : 1;
-    }
-    return {read, units};
+    return completeCharacters(bytes, at, count);
 }
 
-/// Units of pairs of blocks in one page, and the bytes that they have.
+/// Counted units, and the number of their bytes.
 struct CountedUnits {
     std::size_t units;
     std::size_t bytes;
-    bool stopped;  // whether something else follows in the page
+    bool stopped;  // whether the page has another pair of blocks, which was not counted
 };
 
 enum class SurrogatePairs { Stop, Counted };
 
-/// Counts units from `units`, up to a pair of blocks with a zero, or with a surrogate that is not allowed. A unit of
-/// the text precedes. The loop does not branch on the kind of a character, because texts often switch between kinds.
+/// Counts the pairs of blocks in one page, up to the first pair that contains a zero, or a surrogate that `Rule` does
+/// not allow. At least one unit of the text precedes `units`. The loop does not branch on the kind of a character,
+/// because texts often switch between kinds.
 template <SurrogatePairs Rule>
 VOREL_ALWAYS_INLINE CountedUnits countPage(const unsigned char* units, std::size_t left) noexcept {
     constexpr std::size_t kPair = std::size_t{2} * kBlock;
-    static_assert(kPageBytes / kPair < 256);  // a byte of the counters counts one unit of a pair
+    static_assert(kPageBytes / kPair < 256);  // each counter is a byte, and counts one unit of each pair
     const Constants& k = hidden(kConstants);
     const __m256i zero = _mm256_setzero_si256();
     const std::size_t inPage = kPageBytes - offsetInPage(units);
@@ -286,7 +293,7 @@ VOREL_ALWAYS_INLINE CountedUnits countPage(const unsigned char* units, std::size
         return _mm256_xor_si256(_mm256_cmpeq_epi16(before, load32(k.high)), _mm256_cmpeq_epi16(kind, load32(k.low)));
     };
     __m256i ascii = zero;
-    __m256i upToTwo = zero;  // bytes, for a unit; two units of a pair have four
+    __m256i upToTwo = zero;  // units of at most two bytes; each surrogate of a pair counts as two bytes
     std::size_t at = 0;
     for (; at != size; at += kPair) {
         const __m256i first = load32(units + at);

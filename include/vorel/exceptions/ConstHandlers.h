@@ -17,8 +17,10 @@ inline Exception Exception::locationOf(const wchar_t* format, va_list args) noex
 }
 
 inline void Exception::throwCopy() const {
-    // Every `rethrow` throws a copy of its object. A call through a pointer may return, unlike a direct one.
+    // Every `rethrow` throws a copy, and does not change its object. It is declared [[noreturn]], so it is called
+    // through a pointer: an override that returns must not end in undefined behaviour.
     void (Exception::*const volatile throwAsOwnClass)() = &Exception::rethrow;
+    // NOLINTNEXTLINE(cppcoreguidelines-pro-type-const-cast): `rethrow` is not const because its declaration is fixed
     (const_cast<Exception*>(this)->*throwAsOwnClass)();
     throw Exception(*this);
 }

@@ -313,9 +313,9 @@ private:
         MessageStack& operator=(const MessageStack&) = delete;
         ~MessageStack();
 
-        std::size_t size() const noexcept { return static_cast<std::size_t>(m_end - m_begin); }
-        const StackEntry* begin() const noexcept { return m_begin; }
-        const StackEntry* end() const noexcept { return m_end; }
+        [[nodiscard]] std::size_t size() const noexcept { return static_cast<std::size_t>(m_end - m_begin); }
+        [[nodiscard]] const StackEntry* begin() const noexcept { return m_begin; }
+        [[nodiscard]] const StackEntry* end() const noexcept { return m_end; }
         StackEntry& operator[](std::size_t index) noexcept { return m_begin[index]; }
         const StackEntry& operator[](std::size_t index) const noexcept { return m_begin[index]; }
 
