@@ -53,8 +53,15 @@ packages=(
 test_packages=(
     lnav chromium ruby ripgrep
     libestr0 libfastjson4 liblognorm5 libzstd1
-    libcap2 libglib2.0-0 libivykis0 libjson-c5 libnet1 libpcre3 libwrap0
+    libcap2 libjson-c5 libnet1 libwrap0
 )
+# Some of them have other names after Debian 12.
+debian="$(. /etc/os-release 2>/dev/null && echo "${VERSION_ID:-}")" || true
+if [[ $debian == 12 ]]; then
+    test_packages+=(libglib2.0-0 libivykis0 libpcre3)
+else
+    test_packages+=(libglib2.0-0t64 libivykis0t64 libpcre2-8-0)
+fi
 check_packages=(clang-format clang-tidy cppcheck codespell)
 bench_packages=(libfast-float-dev libfmt-dev) # peers: headers only
 publish_packages=(python3-matplotlib) # charts of the benchmarks
