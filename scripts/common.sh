@@ -106,7 +106,7 @@ setup() { # setup [package]...: installs the packages that every command needs, 
 # Where one of these cannot be installed, the tests that need it are skipped.
 setup_tests() {
     local package
-    (setup "${test_packages[@]}") || for package in "${test_packages[@]}"; do
+    (setup "${test_packages[@]}") || for package in $(missing_packages "${test_packages[@]}"); do
         (setup "$package") || echo "dev: $package is missing; the tests that need it are skipped" >&2
     done
     unpack_shippers || echo "dev: rsyslog or syslog-ng is missing; the tests that need it are skipped" >&2
