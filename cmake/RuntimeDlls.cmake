@@ -21,8 +21,12 @@ foreach(name IN LISTS VOREL_RUNTIME_DLL_NAMES)
         COMMAND ${CMAKE_CXX_COMPILER} ${vorelTargetOption} -print-file-name=${name}
         OUTPUT_VARIABLE path
         OUTPUT_STRIP_TRAILING_WHITESPACE)
-    # If the compiler does not find the file, it prints only the name.
+    # If the compiler does not find the file, it prints only the name. In MSYS2 the file is in the compiler's folder.
     if(NOT IS_ABSOLUTE "${path}")
+        cmake_path(GET CMAKE_CXX_COMPILER PARENT_PATH path)
+        cmake_path(APPEND path "${name}")
+    endif()
+    if(NOT EXISTS "${path}")
         message(FATAL_ERROR "${CMAKE_CXX_COMPILER} has no ${name}")
     endif()
     file(REAL_PATH "${path}" path)
