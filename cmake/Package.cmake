@@ -10,8 +10,10 @@
 #   share/vorelCore/         the licences of the runtime DLLs, Visual Studio's view, and PowerShell's completion of the tools
 #   share/man/man1/          the manual pages of the tools
 #   share/bash-completion/   the completion of the tools for bash
+#   share/doc/vorelCore/     README, changelog, docs/ and examples/
 #
-# The package may be moved to another folder: it contains no absolute paths.
+# The component "symbols" is bin/vorelCore.dll.debug, which is installed only by name: cmake --install build --component
+# symbols. The package may be moved to another folder: it contains no absolute paths.
 
 include(CMakePackageConfigHelpers)
 
@@ -21,11 +23,34 @@ set(vorelDataDir "${CMAKE_INSTALL_DATADIR}/vorelCore")
 set(vorelPackageFiles "${PROJECT_BINARY_DIR}/package")
 
 install(DIRECTORY include/vorel DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}" FILES_MATCHING PATTERN "*.h")
-install(TARGETS vorelCore vorelCoreStatic EXPORT vorelCoreTargets)
+install(TARGETS ${vorelLibraries} EXPORT vorelCoreTargets)
 if(vorelCLibrary)
     install(FILES "${vorelCLibrary}.lib" "${vorelCLibrary}.def" DESTINATION "${CMAKE_INSTALL_LIBDIR}")
 endif()
-install(FILES ${VOREL_RUNTIME_DLLS} DESTINATION "${CMAKE_INSTALL_BINDIR}")
+if(MINGW AND TARGET vorelCore AND CMAKE_BUILD_TYPE STREQUAL "Release")
+    install(FILES "$<TARGET_FILE:vorelCore>.debug" DESTINATION "${CMAKE_INSTALL_BINDIR}"
+        COMPONENT symbols EXCLUDE_FROM_ALL)
+endif()
+
+# ---- Runtime DLLs ---------------------------------------------------------------------------------------------------
+
+option(VOREL_INSTALL_RUNTIME_DLLS "Install the compiler's runtime DLLs; distributions have their own" ON)
+set(vorelInstalledDllNames "")
+if(VOREL_INSTALL_RUNTIME_DLLS)
+    set(vorelInstalledDllNames ${VOREL_RUNTIME_DLL_NAMES})
+    # Debian's have symbols and debug information, which are six times as large as the rest.
+    foreach(dll IN LISTS VOREL_RUNTIME_DLLS)
+        cmake_path(GET dll FILENAME name)
+        set(stripped "${vorelPackageFiles}/bin/${name}")
+        if("${dll}" IS_NEWER_THAN "${stripped}")
+            file(MAKE_DIRECTORY "${vorelPackageFiles}/bin")
+            execute_process(
+                COMMAND "${CMAKE_OBJCOPY}" --strip-all "${dll}" "${stripped}"
+                COMMAND_ERROR_IS_FATAL ANY)
+        endif()
+        install(FILES "${stripped}" DESTINATION "${CMAKE_INSTALL_BINDIR}")
+    endforeach()
+endif()
 
 # ---- For find_package -----------------------------------------------------------------------------------------------
 
@@ -35,11 +60,19 @@ if(MSVC)
 else()
     set(vorelAbi GCC)
 endif()
+set(vorelProcessor "${CMAKE_SYSTEM_PROCESSOR}")
+set(vorelProcessors "${CMAKE_SYSTEM_PROCESSOR}") # its names, as a regular expression
+if(CMAKE_SYSTEM_PROCESSOR MATCHES "^(x86_64|AMD64)$")
+    set(vorelProcessor "x86-64")
+    set(vorelProcessors "x86_64|AMD64|amd64")
+endif()
 configure_package_config_file(cmake/vorelCoreConfig.cmake.in "${vorelPackageFiles}/vorelCoreConfig.cmake"
     INSTALL_DESTINATION "${vorelPackageDir}"
     PATH_VARS CMAKE_INSTALL_BINDIR CMAKE_INSTALL_LIBDIR CMAKE_INSTALL_INCLUDEDIR)
-# Before 1.0 a minor version may change the interface.
-write_basic_package_version_file("${vorelPackageFiles}/vorelCoreConfigVersion.cmake" COMPATIBILITY SameMinorVersion)
+# Before 1.0 a minor version may change the interface. vorelCoreConfig.cmake checks the architecture: its messages say
+# what is wrong.
+write_basic_package_version_file("${vorelPackageFiles}/vorelCoreConfigVersion.cmake"
+    COMPATIBILITY SameMinorVersion ARCH_INDEPENDENT)
 install(
     FILES
         "${vorelPackageFiles}/vorelCoreConfig.cmake"
@@ -52,7 +85,7 @@ install(
 # ---- For pkg-config -------------------------------------------------------------------------------------------------
 
 string(REGEX REPLACE "[^/]+" ".." vorelToPrefix "${vorelPkgConfigDir}")
-foreach(name IN ITEMS vorelCore vorelCoreStatic)
+foreach(name IN LISTS vorelLibraries)
     configure_file(cmake/${name}.pc.in "${vorelPackageFiles}/${name}.pc" @ONLY)
     install(FILES "${vorelPackageFiles}/${name}.pc" DESTINATION "${vorelPkgConfigDir}")
 endforeach()
@@ -64,17 +97,28 @@ install(FILES debuggers/vorelCore.natvis DESTINATION "${vorelDataDir}")
 
 # ---- Licences -------------------------------------------------------------------------------------------------------
 
+set(vorelRuntimeLicences "")
+if(vorelInstalledDllNames)
+    file(READ LICENSES/runtime.txt.in vorelRuntimeLicences)
+    string(CONFIGURE "${vorelRuntimeLicences}" vorelRuntimeLicences @ONLY)
+    install(FILES LICENSES/GPL-3.0.txt LICENSES/GCC-exception-3.1.txt LICENSES/winpthreads.txt
+        DESTINATION "${vorelDataDir}/LICENSES")
+endif()
 configure_file(LICENSES/README.txt.in "${vorelPackageFiles}/README.txt" @ONLY NEWLINE_STYLE CRLF)
 install(
     FILES
         "${vorelPackageFiles}/README.txt"
-        LICENSES/GPL-3.0.txt
-        LICENSES/GCC-exception-3.1.txt
-        LICENSES/winpthreads.txt
         LICENSES/re2.txt
         LICENSES/uplot.txt
         LICENSES/zlib.txt
     DESTINATION "${vorelDataDir}/LICENSES")
+
+# ---- Documentation --------------------------------------------------------------------------------------------------
+
+install(FILES README.md CHANGELOG.md SECURITY.md DESTINATION "${CMAKE_INSTALL_DOCDIR}")
+install(DIRECTORY docs examples DESTINATION "${CMAKE_INSTALL_DOCDIR}"
+    FILES_MATCHING PATTERN "*.md" PATTERN "*.svg" PATTERN "*.png" PATTERN "*.h" PATTERN "*.cpp" PATTERN "*.txt"
+    PATTERN "docs/site" EXCLUDE)
 
 # ---- Archive and installer ------------------------------------------------------------------------------------------
 
@@ -92,6 +136,13 @@ set(CPACK_RESOURCE_FILE_LICENSE "${vorelPackageFiles}/README.txt")
 set(CPACK_VERBATIM_VARIABLES ON)
 # ./dev package builds the targets of the package. Without this, the install step would build all tests too.
 set(CMAKE_SKIP_INSTALL_ALL_DEPENDENCY ON)
+
+# Otherwise the installer would have the symbols as a component.
+set(CPACK_MONOLITHIC_INSTALL ON)
+
+# The first text to read, in the folder of the package itself.
+configure_file(cmake/package-readme.txt.in "${vorelPackageFiles}/top/README.txt" @ONLY NEWLINE_STYLE CRLF)
+set(CPACK_INSTALLED_DIRECTORIES "${vorelPackageFiles}/top;.")
 
 set(CPACK_GENERATOR ZIP)
 find_program(VOREL_MAKENSIS makensis DOC "Makes the installer")

@@ -1,8 +1,8 @@
 # Tests the packages of CPack. The project find_package/ must build and run with the archive unpacked in another folder,
 # and so must the tools.
-# The installer must install the same files, and remove all of them.
+# The installer must install the same files, and remove all of them. The archive of the symbols must fit the DLL.
 #
-#   PACKAGES: the folder with the archive and the installer; CLANG: the folder of clang
+#   PACKAGES: the folder with the archives and the installer; CLANG: the folder of clang
 
 include("${CMAKE_CURRENT_LIST_DIR}/Steps.cmake")
 
@@ -32,15 +32,64 @@ endfunction()
 
 file(REMOVE_RECURSE "${WORK}")
 
-only_file("*.zip" archive)
+only_file("*-ucrt.zip" archive)
 message(STATUS "Unpack ${archive}")
 file(ARCHIVE_EXTRACT INPUT "${archive}" DESTINATION "${WORK}/archive")
 file(GLOB package "${WORK}/archive/*")
 list_files("${package}" expected)
+
+# What a user looks for.
+foreach(file IN ITEMS
+        README.txt share/doc/vorelCore/README.md share/doc/vorelCore/CHANGELOG.md
+        share/doc/vorelCore/docs/getting-started.md share/doc/vorelCore/examples/hello/main.cpp
+        share/vorelCore/LICENSES/README.txt share/vorelCore/LICENSES/GPL-3.0.txt
+        lib/vorelCore.lib lib/vorelCore.def)
+    if(NOT EXISTS "${package}/${file}")
+        message(SEND_ERROR "The archive does not have ${file}")
+    endif()
+endforeach()
+file(READ "${package}/share/vorelCore/LICENSES/README.txt" licences)
+if(NOT licences MATCHES "symbols and debug information are removed")
+    message(SEND_ERROR "The licence text does not say that the runtime DLLs are stripped")
+endif()
+# No program or DLL has debug information; that of the runtime DLLs would be most of the archive.
+file(GLOB programs "${package}/bin/*.dll" "${package}/bin/*.exe")
+foreach(program IN LISTS programs)
+    execute_process(
+        COMMAND x86_64-w64-mingw32-objdump -h -t "${program}" OUTPUT_VARIABLE sections COMMAND_ERROR_IS_FATAL ANY)
+    if(sections MATCHES "\\.debug_" OR NOT sections MATCHES "no symbols")
+        message(SEND_ERROR "${program} has symbols or debug information")
+    endif()
+endforeach()
+
+# The archive of the symbols has only them, and the debugger finds them with the DLL of the other archive.
+only_file("*-ucrt-symbols.zip" symbols)
+file(ARCHIVE_EXTRACT INPUT "${symbols}" DESTINATION "${WORK}/symbols")
+file(GLOB_RECURSE found RELATIVE "${WORK}/symbols" "${WORK}/symbols/*")
+if(NOT found MATCHES "^[^/;]+/bin/vorelCore\\.dll\\.debug$")
+    message(SEND_ERROR "The archive of the symbols has: ${found}")
+endif()
+file(COPY "${package}/bin/vorelCore.dll" DESTINATION "${WORK}/debugged")
+file(COPY "${WORK}/symbols/${found}" DESTINATION "${WORK}/debugged")
+execute_process(
+    COMMAND x86_64-w64-mingw32-gdb -nx -batch -ex "info line vorel::version" "${WORK}/debugged/vorelCore.dll"
+    OUTPUT_VARIABLE line ERROR_VARIABLE messages)
+if(NOT line MATCHES "Line [0-9]+ of \"[^\"]*src/Version\\.cpp\"")
+    message(SEND_ERROR "The debugger does not find the symbols: ${line}${messages}")
+endif()
+
 run("Test the archive"
     "${CMAKE_COMMAND}" "-DPACKAGE=${package}" "-DCONFIG=${CONFIG}" "-DGENERATOR=${GENERATOR}" "-DEMULATOR=${EMULATOR}"
     "-DTOOLCHAIN=mingw-ucrt.cmake"
     "-DWORK=${WORK}/project" -P "${CMAKE_CURRENT_LIST_DIR}/RunFindPackage.cmake")
+
+set(FOLDER "${WORK}/examples")
+run("Configure the examples"
+    "${CMAKE_COMMAND}" -S "${package}/share/doc/vorelCore/examples" -B "${FOLDER}" -G "${GENERATOR}"
+    "-DCMAKE_TOOLCHAIN_FILE=${package}/lib/cmake/vorelCore/mingw-ucrt.cmake"
+    "-DCMAKE_BUILD_TYPE=${CONFIG}" "-DCMAKE_PREFIX_PATH=${package}")
+run("Build the examples" "${CMAKE_COMMAND}" --build "${FOLDER}")
+run("Run an example" "${CMAKE_COMMAND}" -E chdir "${FOLDER}" ${EMULATOR} "${FOLDER}/hello.exe")
 
 run("Test its import library for C"
     "${CMAKE_COMMAND}" "-DPACKAGE=${package}" "-DCONFIG=${CONFIG}" "-DGENERATOR=${GENERATOR}" "-DEMULATOR=${EMULATOR}"
@@ -56,7 +105,10 @@ folder_option("/D=" "${installed}" option)
 run("Install" ${EMULATOR} "${installer}" /S ${option})
 list_files("${installed}" found)
 if(NOT found STREQUAL expected)
-    message(FATAL_ERROR "The files of the installer differ from those of the archive:\n${found}\nbut\n${expected}")
+    set(missing ${expected})
+    list(REMOVE_ITEM missing ${found})
+    list(REMOVE_ITEM found ${expected})
+    message(FATAL_ERROR "The files of the installer differ from those of the archive: missing ${missing}; more ${found}")
 endif()
 # With this option the uninstaller does not copy itself to another folder, so this script can wait for it.
 folder_option("_?=" "${installed}" option)

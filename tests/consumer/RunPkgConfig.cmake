@@ -31,3 +31,24 @@ foreach(name IN ITEMS vorelCore vorelCoreStatic)
         "${COMPILER}" -std=c++20 ${OPTIONS} "${CMAKE_CURRENT_LIST_DIR}/main.cpp" -o "${program}" ${options})
     run_program("${program}")
 endforeach()
+
+# The flags do not choose the C runtime. A compiler with another default is refused, and the file says what is needed.
+separate_arguments(options UNIX_COMMAND "${OPTIONS}")
+list(FILTER options INCLUDE REGEX "^--target=")
+query_pkg_config(vorelCore flags)
+execute_process(
+    COMMAND "${COMPILER}" -std=c++20 ${options} "${CMAKE_CURRENT_LIST_DIR}/main.cpp" -fsyntax-only ${flags}
+        -D__MSVCRT_VERSION__=0x700
+    RESULT_VARIABLE result ERROR_VARIABLE messages)
+if(result EQUAL 0 OR NOT messages MATCHES "vorelCore needs the universal C runtime")
+    message(SEND_ERROR "a program with another C runtime compiles:\n${messages}")
+endif()
+foreach(name IN ITEMS vorelCore vorelCoreStatic)
+    execute_process(
+        COMMAND "${CMAKE_COMMAND}" -E env "PKG_CONFIG_LIBDIR=${FOLDER}/vorelCore/lib/pkgconfig" PKG_CONFIG_PATH=
+            pkg-config --variable=needs ${name}
+        OUTPUT_VARIABLE needs COMMAND_ERROR_IS_FATAL ANY)
+    if(NOT needs MATCHES "C[+][+]20.*x86_64-w64-mingw32.*UCRT")
+        message(SEND_ERROR "${name}.pc does not say what it needs: ${needs}")
+    endif()
+endforeach()
