@@ -213,6 +213,32 @@ TEST_F(Utf8Avx2, ConvertsAcrossPages) {
     }
 }
 
+/// Texts of several pages that switch between kinds of characters.
+TEST_F(Utf8Avx2, ConvertsRandomTextsOfSeveralPages) {
+    constexpr std::size_t kUnits = 3000;
+    RandomText random(kSeed);
+    for (int text = 0; text < 60; ++text) {
+        SCOPED_TRACE(testing::Message() << "seed " << kSeed << ", text " << text);
+        const auto longText = [&](bool withLoneSurrogates) {
+            std::wstring units;
+            while (units.size() < kUnits) {
+                units += randomText(random, withLoneSurrogates && random.oneIn(20));
+            }
+            return units;
+        };
+        const std::wstring units = longText(true) + std::wstring(32, L'\0');
+        const std::size_t room = random.oneIn(2) ? 3 * units.size() : random.below(3 * kUnits);
+        encode(units, kNoBound, room, true);
+        encode(units, random.below(units.size()), room, false);
+        const std::string bytes = test::encodeUtf16(longText(false) + L'\0', -1).bytes + std::string(64, '\0');
+        decode(bytes, kNoBound, room, Overwrite::Allowed);
+        decode(bytes, random.below(bytes.size()), room, Overwrite::Allowed);
+        if (HasFailure()) {
+            return;
+        }
+    }
+}
+
 /// A byte that does not start a sequence ends the input like a zero: the next page need not be readable.
 TEST_F(Utf8Avx2, ReadsNothingPastAnInvalidByte) {
     for (const std::string last : {"\x80", "\xBF", "\xF1", "\xFF", "\xC3\xA9\x80", "\xE2\x82\xAC\x80"}) {
