@@ -27,6 +27,10 @@ constexpr std::uint64_t kMaxCapacity = 0xFFFFFFFFu;
 /// The size in units of the buffer on the stack for a short rendering.
 constexpr unsigned int kShortText = 512;
 
+/// How often a rendering may fail although the measured text fits. The text then became shorter between the two calls,
+/// so another attempt may succeed. The limit ends the loop if the runtime rejects the text for another reason.
+constexpr unsigned int kMaxFailures = 16;
+
 /// The capacity of a new buffer for `count` units and a terminator. It does not depend on the old capacity.
 constexpr std::uint64_t capacityFor(std::uint64_t count) noexcept {
     if (count < kGrowthStep) {
@@ -245,7 +249,7 @@ BaseString<T>& BaseString<T>::vformat(const T* fmt, va_list args) {
         }
         reserve(static_cast<unsigned int>(util::calculateSnprintFBufferSize(fmt, args) + 1), true);
     }
-    for (;;) {
+    for (unsigned int failures = 0;;) {
         errno = 0;
         const int written = baseutil::vboundedFormat(m_data, m_capacity, fmt, args);
         if (written >= 0 && static_cast<unsigned int>(written) < m_capacity) {
@@ -254,8 +258,8 @@ BaseString<T>& BaseString<T>::vformat(const T* fmt, va_list args) {
         }
         clear();  // the partial text has no terminator
         const int needed = written >= 0 ? written : util::calculateSnprintFBufferSize(fmt, args);
-        // If the text should fit but is rejected, every further attempt would fail too.
-        if (needed < 0 || static_cast<unsigned int>(needed) < m_capacity) {
+        const bool fits = needed >= 0 && static_cast<unsigned int>(needed) < m_capacity;
+        if (needed < 0 || (fits && ++failures == kMaxFailures)) {
             detail::throwUnableToFormat(fmt);
         }
         reserve(static_cast<unsigned int>(needed) + 1, true);

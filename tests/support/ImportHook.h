@@ -97,6 +97,7 @@ extern decltype(&::_localtime64_s) importedLocaltime64S __asm__("__imp__localtim
 extern decltype(&::rename) importedRename __asm__("__imp_rename");
 extern decltype(&::__stdio_common_vfprintf) importedStdioCommonVfprintf __asm__("__imp___stdio_common_vfprintf");
 extern decltype(&::__stdio_common_vsprintf) importedStdioCommonVsprintf __asm__("__imp___stdio_common_vsprintf");
+extern decltype(&::__stdio_common_vswprintf) importedStdioCommonVswprintf __asm__("__imp___stdio_common_vswprintf");
 extern decltype(&::_sopen_s) importedSopenS __asm__("__imp__sopen_s");
 extern decltype(&::_time64) importedTime64 __asm__("__imp__time64");
 extern decltype(&::_unlink) importedUnlink __asm__("__imp__unlink");

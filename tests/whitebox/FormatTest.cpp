@@ -9,6 +9,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <type_traits>
 
 #include <gtest/gtest.h>
 
@@ -17,6 +18,7 @@
 #include "support/ImportHook.h"
 #include "support/Widths.h"
 #include "vorel/core/BaseString.h"
+#include "vorel/exceptions/Exception.h"
 
 namespace {
 
@@ -80,6 +82,52 @@ TYPED_TEST(Format, FirstTextOfAString_IsMeasuredFromMoreThan512UnitsOn) {
         EXPECT_EQ(closed, units > 512 ? 1 : 0) << units;
         EXPECT_TRUE(string.view() == std::basic_string<TypeParam>(static_cast<std::size_t>(units), TypeParam{' '}));
     }
+}
+
+// ---- Texts that change while they are formatted ---------------------------------------------------------------------
+
+template <class T>
+using PrintHook = std::conditional_t<std::is_same_v<T, char>, test::ImportHook<importedStdioCommonVsprintf>,
+                                     test::ImportHook<importedStdioCommonVswprintf>>;
+
+/// Makes the first `failures` renderings into a buffer fail, as if the text were too long. Measuring does not fail.
+template <class T>
+class TooLongAtFirst {
+public:
+    explicit TooLongAtFirst(unsigned int failures) : m_failures(failures) {}
+
+    [[nodiscard]] unsigned int renderings() const { return m_renderings; }
+
+private:
+    unsigned int m_failures;
+    unsigned int m_renderings = 0;
+    PrintHook<T> m_print{[this](unsigned long long options, T* buffer, std::size_t size, const T* format,
+                                _locale_t locale, va_list args) {
+        return ++m_renderings <= m_failures ? -1 : m_print.original(options, buffer, size, format, locale, args);
+    }};
+};
+
+TYPED_TEST(Format, String_IsRenderedAgainIfTheTextBecomesShorterAfterTheRendering) {
+    for (const unsigned int failures : {1u, 2u, 15u}) {
+        vorel::BaseString<TypeParam> string(this->text("text before").c_str());
+        const TooLongAtFirst<TypeParam> changing(failures);
+        string.format(this->text("%d").c_str(), 12);
+        EXPECT_TRUE(string.view() == this->text("12")) << failures;
+        EXPECT_EQ(string.capacity(), 16u);
+        EXPECT_EQ(changing.renderings(), failures + 1);
+    }
+}
+
+TYPED_TEST(Format, String_IsEmptyAfter16RenderingsOfATextThatShouldFit) {
+    vorel::BaseString<TypeParam> string(this->text("text before").c_str());
+    const TooLongAtFirst<TypeParam> changing(16);
+    try {
+        string.format(this->text("%d").c_str(), 12);
+        ADD_FAILURE() << "not thrown";
+    } catch (const vorel::Exception& e) {
+        EXPECT_EQ(std::wstring_view(e.what()).substr(0, 21), L"Unable to format: %d ");
+    }
+    EXPECT_TRUE(string.empty());
 }
 
 // ---- Bounded rendering ----------------------------------------------------------------------------------------------
