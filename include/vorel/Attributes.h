@@ -30,9 +30,10 @@
 #define VOREL_BEGIN_OWN_MEMBERS __pragma(warning(push)) __pragma(warning(disable : 4251))
 #define VOREL_END_OWN_MEMBERS __pragma(warning(pop))
 #else
-/// Before the members of an exported class whose own classes are not exported. Microsoft's compiler warns of them
-/// (C4251), because inline functions of the exported class could need code that only the DLL has. Here none does.
+/// Precedes the members of an exported class if the classes of these members are not exported. Microsoft's compiler
+/// warns of such members (C4251), because inline functions of the exported class could need code that only the DLL has.
+/// No inline function of the library needs such code.
 #define VOREL_BEGIN_OWN_MEMBERS
-/// After these members.
+/// Follows these members.
 #define VOREL_END_OWN_MEMBERS
 #endif

@@ -1,12 +1,13 @@
 /// \file
-/// `std::formatter` for strings and exceptions, if the standard library has `<format>`. Otherwise this header defines
-/// nothing: that of GCC 12 does not have it. `vorelCore.h` does not include this header, because `<format>` is large.
+/// `std::formatter` for strings and exceptions, if the standard library has `<format>`. The standard library of GCC 12
+/// does not have it; this header then defines nothing. `vorelCore.h` does not include this header, because `<format>`
+/// is large.
 ///
 ///     std::format("{:>10}", vorel::BaseString<char>("right"))   // "     right"
 ///     std::format(L"{}", exception)
 ///
-/// The format specifications are those of `std::string_view`. The string and the format must have the same width.
-/// Threads may use different objects at the same time.
+/// The format specifications are those of `std::string_view`. A string of `char` needs a format of `char`, and a string
+/// of `wchar_t` a format of `wchar_t`. Threads may use different objects at the same time.
 #pragma once
 
 #if __has_include(<format>)

@@ -5,8 +5,8 @@
 ///     std::cout << vorel::util::urlEncode("a b", false, false) << '\n';
 ///     std::cerr << exception << '\n';
 ///
-/// Width, fill and alignment apply to the whole text. The string and the stream must have the same width. Threads may
-/// use different objects at the same time.
+/// The field width, fill and alignment of the stream apply to the whole text. A string of `char` needs a stream of
+/// `char`, and a string of `wchar_t` a stream of `wchar_t`. Threads may use different objects at the same time.
 #pragma once
 
 #include <ostream>
@@ -17,14 +17,14 @@
 
 namespace vorel {
 
-/// Writes the text of `text`, including embedded zeros; nothing for the empty string.
+/// Writes `text`, including the zeros in it.
 template <class T, class Traits>
 std::basic_ostream<T, Traits>& operator<<(std::basic_ostream<T, Traits>& stream, const BaseString<T>& text) {
     return stream << std::basic_string_view<T, Traits>(text.view().data(), text.length());
 }
 
 /// Writes all messages of `exception`, oldest first, separated by "; ": in UTF-8 to a stream of `char`, in UTF-16 to a
-/// stream of `wchar_t`. The exception does not change, and texts that it returned stay valid.
+/// stream of `wchar_t`. The exception does not change, and texts that its functions have returned stay valid.
 ///
 ///     no entry named colour; Settings::read: Vorel exception rethrown
 ///

@@ -9,7 +9,7 @@
 /// same bytes for every compiler. Every slot from the count up to the capacity holds a value-initialised element (zero,
 /// or an empty string), so a larger count never exposes garbage.
 ///
-/// Elements that are not trivially copyable (strings) need a default constructor that cannot fail, and a copy
+/// Elements that are not trivially copyable, such as strings, need a default constructor that cannot fail, and a copy
 /// assignment. When the array grows, it copies each element into the new storage. Storage never shrinks. An array may
 /// be used by one thread at a time.
 ///
@@ -40,7 +40,7 @@ namespace detail {
 template <class T>
 struct ArrayAccess;
 
-/// A range whose elements an `Array<T>` can be made of. An array of the same class is copied or moved instead.
+/// A range whose elements can be converted to `T`. Excludes `Array<T>` itself, which has a copy and a move constructor.
 template <class Range, class T>
 concept ArraySource = !std::is_base_of_v<Array<T>, std::remove_cvref_t<Range>> && std::ranges::input_range<Range> &&
                       std::is_constructible_v<T, std::ranges::range_reference_t<Range>>;
@@ -67,8 +67,8 @@ public:
     /// Creates an empty array without storage.
     Array() noexcept = default;
 
-    /// Copies of `items`, in their order. The storage is exactly as large as the count; an empty list needs none.
-    /// Braces always list elements: `Array<int>{3}` is one element, 3.
+    /// Creates an array of copies of `items`, in their order. The array has exactly as many slots as elements; for an
+    /// empty list it has no storage. Braces always list elements: `Array<int>{3}` is one element, 3.
     ///
     ///     vorel::Array<vorel::BaseString<char>> names{"left", "right"};   // 2 elements
     ///
@@ -78,15 +78,16 @@ public:
         fill(count, items.begin(), count);
     }
 
-    /// The elements of `range`, in its order: of a container or a view of the standard library, or of a built-in array.
-    /// Each is converted by `T(element)`. The zero at the end of a string literal is an element too. If the range knows
-    /// its size, the storage is exactly as large.
+    /// Creates an array of the elements of `range`, in their order. The range may be a container or a view of the
+    /// standard library, or a built-in array. Each element is converted by `T(element)`. The zero at the end of a
+    /// string literal is an element too. If the size of the range is known in advance, the array has exactly as many
+    /// slots.
     ///
     ///     std::vector<std::string> lines = ...;
     ///     vorel::Array<vorel::BaseString<char>> copies(lines);
     ///
-    /// \throws MemoryException if the storage or an element cannot be allocated; what the range and the conversion
-    ///         throw.
+    /// \throws MemoryException if the storage or an element cannot be allocated; the exceptions of the range and of the
+    ///         conversion.
     template <detail::ArraySource<T> Range>
     // NOLINTNEXTLINE(bugprone-forwarding-reference-overload): the constraint excludes arrays of this class
     explicit Array(Range&& range) : Array() {
@@ -104,22 +105,23 @@ public:
         }
     }
 
-    /// A deep copy. Its storage is exactly as large as the count; an empty array has none.
+    /// A deep copy. It has exactly as many slots as elements; the copy of an empty array has no storage.
     /// \throws MemoryException if the storage or the copy of an element cannot be allocated.
     Array(const Array& other) : Array() { fill(other.m_count, other.m_items, other.m_count); }
 
-    /// Takes over the storage; `other` becomes empty.
+    /// Takes over the storage of `other`, which becomes empty.
     Array(Array&& other) noexcept { swap(other); }
 
-    /// Releases the elements and the storage. A failure follows the rules for destructors that may throw.
+    /// Releases the elements and the storage. If an element's destructor fails while another exception unwinds the
+    /// stack, the failure is recorded and swallowed.
     /// \throws the first failure of an element's destructor, with the record "Array::~Array: Vorel exception rethrown",
     ///         or Exception "Array::~Array: Severe error thrown" if it is not an Exception.
     ~Array() noexcept(false) {
         detail::runDestructor(L"Array", [this] { release(); });
     }
 
-    /// Replaces the elements by deep copies. The storage is kept if it is large enough; otherwise it grows to the count
-    /// of `other`.
+    /// Replaces the elements by deep copies. The number of slots stays the same if it is large enough; otherwise it
+    /// becomes the count of `other`.
     /// \throws MemoryException; the array is unchanged.
     Array& operator=(const Array& other) {
         if (this == &other) {
@@ -140,8 +142,8 @@ public:
         return *this;
     }
 
-    /// Moves the elements of `other` into this array. The storage moves too, unless it has fewer slots than this array.
-    /// `other` becomes empty and has no storage.
+    /// Moves the elements of `other` into this array. The storage of `other` moves too, unless it has fewer slots than
+    /// this array. `other` becomes empty and has no storage.
     /// \throws the first failure of an element's destructor.
     // NOLINTNEXTLINE(bugprone-exception-escape,performance-noexcept-move-constructor): it throws what elements throw
     Array& operator=(Array&& other) noexcept(kMovesCannotFail) {
@@ -159,12 +161,12 @@ public:
     T& operator[](unsigned int index) { return m_items[checked(index)]; }
     const T& operator[](unsigned int index) const { return m_items[checked(index)]; }
 
-    /// The number of elements, and the number of slots in the storage.
+    /// The number of elements, whether it is 0, and the number of slots in the storage.
     [[nodiscard]] unsigned int size() const noexcept { return m_count; }
     [[nodiscard]] bool empty() const noexcept { return m_count == 0; }
     [[nodiscard]] unsigned int allocated() const noexcept { return m_allocated; }
 
-    /// Appends a copy of `item`, or moves `item` to the end. It may be an element of this array.
+    /// Appends a copy of `item`, or moves `item` to the end. `item` may be an element of this array.
     /// \throws MemoryException; the array is unchanged.
     void append(const T& item) { appendOne(item); }
     void append(T&& item) { appendOne(std::move(item)); }
@@ -203,7 +205,7 @@ public:
         return last;
     }
 
-    /// Sets the number of elements. New elements are value-initialised; the slots of removed ones are reset.
+    /// Sets the number of elements. New elements are value-initialised, and so are the slots of removed elements.
     /// \throws MemoryException; the array is unchanged.
     void setCount(unsigned int count) {
         if (count > m_allocated) {
@@ -226,8 +228,9 @@ public:
     T* end() noexcept { return m_items + m_count; }
     [[nodiscard]] const T* end() const noexcept { return m_items + m_count; }
 
-    /// Provides slots for at least `count` elements; storage never shrinks. With `exact` the array has exactly `count`
-    /// slots. Otherwise the number of slots doubles, starting at 5, so that appending takes amortised constant time.
+    /// Provides slots for at least `count` elements; storage never shrinks. If the array must grow and `exact` is true,
+    /// it then has exactly `count` slots. If `exact` is false, the number of slots doubles until it is large enough,
+    /// starting at 5. So appending takes amortised constant time.
     /// \throws MemoryException(slots, element size) if the storage or the copy of an element cannot be allocated; the
     ///         array is unchanged.
     void reserve(unsigned int count, bool exact = false) {
@@ -246,14 +249,14 @@ private:
     /// Whether all bytes of a value-initialised element are 0.
     static constexpr bool kIsZeroInitially = std::is_arithmetic_v<T> || std::is_pointer_v<T>;
 
-    // `conjunction` evaluates the second trait only if the first is true. Otherwise a type that contains an array of
-    // itself would need the trait to compute the trait.
+    // `conjunction` evaluates the second trait only if the first is true. If both were always evaluated, the trait of a
+    // type that contains an array of itself would depend on itself.
     static constexpr bool kMovesCannotFail =
         std::conjunction_v<std::is_nothrow_destructible<T>, std::is_nothrow_move_assignable<T>>;
 
     template <class Item>
     void appendOne(Item&& item) {
-        // The count is read once, because the compiler must assume that the new element overwrites it.
+        // The count is read once, because the compiler must assume that writing the element changes `m_count`.
         const unsigned int count = m_count;
         if (count < m_allocated) [[likely]] {
             m_items[count] = std::forward<Item>(item);
@@ -279,7 +282,7 @@ private:
         return slots;
     }
 
-    /// `count` as a number of slots; an array with more slots than fit cannot be allocated.
+    /// `count` as a number of slots. Throws MemoryException for more than `kMaxSlots`.
     [[nodiscard]] static unsigned int countOf(std::size_t count) {
         if (count > kMaxSlots) {
             detail::throwMemory(kMaxSlots, sizeof(T));
@@ -308,8 +311,8 @@ private:
         return grown;
     }
 
-    /// Allocates `slots` slots for an array without storage. The first `count` become copies of `items`, the others are
-    /// value-initialised. If a copy fails, the destructor of the array releases the earlier ones.
+    /// Allocates `slots` slots for an array without storage. The first `count` slots become copies of `items`, and the
+    /// other slots are value-initialised. If a copy fails, the destructor of the array releases all slots.
     void fill(unsigned int slots, const T* items, unsigned int count) {
         if (slots == 0) {
             return;
@@ -323,7 +326,8 @@ private:
             std::uninitialized_value_construct_n(m_items + count, slots - count);
             m_allocated = slots;
         } else {
-            // The standard library's trait also requires a destructor that does not throw.
+            // Not `is_nothrow_default_constructible`, because that trait also requires a destructor that does not
+            // throw.
             static_assert(noexcept(::new (std::declval<void*>()) T()), "an element's default state must not fail");
             for (unsigned int slot = 0; slot < slots; ++slot) {
                 std::construct_at(m_items + slot);
@@ -334,7 +338,7 @@ private:
         m_count = count;
     }
 
-    /// Replaces the elements by those of `other`. The storage must be large enough.
+    /// Replaces the elements by the elements of `other`, which are moved. The storage must be large enough.
     void moveElementsFrom(Array& other) {
         m_count = std::max(m_count, other.m_count);
         std::move(other.begin(), other.end(), m_items);
@@ -395,7 +399,7 @@ private:
     unsigned int m_allocated = 0;
 };
 
-/// `Array(range)` has the elements' type of the range.
+/// `Array(range)` deduces the type of its elements from the range.
 template <std::ranges::input_range Range>
 Array(Range&&) -> Array<std::ranges::range_value_t<Range>>;
 

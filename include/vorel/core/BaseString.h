@@ -83,7 +83,7 @@ void moveUnits(T* to, const T* from, std::size_t count) noexcept {
 template <class T>
 class BaseString {
 public:
-    /// The value of the length field for "unknown: count up to the terminator".
+    /// The value of the length field while the length is unknown. The text then ends at its first zero.
     static constexpr unsigned int kUnknownLength = 0xFFFFFFFFu;
 
     /// The empty string. Allocates nothing.
@@ -265,7 +265,8 @@ private:
         return length;
     }
 
-    /// The cases of `append` that are not inline: the length is unknown, the string must grow, or `count` is 0.
+    /// The cases of `append` that are not inline: the length is unknown, the string must grow, or nothing is appended
+    /// because `text` is null or `count` is 0.
     BaseString& appendSlowly(const T* text, unsigned int count) {
         if (!text || count == 0) {
             return *this;

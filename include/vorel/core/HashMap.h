@@ -27,7 +27,8 @@
 
 namespace vorel {
 
-/// The smallest odd prime above `n`, and 2 for 1. A growing map uses it for its bucket counts.
+/// The smallest odd prime above `n`; 2 for 1. `n` must not be 0. When a map grows, its new bucket count comes from this
+/// function.
 ///
 ///     1 -> 2    2 -> 3    7 -> 11    8 -> 11    24 -> 29
 inline std::uint64_t nextPrime(std::uint64_t n) noexcept {
@@ -56,8 +57,9 @@ namespace detail {
 /// division takes several times as long as a floating-point division, and the floating-point division here depends on
 /// `count` only.
 ///
-/// The computed reciprocal is at most 2^64 / count, and at most 4 plus one part in 2^49 below it. So neither quotient
-/// exceeds the exact one. The first remainder is below 5 * count + 2^15, and the second below 2 * count.
+/// The computed reciprocal never exceeds 2^64 / count. It is smaller by at most 4 plus one part in 2^49. So no computed
+/// quotient exceeds the exact quotient. The remainder is below 5 * count + 2^15 after the first round, and below 2 *
+/// count after the second.
 inline std::uint32_t remainderOf(std::uint64_t hash, std::uint32_t count) noexcept {
 #if defined(__SIZEOF_INT128__)
     __extension__ using Wide = unsigned __int128;
@@ -175,7 +177,8 @@ public:
     HashMap(const HashMap&) = delete;
     HashMap& operator=(const HashMap&) = delete;
 
-    /// Releases every node. The first failure follows the rules for destructors that may throw.
+    /// Releases every node. The first failure of a key's or value's destructor is rethrown; while another exception
+    /// unwinds the stack, it is recorded and swallowed.
     ~HashMap() noexcept(false) {
         detail::runDestructor(L"HashMap", [this] { clear(); });
     }

@@ -32,8 +32,8 @@ public:
     [[nodiscard]] void* release() noexcept { return std::exchange(m_handle, nullptr); }
 
     /// Closes the handle, if there is one; the object owns nothing afterwards. Returns false if the system cannot close
-    /// it; only then does the thread's last error change. Not `noexcept`: a tool that replaces the system call may
-    /// throw; the destructors of the locks report such an exception instead of ending the process.
+    /// it; only then does the thread's last error change. Not `noexcept`, because a tool that replaces the system call
+    /// may throw. The destructors of the locks report such an exception instead of ending the process.
     VOREL_API bool close();
 
 private:

@@ -27,7 +27,7 @@ namespace vorel::detail {
 [[noreturn]] VOREL_API void throwFailure(const wchar_t* message);
 
 /// The handlers that the functions below call. Call them only inside a `catch` block; they check whether the current
-/// exception is one of the library.
+/// exception is a library exception.
 [[noreturn]] VOREL_API void rethrowWithRecord(const wchar_t* location);
 [[noreturn]] VOREL_API void rethrowWithRecord(const wchar_t* className, const wchar_t* operation);
 VOREL_API void rethrowFromDestructor(const wchar_t* className);

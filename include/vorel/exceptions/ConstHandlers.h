@@ -1,5 +1,6 @@
 /// \file
-/// Catching and rethrowing an exception that was caught by const reference. Exception.h includes this header.
+/// The members of `Exception` that catch and rethrow an exception that was caught by const reference. Exception.h
+/// includes this header.
 #pragma once
 
 #include <cstdarg>
@@ -17,8 +18,9 @@ inline Exception Exception::locationOf(const wchar_t* format, va_list args) noex
 }
 
 inline void Exception::throwCopy() const {
-    // Every `rethrow` throws a copy, and does not change its object. It is declared [[noreturn]], so it is called
-    // through a pointer: an override that returns must not end in undefined behaviour.
+    // Every `rethrow` throws a copy and does not change its object. `rethrow` is called through a pointer, because a
+    // direct call of a [[noreturn]] function is undefined behaviour if an override returns. The last line handles an
+    // override that returns.
     void (Exception::*const volatile throwAsOwnClass)() = &Exception::rethrow;
     // NOLINTNEXTLINE(cppcoreguidelines-pro-type-const-cast): `rethrow` is not const because its declaration is fixed
     (const_cast<Exception*>(this)->*throwAsOwnClass)();

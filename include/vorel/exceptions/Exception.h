@@ -1,9 +1,9 @@
 /// \file
 /// `Exception`: the base class of all failures, and the interface of the error log.
 ///
-/// An exception has a stack of wide messages: the first is set at construction, and each handler on its way adds one.
-/// When a message is added, it is written to the error log as a line. If the object delays its logging, all messages
-/// are written when it is destroyed.
+/// An exception has a stack of wide messages: the first message is set at construction, and each handler that the
+/// exception passes adds a message. When a message is added, it is written to the error log as a line. If the object
+/// delays its logging, all messages are written when it is destroyed.
 ///
 ///     try {
 ///         load(file);
@@ -91,8 +91,8 @@ public:
 
     /// Adds "HRESULT: %X - %ls" with the system's text for `hr`. The prefix of the line in the log is
     /// "AddHRESULTErrorToStack: ". Nothing is added for 0, for E_FAIL, or for a code without a text. A code without a
-    /// text is logged as "HR not found", even if logging is delayed. Unless logging is delayed, an empty closing line
-    /// is always logged last.
+    /// text is logged as "HR not found", even if logging is delayed. At the end, an empty line is logged unless logging
+    /// is delayed, even if nothing was added.
     void addHRESULTErrorToStack(int hr) noexcept;
 
     /// Removes all messages.
@@ -119,9 +119,9 @@ public:
     /// The same in UTF-8. A failure is swallowed, and the text built so far is returned.
     const char* getCharErrorMessageBlock(const char* separator) const noexcept;
 
-    /// Replaces the two lists: a message and its location have the same index. Then empties the stack if `clearAfter`
-    /// is true.
-    /// \throws MemoryException if they cannot be allocated; the stack and both lists are unchanged.
+    /// Replaces the content of `messages` and `locations`, oldest first. A message and its location have the same
+    /// index. Then empties the stack if `clearAfter` is true.
+    /// \throws MemoryException if a list cannot be allocated; the stack and both lists are unchanged.
     void dumpStack(std::vector<std::wstring>& messages, std::vector<std::wstring>& locations, bool clearAfter);
 
     /// Writes every message to the log, oldest first, even if logging is delayed.
@@ -138,8 +138,8 @@ public:
     /// \}
     /// \name Catching and rethrowing
     /// Each function adds a record from RecordFormats.h. The catch functions empty the stack and never throw. The
-    /// rethrow functions rethrow the exception with its dynamic type. A location is the name of a function, or of a
-    /// class and a method.
+    /// rethrow functions rethrow the exception with its dynamic type. The append functions only add the record. A
+    /// location is the name of a function, or of a class and a method.
     /// \{
 
     void catchMessage(const wchar_t* location) noexcept;
@@ -191,10 +191,10 @@ public:
 
     /// \}
     /// \name Error log
-    /// One line of text per message. Any number of processes and threads write to the file, under a lock on the whole
-    /// file. A size limit is a number of bytes. 0 switches the log off. With 1 or more, a file that has grown beyond
-    /// the limit is moved to its backup (".001" appended). With a negative limit the file grows without bound. The
-    /// computer name in the lines is queried once, because it changes only at a restart.
+    /// One line of text per message. Any number of processes and threads may write to the file; each writer locks the
+    /// whole file. A size limit is a number of bytes. 0 switches the log off. With 1 or more, a file that has grown
+    /// beyond the limit is moved to its backup (".001" appended). With a negative limit the file grows without bound.
+    /// The computer name in the lines is queried once, because it changes only at a restart.
     /// \{
 
     static const long long DefaultLogSize = 1000000;
@@ -304,8 +304,8 @@ private:
         BaseString<wchar_t> location;
     };
 
-    /// The messages, oldest first. Only the library changes them. Not a standard container: some of these have another
-    /// layout in debug builds.
+    /// The messages, oldest first. Only the library changes them. Not a standard container, because some standard
+    /// containers have another layout in debug builds.
     class MessageStack {
     public:
         MessageStack() noexcept = default;
@@ -335,7 +335,8 @@ private:
     /// An exception with the rendered location as its only message. Nothing is logged.
     static inline Exception locationOf(const wchar_t* format, va_list args) noexcept;
 
-    /// Throws a copy with the object's own class, even if an override of `rethrow` returns.
+    /// Throws a copy with the object's own class. If an override of `rethrow` returns, throws a copy of class
+    /// `Exception`.
     [[noreturn]] inline void throwCopy() const;
 
     static void CheckOldLogSize(const char* logPath, long long maxSize) noexcept;

@@ -1,6 +1,7 @@
 /// \file
-/// The exception classes, one for each kind of failure. The first message of each has a fixed text and is logged at
-/// once. No derived class adds a field. `rethrow()` keeps the class. A move is a copy.
+/// The exception classes, one for each kind of failure. A constructor without a format has a fixed text for the first
+/// message, unless its comment says otherwise. The first message is logged at once. No derived class adds a field.
+/// `rethrow()` keeps the class. A move is a copy.
 #pragma once
 
 #include "vorel/exceptions/Exception.h"

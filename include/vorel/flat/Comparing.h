@@ -12,7 +12,7 @@ extern "C" {
 /// \{
 
 enum {
-    VOREL_COMPARE_IGNORE_CASE = 0x001,    ///< only A to Z and a to z are equal
+    VOREL_COMPARE_IGNORE_CASE = 0x001,    ///< A to Z equal a to z; other letters differ
     VOREL_COMPARE_NUMERIC = 0x002,        ///< runs of digits are compared as numbers: the natural order
     VOREL_COMPARE_SLASHES_EQUAL = 0x004,  ///< '/' and '\' are equal
     VOREL_COMPARE_REVERSE = 0x100,        ///< `a` and `b` are swapped

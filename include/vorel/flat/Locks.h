@@ -14,9 +14,9 @@ extern "C" {
 #define VOREL_WAIT_FOREVER 0xFFFFFFFFu
 
 /// \name Named mutex
-/// A recursive lock. Its owner is the thread that locked it, and only through the handle that this thread used. If the
-/// owner ends without unlocking the mutex, the next thread that locks it becomes the owner, with a warning in the error
-/// log.
+/// A recursive lock. Its owner is the thread that locked it. This thread owns it only through the handle that it locked
+/// it with. If the owner ends without unlocking the mutex, the next thread that locks it becomes the owner, with a
+/// warning in the error log.
 /// \{
 
 // NOLINTNEXTLINE(modernize-use-using): C includes this header too
@@ -57,7 +57,7 @@ VOREL_API vorel_status vorel_condition_open(const vorel_char16* name, size_t len
 /// Releases one waiter, or the next one to arrive.
 VOREL_API vorel_status vorel_condition_signal(vorel_condition* condition);
 
-/// Waits for a signal for up to `timeoutMs` milliseconds. `VOREL_ERROR_TIMEOUT` if none came.
+/// Waits for a signal for up to `timeoutMs` milliseconds. `VOREL_ERROR_TIMEOUT` if no signal came.
 VOREL_API vorel_status vorel_condition_wait(vorel_condition* condition, uint32_t timeoutMs);
 
 /// Closes the handle, which is invalid afterwards, whatever the status. No thread may be waiting on it.

@@ -22,7 +22,7 @@ enum {
 /// The parts of a URL.
 enum {
     VOREL_URL_PATH = 0,             ///< a whole path: '/' is kept, '?' is escaped
-    VOREL_URL_PATH_SEGMENT = 1,     ///< a segment of a path: both are escaped
+    VOREL_URL_PATH_SEGMENT = 1,     ///< a segment of a path: '/' and '?' are escaped
     VOREL_URL_QUERY = 2,            ///< a whole query: a space becomes '+', and '+' is escaped; '?' is kept
     VOREL_URL_QUERY_PARAMETER = 3,  ///< a name or value in a query: as a query, but '&' and '=' are escaped
 };

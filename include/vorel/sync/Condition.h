@@ -8,7 +8,7 @@
 ///     while (letters == 0 && arrived.wait(-1)) {
 ///     }
 ///
-/// A signal releases one waiter. If there is none, one signal is kept for the next waiter; further signals are lost.
+/// A signal releases one waiter. If no thread waits, one signal is kept for the next waiter; further signals are lost.
 #pragma once
 
 #include "vorel/Attributes.h"
@@ -36,8 +36,8 @@ public:
     /// Releases one waiter every ten milliseconds until none is left. A thread that calls `wait` meanwhile starts to
     /// wait after the broadcast. Returns at once if no thread waits. The caller may hold the lock, but need not.
     ///
-    /// A broadcast does not reach a thread that is in `wait`, has released the lock, but does not wait yet. So threads
-    /// that expect a broadcast should wait with a time limit and then check their condition again.
+    /// A broadcast does not reach a thread that has called `wait` and released the lock, but does not wait yet. So
+    /// threads that expect a broadcast should wait with a time limit and then check their condition again.
     /// \throws Exception "Failed to set event."
     void broadcast();
 
@@ -53,7 +53,7 @@ private:
 
     ForcedCriticalSection& m_lock;
     VOREL_BEGIN_OWN_MEMBERS
-    ForcedCriticalSection m_broadcastLock;  ///< held for a whole broadcast; waiters pass through it
+    ForcedCriticalSection m_broadcastLock;  ///< held for a whole broadcast; `wait` locks it briefly before it waits
     detail::KernelHandle m_event;
     volatile long m_waiters = 0;  ///< changed without a lock, so only atomically
     VOREL_END_OWN_MEMBERS

@@ -1,5 +1,5 @@
 /// \file
-/// The wide form of a kernel object's name in UTF-8. Kernel objects have UTF-16 names.
+/// Converts the name of a kernel object from UTF-8 to UTF-16, because kernel objects have UTF-16 names.
 #pragma once
 
 #include "vorel/core/BaseString.h"
@@ -7,13 +7,14 @@
 
 namespace vorel::detail {
 
-/// A name that is converted while a call lasts. Null stays null.
+/// A name in UTF-16, for the duration of one call. `wide` returns null for a null name.
 class NarrowName {
 public:
     /// \throws Exception if `name` is not valid UTF-8; MemoryException.
     explicit NarrowName(const char* name) {
         if (name) {
-            // The conversion reads up to five bytes after the lead byte of a truncated sequence.
+            // If the last sequence is truncated, the conversion reads up to five bytes after its lead byte. So zeros
+            // are appended.
             BaseString<char> padded(name);
             padded.append("\0\0\0\0", 5);
             util::ConvertUTF8toString(m_wide, padded.c_str(), -1, true);

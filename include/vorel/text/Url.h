@@ -17,7 +17,7 @@ namespace vorel::util {
 /// The part of a URL that a text is encoded for.
 enum UrlComponent : int {
     UrlPath = 0,            ///< a whole path: '/' is kept, '?' is escaped
-    UrlPathSegment = 1,     ///< a segment of a path: both are escaped
+    UrlPathSegment = 1,     ///< a segment of a path: '/' and '?' are escaped
     UrlQuery = 2,           ///< a whole query: a space becomes '+', and '+' is escaped; '?' is kept
     UrlQueryParameter = 3,  ///< a name or value in a query: like UrlQuery, but '&' and '=' are escaped too
 };

@@ -9,7 +9,7 @@ namespace vorel::util {
 
 /// Flags of `strcmpAdvanced`; they may be combined.
 enum strcmpAdvFlag : int {
-    SCMP_IgnoreCase = 0x001,    ///< only A to Z and a to z are equal
+    SCMP_IgnoreCase = 0x001,    ///< A to Z equal a to z; other letters differ
     SCMP_Numeric = 0x002,       ///< runs of digits are compared as numbers
     SCMP_SlashesEqual = 0x004,  ///< '/' and '\' are equal
     SCMP_Reverse = 0x100,       ///< the texts are swapped, which reverses the sign of the result

@@ -13,7 +13,7 @@ namespace vorel::util {
 ///
 /// The C runtime has a `round` of the same signature, which rounds a half away from zero. With `using namespace
 /// vorel::util`, a plain `round(value)` is therefore ambiguous, and the compiler reports it. `using vorel::util::round`
-/// in a function hides the other one.
+/// in a function hides the runtime's function.
 VOREL_API double round(double value) noexcept;
 
 /// A hash of the eight bytes of `value`, the least significant first: h = h * 31 + byte. Positive and negative zero
