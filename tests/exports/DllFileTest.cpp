@@ -42,6 +42,9 @@ TEST_F(DllFile, IsMappedAndLoadsAdvapi32OnFirstUse) {
     }
     EXPECT_THAT(dll.imports(), Not(Contains(StrCaseEq("ADVAPI32.dll"))));
     EXPECT_EQ(dll.header().FileAlignment, 4096u) << "sections that are not aligned to pages are read, not mapped";
+    const auto addresses = std::ranges::find(dll.sections(), ".didat", &test::PeFile::Section::name);
+    ASSERT_NE(addresses, dll.sections().end());
+    EXPECT_TRUE(addresses->flags & IMAGE_SCN_MEM_WRITE) << "the first use writes the addresses of the functions there";
 }
 
 TEST_F(DllFile, HasTheProtectionsOfTheSystem) {
