@@ -57,7 +57,9 @@ T* withFallback(T* buffer, std::size_t size, T*& heapOut, bool& truncatedOut, co
     const std::size_t units = static_cast<std::size_t>(needed) + 1;
     heapOut = static_cast<T*>(std::malloc(units * sizeof(T)));
     if (heapOut) {
-        return bounded(heapOut, units, fmt, args) == needed ? heapOut : nullptr;
+        // A text that became longer after the measurement may have no terminator.
+        const int written = bounded(heapOut, units, fmt, args);
+        return written >= 0 && written <= needed ? heapOut : nullptr;
     }
     buffer[size - 1] = 0;
     truncatedOut = true;

@@ -269,18 +269,47 @@ TYPED_TEST(Format, MessageText_IsNullWithoutARenderedText) {
     EXPECT_FALSE(message.truncated());
 }
 
-TEST(FormatOfNarrowText, MessageText_IsNullIfTheTextShrinksAfterMeasuring) {
-    const test::ImportHook<importedStdioCommonVsprintf> print([&](unsigned long long options, char* buffer,
-                                                                  std::size_t size, const char* format,
-                                                                  _locale_t locale, va_list args) {
-        const int written = print.original(options, buffer, size, format, locale, args);
-        return written > 0 ? written - 1 : written;
-    });
-    const std::string argument(10000, 'm');
-    MessageText<char> message;
-    message.renderf("%s", argument.c_str());
-    EXPECT_EQ(message.text(), nullptr);
-    EXPECT_FALSE(message.truncated());
+TYPED_TEST(Format, MessageText_ThatChangesAfterMeasuringIsRenderedIfItStillFits) {
+    struct Case {
+        std::size_t units;  // after the measurement
+        bool isRendered;
+    };
+    constexpr std::size_t kMeasured = 10000;
+    for (const Case& c :
+         {Case{0, true}, Case{1, true}, Case{9999, true}, Case{10000, true}, Case{10001, false}, Case{10002, false}}) {
+        std::basic_string<TypeParam> argument(kMeasured + 10, TypeParam{'m'});
+        argument[kMeasured] = 0;
+        const PrintHook<TypeParam> print([&](unsigned long long options, TypeParam* buffer, std::size_t size,
+                                             const TypeParam* format, _locale_t locale, va_list args) {
+            if (size > kMeasured) {  // the buffer on the heap
+                argument[kMeasured] = TypeParam{'m'};
+                argument[c.units] = 0;
+            }
+            return print.original(options, buffer, size, format, locale, args);
+        });
+        MessageText<TypeParam> message;
+        message.renderf(this->text("%s").c_str(), argument.c_str());
+        EXPECT_FALSE(message.truncated());
+        if (c.isRendered) {
+            ASSERT_NE(message.text(), nullptr) << c.units;
+            EXPECT_EQ(std::basic_string_view<TypeParam>(message.text()).size(), c.units);
+        } else {
+            EXPECT_EQ(message.text(), nullptr) << c.units;
+        }
+    }
+}
+
+// A message and its prefixes that fit into the buffer need no memory.
+TYPED_TEST(Format, MessageText_ComposesMoreThan7999UnitsOnTheHeap) {
+    for (const std::size_t units : {std::size_t{2}, std::size_t{7998}, std::size_t{7999}, std::size_t{8000}}) {
+        const auto front = this->text(": ");
+        const std::basic_string<TypeParam> back(units - front.size(), TypeParam{'m'});
+        MessageText<TypeParam> message;
+        message.compose({front}, back);
+        EXPECT_TRUE(message.text() == front + back) << units;
+        EXPECT_FALSE(message.truncated());
+        EXPECT_EQ(liesIn(message, message.text()), units <= 7999) << units;
+    }
 }
 
 }  // namespace
