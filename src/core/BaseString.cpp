@@ -233,7 +233,12 @@ BaseString<T>& BaseString<T>::vformat(const T* fmt, va_list args) {
     }
     if (m_data && readsString(*this, fmt, args)) {
         BaseString rendered;
-        return *this = rendered.vformat(fmt, args);
+        rendered.vformat(fmt, args);
+        const unsigned int length = rendered.length();
+        T* const target = length < m_capacity ? m_data : reserve(length + 1, true);
+        copyUnits(target, rendered.c_str(), length);
+        StringAccess<T>::setLength(*this, length);
+        return *this;
     }
     if (!m_data) {
         // Most texts are short. Measuring the length, as below, opens a file and takes twenty times as long as this

@@ -177,6 +177,21 @@ TYPED_TEST(BaseStringFormat, ArgumentsInTheString_AfterStarsAndDoubles) {
     EXPECT_TRUE(string.view() == this->text("  2.5 bcd"));
 }
 
+// The capacity is the same as for an argument outside the string.
+TYPED_TEST(BaseStringFormat, ArgumentsInTheString_GrowTheBufferLikeOtherArguments) {
+    for (const unsigned int start : {16u, 64u}) {
+        for (const unsigned int count : {2u, 14u, 15u, 16u, 17u, 31u, 32u, 63u, 64u, 127u, 511u, 512u, 1023u}) {
+            BaseString<TypeParam> string;
+            string.reserve(start - 1, true);
+            string = this->text("0").c_str();
+            ASSERT_EQ(string.capacity(), start);
+            string.format(this->text("%0*d%s").c_str(), static_cast<int>(count - 1), 0, string.c_str());
+            this->expectZeros(string, count);
+            EXPECT_EQ(string.capacity(), count < start ? start : capacityFor(count + 1)) << count;
+        }
+    }
+}
+
 TYPED_TEST(BaseStringFormat, FormatInTheString) {
     BaseString<TypeParam> string(this->text("value %d").c_str());
     string.format(string.c_str(), 42);
