@@ -17,10 +17,11 @@ namespace bench {
 
 namespace {
 
-/// The maximum number of elements in tests of the benchmarks themselves.
+/// The maximum number of elements if `--rounds 1` is given.
 constexpr std::size_t kMaxQuickCount = 100;
 
-/// A pass is sampled until all of these minimums are reached, or until it has taken `kLongestNs`.
+/// The passes are sampled until there are `kFewestSamples` samples and `kShortestNs` have elapsed, or until
+/// `kLongestNs` have elapsed.
 constexpr std::size_t kFewestSamples = 5;
 constexpr double kShortestNs = 1e8;
 constexpr double kLongestNs = 5e9;
@@ -100,7 +101,7 @@ void Growth::measure(const Work& work) {
         return;
     }
     std::printf("\n%s, compared with: %s\n", work.name.c_str(), work.peerName.c_str());
-    std::array<Rise, 2> ours;  // within and beyond the caches
+    std::array<Rise, 2> ours;  // first the costs within the caches, then the costs beyond
     std::array<Rise, 2> peers;
     for (const std::size_t elements : allowed(work.numbers, m_options)) {
         const Line line = measureOne(work, elements);

@@ -1,9 +1,9 @@
 /// \file
 /// Measures how the cost of one element depends on the number of elements.
 ///
-/// With few elements, the fixed part of the work dominates, so the cost of one element first falls. It rises when the
-/// data no longer fits into the processor's caches. Otherwise it should be constant: twice the elements take twice the
-/// time. The peers do the same work, and show the effect of the machine itself.
+/// With few elements, the fixed part of the work dominates, so the cost of one element first falls. The cost rises when
+/// the data no longer fits into the processor's caches. Otherwise the cost should be constant, because twice the
+/// elements should take twice the time. The peers do the same work, so their costs show the effect of the machine.
 #pragma once
 
 #include <cstddef>
@@ -28,7 +28,7 @@ using Steps = std::function<Step(std::size_t elements)>;
 
 struct Work {
     std::string name;
-    std::vector<std::size_t> numbers;  ///< of elements, in ascending order
+    std::vector<std::size_t> numbers;  ///< the numbers of elements, in ascending order
     std::size_t bytesPerElement;       ///< memory that a pass accesses for each element
     Steps ours;
     std::string peerName;
@@ -44,9 +44,9 @@ class Growth {
 public:
     explicit Growth(Options options);
 
-    /// Times the work for its numbers of elements, and prints a line for each. A cost is marked if it is more than 1.5
-    /// times the cost for a smaller number. Numbers within the caches and numbers beyond the caches are compared
-    /// separately.
+    /// Times the work for each of its numbers of elements, and prints a line for each number. A cost is marked if it is
+    /// more than 1.5 times the cost for a smaller number. Numbers within the caches and numbers beyond the caches are
+    /// compared separately.
     void measure(const Work& work);
 
     /// Writes the CSV file, if one was requested. Returns the exit code of the program.

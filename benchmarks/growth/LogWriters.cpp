@@ -58,10 +58,10 @@ Handle startWriter(const std::string& arguments) {
     return owned(started.hProcess);
 }
 
-/// Processes that write the same file. They wait until `write` is called.
+/// Processes that write the same file. They wait for each call of `write`.
 class Writers {
 public:
-    /// `missingLines` receives the number of lines that are missing from the file at the end.
+    /// The destructor adds the number of lines that are missing from the file to `missingLines`.
     Writers(std::size_t count, const std::string& kind, long long& missingLines)
         : m_missingLines(missingLines),
           m_path(temporaryPath(kind)),
@@ -81,7 +81,7 @@ public:
     Writers(const Writers&) = delete;
     Writers& operator=(const Writers&) = delete;
 
-    /// Counts the lines of the file, and removes it.
+    /// Terminates all writers, counts the lines of the file, and removes the file.
     ~Writers() {
         for (const Handle& process : m_processes) {
             TerminateProcess(process.get(), 0);
@@ -91,7 +91,8 @@ public:
         DeleteFileA(m_path.c_str());
     }
 
-    /// Lets each process write its lines, and waits for all of them.
+    /// Lets each process write `kLines` lines, and waits until all processes have written them. Returns the number of
+    /// lines that the file should have.
     std::uint64_t write() {
         for (const Handle& go : m_go) {
             SetEvent(go.get());

@@ -15,7 +15,8 @@ constexpr std::size_t kMaxLookups = 1000000;
 
 using Numbers = std::vector<std::uint64_t>;
 
-/// Both maps use the key itself as its hash.
+// Both maps use the key itself as its hash.
+
 struct OurMap {
     vorel::HashMap<std::uint64_t, std::uint64_t> map{31};
 

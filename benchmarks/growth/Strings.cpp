@@ -14,7 +14,7 @@ namespace {
 using vorel::BaseString;
 namespace util = vorel::util;
 
-/// Letters of one, two and three bytes in UTF-8.
+/// A text of `units` units. Its characters have one, two and three bytes in UTF-8.
 std::shared_ptr<const std::wstring> textOf(std::size_t units) {
     constexpr std::wstring_view kPattern = L"plain text, \u00FC\u043C\u0438\u0440 and \u4E2D. ";
     auto text = std::make_shared<std::wstring>(units, L'\0');
@@ -67,7 +67,7 @@ std::uint64_t formatByTheRuntime(const std::wstring& argument) {
     return static_cast<std::uint64_t>(_snwprintf(text.data(), text.size() + 1, L"%ls", argument.c_str()));
 }
 
-/// Steps that apply a function to a wide text of each number of units.
+/// For each number of units, a pass that applies `function` to a wide text of that length.
 template <class Function>
 Steps ofText(Function function) {
     return [function](std::size_t units) -> Step {

@@ -37,7 +37,7 @@ inline std::string csvLine(const std::vector<std::string>& fields) {
     return line + "\r\n";
 }
 
-/// Replaces the file. Returns whether everything was written, and prints the reason if not.
+/// Replaces the file. Returns whether everything was written. If not, prints the reason.
 inline bool writeFile(const std::string& path, std::string_view text) {
     std::FILE* const file = std::fopen(path.c_str(), "wb");
     if (!file) {

@@ -14,8 +14,8 @@ namespace bench {
 /// optimised away.
 ///
 /// The loop of `repeat` is compiled together with the function. So a repetition adds less than a nanosecond to the
-/// function itself, and short functions can be measured. The compiler cannot assume anything about memory between two
-/// repetitions.
+/// time of the function, and short functions can be measured. The compiler cannot assume anything about memory between
+/// two repetitions.
 class Pass {
 public:
     template <class Function>

@@ -71,7 +71,7 @@ Pass byTwo() {
     };
 }
 
-/// The pass with thread safety disabled.
+/// A pass that calls `pass` while thread safety is disabled.
 Pass switchedOff(const Pass& pass) {
     return [pass] {
         vorel::EnableThreadSafety(false);

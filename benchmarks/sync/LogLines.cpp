@@ -39,7 +39,7 @@ class BareCalls {
 public:
     explicit BareCalls(std::string path) : m_path(std::move(path)), m_line(lineLikeTheLogs()) {}
 
-    /// Uses a stream of the runtime, like the log.
+    /// Uses a stream of the runtime, as the log does.
     [[nodiscard]] bool writeToStream() const {
         const int descriptor = open();
         lock(descriptor, true);

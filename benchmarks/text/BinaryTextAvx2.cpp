@@ -79,7 +79,7 @@ std::size_t encode(const unsigned char* bytes, std::size_t count, T* out) {
     return static_cast<std::size_t>(out - start) + encodeBase64(bytes, count, out);
 }
 
-/// Returns false at a character without a value.
+/// Returns false if a character is not in the alphabet.
 template <class T>
 bool decodeBlock(const T* text, unsigned char* out) {
     const __m256i in = loadCharacters(text);

@@ -31,7 +31,7 @@ inline constexpr auto kHexValues = [] {
     return values;
 }();
 
-/// Returns the number of characters.
+/// Encodes `count` bytes. Returns the number of characters written.
 template <class T>
 static inline std::size_t encodeBase64(const unsigned char* bytes, std::size_t count, T* out) {
     const T* const start = out;
@@ -52,7 +52,7 @@ static inline std::size_t encodeBase64(const unsigned char* bytes, std::size_t c
     return static_cast<std::size_t>(out - start);
 }
 
-/// Decodes `length` characters, a multiple of four. Returns the number of bytes.
+/// Decodes `length` characters, a multiple of four. Returns the number of bytes written.
 template <class T>
 static inline std::size_t decodeBase64(const T* text, std::size_t length, unsigned char* out) {
     const unsigned char* const start = out;

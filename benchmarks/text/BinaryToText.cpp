@@ -34,13 +34,14 @@ struct Case {
     BaseString<T> hex;
 };
 
-/// A peer: writes its result and returns the number of units.
+/// A peer. Writes its result to `out`, and returns the number of units that it wrote.
 template <class T>
 using Loop = std::size_t (*)(const Case<T>& input, T* out);
 template <class T>
 using ByteLoop = std::size_t (*)(const Case<T>& input, unsigned char* out);
 
-/// Compares `run(output)` with loops that write at most `units` units, with reused outputs and with new ones.
+/// Compares `run(output)` with two loops, first with outputs that are reused, then with new outputs. The loops write at
+/// most `units` units.
 template <class Output, class Plain, class T, class Run, class LoopOf>
 void compareOutputs(Family& family, const std::string& what, const Case<T>& input, std::size_t units, const Run& run,
                     LoopOf tableLoop, LoopOf avx2Loop) {

@@ -1,6 +1,6 @@
 /// \file
-/// The cases of the text family, one function per file, and their common inputs. Results are nanoseconds per input of
-/// 1 MiB or 24 bytes.
+/// The cases of the text family, one function per file, and their common inputs. Results are nanoseconds per input; the
+/// inputs have 24 bytes to 16 MiB.
 #pragma once
 
 #include <cstdint>

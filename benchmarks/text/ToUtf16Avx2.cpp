@@ -22,7 +22,7 @@ struct Window {
     Row row;
 };
 
-/// Indexed by the positions of the last bytes of characters.
+/// The windows for all positions of characters. Bit n of the index is set if byte n is the last byte of a character.
 std::array<Window, 4096> makeWindows() {
     std::array<Window, 4096> windows = {};
     constexpr unsigned int kCharacters[] = {6, 4, 3};
@@ -154,14 +154,14 @@ private:
     __m256i m_previous = _mm256_setzero_si256();
 };
 
-/// Six lanes of one or two bytes.
+/// The units of six lanes, each with a character of one or two bytes.
 __m128i unitsOfTwo(__m128i lanes) {
     const __m128i low = _mm_and_si128(lanes, _mm_set1_epi16(0x7F));
     const __m128i high = _mm_and_si128(lanes, _mm_set1_epi16(0x1F00));
     return _mm_or_si128(low, _mm_srli_epi16(high, 2));
 }
 
-/// Four lanes of one to three bytes.
+/// The units of four lanes, each with a character of one to three bytes.
 __m128i unitsOfThree(__m128i lanes) {
     const __m128i low = _mm_and_si128(lanes, _mm_set1_epi32(0x7F));
     const __m128i middle = _mm_srli_epi32(_mm_and_si128(lanes, _mm_set1_epi32(0x3F00)), 2);
@@ -170,7 +170,7 @@ __m128i unitsOfThree(__m128i lanes) {
     return _mm_packus_epi32(values, values);
 }
 
-/// Writes a code point. Returns the end.
+/// Writes a code point. Returns the end of the output.
 char16_t* writeCode(std::uint32_t code, char16_t* out) {
     if (code < 0x10000) {
         *out++ = static_cast<char16_t>(code);
@@ -181,7 +181,7 @@ char16_t* writeCode(std::uint32_t code, char16_t* out) {
     return out;
 }
 
-/// Three lanes of one to four bytes. Returns the end.
+/// Writes the units of three lanes, each with a character of one to four bytes. Returns the end of the output.
 char16_t* writeLanesOfFour(__m128i lanes, char16_t* out) {
     const __m128i low = _mm_and_si128(lanes, _mm_set1_epi32(0x7F));
     const __m128i second = _mm_srli_epi32(_mm_and_si128(lanes, _mm_set1_epi32(0x3F00)), 2);
@@ -199,7 +199,8 @@ char16_t* writeLanesOfFour(__m128i lanes, char16_t* out) {
     return out;
 }
 
-/// Converts the next characters. `ends` has a bit for the last byte of each character. Returns the number of bytes.
+/// Converts the next characters. Bit n of `ends` is set if byte n is the last byte of a character. Returns the number
+/// of bytes that were converted.
 unsigned int convertWindow(const char* in, std::uint64_t ends, char16_t*& out) {
     constexpr Row kSwapped = {1, 0, 3, 2, 5, 4, 7, 6, 9, 8, 11, 10, 13, 12, 15, 14};
     constexpr Row kThrees = {2, 1, 0, 0x80, 5, 4, 3, 0x80, 8, 7, 6, 0x80, 11, 10, 9, 0x80};
@@ -244,7 +245,7 @@ int trailingAfter(unsigned char lead) {
     return lead < 0xE0 ? 1 : lead < 0xF0 ? 2 : 3;
 }
 
-/// Converts the rest of a text, one character at a time. Returns null if it is not valid.
+/// Converts the rest of a text, one character at a time. Returns the end of the output, or null if the rest is invalid.
 char16_t* convertRest(const unsigned char* byte, const unsigned char* end, char16_t* out) {
     while (byte < end) {
         const int trailing = trailingAfter(*byte);
@@ -285,8 +286,8 @@ std::size_t utf16LengthAvx2(const char* text, std::size_t bytes) {
 std::size_t toUtf16Avx2(const char* text, std::size_t bytes, char16_t* out) {
     const char16_t* const start = out;
     std::size_t at = 0;
-    // The last characters of a block are converted with the next block. The additional bytes are for whole windows at
-    // the end.
+    // The last characters of a block are converted with the next block. The conversion of a
+    // window reads 16 bytes, so 16 bytes must follow the block.
     while (at + 64 + 16 <= bytes) {
         const __m256i first = load32(text + at);
         const __m256i second = load32(text + at + 32);
@@ -308,7 +309,9 @@ std::size_t toUtf16Avx2(const char* text, std::size_t bytes, char16_t* out) {
         const auto leads = static_cast<std::uint64_t>(maskOf(_mm256_cmpgt_epi8(second, everyByte(-65)))) << 32 |
                            maskOf(_mm256_cmpgt_epi8(first, everyByte(-65)));
         std::uint64_t ends = leads >> 1;
-        const std::size_t last = at + 64 - 12;  // whether the last byte ends a character is not known
+        // The byte after the block decides whether the last byte of the block ends a character. So no window of twelve
+        // bytes includes the last byte.
+        const std::size_t last = at + 64 - 12;
         while (at < last) {
             const unsigned int consumed = convertWindow(text + at, ends, out);
             at += consumed;

@@ -18,7 +18,7 @@ struct Packing {
     Row row;
 };
 
-/// Indexed by one bit for each of eight lanes of two bytes: whether the character has one byte.
+/// The packings of eight lanes of two bytes. Bit n of the index is set if the character in lane n has one byte.
 std::array<Packing, 256> makeTwoBytePackings() {
     std::array<Packing, 256> packings = {};
     for (unsigned int ascii = 0; ascii != 256; ++ascii) {
@@ -34,7 +34,8 @@ std::array<Packing, 256> makeTwoBytePackings() {
     return packings;
 }
 
-/// Indexed by two bits for each of four lanes: whether the character has one byte, and whether it has one or two.
+/// The packings of four lanes of four bytes. The index has two bits for each lane: the lower bit is set if the
+/// character has one byte, the higher bit if it has one or two bytes.
 std::array<Packing, 256> makeThreeBytePackings() {
     std::array<Packing, 256> packings = {};
     for (unsigned int mask = 0; mask != 256; ++mask) {
@@ -66,7 +67,7 @@ char* writePacked(__m128i lanes, const Packing& packing, char* out) {
     return out + packing.length;
 }
 
-/// Sixteen units below 0x800.
+/// Writes sixteen units below 0x800. Returns the end of the output.
 char* writeUpToTwo(__m256i units, __m256i isAscii, char* out) {
     const __m256i lead = _mm256_srli_epi16(units, 6);
     const __m256i trailing = _mm256_slli_epi16(_mm256_and_si256(units, everyUnit(0x3F)), 8);
@@ -77,8 +78,8 @@ char* writeUpToTwo(__m256i units, __m256i isAscii, char* out) {
     return writePacked(_mm256_extracti128_si256(bytes, 1), kTwoBytePackings[mask >> 16 & 0xFF], out);
 }
 
-/// Sixteen units without surrogates. Each gets a lane of four bytes: the byte of ASCII, the last byte, the lead byte of
-/// three, and the byte before the last one.
+/// Writes sixteen units without surrogates. Each unit gets a lane of four bytes: the byte of ASCII, the last byte, the
+/// lead byte of three bytes, and the byte before the last byte. Returns the end of the output.
 char* writeUpToThree(__m256i units, __m256i isAscii, __m256i isShort, char* out) {
     const __m256i duplicate = _mm256_setr_epi8(0, 0, 2, 2, 4, 4, 6, 6, 8, 8, 10, 10, 12, 12, 14, 14,  //
                                                0, 0, 2, 2, 4, 4, 6, 6, 8, 8, 10, 10, 12, 12, 14, 14);

@@ -1,5 +1,6 @@
 #include <windows.h>
 
+#include "BinaryTextAvx2.h"
 #include "Cases.h"
 #include "Transcoders.h"
 #include "vorel/vorelCore.h"
@@ -13,7 +14,7 @@ namespace util = vorel::util;
 
 static_assert(sizeof(wchar_t) == sizeof(char16_t));
 
-/// Composes a text of a given size in UTF-8.
+/// Composes a wide text that has a given number of bytes in UTF-8, or up to three more.
 class Composer {
 public:
     explicit Composer(std::size_t bytes) : m_wanted(bytes) {}
@@ -24,7 +25,7 @@ public:
     /// A number from 0 to `limit` - 1.
     unsigned int below(unsigned int limit) { return static_cast<unsigned int>(m_random() % limit); }
 
-    /// Appends a character, unless the text already has its size.
+    /// Appends a character, unless the text already has the wanted number of bytes.
     void put(unsigned int code) {
         if (!wantsMore()) {
             return;
@@ -62,7 +63,8 @@ private:
     std::size_t m_bytes = 0;
 };
 
-/// One piece of each kind of text.
+// The following functions append one piece of one kind of text.
+
 void putAscii(Composer& text) {
     text.words('a', 'z', 4);
 }
@@ -144,18 +146,24 @@ void decode(Family& family, const std::string& name, const std::string& utf8) {
     const auto bytes = static_cast<int>(utf8.size());
     BaseString<wchar_t> wide;
     std::u16string buffer(utf8.size() + 16, u'\0');
-    family.compare("UTF-8 to wide, reused, " + name, 1,
-                   [&] {
-                       util::ConvertUTF8toString(wide, utf8.c_str(), bytes, true);
-                       return std::uint64_t{wide.data()[0]};
-                   },
-                   {{"MultiByteToWideChar",
-                     [&] {
-                         return static_cast<std::uint64_t>(MultiByteToWideChar(
-                             CP_UTF8, 0, utf8.c_str(), bytes, reinterpret_cast<wchar_t*>(buffer.data()),
-                             static_cast<int>(buffer.size())));
-                     }},
-                    {kLoop, [&] { return toUtf16Avx2(utf8.data(), utf8.size(), buffer.data()); }}});
+    std::vector<Peer> peers = {{"MultiByteToWideChar", [&] {
+                                    return static_cast<std::uint64_t>(MultiByteToWideChar(
+                                        CP_UTF8, 0, utf8.c_str(), bytes, reinterpret_cast<wchar_t*>(buffer.data()),
+                                        static_cast<int>(buffer.size())));
+                                }}};
+    if (hasAvx2()) {
+        peers.push_back({kLoop, [&] { return toUtf16Avx2(utf8.data(), utf8.size(), buffer.data()); }});
+    }
+    family.compare(
+        "UTF-8 to wide, reused, " + name, 1,
+        [&] {
+            util::ConvertUTF8toString(wide, utf8.c_str(), bytes, true);
+            return std::uint64_t{wide.data()[0]};
+        },
+        peers);
+    if (!hasAvx2()) {
+        return;  // the AVX2 loop is the only peer of the next case
+    }
     family.compare("UTF-8 to wide, fresh, " + name, 1,
                    [&] {
                        BaseString<wchar_t> fresh;
@@ -174,18 +182,24 @@ void encode(Family& family, const std::string& name, const std::wstring& text) {
     const auto* const utf16 = reinterpret_cast<const char16_t*>(text.data());
     BaseString<char> narrow;
     std::string buffer(4 * text.size() + 64, '\0');
-    family.compare("wide to UTF-8, reused, " + name, 1,
-                   [&] {
-                       util::ConvertStringtoUTF8(text.c_str(), narrow, units);
-                       return static_cast<std::uint64_t>(narrow.data()[0]);
-                   },
-                   {{"WideCharToMultiByte",
-                     [&] {
-                         return static_cast<std::uint64_t>(
-                             WideCharToMultiByte(CP_UTF8, 0, text.c_str(), units, buffer.data(),
-                                                 static_cast<int>(buffer.size()), nullptr, nullptr));
-                     }},
-                    {kLoop, [&] { return toUtf8Avx2(utf16, text.size(), buffer.data()); }}});
+    std::vector<Peer> peers = {{"WideCharToMultiByte", [&] {
+                                    return static_cast<std::uint64_t>(
+                                        WideCharToMultiByte(CP_UTF8, 0, text.c_str(), units, buffer.data(),
+                                                            static_cast<int>(buffer.size()), nullptr, nullptr));
+                                }}};
+    if (hasAvx2()) {
+        peers.push_back({kLoop, [&] { return toUtf8Avx2(utf16, text.size(), buffer.data()); }});
+    }
+    family.compare(
+        "wide to UTF-8, reused, " + name, 1,
+        [&] {
+            util::ConvertStringtoUTF8(text.c_str(), narrow, units);
+            return static_cast<std::uint64_t>(narrow.data()[0]);
+        },
+        peers);
+    if (!hasAvx2()) {
+        return;  // the AVX2 loop is the only peer of the next case
+    }
     family.compare("wide to UTF-8, fresh, " + name, 1,
                    [&] {
                        BaseString<char> fresh;
@@ -202,9 +216,6 @@ void encode(Family& family, const std::string& name, const std::wstring& text) {
 }  // namespace
 
 void unicode(Family& family) {
-    if (!__builtin_cpu_supports("avx2")) {
-        return;  // the peer needs it
-    }
     for (const Kind& kind : kKinds) {
         for (const std::size_t size : kSizes) {
             Composer composer(size);

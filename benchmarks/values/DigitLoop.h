@@ -1,7 +1,7 @@
 /// \file
 /// A peer for the integer parsers: the method of fast_float 5. Debian's version of fast_float does not parse integers
-/// yet. Eight decimal digits are parsed at once in one register, the others one by one with a table; the range is
-/// checked at the end.
+/// yet. Eight decimal digits are parsed at once in one register, the remaining digits one by one with a table. The
+/// range is checked at the end.
 #pragma once
 
 #include <array>

@@ -59,7 +59,7 @@ constexpr auto kCompiledFormat = [](auto value, auto* buffer) {
     }
 };
 
-/// `fmt::format_int` formats into its own buffer; the text is not copied out.
+/// `fmt::format_int` formats into its own buffer. The pass does not copy the text from this buffer.
 template <class Value>
 Pass overFormatInt(const std::vector<Value>& values) {
     return [&values] {
@@ -147,7 +147,8 @@ Pass allocateEach() {
         std::uint64_t sum = 0;
         for (std::size_t number = 0; number < kNumbers; ++number) {
             void* const block = std::malloc(16 * sizeof(wchar_t));
-            auto* const units = static_cast<volatile wchar_t*>(block);  // keeps the compiler from removing both
+            auto* const units =
+                static_cast<volatile wchar_t*>(block);  // volatile, so that the compiler keeps malloc and free
             units[0] = L'0';
             sum += units[0];
             std::free(block);
