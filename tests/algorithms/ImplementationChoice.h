@@ -1,6 +1,6 @@
 /// \file
 /// A fixture that runs the same tests for scalar and AVX2 algorithms, in both widths. An algorithm is a type with a
-/// name, a unit type, its requirement, and one or two static functions.
+/// name, a unit type, whether it needs AVX2, and one or two static functions.
 ///
 ///     template <class T>
 ///     struct ScalarEncoder {

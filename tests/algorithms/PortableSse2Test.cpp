@@ -1,7 +1,9 @@
-// Compares each function with the instruction of the processor, which is an independent reference.
+// Compares the functions with the instructions of the processor, which are an independent reference. Whole-vector
+// shifts, loads and stores are compared with constants.
 
 #include <array>
 #include <cstddef>
+#include <cstdint>
 #include <cstring>
 #include <random>
 #include <vector>
@@ -41,7 +43,7 @@ Vector vectorOf(const Bytes& bytes) {
     return vector;
 }
 
-/// Vectors with the limits of all lanes, and random vectors.
+/// Vectors with the limits of lanes of 8, 16 and 32 bits, and random vectors.
 std::vector<Bytes> samples() {
     std::vector<Bytes> vectors;
     constexpr unsigned char kLimits[] = {0x00, 0x01, 0x7F, 0x80, 0xFF};
@@ -51,6 +53,15 @@ std::vector<Bytes> samples() {
             for (std::size_t index = 0; index < 16; ++index) {
                 bytes[index] = (index % 2 == 0) ? low : high;
             }
+            vectors.push_back(bytes);
+        }
+    }
+    constexpr std::uint32_t kLimits32[] = {0x7FFFFFFF, 0x80000000, 0x00007FFF, 0x00008000, 0xFFFF7FFF, 0xFFFF8000};
+    for (const std::uint32_t even : kLimits32) {
+        for (const std::uint32_t odd : kLimits32) {
+            const std::array<std::uint32_t, 4> lanes{even, odd, even, odd};
+            Bytes bytes{};
+            std::memcpy(bytes.data(), lanes.data(), bytes.size());
             vectors.push_back(bytes);
         }
     }
@@ -86,7 +97,7 @@ struct Binary {
           [](Native a) { return ::name(a, count); }}
 // clang-format on
 
-TEST(PortableSse2, FunctionsOfTwoVectors_GiveWhatTheInstructionsGive) {
+TEST(PortableSse2, FunctionsOfTwoVectors_ReturnTheResultsOfTheInstructions) {
     const Binary functions[] = {
         BINARY(_mm_and_si128),     BINARY(_mm_andnot_si128),  BINARY(_mm_or_si128),       BINARY(_mm_xor_si128),
         BINARY(_mm_add_epi8),      BINARY(_mm_add_epi16),     BINARY(_mm_sub_epi8),       BINARY(_mm_sub_epi16),
@@ -108,7 +119,7 @@ TEST(PortableSse2, FunctionsOfTwoVectors_GiveWhatTheInstructionsGive) {
     }
 }
 
-TEST(PortableSse2, Shifts_GiveWhatTheInstructionsGive) {
+TEST(PortableSse2, Shifts_ReturnTheResultsOfTheInstructions) {
     const Unary functions[] = {
         SHIFT(_mm_slli_epi16, 0),  SHIFT(_mm_slli_epi16, 7),  SHIFT(_mm_slli_epi16, 15), SHIFT(_mm_slli_epi16, 16),
         SHIFT(_mm_slli_epi32, 1),  SHIFT(_mm_slli_epi32, 31), SHIFT(_mm_slli_epi32, 32), SHIFT(_mm_srli_epi16, 0),
@@ -136,7 +147,7 @@ TEST(PortableSse2, ShiftsOfTheWholeVector_MoveBytesAndFillWithZeros) {
     EXPECT_EQ(bytesOf(portable::_mm_srli_si128(vector, 15)), (Bytes{16}));
 }
 
-TEST(PortableSse2, ScalarResultsAndConstants_AreThoseOfTheInstructions) {
+TEST(PortableSse2, ScalarResultsAndConstants_EqualTheResultsOfTheInstructions) {
     for (const Bytes& vector : samples()) {
         EXPECT_EQ(portable::_mm_movemask_epi8(vectorOf<Portable>(vector)), _mm_movemask_epi8(vectorOf<Native>(vector)));
         EXPECT_EQ(portable::_mm_cvtsi128_si64(vectorOf<Portable>(vector)), _mm_cvtsi128_si64(vectorOf<Native>(vector)));

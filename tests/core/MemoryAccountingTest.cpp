@@ -50,7 +50,7 @@ public:
     int reports = 0;
 };
 
-/// Unregisters the spy before and after each test.
+/// Unregisters the spy after each test.
 class AllocationSpies : public testing::Test {
 protected:
     ~AllocationSpies() override { AllocBase::registerSpy(nullptr); }
@@ -79,7 +79,7 @@ TEST(AllocBase, Alloc_OfZeroBytesReturnsWhatMallocReturns) {
     std::free(runtimes);
 }
 
-TEST(AllocBase, Alloc_ReturnsNullWithoutMemory) {
+TEST(AllocBase, Alloc_ReturnsNullIfMemoryRunsOut) {
     for (const unsigned long long size : {~0ull, ~0ull - 1, 1ull << 63, 1ull << 60}) {
         EXPECT_EQ(Client::_alloc(size), nullptr) << size;
     }

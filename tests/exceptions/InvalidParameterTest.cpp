@@ -25,7 +25,7 @@ namespace {
 using test::TemporaryLog;
 using Texts = std::vector<std::string>;
 
-/// Installs a handler, or removes the current one, while the object exists.
+/// Sets the handler of the program. Null means none. The destructor sets the previous handler again.
 class HandlerInstalled {
 public:
     explicit HandlerInstalled(_invalid_parameter_handler handler) : m_before(_set_invalid_parameter_handler(handler)) {}
@@ -43,11 +43,10 @@ void __cdecl countCall(const wchar_t*, const wchar_t*, const wchar_t*, unsigned 
     ++s_calls;
 }
 
-/// Starts without a handler. `use()` sets the log's location, which installs the library's handler.
+/// Removes the handler of the program. The temporary log then sets the log's location, so the library installs its own
+/// handler, and each test begins with that handler.
 class InvalidParameter : public testing::Test {
 protected:
-    InvalidParameter() { m_log.use(); }
-
     static _invalid_parameter_handler handler() { return _get_invalid_parameter_handler(); }
 
     const HandlerInstalled m_none{nullptr};

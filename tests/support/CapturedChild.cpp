@@ -7,7 +7,7 @@ namespace test {
 
 namespace {
 
-/// A pipe. A child process inherits one end.
+/// A pipe. A child process can inherit one end.
 struct Pipe {
     Pipe() {
         HANDLE readEnd = nullptr;
@@ -34,7 +34,7 @@ void writeAll(Handle& pipe, std::string_view bytes) {
     while (!bytes.empty()) {
         DWORD written = 0;
         if (!WriteFile(pipe.get(), bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr)) {
-            break;  // the child stopped readerThread
+            break;  // the child closed its end of the pipe
         }
         bytes.remove_prefix(written);
     }

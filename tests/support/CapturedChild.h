@@ -16,13 +16,13 @@ namespace test {
 
 /// The exit code and the output of a program.
 struct Captured {
-    std::optional<DWORD> exitCode;  ///< empty if it did not exit in time
+    std::optional<DWORD> exitCode;  ///< empty if the program did not exit in time
     std::string output;
     std::string error;
 };
 
 /// Runs a program from the folder of the test program until it exits, with `input` as its standard input.
-/// \throws std::runtime_error if it cannot be started.
+/// \throws std::runtime_error if a pipe cannot be created or inherited, or if the program cannot be started.
 Captured capture(const std::wstring& program, const std::vector<std::wstring>& arguments, std::string_view input = {},
                  ChildOptions options = {});
 

@@ -1,5 +1,6 @@
 /// \file
-/// A set of debug targets: its lock, and the flag that avoids lookups.
+/// The set of debug targets: its lock, its order and its lookups, and the flag that is set by the first active target.
+/// While the flag is clear, no target is looked up.
 
 #include "exceptions/DebugTargets.h"
 
@@ -30,7 +31,7 @@ public:
     static inline int s_unlocked = 0;
 };
 
-/// Clears the flag, which is clear at load, and restores it after the test.
+/// Clears the flag, so that each test begins as after the load of the library, and restores the flag after the test.
 class DebugTargetsInside : public testing::Test {
 protected:
     DebugTargetsInside() : m_before(DebugTargetsUsed.exchange(false)) {}
@@ -89,7 +90,7 @@ void expectFoundInAnyOrder(std::vector<std::basic_string<T>> names) {
     } while (std::next_permutation(names.begin(), names.end()));
 }
 
-TEST(DebugTargetSet, OrdersNamesByUnitsWithoutASign) {
+TEST(DebugTargetSet, ComparesUnitsAsUnsignedNumbers) {
     expectFoundInAnyOrder<char>({"", "a", "ab", "\x7F", "\x80", "\xFF\x01"});
     expectFoundInAnyOrder<wchar_t>({L"", L"a", L"ab", L"\x7FFF", L"\x8000", L"\xFFFF\x0001"});
 }

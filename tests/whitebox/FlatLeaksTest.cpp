@@ -76,7 +76,7 @@ TEST(FlatLeaks, LastFailureIsFreedWhenTheThreadExits) {
     EXPECT_TRUE(live.empty());
 }
 
-TEST(FlatLeaks, FailureWithoutMemoryHasAMessage) {
+TEST(FlatLeaks, FailureHasAMessageIfMemoryRunsOut) {
     const test::ImportHook<importedHeapAlloc> alloc([](HANDLE, DWORD, SIZE_T) -> void* { return nullptr; });
     std::thread([] {
         EXPECT_EQ(vorel_parse_int32(nullptr, 0, nullptr), VOREL_ERROR_INVALID_ARGUMENT);
