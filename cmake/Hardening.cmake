@@ -1,8 +1,10 @@
 # Options that make the installed library harder to attack and its builds reproducible. The linker's defaults already
-# give it high-entropy addresses, data that cannot be executed, and no section that is both writable and executable.
+# give the library high-entropy addresses, data that cannot be executed, and no section that is both writable and
+# executable.
 #
-# -fcf-protection is not used. It marks the targets of indirect calls for Linux. Windows uses tables for them, which
-# this linker does not write, and its shadow stacks require a flag in the file, which this linker does not set.
+# -fcf-protection is not used, because it marks the targets of indirect calls for Linux only. Windows uses tables of
+# these targets, which this linker does not write. The shadow stacks of Windows require a flag in the file, which this
+# linker does not set.
 
 # For the library's objects in release builds. src/core/StackGuard.cpp defines the guard's value and the reaction to a
 # failure.
@@ -13,16 +15,16 @@ function(vorel_harden target)
 endfunction()
 
 # Omits the guard in sources whose functions are short loops over bounded buffers on the stack, because the guard would
-# take up to a quarter of their time on short texts. Fuzzing, the guarded heap, and tests at page edges check their
-# bounds.
+# take up to a quarter of their time on short texts. Fuzzing, the guarded heap, and tests at page edges check the
+# bounds of these functions.
 function(vorel_omit_stack_guard)
     if(NOT MSVC)
         set_property(SOURCE ${ARGN} APPEND PROPERTY COMPILE_OPTIONS "$<$<CONFIG:Release>:-fno-stack-protector>")
     endif()
 endfunction()
 
-# A release DLL has neither symbols nor debug information; debuggers find both in <name>.debug in the same folder. The
-# DLL does not contain the build time.
+# A release DLL has neither symbols nor debug information; both are in <name>.debug in the same folder, where debuggers
+# find the file. The DLL does not contain the build time.
 function(vorel_separate_debug_information target)
     if(NOT MINGW)
         return()

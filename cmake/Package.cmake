@@ -38,7 +38,7 @@ option(VOREL_INSTALL_RUNTIME_DLLS "Install the compiler's runtime DLLs; distribu
 set(vorelInstalledDllNames "")
 if(VOREL_INSTALL_RUNTIME_DLLS)
     set(vorelInstalledDllNames ${VOREL_RUNTIME_DLL_NAMES})
-    # Debian's have symbols and debug information, which are six times as large as the rest.
+    # Debian's runtime DLLs have symbols and debug information, which are six times as large as the rest.
     foreach(dll IN LISTS VOREL_RUNTIME_DLLS)
         cmake_path(GET dll FILENAME name)
         set(stripped "${vorelPackageFiles}/bin/${name}")
@@ -69,8 +69,8 @@ endif()
 configure_package_config_file(cmake/vorelCoreConfig.cmake.in "${vorelPackageFiles}/vorelCoreConfig.cmake"
     INSTALL_DESTINATION "${vorelPackageDir}"
     PATH_VARS CMAKE_INSTALL_BINDIR CMAKE_INSTALL_LIBDIR CMAKE_INSTALL_INCLUDEDIR)
-# Before 1.0 a minor version may change the interface. vorelCoreConfig.cmake checks the architecture: its messages say
-# what is wrong.
+# Before 1.0 a minor version may change the interface. vorelCoreConfig.cmake checks the architecture, because
+# its messages can give the reason.
 write_basic_package_version_file("${vorelPackageFiles}/vorelCoreConfigVersion.cmake"
     COMPATIBILITY SameMinorVersion ARCH_INDEPENDENT)
 install(
@@ -134,10 +134,10 @@ set(CPACK_PACKAGE_INSTALL_DIRECTORY "${PROJECT_NAME} ${PROJECT_VERSION}")
 set(CPACK_PACKAGE_CHECKSUM SHA256)
 set(CPACK_RESOURCE_FILE_LICENSE "${vorelPackageFiles}/README.txt")
 set(CPACK_VERBATIM_VARIABLES ON)
-# ./dev package builds the targets of the package. Without this, the install step would build all tests too.
+# ./dev package builds the targets of the package. Without this setting, the install step would build all tests too.
 set(CMAKE_SKIP_INSTALL_ALL_DEPENDENCY ON)
 
-# Otherwise the installer would have the symbols as a component.
+# Without this setting, the installer would offer the symbols as a component.
 set(CPACK_MONOLITHIC_INSTALL ON)
 
 # The first text to read, in the folder of the package itself.

@@ -1,7 +1,8 @@
 # Options for compiling every target of this project: the language, the floating-point rules, the warnings. They do not
 # affect the users of the library.
 
-# The presets that ./dev uses set this. Other versions of the compilers may have other warnings.
+# The presets of ./dev enable this option. By default it is off, because other versions of the compilers may have other
+# warnings.
 option(VOREL_WARNINGS_AS_ERRORS "End the build at a warning" OFF)
 if(VOREL_WARNINGS_AS_ERRORS)
     set(vorelWarningsAsErrors -Werror)
@@ -52,8 +53,8 @@ if(MSVC)
 endif()
 
 # Undefined behaviour, an index past the end of a standard container, and an overwritten return address end the program
-# where they occur. They trap, because this compiler has no runtime that would report them. The stack guard comes from
-# the static libssp, so the DLL has the same imports as in other builds.
+# where they occur. The checks end in a trap instruction, because this compiler has no runtime that would report the
+# errors. The stack guard comes from the static libssp, so the DLL has the same imports as in other builds.
 option(VOREL_TRAPS "Trap on undefined behaviour" OFF)
 set(VOREL_TRAP_OPTIONS
     -fsanitize=undefined

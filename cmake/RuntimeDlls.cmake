@@ -1,7 +1,7 @@
 # The compiler's runtime DLLs, which every program of this project needs in its folder.
 #
-# They are shared by design. A program can catch exceptions from vorelCore.dll, and exceptions in flight are counted
-# correctly, only if the program and the DLL use the same libstdc++.
+# Programs and vorelCore.dll share these DLLs by design. A program can catch exceptions from vorelCore.dll, and
+# exceptions in flight are counted correctly, only if the program and vorelCore.dll use the same libstdc++.
 
 # Microsoft's runtime is a part of Windows or has its own installer.
 if(MSVC)
@@ -21,7 +21,8 @@ foreach(name IN LISTS VOREL_RUNTIME_DLL_NAMES)
         COMMAND ${CMAKE_CXX_COMPILER} ${vorelTargetOption} -print-file-name=${name}
         OUTPUT_VARIABLE path
         OUTPUT_STRIP_TRAILING_WHITESPACE)
-    # If the compiler does not find the file, it prints only the name. In MSYS2 the file is in the compiler's folder.
+    # If the compiler does not find the file, the compiler prints only the name. In MSYS2 the file is in the compiler's
+    # folder.
     if(NOT IS_ABSOLUTE "${path}")
         cmake_path(GET CMAKE_CXX_COMPILER PARENT_PATH path)
         cmake_path(APPEND path "${name}")

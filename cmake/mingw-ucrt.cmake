@@ -1,17 +1,17 @@
 # Toolchain: GCC for mingw-w64 (posix threads, GCC 12 or later) with the universal C runtime. Everything that shares
-# memory or streams with vorelCore.dll must be built this way, so the package installs this file as well.
+# memory or streams with vorelCore.dll must use this runtime, so the package installs this file as well.
 #
+# Some compilers use this runtime by default: the compilers of MSYS2 (UCRT64), and x86_64-w64-mingw32ucrt-g++ of Debian
+# 13. The default of Debian's x86_64-w64-mingw32-g++-posix is the older runtime. This file replaces the older runtime in
+# two ways. The macros in ucrt-target.cmake make the headers declare the universal runtime's functions. A specs file,
+# which is made here from the compiler's own specs, makes the compiler link libucrt instead of libmsvcrt.
 #
-# Some compilers use this runtime by default: those of MSYS2 (UCRT64), and x86_64-w64-mingw32ucrt-g++ of Debian 13. The
-# default of Debian's x86_64-w64-mingw32-g++-posix is the older runtime. Two things replace it: with the macros in
-# ucrt-target.cmake, the headers declare the universal runtime's functions; with a specs file, the compiler links libucrt
-# instead of libmsvcrt. The specs file is made here from the compiler's own specs.
-#
-# -DCMAKE_CXX_COMPILER=<compiler> chooses another compiler than the first that is installed.
+# -DCMAKE_CXX_COMPILER=<compiler> chooses a compiler. By default, the first installed compiler of the list below is
+# used.
 
 include("${CMAKE_CURRENT_LIST_DIR}/ucrt-target.cmake")
 
-# The test projects of CMake get these from the build.
+# CMake passes these variables of the build to its test projects.
 list(APPEND CMAKE_TRY_COMPILE_PLATFORM_VARIABLES VOREL_GXX VOREL_GXX_MACHINE VOREL_GXX_IS_UCRT VOREL_UCRT_SPECS)
 set(VOREL_UCRT_SPECS "${CMAKE_BINARY_DIR}/ucrt.specs" CACHE FILEPATH "GCC specs that link the universal C runtime")
 
