@@ -1,10 +1,11 @@
 /// \file
 /// Four processes add to one number under a named mutex. One of them is killed while it holds the mutex. The next
-/// process gets the mutex and writes a warning to the log, and the others finish.
+/// process that gets the mutex writes a warning to the log, and the remaining processes finish.
 ///
 ///     shared_counter
 ///
-/// The exit code is 0 if the number is correct and the log contains exactly one record, about the abandoned mutex.
+/// The exit code is 0 if the number is correct, the remaining processes succeeded, and the log contains exactly one
+/// record, which is about the abandoned mutex.
 
 #include <cstdio>
 #include <cstdlib>

@@ -24,8 +24,8 @@ std::string_view nameOf(std::string_view path) {
 /// Converts `line` to wide text and back. Returns whether it contains characters outside ASCII.
 bool convertAndCompare(const std::string& line) {
     try {
-        // After a lead byte at the end of the line, the decoder reads trailing bytes past the end. It finds these
-        // zeros.
+        // If the line ends with a lead byte, the decoder reads trailing bytes past the end of the line. There it finds
+        // these zeros.
         constexpr std::size_t kLongestSequence = 6;
         std::string input = line;
         input.append(kLongestSequence, '\0');
