@@ -4,7 +4,7 @@ set -euo pipefail
 cd "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")/.."
 
 jobs="$(nproc)"
-# The results of checks without findings, for all clones of this user.
+# The cache of all clones of this user: results of checks, and unpacked programs.
 cache="${XDG_CACHE_HOME:-$HOME/.cache}/vorelCore"
 compiler=x86_64-w64-mingw32-g++-posix
 
@@ -55,7 +55,7 @@ test_packages=(
     libestr0 libfastjson4 liblognorm5 libzstd1
     libcap2 libjson-c5 libnet1 libwrap0
 )
-# Some of them have other names after Debian 12.
+# Some packages have other names after Debian 12.
 debian="$(. /etc/os-release 2>/dev/null && echo "${VERSION_ID:-}")" || true
 if [[ $debian == 12 ]]; then
     test_packages+=(libglib2.0-0 libivykis0 libpcre3)
@@ -103,7 +103,7 @@ setup() { # setup [package]...: installs the packages that every command needs, 
     as_root apt-get install -y -qq -o Dpkg::Use-Pty=0 --no-install-recommends "${missing[@]}"
 }
 
-# Where one of these cannot be installed, the tests that need it are skipped.
+# If one of these packages cannot be installed, the tests that need the package are skipped.
 setup_tests() {
     local package
     (setup "${test_packages[@]}") || for package in $(missing_packages "${test_packages[@]}"); do
@@ -142,7 +142,7 @@ install_npm_packages() { # install_npm_packages <folder of package-lock.json> <f
     cmp --silent "$lock" "$installed" && return
     mkdir -p "$2"
     cp "$1/package.json" "$lock" "$2/"
-    # --force because they may be for Windows.
+    # --force, because the packages may be for Windows.
     npm ci --prefix "$2" --force --ignore-scripts --no-audit --no-fund --loglevel=error
     cp "$lock" "$installed"
 }

@@ -18,7 +18,7 @@ END = "<!-- end of results -->"
 MAX_SPREAD = 0.2
 MAX_RISE = 1.5
 GROWTH = "growth"
-# These are not peers: they show the limits of the machine.
+# These entries are not peers. They show the limits of the machine.
 LIMITS = ("memcpy",)
 
 # Introductions: facts that the titles of the families do not give.
