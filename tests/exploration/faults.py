@@ -14,7 +14,7 @@ from typing import NamedTuple
 ROOT = Path(__file__).resolve().parents[2]
 PAGE = ROOT / "docs" / "reliability.md"
 sys.path.insert(0, str(ROOT / "tests" / "mutation"))
-from workbench import Bench, Build  # noqa: E402
+from workbench import Bench, Build, TestDoesNotCompile  # noqa: E402
 
 
 class Fault(NamedTuple):
@@ -134,11 +134,17 @@ def length_of(output):
 
 
 def found_by_others(bench, build):
+    """The first test that finds the planted fault; None if all pass."""
     for program in build.programs.values():
-        if program.name != "exploration" and bench.build(program):
-            failed = bench.run(program, "*")
-            if failed:
-                return f"{program.name}.{failed}"
+        if program.name == "exploration":
+            continue
+        try:
+            has_changed = bench.build(program)
+        except TestDoesNotCompile as error:
+            return f"does not compile: {error}"
+        failed = bench.run(program, "*") if has_changed else None
+        if failed:
+            return f"{program.name}.{failed}"
     return None
 
 
