@@ -1,9 +1,9 @@
 /// \file
-/// Copies runs of ASCII between bytes and 16-bit units, sixteen elements at a time: most text is ASCII. SSE2 is part of
-/// every 64-bit x86 processor, so no dispatch is needed.
+/// Copies runs of ASCII between bytes and 16-bit units, sixteen or eight elements at a time, because most text is
+/// ASCII. SSE2 is part of every 64-bit x86 processor, so no dispatch is needed.
 ///
-/// Each algorithm also stops at a zero, so the end of zero-terminated text is not searched separately. Reads may extend
-/// past the end of the text, but not into another page. Writes never exceed the run.
+/// A zero also ends a run, so the end of zero-terminated text is not searched separately. Reads may extend past the end
+/// of the text, but not into another page. Writes never exceed the run.
 #pragma once
 
 #include <algorithm>
@@ -21,11 +21,11 @@ namespace vorel::algorithms {
 /// Elements per block.
 inline constexpr std::size_t kAsciiBlock = 16;
 
-/// Sixteen elements. The elements before the first one outside 0x01 to 0x7F form a run.
+/// Sixteen elements. The elements before the first element outside 0x01 to 0x7F form a run.
 struct AsciiBlock {
     explicit AsciiBlock(__m128i block) noexcept
         : bytes(block),
-          // Comparing with zero sets the top bit for each zero. Bytes from 0x80 on already have it.
+          // Bytes from 0x80 on have the top bit. The comparison with zero sets it for zeros too.
           stops(static_cast<unsigned int>(
               _mm_movemask_epi8(_mm_or_si128(block, _mm_cmpeq_epi8(block, _mm_setzero_si128()))))) {}
 
@@ -100,15 +100,15 @@ bool copyEightAscii(const From* from, To* to) noexcept {
     return true;
 }
 
-/// For text too short for blocks of sixteen: copies `count` elements if all are from 0x01 to 0x7F. Returns false if one
-/// is not or `count` is below eight. Also returns false if the text crosses a page border, because a zero could be the
-/// last readable element.
+/// For text too short for blocks of sixteen: copies `count` elements if all are from 0x01 to 0x7F. Returns false if
+/// another element is found or `count` is below eight. Also returns false if the text crosses a page border, because a
+/// zero could be the last readable element.
 template <class From, class To>
 bool copyShortAscii(const From* from, std::size_t count, To* to) noexcept {
     if (count < 8 || !isInPage(from, count * sizeof(From))) {
         return false;
     }
-    const std::size_t last = count - 8;  // may overlap the first eight
+    const std::size_t last = count - 8;  // the last eight elements may overlap earlier ones
     for (std::size_t at = 0; at < last; at += 8) {
         if (!copyEightAscii(from + at, to + at)) {
             return false;

@@ -1,5 +1,5 @@
 /// \file
-/// Attributes of functions, in the spelling of each compiler. They stand at the begin of a declaration.
+/// Attributes of functions, in the spelling of each compiler. A declaration begins with them.
 #pragma once
 
 #if defined(__GNUC__) || defined(__clang__)

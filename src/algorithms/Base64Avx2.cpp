@@ -35,8 +35,8 @@ struct Table {
     [[nodiscard]] __m256i load() const noexcept { return _mm256_load_si256(reinterpret_cast<const __m256i*>(bytes)); }
 };
 
-/// Two lookups give a number for each character: the first by its lower four bits, the second by the rounded mean of
-/// the result and the upper five bits.
+/// The slot of a character, by which a second table is looked up. It is the rounded mean of two numbers: the entry of
+/// `byLower` for the lower four bits of the character, and the upper five bits of the character.
 constexpr unsigned int slotOf(const Table& byLower, unsigned int character) noexcept {
     return (byLower.bytes[character % 16] + character / 8 + 1) / 2;
 }
@@ -62,7 +62,7 @@ constexpr Table kDistanceOfSlot = [] {
     return table;
 }();
 
-/// Selects the test of a character. In each slot, the characters with a value follow those without one.
+/// Selects the test of a character. In each slot, the characters with a value follow the characters without a value.
 constexpr Table kTestByLower = repeated({13, 1, 1, 1, 1, 1, 1, 1, 1, 1, 3, 7, 11, 11, 11, 15});
 
 /// For each slot, a signed number: its sum with a character of the slot is negative unless the character has a value.
@@ -97,7 +97,7 @@ void storeHalves(__m256i halves, unsigned char* out) noexcept {
     _mm256_storeu_si256(reinterpret_cast<__m256i*>(out), bytes);
 }
 
-/// Decodes a block. Adds the bytes of characters without a value to `invalid`.
+/// Decodes a block. A byte of `invalid` becomes negative if its character has no value.
 template <class T>
 void decodeUnchecked(const T* text, unsigned char* out, __m256i& invalid) noexcept {
     __m256i test;
@@ -105,8 +105,8 @@ void decodeUnchecked(const T* text, unsigned char* out, __m256i& invalid) noexce
     invalid = _mm256_min_epi8(invalid, test);
 }
 
-/// Decodes four blocks at once, at most `blocks` blocks. Stops at four blocks with an invalid character, and overwrites
-/// their output with zeros. Returns the number of blocks decoded.
+/// Decodes four blocks at once, at most `blocks` blocks. Stops at four blocks that contain an invalid character, and
+/// overwrites the output of these blocks with zeros. Returns the number of blocks decoded.
 template <class T>
 VOREL_NOINLINE std::size_t decodeFours(const T* text, std::size_t blocks, unsigned char* out) noexcept {
     std::size_t done = 0;

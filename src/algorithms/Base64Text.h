@@ -68,7 +68,8 @@ Base64End parseBase64Group(const T*& cursor, const int* table, char pad, unsigne
     unsigned int characters[4] = {};
     int values[4] = {};
     if (isInPage(cursor, sizeof(T) * std::size(values))) {
-        // Most groups have no white space. A terminator has no value.
+        // Most groups have no white space. White space and the terminator have no value, so the second loop reads such
+        // a group.
         int all = 0;
         for (std::size_t at = 0; at < std::size(values); ++at) {
             characters[at] = static_cast<std::make_unsigned_t<T>>(cursor[at]);
@@ -102,9 +103,9 @@ inline constexpr std::size_t kBase64BlockGroups = kSextetBlockCharacters / 4;
 inline constexpr std::size_t kBase64Overhang = 8;  // zeros written past the last block
 
 /// With AVX2: decodes at most `blocks` blocks of 32 characters. Stops at the first character without a value, and at a
-/// block that extends into a page after the end of the text. Returns the number of decoded groups of four characters.
-/// After their bytes, only zeros are written, up to eight bytes past the output of `blocks` blocks. The text ends with
-/// a zero and may be shorter than a block.
+/// block that may extend into a page after the end of the text. Returns the number of decoded groups of four
+/// characters. After their bytes, only zeros are written, up to eight bytes past the output of `blocks` blocks. The
+/// text ends with a zero and may be shorter than a block.
 std::size_t decodeBase64Avx2(const char* text, std::size_t blocks, unsigned char* out) noexcept;
 std::size_t decodeBase64Avx2(const WideUnit* text, std::size_t blocks, unsigned char* out) noexcept;
 
@@ -133,7 +134,7 @@ Base64Step decodeBase64Step(const T*& cursor, const int* table, char pad, unsign
     if (groups == blocks * kBase64BlockGroups) {
         return {done, Base64End::None};
     }
-    // This block has a character without a value.
+    // The AVX2 version decoded nothing of this block, or only its first groups.
     do {
         std::size_t written = 0;
         const Base64End end = parseBase64Group(cursor, table, pad, out + done, written);

@@ -29,7 +29,7 @@ inline constexpr std::string_view kPlainBooleanWords[] = {"true", "false", "yes"
 template <class T>
 inline constexpr bool kAnyDigitIsTrue = sizeof(T) > 1;
 
-/// Parses a single character and moves past it if it denotes a boolean.
+/// Parses a single character, moves past it if it denotes a boolean, and returns whether it denotes true.
 template <class T>
 bool parseBooleanCharacter(const T*& cursor) noexcept {
     const T c = foldCase(*cursor);
@@ -68,7 +68,7 @@ bool readBoolean(const T* text, T** end) noexcept {
     return value;
 }
 
-/// Whether the whole text is a word or a character that denotes a boolean. White space before it is allowed.
+/// Whether the text after its leading white space is one of `kPlainBooleanWords`.
 template <class T>
 bool coercesToBoolean(const T* text) noexcept {
     if (!text) {

@@ -1,6 +1,7 @@
 /// \file
-/// Counts and converts decimal and hexadecimal digits, sixteen at a time, without a branch per digit. The length of a
-/// number is unpredictable, and one mispredicted branch takes as long as the whole conversion.
+/// Counts and converts decimal and hexadecimal digits in blocks, without a branch per digit. A block has sixteen
+/// digits; a block of hexadecimal digits in wide text has eight. The length of a number is unpredictable, and one
+/// mispredicted branch takes as long as the whole conversion.
 ///
 /// Reads may extend past either end of the text, but never into another page; characters outside the number are
 /// ignored. SSE2 is part of every 64-bit x86 processor, so no dispatch is needed.
@@ -31,15 +32,15 @@ inline constexpr auto kIntegerPowersOfTen = [] {
     return powers;
 }();
 
-/// Whether one block before `position` and two blocks from `position` on lie in one page. Then all are readable,
-/// wherever the text begins and ends.
+/// Whether one block before `position` and two blocks from `position` on lie in one page. If they do, all three blocks
+/// are readable, wherever the text begins and ends.
 template <class T>
 bool areDigitBlocksInPage(const T* position) noexcept {
     constexpr std::uintptr_t kBlock = kDigitBlock * sizeof(T);
     return isInPageAround(position, kBlock, 2 * kBlock);
 }
 
-/// One bit for each character of the block, lowest first: set for digits.
+/// A mask of the digits in the block at `position`. The lowest bit belongs to the first character.
 template <class T>
 std::uint64_t digitMask(const T* position) noexcept {
     const __m128i values = _mm_sub_epi8(loadBlock(position), _mm_set1_epi8('0'));
@@ -49,7 +50,7 @@ std::uint64_t digitMask(const T* position) noexcept {
 
 /// The number of digits at the start of a mask.
 constexpr std::uint64_t leadingDigits(std::uint64_t mask) noexcept {
-    constexpr std::uint64_t kEnd = std::uint64_t{1} << 63;  // above the bits of every mask, so at least one bit is set
+    constexpr std::uint64_t kEnd = std::uint64_t{1} << 63;  // set in every ~mask; says that the operand is not 0
     return static_cast<std::uint64_t>(std::countr_zero(~mask | kEnd));
 }
 
@@ -61,11 +62,11 @@ inline __m128i lastBytes(std::uint64_t count) noexcept {
     return _mm_loadu_si128(reinterpret_cast<const __m128i*>(kZerosThenOnes + count));
 }
 
-/// The value of the last `count` characters of a block, all digits.
+/// The number that the last `count` characters of a block form, which are all digits.
 VOREL_ALWAYS_INLINE std::uint64_t valueOfLast(__m128i block, std::uint64_t count) noexcept {
     const __m128i digits = _mm_and_si128(_mm_sub_epi8(block, _mm_set1_epi8('0')), lastBytes(count));
-    // Combines neighbours: two digits in 16 bits, four in 32, eight in 32. See Wojciech Muła, "Parsing series of
-    // integers with SIMD".
+    // Each step combines neighbours: first to numbers of two digits, then of four, then of eight. See Wojciech Muła,
+    // "Parsing series of integers with SIMD".
     const __m128i tens = _mm_mullo_epi16(_mm_and_si128(digits, _mm_set1_epi16(0xFF)), _mm_set1_epi16(10));
     const __m128i twos = _mm_add_epi16(tens, _mm_srli_epi16(digits, 8));
     const __m128i fours = _mm_madd_epi16(twos, _mm_set1_epi32(1 << 16 | 100));
@@ -74,17 +75,19 @@ VOREL_ALWAYS_INLINE std::uint64_t valueOfLast(__m128i block, std::uint64_t count
     return (halves & 0xFFFFFFFF) * kIntegerPowersOfTen[8] + (halves >> 32);
 }
 
-/// The value of `count` digits, at most one block.
+/// The number that the `count` digits from `position` on form, at most one block of digits.
 template <class T>
 VOREL_ALWAYS_INLINE std::uint64_t valueOfDigits(const T* position, std::uint64_t count) noexcept {
     return valueOfLast(loadBlock(position + count - kDigitBlock), count);
 }
 
-/// The value of `whole` digits, a point and `fraction` digits as one number of at most one block.
+/// The integer that the digits before and after a point form together. `whole` digits are before the point and
+/// `fraction` digits after it, at most one block of digits in total.
 template <class T>
 VOREL_ALWAYS_INLINE std::uint64_t valueAcrossPoint(const T* position, std::uint64_t whole,
                                                    std::uint64_t fraction) noexcept {
-    // Loads the digits twice. The second load is shifted by one character, so the fraction moves over the point.
+    // Loads the digits twice, because the point must be left out. `fractionAtEnd` ends after the last digit.
+    // `wholeInPlace` begins one character earlier, so the digits before the point are directly before the fraction.
     const T* const lastBlock = position + whole + fraction - kDigitBlock;
     const __m128i fractionAtEnd = loadBlock(lastBlock + 1);
     const __m128i wholeInPlace = loadBlock(lastBlock);
@@ -96,11 +99,11 @@ VOREL_ALWAYS_INLINE std::uint64_t valueAcrossPoint(const T* position, std::uint6
 
 // ---- Hexadecimal digits ---------------------------------------------------------------------------------------------
 
-/// The number of characters that `hexBlock` loads: those in sixteen bytes.
+/// The number of characters that `hexBlock` loads: the characters in sixteen bytes.
 template <class T>
 inline constexpr std::uint64_t kHexBlock = 16 / sizeof(T);
 
-/// Sixteen narrow characters, or eight wide ones and eight zeros.
+/// Sixteen narrow characters; or eight wide characters as bytes, and eight zeros after them.
 VOREL_NO_SANITIZE_ADDRESS inline __m128i hexBlock(const char* position) noexcept {
     return _mm_loadu_si128(reinterpret_cast<const __m128i*>(position));
 }
@@ -121,10 +124,10 @@ struct HexDigits {
     }
 
     __m128i values;      ///< below 16, even for other characters
-    std::uint64_t mask;  ///< one bit for each character, lowest first: set for digits
+    std::uint64_t mask;  ///< the bits of digits are set; the lowest bit belongs to the first character
 };
 
-/// The bytes in reverse order: one instruction.
+/// The bytes in reverse order. Compilers translate this to one instruction.
 constexpr std::uint64_t reversedBytes(std::uint64_t value) noexcept {
     value = (value & 0x00FF00FF00FF00FF) << 8 | (value >> 8 & 0x00FF00FF00FF00FF);
     value = (value & 0x0000FFFF0000FFFF) << 16 | (value >> 16 & 0x0000FFFF0000FFFF);

@@ -17,8 +17,7 @@ inline constexpr auto kBeforeConversion = [] {
     return characters;
 }();
 
-/// The number of arguments of `fmt`: one for each conversion, and one for each `*` as width or precision. "%%" takes
-/// none.
+/// The number of arguments of `fmt`: one for each conversion except "%%", and one for each `*` as width or precision.
 ///
 ///     "%d of %*s%%"  →  3
 template <class T>

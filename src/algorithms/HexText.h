@@ -120,7 +120,7 @@ std::size_t decodeHexAvx2(const WideUnit* text, std::size_t blocks, unsigned cha
 /// the number of blocks decoded.
 template <class T>
 std::size_t decodeHex(const T* text, std::size_t blocks, unsigned char* out) noexcept {
-    constexpr std::size_t kMinAvx2 = 4;  // calls take longer than they save for fewer
+    constexpr std::size_t kMinAvx2 = 4;  // for fewer blocks, the call takes longer than it saves
     std::size_t done = blocks >= kMinAvx2 && Processor::usesAvx2() ? 2 * decodeHexAvx2(text, blocks / 2, out) : 0;
     while (done < blocks && decodeHexBlock(text + 16 * done, out + 8 * done)) {
         ++done;
@@ -131,7 +131,8 @@ std::size_t decodeHex(const T* text, std::size_t blocks, unsigned char* out) noe
 // ---- Whole texts ----------------------------------------------------------------------------------------------------
 
 /// Decodes pairs of digits: in whole blocks, and the other pairs by `decodePair(first, second, byte)`, which returns
-/// whether to continue. If the number of characters is odd, the last one is paired with the terminator.
+/// whether to continue. Returns false if `decodePair` does. If the number of characters is odd, the last one is paired
+/// with the terminator.
 template <class T, class DecodePair>
 bool decodeHexPairs(const T* text, std::size_t length, unsigned char* out, DecodePair&& decodePair) {
     constexpr std::size_t kBlock = 16;  // digits
@@ -147,7 +148,9 @@ bool decodeHexPairs(const T* text, std::size_t length, unsigned char* out, Decod
     return true;
 }
 
-/// The value of a unit by the rule of the decoder that returns a status: 0 to 15 for a digit.
+/// The value of a unit by the rule of the decoder that returns a status. Only the lower eight bits of the unit count.
+/// The value is 0 to 15 for a digit, and by design 3 to 9 for ':' to '@'. Any other character has a value outside 0 to
+/// 15.
 template <class T>
 int hexValueWithStatus(T unit) noexcept {
     const int character = foldToUpperCase(unit) & 0xFF;

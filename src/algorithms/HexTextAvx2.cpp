@@ -27,7 +27,7 @@ void storeDigits(__m256i digits, WideUnit* out) noexcept {
     _mm256_storeu_si256(units + 1, _mm256_unpackhi_epi8(digits, _mm256_setzero_si256()));
 }
 
-/// What an encoder needs for one case of letters.
+/// The constants of an encoder for one case of letters.
 struct HexTable {
     char digits[16];
     std::uint16_t multipliers[8];
@@ -60,8 +60,8 @@ private:
     explicit Digits(const HexTable& table) noexcept
         : m_digits(loadTwice(table.digits)), m_multipliers(loadTwice(table.multipliers)) {}
 
-    /// Puts eight bytes into each half of a register, as 16 bits each. For wide text, one half has the first four and
-    /// the third four bytes, and the other half has the rest, because units are unpacked in each half.
+    /// Puts eight bytes into each half of a register, as 16 bits each. For wide text, the first half has bytes 0 to 3
+    /// and 8 to 11, and the second half bytes 4 to 7 and 12 to 15, because units are unpacked in each half.
     static __m256i spreadBytes() noexcept {
         if constexpr (sizeof(T) == 1) {
             return _mm256_setr_epi8(0, -1, 1, -1, 2, -1, 3, -1, 4, -1, 5, -1, 6, -1, 7, -1,  //
@@ -99,8 +99,8 @@ void encode(const unsigned char* bytes, std::size_t count, HexCase letters, T* o
 /// The values of 32 digits. In `invalid`, the top bits of other characters are set. See Wojciech Muła, "Fast parsing
 /// and validating of hexadecimal numbers".
 __m256i valuesOf(__m256i characters, __m256i& invalid) noexcept {
-    // One of the two results is 0 to 9 for a decimal digit, the other is 10 to 15 for a letter. Any other character
-    // gives larger values in both.
+    // `decimal` is 0 to 9 for a decimal digit, and `letter` is 10 to 15 for a letter. In every other case, they are
+    // larger than 15.
     const __m256i moved = _mm256_add_epi8(characters, _mm256_set1_epi8(static_cast<char>(0xFF - '9')));
     const __m256i decimal =
         _mm256_sub_epi8(_mm256_subs_epu8(moved, _mm256_set1_epi8(6)), _mm256_set1_epi8(static_cast<char>(0xF0)));
@@ -116,8 +116,8 @@ __m256i bytesOf(__m256i values) noexcept {
     return _mm256_maddubs_epi16(values, _mm256_set1_epi16(0x0110));  // weights 16 and 1
 }
 
-/// Decodes two blocks at once, at most `blocks` blocks. Stops at two blocks with an invalid character. Returns the
-/// number of blocks decoded.
+/// Decodes two blocks at once, at most `blocks` blocks. Stops at two blocks that contain an invalid character. Returns
+/// the number of blocks decoded.
 template <class T>
 VOREL_NOINLINE std::size_t decodeTwos(const T* text, std::size_t blocks, unsigned char* out) noexcept {
     std::size_t done = 0;

@@ -35,7 +35,7 @@ bool readIntegerList(const T* text, Take&& take) {
     return true;
 }
 
-/// The words of a text, separated by white space. Each is copied to a buffer of this object.
+/// The words of a text, separated by white space. Each word is copied to a buffer of this object.
 template <class T>
 class WordList {
 public:
@@ -77,7 +77,7 @@ bool readWordList(const T* text, Take&& take) {
     return !words.failed();
 }
 
-/// Parses the words that are numbers and skips the others. Returns false if a word is too long.
+/// Parses the words that are numbers and skips other words. Returns false if a word is too long.
 template <class T, class Take>
 bool readDoubleList(const T* text, Take&& take) {
     return readWordList(text, [&](const T* word) {
@@ -87,7 +87,7 @@ bool readDoubleList(const T* text, Take&& take) {
     });
 }
 
-/// Parses the words that are booleans or integers and skips the others. Returns false if a word is too long.
+/// Parses the words that are booleans or integers and skips other words. Returns false if a word is too long.
 template <class T, class Take>
 bool readBooleanList(const T* text, Take&& take) {
     return readWordList(text, [&](const T* word) {
@@ -122,8 +122,9 @@ bool coercesToIntegers(const T* text) noexcept {
 /// The value of a missing start or end.
 inline constexpr int kOpenRangeEnd = -1;
 
-/// Parses the number at the start of a part. Returns whether it is the whole part. After the part, only white space may
-/// precede a character that cannot continue the number.
+/// Parses the number at the start of a part and passes it to `take`. Returns whether the number is the whole part. The
+/// text after the part must begin with a character that cannot continue a number; white space may precede that
+/// character.
 template <class T, class Take>
 bool readRangeEnd(std::basic_string_view<T> part, Take&& take) {
     const T* cursor = part.data();

@@ -63,10 +63,11 @@ constexpr std::uint64_t integerLength(std::uint64_t magnitude, bool negative) no
 /// How a function treats the units after the text, in the memory that it may access.
 enum class Rest {
     Unspecified,  ///< they may be overwritten
-    Unchanged,    ///< they keep their values, but may be written: this needs no branch on the length of the text
+    Unchanged,    ///< they keep their values, but may be written, which needs no branch on the length of the text
 };
 
-/// Writes each character whose byte in `kept` is 0. All other characters must be 0.
+/// Writes each character whose byte in `kept` is 0. All other units of `out` keep their values; their bytes in
+/// `characters` must be 0.
 VOREL_ALWAYS_INLINE void mergeCharacters(__m128i characters, __m128i kept, char* out) noexcept {
     auto* const block = reinterpret_cast<__m128i*>(out);
     _mm_storeu_si128(block, _mm_or_si128(characters, _mm_and_si128(_mm_loadu_si128(block), kept)));
@@ -81,7 +82,7 @@ VOREL_ALWAYS_INLINE void mergeCharacters(__m128i characters, __m128i kept, WideU
     _mm_storeu_si128(blocks + 1, _mm_or_si128(_mm_unpackhi_epi8(characters, zero), keptSecond));
 }
 
-/// Writes the first `count` characters, at most sixteen. Accesses sixteen.
+/// Writes the first `count` characters, at most sixteen. Accesses sixteen units.
 template <Rest rest, class T>
 VOREL_ALWAYS_INLINE void storeFirst(__m128i characters, std::uint64_t count, T* out) noexcept {
     if constexpr (rest == Rest::Unspecified) {
@@ -100,8 +101,8 @@ VOREL_ALWAYS_INLINE T* storeText(__m128i characters, std::uint64_t count, T* out
         storeCharacters(characters, out);
         out[count] = 0;
     } else {
-        // The terminator is stored with the text: a separate store would delay the load for the next text in the same
-        // buffer.
+        // The terminator is stored with the text, because a separate store would delay the load for the next text in
+        // the same buffer.
         const __m128i text = _mm_andnot_si128(lastBytes(kDigitBlock - count), characters);
         mergeCharacters(text, lastBytes(kDigitBlock - 1 - count), out);
     }
@@ -153,7 +154,8 @@ VOREL_ALWAYS_INLINE T* writeInteger(std::uint64_t magnitude, bool negative, std:
     if (length >= kDigitBlock) {
         return writeLongInteger(magnitude, negative, length, out);
     }
-    // The multiplication appends zeros, which moves the digits to the front. A zero before the digits becomes the sign.
+    // The multiplication appends zeros, which moves the digits to the front. If the number is negative, one zero
+    // remains before the digits and becomes the sign.
     const __m128i digits = sixteenDigits(magnitude * kIntegerPowersOfTen[kDigitBlock - length]);
     storeText<rest>(_mm_sub_epi8(digits, _mm_cvtsi32_si128(negative ? kZeroToMinus : 0)), length, out);
     return out;
@@ -180,7 +182,7 @@ enum class DoubleForm {
 /// Capacity for the text of any double and its terminator, including the units after them that are accessed.
 inline constexpr std::size_t kDoubleCapacity = 32;
 
-/// Fifteen digits as characters, and their number without trailing zeros.
+/// Fifteen digits as characters, and the number of digits before the trailing zeros.
 struct DigitText {
     explicit DigitText(std::uint64_t digits) noexcept
         : characters(sixteenDigits(digits * 10)),
@@ -276,7 +278,8 @@ void copyShortText(const T* text, std::size_t length, T* to) noexcept {
     }
 }
 
-/// Copies as much of a text as fits into `size` characters. The last of them becomes a terminator.
+/// Copies as much of a text as fits into `size` characters with a terminator. The last of the `size` characters becomes
+/// a terminator too.
 template <class T>
 void copyTruncatedText(const T* text, std::size_t length, T* buffer, unsigned long long size) noexcept {
     if (size == 0) {
@@ -299,8 +302,8 @@ VOREL_NOINLINE T* writeTruncatedInteger(std::uint64_t magnitude, bool negative, 
     return buffer;
 }
 
-/// Writes a number and a terminator, truncated to `size` characters, and a terminator to the last of these. The other
-/// units are unchanged. Returns the buffer, which may be null.
+/// Writes a number, truncated to `size - 1` characters, and a terminator after it. The last of the `size` characters
+/// becomes a terminator too. All other units are unchanged. Returns the buffer, which may be null.
 template <class T>
 VOREL_ALWAYS_INLINE T* writeBoundedInteger(std::uint64_t magnitude, bool negative, T* buffer,
                                            unsigned long long size) noexcept {

@@ -1,6 +1,6 @@
 /// \file
-/// The rule for reads in blocks, and the length of a text by that rule. A read may extend past either end of a text: it
-/// does not fault if it stays in a page that contains a part of the text.
+/// The rule for reads in blocks, and the length of a text by that rule. A read may extend past either end of a text,
+/// because it does not fault if it stays in a page that contains a part of the text.
 ///
 /// The functions of the rule are static, so that sources compiled for AVX2 can use them.
 #pragma once
@@ -27,7 +27,8 @@ static inline bool isInPage(const void* position, std::uintptr_t size) noexcept 
 
 /// Whether `before` bytes before `position` and `after` bytes from `position` on lie in one page.
 static inline bool isInPageAround(const void* position, std::uintptr_t before, std::uintptr_t after) noexcept {
-    return offsetInPage(position) - before <= kPageBytes - before - after;  // a smaller offset wraps to a large number
+    // If the offset is below `before`, the difference wraps to a large number.
+    return offsetInPage(position) - before <= kPageBytes - before - after;
 }
 
 /// The number of units before the terminator, for units of one or two bytes. The runtime's functions are slow for short

@@ -2,7 +2,7 @@
 /// The SSE2 instructions that the algorithms use, as functions for any processor (see Sse2.h). Names, lanes and results
 /// are as in the Intel Intrinsics Guide. Compilers turn the loops into vector instructions of the target processor.
 ///
-/// All functions are static, like those of the compiler.
+/// All functions are static, like the compiler's functions.
 #pragma once
 
 #include <algorithm>
@@ -139,7 +139,7 @@ static inline long long _mm_cvtsi128_si64(__m128i vector) noexcept {
     return Lanes<long long>(vector).lane[0];
 }
 
-/// The value in the lowest lane, zeros above.
+/// The value in the lowest lane, and zeros in the lanes above.
 static inline __m128i _mm_cvtsi32_si128(int value) noexcept {
     Lanes<int> result;
     result.lane[0] = value;
@@ -310,7 +310,7 @@ static inline __m128i _mm_packs_epi32(__m128i left, __m128i right) noexcept {
     return packed<std::int16_t, std::int32_t>(left, right);
 }
 
-/// From signed to unsigned lanes.
+/// Packs signed lanes of sixteen bits to unsigned lanes of eight bits.
 static inline __m128i _mm_packus_epi16(__m128i left, __m128i right) noexcept {
     return packed<std::uint8_t, std::int16_t>(left, right);
 }

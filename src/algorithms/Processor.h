@@ -7,7 +7,7 @@ namespace vorel::algorithms {
 /// Whether AVX2 is usable: the processor supports it and the system saves its registers.
 bool detectAvx2() noexcept;
 
-/// Selects between the AVX2 algorithms and the scalar and SSE2 ones.
+/// Selects between the AVX2 algorithms and the algorithms that every processor supports.
 class Processor {
 public:
     /// Whether the AVX2 algorithms are used. Detected once, when the library is loaded; false before that.

@@ -43,7 +43,7 @@ constexpr void decodeFour(unsigned int a, unsigned int b, unsigned int c, unsign
     out[2] = static_cast<unsigned char>(c << 6 | d);
 }
 
-/// The values of the characters below 128, `kNone` if they have none.
+/// The values of the characters below 128; `kNone` for a character without a value.
 struct SextetValues {
     static constexpr std::uint8_t kNone = 0xFF;
 
@@ -74,8 +74,8 @@ inline constexpr SextetValues kDaylightValues = [] {
 
 /// The order of the characters of an alphabet.
 enum class SextetOrder {
-    Base64,    ///< A to Z, a to z, 0 to 9, and two others
-    Daylight,  ///< two others, 0 to 9, A to Z, a to z: the ranges of Base64 in reverse
+    Base64,    ///< A to Z, a to z, 0 to 9, and two other characters
+    Daylight,  ///< two other characters, 0 to 9, A to Z, a to z: the ranges of Base64 in reverse
 };
 
 struct SextetAlphabet {

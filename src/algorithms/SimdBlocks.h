@@ -15,8 +15,8 @@
 
 namespace vorel::algorithms {
 
-/// The character type of wide text, with units of 16 bits. `wchar_t` is larger on every system except Windows; there
-/// the algorithms are compiled with another type.
+/// The character type of wide text, with units of 16 bits. `wchar_t` is larger on every system except Windows, so on
+/// other systems the algorithms are compiled with another type.
 using WideUnit = std::conditional_t<sizeof(wchar_t) == 2, wchar_t, char16_t>;
 
 /// Sixteen characters as bytes. Units above 255 become 0 or 255. The attribute allows a block to extend into another
@@ -41,7 +41,7 @@ static inline void storeCharacters(__m128i characters, WideUnit* out) noexcept {
     _mm_storeu_si128(units + 1, _mm_unpackhi_epi8(characters, _mm_setzero_si128()));
 }
 
-/// All ones in the bytes from 0 to `limit`.
+/// A vector whose bytes have all bits set where the byte of `bytes` is at most `limit`, and no bits elsewhere.
 static inline __m128i isAtMost(__m128i bytes, unsigned char limit) noexcept {
     return _mm_cmpeq_epi8(_mm_min_epu8(bytes, _mm_set1_epi8(static_cast<char>(limit))), bytes);
 }

@@ -15,7 +15,7 @@ namespace vorel::algorithms {
 
 namespace {
 
-/// Units of one width in a register.
+/// Operations on a register that contains units of one width.
 template <class T>
 struct Units;
 

@@ -1,8 +1,8 @@
 /// \file
 /// Finds and counts a code unit, or the units of a set, in text of known length. Reads nothing outside the text.
 ///
-/// The runtime's functions take longer if the result is near the start of the text. SSE2 is part of every 64-bit x86
-/// processor, so no dispatch is needed.
+/// These functions are faster than the runtime's if the result is near the start of the text. SSE2 is part of every
+/// 64-bit x86 processor, so no dispatch is needed.
 #pragma once
 
 #include <bit>
@@ -30,7 +30,7 @@ public:
         }
     }
 
-    /// One bit for each byte, set if its unit is equal.
+    /// One bit for each byte, set if its unit is equal to the wanted unit.
     [[nodiscard]] unsigned int equalBytes(const T* block) const noexcept {
         const __m128i units = _mm_loadu_si128(reinterpret_cast<const __m128i*>(block));
         const __m128i equal = sizeof(T) == 1 ? _mm_cmpeq_epi8(units, m_wanted) : _mm_cmpeq_epi16(units, m_wanted);
@@ -41,7 +41,7 @@ private:
     __m128i m_wanted;
 };
 
-/// The position of the first `unit` in `text`, or npos.
+/// The position of the first `unit` in `text`; npos if there is none.
 template <class T>
 std::size_t findUnit(std::basic_string_view<T> text, T unit) noexcept {
     const UnitBlocks<T> blocks(unit);
@@ -83,7 +83,7 @@ std::size_t findText(std::basic_string_view<T> text, std::basic_string_view<T> w
     if (wanted.size() > text.size()) {
         return kNone;
     }
-    // An occurrence begins at one of these positions.
+    // An occurrence can begin only at one of these units.
     const std::basic_string_view<T> starts = text.substr(0, text.size() - wanted.size() + 1);
     for (std::size_t at = 0; at < starts.size(); ++at) {
         const std::size_t distance = findUnit(starts.substr(at), wanted.front());
@@ -122,7 +122,7 @@ public:
                              : m_hasLarge && m_units.find(unit) != View::npos;
     }
 
-    /// The position of the first member in `text`, or npos.
+    /// The position of the first member in `text`; npos if there is none.
     [[nodiscard]] std::size_t findIn(View text) const noexcept {
         if (m_units.size() == 1) {
             return findUnit(text, m_units.front());

@@ -86,7 +86,7 @@ struct UrlTables {
 
 }  // namespace detail
 
-/// For each use: with a space as "%20", and as '+'.
+/// For each use, a table that encodes a space as "%20", and a table that encodes it as '+'.
 inline constexpr detail::UrlTables kUrlTables = [] {
     detail::UrlTables all = {};
     for (std::size_t use = 0; use != kUrlUses; ++use) {
@@ -111,7 +111,7 @@ struct UrlProgress {
 /// Counts the encoded characters of the whole blocks among `count` bytes.
 UrlProgress measureUrlAvx2(const char* text, std::size_t count, const UrlTable& table) noexcept;
 
-/// Shorter text has no two blocks.
+/// The number of bytes in two blocks. The AVX2 version encodes nothing of a shorter text.
 inline constexpr std::size_t kUrlMinAvx2 = 64;
 
 /// Bytes that may be written past the encoded text.
@@ -139,8 +139,9 @@ inline std::uint64_t urlLength(std::string_view text, const UrlTable& table) noe
     return length;
 }
 
-/// Writes the encoded text, or as much as fits with `kUrlOverhang` bytes to spare. At least one of the `capacity` bytes
-/// remains unused. Never writes more than `capacity` bytes, even if another thread changes the text during the call.
+/// Writes the encoded text. May stop before its end if fewer than four of the `capacity` bytes remain unused. At least
+/// one of these bytes always remains unused. Never writes more than `capacity` bytes, even if another thread changes
+/// the text during the call.
 inline UrlProgress encodeUrl(std::string_view text, const UrlTable& table, char* out, std::size_t capacity) noexcept {
     UrlProgress done = {0, 0};
     if (text.size() >= kUrlMinAvx2 && Processor::usesAvx2()) {

@@ -11,7 +11,7 @@ namespace vorel::algorithms {
 inline constexpr std::uint32_t kFirstHighSurrogate = 0xD800;
 inline constexpr std::uint32_t kFirstLowSurrogate = 0xDC00;
 
-/// The bits that distinguish surrogates from other units, and high surrogates from low ones.
+/// The bits that distinguish surrogates from other units, and high surrogates from low surrogates.
 inline constexpr std::uint32_t kSurrogateMask = 0xF800;
 inline constexpr std::uint32_t kSurrogateKindMask = 0xFC00;
 
@@ -21,7 +21,7 @@ inline constexpr std::uint32_t kLowSurrogateBits = 0x3FF;
 /// The first value that needs a pair.
 inline constexpr std::uint32_t kFirstPairedValue = 0x10000;
 
-/// The high surrogate minus the upper bits of its value.
+/// The difference between a high surrogate and the upper bits of its value.
 inline constexpr std::uint32_t kHighSurrogateOffset = kFirstHighSurrogate - (kFirstPairedValue >> 10);
 
 /// Replaces a surrogate that is not part of a pair.
@@ -48,7 +48,8 @@ constexpr std::uint32_t pairedValue(std::uint32_t high, std::uint32_t low) noexc
     return (high << 10) + low - (kFirstPair - kFirstPairedValue);
 }
 
-/// The surrogates of a value. Above 0x10FFFF, the high one is not a surrogate and may exceed 16 bits.
+/// The high and the low surrogate of a value. For a value above 0x10FFFF, the high result is not a surrogate and may
+/// exceed 16 bits.
 constexpr std::uint32_t highSurrogateOf(std::uint32_t value) noexcept {
     return kHighSurrogateOffset + (value >> 10);
 }

@@ -24,19 +24,20 @@ struct Progress {
 /// Whether whole vectors may be stored past the written units.
 enum class Overwrite { Allowed, Forbidden };
 
-/// Decodes well-formed text from `bytes`, up to a zero, at most `left` bytes and `capacity` 16-bit units. If it reports
-/// no progress, the scalar codec must continue. Reads may extend past the text, but not into another page.
+/// Decodes well-formed text from `bytes`, up to a zero or an ill-formed part, at most `left` bytes and `capacity`
+/// 16-bit units. If it reports no progress, the scalar codec must continue. Reads may extend past the text, but not
+/// into a page after it.
 Progress decodeUtf8Avx2(const unsigned char* bytes, std::size_t left, void* out, std::size_t capacity,
                         Overwrite overwrite) noexcept;
 
 /// Encodes 16-bit units from `units`, up to a zero, at most `left` units and `capacity` bytes. Whole vectors may be
-/// stored within the capacity. With `paired`, surrogates are read in pairs and an unpaired one stops the conversion;
-/// otherwise each surrogate is a value.
+/// stored within the capacity. If `paired` is true, surrogates are read in pairs, and an unpaired surrogate stops the
+/// conversion. Otherwise each surrogate is a value.
 Progress encodeUtf8Avx2(const void* units, std::size_t left, unsigned char* out, std::size_t capacity,
                         bool paired) noexcept;
 
-/// The progress that the functions above make if the capacity is sufficient; nothing is written. The functions
-/// themselves may stop earlier.
+/// The progress that the functions above would make with a sufficient capacity. Nothing is written. The progress may be
+/// smaller, but it always ends at the end of a character.
 Progress countDecodedAvx2(const unsigned char* bytes, std::size_t left) noexcept;
 Progress countEncodedAvx2(const void* units, std::size_t left, bool paired) noexcept;
 
@@ -47,7 +48,7 @@ Progress countEncodedAvx2(const void* units, std::size_t left, bool paired) noex
 inline constexpr Progress kNoProgress{0, 0};
 inline constexpr unsigned int kMaxProgress = 1u << 30;
 
-/// Shuffles for a mask of eight elements or bytes: the kept ones move to the front.
+/// A shuffle for each mask of eight bits. It moves the elements or bytes that the mask keeps to the front.
 struct Shuffles {
     unsigned char order[256][16];
 };
@@ -103,7 +104,7 @@ static inline __m256i firstBytes(unsigned int count) noexcept {
     return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(kBytes + 32 - count));
 }
 
-/// One bit for each of thirty-two bytes: the zeros, and the bytes that are at least `first`.
+/// Masks of thirty-two bytes: `zerosIn` finds the zeros, and `bytesFrom` the bytes that are at least `first`.
 static inline unsigned int zerosIn(__m256i block) noexcept {
     return static_cast<unsigned int>(_mm256_movemask_epi8(_mm256_cmpeq_epi8(block, _mm256_setzero_si256())));
 }
@@ -128,9 +129,10 @@ static inline unsigned int bytesFrom(unsigned char first, __m256i block) noexcep
     }
 }
 
-/// Whether the scalar codec would read past the page of `bytes`. The page has fewer than 32 bytes left. `left` is the
-/// number of bytes left in the text. `expected` has a bit for each of the next bytes that must be a trailing byte. A
-/// zero, or a byte that does not start a sequence, may be the last readable byte.
+/// Whether the text certainly continues in the next page: it has no zero and no ill-formed part before that page. The
+/// page of `bytes` has fewer than 32 bytes left. `left` is the number of bytes left in the text. `expected` has a bit
+/// for each of the next bytes that must be a trailing byte. In any other case, the last readable byte may be before the
+/// next page.
 [[maybe_unused]] VOREL_NOINLINE static bool continuesInNextPage(const unsigned char* bytes, std::size_t left,
                                                                 unsigned int expected) noexcept {
     const auto rest = static_cast<unsigned int>(kPageBytes - offsetInPage(bytes));
@@ -143,7 +145,7 @@ static inline unsigned int bytesFrom(unsigned char first, __m256i block) noexcep
     return left > rest && isWellFormed && zerosIn(last) >> before == 0;
 }
 
-/// The same for units. No unit may cross the page border.
+/// The same for units. Returns false if a unit crosses the page border.
 [[maybe_unused]] VOREL_NOINLINE static bool continuesInNextPage(const unsigned char* units,
                                                                 std::size_t bytesLeft) noexcept {
     const auto rest = static_cast<unsigned int>(kPageBytes - offsetInPage(units));

@@ -16,8 +16,8 @@ namespace {
 
 constexpr unsigned int kBlock = 32;  // bytes
 
-// Blocks are aligned, so each lies in one page. The first block may begin before the text; the bits before the text are
-// masked.
+// Blocks are aligned, so each lies in one page. The first block may begin before the text; masks do not include the
+// bytes before the text.
 
 VOREL_ALWAYS_INLINE __m256i load32(const void* position) noexcept {
     return _mm256_loadu_si256(static_cast<const __m256i*>(position));
@@ -27,7 +27,8 @@ VOREL_ALWAYS_INLINE unsigned int offsetInBlock(const void* position) noexcept {
     return static_cast<unsigned int>(offsetInPage(position) % kBlock);
 }
 
-/// The number of bytes of ASCII in double blocks of this page, up to a double block with anything else.
+/// The number of bytes in the double blocks of this page, up to the first double block that contains a zero or a byte
+/// other than ASCII.
 VOREL_ALWAYS_INLINE std::size_t countAscii(const unsigned char* bytes, std::size_t left) noexcept {
     constexpr std::size_t kDouble = std::size_t{2} * kBlock;
     const std::size_t inPage = kPageBytes - offsetInPage(bytes);
@@ -70,10 +71,11 @@ VOREL_ALWAYS_INLINE std::size_t sumOf(__m256i bytes) noexcept {
     return static_cast<std::size_t>(_mm_cvtsi128_si64(_mm_add_epi64(two, _mm_unpackhi_epi64(two, two))));
 }
 
-/// Counts well-formed UTF-8, block by block.
+/// Counts the units of well-formed UTF-8, block by block.
 class DecodedCount {
 public:
-    /// Counts the bytes of a block whose bits in `kept` are set. False if there is a zero or an ill-formed part.
+    /// Counts the bytes of a block whose bits in `kept` are set. Returns false and counts nothing if these bytes
+    /// contain a zero, an ill-formed part, or a lead byte above 0xF0.
     VOREL_ALWAYS_INLINE bool add(const unsigned char* bytes, unsigned int kept) noexcept {
         const __m256i block = load32(bytes);
         const unsigned int notAscii = maskOf(block) & kept;
@@ -84,8 +86,8 @@ public:
         if ((threes | m_second) != 0) {
             fours = bytesFrom(0xF0, block) & kept;
             required |= std::uint64_t{threes} << 2 | std::uint64_t{fours} << 3;
-            // Four bytes that begin with 0xF0 become a surrogate pair, unless they are overlong. Other sequences of
-            // four bytes are rare.
+            // Four bytes that begin with 0xF0 become a surrogate pair, unless they are overlong. Other lead bytes of
+            // four bytes are rare, so they are not counted here.
             const unsigned int seconds = fours << 1 | m_second;
             if ((bytesFrom(0xF1, block) & kept) != 0 || (seconds & ~bytesFrom(0x90, block)) != 0) {
                 return false;
@@ -100,7 +102,7 @@ public:
         return true;
     }
 
-    /// Adds the units of bytes that were counted up to `end`. At least three bytes of the text precede `end`.
+    /// Adds `units`, which another function counted up to `end`. At least three bytes of the text precede `end`.
     void pass(const unsigned char* end, std::size_t units) noexcept {
         m_units += static_cast<unsigned int>(units);
         const auto isFrom = [&](int position, unsigned int first) { return end[position] >= first ? 1u : 0u; };
@@ -109,6 +111,7 @@ public:
         m_expected |= (isFrom(-1, 0xE0) | isFrom(-2, 0xF0)) << 1 | m_second << 2;
     }
 
+    /// Whether no trailing byte of the last character is missing.
     [[nodiscard]] bool isComplete() const noexcept { return m_expected == 0; }
     [[nodiscard]] unsigned int units() const noexcept { return m_units; }
 
@@ -118,12 +121,13 @@ private:
     unsigned int m_second = 0;    // whether the next byte is the second one of four
 };
 
-/// Counts the bytes of units, block by block. Masks have two bits for each unit.
+/// Counts the UTF-8 bytes of units, block by block. Masks have two bits for each unit.
 class EncodedCount {
 public:
     explicit EncodedCount(bool paired) noexcept : m_k(hidden(kConstants)), m_paired(paired ? ~0u : 0u) {}
 
-    /// Counts the units of a block whose bits in `kept` are set. False if there is a zero or an unpaired surrogate.
+    /// Counts the units of a block whose bits in `kept` are set. Returns false and counts nothing if these units
+    /// contain a zero or, if surrogates are paired, an unpaired surrogate.
     VOREL_ALWAYS_INLINE bool add(const unsigned char* position, unsigned int kept) noexcept {
         const __m256i zero = _mm256_setzero_si256();
         const __m256i block = load32(position);
@@ -141,7 +145,7 @@ public:
             if ((maskOf(isZero) & kept) != 0 || (highs << 2 | m_high) != (surrogates & ~highs)) {
                 return false;
             }
-            fewer = countBits(surrogates);  // two bytes each
+            fewer = countBits(surrogates);  // a surrogate of a pair takes two bytes, not three
             high = highs >> (kBlock - 2);
         }
         fewer += countBits(maskOf(isShort) & kept) + countBits(maskOf(isAscii) & kept);
@@ -150,13 +154,13 @@ public:
         return true;
     }
 
-    /// Adds the bytes of units that were counted up to `end`. At least one unit of the text precedes `end`.
+    /// Adds `bytes`, which another function counted up to `end`. At least one unit of the text precedes `end`.
     void pass(const unsigned char* end, std::size_t bytes) noexcept {
         m_bytes += static_cast<unsigned int>(bytes);
         m_high = (end[-1] & kSurrogateKindMask >> 8) == kFirstHighSurrogate >> 8 ? m_paired & 3 : 0;
     }
 
-    /// Whether the last unit is not the first unit of a pair.
+    /// Whether the last unit is not the high surrogate of a pair.
     [[nodiscard]] bool isComplete() const noexcept { return m_high == 0; }
     [[nodiscard]] unsigned int bytes() const noexcept { return m_bytes; }
 
@@ -179,12 +183,12 @@ struct CountedBytes {
     bool stopped;  // whether the page has another block, which was not counted
 };
 
-/// Counts the blocks of well-formed UTF-8 in one page, up to the first block that contains a zero or another byte. At
-/// least three bytes of the text precede `bytes`. The loop does not branch on the kind of a character, because texts
-/// often switch between kinds. The check of the trailing bytes follows John Keiser and Daniel Lemire, "Validating UTF-8
-/// in less than one instruction per byte".
+/// Counts the units of the blocks in one page, up to the first block that contains a zero, an ill-formed part, or a
+/// lead byte above 0xF0. At least three bytes of the text precede `bytes`. The loop does not branch on the kind of a
+/// character, because texts often switch between kinds. The check of the trailing bytes follows John Keiser and Daniel
+/// Lemire, "Validating UTF-8 in less than one instruction per byte".
 VOREL_ALWAYS_INLINE CountedBytes countPage(const unsigned char* bytes, std::size_t left) noexcept {
-    static_assert(kPageBytes / kBlock < 256);  // each counter is a byte, and counts one byte of each block
+    static_assert(kPageBytes / kBlock < 256);  // each byte of a counter counts one byte of each block
     const auto every = [](unsigned char byte) { return _mm256_set1_epi8(static_cast<char>(byte)); };
     const __m256i zero = _mm256_setzero_si256();
     const std::size_t inPage = kPageBytes - offsetInPage(bytes);
@@ -201,8 +205,8 @@ VOREL_ALWAYS_INLINE CountedBytes countPage(const unsigned char* bytes, std::size
                                                                  _mm256_subs_epu8(load32(bytes + at - 2), every(0xDF))),
                                                  _mm256_subs_epu8(load32(bytes + at - 3), every(0xEF)));
         const __m256i isMisplaced = _mm256_xor_si256(_mm256_cmpeq_epi8(required, zero), isStart);
-        // A sequence of four bytes that begins with 0xF0 is a pair, unless it is overlong. Other lead bytes of four are
-        // rare.
+        // A sequence of four bytes that begins with 0xF0 becomes a surrogate pair, unless it is overlong. Other lead
+        // bytes of four bytes are rare, so they are not counted here.
         const __m256i isOverlong =
             _mm256_and_si256(_mm256_cmpeq_epi8(before, every(0xF0)), _mm256_cmpgt_epi8(every(0x90), block));
         const __m256i isOther = _mm256_or_si256(_mm256_subs_epu8(block, every(0xF0)), _mm256_cmpeq_epi8(block, zero));
@@ -216,7 +220,7 @@ VOREL_ALWAYS_INLINE CountedBytes countPage(const unsigned char* bytes, std::size
     return {at, sumOf(starts) + sumOf(fours), at != size};
 }
 
-/// The counted characters between `bytes` and `end`. The next step counts an incomplete last character.
+/// The progress from `bytes` to `end`, without an incomplete last character. The next step counts that character.
 Progress completeCharacters(const unsigned char* bytes, const unsigned char* end, const DecodedCount& count) noexcept {
     auto read = static_cast<unsigned int>(end - bytes);
     unsigned int units = count.units();
@@ -270,18 +274,19 @@ Progress countDecodedAvx2(const unsigned char* bytes, std::size_t left) noexcept
 struct CountedUnits {
     std::size_t units;
     std::size_t bytes;
-    bool stopped;  // whether the page has another pair of blocks, which was not counted
+    bool stopped;  // whether the page has two more blocks, which were not counted
 };
 
+/// Whether `countPage` stops at surrogates, or counts surrogate pairs.
 enum class SurrogatePairs { Stop, Counted };
 
-/// Counts the pairs of blocks in one page, up to the first pair that contains a zero, or a surrogate that `Rule` does
-/// not allow. At least one unit of the text precedes `units`. The loop does not branch on the kind of a character,
-/// because texts often switch between kinds.
+/// Counts the UTF-8 bytes of the units in one page, two blocks at a time. Stops at two blocks that contain a zero or,
+/// by `Rule`, a surrogate or an unpaired surrogate. At least one unit of the text precedes `units`. The loop does not
+/// branch on the kind of a character, because texts often switch between kinds.
 template <SurrogatePairs Rule>
 VOREL_ALWAYS_INLINE CountedUnits countPage(const unsigned char* units, std::size_t left) noexcept {
     constexpr std::size_t kPair = std::size_t{2} * kBlock;
-    static_assert(kPageBytes / kPair < 256);  // each counter is a byte, and counts one unit of each pair
+    static_assert(kPageBytes / kPair < 256);  // each byte of a counter counts one unit of two blocks
     const Constants& k = hidden(kConstants);
     const __m256i zero = _mm256_setzero_si256();
     const std::size_t inPage = kPageBytes - offsetInPage(units);
@@ -352,7 +357,7 @@ Progress countEncodedAvx2(const void* units, std::size_t left, bool paired) noex
     }
     auto read = static_cast<unsigned int>((at - bytes) / 2);
     unsigned int written = count.bytes();
-    if (!count.isComplete()) {  // a pair is left to the next step
+    if (!count.isComplete()) {  // the last unit begins a surrogate pair, which the next step counts
         read -= 1;
         written -= 2;
     }

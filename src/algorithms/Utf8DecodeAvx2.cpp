@@ -14,8 +14,9 @@ namespace vorel::algorithms::decoding {
 
 namespace {
 
-/// Decodes characters near the end of the text or of the capacity: up to a zero, or to the end of the `left` bytes.
-/// Writes nothing past the decoded units.
+/// Decodes the characters among the next sixteen bytes, up to a zero or to the end of the `left` bytes. Used near the
+/// end of the text or of the capacity, because it writes nothing past the decoded units. Decodes nothing if a character
+/// is ill-formed or the units exceed the capacity.
 VOREL_NOINLINE Progress decodePart(const unsigned char* bytes, std::size_t left, unsigned char* out,
                                    std::size_t capacity) noexcept {
     const Bytes found(loadBytes(bytes), kConstants);
@@ -26,7 +27,7 @@ VOREL_NOINLINE Progress decodePart(const unsigned char* bytes, std::size_t left,
         return kNoProgress;
     }
     // A character that extends past these bytes is not decoded.
-    const unsigned int last = bitsFrom(leads << 3, size);  // of the last three bytes
+    const unsigned int last = bitsFrom(leads << 3, size);  // the lead bytes among the last three bytes
     const unsigned int cut = (last & 4) != 0 ? 1 : (last & 2) != 0 ? 2 : 3;
     const unsigned int whole = bitsFrom(announced, size) == 0 ? size : size - cut;
     const unsigned int thirds = (found.fours & leads) << 2;
@@ -47,8 +48,9 @@ VOREL_ALWAYS_INLINE void storeUnits(__m128i units, unsigned char* out) noexcept 
     _mm_storeu_si128(reinterpret_cast<__m128i*>(out), units);
 }
 
-/// The position in the bytes and in the output. The first unit of an incomplete character is already written. Bits mark
-/// the next bytes that must be its trailing bytes, and the third byte of four.
+/// The position in the bytes and in the output. If the last character is incomplete, its first unit is already written.
+/// `expected` has a bit for each of the next bytes that must be a trailing byte of this character. `thirds` has a bit
+/// for its third byte if it has four bytes.
 struct Decoding {
     const unsigned char* bytes;
     unsigned char* out;
@@ -56,8 +58,8 @@ struct Decoding {
     unsigned int thirds;
 };
 
-/// Decodes thirty-two bytes that contain only characters of one or two bytes. `trailing` also has a bit for the byte
-/// after them.
+/// Decodes thirty-two bytes that contain only characters of one or two bytes. `trailing` has a bit for each trailing
+/// byte among them, and a bit for the byte after them.
 VOREL_ALWAYS_INLINE void decodeUpToTwo(Decoding& at, std::uint64_t trailing, const Constants& k) noexcept {
     const auto half = [&](unsigned int first) {
         const auto load = [](const unsigned char* lower, const unsigned char* upper) {
@@ -66,7 +68,7 @@ VOREL_ALWAYS_INLINE void decodeUpToTwo(Decoding& at, std::uint64_t trailing, con
         const __m256i pairs = _mm256_shuffle_epi8(
             load(at.bytes + first, at.bytes + first + 8),
             load(kPairBytes.order[trailing >> first & 0x1FF], kPairBytes.order[trailing >> (first + 8) & 0x1FF]));
-        // The upper two bits of a lead byte and the upper one of a trailing byte are dropped.
+        // The masks drop the upper three bits of a lead byte and the top bit of a trailing byte.
         return _mm256_or_si256(_mm256_and_si256(pairs, load32(k.lowerOfTwo)),
                                _mm256_srli_epi16(_mm256_and_si256(pairs, load32(k.upperOfTwo)), 2));
     };
@@ -95,8 +97,8 @@ VOREL_ALWAYS_INLINE void decodeThrees(Decoding& at, const Constants& k) noexcept
     at.out += 16;
 }
 
-/// Decodes the characters that begin in a block, up to a zero; `left` bytes of the text are left. Returns false if
-/// there are no such characters, or if they are ill-formed.
+/// Decodes the characters that begin in a block, up to a zero; `left` bytes of the text are left. Returns false and
+/// decodes nothing if there are no such characters, or if one of them is ill-formed.
 VOREL_ALWAYS_INLINE bool decodeBlock(Decoding& at, std::size_t left, const Constants& k) noexcept {
     const Bytes found(loadBytes(at.bytes), k);
     const unsigned int size = atMost(lowestBit(found.zeros | found.others | 1u << kBytes), left);
@@ -120,7 +122,7 @@ VOREL_ALWAYS_INLINE bool decodeBlock(Decoding& at, std::size_t left, const Const
     return true;
 }
 
-/// Decodes double blocks of ASCII before `end`, up to the first that contains another byte.
+/// Decodes double blocks of ASCII before `end`, up to the first double block that contains a zero or another byte.
 VOREL_ALWAYS_INLINE void decodeAscii(Decoding& at, const unsigned char* end) noexcept {
     for (std::size_t left = static_cast<std::size_t>(end - at.bytes) / kDoubleBlock; left != 0; --left) {
         const __m256i block = load32(at.bytes);
@@ -133,7 +135,7 @@ VOREL_ALWAYS_INLINE void decodeAscii(Decoding& at, const unsigned char* end) noe
     }
 }
 
-/// Decodes double blocks before `end`, up to a zero or an ill-formed part.
+/// Decodes text while a double block is left before `end`, up to a zero or an ill-formed part.
 VOREL_ALWAYS_INLINE void decodeWhole(Decoding& at, const unsigned char* end, const Constants& k) noexcept {
     constexpr unsigned int kLeadsOfThrees = 0x249249;
     while (static_cast<std::size_t>(end - at.bytes) >= kDoubleBlock) {
@@ -210,7 +212,7 @@ VOREL_NOINLINE Progress decodeBlocks(const unsigned char* bytes, std::size_t lef
     }
     auto read = static_cast<unsigned int>(at.bytes - bytes);
     auto written = static_cast<unsigned int>((at.out - out) / 2);
-    if (at.expected != 0) {  // the last character is left to the next step
+    if (at.expected != 0) {  // the last character is incomplete, and is left to the next step
         const unsigned int cut = bytes[read - 1] >= 0xC0 ? 1 : bytes[read - 2] >= 0xC0 ? 2 : 3;
         read -= cut;
         written -= cut == 3 ? 2 : 1;
@@ -218,7 +220,8 @@ VOREL_NOINLINE Progress decodeBlocks(const unsigned char* bytes, std::size_t lef
     return {read, written};
 }
 
-/// Decodes ASCII up to the first other byte. With `Allowed`, includes the last bytes of the text, in a double block.
+/// Decodes the ASCII at the start of a text, in double blocks, up to the end of the page. With `Allowed`, also decodes
+/// the ASCII at the start of the next double block, and may write past its units.
 VOREL_ALWAYS_INLINE Progress decodeAsciiStart(const unsigned char* bytes, std::size_t left, unsigned char* out,
                                               std::size_t capacity, Overwrite overwrite) noexcept {
     Decoding at = {bytes, out, 0, 0};

@@ -35,8 +35,9 @@ inline constexpr Shuffles keepUnits() noexcept {
 inline constexpr Shuffles kKeepUnits = keepUnits();
 
 /// Shuffles for eight bytes of ASCII and of sequences of two bytes. The index has a bit for each of the eight bytes and
-/// for the byte after them, set for trailing bytes. Every other byte becomes a unit: a byte of ASCII alone, or the lead
-/// byte in the upper half and its trailing byte in the lower half.
+/// for the byte after them, set for trailing bytes. Every byte that is not a trailing byte becomes a unit. The unit of
+/// an ASCII character has the byte in its lower half. The unit of a lead byte has this byte in its upper half and the
+/// trailing byte in its lower half.
 struct PairShuffles {
     unsigned char order[512][16];
 };
@@ -63,9 +64,9 @@ inline constexpr PairShuffles kPairBytes = pairBytes();
 
 inline constexpr unsigned int kBytes = 16;  // per block
 inline constexpr unsigned int kDoubleBlock = 32;
-inline constexpr std::size_t kReadBytes = 32;    // at a block
-inline constexpr std::size_t kReadDouble = 40;   // at a double block: four loads of sixteen bytes, eight bytes apart
-inline constexpr std::size_t kThreesBlock = 24;  // eight characters
+inline constexpr std::size_t kReadBytes = 32;    // that may be read at a block
+inline constexpr std::size_t kReadDouble = 40;   // at a double block: four loads of sixteen, eight bytes apart
+inline constexpr std::size_t kThreesBlock = 24;  // eight characters of three bytes
 
 /// Constants of thirty-two bytes. They are read from memory, because otherwise the compiler builds them in each
 /// iteration.
@@ -143,7 +144,7 @@ struct Bytes {
     unsigned int others;  ///< other lead bytes of four bytes or more, and bytes that do not start a sequence
 };
 
-/// For each of sixteen bytes, the unit of the sequence of up to three bytes that would begin there.
+/// For each of sixteen bytes, the unit of the sequence of up to three bytes that would begin at this byte.
 struct Units {
     VOREL_ALWAYS_INLINE Units(const unsigned char* bytes, const Constants& k) noexcept
         : lead(_mm256_cvtepu8_epi16(loadBytes(bytes))),
@@ -158,8 +159,9 @@ struct Units {
         units = _mm256_blendv_epi8(_mm256_blendv_epi8(lead, two, isLead), three, isLeadOfThree);
     }
 
-    /// Puts the surrogates of characters that begin with 0xF0 at their first and third bytes. `thirds` has a bit for
-    /// each third byte. Returns false if one of `fours` is overlong.
+    /// For each character that begins with 0xF0, replaces the unit at its first byte by the high surrogate, and the
+    /// unit at its third byte by the low surrogate. `thirds` has a bit for each third byte. Returns false if one of
+    /// these characters is overlong.
     VOREL_ALWAYS_INLINE bool splitFours(unsigned int thirds, const Constants& k) noexcept {
         const __m256i isFour = _mm256_cmpgt_epi16(lead, load32(k.lastOfThree));
         const __m256i high = _mm256_add_epi16(
@@ -173,6 +175,7 @@ struct Units {
         return _mm256_testz_si256(isOverlong, isOverlong) != 0;
     }
 
+    /// The units of the first and of the last eight bytes whose bits in `kept` are set.
     [[nodiscard]] __m128i lower(unsigned int kept) const noexcept {
         return shuffled(_mm256_castsi256_si128(units), kKeepUnits, kept & 0xFF);
     }

@@ -18,7 +18,7 @@ VOREL_ALWAYS_INLINE bool isZero(const unsigned char* unit) noexcept {
     return (unit[0] | unit[1]) == 0;
 }
 
-/// The zeros of a block, two bits for each unit.
+/// A mask of the zeros in a block, with two bits for each unit.
 VOREL_ALWAYS_INLINE unsigned int zerosOf(__m256i units) noexcept {
     return maskOf(_mm256_cmpeq_epi16(units, _mm256_setzero_si256()));
 }
@@ -29,7 +29,8 @@ struct Start {
     unsigned int count;
 };
 
-/// Encodes a block up to a zero or an unpaired surrogate; `left` units of the text are left.
+/// Encodes the first units of a block: up to a zero, at most `left` units, and if `paired` is true, up to an unpaired
+/// surrogate.
 VOREL_ALWAYS_INLINE Start startOf(__m256i block, std::size_t left, bool paired, const Constants& k) noexcept {
     unsigned int stops = zerosOf(block);
     Sequences all(block, k);
@@ -41,13 +42,13 @@ VOREL_ALWAYS_INLINE Start startOf(__m256i block, std::size_t left, bool paired, 
         highs = surrogates.highs();
     }
     unsigned int count = atMost(lowestBit(stops) / 2, left);
-    // A pair is not split at the end of the block.
+    // A high surrogate is not encoded without the low surrogate after it.
     count -= count != 0 && (bitsFrom(highs, 2 * count - 1) & 1) != 0 ? 1u : 0u;
     return {packed(all, count), count};
 }
 
-/// The units of two blocks as bytes, with a bit for each unit that says whether it is ASCII. The bits of `kInFirst`
-/// belong to the first block.
+/// The units of two blocks as bytes, and a mask of the units that are ASCII but not zero. The bits of `kInFirst` belong
+/// to the first block, and the bits of `kInSecond` to the second block.
 class PackedAscii {
 public:
     static constexpr unsigned int kInFirst = 0x00FF00FF;
@@ -63,13 +64,13 @@ public:
     [[nodiscard]] bool isAscii() const noexcept { return m_ascii == ~0u; }
     [[nodiscard]] bool isAscii(unsigned int units) const noexcept { return (~m_ascii & units) == 0; }
 
-    /// Whether all units are ASCII, zero, or 0x8000 and more.
+    /// Whether all units are ASCII, zero, or at least 0x8000. Packing turns units of 0x8000 or more into zeros.
     [[nodiscard]] bool hasOnlyZeros() const noexcept { return maskOf(m_bytes) == 0; }
 
-    /// In the order of the units.
+    /// The bytes in the order of the units.
     [[nodiscard]] __m256i bytes() const noexcept { return _mm256_permute4x64_epi64(m_bytes, 0xD8); }
 
-    /// The number of units before the first one that is not ASCII.
+    /// The number of units before the first unit that is zero or not ASCII.
     [[nodiscard]] unsigned int start() const noexcept {
         const __m256i isAscii = _mm256_cmpgt_epi8(bytes(), _mm256_setzero_si256());
         return lowestBit(~maskOf(isAscii));
@@ -86,13 +87,14 @@ struct Positions {
     unsigned char* out;
 };
 
+/// Encodes the first units of a block (see `startOf`), and writes zeros after their bytes.
 VOREL_NOINLINE Progress encodeStart(const unsigned char* units, std::size_t left, unsigned char* out, bool paired,
                                     const Constants& k) noexcept {
     const __m256i block = loadUnits(units);
     const __m256i ascii = _mm256_permute4x64_epi64(_mm256_packus_epi16(block, _mm256_setzero_si256()), 0xD8);
     const unsigned int stops = maskOf(_mm256_or_si256(ascii, _mm256_cmpeq_epi8(ascii, _mm256_setzero_si256())));
     if (lowestBit(stops) >= left) {
-        // Often the end of the text.
+        // All units that are left are ASCII. This is frequent at the end of a text.
         const __m256i bytes = _mm256_and_si256(ascii, firstBytes(static_cast<unsigned int>(left)));
         _mm_storeu_si128(reinterpret_cast<__m128i*>(out), _mm256_castsi256_si128(bytes));
         return {static_cast<unsigned int>(left), static_cast<unsigned int>(left)};
@@ -107,7 +109,7 @@ VOREL_ALWAYS_INLINE Positions storePair(Positions at, const PackedAscii& pair) n
     return {at.units + kPairBytes, at.out + kPairUnits};
 }
 
-/// Stores the ASCII at the start of a pair of blocks, at most `left` units, and zeros after it.
+/// Stores the ASCII at the start of a pair of blocks, at most `left` units, and zeros after the ASCII.
 VOREL_ALWAYS_INLINE Positions storeStart(Positions at, const PackedAscii& pair, std::size_t left) noexcept {
     const unsigned int count = atMost(pair.start(), left);
     const __m256i bytes = _mm256_and_si256(pair.bytes(), firstBytes(count));
@@ -127,7 +129,8 @@ VOREL_ALWAYS_INLINE Positions encodeAscii(Positions at, const unsigned char* end
     return at;
 }
 
-/// Replaces zeros by units with all bits set, so that a zero counts neither as ASCII nor as a unit below 0x800.
+/// Changes the units so that a zero is not below 0x800: it becomes 0xFFFF. Any other unit is below 0x800 afterwards if
+/// it was below 0x800 before.
 VOREL_ALWAYS_INLINE __m256i withoutZeros(__m256i units) noexcept {
     return _mm256_or_si256(units, _mm256_add_epi16(units, _mm256_set1_epi16(-1)));
 }
@@ -145,8 +148,9 @@ VOREL_ALWAYS_INLINE bool hasOnlyValues(__m256i block, const Constants& k) noexce
     return _mm256_testz_si256(isOther, isOther) != 0;
 }
 
-/// Encodes a block that contains surrogates. Returns the same position if the block contains a zero or begins with an
-/// unpaired surrogate.
+/// Encodes a block that contains a zero or a surrogate. If `paired` is true, stops at the first surrogate that is not
+/// part of a pair within the block. If the block contains a zero or begins with such a surrogate, encodes nothing and
+/// returns `at`.
 VOREL_ALWAYS_INLINE Positions encodePairs(Positions at, __m256i block, bool paired, const Constants& k) noexcept {
     if (zerosOf(block) != 0) {
         return at;
@@ -161,7 +165,8 @@ VOREL_ALWAYS_INLINE Positions encodePairs(Positions at, __m256i block, bool pair
     return {at.units + 2 * std::size_t{count}, packed(all, count).store(at.out)};
 }
 
-/// Stores a block of units below 0x800. If all are ASCII, `ascii` has their bytes. Returns the end.
+/// Stores the UTF-8 of a block of units below 0x800. If `isAscii` is true, the UTF-8 is `ascii`. Returns the end of the
+/// UTF-8.
 VOREL_ALWAYS_INLINE unsigned char* storeShort(__m256i block, bool isAscii, __m128i ascii, unsigned char* out,
                                               const Constants& k) noexcept {
     if (isAscii) {
@@ -210,7 +215,7 @@ VOREL_ALWAYS_INLINE Positions encodeWhole(Positions at, const unsigned char* end
         }
         __m256i block = loadUnits(at.units);
         if (isShort(block, k)) {
-            // This is the last block, or the other block of the pair has longer sequences.
+            // This is the last block, or the second block of the pair contains a zero or a unit of 0x800 or more.
             at = {at.units + kBlockBytes, storeUpToTwo(block, at.out, k)};
             if (isAtEnd()) {
                 return at;
@@ -235,8 +240,8 @@ VOREL_ALWAYS_INLINE Positions encodeWhole(Positions at, const unsigned char* end
     }
 }
 
-/// The number of blocks that can be read: the blocks in the page, or one block that extends into the next page. 0 if
-/// the text may end before the next page.
+/// The number of blocks of the text that can be read: the blocks in the page, or if there is none, one block that
+/// extends into the next page. 0 if the text may end before the next page.
 VOREL_ALWAYS_INLINE std::size_t readableBlocks(const unsigned char* units, std::size_t bytesLeft) noexcept {
     const std::size_t inPage = kPageBytes - offsetInPage(units);
     if (inPage < kBlockBytes) {
@@ -245,8 +250,8 @@ VOREL_ALWAYS_INLINE std::size_t readableBlocks(const unsigned char* units, std::
     return (inPage < bytesLeft ? inPage : bytesLeft) / kBlockBytes;
 }
 
-/// Encodes text up to a zero or a surrogate that is not part of a pair, while the output has space for `kMaxWritten`
-/// bytes.
+/// Encodes text while the output has space for `kMaxWritten` bytes. Stops at a zero, at an unpaired surrogate if
+/// `paired` is true, and at a block that may extend into a page after the end of the text.
 VOREL_NOINLINE Progress encodeBlocks(const unsigned char* units, std::size_t left, unsigned char* out,
                                      std::size_t capacity, bool paired) noexcept {
     const Constants& k = hidden(kConstants);
@@ -285,7 +290,8 @@ VOREL_NOINLINE Progress encodeBlocks(const unsigned char* units, std::size_t lef
     return {static_cast<unsigned int>((at.units - units) / 2), static_cast<unsigned int>(at.out - out)};
 }
 
-/// Encodes the first units of a block. Writes nothing past their bytes.
+/// Encodes the first units of a block (see `startOf`). Writes nothing past their bytes, and nothing at all if they
+/// exceed the capacity.
 VOREL_NOINLINE Progress encodePart(const unsigned char* units, std::size_t left, unsigned char* out,
                                    std::size_t capacity, bool paired) noexcept {
     const Start start = startOf(loadUnits(units), left, paired, kConstants);
@@ -296,7 +302,8 @@ VOREL_NOINLINE Progress encodePart(const unsigned char* units, std::size_t left,
     return {start.count, static_cast<unsigned int>(start.bytes.size())};
 }
 
-/// Encodes ASCII up to the first other unit, in pairs of blocks. The last pair of the text is filled up with zeros.
+/// Encodes the ASCII at the start of a text, in pairs of blocks, up to the end of the page. If the text ends in a pair,
+/// encodes the ASCII at the start of that pair and writes zeros after it.
 VOREL_ALWAYS_INLINE Progress encodeAsciiStart(const unsigned char* units, std::size_t left, unsigned char* out,
                                               std::size_t capacity) noexcept {
     const std::size_t inPage = kPageBytes - offsetInPage(units);
@@ -307,7 +314,7 @@ VOREL_ALWAYS_INLINE Progress encodeAsciiStart(const unsigned char* units, std::s
     if (rest != 0 && static_cast<std::size_t>(out + capacity - at.out) >= kPairUnits &&
         isInPage(at.units, kPairBytes)) {
         const PackedAscii pair(at.units);
-        // Otherwise other units follow, which another function encodes faster.
+        // If other units follow, another function encodes the pair faster.
         if (rest < kPairUnits || pair.hasOnlyZeros()) {
             at = storeStart(at, pair, rest);
         }

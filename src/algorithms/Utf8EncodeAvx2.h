@@ -17,10 +17,10 @@
 
 namespace vorel::algorithms::encoding {
 
-inline constexpr unsigned char kDropped = 0x80;  // a shuffle writes a zero for this bit
+inline constexpr unsigned char kDropped = 0x80;  // an index that makes a shuffle write a zero
 
-/// Shuffles for eight elements of two bytes. They keep one byte of an element whose bit is set in the mask, and both
-/// bytes of the others.
+/// Shuffles for eight elements of two bytes. They keep the first byte of an element whose bit is set in the mask, and
+/// both bytes of an element whose bit is not set.
 constexpr Shuffles oneOrTwoBytes() noexcept {
     Shuffles shuffles = {};
     for (unsigned int mask = 0; mask < 256; ++mask) {
@@ -38,10 +38,10 @@ constexpr Shuffles oneOrTwoBytes() noexcept {
     return shuffles;
 }
 
-/// Shuffles for four elements of four bytes (see `Sequences`). They keep the bytes of the sequence. Each element has
-/// two bits in the mask: both are set for a sequence of one byte, only the upper bit for two bytes, no bit for three.
-/// If only the lower bit is set, the element is dropped. The lower bits of the last byte of an order hold the number of
-/// kept bytes; that byte always writes a zero.
+/// Shuffles for four elements of four bytes (see `Sequences`). They keep the bytes that belong to the UTF-8 sequence of
+/// each element. Each element has two bits in the mask: both are set for a sequence of one byte, only the upper bit for
+/// two bytes, no bit for three. If only the lower bit is set, the element is dropped. The last byte of each order is
+/// the number of kept bytes plus `kDropped`, so it always writes a zero.
 constexpr Shuffles oneToThreeBytes() noexcept {
     Shuffles shuffles = {};
     for (unsigned int mask = 0; mask < 256; ++mask) {
@@ -74,7 +74,7 @@ inline constexpr unsigned int kUnits = 16;  // per block
 inline constexpr std::size_t kBlockBytes = 2 * std::size_t{kUnits};
 inline constexpr std::size_t kPairUnits = 2 * std::size_t{kUnits};  // two blocks
 inline constexpr std::size_t kPairBytes = 2 * kBlockBytes;
-inline constexpr std::size_t kMaxWritten = 64;  // per step, including zeros
+inline constexpr std::size_t kMaxWritten = 64;  // by a step, including the zeros after its output
 
 /// Constants of sixteen units. They are read from memory, because otherwise the compiler builds them in each iteration.
 struct Constants {
@@ -128,12 +128,12 @@ VOREL_ALWAYS_INLINE void storeBytes(__m128i bytes, unsigned char* out) noexcept 
     _mm_storeu_si128(reinterpret_cast<__m128i*>(out), bytes);
 }
 
-/// Some of the bytes of a block, lowest first.
+/// Up to sixteen bytes of the output, followed by zeros.
 struct Piece {
     __m128i bytes;
     std::size_t size;
 
-    /// Stores the piece and zeros after it. Returns the end.
+    /// Stores the bytes and the zeros after them. Returns the end of the bytes.
     VOREL_ALWAYS_INLINE unsigned char* store(unsigned char* out) const noexcept {
         storeBytes(bytes, out);
         return out + size;
@@ -145,7 +145,7 @@ struct Piece {
     }
 };
 
-/// The bytes of sixteen units. The functions have no loop, so that the compiler keeps the pieces in registers.
+/// Two consecutive pieces. The functions have no loop, so that the compiler keeps the pieces in registers.
 struct TwoPieces {
     Piece first, second;
 
@@ -158,6 +158,7 @@ struct TwoPieces {
     }
 };
 
+/// The output of sixteen units.
 struct FourPieces {
     TwoPieces first, second;
 
@@ -170,7 +171,7 @@ struct FourPieces {
     }
 };
 
-/// Stores sixteen units below 0x800, and zeros after them. Returns the end.
+/// Stores the UTF-8 of sixteen units below 0x800, and zeros after it. Returns the end of the UTF-8.
 VOREL_ALWAYS_INLINE unsigned char* storeUpToTwo(__m256i units, unsigned char* out, const Constants& k) noexcept {
     const __m256i lead = _mm256_srli_epi16(units, 6);
     const __m256i trail = _mm256_and_si256(_mm256_slli_epi16(units, 8), loadUnits(k.trailingBits));
@@ -186,7 +187,7 @@ VOREL_ALWAYS_INLINE unsigned char* storeUpToTwo(__m256i units, unsigned char* ou
     return end;
 }
 
-/// The surrogates of sixteen units, two bits for each unit.
+/// Finds the surrogates among sixteen units. The masks have two bits for each unit.
 struct SurrogatesOf {
     VOREL_ALWAYS_INLINE SurrogatesOf(__m256i units, const Constants& k) noexcept {
         const __m256i kind = _mm256_and_si256(units, loadUnits(k.kindMask));
@@ -196,7 +197,8 @@ struct SurrogatesOf {
 
     [[nodiscard]] unsigned int highs() const noexcept { return maskOf(isHigh); }
 
-    /// The surrogates that are not part of a pair within the sixteen units.
+    /// The surrogates that are not part of a pair within the sixteen units. So a low surrogate at the start and a high
+    /// surrogate at the end are included.
     [[nodiscard]] unsigned int single() const noexcept {
         const unsigned int high = highs();
         const unsigned int low = maskOf(isLow);
@@ -207,8 +209,10 @@ struct SurrogatesOf {
     __m256i isLow;
 };
 
-/// The bytes of sixteen units. Four bytes are computed for each unit: the byte of ASCII, the last byte, the lead byte
-/// of three, and the lead byte of two or the second byte of three. Surrogates are values unless `joinPairs` is called.
+/// The UTF-8 sequences of sixteen units. Each unit has an element of four bytes, and `packed` keeps the bytes that
+/// belong to the sequence. Byte 0 is an ASCII character. Byte 1 is the last byte of a longer sequence. Byte 2 is the
+/// lead byte of three bytes. Byte 3 is the lead byte of two bytes or the second of three. Each surrogate is encoded as
+/// a separate value unless `joinPairs` is called.
 struct Sequences {
     VOREL_ALWAYS_INLINE Sequences(__m256i units, const Constants& k) noexcept {
         const __m256i zero = _mm256_setzero_si256();
@@ -216,14 +220,16 @@ struct Sequences {
         const __m256i isAscii = _mm256_cmpeq_epi16(_mm256_and_si256(units, loadUnits(k.notAscii)), zero);
         const __m256i twice = _mm256_shuffle_epi8(units, loadUnits(k.duplicate));
         lower = _mm256_or_si256(_mm256_and_si256(twice, loadUnits(k.lowerBits)), loadUnits(k.lowerForm));
-        // aaaabbbbbbcccccc becomes 00bbbbbbcc00aaaa, with the upper bits of lead and trailing bytes 11bbbbbb1110aaaa.
+        // The bits aaaabbbbbbcccccc of a unit become 00bbbbbbcc00aaaa, and then 11bbbbbb1110aaaa, which contains the
+        // lead bytes. For a sequence of three bytes, the trailing byte 10bbbbbb replaces 11bbbbbb.
         const __m256i spread = _mm256_maddubs_epi16(_mm256_srli_epi16(units, 4), loadUnits(k.spreading));
         upper = _mm256_xor_si256(_mm256_or_si256(spread, loadUnits(k.upperForm)),
                                  _mm256_andnot_si256(isShort, loadUnits(k.threeByteForm)));
         kinds = (maskOf(isAscii) & 0x55555555) | (maskOf(isShort) & 0xAAAAAAAA);
     }
 
-    /// Gives the first two bytes of a pair to its high surrogate and the last two to its low surrogate.
+    /// Gives the first two bytes of a surrogate pair to the high surrogate, and the last two bytes to the low
+    /// surrogate.
     VOREL_ALWAYS_INLINE void joinPairs(__m256i units, const SurrogatesOf& surrogates, const Constants& k) noexcept {
         const __m256i value =
             _mm256_add_epi16(_mm256_and_si256(units, loadUnits(k.pairedBits)), loadUnits(k.pairedOffset));
@@ -240,7 +246,7 @@ struct Sequences {
         kinds |= maskOf(_mm256_or_si256(surrogates.isHigh, surrogates.isLow)) & 0xAAAAAAAA;
     }
 
-    /// The sequences of units 0 to 3 and 8 to 11, and the sequences of the other units.
+    /// The sequences of units 0 to 3 and 8 to 11, and the sequences of units 4 to 7 and 12 to 15.
     [[nodiscard]] __m256i first() const noexcept { return _mm256_unpacklo_epi16(lower, upper); }
     [[nodiscard]] __m256i second() const noexcept { return _mm256_unpackhi_epi16(lower, upper); }
 
@@ -253,7 +259,7 @@ struct Sequences {
 VOREL_ALWAYS_INLINE FourPieces packed(const Sequences& all, unsigned int count) noexcept {
     const __m256i first = all.first();
     const __m256i second = all.second();
-    // The other units must not write bytes, because unused elements of an array must be zero.
+    // Units after these must not produce bytes, because the output may be an array, whose unused elements must be zero.
     const auto kept = static_cast<unsigned int>((std::uint64_t{1} << 2 * count) - 1);
     const unsigned int kinds = (all.kinds & kept) | (0x55555555 & ~kept);
     const auto piece = [&](__m128i elements, unsigned int part) -> Piece {

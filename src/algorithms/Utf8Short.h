@@ -1,7 +1,8 @@
 /// \file
-/// Converts short texts, such as a name or a word, one character at a time, because the setup of the conversion for
-/// long texts (Utf8Streams.h) takes longer. Validates only what the codec requires (Utf8.h). For rare input, the whole
-/// text is left to the conversion for long texts.
+/// Converts short texts, such as a name or a word, because the setup of the conversion for long texts (Utf8Streams.h)
+/// takes longer. A text of eight or more ASCII characters is converted eight characters at a time, any other text one
+/// character at a time. Validates only what the codec requires (Utf8.h). For rare input, the whole text is left to the
+/// conversion for long texts.
 #pragma once
 
 #include <algorithm>
@@ -22,11 +23,12 @@ namespace vorel::algorithms {
 /// The maximum number of elements of a short text.
 inline constexpr std::size_t kShortText = 48;
 
-/// Result for a text that is left to the conversion for long texts.
+/// The result for a text that is left to the conversion for long texts.
 inline constexpr std::size_t kNotShort = kShortText + 1;
 
-/// An upper bound of the number of elements of a short text: `length`, or the number of elements before the zero if
-/// `length` is below 0.
+/// If `length` is below 0, the number of elements before the zero. Otherwise `length`; a zero may end the text earlier.
+/// `kNotShort` if this number is above `kShortText`. Also `kNotShort` if the zero must be found and the first
+/// `kShortText` elements are not in one page.
 template <class Element>
 std::size_t shortTextLength(const Element* text, int length) noexcept {
     constexpr std::size_t kPerVector = sizeof(__m128i) / sizeof(Element);
@@ -47,7 +49,8 @@ std::size_t shortTextLength(const Element* text, int length) noexcept {
     return zeros != 0 ? static_cast<std::size_t>(std::countr_zero(zeros)) : kNotShort;
 }
 
-/// Decodes a run of characters of four bytes, because such characters mostly occur in runs. False for an overlong
+/// Decodes characters of four bytes until another character follows, the text ends, or the capacity may be too small
+/// for another pair. This is a loop, because such characters mostly occur in runs. Returns false at an overlong
 /// sequence.
 template <class Unit>
 bool decodeFours(const unsigned char*& byte, const unsigned char* end, Unit*& out, const Unit* lastPair) noexcept {
@@ -65,8 +68,14 @@ bool decodeFours(const unsigned char*& byte, const unsigned char* end, Unit*& ou
     return true;
 }
 
-/// Decodes a short text. The last sequence may extend past its end. Returns the number of units, or `kNotShort` if a
-/// byte does not start a sequence or starts one of six bytes, or if the capacity may be too small.
+/// Decodes a short text. The bytes of the last sequence are read even past the end of the text. Returns the number of
+/// units. Returns `kNotShort` for any of the following reasons:
+///
+/// - The text is too long or not in one page (see `shortTextLength`).
+/// - The capacity may be too small.
+/// - A byte does not start a sequence, or starts a sequence of six bytes.
+/// - A sequence of four bytes is overlong.
+/// - No length is given, and a zero is part of a sequence.
 template <class Unit>
 std::size_t decodeShortText(const unsigned char* text, int length, Unit* out, std::size_t capacity) noexcept {
     const std::size_t bytes = shortTextLength(text, length);
@@ -105,12 +114,15 @@ std::size_t decodeShortText(const unsigned char* text, int length, Unit* out, st
             return kNotShort;
         }
     }
-    // If no length is given, text after a zero that was read as a trailing byte still belongs to the input.
+    // If no length is given, a zero within a sequence does not end the input. The conversion for long texts then reads
+    // the rest.
     return byte > end && length < 0 ? kNotShort : static_cast<std::size_t>(out - start);
 }
 
-/// Encodes a short text. A surrogate pair whose first unit is the last one is read whole. Returns the number of bytes,
-/// or `kNotShort` if a surrogate is unpaired or the capacity may be too small.
+/// Encodes a short text. With `Surrogates::Paired`, if the last unit of the text is a high surrogate, the unit after
+/// the end is read too. Returns the number of bytes. Returns `kNotShort` if the text is too long or not in one page
+/// (see `shortTextLength`), if the capacity may be too small, or, with `Surrogates::Paired`, if a surrogate is
+/// unpaired.
 template <Surrogates Rule, class Unit>
 std::size_t encodeShortText(const Unit* text, int length, unsigned char* out, std::size_t capacity) noexcept {
     const std::size_t units = shortTextLength(text, length);

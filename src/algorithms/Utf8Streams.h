@@ -48,7 +48,7 @@ inline constexpr unsigned int kScalarCharacters = 8;
 /// continues to the bound or to the next zero.
 class Utf8Reader {
 public:
-    /// How a surrogate pair is handled when only its first unit fits.
+    /// How a surrogate pair is handled if only its first unit fits.
     enum class LastPair {
         Written,  ///< both units are written, one more than the capacity
         Left,     ///< nothing is written, and the character is not read
@@ -56,8 +56,8 @@ public:
 
     Utf8Reader(const unsigned char* input, int length) noexcept : m_cursor(input, length) {}
 
-    /// Reads until `capacity` units are written or the input ends. Returns the number of units. `Rest` says whether
-    /// unused capacity may be overwritten.
+    /// Reads until `capacity` units are written, the input ends, or a byte does not start a sequence. Returns the
+    /// number of units. `Rest` says whether unused capacity may be overwritten.
     template <LastPair Rule, Overwrite Rest = Overwrite::Allowed, class Unit>
     std::size_t read(Unit* out, std::size_t capacity) noexcept {
         std::size_t units = 0;
@@ -113,7 +113,8 @@ private:
         std::size_t at = units;
         bool goesOn = true;
         for (unsigned int left = kScalarCharacters; left != 0 && !cursor.atEnd(); --left) {
-            // Decoded before the capacity is checked: an invalid byte after the last unit that fits is an error too.
+            // Decoded before the capacity is checked, because an invalid byte after the last unit that fits is an error
+            // too.
             const Utf8Sequence sequence = nextSequence(cursor);
             const std::size_t needed = Rule == LastPair::Left && sequence.value >= kFirstPairedValue ? 2 : 1;
             m_failed = sequence.bytes == 0;

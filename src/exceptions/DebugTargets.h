@@ -23,7 +23,7 @@ namespace vorel {
 /// are never removed before the set is destroyed, so a reader never sees a freed entry.
 ///
 /// A skip list (W. Pugh, "Skip Lists: A Probabilistic Alternative to Balanced Trees", 1990) whose links are set by
-/// compare-and-swap. An entry is in the set when the lowest level links to it; the higher levels are shortcuts.
+/// compare-and-swap. An entry is in the set if the lowest level links to it. The higher levels are shortcuts.
 template <class T, class Lock>
 class DebugTargets {
 public:
@@ -72,7 +72,8 @@ private:
         Links next{};
     };
 
-    /// The position of a name: for each level, the links of the last entry before it and the next entry.
+    /// The position of a name: for each level, the links of the last entry before the name, and the entry that these
+    /// links lead to.
     struct Position {
         std::array<Links*, kLevels> before;
         std::array<Entry*, kLevels> after;
@@ -123,7 +124,8 @@ private:
         return candidate && candidate->name == name ? candidate : nullptr;
     }
 
-    /// Adds an entry for `name`, unless another thread has added one in the meantime. Returns the entry in the set.
+    /// Adds an entry for `name`, unless another thread has added such an entry in the meantime. Returns the entry in
+    /// the set.
     Entry* insert(std::basic_string_view<T> name, Position& position) {
         std::unique_ptr<Entry> added = make(name);
         while (!link(*added, 0, position)) {

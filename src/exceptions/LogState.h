@@ -1,5 +1,6 @@
 /// \file
-/// The tables and locks of the error log: the active debug targets, the silenced threads, and the lock of the settings.
+/// The tables and locks of the error log: the debug targets that were ever switched on or off, the silenced threads,
+/// and the lock of the log's settings.
 #pragma once
 
 #include "core/LibraryState.h"

@@ -14,7 +14,7 @@ namespace vorel::flat {
 
 namespace {
 
-/// The failure of a thread that cannot allocate one. Shared by all threads and never written.
+/// The last failure of a thread whose own `Failure` cannot be allocated. Shared by all threads and never written.
 constinit Failure s_withoutMemory = [] {
     constexpr std::wstring_view kNoMemory = L"No more memory is available";
     Failure failure;
