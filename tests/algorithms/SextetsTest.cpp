@@ -44,8 +44,8 @@ const Encoding kEncodings[] = {
 const Encoding& kBase64 = kEncodings[0];
 const Encoding& kDaylight = kEncodings[1];
 
-/// Decodes a group of four characters. Returns false at the first character without a value, and reads nothing after
-/// it.
+/// Decodes a group of four characters. Returns false at the first character without a value, and does not read the
+/// characters after it.
 template <class T>
 bool decodeGroup(const T* text, const algorithms::SextetValues& table, unsigned char* out) {
     unsigned int values[4] = {};
@@ -66,7 +66,7 @@ struct Scalar {
     static constexpr char kName[] = "scalar";
     static constexpr bool kNeedsAvx2 = false;
     static constexpr std::size_t kOverhang = 0;
-    static constexpr std::size_t kMinBytes = 3;  // fewer are not encoded
+    static constexpr std::size_t kMinBytes = 3;  // fewer bytes are not encoded
 
     static std::size_t encode(const unsigned char* bytes, std::size_t count, const Encoding& encoding, T* out) {
         const T* const end = algorithms::encodeGroups(bytes, count, encoding.alphabet.characters, out);

@@ -52,7 +52,7 @@ const std::vector<Use>& uses() {
     return kUses;
 }
 
-/// Byte by byte, like the encoder for bytes that are not in a block.
+/// Encodes byte by byte, as the encoder does for bytes that are not in a block.
 struct Scalar {
     using Unit = char;
     static constexpr char kName[] = "scalar";

@@ -31,7 +31,7 @@ constexpr std::size_t kMax = 100;
 constexpr unsigned char kGuardByte = 0x5A;
 constexpr wchar_t kGuard = 0x5A5A;
 
-/// Wide text: runs of characters, each of one kind.
+/// A wide text of runs. All characters of a run are of one kind.
 std::wstring randomText(RandomText& random, bool withLoneSurrogates) {
     std::wstring text;
     const std::size_t length = random.below(kMax);
@@ -182,7 +182,7 @@ TEST_F(Utf8Avx2, ConvertsWellFormedTextsCompletely) {
         for (std::size_t count = 0; count != 70; ++count) {
             SCOPED_TRACE(testing::Message() << kind.name << ", " << count);
             const std::wstring units = repeated(kind.character, count);
-            // The text is far from the end of the page, and the capacity is exactly the required one.
+            // The text is far from the end of the page, and the capacity is exactly the required capacity.
             std::string bytes = test::encodeUtf16(units + L'\0', -1).bytes;
             const std::size_t size = bytes.size();
             bytes += std::string(64, '\0');

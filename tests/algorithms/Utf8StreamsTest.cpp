@@ -20,7 +20,8 @@ const unsigned char* bytesOf(const std::string& text) {
     return reinterpret_cast<const unsigned char*>(text.data());
 }
 
-/// ASCII runs of about sixteen bytes, sequences of every length, and a lead byte whose sequence includes a zero.
+/// A text with ASCII runs of about sixteen bytes, sequences of every length, and a lead byte whose sequence includes a
+/// zero.
 const std::string& sampleText() {
     static const std::string kSample =
         "An ASCII run of more than sixteen bytes, \xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80 then "

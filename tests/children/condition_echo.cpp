@@ -1,5 +1,5 @@
 /// \file
-/// Answers each signal of one named condition with a signal of another.
+/// Answers each signal of one named condition with a signal of another named condition.
 ///
 ///     wait=<name> signal=<name> rounds=<count>
 

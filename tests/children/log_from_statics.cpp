@@ -1,6 +1,6 @@
 /// \file
 /// Logs not only in `main`, but also in the constructor and the destructor of a global object, and in two functions
-/// that run at exit, one before that destructor and one after it.
+/// that run at exit: the first before that destructor, the second after it.
 
 #include <cstdlib>
 

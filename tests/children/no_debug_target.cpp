@@ -1,6 +1,6 @@
 /// \file
-/// Checks that debug calls do not read their arguments, first while no debug target is active, then while only another
-/// target is active.
+/// Checks that debug calls do not read their arguments, first while no debug target is active, then while only other
+/// targets are active.
 
 #include <cstdarg>
 #include <cstdint>

@@ -8,7 +8,7 @@
 ///     task=mapping name=<mapping> [file=<path>] expect=<number> write=<number>
 ///         compares the first number of the mapping, and overwrites it
 ///     task=admin
-///         asks whether it is an administrator
+///         calls IsAdmin
 ///     task=race name=<stem> folder=<path> parties=<number> rounds=<number> log=<path>
 ///         opens mappings while other processes do the same
 ///

@@ -5,8 +5,8 @@
 ///
 ///     run=<name> process=<number> life=<number> log=<path>
 ///
-/// It counts its operations in the shared statistics. The exit code is 0 for success, 2 if a round trip of a conversion
-/// changes the text, 3 for an exception.
+/// The process counts its operations in the shared statistics. The exit code is 0 for success, 2 if a text changes when
+/// it is converted and converted back, and 3 for an exception.
 
 #include <atomic>
 #include <chrono>

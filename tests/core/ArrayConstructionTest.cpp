@@ -58,7 +58,7 @@ static_assert(std::is_constructible_v<Array<int>, std::vector<int>&>);
 static_assert(!std::is_convertible_v<std::vector<int>, Array<int>>);
 static_assert(!std::is_constructible_v<Array<int>, std::vector<std::string>>);
 static_assert(!std::is_constructible_v<Array<int*>, std::vector<int>>);
-// Copying and moving stay what they were.
+// An array can still be copied and moved.
 static_assert(std::is_convertible_v<Array<int>&, Array<int>>);
 // The element's type follows from the arguments.
 static_assert(std::is_same_v<decltype(Array{1, 2, 3}), Array<int>>);

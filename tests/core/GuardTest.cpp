@@ -189,7 +189,8 @@ TEST(UnGuardCalls, FailureInTheConstructorIsThrownUnchanged) {
 
 // ---- Failures at the end of the block -------------------------------------------------------------------------------
 
-/// Leaves the block of a guard, normally or by an exception; the lock fails at that moment.
+/// Leaves the block of a guard, normally or by an exception. The call of `lock` that the guard makes at the end of
+/// the block fails as `failure` describes.
 template <template <class> class Scope>
 void leaveBlock(RecordingLock& lock, Failure failure, bool unwinding) {
     const Scope<RecordingLock> scope(lock);

@@ -58,7 +58,7 @@ private:
 
     unsigned int below(unsigned int limit) { return static_cast<unsigned int>(m_random() % limit); }
 
-    /// There are few keys and even fewer hashes, so both collide.
+    /// There are few keys and even fewer hashes, so keys are used again and hashes collide.
     int randomKey() { return static_cast<int>(below(40)); }
     static std::uint64_t hashOf(int key) { return static_cast<std::uint64_t>(key % 17) * 0x9E3779B97F4A7C15; }
 

@@ -184,7 +184,7 @@ TEST(ErrorLog, PathThatCannotBeOpenedDropsTheLineSilently) {
 
 TEST(ErrorLog, WritingAndRotatingKeepErrnoAndTheLastError) {
     const TemporaryLog log(10);
-    for (int line = 0; line < 3; ++line) {  // the first creates the file, the others rotate it
+    for (int line = 0; line < 3; ++line) {  // the first line creates the file, the second and the third rotate it
         errno = 77;
         SetLastError(4711);
         const Exception e(L"message %d", line);

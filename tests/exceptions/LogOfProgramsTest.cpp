@@ -1,6 +1,6 @@
 /// \file
-/// The error log of whole programs. One sets no location, one sets no debug target, and one logs before and after
-/// `main`.
+/// The error log of whole programs. One program sets no location, another sets no debug target, and a third logs before
+/// and after `main`.
 
 #include <cstdio>
 #include <string>
@@ -43,7 +43,7 @@ private:
     bool m_moved;
 };
 
-/// Whether this user may create files in the root of drive C. Windows allows that to administrators only.
+/// Whether this user may create files in the root of drive C. Windows allows this only to administrators.
 bool isRootWritable() {
     const test::Handle file(CreateFileW((L"C:\\" + test::NamedEvent::uniqueName(L"probe")).c_str(), GENERIC_WRITE, 0,
                                         nullptr, CREATE_NEW, FILE_FLAG_DELETE_ON_CLOSE, nullptr));

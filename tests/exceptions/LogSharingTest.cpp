@@ -1,6 +1,6 @@
 /// \file
-/// The log while another program has it or its backup open. Which access the system grants then is documented: a handle
-/// allows to others only what its sharing mode has ("CreateFileW function").
+/// The log while another program has the log or its backup open. The system grants other handles only the access that
+/// the sharing mode of the program's handle allows ("CreateFileW function").
 
 #include <cerrno>
 #include <ostream>
@@ -23,7 +23,7 @@ using vorel::Exception;
 
 constexpr DWORD kShareReadWrite = FILE_SHARE_READ | FILE_SHARE_WRITE;
 constexpr DWORD kShareAll = kShareReadWrite | FILE_SHARE_DELETE;
-constexpr long long kLimitBytes = 10;  // every line but the first finds a log that is too long
+constexpr long long kLimitBytes = 10;  // every line except the first finds a log that is too long
 
 /// How the other program has a file open.
 struct Holder {
@@ -53,9 +53,9 @@ void warn(const char* text) {
 
 class HeldLog : public testing::TestWithParam<Holder> {};
 
-// A log may be renamed only if all others share it for deletion, and be opened for writing only if they share that. A
-// handle with the right to delete, such as that of a process that renames the log, needs others to share deletion; the
-// runtime's streams do not.
+// A log can be renamed only if all open handles share deletion, and can be opened for writing only if all open handles
+// share writing. While a handle with the right to delete is open, for example of a process that renames the log, only
+// handles that share deletion can be opened. The streams of the runtime do not share deletion.
 const Holder kHoldersOfTheLog[] = {
     {"Reader", GENERIC_READ, kShareReadWrite, {"WARN: first", "WARN: second"}, {}},
     {"Writer", GENERIC_WRITE, kShareReadWrite, {"WARN: first", "WARN: second"}, {}},
@@ -107,8 +107,8 @@ TEST(HeldBackup, ThatCannotBeDeletedKeepsTheLogGrowing) {
     EXPECT_EQ(test::readLogMessages(log.backupPath()), (Texts{"WARN: second", "WARN: third", "WARN: fourth"}));
 }
 
-// The name of the deleted backup exists until its reader has closed it, or is removed at once; both are documented, the
-// second for NTFS of newer versions.
+// The name of a deleted backup exists until its reader has closed the backup, or is removed at once. Both are
+// documented; newer versions of NTFS remove the name at once.
 TEST(HeldBackup, ThatIsSharedForDeletionIsReplacedNowOrLater) {
     const test::TemporaryLog log(kLimitBytes);
     warn("first");

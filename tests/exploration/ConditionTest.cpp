@@ -137,7 +137,7 @@ class SignalAfterRelease final : public ConditionScenario {
     }
 };
 
-/// A signal without a waiter is kept for the next waiter, and for no other.
+/// A signal without a waiter is kept for the next waiter only.
 class SignalBeforeWait final : public ConditionScenario {
     void start() override {
         ConditionScenario::start();
@@ -228,7 +228,7 @@ private:
     bool m_isBroadcast = false;
 };
 
-/// The same with waiters that may time out: all waiters return, and the broadcast ends.
+/// A broadcast to waiters that may time out. All waiters return, and the broadcast ends.
 class BroadcastOrTimeout final : public ConditionScenario {
     void start() override {
         ConditionScenario::start();

@@ -27,7 +27,7 @@ private:
     InvalidParameterHandler m_handler = nullptr;
 };
 
-/// Converts the calling thread to a fiber, to which the other fibers return. Only one object may exist at a time.
+/// Converts the calling thread to a fiber, to which all other fibers return. Only one object may exist at a time.
 class MainFiber {
 public:
     MainFiber();
@@ -36,7 +36,7 @@ public:
     MainFiber(const MainFiber&) = delete;
     MainFiber& operator=(const MainFiber&) = delete;
 
-    /// Called from another fiber: continues the thread after its `Fiber::run`.
+    /// Must be called from another fiber. Continues the thread after its call of `Fiber::run`.
     void resume() noexcept;
 
 private:
@@ -46,8 +46,8 @@ private:
     ThreadState m_state;
 };
 
-/// Runs one function after another. If a function has not ended, the destructor drops the rest of it: objects on its
-/// stack are not destroyed, as if the process had been killed.
+/// Runs one function after another. If a function has not ended, the destructor does not run the rest of the function,
+/// and does not destroy the objects on its stack, as if the process had been killed.
 class Fiber {
 public:
     explicit Fiber(MainFiber& main);
@@ -56,7 +56,7 @@ public:
     Fiber(const Fiber&) = delete;
     Fiber& operator=(const Fiber&) = delete;
 
-    /// Sets the function of the next `run`. The previous one must have ended.
+    /// Sets the function of the next `run`. The previous function must have ended.
     void start(std::function<void()> body);
 
     /// Runs until the function ends or calls `MainFiber::resume`.

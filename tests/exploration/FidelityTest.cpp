@@ -55,7 +55,7 @@ TEST(Fidelity, TheModelDoesWhatTheSystemDoes) {
                               << system[step] << ", model " << model[step] << "\n"
                               << testing::PrintToString(script.steps);
             }
-            break;  // later steps may depend on this one
+            break;  // later steps may depend on this step
         }
     }
 }

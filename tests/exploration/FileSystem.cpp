@@ -42,15 +42,16 @@ FileSystem::Handle* FileSystem::find(HANDLE handle, DWORD access) {
     return &found->second;
 }
 
-/// Whether all open handles of the file allow others to open it with the sharing mode's right.
+/// Whether all open handles of the file allow others to open it with the right that belongs to the sharing mode.
 bool FileSystem::isShared(const File& file, DWORD mode) const {
     return std::all_of(m_handles.begin(), m_handles.end(), [&](const auto& entry) {
         return entry.second.file.get() != &file || (entry.second.sharing & mode) != 0;
     });
 }
 
-/// "Creating and Opening Files": the sharing modes of all open handles must allow the access of a new handle, and its
-/// sharing mode must allow theirs; otherwise ERROR_SHARING_VIOLATION. A file whose deletion is pending cannot be
+/// "Creating and Opening Files": the sharing modes of all open handles must allow the access of a new handle, and the
+/// sharing mode of the new handle must allow the access of the open handles. Otherwise the call fails with
+/// ERROR_SHARING_VIOLATION. A file whose deletion is pending cannot be
 /// opened.
 HANDLE FileSystem::open(const std::string& path, DWORD access, DWORD sharing, DWORD disposition) {
     point();
@@ -98,8 +99,8 @@ HANDLE FileSystem::open(const std::string& path, DWORD access, DWORD sharing, DW
     return reinterpret_cast<HANDLE>(handle);
 }
 
-/// "LockFileEx function": no other handle, of this process or another, can access an exclusively locked range:
-/// ERROR_LOCK_VIOLATION.
+/// "LockFileEx function": no other handle, of this process or another, can access an exclusively locked range. The call
+/// fails with ERROR_LOCK_VIOLATION.
 bool FileSystem::writeAt(HANDLE handle, const Handle& open, std::uint64_t position, std::string_view bytes) {
     File& file = *open.file;
     for (const Range& range : file.locks) {

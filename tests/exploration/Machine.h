@@ -3,7 +3,7 @@
 /// documentation of Windows; each rule names the page. Every call is a scheduling point, except calls outside of a
 /// task.
 ///
-/// A call that fails sets the last error, like the system.
+/// A call that fails sets the last error, as in the system.
 #pragma once
 
 #include <cstdint>

@@ -221,8 +221,8 @@ private:
                 return;
             }
             // Leaving a task that can continue is a preemption. If other tasks can continue, the end of a time limit or
-            // of a sleep also counts as one, so that a limit on preemptions also limits the number of failed attempts
-            // of a task.
+            // of a sleep also counts as a preemption, so that a limit on preemptions also limits the number of failed
+            // attempts of a task.
             unsigned int preemptions = lastCanContinue && id != *m_last ? 1 : 0;
             if (task.canContinue()) {
                 offer(options, {Option::Kind::Run, id, preemptions});
@@ -245,7 +245,7 @@ private:
         }
         const auto isKill = [](const Option& option) { return option.kind == Option::Kind::Kill; };
         std::stable_partition(options.begin(), options.end(), [&](const Option& option) { return !isKill(option); });
-        // A schedule may end with blocked tasks, but not by killing them.
+        // If tasks can only be killed, the schedule ends, and these tasks stay blocked.
         if (std::all_of(options.begin(), options.end(), isKill)) {
             options.clear();
         }

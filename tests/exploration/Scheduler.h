@@ -85,7 +85,7 @@ struct Result {
 
 using ScenarioFactory = std::function<std::unique_ptr<Scenario>()>;
 
-/// Runs all schedules within `limits`, those with few preemptions first, until one fails.
+/// Runs all schedules within `limits` until one fails. Schedules with fewer preemptions are run first.
 Result explore(const ScenarioFactory& factory, const Limits& limits);
 
 /// Runs the schedule of a failure again.
@@ -122,7 +122,7 @@ public:
     /// Chooses one of `count` (at least 1) possible results of a call.
     virtual std::size_t choose(std::size_t count) = 0;
 
-    /// Reports a violated property. Called from a task, it ends the schedule and does not return.
+    /// Reports a violated property. A call from a task ends the schedule and does not return.
     virtual void fail(const std::string& message) = 0;
 
     /// Whether calls are recorded. Only then are their texts needed.

@@ -79,7 +79,7 @@ TEST(Scheduler, RunsEveryOrderOnceForEachLevel) {
 
 TEST(Scheduler, LimitsPreemptions) {
     for (const auto& [limit, orders] : {std::pair{0u, 2u}, {1u, 6u - 2u}, {2u, 6u}}) {
-        // AABB and BBAA need no preemption, ABBA and BAAB one, ABAB and BABA two.
+        // AABB and BBAA need no preemption, ABBA and BAAB need one, ABAB and BABA need two.
         Result result;
         const std::multiset<std::string> found = ordersOf({2, 2}, {.preemptions = limit}, result);
         EXPECT_EQ(std::set<std::string>(found.begin(), found.end()).size(), orders) << limit;

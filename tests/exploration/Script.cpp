@@ -90,8 +90,8 @@ private:
     std::thread m_thread;
 };
 
-/// A security descriptor like that of the library's objects: everyone may use the object, nobody may change its
-/// security.
+/// A security descriptor with the rights that the library gives its objects: everyone may use the object, nobody may
+/// change its security.
 class SharedDescriptor {
 public:
     SharedDescriptor() {
@@ -118,7 +118,7 @@ private:
     SECURITY_ATTRIBUTES m_attributes{sizeof(SECURITY_ATTRIBUTES), &m_descriptor, FALSE};
 };
 
-/// The objects of one run of a script. Other runs use other names and files.
+/// The objects of one run of a script. Each run has its own names and files.
 class Run {
 public:
     explicit Run(bool isSimulated) : m_prefix(uniquePrefix()) {

@@ -1,5 +1,6 @@
 /// \file
-/// The secured objects: several processes open a new object at the same time, and one is killed during its calls.
+/// The secured objects: several processes open a new object at the same time, and one process is killed during its
+/// calls.
 
 #include <functional>
 #include <string>
@@ -42,13 +43,13 @@ void* obtainFileMapping(bool& created) {
                                                 &created);
 }
 
-/// Whether the operation tries only once, by design: its documentation tells callers to try again.
+/// Whether the operation tries only once. This is by design, and its documentation tells callers to try again.
 bool triesOnce(Obtain obtain) {
     return obtain == &obtainMapping;
 }
 
-/// Processes that obtain one object and keep it until all have it. The only owner may be killed after another process
-/// was refused the creation. `missed` counts the processes that then get no object, if that is allowed.
+/// Processes that obtain one object and keep it until all processes have it. The only owner may be killed after another
+/// process was refused the creation. `missed` counts the processes that then get no object, if that is allowed.
 class FirstOpening final : public SystemScenario {
 public:
     FirstOpening(Obtain obtain, unsigned int processes, unsigned long long& missed)

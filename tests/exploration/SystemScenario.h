@@ -78,7 +78,7 @@ private:
 
 class ExplorationTest : public testing::Test {
 protected:
-    /// Runs the schedules of a scenario that is constructed from `arguments`. None may fail.
+    /// Runs the schedules of a scenario that is constructed from `arguments`. No schedule may fail.
     template <class T, class... Arguments>
     void explores(const Limits& limits, const Arguments&... arguments) {
         run([&]() -> std::unique_ptr<Scenario> { return std::make_unique<T>(arguments...); }, limits);

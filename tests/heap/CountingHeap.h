@@ -2,7 +2,7 @@
 /// The heap of a test program. It serves every `malloc`, `calloc`, `realloc` and `free` of the library and of the
 /// tests, and the global `new` and `delete`. It can make requests fail, and it counts the blocks in use.
 ///
-/// It serves neither the requests of the C runtime itself (streams, locales) nor those of the compiler's runtime
+/// It serves neither the requests of the C runtime itself (streams, locales) nor the requests of the compiler's runtime
 /// (thrown objects). In the guarded build, the compiler's runtime is linked statically, so this heap serves its
 /// requests too.
 ///

@@ -52,7 +52,7 @@ struct Retired {
 };
 
 /// A lock that works before any object is constructed and after all objects are destroyed, because the heap must work
-/// then.
+/// at these times.
 class Lock {
 public:
     void lock() noexcept { AcquireSRWLockExclusive(&m_lock); }
@@ -67,7 +67,7 @@ constinit unsigned char* region = nullptr;
 constinit Piece* pieces = nullptr;  // one for each page of the region
 constinit Retired retired{};
 constinit std::size_t forbidden = 0;  // number of small blocks that were made inaccessible
-constinit std::size_t next = 0;       // where the search for the next piece starts
+constinit std::size_t next = 0;       // the page at which the search for the next piece starts
 constinit std::size_t liveCount = 0;
 constinit std::uint64_t lastSerial = 0;
 constinit std::size_t awaited = 0;  // `reached` is set when `liveCount` falls to this value

@@ -1,12 +1,12 @@
 /// \file
 /// A heap that detects errors that the runtime's heap misses. Each block ends at an inaccessible page, so the first
-/// access past the end faults. The page before the block is inaccessible too. The bytes between that page and the block
-/// are filled, and checked when the block is freed. The end is exact for any type, because the size of a block is a
-/// multiple of the alignment of its contents.
+/// access past the end faults. The page before the block is inaccessible, too. The bytes between that page and the
+/// block are filled with a pattern, which is checked when the block is freed. The end is exact for any type, because
+/// the size of a block is a multiple of the alignment of its contents.
 ///
-/// A freed block becomes inaccessible. After the first 20,000 small blocks of a program this would be too slow. Further
-/// small blocks are overwritten instead, and checked before their pages are reused, which happens after at least 8,192
-/// other blocks.
+/// A freed block becomes inaccessible. After the first 20,000 small blocks of a program this would be too slow, so
+/// further small blocks are overwritten instead, and are checked before their pages are reused, which happens after at
+/// least 8,192 other blocks.
 ///
 /// A fault prints an explanation to stderr before it ends the program: "heap: read 0 bytes past the end of a block of
 /// 10 bytes". A block that is freed twice, or whose fill has changed, prints an explanation and aborts.
@@ -21,8 +21,8 @@ namespace heap::blocks {
 /// The number of blocks that are allocated and not freed.
 std::size_t live() noexcept;
 
-/// Waits until at most `count` blocks are live: a thread that has ended may free its last blocks later. Returns false
-/// after 5 seconds.
+/// Waits until at most `count` blocks are live, because a thread that has ended may free its last blocks later. Returns
+/// false after 5 seconds.
 bool waitForLive(std::size_t count) noexcept;
 
 /// A number that grows with every allocated block.

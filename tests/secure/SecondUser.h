@@ -1,7 +1,7 @@
 /// \file
-/// A second, ordinary user without a second account: a token of this process in which the user, the owner of new
-/// objects and the administrators only deny access. Such a token has no rights as the owner of an object, and those of
-/// Everyone.
+/// Simulates a second, ordinary user without a second account, by a token of this process in which the user, the owner
+/// of new objects and the administrators only deny access. A thread with this token has no rights as the owner of an
+/// object, but it has the rights of Everyone.
 #pragma once
 
 #include <set>
@@ -15,8 +15,8 @@
 
 namespace test {
 
-/// A SID of the token: that of its user (TokenUser) or of the owner of new objects (TokenOwner). Both structures begin
-/// with a pointer to it.
+/// The SID of the token's user (TokenUser) or of the owner of new objects (TokenOwner). Both structures begin with a
+/// pointer to the SID.
 inline SidBytes sidOfToken(HANDLE token, TOKEN_INFORMATION_CLASS kind) {
     alignas(void*) unsigned char bytes[256];
     DWORD size = 0;

@@ -1,5 +1,5 @@
 /// \file
-/// A second, ordinary user uses secured objects of the first one, and may not change their security.
+/// A second, ordinary user uses secured objects of the first user, but cannot change their security.
 
 #include <cstdlib>
 #include <filesystem>
@@ -30,7 +30,7 @@ struct Kind {
     HANDLE (*obtain)(const std::wstring& name);
     HANDLE (*open)(const std::wstring& name, DWORD access);
     bool (*use)(HANDLE object);
-    DWORD usualAccess;  // what a program needs to use it
+    DWORD usualAccess;  // the access that a program needs to use the object
     DWORD allAccess;
 
     friend void PrintTo(const Kind& kind, std::ostream* out) { *out << kind.name; }
@@ -81,7 +81,7 @@ const Kind kKinds[] = {
 
 class SecondUser : public testing::TestWithParam<Kind> {
 protected:
-    /// The error of opening the object; 0 if that succeeded.
+    /// The error of opening the object; 0 if it was opened.
     [[nodiscard]] DWORD errorOfOpening(DWORD access) const {
         const Handle opened(GetParam().open(name, access));
         const DWORD error = GetLastError();
@@ -120,7 +120,7 @@ TEST_P(SecondUser, MayNotChangeItsSecurity) {
 
 INSTANTIATE_TEST_SUITE_P(Each, SecondUser, testing::ValuesIn(kKinds), test::caseName);
 
-/// A folder in which all users may read, unlike that for temporary files.
+/// A folder in which all users may read. In the folder for temporary files, other users may not read.
 class PublicFolder {
 public:
     PublicFolder() { std::filesystem::create_directory(path); }

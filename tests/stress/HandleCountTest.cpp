@@ -1,6 +1,6 @@
 /// \file
 /// The number of handles of this process, as the system counts them, after many rounds of each operation that opens
-/// some.
+/// handles.
 
 #include <ostream>
 #include <string>
@@ -29,7 +29,7 @@ using test::Handle;
 using vorel::Exception;
 
 constexpr int kRounds = 1000;
-/// The system may open some handles too, but not one for each tenth round.
+/// The system may open some handles, too, but fewer than one handle for every ten rounds.
 constexpr DWORD kSystemHandles = kRounds / 10;
 
 std::wstring objectName() {

@@ -22,7 +22,7 @@ using std::chrono::milliseconds;
 using ::testing::ElementsAre;
 using vorel::Exception;
 
-/// In this time, a writer makes some of its attempts, but far from all.
+/// In this time, a writer makes only a part of its attempts.
 constexpr unsigned int kHoldMs = 300;
 
 class HeldLogTest : public ::testing::Test {

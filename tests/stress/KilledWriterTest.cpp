@@ -1,6 +1,6 @@
 /// \file
-/// Kills processes while they write. Each may leave one partial line at most, and the other processes must keep
-/// writing.
+/// Kills processes while they write. Each killed process may leave at most one partial line. All other processes
+/// must continue to write.
 
 #include <string>
 #include <string_view>

@@ -19,19 +19,19 @@ namespace test {
 struct ChildOptions {
     std::wstring directory;       ///< the current directory of the child; if empty, the directory of the test
     bool inheritHandles = false;  ///< whether the child inherits the inheritable handles of the test
-    // The standard streams of the child; the handles must be inheritable. If all are null, the child uses those of the
-    // test. If only some are null, the child has no such streams.
+    // The standard streams of the child; the handles must be inheritable. If all are null, the child uses the
+    // streams of the test. If only some are null, the child has no streams in their place.
     HANDLE input = nullptr;
     HANDLE output = nullptr;
     HANDLE error = nullptr;
-    HANDLE token = nullptr;  ///< the primary token of the child; null for that of the test
+    HANDLE token = nullptr;  ///< the primary token of the child; if null, the token of the test
 };
 
 /// A running program. The destructor terminates it if it still runs.
 class ChildProcess {
 public:
     /// Starts `program` (without ".exe") from the folder of the test program.
-    /// \throws std::runtime_error if it cannot be started.
+    /// \throws std::runtime_error if the program cannot be started.
     explicit ChildProcess(const std::wstring& program, const std::vector<std::wstring>& arguments = {},
                           const ChildOptions& options = {});
     ~ChildProcess();

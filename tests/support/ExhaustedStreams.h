@@ -1,5 +1,5 @@
 /// \file
-/// Uses up all streams of the runtime: while the object exists, no file can be opened, not even the null device.
+/// Uses up all streams of the runtime. While the object exists, no stream can be opened, not even for the null device.
 #pragma once
 
 #include <cstdio>

@@ -1,5 +1,5 @@
 /// \file
-/// A file that is locked as a whole, like the log by a writer.
+/// A file that is locked as a whole, as a writer locks the log.
 #pragma once
 
 #include <stdexcept>

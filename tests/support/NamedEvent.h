@@ -20,7 +20,7 @@ namespace test {
 /// Long enough for a machine under load. A wait that takes longer has failed.
 inline constexpr DWORD kGenerousMs = 30000;
 
-/// A manual-reset event. The first object with a name creates the event, the others open it.
+/// A manual-reset event. The first object with a name creates the event, later objects open it.
 class NamedEvent {
 public:
     explicit NamedEvent(std::wstring name)

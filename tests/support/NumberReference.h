@@ -1,6 +1,7 @@
 /// \file
-/// Reference implementation of the number parsers. It is simple and uses other algorithms: regular expressions
-/// recognise numbers, and values are computed from the last digit to the first. Texts are shapes (see Shape.h).
+/// Reference implementation of the number parsers. It is simple, and uses other algorithms than the library.
+/// Regular expressions recognise numbers, and values are computed from the last digit to the first. Texts are shapes
+/// (see Shape.h).
 #pragma once
 
 #include <cstddef>

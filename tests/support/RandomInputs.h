@@ -1,7 +1,7 @@
 /// \file
 /// Runs tests on random inputs. The seed is fixed; a failure message shows it and the number of the input. Texts for
-/// scanners are placed at random. Some are next to an inaccessible page, where a read out of bounds faults. Others are
-/// further inside, where a scanner may read whole blocks and must ignore the remains of earlier texts.
+/// scanners are placed at random. Some texts are next to an inaccessible page, where a read out of bounds faults. Other
+/// texts are further inside, where a scanner may read whole blocks and must ignore the remains of earlier texts.
 #pragma once
 
 #include <cstdint>

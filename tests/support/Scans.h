@@ -19,7 +19,7 @@
 
 namespace test {
 
-/// Doubles are compared by their bits: 0.0 and -0.0 differ.
+/// Doubles are compared by their bits, so 0.0 and -0.0 differ.
 inline std::uint64_t bitsOf(double value) {
     return std::bit_cast<std::uint64_t>(value);
 }
@@ -67,7 +67,7 @@ Scanned<Value> scan(std::string_view units, Value (*function)(const T*, T**) noe
     return scanUnits<T, Value>(text<T>(units), function);
 }
 
-/// The same for a scanner with a parameter that selects whether white space after a number is skipped.
+/// Runs a scanner that has a parameter for skipping white space after the number.
 template <class T, class Value>
 Scanned<Value> scan(std::string_view units, Value (*function)(const T*, const T**, bool) noexcept,
                     bool skipTrailingSpace) {

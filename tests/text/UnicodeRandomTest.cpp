@@ -1,5 +1,5 @@
 // Converts random texts with many special bytes and units with every overload in both directions. The results must
-// equal those of the reference codec, and the input that the reference does not read must not be read.
+// equal the results of the reference codec. A conversion must not read input that the reference does not read.
 
 #include <algorithm>
 #include <string>

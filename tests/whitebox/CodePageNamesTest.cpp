@@ -158,7 +158,7 @@ TEST(CodePageNames, AreReadUnderTheLock) {
     state.codePageNames.clear();
 }
 
-/// The same conversion, calling the system directly.
+/// Converts `text` by a direct call of the system.
 std::wstring directly(UINT page, const std::string& text) {
     wchar_t out[256];
     const int units =

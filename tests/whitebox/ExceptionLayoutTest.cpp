@@ -1,6 +1,6 @@
 /// \file
 /// The layout of an exception: the order of its fields and of its virtual table. Programs built against other versions
-/// of the library depend on it.
+/// of the library depend on the layout.
 
 #include "vorel/exceptions/Exception.h"
 
@@ -73,7 +73,7 @@ TEST(ExceptionLayout, StackBeginsWithTheBoundsOfItsEntries) {
     EXPECT_EQ(bounds[1], &stack[1] + 1);
 }
 
-// Earlier messages move only when the storage is full: it then doubles.
+// Messages move only when the storage is full, because the storage then doubles.
 TEST(ExceptionLayout, StackDoublesWhenItIsFull) {
     Exception e;
     const auto& stack = e.*reveal(test::Stack());

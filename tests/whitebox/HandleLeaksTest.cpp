@@ -191,7 +191,7 @@ TEST_P(HandleLeaks, ManyRoundsLeaveNoHandle) {
         if (cycle.obtains) {
             EXPECT_GE(live.opened(), cycle.rounds);
         }
-        // The system may open some handles too, but not one for each tenth round.
+        // The system may open some handles, too, but fewer than one handle for every ten rounds.
         EXPECT_LT(test::reportedHandles(), reported + static_cast<DWORD>(cycle.rounds) / 10);
     }
     EXPECT_TRUE(isNameFree(resources.name));

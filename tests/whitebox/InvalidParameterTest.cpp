@@ -36,7 +36,7 @@ _invalid_parameter_handler current() {
     return _get_invalid_parameter_handler();
 }
 
-/// Starts without a handler, and restores the previous one.
+/// Removes the handler of the program. The destructor sets that handler again.
 class InvalidParameterInside : public testing::Test {
 protected:
     InvalidParameterInside() : m_before(_set_invalid_parameter_handler(nullptr)) {}

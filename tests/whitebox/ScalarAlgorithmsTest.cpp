@@ -72,7 +72,8 @@ std::basic_string<T> resultOf(Convert&& convert) {
     return std::basic_string<T>(output.view());
 }
 
-/// The same with the capacity of the output, which must not depend on how the text is counted.
+/// The result as `resultOf` returns it, and the capacity of the output, which must not depend on how the text is
+/// counted.
 template <class T, class Convert>
 std::pair<std::basic_string<T>, unsigned int> resultAndCapacityOf(Convert&& convert) {
     unsigned int capacity = 0;
