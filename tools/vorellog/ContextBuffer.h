@@ -1,5 +1,6 @@
 /// \file
-/// The entries before a matching entry. Their number is bounded; their texts are kept until they are overwritten.
+/// The entries before a matching entry. The number of entries is bounded. The text of an entry is kept until it is
+/// overwritten.
 #pragma once
 
 #include <algorithm>
@@ -28,7 +29,7 @@ public:
     /// Whether an entry was overwritten since the last call of drain().
     [[nodiscard]] bool hasLost() const noexcept { return m_kept > m_entries.size(); }
 
-    /// Calls `show` for each entry, the oldest first, and forgets them.
+    /// Calls `show` for each entry, the oldest first, and forgets the entries.
     template <class Show>
     void drain(Show&& show) {
         const std::size_t count = std::min(m_kept, m_entries.size());

@@ -31,8 +31,8 @@ Follower::Progress Follower::poll() {
     return startOver(pair);
 }
 
-/// Opens a consistent pair of files: if the backup is the same before and after opening the log, no rotation happened
-/// in between. (While a file is open, no other file gets its id.)
+/// Opens a consistent pair of files. If the backup is the same before and after the log is opened, no rotation happened
+/// in between, because no other file can get the id of a file that is open.
 Follower::Pair Follower::openPair() {
     constexpr unsigned int kMaxAttempts = 100;
     const auto sameFile = [](const LogFile* a, const LogFile* b) { return a && b ? a->id() == b->id() : a == b; };
@@ -95,8 +95,8 @@ Follower::Progress Follower::followBackup(Pair pair) {
     return Progress::More;
 }
 
-/// Reads lines that were added to the backup after the rotation: a writer that opened the log before its rotation
-/// writes its line to the backup. Returns whether there was such a line.
+/// Reads lines that were added to the backup after the rotation. There can be such lines, because a writer that opened
+/// the log before its rotation writes its line to the backup. Returns whether there was such a line.
 bool Follower::readLateLines(Pair& pair) {
     if (!m_previous || isWithinLine() || !isAt(*m_previous, pair.backup.get())) {
         return false;

@@ -4,8 +4,8 @@
 ///
 /// Writers open the log by name for each line and do not announce a rotation. So each poll opens both files, finds the
 /// file that was read last, continues there, and closes both. Because no file stays open between polls, a deleted log
-/// really disappears, and writers can create it again. Only the backup stays open until it is read to its end;
-/// meanwhile writers may have to postpone their next rotation.
+/// really disappears, and writers can create it again. Only the backup stays open until it is read to its end.
+/// In this time, writers may have to postpone their next rotation.
 ///
 /// The file that was read last is recognised by its id and by the bytes before the read position, because a new file
 /// may have the same id.
@@ -34,7 +34,7 @@ public:
     /// The next bytes come from another file.
     virtual void endOfFile() = 0;
 
-    /// The file that was being read no longer exists; lines added to it since the last poll are lost.
+    /// The file that was being read no longer exists. Lines that were added to it since the last poll are lost.
     virtual void gap() = 0;
 };
 

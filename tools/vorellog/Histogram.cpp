@@ -8,7 +8,7 @@ namespace {
 
 constexpr LocalMs kYear = 364 * kDay;
 
-/// Each length is a multiple of the previous one. With the last length, the steps cover all years that a log can
+/// Each length is a multiple of the previous length. With the last length, the steps cover all years that a log can
 /// contain.
 constexpr std::array<LocalMs, 16> kLengths = {
     kSecond,    5 * kSecond, 15 * kSecond, kMinute,   5 * kMinute, 15 * kMinute, kHour,       3 * kHour,

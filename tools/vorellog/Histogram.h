@@ -1,6 +1,6 @@
 /// \file
-/// Counts records over time, in a limited number of steps of equal length. The time span need not be known in advance:
-/// if there are too many steps, they are merged into longer steps.
+/// Counts records over time, in a limited number of steps of equal length. The time span need not be known in advance,
+/// because steps are merged into longer steps if there are too many.
 #pragma once
 
 #include <cstddef>
@@ -25,7 +25,7 @@ public:
 
     void add(LocalMs time, unsigned long long records = 1);
 
-    /// The steps in time order, empty ones included.
+    /// The steps in time order, including empty steps.
     [[nodiscard]] std::vector<Step> steps() const;
 
     /// The length of a step, from one second upwards: 5 s, 15 s, 1 min, and so on.

@@ -13,7 +13,8 @@ namespace vorellog {
 /// interpret (tools::needsEscape) are escaped; a JSON reader gets the original text.
 void appendJson(std::string& out, std::string_view text);
 
-/// Appends a JSON object to a text: the constructor opens it, the destructor closes it. Names must not need escaping.
+/// Appends a JSON object to a text. The constructor opens the object, the destructor closes it. Names must not need
+/// escaping.
 class JsonObject {
 public:
     explicit JsonObject(std::string& out) : m_out(out) { m_out += '{'; }
@@ -37,7 +38,7 @@ public:
     /// Appends a name; the caller appends the value.
     void addName(std::string_view name);
 
-    /// The same for a literal. Its size is known, so everything is copied at once.
+    /// Appends a name that is a literal. Its size is known, so name and punctuation are copied at once.
     template <std::size_t size>
     void addName(const char (&name)[size]) {
         char text[size + 3] = {',', '"'};

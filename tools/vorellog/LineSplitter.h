@@ -1,6 +1,6 @@
 /// \file
-/// Splits a stream of bytes into lines. A line ends with a line feed; carriage returns directly before it are removed.
-/// Memory is bounded: a line of more than kMaxPieceBytes bytes is delivered in pieces.
+/// Splits a stream of bytes into lines. A line ends with a line feed. Carriage returns directly before the line feed
+/// are removed. Memory is bounded: a line of more than kMaxPieceBytes bytes is delivered in pieces.
 #pragma once
 
 #include <cstddef>
@@ -16,11 +16,11 @@ enum class LineEnd {
     File,      ///< the file ended within the line
 };
 
-/// A line, or a piece of one.
+/// A line, or a piece of a line.
 struct Line {
     std::string_view text;  ///< without line end; valid only while it is delivered
     LineEnd end = LineEnd::Feed;
-    bool begins = true;  ///< false if this piece continues the previous one
+    bool begins = true;  ///< false if this piece continues the previous piece
 };
 
 class LineSplitter {

@@ -10,7 +10,7 @@
 
 namespace vorellog {
 
-/// Identifies a file independently of its name. A new file may get the id of a deleted one.
+/// Identifies a file independently of its name. A new file may get the id of a deleted file.
 struct FileId {
     unsigned long long volume = 0;
     unsigned long long index = 0;

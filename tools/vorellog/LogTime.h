@@ -39,9 +39,9 @@ struct TimeSpan {
 ///
 ///     2026-11-16, 2026-11-16 01:43, 2026-11-16T01:43:08.045   a day, a minute, a millisecond
 ///     2026-11-16T01:43Z, 2026-11-16 01:43:08 +02:00           with an offset from UTC, converted to `zone`
-///     today, yesterday                                        the day of `now`, and the one before
+///     today, yesterday                                        the day of `now`, and the day before
 ///     01:43, 01:43:08                                         today: the day of `now`
-///     90s, 15m, 2h, 3d                                        that long before `now`
+///     90s, 15m, 2h, 3d                                        this time before `now`
 ///     Mon Nov 16 01:43:08 2026                                a second, in the format of the log
 ///
 /// Returns nullopt for any other text.
@@ -50,7 +50,7 @@ std::optional<TimeSpan> parseTypedTime(std::string_view text, LocalMs now, const
 /// Appends "2026-11-16T01:43:08", or with `withMilliseconds` "2026-11-16T01:43:08.045". The year has four digits.
 void appendIsoText(std::string& out, LocalMs time, bool withMilliseconds, char separator = 'T');
 
-/// Returns the same text.
+/// Returns the text that `appendIsoText` appends.
 std::string isoText(LocalMs time, bool withMilliseconds, char separator = 'T');
 
 /// The current local time.

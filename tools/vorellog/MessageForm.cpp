@@ -257,7 +257,7 @@ private:
     std::string_view m_text;
     std::size_t m_done = 0;                 ///< the text up to here is written
     std::size_t m_tokenAt = 0;              ///< start of the current token in the text
-    std::size_t m_tokenOut = m_out.size();  ///< and in the form
+    std::size_t m_tokenOut = m_out.size();  ///< start of the current token in the form
 };
 
 }  // namespace

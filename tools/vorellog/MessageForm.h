@@ -1,12 +1,12 @@
 /// \file
-/// The form of a message: equal for messages that differ only in numbers, ids, paths and quoted texts.
+/// The form of a message. Messages that differ only in numbers, ids, paths and quoted texts have the same form.
 ///
 ///     Operation 7 of 12 overran                   Operation # of # overran
 ///     user u42 at 10.0.3.7:443                    user u# at #:#
 ///     handle 0x7FFE, id {3f2504e0-4f89-…}         handle #, id {#}
 ///     cannot open C:\Data\7.txt: access denied    cannot open <path>: access denied
 ///     File "orders 7.txt" not found               File "..." not found
-///     ConvertUTF8toString: …                      unchanged: one number between letters is part of a name
+///     ConvertUTF8toString: …                      unchanged, because one number between letters is part of a name
 #pragma once
 
 #include <cstddef>
@@ -15,7 +15,7 @@
 
 namespace vorellog {
 
-/// The number of bytes of a message that its form is made from; further bytes are ignored.
+/// The form is made from this number of bytes of the message. Further bytes are ignored.
 inline constexpr std::size_t kMaxFormInput = 256;
 
 /// The size of the longest prefix of `text` that has at most `maxBytes` bytes and does not end within a character.

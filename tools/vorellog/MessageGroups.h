@@ -1,6 +1,7 @@
 /// \file
-/// Counts what went wrong: how often, since when, in which processes. A group has the messages with the same prefix and
-/// the same form (MessageForm.h), or the exceptions whose trails consist of such messages. Memory is bounded.
+/// Counts messages and exceptions: how often and since when they occur, and in which processes. A group has the
+/// messages with the same prefix and the same form (MessageForm.h), or the exceptions whose trails consist of such
+/// messages. Memory is bounded.
 #pragma once
 
 #include <cstddef>
@@ -38,7 +39,7 @@ public:
     /// \{
     static constexpr std::size_t kMaxPrefixBytes = 48;
     static constexpr std::size_t kMaxExampleBytes = 1000;
-    static constexpr std::size_t kMaxTrail = 31;  ///< records after the first one
+    static constexpr std::size_t kMaxTrail = 31;  ///< records after the first record
     /// \}
 
     struct Group {
@@ -60,10 +61,11 @@ public:
     /// Adds an exception.
     void add(const Trail& trail, ProcessNumber process);
 
-    /// Adds an entry of one or more records. Returns its group, or null if it belongs to none.
+    /// Adds an entry of one or more records. Returns its group, or null if it belongs to no group.
     const Group* add(std::span<const Record> records, ProcessNumber process);
 
-    /// The groups. Those with more entries come first; if the numbers are equal, the latest comes first.
+    /// The groups. Groups with more entries come first. If the numbers of entries are equal, the latest group comes
+    /// first.
     [[nodiscard]] std::vector<const Group*> sorted() const;
 
     [[nodiscard]] std::size_t size() const noexcept { return m_groups.size(); }

@@ -69,7 +69,8 @@ Pattern::Pattern(std::string_view expression, bool ignoreCase) {
     re2::RE2::Options options;
     options.set_log_errors(false);
     options.set_case_sensitive(!ignoreCase);
-    // The typed expression is checked by itself, because it could close the group that is added around it.
+    // The typed expression is checked without the group that is added around it, because the expression could close
+    // this group.
     m_expression = std::make_unique<re2::RE2>(std::string(expression), options);
     if (m_expression->ok()) {
         m_expression = std::make_unique<re2::RE2>("(?m:" + std::string(expression) + ")", options);

@@ -1,6 +1,6 @@
 /// \file
-/// Regular expressions in the syntax of RE2: like that of Perl, without backreferences and lookaround. The time of a
-/// search is always linear in the size of the text.
+/// Regular expressions in the syntax of RE2, which is the syntax of Perl without backreferences and lookaround. The
+/// time of a search is always linear in the size of the text.
 #pragma once
 
 #include <memory>
@@ -25,8 +25,8 @@ public:
 
     [[nodiscard]] bool isIn(std::string_view text) const;
 
-    /// A text that every match contains; empty if none is known. Most records do not contain it, and a plain search
-    /// detects that faster than the expression.
+    /// A text that every match contains; empty if none is known. Most records do not contain this text, and a plain
+    /// search detects this faster than the expression.
     [[nodiscard]] const std::string& requiredText() const noexcept { return m_requiredText; }
 
 private:

@@ -62,7 +62,7 @@ private:
 /// A set of process numbers.
 class ProcessSet {
 public:
-    /// Adds a process. If the set may not grow, a process beyond its current range counts as one of the others.
+    /// Adds a process. If the set may not grow, all processes beyond its current range are counted as one process.
     void add(ProcessNumber number, bool mayGrow);
 
     [[nodiscard]] std::size_t size() const noexcept { return m_size; }

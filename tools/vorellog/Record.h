@@ -41,13 +41,13 @@ public:
     /// The lines as in the log, separated by line feeds, without the last line end.
     [[nodiscard]] const std::string& text() const noexcept { return m_text; }
 
-    /// Null if there is none: the record is damaged, and only its text is known.
+    /// The header; null if there is none. A record without a header is damaged, and only its text is known.
     [[nodiscard]] const LogHeader* header() const noexcept { return m_header ? &*m_header : nullptr; }
 
-    /// Empty without a header.
+    /// The host; empty for a record without a header.
     [[nodiscard]] std::string_view host() const noexcept;
 
-    /// Prefix and message; the whole text without a header.
+    /// Prefix and message; the whole text of a record without a header.
     [[nodiscard]] std::string_view body() const noexcept;
     [[nodiscard]] LogBody parsedBody() const noexcept;
 

@@ -2,7 +2,7 @@
 /// Selects records. Several values of one kind are alternatives; a record must match every kind that is given.
 ///
 /// A damaged record is matched by its readable parts. A record without a header has no process, thread, prefix or time,
-/// so a filter on one of these rejects it; only its text can match.
+/// so a filter on one of these fields rejects the record. Only its text can match.
 #pragma once
 
 #include <memory>

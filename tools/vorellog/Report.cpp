@@ -54,7 +54,7 @@ void Report::countRecord(const Record& record, const LogHeader& header, ProcessN
     ++series.records;
 }
 
-/// Keeps an entry as an example. If the ring is full, the entry replaces the oldest one.
+/// Keeps an entry as an example. If the ring is full, the entry replaces the oldest example.
 void Report::addExample(Details& details, std::span<const Record> records, const LogHeader& header,
                         ProcessNumber process, TrailEnd end) {
     constexpr std::size_t kFieldEnd = 2;

@@ -32,7 +32,7 @@ void addTime(JsonObject& object, std::string_view name, LocalMs time, std::strin
     out += std::to_string(time);
 }
 
-/// Appends an array: `append(index)` appends each element.
+/// Appends an array. `append(index)` appends an element.
 template <class Append>
 void appendArray(std::string& out, std::size_t size, Append&& append) {
     out += '[';
@@ -60,7 +60,8 @@ void addSteps(JsonObject& object, const Histogram& steps, const Histogram& all, 
     out += ']';
 }
 
-/// The order of what is shown: by number of records and then by the time of the last record, both descending.
+/// The order of prefixes and processes on the page: by number of records, then by the time of the last record, both
+/// descending.
 bool comesBefore(const Tally& a, const Tally& b) {
     return std::tie(b.records, b.lastMs) < std::tie(a.records, a.lastMs);
 }
@@ -219,7 +220,7 @@ void Report::appendGroups(std::string& out, const Histogram& all, const std::vec
         out += ']';
         addSteps(object, details.steps, all, out);
         object.addName("examples");
-        // The newest example is the one before `next`.
+        // The newest example is before `next`.
         const std::size_t kept = details.examples.size();
         appendArray(out, exampleBytes < kMaxExampleBytes ? kept : std::min<std::size_t>(kept, 1), [&](std::size_t age) {
             appendExample(details.examples[(details.next + 2 * kept - 1 - age) % kept]);

@@ -8,7 +8,7 @@
 namespace vorellog {
 
 /// Passes standard input to `sink` up to its end. After each piece, `viewer` shows the new entries.
-/// \throws tools::Failure if it cannot be read.
+/// \throws tools::Failure if standard input cannot be read.
 void readStandardInput(LogSink& sink, Viewer& viewer);
 
 }  // namespace vorellog

@@ -9,8 +9,8 @@ namespace vorellog {
 
 namespace {
 
-/// Only the first bytes of a prefix are shown: a program may use any prefix, and the start of a message with a colon
-/// counts as a prefix too.
+/// Only the first bytes of a prefix are shown, because a program may use any prefix, and the start of a message with a
+/// colon counts as a prefix, too.
 std::string shownPrefix(std::string_view prefix) {
     std::string shown;
     tools::appendVisible(shown, prefix.substr(0, MessageGroups::kMaxPrefixBytes));
@@ -67,8 +67,8 @@ Summary::Row& Summary::rowOf(ProcessNumber process, std::string_view prefix) {
     return found == m_rows.end() ? m_others : found->second;
 }
 
-/// The rows. Those with more records come first; if the numbers are equal, the latest comes first. The row of
-/// the others is last.
+/// The rows. Rows with more records come first. If the numbers of records are equal, the latest row comes first. The
+/// row of all further processes is last.
 std::vector<Summary::ShownRow> Summary::sortedRows() const {
     constexpr unsigned int kNumberBits = 32;
     std::vector<std::string> prefixes(m_prefixes.size());

@@ -60,7 +60,7 @@ std::string spanText(LocalMs first, LocalMs last) {
     return timeText(first) + (first == last ? std::string() : " to " + timeText(last));
 }
 
-/// The text in one line: a message may have several lines.
+/// The text in one line, because a message may have several lines.
 std::string inOneLine(std::string_view text) {
     std::string line(text);
     std::replace(line.begin(), line.end(), '\n', ' ');

@@ -15,11 +15,11 @@ struct TailStart {
     unsigned long long offset = 0;  ///< the offset of the header of a record
 };
 
-/// The start of a part of the log that contains the last `settings.tail` entries and is not much longer than these.
-/// Returns nullopt if the log must be read from its start: it has fewer entries, or is not plain UTF-8.
+/// The start of a part of the log that contains the last `settings.tail` entries and is not much longer than these
+/// entries. Returns nullopt if the log must be read from its start, because it has fewer entries or is not plain UTF-8.
 ///
-/// A trail may begin before the part. So with `settings.fold`, the part has additional entries: the entries at its
-/// start may be incomplete, one for each thread with an open trail.
+/// A trail may begin before the part. So with `settings.fold`, the part has additional entries, because entries at
+/// its start may be incomplete, up to one entry for each thread with an open trail.
 std::optional<TailStart> findTailStart(LogFiles& files, const Settings& settings);
 
 }  // namespace vorellog

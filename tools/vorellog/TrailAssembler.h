@@ -2,18 +2,18 @@
 /// Assembles the records of one exception into one trail:
 ///
 ///     Vorel Error: line 7 is not a number                  the failure
-///     Vorel Error: Parser::run: Vorel exception rethrown   a function that rethrew it
-///     Vorel Error: Import::main: Vorel exception caught    the function that caught it
+///     Vorel Error: Parser::run: Vorel exception rethrown   a function that rethrew the exception
+///     Vorel Error: Import::main: Vorel exception caught    the function that caught the exception
 ///
-/// The log does not say which records belong together. A trail is recognised by the writer and the form of its records:
-/// the records of a thread are in the order in which the thread wrote them, and "…caught" ends a trail. A program may
-/// also catch an exception without writing a record. In that case the trail ends before the first record that cannot
-/// belong to the same exception:
+/// The log does not say which records belong together. A trail is recognised by the writer and the form of its records,
+/// because the records of a thread are in the order in which the thread wrote them, and "…caught" ends a trail. A
+/// program may also catch an exception without writing a record. In that case the trail ends before the first record
+/// that cannot belong to the same exception:
 ///
 ///   - "…: Severe error thrown" and "…: TestAndThrow test failed" always begin a trail;
 ///   - a message that the trail already has belongs to the next failure of the same kind (digits are ignored, so "row
 ///     7" and "row 8" are equal), and so does a function that the trail already names, if a message follows it;
-///   - a record more than kTrailGapMs after the last one of the trail begins a new trail.
+///   - a record more than kTrailGapMs after the last record of the trail begins a new trail.
 ///
 /// A record whose header is in the middle of a line neither joins nor ends a trail, because a message may have forged
 /// it.
@@ -41,7 +41,7 @@ namespace vorellog {
 enum class TrailEnd {
     Caught,
     Suppressed,  ///< by a destructor, while another exception was unwinding the stack
-    Open,        ///< the log does not say how
+    Open,        ///< the log has no record of its end
 };
 
 /// "caught", "suppressed", "open".
@@ -66,7 +66,7 @@ public:
 
     void add(const Record& record);
 
-    /// Delivers everything, open trails included.
+    /// Delivers all trails, including open trails.
     void flush();
 
 private:
