@@ -3,6 +3,8 @@
 /// and the lock of the log's settings.
 #pragma once
 
+#include <cstdint>
+
 #include "core/LibraryState.h"
 #include "exceptions/DebugTargets.h"
 #include "vorel/core/CriticalSections.h"
@@ -13,7 +15,8 @@ namespace vorel::detail {
 struct LogState {
     DebugTargets<char, NoLock> narrowDebugTargets;
     DebugTargets<wchar_t, NoLock> wideDebugTargets;
-    HashMap<unsigned long, bool> silencedThreads{kStateTableBuckets};
+    /// The ids of the silenced threads, and when each thread was created.
+    HashMap<unsigned long, std::uint64_t> silencedThreads{kStateTableBuckets};
     AutoCriticalSection silencedThreadsLock;
     ForcedCriticalSection LogSettingsLock;
 };

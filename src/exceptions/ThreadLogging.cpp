@@ -1,6 +1,7 @@
 /// \file
 /// Threads whose messages are not written to the error log.
 
+#include <bit>
 #include <cstdint>
 
 #include <windows.h>
@@ -14,15 +15,25 @@ namespace vorel {
 
 namespace {
 
-/// Adds a thread to the table of silenced threads, or removes it.
+/// When the calling thread was created, in the system's units of 100 ns.
+std::uint64_t creationTime() noexcept {
+    FILETIME times[4] = {};
+    GetThreadTimes(GetCurrentThread(), &times[0], &times[1], &times[2], &times[3]);
+    return std::bit_cast<std::uint64_t>(times[0]);
+}
+
+/// Adds the calling thread to the table of silenced threads, or removes it. An earlier thread with the same id may
+/// still be in the table.
 void setSilenced(detail::LogState& state, unsigned long thread, bool silenced) noexcept {
     try {
         const Guard<AutoCriticalSection> held(state.silencedThreadsLock);
         auto& threads = state.silencedThreads;
         if (!silenced) {
             threads.remove(thread, thread);
-        } else if (threads.find(thread, thread) == threads.end()) {
-            threads.put(thread, thread, true);
+        } else if (const auto found = threads.find(thread, thread); found == threads.end()) {
+            threads.put(thread, thread, creationTime());
+        } else {
+            found.value() = creationTime();
         }
         AnyThreadLoggingDisabled.store(threads.size() != 0, std::memory_order_relaxed);
     } catch (...) {
@@ -31,7 +42,7 @@ void setSilenced(detail::LogState& state, unsigned long thread, bool silenced) n
 }
 
 /// The system calls this with the id of a silenced thread when the thread ends. It also calls this when a fiber of the
-/// thread is deleted, which is ignored.
+/// thread is deleted, which is ignored. So a thread that ends as a fiber stays in the table.
 void CALLBACK endThread(void* id) {
     const auto thread = static_cast<unsigned long>(reinterpret_cast<std::uintptr_t>(id));
     detail::LogState* const state = detail::logState.get();
@@ -76,7 +87,8 @@ bool Exception::IsThreadErrorLoggingDisabled() noexcept {
     try {
         const Guard<AutoCriticalSection> held(state->silencedThreadsLock);
         const unsigned long thread = GetCurrentThreadId();
-        return !(state->silencedThreads.find(thread, thread) == state->silencedThreads.end());
+        const auto found = state->silencedThreads.find(thread, thread);
+        return !(found == state->silencedThreads.end()) && found.value() == creationTime();
     } catch (...) {
         return false;
     }

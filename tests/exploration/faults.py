@@ -86,8 +86,10 @@ FAULTS = [
         auto& threads = state.silencedThreads;
         if (!silenced) {
             threads.remove(thread, thread);
-        } else if (threads.find(thread, thread) == threads.end()) {
-            threads.put(thread, thread, true);
+        } else if (const auto found = threads.find(thread, thread); found == threads.end()) {
+            threads.put(thread, thread, creationTime());
+        } else {
+            found.value() = creationTime();
         }
         AnyThreadLoggingDisabled.store(threads.size() != 0, std::memory_order_relaxed);""",
           """        bool anySilenced = false;
@@ -96,8 +98,10 @@ FAULTS = [
             auto& threads = state.silencedThreads;
             if (!silenced) {
                 threads.remove(thread, thread);
-            } else if (threads.find(thread, thread) == threads.end()) {
-                threads.put(thread, thread, true);
+            } else if (const auto found = threads.find(thread, thread); found == threads.end()) {
+                threads.put(thread, thread, creationTime());
+            } else {
+                found.value() = creationTime();
             }
             anySilenced = threads.size() != 0;
         }

@@ -95,6 +95,41 @@ TEST(SilencedThreads, DoNotSilenceALaterThreadWithTheirId) {
     EXPECT_EQ(log.messages(), std::vector<std::string>{"WARN: written"});
 }
 
+/// The id of a thread that silenced itself and has exited as a fiber. It stays in the table.
+DWORD threadExitedAsFiber() {
+    DWORD id = 0;
+    std::thread([&] {
+        id = GetCurrentThreadId();
+        ConvertThreadToFiber(nullptr);
+        Exception::DisableThreadErrorLogging(true);
+        EXPECT_TRUE(Exception::IsThreadErrorLoggingDisabled());
+    }).join();
+    EXPECT_EQ(table().size(), 1u);
+    return id;
+}
+
+TEST(SilencedThreads, DoNotSilenceALaterThreadWithTheirIdIfTheyExitAsFibers) {
+    const test::TemporaryLog log;
+    const DWORD id = threadExitedAsFiber();
+    const test::ImportHook<importedGetCurrentThreadId> sameId([&] { return id; });
+    EXPECT_FALSE(Exception::IsThreadErrorLoggingDisabled());
+    Exception::warn("written");
+    EXPECT_EQ(log.messages(), std::vector<std::string>{"WARN: written"});
+    Exception::DisableThreadErrorLogging(false);  // removes the thread from the table
+}
+
+TEST(SilencedThreads, AreReplacedByALaterThreadWithTheirId) {
+    const test::TemporaryLog log;
+    const DWORD id = threadExitedAsFiber();
+    const test::ImportHook<importedGetCurrentThreadId> sameId([&] { return id; });
+    Exception::DisableThreadErrorLogging(true);
+    EXPECT_EQ(table().size(), 1u);
+    EXPECT_TRUE(Exception::IsThreadErrorLoggingDisabled());
+    Exception::DisableThreadErrorLogging(false);
+    EXPECT_EQ(table().size(), 0u);
+    EXPECT_FALSE(Exception::IsThreadErrorLoggingDisabled());
+}
+
 TEST(SilencedThreads, StaySilencedWhenOthersExit) {
     const test::TemporaryLog log;
     Exception::DisableThreadErrorLogging(true);
