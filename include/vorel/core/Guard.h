@@ -46,11 +46,8 @@ private:
 template <class Lock>
 class UnGuard {
 public:
-    /// Unlocks `lock`, which must outlive the guard.
-    explicit UnGuard(Lock& lock) : m_lock(&lock), m_held(true) {
-        lock.unlock();
-        m_held = false;
-    }
+    /// Unlocks `lock`, which must outlive the guard. A failure is thrown unchanged, and the lock is not locked again.
+    explicit UnGuard(Lock& lock) : m_lock(&lock), m_held(false) { lock.unlock(); }
 
     ~UnGuard() noexcept(false) {
         detail::runDestructor(L"UnGuard", [this] { m_held = m_lock->lock(kTimeoutMs, true); });
