@@ -225,6 +225,20 @@ void wideToNarrow(Attempt& attempt) {
                             L"vorel::Exception - wcs2mbs");
 }
 
+/// The text of the failure needs a larger buffer than the conversion.
+void unconvertibleToNarrow(Attempt& attempt) {
+    BaseString<char> target;
+    attempt.perform([&] { vorel::detail::wcs2mbs(L"ab\x4E00", target); });
+    attempt.expectCompleted();
+    if (!attempt.allocationFailed()) {
+        EXPECT_TRUE(target.view() == "Error in text conversion");
+    } else if (attempt.logged().empty()) {
+        EXPECT_TRUE(target.view() == "Out of memory in text conversion");
+    } else {
+        EXPECT_TRUE(target.empty()) << target.view();
+    }
+}
+
 template <class Section>
 void constructSection(Attempt& attempt) {
     attempt.perform([] { const Section section; });
@@ -265,6 +279,7 @@ const std::vector<Operation>& conversionOperations() {
         {"Utf16ToString_WithoutLength", utf16WithoutLength},
         {"ByLocale_NarrowToWide", narrowToWide},
         {"ByLocale_WideToNarrow", wideToNarrow},
+        {"ByLocale_Unconvertible", unconvertibleToNarrow},
     };
     return kOperations;
 }

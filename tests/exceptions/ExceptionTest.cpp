@@ -93,6 +93,15 @@ TEST(Exception, BlocksAreValidUntilTheNextBlockOrAssignment) {
     EXPECT_STREQ(narrow, "");
 }
 
+TEST(Exception, BlocksOfAStackThatWasClearedAreEmptyTexts) {
+    Exception e = withMessages({L"a", L"b"});
+    EXPECT_STREQ(e.getErrorMessageBlock(L"; "), L"a; b");
+    EXPECT_STREQ(e.getCharErrorMessageBlock("; "), "a; b");
+    e.clear();
+    EXPECT_STREQ(e.getErrorMessageBlock(L"; "), L"");
+    EXPECT_STREQ(e.getCharErrorMessageBlock("; "), "");
+}
+
 TEST(Exception, BlocksOmitLocations) {
     Exception e = withMessages({L"a"});
     e.defineLocation(L"here");
@@ -172,6 +181,23 @@ TEST(Exception, AssignmentKeepsTheDelayAndResizesTheStack) {
         target.appendMessage(L"later");
         EXPECT_FALSE(log.exists());
         target.setDelayedLogging(false);
+    }
+}
+
+TEST(Exception, AssignmentTakesTheMarkOfItsSource) {
+    for (const bool isSourceMarked : {false, true}) {
+        for (const bool isTargetMarked : {false, true}) {
+            Exception source;
+            Exception target;
+            if (isSourceMarked) {
+                source.markHasTracedProtocolStateInfo();
+            }
+            if (isTargetMarked) {
+                target.markHasTracedProtocolStateInfo();
+            }
+            target = source;
+            EXPECT_EQ(target.hasTracedProtocolStateInfo(), isSourceMarked) << isTargetMarked;
+        }
     }
 }
 

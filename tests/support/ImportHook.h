@@ -8,6 +8,7 @@
 #pragma once
 
 #include <cstdio>
+#include <cstdlib>
 #include <ctime>
 #include <functional>
 #include <stdexcept>
@@ -94,6 +95,7 @@ extern decltype(&::fflush) importedFflush __asm__("__imp_fflush");
 extern decltype(&::_get_osfhandle) importedGetOsfhandle __asm__("__imp__get_osfhandle");
 extern decltype(&::_getpid) importedGetpid __asm__("__imp__getpid");
 extern decltype(&::_localtime64_s) importedLocaltime64S __asm__("__imp__localtime64_s");
+extern decltype(&::mbstowcs) importedMbstowcs __asm__("__imp_mbstowcs");
 extern decltype(&::rename) importedRename __asm__("__imp_rename");
 extern decltype(&::__stdio_common_vfprintf) importedStdioCommonVfprintf __asm__("__imp___stdio_common_vfprintf");
 extern decltype(&::__stdio_common_vsprintf) importedStdioCommonVsprintf __asm__("__imp___stdio_common_vsprintf");
@@ -101,6 +103,7 @@ extern decltype(&::__stdio_common_vswprintf) importedStdioCommonVswprintf __asm_
 extern decltype(&::_sopen_s) importedSopenS __asm__("__imp__sopen_s");
 extern decltype(&::_time64) importedTime64 __asm__("__imp__time64");
 extern decltype(&::_unlink) importedUnlink __asm__("__imp__unlink");
+extern decltype(&::wcstombs) importedWcstombs __asm__("__imp_wcstombs");
 }
 
 namespace test {

@@ -157,15 +157,22 @@ TEST_F(AutoMutexSteps, InitializeKeepsTheOldMutexIfItCannotBeLocked) {
 
 TEST_F(AutoMutexSteps, NameOfAnyLengthGetsTheGlobalNamespace) {
     std::wstring created;
+    bool isOnStack = false;
     const ImportHook<importedCreateMutexW> create(
         [&](LPSECURITY_ATTRIBUTES attributes, BOOL isOwned, const wchar_t* name) {
             created = name;
+            ULONG_PTR low = 0;
+            ULONG_PTR high = 0;
+            GetCurrentThreadStackLimits(&low, &high);
+            const auto address = reinterpret_cast<ULONG_PTR>(name);
+            isOnStack = address >= low && address < high;
             return create.original(attributes, isOwned, L"Global\\vorel_any_length");
         });
-    for (const std::size_t length : {0u, 1u, 252u, 253u, 254u, 255u, 1000u, 40000u}) {
+    for (const std::size_t length : {0u, 1u, 252u, 253u, 254u, 255u, 260u, 261u, 1000u, 40000u}) {
         const std::wstring name(length, L'n');
         const AutoMutex mutex(name.c_str(), false, false);
         EXPECT_EQ(created, L"Global\\" + name);
+        EXPECT_EQ(isOnStack, length <= 253) << length;
     }
 }
 

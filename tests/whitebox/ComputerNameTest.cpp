@@ -1,3 +1,7 @@
+/// \file
+/// The name of the computer, and its cache.
+// test-runner: one process per case
+
 #include "platform/ComputerName.h"
 
 #include <cstring>
@@ -62,6 +66,20 @@ TEST(ComputerName, IsInLowerCaseAndEmptyIfItDoesNotFit) {
         fakeSystem().name = c.name;
         EXPECT_STREQ(ComputerName::ask().text, c.written);
     }
+}
+
+TEST(ComputerName, IsCachedOnceItIsNotEmpty) {
+    const test::ImportPatch patch(importedGetComputerNameExA, &giveFakeName);
+    for (const char* const name : {"", "LONGERTHAN15BYTES", ""}) {
+        fakeSystem() = {name, 0};
+        EXPECT_STREQ(ComputerName::remembered().text, "");
+        EXPECT_EQ(fakeSystem().asked, 1u);
+    }
+    for (const char* const name : {"HOST-7", "ANOTHER", ""}) {
+        fakeSystem().name = name;
+        EXPECT_STREQ(ComputerName::remembered().text, "host-7");
+    }
+    EXPECT_EQ(fakeSystem().asked, 2u);
 }
 
 TEST(ComputerName, IsCachedAndWrittenInEveryLine) {

@@ -3,10 +3,15 @@
 
 #include "exceptions/LocaleText.h"
 
+#include <algorithm>
 #include <clocale>
+#include <cstring>
+#include <iterator>
 #include <string>
 
 #include <gtest/gtest.h>
+
+#include "support/ImportHook.h"
 
 namespace {
 
@@ -68,6 +73,31 @@ TEST(LocaleText, UnconvertibleTextBecomesTheTextOfTheFailure) {
     const LocaleSet locale("C");
     EXPECT_EQ(narrowed(L"\x4E00"), "Error in text conversion");
     EXPECT_EQ(narrowed(L"convertible until here\x0100"), "Error in text conversion");
+}
+
+// The buffer has space for the text as it was measured.
+TEST(LocaleText, TextThatGrowsWhileItIsConvertedIsCut) {
+    {
+        char source[40] = "aaaaaaaaaaaaaaa";
+        BaseString<wchar_t> target;
+        const test::ImportHook<importedMbstowcs> convert([&](wchar_t* to, const char* from, std::size_t capacity) {
+            std::memset(source, 'a', sizeof source - 1);
+            return convert.original(to, from, capacity);
+        });
+        mbs2wcs(source, target);
+        EXPECT_EQ(target.capacity(), 16u);
+        EXPECT_EQ(target.view(), std::wstring(15, L'a'));
+    }
+    {
+        wchar_t source[40] = L"aaa";
+        BaseString<char> target;
+        const test::ImportHook<importedWcstombs> convert([&](char* to, const wchar_t* from, std::size_t capacity) {
+            std::fill_n(source, std::size(source) - 1, L'a');
+            return convert.original(to, from, capacity);
+        });
+        wcs2mbs(source, target);
+        EXPECT_EQ(target.view(), std::string(12, 'a'));  // up to four bytes per measured unit
+    }
 }
 
 TEST(LocaleText, MultibyteCodePages) {
