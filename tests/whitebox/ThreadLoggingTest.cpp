@@ -108,26 +108,36 @@ DWORD threadExitedAsFiber() {
     return id;
 }
 
+// A failed expectation needs the real id, so all expectations follow the hook.
 TEST(SilencedThreads, DoNotSilenceALaterThreadWithTheirIdIfTheyExitAsFibers) {
     const test::TemporaryLog log;
     const DWORD id = threadExitedAsFiber();
-    const test::ImportHook<importedGetCurrentThreadId> sameId([&] { return id; });
-    EXPECT_FALSE(Exception::IsThreadErrorLoggingDisabled());
-    Exception::warn("written");
+    bool isDisabled = true;
+    {
+        const test::ImportHook<importedGetCurrentThreadId> sameId([&] { return id; });
+        isDisabled = Exception::IsThreadErrorLoggingDisabled();
+        Exception::warn("written");
+        Exception::DisableThreadErrorLogging(false);  // removes the thread from the table
+    }
+    EXPECT_FALSE(isDisabled);
     EXPECT_EQ(log.messages(), std::vector<std::string>{"WARN: written"});
-    Exception::DisableThreadErrorLogging(false);  // removes the thread from the table
 }
 
 TEST(SilencedThreads, AreReplacedByALaterThreadWithTheirId) {
     const test::TemporaryLog log;
     const DWORD id = threadExitedAsFiber();
-    const test::ImportHook<importedGetCurrentThreadId> sameId([&] { return id; });
-    Exception::DisableThreadErrorLogging(true);
-    EXPECT_EQ(table().size(), 1u);
-    EXPECT_TRUE(Exception::IsThreadErrorLoggingDisabled());
-    Exception::DisableThreadErrorLogging(false);
+    bool isDisabled = false;
+    unsigned int entries = 0;
+    {
+        const test::ImportHook<importedGetCurrentThreadId> sameId([&] { return id; });
+        Exception::DisableThreadErrorLogging(true);
+        isDisabled = Exception::IsThreadErrorLoggingDisabled();
+        entries = table().size();
+        Exception::DisableThreadErrorLogging(false);
+    }
+    EXPECT_TRUE(isDisabled);
+    EXPECT_EQ(entries, 1u);
     EXPECT_EQ(table().size(), 0u);
-    EXPECT_FALSE(Exception::IsThreadErrorLoggingDisabled());
 }
 
 TEST(SilencedThreads, StaySilencedWhenOthersExit) {
