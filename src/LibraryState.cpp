@@ -26,7 +26,8 @@ constexpr StateEntry kObjects[] = {
     kObject<codePageState>,
     kObject<flat::lastErrors>,
     kObject<silencedThreadEnds>,
-    // Destroyed first: the runtime must not call a handler after the objects that it uses are destroyed.
+    // Destroyed first, because the runtime must not call a handler after the objects that the handler uses are
+    // destroyed.
     kObject<currentInvalidParameterHandler>,
 };
 

@@ -12,7 +12,7 @@ struct StateEntry {
     void (*destroy)() noexcept;
 };
 
-/// In the order of creation; the objects are destroyed in reverse.
+/// The objects in the order of creation. They are destroyed in reverse order.
 std::span<const StateEntry> stateEntries() noexcept;
 
 }  // namespace vorel::detail

@@ -207,7 +207,7 @@ T* BaseString<T>::reserve(unsigned int count, bool discard) {
     return m_data;
 }
 
-// There are two functions, because the compiler checks the arguments of the narrow one only.
+// There are two functions, because the compiler checks the arguments of the narrow function only.
 template <>
 BaseString<char>& BaseString<char>::format(const char* fmt, ...) {
     va_list args;

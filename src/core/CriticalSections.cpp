@@ -28,13 +28,13 @@ void destroySection(void*& handle) noexcept {
     if (handle) {
         DeleteCriticalSection(sectionOf(handle));
         std::free(handle);
-        // Volatile: otherwise the compiler may remove a store to an object whose lifetime ends.
+        // Volatile, because otherwise the compiler may remove a store to an object whose lifetime ends.
         void* volatile& stored = handle;
         stored = nullptr;
     }
 }
 
-// Not marked noexcept: that would add an exception frame, although the system's functions never throw.
+// Not marked noexcept, because that would add an exception frame, although the system's functions never throw.
 
 bool enterSection(void* handle, unsigned int timeout) {
     if (!handle) {

@@ -31,8 +31,8 @@ int print(std::FILE* stream, const wchar_t* fmt, va_list args) noexcept {
     return __stdio_common_vfwprintf(kDefault, stream, fmt, nullptr, args);
 }
 
-/// Makes a call with a rejected format just fail. Otherwise the program's handler might abort, or the runtime would end
-/// a program that has no handler.
+/// A call with a format that the runtime rejects just fails. Without the object `silent`, the program's handler might
+/// abort, or the runtime would end a program that has no handler.
 template <class T>
 int bounded(T* buffer, std::size_t size, const T* fmt, va_list args) noexcept {
     const platform::IgnoreInvalidParameters silent;
@@ -66,8 +66,8 @@ T* withFallback(T* buffer, std::size_t size, T*& heapOut, bool& truncatedOut, co
     return buffer;
 }
 
-/// Counts the units by rendering to the null device. If that cannot be opened, the print function is still called and
-/// reports the failure.
+/// Counts the units by rendering to the null device. If the null device cannot be opened, the print function is still
+/// called and reports the failure.
 template <class T>
 int measure(const T* fmt, va_list args) noexcept {
     const platform::IgnoreInvalidParameters silent;

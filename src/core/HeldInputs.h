@@ -36,7 +36,7 @@ public:
     }
 
 private:
-    /// Not inlined, so that the test is.
+    /// Not inlined, so that the compiler inlines the test in the constructor.
     [[gnu::noinline]] void takeMemory(Output& output) { m_memory = std::exchange(output, Output()); }
 
     Output m_memory;

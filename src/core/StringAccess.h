@@ -1,6 +1,6 @@
 /// \file
-/// Operations on a `BaseString` for the library only: growing and assigning without exceptions (building the message of
-/// a failed allocation must not throw), and setting the length of a text written after `reserve`.
+/// Operations on a `BaseString` for the library only: growing and assigning without exceptions, because building the
+/// message of a failed allocation must not throw; and setting the length of a text written after `reserve`.
 #pragma once
 
 #include "vorel/core/BaseString.h"
@@ -9,7 +9,7 @@ namespace vorel::detail {
 
 template <class T>
 struct StringAccess {
-    /// Like `BaseString::reserve`, but where that throws, returns false and leaves the string unchanged.
+    /// Like `BaseString::reserve`, but returns false where `reserve` throws, and leaves the string unchanged.
     /// `capacityWanted` receives the size of the buffer that cannot be allocated.
     static bool tryReserve(BaseString<T>& string, unsigned int count, bool discard,
                            unsigned int& capacityWanted) noexcept;

@@ -67,8 +67,8 @@ void write(LogFile& file, LogLine& line) noexcept {
     (void)std::fflush(stream);
 }
 
-/// Appends a line to the file at `path`. Drops the line if others keep the file locked during all attempts, or if the
-/// file cannot be opened.
+/// Appends a line to the file at `path`. Drops the line if other writers keep the file locked during all attempts, or
+/// if the file cannot be opened.
 void append(const char* path, LogLine& line) noexcept {
     for (unsigned int failures = 0;;) {
         LogFile file(path, LogFile::Mode::Append);

@@ -1,6 +1,6 @@
 /// \file
-/// The diagnostic channels. Each renders the caller's message, adds its prefixes, and writes one line to the error log.
-/// The mirror switch has no effect.
+/// The diagnostic channels. Each channel renders the caller's message, adds its prefixes, and writes one line to the
+/// error log. The mirror switch has no effect.
 
 #include <initializer_list>
 #include <string_view>

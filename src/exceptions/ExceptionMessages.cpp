@@ -1,6 +1,6 @@
 /// \file
-/// Adds messages to the stack of an exception and reads them. Adding never throws: if memory runs out, the exception
-/// has less text. A memory exception, for example, is created when an allocation has just failed.
+/// Adds messages to the stack of an exception and reads them. Adding never throws, because an exception may be created
+/// directly after a failed allocation. If memory runs out, the exception has less text.
 
 #include <new>
 #include <utility>
@@ -26,7 +26,7 @@ const wchar_t* orUnformattable(const wchar_t* text) noexcept {
     return text ? text : baseutil::kUnformattable;
 }
 
-/// The message of a new entry, or `spare` if the entry cannot be allocated.
+/// Adds an empty entry and returns its message. Returns `spare` if the entry cannot be allocated.
 template <class Stack>
 BaseString<wchar_t>& push(Stack& stack, BaseString<wchar_t>& spare) noexcept {
     return stack.resize(stack.size() + 1) ? stack[stack.size() - 1].message : spare;
@@ -143,7 +143,7 @@ void Exception::addHRESULTErrorToStack(int hr) noexcept {
                        orUnformattable(message.text()));
             }
         } else {
-            mirror(kPrefix, L"HR not found");  // even when logging is delayed
+            mirror(kPrefix, L"HR not found");  // even if logging is delayed
         }
     }
     if (!m_delayedLogging) {

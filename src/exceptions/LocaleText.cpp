@@ -11,7 +11,7 @@ namespace vorel::detail {
 
 namespace {
 
-/// A length that no string can have: growing to it fails.
+/// A length that no string can have, so growing to it fails.
 constexpr std::size_t kTooLong = 0xFFFFFFFF;
 
 /// The parameters of one direction. `kMaxPerUnit` is the number of target units that a source unit can need.

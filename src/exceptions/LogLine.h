@@ -41,7 +41,7 @@ private:
     void render() noexcept;
     std::size_t renderFront(char* out, std::size_t capacity) noexcept;
 
-    std::string_view m_header;  // the part that is not yet rendered; the same for m_prefix
+    std::string_view m_header;  // the part that is not yet rendered, also of m_prefix
     std::string_view m_prefix;
     algorithms::Utf8Writer<algorithms::Surrogates::Paired, wchar_t> m_message;
     std::unique_ptr<char, Free> m_heap;

@@ -1,6 +1,6 @@
 /// \file
-/// Catching, rethrowing and severe errors: the records that handlers add. Also the functions that the core only
-/// declares: its failures, and the handlers of the frame.
+/// The functions of `Exception` that catch, rethrow or report, and the records that they add. Also the functions that
+/// core/Protocol.h declares: the failures of the core, and the handlers of the frame.
 
 #include "vorel/core/Protocol.h"
 
@@ -35,7 +35,7 @@ bool isUnwinding() noexcept {
 }
 
 /// Calls `rethrow` and allows an override to return. `rethrow` is declared noreturn, so a compiler may omit the code
-/// after a direct call. It cannot do so after a call through a pointer whose value it does not know.
+/// after a direct call. The compiler cannot do so after a call through a pointer whose value it does not know.
 // cppcheck-suppress constParameter; rethrow() is not const
 void rethrowByOverride(Exception& e) {
     void (Exception::*const volatile rethrow)() = &Exception::rethrow;

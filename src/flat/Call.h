@@ -15,7 +15,7 @@ struct ArgumentError {
     const wchar_t* message;
 };
 
-/// Whether an enumerator of the flat interface equals the one of the C++ interface.
+/// Whether an enumerator of the flat interface equals an enumerator of the C++ interface.
 constexpr bool sameValue(int flat, int library) noexcept {
     return flat == library;
 }

@@ -23,8 +23,8 @@ struct Failure {
 };
 
 /// The last failures of all threads. Each is in a fiber-local slot; the slot's callback frees it when the thread ends.
-/// `thread_local` is not used: with some compilers its destructors do not run reliably at thread exit, and it
-/// terminates the program when memory is exhausted.
+/// `thread_local` is not used, because with some compilers its destructors do not run reliably when a thread ends, and
+/// it terminates the program if memory runs out.
 class LastErrors {
 public:
     LastErrors() noexcept;

@@ -67,7 +67,7 @@ Array<char> narrowPath(std::wstring_view path) {
     }
     const int units = static_cast<int>(path.size());
     BOOL replaced = FALSE;
-    // UTF-8 has every character, and for UTF-8 the call rejects the pointer.
+    // For UTF-8 the pointer is null, because UTF-8 has every character and the call would reject the pointer.
     BOOL* const asked = GetACP() == CP_UTF8 ? nullptr : &replaced;
     const DWORD flags = asked ? WC_NO_BEST_FIT_CHARS : 0;
     const int size = WideCharToMultiByte(CP_ACP, flags, path.data(), units, nullptr, 0, nullptr, asked);

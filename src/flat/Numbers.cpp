@@ -86,7 +86,7 @@ bool isHex(const WideText& text) {
     return end == all.data() + all.size() && !std::all_of(all.begin(), all.end(), isSpace);
 }
 
-// Each of these selects the wide overload.
+// Each function object selects the wide overload.
 constexpr auto toInt32 = [](const wchar_t* text, wchar_t** end) { return util::stringToInt(text, end); };
 constexpr auto toUInt32 = [](const wchar_t* text, wchar_t** end) { return util::stringToUInt(text, end); };
 constexpr auto toInt64 = [](const wchar_t* text, wchar_t** end) { return util::stringToInt64(text, end); };

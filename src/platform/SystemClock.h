@@ -7,8 +7,8 @@
 
 namespace vorel::platform {
 
-// Not marked noexcept: a system call that a monitoring tool hooks may throw. The frame of the exported clocks records
-// such an exception.
+// Not marked noexcept, because a system call that a monitoring tool hooks may throw. The frame of the exported clocks
+// records such an exception.
 
 /// The current time as a file time: in units of 100 ns since 1601-01-01 UTC.
 std::uint64_t fileTimeNow();

@@ -30,7 +30,8 @@ int asInt32(long long threadId) noexcept {
     return static_cast<int>(threadId);
 }
 
-/// "Global\" and a name: on the stack, or on the heap if it is longer than the names that the system documents.
+/// "Global\" followed by a name. The text is on the stack, or on the heap if it is longer than the names that the
+/// system documents.
 class FullName {
 public:
     /// \throws MemoryException
@@ -157,7 +158,7 @@ void AutoMutex::unlock() {
         SetLockCount(false);  // counted first, because another thread may count its lock right after the release
         if (!ReleaseMutex(m_mutex.get())) {
             const DWORD error = GetLastError();
-            SetLockCount(true);  // counted before the system's text is fetched, because that may fail
+            SetLockCount(true);  // counted before the system's text is fetched, because fetching may fail
             SetLastError(error);
             const Reason reason(WAIT_FAILED);
             throw Exception(L"AutoMutex::unlock: Failed to release mutex %ls: %ls", name(), reason.text());
@@ -196,6 +197,7 @@ void AutoMutex::countTaken() {
     }
 }
 
+/// Waits up to a minute until another thread releases the mutex, and then locks the mutex.
 void AutoMutex::takeFromOtherThread() {
     const DWORD result = waitFor(kLockTimeoutMs);
     if (result != WAIT_OBJECT_0) {

@@ -1,4 +1,4 @@
-// The names of the code pages: the description first, then the aliases. No name occurs twice; if one did, the first
+// The names of the code pages: the description first, then the aliases. No name occurs twice; if a name did, its first
 // entry would be used.
 
 #include "text/CodePageNames.h"

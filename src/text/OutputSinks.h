@@ -70,8 +70,8 @@ public:
         return m_string.capacity() != 0 ? m_string.capacity() - m_length - 1 : 0;
     }
     void advance(std::size_t units) noexcept { m_length += static_cast<unsigned int>(units); }
-    /// Provides capacity for `units` more units. The new capacity is the one that appending piece by piece would give:
-    /// a text that ends directly before a growth step does not reserve the next step.
+    /// Provides capacity for `units` more units. The new capacity is the capacity that appending piece by piece would
+    /// give. So a text that ends directly before a growth step does not reserve the next step.
     void grow(std::uint64_t units) {
         constexpr std::uint64_t kGrowthStep = 0x100000;  // the growth step of longer strings
         commitLength();
@@ -120,7 +120,7 @@ public:
         m_array.setCount(m_count);
         m_array.reserve(checkedCount(units), true);
     }
-    /// The same, but the new capacity is the one that appending piece by piece would give.
+    /// The same, but the new capacity is the capacity that appending piece by piece would give.
     void grow(std::size_t units) {
         m_array.setCount(m_count);
         m_array.reserve(checkedCount(units), false);
@@ -133,7 +133,7 @@ public:
     }
 
 private:
-    /// The count with `units` more.
+    /// The count after `units` more elements.
     [[nodiscard]] unsigned int checkedCount(std::size_t units) const {
         const std::size_t needed = m_count + units;
         if (needed > 0xFFFFFFFFu) {
@@ -147,9 +147,10 @@ private:
 };
 
 /// Writes pieces until `atEnd()`. `produce(out, capacity)` writes at most `capacity` units to the sink and returns
-/// their number, which is 0 if the next character does not fit. In that case `produceBlock(out)` writes `Block` units
-/// and at most `Overhang` more to a local block, which is appended. `unitsLeft()` counts the units that follow. If
-/// another thread changes the text meanwhile, the sink grows again.
+/// their number, which is 0 if the next character does not fit. In that case `produceBlock(out)` writes the next units
+/// to a local block, which is appended. It writes at least `Block` units unless the text ends, and at most `Block +
+/// Overhang`. `unitsLeft()` counts the units that follow. If another thread changes the text meanwhile, the sink grows
+/// again.
 template <unsigned int Block, unsigned int Overhang, class Sink, class Produce, class ProduceBlock, class UnitsLeft,
           class AtEnd>
 void fill(Sink&& sink, Produce&& produce, ProduceBlock&& produceBlock, UnitsLeft&& unitsLeft, AtEnd&& atEnd) {

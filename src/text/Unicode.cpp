@@ -126,8 +126,8 @@ VOREL_NOINLINE bool decode(BaseString<wchar_t>& output, const unsigned char* inp
     });
 }
 
-/// A caller's buffer for units, or a separate buffer if the input lies in the caller's. The separate units are copied
-/// back by the destructor, because the message of a failure still reads the input.
+/// A caller's buffer for units, or a separate buffer if the input lies in the caller's buffer. The separate units are
+/// copied back by the destructor, because the message of a failure still reads the input.
 class SeparateUnits {
 public:
     SeparateUnits(wchar_t* output, unsigned int size, const void* input) : m_output(output), m_units(output) {

@@ -40,8 +40,8 @@ void write(std::string_view text, const UrlTable& table, BaseString<char>& outpu
         if (text.empty()) {
             return;
         }
-        // Only if another thread or process changed the text after it was measured. The new capacity is enough for any
-        // content.
+        // Reached only if another thread or process changed the text after it was measured. The new capacity is enough
+        // for any content.
         text::growUnits(written + kLongestEscape * text.size() + algorithms::kUrlOverhang, output);
     }
 }

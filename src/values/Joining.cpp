@@ -17,7 +17,7 @@ namespace {
 
 constexpr std::uint64_t kReservedPerItem = 32;
 
-/// Writes to a string through a raw cursor. The string's length is updated by `finish` and before it grows.
+/// Writes to a string through a raw cursor. The string's length is updated by `finish`, and before the string grows.
 class Writer {
 public:
     /// The string must be empty.

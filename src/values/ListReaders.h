@@ -1,5 +1,5 @@
 /// \file
-/// List readers that throw if the array cannot grow, unlike the exported ones. They append the values, and return
+/// List readers that throw if the array cannot grow, unlike the exported functions. They append the values, and return
 /// whether the whole text was read. A null text is an empty list.
 #pragma once
 
@@ -7,7 +7,7 @@
 
 namespace vorel::values {
 
-/// \throws MemoryException, as do all of these functions.
+/// \throws MemoryException. The other functions below also throw it.
 bool readIntegers(const wchar_t* text, Array<int>& values);
 bool readIntegers(const wchar_t* text, Array<unsigned int>& values);
 bool readDoubles(const wchar_t* text, Array<double>& values);

@@ -60,7 +60,7 @@ char* writeTruncated(double value, char* buffer, unsigned long long size, Format
     const char* const end = algorithms::writeDouble<Rest::Unspecified>(value, algorithms::DoubleForm::Raw, text);
     const auto length = static_cast<std::size_t>(end - text);
     if (isSmall(value)) {
-        std::copy_n(text, length, buffer);  // never truncated: callers provide enough space
+        std::copy_n(text, length, buffer);  // never truncated, because callers provide enough space
         buffer[length] = 0;
     } else {
         algorithms::copyTruncatedText(text, length, buffer, size);
@@ -71,7 +71,8 @@ char* writeTruncated(double value, char* buffer, unsigned long long size, Format
     return baseutil::makeDoubleFormatConsistent(buffer, size, options);
 }
 
-/// Writes a value without digits, or to a buffer that may be too small. Returns the buffer.
+/// Writes a value that is not written as digits, or writes any value to a buffer that may be too small. Returns the
+/// buffer.
 VOREL_NOINLINE char* writeSpecial(double value, char* buffer, unsigned long long size,
                                   FormattingOptions options) noexcept {
     if (value == 0.0) {

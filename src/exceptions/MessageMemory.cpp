@@ -1,6 +1,7 @@
 /// \file
-/// The memory of an exception's messages. It is the library's own `operator new` in every program, and grows by
-/// doubling.
+/// The memory of the messages of an exception, and nothing else: ExceptionMessages.cpp adds and reads messages. The
+/// memory comes from the library's `operator new`, even if a program's code creates the exception. If it is too small,
+/// its size doubles.
 
 #include <algorithm>
 #include <memory>
