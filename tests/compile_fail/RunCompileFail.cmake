@@ -62,8 +62,8 @@ if(NOT result EQUAL 0)
     message(SEND_ERROR "warnings about formats of the runtime:\n${messages}")
 endif()
 
-# refuse(<source> <text> <option>...): with the options, `source` cannot use the library; the compiler's message must
-# contain `text`.
+# refuse(<source> <text> <option>...): compiles `source` with options with which it cannot use the library. The
+# compiler's message must contain `text`.
 function(refuse name text)
     compile(${name} ${ARGN})
     if(result EQUAL 0 OR NOT messages MATCHES "error: [^\n]*${text}")

@@ -6,7 +6,7 @@
 
 include("${CMAKE_CURRENT_LIST_DIR}/Steps.cmake")
 
-# Each of the files must exist in the package, or must not.
+# Checks that all of the files exist in the package, or if `exist` is false, that none of them exists.
 function(expect_files exist)
     foreach(file IN LISTS ARGN)
         if(EXISTS "${FOLDER}/vorelCore/${file}" AND NOT exist)

@@ -1,5 +1,5 @@
 # Tests the packages of CPack. The project find_package/ must build and run with the archive unpacked in another folder,
-# and so must the tools.
+# and the tools must run there.
 # The installer must install the same files, and remove all of them. The archive of the symbols must fit the DLL.
 #
 #   PACKAGES: the folder with the archives and the installer; CLANG: the folder of clang
@@ -38,7 +38,7 @@ file(ARCHIVE_EXTRACT INPUT "${archive}" DESTINATION "${WORK}/archive")
 file(GLOB package "${WORK}/archive/*")
 list_files("${package}" expected)
 
-# What a user looks for.
+# The files that a user looks for.
 foreach(file IN ITEMS
         README.txt share/doc/vorelCore/README.md share/doc/vorelCore/CHANGELOG.md
         share/doc/vorelCore/docs/getting-started.md share/doc/vorelCore/examples/hello/main.cpp
@@ -52,7 +52,8 @@ file(READ "${package}/share/vorelCore/LICENSES/README.txt" licences)
 if(NOT licences MATCHES "symbols and debug information are removed")
     message(SEND_ERROR "The licence text does not say that the runtime DLLs are stripped")
 endif()
-# No program or DLL has debug information; that of the runtime DLLs would be most of the archive.
+# No program or DLL has debug information. The debug information of the runtime DLLs would be the largest part of the
+# archive.
 file(GLOB programs "${package}/bin/*.dll" "${package}/bin/*.exe")
 foreach(program IN LISTS programs)
     execute_process(
@@ -62,7 +63,7 @@ foreach(program IN LISTS programs)
     endif()
 endforeach()
 
-# The archive of the symbols has only them, and the debugger finds them with the DLL of the other archive.
+# The archive of the symbols has no other files, and the debugger finds the symbols with the DLL of the other archive.
 only_file("*-ucrt-symbols.zip" symbols)
 file(ARCHIVE_EXTRACT INPUT "${symbols}" DESTINATION "${WORK}/symbols")
 file(GLOB_RECURSE found RELATIVE "${WORK}/symbols" "${WORK}/symbols/*")

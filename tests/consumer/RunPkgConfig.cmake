@@ -32,7 +32,8 @@ foreach(name IN ITEMS vorelCore vorelCoreStatic)
     run_program("${program}")
 endforeach()
 
-# The flags do not choose the C runtime. A compiler with another default is refused, and the file says what is needed.
+# The flags do not choose the C runtime. A compiler with another default is refused, and vorelCore.pc says what is
+# needed.
 separate_arguments(options UNIX_COMMAND "${OPTIONS}")
 list(FILTER options INCLUDE REGEX "^--target=")
 query_pkg_config(vorelCore flags)

@@ -1,5 +1,5 @@
-# Runs the installed tools, and checks the files about them: the manual pages and the completion scripts are those of the
-# tool, and bash completes with them.
+# Runs the installed tools, and checks their manual pages and completion scripts. The files must be equal to the output
+# of the tool, and bash must complete with the scripts.
 #
 #   PROJECT_BUILD: the build to install; or PACKAGE: the folder of an existing package
 
@@ -11,7 +11,7 @@ function(expect what expected actual)
     endif()
 endfunction()
 
-# The installed file has the text that the tool writes, and contains `part`.
+# Checks that the installed file is equal to the output of the tool, and contains `part`.
 function(check_file tool file part)
     set(path "${FOLDER}/vorelCore/share/${file}")
     if(NOT EXISTS "${path}")

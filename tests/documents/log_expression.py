@@ -20,7 +20,7 @@ from samples import blocks
 
 
 def expressions_of(page: Path) -> list:
-    """The expression for a line, and that for a joined record."""
+    """The expression for a line, and the expression for a joined record."""
     found = [block.text.strip() for block in blocks(page) if block.language == "regex"]
     if len(found) != 2:
         sys.exit(f"{page}: {len(found)} regular expressions, expected 2")
@@ -91,7 +91,7 @@ def check(expression: str, texts: list, expected: list, folder: Path) -> None:
     if not expected or actual != expected:
         sys.exit("expected\n" + "\n".join(map(str, expected)) + "\nread\n" + "\n".join(map(str, actual)))
 
-    # JavaScript writes named groups as `(?<name>`, and PCRE accepts that too.
+    # JavaScript writes named groups as `(?<name>`, and PCRE accepts this form, too.
     other = expression.replace("(?P<", "(?<")
     count = sum(1 for record in expected if record[0] != "no record")
     if count_by_pcre(other, texts) != count:

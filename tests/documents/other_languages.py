@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Runs the sample in C or C#, or checks the one in Python, of a page such as docs/windows.md.
+"""Runs the sample in C or C#, or checks the sample in Python, of a page such as docs/windows.md.
 
     other_languages.py c <page> <folder> <build> <clang> <wine>...
     other_languages.py csharp <page> <folder> <build> <dotnet.exe> <wine>...

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Compares the output of the tools in a page, such as docs/vorellog.md, with that of the tools.
+"""Compares the output of the tools in a page, such as docs/vorellog.md, with the output of the tools.
 
     tool_output.py <page> <folder> <folder of the tools> <command that runs a program>...
 

@@ -76,7 +76,7 @@ def shares(sizes, count):
 
 
 def steps_for(change, build):
-    """The order of tests: tests of the file and of the files that use it, then those of its folder, then all others.
+    """The order of tests: tests of the file and of the files that use it, then tests of its folder, then all others.
 
     Programs that link the DLL come first, because one compilation serves all of them."""
     folder = Path(change.path).parent.name

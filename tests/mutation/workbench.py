@@ -17,7 +17,8 @@ import time
 from pathlib import Path
 
 _SUITE = re.compile(r"^\s*(?:TYPED_)?TEST(?:_[FP])?\(\s*(\w+)\s*,", re.MULTILINE)
-# The first depends on the clock and needs the whole machine, the second reads the file of the released DLL.
+# The first program depends on the clock and needs the whole machine. The second program reads the file of the released
+# DLL.
 _NOT_RUN = {"stress", "exports"}
 
 
@@ -159,7 +160,7 @@ class Bench:
     # ---- Building ----
 
     def put(self, path, text):
-        """Replaces the contents of the file `path` by `text`. All other files are those of the build."""
+        """Replaces the contents of the file `path` by `text`. All other files are the files of the build."""
         shutil.rmtree(self._overlay, ignore_errors=True)
         shutil.rmtree(self._objects, ignore_errors=True)
         self._objects.mkdir(parents=True)
