@@ -108,7 +108,7 @@ bool copyShortAscii(const From* from, std::size_t count, To* to) noexcept {
     if (count < 8 || !isInPage(from, count * sizeof(From))) {
         return false;
     }
-    const std::size_t last = count - 8;  // the last eight elements may overlap earlier ones
+    const std::size_t last = count - 8;  // the last eight elements may overlap earlier elements
     for (std::size_t at = 0; at < last; at += 8) {
         if (!copyEightAscii(from + at, to + at)) {
             return false;

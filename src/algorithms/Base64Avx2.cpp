@@ -1,5 +1,5 @@
-// Compiled for AVX2. Do not use standard library functions that are emitted out of line: the linker could use the AVX2
-// copy for the rest of the program.
+// Compiled for AVX2. Do not use standard library functions that are emitted out of line, because the linker could use
+// the AVX2 copy of such a function in the whole program.
 //
 // The lookups follow Wojciech Muła and Daniel Lemire, "Faster Base64 Encoding and Decoding Using AVX2 Instructions".
 
@@ -35,8 +35,8 @@ struct Table {
     [[nodiscard]] __m256i load() const noexcept { return _mm256_load_si256(reinterpret_cast<const __m256i*>(bytes)); }
 };
 
-/// The slot of a character, by which a second table is looked up. It is the rounded mean of two numbers: the entry of
-/// `byLower` for the lower four bits of the character, and the upper five bits of the character.
+/// The slot of a character, which is the index into a second table. The slot is the rounded mean of two numbers: the
+/// entry of `byLower` for the lower four bits of the character, and the upper five bits of the character.
 constexpr unsigned int slotOf(const Table& byLower, unsigned int character) noexcept {
     return (byLower.bytes[character % 16] + character / 8 + 1) / 2;
 }

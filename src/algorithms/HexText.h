@@ -131,8 +131,8 @@ std::size_t decodeHex(const T* text, std::size_t blocks, unsigned char* out) noe
 // ---- Whole texts ----------------------------------------------------------------------------------------------------
 
 /// Decodes pairs of digits: in whole blocks, and the other pairs by `decodePair(first, second, byte)`, which returns
-/// whether to continue. Returns false if `decodePair` does. If the number of characters is odd, the last one is paired
-/// with the terminator.
+/// whether to continue. Returns false if `decodePair` does. If the number of characters is odd, the last character is
+/// paired with the terminator.
 template <class T, class DecodePair>
 bool decodeHexPairs(const T* text, std::size_t length, unsigned char* out, DecodePair&& decodePair) {
     constexpr std::size_t kBlock = 16;  // digits

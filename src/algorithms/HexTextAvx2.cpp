@@ -1,5 +1,5 @@
-// Compiled for AVX2. Do not use standard library functions that are emitted out of line: the linker could use the AVX2
-// copy for the rest of the program.
+// Compiled for AVX2. Do not use standard library functions that are emitted out of line, because the linker could use
+// the AVX2 copy of such a function in the whole program.
 
 #include "algorithms/HexText.h"
 

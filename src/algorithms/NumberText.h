@@ -216,8 +216,8 @@ VOREL_ALWAYS_INLINE T* writeExponent(int exponent, DoubleForm form, T* out) noex
 }
 
 /// Writes a finite value other than 0 and a terminator, and returns the terminator's position. For magnitudes of 0.1
-/// and more, the digits are those of "%.15g". Smaller values always have an exponent and a point. `out` has space for
-/// `kDoubleCapacity` characters.
+/// and more, the digits are the same as with "%.15g". Smaller values always have an exponent and a point. `out` has
+/// space for `kDoubleCapacity` characters.
 template <Rest rest, class T>
 VOREL_ALWAYS_INLINE T* writeDouble(double value, DoubleForm form, T* out) noexcept {
     *out = '-';  // overwritten unless the value is negative

@@ -11,7 +11,7 @@
 #include <cstring>
 #include <limits>
 
-// The names are those of the compiler's functions.
+// The functions have the names of the compiler's functions.
 // NOLINTBEGIN(bugprone-reserved-identifier,cert-dcl51-cpp,cert-dcl37-c,readability-identifier-naming)
 namespace vorel::algorithms::portable {
 

@@ -41,7 +41,7 @@ static inline void storeCharacters(__m128i characters, WideUnit* out) noexcept {
     _mm_storeu_si128(units + 1, _mm_unpackhi_epi8(characters, _mm_setzero_si128()));
 }
 
-/// A vector whose bytes have all bits set where the byte of `bytes` is at most `limit`, and no bits elsewhere.
+/// For each byte, 0xFF if it is at most `limit`, and 0 otherwise.
 static inline __m128i isAtMost(__m128i bytes, unsigned char limit) noexcept {
     return _mm_cmpeq_epi8(_mm_min_epu8(bytes, _mm_set1_epi8(static_cast<char>(limit))), bytes);
 }

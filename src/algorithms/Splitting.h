@@ -9,8 +9,8 @@
 
 namespace vorel::algorithms {
 
-/// Passes the parts of a text to `take(part)`: each part that ends at a delimiter, and the rest unless it is empty. An
-/// empty delimiter never matches.
+/// Passes the parts of a text to `take(part)`: each part that ends at a delimiter, and the text after the last
+/// delimiter unless it is empty. An empty delimiter never matches.
 template <class T, class Take>
 void splitAtDelimiters(std::basic_string_view<T> text, std::basic_string_view<T> delimiter, Take&& take) {
     constexpr std::size_t kNone = std::basic_string_view<T>::npos;

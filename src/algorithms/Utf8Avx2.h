@@ -36,8 +36,8 @@ Progress decodeUtf8Avx2(const unsigned char* bytes, std::size_t left, void* out,
 Progress encodeUtf8Avx2(const void* units, std::size_t left, unsigned char* out, std::size_t capacity,
                         bool paired) noexcept;
 
-/// The progress that the functions above would make with a sufficient capacity. Nothing is written. The progress may be
-/// smaller, but it always ends at the end of a character.
+/// Return the progress that the functions above would make with a sufficient capacity, and write nothing. They may read
+/// less than the functions above, but always whole characters.
 Progress countDecodedAvx2(const unsigned char* bytes, std::size_t left) noexcept;
 Progress countEncodedAvx2(const void* units, std::size_t left, bool paired) noexcept;
 

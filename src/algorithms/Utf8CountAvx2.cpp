@@ -1,5 +1,5 @@
-// Compiled for AVX2. Do not use standard library functions that are emitted out of line: the linker could use the AVX2
-// copy for the rest of the program.
+// Compiled for AVX2. Do not use standard library functions that are emitted out of line, because the linker could use
+// the AVX2 copy of such a function in the whole program.
 
 #include "algorithms/Utf8Avx2.h"
 
@@ -118,7 +118,7 @@ public:
 private:
     unsigned int m_units = 0;
     unsigned int m_expected = 0;  // a bit for each trailing byte that the next block must begin with
-    unsigned int m_second = 0;    // whether the next byte is the second one of four
+    unsigned int m_second = 0;    // whether the next byte is the second of a sequence of four
 };
 
 /// Counts the UTF-8 bytes of units, block by block. Masks have two bits for each unit.

@@ -1,5 +1,5 @@
-// Compiled for AVX2. Do not use standard library functions that are emitted out of line: the linker could use the AVX2
-// copy for the rest of the program.
+// Compiled for AVX2. Do not use standard library functions that are emitted out of line, because the linker could use
+// the AVX2 copy of such a function in the whole program.
 
 #include "algorithms/Utf8Avx2.h"
 
@@ -129,8 +129,8 @@ VOREL_ALWAYS_INLINE Positions encodeAscii(Positions at, const unsigned char* end
     return at;
 }
 
-/// Changes the units so that a zero is not below 0x800: it becomes 0xFFFF. Any other unit is below 0x800 afterwards if
-/// it was below 0x800 before.
+/// Changes the units so that a zero is not below 0x800: it becomes 0xFFFF. Any other unit is below 0x800 afterwards if,
+/// and only if, it was below 0x800 before.
 VOREL_ALWAYS_INLINE __m256i withoutZeros(__m256i units) noexcept {
     return _mm256_or_si256(units, _mm256_add_epi16(units, _mm256_set1_epi16(-1)));
 }
@@ -302,8 +302,8 @@ VOREL_NOINLINE Progress encodePart(const unsigned char* units, std::size_t left,
     return {start.count, static_cast<unsigned int>(start.bytes.size())};
 }
 
-/// Encodes the ASCII at the start of a text, in pairs of blocks, up to the end of the page. If the text ends in a pair,
-/// encodes the ASCII at the start of that pair and writes zeros after it.
+/// Encodes pairs of blocks that contain only ASCII, at the start of a text and in one page. If the text ends in the
+/// next pair, by its length or at a zero, encodes the ASCII at the start of that pair too, and writes zeros after it.
 VOREL_ALWAYS_INLINE Progress encodeAsciiStart(const unsigned char* units, std::size_t left, unsigned char* out,
                                               std::size_t capacity) noexcept {
     const std::size_t inPage = kPageBytes - offsetInPage(units);

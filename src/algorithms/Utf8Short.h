@@ -1,8 +1,8 @@
 /// \file
 /// Converts short texts, such as a name or a word, because the setup of the conversion for long texts (Utf8Streams.h)
-/// takes longer. A text of eight or more ASCII characters is converted eight characters at a time, any other text one
-/// character at a time. Validates only what the codec requires (Utf8.h). For rare input, the whole text is left to the
-/// conversion for long texts.
+/// takes longer. A text of eight or more ASCII characters in one page is converted eight characters at a time, any
+/// other text one character at a time. Validates only what the codec requires (Utf8.h). For rare input, the whole text
+/// is left to the conversion for long texts.
 #pragma once
 
 #include <algorithm>

@@ -91,7 +91,7 @@ void LogLine::render() noexcept {
     out[size] = 0;
 }
 
-/// Renders the rest of the header and of the prefix, and returns the number of bytes written.
+/// Renders the parts of the header and of the prefix that are not yet rendered. Returns the number of bytes written.
 std::size_t LogLine::renderFront(char* out, std::size_t capacity) noexcept {
     std::size_t size = 0;
     for (std::string_view* const front : {&m_header, &m_prefix}) {

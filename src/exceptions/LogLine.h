@@ -41,8 +41,8 @@ private:
     void render() noexcept;
     std::size_t renderFront(char* out, std::size_t capacity) noexcept;
 
-    std::string_view m_header;  // the part that is not yet rendered, also of m_prefix
-    std::string_view m_prefix;
+    std::string_view m_header;  // the part of the header that is not yet rendered
+    std::string_view m_prefix;  // the part of the prefix that is not yet rendered
     algorithms::Utf8Writer<algorithms::Surrogates::Paired, wchar_t> m_message;
     std::unique_ptr<char, Free> m_heap;
     std::size_t m_capacity;

@@ -36,7 +36,7 @@ public:
     /// Replaces the calling thread's failure. A message of more than `kMaxUnits` units is truncated.
     void remember(vorel_status status, std::wstring_view message) const noexcept;
 
-    /// The calling thread's last failure; null before the first one.
+    /// The calling thread's last failure; null before the first failure.
     [[nodiscard]] const Failure* last() const noexcept;
 
 private:

@@ -148,8 +148,8 @@ private:
 
 /// Writes pieces until `atEnd()`. `produce(out, capacity)` writes at most `capacity` units to the sink and returns
 /// their number, which is 0 if the next character does not fit. In that case `produceBlock(out)` writes the next units
-/// to a local block, which is appended. It writes at least `Block` units unless the text ends, and at most `Block +
-/// Overhang`. `unitsLeft()` counts the units that follow. If another thread changes the text meanwhile, the sink grows
+/// to a local block, which is appended. It writes at least `Block` units unless the text ends, and at most `Overhang`
+/// units more. `unitsLeft()` counts the units that follow. If another thread changes the text meanwhile, the sink grows
 /// again.
 template <unsigned int Block, unsigned int Overhang, class Sink, class Produce, class ProduceBlock, class UnitsLeft,
           class AtEnd>

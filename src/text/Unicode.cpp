@@ -325,8 +325,8 @@ void EncodeAndAppendToBuffer(const wchar_t* input, Array<unsigned char>& output)
         }
         BaseString<wchar_t> copy;
         if (detail::holds(output, input)) {
-            // Appending keeps the array's elements, but overwrites the slot after the last one. If the text lies in the
-            // array, its terminator may be there.
+            // Appending keeps the array's elements, but overwrites the slot after the last element. If the text lies in
+            // the array, its terminator may be there.
             copy = input;
             input = copy.view().data();
         }
