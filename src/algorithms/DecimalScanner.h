@@ -2,7 +2,7 @@
 /// Parses decimal numbers with a fraction and an exponent from zero-terminated text of either width: character by
 /// character, or in blocks for numbers of the usual length.
 ///
-/// All programs that use these rules must compute the same bits, so the order of operations is fixed: the significant
+/// All programs that use these rules must compute the same bits, so the order of operations is fixed. The significant
 /// digits are read as an integer, converted to double, and multiplied or divided by one power of ten.
 #pragma once
 
@@ -113,8 +113,9 @@ constexpr double withSign(double value, bool negative) noexcept {
     return std::bit_cast<double>(std::bit_cast<std::uint64_t>(value) ^ static_cast<std::uint64_t>(negative) << 63);
 }
 
-/// Significant digits, scaled by the signed 32-bit exponent of the last digit. Signs are unpredictable, so nothing
-/// branches on them: one of two factors is always 1.
+/// Significant digits, scaled by the signed 32-bit exponent of the last digit. Signs are unpredictable, so there is no
+/// branch on the sign of the exponent: the value is multiplied by one power of ten and divided by another, and one of
+/// the two powers is 1.
 inline double scaled(std::uint64_t used, std::uint32_t exponent, bool negative) noexcept {
     const bool isBelowOne = exponent >> 31 != 0;
     const std::uint32_t magnitude = negatedIf(isBelowOne, exponent);

@@ -38,7 +38,7 @@ inline bool copyAndFind(const WideUnit* from, std::size_t count, WideUnit a, Wid
     return (static_cast<std::uint32_t>(_mm_movemask_epi8(found)) | lastMask) != 0;
 }
 
-/// Whether an item needs quotes. The search for the delimiter never goes back: a character that ends a partial match
+/// Whether an item needs quotes. The search for the delimiter never goes back, so a character that ends a partial match
 /// cannot start another match.
 template <class T>
 bool needsQuotes(std::basic_string_view<T> item, std::basic_string_view<T> delimiter) noexcept {

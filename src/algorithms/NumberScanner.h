@@ -100,8 +100,8 @@ constexpr Value negatedIf(bool negative, Value value) noexcept {
     return (value ^ (Value{0} - Value{negative})) + Value{negative};
 }
 
-/// Consumes the sign of an integer. Returns whether it was a '-'. For an unsigned type only '+' is accepted: a '-'
-/// stops the scan.
+/// Consumes the sign of an integer. Returns whether it was a '-'. For an unsigned type, only a '+' is consumed, and a
+/// '-' stops the scan.
 template <class Value, class T>
 constexpr bool consumeIntegerSign(const T*& cursor) noexcept {
     return (std::is_signed_v<Value> || *cursor != '-') && consumeSign(cursor);

@@ -269,7 +269,7 @@ static inline __m128i _mm_min_epu8(__m128i left, __m128i right) noexcept {
     return eachPair<std::uint8_t>(left, right, [](std::uint8_t a, std::uint8_t b) { return std::min(a, b); });
 }
 
-// ---- Comparisons: all ones in the lanes where they are true ---------------------------------------------------------
+// ---- Comparisons: all bits are set in the lanes for which the comparison is true ------------------------------------
 
 static inline __m128i _mm_cmpeq_epi8(__m128i left, __m128i right) noexcept {
     return eachPair<std::int8_t>(left, right, [](int a, int b) { return a == b ? -1 : 0; });

@@ -8,8 +8,8 @@
 
 namespace vorel::algorithms {
 
-/// A power of ten: the 128-bit integer (high, low), whose top bit is set, times two to the `exponent`. It is truncated:
-/// never too large, and too small by less than one unit of its last bit.
+/// A power of ten: the 128-bit integer (high, low), whose top bit is set, times two to the `exponent`. The value is
+/// truncated, so it is never too large, and too small by less than one unit of its last bit.
 struct PowerOfTen {
     std::uint64_t high;
     std::uint64_t low;

@@ -1,6 +1,6 @@
 /// \file
-/// The vector instructions of the algorithms. On x86-64 they are the compiler's functions: every processor has SSE2,
-/// some have AVX2. For other processors they are functions with the same names and results.
+/// The vector instructions of the algorithms. On x86-64 they are the compiler's functions. Every such processor has
+/// SSE2, and some have AVX2. For other processors they are functions with the same names and results.
 #pragma once
 
 #if defined(__AVX2__)

@@ -59,7 +59,7 @@ constexpr std::uint32_t lowSurrogateOf(std::uint32_t value) noexcept {
 }
 
 /// Writes `value` as one unit, or from 0x10000 on as a surrogate pair, and returns the number of units. Values above
-/// 0x10FFFF are not rejected: the high unit wraps.
+/// 0x10FFFF are not rejected; the high unit of such a value wraps around.
 template <class Unit>
 constexpr unsigned int writeUnits(std::uint32_t value, Unit* out) noexcept {
     if (value < kFirstPairedValue) {

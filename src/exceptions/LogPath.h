@@ -1,9 +1,9 @@
 /// \file
 /// The path of the error log, shared between threads. Writers hold the log-settings lock; readers do not lock.
 ///
-/// A reader that copies the path during a change could get parts of two paths. A sequence counter detects this: it is
-/// odd during a change and has a new value afterwards. The reader then copies again (H.-J. Boehm, "Can Seqlocks Get
-/// Along With Programming Language Memory Models?", 2012).
+/// A reader that copies the path during a change could get parts of two paths. A sequence counter detects this, because
+/// it is odd during a change and has a new value afterwards. The reader then copies again (H.-J. Boehm, "Can Seqlocks
+/// Get Along With Programming Language Memory Models?", 2012).
 #pragma once
 
 #include <atomic>

@@ -172,8 +172,8 @@ void AutoMutex::requireMutex(const wchar_t* message) const {
     }
 }
 
-/// Waits for the mutex. Acquiring an abandoned mutex is a success: the caller owns the mutex, and the record of its
-/// former owner is cleared.
+/// Waits for the mutex. Acquiring an abandoned mutex is a success, because the caller then owns the mutex. The record
+/// of the owner that ended is cleared.
 unsigned long AutoMutex::waitFor(unsigned int timeout) {
     const DWORD result = WaitForSingleObject(m_mutex.get(), timeout);
     if (result != WAIT_ABANDONED) {
