@@ -224,7 +224,7 @@ void dumpedStack(Attempt& attempt) {
     EXPECT_EQ(original.e.getMessageTotal(), attempt.completed() ? 0u : 2u);
 }
 
-/// Not logged, because the system's text contains a line end.
+/// The system's text is not logged, because it contains a line end.
 void systemError(Attempt& attempt) {
     Exception e(L"a message");
     e.setDelayedLogging(true);
@@ -362,7 +362,7 @@ TEST(NarrowMessage, NeedsTheStackAndItsText) {
     }
 }
 
-/// The text of all messages either has all of them or is not made.
+/// The text of all messages either contains all messages or is not made.
 template <class T>
 void expectWholeTrail(std::basic_string_view<T> expected) {
     const test::TemporaryLog log;

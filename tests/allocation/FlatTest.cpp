@@ -38,7 +38,7 @@ void expectStatus(Attempt& attempt, vorel_status expected, Call&& call) {
     }
 }
 
-/// The same for a function with a text output. 4000 units must be enough for the output.
+/// Like `expectStatus`, for a function with a text output. 4000 units must be enough for the output.
 template <class Call>
 void expectText(Attempt& attempt, Call&& call) {
     Units output(4000, kFill);

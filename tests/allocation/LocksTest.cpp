@@ -116,7 +116,7 @@ std::wstring timedOut(const std::wstring& name) {
     return L"Failed to lock mutex " + name + L": Timed out";
 }
 
-/// Expects the requested exception, or one that reports that its text could not be allocated.
+/// Expects the requested exception, or an exception that reports that its text could not be allocated.
 void lockThatThrows(Attempt& attempt) {
     const ExistingMutex mutex;
     AutoMutex object(mutex.name.c_str(), false, false);
@@ -225,7 +225,7 @@ void constructNamedCondition(Attempt& attempt) {
     EXPECT_FALSE(Handle(OpenEventW(SYNCHRONIZE, FALSE, name.c_str()))) << "the event is still open";
 }
 
-/// The conversion of a narrow name may fail too.
+/// The conversion of a narrow name may fail, too.
 void constructNamedConditionOfNarrowName(Attempt& attempt) {
     const std::wstring name = test::NamedEvent::uniqueName(L"failing_heap_condition");
     const std::string narrow = test::narrowed(name);

@@ -1,5 +1,5 @@
 // Catching, recording and rethrowing with a failing heap: the record is logged, a caught exception ends, and a rethrown
-// one keeps its class.
+// exception keeps its class.
 
 #include <string>
 #include <typeinfo>
@@ -106,7 +106,7 @@ const Step kSevereThrown[] = {
      L"Parser::~Parser: Severe error thrown"},
 };
 
-/// The exception has already logged both messages; they are logged again.
+/// The exception has already logged both messages. They are logged again.
 void mirrorAllMessages(Attempt& attempt) {
     Exception e(L"the first message");
     e.appendMessage(L"%ls", longText<wchar_t>(kLongMessage).c_str());

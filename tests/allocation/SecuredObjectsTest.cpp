@@ -1,5 +1,5 @@
 // Secured objects with a failing heap. Only creating mappings of named files allocates memory. Reporting a failure also
-// allocates; if that allocation fails, the report is shorter.
+// allocates memory. If this allocation fails, the report is shorter.
 
 #include <string>
 #include <typeinfo>

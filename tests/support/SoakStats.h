@@ -27,14 +27,14 @@ struct SoakStats {
     static constexpr unsigned int kProcesses = 6;
 
     volatile long long number;  ///< changed under the named mutex
-    volatile long long atEnd;   ///< not 0: the processes must exit
+    volatile long long atEnd;   ///< if not 0, the processes must exit
     SoakCounts processes[kProcesses];
 };
 
 using SharedSoakStats = SharedStats<SoakStats>;
 
-/// A short line with a checksum. `readStressLine` parses it: the writer is the process, and the thread is its life,
-/// counted over all processes.
+/// A short line with a checksum. `readStressLine` parses it. The writer is the number of the process, and the thread is
+/// the number of its life, counted over all processes.
 inline std::wstring soakLine(const StressLineId& id) {
     std::string text = std::to_string(id.writer) + '.' + std::to_string(id.thread) + '.' + std::to_string(id.number) +
                        ' ' + std::string(id.number % 100, '-') + ' ';

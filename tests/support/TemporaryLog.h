@@ -65,7 +65,7 @@ public:
     /// Prefix and message of every line.
     [[nodiscard]] std::vector<std::string> messages() const { return readLogMessages(m_path); }
 
-    /// Returns the messages and removes the file, so the next call returns only newer ones.
+    /// Returns the messages and removes the file, so the next call returns only newer messages.
     std::vector<std::string> takeMessages();
 
     void remove();

@@ -15,7 +15,7 @@ namespace test {
 template <class T>
 using TextList = std::vector<std::basic_string<T>>;
 
-/// Every occurrence of the delimiter ends a part. The remaining text is a part too, unless it is empty.
+/// Every occurrence of the delimiter ends a part. The remaining text is a part, too, unless it is empty.
 template <class T>
 TextList<T> splitAtText(const std::basic_string<T>& text, const std::basic_string<T>& delimiter) {
     TextList<T> parts;

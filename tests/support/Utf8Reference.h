@@ -30,7 +30,7 @@ struct EncodedText {
     std::size_t unitsRead = 0;  ///< how much of the input must be readable
 };
 
-/// A negative length means unlimited.
+/// Whether `index` is within a bound of `length`. A negative length means that there is no bound.
 inline bool withinBound(std::size_t index, int length) {
     return length < 0 || index < static_cast<std::size_t>(length);
 }
@@ -50,7 +50,8 @@ inline unsigned int sequenceLength(unsigned char lead) {
     if (b >= 0xF0 && b % 2 == 0) {
         return 4;
     }
-    // Five-byte sequences would start with F8 or FA, but the rule for four-byte sequences matches these first.
+    // Five-byte sequences would start with F8 or FA, but the rule for four-byte sequences matches these lead bytes
+    // first.
     return b == 0xFD ? 6 : 0;
 }
 

@@ -1,5 +1,6 @@
 /// \file
-/// Whether the tests run on Windows or under Wine. Tests of what Wine does not do like Windows are skipped there.
+/// Whether the tests run on Windows or under Wine. Tests of behaviour in which Wine differs from Windows are skipped
+/// under Wine.
 ///
 ///     if (test::wineVersion()) {
 ///         GTEST_SKIP() << "Wine does not count handles";

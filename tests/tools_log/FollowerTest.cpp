@@ -338,7 +338,7 @@ public:
                 m_files.append(line());
             }
             break;
-        case 2:  // a line in two parts; until it is complete, its writer excludes all others
+        case 2:  // a line in two parts; until it is complete, its writer excludes all other writers
             if (m_rest.empty()) {
                 m_rest = line();
                 const std::size_t half = m_random() % m_rest.size();

@@ -62,7 +62,7 @@ TEST(LineSplitterTest, LongLinesAreDeliveredInPieces) {
     constexpr std::size_t kMax = LineSplitter::kMaxPieceBytes;
     struct Case {
         std::size_t size;
-        std::vector<std::size_t> pieces;  ///< the last one ends the line
+        std::vector<std::size_t> pieces;  ///< the last piece ends the line
     };
     const Case cases[] = {{kMax - 1, {kMax - 1}},
                           {kMax, {kMax}},

@@ -49,8 +49,8 @@ TEST(TimeZoneTest, FixedOffset) {
 }
 
 TEST(TimeZoneTest, ZoneOfThisComputer) {
-    // The two clocks are read one after the other, so the difference is rounded: the offsets of zones are multiples of
-    // a quarter of an hour.
+    // The two clocks are read one after the other, so the difference is rounded to a quarter of an hour. The offsets of
+    // zones are multiples of this time.
     const LocalMs before = vorellog::localNow();
     const LocalMs local = TimeZone().localTime(vorellog::utcNow());
     const LocalMs after = vorellog::localNow();

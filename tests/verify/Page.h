@@ -1,5 +1,5 @@
 /// \file
-/// The summary page: one HTML file without links to others.
+/// The summary page, which is one HTML file without links to other files.
 #pragma once
 
 #include <string>
@@ -10,7 +10,7 @@
 namespace verify {
 
 /// Returns the page in UTF-8. It is also well-formed XML. `conclusion` and `facts` are not escaped yet; `facts` has a
-/// line for each.
+/// line for each fact.
 std::string summaryPage(const std::string& conclusion, const std::string& facts,
                         const std::vector<TestResult>& results);
 

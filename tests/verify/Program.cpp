@@ -17,7 +17,7 @@ namespace {
 
 using test::Handle;
 
-/// A child inherits all inheritable handles of this process, so there may be only those of one child at a time.
+/// A child inherits all inheritable handles of this process, so only the handles for one child may exist at a time.
 std::mutex inheritedHandles;
 
 Handle inheritableFile(const wchar_t* path, DWORD access, DWORD disposition) {

@@ -1,5 +1,5 @@
 /// \file
-/// Runs a program with a time limit, and keeps what it prints.
+/// Runs a program with a time limit, and keeps its output.
 #pragma once
 
 #include <filesystem>
@@ -9,7 +9,8 @@ namespace verify {
 
 struct ProgramResult {
     unsigned long exitCode = 0;
-    bool inTime = true;  ///< false if it exceeded the limit and was terminated with all processes that it had started
+    bool inTime =
+        true;  ///< false if the program exceeded the limit and was terminated with all processes that it had started
     std::string output;  ///< both streams
 };
 

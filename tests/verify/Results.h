@@ -1,5 +1,5 @@
 /// \file
-/// What a test program reported: the outcome of each of its cases.
+/// The results of a test program, which are the outcomes of its cases.
 #pragma once
 
 #include <string>
@@ -14,7 +14,7 @@ enum class Outcome { Passed, Failed, Skipped };
 struct CaseResult {
     std::string name;  ///< "Array.GrowsByHalf"
     Outcome outcome;
-    std::string message;  ///< of the failures, or why the case was skipped
+    std::string message;  ///< of the failures, or the reason why the case was skipped
 };
 
 /// The result of a test.
@@ -23,7 +23,7 @@ struct TestResult {
     std::string suite;
     double seconds = 0;
     std::vector<CaseResult> cases;
-    std::string output;  ///< the end of what a failed program printed; escaped
+    std::string output;  ///< the end of the output of a failed program; escaped
 
     [[nodiscard]] bool hasFailure() const;
 };

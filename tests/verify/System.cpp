@@ -30,7 +30,7 @@ bool isAdministrator() {
     return CheckTokenMembership(nullptr, administrators.data(), &member) && member;
 }
 
-/// Whether the user is an administrator, but the process was not started as one.
+/// Whether the user is an administrator, but the process was not started as an administrator.
 bool couldBeElevated() {
     HANDLE token = nullptr;
     if (!OpenProcessToken(GetCurrentProcess(), TOKEN_QUERY, &token)) {
@@ -77,7 +77,7 @@ UserKind userKind() {
 }
 
 std::string machineFacts() {
-    // The processor of the machine, even if it emulates this one.
+    // The processor of the machine, even if the machine emulates the processor of this program.
     USHORT process = 0;
     USHORT native = 0;
     const char* processor = "x86-64";

@@ -1,5 +1,5 @@
 /// \file
-/// The stack guard. This file is compiled with -fstack-protector-strong, like the library in optimised builds.
+/// The stack guard. This file is compiled with -fstack-protector-strong, as the library is in optimised builds.
 
 #include <cstddef>
 #include <cstdint>
