@@ -1,4 +1,4 @@
-# Runs during an installation. Installs what a tool writes about itself: its manual page and its completion scripts. A
+# Runs during an installation. Installs the manual page and the completion scripts that a tool writes. A
 # tool that cannot be run on this machine is installed without them.
 #
 #   COMMAND: the tool, after its emulator; TOOL: its name; MANUALS, DATA: folders below the prefix

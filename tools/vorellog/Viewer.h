@@ -1,5 +1,6 @@
 /// \file
-/// Converts the bytes of a log to output: splits them into lines, records and trails, and filters and prints these.
+/// Converts the bytes of a log to output. Splits the bytes into lines, records and trails, and filters and prints the
+/// records and trails.
 #pragma once
 
 #include <cstddef>
@@ -35,9 +36,9 @@ public:
     void endOfFile() override;
     void gap() override { ++m_gaps; }
 
-    /// Shows what has been read. `nowMs` is the time of a monotonic clock. A record that may still get further lines is
-    /// shown by the first call without new bytes. An open trail is shown when there were no new bytes for longer than
-    /// TrailAssembler::kTrailGapMs.
+    /// Shows the records that have been read. `nowMs` is the time of a monotonic clock. A record that may still get
+    /// further lines is shown by the first call without new bytes. An open trail is shown when there were no new bytes
+    /// for longer than TrailAssembler::kTrailGapMs.
     void showPending(LocalMs nowMs);
 
     /// The time of the last showPending() call with new bytes, or of the first call.
@@ -46,7 +47,7 @@ public:
     /// Shows the remaining entries or the summary.
     void finish();
 
-    /// The report, with Settings::report.
+    /// The report; null if Settings::report is empty.
     [[nodiscard]] const Report* report() const noexcept { return m_report.get(); }
 
     /// Whether the last line is incomplete.

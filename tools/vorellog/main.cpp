@@ -52,7 +52,8 @@ bool isStopped(DWORD milliseconds) {
     return WaitForSingleObject(stopEvent(), milliseconds) == WAIT_OBJECT_0;
 }
 
-/// The first Ctrl+C stops reading, so that the viewer shows what it has read. The second one terminates the process.
+/// The first Ctrl+C stops reading, so that the viewer shows the entries that it has read. The second Ctrl+C terminates
+/// the process.
 BOOL WINAPI onControl(DWORD control) {
     if ((control != CTRL_C_EVENT && control != CTRL_BREAK_EVENT) || isStopped(0)) {
         return FALSE;
