@@ -16,7 +16,7 @@ enum class Kind { Error, Warning, Debug };
 
 struct Record {
     std::string time;      ///< as written in the log, with milliseconds
-    long long timeMs = 0;  ///< the same in milliseconds, for differences
+    long long timeMs = 0;  ///< the same time in milliseconds, for differences
     unsigned long processId = 0;
     unsigned long threadId = 0;
     Kind kind = Kind::Error;

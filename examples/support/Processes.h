@@ -19,15 +19,15 @@ struct CloseHandleOf {
 };
 using Handle = std::unique_ptr<void, CloseHandleOf>;
 
-/// Lets all workers start at the same time. The parent creates it; each worker opens it by its name.
+/// Lets all workers start at the same time. The parent creates the start line, and each worker opens it by its name.
 class StartLine {
 public:
     explicit StartLine(const std::string& name);
 
-    /// Worker: reports that it is ready and waits for the start. False after 120 seconds.
+    /// For a worker. Reports that the worker is ready, and waits for the start. False after 120 seconds.
     [[nodiscard]] bool lineUp() const;
 
-    /// Parent: waits until `workers` workers are ready and starts them. False after 120 seconds per worker.
+    /// For the parent. Waits until `workers` workers are ready, and starts them. False after 120 seconds per worker.
     [[nodiscard]] bool start(unsigned int workers) const;
 
 private:
