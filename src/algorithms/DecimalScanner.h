@@ -113,9 +113,9 @@ constexpr double withSign(double value, bool negative) noexcept {
     return std::bit_cast<double>(std::bit_cast<std::uint64_t>(value) ^ static_cast<std::uint64_t>(negative) << 63);
 }
 
-/// Significant digits, scaled by the signed 32-bit exponent of the last digit. Signs are unpredictable, so there is no
-/// branch on the sign of the exponent: the value is multiplied by one power of ten and divided by another, and one of
-/// the two powers is 1.
+/// Significant digits, scaled by the signed 32-bit exponent of the last digit. Signs are unpredictable, so the code
+/// does not branch on the sign of the exponent. The value is multiplied by one power of ten and divided by another, and
+/// one of the two powers is 1.
 inline double scaled(std::uint64_t used, std::uint32_t exponent, bool negative) noexcept {
     const bool isBelowOne = exponent >> 31 != 0;
     const std::uint32_t magnitude = negatedIf(isBelowOne, exponent);

@@ -43,7 +43,7 @@ wchar_t* formatWithFallback(wchar_t* buffer, std::size_t size, wchar_t*& heapOut
 /// The text that replaces a message that cannot be rendered.
 inline constexpr wchar_t kUnformattable[] = L"(unable to format message)";
 
-/// A rendered message: up to `Units` units on the stack, longer messages on the heap.
+/// A rendered message. It is on the stack if it has fewer than `Units` units, otherwise on the heap.
 template <class T, std::size_t Units = 8000>
 class MessageText {
 public:

@@ -1,6 +1,6 @@
 /// \file
-/// The open error log: a descriptor, a lock on the whole file, and a stream over the descriptor. They are released in
-/// reverse order.
+/// The open error log: a descriptor, a lock on the whole file, and a stream over the descriptor. `close` first releases
+/// the lock, then closes the stream and the descriptor.
 #pragma once
 
 #include <cstddef>
@@ -26,7 +26,7 @@ class LogFile {
 public:
     enum class Mode { Append, Inspect };
 
-    /// Opens the file for writing, and creates it if it is missing. Other processes may read and write the file.
+    /// Opens the file for writing, and creates it if it does not exist. Other processes may read and write the file.
     LogFile(const char* path, Mode mode) noexcept;
     ~LogFile() { close(); }
 

@@ -22,7 +22,8 @@ struct LogPath {
     /// caller holds the log-settings lock.
     static void write(const char* path) noexcept;
 
-    /// Copies a consistent path; empty if no path was ever set. Does not lock.
+    /// Copies the path; empty if no path is set. The copy is consistent unless a writer was killed during a change.
+    /// Does not lock.
     static void read(char (&path)[kLogPathBytes]) noexcept;
 
     /// As `read`, but an empty path becomes the default path.

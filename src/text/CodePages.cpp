@@ -58,7 +58,8 @@ void fillCodeMap(CodePageState& state) {
     });
 }
 
-/// The code page of a name, or 0. While the library state does not exist (during load and unload), searches the table.
+/// The code page of a name; 0 if the name is unknown. While the library state does not exist (during load and unload),
+/// searches the table instead of the map.
 unsigned int codePageOf(const char* name) {
     CodePageState* const state = detail::codePageState.get();
     if (!state) {

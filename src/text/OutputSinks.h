@@ -1,8 +1,8 @@
 /// \file
 /// Output of a conversion to a string or array. If the maximum length is known, `reserveUnits` returns a buffer for the
 /// whole text, and `setEnd` sets the length afterwards. Otherwise `fill` writes to a sink: directly into its unused
-/// capacity, or into a local block if the capacity is too small; the block is then appended. If more text follows, the
-/// rest is counted and the sink grows once, only as far as the text requires. A reused result is written without a
+/// capacity, or into a local block if the capacity is too small; the block is then appended. If more text follows, its
+/// length is counted, and the sink grows once, only as far as the text requires. A reused result is written without a
 /// copy.
 #pragma once
 
