@@ -104,8 +104,8 @@ inline constexpr std::size_t kBase64Overhang = 8;  // zeros written past the las
 
 /// With AVX2: decodes at most `blocks` blocks of 32 characters. Stops at the first character without a value, and at a
 /// block that may extend into a page after the end of the text. Returns the number of decoded groups of four
-/// characters. After their bytes, only zeros are written, up to eight bytes past the output of `blocks` blocks. The
-/// text ends with a zero and may be shorter than a block.
+/// characters. After the bytes of these groups, only zeros are written, up to eight bytes past the output of `blocks`
+/// blocks. The text ends with a zero and may be shorter than a block.
 std::size_t decodeBase64Avx2(const char* text, std::size_t blocks, unsigned char* out) noexcept;
 std::size_t decodeBase64Avx2(const WideUnit* text, std::size_t blocks, unsigned char* out) noexcept;
 

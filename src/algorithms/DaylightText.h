@@ -28,7 +28,7 @@ T* encodeDaylight(const unsigned char* bytes, std::size_t count, T* out) noexcep
     return out + 1;
 }
 
-/// The value of a character, 0 if it has none.
+/// The value of a character; 0 for a character without a value.
 template <class T>
 unsigned int daylightValueOf(T unit) noexcept {
     const std::size_t index = static_cast<std::make_unsigned_t<T>>(unit);
@@ -38,8 +38,8 @@ unsigned int daylightValueOf(T unit) noexcept {
 }
 
 /// Tables that look up the values of many characters at once. The upper four bits of a character select a row, the
-/// lower four a column. In all rows but one, the values increase with the characters. See Wojciech Muła, "SIMDized
-/// check which bytes are in a set".
+/// lower four a column. In all rows except `kIrregularRow`, the values increase with the characters. See Wojciech Muła,
+/// "SIMDized check which bytes are in a set".
 struct SextetRows {
     static constexpr unsigned int kIrregularRow = 2;  // ! to /
 

@@ -42,8 +42,8 @@ struct BinaryParts {
     int exponent;
 };
 
-/// Compares `value` times ten to the `power` with `digits` plus one half: below 0, 0 (a tie), or above 0. Exact, for
-/// the rare cases that 128 bits cannot decide.
+/// Compares the product of `value` and ten to the `power` with `digits` plus one half. Returns below 0, 0 (a tie), or
+/// above 0. The comparison is exact, for the rare cases that 128 bits cannot decide.
 VOREL_NOINLINE constexpr int compareWithHalf(const BinaryParts& value, int power, std::uint64_t digits) noexcept {
     BigInteger left(value.significand);
     BigInteger right(2 * digits + 1);
@@ -82,7 +82,7 @@ constexpr int estimateExponent(int log2, std::uint64_t normalized) noexcept {
 ///
 /// The value is multiplied by a power of ten, so that the product has fifteen digits before the point. Its upper 128
 /// bits are computed; they are too small by less than one unit of their lowest bit. The fraction decides the rounding
-/// unless it is within one unit of one half. In that case the exact comparison decides.
+/// unless it is one half, or less than one half by one unit. In these two cases the exact comparison decides.
 VOREL_ALWAYS_INLINE constexpr DecimalDigits decimalDigits(double value, Tie tie) noexcept {
     const BinaryParts parts(value);
     const int leadingZeros = std::countl_zero(parts.significand);

@@ -134,8 +134,9 @@ struct ShortMantissa {
     std::uint64_t fraction = 0;
 };
 
-/// Parses a mantissa with less than one block of digits before the point and at most one block after it. Returns
-/// whether it has that form. The blocks around `cursor` must lie in one page (see `areDigitBlocksInPage`).
+/// Parses a mantissa with less than one block of digits before the point and at most one block after it. Returns false
+/// if the mantissa has another form, more than `kMantissaDigits` digits, or no digits. The blocks around `cursor` must
+/// lie in one page (see `areDigitBlocksInPage`).
 template <class T>
 VOREL_ALWAYS_INLINE bool parseShortMantissa(const T*& cursor, ShortMantissa& mantissa) noexcept {
     std::uint64_t mask = digitMask(cursor);

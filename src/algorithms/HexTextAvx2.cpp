@@ -49,8 +49,9 @@ public:
     explicit Digits(HexCase letters) noexcept : Digits(kHexTables[letters == HexCase::Upper ? 0 : 1]) {}
 
     void write(const unsigned char* bytes, T* out) const noexcept {
-        // Each byte is in the lower half of 16 bits. The multiplication copies its lower four bits to the upper half.
-        // The shift then leaves its upper four bits in the first byte and its lower four bits in the second.
+        // Each byte of the input is in the lower half of 16 bits. The multiplication copies the lower four bits of the
+        // byte to the top of the 16 bits. After the shift, the first byte has the upper four bits, and the second byte
+        // has the lower four bits.
         const __m256i words = _mm256_shuffle_epi8(loadTwice(bytes), spreadBytes());
         const __m256i values = _mm256_srli_epi16(_mm256_mullo_epi16(words, m_multipliers), 4);
         storeDigits(_mm256_shuffle_epi8(m_digits, values), out);

@@ -40,13 +40,13 @@ inline __m128i sixteenDigits(std::uint64_t number) noexcept {
     return _mm_add_epi8(_mm_or_si128(tens, _mm_slli_epi16(ones, 8)), _mm_set1_epi8('0'));
 }
 
-/// One bit for each of sixteen characters, lowest first: whether it is not '0'.
+/// A mask of the characters that are not '0', among sixteen. The lowest bit belongs to the first character.
 inline std::uint32_t nonZeroMask(__m128i digits) noexcept {
     const int zeros = _mm_movemask_epi8(_mm_cmpeq_epi8(digits, _mm_set1_epi8('0')));
     return static_cast<std::uint32_t>(zeros) ^ 0xFFFF;
 }
 
-/// The number of decimal digits; 0 has one.
+/// The number of decimal digits; 0 has one digit.
 constexpr std::uint64_t countDigits(std::uint64_t number) noexcept {
     number |= 1;  // never changes the number of digits, because 10, 100 … are even
     const auto highestBit = static_cast<std::uint64_t>(63 ^ std::countl_zero(number));
@@ -291,7 +291,7 @@ void copyTruncatedText(const T* text, std::size_t length, T* buffer, unsigned lo
     buffer[size - 1] = 0;
 }
 
-/// A number in a buffer that may be too small for its text. Returns the buffer.
+/// Writes a number to a buffer that may be too small for the number's text. Returns the buffer.
 template <class T>
 VOREL_NOINLINE T* writeTruncatedInteger(std::uint64_t magnitude, bool negative, T* buffer,
                                         unsigned long long size) noexcept {

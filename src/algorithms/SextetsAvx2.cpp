@@ -99,8 +99,8 @@ VOREL_NOINLINE void encodeBlock(const unsigned char* bytes, T* out) noexcept {
 
 constexpr std::size_t kAround = 4;  // bytes that `encodeFours` reads before and after its blocks
 
-/// Encodes four blocks at once while at least `kAround` of the `count` bytes follow them. Returns the number of bytes
-/// encoded.
+/// Encodes four blocks at once while at least `kAround` of the `count` bytes follow the four blocks. Returns the number
+/// of bytes encoded.
 template <SextetOrder Order, class T>
 VOREL_NOINLINE std::size_t encodeFours(const unsigned char* bytes, std::size_t count, T* out) noexcept {
     const Encoder<Order> encoder;

@@ -58,7 +58,7 @@ std::size_t count(const T* text) noexcept {
                        static_cast<std::size_t>(std::countr_zero(zeros)) / sizeof(T);
             }
         }
-        // Unit by unit up to the next page, because the text may end before it.
+        // Unit by unit up to the next page, because the text may end before that page.
         for (; !isInPage(cursor, kBlock); ++cursor) {
             if (*cursor == 0) {
                 return static_cast<std::size_t>(cursor - text);

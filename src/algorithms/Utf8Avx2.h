@@ -131,8 +131,8 @@ static inline unsigned int bytesFrom(unsigned char first, __m256i block) noexcep
 
 /// Whether the text certainly continues in the next page: it has no zero and no ill-formed part before that page. The
 /// page of `bytes` has fewer than 32 bytes left. `left` is the number of bytes left in the text. `expected` has a bit
-/// for each of the next bytes that must be a trailing byte. In any other case, the last readable byte may be before the
-/// next page.
+/// for each of the next bytes that must be a trailing byte. In any other case, returns false, because the next page may
+/// not be readable.
 [[maybe_unused]] VOREL_NOINLINE static bool continuesInNextPage(const unsigned char* bytes, std::size_t left,
                                                                 unsigned int expected) noexcept {
     const auto rest = static_cast<unsigned int>(kPageBytes - offsetInPage(bytes));

@@ -121,7 +121,7 @@ VOREL_ALWAYS_INLINE __m256i everyUnit(std::uint32_t value) noexcept {
     return _mm256_set1_epi16(static_cast<short>(value));
 }
 
-/// The kinds of sixteen bytes, one bit each.
+/// The kinds of sixteen bytes, as masks with one bit for each byte.
 struct Bytes {
     VOREL_ALWAYS_INLINE Bytes(__m128i block, const Constants& k) noexcept
         : zeros(maskOf(_mm_cmpeq_epi8(block, _mm_setzero_si128()))) {
