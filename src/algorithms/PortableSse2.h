@@ -252,7 +252,8 @@ static inline __m128i _mm_mulhi_epu16(__m128i left, __m128i right) noexcept {
     return eachPair<std::uint16_t>(left, right, [](unsigned int a, unsigned int b) { return a * b >> 16; });
 }
 
-/// The sums of adjacent signed products. Only the largest possible sum exceeds a lane; it becomes the smallest value.
+/// The sums of adjacent signed products. Only the largest possible sum exceeds a lane; that sum becomes the smallest
+/// value.
 static inline __m128i _mm_madd_epi16(__m128i left, __m128i right) noexcept {
     const Lanes<std::int16_t> first(left);
     const Lanes<std::int16_t> second(right);

@@ -83,7 +83,8 @@ struct SextetAlphabet {
     SextetOrder order;
 };
 
-/// The range of a value, a number from 0 to 13. All values of a range have the same distance to their characters.
+/// The number of the range that a value belongs to, from 0 to 13. All values of a range have the same distance to their
+/// characters.
 constexpr unsigned int sextetRange(SextetOrder order, unsigned int value) noexcept {
     const unsigned int position = order == SextetOrder::Base64 ? value : 63 - value;
     return (position > 51 ? position - 51 : 0) + (position > 25 ? 1 : 0);

@@ -1,8 +1,8 @@
 /// \file
 /// Loads and stores vectors of characters of either width. SSE2 is part of every 64-bit x86 processor; the functions
-/// for AVX2 exist only in sources compiled for it.
+/// for AVX2 exist only in sources compiled for AVX2.
 ///
-/// All functions are static. Otherwise the rest of the program could call a copy that was compiled for AVX2.
+/// All functions are static, because otherwise the rest of the program could call a copy that was compiled for AVX2.
 #pragma once
 
 #include <cstddef>

@@ -93,9 +93,9 @@ private:
     UnitSet<T> m_delimiters;
 };
 
-/// Overwrites every `delimiter` with a terminator and passes the start of each token to `take`. A zero `delimiter`
-/// means none. Passes at most `limit` tokens but at least one; all tokens if `limit` is below 0. Returns the number of
-/// tokens.
+/// Overwrites every `delimiter` with a terminator and passes the start of each token to `take`. A `delimiter` of zero
+/// never matches. Passes at most `limit` tokens but at least one; all tokens if `limit` is below 0. Returns the number
+/// of tokens.
 template <class T, class Take>
 unsigned int tokenizeInPlace(T* text, T delimiter, int limit, Take&& take) {
     take(text);

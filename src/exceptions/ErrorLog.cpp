@@ -130,7 +130,7 @@ void moveIfLarger(const char* path, long long limit) noexcept {
         return;
     }
     LogFile file(path, LogFile::Mode::Inspect);
-    // If the file is locked, another process is writing to it, and the check is left to the next line.
+    // If another writer has locked the file, the check is left to the next line.
     if (file.isOpen() && file.tryLock() && file.isLargerThan(limit)) {
         moveToBackup(file, path);
     }

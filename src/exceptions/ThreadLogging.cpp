@@ -41,8 +41,8 @@ void setSilenced(detail::LogState& state, unsigned long thread, bool silenced) n
     }
 }
 
-/// The system calls this with the id of a silenced thread when the thread ends. It also calls this when a fiber of the
-/// thread is deleted, which is ignored. So a thread that ends as a fiber stays in the table.
+/// The system calls this function with the id of a silenced thread when the thread ends. It also calls the function
+/// when a fiber of the thread is deleted; that call is ignored. So a thread that ends as a fiber stays in the table.
 void CALLBACK endThread(void* id) {
     const auto thread = static_cast<unsigned long>(reinterpret_cast<std::uintptr_t>(id));
     detail::LogState* const state = detail::logState.get();

@@ -15,7 +15,7 @@ public:
     SystemMessage(const SystemMessage&) = delete;
     SystemMessage& operator=(const SystemMessage&) = delete;
 
-    /// The system's text with its final line break; null if there is none.
+    /// The system's text with its final line break; null if the system has no text for the code.
     [[nodiscard]] const wchar_t* text() const noexcept { return m_text; }
 
     /// The text without white space at either end.

@@ -12,8 +12,8 @@ namespace {
 
 using detail::KernelHandle;
 
-/// Opens the token that the thread impersonates, so that it can be restored; empty if there is none. False if the token
-/// cannot be opened.
+/// Opens the token that the thread impersonates, so that the token can be restored. `impersonated` stays empty if the
+/// thread has no token. Returns false if the token cannot be opened.
 bool openImpersonationToken(KernelHandle& impersonated) noexcept {
     // Either this process or the client itself may lack access to the client's token.
     for (const BOOL asProcess : {TRUE, FALSE}) {

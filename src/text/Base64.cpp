@@ -30,7 +30,7 @@ namespace {
 
 using algorithms::Base64End;
 
-/// Allocates the storage of an array that has none. Zeros are written only to the slots that remain unused.
+/// Allocates storage for an array without storage. Zeros are written only to the slots that remain unused.
 class NewStorage {
 public:
     NewStorage(Array<unsigned char>& bytes, std::size_t slots) : m_bytes(bytes) {

@@ -58,7 +58,7 @@ bool rejectByte(const unsigned char* offending, bool throwOnError) {
     return false;
 }
 
-/// Runs a conversion of narrow text. If it throws a library exception, adds a message with the text.
+/// Runs a conversion of narrow text. If the conversion throws a library exception, adds a message with the text.
 template <class Conversion>
 auto withInput(const char* fmt, const char* input, Conversion&& conversion) {
     try {
@@ -69,7 +69,7 @@ auto withInput(const char* fmt, const char* input, Conversion&& conversion) {
     }
 }
 
-/// Sets the length of a short text converted in place. False if it was not converted.
+/// Sets the length of a short text converted in place. Returns false if the text was not converted.
 template <class T>
 bool adoptLength(BaseString<T>& output, std::size_t units) noexcept {
     if (units == algorithms::kNotShort) {

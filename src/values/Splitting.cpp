@@ -91,8 +91,8 @@ void splitQuoted(const T* text, const T* delimiters, Array<BaseString<T>>& items
     }
 }
 
-/// The number of slots to reserve for tokens: `maxTokens`, and 0 if it is below 0. If `maxTokens` is above 1,024, the
-/// number is at most the number of tokens that the text can have.
+/// The number of slots to reserve for tokens: `maxTokens`, but at least 0. If `maxTokens` is above 1,024, the number is
+/// at most the number of tokens that the text can have.
 template <class T>
 unsigned int slotsFor(const T* text, int maxTokens) noexcept {
     constexpr int kReservedAtOnce = 1024;
