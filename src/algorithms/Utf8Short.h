@@ -26,9 +26,9 @@ inline constexpr std::size_t kShortText = 48;
 /// The result for a text that is left to the conversion for long texts.
 inline constexpr std::size_t kNotShort = kShortText + 1;
 
-/// If `length` is below 0, the number of elements before the zero. Otherwise `length`; a zero may end the text earlier.
-/// `kNotShort` if this number is above `kShortText`. Also `kNotShort` if the zero must be found and the first
-/// `kShortText` elements are not in one page.
+/// If `length` is below 0, the number of elements before the zero; `kNotShort` if the first `kShortText` elements
+/// contain no zero or are not in one page. Otherwise `length`, or `kNotShort` if `length` is above `kShortText`; a zero
+/// may end the text earlier.
 template <class Element>
 std::size_t shortTextLength(const Element* text, int length) noexcept {
     constexpr std::size_t kPerVector = sizeof(__m128i) / sizeof(Element);

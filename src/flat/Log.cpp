@@ -30,8 +30,7 @@ namespace {
 struct Channel : Exception {
     static long long limit() noexcept { return CurrentLogSize; }
 
-    /// Writes a line like a diagnostic channel. The channels themselves would render a format and truncate long
-    /// messages. `prefix` is UTF-8.
+    /// Writes a line like a diagnostic channel, but without rendering a format. `prefix` is UTF-8.
     static void write(const char* prefix, const wchar_t* message) noexcept {
         MirrorErrorMessage(nullptr, CurrentLogSize, prefix, message, true);
     }
