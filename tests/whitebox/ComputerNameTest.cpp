@@ -6,6 +6,7 @@
 
 #include <cstring>
 #include <string>
+#include <utility>
 
 #include <gtest/gtest.h>
 
@@ -69,6 +70,10 @@ TEST(ComputerName, IsInLowerCaseAndEmptyIfItDoesNotFit) {
 }
 
 TEST(ComputerName, IsCachedOnceItIsNotEmpty) {
+    static bool isCached = false;
+    if (std::exchange(isCached, true)) {
+        GTEST_SKIP() << "the name stays cached when the tests are repeated";
+    }
     const test::ImportPatch patch(importedGetComputerNameExA, &giveFakeName);
     for (const char* const name : {"", "LONGERTHAN15BYTES", ""}) {
         fakeSystem() = {name, 0};
