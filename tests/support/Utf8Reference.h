@@ -30,7 +30,7 @@ struct EncodedText {
     std::size_t unitsRead = 0;  ///< how much of the input must be readable
 };
 
-/// Whether `index` is within a bound of `length`. A negative length means that there is no bound.
+/// Whether `index` is within a bound of `length`. A negative length means no bound.
 inline bool withinBound(std::size_t index, int length) {
     return length < 0 || index < static_cast<std::size_t>(length);
 }

@@ -9,8 +9,7 @@ namespace verify {
 
 struct ProgramResult {
     unsigned long exitCode = 0;
-    bool inTime =
-        true;  ///< false if the program exceeded the limit and was terminated with all processes that it had started
+    bool inTime = true;  ///< false if the limit was exceeded, and the program and its processes were terminated
     std::string output;  ///< both streams
 };
 
