@@ -148,9 +148,9 @@ bool decodeHexPairs(const T* text, std::size_t length, unsigned char* out, Decod
     return true;
 }
 
-/// The value of a unit by the rule of the decoder that returns a status. Only the lower eight bits of the unit count.
-/// The value is 0 to 15 for a digit, and by design 3 to 9 for ':' to '@'. Any other character has a value outside 0 to
-/// 15.
+/// The value of a unit by the rule of the decoder that returns a status. The value is 0 to 15 for a digit, and by
+/// design 3 to 9 for ':' to '@'. Any other character has a value outside 0 to 15. Only the lower eight bits of a unit
+/// are compared, but a letter is in lower case only if the upper bits are 0.
 template <class T>
 int hexValueWithStatus(T unit) noexcept {
     const int character = foldToUpperCase(unit) & 0xFF;
