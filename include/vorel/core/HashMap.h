@@ -275,7 +275,7 @@ public:
         }
     }
 
-    /// Releases every node, including the spare ones. The buckets are kept.
+    /// Releases every node, including the spare nodes. The buckets are kept.
     /// \throws the first failure of a destructor of a key or value, after every node is released and the map is empty.
     ///         Later failures are recorded in the log as "HashMap::~HashMap: ... suppressed" and swallowed.
     void clear() {

@@ -262,7 +262,7 @@ public:
     static void traceCallStack(std::FILE* stream) noexcept;
 
     /// Switches a debug target on or off; null is ignored. Names are compared exactly. Narrow and wide names are
-    /// separate by design: a target switched on by its narrow name is not active under the wide one. The wide target
+    /// separate by design: a target switched on by its narrow name is not active under the wide name. The wide target
     /// "LogsIncludeMsecs" adds milliseconds to every line of the log. Does not lock: another thread that uses the same
     /// target at the same time sees the state before or after the call.
     /// \throws MemoryException if a new name cannot be allocated; the target stays off.

@@ -44,7 +44,7 @@ enum {
 };
 
 /// The version of this interface in the loaded library. A program can use the library if the upper sixteen bits equal
-/// those of `VOREL_ABI_VERSION`, and the lower sixteen are not smaller.
+/// the upper bits of `VOREL_ABI_VERSION`, and the lower sixteen bits are not smaller than its lower bits.
 VOREL_API uint32_t vorel_abi_version(void);
 
 /// The version of the library in ASCII, for example "0.1.0". It is valid while the library is loaded.

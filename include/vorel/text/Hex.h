@@ -27,7 +27,8 @@ public:
     /// Sets the size of `bytes` to half the number of units in `text`, writes the byte of each pair of digits, and
     /// returns 0. Stops at the first invalid pair, or at the last digit if the number of digits is odd, and then
     /// returns 1. By design, a prefix "0x" is skipped but counts in the size, so one byte at the end is not written.
-    /// Also by design, the characters ':' to '@' count as 3 to 9, and only the lower eight bits of each unit are used.
+    /// Also by design, the characters ':' to '@' count as 3 to 9, and only the lower eight bits of each unit are used
+    /// (but a unit above 0xFF is not a lower-case letter).
     ///
     ///     0x4142  ->  41 42 and one more byte, 0        4G  ->  1        abc  ->  AB, 1
     ///
