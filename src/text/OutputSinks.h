@@ -51,8 +51,14 @@ void setEnd(const T* end, BaseString<T>& string) noexcept {
     detail::StringAccess<T>::setLength(string, static_cast<unsigned int>(end - string.data()));
 }
 
+/// The capacity of a string that grows.
+enum class Growth {
+    ByPieces,  ///< as if the text is appended piece by piece
+    AtOnce,    ///< as if one `reserve` is called for the whole text
+};
+
 /// Overwrites a string from its first unit. One unit is reserved for the terminator.
-template <class T>
+template <class T, Growth Rule>
 class StringSink {
 public:
     using Unit = T;
@@ -70,13 +76,13 @@ public:
         return m_string.capacity() != 0 ? m_string.capacity() - m_length - 1 : 0;
     }
     void advance(std::size_t units) noexcept { m_length += static_cast<unsigned int>(units); }
-    /// Provides capacity for `units` more units. The new capacity is the capacity that appending piece by piece would
-    /// give. So a text that ends directly before a growth step does not reserve the next step.
+    /// Provides capacity for `units` more units. For a text that ends directly before a growth step, appending piece by
+    /// piece does not reserve the next step, but one `reserve` does.
     void grow(std::uint64_t units) {
         constexpr std::uint64_t kGrowthStep = 0x100000;  // the growth step of longer strings
         commitLength();
         const std::uint64_t length = m_length + units;
-        const bool endsAtStep = length > kGrowthStep && (length + 1) % kGrowthStep == 0;
+        const bool endsAtStep = Rule == Growth::ByPieces && length > kGrowthStep && (length + 1) % kGrowthStep == 0;
         growUnits(endsAtStep ? length - 1 : length, m_string);
     }
     void append(const T* block, std::size_t units) {

@@ -111,7 +111,7 @@ VOREL_NOINLINE bool decode(BaseString<wchar_t>& output, const unsigned char* inp
         }
         Reader reader(input, length);
         text::fill<kUnitsPerBlock, 1>(
-            text::StringSink(output),
+            text::StringSink<wchar_t, text::Growth::ByPieces>(output),
             [&](wchar_t* out, std::size_t capacity) { return reader.read<Reader::LastPair::Left>(out, capacity); },
             [&](std::span<wchar_t, kUnitsPerBlock + 1> out) {
                 return reader.read<Reader::LastPair::Written>(out.data(), kUnitsPerBlock);
@@ -203,7 +203,7 @@ void encodeLong(BaseString<char>& output, const wchar_t* input, int length) {
             return;
         }
         text::ClearOnFailure result(output);
-        encode<Surrogates::Paired, kEncodedBlock>(input, length, text::StringSink(output));
+        encode<Surrogates::Paired, kEncodedBlock>(input, length, text::StringSink<char, text::Growth::AtOnce>(output));
         result.done();
     });
 }
