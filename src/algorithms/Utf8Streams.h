@@ -74,8 +74,9 @@ public:
 
     [[nodiscard]] bool atEnd() const noexcept { return m_cursor.atEnd(); }
 
-    /// The number of units that can be read: up to the end, or up to a byte that does not start a sequence.
-    [[nodiscard]] std::size_t unitsLeft() const noexcept {
+    /// The number of units that can be read: up to the end, or up to a byte that does not start a sequence. In the
+    /// second case sets `*invalid`.
+    [[nodiscard]] std::size_t unitsLeft(bool* invalid = nullptr) const noexcept {
         BoundedCursor<unsigned char> cursor = m_cursor;
         std::size_t units = 0;
         while (!cursor.atEnd()) {
@@ -87,6 +88,9 @@ public:
             for (unsigned int left = kScalarCharacters; left != 0 && !cursor.atEnd(); --left) {
                 const Utf8Sequence sequence = nextSequence(cursor);
                 if (sequence.bytes == 0) {
+                    if (invalid) {
+                        *invalid = true;
+                    }
                     return units;
                 }
                 units += sequence.value < kFirstPairedValue ? 1 : 2;

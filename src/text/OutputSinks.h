@@ -8,6 +8,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <type_traits>
 
@@ -155,11 +156,11 @@ private:
 /// Writes pieces until `atEnd()`. `produce(out, capacity)` writes at most `capacity` units to the sink and returns
 /// their number, which is 0 if the next character does not fit. In that case `produceBlock(out)` writes the next units
 /// to a local block, which is appended. It writes at least `Block` units unless the text ends, and at most `Overhang`
-/// units more. `unitsLeft()` counts the units that follow. If another thread changes the text meanwhile, the sink grows
-/// again.
+/// units more. `unitsLeft()` counts the units that follow, or returns no number if the text is invalid. Returns false
+/// for an invalid text, before the sink grows. If another thread changes the text meanwhile, the sink grows again.
 template <unsigned int Block, unsigned int Overhang, class Sink, class Produce, class ProduceBlock, class UnitsLeft,
           class AtEnd>
-void fill(Sink&& sink, Produce&& produce, ProduceBlock&& produceBlock, UnitsLeft&& unitsLeft, AtEnd&& atEnd) {
+bool fill(Sink&& sink, Produce&& produce, ProduceBlock&& produceBlock, UnitsLeft&& unitsLeft, AtEnd&& atEnd) {
     typename std::remove_cvref_t<Sink>::Unit block[Block + Overhang];
     while (!atEnd()) {
         const std::size_t available = sink.available();
@@ -169,11 +170,16 @@ void fill(Sink&& sink, Produce&& produce, ProduceBlock&& produceBlock, UnitsLeft
         } else if (!atEnd()) {
             const std::size_t produced = produceBlock(std::span(block));
             if (!atEnd()) {
-                sink.grow(produced + unitsLeft());
+                const std::optional<std::size_t> left = unitsLeft();
+                if (!left) {
+                    return false;
+                }
+                sink.grow(produced + *left);
             }
             sink.append(block, produced);
         }
     }
+    return true;
 }
 
 }  // namespace vorel::text

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <cstring>
 #include <iterator>
+#include <optional>
 #include <span>
 #include <string>
 #include <utility>
@@ -99,6 +100,47 @@ bool decodeNewShort(BaseString<wchar_t>& output, const unsigned char* input, int
     return true;
 }
 
+/// Decodes a text that has an invalid byte, and appends each block of units when it is full. The units of the last,
+/// incomplete block are dropped. Another thread may have made the text valid meanwhile.
+VOREL_NOINLINE bool decodeInBlocks(BaseString<wchar_t>& output, Reader reader, bool throwOnError) {
+    wchar_t block[kUnitsPerBlock + 1];  // with the second unit of a pair
+    std::size_t units = 0;
+    output.clear();
+    do {
+        units += reader.read<Reader::LastPair::Written>(block + units, kUnitsPerBlock - units);
+        if (units >= kUnitsPerBlock) {
+            output.append(block, kUnitsPerBlock);
+            units -= kUnitsPerBlock;
+            std::copy_n(block + kUnitsPerBlock, units, block);
+        }
+        if (reader.failed()) {
+            return rejectByte(reader.position(), throwOnError);
+        }
+    } while (!reader.atEnd());
+    output.append(block, static_cast<unsigned int>(units));
+    return true;
+}
+
+/// If memory runs out, truncates the output to whole blocks: a block that does not fit as a whole is not appended.
+class WholeBlocksOnFailure {
+public:
+    explicit WholeBlocksOnFailure(BaseString<wchar_t>& output) noexcept : m_output(&output) {}
+    ~WholeBlocksOnFailure() {
+        if (m_output && m_output->capacity() != 0) {
+            detail::StringAccess<wchar_t>::setLength(*m_output, m_output->length() / kUnitsPerBlock * kUnitsPerBlock);
+        }
+    }
+
+    WholeBlocksOnFailure(const WholeBlocksOnFailure&) = delete;
+    WholeBlocksOnFailure& operator=(const WholeBlocksOnFailure&) = delete;
+
+    /// The conversion has succeeded.
+    void done() noexcept { m_output = nullptr; }
+
+private:
+    BaseString<wchar_t>* m_output;
+};
+
 /// Not inlined, so that short texts skip the setup of this function.
 VOREL_NOINLINE bool decode(BaseString<wchar_t>& output, const unsigned char* input, int length, bool throwOnError) {
     return runRethrowing(L"vorel::util::ConvertUTF8toString", [&] {
@@ -110,19 +152,21 @@ VOREL_NOINLINE bool decode(BaseString<wchar_t>& output, const unsigned char* inp
             return true;
         }
         Reader reader(input, length);
-        text::fill<kUnitsPerBlock, 1>(
+        WholeBlocksOnFailure result(output);
+        const bool valid = text::fill<kUnitsPerBlock, 1>(
             text::StringSink<wchar_t, text::Growth::ByPieces>(output),
             [&](wchar_t* out, std::size_t capacity) { return reader.read<Reader::LastPair::Left>(out, capacity); },
             [&](std::span<wchar_t, kUnitsPerBlock + 1> out) {
                 return reader.read<Reader::LastPair::Written>(out.data(), kUnitsPerBlock);
             },
-            [&] { return reader.unitsLeft(); }, [&] { return reader.failed() || reader.atEnd(); });
-        if (reader.failed()) {
-            // The output keeps whole blocks only; the units of the last, incomplete block are dropped.
-            output.reserve(output.length() / kUnitsPerBlock * kUnitsPerBlock, false);
-            return rejectByte(reader.position(), throwOnError);
-        }
-        return true;
+            [&]() -> std::optional<std::size_t> {
+                bool invalid = false;
+                const std::size_t units = reader.unitsLeft(&invalid);
+                return invalid ? std::nullopt : std::optional(units);
+            },
+            [&] { return reader.atEnd(); });
+        result.done();
+        return valid || decodeInBlocks(output, Reader(input, length), throwOnError);
     });
 }
 

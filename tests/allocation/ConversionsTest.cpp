@@ -115,6 +115,41 @@ void invalidUtf8ToString(Attempt& attempt) {
     EXPECT_TRUE(output.empty());
 }
 
+/// The units before the error are not a whole block, so nothing is appended.
+void invalidUtf8WithoutBlocks(Attempt& attempt) {
+    BaseString<wchar_t> output;
+    bool result = true;
+    attempt.perform([&] { result = ConvertUTF8toString(output, "abc\xFFz", -1, false); });
+    attempt.expectCompleted();
+    EXPECT_EQ(attempt.requests(), 0u);
+    EXPECT_FALSE(result);
+    EXPECT_EQ(output.c_str(), nullptr);
+}
+
+/// Two blocks of 450 units are appended one by one. The units after them are not.
+void invalidUtf8WithBlocks(Attempt& attempt) {
+    BaseString<wchar_t> output;
+    const std::string text = std::string(1030, 'x') + "\xFF";
+    attempt.perform([&] { ConvertUTF8toString(output, text.c_str(), -1, false); });
+    const bool failed = attempt.allocationFailed();
+    EXPECT_EQ(attempt.thrown(), failed ? typeid(vorel::MemoryException).name() : "");
+    EXPECT_EQ(output.view(), std::wstring(failed ? output.capacity() == 0 ? 0 : 450 : 900, L'x'));
+    EXPECT_EQ(output.capacity(), failed ? output.empty() ? 0u : 512u : 1024u);
+}
+
+/// A text that does not fit into the string keeps the blocks that do.
+template <unsigned int Reserved, unsigned int Units, unsigned int Kept, unsigned int Needed>
+void utf8ToReservedString(Attempt& attempt) {
+    BaseString<wchar_t> output;
+    output.reserve(Reserved, true);
+    output.clear();
+    const std::string text(Units, 'x');
+    attempt.perform(
+        [&] { ConvertUTF8toString(output, reinterpret_cast<const unsigned char*>(text.c_str()), -1, true); });
+    attempt.expectMemoryException({{Needed, 2}}, {L"vorel::util::ConvertUTF8toString: Vorel exception rethrown"});
+    EXPECT_EQ(output.view(), std::wstring(attempt.completed() ? Units : Kept, L'x'));
+}
+
 void utf8ToBuffer(Attempt& attempt) {
     wchar_t buffer[4] = {};
     attempt.perform(
@@ -270,6 +305,10 @@ const std::vector<Operation>& conversionOperations() {
         {"Utf8ToString", utf8ToString},
         {"Utf8ToString_OfChars", utf8OfCharsToString},
         {"Utf8ToString_OfInvalidText", invalidUtf8ToString},
+        {"Utf8ToString_OfInvalidTextWithoutBlocks", invalidUtf8WithoutBlocks},
+        {"Utf8ToString_OfInvalidTextWithBlocks", invalidUtf8WithBlocks},
+        {"Utf8ToString_WithoutABlockThatFits", utf8ToReservedString<100, 130, 0, 256>},
+        {"Utf8ToString_WithTwoBlocksThatFit", utf8ToReservedString<1000, 2000, 900, 2048>},
         {"Utf8ToBuffer", utf8ToBuffer},
         {"StringToUtf8_Array", stringToUtf8Array},
         {"StringToUtf8_String", stringToUtf8String},

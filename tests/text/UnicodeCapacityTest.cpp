@@ -8,6 +8,7 @@
 
 #include "vorel/core/Array.h"
 #include "vorel/core/BaseString.h"
+#include "vorel/exceptions/Exception.h"
 #include "vorel/text/Unicode.h"
 
 namespace {
@@ -115,7 +116,7 @@ TEST(UnicodeCapacity, KeepsALargerCapacity) {
     EXPECT_EQ(bytes.capacity(), 3 * kMi);
 }
 
-/// Trailing bytes are not checked, and a text ends at a byte that does not start a sequence.
+/// Trailing bytes are not checked. Whole blocks of 450 units are kept before a byte that does not start a sequence.
 TEST(UnicodeCapacity, MalformedTextCountsAsItIsDecoded) {
     struct Case {
         std::string bytes;
@@ -125,9 +126,14 @@ TEST(UnicodeCapacity, MalformedTextCountsAsItIsDecoded) {
     };
     const std::string tail(3000, 'a');
     const Case cases[] = {
-        {std::string(600, 'a') + "\xFF" + tail, 450, 1024, "600 units are decoded, whole blocks are kept"},
-        {std::string(1023, 'a') + "\xFF" + tail, 900, 1024, "1,023 units fit"},
-        {std::string(1024, 'a') + "\xFF" + tail, 900, 2048, "1,024 units do not"},
+        {std::string(449, 'a') + "\xFF" + tail, 0, 0, "no whole block"},
+        {std::string(450, 'a') + "\xFF" + tail, 450, 512, "one block"},
+        {std::string(530, 'a') + "\xFF" + tail, 450, 512, "530 units would not fit"},
+        {std::string(449, 'a') + "\xF0\x9F\x98\x80\xFF" + tail, 450, 512, "a pair that the block divides"},
+        {std::string(1023, 'a') + "\xFF" + tail, 900, 1024, "1,023 units would fit"},
+        {std::string(1024, 'a') + "\xFF" + tail, 900, 1024, "1,024 units would not"},
+        {std::string(1800, 'a') + "\xFF" + tail, 1800, 2048, "four blocks"},
+        {std::string(kMi, 'a') + "\xFF" + tail, kMi - 76, kMi, "2,330 blocks"},
         {std::string(1020, 'a') + "\xC3zzz", 1023, 1024, "the lead byte takes the next one, whatever it is"},
         {std::string(1020, 'a') + "\xC3zzzz", 1024, 2048, "the same with one more"},
         {std::string(1021, 'a') + "\xF0\x80\x81\x81z", 1023, 1024, "an overlong form of four bytes is one unit"},
@@ -146,6 +152,38 @@ TEST(UnicodeCapacity, MalformedTextCountsAsItIsDecoded) {
     BaseString<char> replaced;
     ConvertStringtoUTF8((std::wstring(1020, L'a') + L"\xDC00\xD800").c_str(), replaced, -1);
     EXPECT_EQ(replaced.capacity(), 1024u) << "unpaired surrogates have one byte each";
+}
+
+/// An invalid text does not change the buffer of the string, unless a whole block does not fit.
+TEST(UnicodeCapacity, InvalidTextGrowsForWholeBlocksOnly) {
+    struct Case {
+        unsigned int before;    // units reserved
+        unsigned int units;     // before the invalid byte
+        unsigned int length;    // kept
+        unsigned int capacity;  // afterwards
+    };
+    constexpr Case kCases[] = {{0, 0, 0, 0},         {0, 3, 0, 0},          {15, 3, 0, 16},
+                               {15, 20, 0, 16},      {15, 449, 0, 16},      {15, 450, 450, 512},
+                               {100, 130, 0, 128},   {449, 460, 450, 512},  {511, 530, 450, 512},
+                               {511, 899, 450, 512}, {511, 900, 900, 1024}, {1000, 700, 450, 1024}};
+    for (const Case& c : kCases) {
+        SCOPED_TRACE(testing::Message() << c.units << " units, " << c.before << " reserved");
+        const std::string text = std::string(c.units, 'a') + "\xFFz";
+        for (const bool throwOnError : {false, true}) {
+            BaseString<wchar_t> output;
+            output.reserve(c.before, true);
+            output.clear();
+            try {
+                EXPECT_FALSE(ConvertUTF8toString(output, text.c_str(), -1, throwOnError));
+                EXPECT_FALSE(throwOnError);
+            } catch (const vorel::Exception&) {
+                EXPECT_TRUE(throwOnError);
+            }
+            EXPECT_EQ(output.view(), std::wstring(c.length, L'a'));
+            EXPECT_EQ(output.capacity(), c.capacity);
+            EXPECT_EQ(output.c_str() == nullptr, c.capacity == 0);
+        }
+    }
 }
 
 TEST(UnicodeCapacity, ArraysDouble) {

@@ -33,7 +33,7 @@ VOREL_API int ConvertUCStoUTF8(unsigned int codePoint, char* output, int size) n
 /// holds the complete blocks before the error.
 /// \throws Exception with `throwOnError` true: "Error converting UTF-8 character (%ls)", where `%ls` is "Hex string: "
 ///         and the bytes after the invalid one up to the next zero. The overload for `const char*` adds "Failed to
-///         convert utf8 text to String: %s". MemoryException if the output cannot grow.
+///         convert utf8 text to String: %s". MemoryException if the output cannot grow; it then holds complete blocks.
 VOREL_API bool ConvertUTF8toString(BaseString<wchar_t>& output, const unsigned char* input, int length,
                                    bool throwOnError);
 VOREL_API bool ConvertUTF8toString(BaseString<wchar_t>& output, const char* input, int length, bool throwOnError);
