@@ -54,8 +54,27 @@ std::size_t capacityFor(const T* text) noexcept {
     return algorithms::countUnits(text) / 4 * 3 + algorithms::kBase64StepCapacity;
 }
 
+/// The status of a text that ends like this.
+int statusOf(Base64End end) {
+    if (end == Base64End::NonByteUnit) {
+        throw Exception(L"Unicode character found in Base64 text");
+    }
+    return end == Base64End::Invalid ? 1 : 0;
+}
+
 template <class T>
 int decodeText(const T* text, const int* table, char pad, Array<unsigned char>& bytes) {
+    if (bytes.allocated() < algorithms::kBase64StepCapacity) {
+        // A text that starts with its end or with an invalid group has no bytes, so no storage is allocated for it.
+        const T* cursor = text;
+        unsigned char group[3];
+        std::size_t written = 0;
+        const Base64End end = algorithms::parseBase64Group(cursor, table, pad, group, written);
+        if (written == 0) {
+            bytes.setCount(0);
+            return statusOf(end);
+        }
+    }
     std::optional<NewStorage> storage;
     if (bytes.allocated() == 0) {
         storage.emplace(bytes, capacityFor(text));
@@ -69,11 +88,8 @@ int decodeText(const T* text, const int* table, char pad, Array<unsigned char>& 
         const algorithms::Base64Step step =
             algorithms::decodeBase64Step(text, table, pad, out.writePosition(), out.available());
         out.advance(step.written);
-        switch (step.end) {
-        case Base64End::None: break;
-        case Base64End::Text: return 0;
-        case Base64End::Invalid: return 1;
-        case Base64End::NonByteUnit: throw Exception(L"Unicode character found in Base64 text");
+        if (step.end != Base64End::None) {
+            return statusOf(step.end);
         }
     }
 }

@@ -100,6 +100,21 @@ void base64DecodeShort(Attempt& attempt) {
                [&](Array<unsigned char>& bytes) { util::Base64::Decode(L"QUFBQUFBQUFBQUFBQUFBQUFBQUFBQUFB", bytes); });
 }
 
+/// A text without bytes appends nothing.
+void base64DecodeNothing(Attempt& attempt) {
+    Array<unsigned char> bytes;
+    int statusOfEmpty = 1;
+    int statusOfInvalid = 0;
+    attempt.perform([&] {
+        statusOfEmpty = util::Base64::Decode("", bytes);
+        statusOfInvalid = util::Base64::Decode(L"*", bytes);
+    });
+    attempt.expectCompleted();
+    EXPECT_EQ(attempt.requests(), 0u);
+    EXPECT_EQ(statusOfEmpty, 0);
+    EXPECT_EQ(statusOfInvalid, 1);
+}
+
 void daylightDecode(Attempt& attempt) {
     const BaseString<wchar_t> text((std::wstring(400, L'E') + L"3").c_str());
     decodeOnce(attempt, 300, 320, {}, [&](Array<unsigned char>& bytes) { util::Daylight::Decode(text, bytes); });
@@ -231,6 +246,7 @@ std::vector<Operation> operations() {
                                   {"Base64EncodeRange_Wide", base64EncodeRangeWide},
                                   {"Base64Decode", base64Decode},
                                   {"Base64Decode_Short", base64DecodeShort},
+                                  {"Base64Decode_Nothing", base64DecodeNothing},
                                   {"DaylightEncode", daylightEncode},
                                   {"DaylightDecode", daylightDecode},
                                   {"HexEncode", hexEncode},

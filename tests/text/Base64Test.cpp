@@ -236,7 +236,7 @@ TYPED_TEST(Base64Test, Decode_LeavesZerosAfterTheBytes) {
 }
 
 TYPED_TEST(Base64Test, Decode_ReservesForTheWholeTextWithoutStorage) {
-    for (unsigned int length = 0; length <= 400; ++length) {
+    for (unsigned int length = 4; length <= 400; ++length) {
         std::string text(length, 'A');
         for (std::size_t at = 50; at < text.size(); at += 77) {
             text[at] = '\n';  // white space counts as text
@@ -244,6 +244,26 @@ TYPED_TEST(Base64Test, Decode_ReservesForTheWholeTextWithoutStorage) {
         Array<unsigned char> bytes;
         Base64::Decode(test::text<TypeParam>(text).c_str(), bytes);
         EXPECT_EQ(bytes.allocated(), length / 4 * 3 + 32) << length;
+    }
+}
+
+TYPED_TEST(Base64Test, Decode_AllocatesNothingWithoutBytes) {
+    struct Case {
+        const char* text;
+        int status;
+    };
+    for (const Case& c : {Case{"", 0}, Case{" \r\n\t", 0}, Case{"*", 1}, Case{"Q", 1}, Case{"QQ", 1}, Case{"QQQ", 1},
+                          Case{"QQ*=QUJD", 1}, Case{" *QUJDREVG", 1}}) {
+        SCOPED_TRACE(c.text);
+        Array<unsigned char> bytes;
+        EXPECT_EQ(Base64::Decode(test::text<TypeParam>(c.text).c_str(), bytes), c.status);
+        EXPECT_EQ(bytes.data(), nullptr);
+        EXPECT_EQ(bytes.allocated(), 0u);
+        Array<unsigned char> reused = arrayOf(Bytes(5, 0xEE));
+        const unsigned int allocated = reused.allocated();
+        EXPECT_EQ(Base64::Decode(test::text<TypeParam>(c.text).c_str(), reused), c.status);
+        EXPECT_EQ(reused.size(), 0u);
+        EXPECT_EQ(reused.allocated(), allocated);
     }
 }
 

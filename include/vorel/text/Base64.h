@@ -39,7 +39,7 @@ public:
     /// Replaces `bytes` by the bytes that `text` encodes, and returns 0. Tabs, line feeds, carriage returns and spaces
     /// are skipped. Padding ends the text; units after it are ignored. An incomplete group of four, or a group with any
     /// other character, also ends the text: the result is 1, and the bytes before the group are kept. Null is an empty
-    /// text. `text` may point into `bytes`.
+    /// text. `text` may point into `bytes`. A text without bytes allocates nothing.
     ///
     ///     QQ==  ->  41, 0        QQ  ->  nothing, 1        QQ=A  ->  41, 0
     ///
