@@ -60,8 +60,16 @@ char* writeTruncated(double value, char* buffer, unsigned long long size, Format
     const char* const end = algorithms::writeDouble<Rest::Unspecified>(value, algorithms::DoubleForm::Raw, text);
     const auto length = static_cast<std::size_t>(end - text);
     if (isSmall(value)) {
-        std::copy_n(text, length, buffer);  // never truncated, because callers provide enough space
-        buffer[length] = 0;
+        // Never truncated, because callers provide enough space. A fraction that consists of zeros keeps one zero,
+        // which the normalisation removes unless the option requires it.
+        char* out = buffer;
+        for (const char* next = text; next != end; ++next) {
+            *out++ = *next;
+            if (*next == '.' && next[1] == 'e') {
+                *out++ = '0';
+            }
+        }
+        *out = 0;
     } else {
         algorithms::copyTruncatedText(text, length, buffer, size);
         if (size == 0) {

@@ -171,10 +171,12 @@ TEST(NumberFormatting, DoubleToString_NeverTruncatesBelow0_1) {
         const char* plain;
         const char* json;
     };
-    for (const Small& small :
-         {Small{1e-7, 0, "1.e-07", "1.e-07"}, Small{1e-7, 7, "1.e-07", "1.e-07"}, Small{1e-7, 8, "1.e-007", "1.0e-07"},
-          Small{1e-7, 9, "1.e-007", "1.0e-007"}, Small{-0.0625, 1, "-6.25e-02", "-6.25e-02"},
-          Small{1e-300 / 3, 3, "3.33333333333333e-301", "3.33333333333333e-301"}}) {
+    for (const Small& small : {Small{1e-7, 0, "1.e-07", "1.0e-07"}, Small{1e-7, 7, "1.e-07", "1.0e-07"},
+                               Small{0.01, 5, "1.e-02", "1.0e-02"}, Small{-1e-7, 8, "-1.e-07", "-1.0e-07"},
+                               Small{-1e-7, 9, "-1.e-007", "-1.0e-07"}, Small{-1e-7, 10, "-1.e-007", "-1.0e-007"},
+                               Small{1e-300, 0, "1.e-300", "1.0e-300"}, Small{1e-7, 8, "1.e-007", "1.0e-07"},
+                               Small{1e-7, 9, "1.e-007", "1.0e-007"}, Small{-0.0625, 1, "-6.25e-02", "-6.25e-02"},
+                               Small{1e-300 / 3, 3, "3.33333333333333e-301", "3.33333333333333e-301"}}) {
         for (const FormattingOptions options : {FO_Default, FO_JSON}) {
             test::GuardedBuffer<char> buffer(64);
             EXPECT_STREQ(util::doubleToString(small.value, buffer.data(), small.size, options),
