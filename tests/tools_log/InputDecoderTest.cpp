@@ -83,6 +83,29 @@ TEST(InputDecoderTest, DamagedCompressedData) {
     EXPECT_THROW(decoder.bytes(damaged), tools::Failure);
 }
 
+TEST(InputDecoderTest, StoppingEarlyIsNoFailure) {
+    struct Case {
+        std::string_view bytes;
+        std::string_view text;
+        const char* why;
+    };
+    const Case cases[] = {
+        {kGzip.substr(0, kGzip.size() - 9), "[Mon a\n|", "gzip without its end"},
+        {"[\0M\0o"sv, "[M|", "half a code unit"},
+        {"ab", "|", "the encoding is not known yet"},
+    };
+    for (const Case& c : cases) {
+        Text sink;
+        InputDecoder decoder(sink, L"a.log");
+        decoder.bytes(c.bytes);
+        decoder.stop();
+        EXPECT_EQ(sink.text, c.text) << c.why;
+        decoder.bytes("plain");
+        decoder.endOfFile();
+        EXPECT_EQ(sink.text, std::string(c.text) + "plain|") << c.why;
+    }
+}
+
 TEST(InputDecoderTest, EachFileHasItsEncoding) {
     Text sink;
     InputDecoder decoder(sink, L"a.log");

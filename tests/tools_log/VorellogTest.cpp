@@ -250,6 +250,30 @@ TEST_F(VorellogTest, CompressedLogThatEndsEarly) {
     EXPECT_THAT(shown.error, HasSubstr("the compressed data ends early"));
 }
 
+TEST_F(VorellogTest, RestOfACompressedLogIsNotNeeded) {
+    const std::string lines = header(1) + "WARN: one\r\n" + header(2) + "WARN: two\r\n";
+    // A stored block that is not the last, so more data must follow.
+    std::string bytes("\x1F\x8B\x08\x00\x00\x00\x00\x00\x00\x03\x00", 11);
+    for (const std::size_t size : {lines.size(), ~lines.size()}) {
+        bytes += static_cast<char>(size & 0xFF);
+        bytes += static_cast<char>(size >> 8 & 0xFF);
+    }
+    bytes += lines;
+    write(log.path(), bytes);
+    const Captured shown[] = {view({L"-m", L"1"}), test::capture(L"vorellog", {L"-m", L"1", L"-"}, bytes)};
+    for (const Captured& each : shown) {
+        EXPECT_EQ(each.output, header(1) + "WARN: one\n");
+        EXPECT_EQ(each.error, "");
+        EXPECT_EQ(each.exitCode, 0u);
+    }
+    const Captured whole[] = {view({L"-m", L"3"}), test::capture(L"vorellog", {L"-m", L"3", L"-"}, bytes)};
+    for (const Captured& each : whole) {
+        EXPECT_EQ(linesOf(each.output).size(), 2u);
+        EXPECT_THAT(each.error, HasSubstr("the compressed data ends early"));
+        EXPECT_EQ(each.exitCode, 3u);
+    }
+}
+
 TEST_F(VorellogTest, ShowsTheEndOfALargeLog) {
     std::string bytes;
     std::string last;

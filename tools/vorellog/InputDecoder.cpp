@@ -169,13 +169,19 @@ void InputDecoder::endOfFile() {
     if (!std::exchange(m_rest, {}).empty()) {
         m_sink.bytes("\xEF\xBF\xBD");  // U+FFFD for an incomplete character
     }
+    stop();
+    if (isCut) {
+        throw tools::Failure(m_name + L": the compressed data ends early");
+    }
+}
+
+void InputDecoder::stop() {
+    m_head.clear();
+    m_rest.clear();
     m_isKnown = false;
     m_encoding = Encoding::Plain;
     m_inflater.reset();
     m_sink.endOfFile();
-    if (isCut) {
-        throw tools::Failure(m_name + L": the compressed data ends early");
-    }
 }
 
 }  // namespace vorellog

@@ -33,6 +33,9 @@ public:
     /// \throws tools::Failure if compressed data ends early. The data before its end has been delivered.
     void endOfFile() override;
 
+    /// Ends the file before all of it has been read, because the rest is not needed. What is incomplete is dropped.
+    void stop();
+
     void gap() override { m_sink.gap(); }
 
     /// Declares that the next bytes are not the start of a file, and are plain UTF-8.

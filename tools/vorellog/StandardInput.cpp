@@ -9,7 +9,7 @@
 
 namespace vorellog {
 
-void readStandardInput(LogSink& sink, Viewer& viewer) {
+void readStandardInput(InputDecoder& decoder, Viewer& viewer) {
     constexpr std::size_t kBlockBytes = std::size_t{1} << 18;
     std::vector<char> block(kBlockBytes);
     HANDLE const input = tools::streamHandle(tools::Stream::Input);
@@ -23,12 +23,13 @@ void readStandardInput(LogSink& sink, Viewer& viewer) {
             size = 0;
         }
         if (size == 0) {
-            break;
+            decoder.endOfFile();
+            return;
         }
-        sink.bytes({block.data(), size});
+        decoder.bytes({block.data(), size});
         viewer.showPending(static_cast<LocalMs>(GetTickCount64()));
     }
-    sink.endOfFile();
+    decoder.stop();
 }
 
 }  // namespace vorellog

@@ -103,7 +103,11 @@ void viewLog(const std::wstring& path, const Settings& settings, Viewer& viewer)
     Process process;
     ViewLoop loop(settings, follower, viewer, process);
     loop.run();
-    decoder.endOfFile();
+    if (viewer.hasEnough()) {
+        decoder.stop();
+    } else {
+        decoder.endOfFile();
+    }
     loop.reportGaps();
     if (!follower.hasFound() && !settings.follow) {
         throw tools::Failure(path + L": log not found");
