@@ -27,13 +27,19 @@ TEST(RecordFilterTest, Choices) {
     };
     const Case cases[] = {
         {"no choices", {}, true},
-        {"matching process", {.processes = {4312}}, true},
-        {"another process", {.processes = {431}}, false},
-        {"one of two processes", {.processes = {1, 4312}}, true},
+        {"matching process", {.processes = {{4312}}}, true},
+        {"matching process and host", {.processes = {{4312, "host7"}}}, true},
+        {"host in another case", {.processes = {{4312, "HOST7"}}}, true},
+        {"another host", {.processes = {{4312, "host8"}}}, false},
+        {"start of the host", {.processes = {{4312, "host"}}}, false},
+        {"no host", {.processes = {{4312, ""}}}, false},
+        {"another process of the host", {.processes = {{431, "host7"}}}, false},
+        {"another process", {.processes = {{431}}}, false},
+        {"one of two processes", {.processes = {{1}, {4312}}}, true},
         {"matching thread", {.threads = {9876}}, true},
         {"the process id as a thread id", {.threads = {4312}}, false},
-        {"matching process and thread", {.processes = {4312}, .threads = {9876}}, true},
-        {"matching process, another thread", {.processes = {4312}, .threads = {1}}, false},
+        {"matching process and thread", {.processes = {{4312}}, .threads = {9876}}, true},
+        {"matching process, another thread", {.processes = {{4312}}, .threads = {1}}, false},
         {"matching prefix", {.prefixes = {"WARN"}}, true},
         {"prefix in lower case", {.prefixes = {"warn"}}, true},
         {"start of the prefix", {.prefixes = {"WAR"}}, false},
@@ -69,15 +75,15 @@ TEST(RecordFilterTest, PatternsAreAlternativesToTexts) {
     EXPECT_FALSE(RecordFilter({.patterns = {other}}).matches(record));
     EXPECT_TRUE(RecordFilter({.texts = {"x"}, .patterns = {other, pattern}}).matches(record));
     EXPECT_TRUE(RecordFilter({.texts = {"late"}, .patterns = {other}}).matches(record));
-    EXPECT_FALSE(RecordFilter({.processes = {1}, .patterns = {pattern}}).matches(record));
+    EXPECT_FALSE(RecordFilter({.processes = {{1}}, .patterns = {pattern}}).matches(record));
 }
 
 TEST(RecordFilterTest, InvertAppliesToTextsOnly) {
     const auto record = recordOf(header(1, 2) + "WARN: order 7");
     EXPECT_FALSE(RecordFilter({.texts = {"order"}, .invert = true}).matches(record));
     EXPECT_TRUE(RecordFilter({.texts = {"other"}, .invert = true}).matches(record));
-    EXPECT_FALSE(RecordFilter({.processes = {1}, .texts = {"other"}, .invert = true}).matches(record));
-    EXPECT_TRUE(RecordFilter({.processes = {2}, .texts = {"other"}, .invert = true}).matches(record));
+    EXPECT_FALSE(RecordFilter({.processes = {{1}}, .texts = {"other"}, .invert = true}).matches(record));
+    EXPECT_TRUE(RecordFilter({.processes = {{2}}, .texts = {"other"}, .invert = true}).matches(record));
     EXPECT_FALSE(RecordFilter({.texts = {"other", "order"}, .invert = true}).matches(record));
 }
 
@@ -99,7 +105,7 @@ TEST(RecordFilterTest, TextIsSearchedInAllLines) {
 TEST(RecordFilterTest, RecordsWithoutHeaderMatchOnlyByText) {
     const auto record = recordOf("WARN: garbage");
     for (const FilterChoices& choices :
-         {FilterChoices{.processes = {0}}, FilterChoices{.threads = {0}}, FilterChoices{.prefixes = {"WARN"}},
+         {FilterChoices{.processes = {{0}}}, FilterChoices{.threads = {0}}, FilterChoices{.prefixes = {"WARN"}},
           FilterChoices{.prefixes = {""}}, FilterChoices{.from = 0}, FilterChoices{.to = kTime}}) {
         EXPECT_FALSE(RecordFilter(choices).matches(record));
         EXPECT_TRUE(RecordFilter(choices).needsHeader());

@@ -1,5 +1,6 @@
 #include "vorellog/Settings.h"
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -39,7 +40,6 @@ TEST(SettingsTest, AllOptions) {
                   L"my.log"});
     EXPECT_THAT(s.paths, ElementsAre(L"my.log"));
     EXPECT_TRUE(s.follow && s.fold && s.json && s.filter.ignoreCase && s.filter.damagedOnly);
-    EXPECT_THAT(s.filter.processes, ElementsAre(77ul, 78ul));
     EXPECT_THAT(s.filter.threads, ElementsAre(9ul));
     EXPECT_THAT(s.filter.prefixes, ElementsAre("Vorel Error", "Own"));
     EXPECT_THAT(s.filter.texts, ElementsAre("caf\xC3\xA9"));
@@ -57,11 +57,42 @@ TEST(SettingsTest, AllOptions) {
     EXPECT_EQ(folded.top, 3u);
 }
 
+TEST(SettingsTest, ProcessesOfAnyHostOrOfOne) {
+    struct Case {
+        const wchar_t* value;
+        unsigned long id;
+        std::optional<std::string> host;
+    };
+    const Case cases[] = {
+        {L"77", 77, std::nullopt},    {L"4294967295", 4294967295, std::nullopt},
+        {L"app3.9870", 9870, "app3"}, {L"caf\u00E9.1", 1, "caf\xC3\xA9"},
+        {L".4312", 4312, ""},
+    };
+    for (const Case& c : cases) {
+        const auto processes = settings({L"-p", L"5", L"--process", c.value}).filter.processes;
+        ASSERT_EQ(processes.size(), 2u);
+        EXPECT_EQ(processes[1].id, c.id);
+        EXPECT_EQ(processes[1].host, c.host);
+    }
+}
+
+TEST(SettingsTest, ErrorStandsForThePrefixOfExceptions) {
+    for (const wchar_t* const value : {L"error", L"Error", L"ERROR", L"eRRor: "}) {
+        EXPECT_THAT(settings({L"-P", value}).filter.prefixes, ElementsAre("Vorel Error"));
+    }
+    EXPECT_THAT(settings({L"-P", L"errors", L"-P", L"vorel error"}).filter.prefixes,
+                ElementsAre("errors", "vorel error"));
+}
+
 TEST(SettingsTest, InvalidCommandLines) {
     const Given cases[] = {{L"-p", L"x"},
                            {L"-p", L""},
                            {L"-p", L"4294967296"},
                            {L"-p", L"-1"},
+                           {L"-p", L"app3."},
+                           {L"-p", L"app3"},
+                           {L"-p", L"app3.4294967296"},
+                           {L"-p", L"host7.4312.9876"},
                            {L"-t", L"1.5"},
                            {L"-m", L"many"},
                            {L"-m", L"0"},

@@ -12,7 +12,7 @@ char lower(char c) noexcept {
     return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c;
 }
 
-bool equalButForCase(char a, char b) noexcept {
+bool areSameLetter(char a, char b) noexcept {
     return lower(a) == lower(b);
 }
 
@@ -22,7 +22,18 @@ bool isAmong(const std::vector<T>& choices, const U& value) {
     return choices.empty() || std::find(choices.begin(), choices.end(), value) != choices.end();
 }
 
+/// An empty list accepts every process.
+bool isAmong(const std::vector<ProcessChoice>& choices, std::string_view host, unsigned long process) {
+    return choices.empty() || std::any_of(choices.begin(), choices.end(), [&](const ProcessChoice& each) {
+               return each.id == process && (!each.host || equalButForCase(*each.host, host));
+           });
+}
+
 }  // namespace
+
+bool equalButForCase(std::string_view a, std::string_view b) noexcept {
+    return std::equal(a.begin(), a.end(), b.begin(), b.end(), areSameLetter);
+}
 
 RecordFilter::RecordFilter(FilterChoices choices)
     : m_choices(std::move(choices)),
@@ -45,15 +56,15 @@ bool RecordFilter::matchesKind(const Record& record) const {
 
 bool RecordFilter::matchesHeader(const Record& record) const {
     const LogHeader* const header = record.header();
-    if (!header || !isAmong(m_choices.processes, header->processId) || !isAmong(m_choices.threads, header->threadId) ||
-        header->timeMs < m_choices.from.value_or(header->timeMs) || (m_choices.to && header->timeMs >= *m_choices.to)) {
+    if (!header || !isAmong(m_choices.processes, record.host(), header->processId) ||
+        !isAmong(m_choices.threads, header->threadId) || header->timeMs < m_choices.from.value_or(header->timeMs) ||
+        (m_choices.to && header->timeMs >= *m_choices.to)) {
         return false;
     }
     const auto& prefixes = m_choices.prefixes;
     const std::string_view prefix = prefixes.empty() ? std::string_view() : record.parsedBody().prefix;
-    return prefixes.empty() || std::any_of(prefixes.begin(), prefixes.end(), [&](const std::string& each) {
-               return std::equal(each.begin(), each.end(), prefix.begin(), prefix.end(), equalButForCase);
-           });
+    return prefixes.empty() || std::any_of(prefixes.begin(), prefixes.end(),
+                                           [&](const std::string& each) { return equalButForCase(each, prefix); });
 }
 
 bool RecordFilter::matchesTexts(std::string_view text) const {
@@ -62,7 +73,7 @@ bool RecordFilter::matchesTexts(std::string_view text) const {
             return text.find(wanted) != std::string_view::npos;
         }
         return wanted.empty() ||
-               std::search(text.begin(), text.end(), wanted.begin(), wanted.end(), equalButForCase) != text.end();
+               std::search(text.begin(), text.end(), wanted.begin(), wanted.end(), areSameLetter) != text.end();
     };
     const auto& [texts, patterns] = std::tie(m_choices.texts, m_choices.patterns);
     return (texts.empty() && patterns.empty()) || std::any_of(texts.begin(), texts.end(), isIn) ||

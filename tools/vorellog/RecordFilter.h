@@ -9,6 +9,7 @@
 #include <optional>
 #include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "vorellog/Pattern.h"
@@ -16,8 +17,14 @@
 
 namespace vorellog {
 
+/// A process, of any host or of one.
+struct ProcessChoice {
+    unsigned long id = 0;
+    std::optional<std::string> host{};  ///< may be empty, as in the log; the case of A to Z is ignored
+};
+
 struct FilterChoices {
-    std::vector<unsigned long> processes{};
+    std::vector<ProcessChoice> processes{};
     std::vector<unsigned long> threads{};
     std::vector<std::string> prefixes{};                     ///< without the colon; the case of A to Z is ignored
     std::vector<std::string> texts{};                        ///< anywhere in prefix and message
@@ -28,6 +35,9 @@ struct FilterChoices {
     std::optional<LocalMs> to{};                             ///< exclusive
     bool damagedOnly = false;
 };
+
+/// Compares texts, ignoring the case of A to Z.
+[[nodiscard]] bool equalButForCase(std::string_view a, std::string_view b) noexcept;
 
 class RecordFilter {
 public:

@@ -19,9 +19,9 @@ constexpr std::wstring_view kDefaultLog = L"C:\\TalvenorError.txt";
 
 constexpr tools::Option kOptions[] = {
     {L"follow", L'f', {}, L"keep showing new records until Ctrl+C"},
-    {L"process", L'p', L"id", L"only records of this process"},
+    {L"process", L'p', L"id", L"only records of this process: 4312, or with its host: host7.4312"},
     {L"thread", L't', L"id", L"only records of this thread"},
-    {L"prefix", L'P', L"prefix", L"only records with this prefix: error, WARN, DEBUG, or a custom one"},
+    {L"prefix", L'P', L"prefix", L"only records with this prefix, ignoring case: error, WARN, DEBUG, or a custom one"},
     {L"from", {}, L"time", L"only records from this time on"},
     {L"to", {}, L"time", L"only records up to the end of this second, minute or day"},
     {L"time-zone", {}, L"offset", L"zone of the times in the log: Z or +02:00 (default: that of this computer)"},
@@ -86,14 +86,20 @@ constexpr tools::Syntax kSyntax = {.command = L"vorellog",
     throw tools::UsageError(L"--" + std::wstring(option) + L" \"" + value + L"\": expected " + std::wstring(expected));
 }
 
-unsigned long long numberOf(std::wstring_view option, const std::wstring& value, unsigned long long most) {
+std::optional<unsigned long long> wholeNumber(std::wstring_view value) {
     const std::string text = tools::toUtf8(value);
     unsigned long long number = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-    if (error != std::errc() || end != text.data() + text.size() || number > most) {
+    const bool isNumber = error == std::errc() && end == text.data() + text.size();
+    return isNumber ? std::optional(number) : std::nullopt;
+}
+
+unsigned long long numberOf(std::wstring_view option, const std::wstring& value, unsigned long long most) {
+    const std::optional<unsigned long long> number = wholeNumber(value);
+    if (!number || *number > most) {
         rejectValue(option, value, L"a number");
     }
-    return number;
+    return *number;
 }
 
 constexpr unsigned long long kMaxCount = 1000000000;
@@ -129,12 +135,31 @@ std::vector<std::string> textsOf(const tools::Arguments& arguments, std::wstring
     return texts;
 }
 
-/// "error" stands for the prefix of exception records. A trailing colon is not part of a prefix.
+/// Processes as the summary shows them: "4312", or "host7.4312" for the process of one host.
+std::vector<ProcessChoice> processesOf(const tools::Arguments& arguments) {
+    std::vector<ProcessChoice> processes;
+    for (const std::wstring& value : arguments.values(L"process")) {
+        const std::size_t point = value.rfind(L'.');
+        const std::wstring id = point == std::wstring::npos ? value : value.substr(point + 1);
+        const std::optional<unsigned long long> number = wholeNumber(id);
+        if (!number || *number > std::numeric_limits<unsigned long>::max() || value.find(L'.') != point) {
+            rejectValue(L"process", value, L"a number, or a host and a number, such as host7.4312");
+        }
+        ProcessChoice& process = processes.emplace_back();
+        process.id = static_cast<unsigned long>(*number);
+        if (point != std::wstring::npos) {
+            process.host = tools::toUtf8(value.substr(0, point));
+        }
+    }
+    return processes;
+}
+
+/// "error", ignoring case, stands for the prefix of exception records. A trailing colon is not part of a prefix.
 std::vector<std::string> prefixesOf(const tools::Arguments& arguments) {
     std::vector<std::string> prefixes = textsOf(arguments, L"prefix");
     for (std::string& prefix : prefixes) {
         prefix.erase(std::min(prefix.find_last_not_of(": ") + 1, prefix.size()));
-        if (prefix == "error") {
+        if (equalButForCase(prefix, "error")) {
             prefix = "Vorel Error";
         }
     }
@@ -229,7 +254,7 @@ Settings settingsOf(const tools::Arguments& arguments, const Now& now) {
     if (settings.paths.empty()) {
         settings.paths.emplace_back(kDefaultLog);
     }
-    settings.filter.processes = idsOf(arguments, L"process");
+    settings.filter.processes = processesOf(arguments);
     settings.filter.threads = idsOf(arguments, L"thread");
     settings.filter.prefixes = prefixesOf(arguments);
     settings.filter.texts = textsOf(arguments, L"text");
