@@ -187,11 +187,44 @@ TEST(TrailAssemblerTest, SystemTextsBelongToTheFailure) {
 }
 
 TEST(TrailAssemblerTest, TrailEndsAfterTheGap) {
-    const auto at = [](const char* clock, const char* message) {
-        return header(1, 1, clock) + "Vorel Error: " + message;
+    // A record on 2026-11-16 at `clock`, which may have milliseconds after a period.
+    const auto at = [](const std::string& clock, const std::string& body) {
+        return "[Mon Nov 16 " + clock.substr(0, 8) + " 2026]" + clock.substr(8) + " host7.1.1: " + body;
     };
-    EXPECT_THAT(fold({at("01:00:00", "a"), at("01:00:05", "b"), at("01:00:11", "c")}),
-                ElementsAre("a > b open", "c open"));
+    const std::string passed = "Vorel Error: f: Vorel exception rethrown";
+    const std::string caught = "Vorel Error: f: Vorel exception caught";
+    const std::string suppressed = "Vorel Error: A::~A: Vorel exception suppressed";
+    const std::string system = "AddHRESULTErrorToStack: HRESULT: 80070005 - No.";
+    struct Case {
+        const char* why;
+        std::string first;
+        std::string second;
+        std::string body;
+        bool isSameTrail;
+    };
+    const Case cases[] = {
+        {"message", "01:00:00", "01:00:02", "Vorel Error: b", true},
+        {"message of a later failure", "01:00:00", "01:00:03", "Vorel Error: b", false},
+        {"message minutes later", "01:00:00", "01:04:00", "Vorel Error: b", false},
+        {"milliseconds are ignored", "01:00:00.001", "01:00:02.999", "Vorel Error: b", true},
+        {"only the first has milliseconds", "01:00:00.999", "01:00:03", "Vorel Error: b", false},
+        {"only the second has milliseconds", "01:00:00", "01:00:02.999", "Vorel Error: b", true},
+        {"system text", "01:00:00", "01:00:02", system, true},
+        {"system text of a later failure", "01:00:00", "01:00:03", system, false},
+        {"rethrown", "01:00:00", "01:00:05", passed, true},
+        {"rethrown later", "01:00:00", "01:00:06", passed, false},
+        {"caught", "01:00:00", "01:00:05", caught, true},
+        {"caught later", "01:00:00", "01:00:06", caught, false},
+        {"suppressed", "01:00:00", "01:00:05", suppressed, true},
+        {"suppressed later", "01:00:00", "01:00:06", suppressed, false},
+    };
+    for (const Case& c : cases) {
+        EXPECT_EQ(fold({at(c.first, "Vorel Error: a"), at(c.second, c.body)}).size(), c.isSameTrail ? 1u : 2u) << c.why;
+    }
+    // The gap begins at the last record.
+    EXPECT_THAT(fold({at("01:00:00", "Vorel Error: a"), at("01:00:02", "Vorel Error: b"),
+                      at("01:00:06", "Vorel Error: f: Vorel exception caught"), at("01:00:06", "Vorel Error: c")}),
+                ElementsAre("a > b > f: Vorel exception caught caught", "c open"));
 }
 
 TEST(TrailAssemblerTest, CutRecordEndsItsTrail) {

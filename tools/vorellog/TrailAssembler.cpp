@@ -24,6 +24,13 @@ std::optional<std::size_t> findSameForm(const Trail& trail, const Record& record
     return found == records.end() ? std::nullopt : std::optional(static_cast<std::size_t>(found - records.begin()));
 }
 
+/// Whether a record comes too late to belong to a trail whose last record has the time `lastMs`.
+bool isLate(LocalMs timeMs, LocalMs lastMs, TrailStep step) noexcept {
+    const bool isFailure = step == TrailStep::Message || step == TrailStep::SystemText;
+    return timeMs - lastMs > TrailAssembler::kTrailGapMs ||
+           (isFailure && timeMs / kSecond - lastMs / kSecond > TrailAssembler::kFailureGapSeconds);
+}
+
 /// If the trail already has a record of the function that `record` names, a second failure may have begun after the
 /// earlier record. Returns the index of the last message after the earlier record, if there is such a message.
 std::optional<std::size_t> findLaterFailure(const Trail& trail, const Record& record) {
@@ -76,7 +83,7 @@ void TrailAssembler::addSingle(const Record& record, bool isException) {
 void TrailAssembler::addToTrail(const Record& record, const LogHeader& header, TrailStep step) {
     const Writer writer(record.host(), header.processId, header.threadId);
     auto position = openTrail(writer);
-    if (position != m_waiting.end() && header.timeMs - position->lastMs > kTrailGapMs) {
+    if (position != m_waiting.end() && isLate(header.timeMs, position->lastMs, step)) {
         close(position, TrailEnd::Open);
         position = m_waiting.end();
     }

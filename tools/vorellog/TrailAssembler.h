@@ -13,7 +13,10 @@
 ///   - "…: Severe error thrown" and "…: TestAndThrow test failed" always begin a trail;
 ///   - a message that the trail already has belongs to the next failure of the same kind (digits are ignored, so "row
 ///     7" and "row 8" are equal), and so does a function that the trail already names, if a message follows it;
-///   - a record more than kTrailGapMs after the last record of the trail begins a new trail.
+///   - a message or a system text more than kFailureGapSeconds after the last record of the trail begins a new trail:
+///     what a program adds to a failure follows at once, but unwinding may take time. Whole seconds are compared,
+///     because not all lines have milliseconds;
+///   - any record more than kTrailGapMs after the last record of the trail begins a new trail.
 ///
 /// A record whose header is in the middle of a line neither joins nor ends a trail, because a message may have forged
 /// it.
@@ -56,6 +59,7 @@ struct Trail {
 
 class TrailAssembler {
 public:
+    static constexpr LocalMs kFailureGapSeconds = 2;
     static constexpr LocalMs kTrailGapMs = 5000;
     static constexpr std::size_t kMaxRecords = 512;                         ///< in one trail
     static constexpr std::size_t kMaxWaitingRecords = 8192;                 ///< records not yet delivered
