@@ -21,7 +21,8 @@ using vorellog::Trail;
 std::vector<std::string> messagesOf(const MessageGroups& groups) {
     std::vector<std::string> messages;
     for (const MessageGroups::Group* const group : groups.sorted()) {
-        messages.push_back(std::to_string(group->count) + ' ' + group->prefix + ": " + std::string(group->message));
+        messages.push_back(std::to_string(group->entries.records) + ' ' + group->prefix + ": " +
+                           std::string(group->message));
     }
     return messages;
 }
@@ -37,7 +38,7 @@ TEST(MessageGroupsTest, SortsByCountThenRecency) {
     EXPECT_THAT(messagesOf(groups),
                 ElementsAre("2 WARN: often #:#:#", "1 DEBUG: late", "1 WARN: late", "1 WARN: early"));
     const MessageGroups::Group& often = *groups.sorted().front();
-    EXPECT_EQ(often.lastMs - often.firstMs, 1000);
+    EXPECT_EQ(often.entries.lastMs - often.entries.firstMs, 1000);
     EXPECT_EQ(often.writer, "host7.1.1");
     EXPECT_EQ(often.example, "often 01:00:01");
 }
@@ -75,7 +76,7 @@ TEST(MessageGroupsTest, GroupsAboveTheLimitAreCounted) {
     add(1);
     EXPECT_EQ(groups.size(), MessageGroups::kMaxGroups);
     EXPECT_EQ(groups.ungrouped(), 3u);
-    EXPECT_EQ(groups.sorted().front()->count, 2u);
+    EXPECT_EQ(groups.sorted().front()->entries.records, 2u);
 }
 
 TEST(MessageGroupsTest, TrailsAreComparedUpToTheLimit) {

@@ -1,5 +1,7 @@
 #include "vorellog/Summary.h"
 
+#include <algorithm>
+#include <iterator>
 #include <string>
 #include <vector>
 
@@ -34,7 +36,7 @@ TEST(SummaryTest, Text) {
         header(2, 77, "01:43:09") + "WARN Truncated: order 8 is late",
         "[Mon Nov 16" + header(1, 4312, "01:43:08") + "Vorel Error: ha" + header(1, 4312, "01:43:08") + "no prefix",
     });
-    EXPECT_EQ(summary.text(), "5 records from 2026-11-16 01:43:08 to 2026-11-16 01:43:10, "
+    EXPECT_EQ(summary.text(), "5 records of 2 processes from 2026-11-16 01:43:08 to 2026-11-16 01:43:10, "
                               "2 entries without a header; 4 of 7 damaged: 1 cut, 2 mid-line, 1 no header\n"
                               "\n"
                               "   Entries  Message\n"
@@ -97,7 +99,8 @@ TEST(SummaryTest, ExceptionsAreGroupedByTheirTrails) {
         assembler.add(test::recordOf(header(thread, 4312) + "Vorel Error: main: Vorel exception caught"));
     }
     assembler.flush();
-    EXPECT_THAT(summary.text(), HasSubstr("12 records at"));
+    EXPECT_THAT(summary.text(),
+                ::testing::StartsWith("6 entries with 12 records of 1 process at 2026-11-16 01:43:08\n"));
     EXPECT_THAT(summary.text(), HasSubstr("\n         2  Vorel Error: line # is bad\n"
                                           "              > f: Vorel exception rethrown\n"
                                           "              > main: Vorel exception caught\n"
@@ -121,7 +124,7 @@ TEST(SummaryTest, Json) {
     EXPECT_THAT(
         summary.json(),
         ::testing::StartsWith(
-            R"({"type":"summary","entries":2,"records":2,"from":"2026-11-16T01:43:08","to":"2026-11-16T01:44:08","cut":0,"midLine":0,"noHeader":0,"badUtf8":1,"groups":2,"ungrouped":0})"
+            R"({"type":"summary","entries":2,"records":2,"processes":1,"from":"2026-11-16T01:43:08","to":"2026-11-16T01:44:08","cut":0,"midLine":0,"noHeader":0,"badUtf8":1,"groups":2,"ungrouped":0})"
             "\n"));
     EXPECT_THAT(
         summary.json(),
@@ -136,7 +139,7 @@ TEST(SummaryTest, Json) {
                                           "\n"));
     EXPECT_EQ(
         Summary().json(),
-        R"({"type":"summary","entries":0,"records":0,"cut":0,"midLine":0,"noHeader":0,"badUtf8":0,"groups":0,"ungrouped":0})"
+        R"({"type":"summary","entries":0,"records":0,"processes":0,"cut":0,"midLine":0,"noHeader":0,"badUtf8":0,"groups":0,"ungrouped":0})"
         "\n");
 }
 
@@ -169,8 +172,54 @@ TEST(SummaryTest, BusyProcessesAreFoundLate) {
     EXPECT_THAT(summary.text(), Not(HasSubstr("others")));
 }
 
+TEST(SummaryTest, EntriesOfFoldedLogs) {
+    Summary summary;
+    vorellog::TrailAssembler assembler([&](const vorellog::Trail& trail) {
+        trail.isException ? summary.add(trail) : summary.add(trail.records.front());
+    });
+    for (const Record& record :
+         recordsOf({"garbage", header(1, 1) + "Vorel Error: a", header(1, 1) + "Vorel Error: f: Vorel exception caught",
+                    header(1, 2) + "WARN: b"})) {
+        assembler.add(record);
+    }
+    assembler.flush();
+    EXPECT_THAT(summary.text(), ::testing::StartsWith("2 entries with 3 records of 2 processes at 2026-11-16 01:43:08, "
+                                                      "1 entry without a header; 1 of 4 damaged: 1 no header\n"));
+    EXPECT_THAT(summary.json(), ::testing::StartsWith(R"({"type":"summary","entries":3,"records":3,"processes":2,)"));
+}
+
+TEST(SummaryTest, TimesHaveTheMillisecondsOfTheirLines) {
+    const auto at = [](const std::string& clock) {
+        return "[Mon Nov 16 " + clock.substr(0, 8) + " 2026]" + clock.substr(8) + " host7.1.1: WARN: a";
+    };
+    struct Case {
+        const char* why;
+        std::vector<std::string> clocks;
+        std::string first;
+        std::string last;
+    };
+    const Case cases[] = {
+        {"none", {"01:00:00", "01:00:02"}, "01:00:00", "01:00:02"},
+        {"both", {"01:00:00.045", "01:00:02.000"}, "01:00:00.045", "01:00:02.000"},
+        {"only the first", {"01:00:00.000", "01:00:02"}, "01:00:00.000", "01:00:02"},
+        {"only the last", {"01:00:00", "01:00:02.120"}, "01:00:00", "01:00:02.120"},
+        {"not in order", {"01:00:02", "01:00:03.120", "01:00:00.045"}, "01:00:00.045", "01:00:03.120"},
+    };
+    for (const Case& c : cases) {
+        std::vector<std::string> lines;
+        std::transform(c.clocks.begin(), c.clocks.end(), std::back_inserter(lines), at);
+        const std::string json = summaryOf(lines).json();
+        const std::string day = "2026-11-16T";
+        const std::string span = R"("first":")" + day + c.first + R"(","last":")" + day + c.last + '"';
+        EXPECT_THAT(json, HasSubstr(R"("from":")" + day + c.first + R"(","to":")" + day + c.last + '"')) << c.why;
+        EXPECT_EQ(json.find(span), json.find(R"("first":)")) << c.why;    // of the message
+        EXPECT_EQ(json.rfind(span), json.rfind(R"("first":)")) << c.why;  // of the process
+    }
+}
+
 TEST(SummaryTest, ARecordHasATimeNotAPeriod) {
-    EXPECT_THAT(summaryOf({header() + "WARN: a"}).text(), ::testing::StartsWith("1 record at 2026-11-16 01:43:08\n"));
+    EXPECT_THAT(summaryOf({header() + "WARN: a"}).text(),
+                ::testing::StartsWith("1 record of 1 process at 2026-11-16 01:43:08\n"));
 }
 
 TEST(SummaryTest, MessagesAreEscaped) {

@@ -183,7 +183,7 @@ TEST(ViewerTest, FollowedSummaryIsDrawnOnAConsole) {
         {.follow = true, .summary = true}, false, [&](std::string_view text) { written += text; }, 3);
     viewer.bytes(header() + "WARN: a\n" + header() + "WARN: b\n");
     viewer.showPending(5000);
-    EXPECT_EQ(written, "\x1B[H\x1B[2J\x1B[3J1 record at 2026-11-16 01:43:08\n\n");
+    EXPECT_EQ(written, "\x1B[H\x1B[2J\x1B[3J1 record of 1 process at 2026-11-16 01:43:08\n\n");
     written.clear();
     viewer.showPending(5999);  // too early
     EXPECT_EQ(written, "");
@@ -213,7 +213,7 @@ TEST(ViewerTest, SummaryCountsMatchingRecords) {
     Viewing viewing(settings);
     viewing.viewer.bytes("garbage\n" + header() + "WARN: a\n" + header() + "DEBUG: b\n");
     viewing.viewer.finish();
-    EXPECT_THAT(viewing.take(), ::testing::StartsWith(R"({"type":"summary","entries":1,"records":1,"f)"));
+    EXPECT_THAT(viewing.take(), ::testing::StartsWith(R"({"type":"summary","entries":1,"records":1,"processes":1,"f)"));
     EXPECT_EQ(viewing.viewer.undecided(), 1u);
     EXPECT_TRUE(viewing.viewer.hasFound());
 }

@@ -50,7 +50,7 @@ const MessageGroups::Group* MessageGroups::add(std::span<const Record> records, 
     const auto found = m_groups.find(std::string_view(m_key));
     Group* const group = found != m_groups.end() ? &found->second : create(first, *header);
     if (group) {
-        count(*group, header->timeMs, process);
+        count(*group, *header, process);
     } else {
         ++m_ungrouped;
     }
@@ -81,10 +81,8 @@ MessageGroups::Group* MessageGroups::create(const Record& first, const LogHeader
     return &group;
 }
 
-void MessageGroups::count(Group& group, LocalMs time, ProcessNumber process) {
-    group.firstMs = group.count == 0 ? time : std::min(group.firstMs, time);
-    group.lastMs = group.count == 0 ? time : std::max(group.lastMs, time);
-    ++group.count;
+void MessageGroups::count(Group& group, const LogHeader& header, ProcessNumber process) {
+    group.entries.add(header);
     const std::size_t before = group.processes.sizeBytes();
     group.processes.add(process, m_processSetBytes < kMaxProcessSetBytes);
     m_processSetBytes += group.processes.sizeBytes() - before;
@@ -98,8 +96,8 @@ std::vector<const MessageGroups::Group*> MessageGroups::sorted() const {
     }
     // Comparing the texts makes the order of the output independent of the hash table.
     std::sort(groups.begin(), groups.end(), [](const Group* a, const Group* b) {
-        return std::tie(b->count, b->lastMs, a->prefix, a->message, a->trail) <
-               std::tie(a->count, a->lastMs, b->prefix, b->message, b->trail);
+        return std::tie(b->entries.records, b->entries.lastMs, a->prefix, a->message, a->trail) <
+               std::tie(a->entries.records, a->entries.lastMs, b->prefix, b->message, b->trail);
     });
     return groups;
 }

@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "vorellog/ProcessTable.h"
+#include "vorellog/Tally.h"
 #include "vorellog/TrailAssembler.h"
 
 namespace vorellog {
@@ -44,9 +45,7 @@ public:
 
     struct Group {
         std::size_t number = 0;  ///< from 0, in the order of the first entries
-        unsigned long long count = 0;
-        LocalMs firstMs = 0;
-        LocalMs lastMs = 0;
+        Tally entries;           ///< the first record of each entry
         ProcessSet processes;
         std::string prefix;
         std::string_view message;             ///< the form of the message
@@ -80,7 +79,7 @@ private:
     using Groups = std::unordered_map<std::string, Group, Hash, std::equal_to<>>;
 
     Group* create(const Record& first, const LogHeader& header);
-    void count(Group& group, LocalMs time, ProcessNumber process);
+    void count(Group& group, const LogHeader& header, ProcessNumber process);
 
     Groups m_groups;  ///< by prefix, message and trail
     unsigned long long m_ungrouped = 0;

@@ -37,11 +37,11 @@ void Report::add(std::span<const Record> records, TrailEnd end) {
 }
 
 void Report::countRecord(const Record& record, const LogHeader& header, ProcessNumber process) {
-    m_all.add(header.timeMs);
+    m_all.add(header);
     m_steps.add(header.timeMs);
     if (process != ProcessTable::kOthers) {
         m_ofProcess.resize(std::max<std::size_t>(m_ofProcess.size(), process + 1));
-        m_ofProcess[process].add(header.timeMs);
+        m_ofProcess[process].add(header);
     }
     const LogBody body = record.parsedBody();
     const std::string_view prefix = body.prefix.substr(0, MessageGroups::kMaxPrefixBytes);

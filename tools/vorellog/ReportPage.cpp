@@ -199,9 +199,9 @@ void Report::appendGroups(std::string& out, const Histogram& all, const std::vec
         const MessageGroups::Group& group = *groups[index];
         const Details& details = m_details[group.number];
         JsonObject object(out);
-        object.add("entries", group.count);
-        addTime(object, "first", group.firstMs, out);
-        addTime(object, "last", group.lastMs, out);
+        object.add("entries", group.entries.records);
+        addTime(object, "first", group.entries.firstMs, out);
+        addTime(object, "last", group.entries.lastMs, out);
         addVisible(object, "prefix", group.prefix);
         addVisible(object, "message", group.message);
         object.addName("trail");

@@ -20,6 +20,7 @@ std::string shownPrefix(std::string_view prefix) {
 }  // namespace
 
 void Summary::add(const Record& record) {
+    ++m_entries;
     const ProcessNumber process = countRecord(record);
     if (record.header()) {
         m_groups.add(record, process);
@@ -27,6 +28,7 @@ void Summary::add(const Record& record) {
 }
 
 void Summary::add(const Trail& trail) {
+    ++m_entries;
     ProcessNumber process = ProcessTable::kOthers;
     for (const Record& record : trail.records) {
         process = countRecord(record);
@@ -42,8 +44,9 @@ ProcessNumber Summary::countRecord(const Record& record) {
         return ProcessTable::kOthers;
     }
     const ProcessNumber process = m_processes.numberOf(record, *header);
-    rowOf(process, record.parsedBody().prefix).add(header->timeMs);
-    m_all.add(header->timeMs);
+    m_hasMoreProcesses = m_hasMoreProcesses || process == ProcessTable::kOthers;
+    rowOf(process, record.parsedBody().prefix).add(*header);
+    m_all.add(*header);
     m_histogram.add(header->timeMs);
     return process;
 }
@@ -89,10 +92,11 @@ std::vector<Summary::ShownRow> Summary::sortedRows() const {
 }
 
 unsigned long long Summary::damaged() const noexcept {
-    return entries() - m_damage[static_cast<std::size_t>(Damage::None)];
+    return lines() - m_damage[static_cast<std::size_t>(Damage::None)];
 }
 
-unsigned long long Summary::entries() const noexcept {
+/// Number of records, including damaged records without a header.
+unsigned long long Summary::lines() const noexcept {
     unsigned long long sum = 0;
     for (const unsigned long long count : m_damage) {
         sum += count;

@@ -60,7 +60,8 @@ private:
     Row& rowOf(ProcessNumber process, std::string_view prefix);
     [[nodiscard]] std::vector<ShownRow> sortedRows() const;
     [[nodiscard]] unsigned long long damaged() const noexcept;
-    [[nodiscard]] unsigned long long entries() const noexcept;
+    [[nodiscard]] unsigned long long lines() const noexcept;
+    [[nodiscard]] std::string headText() const;
     [[nodiscard]] std::string damageText() const;
     void appendGroups(std::string& out, std::size_t top) const;
     void appendTable(std::string& out, std::size_t top) const;
@@ -73,7 +74,9 @@ private:
     Row m_others;                                   ///< records beyond kMaxRows
     MessageGroups m_groups;
     Histogram m_histogram;
-    Row m_all;  ///< all records with a header
+    Row m_all;                         ///< all records with a header
+    unsigned long long m_entries = 0;  ///< records, exceptions, and lines without a header
+    bool m_hasMoreProcesses = false;   ///< whether there are more processes than the table can hold
     std::array<unsigned long long, kDamages> m_damage{};
 };
 

@@ -17,12 +17,17 @@ void addTexts(JsonObject& object, std::string_view name, const std::vector<std::
     out += ']';
 }
 
+/// Adds the times of the first and the last record, with milliseconds if their lines have them.
+void addSpan(JsonObject& object, std::string_view first, std::string_view last, const Tally& tally) {
+    object.add(first, isoText(tally.firstMs, tally.firstHasMilliseconds));
+    object.add(last, isoText(tally.lastMs, tally.lastHasMilliseconds));
+}
+
 void appendGroup(std::string& out, const MessageGroups::Group& group) {
     JsonObject object(out);
     object.add("type", "group");
-    object.add("entries", group.count);
-    object.add("first", isoText(group.firstMs, false));
-    object.add("last", isoText(group.lastMs, false));
+    object.add("entries", group.entries.records);
+    addSpan(object, "first", "last", group.entries);
     object.add("processes", group.processes.size());
     if (group.processes.hasOthers()) {
         object.addName("moreProcesses");
@@ -62,8 +67,7 @@ std::string Summary::json(std::optional<std::size_t> top) const {
         object.add("process", process);
         object.add("prefix", prefix);
         object.add("records", row.records);
-        object.add("first", isoText(row.firstMs, false));
-        object.add("last", isoText(row.lastMs, false));
+        addSpan(object, "first", "last", row);
     };
     const std::vector<ShownRow> rows = sortedRows();
     for (std::size_t index = 0; index != std::min(rows.size(), top.value_or(rows.size())); ++index) {
@@ -84,11 +88,15 @@ void Summary::appendHead(std::string& out) const {
     const auto ofKind = [this](Damage kind) { return m_damage[static_cast<std::size_t>(kind)]; };
     JsonObject object(out);
     object.add("type", "summary");
-    object.add("entries", entries());
+    object.add("entries", m_entries);
     object.add("records", m_all.records);
+    object.add("processes", m_processes.size());
+    if (m_hasMoreProcesses) {
+        object.addName("moreProcesses");
+        out += "true";
+    }
     if (m_all.records != 0) {
-        object.add("from", isoText(m_all.firstMs, false));
-        object.add("to", isoText(m_all.lastMs, false));
+        addSpan(object, "from", "to", m_all);
     }
     object.add("cut", ofKind(Damage::Cut));
     object.add("midLine", ofKind(Damage::MidLine));

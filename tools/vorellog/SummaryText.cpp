@@ -69,13 +69,14 @@ std::string inOneLine(std::string_view text) {
 
 void appendGroup(std::string& out, const MessageGroups::Group& group) {
     const std::string indent(kCountWidth + kGap.size(), ' ');
-    out += rightAligned(std::to_string(group.count), kCountWidth).append(kGap);
+    out += rightAligned(std::to_string(group.entries.records), kCountWidth).append(kGap);
     out += (group.prefix.empty() ? std::string() : visible(group.prefix) + ": ") + inOneLine(group.message) + '\n';
     for (const std::string_view step : group.trail) {
         out += indent + "  > " + inOneLine(step) + '\n';
     }
-    out += indent + spanText(group.firstMs, group.lastMs) + ", " + (group.processes.hasOthers() ? "at least " : "") +
-           std::to_string(group.processes.size()) + (group.processes.size() == 1 ? " process" : " processes") + '\n';
+    out += indent + spanText(group.entries.firstMs, group.entries.lastMs) + ", " +
+           (group.processes.hasOthers() ? "at least " : "") + std::to_string(group.processes.size()) +
+           (group.processes.size() == 1 ? " process" : " processes") + '\n';
     out += indent + "first: " + visible(group.writer) + ": " + inOneLine(group.example) + '\n';
 }
 
@@ -89,8 +90,7 @@ std::string Summary::damageText() const {
             kinds += (kinds.empty() ? "" : ", ") + std::to_string(count) + ' ' + std::string(nameOf(each));
         }
     }
-    return kinds.empty() ? kinds
-                         : std::to_string(damaged()) + " of " + std::to_string(entries()) + " damaged: " + kinds;
+    return kinds.empty() ? kinds : std::to_string(damaged()) + " of " + std::to_string(lines()) + " damaged: " + kinds;
 }
 
 void Summary::appendGroups(std::string& out, std::size_t top) const {
@@ -160,16 +160,30 @@ std::string Summary::bars() const {
     return out;
 }
 
-std::string Summary::text(std::optional<std::size_t> top) const {
-    const std::string damage = damageText();
-    std::string out = counted(m_all.records, "record");
+/// "5 entries with 8 records of 2 processes from 2026-11-16 01:43:08 to 2026-11-16 01:43:12". Entries are named only if
+/// there are exceptions of several records.
+std::string Summary::headText() const {
+    const auto entriesText = [](unsigned long long count) {
+        return std::to_string(count) + (count == 1 ? " entry" : " entries");
+    };
+    const unsigned long long others = lines() - m_all.records;
+    const unsigned long long entries = m_entries - others;
+    std::string out =
+        (entries == m_all.records ? "" : entriesText(entries) + " with ") + counted(m_all.records, "record");
     if (m_all.records != 0) {
+        out += std::string(" of ") + (m_hasMoreProcesses ? "more than " : "") + std::to_string(m_processes.size()) +
+               (m_processes.size() == 1 ? " process" : " processes");
         out += (m_all.firstMs == m_all.lastMs ? " at " : " from ") + spanText(m_all.firstMs, m_all.lastMs);
     }
-    if (const unsigned long long others = entries() - m_all.records) {
-        out += ", " + std::to_string(others) + (others == 1 ? " entry" : " entries") + " without a header";
+    if (others != 0) {
+        out += ", " + entriesText(others) + " without a header";
     }
-    out += (damage.empty() ? "" : "; " + damage) + '\n';
+    const std::string damage = damageText();
+    return out + (damage.empty() ? "" : "; " + damage) + '\n';
+}
+
+std::string Summary::text(std::optional<std::size_t> top) const {
+    std::string out = headText();
     if (m_all.records != 0) {
         appendGroups(out, top.value_or(kDefaultTop));
         appendTable(out, top.value_or(kDefaultTop));

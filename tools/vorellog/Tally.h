@@ -2,9 +2,7 @@
 /// A number of records, and the times of the first and the last record.
 #pragma once
 
-#include <algorithm>
-
-#include "vorellog/LogTime.h"
+#include "vorellog/LogLine.h"
 
 namespace vorellog {
 
@@ -12,10 +10,19 @@ struct Tally {
     unsigned long long records = 0;
     LocalMs firstMs = 0;  ///< meaningless if `records` is 0
     LocalMs lastMs = 0;
+    bool firstHasMilliseconds = false;
+    bool lastHasMilliseconds = false;
 
-    void add(LocalMs time) noexcept {
-        firstMs = records == 0 ? time : std::min(firstMs, time);
-        lastMs = records == 0 ? time : std::max(lastMs, time);
+    /// Adds a record with this header.
+    void add(const LogHeader& header) noexcept {
+        if (records == 0 || header.timeMs < firstMs) {
+            firstMs = header.timeMs;
+            firstHasMilliseconds = header.hasMilliseconds;
+        }
+        if (records == 0 || header.timeMs > lastMs) {
+            lastMs = header.timeMs;
+            lastHasMilliseconds = header.hasMilliseconds;
+        }
         ++records;
     }
 };
