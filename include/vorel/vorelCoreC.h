@@ -1,6 +1,6 @@
 /// \file
 /// The interface for C, and for every language that can load a DLL: functions with C linkage for the conversions, the
-/// error log, the named mutex and the named condition. Compiles as C11 and as C++.
+/// error log, the named mutex and the named condition. Compiles as C99 to C23, and as C++20.
 ///
 ///     uint16_t text[64];
 ///     size_t length = 0;

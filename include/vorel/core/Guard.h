@@ -23,6 +23,7 @@ public:
     /// without limit.
     explicit Guard(Lock& lock) : m_lock(&lock), m_held(lock.lock(kTimeoutMs, true)) {}
 
+    /// Unlocks the lock. A failure is recorded, and thrown unless another exception unwinds the stack.
     ~Guard() noexcept(false) {
         detail::runDestructor(L"Guard", [this] {
             if (m_held) {
@@ -49,6 +50,8 @@ public:
     /// Unlocks `lock`, which must outlive the guard. A failure is thrown unchanged, and the lock is not locked again.
     explicit UnGuard(Lock& lock) : m_lock(&lock), m_held(false) { lock.unlock(); }
 
+    /// Locks the lock again. An `AutoMutex` waits up to a minute; a critical section waits without limit.
+    /// A failure is recorded, and thrown unless another exception unwinds the stack.
     ~UnGuard() noexcept(false) {
         detail::runDestructor(L"UnGuard", [this] { m_held = m_lock->lock(kTimeoutMs, true); });
     }

@@ -11,6 +11,7 @@ extern "C" {
 /// \name Comparing
 /// \{
 
+/// The flags of `vorel_compare`.
 enum {
     VOREL_COMPARE_IGNORE_CASE = 0x001,    ///< A to Z equal a to z; other letters differ
     VOREL_COMPARE_NUMERIC = 0x002,        ///< runs of digits are compared as numbers: the natural order

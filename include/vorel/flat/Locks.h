@@ -19,6 +19,7 @@ extern "C" {
 /// warning in the error log.
 /// \{
 
+/// A handle of a named mutex.
 // NOLINTNEXTLINE(modernize-use-using): C includes this header too
 typedef struct vorel_mutex vorel_mutex;
 
@@ -46,6 +47,7 @@ VOREL_API vorel_status vorel_mutex_close(vorel_mutex* mutex);
 /// signal.
 /// \{
 
+/// A handle of a named condition.
 // NOLINTNEXTLINE(modernize-use-using): C includes this header too
 typedef struct vorel_condition vorel_condition;
 

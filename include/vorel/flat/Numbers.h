@@ -55,6 +55,7 @@ VOREL_API vorel_status vorel_scan_boolean(const vorel_char16* text, size_t lengt
 /// \name Values as text
 /// \{
 
+/// The options of `vorel_format_double`.
 enum {
     VOREL_FORMAT_DEFAULT = 0,
     /// Special values are JSON strings, and a mantissa with an exponent always has a digit after the point.

@@ -29,6 +29,7 @@ typedef uint16_t vorel_char16;
 /// The result of a call. The numbers below never change their meaning.
 typedef int32_t vorel_status;
 
+/// The values of `vorel_status`.
 enum {
     VOREL_OK = 0,
     VOREL_ERROR_INVALID_ARGUMENT = 1,  ///< a null pointer, a number out of range, an unknown flag

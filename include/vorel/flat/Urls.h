@@ -13,6 +13,7 @@ extern "C" {
 /// digits. The control characters 1 to 31 and 127 are never escaped.
 /// \{
 
+/// The flags of `vorel_url_encode` and `vorel_url_decode`.
 enum {
     VOREL_URL_ESCAPE_RESERVED = 1,  ///< $ & + , / : ; = ? @ are escaped too
     VOREL_URL_SPACE_AS_PLUS = 2,    ///< a space becomes '+'

@@ -24,6 +24,8 @@ public:
     /// The condition uses `lock` but does not own it; `lock` must outlive the condition.
     /// \throws Exception "malloc failed"; "Failed to create condition."
     explicit Condition(ForcedCriticalSection& lock);
+
+    /// Closes the condition. No thread may be waiting on it.
     ~Condition() noexcept(false);
 
     Condition(const Condition&) = delete;

@@ -31,6 +31,7 @@ public:
     template <std::same_as<char> Narrow>
     explicit NamedCondition(const Narrow* name) : NamedCondition(detail::NarrowName(name).wide()) {}
 
+    /// Closes the condition. No thread may be waiting on the object.
     ~NamedCondition() noexcept(false);
 
     /// Releases one waiter, or the next one to arrive.
