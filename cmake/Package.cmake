@@ -10,7 +10,7 @@
 #   share/vorelCore/         the licences of the runtime DLLs, Visual Studio's view, and PowerShell's completion of the tools
 #   share/man/man1/          the manual pages of the tools
 #   share/bash-completion/   the completion of the tools for bash
-#   share/doc/vorelCore/     README, changelog, docs/ and examples/
+#   share/doc/vorelCore/     README, changelog, docs/, examples/ and integrations/
 #
 # The component "symbols" is bin/vorelCore.dll.debug, which is installed only by name: cmake --install build --component
 # symbols. The package may be moved to another folder: it contains no absolute paths.
@@ -119,6 +119,9 @@ install(FILES README.md CHANGELOG.md SECURITY.md DESTINATION "${CMAKE_INSTALL_DO
 install(DIRECTORY docs examples DESTINATION "${CMAKE_INSTALL_DOCDIR}"
     FILES_MATCHING PATTERN "*.md" PATTERN "*.svg" PATTERN "*.png" PATTERN "*.h" PATTERN "*.cpp" PATTERN "*.txt"
     PATTERN "docs/site" EXCLUDE)
+
+# The pages refer to the configurations of collectors.
+install(DIRECTORY integrations DESTINATION "${CMAKE_INSTALL_DOCDIR}" PATTERN "integrations/test" EXCLUDE)
 
 # ---- Archive and installer ------------------------------------------------------------------------------------------
 

@@ -42,12 +42,16 @@ list_files("${package}" expected)
 foreach(file IN ITEMS
         README.txt share/doc/vorelCore/README.md share/doc/vorelCore/CHANGELOG.md
         share/doc/vorelCore/docs/getting-started.md share/doc/vorelCore/examples/hello/main.cpp
+        share/doc/vorelCore/integrations/README.md share/doc/vorelCore/integrations/rsyslog/vorel.rulebase
         share/vorelCore/LICENSES/README.txt share/vorelCore/LICENSES/GPL-3.0.txt
         lib/vorelCore.lib lib/vorelCore.def)
     if(NOT EXISTS "${package}/${file}")
         message(SEND_ERROR "The archive does not have ${file}")
     endif()
 endforeach()
+if(EXISTS "${package}/share/doc/vorelCore/integrations/test")
+    message(SEND_ERROR "The archive has the tests of integrations/")
+endif()
 file(READ "${package}/share/vorelCore/LICENSES/README.txt" licences)
 if(NOT licences MATCHES "symbols and debug information are removed")
     message(SEND_ERROR "The licence text does not say that the runtime DLLs are stripped")
