@@ -84,6 +84,28 @@ TEST(SettingsTest, ErrorStandsForThePrefixOfExceptions) {
                 ElementsAre("errors", "vorel error"));
 }
 
+TEST(SettingsTest, FromAndToMayBeTheSame) {
+    const Settings s = settings({L"--from", L"2026-11-16 01:43", L"--to", L"2026-11-16 01:43"});
+    EXPECT_EQ(*s.filter.to - *s.filter.from, vorellog::kMinute);
+}
+
+TEST(SettingsTest, SuggestsOptionsForNamesOfOtherPrograms) {
+    struct Case {
+        const wchar_t* typed;
+        const wchar_t* option;
+    };
+    const Case cases[] = {{L"since", L"from"}, {L"until", L"to"}, {L"grep", L"text"}};
+    for (const Case& c : cases) {
+        try {
+            (void)settings({L"--" + std::wstring(c.typed), L"1h"});
+            ADD_FAILURE() << "accepted --" << testing::PrintToString(c.typed);
+        } catch (const tools::UsageError& error) {
+            EXPECT_EQ(error.text(),
+                      L"unknown option --" + std::wstring(c.typed) + L"; did you mean --" + c.option + L"?");
+        }
+    }
+}
+
 TEST(SettingsTest, InvalidCommandLines) {
     const Given cases[] = {{L"-p", L"x"},
                            {L"-p", L""},
@@ -98,6 +120,9 @@ TEST(SettingsTest, InvalidCommandLines) {
                            {L"-m", L"0"},
                            {L"--from", L"soon"},
                            {L"--to", L""},
+                           {L"--from", L"2026-11-16 01:44", L"--to", L"2026-11-16 01:43"},
+                           {L"--from", L"today", L"--to", L"yesterday"},
+
                            {L"--color", L"red"},
                            {L"-s", L"-m", L"1"},
                            {L"--top", L"3"},

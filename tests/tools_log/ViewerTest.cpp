@@ -1,5 +1,6 @@
 #include "vorellog/Viewer.h"
 
+#include <optional>
 #include <string>
 
 #include <gmock/gmock.h>
@@ -216,6 +217,34 @@ TEST(ViewerTest, SummaryCountsMatchingRecords) {
     EXPECT_THAT(viewing.take(), ::testing::StartsWith(R"({"type":"summary","entries":1,"records":1,"processes":1,"f)"));
     EXPECT_EQ(viewing.viewer.undecided(), 1u);
     EXPECT_TRUE(viewing.viewer.hasFound());
+}
+
+TEST(ViewerTest, NothingFoundNamesTheTimesOfTheLog) {
+    const std::string lines = "garbage\n" + header(1, 1, "01:00:00") + "a\n" + header(1, 1, "02:00:00") + "b\n";
+    struct Case {
+        const char* why;
+        std::string bytes;
+        const char* text;
+        std::optional<std::size_t> tail;
+        const wchar_t* note;
+    };
+    const Case cases[] = {
+        {"no match", lines, "other", std::nullopt,
+         L"nothing found; the log has records from 2026-11-16 01:00:00 to 2026-11-16 02:00:00"},
+        {"match", lines, "b", std::nullopt, L""},
+        {"no records", "garbage\n", "other", std::nullopt, L""},
+        {"only the end was read", lines, "other", 1, L""},
+    };
+    for (const bool folds : {false, true}) {
+        for (const Case& c : cases) {
+            Settings settings{.fold = folds, .tail = c.tail};
+            settings.filter.texts = {c.text};
+            Viewing viewing(settings);
+            viewing.viewer.bytes(c.bytes);
+            viewing.viewer.finish();
+            EXPECT_EQ(viewing.viewer.nothingFoundText(), c.note) << c.why;
+        }
+    }
 }
 
 TEST(ViewerTest, NoMatchingRecord) {

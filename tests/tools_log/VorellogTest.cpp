@@ -321,6 +321,42 @@ TEST_F(VorellogTest, HelpListsOptionsAndExitCodes) {
     }
 }
 
+TEST_F(VorellogTest, UsualQuestionsShowTheHelp) {
+    const std::string help = test::capture(L"vorellog", {L"--help"}).output;
+    for (const wchar_t* const question : {L"/?", L"-?", L"help"}) {
+        const Captured shown = test::capture(L"vorellog", {question});
+        EXPECT_EQ(shown.output, help) << testing::PrintToString(question);
+        EXPECT_EQ(shown.exitCode, 0u);
+    }
+}
+
+TEST_F(VorellogTest, PathsThatAreNotLogs) {
+    const std::wstring folder = log.folder().widePath();
+    struct Case {
+        std::wstring path;
+        std::wstring error;
+    };
+    const Case cases[] = {
+        {folder + L"\\*.log", folder + L"\\*.log: cannot be opened: wildcards are not supported\n"},
+        {folder + L"\\error?.log", folder + L"\\error?.log: cannot be opened: wildcards are not supported\n"},
+        {folder, folder + L": is a folder\n"},
+        {folder + L"\\", folder + L"\\: is a folder\n"},
+    };
+    for (const Case& c : cases) {
+        const Captured shown = test::capture(L"vorellog", {c.path});
+        EXPECT_THAT(shown.error, ::testing::EndsWith("vorellog: " + std::string(c.error.begin(), c.error.end())));
+        EXPECT_EQ(shown.exitCode, 3u);
+    }
+    write(log.path(), header() + "WARN: text\r\n");
+    EXPECT_EQ(test::capture(L"vorellog", {L"\\\\?\\" + std::wstring(log.path().begin(), log.path().end())}).output,
+              header() + "WARN: text\n");
+}
+
+TEST_F(VorellogTest, NothingFoundIsNotReportedIntoAPipe) {
+    write(log.path(), header() + "WARN: text\r\n");
+    EXPECT_EQ(view({L"-e", L"other"}).error, "");
+}
+
 TEST_F(VorellogTest, ManualPageAndCompletion) {
     EXPECT_THAT(test::capture(L"vorellog", {L"--manual"}).output,
                 ::testing::StartsWith(".TH VORELLOG 1 \"\" \"vorellog "));

@@ -41,6 +41,10 @@ std::size_t editDistance(std::wstring_view a, std::wstring_view b) {
     return costs.back();
 }
 
+std::wstring suggestion(std::wstring_view option) {
+    return L"; did you mean --" + std::wstring(option) + L"?";
+}
+
 /// "-o, --output <file>"
 std::wstring spelling(const Option& option) {
     std::wstring text = option.letter ? std::wstring{L'-', option.letter, L',', L' '} : std::wstring(4, L' ');
@@ -115,8 +119,13 @@ private:
         }
     }
 
-    /// "; did you mean --summary?", or nothing if no option has a similar name.
+    /// "; did you mean --summary?", or nothing if no option has a similar name or this synonym.
     [[nodiscard]] std::wstring suggestionFor(std::wstring_view name) const {
+        const auto found = std::find_if(m_syntax.synonyms.begin(), m_syntax.synonyms.end(),
+                                        [&](const Synonym& each) { return each.typed == name; });
+        if (found != m_syntax.synonyms.end()) {
+            return suggestion(found->option);
+        }
         constexpr std::size_t kMaxEdits = 2;
         std::wstring_view best;
         std::size_t least = std::min(kMaxEdits, (name.size() + 1) / 2) + 1;
@@ -131,7 +140,7 @@ private:
         };
         std::for_each(m_syntax.options.begin(), m_syntax.options.end(), consider);
         consider(kHelp);
-        return best.empty() ? std::wstring() : L"; did you mean --" + std::wstring(best) + L"?";
+        return best.empty() ? std::wstring() : suggestion(best);
     }
 
     void parseLetters(std::wstring_view letters) {

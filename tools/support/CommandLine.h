@@ -33,6 +33,12 @@ struct Option {
     std::wstring_view help;
 };
 
+/// A name that a user may expect for an option. It is not accepted, but the message for it suggests the option.
+struct Synonym {
+    std::wstring_view typed;   ///< without its dashes
+    std::wstring_view option;  ///< the name of the option
+};
+
 /// No limit on the number of operands.
 constexpr std::size_t kAnyNumber = std::numeric_limits<std::size_t>::max();
 
@@ -45,6 +51,7 @@ struct Syntax {
     std::size_t minOperands = 0;
     std::size_t maxOperands = 0;
     std::wstring_view details;  ///< help text after the options, in lines of at most 80 characters
+    std::span<const Synonym> synonyms{};
 };
 
 /// A parsed command line.

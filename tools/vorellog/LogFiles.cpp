@@ -69,6 +69,12 @@ private:
     FileId m_id;
 };
 
+/// Whether the path has "*" or "?", which no name of a file contains.
+bool hasWildcard(std::wstring_view path) noexcept {
+    constexpr std::wstring_view kVerbatim = L"\\\\?\\";
+    return path.find_first_of(L"*?", path.starts_with(kVerbatim) ? kVerbatim.size() : 0) != std::wstring_view::npos;
+}
+
 bool isDirectory(const std::wstring& path) noexcept {
     const DWORD attributes = GetFileAttributesW(path.c_str());
     return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
@@ -86,12 +92,17 @@ std::unique_ptr<LogFile> DiskLogFiles::open(Which which) {
         return std::make_unique<DiskFile>(handle, path);
     }
     const DWORD error = GetLastError();
+    if (hasWildcard(m_log)) {
+        throw tools::Failure(m_log + L": cannot be opened: wildcards are not supported");
+    }
+    if (isDirectory(path)) {
+        throw tools::Failure(path + L": is a folder");
+    }
     if (error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND) {
         return nullptr;
     }
     // A file that is pending deletion also denies access.
-    if (error == ERROR_SHARING_VIOLATION || error == ERROR_DELETE_PENDING ||
-        (error == ERROR_ACCESS_DENIED && !isDirectory(path))) {
+    if (error == ERROR_SHARING_VIOLATION || error == ERROR_DELETE_PENDING || error == ERROR_ACCESS_DENIED) {
         throw FileBusy(tools::systemFailure(path, L"cannot be opened", error));
     }
     throw tools::systemFailure(path, L"cannot be opened", error);

@@ -28,14 +28,14 @@ constexpr tools::Option kOptions[] = {
     {L"text", L'e', L"text", L"only records that contain this text"},
     {L"regexp", L'E', L"expression", L"only records that contain a match"},
     {L"ignore-case", L'i', {}, L"ignore case in --text (A to Z) and --regexp"},
-    {L"invert", L'v', {}, L"only records without a match of --text and --regexp"},
+    {L"invert", L'v', {}, L"only records that match neither --text nor --regexp"},
     {L"damaged", L'd', {}, L"only damaged records"},
     {L"context", L'C', L"count", L"show this many entries before and after each entry found"},
     {L"max-count", L'm', L"count", L"stop after this many entries, at least 1"},
     {L"tail", L'n', L"count", L"show only this many entries at the end of the log"},
     {L"fold", L'F', {}, L"show the records of one exception as one entry"},
     {L"summary", L's', {}, L"show how often, since when and in how many processes each message occurs"},
-    {L"top", {}, L"count", L"with --summary: show this many messages (default: 10; with --json: all)"},
+    {L"top", {}, L"count", L"with --summary: show this many messages and processes (default: 10; with --json: all)"},
     {L"report", L'r', L"file", L"write a report with charts to this file: one HTML page"},
     {L"json", L'j', {}, L"write JSON, one object per line"},
     {L"color", {}, L"when", L"always, never, or auto (default): on a console unless NO_COLOR is set"},
@@ -60,10 +60,11 @@ constexpr std::wstring_view kDetails =
     L"lookaround. It is searched in prefix and message; ^ and $ match at each line.\n"
     L"\n"
     L"--summary counts messages that differ only in numbers and ids (#), paths (<path>)\n"
-    L"and quoted texts (\"...\") as one; with --fold, exceptions with equal trails.\n"
+    L"and quoted texts (\"...\" or '...') as one; with --fold, exceptions with equal\n"
+    L"trails.\n"
     L"\n"
-    L"--report shows messages, their latest trails, a timeline and the processes. The page\n"
-    L"can be opened without a network.\n"
+    L"--report shows messages, their latest trails, their timelines and the processes. It\n"
+    L"always folds exceptions. The page can be opened without a network.\n"
     L"\n"
     L"A line without a header continues the message above it and is shown after \"|\".\n"
     L"Damaged records are marked:\n"
@@ -75,12 +76,16 @@ constexpr std::wstring_view kDetails =
     L"Exit codes: 0 entries found, 1 nothing found, 2 invalid command line, 3 a log\n"
     L"cannot be read, or the report cannot be written.";
 
+/// Names that similar programs give to the options.
+constexpr tools::Synonym kSynonyms[] = {{L"since", L"from"}, {L"until", L"to"}, {L"grep", L"text"}};
+
 constexpr tools::Syntax kSyntax = {.command = L"vorellog",
                                    .summary = L"view the error log of vorelCore",
                                    .options = kOptions,
                                    .operands = L"[log]...",
                                    .maxOperands = tools::kAnyNumber,
-                                   .details = kDetails};
+                                   .details = kDetails,
+                                   .synonyms = kSynonyms};
 
 [[noreturn]] void rejectValue(std::wstring_view option, const std::wstring& value, std::wstring_view expected) {
     throw tools::UsageError(L"--" + std::wstring(option) + L" \"" + value + L"\": expected " + std::wstring(expected));
@@ -270,6 +275,9 @@ Settings settingsOf(const tools::Arguments& arguments, const Now& now) {
     }
     if (const auto to = timeOf(arguments, L"to", clock)) {
         settings.filter.to = to->to;
+    }
+    if (settings.filter.from && settings.filter.to && *settings.filter.from >= *settings.filter.to) {
+        throw tools::UsageError(L"--from is later than --to");
     }
     settings.follow = arguments.has(L"follow");
     settings.fold = arguments.has(L"fold");

@@ -48,7 +48,8 @@ Viewer::Viewer(const Settings& settings, bool withColours, std::function<void(st
       m_reader([this](const Record& record) { process(record); }),
       m_assembler([this](const Trail& trail) { process(trail); }),
       m_report(settings.report.empty() ? nullptr : std::make_unique<Report>()),
-      m_before(settings.context) {}
+      m_before(settings.context),
+      m_readsEnd(settings.tail.has_value()) {}
 
 void Viewer::bytes(std::string_view bytes) {
     m_hasNewInput = true;
@@ -88,7 +89,20 @@ void Viewer::finish() {
     writeOut();
 }
 
+std::wstring Viewer::nothingFoundText() const {
+    if (hasFound() || m_read.records == 0 || m_readsEnd) {
+        return {};
+    }
+    const std::string first = isoText(m_read.firstMs, m_read.firstHasMilliseconds, ' ');
+    const std::string last = isoText(m_read.lastMs, m_read.lastHasMilliseconds, ' ');
+    return L"nothing found; the log has records from " + std::wstring(first.begin(), first.end()) + L" to " +
+           std::wstring(last.begin(), last.end());
+}
+
 void Viewer::process(const Record& record) {
+    if (record.header()) {
+        m_read.add(*record.header());
+    }
     if (m_folds) {
         m_assembler.add(record);
     } else {

@@ -62,6 +62,10 @@ public:
     /// Whether any entry was shown or counted.
     [[nodiscard]] bool hasFound() const noexcept { return m_entries != 0; }
 
+    /// A note for a user whose filter selected nothing: "nothing found; the log has records from … to …". Empty if an
+    /// entry was found, if the log has no records, or if only its end was read.
+    [[nodiscard]] std::wstring nothingFoundText() const;
+
     /// Number of gaps that the Follower reported.
     [[nodiscard]] unsigned int gaps() const noexcept { return m_gaps; }
 
@@ -108,6 +112,8 @@ private:
     bool m_hasNewInput = true;  ///< bytes were received since the last showPending()
     LocalMs m_lastInputMs = 0;
     unsigned long long m_entries = 0;
+    Tally m_read;     ///< the records that were read
+    bool m_readsEnd;  ///< whether --tail was given
     unsigned long long m_undecided = 0;
     unsigned int m_gaps = 0;
 };

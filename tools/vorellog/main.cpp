@@ -169,14 +169,35 @@ int view(const Settings& settings) {
     if (!good) {
         return kCannotRead;
     }
-    return viewer.hasFound() ? kFound : kNothingFound;
+    if (viewer.hasFound()) {
+        return kFound;
+    }
+    const std::wstring note = viewer.nothingFoundText();
+    if (!note.empty() && tools::isConsole(tools::Stream::Output)) {
+        report(note);
+    }
+    return kNothingFound;
 }
 
 tools::Guide guide() {
     return {.program = kProgram, .summary = syntax().summary, .commands = {&syntax(), 1}};
 }
 
+/// Whether the arguments are a usual question for help other than --help. A log may have the name "help".
+bool isQuestion(const std::vector<std::wstring>& given) {
+    if (given.size() != 1) {
+        return false;
+    }
+    const std::wstring& only = given.front();
+    return only == L"/?" || only == L"-?" ||
+           (only == L"help" && GetFileAttributesW(only.c_str()) == INVALID_FILE_ATTRIBUTES);
+}
+
 int runWith(const std::vector<std::wstring>& given) {
+    if (isQuestion(given)) {
+        tools::writeOutput(tools::helpText(syntax()));
+        return kFound;
+    }
     const tools::Arguments arguments = tools::parse(syntax(), given);
     if (arguments.has(L"help")) {
         tools::writeOutput(tools::helpText(syntax()));
