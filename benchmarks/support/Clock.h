@@ -19,7 +19,7 @@ enum class Clock {
 /// Sets the Linux process id of the Wine server of this process; 0 if it is unknown.
 void setWineServer(unsigned long linuxProcessId);
 
-/// Nanoseconds since a fixed moment.
+/// The time of the clock in nanoseconds. Only differences have a meaning.
 [[nodiscard]] double clockNs(Clock clock);
 
 /// A description of the time that the clock measures here, for a heading.

@@ -1,7 +1,7 @@
 /// \file
-/// Peers for Base64 and hexadecimal text: AVX2 loops by published methods, which leave the rest of the input to the
-/// table loops. Base64 follows Wojciech Muła and Daniel Lemire, "Faster Base64 Encoding and Decoding Using AVX2
-/// Instructions". Hexadecimal digits are looked up by shuffles.
+/// Peers for Base64 and hexadecimal text: AVX2 loops that follow published methods. They process whole blocks. The
+/// loops of BinaryTextLoops.h process the remaining input. Base64 follows Wojciech Muła and Daniel Lemire, "Faster
+/// Base64 Encoding and Decoding Using AVX2 Instructions". Hexadecimal digits are looked up by shuffles.
 #pragma once
 
 #include <cstddef>
@@ -11,7 +11,8 @@ namespace bench {
 /// Whether the processor has AVX2. The other functions require it.
 bool hasAvx2();
 
-/// Each of the following functions has the contract of the function in BinaryTextLoops.h without "Avx2" in its name.
+/// Each of the following functions has the same parameters and result as the function in BinaryTextLoops.h without
+/// "Avx2" in its name.
 std::size_t encodeBase64Avx2(const unsigned char* bytes, std::size_t count, char* out);
 std::size_t encodeBase64Avx2(const unsigned char* bytes, std::size_t count, wchar_t* out);
 std::size_t decodeBase64Avx2(const char* text, std::size_t length, unsigned char* out);

@@ -9,7 +9,8 @@
 
 namespace bench {
 
-/// The number of units of a valid UTF-8 text, and of bytes of a valid UTF-16 text.
+/// The number of UTF-16 units that a valid UTF-8 text has after conversion, and the number of UTF-8 bytes that a valid
+/// UTF-16 text has after conversion.
 std::size_t utf16LengthAvx2(const char* text, std::size_t bytes);
 std::size_t utf8LengthAvx2(const char16_t* text, std::size_t units);
 

@@ -2,8 +2,8 @@
 /// Parses decimal numbers with a fraction and an exponent from zero-terminated text of either width: character by
 /// character, or in blocks for numbers of the usual length.
 ///
-/// All programs that use these rules must compute the same bits, so the order of operations is fixed. The significant
-/// digits are read as an integer, converted to double, and multiplied or divided by one power of ten.
+/// The result is defined bit for bit, so the order of operations is fixed. The significant digits are read as an
+/// integer, converted to double, and multiplied or divided by one power of ten.
 #pragma once
 
 #include <array>
@@ -52,9 +52,9 @@ constexpr Mantissa parseMantissa(const T*& cursor) noexcept {
     return mantissa;
 }
 
-/// Significant digits as a double. The rule computes high * 1e9 + low from two halves of nine digits. The product has
-/// at most 51 significant bits, so both the halves and the product are exact. Only the sum is rounded, exactly like the
-/// conversion here.
+/// Significant digits as a double. Converting the integer gives the same bits as the documented computation
+/// high * 1e9 + low from two halves of nine digits. The halves are exact, and so is the product, because it has at most
+/// 51 significant bits. So that computation, too, rounds only once: when it adds the low half.
 constexpr double mantissaValue(std::uint64_t used) noexcept {
     return static_cast<double>(static_cast<std::int64_t>(used));
 }
@@ -89,8 +89,8 @@ Exponent parseExponent(const T*& cursor) noexcept {
 inline constexpr std::uint32_t kLargestScale = 511;
 
 /// The powers of ten with exponents from 0 to 511. Each is the product of the factors 1e1, 1e2, 1e4 … 1e256 that belong
-/// to the set bits of its exponent, lowest bit first, so every step rounds as the rule requires. From 309 on, the
-/// powers are infinite.
+/// to the set bits of its exponent, lowest bit first. The documented computation multiplies these factors in the same
+/// order, so every step rounds in the same way. From 309 on, the powers are infinite.
 inline constexpr auto kScaleFactors = [] {
     constexpr std::array<double, 9> kSquares = {1.0e1, 1.0e2, 1.0e4, 1.0e8, 1.0e16, 1.0e32, 1.0e64, 1.0e128, 1.0e256};
     std::array<double, kLargestScale + 1> factors = {};
@@ -166,8 +166,8 @@ VOREL_ALWAYS_INLINE bool parseShortMantissa(const T*& cursor, ShortMantissa& man
     return whole + fraction != 0;
 }
 
-/// Parses a number of the usual length without a branch on the number of digits. Returns false and consumes nothing if
-/// the number must be parsed character by character.
+/// Parses a number of the usual length without a branch for each digit. Returns false and consumes nothing if the
+/// number must be parsed character by character.
 template <class T>
 VOREL_ALWAYS_INLINE bool parseShortDecimal(const T*& start, double& value) noexcept {
     const T* cursor = start;

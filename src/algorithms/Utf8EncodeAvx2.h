@@ -74,7 +74,9 @@ inline constexpr unsigned int kUnits = 16;  // per block
 inline constexpr std::size_t kBlockBytes = 2 * std::size_t{kUnits};
 inline constexpr std::size_t kPairUnits = 2 * std::size_t{kUnits};  // two blocks
 inline constexpr std::size_t kPairBytes = 2 * kBlockBytes;
-inline constexpr std::size_t kMaxWritten = 64;  // by a step, including the zeros after its output
+
+/// The most bytes that encoding one or two blocks writes, including the zeros after the output.
+inline constexpr std::size_t kMaxWritten = 64;
 
 /// Constants of sixteen units. They are read from memory, because otherwise the compiler builds them in each iteration.
 struct Constants {
@@ -145,7 +147,7 @@ struct Piece {
     }
 };
 
-/// Two consecutive pieces. The functions have no loop, so that the compiler keeps the pieces in registers.
+/// Two consecutive pieces. The functions have no loops, so the compiler keeps the pieces in registers.
 struct TwoPieces {
     Piece first, second;
 
@@ -259,7 +261,8 @@ struct Sequences {
 VOREL_ALWAYS_INLINE FourPieces packed(const Sequences& all, unsigned int count) noexcept {
     const __m256i first = all.first();
     const __m256i second = all.second();
-    // Units after these must not produce bytes, because the output may be an array, whose unused elements must be zero.
+    // Units from `count` on must produce zeros, because the caller's output may be an array whose unused elements must
+    // remain zero.
     const auto kept = static_cast<unsigned int>((std::uint64_t{1} << 2 * count) - 1);
     const unsigned int kinds = (all.kinds & kept) | (0x55555555 & ~kept);
     const auto piece = [&](__m128i elements, unsigned int part) -> Piece {

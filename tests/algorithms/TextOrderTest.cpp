@@ -74,8 +74,9 @@ TYPED_TEST(TextOrderBlocks, UnitsAreTheSameByTheRule) {
     }
 }
 
-/// Texts of every length around the edges of blocks, with and without one differing character, at random positions of
-/// pages.
+/// Pairs of random texts of up to 69 units. The second text is a copy of the first with random changes: letters in the
+/// other case, exchanged slashes, one other character, or a shorter length. Each text is placed at an edge of a page or
+/// at a random position.
 TYPED_TEST(TextOrderBlocks, AgreeWithTheComparisonUnitByUnit) {
     test::PageEdge<TypeParam> pagesOfA(2048);
     test::PageEdge<TypeParam> pagesOfB(2048);

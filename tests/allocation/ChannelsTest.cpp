@@ -25,7 +25,8 @@ const std::wstring kWide = longText<wchar_t>(kLong);
 struct Line {
     std::string prefix;      // without the colon
     std::string decoration;  // text before the message
-    bool narrowTexts;        // some text is converted to wide or narrow text first
+    /// Whether the message, the target or the prefix is converted between narrow and wide text, which can fail.
+    bool hasConversion;
 };
 
 std::string joined(std::initializer_list<std::string_view> parts) {
@@ -43,7 +44,7 @@ std::vector<std::string> linesUnderFailure(const Line& line) {
     std::vector<std::string> decorations = {line.decoration};
     std::vector<std::string> messages = {kNarrow};
     std::vector<std::string> prefixes = {line.prefix};
-    if (line.narrowTexts) {
+    if (line.hasConversion) {
         decorations.insert(decorations.end(), {kNoMemory + ": ", ": "});
         messages.insert(messages.end(), {kNoMemory, ""});
         prefixes.insert(prefixes.end(), {kNoMemoryForPrefix, ""});
@@ -158,7 +159,8 @@ void debugOfClass(Attempt& attempt) {
     const bool marked = line.starts_with("DEBUG Truncated: ");
     const std::string text = line.substr(marked ? 17 : 7);
     EXPECT_TRUE(complete.starts_with(text) && text.size() >= kTruncatedLength) << text.size();
-    EXPECT_TRUE(marked || text == complete) << "the log writes long lines without allocating memory";
+    EXPECT_TRUE(marked || text == complete)
+        << "an unmarked line must be complete, because the log allocates nothing and so truncates nothing";
 }
 
 void logNarrow(Attempt& attempt) {
@@ -203,14 +205,14 @@ const std::vector<Operation>& operations() {
 
 INSTANTIATE_TEST_SUITE_P(Channels, FailingHeap, underBothFailures(operations()), failingHeapName);
 
-/// Every channel first allocates the block of its message. If only this allocation fails, the message is truncated and
-/// the prefix says so.
 struct TruncatedLine {
     const char* name;
     void (*call)();
     std::string text;
 };
 
+/// A message that does not fit into the internal buffer is rendered into a heap block, which is the first allocation of
+/// every channel. If only this allocation fails, the message is truncated, and the line is marked "Truncated".
 TEST(ChannelText, IsTruncatedAndMarkedWhenOnlyItsBlockCannotBeAllocated) {
     const ActiveTarget narrowTarget("T");
     const ActiveTarget wideTarget(L"T");

@@ -1,4 +1,5 @@
-// Arrays and hash maps with a failing heap: a failed operation leaves the container unchanged.
+// Arrays, hash maps and pointer stacks with a failing heap: a failed operation leaves the elements and entries
+// unchanged.
 
 #include <deque>
 #include <initializer_list>
@@ -27,7 +28,8 @@ int element<int>(unsigned int index) {
     return static_cast<int>(index) + 1;
 }
 
-/// Longer than the smallest buffer, so that the size in the exception shows that copying an element failed.
+/// The text needs a buffer of 32 units. No request for the array's storage has this size, so the exception shows which
+/// request failed.
 template <>
 Text element<Text>(unsigned int index) {
     return Text((longText<wchar_t>(20) + static_cast<wchar_t>('0' + index)).c_str());
@@ -50,7 +52,8 @@ void expectElements(const Array<T>& array, unsigned int count) {
     }
 }
 
-/// The requests that can fail in an operation that needs storage for `slots`: the storage, or the copy of an element.
+/// The requests that can fail in an operation that allocates `slots` slots: the request for the slots and, for texts,
+/// the request for the copy of an element.
 template <class T>
 std::vector<Attempt::Request> requestsFor(unsigned int slots) {
     if constexpr (std::is_same_v<T, int>) {
@@ -138,7 +141,7 @@ void copied(Attempt& attempt) {
     }
 }
 
-/// Constructs an array of 7 elements from `source`, which has the elements.
+/// Constructs an array from `source`, which contains 7 elements.
 template <class T, class Source>
 void constructed(Attempt& attempt, const Source& source) {
     std::optional<Array<T>> array;
@@ -163,7 +166,7 @@ void constructedFromRange(Attempt& attempt) {
     constructed<T>(attempt, std::span<const T>(source.begin(), source.end()));
 }
 
-/// A range that is read element by element.
+/// Constructs from a range that is not contiguous, so it is read element by element.
 template <class T>
 void constructedFromSeparateElements(Attempt& attempt) {
     const Array<T> source = arrayOf<T>(7);
@@ -227,7 +230,8 @@ void putGrows(Attempt& attempt) {
     if (squares.map.bucketCount() == 4) {
         attempt.expectMemoryException({{20, 8}});
     } else {
-        // The map grew before the allocation of the node failed, so it has all entries in more buckets.
+        // The map grows before it allocates the node. So it has more buckets, even if the allocation of the node
+        // failed.
         EXPECT_EQ(squares.map.bucketCount(), 11u);
         EXPECT_EQ(squares.map.growAt(), 8u);
         attempt.expectBadAlloc();

@@ -58,13 +58,15 @@ def text_of(file):
 
 
 def is_brace(file, number):
-    """Whether the line has only braces. Its counts belong to the destructors at the end of a block."""
+    """Whether the line is empty or has only braces, parentheses, semicolons and commas. The counts of such a line
+    belong to the destructors at the end of a block."""
     return not text_of(file)[number - 1].strip(" {}();,")
 
 
 def measure():
-    """Adds up the counts of all objects, and returns them in the format of gcovr. A line of a template has a separate
-    set of branches for each instance that the compiler generated."""
+    """Adds up the counts of all objects, and returns them in the format of gcovr. gcov reports a line of a template
+    once for each instance. If the branches of several instances have the same form, their counts are added up. Other
+    branches are listed separately."""
     counts, forms = Counter(), defaultdict(Counter)
     with ThreadPool() as pool:
         for line in chain.from_iterable(pool.imap_unordered(read_counts, sorted(BUILD.glob("**/*.gcda")))):

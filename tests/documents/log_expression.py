@@ -1,6 +1,7 @@
 #!/usr/bin/env python3
-"""Checks the regular expressions in docs/error-log.md, for a line and for a joined record, with a log that the library
-has written. Runs them in three engines: Python's `re`, PCRE (through grep) and, if node is installed, JavaScript.
+"""Checks the two regular expressions in docs/error-log.md against a log that the library has written: one for a single
+line, and one for a record joined with its continuation lines. Runs them in three engines: Python's `re`, PCRE (through
+grep) and, if node is installed, JavaScript.
 
     log_expression.py <page> <folder> <command>...
 
@@ -83,7 +84,7 @@ def count_by_pcre(expression: str, texts: list) -> int:
 
 
 def check(expression: str, texts: list, expected: list, folder: Path) -> None:
-    """Reads the texts in all engines."""
+    """Compares the results of each engine with the expected fields. Of PCRE, only the number of matches is known."""
     read = read_by_python(expression, texts)
     actual = [("no record", fields.rstrip("\r")) if isinstance(fields, str) else tuple(fields) for fields in read]
     # The value of the milliseconds depends on the clock, so only their presence is compared.
@@ -124,7 +125,7 @@ def main() -> None:
         sys.exit("no record has several lines")
     for record in records:
         if bool(re.fullmatch(for_line, record)) == ("\n" in record):
-            sys.exit(f"the expression for a line must match a record if it is one line: {record}")
+            sys.exit(f"the expression for a line must match a record if, and only if, it is one line: {record}")
 
 
 if __name__ == "__main__":

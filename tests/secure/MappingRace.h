@@ -1,5 +1,5 @@
 /// \file
-/// A race: several threads or processes open the same new mappings of named files at the same time.
+/// A race: in each round, several threads or processes open one new named mapping of a file at the same time.
 #pragma once
 
 #include <string>

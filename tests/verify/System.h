@@ -9,7 +9,7 @@ namespace verify {
 /// "10.0.22631.4602"; under Wine "10.0.19043 (Wine 8.0)".
 std::string windowsBuild();
 
-/// The kind of user: in a sentence, and in the name of a folder.
+/// Two names of the kind of user: for a sentence, and for a folder.
 struct UserKind {
     const char* phrase;
     const wchar_t* folder;

@@ -1,5 +1,6 @@
 /// \file
-/// The stack guard. This file is compiled with -fstack-protector-strong, as the library is in optimised builds.
+/// The stack guard. In every configuration, this file is compiled with -fstack-protector-strong. Release builds of the
+/// library use the same option for most of its sources.
 
 #include <cstddef>
 #include <cstdint>
