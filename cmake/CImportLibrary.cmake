@@ -1,5 +1,5 @@
 # Writes the import library of the flat interface for compilers of Microsoft's ABI, and the module definition file that
-# it is made from. Runs after vorelCore.dll is linked:
+# it is made from. Runs after vorelCore.dll is linked. The variables:
 #
 #   OBJDUMP, DLLTOOL: the programs; DLL: the library; OUTPUT: the path of both files without extension
 #

@@ -6,16 +6,16 @@
 # these targets, which this linker does not write. The shadow stacks of Windows require a flag in the file, which this
 # linker does not set.
 
-# For the library's objects in release builds. src/core/StackGuard.cpp defines the guard's value and the reaction to a
-# failure.
+# Compiles the library's objects in release builds with the stack guard and with debug information.
+# src/core/StackGuard.cpp defines the guard's value, and ends the program if the guard is overwritten.
 function(vorel_harden target)
     # The prefix map makes the bytes independent of the folder of the sources.
     target_compile_options(${target} PRIVATE
         "$<$<AND:$<COMPILE_LANGUAGE:CXX>,$<CONFIG:Release>>:-fstack-protector-strong;-g;-ffile-prefix-map=${PROJECT_SOURCE_DIR}=.>")
 endfunction()
 
-# Omits the guard in sources whose functions are short loops over bounded buffers on the stack, because the guard would
-# take up to a quarter of their time on short texts. Fuzzing, the guarded heap, and tests at page edges check the
+# Omits the stack guard in sources whose functions are short loops over bounded buffers on the stack, because the guard
+# would take up to a quarter of their time on short texts. Fuzzing, the guarded heap, and tests at page edges check the
 # bounds of these functions.
 function(vorel_omit_stack_guard)
     if(NOT MSVC)

@@ -1,10 +1,11 @@
 # Options that make the DLL load fast.
 
-# ADVAPI32.dll is loaded on the first call of one of its functions, because few programs call these functions.
-# ADVAPI32.dll is one of the system's known DLLs, so only the system folder is searched for it. GNU's linker has no
-# option for delayed loading. Instead, an import library is used whose functions call __delayLoadHelper2 of libdelayimp.
+# With GCC and MSVC, ADVAPI32.dll is loaded on the first call of one of its functions, because few programs call these
+# functions. ADVAPI32.dll is one of the system's known DLLs, so only the system folder is searched for it. GNU's linker
+# has no option for delayed loading. Instead, an import library is used whose functions call __delayLoadHelper2 of
+# libdelayimp. With clang, ADVAPI32.dll is loaded together with the DLL.
 #
-# If sections are aligned to pages in the file as well, the system maps them instead of reading them.
+# With GCC, the sections are aligned to pages in the file, too, so the system maps them instead of reading them.
 function(vorel_load_quickly target)
     if(MSVC)
         target_link_libraries(${target} PRIVATE advapi32 delayimp)

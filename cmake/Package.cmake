@@ -2,18 +2,19 @@
 #
 #   bin/                     vorelCore.dll, the compiler's runtime DLLs, the tools
 #   include/vorel/           the headers
-#   lib/                     the import library and the static library; vorelCore.lib and .def, the import library of the
-#                            flat interface for C compilers of Microsoft's ABI
+#   lib/                     the import library and the static library; vorelCore.lib, the import library of the flat
+#                            interface for C compilers of Microsoft's ABI, and vorelCore.def, from which it is made
 #   lib/cmake/vorelCore/     for find_package, and the toolchain files
 #   lib/pkgconfig/           vorelCore.pc and vorelCoreStatic.pc
 #   bin/vorelCore.dll-gdb.py GDB's view of containers and exceptions; GDB finds it there
-#   share/vorelCore/         the licences of the runtime DLLs, Visual Studio's view, and PowerShell's completion of the tools
+#   share/vorelCore/         the licences of the runtime DLLs and of code in the tools, Visual Studio's view, and the
+#                            completion of the tools for PowerShell
 #   share/man/man1/          the manual pages of the tools
 #   share/bash-completion/   the completion of the tools for bash
 #   share/doc/vorelCore/     README, changelog, docs/, examples/ and integrations/
 #
-# The component "symbols" is bin/vorelCore.dll.debug, which is installed only by name: cmake --install build --component
-# symbols. The package may be moved to another folder: it contains no absolute paths.
+# The component "symbols" is bin/vorelCore.dll.debug. It is installed only if it is named: cmake --install build
+# --component symbols. The package may be moved to another folder, because it contains no absolute paths.
 
 include(CMakePackageConfigHelpers)
 
@@ -69,8 +70,9 @@ endif()
 configure_package_config_file(cmake/vorelCoreConfig.cmake.in "${vorelPackageFiles}/vorelCoreConfig.cmake"
     INSTALL_DESTINATION "${vorelPackageDir}"
     PATH_VARS CMAKE_INSTALL_BINDIR CMAKE_INSTALL_LIBDIR CMAKE_INSTALL_INCLUDEDIR)
-# Before 1.0 a minor version may change the interface. vorelCoreConfig.cmake checks the architecture, because
-# its messages can give the reason.
+# Before 1.0 a minor version may change the interface, so only the same minor version is compatible. The version file
+# does not check the architecture (ARCH_INDEPENDENT). vorelCoreConfig.cmake checks the architecture, because its messages
+# can give the reason.
 write_basic_package_version_file("${vorelPackageFiles}/vorelCoreConfigVersion.cmake"
     COMPATIBILITY SameMinorVersion ARCH_INDEPENDENT)
 install(
@@ -143,7 +145,7 @@ set(CMAKE_SKIP_INSTALL_ALL_DEPENDENCY ON)
 # Without this setting, the installer would offer the symbols as a component.
 set(CPACK_MONOLITHIC_INSTALL ON)
 
-# The first text to read, in the folder of the package itself.
+# The first text that a user of the archive reads. It is in the top folder of the package.
 configure_file(cmake/package-readme.txt.in "${vorelPackageFiles}/top/README.txt" @ONLY NEWLINE_STYLE CRLF)
 set(CPACK_INSTALLED_DIRECTORIES "${vorelPackageFiles}/top;.")
 

@@ -1,5 +1,5 @@
-# Options for compiling every target of this project: the language, the floating-point rules, the warnings. They do not
-# affect the users of the library.
+# Options for compiling every target of this project: the language, the floating-point rules, the warnings, and traps on
+# undefined behaviour. They do not affect the users of the library.
 
 # The presets of ./dev enable this option. By default it is off, because other versions of the compilers may have other
 # warnings.
@@ -52,9 +52,10 @@ if(MSVC)
     add_compile_definitions(_CRT_SECURE_NO_WARNINGS)
 endif()
 
-# Undefined behaviour, an index past the end of a standard container, and an overwritten return address end the program
-# where they occur. The checks end in a trap instruction, because this compiler has no runtime that would report the
-# errors. The stack guard comes from the static libssp, so the DLL has the same imports as in other builds.
+# With VOREL_TRAPS, undefined behaviour, an index past the end of a standard container, and an overwritten return
+# address end the program. The checks of undefined behaviour execute a trap instruction, because GCC for mingw-w64 has no
+# runtime that would report the errors. The stack guard comes from the static libssp, so the DLL has the same imports as
+# in other builds.
 option(VOREL_TRAPS "Trap on undefined behaviour" OFF)
 set(VOREL_TRAP_OPTIONS
     -fsanitize=undefined

@@ -35,7 +35,8 @@ foreach(name IN LISTS VOREL_RUNTIME_DLL_NAMES)
     configure_file("${path}" "${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/${name}" COPYONLY)
 endforeach()
 
-# The variable of find_package, for a project that includes this one with add_subdirectory or FetchContent.
+# find_package sets this variable, too. Here it is set for a project that includes vorelCore with add_subdirectory or
+# FetchContent.
 if(NOT PROJECT_IS_TOP_LEVEL)
     set(vorelCore_RUNTIME_DLLS "${VOREL_RUNTIME_DLLS}" PARENT_SCOPE)
 endif()

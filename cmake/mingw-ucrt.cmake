@@ -2,8 +2,8 @@
 # memory or streams with vorelCore.dll must use this runtime, so the package installs this file as well.
 #
 # Some compilers use this runtime by default: the compilers of MSYS2 (UCRT64), and x86_64-w64-mingw32ucrt-g++ of Debian
-# 13. The default of Debian's x86_64-w64-mingw32-g++-posix is the older runtime. This file replaces the older runtime in
-# two ways. The macros in ucrt-target.cmake make the headers declare the universal runtime's functions. A specs file,
+# 13. The default of Debian's x86_64-w64-mingw32-g++-posix is the older runtime. Two changes replace the older
+# runtime. The macros in ucrt-target.cmake make the headers declare the universal runtime's functions. A specs file,
 # which is made here from the compiler's own specs, makes the compiler link libucrt instead of libmsvcrt.
 #
 # -DCMAKE_CXX_COMPILER=<compiler> chooses a compiler. By default, the first installed compiler of the list below is

@@ -70,7 +70,7 @@ docs_packages=(doxygen doxygen-awesome-css)
 coverage_packages=(gcovr)
 fuzz_packages=(clang libclang-rt-dev llvm) # llvm resolves the addresses in a report
 packages+=(mono-mcs) # compiles the sample in C#
-# For the tests of the binding for Node. Any npm will do.
+# For the tests of the binding for Node. Any version of npm is accepted.
 command -v npm >/dev/null || packages+=(nodejs npm)
 
 missing_packages() { # missing_packages <package>...
@@ -103,7 +103,7 @@ setup() { # setup [package]...: installs the packages that every command needs, 
     as_root apt-get install -y -qq -o Dpkg::Use-Pty=0 --no-install-recommends "${missing[@]}"
 }
 
-# If one of these packages cannot be installed, the tests that need the package are skipped.
+# Installs the packages of tests. If one of them cannot be installed, the tests that need the package are skipped.
 setup_tests() {
     local package
     (setup "${test_packages[@]}") || for package in $(missing_packages "${test_packages[@]}"); do
@@ -149,7 +149,7 @@ install_npm_packages() { # install_npm_packages <folder of package-lock.json> <f
 
 # ---- Build ----------------------------------------------------------------------------------------------------------
 
-# All clones of this user share compiled objects. In depend mode, the compiler's cache does not run the preprocessor.
+# All clones of this user share compiled objects. In depend mode, the compiler cache does not run the preprocessor.
 # Precompiled headers are identified by their inputs.
 export CMAKE_C_COMPILER_LAUNCHER=ccache CMAKE_CXX_COMPILER_LAUNCHER=ccache
 export CCACHE_BASEDIR="$PWD" CCACHE_NOHASHDIR=1 CCACHE_DEPEND=1 CCACHE_SLOPPINESS=pch_defines,time_macros
@@ -182,13 +182,13 @@ build() { # build <preset> [target]...: builds everything if no target is given
     cmake --build --preset "$preset" --parallel "$jobs" ${targets[@]:+--target "${targets[@]}"}
 }
 
-configure_fuzz() { # for this machine, with a different compiler than the presets
+configure_fuzz() { # configures fuzz/, whose programs run on this machine without Wine
     [[ -e build/fuzz/build.ninja ]] || cmake -S fuzz -B build/fuzz -G Ninja -DCMAKE_CXX_COMPILER=clang++
 }
 
 # ---- Run ------------------------------------------------------------------------------------------------------------
 
-# Several commands may share the Wine prefix. The last command to finish ends its server.
+# Several commands may use the Wine prefix at the same time. The last command to finish ends the server of the prefix.
 hold_wine() { # hold_wine [command]...: the command that starts the server, if it must run in a special way
     mkdir -p build
     exec {wine_users}>build/wine.users

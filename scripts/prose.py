@@ -1,6 +1,7 @@
 """Searches comments, documents and string literals for phrases that the style guide rejects.
 
-    prose.py <path>...      files, or folders searched for C++, C, Python, shell, CMake, JavaScript and Markdown
+    prose.py <path>...      files, or folders searched for C++, C, Python, shell, CMake, JavaScript, TypeScript,
+                            Markdown and text
 
 rejected-phrases.txt has the phrases and their replacements. A line with the comment "prose: <reason>" is skipped; such
 a line has a text that the interface fixes, or a name.
