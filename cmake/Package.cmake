@@ -11,7 +11,7 @@
 #                            completion of the tools for PowerShell
 #   share/man/man1/          the manual pages of the tools
 #   share/bash-completion/   the completion of the tools for bash
-#   share/doc/vorelCore/     README, changelog, docs/, examples/ and integrations/
+#   share/doc/vorelCore/     README, changelog, docs/, examples/, integrations/, and the page of the package for Node
 #
 # The component "symbols" is bin/vorelCore.dll.debug. It is installed only if it is named: cmake --install build
 # --component symbols. The package may be moved to another folder, because it contains no absolute paths.
@@ -122,7 +122,8 @@ install(DIRECTORY docs examples DESTINATION "${CMAKE_INSTALL_DOCDIR}"
     FILES_MATCHING PATTERN "*.md" PATTERN "*.svg" PATTERN "*.png" PATTERN "*.h" PATTERN "*.cpp" PATTERN "*.txt"
     PATTERN "docs/site" EXCLUDE)
 
-# The pages refer to the configurations of collectors.
+# The pages refer to the configurations of collectors and to the package for Node.
+install(FILES bindings/node/README.md DESTINATION "${CMAKE_INSTALL_DOCDIR}/bindings/node")
 install(DIRECTORY integrations DESTINATION "${CMAKE_INSTALL_DOCDIR}" PATTERN "integrations/test" EXCLUDE)
 
 # ---- Archive and installer ------------------------------------------------------------------------------------------

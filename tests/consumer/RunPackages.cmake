@@ -42,7 +42,9 @@ list_files("${package}" expected)
 foreach(file IN ITEMS
         README.txt share/doc/vorelCore/README.md share/doc/vorelCore/CHANGELOG.md
         share/doc/vorelCore/docs/getting-started.md share/doc/vorelCore/examples/hello/main.cpp
+        share/doc/vorelCore/bindings/node/README.md
         share/doc/vorelCore/integrations/README.md share/doc/vorelCore/integrations/rsyslog/vorel.rulebase
+        share/vorelCore/vorelCore.natvis bin/vorelCore.dll-gdb.py
         share/vorelCore/LICENSES/README.txt share/vorelCore/LICENSES/GPL-3.0.txt
         lib/vorelCore.lib lib/vorelCore.def)
     if(NOT EXISTS "${package}/${file}")
