@@ -71,8 +71,8 @@ configure_package_config_file(cmake/vorelCoreConfig.cmake.in "${vorelPackageFile
     INSTALL_DESTINATION "${vorelPackageDir}"
     PATH_VARS CMAKE_INSTALL_BINDIR CMAKE_INSTALL_LIBDIR CMAKE_INSTALL_INCLUDEDIR)
 # Before 1.0 a minor version may change the interface, so only the same minor version is compatible. The version file
-# does not check the architecture (ARCH_INDEPENDENT). vorelCoreConfig.cmake checks the architecture, because its messages
-# can give the reason.
+# does not check the architecture (ARCH_INDEPENDENT). vorelCoreConfig.cmake checks the architecture, because its
+# messages can give the reason.
 write_basic_package_version_file("${vorelPackageFiles}/vorelCoreConfigVersion.cmake"
     COMPATIBILITY SameMinorVersion ARCH_INDEPENDENT)
 install(

@@ -28,7 +28,7 @@ void encode(const std::string& bytes, HexCase letters, const fuzz::Placement& so
     });
 }
 
-/// The value of a digit, or the rule's value for any other unit; -1 if the rule rejects it.
+/// The value of a digit, or the documented value of any other unit; -1 if the decoder rejects the unit.
 template <class T>
 int valueOf(T unit, bool withStatus) {
     const auto number = static_cast<unsigned int>(static_cast<std::make_unsigned_t<T>>(unit));
@@ -39,8 +39,8 @@ int valueOf(T unit, bool withStatus) {
     if (!withStatus) {
         return 0;
     }
-    // The decoder with a status uses the lower byte of a unit. By its rule, the characters from ':' to '@' have the
-    // values 3 to 9.
+    // The decoder with a status uses the lower byte of a unit. It gives the characters from ':' to '@' the values 3 to
+    // 9.
     const std::size_t position = std::string_view(":;<=>?@ABCDEF").find(static_cast<char>(number & 0xFF));
     const std::size_t decimal = std::string_view("0123456789").find(static_cast<char>(number & 0xFF));
     if (decimal != std::string_view::npos) {

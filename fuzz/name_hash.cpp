@@ -1,4 +1,4 @@
-// The hash of a name of either width, against the rule computed without 32-bit overflow.
+// The hash of a name of either width, against the documented rule, computed without 32-bit overflow.
 
 #include <cstdint>
 #include <string>

@@ -21,7 +21,7 @@ endmacro()
 
 # check(<source> <mark> <compiles> <text> <option>...): for each line of `source` with the comment "// <mark>: X", the
 # compiler must write a message that matches the regular expression `text`, in which X is replaced by the word after the
-# mark. There must be no message for other lines, and for lines with the mark "X (GCC)" if the compiler is not GCC.
+# mark. There must be no message for other lines, nor for lines with the mark "X (GCC)" if the compiler is not GCC.
 function(check name mark compiles text)
     compile(${name} ${ARGN})
     if(compiles AND NOT result EQUAL 0)
@@ -56,7 +56,7 @@ check(Warnings.cpp "warns" TRUE "\\[X[^\n]*\\]" -DVOREL_CHECK_FORMATS -Wformat-s
 check(Access.cpp "rejected" FALSE "error: [^\n]* ${access}")
 check(Ambiguous.cpp "rejected" FALSE "error: [^\n]* is X")
 
-# Without VOREL_CHECK_FORMATS, formats of the runtime must compile without a warning.
+# Without VOREL_CHECK_FORMATS, narrow formats that are valid for the Windows runtime must compile without a warning.
 compile(RuntimeFormats.cpp -Wformat=2 -Werror)
 if(NOT result EQUAL 0)
     message(SEND_ERROR "warnings about formats of the runtime:\n${messages}")
@@ -80,7 +80,7 @@ if(NOT result EQUAL 0)
     message(SEND_ERROR "the flat interface does not compile:\n${messages}")
 endif()
 
-# GCC 12 has no <format>; libc++ has.
+# The formatters are compiled with libc++, because GCC 12 has no <format>.
 if(LIBCXX)
     execute_process(
         COMMAND "${CLANG}" --target=x86_64-w64-mingw32 -nostdinc++ -isystem "${LIBCXX}" -D_UCRT -D__MSVCRT_VERSION__=0xE00

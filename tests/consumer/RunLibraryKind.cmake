@@ -18,7 +18,7 @@ function(expect_files exist)
 endfunction()
 
 file(REMOVE_RECURSE "${WORK}")
-# The options of the release, so that the compiler's cache has the objects.
+# The options of the release preset, so that the compiler cache already contains the objects.
 run("Configure the library"
     "${CMAKE_COMMAND}" -S "${SOURCE}" -B "${WORK}/library" -G "${GENERATOR}"
     "-DCMAKE_TOOLCHAIN_FILE=${SOURCE}/cmake/${TOOLCHAIN}" "-DCMAKE_CXX_COMPILER_LAUNCHER=${LAUNCHER}"

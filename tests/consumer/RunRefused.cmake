@@ -1,4 +1,5 @@
-# Configures the project refused/ with compilers for other systems. find_package must refuse each with a sentence.
+# Configures the project refused/ with compilers for other systems. find_package must refuse each compiler with
+# a message that gives the reason.
 #
 #   PROJECT_BUILD: the build to install; CLANG: the folder of clang
 

@@ -50,7 +50,7 @@ if(NOT flags STREQUAL "CMAKE_CXX_FLAGS:STRING=-D_WIN32_WINNT=0x0A00" OR EXISTS "
     message(SEND_ERROR "the compiler's own runtime is replaced: ${flags}")
 endif()
 
-# The library itself; it finds the runtime DLLs in the compiler's folder.
+# Configures the library itself. It must find the runtime DLLs in the compiler's folder.
 run("Configure the library"
     "${CMAKE_COMMAND}" -S "${SOURCE}" -B "${FOLDER}/library" -G "${GENERATOR}" -DCMAKE_BUILD_TYPE=Release
     "-DCMAKE_TOOLCHAIN_FILE=${SOURCE}/cmake/mingw-ucrt.cmake" "${compiler}"

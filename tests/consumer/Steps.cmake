@@ -1,7 +1,7 @@
-# Common steps of the tests with a user's project. They run in a folder whose name contains a space and a non-ASCII
+# Common steps of the tests with a user's project. The steps use a folder whose name contains a space and a non-ASCII
 # letter. Wine needs a UTF-8 locale for such paths.
 #
-#   GENERATOR, CONFIG, EMULATOR, WORK, TOOLCHAIN (the name of the toolchain file): set by tests/CMakeLists.txt
+#   GENERATOR, CONFIG, EMULATOR, WORK, TOOLCHAIN (the name of the toolchain file): set by the command that runs the test
 
 set(FOLDER "${WORK}/für alle")
 

@@ -4,7 +4,7 @@
     check_natvis.py <file.natvis> <folder of headers>
 
 The file must be well-formed. Each type must be a class of the headers, with the same number of template arguments. Each
-member in an expression must be declared there. Each constant must have the value in the headers.
+name in an expression must be in the headers. Each hexadecimal constant must be the unknown length in the headers.
 """
 
 import pathlib
@@ -57,8 +57,8 @@ def expressions_of(node):
 
 
 def identifiers_of(expression):
-    """The names in an expression, without strings, numbers and format specifiers, except members in these
-    (",[m_length]su")."""
+    """The names in an expression, without strings, numbers and format specifiers. A member within a format specifier,
+    such as m_length in ",[m_length]su", is included."""
     expression = re.sub(r'"[^"]*"', "", expression)
     expression = re.sub(r",\s*(\[[^\]]*\])?(su|s)$", r" \1", expression.strip())
     return re.findall(r"(?<![\w])[A-Za-z_]\w*", expression)

@@ -5,9 +5,10 @@
     other_languages.py csharp <page> <folder> <build> <dotnet.exe> <wine>...
     other_languages.py python <page> <exports>
 
-- c: the command `cl` of docs/windows.md runs as clang with the options of Microsoft's compiler, and the program under Wine.
-  <build> is installed as C:\\vorelCore. Microsoft's headers and libraries are not available: the headers and the import
-  library of the C runtime are those of mingw-w64, and a function replaces the start-up code.
+- c: runs the commands of docs/windows.md. clang with the options of Microsoft's compiler replaces `cl`, and the program
+  runs under Wine. An installation of <build> in <folder> replaces C:\\vorelCore. Microsoft's headers and libraries are
+  not available, so the C runtime's headers and import library are from mingw-w64, and a function replaces the start-up
+  code.
 - csharp: compiles with Mono's compiler, and runs with .NET for Windows under Wine. The DLLs of <build> are in the path.
 - python: checks the syntax, and that the library exports the functions.
 
@@ -28,8 +29,8 @@ SKIPPED = 77
 PACKAGE = "C:\\vorelCore\\"
 GCC = "x86_64-w64-mingw32-g++-posix"
 
-# What the start-up code of the C runtime does for a program that uses only its functions. Compilers of Microsoft refer to
-# `_fltused` in programs with floating-point numbers.
+# Replaces the start-up code of the C runtime, for a program that uses only functions of the C runtime. Compilers of
+# Microsoft refer to `_fltused` in programs with floating-point numbers.
 START = """\
 int _fltused = 0;
 int main(void);

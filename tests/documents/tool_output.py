@@ -3,9 +3,9 @@
 
     tool_output.py <page> <folder> <folder of the tools> <command that runs a program>...
 
-A block labelled `text` is the content of the file that the next calls name. A file `*.log` gets line ends of Windows. A
-block labelled `sh` has one or more calls of vorellog or vorelconv. The next block labelled `console` or `json` is the
-expected output of these calls.
+A block labelled `sh` has one or more calls of vorellog or vorelconv. The next block labelled `console` or `json` is the
+expected output of these calls. A block labelled `text` is the content of the file that the first of the next calls
+names. If the name of the file ends in ".log", its lines end in CR LF.
 """
 
 import difflib

@@ -3,8 +3,8 @@
 /// tests, and the global `new` and `delete`. It can make requests fail, and it counts the blocks in use.
 ///
 /// It serves neither the requests of the C runtime itself (streams, locales) nor the requests of the compiler's runtime
-/// (thrown objects). In the guarded build, the compiler's runtime is linked statically, so this heap serves its
-/// requests too.
+/// (thrown objects). In the guarded build, the compiler's runtime is linked statically, so this heap also serves
+/// the requests of the compiler's runtime.
 ///
 ///     heap::watch();                       // starts counting blocks
 ///     heap::arm(3, heap::Failure::Once);   // the third request after this call fails

@@ -1,8 +1,8 @@
 """Finds the mutants of a C++ source: small changes of its text. Uses regular expressions instead of a parser.
 
-It relies on the layout that clang-format produces: a binary operator has a space on both sides, the angle brackets of a
-template have none, and every body is in braces. A change that does not compile is replaced by another one, so a wrong
-guess only costs time.
+The search relies on the layout that clang-format produces: a binary operator has a space on both sides, the angle
+brackets of a template have none, and every body is in braces. A change that does not compile is replaced by another
+change, so a wrong guess only costs time.
 """
 
 import hashlib

@@ -1,8 +1,8 @@
 """Builds and runs the tests with one changed source file, based on a finished build that it does not modify.
 
-It takes the build's commands from Ninja. All sources that include the changed file are compiled again, with an overlay
-folder before the include paths, and linked with the other objects of the build. So nothing has to be restored
-afterwards.
+The commands of the build come from Ninja. The changed file is in an overlay folder. All sources that include the file
+are compiled again, with the overlay folder before the include paths, and linked with the other objects of the build. So
+nothing has to be restored afterwards.
 """
 
 import json
@@ -160,7 +160,7 @@ class Bench:
     # ---- Building ----
 
     def put(self, path, text):
-        """Replaces the contents of the file `path` by `text`. All other files are the files of the build."""
+        """Puts the file `path` with the contents `text` into the overlay folder. All other files are unchanged."""
         shutil.rmtree(self._overlay, ignore_errors=True)
         shutil.rmtree(self._objects, ignore_errors=True)
         self._objects.mkdir(parents=True)
@@ -242,7 +242,8 @@ class Bench:
     # ---- Running ----
 
     def run(self, program, test_filter):
-        """Runs tests until one fails. Returns None if all pass, or the test, with " (hangs)" or " (crashes)" added."""
+        """Runs tests until one fails. Returns None if all pass, or the name of the failed test. " (hangs)" or
+        " (crashes)" follows the name if the test has no result."""
         failed = self._run(self._bin, program, test_filter)
         while failed and failed.endswith("(hangs)") and self._is_slow(program, test_filter):
             failed = self._run(self._bin, program, test_filter)

@@ -58,7 +58,7 @@ class Program:
         for suite in json.loads(self._listing.read_text())["testsuites"]:
             for case in suite["testsuite"]:
                 if not case["name"].startswith("DISABLED_"):
-                    # The compiler's cache may return an object that was compiled in another clone, so only the end of
+                    # The compiler cache may return an object that was compiled in another clone, so only the end of
                     # the path is used.
                     path = case["file"].replace("\\", "/").rpartition("/tests/")[2]
                     files[TESTS / path].append((suite["name"], case["name"]))

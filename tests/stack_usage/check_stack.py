@@ -2,7 +2,7 @@
 
 Compiles the sources that handle a line of the log, reads the compiler's call graph with the size of each frame, and
 adds up the deepest chain of calls of each channel. The stack of the runtime and the system is not included. The
-stack of calls that throw is not included either, because other sources report failures.
+stack of calls that throw is not included either, because the code that throws is in other sources.
 
     check_stack.py <source folder> <work folder> <compiler> <flag>...
 """

@@ -1,9 +1,10 @@
-"""Unpacks the archive of the tests in a folder whose name has a blank and a letter beyond ASCII, runs verify.cmd in a new
-Wine prefix, and checks what it reports: first that all cases pass, then that each kind of failure is found.
+"""Unpacks the archive of the tests in a folder whose name has a blank and a letter beyond ASCII, and runs verify.cmd in
+a new Wine prefix. First all cases must pass. Then, with a list of tests that fail, each kind of failure must be
+reported.
 
     check_archive.py <archive> <work folder> [suite]...
 
-Only the command interpreter is used, and no program of this machine is in the path of the prefix.
+In the prefix, verify.cmd finds only the command interpreter and no program of this machine.
 """
 
 import os
@@ -18,7 +19,7 @@ from pathlib import Path
 ROOT = Path(__file__).resolve().parents[2]
 LAST_LINE = re.compile(r"(\d+) passed, (\d+) failed, (\d+) skipped, on Windows 10\.0\.\d+[\d.]* \(Wine [\d.]+\), "
                        r"as an administrator")
-# A test of each kind that fails, and the message on the page.
+# For each kind of failure, a test that fails in this way, and the message about it in summary.html.
 FAILING = [
     ("broken.missing\tno_such_program.exe\tgtest\tparallel\t60\t", "cannot be started, error 2"),
     ("broken.exit\tverify.exe\tplain\tparallel\t60\tno_such_suite", "It ended with the exit code 0x2."),
@@ -41,7 +42,7 @@ class Archive:
                               stdout=subprocess.PIPE, stderr=subprocess.STDOUT, timeout=3000, check=False)
 
     def verify(self, suites):
-        """The exit code of verify.cmd, its last line, and the page."""
+        """The exit code of verify.cmd, the numbers in its last line, and the path of summary.html."""
         script = "Z:" + str((self.folder / "verify.cmd").resolve()).replace("/", "\\")
         run = self.wine("cmd", "/c", script, *suites)
         output = run.stdout.decode(errors="replace").splitlines()
@@ -60,7 +61,7 @@ def expect(condition, text):
 
 
 def text_of(page):
-    """The text of the page, which must be well-formed."""
+    """The text of summary.html, which must be well-formed."""
     return "".join(xml.parse(page).getroot().itertext())
 
 

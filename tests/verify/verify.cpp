@@ -3,9 +3,10 @@
 ///
 ///     verify.exe [suite]...
 ///
-/// The programs are in the folder of this one, and `tests.txt` says how to start them. The results are in the folder
-/// `results` next to it, or among the temporary files if that is not writable: the XML file of each test, and
-/// summary.html. The exit code is 0 if no case failed, 1 if one did, and 2 if the tests could not be run.
+/// The test programs are in the folder of verify.exe, and `tests.txt` in this folder lists their calls. The results are
+/// the XML file of each test, and summary.html. They are in the folder `results` of the archive, or among the temporary
+/// files if the archive is not writable. The exit code is 0 if cases passed and none failed, 2 if the tests could not
+/// be run, and otherwise 1.
 
 #include <algorithm>
 #include <atomic>
@@ -38,7 +39,7 @@ using verify::Outcome;
 using verify::Test;
 using verify::TestResult;
 
-constexpr std::size_t kOutputBytes = 8000;  // of a failed program, on the page
+constexpr std::size_t kOutputBytes = 8000;  // the maximum output of a program on the page
 constexpr unsigned int kMaxThreads = 16;
 
 /// Whether functions for narrow text can open the path.
@@ -61,8 +62,8 @@ std::wstring variable(const wchar_t* name) {
     return value ? value : L"";
 }
 
-/// The folder of the programs. Programs that start themselves again do so by their narrow path; the short form of a
-/// path is narrow where the long one may not be.
+/// The path of the programs' folder. Some programs start themselves again by their narrow path. If the path has no
+/// narrow form, this is the short form of the path, which often has one.
 fs::path programFolder() {
     std::wstring folder = test::programFolder();
     if (!isNarrow(folder)) {
@@ -179,7 +180,7 @@ private:
         const fs::path program = m_programs / std::wstring(test.program.begin(), test.program.end());
         verify::ProgramResult run = verify::runProgram(program, arguments, m_work, test.limitMs);
         if (run.exitCode != 0 && run.output.empty() && test::wineVersion()) {
-            // Wine does not start one of some thousand programs.
+            // Wine fails to start about one of several thousand programs, so the program is started again.
             run = verify::runProgram(program, arguments, m_work, test.limitMs);
         }
 

@@ -46,7 +46,7 @@ namespace {
 
 using vorel::Exception;
 
-/// The distance of a field from the begin of its object.
+/// The distance of a field from the start of the object.
 template <class Field>
 std::ptrdiff_t offsetOf(const Exception& e, Field field) {
     return reinterpret_cast<const char*>(std::addressof(e.*field)) - reinterpret_cast<const char*>(&e);

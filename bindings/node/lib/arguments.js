@@ -76,7 +76,7 @@ function integer(value, low, high, name) {
     return value;
 }
 
-// The original getters of a typed array: objects and subclasses may redefine these properties.
+// The original getters of a typed array, because objects and subclasses may redefine these properties.
 const typedArray = Object.getPrototypeOf(Uint8Array.prototype);
 const typeOf = Object.getOwnPropertyDescriptor(typedArray, Symbol.toStringTag).get;
 const lengthOf = Object.getOwnPropertyDescriptor(typedArray, 'length').get;

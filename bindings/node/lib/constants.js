@@ -1,4 +1,5 @@
-// The numbers of the flat interface, named as in its headers without "VOREL_". test/constants.test.js compares them.
+// The numbers of the flat interface, named as in its headers without "VOREL_". test/constants.test.js compares the
+// numbers with the headers.
 'use strict';
 
 module.exports = Object.freeze({

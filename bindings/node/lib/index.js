@@ -9,8 +9,8 @@ const { compare, currentTime, format, list, parse, scan, versionAtLeast } = requ
 
 const version = native.version();
 
-// Node finds the names for `import { … }` in this literal. It must contain only plain identifiers, and must not be an
-// argument of a call.
+// Node finds the names for `import { … }` in this literal. So the literal must contain only plain identifiers, and must
+// not be an argument of a call.
 module.exports = {
     version,
     Status,

@@ -1,7 +1,7 @@
 // Declares the functions of the DLL and passes values to and from them. Only this file depends on koffi.
 'use strict';
 
-// Required first, because it reports an unsupported system; koffi would fail there.
+// Required first, because it reports an unsupported system. On such a system, koffi would fail with another error.
 const { loadDll } = require('./load');
 
 const koffi = require('koffi');

@@ -1,5 +1,6 @@
 // Tracks which asynchronous task holds a mutex. For Windows, the owner of a mutex is a thread, and asynchronous tasks
-// share one thread. So Windows would let a second task lock a mutex that the first task holds. Each Worker is a thread.
+// share one thread. So Windows would let a second task lock a mutex that the first task holds. Each Worker is a
+// thread and loads this module again, so the tasks of each thread are tracked separately.
 'use strict';
 
 const { AsyncLocalStorage } = require('async_hooks');

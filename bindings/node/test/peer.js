@@ -26,7 +26,7 @@ const roles = {
         }, GENEROUS_MS);
     },
 
-    /** The same with an asynchronous action. */
+    /** Locks a mutex with an asynchronous action, which signals `heldName` and waits for a signal. */
     async holdAsync(mutexName, heldName, releaseName) {
         await new Mutex(mutexName).runAsync(async () => {
             new Condition(heldName).signal();

@@ -96,7 +96,7 @@ function startPeer(...roleAndArguments) {
     return startPeerWith({}, ...roleAndArguments);
 }
 
-/** The same with options of `child_process.spawn`. A peer that runs too long is killed and resolves to null. */
+/** Starts test/peer.js with options of `child_process.spawn`. Kills a peer that runs too long, and resolves to null. */
 function startPeerWith(options, ...roleAndArguments) {
     const peer = childProcess.spawn(process.execPath, [path.join(__dirname, 'peer.js'), ...roleAndArguments],
         { stdio: 'ignore', timeout: 2 * GENEROUS_MS, killSignal: 'SIGKILL', ...options });

@@ -1,8 +1,8 @@
-# The sources are the tree that contains this port. A port of the registry gets them with vcpkg_from_git or
+# The sources are the tree that contains this port. A port of the registry gets the sources with vcpkg_from_git or
 # vcpkg_download_distfile.
 get_filename_component(SOURCE_PATH "${CURRENT_PORT_DIR}/../../.." ABSOLUTE)
 
-# vcpkg sets BUILD_SHARED_LIBS as the triplet says.
+# vcpkg sets BUILD_SHARED_LIBS from the triplet.
 vcpkg_cmake_configure(
     SOURCE_PATH "${SOURCE_PATH}"
     OPTIONS

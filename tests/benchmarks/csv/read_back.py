@@ -3,7 +3,7 @@
 
     read_back.py <folder> <command>...
 
-<command> runs sample.cpp.
+<command> starts the program of sample.cpp.
 """
 
 import csv
