@@ -18,14 +18,14 @@
 
 namespace fuzz {
 
-/// Where a block lies in its pages.
+/// The position of a block in its pages.
 enum class Place {
     AtEnd,    ///< ends at the start of an inaccessible page
     AtStart,  ///< begins at the end of an inaccessible page
     Across,   ///< crosses the border of two accessible pages
 };
 
-/// How a block lies in its pages, and the noise around it.
+/// The position of a block in its pages, and the noise around the block.
 struct Placement {
     Place place;
     unsigned char noise;

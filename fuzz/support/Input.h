@@ -40,7 +40,8 @@ public:
     std::string bytes(std::size_t count) { return m_data.ConsumeBytesAsString(count); }
     std::string rest() { return m_data.ConsumeRemainingBytesAsString(); }
 
-    /// The same as text. Each unit of wide text takes two bytes, or only one byte, so that ASCII text is found sooner.
+    /// The next bytes, at most `count`, as text. The input chooses whether each unit of wide text takes two bytes or
+    /// only one byte. With one byte per unit, ASCII text is found sooner.
     template <class T>
     std::basic_string<T> text(std::size_t count) {
         const bool isWidened = sizeof(T) == 1 || flag();

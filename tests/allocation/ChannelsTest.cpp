@@ -1,4 +1,5 @@
-// The diagnostic channels with a failing heap. Each call logs a line that is complete, or that is truncated and marked.
+// The diagnostic channels with a failing heap. Each call of an active channel logs one line. The line is complete, or
+// truncated and marked, or contains the text of a failed conversion.
 
 #include <algorithm>
 #include <cstdarg>

@@ -137,7 +137,7 @@ void invalidUtf8WithBlocks(Attempt& attempt) {
     EXPECT_EQ(output.capacity(), failed ? output.empty() ? 0u : 512u : 1024u);
 }
 
-/// A text that does not fit into the string keeps the blocks that do.
+/// If the text does not fit into the string and the string cannot grow, the string keeps the blocks that fit.
 template <unsigned int Reserved, unsigned int Units, unsigned int Kept, unsigned int Needed>
 void utf8ToReservedString(Attempt& attempt) {
     BaseString<wchar_t> output;

@@ -362,7 +362,8 @@ TEST(NarrowMessage, NeedsTheStackAndItsText) {
     }
 }
 
-/// The text of all messages either contains all messages or is not made.
+/// Makes each request in turn fail while the text of all messages is made. The result must contain all messages, or a
+/// `MemoryException` must be thrown.
 template <class T>
 void expectWholeTrail(std::basic_string_view<T> expected) {
     const test::TemporaryLog log;

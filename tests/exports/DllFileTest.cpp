@@ -1,5 +1,5 @@
 /// \file
-/// What the file of the DLL imports, how fast it loads, and how it is protected.
+/// The file of the DLL: its imports, the properties that make it load fast, its protections, and its debug information.
 
 #include <algorithm>
 #include <string>

@@ -38,7 +38,7 @@ Names exportedNames(const test::PeFile& dll) {
 }
 
 /// The list has the names of GCC's DLL. clang does not export type information, since exception handlers compare the
-/// names of types. It does export constants that are initialised in their class.
+/// names of types. clang does export constants that are initialised in their class.
 Names listedNames(bool isLinkedByLld) {
     const std::string text = test::readFile(L"vorelCore.exports");
     Names names;

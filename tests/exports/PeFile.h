@@ -36,7 +36,7 @@ public:
     [[nodiscard]] const IMAGE_OPTIONAL_HEADER64& header() const { return m_headers.OptionalHeader; }
     [[nodiscard]] const std::vector<Section>& sections() const { return m_sections; }
 
-    /// The linker of clang. Its version is that of Microsoft's linker.
+    /// Whether the linker of clang, lld, has written the file. lld writes a version number of Microsoft's linker.
     [[nodiscard]] bool isLinkedByLld() const { return header().MajorLinkerVersion >= 14; }
 
     /// The exported names, in the order of the table.

@@ -8,7 +8,7 @@
 
 namespace verify {
 
-/// A start of a program.
+/// A test of the list: one start of a program.
 struct Test {
     std::string name;      ///< "core.ArrayTest"; the part before the first point is its suite
     std::string program;   ///< the name of its file
@@ -20,8 +20,9 @@ struct Test {
     [[nodiscard]] std::string suite() const { return name.substr(0, name.find('.')); }
 };
 
-/// Reads the list: a test per line, its fields separated by tabs. Only tests of `suites` are returned, or all if that
-/// is empty. \throws std::runtime_error if the list cannot be read, a line is damaged, or a suite does not exist.
+/// Reads the list: a test per line, its fields separated by tabs. Only tests of `suites` are returned, or all tests if
+/// `suites` is empty.
+/// \throws std::runtime_error if the list cannot be read, a line is damaged, or a suite does not exist.
 std::vector<Test> readTestList(const std::filesystem::path& path, const std::vector<std::string>& suites);
 
 /// The bytes of a file.
