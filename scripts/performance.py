@@ -140,7 +140,7 @@ def by_case(rows: list) -> dict:
 
 def rise(rows: list, column: str) -> str:
     """The largest ratio of a cost to the cost for a smaller number of elements. If the case has numbers beyond the
-    caches, only these are compared."""
+    caches, only these numbers are compared."""
     costs = [float(row[column]) for row in rows if row["beyond_caches"] == "yes"]
     costs = costs or [float(row[column]) for row in rows]
     worst = max(cost / min(costs[:index + 1]) for index, cost in enumerate(costs))

@@ -1,5 +1,5 @@
-// Lists, splitting, joining and appending numbers with a failing heap. The other functions of
-// include/vorel/values do not allocate memory.
+// Lists, splitting, joining and appending numbers with a failing heap. The other functions of include/vorel/values do
+// not allocate memory.
 
 #include <string>
 #include <typeinfo>

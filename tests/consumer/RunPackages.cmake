@@ -58,8 +58,8 @@ file(READ "${package}/share/vorelCore/LICENSES/README.txt" licences)
 if(NOT licences MATCHES "symbols and debug information are removed")
     message(SEND_ERROR "The licence text does not say that the runtime DLLs are stripped")
 endif()
-# No program or DLL has debug information. The debug information of the runtime DLLs would be the largest part of the
-# archive.
+# No program and no DLL may have symbols or debug information. The debug information of the runtime DLLs would be the
+# largest part of the archive.
 file(GLOB programs "${package}/bin/*.dll" "${package}/bin/*.exe")
 foreach(program IN LISTS programs)
     execute_process(
@@ -69,7 +69,8 @@ foreach(program IN LISTS programs)
     endif()
 endforeach()
 
-# The archive of the symbols has no other files, and the debugger finds the symbols with the DLL of the other archive.
+# The archive of the symbols must contain no other files. The debugger must find the symbols of the DLL in the first
+# archive.
 only_file("*-ucrt-symbols.zip" symbols)
 file(ARCHIVE_EXTRACT INPUT "${symbols}" DESTINATION "${WORK}/symbols")
 file(GLOB_RECURSE found RELATIVE "${WORK}/symbols" "${WORK}/symbols/*")
@@ -117,7 +118,7 @@ if(NOT found STREQUAL expected)
     list(REMOVE_ITEM found ${expected})
     message(FATAL_ERROR "The files of the installer differ from those of the archive: missing ${missing}; more ${found}")
 endif()
-# With this option the uninstaller does not copy itself to another folder, so this script can wait for it.
+# With this option the uninstaller does not copy itself to another folder, so this script can wait for its end.
 folder_option("_?=" "${installed}" option)
 run("Uninstall" ${EMULATOR} "${installed}/uninstall.exe" /S ${option})
 list_files("${installed}" found)

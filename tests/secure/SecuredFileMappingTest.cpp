@@ -232,7 +232,7 @@ TEST_F(SecuredFileMapping, EmptyFileWithoutASizeThrows) {
     EXPECT_TRUE(DeleteFileW(path.c_str())) << "every handle of the file must be closed";
     // A missing file is created empty.
     expectFailure(path, 0, text);
-    EXPECT_FALSE(fileCreated) << "the last attempt opened the file that the first one created";
+    EXPECT_FALSE(fileCreated) << "the last attempt opened the file that the first attempt created";
     EXPECT_TRUE(DeleteFileW(path.c_str()));
 }
 
