@@ -73,9 +73,12 @@ export const codePage: {
     /** The number of a code page. The case of its name is ignored. */
     find(name: string): number;
     decode(page: number | string, bytes: Uint8Array): string;
-    /** A character that the code page lacks becomes a similar one or the default character of the code page. */
+    /** A character that the code page lacks becomes a similar character or the default character of the code page. */
     encode(page: number | string, text: string): Buffer;
-    /** The same. `replaced` says whether the default character was used; null if the code page does not report this. */
+    /**
+     * Encodes like `encode`. `replaced` says whether the default character was used; null if the code page does not
+     * report this.
+     */
     tryEncode(page: number | string, text: string): { bytes: Buffer; replaced: boolean | null };
 };
 
@@ -145,7 +148,7 @@ export const format: {
     double(value: number, options?: { json?: boolean }): string;
     /** Formats a date or whole seconds since 1970 in local time, for example "Fri Feb 13 23:31:30 2009". */
     localTime(time: Date | number): string;
-    /** The same in UTC. */
+    /** Formats like `localTime`, but in UTC. */
     utcTime(time: Date | number): string;
     /** The system's text for a system error code. */
     systemError(code: number): string;
@@ -176,7 +179,7 @@ export interface CompareOptions {
 /** Returns a negative number, 0 or a positive number if `a` is before, equal to or after `b`. */
 export function compare(a: string, b: string, options?: CompareOptions): number;
 
-/** Whether a version is at least the required one. The versions are compared number by number. */
+/** Whether a version is at least the required version. The versions are compared number by number. */
 export function versionAtLeast(version: string, required: string): boolean;
 
 // ---- The error log --------------------------------------------------------------------------------------------------
@@ -211,8 +214,8 @@ export const log: {
 export type Synchronous<T> = T extends PromiseLike<unknown> ? never : T;
 
 /**
- * A recursive lock that all processes of the machine share. For Windows, it belongs to the thread that locked it. The
- * synchronous functions block the event loop. With `runAsync`, the mutex belongs to the calling task, which also
+ * A recursive lock that all processes of the machine share. For Windows, a mutex belongs to the thread that locked it.
+ * The synchronous functions block the event loop. With `runAsync`, the mutex belongs to the calling task, which also
  * excludes the other tasks of the thread.
  *
  *     mutex.run(() => fs.appendFileSync(path, line), 5000);
@@ -239,15 +242,15 @@ export class Mutex {
     unlock(): void;
     /**
      * Runs a synchronous action under the lock and returns its result. An asynchronous function is rejected before it
-     * runs ("ERR_INVALID_ARG_VALUE"). If the result is a promise, it is rejected afterwards
+     * runs ("ERR_INVALID_ARG_VALUE"). If the result is a promise, the call fails after the action
      * ("ERR_INVALID_RETURN_VALUE").
      */
     run<T>(action: () => Synchronous<T>, timeoutMs?: number): T;
     /**
      * Runs an action under the lock and resolves to its result. The lock is released when the promise of the action is
-     * settled. Does not block the event loop: while another process holds the mutex, it tries again every 10 ms. Tasks
-     * of this thread get the mutex in the order of their calls. The action may lock the mutex again, with any of these
-     * functions. Rejects with "VOREL_ERROR_TIMEOUT" after `timeoutMs` milliseconds.
+     * settled. Does not block the event loop: while another process holds the mutex, the call tries again every 10 ms.
+     * Tasks of this thread get the mutex in the order of their calls. The action may lock the mutex again, with any of
+     * these functions. Rejects with "VOREL_ERROR_TIMEOUT" after `timeoutMs` milliseconds.
      */
     runAsync<T>(action: () => T | PromiseLike<T>, timeoutMs?: number): Promise<T>;
     /**
@@ -270,8 +273,8 @@ export class Condition {
     /** Returns whether there was a signal within `timeoutMs` milliseconds (default: no limit). Blocks the event loop. */
     wait(timeoutMs?: number): boolean;
     /**
-     * The same without blocking the event loop. The number of such waits is not limited. Beyond two waits at a time,
-     * and in a Worker, a wait checks for a signal every 10 ms.
+     * Waits like `wait`, without blocking the event loop. The number of such waits is not limited. Beyond two waits at
+     * a time, and in a Worker, a wait checks for a signal every 10 ms.
      */
     waitAsync(timeoutMs?: number): Promise<boolean>;
     /** Closes the condition; may be called again. Throws while a `waitAsync` is in progress. */

@@ -235,7 +235,7 @@ void constructNamedConditionOfNarrowName(Attempt& attempt) {
         EXPECT_EQ(object.has_value(), attempt.completed());
         EXPECT_EQ(attempt.thrown(), attempt.completed() ? "" : typeid(vorel::MemoryException).name());
         EXPECT_GE(attempt.requests(), attempt.completed() ? 3u : 1u)
-            << "the name, its wide form, and that of the object";
+            << "requests for the name, for its wide form, and for the name in the object";
     }
     EXPECT_FALSE(Handle(OpenEventW(SYNCHRONIZE, FALSE, name.c_str()))) << "the event is still open";
 }
