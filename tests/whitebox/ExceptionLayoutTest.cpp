@@ -68,7 +68,7 @@ TEST(ExceptionLayout, StackBeginsWithTheBoundsOfItsEntries) {
     e.appendMessage(L"record");
     const auto& stack = e.*reveal(test::Stack());
     const void* bounds[2];
-    std::memcpy(bounds, &stack, sizeof bounds);
+    std::memcpy(bounds, static_cast<const void*>(&stack), sizeof bounds);
     EXPECT_EQ(bounds[0], &stack[0]);
     EXPECT_EQ(bounds[1], &stack[1] + 1);
 }
