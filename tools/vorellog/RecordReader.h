@@ -1,10 +1,8 @@
 /// \file
-/// Combines lines into records. No input is dropped, because a line that is not a record is delivered as a
-/// damaged record.
+/// Combines lines into records. No input is dropped: a line that is not a record is delivered as a damaged record.
 ///
 /// A message may contain line breaks, and the log does not mark them. So a line without a header belongs to the
-/// previous record. The line is damaged only if there is no such record, which is the case at the
-/// start of a log and after a cut record.
+/// previous record. Such a line is damaged only at the start of a log and after a cut record.
 ///
 /// Only a header at the start of a line is reliable. A header in the middle of a line may be part of a message, so its
 /// record is always reported as Damage::MidLine, even if it has other damage.

@@ -76,7 +76,7 @@ public:
     void report(const std::wstring& text) override { vorellog::report(text); }
 };
 
-/// The number of rows of a console on which the summary can be redrawn; 0 if there is no such console.
+/// The number of rows of the console. Returns 0 if the output is not a console that can redraw the summary.
 std::size_t screenRows() {
     return tools::enableEscapeSequences(tools::Stream::Output) ? tools::consoleRows(tools::Stream::Output) : 0;
 }
