@@ -2,6 +2,7 @@
 
 #include <type_traits>
 
+#include "core/PlainFormat.h"
 #include "platform/IgnoreInvalidParameters.h"
 #include "vorel/core/Format.h"
 
@@ -34,10 +35,16 @@ int print(std::FILE* stream, const wchar_t* fmt, va_list args) noexcept {
 /// A call with a format that the runtime rejects just fails. Without the object `silent`, the program's handler might
 /// abort, or the runtime would end a program that has no handler.
 template <class T>
-int bounded(T* buffer, std::size_t size, const T* fmt, va_list args) noexcept {
+int boundedByRuntime(T* buffer, std::size_t size, const T* fmt, va_list args) noexcept {
     const platform::IgnoreInvalidParameters silent;
     const int written = print(buffer, size, fmt, args);
     return written < 0 ? -1 : written;
+}
+
+template <class T>
+int bounded(T* buffer, std::size_t size, const T* fmt, va_list args) noexcept {
+    const int written = renderPlainFormat(buffer, size, fmt, args);
+    return written >= 0 ? written : boundedByRuntime(buffer, size, fmt, args);
 }
 
 template <class T>

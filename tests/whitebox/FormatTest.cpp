@@ -90,7 +90,8 @@ template <class T>
 using PrintHook = std::conditional_t<std::is_same_v<T, char>, test::ImportHook<importedStdioCommonVsprintf>,
                                      test::ImportHook<importedStdioCommonVswprintf>>;
 
-/// Makes the first `failures` renderings into a buffer fail, as if the text were too long. Measuring does not fail.
+/// Makes the runtime's first `failures` renderings into a buffer fail, as if the text were too long. Measuring does not
+/// fail.
 template <class T>
 class TooLongAtFirst {
 public:
@@ -111,7 +112,7 @@ TYPED_TEST(Format, String_IsRenderedAgainIfTheTextBecomesShorterAfterTheRenderin
     for (const unsigned int failures : {1u, 2u, 15u}) {
         vorel::BaseString<TypeParam> string(this->text("text before").c_str());
         const TooLongAtFirst<TypeParam> changing(failures);
-        string.format(this->text("%d").c_str(), 12);
+        string.format(this->text("%02d").c_str(), 12);
         EXPECT_TRUE(string.view() == this->text("12")) << failures;
         EXPECT_EQ(string.capacity(), 16u);
         EXPECT_EQ(changing.renderings(), failures + 1);
@@ -122,10 +123,10 @@ TYPED_TEST(Format, String_IsEmptyAfter16RenderingsOfATextThatShouldFit) {
     vorel::BaseString<TypeParam> string(this->text("text before").c_str());
     const TooLongAtFirst<TypeParam> changing(16);
     try {
-        string.format(this->text("%d").c_str(), 12);
+        string.format(this->text("%02d").c_str(), 12);
         ADD_FAILURE() << "not thrown";
     } catch (const vorel::Exception& e) {
-        EXPECT_EQ(std::wstring_view(e.what()).substr(0, 21), L"Unable to format: %d ");
+        EXPECT_EQ(std::wstring_view(e.what()).substr(0, 23), L"Unable to format: %02d ");
     }
     EXPECT_TRUE(string.empty());
 }
@@ -288,7 +289,7 @@ TYPED_TEST(Format, MessageText_ThatChangesAfterMeasuringIsRenderedIfItStillFits)
             return print.original(options, buffer, size, format, locale, args);
         });
         MessageText<TypeParam> message;
-        message.renderf(this->text("%s").c_str(), argument.c_str());
+        message.renderf(this->text("%-s").c_str(), argument.c_str());
         EXPECT_FALSE(message.truncated());
         if (c.isRendered) {
             ASSERT_NE(message.text(), nullptr) << c.units;
