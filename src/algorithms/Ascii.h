@@ -23,7 +23,7 @@ constexpr bool isDigit(T c) noexcept {
 /// Whether `c` is from 0x01 to 0x7F.
 template <class T>
 constexpr bool isAsciiText(T c) noexcept {
-    return c - 1u < 0x7F;
+    return static_cast<unsigned int>(c) - 1u < 0x7F;
 }
 
 /// Whether `c` is one of `characters`. `characters` must be ASCII.

@@ -31,12 +31,12 @@ struct AsciiBlock {
 
     /// The saturated packing of units keeps 0x01 to 0x7F and turns every other unit into 0x00 or a byte from 0x80 on.
     static AsciiBlock load(const WideUnit* from) noexcept { return AsciiBlock(loadBlock(from)); }
-    static AsciiBlock load(const unsigned char* from) noexcept {
-        return AsciiBlock(loadBlock(reinterpret_cast<const char*>(from)));
-    }
+    static AsciiBlock load(const char* from) noexcept { return AsciiBlock(loadBlock(from)); }
+    static AsciiBlock load(const unsigned char* from) noexcept { return load(reinterpret_cast<const char*>(from)); }
 
     void store(WideUnit* to) const noexcept { storeCharacters(bytes, to); }
-    void store(unsigned char* to) const noexcept { storeCharacters(bytes, reinterpret_cast<char*>(to)); }
+    void store(char* to) const noexcept { storeCharacters(bytes, to); }
+    void store(unsigned char* to) const noexcept { store(reinterpret_cast<char*>(to)); }
 
     __m128i bytes;
     unsigned int stops;  ///< one bit for each element outside 0x01 to 0x7F
@@ -45,6 +45,10 @@ struct AsciiBlock {
 /// Writes the first `count` elements of a block.
 inline void storeFirst(const AsciiBlock& block, std::size_t count, unsigned char* to) noexcept {
     storeFirstBytes(block.bytes, count, to);
+}
+
+inline void storeFirst(const AsciiBlock& block, std::size_t count, char* to) noexcept {
+    storeFirst(block, count, reinterpret_cast<unsigned char*>(to));
 }
 
 inline void storeFirst(const AsciiBlock& block, std::size_t count, WideUnit* to) noexcept {

@@ -9,7 +9,6 @@
 #include <cstdarg>
 #include <cstddef>
 #include <cstdint>
-#include <type_traits>
 
 #include "algorithms/Ascii.h"
 #include "algorithms/AsciiRuns.h"
@@ -42,19 +41,18 @@ public:
     /// conversion depends on the locale.
     template <class From>
     bool append(const From* text) noexcept {
-        const auto* from = reinterpret_cast<const Element<From>*>(text);
         for (;;) {
-            const std::size_t ascii = algorithms::copyAsciiRun(from, room(), reinterpret_cast<Element<T>*>(m_next));
+            const std::size_t ascii = algorithms::copyAsciiRun(text, room(), m_next);
             m_next += ascii;
-            from += ascii;
-            if (*from == 0) {
+            text += ascii;
+            if (*text == 0) {
                 return true;
             }
             if (m_next == m_last || sizeof(From) != sizeof(T)) {
                 return false;
             }
-            while (*from != 0 && !algorithms::isAsciiText(*from) && m_next != m_last) {
-                *m_next++ = static_cast<T>(*from++);
+            while (*text != 0 && !algorithms::isAsciiText(*text) && m_next != m_last) {
+                *m_next++ = static_cast<T>(*text++);
             }
         }
     }
@@ -91,10 +89,6 @@ public:
     }
 
 private:
-    /// The elements of the functions for ASCII.
-    template <class Unit>
-    using Element = std::conditional_t<sizeof(Unit) == 1, unsigned char, wchar_t>;
-
     [[nodiscard]] std::size_t room() const noexcept { return static_cast<std::size_t>(m_last - m_next); }
 
     T* m_start;

@@ -2,8 +2,9 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <string>
 
+#include "algorithms/AsciiRuns.h"
+#include "algorithms/PageReads.h"
 #include "core/StringAccess.h"
 #include "vorel/core/Protocol.h"
 
@@ -45,11 +46,17 @@ void convert(const From* source, BaseString<To>& target) noexcept {
         if (!source || !*source) {
             return;
         }
-        const std::size_t capacity = std::char_traits<From>::length(source) * Direction::kMaxPerUnit + 1;
+        const std::size_t length = algorithms::textLength(source);
+        const std::size_t capacity = length * Direction::kMaxPerUnit + 1;
         const auto reserved = static_cast<unsigned int>(std::min(capacity - 1, kTooLong));
         unsigned int notAllocated = 0;
         if (!StringAccess<To>::tryReserve(target, reserved, true, notAllocated)) {
             target = Direction::kNoMemory;
+            return;
+        }
+        // ASCII is the same in every locale.
+        if (algorithms::copyAsciiRun(source, length, target.data()) == length) {
+            StringAccess<To>::setLength(target, static_cast<unsigned int>(length));
             return;
         }
         const std::size_t converted = Direction::convert(target.data(), source, capacity);

@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <clocale>
-#include <cstring>
 #include <iterator>
 #include <string>
 
@@ -77,26 +76,28 @@ TEST(LocaleText, UnconvertibleTextBecomesTheTextOfTheFailure) {
 
 // The buffer has space for the text as it was measured.
 TEST(LocaleText, TextThatGrowsWhileItIsConvertedIsCut) {
+    const LocaleSet locale("C");
     {
-        char source[40] = "aaaaaaaaaaaaaaa";
+        char source[40] = {};
+        std::fill_n(source, 15, '\xE4');
         BaseString<wchar_t> target;
         const test::ImportHook<importedMbstowcs> convert([&](wchar_t* to, const char* from, std::size_t capacity) {
-            std::memset(source, 'a', sizeof source - 1);
+            std::fill_n(source, std::size(source) - 1, '\xE4');
             return convert.original(to, from, capacity);
         });
         mbs2wcs(source, target);
         EXPECT_EQ(target.capacity(), 16u);
-        EXPECT_EQ(target.view(), std::wstring(15, L'a'));
+        EXPECT_EQ(target.view(), std::wstring(15, L'\xE4'));
     }
     {
-        wchar_t source[40] = L"aaa";
+        wchar_t source[40] = L"\xE4\xE4\xE4";
         BaseString<char> target;
         const test::ImportHook<importedWcstombs> convert([&](char* to, const wchar_t* from, std::size_t capacity) {
-            std::fill_n(source, std::size(source) - 1, L'a');
+            std::fill_n(source, std::size(source) - 1, L'\xE4');
             return convert.original(to, from, capacity);
         });
         wcs2mbs(source, target);
-        EXPECT_EQ(target.view(), std::string(12, 'a'));  // up to four bytes per measured unit
+        EXPECT_EQ(target.view(), std::string(12, '\xE4'));  // up to four bytes per measured unit
     }
 }
 
@@ -107,6 +108,7 @@ TEST(LocaleText, MultibyteCodePages) {
     }
     EXPECT_EQ(widened("\x88\xEA!"), L"\x4E00!");
     EXPECT_EQ(narrowed(L"\x4E00\x4E00!"), "\x88\xEA\x88\xEA!");
+    EXPECT_EQ(widened("\x95\\a"), L"\x8868\x61") << "the second byte is the backslash of ASCII";
     EXPECT_EQ(widened("a lead byte at the end \x88"), L"Error in text conversion");
 }
 
