@@ -1,9 +1,9 @@
-# Writes the import library of the flat interface for compilers of Microsoft's ABI, and the module definition file that
-# it is made from. Runs after vorelCore.dll is linked. The variables:
+# Writes the import library of the flat interface for compilers of Microsoft's ABI, and the module definition file from
+# which the library is made. Runs after vorelCore.dll is linked. The variables:
 #
 #   OBJDUMP, DLLTOOL: the programs; DLL: the library; OUTPUT: the path of both files without extension
 #
-# The library has only the functions with C linkage, because C++ names and classes differ between compilers.
+# The import library has only the functions with C linkage, because C++ names and classes differ between compilers.
 
 execute_process(COMMAND "${OBJDUMP}" -p "${DLL}" OUTPUT_VARIABLE tables COMMAND_ERROR_IS_FATAL ANY)
 string(REGEX MATCHALL "\n[^\n]*\\[ *[0-9]+\\][^\n]* vorel_[a-z0-9_]+" lines "${tables}")

@@ -62,7 +62,7 @@ else()
     set(vorelAbi GCC)
 endif()
 set(vorelProcessor "${CMAKE_SYSTEM_PROCESSOR}")
-set(vorelProcessors "${CMAKE_SYSTEM_PROCESSOR}") # its names, as a regular expression
+set(vorelProcessors "${CMAKE_SYSTEM_PROCESSOR}") # the processor's names, as a regular expression
 if(CMAKE_SYSTEM_PROCESSOR MATCHES "^(x86_64|AMD64)$")
     set(vorelProcessor "x86-64")
     set(vorelProcessors "x86_64|AMD64|amd64")
