@@ -1,4 +1,5 @@
-// A user's program: headers and library have the same version, and an exception crosses the library.
+// A user's program. Checks that it catches an exception of the library, and that headers and library have the same
+// version.
 
 #include <cstdio>
 #include <cstring>
