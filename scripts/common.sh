@@ -45,8 +45,8 @@ packages=(
     cmake ninja-build ccache googletest
     libz-mingw-w64-dev    # the log viewer reads compressed logs
     gdb-mingw-w64 pkgconf # tests of the package
-    python3               # registers tests, changes sources, reads coverage
-    jq xxd                # vorelconv is compared with these
+    python3               # runs the scripts of tests, mutation and coverage
+    jq xxd                # a test compares vorelconv with them
     git
 )
 # Programs that some tests start, and the libraries of rsyslog and syslog-ng.
@@ -189,7 +189,7 @@ configure_fuzz() { # configures fuzz/, whose programs run on this machine withou
 # ---- Run ------------------------------------------------------------------------------------------------------------
 
 # Several commands may use the Wine prefix at the same time. The last command to finish ends the server of the prefix.
-hold_wine() { # hold_wine [command]...: the command that starts the server, if it must run in a special way
+hold_wine() { # hold_wine [prefix]...: starts the server; a prefix such as taskset runs the command that starts it
     mkdir -p build
     exec {wine_users}>build/wine.users
     flock --shared "$wine_users"

@@ -26,7 +26,8 @@ INTRODUCTIONS = {
     "core": "Strings, arrays and hash maps. Times are per operation or per element.",
     "exceptions": "Messages of exceptions and debug targets. Times are per call.",
     "loading": "A process loads the DLL and unloads it. Each time includes both.",
-    "sync": "Locks, named objects and lines of the log. Times are per lock and unlock, per signal, or per line.",
+    "sync": "Locks, named objects and lines of the log. Times are per lock and unlock, per creation, per round "
+            "of two signals, or per line.",
     "text": "Conversions between text and bytes. Times are for the whole input; the name of the case has its size.",
     "values": "Numbers, lists and comparisons. Times are per number, field or text.",
     GROWTH: "The time per element, depending on the number of elements. The time falls while more elements share the "
