@@ -16,7 +16,7 @@ using vorel::BaseString;
 constexpr std::size_t kAppends = 1000;
 constexpr std::size_t kStrings = 1000;
 
-/// Passes that make `kAppends` calls of `append(string)`: for a new string, and for a string that keeps its buffer.
+/// A pass that calls `append(string, call)` for each of `kAppends` calls, on a new string.
 template <class String, class Append>
 Pass fresh(Append append) {
     return [append] {
@@ -28,6 +28,7 @@ Pass fresh(Append append) {
     };
 }
 
+/// The same calls on a string that keeps its buffer.
 template <class String, class Append>
 Pass reused(String& string, Append append) {
     return [&string, append] {
@@ -65,7 +66,7 @@ template <class String, class T>
 std::vector<String> stringsOf(const std::basic_string<T>& text) {
     std::vector<String> strings(kStrings);
     for (String& string : strings) {
-        // NOLINTNEXTLINE(readability-redundant-string-cstr): the library's strings need this
+        // NOLINTNEXTLINE(readability-redundant-string-cstr): both string types are assigned from a pointer
         string = text.c_str();
     }
     return strings;

@@ -39,7 +39,7 @@ using Handle = std::unique_ptr<void, CloseHandleOf>;
 /// Owns a handle that a system call returned.
 Handle owned(HANDLE handle) {
     if (!handle) {
-        throw std::runtime_error("the system refuses a process, an event or a semaphore");
+        throw std::runtime_error("cannot create or open a process, an event or a semaphore");
     }
     return Handle(handle);
 }
@@ -190,7 +190,7 @@ bool logWriters(Growth& growth) {
                     writersOf(kBare, missingLines),
                     Clock::Elapsed});
     if (missingLines != 0) {
-        std::fprintf(stderr, "%lld lines are missing in the logs\n", missingLines);
+        std::fprintf(stderr, "%lld lines are missing from the logs\n", missingLines);
     }
     return missingLines == 0;
 }

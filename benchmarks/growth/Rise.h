@@ -6,13 +6,14 @@
 
 namespace bench {
 
-/// A larger rise is marked.
+/// Rises above this limit are marked in the output.
 inline constexpr double kMaxRise = 1.5;
 
 /// Tracks costs in ascending order of the number of elements.
 class Rise {
 public:
-    /// Adds the cost of the next number of elements. Returns its ratio to the smallest cost so far; 1 if it is smaller.
+    /// Adds the cost of the next number of elements. Returns the ratio of this cost to the smallest cost so far, which
+    /// may be this cost.
     double add(double cost) {
         m_smallest = m_count == 0 ? cost : std::min(m_smallest, cost);
         ++m_count;

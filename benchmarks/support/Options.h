@@ -18,9 +18,10 @@ struct Options {
     [[nodiscard]] bool selects(std::string_view name) const { return name.find(filter) != std::string_view::npos; }
 };
 
-/// Reads --csv <file>, --rounds <count>, --server <id>, and a text that the names of the cases to run contain. A number
-/// of rounds from 2 to 14 becomes 15 without a message. Tells the clock the process id of Wine's server, and binds the
-/// thread to one processor. If an argument is invalid, prints a message and ends the program with code 2.
+/// Reads --csv <file>, --rounds <count>, --server <id>, and a filter: only cases whose names contain the filter are
+/// run. A number of rounds from 2 to 14 becomes 15 without a message. Passes the process id of Wine's server to the
+/// clock, and binds the thread to one processor. If an argument is invalid, prints a message and ends the program with
+/// code 2.
 [[nodiscard]] Options readOptions(int count, char** arguments);
 
 }  // namespace bench

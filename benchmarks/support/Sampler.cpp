@@ -6,10 +6,10 @@ namespace bench {
 
 namespace {
 
-/// Long enough to make reading the clock, and a cold start of the loop, negligible.
+/// In a sample of this duration, the time to read the clock and the cold start of the loop are negligible.
 constexpr double kShortestSampleNs = 2e6;
 
-/// A single short pass may end before the clock advances.
+/// The smallest result, because a short pass may end before the clock advances.
 constexpr double kClockStepNs = 1;
 
 }  // namespace

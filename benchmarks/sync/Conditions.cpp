@@ -29,7 +29,7 @@ struct Events {
     };
 };
 
-/// Two conditions with separate locks. Only the waiter of a condition uses its lock.
+/// Two conditions with separate locks. Only the thread that waits for a condition uses the lock of this condition.
 struct Conditions {
     struct Side {
         void begin() { lock.lock(60000, true); }

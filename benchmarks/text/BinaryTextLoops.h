@@ -1,6 +1,6 @@
 /// \file
-/// Peers for Base64 and hexadecimal text: simple table loops. All functions are static, because a source compiled for
-/// AVX2 also uses them.
+/// Peers for Base64 and hexadecimal text: simple table loops. All functions are static. Otherwise the linker could use
+/// copies that were compiled for AVX2 in all sources.
 #pragma once
 
 #include <array>

@@ -185,7 +185,8 @@ char16_t* writeCode(std::uint32_t code, char16_t* out) {
 char16_t* writeLanesOfFour(__m128i lanes, char16_t* out) {
     const __m128i low = _mm_and_si128(lanes, _mm_set1_epi32(0x7F));
     const __m128i second = _mm_srli_epi32(_mm_and_si128(lanes, _mm_set1_epi32(0x3F00)), 2);
-    // The third byte is a trailing byte or a lead byte of three. Bit 5 of the lead byte does not belong to the value.
+    // The third byte is a trailing byte, or the lead byte of a sequence of three. Bit 5 of this lead byte does not
+    // belong to the value.
     const __m128i third = _mm_and_si128(lanes, _mm_set1_epi32(0x3F0000));
     const __m128i isLead = _mm_srli_epi32(_mm_and_si128(lanes, _mm_set1_epi32(0x400000)), 1);
     const __m128i upper = _mm_srli_epi32(_mm_xor_si128(third, isLead), 4);
@@ -286,8 +287,8 @@ std::size_t utf16LengthAvx2(const char* text, std::size_t bytes) {
 std::size_t toUtf16Avx2(const char* text, std::size_t bytes, char16_t* out) {
     const char16_t* const start = out;
     std::size_t at = 0;
-    // The last characters of a block are converted with the next block. The conversion of a
-    // window reads 16 bytes, so 16 bytes must follow the block.
+    // The last characters of a block are converted with the next block. The conversion of a window reads 16 bytes, so
+    // 16 bytes must follow the block.
     while (at + 64 + 16 <= bytes) {
         const __m256i first = load32(text + at);
         const __m256i second = load32(text + at + 32);

@@ -13,6 +13,7 @@ namespace {
 
 // ---- Tables ---------------------------------------------------------------------------------------------------------
 
+/// The positions of the bytes that belong to the output, and their number.
 struct Packing {
     std::uint8_t length;
     Row row;
@@ -78,8 +79,8 @@ char* writeUpToTwo(__m256i units, __m256i isAscii, char* out) {
     return writePacked(_mm256_extracti128_si256(bytes, 1), kTwoBytePackings[mask >> 16 & 0xFF], out);
 }
 
-/// Writes sixteen units without surrogates. Each unit gets a lane of four bytes: the byte of ASCII, the last byte, the
-/// lead byte of three bytes, and the byte before the last byte. Returns the end of the output.
+/// Writes sixteen units without surrogates. Each unit gets a lane of four bytes: the ASCII byte, the last byte, the
+/// lead byte of a sequence of three, and the byte before the last byte. Returns the end of the output.
 char* writeUpToThree(__m256i units, __m256i isAscii, __m256i isShort, char* out) {
     const __m256i duplicate = _mm256_setr_epi8(0, 0, 2, 2, 4, 4, 6, 6, 8, 8, 10, 10, 12, 12, 14, 14,  //
                                                0, 0, 2, 2, 4, 4, 6, 6, 8, 8, 10, 10, 12, 12, 14, 14);

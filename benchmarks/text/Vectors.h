@@ -1,5 +1,5 @@
 /// \file
-/// Short names for the vector instructions of the peers that use AVX2. For their sources only.
+/// Short names for vector instructions. Only sources that are compiled for AVX2 may include this file.
 #pragma once
 
 #include <array>

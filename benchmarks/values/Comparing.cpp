@@ -14,7 +14,7 @@ namespace util = vorel::util;
 
 constexpr std::size_t kPairs = 20000;
 
-/// The lengths of the two texts of each pair.
+/// The range of the lengths. Both texts of a pair have the same length.
 struct Lengths {
     std::size_t fewest;
     std::size_t most;
@@ -25,8 +25,8 @@ struct Pairs {
     BothWidths upper;
 };
 
-/// Pairs of texts of letters. In the second text, a few letters are in upper case. If case is ignored, the texts are
-/// equal, or differ in one character at any position.
+/// Pairs of texts of letters. In the second text, a few letters are in upper case. If `equal` is false, the second text
+/// also has another character at a random position.
 Pairs pairsOf(Lengths lengths, bool equal) {
     Random random(20261121);
     Pairs pairs;

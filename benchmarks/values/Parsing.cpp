@@ -76,7 +76,7 @@ struct OurParser<unsigned long long> {
     }
 };
 
-/// Numbers up to the maximum of the type. If `withSigns` is true, signed numbers have either sign.
+/// Parses random numbers up to the maximum of the type. If `withSigns` is true, about half of them are negative.
 template <class Value>
 void compareIntegers(Family& family, const std::string& name, unsigned int fewestDigits, unsigned int mostDigits,
                      bool withSigns = false) {
