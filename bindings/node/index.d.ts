@@ -187,13 +187,13 @@ export function versionAtLeast(version: string, required: string): boolean;
 /** The error log of the process. A line that cannot be written is silently dropped. */
 export const log: {
     /**
-     * The path of the log file. Set it to the empty text for the default path. In the code page of the process, the
-     * path has at most 1023 bytes; the code page must have all its characters.
+     * The path of the log file. Set it to the empty text for the default path. The code page of the process must have
+     * all characters of the path, and the path has at most 1023 bytes in this code page.
      */
     path: string;
     /**
-     * The size in bytes above which the file is moved to its backup: 0 to `Number.MAX_SAFE_INTEGER`, 1,000,000 at load.
-     * 0: no log, -1: no limit.
+     * The size in bytes above which the file is moved to its backup, at most `Number.MAX_SAFE_INTEGER`; 1,000,000 at
+     * load. 0 disables the log, and -1 removes the limit.
      */
     limit: number;
     /** Writes the line "prefix: message", or only the message if the prefix is empty. */

@@ -71,7 +71,7 @@ if (Symbol.dispose) {
     };
 }
 
-/** The failure to open a mutex. The library's message ends before the system's text. */
+/** The failure to open a mutex. Appends the system's text, which the library's message does not contain. */
 function mutexFailure(status, name) {
     const failure = native.lastError(status);
     const error = status === Status.SYSTEM ? native.mutexErrorCode(name) : 0;
@@ -101,7 +101,10 @@ class Mutex extends Handle {
         super(mutexKind, name);
     }
 
-    /** Whether another task of this thread holds the mutex with `runAsync`. The library would let this task lock it. */
+    /**
+     * Whether another task of this thread holds the mutex with `runAsync`. For the library, all tasks of a thread are
+     * one owner, so it would let this task lock the mutex.
+     */
     get #isTaken() {
         const holder = holderOf(this.name);
         return holder !== undefined && !isCurrent(holder);
@@ -211,7 +214,7 @@ const waitForCondition = native.declare('vorel_condition_wait', 'vorel_condition
 
 // The maximum duration of one native call of an asynchronous wait. The process cannot end before the call returns.
 const CALL_MS = 100;
-// libuv's pool has four threads; the rest of the program needs the others.
+// libuv's pool has four threads. The rest of the program needs the other two threads.
 const MAX_CALLS = 2;
 let calls = 0;
 

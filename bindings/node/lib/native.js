@@ -42,7 +42,7 @@ function declare(name, ...parameters) {
 
 // ---- Failures -------------------------------------------------------------------------------------------------------
 
-/** A failure of another thread or of this package. The library does not have its message. */
+/** The error for a failure on another thread or in this package, for which the library has no message. */
 function errorOf(status, message) {
     return new VorelError(status, statusName(status), message);
 }

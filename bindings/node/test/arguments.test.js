@@ -10,7 +10,7 @@ const { expectCode } = require('./support');
 const TYPE = 'ERR_INVALID_ARG_TYPE';
 const VALUE = 'ERR_INVALID_ARG_VALUE';
 
-test('a TypeError names the argument, the expected type and what was received', () => {
+test('a TypeError names the argument, the expected type and the received value', () => {
     class Point {}
     const received = [
         [null, 'null'],

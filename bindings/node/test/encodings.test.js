@@ -41,7 +41,7 @@ test('base64, daylight and hex encode and decode bytes', () => {
     expectFailure(() => hex.decode('4G'), 'INVALID_TEXT');
 });
 
-test('long bytes are encoded in pieces without a seam', () => {
+test('bytes that are encoded in several pieces give the same text as in one piece', () => {
     class Claims extends Uint8Array {
         get length() {
             return 1;

@@ -94,7 +94,7 @@ test('the action of a task may lock its mutex again', async () => {
     inner.close();
 });
 
-test('what an action leaves running does not belong to the task after its end', async () => {
+test('work that an action leaves running does not belong to the task after the action has ended', async () => {
     const mutex = new Mutex(uniqueName('task'));
     let late;
     await mutex.runAsync(() => { late = turn().then(() => mutex.tryLock()); });
