@@ -31,7 +31,8 @@ void write(double value, DoubleForm form, const std::string& expected, const fuz
                 "the units after the text are unchanged");
     T* const local = fuzz::outputPages().allocate<T>(kDoubleCapacity, target);
     const T* const localEnd = writeDouble<Rest::Unspecified>(value, form, local);
-    fuzz::check(fuzz::isText<T>(local, localEnd, expected) && *localEnd == 0, "so is a text without this rule");
+    fuzz::check(fuzz::isText<T>(local, localEnd, expected) && *localEnd == 0,
+                "the text is as expected if the units after it may change");
 }
 
 template <class T>

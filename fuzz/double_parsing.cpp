@@ -30,7 +30,7 @@ void run(fuzz::Input& input) {
     double value = kUntouched;
     const auto result = test::tryDouble(text.shape);
     fuzz::check(tryReadDouble(text.position, value) == result.result, "a text is a number if the reference says so");
-    fuzz::check(fuzz::isSame(value, result.value.value_or(kUntouched)), "its value is as expected");
+    fuzz::check(fuzz::isSame(value, result.value.value_or(kUntouched)), "the value of the number is as expected");
     fuzz::check(coercesToDouble(text.position, allowLeadingZeros) == test::canBeDouble(text.shape, allowLeadingZeros),
                 "a text is convertible if the reference says so");
 }

@@ -12,8 +12,8 @@ namespace {
 using vorel::algorithms::magnitudeOf;
 using vorel::algorithms::writeBoundedInteger;
 
-/// A number in a buffer of `size` units: truncated, with one terminator after it and another at the end of the buffer.
-/// The other units are unchanged.
+/// Writes a number to a buffer of `size` units. The text is truncated if necessary. One terminator must follow the
+/// text, and another terminator must be at the end of the buffer. The other units must not change.
 template <class T>
 void write(std::uint64_t magnitude, bool negative, std::size_t size, const fuzz::Placement& target) {
     const std::string all = (negative ? "-" : "") + std::to_string(magnitude);

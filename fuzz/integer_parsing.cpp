@@ -37,18 +37,19 @@ void run(fuzz::Input& input) {
     const int hex = readHex<T>(text.position, &end);
     const auto expectedHex = test::readHex(text.shape, kMaxHexDigits<T>);
     fuzz::check(hex == static_cast<int>(expectedHex.value), "a hexadecimal number is as expected");
-    fuzz::check(end == text.position + expectedHex.end, "it ends where it should");
+    fuzz::check(end == text.position + expectedHex.end, "a hexadecimal number ends where it should");
 
     const T* inBlock = text.position;
     const T* stepByStep = text.position;
-    fuzz::check(parseHexDigits(inBlock) == parseHexDigitsStepByStep(stepByStep), "a block gives the same value");
-    fuzz::check(inBlock == stepByStep, "and the same end");
+    fuzz::check(parseHexDigits(inBlock) == parseHexDigitsStepByStep(stepByStep),
+                "a block gives the same value as single digits");
+    fuzz::check(inBlock == stepByStep, "a block ends at the same position as single digits");
 
     int value = 0;
     const auto expected = test::tryInteger(text.shape);
     fuzz::check(tryReadInteger(text.position, value) == expected.result,
                 "a text is an integer if the reference says so");
-    fuzz::check(value == expected.value, "its value is as expected");
+    fuzz::check(value == expected.value, "the value of the integer is as expected");
     fuzz::check(coercesToInteger(text.position, allowLeadingZeros) == test::canBeInteger(text.shape, allowLeadingZeros),
                 "a text is convertible if the reference says so");
 }

@@ -27,7 +27,7 @@ void readBooleanText(const fuzz::ScannedText<T>& text) {
     const auto expected = test::readBoolean(text.shape, kAnyDigit);
     T* end = nullptr;
     fuzz::check(readBoolean<T>(text.position, &end) == expected.value, "a boolean is as expected");
-    fuzz::check(end == text.position + expected.end, "it ends where it should");
+    fuzz::check(end == text.position + expected.end, "a boolean ends where it should");
     fuzz::check(coercesToBoolean(text.position) == test::canBeBoolean(text.shape),
                 "a text is convertible if the reference says so");
 }

@@ -23,7 +23,7 @@ void run(fuzz::Input& input) {
         other += static_cast<T>(isCapital ? unit + 32 : isSmall ? unit - 32 : unit);
     }
     fuzz::check(vorel::algorithms::nameHash(fuzz::inputPages().copyText(name, around)) == expected,
-                "the hash follows the rule");
+                "the hash follows the documented rule");
     fuzz::check(vorel::algorithms::nameHash(fuzz::inputPages().copyText(other, around)) == expected,
                 "the hash ignores case");
 }

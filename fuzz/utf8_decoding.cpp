@@ -42,7 +42,7 @@ void decode(const Reading& reading, const test::DecodedText& expected) {
     while (!reader.atEnd()) {
         auto* const out = fuzz::outputPages().allocate<char16_t>(size, reading.target);
         const auto noise = static_cast<char16_t>(reading.target.noise * 0x101);
-        fuzz::check(reader.unitsLeft() == expected.units.size() - done, "the units left are counted");
+        fuzz::check(reader.unitsLeft() == expected.units.size() - done, "the number of remaining units is correct");
         const std::size_t units = reader.read<Rule, Rest>(out, reading.capacity);
         fuzz::check(units <= size, "the capacity is not exceeded");
         fuzz::check(done + units <= expected.units.size(), "the input is not exceeded");

@@ -36,7 +36,7 @@ void encode(const Writing& writing, const std::string& expected) {
     std::size_t done = 0;
     while (!writer.atEnd()) {
         auto* const out = fuzz::outputPages().allocate<unsigned char>(writing.capacity, writing.target);
-        fuzz::check(writer.bytesLeft() == expected.size() - done, "the bytes left are counted");
+        fuzz::check(writer.bytesLeft() == expected.size() - done, "the number of remaining bytes is correct");
         const std::size_t bytes = writer.write(out, writing.enough, writing.capacity);
         fuzz::check(bytes <= writing.capacity, "the capacity is not exceeded");
         fuzz::check(done + bytes <= expected.size(), "the input is not exceeded");

@@ -1,5 +1,6 @@
 /// \file
-/// Shared by the targets of scanners: a placed text, and its shape, which the references read.
+/// Shared by the targets for scanners: a text next to an inaccessible page, and its shape (Shape.h), which the
+/// references read.
 #pragma once
 
 #include <bit>
