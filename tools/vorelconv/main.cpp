@@ -24,11 +24,11 @@ constexpr const Command& (*kCommands[])() = {
 constexpr std::wstring_view kSummary = L"convert files and streams with the vorelCore library";
 
 constexpr std::wstring_view kDetails =
-    L"The input is a file, or standard input if no file is given; --text converts a text of the\n"
-    L"command line. The output is standard output, or the file given with --output. That file is\n"
-    L"replaced only if the conversion succeeds. If it is a link, the target is replaced.\n"
-    L"Text is UTF-8. Commands that read lines drop a byte-order mark at the start. Files of any\n"
-    L"size are converted in blocks.\n"
+    L"The input is a file, or standard input if no file is given. --text converts a text given on\n"
+    L"the command line. The output is standard output, or the file given with --output. That file\n"
+    L"is replaced only if the conversion succeeds. If it is a link, the target is replaced.\n"
+    L"Text is UTF-8. Commands that read lines drop a byte-order mark at the start. Commands convert\n"
+    L"files of any size in blocks; only sort and list --join collect all lines first.\n"
     L"\n"
     L"Exit codes: 0 success; 1 bad input, a failure, or a false comparison; 2 invalid command line.\n";
 
