@@ -23,7 +23,8 @@ enum class Terminator {
     Zero,  ///< a zero after the last unit, if the capacity allows it
 };
 
-/// Copies `units` by the rule above. A failure is not stored as the thread's last failure.
+/// Copies `units` to `buffer` if they fit, and always sets `*length`. `Rule` says whether a terminator follows. A
+/// failure is not stored as the thread's last failure.
 template <Terminator Rule, class Unit, class Source>
 vorel_status copyUnits(std::span<const Source> units, Unit* buffer, std::size_t capacity,
                        std::size_t* length) noexcept {
