@@ -114,8 +114,9 @@ public:
 
     /// Releases the elements and the storage. If an element's destructor fails while another exception unwinds the
     /// stack, the failure is recorded and swallowed.
-    /// \throws the first failure of an element's destructor, with the record "Array::~Array: Vorel exception rethrown",
-    ///         or Exception "Array::~Array: Severe error thrown" if it is not an Exception.
+    /// \throws Exception or a derived class: the first failure of an element's destructor, with the record
+    ///         "Array::~Array: Vorel exception rethrown"; or Exception "Array::~Array: Severe error thrown" if the
+    ///         failure is not an Exception.
     ~Array() noexcept(false) {
         detail::runDestructor(L"Array", [this] { release(); });
     }
@@ -144,7 +145,7 @@ public:
 
     /// Moves the elements of `other` into this array. The storage of `other` moves too, unless it has fewer slots than
     /// this array. `other` becomes empty and has no storage.
-    /// \throws the first failure of an element's destructor.
+    /// \throws Exception or any other class: the first failure of an element's destructor.
     // NOLINTNEXTLINE(bugprone-exception-escape,performance-noexcept-move-constructor): it throws what elements throw
     Array& operator=(Array&& other) noexcept(kMovesCannotFail) {
         Array taken(std::move(other));

@@ -276,8 +276,9 @@ public:
     }
 
     /// Releases every node, including the spare nodes. The buckets are kept.
-    /// \throws the first failure of a destructor of a key or value, after every node is released and the map is empty.
-    ///         Later failures are recorded in the log as "HashMap::~HashMap: ... suppressed" and swallowed.
+    /// \throws Exception or any other class: the first failure of a destructor of a key or value, after every node is
+    ///         released and the map is empty. Later failures are recorded in the log as "HashMap::~HashMap: ...
+    ///         suppressed" and swallowed.
     void clear() {
         m_size = 0;
         unsigned int bucket = 0;
