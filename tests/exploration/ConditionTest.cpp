@@ -279,7 +279,7 @@ TEST_F(ConditionExploration, ABroadcastReleasesAllWaiters) {
     for (const int waiters : {1, 2}) {
         for (const bool holdsLock : {false, true}) {
             unsigned long long missed = 0;
-            // With three, both waiters may be counted before either of them waits.
+            // Both waiters are counted before either of them waits only in schedules with three preemptions.
             const unsigned int preemptions = waiters == 2 && !holdsLock ? 3U : 2U;
             explores<Broadcast>({.preemptions = preemptions}, waiters, holdsLock, std::ref(missed));
             EXPECT_NE(missed, 0u) << "the documented gap is not reached, so the scenario is too small";

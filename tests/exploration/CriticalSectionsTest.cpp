@@ -70,8 +70,9 @@ private:
     bool m_isUsed = false;
 };
 
-/// A task turns the switch off and on again while another task uses an automatic lock. This is not allowed. The test
-/// counts the schedules in which the lock stays held, two tasks are inside, or a task releases a lock of another task.
+/// A task disables and enables thread safety while other tasks use an AutoCriticalSection. Programs must not do this.
+/// The test counts the schedules in which the lock stays held, two tasks are inside, or a task releases a lock of
+/// another task.
 class SwitchDuringUse final : public SystemScenario {
 public:
     struct Counts {

@@ -209,7 +209,7 @@ TEST_F(ErrorLogExploration, NoLineIsLostWhileTheLogIsMoved) {
     explores<Writers>({.preemptions = 2}, withRotation({.writers = 2, .backup = "older\r\n", .readsBackup = true}),
                       std::ref(counts));
     EXPECT_NE(counts.rotated, 0u);
-    EXPECT_NE(counts.kept, 0u) << "another writer has opened the log before it is renamed";
+    EXPECT_NE(counts.kept, 0u) << "no schedule has a writer that keeps the log open and so prevents the rename";
 }
 
 TEST_F(ErrorLogExploration, AKilledWriterLosesItsOwnLineOnly) {

@@ -42,7 +42,7 @@ FileSystem::Handle* FileSystem::find(HANDLE handle, DWORD access) {
     return &found->second;
 }
 
-/// Whether all open handles of the file allow others to open it with the right that belongs to the sharing mode.
+/// Whether the sharing modes of all open handles of the file include `mode`.
 bool FileSystem::isShared(const File& file, DWORD mode) const {
     return std::all_of(m_handles.begin(), m_handles.end(), [&](const auto& entry) {
         return entry.second.file.get() != &file || (entry.second.sharing & mode) != 0;
@@ -51,8 +51,7 @@ bool FileSystem::isShared(const File& file, DWORD mode) const {
 
 /// "Creating and Opening Files": the sharing modes of all open handles must allow the access of a new handle, and the
 /// sharing mode of the new handle must allow the access of the open handles. Otherwise the call fails with
-/// ERROR_SHARING_VIOLATION. A file whose deletion is pending cannot be
-/// opened.
+/// ERROR_SHARING_VIOLATION. A file whose deletion is pending cannot be opened.
 HANDLE FileSystem::open(const std::string& path, DWORD access, DWORD sharing, DWORD disposition) {
     point();
     const auto found = m_files.find(path);

@@ -6,7 +6,7 @@ namespace exploration {
 
 namespace {
 
-// Threads that the runtime or the system start use the real system.
+// Thread-local, because threads that the runtime or the system start must use the real system.
 thread_local Machine* s_current = nullptr;
 
 /// The handles of the model are larger than any handle of the system.
@@ -299,7 +299,7 @@ bool Machine::take(KernelObject& object, TaskId task, DWORD& result) {
     return true;
 }
 
-/// Gives a free object to waiters. "Do not assume a first-in, first-out (FIFO) order."
+/// Gives a free object to waiters. "Mutex Objects": "Do not assume a first-in, first-out (FIFO) order."
 void Machine::release(KernelObject& object) {
     while (!object.waiters.empty()) {
         const auto chosen =

@@ -1,7 +1,7 @@
 /// \file
 /// A model of the parts of Windows that the locks, the conditions and the secured objects use. It follows the
-/// documentation of Windows; each rule names the page. Every call is a scheduling point, except calls outside of a
-/// task.
+/// documentation of Windows. The comment of each rule contains the title of the page. Every call is a scheduling
+/// point, except calls outside of a task.
 ///
 /// A call that fails sets the last error, as in the system.
 #pragma once
@@ -28,7 +28,7 @@ inline constexpr TaskId kNoTask = ~0u;
 /// A scheduling point, unless the call is outside of all tasks.
 void schedulingPoint();
 
-/// Records a call for the trace of a failure. `text` returns its line.
+/// Records a call for the trace of a failure. `text()` is the line that describes the call.
 template <class Text>
 void traceCall(const Text& text) {
     if (Scheduler* const scheduler = Scheduler::running(); scheduler && scheduler->isTracing()) {
@@ -88,7 +88,8 @@ public:
     bool releaseMutex(HANDLE handle);
     DWORD wait(HANDLE handle, DWORD milliseconds);
 
-    /// Closes a handle of this model. Does nothing for a handle of the system.
+    /// Closes a handle of this model, and returns whether it was open. Does nothing for a handle of the system, and
+    /// returns an empty result.
     std::optional<bool> close(HANDLE handle);
 
     // ---- Critical sections ----

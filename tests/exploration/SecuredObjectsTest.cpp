@@ -48,8 +48,9 @@ bool triesOnce(Obtain obtain) {
     return obtain == &obtainMapping;
 }
 
-/// Processes that obtain one object and keep it until all processes have it. The only owner may be killed after another
-/// process was refused the creation. `missed` counts the processes that then get no object, if that is allowed.
+/// Processes that obtain one object and keep it until all processes have it. The only process that has the object may
+/// be killed when another process has failed to create the object, and has not opened it yet. An operation that tries
+/// only once then returns no object; `missed` counts these results.
 class FirstOpening final : public SystemScenario {
 public:
     FirstOpening(Obtain obtain, unsigned int processes, unsigned long long& missed)
@@ -57,7 +58,7 @@ public:
 
 private:
     void start() override {
-        machine().files().setScheduling(false);  // only the object itself is shared
+        machine().files().setScheduling(false);  // this scenario is not about files
         for (unsigned int process = 0; process < m_processes; ++process) {
             static constexpr const char* kNames[] = {"first", "second", "third"};
             task(kNames[process], process + 1, [this] {

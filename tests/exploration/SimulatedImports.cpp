@@ -16,7 +16,7 @@ namespace exploration {
 
 namespace {
 
-/// The ids of the model's tasks, like the thread ids of the system.
+/// The thread ids of the model's tasks are multiples of four, like those of the system.
 constexpr DWORD kThreadIdStep = 4;
 
 std::string narrowPath(const wchar_t* path) {
@@ -143,7 +143,7 @@ constexpr auto kCloseHandle = [](Machine& machine, HANDLE handle) -> BOOL {
 
 // ---- The C runtime --------------------------------------------------------------------------------------------------
 
-// Streams and descriptors that do not belong to the model belong to the test framework.
+// Streams that do not belong to the model belong to the test framework, so their calls are forwarded to the runtime.
 
 constexpr auto kOpenDescriptor = [](Machine& machine, int* descriptor, const char* path, int flags, int sharing,
                                     int) -> errno_t {

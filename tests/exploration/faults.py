@@ -154,15 +154,15 @@ def found_by_others(bench, build):
 
 def main():
     parser = argparse.ArgumentParser(prog="./dev explore --faults", description=__doc__.split("\n\n", maxsplit=1)[0])
-    parser.add_argument("name", nargs="?", default="", help="a part of the faults' names")
+    parser.add_argument("name", nargs="?", default="", help="only faults whose names contain this text")
     parser.add_argument("--others", action="store_true", help="also run all other tests with each fault")
     parser.add_argument("--check", action="store_true", help="only check that the faults can be planted and are documented")
     options = parser.parse_args()
     for fault in FAULTS:
         if (ROOT / fault.path).read_text().count(fault.before) != 1:
-            sys.exit(f"{fault.path}: does not contain once:\n{fault.before}")
+            sys.exit(f"{fault.path}: must contain this text exactly once:\n{fault.before}")
         if f"| {fault.name} |" not in PAGE.read_text():
-            sys.exit(f"{PAGE}: does not list: {fault.name}")
+            sys.exit(f"{PAGE} must list this fault: {fault.name}")
     if options.check:
         return False
     build = Build(ROOT, ROOT / "build" / "release")

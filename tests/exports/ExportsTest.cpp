@@ -37,8 +37,8 @@ Names exportedNames(const test::PeFile& dll) {
     return names;
 }
 
-/// The list has the names of GCC's DLL. clang does not export type information, since exception handlers compare the
-/// names of types. clang does export constants that are initialised in their class.
+/// The list has the names of GCC's DLL. clang does not export type information, and programs do not need it, because
+/// exception handlers compare the names of types. But clang exports constants that are initialised in their class.
 Names listedNames(bool isLinkedByLld) {
     const std::string text = test::readFile(L"vorelCore.exports");
     Names names;
@@ -72,7 +72,7 @@ TEST(Exports, AreThoseOfTheList) {
     EXPECT_THAT(difference(found, listed), IsEmpty()) << "not listed. " << hint;
 }
 
-// A channel that writes nothing has these texts, so they can be found only in the file.
+// These texts belong to a channel that writes nothing, so a test can find them only in the file.
 TEST(Exports, TextsOfTheSilentTraceAreInTheFile) {
     const test::PeFile dll(L"vorelCore.dll");
     for (const char* const text : {"singleCToMultipleD() - ending text without 2nd double quote",

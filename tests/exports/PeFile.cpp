@@ -13,7 +13,7 @@ namespace test {
 namespace {
 
 constexpr std::size_t kShortNameBytes = 8;
-// The compiler pads its structure for a symbol, which has 18 bytes.
+// The size of a symbol in the file. The compiler's structure is larger, because it is padded.
 constexpr std::size_t kSymbolBytes = 18;
 
 }  // namespace
@@ -124,7 +124,7 @@ std::vector<std::string> PeFile::symbols() const {
             text.resize(std::strlen(text.c_str()));
             names.push_back(text);
         }
-        index += static_cast<unsigned char>(m_bytes.at(at + kSymbolBytes - 1));  // entries with more about this symbol
+        index += static_cast<unsigned char>(m_bytes.at(at + kSymbolBytes - 1));  // skips auxiliary entries
     }
     return names;
 }

@@ -17,8 +17,7 @@ import time
 from pathlib import Path
 
 _SUITE = re.compile(r"^\s*(?:TYPED_)?TEST(?:_[FP])?\(\s*(\w+)\s*,", re.MULTILINE)
-# The first program depends on the clock and needs the whole machine. The second program reads the file of the released
-# DLL.
+# "stress" depends on the clock and needs the whole machine. "exports" reads the file of the released DLL.
 _NOT_RUN = {"stress", "exports"}
 
 
@@ -50,7 +49,8 @@ def _without_precompiled_header(command):
 
 
 def _code_of(object_file):
-    """The bytes of an object without its debug information, because that contains the folder of the source."""
+    """The bytes of an object without its debug information, because the debug information contains the folder of
+    the source."""
     with tempfile.NamedTemporaryFile(suffix=".obj") as stripped:
         subprocess.run(["x86_64-w64-mingw32-objcopy", "--strip-debug", object_file, stripped.name], check=True)
         return Path(stripped.name).read_bytes()
@@ -250,8 +250,8 @@ class Bench:
         return failed
 
     def confirms(self, program, failed, test_filter):
-        """Whether the test fails because of the change: it passes without the change and fails again with it, alone or
-        with others."""
+        """Whether the test fails because of the change: it passes without the change, and fails again with the
+        change, alone or together with other tests."""
         test = failed.split(" ")[0]
         return not self._run(self._build.folder / "bin", program, test) and bool(
             self._run(self._bin, program, test) or self._run(self._bin, program, test_filter))
@@ -261,7 +261,7 @@ class Bench:
         return (self._folder / "output.txt").read_text(errors="replace")
 
     def _is_slow(self, program, test_filter):
-        """Whether the machine is so busy that the unchanged library exceeds the limit too. Then raises the limit."""
+        """Whether the machine is so busy that the unchanged library exceeds the limit too. If so, raises the limit."""
         limit = program.limit_seconds
         self.measure(program, test_filter)
         return program.limit_seconds > limit

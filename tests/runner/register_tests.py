@@ -3,9 +3,9 @@
     register_tests.py <folder>
     register_tests.py <folder> --list [label]...
 
-The second form prints the tests, or those with some labels, for a machine that has neither CTest nor Python. Each is a
-line of fields separated by tabs: its name, the file name of its program, "gtest", "alone" if no other test may run at
-the same time or else "parallel", its time limit in seconds, and the arguments of the program.
+The second form prints the tests, or only the tests with the given labels, for a machine that has neither CTest nor
+Python. Each test is a line of fields separated by tabs: its name, the file name of its program, "gtest", "alone" if no
+other test may run at the same time or else "parallel", its time limit in seconds, and the arguments of the program.
 
 <folder> has a description of each program (<name>.program.json): its path and label, the arguments and properties of
 its tests. The script is <folder>/tests.cmake. A test of CTest is a test file, or a part of a large file; its cases
@@ -51,7 +51,7 @@ class Program:
     def cases(self):
         """The cases of each test file: path → (suite, case) pairs, without disabled ones."""
         if not self._listing.exists() or self._listing.stat().st_mtime < self.path.stat().st_mtime:
-            # An absolute path would have to be translated for Wine.
+            # The path of the output is relative, because an absolute path would have to be translated for Wine.
             subprocess.run([*self.emulator, self.path, "--gtest_list_tests", f"--gtest_output=json:{self._listing.name}"],
                            cwd=self.folder, check=True, stdout=subprocess.DEVNULL, timeout=120)
         files = defaultdict(list)

@@ -3,8 +3,8 @@
     summary.py <registry> <JUnit file of CTest>...
 
 A test of CTest that is a GoogleTest file counts as its cases; any other test counts as one. If several JUnit files have
-the same test, the last file counts. The end of the output of each failed test is printed, and the reason of each
-skipped one. The last line is "N passed, N failed, N skipped".
+the same test, the last file counts. The end of the output of each failed test is printed, and the reason for each
+skipped test. The last line is "N passed, N failed, N skipped".
 """
 
 import json

@@ -1,5 +1,6 @@
 /// \file
-/// Replaces functions that this program imports, by changing its import table. Affects calls of the static library.
+/// Replaces functions that this program imports, by changing its import table. The static library is part of the
+/// program, so its calls are replaced too; the calls of a DLL are not.
 ///
 ///     std::vector<DWORD> sleeps;
 ///     const test::ImportHook<importedSleep> hook([&](DWORD ms) { sleeps.push_back(ms); });
@@ -20,7 +21,7 @@
 #include <sys/stat.h>
 #include <windows.h>
 
-// The entries of the import table. Each has the name of its function, without underscores.
+// The entries of the import table. The name of an entry is "imported" and the name of its function without underscores.
 extern "C" {
 extern decltype(&::AccessCheck) importedAccessCheck __asm__("__imp_AccessCheck");
 extern decltype(&::AddAccessAllowedAce) importedAddAccessAllowedAce __asm__("__imp_AddAccessAllowedAce");

@@ -127,7 +127,8 @@ inline ListReading<bool> readBooleans(std::string_view text) {
     return list;
 }
 
-/// The ranges before the first invalid item, and that item; empty if all items are valid.
+/// The ranges up to the first invalid item, and that item in `rejected`, which is empty if all items are valid. The
+/// numbers of the invalid item that were parsed are in `starts` and `ends`, too.
 struct Ranges {
     std::vector<int> starts;
     std::vector<int> ends;

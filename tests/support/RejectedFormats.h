@@ -7,7 +7,7 @@
 
 namespace test {
 
-/// An operation called with such a format.
+/// A function that calls one operation with a format that the runtime rejects.
 struct RejectedFormat {
     const char* name;
     void (*use)();

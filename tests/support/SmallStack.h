@@ -1,5 +1,6 @@
 /// \file
-/// A thread with little stack left. Wine gives every thread a megabyte of stack, so the thread first uses up the rest.
+/// A thread with little stack left. Wine gives every thread at least a megabyte of stack, so the thread first uses up
+/// all stack except the wanted size.
 #pragma once
 
 #include <cstddef>

@@ -33,8 +33,8 @@ struct SoakStats {
 
 using SharedSoakStats = SharedStats<SoakStats>;
 
-/// A short line with a checksum. `readStressLine` parses it. The writer is the number of the process, and the thread is
-/// the number of its life, counted over all processes.
+/// A short line with a checksum. `readStressLine` parses it. In `id`, `writer` is the number of the process. Killed
+/// processes are started again, and `thread` is the number of the start, counted over all processes.
 inline std::wstring soakLine(const StressLineId& id) {
     std::string text = std::to_string(id.writer) + '.' + std::to_string(id.thread) + '.' + std::to_string(id.number) +
                        ' ' + std::string(id.number % 100, '-') + ' ';

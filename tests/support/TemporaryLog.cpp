@@ -21,7 +21,7 @@ struct LogSettings : Exception {
     static long long& sizeLimit() { return CurrentLogSize; }
 };
 
-/// The log path that these objects set last.
+/// The log path that a `TemporaryLog` set last.
 std::string& currentPath() {
     static std::string path;
     return path;

@@ -88,8 +88,8 @@ TextList<T> splitAtAnyOf(const std::basic_string<T>& text, const std::basic_stri
     return items;
 }
 
-/// The search for the delimiter counts consecutive matching characters. After a mismatch it restarts with the next
-/// character of the item.
+/// Whether `joined` quotes the item, because it contains a quotation mark or the delimiter. As in the library, the
+/// search for the delimiter restarts at the next character after a mismatch, so it does not find every occurrence.
 inline bool isToBeQuoted(const std::wstring& item, const std::wstring& delimiter) {
     std::size_t matched = 0;
     for (const wchar_t unit : item) {

@@ -1,6 +1,6 @@
 /// \file
-/// Reference implementation of the UTF-8 and UTF-16 codecs, written only from the rules: byte by byte, without blocks,
-/// fast paths or shared code. Tests compare the library's results with it.
+/// Reference implementation of the UTF-8 and UTF-16 codecs, written only from the documented rules: byte by byte,
+/// without blocks, fast paths or code of the library. Tests compare the library's results with it.
 ///
 ///     test::decodeUtf8(bytes, -1).units    // the expected result of ConvertUTF8toString
 ///
@@ -21,13 +21,13 @@ struct DecodedText {
     std::wstring units;                ///< the decoded text up to its end or up to the error
     std::vector<std::size_t> unitsOf;  ///< the number of units of each character, in order
     std::optional<std::size_t> error;  ///< the index of the byte that is not a valid lead byte
-    std::size_t bytesRead = 0;         ///< how much of the input must be readable
+    std::size_t bytesRead = 0;         ///< the number of bytes of the input that must be readable
 };
 
 /// The result of encoding a wide text.
 struct EncodedText {
     std::string bytes;
-    std::size_t unitsRead = 0;  ///< how much of the input must be readable
+    std::size_t unitsRead = 0;  ///< the number of units of the input that must be readable
 };
 
 /// Whether `index` is within a bound of `length`. A negative length means no bound.
@@ -177,7 +177,7 @@ inline EncodedText encodeUtf16(const std::wstring& input, int length) {
     return result;
 }
 
-/// Encodes each unit up to a zero as a separate sequence, surrogates too.
+/// Encodes each unit up to a zero as a separate sequence, even the two surrogates of a pair.
 inline std::string encodeUnits(const std::wstring& input) {
     std::string bytes;
     for (std::size_t at = 0; input[at] != 0; ++at) {
