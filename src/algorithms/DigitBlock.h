@@ -1,7 +1,7 @@
 /// \file
-/// Counts and converts decimal and hexadecimal digits in blocks, without a branch per digit. A block has sixteen
-/// digits; a block of hexadecimal digits in wide text has eight. The length of a number is unpredictable, and one
-/// mispredicted branch takes as long as the whole conversion.
+/// Counts and converts decimal and hexadecimal digits in blocks, without a branch per digit: the length of a number is
+/// unpredictable, and one mispredicted branch takes as long as the whole conversion. A block has sixteen digits; a
+/// block of hexadecimal digits in wide text has eight.
 ///
 /// Reads may extend past either end of the text, but never into another page; characters outside the number are
 /// ignored. SSE2 is part of every 64-bit x86 processor, so no dispatch is needed.
@@ -50,7 +50,8 @@ std::uint64_t digitMask(const T* position) noexcept {
 
 /// The number of digits at the start of a mask.
 constexpr std::uint64_t leadingDigits(std::uint64_t mask) noexcept {
-    constexpr std::uint64_t kEnd = std::uint64_t{1} << 63;  // set in every ~mask; says that the operand is not 0
+    constexpr std::uint64_t kEnd = std::uint64_t{1}
+                                   << 63;  // set in every ~mask; shows the compiler that the operand is not 0
     return static_cast<std::uint64_t>(std::countr_zero(~mask | kEnd));
 }
 
@@ -62,7 +63,7 @@ inline __m128i lastBytes(std::uint64_t count) noexcept {
     return _mm_loadu_si128(reinterpret_cast<const __m128i*>(kZerosThenOnes + count));
 }
 
-/// The number that the last `count` characters of a block form, which are all digits.
+/// The number formed by the last `count` characters of a block. All of them must be digits.
 VOREL_ALWAYS_INLINE std::uint64_t valueOfLast(__m128i block, std::uint64_t count) noexcept {
     const __m128i digits = _mm_and_si128(_mm_sub_epi8(block, _mm_set1_epi8('0')), lastBytes(count));
     // Each step combines neighbours: first to numbers of two digits, then of four, then of eight. See Wojciech Muła,
@@ -75,7 +76,7 @@ VOREL_ALWAYS_INLINE std::uint64_t valueOfLast(__m128i block, std::uint64_t count
     return (halves & 0xFFFFFFFF) * kIntegerPowersOfTen[8] + (halves >> 32);
 }
 
-/// The number that the `count` digits from `position` on form, at most one block of digits.
+/// The number formed by the `count` digits from `position` on. `count` is at most one block.
 template <class T>
 VOREL_ALWAYS_INLINE std::uint64_t valueOfDigits(const T* position, std::uint64_t count) noexcept {
     return valueOfLast(loadBlock(position + count - kDigitBlock), count);
@@ -86,7 +87,7 @@ VOREL_ALWAYS_INLINE std::uint64_t valueOfDigits(const T* position, std::uint64_t
 template <class T>
 VOREL_ALWAYS_INLINE std::uint64_t valueAcrossPoint(const T* position, std::uint64_t whole,
                                                    std::uint64_t fraction) noexcept {
-    // Loads the digits twice, because the point must be left out. `fractionAtEnd` ends after the last digit.
+    // The digits are loaded twice, because the point must be left out. `fractionAtEnd` ends after the last digit.
     // `wholeInPlace` begins one character earlier, so the digits before the point are directly before the fraction.
     const T* const lastBlock = position + whole + fraction - kDigitBlock;
     const __m128i fractionAtEnd = loadBlock(lastBlock + 1);

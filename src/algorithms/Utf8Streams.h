@@ -75,7 +75,7 @@ public:
     [[nodiscard]] bool atEnd() const noexcept { return m_cursor.atEnd(); }
 
     /// The number of units that can be read: up to the end, or up to a byte that does not start a sequence. In the
-    /// second case sets `*invalid`.
+    /// second case, `*invalid` becomes true, if `invalid` is not null.
     [[nodiscard]] std::size_t unitsLeft(bool* invalid = nullptr) const noexcept {
         BoundedCursor<unsigned char> cursor = m_cursor;
         std::size_t units = 0;
@@ -110,15 +110,16 @@ private:
         return byte < 0x80 ? Utf8Sequence{byte, 1} : decodeUtf8Sequence(cursor.position());
     }
 
-    /// Reads some characters one by one. False if the next character does not fit or does not start a sequence.
+    /// Reads some characters one by one. Returns false if the next character does not fit, or if the next byte does not
+    /// start a sequence.
     template <LastPair Rule, class Unit>
     bool readScalar(Unit* out, std::size_t& units, std::size_t capacity) noexcept {
         BoundedCursor<unsigned char> cursor = m_cursor;  // kept in registers
         std::size_t at = units;
         bool goesOn = true;
         for (unsigned int left = kScalarCharacters; left != 0 && !cursor.atEnd(); --left) {
-            // Decoded before the capacity is checked, because an invalid byte after the last unit that fits is an error
-            // too.
+            // The sequence is decoded before the capacity is checked, because an invalid byte after the last unit that
+            // fits is also an error.
             const Utf8Sequence sequence = nextSequence(cursor);
             const std::size_t needed = Rule == LastPair::Left && sequence.value >= kFirstPairedValue ? 2 : 1;
             m_failed = sequence.bytes == 0;
@@ -152,7 +153,8 @@ private:
     bool m_failed = false;
 };
 
-/// Writes one input. A surrogate pair is read whole even if only its first unit is before the bound.
+/// Writes one input. With `Surrogates::Paired`, a surrogate pair is read whole even if only its first unit is before
+/// the bound.
 template <Surrogates Rule, class Unit>
 class Utf8Writer {
 public:
@@ -193,7 +195,7 @@ public:
     }
 
 private:
-    /// Writes some characters one by one. False if the next character does not fit.
+    /// Writes some characters one by one. Returns false if the next character does not fit.
     bool writeScalar(unsigned char* out, std::size_t& bytes, std::size_t enough, std::size_t capacity) noexcept {
         BoundedCursor<Unit> cursor = m_cursor;  // kept in registers
         std::size_t at = bytes;

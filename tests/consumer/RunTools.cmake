@@ -1,5 +1,5 @@
-# Runs the installed tools, and checks their manual pages and completion scripts. The files must be equal to the output
-# of the tool, and bash must complete with the scripts.
+# Runs the installed tools, and checks their manual pages and completion scripts. Each file must be equal to the output
+# of its tool, and completion in bash must work with its script.
 #
 #   PROJECT_BUILD: the build to install; or PACKAGE: the folder of an existing package
 
@@ -29,7 +29,7 @@ function(check_file tool file part)
     endif()
 endfunction()
 
-# The completions that bash offers for the words of a command line.
+# Checks the completions that bash offers for the words of a command line.
 function(check_completion expected tool)
     execute_process(
         COMMAND bash -c "source \"$0\" && COMP_WORDS=(\"$@\") COMP_CWORD=$(($# - 1)) && _$1 && echo \"\${COMPREPLY[@]}\""

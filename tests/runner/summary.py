@@ -1,10 +1,11 @@
-"""Adds up the results of a test run: the cases that failed, the slowest test files, and the totals.
+"""Adds up the results of a test run: the cases that failed, the slowest tests, and the totals.
 
     summary.py <registry> <JUnit file of CTest>...
 
-A test of CTest that is a GoogleTest file counts as its cases; any other test counts as one. If several JUnit files have
-the same test, the last file counts. The end of the output of each failed test is printed, and the reason for each
-skipped test. The last line is "N passed, N failed, N skipped".
+If a test of CTest runs GoogleTest cases, each case is counted. Any other test of CTest counts as one. If several JUnit
+files have the same test, the last file counts. Prints the end of the output of each failed test of CTest, and the first
+line of the output of each skipped one, which says why. For skipped GoogleTest cases, no reason is printed. The last
+line is "N passed, N failed, N skipped".
 """
 
 import json
@@ -35,7 +36,7 @@ def main(registry, reports):
     for name, test in tests.items():
         outcome = {"run": "passed", "fail": "failed"}.get(test.get("status"), "skipped")
         results = registry / "results" / (re.sub(r"[^\w.-]", "_", name) + ".json")
-        # A program that ended early has not written results, so the result of CTest counts.
+        # The result of CTest counts if the program ended before it wrote results, or failed although no case did.
         cases = dict(cases_of(results)) if results.exists() else {}
         if not cases or (outcome == "failed" and "failed" not in cases.values()):
             cases = {name: outcome}
@@ -43,7 +44,7 @@ def main(registry, reports):
         failed += [case if case == name else f"{name}: {case}" for case, found in cases.items() if found == "failed"]
 
     slowest = sorted(tests.values(), key=lambda test: -float(test.get("time")))[:SLOWEST]
-    print("\nThe slowest test files:")
+    print("\nThe slowest tests:")
     for test in slowest:
         print(f"{float(test.get('time')):8.1f} s  {test.get('name')}")
     for name, test in tests.items():

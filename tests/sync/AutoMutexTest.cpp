@@ -108,7 +108,8 @@ TEST(AutoMutex, NarrowNameIsTheWideOneInUtf8) {
         later.unlock();
     }
     char units[] = "written";
-    EXPECT_TRUE(AutoMutex(units, true, false).initialize(units, false)) << "a buffer that may be written is a name too";
+    EXPECT_TRUE(AutoMutex(units, true, false).initialize(units, false))
+        << "a pointer to non-const characters is accepted too";
 }
 
 TEST(AutoMutex, NarrowNullIsNoName) {
@@ -385,7 +386,7 @@ TEST(AutoMutex, LockWaitsUntilTheMutexIsFree) {
 
 // ---- Abandoned mutex ------------------------------------------------------------------------------------------------
 
-/// A function that takes a mutex and reports an abandoned one.
+/// A function that takes a mutex, and logs a warning if the mutex was abandoned.
 using Take = bool (*)(AutoMutex&);
 
 class AbandonedAutoMutex : public testing::TestWithParam<Take> {};

@@ -84,8 +84,8 @@ TEST(DaylightTest, Decode_AcceptsEveryCharacter) {
     }
     Array<unsigned char> plus;
     Array<unsigned char> comma;
-    Daylight::Decode(L"+,+,3", plus);
-    Daylight::Decode(L"++++3", comma);
+    Daylight::Decode(L"++++3", plus);
+    Daylight::Decode(L"+,+,3", comma);
     EXPECT_EQ(valuesOf(plus), valuesOf(comma));
     EXPECT_EQ(valuesOf(plus), (Bytes{0x04, 0x10, 0x41}));
 }

@@ -126,7 +126,7 @@ TEST_F(VorellogTest, FiltersByTime) {
 }
 
 TEST_F(VorellogTest, MarksTheLineOfAKilledWriter) {
-    // The writer is killed within a line, while it holds the lock.
+    // The writer is killed in the middle of a line, while it holds the lock.
     const test::NamedEvent held(test::NamedEvent::uniqueName(L"held"));
     const test::NamedEvent release(test::NamedEvent::uniqueName(L"release"));
     Exception::warn("before");
@@ -203,7 +203,7 @@ TEST_F(VorellogTest, ExitCodes) {
     EXPECT_EQ(view({L"--unknown"}).exitCode, 2u);
     EXPECT_EQ(view({L"-p", L"x"}).exitCode, 2u);
     EXPECT_EQ(view({L"-m", L"0"}).exitCode, 2u);
-    EXPECT_EQ(view({L"another.log"}).exitCode, 3u);  // the other log is shown
+    EXPECT_EQ(view({L"another.log"}).exitCode, 3u);  // another.log does not exist, but the existing log is shown
     const std::wstring folder = log.folder().widePath();
     EXPECT_EQ(test::capture(L"vorellog", {folder}).exitCode, 3u);
     const Captured missing = test::capture(L"vorellog", {folder + L"\\no.log"});

@@ -1,5 +1,5 @@
 /// \file
-/// Tests the flat interface with simulated system failures, and in a process whose active code page is UTF-8.
+/// Tests the flat interface with simulated system failures, and with UTF-8 as the simulated code page of the process.
 
 #include <cerrno>
 #include <string>
@@ -101,7 +101,7 @@ TEST(FlatLastErrors, AreStoredAgainOnceMemoryIsAvailable) {
 
 // ---- Code pages -----------------------------------------------------------------------------------------------------
 
-/// The system counts the units of a conversion, and then fails to convert.
+/// Simulates a system that counts the units of a conversion, and then fails to convert them.
 class FailsAfterCounting {
 public:
     explicit FailsAfterCounting(DWORD error) : m_error(error) {}

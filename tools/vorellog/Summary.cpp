@@ -9,8 +9,8 @@ namespace vorellog {
 
 namespace {
 
-/// Only the first bytes of a prefix are shown, because a program may use any prefix, and the start of a message with a
-/// colon counts as a prefix, too.
+/// Only the first bytes of a prefix are shown, because a prefix can be long: a program may use any prefix, and if a
+/// message contains a colon and a blank, the text before the colon counts as a prefix.
 std::string shownPrefix(std::string_view prefix) {
     std::string shown;
     tools::appendVisible(shown, prefix.substr(0, MessageGroups::kMaxPrefixBytes));
@@ -70,8 +70,8 @@ Summary::Row& Summary::rowOf(ProcessNumber process, std::string_view prefix) {
     return found == m_rows.end() ? m_others : found->second;
 }
 
-/// The rows. Rows with more records come first. If the numbers of records are equal, the latest row comes first. The
-/// row of all further processes is last.
+/// The rows, without `m_others`. Rows with more records come first. If the numbers of records are equal, the row with
+/// the latest record comes first.
 std::vector<Summary::ShownRow> Summary::sortedRows() const {
     constexpr unsigned int kNumberBits = 32;
     std::vector<std::string> prefixes(m_prefixes.size());

@@ -17,7 +17,7 @@ extern "C" {
 /// bits, an addition the lower sixteen.
 #define VOREL_ABI_VERSION 0x00010000u
 
-/// Passed as the number of units, it means that the text ends at its first zero.
+/// As the number of units of an input, this means that the text ends at its first zero.
 #define VOREL_ZERO_TERMINATED SIZE_MAX
 
 /// The maximum number of units of an input.
@@ -33,7 +33,7 @@ typedef int32_t vorel_status;
 enum {
     VOREL_OK = 0,
     VOREL_ERROR_INVALID_ARGUMENT = 1,  ///< a null pointer, a number out of range, an unknown flag
-    VOREL_ERROR_BUFFER_TOO_SMALL = 2,  ///< the output is not written, only its length
+    VOREL_ERROR_BUFFER_TOO_SMALL = 2,  ///< only the length of the output was written
     VOREL_ERROR_OUT_OF_MEMORY = 3,
     VOREL_ERROR_INVALID_TEXT = 4,  ///< the function cannot read the input
     VOREL_ERROR_UNKNOWN_NAME = 5,  ///< no code page has this name
@@ -44,15 +44,15 @@ enum {
     VOREL_ERROR_INTERNAL = 10,     ///< any other failure; see the error log
 };
 
-/// The version of this interface in the loaded library. A program can use the library if the upper sixteen bits equal
-/// the upper bits of `VOREL_ABI_VERSION`, and the lower sixteen bits are not smaller than its lower bits.
+/// The version of this interface in the loaded library. A program can use the library if the upper sixteen bits of this
+/// version and of `VOREL_ABI_VERSION` are equal, and the lower sixteen bits of this version are not smaller.
 VOREL_API uint32_t vorel_abi_version(void);
 
 /// The version of the library in ASCII, for example "0.1.0". It is valid while the library is loaded.
 VOREL_API const char* vorel_version(void);
 
-/// The name of a status in ASCII, for example "VOREL_ERROR_TIMEOUT", and "VOREL_ERROR_UNKNOWN" for any other number. It
-/// is valid while the library is loaded.
+/// The name of a status in ASCII, for example "VOREL_ERROR_TIMEOUT". For a number that is not a status,
+/// "VOREL_ERROR_UNKNOWN". The text is valid while the library is loaded.
 VOREL_API const char* vorel_status_name(vorel_status status);
 
 #ifdef __cplusplus

@@ -13,7 +13,8 @@ struct Base64Tables;
 namespace vorel::util {
 
 /// Standard Base64: the alphabet A-Z a-z 0-9 + /, '=' as padding, no line breaks. Every function may be called from any
-/// thread. A failure gets the record of the operation ("Base64::Decode(char): Vorel exception rethrown").
+/// thread. A function that throws first adds a record with its name to the exception ("Base64::Decode(char): Vorel
+/// exception rethrown").
 ///
 ///     41 42 43 44  ->  QUJDRA==
 class Base64 {
@@ -29,17 +30,18 @@ public:
     VOREL_API static void Encode(const Array<unsigned char>& bytes, BaseString<char>& text);
     VOREL_API static void Encode(const Array<unsigned char>& bytes, BaseString<wchar_t>& text);
 
-    /// The same for `count` bytes of `data`, starting at index `start`. `data` may point into `text`; null means no
-    /// bytes.
+    /// The same for `count` bytes of `data`, starting at index `start`. `data` may point into `text`. If `data` is
+    /// null, no bytes are encoded.
     VOREL_API static void EncodeRange(const unsigned char* data, unsigned int start, unsigned int count,
                                       BaseString<char>& text);
     VOREL_API static void EncodeRange(const unsigned char* data, unsigned int start, unsigned int count,
                                       BaseString<wchar_t>& text);
 
     /// Replaces `bytes` by the bytes that `text` encodes, and returns 0. Tabs, line feeds, carriage returns and spaces
-    /// are skipped. Padding ends the text; units after it are ignored. An incomplete group of four, or a group with any
-    /// other character, also ends the text: the result is 1, and the bytes before the group are kept. Null is an empty
-    /// text. `text` may point into `bytes`. A text without bytes allocates nothing.
+    /// are skipped. A '=' as the third or fourth character of a group of four ends the text; units after the group are
+    /// ignored. As the first or second character, '=' counts as 'A'. An incomplete group, or a group with any other
+    /// character, also ends the text: the result is 1, and the bytes before the group are kept. Null is an empty text.
+    /// `text` may point into `bytes`. If the text encodes no bytes, nothing is allocated.
     ///
     ///     QQ==  ->  41, 0        QQ  ->  nothing, 1        QQ=A  ->  41, 0
     ///

@@ -6,23 +6,23 @@
 /// White space is space, tab, line feed and carriage return, and in wide text also the no-break space U+00A0. Digits
 /// are '0' to '9', and the decimal point is '.'. Words such as "NaN" and "Inf" are not accepted.
 ///
-/// | text      | stringToInt | tryStringToInteger | canCoerceToInteger | stringToDouble | tryStringToDouble |
-/// |-----------|-------------|--------------------|--------------------|----------------|-------------------|
-/// | " 42 "    | 42          | 42                 | yes                | 42             | 42                |
-/// | "-12.00"  | -12, at '.' | -12                | yes                | -12            | -12               |
-/// | "0123"    | 123         | 123                | with leading zeros | 123            | 123               |
-/// | "1e0"     | 1, at 'e'   | no                 | no                 | 1              | no                |
-/// | "abc"     | 0           | no                 | no                 | 0              | no                |
+/// | text     | stringToInt | tryStringToInteger | canCoerceToInteger | stringToDouble | tryStringToDouble |
+/// |----------|-------------|--------------------|--------------------|----------------|-------------------|
+/// | " 42 "   | 42          | 42                 | yes                | 42, at ' '     | 42                |
+/// | "-12.00" | -12, at '.' | -12                | yes                | -12            | -12               |
+/// | "0123"   | 123         | 123                | with leading zeros | 123            | 123               |
+/// | "1e0"    | 1, at 'e'   | no                 | no                 | 1              | no                |
+/// | "abc"    | 0, at 'a'   | no                 | no                 | 0, at 'a'      | no                |
 #pragma once
 
 #include "vorel/Export.h"
 
 namespace vorel::util {
 
-/// Parse signed and unsigned decimal integers: white space, an optional sign, digits, and with `skipTrailingSpace` the
-/// white space after the digits. By design, a value out of range wraps around. For unsigned integers the scan stops at
-/// a '-', with the result 0. `end` never moves back: for " -x" the result is 0 and `end` is at the 'x'. Null gives 0
-/// and a null end.
+/// Parse signed and unsigned decimal integers: white space, an optional sign, and digits. If `skipTrailingSpace` is
+/// true, the white space after the digits is skipped too. By design, a value out of range wraps around. For unsigned
+/// integers the scan stops at a '-', with the result 0. `end` never moves back: for " -x" the result is 0 and `end` is
+/// at the 'x'. Null gives 0 and a null end.
 VOREL_API int stringToInteger(const char* text, const char** end, bool skipTrailingSpace) noexcept;
 VOREL_API int stringToInteger(const wchar_t* text, const wchar_t** end, bool skipTrailingSpace) noexcept;
 VOREL_API long long stringToInteger64(const char* text, const char** end, bool skipTrailingSpace) noexcept;
@@ -43,8 +43,8 @@ VOREL_API unsigned long long stringToUInt64(const char* text, char** end) noexce
 VOREL_API unsigned long long stringToUInt64(const wchar_t* text, wchar_t** end) noexcept;
 
 /// Parse hexadecimal digits in either case, with white space on both sides; no sign, and no "0x". By design, at most 8
-/// digits of wide text are read. At most 16 digits of narrow text are read, and the last 8 count. Null gives 0 and a
-/// null end.
+/// digits of wide text are read. At most 16 digits of narrow text are read, and only the last 8 of them determine the
+/// value. Null gives 0 and a null end.
 ///
 ///     "1234567890"  ->  0x12345678, at the '9' (wide); 0x34567890, at the end (narrow)
 VOREL_API int hexToInteger(const char* text, char** end) noexcept;
@@ -78,8 +78,8 @@ VOREL_API bool tryStringToDouble(const wchar_t* text, double& value) noexcept;
 VOREL_API bool canCoerceToInteger(const char* text, bool allowLeadingZeros) noexcept;
 VOREL_API bool canCoerceToInteger(const wchar_t* text, bool allowLeadingZeros) noexcept;
 
-/// Whether the whole text has the form of a number. An exponent needs a digit; unlike for `tryStringToDouble`, it may
-/// be 0. Without `allowLeadingZeros`, "007" is rejected, but "007.5" and "007e1" are accepted.
+/// Whether the whole text has the form of a number. An exponent must have a digit. It may be 0, unlike an exponent in
+/// `tryStringToDouble`. Without `allowLeadingZeros`, "007" is rejected, but "007.5" and "007e1" are accepted.
 VOREL_API bool canCoerceToDouble(const char* text, bool allowLeadingZeros) noexcept;
 VOREL_API bool canCoerceToDouble(const wchar_t* text, bool allowLeadingZeros) noexcept;
 

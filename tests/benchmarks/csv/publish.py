@@ -21,7 +21,8 @@ copy,memcpy of the bytes,2500000.0000,1000000.0000,0.4000,0.0000\r
 "join, wide",std::x,2000000000.0000,30000000000.0000,15.0000,0.1000\r
 """
 
-# Rises: "append" from 3 to 6 beyond the caches, its peer not at all; "log line" from 1,000 to 1,400 and 2,500.
+# Beyond the caches, "append" rises from 3 to 6 ns, and its peer does not rise. "log line" rises from 1,000 to 1,400 ns,
+# and its peer from 1,000 to 2,500 ns.
 GROWTH = """\
 case,elements,beyond_caches,ours_ns,peer,peer_ns\r
 append,1,no,100.0000,std::string,1.0000\r
