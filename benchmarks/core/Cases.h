@@ -1,6 +1,6 @@
 /// \file
-/// The cases of the core family. Results are nanoseconds per unit, call or element. "Fresh" cases begin with an object
-/// without memory in each pass and release it at the end; "reused" cases keep the memory.
+/// The cases of the core family. Results are nanoseconds per unit, call or element. In a "fresh" case, each pass
+/// creates a new object, and destroys it at the end. In a "reused" case, all passes use the memory of one object.
 #pragma once
 
 #include "support/Frame.h"

@@ -31,7 +31,7 @@ Pass calls(Write write) {
     };
 }
 
-/// Measures the length with one call of the runtime's function, and renders with another call.
+/// Measures the length of the text with one call of the runtime, and renders the text with another call.
 std::string twoCalls(int number) {
     std::string text(static_cast<std::size_t>(_scprintf("%s: attempt %d of %u", kName, number, 100000u)), '\0');
     _snprintf(text.data(), text.size() + 1, "%s: attempt %d of %u", kName, number, 100000u);

@@ -37,7 +37,7 @@ struct StandardMap {
     }
 };
 
-/// Random keys. The probability that two of ten million are equal is below one in 300,000.
+/// Random keys. The probability that two of ten million keys are equal is below one in 300,000.
 std::shared_ptr<const Numbers> keysOf(std::size_t count) {
     std::mt19937_64 random(20261121);
     auto keys = std::make_shared<Numbers>(count);

@@ -22,7 +22,7 @@ void setWineServer(unsigned long linuxProcessId);
 /// The time of the clock in nanoseconds. Only differences have a meaning.
 [[nodiscard]] double clockNs(Clock clock);
 
-/// A description of the time that the clock measures here, for a heading.
+/// A description of the time that the clock measures in this run, for a heading.
 [[nodiscard]] const char* describe(Clock clock);
 
 }  // namespace bench

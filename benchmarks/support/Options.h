@@ -10,7 +10,7 @@ namespace bench {
 
 struct Options {
     std::string csv;           ///< the file for the results; if empty, the results are only printed
-    std::string filter;        ///< only cases whose names contain this text are run; if empty, all
+    std::string filter;        ///< only cases whose names contain this text are run; empty: all cases
     std::size_t rounds = 31;   ///< 1 runs each pass once, for tests of the benchmarks
     unsigned long server = 0;  ///< the Linux process id of Wine's server; 0 if it was not given
 

@@ -39,7 +39,7 @@ __m256i twice(__m128i half) {
 
 // ---- Base64 ---------------------------------------------------------------------------------------------------------
 
-/// Encodes the bytes 4 to 27 of 32 bytes.
+/// Encodes bytes 4 to 27 of `bytes`.
 template <class T>
 void encodeBlock(__m256i bytes, T* out) {
     const __m256i in =

@@ -8,7 +8,7 @@
 
 namespace bench {
 
-/// Whether the processor has AVX2. The other functions require it.
+/// Whether the processor has AVX2, which the other functions require.
 bool hasAvx2();
 
 /// Each of the following functions has the same parameters and result as the function in BinaryTextLoops.h without

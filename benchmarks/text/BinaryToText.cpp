@@ -25,7 +25,7 @@ std::string nameOf(std::size_t bytes) {
     return bytes % 1024 == 0 ? std::to_string(bytes / 1024) + " KiB" : std::to_string(bytes) + " bytes";
 }
 
-/// The inputs of all operations on one size.
+/// The inputs of one size for all operations.
 template <class T>
 struct Case {
     std::string data;
