@@ -39,7 +39,7 @@ option(VOREL_INSTALL_RUNTIME_DLLS "Install the compiler's runtime DLLs; distribu
 set(vorelInstalledDllNames "")
 if(VOREL_INSTALL_RUNTIME_DLLS)
     set(vorelInstalledDllNames ${VOREL_RUNTIME_DLL_NAMES})
-    # Debian's runtime DLLs have symbols and debug information, which are six times as large as the rest.
+    # Removes the symbols and the debug information of Debian's runtime DLLs, which are six times as large as the rest.
     foreach(dll IN LISTS VOREL_RUNTIME_DLLS)
         cmake_path(GET dll FILENAME name)
         set(stripped "${vorelPackageFiles}/bin/${name}")
@@ -122,7 +122,7 @@ install(DIRECTORY docs examples DESTINATION "${CMAKE_INSTALL_DOCDIR}"
     FILES_MATCHING PATTERN "*.md" PATTERN "*.svg" PATTERN "*.png" PATTERN "*.h" PATTERN "*.cpp" PATTERN "*.txt"
     PATTERN "docs/site" EXCLUDE)
 
-# The pages refer to the configurations of collectors and to the package for Node.
+# Other files to which the documents refer.
 install(FILES bindings/node/README.md DESTINATION "${CMAKE_INSTALL_DOCDIR}/bindings/node")
 install(DIRECTORY integrations DESTINATION "${CMAKE_INSTALL_DOCDIR}" PATTERN "integrations/test" EXCLUDE)
 
