@@ -9,8 +9,7 @@ from pathlib import Path
 
 # From the bottom up. A folder may include itself and the folders before it.
 LAYERS = ["algorithms", "platform", "core", "exceptions", "system", "secure", "text", "values", "sync", "flat"]
-# Files outside of the folders. All folders may include the files of the bottom. No folder may include the files of the
-# top.
+# Files outside of the folders. All folders may include the files in BOTTOM. No folder may include the files in TOP.
 BOTTOM = {"Attributes.h", "Export.h", "ExportMacro.h", "Version.h"}
 TOP = {"Formatters.h", "LibraryState.cpp", "LibraryState.h", "StandardLibrary.cpp", "Streams.h", "Trail.h", "Version.cpp",
        "vorelCore.h", "vorelCoreC.h"}
