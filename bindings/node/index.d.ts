@@ -7,8 +7,9 @@
  * `TypeError` or a `RangeError` with the `code` that Node uses: "ERR_INVALID_ARG_TYPE", "ERR_INVALID_ARG_VALUE" or
  * "ERR_OUT_OF_RANGE". An unknown option is an invalid argument.
  *
- * Texts may contain zero characters only where documented. An input has at most 268,435,456 bytes or UTF-16 code units
- * ("VOREL_ERROR_INVALID_ARGUMENT"), and a string of Node at most 536,870,888 code units (`RangeError` or `Error`).
+ * Texts may contain zero characters only where documented. An input of more than 268,435,456 bytes or UTF-16 code units
+ * is rejected ("VOREL_ERROR_INVALID_ARGUMENT"). A string of Node has at most 536,870,888 code units. For a longer result,
+ * a function throws a `RangeError` or an `Error`.
  */
 
 /** The version of the loaded library, for example "0.1.0". */
@@ -84,7 +85,7 @@ export const codePage: {
 
 export type UrlComponent = 'path' | 'pathSegment' | 'query' | 'queryParameter';
 
-/** Percent-encoding through UTF-8. */
+/** Percent-encoding of the UTF-8 form of a text. */
 export const url: {
     encode(text: string, options?: { reserved?: boolean; spaceAsPlus?: boolean }): string;
     /** Escapes the characters that are not allowed in this component of a URL. */
@@ -215,8 +216,8 @@ export type Synchronous<T> = T extends PromiseLike<unknown> ? never : T;
 
 /**
  * A recursive lock that all processes of the machine share. For Windows, a mutex belongs to the thread that locked it.
- * The synchronous functions block the event loop. With `runAsync`, the mutex belongs to the calling task, which also
- * excludes the other tasks of the thread.
+ * The synchronous functions block the event loop. With `runAsync`, the mutex belongs to the calling task, so the
+ * other tasks of the thread are excluded, too.
  *
  *     mutex.run(() => fs.appendFileSync(path, line), 5000);
  *     await mutex.runAsync(() => fs.promises.appendFile(path, line), 5000);

@@ -18,8 +18,8 @@ class Holder {
     constructor(name) {
         this.name = name;
         this.isActive = true;
-        // Skips finished tasks: in a chain of tasks that start each other, the last task must not keep all others in
-        // memory.
+        // Skips finished tasks. Otherwise, in a chain in which each task starts the next, the last task would keep all
+        // tasks in memory.
         let outer = current.getStore();
         while (outer !== undefined && !outer.isActive) {
             outer = outer.outer;
