@@ -7,7 +7,7 @@ from pathlib import Path
 
 SKIPPED = 77  # CTest reports it as "skipped"
 
-# `./dev test` unpacks rsyslog and syslog-ng here: as installed packages they exclude each other.
+# `./dev test` unpacks rsyslog and syslog-ng here, because they cannot be installed at the same time.
 UNPACKED = Path(os.environ.get("XDG_CACHE_HOME") or Path.home() / ".cache") / "vorelCore" / "shippers"
 
 
