@@ -45,7 +45,7 @@ void encode(const std::string& bytes, const fuzz::Placement& source, const fuzz:
     });
 }
 
-/// Decodes a text in steps with `capacity` bytes each.
+/// Decodes a text in steps, each into a buffer of `capacity` bytes.
 template <class T>
 void decode(const std::basic_string<T>& text, std::size_t capacity, const fuzz::Placement& source,
             const fuzz::Placement& target) {

@@ -1,4 +1,4 @@
-// The arguments of a format of either width, against a search from one percent sign to the next.
+// Counting the arguments of a format of either width, against a search from one percent sign to the next.
 
 #include <algorithm>
 #include <cstdint>

@@ -1,4 +1,4 @@
-// UTF-16 as bytes at any address, and units as bytes in either order.
+// Counting the units of UTF-16 at any address, and writing units as bytes in either order.
 
 #include <cstdint>
 #include <string>

@@ -16,8 +16,8 @@ using vorel::algorithms::Surrogates;
 struct Writing {
     std::u16string_view units;
     int length;
-    std::size_t enough;  ///< bytes per piece
-    std::size_t capacity;
+    std::size_t enough;    ///< a piece ends when it has at least this number of bytes
+    std::size_t capacity;  ///< the maximum number of bytes of a piece
     fuzz::Placement source;
     fuzz::Placement target;
 };
