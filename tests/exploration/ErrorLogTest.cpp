@@ -38,7 +38,7 @@ struct Shape {
     std::string before{};      ///< the log's contents at the start
     std::string backup{};      ///< the backup's contents at the start
     bool hasReader = false;    ///< whether a process locks the log for a while
-    bool staysLocked = false;  ///< whether this process never unlocks the log
+    bool staysLocked = false;  ///< whether that process never unlocks the log
     bool readsBackup = false;  ///< whether a process reads the backup, with all sharing modes
     bool mayLose = false;      ///< whether a line whose call returned may be missing
     std::uint64_t disk = ~std::uint64_t{0};

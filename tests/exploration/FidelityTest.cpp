@@ -24,11 +24,11 @@ struct Difference {
 };
 
 const Difference kDifferences[] = {
-    // ERROR_LOCK_VIOLATION instead of ERROR_NOT_LOCKED.
+    // Under Wine, UnlockFileEx fails with ERROR_LOCK_VIOLATION instead of ERROR_NOT_LOCKED.
     {"unlock", "failed 33", "failed 158"},
-    // A lock of another handle does not prevent a write at the handle's own position.
+    // Under Wine, a lock of one handle does not prevent a write of another handle at its own position.
     {"print", "done", "failed errno 13"},
-    // A deleted file that is still open does not keep its name.
+    // Under Wine, the name of a deleted file that is still open can be used again.
     {"open", "done", "failed errno 13"},
 };
 

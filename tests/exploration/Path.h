@@ -20,7 +20,8 @@ public:
 
     void restart() { m_length = 0; }
 
-    /// The next decision: the same as in the previous schedule, or the first option. Null if the schedule has changed.
+    /// The next decision: the same as in the previous schedule, or the first option. Null if the number of options is
+    /// not the same as in the previous schedule.
     std::optional<std::size_t> decide(std::size_t options) {
         if (m_length == m_steps.size()) {
             m_steps.push_back({0, options});

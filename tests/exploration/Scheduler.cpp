@@ -34,7 +34,7 @@ struct Option {
     unsigned int preemptions;
 };
 
-/// Reuses fibers, and creates new ones only in place of dropped fibers.
+/// Reuses fibers whose functions have ended. Other fibers are destroyed, and new fibers replace them.
 class FiberPool {
 public:
     std::unique_ptr<Fiber> take() {
@@ -92,7 +92,7 @@ public:
             task.plan = std::move(plan);
             task.fiber = m_fibers.take();
         }
-        for (Task& task : m_tasks) {  // their addresses no longer change
+        for (Task& task : m_tasks) {  // a second loop, because the first may move the tasks
             task.fiber->start([this, &task] {
                 try {
                     task.plan.body();

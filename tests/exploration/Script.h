@@ -18,7 +18,7 @@ struct Script {
     std::vector<std::string> steps;
 };
 
-/// The scripts that the model and a system are compared with: scripts for each rule of the model, and random scripts.
+/// The scripts for comparing the model with a system: scripts for each rule of the model, and random scripts.
 std::vector<Script> allScripts();
 
 /// Makes the steps of a script on the real system, or, if `isSimulated`, on a new model of it. Returns a line for each

@@ -132,7 +132,7 @@ FAULTS = [
 
 
 def length_of(output):
-    """The decisions of the failing schedule; None if no schedule failed."""
+    """The number of decisions of the failing schedule; None if no schedule failed."""
     decisions = re.search(r"^decisions:((?: \d+)*)$", output, re.MULTILINE)
     return len(decisions[1].split()) if decisions else None
 

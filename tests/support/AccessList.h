@@ -1,7 +1,7 @@
 /// \file
 /// The access control list of a security descriptor, entry by entry.
 ///
-///     EXPECT_EQ(test::entriesOf(descriptor), (std::vector{test::denied(WRITE_DAC, test::everyone()), …}));
+///     EXPECT_EQ(test::accessListOf(descriptor).entries, (std::vector{test::denied(WRITE_DAC, test::everyone()), …}));
 #pragma once
 
 #include <ostream>

@@ -73,7 +73,8 @@ struct ExactDecimal {
         exponent = static_cast<int>(digits.size()) - 1 + (binaryExponent < 0 ? binaryExponent : 0);
     }
 
-    /// Rounds to fifteen digits. A tie is rounded to the even digit, or away from zero.
+    /// Rounds to fifteen digits. A tie is rounded away from zero if `tieAwayFromZero` is set, otherwise to the even
+    /// digit.
     void roundToFifteen(bool tieAwayFromZero) {
         digits += std::string(16, '0');
         const std::string rest = digits.substr(15);
