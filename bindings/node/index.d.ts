@@ -8,8 +8,8 @@
  * "ERR_OUT_OF_RANGE". An unknown option is an invalid argument.
  *
  * Texts may contain zero characters only where documented. An input of more than 268,435,456 bytes or UTF-16 code units
- * is rejected ("VOREL_ERROR_INVALID_ARGUMENT"). A string of Node has at most 536,870,888 code units. For a longer result,
- * a function throws a `RangeError` or an `Error`.
+ * is rejected ("VOREL_ERROR_INVALID_ARGUMENT"). A string of Node has at most 536,870,888 code units. If a result is
+ * longer, the function throws a `RangeError` or an `Error`.
  */
 
 /** The version of the loaded library, for example "0.1.0". */
