@@ -64,7 +64,7 @@ void bringIntoForm(fuzz::Input& input) {
     const std::size_t capacity = text.size() + 1 + spare;
     char* const buffer = fuzz::outputPages().allocate<char>(capacity, target);
     std::memcpy(buffer, text.c_str(), text.size() + 1);
-    fuzz::check(makeDoubleFormatConsistent(buffer, capacity, options) == buffer, "the buffer is the result");
+    fuzz::check(makeDoubleFormatConsistent(buffer, capacity, options) == buffer, "the function returns the buffer");
     const std::string_view formed(buffer, strnlen(buffer, capacity));
     fuzz::check(formed.size() < capacity, "the terminator is in the buffer");
     const bool hasExponent = text.find_first_of("eE") != std::string::npos;

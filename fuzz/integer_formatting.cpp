@@ -19,7 +19,7 @@ void write(std::uint64_t magnitude, bool negative, std::size_t size, const fuzz:
     const std::string all = (negative ? "-" : "") + std::to_string(magnitude);
     T* const out = fuzz::outputPages().allocate<T>(size, target);
     const std::basic_string<T> before(out, size);
-    fuzz::check(writeBoundedInteger(magnitude, negative, out, size) == out, "the buffer is the result");
+    fuzz::check(writeBoundedInteger(magnitude, negative, out, size) == out, "the function returns the buffer");
     if (size != 0) {
         const std::string expected = all.substr(0, size - 1);
         fuzz::check(std::equal(expected.begin(), expected.end(), out), "the digits are as expected");
