@@ -96,7 +96,7 @@ setup() { # setup [package]...: installs the packages that every command needs, 
     mapfile -t missing < <(missing_packages "${needed[@]}")
     ((${#missing[@]})) || return 0
     if ((EUID != 0)) && ! command -v sudo >/dev/null; then
-        fail "neither root nor sudo; install these packages and run the command again: ${missing[*]}"
+        fail "root or sudo is needed to install packages; install these and run the command again: ${missing[*]}"
     fi
     say "Installing ${missing[*]}"
     as_root apt-get update -qq
