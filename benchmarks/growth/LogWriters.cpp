@@ -58,7 +58,7 @@ Handle startWriter(const std::string& arguments) {
     return owned(started.hProcess);
 }
 
-/// Processes that write the same file. They wait for each call of `write`.
+/// Processes that write the same file. They write only during a call of `write`, and wait between two calls.
 class Writers {
 public:
     /// The destructor adds the number of lines that are missing from the file to `missingLines`.

@@ -1,6 +1,6 @@
 /// \file
-/// Peers for Base64 and hexadecimal text: simple table loops. All functions are static. Otherwise the linker could use
-/// copies that were compiled for AVX2 in all sources.
+/// Peers for Base64 and hexadecimal text: simple table loops. All functions are static. Otherwise the linker could
+/// replace all copies of a function by the copy that was compiled for AVX2.
 #pragma once
 
 #include <array>
