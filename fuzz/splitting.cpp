@@ -1,4 +1,5 @@
-// Splitting texts of both widths in each of the three ways, against the reference.
+// Splitting texts of both widths at a delimiter text, at delimiter characters outside of quotes, and in place, against
+// the reference.
 
 #include <cstdint>
 #include <string>
