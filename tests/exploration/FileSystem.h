@@ -49,7 +49,7 @@ public:
 
     // ---- For scenarios ----
 
-    /// Whether calls are scheduling points. In a scenario that is not about files, they are not.
+    /// Sets whether calls are scheduling points (default: true). A scenario that is not about files sets false.
     void setScheduling(bool isScheduled) { m_isScheduled = isScheduled; }
 
     /// Sets the free space of the disk to `bytes`.

@@ -1,5 +1,6 @@
 /// \file
-/// The system's error texts in the form that messages and the log have. Tests get these texts from the system.
+/// The system's error texts in the form that messages and the log have. Tests get these texts from the system,
+/// because the texts of Wine and Windows differ.
 #pragma once
 
 #include <string>

@@ -71,7 +71,8 @@ inline std::uint32_t sequenceValue(const unsigned char* bytes, unsigned int leng
     }
 }
 
-/// Appends `value` as UTF-16 and returns the number of units. A value above 0x10FFFF wraps in the high unit.
+/// Appends `value` as UTF-16 and returns the number of units. For a value above 0x10FFFF, the high unit
+/// wraps around.
 inline std::size_t appendUtf16(std::wstring& units, std::uint32_t value) {
     if (value < 0x10000) {
         units += static_cast<wchar_t>(value);
