@@ -14,6 +14,8 @@
 /// the same way.
 #pragma once
 
+#include <algorithm>
+#include <bit>
 #include <cmath>
 #include <cstdint>
 #include <functional>
@@ -54,21 +56,23 @@ inline std::uint64_t nextPrime(std::uint64_t n) noexcept {
 namespace detail {
 
 /// `hash` modulo `count`, which must not be 0. It multiplies by a reciprocal: on many processors a 64-bit integer
-/// division takes several times as long as a floating-point division, and the floating-point division here depends on
-/// `count` only.
+/// division takes several times as long as a floating-point division. The reciprocal depends on `count` only, so it is
+/// computed once for a loop, or while the hash is computed.
 ///
-/// The computed reciprocal never exceeds 2^64 / count. It is smaller by at most 4 plus one part in 2^49. So no computed
-/// quotient exceeds the exact quotient. The remainder is below 5 * count + 2^15 after the first round, and below 2 *
-/// count after the second.
+/// `count` is shifted until its highest bit is bit 31. The reciprocal is at most 2^95 divided by the shifted count. Its
+/// estimate is smaller than this by less than 2^15. One step of Newton's method reduces the difference to slightly more
+/// than 1. So the quotient is exact or too small by 1, and the larger the count, the rarer is the correction.
 inline std::uint32_t remainderOf(std::uint64_t hash, std::uint32_t count) noexcept {
 #if defined(__SIZEOF_INT128__)
     __extension__ using Wide = unsigned __int128;
-    constexpr double kBelow2To62 = 0x1.ffffffffffff8p61;  // the margin is larger than the rounding of the division
-    const std::uint64_t reciprocal = static_cast<std::uint64_t>(static_cast<std::int64_t>(kBelow2To62 / count)) * 4;
-    std::uint64_t rest = hash;
-    for (int round = 0; round < 2; ++round) {
-        rest -= static_cast<std::uint64_t>(Wide{rest} * reciprocal >> 64) * count;
-    }
+    constexpr double kBelow2To93 = 0x1.ffffffffffff8p92;  // the margin is larger than the rounding of the division
+    const int leadingZeros = std::countl_zero(count);
+    const std::uint32_t shifted = count << leadingZeros;
+    const std::uint64_t estimate = static_cast<std::uint64_t>(static_cast<std::int64_t>(kBelow2To93 / shifted)) * 4;
+    const std::uint64_t error = 0 - estimate * shifted;  // 2^95 minus the product
+    const std::uint64_t reciprocal = estimate + static_cast<std::uint64_t>(Wide{estimate} * error >> 95);
+    const std::uint64_t quotient = static_cast<std::uint64_t>(Wide{hash} * reciprocal >> 64) >> (31 - leadingZeros);
+    const std::uint64_t rest = hash - quotient * count;
     return static_cast<std::uint32_t>(rest < count ? rest : rest - count);
 #else
     return static_cast<std::uint32_t>(hash % count);
@@ -220,10 +224,12 @@ public:
     /// The first entry of `key` in its bucket, or the end.
     /// \throws Exception "Tried to find in a hash map with 0 buckets".
     [[nodiscard]] Iterator find(const Key& key, std::uint64_t hash) const {
+        // The index is computed first, so that the compiler can move the division out of a loop of searches.
+        const unsigned int index = detail::remainderOf(hash, std::max(bucketCount(), 1u));
         if (bucketCount() == 0) {
             detail::throwFailure(L"Tried to find in a hash map with 0 buckets");
         }
-        Node* const& head = m_buckets.begin()[indexOf(hash)];
+        Node* const& head = m_buckets.begin()[index];
         for (Node* node = head; node; node = node->next) {
             if (matches(*node, key, hash)) {
                 return Iterator(this, &head, node);
