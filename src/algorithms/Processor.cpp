@@ -1,25 +1,65 @@
 #include "algorithms/Processor.h"
 
+#include <cstddef>
+
 #if defined(_MSC_VER) && defined(_M_X64)
 #include <immintrin.h>
 #include <intrin.h>
+#elif defined(__x86_64__)
+#include <cpuid.h>
 #endif
 
 namespace vorel::algorithms {
 
-bool detectAvx2() noexcept {
+namespace {
+
 #if defined(_MSC_VER) && defined(_M_X64)
+
+/// The register B (`index` 1) or C (2) after the instruction CPUID. 0 if the processor does not support `leaf`.
+unsigned int cpuid(int leaf, std::size_t index) noexcept {
     int registers[4] = {};
-    __cpuid(registers, 1);
-    constexpr int kSystemSaves = 1 << 27;
-    constexpr unsigned long long kWideRegisters = 6;
-    if ((registers[2] & kSystemSaves) == 0 || (_xgetbv(0) & kWideRegisters) != kWideRegisters) {
-        return false;
+    __cpuid(registers, 0);
+    if (leaf > registers[0]) {
+        return 0;
     }
-    __cpuidex(registers, 7, 0);
-    return (registers[1] & 1 << 5) != 0;
+    __cpuidex(registers, leaf, 0);
+    return static_cast<unsigned int>(registers[index]);
+}
+
+unsigned int savedRegisters() noexcept {
+    return static_cast<unsigned int>(_xgetbv(0));
+}
+
 #elif defined(__x86_64__)
-    return __builtin_cpu_supports("avx2") != 0;
+
+unsigned int cpuid(unsigned int leaf, std::size_t index) noexcept {
+    unsigned int registers[4] = {};
+    __get_cpuid_count(leaf, 0, &registers[0], &registers[1], &registers[2], &registers[3]);
+    return registers[index];
+}
+
+/// The intrinsic function would have to be compiled for processors with XSAVE.
+unsigned int savedRegisters() noexcept {
+    unsigned int low = 0;
+    unsigned int high = 0;
+    asm("xgetbv" : "=a"(low), "=d"(high) : "c"(0));
+    return low;
+}
+
+#endif
+
+}  // namespace
+
+// GCC's own detection, __builtin_cpu_supports, would link a list of all processors and features, about 5 KB.
+bool detectAvx2() noexcept {
+#if defined(__x86_64__) || defined(_M_X64)
+    constexpr std::size_t kB = 1;
+    constexpr std::size_t kC = 2;
+    constexpr unsigned int kSystemSaves = 1u << 27;
+    constexpr unsigned int kWideRegisters = 6;
+    constexpr unsigned int kAvx2 = 1u << 5;
+    return (cpuid(1, kC) & kSystemSaves) != 0 && (savedRegisters() & kWideRegisters) == kWideRegisters &&
+           (cpuid(7, kB) & kAvx2) != 0;
 #else
     return false;
 #endif
