@@ -21,24 +21,24 @@ using vorel::algorithms::UrlTable;
 using vorel::algorithms::urlTable;
 using vorel::algorithms::UrlUse;
 
-/// The characters that a use escapes in addition to those that all uses escape.
-std::string escapedIn(UrlUse use) {
+test::UrlRule ruleOf(UrlUse use) {
     switch (use) {
-    case UrlUse::Plain: return "~";
-    case UrlUse::Reserved: return "~" + std::string(test::kUrlReserved);
-    case UrlUse::Path: return "?";
-    case UrlUse::PathSegment: return "/?";
-    case UrlUse::Query: return "+";
-    case UrlUse::QueryParameter: return "+&=";
+    case UrlUse::Plain: return {"~", false};
+    case UrlUse::PlainWithPlus: return {"~", true};
+    case UrlUse::Reserved: return {"~" + std::string(test::kUrlReserved), false};
+    case UrlUse::ReservedWithPlus: return {"~" + std::string(test::kUrlReserved), true};
+    case UrlUse::Path: return {"?", false};
+    case UrlUse::PathSegment: return {"/?", false};
+    case UrlUse::Query: return {"+", true};
+    case UrlUse::QueryParameter: return {"+&=", true};
     case UrlUse::OtherComponent: break;
     }
-    return {};
+    return {"", false};
 }
 
-void encode(const std::string& text, UrlUse use, bool spaceAsPlus, const fuzz::Placement& source,
-            const fuzz::Placement& target) {
-    const std::string expected = test::urlEncoded(text, {escapedIn(use), spaceAsPlus});
-    const UrlTable& table = urlTable(use, spaceAsPlus);
+void encode(const std::string& text, UrlUse use, const fuzz::Placement& source, const fuzz::Placement& target) {
+    const std::string expected = test::urlEncoded(text, ruleOf(use));
+    const UrlTable& table = urlTable(use);
     const std::string_view all = text;
     const std::string_view from(fuzz::inputPages().copy(all, source), text.size());
     fuzz::withEachKernel([&] {
@@ -68,7 +68,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const bool plus = input.flag();
     if (input.flag()) {
         const auto use = static_cast<UrlUse>(input.upTo(kUrlUses - 1));
-        encode(input.rest(), use, plus, source, target);
+        encode(input.rest(), use, source, target);
     } else {
         decode(input.rest(), plus, source, target);
     }

@@ -17,10 +17,12 @@
 
 namespace vorel::algorithms {
 
-/// The use of the encoded text.
+/// The use of the encoded text. It decides which bytes are escaped, and whether a space becomes '+' or "%20".
 enum class UrlUse : std::uint8_t {
     Plain,
+    PlainWithPlus,
     Reserved,
+    ReservedWithPlus,
     Path,
     PathSegment,
     Query,
@@ -28,13 +30,13 @@ enum class UrlUse : std::uint8_t {
     OtherComponent,
 };
 
-inline constexpr std::size_t kUrlUses = 7;
+inline constexpr std::size_t kUrlUses = 9;
 
-/// The encoded form of a byte: the first `length` characters of `text`, which has four characters, so that one store
-/// writes them all.
+/// The encoded form of a byte: the first `length` characters of `text`. An escape has four bytes, so that one store
+/// writes the characters. The store also writes the length after the characters.
 struct UrlEscape {
-    char text[4];
-    std::uint32_t length;
+    char text[3];
+    std::uint8_t length;
 };
 
 /// The encoded form of each byte, and a table that finds unchanged bytes, many at once: the upper four bits of a byte
@@ -52,8 +54,10 @@ constexpr bool isEscapedIn(UrlUse use, unsigned int byte) noexcept {
         return true;
     }
     switch (use) {
-    case UrlUse::Plain: return byte == '~';
-    case UrlUse::Reserved: return isOneOf(byte, "~$&+,/:;=?@");
+    case UrlUse::Plain:
+    case UrlUse::PlainWithPlus: return byte == '~';
+    case UrlUse::Reserved:
+    case UrlUse::ReservedWithPlus: return isOneOf(byte, "~$&+,/:;=?@");
     case UrlUse::Path: return byte == '?';
     case UrlUse::PathSegment: return isOneOf(byte, "/?");
     case UrlUse::Query: return byte == '+';
@@ -63,11 +67,21 @@ constexpr bool isEscapedIn(UrlUse use, unsigned int byte) noexcept {
     return false;
 }
 
-constexpr UrlTable urlTableFor(UrlUse use, bool spaceAsPlus) noexcept {
+constexpr bool writesSpaceAsPlus(UrlUse use) noexcept {
+    switch (use) {
+    case UrlUse::PlainWithPlus:
+    case UrlUse::ReservedWithPlus:
+    case UrlUse::Query:
+    case UrlUse::QueryParameter: return true;
+    default: return false;
+    }
+}
+
+constexpr UrlTable urlTableFor(UrlUse use) noexcept {
     const auto digit = [](unsigned int value) { return hexDigit(value, HexCase::Upper); };
     UrlTable table = {};
     for (unsigned int byte = 0; byte != 256; ++byte) {
-        if (byte == ' ' && spaceAsPlus) {
+        if (byte == ' ' && writesSpaceAsPlus(use)) {
             table.bytes[byte] = {{'+'}, 1};
         } else if (isEscapedIn(use, byte)) {
             table.bytes[byte] = {{'%', digit(byte / 16), digit(byte % 16)}, 3};
@@ -81,23 +95,21 @@ constexpr UrlTable urlTableFor(UrlUse use, bool spaceAsPlus) noexcept {
 }
 
 struct UrlTables {
-    UrlTable tables[kUrlUses][2];
+    UrlTable tables[kUrlUses];
 };
 
 }  // namespace detail
 
-/// For each use, a table that encodes a space as "%20", and a table that encodes it as '+'.
 inline constexpr detail::UrlTables kUrlTables = [] {
     detail::UrlTables all = {};
     for (std::size_t use = 0; use != kUrlUses; ++use) {
-        all.tables[use][0] = detail::urlTableFor(static_cast<UrlUse>(use), false);
-        all.tables[use][1] = detail::urlTableFor(static_cast<UrlUse>(use), true);
+        all.tables[use] = detail::urlTableFor(static_cast<UrlUse>(use));
     }
     return all;
 }();
 
-constexpr const UrlTable& urlTable(UrlUse use, bool spaceAsPlus) noexcept {
-    return kUrlTables.tables[static_cast<std::size_t>(use)][spaceAsPlus ? 1 : 0];
+constexpr const UrlTable& urlTable(UrlUse use) noexcept {
+    return kUrlTables.tables[static_cast<std::size_t>(use)];
 }
 
 // ---- AVX2 -----------------------------------------------------------------------------------------------------------
@@ -149,8 +161,7 @@ inline UrlProgress encodeUrl(std::string_view text, const UrlTable& table, char*
     }
     const auto encodeNext = [&] {
         const UrlEscape& escape = table.bytes[static_cast<unsigned char>(text[done.read])];
-        std::memcpy(out + done.written, escape.text,
-                    sizeof escape.text);  // stores all four characters; at most three are significant
+        std::memcpy(out + done.written, &escape, sizeof escape);
         done.written += escape.length;
         ++done.read;
     };
@@ -161,7 +172,7 @@ inline UrlProgress encodeUrl(std::string_view text, const UrlTable& table, char*
         }
         return done;
     }
-    while (done.read != text.size() && capacity - done.written >= sizeof UrlEscape::text) {
+    while (done.read != text.size() && capacity - done.written >= sizeof(UrlEscape)) {
         encodeNext();
     }
     return done;

@@ -73,7 +73,7 @@ UrlProgress encodeUrlAvx2(const char* text, std::size_t count, const UrlTable& t
             const auto at = static_cast<std::uint32_t>(std::countr_zero(changed));
             out += at - done;
             const UrlEscape& escape = table.bytes[static_cast<unsigned char>(copy[at])];
-            _mm_storeu_si32(out, _mm_loadu_si32(escape.text));
+            _mm_storeu_si32(out, _mm_loadu_si32(&escape));
             out += escape.length;
             done = at + 1;
             storeCharacters(loadWideBlock(block + done), out);

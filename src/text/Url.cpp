@@ -65,12 +65,12 @@ const char* replace(std::string_view text, const Rule& rule, BaseString<char>& o
 
 const UrlTable& tableFor(UrlComponent component) noexcept {
     switch (component) {
-    case UrlPath: return algorithms::urlTable(UrlUse::Path, false);
-    case UrlPathSegment: return algorithms::urlTable(UrlUse::PathSegment, false);
-    case UrlQuery: return algorithms::urlTable(UrlUse::Query, true);
-    case UrlQueryParameter: return algorithms::urlTable(UrlUse::QueryParameter, true);
+    case UrlPath: return algorithms::urlTable(UrlUse::Path);
+    case UrlPathSegment: return algorithms::urlTable(UrlUse::PathSegment);
+    case UrlQuery: return algorithms::urlTable(UrlUse::Query);
+    case UrlQueryParameter: return algorithms::urlTable(UrlUse::QueryParameter);
     }
-    return algorithms::urlTable(UrlUse::OtherComponent, false);
+    return algorithms::urlTable(UrlUse::OtherComponent);
 }
 
 /// Writes zeros after a text, because the decoder reads the trailing bytes of a truncated sequence past the end, and
@@ -99,8 +99,9 @@ const wchar_t* throughUtf8(const wchar_t* text, BaseString<wchar_t>& output, Nar
 }  // namespace
 
 const char* urlEncode(const char* text, BaseString<char>& output, bool escapeReserved, bool spaceAsPlus) {
-    const UrlUse use = escapeReserved ? UrlUse::Reserved : UrlUse::Plain;
-    return replace(viewOf(text), algorithms::urlTable(use, spaceAsPlus), output);
+    const UrlUse plain = spaceAsPlus ? UrlUse::PlainWithPlus : UrlUse::Plain;
+    const UrlUse reserved = spaceAsPlus ? UrlUse::ReservedWithPlus : UrlUse::Reserved;
+    return replace(viewOf(text), algorithms::urlTable(escapeReserved ? reserved : plain), output);
 }
 
 const wchar_t* urlEncode(const wchar_t* text, BaseString<wchar_t>& output, bool escapeReserved, bool spaceAsPlus) {
