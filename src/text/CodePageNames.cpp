@@ -5,7 +5,14 @@
 
 namespace vorel::text {
 
-const CodePageName kCodePageNames[kCodePageNameCount] = {
+namespace {
+
+struct Row {
+    std::uint16_t codePage;
+    const char* name;
+};
+
+constexpr Row kRows[kCodePageNameCount] = {
     {37, "IBM EBCDIC US-CANADA"},
     {37, "EBCDIC-US"},
     {37, "IBM037"},
@@ -624,5 +631,26 @@ const CodePageName kCodePageNames[kCodePageNameCount] = {
     {65001, "UNICODE (UTF-8)"},
     {65001, "UTF-8"},
 };
+
+/// Copies the names, so that the table contains neither addresses nor padding between the names.
+constexpr CodePageNameTable packed() noexcept {
+    CodePageNameTable table = {};
+    std::size_t used = 0;
+    for (std::size_t row = 0; row != kCodePageNameCount; ++row) {
+        table.rows[row] = {kRows[row].codePage, static_cast<std::uint16_t>(used)};
+        for (const char* name = kRows[row].name; *name; ++name) {
+            table.texts[used++] = *name;
+        }
+        ++used;  // the terminator
+    }
+    return table;
+}
+
+constexpr CodePageNameTable kPacked = packed();
+static_assert(kPacked.texts[kCodePageNameTextSize - 2] != 0, "the size is that of the names");
+
+}  // namespace
+
+const CodePageNameTable kCodePageNameTable = kPacked;
 
 }  // namespace vorel::text

@@ -3,16 +3,34 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 
 namespace vorel::text {
 
 struct CodePageName {
-    unsigned int codePage;
-    const char* name;  ///< in upper case
+    std::uint16_t codePage;
+    std::uint16_t textStart;  ///< in the texts of the table
+
+    /// In upper case.
+    [[nodiscard]] const char* name() const noexcept;
 };
 
 inline constexpr std::size_t kCodePageNameCount = 617;
 
-extern const CodePageName kCodePageNames[kCodePageNameCount];
+/// The size of all names with their terminators.
+inline constexpr std::size_t kCodePageNameTextSize = 8939;
+
+struct CodePageNameTable {
+    CodePageName rows[kCodePageNameCount];
+    char texts[kCodePageNameTextSize];
+};
+
+extern const CodePageNameTable kCodePageNameTable;
+
+inline constexpr const CodePageName (&kCodePageNames)[kCodePageNameCount] = kCodePageNameTable.rows;
+
+inline const char* CodePageName::name() const noexcept {
+    return kCodePageNameTable.texts + textStart;
+}
 
 }  // namespace vorel::text

@@ -49,9 +49,9 @@ void fillCodeMap(CodePageState& state) {
         }
         text::ClearOnFailure filling(map);  // a map with entries counts as complete
         for (const text::CodePageName& row : text::kCodePageNames) {
-            const std::uint32_t hash = nameHash(row.name);
-            if (map.find(row.name, hash) == map.end()) {
-                map.put(hash, row.name, row.codePage);
+            const std::uint32_t hash = nameHash(row.name());
+            if (map.find(row.name(), hash) == map.end()) {
+                map.put(hash, row.name(), row.codePage);
             }
         }
         filling.done();
@@ -63,8 +63,9 @@ void fillCodeMap(CodePageState& state) {
 unsigned int codePageOf(const char* name) {
     CodePageState* const state = detail::codePageState.get();
     if (!state) {
-        const auto* const row = std::find_if(std::begin(text::kCodePageNames), std::end(text::kCodePageNames),
-                                             [name](const text::CodePageName& r) { return NameEqual()(r.name, name); });
+        const auto* const row =
+            std::find_if(std::begin(text::kCodePageNames), std::end(text::kCodePageNames),
+                         [name](const text::CodePageName& r) { return NameEqual()(r.name(), name); });
         return row != std::end(text::kCodePageNames) ? row->codePage : 0;
     }
     const Guard<AutoCriticalSection> held(state->codeMapLock);

@@ -52,19 +52,19 @@ TEST(CodePageNames, AreSortedAndInUpperCase) {
     EXPECT_TRUE(std::is_sorted(std::begin(kCodePageNames), std::end(kCodePageNames),
                                [](const CodePageName& a, const CodePageName& b) { return a.codePage < b.codePage; }));
     for (const CodePageName& row : kCodePageNames) {
-        EXPECT_EQ(upperCase(row.name), row.name);
-        EXPECT_FALSE(std::string(row.name).empty());
+        EXPECT_EQ(upperCase(row.name()), row.name());
+        EXPECT_FALSE(std::string(row.name()).empty());
     }
-    EXPECT_STREQ(kCodePageNames[0].name, "IBM EBCDIC US-CANADA");
+    EXPECT_STREQ(kCodePageNames[0].name(), "IBM EBCDIC US-CANADA");
     EXPECT_EQ(kCodePageNames[0].codePage, 37u);
-    EXPECT_STREQ(std::rbegin(kCodePageNames)->name, "UTF-8");
+    EXPECT_STREQ(std::rbegin(kCodePageNames)->name(), "UTF-8");
 }
 
 /// The FNV-1a digest of all rows. Each row is a line such as "37:IBM EBCDIC US-CANADA".
 std::uint64_t digestOfTheTable() {
     std::uint64_t digest = 0xCBF29CE484222325;
     for (const CodePageName& row : kCodePageNames) {
-        for (const char c : std::to_string(row.codePage) + ':' + row.name + '\n') {
+        for (const char c : std::to_string(row.codePage) + ':' + row.name() + '\n') {
             digest = (digest ^ static_cast<unsigned char>(c)) * 0x100000001B3;
         }
     }
@@ -79,15 +79,15 @@ TEST(CodePageNames, TableIsFixed) {
 TEST(CodePageNames, AreFoundInAnyCase) {
     std::set<std::string> seen;
     for (const CodePageName& row : kCodePageNames) {
-        EXPECT_TRUE(seen.insert(row.name).second) << row.name << " occurs twice";
-        std::string lower = row.name;
-        std::string mixed = row.name;
+        EXPECT_TRUE(seen.insert(row.name()).second) << row.name() << " occurs twice";
+        std::string lower = row.name();
+        std::string mixed = row.name();
         for (std::size_t at = 0; at < lower.size(); ++at) {
             const bool isLetter = lower[at] >= 'A' && lower[at] <= 'Z';
             lower[at] = isLetter ? static_cast<char>(lower[at] - 'A' + 'a') : lower[at];
             mixed[at] = at % 2 == 0 ? lower[at] : mixed[at];
         }
-        for (const std::string& name : {std::string(row.name), lower, mixed}) {
+        for (const std::string& name : {std::string(row.name()), lower, mixed}) {
             EXPECT_EQ(util::iconv_open(name.c_str(), nullptr), static_cast<int>(row.codePage)) << name;
             EXPECT_EQ(util::iconv_getCodePage(name.c_str()),
                       hasCodePage(row.codePage) ? static_cast<int>(row.codePage) : -1)
@@ -109,7 +109,7 @@ std::uint32_t hashOf(const std::string& name) {
 TEST(CodePageNames, UnknownNameWithTheHashOfAKnownOneIsNotFound) {
     int collisions = 0;
     for (const CodePageName& row : kCodePageNames) {
-        const std::string name = row.name;
+        const std::string name = row.name();
         for (std::size_t at = 0; at + 1 < name.size(); ++at) {
             if (name[at] < '1' || name[at] > '9' || name[at + 1] < 'A' || name[at + 1] > 'Z') {
                 continue;
