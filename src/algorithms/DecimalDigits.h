@@ -97,7 +97,7 @@ VOREL_ALWAYS_INLINE constexpr DecimalDigits decimalDigits(double value, Tie tie)
         const std::uint64_t high = upper.high + (middle < carried ? 1 : 0);
         // The number of bits before the point. The product has 192 bits; log2 and the power give the position of its
         // highest bit.
-        const int whole = 192 + scale.exponent + log2 - 63;
+        const int whole = 192 + powerOfTenExponent(power) + log2 - 63;
         std::uint64_t digits = high >> (64 - whole);
         if (digits >= kDigitsLimit) {
             continue;  // the estimate was one too low

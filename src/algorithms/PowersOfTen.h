@@ -8,12 +8,11 @@
 
 namespace vorel::algorithms {
 
-/// A power of ten: the 128-bit integer (high, low), whose top bit is set, times two to the `exponent`. The value is
-/// truncated, so it is never too large, and too small by less than one unit of its last bit.
+/// A power of ten: the 128-bit integer (high, low), whose top bit is set, times two to the `powerOfTenExponent`. The
+/// value is truncated, so it is never too large, and too small by less than one unit of its last bit.
 struct PowerOfTen {
     std::uint64_t high;
     std::uint64_t low;
-    int exponent;
 };
 
 inline constexpr int kLowestPowerOfTen = -300;
@@ -21,11 +20,10 @@ inline constexpr int kHighestPowerOfTen = 345;
 
 namespace detail {
 
-/// A 256-bit number with its top bit set, as 32-bit words, highest first, times two to the `exponent`. Rounding in a
-/// few hundred steps affects only the lowest bits; the upper 128 bits stay exact.
+/// The digits of a number in base two: a 256-bit number with its top bit set, as 32-bit words, highest first. Rounding
+/// in a few hundred steps affects only the lowest bits; the upper 128 bits stay exact.
 struct LongNumber {
     std::array<std::uint32_t, 8> words = {0x80000000u};
-    int exponent = -255;  // the number 1
 
     constexpr void shiftRight(unsigned int bits) noexcept {
         std::uint32_t carry = 0;
@@ -34,7 +32,6 @@ struct LongNumber {
             word = word >> bits | carry;
             carry = next;
         }
-        exponent += static_cast<int>(bits);
     }
 
     constexpr void normalize() noexcept {
@@ -43,7 +40,6 @@ struct LongNumber {
                 words[word] = words[word] << 1 | words[word + 1] >> 31;
             }
             words.back() <<= 1;
-            --exponent;
         }
     }
 
@@ -69,7 +65,7 @@ struct LongNumber {
     }
 
     [[nodiscard]] constexpr PowerOfTen upperHalf() const noexcept {
-        return {std::uint64_t{words[0]} << 32 | words[1], std::uint64_t{words[2]} << 32 | words[3], exponent + 128};
+        return {std::uint64_t{words[0]} << 32 | words[1], std::uint64_t{words[2]} << 32 | words[3]};
     }
 };
 
@@ -87,6 +83,12 @@ inline constexpr auto kPowersOfTen = [] {
     }
     return powers;
 }();
+
+/// The binary exponent of a power of ten: the integer part of power * log2(10), minus the 127 bits after the top bit.
+constexpr int powerOfTenExponent(int power) noexcept {
+    constexpr int kLog2Of10 = 217706;  // times 2^16, rounded down
+    return (power * kLog2Of10 >> 16) - 127;
+}
 
 constexpr const PowerOfTen& powerOfTen(int power) noexcept {
     return kPowersOfTen[static_cast<std::size_t>(power - kLowestPowerOfTen)];
