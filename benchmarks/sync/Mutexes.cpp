@@ -17,6 +17,26 @@ std::wstring nameOf(const wchar_t* stem) {
     return stem + std::to_wstring(GetCurrentProcessId());
 }
 
+/// Creates a mutex for all users, with the calls that build its access list.
+HANDLE createForAllUsers(const wchar_t* name) {
+    SID_IDENTIFIER_AUTHORITY world = SECURITY_WORLD_SID_AUTHORITY;
+    PSID everyone = nullptr;
+    AllocateAndInitializeSid(&world, 1, SECURITY_WORLD_RID, 0, 0, 0, 0, 0, 0, 0, &everyone);
+    const DWORD size = 2 * GetLengthSid(everyone) + 32;
+    auto* const list = static_cast<ACL*>(LocalAlloc(LMEM_FIXED, size));
+    InitializeAcl(list, size, ACL_REVISION);
+    AddAccessDeniedAce(list, ACL_REVISION, WRITE_DAC | WRITE_OWNER, everyone);
+    AddAccessAllowedAce(list, ACL_REVISION, GENERIC_ALL, everyone);
+    SECURITY_DESCRIPTOR descriptor;
+    InitializeSecurityDescriptor(&descriptor, SECURITY_DESCRIPTOR_REVISION);
+    SetSecurityDescriptorDacl(&descriptor, TRUE, list, FALSE);
+    SECURITY_ATTRIBUTES attributes = {sizeof attributes, &descriptor, FALSE};
+    const HANDLE mutex = CreateMutexW(&attributes, FALSE, name);
+    LocalFree(list);
+    FreeSid(everyone);
+    return mutex;
+}
+
 }  // namespace
 
 void mutexes(Family& family) {
@@ -50,9 +70,16 @@ void mutexes(Family& family) {
                        }
                        return std::uint64_t{kCreations};
                    },
-                   {{"CreateMutexW and CloseHandle", [&] {
+                   {{"CreateMutexW and CloseHandle",
+                     [&] {
                          for (std::size_t count = 0; count != kCreations; ++count) {
                              CloseHandle(CreateMutexW(nullptr, FALSE, rawName.c_str()));
+                         }
+                         return std::uint64_t{kCreations};
+                     }},
+                    {"the same with an access list", [&] {
+                         for (std::size_t count = 0; count != kCreations; ++count) {
+                             CloseHandle(createForAllUsers(rawName.c_str()));
                          }
                          return std::uint64_t{kCreations};
                      }}});
