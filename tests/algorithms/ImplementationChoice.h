@@ -1,6 +1,6 @@
 /// \file
-/// A fixture that runs the same tests for scalar and AVX2 algorithms, in both widths. An algorithm is a type with a
-/// name, a unit type, whether it needs AVX2, and one or two static functions.
+/// A fixture that runs the same tests for scalar and AVX2 algorithms, in both widths. Each algorithm is wrapped in a
+/// class, which has a unit type, a name, a constant that says whether the algorithm needs AVX2, and static functions.
 ///
 ///     template <class T>
 ///     struct ScalarEncoder {

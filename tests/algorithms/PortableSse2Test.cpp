@@ -1,5 +1,5 @@
-// Compares the functions with the instructions of the processor, which are an independent reference. Whole-vector
-// shifts, loads and stores are compared with constants.
+// Compares the functions of PortableSse2.h with the instructions of the processor, which are an independent reference.
+// Whole-vector shifts, loads and stores are compared with constants.
 
 #include <array>
 #include <cstddef>

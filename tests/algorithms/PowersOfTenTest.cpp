@@ -25,7 +25,7 @@ public:
         }
     }
 
-    /// Rounds down. Repeated divisions give the same result as one division by their product.
+    /// Rounds down. Several such divisions give the same result as one division by the power of ten.
     void divideByTen() {
         std::uint64_t rest = 0;
         for (std::size_t word = m_words.size(); word-- != 0;) {
@@ -42,7 +42,7 @@ public:
         return static_cast<int>(m_words.size() * 32) - 1 - std::countl_zero(m_words.back());
     }
 
-    /// Bits `from` down to `from` - 63; bits below bit 0 are zero.
+    /// Returns the bits from bit `from` down to bit `from` - 63. Bits below bit 0 are zero.
     [[nodiscard]] std::uint64_t bitsFrom(int from) const {
         std::uint64_t bits = 0;
         for (int bit = from; bit > from - 64; --bit) {

@@ -48,7 +48,8 @@ template <class T>
 class TextOrderBlocks : public ::testing::Test {};
 TYPED_TEST_SUITE(TextOrderBlocks, test::CharacterTypes, test::CharacterNames);
 
-/// Every pair of units below 0x180 (narrow: every pair), at the first and the last position of a block.
+/// Compares every pair of narrow units, and every pair of wide units below 0x180, at the first and at the last position
+/// of a block.
 TYPED_TEST(TextOrderBlocks, UnitsAreTheSameByTheRule) {
     constexpr std::uint32_t kEnd = sizeof(TypeParam) == 1 ? 0x100 : 0x180;
     constexpr std::size_t kUnits = kOrderBlock<Compared<TypeParam>>;

@@ -42,7 +42,7 @@ TYPED_TEST(ShortTextLength, IsTheBoundOrThePositionOfTheFirstZero) {
         std::fill_n(block, kShortText + 10, TypeParam{0x7F});
         block[zero] = 0;
         EXPECT_EQ(shortTextLength(block, -1), zero < 48 ? zero : kNotShort) << zero;
-        EXPECT_EQ(shortTextLength(block, 20), 20u) << "only the bound counts";
+        EXPECT_EQ(shortTextLength(block, 20), 20u) << "zeros before the bound are ignored";
     }
 }
 

@@ -48,7 +48,7 @@ TEST(Utf8Test, DecodeSequence_LengthOfEveryLeadByte) {
     struct Range {
         unsigned int first, last, step, length;
     };
-    // The mask for four bytes excludes F1, F3, … and includes F8 to FE instead.
+    // The decoder's mask for the lead bytes of four-byte sequences excludes F1, F3, …, but includes F8, FA, FC and FE.
     static constexpr Range kRanges[] = {{0xC0, 0xDF, 1, 2}, {0xE0, 0xEF, 1, 3}, {0xF0, 0xFE, 2, 4}, {0xFD, 0xFD, 1, 6}};
     unsigned int expected[256] = {};
     for (const Range& range : kRanges) {
@@ -84,8 +84,8 @@ TEST(Utf8Test, DecodeSequence_IsNeverNegative) {
 }
 
 TEST(Utf8Test, DecodeSequence_RoundTripsWithinItsMasks) {
-    // Sequences of five bytes, and most sequences of six, can be written but not read, because the decoder interprets
-    // their lead bytes differently.
+    // The encoder writes larger values as five or six bytes. The decoder rejects most of these sequences, or reads
+    // other values. It also rejects the odd lead bytes of four-byte sequences.
     for (std::uint32_t value = 0x80; value < 0x200000; value += value < 0x20000 ? 1 : 61) {
         const std::string bytes = encoded(value);
         const auto lead = static_cast<unsigned char>(bytes[0]);
