@@ -100,7 +100,7 @@ void base64DecodeShort(Attempt& attempt) {
                [&](Array<unsigned char>& bytes) { util::Base64::Decode(L"QUFBQUFBQUFBQUFBQUFBQUFBQUFBQUFB", bytes); });
 }
 
-/// A text without bytes appends nothing.
+/// A text without a complete group of characters has no bytes, so no memory is needed.
 void base64DecodeNothing(Attempt& attempt) {
     Array<unsigned char> bytes;
     int statusOfEmpty = 1;

@@ -61,7 +61,7 @@ void append(Attempt& attempt) {
     expectLastLine(attempt, "Vorel Error", longText<char>(Length));
 }
 
-/// The argument is a message of the same stack, which grows.
+/// The argument is a message of the exception itself. The stack of its messages grows during the call.
 void appendPartOfItself(Attempt& attempt) {
     Exception e(L"a message that is longer than the smallest buffer");
     const std::wstring text = e.what();

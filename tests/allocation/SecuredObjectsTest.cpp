@@ -1,5 +1,5 @@
-// Secured objects with a failing heap. Only creating mappings of named files allocates memory. Reporting a failure also
-// allocates memory. If this allocation fails, the report is shorter.
+// Secured objects with a failing heap. Memory is allocated only to create a mapping of a named file, and to report a
+// failure. If the report cannot be allocated, a shorter text is reported.
 
 #include <string>
 #include <typeinfo>
@@ -24,7 +24,7 @@ namespace {
 using test::Handle;
 using vorel::BaseString;
 
-/// Makes one step of creating an object's security fail as long as the result exists.
+/// Makes one step of creating an object's security fail until the returned object is destroyed.
 auto failingStep() {
     return test::failCalls<importedInitializeAcl>();
 }

@@ -24,7 +24,7 @@ namespace util = vorel::util;
 
 constexpr int kCode = ERROR_ACCESS_DENIED;
 
-/// The capacity of a string with `units` and a terminator: a power of two, at least 16.
+/// The capacity of a string of `units` units and a terminator. It is a power of two, at least 16.
 unsigned int roundedUp(std::size_t units) {
     unsigned int capacity = 16;
     while (capacity < units + 1) {

@@ -67,7 +67,7 @@ public:
     /// The number of requests of the step, successful or not.
     [[nodiscard]] unsigned int requests() const { return m_requests; }
 
-    /// The name of the class of the thrown object; empty if the step completed.
+    /// The name of the class of the thrown object, or an empty text if the step completed.
     [[nodiscard]] const std::string& thrown() const { return m_kind; }
 
     /// Whether all requests after the first failure also failed, so that no text could be stored.
