@@ -1,5 +1,6 @@
-// Not part of any program. The compiler must reject every line with the comment "rejected", and no other line: with a
-// using-directive, `round` must be neither the library's nor the runtime's by chance, since their results differ.
+// Not part of any program. The compiler must reject every line with the comment "rejected", and no other line. The
+// library's `round` and the runtime's `round` have different results. So with a using-directive, a call of `round` must
+// be ambiguous.
 
 #include <cmath>
 

@@ -19,9 +19,10 @@ macro(compile name)
         RESULT_VARIABLE result ERROR_VARIABLE messages)
 endmacro()
 
-# check(<source> <mark> <compiles> <text> <option>...): for each line of `source` with the comment "// <mark>: X", the
-# compiler must write a message that matches the regular expression `text`, in which X is replaced by the word after the
-# mark. There must be no message for other lines, nor for lines with the mark "X (GCC)" if the compiler is not GCC.
+# check(<source> <mark> <compiles> <text> <option>...): if `compiles` is true, `source` must compile with the options.
+# For each line of `source` with the comment "// <mark>: X", the compiler must write a message that matches the regular
+# expression `text`, in which X is replaced by the word after the mark. There must be no message for other lines, nor
+# for lines with the mark "X (GCC)" if the compiler is not GCC.
 function(check name mark compiles text)
     compile(${name} ${ARGN})
     if(compiles AND NOT result EQUAL 0)
@@ -62,8 +63,8 @@ if(NOT result EQUAL 0)
     message(SEND_ERROR "warnings about formats of the runtime:\n${messages}")
 endif()
 
-# refuse(<source> <text> <option>...): compiles `source` with options with which it cannot use the library. The
-# compiler's message must contain `text`.
+# refuse(<source> <text> <option>...): compiles `source` with options that the library does not support. The compiler's
+# message must contain `text`.
 function(refuse name text)
     compile(${name} ${ARGN})
     if(result EQUAL 0 OR NOT messages MATCHES "error: [^\n]*${text}")
