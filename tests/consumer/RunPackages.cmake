@@ -22,8 +22,8 @@ function(list_files folder result)
     set(${result} "${files}" PARENT_SCOPE)
 endfunction()
 
-# An option of the installer that ends in a folder. It must not be quoted even if it contains spaces, so each word
-# becomes one argument.
+# Stores an option of the installer that ends in the path of a folder. The installer requires a path without quotes,
+# even if the path contains spaces. So each word of the path becomes an argument.
 function(folder_option option folder result)
     string(REPLACE "/" "\\" folder "Z:${folder}")
     string(REPLACE " " ";" words "${option}${folder}")
@@ -69,8 +69,8 @@ foreach(program IN LISTS programs)
     endif()
 endforeach()
 
-# The archive of the symbols must contain no other files. The debugger must find the symbols of the DLL in the first
-# archive.
+# The archive of the symbols must contain no other files. If it is unpacked next to the DLL of the first archive, the
+# debugger must find the symbols of the DLL.
 only_file("*-ucrt-symbols.zip" symbols)
 file(ARCHIVE_EXTRACT INPUT "${symbols}" DESTINATION "${WORK}/symbols")
 file(GLOB_RECURSE found RELATIVE "${WORK}/symbols" "${WORK}/symbols/*")

@@ -1,5 +1,5 @@
-/* A user's program in C, for any compiler. It is also compiled as C99, C17, C23 and C++20. It uses neither a C runtime
- * nor the system, so it needs no other import library: `start` is its entry point.
+/* A user's program in C, for any compiler. It is compiled as C99, C11, C17, C23 and C++20. It uses neither a C runtime
+ * nor the system, so it needs no other import library. Its entry point is `start`.
  *
  * The exit code is the number of the check that failed, or 0. */
 
