@@ -50,10 +50,10 @@ Texts textsOf(const Array<String>& array) {
 
 // ---- Overloads ------------------------------------------------------------------------------------------------------
 
-// A number is neither a count nor an element without braces.
+// A number without braces is rejected, because it could be a count or an element.
 static_assert(!std::is_constructible_v<Array<int>, int> && !std::is_constructible_v<Array<int>, unsigned int>);
 static_assert(!std::is_constructible_v<Array<int>, const int*, unsigned int>);
-// A range converts only explicitly, and only if its elements do.
+// A range is converted only explicitly, and only if its elements can be converted.
 static_assert(std::is_constructible_v<Array<int>, std::vector<int>&>);
 static_assert(!std::is_convertible_v<std::vector<int>, Array<int>>);
 static_assert(!std::is_constructible_v<Array<int>, std::vector<std::string>>);

@@ -16,7 +16,7 @@ namespace {
 using vorel::Array;
 using vorel::BaseString;
 
-/// Maps a random number to a value of an element type; 0 gives the value-initialised element.
+/// Maps a random number to a value of an element type. The number 0 gives the value-initialised element.
 template <class T>
 T valueFor(unsigned int number) {
     if constexpr (std::is_arithmetic_v<T>) {

@@ -104,7 +104,7 @@ TYPED_TEST(BaseStringFormat, NullFormat_ReleasesTheBuffer) {
 
 // ---- Growth ---------------------------------------------------------------------------------------------------------
 
-// A string without a buffer measures the text first, and reserves one unit more than the text has.
+// A string without a buffer reserves space for one unit more than the text has, and for the terminator.
 TYPED_TEST(BaseStringFormat, FirstBuffer_FitsTheMeasuredText) {
     for (unsigned int count = 0; count <= 1030; count += count == 140 ? 360 : 1) {
         BaseString<TypeParam> string;
@@ -279,7 +279,7 @@ TYPED_TEST(BaseStringFormat, WithoutTheNullDevice_LongTextsThrow) {
     const test::ExhaustedStreams none;
     this->fill(string, 15);
     this->expectZeros(string, 15);
-    this->fill(string, 16);  // the formatter itself measures a text that fills the buffer
+    this->fill(string, 16);  // rendering into the buffer gives the length, so nothing is measured
     this->expectZeros(string, 16);
     ASSERT_EQ(string.capacity(), 32u);
     expectThrows<Exception>([&] { this->fill(string, 33); }, {unableToFormat(L"%0*d", EINVAL)});

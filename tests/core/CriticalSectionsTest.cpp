@@ -85,7 +85,7 @@ TYPED_TEST(CriticalSection, Lock_WithAnyOtherTimeoutWaitsForever) {
             return taken;
         });
         started.get_future().wait();
-        // The thread still waits, although its timeout of 5 ms ended long ago.
+        // The thread still waits, although a timeout of 1 or 5 ms ended long ago.
         EXPECT_EQ(waiter.wait_for(std::chrono::milliseconds(60)), std::future_status::timeout);
         lock.unlock();
         ASSERT_EQ(waiter.wait_for(kGenerous), std::future_status::ready);

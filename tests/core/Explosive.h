@@ -8,7 +8,7 @@
 
 namespace test {
 
-/// What the destructor of a value throws.
+/// The exception that the destructor of a value throws.
 enum class Explosion {
     None,
     Library,  ///< `MemoryException(number, 2)`

@@ -27,7 +27,8 @@ using vorel::MemoryException;
 using ExplosiveMap = vorel::HashMap<int, Explosive>;
 using Texts = std::vector<std::string>;
 
-/// What the destructor of each value throws, in the order of release. The last three values are in spare nodes.
+/// The exceptions that the destructors of the values throw, in the order of release. The last three values are in spare
+/// nodes.
 constexpr unsigned int kValues = 9;
 constexpr unsigned int kSpare = 3;
 using Explosions = Explosion[kValues];
@@ -52,7 +53,7 @@ void fill(ExplosiveMap& map, const Explosions& explosions) {
 struct Case {
     const char* why;
     Explosions explosions;
-    std::vector<std::wstring> messages;  ///< of the exception that `clear` throws; none if it is foreign
+    std::vector<std::wstring> messages;  ///< of the library exception that `clear` throws
     Texts lines;                         ///< the lines that `clear` logs
 };
 
@@ -79,7 +80,7 @@ const Case kCases[] = {
      {explosionLine(2), "Vorel Error: HashMap::~HashMap: Severe error suppressed", explosionLine(5),
       "Vorel Error: HashMap::~HashMap: Vorel exception suppressed",
       "Vorel Error: HashMap::~HashMap: Severe error suppressed"}},
-    {"another exception first",
+    {"first an exception that is not of the library",
      {kOther, kQuiet, kQuiet, kLibrary, kQuiet, kQuiet, kQuiet, kQuiet, kQuiet},
      {},
      {explosionLine(4), "Vorel Error: HashMap::~HashMap: Vorel exception suppressed"}},

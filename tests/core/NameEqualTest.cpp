@@ -1,5 +1,5 @@
 /// \file
-/// Two rules of the hash map: how names compare, and to how many buckets it grows.
+/// Two rules of the hash map: how it compares names, and the next prime, which is its number of buckets after growth.
 
 #include <algorithm>
 #include <cstdint>
