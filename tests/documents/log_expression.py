@@ -84,7 +84,7 @@ def count_by_pcre(expression: str, texts: list) -> int:
 
 
 def check(expression: str, texts: list, expected: list, folder: Path) -> None:
-    """Compares the results of each engine with the expected fields. Of PCRE, only the number of matches is known."""
+    """Compares the results of each engine with the expected fields. For PCRE, compares only the number of matches."""
     read = read_by_python(expression, texts)
     actual = [("no record", fields.rstrip("\r")) if isinstance(fields, str) else tuple(fields) for fields in read]
     # The value of the milliseconds depends on the clock, so only their presence is compared.

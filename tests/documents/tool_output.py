@@ -4,8 +4,8 @@
     tool_output.py <page> <folder> <folder of the tools> <command that runs a program>...
 
 A block labelled `sh` has one or more calls of vorellog or vorelconv. The next block labelled `console` or `json` is the
-expected output of these calls. A block labelled `text` is the content of the file that the first of the next calls
-names. If the name of the file ends in ".log", its lines end in CR LF.
+expected output of these calls. A block labelled `text` is the content of a file, whose name is an argument of the first
+call in the next block labelled `sh`. If the name of the file ends in ".log", its lines end in CR LF.
 """
 
 import difflib
