@@ -30,8 +30,8 @@ struct Holder {
     const char* name;
     DWORD access;
     DWORD sharing;
-    Texts log;  // after the line that is written meanwhile
-    Texts backup;
+    Texts log;     // lines of the log after a second line was logged
+    Texts backup;  // lines of the backup after that
 
     friend void PrintTo(const Holder& holder, std::ostream* out) { *out << holder.name; }
 };

@@ -274,7 +274,7 @@ TEST(Protocol, LibraryExceptionsCanBeCaughtByClassAndByBase) {
     }
 }
 
-/// Its `rethrow` returns, although `rethrow` of the base class never does.
+/// A class whose `rethrow` returns, although `rethrow` of the base class never returns.
 struct Returning : Exception {
     using Exception::Exception;
     void rethrow() override {}
