@@ -1,6 +1,6 @@
 /// \file
-/// Helpers for tests of the flat interface. A read past the end of an input faults. Each output is requested with every
-/// capacity.
+/// Helpers for tests of the flat interface. A read past the end of an input faults. Each output is requested with many
+/// capacities.
 ///
 ///     const test::FlatText text(L"QQ==");
 ///     EXPECT_EQ(test::flatOutput<unsigned char>([&](auto... out) { return vorel_base64_decode(text, out...); }), …);
@@ -80,7 +80,7 @@ void expectOutputIn(Unit* buffer, std::size_t capacity, const std::vector<Unit>&
 }
 
 /// The output of `call(buffer, capacity, length)`. Checks the call with null pointers and with capacities from zero to
-/// more than enough; for long outputs, only capacities around the required one.
+/// more than enough. For long outputs, only capacities around the required capacity are checked.
 template <class Unit, class Call>
 std::vector<Unit> flatOutput(Call&& call) {
     std::size_t needed = 0;
