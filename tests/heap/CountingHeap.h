@@ -41,7 +41,8 @@ private:
     bool m_before;
 };
 
-/// Makes the `nth` request (from 1) after this call fail, until `disarm` is called.
+/// Makes the `nth` request (from 1) after this call fail, and with `Failure::FromThenOn` also all later requests, until
+/// `disarm` is called.
 void arm(unsigned int nth, Failure failure) noexcept;
 void disarm() noexcept;
 

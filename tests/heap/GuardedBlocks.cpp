@@ -395,7 +395,7 @@ std::string sizesSince(std::uint64_t serial) {
 
 }  // namespace heap::blocks
 
-// The exception runtime stores a header before a thrown object and relies on its alignment.
+// The exception runtime stores a header before a thrown object, and relies on the alignment of the header.
 extern "C" {
 void* __real___cxa_allocate_exception(std::size_t bytes) noexcept;
 void* __wrap___cxa_allocate_exception(std::size_t bytes) noexcept;
