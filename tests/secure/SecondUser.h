@@ -1,7 +1,7 @@
 /// \file
-/// Simulates a second, ordinary user without a second account, by a token of this process in which the user, the owner
-/// of new objects and the administrators only deny access. A thread with this token has no rights as the owner of an
-/// object, but it has the rights of Everyone.
+/// Simulates a second, ordinary user without a second account. A thread gets a restricted copy of the token of this
+/// process. In this copy, the user, the owner of new objects and the administrators count only where an access list
+/// denies access. So the thread has no rights as the owner of an object, but it has the rights of Everyone.
 #pragma once
 
 #include <set>

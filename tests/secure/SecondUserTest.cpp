@@ -81,7 +81,7 @@ const Kind kKinds[] = {
 
 class SecondUser : public testing::TestWithParam<Kind> {
 protected:
-    /// The error of opening the object; 0 if it was opened.
+    /// The error of opening the object, or 0 if it was opened.
     [[nodiscard]] DWORD errorOfOpening(DWORD access) const {
         const Handle opened(GetParam().open(name, access));
         const DWORD error = GetLastError();
