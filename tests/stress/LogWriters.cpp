@@ -12,7 +12,7 @@ namespace test {
 
 namespace {
 
-/// "Mon Nov 16 01:43:08 2026"
+/// Whether a text has the form of a time in the log, such as "Mon Nov 16 01:43:08 2026".
 bool isTimeText(std::string_view time) {
     constexpr std::string_view kForm = "Aaa Aaa 99 99:99:99 9999";
     constexpr std::string_view kNames = "SunMonTueWedThuFriSat JanFebMarAprMayJunJulAugSepOctNovDec";
@@ -25,7 +25,7 @@ bool isTimeText(std::string_view time) {
            kNames.find(time.substr(0, 3)) < kNames.find(' ') && kNames.find(time.substr(4, 3)) > kNames.find(' ');
 }
 
-/// Describes the defect of `line`; empty for a complete stress line of one of the writers.
+/// Describes the defect of `line`. Returns an empty text for a complete stress line of one of the writers.
 std::string defectOf(std::string_view line, const LogWriters& writers, StressLineId& id) {
     constexpr std::string_view kPrefix = "WARN: ";
     const std::optional<LogLine> fields = parseLogLine(line);

@@ -4,9 +4,8 @@
 /// The log silently drops a line if the file is locked in all 31 attempts. So under contention, no number of lines is
 /// guaranteed. But before a line is dropped, the call sleeps for 1.4 s, which the writer can measure. Each writer lists
 /// the calls that took so long that their lines may have been dropped. All other lines must be in the log, exactly once
-/// and complete. On two cores no call takes nearly that long (the slowest of 12,000 took 0.25 s), so in practice all
-/// lines are expected. Without contention, when the writers take turns, every line must be in the log, however long its
-/// call took.
+/// and complete. On two cores, the slowest of 12,000 calls took 0.25 s, so in practice all lines are expected. If the
+/// writers take turns, they do not compete, and every line must be in the log, however long its call took.
 
 #include <cstdio>
 #include <map>
