@@ -51,11 +51,11 @@ std::string messagesOf(const Exception& e) {
     return all;
 }
 
-/// The outcome of an operation: its result and the bytes of its output.
 std::string bytesOf(const void* data, std::size_t bytes) {
     return {static_cast<const char*>(data), bytes};
 }
 
+/// The bytes of an output.
 template <class T>
 std::string outcomeOf(const BaseString<T>& output) {
     return bytesOf(output.view().data(), output.view().size() * sizeof(T));
@@ -75,7 +75,7 @@ std::string outcomeOf(const Array<BaseString<T>>& output) {
     return all;
 }
 
-/// `bytes` bytes of memory in the output; in an array they are elements.
+/// Returns `bytes` bytes of memory in the output. The memory of an array becomes its elements.
 template <class T>
 unsigned char* memoryOf(BaseString<T>& output, std::size_t bytes) {
     return reinterpret_cast<unsigned char*>(output.reserve(static_cast<unsigned int>(bytes / sizeof(T) + 1), true));
@@ -89,8 +89,8 @@ unsigned char* memoryOf(Array<T>& output, std::size_t bytes) {
     return reinterpret_cast<unsigned char*>(output.data());
 }
 
-/// Runs `operation(input, output)`. The output contains `text` and its terminator. The input is this text, or a
-/// separate copy of it.
+/// Runs `operation(input, output)`, and returns its result, or the messages of its exception, and the bytes of the
+/// output. The output first contains `text` and its terminator. The input is this text, or a separate copy of it.
 template <class Input, class Output, class Operation>
 std::string withText(Place place, const std::basic_string<Input>& text, std::size_t offset, Operation&& operation) {
     const std::size_t bytes = (offset + text.size() + 1) * sizeof(Input);

@@ -268,8 +268,8 @@ TYPED_TEST(Base64Test, Decode_AllocatesNothingWithoutBytes) {
 }
 
 TYPED_TEST(Base64Test, Decode_GrowsForTheRestOfTheText) {
-    // Storage of 100 slots is too small when fewer than 32 slots are left after a multiple of 24 bytes, that is, after
-    // 72 bytes.
+    // A step decodes a multiple of 24 bytes. The storage grows if fewer than 32 slots are left for the next step. Of
+    // 100 slots, 28 are left after 72 bytes.
     constexpr std::size_t kDecoded = 72;
     for (const std::size_t newLine : {20u, 33u, 76u, 95u, 96u, 97u, 130u}) {
         std::string text(400, 'Q');

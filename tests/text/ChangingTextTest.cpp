@@ -354,7 +354,7 @@ std::vector<Operation<wchar_t>> operations() {
 
 // ---- The test -------------------------------------------------------------------------------------------------------
 
-/// Patterns whose results differ in length. The last two end the text early or at its start.
+/// Patterns whose results differ in length. The last two patterns contain a zero, which ends the text early.
 template <class T>
 std::vector<std::basic_string<T>> patterns() {
     std::vector<std::basic_string<T>> all;

@@ -213,7 +213,7 @@ TYPED_TEST(HexText, ByteArrayToHexString_WritesEveryByte) {
     }
 }
 
-/// The value of a digit of either case; 0 for every other unit.
+/// The value of a digit of either case, or 0 for every other unit.
 unsigned int digitOrZero(unsigned int unit) {
     const std::size_t found = unit != 0 && unit < 128
                                   ? std::string_view("0123456789abcdef0123456789ABCDEF").find(static_cast<char>(unit))

@@ -27,7 +27,7 @@ struct Growth {
     const char* why;
 };
 
-/// Whether a text fills a capacity above 1 Mi units. For such a text, `reserve` takes one step more.
+/// Whether a text and its terminator fill a capacity above 1 Mi units. For such a text, `reserve` adds one more step.
 bool endsAtStep(unsigned int length) {
     return length > kMi && (length + 1) % kMi == 0;
 }
@@ -131,11 +131,11 @@ TEST(UnicodeCapacity, MalformedTextCountsAsItIsDecoded) {
         {std::string(530, 'a') + "\xFF" + tail, 450, 512, "530 units would not fit"},
         {std::string(449, 'a') + "\xF0\x9F\x98\x80\xFF" + tail, 450, 512, "a pair that the block divides"},
         {std::string(1023, 'a') + "\xFF" + tail, 900, 1024, "1,023 units would fit"},
-        {std::string(1024, 'a') + "\xFF" + tail, 900, 1024, "1,024 units would not"},
+        {std::string(1024, 'a') + "\xFF" + tail, 900, 1024, "1,024 units would not fit"},
         {std::string(1800, 'a') + "\xFF" + tail, 1800, 2048, "four blocks"},
         {std::string(kMi, 'a') + "\xFF" + tail, kMi - 76, kMi, "2,330 blocks"},
-        {std::string(1020, 'a') + "\xC3zzz", 1023, 1024, "the lead byte takes the next one, whatever it is"},
-        {std::string(1020, 'a') + "\xC3zzzz", 1024, 2048, "the same with one more"},
+        {std::string(1020, 'a') + "\xC3zzz", 1023, 1024, "any byte after the lead byte is a trailing byte"},
+        {std::string(1020, 'a') + "\xC3zzzz", 1024, 2048, "the same with one more byte"},
         {std::string(1021, 'a') + "\xF0\x80\x81\x81z", 1023, 1024, "an overlong form of four bytes is one unit"},
         {std::string(1021, 'a') + "\xF2\x80\x81\x81z", 1024, 2048, "another form of four bytes is a pair"},
     };
@@ -158,9 +158,9 @@ TEST(UnicodeCapacity, MalformedTextCountsAsItIsDecoded) {
 TEST(UnicodeCapacity, InvalidTextGrowsForWholeBlocksOnly) {
     struct Case {
         unsigned int before;    // units reserved
-        unsigned int units;     // before the invalid byte
-        unsigned int length;    // kept
-        unsigned int capacity;  // afterwards
+        unsigned int units;     // units before the invalid byte
+        unsigned int length;    // units that are kept
+        unsigned int capacity;  // capacity after the conversion
     };
     constexpr Case kCases[] = {{0, 0, 0, 0},         {0, 3, 0, 0},          {15, 3, 0, 16},
                                {15, 20, 0, 16},      {15, 449, 0, 16},      {15, 450, 450, 512},
@@ -188,7 +188,7 @@ TEST(UnicodeCapacity, InvalidTextGrowsForWholeBlocksOnly) {
 
 TEST(UnicodeCapacity, ArraysDouble) {
     constexpr Growth kOfArrays[] = {
-        {1, 5, "the fewest slots"}, {5, 5, "all of them"},       {6, 10, "twice as many"},
+        {1, 5, "the fewest slots"}, {5, 5, "all five slots"},    {6, 10, "twice as many"},
         {320, 320, "one block"},    {321, 640, "one more"},      {640, 640, "a full array"},
         {641, 1280, "one more"},    {5000, 5120, "many blocks"}, {5 * (kMi / 4), 5 * (kMi / 4), "a large array"},
     };

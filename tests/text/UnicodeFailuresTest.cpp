@@ -1,4 +1,4 @@
-// The messages of a failed conversion: the failure, the record of the function, and for narrow text the input.
+// The messages of a failed conversion: the failure, the record of the function and, for narrow text, the input.
 
 #include <array>
 #include <cstdlib>
@@ -43,9 +43,9 @@ struct BadText {
 
 const std::array<BadText, 10>& badTexts() {
     static const std::array<BadText, 10> kTexts = {{
-        {std::string("\xFF\x28\0", 3), -1, L"Hex string: 28", "one byte after the offending one"},
-        {std::string("\x80\0", 2), -1, L"", "no byte after it"},
-        {std::string("\x80\0AB\0", 5), -1, L"", "a zero directly after it ends the dump"},
+        {std::string("\xFF\x28\0", 3), -1, L"Hex string: 28", "one byte after the invalid byte"},
+        {std::string("\x80\0", 2), -1, L"", "no byte after the invalid byte"},
+        {std::string("\x80\0AB\0", 5), -1, L"", "a zero after the invalid byte ends the dump"},
         {std::string("\xF1\x80\x80\x80\0", 5), -1, L"Hex string: 80-80-80", "unsupported lead byte"},
         {std::string("ab\xFFzZ09\x0A\xFF\0", 9), -1, L"Hex string: 7A-5A-30-39-0A-FF",
          "two upper-case digits for each byte"},
@@ -60,11 +60,11 @@ const std::array<BadText, 10>& badTexts() {
         {std::string("\xC3\xA9\xBF"
                      "A\0",
                      5),
-         3, L"Hex string: 41", "after a character"},
+         3, L"Hex string: 41", "an invalid byte after a character"},
         {std::string("\xC3\0\xBF"
                      "A\0",
                      5),
-         -1, L"Hex string: 41", "after a zero decoded as a trailing byte"},
+         -1, L"Hex string: 41", "an invalid byte after a zero decoded as a trailing byte"},
         {std::string("\x9F") + std::string(100, '\x01') + '\0', -1,
          [] {
              std::wstring dump = L"Hex string: 01";

@@ -264,7 +264,7 @@ TEST(UrlDecode, WideTextMustBeUtf8) {
     EXPECT_THROW(urlDecode(L"%80"), vorel::Exception);
 }
 
-/// Leaves free blocks on the heap that consist of lead bytes.
+/// Fills blocks of the heap with lead bytes, and frees the blocks.
 void dirtyFreeBlocks() {
     std::vector<std::string> blocks;
     for (std::size_t size = 16; size <= 4096; size += size / 16) {

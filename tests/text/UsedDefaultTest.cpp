@@ -1,5 +1,6 @@
 /// \file
-/// Code pages that do not accept the question whether a default character was used ("WideCharToMultiByte function").
+/// The report whether a default character was used. For some code pages, the system does not support this report, and
+/// rejects the call ("WideCharToMultiByte function").
 
 #include "vorel/text/CodePages.h"
 
@@ -23,7 +24,7 @@ const int kPages[] = {65000, 65001, 50220, 50221, 50222, 50225, 50227, 52936, 54
 
 TEST(UsedDefault, IsRejectedByPagesThatCannotReportIt) {
     if (test::wineVersion()) {
-        GTEST_SKIP() << "Wine accepts it for 65001 and does not have the other pages";
+        GTEST_SKIP() << "Wine does not reject the call for 65001, and does not have the other pages";
     }
     for (const int page : kPages) {
         if (!IsValidCodePage(static_cast<UINT>(page))) {
@@ -35,7 +36,7 @@ TEST(UsedDefault, IsRejectedByPagesThatCannotReportIt) {
         errno = 0;
         EXPECT_EQ(util::iconv_from_wc(page, L"a", 1, out, sizeof out, &used), kNothing) << page;
         EXPECT_EQ(errno, EINVAL) << page;
-        EXPECT_TRUE(used) << page << ": a failure must not change it";
+        EXPECT_TRUE(used) << page << ": a failure must not change the report";
         EXPECT_GE(util::iconv_from_wc(page, L"a", 1, out, sizeof out, nullptr), 1u) << page;
     }
 }
