@@ -258,7 +258,7 @@ TEST(StreamCommandsTest, CodePage_ReportsThePositionOfBadInput) {
 
 // ---- Blocks ---------------------------------------------------------------------------------------------------------
 
-/// Around the end of the first block, and in the third block.
+/// Sizes around the end of the first block, and a size in the third block.
 constexpr std::size_t kEdgeSizes[] = {kBlockBytes - 1, kBlockBytes, kBlockBytes + 1, 2 * kBlockBytes + 2};
 
 test::Bytes randomBytes(std::size_t count) {
@@ -322,7 +322,7 @@ TEST(StreamCommandsTest, EscapesAcrossTheEndOfABlock) {
 TEST(StreamCommandsTest, SequencesAcrossTheEndOfABlock) {
     const std::string utf8 = "\xF0\x9F\x98\x80\xE2\x82\xAC\xC3\xA9";
     const std::string utf16 = "\x3D\xD8\x00\xDE\xAC\x20\xE9\x00"s;
-    // Every position within one of the sequences.
+    // The first block ends at every position within one of the sequences.
     for (const std::size_t shift : {1U, 2U, 3U, 5U, 6U, 8U}) {
         SCOPED_TRACE(shift);
         const std::string front(kBlockBytes - shift, 'a');
