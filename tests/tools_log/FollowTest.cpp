@@ -52,7 +52,7 @@ public:
     FollowingViewer(const FollowingViewer&) = delete;
     FollowingViewer& operator=(const FollowingViewer&) = delete;
 
-    /// Waits until `count` lines are shown; false on timeout.
+    /// Waits until `count` lines are shown. Returns false on timeout.
     [[nodiscard]] bool waitForLines(std::size_t count) {
         while (lines().size() < count) {
             if (!m_news.wait()) {
@@ -107,8 +107,8 @@ void writeLines(int first, int last) {
     }
 }
 
-/// Deletes the log and waits until its name is free. A deleted file may keep its name while it is open, and the library
-/// drops lines that it cannot write.
+/// Deletes the log and waits until its name is free. On some systems, a deleted file keeps its name until all handles
+/// of the file are closed. Until then, the library cannot write lines, and drops them.
 [[nodiscard]] bool removeForGood(test::TemporaryLog& log) {
     log.remove();
     const ULONGLONG start = GetTickCount64();

@@ -105,7 +105,7 @@ std::string shown(const Settings& settings, std::string_view log, std::mt19937& 
     return out;
 }
 
-/// The code point at `at`; 0 for invalid UTF-8. Moves `at` to the next code point.
+/// Returns the code point at `at`, or 0 for invalid UTF-8. Moves `at` to the next code point.
 unsigned int codePointAt(std::string_view text, std::size_t& at) {
     const auto lead = static_cast<unsigned char>(text[at++]);
     if (lead < 0x80) {

@@ -50,7 +50,7 @@ TEST(InputDecoderTest, Encodings) {
     const std::string padded = twice + std::string(5, '\0');
     const Case cases[] = {
         {"", "|", "empty"},
-        {"a", "a|", "shorter than the bytes that decide"},
+        {"a", "a|", "shorter than the bytes that show the encoding"},
         {"[Mon a\r\n", "[Mon a\r\n|", "plain"},
         {"\xEF\xBB\xBF[Mon", "[Mon|", "byte-order mark before UTF-8"},
         {"\xEF\xBB\xBF", "|", "only a mark"},

@@ -29,15 +29,15 @@ public:
     /// Starts `count` processes; each of their threads writes `lines` lines.
     void start(unsigned int count, unsigned int lines);
 
-    /// Waits until each process has written some lines; false on timeout.
+    /// Waits until each process has written some lines. Returns false on timeout.
     [[nodiscard]] bool waitForProgress() const;
 
-    /// Waits until all processes end; false if one fails.
+    /// Waits until all processes end. Returns false if a process fails.
     [[nodiscard]] bool finish() const;
 
     void kill();
 
-    /// The counts with each line once.
+    /// The counts for a log that contains each line once.
     [[nodiscard]] StressCounts expectedCounts() const;
     [[nodiscard]] std::vector<DWORD> processIds() const;
 
@@ -56,10 +56,10 @@ private:
     std::vector<Writer> m_writers;
 };
 
-/// The stress line in a line of the log; nullopt if it is incomplete.
+/// The stress line in a line of the log, or nullopt if the stress line is incomplete.
 std::optional<StressLineId> stressLineIn(std::string_view logLine);
 
-/// Counts the stress lines; any other line fails the test.
+/// Counts the stress lines. Any other line fails the test.
 StressCounts countStressLines(const std::vector<std::string>& logLines);
 
 /// Splits a text into lines, without line feeds.

@@ -69,7 +69,7 @@ TEST(PatternTest, RequiredTexts) {
 }
 
 TEST(PatternTest, InvalidExpressionsAreExplained) {
-    // The wrong part is named unless it is the whole expression.
+    // The invalid part follows the reason, unless this part is the whole expression.
     constexpr struct {
         const char* expression;
         const wchar_t* text;

@@ -167,7 +167,7 @@ TEST(SettingsTest, OptionsOfEntries) {
 }
 
 TEST(SettingsTest, TimeZoneOfTheLog) {
-    // Here it is 01:43:08, in UTC 23:43:08 of the day before.
+    // The local time is 01:43:08. In UTC, it is 23:43:08 of the day before.
     EXPECT_EQ(settings({L"--from", L"0s"}).filter.from, kNow);
     EXPECT_EQ(settings({L"--from", L"0s", L"--time-zone", L"Z"}).filter.from, kNow - kZone);
     EXPECT_EQ(settings({L"--from", L"0s", L"--time-zone=-01:30"}).filter.from, kNow - kZone - 90 * vorellog::kMinute);

@@ -252,7 +252,7 @@ TEST_F(VorellogTest, CompressedLogThatEndsEarly) {
 
 TEST_F(VorellogTest, RestOfACompressedLogIsNotNeeded) {
     const std::string lines = header(1) + "WARN: one\r\n" + header(2) + "WARN: two\r\n";
-    // A stored block that is not the last, so more data must follow.
+    // The header of this stored block says that another block follows, but there is none.
     std::string bytes("\x1F\x8B\x08\x00\x00\x00\x00\x00\x00\x03\x00", 11);
     for (const std::size_t size : {lines.size(), ~lines.size()}) {
         bytes += static_cast<char>(size & 0xFF);
