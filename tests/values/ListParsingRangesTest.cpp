@@ -30,7 +30,7 @@ struct Row {
     const wchar_t* text;
     std::vector<int> starts;
     std::vector<int> ends;
-    const wchar_t* invalidItem = nullptr;  ///< the invalid item; null: no exception
+    const wchar_t* invalidItem = nullptr;  ///< the invalid item, or null if no exception is expected
 };
 
 /// Parses a row into arrays with previous content.

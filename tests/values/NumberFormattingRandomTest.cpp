@@ -53,8 +53,8 @@ double powerOfTwo(RandomText& random) {
     return neighbour(std::ldexp(1.0, static_cast<int>(random.below(2098)) - 1074), random);
 }
 
-/// A value of sixteen digits that ends in 5: an odd number divided by a power of two. Divided by 2^17 or more it is
-/// below 0.1.
+/// A value of sixteen digits that ends in 5: an odd number divided by a power of two. If the power is 2^17 or higher,
+/// the value is below 0.1. Returns 0 if the odd number is too large for a double.
 double tie(RandomText& random) {
     const int twos = 1 + static_cast<int>(random.below(22));
     double least = 1e15;

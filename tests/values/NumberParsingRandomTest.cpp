@@ -86,7 +86,7 @@ protected:
         EXPECT_EQ(end - text, static_cast<std::ptrdiff_t>(wanted.end));
     }
 
-    /// The same for a parser with the option to skip white space after the number.
+    /// Expects the value and the end of the reference from a parser that can skip white space after the number.
     template <class Value>
     static void expectScans(const T* text, Value (*scan)(const T*, const T**, bool) noexcept,
                             const std::string& shape) {
