@@ -40,7 +40,7 @@ std::string tableOfSuites(const std::vector<TestResult>& results) {
     return text + "</table>\n";
 }
 
-/// A section with the cases of one outcome; empty if there are none.
+/// A section with the cases of one outcome, or an empty text if no case has this outcome.
 std::string section(const char* title, Outcome outcome, const std::vector<TestResult>& results) {
     std::string text;
     for (const TestResult& result : results) {

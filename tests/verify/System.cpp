@@ -14,7 +14,7 @@ namespace verify {
 
 namespace {
 
-/// The number of the last update; 0 if the system has none.
+/// The number of the last update, or 0 if the system has none.
 DWORD updateRevision() {
     DWORD revision = 0;
     DWORD size = sizeof revision;
@@ -49,7 +49,7 @@ std::string windowsBuild() {
     using GetVersion = LONG(WINAPI*)(OSVERSIONINFOW*);
     OSVERSIONINFOW version{};
     version.dwOSVersionInfoSize = sizeof version;
-    // GetVersionEx returns the version that the manifest of the program names.
+    // GetVersionEx is not used, because it returns the version that the manifest of the program names.
     const auto getVersion = reinterpret_cast<GetVersion>(
         reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "RtlGetVersion")));
     if (getVersion) {

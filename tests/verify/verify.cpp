@@ -63,7 +63,7 @@ std::wstring variable(const wchar_t* name) {
 }
 
 /// The path of the programs' folder. Some programs start themselves again by their narrow path. If the path has no
-/// narrow form, this is the short form of the path, which often has one.
+/// narrow form, this is the short form of the path, which often has a narrow form.
 fs::path programFolder() {
     std::wstring folder = test::programFolder();
     if (!isNarrow(folder)) {
@@ -71,7 +71,7 @@ fs::path programFolder() {
         shortForm.resize(GetShortPathNameW(folder.c_str(), shortForm.data(), static_cast<DWORD>(shortForm.size())));
         if (shortForm.empty() || !isNarrow(shortForm)) {
             throw std::runtime_error("the archive must be in a folder whose name has only letters of the system's code "
-                                     "page; some tests start themselves by it");
+                                     "page, because some tests start themselves by this name");
         }
         folder = shortForm;
     }
