@@ -196,7 +196,7 @@ TEST(ErrorLogSteps, SkipTheSizeCheckIfTheFirstLockFails) {
     EXPECT_EQ(record().lockCalls, 2u);
 }
 
-// Another process may be renaming the file at the first attempt.
+// The first attempt fails, as it does while another process renames the file.
 TEST(ErrorLogSteps, OpenTheFileAgainIfItCannotBeOpenedForTheSizeCheck) {
     const TemporaryLog log(1000);
     int opens = 0;

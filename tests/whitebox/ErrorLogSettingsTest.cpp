@@ -181,7 +181,7 @@ TEST(Location, IsNeverReadAsAMixtureOfTwoPaths) {
     EXPECT_EQ(mixtures, 0);
 }
 
-// The log reads the clock before it opens the file.
+// The log reads the clock before it opens the file. So the hook changes the location while a line is written.
 TEST(Location, IsReadOncePerLine) {
     const TemporaryLog log;
     const std::string next = log.folder().file("next.log");

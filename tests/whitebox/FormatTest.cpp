@@ -133,7 +133,7 @@ TYPED_TEST(Format, String_IsEmptyAfter16RenderingsOfATextThatShouldFit) {
 
 // ---- Bounded rendering ----------------------------------------------------------------------------------------------
 
-// A text that fills the buffer exactly fits, but has no terminator.
+// If a text fills the buffer exactly, it is rendered without a terminator.
 TYPED_TEST(Format, BoundedFormat_AtEverySizeAroundTheText) {
     const auto format = this->text("%d:%s");
     const auto argument = this->text("abcdefgh");

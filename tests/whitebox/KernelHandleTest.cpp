@@ -1,5 +1,5 @@
 /// \file
-/// The last error after a handle is closed, if the system changes it.
+/// The last error after a handle is closed by a system call that changes the last error.
 
 #include "vorel/core/KernelHandle.h"
 

@@ -51,7 +51,8 @@ private:
     bool m_active;
 };
 
-// The lowest priority that programs may use: created before the library's state and destroyed after it.
+// 101 is the lowest number that programs may use. So this object is created before the library's state and destroyed
+// after it.
 __attribute__((init_priority(101))) const FirstAndLast s_firstAndLast;
 
 TEST(LateLogging, WorksBeforeTheStateIsCreatedAndAfterItIsDestroyed) {

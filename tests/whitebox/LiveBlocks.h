@@ -1,5 +1,5 @@
 /// \file
-/// The identifiers and local blocks that the creation of secured objects allocates.
+/// The security identifiers and the blocks of `LocalAlloc` that are allocated to create secured objects.
 #pragma once
 
 #include <set>
@@ -12,7 +12,7 @@
 
 namespace test {
 
-/// While an object exists, tracks the identifiers and local blocks that are allocated, until they are freed.
+/// While an object exists, tracks security identifiers and blocks from their allocation until they are freed.
 class LiveBlocks {
 public:
     LiveBlocks() = default;

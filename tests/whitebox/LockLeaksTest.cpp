@@ -1,6 +1,6 @@
 /// \file
 /// Creates and destroys each named lock and condition many times, including the failing paths. Every handle must be
-/// closed, and the object must be destroyed with its last owner.
+/// closed, and the object must not exist after its last handle is closed.
 
 #include <ostream>
 #include <string>
@@ -55,7 +55,7 @@ HANDLE newMutex(Name name) {
     return CreateMutexW(nullptr, FALSE, (L"Global\\" + name).c_str());
 }
 
-/// False if the body throws a library exception.
+/// Returns false if the body throws a library exception.
 template <class Body>
 bool succeeds(Body&& body) {
     try {

@@ -23,7 +23,7 @@ namespace {
 
 using Texts = std::vector<std::string>;
 
-/// A real handle for a call that succeeds by the script.
+/// A real handle, for a call that must succeed according to the script.
 HANDLE someHandle() {
     return CreateSemaphoreW(nullptr, 0, 1, nullptr);
 }

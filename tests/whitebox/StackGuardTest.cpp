@@ -1,6 +1,6 @@
 /// \file
-/// The stack guard. In every configuration, this file is compiled with -fstack-protector-strong. Release builds of the
-/// library use the same option for most of its sources.
+/// The stack protector, and the guard value that it stores on the stack. In every configuration, this file is compiled
+/// with -fstack-protector-strong. Release builds of the library use the same option for most of its sources.
 
 #include <cstddef>
 #include <cstdint>
