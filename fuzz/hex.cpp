@@ -28,7 +28,7 @@ void encode(const std::string& bytes, HexCase letters, const fuzz::Placement& so
     });
 }
 
-/// The value of a digit, or the documented value of any other unit; -1 if the decoder rejects the unit.
+/// The value of a digit, or the documented value of any other unit. Returns -1 if the decoder rejects the unit.
 template <class T>
 int valueOf(T unit, bool withStatus) {
     const auto number = static_cast<unsigned int>(static_cast<std::make_unsigned_t<T>>(unit));
@@ -49,8 +49,8 @@ int valueOf(T unit, bool withStatus) {
     return position == std::string_view::npos ? -1 : static_cast<int>(position) + 3;
 }
 
-/// Decodes an even number of characters. If the decoder returns a status, the number may be odd: the terminator then
-/// completes the last pair.
+/// Decodes an even number of characters. The decoder that returns a status also accepts an odd number, and reads the
+/// terminator as the second character of the last pair.
 template <class T>
 void decode(const std::basic_string<T>& text, bool withStatus, const fuzz::Placement& source,
             const fuzz::Placement& target) {

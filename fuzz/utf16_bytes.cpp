@@ -17,7 +17,8 @@ void count(const std::string& bytes, const fuzz::Placement& around) {
     const std::string_view all = bytes;
     const char* const placed = fuzz::inputPages().copy(all, around);
     const auto* const from = reinterpret_cast<const unsigned char*>(placed);
-    fuzz::check(vorel::algorithms::unitsBeforeZero(from, bytes.size()) == expected, "units count up to the first zero");
+    fuzz::check(vorel::algorithms::unitsBeforeZero(from, bytes.size()) == expected,
+                "units are counted up to the first zero");
 }
 
 void write(const std::u16string& units, bool littleEndian, const fuzz::Placement& source,

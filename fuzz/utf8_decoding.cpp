@@ -21,7 +21,7 @@ struct Reading {
     fuzz::Placement target;
 };
 
-/// The number of units of the character that begins at `unit`; 0 at the end.
+/// The number of units of the character that begins at `unit`, or 0 at the end.
 std::size_t unitsOfNext(const test::DecodedText& expected, std::size_t unit) {
     for (const std::size_t units : expected.unitsOf) {
         if (unit == 0) {
@@ -45,7 +45,7 @@ void decode(const Reading& reading, const test::DecodedText& expected) {
         fuzz::check(reader.unitsLeft() == expected.units.size() - done, "the number of remaining units is correct");
         const std::size_t units = reader.read<Rule, Rest>(out, reading.capacity);
         fuzz::check(units <= size, "the capacity is not exceeded");
-        fuzz::check(done + units <= expected.units.size(), "the input is not exceeded");
+        fuzz::check(done + units <= expected.units.size(), "no more units are written than expected");
         for (std::size_t at = 0; at != units; ++at) {
             fuzz::check(out[at] == static_cast<char16_t>(expected.units[done + at]), "every unit is as expected");
         }

@@ -39,7 +39,7 @@ void encode(const Writing& writing, const std::string& expected) {
         fuzz::check(writer.bytesLeft() == expected.size() - done, "the number of remaining bytes is correct");
         const std::size_t bytes = writer.write(out, writing.enough, writing.capacity);
         fuzz::check(bytes <= writing.capacity, "the capacity is not exceeded");
-        fuzz::check(done + bytes <= expected.size(), "the input is not exceeded");
+        fuzz::check(done + bytes <= expected.size(), "no more bytes are written than expected");
         const std::string_view piece(reinterpret_cast<const char*>(out), bytes);
         fuzz::check(piece == std::string_view(expected).substr(done, bytes), "every byte is as expected");
         done += bytes;
