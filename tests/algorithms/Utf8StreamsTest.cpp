@@ -171,7 +171,7 @@ std::string writeInPieces(const std::wstring& text, int length, std::size_t enou
         EXPECT_LE(bytes, capacity);
         EXPECT_EQ(piece[capacity], 0x5A) << "after the capacity";
         EXPECT_TRUE(bytes + kLongestUtf8Sequence > capacity || bytes >= enough || writer.atEnd())
-            << "a piece must be full or the last one";
+            << "a piece must be full, or the last piece";
         if (bytes == 0) {
             ADD_FAILURE() << "no progress";
             break;
