@@ -135,7 +135,7 @@ void readList(Attempt& attempt, bool (*read)(const T*, Array<Value>&, bool), boo
     EXPECT_EQ(result, !attempt.allocationFailed());
     const unsigned int all = append ? 8 : 7;
     ASSERT_EQ(values.size(), result ? all : 5) << "the array had space for five";
-    EXPECT_EQ(values[0], Value{1}) << "the existing value, or the first one read";
+    EXPECT_EQ(values[0], Value{1}) << "the existing value, or the first value that was read";
     const heap::Unwatched unwatched;
     EXPECT_EQ(attempt.logged().size(), result ? 0u : 1u);
     EXPECT_TRUE(result || attempt.logged()[0].starts_with("Vorel Error: No more memory is available: "));
