@@ -90,7 +90,7 @@ TEST(ArrayConstruction, AnArrayIsCopiedOrMovedAndNotReadAsARange) {
 
     const Array<Array<int>> nested{{1, 2}, {3}};
     Array<Array<int>> copy{nested};
-    ASSERT_EQ(copy.size(), 2u) << "not one element that is an array of arrays";
+    ASSERT_EQ(copy.size(), 2u) << "a copy, not an array with one element that is a copy";
     copy[0].append(9);
     EXPECT_EQ(elementsOf(copy[0]), (std::vector<int>{1, 2, 9}));
     EXPECT_EQ(elementsOf(nested[0]), (std::vector<int>{1, 2}));
@@ -261,7 +261,7 @@ TEST(ArrayConstruction, PushBackAppends) {
     EXPECT_EQ(textsOf(array), (Texts{"copied, with a buffer", "moved, with a buffer", "copied, with a buffer"}));
     EXPECT_NE(array[0].c_str(), copied.c_str());
     EXPECT_EQ(array[1].c_str(), buffer);
-    EXPECT_EQ(array.allocated(), 5u) << "it grows as append does";
+    EXPECT_EQ(array.allocated(), 5u) << "push_back grows the array as append does";
 }
 
 TEST(ArrayConstruction, EmplaceBackConstructsFromItsArgumentsAndReturnsTheElement) {
