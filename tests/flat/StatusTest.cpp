@@ -55,7 +55,7 @@ TEST(FlatLastError, IsOkBeforeTheFirstFailure) {
         EXPECT_EQ(vorel_last_error_status(), VOREL_OK);
         EXPECT_EQ(lastMessage(), L"");
         EXPECT_TRUE(test::flatOutput<char>([](auto... out) { return vorel_last_error_message_utf8(out...); }).empty());
-        EXPECT_EQ(vorel_last_error_status(), VOREL_OK) << "the query must not set it";
+        EXPECT_EQ(vorel_last_error_status(), VOREL_OK) << "the query must not set the last error";
     }).join();
 }
 
@@ -66,7 +66,7 @@ TEST(FlatLastError, StaysUntilTheNextFailure) {
 
     int32_t value = 0;
     EXPECT_EQ(vorel_parse_int32(FlatText(L"7").data(), 1, &value), VOREL_OK);
-    EXPECT_EQ(vorel_last_error_status(), VOREL_ERROR_INVALID_ARGUMENT) << "success does not change it";
+    EXPECT_EQ(vorel_last_error_status(), VOREL_ERROR_INVALID_ARGUMENT) << "success does not change the last error";
 
     EXPECT_EQ(vorel_parse_int32(FlatText(L"x").data(), 1, &value), VOREL_ERROR_INVALID_TEXT);
     EXPECT_EQ(vorel_last_error_status(), VOREL_ERROR_INVALID_TEXT);
@@ -90,7 +90,8 @@ TEST(FlatLastError, FollowsTheRulesForTextOutputs) {
     EXPECT_EQ(test::flatText([](auto... out) { return vorel_last_error_message(out...); }), L"A pointer is null");
     const auto utf8 = test::flatOutput<char>([](auto... out) { return vorel_last_error_message_utf8(out...); });
     EXPECT_EQ(std::string(utf8.begin(), utf8.end()), "A pointer is null");
-    EXPECT_EQ(vorel_last_error_status(), VOREL_ERROR_INVALID_ARGUMENT) << "a query with a small buffer must not set it";
+    EXPECT_EQ(vorel_last_error_status(), VOREL_ERROR_INVALID_ARGUMENT)
+        << "a query with a small buffer must not set the last error";
 }
 
 /// Makes a call that fails with a message that quotes `item`: 'Found nonnumeric text in numeric item: "…"'.
