@@ -80,7 +80,7 @@ TEST_F(SecuredEvent, SecondCallOpensTheEventUnchanged) {
     const Handle second = obtain(0, 0);
     EXPECT_TRUE(second);
     EXPECT_TRUE(isSet(second.get()));
-    EXPECT_TRUE(isSet(second.get())) << "it is still a manual-reset event";
+    EXPECT_TRUE(isSet(second.get())) << "the event is still a manual-reset event";
     EXPECT_TRUE(ResetEvent(second.get()));
     EXPECT_FALSE(isSet(first.get()));
     EXPECT_TRUE(SetEvent(second.get()));
@@ -127,7 +127,7 @@ TEST_F(SecuredEvent, TakenNameIsTriedOnceWithoutRetries) {
     const Handle taken(CreateMutexW(nullptr, FALSE, name.c_str()));
     const auto start = std::chrono::steady_clock::now();
     const Handle event = obtain(0, 0, 0, 3600000);
-    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::minutes(1)) << "it must not sleep";
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::minutes(1)) << "the call must not sleep";
     EXPECT_FALSE(event);
     EXPECT_EQ(text.view(), failedOpen());
 }

@@ -148,7 +148,7 @@ TEST_F(SecuredMutex, TakenNameIsTriedOnceWithoutRetries) {
     const NamedEvent taken(name);
     const auto start = std::chrono::steady_clock::now();
     const Handle mutex = obtain(0, 3600000);
-    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::minutes(1)) << "it must not sleep";
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::minutes(1)) << "the call must not sleep";
     EXPECT_FALSE(mutex);
     EXPECT_EQ(created, 0);
     EXPECT_EQ(log.messages(), warning());
@@ -189,7 +189,7 @@ TEST_F(SecuredMutex, AnotherProcessOpensTheMutex) {
     EXPECT_EQ(runChild(L"secured_peer", {L"task=mutex", L"name=" + name}), test::kPeerObtained | test::kPeerDone);
     EXPECT_EQ(WaitForSingleObject(mutex.get(), 0), WAIT_OBJECT_0);
     EXPECT_EQ(runChild(L"secured_peer", {L"task=mutex", L"name=" + name}), test::kPeerObtained)
-        << "this process holds it now";
+        << "this process holds the mutex now";
     EXPECT_TRUE(ReleaseMutex(mutex.get()));
     EXPECT_EQ(runChild(L"secured_peer", {L"task=mutex", L"name=" + name}), test::kPeerObtained | test::kPeerDone);
 }
@@ -204,7 +204,7 @@ TEST_F(SecuredMutex, MutexOfAnotherProcessIsOpenedWhileThatProcessRuns) {
         const Handle mutex = obtain();
         EXPECT_TRUE(mutex);
         EXPECT_EQ(created, 0);
-        EXPECT_EQ(WaitForSingleObject(mutex.get(), 0), DWORD{WAIT_TIMEOUT}) << "the other process holds it";
+        EXPECT_EQ(WaitForSingleObject(mutex.get(), 0), DWORD{WAIT_TIMEOUT}) << "the other process holds the mutex";
         release.set();
         EXPECT_EQ(WaitForSingleObject(mutex.get(), test::kGenerousMs), WAIT_OBJECT_0);
         EXPECT_TRUE(ReleaseMutex(mutex.get()));
