@@ -273,7 +273,7 @@ TEST(AutoMutex, TwoObjectsOfAThreadShareTheMutex) {
     AutoMutex first(name.c_str(), true, false);
     AutoMutex second(name.c_str(), true, false);
     first.unlock();
-    EXPECT_FALSE(isFreeForOthers(first)) << "the second object still holds it";
+    EXPECT_FALSE(isFreeForOthers(first)) << "the second object still holds the mutex";
     first.unlock();  // the first object holds nothing
     EXPECT_FALSE(isFreeForOthers(first));
     second.unlock();
@@ -421,7 +421,7 @@ TEST_P(AbandonedAutoMutex, CanBeTakenThroughAnotherObject) {
     EXPECT_TRUE(isFreeForOthers(mutex));
 
     // The system reports the abandonment once. The object that the thread used still records the thread as the owner.
-    // So every lock of that object and its destructor throw, but other objects are not blocked.
+    // So every call of `lock` of that object throws, and so does its destructor. Other objects are not blocked.
     EXPECT_THROW(abandoned->lock(0, true), Exception);
     EXPECT_TRUE(isFreeForOthers(mutex));
     EXPECT_THROW(delete abandoned, Exception);

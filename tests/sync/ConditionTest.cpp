@@ -139,7 +139,7 @@ TEST_F(ConditionTest, SignalMayBeCalledWithTheLockHeld) {
 }
 
 TEST_F(ConditionTest, WaitReleasesTheLockOnce) {
-    // A caller that holds the lock twice keeps others out while it waits.
+    // If the caller holds the lock twice, other threads cannot acquire the lock while the caller waits.
     const Held once(m_lock);
     const Held twice(m_lock);
     std::future<bool> free = std::async(std::launch::async, [this] { return isFreeForOthers(m_lock); });
