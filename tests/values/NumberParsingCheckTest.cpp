@@ -22,7 +22,7 @@ template <class Value>
 struct Case {
     const char* text;
     bool result;
-    Value value;  ///< the variable after the call; before, it is 99
+    Value value;  ///< the variable after the call; before the call, the variable is 99
 };
 
 template <class T, class Value>
