@@ -25,7 +25,7 @@ Handle inheritableFile(const wchar_t* path, DWORD access, DWORD disposition) {
     return Handle(CreateFileW(path, access, FILE_SHARE_READ | FILE_SHARE_WRITE, &inherited, disposition, 0, nullptr));
 }
 
-/// All processes of a job end when its last handle is closed.
+/// A new job. All its processes end when its last handle is closed.
 Handle newJob() {
     Handle job(CreateJobObjectW(nullptr, nullptr));
     JOBOBJECT_EXTENDED_LIMIT_INFORMATION limits{};

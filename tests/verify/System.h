@@ -6,7 +6,7 @@
 
 namespace verify {
 
-/// "10.0.22631.4602"; under Wine "10.0.19043 (Wine 8.0)".
+/// The version of the system, such as "10.0.22631.4602", or under Wine "10.0.19043 (Wine 8.0)".
 std::string windowsBuild();
 
 /// Two names of the kind of user: for a sentence, and for a folder.

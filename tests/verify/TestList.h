@@ -10,9 +10,9 @@ namespace verify {
 
 /// A test of the list: one start of a program.
 struct Test {
-    std::string name;      ///< "core.ArrayTest"; the part before the first point is its suite
+    std::string name;      ///< "core.ArrayTest"; the part before the first period is the name of the suite
     std::string program;   ///< the name of its file
-    bool isGoogleTest;     ///< whether it writes results; otherwise its exit code is the result
+    bool isGoogleTest;     ///< whether the program writes results; if not, its exit code is the result
     bool runsAlone;        ///< whether no other test may run at the same time
     unsigned int limitMs;  ///< a program that runs longer has failed
     std::string arguments;
