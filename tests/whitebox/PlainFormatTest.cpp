@@ -260,7 +260,7 @@ TYPED_TEST(PlainFormat, ReadsNothingAfterTheTerminators) {
     }
 }
 
-// Random conversions with random prefixes, most of them plain. A plain text must be the same as the runtime's.
+// Formats of random conversions with random prefixes. The text of a plain format must be equal to the runtime's text.
 TYPED_TEST(PlainFormat, RandomFormats_AreRenderedAsByTheRuntime) {
     int plain = 0;
     test::forEachRandomInput(20000, [&plain, this](test::RandomText& random) {

@@ -95,7 +95,7 @@ TEST(SilencedThreads, DoNotSilenceALaterThreadWithTheirId) {
     EXPECT_EQ(log.messages(), std::vector<std::string>{"WARN: written"});
 }
 
-/// The id of a thread that silenced itself and has exited as a fiber. It stays in the table.
+/// The id of a thread that silenced itself and has exited as a fiber. The thread stays in the table.
 DWORD threadExitedAsFiber() {
     DWORD id = 0;
     std::thread([&] {
