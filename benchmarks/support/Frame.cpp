@@ -54,7 +54,7 @@ void Family::compare(const std::string& name, std::size_t items, const Pass& our
 
 std::vector<Family::Line> Family::measure(const std::string& name, std::size_t items, const Pass& ours,
                                           const std::vector<Peer>& peers) const {
-    const Calibration calibration = m_options.isQuick() ? Calibration::None : Calibration::ByTime;
+    const Calibration calibration = m_options.isQuick() ? Calibration::None : Calibration::ByTimeAndPasses;
     std::vector<Sampler> samplers;
     samplers.emplace_back(ours, items, Clock::Processor, calibration);
     for (const Peer& peer : peers) {

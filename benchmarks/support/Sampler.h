@@ -11,8 +11,9 @@
 namespace bench {
 
 enum class Calibration {
-    ByTime,  ///< first runs the pass until its speed is known; each sample then takes at least 2 ms
-    None,    ///< each sample runs the pass once, without untimed runs before
+    ByTime,           ///< first runs the pass until its speed is known; each sample then takes at least 2 ms
+    ByTimeAndPasses,  ///< the same, but each sample also has at least four passes
+    None,             ///< each sample runs the pass once, without untimed runs before
 };
 
 /// A pass and its samples in nanoseconds per item. The pass must outlive the sampler.
