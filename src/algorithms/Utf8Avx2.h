@@ -114,21 +114,6 @@ static inline unsigned int bytesFrom(unsigned char first, __m256i block) noexcep
     return static_cast<unsigned int>(_mm256_movemask_epi8(isFrom));
 }
 
-/// Fetches the start of the next page into the cache if the text continues there, because the processor itself does not
-/// fetch ahead into another page. A prefetch is not a read, so it cannot fault.
-[[maybe_unused]] VOREL_ALWAYS_INLINE static void prefetchNextPage(const void* position,
-                                                                  std::size_t bytesLeft) noexcept {
-    constexpr std::size_t kLine = 64;
-    constexpr std::size_t kFetched = 8 * kLine;
-    const std::size_t inPage = kPageBytes - offsetInPage(position);
-    if (bytesLeft > inPage) {
-        const char* const next = static_cast<const char*>(position) + inPage;
-        for (std::size_t at = 0; at != kFetched; at += kLine) {
-            _mm_prefetch(next + at, _MM_HINT_T0);
-        }
-    }
-}
-
 /// Whether the text certainly continues in the next page: it has no zero and no ill-formed part before that page. The
 /// page of `bytes` has fewer than 32 bytes left. `left` is the number of bytes left in the text. `expected` has a bit
 /// for each of the next bytes that must be a trailing byte. In any other case, returns false, because the next page may

@@ -213,6 +213,33 @@ TEST_F(Utf8Avx2, ConvertsAcrossPages) {
     }
 }
 
+/// Runs of one or two bytes per character are converted across pages without a stop at each border. They end at the
+/// zero or at the bound, directly before an inaccessible page.
+TEST_F(Utf8Avx2, ConvertsRunsOfSeveralPages) {
+    for (const std::size_t index : {std::size_t{0}, std::size_t{1}}) {
+        const Kind& kind = kindOf(index);
+        for (std::size_t more = 0; more != 70; ++more) {
+            SCOPED_TRACE(testing::Message() << kind.name << ", " << more);
+            const std::wstring units = repeated(kind.character, 5000 + more);
+            const std::string bytes = test::encodeUtf16(units + L'\0', -1).bytes;
+            const std::size_t room = bytes.size() + 64;
+            for (std::size_t zeros = 1; zeros != 4; ++zeros) {
+                const std::string endedBytes = bytes + std::string(zeros, '\0');
+                const std::wstring endedUnits = units + std::wstring(zeros, L'\0');
+                EXPECT_GE(decode(endedBytes, kNoBound, room, Overwrite::Allowed).read + 64, bytes.size());
+                EXPECT_GE(encode(endedUnits, kNoBound, room, true).read + 32, units.size());
+            }
+            EXPECT_GE(decode(bytes, bytes.size(), room, Overwrite::Allowed).read + 64, bytes.size());
+            EXPECT_GE(encode(units, units.size(), room, true).read + 32, units.size());
+            // Another kind of character ends the run.
+            const std::wstring mixed = units + L"\x20AC" + units.substr(0, more) + L'\0';
+            const std::string mixedBytes = test::encodeUtf16(mixed, -1).bytes + '\0';
+            EXPECT_GE(decode(mixedBytes, kNoBound, room, Overwrite::Allowed).read + 64, bytes.size());
+            EXPECT_GE(encode(mixed, kNoBound, room, true).read + 32, units.size());
+        }
+    }
+}
+
 /// Texts of several pages that switch between kinds of characters.
 TEST_F(Utf8Avx2, ConvertsRandomTextsOfSeveralPages) {
     constexpr std::size_t kUnits = 3000;
