@@ -10,18 +10,21 @@
 ///         puts(message);
 ///     }
 ///
-/// The following rules apply to every function. The other headers do not repeat them.
+/// The following rules apply to every function. The headers of the functions do not repeat them.
 ///
 /// **Results.** A function returns a `vorel_status`: `VOREL_OK` (0) or the reason of the failure. All other results are
-/// returned through pointers. They are written only if the status is `VOREL_OK`. The only exception is the length of an
-/// output. No function ends the program or lets a C++ exception escape. The message of the last failure is kept for
-/// each thread (`vorel_last_error_message`). Failures that the library treats as errors are also written to the error
-/// log. Malformed text is not logged where the C++ function reports it through its return value.
+/// returned through pointers, and are written only if the status is `VOREL_OK`. The only exception is the length of an
+/// output. Four functions cannot fail and return their result directly: `vorel_abi_version`, `vorel_version`,
+/// `vorel_status_name` and `vorel_last_error_status`. No function ends the program or lets a C++ exception escape. The
+/// library keeps the message of each thread's last failure (`vorel_last_error_message`). Failures that the library
+/// treats as errors are also written to the error log. Malformed text is not logged if the C++ function reports it
+/// through its return value instead of an exception.
 ///
 /// **Inputs.** A text is UTF-16 in the processor's byte order, passed as a pointer and a number of units; it needs no
 /// terminator. The number `VOREL_ZERO_TERMINATED` means "up to the first zero". The pointer may be null if the number
-/// is 0. No input may have more than `VOREL_MOST_UNITS` units. Only functions that convert between encodings accept a
-/// text that contains a zero; all others return `VOREL_ERROR_INVALID_TEXT`.
+/// is 0. No input may have more than `VOREL_MOST_UNITS` units. A text may contain a zero only if it is converted
+/// between UTF-16 and UTF-8 or a code page, or if it is the list of `vorel_join_list`. All other functions return
+/// `VOREL_ERROR_INVALID_TEXT` for such a text.
 ///
 /// **Outputs.** An output has three parameters: a buffer of the caller, its capacity in units, and a pointer to a
 /// length. With `VOREL_OK` and `VOREL_ERROR_BUFFER_TOO_SMALL`, the length becomes the length of the whole result. If
@@ -33,8 +36,8 @@
 /// unknown flag gives `VOREL_ERROR_INVALID_ARGUMENT`. A Boolean is an `int32_t` of 0 or 1; as input, every value except
 /// 0 is true.
 ///
-/// **Threads.** Unless stated otherwise, every function may be called from any thread at any time, and does not wait
-/// for other threads.
+/// **Threads.** Unless stated otherwise, every function may be called from any thread at any time. It waits for other
+/// threads only to write to the error log (see `vorel_log_write`), or briefly for a lock of the library.
 ///
 /// **Ownership.** Only handles must be released. One function opens a handle and another closes it; afterwards no
 /// thread may use the handle.

@@ -14,12 +14,13 @@ extern "C" {
 /// \{
 
 /// Returns the number of the code page `name`. Names are not case-sensitive. The system need not have the code page.
-/// `VOREL_ERROR_UNKNOWN_NAME` if no code page has this name.
+/// The status is `VOREL_ERROR_UNKNOWN_NAME` if no code page has this name.
 ///
 ///     "latin1"  ->  28591
 VOREL_API vorel_status vorel_code_page_by_name(const vorel_char16* name, size_t length, int32_t* codePage);
 
-/// Converts bytes of a code page to UTF-16. `VOREL_ERROR_INVALID_TEXT` if the bytes are not valid in the code page.
+/// Converts bytes of a code page to UTF-16. The status is `VOREL_ERROR_INVALID_TEXT` if the bytes are not valid in the
+/// code page.
 VOREL_API vorel_status vorel_code_page_to_utf16(int32_t codePage, const void* bytes, size_t size, vorel_char16* output,
                                                 size_t capacity, size_t* outputLength);
 

@@ -13,13 +13,13 @@ extern "C" {
 #endif
 
 /// \name UTF-8
-/// The library's codec accepts sequences of one to four and of six bytes, and checks very little. The bytes F1, F3, F5
-/// and F7 do not start a sequence, so the characters U+40000 to U+7FFFF and U+C0000 to U+FFFFF can be written but not
-/// read. See vorel/text/Unicode.h. Texts may contain zeros.
+/// The library's codec accepts sequences of one to four bytes and of six bytes, and checks very little. The bytes F1,
+/// F3, F5 and F7 do not start a sequence, so the characters U+40000 to U+7FFFF and U+C0000 to U+FFFFF can be written
+/// but not read. See vorel/text/Unicode.h. Texts may contain zeros.
 /// \{
 
-/// Converts UTF-8 to UTF-16. `VOREL_ERROR_INVALID_TEXT` for a byte that does not start a sequence, and for a sequence
-/// that is truncated by the end of the text or by a zero.
+/// Converts UTF-8 to UTF-16. The status is `VOREL_ERROR_INVALID_TEXT` for a byte that does not start a sequence, and
+/// for a sequence that is truncated by the end of the text or by a zero.
 ///
 ///     41 C3 A9 F0 9F 98 80  ->  0041 00E9 D83D DE00
 VOREL_API vorel_status vorel_utf8_to_utf16(const char* text, size_t length, vorel_char16* output, size_t capacity,
@@ -39,7 +39,7 @@ VOREL_API vorel_status vorel_utf16_to_utf8(const vorel_char16* text, size_t leng
 VOREL_API vorel_status vorel_base64_encode(const void* bytes, size_t size, vorel_char16* output, size_t capacity,
                                            size_t* outputLength);
 
-/// Decodes Base64. White space is skipped. Padding ends the text; units after it are ignored.
+/// Decodes Base64. White space is skipped. Padding ends the text; units after it are ignored. The status is
 /// `VOREL_ERROR_INVALID_TEXT` for any other character, and for an incomplete group of four. In a group, "=" as the
 /// first or second character counts as A; "=" as the third character ends the text, whatever the fourth is.
 VOREL_API vorel_status vorel_base64_decode(const vorel_char16* text, size_t length, void* output, size_t capacity,
@@ -52,8 +52,8 @@ VOREL_API vorel_status vorel_base64_decode(const vorel_char16* text, size_t leng
 VOREL_API vorel_status vorel_daylight_encode(const void* bytes, size_t size, vorel_char16* output, size_t capacity,
                                              size_t* outputLength);
 
-/// Decodes Daylight. `VOREL_ERROR_INVALID_TEXT` for an invalid length or final digit. The other characters are not
-/// checked: a comma counts as '+', and any other character outside the alphabet as '.'.
+/// Decodes Daylight. The status is `VOREL_ERROR_INVALID_TEXT` for an invalid length or final digit. The other
+/// characters are not checked: a comma counts as '+', and any other character outside the alphabet as '.'.
 VOREL_API vorel_status vorel_daylight_decode(const vorel_char16* text, size_t length, void* output, size_t capacity,
                                              size_t* outputLength);
 
@@ -63,8 +63,8 @@ VOREL_API vorel_status vorel_daylight_decode(const vorel_char16* text, size_t le
 VOREL_API vorel_status vorel_hex_encode(const void* bytes, size_t size, int32_t upperCase, vorel_char16* output,
                                         size_t capacity, size_t* outputLength);
 
-/// Decodes pairs of hexadecimal digits in either case, with or without the prefix "0x". `VOREL_ERROR_INVALID_TEXT` for
-/// anything else, and for an odd number of digits.
+/// Decodes pairs of hexadecimal digits in either case, with or without the prefix "0x". The status is
+/// `VOREL_ERROR_INVALID_TEXT` for anything else, and for an odd number of digits.
 VOREL_API vorel_status vorel_hex_decode(const vorel_char16* text, size_t length, void* output, size_t capacity,
                                         size_t* outputLength);
 

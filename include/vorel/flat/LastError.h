@@ -8,13 +8,13 @@
 extern "C" {
 #endif
 
-/// The status of the calling thread's last failure; `VOREL_OK` before the first. Successful calls and the three
+/// The status of the calling thread's last failure; `VOREL_OK` before the first failure. Successful calls and the three
 /// functions in this header do not change it. If memory for a failure's message cannot be allocated, the last failure
 /// is `VOREL_ERROR_OUT_OF_MEMORY`, whatever status the function returned.
 VOREL_API vorel_status vorel_last_error_status(void);
 
-/// The message of the calling thread's last failure: the text of the exception if an exception caused it. Empty before
-/// the first failure. A message longer than 500 units is truncated.
+/// The message of the calling thread's last failure: the text of the exception if an exception caused the failure. The
+/// message is empty before the first failure. A message longer than 500 units is truncated.
 VOREL_API vorel_status vorel_last_error_message(vorel_char16* message, size_t capacity, size_t* length);
 
 /// The same in UTF-8, at most 1500 bytes.

@@ -12,8 +12,9 @@ extern "C" {
 #endif
 
 /// \name Lists of values
-/// The output is an array. Its capacity and its length count values. `VOREL_ERROR_INVALID_TEXT` if the text cannot be
-/// parsed to its end. vorel/values/ListParsing.h describes what each function accepts and skips.
+/// The output is an array. Its capacity and its length count values. The status is `VOREL_ERROR_INVALID_TEXT` if the
+/// text cannot be parsed to its end. vorel/values/ListParsing.h describes the items that each function accepts or
+/// skips.
 /// \{
 
 /// Integers separated by commas. Fractions are dropped; an empty item is 0.
@@ -73,8 +74,8 @@ VOREL_API vorel_status vorel_split_list(const vorel_char16* text, size_t length,
                                         size_t* itemsLength);
 
 /// Joins the items with `delimiter`, so that `vorel_split_list` can split them again: an item that contains the
-/// delimiter or a double quote is quoted. `VOREL_ERROR_INVALID_TEXT` if the last item does not end in a zero.
-/// `VOREL_ZERO_TERMINATED` is not allowed here and gives `VOREL_ERROR_INVALID_ARGUMENT`.
+/// delimiter or a double quote is quoted. The status is `VOREL_ERROR_INVALID_TEXT` if the last item does not end in a
+/// zero. `VOREL_ZERO_TERMINATED` is not allowed here and gives `VOREL_ERROR_INVALID_ARGUMENT`.
 VOREL_API vorel_status vorel_join_list(const vorel_char16* items, size_t length, const vorel_char16* delimiter,
                                        size_t delimiterLength, vorel_char16* output, size_t capacity,
                                        size_t* outputLength);

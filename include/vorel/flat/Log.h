@@ -13,7 +13,7 @@ extern "C" {
 #endif
 
 /// Sets the path of the file. An empty path selects the default, "C:\TalvenorError.txt". The library converts the path
-/// to the process's code page. `VOREL_ERROR_INVALID_TEXT` if the code page lacks a character;
+/// to the process's code page. The status is `VOREL_ERROR_INVALID_TEXT` if the code page lacks a character, and
 /// `VOREL_ERROR_INVALID_ARGUMENT` if the result is longer than 1023 bytes.
 VOREL_API vorel_status vorel_log_set_path(const vorel_char16* path, size_t length);
 
@@ -26,8 +26,8 @@ VOREL_API vorel_status vorel_log_set_limit(int64_t bytes);
 VOREL_API vorel_status vorel_log_limit(int64_t* bytes);
 
 /// Writes a line "prefix: message", or only the message if the prefix is empty. The prefix "WARN" makes it a warning.
-/// Line feeds in the message are written unchanged, so the text after a line feed looks like a new line of the log. May
-/// wait for other writers, about 1.4 seconds at most.
+/// Line feeds in the message are written unchanged, so the text after a line feed looks like a new line of the log. The
+/// call can wait for other writers of the file, about 1.4 seconds at most.
 VOREL_API vorel_status vorel_log_write(const vorel_char16* prefix, size_t prefixLength, const vorel_char16* message,
                                        size_t messageLength);
 

@@ -12,7 +12,8 @@ extern "C" {
 #endif
 
 /// \name Parsing a whole text
-/// White space is allowed at both ends. `VOREL_ERROR_INVALID_TEXT` if the text contains anything else, or no value.
+/// White space is allowed at both ends of a number, and before a boolean. The status is `VOREL_ERROR_INVALID_TEXT` if
+/// the text contains anything else, or no value.
 /// \{
 
 /// An integer with an optional sign; "12.", "12.0" and "12.000" are 12. A value out of range wraps around, as

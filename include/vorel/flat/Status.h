@@ -17,7 +17,7 @@ extern "C" {
 /// bits, an addition the lower sixteen.
 #define VOREL_ABI_VERSION 0x00010000u
 
-/// As the number of units of an input, this means that the text ends at its first zero.
+/// Pass this as the number of units of a text that ends at its first zero.
 #define VOREL_ZERO_TERMINATED SIZE_MAX
 
 /// The maximum number of units of an input.

@@ -25,7 +25,7 @@ enum {
     VOREL_URL_PATH = 0,             ///< a whole path: '/' is kept, '?' is escaped
     VOREL_URL_PATH_SEGMENT = 1,     ///< a segment of a path: '/' and '?' are escaped
     VOREL_URL_QUERY = 2,            ///< a whole query: a space becomes '+', and '+' is escaped; '?' is kept
-    VOREL_URL_QUERY_PARAMETER = 3,  ///< a name or value in a query: as a query, but '&' and '=' are escaped
+    VOREL_URL_QUERY_PARAMETER = 3,  ///< a name or value in a query: like a query, but '&' and '=' are escaped too
 };
 
 /// Escapes " # % < > [ \ ] ^ ` { | } ~, non-ASCII characters, and the space.
@@ -41,8 +41,9 @@ VOREL_API vorel_status vorel_url_encode(const vorel_char16* text, size_t length,
 VOREL_API vorel_status vorel_url_encode_component(const vorel_char16* text, size_t length, int32_t component,
                                                   vorel_char16* output, size_t capacity, size_t* outputLength);
 
-/// Decodes escapes. A '%' that is not followed by two hexadecimal digits is kept. `VOREL_ERROR_INVALID_TEXT` if the
-/// bytes are not valid UTF-8 (see `vorel_utf8_to_utf16`). An escaped zero ends the result.
+/// Decodes escapes. A '%' that is not followed by two hexadecimal digits is kept. The status is
+/// `VOREL_ERROR_INVALID_TEXT` if the decoded bytes are not valid UTF-8 (see `vorel_utf8_to_utf16`). An escaped zero
+/// becomes a zero in the result.
 VOREL_API vorel_status vorel_url_decode(const vorel_char16* text, size_t length, uint32_t flags, vorel_char16* output,
                                         size_t capacity, size_t* outputLength);
 
