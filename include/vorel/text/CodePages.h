@@ -3,8 +3,8 @@
 /// number that contains two code pages: the target in its lower sixteen bits, the source in its upper sixteen. It owns
 /// no resources, so it need not be closed. Any number of threads may use it at the same time.
 ///
-/// Failures are reported by -1 and `errno`. Only memory, locks and `iconv` itself throw; such an exception gets a
-/// record of the operation ("iconv::iconv_open: Vorel exception rethrown").
+/// Failures are reported by -1 and `errno`. Exceptions come only from failed allocations, from locks, and from `iconv`.
+/// An exception gets a record of the operation ("iconv::iconv_open: Vorel exception rethrown").
 #pragma once
 
 #include <cstddef>
@@ -22,8 +22,9 @@ namespace vorel::util {
 /// Returns -1 with `errno` EINVAL for an unknown name, or if both are null.
 VOREL_API int iconv_open(const char* to, const char* from);
 
-/// The same for numbers of code pages, where 0 means none. If the system does not have the code page, conversions fail.
-/// Returns -1 with `errno` EINVAL if both are 0.
+/// Returns a converter for numbers of code pages; 0 means none. If both are given, the converter works in both
+/// directions: `iconv_to_wc` converts from `from`, and `iconv_from_wc` converts to `to`. If the system does not have a
+/// code page, conversions with it fail. Returns -1 with `errno` EINVAL if both are 0.
 VOREL_API int iconv_open_codepage(int to, int from);
 
 /// Not available by design; always throws.
@@ -45,18 +46,18 @@ VOREL_API void iconv_reset(int converter) noexcept;
 /// Returns -1 with `errno` EBADF for a converter without a source, EILSEQ for bytes that are not valid in the code
 /// page, E2BIG if `out` is too small, and EINVAL if the system does not have the code page or rejects the arguments.
 ///
-/// A capacity above INT_MAX, and a count above it other than SIZE_MAX, is rejected with EINVAL without a system call,
-/// because the system uses 31-bit counts. The system is called with MB_ERR_INVALID_CHARS. It rejects that flag (EINVAL)
-/// for the code pages 42, 50220, 50221, 50222, 50225, 50227, 50229, 57002 to 57011 and 65000. These have names, but
-/// text cannot be converted from them. `text` must not overlap `out`; the system rejects equal pointers (EINVAL).
-/// Source: "MultiByteToWideChar function (stringapiset.h)" on learn.microsoft.com.
+/// The system uses 31-bit counts. So a capacity above INT_MAX is rejected with EINVAL without a system call, and so is
+/// a count above INT_MAX other than SIZE_MAX. The system is called with MB_ERR_INVALID_CHARS. It rejects that flag
+/// (EINVAL) for the code pages 42, 50220, 50221, 50222, 50225, 50227, 50229, 57002 to 57011 and 65000. All of them
+/// except 42 have names, but text cannot be converted from them. `text` must not overlap `out`; the system rejects
+/// equal pointers (EINVAL). Source: "MultiByteToWideChar function (stringapiset.h)" on learn.microsoft.com.
 VOREL_API std::size_t iconv_to_wc(int converter, const char* text, std::size_t bytes, wchar_t* out,
                                   std::size_t capacity);
 
 /// Converts `units` units of `text` (SIZE_MAX: as above) to bytes in `out`, a buffer of `capacity` bytes, and returns
 /// the number of bytes written. `defaultUsed`, if not null, receives whether a unit was replaced by the default
-/// character; some code pages cannot report this (`iconv_isCheckDefaultValid`). Fails as above, but never with EILSEQ.
-/// After a failure `defaultUsed` is unchanged.
+/// character; some code pages cannot report this (`iconv_isCheckDefaultValid`). Fails like `iconv_to_wc`, but never
+/// with EILSEQ. After a failure `defaultUsed` is unchanged.
 ///
 /// Counts and capacities above INT_MAX are rejected as above. Windows rejects a pointer for `defaultUsed` (EINVAL) for
 /// the code pages 65000 (UTF-7) and 65001 (UTF-8); it also does so, undocumented, for 50220 to 50229, 52936 (HZ), 54936

@@ -32,8 +32,9 @@ VOREL_API int ConvertUCStoUTF8(unsigned int codePoint, char* output, int size) n
 /// A byte that does not start a sequence is an error. With `throwOnError` false, the result is then false, and `output`
 /// holds the complete blocks before the error.
 /// \throws Exception with `throwOnError` true: "Error converting UTF-8 character (%ls)", where `%ls` is "Hex string: "
-///         and the bytes after the invalid one up to the next zero. The overload for `const char*` adds "Failed to
-///         convert utf8 text to String: %s". MemoryException if the output cannot grow; it then holds complete blocks.
+///         and the bytes between the invalid byte and the next zero. The overload for `const char*` adds the message
+///         "Failed to convert utf8 text to String: %s" with the input. MemoryException if the output cannot grow; it
+///         then holds complete blocks.
 VOREL_API bool ConvertUTF8toString(BaseString<wchar_t>& output, const unsigned char* input, int length,
                                    bool throwOnError);
 VOREL_API bool ConvertUTF8toString(BaseString<wchar_t>& output, const char* input, int length, bool throwOnError);
@@ -59,7 +60,8 @@ VOREL_API void ConvertStringtoUTF8(const wchar_t* input, BaseString<char>& outpu
 ///     41 00 E9 00  ->  0041 00E9
 ///
 /// \throws Exception "A string length needs to be specified for UTF-16 to UCS conversion" for a length below 0. The
-///         overload for `const char*` adds "Failed to convert UTF-16 text to String: %s". MemoryException.
+///         overload for `const char*` adds the message "Failed to convert UTF-16 text to String: %s" with the input.
+///         MemoryException.
 VOREL_API void ConvertUTF16toString(BaseString<wchar_t>& output, const unsigned char* input, int length);
 VOREL_API void ConvertUTF16toString(BaseString<wchar_t>& output, const char* input, int length);
 

@@ -27,7 +27,7 @@ enum UrlComponent : int {
 ///     " # % < > [ \ ] ^ ` { | } ~
 ///
 /// With `escapeReserved`, $ & + , / : ; = ? @ are escaped too. The space is escaped; with `spaceAsPlus` it becomes a
-/// '+'. Returns the output's buffer, which is null if it never had one. Null is an empty text.
+/// '+'. Returns the buffer of `output`; null if `output` never had a buffer. Null is an empty text.
 ///
 ///     "a/b c~"  ->  a/b%20c%7E        escapeReserved, spaceAsPlus  ->  a%2Fb+c%7E
 ///
