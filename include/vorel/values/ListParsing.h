@@ -40,12 +40,13 @@ VOREL_API bool canCoerceToIntegerArray(const char* text) noexcept;
 VOREL_API bool canCoerceToIntegerArray(const wchar_t* text) noexcept;
 
 /// Ranges separated by commas: "1-5" gives the start 1 and the end 5, "7" gives 7 for both, and an open end is -1
-/// ("5-", "-5"). By design, numbers therefore cannot be negative. Empty items are skipped.
+/// ("5-", "-5"). By design, a '-' always separates the start from the end, so numbers cannot be negative. Empty items
+/// are skipped.
 ///
 ///     "1-5,7"  ->  starts 1 7, ends 5 7        " 3 - 9 , 12-"  ->  starts 3 12, ends 9 -1
 ///
 /// \throws Exception "Found nonnumeric text in numeric item: \"%ls\"" with the item. The arrays then hold the ranges
-///         that were read, including a number before that text.
+///         that were read, and the numbers of the item up to that text (0 if a number is missing). MemoryException.
 VOREL_API void stringToLongRanges(const wchar_t* text, Array<int>& starts, Array<int>& ends);
 
 }  // namespace vorel::util

@@ -31,20 +31,20 @@ enum FormattingOptions : int {
 /// | the quiet NaN of payload 1954  | NA               | "NA"                |
 /// | every other NaN                | NaN              | "NaN"               |
 ///
-/// For a magnitude of 0.1 or more, the text is the result of "%.15g" with a longer exponent, and an exact tie is
-/// rounded to the even digit. Below 0.1 there is always an exponent, and a tie is rounded away from zero. Both are by
-/// design.
+/// For a magnitude of 0.1 or more, the text is the result of "%.15g", but an exponent has at least three digits. An
+/// exact tie is rounded to the even digit. Below 0.1 there is always an exponent, and a tie is rounded away from zero.
+/// Both rules are by design.
 ///
 /// Narrow: the buffer must have space for 64 characters. A smaller `size` truncates the words and the texts for
-/// magnitudes of 0.1 or more; for these, the unit at `size - 1` is always a terminator. For magnitudes below 0.1, a
-/// smaller `size` only limits the additional digit of the exponent. Wide: at most `size` units are written, including
-/// the terminator; a text that does not fit has no terminator by design. A null buffer gives null. The rest of the
-/// buffer is unchanged.
+/// magnitudes of 0.1 or more. With these values, the unit at `size - 1` always becomes a terminator. For magnitudes
+/// below 0.1, `size` only decides whether the exponent gets a third digit. Wide: at most `size` units are written,
+/// including the terminator; a text that does not fit has no terminator by design. A null buffer gives null. In both
+/// forms, the rest of the buffer is unchanged.
 VOREL_API const char* doubleToString(double value, char* buffer, unsigned long long size, FormattingOptions options);
 VOREL_API const wchar_t* doubleToString(double value, wchar_t* buffer, unsigned long long size,
                                         FormattingOptions options);
 
-/// Appends `value` in the form of `doubleToString` with `FO_Default`, or as decimal digits.
+/// Appends `value`: a double in the form of `doubleToString` with `FO_Default`, an integer in decimal.
 /// \throws MemoryException if `text` cannot grow.
 VOREL_API void appendDouble(BaseString<wchar_t>& text, double value);
 VOREL_API void appendInteger(BaseString<wchar_t>& text, int value);

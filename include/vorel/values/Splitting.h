@@ -34,8 +34,8 @@ VOREL_API void singleStringToMultipleStrings(const wchar_t* text, const wchar_t*
 VOREL_API void singleCStringToMultipleCStrings(const char* text, const char* delimiters, Array<BaseString<char>>& items,
                                                bool trim);
 
-/// Splits `text` in place at each occurrence of the first character of `delimiter`, and overwrites it with a
-/// terminator. The other characters of `delimiter` are ignored; a null `delimiter` never splits. `tokens` receives
+/// Splits `text` in place at each occurrence of the first character of `delimiter`, and overwrites each occurrence with
+/// a terminator. The other characters of `delimiter` are ignored; a null `delimiter` never splits. `tokens` receives
 /// pointers to the tokens in `text`, and the result is their number. `delimiter` may point into the text. A text, even
 /// an empty one, has at least one token; null has none. If `maxTokens` is 0 or more, there are at most that many
 /// tokens, and the last contains the rest of the text; 0 counts as 1. A negative `maxTokens` sets no limit.
