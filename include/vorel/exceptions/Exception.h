@@ -15,7 +15,7 @@
 ///
 /// Creating an exception, adding messages and writing to the log never fail. If memory runs out, a text is truncated or
 /// missing. Formats are printf-style; `%ls` and `%hs` take wide and narrow text. If a format cannot be rendered, the
-/// message is "(unable to format message)"; on a diagnostic channel, the line instead has no message and is marked as
+/// message is "(unable to format message)". The line of a diagnostic channel then has no message and is marked as
 /// truncated.
 ///
 /// An object may be used by one thread at a time. The static functions may be called from any thread at any time.
@@ -57,8 +57,8 @@ public:
     explicit Exception(const wchar_t* fmt, ...) noexcept;
     VOREL_PRINTF(2, 3) explicit Exception(const char* fmt, ...) noexcept;
 
-    /// Copies the messages, their locations and the protocol-state mark. The copy never delays its logging, so a thrown
-    /// copy of an exception with delayed logging logs new messages at once.
+    /// Copies the messages, their locations and the mark of `markHasTracedProtocolStateInfo`. The copy never delays its
+    /// logging, so a thrown copy of an exception with delayed logging logs new messages at once.
     Exception(const Exception& other) noexcept;
 
     /// Like the copy constructor, but the target keeps its own setting for delayed logging.
@@ -91,8 +91,8 @@ public:
 
     /// Adds "HRESULT: %X - %ls" with the system's text for `hr`. The prefix of the line in the log is
     /// "AddHRESULTErrorToStack: ". Nothing is added for 0, for E_FAIL, or for a code without a text. A code without a
-    /// text is logged as "HR not found", even if logging is delayed. At the end, an empty line is logged unless logging
-    /// is delayed, even if nothing was added.
+    /// text is logged as "HR not found", even if logging is delayed. Unless logging is delayed, the call ends with a
+    /// line that has only the prefix, even if nothing was added.
     void addHRESULTErrorToStack(int hr) noexcept;
 
     /// Removes all messages.
@@ -111,27 +111,28 @@ public:
     /// The number of messages.
     unsigned int getMessageTotal() const noexcept;
 
-    /// All messages, oldest first, joined with `separator` (null: nothing). The text is valid until the next call or
-    /// the end of the object. `separator` may point into the previous text.
+    /// All messages, oldest first, joined with `separator` (null: nothing). The text is valid until the next call, an
+    /// assignment to the object, or its end. `separator` may point into the previous text.
     /// \throws MemoryException if the text cannot be allocated; the previous text stays valid.
     const wchar_t* getErrorMessageBlock(const wchar_t* separator) const;
 
     /// The same in UTF-8. A failure is swallowed, and the text built so far is returned.
     const char* getCharErrorMessageBlock(const char* separator) const noexcept;
 
-    /// Replaces the content of `messages` and `locations`, oldest first. A message and its location have the same
-    /// index. Then empties the stack if `clearAfter` is true.
+    /// Replaces the content of `messages` and `locations` by copies of the messages and their locations, oldest first.
+    /// A message and its location have the same index. Then empties the stack if `clearAfter` is true.
     /// \throws MemoryException if a list cannot be allocated; the stack and both lists are unchanged.
     void dumpStack(std::vector<std::wstring>& messages, std::vector<std::wstring>& locations, bool clearAfter);
 
     /// Writes every message to the log, oldest first, even if logging is delayed.
     void mirrorAllMessages() const noexcept;
 
-    /// Delays logging: new messages are not logged until the object is destroyed. The destructor then writes all
+    /// If `delayed` is true, new messages are not logged until the object is destroyed. The destructor then writes all
     /// messages, including those already logged.
     void setDelayedLogging(bool delayed) noexcept { m_delayedLogging = delayed; }
 
-    /// Marks that protocol-state information was traced for this exception. Only handlers use the mark.
+    /// Marks that a program's handler has traced protocol-state information for this exception. The library only stores
+    /// and copies the mark.
     void markHasTracedProtocolStateInfo() noexcept { m_hasTracedProtocolStateInfo = true; }
     bool hasTracedProtocolStateInfo() const noexcept { return m_hasTracedProtocolStateInfo; }
 
@@ -150,8 +151,8 @@ public:
     [[noreturn]] void rethrowClass(const wchar_t* className, const wchar_t* method);
     [[noreturn]] void rethrowGeneric(const wchar_t* format, ...);
 
-    /// The same for an exception that was caught by const reference, which does not change. The catch functions log the
-    /// record at once. The rethrow functions add it to the copy that they throw.
+    /// The same for an exception that was caught by const reference. The exception does not change. The catch functions
+    /// log the record at once. The rethrow functions add it to the copy that they throw.
     void catchMessage(const wchar_t* location) const noexcept { Exception().catchMessage(location); }
     void catchClass(const wchar_t* className, const wchar_t* method) const noexcept {
         Exception().catchClass(className, method);
@@ -201,10 +202,10 @@ public:
     static const long long LargeErrorLogSize = 10000000;
 
     /// Sets the path of the file (at most 1023 bytes in the process's narrow code page; null or empty: the default file
-    /// "C:\TalvenorError.txt") and, if `size` is 1 or more, the size limit. The first call installs a handler that logs
-    /// invalid parameters of runtime functions as warnings, unless the program has a handler. The start-up code of
-    /// mingw-w64 installs a handler: to get the warnings, a program built with it must first call
-    /// `_set_invalid_parameter_handler(nullptr)`.
+    /// "C:\TalvenorError.txt") and, if `size` is 1 or more, the size limit. Unless the process has an invalid-parameter
+    /// handler, the call installs a handler that logs invalid parameters of runtime functions as warnings. The start-up
+    /// code of mingw-w64 installs another handler. So a program built with mingw-w64 must first call
+    /// `_set_invalid_parameter_handler(nullptr)` to get the warnings.
     ///
     /// A wide path is converted by the current locale. If it cannot be converted, the path becomes the failure's text,
     /// so the log is a file named "Error in text conversion" in the current directory.
@@ -214,7 +215,8 @@ public:
     /// Sets the size limit; values below -1 are ignored. 0 and -1 can be set only here.
     static void SetErrorLogSize(long long size) noexcept;
 
-    /// Whether messages that are not forced are written too ("the mirror"). All messages of the library are forced.
+    /// Whether `MirrorErrorMessage` also writes messages without `force` ("the mirror"). All messages of the library
+    /// have `force`.
     static bool GetMirrorErrorLog() noexcept { return m_mirrorToErrorLog; }
     static void SetMirrorErrorLog(bool mirror) noexcept { m_mirrorToErrorLog = mirror; }
 
@@ -247,8 +249,9 @@ public:
     static void debugClass(const wchar_t* className, const wchar_t* method, const wchar_t* target,
                            const wchar_t* format, ...) noexcept;
 
-    /// Writes "prefix: message" to the file `logPath` with the size limit `maxSize`. If `logPath` is null or empty,
-    /// writes to the current file. `logClass` writes "prefix: class::method: message".
+    /// Writes "prefix: message" to the file `logPath` with the size limit `size`. If `logPath` is null or empty, writes
+    /// to the current file. If `size` is 0, writes nothing. If `size` is negative, the current limit applies.
+    /// `logClass` writes "prefix: class::method: message".
     VOREL_PRINTF(4, 5)
     static void log(const char* logPath, long long size, const char* prefix, const char* format, ...) noexcept;
     static void log(const char* logPath, long long size, const wchar_t* prefix, const wchar_t* format, ...) noexcept;
@@ -284,12 +287,14 @@ protected:
     /// Removes all messages.
     void CleanAll() noexcept;
 
-    /// Copies messages, locations and the protocol-state mark, and clears both text blocks.
+    /// Copies the messages, their locations and the mark of `markHasTracedProtocolStateInfo`. Clears the texts that
+    /// `getErrorMessageBlock` and `getCharErrorMessageBlock` have returned.
     void AssignFrom(const Exception& source) noexcept;
 
-    /// Appends one line to the log `logPath` (null or empty: the current file) with the size limit `maxSize`. A null
-    /// `prefix` is written as "NULL Method", a null `message` as "NULL Message". Without `force` the line is written
-    /// only while the mirror is on. A line that cannot be written is dropped silently.
+    /// Appends one line to the log `logPath` (null or empty: the current file) with the size limit `maxSize` (0: writes
+    /// nothing; negative: the current limit). A null `prefix` is written as "NULL Method", a null `message` as "NULL
+    /// Message". Without `force` the line is written only while the mirror is on. A line that cannot be written is
+    /// dropped silently.
     static void MirrorErrorMessage(const char* logPath, long long maxSize, const char* prefix, const wchar_t* message,
                                    bool force) noexcept;
 
@@ -304,8 +309,8 @@ private:
         BaseString<wchar_t> location;
     };
 
-    /// The messages, oldest first. Only the library changes them. Not a standard container, because some standard
-    /// containers have another layout in debug builds.
+    /// The messages, oldest first. Only the library changes them. This is not a standard container, because some
+    /// standard containers have another layout in debug builds.
     class MessageStack {
     public:
         MessageStack() noexcept = default;

@@ -1,7 +1,7 @@
 /// \file
-/// The exception classes, one for each kind of failure. A constructor without a format has a fixed text for the first
-/// message, unless its comment says otherwise. The first message is logged at once. No derived class adds a field.
-/// `rethrow()` keeps the class. A move is a copy.
+/// The exception classes, one for each kind of failure. The comment of a constructor is usually the text of its first
+/// message. A constructor with the parameter `fmt` renders its first message from the caller's format. The first
+/// message is logged at once. No derived class adds a field. `rethrow()` keeps the class. A move is a copy.
 #pragma once
 
 #include "vorel/exceptions/Exception.h"
@@ -111,8 +111,8 @@ public:
 class VOREL_API InvalidIndexException : public Exception {
 public:
     /// If `high` is above `low`: "An invalid index value (%d) has been detected; legal values are between %d and %d".
-    /// If they are equal and not negative: "An invalid index value (%d) has been detected; only legal value is %d".
-    /// Otherwise: "An invalid index value (%d) has been detected; there are zero items".
+    /// If `high` and `low` are equal and not negative: "An invalid index value (%d) has been detected; only legal value
+    /// is %d". Otherwise: "An invalid index value (%d) has been detected; there are zero items".
     InvalidIndexException(int index, int low, int high) noexcept;
 
     /// The same with a `low` of 0 and a `high` of `last`, which is the count minus one.
