@@ -5,9 +5,9 @@
 ///     values.append(4);
 ///     values[0] += 1;      // a bad index throws InvalidIndexException
 ///
-/// The storage comes from the runtime's `malloc` and is released by `free`. The class is standard-layout: it has the
-/// same bytes for every compiler. Every slot from the count up to the capacity holds a value-initialised element (zero,
-/// or an empty string), so a larger count never exposes garbage.
+/// The storage comes from the runtime's `malloc` and is released by `free`. The class is standard-layout, so its layout
+/// is the same with every compiler. Every slot from the count up to the capacity holds a value-initialised element
+/// (zero, or an empty string), so a larger count never exposes garbage.
 ///
 /// Elements that are not trivially copyable, such as strings, need a default constructor that cannot fail, and a copy
 /// assignment. When the array grows, it copies each element into the new storage. Storage never shrinks. An array may
@@ -80,8 +80,8 @@ public:
 
     /// Creates an array of the elements of `range`, in their order. The range may be a container or a view of the
     /// standard library, or a built-in array. Each element is converted by `T(element)`. The zero at the end of a
-    /// string literal is an element too. If the size of the range is known in advance, the array has exactly as many
-    /// slots.
+    /// string literal is an element too. If the size of the range is known in advance, the array has exactly that
+    /// number of slots.
     ///
     ///     std::vector<std::string> lines = ...;
     ///     vorel::Array<vorel::BaseString<char>> copies(lines);
@@ -230,8 +230,8 @@ public:
     [[nodiscard]] const T* end() const noexcept { return m_items + m_count; }
 
     /// Provides slots for at least `count` elements; storage never shrinks. If the array must grow and `exact` is true,
-    /// it then has exactly `count` slots. If `exact` is false, the number of slots doubles until it is large enough,
-    /// starting at 5. So appending takes amortised constant time.
+    /// it then has exactly `count` slots. If `exact` is false, the number of slots doubles until it is large enough;
+    /// fewer than 5 slots count as 5. So an append takes amortised constant time.
     /// \throws MemoryException(slots, element size) if the storage or the copy of an element cannot be allocated; the
     ///         array is unchanged.
     void reserve(unsigned int count, bool exact = false) {
@@ -327,8 +327,7 @@ private:
             std::uninitialized_value_construct_n(m_items + count, slots - count);
             m_allocated = slots;
         } else {
-            // Not `is_nothrow_default_constructible`, because that trait also requires a destructor that does not
-            // throw.
+            // The trait `is_nothrow_default_constructible` would also require a destructor that does not throw.
             static_assert(noexcept(::new (std::declval<void*>()) T()), "an element's default state must not fail");
             for (unsigned int slot = 0; slot < slots; ++slot) {
                 std::construct_at(m_items + slot);
@@ -361,7 +360,7 @@ private:
         }
     }
 
-    /// Value-initialises a slot at the end of a block, even if the destructor of its element fails.
+    /// Value-initialises a slot at the end of a scope, even if the destructor of the slot's element fails.
     struct Renew {
         void operator()(T* slot) const { std::construct_at(slot); }
     };

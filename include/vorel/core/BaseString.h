@@ -6,13 +6,13 @@
 ///     name.format(L"%ls, attempt %d", name.c_str(), 3);   // an argument may point into the string itself
 ///
 /// The buffer comes from the runtime's `malloc` and is released by `free`, so modules that share the runtime may pass
-/// it to each other. The class is standard-layout: it has the same bytes for every compiler. Lengths and capacities are
-/// in code units (`char`, or UTF-16 units of `wchar_t`).
+/// it to each other. The class is standard-layout, so its layout is the same with every compiler. Lengths and
+/// capacities are in code units (`char`, or UTF-16 units of `wchar_t`).
 ///
-/// Members marked `VOREL_API` are compiled into the library, for both widths. The short members are inline; those
-/// marked `VOREL_API_INLINE` are also exported, for programs that call them in the library.
+/// Members marked `VOREL_API` are compiled into the library, for both widths. The short members are inline. Those
+/// marked `VOREL_API_INLINE` are also exported, so a program can call the library's copy instead.
 ///
-/// A string may be used by one thread at a time. Several threads may read a string while no thread changes it.
+/// Several threads may read a string at the same time. While a thread changes a string, no other thread may use it.
 #pragma once
 
 #include <atomic>
@@ -195,7 +195,7 @@ public:
     }
 
     /// Provides space for `count` units and a terminator, writes a terminator at index `count`, and returns the buffer.
-    /// All growth of the string goes through this function.
+    /// Every growth of the string follows these rules.
     ///
     /// - If `count` is 0, the string is emptied and nothing is allocated. The result is null if the string has no
     ///   buffer.
@@ -209,11 +209,13 @@ public:
     VOREL_API T* reserve(unsigned int count, bool discard = false);
 
     /// Replaces the content by the printf-style rendering of `fmt` and returns the string. A null `fmt` empties the
-    /// string and releases its buffer. In a wide format `%s` takes wide text, which is the default of the runtime's
-    /// print functions; `%hs` and `%ls` take narrow and wide text in both. Arguments may point into the string itself.
-    /// \throws Exception "Unable to format: %ls (%hs)" (narrow: "%hs") with the format and the runtime's error text if
-    ///         the format cannot be rendered; MemoryException if the string cannot grow. The string is then empty. If
-    ///         the format or an argument points into the string, the string keeps its text.
+    /// string and releases its buffer. In a wide format `%s` takes wide text, as it does by default in the runtime's
+    /// print functions. In formats of both widths, `%hs` takes narrow text and `%ls` takes wide text. Arguments may
+    /// point into the string itself.
+    /// \throws Exception "Unable to format: %ls (%hs)" (for a narrow format, "Unable to format: %hs (%hs)") with the
+    ///         format and the runtime's error text if the format cannot be rendered; MemoryException if the string
+    ///         cannot grow. The string is then empty, unless the format or an argument points into it. In that case it
+    ///         keeps its text.
     VOREL_API BaseString& format(const T* fmt, ...);
 
     /// `format` with an argument list.

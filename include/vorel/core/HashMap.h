@@ -55,9 +55,9 @@ inline std::uint64_t nextPrime(std::uint64_t n) noexcept {
 
 namespace detail {
 
-/// `hash` modulo `count`, which must not be 0. It multiplies by a reciprocal: on many processors a 64-bit integer
-/// division takes several times as long as a floating-point division. The reciprocal depends on `count` only, so it is
-/// computed once for a loop, or while the hash is computed.
+/// `hash` modulo `count`. `count` must not be 0. The function multiplies by a reciprocal, because on many processors a
+/// 64-bit integer division takes several times as long as a floating-point division. The reciprocal depends on `count`
+/// only, so a loop computes it once, and other code computes it while the hash is computed.
 ///
 /// `count` is shifted until its highest bit is bit 31. The reciprocal is at most 2^95 divided by the shifted count. Its
 /// estimate is smaller than this by less than 2^15. One step of Newton's method reduces the difference to slightly more
@@ -82,7 +82,7 @@ inline std::uint32_t remainderOf(std::uint64_t hash, std::uint32_t count) noexce
 }  // namespace detail
 
 /// Compares null-terminated names, ignoring the case of the letters A to Z only. Two null names are equal; a null name
-/// differs from every other.
+/// differs from every other name.
 struct NameEqual {
     /// Whether the names are equal.
     template <class T>
@@ -131,8 +131,8 @@ class HashMap {
     };
 
 public:
-    /// A position in the map: an entry, or the end. It becomes invalid when an insertion grows the map, when its entry
-    /// is removed, and by `clear`.
+    /// A position in the map: an entry, or the end. It becomes invalid when the map grows, when its entry is removed,
+    /// and by `clear`.
     class Iterator {
     public:
         /// Key and value of the entry. The iterator must not be at the end.
@@ -257,9 +257,9 @@ public:
         return false;
     }
 
-    /// Grows the table to `newCount` buckets; it never shrinks.
-    /// \throws MemoryException; the map is unchanged. Exception "Cannot resize a hash map to 0" if the map has no
-    ///         buckets.
+    /// Grows the map to `newCount` buckets. The number of buckets never shrinks.
+    /// \throws MemoryException; the map is unchanged. Exception "Cannot resize a hash map to 0" if `newCount` is 0 and
+    ///         the map has no buckets.
     void resize(unsigned int newCount) {
         if (newCount > bucketCount()) {
             Array<Node*> grown;

@@ -13,7 +13,7 @@ class KernelHandle {
 public:
     KernelHandle() noexcept = default;
 
-    /// Takes over `handle`; null owns nothing.
+    /// Takes over `handle`. If `handle` is null, the object owns nothing.
     explicit KernelHandle(void* handle) noexcept : m_handle(handle) {}
 
     KernelHandle(const KernelHandle&) = delete;

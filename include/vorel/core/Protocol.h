@@ -65,9 +65,10 @@ void runDestructor(const wchar_t* className, Body&& body) {
     }
 }
 
-/// Releases a sequence of resources completely, even if some releases fail. `releaseNext` releases one resource and
-/// returns whether there may be more. It must advance before it throws. The first failure is thrown after everything is
-/// released. Later failures are recorded and swallowed, because the first is already unwinding the stack.
+/// Releases a sequence of resources completely, even if some releases fail. `releaseNext` releases one resource, if
+/// there is one, and returns whether it must be called again. It must advance to the next resource before it throws,
+/// because it is then called again. The first failure is thrown after everything is released. Later failures are
+/// recorded and swallowed, because the first is already unwinding the stack.
 template <class ReleaseNext>
 void releaseAll(const wchar_t* className, ReleaseNext&& releaseNext) {
     // NOLINTNEXTLINE(cppcoreguidelines-special-member-functions): local, never copied
