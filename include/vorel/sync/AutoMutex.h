@@ -14,13 +14,13 @@
 /// thread ends while it holds a mutex, or its process is killed, the next thread that locks the mutex acquires it, with
 /// a warning in the error log.
 ///
-/// The system reports an abandoned mutex only once: to the object that locks it next. If the ended thread held the
-/// mutex through another object, that other object still records the thread's id and its holds. This has the following
-/// effects on that object:
+/// Such a mutex is called abandoned. The system reports this only once: to the object that locks the mutex next. If the
+/// ended thread held the mutex through another object, that other object still records the thread's id and its holds.
+/// This has the following effects on that object:
 ///
-/// - `lock` and `tryLock` of every other thread throw "Mutex ...: Trying to increment lock count ..." and release the
-///   mutex; other objects are not affected. `unlock` does nothing.
-/// - `initialize` with another name throws. So does the destructor, but it closes the mutex.
+/// - On every thread with another id, `lock` and `tryLock` throw "Mutex ...: Trying to increment lock count ..." and
+///   release the mutex, and `unlock` does nothing. Other objects are not affected.
+/// - `initialize` with another name throws. The destructor throws too, but it still closes the mutex.
 /// - The system may reuse the id for a new thread. The object treats that thread as the owner: its locks succeed, and
 ///   its first `unlock` without a lock throws "AutoMutex::unlock: Failed to release mutex ..." instead of doing
 ///   nothing. On that thread, the destructor throws the same exception.
@@ -53,7 +53,7 @@ public:
     /// \throws Exception "malloc failed"; "AutoMutex: Failed to create mutex ..."; the exceptions of `lock`.
     AutoMutex(const wchar_t* name, bool lockNow, bool flag);
 
-    /// The same with a name in UTF-8: the mutex is the one with the converted name. A template, so that
+    /// The same with a name in UTF-8, which is converted to UTF-16. The constructor is a template, so that
     /// `AutoMutex(nullptr, ...)` is not ambiguous.
     /// \throws Exception "Failed to convert utf8 text to String: ..." if `name` is not valid UTF-8; MemoryException.
     template <std::same_as<char> Narrow>
@@ -89,8 +89,8 @@ public:
     /// Waits up to `timeout` milliseconds for the mutex (0xFFFFFFFF: without limit) and returns whether it is held. An
     /// abandoned mutex is acquired, with a warning.
     ///
-    /// A failure, including a timeout, throws if `throwOnFailure` is true. Otherwise it is described in `errorText`
-    /// unless that is null, and logged as a warning unless `timeout` is 0.
+    /// If the wait fails or times out, the function throws if `throwOnFailure` is true. Otherwise it describes the
+    /// failure in `errorText` unless `errorText` is null, and logs a warning unless `timeout` is 0.
     ///
     /// \throws Exception "AutoMutex::lock: Mutex not initialized"; "AutoMutex::lock: Failed to lock mutex ..."; and
     ///         "Mutex ...: Trying to increment lock count from a thread that does not own the mutex. ..." if the object
@@ -98,8 +98,8 @@ public:
     bool lock(unsigned int timeout, bool throwOnFailure, BaseString<wchar_t>* errorText = nullptr);
 
     /// Locks the mutex if that is possible without waiting. Returns whether the mutex is held.
-    /// \throws Exception "AutoMutex::lock: Mutex not initialized"; for a recorded thread that has ended, the same as
-    ///         `lock`.
+    /// \throws Exception "AutoMutex::lock: Mutex not initialized"; the same exception as `lock` if the object still
+    ///         records a thread that has ended.
     bool tryLock();
 
     /// Releases one hold. Does nothing if nothing is held, or if another thread is the owner.

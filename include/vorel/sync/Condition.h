@@ -31,7 +31,8 @@ public:
     Condition(const Condition&) = delete;
     Condition& operator=(const Condition&) = delete;
 
-    /// Releases one waiter, or the next one to arrive. The caller may hold the lock, but need not.
+    /// Releases one waiter. If no thread waits, the next waiter is released at once. The caller may hold the lock, but
+    /// need not.
     /// \throws Exception "Failed to set event."
     void signal();
 
@@ -44,7 +45,8 @@ public:
     void broadcast();
 
     /// Releases the lock, which the caller must hold exactly once. Then waits up to `timeout` milliseconds for a signal
-    /// (-1: without limit), and always locks again. True after a signal, false after a timeout or a failure.
+    /// (-1: without limit), and always locks again. Returns true after a signal, and false after a timeout or a
+    /// failure.
     bool wait(int timeout);
 
 private:

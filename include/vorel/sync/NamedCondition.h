@@ -16,8 +16,8 @@
 
 namespace vorel {
 
-/// A signal releases one waiter in any process, or the next one to arrive. Unlike `Condition`, it has no broadcast.
-/// Thread-safe.
+/// A signal releases one waiter in any process. If no thread waits, the next waiter is released at once. Unlike
+/// `Condition`, this class has no broadcast. Thread-safe.
 class VOREL_API NamedCondition {
 public:
     /// Opens the event `name`, and creates it if it does not exist. The name is used unchanged; the prefix "Global\"
@@ -25,7 +25,7 @@ public:
     /// \throws Exception "Failed to create condition '%ls': %ls" with the name and the reason.
     explicit NamedCondition(const wchar_t* name);
 
-    /// The same with a name in UTF-8: the event is the one with the converted name. A template, so that
+    /// The same with a name in UTF-8, which is converted to UTF-16. The constructor is a template, so that
     /// `NamedCondition(nullptr)` is not ambiguous.
     /// \throws Exception "Failed to convert utf8 text to String: ..." if `name` is not valid UTF-8; MemoryException.
     template <std::same_as<char> Narrow>
@@ -38,13 +38,13 @@ public:
     /// \throws Exception "Failed to set event."
     void signal();
 
-    /// Waits up to `timeout` milliseconds for a signal (-1: without limit). True only after a signal.
+    /// Waits up to `timeout` milliseconds for a signal (-1: without limit). Returns true only after a signal.
     bool wait(int timeout);
 
 private:
     static const wchar_t* const ClassName;
 
-    /// These always throw. They exist for clients that link to them by name.
+    /// These members always throw. They exist for clients that link to them by name.
     NamedCondition();
     NamedCondition(const NamedCondition& other);
     NamedCondition& operator=(const NamedCondition& other);
