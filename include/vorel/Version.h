@@ -6,8 +6,8 @@
 #include "vorel/Export.h"
 
 /// The version of these headers. Before 1.0, a new minor version may change the interface; from 1.0 on, only a new
-/// major version may. A new patch version never does. The build fails if these numbers differ from the version of the
-/// CMake project.
+/// major version may change it. A new patch version never changes the interface. The build fails if these numbers
+/// differ from the version of the CMake project.
 #define VOREL_VERSION_MAJOR 0
 #define VOREL_VERSION_MINOR 1
 #define VOREL_VERSION_PATCH 0

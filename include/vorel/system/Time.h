@@ -11,7 +11,7 @@ namespace vorel::util {
 
 /// Converts `time` to local time (`localtime`) or UTC (`gmtime`) in `result`, and returns `result`. If the runtime
 /// cannot convert the time, every field becomes -1; nothing is reported.
-/// \throws Exception "pLocalTime is null", "pGMTime is null" for a null `result`.
+/// \throws Exception "pLocalTime is null" (`localtime`) or "pGMTime is null" (`gmtime`) for a null `result`.
 VOREL_API std::tm* localtime(const long long* time, std::tm* result);
 VOREL_API std::tm* gmtime(const long long* time, std::tm* result);
 
