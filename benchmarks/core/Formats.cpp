@@ -97,11 +97,42 @@ void formatWide(Family& family) {
                      })}});
 }
 
+/// A format with widths, flags and a precision. The library calls the runtime for it.
+void formatColumns(Family& family) {
+    BaseString<char> string;
+    family.compare("format in columns, reused, narrow", kCalls, calls([&string](int number) {
+                       return std::uint64_t{string.format("%-12s|%08X|%7.2f", kName, number, number / 8.0).length()};
+                   }),
+                   {{"fmt::format_to_n", calls([](int number) {
+                         char buffer[64];
+                         return std::uint64_t{fmt::format_to_n(buffer, sizeof buffer,
+                                                               FMT_STRING("{:12}|{:08X}|{:7.2f}"), kName, number,
+                                                               number / 8.0)
+                                                  .size};
+                     })},
+                    {"runtime snprintf", calls([](int number) {
+                         char buffer[64];
+                         return static_cast<std::uint64_t>(
+                             _snprintf(buffer, sizeof buffer, "%-12s|%08X|%7.2f", kName, number, number / 8.0));
+                     })}});
+    BaseString<wchar_t> wide;
+    family.compare(
+        "format in columns, reused, wide", kCalls, calls([&wide](int number) {
+            return std::uint64_t{wide.format(L"%-12ls|%08X|%7.2f", kWideName, number, number / 8.0).length()};
+        }),
+        {{"snwprintf of the runtime", calls([](int number) {
+              wchar_t buffer[64];
+              return static_cast<std::uint64_t>(
+                  _snwprintf(buffer, std::size(buffer), L"%-12ls|%08X|%7.2f", kWideName, number, number / 8.0));
+          })}});
+}
+
 }  // namespace
 
 void formatTexts(Family& family) {
     formatNarrow(family);
     formatWide(family);
+    formatColumns(family);
 }
 
 }  // namespace bench
