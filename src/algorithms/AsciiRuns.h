@@ -25,7 +25,7 @@ inline constexpr std::size_t kAsciiBlock = 16;
 struct AsciiBlock {
     explicit AsciiBlock(__m128i block) noexcept
         : bytes(block),
-          // Bytes from 0x80 on have the top bit. The comparison with zero sets it for zeros too.
+          // Bytes from 0x80 on have the top bit. The comparison with zero sets the top bit for zeros too.
           stops(static_cast<unsigned int>(
               _mm_movemask_epi8(_mm_or_si128(block, _mm_cmpeq_epi8(block, _mm_setzero_si128()))))) {}
 
@@ -59,7 +59,8 @@ inline void storeFirst(const AsciiBlock& block, std::size_t count, WideUnit* to)
     storeFirstBytes(high, 2 * (count - inLow), to + inLow);
 }
 
-/// Copies elements from 0x01 to 0x7F until `count` are copied or another element follows. Returns the number copied.
+/// Copies elements from 0x01 to 0x7F until `count` are copied or an element outside that range follows. Returns the
+/// number copied.
 template <class From, class To>
 std::size_t copyAsciiRun(const From* from, std::size_t count, To* to) noexcept {
     std::size_t done = 0;
@@ -104,9 +105,9 @@ bool copyEightAscii(const From* from, To* to) noexcept {
     return true;
 }
 
-/// For text too short for blocks of sixteen: copies `count` elements if all are from 0x01 to 0x7F. Returns false if
-/// another element is found or `count` is below eight. Also returns false if the text crosses a page border, because a
-/// zero could be the last readable element.
+/// For text too short for blocks of sixteen: copies `count` elements if all are from 0x01 to 0x7F. Returns false if an
+/// element outside that range is found or `count` is below eight. Also returns false if the text crosses a page border,
+/// because a zero could be the last readable element.
 template <class From, class To>
 bool copyShortAscii(const From* from, std::size_t count, To* to) noexcept {
     if (count < 8 || !isInPage(from, count * sizeof(From))) {
@@ -121,13 +122,15 @@ bool copyShortAscii(const From* from, std::size_t count, To* to) noexcept {
     return copyEightAscii(from + last, to + last);
 }
 
-/// Widens bytes from 0x01 to 0x7F to units until `count` are done or another byte follows. Returns the number done.
+/// Widens bytes from 0x01 to 0x7F to units until `count` are done or a byte outside that range follows. Returns the
+/// number done.
 template <class Unit>
 std::size_t widenAsciiRun(const unsigned char* bytes, std::size_t count, Unit* units) noexcept {
     return copyAsciiRun(bytes, count, units);
 }
 
-/// Narrows units from 0x01 to 0x7F to bytes until `count` are done or another unit follows. Returns the number done.
+/// Narrows units from 0x01 to 0x7F to bytes until `count` are done or a unit outside that range follows. Returns the
+/// number done.
 template <class Unit>
 std::size_t narrowAsciiRun(const Unit* units, std::size_t count, unsigned char* bytes) noexcept {
     return copyAsciiRun(units, count, bytes);

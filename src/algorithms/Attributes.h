@@ -7,7 +7,7 @@
 #define VOREL_ALWAYS_INLINE [[gnu::always_inline]] inline
 /// Keeps rare code, and its use of the stack, out of the function that calls it.
 #define VOREL_NOINLINE [[gnu::noinline]]
-/// For loads that intentionally pass the end of an object, but not of its page.
+/// For functions whose loads intentionally pass the end of an object, but not the end of its page.
 #define VOREL_NO_SANITIZE_ADDRESS [[gnu::no_sanitize_address]]
 #else
 #define VOREL_ALWAYS_INLINE __forceinline

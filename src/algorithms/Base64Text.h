@@ -60,16 +60,16 @@ inline Base64End writeBase64Group(const unsigned int (&characters)[4], const int
     return written < 3 ? Base64End::Text : Base64End::None;
 }
 
-/// Decodes a group of four characters into `out`, which has space for three bytes. `written` is unchanged if the group
-/// has no bytes.
+/// Decodes a group of four characters to at most three bytes in `out`. `written` is unchanged if the group has no
+/// bytes.
 template <class T>
 Base64End parseBase64Group(const T*& cursor, const int* table, char pad, unsigned char* out,
                            std::size_t& written) noexcept {
     unsigned int characters[4] = {};
     int values[4] = {};
     if (isInPage(cursor, sizeof(T) * std::size(values))) {
-        // Most groups have no white space. White space and the terminator have no value, so the second loop reads such
-        // a group.
+        // Most groups have no white space. White space and the terminator have no value, so the second loop reads the
+        // groups that contain them.
         int all = 0;
         for (std::size_t at = 0; at < std::size(values); ++at) {
             characters[at] = static_cast<std::make_unsigned_t<T>>(cursor[at]);
@@ -120,7 +120,7 @@ inline constexpr std::size_t kBase64StepCapacity = kSextetBlockBytes + kBase64Ov
 
 /// Decodes from `cursor` at least the bytes of one block, or up to the end of the text. Moves `cursor` past the
 /// characters read. A step that does not reach the end writes a multiple of 24 bytes. Zeros may be written after the
-/// decoded bytes. The text ends with a zero. `table` holds the values of all 256 characters of Base64.
+/// decoded bytes. The text ends with a zero. `table` holds the Base64 value of each of the 256 characters.
 template <class T>
 Base64Step decodeBase64Step(const T*& cursor, const int* table, char pad, unsigned char* out,
                             std::size_t capacity) noexcept {

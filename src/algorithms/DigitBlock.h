@@ -50,8 +50,8 @@ std::uint64_t digitMask(const T* position) noexcept {
 
 /// The number of digits at the start of a mask.
 constexpr std::uint64_t leadingDigits(std::uint64_t mask) noexcept {
-    constexpr std::uint64_t kEnd = std::uint64_t{1}
-                                   << 63;  // set in every ~mask; shows the compiler that the operand is not 0
+    // No mask has the top bit, so `~mask` always has it. The `|` only shows the compiler that the operand is not 0.
+    constexpr std::uint64_t kEnd = std::uint64_t{1} << 63;
     return static_cast<std::uint64_t>(std::countr_zero(~mask | kEnd));
 }
 
@@ -124,7 +124,7 @@ struct HexDigits {
         mask = static_cast<std::uint64_t>(_mm_movemask_epi8(_mm_or_si128(isDecimal, isLetter)));
     }
 
-    __m128i values;      ///< below 16, even for other characters
+    __m128i values;      ///< below 16, even for characters that are not digits
     std::uint64_t mask;  ///< the bits of digits are set; the lowest bit belongs to the first character
 };
 

@@ -12,8 +12,8 @@
 
 namespace vorel::algorithms {
 
-/// Parses integers separated by white space or commas, and truncates fractions. Stops at the first invalid item.
-/// Returns whether all items were valid. Values are unsigned and modulo 2^32.
+/// Parses integers separated by white space, a comma, or both, and truncates fractions. Stops at the first invalid
+/// item. Returns whether all items were valid. Values are unsigned and modulo 2^32.
 template <class T, class Take>
 bool readIntegerList(const T* text, Take&& take) {
     skipSpaces(text);

@@ -81,7 +81,7 @@ constexpr bool consumeZeroFraction(const T*& cursor) noexcept {
 /// A run of digits whose value is not needed.
 struct DigitRun {
     bool any = false;
-    bool hasLeadingZero = false;  ///< begins with a zero and contains another digit
+    bool hasLeadingZero = false;  ///< begins with a zero and contains a digit other than 0
 };
 
 template <class T>

@@ -63,7 +63,7 @@ constexpr std::uint64_t integerLength(std::uint64_t magnitude, bool negative) no
 /// How a function treats the units after the text, in the memory that it may access.
 enum class Rest {
     Unspecified,  ///< they may be overwritten
-    Unchanged,    ///< they keep their values, but may be written, which needs no branch on the length of the text
+    Unchanged,    ///< they keep their values, but may be rewritten, because that needs no branch on the text's length
 };
 
 /// Writes each character whose byte in `kept` is 0. All other units of `out` keep their values; their bytes in

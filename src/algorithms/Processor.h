@@ -10,7 +10,8 @@ bool detectAvx2() noexcept;
 /// Selects between the AVX2 algorithms and the algorithms that every processor supports.
 class Processor {
 public:
-    /// Whether the AVX2 algorithms are used. Detected once, when the library is loaded; false before that.
+    /// Whether the AVX2 algorithms are used. This is detected once, when the library is loaded. Before that, the result
+    /// is false.
 #if defined(__x86_64__) || defined(_M_X64)
     [[nodiscard]] static bool usesAvx2() noexcept {
         return s_usesAvx2;
@@ -22,8 +23,8 @@ public:
     }
 #endif
 
-    /// For tests, which compare the algorithms. Must not be called while another thread converts, nor with true if
-    /// AVX2 is not usable.
+    /// For tests that compare the algorithms. Do not call this while another thread converts, nor with true if AVX2 is
+    /// not usable.
     static void setAvx2ForTests(bool use) noexcept {
         s_usesAvx2 = use;
     }

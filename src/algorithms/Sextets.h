@@ -36,14 +36,14 @@ constexpr T* encodeGroups(const unsigned char* bytes, std::size_t count, const c
     return out;
 }
 
-/// Writes the three bytes of four six-bit values. Higher bits are dropped.
+/// Writes the three bytes of four values. The values must be below 64.
 constexpr void decodeFour(unsigned int a, unsigned int b, unsigned int c, unsigned int d, unsigned char* out) noexcept {
     out[0] = static_cast<unsigned char>(a << 2 | b >> 4);
     out[1] = static_cast<unsigned char>(b << 4 | c >> 2);
     out[2] = static_cast<unsigned char>(c << 6 | d);
 }
 
-/// The values of the characters below 128; `kNone` for a character without a value.
+/// The values of the characters below 128. A character without a value has `kNone`.
 struct SextetValues {
     static constexpr std::uint8_t kNone = 0xFF;
 

@@ -151,7 +151,7 @@ VOREL_ALWAYS_INLINE int compareNonNull(const T* a, const T* b, OrderRules rules)
     }
 }
 
-/// Below 0, 0, or above 0 if `a` is before, equal to, or after `b`. Null is before every text.
+/// The result is below 0, 0, or above 0 if `a` is before, equal to, or after `b`. Null is before every text.
 template <class T>
 VOREL_ALWAYS_INLINE int compareTexts(const T* a, const T* b, OrderRules rules) noexcept {
     if (!a || !b) {

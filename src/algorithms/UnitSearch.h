@@ -76,7 +76,7 @@ std::size_t countUnit(std::basic_string_view<T> text, T unit) noexcept {
     return count;
 }
 
-/// The position of the first occurrence of `wanted`, which is not empty, in `text`; npos if there is none.
+/// The position of the first occurrence of `wanted` in `text`; npos if there is none. `wanted` must not be empty.
 template <class T>
 std::size_t findText(std::basic_string_view<T> text, std::basic_string_view<T> wanted) noexcept {
     constexpr std::size_t kNone = std::basic_string_view<T>::npos;

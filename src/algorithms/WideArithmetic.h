@@ -13,8 +13,8 @@ struct Product {
     std::uint64_t low;
 };
 
-/// The 128-bit product of `a` and `b`. If there is no 128-bit type, computed by schoolbook multiplication (Knuth, "The
-/// Art of Computer Programming", volume 2, 4.3.1, algorithm M).
+/// The 128-bit product of `a` and `b`. If the compiler has no 128-bit type, the product is computed by schoolbook
+/// multiplication (Knuth, "The Art of Computer Programming", volume 2, 4.3.1, algorithm M).
 constexpr Product multiplyWide(std::uint64_t a, std::uint64_t b) noexcept {
 #if defined(__SIZEOF_INT128__)
     __extension__ using Wide = unsigned __int128;
