@@ -22,8 +22,8 @@ namespace vorel {
 /// Names with their states, ordered by name. Any thread may set and test targets at any time, without a lock. Entries
 /// are never removed before the set is destroyed, so a reader never sees a freed entry.
 ///
-/// A skip list (W. Pugh, "Skip Lists: A Probabilistic Alternative to Balanced Trees", 1990) whose links are set by
-/// compare-and-swap. An entry is in the set if the lowest level links to it. The higher levels are shortcuts.
+/// The set is a skip list (W. Pugh, "Skip Lists: A Probabilistic Alternative to Balanced Trees", 1990). Its links are
+/// set by compare-and-swap. An entry is in the set if the lowest level links to it. The higher levels are shortcuts.
 template <class T, class Lock>
 class DebugTargets {
 public:
@@ -79,7 +79,7 @@ private:
         std::array<Entry*, kLevels> after;
     };
 
-    /// Below 0, 0, or above 0: the order of two names. Names are short and mostly differ early, so the loop is faster
+    /// The order of two names: below 0, 0, or above 0. Names are short and mostly differ early, so the loop is faster
     /// than the runtime's functions.
     static int compare(const T* first, const T* second) noexcept {
         using Unit = std::make_unsigned_t<T>;
@@ -143,7 +143,7 @@ private:
         return entry;
     }
 
-    /// Links `entry` at its position on one level; false if another thread has changed that position.
+    /// Links `entry` at its position on one level. Returns false if another thread has changed that position.
     static bool link(Entry& entry, std::size_t level, const Position& position) noexcept {
         Entry* after = position.after[level];
         entry.next[level].store(after, std::memory_order_relaxed);

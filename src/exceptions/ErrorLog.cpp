@@ -1,7 +1,7 @@
 /// \file
 /// The error log. For each line, the file is opened, locked, written, unlocked and closed, so other processes may
-/// write, move or delete the file at any time. Nothing here throws, waits without limit, or changes the caller's
-/// `errno` or last system error.
+/// write, move or delete the file at any time. Writing a line never throws, never waits for the file without limit, and
+/// does not change the caller's `errno` or last system error.
 
 #include <cerrno>
 #include <cstdio>
@@ -136,9 +136,9 @@ void moveIfLarger(const char* path, long long limit) noexcept {
     }
 }
 
-/// Checks the size of the file at `path` and appends a line, under one lock. False if the line is not written, because
-/// the file cannot be opened or locked at once, or was larger than `limit` and has been moved. The caller then writes
-/// the line without another check of the size.
+/// Checks the size of the file at `path` and appends a line, under one lock. Returns false if the line is not written:
+/// the file cannot be opened or locked at once, or it was larger than `limit` and has been moved. The caller then
+/// writes the line without another check of the size.
 bool appendIfNotLarger(const char* path, long long limit, LogLine& line) noexcept {
     LogFile file(path, LogFile::Mode::Append);
     if (!file.isOpen() || !file.tryLock()) {

@@ -1,6 +1,6 @@
 /// \file
 /// The diagnostic channels. Each channel renders the caller's message, adds its prefixes, and writes one line to the
-/// error log. The mirror switch has no effect.
+/// error log, even if the mirror is off.
 
 #include <initializer_list>
 #include <string_view>
@@ -44,7 +44,7 @@ public:
     [[nodiscard]] const char* choose(const Prefix& prefix) const noexcept { return prefix.choose(m_truncated); }
 
 private:
-    /// False if the message is truncated or cannot be rendered.
+    /// Returns false if the message is truncated or cannot be rendered.
     VOREL_NOINLINE static bool render(const char* format, va_list args, BaseString<wchar_t>& wide) noexcept {
         const MessageText<char> narrow(format, args);
         detail::mbs2wcs(narrow.text(), wide);
@@ -90,8 +90,8 @@ private:
     bool m_truncated;
 };
 
-/// The caller's prefix as it appears in the line. A wide prefix gets a smaller buffer on the stack, because its
-/// converted text is already on the heap.
+/// The caller's prefix as it appears in the line. A wide prefix gets a smaller buffer on the stack. Its conversion
+/// needs the heap anyway, so a long wide prefix is also rendered on the heap.
 template <class T>
 class CallerPrefix {
 public:

@@ -18,7 +18,7 @@ void installInvalidParameterHandler(InvalidParameterHandler handler) noexcept;
 /// The number of times that the handler was installed or found installed, minus the number of removals.
 [[nodiscard]] unsigned int invalidParameterHandlerInstallations() noexcept;
 
-/// Removes the handler at unload if the handler is still the current one.
+/// Removes the handler at unload if it is still installed.
 class SetCurrentIPH {
 public:
     SetCurrentIPH() noexcept = default;

@@ -8,7 +8,7 @@
 
 namespace vorel::detail {
 
-/// Locks the whole file exclusively without waiting, or unlocks it. False after a failure or for an invalid
+/// Locks the whole file exclusively without waiting, or unlocks it. Returns false after a failure or for an invalid
 /// descriptor.
 bool lockWholeFile(int fileDescriptor, bool lock) noexcept;
 

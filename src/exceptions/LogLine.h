@@ -25,7 +25,7 @@ public:
     /// The current piece, zero-terminated. The last piece ends with a line feed.
     [[nodiscard]] const char* piece() const noexcept { return m_heap ? m_heap.get() : m_buffer; }
 
-    /// Renders the next piece; false if there is none.
+    /// Renders the next piece. Returns false if there is none.
     bool next() noexcept;
 
 private:
@@ -33,8 +33,8 @@ private:
         void operator()(char* block) const noexcept { std::free(block); }
     };
 
-    /// "[", a time of at most 25 characters, "].", three digits, a space, a name of at most 15 characters, a period, a
-    /// process of at most 11 characters, a period, a thread of at most 10 digits, ": ".
+    /// "[", a time of at most 25 characters, "].", three digits, a space, a computer name of at most 15 characters, a
+    /// period, a process id of at most 11 characters, a period, a thread id of at most 10 digits, ": ".
     static constexpr std::size_t kMaxHeaderBytes = 1 + 25 + 2 + 3 + 1 + 15 + 1 + 11 + 1 + 10 + 2;
 
     void renderHeader(bool withMilliseconds) noexcept;

@@ -22,11 +22,11 @@ struct LogPath {
     /// caller holds the log-settings lock.
     static void write(const char* path) noexcept;
 
-    /// Copies the path; empty if no path is set. The copy is consistent unless a writer was killed during a change.
-    /// Does not lock.
+    /// Copies the path. The copy is empty if no path is set. The copy is consistent unless a writer was killed during a
+    /// change. Does not lock.
     static void read(char (&path)[kLogPathBytes]) noexcept;
 
-    /// As `read`, but an empty path becomes the default path.
+    /// Like `read`, but an empty path becomes the default path.
     static void readOrDefault(char (&path)[kLogPathBytes]) noexcept;
 };
 

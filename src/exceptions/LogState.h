@@ -1,6 +1,6 @@
 /// \file
-/// The tables and locks of the error log: the debug targets that were ever switched on or off, the silenced threads,
-/// and the lock of the log's settings.
+/// The tables and locks of the error log: the debug targets that were ever switched on or off, the silenced threads
+/// (whose messages are not written), and the lock of the log's settings.
 #pragma once
 
 #include <cstdint>

@@ -16,7 +16,7 @@ namespace detail {
 
 /// Removes a silenced thread from the table when it ends, because the system reuses its id for a later thread, whose
 /// messages must be logged. A thread that is terminated, or ends as a fiber, is not removed. Its entry has no effect on
-/// a later thread with its id, because the creation times of the two threads differ. This uses a fiber-local slot,
+/// a later thread with its id, because the creation times of the two threads differ. The class uses a fiber-local slot,
 /// because the compiler's `thread_local` is not reliable at the end of a thread.
 class SilencedThreadEnds {
 public:
