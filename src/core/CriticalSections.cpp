@@ -28,13 +28,15 @@ void destroySection(void*& handle) noexcept {
     if (handle) {
         DeleteCriticalSection(sectionOf(handle));
         std::free(handle);
-        // Volatile, because otherwise the compiler may remove a store to an object whose lifetime ends.
+        // The reference is volatile, because otherwise the compiler may remove a store to an object whose lifetime
+        // ends.
         void* volatile& stored = handle;
         stored = nullptr;
     }
 }
 
-// Not marked noexcept, because that would add an exception frame, although the system's functions never throw.
+// The next two functions are not marked noexcept, because that would add an exception frame. The system's functions
+// never throw.
 
 bool enterSection(void* handle, unsigned int timeout) {
     if (!handle) {

@@ -32,8 +32,8 @@ int print(std::FILE* stream, const wchar_t* fmt, va_list args) noexcept {
     return __stdio_common_vfwprintf(kDefault, stream, fmt, nullptr, args);
 }
 
-/// A call with a format that the runtime rejects just fails. Without the object `silent`, the program's handler might
-/// abort, or the runtime would end a program that has no handler.
+/// A call with a format that the runtime rejects just fails. Without the object `silent`, the program's
+/// invalid-parameter handler could abort, or the runtime would end a program that has no such handler.
 template <class T>
 int boundedByRuntime(T* buffer, std::size_t size, const T* fmt, va_list args) noexcept {
     const platform::IgnoreInvalidParameters silent;

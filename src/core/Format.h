@@ -1,7 +1,7 @@
 /// \file
 /// The only access to the runtime's print functions. All rendering in the library uses these functions. They have the
 /// legacy null-termination behaviour and avoid the compiler's replacements, so texts and counts are the same as the
-/// runtime's. In wide formats `%s` is wide text, the runtime's default.
+/// runtime's. In wide formats `%s` takes wide text, as it does by default in the runtime.
 #pragma once
 
 #include <algorithm>
@@ -84,7 +84,7 @@ public:
         }
     }
 
-    /// Null if the message cannot be rendered.
+    /// The rendered message; null if the message cannot be rendered.
     [[nodiscard]] const T* text() const noexcept { return m_text; }
     [[nodiscard]] bool truncated() const noexcept { return m_truncated; }
 

@@ -36,7 +36,7 @@ public:
     }
 
 private:
-    /// Not inlined, so that the compiler inlines the test in the constructor.
+    /// This function is not inlined, so that the constructor is short enough to be inlined.
     [[gnu::noinline]] void takeMemory(Output& output) { m_memory = std::exchange(output, Output()); }
 
     Output m_memory;

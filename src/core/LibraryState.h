@@ -20,8 +20,9 @@ public:
     StateObject(const StateObject&) = delete;
     StateObject& operator=(const StateObject&) = delete;
 
-    /// The object. Null while the state is being created, after it is destroyed, and if it cannot be created. Callers
-    /// must then work without the object, because a program may log while the library is loaded or unloaded.
+    /// Returns the object. The result is null while the state is being created, after it is destroyed, and if it cannot
+    /// be created. Callers must then work without the object, because a program may log while the library is loaded or
+    /// unloaded.
     [[nodiscard]] T* get() noexcept { return libraryStateExists() ? object() : nullptr; }
 
     /// For LibraryState.cpp.

@@ -1,9 +1,9 @@
-// Support for -fstack-protector of GCC and clang: the guard value that each protected function keeps on its stack and
-// compares before it returns, and the reaction to an overwritten value. The compiler's own support library has two
-// disadvantages: it opens the system's random number generator while the DLL is loaded, which takes longer than the
-// rest of the load; and it ends the process with an exit code of its choice. Here the value is derived from data that
-// another process cannot know, as in Microsoft's runtime, and an overwritten value ends the process with the status
-// that Windows defines for it.
+// Support for -fstack-protector of GCC and clang. Each protected function keeps a guard value on its stack, and checks
+// that value before it returns. This file provides the guard value, and the function that is called if the value was
+// overwritten. The compiler's own support library has two disadvantages. It opens the system's random number generator
+// while the DLL is loaded, and this takes longer than the rest of the load. It also ends the process with an exit code
+// of its choice. Here the guard value is derived from data that another process cannot know, as in Microsoft's runtime,
+// and an overwritten value ends the process with the status that Windows defines for it.
 
 #if defined(__GNUC__)
 
