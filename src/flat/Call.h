@@ -9,7 +9,7 @@
 
 namespace vorel::flat {
 
-/// Argument checks throw this, and the wrapper catches it. It is not logged, because it is the caller's error.
+/// The exception of argument checks. The wrapper catches it and does not log it, because the error is the caller's.
 struct ArgumentError {
     vorel_status status;
     const wchar_t* message;

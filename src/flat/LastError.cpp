@@ -14,7 +14,8 @@ namespace vorel::flat {
 
 namespace {
 
-/// The last failure of a thread whose own `Failure` cannot be allocated. Shared by all threads and never written.
+/// The last failure of a thread whose own `Failure` cannot be allocated. All threads share this object, and none writes
+/// to it.
 constinit Failure s_withoutMemory = [] {
     constexpr std::wstring_view kNoMemory = L"No more memory is available";
     Failure failure;

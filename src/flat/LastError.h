@@ -1,7 +1,7 @@
 /// \file
-/// The last failure of each thread in the flat interface. Nothing here throws. If a failure cannot be allocated, the
-/// thread's last failure becomes VOREL_ERROR_OUT_OF_MEMORY with that status's own message. If no slot is available,
-/// nothing is recorded.
+/// The last failure of each thread in the flat interface. Nothing here throws. If memory for a failure cannot be
+/// allocated, the thread's last failure becomes VOREL_ERROR_OUT_OF_MEMORY with a fixed message. If the system has no
+/// free fiber-local slot, nothing is recorded.
 #pragma once
 
 #include <cstddef>
@@ -22,9 +22,9 @@ struct Failure {
     wchar_t text[kMaxUnits] = {};
 };
 
-/// The last failures of all threads. Each is in a fiber-local slot; the slot's callback frees it when the thread ends.
-/// `thread_local` is not used, because with some compilers its destructors do not run reliably when a thread ends, and
-/// it terminates the program if memory runs out.
+/// The last failures of all threads. Each failure is in a fiber-local slot. The slot's callback frees the failure when
+/// the thread ends. `thread_local` is not used, because with some compilers its destructors do not run reliably when a
+/// thread ends, and it terminates the program if memory runs out.
 class LastErrors {
 public:
     LastErrors() noexcept;

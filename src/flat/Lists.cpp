@@ -26,7 +26,7 @@ namespace {
 
 using Texts = Array<BaseString<wchar_t>>;
 
-/// Copies to the output the items that `read(text, items)` reads. `read` returns whether the whole text is a list.
+/// Reads items with `read(text, items)` and copies them to the output. `read` returns whether the whole text is a list.
 template <class Item, class Value, class Read>
 vorel_status parseList(const wchar_t* function, const vorel_char16* text, size_t length, Value* values, size_t capacity,
                        size_t* count, Read read) {

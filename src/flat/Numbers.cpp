@@ -95,8 +95,8 @@ constexpr auto toHex = [](const wchar_t* text, wchar_t** end) { return util::hex
 constexpr auto toDouble = [](const wchar_t* text, wchar_t** end) { return util::stringToDouble(text, end); };
 constexpr auto toBoolean = [](const wchar_t* text, wchar_t** end) { return util::stringToBoolean(text, end); };
 
-/// Copies to the output the text that `format(buffer, size)` writes. The buffer is large enough for the longest number
-/// and its terminator.
+/// Calls `format(buffer, size)` and copies the text in the buffer to the output. The buffer is large enough for the
+/// longest number and its terminator.
 template <class Format>
 vorel_status formatNumber(const wchar_t* function, vorel_char16* output, size_t capacity, size_t* outputLength,
                           Format format) {

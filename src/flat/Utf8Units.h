@@ -18,14 +18,14 @@ constexpr std::size_t utf8Capacity(std::size_t units) noexcept {
     return units * kMaxPerUnit + kSlack;
 }
 
-/// Writes `text`, which is followed by a zero, as UTF-8 to `bytes`, which has `utf8Capacity(text.size())` bytes.
-/// Returns the number of bytes written.
+/// Writes `text` as UTF-8 to `bytes` and returns the number of bytes written. A zero must follow `text`. `bytes` must
+/// have space for `utf8Capacity(text.size())` bytes.
 std::size_t toUtf8(std::wstring_view text, char* bytes) noexcept;
 
 /// The same, with an array as the result. \throws MemoryException.
 Array<char> toUtf8(std::wstring_view text);
 
-/// Converts `bytes`, which are followed by at least six zeros, to UTF-16. The result is empty if they are not valid
+/// Converts `bytes` to UTF-16. At least six zeros must follow `bytes`. The result is empty if `bytes` is not valid
 /// UTF-8.
 /// \throws MemoryException.
 std::optional<Array<wchar_t>> toUtf16(std::string_view bytes);
