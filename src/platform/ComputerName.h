@@ -1,6 +1,6 @@
 /// \file
-/// The computer's name in the form that the error log shows: ASCII letters are in lower case. Empty if the name is not
-/// available or is longer than 15 characters.
+/// The computer's name in the form that the error log shows: ASCII letters are in lower case. The text is empty if the
+/// name is not available or is longer than 15 characters.
 #pragma once
 
 namespace vorel::platform {

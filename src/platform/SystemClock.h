@@ -7,8 +7,8 @@
 
 namespace vorel::platform {
 
-// Not marked noexcept, because a system call that a monitoring tool hooks may throw. The frame of the exported clocks
-// records such an exception.
+// The next two functions are not marked noexcept, because a system call that a monitoring tool hooks may throw. The
+// frame of the exported clocks records such an exception.
 
 /// The current time as a file time: in units of 100 ns since 1601-01-01 UTC.
 std::uint64_t fileTimeNow();
@@ -16,8 +16,8 @@ std::uint64_t fileTimeNow();
 /// The current time in milliseconds since 1970-01-01 UTC.
 std::uint64_t millisecondsUtc();
 
-/// Writes a broken-down time like "Mon Nov 16 01:43:08 2026" to a buffer of `size` bytes, at least 26. False if the
-/// runtime rejects the time.
+/// Writes a broken-down time like "Mon Nov 16 01:43:08 2026" to a buffer of `size` bytes, at least 26. Returns false if
+/// the runtime rejects the time.
 bool formatTime(const std::tm& time, char* buffer, std::size_t size) noexcept;
 
 /// The current local time as text; empty if it is not available.

@@ -10,7 +10,7 @@ namespace vorel::detail {
 /// \throws Exception "Failed to set event."
 void setEvent(const KernelHandle& event);
 
-/// Waits for at most `timeoutMs` milliseconds (-1: no limit). True only if the event was signalled.
+/// Waits for at most `timeoutMs` milliseconds (-1: no limit). Returns true only if the event was signalled.
 bool waitForEvent(const KernelHandle& event, int timeoutMs);
 
 }  // namespace vorel::detail
