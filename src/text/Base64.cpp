@@ -54,7 +54,7 @@ std::size_t capacityFor(const T* text) noexcept {
     return algorithms::countUnits(text) / 4 * 3 + algorithms::kBase64StepCapacity;
 }
 
-/// The status of a text that ends like this.
+/// The result of `Decode` for a text whose decoding stopped at `end`.
 int statusOf(Base64End end) {
     if (end == Base64End::NonByteUnit) {
         throw Exception(L"Unicode character found in Base64 text");
@@ -65,7 +65,8 @@ int statusOf(Base64End end) {
 template <class T>
 int decodeText(const T* text, const int* table, char pad, Array<unsigned char>& bytes) {
     if (bytes.allocated() < algorithms::kBase64StepCapacity) {
-        // A text that starts with its end or with an invalid group has no bytes, so no storage is allocated for it.
+        // An empty text, or a text that starts with an invalid group, encodes no bytes, so no storage is allocated for
+        // it.
         const T* cursor = text;
         unsigned char group[3];
         std::size_t written = 0;

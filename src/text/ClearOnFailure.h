@@ -17,7 +17,7 @@ public:
     ClearOnFailure(const ClearOnFailure&) = delete;
     ClearOnFailure& operator=(const ClearOnFailure&) = delete;
 
-    /// The operation has succeeded.
+    /// Call this when the operation has succeeded. The output is then kept.
     void done() noexcept { m_output = nullptr; }
 
 private:

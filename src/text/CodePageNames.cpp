@@ -1,5 +1,4 @@
-// The names of the code pages: the description first, then the aliases. No name occurs twice; if a name did, its first
-// entry would be used.
+// The names of the code pages: descriptions and aliases, in the order of the code pages. No name occurs twice.
 
 #include "text/CodePageNames.h"
 

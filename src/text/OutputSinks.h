@@ -2,8 +2,8 @@
 /// Output of a conversion to a string or array. If the maximum length is known, `reserveUnits` returns a buffer for the
 /// whole text, and `setEnd` sets the length afterwards. Otherwise `fill` writes to a sink: directly into its unused
 /// capacity, or into a local block if the capacity is too small; the block is then appended. If more text follows, its
-/// length is counted, and the sink grows once, only as far as the text requires. A reused result is written without a
-/// copy.
+/// length is counted, and the sink grows once, only as far as the text requires. If the capacity is large enough,
+/// nothing is copied.
 #pragma once
 
 #include <cstddef>
@@ -154,10 +154,11 @@ private:
 };
 
 /// Writes pieces until `atEnd()`. `produce(out, capacity)` writes at most `capacity` units to the sink and returns
-/// their number, which is 0 if the next character does not fit. In that case `produceBlock(out)` writes the next units
-/// to a local block, which is appended. It writes at least `Block` units unless the text ends, and at most `Overhang`
-/// units more. `unitsLeft()` counts the units that follow, or returns no number if the text is invalid. Returns false
-/// for an invalid text, before the sink grows. If another thread changes the text meanwhile, the sink grows again.
+/// their number. The number is 0 if the next character does not fit. In that case `produceBlock(out)` writes the next
+/// units to a local block, and the block is appended to the sink. `produceBlock` writes at least `Block` units unless
+/// the text ends, and at most `Overhang` units more. `unitsLeft()` counts the units that follow, or returns no number
+/// if the text is invalid. Returns false for an invalid text, before the sink grows. If another thread changes the text
+/// meanwhile, the sink grows again.
 template <unsigned int Block, unsigned int Overhang, class Sink, class Produce, class ProduceBlock, class UnitsLeft,
           class AtEnd>
 bool fill(Sink&& sink, Produce&& produce, ProduceBlock&& produceBlock, UnitsLeft&& unitsLeft, AtEnd&& atEnd) {

@@ -134,14 +134,14 @@ public:
     WholeBlocksOnFailure(const WholeBlocksOnFailure&) = delete;
     WholeBlocksOnFailure& operator=(const WholeBlocksOnFailure&) = delete;
 
-    /// The conversion has succeeded.
+    /// Call this when the conversion has succeeded. The output is then kept.
     void done() noexcept { m_output = nullptr; }
 
 private:
     BaseString<wchar_t>* m_output;
 };
 
-/// Not inlined, so that short texts skip the setup of this function.
+/// This function is not inlined, so that short texts skip its setup.
 VOREL_NOINLINE bool decode(BaseString<wchar_t>& output, const unsigned char* input, int length, bool throwOnError) {
     return runRethrowing(L"vorel::util::ConvertUTF8toString", [&] {
         if (!input) {
@@ -200,7 +200,7 @@ private:
     BaseString<wchar_t> m_own;
 };
 
-/// Appends the UTF-8 form of a wide text.
+/// Writes the UTF-8 form of a wide text to `sink`.
 template <Surrogates Rule, unsigned int Block, class Sink>
 void encode(const wchar_t* input, int length, Sink&& sink) {
     algorithms::Utf8Writer<Rule, wchar_t> writer(input, length);
