@@ -27,7 +27,7 @@ int compare(const T* a, const T* b, strcmpAdvFlag flags) noexcept {
 }  // namespace
 
 int strcmpAdvanced(const char* a, const char* b, strcmpAdvFlag flags) noexcept {
-    // Signed, as in the number parsers, even where plain `char` is unsigned.
+    // Characters are compared as signed numbers, even where plain `char` is unsigned.
     return compare(reinterpret_cast<const signed char*>(a), reinterpret_cast<const signed char*>(b), flags);
 }
 

@@ -7,7 +7,7 @@
 
 namespace vorel::values {
 
-/// \throws MemoryException. The other functions below also throw it.
+/// \throws MemoryException, like the other functions below.
 bool readIntegers(const wchar_t* text, Array<int>& values);
 bool readIntegers(const wchar_t* text, Array<unsigned int>& values);
 bool readDoubles(const wchar_t* text, Array<double>& values);

@@ -60,8 +60,8 @@ char* writeTruncated(double value, char* buffer, unsigned long long size, Format
     const char* const end = algorithms::writeDouble<Rest::Unspecified>(value, algorithms::DoubleForm::Raw, text);
     const auto length = static_cast<std::size_t>(end - text);
     if (isSmall(value)) {
-        // Never truncated, because callers provide enough space. A fraction that consists of zeros keeps one zero,
-        // which the normalisation removes unless the option requires it.
+        // This text is never truncated, because callers provide enough space. A fraction that consists of zeros keeps
+        // one zero. The normalisation removes this zero unless the option requires it.
         char* out = buffer;
         for (const char* next = text; next != end; ++next) {
             *out++ = *next;
@@ -103,7 +103,8 @@ VOREL_NOINLINE wchar_t* writeSpecial(double value, wchar_t* buffer, unsigned lon
     return buffer;
 }
 
-/// Appends the text that `write` writes; `write` gets space for `capacity` units and returns the length of the text.
+/// Calls `write` and appends the text that it writes. `write` gets space for `capacity` units and returns the length of
+/// the text.
 template <unsigned int capacity, class Write>
 void appendWritten(BaseString<wchar_t>& text, Write&& write) {
     const unsigned int before = text.length();

@@ -106,7 +106,7 @@ unsigned int slotsFor(const T* text, int maxTokens) noexcept {
 template <class T>
 int tokenize(T* text, const T* delimiter, Array<T*>& tokens, int maxTokens) {
     return detail::runRethrowing(L"vorel::util", L"tokenizeString", [=, &tokens] {
-        // Read before the text is written, because the delimiter may be part of the text.
+        // The delimiter is read before the text is written, because the delimiter may be part of the text.
         const T cut = delimiter ? *delimiter : T{};
         tokens.clear();
         tokens.reserve(slotsFor(text, maxTokens));
