@@ -57,13 +57,13 @@ typedef struct vorel_condition vorel_condition;
 /// the condition cannot be opened.
 VOREL_API vorel_status vorel_condition_open(const vorel_char16* name, size_t length, vorel_condition** condition);
 
-/// Releases one waiter, or the next one to arrive.
+/// Releases one waiter. If no thread waits, the next waiter is released at once.
 VOREL_API vorel_status vorel_condition_signal(vorel_condition* condition);
 
 /// Waits up to `timeoutMs` milliseconds for a signal. The status is `VOREL_ERROR_TIMEOUT` if no signal came.
 VOREL_API vorel_status vorel_condition_wait(vorel_condition* condition, uint32_t timeoutMs);
 
-/// Closes the handle, which is invalid afterwards, whatever the status. No thread may be waiting on it.
+/// Closes the handle. The handle is invalid afterwards, whatever the status. No thread may be waiting on the handle.
 VOREL_API vorel_status vorel_condition_close(vorel_condition* condition);
 
 /// \}

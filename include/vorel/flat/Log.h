@@ -20,8 +20,8 @@ VOREL_API vorel_status vorel_log_set_path(const vorel_char16* path, size_t lengt
 /// Returns the path of the file.
 VOREL_API vorel_status vorel_log_path(vorel_char16* path, size_t capacity, size_t* length);
 
-/// Set and return the size limit in bytes, which is 1,000,000 at load. A file beyond the limit is moved to its backup
-/// (".001" appended). 0 switches the log off; with -1 the file grows without bound.
+/// Set and return the size limit in bytes. The limit is 1,000,000 at load. A file beyond the limit is moved to its
+/// backup (".001" appended). 0 switches the log off; with -1 the file grows without bound.
 VOREL_API vorel_status vorel_log_set_limit(int64_t bytes);
 VOREL_API vorel_status vorel_log_limit(int64_t* bytes);
 
