@@ -45,7 +45,7 @@ namespace detail {
 struct MutexAccess;
 }
 
-/// Thread-safe while the thread-safety switch is on, except `initialize` and the destructor.
+/// A named recursive lock. Thread-safe while the thread-safety switch is on, except `initialize` and the destructor.
 class VOREL_API AutoMutex {
 public:
     /// Opens the mutex `name`. If `lockNow` is true, locks it, waiting up to a minute. With a null `name` the object

@@ -18,7 +18,7 @@
 
 namespace vorel {
 
-/// Thread-safe.
+/// A condition variable. Thread-safe.
 class VOREL_API Condition {
 public:
     /// The condition uses `lock` but does not own it; `lock` must outlive the condition.
@@ -44,9 +44,8 @@ public:
     /// \throws Exception "Failed to set event."
     void broadcast();
 
-    /// Releases the lock, which the caller must hold exactly once. Then waits up to `timeout` milliseconds for a signal
-    /// (-1: without limit), and always locks again. Returns true after a signal, and false after a timeout or a
-    /// failure.
+    /// Releases the lock, waits up to `timeout` milliseconds for a signal (-1: without limit), and always locks again.
+    /// The caller must hold the lock exactly once. Returns true after a signal, and false after a timeout or a failure.
     bool wait(int timeout);
 
 private:

@@ -34,7 +34,7 @@ public:
     /// Closes the condition. No thread may be waiting on the object.
     ~NamedCondition() noexcept(false);
 
-    /// Releases one waiter, or the next one to arrive.
+    /// Releases one waiter. If no thread waits, the next waiter is released at once.
     /// \throws Exception "Failed to set event."
     void signal();
 
