@@ -34,8 +34,9 @@ VOREL_API bool stringToDoubleArray(const wchar_t* text, Array<double>& values, b
 VOREL_API bool stringToBooleanArray(const char* text, Array<bool>& values, bool append) noexcept;
 VOREL_API bool stringToBooleanArray(const wchar_t* text, Array<bool>& values, bool append) noexcept;
 
-/// Whether the text is a list of integers separated by white space. By design, commas and points are not accepted. True
-/// for a null or empty text.
+/// Whether the text has only digits, signs and white space, like a list of integers separated by white space. By
+/// design, commas and points are not accepted, but the position of a sign is not checked. True for a null or empty
+/// text.
 VOREL_API bool canCoerceToIntegerArray(const char* text) noexcept;
 VOREL_API bool canCoerceToIntegerArray(const wchar_t* text) noexcept;
 

@@ -4,7 +4,7 @@
 /// the result does not depend on the runtime or the locale. Only the `append...` functions throw.
 ///
 /// Every function may be called from any thread. No other thread may change any of the `size` units of a buffer during
-/// a call, because the call may write even the units whose values it keeps.
+/// a call, because the call may also rewrite units with their old values.
 #pragma once
 
 #include "vorel/Export.h"
