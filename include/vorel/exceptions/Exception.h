@@ -266,8 +266,8 @@ public:
 
     /// Switches a debug target on or off; null is ignored. Names are compared exactly. Narrow and wide names are
     /// separate by design: a target switched on by its narrow name is not active under the wide name. The wide target
-    /// "LogsIncludeMsecs" adds milliseconds to every line of the log. Does not lock: another thread that uses the same
-    /// target at the same time sees the state before or after the call.
+    /// "LogsIncludeMsecs" adds milliseconds to every line of the log. The call does not lock: another thread that uses
+    /// the same target at the same time sees the state before or after the call.
     /// \throws MemoryException if a new name cannot be allocated; the target stays off.
     static void setDebugTarget(const char* name, bool active);
     static void setDebugTarget(const wchar_t* name, bool active);
