@@ -27,8 +27,9 @@ constexpr std::uint64_t kMaxCapacity = 0xFFFFFFFFu;
 /// The size in units of the buffer on the stack for a short rendering.
 constexpr unsigned int kShortText = 512;
 
-/// How often a rendering may fail although the measured text fits. The text then became shorter between the two calls,
-/// so another attempt may succeed. The limit ends the loop if the runtime rejects the text for another reason.
+/// How often a rendering may fail although the text fits when it is measured afterwards. The text then became shorter
+/// between the two calls, so another attempt can succeed. The limit ends the loop if the runtime rejects the text for
+/// another reason.
 constexpr unsigned int kMaxFailures = 16;
 
 /// The capacity of a new buffer for `count` units and a terminator. It does not depend on the old capacity.

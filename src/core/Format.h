@@ -27,7 +27,7 @@ int vboundedFormat(wchar_t* buffer, std::size_t size, const wchar_t* fmt, va_lis
 /// Renders to a stream and returns the number of units written, or a negative value.
 int streamPrint(std::FILE* stream, const char* fmt, ...) noexcept;
 
-/// Renders into `buffer`, which has `size` units, or into a heap block if the text does not fit. Returns one of:
+/// Renders into `buffer` of `size` units, or into a heap block if the text does not fit. Returns one of:
 ///
 /// - `buffer`;
 /// - the heap block, also stored in `heapOut`; the caller must `free` it;

@@ -42,8 +42,8 @@ private:
     Output m_memory;
 };
 
-/// Runs `write()`, which replaces the content of `output`, and returns its result. If `input` lies in `output`, `write`
-/// starts with an empty output, and the old memory is released after `write`.
+/// Runs `write()` and returns its result. `write` replaces the content of `output`. If `input` lies in `output`,
+/// `write` starts with an empty output, and the old memory is released after `write`.
 template <class Output, class Write>
 decltype(auto) replacing(Output& output, const void* input, Write&& write) {
     const HeldInput<Output> held(output, input);

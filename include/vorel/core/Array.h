@@ -338,7 +338,7 @@ private:
         m_count = count;
     }
 
-    /// Replaces the elements by the elements of `other`, which are moved. The storage must be large enough.
+    /// Moves the elements of `other` into this array and removes the old elements. The storage must be large enough.
     void moveElementsFrom(Array& other) {
         m_count = std::max(m_count, other.m_count);
         std::move(other.begin(), other.end(), m_items);

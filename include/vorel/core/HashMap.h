@@ -191,7 +191,8 @@ public:
     [[nodiscard]] unsigned int size() const noexcept { return m_size; }
     [[nodiscard]] unsigned int bucketCount() const noexcept { return m_buckets.size(); }
 
-    /// The number of entries at which the next insertion first grows the map: three quarters of the bucket count.
+    /// The limit for the number of entries: three quarters of the bucket count. At this limit, an insertion grows the
+    /// map before it adds the entry.
     [[nodiscard]] unsigned int growAt() const noexcept { return m_growAt; }
 
     /// Inserts an entry and returns its position. Does not search for an equal key. If two entries have the same key,

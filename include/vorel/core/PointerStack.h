@@ -12,7 +12,7 @@ template <class T>
 class PointerStack {
 public:
     /// Pushes `item`.
-    /// \throws MemoryException(slots, 8); the stack is unchanged.
+    /// \throws MemoryException(slots, 8) if the stack cannot grow. The stack is unchanged.
     void push(T* item) { m_items.append(item); }
 
     /// Removes the newest pointer and returns it.
