@@ -111,8 +111,8 @@ std::size_t failWith(int error) noexcept {
     return kNothing;
 }
 
-/// Whether the system accepts the counts. Its counts have 31 bits; SIZE_MAX becomes -1, which means up to the
-/// terminator.
+/// Whether the system accepts the counts. The system's counts have 31 bits. SIZE_MAX becomes -1, which means "up to the
+/// terminator".
 bool fitsSystemCall(std::size_t input, std::size_t output) noexcept {
     return (input <= INT_MAX || input == SIZE_MAX) && output <= INT_MAX;
 }

@@ -105,7 +105,7 @@ private:
 };
 
 /// Overwrites an array from `start` on, and sets its count to the end of the written elements. So a reused array need
-/// not be cleared first, which would fill it with zeros.
+/// not be cleared first. Clearing would fill it with zeros.
 template <class T>
 class ArraySink {
 public:

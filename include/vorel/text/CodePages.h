@@ -71,8 +71,8 @@ VOREL_API std::size_t iconv_from_wc(int converter, const wchar_t* text, std::siz
 /// system: false for UTF-7, UTF-8 and a few others.
 VOREL_API bool iconv_isCheckDefaultValid(int codePage);
 
-/// Returns the code page of a name, which is not case-sensitive; -1 for an unknown name, for null, or if the system
-/// does not have the code page.
+/// Returns the code page of a name. Names are not case-sensitive. Returns -1 for an unknown name, for null, or if the
+/// system does not have the code page.
 ///
 ///     "utf-8"  ->  65001
 VOREL_API int iconv_getCodePage(const char* name);
