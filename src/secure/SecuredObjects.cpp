@@ -83,8 +83,8 @@ struct EventKind {
     BaseString<wchar_t>& errorText;
 };
 
-/// Creates the object. If that fails, opens an existing object with the same name, because creating is denied if the
-/// object belongs to another user. Repeats both steps up to `retries` times.
+/// Creates the object. If that fails, opens an existing object with the same name, because creating requests rights
+/// that the access list of an existing object denies. Repeats both steps up to `retries` times.
 template <class Kind>
 KernelHandle createOrOpen(const Kind& kind, int retries, int sleepMs) {
     SharedSecurity security;
