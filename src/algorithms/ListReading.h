@@ -101,7 +101,7 @@ bool readBooleanList(const T* text, Take&& take) {
     });
 }
 
-/// Whether a text consists only of signs, digits and white space.
+/// Whether a text consists only of signs, digits and white space, in any order.
 template <class T>
 bool coercesToIntegers(const T* text) noexcept {
     skipSpaces(text);
