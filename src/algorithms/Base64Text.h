@@ -17,7 +17,7 @@ namespace vorel::algorithms {
 /// Table value of a character that has no Base64 value.
 inline constexpr int kInvalidBase64 = -128;
 
-/// Encodes `count` bytes as four characters for each group of three, the last group padded. `alphabet` has the
+/// Encodes each group of three among `count` bytes as four characters, and pads the last group. `alphabet` has the
 /// characters of Base64. Returns the end.
 template <class T>
 T* encodeBase64(const unsigned char* bytes, std::size_t count, const char* alphabet, char pad, T* out) noexcept {

@@ -42,8 +42,8 @@ struct BinaryParts {
     int exponent;
 };
 
-/// Compares the product of `value` and ten to the `power` with `digits` plus one half. Returns below 0, 0 (a tie), or
-/// above 0. The comparison is exact, for the rare cases that 128 bits cannot decide.
+/// Compares `value` * 10^`power` with `digits` + 1/2. Returns a number below 0, 0 (a tie), or a number above 0. The
+/// comparison is exact. It is needed only in the rare cases that 128 bits cannot decide.
 VOREL_NOINLINE constexpr int compareWithHalf(const BinaryParts& value, int power, std::uint64_t digits) noexcept {
     BigInteger left(value.significand);
     BigInteger right(2 * digits + 1);
@@ -68,8 +68,8 @@ constexpr bool roundsUp(int comparison, std::uint64_t digits, Tie tie) noexcept 
     return tie == Tie::AwayFromZero || digits % 2 != 0;
 }
 
-/// An estimate of a value's decimal exponent: exact, or one too low. It is log10(2) times a lower bound of log2,
-/// interpolated linearly between powers of two.
+/// An estimate of a value's decimal exponent. It is exact or one too low. It is computed as log10(2) times a lower
+/// bound of the value's log2. The lower bound is interpolated linearly between powers of two.
 constexpr int estimateExponent(int log2, std::uint64_t normalized) noexcept {
     constexpr unsigned int kFractionBits = 20;
     constexpr std::int64_t kLog10Of2 = 1292913986;  // times 2^32, truncated
@@ -80,9 +80,9 @@ constexpr int estimateExponent(int log2, std::uint64_t normalized) noexcept {
 
 /// The digits of a positive finite value.
 ///
-/// The value is multiplied by a power of ten, so that the product has fifteen digits before the point. Its upper 128
-/// bits are computed; they are too small by less than one unit of their lowest bit. The fraction decides the rounding
-/// unless it is one half, or less than one half by one unit. In these two cases the exact comparison decides.
+/// The value is multiplied by a power of ten, so that the product has fifteen digits before the point. Only its upper
+/// 128 bits are computed. They are too small by less than one unit of their lowest bit. The computed fraction decides
+/// the rounding unless it is one half, or one unit less than one half. In these two cases the exact comparison decides.
 VOREL_ALWAYS_INLINE constexpr DecimalDigits decimalDigits(double value, Tie tie) noexcept {
     const BinaryParts parts(value);
     const int leadingZeros = std::countl_zero(parts.significand);

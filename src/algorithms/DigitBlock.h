@@ -1,7 +1,7 @@
 /// \file
-/// Counts and converts decimal and hexadecimal digits in blocks, without a branch per digit, because the length of a
-/// number is unpredictable, and one mispredicted branch takes as long as the whole conversion. A block has sixteen
-/// digits; a block of hexadecimal digits in wide text has eight.
+/// Counts and converts decimal and hexadecimal digits in blocks, without a branch per digit. The length of a number is
+/// unpredictable, and one mispredicted branch takes as long as the whole conversion. A block has sixteen digits; a
+/// block of hexadecimal digits in wide text has eight.
 ///
 /// Reads may extend past either end of the text, but never into another page; characters outside the number are
 /// ignored. SSE2 is part of every 64-bit x86 processor, so no dispatch is needed.

@@ -2,7 +2,7 @@
 /// The rule for reads in blocks, and the length of a text by that rule. A read may extend past either end of a text,
 /// because it does not fault if it stays in a page that contains a part of the text.
 ///
-/// The functions of the rule are static, so that sources compiled for AVX2 can use them.
+/// The functions of the rule are static, so that each source compiled for AVX2 has its own copies.
 #pragma once
 
 #include <bit>

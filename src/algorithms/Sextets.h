@@ -1,7 +1,8 @@
 /// \file
-/// Converts three bytes to four characters of an alphabet of 64, six bits each, and back: in blocks if the processor
-/// has AVX2 (see Processor.h), and group by group. Base64 (RFC 4648, section 4) and Daylight share this code. Their
-/// block decoders are separate, because their rules for invalid characters differ: see Base64Text.h and DaylightText.h.
+/// Converts groups of three bytes to four characters of an alphabet of 64, and back. Each character encodes six bits.
+/// If the processor has AVX2 (see Processor.h), whole blocks are converted at once. Other groups are converted one by
+/// one. Base64 (RFC 4648, section 4) and Daylight share this code. Their block decoders are separate, because their
+/// rules for invalid characters differ: see Base64Text.h and DaylightText.h.
 #pragma once
 
 #include <cstddef>

@@ -19,7 +19,7 @@ namespace {
 constexpr std::size_t kBytes = 24;  // per block
 constexpr std::size_t kCharacters = 32;
 
-/// The position of the twelve bytes in half a register that become sixteen characters.
+/// The twelve bytes of half a register that become sixteen characters: the first twelve or the last twelve.
 enum class Half { First, Last };
 
 /// A shuffle that repeats each group of three bytes a b c as the 32 bits "b a c b", lowest byte first.
@@ -51,8 +51,8 @@ public:
     /// The characters of the twelve bytes in each half. `order` has the `tripleOrder` of each half.
     [[nodiscard]] __m256i charactersOf(__m256i bytes, __m256i order) const noexcept {
         const __m256i groups = _mm256_shuffle_epi8(bytes, order);
-        // A multiplication shifts each 16 bits by its own distance. The first and third of four values move right, the
-        // second and fourth move left.
+        // A multiplication shifts each lane of 16 bits by a separate distance. The first and third of four values
+        // move right, the second and fourth move left.
         const __m256i down =
             _mm256_mulhi_epu16(_mm256_and_si256(groups, _mm256_set1_epi32(0x0FC0FC00)), _mm256_set1_epi32(0x04000040));
         const __m256i up =

@@ -126,8 +126,8 @@ static inline __m256i isAtMost(__m256i bytes, unsigned char limit) noexcept {
     return _mm256_cmpeq_epi8(_mm256_min_epu8(bytes, _mm256_set1_epi8(static_cast<char>(limit))), bytes);
 }
 
-/// In each half, packs sixteen values of six bits into twelve bytes, followed by four zeros. The method of Wojciech
-/// Muła and Daniel Lemire, "Faster Base64 Encoding and Decoding Using AVX2 Instructions".
+/// In each half, packs sixteen values of six bits into twelve bytes, followed by four zeros. For the method, see
+/// Wojciech Muła and Daniel Lemire, "Faster Base64 Encoding and Decoding Using AVX2 Instructions".
 static inline __m256i packSextets(__m256i values) noexcept {
     const __m256i twelveBits = _mm256_maddubs_epi16(values, _mm256_set1_epi32(0x01400140));
     const __m256i groups = _mm256_madd_epi16(twelveBits, _mm256_set1_epi32(0x00011000));

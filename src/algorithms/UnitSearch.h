@@ -30,7 +30,7 @@ public:
         }
     }
 
-    /// One bit for each byte, set if its unit is equal to the wanted unit.
+    /// A mask with one bit for each byte of the block. The bit is set if the byte belongs to a wanted unit.
     [[nodiscard]] unsigned int equalBytes(const T* block) const noexcept {
         const __m128i units = _mm_loadu_si128(reinterpret_cast<const __m128i*>(block));
         const __m128i equal = sizeof(T) == 1 ? _mm_cmpeq_epi8(units, m_wanted) : _mm_cmpeq_epi16(units, m_wanted);
