@@ -1,5 +1,5 @@
 /// \file
-/// The map of code page names, filled on first use under its lock.
+/// The map of code page names, and its lock. The map is filled when it is first used.
 #pragma once
 
 #include "core/LibraryState.h"

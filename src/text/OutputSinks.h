@@ -1,9 +1,9 @@
 /// \file
 /// Output of a conversion to a string or array. If the maximum length is known, `reserveUnits` returns a buffer for the
-/// whole text, and `setEnd` sets the length afterwards. Otherwise `fill` writes to a sink: directly into its unused
-/// capacity, or into a local block if the capacity is too small; the block is then appended. If more text follows, its
-/// length is counted, and the sink grows once, only as far as the text requires. If the capacity is large enough,
-/// nothing is copied.
+/// whole text, and `setEnd` sets the length afterwards. Otherwise `fill` writes to a sink. It writes directly into the
+/// sink's unused capacity. If that is too small, it writes into a local block and appends the block. If more text
+/// follows, its length is counted, and the sink grows once, only as far as the text requires. If the capacity is large
+/// enough, nothing is copied.
 #pragma once
 
 #include <cstddef>
@@ -33,7 +33,8 @@ template <class T>
 T* reserveUnits(std::uint64_t units, BaseString<T>& string) {
     const unsigned int count = checkedUnits<T>(units);
     if (count != 0 && count < string.capacity()) {
-        // The inline part of `reserve`; `setEnd` sets the length.
+        // `reserve` would do the same for a buffer that is large enough, and also set the length. `setEnd` sets the
+        // length here.
         string.data()[count] = 0;
         return string.data();
     }

@@ -101,7 +101,7 @@ bool decodeNewShort(BaseString<wchar_t>& output, const unsigned char* input, int
 }
 
 /// Decodes a text that has an invalid byte, and appends each block of units when it is full. The units of the last,
-/// incomplete block are dropped. Another thread may have made the text valid meanwhile.
+/// incomplete block are dropped. If another thread has made the text valid meanwhile, the whole text is appended.
 VOREL_NOINLINE bool decodeInBlocks(BaseString<wchar_t>& output, Reader reader, bool throwOnError) {
     wchar_t block[kUnitsPerBlock + 1];  // with the second unit of a pair
     std::size_t units = 0;
