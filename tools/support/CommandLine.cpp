@@ -19,8 +19,8 @@ std::wstring quoted(std::wstring_view text) {
     return L'"' + std::wstring(text) + L'"';
 }
 
-/// The edit distance of `a` and `b`: the number of characters to insert, remove, replace, or swap with their neighbour
-/// (Damerau, Levenshtein: optimal string alignment).
+/// The edit distance of `a` and `b`: the number of steps from `a` to `b`. A step inserts, removes or replaces a
+/// character, or swaps two neighbours (Damerau, Levenshtein: optimal string alignment).
 std::size_t editDistance(std::wstring_view a, std::wstring_view b) {
     const std::size_t width = b.size() + 1;
     std::vector<std::size_t> costs((a.size() + 1) * width);
@@ -119,7 +119,8 @@ private:
         }
     }
 
-    /// "; did you mean --summary?", or nothing if no option has a similar name or this synonym.
+    /// Returns "; did you mean --summary?" if `name` is a synonym of an option or similar to its name; otherwise an
+    /// empty text.
     [[nodiscard]] std::wstring suggestionFor(std::wstring_view name) const {
         const auto found = std::find_if(m_syntax.synonyms.begin(), m_syntax.synonyms.end(),
                                         [&](const Synonym& each) { return each.typed == name; });

@@ -8,7 +8,7 @@
 ///     const Arguments arguments = parse(kSyntax, given);
 ///     if (arguments.has(L"help")) { … helpText(kSyntax) … }
 ///
-/// The message for an unknown option suggests an option with a similar name.
+/// The message for an unknown option suggests an option with a similar name, if there is one.
 ///
 /// `--name value`, `--name=value`, `-n value` and `-nvalue` are equivalent; switches may share a dash (`-dx`). A value
 /// may begin with a dash. `--` ends the options. `-` and arguments that look like negative numbers are operands.
@@ -33,7 +33,7 @@ struct Option {
     std::wstring_view help;
 };
 
-/// A name that a user may expect for an option. It is not accepted, but the message for it suggests the option.
+/// A name that users may type for an option. The parser rejects the name, with a message that suggests the option.
 struct Synonym {
     std::wstring_view typed;   ///< without its dashes
     std::wstring_view option;  ///< the name of the option
@@ -42,7 +42,7 @@ struct Synonym {
 /// No limit on the number of operands.
 constexpr std::size_t kAnyNumber = std::numeric_limits<std::size_t>::max();
 
-/// The syntax of a command. Everything that it refers to must outlive it.
+/// The syntax of a command. The texts and tables that it refers to must outlive it.
 struct Syntax {
     std::wstring_view command;        ///< as typed: "vorelconv base64"
     std::wstring_view summary;        ///< one line, no full stop

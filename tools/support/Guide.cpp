@@ -79,7 +79,7 @@ void appendText(std::wstring& out, std::wstring_view text) {
 
 // ---- Completion -----------------------------------------------------------------------------------------------------
 
-/// "--output -o" for each option that `isChosen` accepts, with `separator` between all spellings.
+/// The spellings of all options that `isChosen` accepts, such as "--output -o", with `separator` between them.
 template <class IsChosen>
 std::wstring spellings(const Syntax& command, std::wstring_view separator, IsChosen&& isChosen) {
     std::wstring out;
@@ -103,7 +103,7 @@ std::wstring longNames(const Syntax& command) {
     return out;
 }
 
-/// The body of the function for one command: completes values, options and files.
+/// The part of the function that completes the values, options and files of one command.
 std::wstring bashCommand(const Syntax& command, const std::wstring& indent) {
     const std::wstring files = spellings(command, L"|", [](const Option& each) { return each.value == kFileValue; });
     const std::wstring values =

@@ -10,12 +10,12 @@
 
 namespace tools {
 
-/// The description of a program. Everything that it refers to must outlive it.
+/// The description of a program. The texts and tables that it refers to must outlive it.
 struct Guide {
     std::wstring_view program;
     std::wstring_view summary;         ///< one line, no full stop
-    std::span<const Syntax> commands;  ///< a program without commands has one, with the program's name
-    std::wstring_view details{};       ///< for a program with commands: a text about all of them
+    std::span<const Syntax> commands;  ///< one element with the program's name, if it has no commands
+    std::wstring_view details{};       ///< a text about all commands; unused without commands
 };
 
 /// The manual page, in the format of man(7).

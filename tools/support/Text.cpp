@@ -56,7 +56,7 @@ std::string toUtf8(std::wstring_view text) {
 }
 
 std::optional<std::wstring> fromUtf8(std::string_view text) {
-    constexpr std::size_t kPaddingBytes = 5;  // the decoder reads up to this far past a lead byte
+    constexpr std::size_t kPaddingBytes = 5;  // the decoder may read this number of bytes after a lead byte
     std::string padded(text);
     padded.append(kPaddingBytes, '\0');
     std::wstring result;

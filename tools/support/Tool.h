@@ -36,8 +36,8 @@ private:
     std::wstring m_text;
 };
 
-/// An invalid command line. The message suggests the help of `command`, for example "vorelconv base64"; if it is empty,
-/// the help of the program.
+/// An invalid command line. The message suggests the help of `command`, for example "vorelconv base64". If `command` is
+/// empty, the message suggests the help of the program.
 class UsageError : public Failure {
 public:
     explicit UsageError(std::wstring text, std::wstring_view command = {})
@@ -65,7 +65,7 @@ void report(std::wstring_view program, std::wstring_view text) noexcept;
 
 /// Runs `body` and returns its exit code. An exception is reported on the error stream with the name of the program
 /// (OutputClosed is not reported), and becomes an exit code: `kUsageError` for UsageError, otherwise `kFailed`. The
-/// library's error log is switched off: a tool reports to its user, and the log belongs to the programs that write it.
+/// library's error log is switched off, because a tool reports failures to its user.
 int run(std::wstring_view program, const std::function<int()>& body) noexcept;
 
 }  // namespace tools

@@ -79,7 +79,7 @@ constexpr std::uint32_t utf8CodePoint(std::string_view sequence) noexcept {
 
 struct Utf8Scan {
     std::size_t valid = 0;     ///< size in bytes of the whole sequences at the start of the text
-    bool isTruncated = false;  ///< the rest is a sequence that is truncated by the end of the text
+    bool isTruncated = false;  ///< whether the text ends within the next sequence
 };
 
 /// Scans a text up to the first incomplete or invalid sequence.

@@ -22,8 +22,8 @@ constexpr bool needsEscape(std::uint32_t codePoint) noexcept {
 /// no further effect.
 void appendVisible(std::string& out, std::string_view text);
 
-/// The same for wide text. Line feeds are kept, and carriage returns before a line feed are removed. A surrogate that
-/// is not part of a pair becomes "?".
+/// Returns wide text with the same escapes. Line feeds are kept, and carriage returns before a line feed are removed. A
+/// surrogate that is not part of a pair becomes "?".
 std::wstring visibleLines(std::wstring_view text);
 
 }  // namespace tools

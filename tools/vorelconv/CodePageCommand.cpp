@@ -103,7 +103,7 @@ public:
     }
 
     /// The length of the longest prefix of `text` that can be read and has at most `maxUnits` units. A prefix that ends
-    /// within a character cannot be read, although a longer prefix can. So several adjacent lengths are tried.
+    /// within a character cannot be read, even if a longer prefix can. So several adjacent lengths are tried.
     [[nodiscard]] std::size_t readableBeginning(std::string_view text, std::size_t maxUnits) const {
         constexpr std::size_t kNeighbours = 8;
         std::size_t good = 0;
@@ -182,8 +182,8 @@ private:
         throw BadInput{good, L"expected text in code page " + codePage + L", found " + quoted(text[good])};
     }
 
-    /// The system replaces characters that the code page lacks, often by characters that only look similar. Converting
-    /// the result back shows every such change.
+    /// The system replaces characters that the code page lacks, often by similar characters. So the result is converted
+    /// back and compared.
     void checkNothingIsLost(std::string_view text) {
         std::wstring again;
         if (!m_check.read(m_bytes, again)) {
@@ -226,7 +226,8 @@ CodePages& installedCodePages() {
     return codePages;
 }
 
-/// The system passes each number as text, but no pointer of the caller. So the result is a static object.
+/// The system calls this function for each code page, with its number as text, but passes no pointer of the caller. So
+/// the result is a static object.
 BOOL CALLBACK addCodePage(wchar_t* number) {
     installedCodePages()[static_cast<std::uint16_t>(vorel::util::stringToInt(number, nullptr))] = true;
     return TRUE;
@@ -236,7 +237,7 @@ BOOL CALLBACK addCodePage(wchar_t* number) {
 std::wstring codePageList() {
     EnumSystemCodePagesW(addCodePage, CP_INSTALLED);
     CodePages& candidates = installedCodePages();
-    candidates[kUtf7] = true;  // may be missing from the system's list, because they need no file
+    candidates[kUtf7] = true;  // UTF-7 and UTF-8 may be missing from the system's list, because they need no file
     candidates[kUtf8] = true;
     std::wstring lines;
     for (std::size_t codePage = 1; codePage < candidates.size(); ++codePage) {

@@ -15,7 +15,8 @@ using WideString = vorel::BaseString<wchar_t>;
 constexpr std::size_t kGroupBytes = 3;
 constexpr std::size_t kGroupCharacters = 4;
 
-/// The library ends each encoded text with a count character. This filter drops it for every block except the last.
+/// The library ends each encoded text with a character for the number of bytes in the last group. This filter drops the
+/// character for every block except the last.
 class DaylightEncoder final : public Filter {
 public:
     std::size_t convert(std::string_view block, bool last, std::string& result) override {

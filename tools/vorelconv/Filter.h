@@ -14,7 +14,7 @@ namespace conv {
 struct BadInput {
     std::size_t index = 0;
     std::wstring message;
-    bool isText = true;  ///< whether messages include a line number
+    bool isText = true;  ///< whether the message includes a line number
 };
 
 class Filter {
@@ -25,20 +25,21 @@ public:
     virtual ~Filter() noexcept(false) = default;  // filters own containers whose destructors may throw
 
     /// Converts as many bytes of `block` as possible without the next block, appends the result to `result`, and
-    /// returns the number of bytes converted. The next block begins with the remaining bytes; if the number is 0, the
-    /// next block is larger. If `last` is true, no block follows, and all of `block` must be converted.
+    /// returns the number of bytes converted. The next block begins with the remaining bytes. If no byte was converted,
+    /// the next block is larger. If `last` is true, no block follows, and all of `block` must be converted.
     /// \throws BadInput for invalid input.
     virtual std::size_t convert(std::string_view block, bool last, std::string& result) = 0;
 };
 
 /// Converts a command's input with `filter` and writes the result to its output.
-/// \throws tools::Failure. For a BadInput, the message has the input and the position: "names.txt: line 3, offset 57:
-///         …" (lines count from 1, byte offsets from 0).
+/// \throws tools::Failure. For a BadInput, the message has the name of the input and the position: "names.txt: line 3,
+///         offset 57: …" (lines count from 1, byte offsets from 0).
 void runFilter(const tools::Arguments& arguments, Filter& filter);
 
 /// The part of a block of UTF-8 that can be converted without the next block: everything except a truncated sequence at
 /// the end. If `last` is true, no block follows, and a truncated sequence is an error.
-/// \throws BadInput for invalid UTF-8. The filters need this check, because the library's decoder checks very little.
+/// \throws BadInput for invalid UTF-8. The filters need this check, because the library's decoder accepts most invalid
+///         sequences.
 std::string_view wholeUtf8(std::string_view block, bool last);
 
 /// A byte for a message: "'x' (0x78)", "0xC3".

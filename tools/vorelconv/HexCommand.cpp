@@ -38,7 +38,7 @@ bool isSpace(char character) {
     return character == ' ' || character == '\t' || character == '\r' || character == '\n';
 }
 
-/// Checks the digits before decoding, because the library decodes every other character as 0.
+/// Checks the digits before decoding, because the library decodes every character that is not a digit as 0.
 class HexDecoder final : public Filter {
 public:
     std::size_t convert(std::string_view block, bool last, std::string& result) override {

@@ -16,10 +16,10 @@ class Input {
 public:
     /// Opens the text given by --text or the file given by the first operand. If neither is given, or the operand is
     /// "-", opens standard input.
-    /// \throws tools::Failure if the file cannot be opened; tools::UsageError if both are given.
+    /// \throws tools::Failure if the file cannot be opened; tools::UsageError if --text and a file are given.
     explicit Input(const tools::Arguments& arguments);
 
-    /// Reads up to `size` bytes into `buffer` and returns their number. Only 0 means the end of the input.
+    /// Reads up to `size` bytes into `buffer` and returns their number. Returns 0 only at the end of the input.
     /// \throws tools::Failure if the input cannot be read.
     std::size_t read(char* buffer, std::size_t size);
 

@@ -50,7 +50,7 @@ struct ListType {
     std::wstring_view name;
     std::wstring_view expected;
     ListReader read;
-    const WholeNumberLimits* limits = nullptr;  ///< null: the type has no integer limits
+    const WholeNumberLimits* limits = nullptr;  ///< null if the type is not an integer type
     std::wstring_view item = {};                ///< the expected item, for messages about items out of range
 };
 

@@ -1,6 +1,6 @@
 /// \file
-/// The output of a command. A file gets its name only when it is complete; until then, the bytes are in a temporary
-/// file in the same folder. If the name is a link, the link is kept and its target is replaced.
+/// The output of a command. The output is written to a temporary file in the folder of the given file. When it is
+/// complete, it replaces the given file. If the given name is a link, the link is kept, and its target is replaced.
 #pragma once
 
 #include <cstdint>
@@ -19,8 +19,8 @@ public:
     /// \throws tools::Failure if the file cannot be created.
     explicit Output(const tools::Arguments& arguments);
 
-    /// If neither `commit` nor `abandon` was called, abandons the output, and reports remaining output on the error
-    /// stream.
+    /// If neither `commit` nor `abandon` was called, abandons the output, and reports on the error stream if a part of
+    /// the output remains.
     ~Output();
 
     Output(const Output&) = delete;
@@ -33,8 +33,8 @@ public:
     /// \throws tools::Failure if the file cannot be written or replaced.
     void commit();
 
-    /// Abandons the output and removes the unfinished file. If output remains, returns a message about it that begins
-    /// with a line feed; otherwise returns an empty string.
+    /// Abandons the output and removes the unfinished file. If a part of the output remains, returns a message that
+    /// begins with a line feed; otherwise returns an empty string.
     std::wstring abandon();
 
 private:

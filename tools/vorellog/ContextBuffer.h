@@ -1,6 +1,6 @@
 /// \file
-/// The entries before a matching entry. The number of entries is bounded. The text of an entry is kept until it is
-/// overwritten.
+/// Keeps the last entries, which are shown as context before a matching entry. Later entries reuse the memory of
+/// earlier entries.
 #pragma once
 
 #include <algorithm>

@@ -2,10 +2,10 @@
 /// Reads a log from its start, the backup first, and continues after the log is rotated, deleted, created again or
 /// emptied.
 ///
-/// Writers open the log by name for each line and do not announce a rotation. So each poll opens both files, finds the
-/// file that was read last, continues there, and closes both. Because no file stays open between polls, a deleted log
-/// really disappears, and writers can create it again. Only the backup stays open until it is read to its end.
-/// In this time, writers may have to postpone their next rotation.
+/// Writers open the log by name for each line and do not announce a rotation. So each poll opens both files, continues
+/// in the file that was read last, and closes both files. Because no file stays open between polls, a deleted log
+/// really disappears, and writers can create it again. Only the backup stays open until it is read to its end. Until
+/// then, writers may be unable to rotate the log again.
 ///
 /// The file that was read last is recognised by its id and by the bytes before the read position, because a new file
 /// may have the same id.

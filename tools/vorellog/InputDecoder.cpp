@@ -4,7 +4,7 @@
 #include <utility>
 #include <vector>
 
-#define ZLIB_CONST  // its input is not changed
+#define ZLIB_CONST  // zlib declares its input const
 #include <zlib.h>
 
 #include "support/Text.h"
@@ -112,7 +112,7 @@ void InputDecoder::bytes(std::string_view bytes) {
     }
 }
 
-/// Determines the encoding, and decodes what has been read.
+/// Determines the encoding, and decodes the bytes received so far.
 void InputDecoder::start() {
     m_isKnown = true;
     m_encoding = encodingOf(m_head);

@@ -33,7 +33,7 @@ public:
     /// \throws tools::Failure if compressed data ends early. The data before its end has been delivered.
     void endOfFile() override;
 
-    /// Ends the file before all of it has been read, because the rest is not needed. What is incomplete is dropped.
+    /// Ends the file before all of it has been read, because the rest is not needed. Incomplete data is dropped.
     void stop();
 
     void gap() override { m_sink.gap(); }

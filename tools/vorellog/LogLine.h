@@ -37,7 +37,7 @@ std::size_t findNextHeader(std::string_view line) noexcept;
 /// The part of a line after the header.
 struct LogBody {
     std::string_view prefix;  ///< without the colon and " Truncated"
-    bool truncated = false;   ///< the prefix ended with " Truncated": the library could not allocate the whole message
+    bool truncated = false;   ///< the prefix ended with " Truncated", which marks incomplete messages
     std::string_view message;
 };
 

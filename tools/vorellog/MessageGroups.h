@@ -1,7 +1,7 @@
 /// \file
-/// Counts messages and exceptions: how often and since when they occur, and in which processes. A group has the
-/// messages with the same prefix and the same form (MessageForm.h), or the exceptions whose trails consist of such
-/// messages. Memory is bounded.
+/// Counts messages and exceptions: how often and since when they occur, and in which processes. A group consists of
+/// messages with the same prefix and the same form (MessageForm.h), or of exceptions whose trails have the same forms.
+/// Memory is bounded.
 #pragma once
 
 #include <cstddef>
@@ -28,7 +28,7 @@ public:
     MessageGroups& operator=(MessageGroups&&) = default;
 
     /// \name Limits
-    /// Beyond a limit, entries with new messages are counted as ungrouped().
+    /// After a limit is reached, entries with new messages are only counted, by ungrouped().
     /// \{
     static constexpr std::size_t kMaxGroups = 10000;
     static constexpr std::size_t kMaxTextBytes = std::size_t{12} << 20;       ///< of all messages and examples
@@ -45,7 +45,7 @@ public:
 
     struct Group {
         std::size_t number = 0;  ///< from 0, in the order of the first entries
-        Tally entries;           ///< the first record of each entry
+        Tally entries;           ///< counts the first record of each entry
         ProcessSet processes;
         std::string prefix;
         std::string_view message;             ///< the form of the message

@@ -22,7 +22,8 @@ std::string utf8Of(const int* codePoints, int count) {
     return text;
 }
 
-/// Why an expression is invalid: "missing )". The part that is wrong is added, unless it is the whole expression.
+/// The reason why an expression is invalid, such as "missing )", and the invalid part, unless this is the whole
+/// expression.
 std::string_view reasonOf(const re2::RE2& expression) {
     constexpr std::size_t kColon = 2;
     std::string_view reason = expression.error();
@@ -32,7 +33,7 @@ std::string_view reasonOf(const re2::RE2& expression) {
     return reason;
 }
 
-/// The longest text that every match of `expression` contains, as far as the structure of the expression shows.
+/// A text that every match of `expression` contains; empty if the structure of the expression shows no such text.
 std::string requiredTextOf(re2::Regexp& expression) {
     const bool ignoresCase = (expression.parse_flags() & re2::Regexp::FoldCase) != 0;
     switch (expression.op()) {

@@ -31,7 +31,7 @@ public:
 ///         | the second one
 ///     (cut) [Mon Nov 16 01:43:0
 ///
-/// Bytes of characters that a terminal might interpret, and invalid UTF-8, are printed as "\x1B".
+/// Bytes of invalid UTF-8, and of characters that a terminal might interpret, are printed as escapes such as "\x1B".
 class TextPrinter : public Printer {
 public:
     explicit TextPrinter(bool withColours) noexcept : m_withColours(withColours) {}
@@ -55,8 +55,9 @@ private:
 ///      {"time":…,"prefix":"Vorel Error","message":"text"},…]}
 ///     {"type":"damaged","damage":"no header","message":"text"}
 ///
-/// "truncated":true marks a message that the library truncated, "damage" a damaged record. The message has U+FFFD for
-/// each byte that is not valid UTF-8; if there is one, "bytes" has the whole text of the record in Base64.
+/// "truncated":true marks a message that the library truncated, and "damage" marks a damaged record. The message has
+/// U+FFFD for each byte that is not valid UTF-8. If the record has such a byte, "bytes" is the whole text of the record
+/// in Base64.
 class JsonPrinter : public Printer {
 public:
     void print(const Record& record, std::string& out) const override;

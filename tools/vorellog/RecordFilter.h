@@ -1,5 +1,6 @@
 /// \file
-/// Selects records. Several values of one kind are alternatives; a record must match every kind that is given.
+/// Selects records. Several values for one field are alternatives. A record must match every field for which a value is
+/// given.
 ///
 /// A damaged record is matched by its readable parts. A record without a header has no process, thread, prefix or time,
 /// so a filter on one of these fields rejects the record. Only its text can match.
@@ -17,7 +18,7 @@
 
 namespace vorellog {
 
-/// A process, of any host or of one.
+/// A process id, on any host or on one host.
 struct ProcessChoice {
     unsigned long id = 0;
     std::optional<std::string> host{};  ///< may be empty, as in the log; the case of A to Z is ignored

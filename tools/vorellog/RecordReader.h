@@ -1,5 +1,5 @@
 /// \file
-/// Combines lines into records. No input is dropped: a line that is not a record is delivered as a damaged record.
+/// Combines lines into records. No input is dropped: a line that belongs to no record is delivered as a damaged record.
 ///
 /// A message may contain line breaks, and the log does not mark them. So a line without a header belongs to the
 /// previous record. Such a line is damaged only at the start of a log and after a cut record.
@@ -19,8 +19,8 @@ namespace vorellog {
 
 class RecordReader {
 public:
-    /// If a line would make a record reach this size, the record is delivered, and its further lines are delivered as
-    /// damaged records.
+    /// If a record would reach this size with its next line, it is delivered without this line. This line and the lines
+    /// after it, up to the next header, are delivered as damaged records.
     static constexpr std::size_t kMaxRecordBytes = std::size_t{4} << 20;
 
     /// The record is valid only during the call of `deliver`.

@@ -30,7 +30,7 @@ public:
     static constexpr std::size_t kMaxProcesses = 500;  ///< the processes with the most records
     static constexpr std::size_t kMaxExamples = 10;    ///< per group; the newest are kept
     static constexpr std::size_t kMaxLineBytes = 2000;
-    static constexpr std::size_t kMaxExampleBytes = std::size_t{4} << 20;  ///< in total over all groups
+    static constexpr std::size_t kMaxExampleBytes = std::size_t{4} << 20;  ///< of all groups; after this, one per group
     /// \}
     static constexpr std::string_view kOthers = "(others)";
 

@@ -25,7 +25,7 @@ struct Settings {
     std::wstring report{};  ///< the file of the HTML report; empty if there is none
     Colours colours = Colours::Auto;
     std::optional<unsigned long long> maxEntries{};
-    std::optional<std::size_t> top{};   ///< groups in a summary
+    std::optional<std::size_t> top{};   ///< maximum number of groups, and of rows, in a summary
     std::optional<std::size_t> tail{};  ///< shows only this many entries at the end
     std::size_t context = 0;            ///< entries shown before and after each matching entry
 };

@@ -39,7 +39,7 @@ public:
     [[nodiscard]] std::string text(std::optional<std::size_t> top = {}) const;
 
     /// The summary as JSON, one object per line: "summary", a "group" for each group, a "count" for each pair of
-    /// process and prefix, a "step" for each time step. Without `top`, all groups and pairs.
+    /// process and prefix, a "step" for each time step. Without `top`, all groups and pairs are written.
     [[nodiscard]] std::string json(std::optional<std::size_t> top = {}) const;
 
 private:

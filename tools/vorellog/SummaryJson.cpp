@@ -83,7 +83,7 @@ std::string Summary::json(std::optional<std::size_t> top) const {
     return out + '\n';
 }
 
-/// Appends the totals. "groups" and "counts" are the numbers without the limit `top`.
+/// Appends the totals. "groups" is the number of all groups, without the limit `top`.
 void Summary::appendHead(std::string& out) const {
     const auto ofKind = [this](Damage kind) { return m_damage[static_cast<std::size_t>(kind)]; };
     JsonObject object(out);

@@ -18,8 +18,8 @@ struct TailStart {
 /// The start of a part of the log that contains the last `settings.tail` entries and is not much longer than these
 /// entries. Returns nullopt if the log must be read from its start, because it has fewer entries or is not plain UTF-8.
 ///
-/// A trail may begin before the part. So with `settings.fold`, the part has additional entries, because entries at
-/// its start may be incomplete, up to one entry for each thread with an open trail.
+/// With `settings.fold`, trails that began before the part are incomplete: at most one trail for each thread. So the
+/// part then has additional entries.
 std::optional<TailStart> findTailStart(LogFiles& files, const Settings& settings);
 
 }  // namespace vorellog

@@ -11,10 +11,12 @@
 /// that cannot belong to the same exception:
 ///
 ///   - "…: Severe error thrown" and "…: TestAndThrow test failed" always begin a trail;
-///   - a message that the trail already has belongs to the next failure of the same kind (digits are ignored, so "row
-///     7" and "row 8" are equal), and so does a function that the trail already names, if a message follows it;
-///   - a message or a system text more than kFailureGapSeconds after the last record of the trail begins a new trail:
-///     what a program adds to a failure follows at once, but unwinding may take time. Whole seconds are compared,
+///   - a message that the trail already has begins the next trail (digits are ignored, so "row 7" and "row 8" are
+///     equal);
+///   - if a record names a function that the trail already names, the last message between the two records begins the
+///     next trail;
+///   - a message or a system text more than kFailureGapSeconds after the last record of the trail begins a new trail,
+///     because a program adds messages to a failure at once, but unwinding may take time. Whole seconds are compared,
 ///     because not all lines have milliseconds;
 ///   - any record more than kTrailGapMs after the last record of the trail begins a new trail.
 ///

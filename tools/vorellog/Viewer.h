@@ -1,6 +1,6 @@
 /// \file
-/// Converts the bytes of a log to output. Splits the bytes into lines, records and trails, and filters and prints the
-/// records and trails.
+/// Converts the bytes of a log to output: splits the bytes into lines, combines the lines into records and trails, and
+/// filters and prints these.
 #pragma once
 
 #include <cstddef>
