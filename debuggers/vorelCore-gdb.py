@@ -115,10 +115,11 @@ class HashMapIteratorPrinter:
 class ExceptionPrinter:
     """The messages: the failure, then the records of the handlers that the exception has passed.
 
-    The compiler writes the debug information of a class with virtual functions only where these functions are
-    defined, that is, in the DLL. The shipped DLL has no debug information. So this class finds the messages by the
-    layout, which is the same in every build: the pointer to the virtual functions, then the pointers to the begin and
-    the end of m_stack. Each entry of m_stack consists of two wide strings, message and location.
+    The compiler writes the debug information of a class with virtual functions only where its virtual functions are
+    defined: in the DLL. The DLL in the package has no debug information. So this class finds the messages by the
+    layout, which is the same in every build: the pointer to the virtual functions, then the pointers to the start and
+    the end of m_stack.
+    Each entry of m_stack consists of two wide strings, message and location.
     """
 
     POINTER = 8
