@@ -90,4 +90,4 @@ def shown(page: Path, root: Path) -> list:
         inside = inside != bool(fence)
         result.append(previous)
         previous = line
-    return [*result[1:], previous]  # the first is the line before the page
+    return [*result[1:], previous]  # the first element is the line before the page
