@@ -34,7 +34,7 @@ int streamPrint(std::FILE* stream, const char* fmt, ...) noexcept;
 /// - `buffer` with the text truncated to `size - 1` units and `truncatedOut` set, if the block cannot be allocated;
 /// - null for a format that cannot be rendered.
 ///
-/// Never throws.
+/// The functions never throw.
 char* formatWithFallback(char* buffer, std::size_t size, char*& heapOut, bool& truncatedOut, const char* fmt,
                          va_list args) noexcept;
 wchar_t* formatWithFallback(wchar_t* buffer, std::size_t size, wchar_t*& heapOut, bool& truncatedOut,

@@ -1,6 +1,7 @@
 /// \file
-/// Operations on a `BaseString` for the library only: growing and assigning without exceptions, because building the
-/// message of a failed allocation must not throw; and setting the length of a text written after `reserve`.
+/// Operations on a `BaseString` for the library only. Two of them grow or assign without exceptions, because building
+/// the message of a failed allocation must not throw. Another sets the length of a text that was written after
+/// `reserve`.
 #pragma once
 
 #include "vorel/core/BaseString.h"
