@@ -17,7 +17,7 @@ namespace {
 
 using baseutil::MessageText;
 
-/// The prefix of a complete line, and of a line whose text is truncated or could not be rendered.
+/// The prefix of a complete line, and the prefix of a line whose text is truncated or could not be rendered.
 struct Prefix {
     [[nodiscard]] const char* choose(bool isTruncated) const noexcept { return isTruncated ? truncated : plain; }
 

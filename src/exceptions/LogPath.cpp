@@ -20,8 +20,8 @@ constexpr unsigned int kQuickAttempts = 1000;
 constexpr unsigned int kSlowAttempts = 500;
 constexpr unsigned int kSleepMs = 1;
 
-/// The path is copied in words, because a copy is valid only if it ends before the next change begins, and words take
-/// less time than bytes.
+/// A copy is valid only if it ends before the next change begins. So the path is copied in words, which takes less time
+/// than copying bytes.
 using Word = std::uint64_t;
 constexpr std::size_t kWords = kLogPathBytes / sizeof(Word);
 

@@ -1,7 +1,7 @@
 /// \file
-/// The memory of the messages of an exception, and nothing else: ExceptionMessages.cpp adds and reads messages. The
-/// memory comes from the library's `operator new`, even if a program's code creates the exception. If it is too small,
-/// its size doubles.
+/// The memory of the messages of an exception. ExceptionMessages.cpp adds and reads the messages. The memory comes from
+/// the library's `operator new`, even if a program's code creates the exception. If the memory is too small, its size
+/// doubles.
 
 #include <algorithm>
 #include <memory>

@@ -1,6 +1,6 @@
 /// \file
-/// The functions of `Exception` that catch, rethrow or report, and the records that they add. Also the functions that
-/// core/Protocol.h declares: the failures of the core, and the handlers of the frame.
+/// The functions of `Exception` that catch, rethrow or report, and the records that they add. This file also defines
+/// the functions that core/Protocol.h declares: the failures of the core, and the handlers of the frame.
 
 #include "vorel/core/Protocol.h"
 
