@@ -30,8 +30,8 @@ int asInt32(long long threadId) noexcept {
     return static_cast<int>(threadId);
 }
 
-/// "Global\" followed by a name. The text is on the stack, or on the heap if it is longer than the names that the
-/// system documents.
+/// "Global\" followed by a name. The text is on the stack, or on the heap if it is longer than the limit for names that
+/// the system documents.
 class FullName {
 public:
     /// \throws MemoryException
