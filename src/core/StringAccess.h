@@ -1,6 +1,6 @@
 /// \file
-/// Operations on a `BaseString` for the library only. Two of them grow or assign without exceptions, because building
-/// the message of a failed allocation must not throw. Another sets the length of a text that was written after
+/// Operations on a `BaseString` for the library only. `tryReserve` and `tryAssign` do not throw, because an exception
+/// class uses them to build the message of a failed allocation. `setLength` completes a text that was written after
 /// `reserve`.
 #pragma once
 

@@ -6,11 +6,12 @@
 
 namespace vorel {
 
-/// 1 at load. While it is 0, every `AutoCriticalSection` does nothing. Changed only by `EnableThreadSafety`.
+/// The count of the thread-safety switch, 1 at load. While it is 0, every `AutoCriticalSection` does nothing. Only
+/// `EnableThreadSafety` changes the count.
 extern VOREL_API unsigned int ThreadSafetyEnabledCount;
 
-/// With `true`, adds 1 to the count. With `false`, subtracts 1 unless the count is 0. Not atomic by design: call it
-/// only while a single thread runs and no automatic lock is held.
+/// With `true`, adds 1 to the count. With `false`, subtracts 1 unless the count is 0. The change is not atomic by
+/// design: call this only while a single thread runs and no `AutoCriticalSection` is held.
 VOREL_API void EnableThreadSafety(bool enable) noexcept;
 
 /// Sleeps for `milliseconds`. The value is passed to the system unchanged: 0 yields, -1 never returns.
