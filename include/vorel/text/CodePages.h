@@ -1,5 +1,5 @@
 /// \file
-/// Conversion between wide text and the code pages of Windows, with an interface like that of `iconv`. A converter is a
+/// Conversion between wide text and the code pages of Windows, with an interface similar to `iconv`. A converter is a
 /// number that contains two code pages: the target in its lower sixteen bits, the source in its upper sixteen. It owns
 /// no resources, so it need not be closed. Any number of threads may use it at the same time.
 ///
