@@ -34,7 +34,8 @@ public:
     /// The next bytes come from another file.
     virtual void endOfFile() = 0;
 
-    /// The file that was being read no longer exists. Lines that were added to it since the last poll are lost.
+    /// The file that was being read no longer exists, or was emptied. Lines that were added to it since the last poll
+    /// are lost.
     virtual void gap() = 0;
 };
 

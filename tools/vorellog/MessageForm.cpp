@@ -175,7 +175,7 @@ private:
         return false;
     }
 
-    /// A sign belongs to a number that begins a token.
+    /// Removes the sign of a number from the form, if the number begins a token.
     void removeSign(std::size_t start) {
         if (start != 0 && (m_text[start - 1] == '-' || m_text[start - 1] == '+') &&
             (start == 1 || isSeparator(m_text[start - 2])) && m_out.ends_with(m_text[start - 1])) {

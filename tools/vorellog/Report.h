@@ -28,7 +28,7 @@ public:
     static constexpr std::size_t kMaxPrefixes = 8;     ///< further prefixes are counted as kOthers
     static constexpr std::size_t kMaxGroups = 1000;    ///< the groups with the most entries
     static constexpr std::size_t kMaxProcesses = 500;  ///< the processes with the most records
-    static constexpr std::size_t kMaxExamples = 10;    ///< per group; the newest are kept
+    static constexpr std::size_t kMaxExamples = 10;    ///< per group: the newest entries
     static constexpr std::size_t kMaxLineBytes = 2000;
     static constexpr std::size_t kMaxExampleBytes = std::size_t{4} << 20;  ///< of all groups; after this, one per group
     /// \}

@@ -177,7 +177,7 @@
         }, [times, countsOf(group.steps)], place);
     };
 
-    /* A thousand canvases would take a second, so each is drawn when its group comes into view. */
+    /* Drawing a thousand canvases would take a second, so a chart is drawn when its group comes into view. */
     const observer = new IntersectionObserver((entries) => {
         for (const entry of entries) {
             if (entry.isIntersecting) {
