@@ -127,8 +127,8 @@ VOREL_NOINLINE std::size_t decodeFours(const T* text, std::size_t blocks, unsign
 }
 
 /// Decodes a block, and returns the number of groups before the first invalid character. Zeros are written after their
-/// bytes. This is a separate function that uses few registers, so short text does not save and restore the registers
-/// that Windows preserves.
+/// bytes. This is a separate function that uses few registers, so for short text, no registers are saved and restored
+/// for the caller.
 template <class T>
 VOREL_NOINLINE std::size_t decodeBlock(const T* text, unsigned char* out) noexcept {
     __m256i test;

@@ -62,7 +62,8 @@ private:
         : m_digits(loadTwice(table.digits)), m_multipliers(loadTwice(table.multipliers)) {}
 
     /// Puts eight bytes into each half of a register, as 16 bits each. For wide text, the first half has bytes 0 to 3
-    /// and 8 to 11, and the second half bytes 4 to 7 and 12 to 15, because units are unpacked in each half.
+    /// and 8 to 11, and the second half bytes 4 to 7 and 12 to 15, because the instructions that widen bytes to units
+    /// work on each half.
     static __m256i spreadBytes() noexcept {
         if constexpr (sizeof(T) == 1) {
             return _mm256_setr_epi8(0, -1, 1, -1, 2, -1, 3, -1, 4, -1, 5, -1, 6, -1, 7, -1,  //
@@ -97,11 +98,11 @@ void encode(const unsigned char* bytes, std::size_t count, HexCase letters, T* o
     }
 }
 
-/// The values of 32 digits. In `invalid`, the top bits of other characters are set. See Wojciech Muła, "Fast parsing
-/// and validating of hexadecimal numbers".
+/// The values of 32 hexadecimal digits. If a character is not a hexadecimal digit, the top bit of its byte in `invalid`
+/// is set. See Wojciech Muła, "Fast parsing and validating of hexadecimal numbers".
 __m256i valuesOf(__m256i characters, __m256i& invalid) noexcept {
-    // `decimal` is 0 to 9 for a decimal digit, and `letter` is 10 to 15 for a letter. In every other case, they are
-    // larger than 15.
+    // `decimal` is 0 to 9 for a decimal digit, and `letter` is 10 to 15 for a letter from A to F in either case. For
+    // all other characters, they are larger than 15.
     const __m256i moved = _mm256_add_epi8(characters, _mm256_set1_epi8(static_cast<char>(0xFF - '9')));
     const __m256i decimal =
         _mm256_sub_epi8(_mm256_subs_epu8(moved, _mm256_set1_epi8(6)), _mm256_set1_epi8(static_cast<char>(0xF0)));
@@ -112,7 +113,7 @@ __m256i valuesOf(__m256i characters, __m256i& invalid) noexcept {
     return values;
 }
 
-/// Sixteen bytes, each in 16 bits.
+/// Combines the values of 32 digits to sixteen bytes, each in 16 bits.
 __m256i bytesOf(__m256i values) noexcept {
     return _mm256_maddubs_epi16(values, _mm256_set1_epi16(0x0110));  // weights 16 and 1
 }
@@ -136,7 +137,7 @@ VOREL_NOINLINE std::size_t decodeTwos(const T* text, std::size_t blocks, unsigne
 }
 
 /// Decodes a block. Returns false and writes nothing if it has an invalid character. This is a separate function that
-/// uses few registers, so short text does not save and restore the registers that Windows preserves.
+/// uses few registers, so for short text, no registers are saved and restored for the caller.
 template <class T>
 VOREL_NOINLINE bool decodeBlock(const T* text, unsigned char* out) noexcept {
     __m256i invalid;

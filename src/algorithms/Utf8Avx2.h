@@ -14,8 +14,8 @@
 
 namespace vorel::algorithms {
 
-/// The numbers of elements read and written. The struct fits into a register, because one call converts at most 2^30
-/// elements.
+/// The numbers of elements read and written. One call converts at most 2^30 elements, so 32 bits are enough for each
+/// number, and the struct fits into one register.
 struct Progress {
     unsigned int read;
     unsigned int written;
@@ -48,7 +48,7 @@ Progress countEncodedAvx2(const void* units, std::size_t left, bool paired) noex
 inline constexpr Progress kNoProgress{0, 0};
 inline constexpr unsigned int kMaxProgress = 1u << 30;
 
-/// A shuffle for each mask of eight bits. It moves the elements or bytes that the mask keeps to the front.
+/// A shuffle for each mask of eight bits. It moves the elements or bytes whose bits are set to the front.
 struct Shuffles {
     unsigned char order[256][16];
 };
@@ -71,12 +71,12 @@ static inline unsigned int lowestBit(unsigned int mask) noexcept {
     return countBits((mask & (0 - mask)) - 1);
 }
 
-/// A mask of the lower `count` bits, fewer than 32.
+/// A mask of the lowest `count` bits. `count` must be below 32.
 static inline unsigned int lowBits(unsigned int count) noexcept {
     return (1u << (count & 31)) - 1;
 }
 
-/// The bits from `position` on, which is below 32.
+/// The bits of `mask` from `position` on. `position` must be below 32.
 static inline unsigned int bitsFrom(unsigned int mask, unsigned int position) noexcept {
     return mask >> (position & 31);
 }
@@ -114,10 +114,10 @@ static inline unsigned int bytesFrom(unsigned char first, __m256i block) noexcep
     return static_cast<unsigned int>(_mm256_movemask_epi8(isFrom));
 }
 
-/// Whether the text certainly continues in the next page: it has no zero and no ill-formed part before that page. The
-/// page of `bytes` has fewer than 32 bytes left. `left` is the number of bytes left in the text. `expected` has a bit
-/// for each of the next bytes that must be a trailing byte. In any other case, returns false, because the next page may
-/// not be readable.
+/// Whether the text certainly continues in the next page: `left`, the number of bytes left in the text, extends beyond
+/// this page, and the rest of this page has no zero, no byte above 0xF0, and no missing or surplus trailing byte.
+/// Otherwise returns false, because the next page may not be readable. The page of `bytes` must have fewer than 32
+/// bytes left. `expected` has a bit for each of the next bytes that must be a trailing byte.
 [[maybe_unused]] VOREL_NOINLINE static bool continuesInNextPage(const unsigned char* bytes, std::size_t left,
                                                                 unsigned int expected) noexcept {
     const auto rest = static_cast<unsigned int>(kPageBytes - offsetInPage(bytes));
