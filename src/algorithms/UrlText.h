@@ -160,9 +160,11 @@ inline UrlProgress encodeUrl(std::string_view text, const UrlTable& table, char*
         done = encodeUrlAvx2(text.data(), text.size(), table, out, capacity);
     }
     const auto encodeNext = [&] {
-        const UrlEscape& escape = table.bytes[static_cast<unsigned char>(text[done.read])];
+        // One load, because the compiler assumes that the store can change the table. The length is the last byte.
+        std::uint32_t escape = 0;
+        std::memcpy(&escape, &table.bytes[static_cast<unsigned char>(text[done.read])], sizeof escape);
         std::memcpy(out + done.written, &escape, sizeof escape);
-        done.written += escape.length;
+        done.written += escape >> 24;
         ++done.read;
     };
     constexpr std::size_t kLongest = 3;
