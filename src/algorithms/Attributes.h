@@ -7,10 +7,13 @@
 #define VOREL_ALWAYS_INLINE [[gnu::always_inline]] inline
 /// Keeps rare code, and its use of the stack, out of the function that calls it.
 #define VOREL_NOINLINE [[gnu::noinline]]
+/// The same, for code that so few calls need that its size counts more than its speed.
+#define VOREL_COLD [[gnu::cold, gnu::noinline]]
 /// For functions whose loads intentionally pass the end of an object, but not the end of its page.
 #define VOREL_NO_SANITIZE_ADDRESS [[gnu::no_sanitize_address]]
 #else
 #define VOREL_ALWAYS_INLINE __forceinline
 #define VOREL_NOINLINE __declspec(noinline)
+#define VOREL_COLD __declspec(noinline)
 #define VOREL_NO_SANITIZE_ADDRESS __declspec(no_sanitize_address)
 #endif

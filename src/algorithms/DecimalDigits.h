@@ -44,7 +44,7 @@ struct BinaryParts {
 
 /// Compares `value` * 10^`power` with `digits` + 1/2. Returns a number below 0, 0 (a tie), or a number above 0. The
 /// comparison is exact. It is needed only in the rare cases that 128 bits cannot decide.
-VOREL_NOINLINE constexpr int compareWithHalf(const BinaryParts& value, int power, std::uint64_t digits) noexcept {
+VOREL_COLD constexpr int compareWithHalf(const BinaryParts& value, int power, std::uint64_t digits) noexcept {
     BigInteger left(value.significand);
     BigInteger right(2 * digits + 1);
     const int twos = value.exponent + power + 1;

@@ -20,8 +20,8 @@ void storeEnd(const T* cursor, End** end) noexcept {
 
 /// Slow path of `readInteger`: handles null and numbers of any length.
 template <class Value, class T, class End>
-VOREL_NOINLINE Value readAnyInteger(const T* text, End** end, bool skipTrailingSpace) noexcept {
-    const Value value = text ? parseInteger<Value>(text, skipTrailingSpace) : 0;
+VOREL_COLD Value readAnyInteger(const T* text, End** end, bool skipTrailingSpace) noexcept {
+    const Value value = text ? parseIntegerStepByStep<Value>(text, skipTrailingSpace) : 0;
     storeEnd(text, end);
     return value;
 }

@@ -126,19 +126,26 @@ VOREL_ALWAYS_INLINE bool parseShortInteger(const T*& start, bool skipTrailingSpa
     return true;
 }
 
-/// The same for a number of any length.
+/// The same for a number of any length, digit by digit.
+template <class Value, class T>
+Value parseIntegerStepByStep(const T*& cursor, bool skipTrailingSpaces) noexcept {
+    skipSpaces(cursor);
+    const bool negative = consumeIntegerSign<Value>(cursor);
+    const auto value =
+        static_cast<Value>(negatedIf(negative, parseDigitsStepByStep<std::make_unsigned_t<Value>>(cursor)));
+    if (skipTrailingSpaces) {
+        skipSpaces(cursor);
+    }
+    return value;
+}
+
+/// The same for a number of any length, in blocks if it has the usual length.
 template <class Value, class T>
 Value parseInteger(const T*& cursor, bool skipTrailingSpaces) noexcept {
     Value value = 0;
-    if (!parseShortInteger(cursor, skipTrailingSpaces, value)) {
-        skipSpaces(cursor);
-        const bool negative = consumeIntegerSign<Value>(cursor);
-        value = static_cast<Value>(negatedIf(negative, parseDigitsStepByStep<std::make_unsigned_t<Value>>(cursor)));
-        if (skipTrailingSpaces) {
-            skipSpaces(cursor);
-        }
-    }
-    return value;
+    return parseShortInteger(cursor, skipTrailingSpaces, value)
+               ? value
+               : parseIntegerStepByStep<Value>(cursor, skipTrailingSpaces);
 }
 
 /// The maximum number of hexadecimal digits. The limits differ by design: narrow text may have more than eight digits,

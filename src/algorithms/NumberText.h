@@ -293,8 +293,8 @@ void copyTruncatedText(const T* text, std::size_t length, T* buffer, unsigned lo
 
 /// Writes a number to a buffer that may be too small for the number's text. Returns the buffer.
 template <class T>
-VOREL_NOINLINE T* writeTruncatedInteger(std::uint64_t magnitude, bool negative, T* buffer,
-                                        unsigned long long size) noexcept {
+VOREL_COLD T* writeTruncatedInteger(std::uint64_t magnitude, bool negative, T* buffer,
+                                    unsigned long long size) noexcept {
     T text[kMaxIntegerCharacters + 1];
     const std::uint64_t length = integerLength(magnitude, negative);
     writeInteger<Rest::Unspecified>(magnitude, negative, length, text);

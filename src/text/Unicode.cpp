@@ -51,7 +51,7 @@ BaseString<wchar_t> hexDump(const unsigned char* bytes) {
 }
 
 /// Reports a byte that does not start a sequence.
-bool rejectByte(const unsigned char* offending, bool throwOnError) {
+VOREL_COLD bool rejectByte(const unsigned char* offending, bool throwOnError) {
     if (throwOnError) {
         const BaseString<wchar_t> dump = hexDump(offending + 1);
         throw Exception(L"Error converting UTF-8 character (%ls)", dump.view().data());

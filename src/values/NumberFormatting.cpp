@@ -81,8 +81,7 @@ char* writeTruncated(double value, char* buffer, unsigned long long size, Format
 
 /// Writes a value that is not written as digits, or writes any value to a buffer that may be too small. Returns the
 /// buffer.
-VOREL_NOINLINE char* writeSpecial(double value, char* buffer, unsigned long long size,
-                                  FormattingOptions options) noexcept {
+VOREL_COLD char* writeSpecial(double value, char* buffer, unsigned long long size, FormattingOptions options) noexcept {
     if (value == 0.0) {
         buffer[0] = '0';
         buffer[1] = 0;
@@ -95,8 +94,8 @@ VOREL_NOINLINE char* writeSpecial(double value, char* buffer, unsigned long long
     return buffer;
 }
 
-VOREL_NOINLINE wchar_t* writeSpecial(double value, wchar_t* buffer, unsigned long long size,
-                                     FormattingOptions options) noexcept {
+VOREL_COLD wchar_t* writeSpecial(double value, wchar_t* buffer, unsigned long long size,
+                                 FormattingOptions options) noexcept {
     char text[kWorkCharacters];
     doubleToString(value, text, kWorkCharacters, options);
     std::copy_n(text, std::min<unsigned long long>(std::strlen(text) + 1, size), buffer);
