@@ -2,6 +2,7 @@
 /// The file of the DLL: its imports, the properties that make it load fast, its protections, and its debug information.
 
 #include <algorithm>
+#include <cstddef>
 #include <string>
 #include <vector>
 
@@ -81,6 +82,15 @@ TEST_F(DllFile, DependsOnlyOnTheSourcesAndHasItsDebugInformationElsewhere) {
     EXPECT_EQ(dll.timestamp(), 0u);
     EXPECT_THAT(sectionNames(dll), Not(Contains(StartsWith(".debug_"))));
     EXPECT_THAT(sectionNames(dll), Contains(".gnu_debuglink"));
+}
+
+// A change that needs more space raises the limit and names its reason; docs/performance.md says what takes the space.
+TEST_F(DllFile, IsNotLargerThanItsLimit) {
+    if (dll.isLinkedByLld()) {
+        GTEST_SKIP() << "the limit is that of GCC's code";
+    }
+    constexpr std::size_t kLimit = 420'000;
+    EXPECT_LE(dll.bytes().size(), kLimit);
 }
 
 TEST_F(DllFile, HasStackGuards) {
