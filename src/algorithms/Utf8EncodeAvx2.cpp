@@ -47,40 +47,6 @@ VOREL_ALWAYS_INLINE Start startOf(__m256i block, std::size_t left, bool paired, 
     return {packed(all, count), count};
 }
 
-/// The units of two blocks as bytes, and a mask of the units that are ASCII but not zero. The bits of `kInFirst` belong
-/// to the first block, and the bits of `kInSecond` to the second block.
-class PackedAscii {
-public:
-    static constexpr unsigned int kInFirst = 0x00FF00FF;
-    static constexpr unsigned int kInSecond = 0xFF00FF00;
-
-    VOREL_ALWAYS_INLINE PackedAscii(__m256i first, __m256i second) noexcept
-        // Saturated packing keeps 0x01 to 0x7F and turns every other unit into 0x00 or a byte from 0x80 on.
-        : m_bytes(_mm256_packus_epi16(first, second)),
-          m_ascii(maskOf(_mm256_cmpgt_epi8(m_bytes, _mm256_setzero_si256()))) {}
-    VOREL_ALWAYS_INLINE explicit PackedAscii(const unsigned char* units) noexcept
-        : PackedAscii(loadUnits(units), loadUnits(units + kBlockBytes)) {}
-
-    [[nodiscard]] bool isAscii() const noexcept { return m_ascii == ~0u; }
-    [[nodiscard]] bool isAscii(unsigned int units) const noexcept { return (~m_ascii & units) == 0; }
-
-    /// Whether all units are ASCII, zero, or at least 0x8000. Packing turns units of 0x8000 or more into zeros.
-    [[nodiscard]] bool hasOnlyZeros() const noexcept { return maskOf(m_bytes) == 0; }
-
-    /// The bytes in the order of the units.
-    [[nodiscard]] __m256i bytes() const noexcept { return _mm256_permute4x64_epi64(m_bytes, 0xD8); }
-
-    /// The number of units before the first unit that is zero or not ASCII.
-    [[nodiscard]] unsigned int start() const noexcept {
-        const __m256i isAscii = _mm256_cmpgt_epi8(bytes(), _mm256_setzero_si256());
-        return lowestBit(~maskOf(isAscii));
-    }
-
-private:
-    __m256i m_bytes;
-    unsigned int m_ascii;
-};
-
 /// The position in the units and in the output.
 struct Positions {
     const unsigned char* units;
@@ -296,42 +262,98 @@ VOREL_NOINLINE Progress encodePart(const unsigned char* units, std::size_t left,
     return {start.count, static_cast<unsigned int>(start.bytes.size())};
 }
 
-/// Encodes pairs of blocks that contain only ASCII, at the start of a text and in one page. If the text ends in the
-/// next pair, by its length or at a zero, encodes the ASCII at the start of that pair too, and writes zeros after it.
-VOREL_ALWAYS_INLINE Progress encodeAsciiStart(const unsigned char* units, std::size_t left, unsigned char* out,
+/// Copies `count` bytes, fewer than sixty-four, and nothing past them. Whole vectors are read.
+VOREL_ALWAYS_INLINE void copyBytes(const unsigned char* from, std::size_t count, unsigned char* to) noexcept {
+    constexpr std::size_t kVector = 32;
+    if (count >= kVector) {
+        const __m256i last = loadUnits(from + count - kVector);
+        _mm256_storeu_si256(reinterpret_cast<__m256i*>(to), loadUnits(from));
+        _mm256_storeu_si256(reinterpret_cast<__m256i*>(to + count - kVector), last);
+    } else if (count >= kVector / 2) {
+        const __m128i last = loadBytes(from + count - kVector / 2);
+        storeBytes(loadBytes(from), to);
+        storeBytes(last, to + count - kVector / 2);
+    } else {
+        storeFirstBytes(loadBytes(from), count, to);
+    }
+}
+
+/// Encodes up to `kMaxWritten` units and writes nothing past their bytes. Encodes nothing if these bytes exceed the
+/// capacity, which is less than `kMaxWritten`.
+VOREL_NOINLINE Progress encodeLast(const unsigned char* units, std::size_t left, unsigned char* out,
+                                   std::size_t capacity, bool paired) noexcept {
+    unsigned char buffer[4 * kMaxWritten];
+    const Progress all = encodeBlocks(units, atMost(kMaxWritten, left), buffer, sizeof buffer, paired);
+    if (all.read == 0 || all.written > capacity) {
+        return kNoProgress;
+    }
+    copyBytes(buffer, all.written, out);
+    return all;
+}
+
+/// Whether the text has no zero before the next page. Fewer than two blocks of the page are left.
+VOREL_ALWAYS_INLINE bool hasNoZeroInPage(const unsigned char* units) noexcept {
+    const std::size_t before = kPairBytes - (kPageBytes - offsetInPage(units));
+    const unsigned char* const last = units - before;
+    const std::uint64_t zeros = std::uint64_t{zerosOf(loadUnits(last + kBlockBytes))} << 32 | zerosOf(loadUnits(last));
+    return zeros >> before == 0;
+}
+
+/// Encodes units below 0x800 at the start of a text, up to the end of the next page. If the text ends in the next pair
+/// of blocks, by its length or at a zero, encodes the ASCII at the start of that pair too, and writes zeros after it.
+VOREL_ALWAYS_INLINE Progress encodeShortStart(const unsigned char* units, std::size_t left, unsigned char* out,
                                               std::size_t capacity) noexcept {
-    const std::size_t inPage = kPageBytes - offsetInPage(units);
-    std::size_t whole = left < capacity ? left : capacity;
-    whole = whole < inPage / 2 ? whole : inPage / 2;
-    Positions at = encodeAscii({units, out}, units + 2 * whole);
-    const std::size_t rest = left - static_cast<std::size_t>(at.out - out);
-    if (rest != 0 && static_cast<std::size_t>(out + capacity - at.out) >= kPairUnits &&
-        isInPage(at.units, kPairBytes)) {
+    const Constants& k = hidden(kConstants);
+    const unsigned char* const textEnd = units + 2 * left;
+    const unsigned char* const pageEnd = units + (kPageBytes - offsetInPage(units));
+    const unsigned char* const limit = out + capacity;
+    const unsigned char* end = textEnd < pageEnd ? textEnd : pageEnd;
+    const auto encodeAsciiPairs = [&](Positions at) {
+        const std::size_t room = 2 * static_cast<std::size_t>(limit - at.out);
+        return encodeAscii(at, static_cast<std::size_t>(end - at.units) < room ? end : at.units + room);
+    };
+    Positions at = encodeAsciiPairs({units, out});
+    if (capacity >= kMaxWritten) {
+        at = encodeShort(at, end, limit - kMaxWritten, k);
+        // A unit at an odd address crosses the border.
+        const bool isAtBorder = end != textEnd && pageEnd - at.units < std::ptrdiff_t{kPairBytes};
+        if (isAtBorder && offsetInPage(units) % 2 == 0 && (at.units == pageEnd || hasNoZeroInPage(at.units))) {
+            end = textEnd - pageEnd < std::ptrdiff_t{kPageBytes} ? textEnd : pageEnd + kPageBytes;
+            at = encodeShort(at, end, limit - kMaxWritten, k);
+        }
+    }
+    if (end - at.units >= std::ptrdiff_t{kPairBytes}) {
+        at = encodeAsciiPairs(at);
+    }
+    const std::size_t rest = static_cast<std::size_t>(textEnd - at.units) / 2;
+    if (rest != 0 && static_cast<std::size_t>(limit - at.out) >= kPairUnits && isInPage(at.units, kPairBytes)) {
         const PackedAscii pair(at.units);
         // If other units follow, another function encodes the pair faster.
         if (rest < kPairUnits || pair.hasOnlyZeros()) {
             at = storeStart(at, pair, rest);
         }
     }
-    const auto read = static_cast<unsigned int>(at.out - out);
-    return {read, read};
+    return {static_cast<unsigned int>((at.units - units) / 2), static_cast<unsigned int>(at.out - out)};
 }
 
 Progress encode(const void* units, std::size_t left, unsigned char* out, std::size_t capacity, bool paired) noexcept {
     left = atMost(kMaxProgress, left);
     const auto* const bytes = static_cast<const unsigned char*>(units);
-    // Most text begins with ASCII, and much text is only ASCII.
-    const bool isAscii = left != 0 && bytes[0] < 0x80 && bytes[1] == 0;
-    const Progress ascii = isAscii ? encodeAsciiStart(bytes, left, out, capacity) : kNoProgress;
-    unsigned int read = ascii.read;
-    unsigned int written = ascii.written;
+    // Much text has only units below 0x800, or begins with them.
+    const bool startsShort = left != 0 && bytes[1] < 8;
+    const Progress start = startsShort ? encodeShortStart(bytes, left, out, capacity) : kNoProgress;
+    unsigned int read = start.read;
+    unsigned int written = start.written;
     while (read != left && !isZero(bytes + 2 * std::size_t{read})) {
         const unsigned char* const next = bytes + 2 * std::size_t{read};
         Progress step = kNoProgress;
         if (capacity - written >= kMaxWritten) {
             step = encodeBlocks(next, left - read, out + written, capacity - written, paired);
-        } else if (isInPage(next, kBlockBytes)) {
-            step = encodePart(next, left - read, out + written, capacity - written, paired);
+        } else {
+            step = encodeLast(next, left - read, out + written, capacity - written, paired);
+            if (step.read == 0 && isInPage(next, kBlockBytes)) {
+                step = encodePart(next, left - read, out + written, capacity - written, paired);
+            }
         }
         if (step.read == 0) {
             break;

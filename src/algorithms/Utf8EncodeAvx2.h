@@ -173,6 +173,40 @@ struct FourPieces {
     }
 };
 
+/// The units of two blocks as bytes, and a mask of the units that are ASCII but not zero. The bits of `kInFirst` belong
+/// to the first block, and the bits of `kInSecond` to the second block.
+class PackedAscii {
+public:
+    static constexpr unsigned int kInFirst = 0x00FF00FF;
+    static constexpr unsigned int kInSecond = 0xFF00FF00;
+
+    VOREL_ALWAYS_INLINE PackedAscii(__m256i first, __m256i second) noexcept
+        // Saturated packing keeps 0x01 to 0x7F and turns every other unit into 0x00 or a byte from 0x80 on.
+        : m_bytes(_mm256_packus_epi16(first, second)),
+          m_ascii(maskOf(_mm256_cmpgt_epi8(m_bytes, _mm256_setzero_si256()))) {}
+    VOREL_ALWAYS_INLINE explicit PackedAscii(const unsigned char* units) noexcept
+        : PackedAscii(loadUnits(units), loadUnits(units + kBlockBytes)) {}
+
+    [[nodiscard]] bool isAscii() const noexcept { return m_ascii == ~0u; }
+    [[nodiscard]] bool isAscii(unsigned int units) const noexcept { return (~m_ascii & units) == 0; }
+
+    /// Whether all units are ASCII, zero, or at least 0x8000. Packing turns units of 0x8000 or more into zeros.
+    [[nodiscard]] bool hasOnlyZeros() const noexcept { return maskOf(m_bytes) == 0; }
+
+    /// The bytes in the order of the units.
+    [[nodiscard]] __m256i bytes() const noexcept { return _mm256_permute4x64_epi64(m_bytes, 0xD8); }
+
+    /// The number of units before the first unit that is zero or not ASCII.
+    [[nodiscard]] unsigned int start() const noexcept {
+        const __m256i isAscii = _mm256_cmpgt_epi8(bytes(), _mm256_setzero_si256());
+        return lowestBit(~maskOf(isAscii));
+    }
+
+private:
+    __m256i m_bytes;
+    unsigned int m_ascii;
+};
+
 /// Stores the UTF-8 of sixteen units below 0x800, and zeros after it. Returns the end of the UTF-8.
 VOREL_ALWAYS_INLINE unsigned char* storeUpToTwo(__m256i units, unsigned char* out, const Constants& k) noexcept {
     const __m256i lead = _mm256_srli_epi16(units, 6);
