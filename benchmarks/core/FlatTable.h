@@ -1,6 +1,6 @@
 /// \file
-/// A peer for hash maps: open addressing, by the method of Abseil's "Swiss tables" (M. Kulukundis, CppCon 2017). Each
-/// slot has a control byte with seven bits of the hash. A lookup compares sixteen control bytes at once.
+/// A hash map to compare with: open addressing, by the method of Abseil's "Swiss tables" (M. Kulukundis, CppCon 2017).
+/// Each slot has a control byte with seven bits of the hash. A lookup compares sixteen control bytes at once.
 #pragma once
 
 #include <bit>

@@ -33,7 +33,7 @@ Pass manyOf(One one) {
 }  // namespace
 
 void messages(Family& family) {
-    vorel::Exception::SetErrorLogSize(0);  // disables the log; the sync family measures its lines
+    vorel::Exception::SetErrorLogSize(0);  // switches the log off, so that only the exceptions are timed
     const std::vector<Peer> peers = {{"std::runtime_error + snprintf", manyOf(&standardException)}};
     family.compare("an exception with a narrow message", kExceptions, manyOf([](int number) -> std::uint64_t {
                        const vorel::Exception e("cannot open %s: error %d", "settings.txt", number);

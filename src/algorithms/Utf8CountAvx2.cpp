@@ -27,8 +27,8 @@ VOREL_ALWAYS_INLINE unsigned int offsetInBlock(const void* position) noexcept {
     return static_cast<unsigned int>(offsetInPage(position) % kBlock);
 }
 
-/// The number of bytes in the double blocks of this page, up to the first double block that contains a zero or a byte
-/// other than ASCII.
+/// The number of bytes in the double blocks within the page of `bytes` and within `left` bytes, up to the first double
+/// block that contains a zero or a non-ASCII byte.
 VOREL_ALWAYS_INLINE std::size_t countAscii(const unsigned char* bytes, std::size_t left) noexcept {
     constexpr std::size_t kDouble = std::size_t{2} * kBlock;
     const std::size_t inPage = kPageBytes - offsetInPage(bytes);
@@ -71,11 +71,12 @@ VOREL_ALWAYS_INLINE std::size_t sumOf(__m256i bytes) noexcept {
     return static_cast<std::size_t>(_mm_cvtsi128_si64(_mm_add_epi64(two, _mm_unpackhi_epi64(two, two))));
 }
 
-/// Counts the units of well-formed UTF-8, block by block.
+/// Counts the 16-bit units that UTF-8 text decodes to, block by block.
 class DecodedCount {
 public:
-    /// Counts the bytes of a block whose bits in `kept` are set. Returns false and counts nothing if these bytes
-    /// contain a zero, an ill-formed part, or a lead byte above 0xF0.
+    /// Counts the units that the bytes of a block decode to. Only bytes whose bits in `kept` are set are counted.
+    /// Returns false and counts nothing if these bytes contain a zero, a missing or surplus trailing byte, an overlong
+    /// form of four bytes, or a lead byte above 0xF0.
     VOREL_ALWAYS_INLINE bool add(const unsigned char* bytes, unsigned int kept) noexcept {
         const __m256i block = load32(bytes);
         const unsigned int notAscii = maskOf(block) & kept;
@@ -180,13 +181,13 @@ private:
 struct CountedBytes {
     std::size_t bytes;
     std::size_t units;
-    bool stopped;  // whether the page has another block, which was not counted
+    bool stopped;  // whether counting stopped before a block of this page
 };
 
-/// Counts the units of the blocks in one page, up to the first block that contains a zero, an ill-formed part, or a
-/// lead byte above 0xF0. At least three bytes of the text precede `bytes`. The loop does not branch on the kind of a
-/// character, because texts often switch between kinds. The check of the trailing bytes follows John Keiser and Daniel
-/// Lemire, "Validating UTF-8 in less than one instruction per byte".
+/// Counts the units of the blocks in one page, up to the first block that `DecodedCount` does not accept. At least
+/// three bytes of the text precede `bytes`. The loop does not branch on the kind of a character, because texts often
+/// switch between kinds. The check of the trailing bytes follows John Keiser and Daniel Lemire, "Validating UTF-8 in
+/// less than one instruction per byte".
 VOREL_ALWAYS_INLINE CountedBytes countPage(const unsigned char* bytes, std::size_t left) noexcept {
     static_assert(kPageBytes / kBlock < 256);  // each byte of a counter counts one byte of each block
     const auto every = [](unsigned char byte) { return _mm256_set1_epi8(static_cast<char>(byte)); };
@@ -220,7 +221,8 @@ VOREL_ALWAYS_INLINE CountedBytes countPage(const unsigned char* bytes, std::size
     return {at, sumOf(starts) + sumOf(fours), at != size};
 }
 
-/// The progress from `bytes` to `end`, without an incomplete last character. The next step counts that character.
+/// The progress from `bytes` to `end`, without an incomplete last character. The caller's scalar code counts that
+/// character.
 Progress completeCharacters(const unsigned char* bytes, const unsigned char* end, const DecodedCount& count) noexcept {
     auto read = static_cast<unsigned int>(end - bytes);
     unsigned int units = count.units();
@@ -274,15 +276,16 @@ Progress countDecodedAvx2(const unsigned char* bytes, std::size_t left) noexcept
 struct CountedUnits {
     std::size_t units;
     std::size_t bytes;
-    bool stopped;  // whether the page has two more blocks, which were not counted
+    bool stopped;  // whether counting stopped before two blocks of this page
 };
 
 /// Whether `countPage` stops at surrogates, or counts surrogate pairs.
 enum class SurrogatePairs { Stop, Counted };
 
-/// Counts the UTF-8 bytes of the units in one page, two blocks at a time. Stops at two blocks that contain a zero or,
-/// by `Rule`, a surrogate or an unpaired surrogate. At least one unit of the text precedes `units`. The loop does not
-/// branch on the kind of a character, because texts often switch between kinds.
+/// Counts the UTF-8 bytes of the units in one page, two blocks at a time. Stops before the first two blocks that
+/// contain a zero, any surrogate (if `Rule` is `Stop`), or an unpaired surrogate (if `Rule` is `Counted`). At least one
+/// unit of the text precedes `units`. The loop does not branch on the kind of a character, because texts often switch
+/// between kinds.
 template <SurrogatePairs Rule>
 VOREL_ALWAYS_INLINE CountedUnits countPage(const unsigned char* units, std::size_t left) noexcept {
     constexpr std::size_t kPair = std::size_t{2} * kBlock;
@@ -357,7 +360,7 @@ Progress countEncodedAvx2(const void* units, std::size_t left, bool paired) noex
     }
     auto read = static_cast<unsigned int>((at - bytes) / 2);
     unsigned int written = count.bytes();
-    if (!count.isComplete()) {  // the last unit begins a surrogate pair, which the next step counts
+    if (!count.isComplete()) {  // the last unit begins a surrogate pair, which the caller's scalar code counts
         read -= 1;
         written -= 2;
     }

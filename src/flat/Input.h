@@ -26,7 +26,8 @@ T& notNull(T* pointer) {
     return *pointer;
 }
 
-/// The number of units of an input. \throws ArgumentError if the input is null or too long.
+/// The number of units of an input. \throws ArgumentError if the input is too long, or null with a `count` other than
+/// 0.
 template <class Unit>
 std::size_t checkedCount(const Unit* input, std::size_t count) {
     if (!input && count != 0) {

@@ -21,7 +21,7 @@ using algorithms::Rest;
 
 constexpr unsigned long long kWorkCharacters = 64;
 
-/// Whether a value is written as digits, that is, whether it is finite and not 0.
+/// Whether the digits of a value must be computed: whether it is finite and not 0. Other values have fixed texts.
 bool hasDigits(double value) noexcept {
     constexpr std::uint64_t kInfinite = std::uint64_t{0x7FF0000000000000} << 1;  // without the sign
     return (std::bit_cast<std::uint64_t>(value) << 1) - 1 < kInfinite - 1;
@@ -43,7 +43,7 @@ std::string_view specialWord(double value, bool json) noexcept {
     return json ? "\"NaN\"" : "NaN";
 }
 
-/// Writes a finite value other than 0 and a terminator. `out` has space for `kDoubleCapacity` characters.
+/// Writes a finite value, which must not be 0, and then a terminator. `out` has space for `kDoubleCapacity` characters.
 template <Rest rest, class T>
 VOREL_ALWAYS_INLINE T* writeInForm(double value, T* out, FormattingOptions options) noexcept {
     return algorithms::writeDouble<rest>(
@@ -60,8 +60,9 @@ char* writeTruncated(double value, char* buffer, unsigned long long size, Format
     const char* const end = algorithms::writeDouble<Rest::Unspecified>(value, algorithms::DoubleForm::Raw, text);
     const auto length = static_cast<std::size_t>(end - text);
     if (isSmall(value)) {
-        // This text is never truncated, because callers provide enough space. A fraction that consists of zeros keeps
-        // one zero. The normalisation removes this zero unless the option requires it.
+        // This text is never truncated, because callers provide enough space. If no digit follows the point, a zero is
+        // inserted, which the normalisation could not insert if `size` is small. Without `FO_JSON`, the normalisation
+        // removes it.
         char* out = buffer;
         for (const char* next = text; next != end; ++next) {
             *out++ = *next;
@@ -79,8 +80,7 @@ char* writeTruncated(double value, char* buffer, unsigned long long size, Format
     return baseutil::makeDoubleFormatConsistent(buffer, size, options);
 }
 
-/// Writes a value that is not written as digits, or writes any value to a buffer that may be too small. Returns the
-/// buffer.
+/// Writes 0, an infinite value or NaN, or any value if the buffer may be too small. Returns the buffer.
 VOREL_COLD char* writeSpecial(double value, char* buffer, unsigned long long size, FormattingOptions options) noexcept {
     if (value == 0.0) {
         buffer[0] = '0';

@@ -213,7 +213,7 @@ TEST_F(Utf8Avx2, ConvertsAcrossPages) {
     }
 }
 
-/// Runs of one or two bytes per character are converted across pages without a stop at each border. They end at the
+/// Runs of one or two bytes per character are converted across pages without a stop at each border. The text ends at a
 /// zero or at the bound, directly before an inaccessible page.
 TEST_F(Utf8Avx2, ConvertsRunsOfSeveralPages) {
     for (const std::size_t index : {std::size_t{0}, std::size_t{1}}) {
@@ -266,7 +266,8 @@ TEST_F(Utf8Avx2, ConvertsRandomTextsOfSeveralPages) {
     }
 }
 
-/// A byte that does not start a sequence ends the input like a zero: the next page need not be readable.
+/// A byte that the conversion does not accept as a lead byte (a surplus trailing byte, 0xF1, 0xFF) ends the input like
+/// a zero: the next page need not be readable.
 TEST_F(Utf8Avx2, ReadsNothingPastAnInvalidByte) {
     for (const std::string last : {"\x80", "\xBF", "\xF1", "\xFF", "\xC3\xA9\x80", "\xE2\x82\xAC\x80"}) {
         for (const std::string before : {"a", "\xC3\xA9", "\xE2\x82\xAC", "\xF0\x9F\x98\x80"}) {
@@ -295,7 +296,7 @@ TEST_F(Utf8Avx2, EncodesWithZerosAfterTheText) {
 }
 
 TEST_F(Utf8Avx2, StopsBeforeMalformedText) {
-    // After characters of each kind: one trailing byte too many, one too few, an invalid lead byte, an overlong form.
+    // After characters of each kind: one trailing byte too many, one too few, a lead byte above 0xF0, an overlong form.
     for (const std::string damage : {"\x80", "\xC3z", "\xE2\x82z", "\xF1\x80\x80\x80", "\xF0\x8F\xBF\xBF", "\xF8"}) {
         for (const std::string before : {"", "a", "\xC3\xA9", "\xE2\x82\xAC", "\xF0\x9F\x98\x80"}) {
             for (std::size_t count = 0; count != 20; ++count) {

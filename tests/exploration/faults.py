@@ -1,7 +1,7 @@
 """Plants faults in the library, one at a time, and checks that the explorer finds each fault.
 
-Run it as `./dev explore --faults`. It needs the release build. With --others it also runs all other tests, to list the
-faults that only the explorer finds.
+Run it as `./dev explore --faults`, which first builds what is needed. With --others it also runs the other tests, except
+stress and exports, until one fails, to list the faults that only the explorer finds.
 """
 
 import argparse
@@ -138,7 +138,7 @@ def length_of(output):
 
 
 def found_by_others(bench, build):
-    """The first test that finds the planted fault; None if all pass."""
+    """The first test that finds the planted fault, or the file that does not compile; None if all pass."""
     for program in build.programs.values():
         if program.name == "exploration":
             continue
@@ -155,7 +155,7 @@ def found_by_others(bench, build):
 def main():
     parser = argparse.ArgumentParser(prog="./dev explore --faults", description=__doc__.split("\n\n", maxsplit=1)[0])
     parser.add_argument("name", nargs="?", default="", help="only faults whose names contain this text")
-    parser.add_argument("--others", action="store_true", help="also run all other tests with each fault")
+    parser.add_argument("--others", action="store_true", help="also look for a test of the other programs that finds each fault")
     parser.add_argument("--check", action="store_true", help="only check that the faults can be planted and are documented")
     options = parser.parse_args()
     for fault in FAULTS:

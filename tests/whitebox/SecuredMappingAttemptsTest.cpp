@@ -44,7 +44,7 @@ protected:
                                                     &mappingCreated);
     }
 
-    /// Resets the counters and the trace, but not the results that the test has set.
+    /// Resets the trace and the numbers of calls, but not the results that the test has set.
     void begin() {
         trace.clear();
         m_files = m_mappings = m_opens = 0;

@@ -29,7 +29,7 @@ std::string endingOf(const wchar_t* format) {
     return narrow;
 }
 
-/// The endings of the formats without a class name; the formats with a class name have the same endings.
+/// One format for each ending. Every other format of a record ends like one of these.
 const std::vector<Ending>& endings() {
     static const std::vector<Ending> table = {
         {endingOf(vorel::vexCatchAndThrowVorel), TrailStep::Rethrown},

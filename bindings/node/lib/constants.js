@@ -1,5 +1,5 @@
-// The numbers of the flat interface, named as in its headers without "VOREL_". test/constants.test.js compares the
-// numbers with the headers.
+// The numeric constants of the flat interface that this package uses, named as in its headers, but without the prefix
+// "VOREL_". test/constants.test.js compares the numbers with the headers.
 'use strict';
 
 module.exports = Object.freeze({

@@ -17,7 +17,7 @@ test('an ES module imports every name', async () => {
     }
 });
 
-test('the package exports its interface and its description only', () => {
+test('the package exports only its interface and its package.json', () => {
     assert.strictEqual(require('vorelcore'), vorel);
     assert.strictEqual(require('vorelcore/package.json').name, 'vorelcore');
     assert.throws(() => require('vorelcore/lib/native.js'), { code: 'ERR_PACKAGE_PATH_NOT_EXPORTED' });

@@ -1,6 +1,6 @@
 /// \file
-/// Thread-safe versions of the standard time conversions, and clocks. Times are seconds since 1970-01-01 UTC. Results
-/// are written to storage of the caller; every function may be called from any thread.
+/// Thread-safe versions of the standard time conversions, and clocks. The conversions take times in seconds since
+/// 1970-01-01 UTC. Results are written to storage of the caller; every function may be called from any thread.
 #pragma once
 
 #include <ctime>
