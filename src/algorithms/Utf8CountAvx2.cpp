@@ -221,6 +221,41 @@ VOREL_ALWAYS_INLINE CountedBytes countPage(const unsigned char* bytes, std::size
     return {at, sumOf(starts) + sumOf(fours), at != size};
 }
 
+/// Counts like `countPage`, but two blocks at a time and in fewer steps, because it also stops before lead bytes of
+/// four-byte sequences. The three bytes before `bytes` must not contain such a lead byte.
+VOREL_ALWAYS_INLINE CountedBytes countUpToThree(const unsigned char* bytes, std::size_t left) noexcept {
+    constexpr std::size_t kDouble = std::size_t{2} * kBlock;
+    static_assert(kPageBytes / kBlock < 256);  // each byte of a counter counts one byte of each block
+    const auto every = [](unsigned char byte) { return _mm256_set1_epi8(static_cast<char>(byte)); };
+    const __m256i zero = _mm256_setzero_si256();
+    const std::size_t inPage = kPageBytes - offsetInPage(bytes);
+    const std::size_t size = (inPage < left ? inPage : left) / kDouble * kDouble;
+    // The bytes that must be a trailing byte, but are not, and the bytes that must not be one.
+    const auto misplaced = [&](const unsigned char* block, __m256i isStart) {
+        const __m256i required = _mm256_or_si256(_mm256_subs_epu8(load32(block - 1), every(0xBF)),
+                                                 _mm256_subs_epu8(load32(block - 2), every(0xDF)));
+        return _mm256_xor_si256(_mm256_cmpeq_epi8(required, zero), isStart);
+    };
+    __m256i starts = zero;
+    std::size_t at = 0;
+    for (; at != size; at += kDouble) {
+        const __m256i first = load32(bytes + at);
+        const __m256i second = load32(bytes + at + kBlock);
+        const __m256i firstStart = _mm256_cmpgt_epi8(first, every(0xBF));
+        const __m256i secondStart = _mm256_cmpgt_epi8(second, every(0xBF));
+        const __m256i isMisplaced =
+            _mm256_or_si256(misplaced(bytes + at, firstStart), misplaced(bytes + at + kBlock, secondStart));
+        const __m256i isOther = _mm256_or_si256(_mm256_subs_epu8(_mm256_max_epu8(first, second), every(0xEF)),
+                                                _mm256_cmpeq_epi8(_mm256_min_epu8(first, second), zero));
+        const __m256i stops = _mm256_or_si256(isMisplaced, isOther);
+        if (_mm256_testz_si256(stops, stops) == 0) {
+            break;
+        }
+        starts = _mm256_sub_epi8(starts, _mm256_add_epi8(firstStart, secondStart));
+    }
+    return {at, sumOf(starts), at != size};
+}
+
 /// The progress from `bytes` to `end`, without an incomplete last character. The caller's scalar code counts that
 /// character.
 Progress completeCharacters(const unsigned char* bytes, const unsigned char* end, const DecodedCount& count) noexcept {
@@ -245,6 +280,7 @@ Progress countDecodedAvx2(const unsigned char* bytes, std::size_t left) noexcept
     const unsigned char* at = bytes - offset;
     const unsigned char* const end = bytes + atMost(kMaxProgress, left);
     DecodedCount count;
+    bool hasFours = false;  // whether the text here has sequences of four bytes
     if (static_cast<std::size_t>(end - at) < kBlock || !count.add(at, ~0u << offset)) {
         return kNoProgress;
     }
@@ -257,9 +293,19 @@ Progress countDecodedAvx2(const unsigned char* bytes, std::size_t left) noexcept
                 count.pass(at, ascii);
                 continue;
             }
-            const CountedBytes counted = countPage(at, static_cast<std::size_t>(end - at));
-            at += counted.bytes;
-            count.pass(at, counted.units);
+            CountedBytes counted = {0, 0, true};
+            if (!hasFours && at[-1] < 0xF0 && at[-2] < 0xF0 && at[-3] < 0xF0) {
+                counted = countUpToThree(at, static_cast<std::size_t>(end - at));
+                at += counted.bytes;
+                count.pass(at, counted.units);
+            }
+            if (counted.stopped || counted.bytes == 0) {
+                const bool wasStopped = counted.stopped;
+                counted = countPage(at, static_cast<std::size_t>(end - at));
+                at += counted.bytes;
+                count.pass(at, counted.units);
+                hasFours = wasStopped && counted.bytes != 0;
+            }
             if (!counted.stopped) {
                 continue;
             }
