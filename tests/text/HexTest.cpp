@@ -251,6 +251,26 @@ TYPED_TEST(HexText, HexStringToByteArray_WithLength) {
     EXPECT_EQ(valuesOf(bytes), (Bytes{0x40, 0x42}));
 }
 
+// An array without storage gets five slots, doubled until they are enough. Slots after the bytes are zeros.
+TYPED_TEST(HexText, HexStringToByteArray_DoublesFiveSlots) {
+    struct Case {
+        unsigned int count;
+        unsigned int slots;
+    };
+    for (const Case& c : {Case{1, 5}, Case{5, 5}, Case{6, 10}, Case{10, 10}, Case{11, 20}, Case{41, 80}, Case{160, 160},
+                          Case{161, 320}, Case{5000, 5120}}) {
+        const std::basic_string<TypeParam> text(std::size_t{2} * c.count, TypeParam{'F'});
+        Array<unsigned char> bytes;
+        util::hexStringToByteArray(text.c_str(), bytes);
+        EXPECT_EQ(bytes.size(), c.count);
+        ASSERT_EQ(bytes.allocated(), c.slots) << c.count;
+        bytes.setCount(c.slots);
+        for (unsigned int slot = 0; slot != c.slots; ++slot) {
+            ASSERT_EQ(bytes[slot], slot < c.count ? 0xFF : 0) << c.count << ", slot " << slot;
+        }
+    }
+}
+
 TYPED_TEST(HexText, RandomTextsAgreeWithTheReference) {
     test::PageEdge<TypeParam> edge(1024);
     test::forEachRandomInput(20000, [&](test::RandomText& random) {
