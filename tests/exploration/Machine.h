@@ -143,7 +143,6 @@ private:
     void release(KernelObject& object);
     void abandon(TaskId task);
     Section& section(const CRITICAL_SECTION* address);
-    Section* ownSection(const CRITICAL_SECTION* address, const char* call);
     std::string label(HANDLE handle) const;
 
     FileSystem m_files;
