@@ -27,9 +27,9 @@ constexpr std::uint64_t kMaxCapacity = 0xFFFFFFFFu;
 /// The size in units of the buffer on the stack for a short rendering.
 constexpr unsigned int kShortText = 512;
 
-/// How often a rendering may fail although the text fits when it is measured afterwards. The text then became shorter
-/// between the two calls, so another attempt can succeed. The limit ends the loop if the runtime rejects the text for
-/// another reason.
+/// The maximum number of renderings that fail although the text fits into the buffer when it is measured afterwards.
+/// This happens if another thread shortens an argument between the two calls; the next rendering can then succeed. The
+/// limit ends the loop if the runtime rejects the text for another reason.
 constexpr unsigned int kMaxFailures = 16;
 
 /// The capacity of a new buffer for `count` units and a terminator. It does not depend on the old capacity.
@@ -88,7 +88,7 @@ bool StringAccess<T>::tryReserve(BaseString<T>& string, unsigned int count, bool
         return true;
     }
     if (count < string.m_capacity) {
-        // An unknown length has all bits set, so it is reduced as well.
+        // An unknown length is the largest number, so `count` replaces it, too.
         string.m_length = std::min(string.m_length, count);
         string.m_data[count] = 0;
         return true;
@@ -102,7 +102,8 @@ bool StringAccess<T>::tryReserve(BaseString<T>& string, unsigned int count, bool
     if (discard) {
         string.m_length = BaseString<T>::kUnknownLength;
     } else if (string.m_data) {
-        // An unknown length is counted but not stored, because the caller may continue to write.
+        // If the length is unknown, the units are counted for this copy, but the length stays unknown, because the
+        // caller may continue to write to the buffer.
         const bool known = string.m_length != BaseString<T>::kUnknownLength;
         const unsigned int length = known ? string.m_length : lengthOf(string.m_data);
         copyUnits(grown, string.m_data, std::min(length + 1, string.m_capacity));
@@ -158,7 +159,7 @@ template <class T>
 void assign(BaseString<T>& string, const T* text, unsigned int length) {
     unsigned int capacityWanted = 0;
     if (!StringAccess<T>::tryAssign(string, text, length, capacityWanted)) {
-        // The allocation is not repeated, because a second buffer would not contain the text.
+        // Calling `reserve` for the exception would allocate again. If that succeeded, the string would lack the text.
         detail::throwMemory(capacityWanted, sizeof(T));
     }
 }
@@ -208,7 +209,7 @@ T* BaseString<T>::reserve(unsigned int count, bool discard) {
     return m_data;
 }
 
-// There are two functions, because the compiler checks the arguments of the narrow function only.
+// Each width has its own definition, because the declarations differ: the compiler checks narrow formats only.
 template <>
 BaseString<char>& BaseString<char>::format(const char* fmt, ...) {
     va_list args;

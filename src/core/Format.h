@@ -1,7 +1,8 @@
 /// \file
-/// The only access to the runtime's print functions. All rendering in the library uses these functions. They have the
-/// legacy null-termination behaviour and avoid the compiler's replacements, so texts and counts are the same as the
-/// runtime's. In wide formats `%s` takes wide text, as it does by default in the runtime.
+/// Rendering by the runtime's print functions. No other file of the library calls the print functions. Rendering into a
+/// buffer has the runtime's legacy null-termination behaviour. The compiler's replacements of the print functions are
+/// not used, so texts and counts are the same as the runtime's. In wide formats `%s` takes wide text, as it does by
+/// default in the runtime.
 #pragma once
 
 #include <algorithm>

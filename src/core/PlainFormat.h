@@ -37,8 +37,8 @@ public:
         return true;
     }
 
-    /// Appends a zero-terminated text. Also returns false if a text of the other width is not ASCII, because its
-    /// conversion depends on the locale.
+    /// Appends a zero-terminated text. If the text has another width than the buffer and is not ASCII, also returns
+    /// false, because its conversion depends on the locale.
     template <class From>
     bool append(const From* text) noexcept {
         for (;;) {
@@ -96,7 +96,7 @@ private:
     T* m_last;
 };
 
-/// The sizes of a conversion's argument. `Default` is the width of the format for texts, and `int` for integers.
+/// The size of a conversion's argument. With `Default`, a text has the width of the format, and an integer is an `int`.
 enum class ArgumentSize {
     Default,
     Short,  // h
@@ -135,7 +135,7 @@ ArgumentSize readArgumentSize(const T*& fmt) noexcept {
 ///
 /// - if it has a conversion other than `%%`, `%s` and the integers `%d`, `%i`, `%u`, `%x` and `%X`;
 /// - if a conversion has a flag, a width, a precision or an unusual prefix;
-/// - if a text of the other width is not ASCII;
+/// - if an argument is a text whose width differs from the format's, and the text is not ASCII;
 /// - if text and terminator do not fit.
 template <class T>
 int renderPlainFormat(T* buffer, std::size_t size, const T* fmt, va_list args) noexcept {

@@ -9,8 +9,8 @@
 /// it to each other. The class is standard-layout, so its layout is the same with every compiler. Lengths and
 /// capacities are in code units (`char`, or UTF-16 units of `wchar_t`).
 ///
-/// Members marked `VOREL_API` are compiled into the library, for both widths. The short members are inline. Those
-/// marked `VOREL_API_INLINE` are also exported, so a program can call the library's copy instead.
+/// Members marked `VOREL_API` are compiled into the library, for both widths. The short members are inline, so each
+/// program compiles its own copy. The library also exports the inline members that are marked `VOREL_API_INLINE`.
 ///
 /// Several threads may read a string at the same time. While a thread changes a string, no other thread may use it.
 #pragma once

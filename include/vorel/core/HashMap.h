@@ -57,11 +57,12 @@ namespace detail {
 
 /// `hash` modulo `count`. `count` must not be 0. The function multiplies by a reciprocal, because on many processors a
 /// 64-bit integer division takes several times as long as a floating-point division. The reciprocal depends on `count`
-/// only, so a loop computes it once, and other code computes it while the hash is computed.
+/// only. So a loop computes it once; otherwise the processor can compute it at the same time as the hash.
 ///
-/// `count` is shifted until its highest bit is bit 31. The reciprocal is at most 2^95 divided by the shifted count. Its
-/// estimate is smaller than this by less than 2^15. One step of Newton's method reduces the difference to slightly more
-/// than 1. So the quotient is exact or too small by 1, and the larger the count, the rarer is the correction.
+/// `count` is shifted until its highest bit is bit 31. The reciprocal is at most 2^95 divided by the shifted count. The
+/// floating-point estimate is smaller than this limit by less than 2^15. One step of Newton's method reduces the
+/// difference to slightly more than 1. So the quotient is exact or too small by 1. If it is too small, the last line
+/// corrects the remainder; the larger the count, the rarer this is.
 inline std::uint32_t remainderOf(std::uint64_t hash, std::uint32_t count) noexcept {
 #if defined(__SIZEOF_INT128__)
     __extension__ using Wide = unsigned __int128;

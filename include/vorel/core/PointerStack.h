@@ -1,5 +1,5 @@
 /// \file
-/// `PointerStack<T>`: a stack of pointers. It does not own the objects that they point to.
+/// `PointerStack<T>`: a stack of pointers to objects that the stack does not own.
 #pragma once
 
 #include "vorel/core/Array.h"
