@@ -88,8 +88,8 @@ void append(const char* path, LogLine& line) noexcept {
     }
 }
 
-/// The path of one line: the caller's path, or a copy of the log location. The copy is made once, so the size check and
-/// the line use the same path.
+/// The path of one line: the caller's path, or a copy of the log location. The size check and the line use the same
+/// copy, because another thread may change the location between them.
 class LinePath {
 public:
     explicit LinePath(const char* own) noexcept : m_text(own && *own ? own : m_location) {
