@@ -21,7 +21,7 @@ enum {
 
 /// Sets `order` to -1, 0 or 1 if `a` is before, equal to, or after `b`. Units are compared by their values.
 ///
-///     "file9", "file10"  ->  1, with VOREL_COMPARE_NUMERIC -1
+///     "file9", "file10"  ->  1        with VOREL_COMPARE_NUMERIC  ->  -1
 VOREL_API vorel_status vorel_compare(const vorel_char16* a, size_t aLength, const vorel_char16* b, size_t bLength,
                                      uint32_t flags, int32_t* order);
 

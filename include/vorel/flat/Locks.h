@@ -14,9 +14,9 @@ extern "C" {
 #define VOREL_WAIT_FOREVER 0xFFFFFFFFu
 
 /// \name Named mutex
-/// A recursive lock. The thread that locks it becomes its owner, but only through the handle of that call: other
-/// handles of the mutex cannot unlock it. If the owner ends without unlocking the mutex, the next thread that locks it
-/// becomes the owner, with a warning in the error log.
+/// A recursive lock. The thread that locks it becomes its owner. The owner must unlock the mutex through the handle
+/// with which it locked the mutex; other handles cannot unlock it. If the owner ends without unlocking the mutex, the
+/// next thread that locks it becomes the owner, with a warning in the error log.
 /// \{
 
 /// A handle of a named mutex.
