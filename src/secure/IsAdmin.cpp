@@ -12,8 +12,8 @@ namespace {
 
 using detail::KernelHandle;
 
-/// Opens the token that the thread impersonates, so that the token can be restored. `impersonated` stays empty if the
-/// thread has no token. Returns false if the token cannot be opened.
+/// Opens the thread's impersonation token, so that it can be restored later. If the thread has no token, `impersonated`
+/// stays empty, and the result is true. Returns false if the token cannot be opened.
 bool openImpersonationToken(KernelHandle& impersonated) noexcept {
     // Either this process or the client itself may lack access to the client's token.
     for (const BOOL asProcess : {TRUE, FALSE}) {
@@ -29,8 +29,8 @@ bool openImpersonationToken(KernelHandle& impersonated) noexcept {
     return false;
 }
 
-/// Runs `question` while the thread impersonates its own process, then restores the previous token, because a service
-/// that acts for a client must not continue with the rights of the service. Returns the answer; false after a failure.
+/// Runs `question` while the thread impersonates its own process, and returns the answer; false after a failure. Then
+/// restores the previous token, because a service that acts for a client must not continue with the service's rights.
 bool askAsSelf(bool (*question)() noexcept) noexcept {
     KernelHandle impersonated;
     if (!openImpersonationToken(impersonated) || !ImpersonateSelf(SecurityImpersonation)) {

@@ -14,7 +14,7 @@ enum class SecurityStep { MakeSid, AllocateAcl, InitializeAcl, AddDenied, AddAll
 
 struct SecurityStepDescription {
     const wchar_t* call;  ///< the system call of the step
-    bool namesOperation;  ///< whether every message about the step's failure names the operation
+    bool namesOperation;  ///< whether the failure text of `ObtainAccessableEvent` begins with the operation's name
 };
 
 /// Indexed by `SecurityStep`.

@@ -11,7 +11,8 @@
 namespace vorel {
 
 /// Creates the mapping `name` of `file` (INVALID_HANDLE_VALUE: of the paging file). If that fails, opens the mapping
-/// with `desiredAccess`. `sizeHigh` and `sizeLow` are the halves of its size in bytes (both 0: the size of the file).
+/// with `desiredAccess`. `sizeHigh` and `sizeLow` are the upper and the lower 32 bits of the mapping's size in bytes
+/// (both 0: the size of the file).
 ///
 /// `created`, which may be null, becomes 1 if the mapping is new, and 0 otherwise. The function tries only once. If
 /// another process has created the mapping but ends before this call opens it, the result is null; call again in that
