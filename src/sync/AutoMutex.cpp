@@ -155,10 +155,10 @@ void AutoMutex::unlock() {
         if (!detail::MutexAccess::isHeldByCaller(*this)) {
             return;
         }
-        SetLockCount(false);  // counted first, because another thread may count its lock right after the release
+        SetLockCount(false);  // before the release, because another thread may count its lock right after the release
         if (!ReleaseMutex(m_mutex.get())) {
             const DWORD error = GetLastError();
-            SetLockCount(true);  // counted before the system's text is fetched, because fetching may fail
+            SetLockCount(true);  // before the system's text is fetched, because fetching may throw
             SetLastError(error);
             const Reason reason(WAIT_FAILED);
             throw Exception(L"AutoMutex::unlock: Failed to release mutex %ls: %ls", name(), reason.text());
@@ -172,8 +172,8 @@ void AutoMutex::requireMutex(const wchar_t* message) const {
     }
 }
 
-/// Waits for the mutex. Acquiring an abandoned mutex is a success, because the caller then owns the mutex. The record
-/// of the owner that ended is cleared.
+/// Waits for the mutex. Acquiring an abandoned mutex is a success, because the caller then owns the mutex. The lock
+/// count and the id of the thread that ended are cleared.
 unsigned long AutoMutex::waitFor(unsigned int timeout) {
     const DWORD result = WaitForSingleObject(m_mutex.get(), timeout);
     if (result != WAIT_ABANDONED) {

@@ -14,9 +14,9 @@
 /// thread ends while it holds a mutex, or its process is killed, the next thread that locks the mutex acquires it, with
 /// a warning in the error log.
 ///
-/// Such a mutex is called abandoned. The system reports this only once: to the object that locks the mutex next. If the
-/// ended thread held the mutex through another object, that other object still records the thread's id and its holds.
-/// This has the following effects on that object:
+/// A mutex whose owner has ended is called abandoned. The system reports an abandoned mutex only once: to the object
+/// that locks the mutex next. If the ended thread held the mutex through another object, that other object still
+/// records the thread's id and the number of its holds. This has the following effects on the object with this record:
 ///
 /// - On every thread with another id, `lock` and `tryLock` throw "Mutex ...: Trying to increment lock count ..." and
 ///   release the mutex, and `unlock` does nothing. Other objects are not affected.
@@ -60,8 +60,8 @@ public:
     AutoMutex(const Narrow* name, bool lockNow, bool flag)
         : AutoMutex(detail::NarrowName(name).wide(), lockNow, flag) {}
 
-    /// Releases every hold of the object and closes the mutex. If another thread holds the object, waits up to a
-    /// minute.
+    /// Releases every hold of the object and closes the mutex. If another thread holds the mutex through this object,
+    /// waits up to a minute.
     /// \throws Exception, unless another exception unwinds the stack.
     virtual ~AutoMutex() noexcept(false);
 
