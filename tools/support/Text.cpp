@@ -16,8 +16,8 @@ bool isUnsupportedLead(char byte) noexcept {
     return (static_cast<unsigned char>(byte) & 0xFDU) == 0xF1U;
 }
 
-/// The position, at or after `from`, of the next zero or of the next valid sequence that the decoder does not support;
-/// the end of `text` if there is none.
+/// The end of the piece that begins at `from` and is passed to the library's decoder. A piece ends before a zero,
+/// before a valid sequence that the decoder rejects, or at the end of `text`.
 std::size_t endOfPiece(std::string_view text, std::size_t from) noexcept {
     const auto stops = [](char byte) { return byte == '\0' || isUnsupportedLead(byte); };
     for (const auto* position = text.begin() + static_cast<std::ptrdiff_t>(from);; ++position) {

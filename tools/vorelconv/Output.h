@@ -1,6 +1,7 @@
 /// \file
-/// The output of a command. The output is written to a temporary file in the folder of the given file. When it is
-/// complete, it replaces the given file. If the given name is a link, the link is kept, and its target is replaced.
+/// The output of a command: standard output or a file. The content of a file is first written to a temporary file in
+/// the same folder. When the temporary file is complete, it replaces the given file. If the given name is a link, the
+/// link is kept, and its target is replaced.
 #pragma once
 
 #include <cstdint>

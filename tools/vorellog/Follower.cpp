@@ -32,7 +32,7 @@ Follower::Progress Follower::poll() {
 }
 
 /// Opens a consistent pair of files. If the backup is the same before and after the log is opened, no rotation happened
-/// in between, because no other file can get the id of a file that is open.
+/// in between, because no other file can get the id of the backup while the backup is open.
 Follower::Pair Follower::openPair() {
     constexpr unsigned int kMaxAttempts = 100;
     const auto sameFile = [](const LogFile* a, const LogFile* b) { return a && b ? a->id() == b->id() : a == b; };

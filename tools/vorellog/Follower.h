@@ -4,8 +4,8 @@
 ///
 /// Writers open the log by name for each line and do not announce a rotation. So each poll opens both files, continues
 /// in the file that was read last, and closes both files. Because no file stays open between polls, a deleted log
-/// really disappears, and writers can create it again. Only the backup stays open until it is read to its end. Until
-/// then, writers may be unable to rotate the log again.
+/// really disappears, and writers can create it again. A poll that reads the backup keeps the backup open until it has
+/// read the backup to its end. During this time, writers may be unable to rotate the log again.
 ///
 /// The file that was read last is recognised by its id and by the bytes before the read position, because a new file
 /// may have the same id.

@@ -43,7 +43,7 @@ void appendArray(std::string& out, std::size_t size, Append&& append) {
     out += ']';
 }
 
-/// Adds the counts of `steps` as pairs of step and count, in the steps of `all`.
+/// Adds the counts of `steps` as pairs of a step number and a count. The numbers count the steps of `all`, from 0.
 void addSteps(JsonObject& object, const Histogram& steps, const Histogram& all, std::string& out) {
     const LocalMs start = all.steps().front().from;
     std::map<LocalMs, unsigned long long> counts;

@@ -18,8 +18,8 @@ struct TailStart {
 /// The start of a part of the log that contains the last `settings.tail` entries and is not much longer than these
 /// entries. Returns nullopt if the log must be read from its start, because it has fewer entries or is not plain UTF-8.
 ///
-/// With `settings.fold`, trails that began before the part are incomplete: at most one trail for each thread. So the
-/// part then has additional entries.
+/// With `settings.fold`, trails that began before the part are incomplete. There is at most one such trail for each
+/// thread. So the part then contains additional entries before the last `settings.tail` entries.
 std::optional<TailStart> findTailStart(LogFiles& files, const Settings& settings);
 
 }  // namespace vorellog
