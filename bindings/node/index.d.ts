@@ -49,7 +49,8 @@ export interface BinaryText {
 }
 
 /**
- * UTF-8 by the rules of the library: sequences of one to six bytes, with few checks. Texts may contain zero characters.
+ * UTF-8 by the rules of the library: sequences of one to four bytes and of six bytes, with few checks. Texts may
+ * contain zero characters.
  */
 export const utf8: {
     /** An unpaired surrogate becomes "?". */
@@ -60,7 +61,7 @@ export const utf8: {
 /** Standard Base64. The decoder skips white space and ignores text after the padding. */
 export const base64: BinaryText;
 
-/** Daylight encoding of bit strings. */
+/** The Daylight encoding: bytes as the characters . + 0-9 A-Z a-z. */
 export const daylight: BinaryText;
 
 /** Two hexadecimal digits for each byte. The decoder accepts both cases and a leading "0x". */
@@ -271,7 +272,7 @@ export class Condition {
     readonly name: string;
     readonly closed: boolean;
     signal(): void;
-    /** Returns whether there was a signal within `timeoutMs` milliseconds (default: no limit). Blocks the event loop. */
+    /** Waits up to `timeoutMs` milliseconds and returns whether there was a signal. Blocks the event loop. */
     wait(timeoutMs?: number): boolean;
     /**
      * Waits like `wait`, without blocking the event loop. The number of such waits is not limited. Beyond two waits at

@@ -1,5 +1,6 @@
 // Measures the package against Node's own functions: `test/run ratios <folder> <dll>`. V8 joins the pieces of a long
-// text when the text is read, so there is one line with a read and one line without.
+// text only when the text is read. So one line measures a call whose result is read, and another line a call whose
+// result is not read.
 'use strict';
 
 const { base64, hex, parse, scan } = require('..');
