@@ -64,8 +64,8 @@ public:
     /// Adds an entry of one or more records. Returns its group, or null if it belongs to no group.
     const Group* add(std::span<const Record> records, ProcessNumber process);
 
-    /// The groups. Groups with more entries come first. If the numbers of entries are equal, the latest group comes
-    /// first.
+    /// The groups. Groups with more entries come first. If the numbers of entries are equal, the group with the latest
+    /// entry comes first.
     [[nodiscard]] std::vector<const Group*> sorted() const;
 
     [[nodiscard]] std::size_t size() const noexcept { return m_groups.size(); }

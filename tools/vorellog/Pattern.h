@@ -15,7 +15,7 @@ namespace vorellog {
 
 class Pattern {
 public:
-    /// `^` and `$` match at each line of a text.
+    /// `^` and `$` match at the start and at the end of each line of a text.
     /// \throws tools::UsageError if the expression is invalid.
     Pattern(std::string_view expression, bool ignoreCase);
     ~Pattern();

@@ -13,7 +13,7 @@
 
 namespace vorellog {
 
-/// The number of a process, from 0 in the order of their first records.
+/// The number of a process. Processes are numbered from 0, in the order of their first records.
 using ProcessNumber = std::uint32_t;
 
 class ProcessTable {

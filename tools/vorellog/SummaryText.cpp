@@ -15,7 +15,8 @@ constexpr std::size_t kCountWidth = 10;
 constexpr Damage kKinds[] = {Damage::Cut, Damage::MidLine, Damage::NoHeader, Damage::BadUtf8};
 static_assert(std::size(kKinds) == kDamages - 1);
 
-/// The width of a column in code points. Columns are misaligned only for scripts with wide or combining characters.
+/// The number of code points of `text`. A code point counts as one column, so only wide or combining characters
+/// misalign the table.
 std::size_t widthOf(std::string_view text) noexcept {
     return static_cast<std::size_t>(
         std::count_if(text.begin(), text.end(), [](char c) { return (static_cast<unsigned char>(c) & 0xC0) != 0x80; }));

@@ -16,7 +16,8 @@ constexpr unsigned long long kFirstPartBytes = std::size_t{1} << 18;
 constexpr unsigned int kGrowth = 4;  // factor by which the part grows until it has enough entries
 constexpr unsigned long long kMaxOpenTrails = 1000;
 
-/// The position of the first line of `text` that begins with a header; npos if there is none.
+/// The position of the first line of `text` that begins with a header; npos if there is none. The text before the first
+/// line feed is skipped, because it may be the end of a line.
 std::size_t findFirstRecord(std::string_view text) noexcept {
     for (std::size_t feed = text.find('\n'); feed != std::string_view::npos; feed = text.find('\n', feed + 1)) {
         const std::string_view line = text.substr(feed + 1);

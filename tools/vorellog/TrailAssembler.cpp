@@ -14,7 +14,8 @@ constexpr std::size_t kMaxSpareTrails = 64;
 constexpr std::size_t kMaxSpareRecords = 256;
 constexpr std::size_t kMaxSpareTextBytes = 4096;
 
-/// The index of the record of `trail` whose message has the same form as the message of `record`.
+/// The index of the first record of `trail` whose message has the same form as the message of `record`; nullopt if
+/// there is none.
 std::optional<std::size_t> findSameForm(const Trail& trail, const Record& record) {
     const auto& records = trail.records;
     const std::string_view message = record.parsedBody().message;

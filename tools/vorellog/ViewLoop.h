@@ -35,7 +35,7 @@ public:
     static constexpr LocalMs kPollMs = 100;
     static constexpr LocalMs kBusyMs = 5;         ///< time between two attempts to read a busy file
     static constexpr LocalMs kMaxBusyMs = 10000;  ///< a longer busy time is a failure, or with --follow a message
-    static constexpr LocalMs kLineEndMs = 200;    ///< then the writer of an incomplete line counts as dead
+    static constexpr LocalMs kLineEndMs = 200;    ///< how long the loop waits for the rest of an incomplete line
 
     /// The references must outlive this object.
     ViewLoop(const Settings& settings, Follower& follower, Viewer& viewer, Environment& environment)

@@ -107,7 +107,7 @@ private:
     std::size_t m_contextAfter = 0;    ///< number of entries still to be shown after a matching entry
     std::deque<std::string> m_last;    ///< the output of the last entries, if m_tail is set
     std::optional<LocalMs> m_drawnMs;  ///< when the summary was shown last
-    bool m_isDrawn = true;             ///< whether nothing has been counted since then
+    bool m_isDrawn = true;             ///< whether the shown summary has all entries
     std::string m_out;
     bool m_hasNewInput = true;  ///< bytes were received since the last showPending()
     LocalMs m_lastInputMs = 0;

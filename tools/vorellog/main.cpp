@@ -87,7 +87,7 @@ void startAtTail(LogFiles& files, const Settings& settings, InputDecoder& decode
             decoder.startWithin();
             follower.startAt(start->log, start->offset);
         }
-    } catch (const FileBusy&) {  // reads from the start as soon as the file can be read
+    } catch (const FileBusy&) {  // `follower` will read the log from its start when the file can be read
         return;
     }
 }

@@ -32,7 +32,7 @@
     const colour = (name) => getComputedStyle(document.documentElement).getPropertyValue(name).trim();
     const isError = (prefix) => prefix === "Vorel Error" || prefix === "AddHRESULTErrorToStack";
 
-    /* ---- What the filters select ---- */
+    /* ---- Filters ---- */
 
     const filter = { text: "", process: -1, from: -Infinity, to: Infinity };
 
@@ -135,7 +135,7 @@
         showPeriod();
     };
 
-    /* The times of the axis, with the date below the first time and below midnight. */
+    /* The labels of the axis: times, with the date below the first time, and the date instead of each midnight. */
     const clockTexts = (_, values) => values.map((each, index) => {
         const text = timeText(each * 1000);
         const clock = text.slice(11, each % 60 === 0 ? 16 : 19);
