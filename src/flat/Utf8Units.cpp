@@ -53,7 +53,7 @@ Array<char> toUtf8(std::wstring_view text) {
 
 std::optional<Array<wchar_t>> toUtf16(std::string_view bytes) {
     Array<wchar_t> units;
-    units.setCount(static_cast<unsigned int>(bytes.size()) + 1);  // at least one byte for each unit
+    units.setCount(static_cast<unsigned int>(bytes.size()) + 1);  // each unit comes from at least one byte
     wchar_t* out = units.data();
     const bool isUtf8 = eachPiece(
         bytes,
