@@ -230,7 +230,7 @@ function waitOnThread(handle, limitMs) {
     }).finally(() => --calls);
 }
 
-/** Waits at most CHECK_MS on the event loop and resolves to the status. */
+/** Checks once for a signal; if there is none, then waits at most CHECK_MS. Resolves to the status of the check. */
 async function waitOnLoop(handle, limitMs) {
     const status = waitForCondition(handle, 0);
     if (status === Status.TIMEOUT) {
