@@ -307,7 +307,7 @@
         notes.push("the " + number.format(processes.length) + " busiest of " + number.format(data.processCount) + " processes");
     }
     if (data.ungrouped) {
-        notes.push(counted(data.ungrouped, "record") + " not grouped: too many different messages");
+        notes.push(counted(data.ungrouped, "entry", "entries") + " not grouped: too many different messages");
     }
     byId("overview").textContent = notes.join("; ");
     byId("timeline-text").textContent = prefixes.map((each) => (each.name || "no prefix") + ": " + each.records).join(", ");
