@@ -138,7 +138,7 @@ private:
         while (isWord(classAt(end))) {
             ++end;
         }
-        const std::size_t before = at - start;  // letters already written
+        const std::size_t before = at - start;  // number of letters before the digit, which are already written
         const std::string_view whole = m_text.substr(start, end - start);
         const WordShape shape = shapeOf(whole);
         constexpr std::size_t kMinHexSize = 4;
@@ -163,7 +163,7 @@ private:
     /// Replaces a GUID that has its first digit at `at`, in the group that starts at `group`.
     bool guid(std::size_t group, std::size_t at) {
         constexpr std::size_t kGuidSize = 36;
-        for (const std::size_t offset : {0U, 9U, 14U, 19U, 24U}) {  // of the groups
+        for (const std::size_t offset : {0U, 9U, 14U, 19U, 24U}) {  // offsets of the groups in a GUID
             const std::size_t start = group - std::min<std::size_t>(group, offset);
             if (group - start == offset && startsWithGuid(m_text.substr(start)) &&
                 m_out.ends_with(m_text.substr(start, at - start))) {

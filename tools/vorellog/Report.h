@@ -30,7 +30,8 @@ public:
     static constexpr std::size_t kMaxProcesses = 500;  ///< the processes with the most records
     static constexpr std::size_t kMaxExamples = 10;    ///< per group: the newest entries
     static constexpr std::size_t kMaxLineBytes = 2000;
-    static constexpr std::size_t kMaxExampleBytes = std::size_t{4} << 20;  ///< of all groups; after this, one per group
+    /// The size of the examples of all groups. After it is reached, each further group has one example.
+    static constexpr std::size_t kMaxExampleBytes = std::size_t{4} << 20;
     /// \}
     static constexpr std::string_view kOthers = "(others)";
 

@@ -220,7 +220,7 @@ void Report::appendGroups(std::string& out, const Histogram& all, const std::vec
         out += ']';
         addSteps(object, details.steps, all, out);
         object.addName("examples");
-        // The newest example is before `next`.
+        // The newest example is directly before the position `next` of the ring.
         const std::size_t kept = details.examples.size();
         appendArray(out, exampleBytes < kMaxExampleBytes ? kept : std::min<std::size_t>(kept, 1), [&](std::size_t age) {
             appendExample(details.examples[(details.next + 2 * kept - 1 - age) % kept]);
