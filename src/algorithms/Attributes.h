@@ -3,11 +3,11 @@
 #pragma once
 
 #if defined(__GNUC__) || defined(__clang__)
-/// An inline function that is also inlined where the compiler would call it.
+/// For a function that is inlined even where the compiler would prefer a call.
 #define VOREL_ALWAYS_INLINE [[gnu::always_inline]] inline
 /// Keeps rare code, and its use of the stack, out of the function that calls it.
 #define VOREL_NOINLINE [[gnu::noinline]]
-/// The same, for code that so few calls need that its size counts more than its speed.
+/// The same, for code that runs so rarely that its size is more important than its speed.
 #define VOREL_COLD [[gnu::cold, gnu::noinline]]
 /// For functions whose loads intentionally pass the end of an object, but not the end of its page.
 #define VOREL_NO_SANITIZE_ADDRESS [[gnu::no_sanitize_address]]

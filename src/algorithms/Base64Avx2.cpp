@@ -105,8 +105,8 @@ void decodeUnchecked(const T* text, unsigned char* out, __m256i& invalid) noexce
     invalid = _mm256_min_epi8(invalid, test);
 }
 
-/// Decodes four blocks at once, at most `blocks` blocks. Stops at four blocks that contain an invalid character, and
-/// overwrites the output of these blocks with zeros. Returns the number of blocks decoded.
+/// Decodes at most `blocks` blocks, four at a time. Stops at the first four blocks that contain an invalid character,
+/// and overwrites the output of these four blocks with zeros. Returns the number of blocks decoded.
 template <class T>
 VOREL_NOINLINE std::size_t decodeFours(const T* text, std::size_t blocks, unsigned char* out) noexcept {
     std::size_t done = 0;
@@ -126,9 +126,9 @@ VOREL_NOINLINE std::size_t decodeFours(const T* text, std::size_t blocks, unsign
     return done;
 }
 
-/// Decodes a block, and returns the number of groups before the first invalid character. Zeros are written after their
-/// bytes. This is a separate function that uses few registers, so for short text, no registers are saved and restored
-/// for the caller.
+/// Decodes the groups of a block before the first invalid character, and writes zeros after their bytes. Returns the
+/// number of these groups. This is a separate function that uses few registers, so for short text, no registers are
+/// saved and restored for the caller.
 template <class T>
 VOREL_NOINLINE std::size_t decodeBlock(const T* text, unsigned char* out) noexcept {
     __m256i test;

@@ -40,8 +40,8 @@ bool parseBooleanCharacter(const T*& cursor) noexcept {
     return isTrue;
 }
 
-/// Parses a word, a single character or a number, and returns its truth. For anything else, returns false and leaves
-/// the cursor after the leading white space.
+/// Parses a word, a single character or a number, and returns whether it means true. For any other text, returns false
+/// and leaves the cursor after the leading white space.
 template <class T>
 bool parseBoolean(const T*& cursor) noexcept {
     skipSpaces(cursor);
@@ -60,7 +60,7 @@ bool parseBoolean(const T*& cursor) noexcept {
     return coercesToInteger(cursor, true) && parseInteger<int>(cursor, true) != 0;
 }
 
-/// Parses a boolean and stores where it ends unless `end` is null. A null text is false.
+/// Parses a boolean. If `end` is not null, `*end` receives the position after the boolean. A null text is false.
 template <class T>
 bool readBoolean(const T* text, T** end) noexcept {
     const bool value = text && parseBoolean(text);

@@ -19,8 +19,8 @@ constexpr std::uint64_t unixMilliseconds(std::uint64_t fileTime) noexcept {
     return (fileTime - kUnixEpochAsFileTime) / 10000;
 }
 
-/// Microseconds between two readings of a 32-bit millisecond counter. Correct if the counter wraps at most once between
-/// them.
+/// Microseconds between two readings of a 32-bit millisecond counter. Correct if fewer than 2^32 milliseconds (49.7
+/// days) passed between the readings.
 constexpr std::uint64_t microsecondsBetweenTicks(std::uint64_t start, std::uint64_t end) noexcept {
     return std::uint64_t{static_cast<std::uint32_t>(end - start)} * 1000;
 }

@@ -19,7 +19,7 @@ constexpr std::size_t kGroups = kSextetBlockCharacters / 4;  // per block
 /// Looks up values by row and column.
 class Rows {
 public:
-    /// The bytes of 32 characters, twelve in each half.
+    /// The bytes that 32 characters decode to, twelve in each half.
     [[nodiscard]] __m256i bytesOf(__m256i characters) const noexcept {
         const __m256i row = _mm256_and_si256(_mm256_srli_epi16(characters, 4), _mm256_set1_epi8(15));
         const __m256i isIrregular = _mm256_cmpeq_epi8(row, _mm256_set1_epi8(SextetRows::kIrregularRow));

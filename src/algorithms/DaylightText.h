@@ -38,10 +38,10 @@ unsigned int daylightValueOf(T unit) noexcept {
 }
 
 /// Tables that look up the values of many characters at once. The upper four bits of a character select a row, the
-/// lower four a column. In all rows except `kIrregularRow`, the values increase with the characters. See Wojciech Muła,
-/// "SIMDized check which bytes are in a set".
+/// lower four a column. In each row except `kIrregularRow`, all characters have the same distance to their values. See
+/// Wojciech Muła, "SIMDized check which bytes are in a set".
 struct SextetRows {
-    static constexpr unsigned int kIrregularRow = 2;  // ! to /
+    static constexpr unsigned int kIrregularRow = 2;  // the characters from 0x20 to 0x2F
 
     std::uint8_t rowsOfColumn[16];     ///< one bit for each row in which the column has a value
     std::uint8_t offsetOfRow[16];      ///< the value minus the character

@@ -81,8 +81,9 @@ constexpr int estimateExponent(int log2, std::uint64_t normalized) noexcept {
 /// The digits of a positive finite value.
 ///
 /// The value is multiplied by a power of ten, so that the product has fifteen digits before the point. Only its upper
-/// 128 bits are computed. They are too small by less than one unit of their lowest bit. The computed fraction decides
-/// the rounding unless it is one half, or one unit less than one half. In these two cases the exact comparison decides.
+/// 128 bits are computed. They are too small by less than two units of their lowest bit. The first 64 bits after the
+/// point decide the rounding unless they are one half, or one unit less than one half. In these two cases the exact
+/// comparison decides.
 VOREL_ALWAYS_INLINE constexpr DecimalDigits decimalDigits(double value, Tie tie) noexcept {
     const BinaryParts parts(value);
     const int leadingZeros = std::countl_zero(parts.significand);

@@ -19,7 +19,7 @@
 
 namespace vorel::algorithms {
 
-/// The mantissa of a decimal number. Only the first 18 digits are significant, leading zeros included.
+/// The mantissa of a decimal number. Only the first 18 digits, including leading zeros, are significant.
 struct Mantissa {
     std::uint64_t used = 0;      ///< value of the significant digits
     std::uint32_t digits = 0;    ///< number of all digits, without the point
@@ -52,9 +52,9 @@ constexpr Mantissa parseMantissa(const T*& cursor) noexcept {
     return mantissa;
 }
 
-/// Significant digits as a double. Converting the integer gives the same bits as the documented computation
-/// high * 1e9 + low from two halves of nine digits. The halves are exact, and so is the product, because it has at most
-/// 51 significant bits. So that computation, too, rounds only once: when it adds the low half.
+/// Significant digits as a double. The documented computation is high * 1e9 + low, where both halves have nine digits.
+/// Converting the integer gives the same bits. The halves are exact, and so is the product, because it has at most 51
+/// significant bits. So the documented computation rounds only once, like the conversion: when it adds the low half.
 constexpr double mantissaValue(std::uint64_t used) noexcept {
     return static_cast<double>(static_cast<std::int64_t>(used));
 }
@@ -113,9 +113,9 @@ constexpr double withSign(double value, bool negative) noexcept {
     return std::bit_cast<double>(std::bit_cast<std::uint64_t>(value) ^ static_cast<std::uint64_t>(negative) << 63);
 }
 
-/// Significant digits, scaled by the signed 32-bit exponent of the last digit. Signs are unpredictable, so the code
-/// does not branch on the sign of the exponent. The value is multiplied by one power of ten and divided by another, and
-/// one of the two powers is 1.
+/// The value of the significant digits `used`. `exponent` is the decimal exponent of the last of them, a signed number
+/// modulo 2^32. Signs are unpredictable, so the code does not branch on the sign of the exponent. The value is
+/// multiplied by one power of ten and divided by another, and one of the two powers is 1.
 inline double scaled(std::uint64_t used, std::uint32_t exponent, bool negative) noexcept {
     const bool isBelowOne = exponent >> 31 != 0;
     const std::uint32_t magnitude = negatedIf(isBelowOne, exponent);

@@ -119,7 +119,7 @@ struct HexDigits {
         const __m128i isDecimal = isAtMost(_mm_sub_epi8(characters, _mm_set1_epi8('0')), 9);
         const __m128i folded = _mm_or_si128(characters, _mm_set1_epi8(static_cast<char>(kCaseBit)));
         const __m128i isLetter = isAtMost(_mm_sub_epi8(folded, _mm_set1_epi8('a')), 5);
-        // The lower four bits of 'A' and 'a' are 1.
+        // For a letter, 9 is added, because the lower four bits of 'A' and 'a' are 1.
         values = _mm_add_epi8(_mm_and_si128(characters, _mm_set1_epi8(15)), _mm_and_si128(isLetter, _mm_set1_epi8(9)));
         mask = static_cast<std::uint64_t>(_mm_movemask_epi8(_mm_or_si128(isDecimal, isLetter)));
     }

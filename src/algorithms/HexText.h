@@ -1,7 +1,7 @@
 /// \file
-/// Hexadecimal text (RFC 4648, section 8) of either width: encodes and decodes blocks of eight to 32 bytes, and decodes
-/// other pairs of digits by one of two rules for invalid characters. SSE2 is part of every 64-bit x86 processor; the
-/// AVX2 versions are called if the processor has AVX2 (see Processor.h).
+/// Hexadecimal text (RFC 4648, section 8) of either width. Bytes are encoded, and valid digits are decoded, in blocks.
+/// Other pairs of characters are decoded one by one, by one of two rules for invalid characters. SSE2 is part of every
+/// 64-bit x86 processor; the AVX2 versions are called if the processor has AVX2 (see Processor.h).
 #pragma once
 
 #include <array>
@@ -131,8 +131,8 @@ std::size_t decodeHex(const T* text, std::size_t blocks, unsigned char* out) noe
 // ---- Whole texts ----------------------------------------------------------------------------------------------------
 
 /// Decodes pairs of digits: in whole blocks, and the other pairs by `decodePair(first, second, byte)`, which returns
-/// whether to continue. Returns false if `decodePair` does. If the number of characters is odd, the last character is
-/// paired with the terminator.
+/// whether to continue. If `decodePair` returns false, stops and returns false. If the number of characters is odd, the
+/// last character is paired with the terminator.
 template <class T, class DecodePair>
 bool decodeHexPairs(const T* text, std::size_t length, unsigned char* out, DecodePair&& decodePair) {
     constexpr std::size_t kBlock = 16;  // digits
@@ -150,7 +150,7 @@ bool decodeHexPairs(const T* text, std::size_t length, unsigned char* out, Decod
 
 /// The value of a unit by the rule of the decoder that returns a status. The value is 0 to 15 for a digit, and by
 /// design 3 to 9 for ':' to '@'. Any other character has a value outside 0 to 15. Only the lower eight bits of a unit
-/// are compared, but a letter is in lower case only if the upper bits are 0.
+/// determine the value, except that a unit above 0xFF is not a lower-case letter.
 template <class T>
 int hexValueWithStatus(T unit) noexcept {
     const int character = foldToUpperCase(unit) & 0xFF;

@@ -1,5 +1,6 @@
 /// \file
-/// Joins items. An item is put in double quotes if splitting could not restore it otherwise.
+/// Joins items. An item that contains the delimiter or a double quote is put in double quotes, so that splitting
+/// restores the item.
 #pragma once
 
 #include <algorithm>

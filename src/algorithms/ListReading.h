@@ -132,7 +132,7 @@ bool readRangeEnd(std::basic_string_view<T> part, Take&& take) {
     return cursor >= part.data() + part.size();
 }
 
-/// Parses an item without surrounding white space. Returns whether it is a number or a range.
+/// Parses an item, which has no white space around it. Returns whether the item is a number or a range.
 template <class T, class TakeStart, class TakeEnd>
 bool readRange(std::basic_string_view<T> item, TakeStart&& takeStart, TakeEnd&& takeEnd) {
     const std::size_t dash = item.find(T{'-'});
@@ -155,8 +155,8 @@ bool readRange(std::basic_string_view<T> item, TakeStart&& takeStart, TakeEnd&& 
 }
 
 /// Parses items separated by commas; empty items are skipped. Each start of a range is passed to `takeStart`, each end
-/// to `takeEnd`, and a number to both. At the first invalid item, passes the number at its start, stops, and returns
-/// the item. Returns an empty view if all items are valid.
+/// to `takeEnd`, and a number to both. At the first invalid item, passes the numbers before the invalid text (0 if a
+/// number is missing), stops, and returns the item. Returns an empty view if all items are valid.
 template <class T, class TakeStart, class TakeEnd>
 std::basic_string_view<T> readRanges(const T* text, TakeStart&& takeStart, TakeEnd&& takeEnd) {
     for (std::basic_string_view<T> rest(text); !rest.empty();) {

@@ -10,7 +10,7 @@
 
 namespace vorel::algorithms {
 
-/// Stores where a scan stopped unless `end` is null.
+/// If `end` is not null, stores in `*end` the position at which a scan stopped.
 template <class T, class End>
 void storeEnd(const T* cursor, End** end) noexcept {
     if (end) {
@@ -26,8 +26,8 @@ VOREL_COLD Value readAnyInteger(const T* text, End** end, bool skipTrailingSpace
     return value;
 }
 
-/// Parses an integer (see `parseInteger`) and stores where it ends unless `end` is null. Null yields 0. Numbers of
-/// unusual length are parsed in a tail call, so this function needs no stack frame.
+/// Parses an integer (see `parseInteger`). A null text gives 0. If `end` is not null, `*end` receives the position
+/// after the integer. Numbers of unusual length are parsed in a tail call, so this function needs no stack frame.
 template <class Value, class T, class End>
 VOREL_ALWAYS_INLINE Value readInteger(const T* text, End** end, bool skipTrailingSpace) noexcept {
     Value value = 0;
@@ -117,7 +117,7 @@ bool tryReadDouble(const T* text, double& value) noexcept {
     return !*text;
 }
 
-/// Whether the whole text is an integer, with white space around it allowed.
+/// Whether the whole text is an integer, which may have white space around it.
 template <class T>
 bool coercesToInteger(const T* text, bool allowLeadingZeros) noexcept {
     if (!text) {
@@ -133,7 +133,7 @@ bool coercesToInteger(const T* text, bool allowLeadingZeros) noexcept {
     return digits.any && !*text;
 }
 
-/// Whether the whole text is a number, with white space around it allowed.
+/// Whether the whole text is a number, which may have white space around it.
 template <class T>
 bool coercesToDouble(const T* text, bool allowLeadingZeros) noexcept {
     if (!text) {

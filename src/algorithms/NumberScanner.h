@@ -27,8 +27,8 @@ constexpr bool consumeSign(const T*& cursor) noexcept {
     return negative;
 }
 
-/// Parses fewer than two blocks of digits without a branch on the number of digits. Returns false and consumes nothing
-/// if the digits must be parsed one by one.
+/// Parses fewer than two blocks of digits without a branch for each digit. Returns false and consumes nothing if the
+/// digits must be parsed one by one.
 template <class Value, class T>
 VOREL_ALWAYS_INLINE bool parseShortDigits(const T*& cursor, Value& value) noexcept {
     static_assert(std::is_unsigned_v<Value>);

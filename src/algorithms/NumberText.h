@@ -140,7 +140,7 @@ VOREL_NOINLINE T* writeLongInteger(std::uint64_t magnitude, bool negative, std::
     writeFewDigits(static_cast<unsigned int>(magnitude / kSixteenDigits), out + (negative ? 1 : 0));
     storeCharacters(sixteenDigits(magnitude % kSixteenDigits), out + length - kDigitBlock);
     if (negative) {
-        *out = '-';  // written last, because a number of fifteen digits has a zero here
+        *out = '-';  // written last, because a number of fifteen digits has a leading zero here
     }
     out[length] = 0;
     return out;
@@ -174,9 +174,9 @@ constexpr std::uint64_t magnitudeOf(std::int64_t value) noexcept {
 
 /// The form of mantissa and exponent.
 enum class DoubleForm {
-    Raw,    ///< "1e+20", "1.5e-07", "1.e-07": the form that the print functions use
+    Raw,    ///< "1e+20", "1.5e-07", "1.e-07": at least two exponent digits
     Plain,  ///< as `Raw`, with at least three exponent digits
-    Json,   ///< as `Plain`, with at least one digit after the point of a mantissa: "1.0e+020"
+    Json,   ///< as `Plain`, but a mantissa before an exponent has a digit after its point: "1.0e+020"
 };
 
 /// Capacity for the text of any double and its terminator, including the units after them that are accessed.
@@ -202,7 +202,7 @@ inline __m128i insertDecimalPoint(__m128i digits, int whole) noexcept {
     return _mm_or_si128(_mm_or_si128(_mm_andnot_si128(fromPoint, digits), point), fraction);
 }
 
-/// Writes "e+020". `Raw` writes only two digits if these are enough.
+/// Writes an exponent such as "e+020". With `Raw`, an exponent below 100 has two digits.
 template <class T>
 VOREL_ALWAYS_INLINE T* writeExponent(int exponent, DoubleForm form, T* out) noexcept {
     const auto magnitude = static_cast<unsigned int>(exponent < 0 ? -exponent : exponent);
@@ -215,9 +215,9 @@ VOREL_ALWAYS_INLINE T* writeExponent(int exponent, DoubleForm form, T* out) noex
     return out + 2;
 }
 
-/// Writes a finite value other than 0 and a terminator, and returns the terminator's position. For magnitudes of 0.1
-/// and more, the digits are the same as with "%.15g". Smaller values always have an exponent and a point. `out` has
-/// space for `kDoubleCapacity` characters.
+/// Writes `value`, which must be finite and not 0, and then a terminator. Returns the terminator's position. For
+/// magnitudes of 0.1 and more, the digits are the same as with "%.15g". Smaller values always have an exponent and a
+/// point. `out` has space for `kDoubleCapacity` characters.
 template <Rest rest, class T>
 VOREL_ALWAYS_INLINE T* writeDouble(double value, DoubleForm form, T* out) noexcept {
     *out = '-';  // overwritten unless the value is negative

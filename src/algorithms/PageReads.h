@@ -1,6 +1,6 @@
 /// \file
-/// The rule for reads in blocks, and the length of a text by that rule. A read may extend past either end of a text,
-/// because it does not fault if it stays in a page that contains a part of the text.
+/// The rule for reads in blocks, and a function that finds the length of a text in blocks. A read may extend past
+/// either end of a text if it stays in a page that contains a part of the text, because such a read does not fault.
 ///
 /// The functions of the rule are static, so that each source compiled for AVX2 has its own copies.
 #pragma once

@@ -20,8 +20,8 @@ inline constexpr int kHighestPowerOfTen = 345;
 
 namespace detail {
 
-/// The digits of a number in base two: a 256-bit number with its top bit set, as 32-bit words, highest first. Rounding
-/// in a few hundred steps affects only the lowest bits; the upper 128 bits stay exact.
+/// The first 256 significant bits of a number, as 32-bit words, highest first. The top bit is set. Each multiplication
+/// and division is rounded. A few hundred of them affect only the lowest bits, so the upper 128 bits stay exact.
 struct LongNumber {
     std::array<std::uint32_t, 8> words = {0x80000000u};
 
@@ -84,7 +84,7 @@ inline constexpr auto kPowersOfTen = [] {
     return powers;
 }();
 
-/// The binary exponent of a power of ten: the integer part of power * log2(10), minus the 127 bits after the top bit.
+/// The binary exponent of a power of ten: power * log2(10), rounded down, minus the 127 bits after the top bit.
 constexpr int powerOfTenExponent(int power) noexcept {
     constexpr int kLog2Of10 = 217706;  // times 2^16, rounded down
     return (power * kLog2Of10 >> 16) - 127;

@@ -15,7 +15,8 @@ namespace {
 
 #if defined(_MSC_VER) && defined(_M_X64)
 
-/// The register B (`index` 1) or C (2) after the instruction CPUID. 0 if the processor does not support `leaf`.
+/// The register EBX (`index` 1) or ECX (`index` 2) after the instruction CPUID; 0 if the processor does not support
+/// `leaf`.
 unsigned int cpuid(int leaf, std::size_t index) noexcept {
     int registers[4] = {};
     __cpuid(registers, 0);
@@ -38,7 +39,7 @@ unsigned int cpuid(unsigned int leaf, std::size_t index) noexcept {
     return registers[index];
 }
 
-/// The intrinsic function would have to be compiled for processors with XSAVE.
+/// Uses assembly, because code with the intrinsic function must be compiled for processors with XSAVE.
 unsigned int savedRegisters() noexcept {
     unsigned int low = 0;
     unsigned int high = 0;
@@ -50,7 +51,8 @@ unsigned int savedRegisters() noexcept {
 
 }  // namespace
 
-// GCC's own detection, __builtin_cpu_supports, would link a list of all processors and features, about 5 KB.
+// Does not use GCC's own detection, __builtin_cpu_supports, because it links a list of all processors and features,
+// about 5 KB.
 bool detectAvx2() noexcept {
 #if defined(__x86_64__) || defined(_M_X64)
     constexpr std::size_t kB = 1;

@@ -76,7 +76,7 @@ inline constexpr SextetValues kDaylightValues = [] {
 /// The order of the characters of an alphabet.
 enum class SextetOrder {
     Base64,    ///< A to Z, a to z, 0 to 9, and two other characters
-    Daylight,  ///< two other characters, 0 to 9, A to Z, a to z: the ranges of Base64 in reverse
+    Daylight,  ///< two other characters, 0 to 9, A to Z, a to z: ranges with the lengths of Base64 in reverse
 };
 
 struct SextetAlphabet {

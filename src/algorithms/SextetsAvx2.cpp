@@ -19,10 +19,10 @@ namespace {
 constexpr std::size_t kBytes = 24;  // per block
 constexpr std::size_t kCharacters = 32;
 
-/// The twelve bytes of half a register that become sixteen characters: the first twelve or the last twelve.
+/// Says which twelve of the sixteen bytes in half a register are encoded: the first twelve or the last twelve.
 enum class Half { First, Last };
 
-/// A shuffle that repeats each group of three bytes a b c as the 32 bits "b a c b", lowest byte first.
+/// A shuffle that turns each group of three bytes a b c into the four bytes b a c b.
 __m128i tripleOrder(Half half) noexcept {
     const __m128i first = _mm_setr_epi8(1, 0, 2, 1, 4, 3, 5, 4, 7, 6, 8, 7, 10, 9, 11, 10);
     return half == Half::First ? first : _mm_add_epi8(first, _mm_set1_epi8(4));
@@ -32,14 +32,14 @@ __m256i tripleOrders(Half lower, Half upper) noexcept {
     return _mm256_inserti128_si256(_mm256_castsi128_si256(tripleOrder(lower)), tripleOrder(upper), 1);
 }
 
-/// Sixteen bytes in each half of a register.
+/// Loads sixteen bytes into each half of a register.
 __m256i loadHalves(const unsigned char* lower, const unsigned char* upper) noexcept {
     const __m128i low = _mm_loadu_si128(reinterpret_cast<const __m128i*>(lower));
     const __m128i high = _mm_loadu_si128(reinterpret_cast<const __m128i*>(upper));
     return _mm256_inserti128_si256(_mm256_castsi128_si256(low), high, 1);
 }
 
-/// Exactly twelve bytes.
+/// Loads twelve bytes and reads nothing after them.
 __m128i loadTwelve(const unsigned char* bytes) noexcept {
     const __m128i eight = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(bytes));
     return _mm_unpacklo_epi64(eight, _mm_loadu_si32(bytes + 8));
@@ -48,7 +48,7 @@ __m128i loadTwelve(const unsigned char* bytes) noexcept {
 template <SextetOrder Order>
 class Encoder {
 public:
-    /// The characters of the twelve bytes in each half. `order` has the `tripleOrder` of each half.
+    /// The characters that encode the twelve bytes in each half. `order` has the `tripleOrder` of each half.
     [[nodiscard]] __m256i charactersOf(__m256i bytes, __m256i order) const noexcept {
         const __m256i groups = _mm256_shuffle_epi8(bytes, order);
         // A multiplication shifts each lane of 16 bits by a separate distance. The first and third of four values
@@ -89,8 +89,8 @@ void encodeOneOrTwoHalves(const unsigned char* bytes, std::size_t count, T* out)
     storeCharacters(_mm256_extracti128_si256(characters, 1), out + count / 3 * 4 - kCharacters / 2);
 }
 
-/// Encodes a block and reads only its bytes. This is a separate function that uses few registers, so short input does
-/// not save and restore the registers that Windows preserves.
+/// Encodes a block and reads only its bytes. This is a separate function that uses few registers, so for short input,
+/// no registers are saved and restored for the caller.
 template <SextetOrder Order, class T>
 VOREL_NOINLINE void encodeBlock(const unsigned char* bytes, T* out) noexcept {
     const __m256i halves = loadHalves(bytes, bytes + 8);

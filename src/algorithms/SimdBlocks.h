@@ -117,7 +117,7 @@ static inline void storeCharacters(__m256i characters, char* out) noexcept {
 
 static inline void storeCharacters(__m256i characters, WideUnit* out) noexcept {
     auto* const units = reinterpret_cast<__m256i*>(out);
-    const __m256i halves = _mm256_permute4x64_epi64(characters, 0xD8);  // units are unpacked in each half
+    const __m256i halves = _mm256_permute4x64_epi64(characters, 0xD8);  // each half is unpacked separately
     _mm256_storeu_si256(units, _mm256_unpacklo_epi8(halves, _mm256_setzero_si256()));
     _mm256_storeu_si256(units + 1, _mm256_unpackhi_epi8(halves, _mm256_setzero_si256()));
 }

@@ -93,9 +93,9 @@ private:
     UnitSet<T> m_delimiters;
 };
 
-/// Overwrites every `delimiter` with a terminator and passes the start of each token to `take`. A `delimiter` of zero
-/// never matches. Passes at most `limit` tokens but at least one; all tokens if `limit` is below 0. Returns the number
-/// of tokens.
+/// Splits a text at each `delimiter`: overwrites the delimiter with a terminator, and passes the start of each token to
+/// `take`. A `delimiter` of zero never matches. If `limit` is 0 or more, stops after `limit` tokens, but passes at
+/// least one token. Returns the number of tokens.
 template <class T, class Take>
 unsigned int tokenizeInPlace(T* text, T delimiter, int limit, Take&& take) {
     take(text);

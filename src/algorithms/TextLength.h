@@ -1,6 +1,6 @@
 /// \file
-/// The length of a text of either width, in blocks of 128 bytes if the processor has AVX2 (see Processor.h). For short
-/// text, `textLength` in PageReads.h is faster.
+/// Finds the length of a text of either width. If the processor has AVX2 (see Processor.h), the text is searched in
+/// blocks of 128 bytes. For short text, `textLength` in PageReads.h is faster.
 #pragma once
 
 #include <cstddef>

@@ -80,8 +80,8 @@ constexpr bool areSame(T a, T b, OrderRules rules) noexcept {
 template <class T>
 inline constexpr std::size_t kOrderBlock = 16 / sizeof(T);
 
-/// Counts the characters at the start of two blocks until the characters differ or a terminator follows. The result is
-/// at most `kOrderBlock`.
+/// Compares two blocks, and counts the characters before the first difference or terminator. The result is at most
+/// `kOrderBlock`.
 template <class T>
 VOREL_NO_SANITIZE_ADDRESS inline std::size_t sameInBlock(const T* a, const T* b, bool ignoreCase) noexcept {
     constexpr bool kNarrow = sizeof(T) == 1;

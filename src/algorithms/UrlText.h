@@ -129,9 +129,9 @@ inline constexpr std::size_t kUrlMinAvx2 = 64;
 /// Bytes that may be written past the encoded text.
 inline constexpr std::size_t kUrlOverhang = 32;
 
-/// Encodes whole blocks of `count` bytes while another block follows, and while the encoded block and `kUrlOverhang`
-/// bytes fit into the rest of `capacity`. Never writes more than `capacity` bytes, even if another thread changes the
-/// text during the call.
+/// Encodes whole blocks among the `count` bytes while another block follows, and while the encoded block and
+/// `kUrlOverhang` bytes fit into the rest of `capacity`. Never writes more than `capacity` bytes, even if another
+/// thread changes the text during the call.
 UrlProgress encodeUrlAvx2(const char* text, std::size_t count, const UrlTable& table, char* out,
                           std::size_t capacity) noexcept;
 
@@ -151,16 +151,17 @@ inline std::uint64_t urlLength(std::string_view text, const UrlTable& table) noe
     return length;
 }
 
-/// Writes the encoded text. May stop before its end if fewer than four of the `capacity` bytes remain unused. At least
-/// one of these bytes always remains unused. Never writes more than `capacity` bytes, even if another thread changes
-/// the text during the call.
+/// Writes the encoded text. May stop before the end of the text if fewer than four of the `capacity` bytes remain
+/// unused. At least one of the `capacity` bytes always remains unused. Never writes more than `capacity` bytes, even if
+/// another thread changes the text during the call.
 inline UrlProgress encodeUrl(std::string_view text, const UrlTable& table, char* out, std::size_t capacity) noexcept {
     UrlProgress done = {0, 0};
     if (text.size() >= kUrlMinAvx2 && Processor::usesAvx2()) {
         done = encodeUrlAvx2(text.data(), text.size(), table, out, capacity);
     }
     const auto encodeNext = [&] {
-        // One load, because the compiler assumes that the store can change the table. The length is the last byte.
+        // The characters and the length, which is the last byte, are loaded together. The compiler would load the
+        // length again after the store, because it assumes that the store can change the table.
         std::uint32_t escape = 0;
         std::memcpy(&escape, &table.bytes[static_cast<unsigned char>(text[done.read])], sizeof escape);
         std::memcpy(out + done.written, &escape, sizeof escape);

@@ -14,7 +14,7 @@
 
 namespace vorel::algorithms {
 
-/// The maximum number of bytes of one value, and of one unit of a text.
+/// The maximum number of bytes that encode one value, and the maximum number that encode one unit of a text.
 inline constexpr unsigned int kLongestUtf8Sequence = 6;
 inline constexpr unsigned int kMaxUtf8BytesPerUnit = 3;
 

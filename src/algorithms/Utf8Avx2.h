@@ -25,14 +25,14 @@ struct Progress {
 enum class Overwrite { Allowed, Forbidden };
 
 /// Decodes well-formed text from `bytes`, up to a zero or an ill-formed part, at most `left` bytes and `capacity`
-/// 16-bit units. If it reports no progress, the scalar codec must continue. Reads may extend past the text, but not
-/// into a page after it.
+/// 16-bit units. If the function makes no progress, the scalar codec must continue. Reads may extend past the text, but
+/// not into a page after it.
 Progress decodeUtf8Avx2(const unsigned char* bytes, std::size_t left, void* out, std::size_t capacity,
                         Overwrite overwrite) noexcept;
 
 /// Encodes 16-bit units from `units`, up to a zero, at most `left` units and `capacity` bytes. Whole vectors may be
 /// stored within the capacity. If `paired` is true, surrogates are read in pairs, and an unpaired surrogate stops the
-/// conversion. Otherwise each surrogate is a value.
+/// conversion. Otherwise each surrogate is encoded separately.
 Progress encodeUtf8Avx2(const void* units, std::size_t left, unsigned char* out, std::size_t capacity,
                         bool paired) noexcept;
 
@@ -48,7 +48,7 @@ Progress countEncodedAvx2(const void* units, std::size_t left, bool paired) noex
 inline constexpr Progress kNoProgress{0, 0};
 inline constexpr unsigned int kMaxProgress = 1u << 30;
 
-/// A shuffle for each mask of eight bits. It moves the elements or bytes whose bits are set to the front.
+/// A shuffle for each mask of eight bits. The functions that create shuffles define the meaning of the bits.
 struct Shuffles {
     unsigned char order[256][16];
 };
@@ -114,10 +114,10 @@ static inline unsigned int bytesFrom(unsigned char first, __m256i block) noexcep
     return static_cast<unsigned int>(_mm256_movemask_epi8(isFrom));
 }
 
-/// Whether the text certainly continues in the next page: `left`, the number of bytes left in the text, extends beyond
-/// this page, and the rest of this page has no zero, no byte above 0xF0, and no missing or surplus trailing byte.
-/// Otherwise returns false, because the next page may not be readable. The page of `bytes` must have fewer than 32
-/// bytes left. `expected` has a bit for each of the next bytes that must be a trailing byte.
+/// Whether the text certainly continues in the next page. This is so if the `left` bytes that are left in the text do
+/// not all lie in this page, and if the rest of this page has no zero, no byte above 0xF0, and no missing or surplus
+/// trailing byte. Otherwise the result is false, because the next page may not be readable. The page of `bytes` must
+/// have fewer than 32 bytes left. `expected` has a bit for each of the next bytes that must be a trailing byte.
 [[maybe_unused]] VOREL_NOINLINE static bool continuesInNextPage(const unsigned char* bytes, std::size_t left,
                                                                 unsigned int expected) noexcept {
     const auto rest = static_cast<unsigned int>(kPageBytes - offsetInPage(bytes));

@@ -27,8 +27,8 @@ VOREL_ALWAYS_INLINE unsigned int offsetInBlock(const void* position) noexcept {
     return static_cast<unsigned int>(offsetInPage(position) % kBlock);
 }
 
-/// The number of bytes in the double blocks within the page of `bytes` and within `left` bytes, up to the first double
-/// block that contains a zero or a non-ASCII byte.
+/// Counts bytes of ASCII from `bytes` on, in double blocks. Stops before the first double block that contains a zero or
+/// a non-ASCII byte, that extends into the next page, or that extends past `left` bytes.
 VOREL_ALWAYS_INLINE std::size_t countAscii(const unsigned char* bytes, std::size_t left) noexcept {
     constexpr std::size_t kDouble = std::size_t{2} * kBlock;
     const std::size_t inPage = kPageBytes - offsetInPage(bytes);
@@ -122,7 +122,7 @@ private:
     unsigned int m_second = 0;    // whether the next byte is the second of a sequence of four
 };
 
-/// Counts the UTF-8 bytes of units, block by block. Masks have two bits for each unit.
+/// Counts the bytes that 16-bit units have in UTF-8, block by block. Masks have two bits for each unit.
 class EncodedCount {
 public:
     explicit EncodedCount(bool paired) noexcept : m_k(hidden(kConstants)), m_paired(paired ? ~0u : 0u) {}
@@ -177,19 +177,19 @@ private:
     unsigned int m_high = 0;  // two bits, set if the last unit of the previous block was a high surrogate
 };
 
-/// Counted bytes, and the number of their units.
+/// The number of counted bytes, and the number of units that these bytes decode to.
 struct CountedBytes {
     std::size_t bytes;
     std::size_t units;
     bool stopped;  // whether counting stopped before a block of this page
 };
 
-/// Counts the units of the blocks in one page, up to the first block that `DecodedCount` does not accept. At least
-/// three bytes of the text precede `bytes`. The loop does not branch on the kind of a character, because texts often
-/// switch between kinds. The check of the trailing bytes follows John Keiser and Daniel Lemire, "Validating UTF-8 in
-/// less than one instruction per byte".
+/// Counts the units that the blocks in one page decode to. Stops before the first block that `DecodedCount::add` would
+/// reject. At least three bytes of the text precede `bytes`. The loop does not branch on the kind of a character,
+/// because texts often switch between kinds. The check of the trailing bytes follows John Keiser and Daniel Lemire,
+/// "Validating UTF-8 in less than one instruction per byte".
 VOREL_ALWAYS_INLINE CountedBytes countPage(const unsigned char* bytes, std::size_t left) noexcept {
-    static_assert(kPageBytes / kBlock < 256);  // each byte of a counter counts one byte of each block
+    static_assert(kPageBytes / kBlock < 256);  // in each block, a byte of a counter counts at most one byte
     const auto every = [](unsigned char byte) { return _mm256_set1_epi8(static_cast<char>(byte)); };
     const __m256i zero = _mm256_setzero_si256();
     const std::size_t inPage = kPageBytes - offsetInPage(bytes);
@@ -201,7 +201,7 @@ VOREL_ALWAYS_INLINE CountedBytes countPage(const unsigned char* bytes, std::size
         const __m256i block = load32(bytes + at);
         const __m256i before = load32(bytes + at - 1);
         const __m256i isStart = _mm256_cmpgt_epi8(block, every(0xBF));
-        // Not zero where a preceding byte requires a trailing byte.
+        // A byte of `required` is not zero if one of the three bytes before it requires a trailing byte.
         const __m256i required = _mm256_or_si256(_mm256_or_si256(_mm256_subs_epu8(before, every(0xBF)),
                                                                  _mm256_subs_epu8(load32(bytes + at - 2), every(0xDF))),
                                                  _mm256_subs_epu8(load32(bytes + at - 3), every(0xEF)));
@@ -318,7 +318,7 @@ Progress countDecodedAvx2(const unsigned char* bytes, std::size_t left) noexcept
     return completeCharacters(bytes, at, count);
 }
 
-/// Counted units, and the number of their bytes.
+/// The number of counted units, and the number of bytes that these units have in UTF-8.
 struct CountedUnits {
     std::size_t units;
     std::size_t bytes;
@@ -335,7 +335,7 @@ enum class SurrogatePairs { Stop, Counted };
 template <SurrogatePairs Rule>
 VOREL_ALWAYS_INLINE CountedUnits countPage(const unsigned char* units, std::size_t left) noexcept {
     constexpr std::size_t kPair = std::size_t{2} * kBlock;
-    static_assert(kPageBytes / kPair < 256);  // each byte of a counter counts one unit of two blocks
+    static_assert(kPageBytes / kPair < 256);  // in two blocks, a byte of a counter counts at most one unit
     const Constants& k = hidden(kConstants);
     const __m256i zero = _mm256_setzero_si256();
     const std::size_t inPage = kPageBytes - offsetInPage(units);

@@ -14,9 +14,9 @@ namespace vorel::algorithms::decoding {
 
 namespace {
 
-/// Decodes the characters among the next sixteen bytes, up to a zero or to the end of the `left` bytes. Used near the
-/// end of the text or of the capacity, because it writes nothing past the decoded units. Decodes nothing if a character
-/// is ill-formed or the units exceed the capacity.
+/// Decodes the characters among the next sixteen bytes, up to a zero, a byte above 0xF0, or the end of the text. Writes
+/// nothing past the decoded units, so this function is used near the end of the text or of the capacity. Decodes
+/// nothing if a character is ill-formed or the units exceed the capacity.
 VOREL_NOINLINE Progress decodePart(const unsigned char* bytes, std::size_t left, unsigned char* out,
                                    std::size_t capacity) noexcept {
     const Bytes found(loadBytes(bytes), kConstants);
@@ -97,13 +97,13 @@ VOREL_ALWAYS_INLINE void decodeThrees(Decoding& at, const Constants& k) noexcept
     at.out += 16;
 }
 
-/// Decodes the characters that begin in a block, up to a zero; `left` bytes of the text are left. Returns false and
-/// decodes nothing if there are no such characters, or if one of them is ill-formed.
+/// Decodes the characters in a block, up to a zero, a byte above 0xF0, or the end of the text. `left` bytes of the text
+/// are left. Returns false and decodes nothing if there are no such characters, or if one of them is ill-formed.
 VOREL_ALWAYS_INLINE bool decodeBlock(Decoding& at, std::size_t left, const Constants& k) noexcept {
     const Bytes found(loadBytes(at.bytes), k);
     const unsigned int size = atMost(lowestBit(found.zeros | found.others | 1u << kBytes), left);
     const unsigned int announced = found.leads << 1 | found.threes << 2 | found.fours << 3 | at.expected;
-    // Only the end of the block may split a character.
+    // A character may be incomplete only at the end of a whole block.
     if (((announced ^ found.trailing) & lowBits(size)) != 0 || size == 0 ||
         (size != kBytes && bitsFrom(announced, size) != 0)) {
         return false;
@@ -122,7 +122,7 @@ VOREL_ALWAYS_INLINE bool decodeBlock(Decoding& at, std::size_t left, const Const
     return true;
 }
 
-/// Decodes double blocks of ASCII before `end`, up to the first double block that contains a zero or another byte.
+/// Decodes double blocks of ASCII before `end`, up to the first double block that contains a zero or a non-ASCII byte.
 VOREL_ALWAYS_INLINE void decodeAscii(Decoding& at, const unsigned char* end) noexcept {
     for (std::size_t left = static_cast<std::size_t>(end - at.bytes) / kDoubleBlock; left != 0; --left) {
         const __m256i block = load32(at.bytes);
@@ -136,9 +136,9 @@ VOREL_ALWAYS_INLINE void decodeAscii(Decoding& at, const unsigned char* end) noe
 }
 
 /// Decodes text while a double block is left before `end`, up to a zero or an ill-formed part. `end` lies in the page
-/// of the text. Aligned double blocks of ASCII are decoded up to `last`, the end of the text or of the capacity,
-/// because each of them lies in one page. A stop at every border would cost a mispredicted branch that waits for the
-/// memory.
+/// of `at.bytes`. If `at.bytes` is aligned, ASCII is decoded in double blocks past `end` as well, up to `last`, the end
+/// of the text or of the capacity, because each aligned double block lies in one page. A stop at every page border
+/// would cost a mispredicted branch, and this branch would wait for the bytes to be loaded.
 VOREL_ALWAYS_INLINE void decodeWhole(Decoding& at, const unsigned char* end, const unsigned char* last,
                                      const Constants& k) noexcept {
     constexpr unsigned int kLeadsOfThrees = 0x249249;
@@ -232,7 +232,7 @@ VOREL_NOINLINE Progress decodeBlocks(const unsigned char* bytes, std::size_t lef
     }
     auto read = static_cast<unsigned int>(at.bytes - bytes);
     auto written = static_cast<unsigned int>((at.out - out) / 2);
-    if (at.expected != 0) {  // the last character is incomplete, and is left to the next step
+    if (at.expected != 0) {  // the last character is incomplete, so the caller must read it again
         const unsigned int cut = bytes[read - 1] >= 0xC0 ? 1 : bytes[read - 2] >= 0xC0 ? 2 : 3;
         read -= cut;
         written -= cut == 3 ? 2 : 1;
@@ -241,7 +241,7 @@ VOREL_NOINLINE Progress decodeBlocks(const unsigned char* bytes, std::size_t lef
 }
 
 /// Decodes the ASCII at the start of a text, in double blocks, up to the end of the page. With `Allowed`, also decodes
-/// the ASCII at the start of the next double block, and may write past its units.
+/// the ASCII at the start of the next double block, and may write past the decoded units.
 VOREL_ALWAYS_INLINE Progress decodeAsciiStart(const unsigned char* bytes, std::size_t left, unsigned char* out,
                                               std::size_t capacity, Overwrite overwrite) noexcept {
     Decoding at = {bytes, out, 0, 0};
@@ -257,7 +257,7 @@ VOREL_ALWAYS_INLINE Progress decodeAsciiStart(const unsigned char* bytes, std::s
     return {read, read};
 }
 
-/// Decodes the next part with the algorithm that fits it.
+/// Decodes the next part of the text with the function that fits `capacity` and `overwrite`.
 Progress decodeNext(const unsigned char* bytes, std::size_t left, unsigned char* out, std::size_t capacity,
                     Overwrite overwrite) noexcept {
     if (overwrite == Overwrite::Allowed && capacity >= kDoubleBlock) {

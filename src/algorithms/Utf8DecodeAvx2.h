@@ -35,9 +35,9 @@ inline constexpr Shuffles keepUnits() noexcept {
 inline constexpr Shuffles kKeepUnits = keepUnits();
 
 /// Shuffles for eight bytes of ASCII and of sequences of two bytes. The index has a bit for each of the eight bytes and
-/// for the byte after them, set for trailing bytes. Every byte that is not a trailing byte becomes a unit. The unit of
-/// an ASCII character has the byte in its lower half. The unit of a lead byte has this byte in its upper half and the
-/// trailing byte in its lower half.
+/// for the byte after them. The bits of trailing bytes are set. Every byte that is not a trailing byte becomes a unit.
+/// The unit of an ASCII character has the byte in its lower half. The unit of a lead byte has this byte in its upper
+/// half and the trailing byte in its lower half.
 struct PairShuffles {
     unsigned char order[512][16];
 };
@@ -64,7 +64,7 @@ inline constexpr PairShuffles kPairBytes = pairBytes();
 
 inline constexpr unsigned int kBytes = 16;  // per block
 inline constexpr unsigned int kDoubleBlock = 32;
-inline constexpr std::size_t kReadBytes = 32;    // that may be read at a block
+inline constexpr std::size_t kReadBytes = 32;    // bytes that may be read at a block
 inline constexpr std::size_t kReadDouble = 40;   // at a double block: four loads of sixteen, eight bytes apart
 inline constexpr std::size_t kThreesBlock = 24;  // eight characters of three bytes
 
@@ -151,7 +151,7 @@ struct Units {
           second(_mm256_and_si256(_mm256_cvtepu8_epi16(loadBytes(bytes + 1)), load32(k.bitsOfTrailing))),
           third(_mm256_and_si256(_mm256_cvtepu8_epi16(loadBytes(bytes + 2)), load32(k.bitsOfTrailing))) {
         const __m256i two = _mm256_or_si256(_mm256_slli_epi16(_mm256_and_si256(lead, load32(k.bitsOfTwo)), 6), second);
-        // The shift drops the upper bits of a lead byte of three.
+        // The shift drops the upper four bits of a lead byte of three.
         const __m256i three =
             _mm256_or_si256(_mm256_or_si256(_mm256_slli_epi16(lead, 12), _mm256_slli_epi16(second, 6)), third);
         const __m256i isLead = _mm256_cmpgt_epi16(lead, load32(k.lastOfOne));
@@ -175,7 +175,8 @@ struct Units {
         return _mm256_testz_si256(isOverlong, isOverlong) != 0;
     }
 
-    /// The units of the first and of the last eight bytes whose bits in `kept` are set.
+    /// The units of the first eight bytes, and the units of the last eight bytes. Only bytes whose bits in `kept` are
+    /// set have units.
     [[nodiscard]] __m128i lower(unsigned int kept) const noexcept {
         return shuffled(_mm256_castsi256_si128(units), kKeepUnits, kept & 0xFF);
     }

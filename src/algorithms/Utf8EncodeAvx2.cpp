@@ -83,7 +83,7 @@ VOREL_ALWAYS_INLINE Positions storeStart(Positions at, const PackedAscii& pair, 
     return {at.units + 2 * std::size_t{count}, at.out + count};
 }
 
-/// Encodes pairs of blocks of ASCII before `end`, up to the first pair that contains another unit.
+/// Encodes pairs of blocks of ASCII before `end`, up to the first pair that contains a zero or a non-ASCII unit.
 VOREL_ALWAYS_INLINE Positions encodeAscii(Positions at, const unsigned char* end) noexcept {
     for (std::size_t left = static_cast<std::size_t>(end - at.units) / kPairBytes; left != 0; --left) {
         const PackedAscii pair(at.units);
@@ -95,8 +95,8 @@ VOREL_ALWAYS_INLINE Positions encodeAscii(Positions at, const unsigned char* end
     return at;
 }
 
-/// Changes the units so that a zero is not below 0x800: it becomes 0xFFFF. Any other unit is below 0x800 afterwards if,
-/// and only if, it was below 0x800 before.
+/// Replaces zeros by 0xFFFF, so that they are not below 0x800. Other units may change too, but a unit is below 0x800
+/// afterwards if, and only if, it was below 0x800 before.
 VOREL_ALWAYS_INLINE __m256i withoutZeros(__m256i units) noexcept {
     return _mm256_or_si256(units, _mm256_add_epi16(units, _mm256_set1_epi16(-1)));
 }
@@ -114,9 +114,9 @@ VOREL_ALWAYS_INLINE bool hasOnlyValues(__m256i block, const Constants& k) noexce
     return _mm256_testz_si256(isOther, isOther) != 0;
 }
 
-/// Encodes a block that contains a zero or a surrogate. If `paired` is true, stops at the first surrogate that is not
-/// part of a pair within the block. If the block contains a zero or begins with such a surrogate, encodes nothing and
-/// returns `at`.
+/// Encodes a block that contains surrogates. If `paired` is true, stops at the first surrogate that is not part of a
+/// pair within the block. If the block begins with such a surrogate, or contains a zero, encodes nothing and returns
+/// `at`.
 VOREL_ALWAYS_INLINE Positions encodePairs(Positions at, __m256i block, bool paired, const Constants& k) noexcept {
     if (zerosOf(block) != 0) {
         return at;
@@ -131,8 +131,8 @@ VOREL_ALWAYS_INLINE Positions encodePairs(Positions at, __m256i block, bool pair
     return {at.units + 2 * std::size_t{count}, packed(all, count).store(at.out)};
 }
 
-/// Stores the UTF-8 of a block of units below 0x800. If `isAscii` is true, the UTF-8 is `ascii`. Returns the end of the
-/// UTF-8.
+/// Stores the UTF-8 of a block of units below 0x800. If `isAscii` is true, `ascii` already contains the UTF-8. Returns
+/// the end of the UTF-8.
 VOREL_ALWAYS_INLINE unsigned char* storeShort(__m256i block, bool isAscii, __m128i ascii, unsigned char* out,
                                               const Constants& k) noexcept {
     if (isAscii) {
@@ -169,9 +169,10 @@ VOREL_ALWAYS_INLINE Positions encodeShort(Positions at, const unsigned char* end
 }
 
 /// Encodes the blocks before `end` while the output has space for `kMaxWritten` bytes before `limit`. Stops at a block
-/// that contains a zero or begins with an unpaired surrogate. `end` lies in the page of the units. Aligned pairs of
-/// blocks of units below 0x800 are encoded up to `textEnd`, because each of them lies in one page. A stop at every
-/// border would cost a mispredicted branch that waits for the memory.
+/// that contains a zero or begins with an unpaired surrogate. `end` is at most the end of the page in which `at.units`
+/// lies. If `at.units` is aligned, units below 0x800 are encoded in pairs of blocks past `end` as well, up to
+/// `textEnd`, because each aligned pair lies in one page. A stop at every page border would cost a mispredicted branch,
+/// and this branch would wait for the units to be loaded.
 VOREL_ALWAYS_INLINE Positions encodeWhole(Positions at, const unsigned char* end, const unsigned char* textEnd,
                                           const unsigned char* limit, bool paired, const Constants& k) noexcept {
     const unsigned char* const lastOut = limit - kMaxWritten;
@@ -236,8 +237,8 @@ VOREL_NOINLINE Progress encodeBlocks(const unsigned char* units, std::size_t lef
         } else if (inPage < kBlockBytes && !continuesInNextPage(at.units, bytesLeft)) {
             break;
         }
-        // At the end of a page, only the units in the page are encoded, so the blocks after them are aligned. A
-        // surrogate pair may cross the border.
+        // At the end of a page, the first call encodes only the units in this page, so that the blocks after them are
+        // aligned. The second call encodes a surrogate pair that crosses the border.
         Progress start = encodeStart(at.units, readable / 2, at.out, paired, k);
         if (start.read == 0 && readable != bytesLeft) {
             start = encodeStart(at.units, bytesLeft / 2, at.out, paired, k);
@@ -250,8 +251,8 @@ VOREL_NOINLINE Progress encodeBlocks(const unsigned char* units, std::size_t lef
     return {static_cast<unsigned int>((at.units - units) / 2), static_cast<unsigned int>(at.out - out)};
 }
 
-/// Encodes the first units of a block (see `startOf`). Writes nothing past their bytes, and nothing at all if they
-/// exceed the capacity.
+/// Encodes the first units of a block (see `startOf`). Writes nothing past the bytes of these units, and nothing at all
+/// if the bytes exceed the capacity.
 VOREL_NOINLINE Progress encodePart(const unsigned char* units, std::size_t left, unsigned char* out,
                                    std::size_t capacity, bool paired) noexcept {
     const Start start = startOf(loadUnits(units), left, paired, kConstants);
@@ -262,7 +263,7 @@ VOREL_NOINLINE Progress encodePart(const unsigned char* units, std::size_t left,
     return {start.count, static_cast<unsigned int>(start.bytes.size())};
 }
 
-/// Copies `count` bytes, fewer than sixty-four, and nothing past them. Whole vectors are read.
+/// Copies `count` bytes, fewer than sixty-four, and writes nothing past them. At least sixteen bytes are read.
 VOREL_ALWAYS_INLINE void copyBytes(const unsigned char* from, std::size_t count, unsigned char* to) noexcept {
     constexpr std::size_t kVector = 32;
     if (count >= kVector) {
@@ -299,8 +300,10 @@ VOREL_ALWAYS_INLINE bool hasNoZeroInPage(const unsigned char* units) noexcept {
     return zeros >> before == 0;
 }
 
-/// Encodes units below 0x800 at the start of a text, up to the end of the next page. If the text ends in the next pair
-/// of blocks, by its length or at a zero, encodes the ASCII at the start of that pair too, and writes zeros after it.
+/// Encodes units below 0x800 at the start of a text, in pairs of blocks, at most up to the end of the second page.
+/// Then, if fewer than two blocks of the text are left, or the next two blocks contain no unit from 0x80 to 0x7FFF
+/// (usually because a zero ends the text), encodes the ASCII at the start of these blocks too, and writes zeros after
+/// this ASCII.
 VOREL_ALWAYS_INLINE Progress encodeShortStart(const unsigned char* units, std::size_t left, unsigned char* out,
                                               std::size_t capacity) noexcept {
     const Constants& k = hidden(kConstants);
@@ -315,7 +318,7 @@ VOREL_ALWAYS_INLINE Progress encodeShortStart(const unsigned char* units, std::s
     Positions at = encodeAsciiPairs({units, out});
     if (capacity >= kMaxWritten) {
         at = encodeShort(at, end, limit - kMaxWritten, k);
-        // A unit at an odd address crosses the border.
+        // If the units have odd addresses, one of them crosses the border.
         const bool isAtBorder = end != textEnd && pageEnd - at.units < std::ptrdiff_t{kPairBytes};
         if (isAtBorder && offsetInPage(units) % 2 == 0 && (at.units == pageEnd || hasNoZeroInPage(at.units))) {
             end = textEnd - pageEnd < std::ptrdiff_t{kPageBytes} ? textEnd : pageEnd + kPageBytes;
@@ -328,7 +331,8 @@ VOREL_ALWAYS_INLINE Progress encodeShortStart(const unsigned char* units, std::s
     const std::size_t rest = static_cast<std::size_t>(textEnd - at.units) / 2;
     if (rest != 0 && static_cast<std::size_t>(limit - at.out) >= kPairUnits && isInPage(at.units, kPairBytes)) {
         const PackedAscii pair(at.units);
-        // If other units follow, another function encodes the pair faster.
+        // If the whole pair belongs to the text and contains units from 0x80 to 0x7FFF, `encodeBlocks` encodes it
+        // faster.
         if (rest < kPairUnits || pair.hasOnlyZeros()) {
             at = storeStart(at, pair, rest);
         }
@@ -339,7 +343,7 @@ VOREL_ALWAYS_INLINE Progress encodeShortStart(const unsigned char* units, std::s
 Progress encode(const void* units, std::size_t left, unsigned char* out, std::size_t capacity, bool paired) noexcept {
     left = atMost(kMaxProgress, left);
     const auto* const bytes = static_cast<const unsigned char*>(units);
-    // Much text has only units below 0x800, or begins with them.
+    // Many texts consist of units below 0x800, or begin with such units.
     const bool startsShort = left != 0 && bytes[1] < 8;
     const Progress start = startsShort ? encodeShortStart(bytes, left, out, capacity) : kNoProgress;
     unsigned int read = start.read;

@@ -41,7 +41,7 @@ constexpr Shuffles oneOrTwoBytes() noexcept {
 /// Shuffles for four elements of four bytes (see `Sequences`). They keep the bytes that belong to the UTF-8 sequence of
 /// each element. Each element has two bits in the mask: both are set for a sequence of one byte, only the upper bit for
 /// two bytes, no bit for three. If only the lower bit is set, the element is dropped. The last byte of each order is
-/// the number of kept bytes plus `kDropped`, so it always writes a zero.
+/// the number of kept bytes plus `kDropped`, so this byte makes the shuffle write a zero too.
 constexpr Shuffles oneToThreeBytes() noexcept {
     Shuffles shuffles = {};
     for (unsigned int mask = 0; mask < 256; ++mask) {
@@ -75,7 +75,8 @@ inline constexpr std::size_t kBlockBytes = 2 * std::size_t{kUnits};
 inline constexpr std::size_t kPairUnits = 2 * std::size_t{kUnits};  // two blocks
 inline constexpr std::size_t kPairBytes = 2 * kBlockBytes;
 
-/// The most bytes that encoding one or two blocks writes, including the zeros after the output.
+/// The maximum number of bytes that are written to encode one block, or two blocks of units below 0x800. The zeros
+/// after the output are included.
 inline constexpr std::size_t kMaxWritten = 64;
 
 /// Constants of sixteen units. They are read from memory, because otherwise the compiler builds them in each iteration.
@@ -247,8 +248,8 @@ struct SurrogatesOf {
 
 /// The UTF-8 sequences of sixteen units. Each unit has an element of four bytes, and `packed` keeps the bytes that
 /// belong to the sequence. Byte 0 is an ASCII character. Byte 1 is the last byte of a longer sequence. Byte 2 is the
-/// lead byte of three bytes. Byte 3 is the lead byte of two bytes or the second of three. Each surrogate is encoded as
-/// a separate value unless `joinPairs` is called.
+/// lead byte of a sequence of three bytes. Byte 3 is the lead byte of a sequence of two bytes, or the second byte of a
+/// sequence of three bytes. Each surrogate is encoded as a separate value unless `joinPairs` is called.
 struct Sequences {
     VOREL_ALWAYS_INLINE Sequences(__m256i units, const Constants& k) noexcept {
         const __m256i zero = _mm256_setzero_si256();
@@ -264,8 +265,9 @@ struct Sequences {
         kinds = (maskOf(isAscii) & 0x55555555) | (maskOf(isShort) & 0xAAAAAAAA);
     }
 
-    /// Gives the first two bytes of a surrogate pair to the high surrogate, and the last two bytes to the low
-    /// surrogate.
+    /// Changes the elements of each surrogate pair, which is encoded as a sequence of four bytes. The element of the
+    /// high surrogate has the first two bytes of the sequence, and the element of the low surrogate has the last two
+    /// bytes.
     VOREL_ALWAYS_INLINE void joinPairs(__m256i units, const SurrogatesOf& surrogates, const Constants& k) noexcept {
         const __m256i value =
             _mm256_add_epi16(_mm256_and_si256(units, loadUnits(k.pairedBits)), loadUnits(k.pairedOffset));
@@ -282,7 +284,7 @@ struct Sequences {
         kinds |= maskOf(_mm256_or_si256(surrogates.isHigh, surrogates.isLow)) & 0xAAAAAAAA;
     }
 
-    /// The sequences of units 0 to 3 and 8 to 11, and the sequences of units 4 to 7 and 12 to 15.
+    /// `first` has the sequences of units 0 to 3 and 8 to 11. `second` has the sequences of units 4 to 7 and 12 to 15.
     [[nodiscard]] __m256i first() const noexcept { return _mm256_unpacklo_epi16(lower, upper); }
     [[nodiscard]] __m256i second() const noexcept { return _mm256_unpackhi_epi16(lower, upper); }
 

@@ -1,8 +1,9 @@
 /// \file
-/// Converts short texts, such as a name or a word, because the setup of the conversion for long texts (Utf8Streams.h)
-/// takes longer. A text of eight or more ASCII characters in one page is converted eight characters at a time, any
-/// other text one character at a time. Validates only what the codec requires (Utf8.h). For rare input, the whole text
-/// is left to the conversion for long texts.
+/// Converts short texts, such as names or words. These functions have no setup; the setup of the conversion for long
+/// texts (Utf8Streams.h) would take longer than the conversion of a short text. A text is converted eight characters at
+/// a time if it has at least eight characters, all of them are ASCII, and it lies in one page. Any other text is
+/// converted one character at a time. The results follow the rules of the codec (Utf8.h). If a text contains rare
+/// input, the whole text is left to the conversion for long texts.
 #pragma once
 
 #include <algorithm>
@@ -26,9 +27,12 @@ inline constexpr std::size_t kShortText = 48;
 /// The result for a text that is left to the conversion for long texts.
 inline constexpr std::size_t kNotShort = kShortText + 1;
 
-/// If `length` is below 0, the number of elements before the zero; `kNotShort` if the first `kShortText` elements
-/// contain no zero or are not in one page. Otherwise `length`, or `kNotShort` if `length` is above `kShortText`; a zero
-/// may end the text earlier.
+/// The length of a short text, or `kNotShort`.
+///
+/// - If `length` is below 0, the result is the number of elements before the first zero. It is `kNotShort` if the first
+///   `kShortText` elements contain no zero or do not lie in one page.
+/// - Otherwise, the result is `length`, even if a zero ends the text earlier. It is `kNotShort` if `length` is above
+///   `kShortText`.
 template <class Element>
 std::size_t shortTextLength(const Element* text, int length) noexcept {
     constexpr std::size_t kPerVector = sizeof(__m128i) / sizeof(Element);
@@ -49,9 +53,9 @@ std::size_t shortTextLength(const Element* text, int length) noexcept {
     return zeros != 0 ? static_cast<std::size_t>(std::countr_zero(zeros)) : kNotShort;
 }
 
-/// Decodes characters of four bytes until another character follows, the text ends, or the capacity may be too small
-/// for another pair. This is a loop, because such characters mostly occur in runs. Returns false at an overlong
-/// sequence.
+/// Decodes characters of four bytes. Stops at a byte that does not start such a character, at the end of the text, or
+/// if the capacity may be too small for another surrogate pair. This is a loop, because such characters mostly occur in
+/// runs. Returns false at an overlong sequence.
 template <class Unit>
 bool decodeFours(const unsigned char*& byte, const unsigned char* end, Unit*& out, const Unit* lastPair) noexcept {
     const auto trailing = [&](unsigned int index) { return byte[index] & 0x3Fu; };
