@@ -9,9 +9,9 @@ namespace vorel::text {
 
 struct CodePageName {
     std::uint16_t codePage;
-    std::uint16_t textStart;  ///< in the texts of the table
+    std::uint16_t textStart;  ///< the position of the name in `CodePageNameTable::texts`
 
-    /// In upper case.
+    /// The name, in upper case.
     [[nodiscard]] const char* name() const noexcept;
 };
 

@@ -29,7 +29,7 @@ constexpr wchar_t kClass[] = L"iconv";
 constexpr int kFailed = -1;
 constexpr auto kNothing = static_cast<std::size_t>(-1);
 
-// Callers compare with these numbers.
+// Callers compare `errno` with these numbers.
 static_assert(EBADF == 9 && E2BIG == 7 && EINVAL == 22 && EILSEQ == 42);
 
 int fail(int error) noexcept {
@@ -74,14 +74,14 @@ unsigned int codePageOf(const char* name) {
     return found != state->codePageNames.end() ? found.value() : 0;
 }
 
-/// Whether the system has a code page. 0 is the code page of the process.
+/// Whether the system has a code page. 0 (CP_ACP) is the ANSI code page of the process.
 bool isUsable(unsigned int codePage) {
     return MultiByteToWideChar(codePage, 0, "", 1, nullptr, 0) != 0;
 }
 
 // ---- Converters -----------------------------------------------------------------------------------------------------
 
-constexpr unsigned int kNoCodePage = 0xFFFF;  // each half of the -1 that reports a failure
+constexpr unsigned int kNoCodePage = 0xFFFF;  // each half of the handle -1, which reports a failure
 
 /// The two code pages in a converter handle.
 struct Converter {

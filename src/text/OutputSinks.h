@@ -1,9 +1,9 @@
 /// \file
 /// Output of a conversion to a string or array. If the maximum length is known, `reserveUnits` returns a buffer for the
-/// whole text, and `setEnd` sets the length afterwards. Otherwise `fill` writes to a sink. It writes directly into the
-/// sink's unused capacity. If that is too small, it writes into a local block and appends the block. If more text
-/// follows, its length is counted, and the sink grows once, only as far as the text requires. If the capacity is large
-/// enough, nothing is copied.
+/// whole text, and `setEnd` sets the length afterwards. Otherwise `fill` writes to a sink. `fill` writes directly into
+/// the sink's unused capacity, so nothing is copied if the capacity is large enough. If the capacity is too small,
+/// `fill` writes the next part of the text into a local block. If more text follows this part, its length is counted,
+/// and the sink grows once, only as far as the text requires. Then the block is appended.
 #pragma once
 
 #include <cstddef>
@@ -19,7 +19,7 @@
 
 namespace vorel::text {
 
-/// Converts `units` to the type of a string's length. \throws MemoryException if a string cannot hold that many.
+/// Converts `units` to the type of a string's length. \throws MemoryException if a string cannot hold so many units.
 template <class T>
 unsigned int checkedUnits(std::uint64_t units) {
     if (units >= BaseString<T>::kUnknownLength) {

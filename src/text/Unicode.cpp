@@ -86,7 +86,7 @@ bool decodeShort(BaseString<wchar_t>& output, const unsigned char* input, int le
            adoptLength(output, algorithms::decodeShortText(input, length, output.data(), output.capacity() - 1));
 }
 
-/// Decodes a short text into a string without a buffer.
+/// If the string has no buffer, decodes a short text and appends it. Returns whether the text was decoded.
 bool decodeNewShort(BaseString<wchar_t>& output, const unsigned char* input, int length) {
     wchar_t units[algorithms::kShortText];
     if (output.capacity() != 0) {
@@ -103,7 +103,7 @@ bool decodeNewShort(BaseString<wchar_t>& output, const unsigned char* input, int
 /// Decodes a text that has an invalid byte, and appends each block of units when it is full. The units of the last,
 /// incomplete block are dropped. If another thread has made the text valid meanwhile, the whole text is appended.
 VOREL_NOINLINE bool decodeInBlocks(BaseString<wchar_t>& output, Reader reader, bool throwOnError) {
-    wchar_t block[kUnitsPerBlock + 1];  // with the second unit of a pair
+    wchar_t block[kUnitsPerBlock + 1];  // and one unit for the second unit of a pair
     std::size_t units = 0;
     output.clear();
     do {
@@ -141,7 +141,7 @@ private:
     BaseString<wchar_t>* m_output;
 };
 
-/// This function is not inlined, so that short texts skip its setup.
+/// Decodes a text that `decodeShort` did not decode. This function is not inlined, so that short texts skip its setup.
 VOREL_NOINLINE bool decode(BaseString<wchar_t>& output, const unsigned char* input, int length, bool throwOnError) {
     return runRethrowing(L"vorel::util::ConvertUTF8toString", [&] {
         if (!input) {
@@ -223,7 +223,7 @@ bool encodeShort(BaseString<char>& output, const wchar_t* input, int length) noe
                        algorithms::encodeShortText<Surrogates::Paired>(input, length, out, output.capacity() - 1));
 }
 
-/// Encodes a short text into a string without a buffer.
+/// If the string has no buffer, encodes a short text and appends it. Returns whether the text was encoded.
 bool encodeNewShort(BaseString<char>& output, const wchar_t* input, int length) {
     unsigned char bytes[algorithms::kMaxUtf8BytesPerUnit * algorithms::kShortText];
     if (output.capacity() != 0) {

@@ -13,7 +13,7 @@ struct Base64Tables;
 namespace vorel::util {
 
 /// Standard Base64: the alphabet A-Z a-z 0-9 + /, '=' as padding, no line breaks. Every function may be called from any
-/// thread. A function that throws first adds a record with its name to the exception ("Base64::Decode(char): Vorel
+/// thread. If a function throws, the exception has a record with the name of the function ("Base64::Decode(char): Vorel
 /// exception rethrown").
 ///
 ///     41 42 43 44  ->  QUJDRA==

@@ -8,8 +8,8 @@
 ///
 /// A length below 0 means up to the first zero. A length of 0 or more is an upper bound; a zero still ends the input.
 ///
-/// Every conversion may be called from any thread. A failure gets the record of the conversion's full name, for example
-/// "vorel::util::ConvertUTF8toString: Vorel exception rethrown".
+/// Every conversion may be called from any thread. If a conversion throws, the exception gets a record with the full
+/// name of the conversion, for example "vorel::util::ConvertUTF8toString: Vorel exception rethrown".
 #pragma once
 
 #include "vorel/Export.h"
