@@ -25,8 +25,8 @@ bool addList(const T* text, Array<Value>& values, Read&& read) {
 template <class T, class Value, class Read>
 bool readListInValues(const T* text, Array<Value>& values, bool append, Read&& read) noexcept;
 
-/// Appends or replaces the values. If the array cannot grow, returns false, as for invalid text; the error log has the
-/// reason.
+/// Appends or replaces the values. If the array cannot grow, the error log has the reason, and the result is false, as
+/// for invalid text.
 template <class T, class Value, class Read>
 bool readList(const T* text, Array<Value>& values, bool append, Read&& read) noexcept {
     if (detail::holds(values, text)) [[unlikely]] {

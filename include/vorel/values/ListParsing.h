@@ -11,9 +11,9 @@
 
 namespace vorel::util {
 
-/// Integers separated by single commas. An integer may have a sign, and white space may follow it. A fraction is
-/// dropped ("2.9" is 2). By design, an empty item between two commas has the value 0, and white space after a comma is
-/// itself an item with the value 0.
+/// Integers separated by white space, by a comma, or by white space and then a comma. An integer may have a sign. A
+/// fraction is dropped ("2.9" is 2). By design, an empty item between two commas has the value 0, and white space after
+/// a comma is itself an item with the value 0.
 ///
 ///     "1 ,2 3"  ->  1 2 3, true        "1, 2"  ->  1 0 2, true        "1;2"  ->  1, false
 VOREL_API bool stringToIntegerArray(const char* text, Array<int>& values, bool append) noexcept;
