@@ -268,8 +268,9 @@ TEST_F(AutoMutexSteps, FailureOfTheDestructorIsSuppressedDuringUnwinding) {
 
 // ---- An exited owner that was reported to another object ------------------------------------------------------------
 
-/// `m_stale` records a thread that exited while it held the mutex. The system reports this only once, and `m_other`,
-/// which uses the same mutex, received the report.
+/// The owner that `m_stale` records is a thread that exited while it held the mutex. The system reports this only to
+/// the next thread that takes the mutex. In the constructor, this thread uses `m_other`, another object for the same
+/// mutex, so `m_stale` does not get the report.
 class AutoMutexWithAStaleOwner : public AutoMutexSteps {
 public:
     ~AutoMutexWithAStaleOwner() noexcept override {
@@ -285,7 +286,7 @@ protected:
         EXPECT_EQ(call<test::GetLockCount>(m_other), 0);
     }
 
-    /// The messages of the exception if a hold of the calling thread cannot be counted.
+    /// The messages of the exception that a call throws if it cannot count a hold of the calling thread.
     [[nodiscard]] std::vector<std::wstring> messagesOfFailure(const std::wstring& operation) const {
         return {L"Mutex " + m_name +
                     L": Trying to increment lock count from a thread that does not own the mutex.  Current owner = " +

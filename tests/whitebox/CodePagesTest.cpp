@@ -100,8 +100,8 @@ protected:
         return operation();
     }
 
-    /// The expected call that tests whether a code page is usable: it converts an empty text of one byte, without an
-    /// output buffer.
+    /// Expects exactly one call, which tests whether a code page is usable. It converts one byte, the terminator of an
+    /// empty text, and has no output buffer.
     void expectUsabilityTest(UINT page) {
         ASSERT_EQ(m_system.calls.size(), 1u);
         const Call& call = m_system.calls[0];

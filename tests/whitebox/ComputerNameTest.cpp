@@ -54,8 +54,8 @@ TEST(ComputerName, IsInLowerCaseAndEmptyIfItDoesNotFit) {
     const Case cases[] = {
         {"host7", "host7"},
         {"HOST-7", "host-7"},
-        {"@AZ[`az{", "@az[`az{"},          // the neighbours of the letters do not change
-        {"\xC4\xD6\xDC", "\xC4\xD6\xDC"},  // neither do bytes above 127
+        {"@AZ[`az{", "@az[`az{"},          // the characters next to A, Z, a and z do not change
+        {"\xC4\xD6\xDC", "\xC4\xD6\xDC"},  // bytes above 127 do not change
         {"", ""},
         {"ABCDEFGHIJKLMNO", "abcdefghijklmno"},
         {"ABCDEFGHIJKLMNOP", ""},

@@ -140,8 +140,8 @@ const Cycle kCycles[] = {
     {"IsAdmin_WhileImpersonating", nothing, askForAdminWhileImpersonating, false, kRounds / 10},
 };
 
-/// Returns the path itself. The real function takes longer than all other calls of a round, and these paths are already
-/// long forms.
+/// Replaces the system's function, which takes longer than all other calls of a round. Returns the path itself, because
+/// the paths of this test are already long forms. Fails for a path in the missing folder.
 DWORD WINAPI giveLongPath(LPCWSTR path, LPWSTR longPath, DWORD size) {
     const std::wstring_view text = path;
     if (text.find(kMissing) != std::wstring_view::npos) {

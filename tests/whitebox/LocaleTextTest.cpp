@@ -74,7 +74,7 @@ TEST(LocaleText, UnconvertibleTextBecomesTheTextOfTheFailure) {
     EXPECT_EQ(narrowed(L"convertible until here\x0100"), "Error in text conversion");
 }
 
-// The buffer has space for the text as it was measured.
+// The text becomes longer after it was measured. The buffer has space for the measured length only.
 TEST(LocaleText, TextThatGrowsWhileItIsConvertedIsCut) {
     const LocaleSet locale("C");
     {

@@ -1,5 +1,6 @@
 /// \file
-/// The rendered line of the log. ErrorLogTest.cpp tests its header, and tests/allocation its pieces.
+/// The rendered line of the log. ErrorLogTest.cpp tests the header of the line. tests/allocation tests lines that are
+/// rendered in several pieces.
 
 #include "exceptions/LogLine.h"
 

@@ -216,7 +216,7 @@ TYPED_TEST(PlainFormat, LeavesMissingFormatsAndBuffersToTheRuntime) {
     EXPECT_EQ(renderPlainFormat(noBuffer, 4, this->text("a").c_str(), arguments.list()), -1);
 }
 
-// How the runtime converts such a text depends on the locale.
+// The runtime converts text that is not ASCII by the locale.
 TEST(PlainFormatOfNarrowText, LeavesWideTextToTheRuntimeUnlessItIsAscii) {
     for (const wchar_t* const text : {L"\x80", L"a\xE4", L"\x4E00", L"exactly 16 units\xFF"}) {
         ArgumentList<char> arguments({text});
@@ -242,7 +242,7 @@ TEST(PlainFormatOfWideText, ComparesWholeUnits) {
     EXPECT_EQ(renderPlainFormat(buffer, 100, L"%\x0164", arguments.list()), -1);
 }
 
-// An inaccessible page follows the terminator of format and text, and the last unit of the buffer.
+// The format, the text argument and the buffer each end at an inaccessible page.
 TYPED_TEST(PlainFormat, ReadsNothingAfterTheTerminators) {
     test::PageEdge<TypeParam> format(100);
     test::PageEdge<TypeParam> argument(100);

@@ -38,8 +38,8 @@ TEST(RegisterSpy, WaitsForTheLockWhileThreadSafetyIsOn) {
 TEST(RegisterSpy, DoesNotLockWhileThreadSafetyIsOff) {
     Spy spy;
     vorel::AutoCriticalSection& lock = *spyLock.get();
-    // Only this action switches thread safety off, because the switch must have the same state when a lock is acquired
-    // and when it is released.
+    // `expectPasses` acquires and releases `lock`, and thread safety must be on both times. So it is off only during
+    // the action.
     test::expectPasses(lock, [&] {
         EnableThreadSafety(false);
         AllocBase::registerSpy(&spy);

@@ -108,7 +108,8 @@ DWORD threadExitedAsFiber() {
     return id;
 }
 
-// A failed expectation needs the real id, so all expectations follow the hook.
+// GoogleTest needs the real id of the thread to report a failed expectation. So all expectations come after the scope
+// of the hook.
 TEST(SilencedThreads, DoNotSilenceALaterThreadWithTheirIdIfTheyExitAsFibers) {
     const test::TemporaryLog log;
     const DWORD id = threadExitedAsFiber();
