@@ -99,7 +99,7 @@ TYPED_TEST(DigitBlock, BlocksStayWithinThePage) {
     for (std::size_t position = 0; position < 4096 / sizeof(TypeParam); ++position) {
         const bool fits = position >= 16 && position + 32 <= 4096 / sizeof(TypeParam);
         ASSERT_EQ(algorithms::areDigitBlocksInPage(first + position), fits) << position;
-        if (fits) {  // reading the blocks does not fault
+        if (fits) {  // these reads must not fault
             static_cast<void>(algorithms::digitMask(first + position + 16));
             static_cast<void>(algorithms::valueOfDigits(first + position, 0));
         }

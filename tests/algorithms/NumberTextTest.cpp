@@ -51,8 +51,8 @@ class NumberText : public ::testing::Test {
 protected:
     static constexpr T kFill = static_cast<T>(0x5A);
 
-    /// Expects that `write` writes the text and a terminator to a buffer of `size` units before an inaccessible page,
-    /// and leaves the units after them unchanged.
+    /// Expects that `write` writes the text and a terminator to a buffer of `size` units, which ends at an inaccessible
+    /// page. The units after the terminator must not change.
     template <class Write>
     void expectText(const std::string& text, std::size_t size, Write&& write) {
         T* const buffer = m_pages.lastElements(size);

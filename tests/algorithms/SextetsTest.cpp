@@ -176,8 +176,8 @@ protected:
         return m_text.placeAtStart(std::basic_string_view<Unit>(text.c_str(), text.size() + 1));
     }
 
-    /// The groups that are decoded if the text is at the end of a page: a block that extends past the terminator is not
-    /// read.
+    /// The number of groups that are decoded if the text is at the end of a page. The AVX2 algorithm does not read a
+    /// block that extends past the terminator.
     static std::size_t groupsAtEnd(std::size_t valid, std::size_t length) {
         const std::size_t readable = (length + 1) / kBlockCharacters * kBlockGroups;
         return Implementation::kNeedsAvx2 ? std::min(valid, readable) : valid;
@@ -251,7 +251,7 @@ TYPED_TEST(Sextets, DecodeBase64_StopsAtEveryInvalidUnitAtEveryBlockPosition) {
         for (std::size_t at = everywhere ? 0 : unit % 32; at < kBlockCharacters; at += everywhere ? 1 : 32) {
             SCOPED_TRACE(testing::Message() << unit << " at " << at);
             auto changed = text;
-            const std::size_t position = (1 + unit % 4) * kBlockCharacters + at;  // in the first four blocks or later
+            const std::size_t position = (1 + unit % 4) * kBlockCharacters + at;  // in the second to the fifth block
             changed[position] = static_cast<T>(unit);
             const std::size_t groups = isKnown ? 7 * kBlockGroups : position / 4;
             ASSERT_NO_FATAL_FAILURE(this->expectBase64(this->placedAtEnd(changed), 7, groups));

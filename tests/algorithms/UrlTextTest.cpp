@@ -24,13 +24,12 @@ using algorithms::UrlUse;
 
 constexpr std::size_t kBlock = 32;
 
-/// A table of the algorithms and its rule.
+/// A table of the library's encoder, and the same rule for the reference encoder.
 struct Use {
     const UrlTable& table;
     test::UrlRule rule;
 };
 
-/// Every use.
 const std::vector<Use>& uses() {
     static const std::vector<Use> kUses = [] {
         const std::string reserved = std::string("~").append(test::kUrlReserved);

@@ -58,8 +58,8 @@ TYPED_TEST(ShortTextLength, ReadsOnlyOnePage) {
 /// Converts texts at inaccessible pages in both directions.
 class Utf8Short : public testing::Test {
 protected:
-    /// Decodes `length` bytes of `bytes`, or up to a zero. Returns whether the whole text was decoded; if it was,
-    /// checks the result.
+    /// Decodes `bytes` up to a zero, or at most `length` bytes if `length` is not negative. Returns whether the whole
+    /// text was decoded, and then also checks the result.
     bool decodes(std::string_view bytes, int length, std::size_t capacity) {
         const test::DecodedText expected = test::decodeUtf8(bytes, length);
         const auto* const input =
@@ -126,7 +126,7 @@ TEST_F(Utf8Short, RejectsTextAboveTheCapacity) {
         for (std::size_t capacity = 0; capacity < units; ++capacity) {
             EXPECT_FALSE(decodes(text, length, capacity)) << text << " in " << capacity;
         }
-        // Space for one more unit is required, because each unit may be the first of a pair.
+        // The decoder may require space for one more unit, because any character may need two units.
         EXPECT_TRUE(decodes(text, length, units + 1)) << text;
     }
 }
@@ -134,7 +134,7 @@ TEST_F(Utf8Short, RejectsTextAboveTheCapacity) {
 TEST_F(Utf8Short, RejectsTextAfterADecodedZero) {
     const std::string text("a\xC3\0z\0", 5);
     EXPECT_TRUE(decodes(text, 2, kAmple));
-    const std::string longer = text + std::string(100, '\0');  // all bytes that are read lie in the string
+    const std::string longer = text + std::string(100, '\0');  // contains all bytes that the decoder reads
     EXPECT_EQ(decodeShortText(reinterpret_cast<const unsigned char*>(longer.data()), -1, std::wstring(9, 0).data(), 9),
               kNotShort);
 }
@@ -169,7 +169,7 @@ TEST_F(Utf8Short, AgreesWithTheReferenceOnRandomTexts) {
     for (int round = 0; round < 20000; ++round) {
         SCOPED_TRACE(testing::Message() << "seed " << kSeed << ", round " << round);
         std::wstring text;
-        const std::size_t mask = std::size_t{0x7F} << random.below(9);  // from only ASCII to all units
+        const std::size_t mask = std::size_t{0x7F} << random.below(9);  // without a shift: only ASCII
         for (std::size_t left = random.below(60); left != 0; --left) {
             text += static_cast<wchar_t>(1 + (random.bits() & (mask | 0x7F) & 0xFFFE));
         }

@@ -20,8 +20,8 @@ const unsigned char* bytesOf(const std::string& text) {
     return reinterpret_cast<const unsigned char*>(text.data());
 }
 
-/// A text with ASCII runs of about sixteen bytes, sequences of every length, and a lead byte whose sequence includes a
-/// zero.
+/// A text with ASCII runs of several lengths, sequences of two, three, four and six bytes, and a lead byte whose
+/// sequence includes a zero.
 const std::string& sampleText() {
     static const std::string kSample =
         "An ASCII run of more than sixteen bytes, \xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80 then "
@@ -159,7 +159,8 @@ TEST(Utf8ReaderTest, UnitsLeft_EndAtAnInvalidLeadByte) {
     }
 }
 
-/// Writes everything in pieces of about `enough` bytes, each into a buffer with `spare` more bytes.
+/// Writes everything in pieces. The writer ends a piece that has at least `enough` bytes. The buffer of a piece has
+/// `spare` more bytes.
 template <Surrogates Rule>
 std::string writeInPieces(const std::wstring& text, int length, std::size_t enough, std::size_t spare) {
     const std::size_t capacity = enough + spare;
@@ -171,7 +172,7 @@ std::string writeInPieces(const std::wstring& text, int length, std::size_t enou
         EXPECT_LE(bytes, capacity);
         EXPECT_EQ(piece[capacity], 0x5A) << "after the capacity";
         EXPECT_TRUE(bytes + kLongestUtf8Sequence > capacity || bytes >= enough || writer.atEnd())
-            << "a piece must be full, or the last piece";
+            << "every piece except the last piece must be full";
         if (bytes == 0) {
             ADD_FAILURE() << "no progress";
             break;
