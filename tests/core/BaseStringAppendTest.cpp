@@ -72,7 +72,8 @@ TYPED_TEST(BaseStringAppend, AppendPartOfItself_EveryLengthWithoutGrowth) {
     }
 }
 
-/// The source begins in the text and ends past it, so the copy overwrites a part of the source.
+/// The source begins within the string's text and ends after its terminator. So the appended units overwrite a part of
+/// the source.
 TYPED_TEST(BaseStringAppend, AppendOverlappingSource_CopiesItAsItWas) {
     for (const unsigned int count : {2u, 3u, 5u, 8u, 12u, 17u, 33u, 60u}) {
         BaseString<TypeParam> string = inLargeBuffer(test::text<TypeParam>("abc"));

@@ -104,7 +104,7 @@ TYPED_TEST(BaseStringFormat, NullFormat_ReleasesTheBuffer) {
 
 // ---- Growth ---------------------------------------------------------------------------------------------------------
 
-// A string without a buffer reserves space for one unit more than the text has, and for the terminator.
+// A string without a buffer reserves space for the text, one more unit and the terminator.
 TYPED_TEST(BaseStringFormat, FirstBuffer_FitsTheMeasuredText) {
     for (unsigned int count = 0; count <= 1030; count += count == 140 ? 360 : 1) {
         BaseString<TypeParam> string;
@@ -164,8 +164,7 @@ TYPED_TEST(BaseStringFormat, ArgumentsInTheString_WithAndWithoutGrowth) {
             const auto expected = this->text("<5:") + model.substr(from) + this->text(":") + model + this->text(">");
             ASSERT_TRUE(string.view() == expected) << length << " units, from " << from;
             string = model.c_str();
-            string.format(this->text("<%s>").c_str(),
-                          string.c_str() + from);  // the argument extends to one end of the buffer only
+            string.format(this->text("<%s>").c_str(), string.c_str() + from);  // only the tail is an argument
             ASSERT_TRUE(string.view() == this->text("<") + model.substr(from) + this->text(">"));
         }
     }

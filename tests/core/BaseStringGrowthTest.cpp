@@ -177,8 +177,8 @@ TYPED_TEST(BaseStringGrowth, LargeEnough_TruncatesALongerText) {
     }
 }
 
-// An unknown length has all bits set, so it exceeds every count. So the length becomes the count, even if the text is
-// shorter.
+// `reserve` reduces a length that exceeds the count to the count. An unknown length has all bits set, so it exceeds
+// every count and becomes the count, even if the text is shorter.
 TYPED_TEST(BaseStringGrowth, LargeEnough_SetsAnUnknownLengthToCount) {
     for (const bool discard : {false, true}) {
         for (const unsigned int count : {1u, 3u, 15u}) {

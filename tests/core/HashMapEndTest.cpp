@@ -27,10 +27,10 @@ using vorel::MemoryException;
 using ExplosiveMap = vorel::HashMap<int, Explosive>;
 using Texts = std::vector<std::string>;
 
-/// The exceptions that the destructors of the values throw, in the order of release. The last three values are in spare
-/// nodes.
 constexpr unsigned int kValues = 9;
 constexpr unsigned int kSpare = 3;
+/// The exceptions that the destructors of the values throw, in the order of release. The last three values are in spare
+/// nodes.
 using Explosions = Explosion[kValues];
 
 constexpr Explosion kQuiet = Explosion::None;

@@ -115,7 +115,8 @@ private:
         m_size = 0;
     }
 
-    /// Growth moves each chain from its head to the heads of the new chains, which reverses its order.
+    /// Growth takes the entries of each chain from its head, and inserts each entry at the head of a new chain. So
+    /// their order is reversed.
     void grow(unsigned int count) {
         if (count > m_buckets) {
             m_buckets = count;

@@ -234,7 +234,8 @@ TEST(HashMap, Resize_GrowsAndNeverShrinks) {
     EXPECT_EQ(map.find(1, 1).value(), 10);
 }
 
-// Each chain moves from its head to the heads of the new chains, so two entries with the same key change their order.
+// Resizing takes the entries of each chain from its head, and inserts each entry at the head of a new chain. So two
+// entries with the same key change their order.
 TEST(HashMap, Resize_ReversesTheOrderOfAChain) {
     NumberMap map(5);
     map.put(1, 7, 70);
