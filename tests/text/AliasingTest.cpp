@@ -89,8 +89,9 @@ unsigned char* memoryOf(Array<T>& output, std::size_t bytes) {
     return reinterpret_cast<unsigned char*>(output.data());
 }
 
-/// Runs `operation(input, output)`, and returns its result, or the messages of its exception, and the bytes of the
-/// output. The output first contains `text` and its terminator. The input is this text, or a separate copy of it.
+/// Runs `operation(input, output)`. Returns the operation's result or the messages of its exception, followed by '/'
+/// and the bytes of the output. Before the call, the output contains `offset` units, `text` and a terminator. The input
+/// is this text, or a separate copy of it.
 template <class Input, class Output, class Operation>
 std::string withText(Place place, const std::basic_string<Input>& text, std::size_t offset, Operation&& operation) {
     const std::size_t bytes = (offset + text.size() + 1) * sizeof(Input);
@@ -129,7 +130,7 @@ std::basic_string<T> repeated(std::string_view pattern, std::size_t units) {
     if (sizeof(T) > 1) {
         std::replace(text.begin(), text.end(), static_cast<T>(0xE9), static_cast<T>(0x20AC));  // three bytes in UTF-8
     }
-    // UTF-8 sequences must be complete, because the decoder would read past the text.
+    // The last UTF-8 sequence must be complete, because otherwise the decoder would read past the text.
     for (std::size_t at = units; at != 0 && static_cast<std::make_unsigned_t<T>>(text[at - 1]) >= 0x80; --at) {
         text[at - 1] = 'z';
     }

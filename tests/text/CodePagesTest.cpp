@@ -49,7 +49,7 @@ TEST(CodePages, GetCodePage_IgnoresCase) {
     for (const char* name : {"UTF-8", "utf-8", "Utf-8", "UNICODE (utf-8)"}) {
         EXPECT_EQ(util::iconv_getCodePage(name), kUtf8);
     }
-    // Only A to Z are folded: '_' differs from the character whose code is larger by 32.
+    // Only A to Z are converted to lower case. So '_' in "SHIFT_JIS" differs from \x7F, whose code is larger by 32.
     for (const char* name : {"UTF8", "", "UTF-8 ", "no such name", "SHIFT\x7FJIS", static_cast<const char*>(nullptr)}) {
         EXPECT_EQ(util::iconv_getCodePage(name), -1);
     }
@@ -57,7 +57,7 @@ TEST(CodePages, GetCodePage_IgnoresCase) {
 
 TEST(CodePages, Open_UsesOneName) {
     EXPECT_EQ(util::iconv_open("UTF-8", "LATIN1"), handleOf(0, kLatin1));
-    EXPECT_EQ(util::iconv_open("no such name", "latin1"), handleOf(0, kLatin1));  // not looked up
+    EXPECT_EQ(util::iconv_open("no such name", "latin1"), handleOf(0, kLatin1));  // `to` is ignored
     EXPECT_EQ(util::iconv_open(nullptr, "utf-8"), handleOf(0, kUtf8));
     EXPECT_EQ(util::iconv_open("UTF-8", nullptr), kUtf8);
     EXPECT_EQ(failureOf([] { return util::iconv_open(nullptr, nullptr); }), kInvalid);

@@ -53,7 +53,7 @@ TEST(HexTest, Decode_ReportsInvalidPairs) {
     for (const Row& row :
          {Row{L"41fF", 0, {0x41, 0xFF}},
           Row{L"", 0, {}},
-          Row{L"0x4142", 0, {0x41, 0x42, 0xEE}},  // the size includes the prefix, so one byte stays unwritten
+          Row{L"0x4142", 0, {0x41, 0x42, 0xEE}},  // the array has a byte for the prefix, too, which stays unwritten
           Row{L"0X41", 0, {0x41, 0xEE}},
           Row{L"0x", 0, {0xEE}},
           Row{L"x041", 1, {0xEE, 0xEE}},

@@ -85,7 +85,7 @@ TEST(UnicodeCapacity, EncodedStringsGrowToTheirText) {
     }
 }
 
-/// Text that ends at a growth step with characters of several units or bytes.
+/// Texts that nearly or completely fill a capacity, and that end with characters of several units or bytes.
 TEST(UnicodeCapacity, LastCharactersCountInUnits) {
     for (const unsigned int full : {1024u, kMi, 2 * kMi}) {
         for (unsigned int missing = 0; missing != 6; ++missing) {
@@ -129,7 +129,7 @@ TEST(UnicodeCapacity, MalformedTextCountsAsItIsDecoded) {
         {std::string(449, 'a') + "\xFF" + tail, 0, 0, "no whole block"},
         {std::string(450, 'a') + "\xFF" + tail, 450, 512, "one block"},
         {std::string(530, 'a') + "\xFF" + tail, 450, 512, "530 units would not fit"},
-        {std::string(449, 'a') + "\xF0\x9F\x98\x80\xFF" + tail, 450, 512, "a pair that the block divides"},
+        {std::string(449, 'a') + "\xF0\x9F\x98\x80\xFF" + tail, 450, 512, "a pair across the end of the block"},
         {std::string(1023, 'a') + "\xFF" + tail, 900, 1024, "1,023 units would fit"},
         {std::string(1024, 'a') + "\xFF" + tail, 900, 1024, "1,024 units would not fit"},
         {std::string(1800, 'a') + "\xFF" + tail, 1800, 2048, "four blocks"},

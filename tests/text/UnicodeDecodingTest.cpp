@@ -96,7 +96,8 @@ TEST(UnicodeDecoding, EveryLeadByte) {
         SCOPED_TRACE(testing::Message() << "lead byte " << std::hex << value);
         const char lead = static_cast<char>(value);
         const bool startsNothing = (value >= 0x80 && value < 0xC0) || kStartNothing.find(lead) != kStartNothing.npos;
-        // The bound of two bytes ends the text after one character, however many bytes the character has.
+        // The bound of two bytes ends the text after '<' and the character that `lead` starts, however many bytes this
+        // character has.
         const std::string text = std::string("<") + lead + "\x81\x92\xA3\xB4\xC5";
         const std::wstring units = startsNothing ? L"" : test::decodeUtf8(text, 2).units;
         EXPECT_EQ(decoded(text, 2), (Result{!startsNothing, units}));

@@ -112,7 +112,7 @@ TEST_F(UnicodeRandom, Decoding) {
         expectStringForms(input, length, expected);
         expectBufferForm(input, length, expected, 1 + random.below(expected.units.size() + 4));
         if (expected.error && ++count % 20 == 0) {
-            // The dump continues to the next zero.
+            // The hex dump in the message contains all bytes up to the next zero, even beyond the bound.
             BaseString<wchar_t> output;
             test::expectThrows<vorel::Exception>(
                 [&] { ConvertUTF8toString(output, reinterpret_cast<const unsigned char*>(text.data()), length, true); },

@@ -63,7 +63,7 @@ const std::vector<Use>& uses() {
                                            {UrlPathSegment, false, {"/?", false}},
                                            {UrlQuery, false, {"+", true}},
                                            {UrlQueryParameter, false, {"+&=", true}},
-                                           // Not components.
+                                           // These numbers are not components.
                                            {4, false, {"", false}},
                                            {99, false, {"", false}},
                                            {-1, false, {"", false}}};
