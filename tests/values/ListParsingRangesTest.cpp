@@ -64,7 +64,8 @@ TEST(ListParsingRanges, OpenEndIsMinusOne) {
 }
 
 TEST(ListParsingRanges, OnlyTheFirstMinusIsASeparator) {
-    // A second minus is the sign of the end if it is at the position of a sign.
+    // The first minus separates the two numbers, even if the first number is missing. A minus directly before the
+    // digits of the second number is its sign.
     for (const Row& row : {Row{L"--5", {-1}, {-5}}, Row{L"3--5", {3}, {-5}}, Row{L"3- -5", {3}, {-5}},
                            Row{L"--", {-1}, {0}}, Row{L"5--", {5}, {0}}, Row{L"1-2-3", {1}, {2}, L"1-2-3"},
                            Row{L"-1-2", {-1}, {1}, L"-1-2"}, Row{L"---5", {-1}, {0}, L"---5"}}) {

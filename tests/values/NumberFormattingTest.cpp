@@ -63,7 +63,8 @@ const std::vector<Row>& rows() {
         {fromBits(0x7FF80000000007A2), "NA", "\"NA\""},
         {fromBits(0xFFF80000000007A2), "NA", "\"NA\""},
         {std::numeric_limits<double>::quiet_NaN(), "NaN", "\"NaN\""},
-        // "Not available" is one pattern with either sign. Similar patterns are ordinary NaN values.
+        // Only one bit pattern, with either sign, means "not available". The following patterns are ordinary NaN
+        // values.
         {fromBits(0x7FF80000000007A3), "NaN", "\"NaN\""},
         {fromBits(0x7FF80001000007A2), "NaN", "\"NaN\""},
         {fromBits(0xFFF80001000007A2), "NaN", "\"NaN\""},
