@@ -5,10 +5,11 @@
 /// The result does not depend on timing.
 ///
 ///     test::ChangingText<char> text("aaaa", "%%%%");
-///     for (unsigned int nth = 1; nth <= text.switches(); ++nth) {   // until the reader needs fewer switches
-///         text.changeAt(nth);
+///     unsigned int nth = 0;
+///     do {
+///         text.changeAt(++nth);
 ///         vorel::util::urlEncode(text.data(), output, false, false);
-///     }
+///     } while (text.switches() >= nth);   // until the text is read with fewer than `nth` switches
 #pragma once
 
 #include <algorithm>
@@ -111,7 +112,8 @@ private:
 template <class T>
 class ChangingText {
 public:
-    /// The length of the text. Its bytes nearly fill a string buffer of 8,192, so a longer result does not fit.
+    /// The length of the text. The text nearly fills a string buffer of 8,192 bytes, so a longer result does not fit
+    /// into such a buffer.
     static constexpr std::size_t kUnits = (2 * SwitchingPages::kPage - 40) / sizeof(T) - 1;
 
     ChangingText(const std::basic_string<T>& before, const std::basic_string<T>& after)

@@ -33,7 +33,8 @@ public:
         }
     }
 
-    /// Multiplies by a power of `base`. Combines factors as long as their product stays below the base of the groups.
+    /// Multiplies by a power of `base`. Combines several factors `base` into one factor below 10^9, so that `multiply`
+    /// is called less often.
     void multiplyByPower(std::uint32_t base, int exponent) {
         std::uint32_t power = 1;
         for (; exponent != 0; --exponent) {

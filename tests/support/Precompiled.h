@@ -1,6 +1,6 @@
 /// \file
-/// The precompiled header: the headers that most tests include. It is compiled once for the DLL and once for the static
-/// library.
+/// The precompiled header: the headers that most tests include. It is compiled once for test programs that use the DLL,
+/// and once for test programs that link the static library.
 #pragma once
 
 #include <algorithm>
