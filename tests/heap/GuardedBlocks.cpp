@@ -36,7 +36,7 @@ struct Piece {
     State state;
 };
 
-/// Freed pieces of one accessible page, oldest first. They keep their memory.
+/// Freed small blocks: the pieces that had one accessible page, oldest first. Their pages stay allocated.
 struct Retired {
     std::uint32_t pages[kMaxRetired];
     std::size_t first;

@@ -40,7 +40,8 @@ public:
     }
 
 private:
-    /// Whether no block of this test leaks. Old blocks that are freed late must not hide such a block.
+    /// Whether no block of this test leaks. If a block from before the test is freed during the test, the number of
+    /// live blocks does not show that a new block leaks.
     [[nodiscard]] bool isWithoutHiddenLeak() const {
         return blocks::live() == m_before || blocks::sizesSince(m_serial).empty();
     }
