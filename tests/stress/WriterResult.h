@@ -12,7 +12,7 @@
 namespace test {
 
 /// The log drops a line after 30 sleeps of 1395 ms in total. A sleep may end up to one tick of the system clock
-/// (15.6 ms) early. A call that took less than this time has not dropped its line.
+/// (15.6 ms) early. A call that took less than `kMinDropTime` has not dropped its line.
 inline constexpr std::chrono::milliseconds kMinDropTime{900};
 
 struct ThreadResult {
