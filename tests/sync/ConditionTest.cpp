@@ -105,7 +105,7 @@ TEST_F(ConditionTest, WaitTimesOut) {
 }
 
 TEST_F(ConditionTest, WaitReleasesTheLockAndASignalWakesOneWaiter) {
-    m_waiters.start(2, kGenerousMs);  // can acquire the lock, because both threads wait
+    m_waiters.start(2, kGenerousMs);  // acquires the lock at its end, so both waiting threads have released it
     m_condition.signal();
     while (m_waiters.done() != 1) {
         std::this_thread::yield();
@@ -154,7 +154,8 @@ TEST_F(ConditionTest, BroadcastWithoutWaitersLeavesNoSignal) {
 
 TEST_F(ConditionTest, BroadcastWakesWaitersTenMillisecondsApart) {
     m_waiters.start(3, kGenerousMs);
-    // A waiter is counted shortly after it releases the lock. The next round wakes a waiter that was counted too late.
+    // A thread is counted as a waiter shortly after it releases the lock, so a broadcast may not wake it. The next
+    // broadcast then wakes it.
     const Clock::time_point start = Clock::now();
     while (m_waiters.done() != 3 && Clock::now() - start < milliseconds(kGenerousMs)) {
         m_condition.broadcast();
