@@ -105,7 +105,7 @@ TYPED_TEST(ChannelTest, LongPrefixesAreNotTruncated) {
         const TemporaryLog log;
         Exception::log(nullptr, 1000000, this->text(prefix).c_str(), this->text("%s").c_str(),
                        this->text("text").c_str());
-        // `messages()` searches for a colon and a blank. A line with an empty prefix starts with them.
+        // If the prefix is empty, the line has ": text" after its header.
         EXPECT_EQ(log.messages(), Texts{prefix + ": text"}) << length;
     }
 }

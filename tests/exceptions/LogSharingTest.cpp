@@ -54,8 +54,8 @@ void warn(const char* text) {
 class HeldLog : public testing::TestWithParam<Holder> {};
 
 // A log can be renamed only if all open handles share deletion, and can be opened for writing only if all open handles
-// share writing. While a handle with the right to delete is open, for example of a process that renames the log, only
-// handles that share deletion can be opened. The streams of the runtime do not share deletion.
+// share writing. A process that renames the log opens a handle with the right to delete. While this handle is open, the
+// log can be opened only by calls that share deletion. The streams of the runtime do not share deletion.
 const Holder kHoldersOfTheLog[] = {
     {"Reader", GENERIC_READ, kShareReadWrite, {"WARN: first", "WARN: second"}, {}},
     {"Writer", GENERIC_WRITE, kShareReadWrite, {"WARN: first", "WARN: second"}, {}},
@@ -107,8 +107,8 @@ TEST(HeldBackup, ThatCannotBeDeletedKeepsTheLogGrowing) {
     EXPECT_EQ(test::readLogMessages(log.backupPath()), (Texts{"WARN: second", "WARN: third", "WARN: fourth"}));
 }
 
-// The name of a deleted backup exists until its reader has closed the backup, or is removed at once. Both are
-// documented; newer versions of NTFS remove the name at once.
+// If a file that a reader has open is deleted, older versions of NTFS keep its name until the reader closes the file.
+// Newer versions remove the name at once. Both are documented, so the test accepts both.
 TEST(HeldBackup, ThatIsSharedForDeletionIsReplacedNowOrLater) {
     const test::TemporaryLog log(kLimitBytes);
     warn("first");
