@@ -161,7 +161,7 @@ void debugOfClass(Attempt& attempt) {
     const std::string text = line.substr(marked ? 17 : 7);
     EXPECT_TRUE(complete.starts_with(text) && text.size() >= kTruncatedLength) << text.size();
     EXPECT_TRUE(marked || text == complete)
-        << "an unmarked line must be complete, because the log allocates nothing and so truncates nothing";
+        << "a line that is not marked must be complete, because the log itself never truncates a line";
 }
 
 void logNarrow(Attempt& attempt) {

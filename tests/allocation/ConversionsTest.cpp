@@ -67,8 +67,8 @@ void utf8ToString(Attempt& attempt) {
     }
 }
 
-/// The overloads for narrow text add a record that quotes the text. If all later requests fail, the quoted text cannot
-/// be converted to wide text, so only the records before it are complete.
+/// The overloads for narrow text add a last record, which quotes the text. If all later requests fail, the quoted text
+/// cannot be converted to wide text, so only the records before the last record are complete.
 void expectMemoryExceptionWithInput(Attempt& attempt, const Requests& requests, const std::string& record,
                                     const std::string& quoted) {
     const std::wstring wideRecord = test::widened(record);
@@ -126,7 +126,8 @@ void invalidUtf8WithoutBlocks(Attempt& attempt) {
     EXPECT_EQ(output.c_str(), nullptr);
 }
 
-/// Two blocks of 450 units are appended one by one. The units after them are not.
+/// Two blocks of 450 units are appended, one after the other. The 130 units after them are not a whole block, so they
+/// are dropped.
 void invalidUtf8WithBlocks(Attempt& attempt) {
     BaseString<wchar_t> output;
     const std::string text = std::string(1030, 'x') + "\xFF";
@@ -224,8 +225,8 @@ void utf16WithoutLength(Attempt& attempt) {
                           L"vorel::util::ConvertUTF16toString: Vorel exception rethrown"});
 }
 
-/// Checks a conversion by the locale. The result is the converted text, or the text of the failure if its buffer could
-/// not be allocated, or empty if the text of the failure could not be stored either.
+/// Checks a conversion by the locale. The result is the converted text. If memory for the converted text cannot be
+/// allocated, the result is the text of the failure. If this text cannot be stored either, the result is empty.
 template <class From, class To>
 void byLocale(Attempt& attempt, void (*convert)(const From*, BaseString<To>&), const char* noMemory,
               const wchar_t* context) {

@@ -122,8 +122,8 @@ void tokenize(Attempt& attempt) {
     EXPECT_TRUE(attempt.completed() ? tokens.size() == 7 : tokens.size() < 7);
 }
 
-/// Appends to the array or replaces its contents. After a failure, the array holds the values that were read, and the
-/// failure is logged.
+/// Appends to the array or replaces its contents. After a failure, the array contains the values that were read before,
+/// and the failure is logged.
 template <class Value, class T>
 void readList(Attempt& attempt, bool (*read)(const T*, Array<Value>&, bool), bool append) {
     const std::basic_string<T> text = textOf<T>("1 2 3 4 5 6 7");

@@ -82,17 +82,18 @@ public:
     void expectCompleted() const;
 
     /// Expects that the step completes if no request failed. Otherwise expects a `MemoryException` for one of
-    /// `requests` with `records` after its message, all of them logged. The exception has no messages if all later
-    /// requests fail.
+    /// `requests`. Its messages must be the message for this request and `records`, and the log must contain all of
+    /// them. If all later requests fail, the exception must have no messages, but the log must still contain them.
     void expectMemoryException(const std::vector<Request>& requests, const Messages& records = {}) const;
 
-    /// Expects that the step completes if no request failed, or throws a `MemoryException` with any messages.
+    /// Expects that the step completes if no request failed. Otherwise expects a `MemoryException` with any messages.
     void expectCompletedOrMemoryException() const;
 
     /// Like `expectMemoryException`, with another class and other messages.
     void expectException(const std::string& kind, const Messages& messages) const;
 
-    /// Expects that the step completes if no request failed, or throws `std::bad_alloc` and logs nothing.
+    /// Expects that the step completes if no request failed, and throws `std::bad_alloc` otherwise. It must log
+    /// nothing.
     void expectBadAlloc() const;
 
     /// Expects that the step always throws an object of `kind`, with complete log lines. If a request failed, some
