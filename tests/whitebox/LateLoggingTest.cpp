@@ -1,6 +1,7 @@
 /// \file
-/// Logging before the library's state is created and after it is destroyed. Only programs that link the static library
-/// can do this, with global objects that are created first and destroyed last.
+/// Logging by a global object that is created before the global objects of the library, and destroyed after them. In
+/// its constructor, the first call creates the library's state. In its destructor, the state no longer exists. Only a
+/// program that links the static library can have such an object.
 
 #include <cstring>
 #include <string>
@@ -51,8 +52,8 @@ private:
     bool m_active;
 };
 
-// 101 is the lowest number that programs may use. So this object is created before the library's state and destroyed
-// after it.
+// 101 is the lowest number that programs may use. So this object is created before the global objects of the library,
+// and destroyed after them.
 __attribute__((init_priority(101))) const FirstAndLast s_firstAndLast;
 
 TEST(LateLogging, WorksBeforeTheStateIsCreatedAndAfterItIsDestroyed) {

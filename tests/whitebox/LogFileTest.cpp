@@ -60,7 +60,7 @@ TEST(LockLogFile, InvalidDescriptorsCannotBeLocked) {
     }
 }
 
-// The standard streams of a program without a console have the handle -2.
+// For the standard streams of a program without a console, the runtime returns -2 as the handle.
 TEST(LockLogFile, DescriptorWithoutAFileCannotBeLocked) {
     const test::TemporaryFolder folder;
     const Descriptor descriptor(folder.file("log"));
