@@ -175,7 +175,7 @@ TEST(AutoCriticalSection, SwitchedOff_TwoThreadsMayHoldIt) {
     EXPECT_TRUE(lock.tryLock());
     EXPECT_TRUE(onAnotherThread([&] { return lock.lock(60000, true) && lock.lock(0, true) && lock.tryLock(); }));
     lock.unlock();
-    // The section was never entered.
+    // None of these calls entered the critical section of the system.
     EXPECT_TRUE(onAnotherThread([&] {
         const bool entered = TryEnterCriticalSection(sectionOf(lock)) != 0;
         LeaveCriticalSection(sectionOf(lock));
