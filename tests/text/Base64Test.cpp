@@ -131,8 +131,8 @@ TYPED_TEST(Base64Test, Decode_ReportsInvalidText) {
          {Case{"QQ", 1, ""},         // incomplete group
           Case{"QUJDQQ", 1, "ABC"},  // the bytes before the error are kept
           Case{"QUJD!UJD", 1, "ABC"}, Case{"QUJDQUJ\x80", 1, "ABC"}, Case{"QUJDQUJ\xFF", 1, "ABC"}, Case{"QQ=", 1, ""},
-          Case{"QQ==", 0, "A"}, Case{"QQ=A", 0, "A"},                       // the fourth character must only be valid
-          Case{"QQ=!", 1, ""}, Case{"QQ==!!", 0, "A"},                      // the rest is ignored
+          Case{"QQ==", 0, "A"}, Case{"QQ=A", 0, "A"},   // the fourth character must be valid; its value is ignored
+          Case{"QQ=!", 1, ""}, Case{"QQ==!!", 0, "A"},  // the text after the padding is ignored
           Case{"QUI=QUJD", 0, "AB"}, Case{"=QQQ", 0, {"\x01\x04\x10", 3}},  // "=" as the first character counts as A
           Case{" Q\tQ\r=\n= ", 0, "A"}, Case{"QUJD\nREVG", 0, "ABCDEF"}, Case{"QUJD\r\n", 0, "ABC"},
           Case{"QU\vJD", 1, ""},  // other white space is not skipped
@@ -239,7 +239,7 @@ TYPED_TEST(Base64Test, Decode_ReservesForTheWholeTextWithoutStorage) {
     for (unsigned int length = 4; length <= 400; ++length) {
         std::string text(length, 'A');
         for (std::size_t at = 50; at < text.size(); at += 77) {
-            text[at] = '\n';  // white space counts as text
+            text[at] = '\n';  // memory is reserved for white space, too
         }
         Array<unsigned char> bytes;
         Base64::Decode(test::text<TypeParam>(text).c_str(), bytes);
