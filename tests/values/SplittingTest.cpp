@@ -120,7 +120,7 @@ TYPED_TEST(Splitting, QuotedItemsMayContainDelimitersAndQuotes) {
     };
     for (const Row& row :
          {Row{R"(a,"b,c","d""e")", false, {"a", "b,c", "d\"e"}},
-          Row{R"(a;b,c)", false, {"a", "b", "c"}},  // either delimiter
+          Row{R"(a;b,c)", false, {"a", "b", "c"}},  // each delimiter character ends an item
           Row{R"("a";"b")", false, {"a", "b"}}, Row{R"("")", false, {""}}, Row{R"("""")", false, {"\""}},
           Row{R"("a","")", false, {"a", ""}}, Row{",a,,b,", false, {"", "a", "", "b"}},
           Row{R"(a"b,c"d)", false, {"a\"b", "c\"d"}},  // a quote within an item is an ordinary character
@@ -218,7 +218,7 @@ TYPED_TEST(Splitting, TokenizeString_LimitsReservationToTheText) {
     std::basic_string<TypeParam> delimiters(2000, TypeParam{','});
     Array<TypeParam*> tokens;
     EXPECT_EQ(util::tokenizeString(delimiters.data(), test::text<TypeParam>(",").c_str(), tokens, kNoLimit), 2001);
-    EXPECT_EQ(tokens.allocated(), 2560u) << "capacity for all tokens at once: 5 slots, doubled";
+    EXPECT_EQ(tokens.allocated(), 2560u) << "5 slots, doubled nine times";
 }
 
 TYPED_TEST(Splitting, TokenizeString_OfNullHasNoTokens) {
