@@ -179,7 +179,7 @@ TEST(DebugTargets, WideNamesAreComparedByWholeUnits) {
     EXPECT_TRUE(Exception::isDebugTargetActive(L"DT.\x0141"));
 }
 
-/// Milliseconds since 1970. The log shows the last three digits.
+/// Milliseconds since 1601. The log shows the last three digits.
 std::uint64_t nowMs() {
     FILETIME now = {};
     GetSystemTimeAsFileTime(&now);

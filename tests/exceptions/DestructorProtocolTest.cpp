@@ -52,7 +52,7 @@ void runWhileUnwinding(const Action& action) {
         EXPECT_STREQ(e.what(), "first failure");
         return;
     }
-    ADD_FAILURE() << "the first exception did not arrive";
+    ADD_FAILURE() << "the first exception was not caught";
 }
 
 void destroyWithTimeout() {

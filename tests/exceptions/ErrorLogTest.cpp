@@ -264,7 +264,7 @@ TEST(ErrorLog, ChangingTheLocationSendsEveryLineToOneOfThePaths) {
     done = true;
     changer.join();
     const std::size_t lines = test::readLines(paths[0]).size() + test::readLines(paths[1]).size();
-    EXPECT_EQ(lines, std::size_t{kWriters} * kLines) << "the other lines are in an unknown file";
+    EXPECT_EQ(lines, std::size_t{kWriters} * kLines) << "every line must be in one of the two files";
 }
 
 }  // namespace

@@ -20,7 +20,7 @@ using test::TemporaryLog;
 using Texts = std::vector<std::string>;
 using vorel::Exception;
 
-/// Message lengths around and above 8000 units, the size of the channels' buffer.
+/// Short message lengths, and lengths around and above 8000 units, the size of the channels' buffer.
 constexpr std::size_t kLengths[] = {0, 1, 7998, 7999, 8000, 8001, 10000};
 
 template <class T>
