@@ -71,7 +71,8 @@ void appendPartOfItself(Attempt& attempt) {
     expectMessage(attempt, e, 1, text);
 }
 
-/// An exception with two messages, a location and the mark, constructed while memory is available.
+/// An exception with two messages, a location and the mark of `markHasTracedProtocolStateInfo`. It is constructed while
+/// memory is available.
 struct Original {
     Original() {
         e.setLocation(0, L"the location of the first message");
@@ -384,7 +385,7 @@ void expectWholeTrail(std::basic_string_view<T> expected) {
         }
         EXPECT_EQ(e.getMessageTotal(), 2u);
     }
-    EXPECT_GT(failing, 3u) << "the text and its growth";
+    EXPECT_GT(failing, 3u) << "the text grows, so it needs several requests";
 }
 
 TEST(Trail, HasAllMessagesOrThrows) {

@@ -186,7 +186,7 @@ void lockThatWarns(Attempt& attempt) {
     }
 }
 
-/// A call that asks for no report gets none, and does not allocate memory.
+/// A call without an exception, an error text or a timeout reports nothing and does not allocate memory.
 void lockSilently(Attempt& attempt) {
     const ExistingMutex mutex;
     AutoMutex object(mutex.name.c_str(), false, false);
