@@ -46,7 +46,8 @@ void writeInAllForms(fuzz::Input& input) {
     const std::string expected = test::textOfDouble(value, json);
     write<T>(value, json ? DoubleForm::Json : DoubleForm::Plain, expected, target);
 
-    // Normalising the text of the runtime's print functions must give the same text.
+    // `DoubleForm::Raw` gives the text that the runtime's print functions write. Normalising it must give the expected
+    // text.
     constexpr std::size_t kCapacity = 64;
     char* const text = fuzz::outputPages().allocate<char>(kCapacity, target);
     writeDouble<Rest::Unspecified>(value, DoubleForm::Raw, text);
@@ -54,8 +55,8 @@ void writeInAllForms(fuzz::Input& input) {
     fuzz::check(text == expected, "normalising the raw text gives the same text");
 }
 
-/// Normalises any text in a buffer of any capacity. Nothing may be written past the buffer, and the result must be a
-/// text.
+/// Normalises any text in a buffer that has space for up to four more characters. Nothing may be written past the
+/// buffer, and the result must have a terminator.
 void bringIntoForm(fuzz::Input& input) {
     const fuzz::Placement target = input.placement();
     const auto options = input.flag() ? vorel::util::FO_JSON : vorel::util::FO_Default;

@@ -1,4 +1,5 @@
-// Counting the arguments of a format of either width, against a search from one percent sign to the next.
+// Counting the arguments of a format of either width, against a reference that searches for one percent sign after the
+// other.
 
 #include <algorithm>
 #include <cstdint>

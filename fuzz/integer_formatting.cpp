@@ -36,7 +36,7 @@ void run(fuzz::Input& input) {
     const fuzz::Placement target = input.placement();
     const std::size_t size = input.upTo(40);
     const bool isSigned = input.flag();
-    // The input chooses the number of bits. Otherwise nearly all numbers would have nineteen digits.
+    // The input also chooses a shift. Without a shift, nearly all numbers would have nineteen or twenty digits.
     const auto bits = input.bits<std::uint64_t>() >> input.upTo(63);
     const bool negative = isSigned && static_cast<std::int64_t>(bits) < 0;
     write<T>(isSigned ? magnitudeOf(static_cast<std::int64_t>(bits)) : bits, negative, size, target);

@@ -1,4 +1,4 @@
-// Items joined to one wide text, with quotes where necessary, against the reference; also splits the text again.
+// One item of a joined wide text, with quotes if necessary, against the reference. Also splits the text again.
 
 #include <algorithm>
 #include <cstdint>

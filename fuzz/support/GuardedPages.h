@@ -29,7 +29,7 @@ enum class Place {
 struct Placement {
     Place place;
     unsigned char noise;
-    std::size_t before;  ///< elements before the border, with `Place::Across`
+    std::size_t before;  ///< number of elements before the border; only for `Place::Across`
 };
 
 /// Each `allocate` and each `copy` invalidates the previous block.

@@ -1,6 +1,6 @@
 /// \file
-/// Shared by the targets for scanners: a text next to an inaccessible page, and its shape (Shape.h), which the
-/// references read.
+/// Shared by the targets for scanners: a text in pages with inaccessible neighbours (GuardedPages.h), and the shape of
+/// the text (Shape.h), which the references read.
 #pragma once
 
 #include <bit>
