@@ -300,7 +300,7 @@ TYPED_TEST(Format, MessageText_ThatChangesAfterMeasuringIsRenderedIfItStillFits)
     }
 }
 
-// A message and its prefixes that fit into the buffer need no memory.
+// If a message and its prefixes fit into the buffer together, no memory is allocated.
 TYPED_TEST(Format, MessageText_ComposesMoreThan7999UnitsOnTheHeap) {
     for (const std::size_t units : {std::size_t{2}, std::size_t{7998}, std::size_t{7999}, std::size_t{8000}}) {
         const auto front = this->text(": ");

@@ -68,7 +68,7 @@ protected:
     BOOL checkSucceeds = TRUE;
     BOOL accessGranted = TRUE;
     HANDLE callersToken = nullptr;  // the token that the thread impersonates initially
-    int failingOpens = 0;           // how many attempts to open the caller's token fail before one succeeds
+    int failingOpens = 0;           // number of attempts to open the caller's token that fail; later attempts succeed
     bool queryFails = false;        // whether opening the thread's token for queries fails
     std::string trace;
     std::vector<HANDLE> tokens;

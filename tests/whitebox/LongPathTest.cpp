@@ -1,6 +1,6 @@
 /// \file
-/// The path that is used to open the file of a mapping: the long form of the file's path, or for a new file, the long
-/// form of its folder's path.
+/// The path that the library uses to open the file of a mapping. For an existing file, it is the long form of the
+/// file's path. For a new file, it consists of the long form of the folder's path and the file's name.
 
 #include <algorithm>
 #include <map>

@@ -24,7 +24,7 @@ namespace {
 using test::GuardedBuffer;
 using vorel::baseutil::renderPlainFormat;
 
-/// An argument of a format: an integer, or a text of the width of the format, narrow, wide or null.
+/// An argument of a format: an integer, a text with the width of the format (`own`), a narrow text, or a wide text.
 struct Argument {
     constexpr Argument() = default;
     constexpr Argument(int value) : slot(static_cast<std::uint64_t>(value)) {}
