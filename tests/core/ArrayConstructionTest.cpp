@@ -172,7 +172,7 @@ TEST(ArrayConstruction, RangeOfEveryKindGivesItsElementsInOrder) {
     const std::vector<int> vector = {1, 2, 3};
     const std::array<int, 3> array = {1, 2, 3};
     const int builtIn[] = {1, 2, 3};
-    const std::forward_list<int> list = {1, 2, 3};  // does not know its size
+    const std::forward_list<int> list = {1, 2, 3};  // has no `size` function
     const std::vector<signed char> bytes = {1, 2, 3};
     const std::vector<double> doubles = {1.9, 2.5, 3.0};
     std::istringstream stream("1 2 3");

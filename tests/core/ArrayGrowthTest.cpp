@@ -231,7 +231,7 @@ TEST(ArrayGrowthFailure, LeavesTheArrayUnchanged) {
     EXPECT_EQ(array[0].bytes[7], 'x');
 }
 
-/// An element whose copy constructor throws when a countdown reaches zero. Counts the live objects.
+/// An element whose copy assignment throws after `s_copiesLeft` successful assignments. Counts the live objects.
 struct Fragile {
     Fragile() noexcept { ++s_alive; }
     Fragile(const Fragile& other) noexcept : value(other.value) { ++s_alive; }
