@@ -1,5 +1,5 @@
 /// \file
-/// Random texts from an alphabet. The seed is fixed.
+/// Random texts from an alphabet. The same seed gives the same texts.
 #pragma once
 
 #include <cstddef>
