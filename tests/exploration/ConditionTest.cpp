@@ -95,7 +95,7 @@ private:
     int m_waiters;
 };
 
-/// As many signals as waiters release all waiters, if each signal is sent after the previous waiter has returned.
+/// One signal for each waiter releases all waiters, if each signal is sent after the previous waiter has returned.
 class SignalEach final : public ConditionScenario {
     void start() override {
         ConditionScenario::start();
@@ -279,7 +279,7 @@ TEST_F(ConditionExploration, ABroadcastReleasesAllWaiters) {
     for (const int waiters : {1, 2}) {
         for (const bool holdsLock : {false, true}) {
             unsigned long long missed = 0;
-            // Both waiters are counted before either of them waits only in schedules with three preemptions.
+            // Only in schedules with three preemptions are both waiters counted before either of them waits.
             const unsigned int preemptions = waiters == 2 && !holdsLock ? 3U : 2U;
             explores<Broadcast>({.preemptions = preemptions}, waiters, holdsLock, std::ref(missed));
             EXPECT_NE(missed, 0u) << "the documented gap is not reached, so the scenario is too small";

@@ -5,8 +5,8 @@
 ///
 /// A task is a thread of the program under test, run as a fiber. It runs alone until it reaches a scheduling point:
 /// before each system call, and after each call that releases something. There the scheduler decides which task
-/// continues. A schedule is the list of these decisions. The next schedule changes the last decision that has another
-/// option, and repeats all decisions before it, until no decision has another option.
+/// continues. A schedule is the list of these decisions. The next schedule repeats the decisions before the last
+/// decision that has another option, and takes this other option. The search ends when no decision has another option.
 #pragma once
 
 #include <chrono>

@@ -61,8 +61,8 @@ std::multiset<std::string> ordersOf(const std::vector<unsigned int>& steps, cons
 
 TEST(Scheduler, RunsEveryOrderOnceForEachLevel) {
     Result result;
-    // The levels have up to 0, 1, 2 … preemptions. The last level has all 3!/(2! 1!) = 3 orders of AAB, and no option
-    // is omitted.
+    // The explorer runs all schedules with no preemption, then all with up to one preemption, and so on. The last of
+    // these levels has all 3!/(2! 1!) = 3 orders of AAB, and omits no option.
     const std::multiset<std::string> orders = ordersOf({2, 1}, {}, result);
     EXPECT_EQ(std::set<std::string>(orders.begin(), orders.end()), (std::set<std::string>{"AAB", "ABA", "BAA"}));
     EXPECT_EQ(orders.count("AAB"), 2u) << "without, and with up to one preemption";

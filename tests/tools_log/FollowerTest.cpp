@@ -168,7 +168,7 @@ TEST_F(FollowerTest, LateLinesInTheBackupAreRead) {
     files.backup->bytes += "late\n";
     EXPECT_EQ(readAll(), "late\n|half");
     files.backup->bytes += "later\n";
-    EXPECT_EQ(readAll(), "");  // late lines are not shown within a line of the log
+    EXPECT_EQ(readAll(), "");  // a late line of the backup is not shown while a line of the log is incomplete
     files.append(" whole\n");
     EXPECT_EQ(readAll(), " whole\n");
     EXPECT_EQ(readAll(), "later\n|");
@@ -324,8 +324,9 @@ TEST_F(FollowerTest, OpenFailureIsReported) {
     EXPECT_THROW((void)follower.poll(), tools::Failure);
 }
 
-/// Writers that act before each step of the reader: they write whole lines, lines in two parts and late lines, and
-/// rotate the log. They rotate only after the backup has been read, because deleted lines that were not read are lost.
+/// Writers that act before each step of the reader. They write whole lines, lines in two parts, and late lines, which
+/// are lines that reach the file after it became the backup. They also rotate the log. They rotate only after the
+/// backup has been read, because deleted lines that were not read are lost.
 class Writers {
 public:
     Writers(MemoryFiles& files, unsigned int seed) : m_files(files), m_random(seed) {}

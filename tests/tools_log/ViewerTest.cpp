@@ -255,7 +255,7 @@ TEST(ViewerTest, NoMatchingRecord) {
     viewing.viewer.finish();
     EXPECT_EQ(viewing.take(), "");
     EXPECT_FALSE(viewing.viewer.hasFound());
-    EXPECT_EQ(viewing.viewer.undecided(), 0u);  // the filter checked its text
+    EXPECT_EQ(viewing.viewer.undecided(), 0u);  // the filter checked the text of the record
 }
 
 }  // namespace

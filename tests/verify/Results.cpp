@@ -30,7 +30,7 @@ std::string messages(std::string_view text, std::string_view name) {
     return all;
 }
 
-/// A reason without its first line, which is the place in the sources.
+/// A reason without its first line, which has the file and the line number of the test.
 std::string withoutPlace(const std::string& message) {
     constexpr std::string_view kLineEnd = "&#x0A;";
     const std::size_t end = message.find(kLineEnd);
