@@ -189,7 +189,7 @@ configure_fuzz() { # configures fuzz/, whose programs run on this machine withou
 # ---- Run ------------------------------------------------------------------------------------------------------------
 
 # Several commands may use the Wine prefix at the same time. The last command to finish ends the server of the prefix.
-hold_wine() { # hold_wine [prefix]...: starts the server; a prefix such as taskset runs the command that starts it
+hold_wine() { # hold_wine [command]...: starts the server, by a command such as taskset if given
     mkdir -p build
     exec {wine_users}>build/wine.users
     flock --shared "$wine_users"
