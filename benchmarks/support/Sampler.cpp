@@ -9,11 +9,11 @@ namespace {
 /// In a sample of this duration, the time to read the clock and the cold start of the loop are negligible.
 constexpr double kShortestSampleNs = 2e6;
 
-/// Four passes. The first one finds the memory of another pass in the caches, and is slower if the caches do not hold
-/// both.
+/// The minimum number of passes in a sample. The first pass is slower if the caches contain the memory of another pass
+/// and have no space for both.
 constexpr std::size_t kFewPasses = 4;
 
-/// The smallest result, because a short pass may end before the clock advances.
+/// The smallest measured time. Without this minimum, the time would be 0 if a pass ends before the clock advances.
 constexpr double kClockStepNs = 1;
 
 }  // namespace

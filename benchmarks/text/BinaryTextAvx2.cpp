@@ -107,7 +107,8 @@ bool decodeBlock(const T* text, unsigned char* out) {
 template <class T>
 std::size_t decode(const T* text, std::size_t length, unsigned char* out) {
     const unsigned char* const start = out;
-    // A block writes 32 bytes; the output of the following characters overwrites the last eight.
+    // Each block writes 32 bytes. The first 24 are its output; the output of the next characters overwrites the other
+    // eight.
     for (; length >= 4 * 32 + 13;
          text += std::size_t{4} * 32, length -= std::size_t{4} * 32, out += std::size_t{4} * 24) {
         if (!decodeBlock(text, out) || !decodeBlock(text + 32, out + 24) || !decodeBlock(text + 64, out + 48) ||
