@@ -45,7 +45,7 @@ struct Shape {
     std::size_t length = 2;  ///< length of each message
 };
 
-/// The numbers of schedules with each result.
+/// How often each result occurred in all schedules.
 struct Counts {
     unsigned long long rotated = 0;     ///< the log was moved to its backup
     unsigned long long kept = 0;        ///< the log stayed above its limit

@@ -53,7 +53,7 @@ TEST_F(DllFile, IsMappedAndLoadsAdvapi32OnFirstUse) {
     EXPECT_EQ(dll.header().FileAlignment, 4096u) << "sections that are not aligned to pages are read, not mapped";
 }
 
-// Each section takes at least a page of the file and of memory.
+// A small section must be part of .data, because each section takes at least a page of the file and of memory.
 TEST_F(DllFile, HasNoSectionsThatFitIntoTheData) {
     if (dll.isLinkedByLld()) {
         GTEST_SKIP() << "only GNU's linker gets the script for this";
@@ -84,10 +84,10 @@ TEST_F(DllFile, DependsOnlyOnTheSourcesAndHasItsDebugInformationElsewhere) {
     EXPECT_THAT(sectionNames(dll), Contains(".gnu_debuglink"));
 }
 
-// A change that needs more space raises the limit and names its reason; docs/performance.md says what takes the space.
+// A change that needs more space raises this limit, and its commit gives the reason.
 TEST_F(DllFile, IsNotLargerThanItsLimit) {
     if (dll.isLinkedByLld()) {
-        GTEST_SKIP() << "the limit is that of GCC's code";
+        GTEST_SKIP() << "the limit applies only to the code that GCC generates";
     }
     constexpr std::size_t kLimit = 420'000;
     EXPECT_LE(dll.bytes().size(), kLimit);

@@ -39,7 +39,7 @@ using verify::Outcome;
 using verify::Test;
 using verify::TestResult;
 
-constexpr std::size_t kOutputBytes = 8000;  // the maximum output of a program on the page
+constexpr std::size_t kOutputBytes = 8000;  // the page shows the last bytes of a longer output
 constexpr unsigned int kMaxThreads = 16;
 
 /// Whether functions for narrow text can open the path.
