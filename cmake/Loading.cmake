@@ -40,8 +40,9 @@ function(vorel_optimize_for_size)
     endif()
 endfunction()
 
-# Inlines only functions that are declared inline. The exported copies of the inline members of BaseString would otherwise
-# contain everything that they call, although programs inline these members.
+# Inlines only functions that are declared inline. Otherwise the exported copies of BaseString's inline members would be
+# large, because they would contain all functions that they call. Programs rarely call these copies, because they inline
+# the members.
 function(vorel_inline_less)
     if(NOT MSVC)
         set_property(SOURCE ${ARGN} APPEND PROPERTY COMPILE_OPTIONS "$<$<CONFIG:Release>:-fno-inline-functions>")
