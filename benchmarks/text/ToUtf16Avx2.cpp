@@ -57,7 +57,8 @@ const std::array<Window, 4096> kWindows = makeWindows();
 
 // ---- Conversion -----------------------------------------------------------------------------------------------------
 
-/// Finds errors by three lookups for each byte and its predecessor.
+/// Finds errors by three lookups for each byte: by the two halves of the byte before it, and by its own upper half. A
+/// bit that all three results have is an error. Only kTwoTrailing is valid after a lead byte of three or four bytes.
 class Validator {
 public:
     void check(__m256i input) {
@@ -235,7 +236,7 @@ unsigned int convertWindow(const char* in, std::uint64_t ends, char16_t*& out) {
     return window.consumed;
 }
 
-/// The number of trailing bytes after a lead byte, or -1 if it does not start a sequence.
+/// The number of trailing bytes after a lead byte, or -1 if the byte does not start a sequence.
 int trailingAfter(unsigned char lead) {
     if (lead < 0x80) {
         return 0;
