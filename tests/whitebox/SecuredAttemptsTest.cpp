@@ -278,7 +278,8 @@ TEST(SharedSecurity, EachCallGetsTheExpectedNumbers) {
         });
     const test::Handle mutex(vorel::ObtainAccessableMutex(0, nullptr, 0, 0, nullptr));
     EXPECT_TRUE(mutex);
-    // The identifier of Everyone has 12 bytes, so the list has 2 * 12 + 32 bytes, filled with zeros.
+    // The identifier of Everyone has 12 bytes, so the list has 2 * 12 + 32 bytes. LPTR requests memory that is filled
+    // with zeros.
     const std::vector<std::string> expected = {
         "LocalAlloc " + std::to_string(LPTR) + " 56",
         "InitializeAcl 56 2",
