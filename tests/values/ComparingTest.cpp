@@ -48,7 +48,7 @@ TYPED_TEST(Comparing, StrcmpAdvanced_FollowsItsFlags) {
                            Row{"Zebra", "zEBRA", SCMP_IgnoreCase, 0},
                            Row{"[", "{", SCMP_IgnoreCase, -1},        // the characters after Z and z are not letters
                            Row{"@", "`", SCMP_IgnoreCase, -1},        // the characters before A and a are not letters
-                           Row{"\xC4", "\xE4", SCMP_IgnoreCase, -1},  // only A to Z ignore case
+                           Row{"\xC4", "\xE4", SCMP_IgnoreCase, -1},  // case is ignored only for A to Z
                            Row{"file9", "file10", SCMP_Numeric, -1},
                            Row{"file9", "file10", kNone, 1},
                            Row{"007", "7", SCMP_Numeric, 0},

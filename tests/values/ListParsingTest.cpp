@@ -39,7 +39,7 @@ bool areSame(const std::vector<Value>& a, const std::vector<Value>& b) {
     }
 }
 
-/// Parses a row into an array that contains `old`. The values replace `old`, or with append, they follow `old`.
+/// Parses a row into an array that contains `old`. The values replace `old`. If `append` is true, they follow `old`.
 template <class T, class Value>
 void expectRow(bool (*read)(const T*, Array<Value>&, bool), const Row<Value>& row, const std::vector<Value>& old) {
     const test::OptionalText<T> text(row.text);

@@ -21,7 +21,8 @@ namespace util = vorel::util;
 
 constexpr int kTexts = 100000;
 
-/// Numbers of all lengths, mostly integers, with other characters around and within them.
+/// Numbers of all lengths, with and without a fraction and an exponent. Some texts have other characters around or
+/// within the number.
 class NumberTexts {
 public:
     explicit NumberTexts(test::RandomText& random) : m_random(random) {}
@@ -52,8 +53,8 @@ private:
     std::string blanks() { return m_random.from(" \t\n\r\xA0", m_random.oneIn(4) ? m_random.below(3) : 0); }
     std::string digits() { return m_random.digits(m_random.oneIn(4) ? m_random.below(41) : m_random.below(9)); }
 
-    /// Mostly exponents within the range of doubles and slightly beyond. Also random digits, zeros, and values near the
-    /// wrap-around at 32 bits.
+    /// Mostly exponents of up to 600, many of them beyond the range of doubles. Also random digits, zeros, and values
+    /// near the wrap-around at 32 bits.
     std::string exponent() {
         switch (m_random.below(12)) {
         case 0: return digits();
