@@ -9,7 +9,8 @@
 /// least 8,192 other blocks.
 ///
 /// A fault prints an explanation to stderr before it ends the program: "heap: read 0 bytes past the end of a block of
-/// 10 bytes". A block that is freed twice, or whose fill has changed, prints an explanation and aborts.
+/// 10 bytes". If a block is freed twice, or if its fill has changed, the heap prints an explanation and aborts the
+/// program.
 #pragma once
 
 #include <cstddef>
