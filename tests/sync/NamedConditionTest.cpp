@@ -36,7 +36,7 @@ TEST(NamedCondition, ConstructorOpensAnEventOfThatNameAndDestructorClosesIt) {
     {
         const NamedCondition condition(name.c_str());
         EXPECT_TRUE(test::eventExists(name));
-        EXPECT_FALSE(test::eventExists(L"Global\\" + name + L"_")) << "there is no event with this name";
+        EXPECT_FALSE(test::eventExists(L"Global\\" + name + L"_")) << "no event has this name";
     }
     EXPECT_FALSE(test::eventExists(name));
 }
