@@ -343,7 +343,7 @@ std::vector<Row> lists() {
     };
 }
 
-/// Tokenizes a text that contains its delimiter.
+/// Tokenizes a text. The delimiter is a tail of the text, or a copy of this tail.
 template <class T>
 std::string tokenized(Place place, std::size_t units, std::size_t offset) {
     std::basic_string<T> text = repeated<T>("ab,c,", units);

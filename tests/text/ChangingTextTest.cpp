@@ -42,7 +42,8 @@ using Bytes = Array<unsigned char>;
 
 constexpr int kUtf8Page = 65001;
 
-/// The three fields of an object of the library that points to memory which it does not own. Its destructor never runs.
+/// An object of the library that is built from its three fields and points to memory that it does not own. The object's
+/// destructor never runs.
 template <class Object, class Item>
 class Borrowed {
 public:

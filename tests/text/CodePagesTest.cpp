@@ -74,7 +74,7 @@ TEST(CodePages, OpenCodepage_AcceptsAnyNumber) {
     EXPECT_EQ(util::iconv_open_codepage(-1, 1), handleOf(0xFFFF, 1));
     EXPECT_EQ(util::iconv_open_codepage(0, -1), handleOf(0, 0xFFFF));
     EXPECT_EQ(util::iconv_open_codepage(0, 65536 + 1252), handleOf(0, 1252));
-    EXPECT_EQ(failureOf([] { return util::iconv_open_codepage(-1, -1); }), (Failure<int>{-1, 0}));  // no other check
+    EXPECT_EQ(failureOf([] { return util::iconv_open_codepage(-1, -1); }), (Failure<int>{-1, 0}));  // a valid handle
     EXPECT_EQ(failureOf([] { return util::iconv_open_codepage(0, 0); }), kInvalid);
     EXPECT_EQ(failureOf([] { return util::iconv_open_codepage(65536, 0); }), kInvalid);
     EXPECT_EQ(failureOf([] { return util::iconv_open_codepage(0, 65536); }), kInvalid);
