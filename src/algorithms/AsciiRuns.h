@@ -105,9 +105,9 @@ bool copyEightAscii(const From* from, To* to) noexcept {
     return true;
 }
 
-/// For text too short for blocks of sixteen: copies `count` elements if all are from 0x01 to 0x7F. Returns false if an
-/// element outside that range is found or `count` is below eight. Also returns false if the text crosses a page border,
-/// because a zero could be the last readable element.
+/// Copies a text of `count` elements, eight at a time, if all of them are from 0x01 to 0x7F. Returns false if an
+/// element outside that range is found or `count` is below eight; some elements may have been copied. Also returns
+/// false if the text crosses a page border, because the elements after a zero may not be readable.
 template <class From, class To>
 bool copyShortAscii(const From* from, std::size_t count, To* to) noexcept {
     if (count < 8 || !isInPage(from, count * sizeof(From))) {

@@ -9,12 +9,13 @@ namespace vorel::algorithms {
 /// The file time of 1970-01-01 UTC.
 inline constexpr std::uint64_t kUnixEpochAsFileTime = 116444736000000000;
 
-/// Microseconds since 1970-01-01 UTC. The division is signed: earlier times are negative and round towards zero.
+/// Microseconds since 1970-01-01 UTC. The division is signed, so earlier times are negative numbers, rounded towards
+/// zero.
 constexpr std::uint64_t unixMicroseconds(std::uint64_t fileTime) noexcept {
     return static_cast<std::uint64_t>(static_cast<std::int64_t>(fileTime - kUnixEpochAsFileTime) / 10);
 }
 
-/// Milliseconds since 1970-01-01 UTC. The division is unsigned.
+/// Milliseconds since 1970-01-01 UTC. The division is unsigned, so earlier times give large numbers.
 constexpr std::uint64_t unixMilliseconds(std::uint64_t fileTime) noexcept {
     return (fileTime - kUnixEpochAsFileTime) / 10000;
 }

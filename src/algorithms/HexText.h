@@ -111,13 +111,13 @@ bool decodeHexBlock(const T* text, unsigned char* out) noexcept {
     return true;
 }
 
-/// With AVX2: decodes at most `blocks` blocks of 32 digits. Stops at the first block that contains another character.
-/// Returns the number of blocks decoded.
+/// With AVX2: decodes at most `blocks` blocks of 32 digits. Stops at the first block that contains a character other
+/// than a digit. Returns the number of blocks decoded.
 std::size_t decodeHexAvx2(const char* text, std::size_t blocks, unsigned char* out) noexcept;
 std::size_t decodeHexAvx2(const WideUnit* text, std::size_t blocks, unsigned char* out) noexcept;
 
-/// Decodes at most `blocks` blocks of sixteen digits. Stops at the first block that contains another character. Returns
-/// the number of blocks decoded.
+/// Decodes at most `blocks` blocks of sixteen digits. Stops at the first block that contains a character other than a
+/// digit. Returns the number of blocks decoded.
 template <class T>
 std::size_t decodeHex(const T* text, std::size_t blocks, unsigned char* out) noexcept {
     constexpr std::size_t kMinAvx2 = 4;  // for fewer blocks, the call takes longer than it saves

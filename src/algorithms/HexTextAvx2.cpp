@@ -33,8 +33,8 @@ struct HexTable {
     std::uint16_t multipliers[8];
 };
 
-/// All multipliers are equal. They are read from memory, because compilers replace a constant multiplier by two slower
-/// instructions.
+/// All multipliers are equal. They are read from memory, because compilers replace the multiplication by two slower
+/// instructions if the multiplier is a known constant.
 constexpr HexTable kHexTables[] = {
     {{'0', '1', '2', '3', '4', '5', '6', '7', '8', '9', 'A', 'B', 'C', 'D', 'E', 'F'},
      {0x1001, 0x1001, 0x1001, 0x1001, 0x1001, 0x1001, 0x1001, 0x1001}},

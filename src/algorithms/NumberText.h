@@ -26,9 +26,9 @@ inline __m128i sixteenDigits(std::uint64_t number) noexcept {
     const std::uint64_t upper = number / kHalf;
     const __m128i eights =
         _mm_set_epi64x(static_cast<std::int64_t>(number - upper * kHalf), static_cast<std::int64_t>(upper));
-    // Division by multiplication (Granlund and Montgomery, "Division by Invariant Integers using Multiplication"): x *
-    // 3518437209 / 2^45 is x / 10,000 for x below 2^32, x * 5243 / 2^19 is x / 100 for x below 10,000, and x * 6554 /
-    // 2^16 is x / 10 for x below 100.
+    // Division by multiplication (Granlund and Montgomery, "Division by Invariant Integers using Multiplication"): for
+    // x below 2^32, x / 10,000 is x * 3518437209 / 2^45. For x below 10,000, x / 100 is x * 5243 / 2^19. For x below
+    // 100, x / 10 is x * 6554 / 2^16. All results are rounded down.
     const __m128i tenThousands = _mm_srli_epi64(_mm_mul_epu32(eights, _mm_set1_epi64x(3518437209)), 45);
     const __m128i belowTenThousand = _mm_sub_epi64(eights, _mm_mul_epu32(tenThousands, _mm_set1_epi64x(10000)));
     const __m128i fours = _mm_or_si128(tenThousands, _mm_slli_epi64(belowTenThousand, 32));
