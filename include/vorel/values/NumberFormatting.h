@@ -36,7 +36,7 @@ enum FormattingOptions : int {
 /// Both rules are by design.
 ///
 /// Narrow: the buffer must have space for 64 characters. A smaller `size` truncates the words and the texts for
-/// magnitudes of 0.1 or more. With these values, the unit at `size - 1` always becomes a terminator. For magnitudes
+/// magnitudes of 0.1 or more. For these values, the unit at `size - 1` always becomes a terminator. For magnitudes
 /// below 0.1, `size` only decides whether the exponent gets a third digit. Wide: at most `size` units are written,
 /// including the terminator; a text that does not fit has no terminator by design. A null buffer gives null. In both
 /// forms, the rest of the buffer is unchanged.

@@ -21,9 +21,10 @@ VOREL_API void splitString(const char* text, const char* delimiter, Array<BaseSt
 VOREL_API void splitString(const wchar_t* text, const wchar_t* delimiter, Array<BaseString<wchar_t>>& parts);
 
 /// Splits `text` at each character in `delimiters` (null: none) and replaces `items` by the parts. An item in double
-/// quotes may contain delimiters; '""' in it is a double quote. If the quotes are incorrect (text after the closing
-/// quote, or no closing quote), the item is everything up to the next delimiter, including the quotes. With `trim`,
-/// white space at both ends of each item is removed. A delimiter at the very end adds no item.
+/// quotes may contain delimiters, and two consecutive double quotes in it are one double quote. If the quotes are
+/// incorrect (text after the closing quote, or no closing quote), the item is everything up to the next delimiter,
+/// including the quotes. With `trim`, white space at both ends of each item is removed. A delimiter at the very end
+/// adds no item.
 ///
 ///     a,"b,c","d""e" at ","  ->  a   b,c   d"e        "ab"x,c at ","  ->  "ab"x   c
 ///
