@@ -19,7 +19,8 @@ using Complaints = std::vector<std::string>;
 /// The messages of one exception, from the point of failure to the handler that ended it.
 using Trail = std::vector<std::string>;
 
-/// The damaged lines that a file declares in its first line, "Damaged lines: 6 7 8"; empty if the file declares none.
+/// The damaged lines that a file declares in its first line, "Damaged lines: 6 7 8". Null if the file does not begin
+/// with such a declaration.
 std::optional<std::vector<unsigned int>> declaredDamage(const std::string& path) {
     constexpr std::string_view kDeclaration = "Damaged lines:";
     const std::string content = examples::readFile(path).value_or("");
