@@ -2,8 +2,8 @@
 /// Converts short texts, such as names or words. These functions have no setup; the setup of the conversion for long
 /// texts (Utf8Streams.h) would take longer than the conversion of a short text. A text is converted eight characters at
 /// a time if it has at least eight characters, all of them are ASCII, and it lies in one page. Any other text is
-/// converted one character at a time. The results follow the rules of the codec (Utf8.h). If a text contains rare
-/// input, the whole text is left to the conversion for long texts.
+/// converted one character at a time. The results follow the rules of the codec (Utf8.h). If a text contains input that
+/// these functions do not handle, such as an unpaired surrogate, the conversion for long texts converts the whole text.
 #pragma once
 
 #include <algorithm>
@@ -75,7 +75,8 @@ bool decodeFours(const unsigned char*& byte, const unsigned char* end, Unit*& ou
 /// Decodes a short text. The bytes of the last sequence are read even past the end of the text. Returns the number of
 /// units. Returns `kNotShort` for any of the following reasons:
 ///
-/// - The text is too long or not in one page (see `shortTextLength`).
+/// - `shortTextLength` returns `kNotShort`: the text is too long, or no length is given and its first `kShortText`
+/// elements do not lie in one page.
 /// - The capacity may be too small.
 /// - A byte does not start a sequence, or starts a sequence of six bytes.
 /// - A sequence of four bytes is overlong.
@@ -124,9 +125,8 @@ std::size_t decodeShortText(const unsigned char* text, int length, Unit* out, st
 }
 
 /// Encodes a short text. With `Surrogates::Paired`, if the last unit of the text is a high surrogate, the unit after
-/// the end is read too. Returns the number of bytes. Returns `kNotShort` if the text is too long or not in one page
-/// (see `shortTextLength`), if the capacity may be too small, or, with `Surrogates::Paired`, if a surrogate is
-/// unpaired.
+/// the end is read too. Returns the number of bytes. Returns `kNotShort` if `shortTextLength` does, if the capacity may
+/// be too small, or, with `Surrogates::Paired`, if a surrogate is unpaired.
 template <Surrogates Rule, class Unit>
 std::size_t encodeShortText(const Unit* text, int length, unsigned char* out, std::size_t capacity) noexcept {
     const std::size_t units = shortTextLength(text, length);

@@ -130,7 +130,7 @@ TYPED_TEST(AsciiRunsTest, Run_CopiesExactly01To7F) {
     using Element = typename TypeParam::From;
     for (unsigned int value = 0; value <= std::numeric_limits<Element>::max(); ++value) {
         const bool ascii = value >= 0x01 && value <= 0x7F;
-        // The value is first within a block of sixteen elements, and then a text of one element.
+        // The value is tested first inside a block of sixteen elements, and then as a text of one element.
         auto text = this->ascii(48);
         text[20] = static_cast<Element>(value);
         typename TypeParam::To block[48];

@@ -31,7 +31,7 @@ TEST(Statistics, Quantile_InterpolatesBetweenNeighbours) {
     }
 }
 
-TEST(Statistics, Spread_IsTheInterquartileRangeOfTheRatiosOfRounds) {
+TEST(Statistics, Spread_IsTheInterquartileRangeDividedByTheMedian) {
     // The ratios are 2, 3, 4, 5, 6: quartiles 3 and 5, median 4.
     EXPECT_DOUBLE_EQ(bench::spreadOfRatios({1, 2, 1, 2, 10}, {4, 4, 6, 10, 30}), 0.5);
 }

@@ -10,8 +10,8 @@
 
 namespace exploration {
 
-/// State that the runtimes keep for each thread, and that each task must have separately: the last errors, the
-/// exceptions in flight, and the handler of invalid parameters.
+/// State that Windows and the runtimes keep for each thread, and that each task must have separately: the last error of
+/// the system, `errno`, the exceptions in flight, and the handler of invalid parameters.
 class ThreadState {
 public:
     void save() noexcept;
@@ -36,7 +36,7 @@ public:
     MainFiber(const MainFiber&) = delete;
     MainFiber& operator=(const MainFiber&) = delete;
 
-    /// Must be called from another fiber. Continues the thread after its call of `Fiber::run`.
+    /// Must be called from another fiber. Switches to the main fiber, whose call of `Fiber::run` then returns.
     void resume() noexcept;
 
 private:

@@ -1,5 +1,5 @@
-// Integers of every width, decimal and hexadecimal. Doubles and the `try` and `canCoerce` functions are in separate
-// files.
+// Integers of every width, decimal and hexadecimal, and a null text for every parser. Other tests of doubles, and the
+// tests of the `try` and `canCoerce` functions, are in separate files.
 
 #include "vorel/values/NumberParsing.h"
 
@@ -154,7 +154,7 @@ TYPED_TEST(NumberParsing, UnsignedIntegers_StopAtAMinus) {
     }
 }
 
-/// Expects that a parser returns 0 and a null end for null.
+/// Expects that a parser returns 0 and sets the end to null if the text is null.
 template <class T, class Value>
 void expectNothingForNull(Value (*function)(const T*, T**) noexcept) {
     T character = 0;
@@ -211,7 +211,8 @@ TEST(NumberParsingWidths, NoBreakSpaceIsWhiteSpaceOnlyInWideText) {
 }
 
 TEST(NumberParsingWidths, WideUnitsAreNotTruncated) {
-    // Units whose low byte is a digit; digits and spaces of other scripts; units that are not characters.
+    // Units whose low byte is a digit, a space or a minus; digits and spaces of other scripts; units that are not
+    // characters; the control character U+0085.
     for (const wchar_t unit : {L'\u0131', L'\uFF11', L'\u0661', L'\u2003', L'\u3000', L'\u0120', L'\u012D', L'\xD831',
                                L'\uFFFF', L'\u0085'}) {
         const std::wstring text = std::wstring(L"4") + unit + L"2";

@@ -21,7 +21,8 @@ namespace vorellog {
 /// A process id, on any host or on one host.
 struct ProcessChoice {
     unsigned long id = 0;
-    std::optional<std::string> host{};  ///< may be empty, as in the log; the case of A to Z is ignored
+    std::optional<std::string>
+        host{};  ///< nullopt for any host; an empty name is a host, too; the case of A to Z is ignored
 };
 
 struct FilterChoices {
@@ -31,9 +32,9 @@ struct FilterChoices {
     std::vector<std::string> texts{};                        ///< anywhere in prefix and message
     bool ignoreCase = false;                                 ///< ignores the case of A to Z in `texts`
     std::vector<std::shared_ptr<const Pattern>> patterns{};  ///< alternatives to `texts`
-    bool invert = false;                                     ///< selects records without any of `texts` and `patterns`
-    std::optional<LocalMs> from{};                           ///< inclusive
-    std::optional<LocalMs> to{};                             ///< exclusive
+    bool invert = false;  ///< selects records without any of `texts` and `patterns`, which must not both be empty
+    std::optional<LocalMs> from{};  ///< inclusive
+    std::optional<LocalMs> to{};    ///< exclusive
     bool damagedOnly = false;
 };
 

@@ -1,6 +1,6 @@
 /// \file
-/// The time zone of a log. Lines have local times without a zone. A zone is needed only for times that a user types
-/// with an offset from UTC.
+/// The time zone of a log. Lines have local times without a zone. A zone is needed only for typed times that have an
+/// offset from UTC, or that depend on the current time, such as `today`.
 #pragma once
 
 #include <optional>

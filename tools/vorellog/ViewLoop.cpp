@@ -66,7 +66,7 @@ void ViewLoop::reportMissing() {
     }
 }
 
-/// The writer may not have finished the last line yet.
+/// Whether to wait for the rest of the last line, because its writer may not have finished it.
 bool ViewLoop::isWaitingForLineEnd() const {
     return m_viewer.isWithinLine() && m_environment.nowMs() - m_viewer.lastInputMs() < kLineEndMs;
 }

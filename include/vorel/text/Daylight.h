@@ -24,12 +24,12 @@ public:
     /// \throws MemoryException, before anything is written, if the text cannot be allocated.
     VOREL_API static void Encode(const Array<unsigned char>& bytes, BaseString<wchar_t>& text);
 
-    /// Replaces `bytes` by the bytes that `text` encodes, and returns 0. The characters are not checked by design: a
-    /// comma counts as '+', and any other character outside the alphabet as '.'.
+    /// Replaces `bytes` by the bytes that `text` encodes, and returns 0. By design, the characters are not checked: a
+    /// comma counts as '+', and any other character outside the alphabet counts as '.'.
     /// \throws Exception "Daylight64::Decode: Invalid ASCII string (length wrong)" if the length is not a multiple of
     ///         four plus one; `bytes` is unchanged. "Daylight64::Decode: Invalid ASCII string (unexepected charater at
     ///         end)" if the last character is not 1, 2 or 3, or is 1 or 2 without a group before it; `bytes` then holds
-    ///         whole groups. MemoryException.
+    ///         the decoded whole groups. MemoryException if `bytes` cannot grow.
     VOREL_API static int Decode(const BaseString<wchar_t>& text, Array<unsigned char>& bytes);
 };
 
