@@ -32,7 +32,7 @@ endfunction()
 # Compiles sources for size instead of speed in release builds. -mstringop-strategy=libcall makes GCC call memcpy.
 # Without this option, GCC would copy memory by a slow instruction, and a copy of a wide string would take a quarter
 # longer.
-function(vorel_optimize_for_size)
+function(vorel_compile_for_size)
     if(NOT MSVC)
         set_property(SOURCE ${ARGN} APPEND PROPERTY COMPILE_OPTIONS
             "$<$<CONFIG:Release>:-Os>"
