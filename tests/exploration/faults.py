@@ -50,7 +50,7 @@ FAULTS = [
     Fault("a named signal releases all processes", "src/sync/NamedCondition.cpp",
           "ObtainAccessableEvent(0, 0, name", "ObtainAccessableEvent(1, 0, name", "NamedConditionExploration"),
     Fault("the owner is cleared after the release", "src/sync/AutoMutex.cpp",
-          """        SetLockCount(false);  // counted first, because another thread may count its lock right after the release
+          """        SetLockCount(false);  // before the release, because another thread may count its lock right after the release
         if (!ReleaseMutex(m_mutex.get())) {""",
           """        const bool isReleased = ReleaseMutex(m_mutex.get()) != FALSE;
         SetLockCount(false);
