@@ -141,7 +141,7 @@ export const scan: {
     boolean(text: string): Scanned<boolean>;
 };
 
-/** Formats values as text, independent of the locale. */
+/** Formats values as text. Only the text of `systemError` depends on the user's language. */
 export const format: {
     /** Formats a whole number from -2^63 to 2^63 - 1. */
     int64(value: number | bigint): string;
@@ -165,7 +165,7 @@ export const list: {
     cut(text: string, delimiter: string): string[];
     /** Splits at each character of `delimiters` (default: a comma), except in items in double quotes. */
     split(text: string, delimiters?: string, options?: { trim?: boolean }): string[];
-    /** Joins items to a list that `split` can split. */
+    /** Joins items into a list that `split` can split again. */
     join(items: Iterable<string>, delimiter?: string): string;
 };
 
@@ -216,7 +216,7 @@ export const log: {
 export type Synchronous<T> = T extends PromiseLike<unknown> ? never : T;
 
 /**
- * A recursive lock that all processes of the machine share. For Windows, a mutex belongs to the thread that locked it.
+ * A recursive lock that all processes of the machine share. In Windows, a mutex belongs to the thread that locked it.
  * The synchronous functions block the event loop. With `runAsync`, the mutex belongs to the calling task, so the
  * other tasks of the thread are excluded, too.
  *
@@ -238,7 +238,10 @@ export class Mutex {
      * while another task of this thread holds the mutex with `runAsync`.
      */
     lock(timeoutMs?: number): void;
-    /** Locks the mutex if it is free. Returns whether the mutex is locked now. */
+    /**
+     * Locks the mutex unless another process, another thread or a `runAsync` of another task holds it. Returns whether
+     * this call locked the mutex.
+     */
     tryLock(): boolean;
     /** Releases one `lock`. */
     unlock(): void;
@@ -251,20 +254,21 @@ export class Mutex {
     /**
      * Runs an action under the lock and resolves to its result. The lock is released when the promise of the action is
      * settled. Does not block the event loop: while another process holds the mutex, the call tries again every 10 ms.
-     * Tasks of this thread get the mutex in the order of their calls. The action may lock the mutex again, with any of
-     * these functions. Rejects with "VOREL_ERROR_TIMEOUT" after `timeoutMs` milliseconds.
+     * Tasks of this thread get the mutex one after the other. The order of their calls is not guaranteed. The action
+     * may lock the mutex again, with any of these functions. Rejects with "VOREL_ERROR_TIMEOUT" after `timeoutMs`
+     * milliseconds.
      */
     runAsync<T>(action: () => T | PromiseLike<T>, timeoutMs?: number): Promise<T>;
     /**
-     * Releases every lock and closes the mutex; may be called again. Throws while a `runAsync` is in progress. From
-     * Node 20 on, `using` calls this.
+     * Releases every lock and closes the mutex; may be called again. Throws while a `runAsync` is in progress. Also
+     * called by `using`, in versions of Node that support it.
      */
     close(): void;
 }
 
 /**
- * A condition that processes can signal and wait for. A signal releases one waiter, or the next waiter if there is
- * none. A name that begins with "Global\" is machine-wide. Time limits are as for `Mutex`.
+ * A condition that processes can signal and wait for. A signal releases one waiter. If nobody is waiting, it releases
+ * the next waiter. A name that begins with "Global\" is machine-wide. Time limits are as for `Mutex`.
  */
 export class Condition {
     /** Opens or creates the condition of this name: 1 to 259 UTF-16 code units. */
@@ -275,8 +279,8 @@ export class Condition {
     /** Waits up to `timeoutMs` milliseconds and returns whether there was a signal. Blocks the event loop. */
     wait(timeoutMs?: number): boolean;
     /**
-     * Waits like `wait`, without blocking the event loop. The number of such waits is not limited. Beyond two waits at
-     * a time, and in a Worker, a wait checks for a signal every 10 ms.
+     * Waits like `wait`, without blocking the event loop. The number of such waits is not limited. At most two waits at
+     * a time use a thread. All other waits, and all waits in a Worker, check for a signal every 10 ms.
      */
     waitAsync(timeoutMs?: number): Promise<boolean>;
     /** Closes the condition; may be called again. Throws while a `waitAsync` is in progress. */

@@ -63,8 +63,8 @@ inline constexpr SextetRows kDaylightRows = [] {
     return rows;
 }();
 
-/// With AVX2: decodes `groups` groups of four characters, at least eight, to three bytes each. A character without a
-/// value counts as 0.
+/// Decodes `groups` groups of four characters to three bytes each, with AVX2. `groups` must be at least 8. A character
+/// without a value counts as 0.
 void decodeDaylightAvx2(const char* text, std::size_t groups, unsigned char* out) noexcept;
 void decodeDaylightAvx2(const WideUnit* text, std::size_t groups, unsigned char* out) noexcept;
 

@@ -2,8 +2,8 @@
 /// Output of a conversion to a string or array. If the maximum length is known, `reserveUnits` returns a buffer for the
 /// whole text, and `setEnd` sets the length afterwards. Otherwise `fill` writes to a sink. `fill` writes directly into
 /// the sink's unused capacity, so nothing is copied if the capacity is large enough. If the capacity is too small,
-/// `fill` writes the next part of the text into a local block. If more text follows this part, its length is counted,
-/// and the sink grows once, only as far as the text requires. Then the block is appended.
+/// `fill` writes the next part of the text into a local block. If more text follows, its units are counted. Then the
+/// sink grows once, only as far as this part and the following text require. Then the block is appended.
 #pragma once
 
 #include <cstddef>
@@ -78,8 +78,8 @@ public:
         return m_string.capacity() != 0 ? m_string.capacity() - m_length - 1 : 0;
     }
     void advance(std::size_t units) noexcept { m_length += static_cast<unsigned int>(units); }
-    /// Provides capacity for `units` more units. For a text that ends directly before a growth step, appending piece by
-    /// piece does not reserve the next step, but one `reserve` does.
+    /// Provides capacity for `units` more units. If a long text and its terminator fill a multiple of the growth step
+    /// exactly, one `reserve` for the whole text allocates one more step. Appending piece by piece does not.
     void grow(std::uint64_t units) {
         constexpr std::uint64_t kGrowthStep = 0x100000;  // the growth step of longer strings
         commitLength();
@@ -105,8 +105,8 @@ private:
     unsigned int m_length = 0;
 };
 
-/// Overwrites an array from `start` on, and sets its count to the end of the written elements. So a reused array need
-/// not be cleared first. Clearing would fill it with zeros.
+/// Overwrites an array from index `start`, and sets its count so that it ends after the last element written. So a
+/// reused array need not be cleared first, which would fill it with zeros.
 template <class T>
 class ArraySink {
 public:
@@ -114,7 +114,8 @@ public:
 
     explicit ArraySink(Array<T>& array, unsigned int start) noexcept : m_array(array), m_count(start) {}
 
-    /// Sets the count to the units written, even if the conversion fails. The array does not grow, so this cannot fail.
+    /// Sets the count to `start` plus the number of units written, even if the conversion fails. The array does not
+    /// grow, so this cannot fail.
     ~ArraySink() { m_array.setCount(m_count); }
 
     ArraySink(const ArraySink&) = delete;

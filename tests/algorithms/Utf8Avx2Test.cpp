@@ -72,14 +72,16 @@ protected:
         EXPECT_LE(done.written, room);
         const test::DecodedText expected = test::decodeUtf8(bytes, static_cast<int>(done.read));
         EXPECT_FALSE(expected.error);
-        EXPECT_EQ(expected.bytesRead, done.read) << "ends between two characters, before a zero";
+        EXPECT_EQ(expected.bytesRead, done.read)
+            << "the part that was read must end between two characters, before any zero";
         EXPECT_EQ(out.substr(0, done.written), expected.units);
         const std::size_t untouched = overwrite == Overwrite::Allowed ? room : done.written;
         EXPECT_EQ(out.find_first_not_of(kGuard, untouched), std::wstring::npos) << "after the capacity or the text";
         const Progress counted = countDecodedAvx2(input, left);
         EXPECT_LE(counted.read, left);
         const test::DecodedText countedText = test::decodeUtf8(bytes, static_cast<int>(counted.read));
-        EXPECT_EQ(countedText.bytesRead, counted.read) << "ends between two characters, before a zero";
+        EXPECT_EQ(countedText.bytesRead, counted.read)
+            << "the part that was read must end between two characters, before any zero";
         EXPECT_EQ(countedText.units.size(), counted.written);
         return done;
     }

@@ -22,7 +22,8 @@ TEST(LogLine, PiecesAreTheWholeLine) {
         utf8 += "\xE2\x82\xAC";
     }
     static char pieces[10000];
-    // The buffer on the stack has 1024 bytes. Header and prefix end before, at and after its end.
+    // A line is rendered in a buffer of 1024 bytes on the stack. Depending on `prefixBytes`, header and prefix together
+    // end before, at or after the end of this buffer.
     for (std::size_t prefixBytes = 900; prefixBytes != 1100; ++prefixBytes) {
         const std::string prefix(prefixBytes, 'p');
         std::size_t size = 0;

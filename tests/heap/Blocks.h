@@ -3,7 +3,7 @@
 /// (RuntimeBlocks.cpp) or from pages with inaccessible neighbours (GuardedBlocks.cpp). A program links one of these two
 /// files.
 ///
-/// Any thread may call all functions at the same time.
+/// Several threads may call the functions at the same time.
 #pragma once
 
 #include <cstddef>

@@ -27,7 +27,8 @@ _CONDITION = re.compile(r"\b(?:if|while) \(")
 _DECLARES = re.compile(r"[\w>*&] \*?&?\w+ = |;")
 _RETURN = re.compile(r"\breturn ([^;{]+);")
 
-# A statement that can be deleted: a call, an assignment, an increment, a jump, or a guard that holds a lock.
+# A statement that can be deleted: a call, an assignment, an increment, a jump, or a guard that holds or releases a
+# lock.
 _STATEMENT = re.compile(
     r"(?:\(void\))?(?:\+\+|--|\*)*[A-Za-z_][\w:]*(?:<[\w:, ]*>)?(?:(?:->|\.)\w+|\[[^\[\]]*\])*"
     r"(?:\(|\+\+|--| (?:[-+*/|&^]|<<|>>)?= ).*"
@@ -60,7 +61,9 @@ class Change:
     line: int
     before: str  # the affected lines, joined into one line without indentation
     after: str
-    rank: str  # hexadecimal; a sample takes changes in this order; it does not depend on other lines of the file
+    # Hexadecimal; the order of the changes of one kind. It depends on the changed lines and on the number of earlier
+    # identical changes.
+    rank: str
 
     def applied(self, text):
         assert text.startswith(self.old, self.offset)

@@ -21,7 +21,7 @@ struct LogSettings : Exception {
     static long long& sizeLimit() { return CurrentLogSize; }
 };
 
-/// The log path that a `TemporaryLog` set last.
+/// The path of the current `TemporaryLog`; empty if there is none.
 std::string& currentPath() {
     static std::string path;
     return path;

@@ -78,7 +78,7 @@ std::size_t Input::read(char* buffer, std::size_t size) {
     return count;
 }
 
-/// Reads one line. A line that begins with control-Z ends the input.
+/// Reads one line, or the next 1,024 units of a longer line. If the units begin with control-Z, the input ends.
 std::size_t Input::readConsole(char* buffer, std::size_t size) {
     constexpr wchar_t kControlZ = 0x1A;
     wchar_t line[1024];

@@ -64,7 +64,7 @@ class Handle {
     }
 }
 
-// From Node 20 on: `using mutex = new Mutex(…)`.
+// In versions of Node that support it: `using mutex = new Mutex(…)`.
 if (Symbol.dispose) {
     Handle.prototype[Symbol.dispose] = function dispose() {
         this.close();

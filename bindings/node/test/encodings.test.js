@@ -41,7 +41,7 @@ test('base64, daylight and hex encode and decode bytes', () => {
     expectFailure(() => hex.decode('4G'), 'INVALID_TEXT');
 });
 
-test('bytes that are encoded in several pieces give the same text as in one piece', () => {
+test('encoding bytes in several pieces gives the same text as encoding them in one piece', () => {
     class Claims extends Uint8Array {
         get length() {
             return 1;

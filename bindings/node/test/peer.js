@@ -1,4 +1,5 @@
-// The second process of a test: node peer.js <role> <argument>... Exits with 0 on success.
+// The second process of a test: node peer.js <role> <argument>... Exits with 0 on success, unless the role says
+// otherwise.
 'use strict';
 
 const fs = require('fs');
@@ -59,7 +60,10 @@ const roles = {
         }
     },
 
-    /** Ends a Worker with `terminate` or `exit` while it waits for a condition, which must still work. */
+    /**
+     * Ends a Worker with `terminate` or `exit` while the Worker waits for a condition. Afterwards, the condition must
+     * still work.
+     */
     async endWorker(conditionName, how) {
         const worker = new Worker(__filename, { argv: ['waitInWorker', conditionName, how] });
         const code = await new Promise((resolve, reject) => {
@@ -100,8 +104,8 @@ const roles = {
     },
 
     /**
-     * Writes lines to a log that other processes write to. The exit code is the number of lines that may have been
-     * dropped, because their calls took more than a second. The log does not report dropped lines.
+     * Writes lines to a log that other processes write to. The exit code is the number of calls that took more than a
+     * second. The lines of these calls may have been dropped. The log does not report dropped lines.
      */
     write(file, prefix, count) {
         log.path = file;

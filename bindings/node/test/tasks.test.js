@@ -45,7 +45,7 @@ test('runAsync releases the mutex when its action throws or rejects', async () =
     mutex.close();
 });
 
-test('the tasks of a thread exclude each other in the order of their calls, through any handle', async () => {
+test('tasks of a thread hold the mutex one at a time, in the order of their calls, through any handle', async () => {
     const name = uniqueName('task');
     const handles = [new Mutex(name), new Mutex(name)];
     const events = [];

@@ -32,7 +32,8 @@ VOREL_API int ConvertUCStoUTF8(unsigned int codePoint, char* output, int size) n
 /// A byte that does not start a sequence is an error. With `throwOnError` false, the result is then false, and `output`
 /// holds the complete blocks before the error.
 /// \throws Exception with `throwOnError` true: "Error converting UTF-8 character (%ls)", where `%ls` is "Hex string: "
-///         and the bytes between the invalid byte and the next zero. The overload for `const char*` adds the message
+/// and the bytes between the invalid byte and the next zero, or empty if there are no such bytes. The overload for
+/// `const char*` adds the message
 ///         "Failed to convert utf8 text to String: %s" with the input. MemoryException if the output cannot grow; it
 ///         then holds complete blocks.
 VOREL_API bool ConvertUTF8toString(BaseString<wchar_t>& output, const unsigned char* input, int length,
