@@ -28,11 +28,6 @@ struct ArrayAccess {
         array.m_allocated = slots;
     }
 
-    /// The number of slots that an array without storage gets when its count is set to `count`.
-    static unsigned int slotsFor(const Array<T>& array, unsigned int count) noexcept {
-        return array.doubledUpTo(count);
-    }
-
     /// Fills the slots after the elements with zeros.
     static void clearUnused(Array<T>& array) noexcept {
         if (array.m_count != array.m_allocated) {
@@ -40,25 +35,6 @@ struct ArrayAccess {
                                       std::size_t{array.m_allocated - array.m_count} * sizeof(T));
         }
     }
-};
-
-/// Allocates storage for an array without storage. The destructor fills the slots that are still unused with zeros.
-template <class T>
-class NewStorage {
-public:
-    NewStorage(Array<T>& array, std::size_t slots) : m_array(array) {
-        if (slots > 0xFFFFFFFFu) {
-            throwMemory(0xFFFFFFFFu, sizeof(T));
-        }
-        ArrayAccess<T>::allocate(array, static_cast<unsigned int>(slots));
-    }
-    ~NewStorage() { ArrayAccess<T>::clearUnused(m_array); }
-
-    NewStorage(const NewStorage&) = delete;
-    NewStorage& operator=(const NewStorage&) = delete;
-
-private:
-    Array<T>& m_array;
 };
 
 }  // namespace vorel::detail

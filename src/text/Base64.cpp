@@ -30,6 +30,24 @@ namespace {
 
 using algorithms::Base64End;
 
+/// Allocates storage for an array without storage. Zeros are written only to the slots that remain unused.
+class NewStorage {
+public:
+    NewStorage(Array<unsigned char>& bytes, std::size_t slots) : m_bytes(bytes) {
+        if (slots > 0xFFFFFFFFu) {
+            detail::throwMemory(0xFFFFFFFFu, 1);
+        }
+        detail::ArrayAccess<unsigned char>::allocate(bytes, static_cast<unsigned int>(slots));
+    }
+    ~NewStorage() { detail::ArrayAccess<unsigned char>::clearUnused(m_bytes); }
+
+    NewStorage(const NewStorage&) = delete;
+    NewStorage& operator=(const NewStorage&) = delete;
+
+private:
+    Array<unsigned char>& m_bytes;
+};
+
 /// A capacity that is enough to decode the text without growing.
 template <class T>
 std::size_t capacityFor(const T* text) noexcept {
@@ -58,7 +76,7 @@ int decodeText(const T* text, const int* table, char pad, Array<unsigned char>& 
             return statusOf(end);
         }
     }
-    std::optional<detail::NewStorage<unsigned char>> storage;
+    std::optional<NewStorage> storage;
     if (bytes.allocated() == 0) {
         storage.emplace(bytes, capacityFor(text));
     }

@@ -2,12 +2,10 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <optional>
 #include <string_view>
 
 #include "algorithms/HexText.h"
 #include "algorithms/TextLength.h"
-#include "core/ArrayAccess.h"
 #include "core/HeldInputs.h"
 #include "text/OutputSinks.h"
 #include "vorel/core/Protocol.h"
@@ -33,12 +31,7 @@ void decodeLenient(const T* text, std::size_t length, Array<unsigned char>& byte
         detail::throwMemory(0xFFFFFFFFu, 1);
     }
     const detail::HeldInput held(bytes, text);
-    const auto count = static_cast<unsigned int>(length / 2);
-    std::optional<detail::NewStorage<unsigned char>> storage;
-    if (bytes.allocated() == 0) {
-        storage.emplace(bytes, detail::ArrayAccess<unsigned char>::slotsFor(bytes, count));
-    }
-    bytes.setCount(count);
+    bytes.setCount(static_cast<unsigned int>(length / 2));
     algorithms::decodeHexLenient(text, length, bytes.data());
 }
 

@@ -251,7 +251,7 @@ TYPED_TEST(HexText, HexStringToByteArray_WithLength) {
     EXPECT_EQ(valuesOf(bytes), (Bytes{0x40, 0x42}));
 }
 
-// An array without storage gets five slots, doubled until they are enough. Slots after the bytes are zeros.
+// An array without storage gets five slots, doubled until they are enough. The slots after the bytes are zeros.
 TYPED_TEST(HexText, HexStringToByteArray_DoublesFiveSlots) {
     struct Case {
         unsigned int count;
