@@ -18,9 +18,10 @@ const urlEncode = native.declare('vorel_url_encode', TEXT, 'uint32_t', BUFFER_OU
 const urlEncodeComponent = native.declare('vorel_url_encode_component', TEXT, 'int32_t', BUFFER_OUT);
 const urlDecode = native.declare('vorel_url_decode', TEXT, 'uint32_t', BUFFER_OUT);
 
-// The number of bytes that one call encodes. The text has at most two units per byte, so it fits into the buffer of the
-// first call, and is still in the processor's cache when it becomes a string. Encodings have groups of one or three
-// bytes, and the number is a multiple of three, so no group is split.
+// The maximum number of bytes that one call of the library encodes. The text of a byte has at most two units, so the
+// text of a piece fits into the buffer of the first call. This text is still in the processor's cache when it is
+// converted to a string. The encodings have groups of one or three bytes. The number is a multiple of three, so no
+// group is split.
 const PIECE_BYTES = 3 * Math.floor(native.FIRST_UNITS / 6);
 
 /** Encodes bytes piece by piece, with an encoding for which the texts of the pieces can be concatenated. */

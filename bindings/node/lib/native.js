@@ -74,7 +74,8 @@ function cell(type) {
     return new CELLS[type](1);
 }
 
-// The capacity of the first call. Most results fit; a longer result needs a second call with its length.
+// The capacity of the buffer for the first call, in units. Most results fit into it. A longer result needs a second
+// call with a larger buffer.
 const FIRST_UNITS = 16384;
 
 // Calls are synchronous and copy their result, so they share these buffers.

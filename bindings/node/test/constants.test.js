@@ -8,10 +8,10 @@ const test = require('node:test');
 const { Status } = require('..');
 const constants = require('../lib/constants');
 
-// test/run sets the variable, because it runs a copy of the package.
+// test/run sets VOREL_INCLUDE, because it runs a copy of the package outside of the source tree.
 const INCLUDE = process.env.VOREL_INCLUDE || path.join(__dirname, '..', '..', '..', 'include');
 
-// Constants of the headers that the package does not use: it passes the length of every text.
+// The package does not use this constant of the headers, because it passes the length of every text.
 const UNUSED = ['VOREL_ZERO_TERMINATED'];
 
 /** The macros and enumerators of the flat interface. A value that is not a number is NaN. */

@@ -1,6 +1,6 @@
 // Measures the package against Node's own functions: `test/run ratios <folder> <dll>`. V8 joins the pieces of a long
-// text only when the text is read. So one line measures a call whose result is read, and another line a call whose
-// result is not read.
+// text only when the text is read. So the output has one line for a call whose result is read, and another line
+// for the same call without reading the result.
 'use strict';
 
 const { base64, hex, parse, scan } = require('..');
