@@ -137,7 +137,8 @@ download_shippers() { # download_shippers <folder>
     done
 }
 
-install_npm_packages() { # install_npm_packages <folder of package-lock.json> <folder>: unless they are there already
+# Installs the packages of a lock file into a folder, unless the folder already contains them.
+install_npm_packages() { # install_npm_packages <folder of package-lock.json> <folder>
     local lock="$1/package-lock.json" installed="$2/node_modules/.installed-lock"
     cmp --silent "$lock" "$installed" && return
     mkdir -p "$2"
@@ -189,7 +190,7 @@ configure_fuzz() { # configures fuzz/, whose programs run on this machine withou
 # ---- Run ------------------------------------------------------------------------------------------------------------
 
 # Several commands may use the Wine prefix at the same time. The last command to finish ends the server of the prefix.
-hold_wine() { # hold_wine [command]...: starts the server, by a command such as taskset if given
+hold_wine() { # hold_wine [command]...: starts the server; a given command, such as taskset, starts it
     mkdir -p build
     exec {wine_users}>build/wine.users
     flock --shared "$wine_users"
@@ -197,7 +198,7 @@ hold_wine() { # hold_wine [command]...: starts the server, by a command such as 
     in_wine "$@" cmake/wine-run --hold
 }
 
-in_wine() { # in_wine <command>...: runs the command without the lock on the prefix
+in_wine() { # in_wine <command>...: runs the command, which does not inherit the lock on the prefix
     (exec {wine_users}>&- && "$@")
 }
 

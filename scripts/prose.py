@@ -3,8 +3,8 @@
     prose.py <path>...      files, or folders searched for C++, C, Python, shell, CMake, JavaScript, TypeScript,
                             Markdown and text
 
-rejected-phrases.txt has the phrases and their replacements. A line with the comment "prose: <reason>" is skipped; such
-a line has a text that the interface fixes, or a name.
+rejected-phrases.txt has the phrases and their replacements. A line with the comment "prose: <reason>" is skipped,
+because it contains a name, or a text that the interface fixes.
 """
 
 import re
@@ -12,7 +12,8 @@ import sys
 from pathlib import Path
 
 PHRASES = Path(__file__).with_name("rejected-phrases.txt")
-# The parts of a source that contain prose: comments, and literals, in which a comment cannot begin.
+# The parts of a source that contain prose: comments and literals. A literal is matched as a whole, so two slashes in a
+# literal do not begin a comment.
 C_PROSE = re.compile(r'//[^\n]*|/\*.*?\*/|R"(\w*)\(.*?\)\1"|"(?:\\.|[^"\\\n])*"|\'(?:\\.|[^\'\\\n])+\'', re.DOTALL)
 PARTS = {suffix: C_PROSE for suffix in (".cpp", ".c", ".h", ".js", ".ts", ".in")}
 WHOLE = (".md", ".txt", ".py", ".cmake", ".sh", "")

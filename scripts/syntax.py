@@ -7,7 +7,8 @@ Each environment is clang with a target, a C++ library and the Windows headers o
   - libc++: another standard library;
   - aarch64: another processor; the sources for AVX2 are excluded there, as in the build;
   - msvc: Microsoft's ABI, and the macros of its compiler. Microsoft's headers are not available, so a prelude first
-    includes all system headers as for GCC, and then changes the macros. Each public header is also checked separately.
+    includes all system headers with the macros of GCC, and then defines the macros of Microsoft's compiler instead.
+    Each public header is also checked separately.
 
 As for clang-tidy (tidy.py), a result without findings is stored under the digest of everything that it depends on.
 """

@@ -2,7 +2,8 @@
 
 A result without findings is stored, for all clones of this user, under the digest of everything that it depends on: the
 tool, its options and checks, the source, and the headers of the project that it includes. So a second run checks only
-changed sources. Changed sources, and sources that include a changed header, are checked first.
+changed sources. Sources that the last commit or the work tree changed, and sources that include such a header, are
+checked first.
 """
 
 import argparse
@@ -67,7 +68,8 @@ def target_headers(compiler):
 
 
 def write_commands(build):
-    """The compile commands of a build, without the precompiled headers, which belong to another compiler."""
+    """Writes the compile commands of a build without the precompiled headers, because clang-tidy cannot read the
+    precompiled headers of GCC. Returns the folder of the file."""
     commands = json.loads((ROOT / "build" / build / "compile_commands.json").read_text())
     for entry in commands:
         entry["command"] = re.sub(r" -Winvalid-pch| -include \S*cmake_pch\.hxx", "", entry["command"])
