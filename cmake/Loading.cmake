@@ -6,7 +6,7 @@
 # libdelayimp. With clang, ADVAPI32.dll is loaded together with the DLL.
 #
 # With GCC, the sections are aligned to pages in the file, too, so the system maps them instead of reading them. The
-# script joins small sections, because each section takes at least a page.
+# linker script sections.ld joins small sections, because each section takes at least a page.
 function(vorel_load_quickly target)
     if(MSVC)
         target_link_libraries(${target} PRIVATE advapi32 delayimp)

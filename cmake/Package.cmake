@@ -39,7 +39,8 @@ option(VOREL_INSTALL_RUNTIME_DLLS "Install the compiler's runtime DLLs; distribu
 set(vorelInstalledDllNames "")
 if(VOREL_INSTALL_RUNTIME_DLLS)
     set(vorelInstalledDllNames ${VOREL_RUNTIME_DLL_NAMES})
-    # Removes the symbols and the debug information of Debian's runtime DLLs, which are six times as large as the rest.
+    # Removes the symbols and the debug information of Debian's runtime DLLs. They are six times as large as the
+    # rest of these DLLs.
     foreach(dll IN LISTS VOREL_RUNTIME_DLLS)
         cmake_path(GET dll FILENAME name)
         set(stripped "${vorelPackageFiles}/bin/${name}")

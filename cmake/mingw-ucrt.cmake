@@ -11,7 +11,7 @@
 
 include("${CMAKE_CURRENT_LIST_DIR}/ucrt-target.cmake")
 
-# CMake passes these variables of the build to its test projects.
+# CMake passes these variables to the projects of try_compile, for which it reads this file again.
 list(APPEND CMAKE_TRY_COMPILE_PLATFORM_VARIABLES VOREL_GXX VOREL_GXX_MACHINE VOREL_GXX_IS_UCRT VOREL_UCRT_SPECS)
 set(VOREL_UCRT_SPECS "${CMAKE_BINARY_DIR}/ucrt.specs" CACHE FILEPATH "GCC specs that link the universal C runtime")
 
