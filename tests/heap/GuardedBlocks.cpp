@@ -28,7 +28,7 @@ constexpr DWORD kWaitTimeoutMs = 5000;
 
 enum class State : std::uint32_t { Free, Live, Forbidden, Filled };
 
-/// Describes a run of pages. Stored at the index of its first page.
+/// Describes a run of pages. `pieces` stores it at the index of the first page.
 struct Piece {
     std::uint64_t serial;
     std::uint32_t bytes;  // size of the block
@@ -395,7 +395,8 @@ std::string sizesSince(std::uint64_t serial) {
 
 }  // namespace heap::blocks
 
-// The exception runtime stores a header before a thrown object, and relies on the alignment of the header.
+// The exception runtime stores a header before a thrown object, and requires that the header is aligned. A guarded
+// block is aligned only if its size is a multiple of the alignment, so the size is rounded up.
 extern "C" {
 void* __real___cxa_allocate_exception(std::size_t bytes) noexcept;
 void* __wrap___cxa_allocate_exception(std::size_t bytes) noexcept;

@@ -1,12 +1,12 @@
 /// \file
 /// A heap that detects errors that the runtime's heap misses. Each block ends at an inaccessible page, so the first
-/// access past the end faults. The page before the block is inaccessible, too. The bytes between that page and the
-/// block are filled with a pattern, which is checked when the block is freed. The end is exact for any type, because
-/// the size of a block is a multiple of the alignment of its contents.
+/// access past the end faults. The page before the block is inaccessible, too. If there are bytes between that
+/// page and the block, the last 256 of them are filled with a pattern, which is checked when the block is freed. No
+/// padding is needed at the end of a block, because its size is a multiple of the alignment of its contents.
 ///
 /// A freed block becomes inaccessible. After the first 20,000 small blocks of a program this would be too slow, so
-/// further small blocks are overwritten instead, and are checked before their pages are reused, which happens after at
-/// least 8,192 other blocks.
+/// further small blocks are overwritten with a pattern instead. The pattern is checked before the page of such a block
+/// is reused. The page is reused only after at least 8,192 other small blocks were freed.
 ///
 /// A fault prints an explanation to stderr before it ends the program: "heap: read 0 bytes past the end of a block of
 /// 10 bytes". If a block is freed twice, or if its fill has changed, the heap prints an explanation and aborts the
