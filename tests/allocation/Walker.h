@@ -1,7 +1,8 @@
 /// \file
 /// Runs every operation of the library on a failing heap. An operation is a function that prepares its objects,
-/// performs one step while the heap may fail, and checks the results. The walker runs it repeatedly. In the n-th run,
-/// the n-th request fails. The walker stops when a run completes without a failed request, and reports leaked blocks.
+/// performs one step while the heap may fail, and checks the results. The walker runs the operation repeatedly. In the
+/// n-th run, the n-th request fails. The walker stops when a run completes without a failed request, and reports leaked
+/// blocks.
 ///
 ///     void appendGrows(Attempt& attempt) {
 ///         vorel::Array<int> array;

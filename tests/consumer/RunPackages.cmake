@@ -1,6 +1,6 @@
 # Tests the packages of CPack. The project find_package/ must build and run with the archive unpacked in another folder,
 # and the tools must run there. The installer must install the same files, and remove all of them. The archive of the
-# symbols must fit the DLL.
+# symbols must contain the symbols of the same DLL.
 #
 #   PACKAGES: the folder with the archives and the installer; CLANG: the folder of clang
 

@@ -1,6 +1,6 @@
-# Tests the toolchain file mingw-ucrt.cmake with compilers that are scripts. The first compiler has the universal C
-# runtime as its default, and does not know the folder of its runtime DLLs, as in MSYS2. All other compilers must be
-# refused.
+# Tests the toolchain file mingw-ucrt.cmake with scripts that act as compilers. The first compiler has the universal C
+# runtime as its default, and does not find its runtime DLLs with -print-file-name, as in MSYS2. All other compilers
+# must be refused.
 #
 #   PROJECT_BUILD: the build to install; SOURCE: the folder of the library's sources; COMPILER, C_COMPILER: GCC;
 #   SPECS: a specs file that links the universal C runtime; DLLS: the folder of the runtime DLLs

@@ -6,7 +6,7 @@ namespace exploration {
 
 namespace {
 
-// Thread-local, because threads that the runtime or the system start must use the real system.
+// Thread-local, because threads that the runtime or the system starts must use the real system.
 thread_local Machine* s_current = nullptr;
 
 /// The handles of the model are larger than any handle of the system.

@@ -107,8 +107,8 @@ public:
 
     // ---- For the properties of scenarios ----
 
-    /// After this call, a task that leaves a critical section of another task is counted, and does not end the
-    /// schedule.
+    /// After this call, the model counts tasks that leave a critical section of another task. Without this call, such a
+    /// task ends the schedule.
     void countMisuse() { m_isMisuseCounted = true; }
     [[nodiscard]] unsigned int misuses() const { return m_misuses; }
 

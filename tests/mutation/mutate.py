@@ -64,8 +64,8 @@ def files_of(scope):
 
 
 def shares(sizes, count):
-    """The number of changes to try in each file: proportional to the square root of the possible changes, to favour
-    small files."""
+    """The number of changes to try in each file: proportional to the square root of the number of possible changes,
+    to favour small files."""
     weights = {file: math.sqrt(size) for file, size in sizes.items() if size}
     total = sum(weights.values())
     exact = {file: min(count * weight / total, sizes[file]) for file, weight in weights.items()}

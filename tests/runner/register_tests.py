@@ -11,8 +11,8 @@ other test may run at the same time or else "parallel", its time limit in second
 its tests. The script is <folder>/tests.cmake. A test of CTest is a test file, or a part of a large file; its cases
 share a process. The following cases run in separate processes:
 
-  - those of a file with the comment `// test-runner: one process per case`, because they need a fresh process;
-  - those of a program whose description says so;
+  - the cases of a file with the comment `// test-runner: one process per case`, because they need a fresh process;
+  - the cases of a program whose description says so;
   - all cases if VOREL_TEST_UNIT is "case", so that each can be selected by its name.
 
 A program that is not built has one test, which fails.
@@ -49,7 +49,7 @@ class Program:
         self._listing = self.folder / f"{self.label}.cases.json"
 
     def cases(self):
-        """The cases of each test file: path → (suite, case) pairs, without disabled ones."""
+        """The cases of each test file: path → (suite, case) pairs. Disabled cases are omitted."""
         if not self._listing.exists() or self._listing.stat().st_mtime < self.path.stat().st_mtime:
             # The path of the output is relative, because an absolute path would have to be translated for Wine.
             subprocess.run([*self.emulator, self.path, "--gtest_list_tests", f"--gtest_output=json:{self._listing.name}"],

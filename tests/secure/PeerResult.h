@@ -7,7 +7,7 @@ namespace test {
 using PeerResult = unsigned long;
 
 inline constexpr PeerResult kPeerFailed = 0x80;    ///< an exception, or an unknown task
-inline constexpr PeerResult kPeerObtained = 0x01;  ///< the handle was obtained; admin: IsAdmin returned
+inline constexpr PeerResult kPeerObtained = 0x01;  ///< the handle was obtained, or IsAdmin returned
 inline constexpr PeerResult kPeerCreated = 0x02;   ///< the call created the object
 inline constexpr PeerResult kPeerDone =
     0x04;  ///< mutex: locked; event: signalled; mapping: had the expected content; admin: the user is an administrator

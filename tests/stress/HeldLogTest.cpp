@@ -22,7 +22,7 @@ using std::chrono::milliseconds;
 using ::testing::ElementsAre;
 using vorel::Exception;
 
-/// In this time, a writer makes only a part of its attempts.
+/// How long the other process holds the lock. A writer makes only some of its attempts in this time.
 constexpr unsigned int kHoldMs = 300;
 
 class HeldLogTest : public ::testing::Test {

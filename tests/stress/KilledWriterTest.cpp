@@ -22,7 +22,7 @@ struct Remains {
     unsigned int torn = 0;
 };
 
-/// Reads a log in which a line may follow a partial line without a line end.
+/// Reads a log in which a line may directly follow a partial line, because a partial line has no line end.
 Remains readRemains(const std::string& path, const LogWriters& writers) {
     constexpr std::string_view kEnd = "\r\n";
     Remains remains;

@@ -20,7 +20,7 @@ struct ChildOptions {
     std::wstring directory;       ///< the current directory of the child; if empty, the directory of the test
     bool inheritHandles = false;  ///< whether the child inherits the inheritable handles of the test
     // The standard streams of the child; the handles must be inheritable. If all are null, the child uses the
-    // streams of the test. If only some are null, the child has no streams in their place.
+    // streams of the test. If at least one is set, the child does not have the streams whose handles are null.
     HANDLE input = nullptr;
     HANDLE output = nullptr;
     HANDLE error = nullptr;

@@ -142,7 +142,7 @@ private:
 };
 
 /// Replaces an import by a function object. It receives every call and decides the result. Only one hook may exist for
-/// an import at a time, and only one thread may call it.
+/// an import at a time, and only one thread may call the import.
 template <auto& Slot>
 class ImportHook;
 

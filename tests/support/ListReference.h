@@ -78,7 +78,7 @@ inline ListReading<std::uint32_t> readIntegers(std::string_view text) {
     return list;
 }
 
-/// A text can be integers if it contains only signs, digits and white space, in any order.
+/// Whether a text contains only characters of integers, that is, signs, digits and white space, in any order.
 inline bool canBeIntegers(std::string_view text) {
     return text.find_first_not_of("+-0123456789 \t\n\r") == std::string_view::npos;
 }

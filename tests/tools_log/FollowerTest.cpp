@@ -367,7 +367,7 @@ public:
         }
     }
 
-    /// Acts outside of a read step, where FileBusy would be meaningless.
+    /// Acts between two reads. Ignores `FileBusy`, because no step of the reader is running that could fail.
     void actBeforeReading() {
         try {
             act();

@@ -48,7 +48,7 @@ public:
     bool isBusy = false;
     unsigned long long index = 0;  ///< identifies the file; 0: missing
     std::string bytes = test::header() + "WARN: a\n";
-    unsigned int attempts = 0;  ///< to open the log
+    unsigned int attempts = 0;  ///< the number of attempts to open the log
 
     std::unique_ptr<LogFile> open(Which which) override {
         if (which == Which::Backup) {

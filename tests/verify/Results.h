@@ -14,7 +14,7 @@ enum class Outcome { Passed, Failed, Skipped };
 struct CaseResult {
     std::string name;  ///< "Array.GrowsByHalf"
     Outcome outcome;
-    std::string message;  ///< of the failures, or the reason why the case was skipped
+    std::string message;  ///< the text of the failures, or the reason why the case was skipped
 };
 
 /// The result of a test.

@@ -1,6 +1,6 @@
 """Unpacks the archive of the tests in a folder whose name has a blank and a letter beyond ASCII, and runs verify.cmd in
-a new Wine prefix. First all cases must pass. Then, with a list of tests that fail, each kind of failure must be
-reported.
+a new Wine prefix. In the first run, all cases must pass. For the second run, tests that fail in different ways replace
+the list of tests, and verify.cmd must report each failure.
 
     check_archive.py <archive> <work folder> [suite]...
 

@@ -1,5 +1,5 @@
 /// \file
-/// Runs the test programs of the archive and sums up their results. verify.cmd starts it.
+/// Runs the test programs of the archive and sums up their results. verify.cmd starts this program.
 ///
 ///     verify.exe [suite]...
 ///
@@ -62,8 +62,8 @@ std::wstring variable(const wchar_t* name) {
     return value ? value : L"";
 }
 
-/// The path of the programs' folder. Some programs start themselves again by their narrow path. If the path has no
-/// narrow form, this is the short form of the path, which often has a narrow form.
+/// Returns the path of the folder of the test programs. Some of them start themselves again by their narrow path. So if
+/// the path has no narrow form, the function returns the short form of the path, which often has a narrow form.
 fs::path programFolder() {
     std::wstring folder = test::programFolder();
     if (!isNarrow(folder)) {
