@@ -40,7 +40,7 @@ trap at_exit EXIT
 packages=(
     g++-mingw-w64-x86-64-posix # the compiler, with its runtime DLLs
     clang-19 lld-19 llvm-19    # the second compiler; llvm creates the import library for C
-    libc++-19-dev              # headers: the second standard library
+    libc++-19-dev              # the headers of the second standard library
     wine wine64                # runs the programs
     cmake ninja-build ccache googletest
     libz-mingw-w64-dev    # the log viewer reads compressed logs
@@ -63,7 +63,7 @@ else
     test_packages+=(libglib2.0-0t64 libivykis0t64 libpcre2-8-0)
 fi
 check_packages=(clang-format clang-tidy cppcheck codespell)
-bench_packages=(libfast-float-dev libfmt-dev) # peers: headers only
+bench_packages=(libfast-float-dev libfmt-dev) # peers; only their headers are used
 publish_packages=(python3-matplotlib) # charts of the benchmarks
 package_packages=(nsis unzip)
 docs_packages=(doxygen doxygen-awesome-css)
@@ -150,8 +150,8 @@ install_npm_packages() { # install_npm_packages <folder of package-lock.json> <f
 
 # ---- Build ----------------------------------------------------------------------------------------------------------
 
-# All clones of this user share compiled objects. In depend mode, the compiler cache does not run the preprocessor.
-# Precompiled headers are identified by their inputs.
+# All clones of this user share compiled objects. CCACHE_DEPEND makes ccache identify a source by the files that it
+# includes, without running the preprocessor. Precompiled headers are identified by their inputs.
 export CMAKE_C_COMPILER_LAUNCHER=ccache CMAKE_CXX_COMPILER_LAUNCHER=ccache
 export CCACHE_BASEDIR="$PWD" CCACHE_NOHASHDIR=1 CCACHE_DEPEND=1 CCACHE_SLOPPINESS=pch_defines,time_macros
 

@@ -86,13 +86,13 @@ class Environment:
         avx2 = ["-mavx2"] if source.endswith("Avx2.cpp") else []
         if not self._prelude:
             return avx2
-        if avx2:  # the precompiled header has other options
+        if avx2:  # the precompiled header was compiled with other options
             return [*avx2, "-include", str(self._prelude)]
         return ["-include-pch", self._precompiled()]
 
     def _precompiled(self):
         with self._precompiling:
-            header = str(self._prelude.with_suffix(".pch"))  # clang finds "<name>.h.pch" without an option
+            header = str(self._prelude.with_suffix(".pch"))  # clang would use "<name>.h.pch" for AVX2, too
             if not os.path.exists(header):
                 command = [word for word in self._command if word != "-fsyntax-only"]
                 subprocess.run([*command, "-xc++-header", str(self._prelude), "-o", header], check=True)
