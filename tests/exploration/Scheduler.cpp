@@ -220,9 +220,9 @@ private:
             if (!task.isLive()) {
                 return;
             }
-            // Leaving a task that can continue is a preemption. If other tasks can continue, the end of a time limit or
-            // of a sleep also counts as a preemption, so that a limit on preemptions also limits the number of failed
-            // attempts of a task.
+            // Leaving a task that can continue is a preemption. The end of a time limit or of a sleep also counts as a
+            // preemption if a task can continue, or if another time limit or sleep would end first. So a limit on
+            // preemptions also limits the number of failed attempts of a task.
             unsigned int preemptions = lastCanContinue && id != *m_last ? 1 : 0;
             if (task.canContinue()) {
                 offer(options, {Option::Kind::Run, id, preemptions});

@@ -79,7 +79,7 @@ struct Result {
     bool hasFinishedLevel = false;  ///< whether all schedules with at most `preemptions` were run
     unsigned int preemptions = 0;
     bool isComplete = false;    ///< whether every schedule within the limits was run
-    bool isExhaustive = false;  ///< whether more preemptions would not add any schedule
+    bool isExhaustive = false;  ///< whether a higher limit on preemptions would add no schedule
     std::optional<Failure> failure;
 };
 
@@ -94,7 +94,7 @@ std::optional<Failure> replay(const ScenarioFactory& factory, const Limits& limi
 
 enum class Wake { Resumed, TimedOut };
 
-/// The scheduler of the running schedule. For the model of the system.
+/// The scheduler of the running schedule. The model of the system calls it.
 class Scheduler {
 public:
     /// Null if no schedule is running.

@@ -65,7 +65,7 @@ TEST(Scheduler, RunsEveryOrderOnceForEachLevel) {
     // these levels has all 3!/(2! 1!) = 3 orders of AAB, and omits no option.
     const std::multiset<std::string> orders = ordersOf({2, 1}, {}, result);
     EXPECT_EQ(std::set<std::string>(orders.begin(), orders.end()), (std::set<std::string>{"AAB", "ABA", "BAA"}));
-    EXPECT_EQ(orders.count("AAB"), 2u) << "without, and with up to one preemption";
+    EXPECT_EQ(orders.count("AAB"), 2u) << "found without preemptions, and again with up to one preemption";
     EXPECT_EQ(orders.count("ABA"), 1u) << "needs a preemption";
     EXPECT_EQ(result.schedules, orders.size());
     EXPECT_TRUE(result.isExhaustive);

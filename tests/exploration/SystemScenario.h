@@ -46,7 +46,7 @@ private:
     alignas(T) std::byte m_bytes[sizeof(T)];
 };
 
-/// Derived classes create the objects that the tasks share in `start`.
+/// A derived class overrides `start`, which creates the objects that the tasks share and adds the tasks.
 class SystemScenario : public Scenario {
 public:
     std::vector<Plan> plans() final;
@@ -57,10 +57,10 @@ public:
 protected:
     Machine& machine() { return m_machine; }
 
-    /// Adds a task. For `start`.
+    /// Adds a task. Only `start` may call this function.
     void task(const char* name, ProcessId process, std::function<void()> body);
 
-    /// Blocks the calling task until `isReached` returns true, as a program would with another event.
+    /// Blocks the calling task until `isReached` returns true, as if the task waited for another event.
     static void await(std::function<bool()> isReached);
 
     /// Called after a process was killed.
