@@ -363,8 +363,8 @@ TEST(NarrowMessage, NeedsTheStackAndItsText) {
     }
 }
 
-/// Makes each request in turn fail while the text of all messages is made. The result must contain all messages, or a
-/// `MemoryException` must be thrown.
+/// Builds the text of all messages repeatedly. Each time, another request fails. The result must contain all messages,
+/// or a `MemoryException` must be thrown.
 template <class T>
 void expectWholeTrail(std::basic_string_view<T> expected) {
     const test::TemporaryLog log;

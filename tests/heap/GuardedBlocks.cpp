@@ -156,7 +156,7 @@ void prepare() noexcept {
 }
 
 /// The first of `pages` consecutive free pages. Searches in a circle through the region, so pages are reused as late as
-/// possible. The descriptions of earlier pieces are cleared.
+/// possible. Clears the descriptions of the pieces that these pages belonged to.
 std::size_t findPages(std::size_t pages) noexcept {
     bool wrapped = false;
     std::size_t first = next;
@@ -202,7 +202,8 @@ unsigned char* leadingOf(std::size_t page) noexcept {
     return block - std::min(kLeadingBytes, static_cast<std::size_t>(block - startOf(page)));
 }
 
-/// Makes the oldest retired piece accessible and stores its page number. Returns false if no piece may be reused yet.
+/// Makes the oldest retired piece accessible and stores its page number. Returns false if no piece may be reused yet,
+/// or if the page cannot be made accessible.
 bool reuse(std::size_t& page) noexcept {
     if (retired.count <= kQuarantine) {
         return false;

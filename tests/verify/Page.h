@@ -9,8 +9,8 @@
 
 namespace verify {
 
-/// Returns the page in UTF-8. It is also well-formed XML. `conclusion` and `facts` are not escaped yet; `facts` has a
-/// line for each fact.
+/// Returns the page in UTF-8. It is also well-formed XML. The function escapes `conclusion` and `facts`.
+/// `facts` has a line for each fact.
 std::string summaryPage(const std::string& conclusion, const std::string& facts,
                         const std::vector<TestResult>& results);
 
