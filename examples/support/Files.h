@@ -10,7 +10,7 @@
 
 namespace examples {
 
-/// The bytes of a file; nothing if it cannot be read.
+/// The bytes of a file; nullopt if it cannot be read.
 std::optional<std::string> readFile(const std::string& path);
 
 /// Replaces the file. Returns false if it cannot be written.

@@ -29,7 +29,7 @@ struct Log {
     bool hasBackup = false;
 };
 
-/// Parses one line; nothing if it does not match the format.
+/// Parses one line; nullopt if it does not match the format.
 std::optional<Record> parseLine(std::string_view line);
 
 /// Reads the backup, if it exists, and then the log.
