@@ -65,8 +65,8 @@ def is_brace(file, number):
 
 def measure():
     """Adds up the counts of all objects, and returns them in the format of gcovr. gcov reports a line of a template
-    once for each instance. If the branches of several instances have the same form, their counts are added up. Other
-    branches are listed separately."""
+    once for each instance. If the branches of several instances have the same kinds in the same order, their counts are
+    added up. Other branches are listed separately."""
     counts, forms = Counter(), defaultdict(Counter)
     with ThreadPool() as pool:
         for line in chain.from_iterable(pool.imap_unordered(read_counts, sorted(BUILD.glob("**/*.gcda")))):

@@ -89,7 +89,7 @@ public:
     DWORD wait(HANDLE handle, DWORD milliseconds);
 
     /// Closes a handle of this model, and returns whether it was open. Does nothing for a handle of the system, and
-    /// returns an empty result.
+    /// returns nullopt.
     std::optional<bool> close(HANDLE handle);
 
     // ---- Critical sections ----

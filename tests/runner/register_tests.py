@@ -33,7 +33,7 @@ MARK = re.compile(r"^// test-runner: one process per case$", re.MULTILINE)
 
 
 def bracket(text):
-    """`text` as an argument of a CMake command that is taken literally."""
+    """`text` as an argument that a CMake command takes literally."""
     return f"[==[{text}]==]"
 
 

@@ -45,7 +45,7 @@ public:
     /// Terminates the program and waits until it has ended.
     void terminate();
 
-    /// The exit code; empty while the program runs.
+    /// The exit code; nullopt while the program runs.
     [[nodiscard]] std::optional<DWORD> exitCode() const;
 
     [[nodiscard]] DWORD processId() const { return m_processId; }
@@ -56,7 +56,8 @@ private:
     DWORD m_processId = 0;
 };
 
-/// Runs a program until it exits and returns its exit code. Empty if it exceeded the limit and was terminated.
+/// Runs a program until it exits, and returns its exit code; nullopt if the program exceeded the limit and was
+/// terminated.
 std::optional<DWORD> runChild(const std::wstring& program, const std::vector<std::wstring>& arguments = {},
                               const ChildOptions& options = {});
 

@@ -21,10 +21,10 @@ struct LogLine {
     std::string message;  ///< prefix and message
 };
 
-/// The fields of `line`; empty if `line` does not have the form of a log line.
+/// The fields of `line`; nullopt if `line` does not have the form of a log line.
 std::optional<LogLine> parseLogLine(std::string_view line);
 
-/// All bytes of a file; empty if the file does not exist.
+/// All bytes of a file; nullopt if the file does not exist.
 std::optional<std::string> readFileBytes(const std::string& path);
 
 /// The lines of a log without their terminators; none if the file does not exist. Every line, including the last one,

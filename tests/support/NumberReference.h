@@ -142,7 +142,7 @@ inline Reading<double> readDouble(std::string_view text) {
     return {scaledValueOf(parts), parts.end};
 }
 
-/// The result of a `try…` function, and the value that it stores in the caller's variable; empty if it stores none.
+/// The result of a `try…` function, and the value that it stores in the caller's variable; nullopt if it stores none.
 template <class Value>
 struct TryResult {
     bool result = false;

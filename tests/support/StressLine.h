@@ -117,7 +117,7 @@ inline StressLine stressLine(const StressLineId& id) {
     return line;
 }
 
-/// The id of the line `utf8`; empty if the line is incomplete.
+/// The id of the line `utf8`; nullopt if the line is incomplete.
 inline std::optional<StressLineId> readStressLine(std::string_view utf8) {
     constexpr std::size_t kChecksumBytes = 16;
     if (utf8.size() <= kChecksumBytes) {
