@@ -56,7 +56,9 @@ def resource_folder(clang):
 
 
 def write_prelude():
-    """Writes the prelude: it includes the system headers before it defines the macros of Microsoft's compiler."""
+    """Writes the prelude: it includes the system headers before it defines the macros of Microsoft's compiler.
+
+    GCC's cpuid.h is omitted, because intrin.h declares the same names as functions."""
     names = set()
     for folder in ("include", "src"):
         for path in (ROOT / folder).rglob("*"):
@@ -64,7 +66,7 @@ def write_prelude():
                 names.update(SYSTEM_INCLUDE.findall(path.read_text()))
     lines = ["#undef _MSC_VER", "#undef _MSC_FULL_VER", "#define __MINGW32__ 1", "#define __MINGW64__ 1",
              *(f"#if __has_include(<{name}>)\n#include <{name}>\n#endif"
-               for name in sorted(names | {"intrin.h", "immintrin.h"})),
+               for name in sorted((names | {"intrin.h", "immintrin.h"}) - {"cpuid.h"})),
              "#undef __MINGW32__", "#undef __MINGW64__", "#undef __GNUC__", "#undef __GNUC_MINOR__",
              "#define __INTRIN_H", "#define _MSC_VER 1939", "#define _MSC_FULL_VER 193933523"]
     prelude = WORK / "system_headers.h"

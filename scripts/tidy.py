@@ -27,6 +27,7 @@ CACHE_DAYS = 60
 SETTINGS = (".clang-tidy", "tests/.clang-tidy", "benchmarks/.clang-tidy", "fuzz/.clang-tidy",
             "cmake/ProjectOptions.cmake")
 WORK = ROOT / "build" / "tidy"
+GCC_ONLY = r" -Winvalid-pch| -include \S*cmake_pch\.hxx| -fno-align-(jumps|labels)| -mstringop-strategy=\S+"
 PROGRESS_SECONDS = 20
 INCLUDE = re.compile(r'^\s*#\s*include\s*["<]([^">]+)[">]', re.MULTILINE)
 SEARCH = ("include", "src", "tests", "tools", "benchmarks", "examples", "fuzz", ".")
@@ -68,11 +69,11 @@ def target_headers(compiler):
 
 
 def write_commands(build):
-    """Writes the compile commands of a build without the precompiled headers, because clang-tidy cannot read the
-    precompiled headers of GCC. Returns the folder of the file."""
+    """Writes the compile commands of a build without the precompiled headers of GCC and the options that only GCC
+    has, because clang-tidy does not accept them. Returns the folder of the file."""
     commands = json.loads((ROOT / "build" / build / "compile_commands.json").read_text())
     for entry in commands:
-        entry["command"] = re.sub(r" -Winvalid-pch| -include \S*cmake_pch\.hxx", "", entry["command"])
+        entry["command"] = re.sub(GCC_ONLY, "", entry["command"])
     folder = WORK / build
     folder.mkdir(parents=True, exist_ok=True)
     (folder / "compile_commands.json").write_text(json.dumps(commands))
