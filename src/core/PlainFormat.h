@@ -130,6 +130,43 @@ ArgumentSize readArgumentSize(const T*& fmt) noexcept {
     return ArgumentSize::Default;
 }
 
+/// Appends a text argument. Returns false if the runtime must render it.
+template <class T>
+bool appendText(PlainText<T>& text, ArgumentSize size, const void* argument) noexcept {
+    if (size == ArgumentSize::Wide) {
+        return false;
+    }
+    if (!argument) {
+        return text.append("(null)");
+    }
+    const bool isNarrow = size == ArgumentSize::Short || (size == ArgumentSize::Default && sizeof(T) == 1);
+    return isNarrow ? text.append(static_cast<const char*>(argument))
+                    : text.append(static_cast<const wchar_t*>(argument));
+}
+
+/// Appends the next argument in the form of `conversion`. Returns false if the runtime must render it.
+template <class T>
+bool appendArgument(PlainText<T>& text, T conversion, ArgumentSize size, va_list& args) noexcept {
+    if (conversion == 's') {
+        return appendText(text, size, va_arg(args, const void*));
+    }
+    if (size == ArgumentSize::Short) {
+        return false;
+    }
+    const bool isWide = size == ArgumentSize::Wide;
+    if (conversion == 'd' || conversion == 'i') {
+        const std::int64_t value = isWide ? va_arg(args, long long) : va_arg(args, int);
+        return text.appendDecimal(algorithms::magnitudeOf(value), value < 0);
+    }
+    if (conversion != 'u' && conversion != 'x' && conversion != 'X') {
+        return false;
+    }
+    const std::uint64_t value = isWide ? va_arg(args, unsigned long long) : va_arg(args, unsigned int);
+    return conversion == 'u'
+               ? text.appendDecimal(value, false)
+               : text.appendHexadecimal(value, conversion == 'x' ? "0123456789abcdef" : "0123456789ABCDEF");
+}
+
 /// Renders into `buffer`, which has `size` units, and returns the number of units before the terminator. Returns -1,
 /// with unspecified content of the buffer, if the runtime must render the format:
 ///
@@ -144,46 +181,17 @@ int renderPlainFormat(T* buffer, std::size_t size, const T* fmt, va_list args) n
     }
     PlainText<T> text(buffer, std::min<std::size_t>(size, INT_MAX));
     for (; *fmt; ++fmt) {
+        bool isDone = false;
         if (*fmt != '%') {
-            if (!text.append(*fmt)) {
-                return -1;
-            }
-            continue;
+            isDone = text.append(*fmt);
+        } else if (fmt[1] == '%') {
+            isDone = text.append(*++fmt);
+        } else {
+            ++fmt;
+            const ArgumentSize argumentSize = readArgumentSize(fmt);
+            isDone = appendArgument(text, *fmt, argumentSize, args);
         }
-        ++fmt;
-        const ArgumentSize argument = readArgumentSize(fmt);
-        bool done = false;
-        switch (*fmt) {
-        case '%': done = argument == ArgumentSize::Default && text.append(T{'%'}); break;
-        case 's': {
-            const bool isNarrow =
-                argument == ArgumentSize::Short || (argument == ArgumentSize::Default && sizeof(T) == 1);
-            const void* const string = va_arg(args, const void*);
-            done = argument != ArgumentSize::Wide && (!string    ? text.append("(null)")
-                                                      : isNarrow ? text.append(static_cast<const char*>(string))
-                                                                 : text.append(static_cast<const wchar_t*>(string)));
-            break;
-        }
-        case 'd':
-        case 'i': {
-            const std::int64_t value = argument == ArgumentSize::Wide ? va_arg(args, long long) : va_arg(args, int);
-            done = argument != ArgumentSize::Short && text.appendDecimal(algorithms::magnitudeOf(value), value < 0);
-            break;
-        }
-        case 'u':
-        case 'x':
-        case 'X': {
-            const std::uint64_t value =
-                argument == ArgumentSize::Wide ? va_arg(args, unsigned long long) : va_arg(args, unsigned int);
-            done =
-                argument != ArgumentSize::Short && (*fmt == 'u'   ? text.appendDecimal(value, false)
-                                                    : *fmt == 'x' ? text.appendHexadecimal(value, "0123456789abcdef")
-                                                                  : text.appendHexadecimal(value, "0123456789ABCDEF"));
-            break;
-        }
-        default: break;
-        }
-        if (!done) {
+        if (!isDone) {
             return -1;
         }
     }
