@@ -25,7 +25,7 @@ constexpr std::size_t kBytes = kSextetBlockBytes;
 
 // ---- Lookups --------------------------------------------------------------------------------------------------------
 
-/// A table of sixteen bytes, for both halves of a register.
+/// A table of sixteen bytes, repeated for the second half of a register.
 struct Table {
     alignas(32) std::uint8_t bytes[32];
 
@@ -126,9 +126,9 @@ VOREL_NOINLINE std::size_t decodeFours(const T* text, std::size_t blocks, unsign
     return done;
 }
 
-/// Decodes the groups of a block before the first invalid character, and writes zeros after their bytes. Returns the
-/// number of these groups. This is a separate function that uses few registers, so for short text, no registers are
-/// saved and restored for the caller.
+/// Decodes the groups of a block that precede the first invalid character, and writes zeros after the decoded bytes.
+/// Returns the number of groups decoded. This is a separate function that uses few registers, so for short text, no
+/// registers are saved and restored for the caller.
 template <class T>
 VOREL_NOINLINE std::size_t decodeBlock(const T* text, unsigned char* out) noexcept {
     __m256i test;

@@ -45,7 +45,7 @@ struct SextetRows {
 
     std::uint8_t rowsOfColumn[16];     ///< one bit for each row in which the column has a value
     std::uint8_t offsetOfRow[16];      ///< the value minus the character
-    std::uint8_t irregularOffset[16];  ///< the same for each column of the irregular row
+    std::uint8_t irregularOffset[16];  ///< the value minus the character, by column of the irregular row
 };
 
 inline constexpr SextetRows kDaylightRows = [] {
@@ -68,7 +68,8 @@ inline constexpr SextetRows kDaylightRows = [] {
 void decodeDaylightAvx2(const char* text, std::size_t groups, unsigned char* out) noexcept;
 void decodeDaylightAvx2(const WideUnit* text, std::size_t groups, unsigned char* out) noexcept;
 
-/// Decodes `count` characters, a multiple of four, to three bytes for each four.
+/// Decodes `count` characters. `count` must be a multiple of four, because each group of four characters gives three
+/// bytes.
 template <class T>
 void decodeDaylightGroups(const T* text, std::size_t count, unsigned char* out) noexcept {
     if (Processor::usesAvx2() && count >= kSextetBlockCharacters) {

@@ -1,5 +1,6 @@
 /// \file
-/// Parses numbers in zero-terminated text of either width: at its start, or as the whole text.
+/// Parses a number in a zero-terminated text of either width. The number is at the start of the text, or is the
+/// whole text.
 #pragma once
 
 #include <cstdint>

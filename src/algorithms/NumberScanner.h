@@ -126,7 +126,7 @@ VOREL_ALWAYS_INLINE bool parseShortInteger(const T*& start, bool skipTrailingSpa
     return true;
 }
 
-/// The same for a number of any length, digit by digit.
+/// Like `parseShortInteger`, but parses digits one by one, so the number may have any length.
 template <class Value, class T>
 Value parseIntegerStepByStep(const T*& cursor, bool skipTrailingSpaces) noexcept {
     skipSpaces(cursor);
@@ -139,7 +139,7 @@ Value parseIntegerStepByStep(const T*& cursor, bool skipTrailingSpaces) noexcept
     return value;
 }
 
-/// The same for a number of any length, in blocks if it has the usual length.
+/// Parses a number of any length: in blocks if the number has the usual length, and otherwise digit by digit.
 template <class Value, class T>
 Value parseInteger(const T*& cursor, bool skipTrailingSpaces) noexcept {
     Value value = 0;
@@ -167,7 +167,7 @@ std::uint32_t parseHexDigitsStepByStep(const T*& cursor) noexcept {
     return value;
 }
 
-/// The same, but in one block if the block lies in one page.
+/// Like `parseHexDigitsStepByStep`, but parses one block at once if the block lies in one page.
 template <class T>
 VOREL_ALWAYS_INLINE std::uint32_t parseHexDigits(const T*& cursor) noexcept {
     static_assert(kHexBlock<T> == kMaxHexDigits<T>);

@@ -63,7 +63,7 @@ constexpr std::uint64_t integerLength(std::uint64_t magnitude, bool negative) no
 /// How a function treats the units after the text, in the memory that it may access.
 enum class Rest {
     Unspecified,  ///< they may be overwritten
-    Unchanged,    ///< they keep their values, but may be rewritten, because that needs no branch on the text's length
+    Unchanged,    ///< they keep their values, but may be overwritten with the same values, which avoids a branch
 };
 
 /// Writes each character whose byte in `kept` is 0. All other units of `out` keep their values; their bytes in
@@ -109,7 +109,7 @@ VOREL_ALWAYS_INLINE T* storeText(__m128i characters, std::uint64_t count, T* out
     return out + count;
 }
 
-/// The same for up to sixteen characters. Accesses seventeen units.
+/// Like `storeText`, but for up to sixteen characters. Accesses seventeen units.
 template <Rest rest, class T>
 VOREL_ALWAYS_INLINE T* storeLongText(__m128i characters, std::uint64_t count, T* out) noexcept {
     if (rest == Rest::Unchanged && count < kDigitBlock) {
@@ -161,7 +161,7 @@ VOREL_ALWAYS_INLINE T* writeInteger(std::uint64_t magnitude, bool negative, std:
     return out;
 }
 
-/// The longest text of a 64-bit number: twenty digits, or a sign and nineteen.
+/// The longest text of a 64-bit number: twenty digits, or a sign and nineteen digits.
 inline constexpr std::size_t kMaxIntegerCharacters = 20;
 
 /// The absolute value, even of the lowest number.
@@ -262,7 +262,7 @@ void copyShortText(const T* text, std::size_t length, T* to) noexcept {
         std::memcpy(&block, from + at, sizeof block);
         std::memcpy(out + at, &block, sizeof block);
     };
-    // The last block may overlap the one before it.
+    // The last block may overlap the block before it.
     const auto copyBlocks = [&](auto block) {
         for (std::size_t at = 0; at + sizeof block < bytes; at += sizeof block) {
             copy(block, at);

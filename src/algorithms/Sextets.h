@@ -76,7 +76,7 @@ inline constexpr SextetValues kDaylightValues = [] {
 /// The order of the characters of an alphabet.
 enum class SextetOrder {
     Base64,    ///< A to Z, a to z, 0 to 9, and two other characters
-    Daylight,  ///< two other characters, 0 to 9, A to Z, a to z: ranges with the lengths of Base64 in reverse
+    Daylight,  ///< two other characters, 0 to 9, A to Z, a to z (the lengths of these ranges are reversed)
 };
 
 struct SextetAlphabet {
@@ -105,8 +105,9 @@ constexpr SextetOffsets sextetOffsets(const SextetAlphabet& alphabet) noexcept {
     return table;
 }
 
-/// With AVX2: encodes the whole groups of three among `count` bytes if these are at least `kMinSextetBytes` bytes;
-/// otherwise encodes nothing. Returns the number of bytes encoded. Four characters are written for each group.
+/// With AVX2: encodes the whole groups of three among `count` bytes. If the whole groups have fewer than
+/// `kMinSextetBytes` bytes, encodes nothing. Returns the number of bytes encoded. Four characters are written for each
+/// group.
 std::size_t encodeSextetsAvx2(const unsigned char* bytes, std::size_t count, SextetOrder order, char* out) noexcept;
 std::size_t encodeSextetsAvx2(const unsigned char* bytes, std::size_t count, SextetOrder order, WideUnit* out) noexcept;
 

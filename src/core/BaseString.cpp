@@ -27,9 +27,9 @@ constexpr std::uint64_t kMaxCapacity = 0xFFFFFFFFu;
 /// The size in units of the buffer on the stack for a short rendering.
 constexpr unsigned int kShortText = 512;
 
-/// The maximum number of renderings that fail although the text fits into the buffer when it is measured afterwards.
-/// This happens if another thread shortens an argument between the two calls; the next rendering can then succeed. The
-/// limit ends the loop if the runtime rejects the text for another reason.
+/// The maximum number of failed renderings of a text that fits into the buffer according to a measurement after the
+/// rendering. This happens if another thread shortens an argument between the rendering and the measurement. The next
+/// rendering can then succeed. The limit ends the loop if the runtime rejects the text for another reason.
 constexpr unsigned int kMaxFailures = 16;
 
 /// The capacity of a new buffer for `count` units and a terminator. It does not depend on the old capacity.
@@ -159,7 +159,8 @@ template <class T>
 void assign(BaseString<T>& string, const T* text, unsigned int length) {
     unsigned int capacityWanted = 0;
     if (!StringAccess<T>::tryAssign(string, text, length, capacityWanted)) {
-        // Calling `reserve` for the exception would allocate again. If that succeeded, the string would lack the text.
+        // `reserve` throws the same exception, but would first try to allocate again. If this attempt succeeded, no
+        // exception would be thrown, and the string would not have the text.
         detail::throwMemory(capacityWanted, sizeof(T));
     }
 }

@@ -105,8 +105,8 @@ private:
     unsigned int m_length = 0;
 };
 
-/// Overwrites an array from index `start`, and sets its count so that it ends after the last element written. So a
-/// reused array need not be cleared first, which would fill it with zeros.
+/// Overwrites an array from index `start`. At the end, the last element written is the last element of the array. So a
+/// reused array need not be cleared first. Clearing would fill the array with zeros.
 template <class T>
 class ArraySink {
 public:

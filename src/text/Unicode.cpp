@@ -30,8 +30,8 @@ using detail::runRethrowing;
 using Reader = algorithms::Utf8Reader;
 
 constexpr unsigned int kUnitsPerBlock = 450;
-constexpr unsigned int kEncodedBlock = 256;   // bytes per block …
-constexpr unsigned int kAppendedBlock = 248;  // … and per block of appended text
+constexpr unsigned int kEncodedBlock = 256;   // bytes per block
+constexpr unsigned int kAppendedBlock = 248;  // bytes per block of text that is appended to an array
 
 const unsigned char* bytesOf(const char* text) noexcept {
     return reinterpret_cast<const unsigned char*>(text);
@@ -70,7 +70,8 @@ auto withInput(const char* fmt, const char* input, Conversion&& conversion) {
     }
 }
 
-/// Sets the length of a short text converted in place. Returns false if the text was not converted.
+/// Sets the length of `output` after a short text was converted directly into its buffer. Returns false if the text was
+/// not converted.
 template <class T>
 bool adoptLength(BaseString<T>& output, std::size_t units) noexcept {
     if (units == algorithms::kNotShort) {

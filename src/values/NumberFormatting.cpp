@@ -61,8 +61,8 @@ char* writeTruncated(double value, char* buffer, unsigned long long size, Format
     const auto length = static_cast<std::size_t>(end - text);
     if (isSmall(value)) {
         // This text is never truncated, because callers provide enough space. If no digit follows the point, a zero is
-        // inserted, which the normalisation could not insert if `size` is small. Without `FO_JSON`, the normalisation
-        // removes it.
+        // inserted here, because the normalisation cannot insert a zero if `size` is small. Without `FO_JSON`, the
+        // normalisation removes this zero.
         char* out = buffer;
         for (const char* next = text; next != end; ++next) {
             *out++ = *next;
