@@ -15,7 +15,7 @@
 
 namespace vorellog {
 
-/// The form depends on the first bytes of the message, up to this number. Further bytes are ignored.
+/// The maximum number of bytes at the start of a message that determine its form. Further bytes are ignored.
 inline constexpr std::size_t kMaxFormInput = 256;
 
 /// The size of the longest prefix of `text` that has at most `maxBytes` bytes and does not end within a character.

@@ -161,8 +161,8 @@ std::string Summary::bars() const {
     return out;
 }
 
-/// "5 entries with 8 records of 2 processes from 2026-11-16 01:43:08 to 2026-11-16 01:43:12". Entries are named only if
-/// there are exceptions of several records.
+/// "5 entries with 8 records of 2 processes from 2026-11-16 01:43:08 to 2026-11-16 01:43:12". The number of entries is
+/// given only if it differs from the number of records, that is, if an exception has several records.
 std::string Summary::headText() const {
     const auto entriesText = [](unsigned long long count) {
         return std::to_string(count) + (count == 1 ? " entry" : " entries");
