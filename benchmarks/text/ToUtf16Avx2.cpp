@@ -15,7 +15,8 @@ namespace {
 
 enum Shape : std::uint8_t { SixOfTwo, FourOfThree, ThreeOfFour };
 
-/// The characters in the next twelve bytes: six of up to two bytes, four of up to three, or three of up to four.
+/// The characters in the next twelve bytes: six characters of up to two bytes, four characters of up to three bytes, or
+/// three characters of up to four bytes.
 struct Window {
     Shape shape;
     std::uint8_t consumed;
