@@ -20,7 +20,7 @@ using vorel::algorithms::encodeDaylight;
 template <class T>
 void encode(const std::string& bytes, const fuzz::Placement& source, const fuzz::Placement& target) {
     const std::string expected = test::daylightOf(test::Bytes(bytes.begin(), bytes.end()));
-    fuzz::check(daylightLength(bytes.size()) == expected.size(), "the length is that of the text");
+    fuzz::check(daylightLength(bytes.size()) == expected.size(), "the computed length is the length of the text");
     const std::string_view all = bytes;
     const auto* const from = reinterpret_cast<const unsigned char*>(fuzz::inputPages().copy(all, source));
     fuzz::withEachKernel([&] {

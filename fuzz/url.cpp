@@ -42,7 +42,7 @@ void encode(const std::string& text, UrlUse use, const fuzz::Placement& source, 
     const std::string_view all = text;
     const std::string_view from(fuzz::inputPages().copy(all, source), text.size());
     fuzz::withEachKernel([&] {
-        fuzz::check(urlLength(from, table) == expected.size(), "the length is that of the encoded text");
+        fuzz::check(urlLength(from, table) == expected.size(), "the computed length is the length of the encoded text");
         char* const out = fuzz::outputPages().allocate<char>(expected.size() + kUrlOverhang, target);
         const UrlProgress done = encodeUrl(from, table, out, expected.size() + kUrlOverhang);
         fuzz::check(done.read == from.size(), "the capacity is enough");
