@@ -116,8 +116,8 @@ protected:
     using Unit = typename Implementation::Unit;
     using Text = std::basic_string<Unit>;
 
-    /// Encodes bytes between inaccessible pages into a buffer of exactly the required size. Expects all whole groups if
-    /// there are enough bytes for the algorithm.
+    /// Encodes bytes between inaccessible pages into a buffer of exactly the required size. Expects that all whole
+    /// groups are encoded if there are enough bytes for the algorithm.
     void expectEncoded(const Bytes& bytes, const Encoding& encoding) {
         const std::size_t whole = bytes.size() / 3 * 3;
         const std::size_t expected = whole < Implementation::kMinBytes ? 0 : whole;
@@ -131,8 +131,8 @@ protected:
         }
     }
 
-    /// Decodes the text at `place` into a buffer for exactly `blocks` blocks and the overhang. Expects `groups` groups,
-    /// and only zeros after their bytes.
+    /// Decodes the text at `place` into a buffer for exactly `blocks` blocks and the overhang. Expects that `groups`
+    /// groups are decoded, and that only zeros follow their bytes.
     void expectBase64(const Unit* place, std::size_t blocks, std::size_t groups) {
         const std::size_t capacity = blocks * kBlockBytes + Implementation::kOverhang;
         unsigned char* const out = m_bytes.lastElements(capacity);

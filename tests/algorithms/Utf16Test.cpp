@@ -21,6 +21,7 @@ TEST(Utf16, WriteUnits_SplitsFrom10000AndWrapsAbove10FFFF) {
         std::uint32_t value;
         std::wstring units;
     };
+    // From 0x10000 on, the first unit is (value >> 10) - 0x2840, modulo 2^16.
     const Case cases[] = {
         {0x41, L"\x0041"},
         {0xD800, L"\xD800"},
@@ -28,10 +29,10 @@ TEST(Utf16, WriteUnits_SplitsFrom10000AndWrapsAbove10FFFF) {
         {0x10000, L"\xD800\xDC00"},
         {0x1F600, L"\xD83D\xDE00"},
         {0x10FFFF, L"\xDBFF\xDFFF"},
-        {0x110000, L"\xDC00\xDC00"},    // 0x440 - 0x2840
-        {0x3FFFFF, L"\xE7BF\xDFFF"},    // 0xFFF - 0x2840
-        {0x40000000, L"\xD7C0\xDC00"},  // 0x100000 - 0x2840, cut to 16 bits
-        {0x7FFFFFFF, L"\xD7BF\xDFFF"},  // 0x1FFFFF - 0x2840, cut to 16 bits
+        {0x110000, L"\xDC00\xDC00"},    // value >> 10 is 0x440
+        {0x3FFFFF, L"\xE7BF\xDFFF"},    // value >> 10 is 0xFFF
+        {0x40000000, L"\xD7C0\xDC00"},  // value >> 10 is 0x100000
+        {0x7FFFFFFF, L"\xD7BF\xDFFF"},  // value >> 10 is 0x1FFFFF
     };
     for (const Case& c : cases) {
         wchar_t units[2] = {};

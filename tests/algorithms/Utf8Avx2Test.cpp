@@ -1,6 +1,7 @@
 /// \file
-/// The AVX2 codec converts the first part of a text. The tests check that this part agrees with the reference, ends
-/// between two characters and stays within the capacity, with random and damaged texts at inaccessible pages.
+/// The AVX2 codec converts the first part of a text. The tests use random and damaged texts at inaccessible
+/// pages. They check that the converted part agrees with the reference, does not end within a character, and fits into
+/// the capacity.
 
 #include "algorithms/Utf8Avx2.h"
 

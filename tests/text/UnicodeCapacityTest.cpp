@@ -42,17 +42,17 @@ constexpr Growth kOfStrings[] = {
     {450, 512, "one block of decoded text"},
     {451, 512, "more than one block"},
     {511, 512, "a full capacity"},
-    {512, 1024, "one more"},
+    {512, 1024, "one unit more than a full capacity"},
     {1000, 1024, "several blocks"},
-    {65535, 65536, "many blocks"},
-    {65536, 131072, "one more"},
+    {65535, 65536, "a full capacity of many blocks"},
+    {65536, 131072, "one unit more than a full capacity"},
     {kMi - 1, kMi, "the last power of two"},
     {kMi, 2 * kMi, "the first step"},
-    {2 * kMi - 2, 2 * kMi, "one short of a full capacity"},
+    {2 * kMi - 2, 2 * kMi, "one unit less than a full capacity"},
     {2 * kMi - 1, 2 * kMi, "a full capacity"},
-    {2 * kMi, 3 * kMi, "one more"},
+    {2 * kMi, 3 * kMi, "one unit more than a full capacity"},
     {3 * kMi - 1, 3 * kMi, "a full capacity"},
-    {3 * kMi, 4 * kMi, "one more"},
+    {3 * kMi, 4 * kMi, "one unit more than a full capacity"},
     {5 * kMi - 1, 5 * kMi, "a full capacity of several steps"},
 };
 
@@ -135,7 +135,7 @@ TEST(UnicodeCapacity, MalformedTextCountsAsItIsDecoded) {
         {std::string(1800, 'a') + "\xFF" + tail, 1800, 2048, "four blocks"},
         {std::string(kMi, 'a') + "\xFF" + tail, kMi - 76, kMi, "2,330 blocks"},
         {std::string(1020, 'a') + "\xC3zzz", 1023, 1024, "any byte after the lead byte is a trailing byte"},
-        {std::string(1020, 'a') + "\xC3zzzz", 1024, 2048, "the same with one more byte"},
+        {std::string(1020, 'a') + "\xC3zzzz", 1024, 2048, "one more byte after the same sequence"},
         {std::string(1021, 'a') + "\xF0\x80\x81\x81z", 1023, 1024, "an overlong form of four bytes is one unit"},
         {std::string(1021, 'a') + "\xF2\x80\x81\x81z", 1024, 2048, "another form of four bytes is a pair"},
     };
@@ -188,9 +188,9 @@ TEST(UnicodeCapacity, InvalidTextGrowsForWholeBlocksOnly) {
 
 TEST(UnicodeCapacity, ArraysDouble) {
     constexpr Growth kOfArrays[] = {
-        {1, 5, "the fewest slots"}, {5, 5, "all five slots"},    {6, 10, "twice as many"},
-        {320, 320, "one block"},    {321, 640, "one more"},      {640, 640, "a full array"},
-        {641, 1280, "one more"},    {5000, 5120, "many blocks"}, {5 * (kMi / 4), 5 * (kMi / 4), "a large array"},
+        {1, 5, "the fewest slots"},   {5, 5, "all five slots"},    {6, 10, "twice as many"},
+        {320, 320, "one block"},      {321, 640, "one byte more"}, {640, 640, "a full array"},
+        {641, 1280, "one byte more"}, {5000, 5120, "many blocks"}, {5 * (kMi / 4), 5 * (kMi / 4), "a large array"},
     };
     for (const Growth& growth : kOfArrays) {
         SCOPED_TRACE(testing::Message() << growth.length << ": " << growth.why);

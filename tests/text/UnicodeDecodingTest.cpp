@@ -106,16 +106,17 @@ TEST(UnicodeDecoding, EveryLeadByte) {
 
 TEST(UnicodeDecoding, LeadByteMaskOfFourBytes) {
     // The low four bits of the lead byte are part of the value: F8 means 8 << 18, and so on up to FE.
+    // The first unit is (value >> 10) - 0x2840, modulo 2^16.
     struct Case {
         const char* bytes;
         std::wstring units;
     };
     static const Case kCases[] = {
-        {"\xF6\x80\x80\x80", L"\xDDC0\xDC00"},  // 0x180000: 0x600 - 0x2840
-        {"\xF8\x80\x80\x80", L"\xDFC0\xDC00"},  // 0x200000: 0x800 - 0x2840
-        {"\xFA\x80\x80\x80", L"\xE1C0\xDC00"},  // 0x280000: 0xA00 - 0x2840
-        {"\xFC\x80\x80\x80", L"\xE3C0\xDC00"},  // 0x300000: 0xC00 - 0x2840
-        {"\xFE\x80\x80\x80", L"\xE5C0\xDC00"},  // 0x380000: 0xE00 - 0x2840
+        {"\xF6\x80\x80\x80", L"\xDDC0\xDC00"},  // value 0x180000, value >> 10 is 0x600
+        {"\xF8\x80\x80\x80", L"\xDFC0\xDC00"},  // value 0x200000, value >> 10 is 0x800
+        {"\xFA\x80\x80\x80", L"\xE1C0\xDC00"},  // value 0x280000, value >> 10 is 0xA00
+        {"\xFC\x80\x80\x80", L"\xE3C0\xDC00"},  // value 0x300000, value >> 10 is 0xC00
+        {"\xFE\x80\x80\x80", L"\xE5C0\xDC00"},  // value 0x380000, value >> 10 is 0xE00
     };
     for (const Case& c : kCases) {
         EXPECT_EQ(decoded(c.bytes), (Result{true, c.units}));

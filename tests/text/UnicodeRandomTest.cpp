@@ -63,7 +63,7 @@ std::basic_string<T> mixedText(RandomText& random, std::basic_string_view<T> int
     return result;
 }
 
-/// Disables logging: many conversions fail, and the tests do not check their records.
+/// Disables logging, because many conversions fail, and the tests do not check the log.
 class UnicodeRandom : public testing::Test {
 protected:
     UnicodeRandom() { vorel::Exception::DisableThreadErrorLogging(true); }

@@ -1,4 +1,5 @@
-// The functions that check whether a text is a number: `try` functions, which store it, and `canCoerce` functions.
+// The functions that check whether a text is a number: `try` functions, which store the number, and `canCoerce`
+// functions, which do not.
 
 #include <limits>
 #include <string>
