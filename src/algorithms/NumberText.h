@@ -50,7 +50,8 @@ inline std::uint32_t nonZeroMask(__m128i digits) noexcept {
 constexpr std::uint64_t countDigits(std::uint64_t number) noexcept {
     number |= 1;  // never changes the number of digits, because 10, 100 … are even
     const auto highestBit = static_cast<std::uint64_t>(63 ^ std::countl_zero(number));
-    // A number of b bits has at most one digit more than b * log10(2). 1233 / 2^12 is slightly less than log10(2).
+    // A number of b bits has b * log10(2) digits, rounded down, or one digit more. 1233 / 2^12 is slightly less than
+    // log10(2).
     const std::uint64_t fewest = (highestBit * 1233 + 1233) >> 12;
     return fewest + (number >= kIntegerPowersOfTen[fewest] ? 1 : 0);
 }

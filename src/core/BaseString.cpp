@@ -28,8 +28,8 @@ constexpr std::uint64_t kMaxCapacity = 0xFFFFFFFFu;
 constexpr unsigned int kShortText = 512;
 
 /// The maximum number of failed renderings of a text that fits into the buffer according to a measurement after the
-/// rendering. This happens if another thread shortens an argument between the rendering and the measurement. The next
-/// rendering can then succeed. The limit ends the loop if the runtime rejects the text for another reason.
+/// rendering. Such a failure happens if another thread shortens an argument between the rendering and the measurement.
+/// The next rendering can then succeed. The limit ends the loop if the runtime rejects the text for another reason.
 constexpr unsigned int kMaxFailures = 16;
 
 /// The capacity of a new buffer for `count` units and a terminator. It does not depend on the old capacity.

@@ -25,7 +25,7 @@ std::string_view viewOf(const char* text) noexcept {
 }
 
 void write(std::string_view text, const UrlTable& table, BaseString<char>& output) {
-    constexpr std::size_t kShort = 64;  // for shorter text, reserving the upper bound is cheaper than measuring
+    constexpr std::size_t kShort = 64;  // up to this length, reserving the upper bound is cheaper than measuring
     constexpr std::size_t kLongestEscape = 3;
     const std::uint64_t length =
         text.size() > kShort ? algorithms::urlLength(text, table) : kLongestEscape * text.size();
