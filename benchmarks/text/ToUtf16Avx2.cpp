@@ -59,7 +59,9 @@ const std::array<Window, 4096> kWindows = makeWindows();
 // ---- Conversion -----------------------------------------------------------------------------------------------------
 
 /// Finds errors by three lookups for each byte: by the two halves of the byte before it, and by its own upper half. A
-/// bit that all three results have is an error. Only kTwoTrailing is valid after a lead byte of three or four bytes.
+/// bit that is set in all three results is an error. Only the bit kTwoTrailing is different: it must be set for the
+/// third byte of a sequence of three or four bytes and for the fourth byte of a sequence, and is an error for all other
+/// bytes.
 class Validator {
 public:
     void check(__m256i input) {
