@@ -77,7 +77,8 @@ protected:
             << "the part that was read must end between two characters, before any zero";
         EXPECT_EQ(out.substr(0, done.written), expected.units);
         const std::size_t untouched = overwrite == Overwrite::Allowed ? room : done.written;
-        EXPECT_EQ(out.find_first_not_of(kGuard, untouched), std::wstring::npos) << "after the capacity or the text";
+        EXPECT_EQ(out.find_first_not_of(kGuard, untouched), std::wstring::npos)
+            << "nothing may be written after the capacity or the text";
         const Progress counted = countDecodedAvx2(input, left);
         EXPECT_LE(counted.read, left);
         const test::DecodedText countedText = test::decodeUtf8(bytes, static_cast<int>(counted.read));

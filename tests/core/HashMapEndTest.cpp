@@ -37,7 +37,8 @@ constexpr Explosion kQuiet = Explosion::None;
 constexpr Explosion kLibrary = Explosion::Library;
 constexpr Explosion kOther = Explosion::Other;
 
-/// Fills a map with the values 1 to 9. 1 to 4 have separate buckets, 5 and 6 share a bucket, 7 to 9 are in spare nodes.
+/// Fills a map with the values 1 to 9. The values 1 to 4 have separate buckets, 5 and 6 share a bucket, and 7 to 9 are
+/// in spare nodes.
 void fill(ExplosiveMap& map, const Explosions& explosions) {
     static constexpr int kHashes[kValues] = {0, 1, 2, 3, 4, 4, 6, 6, 6};
     for (int value = kValues; value > 0; --value) {
@@ -53,7 +54,7 @@ void fill(ExplosiveMap& map, const Explosions& explosions) {
 struct Case {
     const char* why;
     Explosions explosions;
-    std::vector<std::wstring> messages;  ///< of the library exception that `clear` throws
+    std::vector<std::wstring> messages;  ///< of the exception that `clear` throws; empty if it is not of the library
     Texts lines;                         ///< the lines that `clear` logs
 };
 

@@ -70,6 +70,8 @@ protected:
     HANDLE callersToken = nullptr;  // the token that the thread impersonates initially
     int failingOpens = 0;           // number of attempts to open the caller's token that fail; later attempts succeed
     bool queryFails = false;        // whether opening the thread's token for queries fails
+    // The calls in their order. "keep" opens the caller's token. The 8 in "thread8" and "process8" is TOKEN_QUERY, the
+    // access with which the token is opened.
     std::string trace;
     std::vector<HANDLE> tokens;
     Question question;
