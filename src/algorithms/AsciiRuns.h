@@ -59,8 +59,8 @@ inline void storeFirst(const AsciiBlock& block, std::size_t count, WideUnit* to)
     storeFirstBytes(high, 2 * (count - inLow), to + inLow);
 }
 
-/// Copies elements from 0x01 to 0x7F until `count` are copied or an element outside that range follows. Returns the
-/// number copied.
+/// Copies elements up to the first element outside 0x01 to 0x7F, but at most `count` elements. Returns the number of
+/// elements copied.
 template <class From, class To>
 std::size_t copyAsciiRun(const From* from, std::size_t count, To* to) noexcept {
     std::size_t done = 0;
@@ -122,15 +122,15 @@ bool copyShortAscii(const From* from, std::size_t count, To* to) noexcept {
     return copyEightAscii(from + last, to + last);
 }
 
-/// Widens bytes from 0x01 to 0x7F to units until `count` are done or a byte outside that range follows. Returns the
-/// number done.
+/// Widens bytes to units, up to the first byte outside 0x01 to 0x7F, but at most `count` bytes. Returns the number of
+/// bytes widened.
 template <class Unit>
 std::size_t widenAsciiRun(const unsigned char* bytes, std::size_t count, Unit* units) noexcept {
     return copyAsciiRun(bytes, count, units);
 }
 
-/// Narrows units from 0x01 to 0x7F to bytes until `count` are done or a unit outside that range follows. Returns the
-/// number done.
+/// Narrows units to bytes, up to the first unit outside 0x01 to 0x7F, but at most `count` units. Returns the number of
+/// units narrowed.
 template <class Unit>
 std::size_t narrowAsciiRun(const Unit* units, std::size_t count, unsigned char* bytes) noexcept {
     return copyAsciiRun(units, count, bytes);

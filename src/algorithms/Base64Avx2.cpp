@@ -65,7 +65,8 @@ constexpr Table kDistanceOfSlot = [] {
 /// Selects the test of a character. In each slot, the characters with a value follow the characters without a value.
 constexpr Table kTestByLower = repeated({13, 1, 1, 1, 1, 1, 1, 1, 1, 1, 3, 7, 11, 11, 11, 15});
 
-/// For each slot, a signed number: its sum with a character of the slot is negative unless the character has a value.
+/// A signed number for each slot. The sum of this number and a character of the slot is negative unless the character
+/// has a value.
 constexpr Table kTestOfSlot = [] {
     Table table = repeated({128, 128, 128, 128, 128, 128, 128, 128, 128, 128, 128, 128, 128, 128, 128, 128});
     for (unsigned int character = 127; character != 0; --character) {
@@ -127,8 +128,8 @@ VOREL_NOINLINE std::size_t decodeFours(const T* text, std::size_t blocks, unsign
 }
 
 /// Decodes the groups of a block that precede the first invalid character, and writes zeros after the decoded bytes.
-/// Returns the number of groups decoded. This is a separate function that uses few registers, so for short text, no
-/// registers are saved and restored for the caller.
+/// Returns the number of groups decoded. This is a separate function, because the loop for long text uses registers
+/// that must be saved and restored for the caller.
 template <class T>
 VOREL_NOINLINE std::size_t decodeBlock(const T* text, unsigned char* out) noexcept {
     __m256i test;

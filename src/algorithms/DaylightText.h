@@ -38,8 +38,8 @@ unsigned int daylightValueOf(T unit) noexcept {
 }
 
 /// Tables that look up the values of many characters at once. The upper four bits of a character select a row, the
-/// lower four a column. In each row except `kIrregularRow`, all characters have the same distance to their values. See
-/// Wojciech Muła, "SIMDized check which bytes are in a set".
+/// lower four bits select a column. In each row except `kIrregularRow`, all characters have the same distance to their
+/// values. See Wojciech Muła, "SIMDized check which bytes are in a set".
 struct SextetRows {
     static constexpr unsigned int kIrregularRow = 2;  // the characters from 0x20 to 0x2F
 

@@ -130,9 +130,9 @@ std::size_t decodeHex(const T* text, std::size_t blocks, unsigned char* out) noe
 
 // ---- Whole texts ----------------------------------------------------------------------------------------------------
 
-/// Decodes pairs of digits: in whole blocks, and the other pairs by `decodePair(first, second, byte)`, which returns
-/// whether to continue. If `decodePair` returns false, stops and returns false. If the number of characters is odd, the
-/// last character is paired with the terminator.
+/// Decodes blocks of digits at once, and other pairs of characters by `decodePair(first, second, byte)`. If
+/// `decodePair` returns false, stops and returns false. If the number of characters is odd, the last character is
+/// paired with the terminator.
 template <class T, class DecodePair>
 bool decodeHexPairs(const T* text, std::size_t length, unsigned char* out, DecodePair&& decodePair) {
     constexpr std::size_t kBlock = 16;  // digits

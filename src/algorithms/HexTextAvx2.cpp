@@ -101,8 +101,8 @@ void encode(const unsigned char* bytes, std::size_t count, HexCase letters, T* o
 /// The values of 32 hexadecimal digits. If a character is not a hexadecimal digit, the top bit of its byte in `invalid`
 /// is set. See Wojciech Muła, "Fast parsing and validating of hexadecimal numbers".
 __m256i valuesOf(__m256i characters, __m256i& invalid) noexcept {
-    // `decimal` is 0 to 9 for a decimal digit, and `letter` is 10 to 15 for a letter from A to F in either case. For
-    // all other characters, they are larger than 15.
+    // `decimal` is 0 to 9 for a decimal digit, and larger than 15 for every other character. `letter` is 10 to 15 for a
+    // letter from A to F in either case, and larger than 15 for every other character.
     const __m256i moved = _mm256_add_epi8(characters, _mm256_set1_epi8(static_cast<char>(0xFF - '9')));
     const __m256i decimal =
         _mm256_sub_epi8(_mm256_subs_epu8(moved, _mm256_set1_epi8(6)), _mm256_set1_epi8(static_cast<char>(0xF0)));
@@ -136,8 +136,8 @@ VOREL_NOINLINE std::size_t decodeTwos(const T* text, std::size_t blocks, unsigne
     return done;
 }
 
-/// Decodes a block. Returns false and writes nothing if it has an invalid character. This is a separate function that
-/// uses few registers, so for short text, no registers are saved and restored for the caller.
+/// Decodes a block. Returns false and writes nothing if it has an invalid character. This is a separate function,
+/// because the loop for long text uses registers that must be saved and restored for the caller.
 template <class T>
 VOREL_NOINLINE bool decodeBlock(const T* text, unsigned char* out) noexcept {
     __m256i invalid;

@@ -89,8 +89,8 @@ void encodeOneOrTwoHalves(const unsigned char* bytes, std::size_t count, T* out)
     storeCharacters(_mm256_extracti128_si256(characters, 1), out + count / 3 * 4 - kCharacters / 2);
 }
 
-/// Encodes a block and reads only its bytes. This is a separate function that uses few registers, so for short input,
-/// no registers are saved and restored for the caller.
+/// Encodes a block and reads only its bytes. This is a separate function, because the loop for long input uses
+/// registers that must be saved and restored for the caller.
 template <SextetOrder Order, class T>
 VOREL_NOINLINE void encodeBlock(const unsigned char* bytes, T* out) noexcept {
     const __m256i halves = loadHalves(bytes, bytes + 8);

@@ -40,8 +40,8 @@ struct UrlEscape {
 };
 
 /// The encoded form of each byte, and a table that finds unchanged bytes, many at once: the upper four bits of a byte
-/// select a row, the lower four a column. Bytes from 128 on are always escaped. See Wojciech Muła, "SIMDized check
-/// which bytes are in a set".
+/// select a row, the lower four bits select a column. Bytes from 128 on are always escaped. See Wojciech Muła,
+/// "SIMDized check which bytes are in a set".
 struct UrlTable {
     UrlEscape bytes[256];
     std::uint8_t plainRowsOfColumn[16];  ///< one bit for each row in which the byte of the column is unchanged

@@ -1,6 +1,5 @@
-/// \file
-/// The rule for outputs of the flat interface (vorelCoreC.h): the length is always set, and nothing is written to a
-/// buffer that is too small.
+/// \file The rule for outputs of the flat interface (vorelCoreC.h): if the buffer is too small, the length is set, but
+/// nothing is written to the buffer.
 #pragma once
 
 #include <cstddef>

@@ -22,7 +22,7 @@ constexpr std::size_t utf8Capacity(std::size_t units) noexcept {
 /// have space for `utf8Capacity(text.size())` bytes.
 std::size_t toUtf8(std::wstring_view text, char* bytes) noexcept;
 
-/// The same, with an array as the result. \throws MemoryException.
+/// Like the function above, but the result is an array. \throws MemoryException.
 Array<char> toUtf8(std::wstring_view text);
 
 /// Converts `bytes` to UTF-16. At least six zeros must follow `bytes`. The result is empty if `bytes` is not valid
