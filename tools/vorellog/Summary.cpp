@@ -36,7 +36,7 @@ void Summary::add(const Trail& trail) {
     m_groups.add(trail, process);
 }
 
-/// Counts a record, and returns the number of its process if it has a header.
+/// Counts a record. Returns the number of its process, or kOthers if the record has no header.
 ProcessNumber Summary::countRecord(const Record& record) {
     ++m_damage[static_cast<std::size_t>(record.damage())];
     const LogHeader* const header = record.header();
