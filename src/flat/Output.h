@@ -1,4 +1,5 @@
-/// \file The rule for outputs of the flat interface (vorelCoreC.h): if the buffer is too small, the length is set, but
+/// \file
+/// The rule for outputs of the flat interface (vorelCoreC.h): if the buffer is too small, the length is set, but
 /// nothing is written to the buffer.
 #pragma once
 
