@@ -1,4 +1,5 @@
 #include <string>
+#include <vector>
 
 #include <vorel/sync/AutoMutex.h>
 
@@ -23,7 +24,8 @@ HANDLE createForAllUsers(const wchar_t* name) {
     PSID everyone = nullptr;
     AllocateAndInitializeSid(&world, 1, SECURITY_WORLD_RID, 0, 0, 0, 0, 0, 0, 0, &everyone);
     const DWORD size = 2 * GetLengthSid(everyone) + 32;
-    auto* const list = static_cast<ACL*>(LocalAlloc(LMEM_FIXED, size));
+    std::vector<unsigned char> storage(size);
+    auto* const list = reinterpret_cast<ACL*>(storage.data());
     InitializeAcl(list, size, ACL_REVISION);
     AddAccessDeniedAce(list, ACL_REVISION, WRITE_DAC | WRITE_OWNER, everyone);
     AddAccessAllowedAce(list, ACL_REVISION, GENERIC_ALL, everyone);
@@ -32,7 +34,6 @@ HANDLE createForAllUsers(const wchar_t* name) {
     SetSecurityDescriptorDacl(&descriptor, TRUE, list, FALSE);
     SECURITY_ATTRIBUTES attributes = {sizeof attributes, &descriptor, FALSE};
     const HANDLE mutex = CreateMutexW(&attributes, FALSE, name);
-    LocalFree(list);
     FreeSid(everyone);
     return mutex;
 }
