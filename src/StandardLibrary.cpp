@@ -1,5 +1,6 @@
 /// \file
-/// The symbol that every program refers to if it is compiled with this build's standard library.
+/// Defines the symbol that is named after this build's standard library. A C++ program refers to the symbol of the
+/// standard library that it is compiled with, so it does not link if the two libraries differ (see Export.h).
 
 #include "vorel/Export.h"
 

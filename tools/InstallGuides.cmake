@@ -1,7 +1,8 @@
-# Runs during an installation. Installs the manual page and the completion scripts that a tool writes. A tool that cannot
-# be run on this machine is installed without these files.
+# Runs during an installation. Installs the manual page and the completion scripts that a tool writes. A tool that
+# cannot be run on this machine is installed without these files.
 #
-#   COMMAND: the tool, after its emulator; TOOL: the name of the tool; MANUALS, DATA: folders below the prefix
+#   COMMAND: the emulator, if there is one, and the path of the tool; TOOL: the name of the tool
+#   MANUALS, DATA: folders below the prefix
 
 function(install_guide file)
     cmake_path(ABSOLUTE_PATH file BASE_DIRECTORY "${CMAKE_INSTALL_PREFIX}" OUTPUT_VARIABLE path)

@@ -1,5 +1,6 @@
 /// \file
-/// Operations on an `Array` for the library only: storage that is not filled with zeros before it is written.
+/// Operations on an `Array` that only the library may use. They allocate storage without filling it with zeros first,
+/// and later fill the unused slots.
 #pragma once
 
 #include <cstddef>
@@ -16,8 +17,8 @@ template <class T>
 struct ArrayAccess {
     static_assert(std::is_trivially_copyable_v<T>);
 
-    /// Allocates exactly `slots` slots, at least one, for an array without storage. The slots have no values;
-    /// `clearUnused` must follow.
+    /// Allocates exactly `slots` slots for an array without storage. `slots` must be at least 1. The slots are not
+    /// initialised. After writing and counting the elements, the caller must call `clearUnused`.
     /// \throws MemoryException, like `Array::reserve`; the array is unchanged.
     static void allocate(Array<T>& array, unsigned int slots) {
         void* const storage = std::malloc(std::size_t{slots} * sizeof(T));

@@ -42,7 +42,7 @@ std::vector<T> elementsOf(const Array<T>& array) {
     return std::vector<T>(array.begin(), array.end());
 }
 
-/// The memory layout of an array that other modules rely on.
+/// The memory layout of an array. Other modules rely on it.
 struct Fields {
     int* items;
     unsigned int count;

@@ -1,6 +1,6 @@
 /// \file
-/// The log while another program has the log or its backup open. The system grants other handles only the access that
-/// the sharing mode of the program's handle allows ("CreateFileW function").
+/// The log while another program has the log or its backup open. The sharing mode of that program's handle limits the
+/// access that the system grants to other handles (see the page "CreateFileW function" of Microsoft's documentation).
 
 #include <cerrno>
 #include <ostream>
@@ -23,7 +23,7 @@ using vorel::Exception;
 
 constexpr DWORD kShareReadWrite = FILE_SHARE_READ | FILE_SHARE_WRITE;
 constexpr DWORD kShareAll = kShareReadWrite | FILE_SHARE_DELETE;
-constexpr long long kLimitBytes = 10;  // every line except the first finds a log that is too long
+constexpr long long kLimitBytes = 10;  // already exceeded when any line except the first is logged
 
 /// How the other program has a file open.
 struct Holder {
@@ -31,7 +31,7 @@ struct Holder {
     DWORD access;
     DWORD sharing;
     Texts log;     // lines of the log after a second line was logged
-    Texts backup;  // lines of the backup after that
+    Texts backup;  // lines of the backup at the same time
 
     friend void PrintTo(const Holder& holder, std::ostream* out) { *out << holder.name; }
 };
@@ -55,7 +55,8 @@ class HeldLog : public testing::TestWithParam<Holder> {};
 
 // A log can be renamed only if all open handles share deletion, and can be opened for writing only if all open handles
 // share writing. A process that renames the log opens a handle with the right to delete. While this handle is open, the
-// log can be opened only by calls that share deletion. The streams of the runtime do not share deletion.
+// log can be opened only by calls that share deletion. The library opens the log with the runtime's _sopen_s, which
+// does not share deletion, so the line is dropped.
 const Holder kHoldersOfTheLog[] = {
     {"Reader", GENERIC_READ, kShareReadWrite, {"WARN: first", "WARN: second"}, {}},
     {"Writer", GENERIC_WRITE, kShareReadWrite, {"WARN: first", "WARN: second"}, {}},

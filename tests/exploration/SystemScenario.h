@@ -20,8 +20,8 @@ namespace exploration {
 /// The process that owns the objects that a scenario creates in `start`.
 inline constexpr ProcessId kMainProcess = 1;
 
-/// An object that belongs to a process. It is destroyed only by `destroy`, because its process may have been killed, or
-/// a task may be in one of its functions.
+/// An object that belongs to a process. Only `destroy` destroys the object. The end of the scenario does not, because
+/// by then the process may have been killed, or a task may still be in a member function of the object.
 template <class T>
 class ProcessObject {
 public:
@@ -46,7 +46,8 @@ private:
     alignas(T) std::byte m_bytes[sizeof(T)];
 };
 
-/// A derived class overrides `start`, which creates the objects that the tasks share and adds the tasks.
+/// A derived class overrides `start`, which creates the objects that the tasks share and adds the tasks, and `check`,
+/// which checks how the tasks ended.
 class SystemScenario : public Scenario {
 public:
     std::vector<Plan> plans() final;
@@ -60,7 +61,8 @@ protected:
     /// Adds a task. Only `start` may call this function.
     void task(const char* name, ProcessId process, std::function<void()> body);
 
-    /// Blocks the calling task until `isReached` returns true, as if the task waited for another event.
+    /// Blocks the calling task, without a time limit, until `isReached` returns true. A scenario waits with
+    /// this function for its own conditions, not for objects of the simulated system.
     static void await(std::function<bool()> isReached);
 
     /// Called after a process was killed.

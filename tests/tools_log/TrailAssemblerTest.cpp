@@ -61,7 +61,8 @@ TEST(TrailAssemblerTest, FormIgnoresDigits) {
     EXPECT_FALSE(haveSameForm("a1", "1a"));
 }
 
-/// The trails assembled from lines: the messages of the records, and the end of an exception trail.
+/// Assembles lines into trails, and returns a text for each trail: the messages of its records, separated by " > ". The
+/// text of an exception also says how the trail ended: "caught", "suppressed" or "open".
 std::vector<std::string> fold(const std::vector<std::string>& lines) {
     std::vector<std::string> shown;
     TrailAssembler assembler([&](const Trail& trail) {
@@ -104,7 +105,7 @@ TEST(TrailAssemblerTest, TrailsOfOneThread) {
         {"message added later",
          {"a", passed, "b", passedG, caught},
          {"a > " + passed + " > b > " + passedG + " > " + caught + " caught"}},
-        {"caught without a record, messages of the same form",
+        {"two exceptions caught without a record, then one with a message of the same form",
          {"row 7", "row 8", "row 9", caught},
          {"row 7 open", "row 8 open", "row 9 > " + caught + " caught"}},
         {"caught without a record, then the same function again",
@@ -221,7 +222,7 @@ TEST(TrailAssemblerTest, TrailEndsAfterTheGap) {
     for (const Case& c : cases) {
         EXPECT_EQ(fold({at(c.first, "Vorel Error: a"), at(c.second, c.body)}).size(), c.isSameTrail ? 1u : 2u) << c.why;
     }
-    // The gap begins at the last record.
+    // The gap is measured from the last record of the trail, not from its first record.
     EXPECT_THAT(fold({at("01:00:00", "Vorel Error: a"), at("01:00:02", "Vorel Error: b"),
                       at("01:00:06", "Vorel Error: f: Vorel exception caught"), at("01:00:06", "Vorel Error: c")}),
                 ElementsAre("a > b > f: Vorel exception caught caught", "c open"));

@@ -1,5 +1,5 @@
 /// \file
-/// `SetProcessPriority` when the system fails.
+/// `SetProcessPriority` when the system call fails or throws.
 
 #include "vorel/system/ProcessPriority.h"
 

@@ -1,6 +1,6 @@
 /// \file
 /// Each step of building the security descriptor of a shared object fails in turn. Every operation must report the
-/// failed step in the documented way, and free the memory of the previous steps.
+/// failure in the documented way, and free the memory of the previous steps.
 
 #include <ostream>
 #include <string>

@@ -13,7 +13,7 @@ struct Command {
     int (*run)(const tools::Arguments& arguments);
 };
 
-/// \name The commands, each defined in the file with its name
+/// \name The commands. Each is in the file with its name; sort, compare and version are in CompareCommands.cpp
 /// \{
 const Command& base64Command();
 const Command& daylightCommand();
@@ -31,7 +31,7 @@ const Command& compareCommand();
 const Command& versionCommand();
 /// \}
 
-/// \name Options and operands that the commands for streams share
+/// \name Options and the operand that commands with a file or text as input share
 
 /// \{
 constexpr tools::Option kDecodeOption = {L"decode", L'd', {}, L"decode instead of encode"};

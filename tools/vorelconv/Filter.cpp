@@ -39,7 +39,8 @@ public:
     [[nodiscard]] bool isLast() const { return m_ended; }
     [[nodiscard]] std::uint64_t offset() const { return m_offset; }
 
-    /// Removes the first `count` bytes. If `count` is 0, the window grows instead.
+    /// Removes the first `count` bytes. If `count` is 0 and the input has not ended, doubles the buffer instead.
+    /// \throws tools::Failure if the buffer already has kMaxBytes.
     void drop(std::size_t count) {
         m_line += lineFeeds(count);
         m_offset += count;

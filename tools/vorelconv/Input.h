@@ -14,8 +14,8 @@ namespace conv {
 
 class Input {
 public:
-    /// Opens the text given by --text or the file given by the first operand. If neither is given, or the operand is
-    /// "-", opens standard input.
+    /// Uses the text given by --text, or opens the file given by the first operand. If neither is given, or the operand
+    /// is "-", uses standard input.
     /// \throws tools::Failure if the file cannot be opened; tools::UsageError if --text and a file are given.
     explicit Input(const tools::Arguments& arguments);
 
@@ -38,7 +38,7 @@ private:
 
     std::wstring m_name;
     std::optional<std::uint64_t> m_size;
-    tools::OwnedHandle m_file;  // empty for standard input
+    tools::OwnedHandle m_file;  // empty for standard input and for --text
     void* m_handle = nullptr;   // null: m_pending is the whole input
     bool m_isConsole = false;
     std::string m_pending;  // unread bytes of --text or of a console line

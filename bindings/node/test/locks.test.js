@@ -58,7 +58,8 @@ test('a time limit must be a whole number in range', () => {
 });
 
 test('a mutex that cannot be opened is reported with the text of the system', () => {
-    const ERROR_PATH_NOT_FOUND = 3;  // a name with a backslash would need a folder of kernel objects
+    // The system reads "a\b" as the object b in a folder a of kernel objects, which does not exist.
+    const ERROR_PATH_NOT_FOUND = 3;
     const text = format.systemError(ERROR_PATH_NOT_FOUND);
     assert.ok(text.length > 3);
     withLog(() => expectFailure(() => new Mutex('a\\b'), 'SYSTEM', `AutoMutex: Failed to create mutex a\\b: ${text}`));

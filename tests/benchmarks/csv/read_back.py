@@ -3,7 +3,7 @@
 
     read_back.py <folder> <command>...
 
-<command> starts the program of sample.cpp.
+<command> runs the program built from sample.cpp.
 """
 
 import csv
