@@ -52,9 +52,10 @@ constexpr Mantissa parseMantissa(const T*& cursor) noexcept {
     return mantissa;
 }
 
-/// Significant digits as a double. The documented computation is high * 1e9 + low, where both halves have nine digits.
-/// Converting the integer gives the same bits. The halves are exact, and so is the product, because it has at most 51
-/// significant bits. So the documented computation rounds only once, like the conversion: when it adds the low half.
+/// Significant digits as a double. The result must have the same bits as in other components, which compute
+/// high * 1e9 + low from two halves of nine digits. In this computation the halves are exact, and so is the product,
+/// because it has at most 51 significant bits. Only the addition of the low half rounds. The conversion of the whole
+/// integer also rounds only once, so it gives the same bits.
 constexpr double mantissaValue(std::uint64_t used) noexcept {
     return static_cast<double>(static_cast<std::int64_t>(used));
 }
@@ -89,8 +90,8 @@ Exponent parseExponent(const T*& cursor) noexcept {
 inline constexpr std::uint32_t kLargestScale = 511;
 
 /// The powers of ten with exponents from 0 to 511. Each is the product of the factors 1e1, 1e2, 1e4 … 1e256 that belong
-/// to the set bits of its exponent, lowest bit first. The documented computation multiplies these factors in the same
-/// order, so every step rounds in the same way. From 309 on, the powers are infinite.
+/// to the set bits of its exponent, lowest bit first. Other components multiply these factors in the same order
+/// and must get the same bits, so the order is fixed. From 309 on, the powers are infinite.
 inline constexpr auto kScaleFactors = [] {
     constexpr std::array<double, 9> kSquares = {1.0e1, 1.0e2, 1.0e4, 1.0e8, 1.0e16, 1.0e32, 1.0e64, 1.0e128, 1.0e256};
     std::array<double, kLargestScale + 1> factors = {};

@@ -64,7 +64,7 @@ void encodeHexEight(__m128i bytes, HexCase letters, T* out) noexcept {
     storeCharacters(_mm_add_epi8(_mm_add_epi8(values, _mm_set1_epi8('0')), gap), out);
 }
 
-/// With AVX2: writes the digits of `count` bytes, at least sixteen.
+/// With AVX2: writes two digits for each of `count` bytes. `count` must be at least 16.
 void encodeHexAvx2(const unsigned char* bytes, std::size_t count, HexCase letters, char* out) noexcept;
 void encodeHexAvx2(const unsigned char* bytes, std::size_t count, HexCase letters, WideUnit* out) noexcept;
 
@@ -150,7 +150,7 @@ bool decodeHexPairs(const T* text, std::size_t length, unsigned char* out, Decod
 
 /// The value of a unit by the rule of the decoder that returns a status. The value is 0 to 15 for a digit, and by
 /// design 3 to 9 for ':' to '@'. Any other character has a value outside 0 to 15. Only the lower eight bits of a unit
-/// determine the value, except that a unit above 0xFF is not a lower-case letter.
+/// determine the value, except that a unit above 0xFF never counts as a lower-case letter.
 template <class T>
 int hexValueWithStatus(T unit) noexcept {
     const int character = foldToUpperCase(unit) & 0xFF;

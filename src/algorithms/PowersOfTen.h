@@ -8,8 +8,9 @@
 
 namespace vorel::algorithms {
 
-/// A power of ten: the 128-bit integer (high, low), whose top bit is set, times two to the `powerOfTenExponent`. The
-/// value is truncated, so it is never too large, and too small by less than one unit of its last bit.
+/// A power of ten: the 128-bit integer (high, low), whose top bit is set, times two to the power of
+/// `powerOfTenExponent`. The value is truncated, so it is never too large, and too small by less than one unit of its
+/// last bit.
 struct PowerOfTen {
     std::uint64_t high;
     std::uint64_t low;
@@ -21,7 +22,7 @@ inline constexpr int kHighestPowerOfTen = 345;
 namespace detail {
 
 /// The first 256 significant bits of a number, as 32-bit words, highest first. The top bit is set. Each multiplication
-/// and division is rounded. A few hundred of them affect only the lowest bits, so the upper 128 bits stay exact.
+/// and division is rounded. A few hundred roundings affect only the lowest bits, so the upper 128 bits stay exact.
 struct LongNumber {
     std::array<std::uint32_t, 8> words = {0x80000000u};
 

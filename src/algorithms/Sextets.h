@@ -76,7 +76,7 @@ inline constexpr SextetValues kDaylightValues = [] {
 /// The order of the characters of an alphabet.
 enum class SextetOrder {
     Base64,    ///< A to Z, a to z, 0 to 9, and two other characters
-    Daylight,  ///< two other characters, 0 to 9, A to Z, a to z (the lengths of these ranges are reversed)
+    Daylight,  ///< two other characters, 0 to 9, A to Z, a to z (the same range lengths in reverse order)
 };
 
 struct SextetAlphabet {

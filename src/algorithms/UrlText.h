@@ -32,8 +32,8 @@ enum class UrlUse : std::uint8_t {
 
 inline constexpr std::size_t kUrlUses = 9;
 
-/// The encoded form of a byte: the first `length` characters of `text`. An escape has four bytes, so that one store
-/// writes the characters. The store also writes the length after the characters.
+/// The encoded form of a byte: the first `length` characters of `text`. The struct has four bytes, so that one
+/// store writes the characters. The store also writes the length after the characters.
 struct UrlEscape {
     char text[3];
     std::uint8_t length;

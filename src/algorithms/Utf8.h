@@ -1,11 +1,11 @@
 /// \file
-/// The UTF-8 codec: the original form of one to six bytes (RFC 2279) for values up to 0x7FFFFFFF, between bytes and
-/// 16-bit units.
+/// The UTF-8 codec, which converts between bytes and 16-bit units. It uses the original form of UTF-8 (RFC 2279), in
+/// which a value up to 0x7FFFFFFF takes one to six bytes.
 ///
 /// The codec validates little, and callers rely on each of the following rules. The lead-byte masks are 0xF1 and 0xFD
-/// instead of the usual 0xF8 and 0xFC. So 0xF1, 0xF3 … do not start a sequence, 0xF8, 0xFA, 0xFC and 0xFE start a
-/// sequence of four bytes, and no byte starts a sequence of five. Trailing bytes are not checked. Overlong forms and
-/// encoded surrogates are accepted.
+/// instead of the usual 0xF8 and 0xFC. So the odd bytes from 0xF1 to 0xFB do not start a sequence, 0xF8, 0xFA, 0xFC and
+/// 0xFE start a sequence of four bytes, and no byte starts a sequence of five. Trailing bytes are not checked. Overlong
+/// forms and encoded surrogates are accepted.
 #pragma once
 
 #include <cstdint>

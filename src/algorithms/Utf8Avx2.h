@@ -1,6 +1,7 @@
 /// \file
-/// Converts the well-formed parts of UTF-8 and wide text with AVX2 (see Processor.h). Zeros and ill-formed parts are
-/// left to the scalar codec (Utf8.h), so its rules apply everywhere.
+/// Converts the well-formed parts of UTF-8 and wide text with AVX2 (see Processor.h). The
+/// functions stop before zeros and ill-formed parts. Their callers use the scalar codec (Utf8.h) there, so all results
+/// follow the codec's rules.
 #pragma once
 
 #include <cstddef>
@@ -24,15 +25,15 @@ struct Progress {
 /// Whether whole vectors may be stored past the written units.
 enum class Overwrite { Allowed, Forbidden };
 
-/// Decodes well-formed text from `bytes`, up to a zero or an ill-formed part, at most `left` bytes and `capacity`
-/// 16-bit units. If the function makes no progress, the scalar codec must continue. Reads may extend past the text, but
-/// not into a page after it.
+/// Decodes well-formed text from `bytes`, up to a zero or an ill-formed part. Reads at most `left` bytes of text and
+/// writes at most `capacity` 16-bit units. If the function makes no progress, the scalar codec must continue. Reads may
+/// extend past the text, but not into a page after it.
 Progress decodeUtf8Avx2(const unsigned char* bytes, std::size_t left, void* out, std::size_t capacity,
                         Overwrite overwrite) noexcept;
 
-/// Encodes 16-bit units from `units`, up to a zero, at most `left` units and `capacity` bytes. Whole vectors may be
-/// stored within the capacity. If `paired` is true, surrogates are read in pairs, and an unpaired surrogate stops the
-/// conversion. Otherwise each surrogate is encoded separately.
+/// Encodes 16-bit units from `units`, up to a zero. Reads at most `left` units of text and writes at most `capacity`
+/// bytes. Within the capacity, whole vectors may be stored past the encoded bytes. If `paired` is true, surrogates are
+/// read in pairs, and an unpaired surrogate stops the conversion. Otherwise each surrogate is encoded separately.
 Progress encodeUtf8Avx2(const void* units, std::size_t left, unsigned char* out, std::size_t capacity,
                         bool paired) noexcept;
 
@@ -43,7 +44,7 @@ Progress countEncodedAvx2(const void* units, std::size_t left, bool paired) noex
 
 #if defined(__AVX2__)
 
-// ---- Helpers of both directions, for the sources compiled for AVX2. All functions are static. ----------------------
+// ---- Helpers for decoding and encoding, for the sources compiled for AVX2. All functions are static. ---------------
 
 inline constexpr Progress kNoProgress{0, 0};
 inline constexpr unsigned int kMaxProgress = 1u << 30;
@@ -130,7 +131,7 @@ static inline unsigned int bytesFrom(unsigned char first, __m256i block) noexcep
     return left > rest && isWellFormed && zerosIn(last) >> before == 0;
 }
 
-/// The same for units. Returns false if a unit crosses the page border.
+/// Like the function above, but for 16-bit units. Also returns false if a unit crosses the page border.
 [[maybe_unused]] VOREL_NOINLINE static bool continuesInNextPage(const unsigned char* units,
                                                                 std::size_t bytesLeft) noexcept {
     const auto rest = static_cast<unsigned int>(kPageBytes - offsetInPage(units));

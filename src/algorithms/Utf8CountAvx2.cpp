@@ -201,7 +201,8 @@ VOREL_ALWAYS_INLINE CountedBytes countPage(const unsigned char* bytes, std::size
         const __m256i block = load32(bytes + at);
         const __m256i before = load32(bytes + at - 1);
         const __m256i isStart = _mm256_cmpgt_epi8(block, every(0xBF));
-        // A byte of `required` is not zero if one of the three bytes before it requires a trailing byte.
+        // A byte of `required` is not zero if one of the three preceding bytes of the text requires a trailing byte at
+        // this position.
         const __m256i required = _mm256_or_si256(_mm256_or_si256(_mm256_subs_epu8(before, every(0xBF)),
                                                                  _mm256_subs_epu8(load32(bytes + at - 2), every(0xDF))),
                                                  _mm256_subs_epu8(load32(bytes + at - 3), every(0xEF)));

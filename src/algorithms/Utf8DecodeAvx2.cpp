@@ -49,8 +49,8 @@ VOREL_ALWAYS_INLINE void storeUnits(__m128i units, unsigned char* out) noexcept 
 }
 
 /// The position in the bytes and in the output. If the last character is incomplete, its first unit is already written.
-/// `expected` has a bit for each of the next bytes that must be a trailing byte of this character. `thirds` has a bit
-/// for its third byte if it has four bytes.
+/// `expected` has a bit for each of the next bytes that must be a trailing byte of this character. If this
+/// character has four bytes and its third byte is one of the next bytes, `thirds` has a bit for the third byte.
 struct Decoding {
     const unsigned char* bytes;
     unsigned char* out;
@@ -193,7 +193,8 @@ VOREL_ALWAYS_INLINE bool isReadable(const Decoding& at, std::size_t left) noexce
 }
 
 /// Decodes the ASCII up to the end of the page, at most a double block, so that the next double block is aligned.
-/// Returns false and decodes nothing if these bytes are not all ASCII.
+/// Returns false and decodes nothing if these bytes are not all ASCII or contain a zero, if the text ends before them,
+/// or if the last character is incomplete.
 VOREL_ALWAYS_INLINE bool decodeToPage(Decoding& at, std::size_t left) noexcept {
     const std::size_t inPage = kPageBytes - offsetInPage(at.bytes);
     const unsigned int size = atMost(kDoubleBlock, inPage);

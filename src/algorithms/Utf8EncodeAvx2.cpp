@@ -169,10 +169,10 @@ VOREL_ALWAYS_INLINE Positions encodeShort(Positions at, const unsigned char* end
 }
 
 /// Encodes the blocks before `end` while the output has space for `kMaxWritten` bytes before `limit`. Stops at a block
-/// that contains a zero or begins with an unpaired surrogate. `end` is at most the end of the page in which `at.units`
-/// lies. If `at.units` is aligned, units below 0x800 are encoded in pairs of blocks past `end` as well, up to
-/// `textEnd`, because each aligned pair lies in one page. A stop at every page border would cost a mispredicted branch,
-/// and this branch would wait for the units to be loaded.
+/// that contains a zero or, if `paired` is true, begins with an unpaired surrogate. `end` is at most the end of the
+/// page in which `at.units` lies. If `at.units` is aligned, units below 0x800 are encoded in pairs of blocks past `end`
+/// as well, up to `textEnd`, because each aligned pair lies in one page. A stop at every page border would cost a
+/// mispredicted branch, and this branch would wait for the units to be loaded.
 VOREL_ALWAYS_INLINE Positions encodeWhole(Positions at, const unsigned char* end, const unsigned char* textEnd,
                                           const unsigned char* limit, bool paired, const Constants& k) noexcept {
     const unsigned char* const lastOut = limit - kMaxWritten;
@@ -263,7 +263,8 @@ VOREL_NOINLINE Progress encodePart(const unsigned char* units, std::size_t left,
     return {start.count, static_cast<unsigned int>(start.bytes.size())};
 }
 
-/// Copies `count` bytes, fewer than sixty-four, and writes nothing past them. At least sixteen bytes are read.
+/// Copies `count` bytes and writes nothing past them. `count` must be below sixty-four. At least sixteen bytes must be
+/// readable at `from`.
 VOREL_ALWAYS_INLINE void copyBytes(const unsigned char* from, std::size_t count, unsigned char* to) noexcept {
     constexpr std::size_t kVector = 32;
     if (count >= kVector) {
@@ -292,7 +293,7 @@ VOREL_NOINLINE Progress encodeLast(const unsigned char* units, std::size_t left,
     return all;
 }
 
-/// Whether the text has no zero before the next page. Fewer than two blocks of the page are left.
+/// Whether the text has no zero before the next page. Fewer than two blocks of the page must be left.
 VOREL_ALWAYS_INLINE bool hasNoZeroInPage(const unsigned char* units) noexcept {
     const std::size_t before = kPairBytes - (kPageBytes - offsetInPage(units));
     const unsigned char* const last = units - before;
@@ -300,10 +301,11 @@ VOREL_ALWAYS_INLINE bool hasNoZeroInPage(const unsigned char* units) noexcept {
     return zeros >> before == 0;
 }
 
-/// Encodes units below 0x800 at the start of a text, in pairs of blocks, at most up to the end of the second page.
-/// Then, if fewer than two blocks of the text are left, or the next two blocks contain no unit from 0x80 to 0x7FFF
-/// (usually because a zero ends the text), encodes the ASCII at the start of these blocks too, and writes zeros after
-/// this ASCII.
+/// Encodes units below 0x800 at the start of a text, in pairs of blocks, at most up to the end of the second page. In
+/// two cases, the ASCII at the start of the next pair of blocks is encoded too, and zeros are written after it:
+///
+/// - Fewer than two blocks of the text are left.
+/// - The pair contains no unit from 0x80 to 0x7FFF, usually because a zero ends the text.
 VOREL_ALWAYS_INLINE Progress encodeShortStart(const unsigned char* units, std::size_t left, unsigned char* out,
                                               std::size_t capacity) noexcept {
     const Constants& k = hidden(kConstants);
@@ -318,7 +320,7 @@ VOREL_ALWAYS_INLINE Progress encodeShortStart(const unsigned char* units, std::s
     Positions at = encodeAsciiPairs({units, out});
     if (capacity >= kMaxWritten) {
         at = encodeShort(at, end, limit - kMaxWritten, k);
-        // If the units have odd addresses, one of them crosses the border.
+        // If the units have odd addresses, one unit crosses the page border.
         const bool isAtBorder = end != textEnd && pageEnd - at.units < std::ptrdiff_t{kPairBytes};
         if (isAtBorder && offsetInPage(units) % 2 == 0 && (at.units == pageEnd || hasNoZeroInPage(at.units))) {
             end = textEnd - pageEnd < std::ptrdiff_t{kPageBytes} ? textEnd : pageEnd + kPageBytes;

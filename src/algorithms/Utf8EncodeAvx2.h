@@ -141,7 +141,7 @@ struct Piece {
         storeBytes(bytes, out);
         return out + size;
     }
-    /// The same without the zeros.
+    /// Stores only the bytes. Returns the end of the bytes.
     unsigned char* storeExactly(unsigned char* out) const noexcept {
         storeFirstBytes(bytes, size, out);
         return out + size;
@@ -257,8 +257,9 @@ struct Sequences {
         const __m256i isAscii = _mm256_cmpeq_epi16(_mm256_and_si256(units, loadUnits(k.notAscii)), zero);
         const __m256i twice = _mm256_shuffle_epi8(units, loadUnits(k.duplicate));
         lower = _mm256_or_si256(_mm256_and_si256(twice, loadUnits(k.lowerBits)), loadUnits(k.lowerForm));
-        // The bits aaaabbbbbbcccccc of a unit become 00bbbbbbcc00aaaa, and then 11bbbbbb1110aaaa, which contains the
-        // lead bytes. For a sequence of three bytes, the trailing byte 10bbbbbb replaces 11bbbbbb.
+        // The bits aaaabbbbbbcccccc of a unit become 00bbbbbbcc00aaaa, and then 11bbbbbb1110aaaa. The byte 11bbbbbb is
+        // the lead byte of a sequence of two bytes, and 1110aaaa is the lead byte of a sequence of three bytes. For a
+        // sequence of three bytes, the trailing byte 10bbbbbb replaces 11bbbbbb.
         const __m256i spread = _mm256_maddubs_epi16(_mm256_srli_epi16(units, 4), loadUnits(k.spreading));
         upper = _mm256_xor_si256(_mm256_or_si256(spread, loadUnits(k.upperForm)),
                                  _mm256_andnot_si256(isShort, loadUnits(k.threeByteForm)));

@@ -1,6 +1,6 @@
 /// \file
-/// Converts between UTF-8 and 16-bit units, piece by piece. If the length is below 0, the input runs to its first zero.
-/// Otherwise the length is a bound, and a zero still ends the input.
+/// Converts between UTF-8 and 16-bit units, piece by piece. If the length is below 0, the input ends at its first
+/// zero. Otherwise the length is a bound, and the input ends at the bound or at an earlier zero.
 #pragma once
 
 #include <algorithm>
@@ -44,8 +44,8 @@ private:
 /// The number of characters that are converted one by one before blocks are tried again.
 inline constexpr unsigned int kScalarCharacters = 8;
 
-/// Reads one input. The bytes of a sequence are read even past the bound or past a zero. After such a zero, reading
-/// continues to the bound or to the next zero.
+/// Decodes one UTF-8 input. The bytes of a sequence are read even past the bound or past a zero. After such a zero,
+/// reading continues to the bound or to the next zero.
 class Utf8Reader {
 public:
     /// How a surrogate pair is handled if only its first unit fits.
@@ -153,8 +153,8 @@ private:
     bool m_failed = false;
 };
 
-/// Writes one input. With `Surrogates::Paired`, a surrogate pair is read whole even if only its first unit is before
-/// the bound.
+/// Encodes one input as UTF-8. With `Surrogates::Paired`, a surrogate pair is read whole even if only its first unit is
+/// before the bound.
 template <Surrogates Rule, class Unit>
 class Utf8Writer {
 public:

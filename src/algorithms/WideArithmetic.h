@@ -30,8 +30,8 @@ constexpr Product multiplyWide(std::uint64_t a, std::uint64_t b) noexcept {
 #endif
 }
 
-/// An unsigned integer of up to 1,024 bits, enough for any product of a double and a power of ten. Overflow is a bug of
-/// the caller and is not detected.
+/// An unsigned integer of up to 1,024 bits. This is enough for the products in `compareWithHalf` (DecimalDigits.h).
+/// Overflow is a bug of the caller and is not detected.
 class BigInteger {
 public:
     constexpr explicit BigInteger(std::uint64_t value) noexcept {
