@@ -27,9 +27,10 @@ constexpr std::uint64_t kMaxCapacity = 0xFFFFFFFFu;
 /// The size in units of the buffer on the stack for a short rendering.
 constexpr unsigned int kShortText = 512;
 
-/// The maximum number of failed renderings of a text that fits into the buffer according to a measurement after the
-/// rendering. Such a failure happens if another thread shortens an argument between the rendering and the measurement.
-/// The next rendering can then succeed. The limit ends the loop if the runtime rejects the text for another reason.
+/// A rendering may fail although the following measurement finds that the text fits into the buffer. This happens if
+/// another thread shortens an argument between the rendering and the measurement. The next rendering can then succeed.
+/// After this number of such failures, no further rendering is tried, because the runtime may reject the text for
+/// another reason.
 constexpr unsigned int kMaxFailures = 16;
 
 /// The capacity of a new buffer for `count` units and a terminator. It does not depend on the old capacity.

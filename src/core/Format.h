@@ -114,8 +114,8 @@ private:
 
 namespace vorel::detail {
 
-/// Throws `Exception` "Unable to format: … (…)" with the format and the runtime's text for the current `errno`. It is
-/// defined with the handlers of the frame.
+/// Throws `Exception` "Unable to format: … (…)" with the format and the runtime's text for the current `errno`.
+/// Defined in exceptions/Protocol.cpp.
 [[noreturn]] void throwUnableToFormat(const char* fmt);
 [[noreturn]] void throwUnableToFormat(const wchar_t* fmt);
 

@@ -1,6 +1,6 @@
 /// \file
-/// Renders formats that have only plain conversions, three times as fast as the runtime's print functions. Most formats
-/// of messages are such formats. The text is the same as the runtime's.
+/// Renders formats that have only plain conversions, three times as fast as the runtime's print functions. Most
+/// messages have such a format. The text is the same as the runtime's.
 #pragma once
 
 #include <algorithm>
@@ -171,7 +171,7 @@ bool appendArgument(PlainText<T>& text, T conversion, ArgumentSize size, va_list
 /// with unspecified content of the buffer, if the runtime must render the format:
 ///
 /// - if it has a conversion other than `%%`, `%s` and the integers `%d`, `%i`, `%u`, `%x` and `%X`;
-/// - if a conversion has a flag, a width, a precision or an unusual prefix;
+/// - if a conversion has a flag, a width, a precision, or a size prefix that `appendArgument` does not support;
 /// - if an argument is a text whose width differs from the format's, and the text is not ASCII;
 /// - if text and terminator do not fit.
 template <class T>
