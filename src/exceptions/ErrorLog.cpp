@@ -22,7 +22,7 @@
 
 namespace vorel {
 
-// The class declaration has the values. Code that takes the addresses needs these definitions.
+// The class declaration has the values. Code that takes the addresses of these constants needs definitions.
 const long long Exception::DefaultLogSize;
 const long long Exception::LargeErrorLogSize;
 
@@ -88,8 +88,8 @@ void append(const char* path, LogLine& line) noexcept {
     }
 }
 
-/// The path of one line: the caller's path, or a copy of the log location. The size check and the line use the same
-/// copy, because another thread may change the location between them.
+/// The path of the file for one line: the caller's path, or a copy of the log location. The size check and the line use
+/// the same copy, because another thread may change the location between them.
 class LinePath {
 public:
     explicit LinePath(const char* own) noexcept : m_text(own && *own ? own : m_location) {

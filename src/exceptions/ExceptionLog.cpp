@@ -1,6 +1,6 @@
 /// \file
-/// The diagnostic channels. Each channel renders the caller's message, adds its prefixes, and writes one line to the
-/// error log, even if the mirror is off.
+/// The diagnostic channels. Each channel except `trace` renders the caller's message, adds its prefixes, and writes one
+/// line to the error log, even if the mirror is off (see `GetMirrorErrorLog`). `trace` does nothing.
 
 #include <initializer_list>
 #include <string_view>

@@ -1,5 +1,5 @@
 /// \file
-/// The text of one line of the error log, rendered before the file is opened.
+/// The text of one line of the error log. The text, or its first piece, is rendered before the file is opened.
 #pragma once
 
 #include <cstddef>
