@@ -66,7 +66,7 @@ Array<char> narrowPath(std::wstring_view path) {
     }
     const int units = static_cast<int>(path.size());
     BOOL replaced = FALSE;
-    // For UTF-8 the pointer is null, because UTF-8 has every character and the call would reject the pointer.
+    // For UTF-8, `asked` is null. UTF-8 has every character, and the call would reject another value of `asked`.
     BOOL* const asked = GetACP() == CP_UTF8 ? nullptr : &replaced;
     const DWORD flags = asked ? WC_NO_BEST_FIT_CHARS : 0;
     const int size = WideCharToMultiByte(CP_ACP, flags, path.data(), units, nullptr, 0, nullptr, asked);
