@@ -9,8 +9,8 @@ struct ComputerName {
     /// Asks the system.
     static ComputerName ask() noexcept;
 
-    /// Asks the system, and caches the first name that is not empty. The name changes only at a restart, and a query
-    /// takes about half as long as writing a line of the log. Thread-safe.
+    /// Asks the system, and caches the first name that is not empty, because a query takes about half as long as
+    /// writing a line of the log. The name changes only when the computer restarts. Thread-safe.
     static ComputerName remembered() noexcept;
 
     char text[16] = {};
