@@ -15,7 +15,8 @@ using detail::KernelHandle;
 /// Opens the thread's impersonation token, so that it can be restored later. If the thread has no token, `impersonated`
 /// stays empty, and the result is true. Returns false if the token cannot be opened.
 bool openImpersonationToken(KernelHandle& impersonated) noexcept {
-    // Either this process or the client itself may lack access to the client's token.
+    // The token belongs to the client that the thread impersonates. Either this process or the client may lack access
+    // to the token.
     for (const BOOL asProcess : {TRUE, FALSE}) {
         HANDLE token = nullptr;
         if (OpenThreadToken(GetCurrentThread(), TOKEN_IMPERSONATE, asProcess, &token)) {

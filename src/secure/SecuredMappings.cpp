@@ -48,7 +48,7 @@ bool wasNew() noexcept {
     throw Exception(format, path, util::FormatErrorMsg(error, message));
 }
 
-/// The long form of `path`; empty if the system has none.
+/// `path` with long names instead of short (8.3) names; empty if the system cannot convert the path.
 std::wstring systemLongPath(const wchar_t* path) {
     std::wstring longPath;
     DWORD length = GetLongPathNameW(path, nullptr, 0);
@@ -60,7 +60,7 @@ std::wstring systemLongPath(const wchar_t* path) {
     return longPath;
 }
 
-/// The long form of the path of a file. If the file does not exist, only its folder is converted.
+/// The path of a file with long names instead of short names. If the file does not exist, only its folder is converted.
 std::wstring longPathOf(const wchar_t* fileName) {
     constexpr const wchar_t* kFormat = L"ObtainAccessableFileMappingEx: Long API failed for %ls: %ls";
     std::wstring longPath = systemLongPath(fileName);
