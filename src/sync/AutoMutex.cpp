@@ -25,7 +25,7 @@ long long currentThread() noexcept {
     return static_cast<long long>(GetCurrentThreadId());
 }
 
-/// A thread id as the messages print it, as a signed 32-bit number.
+/// Converts a thread id to a signed 32-bit number, because the messages print it as such a number.
 int asInt32(long long threadId) noexcept {
     return static_cast<int>(threadId);
 }
