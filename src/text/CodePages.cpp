@@ -39,7 +39,8 @@ int fail(int error) noexcept {
 
 // ---- Names ----------------------------------------------------------------------------------------------------------
 
-/// Fills the map of names if it is empty. The caller holds the code-map lock.
+/// Fills the map of names if it is empty. The caller already holds the code-map lock, which is
+/// recursive.
 void fillCodeMap(CodePageState& state) {
     runRethrowing(kClass, L"FillCodeMap", [&] {
         const Guard<AutoCriticalSection> held(state.codeMapLock);

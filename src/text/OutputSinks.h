@@ -105,8 +105,8 @@ private:
     unsigned int m_length = 0;
 };
 
-/// Overwrites an array from index `start`. At the end, the last element written is the last element of the array. So a
-/// reused array need not be cleared first. Clearing would fill the array with zeros.
+/// Overwrites an array from index `start`. The destructor removes the elements after the last written element. So a
+/// reused array need not be cleared first. Clearing would take longer, because it fills the array with zeros.
 template <class T>
 class ArraySink {
 public:
@@ -129,7 +129,7 @@ public:
         m_array.setCount(m_count);
         m_array.reserve(checkedCount(units), true);
     }
-    /// The same, but the new capacity is the capacity that appending piece by piece would give.
+    /// Like `reserve`, but the new capacity is the capacity that appending piece by piece would give.
     void grow(std::size_t units) {
         m_array.setCount(m_count);
         m_array.reserve(checkedCount(units), false);
