@@ -49,8 +49,8 @@ public:
 
     void write(std::wstring_view text) noexcept { m_cursor = std::copy(text.begin(), text.end(), m_cursor); }
 
-    /// Writes an item, quoted if necessary. The item must be a whole string, because only the buffer of a string
-    /// consists of whole blocks.
+    /// Writes an item, quoted if necessary. `item` must be the whole text of a `BaseString`, because items are read in
+    /// whole blocks, and the buffer of a `BaseString` consists of whole blocks.
     void writeItem(std::wstring_view item, std::wstring_view delimiter) noexcept {
         m_cursor = algorithms::writeJoinedItem(item, delimiter, m_cursor);
     }
