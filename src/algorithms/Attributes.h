@@ -7,7 +7,7 @@
 #define VOREL_ALWAYS_INLINE [[gnu::always_inline]] inline
 /// Keeps rare code, and its use of the stack, out of the function that calls it.
 #define VOREL_NOINLINE [[gnu::noinline]]
-/// The same, for code that runs so rarely that its size is more important than its speed.
+/// Like `VOREL_NOINLINE`, for code that runs so rarely that its size is more important than its speed.
 #define VOREL_COLD [[gnu::cold, gnu::noinline]]
 /// For functions whose loads intentionally pass the end of an object, but not the end of its page.
 #define VOREL_NO_SANITIZE_ADDRESS [[gnu::no_sanitize_address]]

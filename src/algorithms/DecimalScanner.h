@@ -90,8 +90,8 @@ Exponent parseExponent(const T*& cursor) noexcept {
 inline constexpr std::uint32_t kLargestScale = 511;
 
 /// The powers of ten with exponents from 0 to 511. Each is the product of the factors 1e1, 1e2, 1e4 … 1e256 that belong
-/// to the set bits of its exponent, lowest bit first. Other components multiply these factors in the same order
-/// and must get the same bits, so the order is fixed. From 309 on, the powers are infinite.
+/// to the set bits of its exponent, lowest bit first. Other components multiply these factors in the same order and
+/// must get the same bits, so the order is fixed. From 309 on, the powers are infinite.
 inline constexpr auto kScaleFactors = [] {
     constexpr std::array<double, 9> kSquares = {1.0e1, 1.0e2, 1.0e4, 1.0e8, 1.0e16, 1.0e32, 1.0e64, 1.0e128, 1.0e256};
     std::array<double, kLargestScale + 1> factors = {};

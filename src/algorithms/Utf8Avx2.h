@@ -1,7 +1,6 @@
 /// \file
-/// Converts the well-formed parts of UTF-8 and wide text with AVX2 (see Processor.h). The
-/// functions stop before zeros and ill-formed parts. Their callers use the scalar codec (Utf8.h) there, so all results
-/// follow the codec's rules.
+/// Converts the well-formed parts of UTF-8 and wide text with AVX2 (see Processor.h). The functions stop before zeros
+/// and ill-formed parts. Their callers use the scalar codec (Utf8.h) there, so all results follow the codec's rules.
 #pragma once
 
 #include <cstddef>

@@ -301,8 +301,9 @@ VOREL_ALWAYS_INLINE bool hasNoZeroInPage(const unsigned char* units) noexcept {
     return zeros >> before == 0;
 }
 
-/// Encodes units below 0x800 at the start of a text, in pairs of blocks, at most up to the end of the second page. In
-/// two cases, the ASCII at the start of the next pair of blocks is encoded too, and zeros are written after it:
+/// Encodes units below 0x800 at the start of a text, in pairs of blocks, at most up to the end of the second page. If
+/// the next pair of blocks lies in one page and fits into the output, the ASCII at its start is encoded too, and zeros
+/// are written after this ASCII, in two cases:
 ///
 /// - Fewer than two blocks of the text are left.
 /// - The pair contains no unit from 0x80 to 0x7FFF, usually because a zero ends the text.
