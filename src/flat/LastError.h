@@ -22,9 +22,9 @@ struct Failure {
     wchar_t text[kMaxUnits] = {};
 };
 
-/// The last failures of all threads. Each failure is in a fiber-local slot. The slot's callback frees the failure when
-/// the thread ends. `thread_local` is not used, because with some compilers its destructors do not run reliably when a
-/// thread ends, and it terminates the program if memory runs out.
+/// The last failures of all threads. Each thread has its failure in a fiber-local slot. The slot's callback frees the
+/// failure when the thread ends. `thread_local` is not used, because with some compilers its destructors do not run
+/// reliably when a thread ends, and it terminates the program if memory runs out.
 class LastErrors {
 public:
     LastErrors() noexcept;
