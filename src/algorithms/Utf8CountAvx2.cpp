@@ -87,8 +87,8 @@ public:
         if ((threes | m_second) != 0) {
             fours = bytesFrom(0xF0, block) & kept;
             required |= std::uint64_t{threes} << 2 | std::uint64_t{fours} << 3;
-            // Four bytes that begin with 0xF0 become a surrogate pair, unless they are overlong. Other lead bytes of
-            // four bytes are rare, so they are not counted here.
+            // A sequence of four bytes that begins with 0xF0 becomes a surrogate pair, unless it is overlong. Other
+            // lead bytes of four-byte sequences are rare, so they are not counted here.
             const unsigned int seconds = fours << 1 | m_second;
             if ((bytesFrom(0xF1, block) & kept) != 0 || (seconds & ~bytesFrom(0x90, block)) != 0) {
                 return false;
@@ -208,7 +208,7 @@ VOREL_ALWAYS_INLINE CountedBytes countPage(const unsigned char* bytes, std::size
                                                  _mm256_subs_epu8(load32(bytes + at - 3), every(0xEF)));
         const __m256i isMisplaced = _mm256_xor_si256(_mm256_cmpeq_epi8(required, zero), isStart);
         // A sequence of four bytes that begins with 0xF0 becomes a surrogate pair, unless it is overlong. Other lead
-        // bytes of four bytes are rare, so they are not counted here.
+        // bytes of four-byte sequences are rare, so they are not counted here.
         const __m256i isOverlong =
             _mm256_and_si256(_mm256_cmpeq_epi8(before, every(0xF0)), _mm256_cmpgt_epi8(every(0x90), block));
         const __m256i isOther = _mm256_or_si256(_mm256_subs_epu8(block, every(0xF0)), _mm256_cmpeq_epi8(block, zero));
@@ -231,7 +231,7 @@ VOREL_ALWAYS_INLINE CountedBytes countUpToThree(const unsigned char* bytes, std:
     const __m256i zero = _mm256_setzero_si256();
     const std::size_t inPage = kPageBytes - offsetInPage(bytes);
     const std::size_t size = (inPage < left ? inPage : left) / kDouble * kDouble;
-    // The bytes that must be a trailing byte, but are not, and the bytes that must not be one.
+    // Finds the bytes that must be trailing bytes but are not, and the trailing bytes that no lead byte requires.
     const auto misplaced = [&](const unsigned char* block, __m256i isStart) {
         const __m256i required = _mm256_or_si256(_mm256_subs_epu8(load32(block - 1), every(0xBF)),
                                                  _mm256_subs_epu8(load32(block - 2), every(0xDF)));

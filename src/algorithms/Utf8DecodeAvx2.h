@@ -125,8 +125,9 @@ VOREL_ALWAYS_INLINE __m256i everyUnit(std::uint32_t value) noexcept {
 struct Bytes {
     VOREL_ALWAYS_INLINE Bytes(__m128i block, const Constants& k) noexcept
         : zeros(maskOf(_mm_cmpeq_epi8(block, _mm_setzero_si128()))) {
-        // The bytes are compared as signed numbers. Trailing bytes are below 0xC0, lead bytes of two below 0xE0, and
-        // lead bytes of three below 0xF0; 0xF0 is the only lead byte of four that is decoded here.
+        // The bytes are compared as signed numbers, so ASCII is above all limits. Trailing bytes are below 0xC0. The
+        // lead bytes of two-byte sequences are below 0xE0, and the lead bytes of three-byte sequences are below 0xF0.
+        // Of the lead bytes of four-byte sequences, only 0xF0 is decoded here.
         const unsigned int notAscii = maskOf(block);
         const auto below = [&](const std::uint16_t* limit) { return maskOf(_mm_cmpgt_epi8(loadBytes(limit), block)); };
         trailing = below(k.firstOfTwo);
@@ -139,9 +140,9 @@ struct Bytes {
     unsigned int zeros;
     unsigned int trailing;
     unsigned int leads;
-    unsigned int threes;  ///< lead bytes of three bytes or more
-    unsigned int fours;   ///< lead bytes of four bytes, and `others`
-    unsigned int others;  ///< other lead bytes of four bytes or more, and bytes that do not start a sequence
+    unsigned int threes;  ///< lead bytes of three-byte sequences, and `fours`
+    unsigned int fours;   ///< the lead byte 0xF0, and `others`
+    unsigned int others;  ///< bytes above 0xF0: other lead bytes, and bytes that do not start a sequence
 };
 
 /// For each of sixteen bytes, the unit of the sequence of up to three bytes that would begin at this byte.
@@ -151,7 +152,7 @@ struct Units {
           second(_mm256_and_si256(_mm256_cvtepu8_epi16(loadBytes(bytes + 1)), load32(k.bitsOfTrailing))),
           third(_mm256_and_si256(_mm256_cvtepu8_epi16(loadBytes(bytes + 2)), load32(k.bitsOfTrailing))) {
         const __m256i two = _mm256_or_si256(_mm256_slli_epi16(_mm256_and_si256(lead, load32(k.bitsOfTwo)), 6), second);
-        // The shift drops the upper four bits of a lead byte of three.
+        // The shift drops the upper four bits of the lead byte of a three-byte sequence.
         const __m256i three =
             _mm256_or_si256(_mm256_or_si256(_mm256_slli_epi16(lead, 12), _mm256_slli_epi16(second, 6)), third);
         const __m256i isLead = _mm256_cmpgt_epi16(lead, load32(k.lastOfOne));
