@@ -17,7 +17,7 @@ namespace {
 constexpr std::size_t kPage = 4096;
 constexpr std::size_t kRegionPages = std::size_t{1} << 22;    // 16 GiB of address space; only a small part is in use
 constexpr std::size_t kMaxBlockBytes = std::size_t{1} << 28;  // larger blocks come from the runtime
-constexpr std::size_t kQuarantine = 8192;                     // freed small blocks whose pages are not reused yet
+constexpr std::size_t kQuarantine = 8192;                     // number of recently freed small blocks not reused yet
 constexpr std::size_t kMaxRetired = 2 * kQuarantine;
 constexpr std::size_t kMaxForbidden = 20'000;
 constexpr std::size_t kLeadingBytes = 256;      // maximum number of checked bytes before a block
@@ -28,11 +28,12 @@ constexpr DWORD kWaitTimeoutMs = 5000;
 
 enum class State : std::uint32_t { Free, Live, Forbidden, Filled };
 
-/// Describes a run of pages. `pieces` stores it at the index of the first page.
+/// Describes a run of pages, which contains one block or is free. `pieces` stores the description at the index of the
+/// first page.
 struct Piece {
     std::uint64_t serial;
     std::uint32_t bytes;  // size of the block
-    std::uint32_t pages;  // includes the inaccessible page at the end; 0: never used
+    std::uint32_t pages;  // includes the inaccessible page at the end; 0 if no run of pages begins here
     State state;
 };
 
@@ -104,7 +105,7 @@ unsigned char* blockOf(std::size_t page) noexcept {
     return pieces[page].bytes == 0 ? startOf(page) : endOf(page) - pieces[page].bytes;
 }
 
-/// Prints the block that a faulting access belongs to.
+/// Finds the block at or next to a faulting address, and prints its size and the distance of the address.
 LONG CALLBACK explain(EXCEPTION_POINTERS* fault) noexcept {
     const EXCEPTION_RECORD& record = *fault->ExceptionRecord;
     if (record.ExceptionCode != EXCEPTION_ACCESS_VIOLATION || record.NumberParameters < 2) {
@@ -180,7 +181,7 @@ std::size_t findPages(std::size_t pages) noexcept {
     std::fill_n(pieces + first, pages, Piece{});
     if (found > pages) {
         pieces[first + pages].pages =
-            static_cast<std::uint32_t>(found - pages);  // the remaining pages of the last piece
+            static_cast<std::uint32_t>(found - pages);  // the remaining pages of the last free piece
     }
     next = first + pages;
     return first;
@@ -219,7 +220,7 @@ bool reuse(std::size_t& page) noexcept {
     return true;
 }
 
-/// A block with undefined contents, or null.
+/// A block with undefined contents, or null if the pages of the block cannot be made accessible.
 unsigned char* placeBlock(std::size_t bytes) noexcept {
     const std::lock_guard lock(heapLock);
     prepare();

@@ -4,13 +4,14 @@
 /// page and the block, the last 256 of them are filled with a pattern, which is checked when the block is freed. No
 /// padding is needed at the end of a block, because its size is a multiple of the alignment of its contents.
 ///
-/// A freed block becomes inaccessible. After the first 20,000 small blocks of a program this would be too slow, so
-/// further small blocks are overwritten with a pattern instead. The pattern is checked before the page of such a block
-/// is reused. The page is reused only after at least 8,192 other small blocks were freed.
+/// A freed block becomes inaccessible. If a program frees many small blocks (of at most one page), this is too slow. So
+/// after the first 20,000 small blocks, a freed small block is overwritten with a pattern instead. The pattern is
+/// checked before the page of such a block is reused. The page is reused only after at least 8,192 other small blocks
+/// were freed.
 ///
 /// A fault prints an explanation to stderr before it ends the program: "heap: read 0 bytes past the end of a block of
-/// 10 bytes". If a block is freed twice, or if its fill has changed, the heap prints an explanation and aborts the
-/// program.
+/// 10 bytes". If a block is freed twice, or if the pattern before a block or in a freed block has changed, the heap
+/// prints an explanation and aborts the program.
 #pragma once
 
 #include <cstddef>

@@ -40,8 +40,8 @@ public:
     }
 
 private:
-    /// Whether no block of this test leaks. If a block from before the test is freed during the test, the number of
-    /// live blocks does not show that a new block leaks.
+    /// Called if the number of live blocks did not rise. If the number fell, older blocks were freed during the test.
+    /// They could hide a leak, so in this case no block that was allocated during the test may be live.
     [[nodiscard]] bool isWithoutHiddenLeak() const {
         return blocks::live() == m_before || blocks::sizesSince(m_serial).empty();
     }
