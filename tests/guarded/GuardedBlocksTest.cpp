@@ -23,9 +23,10 @@ namespace {
 namespace blocks = heap::blocks;
 
 constexpr int kFault = static_cast<int>(EXCEPTION_ACCESS_VIOLATION);
-constexpr int kAborted = 3;
+constexpr int kAborted = 3;  // the exit code of `std::abort`
 
-// The compiler would warn about these errors. Volatile pointers hide the blocks from the compiler.
+// The functions below use blocks incorrectly, and the compiler would warn about that. The volatile pointers hide the
+// blocks from the compiler.
 void* (*volatile allocate)(std::size_t) = &std::malloc;
 void (*volatile deallocate)(void*) = &std::free;
 volatile char* volatile hidden = nullptr;
@@ -196,7 +197,8 @@ TEST(GuardedHeap, Calloc_ReturnsZeros) {
     std::free(block);
 }
 
-/// The blocks need more pages than the region has. Free pages are reused; pages of live blocks are not.
+/// All blocks of this test together need more pages than the region has. Pages of freed blocks are reused, but pages of
+/// live blocks are not.
 TEST(GuardedHeap, ReusesFreePagesWhenRegionIsUsedUp) {
     constexpr std::size_t kBytes = std::size_t{1} << 27;
     auto* const kept = static_cast<char*>(std::calloc(1, 5));

@@ -1,4 +1,5 @@
-// Tests of the leak check. The tests that are checked are disabled, and run in separate processes.
+// Tests of the leak check. The tests of the suite Keeper leak or free blocks. They are disabled; the other tests run
+// them in separate processes, and expect that the leak check lets them pass or fail.
 
 #include <cstdlib>
 #include <string>
