@@ -28,7 +28,8 @@ struct Widening {
 struct Narrowing {
     using From = wchar_t;
     using To = unsigned char;
-    // Zero, units that are not ASCII although one of their bytes is, and units at the limits of saturation.
+    // Zero, units above 0x7F (some contain an ASCII byte), and units at the limits of a saturating conversion to
+    // bytes.
     static constexpr From kStops[] = {0x0000, 0x0080, 0x00FF, 0x0100, 0x4100, 0x7FFF, 0x8000, 0x8041, 0xD841, 0xFFFF};
     static std::size_t run(const From* from, std::size_t count, To* to) { return narrowAsciiRun(from, count, to); }
 };

@@ -1,5 +1,5 @@
 /// \file
-/// Code points at which the form of the Unicode encodings changes.
+/// Values at which the form of their UTF-8 or UTF-16 encoding changes, up to the largest value of 31 bits.
 #pragma once
 
 #include <cstdint>

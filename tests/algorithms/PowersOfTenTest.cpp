@@ -56,6 +56,7 @@ private:
     std::vector<std::uint32_t> m_words;
 };
 
+/// Expects that the table has the highest bits of `number`, which is 10^`power` times 2^`unit`, rounded down.
 void expectPower(int power, const Words& number, int unit) {
     const auto& entry = vorel::algorithms::powerOfTen(power);
     const int top = number.highestBit();

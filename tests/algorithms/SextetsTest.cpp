@@ -26,7 +26,7 @@ constexpr std::size_t kBlockCharacters = 32;
 constexpr std::size_t kBlockGroups = 8;
 constexpr std::size_t kPage = 4096;
 
-/// The tables of the algorithms for an encoding, and its alphabet from the reference.
+/// An encoding: its alphabet from the reference, and its tables for the algorithms under test.
 struct Encoding {
     std::string_view characters;
     algorithms::SextetAlphabet alphabet;
@@ -65,7 +65,7 @@ struct Scalar {
     using Unit = T;
     static constexpr char kName[] = "scalar";
     static constexpr bool kNeedsAvx2 = false;
-    static constexpr std::size_t kOverhang = 0;
+    static constexpr std::size_t kOverhang = 0;  // bytes that the Base64 decoder may write after the last block
     static constexpr std::size_t kMinBytes = 3;  // fewer bytes are not encoded
 
     static std::size_t encode(const unsigned char* bytes, std::size_t count, const Encoding& encoding, T* out) {
@@ -131,8 +131,8 @@ protected:
         }
     }
 
-    /// Decodes the text at `place` into a buffer for exactly `blocks` blocks and the overhang. Expects that `groups`
-    /// groups are decoded, and that only zeros follow their bytes.
+    /// Decodes the text at `place` into a buffer of exactly `blocks` blocks and `kOverhang` bytes. Expects that
+    /// `groups` groups are decoded. After their bytes, the algorithm may write zeros, but nothing else.
     void expectBase64(const Unit* place, std::size_t blocks, std::size_t groups) {
         const std::size_t capacity = blocks * kBlockBytes + Implementation::kOverhang;
         unsigned char* const out = m_bytes.lastElements(capacity);
@@ -160,7 +160,8 @@ protected:
         return test::bytesOfCharacters(units, encoding.characters);
     }
 
-    /// A text with every character of the alphabet at every position of a block.
+    /// A text that repeats the alphabet, but skips one character after each block. So a repeated character is at
+    /// another position of its block.
     static Text textOf(const Encoding& encoding, std::size_t length) {
         Text text;
         for (std::size_t at = 0; at < length; ++at) {

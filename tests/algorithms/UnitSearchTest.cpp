@@ -27,7 +27,8 @@ protected:
 
     static constexpr std::size_t kNone = View::npos;
 
-    /// Places `text` so that a read outside of it faults: first at its end, then at its start.
+    /// Calls `check` twice with a copy of `text`. In the first call, an inaccessible page follows the text, and in the
+    /// second call, an inaccessible page precedes it.
     template <class Check>
     void atBothEdges(const Text& text, Check check) {
         check(View(m_edge.placeAtEnd(text), text.size()));
@@ -45,7 +46,7 @@ TYPED_TEST(UnitSearch, FindUnit_AtEveryPositionOfEveryLength) {
         std::basic_string<TypeParam> text(length, TypeParam{'a'});
         this->atBothEdges(text, [&](auto view) { EXPECT_EQ(findUnit(view, TypeParam{','}), this->kNone); });
         for (std::size_t position = length; position-- != 0;) {
-            text[position] = ',';  // later commas remain
+            text[position] = ',';  // the commas at later positions remain
             this->atBothEdges(text, [&](auto view) {
                 ASSERT_EQ(findUnit(view, TypeParam{','}), position) << length;
                 ASSERT_EQ(countUnit(view, TypeParam{','}), length - position) << length;

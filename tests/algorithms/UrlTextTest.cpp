@@ -53,7 +53,7 @@ struct Scalar {
     using Unit = char;
     static constexpr char kName[] = "scalar";
     static constexpr bool kNeedsAvx2 = false;
-    static constexpr std::size_t kOverhang = sizeof(UrlEscape);
+    static constexpr std::size_t kOverhang = sizeof(UrlEscape);  // bytes that encode() may write after the result
 
     static std::size_t measurable(std::size_t count) { return count; }
     static std::size_t encodable(std::size_t count) { return count; }
@@ -98,8 +98,8 @@ struct Avx2 {
 template <class Implementation>
 class UrlEscapes : public test::ImplementationTest<Implementation> {
 protected:
-    /// Encodes text that ends at an inaccessible page, without a terminator, into a buffer for exactly the result and
-    /// the overhang.
+    /// Measures and encodes a text without a terminator, which ends at an inaccessible page. The output buffer has
+    /// space for exactly the result and `kOverhang` bytes.
     void expectEncoded(const std::string& text, const Use& use) {
         const char* const position = m_text.placeAtEnd(text);
         const std::string measured =

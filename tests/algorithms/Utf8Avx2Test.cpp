@@ -1,7 +1,7 @@
 /// \file
-/// The AVX2 codec converts the first part of a text. The tests use random and damaged texts at inaccessible
-/// pages. They check that the converted part agrees with the reference, does not end within a character, and fits into
-/// the capacity.
+/// The AVX2 codec converts the first part of a text, and leaves the rest to the scalar codec. The tests use random and
+/// damaged texts at inaccessible pages. They check that the converted part agrees with the reference, does not end
+/// within a character, and fits into the capacity.
 
 #include "algorithms/Utf8Avx2.h"
 
@@ -32,7 +32,7 @@ constexpr std::size_t kMax = 100;
 constexpr unsigned char kGuardByte = 0x5A;
 constexpr wchar_t kGuard = 0x5A5A;
 
-/// A wide text of runs. All characters of a run are of one kind.
+/// A wide text that consists of runs. All characters of a run are of one kind.
 std::wstring randomText(RandomText& random, bool withLoneSurrogates) {
     std::wstring text;
     const std::size_t length = random.below(kMax);
@@ -63,7 +63,7 @@ protected:
         }
     }
 
-    /// Decodes at most `left` of `bytes`, which end at an inaccessible page, and checks the result.
+    /// Decodes at most the first `left` bytes of `bytes`, which end at an inaccessible page, and checks the result.
     Progress decode(std::string_view bytes, std::size_t left, std::size_t room, Overwrite overwrite) {
         const auto* const input =
             m_bytes.placeAtEnd({reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size()});
@@ -88,7 +88,8 @@ protected:
         return done;
     }
 
-    /// Encodes at most `left` of `units` and checks the result.
+    /// Encodes at most the first `left` units of `units` and checks the result. If `paired` is true, surrogates are
+    /// read in pairs.
     Progress encode(std::wstring_view units, std::size_t left, std::size_t room, bool paired) {
         const auto* const input = m_units.placeAtEnd(units);
         std::string out(room + 40, static_cast<char>(kGuardByte));
@@ -217,8 +218,9 @@ TEST_F(Utf8Avx2, ConvertsAcrossPages) {
     }
 }
 
-/// Runs of one or two bytes per character are converted across pages without a stop at each border. The text ends at a
-/// zero or at the bound, directly before an inaccessible page.
+/// A long run of characters of one or two bytes is converted across pages without a stop at each border. The text ends
+/// with zeros or at the bound, directly before an inaccessible page. Its last 64 bytes or 32 units may be left to the
+/// scalar codec.
 TEST_F(Utf8Avx2, ConvertsRunsOfSeveralPages) {
     for (const std::size_t index : {std::size_t{0}, std::size_t{1}}) {
         const Kind& kind = kindOf(index);
@@ -271,7 +273,7 @@ TEST_F(Utf8Avx2, ConvertsRandomTextsOfSeveralPages) {
 }
 
 /// A byte that the conversion does not accept as a lead byte (a surplus trailing byte, 0xF1, 0xFF) ends the input like
-/// a zero: the next page need not be readable.
+/// a zero. So the byte may be the last byte before an inaccessible page.
 TEST_F(Utf8Avx2, ReadsNothingPastAnInvalidByte) {
     for (const std::string last : {"\x80", "\xBF", "\xF1", "\xFF", "\xC3\xA9\x80", "\xE2\x82\xAC\x80"}) {
         for (const std::string before : {"a", "\xC3\xA9", "\xE2\x82\xAC", "\xF0\x9F\x98\x80"}) {
@@ -285,7 +287,7 @@ TEST_F(Utf8Avx2, ReadsNothingPastAnInvalidByte) {
     }
 }
 
-/// Bytes that are stored after the encoded text are zeros, so unused slots of an array stay zero.
+/// The encoder may store bytes after the encoded text. They must be zeros, so that unused slots of an array stay zero.
 TEST_F(Utf8Avx2, EncodesWithZerosAfterTheText) {
     RandomText random(kSeed);
     for (int text = 0; text < 1500; ++text) {
@@ -300,7 +302,8 @@ TEST_F(Utf8Avx2, EncodesWithZerosAfterTheText) {
 }
 
 TEST_F(Utf8Avx2, StopsBeforeMalformedText) {
-    // After characters of each kind: one trailing byte too many, one too few, a lead byte above 0xF0, an overlong form.
+    // Each malformed sequence follows well-formed characters: a surplus trailing byte, two sequences whose last byte is
+    // missing, a lead byte above 0xF0 with trailing bytes, an overlong form, and a lead byte above 0xF0 alone.
     for (const std::string damage : {"\x80", "\xC3z", "\xE2\x82z", "\xF1\x80\x80\x80", "\xF0\x8F\xBF\xBF", "\xF8"}) {
         for (const std::string before : {"", "a", "\xC3\xA9", "\xE2\x82\xAC", "\xF0\x9F\x98\x80"}) {
             for (std::size_t count = 0; count != 20; ++count) {

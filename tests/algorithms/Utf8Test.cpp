@@ -21,7 +21,7 @@ using vorel::algorithms::Surrogates;
 using vorel::algorithms::Utf8Sequence;
 using vorel::algorithms::utf8SequenceLength;
 
-/// Trailing bytes of every kind: valid ones, ASCII, zeros, lead bytes, and single bits.
+/// Texts of five bytes that follow a lead byte: valid trailing bytes, zeros, ASCII, 0xFF, and zeros with one bit set.
 const std::vector<std::string>& trailers() {
     static const std::vector<std::string> kTrailers = [] {
         std::vector<std::string> all = {std::string(5, '\x80'), std::string(5, '\xBF'), std::string(5, '\0'),
