@@ -1,5 +1,5 @@
 /// \file
-/// Uses the flat interface from C. The header must compile as C11.
+/// Uses the flat interface from C. The header vorelCoreC.h must compile as C11.
 
 #include "flat/CProgram.h"
 
@@ -14,7 +14,7 @@ _Static_assert(VOREL_OK == 0 && VOREL_ERROR_INTERNAL == 10, "the status numbers 
 
 static const vorel_char16 kBase64[] = {'Q', 'U', 'J', 'D'};
 
-/// Decodes with a buffer of the size that a first call returns.
+/// Asks for the size of the result with a first call, and passes this size to a second call as the capacity.
 static const char* decodeInTwoSteps(void) {
     char bytes[8] = "........";
     size_t size = 0;

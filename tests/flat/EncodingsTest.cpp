@@ -72,7 +72,7 @@ TEST(FlatUtf8, RejectsInvalidUtf8) {
         "\xFC",          //
         "\xC3\0a"sv,     // truncated by a zero
         "\xF0\x9F\0\0\0\0"sv,
-        "0123456789012345678901234567890123456789\xE2",
+        "0123456789012345678901234567890123456789\xE2",  // a long text that is truncated by the end
     };
     for (const std::string_view row : kRows) {
         const test::FlatInput<char> input(row);

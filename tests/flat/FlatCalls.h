@@ -3,7 +3,10 @@
 /// capacities.
 ///
 ///     const test::FlatText text(L"QQ==");
-///     EXPECT_EQ(test::flatOutput<unsigned char>([&](auto... out) { return vorel_base64_decode(text, out...); }), …);
+///     EXPECT_EQ(test::flatBytes([&](auto... out) {
+///                   return vorel_base64_decode(text.data(), text.size(), out...);
+///               }),
+///               "A");
 #pragma once
 
 #include <algorithm>
@@ -50,7 +53,7 @@ struct FlatBytes : FlatInput<unsigned char> {
     FlatBytes(std::string_view bytes) : FlatInput(bytes) {}
 };
 
-/// Whether a zero is written after the output if the buffer has space.
+/// Whether the library writes a zero after an output of these units if the buffer has space.
 template <class Unit>
 constexpr bool kEndsInZero = std::is_same_v<Unit, vorel_char16> || std::is_same_v<Unit, char>;
 

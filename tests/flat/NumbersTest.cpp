@@ -23,7 +23,7 @@ template <class Value>
 struct Parsed {
     std::wstring_view text;
     vorel_status status;
-    Value value;  // ignored after a failure: the output must not change
+    Value value;  // ignored if the status is a failure, because then the output must not change
 };
 
 /// Checks a function with a table, and with inputs that every function rejects.
