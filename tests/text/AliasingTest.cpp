@@ -271,7 +271,8 @@ std::vector<Row> values() {
 
 // ---- Buffers of the caller ------------------------------------------------------------------------------------------
 
-/// Runs `operation(input, output, capacity)` with the input in a buffer of 8,000 bytes.
+/// A row for an operation `run(input, output, capacity)`. The output is a buffer of 8,000 bytes. The input is a text in
+/// this buffer, or a separate copy of the text.
 template <class Input, class Unit, class Run>
 Row bufferRow(const char* name, std::string_view pattern, Run run) {
     return {name, [=](Place place, std::size_t units, std::size_t offset) {
@@ -305,7 +306,8 @@ std::vector<Row> buffers() {
 
 // ---- Lists of texts -------------------------------------------------------------------------------------------------
 
-/// Runs `operation(first, second, list)`. Both texts are items of the list, which has no spare capacity.
+/// A row for an operation `run(first, second, list)`. Both texts are items of the list, or of a copy of the list. The
+/// list has no spare capacity.
 template <class T, class Run>
 Row listRow(const char* name, std::string_view second, Run run) {
     return {name, [=](Place place, std::size_t units, std::size_t offset) {

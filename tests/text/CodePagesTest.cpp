@@ -74,7 +74,8 @@ TEST(CodePages, OpenCodepage_AcceptsAnyNumber) {
     EXPECT_EQ(util::iconv_open_codepage(-1, 1), handleOf(0xFFFF, 1));
     EXPECT_EQ(util::iconv_open_codepage(0, -1), handleOf(0, 0xFFFF));
     EXPECT_EQ(util::iconv_open_codepage(0, 65536 + 1252), handleOf(0, 1252));
-    EXPECT_EQ(failureOf([] { return util::iconv_open_codepage(-1, -1); }), (Failure<int>{-1, 0}));  // a valid handle
+    // The handle of these two numbers is -1, so this result is not a failure, and errno does not change.
+    EXPECT_EQ(failureOf([] { return util::iconv_open_codepage(-1, -1); }), (Failure<int>{-1, 0}));
     EXPECT_EQ(failureOf([] { return util::iconv_open_codepage(0, 0); }), kInvalid);
     EXPECT_EQ(failureOf([] { return util::iconv_open_codepage(65536, 0); }), kInvalid);
     EXPECT_EQ(failureOf([] { return util::iconv_open_codepage(0, 65536); }), kInvalid);

@@ -80,7 +80,7 @@ TEST(HexTest, Decode_ReportsInvalidPairs) {
 
 TEST(HexTest, Decode_UsesTheLowEightBits) {
     Array<unsigned char> bytes;
-    EXPECT_EQ(Hex::Decode(L"\u0141\u0232", bytes), 0);  // 41 and 32: A and 2
+    EXPECT_EQ(Hex::Decode(L"\u0141\u0232", bytes), 0);  // the low bytes are 'A' and '2'
     EXPECT_EQ(valuesOf(bytes), Bytes{0xA2});
     EXPECT_EQ(Hex::Decode(L"\u0161"
                           L"2",
@@ -251,7 +251,8 @@ TYPED_TEST(HexText, HexStringToByteArray_WithLength) {
     EXPECT_EQ(valuesOf(bytes), (Bytes{0x40, 0x42}));
 }
 
-// An array without storage gets five slots, doubled until they are enough. The slots after the bytes are zeros.
+// An array without storage gets five slots. If they are not enough, the number is doubled until it is sufficient. The
+// slots after the bytes are zeros.
 TYPED_TEST(HexText, HexStringToByteArray_DoublesFiveSlots) {
     struct Case {
         unsigned int count;

@@ -30,7 +30,7 @@ struct Filled {
     }
 };
 
-/// The expected buffer: `written`, then unchanged units up to `size`.
+/// The expected result: `written`, then unchanged units up to the end of the guard units.
 Filled restUnchanged(bool done, const std::wstring& written, std::size_t size) {
     return {done, written + std::wstring(size + kGuards - written.size(), kGuard)};
 }

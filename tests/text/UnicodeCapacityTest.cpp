@@ -116,7 +116,8 @@ TEST(UnicodeCapacity, KeepsALargerCapacity) {
     EXPECT_EQ(bytes.capacity(), 3 * kMi);
 }
 
-/// Trailing bytes are not checked. Whole blocks of 450 units are kept before a byte that does not start a sequence.
+/// Trailing bytes are not checked. If a byte does not start a sequence, the decoder keeps only the whole blocks of 450
+/// units before this byte.
 TEST(UnicodeCapacity, MalformedTextCountsAsItIsDecoded) {
     struct Case {
         std::string bytes;
@@ -154,7 +155,7 @@ TEST(UnicodeCapacity, MalformedTextCountsAsItIsDecoded) {
     EXPECT_EQ(replaced.capacity(), 1024u) << "unpaired surrogates have one byte each";
 }
 
-/// An invalid text does not change the buffer of the string, unless a whole block does not fit.
+/// If the text is invalid, the string grows only if the whole blocks of 450 units before the invalid byte do not fit.
 TEST(UnicodeCapacity, InvalidTextGrowsForWholeBlocksOnly) {
     struct Case {
         unsigned int before;    // units reserved

@@ -175,7 +175,8 @@ TEST(UnicodeEncoding, SlotsAfterTheCountAreZeroInAReusedArray) {
     EXPECT_EQ(textOf(bytes), "ab" + std::string(598, '\0'));
 }
 
-/// The encoder stores whole vectors, so it writes past the result into unused slots.
+/// The encoder stores whole vectors, so it writes past the result into unused slots. These slots must be zero after the
+/// call.
 TEST(UnicodeEncoding, SlotsAfterTheCountStayZeroInAReservedArray) {
     const std::wstring mixed = std::wstring(9, L'\x20AC') + L"ab\xE9\xE9xyz\xE9qrs";
     const std::wstring texts[] = {mixed, std::wstring(70, L'a') + mixed, std::wstring(41, L'\xE9'),

@@ -1,5 +1,6 @@
-// Converts random texts with many special bytes and units with every overload in both directions. The results must
-// equal the results of the reference codec. A conversion must not read input that the reference does not read.
+// Converts random texts in both directions with every overload. The texts contain many special bytes and units. The
+// results must equal the results of the reference codec. A conversion must not read input that the reference does not
+// read.
 
 #include <algorithm>
 #include <string>
@@ -33,7 +34,7 @@ constexpr std::string_view kBytes("\0\x01\x41\x7F\x80\xBF\xC0\xC3\xDF\xE0\xED\xE
 constexpr std::wstring_view kUnits(L"\0\x01\x41\x7F\x80\xFF\x7FF\x800\x4100\xD7FF\xD800\xDBFF\xDC00\xDFFF\xE000\xFFFF",
                                    16);
 
-/// Unused slots of an array are zero, even if the conversion wrote to them.
+/// Whether the unused slots of an array are zero. They must be zero even if the conversion wrote to them.
 bool hasZerosAfterCount(const Array<unsigned char>& bytes) {
     return std::all_of(bytes.data() + bytes.size(), bytes.data() + bytes.allocated(),
                        [](unsigned char byte) { return byte == 0; });

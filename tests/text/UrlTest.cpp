@@ -33,7 +33,7 @@ void expectBuffer(const T* returned, const BaseString<T>& output) {
     EXPECT_EQ(returned, output.c_str());
 }
 
-/// A way to call the encoder, with flags or a component, and the characters that it escapes in addition.
+/// A way to call the encoder, with flags or with a component, and the same rule for the reference encoder.
 struct Use {
     int component;  // kFlags for the overloads with flags
     bool reserved;
@@ -170,7 +170,7 @@ TYPED_TEST(UrlOfNothing, GivesAnEmptyText) {
     }
 }
 
-/// Inputs inside the output, at its start or after it.
+/// The input is the whole text of the output or the end of this text.
 TEST(UrlInPlace, InputInsideTheOutput) {
     const std::string pattern = "a b%41+~/\xC3\xA9%zz";
     for (std::size_t length = 1; length <= 300; length += length < 20 ? 1 : 40) {
@@ -264,7 +264,8 @@ TEST(UrlDecode, WideTextMustBeUtf8) {
     EXPECT_THROW(urlDecode(L"%80"), vorel::Exception);
 }
 
-/// Fills blocks of the heap with lead bytes, and frees the blocks.
+/// Fills blocks of the heap with lead bytes, and frees the blocks. So memory that is allocated later does not contain
+/// zeros by chance.
 void dirtyFreeBlocks() {
     std::vector<std::string> blocks;
     for (std::size_t size = 16; size <= 4096; size += size / 16) {
@@ -272,7 +273,7 @@ void dirtyFreeBlocks() {
     }
 }
 
-/// Trailing bytes are not checked; trailing bytes past the end of the text are zeros.
+/// Trailing bytes are not checked. If the text ends within a sequence, the missing trailing bytes are decoded as zeros.
 TEST(UrlDecode, WideTextMayEndWithinASequence) {
     struct Row {
         const wchar_t* text;

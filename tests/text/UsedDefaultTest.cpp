@@ -1,6 +1,6 @@
 /// \file
-/// The report whether a default character was used. For some code pages, the system does not support this report, and
-/// rejects the call ("WideCharToMultiByte function").
+/// Tests of the report whether a default character was used. For some code pages, the system does not support this
+/// report, and rejects the call (Microsoft's documentation, page "WideCharToMultiByte function").
 
 #include "vorel/text/CodePages.h"
 
@@ -47,7 +47,8 @@ TEST(UsedDefault, IsReportedByAllOtherKindsOfPages) {
         const wchar_t* text;
         bool used;
     };
-    // Windows-1252, Latin 1, Japanese, simplified Chinese: with and without a character that the page lacks.
+    // Windows-1252, Latin 1, Japanese and simplified Chinese, each with a character that the page has and a character
+    // that the page lacks.
     for (const Case& c : {Case{1252, L"\u20AC", false}, Case{1252, L"\u4E00", true}, Case{28591, L"\u00E9", false},
                           Case{28591, L"\u4E00", true}, Case{932, L"\u4E00", false}, Case{932, L"\u05D0", true},
                           Case{936, L"\u4E00", false}, Case{936, L"\u05D0", true}}) {
