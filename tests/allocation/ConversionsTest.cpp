@@ -67,8 +67,8 @@ void utf8ToString(Attempt& attempt) {
     }
 }
 
-/// The overloads for narrow text add a last record, which quotes the text. If all later requests fail, the quoted text
-/// cannot be converted to wide text, so only the records before the last record are complete.
+/// The overloads for narrow text add a last record, which quotes the text. If the memory stays exhausted, the quoted
+/// text cannot be converted to wide text, so only the records before the last record are complete.
 void expectMemoryExceptionWithInput(Attempt& attempt, const Requests& requests, const std::string& record,
                                     const std::string& quoted) {
     const std::wstring wideRecord = test::widened(record);

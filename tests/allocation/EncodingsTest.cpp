@@ -1,4 +1,5 @@
-// Binary-to-text encodings, URLs and code pages with a failing heap. An encoding allocates at most once.
+// Binary-to-text encodings, URLs and code pages with a failing heap. A binary-to-text encoding allocates
+// memory at most once.
 
 #include <cerrno>
 #include <typeinfo>
@@ -199,7 +200,7 @@ void fillNames(Attempt& attempt) {
     vorel::detail::CodePageState* const state = vorel::detail::codePageState.get();
     ASSERT_NE(state, nullptr);
     {
-        const heap::Unwatched buckets;  // allocated once and kept
+        const heap::Unwatched buckets;  // the map keeps the buckets that it allocates here
         util::iconv_open("UTF-8", nullptr);
     }
     state->codePageNames.clear();
@@ -216,7 +217,8 @@ void fillNames(Attempt& attempt) {
     state->codePageNames.clear();
 }
 
-/// After the map of names is filled, converters allocate nothing: the system converts into the caller's storage.
+/// After the map of names is filled, converters allocate nothing, because the system writes its results to the
+/// caller's buffers.
 void convertByCodePage(Attempt& attempt) {
     util::iconv_open("UTF-8", nullptr);
     char bytes[8] = {};

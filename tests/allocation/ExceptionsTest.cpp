@@ -225,7 +225,8 @@ void dumpedStack(Attempt& attempt) {
     EXPECT_EQ(original.e.getMessageTotal(), attempt.completed() ? 0u : 2u);
 }
 
-/// The system's text is not logged, because it contains a line end.
+/// The test prevents that the system's text is logged. The text contains a line end, so it would be two lines of the
+/// log.
 void systemError(Attempt& attempt) {
     Exception e(L"a message");
     e.setDelayedLogging(true);
@@ -311,7 +312,7 @@ const std::vector<Operation>& operations() {
 
 INSTANTIATE_TEST_SUITE_P(Exceptions, FailingHeap, underBothFailures(operations()), failingHeapName);
 
-/// The first allocation of a message is the block for a long text.
+/// The first allocation for a long message is the block for its text.
 template <class T>
 void expectTruncatedMessage() {
     const auto text = longText<T>(kLongMessage);

@@ -23,7 +23,7 @@ Units longUnits(wchar_t unit) {
     return units(std::wstring(600, unit));
 }
 
-/// Expects `VOREL_ERROR_OUT_OF_MEMORY` if a request failed, `expected` otherwise.
+/// Expects the status `VOREL_ERROR_OUT_OF_MEMORY` if a request failed, and the status `expected` otherwise.
 template <class Call>
 void expectStatus(Attempt& attempt, vorel_status expected, Call&& call) {
     vorel_status status = -1;
@@ -118,7 +118,7 @@ void parseNumber(Attempt& attempt) {
     EXPECT_EQ(value, attempt.allocationFailed() ? 77 : 0);
 }
 
-/// The text is invalid. If memory runs out while this is reported, either error is allowed.
+/// The text is invalid. If memory runs out while the error is reported, the status may be either of the two errors.
 void parseRanges(Attempt& attempt) {
     const Units text = units(L"x");
     std::size_t count = 4711;

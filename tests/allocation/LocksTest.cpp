@@ -29,7 +29,7 @@ using vorel::NamedCondition;
 
 const std::wstring kRethrown = L": Vorel exception rethrown";
 
-/// A mutex of the system, and its name for clients of the library.
+/// A mutex that exists in the system, and the name for opening it with the library, which adds "Global\".
 struct ExistingMutex {
     ExistingMutex() : name(test::NamedEvent::uniqueName(L"failing_heap_mutex")), handle(make(name)) {}
 
@@ -54,8 +54,8 @@ void construct(Attempt& attempt) {
             EXPECT_EQ(attempt.logged().back(), "Vorel Error: AutoMutex::AutoMutex(): Vorel exception rethrown");
         }
     }
-    // The mutex is free. If this thread still owned the mutex, it could lock the mutex too, but would then own it
-    // twice.
+    // The mutex must be free. If this thread still owned the mutex, the wait would succeed, too. But then the thread
+    // would own the mutex twice, and the second release would succeed.
     EXPECT_EQ(WaitForSingleObject(mutex.handle.get(), 0), WAIT_OBJECT_0);
     EXPECT_TRUE(ReleaseMutex(mutex.handle.get()));
     EXPECT_FALSE(ReleaseMutex(mutex.handle.get())) << "the thread owned the mutex twice";
@@ -116,7 +116,8 @@ std::wstring timedOut(const std::wstring& name) {
     return L"Failed to lock mutex " + name + L": Timed out";
 }
 
-/// Expects the requested exception, or an exception that reports that its text could not be allocated.
+/// Expects the exception about the timeout, or a `MemoryException` if memory for the text of that exception could not
+/// be allocated.
 void lockThatThrows(Attempt& attempt) {
     const ExistingMutex mutex;
     AutoMutex object(mutex.name.c_str(), false, false);
@@ -134,7 +135,8 @@ BOOL WINAPI failRelease(HANDLE) {
     return FALSE;
 }
 
-/// The object owns the mutex until it is released, whichever allocation fails.
+/// The system refuses to release the mutex. Whichever allocation fails, the object still owns the mutex after the
+/// failed call, and can release it later.
 void unlockThatFails(Attempt& attempt) {
     const ExistingMutex mutex;
     AutoMutex object(mutex.name.c_str(), true, false);
@@ -186,7 +188,8 @@ void lockThatWarns(Attempt& attempt) {
     }
 }
 
-/// A call without an exception, an error text or a timeout reports nothing and does not allocate memory.
+/// If the timeout is 0 and the caller requests neither an exception nor an error text, a failed lock is not reported,
+/// and no memory is allocated.
 void lockSilently(Attempt& attempt) {
     const ExistingMutex mutex;
     AutoMutex object(mutex.name.c_str(), false, false);

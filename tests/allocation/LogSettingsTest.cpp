@@ -25,7 +25,8 @@ namespace {
 
 using vorel::Exception;
 
-/// The name of a target that was never used, because the library keeps the names of all targets.
+/// Returns another name in each call. The library keeps the names of all targets, so a name that was already used would
+/// not be stored again.
 template <class T>
 std::basic_string<T> newTarget() {
     static unsigned int count = 0;
@@ -91,7 +92,7 @@ void enableLogging(Attempt& attempt) {
     EXPECT_EQ(isSilenced, attempt.allocationFailed());
 }
 
-/// The warning about an invalid parameter of the runtime needs memory only for its text.
+/// The warning about an invalid parameter of a runtime function is logged completely, even if every allocation fails.
 void warnOfInvalidParameter(Attempt& attempt) {
     const test::ParameterHandler handler = reveal(test::InvalidParameterHandler());
     attempt.perform([&] { handler(L"count > 0", L"read", L"file.c", 7, 0); });

@@ -1,5 +1,5 @@
-// Catching, recording and rethrowing with a failing heap: the record is logged, a caught exception ends, and a rethrown
-// exception keeps its class.
+// Catching, recording and rethrowing with a failing heap: the record is logged, a caught exception loses its messages
+// and is not thrown again, and a rethrown exception keeps its class.
 
 #include <string>
 #include <typeinfo>

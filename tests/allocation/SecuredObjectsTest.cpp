@@ -24,7 +24,8 @@ namespace {
 using test::Handle;
 using vorel::BaseString;
 
-/// Makes one step of creating an object's security fail until the returned object is destroyed.
+/// Makes calls of `InitializeAcl` fail until the returned object is destroyed. The library calls it to create the
+/// security of an object.
 auto failingStep() {
     return test::failCalls<importedInitializeAcl>();
 }
@@ -111,8 +112,8 @@ void event(Attempt& attempt) {
     EXPECT_TRUE(second);
 }
 
-/// Expects `expected` as the caller's text. If a request failed, expects a fixed short text if it can be stored, an
-/// empty text otherwise.
+/// Expects `expected` as the caller's text if no request failed. Otherwise expects a fixed short text, or an empty text
+/// if the short text cannot be stored either.
 void expectEventText(const Attempt& attempt, const BaseString<wchar_t>& text, bool hasCapacity,
                      const std::wstring& expected) {
     const heap::Unwatched unwatched;
@@ -224,7 +225,7 @@ void mappingOfNewFile(Attempt& attempt) {
     EXPECT_EQ(DeleteFileW(path.c_str()) != FALSE, attempt.completed());
 }
 
-/// All attempts fail. Memory may run out before the attempts, or while their failure is reported.
+/// All attempts to map an empty file fail. Memory may run out before the attempts, or while their failure is reported.
 void mappingOfEmptyFile(Attempt& attempt) {
     const test::TemporaryFolder folder;
     const std::wstring path = folder.widePath() + L"\\an empty file.dat";

@@ -1,4 +1,5 @@
-// Strings with a failing heap: a failed operation leaves the string and its buffer unchanged.
+// Strings with a failing heap: a failed operation leaves the string and its buffer unchanged. A failed `format` clears
+// the string instead, unless the format or an argument is in the string.
 
 #include <cstring>
 #include <optional>

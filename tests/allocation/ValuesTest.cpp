@@ -57,7 +57,8 @@ void splitNarrow(Attempt& attempt) {
     EXPECT_EQ(parts[0], "old");
 }
 
-/// The array is cleared first. After a failure it contains the items that were read before.
+/// The operation clears the array first. After a failure, the array contains the items that were read before the
+/// failure.
 template <class T>
 void expectItems(const Attempt& attempt, const Array<BaseString<T>>& items, std::vector<std::basic_string<T>> all) {
     if (!attempt.completed()) {

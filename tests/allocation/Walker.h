@@ -84,7 +84,8 @@ public:
 
     /// Expects that the step completes if no request failed. Otherwise expects a `MemoryException` for one of
     /// `requests`. Its messages must be the message for this request and `records`, and the log must contain all of
-    /// them. If all later requests fail, the exception must have no messages, but the log must still contain them.
+    /// them. If the requests after the failed request fail, too, the exception must have no messages, but the log must
+    /// still contain them.
     void expectMemoryException(const std::vector<Request>& requests, const Messages& records = {}) const;
 
     /// Expects that the step completes if no request failed. Otherwise expects a `MemoryException` with any messages.
