@@ -1,6 +1,6 @@
 /// \file
-/// `Array` as users of the standard library write it: lists of elements, ranges, deduced element types, `push_back` and
-/// `emplace_back`. ArrayTest.cpp tests the other members.
+/// The members of `Array` that work as in containers of the standard library: construction from lists and ranges,
+/// deduced element types, `push_back` and `emplace_back`. ArrayTest.cpp tests the other members.
 
 #include <algorithm>
 #include <array>
@@ -144,14 +144,14 @@ struct Numbers {
     std::istream& stream;
 };
 
-/// A range that has more elements than an array.
+/// A range that has more elements than an array can have.
 struct TooMany {
     [[nodiscard]] static const long long* begin() { return nullptr; }
     [[nodiscard]] static const long long* end() { return nullptr; }
     [[nodiscard]] static std::size_t size() { return 0x100000000; }
 };
 
-/// The strings of a vector, to be moved.
+/// A range whose iterators move the strings out of a vector.
 struct Moved {
     [[nodiscard]] auto begin() const { return std::move_iterator(strings.begin()); }
     [[nodiscard]] auto end() const { return std::move_iterator(strings.end()); }
@@ -159,7 +159,7 @@ struct Moved {
     std::vector<String>& strings;
 };
 
-/// A number whose conversion to an element fails for 7.
+/// A number that can be converted to an element. The conversion of the number 7 throws.
 struct Failing {
     explicit operator Explosive() const {
         return number == 7 ? throw std::runtime_error("no element") : Explosive(number);

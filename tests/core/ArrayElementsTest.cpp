@@ -257,7 +257,9 @@ TEST(ArrayOfExplosives, EveryOperationCompletesBeforeItThrowsTheFirstFailure) {
     }
 }
 
-/// Destroys an array of the values 1 to 5, or an array that contains it, with or without another exception in flight.
+/// Destroys an array of the values 1 to 5. `explosions` lists the values whose destructors throw. If `nested` is true,
+/// the array is an element of another array, which is destroyed. If `unwinding` is true, the destruction is a part of
+/// stack unwinding.
 void destroyArray(const std::vector<std::pair<int, Explosion>>& explosions, bool nested, bool unwinding) {
     Array<Explosives> outer;
     outer.setCount(nested ? 3 : 0);

@@ -233,7 +233,8 @@ TEST(BaseStringFormatOfNarrowText, UnconvertibleWideArgument_AfterLongText) {
 }
 
 TYPED_TEST(BaseStringFormat, RejectedConversion_Throws) {
-    // The runtime rejects %n as an invalid parameter. The library's handler ignores this.
+    // The runtime rejects %n as an invalid parameter. The library's handler for invalid parameters lets the program
+    // continue, so the print function returns with EINVAL.
     int count = 77;
     for (const bool allocated : {false, true}) {
         BaseString<TypeParam> string;
@@ -263,6 +264,7 @@ TYPED_TEST(BaseStringFormat, Format_ClearsErrno) {
     }
 }
 
+// The library measures a text by rendering it to the null device.
 TYPED_TEST(BaseStringFormat, WithoutTheNullDevice_FirstBufferFitsTheRenderedText) {
     const test::ExhaustedStreams none;
     for (const unsigned int count : {0u, 5u, 15u}) {

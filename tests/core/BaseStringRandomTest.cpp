@@ -136,7 +136,8 @@ private:
         const Model text = randomText(100) + T{'.'};
         const auto count = static_cast<unsigned int>(text.size());
         text.copy(m_string.reserve(count, true), count);
-        // If the buffer was large enough, the string keeps its known length, because the write does not update it.
+        // If the buffer was large enough, the string still has a known length, which the write does not update. So the
+        // text is also assigned.
         if (test::knowsLength(m_string)) {
             m_string = BaseString<T>(text.c_str());
         }

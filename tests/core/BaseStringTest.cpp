@@ -1,6 +1,6 @@
 /// \file
-/// Members of `BaseString`: construction, assignment, appending, comparison. BaseStringGrowthTest.cpp tests growth,
-/// BaseStringFormatTest.cpp formatting.
+/// Members of `BaseString`: construction, assignment, appending, comparison. BaseStringGrowthTest.cpp tests
+/// growth, and BaseStringFormatTest.cpp tests formatting.
 
 #include "vorel/core/BaseString.h"
 

@@ -1,5 +1,5 @@
 /// \file
-/// `BaseString` with the standard library's views and hashes, and range-based loops.
+/// `BaseString` with the views and hashes of the standard library, and range-based loops over `Array`.
 
 #include <cstddef>
 #include <numeric>

@@ -34,7 +34,7 @@ CRITICAL_SECTION* sectionOf(const auto& lock) {
     return static_cast<CRITICAL_SECTION*>(lock.getHandle());
 }
 
-/// The rules of both kinds of critical section while the switch is on.
+/// The rules of both kinds of critical section while thread safety is on (`EnableThreadSafety`).
 template <class Lock>
 class CriticalSection : public ::testing::Test {};
 
@@ -106,7 +106,7 @@ TYPED_TEST(CriticalSection, GetHandle_ReturnsTheCriticalSectionOfTheSystem) {
     lock.unlock();
 }
 
-/// Sets the handle of a lock to null, as in a partly constructed or destroyed lock, and restores it.
+/// Sets the handle of a lock to null, as in a partly constructed or destroyed lock. The destructor restores the handle.
 template <class Lock>
 class WithoutHandle {
 public:

@@ -8,7 +8,7 @@
 
 namespace test {
 
-/// The exception that the destructor of a value throws.
+/// Selects the exception that the destructor of a value throws.
 enum class Explosion {
     None,
     Library,  ///< `MemoryException(number, 2)`
@@ -20,7 +20,8 @@ struct OtherException {
     int number;
 };
 
-/// Counts its live objects. A copy has the same number and never throws.
+/// A value whose destructor throws the exception that `explosion` selects. Copying copies only the number, so the
+/// destructor of a copy does not throw. The class counts its live objects.
 struct Explosive {
     Explosive() noexcept { ++s_alive; }
     explicit Explosive(int value) noexcept : number(value) { ++s_alive; }

@@ -1,5 +1,6 @@
 /// \file
-/// Two rules of the hash map: how it compares names, and the next prime, which is its number of buckets after growth.
+/// Two rules of the hash map: the comparison of names, and the search for the next prime. When a map grows, its number
+/// of buckets becomes the next prime above twice the old number.
 
 #include <algorithm>
 #include <cstdint>

@@ -1,5 +1,5 @@
 /// \file
-/// The memory layout of a string that other modules rely on.
+/// The memory layout of a string. Other modules rely on this layout.
 #pragma once
 
 #include <cstring>

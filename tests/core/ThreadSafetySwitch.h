@@ -1,5 +1,6 @@
 /// \file
-/// Helpers for the tests of locks: they restore the switch, and run actions on another thread.
+/// Helpers for the tests of locks: a class that restores the thread-safety switch, and functions that run actions on
+/// another thread.
 #pragma once
 
 #include <future>
