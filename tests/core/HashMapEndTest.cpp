@@ -54,7 +54,7 @@ void fill(ExplosiveMap& map, const Explosions& explosions) {
 struct Case {
     const char* why;
     Explosions explosions;
-    std::vector<std::wstring> messages;  ///< of the exception that `clear` throws; empty if it is not of the library
+    std::vector<std::wstring> messages;  ///< of the exception that `clear` throws; empty for an `OtherException`
     Texts lines;                         ///< the lines that `clear` logs
 };
 

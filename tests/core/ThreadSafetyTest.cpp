@@ -104,7 +104,7 @@ TEST(Sleep, WaitsAtLeastTheGivenTime) {
     vorel::Sleep(0);
     const ULONGLONG before = GetTickCount64();
     vorel::Sleep(60);
-    EXPECT_GE(GetTickCount64() - before, 60u - 16u);  // the tick count moves in steps
+    EXPECT_GE(GetTickCount64() - before, 60u - 16u);  // the tick count grows in steps of up to 16 ms
 }
 
 }  // namespace
