@@ -37,7 +37,7 @@ struct Piece {
     State state;
 };
 
-/// Freed small blocks: the pieces that had one accessible page, oldest first. Their pages stay allocated.
+/// A queue of freed small blocks, that is, of pieces with one accessible page. Their pages stay allocated.
 struct Retired {
     std::uint32_t pages[kMaxRetired];
     std::size_t first;

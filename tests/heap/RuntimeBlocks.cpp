@@ -1,7 +1,8 @@
 #include "heap/Blocks.h"
 
-// The functions that malloc and its family call. With lld, `__real_malloc` would be the replacement itself, because
-// this linker also wraps the pointer through which a program calls a function of a DLL.
+// The functions that the runtime's `malloc`, `calloc`, `realloc` and `free` call. `__real_malloc` cannot be used here.
+// If the linker is lld, `__real_malloc` is the replacement itself, because lld also wraps the pointer through which a
+// program calls a function of a DLL.
 extern "C" {
 void* _malloc_base(std::size_t bytes);
 void* _calloc_base(std::size_t count, std::size_t bytes);
