@@ -160,7 +160,7 @@ struct Avx2 {
     }
 };
 
-/// The best algorithm for this processor, then small blocks for the rest.
+/// Decodes with the best algorithm for this processor, and decodes the rest in small blocks.
 template <class T>
 struct Together {
     using Unit = T;

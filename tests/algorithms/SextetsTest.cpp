@@ -116,8 +116,8 @@ protected:
     using Unit = typename Implementation::Unit;
     using Text = std::basic_string<Unit>;
 
-    /// Encodes bytes between inaccessible pages into a buffer of exactly the required size. Expects that all whole
-    /// groups are encoded if there are enough bytes for the algorithm.
+    /// Encodes bytes that end or begin at an inaccessible page into a buffer of exactly the required size. Expects that
+    /// all whole groups are encoded if there are enough bytes for the algorithm.
     void expectEncoded(const Bytes& bytes, const Encoding& encoding) {
         const std::size_t whole = bytes.size() / 3 * 3;
         const std::size_t expected = whole < Implementation::kMinBytes ? 0 : whole;

@@ -76,6 +76,8 @@ protected:
         return true;
     }
 
+    /// Encodes `text` up to a zero, or at most `length` units if `length` is not negative. Returns whether the whole
+    /// text was encoded, and then also checks the result.
     template <Surrogates Rule>
     bool encodes(std::wstring_view text, int length, std::size_t capacity) {
         const std::wstring input(text);
