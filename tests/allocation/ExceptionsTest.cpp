@@ -225,8 +225,7 @@ void dumpedStack(Attempt& attempt) {
     EXPECT_EQ(original.e.getMessageTotal(), attempt.completed() ? 0u : 2u);
 }
 
-/// The test prevents that the system's text is logged. The text contains a line end, so it would be two lines of the
-/// log.
+/// The test does not log the system's text. The text contains a line end, so it would be two lines of the log.
 void systemError(Attempt& attempt) {
     Exception e(L"a message");
     e.setDelayedLogging(true);
