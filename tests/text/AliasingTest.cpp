@@ -75,7 +75,7 @@ std::string outcomeOf(const Array<BaseString<T>>& output) {
     return all;
 }
 
-/// Returns `bytes` bytes of memory in the output. The memory of an array becomes its elements.
+/// Returns `bytes` bytes of memory in the output. In an array, this memory contains the elements.
 template <class T>
 unsigned char* memoryOf(BaseString<T>& output, std::size_t bytes) {
     return reinterpret_cast<unsigned char*>(output.reserve(static_cast<unsigned int>(bytes / sizeof(T) + 1), true));

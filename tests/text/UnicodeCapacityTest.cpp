@@ -1,6 +1,6 @@
 // The capacity of a result. Strings grow to the next power of two, and from 1 Mi units on in steps of 1 Mi. Arrays
-// double, starting with five slots. Decoded strings and arrays have the capacity that appending the text piece by piece
-// would give. Encoded strings have the capacity of one `reserve` for the whole text.
+// double, starting with five slots. Decoded strings, and arrays of encoded bytes, have the capacity that results if
+// the text is appended piece by piece. Encoded strings have the capacity of one `reserve` for the whole text.
 
 #include <string>
 
