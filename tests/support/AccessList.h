@@ -56,7 +56,7 @@ inline std::vector<AccessEntry> sharedEntries(DWORD allAccess = GENERIC_ALL) {
     return {denied(0xC0000, everyone()), allowed(allAccess, everyone())};
 }
 
-/// The discretionary access control list; `present` is false if the descriptor has none.
+/// The discretionary access control list. `present` is false if the descriptor has no list or a null list.
 struct AccessList {
     bool present = false;
     bool defaulted = false;

@@ -53,7 +53,7 @@ inline std::string daylightOf(const Bytes& bytes) {
     return charactersOf(bitsOf(filled), kDaylightCharacters) + std::to_string(rest == 0 ? 3 : rest);
 }
 
-/// The index of a unit in an alphabet, or npos. In Daylight the comma is equivalent to '+'.
+/// The index of a unit in an alphabet, or npos. In the Daylight alphabet, the comma is equivalent to '+'.
 inline std::size_t valueIn(std::string_view alphabet, unsigned int unit) {
     const unsigned int character = alphabet == kDaylightCharacters && unit == ',' ? '+' : unit;
     return character < 128 ? alphabet.find(static_cast<char>(character)) : std::string_view::npos;

@@ -59,7 +59,7 @@ Captured capture(const std::wstring& program, const std::vector<std::wstring>& a
     options.output = inheritable(out.writer);
     options.error = inheritable(error.writer);
     const ChildProcess child(program, arguments, options);
-    // Reading ends only after all handles to the other end of the pipe are closed.
+    // Reading a pipe ends only after every handle to the write end is closed, so this process must not keep one.
     in.reader.close();
     out.writer.close();
     error.writer.close();

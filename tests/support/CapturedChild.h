@@ -16,7 +16,7 @@ namespace test {
 
 /// The exit code and the output of a program.
 struct Captured {
-    std::optional<DWORD> exitCode;  ///< nullopt if the program did not exit in time
+    std::optional<DWORD> exitCode;  ///< nullopt if the program still ran `kGenerousMs` after it closed its output
     std::string output;
     std::string error;
 };

@@ -1,7 +1,7 @@
 /// \file
 /// A text that changes between two passes of the function that reads it. A text in shared memory can change this way.
-/// The first and the last units of the text are in different pages, and only one of these pages is accessible at a
-/// time. So the function faults whenever it moves from one page to the other, and the text changes at a chosen fault.
+/// The first and the last units of the text are in different pages, and at most one of these pages is accessible at
+/// a time. So the function faults whenever it moves from one page to the other, and the text changes at a chosen fault.
 /// The result does not depend on timing.
 ///
 ///     test::ChangingText<char> text("aaaa", "%%%%");

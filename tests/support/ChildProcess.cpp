@@ -10,7 +10,8 @@ namespace {
 
 constexpr DWORD kTerminatedByTest = 0xDEAD;
 
-/// Quotes `argument` so that the child's `argv` contains it unchanged: backslashes before a quotation mark are doubled.
+/// Quotes `argument` so that the child's `argv` contains it unchanged. Each quotation mark gets a backslash, and the
+/// backslashes before a quotation mark are doubled.
 std::wstring quoted(const std::wstring& argument) {
     std::wstring result = L"\"";
     std::size_t backslashes = 0;

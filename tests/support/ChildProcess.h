@@ -39,7 +39,7 @@ public:
     ChildProcess(ChildProcess&&) noexcept = default;
     ChildProcess& operator=(ChildProcess&&) = delete;
 
-    /// Waits until the program exits. Returns false after the limit.
+    /// Waits until the program exits. Returns false if the program still runs after `limitMs`.
     [[nodiscard]] bool wait(DWORD limitMs = kGenerousMs) const;
 
     /// Terminates the program and waits until it has ended.
@@ -56,8 +56,8 @@ private:
     DWORD m_processId = 0;
 };
 
-/// Runs a program until it exits, and returns its exit code; nullopt if the program exceeded the limit and was
-/// terminated.
+/// Runs a program until it exits, and returns its exit code. A program that still runs after `kGenerousMs` is
+/// terminated, and the result is nullopt.
 std::optional<DWORD> runChild(const std::wstring& program, const std::vector<std::wstring>& arguments = {},
                               const ChildOptions& options = {});
 

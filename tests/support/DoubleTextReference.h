@@ -1,5 +1,6 @@
 /// \file
-/// Reference implementation of the text of a double. It computes all exact decimal digits before it rounds.
+/// Reference implementation of the text of a double. It computes all decimal digits of the exact value, and rounds
+/// them afterwards.
 #pragma once
 
 #include <bit>

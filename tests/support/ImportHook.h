@@ -142,7 +142,7 @@ private:
 };
 
 /// Replaces an import by a function object. It receives every call and decides the result. Only one hook may exist for
-/// an import at a time, and only one thread may call the import.
+/// an import at a time, and while the hook exists, only one thread may call the import.
 template <auto& Slot>
 class ImportHook;
 
@@ -188,7 +188,8 @@ struct FailingCall<Result(Arguments...)> {
     }
 };
 
-/// Makes every call of an import fail until the result is destroyed. Allocates nothing.
+/// Makes every call of an import fail until the returned object is destroyed. This function and the failing calls
+/// allocate no memory.
 template <auto& Slot>
 [[nodiscard]] auto failCalls() {
     using Function = std::remove_pointer_t<std::remove_reference_t<decltype(Slot)>>;

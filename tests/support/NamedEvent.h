@@ -42,7 +42,7 @@ public:
     void set() const { SetEvent(m_handle.get()); }
     void reset() const { ResetEvent(m_handle.get()); }
 
-    /// Returns false after the limit.
+    /// Waits until the event is set. Returns false if the event is not set within `limitMs`.
     [[nodiscard]] bool wait(DWORD limitMs = kGenerousMs) const {
         return WaitForSingleObject(m_handle.get(), limitMs) == WAIT_OBJECT_0;
     }

@@ -108,7 +108,7 @@ inline DecimalParts partsOf(std::string_view text) {
 }
 
 /// The value of the first eighteen digits, computed in two parts. The second part consists of the last nine of these
-/// digits, or of all digits if there are fewer than nine.
+/// digits, or of all of them if there are fewer than nine.
 inline double mantissaOf(const DecimalParts& parts) {
     const std::string used = parts.digits.substr(0, 18);
     const std::size_t high = used.size() <= 9 ? 0 : used.size() - 9;

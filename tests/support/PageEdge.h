@@ -30,14 +30,14 @@ public:
     PageEdge(const PageEdge&) = delete;
     PageEdge& operator=(const PageEdge&) = delete;
 
-    /// The last `count` elements before the inaccessible page.
+    /// The last `count` elements before the inaccessible page at the end of the memory.
     T* lastElements(std::size_t count) {
         if (count * sizeof(T) > m_bytes) {
             throw std::length_error("more elements than the guarded pages hold");
         }
         return reinterpret_cast<T*>(m_block + kPage + m_bytes - count * sizeof(T));
     }
-    /// The first element after the inaccessible page.
+    /// The first element after the inaccessible page at the start of the memory.
     T* firstElement() { return reinterpret_cast<T*>(m_block + kPage); }
 
     T* placeAtEnd(std::basic_string_view<T> elements) {
@@ -46,7 +46,7 @@ public:
         return first;
     }
     T* placeAtStart(std::basic_string_view<T> elements) {
-        lastElements(elements.size());
+        lastElements(elements.size());  // throws if the elements do not fit
         elements.copy(firstElement(), elements.size());
         return firstElement();
     }

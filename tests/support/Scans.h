@@ -53,7 +53,7 @@ struct Scanned {
     }
 };
 
-/// Runs a scanner on a text. Expects the same value if the scanner gets no end pointer.
+/// Runs a scanner on a text. Also calls the scanner without an end pointer, and expects the same value.
 template <class T, class Value>
 Scanned<Value> scanUnits(const std::basic_string<T>& text, Value (*function)(const T*, T**) noexcept) {
     T* end = nullptr;

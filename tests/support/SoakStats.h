@@ -12,15 +12,15 @@ namespace test {
 
 /// Completed operations of one process since its last start.
 struct SoakCounts {
-    volatile long long lines;        ///< lines written to the log
-    volatile long long slowLines;    ///< lines that took so long that the log may have dropped them
-    volatile long long additions;    ///< additions to the common number
-    volatile long long wakeUps;      ///< wake-ups by another process
-    volatile long long conversions;  ///< round trips with the original text as the result
-    volatile long long memoryKiB;    ///< private memory of the process; 0 during the warm-up
-    volatile long long handles;      ///< the index of a newly opened handle; it grows when handles leak
-    volatile long long memoryKiBFirst;
-    volatile long long handlesFirst;
+    volatile long long lines;           ///< lines written to the log
+    volatile long long slowLines;       ///< lines that took so long that the log may have dropped them
+    volatile long long additions;       ///< additions to the common number
+    volatile long long wakeUps;         ///< wake-ups by another process
+    volatile long long conversions;     ///< round trips with the original text as the result
+    volatile long long memoryKiB;       ///< private memory of the process; 0 during the warm-up
+    volatile long long handles;         ///< the index of a newly opened handle; it grows if handles leak
+    volatile long long memoryKiBFirst;  ///< the first value of `memoryKiB` after the warm-up
+    volatile long long handlesFirst;    ///< the value of `handles` at the same time
 };
 
 struct SoakStats {

@@ -1,6 +1,6 @@
 /// \file
-/// Lines whose completeness can be checked. Each line has its writer, thread, number and length, and ends with a
-/// checksum of the preceding characters. The numbers of the writer, the thread and the line determine its whole text.
+/// Lines whose completeness can be checked. A line contains the numbers of its writer and its thread, its own number
+/// and its length, and ends with a checksum of the preceding characters. The three numbers determine the whole text.
 ///
 ///     2.0.417 9034 kE€xß…語 51d2c0ffee00aa17
 ///

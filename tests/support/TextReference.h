@@ -44,7 +44,8 @@ std::basic_string<T> trimmed(std::basic_string<T> text) {
     return first == std::string::npos ? std::basic_string<T>() : text.substr(first, last - first + 1);
 }
 
-/// Parses a quoted item. Returns false if its quotes are invalid. `at` moves past the delimiter.
+/// Parses the quoted item at `at`, and moves `at` past the unit after the item, which must be a delimiter, or to the
+/// end of the text. Returns false if the quotes are invalid.
 template <class T>
 bool parseQuotedItem(const std::basic_string<T>& text, const std::basic_string<T>& delimiters, std::size_t& at,
                      std::basic_string<T>& item) {
@@ -169,7 +170,7 @@ int compared(std::basic_string_view<T> a, std::basic_string_view<T> b, const Com
     return left == 0 ? 0 : compared(a.substr(1), b.substr(1), rules);
 }
 
-/// Compares number by number. One arbitrary character separates two numbers.
+/// Compares number by number. Any single character may separate two numbers.
 inline bool isVersionAtLeast(std::string_view version, std::string_view required) {
     if (version.empty()) {
         return false;

@@ -4,7 +4,8 @@
 ///
 ///     test::decodeUtf8(bytes, -1).units    // the expected result of ConvertUTF8toString
 ///
-/// The input must include bytes past the bound, because trailing bytes are read there.
+/// The input must also contain the bytes directly after the bound, because the trailing bytes of the last character may
+/// be there.
 #pragma once
 
 #include <cstddef>
@@ -105,7 +106,7 @@ inline DecodedText decodeUtf8(std::string_view input, int length) {
     return result;
 }
 
-/// The text in parentheses of the message about `input`, whose byte at `error` is not a lead byte.
+/// The text that the error message for `input` contains in parentheses. The byte at `error` is not a lead byte.
 inline std::wstring hexDump(const std::string& input, std::size_t error) {
     static constexpr wchar_t kDigits[] = L"0123456789ABCDEF";
     std::wstring dump;

@@ -1,5 +1,5 @@
 /// \file
-/// Narrow text as wide text, and the reverse. Each unit keeps its value.
+/// Conversion of narrow text to wide text, and the reverse, unit by unit.
 #pragma once
 
 #include <string>
@@ -7,7 +7,7 @@
 
 namespace test {
 
-/// `units` in the character type `T`.
+/// `units` in the character type `T`. Each unit keeps its value from 0 to 255.
 template <class T>
 std::basic_string<T> text(std::string_view units) {
     std::basic_string<T> result;
@@ -22,7 +22,7 @@ inline std::wstring widened(std::string_view units) {
     return text<wchar_t>(units);
 }
 
-/// Only the low byte of each unit is kept.
+/// `units` as narrow text, which contains only the low byte of each unit.
 inline std::string narrowed(std::wstring_view units) {
     std::string result;
     result.reserve(units.size());
