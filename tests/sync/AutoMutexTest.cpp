@@ -386,7 +386,7 @@ TEST(AutoMutex, LockWaitsUntilTheMutexIsFree) {
 
 // ---- Abandoned mutex ------------------------------------------------------------------------------------------------
 
-/// A function that takes a mutex, and logs a warning if the mutex was abandoned.
+/// A function that locks a mutex, and logs a warning if the mutex was abandoned.
 using Take = bool (*)(AutoMutex&);
 
 class AbandonedAutoMutex : public testing::TestWithParam<Take> {};

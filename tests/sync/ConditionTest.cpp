@@ -47,7 +47,7 @@ public:
         const Held held(m_lock);  // acquired only after the last waiter has released it
     }
 
-    /// Waits for all threads, and returns how many a signal woke.
+    /// Waits for all threads, and returns the number of threads that were woken by a signal.
     int woken() {
         int count = 0;
         for (std::future<bool>& result : m_results) {
@@ -168,7 +168,7 @@ TEST_F(ConditionTest, BroadcastWakesWaitersTenMillisecondsApart) {
 TEST_F(ConditionTest, BroadcastReturnsIfItsWaitersTimeOut) {
     for (int round = 0; round != 5; ++round) {
         m_waiters.start(3, 1 + round * 10);
-        m_condition.broadcast();  // returns, whether the signal or the timeout comes first
+        m_condition.broadcast();  // must return, no matter whether the signal or the timeout comes first
         (void)m_waiters.woken();
         (void)waitHoldingTheLock(0);  // consumes a signal that the broadcast may leave
         EXPECT_FALSE(waitHoldingTheLock(0));
