@@ -1,6 +1,6 @@
 /// \file
-/// The number of handles of this process, as the system counts them, after many rounds of each operation that opens
-/// handles.
+/// Each operation that opens handles must close them. The test runs the operation many times. Afterwards, the system
+/// must count about as many handles of this process as before.
 
 #include <ostream>
 #include <string>

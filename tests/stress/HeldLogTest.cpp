@@ -22,7 +22,7 @@ using std::chrono::milliseconds;
 using ::testing::ElementsAre;
 using vorel::Exception;
 
-/// How long the other process holds the lock. A writer makes only some of its attempts in this time.
+/// How long the other process holds the lock. A writer repeats its attempts for 1.4 s, so a later attempt succeeds.
 constexpr unsigned int kHoldMs = 300;
 
 class HeldLogTest : public ::testing::Test {

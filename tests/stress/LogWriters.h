@@ -19,7 +19,7 @@ namespace test {
 
 inline constexpr unsigned int kWriters = 6;
 inline constexpr unsigned int kThreadsPerWriter = 4;
-inline constexpr unsigned int kEndless = 0;
+inline constexpr unsigned int kEndless = 0;  ///< lines per thread of a writer that writes until it is terminated
 
 /// One writing process.
 struct LogWriter {
@@ -45,11 +45,12 @@ public:
     /// Signals all added processes to start writing.
     void go() const { m_start.set(); }
 
-    /// Waits until each writer has written some lines. Returns false after a time limit.
+    /// Waits until each thread of each writer has written some lines. Returns false if the wait for one writer
+    /// exceeds `kGenerousMs`.
     [[nodiscard]] bool waitForProgress() const;
 
-    /// Waits for the writers that are not endless and collects their results. Returns false if one fails or has no
-    /// result.
+    /// Waits for the writers that are not endless and collects their results. Returns false if a writer fails or
+    /// has no result.
     [[nodiscard]] bool finish();
 
     [[nodiscard]] const std::vector<LogWriter>& all() const { return m_writers; }
@@ -66,7 +67,8 @@ private:
     std::vector<LogWriter> m_writers;
 };
 
-/// Whether `line` is a log line with a complete stress line from one of the writers. Stores its id.
+/// Whether `line` is a log line with a complete stress line from one of the writers. Stores the id of the stress line
+/// in `id`.
 bool isCompleteLine(std::string_view line, const LogWriters& writers, StressLineId& id);
 
 /// The stress lines of a log, in the order of the file. Any other line fails the test.

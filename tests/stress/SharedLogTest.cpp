@@ -1,11 +1,12 @@
 /// \file
 /// Six processes with four threads each write to one log.
 ///
-/// The log silently drops a line if the file is locked in all 31 attempts. So under contention, no number of lines is
-/// guaranteed. But before a line is dropped, the call sleeps for 1.4 s, which the writer can measure. Each writer lists
-/// the calls that took so long that their lines may have been dropped. All other lines must be in the log, exactly once
-/// and complete. On two cores, the slowest of 12,000 calls took 0.25 s, so in practice all lines are expected. If the
-/// writers take turns, they do not compete, and every line must be in the log, however long its call took.
+/// The log silently drops a line if the file is locked in all 31 attempts. So under contention, any line may be
+/// missing. But before a line is dropped, the call sleeps for 1.4 s, which the writer can measure. Each writer lists
+/// the calls that took so long that their lines may have been dropped. The lines of all other calls must be in the log,
+/// exactly once and complete. On two cores, the slowest of 12,000 calls took 0.25 s, so in practice all lines are
+/// expected. If the writers take turns, they do not compete, and every line must be in the log, however long its call
+/// took.
 
 #include <cstdio>
 #include <map>
@@ -79,7 +80,7 @@ TEST(SharedLogTest, LogAndBackupContainOnlyCompleteLinesWithSmallLimit) {
         expected = id.number + 1;
     }
 
-    // Without contention, the next line either finds the log within its limit or rotates it.
+    // The writers have exited, so nothing prevents a rotation. The next call rotates a log that is too large.
     vorel::Exception::warn("alone");
     EXPECT_LE(log.size(), kLimitBytes + kMaxLineBytes);
 }

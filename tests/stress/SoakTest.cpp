@@ -63,7 +63,8 @@ public:
         }
     }
 
-    /// Kills and restarts one process after another, in random order and at random intervals, for `length`.
+    /// For `length`, kills and restarts a random process at random intervals, but never process 0. Then tells all
+    /// processes to exit.
     void run(std::chrono::seconds length) {
         std::mt19937 random(kSeed);
         std::uniform_int_distribution<unsigned int> victims(1, SoakStats::kProcesses - 1);
@@ -107,7 +108,8 @@ public:
         for (const Sum& sum : m_sums) {
             additions += sum.additions;
         }
-        // A process that is killed between the two increments has incremented only the common number.
+        // A process increments the common number, and then its own count of additions. If the process is killed between
+        // the two increments, its count lacks this addition.
         EXPECT_GE(m_stats->number, additions);
         EXPECT_LE(m_stats->number, additions + m_kills);
     }

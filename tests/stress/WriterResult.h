@@ -1,5 +1,6 @@
 /// \file
-/// The results of a log writer (children/log_writer.cpp) for its threads. The writer passes them in a small file.
+/// The results of a log writer (children/log_writer.cpp): one result for each of its threads. The writer passes the
+/// results to the test in a small file.
 #pragma once
 
 #include <chrono>
@@ -12,7 +13,8 @@
 namespace test {
 
 /// The log drops a line after 30 sleeps of 1395 ms in total. A sleep may end up to one tick of the system clock
-/// (15.6 ms) early. A call that took less than `kMinDropTime` has not dropped its line.
+/// (15.6 ms) early, so the sleeps take at least 927 ms. A call that took less than `kMinDropTime` has not dropped its
+/// line.
 inline constexpr std::chrono::milliseconds kMinDropTime{900};
 
 struct ThreadResult {
