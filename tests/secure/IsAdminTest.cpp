@@ -23,7 +23,7 @@ bool isMember() {
     return member != FALSE;
 }
 
-/// Whether the thread impersonates.
+/// Whether the calling thread impersonates a user.
 bool isImpersonating() {
     HANDLE token = nullptr;
     const BOOL opened = OpenThreadToken(GetCurrentThread(), TOKEN_QUERY, TRUE, &token);

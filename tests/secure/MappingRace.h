@@ -47,8 +47,9 @@ struct MappingRace {
     int rounds;
 };
 
-/// Runs one party of the race, and returns the number of correct rounds: the party has a mapping, all parties have the
-/// same mapping, and exactly one party created it. All parties start a round within microseconds.
+/// Runs one party of the race, and returns the number of correct rounds. In a correct round, this party opens a
+/// mapping, all parties open the same mapping, and exactly one party creates it. All parties start a round within
+/// microseconds.
 inline int runMappingRace(const MappingRace& race) {
     constexpr DWORD kSize = 4096;
     const SharedCounters meeting(Handle(CreateFileMappingW(INVALID_HANDLE_VALUE, nullptr, PAGE_READWRITE, 0, kSize,

@@ -20,7 +20,8 @@ inline void expectSharedSecurity(HANDLE object, DWORD allAccess) {
     ASSERT_TRUE(GetKernelObjectSecurity(object, DACL_SECURITY_INFORMATION, descriptor.data(),
                                         static_cast<DWORD>(descriptor.size()), &needed));
     AccessList list = accessListOf(descriptor.data());
-    // A file also inherits entries from its folder ("DACL for a New Object"). They come after its own entries.
+    // A file also inherits entries from its folder, after its own entries (see the page "DACL for a New Object" of
+    // Microsoft's documentation). The inherited entries are not compared.
     std::erase_if(list.entries, [](const AccessEntry& entry) { return (entry.flags & INHERITED_ACE) != 0; });
     EXPECT_TRUE(list.present);
     EXPECT_FALSE(list.defaulted);

@@ -26,7 +26,8 @@ inline SidBytes sidOfToken(HANDLE token, TOKEN_INFORMATION_CLASS kind) {
     return sidBytes(*reinterpret_cast<PSID*>(bytes));
 }
 
-/// The token of this process with `denied` as groups that only deny access, and without privileges.
+/// A copy of the token of this process. In this copy, the SIDs in `denied` only deny access, and all privileges except
+/// SeChangeNotifyPrivilege are disabled.
 inline Handle restrictedToken(const std::set<SidBytes>& denied) {
     HANDLE opened = nullptr;
     if (!OpenProcessToken(GetCurrentProcess(), TOKEN_QUERY | TOKEN_DUPLICATE | TOKEN_ASSIGN_PRIMARY, &opened)) {

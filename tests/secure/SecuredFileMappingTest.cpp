@@ -41,7 +41,7 @@ protected:
                                                            name.c_str(), &fileCreated, &mappingCreated));
     }
 
-    /// Expects the failure `text`, and no other failure in the log.
+    /// Expects that `obtain` throws an exception with the message `text`, and that the log contains only this failure.
     void expectFailure(const std::wstring& path, DWORD size, const std::wstring& text) {
         fileCreated = true;
         mappingCreated = true;
