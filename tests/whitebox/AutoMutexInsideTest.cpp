@@ -39,7 +39,8 @@ using testing::SizeIs;
 using vorel::AutoMutex;
 using vorel::Exception;
 
-/// The system calls of the mutex since the test started, and the results that these calls return.
+/// The system calls of the mutex since the test started. `waitResult` is the result of each simulated wait. `mutex` is
+/// the mutex whose count and owner are recorded at each release.
 struct System {
     DWORD waitResult = WAIT_TIMEOUT;
     std::vector<DWORD> waitsMs;

@@ -268,9 +268,9 @@ TEST_F(AutoMutexSteps, FailureOfTheDestructorIsSuppressedDuringUnwinding) {
 
 // ---- An exited owner that was reported to another object ------------------------------------------------------------
 
-/// The owner that `m_stale` records is a thread that exited while it held the mutex. The system reports this only to
-/// the next thread that takes the mutex. In the constructor, this thread uses `m_other`, another object for the same
-/// mutex, so `m_stale` does not get the report.
+/// The owner that `m_stale` records is a thread that exited while it held the mutex. The system reports this only once,
+/// to the next thread that locks the mutex. The constructor locks the mutex through `m_other`, another object for the
+/// same mutex, so `m_stale` does not get the report.
 class AutoMutexWithAStaleOwner : public AutoMutexSteps {
 public:
     ~AutoMutexWithAStaleOwner() noexcept override {

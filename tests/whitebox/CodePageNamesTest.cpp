@@ -114,7 +114,7 @@ TEST(CodePageNames, UnknownNameWithTheHashOfAKnownOneIsNotFound) {
             if (name[at] < '1' || name[at] > '9' || name[at + 1] < 'A' || name[at + 1] > 'Z') {
                 continue;
             }
-            // Subtracting 1 from a byte and adding 31 to the next leaves the hash unchanged.
+            // Subtracting 1 from a byte and adding 31 to the next byte leaves the hash unchanged.
             std::string colliding = name;
             colliding[at] = static_cast<char>(colliding[at] - 1);
             colliding[at + 1] = static_cast<char>(colliding[at + 1] - 'A' + 'a' + 31);
@@ -147,7 +147,7 @@ TEST(CodePageNames, AreReadUnderTheLock) {
         const test::ImportHook<importedLeaveCriticalSection> leave([&](CRITICAL_SECTION* left) {
             depth -= left == section ? 1 : 0;
             if (left == section && depth == 0) {
-                fillWithPage(437);  // simulates a thread that has waited for the lock
+                fillWithPage(437);  // simulates a change by a thread that waited for the lock
             }
             leave.original(left);
         });

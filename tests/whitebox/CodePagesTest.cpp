@@ -36,8 +36,8 @@ struct Call {
     int count;
     const void* out;
     int capacity;
-    bool hasDefault = false;
-    bool asksForUse = false;
+    bool hasDefault = false;  ///< whether the call passes a default character
+    bool asksForUse = false;  ///< whether the call asks if the default character was used
     bool operator==(const Call&) const = default;
 };
 
@@ -369,7 +369,7 @@ TEST(CodePageMap, OperationsWithoutNamesDoNotTakeItsLock) {
     });
 }
 
-/// Replaces the map with one that has no buckets, so every operation on it fails.
+/// Replaces the map with a map without buckets, so every operation on the map fails.
 class MapWithoutBuckets {
 public:
     MapWithoutBuckets() { replace(0); }

@@ -155,7 +155,7 @@ TEST(ConditionInside, ThrowingWaitTakesTheLockAgainAndIsNotCounted) {
     EXPECT_FALSE(isFreeForOthers(lock));
 }
 
-/// The ways in which a wait on the event ends.
+/// A way in which a wait on the event ends.
 struct WaitEnd {
     const char* name;
     DWORD result;
@@ -256,7 +256,8 @@ TEST(NamedConditionInside, TriesElevenTimesAtIntervalsOfFiftyMilliseconds) {
     EXPECT_EQ(sleepsMs, std::vector<DWORD>(10, 50));
 }
 
-/// Destroys an `X` while closing its event throws, with and without another exception in flight.
+/// Destroys an `X` whose event cannot be closed, because CloseHandle throws: first without another exception, then
+/// while another exception unwinds the stack.
 template <class X, class... Arguments>
 void expectDestructorRules(const std::wstring& name, Arguments&&... arguments) {
     TemporaryLog log;
@@ -310,7 +311,7 @@ TEST(ConditionInside, WaiterDoesNotJoinABroadcastInProgress) {
             return condition.wait(-1);
         });
         ASSERT_TRUE(holds.wait());
-        { const Guard afterTheWaiter(lock); }
+        { const Guard afterTheWaiter(lock); }  // waits until the waiter has released the lock in `wait`
         EXPECT_EQ(waiter.wait_for(std::chrono::milliseconds(30)), std::future_status::timeout);
         EXPECT_EQ(condition.*reveal(test::Waiters()), 0) << "must not be counted before the broadcast ends";
     }

@@ -36,7 +36,7 @@ TEST(DoubleFormat, NormalisesTextsWithAnExponent) {
           Row{"-1e+20", "-1e+020", "-1.0e+020"}, Row{"1.e-05", "1.e-005", "1.0e-005"},
           Row{"1.0e-05", "1.e-005", "1.0e-005"}, Row{"1.05e-05", "1.05e-005", "1.05e-005"},
           Row{"1.0500e-05", "1.05e-005", "1.05e-005"}, Row{"10.10e+05", "10.1e+005", "10.1e+005"},
-          Row{"100e+05", "100e+005", "100.0e+005"},  // zeros before a point are not removed
+          Row{"100e+05", "100e+005", "100.0e+005"},  // only zeros after a point are removed
           Row{".00e+05", ".e+005", ".0e+005"}, Row{"0.00e+05", "0.e+005", "0.0e+005"}, Row{"e+05", "e+005", ".0e+005"},
           Row{"1.5e-123", "1.5e-123", "1.5e-123"},
           Row{"1.5e-7", "1.5e-7", "1.5e-7"},  // a digit is added only to two-digit exponents
@@ -60,8 +60,9 @@ TEST(DoubleFormat, AddsOnlyWhatFits) {
         const char* plain;
         const char* json;
     };
-    // Adding a digit needs a capacity of the length plus 2, and adding ".0" needs the length plus 3. The length does
-    // not include the terminator.
+    // A digit is added only if the capacity is at least the length of the text plus 2, and ".0" is added only if the
+    // capacity is at least the length plus 3. The length does not include the terminator. ".0" is added first, so the
+    // digit must fit into the longer text.
     for (const Case& row : {Case{"1e+20", 6, "1e+20", "1e+20"}, Case{"1e+20", 7, "1e+020", "1e+020"},
                             Case{"1e+20", 8, "1e+020", "1.0e+20"}, Case{"1e+20", 9, "1e+020", "1.0e+020"},
                             Case{"1.e-05", 7, "1.e-05", "1.e-05"}, Case{"1.e-05", 8, "1.e-005", "1.0e-05"},

@@ -25,7 +25,8 @@ using test::TemporaryLog;
 using Texts = std::vector<std::string>;
 using vorel::Exception;
 
-/// The system calls of the log since the test started.
+/// The system calls of the log since the test started, the number of lock calls that fail, and an action that runs
+/// during each sleep.
 struct Record {
     std::vector<DWORD> sleepsMs;
     std::function<void()> duringSleep = [] {};
@@ -196,7 +197,7 @@ TEST(ErrorLogSteps, SkipTheSizeCheckIfTheFirstLockFails) {
     EXPECT_EQ(record().lockCalls, 2u);
 }
 
-// The first attempt fails, as it does while another process renames the file.
+// The first attempt to open the file fails, as it does while another process renames the file.
 TEST(ErrorLogSteps, OpenTheFileAgainIfItCannotBeOpenedForTheSizeCheck) {
     const TemporaryLog log(1000);
     int opens = 0;

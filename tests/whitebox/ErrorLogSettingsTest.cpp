@@ -133,7 +133,7 @@ TEST(Location, IsReadAgainDuringAWrite) {
     using vorel::detail::LogPathVersion;
     const TemporaryLog log;
     Exception::SetErrorLogLocation("C:\\old\\path.log", 0);
-    // Simulates a writer that is in the middle of a change.
+    // Simulates a thread that has changed only a part of the path.
     ++LogPathVersion;
     std::memcpy(location(), "D:\\new", 6);
     int waits = 0;

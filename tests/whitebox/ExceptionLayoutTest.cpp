@@ -1,6 +1,6 @@
 /// \file
-/// The layout of an exception: the order of its fields and of its virtual table. Programs built against other versions
-/// of the library depend on the layout.
+/// The layout of an exception: the order of its fields, and the order of the functions in its virtual table. Programs
+/// built against other versions of the library depend on the layout.
 
 #include "vorel/exceptions/Exception.h"
 
@@ -52,7 +52,7 @@ std::ptrdiff_t offsetOf(const Exception& e, Field field) {
     return reinterpret_cast<const char*>(std::addressof(e.*field)) - reinterpret_cast<const char*>(&e);
 }
 
-// The pointer to the virtual table, three pointers of the stack, two flags, two strings.
+// An exception consists of the pointer to the virtual table, three pointers of the stack, two flags and two strings.
 TEST(ExceptionLayout, FieldsAreInOrder) {
     const Exception e(L"message");
     EXPECT_EQ(offsetOf(e, reveal(test::Stack())), 8);
@@ -107,7 +107,8 @@ public:
     virtual void further() {}
 };
 
-/// The slot of a virtual function. In this ABI, the pointer to a member is the offset in bytes plus one.
+/// The index of a virtual function in the virtual table. In this ABI, a pointer to a virtual member function contains
+/// the function's offset in the table, in bytes, plus one.
 template <class Operation>
 std::ptrdiff_t slotOf(Operation operation) {
     std::ptrdiff_t value = 0;

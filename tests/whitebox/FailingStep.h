@@ -14,7 +14,7 @@ namespace test {
 
 struct FailingStep {
     const char* name;
-    std::shared_ptr<void> (*fail)();  ///< makes the call fail until the result is destroyed
+    std::shared_ptr<void> (*fail)();  ///< makes the call fail until the returned object is destroyed
 
     friend void PrintTo(const FailingStep& step, std::ostream* out) { *out << step.name; }
 };

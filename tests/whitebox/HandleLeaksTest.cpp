@@ -133,7 +133,7 @@ const Cycle kCycles[] = {
     {"FileMapping_OfAFileOpenedExclusively", openFileExclusively, mapWithSize, false},
     {"FileMapping_InAMissingFolder", nothing, mapFileInMissingFolder, false},
     {"FileMapping_WithoutSecurity", nothing, withoutSecurity<mapWithSize>, false},
-    // Each of these rounds makes fifty attempts.
+    // The next two cycles make fifty attempts in each round.
     {"FileMapping_OfATakenName", newEvent, mapWithSize, false, kRounds / 50},
     {"FileMapping_OfAnEmptyFile", createEmptyFile, mapWholeFile, false, kRounds / 50},
     {"IsAdmin", nothing, askForAdmin, false},
@@ -159,7 +159,7 @@ class HandleLeaks : public testing::TestWithParam<Cycle> {
 protected:
     HandleLeaks() { vorel::Exception::SetErrorLogSize(0); }
 
-    const test::TemporaryLog log;  // restores the size
+    const test::TemporaryLog log;  // restores the size limit
     const Resources resources;
 };
 

@@ -1,6 +1,6 @@
 /// \file
-/// The steps of `IsAdmin`: their arguments, their failures, and the thread's impersonation, which must be the same
-/// afterwards on every path.
+/// The steps of `IsAdmin`: their arguments and their failures. On every path, the thread's impersonation must be the
+/// same after the call as before the call.
 
 #include <ostream>
 #include <set>
@@ -67,7 +67,7 @@ protected:
 
     BOOL checkSucceeds = TRUE;
     BOOL accessGranted = TRUE;
-    HANDLE callersToken = nullptr;  // the token that the thread impersonates initially
+    HANDLE callersToken = nullptr;  // the thread's token before the call; null without impersonation
     int failingOpens = 0;           // number of attempts to open the caller's token that fail; later attempts succeed
     bool queryFails = false;        // whether opening the thread's token for queries fails
     // The calls in their order. "keep" opens the caller's token. The 8 in "thread8" and "process8" is TOKEN_QUERY, the

@@ -52,8 +52,8 @@ private:
     bool m_active;
 };
 
-// 101 is the lowest number that programs may use. So this object is created before the global objects of the library,
-// and destroyed after them.
+// 101 is the lowest priority number that programs may use, and objects with low numbers are created first. So this
+// object is created before the global objects of the library, and destroyed after them.
 __attribute__((init_priority(101))) const FirstAndLast s_firstAndLast;
 
 TEST(LateLogging, WorksBeforeTheStateIsCreatedAndAfterItIsDestroyed) {

@@ -48,7 +48,7 @@ private:
         return block;
     }};
     ImportHook<importedLocalFree> m_free{[this](HLOCAL block) {
-        m_blocks.erase(block);  // the system's texts are also freed here
+        m_blocks.erase(block);  // `block` may also be a text of FormatMessage, which is not tracked
         return m_free.original(block);
     }};
 

@@ -138,9 +138,9 @@ const Cycle kCycles[] = {
     {"Condition_ThatCannotSignal", nothing, failToSignal, false},
     {"NamedCondition_Used", nothing, useNamedCondition, true},
     {"NamedCondition_OfAnother", newEvent, useNamedCondition, true},
-    // Each of these rounds starts a thread, which is slow.
+    // The next cycle starts a thread in each round, which is slow.
     {"AutoMutex_AbandonedByAThread", nothing, abandonMutex, true, kRounds / 10},
-    // Each of these rounds makes eleven attempts.
+    // The next two cycles make eleven attempts in each round.
     {"AutoMutex_OfATakenName", newEvent, useMutex, false, kRounds / 11},
     {"NamedCondition_OfATakenName", newMutex, useNamedCondition, false, kRounds / 11},
 };
@@ -149,7 +149,7 @@ class LockLeaks : public testing::TestWithParam<Cycle> {
 protected:
     LockLeaks() { Exception::SetErrorLogSize(0); }
 
-    const test::TemporaryLog m_log;  // restores the size
+    const test::TemporaryLog m_log;  // restores the size limit
     const std::wstring m_name = test::NamedEvent::uniqueName(L"leaks");
 };
 

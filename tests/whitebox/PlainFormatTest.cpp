@@ -1,5 +1,6 @@
 /// \file
-/// Rendering without the runtime: which formats are plain, their texts, and the sizes around a text.
+/// Rendering without the runtime: which formats are plain, the texts of plain formats, and buffers of every size up to
+/// and above the size of the text.
 
 #include "core/PlainFormat.h"
 
@@ -24,7 +25,8 @@ namespace {
 using test::GuardedBuffer;
 using vorel::baseutil::renderPlainFormat;
 
-/// An argument of a format: an integer, a text with the width of the format (`own`), a narrow text, or a wide text.
+/// An argument of a format: an integer, a text with the character type of the format (`own`), a narrow text, or a wide
+/// text.
 struct Argument {
     constexpr Argument() = default;
     constexpr Argument(int value) : slot(static_cast<std::uint64_t>(value)) {}

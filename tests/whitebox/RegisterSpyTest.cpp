@@ -1,5 +1,5 @@
 /// \file
-/// The lock of `registerSpy`, which is locked only while thread safety is on.
+/// The lock that `registerSpy` takes. The function takes the lock only while thread safety is on.
 
 #include <future>
 

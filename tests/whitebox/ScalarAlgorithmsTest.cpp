@@ -72,8 +72,8 @@ std::basic_string<T> resultOf(Convert&& convert) {
     return std::basic_string<T>(output.view());
 }
 
-/// The result as `resultOf` returns it, and the capacity of the output, which must not depend on how the text is
-/// counted.
+/// The result as `resultOf` returns it, and the capacity of the output. The capacity must not depend on which algorithm
+/// counted the characters of the text.
 template <class T, class Convert>
 std::pair<std::basic_string<T>, unsigned int> resultAndCapacityOf(Convert&& convert) {
     unsigned int capacity = 0;
@@ -84,7 +84,7 @@ std::pair<std::basic_string<T>, unsigned int> resultAndCapacityOf(Convert&& conv
     return {text, capacity};
 }
 
-/// The number of characters of a text: mostly short, sometimes several blocks of the conversion.
+/// A random number of characters: usually fewer than 200, sometimes enough for several blocks of the conversion.
 std::size_t lengthOf(RandomText& random) {
     return random.below(random.oneIn(20) ? 3000 : 200);
 }
@@ -204,7 +204,7 @@ TEST_F(ScalarAlgorithms, BinaryToText) {
     }
 }
 
-/// Random text from an alphabet, with some other characters.
+/// Random text from an alphabet. Up to two characters are replaced by random characters.
 template <class T>
 std::basic_string<T> damagedText(RandomText& random, std::string_view alphabet, std::size_t length) {
     std::basic_string<T> text;
@@ -232,7 +232,7 @@ void decodeBase64BothWays(void (*expect)(const std::function<std::pair<std::vect
             try {
                 result = util::Base64::Decode(start, bytes);
             } catch (const Exception&) {
-                // A unit above 255. The bytes before it are decoded.
+                // Thrown for a unit above 255. The characters before this unit are decoded.
             }
             return std::pair(test::valuesOf(bytes), result);
         });

@@ -23,7 +23,7 @@ namespace {
 
 using Texts = std::vector<std::string>;
 
-/// A real handle, for a call that must succeed according to the script.
+/// A real handle. A simulated call returns it if the call must succeed.
 HANDLE someHandle() {
     return CreateSemaphoreW(nullptr, 0, 1, nullptr);
 }
@@ -65,7 +65,7 @@ struct EventCase {
 
 constexpr int kNever = -1;
 
-/// The attempts (from 0) in which creating and opening succeed.
+/// The attempt in which creating the object succeeds, and the attempt in which opening it succeeds, counted from 0.
 struct Script {
     int createdIn = kNever;
     int openedIn = kNever;
@@ -208,7 +208,7 @@ TYPED_TEST(ObtainingObject, FreesEveryBlockOnEveryPath) {
     }
 }
 
-// ---- Arguments of only one kind ----
+// ---- Arguments that only mutexes or only events have ----
 
 TEST(ObtainingMutex, InitialOwnerIsPassed) {
     for (const int owner : {0, 1, 2}) {
@@ -278,8 +278,8 @@ TEST(SharedSecurity, EachCallGetsTheExpectedNumbers) {
         });
     const test::Handle mutex(vorel::ObtainAccessableMutex(0, nullptr, 0, 0, nullptr));
     EXPECT_TRUE(mutex);
-    // The identifier of Everyone has 12 bytes, so the list has 2 * 12 + 32 bytes. LPTR requests memory that is filled
-    // with zeros.
+    // The list has 56 bytes: 8 for its header, and for each of its two entries 12 for the entry and 12 for the
+    // identifier of Everyone. LPTR requests memory that is filled with zeros.
     const std::vector<std::string> expected = {
         "LocalAlloc " + std::to_string(LPTR) + " 56",
         "InitializeAcl 56 2",

@@ -1,5 +1,5 @@
 /// \file
-/// The system's text after a context.
+/// The text for an error: a context, followed by the system's text.
 
 #include <string>
 

@@ -21,7 +21,7 @@ struct SharedAttributes {
     WORD listBytes = 0;
     std::vector<AccessEntry> entries;
 
-    /// The attributes of every object that processes share.
+    /// The attributes that the library passes for every object that processes share.
     static SharedAttributes expected() {
         return {.lengthBytes = 24,
                 .inherited = false,
