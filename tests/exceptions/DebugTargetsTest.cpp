@@ -186,7 +186,7 @@ std::uint64_t nowMs() {
     return (std::uint64_t{now.dwHighDateTime} << 32 | now.dwLowDateTime) / 10000;
 }
 
-/// Switches the target "LogsIncludeMsecs" on for its lifetime.
+/// While the object exists, the target "LogsIncludeMsecs" is switched on.
 class Milliseconds {
 public:
     Milliseconds() { Exception::setDebugTarget(L"LogsIncludeMsecs", true); }

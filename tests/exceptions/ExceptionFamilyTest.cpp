@@ -187,7 +187,7 @@ TEST(ExceptionFamily, MoveCopies) {
     // NOLINTEND(clang-analyzer-cplusplus.Move)
 }
 
-/// A class that a program derives.
+/// A class that a program derives from a class of the library.
 class OwnException : public TimeoutException {
 public:
     OwnException() noexcept : TimeoutException(L"own") {}

@@ -27,7 +27,7 @@ concept Writable = requires(Stream& stream, const Value& value) {
     stream << value;
 };
 
-// A string in a stream of the other width would be printed as a pointer, or not at all.
+// A string cannot be written to a stream of the other width, because such a stream would print a pointer, or nothing.
 static_assert(Writable<std::ostream, BaseString<char>> && !Writable<std::ostream, BaseString<wchar_t>>);
 static_assert(Writable<std::wostream, BaseString<wchar_t>> && !Writable<std::wostream, BaseString<char>>);
 static_assert(Writable<std::ostream, MemoryException> && Writable<std::wostream, MemoryException>);
