@@ -62,7 +62,8 @@ TEST(Joining, ReservesAtLeast32UnitsPerItem) {
     }
 }
 
-/// Capacities are powers of two that include the terminator: 63 items need 2,016 units, 64 items 2,048.
+/// A capacity is a power of two and includes the terminator. With the terminator, 63 items need 2,017 units, which fit
+/// into 2,048, and 64 items need 2,049 units, which do not.
 TEST(Joining, ReservesExactly32UnitsPerItem) {
     for (const auto& [items, capacity] : {std::pair{1u, 64u}, {63u, 2048u}, {64u, 4096u}}) {
         BaseString<wchar_t> result;
@@ -80,7 +81,7 @@ TEST(Joining, JoinsItemsOfEveryLength) {
     }
 }
 
-/// Texts with many quotes and delimiters, shorter and longer than the capacity reserved for an item.
+/// Random items. Some contain many quotes and delimiters, and some are longer than the 32 units reserved for an item.
 Texts randomItems(test::RandomText& random) {
     Texts items(random.below(6));
     for (std::wstring& item : items) {

@@ -1,5 +1,5 @@
-// Parses random lists, narrow and wide, with every list parser. Results and values must equal those of the reference;
-// doubles are compared bit by bit.
+// Parses random lists, narrow and wide, with every list parser. The return values and the parsed values must be equal
+// to the values of the reference. Doubles are compared bit by bit.
 
 #include <string>
 #include <vector>

@@ -1,4 +1,4 @@
-// Ranges separated by commas, open ends and invalid items.
+// Lists of ranges: the separators, ranges with an open end, and invalid items.
 
 #include <string>
 #include <vector>
@@ -33,7 +33,7 @@ struct Row {
     const wchar_t* invalidItem = nullptr;  ///< the invalid item, or null if no exception is expected
 };
 
-/// Parses a row into arrays with previous content.
+/// Parses a row into arrays that already contain numbers, which the parser must remove.
 void expectRow(const Row& row) {
     Array<int> starts = test::arrayOf<int>({99, 98});
     Array<int> ends = test::arrayOf<int>({97});
@@ -130,7 +130,7 @@ private:
     bool m_before;
 };
 
-/// Valid and invalid ranges.
+/// A random list of valid and invalid ranges.
 std::string rangesText(test::RandomText& random) {
     std::string text;
     for (std::size_t items = random.below(5); items != 0; --items) {

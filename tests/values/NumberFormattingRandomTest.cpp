@@ -1,5 +1,5 @@
-// Formats a million doubles of every kind, and compares the texts with texts made from the exact digits. Formats
-// integers of every length.
+// Formats about a million doubles of several kinds, and compares the texts with the texts of the reference, which uses
+// the exact digits. Formats integers of every length.
 
 #include <bit>
 #include <charconv>
@@ -33,7 +33,7 @@ std::uint64_t bitsOf(double value) {
     return std::bit_cast<std::uint64_t>(value);
 }
 
-/// `value` or one of the three doubles above or below it.
+/// `value`, one of the next three doubles above it, or one of the next three doubles below it.
 double neighbour(double value, RandomText& random) {
     return ofBits(bitsOf(value) + random.below(7) - 3);
 }
@@ -53,8 +53,9 @@ double powerOfTwo(RandomText& random) {
     return neighbour(std::ldexp(1.0, static_cast<int>(random.below(2098)) - 1074), random);
 }
 
-/// A value of sixteen digits that ends in 5: an odd number divided by a power of two. If the power is 2^17 or higher,
-/// the value is below 0.1. Returns 0 if the odd number is too large for a double.
+/// A value with sixteen significant digits. The last digit is 5, because the value is an odd number divided by a power
+/// of two. If the power is 2^17 or higher, the value is below 0.1. Returns 0 if the odd number is too large for a
+/// double.
 double tie(RandomText& random) {
     const int twos = 1 + static_cast<int>(random.below(22));
     double least = 1e15;
@@ -66,7 +67,7 @@ double tie(RandomText& random) {
     return odd < std::uint64_t{1} << 53 ? std::ldexp(static_cast<double>(odd), -twos) : 0;
 }
 
-/// A value of seventeen digits that ends in 50.
+/// An integer of seventeen digits. The last two digits are 50.
 double largeTie(RandomText& random) {
     return static_cast<double>((100000000000000 + random.bits() % 80000000000000) * 100 + 50);
 }

@@ -319,8 +319,9 @@ TEST(NumberFormatting, NothingIsWrittenForSizeZero) {
     EXPECT_STREQ(wideBuffer, L"ab");
 }
 
-/// Calls `write(buffer, size)` with buffers of both widths and every size from `least`. Expects that only the text, its
-/// terminator and, if `endsNarrow` or `endsWide` is set, a terminator in the last unit are written.
+/// Calls `write(buffer, size)` with narrow and wide buffers of every size from `least` to 80. `write` must not change
+/// the units after the terminator of the text, with one exception: if `endsNarrow` is set, `write` must set the last
+/// unit of a narrow buffer to zero, and if `endsWide` is set, the last unit of a wide buffer.
 template <class Write>
 void expectOnlyTheText(const std::string& whole, bool endsNarrow, bool endsWide, unsigned int least, Write&& write) {
     const auto expectOnly = [&](auto& buffer, bool ends) {

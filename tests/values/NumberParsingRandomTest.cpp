@@ -1,5 +1,6 @@
-// Parses random texts, narrow and wide, with every number parser. Value, end and result must equal those of the
-// reference. The texts are next to inaccessible pages, or inside other text, where they are read in blocks.
+// Parses random texts, narrow and wide, with every number parser. The parsed value, the end and the return value
+// must be equal to the results of the reference. The texts are next to inaccessible pages, or inside other text, where
+// they are read in blocks.
 
 #include <cstdint>
 #include <string>

@@ -34,7 +34,7 @@ struct Row {
 
     Row(std::string units, std::uint64_t expected, std::ptrdiff_t end, std::ptrdiff_t endWithoutBlanks)
         : text(std::move(units)), value(expected), read(end), readWithoutBlanks(endWithoutBlanks) {}
-    /// A row whose whole text is the number.
+    /// A row whose whole text is read.
     Row(std::string units, std::uint64_t expected)
         : text(std::move(units)),
           value(expected),

@@ -244,7 +244,7 @@ TYPED_TEST(Splitting, RandomTextsAgreeWithTheReference) {
         std::basic_string<TypeParam> cut = text;
         Array<TypeParam*> tokens;
         util::tokenizeString(cut.data(), delimiters.c_str(), tokens, most);
-        // Joining the tokens with the delimiter gives the text.
+        // Joining the tokens with the first character of `delimiters` gives the text.
         std::basic_string<TypeParam> again;
         for (TypeParam* const token : tokens) {
             again += (again.empty() && token == cut.data() ? std::basic_string<TypeParam>() : delimiters.substr(0, 1)) +
