@@ -1,7 +1,7 @@
 /// \file
-/// The cases of the core family. Results are nanoseconds per unit, call or element. In a "fresh" case, each pass, or
-/// each call of a format case, creates a new object and destroys it at the end. In a "reused" case, all passes use the
-/// memory of one object.
+/// The cases of the core family. Results are nanoseconds per unit, call or element. In a "fresh" case, each pass
+/// creates a new object and destroys it at the end; in a "fresh" format case, each call does so. In a "reused" case,
+/// all passes use the memory of one object.
 #pragma once
 
 #include "support/Frame.h"

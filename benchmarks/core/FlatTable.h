@@ -1,6 +1,7 @@
 /// \file
-/// A hash map to compare with: open addressing, by the method of Abseil's "Swiss tables" (M. Kulukundis, CppCon 2017).
-/// Each slot has a control byte with seven bits of the hash. A lookup compares sixteen control bytes at once.
+/// A hash map with which `HashMap` is compared. It uses open addressing by the method of Abseil's "Swiss tables"
+/// (M. Kulukundis, CppCon 2017). Each slot has a control byte: seven bits of the hash, or `kEmpty` if the slot is free.
+/// A lookup compares sixteen control bytes at once.
 #pragma once
 
 #include <bit>

@@ -83,7 +83,7 @@ Pass sumLengths(const std::vector<String>& strings) {
     };
 }
 
-/// Moves each string to the next position.
+/// Moves each string to the previous position, and the first string to the end.
 template <class String>
 Pass rotate(std::vector<String>& strings) {
     return [&strings] {

@@ -41,7 +41,7 @@ std::size_t largestCacheBytes() {
     return largest;
 }
 
-/// The elements of `numbers` that `options` allow.
+/// Returns `numbers`, in a quick run without the numbers above `kMaxQuickCount`.
 std::vector<std::size_t> allowed(std::vector<std::size_t> numbers, const Options& options) {
     if (options.isQuick()) {
         std::erase_if(numbers, [](std::size_t number) { return number > kMaxQuickCount; });

@@ -23,7 +23,7 @@ struct Step {
     std::size_t items;
 };
 
-/// Prepares the pass for a number of elements.
+/// A function that prepares the step for a number of elements.
 using Steps = std::function<Step(std::size_t elements)>;
 
 struct Work {
@@ -39,7 +39,7 @@ struct Work {
 /// 1, 2, 5, 10, 20, 50 … up to `largest`.
 [[nodiscard]] std::vector<std::size_t> numbersUpTo(std::size_t largest);
 
-/// The results of the growth family.
+/// Runs the cases of the growth family, and keeps their results.
 class Growth {
 public:
     explicit Growth(Options options);

@@ -57,7 +57,7 @@ std::uint64_t joinIntoString(const Array<BaseString<wchar_t>>& fields) {
 }  // namespace
 
 void lists(Growth& growth) {
-    // A field takes 18 bytes of the list, an object, and a block on the heap.
+    // 18 bytes for the field and its comma in the list, a string object, and the buffer of this object on the heap.
     constexpr std::size_t kBytesPerField = 80;
     const std::vector<std::size_t> numbers = numbersUpTo(kTenMillion);
     growth.measure({"split into fields of 8 units", numbers, kBytesPerField,

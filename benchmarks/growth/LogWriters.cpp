@@ -58,7 +58,7 @@ Handle startWriter(const std::string& arguments) {
     return owned(started.hProcess);
 }
 
-/// Processes that write the same file. They write only during a call of `write`, and wait between two calls.
+/// Processes that write to the same file. They write only during a call of `write`, and wait between two calls.
 class Writers {
 public:
     /// The destructor adds the number of lines that are missing from the file to `missingLines`.
@@ -141,7 +141,7 @@ Steps writersOf(const std::string& kind, long long& missingLines) {
     };
 }
 
-/// Opens the file, writes a line under the lock, and closes the file.
+/// Opens the file, locks it, writes a line, unlocks the file, and closes it.
 void writeBare(const char* path, const std::string& line) {
     int descriptor = -1;
     if (_sopen_s(&descriptor, path, _O_WRONLY | _O_CREAT | _O_APPEND | _O_BINARY | _O_NOINHERIT, _SH_DENYNO,

@@ -2,8 +2,9 @@
 /// Common code of the benchmarks that measure ratios against named peers in one run.
 ///
 /// In each round, a case times the library and each peer in turn on one processor, so that disturbances affect all of
-/// them. A pass finds the caches as the previous pass left them, so each round starts with another pass than the round
-/// before. The ratio is the peer's median divided by the library's: above 1, the library is faster.
+/// them. A pass finds the caches as the previous pass left them, so each round starts with a different
+/// pass than the previous round. The ratio is the peer's median divided by the library's median: above 1, the library
+/// is faster.
 ///
 /// The spread is the interquartile range of the ratios of the rounds, divided by their median. A case with a spread
 /// above 20 % is measured up to three times, and the steadiest result counts. If the spread is still too large, the

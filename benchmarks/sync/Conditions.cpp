@@ -12,7 +12,7 @@ namespace {
 
 constexpr std::size_t kRounds = 300;
 
-/// Two events of the system.
+/// The sides of `pingPong` wait for events of the system.
 struct Events {
     struct Side {
         Side() : event(CreateEventW(nullptr, FALSE, FALSE, nullptr)) {}
@@ -29,7 +29,8 @@ struct Events {
     };
 };
 
-/// Two conditions with separate locks. Only the thread that waits for a condition uses the lock of this condition.
+/// The sides of `pingPong` wait for conditions with separate locks. Only the thread that waits for a condition uses the
+/// lock of this condition.
 struct Conditions {
     struct Side {
         void begin() { lock.lock(60000, true); }

@@ -60,7 +60,8 @@ template <class T>
 std::size_t encode(const unsigned char* bytes, std::size_t count, T* out) {
     const T* const start = out;
     if (count >= 32) {
-        // The first block is loaded from the start of the input and shifted, because nothing before it may be read.
+        // `encodeBlock` ignores the first four bytes. So each block is loaded from four bytes before its start. The
+        // first block is loaded from its start and shifted by four bytes, because nothing before the input may be read.
         encodeBlock(_mm256_permutevar8x32_epi32(load(bytes), _mm256_setr_epi32(0, 0, 1, 2, 3, 4, 5, 6)), out);
         bytes += 24;
         count -= 24;
@@ -79,7 +80,7 @@ std::size_t encode(const unsigned char* bytes, std::size_t count, T* out) {
     return static_cast<std::size_t>(out - start) + encodeBase64(bytes, count, out);
 }
 
-/// Returns false if a character is not in the alphabet.
+/// Decodes 32 characters to 24 bytes. Returns false if a character is not in the alphabet.
 template <class T>
 bool decodeBlock(const T* text, unsigned char* out) {
     const __m256i in = loadCharacters(text);
@@ -107,8 +108,8 @@ bool decodeBlock(const T* text, unsigned char* out) {
 template <class T>
 std::size_t decode(const T* text, std::size_t length, unsigned char* out) {
     const unsigned char* const start = out;
-    // Each block writes 32 bytes. The first 24 are its output; the output of the next characters overwrites the other
-    // eight.
+    // Each block writes 32 bytes. The first 24 bytes are its output. The output of the next characters overwrites
+    // the last eight bytes.
     for (; length >= 4 * 32 + 13;
          text += std::size_t{4} * 32, length -= std::size_t{4} * 32, out += std::size_t{4} * 24) {
         if (!decodeBlock(text, out) || !decodeBlock(text + 32, out + 24) || !decodeBlock(text + 64, out + 48) ||

@@ -16,7 +16,8 @@ namespace {
 enum Shape : std::uint8_t { SixOfTwo, FourOfThree, ThreeOfFour };
 
 /// The characters in the next twelve bytes: six characters of up to two bytes, four characters of up to three bytes, or
-/// three characters of up to four bytes.
+/// three characters of up to four bytes. `row` is the shuffle that moves each character into a lane of two bytes (if
+/// the shape is `SixOfTwo`) or of four bytes, with its last byte first.
 struct Window {
     Shape shape;
     std::uint8_t consumed;
@@ -58,10 +59,10 @@ const std::array<Window, 4096> kWindows = makeWindows();
 
 // ---- Conversion -----------------------------------------------------------------------------------------------------
 
-/// Finds errors by three lookups for each byte: by the two halves of the byte before it, and by its own upper half. A
-/// bit that is set in all three results is an error. Only the bit kTwoTrailing is different: it must be set for the
-/// third byte of a sequence of three or four bytes and for the fourth byte of a sequence, and is an error for all other
-/// bytes.
+/// Finds errors with three table lookups for each byte. The indexes are the upper half of the byte before it, the lower
+/// half of the byte before it, and its own upper half. A bit that is set in all three results is an error, except
+/// kTwoTrailing, which means that both bytes are trailing bytes. This bit must be set for the third byte of a sequence
+/// of three or four bytes and for the fourth byte of a sequence. For any other byte, it is an error.
 class Validator {
 public:
     void check(__m256i input) {
@@ -158,14 +159,14 @@ private:
     __m256i m_previous = _mm256_setzero_si256();
 };
 
-/// The units of six lanes, each with a character of one or two bytes.
+/// Converts lanes of two bytes, each with a character of one or two bytes, to UTF-16 units.
 __m128i unitsOfTwo(__m128i lanes) {
     const __m128i low = _mm_and_si128(lanes, _mm_set1_epi16(0x7F));
     const __m128i high = _mm_and_si128(lanes, _mm_set1_epi16(0x1F00));
     return _mm_or_si128(low, _mm_srli_epi16(high, 2));
 }
 
-/// The units of four lanes, each with a character of one to three bytes.
+/// Converts lanes of four bytes, each with a character of one to three bytes, to UTF-16 units.
 __m128i unitsOfThree(__m128i lanes) {
     const __m128i low = _mm_and_si128(lanes, _mm_set1_epi32(0x7F));
     const __m128i middle = _mm_srli_epi32(_mm_and_si128(lanes, _mm_set1_epi32(0x3F00)), 2);
@@ -304,7 +305,7 @@ std::size_t toUtf16Avx2(const char* text, std::size_t bytes, char16_t* out) {
             at += 64;
             continue;
         }
-        // This block begins with a character, because the previous block was converted up to here.
+        // This block begins with the first byte of a character, because all characters before it were converted.
         Validator validator;
         validator.check(first);
         validator.check(second);

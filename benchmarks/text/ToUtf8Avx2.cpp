@@ -98,8 +98,8 @@ char* writeUpToThree(__m256i units, __m256i isAscii, __m256i isShort, char* out)
     return writePacked(_mm256_extracti128_si256(second, 1), kThreeBytePackings[mask >> 24], out);
 }
 
-/// Converts the units from `unit` to `end`, one character at a time. A pair that begins before `end` is read whole.
-/// Returns null if a surrogate is not part of a pair.
+/// Converts the units from `unit` to `end`, one character at a time. A surrogate pair that begins before `end` is
+/// converted completely. Returns null if a surrogate is not part of a pair.
 char* convertUnits(const char16_t*& unit, const char16_t* end, const char16_t* textEnd, char* out) {
     while (unit < end) {
         std::uint32_t code = *unit++;

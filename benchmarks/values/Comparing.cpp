@@ -25,8 +25,8 @@ struct Pairs {
     BothWidths upper;
 };
 
-/// Pairs of texts of letters. In the second text, a few letters are in upper case. If `equal` is false, the second text
-/// also has another character at a random position.
+/// Pairs of texts of letters. In the second text, x, y and z are in upper case. If `equal` is false, the second text
+/// also has an exclamation mark at a random position.
 Pairs pairsOf(Lengths lengths, bool equal) {
     Random random(20261121);
     Pairs pairs;

@@ -89,7 +89,7 @@ void compareDoubles(Family& family, const std::string& name, double (*value)(Ran
     family.compare("format " + name + ", wide", kNumbers, over<wchar_t>(doubles, kOurDouble), peers);
 }
 
-/// If `withSigns` is set, about half of the numbers are negative.
+/// Random integers up to the maximum of the type. If `withSigns` is true, about half of them are negative.
 template <class Value>
 std::vector<Value> integersOf(unsigned int fewestDigits, unsigned int mostDigits, bool withSigns = false) {
     constexpr auto kMax = static_cast<std::uint64_t>(std::numeric_limits<Value>::max());
