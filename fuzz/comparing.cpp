@@ -1,4 +1,4 @@
-// The order of texts of both widths under all rules, and of versions, against the reference.
+// The comparison of texts of both widths under all rules, and the comparison of versions, against the reference.
 
 #include <cstdint>
 #include <string>

@@ -1,4 +1,4 @@
-// Counting the units of UTF-16 at any address, and writing units as bytes in either order.
+// Counting the UTF-16 units before the first zero, at any address, and writing units as bytes in either order.
 
 #include <cstdint>
 #include <string>

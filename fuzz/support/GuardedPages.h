@@ -50,8 +50,8 @@ public:
     GuardedPages(const GuardedPages&) = delete;
     GuardedPages& operator=(const GuardedPages&) = delete;
 
-    /// A block of `count` elements, at most half of the pages. The block and the memory around it are filled with
-    /// noise.
+    /// Returns a block of `count` elements, which may take at most half of the pages. The block and the memory around
+    /// it are filled with noise.
     template <class T>
     T* allocate(std::size_t count, const Placement& around) {
         const std::size_t bytes = count * sizeof(T);

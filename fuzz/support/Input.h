@@ -67,7 +67,7 @@ private:
     FuzzedDataProvider m_data;
 };
 
-/// The part of a text that an algorithm without a length reads.
+/// The part of a text that an algorithm reads if it does not get the length.
 template <class T>
 std::basic_string<T> upToZero(std::basic_string<T> text) {
     text.resize(std::min(text.size(), text.find(T{0})));
