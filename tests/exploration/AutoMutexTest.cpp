@@ -41,7 +41,7 @@ protected:
     explicit MutexScenario(Counts& counts) : m_counts(counts) {}
 
     void start() override {
-        machine().files().setScheduling(false);  // the log has its own scenarios
+        machine().files().setScheduling(false);  // only the log uses files, and the log has its own scenarios
         m_shared.create(kName, false, false);
     }
 
@@ -111,7 +111,7 @@ protected:
     AutoMutex& shared() { return *m_shared; }
 
 private:
-    /// The warnings about an abandoned mutex in the log.
+    /// The number of warnings in the log about an abandoned mutex.
     std::size_t warnings() {
         std::size_t count = 0;
         for (const std::string& path : machine().files().paths()) {

@@ -67,7 +67,7 @@ protected:
     int m_timedOut = 0;
 };
 
-/// One signal after two threads began to wait releases one of them.
+/// One signal after all waiters have begun to wait releases one waiter.
 class OneSignal final : public ConditionScenario {
 public:
     explicit OneSignal(int waiters) : m_waiters(waiters) {}

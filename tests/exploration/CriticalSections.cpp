@@ -1,5 +1,5 @@
 /// \file
-/// The critical sections of the model.
+/// The critical sections of the model. The title in quotation marks is a page of the documentation of Windows.
 
 #include <algorithm>
 #include <string>

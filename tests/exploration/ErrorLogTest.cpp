@@ -35,14 +35,14 @@ struct Shape {
     unsigned int writers = 2;
     unsigned int lines = 1;
     long long limit = kNoLimit;
-    std::string before{};      ///< the log's contents at the start
-    std::string backup{};      ///< the backup's contents at the start
-    bool hasReader = false;    ///< whether a process locks the log for a while
-    bool staysLocked = false;  ///< whether that process never unlocks the log
-    bool readsBackup = false;  ///< whether a process reads the backup, with all sharing modes
-    bool mayLose = false;      ///< whether a line whose call returned may be missing
-    std::uint64_t disk = ~std::uint64_t{0};
-    std::size_t length = 2;  ///< length of each message
+    std::string before{};                    ///< the log's contents at the start
+    std::string backup{};                    ///< the backup's contents at the start
+    bool hasReader = false;                  ///< whether a process locks the log for a while
+    bool staysLocked = false;                ///< whether that process never unlocks the log
+    bool readsBackup = false;                ///< whether a process reads the backup, with all sharing modes
+    bool mayLose = false;                    ///< whether a line whose call returned may be missing
+    std::uint64_t disk = ~std::uint64_t{0};  ///< free space in bytes
+    std::size_t length = 2;                  ///< length of each message
 };
 
 /// How often each result occurred in all schedules.
@@ -183,8 +183,8 @@ private:
     bool m_isKilled = false;
 };
 
-/// A log that is larger than the limit, so the first line moves it. The limit is so large that no second line moves the
-/// new log.
+/// A log that is larger than the limit, so the writer of the first line moves the log to its backup. The new log stays
+/// below the limit, so it is not moved.
 Shape withRotation(Shape shape) {
     shape.before = std::string(1000, '-') + "\r\n";
     shape.limit = 1000;

@@ -59,7 +59,7 @@ public:
     /// Sets the function of the next `run`. The previous function must have ended.
     void start(std::function<void()> body);
 
-    /// Runs until the function ends or calls `MainFiber::resume`.
+    /// Starts or continues the function. Returns when the function ends or calls `MainFiber::resume`.
     void run() noexcept;
 
     [[nodiscard]] bool hasEnded() const noexcept { return !m_body; }

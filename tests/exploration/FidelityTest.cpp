@@ -26,7 +26,7 @@ struct Difference {
 const Difference kDifferences[] = {
     // Under Wine, UnlockFileEx fails with ERROR_LOCK_VIOLATION instead of ERROR_NOT_LOCKED.
     {"unlock", "failed 33", "failed 158"},
-    // Under Wine, a lock of one handle does not prevent a write of another handle at its own position.
+    // Under Wine, a write at the handle's position succeeds, even if another handle has locked the range.
     {"print", "done", "failed errno 13"},
     // Under Wine, the name of a deleted file that is still open can be used again.
     {"open", "done", "failed errno 13"},

@@ -4,6 +4,8 @@
 
 #include "exploration/Machine.h"
 
+// The titles in quotation marks are pages of the documentation of Windows.
+
 namespace exploration {
 
 namespace {
@@ -234,7 +236,8 @@ std::optional<std::uint64_t> FileSystem::size(HANDLE handle) const {
     return found->second.file->contents.size();
 }
 
-/// Releases the locks of a handle that is closed, and removes the file if its deletion is pending.
+/// Releases the locks of a handle that is closed. Removes the file if its deletion is pending and no handle of the file
+/// is open.
 void FileSystem::closed(const std::shared_ptr<File>& file, HANDLE handle) {
     std::erase_if(file->locks, [handle](const Range& range) { return range.owner == handle; });
     const bool isOpen =

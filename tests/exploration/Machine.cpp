@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+// The titles in quotation marks are pages of the documentation of Windows.
+
 namespace exploration {
 
 namespace {
@@ -20,8 +22,8 @@ std::string narrow(const std::wstring& text) {
     return result;
 }
 
-/// The rights that the entries of an access list deny. "Order of ACEs in a DACL": a denial takes effect if it comes
-/// first.
+/// The rights that the entries of an access list deny. "Order of ACEs in a DACL": a denial takes effect only if it
+/// comes before the entries that allow the rights. Here, the denials must come first.
 DWORD refusedRights(const SECURITY_ATTRIBUTES* attributes) {
     if (!attributes || !attributes->lpSecurityDescriptor) {
         return 0;
@@ -351,7 +353,7 @@ DWORD Machine::wait(HANDLE handle, DWORD milliseconds) {
     return *waiter->result;
 }
 
-// ---- Ends -----------------------------------------------------------------------------------------------------------
+// ---- Ends of tasks and processes ------------------------------------------------------------------------------------
 
 /// "Mutex Objects": a mutex whose owner ended without releasing it is abandoned.
 void Machine::abandon(TaskId task) {

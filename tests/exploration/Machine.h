@@ -100,15 +100,15 @@ public:
     bool tryEnter(CRITICAL_SECTION* address);
     void leave(CRITICAL_SECTION* address);
 
-    // ---- Ends ----
+    // ---- Ends of tasks and processes ----
 
     void taskEnded(TaskId task);
     void processKilled(ProcessId process, const std::vector<TaskId>& tasks);
 
     // ---- For the properties of scenarios ----
 
-    /// After this call, the model counts tasks that leave a critical section of another task. Without this call, such a
-    /// task ends the schedule.
+    /// Allows tasks to leave a critical section that they do not own, and only counts these calls. By default, such a
+    /// call ends the schedule with a failure.
     void countMisuse() { m_isMisuseCounted = true; }
     [[nodiscard]] unsigned int misuses() const { return m_misuses; }
 
@@ -118,7 +118,8 @@ public:
     [[nodiscard]] bool holds(const void* address) const;
     [[nodiscard]] std::size_t heldSections() const;
 
-    /// The number of waits that returned WAIT_ABANDONED, and of auto-reset events that were given to a task.
+    /// The number of waits that returned WAIT_ABANDONED, and the number of times that an auto-reset event was given to
+    /// a task.
     [[nodiscard]] std::size_t abandonedWaits() const { return m_abandonedWaits; }
     [[nodiscard]] std::size_t givenCount() const { return m_given; }
 

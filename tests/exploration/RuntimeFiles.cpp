@@ -5,6 +5,8 @@
 #include <fcntl.h>
 #include <share.h>
 
+// The titles in quotation marks are pages of the documentation of the C runtime.
+
 namespace exploration {
 
 namespace {
@@ -63,8 +65,8 @@ std::FILE* RuntimeFiles::stream(int descriptor) {
     return stream;
 }
 
-/// Writes the first bytes of the buffer in one call. "Text and binary mode file I/O": a line feed becomes a carriage
-/// return and a line feed.
+/// Writes the first `bytes` bytes of the buffer in one call. "Text and binary mode file I/O": a line feed becomes a
+/// carriage return and a line feed.
 bool RuntimeFiles::write(Stream& stream, std::size_t bytes) {
     std::string text;
     for (const char c : stream.buffer.substr(0, bytes)) {
@@ -79,7 +81,7 @@ bool RuntimeFiles::write(Stream& stream, std::size_t bytes) {
 }
 
 void RuntimeFiles::print(std::FILE* file, std::string_view text) {
-    constexpr std::size_t kBuffer = 4096;  // the runtime's own buffer of a stream
+    constexpr std::size_t kBuffer = 4096;  // the size of a stream's buffer in the runtime
     Stream& stream = *m_streams.at(file);
     stream.buffer += text;
     while (stream.buffer.size() > kBuffer) {

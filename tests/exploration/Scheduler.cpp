@@ -234,7 +234,7 @@ private:
                 offer(options, {Option::Kind::Kill, id, preemptions});
             }
         };
-        // The last task comes first, so the first schedule has no preemption.
+        // The task that ran last comes first, so the first schedule has no preemption.
         if (m_last) {
             add(*m_last);
         }

@@ -6,7 +6,8 @@
 /// A task is a thread of the program under test, run as a fiber. It runs alone until it reaches a scheduling point:
 /// before each system call, and after each call that releases something. There the scheduler decides which task
 /// continues. A schedule is the list of these decisions. The next schedule repeats the decisions before the last
-/// decision that has another option, and takes this other option. The search ends when no decision has another option.
+/// decision that has an untried option, and then takes this option. The search ends when no decision has an untried
+/// option.
 #pragma once
 
 #include <chrono>
@@ -48,7 +49,7 @@ public:
 
     virtual std::vector<Plan> plans() = 0;
 
-    /// Called outside of all tasks: after a thread has ended, and after a process was killed.
+    /// Called outside of all tasks: after a task has ended, and after a process was killed.
     virtual void taskEnded(TaskId) {}
     virtual void processKilled(ProcessId) {}
 
@@ -67,7 +68,7 @@ struct Limits {
 
 struct Failure {
     std::string message;
-    std::vector<std::string> trace;      ///< one line for each decision and call
+    std::vector<std::string> trace;      ///< one line for each call and each killed process
     std::vector<std::size_t> decisions;  ///< for `replay`
 
     [[nodiscard]] std::string text() const;
@@ -116,7 +117,8 @@ public:
     /// wait has timed out.
     virtual Wake block(std::function<bool()> isFree, std::optional<Tick> milliseconds) = 0;
 
-    /// A scheduling point at which the other tasks run first.
+    /// A scheduling point at which the task sleeps. If the task continues while another task could continue, this
+    /// counts as a preemption.
     virtual void sleep(Tick milliseconds) = 0;
 
     /// Chooses one of `count` (at least 1) possible results of a call.

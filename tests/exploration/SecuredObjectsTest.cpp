@@ -48,9 +48,10 @@ bool triesOnce(Obtain obtain) {
     return obtain == &obtainMapping;
 }
 
-/// Processes that obtain one object and keep it until all processes have it. The only process that has the object may
-/// be killed when another process has failed to create the object, and has not opened it yet. An operation that tries
-/// only once then returns no object; `missed` counts these results.
+/// Processes that obtain one object and keep it until all processes have it. A process may be killed while it is the
+/// only process that has the object. If another process has just failed to create the object, because the object
+/// exists, and has not opened it yet, the other process finds no object. In this case, an operation that tries only
+/// once returns no object; `missed` counts these results.
 class FirstOpening final : public SystemScenario {
 public:
     FirstOpening(Obtain obtain, unsigned int processes, unsigned long long& missed)

@@ -9,7 +9,7 @@ namespace exploration {
 
 namespace {
 
-/// "0 2 1" from the environment: the decisions of a schedule that failed.
+/// The decisions of a schedule that failed, from the environment, for example "0 2 1". Empty if none are set.
 std::vector<std::size_t> decisionsToReplay() {
     std::vector<std::size_t> decisions;
     const char* const text = std::getenv("VOREL_EXPLORE_REPLAY");

@@ -1,6 +1,6 @@
 /// \file
-/// Tables of the library that several threads change: the silenced threads, and the spy. The debug targets are not
-/// tested here, because they make no system call and so have no scheduling point.
+/// State of the library that several threads change: the table of silenced threads, and the spy on allocations. The
+/// debug targets are not tested here, because they make no system call and so have no scheduling point.
 
 #include "exploration/SystemScenario.h"
 #include "vorel/core/MemoryAccounting.h"
