@@ -15,7 +15,7 @@ using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 using ::testing::StartsWith;
 
-/// Runs in a folder whose name contains a space and characters that no single code page covers.
+/// The files are in a folder whose name contains a space and characters that no single code page covers.
 class OutputTest : public ::testing::Test {
 protected:
     void SetUp() override { std::filesystem::create_directory(m_folder); }

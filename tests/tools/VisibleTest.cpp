@@ -11,8 +11,7 @@ namespace {
 using tools::needsEscape;
 using tools::visibleLines;
 
-/// Ranges of code points. The first and the last code point of a range need an escape; the code points next to the
-/// range do not.
+/// Ranges of code points. All code points of a range need an escape; the code points next to the range do not.
 struct Range {
     std::uint32_t first;
     std::uint32_t last;
