@@ -15,7 +15,7 @@ using vorellog::encodingOf;
 using vorellog::InputDecoder;
 using namespace std::string_view_literals;
 
-/// The output of a decoder. "|" marks the end of a file.
+/// The output of a decoder. "|" marks the end of a file, "?" a gap.
 class Text : public vorellog::LogSink {
 public:
     std::string text;

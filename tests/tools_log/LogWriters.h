@@ -1,5 +1,6 @@
 /// \file
-/// Processes that write stress lines to one log. They take turns line by line, so no line is lost to contention.
+/// Processes that write stress lines (support/StressLine.h) to one log. They take turns line by line, so no line is
+/// lost to contention.
 #pragma once
 
 #include <map>
@@ -21,8 +22,8 @@ using StressCounts = std::map<StressLineId, unsigned int>;
 
 class LogWriters {
 public:
-    static constexpr unsigned int kThreads = 2;  ///< per process
-    static constexpr unsigned int kWithoutEnd = 0;
+    static constexpr unsigned int kThreads = 2;     ///< per process
+    static constexpr unsigned int kWithoutEnd = 0;  ///< number of lines: the threads write until they are killed
 
     LogWriters(const std::string& logPath, const TemporaryFolder& folder, long long limitBytes);
 
@@ -56,7 +57,7 @@ private:
     std::vector<Writer> m_writers;
 };
 
-/// The stress line in a line of the log, or nullopt if the stress line is incomplete.
+/// The stress line in a line of the log, or nullopt if the line does not contain a complete stress line.
 std::optional<StressLineId> stressLineIn(std::string_view logLine);
 
 /// Counts the stress lines. Any other line fails the test.

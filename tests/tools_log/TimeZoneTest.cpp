@@ -49,8 +49,7 @@ TEST(TimeZoneTest, FixedOffset) {
 }
 
 TEST(TimeZoneTest, ZoneOfThisComputer) {
-    // The two clocks are read one after the other, so the difference is rounded to a quarter of an hour. The offsets of
-    // zones are multiples of this time.
+    // The clock may advance between two calls, so the converted time must only be between the other two times.
     const LocalMs before = vorellog::localNow();
     const LocalMs local = TimeZone().localTime(vorellog::utcNow());
     const LocalMs after = vorellog::localNow();
