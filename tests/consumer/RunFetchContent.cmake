@@ -10,5 +10,5 @@ build_and_run(
     "${CMAKE_CURRENT_LIST_DIR}/fetch_content" "${SOURCE}/cmake/${TOOLCHAIN}"
     "consumer_dll"
     "-DCMAKE_BUILD_TYPE=Debug" "-DCMAKE_CXX_FLAGS_DEBUG=-O0" "-DFETCHCONTENT_SOURCE_DIR_VORELCORE=${SOURCE}"
-    # Uses the same compiler launcher, because its cache also makes this build faster.
+    # Uses the compiler launcher of the library's build, because its cache also makes this build faster.
     "-DCMAKE_CXX_COMPILER_LAUNCHER=${LAUNCHER}")

@@ -32,8 +32,8 @@ foreach(name IN ITEMS vorelCore vorelCoreStatic)
     run_program("${program}")
 endforeach()
 
-# The flags do not choose the C runtime. A compiler with another default must be refused, and both .pc files must name
-# the requirements.
+# The flags do not choose the C runtime. A compiler whose default is another C runtime must be refused,
+# and both .pc files must name the requirements.
 separate_arguments(options UNIX_COMMAND "${OPTIONS}")
 list(FILTER options INCLUDE REGEX "^--target=")
 query_pkg_config(vorelCore flags)

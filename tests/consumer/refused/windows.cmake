@@ -1,4 +1,5 @@
-# Toolchain: clang for Windows on the processor REFUSED_PROCESSOR. Only the tests of CMake are compiled, and not linked.
+# Toolchain: clang for Windows on the processor REFUSED_PROCESSOR. CMake only compiles its checks of the
+# compiler, and does not link them.
 list(APPEND CMAKE_TRY_COMPILE_PLATFORM_VARIABLES REFUSED_PROCESSOR REFUSED_CLANG)
 set(CMAKE_SYSTEM_NAME Windows)
 set(CMAKE_SYSTEM_PROCESSOR "${REFUSED_PROCESSOR}")
