@@ -56,7 +56,7 @@ std::string section(const char* title, Outcome outcome, const std::vector<TestRe
     return text.empty() ? text : std::string("<h2>") + title + "</h2>\n" + text;
 }
 
-/// The output of programs that are not GoogleTest programs.
+/// The output of successful programs that are not GoogleTest programs.
 std::string reports(const std::vector<TestResult>& results) {
     std::string text;
     for (const TestResult& result : results) {

@@ -8,7 +8,7 @@ namespace verify {
 
 namespace {
 
-/// The value of an attribute of the tag that begins at the start of `tag`. GoogleTest has escaped it.
+/// The value of an attribute of the tag that begins at the start of `tag`. The value is escaped by GoogleTest.
 std::string_view attribute(std::string_view tag, std::string_view name) {
     const std::string key = " " + std::string(name) + "=\"";
     const std::size_t at = tag.find(key);

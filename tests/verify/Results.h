@@ -23,7 +23,7 @@ struct TestResult {
     std::string suite;
     double seconds = 0;
     std::vector<CaseResult> cases;
-    std::string output;  ///< the end of the output of a failed program; escaped
+    std::string output;  ///< the end of the program's output, escaped; empty if a GoogleTest program succeeded
 
     [[nodiscard]] bool hasFailure() const;
 };

@@ -4,9 +4,9 @@
 ///     verify.exe [suite]...
 ///
 /// The test programs are in the folder of verify.exe, and `tests.txt` in this folder lists their calls. The results are
-/// the XML file of each test, and summary.html. They are in the folder `results` of the archive, or among the temporary
-/// files if the archive is not writable. The exit code is 0 if cases passed and none failed, 2 if the tests could not
-/// be run, and otherwise 1.
+/// the XML files of the GoogleTest programs, and summary.html. They are in the folder `results` of the archive, or
+/// among the temporary files if the archive is not writable. The exit code is 0 if cases passed and none failed, 2 if
+/// the tests could not be run, and otherwise 1.
 
 #include <algorithm>
 #include <atomic>
