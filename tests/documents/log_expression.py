@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
-"""Checks the two regular expressions in docs/error-log.md against a log that the library has written: one for a single
-line, and one for a record joined with its continuation lines. Runs them in three engines: Python's `re`, PCRE (through
-grep) and, if node is installed, JavaScript.
+"""Checks the regular expressions in docs/error-log.md against a log that the library has written. The first expression
+is for a single line, the second expression is for a record joined with its continuation lines. Runs both expressions in
+three engines: Python's `re`, PCRE (through grep) and, if node is installed, JavaScript.
 
     log_expression.py <page> <folder> <command>...
 

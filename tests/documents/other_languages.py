@@ -10,7 +10,7 @@
   not available, so the C runtime's headers and import library are from mingw-w64, and a function replaces the start-up
   code.
 - csharp: compiles with Mono's compiler, and runs with .NET for Windows under Wine. The DLLs of <build> are in the path.
-- python: checks the syntax, and that the library exports the functions.
+- python: checks the syntax, and that the library exports the functions that the sample calls.
 
 Exits with 77, which CTest reports as "skipped", if a program is missing.
 """
@@ -60,7 +60,7 @@ def run(command: list, folder: Path) -> None:
 
 
 def commands(page: Path) -> list:
-    """The lines of the page's block for the command prompt, with paths of this system in place of the package's."""
+    """The words of each line in the page's block for the command prompt, with relative paths of this system."""
     found = [block.text for block in blocks(page) if block.language == "bat"]
     if len(found) != 1:
         sys.exit(f"{page}: {len(found)} blocks for the command prompt, expected 1")
