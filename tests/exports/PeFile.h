@@ -1,5 +1,5 @@
 /// \file
-/// The tables of a program file ("PE Format").
+/// The tables of a program file, as the page "PE Format" of the documentation of Windows describes them.
 ///
 ///     const test::PeFile dll(L"vorelCore.dll");
 ///     EXPECT_THAT(dll.imports(), Each(AllowedDll()));
