@@ -2,6 +2,8 @@
 
     summary.py <registry> <JUnit file of CTest>...
 
+<registry> is the folder that register_tests.py uses. The tests write their results into its folder `results`.
+
 If a test of CTest runs GoogleTest cases, each case is counted. Any other test of CTest counts as one case. If several
 JUnit files have the same test, the last file counts. Prints the end of the output of each failed test of CTest, and the
 first line of the output of each skipped test, which gives the reason. For skipped GoogleTest cases, no reason is
