@@ -4,7 +4,8 @@
     check_natvis.py <file.natvis> <folder of headers>
 
 The file must be well-formed. Each type must be a class of the headers, with the same number of template arguments. Each
-name in an expression must be in the headers. Each hexadecimal constant must be the unknown length in the headers.
+name in an expression must be in the headers. Each hexadecimal constant must be equal to `kUnknownLength` of the
+headers.
 """
 
 import pathlib
