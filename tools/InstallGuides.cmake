@@ -2,7 +2,7 @@
 # cannot be run on this machine is installed without these files.
 #
 #   COMMAND: the emulator, if there is one, and the path of the tool; TOOL: the name of the tool
-#   MANUALS, DATA: folders below the prefix
+#   MANUALS, DATA: the folders of manual pages and of shared data; relative paths are below the installation prefix
 
 function(install_guide file)
     cmake_path(ABSOLUTE_PATH file BASE_DIRECTORY "${CMAKE_INSTALL_PREFIX}" OUTPUT_VARIABLE path)

@@ -50,7 +50,7 @@ struct Syntax {
     std::wstring_view operands;       ///< as shown in the help: "[input]"
     std::size_t minOperands = 0;
     std::size_t maxOperands = 0;
-    std::wstring_view details;  ///< help text after the options, in lines of at most 80 characters
+    std::wstring_view details;  ///< help text after the options, in lines of at most 90 characters
     std::span<const Synonym> synonyms{};
 };
 

@@ -14,8 +14,8 @@ namespace tools {
 struct Guide {
     std::wstring_view program;
     std::wstring_view summary;         ///< one line, no full stop
-    std::span<const Syntax> commands;  ///< one element with the program's name, if it has no commands
-    std::wstring_view details{};       ///< a text about all commands; unused without commands
+    std::span<const Syntax> commands;  ///< one element with the program's name, if the program has no commands
+    std::wstring_view details{};       ///< a text about all commands; not used if the program has no commands
 };
 
 /// The manual page, in the format of man(7).

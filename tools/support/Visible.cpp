@@ -12,8 +12,8 @@ namespace {
 
 constexpr std::size_t kWord = sizeof(std::uint64_t);
 
-/// Whether all eight bytes are from ' ' to '~'. Because bits carry between bytes, the result may be false even if all
-/// bytes are in the range.
+/// Whether all eight bytes are from ' ' to '~'. A byte below ' ' gets its high bit set by the subtraction, and the byte
+/// 0x7F by the addition. All other bytes outside the range have a high bit that is set.
 bool isPlain(std::uint64_t word) noexcept {
     constexpr std::uint64_t kEachByte = 0x0101010101010101;
     constexpr std::uint64_t kHighBits = kEachByte * 0x80;

@@ -31,8 +31,7 @@ const Command& compareCommand();
 const Command& versionCommand();
 /// \}
 
-/// \name Options and the operand that commands with a file or text as input share
-
+/// \name Options and the operand that are shared by the commands whose input is a file or a text
 /// \{
 constexpr tools::Option kDecodeOption = {L"decode", L'd', {}, L"decode instead of encode"};
 constexpr tools::Option kTextOption = {L"text", L't', L"text", L"convert this text instead of a file"};

@@ -69,7 +69,7 @@ private:
     FileId m_id;
 };
 
-/// Whether the path has "*" or "?", which no name of a file contains.
+/// Whether the path contains "*" or "?", which are not allowed in file names.
 bool hasWildcard(std::wstring_view path) noexcept {
     constexpr std::wstring_view kVerbatim = L"\\\\?\\";
     return path.find_first_of(L"*?", path.starts_with(kVerbatim) ? kVerbatim.size() : 0) != std::wstring_view::npos;

@@ -96,8 +96,8 @@ public:
     }
 
 private:
-    /// Processes the character at `at` and returns the position of the next character to process. Everything up to
-    /// m_done is written.
+    /// Processes the character at `at` and returns the position of the next character to process. The form of the text
+    /// before `at` must already be written.
     std::size_t event(std::size_t at, Class kind) {
         switch (kind) {
         case kDigit: return word(at);
@@ -106,7 +106,8 @@ private:
         }
     }
 
-    /// Copies the text up to `end`, and stores where its last token starts in the text and in the form.
+    /// Copies the text up to `end` to the form. If a token starts in the copied text, stores where the last such token
+    /// starts in the text and in the form.
     void copyTo(std::size_t end) {
         for (std::size_t at = end; at != m_done; --at) {
             if (isSeparator(m_text[at - 1])) {
@@ -160,7 +161,8 @@ private:
         return m_done;
     }
 
-    /// Replaces a GUID that has its first digit at `at`, in the group that starts at `group`.
+    /// If the digit at `at` is the first digit of a GUID, replaces the whole GUID and returns true. The word with this
+    /// digit starts at `group`; it may be any of the five groups of a GUID.
     bool guid(std::size_t group, std::size_t at) {
         constexpr std::size_t kGuidSize = 36;
         for (const std::size_t offset : {0U, 9U, 14U, 19U, 24U}) {  // offsets of the groups in a GUID
@@ -175,7 +177,7 @@ private:
         return false;
     }
 
-    /// Removes the sign of a number from the form, if the number begins a token.
+    /// Removes the sign before the number at `start` from the form, if a token begins with this sign.
     void removeSign(std::size_t start) {
         if (start != 0 && (m_text[start - 1] == '-' || m_text[start - 1] == '+') &&
             (start == 1 || isSeparator(m_text[start - 2])) && m_out.ends_with(m_text[start - 1])) {
@@ -183,7 +185,8 @@ private:
         }
     }
 
-    /// The end of a number. Fractions, separated thousands, versions and addresses are one number.
+    /// The end of the number whose first run of digits ends at `end`. A fraction, a number with thousands separators, a
+    /// version and an IP address each count as one number.
     [[nodiscard]] std::size_t endOfNumber(std::size_t end) const noexcept {
         while ((end < m_text.size() && (m_text[end] == '.' || m_text[end] == ',')) && classAt(end + 1) == kDigit) {
             ++end;
@@ -255,7 +258,7 @@ private:
 
     std::string& m_out;
     std::string_view m_text;
-    std::size_t m_done = 0;                 ///< the text up to here is written
+    std::size_t m_done = 0;                 ///< the form of the text before this position is written
     std::size_t m_tokenAt = 0;              ///< start of the current token in the text
     std::size_t m_tokenOut = m_out.size();  ///< start of the current token in the form
 };

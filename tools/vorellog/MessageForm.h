@@ -29,7 +29,7 @@ constexpr std::size_t wholeCharacters(std::string_view text, std::size_t maxByte
     return size;
 }
 
-/// Appends the form of `message`. A shortened message ends in "...".
+/// Appends the form of `message`. The form of a message of more than kMaxFormInput bytes ends in "...".
 void appendForm(std::string& out, std::string_view message);
 
 }  // namespace vorellog

@@ -37,7 +37,6 @@ public:
     /// \}
 
     /// \name Parts of an entry that are kept
-
     /// \{
     static constexpr std::size_t kMaxPrefixBytes = 48;
     static constexpr std::size_t kMaxExampleBytes = 1000;

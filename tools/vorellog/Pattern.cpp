@@ -70,8 +70,8 @@ Pattern::Pattern(std::string_view expression, bool ignoreCase) {
     re2::RE2::Options options;
     options.set_log_errors(false);
     options.set_case_sensitive(!ignoreCase);
-    // The typed expression is checked without the group that is added around it, because the expression could close
-    // this group.
+    // The typed expression is first compiled alone. Within the group that is added below, an invalid expression such
+    // as "a)(b" would close the group and so become valid.
     m_expression = std::make_unique<re2::RE2>(std::string(expression), options);
     if (m_expression->ok()) {
         m_expression = std::make_unique<re2::RE2>("(?m:" + std::string(expression) + ")", options);

@@ -47,8 +47,8 @@ public:
 
     [[nodiscard]] bool matches(const Record& record) const { return matches({&record, 1}); }
 
-    /// Whether an entry matches, that is, whether one of its records matches. With `invert`, no record may contain one
-    /// of the texts.
+    /// Whether an entry matches, that is, whether one of its records matches. With `invert`, one record must match the
+    /// choices other than `texts` and `patterns`, and no record of the entry may match one of `texts` and `patterns`.
     [[nodiscard]] bool matches(std::span<const Record> records) const;
 
     /// Whether only a record with a header can match.

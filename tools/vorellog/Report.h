@@ -24,12 +24,12 @@ class Report {
 public:
     /// \name Limits of the page
     /// \{
-    static constexpr std::size_t kMaxSteps = 400;      ///< steps of the timeline
-    static constexpr std::size_t kMaxPrefixes = 8;     ///< further prefixes are counted as kOthers
-    static constexpr std::size_t kMaxGroups = 1000;    ///< the groups with the most entries
-    static constexpr std::size_t kMaxProcesses = 500;  ///< the processes with the most records
-    static constexpr std::size_t kMaxExamples = 10;    ///< per group: the newest entries
-    static constexpr std::size_t kMaxLineBytes = 2000;
+    static constexpr std::size_t kMaxSteps = 400;       ///< steps of the timeline
+    static constexpr std::size_t kMaxPrefixes = 8;      ///< further prefixes are counted as kOthers
+    static constexpr std::size_t kMaxGroups = 1000;     ///< the groups with the most entries
+    static constexpr std::size_t kMaxProcesses = 500;   ///< the processes with the most records
+    static constexpr std::size_t kMaxExamples = 10;     ///< per group: the newest entries
+    static constexpr std::size_t kMaxLineBytes = 2000;  ///< of a message in an example
     /// The size of the examples of all groups. After it is reached, each further group has one example.
     static constexpr std::size_t kMaxExampleBytes = std::size_t{4} << 20;
     /// \}
@@ -59,7 +59,7 @@ private:
         std::vector<std::string> messages;
         TrailEnd end = TrailEnd::Caught;
     };
-    /// The data of a group that MessageGroups does not have.
+    /// The data that the page shows for a group, and that MessageGroups does not store.
     struct Details {
         Histogram steps{kMaxSteps};
         std::vector<Example> examples;  ///< a ring

@@ -14,7 +14,7 @@ namespace {
 /// Adds a text, with escapes for the characters that could hide or reorder other text.
 void addVisible(JsonObject& object, std::string_view name, std::string_view text) {
     std::string shown;
-    for (;;) {  // line feeds stay
+    for (;;) {  // line feeds are not escaped
         const std::size_t end = text.find('\n');
         tools::appendVisible(shown, text.substr(0, end));
         if (end == std::string_view::npos) {
@@ -43,7 +43,8 @@ void appendArray(std::string& out, std::size_t size, Append&& append) {
     out += ']';
 }
 
-/// Adds the counts of `steps` as pairs of a step number and a count. The numbers count the steps of `all`, from 0.
+/// Adds an array with two elements for each step of `all` in which `steps` has records: the number of the step in
+/// `all`, from 0, and the count of its records.
 void addSteps(JsonObject& object, const Histogram& steps, const Histogram& all, std::string& out) {
     const LocalMs start = all.steps().front().from;
     std::map<LocalMs, unsigned long long> counts;

@@ -83,7 +83,7 @@ void appendGroup(std::string& out, const MessageGroups::Group& group) {
 
 }  // namespace
 
-/// "3 of 12 damaged: 1 cut, 2 no header"; empty without damage.
+/// "3 of 12 damaged: 1 cut, 2 no header"; empty if no record is damaged.
 std::string Summary::damageText() const {
     std::string kinds;
     for (const Damage each : kKinds) {

@@ -34,7 +34,7 @@ unsigned long long countEntries(LogFile& log, unsigned long long offset, const S
     Settings counted;
     counted.filter = settings.filter;
     counted.fold = settings.fold;
-    counted.tail = 1;  // its output is discarded
+    counted.tail = 1;  // the viewer then keeps the text of only one entry; all output is discarded
     Viewer viewer(counted, false, [](std::string_view) {});
     std::vector<char> block(kBlockBytes);
     while (const std::size_t size = log.read(offset, block.data(), block.size())) {

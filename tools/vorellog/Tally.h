@@ -1,5 +1,5 @@
 /// \file
-/// A number of records, and the times of the first and the last record.
+/// A number of records, and the times of the earliest and the latest record.
 #pragma once
 
 #include "vorellog/LogLine.h"

@@ -58,7 +58,7 @@ std::string_view nameOf(TrailEnd end) noexcept {
 }
 
 void TrailAssembler::add(const Record& record) {
-    // A message may have forged this record, so its step and its time are ignored.
+    // A header in the middle of a line may be part of a message, so the step and the time of this record are ignored.
     const bool isForgeable = record.damage() == Damage::MidLine;
     const TrailStep step = isForgeable ? TrailStep::None : stepOf(record);
     const LogHeader* const header = isForgeable ? nullptr : record.header();

@@ -5,8 +5,8 @@
 ///     Vorel Error: Parser::run: Vorel exception rethrown   a function that rethrew the exception
 ///     Vorel Error: Import::main: Vorel exception caught    the function that caught the exception
 ///
-/// The log does not say which records belong together. A trail is recognised by the writer and the form of its records,
-/// because the records of a thread are in the order in which the thread wrote them, and "…caught" ends a trail. A
+/// The log does not say which records belong together. But the records of a thread are in the order in which the thread
+/// wrote them, and "…caught" ends a trail. So a trail is recognised by the writer and the form of its records. A
 /// program may also catch an exception without writing a record. In that case the trail ends before the first record
 /// that cannot belong to the same exception:
 ///
@@ -20,8 +20,8 @@
 ///     because not all lines have milliseconds;
 ///   - any record more than kTrailGapMs after the last record of the trail begins a new trail.
 ///
-/// A record whose header is in the middle of a line neither joins nor ends a trail, because a message may have forged
-/// it.
+/// A record whose header is in the middle of a line neither joins nor ends a trail, because the header may be part of a
+/// message.
 ///
 /// Trails are delivered in the order of their first records. Records that do not belong to an exception are delivered
 /// as trails of one record. Memory is bounded.
