@@ -227,8 +227,8 @@ export type Synchronous<T> = T extends PromiseLike<unknown> ? never : T;
  */
 export class Mutex {
     /**
-     * Opens or creates the mutex of this name: 1 to 252 UTF-16 code units, without a backslash. A failure is reported
-     * after a second: "VOREL_ERROR_SYSTEM" with the text of the system.
+     * Opens or creates the mutex of this name: 1 to 252 UTF-16 code units, without a backslash. If the mutex cannot be
+     * opened within a second, throws "VOREL_ERROR_SYSTEM" with the text of the system.
      */
     constructor(name: string);
     readonly name: string;
