@@ -77,7 +77,8 @@ bool isHostName(std::string_view host) {
     return host.find_first_of(" :[]") == std::string_view::npos;
 }
 
-/// An unterminated last line counts as torn.
+/// Appends the records and the unreadable lines of a log file with this content. A last line without a terminator
+/// counts as torn.
 void appendLines(std::string_view content, Log& log) {
     constexpr std::string_view kTerminator = "\r\n";
     for (std::string& line : split(content, kTerminator)) {

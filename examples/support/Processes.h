@@ -8,7 +8,7 @@
 
 namespace examples {
 
-/// The path of this program. All paths are in the narrow code page of the process, like those of the error log.
+/// The path of this program. All paths are in the narrow code page of the process, like the path of the error log.
 std::string programPath();
 
 /// Creates a new folder "<name>-<number>" in the folder of `program` and returns its path.
