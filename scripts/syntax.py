@@ -30,7 +30,7 @@ SYSTEM_INCLUDE = re.compile(r"^\s*#\s*include\s*<([^>]+)>", re.MULTILINE)
 COMMON = ["-fsyntax-only", "-std=c++20", "-Wall", "-Wextra", "-Werror", "-D_UCRT", "-D__MSVCRT_VERSION__=0xE00",
           "-D_WIN32_WINNT=0x0A00", "-DUNICODE", "-D_UNICODE", "-DNOMINMAX", "-DWIN32_LEAN_AND_MEAN",
           "-DVOREL_BUILDING_DLL", "-I" + str(ROOT / "include"), "-I" + str(ROOT / "src")]
-# Warnings that Microsoft's compiler does not have, and warnings about the system headers of another compiler.
+# Disables warnings that Microsoft's compiler does not have, and warnings that the system headers of mingw-w64 cause.
 MSVC_WARNINGS = ["-Wno-ignored-attributes", "-Wno-unused-private-field", "-Wno-#warnings"]
 
 
@@ -94,7 +94,8 @@ class Environment:
 
     def _precompiled(self):
         with self._precompiling:
-            header = str(self._prelude.with_suffix(".pch"))  # clang would use "<name>.h.pch" for AVX2, too
+            # Not "<name>.h.pch", because clang would use such a file for "-include <name>.h", and so for AVX2, too.
+            header = str(self._prelude.with_suffix(".pch"))
             if not os.path.exists(header):
                 command = [word for word in self._command if word != "-fsyntax-only"]
                 subprocess.run([*command, "-xc++-header", str(self._prelude), "-o", header], check=True)
