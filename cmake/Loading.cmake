@@ -1,4 +1,4 @@
-# Options that make the DLL load fast, and small.
+# Options that make the DLL small and quick to load.
 
 # With GCC and MSVC, ADVAPI32.dll is loaded on the first call of one of its functions, because few programs call these
 # functions. ADVAPI32.dll is one of the system's known DLLs, so only the system folder is searched for it. GNU's linker
