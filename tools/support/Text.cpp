@@ -38,7 +38,7 @@ std::wstring decodedPair(std::string_view sequence) {
 }  // namespace
 
 std::string toUtf8(std::wstring_view text) {
-    const std::wstring terminated(text);  // a conversion may read the unit after the last one
+    const std::wstring terminated(text);  // the library's conversion may read the unit after the text
     std::string result;
     vorel::BaseString<char> piece;
     for (std::size_t start = 0;; ++start) {

@@ -55,8 +55,8 @@ public:
             decode(text, result);
             return block.size();
         }
-        // The last character gives the number of bytes in the last group. So the last group and one character are kept
-        // until the end of the input.
+        // The last character gives the number of bytes in the group before it. The last five characters of the block
+        // may be this group and this character, so they are not decoded before the next block arrives.
         const std::size_t held = kGroupCharacters + 1;
         const std::size_t whole = text.size() < held ? 0 : (text.size() - held) / kGroupCharacters * kGroupCharacters;
         if (whole != 0) {

@@ -31,8 +31,8 @@ Follower::Progress Follower::poll() {
     return startOver(pair);
 }
 
-/// Opens a consistent pair of files. If the backup is the same before and after the log is opened, no rotation happened
-/// in between, because no other file can get the id of the backup while the backup is open.
+/// Opens a consistent pair of files. A rotation replaces the backup. So if the backup has the same id before and after
+/// the log is opened, there was no rotation in between. While the backup is open, no other file can get its id.
 Follower::Pair Follower::openPair() {
     constexpr unsigned int kMaxAttempts = 100;
     const auto sameFile = [](const LogFile* a, const LogFile* b) { return a && b ? a->id() == b->id() : a == b; };

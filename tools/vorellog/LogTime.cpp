@@ -38,7 +38,8 @@ public:
         return value;
     }
 
-    /// The index of the next three letters in `names`, from 0.
+    /// Reads a name of three letters and returns its index in `names`, from 0. `names` contains all names, without
+    /// separators.
     int name(std::string_view names) noexcept {
         constexpr std::size_t kLetters = 3;
         const std::size_t found = m_good ? names.find(m_rest.substr(0, kLetters)) : 0;

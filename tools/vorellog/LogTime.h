@@ -40,8 +40,8 @@ struct TimeSpan {
 ///     2026-11-16, 2026-11-16 01:43, 2026-11-16T01:43:08.045   a day, a minute, a millisecond
 ///     2026-11-16T01:43Z, 2026-11-16 01:43:08 +02:00           with an offset from UTC, converted to `zone`
 ///     today, yesterday                                        the day of `now`, and the day before
-///     01:43, 01:43:08                                         today: the day of `now`
-///     90s, 15m, 2h, 3d                                        this time before `now`
+///     01:43, 01:43:08                                         a time on the day of `now`
+///     90s, 15m, 2h, 3d                                        the time that is this much before `now`
 ///     Mon Nov 16 01:43:08 2026                                a second, in the format of the log
 ///
 /// Returns nullopt for any other text.

@@ -28,8 +28,9 @@ public:
     MessageGroups& operator=(MessageGroups&&) = default;
 
     /// \name Limits
-    /// After kMaxGroups or kMaxTextBytes is reached, entries with new messages are only counted, by ungrouped(). After
-    /// kMaxProcessSetBytes is reached, the sets of processes do not grow (see ProcessSet::add).
+    /// After kMaxGroups or kMaxTextBytes is reached, no group is created. Entries with new messages then belong to no
+    /// group, and ungrouped() counts them. After kMaxProcessSetBytes is reached, the sets of processes do not grow (see
+    /// ProcessSet::add).
     /// \{
     static constexpr std::size_t kMaxGroups = 10000;
     static constexpr std::size_t kMaxTextBytes = std::size_t{12} << 20;       ///< of all messages and examples

@@ -8,7 +8,8 @@ namespace vorellog {
 
 namespace {
 
-/// Further prefixes are counted together, because most of them are the starts of messages with a colon.
+/// The maximum number of prefixes that are counted separately. Further prefixes are counted together, because most of
+/// them are the starts of messages with a colon.
 constexpr std::size_t kMaxKnownPrefixes = 256;
 
 }  // namespace

@@ -13,8 +13,8 @@ namespace vorellog {
 namespace {
 
 constexpr unsigned long long kFirstPartBytes = std::size_t{1} << 18;
-constexpr unsigned int kGrowth = 4;  // factor by which the part grows until it has enough entries
-constexpr unsigned long long kMaxOpenTrails = 1000;
+constexpr unsigned int kGrowth = 4;                  // factor by which the part grows until it has enough entries
+constexpr unsigned long long kMaxOpenTrails = 1000;  // with --fold, the number of additional entries (see TailStart.h)
 
 /// The position of the first line of `text` that begins with a header; npos if there is none. The text before the first
 /// line feed is skipped, because it may be the end of a line.

@@ -19,7 +19,7 @@ struct TailStart {
 /// entries. Returns nullopt if the log must be read from its start, because it has fewer entries or is not plain UTF-8.
 ///
 /// With `settings.fold`, trails that began before the part are incomplete. There is at most one such trail for each
-/// thread. So the part then contains additional entries before the last `settings.tail` entries.
+/// thread. So the part then begins many entries earlier, and the incomplete trails are before the last entries.
 std::optional<TailStart> findTailStart(LogFiles& files, const Settings& settings);
 
 }  // namespace vorellog

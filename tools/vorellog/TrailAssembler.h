@@ -106,8 +106,8 @@ private:
     std::map<Writer, Position> m_open;
     std::size_t m_recordsWaiting = 0;
     std::size_t m_bytesWaiting = 0;
-    unsigned long long m_number = 0;
-    LocalMs m_nowMs = 0;  ///< the latest time of a record
+    unsigned long long m_number = 0;  ///< the number of records added so far
+    LocalMs m_nowMs = 0;              ///< the latest time of a record
 };
 
 }  // namespace vorellog
