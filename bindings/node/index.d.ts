@@ -42,7 +42,7 @@ export class VorelError extends Error {
 
 // ---- Encodings ------------------------------------------------------------------------------------------------------
 
-/** Encodes bytes as text and decodes them. The real length of an array is used, even if its `length` is redefined. */
+/** Encodes bytes as text, and decodes the text. The real length of an array is used, even if `length` is redefined. */
 export interface BinaryText {
     encode(bytes: Uint8Array): string;
     decode(text: string): Buffer;
@@ -267,8 +267,8 @@ export class Mutex {
 }
 
 /**
- * A condition that processes can signal and wait for. A signal releases one waiter. If nobody is waiting, it releases
- * the next waiter. A name that begins with "Global\" is machine-wide. Time limits are as for `Mutex`.
+ * A condition that processes can signal and wait for. A signal releases one waiter. If nobody is waiting, one signal is
+ * kept for the next waiter. A name that begins with "Global\" is machine-wide. Time limits are as for `Mutex`.
  */
 export class Condition {
     /** Opens or creates the condition of this name: 1 to 259 UTF-16 code units. */
