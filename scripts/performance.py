@@ -18,7 +18,7 @@ END = "<!-- end of results -->"
 MAX_SPREAD = 0.2
 MAX_RISE = 1.5
 GROWTH = "growth"
-# These entries are not peers. They show the limits of the machine.
+# The summary does not count results against these peers, because they show the limits of the machine.
 LIMITS = ("memcpy",)
 
 # Introductions: facts that the titles of the families do not give.
