@@ -3,7 +3,7 @@
 ///
 ///     vorel::BaseString<wchar_t> name(L"Parser");
 ///     name += L"::run";
-///     name.format(L"%ls, attempt %d", name.c_str(), 3);   // an argument may point into the string itself
+///     name.format(L"%ls, attempt %d", name.c_str(), 3);   // an argument may point into `name` itself
 ///
 /// The buffer comes from the runtime's `malloc` and is released by `free`, so modules that share the runtime may pass
 /// it to each other. The class is standard-layout, so its layout is the same with every compiler. Lengths and

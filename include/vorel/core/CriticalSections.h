@@ -7,9 +7,9 @@
 /// | `ForcedCriticalSection` | always                                        |
 /// | `NoLock`                | never                                         |
 ///
-/// The locks are recursive: the owner may lock again, and must unlock as often. `lock` takes a time limit and a flag,
-/// like every lock of the library. A critical section distinguishes two limits only: 0 tries once, every other value
-/// waits without limit. So `lock(60000, true)` waits without limit by design.
+/// The locks are recursive: the owner may lock again, and must call `unlock` once for each `lock`. `lock` takes a time
+/// limit and a flag, like every lock of the library. A critical section distinguishes two limits only: 0 tries once,
+/// every other value waits without limit. So `lock(60000, true)` waits without limit by design.
 #pragma once
 
 #include "vorel/Export.h"

@@ -47,7 +47,8 @@ private:
 template <class Lock>
 class UnGuard {
 public:
-    /// Unlocks `lock`, which must outlive the guard. A failure is thrown unchanged, and the lock is not locked again.
+    /// Unlocks `lock`, which must outlive the guard. If that fails, the exception of `unlock` leaves the constructor,
+    /// and no `UnGuard` exists that would lock again.
     explicit UnGuard(Lock& lock) : m_lock(&lock), m_held(false) { lock.unlock(); }
 
     /// Locks the lock again. An `AutoMutex` waits up to a minute; a critical section waits without limit.

@@ -57,12 +57,13 @@ namespace detail {
 
 /// `hash` modulo `count`. `count` must not be 0. The function multiplies by a reciprocal, because on many processors a
 /// 64-bit integer division takes several times as long as a floating-point division. The reciprocal depends on `count`
-/// only. So a loop computes it once; otherwise the processor can compute it at the same time as the hash.
+/// only. So a loop with one `count` computes the reciprocal once. Outside a loop, the processor can compute the
+/// reciprocal at the same time as the hash.
 ///
 /// `count` is shifted until its highest bit is bit 31. The reciprocal is at most 2^95 divided by the shifted count. The
 /// floating-point estimate is smaller than this limit by less than 2^15. One step of Newton's method reduces the
 /// difference to slightly more than 1. So the quotient is exact or too small by 1. If it is too small, the last line
-/// corrects the remainder; the larger the count, the rarer this is.
+/// corrects the remainder. The larger the count, the rarer this correction is.
 inline std::uint32_t remainderOf(std::uint64_t hash, std::uint32_t count) noexcept {
 #if defined(__SIZEOF_INT128__)
     __extension__ using Wide = unsigned __int128;
@@ -182,8 +183,8 @@ public:
     HashMap(const HashMap&) = delete;
     HashMap& operator=(const HashMap&) = delete;
 
-    /// Releases every node. The first failure of a key's or value's destructor is rethrown; while another exception
-    /// unwinds the stack, it is recorded and swallowed.
+    /// Releases every node. The first failure of a key's or value's destructor is rethrown. While another exception
+    /// unwinds the stack, the failure is recorded and swallowed instead.
     ~HashMap() noexcept(false) {
         detail::runDestructor(L"HashMap", [this] { clear(); });
     }
@@ -200,7 +201,7 @@ public:
     /// lookups find the newer one until the map grows; growing reverses the order within a bucket.
     /// \throws Exception "Tried to put into a hash map with 0 buckets"; MemoryException if the buckets cannot grow;
     ///         `std::bad_alloc` if a node cannot be allocated, because nodes come from the global `operator new` by
-    ///         design. The entries are unchanged.
+    ///         design; the exceptions of the assignments to key and value. No entry is added or removed.
     Iterator put(std::uint64_t hash, const Key& key, const Value& value) {
         if (bucketCount() == 0) {
             detail::throwFailure(L"Tried to put into a hash map with 0 buckets");

@@ -75,8 +75,8 @@ private:
     static AllocSpy* m_spy;
 };
 
-/// The release version of a leak-tracking point: every operation accepts any argument, including null, and does
-/// nothing. The operations are still exported, so that clients built with leak tracking still link.
+/// A leak-tracking point. Every operation accepts any argument, including null, and does nothing. The operations are
+/// still exported, so that clients built with leak tracking still link.
 class VOREL_API LeakDetector {
 public:
     /// The arguments are ignored.

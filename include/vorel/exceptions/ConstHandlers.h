@@ -18,9 +18,9 @@ inline Exception Exception::locationOf(const wchar_t* format, va_list args) noex
 }
 
 inline void Exception::throwCopy() const {
-    // Every `rethrow` throws a copy and does not change its object, so it may be called for a const object. It is
-    // called through a pointer, because a direct call of a [[noreturn]] function is undefined behaviour if an override
-    // returns. The last line handles an override that returns.
+    // Every `rethrow` throws a copy and does not change its object, so it may be called for a const object. An override
+    // in a program may return, although `rethrow` is [[noreturn]]. The call uses a volatile pointer, because the
+    // compiler would remove the code after a direct call. The last line handles an override that returns.
     void (Exception::*const volatile throwAsOwnClass)() = &Exception::rethrow;
     // NOLINTNEXTLINE(cppcoreguidelines-pro-type-const-cast): `rethrow` is not const because its declaration is fixed
     (const_cast<Exception*>(this)->*throwAsOwnClass)();

@@ -74,7 +74,8 @@ public:
     /// \name Adding and changing messages
     /// \{
 
-    /// Adds a message to the stack, and logs it unless logging is delayed. Arguments may point into the stack itself.
+    /// Adds a message to the stack, and logs it unless logging is delayed. Arguments may point to messages of this
+    /// object.
     void appendMessage(const wchar_t* fmt, ...) noexcept;
     VOREL_PRINTF(2, 3) void appendMessage(const char* fmt, ...) noexcept;
 
@@ -182,7 +183,8 @@ public:
     [[noreturn]] static void throwSevereClass(const wchar_t* className, const wchar_t* method);
     [[noreturn]] static void throwSevereGeneric(const wchar_t* format, ...);
 
-    /// The same for the handler of a destructor: the error is only recorded while another exception unwinds the stack.
+    /// The same for the handler of a destructor. While another exception unwinds the stack, the error is recorded, and
+    /// nothing is thrown.
     static void throwSevereDestructor(const wchar_t* className);
 
     /// Disables (`true`) or enables (`false`) the error log for the calling thread. Calls do not nest. Exceptions still
@@ -201,22 +203,22 @@ public:
     static const long long DefaultLogSize = 1000000;
     static const long long LargeErrorLogSize = 10000000;
 
-    /// Sets the path of the file (at most 1023 bytes in the process's narrow code page; null or empty: the default file
-    /// "C:\TalvenorError.txt") and, if `size` is 1 or more, the size limit. Unless the process has an invalid-parameter
-    /// handler, the call installs a handler that logs invalid parameters of runtime functions as warnings. The start-up
-    /// code of mingw-w64 installs another handler. So a program built with mingw-w64 must first call
-    /// `_set_invalid_parameter_handler(nullptr)` to get the warnings.
+    /// Sets the path of the file, in the process's narrow code page. Only the first 1023 bytes of the path are used. A
+    /// null or empty path selects the default file "C:\TalvenorError.txt". If `size` is 1 or more, the call also sets
+    /// the size limit. Unless the process has an invalid-parameter handler, the call installs a handler that logs
+    /// invalid parameters of runtime functions as warnings. The start-up code of mingw-w64 installs another handler. So
+    /// a program built with mingw-w64 must first call `_set_invalid_parameter_handler(nullptr)` to get the warnings.
     ///
-    /// A wide path is converted by the current locale. If it cannot be converted, the path becomes the failure's text,
-    /// so the log is a file named "Error in text conversion" in the current directory.
+    /// A wide path is converted by the current locale. If it cannot be converted, the path becomes the text "Error in
+    /// text conversion", so the log is a file of this name in the current directory.
     static void SetErrorLogLocation(const char* path, long long size) noexcept;
     static void SetErrorLogLocation(const wchar_t* path, long long size) noexcept;
 
     /// Sets the size limit; values below -1 are ignored. 0 and -1 can be set only here.
     static void SetErrorLogSize(long long size) noexcept;
 
-    /// Whether `MirrorErrorMessage` also writes messages without `force` ("the mirror"). All messages of the library
-    /// have `force`.
+    /// The mirror: while it is on, `MirrorErrorMessage` also writes messages whose `force` is false. It is off at load.
+    /// For all messages of the library, `force` is true.
     static bool GetMirrorErrorLog() noexcept { return m_mirrorToErrorLog; }
     static void SetMirrorErrorLog(bool mirror) noexcept { m_mirrorToErrorLog = mirror; }
 
@@ -241,7 +243,8 @@ public:
     static void warnClass(const wchar_t* className, const wchar_t* method, const wchar_t* format, ...) noexcept;
 
     /// Writes "DEBUG: target: message" if the target is switched on. `debugClass` writes "DEBUG: class::method: target:
-    /// message". Until a target is switched on for the first time, a call costs one load and one branch.
+    /// message". In programs compiled with GCC, a call of `debug` or `debugClass` costs one load and one branch until a
+    /// target is switched on for the first time.
     VOREL_PRINTF(2, 3) static void debug(const char* target, const char* format, ...) noexcept;
     static void debug(const wchar_t* target, const wchar_t* format, ...) noexcept;
     static void vDebug(const char* target, const char* format, va_list args) noexcept;
@@ -264,7 +267,7 @@ public:
     static void traceClass(const wchar_t* className, const wchar_t* method, const wchar_t* format, ...) noexcept;
     static void traceCallStack(std::FILE* stream) noexcept;
 
-    /// Switches a debug target on or off; null is ignored. Names are compared exactly. Narrow and wide names are
+    /// Switches a debug target on or off; a null name is ignored. Names are compared exactly. Narrow and wide names are
     /// separate by design: a target switched on by its narrow name is not active under the wide name. The wide target
     /// "LogsIncludeMsecs" adds milliseconds to every line of the log. The call does not lock: another thread that uses
     /// the same target at the same time sees the state before or after the call.

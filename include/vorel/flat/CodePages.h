@@ -9,8 +9,9 @@ extern "C" {
 #endif
 
 /// \name Code pages
-/// A code page is identified by its number in the system, 1 to 65534. `VOREL_ERROR_UNSUPPORTED` means that the system
-/// does not support the code page. Texts may contain zeros.
+/// A code page is identified by its number in the system, 1 to 65534. Any other number gives
+/// `VOREL_ERROR_INVALID_ARGUMENT`. `VOREL_ERROR_UNSUPPORTED` means that the system does not support the code page.
+/// Texts may contain zeros.
 /// \{
 
 /// Returns the number of the code page `name`. Names are not case-sensitive. The system need not have the code page.

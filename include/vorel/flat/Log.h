@@ -14,14 +14,15 @@ extern "C" {
 
 /// Sets the path of the file. An empty path selects the default, "C:\TalvenorError.txt". The library converts the path
 /// to the process's code page. The status is `VOREL_ERROR_INVALID_TEXT` if the code page lacks a character, and
-/// `VOREL_ERROR_INVALID_ARGUMENT` if the result is longer than 1023 bytes.
+/// `VOREL_ERROR_INVALID_ARGUMENT` if the converted path is longer than 1023 bytes.
 VOREL_API vorel_status vorel_log_set_path(const vorel_char16* path, size_t length);
 
 /// Returns the path of the file.
 VOREL_API vorel_status vorel_log_path(vorel_char16* path, size_t capacity, size_t* length);
 
 /// Set and return the size limit in bytes. The limit is 1,000,000 at load. A file beyond the limit is moved to its
-/// backup (".001" appended). 0 switches the log off; with -1 the file grows without bound.
+/// backup (".001" appended). A limit of 0 switches the log off. With -1, the file grows without bound. Other negative
+/// limits give `VOREL_ERROR_INVALID_ARGUMENT`.
 VOREL_API vorel_status vorel_log_set_limit(int64_t bytes);
 VOREL_API vorel_status vorel_log_limit(int64_t* bytes);
 

@@ -16,14 +16,15 @@
 ///
 /// A mutex whose owner has ended is called abandoned. The system reports an abandoned mutex only once: to the object
 /// that locks the mutex next. If the ended thread held the mutex through another object, that other object still
-/// records the thread's id and the number of its holds. This has the following effects on the object with this record:
+/// records the id of the ended thread and the number of its holds. This has the following effects on the object with
+/// this record:
 ///
 /// - On every thread with another id, `lock` and `tryLock` throw "Mutex ...: Trying to increment lock count ..." and
 ///   release the mutex, and `unlock` does nothing. Other objects are not affected.
 /// - `initialize` with another name throws. The destructor throws too, but it still closes the mutex.
-/// - The system may reuse the id for a new thread. The object treats that thread as the owner: its locks succeed, and
-///   its first `unlock` without a lock throws "AutoMutex::unlock: Failed to release mutex ..." instead of doing
-///   nothing. On that thread, the destructor throws the same exception.
+/// - The system may reuse the id for a new thread. The object treats the new thread as the owner: its locks succeed. If
+///   the new thread calls `unlock` without holding the mutex, the call throws "AutoMutex::unlock: Failed to release
+///   mutex ..." instead of doing nothing. On the new thread, the destructor throws the same exception.
 /// - The recorded owner is cleared only if the mutex is abandoned again and the system reports that to this object.
 ///
 /// A program should then destroy the object, catch the destructor's exception, and create a new object. If every thread
@@ -50,7 +51,8 @@ class VOREL_API AutoMutex {
 public:
     /// Opens the mutex `name`. If `lockNow` is true, locks it, waiting up to a minute. With a null `name` the object
     /// has no mutex. `flag` is stored and ignored.
-    /// \throws Exception "malloc failed"; "AutoMutex: Failed to create mutex ..."; the exceptions of `lock`.
+    /// \throws Exception "malloc failed"; "AutoMutex: Failed to create mutex ..."; MemoryException; the exceptions of
+    ///         `lock`.
     AutoMutex(const wchar_t* name, bool lockNow, bool flag);
 
     /// The same with a name in UTF-8, which is converted to UTF-16. The constructor is a template, so that
@@ -62,7 +64,8 @@ public:
 
     /// Releases every hold of the object and closes the mutex. If another thread holds the mutex through this object,
     /// waits up to a minute.
-    /// \throws Exception, unless another exception unwinds the stack.
+    /// \throws Exception if the mutex cannot be released or closed, or if the other thread does not release it within
+    ///         that minute. While another exception unwinds the stack, the failure is recorded and swallowed.
     virtual ~AutoMutex() noexcept(false);
 
     AutoMutex(const AutoMutex&) = delete;
@@ -75,7 +78,8 @@ public:
     ///         call may be repeated.
     ///
     /// \throws Exception "AutoMutex::initialize: Name required for mutex" for a null name; another Exception if the
-    ///         previous mutex cannot be closed, or if another thread does not release it within a minute.
+    ///         previous mutex cannot be closed, or if another thread does not release it within a minute;
+    ///         MemoryException if the name cannot be stored. In the last case the object has no mutex.
     virtual bool initialize(const wchar_t* name, bool flag);
 
     /// The same with a name in UTF-8.
@@ -94,7 +98,8 @@ public:
     ///
     /// \throws Exception "AutoMutex::lock: Mutex not initialized"; "AutoMutex::lock: Failed to lock mutex ..."; and
     ///         "Mutex ...: Trying to increment lock count from a thread that does not own the mutex. ..." if the object
-    ///         still records a thread that has ended (see above). The mutex is then released.
+    ///         still records a thread that has ended (see above). The mutex is then released. MemoryException if the
+    ///         description of a failure cannot be stored.
     bool lock(unsigned int timeout, bool throwOnFailure, BaseString<wchar_t>* errorText = nullptr);
 
     /// Locks the mutex if that is possible without waiting. Returns whether the mutex is held.

@@ -36,8 +36,9 @@ public:
     /// \throws Exception "Failed to set event."
     void signal();
 
-    /// Releases one waiter every ten milliseconds until none is left. A thread that calls `wait` meanwhile starts to
-    /// wait after the broadcast. Returns at once if no thread waits. The caller may hold the lock, but need not.
+    /// Releases one waiter every ten milliseconds until none is left. A thread that calls `wait` during the broadcast
+    /// starts to wait after the broadcast. Returns at once if no thread waits. The caller may hold the lock, but need
+    /// not.
     ///
     /// A broadcast does not reach a thread that has called `wait` and released the lock, but does not wait yet. So
     /// threads that expect a broadcast should wait with a time limit and then check their condition again.

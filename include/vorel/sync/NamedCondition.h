@@ -21,8 +21,8 @@ namespace vorel {
 class VOREL_API NamedCondition {
 public:
     /// Opens the event `name`, and creates it if it does not exist. The name is used unchanged; the prefix "Global\"
-    /// makes it machine-wide.
-    /// \throws Exception "Failed to create condition '%ls': %ls" with the name and the reason.
+    /// makes it machine-wide. A null `name` creates an event without a name.
+    /// \throws Exception "Failed to create condition '%ls': %ls" with the name and the reason; MemoryException.
     explicit NamedCondition(const wchar_t* name);
 
     /// The same with a name in UTF-8, which is converted to UTF-16. The constructor is a template, so that

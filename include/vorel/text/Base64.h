@@ -25,7 +25,7 @@ public:
     Base64(const Base64&) noexcept = default;
     ~Base64() = default;
 
-    /// Replaces `text` by the encoded bytes.
+    /// Replaces `text` by the Base64 text of `bytes`.
     /// \throws MemoryException, before anything is written, if the text cannot be allocated.
     VOREL_API static void Encode(const Array<unsigned char>& bytes, BaseString<char>& text);
     VOREL_API static void Encode(const Array<unsigned char>& bytes, BaseString<wchar_t>& text);
@@ -45,7 +45,8 @@ public:
     ///
     ///     QQ==  ->  41, 0        QQ  ->  nothing, 1        QQ=A  ->  41, 0
     ///
-    /// \throws Exception "Unicode character found in Base64 text" for a unit above 255. MemoryException.
+    /// \throws Exception "Unicode character found in Base64 text" for a unit above 255; `bytes` then holds the bytes of
+    ///         the groups before the unit. MemoryException if `bytes` cannot grow.
     VOREL_API static int Decode(const char* text, Array<unsigned char>& bytes);
     VOREL_API static int Decode(const wchar_t* text, Array<unsigned char>& bytes);
 

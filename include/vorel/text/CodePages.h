@@ -48,9 +48,10 @@ VOREL_API void iconv_reset(int converter) noexcept;
 ///
 /// The system uses 31-bit counts. So a capacity above INT_MAX is rejected with EINVAL without a system call, and so is
 /// a count above INT_MAX other than SIZE_MAX. The system is called with MB_ERR_INVALID_CHARS. It rejects that flag
-/// (EINVAL) for the code pages 42, 50220, 50221, 50222, 50225, 50227, 50229, 57002 to 57011 and 65000. All of them
-/// except 42 have names, but text cannot be converted from them. `text` must not overlap `out`; the system rejects
-/// equal pointers (EINVAL). Source: "MultiByteToWideChar function (stringapiset.h)" on learn.microsoft.com.
+/// (EINVAL) for the code pages 42, 50220, 50221, 50222, 50225, 50227, 50229, 57002 to 57011 and 65000. `iconv_open`
+/// knows names for all of them except 42, but text cannot be converted from them. `text` must not overlap `out`; the
+/// system rejects equal pointers (EINVAL). Source: "MultiByteToWideChar function (stringapiset.h)" on
+/// learn.microsoft.com.
 VOREL_API std::size_t iconv_to_wc(int converter, const char* text, std::size_t bytes, wchar_t* out,
                                   std::size_t capacity);
 

@@ -20,7 +20,7 @@ public:
     Daylight(const Daylight&) noexcept = default;
     ~Daylight() = default;
 
-    /// Replaces `text` by the encoded bytes.
+    /// Replaces `text` by the Daylight text of `bytes`.
     /// \throws MemoryException, before anything is written, if the text cannot be allocated.
     VOREL_API static void Encode(const Array<unsigned char>& bytes, BaseString<wchar_t>& text);
 

@@ -4,7 +4,8 @@
 /// The UTF-8 codec uses the original form of UTF-8, with up to six bytes for a character. By design it checks very
 /// little. Overlong forms and encoded surrogates are accepted. Trailing bytes are not checked. If the lead byte
 /// requires them, they are read even past the bound of the input or past a zero byte. The bytes 0x80 to 0xBF, 0xF1,
-/// 0xF3, 0xF5, 0xF7, 0xF9, 0xFB and 0xFF do not start a sequence.
+/// 0xF3, 0xF5, 0xF7, 0xF9, 0xFB and 0xFF do not start a sequence. The bytes 0xF8, 0xFA, 0xFC and 0xFE start a sequence
+/// of four bytes, and 0xFD a sequence of six. No byte starts a sequence of five.
 ///
 /// A length below 0 means up to the first zero. A length of 0 or more is an upper bound; a zero still ends the input.
 ///
@@ -25,29 +26,29 @@ namespace vorel::util {
 ///     0xE9 -> C3 A9, 2
 VOREL_API int ConvertUCStoUTF8(unsigned int codePoint, char* output, int size) noexcept;
 
-/// Converts UTF-8 to wide text, in blocks of 450 units. `length` is in bytes. Null gives the empty text.
+/// Replaces `output` by the wide text of the UTF-8 `input`. `length` is in bytes. Null gives the empty text.
 ///
 ///     41 C3 A9 F0 9F 98 80  ->  0041 00E9 D83D DE00, true
 ///
-/// A byte that does not start a sequence is an error. With `throwOnError` false, the result is then false, and `output`
-/// holds the complete blocks before the error.
-/// \throws Exception with `throwOnError` true: "Error converting UTF-8 character (%ls)", where `%ls` is "Hex string: "
-/// and the bytes between the invalid byte and the next zero, or empty if there are no such bytes. The overload for
-/// `const char*` adds the message
-///         "Failed to convert utf8 text to String: %s" with the input. MemoryException if the output cannot grow; it
-///         then holds complete blocks.
+/// A byte that does not start a sequence is an error. If `throwOnError` is false, the result is then false. After an
+/// error, `output` holds the text before the error, truncated to a multiple of 450 units.
+/// \throws Exception "Error converting UTF-8 character (%ls)" after an error if `throwOnError` is true. `%ls` is "Hex
+///         string: " and the bytes between the invalid byte and the next zero, or empty if there are no such bytes. The
+///         overload for `const char*` adds the message "Failed to convert utf8 text to String: %s" with the input.
+///         MemoryException if the output cannot grow; its length is then a multiple of 450 units.
 VOREL_API bool ConvertUTF8toString(BaseString<wchar_t>& output, const unsigned char* input, int length,
                                    bool throwOnError);
 VOREL_API bool ConvertUTF8toString(BaseString<wchar_t>& output, const char* input, int length, bool throwOnError);
 
-/// The same into a buffer of `size` units, at least 1. The text is terminated unless the result is false. A longer text
-/// is truncated silently; a surrogate pair is never split. A null input gives the empty text.
+/// The same into a buffer of `size` units; `size` must be at least 1. A longer text is truncated silently; a surrogate
+/// pair is never split. After an error, the buffer holds the units before the error without a terminator. A null input
+/// gives the empty text.
 VOREL_API bool ConvertUTF8toString(wchar_t* output, unsigned int size, const unsigned char* input, int length,
                                    bool throwOnError);
 
-/// Converts wide text to UTF-8. `length` is in units. A surrogate that is not part of a pair becomes "?". A pair that
-/// starts on the last unit within the bound is converted as a whole. Null gives the empty output. `appendZero` appends
-/// a zero byte, which is included in the size of `output`.
+/// Replaces `output` by the UTF-8 form of `input`. `length` is in units. A surrogate that is not part of a pair becomes
+/// "?". A pair that starts on the last unit within the bound is converted as a whole. Null gives the empty output. With
+/// `appendZero`, a zero byte is appended and included in the size of `output`, but not if `input` is null.
 ///
 ///     D800 0041  ->  3F 41
 ///
@@ -55,8 +56,9 @@ VOREL_API bool ConvertUTF8toString(wchar_t* output, unsigned int size, const uns
 VOREL_API void ConvertStringtoUTF8(const wchar_t* input, Array<unsigned char>& output, bool appendZero, int length);
 VOREL_API void ConvertStringtoUTF8(const wchar_t* input, BaseString<char>& output, int length);
 
-/// Converts `length` bytes of little-endian UTF-16 (an odd last byte is ignored), up to a zero unit. Byte-order marks
-/// are kept, and surrogates are not checked. Null or a length of 0 gives the empty text.
+/// Replaces `output` by the text of the `length` bytes in `input`, which are little-endian UTF-16, up to the first zero
+/// unit. If `length` is odd, the last byte is ignored. Byte-order marks are kept, and surrogates are not checked. Null
+/// or a length of 0 gives the empty text.
 ///
 ///     41 00 E9 00  ->  0041 00E9
 ///
@@ -66,8 +68,9 @@ VOREL_API void ConvertStringtoUTF8(const wchar_t* input, BaseString<char>& outpu
 VOREL_API void ConvertUTF16toString(BaseString<wchar_t>& output, const unsigned char* input, int length);
 VOREL_API void ConvertUTF16toString(BaseString<wchar_t>& output, const char* input, int length);
 
-/// Converts wide text, up to its terminator, to UTF-16 bytes in either byte order. `length` is ignored. `appendZero`
-/// appends two zero bytes. No byte-order mark is written. Null gives the empty output.
+/// Replaces `output` by the UTF-16 bytes of `input`, up to its terminator, in little-endian or big-endian order.
+/// `length` is ignored. `appendZero` appends two zero bytes. No byte-order mark is written. A null input gives the
+/// empty output, even with `appendZero`.
 ///
 ///     0041  ->  41 00 (little-endian), 00 41 (big-endian)
 ///

@@ -3,10 +3,10 @@
 /// UTF-8 first, so a non-ASCII character becomes the escapes of its bytes. Every function may be called from any
 /// thread.
 ///
-/// A text may point into the string that receives the result. If escapes in wide text end within a UTF-8 sequence, the
-/// missing bytes count as zeros: "%C3" is U+00C0. After a failure, a wide output holds the complete blocks of 450 units
-/// before the error. Escapes have upper-case digits. The control characters 1 to 31 and 127 are never escaped by
-/// design.
+/// A text may point into the string that receives the result. The encoders write escapes with upper-case digits. By
+/// design, they never escape the control characters 1 to 31 and 127. If the escapes of a wide text end within a UTF-8
+/// sequence, the decoder treats the missing bytes as zeros: "%C3" becomes U+00C0. If the escaped bytes are not valid
+/// UTF-8, the wide output holds the text before the invalid byte, truncated to a multiple of 450 units.
 #pragma once
 
 #include "vorel/Export.h"
@@ -27,7 +27,8 @@ enum UrlComponent : int {
 ///     " # % < > [ \ ] ^ ` { | } ~
 ///
 /// With `escapeReserved`, $ & + , / : ; = ? @ are escaped too. The space is escaped; with `spaceAsPlus` it becomes a
-/// '+'. Returns the buffer of `output`; null if `output` never had a buffer. Null is an empty text.
+/// '+'. A null `text` is an empty text. Returns the buffer of `output`. If `text` is empty and `output` has no buffer,
+/// returns null.
 ///
 ///     "a/b c~"  ->  a/b%20c%7E        escapeReserved, spaceAsPlus  ->  a%2Fb+c%7E
 ///

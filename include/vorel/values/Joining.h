@@ -10,7 +10,8 @@ namespace vorel::util {
 
 /// Sets `result` to the items, separated by `delimiter`. An item that contains the delimiter or a double quote is put
 /// in double quotes, and the double quotes in it are doubled. If there is only one item and it already begins and ends
-/// with a double quote, it is not changed. The delimiter may point into `result`, and `result` may be one of the items.
+/// with a double quote, it is not changed. A null delimiter is empty. The delimiter may point into `result`, and
+/// `result` may be one of the items.
 ///
 /// By design, the search for the delimiter in an item is one pass that never goes back: it does not find "ab" in "aab",
 /// so that item is not quoted.

@@ -1,7 +1,7 @@
 /// \file
-/// Lists of values from zero-terminated text. With `append`, the values are appended to the array; otherwise they
-/// replace its content. The result is true if the whole text was read. If it is false, the array holds the values that
-/// were read. If the array cannot grow, the result is false too, and the error log has the reason; only
+/// Lists of values from zero-terminated text. If `append` is true, the values are appended to the array; otherwise they
+/// replace its content. The result is true if the whole text was read. If the result is false, the array holds the
+/// values that were read. If the array cannot grow, the result is false too, and the error log has the reason; only
 /// `stringToLongRanges` throws. A null text is an empty list. The arrays belong to the caller; apart from that, every
 /// function may be called from any thread.
 #pragma once
@@ -42,12 +42,13 @@ VOREL_API bool canCoerceToIntegerArray(const wchar_t* text) noexcept;
 
 /// Ranges separated by commas: "1-5" gives the start 1 and the end 5, "7" gives 7 for both, and an open end is -1
 /// ("5-", "-5"). By design, a '-' always separates the start from the end, so numbers cannot be negative. Empty items
-/// are skipped.
+/// are skipped. The ranges replace the content of both arrays.
 ///
 ///     "1-5,7"  ->  starts 1 7, ends 5 7        " 3 - 9 , 12-"  ->  starts 3 12, ends 9 -1
 ///
 /// \throws Exception "Found nonnumeric text in numeric item: \"%ls\"" with the item. The arrays then hold the ranges
-///         that were read, and the numbers of the item up to that text (0 if a number is missing). MemoryException.
+///         before the item, and the numbers in the item before the nonnumeric text, 0 for a missing number: for "5-x"
+///         the start 5 and the end 0, for "x-5" only the start 0. MemoryException if an array cannot grow.
 VOREL_API void stringToLongRanges(const wchar_t* text, Array<int>& starts, Array<int>& ends);
 
 }  // namespace vorel::util

@@ -35,11 +35,13 @@ enum FormattingOptions : int {
 /// exact tie is rounded to the even digit. Below 0.1 there is always an exponent, and a tie is rounded away from zero.
 /// Both rules are by design.
 ///
-/// Narrow: the buffer must have space for 64 characters. A smaller `size` truncates the words and the texts for
-/// magnitudes of 0.1 or more. For these values, the unit at `size - 1` always becomes a terminator. For magnitudes
-/// below 0.1, `size` only decides whether the exponent gets a third digit. Wide: at most `size` units are written,
-/// including the terminator; a text that does not fit has no terminator by design. A null buffer gives null. In both
-/// forms, the rest of the buffer is unchanged.
+/// A narrow buffer must not be null and must have space for 64 characters, whatever `size` is. The words in the table
+/// and the texts for magnitudes of 0.1 or more are truncated to `size - 1` characters, and the unit at `size - 1`
+/// always becomes a terminator. For magnitudes below 0.1, `size` only decides whether the exponent gets a third digit.
+///
+/// For a wide buffer, at most `size` units are written, including the terminator. By design, a text that does not fit
+/// has no terminator. If the wide buffer is null, the result is null. In both forms, the rest of the buffer is
+/// unchanged.
 VOREL_API const char* doubleToString(double value, char* buffer, unsigned long long size, FormattingOptions options);
 VOREL_API const wchar_t* doubleToString(double value, wchar_t* buffer, unsigned long long size,
                                         FormattingOptions options);
@@ -49,8 +51,9 @@ VOREL_API const wchar_t* doubleToString(double value, wchar_t* buffer, unsigned 
 VOREL_API void appendDouble(BaseString<wchar_t>& text, double value);
 VOREL_API void appendInteger(BaseString<wchar_t>& text, int value);
 
-/// Writes at most `size - 1` characters of `value` in decimal. Writes a terminator after them and another at `size -
-/// 1`. The rest of the buffer is unchanged. Returns the buffer; null for a null buffer. A size of 21 is always enough.
+/// Writes at most `size - 1` characters of `value` in decimal. Writes a terminator after them and another at index
+/// `size - 1`. If `size` is 0, writes nothing. The rest of the buffer is unchanged. Returns the buffer; null for a null
+/// buffer. A size of 21 is always enough.
 VOREL_API const char* Int64ToStr(long long value, char* buffer, unsigned long long size);
 VOREL_API const wchar_t* Int64ToStr(long long value, wchar_t* buffer, unsigned long long size);
 VOREL_API const char* UInt64ToStr(unsigned long long value, char* buffer, unsigned long long size);

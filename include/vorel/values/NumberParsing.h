@@ -6,11 +6,13 @@
 /// White space is space, tab, line feed and carriage return, and in wide text also the no-break space U+00A0. Digits
 /// are '0' to '9', and the decimal point is '.'. Words such as "NaN" and "Inf" are not accepted.
 ///
+/// The table shows results for some texts. "At" gives the character at `end`; without "at", the whole text is read.
+///
 /// | text     | stringToInt | tryStringToInteger | canCoerceToInteger | stringToDouble | tryStringToDouble |
 /// |----------|-------------|--------------------|--------------------|----------------|-------------------|
 /// | " 42 "   | 42          | 42                 | yes                | 42, at ' '     | 42                |
 /// | "-12.00" | -12, at '.' | -12                | yes                | -12            | -12               |
-/// | "0123"   | 123         | 123                | with leading zeros | 123            | 123               |
+/// | "0123"   | 123         | 123                | only if allowed    | 123            | 123               |
 /// | "1e0"    | 1, at 'e'   | no                 | no                 | 1              | no                |
 /// | "abc"    | 0, at 'a'   | no                 | no                 | 0, at 'a'      | no                |
 #pragma once
