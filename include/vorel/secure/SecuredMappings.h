@@ -1,6 +1,6 @@
 /// \file
 /// Named file mappings, shared by processes of different users. They have the same security as the named mutexes and
-/// events: every user may use them, and nobody may change their security.
+/// events: every user may use them, and only the account that owns a mapping can change its security.
 ///
 /// Protections and access rights are the system's values (PAGE_READWRITE, FILE_MAP_WRITE ...). The caller must close
 /// the returned handle. Thread-safe.

@@ -1,8 +1,8 @@
 /// \file
 /// Named mutexes and events shared by processes of different users. Each object is created, or opened if another
-/// process has already created it. Every user may use the object, and nobody may change its security: its access list
-/// denies WRITE_DAC and WRITE_OWNER to Everyone before it allows everything else. The spelling "Accessable" is
-/// intentional.
+/// process has already created it. Every user may use the object. Its access list denies WRITE_DAC and WRITE_OWNER to
+/// Everyone before it allows everything else, so only the account that owns the object can change its security. The
+/// spelling "Accessable" is intentional.
 ///
 /// A name is used unchanged; the prefix "Global\" makes it machine-wide. The caller must close the returned handle.
 /// Thread-safe: the system creates objects atomically, and each attempt opens an object that another process has
