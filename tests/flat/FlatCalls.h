@@ -44,12 +44,12 @@ private:
 };
 
 struct FlatText : FlatInput<vorel_char16> {
-    // NOLINTNEXTLINE(google-explicit-constructor): table rows convert to arguments
+    // NOLINTNEXTLINE(google-explicit-constructor): a test may pass a text where a FlatText is expected
     FlatText(std::wstring_view text) : FlatInput(text) {}
 };
 
 struct FlatBytes : FlatInput<unsigned char> {
-    // NOLINTNEXTLINE(google-explicit-constructor)
+    // NOLINTNEXTLINE(google-explicit-constructor): like FlatText
     FlatBytes(std::string_view bytes) : FlatInput(bytes) {}
 };
 
