@@ -1,7 +1,7 @@
 /// \file
 /// Operations on a text that another thread or process changes concurrently. The result is unspecified, but no
-/// operation may write beyond its memory; the guarded heap detects such writes. The text is changed between any two
-/// passes of an operation over the text.
+/// operation may write beyond its memory. The guarded heap detects such writes. Each operation runs repeatedly. In each
+/// run, the text changes once, at another point while the operation reads it.
 
 #include <algorithm>
 #include <cstring>
