@@ -15,17 +15,19 @@ namespace test {
 /// The bytes of a security identifier.
 using SidBytes = std::vector<unsigned char>;
 
+/// The bytes of `sid`, or none for null. The second byte is the number of subauthorities. The subauthorities begin
+/// after eight bytes, and have four bytes each.
 inline SidBytes sidBytes(PSID sid) {
     const auto* const bytes = static_cast<const unsigned char*>(sid);
     return bytes ? SidBytes(bytes, bytes + 8 + 4 * std::size_t{bytes[1]}) : SidBytes();
 }
 
-/// Revision 1, one subauthority, authority 1, subauthority 0.
+/// S-1-1-0: revision 1, one subauthority, authority 1, subauthority 0.
 inline SidBytes everyone() {
     return {1, 1, 0, 0, 0, 0, 0, 1, 0, 0, 0, 0};
 }
 
-/// Revision 1, two subauthorities, authority 5, subauthorities 32 and 544.
+/// S-1-5-32-544: revision 1, two subauthorities, authority 5, subauthorities 32 and 544.
 inline SidBytes administrators() {
     return {1, 2, 0, 0, 0, 0, 0, 5, 32, 0, 0, 0, 0x20, 0x02, 0, 0};
 }

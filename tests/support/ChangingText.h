@@ -48,11 +48,13 @@ public:
     SwitchingPages(const SwitchingPages&) = delete;
     SwitchingPages& operator=(const SwitchingPages&) = delete;
 
-    /// Two views of the same three pages: one for the function under test, and one that is always accessible.
+    /// The three pages are mapped twice. `read` is the view for the function under test. `write` is a view that is
+    /// always accessible.
     [[nodiscard]] unsigned char* read() const { return m_read; }
     [[nodiscard]] unsigned char* write() const { return m_write; }
 
-    /// Makes the first and the last page inaccessible. The `nth` fault after this call copies `bytes` to `position`.
+    /// Makes the first and the last page of the view `read` inaccessible. The `nth` fault after this call copies
+    /// `bytes` to `position`.
     void arm(unsigned int nth, unsigned char* position, std::string bytes) {
         m_nth = nth;
         m_position = position;

@@ -1,6 +1,6 @@
 /// \file
-/// Linked into every test program. A death test starts its child again if Wine could not start it. Without this second
-/// attempt, GoogleTest would end the test program, and its message would be lost in the captured output.
+/// Linked into every test program. If Wine cannot start the child of a death test, the child is started again.
+/// Otherwise GoogleTest would end the test program, and the message of GoogleTest would be lost in the captured output.
 
 #include <windows.h>
 

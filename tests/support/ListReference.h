@@ -127,8 +127,8 @@ inline ListReading<bool> readBooleans(std::string_view text) {
     return list;
 }
 
-/// The ranges up to the first invalid item, and that item in `rejected`, which is empty if all items are valid. The
-/// numbers of the invalid item that were parsed are in `starts` and `ends`, too.
+/// The ranges up to the first invalid item. `rejected` is the first invalid item, or empty if all items are valid.
+/// `starts` and `ends` also contain the numbers that were parsed from the invalid item.
 struct Ranges {
     std::vector<int> starts;
     std::vector<int> ends;

@@ -55,7 +55,7 @@ inline Reading<std::uint64_t> readInteger(std::string_view text, bool isSigned, 
     return {negative ? ~value + 1 : value, at};
 }
 
-/// At most `maxDigits` hexadecimal digits.
+/// Reads at most `maxDigits` hexadecimal digits, and the white space before and after them.
 inline Reading<std::uint32_t> readHex(std::string_view text, std::size_t maxDigits) {
     std::size_t at = runOf(kBlanks, text, 0);
     std::size_t digits = runOf("0123456789abcdefABCDEF", text, at);

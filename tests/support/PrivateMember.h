@@ -1,6 +1,6 @@
 /// \file
 /// Access to a private member, for tests of the implementation. The language does not check access in an explicit
-/// template instantiation.
+/// template instantiation, so `Reveal` can be instantiated with a private member.
 ///
 ///     namespace test {
 ///     struct LockLogFile : PrivateMember<LockLogFile, bool (*)(int, bool) noexcept> {};

@@ -29,7 +29,8 @@ void forEachRandomInput(int count, Check check) {
     }
 }
 
-/// Copies `text` and its terminator into `pages`, which must have space for at least 2048 units.
+/// Copies `text` and its terminator to the end of `pages`, to the start, or to a random position. `pages` must have
+/// space for at least 2048 units.
 template <class T>
 const T* placeAnywhere(RandomText& random, PageEdge<T>& pages, const std::basic_string<T>& text) {
     const std::basic_string_view<T> withTerminator(text.c_str(), text.size() + 1);
@@ -44,8 +45,8 @@ const T* placeAnywhere(RandomText& random, PageEdge<T>& pages, const std::basic_
     return position;
 }
 
-/// Returns `text`. In one of eight wide texts, sets one bit in the high byte of a unit. Code that reads only the low
-/// byte mistakes the unit for the original character.
+/// Returns `text`. In one of eight wide texts, one bit in the high byte of a unit is set. Code that reads only the low
+/// byte would mistake the changed unit for the original character.
 template <class T>
 std::basic_string<T> withForeignUnit(RandomText& random, std::basic_string<T> text) {
     if (sizeof(T) > 1 && !text.empty() && random.oneIn(8)) {

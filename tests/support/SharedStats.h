@@ -13,7 +13,8 @@
 
 namespace test {
 
-/// A view of the `Stats` of a run. The first object with a name creates the statistics, all zero.
+/// A view of the statistics that the processes of a run share. The first object with a name creates the statistics,
+/// in which all numbers are 0. Later objects with this name open them.
 template <class Stats>
 class SharedStats {
 public:
