@@ -326,7 +326,8 @@ TEST(AutoMutex, FcntlTimeoutHasNoEffect) {
 struct BusyCase {
     unsigned int timeoutMs;
     bool throwOnFailure;
-    bool givesErrorText;
+    bool givesErrorText;  // whether the caller passes a string for the error text
+    // The expected behaviour of `lock`.
     bool throws;
     bool setsErrorText;
     bool warns;
