@@ -17,6 +17,7 @@ namespace {
 using test::LogWriters;
 using test::StressLineId;
 
+/// The complete stress lines of a log, and the number of its lines that begin with a partial line.
 struct Remains {
     std::vector<StressLineId> complete;
     unsigned int torn = 0;

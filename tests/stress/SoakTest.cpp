@@ -218,13 +218,13 @@ private:
     const std::wstring m_run = test::NamedEvent::uniqueName(L"soak");
     test::SharedSoakStats m_stats{m_run + L"_stats"};
     std::array<std::unique_ptr<test::ChildProcess>, SoakStats::kProcesses> m_processes;
-    std::array<std::size_t, SoakStats::kProcesses> m_current{};
+    std::array<std::size_t, SoakStats::kProcesses> m_current{};  ///< the index of each process's current life
     std::array<Sum, SoakStats::kProcesses> m_sums{};
     std::vector<Life> m_lives;
     long long m_kills = 0;
-    long long m_torn = 0;
-    long long m_abandoned = 0;
-    long long m_invalid = 0;
+    long long m_torn = 0;       ///< lines of the log that begin with a partial line
+    long long m_abandoned = 0;  ///< warnings about an abandoned mutex
+    long long m_invalid = 0;    ///< such lines whose text after the last '[' is not a complete line
     std::string m_firstInvalid;
 };
 
