@@ -54,7 +54,7 @@ inline int runMappingRace(const MappingRace& race) {
     constexpr DWORD kSize = 4096;
     const SharedCounters meeting(Handle(CreateFileMappingW(INVALID_HANDLE_VALUE, nullptr, PAGE_READWRITE, 0, kSize,
                                                            (race.name + L"_meeting").c_str())));
-    long awaited = 0;
+    long awaited = 0;  // the number of arrivals when all parties have arrived
     const auto waitForAll = [&] {
         const ULONGLONG end = GetTickCount64() + kGenerousMs;
         awaited += race.parties;
