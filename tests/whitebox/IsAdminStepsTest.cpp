@@ -26,7 +26,7 @@ namespace {
 using test::failCalls;
 using test::failStep;
 
-/// The arguments of the access check.
+/// The arguments of the access check, and the contents of its security descriptor.
 struct Question {
     HANDLE token = nullptr;
     DWORD desiredAccess = 0;

@@ -1,6 +1,6 @@
 /// \file
-/// Rendering without the runtime: which formats are plain, the texts of plain formats, and buffers of every size up to
-/// and above the size of the text.
+/// Plain formats, which the library renders without the runtime: which formats are plain, the texts of plain formats,
+/// and buffers of every size up to and above the size of the text.
 
 #include "core/PlainFormat.h"
 

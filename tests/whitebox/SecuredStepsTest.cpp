@@ -28,8 +28,8 @@ using Texts = std::vector<std::string>;
 
 struct Step {
     test::FailingStep call;
-    bool eventTextNamesTheOperation = false;
-    bool allocatesSid = false;
+    bool eventTextNamesTheOperation = false;  ///< whether "ObtainAccessableEvent: " precedes the error text of the step
+    bool allocatesSid = false;                ///< whether this is the first step, which allocates the identifier
 
     friend void PrintTo(const Step& step, std::ostream* out) { PrintTo(step.call, out); }
 };
