@@ -161,7 +161,7 @@ TYPED_TEST(NumberParsingCheck, NullIsRejectedAndStoresNothing) {
 template <class T>
 using Check = bool (*)(const T*, bool) noexcept;
 
-/// Expects `strict` if leading zeros are not allowed, `lenient` if they are.
+/// Expects that `check` returns `strict` if leading zeros are not allowed, and `lenient` if they are allowed.
 template <class T>
 void expectAnswers(Check<T> check, const std::vector<const char*>& texts, bool strict, bool lenient) {
     for (const char* const row : texts) {
