@@ -60,8 +60,8 @@ public:
 struct Limits {
     static constexpr unsigned int kUnlimited = ~0u;
 
-    unsigned int preemptions = kUnlimited;  ///< switches from a task that could continue
-    unsigned int kills = 0;                 ///< processes that are killed in one schedule
+    unsigned int preemptions = kUnlimited;  ///< number of switches from a task that could continue
+    unsigned int kills = 0;                 ///< number of processes that are killed in one schedule
     std::chrono::milliseconds time = std::chrono::hours(1);
     std::size_t decisions = 2000;  ///< a longer schedule counts as endless
 };

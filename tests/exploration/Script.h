@@ -1,6 +1,7 @@
 /// \file
 /// Short scripts of system calls, to compare the model with a system. Each step is made by one of three threads, A, B
-/// or C, in the order of the script. No step waits.
+/// or C, in the order of the script. No step waits. In most steps, the word after the call is a slot, which is
+/// the script's name for a handle.
 ///
 ///     A mutex m owned       creates a mutex that A owns
 ///     B wait m              258, WAIT_TIMEOUT
