@@ -19,7 +19,7 @@ constexpr std::size_t kCalls = 200;
 constexpr const char* kName = "Parser::run";
 constexpr const wchar_t* kWideName = L"Parser::run";
 
-/// Calls `write(number)` for some numbers. `write` returns a value that depends on the text.
+/// Calls `write(number)` for some numbers. `write` returns a value that depends on the text that it wrote.
 template <class Write>
 Pass calls(Write write) {
     return [write] {

@@ -8,7 +8,7 @@ namespace {
 
 constexpr std::size_t kCalls = 100000;
 
-/// A flag that programs test before they log.
+/// The flag of the peer, which stands for a flag that a program tests before it logs.
 volatile bool s_isDebugging = false;
 volatile int s_token = 12;
 
