@@ -11,8 +11,8 @@
 #                            completion of the tools for PowerShell
 #   share/man/man1/          the manual pages of the tools
 #   share/bash-completion/   the completion of the tools for bash
-#   share/doc/vorelCore/     README, changelog, SECURITY.md, docs/, examples/, integrations/, and the page of the package
-#                            for Node
+#   share/doc/vorelCore/     README, changelog, SECURITY.md, docs/, examples/, integrations/, and the page of the
+#                            package for Node
 #
 # The component "symbols" is bin/vorelCore.dll.debug. It is installed only if it is named: cmake --install build
 # --component symbols. The package may be moved to another folder, because it contains no absolute paths.

@@ -21,8 +21,8 @@ endforeach()
 if(NOT VOREL_CLANG_SUFFIX_FOUND)
     message(FATAL_ERROR "clang and lld are not installed; `./dev setup` installs them")
 endif()
-# GNU's programs are used, because LLVM's objcopy does not support all options for DLLs, and LLVM's objdump prints tables
-# in another format.
+# GNU's programs are used, because LLVM's objcopy does not support all options for DLLs, and LLVM's objdump prints
+# tables in another format.
 set(CMAKE_OBJCOPY x86_64-w64-mingw32-objcopy)
 set(CMAKE_OBJDUMP x86_64-w64-mingw32-objdump)
 set(CMAKE_C_COMPILER_TARGET x86_64-w64-mingw32)
