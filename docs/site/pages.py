@@ -60,7 +60,7 @@ def code(text):
 
 
 def shown(page: Path, root: Path) -> list:
-    """Returns the lines of a page for Doxygen; each keeps its number. Exits if a block has no known language."""
+    """Returns the lines of a page for Doxygen. Each line keeps its number. Exits if a block has no known language."""
     result = []
     lines = list(lines_of(page))
     previous, inside = "", False
