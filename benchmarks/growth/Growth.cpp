@@ -21,7 +21,7 @@ namespace {
 constexpr std::size_t kMaxQuickCount = 100;
 
 /// The passes are sampled until there are `kFewestSamples` samples and `kShortestNs` have elapsed, or until
-/// `kLongestNs` have elapsed.
+/// `kLongestNs` have elapsed. A quick run takes one sample.
 constexpr std::size_t kFewestSamples = 5;
 constexpr double kShortestNs = 1e8;
 constexpr double kLongestNs = 5e9;

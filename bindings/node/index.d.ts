@@ -42,7 +42,10 @@ export class VorelError extends Error {
 
 // ---- Encodings ------------------------------------------------------------------------------------------------------
 
-/** Encodes bytes as text, and decodes the text. The real length of an array is used, even if `length` is redefined. */
+/**
+ * Encodes bytes as text, and decodes the text. If an object or a subclass redefines the property `length` of a
+ * Uint8Array, the functions use the actual length.
+ */
 export interface BinaryText {
     encode(bytes: Uint8Array): string;
     decode(text: string): Buffer;
@@ -96,7 +99,7 @@ export const url: {
 
 // ---- Values ---------------------------------------------------------------------------------------------------------
 
-/** From `start` to `end`, inclusive; null for an open end. */
+/** From `start` to `end`, inclusive. Null means that the range has no limit on this side. */
 export interface Range {
     start: number | null;
     end: number | null;
@@ -212,7 +215,7 @@ export const log: {
 
 // ---- Locks ----------------------------------------------------------------------------------------------------------
 
-/** A result that `Mutex.run` accepts: not a promise. */
+/** The type of a result that `Mutex.run` accepts: any type except a promise. */
 export type Synchronous<T> = T extends PromiseLike<unknown> ? never : T;
 
 /**

@@ -1,7 +1,8 @@
 """Plants faults in the library, one at a time, and checks that the explorer finds each fault.
 
-Run it as `./dev explore --faults`, which first builds what is needed. With --others it also runs the other tests, except
-stress and exports, until one fails, to list the faults that only the explorer finds.
+Run it as `./dev explore --faults`, which first builds what is needed. With --others, the script also
+runs the other test programs (except stress and exports) for each fault, and stops at the first test that fails. This
+shows which faults only the explorer finds.
 """
 
 import argparse
@@ -61,9 +62,9 @@ FAULTS = [
     Fault("an abandoned mutex counts as not taken", "src/sync/AutoMutex.cpp",
           "    m_lockingThreadId = 0;\n    return WAIT_OBJECT_0;", "    m_lockingThreadId = 0;\n    return result;",
           "AutoMutexExploration"),
-    Fault("an object that may not be created again is not opened", "src/secure/SecuredObjects.cpp",
+    Fault("an object is not opened after its creation was refused", "src/secure/SecuredObjects.cpp",
           "        KernelHandle opened(kind.open());", "        KernelHandle opened;", "SecuredObjectsExploration"),
-    Fault("a mapping that may not be created again is not opened", "src/secure/SecuredMappings.cpp",
+    Fault("a mapping is not opened after its creation was refused", "src/secure/SecuredMappings.cpp",
           "            mapping = kind.open();\n        }\n        if (mapping) {", "        }\n        if (mapping) {",
           "SecuredObjectsExploration"),
     Fault("the log is renamed before it is closed", "src/exceptions/ErrorLog.cpp",
@@ -81,7 +82,7 @@ FAULTS = [
           "    (void)std::fflush(stream);\n", "", "ErrorLogExploration"),
     Fault("a writer gives up at the first locked log", "src/exceptions/ErrorLog.cpp",
           "constexpr unsigned int kMaxRetries = 30;", "constexpr unsigned int kMaxRetries = 0;", "ErrorLogExploration"),
-    Fault("whether any thread is silenced is stored after the lock is released", "src/exceptions/ThreadLogging.cpp",
+    Fault("the flag for silenced threads is stored after the lock is released", "src/exceptions/ThreadLogging.cpp",
           """        const Guard<AutoCriticalSection> held(state.silencedThreadsLock);
         auto& threads = state.silencedThreads;
         if (!silenced) {
@@ -155,7 +156,8 @@ def found_by_others(bench, build):
 def main():
     parser = argparse.ArgumentParser(prog="./dev explore --faults", description=__doc__.split("\n\n", maxsplit=1)[0])
     parser.add_argument("name", nargs="?", default="", help="only faults whose names contain this text")
-    parser.add_argument("--others", action="store_true", help="also look for a test of the other programs that finds each fault")
+    parser.add_argument("--others", action="store_true",
+                        help="for each fault, also look for a test in the other test programs that finds it")
     parser.add_argument("--check", action="store_true", help="only check that the faults can be planted and are documented")
     options = parser.parse_args()
     for fault in FAULTS:

@@ -1,11 +1,12 @@
 /// \file
 /// Lines whose completeness can be checked. A line contains the numbers of its writer and its thread, its own number
-/// and its length, and ends with a checksum of the preceding characters. The three numbers determine the whole text.
+/// and its length, and ends with a checksum of the preceding characters. The numbers of the writer, the thread and the
+/// line determine the whole text.
 ///
 ///     2.0.417 9034 kE€xß…語 51d2c0ffee00aa17
 ///
-/// Lengths range from 60 to 12,000 units; most lines are short. Every 25th line has a length at a buffer boundary of
-/// the log.
+/// Lengths range from 60 to 12,000 units; most lines are short. Every 25th line has a length near the size of a buffer,
+/// or the maximum length.
 #pragma once
 
 #include <algorithm>

@@ -89,8 +89,9 @@ TextList<T> splitAtAnyOf(const std::basic_string<T>& text, const std::basic_stri
     return items;
 }
 
-/// Whether `joined` quotes the item, because it contains a quotation mark or the delimiter. As in the library, the
-/// search for the delimiter restarts at the next character after a mismatch, so it does not find every occurrence.
+/// Whether the item must be quoted: it contains a quotation mark, or the search below finds the delimiter in it. As in
+/// the library, the search never goes back: a character that ends a partial match cannot start another match, so some
+/// occurrences are missed.
 inline bool isToBeQuoted(const std::wstring& item, const std::wstring& delimiter) {
     std::size_t matched = 0;
     for (const wchar_t unit : item) {

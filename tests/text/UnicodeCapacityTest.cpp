@@ -116,8 +116,8 @@ TEST(UnicodeCapacity, KeepsALargerCapacity) {
     EXPECT_EQ(bytes.capacity(), 3 * kMi);
 }
 
-/// Trailing bytes are not checked. If a byte does not start a sequence, the decoder keeps only the whole blocks of 450
-/// units before this byte.
+/// Trailing bytes are not checked. If a sequence must start but the byte cannot start one, the decoder keeps only the
+/// whole blocks of 450 units before this byte.
 TEST(UnicodeCapacity, MalformedTextCountsAsItIsDecoded) {
     struct Case {
         std::string bytes;

@@ -27,8 +27,8 @@ bool enableEscapeSequences(Stream stream) noexcept;
 /// \throws OutputClosed if the reader is gone; Failure if the output cannot be written.
 void writeOutput(std::wstring_view text);
 
-/// Writes UTF-8 to standard output. If the output is a console, `text` should not end within a sequence. Invalid UTF-8
-/// is written to a console as bytes of its code page.
+/// Writes UTF-8 to standard output. If the output is a console, `text` should not end within a sequence. If the text is
+/// not valid UTF-8, its bytes are written to the console unchanged, and the console interprets them in its code page.
 void writeOutput(std::string_view text);
 
 /// Writes text to the error stream and ignores failures.

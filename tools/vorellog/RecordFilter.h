@@ -3,7 +3,8 @@
 /// given.
 ///
 /// A damaged record is matched by its readable parts. A record without a header has no process, thread, prefix or time,
-/// so a filter on one of these fields rejects the record. Only its text can match.
+/// so a filter on one of these fields rejects the record. Such a record can match only by its text and by
+/// `damagedOnly`.
 #pragma once
 
 #include <memory>
