@@ -29,6 +29,7 @@ using vorel::baseutil::renderPlainFormat;
 /// text.
 struct Argument {
     constexpr Argument() = default;
+    // NOLINTBEGIN(google-explicit-constructor): the tables list plain values
     constexpr Argument(int value) : slot(static_cast<std::uint64_t>(value)) {}
     constexpr Argument(unsigned int value) : slot(value) {}
     constexpr Argument(long long value) : slot(static_cast<std::uint64_t>(value)) {}
@@ -36,6 +37,7 @@ struct Argument {
     constexpr Argument(const char* text) : narrow(text) {}
     constexpr Argument(const wchar_t* text) : wide(text) {}
     constexpr Argument(std::string_view text) : own(text) {}
+    // NOLINTEND(google-explicit-constructor)
 
     std::uint64_t slot = 0;
     const char* narrow = nullptr;
@@ -253,7 +255,7 @@ TYPED_TEST(PlainFormat, ReadsNothingAfterTheTerminators) {
         const std::basic_string<TypeParam> units(length, TypeParam{'x'});
         const TypeParam* const text = argument.placeAtEnd({units.c_str(), length + 1});
         const auto formatText = units + this->text("%s");
-        const std::uint64_t slot = reinterpret_cast<std::uintptr_t>(text);
+        const auto slot = reinterpret_cast<std::uintptr_t>(text);
         TypeParam* const out = buffer.lastElements(2 * length + 1);
         EXPECT_EQ(renderPlainFormat(out, 2 * length + 1, format.placeAtEnd({formatText.c_str(), formatText.size() + 1}),
                                     reinterpret_cast<va_list>(const_cast<std::uint64_t*>(&slot))),
