@@ -30,7 +30,8 @@ long long owner(const AutoMutex& mutex) {
     return mutex.*reveal(test::LockingThreadId());
 }
 
-/// Tasks that lock one mutex. Tasks of the main process share an object; the other process has a separate object.
+/// Tasks that lock one mutex. Tasks that `addShared` adds belong to the main process and share an object. A task that
+/// `addOther` adds belongs to the other process and has its own object.
 class MutexScenario : public SystemScenario {
 protected:
     struct Counts {
@@ -45,7 +46,7 @@ protected:
         m_shared.create(kName, false, false);
     }
 
-    /// Locks `depth` times, checks that no other task is inside, and unlocks as often.
+    /// Locks the mutex `depth` times, checks that no other task holds it, and unlocks it `depth` times.
     void useMutex(AutoMutex& mutex, int depth) {
         for (int locked = 0; locked < depth; ++locked) {
             if (!mutex.lock(kTimeoutMs, false)) {
@@ -157,7 +158,7 @@ private:
     }
 };
 
-/// A second object with the same name, in the same process.
+/// Two tasks of one process that lock one mutex through different objects.
 class TwoObjects final : public MutexScenario {
 public:
     explicit TwoObjects(Counts& counts) : MutexScenario(counts) {}

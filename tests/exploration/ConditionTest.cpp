@@ -26,7 +26,7 @@ using vorel::ForcedCriticalSection;
 
 constexpr unsigned int kTimeoutMs = 60000;
 
-/// Waiters that count themselves under the lock before they wait, and a task that calls the condition afterwards.
+/// Waiters that increment `m_began` under the lock and then wait. Derived scenarios add a task that signals.
 class ConditionScenario : public SystemScenario {
 protected:
     void start() override {
@@ -45,14 +45,15 @@ protected:
         });
     }
 
-    /// Returns when `count` threads wait: they have called `wait` and have released the lock.
+    /// Returns when `count` waiters have called `wait`, and these calls have released the lock.
     void untilBegan(int count) {
         await([this, count] { return m_began >= count; });
         m_lock->lock(kTimeoutMs, true);
         m_lock->unlock();
     }
 
-    /// Destroys the condition, as its owner would after the last use, and checks that nothing remains.
+    /// Destroys the condition, as its owner would after the last use. Checks that no handle is open and no lock is
+    /// held.
     void destroy() {
         m_condition.destroy();
         require(machine().handleCount() == 0, "a handle stays open");
@@ -67,7 +68,7 @@ protected:
     int m_timedOut = 0;
 };
 
-/// One signal after all waiters have begun to wait releases one waiter.
+/// If all waiters have begun to wait, one signal releases exactly one waiter.
 class OneSignal final : public ConditionScenario {
 public:
     explicit OneSignal(int waiters) : m_waiters(waiters) {}
@@ -183,9 +184,9 @@ class SignalOrTimeout final : public ConditionScenario {
     }
 };
 
-/// A broadcast releases every thread that waits, and then ends. A thread that has released the lock but is not yet
-/// counted may be missed. This gap is documented, and `missed` counts the schedules in which it occurs. The broadcaster
-/// may hold the lock.
+/// A broadcast releases every thread that is counted as a waiter, and then ends. It may miss a thread whose call of
+/// `wait` has released the lock but has not counted the thread yet. This gap is documented, and `missed` counts the
+/// schedules in which it occurs. If `holdsLock`, the broadcaster holds the lock during the broadcast.
 class Broadcast final : public ConditionScenario {
 public:
     Broadcast(int waiters, bool holdsLock, unsigned long long& missed)
@@ -279,7 +280,7 @@ TEST_F(ConditionExploration, ABroadcastReleasesAllWaiters) {
     for (const int waiters : {1, 2}) {
         for (const bool holdsLock : {false, true}) {
             unsigned long long missed = 0;
-            // Only in schedules with three preemptions are both waiters counted before either of them waits.
+            // Schedules in which both waiters are counted before either of them waits need three preemptions.
             const unsigned int preemptions = waiters == 2 && !holdsLock ? 3U : 2U;
             explores<Broadcast>({.preemptions = preemptions}, waiters, holdsLock, std::ref(missed));
             EXPECT_NE(missed, 0u) << "the documented gap is not reached, so the scenario is too small";

@@ -1,5 +1,6 @@
 /// \file
-/// The critical sections of the model. The title in quotation marks is a page of the documentation of Windows.
+/// The critical sections of the model. The title in quotation marks is the title of a page of the documentation of
+/// Windows.
 
 #include <algorithm>
 #include <string>
@@ -8,8 +9,9 @@
 
 namespace exploration {
 
-// "Critical Section Objects": the owner may enter again, and must leave as often. The order in which waiting threads
-// acquire the section is unspecified, and a thread that did not wait may acquire it before them.
+// "Critical Section Objects": the owner may enter again, and must leave the section as often as it has entered it. The
+// order in which waiting threads acquire the section is unspecified, and a thread that did not wait may acquire the
+// section before waiting threads.
 
 Machine::Section& Machine::section(const CRITICAL_SECTION* address) {
     if (m_destroyedSections.contains(address) && Scheduler::running()) {
@@ -38,7 +40,7 @@ void Machine::enter(CRITICAL_SECTION* address) {
     const TaskId self = task();
     if (entered.recursion != 0 && entered.owner != self) {
         if (!Scheduler::isInTask()) {
-            return;  // the schedule ends while a task holds the section
+            return;  // the schedule has ended while a task held the section
         }
         ++entered.waiters;
         Scheduler::running()->block([&entered] { return entered.recursion == 0; }, std::nullopt);

@@ -30,22 +30,22 @@ struct Line {
     bool isReturned;
 };
 
-/// The initial files, the writers, and other processes and faults.
+/// Describes a scenario: the initial files, the writers, the other processes, and the free space of the disk.
 struct Shape {
     unsigned int writers = 2;
     unsigned int lines = 1;
     long long limit = kNoLimit;
     std::string before{};                    ///< the log's contents at the start
     std::string backup{};                    ///< the backup's contents at the start
-    bool hasReader = false;                  ///< whether a process locks the log for a while
-    bool staysLocked = false;                ///< whether that process never unlocks the log
-    bool readsBackup = false;                ///< whether a process reads the backup, with all sharing modes
+    bool hasReader = false;                  ///< whether a process locks the log
+    bool staysLocked = false;                ///< whether that process keeps the lock until the end
+    bool readsBackup = false;                ///< whether a process opens the backup with all sharing modes
     bool mayLose = false;                    ///< whether a line whose call returned may be missing
     std::uint64_t disk = ~std::uint64_t{0};  ///< free space in bytes
     std::size_t length = 2;                  ///< length of each message
 };
 
-/// How often each result occurred in all schedules.
+/// How often each event occurred, in all schedules together.
 struct Counts {
     unsigned long long rotated = 0;     ///< the log was moved to its backup
     unsigned long long kept = 0;        ///< the log stayed above its limit
@@ -183,8 +183,8 @@ private:
     bool m_isKilled = false;
 };
 
-/// A log that is larger than the limit, so the writer of the first line moves the log to its backup. The new log stays
-/// below the limit, so it is not moved.
+/// Adds a log that is larger than the limit, so a writer moves this log to the backup. The log that the writers then
+/// create stays below the limit, so they do not move it.
 Shape withRotation(Shape shape) {
     shape.before = std::string(1000, '-') + "\r\n";
     shape.limit = 1000;
@@ -226,7 +226,7 @@ TEST_F(ErrorLogExploration, OnlyALongLineOfAKilledWriterIsTorn) {
     EXPECT_NE(counts.torn, 0u);
 }
 
-// The reasons why a line may be lost.
+// A line may be lost only for the reasons in the following tests.
 
 TEST_F(ErrorLogExploration, ALineIsLostOnlyIfTheLogStaysLocked) {
     Counts counts;

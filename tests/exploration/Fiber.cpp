@@ -9,7 +9,7 @@
 #include <cxxabi.h>
 #include <windows.h>
 
-// The runtime exports these functions, but some compilers' headers do not declare them.
+// The C runtime exports these functions, but some compilers' headers do not declare them.
 extern "C" {
 __declspec(dllimport) _invalid_parameter_handler __cdecl _get_thread_local_invalid_parameter_handler();
 __declspec(dllimport) _invalid_parameter_handler
@@ -25,7 +25,8 @@ constexpr std::size_t kReservedStack = std::size_t{256} * 1024;
 
 }  // namespace
 
-// The runtime stores the exceptions of a thread as a pointer and a count (Itanium C++ ABI: Exception Handling, 2.2.2).
+// The C++ runtime stores the exceptions of a thread as a pointer and a count (Itanium C++ ABI: Exception Handling,
+// 2.2.2).
 
 void ThreadState::save() noexcept {
     m_lastError = GetLastError();

@@ -1,6 +1,6 @@
 /// \file
-/// A function that can give up control at any point, and continue there later. All fibers share one thread, so a
-/// schedule is the same in every run.
+/// Fibers. A fiber runs a function that can pause at any point and continue from this point later. All fibers run on
+/// one thread, so a schedule that is repeated runs their code in the same order.
 #pragma once
 
 #include <array>
@@ -47,7 +47,7 @@ private:
 };
 
 /// Runs one function after another. If a function has not ended, the destructor does not run the rest of the function,
-/// and does not destroy the objects on its stack, as if the process had been killed.
+/// and does not destroy the objects on the fiber's stack, as if the process had been killed.
 class Fiber {
 public:
     explicit Fiber(MainFiber& main);

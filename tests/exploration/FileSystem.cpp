@@ -4,7 +4,7 @@
 
 #include "exploration/Machine.h"
 
-// The titles in quotation marks are pages of the documentation of Windows.
+// A title in quotation marks is the title of a page of the documentation of Windows.
 
 namespace exploration {
 
@@ -100,8 +100,8 @@ HANDLE FileSystem::open(const std::string& path, DWORD access, DWORD sharing, DW
     return reinterpret_cast<HANDLE>(handle);
 }
 
-/// "LockFileEx function": no other handle, of this process or another, can access an exclusively locked range. The call
-/// fails with ERROR_LOCK_VIOLATION.
+/// "LockFileEx function": if a handle has locked a range exclusively, a write to this range through another handle
+/// fails with ERROR_LOCK_VIOLATION, even in the same process.
 bool FileSystem::writeAt(HANDLE handle, const Handle& open, std::uint64_t position, std::string_view bytes) {
     File& file = *open.file;
     for (const Range& range : file.locks) {

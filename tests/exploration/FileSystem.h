@@ -1,6 +1,6 @@
 /// \file
-/// A model of files: names, sharing modes, locks of byte ranges, deleting and renaming. As in the other parts of the
-/// model, a call that fails sets the last error.
+/// A model of files: names, sharing modes, locks of byte ranges, deleting and renaming. A call that fails sets the last
+/// error.
 #pragma once
 
 #include <cstdint>

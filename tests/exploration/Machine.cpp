@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-// The titles in quotation marks are pages of the documentation of Windows.
+// A title in quotation marks is the title of a page of the documentation of Windows.
 
 namespace exploration {
 
@@ -23,7 +23,7 @@ std::string narrow(const std::wstring& text) {
 }
 
 /// The rights that the entries of an access list deny. "Order of ACEs in a DACL": a denial takes effect only if it
-/// comes before the entries that allow the rights. Here, the denials must come first.
+/// comes before the entries that allow the rights. This function assumes that the denials come first.
 DWORD refusedRights(const SECURITY_ATTRIBUTES* attributes) {
     if (!attributes || !attributes->lpSecurityDescriptor) {
         return 0;
@@ -190,8 +190,8 @@ HANDLE Machine::createMutex(const SECURITY_ATTRIBUTES* attributes, bool isOwned,
     return handle;
 }
 
-/// "CreateFileMappingW function": a mapping of an empty file needs a size. The call requests rights that include the
-/// "Standard Access Rights", such as WRITE_DAC.
+/// "CreateFileMappingW function": the size of a mapping of an empty file must not be 0. The call requests rights that
+/// include the "Standard Access Rights", such as WRITE_DAC.
 HANDLE Machine::createMapping(const SECURITY_ATTRIBUTES* attributes, HANDLE file, std::uint64_t size,
                               const wchar_t* name) {
     schedulingPoint();
@@ -256,8 +256,8 @@ bool Machine::resetEvent(HANDLE handle) {
     return true;
 }
 
-/// "ReleaseMutex function": ERROR_NOT_OWNER if the thread does not own the mutex. For each wait, the owner must release
-/// once.
+/// "ReleaseMutex function": ERROR_NOT_OWNER if the thread does not own the mutex. The owner must release the mutex
+/// once for each of its waits.
 bool Machine::releaseMutex(HANDLE handle) {
     schedulingPoint();
     Handle* const found = find(handle, KernelObject::Kind::Mutex, 0);
@@ -278,7 +278,8 @@ bool Machine::releaseMutex(HANDLE handle) {
     return true;
 }
 
-/// Gives the object to `task` if that is possible.
+/// Gives the object to `task` if the event is signalled, or if the mutex is free or already belongs to `task`. Sets
+/// `result` to the result of the wait.
 bool Machine::take(KernelObject& object, TaskId task, DWORD& result) {
     result = WAIT_OBJECT_0;
     if (object.kind == KernelObject::Kind::Event) {
@@ -292,7 +293,7 @@ bool Machine::take(KernelObject& object, TaskId task, DWORD& result) {
     if (object.owner != kNoTask && object.owner != task) {
         return false;
     }
-    // "Mutex Objects": WAIT_ABANDONED is returned once, and the thread owns the mutex.
+    // "Mutex Objects": the first wait for an abandoned mutex returns WAIT_ABANDONED. Its thread then owns the mutex.
     result = object.isAbandoned ? WAIT_ABANDONED : WAIT_OBJECT_0;
     m_abandonedWaits += object.isAbandoned ? 1u : 0u;
     object.isAbandoned = false;
@@ -301,7 +302,8 @@ bool Machine::take(KernelObject& object, TaskId task, DWORD& result) {
     return true;
 }
 
-/// Gives a free object to waiters. "Mutex Objects": "Do not assume a first-in, first-out (FIFO) order."
+/// Gives a released object to waiters. The scheduler chooses the waiters, because the page "Mutex Objects" says: "Do
+/// not assume a first-in, first-out (FIFO) order."
 void Machine::release(KernelObject& object) {
     while (!object.waiters.empty()) {
         const auto chosen =
@@ -376,7 +378,7 @@ void Machine::taskEnded(TaskId task) {
     abandon(task);
 }
 
-/// "Terminating a Process": the handles are closed, the locks of files are released.
+/// "Terminating a Process": the handles of the process are closed, and its locks of files are released.
 void Machine::processKilled(ProcessId process, const std::vector<TaskId>& tasks) {
     for (const TaskId task : tasks) {
         abandon(task);

@@ -1,7 +1,8 @@
 /// \file
-/// A model of the parts of Windows that the locks, the conditions and the secured objects use. It follows the
-/// documentation of Windows. The comment of each rule contains the title of the page. Every call is a scheduling
-/// point, except calls outside of a task.
+/// A model of the parts of Windows that the locks, the conditions, the secured objects and the log use. It follows the
+/// documentation of Windows. In the .cpp files, the comment of each rule contains the title of the page that has the
+/// rule. Calls that open, wait for, change or close a shared object are scheduling points, except calls outside of a
+/// task.
 ///
 /// A call that fails sets the last error, as in the system.
 #pragma once
@@ -25,7 +26,7 @@ namespace exploration {
 /// The "task" of calls outside of all tasks.
 inline constexpr TaskId kNoTask = ~0u;
 
-/// A scheduling point, unless the call is outside of all tasks.
+/// Makes a scheduling point if the caller is a task.
 void schedulingPoint();
 
 /// Records a call for the trace of a failure. `text()` is the line that describes the call.
@@ -71,7 +72,8 @@ public:
     /// Null if no model exists; calls then go to the system.
     static Machine* current() noexcept;
 
-    /// The caller of calls outside of all tasks, for scripts.
+    /// Sets the task and the process in whose name calls outside of all tasks are made. Scripts, and the setup of a
+    /// scenario, make such calls.
     void setCaller(TaskId task, ProcessId process);
     [[nodiscard]] TaskId task() const;
     [[nodiscard]] ProcessId process() const;
@@ -118,8 +120,7 @@ public:
     [[nodiscard]] bool holds(const void* address) const;
     [[nodiscard]] std::size_t heldSections() const;
 
-    /// The number of waits that returned WAIT_ABANDONED, and the number of times that an auto-reset event was given to
-    /// a task.
+    /// The number of waits that returned WAIT_ABANDONED, and the number of waits that an auto-reset event released.
     [[nodiscard]] std::size_t abandonedWaits() const { return m_abandonedWaits; }
     [[nodiscard]] std::size_t givenCount() const { return m_given; }
 

@@ -56,7 +56,7 @@ private:
     unsigned int m_signalled = 0;
 };
 
-/// A waiter that is killed at any call. If it did not receive the signal, the next waiter receives the signal.
+/// A waiter that is killed at any call. If the killed waiter did not receive the signal, the main task receives it.
 class KilledWaiter final : public SystemScenario {
 public:
     explicit KilledWaiter(unsigned long long& kills) : m_kills(kills) {}

@@ -1,5 +1,6 @@
 /// \file
-/// A model of the C runtime's files: descriptors and streams in text mode. It uses the model of files.
+/// A model of the C runtime's files: descriptors and streams in text mode. It calls the model of the system's files,
+/// `FileSystem`.
 #pragma once
 
 #include <cstdio>
@@ -28,7 +29,7 @@ public:
     int close(int descriptor);
     std::FILE* stream(int descriptor);
 
-    /// Whether `stream` belongs to this model. The following calls need such a stream.
+    /// Whether `stream` belongs to this model. The functions below with a stream parameter accept only such streams.
     [[nodiscard]] bool owns(const std::FILE* stream) const { return m_streams.contains(stream); }
     void print(std::FILE* file, std::string_view text);
     int flush(std::FILE* file);

@@ -62,7 +62,7 @@ private:
 class Schedule;
 thread_local Schedule* s_running = nullptr;
 
-/// One schedule: runs the tasks in the order that the path gives.
+/// One schedule: runs the tasks in the order of the path's decisions.
 class Schedule final : public Scheduler {
 public:
     Schedule(Scenario& scenario, FiberPool& fibers, Path& path, const Limits& limits, bool isTracing)
@@ -221,8 +221,8 @@ private:
                 return;
             }
             // Leaving a task that can continue is a preemption. The end of a time limit or of a sleep also counts as a
-            // preemption if a task can continue, or if another time limit or sleep would end first. So a limit on
-            // preemptions also limits the number of failed attempts of a task.
+            // preemption if a task can continue, or if another time limit or sleep would end first. So the limit
+            // on preemptions also limits how often a task can retry while the task that it waits for could continue.
             unsigned int preemptions = lastCanContinue && id != *m_last ? 1 : 0;
             if (task.canContinue()) {
                 offer(options, {Option::Kind::Run, id, preemptions});
@@ -245,7 +245,7 @@ private:
         }
         const auto isKill = [](const Option& option) { return option.kind == Option::Kind::Kill; };
         std::stable_partition(options.begin(), options.end(), [&](const Option& option) { return !isKill(option); });
-        // If tasks can only be killed, the schedule ends, and these tasks stay blocked.
+        // If the only options are to kill tasks, the schedule ends, and these tasks stay blocked.
         if (std::all_of(options.begin(), options.end(), isKill)) {
             options.clear();
         }

@@ -3,11 +3,11 @@
 /// Checking for Programming Languages using VeriSoft", 1997; with a limit on preemptions: M. Musuvathi and S. Qadeer,
 /// "Iterative Context Bounding for Systematic Testing of Multithreaded Programs", 2007).
 ///
-/// A task is a thread of the program under test, run as a fiber. It runs alone until it reaches a scheduling point:
-/// before each system call, and after each call that releases something. There the scheduler decides which task
-/// continues. A schedule is the list of these decisions. The next schedule repeats the decisions before the last
-/// decision that has an untried option, and then takes this option. The search ends when no decision has an untried
-/// option.
+/// A task is a thread of the program under test, run as a fiber. A task runs alone until it reaches a scheduling point.
+/// The model of the system has a scheduling point before each call, and another after each call that releases an
+/// object. At a scheduling point, the scheduler decides which task continues. A schedule is the list of these
+/// decisions. The next schedule repeats the decisions before the last decision that has an untried option, and then
+/// takes this option. The search ends when no decision has an untried option.
 #pragma once
 
 #include <chrono>
@@ -60,10 +60,10 @@ public:
 struct Limits {
     static constexpr unsigned int kUnlimited = ~0u;
 
-    unsigned int preemptions = kUnlimited;  ///< number of switches from a task that could continue
-    unsigned int kills = 0;                 ///< number of processes that are killed in one schedule
+    unsigned int preemptions = kUnlimited;  ///< maximum number of switches from a task that could continue
+    unsigned int kills = 0;                 ///< maximum number of processes that are killed in one schedule
     std::chrono::milliseconds time = std::chrono::hours(1);
-    std::size_t decisions = 2000;  ///< a longer schedule counts as endless
+    std::size_t decisions = 2000;  ///< a schedule with more decisions is reported as endless
 };
 
 struct Failure {
@@ -77,7 +77,7 @@ struct Failure {
 struct Result {
     unsigned long long schedules = 0;
     std::size_t longest = 0;        ///< decisions of the longest schedule
-    bool hasFinishedLevel = false;  ///< whether all schedules with at most `preemptions` were run
+    bool hasFinishedLevel = false;  ///< whether all schedules with up to `preemptions` preemptions were run
     unsigned int preemptions = 0;
     bool isComplete = false;    ///< whether every schedule within the limits was run
     bool isExhaustive = false;  ///< whether a higher limit on preemptions would add no schedule
@@ -127,7 +127,7 @@ public:
     /// Reports a violated property. A call from a task ends the schedule and does not return.
     virtual void fail(const std::string& message) = 0;
 
-    /// Whether calls are recorded. Only then are their texts needed.
+    /// Whether `trace` records lines. If not, callers need not build the lines.
     [[nodiscard]] virtual bool isTracing() const = 0;
     virtual void trace(const std::string& line) = 0;
 };

@@ -1,5 +1,5 @@
 /// \file
-/// The explorer itself: it runs every order once, and finds textbook races.
+/// Tests of the explorer itself: it runs every order once, and finds textbook races.
 
 #include <cerrno>
 #include <set>
@@ -19,7 +19,7 @@ using exploration::Result;
 using exploration::Scenario;
 using exploration::Scheduler;
 
-/// Tasks that make `steps` steps each. Every order is recorded.
+/// Several tasks. Task `i` makes `steps[i]` steps. The order of all steps is recorded.
 class Steps final : public Scenario {
 public:
     Steps(std::vector<unsigned int> steps, std::multiset<std::string>& orders)
@@ -72,7 +72,7 @@ TEST(Scheduler, RunsEveryOrderOnceForEachLevel) {
     EXPECT_TRUE(result.isComplete);
     EXPECT_EQ(result.preemptions, 1u);
 
-    // 6!/(2! 2! 2!) orders of three tasks with two steps.
+    // Three tasks with two steps each have 6!/(2! 2! 2!) = 90 orders.
     const std::multiset<std::string> more = ordersOf({2, 2, 2}, {}, result);
     EXPECT_EQ(std::set<std::string>(more.begin(), more.end()).size(), 90u);
 }
@@ -94,7 +94,7 @@ TEST(Scheduler, KillsAtEveryPoint) {
     EXPECT_EQ(orders, (std::multiset<std::string>{"AA", "A!", "!"}));
 }
 
-/// Two tasks add one to a number, in two steps.
+/// Two tasks. Each adds 1 to a number in two steps: it reads the number, and later writes the sum.
 class LostUpdate final : public Scenario {
 public:
     std::vector<Plan> plans() override {

@@ -348,7 +348,7 @@ std::string Run::makeFileCall(const Words& words) {
         }
         std::FILE* const file = _fdopen(descriptor->second, "a");
         m_descriptors.erase(descriptor);
-        vorel::baseutil::streamPrint(file, "%hs\n", first.c_str());  // as the library prints
+        vorel::baseutil::streamPrint(file, "%hs\n", first.c_str());  // the library prints with this function
         const bool isWritten = std::fflush(file) == 0;
         std::string result = shownRuntime(isWritten);
         m_streams[slot] = file;

@@ -48,10 +48,10 @@ bool triesOnce(Obtain obtain) {
     return obtain == &obtainMapping;
 }
 
-/// Processes that obtain one object and keep it until all processes have it. A process may be killed while it is the
-/// only process that has the object. If another process has just failed to create the object, because the object
-/// exists, and has not opened it yet, the other process finds no object. In this case, an operation that tries only
-/// once returns no object; `missed` counts these results.
+/// Processes that obtain one object and keep it until all processes have it. If the only process that has the object is
+/// killed, the object no longer exists. Just before the kill, another process may have failed to create the object,
+/// because the object existed. If this process tries to open the object after the kill, it finds no object, and an
+/// operation that tries only once returns null. `missed` counts these results.
 class FirstOpening final : public SystemScenario {
 public:
     FirstOpening(Obtain obtain, unsigned int processes, unsigned long long& missed)
@@ -80,7 +80,8 @@ private:
         for (const Ending ending : endings) {
             require(ending != Ending::Blocked || m_isKilled, "a process is blocked");
         }
-        // The process that was killed may have created the object.
+        // The killed process may have created the object. If the object ended with it, another process creates it
+        // again.
         require(m_created == 1 || (m_isKilled && m_created <= 2), std::to_string(m_created) + " processes created it");
     }
 

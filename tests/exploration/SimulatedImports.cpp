@@ -16,7 +16,7 @@ namespace exploration {
 
 namespace {
 
-/// The thread ids of the model's tasks are multiples of four, like those of the system.
+/// The thread ids of the model's tasks are multiples of four, like the thread ids of the system.
 constexpr DWORD kThreadIdStep = 4;
 
 std::string narrowPath(const wchar_t* path) {
@@ -31,8 +31,8 @@ std::uint64_t wide(DWORD high, DWORD low) {
     return std::uint64_t{high} << 32 | low;
 }
 
-/// An import and its replacement: calls `Simulated` if there is a model, otherwise the system. `Simulated` may take the
-/// original as its second argument, to forward calls that are not for the model.
+/// Replaces an import by a function that calls `Simulated` if a model exists, and the system otherwise. `Simulated` may
+/// take the original function as its second argument, to forward calls that are not for the model.
 template <auto& Slot, auto Simulated>
 class Import;
 
@@ -143,7 +143,8 @@ constexpr auto kCloseHandle = [](Machine& machine, HANDLE handle) -> BOOL {
 
 // ---- The C runtime --------------------------------------------------------------------------------------------------
 
-// Streams that do not belong to the model belong to the test framework, so their calls are forwarded to the runtime.
+// A stream that does not belong to the model belongs to the test framework. Calls with such a stream are forwarded to
+// the runtime.
 
 constexpr auto kOpenDescriptor = [](Machine& machine, int* descriptor, const char* path, int flags, int sharing,
                                     int) -> errno_t {

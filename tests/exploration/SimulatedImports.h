@@ -1,5 +1,5 @@
 /// \file
-/// Redirects the system calls of this program to the model, while there is a model.
+/// Redirects the system calls of this program to the model, while a model exists.
 #pragma once
 
 #include <memory>

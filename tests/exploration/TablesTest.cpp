@@ -1,6 +1,6 @@
 /// \file
 /// State of the library that several threads change: the table of silenced threads, and the spy on allocations. The
-/// debug targets are not tested here, because they make no system call and so have no scheduling point.
+/// debug targets are not tested here, because their functions make no system call and so have no scheduling point.
 
 #include "exploration/SystemScenario.h"
 #include "vorel/core/MemoryAccounting.h"
@@ -49,7 +49,7 @@ struct Registry : vorel::AllocBase {
     using AllocBase::registeredSpy;
 };
 
-/// Threads that register a spy each. One spy stays registered.
+/// Two threads that each register a spy. One of the spies stays registered.
 class Spies final : public SystemScenario {
     void start() override {
         for (Spy& spy : m_spies) {

@@ -1,8 +1,8 @@
 """Plants faults in the library, one at a time, and checks that the explorer finds each fault.
 
-Run it as `./dev explore --faults`, which first builds what is needed. With --others, the script also
-runs the other test programs (except stress and exports) for each fault, and stops at the first test that fails. This
-shows which faults only the explorer finds.
+Run this script as `./dev explore --faults`, which first builds the tests. With --others, the script also runs the
+other test programs (except stress and exports) for each fault, and stops at the first test that fails. The output shows
+which faults only the explorer finds.
 """
 
 import argparse

@@ -1,7 +1,8 @@
 /// \file
 /// Compares the model of the explorer with the system that runs this program. Runs scripts of calls on both. If the
-/// results of a script differ, prints its steps up to the first step with different results. Run it on a new version of
-/// Windows or Wine. If no call that the library makes differs, the explorer's results are valid for this version.
+/// results of a script differ, prints its steps up to the first step with different results. Run this program on a new
+/// version of Windows or Wine. If the results of all calls that the library makes are equal, the explorer's results are
+/// valid for this version.
 
 #include <cstdio>
 #include <string>
