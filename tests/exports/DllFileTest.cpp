@@ -37,7 +37,7 @@ std::vector<std::string> sectionNames(const test::PeFile& file) {
     return names;
 }
 
-// The most likely mistake is an import from the older C runtime.
+// The most likely mistake is an import from the older C runtime, msvcrt.dll.
 TEST_F(DllFile, ImportsOnlyTheUniversalRuntimeTheSystemAndTheRuntimeOfTheCompiler) {
     EXPECT_THAT(dll.imports(),
                 Each(AnyOf(StartsWith("api-ms-win-crt-"), StrCaseEq("KERNEL32.dll"), StrCaseEq("ADVAPI32.dll"),

@@ -21,7 +21,7 @@ using ::testing::IsEmpty;
 
 using Names = std::set<std::string>;
 
-/// The declaration that a mangled name stands for. A constructor has two mangled names with the same declaration.
+/// The declaration that a mangled name encodes. A constructor has two mangled names with the same declaration.
 std::string demangled(const std::string& name) {
     int status = 0;
     const std::unique_ptr<char, decltype(&std::free)> text(abi::__cxa_demangle(name.c_str(), nullptr, nullptr, &status),

@@ -36,7 +36,8 @@ public:
     [[nodiscard]] const IMAGE_OPTIONAL_HEADER64& header() const { return m_headers.OptionalHeader; }
     [[nodiscard]] const std::vector<Section>& sections() const { return m_sections; }
 
-    /// Whether the linker of clang, lld, has written the file. lld writes a version number of Microsoft's linker.
+    /// Whether the linker of clang, lld, has written the file. lld writes the version number of a linker of Microsoft,
+    /// which is 14 or more. The version numbers of GNU's linker are smaller.
     [[nodiscard]] bool isLinkedByLld() const { return header().MajorLinkerVersion >= 14; }
 
     /// The exported names, in the order of the table.
@@ -55,7 +56,7 @@ private:
     [[nodiscard]] std::string textAt(std::size_t offset) const;
     [[nodiscard]] std::size_t offsetOf(DWORD address) const;
     [[nodiscard]] DWORD directory(unsigned int index) const { return header().DataDirectory[index].VirtualAddress; }
-    /// The table of names that are longer than eight bytes.
+    /// The offset of the table of names that are longer than eight bytes.
     [[nodiscard]] std::size_t longNames() const;
 
     std::string m_bytes;
