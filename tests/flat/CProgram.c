@@ -14,7 +14,7 @@ _Static_assert(VOREL_OK == 0 && VOREL_ERROR_INTERNAL == 10, "the status numbers 
 
 static const vorel_char16 kBase64[] = {'Q', 'U', 'J', 'D'};
 
-/// Asks for the size of the result with a first call, and passes this size to a second call as the capacity.
+/// Gets the size of the result from a first call, and passes this size to a second call as the capacity.
 static const char* decodeInTwoSteps(void) {
     char bytes[8] = "........";
     size_t size = 0;

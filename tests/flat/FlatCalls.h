@@ -53,14 +53,15 @@ struct FlatBytes : FlatInput<unsigned char> {
     FlatBytes(std::string_view bytes) : FlatInput(bytes) {}
 };
 
-/// Whether the library writes a zero after an output of these units if the buffer has space.
+/// Whether the library writes a zero after an output whose units have the type `Unit`, if the buffer has space.
 template <class Unit>
 constexpr bool kEndsInZero = std::is_same_v<Unit, vorel_char16> || std::is_same_v<Unit, char>;
 
-/// Fills an output buffer before a call.
+/// The value of each unit of an output buffer before a call.
 constexpr int kFill = 0x5A;
 
-/// Checks the status, the length and the written units for one buffer. The buffer ends at an inaccessible page.
+/// Calls `call` with one buffer, which ends at an inaccessible page. Checks the status, the length and the written
+/// units. `whole` is the expected complete output.
 template <class Unit, class Call>
 void expectOutputIn(Unit* buffer, std::size_t capacity, const std::vector<Unit>& whole, Call&& call) {
     SCOPED_TRACE("capacity " + std::to_string(capacity));

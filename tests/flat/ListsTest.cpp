@@ -19,7 +19,7 @@ using test::flatText;
 
 // ---- Values ---------------------------------------------------------------------------------------------------------
 
-/// Whether `value` is still value-initialised.
+/// Whether all bytes of `value` are still zero, as after its value-initialisation.
 template <class Value>
 bool isUntouched(const Value& value) {
     const auto* const bytes = reinterpret_cast<const unsigned char*>(&value);

@@ -26,7 +26,7 @@ struct Parsed {
     Value value;  // ignored if the status is a failure, because then the output must not change
 };
 
-/// Checks a function with a table, and with inputs that every function rejects.
+/// Checks a parser with a table, with texts and arguments that every parser rejects, and with a terminated text.
 template <class Value, std::size_t Rows>
 void expectParsed(Parse<Value> parse, const Parsed<Value> (&rows)[Rows]) {
     constexpr auto kBefore = static_cast<Value>(77);
