@@ -197,8 +197,8 @@ TEST(GuardedHeap, Calloc_ReturnsZeros) {
     std::free(block);
 }
 
-/// All blocks of this test together need more pages than the region has. Pages of freed blocks are reused, but pages of
-/// live blocks are not.
+/// All blocks of this test together need more pages than the region of the heap contains. The heap reuses pages of
+/// freed blocks, but not pages of live blocks.
 TEST(GuardedHeap, ReusesFreePagesWhenRegionIsUsedUp) {
     constexpr std::size_t kBytes = std::size_t{1} << 27;
     auto* const kept = static_cast<char*>(std::calloc(1, 5));
