@@ -189,8 +189,8 @@ TEST(UnGuardCalls, FailureInTheConstructorIsThrownUnchanged) {
 
 // ---- Failures at the end of the block -------------------------------------------------------------------------------
 
-/// Leaves the block of a guard, normally or by an exception. At the end of the block, the guard calls the lock, and
-/// this call fails as `failure` describes.
+/// Leaves the block of a guard, normally or by an exception. At the end of the block, the guard unlocks or locks
+/// `lock`, and this call fails as `failure` describes.
 template <template <class> class Scope>
 void leaveBlock(RecordingLock& lock, Failure failure, bool unwinding) {
     const Scope<RecordingLock> scope(lock);

@@ -22,7 +22,7 @@ constexpr std::uint32_t kCounts[] = {
     0x7FFFFFFF, 0x80000000, 0x80000001, 0xAAAAAAAB, 0xFFFFFFFB, 0xFFFFFFFE, 0xFFFFFFFF,
 };
 
-// Multiples of the count detect a quotient that is off by one.
+// Hashes next to multiples of the count detect a computed quotient that is off by one.
 TEST(HashMapBuckets, AreTheHashModuloTheCount) {
     std::mt19937_64 random(20261121);
     for (const std::uint32_t count : kCounts) {

@@ -1,5 +1,5 @@
 /// \file
-/// `HashMap::clear` and the destructor when the destructors of values throw.
+/// `HashMap::clear` and the destructor of the map, if the destructors of values throw.
 
 #include <stdexcept>
 #include <vector>
@@ -54,8 +54,9 @@ void fill(ExplosiveMap& map, const Explosions& explosions) {
 struct Case {
     const char* why;
     Explosions explosions;
-    std::vector<std::wstring> messages;  ///< of the exception that `clear` throws; empty for an `OtherException`
-    Texts lines;                         ///< the lines that `clear` logs
+    /// The messages of the exception that `clear` throws; empty if `clear` throws an `OtherException`.
+    std::vector<std::wstring> messages;
+    Texts lines;  ///< the lines that `clear` logs
 };
 
 const Case kCases[] = {

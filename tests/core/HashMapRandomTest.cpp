@@ -116,7 +116,7 @@ private:
     }
 
     /// Growth takes the entries of each chain from its head, and inserts each entry at the head of a new chain. So
-    /// their order is reversed.
+    /// the order of entries with the same hash is reversed.
     void grow(unsigned int count) {
         if (count > m_buckets) {
             m_buckets = count;

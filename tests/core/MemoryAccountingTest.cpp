@@ -90,7 +90,7 @@ TEST(AllocBase, MessageTextsForClientsAreFixed) {
     EXPECT_STREQ(Client::msgCopyConstructorError, L"Error when calling class copy constructor.");
 }
 
-/// The example in the header.
+/// The example in MemoryAccounting.h.
 class Node : public AllocBase {
 public:
     static void* operator new(std::size_t size) { return _alloc(size); }
@@ -188,8 +188,8 @@ TEST(AllocSpy, CopyAndAssignmentOfTheBaseDoNothing) {
     EXPECT_EQ(one.allocations, 1) << "assigning the base changes nothing";
 }
 
-/// Separately compiled clients call through fixed slots of the virtual table. The first two slots are the two
-/// destructors of this ABI.
+/// Separately compiled clients call the operations through fixed slots of the virtual table. In this ABI, a virtual
+/// destructor takes two slots, here the first two.
 TEST(AllocSpy, VirtualTable_ListsTheOperationsInOrderAfterTheDestructor) {
     CountingSpy spy;
     AllocSpy* const object = &spy;

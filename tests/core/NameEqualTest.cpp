@@ -89,7 +89,7 @@ TYPED_TEST(NameEqualTest, IsTheDefaultComparisonOfMapsWithTextKeys) {
 }
 
 TEST(NameEqualOfWideText, ComparesLettersBeyondAToZByCase) {
-    EXPECT_FALSE(NameEqual()(L"\x0141", L"\x0161")) << "low bytes of A and a";
+    EXPECT_FALSE(NameEqual()(L"\x0141", L"\x0161")) << "the low bytes are A and a";
     EXPECT_FALSE(NameEqual()(L"\xFF21", L"\xFF41")) << "full-width A and a";
     EXPECT_FALSE(NameEqual()(L"\x00C4", L"\x00E4")) << "A and a with diaeresis";
     EXPECT_FALSE(NameEqual()(L"\x0130", L"i")) << "I with a dot";

@@ -28,7 +28,7 @@ void setFields(vorel::BaseString<T>& string, const StringFields<T>& fields) {
     std::memcpy(static_cast<void*>(&string), &fields, sizeof fields);
 }
 
-/// The capacity after `reserve(count, …)` on a smaller buffer, for counts below 1 Mi.
+/// The capacity of a string after `reserve(count, …)` has enlarged its buffer, for counts below 1,048,576.
 inline unsigned int capacityFor(unsigned int count) {
     unsigned int capacity = 16;
     while (capacity <= count) {
