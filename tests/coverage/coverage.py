@@ -24,12 +24,12 @@ REPORT = BUILD / "report"
 OWN = ("include/", "src/")
 LISTED = Path(__file__).with_name("unreached.txt")
 MINIMUMS = {"lines": 98.0, "branches": 90.0}
-# The tests of some folders do not reach template instances that other folders use.
+# If only some folders are tested, no test reaches the template instances that other folders use.
 PART_MINIMUMS = MINIMUMS | {"branches": 88}
 
 
 def read_counts(notes):
-    """Reads the gcov counts of one object: file, line number, count and branches for each line of the library."""
+    """Reads the gcov counts of one object file: file, line number, count and branches for each line of the library."""
     read = subprocess.run(["x86_64-w64-mingw32-gcov-posix", "--json-format", "--branch-probabilities", "--stdout", notes],
                           cwd=BUILD, check=True, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL)
     found = []
@@ -65,8 +65,8 @@ def is_brace(file, number):
 
 def measure():
     """Adds up the counts of all objects, and returns them in the format of gcovr. gcov reports a line of a template
-    once for each instance. If the branches of several instances have the same kinds in the same order, their counts are
-    added up. Other branches are listed separately."""
+    once for each instance. If the branches of several instances have the same kinds in the same order, the counts of
+    corresponding branches are added up. Otherwise, the branches of each instance are listed separately."""
     counts, forms = Counter(), defaultdict(Counter)
     with ThreadPool() as pool:
         for line in chain.from_iterable(pool.imap_unordered(read_counts, sorted(BUILD.glob("**/*.gcda")))):
@@ -94,7 +94,7 @@ def write_report(files):
 
 
 def read_list():
-    """Reads blocks that are separated by empty lines. Each has a file, lines that begin with "- ", and a reason."""
+    """Reads blocks separated by empty lines. Each block has a file, lines that begin with "- ", and a reason."""
     listed = {}
     for block in LISTED.read_text().split("\n\n"):
         lines = [line for line in block.splitlines() if line.strip() and not line.startswith("#")]
