@@ -77,7 +77,8 @@ def printed_by_gdb(wine_run, program, before, load):
     for command in commands:
         arguments += ["-ex", command]
     try:
-        # GDB warns on stderr, before a value, that it does not find the symbols of the DLL's tables of virtual functions.
+        # Values are read only from stdout. Before a value, GDB warns on stderr that it does not find the symbols of the
+        # DLL's tables of virtual functions.
         run = subprocess.run(arguments, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.PIPE,
                              timeout=SECONDS, env=environment, encoding="utf-8", check=False)
         server.wait(timeout=SECONDS)

@@ -1,5 +1,5 @@
 // A program with one object of each kind that has a debugger view. It is compiled with debug information and without
-// optimisation. The test stops it in stopHere().
+// optimisation. The test stops the program in stopHere().
 
 #include <vorel/vorelCore.h>
 
