@@ -29,8 +29,8 @@ SKIPPED = 77
 PACKAGE = "C:\\vorelCore\\"
 GCC = "x86_64-w64-mingw32-g++-posix"
 
-# Replaces the start-up code of the C runtime, for a program that uses only functions of the C runtime. Compilers of
-# Microsoft refer to `_fltused` in programs with floating-point numbers.
+# Replaces the start-up code of the C runtime, for a program that uses only functions of the C runtime. Microsoft's
+# compilers refer to `_fltused` in programs with floating-point numbers.
 START = """\
 int _fltused = 0;
 int main(void);
@@ -60,7 +60,8 @@ def run(command: list, folder: Path) -> None:
 
 
 def commands(page: Path) -> list:
-    """The words of each line in the page's block for the command prompt, with relative paths of this system."""
+    """The words of each line in the page's block for the command prompt. Paths in the package become relative paths
+    with the separators of this system."""
     found = [block.text for block in blocks(page) if block.language == "bat"]
     if len(found) != 1:
         sys.exit(f"{page}: {len(found)} blocks for the command prompt, expected 1")

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Compares the output of the tools in a page, such as docs/vorellog.md, with the output of the tools.
+"""Runs the calls of tools that a page such as docs/vorellog.md shows, and compares their output with the page.
 
     tool_output.py <page> <folder> <folder of the tools> <command that runs a program>...
 
@@ -24,7 +24,7 @@ FILE = re.compile(r"[\w-]+\.(?:log|txt)")
 
 
 def output(call: list, folder: Path, tools: Path, emulator: list) -> str:
-    """Returns the standard output, with a line feed at the end."""
+    """Runs one call of a tool. Returns its standard output, with a line feed at the end."""
     done = subprocess.run([*emulator, tools / f"{call[0]}.exe", *call[1:]], cwd=folder, stdout=subprocess.PIPE, timeout=60,
                           check=True)
     text = done.stdout.decode("utf-8").replace("\r\n", "\n")
