@@ -89,7 +89,7 @@ TYPED_TEST(DebugTargetsTest, ManyTargetsAreIndependent) {
 TYPED_TEST(DebugTargetsTest, AnyThreadMaySetAndTestTargets) {
     constexpr int kThreads = 4;
     constexpr int kRounds = 5;
-    constexpr int kNames = 100;  // entries are never removed, and the guarded heap has few blocks
+    constexpr int kNames = 100;  // few, because names are never removed, and the guarded heap is limited
     std::atomic<int> wrong{0};
     for (int round = 0; round < kRounds; ++round) {
         const auto nameOf = [round](int index, int thread) {

@@ -144,7 +144,7 @@ TEST(MessageStack, HresultAddsTheSystemsTextAndAClosingLine) {
         ASSERT_NE(text, L"");
         const std::wstring message = std::wstring(L"HRESULT: ") + digits + L" - " + text;
         EXPECT_EQ(messagesOf(e), Messages{message});
-        // The system's text ends with a line break. The runtime writes its line feed as CR LF.
+        // The system's text ends with a line break. The runtime writes the line feed in this line break as CR LF.
         const std::string content = test::readFileBytes(log.path()).value_or("");
         const std::string line = test::narrowed(message.substr(0, message.find_first_of(L"\r\n")));
         const std::string prefix = "AddHRESULTErrorToStack: ";

@@ -27,7 +27,8 @@ Exception withMessages(const Messages& messages) {
     return e;
 }
 
-// The virtual table, the stack, two flags and two cached texts. The layout is the same in every build.
+// The pointer to the virtual table, the message stack, two flags and two cached texts. The layout is the same in every
+// build.
 static_assert(sizeof(Exception) == 8 + 24 + 8 + 16 + 16);
 static_assert(!std::is_base_of_v<std::exception, Exception>);
 static_assert(!std::is_nothrow_destructible_v<Exception>);

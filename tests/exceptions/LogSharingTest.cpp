@@ -40,7 +40,7 @@ Handle open(const std::string& path, DWORD access, DWORD sharing) {
     return Handle(CreateFileA(path.c_str(), access, sharing, nullptr, OPEN_EXISTING, 0, nullptr));
 }
 
-/// Logs a line, which must not change the caller's errors.
+/// Logs a line, and checks that logging keeps `errno` and the last error.
 void warn(const char* text) {
     constexpr DWORD kSomeError = 1234;
     errno = ERANGE;
@@ -109,7 +109,7 @@ TEST(HeldBackup, ThatCannotBeDeletedKeepsTheLogGrowing) {
 }
 
 // If a file that a reader has open is deleted, older versions of NTFS keep its name until the reader closes the file.
-// Newer versions remove the name at once. Both are documented, so the test accepts both.
+// Newer versions remove the name at once. Both behaviours are documented, so the test accepts both.
 TEST(HeldBackup, ThatIsSharedForDeletionIsReplacedNowOrLater) {
     const test::TemporaryLog log(kLimitBytes);
     warn("first");

@@ -27,7 +27,8 @@ concept Writable = requires(Stream& stream, const Value& value) {
     stream << value;
 };
 
-// A string cannot be written to a stream of the other width, because such a stream would print a pointer, or nothing.
+// Writing a string to a stream of the other width must not compile, because such a stream would print a pointer, or
+// nothing.
 static_assert(Writable<std::ostream, BaseString<char>> && !Writable<std::ostream, BaseString<wchar_t>>);
 static_assert(Writable<std::wostream, BaseString<wchar_t>> && !Writable<std::wostream, BaseString<char>>);
 static_assert(Writable<std::ostream, MemoryException> && Writable<std::wostream, MemoryException>);
