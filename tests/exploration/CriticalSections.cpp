@@ -1,6 +1,5 @@
 /// \file
-/// The critical sections of the model. The title in quotation marks is the title of a page of the documentation of
-/// Windows.
+/// The critical sections of the model. The title in quotation marks names a page of the documentation of Windows.
 
 #include <algorithm>
 #include <string>

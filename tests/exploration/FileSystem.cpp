@@ -4,7 +4,7 @@
 
 #include "exploration/Machine.h"
 
-// A title in quotation marks is the title of a page of the documentation of Windows.
+// A title in quotation marks names a page of the documentation of Windows.
 
 namespace exploration {
 

@@ -33,7 +33,7 @@ public:
         return step.options == options && step.chosen < options ? std::optional(step.chosen) : std::nullopt;
     }
 
-    /// Continues with the next schedule; false if there are no more.
+    /// Continues with the next schedule. Returns false if all schedules were run.
     bool advance() {
         m_steps.resize(m_length);
         while (!m_steps.empty() && m_steps.back().chosen + 1 == m_steps.back().options) {

@@ -5,7 +5,7 @@
 #include <fcntl.h>
 #include <share.h>
 
-// A title in quotation marks is the title of a page of the documentation of the C runtime.
+// A title in quotation marks names a page of the documentation of the C runtime.
 
 namespace exploration {
 
