@@ -65,11 +65,11 @@ TEST(FlatUtf8, RejectsInvalidUtf8) {
         "\x80",          // a trailing byte without a lead byte
         "ab\xBF",        //
         "\xFF",          // not a lead byte
-        "\xF1\x80\x80",  // not a lead byte for this library
+        "\xF1\x80\x80",  // 0xF1 is not a lead byte for this library
         "\xC3",          // truncated by the end
         "a\xE2\x82",     //
         "\xF0\x9F\x98",  //
-        "\xFC",          // truncated; a lead byte for this library
+        "\xFC",          // truncated, because 0xFC is a lead byte for this library
         "\xC3\0a"sv,     // truncated by a zero
         "\xF0\x9F\0\0\0\0"sv,
         "0123456789012345678901234567890123456789\xE2",  // a long text that is truncated by the end
