@@ -1,4 +1,5 @@
-// Tests of the guarded heap: the errors that it detects, and its behaviour as a heap. Only in the guarded build.
+// Tests of the guarded heap: the errors that it detects, and its behaviour as a heap. These tests are built only
+// with the guarded preset.
 
 #include "heap/GuardedBlocks.h"
 #include "support/CaseName.h"
