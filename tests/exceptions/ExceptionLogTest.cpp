@@ -132,7 +132,7 @@ TYPED_TEST(ChannelTest, NullPrefixIsRenderedByTheRuntime) {
     EXPECT_EQ(log.messages(), Texts{"(null): text"});
 }
 
-// The smallest thread stack has 64 KB.
+// The smallest stack of a thread has 64 KB. This test gives the channels half of that.
 TYPED_TEST(ChannelTest, WorksWithHalfOfASmallStack) {
     const auto target = this->text("ChannelTest.SmallStack");
     const auto message = this->text(std::string(7000, 'x'));

@@ -50,7 +50,7 @@ bool isRootWritable() {
     return static_cast<bool>(file);
 }
 
-// No other test uses the default file.
+// No other test uses the default file, so this test can run at the same time as other tests.
 TEST(LogOfPrograms, UnconfiguredLogUsesTheDefaultFileAndSkipsTheFirstSizeCheck) {
     if (!isRootWritable()) {
         GTEST_SKIP() << "this user cannot create files in the root of drive C, where the default log is";
