@@ -39,7 +39,8 @@ bool areSame(const std::vector<Value>& a, const std::vector<Value>& b) {
     }
 }
 
-/// Parses a row into an array that contains `old`. The values replace `old`. If `append` is true, they follow `old`.
+/// Parses a row into an array that contains `old`, first without and then with `append`. The parsed values must replace
+/// `old` in the first case, and follow `old` in the second case.
 template <class T, class Value>
 void expectRow(bool (*read)(const T*, Array<Value>&, bool), const Row<Value>& row, const std::vector<Value>& old) {
     const test::OptionalText<T> text(row.text);

@@ -1,5 +1,5 @@
-// Formats about a million doubles of several kinds, and compares the texts with the texts of the reference, which uses
-// the exact digits. Formats integers of every length.
+// Formats about a million doubles of several kinds. Each text must be equal to the text of a reference implementation,
+// which rounds the exact digits of the value. The texts of integers of every length are compared with `std::to_chars`.
 
 #include <bit>
 #include <charconv>
@@ -53,9 +53,9 @@ double powerOfTwo(RandomText& random) {
     return neighbour(std::ldexp(1.0, static_cast<int>(random.below(2098)) - 1074), random);
 }
 
-/// A value with sixteen significant digits. The last digit is 5, because the value is an odd number divided by a power
-/// of two. If the power is 2^17 or higher, the value is below 0.1. Returns 0 if the odd number is too large for a
-/// double.
+/// A value halfway between two numbers of fifteen significant digits. The value has sixteen significant digits, and the
+/// last digit is 5, because the value is an odd number divided by a power of two. If the power is 2^17 or higher, the
+/// value is below 0.1. Returns 0 if a double cannot represent the odd number.
 double tie(RandomText& random) {
     const int twos = 1 + static_cast<int>(random.below(22));
     double least = 1e15;
@@ -67,7 +67,8 @@ double tie(RandomText& random) {
     return odd < std::uint64_t{1} << 53 ? std::ldexp(static_cast<double>(odd), -twos) : 0;
 }
 
-/// An integer of seventeen digits. The last two digits are 50.
+/// An integer halfway between two numbers of fifteen significant digits: it has seventeen digits, and the last two are
+/// 50.
 double largeTie(RandomText& random) {
     return static_cast<double>((100000000000000 + random.bits() % 80000000000000) * 100 + 50);
 }

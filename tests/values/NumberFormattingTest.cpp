@@ -54,7 +54,7 @@ const std::vector<Row>& rows() {
         {1e100, "1e+100", "1.0e+100"},
         {5e-324, "4.94065645841247e-324", "4.94065645841247e-324"},
         {std::numeric_limits<double>::max(), "1.79769313486232e+308", "1.79769313486232e+308"},
-        // An exact tie is rounded to even for values of 0.1 and more, and away from zero for smaller values.
+        // An exact tie is rounded to even for magnitudes of at least 0.1, and away from zero for smaller magnitudes.
         {-22351530439513.25, "-22351530439513.2", "-22351530439513.2"},
         {22351530439513.75, "22351530439513.8", "22351530439513.8"},
         {std::ldexp(1.0, -22), "2.38418579101563e-007", "2.38418579101563e-007"},
@@ -250,7 +250,7 @@ TEST(NumberFormatting, AppendAddsToTheText) {
     }
 }
 
-/// If the string has enough capacity, numbers are written in place.
+/// A number is written directly into the string if the remaining capacity is sufficient.
 TEST(NumberFormatting, AppendWorksForEveryRemainingCapacity) {
     for (unsigned int before = 0; before <= 40; ++before) {
         const std::wstring prefix(before, L'x');
@@ -262,7 +262,7 @@ TEST(NumberFormatting, AppendWorksForEveryRemainingCapacity) {
                 append(text);
                 EXPECT_EQ(text.view(), prefix + appended);
                 EXPECT_EQ(text.c_str()[text.length()], 0);
-                // A string grows only if the text does not fit, to the next power of two.
+                // A string grows only if the text does not fit. The new capacity is the next power of two.
                 const auto needed = static_cast<unsigned int>(prefix.size() + appended.size() + 1);
                 EXPECT_EQ(text.capacity(), std::max(capacity, std::bit_ceil(needed))) << before;
             };
@@ -319,9 +319,9 @@ TEST(NumberFormatting, NothingIsWrittenForSizeZero) {
     EXPECT_STREQ(wideBuffer, L"ab");
 }
 
-/// Calls `write(buffer, size)` with narrow and wide buffers of every size from `least` to 80. `write` must not change
-/// the units after the terminator of the text, with one exception: if `endsNarrow` is set, `write` must set the last
-/// unit of a narrow buffer to zero, and if `endsWide` is set, the last unit of a wide buffer.
+/// Calls `write(buffer, size)`, which writes the text `whole`, with narrow and wide buffers of every size from `least` to
+/// 80. `write` must not change the units after the terminator of the text, with one exception. It must set the last unit
+/// of a narrow buffer to zero if `endsNarrow` is true, and the last unit of a wide buffer if `endsWide` is true.
 template <class Write>
 void expectOnlyTheText(const std::string& whole, bool endsNarrow, bool endsWide, unsigned int least, Write&& write) {
     const auto expectOnly = [&](auto& buffer, bool ends) {
@@ -377,7 +377,7 @@ TEST(NumberFormatting, Round_RoundsHalvesDown) {
     }
 }
 
-/// The cases include the sign of zero, and values for which the sum with 0.5 would be rounded.
+/// The cases include zeros of both signs, and values to which 0.5 cannot be added without rounding.
 TEST(NumberFormatting, Round_IsExact) {
     const double rounded[][2] = {{0.3, 0.0},
                                  {0.5, 0.0},

@@ -128,6 +128,8 @@ TYPED_TEST(NumberParsingCheck, TryStringToDouble_StoresNothingWithoutDigits) {
     }
 }
 
+/// The stored value is the integer that consists of the first eighteen digits of the mantissa, without its sign and its
+/// decimal point.
 TYPED_TEST(NumberParsingCheck, TryStringToDouble_RejectsAZeroExponentAndStoresTheMantissa) {
     expectCases<TypeParam, double>(util::tryStringToDouble, {{"1e0", false, 1.0},
                                                              {"1e", false, 1.0},
@@ -140,7 +142,7 @@ TYPED_TEST(NumberParsingCheck, TryStringToDouble_RejectsAZeroExponentAndStoresTh
                                                              {"-1e0", false, 1.0},
                                                              {"2.5E-00", false, 25.0},
                                                              {" -1.25e+00 ", false, 125.0},
-                                                             {"1e4294967296", false, 1.0},  // wraps to 0
+                                                             {"1e4294967296", false, 1.0},  // the exponent wraps to 0
                                                              {"1234567890123456789e0", false, 123456789012345678.0}});
 }
 
@@ -188,7 +190,7 @@ TYPED_TEST(NumberParsingCheck, CanCoerceToInteger_RejectsOtherText) {
 
 TYPED_TEST(NumberParsingCheck, CanCoerceToInteger_RejectsLeadingZerosUnlessAllowed) {
     expectAnswers<TypeParam>(util::canCoerceToInteger, {"0123", "-0123", "+0123", " 01 ", "010", "0001"}, false, true);
-    // A text of zeros only is accepted, and leading zeros are allowed before a decimal point.
+    // A number that consists only of zeros is accepted, and leading zeros are accepted before a decimal point.
     expectAnswers<TypeParam>(util::canCoerceToInteger, {"00", "-000", "0.0", "00.", "0123.0", "0123.", "-01.00 "}, true,
                              true);
 }
@@ -232,7 +234,8 @@ TYPED_TEST(NumberParsingCheck, CanCoerceToDouble_RejectsOtherText) {
 
 TYPED_TEST(NumberParsingCheck, CanCoerceToDouble_RejectsLeadingZerosUnlessAllowed) {
     expectAnswers<TypeParam>(util::canCoerceToDouble, {"007", "-07", "+07", " 07 ", "010"}, false, true);
-    // A text of zeros only is accepted, and leading zeros are allowed before a decimal point or an exponent.
+    // A number that consists only of zeros is accepted, and leading zeros are accepted before a decimal point or an
+    // exponent.
     expectAnswers<TypeParam>(util::canCoerceToDouble,
                              {"00", "0000", "007.5", "007.", "000.5", "007e1", "07e0", "007.5e1", "00.0"}, true, true);
 }

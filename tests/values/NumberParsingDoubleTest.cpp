@@ -1,5 +1,6 @@
-// Doubles: significant digits, exponent and the order of the arithmetic. All bits of a result are compared. Expected
-// values are exact, or are calculated with the steps of the rule.
+// Doubles: significant digits, exponent and the order of the arithmetic. All bits of a result are compared. An expected
+// value is exact, or it is an expression with the multiplications and divisions that the parser must use, in their
+// order.
 
 #include <limits>
 #include <string>
@@ -27,7 +28,7 @@ constexpr double kInfinite = std::numeric_limits<double>::infinity();
 struct Row {
     const char* text;
     double value;
-    std::ptrdiff_t read;
+    std::ptrdiff_t read;  ///< the number of units that the parser reads
 };
 
 template <class T>
@@ -142,7 +143,7 @@ TYPED_TEST(NumberParsingDouble, OutOfRangeIsInfiniteOrZero) {
         {"-1e999", -kInfinite, 6},
         {"1e1024", kInfinite, 6},
         {"1e2147483647", kInfinite, 12},
-        {"1e-309", 0.0, 6},  // the factor is infinite
+        {"1e-309", 0.0, 6},  // the divisor 1e309 is infinite
         {"10e-309", 0.0, 7},
         {"123456789012345678e-320", 0.0, 23},
         {"1e-512", 0.0, 6},

@@ -1,6 +1,6 @@
 // Parses random texts, narrow and wide, with every number parser. The parsed value, the end and the return value
-// must be equal to the results of the reference. The texts are next to inaccessible pages, or inside other text, where
-// they are read in blocks.
+// must be equal to the results of the reference. Some texts are next to an inaccessible page, so a read out of bounds
+// faults. Other texts are between the remains of earlier texts, where a parser may read whole blocks.
 
 #include <cstdint>
 #include <string>
@@ -54,8 +54,8 @@ private:
     std::string blanks() { return m_random.from(" \t\n\r\xA0", m_random.oneIn(4) ? m_random.below(3) : 0); }
     std::string digits() { return m_random.digits(m_random.oneIn(4) ? m_random.below(41) : m_random.below(9)); }
 
-    /// Mostly exponents of up to 600, many of them beyond the range of doubles. Also random digits, zeros, and values
-    /// near the wrap-around at 32 bits.
+    /// Usually a number up to 600, which is often beyond the range of doubles. Sometimes random digits, zeros, or a
+    /// number near the wrap-around at 32 bits.
     std::string exponent() {
         switch (m_random.below(12)) {
         case 0: return digits();
@@ -80,7 +80,7 @@ std::string hexText(test::RandomText& random) {
 template <class T>
 class NumberParsingRandom : public ::testing::Test {
 protected:
-    /// Expects the value and the end of the reference.
+    /// Expects that `scan` returns the value and the end in `wanted`, which are the results of the reference.
     template <class Value, class Wanted>
     static void expectScan(const T* text, Value (*scan)(const T*, T**) noexcept, const test::Reading<Wanted>& wanted) {
         T* end = nullptr;
@@ -88,7 +88,7 @@ protected:
         EXPECT_EQ(end - text, static_cast<std::ptrdiff_t>(wanted.end));
     }
 
-    /// Expects the value and the end of the reference from a parser that can skip white space after the number.
+    /// Expects the results of the reference from a parser that can skip the white space after the number.
     template <class Value>
     static void expectScans(const T* text, Value (*scan)(const T*, const T**, bool) noexcept,
                             const std::string& shape) {

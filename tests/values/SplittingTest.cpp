@@ -24,7 +24,7 @@ template <class T>
 class Splitting : public ::testing::Test {};
 TYPED_TEST_SUITE(Splitting, test::CharacterTypes, test::CharacterNames);
 
-/// The splitter with quotes, under one name for both widths.
+/// Splits text whose items may be quoted. The function of the library has a different name for each width.
 void splitQuoted(const char* text, const char* delimiters, Array<BaseString<char>>& items, bool trim) {
     util::singleCStringToMultipleCStrings(text, delimiters, items, trim);
 }
@@ -65,7 +65,7 @@ TYPED_TEST(Splitting, SplitString_DelimiterMayBeAnItemOfTheList) {
     EXPECT_EQ(textsOf(parts), texts<TypeParam>({"::", "a", "b", "c", "d", "e", "f"}));
 }
 
-/// The capacity afterwards is the same as after appending the parts one by one.
+/// The expected capacity is the capacity of an array to which the parts are appended one by one.
 TYPED_TEST(Splitting, SplitString_AllocatesSlotsForTheParts) {
     struct Row {
         const char* text;
@@ -104,7 +104,7 @@ TYPED_TEST(Splitting, SplitString_PartsOfEveryLength) {
 }
 
 TEST(SplittingOfWideText, DelimitersAreWholeUnits) {
-    // The low byte of U+012C is a comma, and its high byte is 1.
+    // The low byte of U+012C and the high byte of U+2C01 are the byte of a comma.
     Array<BaseString<wchar_t>> parts;
     util::splitString(L"a\x012C,b\x2C01,c", L",", parts);
     EXPECT_EQ(textsOf(parts), (std::vector<std::wstring>{L"a\x012C", L"b\x2C01", L"c"}));

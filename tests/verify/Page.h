@@ -9,8 +9,8 @@
 
 namespace verify {
 
-/// Returns the page in UTF-8. It is also well-formed XML. The function escapes `conclusion` and `facts`.
-/// `facts` has a line for each fact.
+/// Returns the page as UTF-8 text, which is also well-formed XML. `facts` contains one fact per line. The function
+/// escapes `conclusion` and `facts`; the texts of `results` must be escaped already.
 std::string summaryPage(const std::string& conclusion, const std::string& facts,
                         const std::vector<TestResult>& results);
 

@@ -17,7 +17,8 @@ namespace {
 
 using test::Handle;
 
-/// A child inherits all inheritable handles of this process, so only the handles for one child may exist at a time.
+/// Locked while the inheritable handles for a child exist. A child inherits all inheritable handles of this process, so
+/// the handles for two children must not exist at the same time.
 std::mutex inheritedHandles;
 
 Handle inheritableFile(const wchar_t* path, DWORD access, DWORD disposition) {
@@ -25,7 +26,7 @@ Handle inheritableFile(const wchar_t* path, DWORD access, DWORD disposition) {
     return Handle(CreateFileW(path, access, FILE_SHARE_READ | FILE_SHARE_WRITE, &inherited, disposition, 0, nullptr));
 }
 
-/// A new job. All its processes end when its last handle is closed.
+/// A new job. The system terminates the processes of the job when the last handle of the job is closed.
 Handle newJob() {
     Handle job(CreateJobObjectW(nullptr, nullptr));
     JOBOBJECT_EXTENDED_LIMIT_INFORMATION limits{};
@@ -34,7 +35,7 @@ Handle newJob() {
     return job;
 }
 
-/// Starts the program in `job`, with no input and both output streams in the file `output`.
+/// Starts the program in `job`. The program has no input, and writes both output streams to the file `output`.
 Handle start(const std::filesystem::path& program, const std::string& arguments, const std::filesystem::path& folder,
              const std::filesystem::path& output, const Handle& job) {
     const std::wstring commandLine =
@@ -50,7 +51,7 @@ Handle start(const std::filesystem::path& program, const std::string& arguments,
     startup.hStdError = written.get();
     PROCESS_INFORMATION started{};
     const BOOL created = test::startProgram([&] {
-        std::wstring writable = commandLine;  // the call may change it
+        std::wstring writable = commandLine;  // CreateProcessW may change the text
         return CreateProcessW(program.c_str(), writable.data(), nullptr, nullptr, TRUE, CREATE_SUSPENDED, nullptr,
                               folder.c_str(), &startup, &started);
     });

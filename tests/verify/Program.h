@@ -1,5 +1,5 @@
 /// \file
-/// Runs a program with a time limit, and keeps its output.
+/// Runs a program with a time limit, and returns its output.
 #pragma once
 
 #include <filesystem>
@@ -10,7 +10,7 @@ namespace verify {
 struct ProgramResult {
     unsigned long exitCode = 0;
     bool inTime = true;  ///< false if the limit was exceeded, and the program and its processes were terminated
-    std::string output;  ///< both streams
+    std::string output;  ///< the standard output and the standard error output
 };
 
 /// Runs `program` with `arguments` in `folder`, which must be writable. Several threads may call this at the same time.

@@ -8,7 +8,7 @@ namespace verify {
 
 namespace {
 
-/// The value of an attribute of the tag that begins at the start of `tag`. The value is escaped by GoogleTest.
+/// The value of an attribute of the tag that begins at the start of `tag`. GoogleTest has escaped the value.
 std::string_view attribute(std::string_view tag, std::string_view name) {
     const std::string key = " " + std::string(name) + "=\"";
     const std::size_t at = tag.find(key);
@@ -19,7 +19,7 @@ std::string_view attribute(std::string_view tag, std::string_view name) {
     return rest.substr(0, rest.find('"'));
 }
 
-/// The messages of all tags `name` in `text`, one after the other.
+/// The values of the attribute `message` of all tags `name` in `text`, one per line.
 std::string messages(std::string_view text, std::string_view name) {
     const std::string key = "<" + std::string(name) + " ";
     std::string all;
@@ -30,7 +30,7 @@ std::string messages(std::string_view text, std::string_view name) {
     return all;
 }
 
-/// A reason without its first line, which has the file and the line number of the test.
+/// The reason why a case was skipped, without the first line, which contains the file and the line number of the test.
 std::string withoutPlace(const std::string& message) {
     constexpr std::string_view kLineEnd = "&#x0A;";
     const std::size_t end = message.find(kLineEnd);

@@ -17,7 +17,7 @@ struct CaseResult {
     std::string message;  ///< the text of the failures, or the reason why the case was skipped
 };
 
-/// The result of a test.
+/// The result of a test, which is one start of a test program.
 struct TestResult {
     std::string name;
     std::string suite;
@@ -28,7 +28,7 @@ struct TestResult {
     [[nodiscard]] bool hasFailure() const;
 };
 
-/// The numbers of cases.
+/// The number of cases with each outcome.
 struct Totals {
     unsigned int passed = 0;
     unsigned int failed = 0;
@@ -40,8 +40,8 @@ struct Totals {
 /// Reads the cases of an XML file that GoogleTest has written. Cases that did not run are not returned.
 std::vector<CaseResult> readCases(std::string_view xml);
 
-/// `bytes` as UTF-8 that an XML or HTML file may contain: special characters are escaped, control characters and
-/// invalid sequences replaced.
+/// `bytes` as UTF-8 text for an XML or HTML file. Special characters are escaped, invalid sequences are replaced, and
+/// carriage returns are removed. Other control characters except tabs and line feeds become question marks.
 std::string escaped(std::string_view bytes);
 
 }  // namespace verify

@@ -14,7 +14,7 @@ namespace verify {
 
 namespace {
 
-/// The number of the last update, or 0 if the system has none.
+/// The last part of the system's version, which updates increase, or 0 if the registry does not contain it.
 DWORD updateRevision() {
     DWORD revision = 0;
     DWORD size = sizeof revision;
@@ -49,7 +49,7 @@ std::string windowsBuild() {
     using GetVersion = LONG(WINAPI*)(OSVERSIONINFOW*);
     OSVERSIONINFOW version{};
     version.dwOSVersionInfoSize = sizeof version;
-    // GetVersionEx is not used, because it returns the version that the manifest of the program names.
+    // GetVersionEx is not used, because it returns at most the version that the manifest of the program declares.
     const auto getVersion = reinterpret_cast<GetVersion>(
         reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "RtlGetVersion")));
     if (getVersion) {
@@ -77,7 +77,7 @@ UserKind userKind() {
 }
 
 std::string machineFacts() {
-    // The processor of the machine, even if the machine emulates the processor of this program.
+    // `native` is the processor of the machine, even if the machine emulates an x86-64 processor for this program.
     USHORT process = 0;
     USHORT native = 0;
     const char* processor = "x86-64";

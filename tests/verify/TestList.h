@@ -1,5 +1,5 @@
 /// \file
-/// The test programs of the archive, as `tests.txt` lists them.
+/// The tests of the archive, which `tests.txt` lists.
 #pragma once
 
 #include <filesystem>
@@ -11,8 +11,8 @@ namespace verify {
 /// A test of the list: one start of a program.
 struct Test {
     std::string name;      ///< "core.ArrayTest"; the part before the first period is the name of the suite
-    std::string program;   ///< the name of its file
-    bool isGoogleTest;     ///< whether the program writes results; if not, its exit code is the result
+    std::string program;   ///< the file name of the program
+    bool isGoogleTest;     ///< whether the program writes its results to an XML file; if not, the exit code is the result
     bool runsAlone;        ///< whether no other test may run at the same time
     unsigned int limitMs;  ///< a program that runs longer has failed
     std::string arguments;
@@ -20,13 +20,13 @@ struct Test {
     [[nodiscard]] std::string suite() const { return name.substr(0, name.find('.')); }
 };
 
-/// Reads the list: a test per line, its fields separated by tabs. Only tests of `suites` are returned, or all tests if
-/// `suites` is empty.
+/// Reads the list, which contains a test per line. Tabs separate the fields of a line. Only tests of `suites` are
+/// returned, or all tests if `suites` is empty.
 /// \throws std::runtime_error if the list cannot be read, a line is damaged, or a suite does not exist.
 std::vector<Test> readTestList(const std::filesystem::path& path, const std::vector<std::string>& suites);
 
 /// The bytes of a file.
-/// \throws std::runtime_error if it cannot be read.
+/// \throws std::runtime_error if the file cannot be read.
 std::string readBytes(const std::filesystem::path& path);
 
 }  // namespace verify

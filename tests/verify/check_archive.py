@@ -1,10 +1,10 @@
-"""Unpacks the archive of the tests in a folder whose name has a blank and a letter beyond ASCII, and runs verify.cmd in
-a new Wine prefix. In the first run, all cases must pass. For the second run, tests that fail in different ways replace
-the list of tests, and verify.cmd must report each failure.
+"""Unpacks the archive of the tests into a folder whose name contains a space and a non-ASCII letter, and runs verify.cmd
+twice in a new Wine prefix. In the first run, no case may fail. Before the second run, the script replaces the list of
+tests with tests that fail in different ways, and verify.cmd must report each failure.
 
     check_archive.py <archive> <work folder> [suite]...
 
-In the prefix, verify.cmd finds only the command interpreter and no program of this machine.
+The new prefix contains only the programs of Wine, so the archive must contain every other file that verify.cmd needs.
 """
 
 import os
@@ -19,7 +19,7 @@ from pathlib import Path
 ROOT = Path(__file__).resolve().parents[2]
 LAST_LINE = re.compile(r"(\d+) passed, (\d+) failed, (\d+) skipped, on Windows 10\.0\.\d+[\d.]* \(Wine [\d.]+\), "
                        r"as an administrator")
-# For each kind of failure, a test that fails in this way, and the message about it in summary.html.
+# For each kind of failure: the line of a test that fails in this way, and the expected message in summary.html.
 FAILING = [
     ("broken.missing\tno_such_program.exe\tgtest\tparallel\t60\t", "cannot be started, error 2"),
     ("broken.exit\tverify.exe\tplain\tparallel\t60\tno_such_suite", "It ended with the exit code 0x2."),

@@ -3,10 +3,10 @@
 ///
 ///     verify.exe [suite]...
 ///
-/// The test programs are in the folder of verify.exe, and `tests.txt` in this folder lists their calls. The results are
-/// the XML files of the GoogleTest programs, and summary.html. They are in the folder `results` of the archive, or
-/// among the temporary files if the archive is not writable. The exit code is 0 if cases passed and none failed, 2 if
-/// the tests could not be run, and otherwise 1.
+/// The test programs are in the folder of verify.exe, and `tests.txt` in this folder lists their command lines. The
+/// results are the XML files of the GoogleTest programs, and summary.html. They are written below the folder `results` of
+/// the archive, or below the folder for temporary files if the archive is not writable. The exit code is 0 if cases
+/// passed and none failed, 2 if the tests could not be run, and otherwise 1.
 
 #include <algorithm>
 #include <atomic>
@@ -78,8 +78,8 @@ fs::path programFolder() {
     return folder;
 }
 
-/// A new folder for the programs' temporary files, which is removed at the end. Its path is ASCII, even if the name of
-/// the user is not, because the tests pass it to functions for narrow text.
+/// A new folder for the programs' temporary files. The destructor removes the folder. The path of the folder is ASCII,
+/// even if the name of the user is not, because the tests pass the path to functions for narrow text.
 class WorkFolder {
 public:
     WorkFolder() {
@@ -125,13 +125,13 @@ void writeFile(const fs::path& path, const std::string& bytes) {
     }
 }
 
-/// Runs tests on several threads, and prints a line for each.
+/// Runs tests on several threads, and prints a line for each test.
 class Runner {
 public:
     Runner(fs::path programs, fs::path work, fs::path results)
         : m_programs(std::move(programs)), m_work(std::move(work)), m_results(std::move(results)) {}
 
-    /// The results have the order of the tests.
+    /// Returns the results in the order of `tests`.
     std::vector<TestResult> run(const std::vector<Test>& tests) {
         std::vector<TestResult> results(tests.size());
         runSome(tests, results, false, std::clamp(std::thread::hardware_concurrency(), 1U, kMaxThreads));
