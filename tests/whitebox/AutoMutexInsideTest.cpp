@@ -106,7 +106,8 @@ public:
     ~AutoMutexInside() noexcept override = default;  // the mutex's destructor may throw
 
 protected:
-    /// Makes a new thread record itself as the owner, and waits until the thread has exited. Returns its id.
+    /// Makes a new thread record itself as the owner, and waits until the thread has exited. Returns the id of the
+    /// thread.
     unsigned long recordExitedThread() {
         return onAnotherThread([this] {
             call<test::SetLockingThreadID>(m_mutex);

@@ -304,7 +304,7 @@ TEST_F(AutoMutexWithAStaleOwner, EveryLockFailsAndReleasesTheMutex) {
     for (int round = 0; round != 3; ++round) {
         expectThrows<Exception>([&] { m_stale->lock(1000, false); }, messagesOfFailure(L"lock"));
         expectThrows<Exception>([&] { m_stale->tryLock(); }, messagesOfFailure(L"tryLock"));
-        m_stale->unlock();  // not the owner: does nothing
+        m_stale->unlock();  // does nothing, because this thread is not the recorded owner
         EXPECT_EQ(call<test::GetLockCount>(*m_stale), 1);
         EXPECT_EQ(call<test::GetLockingThreadID>(*m_stale), static_cast<long long>(m_exitedThread));
         EXPECT_TRUE(isFreeForOthers(m_other));
@@ -317,7 +317,7 @@ TEST_F(AutoMutexWithAStaleOwner, InitializeFailsAndTheDestructorThrowsButClosesT
     expectThrows<Exception>([&] { m_stale->initialize(m_otherName.c_str(), false); }, messages);
 
     messages.back() = L"AutoMutex::~AutoMutex" + kRethrown;
-    // NOLINTNEXTLINE(readability-uniqueptr-delete-release): a reset must not throw
+    // NOLINTNEXTLINE(readability-uniqueptr-delete-release): `reset` is noexcept, but the destructor throws
     expectThrows<Exception>([&] { delete m_stale.release(); }, messages);
     EXPECT_TRUE(isFreeForOthers(m_other));
     call<test::Terminate>(m_other);

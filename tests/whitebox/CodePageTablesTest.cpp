@@ -1,6 +1,6 @@
 /// \file
-/// Every code page that has a name in the library, compared with the tables of the system: each byte, each pair that
-/// begins with a lead byte, and each UTF-16 code unit.
+/// Compares the library's conversions with the conversions of the system, for every code page that has a name in the
+/// library and exists in the system: each byte, each pair that begins with a lead byte, and each UTF-16 code unit.
 
 #include <algorithm>
 #include <set>

@@ -47,7 +47,7 @@ enum class Throw {
     Other,
 };
 
-/// Replaces both conversion functions of the system. Records the calls and returns a fixed result.
+/// Replaces both conversion functions of the system. Records each call, and returns a fixed result or throws.
 struct System {
     std::vector<Call> calls;
     int result = 0;
@@ -100,8 +100,8 @@ protected:
         return operation();
     }
 
-    /// Expects exactly one call, which tests whether a code page is usable. It converts one byte, the terminator of an
-    /// empty text, and has no output buffer.
+    /// Expects exactly one system call, which tests whether a code page is usable. The call must convert one byte, the
+    /// terminator of an empty text, without an output buffer.
     void expectUsabilityTest(UINT page) {
         ASSERT_EQ(m_system.calls.size(), 1u);
         const Call& call = m_system.calls[0];
@@ -190,6 +190,7 @@ TEST_F(CodePages, Conversions_RejectSizesThatTheSystemCannotCount) {
         int capacityThere;
         bool rejected = false;
     };
+    // SIZE_MAX means "up to the terminator". The system's value with this meaning is -1.
     const Case cases[] = {
         {kMaxCount, kMaxCount, INT_MAX, INT_MAX}, {SIZE_MAX, 9, -1, 9},          {kMaxCount + 1, 9, 0, 0, true},
         {kTruncatedToFour, 9, 0, 0, true},        {SIZE_MAX - 1, 9, 0, 0, true}, {4, kMaxCount + 1, 0, 0, true},
@@ -266,7 +267,7 @@ TEST_F(CodePages, Open_TestsTheSystemCodePageIfBothNamesAreGiven) {
     EXPECT_EQ(underFailure(ERROR_INVALID_PARAMETER, [] { return util::iconv_open("utf-8", "latin1"); }), -1);
     EXPECT_EQ(errno, 22);
     expectUsabilityTest(CP_ACP);
-    // With only one name, no code page is tested.
+    // If only one name is given, no code page is tested.
     EXPECT_EQ(underFailure(ERROR_INVALID_PARAMETER, [] { return util::iconv_open("utf-8", nullptr); }), 65001);
     EXPECT_EQ(util::iconv_open(nullptr, "latin1"), handleOf(0, 28591));
     EXPECT_EQ(errno, kUntouched);

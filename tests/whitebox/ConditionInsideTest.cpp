@@ -1,5 +1,5 @@
 /// \file
-/// The conditions when system calls fail, and how a broadcast excludes new waiters.
+/// The behaviour of the conditions if system calls fail, and how a broadcast excludes new waiters.
 
 #include <chrono>
 #include <cstring>
@@ -27,7 +27,7 @@
 #include "vorel/sync/NamedCondition.h"
 
 extern "C" {
-// Only clients that import these constructors by name can call them.
+// These constructors are private. The test calls them by their mangled names, like clients that import them by name.
 void constructDefault(void* memory) __asm__("_ZN5vorel14NamedConditionC1Ev");
 void constructCopy(void* memory, const vorel::NamedCondition& other) __asm__("_ZN5vorel14NamedConditionC1ERKS0_");
 }

@@ -113,7 +113,7 @@ TEST_F(ErrorLogAttempts, OpenTheFileAgain) {
 
 TEST_F(ErrorLogAttempts, WriteTheTimeBeforeTheFirstAttempt) {
     const test::TimeZone zone;
-    constexpr std::uint64_t kSecond = 10000000;  // in units of a file time
+    constexpr std::uint64_t kSecond = 10000000;  // in units of 100 ns
     std::uint64_t now = (11644473600 + 1234567890) * kSecond;
     const test::ImportHook<importedGetSystemTimeAsFileTime> clock([&](FILETIME* out) {
         *out = {static_cast<DWORD>(now), static_cast<DWORD>(now >> 32)};

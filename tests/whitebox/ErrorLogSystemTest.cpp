@@ -1,5 +1,6 @@
 /// \file
-/// How the error log handles results of system calls: the computer's name, the clock, and failures of the runtime.
+/// How the error log handles the results of system calls: the clock, the size of the file, and a failure to open a
+/// stream.
 
 #include <cstdint>
 #include <cstdio>

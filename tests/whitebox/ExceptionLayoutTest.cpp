@@ -52,7 +52,8 @@ std::ptrdiff_t offsetOf(const Exception& e, Field field) {
     return reinterpret_cast<const char*>(std::addressof(e.*field)) - reinterpret_cast<const char*>(&e);
 }
 
-// An exception consists of the pointer to the virtual table, three pointers of the stack, two flags and two strings.
+// An exception consists of the pointer to the virtual table, three pointers of the message stack, two flags and two
+// strings.
 TEST(ExceptionLayout, FieldsAreInOrder) {
     const Exception e(L"message");
     EXPECT_EQ(offsetOf(e, reveal(test::Stack())), 8);

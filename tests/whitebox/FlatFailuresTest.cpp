@@ -101,7 +101,8 @@ TEST(FlatLastErrors, AreStoredAgainOnceMemoryIsAvailable) {
 
 // ---- Code pages -----------------------------------------------------------------------------------------------------
 
-/// Simulates a system that counts the units of a conversion, and then fails to convert them.
+/// Simulates a system whose first call, which counts the units of the result, succeeds, and whose second call, which
+/// converts the text, fails with `error`.
 class FailsAfterCounting {
 public:
     explicit FailsAfterCounting(DWORD error) : m_error(error) {}
@@ -149,7 +150,7 @@ TEST(FlatLocks, FailedWaitIsNotATimeout) {
     {
         const ImportHook<importedWaitForSingleObject> wait([&](HANDLE handle, DWORD timeoutMs) {
             if (GetCurrentThreadId() != self) {
-                return wait.original(handle, timeoutMs);  // threads of the test framework
+                return wait.original(handle, timeoutMs);  // a call by a thread of the test framework
             }
             SetLastError(ERROR_INVALID_HANDLE);
             return DWORD{WAIT_FAILED};

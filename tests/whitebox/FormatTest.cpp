@@ -68,7 +68,8 @@ TYPED_TEST_SUITE(Format, test::CharacterTypes, test::CharacterNames);
 
 // ---- Strings without a buffer ---------------------------------------------------------------------------------------
 
-// Measuring the length opens the null device, which takes twenty times as long as rendering.
+// To measure the length of a text, the library prints the text to the null device. Opening this device takes twenty
+// times as long as rendering, so the length of a short text is not measured first.
 TYPED_TEST(Format, FirstTextOfAString_IsMeasuredFromMoreThan512UnitsOn) {
     int closed = 0;
     const test::ImportHook<importedFclose> hook([&](std::FILE* stream) {
@@ -272,7 +273,7 @@ TYPED_TEST(Format, MessageText_IsNullWithoutARenderedText) {
 
 TYPED_TEST(Format, MessageText_ThatChangesAfterMeasuringIsRenderedIfItStillFits) {
     struct Case {
-        std::size_t units;  // after the measurement
+        std::size_t units;  // the length of the argument after the measurement
         bool isRendered;
     };
     constexpr std::size_t kMeasured = 10000;

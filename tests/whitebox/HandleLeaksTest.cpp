@@ -1,5 +1,5 @@
 /// \file
-/// Creates and closes each kind of object many times, including the failing paths. The library must close every system
+/// Creates and closes each kind of object many times, and repeats calls that fail. The library must close every system
 /// handle or return it to the caller.
 
 #include <ostream>
@@ -133,15 +133,15 @@ const Cycle kCycles[] = {
     {"FileMapping_OfAFileOpenedExclusively", openFileExclusively, mapWithSize, false},
     {"FileMapping_InAMissingFolder", nothing, mapFileInMissingFolder, false},
     {"FileMapping_WithoutSecurity", nothing, withoutSecurity<mapWithSize>, false},
-    // The next two cycles make fifty attempts in each round.
+    // In each round of the next two cycles, the library tries fifty times to create the mapping.
     {"FileMapping_OfATakenName", newEvent, mapWithSize, false, kRounds / 50},
     {"FileMapping_OfAnEmptyFile", createEmptyFile, mapWholeFile, false, kRounds / 50},
     {"IsAdmin", nothing, askForAdmin, false},
     {"IsAdmin_WhileImpersonating", nothing, askForAdminWhileImpersonating, false, kRounds / 10},
 };
 
-/// Replaces the system's function, which takes longer than all other calls of a round. Returns the path itself, because
-/// the paths of this test are already long forms. Fails for a path in the missing folder.
+/// Replaces GetLongPathNameW, which takes longer than all other calls of a round. Returns the path itself, because the
+/// paths of this test are already long forms. Fails for a path in the missing folder.
 DWORD WINAPI giveLongPath(LPCWSTR path, LPWSTR longPath, DWORD size) {
     const std::wstring_view text = path;
     if (text.find(kMissing) != std::wstring_view::npos) {
