@@ -26,7 +26,7 @@ constexpr Range kEscaped[] = {{0x7F, 0x9F, "DEL and C1"},
                               {0xFEFF, 0xFEFF, "byte order mark"}};
 
 TEST(VisibleTest, CharactersThatTerminalsInterpretNeedAnEscape) {
-    std::size_t expected = 0x20;  // C0
+    std::size_t expected = 0x20;  // the C0 control characters
     for (const Range& range : kEscaped) {
         EXPECT_FALSE(needsEscape(range.first - 1)) << range.why;
         EXPECT_FALSE(needsEscape(range.last + 1)) << range.why;
@@ -50,7 +50,7 @@ std::string visible(const std::string& text) {
     return out;
 }
 
-// NOLINTBEGIN(misc-misleading-bidirectional): these characters are what is tested
+// NOLINTBEGIN(misc-misleading-bidirectional): the test needs these characters
 TEST(VisibleTest, InterpretedCharactersAndInvalidBytesAreEscaped) {
     EXPECT_EQ(visible(""), ">");
     EXPECT_EQ(visible("plain text, longer than a word"), ">plain text, longer than a word");
