@@ -1,5 +1,5 @@
 /// \file
-/// vorellog --follow: shows lines written while it runs, across rotations and deletions of the log.
+/// vorellog --follow: shows lines that are written while vorellog runs, even if the log is rotated or deleted.
 
 #include <memory>
 #include <mutex>

@@ -1,5 +1,5 @@
 /// \file
-/// The Follower with files in memory. Tests can change the files at any time, even between two steps of the Follower.
+/// The Follower with files in memory. Tests can change the files at any time, even between two reads of the Follower.
 
 #include "vorellog/Follower.h"
 
@@ -29,7 +29,7 @@ struct MemoryFile {
 };
 using MemoryFilePointer = std::shared_ptr<MemoryFile>;
 
-/// A log and its backup. `before` is called before each step of a reader.
+/// A log and its backup. A step of a reader opens a file or reads a block. `before` is called before each step.
 class MemoryFiles : public LogFiles {
 public:
     MemoryFilePointer log;
@@ -367,7 +367,8 @@ public:
         }
     }
 
-    /// Acts between two reads. Ignores `FileBusy`, because no step of the reader is running that could fail.
+    /// Acts while the reader is between two steps. Ignores `FileBusy`, because at this time no step of the reader can
+    /// fail.
     void actBeforeReading() {
         try {
             act();
@@ -427,7 +428,7 @@ TEST(FollowerRandomTest, NoLineIsLostOrRepeated) {
         std::map<std::string, unsigned int> times;
         std::string text = sink.text;
         std::erase(text, '|');
-        std::erase(text, '?');  // a gap is also reported if the file had been read to its end
+        std::erase(text, '?');  // a gap may be reported even if no line was lost
         for (std::size_t at = 0; at < text.size();) {
             const std::size_t end = text.find('\n', at);
             ASSERT_NE(end, std::string::npos);

@@ -23,8 +23,8 @@ using vorellog::Settings;
 constexpr unsigned int kSeed = 20261116;
 constexpr int kLogs = 3000;
 
-// NOLINTBEGIN(misc-misleading-bidirectional): these characters are what is tested
-/// Pieces with a meaning for the parser or for a terminal.
+// NOLINTBEGIN(misc-misleading-bidirectional): the test needs these characters
+/// The pieces of a random log. Most of them have a meaning for the parser or for a terminal.
 const std::vector<std::string>& pieces() {
     static const std::vector<std::string> all = {"\n",
                                                  "\r\n",

@@ -7,7 +7,7 @@
 
 namespace {
 
-// NOLINTBEGIN(misc-misleading-bidirectional): these characters are what is tested
+// NOLINTBEGIN(misc-misleading-bidirectional): the test needs these characters
 TEST(JsonTest, Strings) {
     struct Case {
         std::string text;

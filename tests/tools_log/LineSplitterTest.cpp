@@ -14,8 +14,8 @@ using vorellog::LineEnd;
 using vorellog::LineSplitter;
 using Texts = std::vector<std::string>;
 
-/// The delivered lines: a leading "+" marks a continued line, a trailing "~" a piece, a trailing "!" the end of the
-/// file.
+/// The delivered pieces of lines. A leading "+" marks a piece that continues a line. A trailing "~" marks a piece after
+/// which the line continues, and a trailing "!" a line that the end of the file cuts.
 class Delivered {
 public:
     LineSplitter splitter{[this](const Line& line) {
@@ -91,7 +91,7 @@ TEST(LineSplitterTest, LongLinesAreDeliveredInPieces) {
             }
             EXPECT_TRUE(endedWell);
             EXPECT_EQ(whole.substr(0, text.size()), text);
-            if (c.size % kMax != 0) {  // otherwise the carriage return may be a separate piece
+            if (c.size % kMax != 0) {  // otherwise the carriage return may be an additional piece
                 EXPECT_EQ(pieces, c.pieces) << c.size << " in blocks of " << block;
             }
         }

@@ -23,7 +23,7 @@ using StressCounts = std::map<StressLineId, unsigned int>;
 class LogWriters {
 public:
     static constexpr unsigned int kThreads = 2;     ///< per process
-    static constexpr unsigned int kWithoutEnd = 0;  ///< number of lines: the threads write until they are killed
+    static constexpr unsigned int kWithoutEnd = 0;  ///< for `lines`: the threads write until they are killed
 
     LogWriters(const std::string& logPath, const TemporaryFolder& folder, long long limitBytes);
 
@@ -60,10 +60,10 @@ private:
 /// The stress line in a line of the log, or nullopt if the line does not contain a complete stress line.
 std::optional<StressLineId> stressLineIn(std::string_view logLine);
 
-/// Counts the stress lines. Any other line fails the test.
+/// Counts the occurrences of each stress line. If another line is found, the test fails.
 StressCounts countStressLines(const std::vector<std::string>& logLines);
 
-/// Splits a text into lines, without line feeds.
+/// Splits a text into lines. The lines do not include the line feeds.
 std::vector<std::string> linesOf(std::string_view text);
 
 }  // namespace test

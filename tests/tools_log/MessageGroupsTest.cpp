@@ -64,7 +64,7 @@ TEST(MessageGroupsTest, TextsAreShortened) {
 TEST(MessageGroupsTest, GroupsAboveTheLimitAreCounted) {
     MessageGroups groups;
     const auto add = [&](std::size_t number) {
-        std::string name;  // numbers would be replaced
+        std::string name;  // letters only, because digits are replaced in the message of a group
         for (; number != 0; number /= 10) {
             name += static_cast<char>('g' + number % 10);
         }
@@ -93,7 +93,7 @@ TEST(MessageGroupsTest, TrailsAreComparedUpToTheLimit) {
     EXPECT_EQ(groups.size(), 2u);
     EXPECT_EQ(groups.sorted().front()->trail.size(), MessageGroups::kMaxTrail);
     groups.add(trailOf(MessageGroups::kMaxTrail + 1, "a"), 0);
-    groups.add(trailOf(MessageGroups::kMaxTrail + 1, "b"), 0);  // differs only beyond the limit
+    groups.add(trailOf(MessageGroups::kMaxTrail + 1, "b"), 0);  // differs from the previous trail only beyond the limit
     EXPECT_EQ(groups.size(), 3u);
 }
 
@@ -105,7 +105,7 @@ TEST(ProcessSetTest, ProcessesBeyondALimitCountOnce) {
     EXPECT_EQ(set.size(), 2u);
     EXPECT_TRUE(set.hasOthers());
     set.add(5, false);   // in the first 64-bit word of the set
-    set.add(64, false);  // in the second
+    set.add(64, false);  // in the second word
     EXPECT_EQ(set.size(), 3u);
     EXPECT_EQ(set.sizeBytes(), 8u);
 }

@@ -69,7 +69,7 @@ TEST(PatternTest, RequiredTexts) {
 }
 
 TEST(PatternTest, InvalidExpressionsAreExplained) {
-    // The invalid part follows the reason, unless this part is the whole expression.
+    // The message names the reason and then the invalid part, unless the invalid part is the whole expression.
     constexpr struct {
         const char* expression;
         const wchar_t* text;

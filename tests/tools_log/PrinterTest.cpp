@@ -116,7 +116,7 @@ TEST(PrinterTest, JsonOfRecords) {
 }
 
 TEST(PrinterTest, JsonContainsInvalidUtf8AsBase64) {
-    // The Base64 text is from another program: printf '\xE9A' | base64
+    // The expected Base64 text is the output of another program: printf '\xE9A' | base64
     EXPECT_EQ(printed(JsonPrinter(), {"\xE9"
                                       "A"}),
               "{\"type\":\"damaged\",\"damage\":\"no header\",\"message\":\"\xEF\xBF\xBD"

@@ -17,7 +17,7 @@ using vorellog::LineEnd;
 using vorellog::Record;
 using vorellog::RecordReader;
 
-/// "damage|text", with a leading period if the record has a header.
+/// Returns "damage|text" for each record, with a leading period if the record has a header.
 std::vector<std::string> shown(const std::vector<Record>& records) {
     std::vector<std::string> texts;
     for (const Record& record : records) {

@@ -93,7 +93,7 @@ TEST(ReportTest, SizeIsBounded) {
     Report report;
     const std::string filler(5000, 'x');
     for (unsigned long process = 1; process <= 3000; ++process) {
-        std::string name;  // numbers would be replaced
+        std::string name;  // letters only, because digits are replaced in the message of a group
         for (unsigned long rest = process; rest != 0; rest /= 10) {
             name += static_cast<char>('g' + rest % 10);
         }

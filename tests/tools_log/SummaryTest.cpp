@@ -212,8 +212,8 @@ TEST(SummaryTest, TimesHaveTheMillisecondsOfTheirLines) {
         const std::string day = "2026-11-16T";
         const std::string span = R"("first":")" + day + c.first + R"(","last":")" + day + c.last + '"';
         EXPECT_THAT(json, HasSubstr(R"("from":")" + day + c.first + R"(","to":")" + day + c.last + '"')) << c.why;
-        EXPECT_EQ(json.find(span), json.find(R"("first":)")) << c.why;    // of the message
-        EXPECT_EQ(json.rfind(span), json.rfind(R"("first":)")) << c.why;  // of the process
+        EXPECT_EQ(json.find(span), json.find(R"("first":)")) << c.why;    // the row of the message
+        EXPECT_EQ(json.rfind(span), json.rfind(R"("first":)")) << c.why;  // the row of the process
     }
 }
 

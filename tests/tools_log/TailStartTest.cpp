@@ -78,6 +78,7 @@ TEST(TailStartTest, GrowsUntilThePartHasEnoughMatches) {
     EXPECT_FALSE(findTailStart(files, settings));
 }
 
+// With --fold, the search reads 1,000 additional entries, because the last trails may begin before other entries.
 TEST(TailStartTest, FoldedTrailsMayBeginBefore) {
     Files files;
     files.bytes = linesOf(20000, "Vorel Error: f: Vorel exception caught");

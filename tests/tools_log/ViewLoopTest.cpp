@@ -46,7 +46,7 @@ private:
 class Files : public LogFiles {
 public:
     bool isBusy = false;
-    unsigned long long index = 0;  ///< identifies the file; 0: missing
+    unsigned long long index = 0;  ///< identifies the log; 0 if the log is missing
     std::string bytes = test::header() + "WARN: a\n";
     unsigned int attempts = 0;  ///< the number of attempts to open the log
 
@@ -65,7 +65,7 @@ public:
 /// A clock that advances only in waits.
 class Clock : public Environment {
 public:
-    std::function<bool(LocalMs now)> isTimeToStop = [](LocalMs) { return false; };  ///< asked after each wait
+    std::function<bool(LocalMs now)> isTimeToStop = [](LocalMs) { return false; };  ///< called after each wait
     std::vector<std::wstring> reports;
 
     LocalMs nowMs() override { return m_now; }

@@ -126,7 +126,7 @@ TEST(ViewerTest, ContextOfTheLastEntryOfMaxCount) {
     settings.filter.texts = {"hit"};
     Viewing viewing(settings);
     viewing.viewer.bytes(header() + "hit 1\n" + header() + "a\n" + header() + "b\n");
-    EXPECT_FALSE(viewing.viewer.hasEnough());  // the record after "a" is not complete
+    EXPECT_FALSE(viewing.viewer.hasEnough());  // "b" is not shown yet, because a line of its record may follow
     viewing.viewer.bytes(header() + "c\n" + header() + "d\n");
     EXPECT_TRUE(viewing.viewer.hasEnough());
     viewing.viewer.finish();
@@ -186,12 +186,12 @@ TEST(ViewerTest, FollowedSummaryIsDrawnOnAConsole) {
     viewer.showPending(5000);
     EXPECT_EQ(written, "\x1B[H\x1B[2J\x1B[3J1 record of 1 process at 2026-11-16 01:43:08\n\n");
     written.clear();
-    viewer.showPending(5999);  // too early
+    viewer.showPending(5999);  // too early for another drawing
     EXPECT_EQ(written, "");
     viewer.showPending(6000);
     EXPECT_THAT(written, ::testing::HasSubstr("2 records"));
     written.clear();
-    viewer.showPending(9000);  // nothing new
+    viewer.showPending(9000);  // no record was added since the last drawing
     EXPECT_EQ(written, "");
     viewer.finish();
     EXPECT_THAT(written, ::testing::StartsWith("2 records"));
@@ -255,7 +255,7 @@ TEST(ViewerTest, NoMatchingRecord) {
     viewing.viewer.finish();
     EXPECT_EQ(viewing.take(), "");
     EXPECT_FALSE(viewing.viewer.hasFound());
-    EXPECT_EQ(viewing.viewer.undecided(), 0u);  // the filter checked the text of the record
+    EXPECT_EQ(viewing.viewer.undecided(), 0u);  // the filter does not need the header that "garbage" lacks
 }
 
 }  // namespace
