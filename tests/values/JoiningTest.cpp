@@ -114,7 +114,7 @@ TEST(Joining, SplittingRestoresTheItems) {
             // The item is joined unchanged, so splitting removes its quotes if they are well-formed.
             wanted = test::splitAtAnyOf(items[0], std::wstring(L","), false);
         } else if (!wanted.empty() && wanted.back().empty()) {
-            wanted.pop_back();  // an empty item at the end is not restored, because only its delimiter is written
+            wanted.pop_back();  // the splitter does not restore an empty item at the end
         }
         ASSERT_EQ(textsOf(again), wanted);
     });

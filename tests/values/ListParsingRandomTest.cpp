@@ -1,5 +1,5 @@
 // Parses random lists, narrow and wide, with every list parser. The return values and the parsed values must be equal
-// to the values of the reference. Doubles are compared bit by bit.
+// to the results of the reference. Doubles are compared bit by bit.
 
 #include <string>
 #include <vector>
@@ -22,8 +22,8 @@ namespace util = vorel::util;
 
 constexpr int kTexts = 40000;
 
-/// Creates lists of words from one of the alphabets, separated by white space and commas. Some words are near the
-/// maximum length or longer.
+/// Creates lists whose words consist of characters of one of the alphabets. White space and commas separate the words.
+/// The lengths of some words are near the maximum length, below and above it.
 struct WordsFrom {
     std::vector<std::string_view> alphabets;
 

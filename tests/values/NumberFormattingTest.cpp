@@ -319,9 +319,10 @@ TEST(NumberFormatting, NothingIsWrittenForSizeZero) {
     EXPECT_STREQ(wideBuffer, L"ab");
 }
 
-/// Calls `write(buffer, size)`, which writes the text `whole`, with narrow and wide buffers of every size from `least` to
-/// 80. `write` must not change the units after the terminator of the text, with one exception. It must set the last unit
-/// of a narrow buffer to zero if `endsNarrow` is true, and the last unit of a wide buffer if `endsWide` is true.
+/// Calls `write(buffer, size)`, which writes the text `whole`, with narrow and wide buffers of every size from `least`
+/// to
+/// 80. `write` must not change the units after the terminator of the text, with one exception. It must set the last
+/// unit of a narrow buffer to zero if `endsNarrow` is true, and the last unit of a wide buffer if `endsWide` is true.
 template <class Write>
 void expectOnlyTheText(const std::string& whole, bool endsNarrow, bool endsWide, unsigned int least, Write&& write) {
     const auto expectOnly = [&](auto& buffer, bool ends) {
