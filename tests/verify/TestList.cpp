@@ -13,7 +13,7 @@ namespace {
 
 constexpr unsigned int kMsPerSecond = 1000;
 
-/// The fields of a line are: name, program, "gtest" or "plain", "alone" or "parallel", limit in seconds, arguments.
+/// Parses a line with the fields name, program, "gtest" or "plain", "alone" or "parallel", limit in seconds, arguments.
 Test parseLine(const std::string& line) {
     std::vector<std::string> fields;
     for (std::size_t begin = 0; begin <= line.size();) {

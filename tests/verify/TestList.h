@@ -12,7 +12,7 @@ namespace verify {
 struct Test {
     std::string name;      ///< "core.ArrayTest"; the part before the first period is the name of the suite
     std::string program;   ///< the file name of the program
-    bool isGoogleTest;     ///< whether the program writes its results to an XML file; if not, the exit code is the result
+    bool isGoogleTest;     ///< whether the program writes its results to a file; if not, its exit code is the result
     bool runsAlone;        ///< whether no other test may run at the same time
     unsigned int limitMs;  ///< a program that runs longer has failed
     std::string arguments;

@@ -1,6 +1,6 @@
-"""Unpacks the archive of the tests into a folder whose name contains a space and a non-ASCII letter, and runs verify.cmd
-twice in a new Wine prefix. In the first run, no case may fail. Before the second run, the script replaces the list of
-tests with tests that fail in different ways, and verify.cmd must report each failure.
+"""Unpacks the archive of the tests into a folder whose name contains a space and a non-ASCII letter, and runs
+verify.cmd twice in a new Wine prefix. In the first run, no case may fail. Before the second run, the script replaces
+the list of tests with tests that fail in different ways, and verify.cmd must report each failure.
 
     check_archive.py <archive> <work folder> [suite]...
 

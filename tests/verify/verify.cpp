@@ -4,8 +4,8 @@
 ///     verify.exe [suite]...
 ///
 /// The test programs are in the folder of verify.exe, and `tests.txt` in this folder lists their command lines. The
-/// results are the XML files of the GoogleTest programs, and summary.html. They are written below the folder `results` of
-/// the archive, or below the folder for temporary files if the archive is not writable. The exit code is 0 if cases
+/// results are the XML files of the GoogleTest programs, and summary.html. They are written below the folder `results`
+/// of the archive, or below the folder for temporary files if the archive is not writable. The exit code is 0 if cases
 /// passed and none failed, 2 if the tests could not be run, and otherwise 1.
 
 #include <algorithm>
