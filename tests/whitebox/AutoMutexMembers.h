@@ -40,7 +40,7 @@ template struct Reveal<LockingThreadId, &AutoMutex::m_lockingThreadId>;
 template struct Reveal<Flag, &AutoMutex::m_flag>;
 template struct Reveal<UseFcntlTimeout, &AutoMutex::m_useFcntlTimeout>;
 
-/// Calls a private member.
+/// Calls a private member function.
 template <class Tag, class... Arguments>
 decltype(auto) call(AutoMutex& mutex, Arguments... arguments) {
     return (mutex.*reveal(Tag()))(arguments...);

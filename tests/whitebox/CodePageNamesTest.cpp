@@ -158,7 +158,7 @@ TEST(CodePageNames, AreReadUnderTheLock) {
     state.codePageNames.clear();
 }
 
-/// Converts `text` by a direct call of the system.
+/// Converts `text` with a direct call of the system's function.
 std::wstring directly(UINT page, const std::string& text) {
     wchar_t out[256];
     const int units =

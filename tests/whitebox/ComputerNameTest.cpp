@@ -29,7 +29,7 @@ FakeSystem& fakeSystem() {
     return theOne;
 }
 
-/// Behaves like the system: if the name does not fit, it fails and returns the required size.
+/// Behaves like the system: if the name does not fit, the function fails and stores the required size.
 BOOL WINAPI giveFakeName(COMPUTER_NAME_FORMAT format, LPSTR buffer, LPDWORD size) {
     ++fakeSystem().asked;
     if (format != ComputerNamePhysicalDnsHostname || *size != 16) {

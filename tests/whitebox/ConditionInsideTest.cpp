@@ -256,7 +256,7 @@ TEST(NamedConditionInside, TriesElevenTimesAtIntervalsOfFiftyMilliseconds) {
     EXPECT_EQ(sleepsMs, std::vector<DWORD>(10, 50));
 }
 
-/// Destroys an `X` whose event cannot be closed, because CloseHandle throws: first without another exception, then
+/// Destroys an `X` while CloseHandle throws an exception after closing the event: first without another exception, then
 /// while another exception unwinds the stack.
 template <class X, class... Arguments>
 void expectDestructorRules(const std::wstring& name, Arguments&&... arguments) {

@@ -1,5 +1,5 @@
 /// \file
-/// The set of debug targets: its lock, its order and its lookups, and the flag that is set by the first active target.
+/// The set of debug targets: its lock, its order and its lookups, and the flag that the first active target sets.
 /// While the flag is clear, no target is looked up.
 
 #include "exceptions/DebugTargets.h"

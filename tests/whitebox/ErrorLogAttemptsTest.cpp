@@ -25,7 +25,7 @@ using test::TemporaryLog;
 using Texts = std::vector<std::string>;
 using vorel::Exception;
 
-/// The system calls of the log since the test started, the number of lock calls that fail, and an action that runs
+/// The system calls of the log since the test started, the number of lock calls that must fail, and an action that runs
 /// during each sleep.
 struct Record {
     std::vector<DWORD> sleepsMs;
@@ -135,7 +135,7 @@ TEST_F(ErrorLogAttempts, StopIfTheFileCannotBeOpened) {
 
 TEST_F(ErrorLogAttempts, AreNotRepeatedForTheSizeCheck) {
     Exception::SetErrorLogSize(1000);
-    record().locksToFail = 1;  // the lock of the size check
+    record().locksToFail = 1;  // the lock for the size check
     const test::ImportPatch locks(importedLockFileEx, &failLocks);
     Exception::warn("text");
     EXPECT_TRUE(record().sleepsMs.empty());

@@ -69,7 +69,7 @@ TYPED_TEST_SUITE(Format, test::CharacterTypes, test::CharacterNames);
 // ---- Strings without a buffer ---------------------------------------------------------------------------------------
 
 // To measure the length of a text, the library prints the text to the null device. Opening this device takes twenty
-// times as long as rendering, so the length of a short text is not measured first.
+// times as long as rendering, so only texts of more than 512 units are measured.
 TYPED_TEST(Format, FirstTextOfAString_IsMeasuredFromMoreThan512UnitsOn) {
     int closed = 0;
     const test::ImportHook<importedFclose> hook([&](std::FILE* stream) {
@@ -289,6 +289,7 @@ TYPED_TEST(Format, MessageText_ThatChangesAfterMeasuringIsRenderedIfItStillFits)
             }
             return print.original(options, buffer, size, format, locale, args);
         });
+        // The library itself renders "%s". Because of the flag '-', it calls the hooked function.
         MessageText<TypeParam> message;
         message.renderf(this->text("%-s").c_str(), argument.c_str());
         EXPECT_FALSE(message.truncated());
