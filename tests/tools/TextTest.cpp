@@ -50,7 +50,7 @@ TEST(TextTest, FromUtf8_FailsForBytesThatCannotStartASequence) {
 }
 
 TEST(TextTest, FromUtf8_DoesNotReadPastTheEnd) {
-    // The missing trailing byte of the truncated sequence counts as zero.
+    // The result is as if the missing trailing byte of the truncated sequence were zero.
     EXPECT_EQ(tools::fromUtf8(std::string_view("a\xC3\xA9").substr(0, 2)), L"a\u00C0");
 }
 

@@ -9,8 +9,8 @@ namespace {
 using tools::isUtf8;
 using tools::utf8SequenceSize;
 
-/// The sequence of `size` bytes for a code point, by the definition of UTF-8. Overlong if `size` is larger than
-/// necessary.
+/// The sequence of `size` bytes for a code point, by the definition of UTF-8. The sequence is overlong if `size` is
+/// larger than necessary.
 std::string encoded(unsigned int codePoint, unsigned int size) {
     constexpr unsigned int kLeads[] = {0, 0x00, 0xC0, 0xE0, 0xF0};
     std::string bytes(size, '\0');
