@@ -325,8 +325,8 @@ TEST_F(FollowerTest, OpenFailureIsReported) {
 }
 
 /// Writers that act before each step of the reader. They write whole lines, lines in two parts, and late lines, which
-/// are lines that reach the file after it became the backup. They also rotate the log. They rotate only after the
-/// backup has been read, because deleted lines that were not read are lost.
+/// are lines that are written to the file after the file became the backup. They also rotate the log, but only after
+/// the backup has been read, because a rotation deletes the backup.
 class Writers {
 public:
     Writers(MemoryFiles& files, unsigned int seed) : m_files(files), m_random(seed) {}

@@ -62,7 +62,7 @@ public:
     }
 };
 
-/// A clock that advances only in waits.
+/// A clock that advances only in waits, and the reports of the loop.
 class Clock : public Environment {
 public:
     std::function<bool(LocalMs now)> isTimeToStop = [](LocalMs) { return false; };  ///< called after each wait
