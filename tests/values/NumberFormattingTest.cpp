@@ -320,8 +320,7 @@ TEST(NumberFormatting, NothingIsWrittenForSizeZero) {
 }
 
 /// Calls `write(buffer, size)`, which writes the text `whole`, with narrow and wide buffers of every size from `least`
-/// to
-/// 80. `write` must not change the units after the terminator of the text, with one exception. It must set the last
+/// to 80. `write` must not change the units after the terminator of the text, with one exception. It must set the last
 /// unit of a narrow buffer to zero if `endsNarrow` is true, and the last unit of a wide buffer if `endsWide` is true.
 template <class Write>
 void expectOnlyTheText(const std::string& whole, bool endsNarrow, bool endsWide, unsigned int least, Write&& write) {
@@ -347,7 +346,7 @@ TEST(NumberFormatting, NothingIsWrittenAfterTheTerminator) {
                           [=](auto* buffer, unsigned int size) { util::Int64ToStr(value, buffer, size); });
     }
     std::string digits;
-    for (const char digit : std::string("12345678901234567890")) {  // numbers of every length
+    for (const char digit : std::string("12345678901234567890")) {  // creates a number of each length
         digits += digit;
         const unsigned long long value = std::stoull(digits);
         expectOnlyTheText(digits, true, true, 1,

@@ -171,12 +171,12 @@ TYPED_TEST(NumberParsingDouble, ExponentsWrapAroundAt32Bits) {
         {"1e4294967296", 1.0, 12},
         {"1e4294967298", 100.0, 12},
         {"1e-4294967298", 1.0 / 100.0, 13},
-        {"1e4294967294", 1.0 / 100.0, 12},  // wraps to -2
+        {"1e4294967294", 1.0 / 100.0, 12},  // the exponent wraps to -2
         {"1e-4294967294", 100.0, 13},
         {"1e18446744073709551618", 100.0, 22},
-        {"1e2147483648", 0.0, 12},          // wraps to the smallest int
+        {"1e2147483648", 0.0, 12},          // the exponent wraps to the smallest int
         {"1e-2147483648", 0.0, 13},         // negating the smallest int gives the same value
-        {"1.5e2147483648", kInfinite, 14},  // subtracting one for the fraction wraps to the largest int
+        {"1.5e2147483648", kInfinite, 14},  // subtracting 1 for the digit of the fraction gives the largest int
         {"1.5e-2147483648", kInfinite, 15},
         {"1.5e4294967297", 15.0, 14},
     });
