@@ -12,7 +12,7 @@ enum class Outcome { Passed, Failed, Skipped };
 
 /// The result of a case. The texts are escaped, so they can be written into an XML or HTML file.
 struct CaseResult {
-    std::string name;  ///< "Array.GrowsByHalf"
+    std::string name;  ///< such as "Array.GrowsByHalf"
     Outcome outcome;
     std::string message;  ///< the text of the failures, or the reason why the case was skipped
 };

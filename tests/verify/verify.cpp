@@ -62,8 +62,9 @@ std::wstring variable(const wchar_t* name) {
     return value ? value : L"";
 }
 
-/// Returns the path of the folder of the test programs. Some of them start themselves again by their narrow path. So if
-/// the path has no narrow form, the function returns the short form of the path, which often has a narrow form.
+/// Returns the path of the folder of the test programs. Some of these programs start themselves again by their
+/// narrow path. So if the path has no narrow form, the function returns the short form of the path, which often has a
+/// narrow form.
 fs::path programFolder() {
     std::wstring folder = test::programFolder();
     if (!isNarrow(folder)) {
@@ -105,7 +106,7 @@ private:
     fs::path m_path;
 };
 
-/// An empty folder for the results of this kind of user.
+/// Creates an empty folder for the results of the kind of user that `user` names.
 fs::path resultFolder(const fs::path& archive, const fs::path& temporary, const wchar_t* user) {
     std::error_code error;
     for (const fs::path& parent : {archive / L"results", temporary / L"vorelCore results"}) {
