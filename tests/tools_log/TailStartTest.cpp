@@ -78,7 +78,8 @@ TEST(TailStartTest, GrowsUntilThePartHasEnoughMatches) {
     EXPECT_FALSE(findTailStart(files, settings));
 }
 
-// With --fold, the search reads 1,000 additional entries, because the last trails may begin before other entries.
+// With --fold, the part must contain 1,000 additional entries. Trails that begin before the part are incomplete, and
+// the additional entries keep these trails out of the shown entries.
 TEST(TailStartTest, FoldedTrailsMayBeginBefore) {
     Files files;
     files.bytes = linesOf(20000, "Vorel Error: f: Vorel exception caught");

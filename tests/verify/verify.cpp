@@ -62,9 +62,9 @@ std::wstring variable(const wchar_t* name) {
     return value ? value : L"";
 }
 
-/// Returns the path of the folder of the test programs. Some of these programs start themselves again by their
-/// narrow path. So if the path has no narrow form, the function returns the short form of the path, which often has a
-/// narrow form.
+/// Returns the path of the folder of the test programs. Some of these programs start themselves again by their narrow
+/// path. So if the path has no narrow form, the function returns the short form of the path, which often has a narrow
+/// form.
 fs::path programFolder() {
     std::wstring folder = test::programFolder();
     if (!isNarrow(folder)) {
