@@ -68,7 +68,7 @@ protected:
     BOOL checkSucceeds = TRUE;
     BOOL accessGranted = TRUE;
     HANDLE callersToken = nullptr;  // the thread's token before the call; null without impersonation
-    int failingOpens = 0;           // number of attempts to open the caller's token that fail; later attempts succeed
+    int failingOpens = 0;           // number of failing attempts to open the caller's token; later attempts succeed
     bool queryFails = false;        // whether opening the thread's token for queries fails
     // The calls in their order. "keep" opens the caller's token. The 8 in "thread8" and "process8" is TOKEN_QUERY, the
     // access with which the token is opened.
@@ -99,7 +99,7 @@ private:
         }
     }
 
-    /// Opens the caller's token. Like the system, fails if the thread does not impersonate.
+    /// Opens the caller's token. Like the system, the function fails if the thread does not impersonate.
     BOOL keepToken(BOOL asSelf, PHANDLE token) {
         trace += asSelf ? "keep " : "keepasclient ";
         const bool fails = m_keeps++ < failingOpens;

@@ -1,5 +1,5 @@
 /// \file
-/// The last error after a handle is closed by a system call that changes the last error.
+/// The last error after `KernelHandle::close()`, if the system call changes the last error or fails.
 
 #include "vorel/core/KernelHandle.h"
 

@@ -1,7 +1,7 @@
 /// \file
-/// Logging by a global object that is created before the global objects of the library, and destroyed after them. In
-/// its constructor, the first call creates the library's state. In its destructor, the state no longer exists. Only a
-/// program that links the static library can have such an object.
+/// Logging by a global object that is created before the global objects of the library, and destroyed after them. The
+/// first call in the object's constructor creates the library's state. In the object's destructor, the state no longer
+/// exists. Only a program that links the static library can have such an object.
 
 #include <cstring>
 #include <string>

@@ -1,5 +1,5 @@
 /// \file
-/// The security identifiers and the blocks of `LocalAlloc` that are allocated to create secured objects.
+/// Tracks the security identifiers and the blocks of `LocalAlloc` that the library allocates to create secured objects.
 #pragma once
 
 #include <set>
@@ -12,7 +12,8 @@
 
 namespace test {
 
-/// While an object exists, tracks security identifiers and blocks from their allocation until they are freed.
+/// While an object of this class exists, tracks security identifiers and blocks from their allocation until they are
+/// freed.
 class LiveBlocks {
 public:
     LiveBlocks() = default;
@@ -48,7 +49,7 @@ private:
         return block;
     }};
     ImportHook<importedLocalFree> m_free{[this](HLOCAL block) {
-        m_blocks.erase(block);  // `block` may also be a text of FormatMessage, which is not tracked
+        m_blocks.erase(block);  // does nothing for a text that FormatMessage allocated, which is not tracked
         return m_free.original(block);
     }};
 

@@ -11,13 +11,13 @@
 
 namespace test {
 
-/// The number of open handles that the system reports, or 0 if it does not count them.
+/// The number of open handles of the process that the system reports, or 0 if the system reports no number.
 inline DWORD reportedHandles() {
     DWORD count = 0;
     return GetProcessHandleCount(GetCurrentProcess(), &count) ? count : 0;
 }
 
-/// Tracks the handles that hooked calls return, until they are closed.
+/// Tracks the handles that the hooked system calls return, until the handles are closed.
 class LiveHandles {
 public:
     [[nodiscard]] std::size_t live() const { return m_live.size(); }

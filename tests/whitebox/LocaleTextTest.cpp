@@ -74,7 +74,8 @@ TEST(LocaleText, UnconvertibleTextBecomesTheTextOfTheFailure) {
     EXPECT_EQ(narrowed(L"convertible until here\x0100"), "Error in text conversion");
 }
 
-// The text becomes longer after it was measured. The buffer has space for the measured length only.
+// The hooks make the source longer after the library has measured its length. The library's buffer has space for the
+// measured length only.
 TEST(LocaleText, TextThatGrowsWhileItIsConvertedIsCut) {
     const LocaleSet locale("C");
     {
@@ -97,7 +98,7 @@ TEST(LocaleText, TextThatGrowsWhileItIsConvertedIsCut) {
             return convert.original(to, from, capacity);
         });
         wcs2mbs(source, target);
-        EXPECT_EQ(target.view(), std::string(12, '\xE4'));  // up to four bytes per measured unit
+        EXPECT_EQ(target.view(), std::string(12, '\xE4'));  // the buffer has four bytes for each measured unit
     }
 }
 

@@ -140,7 +140,7 @@ const Cycle kCycles[] = {
     {"NamedCondition_OfAnother", newEvent, useNamedCondition, true},
     // The next cycle starts a thread in each round, which is slow.
     {"AutoMutex_AbandonedByAThread", nothing, abandonMutex, true, kRounds / 10},
-    // The next two cycles make eleven attempts in each round.
+    // In each round of the next two cycles, the library makes eleven attempts to create or open the object.
     {"AutoMutex_OfATakenName", newEvent, useMutex, false, kRounds / 11},
     {"NamedCondition_OfATakenName", newMutex, useNamedCondition, false, kRounds / 11},
 };
@@ -149,7 +149,7 @@ class LockLeaks : public testing::TestWithParam<Cycle> {
 protected:
     LockLeaks() { Exception::SetErrorLogSize(0); }
 
-    const test::TemporaryLog m_log;  // restores the size limit
+    const test::TemporaryLog m_log;  // its destructor restores the size limit of the log
     const std::wstring m_name = test::NamedEvent::uniqueName(L"leaks");
 };
 
@@ -158,8 +158,8 @@ TEST_P(LockLeaks, ManyRoundsLeaveNoHandle) {
     {
         const Handle prepared(cycle.prepare(m_name));
         const test::ImportPatch sleep(
-            importedSleep, +[](DWORD) WINAPI {});  // the wait between attempts
-        (void)cycle.run(m_name);                   // the system may keep handles after the first call
+            importedSleep, +[](DWORD) WINAPI {});  // the library waits between attempts
+        (void)cycle.run(m_name);                   // in the first round, the system may open handles and keep them
         const DWORD reported = test::reportedHandles();
         const test::LiveHandles handles;
         const test::LiveBlocks blocks;

@@ -220,7 +220,7 @@ TYPED_TEST(PlainFormat, LeavesMissingFormatsAndBuffersToTheRuntime) {
     EXPECT_EQ(renderPlainFormat(noBuffer, 4, this->text("a").c_str(), arguments.list()), -1);
 }
 
-// The runtime converts text that is not ASCII by the locale.
+// The runtime uses the locale to convert text that is not ASCII.
 TEST(PlainFormatOfNarrowText, LeavesWideTextToTheRuntimeUnlessItIsAscii) {
     for (const wchar_t* const text : {L"\x80", L"a\xE4", L"\x4E00", L"exactly 16 units\xFF"}) {
         ArgumentList<char> arguments({text});

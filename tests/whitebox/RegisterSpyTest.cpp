@@ -38,8 +38,8 @@ TEST(RegisterSpy, WaitsForTheLockWhileThreadSafetyIsOn) {
 TEST(RegisterSpy, DoesNotLockWhileThreadSafetyIsOff) {
     Spy spy;
     vorel::AutoCriticalSection& lock = *spyLock.get();
-    // `expectPasses` acquires and releases `lock`, and thread safety must be on both times. So it is off only during
-    // the action.
+    // `expectPasses` acquires and releases `lock`, and thread safety must be on both times. So thread safety is off
+    // only during the action.
     test::expectPasses(lock, [&] {
         EnableThreadSafety(false);
         AllocBase::registerSpy(&spy);

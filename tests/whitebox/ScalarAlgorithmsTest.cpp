@@ -128,7 +128,7 @@ TEST_F(ScalarAlgorithms, Utf8ToWide) {
     test::PageEdge<char> edge(std::size_t{4} * 4096);
     for (int count = 0; count < 20000; ++count) {
         const std::string text = utf8Text(random);
-        // The codec reads all bytes that a lead byte requires, even after the terminator.
+        // The codec reads all bytes that a lead byte requires, even if some of them are after the terminator.
         const char* const start = placed(edge, text + std::string(5, '\0'), random);
         const int length = random.oneIn(2) ? -1 : static_cast<int>(random.below(text.size() + 1));
         const auto capacity = static_cast<unsigned int>(random.below(600));
@@ -232,7 +232,7 @@ void decodeBase64BothWays(void (*expect)(const std::function<std::pair<std::vect
             try {
                 result = util::Base64::Decode(start, bytes);
             } catch (const Exception&) {
-                // Thrown for a unit above 255. The characters before this unit are decoded.
+                // Thrown for a unit above 255. The characters before this unit have been decoded.
             }
             return std::pair(test::valuesOf(bytes), result);
         });

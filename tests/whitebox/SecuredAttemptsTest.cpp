@@ -1,5 +1,6 @@
 /// \file
-/// How mutexes and events are created, opened and retried: the order of the system calls and their arguments.
+/// How mutexes and events are created or opened, and how failed attempts are repeated: the order of the system calls
+/// and their arguments.
 
 #include <climits>
 #include <string>
@@ -71,7 +72,7 @@ struct Script {
     int openedIn = kNever;
 };
 
-/// A system that follows a script and records its calls.
+/// Simulates a system whose calls succeed as the script says, and records the calls.
 template <class Case>
 class ObtainingObject : public testing::Test {
 protected:

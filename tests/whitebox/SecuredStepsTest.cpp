@@ -64,7 +64,7 @@ protected:
     int m_objectCalls = 0;
 
 private:
-    /// The hook of every call that creates or opens an object: it counts the call and makes it fail.
+    /// The hook of every call that creates or opens an object. The hook counts the call and fails.
     struct CountCall {
         HANDLE operator()(auto...) const {
             ++calls;

@@ -198,7 +198,7 @@ TEST(SystemClock, ExceptionsAreRecordedWithTheNameOfTheClock) {
     };
     for (const Clock& clock : clocks) {
         {
-            bool isBroken = true;  // only once, because the message is logged, and the log also reads the clock
+            bool isBroken = true;  // fails only once, because the message is logged, and the log also reads the clock
             const test::ImportHook<importedGetSystemTimeAsFileTime> broken([&](FILETIME* time) {
                 if (std::exchange(isBroken, false)) {
                     throw vorel::Exception(L"broken");

@@ -1,5 +1,5 @@
 /// \file
-/// The table of silenced threads: when its lock is taken, and when threads are removed.
+/// The table of silenced threads: when its lock is acquired, and when threads are removed from the table.
 
 #include <string>
 #include <thread>
