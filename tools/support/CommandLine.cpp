@@ -132,7 +132,7 @@ private:
         std::size_t least = std::min(kMaxEdits, (name.size() + 1) / 2) + 1;
         const auto consider = [&](const Option& option) {
             const std::size_t edits = editDistance(name, option.name);
-            // A prefix of a name counts like one misspelled character.
+            // If the user typed only the beginning of a name, the missing rest counts as one edit.
             const std::size_t cost = name.size() > 1 && option.name.starts_with(name) ? 1 : edits;
             if (cost < least) {
                 least = cost;

@@ -1,5 +1,5 @@
 /// \file
-/// Parses command lines. One table describes the options and generates the help text.
+/// Parses command lines. The parser and the help text use the same table of options.
 ///
 ///     constexpr Option kOptions[] = {{L"decode", L'd', {}, L"text to bytes"},
 ///                                    {L"output", L'o', L"file", L"write to this file"}};

@@ -24,11 +24,12 @@ unsigned int consoleRows(Stream stream) noexcept;
 bool enableEscapeSequences(Stream stream) noexcept;
 
 /// Writes text to standard output.
-/// \throws OutputClosed if the reader is gone; Failure if the output cannot be written.
+/// \throws OutputClosed if the reader has closed the pipe; Failure if the output cannot be written.
 void writeOutput(std::wstring_view text);
 
-/// Writes UTF-8 to standard output. If the output is a console, `text` should not end within a sequence. If the text is
-/// not valid UTF-8, its bytes are written to the console unchanged, and the console interprets them in its code page.
+/// Writes UTF-8 to standard output. If the output is a console, `text` should not end within a character. If the text
+/// is not valid UTF-8, its bytes are written to the console unchanged, and the console interprets them in its code
+/// page.
 void writeOutput(std::string_view text);
 
 /// Writes text to the error stream and ignores failures.
@@ -38,7 +39,7 @@ void writeError(std::wstring_view text) noexcept;
 void* streamHandle(Stream stream) noexcept;
 
 /// Writes all `size` bytes to a handle. Failure texts contain `name`.
-/// \throws OutputClosed if the reader of a pipe is gone; Failure if the handle cannot be written.
+/// \throws OutputClosed if the handle is a pipe whose reader has closed it; Failure if the bytes cannot be written.
 void writeBytes(void* handle, const char* bytes, std::size_t size, std::wstring_view name);
 
 }  // namespace tools

@@ -32,8 +32,8 @@ std::wstring_view nameOf(const Guide& guide, const Syntax& command) {
 
 // ---- Manual page ----------------------------------------------------------------------------------------------------
 
-/// Escapes the characters that the formatter would interpret: backslashes, hyphens, and a period or an apostrophe at
-/// the start of a line.
+/// Escapes the characters that the formatter of manual pages would interpret: backslashes, hyphens, and a period or an
+/// apostrophe at the start of a line.
 std::wstring roff(std::wstring_view text) {
     std::wstring out;
     bool begins = true;
@@ -70,7 +70,7 @@ void appendOptions(std::wstring& out, const Syntax& command) {
     }
 }
 
-/// Texts keep their line breaks, because they contain tables.
+/// Appends a text without changing its line breaks, because the text may contain tables.
 void appendText(std::wstring& out, std::wstring_view text) {
     if (!text.empty()) {
         out += L".nf\n" + roff(text) + L"\n.fi\n";
@@ -103,7 +103,7 @@ std::wstring longNames(const Syntax& command) {
     return out;
 }
 
-/// The part of the function that completes the values, options and files of one command.
+/// The part of the bash function that completes the values, options and files of one command.
 std::wstring bashCommand(const Syntax& command, const std::wstring& indent) {
     const std::wstring files = spellings(command, L"|", [](const Option& each) { return each.value == kFileValue; });
     const std::wstring values =
@@ -153,7 +153,7 @@ std::wstring bashScript(const Guide& guide) {
            program + L" " + program + L" " + program + L".exe\n";
 }
 
-/// A text in single quotes.
+/// A string literal of PowerShell: the text in single quotes. Single quotes within the text are doubled.
 std::wstring powerShellText(std::wstring_view text) {
     std::wstring out = L"'";
     for (const wchar_t c : text) {

@@ -27,8 +27,8 @@ public:
     [[nodiscard]] HANDLE get() const noexcept { return m_handle; }
     explicit operator bool() const noexcept { return m_handle != nullptr; }
 
-    /// Closes the handle, if there is one. Returns false if the system reports a failure; the last error of the thread
-    /// is then its code. The object owns nothing afterwards.
+    /// Closes the handle, if there is one. Returns false if the system reports a failure. The last error of the thread
+    /// is then the code of the failure. In both cases, the object owns nothing afterwards.
     bool close() noexcept { return !m_handle || CloseHandle(std::exchange(m_handle, nullptr)); }
 
 private:

@@ -48,7 +48,7 @@ private:
     std::wstring m_command;
 };
 
-/// The reader closed the output. This is not reported.
+/// Thrown if the reader of the output has closed the output. run() does not report this exception.
 class OutputClosed : public std::exception {};
 
 /// Creates a system failure: "name: cannot be opened: File not found. (error 2)". Without `code`, the last error of the
