@@ -102,8 +102,9 @@ public:
                vorel::util::iconv_to_wc(m_converter, text.data(), text.size(), units.data(), count) == count;
     }
 
-    /// The length of the longest prefix of `text` that can be read and has at most `maxUnits` units. A prefix that ends
-    /// within a character cannot be read, even if a longer prefix can. So several adjacent lengths are tried.
+    /// The length of the longest prefix of `text` that can be read and is converted to at most `maxUnits` units. A
+    /// prefix that ends within a character cannot be read, even if a longer prefix can. So several adjacent lengths are
+    /// tried.
     [[nodiscard]] std::size_t readableBeginning(std::string_view text, std::size_t maxUnits) const {
         constexpr std::size_t kNeighbours = 8;
         std::size_t good = 0;
@@ -182,8 +183,8 @@ private:
         throw BadInput{good, L"expected text in code page " + codePage + L", found " + quoted(text[good])};
     }
 
-    /// The system replaces characters that the code page lacks, often by similar characters. So the result is converted
-    /// back and compared.
+    /// The system replaces characters that the code page lacks, often by similar characters. So the output is converted
+    /// back to wide text, which is compared with the input.
     void checkNothingIsLost(std::string_view text) {
         std::wstring again;
         if (!m_check.read(m_bytes, again)) {
@@ -226,8 +227,8 @@ CodePages& installedCodePages() {
     return codePages;
 }
 
-/// The system calls this function for each code page, with its number as text, but passes no pointer of the caller. So
-/// the result is a static object.
+/// The system calls this function for each code page, with the number of the code page as text. The system does not
+/// pass a pointer of the caller to the function, so the result is stored in a static object.
 BOOL CALLBACK addCodePage(wchar_t* number) {
     installedCodePages()[static_cast<std::uint16_t>(vorel::util::stringToInt(number, nullptr))] = true;
     return TRUE;

@@ -13,7 +13,7 @@ struct Command {
     int (*run)(const tools::Arguments& arguments);
 };
 
-/// \name The commands. Each is in the file with its name; sort, compare and version are in CompareCommands.cpp
+/// \name The commands. Each command is in the file with its name; sort, compare and version are in CompareCommands.cpp
 /// \{
 const Command& base64Command();
 const Command& daylightCommand();

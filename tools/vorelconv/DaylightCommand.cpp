@@ -15,8 +15,8 @@ using WideString = vorel::BaseString<wchar_t>;
 constexpr std::size_t kGroupBytes = 3;
 constexpr std::size_t kGroupCharacters = 4;
 
-/// The library ends each encoded text with a character for the number of bytes in the last group. This filter drops the
-/// character for every block except the last.
+/// The library ends each encoded text with a character for the number of bytes in the last group. The filter removes
+/// this character from the result of every block except the last block.
 class DaylightEncoder final : public Filter {
 public:
     std::size_t convert(std::string_view block, bool last, std::string& result) override {
@@ -55,8 +55,8 @@ public:
             decode(text, result);
             return block.size();
         }
-        // The last character gives the number of bytes in the group before it. The last five characters of the block
-        // may be this group and this character, so they are not decoded before the next block arrives.
+        // The last character of the input gives the number of bytes in the last group. The last five characters of the
+        // block may be the last group and the last character of the input, so they are decoded with the next block.
         const std::size_t held = kGroupCharacters + 1;
         const std::size_t whole = text.size() < held ? 0 : (text.size() - held) / kGroupCharacters * kGroupCharacters;
         if (whole != 0) {

@@ -114,7 +114,7 @@ void runFilter(const tools::Arguments& arguments, Filter& filter) {
     } catch (const tools::Failure& failure) {
         throw tools::Failure(failure.text() + output.abandon());
     } catch (const tools::OutputClosed&) {
-        (void)output.abandon();  // the reader is gone, so nothing can be reported
+        (void)output.abandon();  // without a message, because OutputClosed is not reported
         throw;
     }
 }

@@ -10,7 +10,8 @@
 
 namespace conv {
 
-/// Thrown by a filter for invalid input. `index` is the offset within the block; the message says what was expected.
+/// Thrown by a filter for invalid input. `index` is the offset of the error in the block. The message describes the
+/// expected input.
 struct BadInput {
     std::size_t index = 0;
     std::wstring message;

@@ -9,7 +9,7 @@ namespace conv {
 
 namespace {
 
-constexpr std::size_t kMaxDigits = 21;  // with sign and terminator
+constexpr std::size_t kMaxDigits = 21;  // including the sign and the terminator
 
 std::wstring decimal(long long value) {
     wchar_t digits[kMaxDigits];

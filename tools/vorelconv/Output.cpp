@@ -12,11 +12,11 @@ namespace conv {
 
 namespace {
 
-/// The path of an open file with all links resolved, or nothing if the system does not provide it.
+/// The path of an open file with all links resolved; nullopt if the system does not provide the path.
 std::optional<std::wstring> finalPath(HANDLE file) {
     std::wstring path(MAX_PATH, L'\0');
     DWORD units = GetFinalPathNameByHandleW(file, path.data(), static_cast<DWORD>(path.size()), FILE_NAME_NORMALIZED);
-    if (units > path.size()) {  // the required size, including the terminator
+    if (units > path.size()) {  // `units` is the required size, including the terminator
         path.resize(units);
         units = GetFinalPathNameByHandleW(file, path.data(), static_cast<DWORD>(path.size()), FILE_NAME_NORMALIZED);
     }
@@ -42,7 +42,8 @@ Output::Output(const tools::Arguments& arguments) {
     }
 }
 
-/// Opens the output directly if the name exists and is not a disk file, because only a disk file can be replaced.
+/// If the given name is the name of a device, opens the device and returns true. The output is written to a device
+/// directly, because only a file on a disk can be replaced.
 bool Output::openDevice() {
     const DWORD attributes = GetFileAttributesW(m_name.c_str());
     if (attributes == INVALID_FILE_ATTRIBUTES) {

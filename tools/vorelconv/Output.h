@@ -27,10 +27,10 @@ public:
     Output(const Output&) = delete;
     Output& operator=(const Output&) = delete;
 
-    /// \throws tools::OutputClosed if the reader is gone; tools::Failure if the bytes cannot be written.
+    /// \throws tools::OutputClosed if the reader has closed the pipe; tools::Failure if the bytes cannot be written.
     void write(std::string_view bytes);
 
-    /// Completes the output: gives the file its name, and replaces an existing file with that name.
+    /// Completes the output: renames the temporary file, which replaces an existing file with the given name.
     /// \throws tools::Failure if the file cannot be written or replaced.
     void commit();
 
@@ -43,7 +43,7 @@ private:
     void openUnfinished();
 
     std::wstring m_name;        // for messages
-    std::wstring m_target;      // path of the finished file, links resolved
+    std::wstring m_target;      // path of the finished file, with all links resolved
     std::wstring m_unfinished;  // path of the temporary file; empty if there is none
     tools::OwnedHandle m_file;
     std::uint64_t m_written = 0;

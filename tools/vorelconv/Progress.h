@@ -7,8 +7,8 @@
 
 namespace conv {
 
-/// Writes nothing during the first second. Writes nothing at all if the error stream is not a console, or if the result
-/// is written to a console.
+/// Writes nothing during the first second of a conversion. Writes nothing at all if the error stream is not a console,
+/// or if the result is written to a console.
 class Progress {
 public:
     /// `total` is the input size in bytes, if known. `toStandardOutput`: the result is written to standard output.

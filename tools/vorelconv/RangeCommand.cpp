@@ -15,7 +15,8 @@ std::wstring end(int value) {
     return value == kOpen ? std::wstring() : std::to_wstring(value);
 }
 
-/// Whether a number in a range has a sign. The library would accept the sign and read -1 as an open end.
+/// Whether a range contains a second '-', which is the sign of a negative number. The library would accept the sign,
+/// and the filter would write -1 as an open end.
 bool hasNegative(const std::wstring& line) {
     bool hasDash = false;
     for (const wchar_t c : line) {

@@ -1,6 +1,6 @@
 /// \file
-/// Range checks for the whole numbers in a text. The library's parsers wrap around silently, so the converter checks
-/// the digits first.
+/// Range checks for the whole numbers in a text. The library's parsers do not reject a number that is out of range.
+/// They wrap the number around, so the converter checks its digits first.
 #pragma once
 
 #include <string>
