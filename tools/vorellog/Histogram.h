@@ -15,7 +15,7 @@ class Histogram {
 public:
     static constexpr std::size_t kMaxSteps = 24;
 
-    /// There are at most `maxSteps` steps from the first step with a record to the last.
+    /// The time from the first record to the last record is divided into at most `maxSteps` steps.
     explicit Histogram(std::size_t maxSteps = kMaxSteps) noexcept : m_maxSteps(maxSteps) {}
 
     struct Step {
@@ -28,7 +28,7 @@ public:
     /// The steps in time order, including empty steps.
     [[nodiscard]] std::vector<Step> steps() const;
 
-    /// The length of a step, from one second upwards: 5 s, 15 s, 1 min, and so on.
+    /// The length of a step: 1 s, 5 s, 15 s, 1 min, and so on.
     [[nodiscard]] LocalMs stepMs() const noexcept;
 
 private:
@@ -38,7 +38,7 @@ private:
 
     std::size_t m_maxSteps;
     std::size_t m_length = 0;
-    std::map<LocalMs, unsigned long long> m_counts;  ///< by step number
+    std::map<LocalMs, unsigned long long> m_counts;  ///< the number of records for each step number
 };
 
 }  // namespace vorellog

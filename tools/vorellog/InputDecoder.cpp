@@ -4,7 +4,7 @@
 #include <utility>
 #include <vector>
 
-#define ZLIB_CONST  // zlib declares its input const
+#define ZLIB_CONST  // makes zlib declare the input of inflate() as const
 #include <zlib.h>
 
 #include "support/Text.h"
@@ -31,7 +31,7 @@ Encoding encodingOf(std::string_view head) noexcept {
     if (head.starts_with(kGzipMagic)) {
         return Encoding::Gzip;
     }
-    // In a file without a byte-order mark, the "[" of a header shows the byte order.
+    // In UTF-16 without a byte-order mark, the "[" at the start of the first line shows the byte order.
     if (head.starts_with(kLittleEndianMark) || (isAt(0, '[') && isAt(1, '\0'))) {
         return Encoding::Utf16LittleEndian;
     }
@@ -41,7 +41,7 @@ Encoding encodingOf(std::string_view head) noexcept {
     return Encoding::Plain;
 }
 
-/// Decompresses gzip data: one or more members.
+/// Decompresses gzip data, which consists of one or more members (compressed streams, each with a header).
 class InputDecoder::Inflater {
 public:
     Inflater(LogSink& sink, const std::wstring& name) : m_sink(sink), m_name(name), m_buffer(std::size_t{1} << 18) {
@@ -80,7 +80,7 @@ public:
     [[nodiscard]] bool isAtEnd() const noexcept { return m_isAtEnd; }
 
 private:
-    /// After a member, another member or padding may follow.
+    /// Determines whether another member or padding follows the member that ended.
     void startMember() {
         m_isPadding = *m_stream.next_in != static_cast<Bytef>(kGzipMagic.front());
         if (!m_isPadding) {

@@ -20,7 +20,7 @@ void addWriter(JsonObject& object, const Record& record, const LogHeader& header
     object.add("thread", header.threadId);
 }
 
-/// Adds prefix, message and damage.
+/// Adds the prefix, the message, and whether the record is truncated or damaged.
 void addBody(JsonObject& object, const Record& record, std::string& out) {
     const LogBody body = record.parsedBody();
     if (record.header()) {

@@ -101,7 +101,7 @@ std::unique_ptr<LogFile> DiskLogFiles::open(Which which) {
     if (error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND) {
         return nullptr;
     }
-    // A file that is pending deletion also denies access.
+    // Windows also denies access to a file whose deletion is pending.
     if (error == ERROR_SHARING_VIOLATION || error == ERROR_DELETE_PENDING || error == ERROR_ACCESS_DENIED) {
         throw FileBusy(tools::systemFailure(path, L"cannot be opened", error));
     }

@@ -1,5 +1,6 @@
 /// \file
-/// The two files of an error log, opened without disturbing programs that write, rotate or delete them.
+/// Opens the two files of an error log: the log and its backup. While they are open, other programs can still write,
+/// rotate and delete them.
 #pragma once
 
 #include <cstddef>

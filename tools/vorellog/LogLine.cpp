@@ -9,7 +9,8 @@ namespace {
 
 constexpr std::string_view kFieldEnd = ": ";
 
-/// Removes the last period and the number after it from `origin`.
+/// Parses the number after the last period of `origin`, and removes the period and the number from `origin`. Returns
+/// false if there is no such number.
 bool consumeLastNumber(std::string_view& origin, unsigned long& number) noexcept {
     const std::size_t point = origin.rfind('.');
     if (point == std::string_view::npos || point + 1 == origin.size()) {

@@ -134,7 +134,7 @@ std::optional<TimeSpan> withOffset(std::string_view text, const TimeZone& zone) 
     return TimeSpan{from, from + (span->to - span->from)};
 }
 
-/// Parses a time span before `now`, such as "15m".
+/// Parses a duration such as "15m", and returns the millisecond that is this duration before `now`.
 std::optional<TimeSpan> ago(std::string_view text, LocalMs now) noexcept {
     constexpr LocalMs kMax = 1000000000;
     LocalMs count = 0;
@@ -154,8 +154,8 @@ std::optional<TimeSpan> ago(std::string_view text, LocalMs now) noexcept {
     return TimeSpan{now - count * length, now - count * length + 1};
 }
 
-/// Writes the last `digits` digits of a number and a separator, and returns the end. (With printf, this would take
-/// longer than all other work.)
+/// Writes the last `digits` digits of a number and a separator, and returns the end. Does not use printf, because the
+/// tool would then spend most of its time on the conversion of times.
 char* writeNumber(char* out, unsigned int number, std::size_t digits, char separator) noexcept {
     for (std::size_t index = digits; index != 0; number /= 10) {
         out[--index] = static_cast<char>('0' + number % 10);

@@ -14,7 +14,7 @@ class TimeZone;
 /// Milliseconds since 1970-01-01 00:00 on the local clock.
 using LocalMs = long long;
 
-/// \name The parts of a day
+/// \name Durations in milliseconds
 /// \{
 inline constexpr LocalMs kSecond = 1000;
 inline constexpr LocalMs kMinute = 60 * kSecond;
@@ -29,7 +29,7 @@ inline constexpr std::size_t kLogTimeSize = 24;
 /// a leading space instead of a zero. The weekday must be a valid name, but need not match the date.
 std::optional<LocalMs> parseLogTime(std::string_view text) noexcept;
 
-/// The time span that a typed time denotes: "2026-11-16" is a whole day.
+/// The time span that a typed time denotes. For example, "2026-11-16" denotes a whole day.
 struct TimeSpan {
     LocalMs from = 0;  ///< inclusive
     LocalMs to = 0;    ///< exclusive
@@ -47,7 +47,8 @@ struct TimeSpan {
 /// Returns nullopt for any other text.
 std::optional<TimeSpan> parseTypedTime(std::string_view text, LocalMs now, const TimeZone& zone) noexcept;
 
-/// Appends "2026-11-16T01:43:08", or with `withMilliseconds` "2026-11-16T01:43:08.045". The year has four digits.
+/// Appends a time in the form "2026-11-16T01:43:08", or "2026-11-16T01:43:08.045" if `withMilliseconds`. `separator` is
+/// written between the date and the time of day. The year has four digits.
 void appendIsoText(std::string& out, LocalMs time, bool withMilliseconds, char separator = 'T');
 
 /// Returns the text that `appendIsoText` appends.

@@ -161,8 +161,8 @@ private:
         return m_done;
     }
 
-    /// If the digit at `at` is the first digit of a GUID, replaces the whole GUID and returns true. The word with this
-    /// digit starts at `group`; it may be any of the five groups of a GUID.
+    /// If the digit at `at` is the first digit of a GUID, replaces the whole GUID and returns true. The word that
+    /// contains this digit starts at `group`. It may be any of the five groups of a GUID.
     bool guid(std::size_t group, std::size_t at) {
         constexpr std::size_t kGuidSize = 36;
         for (const std::size_t offset : {0U, 9U, 14U, 19U, 24U}) {  // offsets of the groups in a GUID
@@ -212,7 +212,9 @@ private:
         m_done = end;
     }
 
-    /// A quote opens a quoted text if another quote closes it. An apostrophe within a word is not a quote.
+    /// Processes the quote at `at`. If a later quote closes the quoted text, the text is replaced by "...". Otherwise,
+    /// only the quote is copied. An apostrophe after a word character opens no quoted text, and an apostrophe before a
+    /// word character closes none.
     std::size_t quoted(std::size_t at) {
         const char quote = m_text[at];
         const bool isApostrophe = quote == '\'';
@@ -232,7 +234,8 @@ private:
         return m_done;
     }
 
-    /// Paths are tokens with a backslash, URLs, and tokens that begin like an absolute path.
+    /// Processes the slash or backslash at `at`. A token is a path if it contains a backslash, if it is a URL, or if it
+    /// begins like an absolute path.
     std::size_t path(std::size_t at) {
         const std::size_t before = at - std::min(at, m_tokenAt);
         const bool begins = before == 0;

@@ -11,7 +11,7 @@ namespace {
 
 constexpr char kPartEnd = '\n';
 
-/// "host7.4312.9876", as in the header.
+/// Returns the writer of a record in the format of the header, such as "host7.4312.9876".
 std::string writerOf(const Record& record, const LogHeader& header) {
     constexpr std::size_t kFieldEnd = 2;
     return record.text().substr(header.hostAt, header.bodyAt - kFieldEnd - header.hostAt);

@@ -33,7 +33,7 @@ public:
     /// ProcessSet::add).
     /// \{
     static constexpr std::size_t kMaxGroups = 10000;
-    static constexpr std::size_t kMaxTextBytes = std::size_t{12} << 20;       ///< of all messages and examples
+    static constexpr std::size_t kMaxTextBytes = std::size_t{12} << 20;  ///< of the forms and examples of all groups
     static constexpr std::size_t kMaxProcessSetBytes = std::size_t{8} << 20;  ///< of all sets of processes
     /// \}
 
@@ -45,7 +45,7 @@ public:
     /// \}
 
     struct Group {
-        std::size_t number = 0;  ///< from 0, in the order of the first entries
+        std::size_t number = 0;  ///< groups are numbered from 0, in the order of their first entries
         Tally entries;           ///< counts the first record of each entry
         ProcessSet processes;
         std::string prefix;
@@ -82,12 +82,12 @@ private:
     Group* create(const Record& first, const LogHeader& header);
     void count(Group& group, const LogHeader& header, ProcessNumber process);
 
-    Groups m_groups;  ///< by prefix, message and trail
+    Groups m_groups;  ///< the key consists of prefix, message and trail
     unsigned long long m_ungrouped = 0;
     std::size_t m_textBytes = 0;
     std::size_t m_processSetBytes = 0;
     std::string m_key;                ///< the key of the entry that is being added
-    std::vector<std::size_t> m_ends;  ///< the ends of the parts of m_key
+    std::vector<std::size_t> m_ends;  ///< the end of each message form in m_key
 };
 
 }  // namespace vorellog

@@ -22,8 +22,8 @@ std::string utf8Of(const int* codePoints, int count) {
     return text;
 }
 
-/// The reason why an expression is invalid, such as "missing )", and the invalid part, unless this is the whole
-/// expression.
+/// Returns why an expression is invalid, such as "missing )". The reason contains the invalid part of the expression,
+/// unless the invalid part is the whole expression.
 std::string_view reasonOf(const re2::RE2& expression) {
     constexpr std::size_t kColon = 2;
     std::string_view reason = expression.error();
@@ -33,7 +33,8 @@ std::string_view reasonOf(const re2::RE2& expression) {
     return reason;
 }
 
-/// A text that every match of `expression` contains; empty if the structure of the expression shows no such text.
+/// Returns a text that every match of `expression` contains. Returns an empty text if the function finds no such text
+/// in the structure of the expression.
 std::string requiredTextOf(re2::Regexp& expression) {
     const bool ignoresCase = (expression.parse_flags() & re2::Regexp::FoldCase) != 0;
     switch (expression.op()) {

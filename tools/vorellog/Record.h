@@ -14,7 +14,7 @@ namespace vorellog {
 enum class Damage {
     None,
     Cut,       ///< the line ends early: its writer was killed, or a header within the line starts the next record
-    MidLine,   ///< the record starts in the middle of a line, after a cut record
+    MidLine,   ///< the record starts in the middle of a line
     NoHeader,  ///< the line has no header and does not belong to a record
     BadUtf8,   ///< contains invalid UTF-8
 };

@@ -61,8 +61,7 @@ void addSteps(JsonObject& object, const Histogram& steps, const Histogram& all, 
     out += ']';
 }
 
-/// The order of prefixes and processes on the page: by number of records, then by the time of the last record, both
-/// descending.
+/// The order of processes on the page: by number of records, then by the time of the last record, both descending.
 bool comesBefore(const Tally& a, const Tally& b) {
     return std::tie(b.records, b.lastMs) < std::tie(a.records, a.lastMs);
 }
@@ -105,7 +104,8 @@ std::string Report::data(std::string_view name) const {
             appendGroups(out, m_steps, shown);
         }
     }
-    // Only "<" could end the script element. In JSON it occurs only in strings, where it can be escaped.
+    // Only "<" can begin a tag that ends the script element. In JSON, "<" occurs only in strings, where it can be
+    // escaped.
     std::string safe;
     safe.reserve(out.size());
     for (const char c : out) {

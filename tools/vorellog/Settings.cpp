@@ -110,7 +110,7 @@ unsigned long long numberOf(std::wstring_view option, const std::wstring& value,
 constexpr unsigned long long kMaxCount = 1000000000;
 constexpr unsigned long long kMaxContext = 10000;
 
-/// A number from 1 to `most`.
+/// The value of an option as a number from 1 to `most`; nullopt if the option is not given.
 std::optional<unsigned long long> countOf(const tools::Arguments& arguments, std::wstring_view option,
                                           unsigned long long most = kMaxCount) {
     const std::optional<std::wstring> value = arguments.value(option);
@@ -140,7 +140,7 @@ std::vector<std::string> textsOf(const tools::Arguments& arguments, std::wstring
     return texts;
 }
 
-/// Processes as the summary shows them: "4312", or "host7.4312" for the process of one host.
+/// Parses the values of --process: "4312" for the process with this id on any host, or "host7.4312" on one host.
 std::vector<ProcessChoice> processesOf(const tools::Arguments& arguments) {
     std::vector<ProcessChoice> processes;
     for (const std::wstring& value : arguments.values(L"process")) {
@@ -159,7 +159,8 @@ std::vector<ProcessChoice> processesOf(const tools::Arguments& arguments) {
     return processes;
 }
 
-/// "error", ignoring case, stands for the prefix of exception records. A trailing colon is not part of a prefix.
+/// Parses the values of --prefix. The value "error", ignoring case, means the prefix of exception records. Trailing
+/// colons and spaces are removed.
 std::vector<std::string> prefixesOf(const tools::Arguments& arguments) {
     std::vector<std::string> prefixes = textsOf(arguments, L"prefix");
     for (std::string& prefix : prefixes) {
@@ -212,7 +213,7 @@ Colours coloursOf(const tools::Arguments& arguments) {
     return value == L"always" ? Colours::Always : Colours::Never;
 }
 
-/// Rejects options that exclude each other.
+/// Rejects options that cannot be combined, and options without an option or operand that they need.
 void checkTogether(const Settings& settings) {
     const auto exclude = [](bool both, std::wstring_view first, std::wstring_view second) {
         if (both) {

@@ -7,9 +7,9 @@
 
 namespace vorellog {
 
-/// Passes standard input to `decoder` up to its end, or until `viewer` has enough. After each piece, `viewer` shows the
-/// new entries.
-/// \throws tools::Failure if standard input cannot be read, or its compressed data is damaged or ends early.
+/// Passes standard input to `decoder`, until the input ends or `viewer` has enough entries. After each block of bytes,
+/// `viewer` shows the new entries.
+/// \throws tools::Failure if standard input cannot be read, or if the input is compressed and is damaged or ends early.
 void readStandardInput(InputDecoder& decoder, Viewer& viewer);
 
 }  // namespace vorellog

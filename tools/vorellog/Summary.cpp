@@ -9,8 +9,8 @@ namespace vorellog {
 
 namespace {
 
-/// Only the first bytes of a prefix are shown, because a prefix can be long: a program may use any prefix, and if a
-/// message contains a colon and a blank, the text before the colon counts as a prefix.
+/// Returns the first bytes of a prefix, with escapes. A prefix can be long, because a program may use any prefix. Also,
+/// if a message without a prefix contains a colon and a space, the text before the colon counts as a prefix.
 std::string shownPrefix(std::string_view prefix) {
     std::string shown;
     tools::appendVisible(shown, prefix.substr(0, MessageGroups::kMaxPrefixBytes));
@@ -53,6 +53,7 @@ ProcessNumber Summary::countRecord(const Record& record) {
 
 Summary::Row& Summary::rowOf(ProcessNumber process, std::string_view prefix) {
     constexpr unsigned int kNumberBits = 32;
+    // The additional byte shows later that the prefix is longer than the shown part.
     const std::string_view kept = prefix.substr(0, MessageGroups::kMaxPrefixBytes + 1);
     const bool isFull = m_rows.size() == kMaxRows;
     auto known = m_prefixes.find(kept);

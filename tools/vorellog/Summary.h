@@ -22,11 +22,12 @@ namespace vorellog {
 
 class Summary {
 public:
-    /// Further pairs of process and prefix are counted together as kOthers.
+    /// The maximum number of pairs of process and prefix that are counted separately. Further pairs are counted
+    /// together as kOthers.
     static constexpr std::size_t kMaxRows = 20000;
     static constexpr std::string_view kOthers = "(others)";
 
-    /// The number of groups, and of pairs of process and prefix, that the readable summary shows.
+    /// The number of groups, and of pairs of process and prefix, that the readable summary shows without `top`.
     static constexpr std::size_t kDefaultTop = 10;
 
     /// Adds a record as an entry.
@@ -35,7 +36,8 @@ public:
     /// Adds the records of an exception as one entry.
     void add(const Trail& trail);
 
-    /// A readable summary: groups, a table, and a bar for each time step.
+    /// A readable summary: the groups, a table with a row for each pair of process and prefix, and a bar for each time
+    /// step.
     [[nodiscard]] std::string text(std::optional<std::size_t> top = {}) const;
 
     /// The summary as JSON, one object per line: "summary", a "group" for each group, a "count" for each pair of

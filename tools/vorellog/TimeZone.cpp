@@ -9,7 +9,7 @@ namespace vorellog {
 
 namespace {
 
-/// Parses one or two digits and removes them; -1 if there are none.
+/// Parses one or two digits at the start of `text` and removes them. Returns -1 if `text` does not start with a digit.
 int consumeNumber(std::string_view& text) noexcept {
     constexpr std::size_t kMaxDigits = 2;
     int value = -1;

@@ -11,8 +11,8 @@
 /// that cannot belong to the same exception:
 ///
 ///   - "…: Severe error thrown" and "…: TestAndThrow test failed" always begin a trail;
-///   - a message that the trail already has begins the next trail (digits are ignored, so "row 7" and "row 8" are
-///     equal);
+///   - if the trail already contains a message, an equal message begins the next trail (digits are ignored, so "row 7"
+///     and "row 8" are equal);
 ///   - if a record names a function that the trail already names, the last message between the two records begins the
 ///     next trail;
 ///   - a message or a system text more than kFailureGapSeconds after the last record of the trail begins a new trail,
@@ -46,7 +46,7 @@ namespace vorellog {
 enum class TrailEnd {
     Caught,
     Suppressed,  ///< by a destructor, while another exception was unwinding the stack
-    Open,        ///< the log has no record of its end
+    Open,        ///< the log has no record of the end of the trail
 };
 
 /// "caught", "suppressed", "open".
@@ -102,7 +102,7 @@ private:
     std::function<void(const Trail&)> m_deliver;
     std::list<Waiting> m_waiting;
     std::list<Waiting> m_spare;          ///< delivered trails without records, kept for reuse
-    std::vector<Record> m_spareRecords;  ///< records of delivered trails, kept for the memory of their texts
+    std::vector<Record> m_spareRecords;  ///< records of delivered trails, whose memory is reused
     std::map<Writer, Position> m_open;
     std::size_t m_recordsWaiting = 0;
     std::size_t m_bytesWaiting = 0;

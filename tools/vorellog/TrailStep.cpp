@@ -29,7 +29,7 @@ std::string endingOf(const wchar_t* format) {
     return narrow;
 }
 
-/// One format for each ending. Every other format of a record ends like one of these.
+/// The endings of the record formats, and their steps. Each format that is not listed ends like one of these formats.
 const std::vector<Ending>& endings() {
     static const std::vector<Ending> table = {
         {endingOf(vorel::vexCatchAndThrowVorel), TrailStep::Rethrown},

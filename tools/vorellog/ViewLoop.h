@@ -22,20 +22,21 @@ public:
     /// A monotonic clock.
     virtual LocalMs nowMs() = 0;
 
-    /// Waits; returns true if the loop must stop.
+    /// Waits for this time, or until the loop must stop. Returns true if the loop must stop.
     virtual bool waitForStop(LocalMs milliseconds) = 0;
 
-    /// Shows a message to the user that is not part of the output.
+    /// Shows the user a message that is not part of the output.
     virtual void report(const std::wstring& text) = 0;
 };
 
-/// Reads to the end of the log, or with --follow until it is stopped.
+/// Reads the log to its end. With --follow, the loop then continues until the user stops it.
 class ViewLoop {
 public:
-    static constexpr LocalMs kPollMs = 100;
-    static constexpr LocalMs kBusyMs = 5;         ///< time between two attempts to read a busy file
-    static constexpr LocalMs kMaxBusyMs = 10000;  ///< a longer busy time is a failure, or with --follow a message
-    static constexpr LocalMs kLineEndMs = 200;    ///< how long the loop waits for the rest of an incomplete line
+    static constexpr LocalMs kPollMs = 100;  ///< with --follow, the time between two polls
+    static constexpr LocalMs kBusyMs = 5;    ///< time between two attempts to read a busy file or the rest of a line
+    static constexpr LocalMs kMaxBusyMs =
+        10000;  ///< if a file is busy for longer, run() fails, or reports it with --follow
+    static constexpr LocalMs kLineEndMs = 200;  ///< how long the loop waits for the rest of an incomplete line
 
     /// The references must outlive this object.
     ViewLoop(const Settings& settings, Follower& follower, Viewer& viewer, Environment& environment)
@@ -44,7 +45,7 @@ public:
     /// \throws FileBusy without --follow, if a file stays busy for longer than kMaxBusyMs; tools::Failure.
     void run();
 
-    /// Reports the gaps found since the last call. Records may be missing in a gap.
+    /// If the viewer has received gaps since the last call, reports that records may be missing.
     void reportGaps();
 
 private:

@@ -12,7 +12,7 @@ constexpr LocalMs kDrawMs = 1000;  // time between two summaries
 constexpr std::string_view kClearScreen = "\x1B[H\x1B[2J\x1B[3J";
 constexpr std::string_view kContextGap = "--\n";
 
-/// The first lines of `text`.
+/// The first `count` lines of `text`.
 std::string_view firstLines(std::string_view text, std::size_t count) noexcept {
     std::size_t end = 0;
     for (; count != 0 && end != text.size(); --count) {

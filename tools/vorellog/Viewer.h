@@ -93,7 +93,7 @@ private:
     bool m_json;
     std::optional<std::size_t> m_top;
     std::optional<unsigned long long> m_maxEntries;
-    std::optional<std::size_t> m_tail;  ///< number of last entries to show; empty after they are shown
+    std::optional<std::size_t> m_tail;  ///< number of last entries to show; nullopt after they are shown
     std::size_t m_context;
     std::size_t m_screenRows;
     std::unique_ptr<Printer> m_printer;

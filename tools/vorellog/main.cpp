@@ -183,7 +183,8 @@ tools::Guide guide() {
     return {.program = kProgram, .summary = syntax().summary, .commands = {&syntax(), 1}};
 }
 
-/// Whether the arguments are a usual question for help other than --help. A log may have the name "help".
+/// Whether the user asks for help in a common way other than --help. "help" is not such a question if a log with this
+/// name exists.
 bool isQuestion(const std::vector<std::wstring>& given) {
     if (given.size() != 1) {
         return false;

@@ -47,7 +47,7 @@
         filter.to = Number.isNaN(to) ? Infinity : to;
     };
 
-    /* Counts are known only for whole steps, so the entries of each step that overlaps the period are counted. */
+    /* The data has counts only for whole steps, so all entries of each step that overlaps the period are counted. */
     const entriesIn = (group) => {
         if (filter.from === -Infinity && filter.to === Infinity) {
             return group.entries;
@@ -102,8 +102,8 @@
         if (times.length === 0) {
             return;
         }
-        // The series are stacked: each is drawn as the sum of itself and the series below it. The highest sum is drawn
-        // first, so that the lower sums cover the lower part of its area.
+        // The series are stacked: each series is drawn as the sum of itself and all series below it. The highest sum is
+        // drawn first, so that the lower sums cover the lower part of its area.
         const sums = [];
         prefixes.forEach((prefix, index) => {
             const counts = countsOf(prefix.steps);
