@@ -1,6 +1,6 @@
 /// \file
-/// Creates and destroys each named lock and condition many times, including the failing paths. Every handle must be
-/// closed, and the object must not exist after its last handle is closed.
+/// Creates and destroys named locks and all kinds of conditions many times, including the failing paths. Every handle
+/// must be closed, and a named object must not exist after its last handle is closed.
 
 #include <ostream>
 #include <string>
@@ -130,14 +130,14 @@ bool useNamedCondition(Name name) {
 
 const Cycle kCycles[] = {
     {"AutoMutex_Used", nothing, useMutex, true},
-    {"AutoMutex_OfAnother", newMutex, useMutex, true},
+    {"AutoMutex_Found", newMutex, useMutex, true},
     {"AutoMutex_DestroyedWhileHeld", nothing, leaveMutexHeld, true},
     {"AutoMutex_Renamed", nothing, renameMutex, true},
     {"AutoMutex_TimedOut", nothing, failToLock, false},
     {"Condition_Used", nothing, useCondition, true},
     {"Condition_ThatCannotSignal", nothing, failToSignal, false},
     {"NamedCondition_Used", nothing, useNamedCondition, true},
-    {"NamedCondition_OfAnother", newEvent, useNamedCondition, true},
+    {"NamedCondition_Found", newEvent, useNamedCondition, true},
     // The next cycle starts a thread in each round, which is slow.
     {"AutoMutex_AbandonedByAThread", nothing, abandonMutex, true, kRounds / 10},
     // In each round of the next two cycles, the library makes eleven attempts to create or open the object.

@@ -34,7 +34,7 @@ protected:
     }
 
     std::map<std::wstring, std::wstring> longForms;
-    DWORD error = ERROR_FILE_NOT_FOUND;  // for paths without a long form
+    DWORD error = ERROR_FILE_NOT_FOUND;  // the last error after the query for a path without a long form
     std::vector<std::wstring> asked;
     std::vector<std::wstring> opened;
 

@@ -160,8 +160,8 @@ TEST(SystemClock, LocalTimeText_IsTheCurrentTimeOfTheZone) {
 }
 
 TEST(SystemClock, LocalTimeText_UsesTheRuntimesClockOnlyNearTheEndOfASecond) {
-    constexpr std::uint64_t kSecond = 10000000;  // in units of a file time
-    constexpr std::uint64_t kTime = (11644473600 + 1234567890) * kSecond;
+    constexpr std::uint64_t kSecond = 10000000;                            // in units of a file time
+    constexpr std::uint64_t kTime = (11644473600 + 1234567890) * kSecond;  // 2009-02-13 23:31:30 UTC
     struct Case {
         std::uint64_t coarse;
         const char* text;
