@@ -26,7 +26,7 @@ bool isReaderGone(DWORD error) noexcept {
 }
 
 void writeConsole(void* console, std::wstring_view text) {
-    constexpr std::size_t kMaxUnits = 8192;  // one call accepts up to 64 KB
+    constexpr std::size_t kMaxUnits = 8192;  // WriteConsoleW accepts up to 64 KB
     while (!text.empty()) {
         const std::size_t units = std::min(text.size(), kMaxUnits);
         DWORD written = 0;

@@ -1,5 +1,5 @@
 /// \file
-/// A system handle that its owner closes.
+/// Owns a handle of the system. The destructor closes the handle.
 #pragma once
 
 #include <utility>

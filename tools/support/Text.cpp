@@ -29,7 +29,7 @@ std::size_t endOfPiece(std::string_view text, std::size_t from) noexcept {
     }
 }
 
-/// The surrogate pair of a sequence of four bytes.
+/// The surrogate pair for a UTF-8 sequence of four bytes.
 std::wstring decodedPair(std::string_view sequence) {
     const std::uint32_t offset = utf8CodePoint(sequence) - 0x10000;
     return {static_cast<wchar_t>(0xD800 + (offset >> 10)), static_cast<wchar_t>(0xDC00 + (offset & 0x3FF))};

@@ -1,5 +1,5 @@
 /// \file
-/// Exit codes, failures and the frame for the `wmain` of a tool.
+/// The exit codes and failures of the tools, and the function that the `wmain` of each tool calls:
 ///
 ///     int wmain(int count, wchar_t** arguments) {
 ///         return tools::run(L"vorelconv", [&] { return convert({arguments + 1, arguments + count}); });
@@ -24,8 +24,8 @@ enum ExitCode : int {
     kUsageError = 2,  ///< invalid command line
 };
 
-/// A failure to report to the user: invalid input, or a file that cannot be read. The text says where it occurred and
-/// what was expected. run() prepends the name of the program.
+/// A failure to report to the user: invalid input, or a file that cannot be read. The text describes where the failure
+/// occurred and what was expected. run() prepends the name of the program.
 class Failure : public std::exception {
 public:
     explicit Failure(std::wstring text) : m_text(std::move(text)) {}

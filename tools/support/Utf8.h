@@ -1,6 +1,6 @@
 /// \file
 /// Strict UTF-8: no overlong forms, no surrogates, nothing above U+10FFFF. (The library's decoder accepts such forms by
-/// design, so it cannot detect damaged text.)
+/// design, so the decoder cannot detect damaged text.)
 #pragma once
 
 #include <cstddef>
@@ -29,7 +29,7 @@ constexpr std::size_t utf8SizeOfLead(unsigned char lead) noexcept {
     return lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
 }
 
-/// The range of the second byte excludes overlong forms, surrogates and code points above U+10FFFF.
+/// Whether `second` may follow `lead`. This excludes overlong forms, surrogates and code points above U+10FFFF.
 constexpr bool isSecondUtf8Byte(unsigned char lead, unsigned char second) noexcept {
     switch (lead) {
     case 0xE0: return second >= 0xA0 && second <= 0xBF;
@@ -78,7 +78,7 @@ constexpr std::uint32_t utf8CodePoint(std::string_view sequence) noexcept {
 }
 
 struct Utf8Scan {
-    std::size_t valid = 0;     ///< size in bytes of the whole sequences at the start of the text
+    std::size_t valid = 0;     ///< size in bytes of the well-formed sequences at the start of the text
     bool isTruncated = false;  ///< whether the text ends within the next sequence
 };
 

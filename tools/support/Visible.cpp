@@ -12,8 +12,8 @@ namespace {
 
 constexpr std::size_t kWord = sizeof(std::uint64_t);
 
-/// Whether all eight bytes are from ' ' to '~'. A byte below ' ' gets its high bit set by the subtraction, and the byte
-/// 0x7F by the addition. All other bytes outside the range have a high bit that is set.
+/// Whether all eight bytes are from ' ' to '~'. The subtraction sets the high bit of a byte below ' '. The addition
+/// sets the high bit of the byte 0x7F. The high bit of every other byte outside the range is set already.
 bool isPlain(std::uint64_t word) noexcept {
     constexpr std::uint64_t kEachByte = 0x0101010101010101;
     constexpr std::uint64_t kHighBits = kEachByte * 0x80;
