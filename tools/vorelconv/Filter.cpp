@@ -77,7 +77,7 @@ private:
     std::vector<char> m_buffer;
     std::size_t m_count = 0;
     std::uint64_t m_offset = 0;  // offset of the window in the input
-    std::uint64_t m_line = 1;    // number of the line that contains the first byte
+    std::uint64_t m_line = 1;    // number of the line that contains the first byte of the window
     bool m_ended = false;
 };
 

@@ -32,9 +32,9 @@ public:
     virtual std::size_t convert(std::string_view block, bool last, std::string& result) = 0;
 };
 
-/// Converts a command's input with `filter` and writes the result to its output.
-/// \throws tools::Failure. For a BadInput, the message has the name of the input and the position: "names.txt: line 3,
-///         offset 57: …" (lines count from 1, byte offsets from 0).
+/// Converts the input of a command with `filter`, and writes the result to the output of the command.
+/// \throws tools::Failure. For a BadInput, the message contains the name of the input and the position: "names.txt:
+///         line 3, offset 57: …" (lines are counted from 1, byte offsets from 0).
 void runFilter(const tools::Arguments& arguments, Filter& filter);
 
 /// The part of a block of UTF-8 that can be converted without the next block: everything except a truncated sequence at

@@ -39,7 +39,7 @@ private:
     std::wstring m_name;
     std::optional<std::uint64_t> m_size;
     tools::OwnedHandle m_file;  // empty for standard input and for --text
-    void* m_handle = nullptr;   // null: m_pending is the whole input
+    void* m_handle = nullptr;   // null if m_pending contains the whole input
     bool m_isConsole = false;
     std::string m_pending;  // unread bytes of --text or of a console line
 };

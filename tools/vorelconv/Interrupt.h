@@ -1,5 +1,5 @@
 /// \file
-/// Control-C during a conversion. The conversion stops at the next block and removes its unfinished file.
+/// Control-C during a conversion. The conversion stops at the next block and removes the unfinished output file.
 #pragma once
 
 namespace conv {

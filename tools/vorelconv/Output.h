@@ -42,7 +42,7 @@ private:
     bool openDevice();
     void openUnfinished();
 
-    std::wstring m_name;        // for messages
+    std::wstring m_name;        // the name of the output in messages
     std::wstring m_target;      // path of the finished file, with all links resolved
     std::wstring m_unfinished;  // path of the temporary file; empty if there is none
     tools::OwnedHandle m_file;

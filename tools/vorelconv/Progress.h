@@ -11,7 +11,8 @@ namespace conv {
 /// or if the result is written to a console.
 class Progress {
 public:
-    /// `total` is the input size in bytes, if known. `toStandardOutput`: the result is written to standard output.
+    /// `total` is the input size in bytes, if known. `toStandardOutput` is true if the result is written to standard
+    /// output.
     Progress(std::optional<std::uint64_t> total, bool toStandardOutput) noexcept;
 
     /// Erases the line.

@@ -63,8 +63,8 @@ public:
     }
 
 private:
-    /// Returns the position of an escape at the end of the block, if its digits may be in the next block; otherwise the
-    /// size of the block.
+    /// If the block ends with an escape whose digits may be in the next block, returns the position of this escape.
+    /// Otherwise returns the size of the block.
     static std::size_t beforeTruncatedEscape(std::string_view block) {
         const std::size_t tail = block.size() - std::min<std::size_t>(block.size(), 2);
         return std::min(block.find('%', tail), block.size());
