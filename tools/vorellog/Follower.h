@@ -42,8 +42,8 @@ public:
 class Follower {
 public:
     enum class Progress {
-        More,  ///< more may be available at once
-        Idle,  ///< everything is read
+        More,  ///< the next poll may find more bytes at once
+        Idle,  ///< all bytes have been read
     };
 
     /// `files` and `sink` must outlive this object.
@@ -86,7 +86,7 @@ private:
     LogSink& m_sink;
     std::vector<char> m_buffer;
     std::optional<Position> m_current;
-    std::optional<Position> m_previous;  ///< the backup, after it has been read
+    std::optional<Position> m_previous;  ///< the end of the backup, after the backup has been read
 };
 
 }  // namespace vorellog

@@ -20,7 +20,7 @@ LocalMs Histogram::stepMs() const noexcept {
     return kLengths[m_length];
 }
 
-/// Rounds down, even for times before 1970.
+/// The number of the step that contains `time`. The division rounds down, even for times before 1970.
 LocalMs Histogram::numberOf(LocalMs time) const noexcept {
     const LocalMs length = stepMs();
     return time / length - (time % length < 0 ? 1 : 0);

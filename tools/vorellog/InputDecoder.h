@@ -15,7 +15,7 @@ namespace vorellog {
 /// How the bytes of a file are encoded.
 enum class Encoding { Plain, Gzip, Utf16LittleEndian, Utf16BigEndian };
 
-/// The encoding of a file that begins with `head`. Four bytes are enough.
+/// The encoding of a file that begins with `head`. The first four bytes of the file are enough.
 Encoding encodingOf(std::string_view head) noexcept;
 
 class InputDecoder : public LogSink {
@@ -30,7 +30,7 @@ public:
     /// \throws tools::Failure if compressed data is damaged.
     void bytes(std::string_view bytes) override;
 
-    /// \throws tools::Failure if compressed data ends early. The data before its end has been delivered.
+    /// \throws tools::Failure if compressed data ends early. The text up to this point has been delivered to the sink.
     void endOfFile() override;
 
     /// Ends the file before all of it has been read, because the rest is not needed. Incomplete data is dropped.

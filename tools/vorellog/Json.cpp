@@ -14,7 +14,7 @@ namespace {
 
 constexpr std::string_view kReplacement = "\xEF\xBF\xBD";  // U+FFFD
 
-/// Every code point that must be escaped has at most 16 bits.
+/// Appends the escape of a code point. No code point that must be escaped needs a surrogate pair.
 void appendEscape(std::string& out, std::uint32_t codePoint) {
     switch (codePoint) {
     case '"': out += "\\\""; return;

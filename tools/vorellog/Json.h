@@ -10,7 +10,7 @@
 namespace vorellog {
 
 /// Appends `text` as a JSON string, with U+FFFD for each byte that is not valid UTF-8. Characters that a terminal might
-/// interpret (tools::needsEscape) are escaped; a JSON reader gets the original text.
+/// interpret (tools::needsEscape) are escaped. A JSON reader decodes the escapes.
 void appendJson(std::string& out, std::string_view text);
 
 /// Appends a JSON object to a text. The constructor opens the object, the destructor closes it. Names must not need
@@ -38,7 +38,8 @@ public:
     /// Appends a name; the caller appends the value.
     void addName(std::string_view name);
 
-    /// Appends a name that is a literal. Its size is known, so name and punctuation are copied at once.
+    /// Appends a name that is a literal. The compiler knows its size, so the name and the punctuation are appended in
+    /// one step.
     template <std::size_t size>
     void addName(const char (&name)[size]) {
         char text[size + 3] = {',', '"'};

@@ -18,7 +18,7 @@ enum class LineEnd {
 
 /// A line, or a piece of a line.
 struct Line {
-    std::string_view text;  ///< without line end; valid only while it is delivered
+    std::string_view text;  ///< without the line end; valid only while the line is delivered
     LineEnd end = LineEnd::Feed;
     bool begins = true;  ///< false if this piece continues the previous piece
 };

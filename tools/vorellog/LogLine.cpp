@@ -34,7 +34,7 @@ int threeDigits(std::string_view text) noexcept {
 
 std::optional<LogHeader> parseHeader(std::string_view line) noexcept {
     constexpr std::size_t kTimeEnd = 1 + kLogTimeSize;
-    // The host has at most 15 characters and each of the two numbers at most 10 digits.
+    // The host has at most 15 characters. The ids of the process and the thread have at most 10 digits each.
     constexpr std::size_t kMaxOriginBytes = 64;
     if (line.size() <= kTimeEnd || line[0] != '[' || line[kTimeEnd] != ']') {
         return std::nullopt;

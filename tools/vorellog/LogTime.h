@@ -1,6 +1,6 @@
 /// \file
-/// The times of a log. Lines contain local time without a time zone. The times of one log can be compared. The
-/// difference of two times is wrong by an hour if daylight saving time begins or ends between them.
+/// The times of a log. Lines contain local time without a time zone. So the difference of two times is wrong by an hour
+/// if daylight saving time begins or ends between them.
 #pragma once
 
 #include <optional>

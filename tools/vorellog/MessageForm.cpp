@@ -48,7 +48,7 @@ bool isSeparator(char c) noexcept {
     return kind == kSeparator || kind == kQuote;
 }
 
-/// The structure of a word with a digit.
+/// The structure of a word that contains a digit.
 struct WordShape {
     std::size_t digitRuns = 0;
     bool isHex = true;

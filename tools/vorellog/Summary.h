@@ -72,7 +72,7 @@ private:
 
     ProcessTable m_processes;
     Prefixes m_prefixes;                            ///< prefixes, shortened to their first bytes, and their numbers
-    std::unordered_map<std::uint64_t, Row> m_rows;  ///< by the numbers of process and prefix
+    std::unordered_map<std::uint64_t, Row> m_rows;  ///< the key combines the numbers of process and prefix
     Row m_others;                                   ///< records beyond kMaxRows or ProcessTable::kMaxProcesses
     MessageGroups m_groups;
     Histogram m_histogram;

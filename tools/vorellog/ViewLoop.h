@@ -19,7 +19,7 @@ public:
     Environment(const Environment&) = delete;
     Environment& operator=(const Environment&) = delete;
 
-    /// A monotonic clock.
+    /// The time of a monotonic clock, in milliseconds.
     virtual LocalMs nowMs() = 0;
 
     /// Waits for this time, or until the loop must stop. Returns true if the loop must stop.
@@ -34,8 +34,8 @@ class ViewLoop {
 public:
     static constexpr LocalMs kPollMs = 100;  ///< with --follow, the time between two polls
     static constexpr LocalMs kBusyMs = 5;    ///< time between two attempts to read a busy file or the rest of a line
-    static constexpr LocalMs kMaxBusyMs =
-        10000;  ///< if a file is busy for longer, run() fails, or reports it with --follow
+    /// If a file is busy for longer, run() throws. With --follow, run() reports this and continues to wait.
+    static constexpr LocalMs kMaxBusyMs = 10000;
     static constexpr LocalMs kLineEndMs = 200;  ///< how long the loop waits for the rest of an incomplete line
 
     /// The references must outlive this object.

@@ -8,7 +8,7 @@ namespace vorellog {
 namespace {
 
 constexpr std::size_t kOutputBytes = std::size_t{1} << 16;
-constexpr LocalMs kDrawMs = 1000;  // time between two summaries
+constexpr LocalMs kDrawMs = 1000;  // minimum time between two drawings of the summary
 constexpr std::string_view kClearScreen = "\x1B[H\x1B[2J\x1B[3J";
 constexpr std::string_view kContextGap = "--\n";
 

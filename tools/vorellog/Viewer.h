@@ -1,6 +1,6 @@
 /// \file
 /// Converts the bytes of a log to output: splits the bytes into lines, combines the lines into records and trails, and
-/// filters and prints these.
+/// prints the records and trails that match the filter.
 #pragma once
 
 #include <cstddef>
@@ -41,7 +41,7 @@ public:
     /// for longer than TrailAssembler::kTrailGapMs.
     void showPending(LocalMs nowMs);
 
-    /// The time of the last showPending() call with new bytes, or of the first call.
+    /// The time of the last showPending() call that had new bytes to show; at least the time of the first call.
     [[nodiscard]] LocalMs lastInputMs() const noexcept { return m_lastInputMs; }
 
     /// Shows the remaining entries or the summary.

@@ -47,7 +47,7 @@ HANDLE stopEvent() {
     return event;
 }
 
-/// Waits; returns true if the loop must stop.
+/// Waits for this time, or until Ctrl+C is pressed. Returns true if Ctrl+C has been pressed.
 bool isStopped(DWORD milliseconds) {
     return WaitForSingleObject(stopEvent(), milliseconds) == WAIT_OBJECT_0;
 }
@@ -220,7 +220,7 @@ int runWith(const std::vector<std::wstring>& given) {
     try {
         return view(settings);
     } catch (const tools::OutputClosed&) {
-        return kFound;  // the reader closed the pipe
+        return kFound;  // the reader of the output has closed the pipe
     } catch (const tools::Failure& failure) {
         report(failure.text());
         return kCannotRead;
