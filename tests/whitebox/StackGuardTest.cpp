@@ -32,7 +32,7 @@ TEST(StackGuard, OverrunEndsTheProcessWithStatusStackBufferOverrun) {
 }
 
 TEST(StackGuard, ValueIsSetAtLoadAndStartsWithATerminator) {
-    EXPECT_NE(__stack_chk_guard, 0x2B992DDFA232F300u);  // the value before the load
+    EXPECT_NE(__stack_chk_guard, 0x2B992DDFA232F300u);  // the initial value, in StackGuard.cpp
     EXPECT_NE(__stack_chk_guard, 0u);
     EXPECT_EQ(__stack_chk_guard & 0xFF, 0u);
 }
