@@ -1,5 +1,6 @@
 /// \file
-/// Counts the open handles of the library, which must be linked statically.
+/// Counts the open handles of the library. The library must be linked statically, because the calls of a DLL cannot be
+/// hooked.
 #pragma once
 
 #include <cstddef>
