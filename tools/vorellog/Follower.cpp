@@ -31,8 +31,9 @@ Follower::Progress Follower::poll() {
     return startOver(pair);
 }
 
-/// Opens a consistent pair of files. A rotation replaces the backup. So if the backup has the same id before and after
-/// the log is opened, there was no rotation in between. While the backup is open, no other file can get its id.
+/// Opens the log and the backup, and ensures that no rotation happened between the two calls. A rotation replaces the
+/// backup. So there was no rotation if the backup has the same id before and after the log is opened. The first handle
+/// keeps the old backup open, so no new file can get the id of the old backup.
 Follower::Pair Follower::openPair() {
     constexpr unsigned int kMaxAttempts = 100;
     const auto sameFile = [](const LogFile* a, const LogFile* b) { return a && b ? a->id() == b->id() : a == b; };
@@ -70,7 +71,7 @@ Follower::Progress Follower::startOver(const Pair& pair) {
     return Progress::More;
 }
 
-/// Closes the log before passing the bytes to the sink, because a sink may be slow.
+/// Closes the log before passing the bytes to the sink. The sink may be slow, and the log should be open only briefly.
 Follower::Progress Follower::followLog(Pair pair) {
     if (readLateLines(pair)) {
         return Progress::More;
