@@ -1,15 +1,16 @@
 /// \file
-/// A text that changes between two passes of the function that reads it. A text in shared memory can change this way.
-/// The first and the last units of the text are in different pages, and at most one of these pages is accessible at
-/// a time. So the function faults whenever it moves from one page to the other, and the text changes at a chosen fault.
-/// The result does not depend on timing.
+/// A text that changes while a function reads it, for example after the function has counted the units and before it
+/// copies them. A text in shared memory can change this way. The first and the last units of the text are in different
+/// pages, and at most one of these pages is accessible at a time. An access to the inaccessible page is a fault. The
+/// fault handler makes this page accessible and the other page inaccessible, which is called a switch. The text changes
+/// at the switch that the test chooses, so the result does not depend on timing.
 ///
 ///     test::ChangingText<char> text("aaaa", "%%%%");
 ///     unsigned int nth = 0;
 ///     do {
 ///         text.changeAt(++nth);
 ///         vorel::util::urlEncode(text.data(), output, false, false);
-///     } while (text.switches() >= nth);   // until the text is read with fewer than `nth` switches
+///     } while (text.switches() >= nth);   // ends when the function reads the text with fewer than `nth` switches
 #pragma once
 
 #include <algorithm>
@@ -114,8 +115,8 @@ private:
 template <class T>
 class ChangingText {
 public:
-    /// The length of the text. The text nearly fills a string buffer of 8,192 bytes, so a longer result does not fit
-    /// into such a buffer.
+    /// The length of the text in units. The text nearly fills a string buffer of 8,192 bytes, so a longer result does
+    /// not fit into such a buffer.
     static constexpr std::size_t kUnits = (2 * SwitchingPages::kPage - 40) / sizeof(T) - 1;
 
     ChangingText(const std::basic_string<T>& before, const std::basic_string<T>& after)

@@ -1,6 +1,6 @@
 /// \file
-/// Reference implementation of the Boolean and list parsers. Like NumberReference.h, it matches patterns against shapes
-/// (Shape.h).
+/// Reference implementation of the Boolean and list parsers. As in NumberReference.h, the functions expect texts in the
+/// narrow form that `shapeOf` returns (see Shape.h).
 #pragma once
 
 #include <cstdint>
@@ -59,7 +59,8 @@ struct ListReading {
     bool whole = true;
 };
 
-/// Parses item by item. Each item is the match of the pattern at the current position; an empty match ends the list.
+/// Parses item by item. An item is the text that the pattern `item` matches at the current position. An empty match
+/// ends the list.
 inline ListReading<std::uint32_t> readIntegers(std::string_view text) {
     static const std::regex item(R"(([-+]?)([0-9]*)(\.[0-9]*)?[ \t\n\r]*,?)");
     ListReading<std::uint32_t> list;
@@ -83,7 +84,7 @@ inline bool canBeIntegers(std::string_view text) {
     return text.find_first_not_of("+-0123456789 \t\n\r") == std::string_view::npos;
 }
 
-/// The words between white space, up to the first word that is too long.
+/// The words between white space, up to the first word of 80 or more characters, which the library rejects.
 inline ListReading<std::string> readWords(std::string_view text) {
     ListReading<std::string> words;
     for (;;) {

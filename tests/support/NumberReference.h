@@ -1,7 +1,7 @@
 /// \file
 /// Reference implementation of the number parsers. It is simple, and uses other algorithms than the library.
-/// Regular expressions recognise numbers, and values are computed from the last digit to the first. Texts are shapes
-/// (see Shape.h).
+/// Regular expressions recognise numbers, and values are computed from the last digit to the first. The functions
+/// expect texts in the narrow form that `shapeOf` returns (see Shape.h).
 #pragma once
 
 #include <cstddef>
@@ -15,7 +15,7 @@
 
 namespace test {
 
-/// The value of a scan and the position where it stops.
+/// The value that a parser returns, and the index of the first character that the parser does not read.
 template <class Value>
 struct Reading {
     Value value{};
@@ -42,7 +42,7 @@ inline std::uint64_t valueOf(std::string_view digits, unsigned int base = 10) {
     return value;
 }
 
-/// An integer modulo 2^64. The 32-bit functions return its lower half.
+/// Reads an integer modulo 2^64. For a 32-bit function of the library, the lower half of the value is expected.
 inline Reading<std::uint64_t> readInteger(std::string_view text, bool isSigned, bool skipTrailing) {
     std::size_t at = runOf(kBlanks, text, 0);
     const bool hasSign = at < text.size() && (text[at] == '+' || (isSigned && text[at] == '-'));
@@ -117,7 +117,8 @@ inline double mantissaOf(const DecimalParts& parts) {
     return upper * 1.0e9 + lower;
 }
 
-/// The signed value: the mantissa scaled by the total exponent. The factor is a product of 10^1, 10^2, 10^4, ….
+/// The signed value: the mantissa scaled by the total exponent. The scaling factor is a product of powers from the list
+/// 10^1, 10^2, 10^4, ….
 inline double scaledValueOf(const DecimalParts& parts) {
     constexpr double kPowers[] = {1.0e1, 1.0e2, 1.0e4, 1.0e8, 1.0e16, 1.0e32, 1.0e64, 1.0e128, 1.0e256};
     const auto used = static_cast<std::int64_t>(parts.digits.size() < 18 ? parts.digits.size() : 18);

@@ -1,7 +1,8 @@
 /// \file
-/// Runs tests on random inputs. The seed is fixed; a failure message shows it and the number of the input. Texts for
-/// scanners are placed at random. Some texts are next to an inaccessible page, where a read out of bounds faults. Other
-/// texts are further inside, where a scanner may read whole blocks and must ignore the remains of earlier texts.
+/// Runs tests on random inputs. The seed is fixed; a failure message contains the seed and the number of the input.
+/// Texts for scanners are placed at random positions of a buffer. Some texts are next to an inaccessible page, where a
+/// read out of bounds faults. Other texts are in the middle of the buffer, where a scanner may read whole blocks and
+/// must ignore the remains of earlier texts.
 #pragma once
 
 #include <cstdint>
@@ -57,7 +58,7 @@ std::basic_string<T> withForeignUnit(RandomText& random, std::basic_string<T> te
 }
 
 /// Calls `check(text, shape)` for `count` random texts. Each text is created by `make(random)`, converted to the
-/// character type `T`, and placed at a random position. `shape` is its narrow form (see Shape.h).
+/// character type `T`, and placed at a random position. `shape` is the narrow form of the text (see Shape.h).
 template <class T, class Make, class Check>
 void forEachRandomText(int count, Make make, Check check) {
     PageEdge<T> pages(2048);

@@ -1,6 +1,6 @@
 /// \file
-/// All operations that take a format, called with a format that the runtime rejects, in both widths. `%n` is an invalid
-/// parameter for the runtime's print functions.
+/// Calls of all operations that have a format parameter, in both widths, with a format that the runtime rejects. The
+/// format contains `%n`, which the runtime's print functions treat as an invalid parameter.
 #pragma once
 
 #include <vorel/vorelCore.h>

@@ -14,7 +14,7 @@ namespace test {
 struct SoakCounts {
     volatile long long lines;           ///< lines written to the log
     volatile long long slowLines;       ///< lines that took so long that the log may have dropped them
-    volatile long long additions;       ///< additions to the common number
+    volatile long long additions;       ///< additions to `SoakStats::number`
     volatile long long wakeUps;         ///< wake-ups by another process
     volatile long long conversions;     ///< round trips with the original text as the result
     volatile long long memoryKiB;       ///< private memory of the process; 0 during the warm-up
@@ -33,8 +33,9 @@ struct SoakStats {
 
 using SharedSoakStats = SharedStats<SoakStats>;
 
-/// A short line with a checksum. `readStressLine` parses it. In `id`, `writer` is the number of the process. Killed
-/// processes are started again, and `thread` is the number of the start, counted over all processes.
+/// A short line with a checksum. `readStressLine` parses the line. `id.writer` is the number of the process.
+/// `id.thread` is the number of the start of the process, because killed processes are started again. Starts are
+/// counted over all processes.
 inline std::wstring soakLine(const StressLineId& id) {
     std::string text = std::to_string(id.writer) + '.' + std::to_string(id.thread) + '.' + std::to_string(id.number) +
                        ' ' + std::string(id.number % 100, '-') + ' ';

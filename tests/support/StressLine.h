@@ -1,12 +1,12 @@
 /// \file
-/// Lines whose completeness can be checked. A line contains the numbers of its writer and its thread, its own number
-/// and its length, and ends with a checksum of the preceding characters. The numbers of the writer, the thread and the
-/// line determine the whole text.
+/// Log lines for stress tests, which detect damaged lines by a checksum. A line contains the number of the writer, the
+/// number of the thread, the number of the line, and the length of the line. It ends with a checksum of the preceding
+/// bytes. The first three numbers determine the whole text.
 ///
 ///     2.0.417 9034 kE€xß…語 51d2c0ffee00aa17
 ///
-/// Lengths range from 60 to 12,000 units; most lines are short. Every 25th line has a length near the size of a buffer,
-/// or the maximum length.
+/// Lengths range from 60 to 12,000 units; most lines are short. Every 25th line has the maximum length, or a length
+/// that is near 8000 or equal to 4096 units, because buffers for messages often have these sizes.
 #pragma once
 
 #include <algorithm>
@@ -118,7 +118,7 @@ inline StressLine stressLine(const StressLineId& id) {
     return line;
 }
 
-/// The id of the line `utf8`; nullopt if the line is incomplete.
+/// The id of the line `utf8`; nullopt if the checksum is wrong or the line has no id.
 inline std::optional<StressLineId> readStressLine(std::string_view utf8) {
     constexpr std::size_t kChecksumBytes = 16;
     if (utf8.size() <= kChecksumBytes) {

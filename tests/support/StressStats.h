@@ -11,7 +11,7 @@ struct StressStats {
     static constexpr long long kNoEnd = 0x7FFFFFFFFFFFFFFF;
 
     volatile long long number;     ///< changed under the named mutex
-    volatile long long lastRound;  ///< counted from 0; kNoEnd until process 0 sets it
+    volatile long long lastRound;  ///< the number of the last round, from 0; kNoEnd until process 0 sets it
 };
 
 using SharedStressStats = SharedStats<StressStats>;

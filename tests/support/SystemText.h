@@ -1,5 +1,5 @@
 /// \file
-/// The system's error texts in the form that messages and the log have. Tests get these texts from the system,
+/// The system's error texts, as UTF-16 for messages and as UTF-8 for the log. Tests get these texts from the system,
 /// because the texts of Wine and Windows differ.
 #pragma once
 

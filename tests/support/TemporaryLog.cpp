@@ -27,8 +27,8 @@ std::string& currentPath() {
     return path;
 }
 
-/// Converts a name unit by unit, because this toolchain's library cannot convert narrow paths with the UCRT. The names
-/// are ASCII.
+/// Converts a name unit by unit, because `std::filesystem` of this toolchain cannot convert narrow paths with the UCRT.
+/// All names are ASCII.
 std::filesystem::path asPath(const std::string& name) {
     return widened(name);
 }

@@ -44,8 +44,9 @@ std::basic_string<T> trimmed(std::basic_string<T> text) {
     return first == std::string::npos ? std::basic_string<T>() : text.substr(first, last - first + 1);
 }
 
-/// Parses the quoted item at `at`, and moves `at` past the unit after the item, which must be a delimiter, or to the
-/// end of the text. Returns false if the quotes are invalid.
+/// Parses the quoted item that begins at `at`. Moves `at` past the delimiter after the item, or to the end of the text
+/// if nothing follows the item. Returns false if the closing quotation mark is missing, or if another unit than a
+/// delimiter follows it.
 template <class T>
 bool parseQuotedItem(const std::basic_string<T>& text, const std::basic_string<T>& delimiters, std::size_t& at,
                      std::basic_string<T>& item) {
@@ -128,8 +129,9 @@ struct CompareRules {
     bool slashesEqual = false;
 };
 
-/// The sign of the comparison. Compares the first characters or numbers, then the remaining texts. Narrow characters
-/// are signed.
+/// Returns -1, 0 or 1. If `numeric` is set and both texts begin with a number, compares these numbers first; otherwise
+/// compares the first characters. If the compared numbers or characters are equal, compares the remaining texts. Narrow
+/// characters are signed.
 template <class T>
 int compared(std::basic_string_view<T> a, std::basic_string_view<T> b, const CompareRules& rules) {
     const auto digitsOf = [](std::basic_string_view<T> text) {

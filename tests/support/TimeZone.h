@@ -29,7 +29,7 @@ private:
         _tzset();
     }
 
-    std::string m_before;  ///< if empty, the variable is removed
+    std::string m_before;  ///< the previous value of TZ; if empty, the destructor removes the variable
 };
 
 }  // namespace test

@@ -1,11 +1,11 @@
 /// \file
-/// Reference implementation of the UTF-8 and UTF-16 codecs, written only from the documented rules: byte by byte,
-/// without blocks, fast paths or code of the library. Tests compare the library's results with it.
+/// Reference implementation of the UTF-8 and UTF-16 codecs, written only from the documented rules. It works byte by
+/// byte, without blocks, fast paths or code of the library. Tests compare the library's results with its results.
 ///
 ///     test::decodeUtf8(bytes, -1).units    // the expected result of ConvertUTF8toString
 ///
-/// The input must also contain the bytes directly after the bound, because the trailing bytes of the last character may
-/// be there.
+/// The input must also contain the bytes after the bound `length` that belong to a character that begins before the
+/// bound, because the codecs read these bytes, too.
 #pragma once
 
 #include <cstddef>
@@ -31,12 +31,12 @@ struct EncodedText {
     std::size_t unitsRead = 0;  ///< the number of units of the input that must be readable
 };
 
-/// Whether `index` is within a bound of `length`. A negative length means no bound.
+/// Whether `index` is below the bound `length`. If `length` is negative, every index is.
 inline bool withinBound(std::size_t index, int length) {
     return length < 0 || index < static_cast<std::size_t>(length);
 }
 
-/// The length of the sequence that `lead` starts; 0 if it is not a lead byte.
+/// The length of the sequence that `lead` starts; 0 if `lead` is not a valid lead byte.
 inline unsigned int sequenceLength(unsigned char lead) {
     const unsigned int b = lead;
     if (b < 0x80) {
@@ -51,8 +51,8 @@ inline unsigned int sequenceLength(unsigned char lead) {
     if (b >= 0xF0 && b % 2 == 0) {
         return 4;
     }
-    // Five-byte sequences would start with F8 or FA, but the rule for four-byte sequences matches these lead bytes
-    // first.
+    // No sequence has five bytes. The rule for five bytes applies only to the lead bytes F8 and FA, and the rule for
+    // four bytes above already applies to them.
     return b == 0xFD ? 6 : 0;
 }
 
@@ -106,7 +106,8 @@ inline DecodedText decodeUtf8(std::string_view input, int length) {
     return result;
 }
 
-/// The text that the error message for `input` contains in parentheses. The byte at `error` is not a lead byte.
+/// The text in parentheses in the error message for `input`: the bytes after the byte at `error`, up to a zero. The
+/// byte at `error` is not a valid lead byte.
 inline std::wstring hexDump(const std::string& input, std::size_t error) {
     static constexpr wchar_t kDigits[] = L"0123456789ABCDEF";
     std::wstring dump;
@@ -119,12 +120,13 @@ inline std::wstring hexDump(const std::string& input, std::size_t error) {
     return dump;
 }
 
-/// The original UTF-8 form of one value: one to six bytes; empty for a value of 0x80000000 or more.
+/// Encodes `value` by the original definition of UTF-8, which has sequences of one to six bytes. Returns an empty text
+/// if `value` is 0x80000000 or more.
 inline std::string encodeUtf8(std::uint32_t value) {
     struct Form {
-        std::uint32_t end;   // the first value that is too large
-        unsigned int marks;  // the bits of the lead byte that encode the length
-        unsigned int trailing;
+        std::uint32_t end;      // the first value that is too large
+        unsigned int marks;     // the bits of the lead byte that encode the length
+        unsigned int trailing;  // the number of trailing bytes
     };
     static constexpr Form kForms[] = {{0x80, 0x00, 0},     {0x800, 0xC0, 1},     {0x10000, 0xE0, 2},
                                       {0x200000, 0xF0, 3}, {0x4000000, 0xF8, 4}, {0x80000000, 0xFC, 5}};
