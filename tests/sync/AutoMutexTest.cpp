@@ -405,7 +405,7 @@ TEST_P(AbandonedAutoMutex, IsTakenWithAWarning) {
     EXPECT_TRUE(GetParam()(mutex));
     EXPECT_THAT(log.messages(), ElementsAre(abandonedWarning(name)));
     EXPECT_FALSE(isFreeForOthers(mutex));
-    mutex.unlock();  // one hold, because the holds of the exited thread are not counted
+    mutex.unlock();  // releases the only hold, because the holds of the exited thread do not count
     EXPECT_TRUE(isFreeForOthers(mutex));
 }
 
@@ -453,7 +453,7 @@ TEST(AutoMutex, DestructorWaitsForTheOwner) {
         releasing = std::thread([&mutex, &held] {
             mutex.lock(1000, true);
             held.set();
-            vorel::Sleep(50);  // the destructor may have started by then, or start later; both are correct
+            vorel::Sleep(50);  // so that the destructor usually starts first; the test also passes if it starts later
             mutex.unlock();
         });
         ASSERT_TRUE(held.wait());

@@ -44,7 +44,7 @@ public:
         while (entered != count) {
             std::this_thread::yield();
         }
-        const Held held(m_lock);  // acquired only after the last waiter has released it
+        const Held held(m_lock);  // possible only after the last waiter has released the lock
     }
 
     /// Waits for all threads, and returns the number of threads that were woken by a signal.
@@ -72,10 +72,12 @@ private:
 
 class ConditionTest : public testing::Test {
 public:
-    ~ConditionTest() noexcept override = default;  // the condition's destructor may throw
+    // The destructor of the member `m_condition` may throw. So the implicit destructor would not be noexcept, but the
+    // base class requires a destructor that is noexcept.
+    ~ConditionTest() noexcept override = default;
 
 protected:
-    /// Calls `wait` with the lock held, and expects to hold it again afterwards.
+    /// Calls `wait` with the lock held, and expects that the thread holds the lock again after the call.
     bool waitHoldingTheLock(int timeoutMs) {
         const Held held(m_lock);
         const bool signalled = m_condition.wait(timeoutMs);
@@ -105,7 +107,7 @@ TEST_F(ConditionTest, WaitTimesOut) {
 }
 
 TEST_F(ConditionTest, WaitReleasesTheLockAndASignalWakesOneWaiter) {
-    m_waiters.start(2, kGenerousMs);  // acquires the lock at its end, so both waiting threads have released it
+    m_waiters.start(2, kGenerousMs);  // returns after both waiting threads have released the lock
     m_condition.signal();
     while (m_waiters.done() != 1) {
         std::this_thread::yield();
@@ -154,8 +156,8 @@ TEST_F(ConditionTest, BroadcastWithoutWaitersLeavesNoSignal) {
 
 TEST_F(ConditionTest, BroadcastWakesWaitersTenMillisecondsApart) {
     m_waiters.start(3, kGenerousMs);
-    // A thread is counted as a waiter shortly after it releases the lock, so a broadcast may not wake it. The next
-    // broadcast then wakes it.
+    // `wait` counts its thread as a waiter only after it has released the lock. A broadcast between these two steps
+    // does not wake the thread, so the test repeats the broadcast.
     const Clock::time_point start = Clock::now();
     while (m_waiters.done() != 3 && Clock::now() - start < milliseconds(kGenerousMs)) {
         m_condition.broadcast();

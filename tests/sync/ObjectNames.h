@@ -1,5 +1,5 @@
 /// \file
-/// Unique names for kernel objects, and checks whether an object exists.
+/// Unique names for kernel objects, and functions that return whether an object exists.
 #pragma once
 
 #include <string>
