@@ -11,7 +11,7 @@ inline bool isLeapYear(long long year) {
     return year % 4 == 0 && (year % 100 != 0 || year % 400 == 0);
 }
 
-/// For times since 1970.
+/// The UTC date and time of `time`, which must not be negative.
 inline std::tm civilTimeOf(long long time) {
     static constexpr int kMonthDays[] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
     long long days = time / 86400;

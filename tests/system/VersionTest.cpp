@@ -33,7 +33,7 @@ public:
         return query(L"\\", &found, &size) && size == sizeof *found ? *found : VS_FIXEDFILEINFO{};
     }
 
-    /// A text of the only language block: American English in UTF-16.
+    /// The property `name` from the only language block, which is for American English in UTF-16; "(none)" if missing.
     [[nodiscard]] std::wstring text(const std::wstring& name) const {
         wchar_t* found = nullptr;
         UINT units = 0;
