@@ -75,7 +75,7 @@ std::string outcomeOf(const Array<BaseString<T>>& output) {
     return all;
 }
 
-/// Returns `bytes` bytes of memory in the output. In an array, this memory contains the elements.
+/// Returns a pointer to `bytes` writable bytes in the output. In an array, these bytes are elements.
 template <class T>
 unsigned char* memoryOf(BaseString<T>& output, std::size_t bytes) {
     return reinterpret_cast<unsigned char*>(output.reserve(static_cast<unsigned int>(bytes / sizeof(T) + 1), true));
@@ -84,14 +84,14 @@ unsigned char* memoryOf(BaseString<T>& output, std::size_t bytes) {
 template <class T>
 unsigned char* memoryOf(Array<T>& output, std::size_t bytes) {
     const auto count = static_cast<unsigned int>((bytes + sizeof(T) - 1) / sizeof(T));
-    output.reserve(count, true);  // as large as the input, so that appending makes it grow
+    output.reserve(count, true);  // exactly as large as the input, so that appending makes the array grow
     output.setCount(count);
     return reinterpret_cast<unsigned char*>(output.data());
 }
 
 /// Runs `operation(input, output)`. Returns the operation's result or the messages of its exception, followed by '/'
-/// and the bytes of the output. Before the call, the output contains `offset` units, `text` and a terminator. The input
-/// is this text, or a separate copy of it.
+/// and the bytes of the output. Before the call, the output contains `offset` units 'x', then `text` and a terminator.
+/// The input is the text in the output, or a separate copy of it.
 template <class Input, class Output, class Operation>
 std::string withText(Place place, const std::basic_string<Input>& text, std::size_t offset, Operation&& operation) {
     const std::size_t bytes = (offset + text.size() + 1) * sizeof(Input);
@@ -112,7 +112,7 @@ std::string withText(Place place, const std::basic_string<Input>& text, std::siz
 
 // ---- Operations -----------------------------------------------------------------------------------------------------
 
-/// An operation on a text of `units` units that begins at `offset`.
+/// An operation on a text of `units` units that begins `offset` units after the start of the output.
 struct Row {
     const char* name;
     std::function<std::string(Place place, std::size_t units, std::size_t offset)> run;
@@ -306,8 +306,8 @@ std::vector<Row> buffers() {
 
 // ---- Lists of texts -------------------------------------------------------------------------------------------------
 
-/// A row for an operation `run(first, second, list)`. Both texts are items of the list, or of a copy of the list. The
-/// list has no spare capacity.
+/// A row for an operation `run(first, second, list)`. The texts `first` and `second` are items of the list, or of a
+/// copy of the list. The list has no spare capacity.
 template <class T, class Run>
 Row listRow(const char* name, std::string_view second, Run run) {
     return {name, [=](Place place, std::size_t units, std::size_t offset) {
@@ -334,7 +334,7 @@ std::vector<Row> lists() {
             [](auto* text, auto* at, auto& list) { util::singleStringToMultipleStrings(text, at, list, false); }),
         listRow<wchar_t>("multipleStringsToSingleString_ResultIsAnItem", ",",
                          [](auto* text, auto*, auto& list) {
-                             // For a separate input, write to a separate string.
+                             // If the input is separate from the list, the output is a separate string, too.
                              const bool isItem = text >= list[0].c_str() && text <= list[0].c_str() + list[0].length();
                              BaseString<wchar_t> apart;
                              BaseString<wchar_t>& result = isItem ? list[0] : apart;

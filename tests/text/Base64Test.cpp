@@ -72,7 +72,7 @@ TYPED_TEST(Base64Test, Encode_TerminatesTheReservedUnits) {
     BaseString<TypeParam> text(std::basic_string<TypeParam>(100, TypeParam{'x'}).c_str());
     Base64::Encode(arrayOf(bytesOf("foo")), text);
     EXPECT_EQ(text, test::text<TypeParam>("Zm9v").c_str());
-    EXPECT_EQ(text.data()[8], 0);  // one more group is reserved
+    EXPECT_EQ(text.data()[8], 0);  // the end of the reserved units, which are one group more than the text
 }
 
 TYPED_TEST(Base64Test, EncodeRange_OfItsOwnOutput) {
@@ -131,11 +131,11 @@ TYPED_TEST(Base64Test, Decode_ReportsInvalidText) {
          {Case{"QQ", 1, ""},         // incomplete group
           Case{"QUJDQQ", 1, "ABC"},  // the bytes before the error are kept
           Case{"QUJD!UJD", 1, "ABC"}, Case{"QUJDQUJ\x80", 1, "ABC"}, Case{"QUJDQUJ\xFF", 1, "ABC"}, Case{"QQ=", 1, ""},
-          Case{"QQ==", 0, "A"}, Case{"QQ=A", 0, "A"},   // the fourth character must be valid; its value is ignored
+          Case{"QQ==", 0, "A"}, Case{"QQ=A", 0, "A"},   // after '=', a character must be valid; its value is ignored
           Case{"QQ=!", 1, ""}, Case{"QQ==!!", 0, "A"},  // the text after the padding is ignored
           Case{"QUI=QUJD", 0, "AB"}, Case{"=QQQ", 0, {"\x01\x04\x10", 3}},  // "=" as the first character counts as A
           Case{" Q\tQ\r=\n= ", 0, "A"}, Case{"QUJD\nREVG", 0, "ABCDEF"}, Case{"QUJD\r\n", 0, "ABC"},
-          Case{"QU\vJD", 1, ""},  // other white space is not skipped
+          Case{"QU\vJD", 1, ""},  // unlike the white space above, \v is not skipped
           Case{" ", 0, ""}, Case{"", 0, ""}, Case{nullptr, 0, ""}}) {
         Array<unsigned char> bytes = arrayOf(bytesOf("old"));
         EXPECT_EQ(Base64::Decode(test::OptionalText<TypeParam>(row.text).get(), bytes), row.result)
@@ -268,8 +268,8 @@ TYPED_TEST(Base64Test, Decode_AllocatesNothingWithoutBytes) {
 }
 
 TYPED_TEST(Base64Test, Decode_GrowsForTheRestOfTheText) {
-    // A step decodes a multiple of 24 bytes. The storage grows if fewer than 32 slots are left for the next step. Of
-    // 100 slots, 28 are left after 72 bytes.
+    // `Decode` works in steps. A step decodes a multiple of 24 bytes. Before each step, the storage grows if fewer than
+    // 32 slots are free. The array has 100 slots, so 28 slots are free after 72 bytes.
     constexpr std::size_t kDecoded = 72;
     for (const std::size_t newLine : {20u, 33u, 76u, 95u, 96u, 97u, 130u}) {
         std::string text(400, 'Q');

@@ -1,7 +1,8 @@
 /// \file
 /// Operations on a text that another thread or process changes concurrently. The result is unspecified, but no
 /// operation may write beyond its memory. The guarded heap detects such writes. Each operation runs repeatedly. In each
-/// run, the text changes once, at another point while the operation reads it.
+/// run, the text changes once while the operation reads it. The change is one switch between two pages later than in
+/// the previous run (see ChangingText.h).
 
 #include <algorithm>
 #include <cstring>
@@ -42,8 +43,8 @@ using Bytes = Array<unsigned char>;
 
 constexpr int kUtf8Page = 65001;
 
-/// An object of the library that is built from its three fields and points to memory that it does not own. The object's
-/// destructor never runs.
+/// A string or an array, constructed from its three fields. It points to memory that it does not own, so its destructor
+/// never runs.
 template <class Object, class Item>
 class Borrowed {
 public:
@@ -355,14 +356,15 @@ std::vector<Operation<wchar_t>> operations() {
 
 // ---- The test -------------------------------------------------------------------------------------------------------
 
-/// Patterns whose results differ in length. The last two patterns contain a zero, which ends the text early.
+/// The patterns that the texts repeat. The results of the operations have different lengths for different patterns. The
+/// last two patterns contain a zero, which ends the text early.
 template <class T>
 std::vector<std::basic_string<T>> patterns() {
     std::vector<std::basic_string<T>> all;
     for (const char* pattern : {"a", "%", "\xFF", "\"", "1,", " ,\"", "%41+", "QUJD"}) {
         all.push_back(test::text<T>(pattern));
     }
-    // Bytes: U+00E9, U+20AC and U+1F600 in UTF-8. Units: characters whose lengths in UTF-8 also differ.
+    // U+00E9, U+20AC and U+1F600, which have different lengths in UTF-8.
     all.push_back(sizeof(T) == 1 ? test::text<T>("\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80")
                                  : std::basic_string<T>{T(0xE9), T(0x20AC), T(0xD83D), T(0xDE00)});
     all.push_back(sizeof(T) == 1 ? test::text<T>("\xE2\x82\xAC") : std::basic_string<T>{T(0x20AC)});
@@ -381,11 +383,12 @@ protected:
     static void run(const Operation<T>& operation, T* text) {
         try {
             operation.run(text, static_cast<unsigned int>(test::ChangingText<T>::kUnits));
-        } catch (const Exception&) {  // bytes that are not valid text
+        } catch (const Exception&) {  // thrown if the bytes are not valid text
         }
     }
 
-    /// Runs the operation with a text that changes at the first, the second, … fault (see `test::ChangingText`).
+    /// Runs the operation with a text that changes at the first switch, then with a text that changes at the second
+    /// switch, and so on (see `test::ChangingText`).
     static void runWithEachChange(const Operation<T>& operation) {
         constexpr unsigned int kMaxSwitches = 100;
         unsigned int most = 0;

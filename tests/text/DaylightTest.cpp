@@ -67,8 +67,8 @@ TEST(DaylightTest, Decode_ReadsEncodedText) {
 }
 
 TEST(DaylightTest, Decode_AcceptsEveryCharacter) {
-    // A comma is decoded as '+'. Any other character outside the alphabet is decoded as '.', even beyond the table of
-    // 128 entries.
+    // A comma is decoded as '+'. Any other character outside the alphabet is decoded as '.', even if its code is 128 or
+    // more, so that the decoding table has no entry for it.
     for (const wchar_t* text : {L"EI6.2", L"EI6-2", L"EI6 2",
                                 L"EI6\x7F"
                                 L"2",
@@ -154,7 +154,7 @@ TEST(DaylightTest, Decode_RejectsAWrongEnd) {
         test::expectThrows<Exception>([&] { Daylight::Decode(text, bytes); }, {kWrongEnd});
         EXPECT_EQ(valuesOf(bytes), (Bytes{0x41, 0x42, 0x00}));
     }
-    for (const wchar_t* text : {L"1", L"2", L"0"}) {  // no group before the end
+    for (const wchar_t* text : {L"1", L"2", L"0"}) {  // no group before the end character
         Array<unsigned char> bytes;
         test::expectThrows<Exception>([&] { Daylight::Decode(text, bytes); }, {kWrongEnd});
     }

@@ -53,7 +53,7 @@ TEST(HexTest, Decode_ReportsInvalidPairs) {
     for (const Row& row :
          {Row{L"41fF", 0, {0x41, 0xFF}},
           Row{L"", 0, {}},
-          Row{L"0x4142", 0, {0x41, 0x42, 0xEE}},  // the array has a byte for the prefix, too, which stays unwritten
+          Row{L"0x4142", 0, {0x41, 0x42, 0xEE}},  // the last byte is for the prefix, and is not written
           Row{L"0X41", 0, {0x41, 0xEE}},
           Row{L"0x", 0, {0xEE}},
           Row{L"x041", 1, {0xEE, 0xEE}},
@@ -88,8 +88,8 @@ TEST(HexTest, Decode_UsesTheLowEightBits) {
               1);  // the low byte is 'a', but only the letters a to z are converted to upper case
 }
 
-/// The value of a unit: a to z are converted to upper case, then the low eight bits are read as a digit or a letter
-/// from 'A'. Returns -1 if the result is not 0 to 15.
+/// The value of a unit. The letters a to z are converted to upper case. Then the low eight bits are read as a digit, or
+/// as a letter, where 'A' is 10. Returns -1 if the value is not 0 to 15.
 int lenientValue(unsigned int unit) {
     unsigned int character = unit >= 'a' && unit <= 'z' ? unit - 32 : unit;
     character &= 0xFF;
@@ -213,7 +213,7 @@ TYPED_TEST(HexText, ByteArrayToHexString_WritesEveryByte) {
     }
 }
 
-/// The value of a digit of either case, or 0 for every other unit.
+/// The value of a hexadecimal digit of either case; 0 for any other unit.
 unsigned int digitOrZero(unsigned int unit) {
     const std::size_t found = unit != 0 && unit < 128
                                   ? std::string_view("0123456789abcdef0123456789ABCDEF").find(static_cast<char>(unit))

@@ -19,7 +19,7 @@ const unsigned char* bytesOf(const std::string& text) {
     return reinterpret_cast<const unsigned char*>(text.data());
 }
 
-/// The result and the whole buffer, including the guard units after it.
+/// The result of a call, and the content of the buffer and of the guard units after the buffer.
 struct Filled {
     bool done;
     std::wstring buffer;

@@ -1,6 +1,7 @@
-// The capacity of a result. Strings grow to the next power of two, and from 1 Mi units on in steps of 1 Mi. Arrays
-// double, starting with five slots. Decoded strings, and arrays of encoded bytes, have the capacity that results if
-// the text is appended piece by piece. Encoded strings have the capacity of one `reserve` for the whole text.
+// The capacity of a result. The capacity of a string is a power of two up to 1 Mi units, and a multiple of 1 Mi units
+// above. The capacity of an array is five slots, doubled as often as necessary. Decoded strings and arrays of encoded
+// bytes have the same capacity as if the text had been appended in blocks. A block is 450 units of decoded text, or 256
+// bytes of encoded text. Encoded strings have the capacity of one `reserve` for the whole text.
 
 #include <string>
 
@@ -27,7 +28,8 @@ struct Growth {
     const char* why;
 };
 
-/// Whether a text and its terminator fill a capacity above 1 Mi units. For such a text, `reserve` adds one more step.
+/// Whether a text and its terminator exactly fill a capacity above 1 Mi units. For such a text, `reserve` allocates 1
+/// Mi units more.
 bool endsAtStep(unsigned int length) {
     return length > kMi && (length + 1) % kMi == 0;
 }
@@ -116,7 +118,7 @@ TEST(UnicodeCapacity, KeepsALargerCapacity) {
     EXPECT_EQ(bytes.capacity(), 3 * kMi);
 }
 
-/// Trailing bytes are not checked. If a sequence must start but the byte cannot start one, the decoder keeps only the
+/// Trailing bytes are not checked. If the first byte of a sequence is not a valid lead byte, the decoder keeps only the
 /// whole blocks of 450 units before this byte.
 TEST(UnicodeCapacity, MalformedTextCountsAsItIsDecoded) {
     struct Case {
@@ -138,7 +140,7 @@ TEST(UnicodeCapacity, MalformedTextCountsAsItIsDecoded) {
         {std::string(1020, 'a') + "\xC3zzz", 1023, 1024, "any byte after the lead byte is a trailing byte"},
         {std::string(1020, 'a') + "\xC3zzzz", 1024, 2048, "one more byte after the same sequence"},
         {std::string(1021, 'a') + "\xF0\x80\x81\x81z", 1023, 1024, "an overlong form of four bytes is one unit"},
-        {std::string(1021, 'a') + "\xF2\x80\x81\x81z", 1024, 2048, "another form of four bytes is a pair"},
+        {std::string(1021, 'a') + "\xF2\x80\x81\x81z", 1024, 2048, "four bytes for a value above 0xFFFF are a pair"},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.why);
@@ -190,7 +192,7 @@ TEST(UnicodeCapacity, InvalidTextGrowsForWholeBlocksOnly) {
 TEST(UnicodeCapacity, ArraysDouble) {
     constexpr Growth kOfArrays[] = {
         {1, 5, "the fewest slots"},   {5, 5, "all five slots"},    {6, 10, "twice as many"},
-        {320, 320, "one block"},      {321, 640, "one byte more"}, {640, 640, "a full array"},
+        {320, 320, "a full array"},   {321, 640, "one byte more"}, {640, 640, "a full array"},
         {641, 1280, "one byte more"}, {5000, 5120, "many blocks"}, {5 * (kMi / 4), 5 * (kMi / 4), "a large array"},
     };
     for (const Growth& growth : kOfArrays) {

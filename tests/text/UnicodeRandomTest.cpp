@@ -45,8 +45,8 @@ int boundOf(RandomText& random, std::size_t size) {
     return random.oneIn(3) ? -1 : static_cast<int>(random.below(size + 10));
 }
 
-/// Runs of ASCII that are interrupted by special and random elements, with a different frequency in each text. Most
-/// texts are short, some are longer than two blocks.
+/// ASCII letters with special and random elements between them. Each text has another frequency of such elements. Most
+/// texts have fewer than 60 elements. Some have up to 1,500 elements, so they are converted in several blocks.
 template <class T>
 std::basic_string<T> mixedText(RandomText& random, std::basic_string_view<T> interesting) {
     const std::size_t rarity = random.below(40) + 1;
@@ -113,7 +113,8 @@ TEST_F(UnicodeRandom, Decoding) {
         expectStringForms(input, length, expected);
         expectBufferForm(input, length, expected, 1 + random.below(expected.units.size() + 4));
         if (expected.error && ++count % 20 == 0) {
-            // The hex dump in the message contains all bytes up to the next zero, even beyond the bound.
+            // This call gets the whole text, because the hex dump in the message contains all bytes up to the next
+            // zero, even beyond the bound.
             BaseString<wchar_t> output;
             test::expectThrows<vorel::Exception>(
                 [&] { ConvertUTF8toString(output, reinterpret_cast<const unsigned char*>(text.data()), length, true); },

@@ -33,7 +33,7 @@ void expectBuffer(const T* returned, const BaseString<T>& output) {
     EXPECT_EQ(returned, output.c_str());
 }
 
-/// A way to call the encoder, with flags or with a component, and the same rule for the reference encoder.
+/// A way to call the encoder, with flags or with a component, and the rule that makes the reference encoder equivalent.
 struct Use {
     int component;  // kFlags for the overloads with flags
     bool reserved;
@@ -104,7 +104,7 @@ TEST(UrlEncode, RandomTextsAgreeWithTheReference) {
     test::PageEdge<char> edge(4096);
     BaseString<char> output;
     test::forEachRandomInput(20000, [&](test::RandomText& random) {
-        // Texts with few escapes, and texts that are mostly escapes.
+        // Texts with few characters to escape, and texts with many.
         std::string text = random.from(random.oneIn(3) ? " %/\xC3~" : "abcdefghijklmnopqrstuvw/", random.below(220));
         for (std::size_t more = random.below(4); more != 0 && !text.empty(); --more) {
             text[random.below(text.size())] = random.oneOf(allBytes());

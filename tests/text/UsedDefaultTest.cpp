@@ -1,6 +1,7 @@
 /// \file
-/// Tests of the report whether a default character was used. For some code pages, the system does not support this
-/// report, and rejects the call (Microsoft's documentation, page "WideCharToMultiByte function").
+/// Tests of the output that reports whether a default character was used. For some code pages, the system does not
+/// support this output, and rejects calls that request it (Microsoft's documentation, page "WideCharToMultiByte
+/// function").
 
 #include "vorel/text/CodePages.h"
 
@@ -18,7 +19,7 @@ namespace util = vorel::util;
 
 constexpr auto kNothing = static_cast<std::size_t>(-1);
 
-/// The pages of the UTF forms, ISO 2022, HZ, GB18030 and ISCII.
+/// The code pages for UTF-7, UTF-8, ISO 2022, HZ, GB18030 and ISCII.
 const int kPages[] = {65000, 65001, 50220, 50221, 50222, 50225, 50227, 52936, 54936, 57002,
                       57003, 57004, 57005, 57006, 57007, 57008, 57009, 57010, 57011};
 
