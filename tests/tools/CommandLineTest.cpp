@@ -40,7 +40,7 @@ TEST(CommandLineTest, SuggestsSimilarOptions) {
     };
     const Case cases[] = {
         {L"--decod", L"unknown option --decod; did you mean --decode?", "a missing letter"},
-        {L"--decoded=x", L"unknown option --decoded; did you mean --decode?", "another letter, and a value"},
+        {L"--decoded=x", L"unknown option --decoded; did you mean --decode?", "an additional letter, and a value"},
         {L"--deocde", L"unknown option --deocde; did you mean --decode?", "swapped letters"},
         {L"--ouput", L"unknown option --ouput; did you mean --output?", "another option"},
         {L"--out", L"unknown option --out; did you mean --output?", "an abbreviation"},

@@ -114,7 +114,7 @@ TEST(LineCommandsTest, AByteOrderMarkAtTheStartIsDropped) {
         {"before a text", {L"sort"}, mark + "a\n", "a\n"},
         {"alone", {L"integer"}, mark, ""},
         {"before an empty line", {L"sort"}, mark + "\n", "\n"},
-        {"a character at any other position", {L"sort"}, mark + mark + "a\n" + mark + "b", mark + "a\n" + mark + "b\n"},
+        {"kept at any other position", {L"sort"}, mark + mark + "a\n" + mark + "b", mark + "a\n" + mark + "b\n"},
     };
     std::for_each(std::begin(conversions), std::end(conversions), test::expectConversion);
 }
