@@ -17,7 +17,7 @@ namespace {
 constexpr std::size_t kPage = 4096;
 constexpr std::size_t kRegionPages = std::size_t{1} << 22;    // 16 GiB of address space; only a small part is in use
 constexpr std::size_t kMaxBlockBytes = std::size_t{1} << 28;  // larger blocks come from the runtime
-constexpr std::size_t kQuarantine = 8192;                     // number of recently freed small blocks not reused yet
+constexpr std::size_t kQuarantine = 8192;                     // the last freed small blocks, which are not reused
 constexpr std::size_t kMaxRetired = 2 * kQuarantine;
 constexpr std::size_t kMaxForbidden = 20'000;
 constexpr std::size_t kLeadingBytes = 256;      // maximum number of checked bytes before a block
@@ -28,12 +28,12 @@ constexpr DWORD kWaitTimeoutMs = 5000;
 
 enum class State : std::uint32_t { Free, Live, Forbidden, Filled };
 
-/// Describes a run of pages, which contains one block or is free. `pieces` stores the description at the index of the
-/// first page.
+/// Describes consecutive pages that contain one block or are free. `pieces` stores the description at the index of the
+/// first of these pages.
 struct Piece {
     std::uint64_t serial;
     std::uint32_t bytes;  // size of the block
-    std::uint32_t pages;  // includes the inaccessible page at the end; 0 if no run of pages begins here
+    std::uint32_t pages;  // includes the inaccessible page at the end; 0 if no piece begins at this page
     State state;
 };
 
@@ -68,7 +68,7 @@ constinit unsigned char* region = nullptr;
 constinit Piece* pieces = nullptr;  // one for each page of the region
 constinit Retired retired{};
 constinit std::size_t forbidden = 0;  // number of small blocks that were made inaccessible
-constinit std::size_t next = 0;       // the page at which the search for the next piece starts
+constinit std::size_t next = 0;       // the page at which the next search for free pages starts
 constinit std::size_t liveCount = 0;
 constinit std::uint64_t lastSerial = 0;
 constinit std::size_t awaited = 0;  // `reached` is set when `liveCount` falls to this value
@@ -105,7 +105,8 @@ unsigned char* blockOf(std::size_t page) noexcept {
     return pieces[page].bytes == 0 ? startOf(page) : endOf(page) - pieces[page].bytes;
 }
 
-/// Finds the block at or next to a faulting address, and prints its size and the distance of the address.
+/// Finds the block at or next to a faulting address. Prints the size of the block and the distance between the block
+/// and the address.
 LONG CALLBACK explain(EXCEPTION_POINTERS* fault) noexcept {
     const EXCEPTION_RECORD& record = *fault->ExceptionRecord;
     if (record.ExceptionCode != EXCEPTION_ACCESS_VIOLATION || record.NumberParameters < 2) {
@@ -321,7 +322,7 @@ void* allocateZeroed(std::size_t count, std::size_t bytes) noexcept {
     }
     unsigned char* const block = placeBlock(count * bytes);
     if (block && count * bytes <= kPage) {
-        std::memset(block, 0, count * bytes);  // larger blocks have new pages, which are filled with zeros
+        std::memset(block, 0, count * bytes);  // larger blocks have new pages, which the system has filled with zeros
     }
     return block;
 }
@@ -381,7 +382,7 @@ std::string sizesSince(std::uint64_t serial) {
     std::uint32_t sizes[kMaxSizes];
     std::size_t count = 0;
     {
-        const std::lock_guard lock(heapLock);  // released before the text is built, which allocates blocks
+        const std::lock_guard lock(heapLock);  // released before the text allocates blocks
         for (std::size_t page = 0; page < kRegionPages && pieces[page].pages != 0; page += pieces[page].pages) {
             if (pieces[page].state == State::Live && pieces[page].serial > serial && count < kMaxSizes) {
                 sizes[count++] = pieces[page].bytes;

@@ -9,9 +9,9 @@
 /// checked before the page of such a block is reused. The page is reused only after at least 8,192 other small blocks
 /// were freed.
 ///
-/// A fault prints an explanation to stderr before it ends the program: "heap: read 0 bytes past the end of a block of
-/// 10 bytes". If a block is freed twice, or if the pattern before a block or in a freed block has changed, the heap
-/// prints an explanation and aborts the program.
+/// If an access faults, the heap prints an explanation to stderr, such as "heap: read 0 bytes past the end of a block
+/// of 10 bytes", and the fault ends the program. If a block is freed twice, or if the pattern before a block or in a
+/// freed block has changed, the heap prints an explanation and aborts the program.
 #pragma once
 
 #include <cstddef>
@@ -23,8 +23,8 @@ namespace heap::blocks {
 /// The number of blocks that are allocated and not freed.
 std::size_t live() noexcept;
 
-/// Waits until at most `count` blocks are live, because a thread that has ended may free its last blocks later. Returns
-/// false after 5 seconds.
+/// Waits until at most `count` blocks are live, because the last blocks of a thread may be freed shortly after the
+/// thread was joined. Returns false after 5 seconds.
 bool waitForLive(std::size_t count) noexcept;
 
 /// A number that grows with every allocated block.

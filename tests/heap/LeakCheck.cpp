@@ -32,7 +32,7 @@ public:
         if (!m_isSecondRun || !info.result()->Passed() || (blocks::waitForLive(m_before) && isWithoutHiddenLeak())) {
             return;
         }
-        // Read before the message is built, because that allocates blocks.
+        // These calls must come before the message, because the message allocates blocks.
         const std::size_t after = blocks::live();
         const std::string sizes = blocks::sizesSince(m_serial);
         ADD_FAILURE() << m_before << " live blocks before the test, " << after
