@@ -2,7 +2,7 @@
 
 The search relies on the layout that clang-format produces: a binary operator has a space on both sides, the angle
 brackets of a template have none, and every body is in braces. A change that does not compile is replaced by another
-change, so a wrong guess only costs time.
+change. So an expression that matches the wrong text only costs time.
 """
 
 import hashlib
@@ -61,8 +61,8 @@ class Change:
     line: int
     before: str  # the affected lines, joined into one line without indentation
     after: str
-    # Hexadecimal; the order of the changes of one kind. It depends on the changed lines and on the number of earlier
-    # identical changes.
+    # A hash in hexadecimal, by which the changes of one kind are sorted. It depends on the seed, the path, the affected
+    # lines and the number of earlier changes with the same lines.
     rank: str
 
     def applied(self, text):
@@ -87,7 +87,7 @@ def _code(text):
 
 
 def _closing(code, opening):
-    """The offset of the closing parenthesis for the one at `opening`."""
+    """The offset of the parenthesis that closes the parenthesis at `opening`."""
     depth = 0
     for offset in range(opening, len(code)):
         depth += {"(": 1, ")": -1}.get(code[offset], 0)

@@ -32,8 +32,8 @@ AIM_PERCENT = 95
 
 
 def read_list(path):
-    """Reads blocks that are separated by empty lines. Each has a file, `- line`, `+ line` and a reason. Returns reasons
-    by key."""
+    """Reads a list of changes, whose entries are separated by empty lines. The lines of an entry are the file, `- ` and
+    the old line, `+ ` and the new line, and a reason. Returns a dictionary: key of the change → reason."""
     entries = {}
     for block in path.read_text().split("\n\n") if path.exists() else []:
         lines = [line.strip() for line in block.splitlines() if line.strip() and not line.startswith("#")]
@@ -76,9 +76,10 @@ def shares(sizes, count):
 
 
 def steps_for(change, build):
-    """The order of tests: tests of the file and of the files that use it, then tests of its folder, then all others.
+    """Pairs of a program and a filter for its tests, in the order in which they run.
 
-    Programs that link the DLL come first, because one compilation serves all of them."""
+    Tests of the changed file and of the files that use it come first, then all other tests. In both groups, programs
+    that link the DLL come first, because one compilation serves all of them."""
     folder = Path(change.path).parent.name
     sources = {Path(change.path).stem.removesuffix("Avx2")}
     for output in build.made_of(change.path):
@@ -189,7 +190,7 @@ def report(results):
 
 def arguments():
     parser = argparse.ArgumentParser(prog="./dev mutate", description=__doc__.split("\n\n", maxsplit=1)[0])
-    parser.add_argument("scope", nargs="*", default=SCOPE, help="sources or folders; default: algorithms, exceptions, log, locks")
+    parser.add_argument("scope", nargs="*", default=SCOPE, help="sources or folders; default: SCOPE in this script")
     parser.add_argument("--count", type=int, default=240, help="number of changes to try (default: %(default)s)")
     parser.add_argument("--seed", type=int, default=1, help="seed of the sample (default: %(default)s)")
     parser.add_argument("--jobs", type=int, default=2, help="changes to try at the same time (default: %(default)s)")

@@ -17,7 +17,8 @@ import time
 from pathlib import Path
 
 _SUITE = re.compile(r"^\s*(?:TYPED_)?TEST(?:_[FP])?\(\s*(\w+)\s*,", re.MULTILINE)
-# "stress" depends on the clock and needs the whole machine. "exports" reads the file of the released DLL.
+# The programs "stress" and "exports" are not run. "stress" depends on the clock and needs the whole machine. "exports"
+# checks the tables of the DLL file, which the changes do not affect.
 _NOT_RUN = {"stress", "exports"}
 
 
@@ -26,7 +27,7 @@ class LibraryDoesNotCompile(Exception):
 
 
 class TestDoesNotCompile(Exception):
-    """The change breaks a rule that a test asserts at compile time."""
+    """The change violates a static assertion of a test."""
 
 
 def _output_of(command):
@@ -120,8 +121,8 @@ class Build:
         return dependencies
 
     def made_of(self, path):
-        """The objects that depend on `path`, a source or a header relative to the root. An object that includes it only
-        through a precompiled header is missing here: see `includes`."""
+        """The objects that depend on `path`, a source or a header relative to the root. Objects that include the file
+        only through a precompiled header are missing, but `includes` detects them."""
         return self._dependencies.get(str(self.root / path), set())
 
     def includes(self, output, path):
@@ -167,7 +168,8 @@ class Bench:
         self._path, self._made = path, {}
         self._restore("vorelCore.dll")
         self._affected = self._build.made_of(path) if path else set()
-        # The precompiled header contains the original file.
+        # If the precompiled header includes the file, it contains the original text. So the affected sources are
+        # compiled without the precompiled header.
         self._is_precompiled = any(output.endswith(".gch") for output in self._affected)
         if path:
             (self._overlay / path).parent.mkdir(parents=True)
@@ -261,14 +263,14 @@ class Bench:
         return (self._folder / "output.txt").read_text(errors="replace")
 
     def _is_slow(self, program, test_filter):
-        """Whether the machine is so busy that the unchanged library exceeds the limit too. If so, raises the limit."""
+        """Runs tests with the unchanged library. Returns whether the machine is so busy that the limit was raised."""
         limit = program.limit_seconds
         self.measure(program, test_filter)
         return program.limit_seconds > limit
 
     def measure(self, program, test_filter="*"):
-        """Runs tests with the unchanged library and sets the limit to a multiple of the time. Returns a failed test, or
-        None."""
+        """Runs tests with the unchanged library. Raises the time limit if it is below 20 seconds plus five times the
+        time of this run. Returns a failed test, or None."""
         begin, limit = time.monotonic(), program.limit_seconds
         program.limit_seconds = 3600
         failed = self._run(self._build.folder / "bin", program, test_filter)
