@@ -18,9 +18,9 @@
 namespace {
 
 constexpr int kTrap = static_cast<int>(EXCEPTION_ILLEGAL_INSTRUCTION);  // also raised by the stack protector
-constexpr int kAborted = 3;  // std::abort, from an assertion of the standard library
+constexpr int kAborted = 3;  // by std::abort, which a failed assertion of the standard library calls
 
-// Volatile, so that the compiler cannot evaluate the errors.
+// Volatile, so that the compiler cannot detect or remove the undefined behaviour.
 volatile int largest = INT_MAX;
 volatile int one = 1;
 volatile double huge = 1e300;
