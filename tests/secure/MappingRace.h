@@ -1,5 +1,6 @@
 /// \file
-/// A race: in each round, several threads or processes open one new named mapping of a file at the same time.
+/// A race between several threads or processes, which are called parties. In each round, all parties open the same new
+/// named mapping of a file at the same time.
 #pragma once
 
 #include <string>
@@ -54,7 +55,7 @@ inline int runMappingRace(const MappingRace& race) {
     constexpr DWORD kSize = 4096;
     const SharedCounters meeting(Handle(CreateFileMappingW(INVALID_HANDLE_VALUE, nullptr, PAGE_READWRITE, 0, kSize,
                                                            (race.name + L"_meeting").c_str())));
-    long awaited = 0;  // the number of arrivals when all parties have arrived
+    long awaited = 0;  // the number of arrivals after which all parties continue
     const auto waitForAll = [&] {
         const ULONGLONG end = GetTickCount64() + kGenerousMs;
         awaited += race.parties;

@@ -10,6 +10,6 @@ inline constexpr PeerResult kPeerFailed = 0x80;    ///< an exception, or an unkn
 inline constexpr PeerResult kPeerObtained = 0x01;  ///< the handle was obtained, or IsAdmin returned
 inline constexpr PeerResult kPeerCreated = 0x02;   ///< the call created the object
 inline constexpr PeerResult kPeerDone =
-    0x04;  ///< mutex: locked; event: signalled; mapping: had the expected content; admin: the user is an administrator
+    0x04;  ///< mutex locked, event signalled, mapping with the expected content, administrator, or race correct
 
 }  // namespace test

@@ -1,7 +1,7 @@
 /// \file
 /// Simulates a second, ordinary user without a second account. A thread gets a restricted copy of the token of this
-/// process. In this copy, the user, the owner of new objects and the administrators count only where an access list
-/// denies access. So the thread has no rights as the owner of an object, but it has the rights of Everyone.
+/// process. For this copy, an entry of an access list that allows access to the user, the owner of new objects or the
+/// administrators has no effect. So the thread has no rights as the owner of an object, but the rights of Everyone.
 #pragma once
 
 #include <set>

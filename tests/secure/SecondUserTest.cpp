@@ -97,7 +97,7 @@ TEST_P(SecondUser, ObtainsAndUsesTheObject) {
     ASSERT_TRUE(object);
     const test::ActAsSecondUser second;
     const Handle same(GetParam().obtain(name));
-    ASSERT_TRUE(same) << "the object cannot be created again, so it must be opened";
+    ASSERT_TRUE(same) << "the object exists, so the call must open it";
     EXPECT_TRUE(GetParam().use(same.get()));
     EXPECT_FALSE(log.exists());
 }

@@ -26,7 +26,7 @@ bool isSet(HANDLE event) {
 
 class SecuredEvent : public testing::Test {
 protected:
-    ~SecuredEvent() override { EXPECT_FALSE(log.exists()) << "the failure is reported to the caller only"; }
+    ~SecuredEvent() override { EXPECT_FALSE(log.exists()) << "failures must not be logged"; }
 
     Handle obtain(int manualReset = 0, int initialState = 0, int retries = 0, int sleepMs = 0) {
         return Handle(vorel::ObtainAccessableEvent(manualReset, initialState, name.c_str(), retries, sleepMs, text));
