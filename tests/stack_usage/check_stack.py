@@ -1,4 +1,5 @@
-"""Checks the stack usage of the diagnostic channels.
+"""Checks the stack usage of the diagnostic channels: the functions warn, debug and log of the class Exception, and
+their variants.
 
 Compiles the sources that handle a line of the log, reads the compiler's call graph with the size of each frame, and
 adds up the deepest chain of calls of each channel. The stack of the runtime and the system is not included. The
