@@ -112,7 +112,7 @@ class HandleCount : public testing::TestWithParam<Operation> {
 };
 
 TEST_P(HandleCount, DoesNotGrow) {
-    GetParam().run();  // the system may keep handles after the first call
+    GetParam().run();  // the system may keep handles that the first call opened
     const DWORD before = handleCount();
     if (before == 0) {
         ASSERT_NE(test::wineVersion(), nullptr);

@@ -1,5 +1,5 @@
 /// \file
-/// Tests of the log while another process holds its lock.
+/// Tests of the log while another process holds the lock on the log file.
 
 #include <cerrno>
 #include <chrono>

@@ -19,7 +19,7 @@ namespace test {
 
 inline constexpr unsigned int kWriters = 6;
 inline constexpr unsigned int kThreadsPerWriter = 4;
-inline constexpr unsigned int kEndless = 0;  ///< lines per thread of a writer that writes until it is terminated
+inline constexpr unsigned int kEndless = 0;  ///< a number of lines: the writer writes until it is terminated
 
 /// One writing process.
 struct LogWriter {
@@ -49,8 +49,8 @@ public:
     /// exceeds `kGenerousMs`.
     [[nodiscard]] bool waitForProgress() const;
 
-    /// Waits for the writers that are not endless and collects their results. Returns false if a writer fails or
-    /// has no result.
+    /// Waits for the writers that are not `kEndless`, and collects their results. Returns false if one of these writers
+    /// fails or has no result.
     [[nodiscard]] bool finish();
 
     [[nodiscard]] const std::vector<LogWriter>& all() const { return m_writers; }

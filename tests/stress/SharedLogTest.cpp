@@ -72,7 +72,7 @@ TEST(SharedLogTest, LogAndBackupContainOnlyCompleteLinesWithSmallLimit) {
     const std::vector<StressLineId> newer = test::readStressLog(log.path(), writers);
     found.insert(found.end(), newer.begin(), newer.end());
 
-    // The lines of each thread are in order, so no line occurs twice.
+    // The numbers of the lines of each thread must increase. So no line may occur twice.
     std::map<std::pair<unsigned int, unsigned int>, unsigned int> next;
     for (const StressLineId& id : found) {
         unsigned int& expected = next[{id.writer, id.thread}];

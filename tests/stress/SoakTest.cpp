@@ -88,7 +88,7 @@ public:
     }
 
     /// Each line that a process has counted must be in the log, once and in order. A killed process may have written
-    /// one more line, or a part of one.
+    /// one more line, or a part of one more line.
     void expectCompleteLog() {
         readLog();
         EXPECT_LE(m_torn, m_kills);
@@ -224,7 +224,7 @@ private:
     long long m_kills = 0;
     long long m_torn = 0;       ///< lines of the log that begin with a partial line
     long long m_abandoned = 0;  ///< warnings about an abandoned mutex
-    long long m_invalid = 0;    ///< such lines whose text after the last '[' is not a complete line
+    long long m_invalid = 0;    ///< lines that cannot be parsed, even from their last '['
     std::string m_firstInvalid;
 };
 
