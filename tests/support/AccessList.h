@@ -82,7 +82,8 @@ inline AccessList accessListOf(PSECURITY_DESCRIPTOR descriptor) {
     for (DWORD index = 0; index < acl->AceCount; ++index) {
         void* ace = nullptr;
         if (GetAce(acl, index, &ace)) {
-            auto* const entry = static_cast<ACCESS_ALLOWED_ACE*>(ace);  // same layout for denied access
+            // An entry that denies access has the same layout.
+            auto* const entry = static_cast<ACCESS_ALLOWED_ACE*>(ace);
             list.entries.push_back(
                 {entry->Header.AceType, entry->Header.AceFlags, entry->Mask, sidBytes(&entry->SidStart)});
         }

@@ -1,5 +1,6 @@
 /// \file
-/// Converts the library's arrays and strings to standard containers, for comparisons and failure messages.
+/// Converts the library's arrays and strings to standard containers, for comparisons and failure messages, and converts
+/// standard containers to arrays and strings of the library.
 #pragma once
 
 #include <string>

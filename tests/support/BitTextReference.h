@@ -17,7 +17,7 @@ inline constexpr std::string_view kBase64Characters =
 inline constexpr std::string_view kDaylightCharacters =
     ".+0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz";
 
-/// The bits of the bytes as characters 0 and 1, the highest bit of each byte first.
+/// The bits of the bytes as the characters '0' and '1', the highest bit of each byte first.
 inline std::string bitsOf(const Bytes& bytes) {
     std::string bits;
     for (const unsigned char byte : bytes) {
@@ -28,7 +28,7 @@ inline std::string bitsOf(const Bytes& bytes) {
     return bits;
 }
 
-/// One character for each six bits. The last group is padded with zeros.
+/// One character for each group of six bits. The last group is padded with zero bits.
 inline std::string charactersOf(std::string bits, std::string_view alphabet) {
     std::string text;
     bits.resize((bits.size() + 5) / 6 * 6, '0');

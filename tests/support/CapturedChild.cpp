@@ -59,7 +59,7 @@ Captured capture(const std::wstring& program, const std::vector<std::wstring>& a
     options.output = inheritable(out.writer);
     options.error = inheritable(error.writer);
     const ChildProcess child(program, arguments, options);
-    // Reading a pipe ends only after every handle to the write end is closed, so this process must not keep one.
+    // Reading from a pipe ends only after every handle to its write end is closed, so this process closes its handles.
     in.reader.close();
     out.writer.close();
     error.writer.close();

@@ -15,7 +15,7 @@ class ChildArguments {
 public:
     ChildArguments(int count, char** arguments) : m_arguments(arguments + 1, arguments + count) {}
 
-    /// The value of `name`; empty if it is missing.
+    /// The value of `name`; empty if the argument is missing.
     [[nodiscard]] std::string text(std::string_view name) const {
         for (const std::string& argument : m_arguments) {
             if (argument.starts_with(name) && argument.substr(name.size(), 1) == "=") {
@@ -28,7 +28,7 @@ public:
     /// The value of `name` as wide text; ASCII only.
     [[nodiscard]] std::wstring wide(std::string_view name) const { return widened(text(name)); }
 
-    /// The value of `name` as a number; 0 if it is missing.
+    /// The value of `name` as a number; 0 if the argument is missing.
     [[nodiscard]] long long number(std::string_view name) const {
         return std::strtoll(text(name).c_str(), nullptr, 10);
     }

@@ -52,7 +52,7 @@ ChildProcess::ChildProcess(const std::wstring& program, const std::vector<std::w
     }
     PROCESS_INFORMATION started = {};
     const BOOL created = startProgram([&] {
-        std::wstring writable = commandLine;  // the call may change it
+        std::wstring writable = commandLine;  // the system may change the command line
         const BOOL inherits = options.inheritHandles || hasStreams;
         const wchar_t* const directory = options.directory.empty() ? nullptr : options.directory.c_str();
         return options.token ? CreateProcessAsUserW(options.token, path.c_str(), writable.data(), nullptr, nullptr,

@@ -29,7 +29,8 @@ void expectWaitsFor(
     EXPECT_EQ(running.wait_for(std::chrono::seconds(60)), std::future_status::ready);
 }
 
-/// Runs `action` in the same way, and expects that it ends while the lock is still held.
+/// Runs `action` on another thread while the calling thread holds `lock`. Expects that `action` ends before the lock is
+/// released.
 template <class Lock>
 void expectPasses(Lock& lock, const std::function<void()>& action) {
     ASSERT_TRUE(lock.lock(0, true));

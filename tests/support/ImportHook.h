@@ -21,7 +21,8 @@
 #include <sys/stat.h>
 #include <windows.h>
 
-// The entries of the import table. The name of an entry is "imported" and the name of its function without underscores.
+// The entries of the import table. The name of an entry is "imported", followed by the name of its function without
+// underscores.
 extern "C" {
 extern decltype(&::AccessCheck) importedAccessCheck __asm__("__imp_AccessCheck");
 extern decltype(&::AddAccessAllowedAce) importedAddAccessAllowedAce __asm__("__imp_AddAccessAllowedAce");
@@ -173,10 +174,10 @@ private:
     ImportPatch<Result(Arguments...)> m_patch;
 };
 
-/// The last error after a call that fails on purpose. Nothing else in a test sets this code.
+/// The last error that a call sets if a test lets the call fail. Nothing else in a test sets this code.
 inline constexpr DWORD kFailureError = ERROR_DISK_FULL;
 
-/// Returns null or false, and sets `kFailureError`.
+/// A function that fails: it returns null or false, and sets the last error to `kFailureError`.
 template <class Function>
 struct FailingCall;
 
