@@ -19,7 +19,7 @@ namespace heap {
 
 namespace {
 
-/// The blocks in use. The table is static, because it must not allocate memory.
+/// The counted blocks that are in use. The table is static, because it must not allocate memory.
 struct Held {
     void* blocks[4096];
     std::size_t count;

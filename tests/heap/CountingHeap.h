@@ -2,9 +2,8 @@
 /// The heap of a test program. It serves every `malloc`, `calloc`, `realloc` and `free` of the library and of the
 /// tests, and the global `new` and `delete`. It can make requests fail, and it counts the blocks in use.
 ///
-/// It serves neither the requests of the C runtime itself (streams, locales) nor the requests of the compiler's runtime
-/// (thrown objects). In the guarded build, the compiler's runtime is linked statically, so this heap also serves
-/// the requests of the compiler's runtime.
+/// It does not serve the requests of the C runtime itself (streams, locales). It serves the requests of the compiler's
+/// runtime (thrown objects) only in the guarded build, which links the compiler's runtime statically.
 ///
 ///     heap::watch();                       // starts counting blocks
 ///     heap::arm(3, heap::Failure::Once);   // the third request after this call fails

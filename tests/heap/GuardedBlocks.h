@@ -1,13 +1,14 @@
 /// \file
 /// A heap that detects errors that the runtime's heap misses. Each block ends at an inaccessible page, so the first
 /// access past the end faults. The page before the block is inaccessible, too. If there are bytes between that
-/// page and the block, the last 256 of them are filled with a pattern, which is checked when the block is freed. No
-/// padding is needed at the end of a block, because its size is a multiple of the alignment of its contents.
+/// page and the block, the last 256 of them are filled with a pattern, which is checked when the block is freed.
+/// A block ends exactly where the inaccessible page begins. The contents of the block are aligned nevertheless, because
+/// the size of the block is a multiple of their alignment.
 ///
-/// A freed block becomes inaccessible. If a program frees many small blocks (of at most one page), this is too slow. So
-/// after the first 20,000 small blocks, a freed small block is overwritten with a pattern instead. The pattern is
-/// checked before the page of such a block is reused. The page is reused only after at least 8,192 other small blocks
-/// were freed.
+/// A freed block becomes inaccessible. If a program frees many small blocks (of at most one page), making each block
+/// inaccessible is too slow. So after the first 20,000 small blocks, a freed small block is overwritten with a pattern
+/// instead. The pattern is checked before the page of such a block is reused. The page is reused only after at least
+/// 8,192 other small blocks were freed.
 ///
 /// If an access faults, the heap prints an explanation to stderr, such as "heap: read 0 bytes past the end of a block
 /// of 10 bytes", and the fault ends the program. If a block is freed twice, or if the pattern before a block or in a
