@@ -230,7 +230,7 @@ TEST_F(SecuredFileMapping, EmptyFileWithoutASizeThrows) {
     expectFailure(path, 0, text);
     EXPECT_FALSE(fileCreated);
     EXPECT_TRUE(DeleteFileW(path.c_str())) << "every handle of the file must be closed";
-    // The file is now missing. The first attempt creates an empty file.
+    // The file is now missing. The first attempt of the next call creates an empty file.
     expectFailure(path, 0, text);
     EXPECT_FALSE(fileCreated) << "the last attempt opened the file that the first attempt created";
     EXPECT_TRUE(DeleteFileW(path.c_str()));
