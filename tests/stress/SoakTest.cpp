@@ -1,7 +1,7 @@
 /// \file
 /// Six processes use the log, a named mutex, named conditions and conversions together for 10 seconds, or for
 /// VOREL_STRESS_SECONDS. Five of them are killed at random and started again. The first process runs all the time; its
-/// memory and handles must not grow.
+/// memory and its number of handles must not grow.
 
 #include <array>
 #include <chrono>
@@ -114,7 +114,8 @@ public:
         EXPECT_LE(m_stats->number, additions + m_kills);
     }
 
-    /// Checks the process that was never killed.
+    /// Expects that the memory and the handles of the process that was never killed have not grown, and that every
+    /// process was woken and has converted texts.
     void expectNoGrowth() {
         const SoakCounts& survivor = m_stats->processes[0];
         ASSERT_NE(survivor.memoryKiBFirst, 0) << "the test was too short";
@@ -150,7 +151,7 @@ private:
         m_lives.push_back({process});
     }
 
-    /// Adds the counts of a process that has ended.
+    /// Adds the counts of `process`, which has ended, to the sums.
     void close(unsigned int process) {
         SoakCounts& counts = m_stats->processes[process];
         Life& life = m_lives[m_current[process]];
