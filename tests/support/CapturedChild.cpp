@@ -59,7 +59,8 @@ Captured capture(const std::wstring& program, const std::vector<std::wstring>& a
     options.output = inheritable(out.writer);
     options.error = inheritable(error.writer);
     const ChildProcess child(program, arguments, options);
-    // Reading from a pipe ends only after every handle to its write end is closed, so this process closes its handles.
+    // Reading from a pipe ends only after every handle to its write end is closed. Writing fails only after every
+    // handle to its read end is closed. So this process closes its handles to the ends that the child uses.
     in.reader.close();
     out.writer.close();
     error.writer.close();

@@ -142,8 +142,8 @@ private:
     Function* m_original;
 };
 
-/// Replaces an import by a function object. It receives every call and decides the result. Only one hook may exist for
-/// an import at a time, and while the hook exists, only one thread may call the import.
+/// Replaces an import by a function object, which receives every call and returns the result. Only one hook may exist
+/// for an import at a time, and while the hook exists, only one thread may call the import.
 template <auto& Slot>
 class ImportHook;
 

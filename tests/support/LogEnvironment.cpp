@@ -17,8 +17,8 @@ public:
     void SetUp() override { m_log = std::make_unique<TemporaryLog>(); }
     void TearDown() override {
         m_log.reset();
-        // The previous path, which is the default file, is set again. A size limit of 0 disables the log, so lines that
-        // the library logs while the program ends are not written to this file.
+        // The destructor of TemporaryLog has restored the path of the default file. A size limit of 0 disables the log,
+        // so lines that the library logs while the program ends are not written to this file.
         vorel::Exception::SetErrorLogSize(0);
     }
 

@@ -30,7 +30,7 @@ inline std::size_t runOf(std::string_view wanted, std::string_view text, std::si
 
 inline constexpr std::string_view kDecimalDigits = "0123456789";
 
-/// The value of digits in a base, modulo 2^64.
+/// The value of `digits` in the given base, modulo 2^64.
 inline std::uint64_t valueOf(std::string_view digits, unsigned int base = 10) {
     std::uint64_t value = 0;
     std::uint64_t weight = 1;
@@ -65,7 +65,7 @@ inline Reading<std::uint32_t> readHex(std::string_view text, std::size_t maxDigi
     return {value, at + runOf(kBlanks, text, at)};
 }
 
-/// The parts of a decimal number and the positions where they end.
+/// The parts of a decimal number, and the positions where the mantissa and the whole number end.
 struct DecimalParts {
     bool negative = false;
     std::string digits;       ///< without the point

@@ -1,5 +1,5 @@
 /// \file
-/// The result of a number scanner: its value and the number of characters that it read.
+/// The result of a number scanner: the value, and the number of characters that the scanner read.
 ///
 ///     EXPECT_EQ((test::scan<TypeParam, int>("-7x", util::stringToInt)), (test::Scanned<int>{-7, 2}));
 #pragma once

@@ -10,7 +10,7 @@
 
 namespace test {
 
-/// Completed operations of one process since its last start.
+/// The completed operations of one process since its last start, and its memory and handles.
 struct SoakCounts {
     volatile long long lines;           ///< lines written to the log
     volatile long long slowLines;       ///< lines that took so long that the log may have dropped them

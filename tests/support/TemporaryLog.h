@@ -62,7 +62,7 @@ public:
 
     [[nodiscard]] std::vector<LogLine> lines() const { return readLogLines(m_path); }
 
-    /// Prefix and message of every line.
+    /// The messages of all lines, with their prefixes.
     [[nodiscard]] std::vector<std::string> messages() const { return readLogMessages(m_path); }
 
     /// Returns the messages and removes the file, so the next call returns only newer messages.

@@ -45,8 +45,8 @@ std::basic_string<T> trimmed(std::basic_string<T> text) {
 }
 
 /// Parses the quoted item that begins at `at`. Moves `at` past the delimiter after the item, or to the end of the text
-/// if nothing follows the item. Returns false if the closing quotation mark is missing, or if another unit than a
-/// delimiter follows it.
+/// if nothing follows the item. Returns false if the closing quotation mark is missing, or if the item is followed by a
+/// unit that is not a delimiter.
 template <class T>
 bool parseQuotedItem(const std::basic_string<T>& text, const std::basic_string<T>& delimiters, std::size_t& at,
                      std::basic_string<T>& item) {

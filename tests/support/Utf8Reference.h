@@ -31,7 +31,7 @@ struct EncodedText {
     std::size_t unitsRead = 0;  ///< the number of units of the input that must be readable
 };
 
-/// Whether `index` is below the bound `length`. If `length` is negative, every index is.
+/// Whether `index` is below the bound `length`. The result is true for any negative `length`.
 inline bool withinBound(std::size_t index, int length) {
     return length < 0 || index < static_cast<std::size_t>(length);
 }
@@ -66,7 +66,7 @@ inline std::uint32_t sequenceValue(const unsigned char* bytes, unsigned int leng
     case 2: return low(0, 5) * 0x40 + low(1, 6);
     case 3: return low(0, 4) * 0x1000 + low(1, 6) * 0x40 + low(2, 6);
     case 4: return low(0, 4) * 0x40000 + low(1, 6) * 0x1000 + low(2, 6) * 0x40 + low(3, 6);
-    default:  // six bytes: 32-bit arithmetic keeps only the last two bits of the lead byte
+    default:  // six bytes: only two bits of the lead byte and four bits of each of the next two bytes are used
         return low(0, 2) * 0x40000000u + low(1, 4) * 0x1000000 + low(2, 4) * 0x40000 + low(3, 6) * 0x1000 +
                low(4, 6) * 0x40 + low(5, 6);
     }
