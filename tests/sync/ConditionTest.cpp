@@ -27,7 +27,7 @@ using std::chrono::milliseconds;
 constexpr int kGenerousMs = static_cast<int>(test::kGenerousMs);
 constexpr milliseconds kClockTick{16};  // the resolution of the system's clock
 
-/// Threads that wait on a condition. When `start` returns, all of them have released the lock to wait.
+/// Threads that wait on a condition. When `start` returns, `wait` has released the lock in each of these threads.
 class Waiters {
 public:
     Waiters(ForcedCriticalSection& lock, Condition& condition) : m_lock(lock), m_condition(condition) {}
