@@ -33,7 +33,8 @@ void expectBuffer(const T* returned, const BaseString<T>& output) {
     EXPECT_EQ(returned, output.c_str());
 }
 
-/// A way to call the encoder, with flags or with a component, and the rule that makes the reference encoder equivalent.
+/// A way to call the encoder, with flags or with a component. `rule` lets the reference encoder escape the same
+/// characters.
 struct Use {
     int component;  // kFlags for the overloads with flags
     bool reserved;
