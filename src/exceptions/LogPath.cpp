@@ -12,10 +12,10 @@ namespace vorel::detail {
 
 namespace {
 
-/// A reader that sees a change in progress yields first and sleeps later, because the writer's thread may be waiting
-/// for a processor. If the writer was killed, the reader uses its last copy after 500 sleeps, because logging must not
-/// wait without limit. The system rounds a sleep up to its timer's period (1 to 16 ms), so the 500 sleeps take 0.5 to 8
-/// seconds.
+/// If the path changes while a reader copies it, the reader copies it again. Between the copies, the reader first
+/// yields and later sleeps, because the writer's thread may be waiting for a processor. If the writer was killed, the
+/// reader uses its last copy after 500 sleeps, because logging must not wait without limit. The system rounds a sleep
+/// up to its timer's period (1 to 16 ms), so the 500 sleeps take 0.5 to 8 seconds.
 constexpr unsigned int kQuickAttempts = 1000;
 constexpr unsigned int kSlowAttempts = 500;
 constexpr unsigned int kSleepMs = 1;

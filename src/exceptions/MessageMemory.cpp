@@ -1,7 +1,7 @@
 /// \file
 /// The memory of the messages of an exception. ExceptionMessages.cpp adds and reads the messages. The memory comes from
 /// the library's `operator new`, even if a program's code creates the exception. If the memory is too small, its size
-/// doubles.
+/// at least doubles.
 
 #include <algorithm>
 #include <memory>

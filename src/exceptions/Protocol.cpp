@@ -1,6 +1,7 @@
 /// \file
 /// The functions of `Exception` that catch, rethrow or report, and the records that they add. This file also defines
-/// the functions that core/Protocol.h declares: the failures of the core, and the handlers of the frame.
+/// the functions that core/Protocol.h declares: the functions that throw the core's exceptions, and the exception
+/// handlers of the exported operations.
 
 #include "vorel/core/Protocol.h"
 
@@ -35,7 +36,7 @@ bool isUnwinding() noexcept {
 }
 
 /// Calls `rethrow` and allows an override to return. `rethrow` is declared noreturn, so a compiler may omit the code
-/// after a direct call. The compiler cannot do so after a call through a pointer whose value it does not know.
+/// after a direct call. The compiler cannot omit this code after a call through a pointer whose value it does not know.
 // cppcheck-suppress constParameter; rethrow() is not const
 void rethrowByOverride(Exception& e) {
     void (Exception::*const volatile rethrow)() = &Exception::rethrow;

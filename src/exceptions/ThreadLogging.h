@@ -14,10 +14,10 @@ inline constinit std::atomic<bool> AnyThreadLoggingDisabled{false};
 
 namespace detail {
 
-/// Removes a silenced thread from the table when it ends, because the system reuses its id for a later thread, whose
-/// messages must be logged. A thread that is terminated, or ends as a fiber, is not removed. Its entry has no effect on
-/// a later thread with its id, because the creation times of the two threads differ. The class uses a fiber-local slot,
-/// because the compiler's `thread_local` is not reliable at the end of a thread.
+/// Removes a silenced thread from the table when the thread ends. A thread that is terminated, or that ends as a fiber,
+/// is not removed. The system may reuse the id of such a thread for a later thread. The old entry has no effect on the
+/// later thread, because the creation times of the two threads differ. The class uses a fiber-local slot, because the
+/// compiler's `thread_local` is not reliable at the end of a thread.
 class SilencedThreadEnds {
 public:
     SilencedThreadEnds() noexcept;
