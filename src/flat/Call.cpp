@@ -9,7 +9,8 @@ namespace vorel::flat {
 
 namespace {
 
-/// Handles an exception of the library. If its message could not be allocated, `fallbackMessage` replaces the message.
+/// Stores the message of a library exception as the thread's last failure, and logs the exception. If the message could
+/// not be allocated, `fallbackMessage` is stored instead.
 vorel_status end(Exception& exception, vorel_status status, const wchar_t* fallbackMessage,
                  const wchar_t* function) noexcept {
     const wchar_t* const message = exception.what();

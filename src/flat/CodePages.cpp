@@ -30,8 +30,8 @@ void check(int32_t codePage) {
     }
 }
 
-/// Runs `convert(out, capacity)` twice: first for the number of units, then for the units themselves. The result is
-/// empty after a failure, with the reason in `errno`.
+/// Calls `convert(out, capacity)` twice: first to get the number of units, then to get the units. Returns nullopt after
+/// a failure, and `errno` contains the reason.
 template <class Unit, class Convert>
 std::optional<Array<Unit>> converted(Convert&& convert) {
     Array<Unit> units;

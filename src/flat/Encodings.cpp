@@ -122,8 +122,8 @@ vorel_status vorel_hex_decode(const vorel_char16* text, size_t length, void* out
     return guardedCall(L"vorel_hex_decode", [&] {
         const BytesOutput out(output, capacity, outputLength);
         const WideText encoded(text, length);
-        // The decoder accepts characters that are not digits, and counts the prefix as digits. So the text is checked
-        // first.
+        // The decoder accepts some characters that are not digits, and it returns a byte too many for a text with a
+        // prefix. So the text is checked and the prefix is removed first.
         const std::wstring_view digits = withoutPrefix(encoded.view());
         if (digits.size() % 2 != 0 || !std::all_of(digits.begin(), digits.end(), isHexDigit)) {
             return fail(VOREL_ERROR_INVALID_TEXT, L"The text is not made of pairs of hexadecimal digits");

@@ -26,8 +26,8 @@ T& notNull(T* pointer) {
     return *pointer;
 }
 
-/// The number of units of an input. \throws ArgumentError if the input is too long, or null with a `count` other than
-/// 0.
+/// The number of units of an input, which ends at its first zero if `count` is VOREL_ZERO_TERMINATED. \throws
+/// ArgumentError if the input is too long, or if the input is null and `count` is not 0.
 template <class Unit>
 std::size_t checkedCount(const Unit* input, std::size_t count) {
     if (!input && count != 0) {
@@ -42,7 +42,7 @@ std::size_t checkedCount(const Unit* input, std::size_t count) {
     return count;
 }
 
-/// \throws ArgumentError if a flag is not in `known`.
+/// \throws ArgumentError if `flags` contains a flag that is not in `known`.
 inline void checkFlags(uint32_t flags, uint32_t known) {
     if ((flags & ~known) != 0) {
         throw ArgumentError{VOREL_ERROR_INVALID_ARGUMENT, L"A flag is unknown"};
@@ -93,7 +93,7 @@ private:
         void operator()(Unit* block) const noexcept { std::free(block); }
     };
 
-    static constexpr std::size_t kTrailingZeros = 8;  // the decoder reads a truncated UTF-8 sequence past the end
+    static constexpr std::size_t kTrailingZeros = 8;  // the UTF-8 decoder may read past the end of the text
     static constexpr std::size_t kShort = 128;
 
     std::size_t m_length;
@@ -111,7 +111,7 @@ public:
         : TextCopy(text, length, zeros) {}
 };
 
-/// Bytes of the caller, not copied. \throws ArgumentError.
+/// A view of the caller's bytes. The constructor throws `ArgumentError` if the input is not valid.
 class Bytes {
 public:
     Bytes(const void* bytes, std::size_t size) : m_bytes(static_cast<const unsigned char*>(bytes)) {

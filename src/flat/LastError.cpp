@@ -31,7 +31,7 @@ void CALLBACK release(void* failure) {
     }
 }
 
-/// The longest prefix of `message` that fits and does not split a surrogate pair.
+/// The longest prefix of `message` that fits into a `Failure` and does not split a surrogate pair.
 std::wstring_view truncated(std::wstring_view message) noexcept {
     if (message.size() <= Failure::kMaxUnits) {
         return message;

@@ -23,8 +23,9 @@ struct Failure {
 };
 
 /// The last failures of all threads. Each thread has its failure in a fiber-local slot. The slot's callback frees the
-/// failure when the thread ends. `thread_local` is not used, because with some compilers its destructors do not run
-/// reliably when a thread ends, and it terminates the program if memory runs out.
+/// failure when the thread ends. `thread_local` is not used for two reasons. With some compilers, the destructors of
+/// thread-local variables do not run reliably when a thread ends. If no memory is available for such a variable, the
+/// program is terminated.
 class LastErrors {
 public:
     LastErrors() noexcept;
@@ -45,7 +46,7 @@ private:
 
 inline constinit detail::StateObject<LastErrors> lastErrors;
 
-/// Remembers a failure of the calling thread, and returns its status.
+/// Stores the calling thread's last failure, and returns `status`.
 vorel_status fail(vorel_status status, std::wstring_view message) noexcept;
 
 }  // namespace vorel::flat

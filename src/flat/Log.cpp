@@ -30,7 +30,7 @@ namespace {
 struct Channel : Exception {
     static long long limit() noexcept { return CurrentLogSize; }
 
-    /// Writes a line like a diagnostic channel, but without rendering a format. `prefix` is UTF-8.
+    /// Writes a line as the diagnostic channels do, but `message` is a text and not a format. `prefix` is UTF-8.
     static void write(const char* prefix, const wchar_t* message) noexcept {
         MirrorErrorMessage(nullptr, CurrentLogSize, prefix, message, true);
     }
@@ -66,7 +66,8 @@ Array<char> narrowPath(std::wstring_view path) {
     }
     const int units = static_cast<int>(path.size());
     BOOL replaced = FALSE;
-    // For UTF-8, `asked` is null. UTF-8 has every character, and the call would reject another value of `asked`.
+    // If the code page is UTF-8, `asked` is null, because the system call rejects any other value. UTF-8 can represent
+    // every character, so nothing is replaced.
     BOOL* const asked = GetACP() == CP_UTF8 ? nullptr : &replaced;
     const DWORD flags = asked ? WC_NO_BEST_FIT_CHARS : 0;
     const int size = WideCharToMultiByte(CP_ACP, flags, path.data(), units, nullptr, 0, nullptr, asked);

@@ -1,6 +1,6 @@
 /// \file
-/// Conversions between UTF-8 and UTF-16 for texts with a length. The library's codec stops at zeros, so each piece
-/// between zeros is converted separately.
+/// Conversions between UTF-8 and UTF-16 for texts that may contain zeros. The library's codec stops at a zero, so the
+/// pieces between the zeros are converted separately.
 #pragma once
 
 #include <cstddef>
@@ -25,8 +25,7 @@ std::size_t toUtf8(std::wstring_view text, char* bytes) noexcept;
 /// Like the function above, but the result is an array. \throws MemoryException.
 Array<char> toUtf8(std::wstring_view text);
 
-/// Converts `bytes` to UTF-16. At least six zeros must follow `bytes`. The result is empty if `bytes` is not valid
-/// UTF-8.
+/// Converts `bytes` to UTF-16. At least six zeros must follow `bytes`. Returns nullopt if `bytes` is not valid UTF-8.
 /// \throws MemoryException.
 std::optional<Array<wchar_t>> toUtf16(std::string_view bytes);
 
