@@ -6,11 +6,12 @@
 namespace vorel::platform {
 
 struct ComputerName {
-    /// Asks the system.
+    /// Asks the system for the name.
     static ComputerName ask() noexcept;
 
-    /// Asks the system, and caches the first name that is not empty, because a query takes about half as long as
-    /// writing a line of the log. The name changes only when the computer restarts. Thread-safe.
+    /// Returns the cached name. If no name is cached, asks the system, and caches the name if it is not empty. The name
+    /// is cached because a query takes about half as long as writing a line of the log. The name changes only when the
+    /// computer restarts. Thread-safe.
     static ComputerName remembered() noexcept;
 
     char text[16] = {};

@@ -8,7 +8,7 @@
 namespace vorel::platform {
 
 // The next two functions are not marked noexcept, because a system call that a monitoring tool hooks may throw. The
-// frame of the exported clocks records such an exception.
+// exported clock functions record such an exception.
 
 /// The current time as a file time: in units of 100 ns since 1601-01-01 UTC.
 std::uint64_t fileTimeNow();
