@@ -1,5 +1,5 @@
 /// \file
-/// The system's text for an error, after the name of the failed call.
+/// Builds a message from the name of a failed call and the system's text for the error.
 #pragma once
 
 #include "vorel/core/BaseString.h"

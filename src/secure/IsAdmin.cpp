@@ -16,7 +16,7 @@ using detail::KernelHandle;
 /// stays empty, and the result is true. Returns false if the token cannot be opened.
 bool openImpersonationToken(KernelHandle& impersonated) noexcept {
     // The token belongs to the client that the thread impersonates. Either this process or the client may lack access
-    // to the token.
+    // to the token, so both are tried.
     for (const BOOL asProcess : {TRUE, FALSE}) {
         HANDLE token = nullptr;
         if (OpenThreadToken(GetCurrentThread(), TOKEN_IMPERSONATE, asProcess, &token)) {
@@ -60,7 +60,7 @@ KernelHandle openToken() noexcept {
     return KernelHandle(token);
 }
 
-/// Rights to a test object. Only administrators have them.
+/// The rights to a test object that exists only as a security descriptor. Only administrators have these rights.
 constexpr DWORD kRead = 1;
 constexpr DWORD kWrite = 2;
 constexpr DWORD kAll = kRead | kWrite;
