@@ -25,7 +25,7 @@ long long currentThread() noexcept {
     return static_cast<long long>(GetCurrentThreadId());
 }
 
-/// Converts a thread id to a signed 32-bit number, because the messages print it as such a number.
+/// Converts a thread id to a signed 32-bit number, because the messages contain thread ids in this form.
 int asInt32(long long threadId) noexcept {
     return static_cast<int>(threadId);
 }
@@ -187,7 +187,7 @@ unsigned long AutoMutex::waitFor(unsigned int timeout) {
     return WAIT_OBJECT_0;
 }
 
-/// Counts a lock that the system has granted. Releases the lock if it cannot be counted.
+/// Counts a lock that the system has granted. Releases the mutex if the lock cannot be counted.
 void AutoMutex::countTaken() {
     try {
         SetLockCount(true);

@@ -58,8 +58,8 @@ void Condition::broadcast() {
     detail::runRethrowing(ClassName, L"broadcast", [this] {
         constexpr int kPauseMs = 10;
         const Guard held(m_broadcastLock);
-        // The event is auto-reset, so each signal releases one thread. That thread needs some time before it no longer
-        // counts as a waiter.
+        // The event is auto-reset, so each signal releases one thread. The loop then pauses, because that thread needs
+        // some time before it no longer counts as a waiter.
         while (m_waiters > 0) {
             signal();
             Sleep(kPauseMs);
