@@ -30,7 +30,7 @@ namespace {
 
 using algorithms::Base64End;
 
-/// Allocates storage for an array without storage. Zeros are written only to the slots that remain unused.
+/// Allocates storage for an array without storage. The destructor writes zeros only to the slots that are still unused.
 class NewStorage {
 public:
     NewStorage(Array<unsigned char>& bytes, std::size_t slots) : m_bytes(bytes) {

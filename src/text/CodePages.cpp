@@ -39,8 +39,8 @@ int fail(int error) noexcept {
 
 // ---- Names ----------------------------------------------------------------------------------------------------------
 
-/// Fills the map of names if it is empty. The caller already holds the code-map lock, which is
-/// recursive.
+/// Fills the map of names if it is empty. The caller already holds the code-map lock. The lock is recursive, so this
+/// function can lock it again.
 void fillCodeMap(CodePageState& state) {
     runRethrowing(kClass, L"FillCodeMap", [&] {
         const Guard<AutoCriticalSection> held(state.codeMapLock);

@@ -1,9 +1,9 @@
 /// \file
 /// Output of a conversion to a string or array. If the maximum length is known, `reserveUnits` returns a buffer for the
-/// whole text, and `setEnd` sets the length afterwards. Otherwise `fill` writes to a sink. `fill` writes directly into
-/// the sink's unused capacity, so nothing is copied if the capacity is large enough. If the capacity is too small,
-/// `fill` writes the next part of the text into a local block. If more text follows, its units are counted. Then the
-/// sink grows once, only as far as this part and the following text require. Then the block is appended.
+/// whole text, and `setEnd` sets the length afterwards. Otherwise `fill` writes the output to a sink. `fill` writes
+/// directly into the sink's unused capacity, so nothing is copied if the capacity is large enough. If the capacity is
+/// too small, `fill` writes the next part of the output into a local block, and counts the units of the output after
+/// this part. The sink then grows once, only as far as the block and these units require, and the block is appended.
 #pragma once
 
 #include <cstddef>
@@ -33,15 +33,15 @@ template <class T>
 T* reserveUnits(std::uint64_t units, BaseString<T>& string) {
     const unsigned int count = checkedUnits<T>(units);
     if (count != 0 && count < string.capacity()) {
-        // `reserve` would do the same for a buffer that is large enough, and also set the length. `setEnd` sets the
-        // length here.
+        // If the buffer is large enough, `reserve` also only writes this terminator, but sets the length, too. Here,
+        // `setEnd` sets the length.
         string.data()[count] = 0;
         return string.data();
     }
     return string.reserve(count, true);
 }
 
-/// Reserves `units` in a string and keeps its text. `units` is at least its length.
+/// Reserves `units` in a string and keeps its text. `units` must be at least the length of the text.
 template <class T>
 void growUnits(std::uint64_t units, BaseString<T>& string) {
     string.reserve(checkedUnits<T>(units), false);
@@ -67,7 +67,7 @@ public:
 
     explicit StringSink(BaseString<T>& string) noexcept : m_string(string) {}
 
-    /// Sets the length to the units written, even if the conversion fails.
+    /// Sets the length to the number of units written, even if the conversion fails.
     ~StringSink() { commitLength(); }
 
     StringSink(const StringSink&) = delete;

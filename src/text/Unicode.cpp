@@ -38,7 +38,7 @@ const unsigned char* bytesOf(const char* text) noexcept {
 }
 
 /// "Hex string: 28-41" for the bytes from `bytes` to the next zero, or an empty string if there are none. By design,
-/// the invalid byte before them is omitted.
+/// the text does not contain the invalid byte, which is before `bytes`.
 BaseString<wchar_t> hexDump(const unsigned char* bytes) {
     constexpr wchar_t kDigits[] = L"0123456789ABCDEF";
     BaseString<wchar_t> dump;
@@ -122,7 +122,7 @@ VOREL_NOINLINE bool decodeInBlocks(BaseString<wchar_t>& output, Reader reader, b
     return true;
 }
 
-/// If memory runs out, truncates the output to whole blocks: a block that does not fit as a whole is not appended.
+/// If memory runs out, truncates the output to whole blocks, as if the blocks were appended one by one.
 class WholeBlocksOnFailure {
 public:
     explicit WholeBlocksOnFailure(BaseString<wchar_t>& output) noexcept : m_output(&output) {}
@@ -171,8 +171,9 @@ VOREL_NOINLINE bool decode(BaseString<wchar_t>& output, const unsigned char* inp
     });
 }
 
-/// A caller's buffer for units, or a separate buffer if the input lies in the caller's buffer. The separate units are
-/// copied back by the destructor, because the message of a failure still reads the input.
+/// A caller's buffer for units, or a separate buffer if the input lies in the caller's buffer. The destructor copies
+/// the separate units to the caller's buffer. They are not copied earlier, because the message of a failure is built
+/// from the input.
 class SeparateUnits {
 public:
     SeparateUnits(wchar_t* output, unsigned int size, const void* input) : m_output(output), m_units(output) {
@@ -371,7 +372,7 @@ void EncodeAndAppendToBuffer(const wchar_t* input, Array<unsigned char>& output)
         BaseString<wchar_t> copy;
         if (detail::holds(output, input)) {
             // Appending keeps the array's elements, but overwrites the slot after the last element. If the text lies in
-            // the array, its terminator may be there.
+            // the array, its terminator may be in this slot.
             copy = input;
             input = copy.view().data();
         }
