@@ -1,6 +1,6 @@
 /// \file
-/// The steps of parsing numbers from zero-terminated text of either width. Each step moves the cursor past the
-/// characters that it consumes, stops at the first other character, and never fails.
+/// Functions that parse the parts of a number in zero-terminated text of either width. Each function moves the cursor
+/// past the characters that it consumes, and stops at the first character that it does not accept.
 #pragma once
 
 #include <cstdint>
@@ -27,8 +27,9 @@ constexpr bool consumeSign(const T*& cursor) noexcept {
     return negative;
 }
 
-/// Parses fewer than two blocks of digits without a branch for each digit. Returns false and consumes nothing if the
-/// digits must be parsed one by one.
+/// Parses fewer than 32 digits (two blocks) without a branch for each digit. Returns false and consumes nothing if
+/// there are more digits, or if the blocks near the cursor cross a page border. The digits must then be parsed one by
+/// one.
 template <class Value, class T>
 VOREL_ALWAYS_INLINE bool parseShortDigits(const T*& cursor, Value& value) noexcept {
     static_assert(std::is_unsigned_v<Value>);
@@ -94,21 +95,20 @@ constexpr DigitRun consumeDigitRun(const T*& cursor) noexcept {
     return {cursor != start, nonZero && *start == '0'};
 }
 
-/// Negates in two's complement, without a branch.
+/// Returns `value`, negated in two's complement if `negative` is true. Does not branch.
 template <class Value>
 constexpr Value negatedIf(bool negative, Value value) noexcept {
     return (value ^ (Value{0} - Value{negative})) + Value{negative};
 }
 
-/// Consumes the sign of an integer. Returns whether it was a '-'. For an unsigned type, only a '+' is consumed, and a
-/// '-' stops the scan.
+/// Consumes the sign of an integer. Returns whether it was a '-'. For an unsigned type, a '-' is not consumed.
 template <class Value, class T>
 constexpr bool consumeIntegerSign(const T*& cursor) noexcept {
     return (std::is_signed_v<Value> || *cursor != '-') && consumeSign(cursor);
 }
 
-/// Parses spaces, a sign and digits, and optionally the spaces after them. Returns false and consumes nothing if the
-/// digits must be parsed one by one.
+/// Parses spaces, a sign and digits, and optionally the spaces after them. Returns false and consumes nothing if
+/// `parseShortDigits` returns false.
 template <class Value, class T>
 VOREL_ALWAYS_INLINE bool parseShortInteger(const T*& start, bool skipTrailingSpaces, Value& value) noexcept {
     const T* cursor = start;
@@ -148,8 +148,8 @@ Value parseInteger(const T*& cursor, bool skipTrailingSpaces) noexcept {
                : parseIntegerStepByStep<Value>(cursor, skipTrailingSpaces);
 }
 
-/// The maximum number of hexadecimal digits. The limits differ by design: narrow text may have more than eight digits,
-/// and the last eight determine the value.
+/// The maximum number of hexadecimal digits that are parsed. By design, the limits for the two widths differ. If narrow
+/// text has more than eight digits, the last eight determine the value.
 template <class T>
 inline constexpr unsigned int kMaxHexDigits = sizeof(T) == 1 ? 16 : 8;
 

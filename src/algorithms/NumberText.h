@@ -203,7 +203,7 @@ inline __m128i insertDecimalPoint(__m128i digits, int whole) noexcept {
     return _mm_or_si128(_mm_or_si128(_mm_andnot_si128(fromPoint, digits), point), fraction);
 }
 
-/// Writes an exponent such as "e+020". With `Raw`, an exponent below 100 has two digits.
+/// Writes an exponent such as "e+020". With `Raw`, an exponent from -99 to 99 has two digits.
 template <class T>
 VOREL_ALWAYS_INLINE T* writeExponent(int exponent, DoubleForm form, T* out) noexcept {
     const auto magnitude = static_cast<unsigned int>(exponent < 0 ? -exponent : exponent);
@@ -217,8 +217,8 @@ VOREL_ALWAYS_INLINE T* writeExponent(int exponent, DoubleForm form, T* out) noex
 }
 
 /// Writes `value`, which must be finite and not 0, and then a terminator. Returns the terminator's position. For
-/// magnitudes of 0.1 and more, the digits are the same as with "%.15g". Smaller values always have an exponent and a
-/// point. `out` has space for `kDoubleCapacity` characters.
+/// magnitudes of 0.1 and more, the digits are the same as with "%.15g". Smaller magnitudes are always written with an
+/// exponent and a point. `out` must have space for `kDoubleCapacity` characters.
 template <Rest rest, class T>
 VOREL_ALWAYS_INLINE T* writeDouble(double value, DoubleForm form, T* out) noexcept {
     *out = '-';  // overwritten unless the value is negative

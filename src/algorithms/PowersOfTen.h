@@ -85,7 +85,8 @@ inline constexpr auto kPowersOfTen = [] {
     return powers;
 }();
 
-/// The binary exponent of a power of ten: power * log2(10), rounded down, minus the 127 bits after the top bit.
+/// The binary exponent of a power of ten: power * log2(10), rounded down, minus 127, which is the number of bits after
+/// the top bit of the integer.
 constexpr int powerOfTenExponent(int power) noexcept {
     constexpr int kLog2Of10 = 217706;  // times 2^16, rounded down
     return (power * kLog2Of10 >> 16) - 127;

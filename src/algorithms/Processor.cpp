@@ -51,8 +51,8 @@ unsigned int savedRegisters() noexcept {
 
 }  // namespace
 
-// Does not use GCC's own detection, __builtin_cpu_supports, because it links a list of all processors and features,
-// about 5 KB.
+// Does not use GCC's own detection, __builtin_cpu_supports, because that function would add a list of all processors
+// and features to the library, about 5 KB.
 bool detectAvx2() noexcept {
 #if defined(__x86_64__) || defined(_M_X64)
     constexpr std::size_t kB = 1;

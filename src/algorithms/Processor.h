@@ -23,8 +23,8 @@ public:
     }
 #endif
 
-    /// For tests that compare the algorithms. Do not call this while another thread converts, nor with true if AVX2 is
-    /// not usable.
+    /// For tests that compare the algorithms. Do not call this function while another thread runs an algorithm. Do not
+    /// pass true if AVX2 is not usable.
     static void setAvx2ForTests(bool use) noexcept {
         s_usesAvx2 = use;
     }

@@ -48,7 +48,7 @@ __m128i loadTwelve(const unsigned char* bytes) noexcept {
 template <SextetOrder Order>
 class Encoder {
 public:
-    /// The characters that encode the twelve bytes in each half. `order` has the `tripleOrder` of each half.
+    /// The characters that encode the twelve bytes in each half. `order` contains the `tripleOrder` of each half.
     [[nodiscard]] __m256i charactersOf(__m256i bytes, __m256i order) const noexcept {
         const __m256i groups = _mm256_shuffle_epi8(bytes, order);
         // A multiplication shifts each lane of 16 bits by a separate distance. The first and third of four values
@@ -79,7 +79,7 @@ private:
     __m256i m_offsets = loadTwice(kOffsets.offsets);
 };
 
-/// Encodes 12 to 23 bytes: the first twelve and the last twelve, which may overlap.
+/// Encodes 12 to 21 bytes, a multiple of three: the first twelve and the last twelve bytes, which may overlap.
 template <SextetOrder Order, class T>
 void encodeOneOrTwoHalves(const unsigned char* bytes, std::size_t count, T* out) noexcept {
     const __m256i both =
@@ -89,18 +89,18 @@ void encodeOneOrTwoHalves(const unsigned char* bytes, std::size_t count, T* out)
     storeCharacters(_mm256_extracti128_si256(characters, 1), out + count / 3 * 4 - kCharacters / 2);
 }
 
-/// Encodes a block and reads only its bytes. This is a separate function, because the loop for long input uses
-/// registers that must be saved and restored for the caller.
+/// Encodes a block and reads only the bytes of the block. This function is separate from the loop for long input,
+/// because that loop uses registers that a function must save and restore for its caller.
 template <SextetOrder Order, class T>
 VOREL_NOINLINE void encodeBlock(const unsigned char* bytes, T* out) noexcept {
     const __m256i halves = loadHalves(bytes, bytes + 8);
     storeCharacters(Encoder<Order>().charactersOf(halves, tripleOrders(Half::First, Half::Last)), out);
 }
 
-constexpr std::size_t kAround = 4;  // bytes that `encodeFours` reads before and after its blocks
+constexpr std::size_t kAround = 4;  // the number of bytes that `encodeFours` reads before and after its blocks
 
-/// Encodes four blocks at once while at least `kAround` of the `count` bytes follow the four blocks. Returns the number
-/// of bytes encoded.
+/// Encodes four blocks at once while at least `kAround` of the `count` bytes follow the four blocks. The `kAround`
+/// bytes before `bytes` must be readable. Returns the number of bytes encoded.
 template <SextetOrder Order, class T>
 VOREL_NOINLINE std::size_t encodeFours(const unsigned char* bytes, std::size_t count, T* out) noexcept {
     const Encoder<Order> encoder;
@@ -139,7 +139,7 @@ std::size_t encode(const unsigned char* bytes, std::size_t count, T* out) noexce
         encodeBlock<Order>(bytes + done, out + done / 3 * 4);
     }
     if (done != whole) {
-        // Encodes some bytes a second time.
+        // The last block begins before `done`, so some bytes are encoded a second time.
         encodeBlock<Order>(bytes + whole - kBytes, out + whole / 3 * 4 - kCharacters);
     }
     return whole;

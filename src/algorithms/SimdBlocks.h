@@ -82,7 +82,8 @@ static inline void fillWithZeros(void* to, std::size_t count) noexcept {
         std::memset(to, 0, count);
         return;
     }
-    // Four blocks at equal distances, at most one block apart.
+    // Writes four blocks. Each begins at most one block after the previous one, so they leave no gap. The last block
+    // ends at the last byte.
     const std::size_t last = count - kBlock;
     for (std::size_t block = 0; block != 4; ++block) {
         auto* const position = static_cast<unsigned char*>(to) + last * block / 3;

@@ -1,5 +1,6 @@
 /// \file
-/// Splits text of either width: at each occurrence of a delimiter, at delimiters outside of quotes, or in place.
+/// Splits text of either width: at each occurrence of a delimiter, at delimiters outside of quotes, or in place by
+/// overwriting each delimiter with a terminator.
 #pragma once
 
 #include <cstddef>

@@ -46,7 +46,7 @@ constexpr int boundedDifference(std::ptrdiff_t difference) noexcept {
     return static_cast<int>(std::clamp(difference, -kMax, kMax));
 }
 
-/// Compares two runs of digits as numbers. Moves both cursors past the runs if they are equal.
+/// Compares two runs of digits as numbers. Moves both cursors past the runs if the numbers are equal.
 template <class T>
 int compareNumbers(const T*& a, const T*& b) noexcept {
     skipZeros(a);
@@ -119,7 +119,7 @@ VOREL_ALWAYS_INLINE void skipSameBlocks(const T*& a, const T*& b, bool ignoreCas
     }
 }
 
-/// How equal characters are skipped.
+/// Whether equal characters are skipped unit by unit or block by block.
 enum class Steps { Units, Blocks };
 
 /// `compareTexts` for texts that are not null. `Blocks` requires that digits are not compared as numbers.

@@ -39,9 +39,9 @@ struct UrlEscape {
     std::uint8_t length;
 };
 
-/// The encoded form of each byte, and a table that finds unchanged bytes, many at once: the upper four bits of a byte
-/// select a row, the lower four bits select a column. Bytes from 128 on are always escaped. See Wojciech Muła,
-/// "SIMDized check which bytes are in a set".
+/// The encoded form of each byte, and a table with which vector instructions find the bytes that encoding does not
+/// change. The upper four bits of a byte select a row of this table, and the lower four bits select a column. Bytes
+/// from 128 on are always escaped. See Wojciech Muła, "SIMDized check which bytes are in a set".
 struct UrlTable {
     UrlEscape bytes[256];
     std::uint8_t plainRowsOfColumn[16];  ///< one bit for each row in which the byte of the column is unchanged
@@ -160,8 +160,9 @@ inline UrlProgress encodeUrl(std::string_view text, const UrlTable& table, char*
         done = encodeUrlAvx2(text.data(), text.size(), table, out, capacity);
     }
     const auto encodeNext = [&] {
-        // The characters and the length, which is the last byte, are loaded together. The compiler would load the
-        // length again after the store, because it assumes that the store can change the table.
+        // The characters and the length, which is the last byte, are loaded together. Otherwise, the compiler would
+        // load the length a second time after the store, because the compiler assumes that the store can change the
+        // table.
         std::uint32_t escape = 0;
         std::memcpy(&escape, &table.bytes[static_cast<unsigned char>(text[done.read])], sizeof escape);
         std::memcpy(out + done.written, &escape, sizeof escape);
@@ -201,7 +202,7 @@ VOREL_ALWAYS_INLINE void decodeUrlCharacter(const char*& cursor, const char* end
 /// Bytes that may be written past the decoded text.
 inline constexpr std::size_t kUrlDecodingOverhang = 16;
 
-/// Writes the decoded text, which is never longer than the input, and returns the end. `out` has space for
+/// Writes the decoded text, which is never longer than the input, and returns the end. `out` must have space for
 /// `kUrlDecodingOverhang` more characters than the text.
 inline char* decodeUrl(std::string_view text, bool plusIsSpace, char* out) noexcept {
     constexpr std::ptrdiff_t kBlock = 16;

@@ -1,6 +1,6 @@
 /// \file
-/// UTF-16 (RFC 2781): surrogates, surrogate pairs, and units as bytes in either order. Bytes may have an odd address,
-/// so they are never accessed as units in place.
+/// UTF-16 (RFC 2781): surrogates, surrogate pairs, and units as bytes in either byte order. The bytes may begin at an
+/// odd address, so they are never accessed through a pointer to units.
 #pragma once
 
 #include <cstddef>
@@ -15,13 +15,13 @@ inline constexpr std::uint32_t kFirstLowSurrogate = 0xDC00;
 inline constexpr std::uint32_t kSurrogateMask = 0xF800;
 inline constexpr std::uint32_t kSurrogateKindMask = 0xFC00;
 
-/// The bits of a value that the low surrogate holds.
+/// The bits of a value that the low surrogate contains.
 inline constexpr std::uint32_t kLowSurrogateBits = 0x3FF;
 
 /// The first value that needs a pair.
 inline constexpr std::uint32_t kFirstPairedValue = 0x10000;
 
-/// The difference between a high surrogate and the upper bits of its value.
+/// The difference between a high surrogate and the upper bits of the value that the pair encodes.
 inline constexpr std::uint32_t kHighSurrogateOffset = kFirstHighSurrogate - (kFirstPairedValue >> 10);
 
 /// Replaces a surrogate that is not part of a pair.

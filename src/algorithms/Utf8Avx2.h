@@ -1,6 +1,7 @@
 /// \file
-/// Converts the well-formed parts of UTF-8 and wide text with AVX2 (see Processor.h). The functions stop before zeros
-/// and ill-formed parts. Their callers use the scalar codec (Utf8.h) there, so all results follow the codec's rules.
+/// Converts the well-formed parts of UTF-8 and wide text with AVX2 (see Processor.h). The functions stop before a zero
+/// or an ill-formed part. The callers continue there with the scalar codec (Utf8.h), so all results follow the codec's
+/// rules.
 #pragma once
 
 #include <cstddef>
@@ -36,8 +37,8 @@ Progress decodeUtf8Avx2(const unsigned char* bytes, std::size_t left, void* out,
 Progress encodeUtf8Avx2(const void* units, std::size_t left, unsigned char* out, std::size_t capacity,
                         bool paired) noexcept;
 
-/// Return the progress that the functions above would make with a sufficient capacity, and write nothing. They may read
-/// less than the functions above, but always whole characters.
+/// Count the elements that the functions above would read and write with a sufficient capacity, but write nothing. The
+/// counting may stop earlier than the conversion, but never within a character.
 Progress countDecodedAvx2(const unsigned char* bytes, std::size_t left) noexcept;
 Progress countEncodedAvx2(const void* units, std::size_t left, bool paired) noexcept;
 
@@ -104,7 +105,8 @@ static inline __m256i firstBytes(unsigned int count) noexcept {
     return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(kBytes + 32 - count));
 }
 
-/// Masks of thirty-two bytes: `zerosIn` finds the zeros, and `bytesFrom` the bytes that are at least `first`.
+/// Masks with one bit for each of thirty-two bytes: `zerosIn` finds the zeros, and `bytesFrom` finds the bytes that are
+/// at least `first`.
 static inline unsigned int zerosIn(__m256i block) noexcept {
     return static_cast<unsigned int>(_mm256_movemask_epi8(_mm256_cmpeq_epi8(block, _mm256_setzero_si256())));
 }

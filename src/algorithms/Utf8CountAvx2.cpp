@@ -75,8 +75,8 @@ VOREL_ALWAYS_INLINE std::size_t sumOf(__m256i bytes) noexcept {
 class DecodedCount {
 public:
     /// Counts the units that the bytes of a block decode to. Only bytes whose bits in `kept` are set are counted.
-    /// Returns false and counts nothing if these bytes contain a zero, a missing or surplus trailing byte, an overlong
-    /// form of four bytes, or a lead byte above 0xF0.
+    /// Returns false and counts nothing if these bytes contain a zero, an overlong form of four bytes, or a byte above
+    /// 0xF0, or if a trailing byte is missing or surplus.
     VOREL_ALWAYS_INLINE bool add(const unsigned char* bytes, unsigned int kept) noexcept {
         const __m256i block = load32(bytes);
         const unsigned int notAscii = maskOf(block) & kept;
@@ -122,7 +122,7 @@ private:
     unsigned int m_second = 0;    // whether the next byte is the second of a sequence of four
 };
 
-/// Counts the bytes that 16-bit units have in UTF-8, block by block. Masks have two bits for each unit.
+/// Counts the bytes that 16-bit units take in UTF-8, block by block. Masks have two bits for each unit.
 class EncodedCount {
 public:
     explicit EncodedCount(bool paired) noexcept : m_k(hidden(kConstants)), m_paired(paired ? ~0u : 0u) {}
@@ -189,7 +189,7 @@ struct CountedBytes {
 /// because texts often switch between kinds. The check of the trailing bytes follows John Keiser and Daniel Lemire,
 /// "Validating UTF-8 in less than one instruction per byte".
 VOREL_ALWAYS_INLINE CountedBytes countPage(const unsigned char* bytes, std::size_t left) noexcept {
-    static_assert(kPageBytes / kBlock < 256);  // in each block, a byte of a counter counts at most one byte
+    static_assert(kPageBytes / kBlock < 256);  // each block adds at most 1 to each byte of a counter
     const auto every = [](unsigned char byte) { return _mm256_set1_epi8(static_cast<char>(byte)); };
     const __m256i zero = _mm256_setzero_si256();
     const std::size_t inPage = kPageBytes - offsetInPage(bytes);
@@ -226,7 +226,7 @@ VOREL_ALWAYS_INLINE CountedBytes countPage(const unsigned char* bytes, std::size
 /// four-byte sequences. The three bytes before `bytes` must not contain such a lead byte.
 VOREL_ALWAYS_INLINE CountedBytes countUpToThree(const unsigned char* bytes, std::size_t left) noexcept {
     constexpr std::size_t kDouble = std::size_t{2} * kBlock;
-    static_assert(kPageBytes / kBlock < 256);  // each byte of a counter counts one byte of each block
+    static_assert(kPageBytes / kBlock < 256);  // each block adds at most 1 to each byte of a counter
     const auto every = [](unsigned char byte) { return _mm256_set1_epi8(static_cast<char>(byte)); };
     const __m256i zero = _mm256_setzero_si256();
     const std::size_t inPage = kPageBytes - offsetInPage(bytes);
@@ -281,7 +281,7 @@ Progress countDecodedAvx2(const unsigned char* bytes, std::size_t left) noexcept
     const unsigned char* at = bytes - offset;
     const unsigned char* const end = bytes + atMost(kMaxProgress, left);
     DecodedCount count;
-    bool hasFours = false;  // whether the text here has sequences of four bytes
+    bool hasFours = false;  // whether the last counted part has sequences of four bytes
     if (static_cast<std::size_t>(end - at) < kBlock || !count.add(at, ~0u << offset)) {
         return kNoProgress;
     }
@@ -323,7 +323,7 @@ Progress countDecodedAvx2(const unsigned char* bytes, std::size_t left) noexcept
 struct CountedUnits {
     std::size_t units;
     std::size_t bytes;
-    bool stopped;  // whether counting stopped before two blocks of this page
+    bool stopped;  // whether counting stopped before a pair of blocks of this page
 };
 
 /// Whether `countPage` stops at surrogates, or counts surrogate pairs.
@@ -336,7 +336,7 @@ enum class SurrogatePairs { Stop, Counted };
 template <SurrogatePairs Rule>
 VOREL_ALWAYS_INLINE CountedUnits countPage(const unsigned char* units, std::size_t left) noexcept {
     constexpr std::size_t kPair = std::size_t{2} * kBlock;
-    static_assert(kPageBytes / kPair < 256);  // in two blocks, a byte of a counter counts at most one unit
+    static_assert(kPageBytes / kPair < 256);  // two blocks add at most 1 to each byte of a counter
     const Constants& k = hidden(kConstants);
     const __m256i zero = _mm256_setzero_si256();
     const std::size_t inPage = kPageBytes - offsetInPage(units);

@@ -43,14 +43,14 @@ VOREL_NOINLINE Progress decodePart(const unsigned char* bytes, std::size_t left,
     return {whole, count};
 }
 
-/// Stores units and zeros after them.
+/// Stores the units of a register and the zeros after these units.
 VOREL_ALWAYS_INLINE void storeUnits(__m128i units, unsigned char* out) noexcept {
     _mm_storeu_si128(reinterpret_cast<__m128i*>(out), units);
 }
 
-/// The position in the bytes and in the output. If the last character is incomplete, its first unit is already written.
-/// `expected` has a bit for each of the next bytes that must be a trailing byte of this character. If this
-/// character has four bytes and its third byte is one of the next bytes, `thirds` has a bit for the third byte.
+/// The position in the bytes and in the output. If the last character is incomplete, all its units up to this position
+/// are already written. `expected` has a bit for each of the next bytes that must be a trailing byte of this character.
+/// If this character has four bytes and its third byte is one of the next bytes, `thirds` has a bit for the third byte.
 struct Decoding {
     const unsigned char* bytes;
     unsigned char* out;
@@ -59,7 +59,7 @@ struct Decoding {
 };
 
 /// Decodes thirty-two bytes that contain only characters of one or two bytes. `trailing` has a bit for each trailing
-/// byte among them, and a bit for the byte after them.
+/// byte among these bytes, and for the byte after them if that byte must be a trailing byte.
 VOREL_ALWAYS_INLINE void decodeUpToTwo(Decoding& at, std::uint64_t trailing, const Constants& k) noexcept {
     const auto half = [&](unsigned int first) {
         const auto load = [](const unsigned char* lower, const unsigned char* upper) {
@@ -193,8 +193,8 @@ VOREL_ALWAYS_INLINE bool isReadable(const Decoding& at, std::size_t left) noexce
 }
 
 /// Decodes the ASCII up to the end of the page, at most a double block, so that the next double block is aligned.
-/// Returns false and decodes nothing if these bytes are not all ASCII or contain a zero, if the text ends before them,
-/// or if the last character is incomplete.
+/// Returns false and decodes nothing if these bytes are not all ASCII or contain a zero, if the text does not contain
+/// all of them, or if the last character is incomplete.
 VOREL_ALWAYS_INLINE bool decodeToPage(Decoding& at, std::size_t left) noexcept {
     const std::size_t inPage = kPageBytes - offsetInPage(at.bytes);
     const unsigned int size = atMost(kDoubleBlock, inPage);

@@ -76,7 +76,7 @@ bool decodeFours(const unsigned char*& byte, const unsigned char* end, Unit*& ou
 /// units. Returns `kNotShort` for any of the following reasons:
 ///
 /// - `shortTextLength` returns `kNotShort`: the text is too long, or no length is given and its first `kShortText`
-/// elements do not lie in one page.
+///   elements do not lie in one page.
 /// - The capacity may be too small.
 /// - A byte does not start a sequence, or starts a sequence of six bytes.
 /// - A sequence of four bytes is overlong.
