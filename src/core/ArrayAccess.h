@@ -18,7 +18,7 @@ struct ArrayAccess {
     static_assert(std::is_trivially_copyable_v<T>);
 
     /// Allocates exactly `slots` slots for an array without storage. `slots` must be at least 1. The slots are not
-    /// initialised. After writing and counting the elements, the caller must call `clearUnused`.
+    /// initialised. The caller must write the elements, set their number, and then call `clearUnused`.
     /// \throws MemoryException, like `Array::reserve`; the array is unchanged.
     static void allocate(Array<T>& array, unsigned int slots) {
         void* const storage = std::malloc(std::size_t{slots} * sizeof(T));

@@ -161,7 +161,7 @@ void assign(BaseString<T>& string, const T* text, unsigned int length) {
     unsigned int capacityWanted = 0;
     if (!StringAccess<T>::tryAssign(string, text, length, capacityWanted)) {
         // `reserve` throws the same exception, but would first try to allocate again. If this attempt succeeded, no
-        // exception would be thrown, and the string would not have the text.
+        // exception would be thrown, and the string would not contain the text.
         detail::throwMemory(capacityWanted, sizeof(T));
     }
 }

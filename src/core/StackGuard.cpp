@@ -16,7 +16,7 @@
 extern "C" {
 
 extern std::uintptr_t __stack_chk_guard;
-// The value until the constructor below runs.
+// The value until `makeGuard` runs.
 std::uintptr_t __stack_chk_guard = 0x2B992DDFA232F300;
 
 [[noreturn]] void __stack_chk_fail();
@@ -56,7 +56,7 @@ __attribute__((constructor(101), no_stack_protector)) void makeGuard() {
                           static_cast<std::uint64_t>(counter.QuadPart) ^ processorTicks() ^
                           (static_cast<std::uint64_t>(GetCurrentThreadId()) << 32 | GetCurrentProcessId()) ^
                           reinterpret_cast<std::uintptr_t>(&counter) ^ reinterpret_cast<std::uintptr_t>(&makeGuard);
-    // Distributes the value over all bits: the finalizer of MurmurHash3 (Austin Appleby).
+    // Mixes all bits of the value with the finalizer of MurmurHash3 (Austin Appleby).
     value = (value ^ value >> 33) * 0xFF51AFD7ED558CCD;
     value = (value ^ value >> 33) * 0xC4CEB9FE1A85EC53;
     // The first byte in memory is a terminator, so a string function that overruns a buffer cannot restore the value.

@@ -1,7 +1,7 @@
 /// \file
-/// Operations on a `BaseString` for the library only. `tryReserve` and `tryAssign` do not throw, because an exception
-/// class uses them to build the message of a failed allocation. `setLength` completes a text that was written after
-/// `reserve`.
+/// Operations on a `BaseString` that only the library may use. `tryReserve` and `tryAssign` do not throw, because an
+/// exception class uses them to build the message of a failed allocation. `setLength` completes a text that was written
+/// after `reserve`.
 #pragma once
 
 #include "vorel/core/BaseString.h"
@@ -10,13 +10,13 @@ namespace vorel::detail {
 
 template <class T>
 struct StringAccess {
-    /// Like `BaseString::reserve`, but returns false where `reserve` throws, and leaves the string unchanged.
-    /// `capacityWanted` receives the size of the buffer that cannot be allocated.
+    /// Like `BaseString::reserve`, but returns false if the buffer cannot be allocated. The string is then unchanged,
+    /// and `capacityWanted` receives the size of this buffer in units.
     static bool tryReserve(BaseString<T>& string, unsigned int count, bool discard,
                            unsigned int& capacityWanted) noexcept;
 
-    /// Replaces the text by the first `length` units of `text`, which may point into the string. On failure returns
-    /// false; the string is unchanged, and `capacityWanted` is set as above.
+    /// Replaces the text by the first `length` units of `text`, which may point into the string. If memory runs out,
+    /// returns false, leaves the string unchanged, and sets `capacityWanted` as `tryReserve` does.
     static bool tryAssign(BaseString<T>& string, const T* text, unsigned int length,
                           unsigned int& capacityWanted) noexcept;
     static bool tryAssign(BaseString<T>& string, const T* text, unsigned int length) noexcept;
