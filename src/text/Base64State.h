@@ -1,5 +1,6 @@
 /// \file
-/// The tables of Base64. They are part of the library's state, because its objects are created in a fixed order.
+/// The object that fills the tables of Base64. It belongs to the library's state, because the objects of the state are
+/// created in a fixed order.
 #pragma once
 
 #include "core/LibraryState.h"
