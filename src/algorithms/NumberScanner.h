@@ -50,7 +50,7 @@ VOREL_ALWAYS_INLINE bool parseShortDigits(const T*& cursor, Value& value) noexce
     return true;
 }
 
-/// Parses decimal digits one by one. Returns their value, modulo the range of the type.
+/// Parses decimal digits one by one. Returns their value, which wraps around if it exceeds the type.
 template <class Value, class T>
 constexpr Value parseDigitsStepByStep(const T*& cursor) noexcept {
     Value value = 0;
@@ -60,7 +60,7 @@ constexpr Value parseDigitsStepByStep(const T*& cursor) noexcept {
     return value;
 }
 
-/// Parses decimal digits. Returns their value, modulo the range of the type.
+/// Parses decimal digits. Returns their value, which wraps around if it exceeds the type.
 template <class Value, class T>
 VOREL_ALWAYS_INLINE Value parseDigits(const T*& cursor) noexcept {
     Value value = 0;
@@ -107,8 +107,8 @@ constexpr bool consumeIntegerSign(const T*& cursor) noexcept {
     return (std::is_signed_v<Value> || *cursor != '-') && consumeSign(cursor);
 }
 
-/// Parses spaces, a sign and digits, and optionally the spaces after them. Returns false and consumes nothing if
-/// `parseShortDigits` returns false.
+/// Parses spaces, an optional sign, digits and, if `skipTrailingSpaces` is true, the spaces after the digits. Returns
+/// false and consumes nothing if `parseShortDigits` returns false.
 template <class Value, class T>
 VOREL_ALWAYS_INLINE bool parseShortInteger(const T*& start, bool skipTrailingSpaces, Value& value) noexcept {
     const T* cursor = start;
@@ -139,7 +139,7 @@ Value parseIntegerStepByStep(const T*& cursor, bool skipTrailingSpaces) noexcept
     return value;
 }
 
-/// Parses a number of any length: in blocks if the number has the usual length, and otherwise digit by digit.
+/// Parses a number of any length. Parses the digits one by one only if `parseShortInteger` returns false.
 template <class Value, class T>
 Value parseInteger(const T*& cursor, bool skipTrailingSpaces) noexcept {
     Value value = 0;

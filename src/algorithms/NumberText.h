@@ -1,6 +1,6 @@
 /// \file
 /// Formats integers, and doubles with fifteen significant digits, as decimal text of either width. Sixteen digits are
-/// computed in one register. Text is truncated to the size of the caller's buffer.
+/// computed in one register. The functions at the end of the file truncate the text to the size of the caller's buffer.
 #pragma once
 
 #include <algorithm>
@@ -40,7 +40,8 @@ inline __m128i sixteenDigits(std::uint64_t number) noexcept {
     return _mm_add_epi8(_mm_or_si128(tens, _mm_slli_epi16(ones, 8)), _mm_set1_epi8('0'));
 }
 
-/// A mask of the characters that are not '0', among sixteen. The lowest bit belongs to the first character.
+/// A mask with one bit for each of sixteen characters, set if the character is not '0'. The lowest bit belongs to the
+/// first character.
 inline std::uint32_t nonZeroMask(__m128i digits) noexcept {
     const int zeros = _mm_movemask_epi8(_mm_cmpeq_epi8(digits, _mm_set1_epi8('0')));
     return static_cast<std::uint32_t>(zeros) ^ 0xFFFF;
@@ -48,7 +49,7 @@ inline std::uint32_t nonZeroMask(__m128i digits) noexcept {
 
 /// The number of decimal digits; 0 has one digit.
 constexpr std::uint64_t countDigits(std::uint64_t number) noexcept {
-    number |= 1;  // never changes the number of digits, because 10, 100 … are even
+    number |= 1;  // because 0 has no highest bit; no number of digits changes, because 10, 100 … are even
     const auto highestBit = static_cast<std::uint64_t>(63 ^ std::countl_zero(number));
     // A number of b bits has b * log10(2) digits, rounded down, or one digit more. 1233 / 2^12 is slightly less than
     // log10(2).

@@ -1,8 +1,8 @@
 /// \file
-/// Converts groups of three bytes to four characters of an alphabet of 64, and back. Each character encodes six bits.
-/// If the processor has AVX2 (see Processor.h), whole blocks are converted at once. Other groups are converted one by
-/// one. Base64 (RFC 4648, section 4) and Daylight share this code. Their block decoders are separate, because their
-/// rules for invalid characters differ: see Base64Text.h and DaylightText.h.
+/// Converts groups of three bytes to four characters of an alphabet of 64 characters, and back. Each character encodes
+/// six bits. If the processor has AVX2 (see Processor.h), whole blocks are converted at once. Other groups are
+/// converted one by one. Base64 (RFC 4648, section 4) and Daylight share this code. Their block decoders are separate,
+/// because their rules for invalid characters differ: see Base64Text.h and DaylightText.h.
 #pragma once
 
 #include <cstddef>
@@ -84,7 +84,7 @@ struct SextetAlphabet {
     SextetOrder order;
 };
 
-/// The number of the range that a value belongs to, from 0 to 13. All values of a range have the same distance to their
+/// The index of the range that a value belongs to, from 0 to 13. All values of a range have the same distance to their
 /// characters.
 constexpr unsigned int sextetRange(SextetOrder order, unsigned int value) noexcept {
     const unsigned int position = order == SextetOrder::Base64 ? value : 63 - value;

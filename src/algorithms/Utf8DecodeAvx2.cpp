@@ -97,8 +97,9 @@ VOREL_ALWAYS_INLINE void decodeThrees(Decoding& at, const Constants& k) noexcept
     at.out += 16;
 }
 
-/// Decodes the characters in a block, up to a zero, a byte above 0xF0, or the end of the text. `left` bytes of the text
-/// are left. Returns false and decodes nothing if there are no such characters, or if one of them is ill-formed.
+/// Decodes the characters in a block, up to a zero, a byte above 0xF0, or the end of the text. `left` is the number of
+/// bytes left in the text. Returns false and decodes nothing if there are no such characters, or if one of them is
+/// ill-formed.
 VOREL_ALWAYS_INLINE bool decodeBlock(Decoding& at, std::size_t left, const Constants& k) noexcept {
     const Bytes found(loadBytes(at.bytes), k);
     const unsigned int size = atMost(lowestBit(found.zeros | found.others | 1u << kBytes), left);
@@ -135,10 +136,10 @@ VOREL_ALWAYS_INLINE void decodeAscii(Decoding& at, const unsigned char* end) noe
     }
 }
 
-/// Decodes text while a double block is left before `end`, up to a zero or an ill-formed part. `end` lies in the page
-/// of `at.bytes`. If `at.bytes` is aligned, ASCII is decoded in double blocks past `end` as well, up to `last`, the end
-/// of the text or of the capacity, because each aligned double block lies in one page. A stop at every page border
-/// would cost a mispredicted branch, and this branch would wait for the bytes to be loaded.
+/// Decodes text while at least a double block is left before `end`, up to a zero or an ill-formed part. `end` lies in
+/// the page of `at.bytes`. If `at.bytes` is aligned, ASCII is decoded in double blocks past `end` as well, up to
+/// `last`, the end of the text or of the capacity, because each aligned double block lies in one page. A stop at every
+/// page border would cost a mispredicted branch, and this branch would wait for the bytes to be loaded.
 VOREL_ALWAYS_INLINE void decodeWhole(Decoding& at, const unsigned char* end, const unsigned char* last,
                                      const Constants& k) noexcept {
     constexpr unsigned int kLeadsOfThrees = 0x249249;

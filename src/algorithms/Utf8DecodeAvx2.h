@@ -64,8 +64,8 @@ inline constexpr PairShuffles kPairBytes = pairBytes();
 
 inline constexpr unsigned int kBytes = 16;  // per block
 inline constexpr unsigned int kDoubleBlock = 32;
-inline constexpr std::size_t kReadBytes = 32;    // bytes that may be read at a block
-inline constexpr std::size_t kReadDouble = 40;   // at a double block: four loads of sixteen, eight bytes apart
+inline constexpr std::size_t kReadBytes = 32;    // bytes that may be read for a block
+inline constexpr std::size_t kReadDouble = 40;   // for a double block: four loads of sixteen bytes, eight bytes apart
 inline constexpr std::size_t kThreesBlock = 24;  // eight characters of three bytes
 
 /// Constants of thirty-two bytes. They are read from memory, because otherwise the compiler builds them in each

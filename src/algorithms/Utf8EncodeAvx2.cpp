@@ -23,7 +23,7 @@ VOREL_ALWAYS_INLINE unsigned int zerosOf(__m256i units) noexcept {
     return maskOf(_mm256_cmpeq_epi16(units, _mm256_setzero_si256()));
 }
 
-/// The bytes of the first units of a block, and the number of these units.
+/// The UTF-8 of the first units of a block, and the number of these units.
 struct Start {
     FourPieces bytes;
     unsigned int count;
@@ -301,9 +301,9 @@ VOREL_ALWAYS_INLINE bool hasNoZeroInPage(const unsigned char* units) noexcept {
     return zeros >> before == 0;
 }
 
-/// Encodes units below 0x800 at the start of a text, in pairs of blocks, at most up to the end of the second page. If
-/// the next pair of blocks lies in one page and fits into the output, the ASCII at its start is encoded too, and zeros
-/// are written after this ASCII, in two cases:
+/// Encodes units below 0x800 at the start of a text, in pairs of blocks, at most up to the end of the second page. Then
+/// encodes the ASCII at the start of the next pair of blocks, and writes zeros after this ASCII, if the pair lies in
+/// one page, the output has space for `kPairUnits` bytes, and one of the following conditions is true:
 ///
 /// - Fewer than two blocks of the text are left.
 /// - The pair contains no unit from 0x80 to 0x7FFF, usually because a zero ends the text.

@@ -1,6 +1,6 @@
 /// \file
-/// Converts between UTF-8 and 16-bit units, piece by piece. If the length is below 0, the input ends at its first
-/// zero. Otherwise the length is a bound, and the input ends at the bound or at an earlier zero.
+/// Converts between UTF-8 and 16-bit units, piece by piece. If the caller passes a length below 0, the input ends at
+/// its first zero. Otherwise the length is a bound, and the input ends at the bound or at an earlier zero.
 #pragma once
 
 #include <algorithm>
@@ -161,7 +161,7 @@ public:
     Utf8Writer(const Unit* input, int length) noexcept : m_cursor(input, length) {}
 
     /// Writes until at least `enough` bytes are written, the next sequence does not fit into `capacity` bytes, or the
-    /// input ends. Returns the number of bytes. `capacity` is at least `enough`.
+    /// input ends. Returns the number of bytes. `capacity` must be at least `enough`.
     std::size_t write(unsigned char* out, std::size_t enough, std::size_t capacity) noexcept {
         std::size_t bytes = 0;
         while (bytes < enough && !m_cursor.atEnd()) {
