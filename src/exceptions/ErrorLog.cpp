@@ -1,7 +1,7 @@
 /// \file
 /// The error log. For each line, the file is opened, locked, written, unlocked and closed, so other processes may
-/// write, move or delete the file at any time. Writing a line never throws, never waits for the file without limit, and
-/// does not change the caller's `errno` or last system error.
+/// write, move or delete the file between two lines. Writing a line never throws, never waits for the file without
+/// limit, and does not change the caller's `errno` or last system error.
 
 #include <cerrno>
 #include <cstdio>
@@ -22,7 +22,7 @@
 
 namespace vorel {
 
-// The class declaration has the values. Code that takes the addresses of these constants needs definitions.
+// The class declaration initialises these constants. Code that takes their addresses needs these definitions.
 const long long Exception::DefaultLogSize;
 const long long Exception::LargeErrorLogSize;
 

@@ -15,7 +15,7 @@ namespace {
 /// A length that no string can have, so growing to it fails.
 constexpr std::size_t kTooLong = 0xFFFFFFFF;
 
-/// The parameters of one direction. `kMaxPerUnit` is the number of target units that a source unit can need.
+/// The parameters of one direction. `kMaxPerUnit` is the maximum number of target units for one source unit.
 struct ToWide {
     static constexpr std::size_t kMaxPerUnit = 1;
     static constexpr const wchar_t* kContext = L"vorel::Exception - mbs2wcs";

@@ -1,7 +1,7 @@
 /// \file
-/// The functions of `Exception` that catch, rethrow or report, and the records that they add. This file also defines
-/// the functions that core/Protocol.h declares: the functions that throw the core's exceptions, and the exception
-/// handlers of the exported operations.
+/// The functions of `Exception` that catch, rethrow or report an exception, and add a record to it. This file also
+/// defines the functions that core/Protocol.h declares: the functions that throw the core's exceptions, and the
+/// exception handlers of the exported operations.
 
 #include "vorel/core/Protocol.h"
 
