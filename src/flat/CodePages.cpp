@@ -67,7 +67,8 @@ vorel_status vorel_code_page_by_name(const vorel_char16* name, size_t length, in
     });
 }
 
-// An empty text is valid in every code page, but the system rejects it, so it is not passed to the system.
+// An empty text is valid in every code page, but the system rejects it. So the next two functions do not pass an empty
+// text to the system.
 
 vorel_status vorel_code_page_to_utf16(int32_t codePage, const void* bytes, size_t size, vorel_char16* output,
                                       size_t capacity, size_t* outputLength) {

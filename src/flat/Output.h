@@ -13,7 +13,7 @@
 
 namespace vorel::flat {
 
-/// Whether the arguments describe an output. A null buffer must have a capacity of 0.
+/// Whether the arguments describe an output: `length` must not be null, and a null buffer must have a capacity of 0.
 inline bool isOutput(const void* buffer, std::size_t capacity, const std::size_t* length) noexcept {
     return length && (buffer || capacity == 0);
 }
