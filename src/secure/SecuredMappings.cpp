@@ -103,7 +103,7 @@ KernelHandle mapFile(const wchar_t* fileName, const MappingKind& kind, SharedSec
         fileCreated = wasNew();
         KernelHandle mapping = kind.create(file.get(), security);
         mappingCreated = mapping && wasNew();
-        const int error = static_cast<int>(GetLastError());  // the error of creating, even if opening fails too
+        const int error = static_cast<int>(GetLastError());  // the creation's error, which opening could replace
         if (!mapping && kind.hasSize()) {
             // Another caller may have created the mapping first. Everyone may open it, but nobody may create it again,
             // because creating requests the right to change its security.
