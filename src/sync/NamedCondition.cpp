@@ -19,7 +19,7 @@ NamedCondition::NamedCondition(const NamedCondition&) {
 }
 
 // NOLINTNEXTLINE(cert-oop54-cpp,bugprone-unhandled-self-assignment): assigns nothing
-// cppcheck-suppress operatorEqShouldBeLeftUnimplemented; clients bind to it by name
+// cppcheck-suppress operatorEqShouldBeLeftUnimplemented; programs link to this operator
 NamedCondition& NamedCondition::operator=(const NamedCondition&) {
     detail::throwFailure(L"operator = is not available for NamedCondition");
 }
