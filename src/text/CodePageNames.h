@@ -17,7 +17,7 @@ struct CodePageName {
 
 inline constexpr std::size_t kCodePageNameCount = 617;
 
-/// The size of all names with their terminators.
+/// The size of all names with their terminators, in bytes.
 inline constexpr std::size_t kCodePageNameTextSize = 8939;
 
 struct CodePageNameTable {

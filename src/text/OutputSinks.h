@@ -81,7 +81,7 @@ public:
     /// Provides capacity for `units` more units. If a long text and its terminator fill a multiple of the growth step
     /// exactly, one `reserve` for the whole text allocates one more step. Appending piece by piece does not.
     void grow(std::uint64_t units) {
-        constexpr std::uint64_t kGrowthStep = 0x100000;  // the growth step of longer strings
+        constexpr std::uint64_t kGrowthStep = 0x100000;  // the growth step of strings that are at least this long
         commitLength();
         const std::uint64_t length = m_length + units;
         const bool endsAtStep = Rule == Growth::ByPieces && length > kGrowthStep && (length + 1) % kGrowthStep == 0;
@@ -155,12 +155,12 @@ private:
     unsigned int m_count;
 };
 
-/// Writes pieces until `atEnd()`. `produce(out, capacity)` writes at most `capacity` units to the sink and returns
-/// their number. The number is 0 if the next character does not fit. In that case `produceBlock(out)` writes the next
-/// units to a local block, and the block is appended to the sink. `produceBlock` writes at least `Block` units unless
-/// the text ends, and at most `Overhang` units more. `unitsLeft()` counts the units that follow, or returns no number
-/// if the text is invalid. Returns false for an invalid text, before the sink grows. If another thread changes the text
-/// meanwhile, the sink grows again.
+/// Writes the output piece by piece until `atEnd()` returns true. `produce(out, capacity)` writes at most `capacity`
+/// units to the sink and returns their number. The number is 0 if the next character does not fit. In that case
+/// `produceBlock(out)` writes the next units to a local block, and the block is appended to the sink. `produceBlock`
+/// writes at least `Block` units unless the text ends, and at most `Overhang` units more. `unitsLeft()` counts the
+/// units that follow, or returns nullopt if the text is invalid. If the text is invalid, `fill` returns false before
+/// the sink grows. If another thread changes the text meanwhile, the sink grows again.
 template <unsigned int Block, unsigned int Overhang, class Sink, class Produce, class ProduceBlock, class UnitsLeft,
           class AtEnd>
 bool fill(Sink&& sink, Produce&& produce, ProduceBlock&& produceBlock, UnitsLeft&& unitsLeft, AtEnd&& atEnd) {

@@ -50,7 +50,7 @@ BaseString<wchar_t> hexDump(const unsigned char* bytes) {
     return dump;
 }
 
-/// Reports a byte that does not start a sequence.
+/// Handles a byte that does not start a sequence: throws if `throwOnError` is true, and returns false otherwise.
 VOREL_COLD bool rejectByte(const unsigned char* offending, bool throwOnError) {
     if (throwOnError) {
         const BaseString<wchar_t> dump = hexDump(offending + 1);
