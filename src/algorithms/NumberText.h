@@ -103,8 +103,8 @@ VOREL_ALWAYS_INLINE T* storeText(__m128i characters, std::uint64_t count, T* out
         storeCharacters(characters, out);
         out[count] = 0;
     } else {
-        // The terminator is stored with the text, because a separate store would delay the load for the next text in
-        // the same buffer.
+        // One store writes the text and the terminator. If the terminator had its own store, the next call for the same
+        // buffer would be slower, because its load would have to wait for both stores.
         const __m128i text = _mm_andnot_si128(lastBytes(kDigitBlock - count), characters);
         mergeCharacters(text, lastBytes(kDigitBlock - 1 - count), out);
     }
@@ -142,7 +142,7 @@ VOREL_NOINLINE T* writeLongInteger(std::uint64_t magnitude, bool negative, std::
     writeFewDigits(static_cast<unsigned int>(magnitude / kSixteenDigits), out + (negative ? 1 : 0));
     storeCharacters(sixteenDigits(magnitude % kSixteenDigits), out + length - kDigitBlock);
     if (negative) {
-        *out = '-';  // written last, because a number of fifteen digits has a leading zero here
+        *out = '-';  // written last, because fifteen digits are stored with a leading zero at this position
     }
     out[length] = 0;
     return out;

@@ -114,7 +114,7 @@ private:
     /// start a sequence.
     template <LastPair Rule, class Unit>
     bool readScalar(Unit* out, std::size_t& units, std::size_t capacity) noexcept {
-        BoundedCursor<unsigned char> cursor = m_cursor;  // kept in registers
+        BoundedCursor<unsigned char> cursor = m_cursor;  // a copy that the compiler keeps in registers
         std::size_t at = units;
         bool goesOn = true;
         for (unsigned int left = kScalarCharacters; left != 0 && !cursor.atEnd(); --left) {
@@ -197,7 +197,7 @@ public:
 private:
     /// Writes some characters one by one. Returns false if the next character does not fit.
     bool writeScalar(unsigned char* out, std::size_t& bytes, std::size_t enough, std::size_t capacity) noexcept {
-        BoundedCursor<Unit> cursor = m_cursor;  // kept in registers
+        BoundedCursor<Unit> cursor = m_cursor;  // a copy that the compiler keeps in registers
         std::size_t at = bytes;
         bool goesOn = true;
         for (unsigned int left = kScalarCharacters; left != 0 && at < enough && !cursor.atEnd(); --left) {
