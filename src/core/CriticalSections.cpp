@@ -35,8 +35,8 @@ void destroySection(void*& handle) noexcept {
     }
 }
 
-// The next two functions are not marked noexcept, because that would add an exception frame. The system's functions
-// never throw.
+// The next two functions are not marked noexcept, because the compiler would then add an exception handler to each of
+// them. The system's functions never throw.
 
 bool enterSection(void* handle, unsigned int timeout) {
     if (!handle) {
