@@ -20,8 +20,8 @@
 namespace vorel {
 
 /// Names with their states, ordered by name. Any thread may set and test targets at any time. The set needs no lock, so
-/// the library uses `NoLock` as `Lock`. Entries are never removed before the set is destroyed, so a reader never
-/// accesses a freed entry.
+/// the library uses `NoLock` as `Lock`. A test uses a lock that counts the accesses. Entries are never removed before
+/// the set is destroyed, so a reader never accesses a freed entry.
 ///
 /// The set is a skip list (W. Pugh, "Skip Lists: A Probabilistic Alternative to Balanced Trees", 1990). Its links are
 /// set by compare-and-swap. An entry is in the set if the lowest level links to it. The higher levels are shortcuts.

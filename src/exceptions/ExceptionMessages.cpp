@@ -1,6 +1,6 @@
 /// \file
-/// Adds messages to the stack of an exception and reads them. Adding never throws, because an exception may be created
-/// directly after a failed allocation. If memory runs out, the exception has less text.
+/// Adds messages to the message stack of an exception, and reads the messages. Adding never throws, because an
+/// exception may be created directly after a failed allocation. If memory runs out, the exception has less text.
 
 #include <new>
 #include <utility>
