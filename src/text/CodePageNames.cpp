@@ -1,4 +1,4 @@
-// The names of the code pages: descriptions and aliases, in the order of the code pages. No name occurs twice.
+// The names of the code pages: descriptions and aliases, ordered by the number of the code page. No name occurs twice.
 
 #include "text/CodePageNames.h"
 
