@@ -33,8 +33,8 @@ template <class T>
 T* reserveUnits(std::uint64_t units, BaseString<T>& string) {
     const unsigned int count = checkedUnits<T>(units);
     if (count != 0 && count < string.capacity()) {
-        // If the buffer is large enough, `reserve` also only writes this terminator, but sets the length, too. Here,
-        // `setEnd` sets the length.
+        // The buffer is large enough, so `reserve` would only write this terminator and set the length. `setEnd` sets
+        // the length later.
         string.data()[count] = 0;
         return string.data();
     }
