@@ -16,7 +16,8 @@ constexpr auto kIntegers = [](const auto* list, auto take) { return algorithms::
 constexpr auto kDoubles = [](const auto* list, auto take) { return algorithms::readDoubleList(list, take); };
 constexpr auto kBooleans = [](const auto* list, auto take) { return algorithms::readBooleanList(list, take); };
 
-/// Appends the values that `read(text, take)` finds.
+/// Appends the values in `text` to `values`. `read(text, take)` parses the text and calls `take` for each value.
+/// Returns whether the whole text was read. A null text is an empty list.
 template <class T, class Value, class Read>
 bool addList(const T* text, Array<Value>& values, Read&& read) {
     return !text || read(text, [&values](auto value) { values.append(static_cast<Value>(value)); });
@@ -25,8 +26,8 @@ bool addList(const T* text, Array<Value>& values, Read&& read) {
 template <class T, class Value, class Read>
 bool readListInValues(const T* text, Array<Value>& values, bool append, Read&& read) noexcept;
 
-/// Appends or replaces the values. If the array cannot grow, the error log has the reason, and the result is false, as
-/// for invalid text.
+/// Appends the values in `text` to the array, or replaces the elements of the array by them. If the array cannot grow,
+/// the result is false, as for invalid text. The exception for the failed allocation has then logged the reason.
 template <class T, class Value, class Read>
 bool readList(const T* text, Array<Value>& values, bool append, Read&& read) noexcept {
     if (detail::holds(values, text)) [[unlikely]] {
@@ -42,7 +43,7 @@ bool readList(const T* text, Array<Value>& values, bool append, Read&& read) noe
     }
 }
 
-/// Like `readList`, for a text in the array's own memory: copies the text first.
+/// Like `readList`, for a text in the array's own memory. Copies the text first, because the array changes.
 template <class T, class Value, class Read>
 bool readListInValues(const T* text, Array<Value>& values, bool append, Read&& read) noexcept {
     try {

@@ -54,15 +54,16 @@ bool isSmall(double value) noexcept {
     return std::fabs(value) < 0.1;
 }
 
-/// Writes to a buffer that may be too small: truncates first, then normalises the form.
+/// Writes a value to a buffer that may be too small. Truncates the text first, and then normalises its form.
 char* writeTruncated(double value, char* buffer, unsigned long long size, FormattingOptions options) noexcept {
     char text[algorithms::kDoubleCapacity];
     const char* const end = algorithms::writeDouble<Rest::Unspecified>(value, algorithms::DoubleForm::Raw, text);
     const auto length = static_cast<std::size_t>(end - text);
     if (isSmall(value)) {
-        // This text is never truncated, because callers provide enough space. If no digit follows the point, a zero is
-        // inserted here, because the normalisation cannot insert a zero if `size` is small. Without `FO_JSON`, the
-        // normalisation removes this zero.
+        // The text of a small value is not truncated. It always fits, because the caller's buffer must have space for
+        // 64 characters, whatever `size` is. If no digit follows the point, a zero is inserted here, because the
+        // normalisation cannot insert a zero if `size` is small. Without `FO_JSON`, the normalisation removes this
+        // zero.
         char* out = buffer;
         for (const char* next = text; next != end; ++next) {
             *out++ = *next;

@@ -28,7 +28,7 @@ BaseString<T> stringOf(View<T> text) {
     return BaseString<T>(text.data(), static_cast<unsigned int>(text.size()));
 }
 
-/// Reserves capacity for `more` parts, because growing step by step would copy every string again.
+/// Reserves capacity for `more` parts at once, because each growth copies all strings of the array.
 template <class T>
 void reserveMore(Array<BaseString<T>>& parts, std::size_t more) {
     parts.reserve(parts.size() + static_cast<unsigned int>(std::min<std::size_t>(more, 0xFFFFFFFFu - parts.size())));
@@ -78,6 +78,7 @@ void splitQuoted(const T* text, const T* delimiters, Array<BaseString<T>>& items
         return detail::holds(item, text) || detail::holds(item, delimiters);
     });
     if (isInput) {
+        // The old items must live until they have been read.
         kept = std::exchange(items, {});
     } else {
         items.clear();
@@ -106,7 +107,7 @@ unsigned int slotsFor(const T* text, int maxTokens) noexcept {
 template <class T>
 int tokenize(T* text, const T* delimiter, Array<T*>& tokens, int maxTokens) {
     return detail::runRethrowing(L"vorel::util", L"tokenizeString", [=, &tokens] {
-        // The delimiter is read before the text is written, because the delimiter may be part of the text.
+        // The delimiter is read before the text is changed, because the delimiter may be part of the text.
         const T cut = delimiter ? *delimiter : T{};
         tokens.clear();
         tokens.reserve(slotsFor(text, maxTokens));
