@@ -16,9 +16,9 @@ using vorel::algorithms::widenAsciiRun;
 
 constexpr std::size_t kMaxLength = 70;
 constexpr std::size_t kAlignments = 32;
-constexpr std::size_t kGuards = 33;  // elements after the output: more than the widest store
+constexpr std::size_t kGuards = 33;  // guard elements after the output: more than the widest store writes
 
-/// Both algorithms, bytes to units and units to bytes, share one set of tests.
+/// The conversion of bytes to units and the conversion of units to bytes share one set of tests.
 struct Widening {
     using From = unsigned char;
     using To = wchar_t;
@@ -81,7 +81,7 @@ TYPED_TEST(AsciiRunsTest, Run_CopiesEveryLengthAtEveryAlignment) {
     for (std::size_t length = 0; length <= kMaxLength; ++length) {
         for (std::size_t alignment = 0; alignment < kAlignments; ++alignment) {
             SCOPED_TRACE(testing::Message() << "length " << length << ", alignment " << alignment);
-            // The following elements are also ASCII, so only the count ends the run.
+            // The elements after the first `length` elements are also ASCII, so only the count ends the run.
             const auto text = this->ascii(length + kAlignments, alignment);
             this->expectRun(this->m_edge.placeAtStart(this->ascii(alignment) + text) + alignment, length, length,
                             alignment);

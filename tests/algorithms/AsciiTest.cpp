@@ -42,7 +42,7 @@ struct Case {
     std::uint32_t hash;
 };
 
-// Calculated by hand: "ab" is 97 * 31 + 98.
+// Calculated by hand: the hash of "ab" is 97 * 31 + 98.
 constexpr Case kCases[] = {
     {"", 0},
     {"a", 97},

@@ -14,7 +14,7 @@ using vorel::algorithms::unixMilliseconds;
 constexpr std::uint64_t kTicksPerSecond = 10'000'000;
 
 TEST(ClockArithmetic, EpochIsTheFileTimeOf1970) {
-    // There are 369 years from 1601 to 1970. 89 are leap years; 1700, 1800 and 1900 are not.
+    // 89 of the 369 years from 1601 to 1969 are leap years. 1700, 1800 and 1900 are not leap years.
     constexpr std::uint64_t kDays = 369 * 365 + 89;
     EXPECT_EQ(kUnixEpochAsFileTime, kDays * 86400 * kTicksPerSecond);
     EXPECT_EQ(kUnixEpochAsFileTime, 116444736000000000u);
@@ -40,7 +40,7 @@ TEST(ClockArithmetic, UnixMilliseconds_DividesUnsigned) {
     for (const auto& [fileTime, milliseconds] :
          {Case{kUnixEpochAsFileTime, 0}, Case{kUnixEpochAsFileTime + 9999, 0}, Case{kUnixEpochAsFileTime + 10000, 1},
           Case{kUnixEpochAsFileTime + 1'000'000'000 * kTicksPerSecond, 1'000'000'000'000},
-          // Before 1970 the difference wraps: 2^64 - 1 divided by 10000, rounded down.
+          // Before 1970, the difference wraps to 2^64 - 1, which is then divided by 10000 and rounded down.
           Case{kUnixEpochAsFileTime - 1, 1'844'674'407'370'955}}) {
         EXPECT_EQ(unixMilliseconds(fileTime), milliseconds) << fileTime;
     }
@@ -55,7 +55,7 @@ TEST(ClockArithmetic, MicrosecondsBetweenTicks_HandlesOneWrap) {
     for (const auto& [start, end, microseconds] :
          {Case{0, 0, 0}, Case{100, 101, 1000}, Case{0xFFFFFFF0, 0x10, 32000}, Case{0xFFFFFFFF, 0, 1000},
           Case{1, 0, 4'294'967'295'000}, Case{0, 0xFFFFFFFF, 4'294'967'295'000},
-          // The high halves are ignored.
+          // The upper 32 bits are ignored.
           Case{0x5'0000'0000, 0x9'0000'0007, 7000}}) {
         EXPECT_EQ(microsecondsBetweenTicks(start, end), microseconds) << start << " to " << end;
     }

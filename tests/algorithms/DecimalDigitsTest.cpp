@@ -21,17 +21,17 @@ TEST(DecimalDigits, TiesFollowTheRule) {
         EXPECT_EQ(decimal.digits, digits) << value;
         EXPECT_EQ(decimal.exponent, exponent) << value;
     };
-    const double even = 22351530439513.25;  // the fifteenth digit is a 2
+    const double even = 22351530439513.25;  // the fifteenth digit is 2, an even digit
     expectDigits(even, Tie::ToEven, 223515304395132, 13);
     expectDigits(even, Tie::AwayFromZero, 223515304395133, 13);
-    const double odd = 22351530439513.75;
+    const double odd = 22351530439513.75;  // the fifteenth digit is 7, an odd digit
     expectDigits(odd, Tie::ToEven, 223515304395138, 13);
     expectDigits(odd, Tie::AwayFromZero, 223515304395138, 13);
     const double small = std::ldexp(1.0, -22);  // 2.384185791015625e-7
     expectDigits(small, Tie::ToEven, 238418579101562, -7);
     expectDigits(small, Tie::AwayFromZero, 238418579101563, -7);
     expectDigits(std::nextafter(small, 1.0), Tie::ToEven, 238418579101563, -7);
-    expectDigits(999999999999999.5, Tie::ToEven, 100000000000000, 15);  // carries into the next digit
+    expectDigits(999999999999999.5, Tie::ToEven, 100000000000000, 15);  // is rounded up to 10^15
 }
 
 TEST(DecimalDigits, ExponentEstimateIsAtMostOneTooLow) {

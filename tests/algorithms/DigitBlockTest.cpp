@@ -38,6 +38,7 @@ TYPED_TEST(DigitBlock, ValueOfEveryDigitCount) {
     test::RandomText random(20261121);
     for (int round = 0; round < 2000; ++round) {
         for (std::uint64_t count = 0; count <= 16; ++count) {
+            // The characters before and after the digits must be ignored.
             const std::string digits = random.digits(count);
             const auto text = test::text<TypeParam>(random.from("09ax", 16) + digits + "77");
             const std::uint64_t wanted = count == 0 ? 0 : std::stoull(digits);
@@ -97,6 +98,7 @@ TYPED_TEST(DigitBlock, BlocksStayWithinThePage) {
     test::PageEdge<TypeParam> edge(4096 / sizeof(TypeParam));
     const TypeParam* const first = edge.firstElement();
     for (std::size_t position = 0; position < 4096 / sizeof(TypeParam); ++position) {
+        // The algorithms read a block before the position and two blocks from the position on.
         const bool fits = position >= 16 && position + 32 <= 4096 / sizeof(TypeParam);
         ASSERT_EQ(algorithms::areDigitBlocksInPage(first + position), fits) << position;
         if (fits) {  // these reads must not fault

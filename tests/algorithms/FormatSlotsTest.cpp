@@ -30,12 +30,12 @@ constexpr Case kCases[] = {
     {"%*d", 2, "width from the arguments"},
     {"%.*s", 2, "precision from the arguments"},
     {"%-*.*f|", 3, "width and precision from the arguments"},
-    {"%-+ #08.3f", 1, "all flags, width and precision in the format"},
+    {"%-+ #08.3f", 1, "all flags, and a width and a precision as digits"},
     {"%hd %hhd %ld %lld %Lf %wc %jd %zu %tx", 9, "size prefixes"},
     {"%I64d %I32u %Ix", 3, "size prefixes with digits"},
     {"%hs %ls %S %C %n %Z", 6, "conversions of this runtime"},
     {"tail %", 0, "incomplete conversion at the end"},
-    {"tail %-08l", 0, "incomplete conversion with prefixes"},
+    {"tail %-08l", 0, "incomplete conversion with flags, a width and a size prefix"},
     {"%d of %*s%%", 3, "example of the documentation"},
 };
 

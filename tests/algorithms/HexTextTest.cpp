@@ -76,7 +76,7 @@ struct InAvx2Blocks {
     }
 };
 
-/// The blocks that the encoder uses for short input and without AVX2.
+/// The SSE2 blocks, which the encoder uses for short input, and for all input if the processor has no AVX2.
 template <class T>
 struct InSse2Blocks {
     using Unit = T;
@@ -133,7 +133,7 @@ TYPED_TEST(HexEncoding, EncodesEveryByteAtEveryBlockPosition) {
 
 // ---- Decoding -------------------------------------------------------------------------------------------------------
 
-/// The blocks that the decoder uses without AVX2.
+/// The SSE2 blocks, which the decoder uses for short text, and for all text if the processor has no AVX2.
 template <class T>
 struct Sse2 {
     using Unit = T;
@@ -160,7 +160,7 @@ struct Avx2 {
     }
 };
 
-/// Decodes with the best algorithm for this processor, and decodes the rest in small blocks.
+/// Decodes long text in AVX2 blocks if the processor has AVX2, and decodes the remaining text in SSE2 blocks.
 template <class T>
 struct Together {
     using Unit = T;

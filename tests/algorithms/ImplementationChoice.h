@@ -1,6 +1,7 @@
 /// \file
-/// A fixture that runs the same tests for scalar and AVX2 algorithms, in both widths. Each algorithm is wrapped in a
-/// class, which has a unit type, a name, a constant that says whether the algorithm needs AVX2, and static functions.
+/// A fixture for tests that run with several implementations of an algorithm (scalar, AVX2), in both widths. Each
+/// implementation is wrapped in a class, which has a unit type, a name, a constant that says whether the implementation
+/// needs AVX2, and static functions. If the processor has no AVX2, the tests of such an implementation are skipped.
 ///
 ///     template <class T>
 ///     struct ScalarEncoder {

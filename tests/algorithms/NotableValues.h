@@ -1,5 +1,5 @@
 /// \file
-/// Values at which the form of their UTF-8 or UTF-16 encoding changes, up to the largest value of 31 bits.
+/// Values near which the form of the encoding in UTF-8 or UTF-16 changes, up to the largest value of 31 bits.
 #pragma once
 
 #include <cstdint>
@@ -7,7 +7,7 @@
 
 namespace test {
 
-/// The limits of each sequence length, the powers of two and their neighbours, and the limits of the surrogates.
+/// The powers of two and their neighbours, the limits of the surrogates and of Unicode, and the largest value.
 inline std::vector<std::uint32_t> notableValues() {
     std::vector<std::uint32_t> values;
     for (unsigned int bit = 0; bit < 31; ++bit) {

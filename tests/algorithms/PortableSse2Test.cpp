@@ -11,7 +11,7 @@
 #include <emmintrin.h>
 #include <gtest/gtest.h>
 
-// Some compilers define these as macros.
+// Some compilers define these functions as macros.
 #undef _mm_slli_si128
 #undef _mm_srli_si128
 #include "algorithms/PortableSse2.h"

@@ -25,7 +25,7 @@ public:
         }
     }
 
-    /// Rounds down. Several such divisions give the same result as one division by the power of ten.
+    /// Rounds down. Several such divisions have the same result as one division by the power of ten, rounded down.
     void divideByTen() {
         std::uint64_t rest = 0;
         for (std::size_t word = m_words.size(); word-- != 0;) {
@@ -56,7 +56,8 @@ private:
     std::vector<std::uint32_t> m_words;
 };
 
-/// Expects that the table has the highest bits of `number`, which is 10^`power` times 2^`unit`, rounded down.
+/// Expects that the table's entry for `power` has the highest 128 bits of `number`, which is 10^`power` times 2^`unit`,
+/// rounded down.
 void expectPower(int power, const Words& number, int unit) {
     const auto& entry = vorel::algorithms::powerOfTen(power);
     const int top = number.highestBit();

@@ -160,8 +160,8 @@ protected:
         return test::bytesOfCharacters(units, encoding.characters);
     }
 
-    /// A text that repeats the alphabet, but skips one character after each block. So a repeated character is at
-    /// another position of its block.
+    /// A text that repeats the alphabet, but skips one character after each block. So each character appears at every
+    /// position of a block if the text is long enough.
     static Text textOf(const Encoding& encoding, std::size_t length) {
         Text text;
         for (std::size_t at = 0; at < length; ++at) {
@@ -177,8 +177,9 @@ protected:
         return m_text.placeAtStart(std::basic_string_view<Unit>(text.c_str(), text.size() + 1));
     }
 
-    /// The number of groups that are decoded if the text is at the end of a page. The AVX2 algorithm does not read a
-    /// block that extends past the terminator.
+    /// The number of groups that are decoded if a text of `length` characters ends, with its terminator, at the end of
+    /// a page. `valid` is the number of groups that are decoded at other places. At the end of a page, the AVX2
+    /// algorithm does not read a block that extends past the terminator.
     static std::size_t groupsAtEnd(std::size_t valid, std::size_t length) {
         const std::size_t readable = (length + 1) / kBlockCharacters * kBlockGroups;
         return Implementation::kNeedsAvx2 ? std::min(valid, readable) : valid;
@@ -285,7 +286,7 @@ TYPED_TEST(Sextets, DecodeBase64_AgreesWithTheReferenceOnRandomTexts) {
 TYPED_TEST(Sextets, DecodeDaylight_EveryNumberOfGroupsAndNothingElse) {
     for (std::size_t groups = kBlockGroups; groups <= 6 * kBlockGroups; ++groups) {
         SCOPED_TRACE(groups);
-        // The text ends without a terminator.
+        // The text has no terminator.
         ASSERT_NO_FATAL_FAILURE(
             this->expectDaylight(this->m_text.placeAtEnd(this->textOf(kDaylight, 4 * groups)), groups));
     }

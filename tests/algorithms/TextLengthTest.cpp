@@ -16,6 +16,7 @@ namespace algorithms = vorel::algorithms;
 constexpr std::size_t kMaxLength = 300;
 constexpr std::size_t kPage = 4096;
 
+/// Chooses the implementation for this processor.
 template <class T>
 struct Together {
     using Unit = T;

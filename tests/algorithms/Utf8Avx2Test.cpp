@@ -302,8 +302,8 @@ TEST_F(Utf8Avx2, EncodesWithZerosAfterTheText) {
 }
 
 TEST_F(Utf8Avx2, StopsBeforeMalformedText) {
-    // Each malformed sequence follows well-formed characters: a surplus trailing byte, two sequences whose last byte is
-    // missing, a lead byte above 0xF0 with trailing bytes, an overlong form, and a lead byte above 0xF0 alone.
+    // The malformed sequences are: a surplus trailing byte, two sequences whose last byte is missing, a lead byte above
+    // 0xF0 with trailing bytes, an overlong form, and a lead byte above 0xF0 without trailing bytes.
     for (const std::string damage : {"\x80", "\xC3z", "\xE2\x82z", "\xF1\x80\x80\x80", "\xF0\x8F\xBF\xBF", "\xF8"}) {
         for (const std::string before : {"", "a", "\xC3\xA9", "\xE2\x82\xAC", "\xF0\x9F\x98\x80"}) {
             for (std::size_t count = 0; count != 20; ++count) {

@@ -159,8 +159,8 @@ TEST(Utf8ReaderTest, UnitsLeft_EndAtAnInvalidLeadByte) {
     }
 }
 
-/// Writes everything in pieces. The writer ends a piece that has at least `enough` bytes. The buffer of a piece has
-/// `spare` more bytes.
+/// Writes everything in pieces. The writer ends a piece as soon as the piece has at least `enough` bytes. The buffer of
+/// each piece has a capacity of `enough` + `spare` bytes.
 template <Surrogates Rule>
 std::string writeInPieces(const std::wstring& text, int length, std::size_t enough, std::size_t spare) {
     const std::size_t capacity = enough + spare;
