@@ -17,7 +17,7 @@ namespace {
 using vorel::Exception;
 
 constexpr std::size_t kLong = 10000;
-constexpr std::size_t kTruncatedLength = 7999;  // the capacity of a message's internal buffer
+constexpr std::size_t kTruncatedLength = 7999;  // in units; the internal buffer also has space for a terminator
 
 const std::string kNarrow = longText<char>(kLong);
 const std::wstring kWide = longText<wchar_t>(kLong);

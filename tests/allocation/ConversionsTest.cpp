@@ -38,7 +38,8 @@ Requests doubling(unsigned int first, unsigned int last, unsigned int unit) {
     return requests;
 }
 
-/// 1,800 characters in UTF-8, of one to three bytes each: several blocks in both directions.
+/// A text of 1,800 characters, which have one to three bytes each in UTF-8. The decoder and the encoder convert it in
+/// several blocks.
 const std::string& longUtf8() {
     static const std::string kText = [] {
         std::string text;
@@ -261,7 +262,8 @@ void wideToNarrow(Attempt& attempt) {
                             L"vorel::Exception - wcs2mbs");
 }
 
-/// The text of the failure needs a larger buffer than the conversion.
+/// The conversion fails. The text of this failure needs a larger buffer than the converted text, so the output may have
+/// to grow again.
 void unconvertibleToNarrow(Attempt& attempt) {
     BaseString<char> target;
     attempt.perform([&] { vorel::detail::wcs2mbs(L"ab\x4E00", target); });

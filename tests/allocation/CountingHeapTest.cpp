@@ -11,7 +11,8 @@
 
 namespace {
 
-/// Allocates a block in a way that the compiler cannot optimise away.
+/// Returns `block`. The compiler cannot remove the allocation of the block, because a volatile variable stores its
+/// address.
 template <class T>
 T* visible(T* block) {
     static T* volatile s_block;

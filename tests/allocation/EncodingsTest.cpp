@@ -24,7 +24,7 @@ Array<unsigned char> hundredBytes() {
     return test::arrayOf(std::vector<unsigned char>(100, 0xA5));
 }
 
-/// Expects one allocation, of `capacity` units. If it fails, the output keeps its text.
+/// Expects one allocation, of `capacity` units. If the allocation fails, the output keeps its text.
 template <class T, class Encode>
 void encodeOnce(Attempt& attempt, unsigned int capacity, const Attempt::Messages& records, Encode&& encode) {
     BaseString<T> text(textOf<T>("old").c_str());
@@ -79,7 +79,7 @@ void byteArrayToHexString(Attempt& attempt) {
                   [&](BaseString<T>& text) { util::byteArrayToHexString(bytes, text, true); });
 }
 
-/// Expects one allocation, of an array with `slots` bytes. If it fails, the output stays empty.
+/// Expects one allocation, of an array with `slots` bytes. If the allocation fails, the output stays empty.
 template <class Decode>
 void decodeOnce(Attempt& attempt, unsigned int count, unsigned int slots, const Attempt::Messages& records,
                 Decode&& decode) {
@@ -101,7 +101,7 @@ void base64DecodeShort(Attempt& attempt) {
                [&](Array<unsigned char>& bytes) { util::Base64::Decode(L"QUFBQUFBQUFBQUFBQUFBQUFBQUFBQUFB", bytes); });
 }
 
-/// A text without a complete group of characters has no bytes, so no memory is needed.
+/// A text without a complete group of characters is decoded to no bytes, so no memory is needed.
 void base64DecodeNothing(Attempt& attempt) {
     Array<unsigned char> bytes;
     int statusOfEmpty = 1;
@@ -138,7 +138,7 @@ void hexStringToByteArray(Attempt& attempt) {
     });
 }
 
-/// A conversion for URLs, applied to 100 units that it does not change.
+/// A conversion for URLs. The tests apply it to 100 units that it does not change.
 template <class T>
 using UrlConversion = void (*)(const T* text, BaseString<T>& output);
 
@@ -154,7 +154,7 @@ void urlOnce(Attempt& attempt, UrlConversion<T> convert) {
         EXPECT_TRUE(output.empty());
     }
     if (sizeof(T) == 1 && attempt.completed()) {
-        EXPECT_EQ(attempt.requests(), 1u) << "narrow text is measured first";
+        EXPECT_EQ(attempt.requests(), 1u) << "narrow text is measured first, so the output grows once";
     }
 }
 
@@ -173,7 +173,7 @@ void addUrlConversions(std::vector<Operation>& all, const std::string& width) {
     add("UrlDecode_Returned", [](const T* text, BaseString<T>& output) { output = util::urlDecode(text); });
 }
 
-/// Escapes that are not valid UTF-8. The exception reports the text or the lack of memory.
+/// Escapes that are not valid UTF-8. The exception reports the invalid text, or the lack of memory.
 void urlDecodeInvalidText(Attempt& attempt) {
     BaseString<wchar_t> output(L"old");
     attempt.perform([&] { util::urlDecode(L"abc%FF", output, 0); });
@@ -195,7 +195,7 @@ void urlOfWideText(Attempt& attempt) {
     attempt.expectCompletedOrMemoryException();
 }
 
-/// The first lookup fills the map of names. If that fails, the next lookup fills it again.
+/// The first lookup fills the map of names. If memory runs out while the map is filled, the next lookup fills the map.
 void fillNames(Attempt& attempt) {
     vorel::detail::CodePageState* const state = vorel::detail::codePageState.get();
     ASSERT_NE(state, nullptr);

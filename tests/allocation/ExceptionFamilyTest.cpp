@@ -14,7 +14,7 @@
 namespace {
 
 /// Adds two operations for a constructor of `E`: constructing and rethrowing the exception. `text` is the message of
-/// the exception, or empty if it has no message.
+/// the exception, or is empty if the exception has no message.
 template <class E, class Make>
 void add(std::vector<Operation>& all, const std::string& name, const std::wstring& text, Make make) {
     all.push_back({name + "_Construct", [=](Attempt& attempt) {

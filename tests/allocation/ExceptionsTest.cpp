@@ -339,7 +339,8 @@ TEST(LongMessage, IsTruncatedWithoutMarkWhenItReplacesAnother) {
     EXPECT_EQ(log.messages(), std::vector<std::string>{"Vorel Error: before"});
 }
 
-// A narrow message is converted directly into its entry, without another block.
+// A narrow message is converted directly into its entry of the message stack. So a message needs only two blocks: the
+// stack, and the text of the entry.
 TEST(NarrowMessage, NeedsTheStackAndItsText) {
     const Texts noTexts;
     const struct {

@@ -18,7 +18,7 @@ Units units(const std::wstring& text) {
     return {text.begin(), text.end()};
 }
 
-/// Longer than the internal buffer, so that the heap is used.
+/// A text that is longer than the internal buffer of a function, so that the function uses the heap.
 Units longUnits(wchar_t unit) {
     return units(std::wstring(600, unit));
 }

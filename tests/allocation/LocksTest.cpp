@@ -94,7 +94,8 @@ void lockAndUnlock(Attempt& attempt) {
 DWORD timingOutThread = 0;
 decltype(&::WaitForSingleObject) realWait = nullptr;
 
-/// Waits of other threads (of the runtime and of GoogleTest) are not changed.
+/// Replaces `WaitForSingleObject`. All waits of the test's thread time out. Other threads (of the runtime and of
+/// GoogleTest) wait as usual.
 DWORD WINAPI timesOut(HANDLE object, DWORD timeout) {
     return GetCurrentThreadId() == timingOutThread ? WAIT_TIMEOUT : realWait(object, timeout);
 }
@@ -147,7 +148,7 @@ void unlockThatFails(Attempt& attempt) {
     EXPECT_FALSE(attempt.completed());
     const std::wstring record = L"AutoMutex::unlock" + kRethrown;
     if (attempt.thrown() == typeid(vorel::MemoryException).name()) {
-        // The size of the request depends on the system's text.
+        // The message about missing memory is not compared, because it depends on the length of the system's text.
         EXPECT_EQ(attempt.logged().back(), "Vorel Error: " + test::utf8(record));
     } else {
         attempt.expectThrown(

@@ -1,5 +1,5 @@
 /// \file
-/// Checks the messages of an exception and the lines of the log. If an allocation failed, they may be incomplete.
+/// Checks the messages of an exception and the lines of the log, which may be incomplete if an allocation failed.
 #pragma once
 
 #include <cstddef>
@@ -9,7 +9,7 @@
 #include "vorel/exceptions/Exception.h"
 
 constexpr std::size_t kLongMessage = 10000;
-constexpr std::size_t kTruncatedMessage = 7999;  // the capacity of a message's internal buffer
+constexpr std::size_t kTruncatedMessage = 7999;  // in units; the internal buffer also has space for a terminator
 
 /// The text of a message that could not be converted to wide text.
 inline const std::wstring kNoMemoryForText = L"Out of memory for text conversion";

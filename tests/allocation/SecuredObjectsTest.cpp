@@ -24,8 +24,8 @@ namespace {
 using test::Handle;
 using vorel::BaseString;
 
-/// Makes calls of `InitializeAcl` fail until the returned object is destroyed. The library calls it to create the
-/// security of an object.
+/// Makes calls of `InitializeAcl` fail until the returned object is destroyed. The library calls this function when it
+/// creates the security of an object.
 auto failingStep() {
     return test::failCalls<importedInitializeAcl>();
 }

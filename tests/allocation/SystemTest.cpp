@@ -1,5 +1,5 @@
-// Time, clocks, error texts and memory accounting with a failing heap. Exceptions for invalid arguments keep their
-// class and their log lines, even if their texts cannot be stored.
+// Time, clocks, error texts and memory accounting with a failing heap. An exception for an
+// invalid argument keeps its class and is logged completely, even if its texts cannot be stored.
 
 #include <ctime>
 #include <string>
@@ -24,7 +24,8 @@ namespace util = vorel::util;
 
 constexpr int kCode = ERROR_ACCESS_DENIED;
 
-/// The capacity of a string of `units` units and a terminator. It is a power of two, at least 16.
+/// Returns the capacity, in units, of a string that contains `units` units: the smallest power of two that has space
+/// for the units and the terminator, but at least 16.
 unsigned int roundedUp(std::size_t units) {
     unsigned int capacity = 16;
     while (capacity < units + 1) {
@@ -33,7 +34,7 @@ unsigned int roundedUp(std::size_t units) {
     return capacity;
 }
 
-/// Expects the text of the code, or an empty text if a request failed.
+/// Expects the system's text for `kCode`, or an empty text if a request for memory failed.
 void formatErrorMsg(Attempt& attempt) {
     BaseString<wchar_t> text;
     attempt.perform([&] { util::FormatErrorMsg(kCode, text); });

@@ -1,5 +1,5 @@
-// Lists, splitting, joining and appending numbers with a failing heap. The other functions of include/vorel/values do
-// not allocate memory.
+// Parses lists, splits and joins strings, and appends numbers to strings, with a failing heap. The other functions of
+// include/vorel/values do not allocate memory.
 
 #include <string>
 #include <typeinfo>
@@ -57,8 +57,8 @@ void splitNarrow(Attempt& attempt) {
     EXPECT_EQ(parts[0], "old");
 }
 
-/// The operation clears the array first. After a failure, the array contains the items that were read before the
-/// failure.
+/// Expects the array `items` to contain `all`. The tested functions clear the array first. After a failure, the array
+/// must contain the items that were read before the failure.
 template <class T>
 void expectItems(const Attempt& attempt, const Array<BaseString<T>>& items, std::vector<std::basic_string<T>> all) {
     if (!attempt.completed()) {
@@ -123,8 +123,8 @@ void tokenize(Attempt& attempt) {
     EXPECT_TRUE(attempt.completed() ? tokens.size() == 7 : tokens.size() < 7);
 }
 
-/// Appends to the array or replaces its contents. After a failure, the array contains the values that were read before,
-/// and the failure is logged.
+/// Calls `read`, which appends to an array or replaces the elements of the array. After a failure, the array must
+/// contain the values that were read before the failure, and the log must contain the failure.
 template <class Value, class T>
 void readList(Attempt& attempt, bool (*read)(const T*, Array<Value>&, bool), bool append) {
     const std::basic_string<T> text = textOf<T>("1 2 3 4 5 6 7");
@@ -170,7 +170,8 @@ void readRanges(Attempt& attempt) {
     EXPECT_TRUE(ends.size() <= starts.size());
 }
 
-/// The exception quotes the item, or reports the lack of memory if the quotation cannot be stored.
+/// The first message of the exception must quote the invalid item. If a request for memory failed, the first message
+/// may report that memory ran out.
 void readInvalidRanges(Attempt& attempt) {
     Array<int> starts;
     Array<int> ends;

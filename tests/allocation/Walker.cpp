@@ -12,7 +12,7 @@
 
 namespace {
 
-constexpr unsigned int kMaxRequests = 1000;  // more than any operation makes
+constexpr unsigned int kMaxRequests = 1000;  // more requests than any operation makes
 
 std::wstring memoryMessage(Attempt::Request request) {
     return L"No more memory is available: " + std::to_wstring(request.count) + L" objects of size " +
@@ -65,7 +65,7 @@ void Attempt::expectException(const std::string& kind, const Messages& messages)
 
 void Attempt::expectMemoryException(const std::vector<Request>& requests, const Messages& records) const {
     const heap::Unwatched unwatched;
-    // The log shows which request failed, for both kinds of failure.
+    // The first line of the log shows which request failed, even if the exception has no messages.
     for (const Request& request : requests) {
         Messages messages = {memoryMessage(request)};
         messages.insert(messages.end(), records.begin(), records.end());
@@ -102,7 +102,7 @@ void Attempt::expectThrownTexts(const Messages& messages) const {
         EXPECT_EQ(m_messages, messages);
         return;
     }
-    // The messages that are not missing are in order.
+    // Messages may be missing or empty. The remaining messages must have the expected order.
     auto expected = messages.begin();
     for (const std::wstring& message : m_messages) {
         if (!message.empty()) {
@@ -129,7 +129,8 @@ TEST_P(FailingHeap, FailsAsDocumentedAndLeaksNothing) {
     const auto& [operation, failure] = GetParam();
     test::TemporaryLog log;
     {
-        // This run creates the data that a program creates only once.
+        // In this run, the library creates the data that it creates only once and keeps. So the data is not reported as
+        // a leak of a later run.
         Attempt warmUp(kMaxRequests, failure, log);
         operation.run(warmUp);
         ASSERT_FALSE(warmUp.allocationFailed());

@@ -1,8 +1,8 @@
 /// \file
 /// Runs every operation of the library on a failing heap. An operation is a function that prepares its objects,
-/// performs one step while the heap may fail, and checks the results. The walker runs the operation repeatedly. In the
-/// n-th run, the n-th request fails. The walker stops when a run completes without a failed request, and reports leaked
-/// blocks.
+/// performs one step while the heap may fail, and checks the results. The walker, the test in Walker.cpp, runs the
+/// operation repeatedly. In the n-th run, the n-th request for memory fails. The walker stops after a run in which no
+/// request failed. It reports the blocks that a run leaks.
 ///
 ///     void appendGrows(Attempt& attempt) {
 ///         vorel::Array<int> array;
@@ -31,7 +31,7 @@
 /// One run of an operation, and its results.
 class Attempt {
 public:
-    /// The request in the text of a MemoryException: the number of elements and their size in bytes.
+    /// The request that the text of a MemoryException names: a number of elements, and the size of an element in bytes.
     struct Request {
         unsigned int count;
         unsigned int size;
@@ -76,33 +76,33 @@ public:
         return allocationFailed() && m_failure == heap::Failure::FromThenOn;
     }
 
-    /// Prefix and message of the lines that the step logged.
+    /// The lines that the step logged. Each line consists of its prefix and its message.
     [[nodiscard]] const std::vector<std::string>& logged() const { return m_logged; }
 
     /// Expects that the step throws nothing, even if a request failed.
     void expectCompleted() const;
 
     /// Expects that the step completes if no request failed. Otherwise expects a `MemoryException` for one of
-    /// `requests`. Its messages must be the message for this request and `records`, and the log must contain all of
-    /// them. If the requests after the failed request fail, too, the exception must have no messages, but the log must
-    /// still contain them.
+    /// `requests`. The messages of the exception must be the message for this request, followed by `records`. The log
+    /// must contain the same messages. If all requests after the failed request also fail, the exception must have no
+    /// messages, but the log must still contain them.
     void expectMemoryException(const std::vector<Request>& requests, const Messages& records = {}) const;
 
     /// Expects that the step completes if no request failed. Otherwise expects a `MemoryException` with any messages.
     void expectCompletedOrMemoryException() const;
 
-    /// Like `expectMemoryException`, with another class and other messages.
+    /// Like `expectMemoryException`, but expects an exception of the class `kind` with `messages`.
     void expectException(const std::string& kind, const Messages& messages) const;
 
     /// Expects that the step completes if no request failed, and throws `std::bad_alloc` otherwise. It must log
     /// nothing.
     void expectBadAlloc() const;
 
-    /// Expects that the step always throws an object of `kind`, with complete log lines. If a request failed, some
-    /// messages may be missing or empty.
+    /// Expects that the step throws an object of the class `kind`, whether or not a request failed, and that the log
+    /// contains all of `messages`. If a request failed, messages of the thrown object may be missing or empty.
     void expectThrown(const std::string& kind, const Messages& messages) const;
 
-    /// Expects these messages in the thrown object. If a request failed, some messages may be missing or empty.
+    /// Expects `messages` in the thrown object. If a request failed, messages of the object may be missing or empty.
     void expectThrownTexts(const Messages& messages) const;
 
 private:
@@ -145,7 +145,7 @@ std::basic_string<T> textOf(const char* text) {
     return {text, text + std::char_traits<char>::length(text)};
 }
 
-/// `count` ASCII units; adjacent units differ.
+/// A text of `count` ASCII letters. Adjacent letters differ.
 template <class T>
 std::basic_string<T> longText(std::size_t count) {
     std::basic_string<T> text(count, T{});
