@@ -21,9 +21,10 @@ copy,memcpy of the bytes,2500000.0000,1000000.0000,0.4000,0.0000\r
 "join, wide",std::x,2000000000.0000,30000000000.0000,15.0000,0.1000\r
 """
 
-# A rise is measured from the smallest earlier time. Beyond the caches, "append" rises from 3 to 6 ns, and its peer only
-# falls. "log line" has no rows beyond the caches, so all its rows count: it rises from 1,000 to 1,400 ns, and its peer
-# from 1,000 to 2,500 ns.
+# A rise compares a time with the smallest earlier time of the same case. The rises of "append" are computed only from
+# its rows beyond the caches: the library's time rises from 3 to 6 ns, and the peer's time never rises. "log line" has
+# no rows beyond the caches, so its rises are computed from all its rows: the library's time rises from 1,000 to 1,400
+# ns, and the peer's time from 1,000 to 2,500 ns.
 GROWTH = """\
 case,elements,beyond_caches,ours_ns,peer,peer_ns\r
 append,1,no,100.0000,std::string,1.0000\r

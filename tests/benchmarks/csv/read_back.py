@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Checks the CSV files and the arguments of benchmark programs.
+"""Checks the CSV files that benchmark programs write, and the arguments of these programs.
 
     read_back.py <folder> <command>...
 

@@ -1,7 +1,8 @@
 /// \file
-/// Compares passes whose names must be quoted in a CSV file. Prints how often the passes of the first case ran.
+/// Runs cases and peers whose names must be quoted in a CSV file. Prints how often the passes of the first case ran.
 ///
-/// In the case "unsteady", samples with passes of twelve and of three milliseconds alternate. A sample has four passes.
+/// In the case "unsteady", a pass of the library takes twelve milliseconds in one sample and three milliseconds in the
+/// next sample, in turn. A sample consists of four passes.
 
 #include <chrono>
 #include <cstdio>
