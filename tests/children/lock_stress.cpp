@@ -1,17 +1,20 @@
 /// \file
-/// Four threads that use every lock and condition of the library, together with four threads of another process.
+/// Four threads that use a named mutex, named conditions, a critical section and its conditions, together with four
+/// threads of another process.
 ///
 ///     run=<name> process=<0 or 1> seconds=<duration> report=<path> log=<path>
 ///
 /// In each round a thread
 /// - adds one to a number that both processes map, under the named mutex,
 /// - passes a turn to its partner in the other process and gets it back, through named conditions,
-/// - puts a token into a counter of its process or takes a token from it, and waits without limit on a condition,
-/// - waits for the other threads of its process; the last thread wakes them by a broadcast. Process 0 decides which
-/// round is the last.
+/// - adds a token to a counter of its process, or waits without limit on a condition for a token and takes it,
+/// - waits for the other threads of its process; the thread that arrives last wakes them by a broadcast.
 ///
-/// After a complete run the report has the line "additions=<count>". If a thread makes no progress for 20 seconds, the
-/// report lists what each thread waits for, and the exit code is 3.
+/// Process 0 decides which round is the last.
+///
+/// When all threads have finished, the program writes the line "additions=<count>" to the report. If a thread makes no
+/// progress for 20 seconds, the program writes to the report what each thread waits for. The exit code is then 3. It is
+/// also 3 if a thread threw an exception.
 
 #include <array>
 #include <atomic>
@@ -126,7 +129,7 @@ private:
         }
     }
 
-    /// Half of the threads put one token each; the others take one token each.
+    /// A thread with an even number adds one token. A thread with an odd number takes one token.
     void putOrTakeToken(unsigned int thread) {
         enter(thread, "a token");
         const vorel::Guard held(m_lock);
@@ -139,7 +142,7 @@ private:
             m_tokenAvailable.wait(-1);
         }
         if (--m_tokens != 0) {
-            m_tokenAvailable.signal();  // two signals may have become one, so this wakes the second waiter
+            m_tokenAvailable.signal();  // two signals may have woken only one waiter, so this wakes another
         }
     }
 
@@ -150,7 +153,7 @@ private:
             m_arrived = 0;
             m_meeting = round;
             if (m_isFirst && m_stats->lastRound == test::StressStats::kNoEnd && Clock::now() > m_end) {
-                m_stats->lastRound = round + 1;  // the partners read this after their next turn
+                m_stats->lastRound = round + 1;  // process 1 reads it after the turns of the next round
             }
             m_allArrived.broadcast();
             return;
@@ -222,7 +225,7 @@ int stress(const test::ChildArguments& arguments) {
     const bool completed = threads.run(report);
     (void)std::fclose(report);
     if (!completed) {
-        std::_Exit(3);  // does not join the threads that hang
+        std::_Exit(3);  // ends the process without waiting for threads that hang
     }
     return 0;
 }

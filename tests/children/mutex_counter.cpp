@@ -1,5 +1,6 @@
 /// \file
-/// Repeatedly adds one to the number in a file. Each round reads and writes the number under a named mutex.
+/// Repeatedly adds one to the number in a file. In each round, the program reads and writes the number
+/// while it owns a named mutex.
 ///
 ///     mutex=<name> file=<path> rounds=<count> go=<event> log=<path>
 ///

@@ -45,14 +45,14 @@ int main() {
     if (isAnyActive()) {
         return 1;
     }
-    // Switching a target off must not enable the checks of targets.
+    // No target is active after these calls, so the library must still not read the names of targets.
     Exception::setDebugTarget("Target", false);
     Exception::setDebugTarget(L"Target", false);
     debugAll(nowhere<char>(), nowhere<wchar_t>());
     if (isAnyActive()) {
         return 2;
     }
-    // While a target is active, names are compared, but no message is rendered for other targets.
+    // While a target is active, the library reads the names of targets, but renders messages only for active targets.
     Exception::setDebugTarget("Other", true);
     Exception::setDebugTarget(L"Other", true);
     debugAll("Target", L"Target");

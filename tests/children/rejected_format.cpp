@@ -1,6 +1,7 @@
 /// \file
-/// Passes a format that the runtime rejects to the library, in a program without an invalid-parameter handler. Unless
-/// the library protects the call, the runtime ends the program. The argument is an index into `kRejectedFormats`.
+/// Calls the library with a format that the runtime rejects, in a program without an invalid-parameter handler. Unless
+/// the library protects its call of the runtime, the runtime ends the program. The argument is an index into
+/// `kRejectedFormats`.
 ///
 /// The exit code is 0, or 1 for an invalid index.
 

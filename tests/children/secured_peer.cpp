@@ -2,14 +2,15 @@
 /// The second process in the tests of secured objects: obtains an object that the test has opened, and uses it.
 ///
 ///     task=mutex name=<mutex> [held=<event> release=<event>]
-///         locks the mutex if it is free, and unlocks it; with events, sets `held` and waits for `release` in between
+///         locks the mutex if it is free, and unlocks it; if events are given, sets `held` and waits for `release`
+///         before it unlocks the mutex
 ///     task=event name=<event> answer=<event>
-///         waits for the first event, then sets the second
+///         waits for the event `name`, then sets the event `answer`
 ///     task=mapping name=<mapping> [file=<path>] expect=<number> write=<number>
-///         compares the first number of the mapping, and overwrites it
+///         compares the first number of the mapping with `expect`, and overwrites it with `write`
 ///     task=admin
 ///         calls IsAdmin
-///     task=race name=<stem> folder=<path> parties=<number> rounds=<number> log=<path>
+///     task=race name=<prefix of the names> folder=<path> parties=<number> rounds=<number> log=<path>
 ///         opens mappings while other processes do the same
 ///
 /// The exit code is a combination of the bits of PeerResult.

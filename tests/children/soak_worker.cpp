@@ -1,12 +1,14 @@
 /// \file
 /// One process of the soak test. Until the test ends or kills it, the process writes lines to the common log, adds to
-/// the common number under a named mutex, wakes one neighbour, is woken by the other neighbour, and converts texts in
-/// both directions.
+/// the common number under a named mutex, wakes one neighbour, is woken by the other neighbour, and converts texts and
+/// converts them back.
 ///
 ///     run=<name> process=<number> life=<number> log=<path>
 ///
-/// The process counts its operations in the shared statistics. The exit code is 0 for success, 2 if a text changes when
-/// it is converted and converted back, and 3 for an exception.
+/// A killed process is replaced by a process with the same `process` and a new `life`.
+///
+/// The process counts its operations in the shared statistics. The exit code is 0 for success, 2 if a text or a number
+/// changes when it is converted and converted back, and 3 for an exception.
 
 #include <atomic>
 #include <chrono>
@@ -30,13 +32,16 @@ using vorel::BaseString;
 
 constexpr unsigned int kWarmUpRounds = 300;
 constexpr unsigned int kRoundsPerSample = 64;
-constexpr unsigned int kRoundsPerLockedLine = 3;  // so that some processes are killed while they own the mutex
+/// In every third round, the process logs a line while it owns the mutex, so that some processes are killed while they
+/// own it.
+constexpr unsigned int kRoundsPerLockedLine = 3;
 
 void increase(volatile long long& count) {
     count = count + 1;
 }
 
-/// The private memory of the process. Computed from the address map, because not every system counts private memory.
+/// The private memory of the process. The function adds up the committed private regions of the address space, because
+/// not every system reports the size of the private memory.
 long long privateKiB() {
     SIZE_T bytes = 0;
     MEMORY_BASIC_INFORMATION region = {};
@@ -47,7 +52,7 @@ long long privateKiB() {
     return static_cast<long long>(bytes / 1024);
 }
 
-/// The index of a new handle. The system uses the lowest free index, so leaked handles increase it.
+/// The index of a new handle. The system uses the lowest free index, so leaked handles increase the result.
 long long nextHandleIndex() {
     const test::Handle handle(CreateEventW(nullptr, FALSE, FALSE, nullptr));
     return reinterpret_cast<long long>(handle.get()) / 4;
