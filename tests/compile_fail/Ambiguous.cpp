@@ -1,6 +1,6 @@
 // Not part of any program. The compiler must reject every line with the comment "rejected", and no other line. The
-// library's `round` and the runtime's `round` have different results. So with a using-directive, a call of `round` must
-// be ambiguous.
+// library's `round` and the runtime's `round` return different results for some values. So with a using-directive, a
+// call of `round` must be ambiguous.
 
 #include <cmath>
 

@@ -1,4 +1,4 @@
-// Not part of any program. The flat interface must compile without the universal C runtime and C++20.
+// Not part of any program. The flat interface must also compile with another C runtime, and with C++11.
 
 #include <vorel/vorelCoreC.h>
 

@@ -1,4 +1,4 @@
-// Not part of any program. Must compile with a standard library that has <format>.
+// Not part of any program. This source must compile with a standard library that has <format>.
 
 #include <string>
 #include <type_traits>

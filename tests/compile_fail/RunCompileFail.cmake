@@ -1,7 +1,7 @@
 # Compiles the sources in this folder, and compares the compiler's messages with the comments on the same lines.
 #
 #   COMPILER, COMPILER_ID, FLAGS, INCLUDE: set by tests/CMakeLists.txt
-#   CLANG, LIBCXX: clang, and the headers of libc++; both empty if they are missing
+#   CLANG: the program clang++; LIBCXX: the folder of the headers of libc++, empty if the headers are missing
 
 separate_arguments(flags NATIVE_COMMAND "${FLAGS}")
 if(COMPILER_ID STREQUAL "GNU")
@@ -21,8 +21,8 @@ endmacro()
 
 # check(<source> <mark> <compiles> <text> <option>...): if `compiles` is true, `source` must compile with the options.
 # For each line of `source` with the comment "// <mark>: X", the compiler must write a message that matches the regular
-# expression `text`, in which X is replaced by the word after the mark. There must be no message for other lines, nor
-# for lines with the mark "X (GCC)" if the compiler is not GCC.
+# expression `text`, in which X is replaced by the word after the mark. For lines with the comment "// <mark>: X (GCC)",
+# only GCC must write this message. The compiler must write no message for other lines.
 function(check name mark compiles text)
     compile(${name} ${ARGN})
     if(compiles AND NOT result EQUAL 0)
@@ -38,7 +38,7 @@ function(check name mark compiles text)
         endif()
         if(line MATCHES "// ${mark}: ([^ ]+)$")
             math(EXPR expected "${expected} + 1")
-            string(REPLACE "=" "" option "${CMAKE_MATCH_1}") # clang's options have no "="
+            string(REPLACE "=" "" option "${CMAKE_MATCH_1}") # clang's messages name the options without "="
             string(REPLACE "X" "${option}" wanted "${text}")
             if(NOT messages MATCHES "${name}:${number}:[^\n]*${wanted}")
                 message(SEND_ERROR "${name}, line ${number}: missing message (${CMAKE_MATCH_1})")
@@ -75,7 +75,7 @@ endfunction()
 refuse(RuntimeFormats.cpp "needs the universal C runtime" -U_UCRT -U__MSVCRT_VERSION__ -D__MSVCRT_VERSION__=0x700)
 refuse(RuntimeFormats.cpp "needs C[+][+]20" -std=c++17)
 refuse(RuntimeFormats.cpp "is a library for 64-bit Windows" -U_WIN64)
-# The flat interface works with every C runtime and every standard of C and C++.
+# The flat interface needs neither the universal C runtime nor C++20.
 compile(Flat.cpp -std=c++11 -Wpedantic -Werror -U_UCRT -U__MSVCRT_VERSION__ -D__MSVCRT_VERSION__=0x700)
 if(NOT result EQUAL 0)
     message(SEND_ERROR "the flat interface does not compile:\n${messages}")
