@@ -1,5 +1,5 @@
-# Builds the project find_package/, which gets the installed library only by find_package, as a user's project does.
-# Runs its two programs. One program uses the DLL, the other program uses the static library.
+# Builds the project find_package/, which finds the installed library with find_package, as a user's project does. Runs
+# the two programs of the project. One program uses the DLL, the other program uses the static library.
 #
 #   PROJECT_BUILD: the build to install; or PACKAGE: the folder of an existing package
 

@@ -1,6 +1,6 @@
-# Tests the packages of CPack. The project find_package/ must build and run with the archive unpacked in another folder,
-# and the tools must run there. The installer must install the same files, and remove all of them. The archive of the
-# symbols must contain the symbols of the same DLL.
+# Tests the packages of CPack. The project find_package/ must build and run with a copy of the unpacked archive, and the
+# tools in the copy must run. The installer must install the files that the archive contains, and the uninstaller must
+# remove all of them. The archive of the symbols must contain the symbols of the DLL in the archive.
 #
 #   PACKAGES: the folder with the archives and the installer; CLANG: the folder of clang
 
@@ -22,8 +22,8 @@ function(list_files folder result)
     set(${result} "${files}" PARENT_SCOPE)
 endfunction()
 
-# Stores an option of the installer that ends in the path of a folder. The installer requires a path without quotes,
-# even if the path contains spaces. So each word of the path becomes an argument.
+# Stores in `result` an option of the installer that ends in the path of a folder. The installer requires a path without
+# quotes, even if the path contains spaces. So each word of the path becomes an argument.
 function(folder_option option folder result)
     string(REPLACE "/" "\\" folder "Z:${folder}")
     string(REPLACE " " ";" words "${option}${folder}")
@@ -38,7 +38,7 @@ file(ARCHIVE_EXTRACT INPUT "${archive}" DESTINATION "${WORK}/archive")
 file(GLOB package "${WORK}/archive/*")
 list_files("${package}" expected)
 
-# The files that a user looks for.
+# The archive must contain these files for users.
 foreach(file IN ITEMS
         README.txt share/doc/vorelCore/README.md share/doc/vorelCore/CHANGELOG.md
         share/doc/vorelCore/docs/getting-started.md share/doc/vorelCore/examples/hello/main.cpp
@@ -69,8 +69,8 @@ foreach(program IN LISTS programs)
     endif()
 endforeach()
 
-# The archive of the symbols must contain no other files. If it is unpacked next to the DLL of the first archive, the
-# debugger must find the symbols of the DLL.
+# The archive of the symbols must contain only the file with the symbols of the DLL. If this file is in the folder of
+# the DLL, the debugger must find the symbols.
 only_file("*-ucrt-symbols.zip" symbols)
 file(ARCHIVE_EXTRACT INPUT "${symbols}" DESTINATION "${WORK}/symbols")
 file(GLOB_RECURSE found RELATIVE "${WORK}/symbols" "${WORK}/symbols/*")
@@ -99,11 +99,11 @@ run("Configure the examples"
 run("Build the examples" "${CMAKE_COMMAND}" --build "${FOLDER}")
 run("Run an example" "${CMAKE_COMMAND}" -E chdir "${FOLDER}" ${EMULATOR} "${FOLDER}/hello.exe")
 
-run("Test its import library for C"
+run("Test the archive's import library for C"
     "${CMAKE_COMMAND}" "-DPACKAGE=${package}" "-DCONFIG=${CONFIG}" "-DGENERATOR=${GENERATOR}" "-DEMULATOR=${EMULATOR}"
     "-DCLANG=${CLANG}" "-DWORK=${WORK}/flat_c" -P "${CMAKE_CURRENT_LIST_DIR}/RunFlatC.cmake")
 
-run("Test its tools"
+run("Test the archive's tools"
     "${CMAKE_COMMAND}" "-DPACKAGE=${package}" "-DEMULATOR=${EMULATOR}" "-DWORK=${WORK}/tools"
     -P "${CMAKE_CURRENT_LIST_DIR}/RunTools.cmake")
 
@@ -116,9 +116,10 @@ if(NOT found STREQUAL expected)
     set(missing ${expected})
     list(REMOVE_ITEM missing ${found})
     list(REMOVE_ITEM found ${expected})
-    message(FATAL_ERROR "The files of the installer differ from those of the archive: missing ${missing}; more ${found}")
+    message(FATAL_ERROR "The installer does not install: ${missing}; not in the archive, but installed: ${found}")
 endif()
-# With this option the uninstaller does not copy itself to another folder, so this script can wait for its end.
+# With this option the uninstaller does not copy itself to another folder, so this script can wait until the
+# uninstaller ends.
 folder_option("_?=" "${installed}" option)
 run("Uninstall" ${EMULATOR} "${installed}/uninstall.exe" /S ${option})
 list_files("${installed}" found)

@@ -1,10 +1,11 @@
-# Builds main.cpp with one command whose options come from pkg-config. The package is moved after it is installed.
+# Builds main.cpp with one command whose options come from pkg-config. The package is moved after it is installed,
+# because its .pc files must work in every folder.
 #
 #   PROJECT_BUILD: the build to install; COMPILER, OPTIONS: the compiler and its options for the C runtime
 
 include("${CMAKE_CURRENT_LIST_DIR}/Steps.cmake")
 
-# The options for a package as a list. pkg-config escapes spaces in paths.
+# Stores the options for a package as a list in `result`. pkg-config escapes spaces in paths.
 function(query_pkg_config name result)
     execute_process(
         COMMAND "${CMAKE_COMMAND}" -E env
@@ -32,8 +33,8 @@ foreach(name IN ITEMS vorelCore vorelCoreStatic)
     run_program("${program}")
 endforeach()
 
-# The flags do not choose the C runtime. A compiler whose default is another C runtime must be refused,
-# and both .pc files must name the requirements.
+# The options from pkg-config do not choose the C runtime. So the headers must refuse a compiler whose default is
+# another C runtime, and both .pc files must state the requirements.
 separate_arguments(options UNIX_COMMAND "${OPTIONS}")
 list(FILTER options INCLUDE REGEX "^--target=")
 query_pkg_config(vorelCore flags)

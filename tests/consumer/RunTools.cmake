@@ -1,5 +1,5 @@
-# Runs the installed tools, and checks their manual pages and completion scripts. Each file must be equal to the output
-# of its tool, and completion in bash must work with its script.
+# Runs the installed tools, and checks their manual pages and completion scripts. Each of these files must be equal to
+# the output of its tool. The completion scripts for bash must offer the expected words.
 #
 #   PROJECT_BUILD: the build to install; or PACKAGE: the folder of an existing package
 

@@ -40,7 +40,7 @@ endforeach()
 file(COPY "${DLLS}/libstdc++-6.dll" "${DLLS}/libgcc_s_seh-1.dll" "${DLLS}/libwinpthread-1.dll" DESTINATION "${bin}")
 set(compiler "-DCMAKE_CXX_COMPILER=${bin}/x86_64-w64-mingw32ucrt-g++")
 
-# Builds a user's project with the package.
+# Builds a user's project with the first compiler and the package.
 build_and_run(
     "${CMAKE_CURRENT_LIST_DIR}/find_package" "${FOLDER}/vorelCore/lib/cmake/vorelCore/mingw-ucrt.cmake"
     "consumer_dll;consumer_static"
@@ -50,7 +50,7 @@ if(NOT flags STREQUAL "CMAKE_CXX_FLAGS:STRING=-D_WIN32_WINNT=0x0A00" OR EXISTS "
     message(SEND_ERROR "the compiler's own runtime is replaced: ${flags}")
 endif()
 
-# Configures the library itself. It must find the runtime DLLs in the compiler's folder.
+# Configures the library itself. The configuration must find the runtime DLLs in the compiler's folder.
 run("Configure the library"
     "${CMAKE_COMMAND}" -S "${SOURCE}" -B "${FOLDER}/library" -G "${GENERATOR}" -DCMAKE_BUILD_TYPE=Release
     "-DCMAKE_TOOLCHAIN_FILE=${SOURCE}/cmake/mingw-ucrt.cmake" "${compiler}"

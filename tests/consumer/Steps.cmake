@@ -1,5 +1,5 @@
-# Common steps of the tests with a user's project. The steps use a folder whose name contains a space and a non-ASCII
-# letter. Wine needs a UTF-8 locale for such paths.
+# Common steps of the tests that build a user's project. The steps use a folder whose name contains a space and a
+# non-ASCII letter. Wine needs a UTF-8 locale for such paths.
 #
 #   GENERATOR, CONFIG, EMULATOR, WORK, TOOLCHAIN (the name of the toolchain file): set by the command that runs the test
 
@@ -13,7 +13,7 @@ function(run what)
     endif()
 endfunction()
 
-# Puts the package into FOLDER/vorelCore: copies the folder PACKAGE, or if there is none, installs the build
+# Puts the package into FOLDER/vorelCore: copies the folder PACKAGE, or if PACKAGE is not set, installs the build
 # PROJECT_BUILD.
 function(install_or_copy_package)
     if(PACKAGE)
@@ -28,7 +28,7 @@ function(run_program program)
     run("Run ${program}" "${CMAKE_COMMAND}" -E env LC_ALL=C.UTF-8 ${EMULATOR} "${program}" "${program}.log")
 endfunction()
 
-# Configures and builds a project in FOLDER/build with a toolchain file, and runs some of its programs.
+# Configures a project in FOLDER/build with a toolchain file, and builds and runs the programs in the list `programs`.
 function(build_and_run source toolchain programs)
     run("Configure"
         "${CMAKE_COMMAND}" -S "${source}" -B "${FOLDER}/build" -G "${GENERATOR}"

@@ -17,7 +17,7 @@ void expect(bool holds, const char* what) {
     failures += holds ? 0 : 1;
 }
 
-/// Throws through a layer that adds its own record, like the operations of the library.
+/// Throws an exception to which a handler adds a record, as the handlers in the operations of the library do.
 void failInTwoLayers() {
     try {
         throw vorel::Exception(L"no entry named %ls", L"colour");
@@ -47,7 +47,7 @@ void useStringsAndArrays() {
     } catch (const vorel::InvalidIndexException&) {
         thrown = true;
     }
-    expect(thrown, "an invalid index throws its own exception class");
+    expect(thrown, "an invalid index throws InvalidIndexException");
 }
 
 void useExceptionsAndLog(const char* logPath) {
@@ -59,7 +59,7 @@ void useExceptionsAndLog(const char* logPath) {
         messages = exception.getErrorMessageBlock(L" | ");
     }
     expect(messages == L"no entry named colour | Settings::read: Vorel exception rethrown",
-           "an exception crosses the library with all its messages");
+           "an exception keeps all its messages when it is rethrown");
 
     // Uses the files of the C runtime, because the file streams of this toolchain's C++ library do not work with the
     // UCRT.

@@ -1,11 +1,12 @@
 /* A user's program in C, for any compiler. It is compiled as C99, C11, C17, C23 and C++20. It uses neither a C runtime
- * nor the system, so it needs no other import library. Its entry point is `start`.
+ * nor the system, so it needs only the import library of vorelCore. Its entry point is `start`.
  *
  * The exit code is the number of the check that failed, or 0. */
 
 #include <vorel/vorelCoreC.h>
 
-/* Compilers of Microsoft refer to this name in programs that use floating-point numbers; the C runtime defines it. */
+/* Compilers for Microsoft's ABI refer to this name in programs that use floating-point numbers. Usually, the C runtime
+ * defines it. */
 #ifdef __cplusplus
 extern "C" {
 #endif
