@@ -58,7 +58,7 @@ static_assert(std::is_constructible_v<Array<int>, std::vector<int>&>);
 static_assert(!std::is_convertible_v<std::vector<int>, Array<int>>);
 static_assert(!std::is_constructible_v<Array<int>, std::vector<std::string>>);
 static_assert(!std::is_constructible_v<Array<int*>, std::vector<int>>);
-// An array can still be copied and moved.
+// A copy of an array can be implicit, although an array is a range, too.
 static_assert(std::is_convertible_v<Array<int>&, Array<int>>);
 // The element's type follows from the arguments.
 static_assert(std::is_same_v<decltype(Array{1, 2, 3}), Array<int>>);
@@ -179,7 +179,7 @@ TEST(ArrayConstruction, RangeOfEveryKindGivesItsElementsInOrder) {
     struct Case {
         const char* range;
         Array<int> array;
-        unsigned int slots;
+        unsigned int slots;  // if the range has no `size` function, the array grows as with `append`
     };
     for (const Case& c : {
              Case{"vector", Array<int>(vector), 3},

@@ -120,8 +120,8 @@ TEST(ArrayOfExceptions, GrowthAndCopiesKeepEveryMessage) {
     EXPECT_EQ(log.messages().size(), 14u) << "copying must not log again";
 }
 
-// Releasing a slot destroys its exception. An exception with delayed logging then writes its messages. The next
-// exception in the slot has no delay.
+// Releasing a slot destroys its exception. An exception with delayed logging then writes its messages. If the slot is
+// used again, its new exception logs without delay.
 TEST(ArrayOfExceptions, ReleasedSlotsAreReset) {
     test::TemporaryLog log;
     Array<Exception> failures;
@@ -215,7 +215,7 @@ const Case kCases[] = {
      {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11},
      11},
     {"move assignment within the storage", [](Explosives& a) { a = arrayOf(2); }, {3, 9}, false, {1, 2}, 10},
-    {"move assignment of more storage",
+    {"move assignment that replaces the storage",
      [](Explosives& a) { a = arrayOf(11); },
      {3, 9},
      true,

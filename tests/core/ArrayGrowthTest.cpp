@@ -1,5 +1,5 @@
 /// \file
-/// `Array::reserve`: sizes, the elements after growth, and failures halfway.
+/// Growth of `Array`: the number of slots, the elements after growth, and failures while an array grows.
 
 #include <string>
 #include <utility>
@@ -21,7 +21,7 @@ using vorel::MemoryException;
 
 using WideString = BaseString<wchar_t>;
 
-/// An element so large that `reserve` rejects 2^31 elements without trying to allocate.
+/// An element so large that 2^31 elements exceed the address space, so their allocation always fails.
 struct Huge {
     char bytes[1048576];
 };
@@ -194,9 +194,9 @@ TEST(ArrayGrowthFailure, ReportsSlotsAndElementSize) {
     };
     for (const Case& c : {
              Case{0x7FFFFFFF, true, L"No more memory is available: 2147483647 objects of size 1048576 requested"},
-             // 5 doubled 29 times, as a signed number
+             // 5 doubled 29 times is 0xA0000000. The message contains it as a signed number.
              Case{0xA0000000, false, L"No more memory is available: -1610612736 objects of size 1048576 requested"},
-             // doubling again overflows, so all bits are set
+             // The 30th doubling overflows, so the number of slots is 0xFFFFFFFF.
              Case{0xA0000001, false, L"No more memory is available: -1 objects of size 1048576 requested"},
              Case{0xFFFFFFFF, false, L"No more memory is available: -1 objects of size 1048576 requested"},
          }) {
@@ -231,7 +231,8 @@ TEST(ArrayGrowthFailure, LeavesTheArrayUnchanged) {
     EXPECT_EQ(array[0].bytes[7], 'x');
 }
 
-/// An element whose copy assignment throws after `s_copiesLeft` successful assignments. Counts the live objects.
+/// An element whose copy assignment throws after `s_copiesLeft` successful assignments. The class counts its live
+/// objects.
 struct Fragile {
     Fragile() noexcept { ++s_alive; }
     Fragile(const Fragile& other) noexcept : value(other.value) { ++s_alive; }

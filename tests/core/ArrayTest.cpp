@@ -1,5 +1,6 @@
 /// \file
-/// Members of `Array`: access, adding, removing, the count, copies. ArrayGrowthTest.cpp tests growth.
+/// Members of `Array`: accessing, adding and removing elements, changing the count, copying and moving.
+/// ArrayGrowthTest.cpp tests growth.
 
 #include "vorel/core/Array.h"
 

@@ -1,6 +1,6 @@
 /// \file
-/// `BaseString::append` for texts of every length: the written units, sources that overlap the destination, unknown
-/// lengths.
+/// `BaseString::append`: which units it writes for texts of many lengths, sources that overlap the destination, and
+/// strings whose length is unknown.
 
 #include <algorithm>
 #include <cstddef>
@@ -72,8 +72,8 @@ TYPED_TEST(BaseStringAppend, AppendPartOfItself_EveryLengthWithoutGrowth) {
     }
 }
 
-/// The source begins within the string's text and ends after its terminator. So the appended units overwrite a part of
-/// the source.
+/// The source begins within the string's text and ends after the terminator of this text. So the appended units
+/// overwrite a part of the source.
 TYPED_TEST(BaseStringAppend, AppendOverlappingSource_CopiesItAsItWas) {
     for (const unsigned int count : {2u, 3u, 5u, 8u, 12u, 17u, 33u, 60u}) {
         BaseString<TypeParam> string = inLargeBuffer(test::text<TypeParam>("abc"));

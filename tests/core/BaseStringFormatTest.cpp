@@ -38,7 +38,7 @@ protected:
 
     static Text text(std::string_view units) { return test::text<T>(units); }
 
-    /// Formats a text of `count` units.
+    /// Formats a text of `count` zeros.
     static void fill(String& string, unsigned int count) {
         if (count == 0) {
             string.format(text("%s").c_str(), text("").c_str());
@@ -176,7 +176,7 @@ TYPED_TEST(BaseStringFormat, ArgumentsInTheString_AfterStarsAndDoubles) {
     EXPECT_TRUE(string.view() == this->text("  2.5 bcd"));
 }
 
-// The capacity is the same as for an argument outside the string.
+// If an argument is in the string, the capacity must become the same as with an argument outside the string.
 TYPED_TEST(BaseStringFormat, ArgumentsInTheString_GrowTheBufferLikeOtherArguments) {
     for (const unsigned int start : {16u, 64u}) {
         for (const unsigned int count : {2u, 14u, 15u, 16u, 17u, 31u, 32u, 63u, 64u, 127u, 511u, 512u, 1023u}) {
@@ -264,7 +264,8 @@ TYPED_TEST(BaseStringFormat, Format_ClearsErrno) {
     }
 }
 
-// The library measures a text by rendering it to the null device.
+// The library measures a long text by rendering it to the null device. If the program has no free streams, the null
+// device cannot be opened. The library then formats only texts that need no measurement.
 TYPED_TEST(BaseStringFormat, WithoutTheNullDevice_FirstBufferFitsTheRenderedText) {
     const test::ExhaustedStreams none;
     for (const unsigned int count : {0u, 5u, 15u}) {
@@ -280,7 +281,7 @@ TYPED_TEST(BaseStringFormat, WithoutTheNullDevice_LongTextsThrow) {
     const test::ExhaustedStreams none;
     this->fill(string, 15);
     this->expectZeros(string, 15);
-    this->fill(string, 16);  // rendering into the buffer gives the length, so nothing is measured
+    this->fill(string, 16);  // the attempt to render into the buffer returns the length
     this->expectZeros(string, 16);
     ASSERT_EQ(string.capacity(), 32u);
     expectThrows<Exception>([&] { this->fill(string, 33); }, {unableToFormat(L"%0*d", EINVAL)});

@@ -43,7 +43,7 @@ TYPED_TEST(BaseStringGrowth, Capacity_OfTheFirstBuffer) {
              Case{1048576, 2 * kMi},
              Case{1048577, 2 * kMi},
              Case{2 * kMi - 2, 2 * kMi},
-             Case{2 * kMi - 1, 3 * kMi},  // the required size is a multiple of the step, so one more step is added
+             Case{2 * kMi - 1, 3 * kMi},  // 2 Mi units are needed; a multiple of 1 Mi is increased by 1 Mi
              Case{2 * kMi, 3 * kMi},
              Case{3 * kMi - 2, 3 * kMi},
              Case{3 * kMi - 1, 4 * kMi},
@@ -177,8 +177,8 @@ TYPED_TEST(BaseStringGrowth, LargeEnough_TruncatesALongerText) {
     }
 }
 
-// `reserve` reduces a length that exceeds the count to the count. An unknown length has all bits set, so it exceeds
-// every count and becomes the count, even if the text is shorter.
+// `reserve(count, …)` reduces a length that exceeds `count` to `count`. An unknown length has all bits set, so it
+// exceeds every count. So the length becomes `count`, even if the text is shorter.
 TYPED_TEST(BaseStringGrowth, LargeEnough_SetsAnUnknownLengthToCount) {
     for (const bool discard : {false, true}) {
         for (const unsigned int count : {1u, 3u, 15u}) {

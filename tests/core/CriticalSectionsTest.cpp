@@ -216,7 +216,7 @@ TEST(ForcedCriticalSection, IgnoresTheSwitch) {
     EXPECT_TRUE(isFreeForOthers(lock));
 }
 
-/// Makes the functions that ignore the switch public.
+/// Gives the tests access to the two protected functions that ignore the switch.
 struct OpenCriticalSection : AutoCriticalSection {
     using AutoCriticalSection::lockImpl;
     using AutoCriticalSection::unlockImpl;
