@@ -19,7 +19,8 @@ constexpr std::size_t kCalls = 200;
 constexpr const char* kName = "Parser::run";
 constexpr const wchar_t* kWideName = L"Parser::run";
 
-/// Calls `write(number)` for some numbers. `write` returns a value that depends on the text that it wrote.
+/// Returns a pass that calls `write(number)` for `kCalls` numbers. `write` returns a value that depends on the text
+/// that it wrote.
 template <class Write>
 Pass calls(Write write) {
     return [write] {
@@ -97,7 +98,7 @@ void formatWide(Family& family) {
                      })}});
 }
 
-/// A format with widths, flags and a precision. The library calls the runtime for it.
+/// Measures a format with widths, flags and a precision. The library lets the runtime render this format.
 void formatColumns(Family& family) {
     BaseString<char> string;
     family.compare("format in columns, reused, narrow", kCalls, calls([&string](int number) {

@@ -16,7 +16,7 @@ using vorel::BaseString;
 constexpr std::size_t kAppends = 1000;
 constexpr std::size_t kStrings = 1000;
 
-/// A pass that calls `append(string, call)` for each of `kAppends` calls, on a new string.
+/// Returns a pass that creates a string and calls `append(string, call)` for each number `call` below `kAppends`.
 template <class String, class Append>
 Pass fresh(Append append) {
     return [append] {
@@ -28,7 +28,7 @@ Pass fresh(Append append) {
     };
 }
 
-/// The same calls on a string that keeps its buffer.
+/// Returns a pass that makes the same calls for `string`, which keeps its buffer between the passes.
 template <class String, class Append>
 Pass reused(String& string, Append append) {
     return [&string, append] {

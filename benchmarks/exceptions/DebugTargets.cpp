@@ -8,7 +8,7 @@ namespace {
 
 constexpr std::size_t kCalls = 100000;
 
-/// The flag of the peer, which stands for a flag that a program tests before it logs.
+/// The flag that the peer tests. A program without debug targets could test such a flag before it writes a debug line.
 volatile bool s_isDebugging = false;
 volatile int s_token = 12;
 

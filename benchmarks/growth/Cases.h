@@ -15,7 +15,7 @@ void strings(Growth& growth);
 void lists(Growth& growth);
 void maps(Growth& growth);
 
-/// Returns whether all lines of all processes were in the log.
+/// Measures lines that several processes write to one file. Returns whether the files contain all these lines.
 [[nodiscard]] bool logWriters(Growth& growth);
 
 /// The work of a process that `logWriters` starts. Returns its exit code.

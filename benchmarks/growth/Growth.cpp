@@ -102,7 +102,7 @@ void Growth::measure(const Work& work) {
         return;
     }
     std::printf("\n%s, compared with: %s\n", work.name.c_str(), work.peerName.c_str());
-    std::array<Rise, 2> ours;  // first the costs within the caches, then the costs beyond
+    std::array<Rise, 2> ours;  // index 0: costs within the caches; index 1: costs beyond the caches
     std::array<Rise, 2> peers;
     for (const std::size_t elements : allowed(work.numbers, m_options)) {
         const Line line = measureOne(work, elements);

@@ -26,6 +26,7 @@ struct Step {
 /// A function that prepares the step for a number of elements.
 using Steps = std::function<Step(std::size_t elements)>;
 
+/// A case: work of the library, and the same work of a peer.
 struct Work {
     std::string name;
     std::vector<std::size_t> numbers;  ///< the numbers of elements, in ascending order

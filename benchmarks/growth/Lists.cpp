@@ -57,7 +57,8 @@ std::uint64_t joinIntoString(const Array<BaseString<wchar_t>>& fields) {
 }  // namespace
 
 void lists(Growth& growth) {
-    // 18 bytes for the field and its comma in the list, a string object, and the buffer of this object on the heap.
+    // A field and its comma use 18 bytes of the list. The field also has a string object, which has a buffer on the
+    // heap.
     constexpr std::size_t kBytesPerField = 80;
     const std::vector<std::size_t> numbers = numbersUpTo(kTenMillion);
     growth.measure({"split into fields of 8 units", numbers, kBytesPerField,

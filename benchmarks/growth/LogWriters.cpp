@@ -23,7 +23,7 @@ namespace {
 /// Lines that each process writes in a pass.
 constexpr std::size_t kLines = 100;
 
-/// A writer that takes longer has failed.
+/// If a writer needs more time for the lines of a pass, the benchmark fails.
 constexpr DWORD kLimitMs = 60000;
 
 constexpr char kText[] = "the quick brown fox jumps over the lazy dog";
@@ -44,7 +44,7 @@ Handle owned(HANDLE handle) {
     return Handle(handle);
 }
 
-/// Starts this program as a writer. The writer ends with this process at the latest.
+/// Starts this program as a writer. If this process ends, the writer ends too.
 Handle startWriter(const std::string& arguments) {
     std::array<char, MAX_PATH + 1> program = {};
     GetModuleFileNameA(nullptr, program.data(), static_cast<DWORD>(program.size()));

@@ -1,5 +1,5 @@
 /// \file
-/// The rise of the cost of an element.
+/// `Rise`: detects that the cost of an element rises with the number of elements.
 #pragma once
 
 #include <algorithm>
@@ -12,8 +12,8 @@ inline constexpr double kMaxRise = 1.5;
 /// Tracks costs in ascending order of the number of elements.
 class Rise {
 public:
-    /// Adds the cost of the next number of elements. Returns the ratio of this cost to the smallest cost so far, which
-    /// may be this cost.
+    /// Adds the cost of an element for the next larger number of elements. Returns the ratio of this cost to the
+    /// smallest cost so far, which may be this cost.
     double add(double cost) {
         m_smallest = m_count == 0 ? cost : std::min(m_smallest, cost);
         ++m_count;

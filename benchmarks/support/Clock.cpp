@@ -10,6 +10,7 @@ namespace bench {
 
 namespace {
 
+/// The Linux process id of Wine's server; 0 if its processor time cannot be read.
 unsigned long s_wineServer = 0;
 
 /// Whether this program runs under Wine on Linux.
@@ -29,7 +30,7 @@ bool isOnLinux() {
     return kIsOnLinux;
 }
 
-/// Calls clock_gettime of Linux directly, because Wine does not export it. Negative if the call fails.
+/// Calls clock_gettime of Linux directly, because Wine does not export this function. Returns -1 if the call fails.
 std::int64_t linuxClockNs(std::int64_t clock) {
     constexpr std::int64_t kClockGettime = 228;
     struct {

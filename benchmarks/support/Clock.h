@@ -2,15 +2,16 @@
 /// The clocks of the benchmarks.
 ///
 /// Wine measures a thread's processor time in steps of 10 ms (`GetThreadTimes`) or not at all (`QueryThreadCycleTime`).
-/// Linux counts the time in nanoseconds, so the benchmarks ask Linux. Reading the clock takes about a microsecond.
+/// Linux counts the processor time in nanoseconds, so the benchmarks call Linux to read it. Reading the clock takes
+/// about a microsecond.
 #pragma once
 
 namespace bench {
 
 enum class Clock {
     /// Processor time of this process and of Wine's server, which does part of the work of many system calls. Other
-    /// programs on the machine hardly affect it. Without Wine, or if the server is unknown, the elapsed time is used
-    /// instead.
+    /// programs on the machine hardly affect this time. Without Wine, or if the server is unknown, the elapsed time is
+    /// used instead.
     Processor,
     /// Elapsed time, for work that waits or that several processes share.
     Elapsed,

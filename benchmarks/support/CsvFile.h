@@ -27,7 +27,8 @@ inline std::string csvField(double value) {
     return text;
 }
 
-/// A line of at least one field. `csvField` must have created the fields.
+/// Joins at least one field to a line. The fields are written unchanged, so `csvField` must have quoted those fields
+/// that need quotes.
 inline std::string csvLine(const std::vector<std::string>& fields) {
     std::string line;
     for (const std::string& field : fields) {

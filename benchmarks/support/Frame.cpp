@@ -16,7 +16,7 @@ namespace {
 constexpr double kMaxSpread = 0.2;
 constexpr int kMaxAttempts = 3;
 
-/// The largest spread of the lines.
+/// The largest spread of any line.
 template <class Lines>
 double worstSpread(const Lines& lines) {
     double worst = 0;

@@ -2,13 +2,13 @@
 /// Common code of the benchmarks that measure ratios against named peers in one run.
 ///
 /// In each round, a case times the library and each peer in turn on one processor, so that disturbances affect all of
-/// them. A pass finds the caches as the previous pass left them, so each round starts with a different
-/// pass than the previous round. The ratio is the peer's median divided by the library's median: above 1, the library
-/// is faster.
+/// them. The state of the caches at the start of a pass depends on the pass before, so each round starts with a
+/// different pass than the previous round. The ratio is the peer's median divided by the library's median. If the ratio
+/// is above 1, the library is faster.
 ///
 /// The spread is the interquartile range of the ratios of the rounds, divided by their median. A case with a spread
-/// above 20 % is measured up to three times, and the steadiest result counts. If the spread is still too large, the
-/// result is marked, and `finish` prints a warning.
+/// above 20 % is measured up to three times, and the result with the smallest spread is kept. If this spread is still
+/// above 20 %, the result is marked, and `finish` prints a warning.
 #pragma once
 
 #include <cstddef>
@@ -47,7 +47,7 @@ private:
         double spread;
     };
 
-    /// A line for each peer.
+    /// Runs all rounds of a case once. Returns a line for each peer.
     [[nodiscard]] std::vector<Line> measure(const std::string& name, std::size_t items, const Pass& ours,
                                             const std::vector<Peer>& peers) const;
 

@@ -11,7 +11,7 @@ namespace bench {
 struct Options {
     std::string csv;           ///< the file for the results; if empty, the results are only printed
     std::string filter;        ///< only cases whose names contain this text are run; empty: all cases
-    std::size_t rounds = 31;   ///< 1 runs each pass once, for tests of the benchmarks
+    std::size_t rounds = 31;   ///< if 1, each pass runs only once; the tests of the benchmarks use 1
     unsigned long server = 0;  ///< the Linux process id of Wine's server; 0 if it was not given
 
     [[nodiscard]] bool isQuick() const { return rounds == 1; }

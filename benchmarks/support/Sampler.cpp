@@ -9,8 +9,8 @@ namespace {
 /// In a sample of this duration, the time to read the clock and the cold start of the loop are negligible.
 constexpr double kShortestSampleNs = 2e6;
 
-/// The minimum number of passes in a sample. The first pass is slower if the caches contain the memory of another pass
-/// and have no space for both.
+/// The minimum number of passes in a sample. The first pass of a sample is slower if the caches contain the memory of
+/// another pass and have no space for both. The following passes make this effect smaller.
 constexpr std::size_t kFewPasses = 4;
 
 /// The smallest measured time. Without this minimum, the time would be 0 if a pass ends before the clock advances.

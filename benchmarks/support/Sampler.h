@@ -12,8 +12,8 @@ namespace bench {
 
 enum class Calibration {
     ByTime,           ///< first runs the pass until its speed is known; each sample then takes at least 2 ms
-    ByTimeAndPasses,  ///< the same, but each sample also has at least four passes
-    None,             ///< each sample runs the pass once, without untimed runs before
+    ByTimeAndPasses,  ///< like `ByTime`, but each sample also has at least four passes
+    None,             ///< each sample runs the pass once, and no untimed run precedes the first sample
 };
 
 /// A pass and its samples in nanoseconds per item. The pass must outlive the sampler.

@@ -12,7 +12,7 @@ namespace {
 
 constexpr std::size_t kRounds = 300;
 
-/// The sides of `pingPong` wait for events of the system.
+/// With `Events`, each thread of `pingPong` waits for an event of the system.
 struct Events {
     struct Side {
         Side() : event(CreateEventW(nullptr, FALSE, FALSE, nullptr)) {}
@@ -29,8 +29,8 @@ struct Events {
     };
 };
 
-/// The sides of `pingPong` wait for conditions with separate locks. Only the thread that waits for a condition uses the
-/// lock of this condition.
+/// With `Conditions`, each thread of `pingPong` waits for a condition. Each condition has its own lock, which only the
+/// waiting thread uses.
 struct Conditions {
     struct Side {
         void begin() { lock.lock(60000, true); }
@@ -101,7 +101,7 @@ private:
     vorel::Condition m_sides[2] = {vorel::Condition(m_lock), vorel::Condition(m_lock)};
 };
 
-/// Two threads take turns under one lock, and signal while they hold it.
+/// Two threads take turns under one lock. Each thread signals the other thread while it holds the lock.
 template <class Kind>
 std::uint64_t turns() {
     Kind shared;

@@ -18,7 +18,7 @@ std::wstring nameOf(const wchar_t* stem) {
     return stem + std::to_wstring(GetCurrentProcessId());
 }
 
-/// Creates a mutex for all users, with the calls that build its access list.
+/// Builds an access list that lets all users open the mutex, and creates a mutex with this list.
 HANDLE createForAllUsers(const wchar_t* name) {
     SID_IDENTIFIER_AUTHORITY world = SECURITY_WORLD_SID_AUTHORITY;
     PSID everyone = nullptr;

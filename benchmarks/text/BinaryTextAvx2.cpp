@@ -39,7 +39,7 @@ __m256i twice(__m128i half) {
 
 // ---- Base64 ---------------------------------------------------------------------------------------------------------
 
-/// Encodes bytes 4 to 27 of `bytes`.
+/// Encodes bytes 4 to 27 of `bytes` to 32 characters.
 template <class T>
 void encodeBlock(__m256i bytes, T* out) {
     const __m256i in =
@@ -108,8 +108,8 @@ bool decodeBlock(const T* text, unsigned char* out) {
 template <class T>
 std::size_t decode(const T* text, std::size_t length, unsigned char* out) {
     const unsigned char* const start = out;
-    // Each block writes 32 bytes. The first 24 bytes are its output. The output of the next characters overwrites
-    // the last eight bytes.
+    // `decodeBlock` writes 32 bytes, but only the first 24 bytes are decoded bytes. The output of the next characters
+    // overwrites the last eight bytes.
     for (; length >= 4 * 32 + 13;
          text += std::size_t{4} * 32, length -= std::size_t{4} * 32, out += std::size_t{4} * 24) {
         if (!decodeBlock(text, out) || !decodeBlock(text + 32, out + 24) || !decodeBlock(text + 64, out + 48) ||

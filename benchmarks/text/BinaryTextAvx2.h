@@ -1,7 +1,8 @@
 /// \file
 /// Peers for Base64 and hexadecimal text: AVX2 loops that follow published methods. They process whole blocks. The
 /// loops of BinaryTextLoops.h process the remaining input. Base64 follows Wojciech Muła and Daniel Lemire, "Faster
-/// Base64 Encoding and Decoding Using AVX2 Instructions". Hexadecimal digits are looked up by shuffles.
+/// Base64 Encoding and Decoding Using AVX2 Instructions". Shuffles look up the hexadecimal digits of bytes, and
+/// comparisons find the values of digits.
 #pragma once
 
 #include <cstddef>

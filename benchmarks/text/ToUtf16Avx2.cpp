@@ -15,16 +15,18 @@ namespace {
 
 enum Shape : std::uint8_t { SixOfTwo, FourOfThree, ThreeOfFour };
 
-/// The characters in the next twelve bytes: six characters of up to two bytes, four characters of up to three bytes, or
-/// three characters of up to four bytes. `row` is the shuffle that moves each character into a lane of two bytes (if
-/// the shape is `SixOfTwo`) or of four bytes, with its last byte first.
+/// The characters at the start of the next twelve bytes that are converted together: six characters of up to two bytes,
+/// four characters of up to three bytes, or three characters of up to four bytes. `consumed` is the number of their
+/// bytes. `row` is the shuffle that moves each character into a lane of two bytes (if the shape is `SixOfTwo`) or of
+/// four bytes. The first byte of the lane is the last byte of the character.
 struct Window {
     Shape shape;
     std::uint8_t consumed;
     Row row;
 };
 
-/// The windows for all positions of characters. Bit n of the index is set if byte n is the last byte of a character.
+/// The windows for all combinations of character ends. Bit n of the index is set if byte n is the last byte of a
+/// character.
 std::array<Window, 4096> makeWindows() {
     std::array<Window, 4096> windows = {};
     constexpr unsigned int kCharacters[] = {6, 4, 3};
@@ -59,10 +61,11 @@ const std::array<Window, 4096> kWindows = makeWindows();
 
 // ---- Conversion -----------------------------------------------------------------------------------------------------
 
-/// Finds errors with three table lookups for each byte. The indexes are the upper half of the byte before it, the lower
-/// half of the byte before it, and its own upper half. A bit that is set in all three results is an error, except
-/// kTwoTrailing, which means that both bytes are trailing bytes. This bit must be set for the third byte of a sequence
-/// of three or four bytes and for the fourth byte of a sequence. For any other byte, it is an error.
+/// Finds errors with three table lookups for each byte. The indexes are the upper half of the previous byte, the lower
+/// half of the previous byte, and the upper half of the byte itself. Each bit of the results represents one kind of
+/// error. If a bit is set in all three results, the two bytes contain this error. The bit kTwoTrailing is different: it
+/// means that both bytes are trailing bytes. It must be set for the third byte of a sequence of three or four bytes,
+/// and for the fourth byte of a sequence. For any other byte, it is an error.
 class Validator {
 public:
     void check(__m256i input) {
@@ -190,8 +193,8 @@ char16_t* writeCode(std::uint32_t code, char16_t* out) {
 char16_t* writeLanesOfFour(__m128i lanes, char16_t* out) {
     const __m128i low = _mm_and_si128(lanes, _mm_set1_epi32(0x7F));
     const __m128i second = _mm_srli_epi32(_mm_and_si128(lanes, _mm_set1_epi32(0x3F00)), 2);
-    // The third byte is a trailing byte, or the lead byte of a sequence of three. Bit 5 of this lead byte does not
-    // belong to the value.
+    // The third byte of a lane is a trailing byte, or the lead byte of a sequence of three. Bit 5 of such a lead byte
+    // does not belong to the value.
     const __m128i third = _mm_and_si128(lanes, _mm_set1_epi32(0x3F0000));
     const __m128i isLead = _mm_srli_epi32(_mm_and_si128(lanes, _mm_set1_epi32(0x400000)), 1);
     const __m128i upper = _mm_srli_epi32(_mm_xor_si128(third, isLead), 4);

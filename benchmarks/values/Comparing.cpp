@@ -25,8 +25,8 @@ struct Pairs {
     BothWidths upper;
 };
 
-/// Pairs of texts of letters. In the second text, x, y and z are in upper case. If `equal` is false, the second text
-/// also has an exclamation mark at a random position.
+/// Pairs of texts that consist of letters. In the second text, x, y and z are in upper case. If `equal` is false, an
+/// exclamation mark replaces a random letter of the second text.
 Pairs pairsOf(Lengths lengths, bool equal) {
     Random random(20261121);
     Pairs pairs;

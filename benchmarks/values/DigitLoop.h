@@ -1,7 +1,7 @@
 /// \file
-/// A peer for the integer parsers: the method of fast_float 5. Debian's version of fast_float does not parse integers
-/// yet. Eight decimal digits are parsed at once in one register, the remaining digits one by one with a table. The
-/// range is checked at the end.
+/// A peer for the integer parsers: the method of fast_float 5. The method is written again here, because Debian's older
+/// version of fast_float does not parse integers. Eight decimal digits are parsed at once in one register, the
+/// remaining digits one by one with a table. The range is checked at the end.
 #pragma once
 
 #include <array>
@@ -37,7 +37,7 @@ inline std::uint32_t valueOfEightDigits(std::uint64_t text) {
         ((text & kMask) * (100 + (1000000ULL << 32)) + (text >> 16 & kMask) * (1 + (10000ULL << 32))) >> 32);
 }
 
-/// The bits of the number at `begin`; 0 if it is out of range.
+/// Parses the number at `begin`. Returns its bits, or 0 if the number is out of range.
 template <class Value, unsigned int base>
 std::uint64_t parseByTable(const char* begin, const char* end) {
     const bool negative = std::is_signed_v<Value> && *begin == '-';

@@ -61,7 +61,7 @@ inline std::uint64_t integerOf(unsigned int fewestDigits, unsigned int mostDigit
     for (std::uint64_t digit = 1; digit < digits; ++digit) {
         limit *= 10;
     }
-    // Numbers of twenty digits are below 2^64.
+    // A number of twenty digits must be below 2^64.
     return limit + random() % (digits == 20 ? ~limit : limit * 9);
 }
 
