@@ -115,15 +115,15 @@ export const parse: {
     hex(text: string): number;
     double(text: string): number;
     boolean(text: string): boolean;
-    /** Separated by commas. */
+    /** Parses numbers separated by commas. */
     int32List(text: string): number[];
-    /** Separated by commas. */
+    /** Parses numbers separated by commas. */
     uint32List(text: string): number[];
-    /** Separated by white space; words that are not numbers are skipped. */
+    /** Parses numbers separated by white space; words that are not numbers are skipped. */
     doubleList(text: string): number[];
-    /** Separated by white space; words that are not Boolean values are skipped. */
+    /** Parses values separated by white space; words that are not Boolean values are skipped. */
     booleanList(text: string): boolean[];
-    /** Separated by commas, for example "1-5,7,12-". */
+    /** Parses ranges separated by commas, for example "1-5,7,12-". */
     ranges(text: string): Range[];
 };
 
@@ -133,7 +133,7 @@ export interface Scanned<T> {
     used: number;
 }
 
-/** Reads the value at the beginning of a text; a text without a value gives 0 or false. */
+/** Reads the value at the beginning of a text. If the text does not begin with a value, the result is 0 or false. */
 export const scan: {
     int32(text: string): Scanned<number>;
     uint32(text: string): Scanned<number>;
@@ -271,7 +271,8 @@ export class Mutex {
 
 /**
  * A condition that processes can signal and wait for. A signal releases one waiter. If nobody is waiting, one signal is
- * kept for the next waiter. A name that begins with "Global\" is machine-wide. Time limits are as for `Mutex`.
+ * kept for the next waiter. If the name begins with "Global\", all sessions of the machine share the condition. Time
+ * limits are as for `Mutex`.
  */
 export class Condition {
     /** Opens or creates the condition of this name: 1 to 259 UTF-16 code units. */
@@ -283,7 +284,8 @@ export class Condition {
     wait(timeoutMs?: number): boolean;
     /**
      * Waits like `wait`, without blocking the event loop. The number of such waits is not limited. At most two waits at
-     * a time use a thread. All other waits, and all waits in a Worker, check for a signal every 10 ms.
+     * a time use a thread of Node's pool, and return as soon as there is a signal. All other waits, and all waits in a
+     * Worker, check for a signal every 10 ms.
      */
     waitAsync(timeoutMs?: number): Promise<boolean>;
     /** Closes the condition; may be called again. Throws while a `waitAsync` is in progress. */

@@ -18,13 +18,13 @@ const urlEncode = native.declare('vorel_url_encode', TEXT, 'uint32_t', BUFFER_OU
 const urlEncodeComponent = native.declare('vorel_url_encode_component', TEXT, 'int32_t', BUFFER_OUT);
 const urlDecode = native.declare('vorel_url_decode', TEXT, 'uint32_t', BUFFER_OUT);
 
-// The maximum number of bytes that one call of the library encodes. The text of a byte has at most two units, so the
-// text of a piece fits into the buffer of the first call. This text is still in the processor's cache when it is
-// converted to a string. The encodings have groups of one or three bytes. The number is a multiple of three, so no
-// group is split.
+// `encodePieces` encodes at most this number of bytes with one call of the library. The text of a byte has at most two
+// units, so the text of a piece fits into the buffer for the first call. This text is still in the processor's cache
+// when it is converted to a string. Base64 encodes three bytes at a time. PIECE_BYTES is a multiple of three, so the
+// texts of all pieces except the last have no padding and can be concatenated.
 const PIECE_BYTES = 3 * Math.floor(native.FIRST_UNITS / 6);
 
-/** Encodes bytes piece by piece, with an encoding for which the texts of the pieces can be concatenated. */
+/** Encodes bytes piece by piece and concatenates the texts of the pieces. `encode` must be Base64 or hexadecimal. */
 function encodePieces(encode, bytes) {
     const size = byteLength(bytes, 'bytes');
     if (size <= PIECE_BYTES || size > constants.MOST_UNITS) {

@@ -86,7 +86,7 @@ const mutexKind = {
 const lockMutex = native.declare('vorel_mutex_lock', 'vorel_mutex *', 'uint32_t');
 const unlockMutex = native.declare('vorel_mutex_unlock', 'vorel_mutex *');
 
-// The interval between the checks of a wait that has no thread.
+// The interval between two checks of an asynchronous wait that does not use a thread of the pool.
 const CHECK_MS = 10;
 
 const pause = (limitMs) => new Promise((resolve) => { setTimeout(resolve, Math.min(limitMs, CHECK_MS)); });

@@ -120,7 +120,7 @@ function bytesOutput(call, maxSize = 0) {
     return buffer === firstBuffer || result.length < buffer.length / 2 ? Buffer.from(result) : result;
 }
 
-/** The values of a list; each has `perValue` elements of the array. */
+/** The values of a list as an array of numbers. Each value consists of `perValue` numbers. */
 function listOutput(ArrayType, perValue, call) {
     const bytesPerValue = perValue * ArrayType.BYTES_PER_ELEMENT;
     const capacity = Math.floor(firstBuffer.length / bytesPerValue);
@@ -141,7 +141,10 @@ const openMutex = kernel.func('void *OpenMutexW(uint32_t, int32_t, const char16_
 const closeHandle = kernel.func('int32_t CloseHandle(void *)');
 const lastErrorCode = kernel.func('uint32_t GetLastError(void)');
 
-/** The system's error code for opening the mutex of this name, or 0. The library logs it but does not return it. */
+/**
+ * Opens the mutex of this name again, because the library logs the system's error code but does not return it.
+ * Returns the system's error code, or 0 if the mutex can be opened now.
+ */
 function mutexErrorCode(name) {
     const SYNCHRONIZE = 0x100000;
 

@@ -11,7 +11,7 @@ const MAX_DELAY_MS = 0x7fffffff;
 const holders = new Map();
 const current = new AsyncLocalStorage();
 
-/** A task that holds the mutex of a name, from its construction to `release`. */
+/** A task that holds the mutex of a name. The task holds the mutex until `release` is called. */
 class Holder {
     #resolve;
 

@@ -40,7 +40,7 @@ const parseRanges = listParser('vorel_parse_ranges', Int32Array, 2);
 const parseBooleans = listParser('vorel_parse_boolean_list', Int32Array);
 const nullIfOpen = (bound) => (bound === -1 ? null : bound);
 
-/** Pairs of numbers as ranges; the library returns -1 for an open end. */
+/** Parses ranges. The library returns two numbers for each range, and -1 for the open side of a range. */
 function ranges(text) {
     const bounds = parseRanges(text);
     return Array.from({ length: bounds.length / 2 },
@@ -130,7 +130,7 @@ const splitText = native.declare('vorel_split_text', TEXT, TEXT, BUFFER_OUT);
 const splitList = native.declare('vorel_split_list', TEXT, TEXT, 'int32_t', BUFFER_OUT);
 const joinList = native.declare('vorel_join_list', TEXT, TEXT, BUFFER_OUT);
 
-/** The items of a list. A zero follows each item. */
+/** Splits a text that the library returned, in which a zero follows each item. */
 const itemsOf = (list) => list.split('\0').slice(0, -1);
 
 function withZero(item, index) {

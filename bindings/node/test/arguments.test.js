@@ -34,7 +34,7 @@ test('a TypeError names the argument, the expected type and the received value',
         `Uint8Array. Received type string ('${'x'.repeat(24)}...)`);
 });
 
-test('every argument of the wrong type is a TypeError with a code', () => {
+test('every argument of the wrong type causes a TypeError with a code', () => {
     const bytes = Buffer.from('a');
     const calls = {
         text: [utf8.encode, base64.decode, daylight.decode, hex.decode, url.encode, url.decode, parse.double,
@@ -76,7 +76,7 @@ test('every argument of the wrong type is a TypeError with a code', () => {
     }
 });
 
-test('a value that is not allowed has a code', () => {
+test('a value that is not allowed causes an error with a code', () => {
     expectCode(() => url.encodeComponent('a', 'fragment'), TypeError, VALUE,
         'The "component" argument must be one of path, pathSegment, query, queryParameter. Received \'fragment\'');
     expectCode(() => list.join(['a', 'b\0']), TypeError, VALUE,

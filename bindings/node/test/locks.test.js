@@ -58,7 +58,7 @@ test('a time limit must be a whole number in range', () => {
 });
 
 test('a mutex that cannot be opened is reported with the text of the system', () => {
-    // The system reads "a\b" as the object b in a folder a of kernel objects, which does not exist.
+    // The system reads "a\b" as the object b in the folder a of kernel objects. This folder does not exist.
     const ERROR_PATH_NOT_FOUND = 3;
     const text = format.systemError(ERROR_PATH_NOT_FOUND);
     assert.ok(text.length > 3);

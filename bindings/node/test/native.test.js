@@ -94,7 +94,7 @@ test('the DLL is loaded only from an absolute path or the folder of node.exe', (
         assert.strictEqual(code, 0, 'with slashes');
     }));
 
-/** The message of the failure to load the package with these variables. */
+/** The code and the message of the error when a process with these environment variables loads the package. */
 function loadFailure(variables) {
     const script = `
         try {

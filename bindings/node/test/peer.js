@@ -16,7 +16,7 @@ function need(condition) {
 }
 
 const roles = {
-    /** Locks a mutex, signals `heldName`, and unlocks the mutex after a signal. */
+    /** Locks a mutex, signals `heldName`, waits for `releaseName`, and unlocks the mutex. */
     hold(mutexName, heldName, releaseName) {
         const mutex = new Mutex(mutexName);
         const held = new Condition(heldName);
@@ -27,7 +27,7 @@ const roles = {
         }, GENEROUS_MS);
     },
 
-    /** Locks a mutex with an asynchronous action, which signals `heldName` and waits for a signal. */
+    /** Does the same as `hold`, but with `runAsync` and an asynchronous action. */
     async holdAsync(mutexName, heldName, releaseName) {
         await new Mutex(mutexName).runAsync(async () => {
             new Condition(heldName).signal();
@@ -42,7 +42,7 @@ const roles = {
         process.kill(process.pid);
     },
 
-    /** Increments a number in a file `rounds` times. */
+    /** Increments a number in a file `rounds` times, each time under a mutex. */
     count(mutexName, file, rounds) {
         const mutex = new Mutex(mutexName);
         for (let round = 0; round !== Number(rounds); ++round) {
@@ -76,6 +76,7 @@ const roles = {
         need(code === (how === 'terminate' ? 1 : 7) && condition.wait(GENEROUS_MS));
     },
 
+    /** The work of the Worker that `endWorker` starts. */
     waitInWorker(conditionName, how) {
         new Condition(conditionName).waitAsync(GENEROUS_MS);
         // The wait has started by the next turn of the event loop.

@@ -33,7 +33,7 @@ function expectFailure(action, code, message) {
     });
 }
 
-/** Expects `action` to throw an error of this class with this code and message, a text or a regular expression. */
+/** Expects `action` to throw an error of this class with this code. `message` is its text, or a regular expression. */
 function expectCode(action, Kind, code, message) {
     assert.throws(action, (error) => {
         assert.ok(error instanceof Kind, `${error}`);
@@ -74,8 +74,8 @@ function linesOf(file) {
 }
 
 /**
- * The shortest time of each action per call in microseconds. The rounds of the actions alternate, so all see the same
- * load of the machine.
+ * The shortest time of each action per call in microseconds. The rounds of the actions alternate, so all actions run
+ * under the same load of the machine.
  */
 function shortestTimes(rounds, calls, ...actions) {
     const times = actions.map(() => Infinity);
@@ -96,7 +96,10 @@ function startPeer(...roleAndArguments) {
     return startPeerWith({}, ...roleAndArguments);
 }
 
-/** Starts test/peer.js with options of `child_process.spawn`. Kills a peer that runs too long, and resolves to null. */
+/**
+ * Starts test/peer.js with options of `child_process.spawn`. Resolves to the exit code of the peer, or to null if the
+ * peer ran too long and was killed.
+ */
 function startPeerWith(options, ...roleAndArguments) {
     const peer = childProcess.spawn(process.execPath, [path.join(__dirname, 'peer.js'), ...roleAndArguments],
         { stdio: 'ignore', timeout: 2 * GENEROUS_MS, killSignal: 'SIGKILL', ...options });
