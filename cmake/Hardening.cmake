@@ -2,14 +2,14 @@
 # give the library high-entropy addresses, data that cannot be executed, and no section that is both writable and
 # executable.
 #
-# -fcf-protection is not used, because it marks the targets of indirect calls for Linux only. Windows uses tables of
-# these targets, which this linker does not write. The shadow stacks of Windows require a flag in the file, which this
-# linker does not set.
+# -fcf-protection is not used, because it marks the targets of indirect calls for Linux only. Windows needs tables of
+# these targets, but GNU's linker cannot write such tables. The shadow stacks of Windows require a flag in the DLL file,
+# but GNU's linker cannot set this flag.
 
 # Compiles the library's objects in release builds with the stack guard and with debug information.
 # src/core/StackGuard.cpp defines the guard's value, and ends the program if the guard is overwritten.
 function(vorel_harden target)
-    # The prefix map makes the bytes independent of the folder of the sources.
+    # The prefix map makes the bytes of the DLL independent of the folder of the sources.
     target_compile_options(${target} PRIVATE
         "$<$<AND:$<COMPILE_LANGUAGE:CXX>,$<CONFIG:Release>>:-fstack-protector-strong;-g;-ffile-prefix-map=${PROJECT_SOURCE_DIR}=.>")
 endfunction()

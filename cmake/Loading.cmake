@@ -5,8 +5,9 @@
 # has no option for delayed loading. Instead, an import library is used whose functions call __delayLoadHelper2 of
 # libdelayimp. With clang, ADVAPI32.dll is loaded together with the DLL.
 #
-# With GCC, the sections are aligned to pages in the file, too, so the system maps them instead of reading them. The
-# linker script sections.ld joins small sections, because each section takes at least a page.
+# With GCC, each section starts at a page not only in memory but also in the DLL file, so the system maps the sections
+# instead of reading them. The linker script sections.ld joins small sections, because each section takes at least a
+# page.
 function(vorel_load_quickly target)
     if(MSVC)
         target_link_libraries(${target} PRIVATE advapi32 delayimp)
@@ -29,8 +30,8 @@ function(vorel_load_quickly target)
     endif()
 endfunction()
 
-# Compiles sources for size instead of speed in release builds. -mstringop-strategy=libcall makes GCC call memcpy.
-# Without this option, GCC would copy memory by a slow instruction, and a copy of a wide string would take a quarter
+# Compiles sources for size instead of speed in release builds. -mstringop-strategy=libcall makes GCC call memcpy to
+# copy memory. Without this option, GCC would use a slow instruction, and a copy of a wide string would take a quarter
 # longer.
 function(vorel_compile_for_size)
     if(NOT MSVC)
@@ -49,7 +50,7 @@ function(vorel_inline_less)
     endif()
 endfunction()
 
-# With GCC, release builds align functions and loops only, not the targets of other jumps.
+# Makes GCC align only functions and loops in release builds, not the targets of other jumps.
 function(vorel_omit_alignment target)
     target_compile_options(${target} PRIVATE
         "$<$<AND:$<COMPILE_LANG_AND_ID:CXX,GNU>,$<CONFIG:Release>>:-fno-align-jumps;-fno-align-labels>")

@@ -40,8 +40,8 @@ option(VOREL_INSTALL_RUNTIME_DLLS "Install the compiler's runtime DLLs; distribu
 set(vorelInstalledDllNames "")
 if(VOREL_INSTALL_RUNTIME_DLLS)
     set(vorelInstalledDllNames ${VOREL_RUNTIME_DLL_NAMES})
-    # Removes the symbols and the debug information of Debian's runtime DLLs. They are six times as large as the
-    # rest of these DLLs.
+    # Removes the symbols and the debug information from Debian's runtime DLLs, because they take more than ten times as
+    # much space as the rest of these DLLs.
     foreach(dll IN LISTS VOREL_RUNTIME_DLLS)
         cmake_path(GET dll FILENAME name)
         set(stripped "${vorelPackageFiles}/bin/${name}")
@@ -148,7 +148,7 @@ set(CMAKE_SKIP_INSTALL_ALL_DEPENDENCY ON)
 # Without this setting, the installer would offer the symbols as a component.
 set(CPACK_MONOLITHIC_INSTALL ON)
 
-# The first text that a user of the archive reads. It is in the top folder of the package.
+# README.txt in the top folder of the package is the first text that a user of the archive reads.
 configure_file(cmake/package-readme.txt.in "${vorelPackageFiles}/top/README.txt" @ONLY NEWLINE_STYLE CRLF)
 set(CPACK_INSTALLED_DIRECTORIES "${vorelPackageFiles}/top;.")
 

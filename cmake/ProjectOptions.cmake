@@ -45,7 +45,7 @@ endif()
 # Results of arithmetic are part of the interface, so each operation is rounded separately in every build.
 set(VOREL_LANGUAGE_OPTIONS -ffp-contract=off -fno-fast-math)
 
-# Microsoft's compiler and clang-cl have other options.
+# Microsoft's compiler and clang-cl do not accept the options above.
 if(MSVC)
     set(VOREL_WARNINGS /W4)
     set(VOREL_LANGUAGE_OPTIONS /utf-8 /permissive- /Zc:__cplusplus /Zc:preprocessor /EHsc /fp:precise)

@@ -1,7 +1,7 @@
 # The compiler's runtime DLLs, which every program of this project needs in its folder.
 #
-# Programs and vorelCore.dll share these DLLs by design. A program can catch exceptions from vorelCore.dll, and
-# exceptions in flight are counted correctly, only if the program and vorelCore.dll use the same libstdc++.
+# Programs and vorelCore.dll share these DLLs by design. Only if the program and vorelCore.dll use the same libstdc++,
+# the program can catch exceptions from vorelCore.dll, and std::uncaught_exceptions counts the exceptions of both.
 
 # Microsoft's runtime is a part of Windows or has its own installer.
 if(MSVC)

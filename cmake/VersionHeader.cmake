@@ -1,5 +1,5 @@
-# Checks that project() and the macros in include/vorel/Version.h have the same version. The header is not generated, so
-# the folder of headers is complete without a build.
+# Checks that project() and the macros in include/vorel/Version.h have the same version. CMake does not generate the
+# header, so that the folder of headers is complete without a build.
 
 set(vorelVersionHeader "${PROJECT_SOURCE_DIR}/include/vorel/Version.h")
 set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS "${vorelVersionHeader}")

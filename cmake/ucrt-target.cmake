@@ -13,8 +13,8 @@ set(vorelSystemMacros "-D_WIN32_WINNT=0x0A00")
 # With these macros, the headers of mingw-w64 declare the functions of the universal runtime.
 set(vorelRuntimeMacros "-D_UCRT -D__MSVCRT_VERSION__=0xE00 ${vorelSystemMacros}")
 
-# Programs that the build runs come from the host; libraries and headers come from the target. Packages may be in any
-# folder, because users choose where they install vorelCore.
+# CMake searches the host for programs that the build runs, and the target's folder for libraries and headers. Packages
+# may be in any folder, because users choose where they install vorelCore.
 if(NOT CMAKE_HOST_WIN32)
     set(CMAKE_FIND_ROOT_PATH /usr/x86_64-w64-mingw32)
     set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
