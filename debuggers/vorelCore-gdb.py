@@ -64,7 +64,7 @@ class ArrayPrinter:
 
 
 class PointerStackPrinter(ArrayPrinter):
-    """The elements of the array that the stack consists of."""
+    """The elements of the array in which the stack keeps its pointers."""
 
     def __init__(self, value):
         super().__init__(value["m_items"])
@@ -117,9 +117,8 @@ class ExceptionPrinter:
 
     The compiler writes the debug information of a class with virtual functions only where its virtual functions are
     defined: in the DLL. The DLL in the package has no debug information. So this class finds the messages by the
-    layout, which is the same in every build: the pointer to the virtual functions, then the pointers to the start and
-    the end of m_stack.
-    Each entry of m_stack consists of two wide strings, message and location.
+    layout of Exception, which is the same in every build: the pointer to the virtual functions, then the pointers to
+    the start and the end of m_stack. Each entry of m_stack consists of two wide strings, message and location.
     """
 
     POINTER = 8
