@@ -78,7 +78,10 @@ export const codePage: {
     /** The number of a code page. The case of its name is ignored. */
     find(name: string): number;
     decode(page: number | string, bytes: Uint8Array): string;
-    /** A character that the code page lacks becomes a similar character or the default character of the code page. */
+    /**
+     * Encodes a text. If the code page lacks a character, a similar character or the default character of the code page
+     * replaces it.
+     */
     encode(page: number | string, text: string): Buffer;
     /**
      * Encodes like `encode`. `replaced` says whether the default character was used; null if the code page does not
@@ -91,9 +94,11 @@ export type UrlComponent = 'path' | 'pathSegment' | 'query' | 'queryParameter';
 
 /** Percent-encoding of the UTF-8 form of a text. */
 export const url: {
+    /** Escapes a text. `reserved` also escapes $ & + , / : ; = ? @, and `spaceAsPlus` writes a space as "+". */
     encode(text: string, options?: { reserved?: boolean; spaceAsPlus?: boolean }): string;
     /** Escapes the characters that are not allowed in this component of a URL. */
     encodeComponent(text: string, component: UrlComponent): string;
+    /** Decodes escapes. `plusAsSpace` also decodes "+" to a space. */
     decode(text: string, options?: { plusAsSpace?: boolean }): string;
 };
 
@@ -150,6 +155,7 @@ export const format: {
     int64(value: number | bigint): string;
     /** Formats a whole number from 0 to 2^64 - 1. */
     uint64(value: number | bigint): string;
+    /** Formats a number with at most fifteen significant digits. `json` makes the text a valid value in JSON. */
     double(value: number, options?: { json?: boolean }): string;
     /** Formats a date or whole seconds since 1970 in local time, for example "Fri Feb 13 23:31:30 2009". */
     localTime(time: Date | number): string;
@@ -166,7 +172,10 @@ export function currentTime(): bigint;
 export const list: {
     /** Splits at each occurrence of the whole delimiter. */
     cut(text: string, delimiter: string): string[];
-    /** Splits at each character of `delimiters` (default: a comma), except in items in double quotes. */
+    /**
+     * Splits at each character of `delimiters` (default: a comma), except in items in double quotes. `trim` removes
+     * white space at both ends of each item.
+     */
     split(text: string, delimiters?: string, options?: { trim?: boolean }): string[];
     /** Joins items into a list that `split` can split again. */
     join(items: Iterable<string>, delimiter?: string): string;
@@ -177,7 +186,9 @@ export interface CompareOptions {
     ignoreCase?: boolean;
     /** Natural order: compares runs of digits as numbers. */
     numeric?: boolean;
+    /** Treats "/" and "\" as equal. */
     slashesEqual?: boolean;
+    /** Reverses the order: compares `b` with `a`. */
     reverse?: boolean;
 }
 
