@@ -8,7 +8,8 @@ namespace bench {
 
 inline constexpr std::size_t kHundredMillion = 100000000;
 
-/// The maximum number of separately allocated elements, because more would need too much time and memory.
+/// The maximum number of elements in cases that allocate each element separately. More elements would need too much
+/// time and memory.
 inline constexpr std::size_t kTenMillion = 10000000;
 
 void strings(Growth& growth);

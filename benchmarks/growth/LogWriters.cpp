@@ -36,7 +36,7 @@ struct CloseHandleOf {
 
 using Handle = std::unique_ptr<void, CloseHandleOf>;
 
-/// Owns a handle that a system call returned.
+/// Returns an owner of a handle that a system call returned. Throws if the call failed.
 Handle owned(HANDLE handle) {
     if (!handle) {
         throw std::runtime_error("cannot create or open a process, an event or a semaphore");

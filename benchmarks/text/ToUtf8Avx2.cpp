@@ -13,7 +13,7 @@ namespace {
 
 // ---- Tables ---------------------------------------------------------------------------------------------------------
 
-/// The positions of the bytes that belong to the output, and their number.
+/// The bytes of a vector that belong to the output: `row` has their positions, and `length` is their number.
 struct Packing {
     std::uint8_t length;
     Row row;
