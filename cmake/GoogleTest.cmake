@@ -1,6 +1,7 @@
-# GoogleTest: targets GTest::gtest, GTest::gmock and GTest::gtest_main. GoogleTest is built from Debian's sources once
-# for each compiler, in a folder next to the build folders of the presets, and all presets share the result. If Debian's
-# sources are missing, an installed GoogleTest is used. If none is installed, GoogleTest is downloaded.
+# Provides the targets GTest::gtest, GTest::gmock and GTest::gtest_main. GoogleTest is built from Debian's sources, in a
+# folder next to the build folders of the presets. It is built once for each compiler, and all presets with the same
+# compiler share the result. If Debian's sources are missing, an installed GoogleTest is used. If GoogleTest is not
+# installed either, it is downloaded.
 
 set(VOREL_GOOGLETEST_SOURCE /usr/src/googletest CACHE PATH "Sources of GoogleTest")
 if(NOT EXISTS "${VOREL_GOOGLETEST_SOURCE}/CMakeLists.txt")
