@@ -1,4 +1,4 @@
-// Uses every declaration of index.d.ts. Only compiled, never run.
+// Uses every declaration of index.d.ts. This program is compiled, but never run.
 import * as vorel from '..';
 
 const texts: string[] = [
