@@ -39,7 +39,7 @@ function outOfRange(name, range, value) {
         'ERR_OUT_OF_RANGE');
 }
 
-/** Checks that an argument is a string, because koffi passes null as a null pointer. */
+/** Checks that an argument is a string, because koffi would accept null and pass a null pointer. */
 function string(value, name) {
     if (typeof value !== 'string') {
         throw invalidType(name, 'of type string', value);

@@ -102,8 +102,8 @@ class Mutex extends Handle {
     }
 
     /**
-     * Whether another task of this thread holds the mutex with `runAsync`. For the library, all tasks of a thread are
-     * one owner, so it would let this task lock the mutex.
+     * Whether another task of this thread holds the mutex with `runAsync`. The library treats all tasks of a thread as
+     * one owner, so it would let the calling task lock the mutex, too.
      */
     get #isTaken() {
         const holder = holderOf(this.name);
@@ -219,8 +219,8 @@ const MAX_CALLS = 2;
 let calls = 0;
 
 /**
- * Waits at most CALL_MS on a thread of libuv's pool and resolves to the status. Do not use it in a Worker: koffi aborts
- * the process when a Worker ends during the call.
+ * Waits at most CALL_MS on a thread of libuv's pool and resolves to the status. Do not call this function in a Worker,
+ * because koffi aborts the process when a Worker ends during the native call.
  */
 function waitOnThread(handle, limitMs) {
     ++calls;

@@ -1,7 +1,8 @@
 // Declares the functions of the DLL and passes values to and from them. Only this file depends on koffi.
 'use strict';
 
-// Required first, because it reports an unsupported system. On such a system, koffi would fail with another error.
+// load.js is required before koffi, because it reports an unsupported system. On such a system, koffi would fail with
+// another error.
 const { loadDll } = require('./load');
 
 const koffi = require('koffi');
@@ -42,7 +43,7 @@ function declare(name, ...parameters) {
 
 // ---- Failures -------------------------------------------------------------------------------------------------------
 
-/** The error for a failure on another thread or in this package, for which the library has no message. */
+/** Creates an error without the library's message, for a failure on another thread or in this package. */
 function errorOf(status, message) {
     return new VorelError(status, statusName(status), message);
 }
@@ -78,7 +79,7 @@ function cell(type) {
 // call with a larger buffer.
 const FIRST_UNITS = 16384;
 
-// Calls are synchronous and copy their result, so they share these buffers.
+// All calls that use these buffers are synchronous and copy their result, so the calls can share the buffers.
 const firstBuffer = Buffer.allocUnsafeSlow(2 * FIRST_UNITS);
 const lengthCell = cell('uint64_t');
 
@@ -88,8 +89,8 @@ function firstText() {
 }
 
 /**
- * Runs `call(buffer, capacity, lengthCell)` and returns the buffer; `lengthCell` has the length. A caller that knows
- * the maximum length passes it; a second call is then unnecessary.
+ * Runs `call(buffer, capacity, lengthCell)` and returns the buffer; `lengthCell` has the length. `maxLength` is the
+ * maximum length of the result, or 0 if the caller does not know it. If it is known, a second call is unnecessary.
  */
 function output(call, maxLength, unitBytes) {
     let capacity = FIRST_UNITS;

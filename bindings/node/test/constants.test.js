@@ -14,7 +14,7 @@ const INCLUDE = process.env.VOREL_INCLUDE || path.join(__dirname, '..', '..', '.
 // The package does not use this constant of the headers, because it passes the length of every text.
 const UNUSED = ['VOREL_ZERO_TERMINATED'];
 
-/** The macros and enumerators of the flat interface. A value that is not a number is NaN. */
+/** The macros and enumerators of the flat interface with their values; NaN for a value that is not a number. */
 function headerConstants() {
     const umbrella = fs.readFileSync(path.join(INCLUDE, 'vorel', 'vorelCoreC.h'), 'utf8');
     const headers = Array.from(umbrella.matchAll(/^#include "([^"]+)"/gm), (include) => include[1]);

@@ -91,7 +91,7 @@ test('url encodes and decodes', () => {
     assert.throws(() => url.encodeComponent('a', 'toString'), TypeError);
 });
 
-test('arguments of the wrong type throw a TypeError', () => {
+test('arguments of the wrong type cause a TypeError', () => {
     for (const wrong of [null, undefined, 1, {}, ['a']]) {
         assert.throws(() => base64.decode(wrong), TypeError);
         assert.throws(() => base64.encode(wrong), TypeError);

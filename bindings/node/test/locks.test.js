@@ -103,7 +103,7 @@ test('lock times out while another process holds the mutex', async () => {
     release.close();
 });
 
-test('lock takes an abandoned mutex and logs a warning', async () => {
+test('lock acquires an abandoned mutex and logs a warning', async () => {
     const mutex = new Mutex(uniqueName('mutex'));
     const held = new Condition(uniqueName('held'));
     const peer = startPeer('abandon', mutex.name, held.name);

@@ -50,7 +50,7 @@ const roles = {
         }
     },
 
-    /** Answers each signal with a signal. */
+    /** Answers each signal of `askedName` with a signal of `answeredName`. */
     echo(askedName, answeredName, rounds) {
         const asked = new Condition(askedName);
         const answered = new Condition(answeredName);
