@@ -14,8 +14,9 @@
 #   share/doc/vorelCore/     README, changelog, SECURITY.md, docs/, examples/, integrations/, and the page of the
 #                            package for Node
 #
-# The component "symbols" is bin/vorelCore.dll.debug. It is installed only if it is named: cmake --install build
-# --component symbols. The package may be moved to another folder, because it contains no absolute paths.
+# The component "symbols" contains bin/vorelCore.dll.debug. Only a command that names the component installs it: `cmake
+# --install build --component symbols`. The package may be moved to another folder, because it contains no absolute
+# paths.
 
 include(CMakePackageConfigHelpers)
 

@@ -38,7 +38,7 @@ set(VOREL_WARNINGS
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
     list(APPEND VOREL_WARNINGS -Wduplicated-branches -Wduplicated-cond -Wlogical-op)
 else()
-    # std::stable_sort of libstdc++ 12 uses a deprecated function.
+    # clang reports a deprecated function that std::stable_sort of libstdc++ 12 uses.
     list(APPEND VOREL_WARNINGS -Wno-deprecated-declarations)
 endif()
 

@@ -1,9 +1,9 @@
 # The compiler's runtime DLLs, which every program of this project needs in its folder.
 #
-# Programs and vorelCore.dll share these DLLs by design. Only if the program and vorelCore.dll use the same libstdc++,
-# the program can catch exceptions from vorelCore.dll, and std::uncaught_exceptions counts the exceptions of both.
+# Programs and vorelCore.dll share these DLLs by design. A program can catch exceptions from vorelCore.dll only if both
+# use the same libstdc++. std::uncaught_exceptions then counts the exceptions of both, too.
 
-# Microsoft's runtime is a part of Windows or has its own installer.
+# Microsoft's runtime is a part of Windows or has its own installer, so its DLLs are not copied.
 if(MSVC)
     set(VOREL_RUNTIME_DLL_NAMES "")
     set(VOREL_RUNTIME_DLLS "")
