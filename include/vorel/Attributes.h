@@ -2,9 +2,9 @@
 /// Compiler attributes. They expand to nothing where they are not supported.
 #pragma once
 
-/// Marks a function whose parameter number `which` is a printf-style format of `char` and whose arguments start at
-/// number `first`: the compiler checks the arguments against the format. Parameters are counted from 1, and from 2 in a
-/// non-static member function. No compiler checks wide formats.
+/// Marks a function whose parameter number `which` is a printf-style format of `char`, and whose parameter number
+/// `first` is the first argument of the format. The compiler then checks the arguments against the format. The first
+/// parameter has the number 1, but the number 2 in a non-static member function. No compiler checks wide formats.
 ///
 /// Formats are those of the Windows runtime. Clang knows them. GCC does not, so it checks nothing unless the program
 /// defines VOREL_CHECK_FORMATS before it includes the library. GCC then checks by the C standard: it finds arguments of

@@ -1,12 +1,12 @@
 /// \file
 /// The export macro, and checks that a program fits the library. Every header of the C++ interface includes this file.
 ///
-/// A program must use the C runtime and the C++ standard library that vorelCore was built with, because it frees memory
-/// that vorelCore allocated and catches its exceptions. A wrong C runtime or C++ standard is a compile error in this
-/// header. A program with another standard library would link, and Windows would end it at the first exception. So
-/// every program refers to a symbol named after its standard library, and vorelCore defines only the symbol of the
-/// standard library that it was built with. Any other symbol, for example `vorelCore_is_built_for_libcxx`, is an
-/// undefined symbol for the linker.
+/// A program must use the C runtime and the C++ standard library that vorelCore was built with, because the program
+/// frees memory that vorelCore allocated and catches exceptions that vorelCore threw. A wrong C runtime or C++ standard
+/// is a compile error in this header. A wrong standard library is an error of the linker. Without this error, Windows
+/// would end the program at the first exception. Every program refers to a symbol named after its standard library, and
+/// vorelCore defines only the symbol of the standard library that it was built with. Any other of these symbols, for
+/// example `vorelCore_is_built_for_libcxx`, is an undefined symbol for the linker.
 ///
 /// The flat interface (vorelCoreC.h) does not include this header: it works with every C runtime and compiler.
 #pragma once
@@ -41,7 +41,8 @@ namespace vorel::detail {
 #if defined(VOREL_BUILDING_DLL)
 extern "C" VOREL_API void VOREL_STANDARD_LIBRARY() noexcept;
 #else
-// Without dllimport the address is a constant, so no code has to run when a program starts.
+// The function is declared without dllimport, so its address is a constant, and no code has to run at program start to
+// initialise `kRequiredStandardLibrary`.
 extern "C" void VOREL_STANDARD_LIBRARY() noexcept;
 #endif
 #if defined(__GNUC__)

@@ -6,8 +6,8 @@
 ///     std::format("{:>10}", vorel::BaseString<char>("right"))   // "     right"
 ///     std::format(L"{}", exception)
 ///
-/// The format specifications are those of `std::string_view`. A string of `char` needs a format of `char`, and a string
-/// of `wchar_t` a format of `wchar_t`. Threads may use different objects at the same time.
+/// Strings and exceptions have the same format specifications as `std::string_view`. A string of `char` needs a format
+/// of `char`, and a string of `wchar_t` a format of `wchar_t`. Threads may use different objects at the same time.
 #pragma once
 
 #if __has_include(<format>)

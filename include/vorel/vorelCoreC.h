@@ -36,8 +36,8 @@
 /// unknown flag gives `VOREL_ERROR_INVALID_ARGUMENT`. A Boolean is an `int32_t` of 0 or 1; as input, every value except
 /// 0 is true.
 ///
-/// **Threads.** Unless stated otherwise, every function may be called from any thread at any time. It waits for other
-/// threads only to write to the error log (see `vorel_log_write`), or briefly for a lock of the library.
+/// **Threads.** Unless stated otherwise, every function may be called from any thread at any time. A function waits for
+/// other threads only to write to the error log (see `vorel_log_write`), or briefly for a lock of the library.
 ///
 /// **Ownership.** Only handles must be released. One function opens a handle and another closes it; afterwards no
 /// thread may use the handle.

@@ -142,7 +142,8 @@ public:
     // NOLINTNEXTLINE(google-explicit-constructor): a string converts to a view implicitly by design
     operator std::basic_string_view<T>() const noexcept { return view(); }
 
-    /// The number of units before the terminator. An unknown length is counted and stored.
+    /// The number of units before the terminator. If the length is unknown, the units are counted, and the length is
+    /// stored.
     VOREL_API_INLINE unsigned int length() const noexcept {
         // Several threads may count the same text; all store the same length.
         const unsigned int known = std::atomic_ref<unsigned int>(m_length).load(std::memory_order_relaxed);
@@ -240,14 +241,14 @@ private:
         return text.size() < kUnknownLength ? static_cast<unsigned int>(text.size()) : kUnknownLength;
     }
 
-    /// Whether `address` lies in the buffer, which is released when the string grows.
+    /// Whether `address` lies in the buffer. Such an address becomes invalid when the string grows.
     bool holds(const void* address) const noexcept {
         return reinterpret_cast<std::uintptr_t>(address) - reinterpret_cast<std::uintptr_t>(m_data) <
                std::uintptr_t{m_capacity} * sizeof(T);
     }
 
-    /// Whether the buffer has space for `count` units and a terminator after the first `before` units. An unknown
-    /// length is too large for every buffer.
+    /// Whether the buffer has space for `count` units and a terminator after the first `before` units. If `before` is
+    /// `kUnknownLength`, the result is false, because no buffer is that large.
     bool fits(unsigned int before, unsigned int count) const noexcept {
         return std::uint64_t{before} + count < m_capacity;
     }

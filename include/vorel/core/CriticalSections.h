@@ -26,11 +26,12 @@ public:
     AutoCriticalSection(const AutoCriticalSection&) = delete;
     AutoCriticalSection& operator=(const AutoCriticalSection&) = delete;
 
-    /// Waits for the lock, or only tries to lock if `timeout` is 0. Returns whether the lock is held; while the switch
-    /// is off, returns true immediately. The second argument is ignored.
+    /// Waits for the lock, or only tries to lock if `timeout` is 0. Returns whether the calling thread holds the lock.
+    /// While the switch is off, returns true immediately. The second argument is ignored.
     bool lock(unsigned int timeout, bool);
 
-    /// Locks if that is possible without waiting. Returns whether the lock is held; true while the switch is off.
+    /// Locks if that is possible without waiting. Returns whether the calling thread holds the lock. While the switch
+    /// is off, returns true.
     bool tryLock();
 
     /// Unlocks; does nothing while the switch is off.
@@ -58,7 +59,7 @@ public:
     ForcedCriticalSection(const ForcedCriticalSection&) = delete;
     ForcedCriticalSection& operator=(const ForcedCriticalSection&) = delete;
 
-    /// Waits for the lock, or only tries to lock if `timeout` is 0. Returns whether the lock is held.
+    /// Waits for the lock, or only tries to lock if `timeout` is 0. Returns whether the calling thread holds the lock.
     bool lock(unsigned int timeout, bool);
     bool tryLock();
     void unlock();

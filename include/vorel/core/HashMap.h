@@ -55,10 +55,10 @@ inline std::uint64_t nextPrime(std::uint64_t n) noexcept {
 
 namespace detail {
 
-/// `hash` modulo `count`. `count` must not be 0. The function multiplies by a reciprocal, because on many processors a
-/// 64-bit integer division takes several times as long as a floating-point division. The reciprocal depends on `count`
-/// only. So a loop with one `count` computes the reciprocal once. Outside a loop, the processor can compute the
-/// reciprocal at the same time as the hash.
+/// `hash` modulo `count`. `count` must not be 0. The function multiplies `hash` by a reciprocal of `count`, which it
+/// computes with a floating-point division. On many processors, a 64-bit integer division would take several times as
+/// long. The reciprocal depends on `count` only. So a loop with one `count` computes the reciprocal once. Outside a
+/// loop, the processor can compute the reciprocal at the same time as the hash.
 ///
 /// `count` is shifted until its highest bit is bit 31. The reciprocal is at most 2^95 divided by the shifted count. The
 /// floating-point estimate is smaller than this limit by less than 2^15. One step of Newton's method reduces the
@@ -201,7 +201,8 @@ public:
     /// lookups find the newer one until the map grows; growing reverses the order within a bucket.
     /// \throws Exception "Tried to put into a hash map with 0 buckets"; MemoryException if the buckets cannot grow;
     ///         `std::bad_alloc` if a node cannot be allocated, because nodes come from the global `operator new` by
-    ///         design; the exceptions of the assignments to key and value. No entry is added or removed.
+    ///         design; the exceptions of the assignments to key and value. After an exception, the map has the same
+    ///         entries as before.
     Iterator put(std::uint64_t hash, const Key& key, const Value& value) {
         if (bucketCount() == 0) {
             detail::throwFailure(L"Tried to put into a hash map with 0 buckets");

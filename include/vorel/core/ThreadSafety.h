@@ -10,8 +10,8 @@ namespace vorel {
 /// `EnableThreadSafety` changes the count.
 extern VOREL_API unsigned int ThreadSafetyEnabledCount;
 
-/// With `true`, adds 1 to the count. With `false`, subtracts 1 unless the count is 0. The change is not atomic by
-/// design: call this only while a single thread runs and no `AutoCriticalSection` is held.
+/// If `enable` is true, adds 1 to the count. If `enable` is false, subtracts 1 unless the count is 0. By design, the
+/// change is not atomic. Call this only while a single thread runs and no `AutoCriticalSection` is held.
 VOREL_API void EnableThreadSafety(bool enable) noexcept;
 
 /// Sleeps for `milliseconds`. The value is passed to the system unchanged: 0 yields, -1 never returns.

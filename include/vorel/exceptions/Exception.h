@@ -20,7 +20,7 @@
 ///
 /// An object may be used by one thread at a time. The static functions may be called from any thread at any time.
 ///
-/// `Exception` does not derive from `std::exception`: its `what()` is wide.
+/// `Exception` does not derive from `std::exception`, because `what()` of `Exception` returns wide text.
 #pragma once
 
 #include <atomic>
@@ -67,7 +67,8 @@ public:
     /// Writes all messages to the log if logging is delayed.
     virtual ~Exception() noexcept(false);
 
-    /// Throws a copy of the object with its dynamic type. Each derived class overrides it, so the copy is not sliced.
+    /// Throws a copy of the object with its dynamic type. Each derived class overrides this function, so the copy is
+    /// not sliced.
     [[noreturn]] virtual void rethrow();
 
     /// \}
@@ -112,8 +113,9 @@ public:
     /// The number of messages.
     unsigned int getMessageTotal() const noexcept;
 
-    /// All messages, oldest first, joined with `separator` (null: nothing). The text is valid until the next call, an
-    /// assignment to the object, or its end. `separator` may point into the previous text.
+    /// All messages, oldest first, joined with `separator` (null: nothing). The text is valid until the next call of
+    /// this function, an assignment to the object, or the destruction of the object. `separator` may point into the
+    /// previous text.
     /// \throws MemoryException if the text cannot be allocated; the previous text stays valid.
     const wchar_t* getErrorMessageBlock(const wchar_t* separator) const;
 
@@ -194,10 +196,10 @@ public:
 
     /// \}
     /// \name Error log
-    /// One line of text per message. Any number of processes and threads may write to the file; each writer locks the
-    /// whole file. A size limit is a number of bytes. 0 switches the log off. With 1 or more, a file that has grown
-    /// beyond the limit is moved to its backup (".001" appended). With a negative limit the file grows without bound.
-    /// The computer name in the lines is queried once, because it changes only at a restart.
+    /// The log is a file with one line of text per message. Any number of processes and threads may write to the file;
+    /// each writer locks the whole file. A size limit is a number of bytes. 0 switches the log off. With 1 or more, a
+    /// file that has grown beyond the limit is moved to its backup (".001" appended). With a negative limit the file
+    /// grows without bound. The computer name in the lines is queried once, because it changes only at a restart.
     /// \{
 
     static const long long DefaultLogSize = 1000000;
@@ -214,7 +216,7 @@ public:
     static void SetErrorLogLocation(const char* path, long long size) noexcept;
     static void SetErrorLogLocation(const wchar_t* path, long long size) noexcept;
 
-    /// Sets the size limit; values below -1 are ignored. 0 and -1 can be set only here.
+    /// Sets the size limit; values below -1 are ignored. Only this function can set the limits 0 and -1.
     static void SetErrorLogSize(long long size) noexcept;
 
     /// The mirror: while it is on, `MirrorErrorMessage` also writes messages whose `force` is false. It is off at load.
@@ -296,7 +298,7 @@ protected:
 
     /// Appends one line to the log `logPath` (null or empty: the current file) with the size limit `maxSize` (0: writes
     /// nothing; negative: the current limit). A null `prefix` is written as "NULL Method", a null `message` as "NULL
-    /// Message". Without `force` the line is written only while the mirror is on. A line that cannot be written is
+    /// Message". If `force` is false, the line is written only while the mirror is on. A line that cannot be written is
     /// dropped silently.
     static void MirrorErrorMessage(const char* logPath, long long maxSize, const char* prefix, const wchar_t* message,
                                    bool force) noexcept;
@@ -374,9 +376,9 @@ static_assert(sizeof(Exception) == 72, "exceptions have the same layout with eve
 
 #if defined(__GNUC__) && !defined(__clang__) && !defined(VOREL_BUILDING_DLL)
 
-// GCC can forward the variable arguments of an inlined function. So with GCC, programs test the flag inline, and call
-// the library only after a target was switched on. With other compilers, programs call the library, which makes the
-// same test.
+// GCC can forward the variable arguments of an inlined function. So programs compiled with GCC test `DebugTargetsUsed`
+// inline, and call the library only after a target was switched on. Programs compiled with other compilers always call
+// the library, which makes the same test.
 
 namespace detail {
 

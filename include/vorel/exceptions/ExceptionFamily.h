@@ -1,7 +1,8 @@
 /// \file
 /// The exception classes, one for each kind of failure. The comment of a constructor is usually the text of its first
 /// message. A constructor with the parameter `fmt` renders its first message from the caller's format. The first
-/// message is logged at once. No derived class adds a field. `rethrow()` keeps the class. A move is a copy.
+/// message is logged at once. No derived class adds a field. `rethrow()` throws an exception of the same class. Moving
+/// an exception copies it.
 #pragma once
 
 #include "vorel/exceptions/Exception.h"
@@ -71,8 +72,8 @@ public:
 /// An index outside a named range.
 class VOREL_API OutOfRangeException : public Exception {
 public:
-    /// "%ls: Index \"%d\" out of range: [%d,%d]" with `name`, `index`, `low` and `high`. By design, the last argument,
-    /// `index`, is printed first.
+    /// "%ls: Index \"%d\" out of range: [%d,%d]" with `name`, `index`, `low` and `high`. By design, `index` is the last
+    /// argument, but is printed before the limits.
     OutOfRangeException(const wchar_t* name, int low, int high, int index) noexcept;
     [[noreturn]] void rethrow() override;
 };

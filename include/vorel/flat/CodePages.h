@@ -14,8 +14,8 @@ extern "C" {
 /// Texts may contain zeros.
 /// \{
 
-/// Returns the number of the code page `name`. Names are not case-sensitive. The system need not have the code page.
-/// The status is `VOREL_ERROR_UNKNOWN_NAME` if no code page has this name.
+/// Returns the number of the code page `name`. Names are not case-sensitive. The status is `VOREL_ERROR_UNKNOWN_NAME`
+/// if no code page has this name. The function does not check whether the system supports the code page.
 ///
 ///     "latin1"  ->  28591
 VOREL_API vorel_status vorel_code_page_by_name(const vorel_char16* name, size_t length, int32_t* codePage);

@@ -39,9 +39,10 @@ VOREL_API vorel_status vorel_utf16_to_utf8(const vorel_char16* text, size_t leng
 VOREL_API vorel_status vorel_base64_encode(const void* bytes, size_t size, vorel_char16* output, size_t capacity,
                                            size_t* outputLength);
 
-/// Decodes Base64. White space is skipped. Padding ends the text; units after it are ignored. The status is
-/// `VOREL_ERROR_INVALID_TEXT` for any other character, and for an incomplete group of four. In a group, "=" as the
-/// first or second character counts as A. "=" as the third character ends the text, whatever the fourth character is.
+/// Decodes Base64. White space is skipped. Padding ends the text; units after the padding are ignored. The status is
+/// `VOREL_ERROR_INVALID_TEXT` for any other character outside the alphabet, and for an incomplete group of four. In a
+/// group, "=" as the first or second character counts as A. "=" as the third character ends the text, whatever the
+/// fourth character is.
 VOREL_API vorel_status vorel_base64_decode(const vorel_char16* text, size_t length, void* output, size_t capacity,
                                            size_t* outputLength);
 

@@ -58,8 +58,9 @@ VOREL_API const char* vorel_status_name(vorel_status status);
 #ifdef __cplusplus
 }
 
-/// Passes a C++ literal u"..." as an input: in C++ its units have the type `char16_t`, which differs from
-/// `vorel_char16`. C11 programs need no such function. The library only reads inputs. Never write through the pointer.
+/// Converts a C++ literal u"..." to the type of an input, because in C++ the units of the literal have the type
+/// `char16_t`, which differs from `vorel_char16`. In C11 the types are the same, so C programs need no such function.
+/// The library only reads inputs. Never write through the pointer.
 ///
 ///     vorel_mutex_open(vorel_utf16(u"Talvenor jobs"), VOREL_ZERO_TERMINATED, &mutex);
 inline const vorel_char16* vorel_utf16(const char16_t* text) noexcept {

@@ -33,8 +33,8 @@ VOREL_API void* ObtainAccessableFileMapping(void* file, unsigned long protection
 /// \returns the handle; null if the system has no memory for a security identifier.
 /// \throws Exception whose text starts with "ObtainAccessableFileMappingEx: ": "Long API failed for ..." if the path
 ///         cannot be resolved; "Unable to create file ..." if the file cannot be opened; "Opening file mapping failed
-///         for ..." with the reason why it cannot be created, if all attempts failed; "Severe Error while opening ..."
-///         for any other failure.
+///         for ..." with the reason why the mapping cannot be created, if all attempts failed; "Severe Error while
+///         opening ..." for any other failure.
 VOREL_API void* ObtainAccessableFileMappingEx(const wchar_t* fileName, unsigned long protection,
                                               unsigned long desiredAccess, unsigned long sizeHigh,
                                               unsigned long sizeLow, const wchar_t* mappingName, bool* fileCreated,

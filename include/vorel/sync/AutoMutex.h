@@ -90,8 +90,8 @@ public:
         return initialize(detail::NarrowName(name).wide(), flag);
     }
 
-    /// Waits up to `timeout` milliseconds for the mutex (0xFFFFFFFF: without limit) and returns whether it is held. An
-    /// abandoned mutex is acquired, with a warning.
+    /// Waits up to `timeout` milliseconds for the mutex (0xFFFFFFFF: without limit). Returns whether the calling thread
+    /// holds the mutex. An abandoned mutex is acquired, with a warning in the error log.
     ///
     /// If the wait fails or times out, the function throws if `throwOnFailure` is true. Otherwise it describes the
     /// failure in `errorText` unless `errorText` is null, and logs a warning unless `timeout` is 0.
@@ -102,7 +102,7 @@ public:
     ///         description of a failure cannot be stored.
     bool lock(unsigned int timeout, bool throwOnFailure, BaseString<wchar_t>* errorText = nullptr);
 
-    /// Locks the mutex if that is possible without waiting. Returns whether the mutex is held.
+    /// Locks the mutex if that is possible without waiting. Returns whether the calling thread holds the mutex.
     /// \throws Exception "AutoMutex::lock: Mutex not initialized"; the same exception as `lock` if the object still
     ///         records a thread that has ended.
     bool tryLock();

@@ -15,7 +15,8 @@ namespace vorel::util {
 
 /// Returns a converter for the named code pages. Names are not case-sensitive; 617 names of 146 code pages are known.
 /// By design, a converter works in one direction: if `from` is given, `to` is ignored, and the converter only converts
-/// from that code page. It converts to `to` only if `from` is null. The system need not have the code page.
+/// from that code page. It converts to `to` only if `from` is null. The function does not check whether the system has
+/// the code page.
 ///
 ///     "UTF-8", "LATIN1"  ->  28591 << 16        "UTF-8", null  ->  65001
 ///
@@ -50,7 +51,7 @@ VOREL_API void iconv_reset(int converter) noexcept;
 /// a count above INT_MAX other than SIZE_MAX. The system is called with MB_ERR_INVALID_CHARS. It rejects that flag
 /// (EINVAL) for the code pages 42, 50220, 50221, 50222, 50225, 50227, 50229, 57002 to 57011 and 65000. `iconv_open`
 /// knows names for all of them except 42, but text cannot be converted from them. `text` must not overlap `out`; the
-/// system rejects equal pointers (EINVAL). Source: "MultiByteToWideChar function (stringapiset.h)" on
+/// system rejects equal pointers (EINVAL). Source: the page "MultiByteToWideChar function (stringapiset.h)" on
 /// learn.microsoft.com.
 VOREL_API std::size_t iconv_to_wc(int converter, const char* text, std::size_t bytes, wchar_t* out,
                                   std::size_t capacity);
@@ -63,7 +64,7 @@ VOREL_API std::size_t iconv_to_wc(int converter, const char* text, std::size_t b
 /// Counts and capacities above INT_MAX are rejected as above. Windows rejects a pointer for `defaultUsed` (EINVAL) for
 /// the code pages 65000 (UTF-7) and 65001 (UTF-8); it also does so, undocumented, for 50220 to 50229, 52936 (HZ), 54936
 /// (GB18030) and 57002 to 57011 (ISCII). No flags are used, so this function also converts to code pages that reject
-/// flags. `text` must not overlap `out`. Source: "WideCharToMultiByte function (stringapiset.h)" on
+/// flags. `text` must not overlap `out`. Source: the page "WideCharToMultiByte function (stringapiset.h)" on
 /// learn.microsoft.com.
 VOREL_API std::size_t iconv_from_wc(int converter, const wchar_t* text, std::size_t units, char* out,
                                     std::size_t capacity, bool* defaultUsed);

@@ -18,8 +18,8 @@ namespace vorel::util {
 ///
 ///     a   b,c   d"e with ","  ->  a,"b,c","d""e"
 ///
-/// \throws MemoryException; `result` then holds the items joined so far. It keeps its text if the first allocation
-///         fails, if the delimiter points into it, or if it is one of the items.
+/// \throws MemoryException; `result` then holds the items joined so far. But if the first allocation fails, if the
+///         delimiter points into `result`, or if `result` is one of the items, `result` keeps its old text.
 VOREL_API void multipleStringsToSingleString(const Array<BaseString<wchar_t>>& items, const wchar_t* delimiter,
                                              BaseString<wchar_t>& result);
 

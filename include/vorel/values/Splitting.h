@@ -43,7 +43,7 @@ VOREL_API void singleCStringToMultipleCStrings(const char* text, const char* del
 ///
 ///     "a,b,,c" at ","  ->  "a" "b" "" "c", 4        with 2 tokens at most  ->  "a" "b,,c", 2
 ///
-/// If `maxTokens` is at most 1,024, slots for that many tokens are reserved first. For a larger value, not more slots
+/// If `maxTokens` is from 1 to 1,024, slots for that many tokens are reserved first. For a larger value, not more slots
 /// are reserved than the text can have tokens.
 /// \throws MemoryException, with the record "vorel::util::tokenizeString: Vorel exception rethrown".
 VOREL_API int tokenizeString(char* text, const char* delimiter, Array<char*>& tokens, int maxTokens);
