@@ -49,7 +49,8 @@ constexpr Table repeated(const std::uint8_t (&bytes)[16]) noexcept {
     return table;
 }
 
-/// Selects the distance from a character to its value. All characters of a slot have the same distance.
+/// With this table, `slotOf` returns a slot of `kDistanceOfSlot`. All characters of such a slot have the same distance
+/// to their values.
 constexpr Table kDistanceByLower = repeated({1, 1, 1, 1, 1, 1, 1, 1, 0, 0, 0, 0, 0, 15, 0, 15});
 
 constexpr Table kDistanceOfSlot = [] {
@@ -62,7 +63,8 @@ constexpr Table kDistanceOfSlot = [] {
     return table;
 }();
 
-/// Selects the test of a character. In each slot, the characters with a value follow the characters without a value.
+/// With this table, `slotOf` returns a slot of `kTestOfSlot`. In each such slot, the characters with a value follow the
+/// characters without a value.
 constexpr Table kTestByLower = repeated({13, 1, 1, 1, 1, 1, 1, 1, 1, 1, 3, 7, 11, 11, 11, 15});
 
 /// A signed number for each slot. The sum of this number and a character of the slot is negative unless the character
@@ -128,8 +130,8 @@ VOREL_NOINLINE std::size_t decodeFours(const T* text, std::size_t blocks, unsign
 }
 
 /// Decodes the groups of a block that precede the first invalid character, and writes zeros after the decoded bytes.
-/// Returns the number of groups decoded. This is a separate function, because the loop for long text uses registers
-/// that must be saved and restored for the caller.
+/// Returns the number of groups decoded. This is a separate function, because `decodeFours` saves and restores
+/// registers for its caller, and the decoding of short text should not take that time.
 template <class T>
 VOREL_NOINLINE std::size_t decodeBlock(const T* text, unsigned char* out) noexcept {
     __m256i test;

@@ -60,8 +60,8 @@ inline Base64End writeBase64Group(const unsigned int (&characters)[4], const int
     return written < 3 ? Base64End::Text : Base64End::None;
 }
 
-/// Decodes a group of four characters to at most three bytes in `out`. `written` is unchanged if the group has no
-/// bytes.
+/// Decodes a group of four characters to at most three bytes in `out`. `written` receives the number of bytes; if no
+/// bytes are written, it is unchanged.
 template <class T>
 Base64End parseBase64Group(const T*& cursor, const int* table, char pad, unsigned char* out,
                            std::size_t& written) noexcept {
@@ -100,7 +100,7 @@ Base64End parseBase64Group(const T*& cursor, const int* table, char pad, unsigne
 // ---- In steps -------------------------------------------------------------------------------------------------------
 
 inline constexpr std::size_t kBase64BlockGroups = kSextetBlockCharacters / 4;
-inline constexpr std::size_t kBase64Overhang = 8;  // zeros written past the last block
+inline constexpr std::size_t kBase64Overhang = 8;  // zeros that AVX2 writes past the output of the last block
 
 /// With AVX2: decodes at most `blocks` blocks of 32 characters. Stops at the first character without a value, and at a
 /// block that may extend into a page after the end of the text. Returns the number of decoded groups of four
@@ -134,7 +134,7 @@ Base64Step decodeBase64Step(const T*& cursor, const int* table, char pad, unsign
     if (groups == blocks * kBase64BlockGroups) {
         return {done, Base64End::None};
     }
-    // The AVX2 version decoded nothing of this block, or only its first groups.
+    // The AVX2 version decoded only the first groups of the block at the cursor, or no group of this block.
     do {
         std::size_t written = 0;
         const Base64End end = parseBase64Group(cursor, table, pad, out + done, written);

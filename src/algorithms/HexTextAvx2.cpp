@@ -136,8 +136,9 @@ VOREL_NOINLINE std::size_t decodeTwos(const T* text, std::size_t blocks, unsigne
     return done;
 }
 
-/// Decodes a block. Returns false and writes nothing if it has an invalid character. This is a separate function,
-/// because the loop for long text uses registers that must be saved and restored for the caller.
+/// Decodes a block. Returns false and writes nothing if the block contains an invalid character. This is a separate
+/// function, because `decodeTwos` saves and restores registers for its caller, and the decoding of short text should
+/// not take that time.
 template <class T>
 VOREL_NOINLINE bool decodeBlock(const T* text, unsigned char* out) noexcept {
     __m256i invalid;
