@@ -55,7 +55,7 @@ def target(page, root, link):
 
 
 def code(text):
-    """In Doxygen, a quotation mark ends code that is in single backticks."""
+    """Code in backticks for Doxygen, in which an apostrophe ends code that is in single backticks."""
     return f"``{text}``" if "'" in text else f"`{text}`"
 
 
@@ -77,10 +77,10 @@ def shown(page: Path, root: Path) -> list:
             previous = f'\\htmlonly<span class="language">{language}</span>\\endhtmlonly'
             line = "```" + HIGHLIGHTED.get(fence[1], "unparsed")
         elif heading:
-            # Doxygen would show the backticks.
+            # Doxygen would show backticks in a heading.
             line = line.replace("`", "")
             if page.name == "index.md" and len(heading[1]) > 1:
-                # The navigation would list the sections of the start page before all other pages.
+                # Otherwise, the navigation would list the sections of the start page before all other pages.
                 line = f"<h1>{heading[2]}</h1>"
             elif len(heading[1]) > 1:
                 line += f" {{#{label(page, root, anchor(heading[2]))}}}"
