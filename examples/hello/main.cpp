@@ -11,6 +11,6 @@ int main() {
         std::printf("%d\n", squares[7]);
     } catch (vorel::Exception& e) {
         std::printf("%ls\n", e.what());
-        e.catchClass(L"Hello", L"main");  // adds its record to the log, and ends the exception
+        e.catchClass(L"Hello", L"main");  // logs that the exception was caught, and removes its messages
     }
 }

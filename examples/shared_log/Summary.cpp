@@ -16,11 +16,11 @@ namespace {
 
 using Complaints = std::vector<std::string>;
 
-/// The messages of one exception, from the point of failure to the handler that ended it.
+/// The messages of one exception, from the point of failure to the handler that caught it.
 using Trail = std::vector<std::string>;
 
-/// The damaged lines that a file declares in its first line, "Damaged lines: 6 7 8". Null if the file does not begin
-/// with such a declaration.
+/// The damaged lines that a file declares in its first line, "Damaged lines: 6 7 8". Returns nullopt if the file does
+/// not begin with such a declaration.
 std::optional<std::vector<unsigned int>> declaredDamage(const std::string& path) {
     constexpr std::string_view kDeclaration = "Damaged lines:";
     const std::string content = examples::readFile(path).value_or("");
@@ -99,7 +99,8 @@ void printRecords(const Run& run, const examples::Log& log, Complaints& complain
         total.errors += counts.errors;
         total.warnings += counts.warnings;
         total.debugs += counts.debugs;
-        // If there is a backup, the oldest records may be lost, so the log may have fewer records, but not more.
+        // If there is a backup, the oldest records may be lost, so the log may have fewer records than the report, but
+        // not more.
         if (log.hasBackup ? counts.all() > worker.records.all() : counts != worker.records) {
             complaints.push_back(name + ": the records in the log differ from its report");
         }
@@ -111,8 +112,8 @@ void printRecords(const Run& run, const examples::Log& log, Complaints& complain
     }
 }
 
-/// The trail of the exception with the most messages. The records of a thread are in the order of writing;
-/// the record of a handler ends a trail.
+/// The trail of the exception with the most messages. The records of a thread are in the order of writing. A record
+/// that ends with `kHandled` is the last record of its trail.
 Trail longestTrail(const examples::Log& log) {
     constexpr std::string_view kHandled = ": Vorel exception caught";
     Trail longest;

@@ -16,8 +16,12 @@ struct Run {
     std::vector<Report> workers;
 };
 
-/// Prints the tables, the longest trail, the time span and all errors. Returns true if it found no error: no line is
-/// torn, no record is missing or unexpected, and the damaged lines found are those that the files declare.
+/// Prints the tables, the longest trail, the time span and all errors. Returns whether all these conditions are true:
+///
+/// - No line is torn.
+/// - Each worker has as many records in the log as in its report. If the log has a backup, records may be missing.
+/// - Each worker found the damaged lines that a file declares. If the file declares no damaged lines, all workers found
+///   the same lines.
 bool printSummary(const Run& run, const examples::Log& log);
 
 }  // namespace shared_log

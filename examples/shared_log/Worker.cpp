@@ -21,11 +21,11 @@ std::string_view nameOf(std::string_view path) {
     return separator == std::string_view::npos ? path : path.substr(separator + 1);
 }
 
-/// Converts `line` to wide text and back. Returns whether it contains characters outside ASCII.
+/// Converts `line` to wide text and back. Returns whether the line contains characters outside ASCII.
 bool convertAndCompare(const std::string& line) {
     try {
-        // If the line ends with a lead byte, the decoder reads trailing bytes past the end of the line. There it finds
-        // these zeros.
+        // If the line ends with a lead byte, the decoder reads trailing bytes past the end of the line. It then reads
+        // the zeros that are appended here.
         constexpr std::size_t kLongestSequence = 6;
         std::string input = line;
         input.append(kLongestSequence, '\0');

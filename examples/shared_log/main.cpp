@@ -3,10 +3,11 @@
 ///
 ///     shared_log [--limit=<bytes>] [<UTF-8 text file>...]
 ///
-/// Starts four copies of itself. Each copy converts every line of the files to wide text and back, and logs the result:
-/// each damaged line as the trail of an exception, warnings, and debug lines. The parent then reads the log and prints
-/// a summary. The exit code is 1 if a line of the log is torn, if the log does not match the reports of the copies, or
-/// if the damaged lines found differ from those that a file declares; see README.md.
+/// The program starts four copies of itself. Each copy converts every line of the files to wide text and back, and logs
+/// the result: each damaged line as the trail of an exception, warnings, and debug lines. Each copy also writes a
+/// report, which the parent compares with the log. The parent then prints a summary. The exit code is 1 if a line of
+/// the log is torn, if the log does not match the reports, or if a copy did not find the damaged lines that a file
+/// declares; see README.md.
 ///
 /// `--limit` is the size above which the log is moved to its backup. With a small limit, the oldest records are lost.
 
@@ -38,7 +39,7 @@ constexpr std::string_view kLimitOption = "--limit=";
 struct CommandLine {
     unsigned long worker = 0;  ///< 0 for the parent
     long long limit = vorel::Exception::LargeErrorLogSize;
-    std::string folder;  ///< a worker's first argument
+    std::string folder;  ///< of the log and the reports: the first argument of a worker after the options
     std::vector<std::string> files;
 };
 
@@ -65,7 +66,7 @@ std::string logPathIn(const std::string& folder) {
     return folder + "\\shared_log.txt";
 }
 
-/// The folder is unique for this run, so its name identifies the start line.
+/// The name of the start line (see Processes.h): the name of the folder, because the folder is unique for each run.
 std::string startLineName(const std::string& folder) {
     return folder.substr(folder.find_last_of('\\') + 1);
 }
@@ -114,7 +115,7 @@ int runParent(const CommandLine& options) {
             return 2;
         }
     }
-    vorel::Exception::SetErrorLogSize(0);  // the parent only reads
+    vorel::Exception::SetErrorLogSize(0);  // the parent writes nothing to a log
     std::printf("%u processes check the same %zu files and write one log.\n\n", kWorkers, options.files.size());
     const Run run = runWorkers(options);
     return printSummary(run, examples::readLog(run.logPath)) ? EXIT_SUCCESS : EXIT_FAILURE;

@@ -77,8 +77,8 @@ bool isHostName(std::string_view host) {
     return host.find_first_of(" :[]") == std::string_view::npos;
 }
 
-/// Appends the records and the unreadable lines of a log file with this content. A last line without a terminator
-/// counts as torn.
+/// Appends the records and the unreadable lines in the content of a log file. If the last line does not end in CR LF, a
+/// message about it is appended to the unreadable lines.
 void appendLines(std::string_view content, Log& log) {
     constexpr std::string_view kTerminator = "\r\n";
     for (std::string& line : split(content, kTerminator)) {

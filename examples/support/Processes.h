@@ -24,10 +24,11 @@ class StartLine {
 public:
     explicit StartLine(const std::string& name);
 
-    /// For a worker. Reports that the worker is ready, and waits for the start. False after 120 seconds.
+    /// For a worker. Reports that the worker is ready, and waits for the start. Returns false after 120 seconds.
     [[nodiscard]] bool lineUp() const;
 
-    /// For the parent. Waits until `workers` workers are ready, and starts them. False after 120 seconds per worker.
+    /// For the parent. Waits until `workers` workers are ready, and starts them. Returns false if no further worker
+    /// becomes ready for 120 seconds.
     [[nodiscard]] bool start(unsigned int workers) const;
 
 private:
