@@ -1,4 +1,4 @@
-// Base64 of both widths, encoding and decoding, against the reference.
+// Compares the encoding and decoding of Base64 in text of both widths with the reference.
 
 #include <algorithm>
 #include <cstdint>

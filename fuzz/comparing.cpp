@@ -1,4 +1,5 @@
-// The comparison of texts of both widths under all rules, and the comparison of versions, against the reference.
+// Tests the comparison of texts of both widths, with all combinations of rules, and the comparison of versions. The
+// results must be the results of the reference.
 
 #include <cstdint>
 #include <string>

@@ -1,4 +1,4 @@
-// Daylight text of both widths, encoding and decoding, against the reference.
+// Compares the encoding and decoding of Daylight text of both widths with the reference.
 
 #include <algorithm>
 #include <cstdint>

@@ -1,4 +1,5 @@
-// Doubles as text of both widths, against their exact digits; also normalises texts of doubles.
+// Writes doubles as text of both widths, and compares the text with the reference, which computes the exact digits.
+// Also normalises texts of doubles.
 
 #include <algorithm>
 #include <bit>

@@ -1,4 +1,5 @@
-// Numbers with a fraction and an exponent in text of both widths, in blocks and step by step, against the reference.
+// Parses numbers with a fraction and an exponent in text of both widths, in blocks and step by step, and compares the
+// results with the reference.
 
 #include <cstdint>
 #include <string>

@@ -1,5 +1,5 @@
-// Counting the arguments of a format of either width, against a reference that searches for one percent sign after the
-// other.
+// Counts the arguments of a format of either width, and compares the number with a reference that searches for one
+// percent sign after the other.
 
 #include <algorithm>
 #include <cstdint>

@@ -1,4 +1,5 @@
-// Hexadecimal text of both widths, encoding and decoding, against the reference.
+// Compares the encoding of hexadecimal text of both widths with the reference, and its decoding with the documented
+// values of the characters.
 
 #include <algorithm>
 #include <cstdint>

@@ -1,4 +1,5 @@
-// Integers as text of both widths, in buffers of any size, against the standard library's digits.
+// Writes integers as text of both widths to buffers of any size, and compares the digits with the result of
+// `std::to_string`.
 
 #include <algorithm>
 #include <cstdint>

@@ -1,4 +1,4 @@
-// Integers and hexadecimal numbers in text of both widths, against the reference.
+// Parses integers and hexadecimal numbers in text of both widths, and compares the results with the reference.
 
 #include <cstdint>
 #include <string>

@@ -1,4 +1,5 @@
-// One item of a joined wide text, with quotes if necessary, against the reference. Also splits the text again.
+// Writes one item of a joined wide text, with quotes if necessary, and compares the text with the reference. Then
+// splits the text, which must restore the item.
 
 #include <algorithm>
 #include <cstdint>

@@ -1,4 +1,5 @@
-// Booleans, and lists of numbers, of booleans and of ranges in text of both widths, against the reference.
+// Parses booleans, and lists of numbers, of booleans and of ranges, in text of both widths, and compares the results
+// with the reference.
 
 #include <algorithm>
 #include <cstdint>

@@ -1,4 +1,5 @@
-// The hash of a name of either width, against the documented rule, computed without 32-bit overflow.
+// Compares the hash of a name of either width with the documented rule. Here the rule is computed with 64-bit numbers
+// modulo 2^32, instead of relying on 32-bit overflow.
 
 #include <cstdint>
 #include <string>

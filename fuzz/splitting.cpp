@@ -1,5 +1,5 @@
-// Splitting texts of both widths at a delimiter text, at delimiter characters outside of quotes, and in place, against
-// the reference.
+// Splits texts of both widths at a delimiter text, at delimiter characters outside quotes, and in place, and compares
+// the results with the reference.
 
 #include <cstdint>
 #include <string>
@@ -20,7 +20,7 @@ using vorel::algorithms::splitAtDelimiters;
 using vorel::algorithms::tokenizeInPlace;
 using vorel::algorithms::trimmed;
 
-/// A text and its delimiters, each next to an inaccessible page.
+/// A text and its delimiters, each in its own guarded pages (GuardedPages.h).
 template <class T>
 struct Parts {
     explicit Parts(fuzz::Input& input) {

@@ -1,4 +1,4 @@
-// The length of a text of either width at any position in its pages.
+// Counts the units of a text of either width, which may begin at any position in its pages.
 
 #include <cstdint>
 #include <string>

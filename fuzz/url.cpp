@@ -1,4 +1,4 @@
-// Percent-encoding and decoding for URLs, against the reference.
+// Compares the percent-encoding and decoding for URLs with the reference.
 
 #include <cstdint>
 #include <string>

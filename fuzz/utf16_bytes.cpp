@@ -1,4 +1,5 @@
-// Counting the UTF-16 units before the first zero, at any address, and writing units as bytes in either order.
+// Counts the UTF-16 units before the first zero in bytes at any address, and writes units as bytes in either byte
+// order.
 
 #include <cstdint>
 #include <string>

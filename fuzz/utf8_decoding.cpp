@@ -1,4 +1,4 @@
-// UTF-8 to 16-bit units, in pieces of any size, against the reference.
+// Decodes UTF-8 to 16-bit units, in pieces of any size, and compares the units with the reference.
 
 #include <cstdint>
 #include <string>

@@ -1,4 +1,4 @@
-// 16-bit units to UTF-8, in pieces of any size, against the reference.
+// Encodes 16-bit units as UTF-8, in pieces of any size, and compares the bytes with the reference.
 
 #include <algorithm>
 #include <cstdint>

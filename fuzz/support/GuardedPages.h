@@ -85,7 +85,8 @@ private:
     unsigned char* m_block;
 };
 
-/// Pages for the input and the output of a target. Created once, because every input uses them.
+/// The pages for the input and the pages for the output of a target. They are created once, because every run of the
+/// target uses them.
 inline GuardedPages& inputPages() {
     static GuardedPages pages;
     return pages;

@@ -67,7 +67,7 @@ private:
     FuzzedDataProvider m_data;
 };
 
-/// The part of a text that an algorithm reads if it does not get the length.
+/// The part of `text` before its first zero. An algorithm for zero-terminated text reads only this part.
 template <class T>
 std::basic_string<T> upToZero(std::basic_string<T> text) {
     text.resize(std::min(text.size(), text.find(T{0})));
