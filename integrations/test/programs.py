@@ -5,14 +5,14 @@ import shutil
 import sys
 from pathlib import Path
 
-SKIPPED = 77  # CTest reports it as "skipped"
+SKIPPED = 77  # CTest reports a test with this exit code as "skipped"
 
 # `./dev test` unpacks rsyslog and syslog-ng here, because they cannot be installed at the same time.
 UNPACKED = Path(os.environ.get("XDG_CACHE_HOME") or Path.home() / ".cache") / "vorelCore" / "shippers"
 
 
 def need(name):
-    """The path of a program. Ends the test as skipped if there is none."""
+    """The path of a program. If the program is not installed, ends the test as skipped."""
     folders = [str(UNPACKED / "usr" / "sbin"), os.environ.get("PATH", ""), "/usr/sbin"]
     found = shutil.which(name, path=os.pathsep.join(folders))
     if not found:
