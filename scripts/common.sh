@@ -63,7 +63,7 @@ else
     test_packages+=(libglib2.0-0t64 libivykis0t64 libpcre2-8-0)
 fi
 check_packages=(clang-format clang-tidy cppcheck codespell)
-bench_packages=(libfast-float-dev libfmt-dev) # peers; only their headers are used
+bench_packages=(libfast-float-dev libfmt-dev) # headers of the libraries that the benchmarks compare with
 publish_packages=(python3-matplotlib) # charts of the benchmarks
 package_packages=(nsis unzip)
 docs_packages=(doxygen doxygen-awesome-css)
@@ -89,7 +89,7 @@ as_root() {
     fi
 }
 
-setup() { # setup [package]...: installs the packages that every command needs, and the given ones
+setup() { # setup [package]...: installs the packages that every command needs, and the given packages
     local needed=("${packages[@]}" "$@")
     command -v dpkg-query >/dev/null || fail "setup supports Debian only; install the equivalents of: ${needed[*]}"
     local missing
@@ -190,7 +190,7 @@ configure_fuzz() { # configures fuzz/, whose programs run on this machine withou
 # ---- Run ------------------------------------------------------------------------------------------------------------
 
 # Several commands may use the Wine prefix at the same time. The last command to finish ends the server of the prefix.
-hold_wine() { # hold_wine [command]...: starts the server, with the command if one is given, such as taskset
+hold_wine() { # hold_wine [command]...: starts the server; a given command, such as taskset, runs the start
     mkdir -p build
     exec {wine_users}>build/wine.users
     flock --shared "$wine_users"
