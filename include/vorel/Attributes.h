@@ -6,10 +6,11 @@
 /// `first` is the first argument of the format. The compiler then checks the arguments against the format. The first
 /// parameter has the number 1, but the number 2 in a non-static member function. No compiler checks wide formats.
 ///
-/// Formats are those of the Windows runtime. Clang knows them. GCC does not, so it checks nothing unless the program
-/// defines VOREL_CHECK_FORMATS before it includes the library. GCC then checks by the C standard: it finds arguments of
-/// wrong types, but it also warns about the Windows-only conversions `%hs`, `%hc`, `%hS`, `%ws`, `%wc`, `%Z`, `%Iu` and
-/// `%I64d`, and misreads `%I32d`. Programs that define the macro write `%s`, `%ls`, `%zu`, `%lld` and `%d` instead.
+/// Formats have the syntax of the Windows runtime. Clang knows this syntax. GCC does not know it, so GCC checks nothing
+/// unless the program defines VOREL_CHECK_FORMATS before it includes the library. GCC then checks formats by the C
+/// standard: it finds arguments of wrong types, but it also warns about the Windows-only conversions `%hs`, `%hc`,
+/// `%hS`, `%ws`, `%wc`, `%Z`, `%Iu` and `%I64d`, and misreads `%I32d`. Programs that define the macro write `%s`,
+/// `%ls`, `%zu`, `%lld` and `%d` instead.
 #if defined(__clang__)
 #define VOREL_PRINTF(which, first) [[gnu::format(printf, which, first)]]
 #elif defined(__GNUC__) && defined(VOREL_CHECK_FORMATS)
@@ -30,9 +31,9 @@
 #define VOREL_BEGIN_OWN_MEMBERS __pragma(warning(push)) __pragma(warning(disable : 4251))
 #define VOREL_END_OWN_MEMBERS __pragma(warning(pop))
 #else
-/// Precedes the members of an exported class if the classes of these members are not exported. Microsoft's compiler
-/// warns of such members (C4251), because inline functions of the exported class could need code that only the DLL has.
-/// No inline function of the library needs such code.
+/// Precedes members of an exported class if the types of these members are not exported. Microsoft's compiler warns of
+/// such members (C4251), because inline functions of the exported class could need code that only the DLL has. No
+/// inline function of the library needs such code.
 #define VOREL_BEGIN_OWN_MEMBERS
 /// Follows these members.
 #define VOREL_END_OWN_MEMBERS

@@ -230,8 +230,8 @@ public:
     [[nodiscard]] const T* end() const noexcept { return m_items + m_count; }
 
     /// Provides slots for at least `count` elements; storage never shrinks. If the array must grow and `exact` is true,
-    /// it then has exactly `count` slots. If `exact` is false, the number of slots doubles until it is large enough;
-    /// fewer than 5 slots count as 5. So an append takes amortised constant time.
+    /// it then has exactly `count` slots. If `exact` is false, the number of slots (5 if there are fewer) is doubled
+    /// until it is large enough. So an append takes amortised constant time.
     /// \throws MemoryException(slots, element size) if the storage or the copy of an element cannot be allocated; the
     ///         array is unchanged.
     void reserve(unsigned int count, bool exact = false) {

@@ -9,8 +9,8 @@
 namespace vorel::util {
 
 /// The number of units of the text that `fmt` and `args` render to, without the terminator; negative if they cannot be
-/// rendered. `args` is a plain `char*` on 64-bit Windows. The runtime renders the text to the null device, so the count
-/// is exactly the runtime's. Thread-safe; never throws.
+/// rendered. A `va_list` is a plain `char*` on 64-bit Windows, so the caller's list does not change. The runtime
+/// renders the text to the null device, so the number is exact. Thread-safe; never throws.
 ///
 ///     "%d-%s" with 12, "ab"  ->  5
 VOREL_API int calculateSnprintFBufferSize(const char* fmt, va_list args);

@@ -17,7 +17,7 @@ extern "C" {
 /// skips.
 /// \{
 
-/// Integers separated by commas. Fractions are dropped; an empty item is 0.
+/// Integers separated by commas or white space. Fractions are dropped; an empty item is 0.
 ///
 ///     "1,2.9,-3"  ->  1 2 -3
 VOREL_API vorel_status vorel_parse_int32_list(const vorel_char16* text, size_t length, int32_t* values, size_t capacity,

@@ -43,7 +43,8 @@ VOREL_API vorel_status vorel_parse_boolean(const vorel_char16* text, size_t leng
 ///     "42 apples"  ->  42, 3 units used        "-x"  ->  0, 1 unit used
 /// \{
 
-/// Parses a value of the type in its name, as described above, and sets `used` to the number of units read.
+/// Each function parses a value of the type in the function's name, as described above, and sets `used` to the number
+/// of units read.
 VOREL_API vorel_status vorel_scan_int32(const vorel_char16* text, size_t length, int32_t* value, size_t* used);
 VOREL_API vorel_status vorel_scan_uint32(const vorel_char16* text, size_t length, uint32_t* value, size_t* used);
 VOREL_API vorel_status vorel_scan_int64(const vorel_char16* text, size_t length, int64_t* value, size_t* used);

@@ -15,8 +15,8 @@
 namespace vorel {
 
 /// Creates the mutex `name` (null: a mutex without a name), owned by the calling thread if `initialOwner` is not 0. If
-/// it cannot be created, opens it with the rights to wait and release. If that fails too, both steps are repeated up to
-/// `retries` times, each time after a sleep of `sleepMs` milliseconds.
+/// the mutex cannot be created, opens it with SYNCHRONIZE access, which allows waiting and releasing. If that fails
+/// too, both steps are repeated up to `retries` times, each time after a sleep of `sleepMs` milliseconds.
 ///
 /// `created`, which may be null, becomes 1 if the object is new, and 0 otherwise.
 /// \returns the handle; null after a failure, with a warning in the error log that names the failed step.

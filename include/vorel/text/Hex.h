@@ -26,9 +26,9 @@ public:
 
     /// Sets the size of `bytes` to half the number of units in `text`, writes the byte of each pair of digits, and
     /// returns 0. Stops at the first invalid pair, or at the last digit if the number of digits is odd, and then
-    /// returns 1. By design, a prefix "0x" is skipped but counts in the size, so the last byte of `bytes` is not
-    /// written. Also by design, the characters ':' to '@' count as 3 to 9, and only the lower eight bits of each unit
-    /// are used (but a unit above 0xFF is not a lower-case letter).
+    /// returns 1. By design, a prefix "0x" or "0X" is skipped but counts in the size, so the last byte of `bytes` is
+    /// not written. Also by design, the characters ':' to '@' count as 3 to 9, and only the lower eight bits of each
+    /// unit are used (but a unit above 0xFF is not a lower-case letter).
     ///
     ///     0x4142  ->  41 42 and a byte that is not written, 0        4G  ->  1        abc  ->  AB, 1
     ///
