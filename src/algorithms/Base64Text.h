@@ -118,9 +118,10 @@ struct Base64Step {
 /// Output capacity that a step needs, in bytes.
 inline constexpr std::size_t kBase64StepCapacity = kSextetBlockBytes + kBase64Overhang;
 
-/// Decodes from `cursor` at least the bytes of one block, or up to the end of the text. Moves `cursor` past the
+/// Decodes text from `cursor` on: at least 24 bytes (one block), or up to the end of the text. Moves `cursor` past the
 /// characters read. A step that does not reach the end writes a multiple of 24 bytes. Zeros may be written after the
-/// decoded bytes. The text ends with a zero. `table` holds the Base64 value of each of the 256 characters.
+/// decoded bytes. `capacity` is the size of `out` in bytes, at least `kBase64StepCapacity`. The text ends with a zero.
+/// `table` holds the Base64 value of each of the 256 characters.
 template <class T>
 Base64Step decodeBase64Step(const T*& cursor, const int* table, char pad, unsigned char* out,
                             std::size_t capacity) noexcept {

@@ -16,7 +16,7 @@ namespace {
 
 constexpr std::size_t kGroups = kSextetBlockCharacters / 4;  // per block
 
-/// Looks up values by row and column.
+/// Looks up the values of characters by row and column (see `SextetRows`).
 class Rows {
 public:
     /// The bytes that 32 characters decode to, twelve in each half.
