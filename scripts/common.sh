@@ -190,7 +190,7 @@ configure_fuzz() { # configures fuzz/, whose programs run on this machine withou
 # ---- Run ------------------------------------------------------------------------------------------------------------
 
 # Several commands may use the Wine prefix at the same time. The last command to finish ends the server of the prefix.
-hold_wine() { # hold_wine [command]...: starts the server; a given command, such as taskset, runs the start
+hold_wine() { # hold_wine [command]...: starts the server, through the given command (such as taskset) if there is one
     mkdir -p build
     exec {wine_users}>build/wine.users
     flock --shared "$wine_users"

@@ -99,8 +99,8 @@ def summary_table(results: dict) -> list:
 
 
 def draw_ratios(family: str, rows: list, path: Path) -> None:
-    """A row for each operation (the name of a case up to its first comma), and a dot for each of its cases and
-    peers."""
+    """Draws a row for each operation (the name of a case up to its first comma). The row has a dot for each measurement
+    of a case of the operation against a peer."""
     from matplotlib import pyplot, ticker
 
     operations = list(dict.fromkeys(row["case"].split(", ")[0] for row in rows))
@@ -158,7 +158,7 @@ def growth_table(rows: list) -> list:
 
 
 def draw_growth(rows: list, path: Path) -> None:
-    """A panel for each case, with the times of the library and of the peer."""
+    """Draws a panel for each case, with the times of the library and of the peer."""
     from matplotlib import pyplot
 
     cases = by_case(rows)

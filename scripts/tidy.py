@@ -1,9 +1,9 @@
 """Runs clang-tidy over the project's sources: ./dev check.
 
 A result without findings is stored, for all clones of this user, under the digest of everything that it depends on: the
-tool, its options and checks, the source, and the headers of the project that it includes. So a second run checks only
-changed sources. Sources that the last commit or the work tree changed, and sources that include such a header, are
-checked first.
+tool, its options and checks, the source, and the headers of the project that the source includes. So a second run
+checks only changed sources. Sources that the last commit or the work tree changed, and sources that include a changed
+header, are checked first.
 """
 
 import argparse
