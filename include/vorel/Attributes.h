@@ -4,7 +4,8 @@
 
 /// Marks a function whose parameter number `which` is a printf-style format of `char`, and whose parameter number
 /// `first` is the first argument of the format. The compiler then checks the arguments against the format. The first
-/// parameter has the number 1, but the number 2 in a non-static member function. No compiler checks wide formats.
+/// parameter has the number 1. In a non-static member function it has the number 2, because the object has the
+/// number 1. No compiler checks wide formats.
 ///
 /// Formats have the syntax of the Windows runtime. Clang knows this syntax. GCC does not know it, so GCC checks nothing
 /// unless the program defines VOREL_CHECK_FORMATS before it includes the library. GCC then checks formats by the C
