@@ -49,8 +49,8 @@ constexpr Table repeated(const std::uint8_t (&bytes)[16]) noexcept {
     return table;
 }
 
-/// With this table, `slotOf` returns a slot of `kDistanceOfSlot`. All characters of such a slot have the same distance
-/// to their values.
+/// With this table, `slotOf` returns a slot of `kDistanceOfSlot`. In each such slot, all characters with a value have
+/// the same distance to their values.
 constexpr Table kDistanceByLower = repeated({1, 1, 1, 1, 1, 1, 1, 1, 0, 0, 0, 0, 0, 15, 0, 15});
 
 constexpr Table kDistanceOfSlot = [] {
