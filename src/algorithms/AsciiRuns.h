@@ -87,7 +87,7 @@ std::size_t copyAsciiRun(const From* from, std::size_t count, To* to) noexcept {
     return done;
 }
 
-/// Copies eight elements if all of them are from 0x01 to 0x7F.
+/// Copies eight elements if all of them are from 0x01 to 0x7F. Otherwise returns false and writes nothing.
 template <class From, class To>
 bool copyEightAscii(const From* from, To* to) noexcept {
     const auto* const position = reinterpret_cast<const __m128i*>(from);

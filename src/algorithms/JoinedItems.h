@@ -16,8 +16,8 @@ namespace vorel::algorithms {
 /// Units per block.
 inline constexpr std::size_t kUnitBlock = 8;
 
-/// Copies `count` units in whole blocks. Returns whether one of these units is `a` or `b`. Source and target must have
-/// space for whole blocks. Units written past `count` are unspecified.
+/// Copies `count` units in whole blocks. Returns whether one of these units is `a` or `b`. The source must be readable,
+/// and the target writable, in whole blocks. Units written past `count` are unspecified.
 inline bool copyAndFind(const WideUnit* from, std::size_t count, WideUnit a, WideUnit b, WideUnit* to) noexcept {
     const __m128i first = _mm_set1_epi16(static_cast<short>(a));
     const __m128i second = _mm_set1_epi16(static_cast<short>(b));
