@@ -22,8 +22,9 @@
 ///
 /// **Inputs.** A text is UTF-16 in the processor's byte order, passed as a pointer and a number of units; it needs no
 /// terminator. The number `VOREL_ZERO_TERMINATED` means "up to the first zero". The pointer may be null if the number
-/// is 0. No input may have more than `VOREL_MOST_UNITS` units. A text may contain a zero only if it is converted
-/// between UTF-16 and UTF-8 or a code page, or if it is the list of `vorel_join_list`. All other functions return
+/// is 0. The same rules apply to UTF-8 text and to bytes, but the number of bytes must not be `VOREL_ZERO_TERMINATED`.
+/// No input may have more than `VOREL_MOST_UNITS` units. A text may contain a zero only if it is converted between
+/// UTF-16 and UTF-8 or a code page, or if it is the list of `vorel_join_list`. All other functions return
 /// `VOREL_ERROR_INVALID_TEXT` for such a text.
 ///
 /// **Outputs.** An output has three parameters: a buffer of the caller, its capacity in units, and a pointer to a
