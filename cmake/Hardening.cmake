@@ -6,7 +6,7 @@
 # these targets, but GNU's linker cannot write such tables. The shadow stacks of Windows require a flag in the DLL file,
 # but GNU's linker cannot set this flag.
 
-# Compiles the library's objects in release builds with the stack guard and with debug information.
+# Compiles the library's objects in release builds with the stack protector and with debug information.
 # src/core/StackGuard.cpp defines the guard's value, and ends the program if the guard is overwritten.
 function(vorel_harden target)
     # The prefix map makes the bytes of the DLL independent of the folder of the sources.
@@ -14,10 +14,10 @@ function(vorel_harden target)
         "$<$<AND:$<COMPILE_LANGUAGE:CXX>,$<CONFIG:Release>>:-fstack-protector-strong;-g;-ffile-prefix-map=${PROJECT_SOURCE_DIR}=.>")
 endfunction()
 
-# Omits the stack guard in sources whose functions are short loops over bounded buffers on the stack, because the guard
-# would take up to a quarter of their time on short texts. Fuzzing, the guarded heap, and tests at page edges check the
-# bounds of these functions.
-function(vorel_omit_stack_guard)
+# Omits the stack protector in sources whose functions are short loops over bounded buffers on the stack, because the
+# stack protector would take up to a quarter of their time on short texts. Fuzzing, the guarded heap, and tests at page
+# edges check the bounds of these functions.
+function(vorel_omit_stack_protector)
     if(NOT MSVC)
         set_property(SOURCE ${ARGN} APPEND PROPERTY COMPILE_OPTIONS "$<$<CONFIG:Release>:-fno-stack-protector>")
     endif()

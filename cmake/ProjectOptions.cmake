@@ -54,8 +54,8 @@ endif()
 
 # With VOREL_TRAPS, undefined behaviour, an index past the end of a standard container, and an overwritten return
 # address end the program. The checks of undefined behaviour execute a trap instruction, because GCC for mingw-w64 has
-# no runtime that would report the errors. The stack guard comes from the static libssp, so the DLL has the same imports
-# as in other builds.
+# no runtime that would report the errors. The functions of the stack protector come from the static libssp, so the DLL
+# has the same imports as in other builds.
 option(VOREL_TRAPS "Trap on undefined behaviour" OFF)
 set(VOREL_TRAP_OPTIONS
     -fsanitize=undefined
