@@ -105,8 +105,8 @@ unsigned char* blockOf(std::size_t page) noexcept {
     return pieces[page].bytes == 0 ? startOf(page) : endOf(page) - pieces[page].bytes;
 }
 
-/// Finds the block at or next to a faulting address. Prints the size of the block and the distance between the block
-/// and the address.
+/// Finds the block at or next to a faulting address. Prints the size of the block and the offset of the address from
+/// the start of the block.
 LONG CALLBACK explain(EXCEPTION_POINTERS* fault) noexcept {
     const EXCEPTION_RECORD& record = *fault->ExceptionRecord;
     if (record.ExceptionCode != EXCEPTION_ACCESS_VIOLATION || record.NumberParameters < 2) {
@@ -129,17 +129,17 @@ LONG CALLBACK explain(EXCEPTION_POINTERS* fault) noexcept {
         report("heap: %s in a freed block of %u bytes\n", access, piece.bytes);
     } else if (following < kRegionPages && pieces[following].state == State::Live &&
                startOf(following) - address < address - end) {
-        report("heap: %s %zu bytes before a block of %u bytes\n", access,
-               static_cast<std::size_t>(blockOf(following) - address), pieces[following].bytes);
+        report("heap: %s at offset %td of a block of %u bytes\n", access, address - blockOf(following),
+               pieces[following].bytes);
     } else {
-        report("heap: %s %zu bytes past the end of a block of %u bytes\n", access,
-               static_cast<std::size_t>(address - (blockOf(page) + piece.bytes)), piece.bytes);
+        report("heap: %s at offset %td of a block of %u bytes\n", access, address - blockOf(page), piece.bytes);
     }
     return EXCEPTION_CONTINUE_SEARCH;
 }
 
-[[noreturn]] void fail(const char* what, std::uint32_t bytes) noexcept {
-    report("heap: %s, %u bytes\n", what, bytes);
+template <class... Values>
+[[noreturn]] void fail(const char* format, Values... values) noexcept {
+    report(format, values...);
     std::abort();
 }
 
@@ -152,7 +152,7 @@ void prepare() noexcept {
     reached = CreateEventW(nullptr, FALSE, FALSE, nullptr);
     void* const reserved = VirtualAlloc(nullptr, kRegionPages * kPage, MEM_RESERVE, PAGE_NOACCESS);
     if (!pieces || !reached || !reserved || !AddVectoredExceptionHandler(TRUE, &explain)) {
-        fail("cannot reserve memory for the guarded heap", 0);
+        fail("heap: cannot reserve memory for the guarded heap\n");
     }
     region = static_cast<unsigned char*>(reserved);
 }
@@ -167,7 +167,7 @@ std::size_t findPages(std::size_t pages) noexcept {
         const std::size_t page = first + found;
         if (page >= kRegionPages) {
             if (wrapped) {
-                fail("no guarded pages are left", 0);
+                fail("heap: no guarded pages are left\n");
             }
             wrapped = true;
             first = 0;
@@ -216,7 +216,7 @@ bool reuse(std::size_t& page) noexcept {
     }
     const unsigned char* const block = blockOf(page);
     if (!areAll(block, block + pieces[page].bytes, kFreedFill)) {
-        fail("write to a freed block", pieces[page].bytes);
+        fail("heap: write to a freed block of %u bytes\n", pieces[page].bytes);
     }
     return true;
 }
@@ -246,10 +246,10 @@ std::size_t livePage(const void* block) noexcept {
     const std::size_t page = pageOf(block);
     const Piece& piece = pieces[page];
     if (piece.pages == 0 || blockOf(page) != block) {
-        fail("free of an address where no block starts", piece.bytes);
+        fail("heap: free of an address where no block starts\n");
     }
     if (piece.state != State::Live) {
-        fail("block freed twice", piece.bytes);
+        fail("heap: second free of a block of %u bytes\n", piece.bytes);
     }
     return page;
 }
@@ -290,7 +290,7 @@ void remove(const void* block) noexcept {
     const std::lock_guard lock(heapLock);
     const std::size_t page = livePage(block);
     if (!areAll(leadingOf(page), blockOf(page), kLeadingFill)) {
-        fail("write before a block", pieces[page].bytes);
+        fail("heap: write before a block of %u bytes\n", pieces[page].bytes);
     }
     retire(page);
     if (--liveCount == awaited) {

@@ -10,8 +10,8 @@
 /// instead. The pattern is checked before the page of such a block is reused. The page is reused only after at least
 /// 8,192 other small blocks were freed.
 ///
-/// If an access faults, the heap prints an explanation to stderr, such as "heap: read 0 bytes past the end of a block
-/// of 10 bytes", and the fault ends the program. If a block is freed twice, or if the pattern before a block or in a
+/// If an access faults, the heap prints an explanation to stderr, such as "heap: read at offset 10 of a block of 10
+/// bytes", and the fault ends the program. If a block is freed twice, or if the pattern before a block or in a
 /// freed block has changed, the heap prints an explanation and aborts the program.
 #pragma once
 
