@@ -1,4 +1,6 @@
-/* Shows the data of the page. Text from the log only ever becomes the text of an element, never markup. */
+/*
+ * Shows the data of the page. Text from the log becomes the text of an element or the value of a field, never markup.
+ */
 (() => {
     "use strict";
     const data = JSON.parse(document.getElementById("data").textContent);
@@ -296,10 +298,11 @@
         notes[0] += " from " + timeText(data.first) + " to " + timeText(data.last);
         notes.push("local time of the log");
     }
-    for (const kind of ["cut", "mid-line", "no header", "bad UTF-8"]) {
-        if (data[kind]) {
-            notes.push(number.format(data[kind]) + " " + kind);
-        }
+    const damage = ["cut", "mid-line", "no header", "bad UTF-8"].filter((kind) => data[kind]);
+    if (damage.length !== 0) {
+        const damaged = damage.reduce((sum, kind) => sum + data[kind], 0);
+        notes.push(counted(damaged, "damaged record") + ": " +
+            damage.map((kind) => number.format(data[kind]) + " " + kind).join(", "));
     }
     if (data.groupCount > groups.length) {
         notes.push("the " + number.format(groups.length) + " most frequent of " + number.format(data.groupCount) + " messages");
