@@ -30,7 +30,10 @@ export const Status: {
     readonly INTERNAL: 10;
 };
 
-/** A failure reported by the library, with the library's message: at most 500 UTF-16 code units. */
+/**
+ * A failure with a status of the library. A message of the library has at most 500 UTF-16 code units. If a mutex cannot
+ * be opened, the text of the system follows the message. A few messages are from this package.
+ */
 export class VorelError extends Error {
     constructor(status: number, code: string, message?: string);
     readonly name: 'VorelError';
@@ -52,8 +55,8 @@ export interface BinaryText {
 }
 
 /**
- * UTF-8 by the rules of the library: sequences of one to four bytes and of six bytes, with few checks. Texts may
- * contain zero characters.
+ * UTF-8 by the rules of the library. `decode` does not check the bytes after the first byte of a character, and accepts
+ * old sequences of six bytes. Texts may contain zero characters.
  */
 export const utf8: {
     /** An unpaired surrogate becomes "?". */
@@ -120,9 +123,12 @@ export const parse: {
     hex(text: string): number;
     double(text: string): number;
     boolean(text: string): boolean;
-    /** Parses numbers separated by commas. */
+    /**
+     * Parses integers separated by commas or white space. The result for an empty item is 0, also for an empty item
+     * between a comma and a space: the result for "1, 2" is 1, 0, 2.
+     */
     int32List(text: string): number[];
-    /** Parses numbers separated by commas. */
+    /** Parses unsigned integers, separated in the same way. */
     uint32List(text: string): number[];
     /** Parses numbers separated by white space; words that are not numbers are skipped. */
     doubleList(text: string): number[];

@@ -79,7 +79,7 @@ test('no DLL is loaded from the current folder or the PATH', () => withPlantedDl
     }
 }));
 
-test('the DLL is loaded only from an absolute path or the folder of node.exe', () =>
+test('VOREL_CORE_DLL loads the DLL only if the variable has an absolute path', () =>
     withPlantedDlls(async (folder) => {
         const name = 'vorelCore.dll';
         const drive = folder.slice(0, 2);  // "C:"

@@ -1,4 +1,4 @@
-// Uses every declaration of index.d.ts. This program is compiled, but never run.
+// Uses the functions and classes of index.d.ts. This program is compiled, but never run.
 import * as vorel from '..';
 
 const texts: string[] = [
@@ -94,7 +94,7 @@ try {
 vorel.parse.int32(1);
 // @ts-expect-error: unknown component
 vorel.url.encodeComponent('a', 'fragment');
-// @ts-expect-error: the mutex is released before the promise is settled
+// @ts-expect-error: `run` does not accept an asynchronous function, because it unlocks before the function ends
 mutex.run(async () => 1);
 // @ts-expect-error: unknown option
 vorel.hex.encode(Buffer.from('a'), { uppercase: true });
