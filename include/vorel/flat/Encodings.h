@@ -41,13 +41,13 @@ VOREL_API vorel_status vorel_base64_encode(const void* bytes, size_t size, vorel
 
 /// Decodes Base64. White space is skipped. Padding ends the text; units after the padding are ignored. The status is
 /// `VOREL_ERROR_INVALID_TEXT` for any other character outside the alphabet, and for an incomplete group of four. In a
-/// group, "=" as the first or second character counts as A. "=" as the third character ends the text, whatever the
-/// fourth character is.
+/// group, "=" as the first or second character counts as A. "=" as the third character ends the text, even if the
+/// fourth character is a letter or a digit.
 VOREL_API vorel_status vorel_base64_decode(const vorel_char16* text, size_t length, void* output, size_t capacity,
                                            size_t* outputLength);
 
-/// The Daylight encoding: four characters of . + 0-9 A-Z a-z for each group of three bytes, then a digit that gives the
-/// number of bytes used in the last group.
+/// Encodes bytes as Daylight. Each group of three bytes becomes four characters of the alphabet "." "+" 0-9 A-Z a-z.
+/// The final digit is the number of bytes used in the last group.
 ///
 ///     41 42  ->  "EI6.2"
 VOREL_API vorel_status vorel_daylight_encode(const void* bytes, size_t size, vorel_char16* output, size_t capacity,
