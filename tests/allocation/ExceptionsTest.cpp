@@ -1,4 +1,5 @@
-// Exceptions with a failing heap: texts may be truncated or missing, but nothing else fails.
+// Exceptions with a failing heap: texts may be truncated or missing. Functions that return several messages in one text
+// may throw a `MemoryException`. Nothing else fails.
 
 #include <optional>
 #include <string>

@@ -179,7 +179,7 @@ void readInvalidRanges(Attempt& attempt) {
     EXPECT_FALSE(attempt.completed());
     if (!attempt.allocationFailed()) {
         EXPECT_EQ(attempt.thrown(), typeid(vorel::Exception).name());
-        EXPECT_EQ(starts.size(), 2u) << "the number before the invalid text was read";
+        EXPECT_EQ(starts.size(), 2u) << "the array must also contain the 7 of \"7x\"";
     }
     ASSERT_FALSE(attempt.logged().empty());
     const std::string& line = attempt.logged().front();

@@ -6,7 +6,7 @@
 
 namespace {
 
-TEST(Rise, ComparesWithTheSmallestCostBefore) {
+TEST(Rise, ComparesWithTheSmallestCostSoFar) {
     const struct {
         std::vector<double> costs;
         std::vector<double> rises;
@@ -16,7 +16,7 @@ TEST(Rise, ComparesWithTheSmallestCostBefore) {
         {{5}, {1}, 1},
         {{8, 4, 2}, {1, 1, 1}, 1},
         {{8, 4, 6, 5, 2, 3}, {1, 1, 1.5, 1.25, 1, 1.5}, 1.5},
-        {{1, 2, 4, 8}, {1, 2, 4, 8}, 8},  // quadratic work, if the number of elements doubles each time
+        {{1, 2, 4, 8}, {1, 2, 4, 8}, 8},
     };
     for (const auto& [costs, rises, worst] : cases) {
         bench::Rise rise;

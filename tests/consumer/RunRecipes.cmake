@@ -26,7 +26,7 @@ foreach(recipe IN ITEMS msys2/PKGBUILD vcpkg/vorelcore/portfile.cmake conan/cona
     list(APPEND options ${used})
     list(LENGTH used count)
     if(count LESS 3)
-        message(SEND_ERROR "${recipe} uses only these options: ${used}")
+        message(SEND_ERROR "${recipe} must use at least three options of the project, but uses only these: ${used}")
     endif()
 endforeach()
 list(REMOVE_DUPLICATES options)

@@ -110,7 +110,7 @@ TEST(LogSize, OnlyAFileAboveTheLimitIsMoved) {
     }
 }
 
-TEST(LogSize, LineAfterTheLimitIsExceededMovesTheFile) {
+TEST(LogSize, OnlyTheLineAfterTheOneThatExceedsTheLimitMovesTheFile) {
     const TemporaryLog log(1000);
     makeFile(log.path(), 1000);
     Exception::warn("crosses");

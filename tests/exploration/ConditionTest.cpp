@@ -138,7 +138,7 @@ class SignalAfterRelease final : public ConditionScenario {
     }
 };
 
-/// A signal without a waiter is kept for the next waiter only.
+/// If no thread waits, two signals count as one: they release the next waiter only.
 class SignalBeforeWait final : public ConditionScenario {
     void start() override {
         ConditionScenario::start();
@@ -264,7 +264,7 @@ TEST_F(ConditionExploration, ASignalAfterAReleaseIsKept) {
     explores<SignalAfterRelease>({.preemptions = 3});
 }
 
-TEST_F(ConditionExploration, ASignalWithoutAWaiterIsKeptForOneWaiter) {
+TEST_F(ConditionExploration, SignalsWithoutAWaiterReleaseOneWaiter) {
     explores<SignalBeforeWait>({.preemptions = 2});
 }
 
@@ -280,7 +280,8 @@ TEST_F(ConditionExploration, ABroadcastReleasesAllWaiters) {
     for (const int waiters : {1, 2}) {
         for (const bool holdsLock : {false, true}) {
             unsigned long long missed = 0;
-            // Schedules in which both waiters are counted before either of them waits need three preemptions.
+            // Without the lock, the broadcast can happen after both threads increment the number of waiters and before
+            // either of them waits for the event. Such a schedule needs three preemptions.
             const unsigned int preemptions = waiters == 2 && !holdsLock ? 3U : 2U;
             explores<Broadcast>({.preemptions = preemptions}, waiters, holdsLock, std::ref(missed));
             EXPECT_NE(missed, 0u) << "the documented gap is not reached, so the scenario is too small";

@@ -4,8 +4,8 @@
 ///
 ///     test::decodeUtf8(bytes, -1).units    // the expected result of ConvertUTF8toString
 ///
-/// The input must also contain the bytes after the bound `length` that belong to a character that begins before the
-/// bound, because the codecs read these bytes, too.
+/// The second argument, `length`, is a number of bytes, or -1. The codecs also read beyond this number to the end of
+/// the last character, so the input must contain all bytes of this character.
 #pragma once
 
 #include <cstddef>
@@ -51,8 +51,8 @@ inline unsigned int sequenceLength(unsigned char lead) {
     if (b >= 0xF0 && b % 2 == 0) {
         return 4;
     }
-    // No sequence has five bytes. The rule for five bytes applies only to the lead bytes F8 and FA, and the rule for
-    // four bytes above already applies to them.
+    // No sequence has five bytes: the documented rule for five bytes matches only the lead bytes F8 and FA, and the
+    // rule for four bytes above matches them first.
     return b == 0xFD ? 6 : 0;
 }
 
@@ -72,8 +72,8 @@ inline std::uint32_t sequenceValue(const unsigned char* bytes, unsigned int leng
     }
 }
 
-/// Appends `value` as UTF-16 and returns the number of units. For a value above 0x10FFFF, the high unit
-/// wraps around.
+/// Appends `value` as UTF-16 and returns the number of units. For a value above 0x10FFFF, the first unit is not a high
+/// surrogate.
 inline std::size_t appendUtf16(std::wstring& units, std::uint32_t value) {
     if (value < 0x10000) {
         units += static_cast<wchar_t>(value);

@@ -1,8 +1,8 @@
 /// \file
 /// Operations on a text that another thread or process changes concurrently. The result is unspecified, but no
 /// operation may write beyond its memory. The guarded heap detects such writes. Each operation runs repeatedly. In each
-/// run, the text changes once while the operation reads it. The change is one switch between two pages later than in
-/// the previous run (see ChangingText.h).
+/// run, the text changes once while the operation reads it, and a little later than in the previous run: in the first
+/// run at the first switch, in the second run at the second switch, and so on (ChangingText.h explains switches).
 
 #include <algorithm>
 #include <cstring>

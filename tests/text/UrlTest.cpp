@@ -243,15 +243,15 @@ TEST(UrlDecode, EscapedZeroIsPartOfTheText) {
     EXPECT_EQ(wide.view(), L"a");
 }
 
-TEST(UrlDecode, WideTextMustBeUtf8) {
+TEST(UrlDecode, BytesFromWideTextMustBeUtf8) {
     BaseString<wchar_t> output;
     expectBuffer(urlDecode(L"%E2%82%AC%41", output, 0), output);
     EXPECT_EQ(output, L"\u20ACA");
     expectBuffer(urlDecode(L"a+%2B", output, 1), output);
     EXPECT_EQ(output, L"a +");
     EXPECT_EQ(urlDecode(L"%ED%A0%80"), L"\xD800");
-    // Invalid bytes are reported with the messages of the conversion. The last message contains the text, as converted
-    // by the C runtime.
+    // The conversion from UTF-8 reports invalid bytes. Its last message is the decoded bytes, which the C runtime
+    // converts to wide text as its locale requires.
     try {
         urlDecode(L"%80%41b", output, 0);
         ADD_FAILURE() << "no exception";
@@ -298,7 +298,9 @@ TEST(UrlDecode, WideTextMayEndWithinASequence) {
     }
 }
 
-TEST(UrlDecode, WideFailureKeepsWholeBlocks) {
+/// The conversion from UTF-8 writes blocks of 450 units. If it fails, the output contains the blocks before the
+/// failure.
+TEST(UrlDecode, WideFailureKeepsCompleteBlocks) {
     for (const auto& [before, kept] : {std::pair{0u, 0u}, {449u, 0u}, {450u, 450u}, {899u, 450u}, {1000u, 900u}}) {
         for (const unsigned int capacity : {0u, 16u, 5000u}) {
             BaseString<wchar_t> output;

@@ -77,7 +77,7 @@ TEST(ToolTest, Run_WritesNothingToTheErrorLog) {
     EXPECT_FALSE(log.exists());
 }
 
-TEST(ToolTest, SystemFailure_HasTheNameTheSystemsTextAndTheCode) {
+TEST(ToolTest, SystemFailure_ContainsNameTextAndCode) {
     SetLastError(ERROR_FILE_NOT_FOUND);
     const tools::Failure failure = tools::systemFailure(L"a.txt", L"cannot be opened");
     EXPECT_THAT(failure.text(), ::testing::StartsWith(L"a.txt: cannot be opened: "));

@@ -156,7 +156,7 @@ TEST_F(ViewLoopTest, FollowReportsEachBusyPeriod) {
     EXPECT_EQ(clock.reports.size(), 2u);
 }
 
-TEST_F(ViewLoopTest, BusyLogIsPolledLessOften) {
+TEST_F(ViewLoopTest, LogThatStaysBusyIsPolledLessOften) {
     files.isBusy = true;
     unsigned int attemptsBefore = 0;
     clock.isTimeToStop = [&](LocalMs now) {

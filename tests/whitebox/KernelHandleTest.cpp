@@ -19,7 +19,7 @@ HANDLE makeEvent() {
     return CreateEventW(nullptr, TRUE, FALSE, nullptr);
 }
 
-TEST(KernelHandleSteps, CloseKeepsTheLastErrorThatTheSystemChanges) {
+TEST(KernelHandleSteps, SuccessfulCloseDoesNotChangeTheLastError) {
     const test::ImportHook<importedCloseHandle> close([&](HANDLE handle) {
         const BOOL isClosed = close.original(handle);
         SetLastError(ERROR_SUCCESS);
@@ -33,7 +33,7 @@ TEST(KernelHandleSteps, CloseKeepsTheLastErrorThatTheSystemChanges) {
     EXPECT_EQ(error, kErrorBefore);
 }
 
-TEST(KernelHandleSteps, CloseKeepsTheLastErrorOfAFailure) {
+TEST(KernelHandleSteps, FailedCloseSetsTheLastError) {
     const auto failing = test::failCalls<importedCloseHandle>();
     HANDLE const event = makeEvent();
     KernelHandle owner(event);
