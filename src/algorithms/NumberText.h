@@ -49,7 +49,8 @@ inline std::uint32_t nonZeroMask(__m128i digits) noexcept {
 
 /// The number of decimal digits; 0 has one digit.
 constexpr std::uint64_t countDigits(std::uint64_t number) noexcept {
-    number |= 1;  // because 0 has no highest bit; no number of digits changes, because 10, 100 … are even
+    // 0 has no highest bit. The lowest bit does not change how many digits a number has, because 10, 100 … are even.
+    number |= 1;
     const auto highestBit = static_cast<std::uint64_t>(63 ^ std::countl_zero(number));
     // A number of b bits has b * log10(2) digits, rounded down, or one digit more. 1233 / 2^12 is slightly less than
     // log10(2).
@@ -103,8 +104,8 @@ VOREL_ALWAYS_INLINE T* storeText(__m128i characters, std::uint64_t count, T* out
         storeCharacters(characters, out);
         out[count] = 0;
     } else {
-        // One store writes the text and the terminator. If the terminator had its own store, the next call for the same
-        // buffer would be slower, because its load would have to wait for both stores.
+        // The terminator is stored together with the text. If it had its own store, the next call for the same buffer
+        // would be slower, because its load would have to wait for that store, too.
         const __m128i text = _mm_andnot_si128(lastBytes(kDigitBlock - count), characters);
         mergeCharacters(text, lastBytes(kDigitBlock - 1 - count), out);
     }
@@ -142,7 +143,7 @@ VOREL_NOINLINE T* writeLongInteger(std::uint64_t magnitude, bool negative, std::
     writeFewDigits(static_cast<unsigned int>(magnitude / kSixteenDigits), out + (negative ? 1 : 0));
     storeCharacters(sixteenDigits(magnitude % kSixteenDigits), out + length - kDigitBlock);
     if (negative) {
-        *out = '-';  // written last, because fifteen digits are stored with a leading zero at this position
+        *out = '-';  // written last: if the number has fifteen digits, the store above writes a leading zero here
     }
     out[length] = 0;
     return out;

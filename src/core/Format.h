@@ -1,8 +1,7 @@
 /// \file
-/// Rendering by the runtime's print functions. No other file of the library calls the print functions. A text that
-/// fills a buffer exactly has no terminator (the runtime's legacy null-termination behaviour). The compiler's
-/// replacements of the print functions are not used, so texts and counts are the same as the runtime's. In wide formats
-/// `%s` takes wide text, as it does by default in the runtime.
+/// Renders formats. PlainFormat.h renders plain formats. The runtime's print functions render all others; no other file
+/// of the library calls these functions. The compiler's replacements of the print functions are not used, so texts and
+/// counts are the same as the runtime's. In wide formats `%s` takes wide text, as it does by default in the runtime.
 #pragma once
 
 #include <algorithm>

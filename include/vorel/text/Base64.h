@@ -19,7 +19,7 @@ namespace vorel::util {
 ///     41 42 43 44  ->  QUJDRA==
 class Base64 {
 public:
-    /// The class has no data: all operations are static.
+    /// Objects of this class have no data, because all operations are static.
     VOREL_API Base64& operator=(const Base64&);
     Base64() noexcept = default;
     Base64(const Base64&) noexcept = default;
