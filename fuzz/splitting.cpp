@@ -1,5 +1,5 @@
-// Splits texts of both widths at a delimiter text, at delimiter characters outside quotes, and in place, and compares
-// the results with the reference.
+// Splits texts of both widths with three functions: at a delimiter text, at delimiter characters outside of quotes, and
+// at one delimiter that becomes a terminator. Compares the results with the expected ones.
 
 #include <cstdint>
 #include <string>
@@ -66,7 +66,7 @@ void splitQuoted(fuzz::Input& input) {
         found.emplace_back(trim ? trimmed(std::basic_string_view<T>(item)) : item);
     }
     fuzz::check(found == test::splitAtAnyOf(parts.text, parts.delimiter, trim), "the items are as expected");
-    fuzz::check(found.size() <= limit, "the count is an upper bound");
+    fuzz::check(found.size() <= limit, "there are at most maxItems() items");
 }
 
 template <class T>
