@@ -1,5 +1,6 @@
 /// \file
-/// `NamedCondition`: a named event that the processes of all users on the machine can signal and wait for.
+/// `NamedCondition`: a named event that processes can signal and wait for. If the name begins with "Global\", all users
+/// on the machine share the event.
 ///
 ///     vorel::NamedCondition done(L"Global\\TalvenorImportDone");
 ///     done.signal();                 // in one process
