@@ -18,7 +18,7 @@ namespace test {
 /// How a child is started.
 struct ChildOptions {
     std::wstring directory;       ///< the current directory of the child; if empty, the directory of the test
-    bool inheritHandles = false;  ///< whether the child inherits the inheritable handles of the test
+    bool inheritHandles = false;  ///< whether the child inherits the test's inheritable handles even without streams
     // The standard streams of the child; the handles must be inheritable. If all are null, the child uses the
     // streams of the test. If at least one is set, the child does not have the streams whose handles are null.
     HANDLE input = nullptr;
