@@ -13,8 +13,8 @@ namespace {
 using vorel::algorithms::magnitudeOf;
 using vorel::algorithms::writeBoundedInteger;
 
-/// Writes a number to a buffer of `size` units. The text is truncated if necessary. One terminator must follow the
-/// text, and another terminator must be at the end of the buffer. The other units must not change.
+/// Writes a number to a buffer of `size` units. The text is truncated if necessary. A terminator must follow the
+/// text, and the last unit of the buffer must also be zero. The other units must not change.
 template <class T>
 void write(std::uint64_t magnitude, bool negative, std::size_t size, const fuzz::Placement& target) {
     const std::string all = (negative ? "-" : "") + std::to_string(magnitude);

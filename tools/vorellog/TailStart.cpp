@@ -13,8 +13,9 @@ namespace vorellog {
 namespace {
 
 constexpr unsigned long long kFirstPartBytes = std::size_t{1} << 18;
-constexpr unsigned int kGrowth = 4;                  // factor by which the part grows until it has enough entries
-constexpr unsigned long long kMaxOpenTrails = 1000;  // with --fold, the number of additional entries (see TailStart.h)
+constexpr unsigned int kGrowth = 4;  // factor by which the part grows until it has enough entries
+// With --fold, the part has at least this number of entries before the last `tail` entries (see TailStart.h).
+constexpr unsigned long long kMaxOpenTrails = 1000;
 
 /// The position of the first line of `text` that begins with a header; npos if there is none. The text before the first
 /// line feed is skipped, because it may be the end of a line.
