@@ -176,7 +176,7 @@ TEST(FollowTest, FollowsALogCreatedAgainAfterDeletion) {
     expectNumbers(viewer.lines(), 1, 40);
 }
 
-TEST(FollowTest, LineOfAKilledWriterIsShownWithTheNextOne) {
+TEST(FollowTest, CutLineOfAKilledWriterIsShownWhenTheNextLineIsWritten) {
     const test::TemporaryLog log(-1);
     const test::NamedEvent held(test::NamedEvent::uniqueName(L"held"));
     const test::NamedEvent release(test::NamedEvent::uniqueName(L"release"));

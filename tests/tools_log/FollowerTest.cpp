@@ -124,7 +124,7 @@ TEST_F(FollowerTest, BackupIsReadBeforeTheLog) {
     EXPECT_EQ(readAll(), "");
 }
 
-TEST_F(FollowerTest, BackupIsReadWithoutALog) {
+TEST_F(FollowerTest, BackupIsReadIfTheLogIsMissing) {
     files.append("a\n");
     files.rotate();
     EXPECT_EQ(readAll(), "a\n");
@@ -142,7 +142,7 @@ TEST_F(FollowerTest, AppendedBytesAreReadOnce) {
     EXPECT_EQ(readAll(), "c\n");
 }
 
-TEST_F(FollowerTest, RestOfARotatedLogIsReadFirst) {
+TEST_F(FollowerTest, RestOfARotatedLogIsReadBeforeTheNewLog) {
     files.append("a\n");
     EXPECT_EQ(readAll(), "a\n");
     files.append("b\n");
@@ -156,7 +156,7 @@ TEST_F(FollowerTest, RestOfARotatedLogIsReadFirst) {
     EXPECT_EQ(readAll(), "|e\n");
 }
 
-TEST_F(FollowerTest, LateLinesInTheBackupAreRead) {
+TEST_F(FollowerTest, LinesWrittenToTheBackupAfterARotationAreRead) {
     files.append("a\n");
     EXPECT_EQ(readAll(), "a\n");
     files.rotate();
@@ -174,7 +174,7 @@ TEST_F(FollowerTest, LateLinesInTheBackupAreRead) {
     EXPECT_EQ(readAll(), "later\n|");
 }
 
-TEST_F(FollowerTest, LogIsDeletedAndCreatedAgain) {
+TEST_F(FollowerTest, DeletionIsReportedAsAGapAndTheNewLogIsRead) {
     files.append("a\n");
     EXPECT_EQ(readAll(), "a\n");
     files.log = nullptr;
@@ -211,7 +211,7 @@ TEST_F(FollowerTest, EmptiedLogIsReadFromItsStart) {
     EXPECT_EQ(readAll(), "|?b\n");
 }
 
-TEST_F(FollowerTest, TwoRotationsBetweenPollsAreAGap) {
+TEST_F(FollowerTest, TwoRotationsBetweenPollsAreReportedAsAGap) {
     files.append("a\n");
     EXPECT_EQ(readAll(), "a\n");
     files.append("lost\n");
@@ -253,7 +253,7 @@ TEST(FollowerStepsTest, RotationAtAnyStepNeitherLosesNorRepeatsLines) {
     }
 }
 
-TEST_F(FollowerTest, LongFilesAreReadInBlocks) {
+TEST_F(FollowerTest, FilesLongerThanABlockAreReadCompletely) {
     std::string bytes;
     for (int number = 0; bytes.size() < 3'500'000; ++number) {
         bytes += std::to_string(number) + '\n';
@@ -310,7 +310,7 @@ TEST_F(FollowerTest, BusyFileIsReadLater) {
     EXPECT_EQ(files.openFiles, 0u);
 }
 
-TEST_F(FollowerTest, LogThatKeepsBeingRotatedIsBusy) {
+TEST_F(FollowerTest, LogRotatedBeforeEachStepIsReportedAsBusy) {
     files.append("a\n");
     files.before = [&] {
         files.rotate();

@@ -87,7 +87,7 @@ TEST(HistogramTest, CountsAreIndependentOfRecordOrder) {
     }
 }
 
-TEST(HistogramTest, AllYearsFit) {
+TEST(HistogramTest, SpanOfAllYearsHasAtMostMaxSteps) {
     Histogram histogram;
     histogram.add(*vorellog::parseLogTime("Mon Jan 01 00:00:00 0001"));
     histogram.add(*vorellog::parseLogTime("Fri Dec 31 23:59:59 9999"));

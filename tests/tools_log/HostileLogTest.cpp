@@ -158,7 +158,7 @@ TEST(HostileLogTest, OutputIsSafeForTerminals) {
     }
 }
 
-TEST(HostileLogTest, OnlyHeadersAtLineStartAreReliable) {
+TEST(HostileLogTest, RecordsAreMarkedMidLineUnlessTheirHeaderStartsALine) {
     std::mt19937 random(kSeed);
     for (int count = 0; count != kLogs; ++count) {
         const std::string log = randomLog(random);

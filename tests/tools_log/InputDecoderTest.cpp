@@ -53,17 +53,17 @@ TEST(InputDecoderTest, Encodings) {
         {"a", "a|", "shorter than the bytes that show the encoding"},
         {"[Mon a\r\n", "[Mon a\r\n|", "plain"},
         {"\xEF\xBB\xBF[Mon", "[Mon|", "byte-order mark before UTF-8"},
-        {"\xEF\xBB\xBF", "|", "only a mark"},
-        {"a\xEF\xBB\xBF.", "a\xEF\xBB\xBF.|", "a mark within the text stays"},
+        {"\xEF\xBB\xBF", "|", "only a byte-order mark"},
+        {"a\xEF\xBB\xBF.", "a\xEF\xBB\xBF.|", "a byte-order mark within the text is kept"},
         {"\xFF\xFE[\0\xE9\0\x3D\xD8\x00\xDE\n\0"sv, "[\xC3\xA9\xF0\x9F\x98\x80\n|", "UTF-16, little endian"},
         {"\xFE\xFF\0[\0\xE9\xD8\x3D\xDE\x00\0\n"sv, "[\xC3\xA9\xF0\x9F\x98\x80\n|", "UTF-16, big endian"},
-        {"[\0M\0o\0"sv, "[Mo|", "UTF-16 without a mark"},
-        {"\0[\0M\0o"sv, "[Mo|", "UTF-16 without a mark, big endian"},
+        {"[\0M\0o\0"sv, "[Mo|", "UTF-16 without a byte-order mark, little endian"},
+        {"\0[\0M\0o"sv, "[Mo|", "UTF-16 without a byte-order mark, big endian"},
         {"[\0M\0o"sv, "[M\xEF\xBF\xBD|", "half a code unit at the end"},
         {"[\0\x3D\xD8"sv, "[\xEF\xBF\xBD|", "half a surrogate pair at the end"},
         {kGzip, "[Mon a\n|", "gzip"},
         {twice, "[Mon a\n[Mon a\n|", "two gzip members"},
-        {padded, "[Mon a\n[Mon a\n|", "padding after gzip"},
+        {padded, "[Mon a\n[Mon a\n|", "zero bytes after gzip data"},
     };
     for (const Case& c : cases) {
         for (const std::size_t size : {1U, 2U, 3U, 5U, 1000U}) {
@@ -72,7 +72,7 @@ TEST(InputDecoderTest, Encodings) {
     }
 }
 
-TEST(InputDecoderTest, DamagedCompressedData) {
+TEST(InputDecoderTest, TruncatedOrDamagedGzipDataIsAFailure) {
     Text sink;
     InputDecoder decoder(sink, L"a.log");
     decoder.bytes(kGzip.substr(0, kGzip.size() - 9));
@@ -90,7 +90,7 @@ TEST(InputDecoderTest, StoppingEarlyIsNoFailure) {
         const char* why;
     };
     const Case cases[] = {
-        {kGzip.substr(0, kGzip.size() - 9), "[Mon a\n|", "gzip without its end"},
+        {kGzip.substr(0, kGzip.size() - 9), "[Mon a\n|", "gzip data without its end"},
         {"[\0M\0o"sv, "[M|", "half a code unit"},
         {"ab", "|", "the encoding is not known yet"},
     };
@@ -106,7 +106,7 @@ TEST(InputDecoderTest, StoppingEarlyIsNoFailure) {
     }
 }
 
-TEST(InputDecoderTest, EachFileHasItsEncoding) {
+TEST(InputDecoderTest, EncodingIsDetectedAtTheStartOfEachFile) {
     Text sink;
     InputDecoder decoder(sink, L"a.log");
     decoder.bytes(kGzip);
@@ -119,7 +119,7 @@ TEST(InputDecoderTest, EachFileHasItsEncoding) {
     EXPECT_EQ(sink.text, "[Mon a\n|plain?|\xEF\xBB\xBFplain");
 }
 
-TEST(InputDecoderTest, LongCompressedData) {
+TEST(InputDecoderTest, LongGzipDataIsDecodedCompletely) {
     // Ten stored blocks of the maximum size.
     std::string stored("\x1F\x8B\x08\x00\x00\x00\x00\x00\x00\x03\x00\xFF\xFF\x00\x00", 15);
     stored += std::string(0xFFFF, 'a');

@@ -42,7 +42,7 @@ TEST(LineSplitterTest, LinesAreIndependentOfBlockBoundaries) {
     }
 }
 
-TEST(LineSplitterTest, CompleteFileHasNoIncompleteLine) {
+TEST(LineSplitterTest, EndOfFileAfterACompleteLineDeliversNothing) {
     Delivered delivered;
     delivered.splitter.add("one\r\n");
     delivered.splitter.endOfFile();
@@ -50,7 +50,7 @@ TEST(LineSplitterTest, CompleteFileHasNoIncompleteLine) {
     EXPECT_THAT(delivered.lines, ElementsAre("one"));
 }
 
-TEST(LineSplitterTest, NextFileBeginsWithANewLine) {
+TEST(LineSplitterTest, EndOfFileSeparatesTheLinesOfTwoFiles) {
     Delivered delivered;
     delivered.splitter.add("half");
     delivered.splitter.endOfFile();
@@ -92,7 +92,7 @@ TEST(LineSplitterTest, LongLinesAreDeliveredInPieces) {
             EXPECT_TRUE(endedWell);
             EXPECT_EQ(whole.substr(0, text.size()), text);
             if (c.size % kMax != 0) {  // otherwise the carriage return may be an additional piece
-                EXPECT_EQ(pieces, c.pieces) << c.size << " in blocks of " << block;
+                EXPECT_EQ(pieces, c.pieces) << c.size << " bytes in blocks of " << block;
             }
         }
     }

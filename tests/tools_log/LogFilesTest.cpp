@@ -43,7 +43,7 @@ protected:
     }
 };
 
-TEST_F(LogFilesTest, MissingFileIsNull) {
+TEST_F(LogFilesTest, OpenReturnsNullForAMissingFile) {
     EXPECT_FALSE(files.open(Which::Log));
     EXPECT_FALSE(files.open(Which::Backup));
     EXPECT_FALSE(DiskLogFiles(wide(log.folder().file("no_folder\\log.txt"))).open(Which::Log));
@@ -87,7 +87,7 @@ std::vector<int> numbersIn(const std::string& text) {
     return numbers;
 }
 
-TEST_F(LogFilesTest, OpenBackupOnlyPostponesRotation) {
+TEST_F(LogFilesTest, LinesStayConsecutiveWhileTheBackupIsOpen) {
     int last = 0;
     const auto writeLines = [&](int count) {
         for (; count != 0; --count) {
@@ -126,19 +126,19 @@ TEST_F(LogFilesTest, LockedLogIsBusyOrReadable) {
     }
 }
 
-TEST_F(LogFilesTest, UnsharedFileIsBusy) {
+TEST_F(LogFilesTest, FileOpenedWithoutSharingIsBusy) {
     Exception::warn("text");
     const test::Handle exclusive(CreateFileA(log.path().c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr));
     ASSERT_TRUE(exclusive);
     EXPECT_THROW(files.open(Which::Log), FileBusy);
 }
 
-TEST_F(LogFilesTest, FolderIsAFailure) {
+TEST_F(LogFilesTest, OpeningAFolderIsAPermanentFailure) {
     try {
         DiskLogFiles(wide(log.folder().path())).open(Which::Log);
-        ADD_FAILURE() << "opened a folder";
+        ADD_FAILURE() << "a folder was opened as a log";
     } catch (const FileBusy&) {
-        ADD_FAILURE() << "a folder is a permanent failure";
+        ADD_FAILURE() << "a folder was reported as a busy file";
     } catch (const tools::Failure& failure) {
         EXPECT_NE(failure.text().find(wide(log.folder().path())), std::wstring::npos);
     }

@@ -111,7 +111,7 @@ TEST(LogLineTest, Bodies) {
     }
 }
 
-TEST(LogLineTest, NextHeaderIsAfterTheFirstCharacter) {
+TEST(LogLineTest, FindNextHeader_IgnoresAHeaderAtTheStart) {
     const std::string header = "[Mon Nov 16 01:43:08 2026] host7.4312.9876: ";
     EXPECT_EQ(findNextHeader(header + "text"), std::string_view::npos);
     EXPECT_EQ(findNextHeader("half a l" + header + "text"), 8u);
@@ -122,7 +122,7 @@ TEST(LogLineTest, NextHeaderIsAfterTheFirstCharacter) {
     EXPECT_EQ(findNextHeader(""), std::string_view::npos);
 }
 
-TEST(LogLineTest, LinesOfTheLibraryMatchAnIndependentParser) {
+TEST(LogLineTest, LinesOfTheLibraryAreParsedAsByAnIndependentParser) {
     const test::TemporaryLog log;
     vorel::Exception::warn("low on paper");
     vorel::Exception::log(log.path().c_str(), -1, "custom prefix", "text: %d", 7);

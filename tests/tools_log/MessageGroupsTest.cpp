@@ -43,7 +43,7 @@ TEST(MessageGroupsTest, SortsByCountThenRecency) {
     EXPECT_EQ(often.example, "often 01:00:01");
 }
 
-TEST(MessageGroupsTest, CountsProcesses) {
+TEST(MessageGroupsTest, EachProcessOfAGroupIsCountedOnce) {
     MessageGroups groups;
     for (const vorellog::ProcessNumber process : {7U, 7U, 64U, 7U, 65U}) {
         groups.add(recordOf(header() + "WARN: a"), process);
@@ -61,7 +61,7 @@ TEST(MessageGroupsTest, TextsAreShortened) {
     EXPECT_EQ(group.message.substr(0, 3), "mmm");
 }
 
-TEST(MessageGroupsTest, GroupsAboveTheLimitAreCounted) {
+TEST(MessageGroupsTest, RecordsBeyondTheGroupLimitAreCountedAsUngrouped) {
     MessageGroups groups;
     const auto add = [&](std::size_t number) {
         std::string name;  // letters only, because digits are replaced in the message of a group
@@ -97,7 +97,7 @@ TEST(MessageGroupsTest, TrailsAreComparedUpToTheLimit) {
     EXPECT_EQ(groups.size(), 3u);
 }
 
-TEST(ProcessSetTest, ProcessesBeyondALimitCountOnce) {
+TEST(ProcessSetTest, ProcessesBeyondTheLimitAreCountedAsOneProcess) {
     ProcessSet set;
     set.add(3, true);
     set.add(ProcessTable::kOthers, true);
@@ -110,7 +110,7 @@ TEST(ProcessSetTest, ProcessesBeyondALimitCountOnce) {
     EXPECT_EQ(set.sizeBytes(), 8u);
 }
 
-TEST(ProcessTableTest, NumbersHostAndId) {
+TEST(ProcessTableTest, ProcessesAreNumberedByHostAndId) {
     ProcessTable table;
     const auto numberOf = [&](const std::string& line) {
         const vorellog::Record record = recordOf(line);

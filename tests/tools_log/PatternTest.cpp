@@ -21,7 +21,7 @@ TEST(PatternTest, Matches) {
         {"", "a", true, "empty expression"},
         {"order \\d+", "order 7", true, "digits"},
         {"order \\d+", "order x", false, "no digits"},
-        {"order \\d+", "Order 7", false, "another case"},
+        {"order \\d+", "Order 7", false, "letters in another case"},
         {"^two$", "one\ntwo\nthree", true, "a whole line"},
         {"^one.two$", "one\ntwo", false, "a period does not match a line feed"},
         {"a|b", "xb", true, "alternatives"},

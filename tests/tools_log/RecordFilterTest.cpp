@@ -32,7 +32,7 @@ TEST(RecordFilterTest, Choices) {
         {"host in another case", {.processes = {{4312, "HOST7"}}}, true},
         {"another host", {.processes = {{4312, "host8"}}}, false},
         {"start of the host", {.processes = {{4312, "host"}}}, false},
-        {"no host", {.processes = {{4312, ""}}}, false},
+        {"empty host", {.processes = {{4312, ""}}}, false},
         {"another process of the host", {.processes = {{431, "host7"}}}, false},
         {"another process", {.processes = {{431}}}, false},
         {"one of two processes", {.processes = {{1}, {4312}}}, true},
@@ -55,10 +55,10 @@ TEST(RecordFilterTest, Choices) {
         {"one of two texts", {.texts = {"order 8", "late"}}, true},
         {"empty text", {.texts = {""}}, true},
         {"empty text, case ignored", {.texts = {""}, .ignoreCase = true}, true},
-        {"from its time", {.from = kTime}, true},
-        {"from a millisecond later", {.from = kTime + 1}, false},
-        {"to its time", {.to = kTime}, false},
-        {"to a millisecond later", {.to = kTime + 1}, true},
+        {"from the time of the record", {.from = kTime}, true},
+        {"from a millisecond after the record", {.from = kTime + 1}, false},
+        {"to the time of the record", {.to = kTime}, false},
+        {"to a millisecond after the record", {.to = kTime + 1}, true},
         {"between two times", {.from = kTime - 5, .to = kTime + 5}, true},
         {"damaged only", {.damagedOnly = true}, false},
     };
@@ -91,7 +91,7 @@ TEST(RecordFilterTest, EmptyPrefixMatchesMessagesWithoutPrefix) {
     EXPECT_TRUE(RecordFilter({.prefixes = {""}}).matches(recordOf(header() + "text")));
 }
 
-TEST(RecordFilterTest, TruncatedMessagesMatchTheirPrefix) {
+TEST(RecordFilterTest, PrefixMatchesMessagesMarkedAsTruncated) {
     EXPECT_TRUE(
         RecordFilter({.prefixes = {"vorel error"}}).matches(recordOf(header() + "Vorel Error Truncated: text")));
 }
@@ -102,7 +102,7 @@ TEST(RecordFilterTest, TextIsSearchedInAllLines) {
     EXPECT_TRUE(RecordFilter({.texts = {"two"}}).matches(records.front()));
 }
 
-TEST(RecordFilterTest, RecordsWithoutHeaderMatchOnlyByText) {
+TEST(RecordFilterTest, RecordsWithoutHeaderMatchUnlessAChoiceNeedsAHeader) {
     const auto record = recordOf("WARN: garbage");
     for (const FilterChoices& choices :
          {FilterChoices{.processes = {{0}}}, FilterChoices{.threads = {0}}, FilterChoices{.prefixes = {"WARN"}},

@@ -52,14 +52,16 @@ TEST_F(RecordReaderTest, LinesBecomeRecords) {
         {"two further headers in one line",
          {h + "a" + g + "b" + h + "c"},
          {".cut|" + h + "a", ".mid-line|" + g + "b", ".mid-line|" + h + "c"}},
-        {"further line, cut", {h + "a", "b" + g + "c"}, {".|" + h + "a", "cut|b", ".mid-line|" + g + "c"}},
+        {"further line that the next header cuts",
+         {h + "a", "b" + g + "c"},
+         {".|" + h + "a", "cut|b", ".mid-line|" + g + "c"}},
         {"cut record and its successor, both with further lines",
          {h + "a", "b" + g + "c", "d"},
          {".|" + h + "a", "cut|b", ".mid-line|" + g + "c\nd"}},
         {"invalid UTF-8", {h + "caf\xE9", "x", g + "b"}, {".bad UTF-8|" + h + "caf\xE9\nx", ".|" + g + "b"}},
         {"invalid UTF-8 and cut", {h + "\xC3" + g + "b"}, {".cut|" + h + "\xC3", ".mid-line|" + g + "b"}},
         {"mid-line and invalid UTF-8", {h + "a" + g + "\xC3"}, {".cut|" + h + "a", ".mid-line|" + g + "\xC3"}},
-        {"intact record after mid-line",
+        {"intact record after a mid-line record",
          {h + "a" + g + "b", h + "c"},
          {".cut|" + h + "a", ".mid-line|" + g + "b", ".|" + h + "c"}},
         {"valid UTF-8", {h + "caf\xC3\xA9"}, {".|" + h + "caf\xC3\xA9"}},
@@ -71,19 +73,19 @@ TEST_F(RecordReaderTest, LinesBecomeRecords) {
     }
 }
 
-TEST_F(RecordReaderTest, IncompleteLineIsCut) {
+TEST_F(RecordReaderTest, LineWithoutALineFeedIsMarkedAsCut) {
     reader.add({header() + "a", LineEnd::Feed});
     reader.add({header() + "b", LineEnd::File});
     reader.add({"[Mon", LineEnd::File});
     EXPECT_THAT(shown(records), ElementsAre(".|" + header() + "a", ".cut|" + header() + "b", "cut|[Mon"));
 }
 
-TEST_F(RecordReaderTest, IncompleteMidLineRecordStaysMidLine) {
+TEST_F(RecordReaderTest, MidLineRecordWithoutALineFeedIsMarkedAsMidLine) {
     reader.add({header() + "a" + header(1) + "b", LineEnd::File});
     EXPECT_THAT(shown(records), ElementsAre(".cut|" + header() + "a", ".mid-line|" + header(1) + "b"));
 }
 
-TEST_F(RecordReaderTest, IncompleteFurtherLineCutsItsRecord) {
+TEST_F(RecordReaderTest, FurtherLineWithoutALineFeedMarksItsRecordAsCut) {
     reader.add({header() + "a", LineEnd::Feed});
     reader.add({"b", LineEnd::File});
     EXPECT_THAT(shown(records), ElementsAre(".cut|" + header() + "a\nb"));

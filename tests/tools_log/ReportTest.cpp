@@ -45,7 +45,7 @@ TEST(ReportTest, DataOfASmallLog) {
         R"({"text":"main: Vorel exception caught"}]}]}]})");
 }
 
-TEST(ReportTest, EmptyLog) {
+TEST(ReportTest, LogWithoutRecords) {
     EXPECT_THAT(Report().data("a.log"), EndsWith(R"("stepSeconds":1,"stepCount":0})"));
     Report damaged;
     damaged.add(recordOf("garbage"));
@@ -78,7 +78,7 @@ TEST(ReportTest, PageIsCompleteAndLoadsNothing) {
     }
 }
 
-TEST(ReportTest, KeepsTheNewestExamples) {
+TEST(ReportTest, GroupListsOnlyItsNewestExamples) {
     Report report;
     for (unsigned long thread = 1; thread <= Report::kMaxExamples + 3; ++thread) {
         report.add(recordOf(header(thread) + "WARN: a"));

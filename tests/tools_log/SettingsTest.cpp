@@ -57,7 +57,7 @@ TEST(SettingsTest, AllOptions) {
     EXPECT_EQ(folded.top, 3u);
 }
 
-TEST(SettingsTest, ProcessesOfAnyHostOrOfOne) {
+TEST(SettingsTest, ProcessOptionMayNameAHost) {
     struct Case {
         const wchar_t* value;
         unsigned long id;
@@ -76,7 +76,7 @@ TEST(SettingsTest, ProcessesOfAnyHostOrOfOne) {
     }
 }
 
-TEST(SettingsTest, ErrorStandsForThePrefixOfExceptions) {
+TEST(SettingsTest, PrefixErrorSelectsThePrefixOfExceptions) {
     for (const wchar_t* const value : {L"error", L"Error", L"ERROR", L"eRRor: "}) {
         EXPECT_THAT(settings({L"-P", value}).filter.prefixes, ElementsAre("Vorel Error"));
     }
@@ -84,12 +84,12 @@ TEST(SettingsTest, ErrorStandsForThePrefixOfExceptions) {
                 ElementsAre("errors", "vorel error"));
 }
 
-TEST(SettingsTest, FromAndToMayBeTheSame) {
+TEST(SettingsTest, FromAndToWithTheSameMinuteSelectThatMinute) {
     const Settings s = settings({L"--from", L"2026-11-16 01:43", L"--to", L"2026-11-16 01:43"});
     EXPECT_EQ(*s.filter.to - *s.filter.from, vorellog::kMinute);
 }
 
-TEST(SettingsTest, SuggestsOptionsForNamesOfOtherPrograms) {
+TEST(SettingsTest, SuggestsOptionsForOptionNamesOfOtherPrograms) {
     struct Case {
         const wchar_t* typed;
         const wchar_t* option;
@@ -152,7 +152,7 @@ TEST(SettingsTest, InvalidCommandLines) {
     }
 }
 
-TEST(SettingsTest, OptionsOfEntries) {
+TEST(SettingsTest, OptionsThatSelectAndShowEntries) {
     const Settings s = settings({L"-v", L"-E", L"a+", L"-E", L"b", L"-C", L"3", L"one.log", L"-", L"two.log"});
     EXPECT_TRUE(s.filter.invert);
     EXPECT_EQ(s.filter.patterns.size(), 2u);

@@ -114,7 +114,7 @@ TEST(SummaryTest, ExceptionsAreGroupedByTheirTrails) {
     EXPECT_THAT(summary.json(), HasSubstr(R"("groups":3,)"));
 }
 
-TEST(SummaryTest, EmptyLogHasNoTable) {
+TEST(SummaryTest, LogWithoutRecordsHasNoTable) {
     EXPECT_EQ(Summary().text(), "0 records\n");
     EXPECT_EQ(summaryOf({"garbage"}).text(), "0 records, 1 entry without a header; 1 of 1 damaged: 1 no header\n");
 }
@@ -158,7 +158,7 @@ TEST(SummaryTest, RowsAboveTheLimitAreCountedAsOthers) {
         HasSubstr("\n(10 of 20000 rows; --top shows more)\n(others: processes and prefixes beyond 20000 rows)\n"));
 }
 
-TEST(SummaryTest, BusyProcessesAreFoundLate) {
+TEST(SummaryTest, ProcessThatAppearsLateIsListedFirstIfItHasMostRecords) {
     Summary summary;
     for (unsigned long process = 1; process <= 3000; ++process) {
         for (const char* const prefix : {"WARN: a", "DEBUG: a", "Vorel Error: a"}) {
@@ -172,7 +172,7 @@ TEST(SummaryTest, BusyProcessesAreFoundLate) {
     EXPECT_THAT(summary.text(), Not(HasSubstr("others")));
 }
 
-TEST(SummaryTest, EntriesOfFoldedLogs) {
+TEST(SummaryTest, FoldedTrailIsCountedAsOneEntry) {
     Summary summary;
     vorellog::TrailAssembler assembler([&](const vorellog::Trail& trail) {
         trail.isException ? summary.add(trail) : summary.add(trail.records.front());
@@ -188,7 +188,7 @@ TEST(SummaryTest, EntriesOfFoldedLogs) {
     EXPECT_THAT(summary.json(), ::testing::StartsWith(R"({"type":"summary","entries":3,"records":3,"processes":2,)"));
 }
 
-TEST(SummaryTest, TimesHaveTheMillisecondsOfTheirLines) {
+TEST(SummaryTest, FirstAndLastTimesHaveMillisecondsIfTheirLinesHaveThem) {
     const auto at = [](const std::string& clock) {
         return "[Mon Nov 16 " + clock.substr(0, 8) + " 2026]" + clock.substr(8) + " host7.1.1: WARN: a";
     };
@@ -199,11 +199,14 @@ TEST(SummaryTest, TimesHaveTheMillisecondsOfTheirLines) {
         std::string last;
     };
     const Case cases[] = {
-        {"none", {"01:00:00", "01:00:02"}, "01:00:00", "01:00:02"},
-        {"both", {"01:00:00.045", "01:00:02.000"}, "01:00:00.045", "01:00:02.000"},
-        {"only the first", {"01:00:00.000", "01:00:02"}, "01:00:00.000", "01:00:02"},
-        {"only the last", {"01:00:00", "01:00:02.120"}, "01:00:00", "01:00:02.120"},
-        {"not in order", {"01:00:02", "01:00:03.120", "01:00:00.045"}, "01:00:00.045", "01:00:03.120"},
+        {"no line has milliseconds", {"01:00:00", "01:00:02"}, "01:00:00", "01:00:02"},
+        {"both lines have milliseconds", {"01:00:00.045", "01:00:02.000"}, "01:00:00.045", "01:00:02.000"},
+        {"only the first line has milliseconds", {"01:00:00.000", "01:00:02"}, "01:00:00.000", "01:00:02"},
+        {"only the last line has milliseconds", {"01:00:00", "01:00:02.120"}, "01:00:00", "01:00:02.120"},
+        {"lines that are not in the order of their times",
+         {"01:00:02", "01:00:03.120", "01:00:00.045"},
+         "01:00:00.045",
+         "01:00:03.120"},
     };
     for (const Case& c : cases) {
         std::vector<std::string> lines;
@@ -217,7 +220,7 @@ TEST(SummaryTest, TimesHaveTheMillisecondsOfTheirLines) {
     }
 }
 
-TEST(SummaryTest, ARecordHasATimeNotAPeriod) {
+TEST(SummaryTest, OneRecordIsShownWithATimeInsteadOfAPeriod) {
     EXPECT_THAT(summaryOf({header() + "WARN: a"}).text(),
                 ::testing::StartsWith("1 record of 1 process at 2026-11-16 01:43:08\n"));
 }

@@ -64,7 +64,7 @@ TEST(TailStartTest, ReadsOnlyTheEnd) {
     EXPECT_LT(files.read, files.bytes.size() / 10);
 }
 
-TEST(TailStartTest, GrowsUntilThePartHasEnoughMatches) {
+TEST(TailStartTest, PartGrowsUntilItContainsEnoughMatches) {
     Files files;
     files.bytes = linesOf(3, "WARN: hit") + linesOf(10000, "WARN: a");
     const std::size_t early = files.bytes.size();
@@ -80,7 +80,7 @@ TEST(TailStartTest, GrowsUntilThePartHasEnoughMatches) {
 
 // With --fold, the part must contain 1,000 additional entries. Trails that begin before the part are incomplete, and
 // the additional entries keep these trails out of the shown entries.
-TEST(TailStartTest, FoldedTrailsMayBeginBefore) {
+TEST(TailStartTest, Fold_RequiresAdditionalEntriesInThePart) {
     Files files;
     files.bytes = linesOf(20000, "Vorel Error: f: Vorel exception caught");
     const auto plain = findTailStart(files, {.tail = 3500});

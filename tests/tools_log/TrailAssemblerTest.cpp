@@ -50,7 +50,7 @@ TEST(TrailAssemblerTest, StepsOfATrail) {
     EXPECT_EQ(stepOf(recordOf("Vorel Error: text")), TrailStep::None);
 }
 
-TEST(TrailAssemblerTest, FormIgnoresDigits) {
+TEST(TrailAssemblerTest, FormIgnoresTheValuesOfNumbers) {
     using vorellog::haveSameForm;
     EXPECT_TRUE(haveSameForm("", ""));
     EXPECT_TRUE(haveSameForm("row 7 of t", "row 1234 of t"));
@@ -102,7 +102,7 @@ TEST(TrailAssemblerTest, TrailsOfOneThread) {
         {"failure, rethrown, caught", {"a", passed, caught}, {"a > " + passed + " > " + caught + " caught"}},
         {"caught at once", {"a", caught}, {"a > " + caught + " caught"}},
         {"two trails", {"a", caught, "a", caught}, {"a > " + caught + " caught", "a > " + caught + " caught"}},
-        {"message added later",
+        {"message added after the exception was rethrown",
          {"a", passed, "b", passedG, caught},
          {"a > " + passed + " > b > " + passedG + " > " + caught + " caught"}},
         {"two exceptions caught without a record, then one with a message of the same form",
@@ -117,13 +117,13 @@ TEST(TrailAssemblerTest, TrailsOfOneThread) {
         {"severe error converted to an exception",
          {"a", passed, "f: Severe error thrown", caught},
          {"a > " + passed + " open", "f: Severe error thrown > " + caught + " caught"}},
-        {"failed check",
+        {"failed TestAndThrow test",
          {"a", "f: TestAndThrow test failed", caught},
          {"a open", "f: TestAndThrow test failed > " + caught + " caught"}},
         {"caught severe error is a separate entry",
          {"a", "f: Severe error caught", passed},
          {"a > " + passed + " open", "f: Severe error caught caught"}},
-        {"exception suppressed by a destructor during the trail of another",
+        {"exception suppressed by a destructor during the trail of another exception",
          {"a", passed, "b", suppressed, passedG, caught},
          {"a > " + passed + " > b > " + suppressed + " > " + passedG + " > " + caught + " caught"}},
         {"suppressed by a destructor", {"a", suppressed}, {"a > " + suppressed + " suppressed"}},
@@ -138,7 +138,7 @@ TEST(TrailAssemblerTest, TrailsOfOneThread) {
     }
 }
 
-TEST(TrailAssemblerTest, WritersDoNotMix) {
+TEST(TrailAssemblerTest, WritersHaveSeparateTrails) {
     const std::vector<std::string> lines = {
         header(1, 1) + "Vorel Error: a",
         header(2, 1) + "Vorel Error: b",
@@ -155,7 +155,7 @@ TEST(TrailAssemblerTest, WritersDoNotMix) {
                             "c > f: Vorel exception caught caught", "d > f: Vorel exception caught caught", "w"));
 }
 
-TEST(TrailAssemblerTest, SplitTrailIsOrderedByItsFirstRecord) {
+TEST(TrailAssemblerTest, PartsOfASplitTrailAreOrderedByTheirFirstRecords) {
     const std::vector<std::string> lines = {
         header(1) + "Vorel Error: a", header(1) + "Vorel Error: f: Vorel exception rethrown",
         header(2) + "WARN: before",   header(1) + "Vorel Error: b",
@@ -164,7 +164,7 @@ TEST(TrailAssemblerTest, SplitTrailIsOrderedByItsFirstRecord) {
                                          "b > f: Vorel exception rethrown open", "after"));
 }
 
-TEST(TrailAssemblerTest, DeliveredTrailsDoNotAffectLaterOnes) {
+TEST(TrailAssemblerTest, DeliveredTrailsDoNotAffectLaterTrails) {
     std::vector<std::string> lines;
     for (const char* const message : {"x", "g: Vorel exception rethrown", "main: Vorel exception caught", "y",
                                       "g: Vorel exception rethrown", "main: Vorel exception caught"}) {
@@ -181,13 +181,13 @@ TEST(TrailAssemblerTest, DeliveredTrailsDoNotAffectLaterOnes) {
                                          "b > f: Vorel exception rethrown open", "after"));
 }
 
-TEST(TrailAssemblerTest, SystemTextsBelongToTheFailure) {
+TEST(TrailAssemblerTest, SystemTextsBelongToTheTrailOfTheirFailure) {
     EXPECT_THAT(fold({header() + "Vorel Error: a", header() + "AddHRESULTErrorToStack: HRESULT: 80070005 - No.",
                       header() + "AddHRESULTErrorToStack: ", header() + "Vorel Error: f: Vorel exception caught"}),
                 ElementsAre("a > HRESULT: 80070005 - No. >  > f: Vorel exception caught caught"));
 }
 
-TEST(TrailAssemblerTest, TrailEndsAfterTheGap) {
+TEST(TrailAssemblerTest, RecordAfterTheGapStartsANewTrail) {
     // A record on 2026-11-16 at `clock`, which may have milliseconds after a period.
     const auto at = [](const std::string& clock, const std::string& body) {
         return "[Mon Nov 16 " + clock.substr(0, 8) + " 2026]" + clock.substr(8) + " host7.1.1: " + body;
@@ -263,7 +263,7 @@ TEST(TrailAssemblerTest, MidLineRecordsDoNotAffectTrails) {
     }
 }
 
-TEST(TrailAssemblerTest, OpenTrailDelaysOthersUntilTheGap) {
+TEST(TrailAssemblerTest, OpenTrailDelaysRecordsOfOtherWritersUntilTheGap) {
     std::vector<std::string> shown;
     TrailAssembler assembler(
         [&](const Trail& trail) { shown.emplace_back(trail.records.front().parsedBody().message); });

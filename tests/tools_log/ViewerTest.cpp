@@ -44,7 +44,7 @@ TEST(ViewerTest, RecordIsShownWhenNoLineFollows) {
     EXPECT_EQ(viewing.take(), "");
 }
 
-TEST(ViewerTest, NextRecordCompletesThePreviousOne) {
+TEST(ViewerTest, RecordIsShownWhenTheNextRecordBegins) {
     Viewing viewing;
     viewing.viewer.bytes(header() + "WARN: a\r\n" + header() + "WARN: b\r\n" + header());
     viewing.viewer.showPending(0);
@@ -121,7 +121,7 @@ TEST(ViewerTest, ContextIsShownAroundMatches) {
     EXPECT_EQ(viewing.viewer.entries(), 3u);
 }
 
-TEST(ViewerTest, ContextOfTheLastEntryOfMaxCount) {
+TEST(ViewerTest, ContextAfterTheLastEntryOfMaxCountIsShown) {
     Settings settings{.maxEntries = 1, .context = 2};
     settings.filter.texts = {"hit"};
     Viewing viewing(settings);
@@ -133,7 +133,7 @@ TEST(ViewerTest, ContextOfTheLastEntryOfMaxCount) {
     EXPECT_EQ(viewing.take(), header() + "hit 1\n" + header() + "a\n" + header() + "b\n");
 }
 
-TEST(ViewerTest, ContextOfTrails) {
+TEST(ViewerTest, ContextConsistsOfWholeTrails) {
     Settings settings{.fold = true, .context = 1};
     settings.filter.texts = {"hit"};
     Viewing viewing(settings);
@@ -165,7 +165,7 @@ TEST(ViewerTest, TailShowsTheLastEntries) {
     EXPECT_EQ(viewing.take(), header() + "b\n    | further\n" + header() + "c\n");
 }
 
-TEST(ViewerTest, TailOfAFollowedLogShowsLaterEntries) {
+TEST(ViewerTest, FollowedTailShowsTheLastEntryAndAllLaterEntries) {
     Viewing viewing({.follow = true, .tail = 1});
     viewing.viewer.bytes(header() + "a\n" + header() + "b\n");
     viewing.viewer.showPending(0);
@@ -178,7 +178,7 @@ TEST(ViewerTest, TailOfAFollowedLogShowsLaterEntries) {
     EXPECT_EQ(viewing.take(), header() + "c\n" + header() + "d\n" + header() + "e\n");
 }
 
-TEST(ViewerTest, FollowedSummaryIsDrawnOnAConsole) {
+TEST(ViewerTest, FollowedSummaryIsRedrawnOnAConsole) {
     std::string written;
     Viewer viewer(
         {.follow = true, .summary = true}, false, [&](std::string_view text) { written += text; }, 3);
@@ -219,7 +219,7 @@ TEST(ViewerTest, SummaryCountsMatchingRecords) {
     EXPECT_TRUE(viewing.viewer.hasFound());
 }
 
-TEST(ViewerTest, NothingFoundNamesTheTimesOfTheLog) {
+TEST(ViewerTest, NothingFoundText_NamesTheTimesOfTheLog) {
     const std::string lines = "garbage\n" + header(1, 1, "01:00:00") + "a\n" + header(1, 1, "02:00:00") + "b\n";
     struct Case {
         const char* why;
@@ -247,7 +247,7 @@ TEST(ViewerTest, NothingFoundNamesTheTimesOfTheLog) {
     }
 }
 
-TEST(ViewerTest, NoMatchingRecord) {
+TEST(ViewerTest, RecordsThatDoNotMatchAreNotShown) {
     Settings settings;
     settings.filter.texts = {"else"};
     Viewing viewing(settings);

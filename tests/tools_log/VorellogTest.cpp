@@ -181,7 +181,7 @@ TEST_F(VorellogTest, DoesNotChangeTheLog) {
     EXPECT_FALSE(test::readFileBytes(log.backupPath()));
 }
 
-TEST_F(VorellogTest, LogsAfterTheLastWantedEntryAreNotRead) {
+TEST_F(VorellogTest, MaxCountAppliesToAllLogsTogether) {
     write(log.path(), header(1) + "WARN: one\r\n" + header(2) + "WARN: two\r\n");
     const std::wstring second = log.folder().widePath() + L"\\second.log";
     write(std::string(second.begin(), second.end()), header(3) + "WARN: three\r\n");
@@ -243,14 +243,14 @@ TEST_F(VorellogTest, ReadsUtf16AsPowerShellWritesIt) {
     EXPECT_EQ(view({L"--tail", L"1"}).output, header() + "WARN: a\n");
 }
 
-TEST_F(VorellogTest, CompressedLogThatEndsEarly) {
+TEST_F(VorellogTest, CompressedLogThatEndsEarlyIsAFailure) {
     write(log.path(), std::string("\x1F\x8B\x08\x00\x00\x00\x00\x00\x00\x03\x4B", 11));
     const Captured shown = view({});
     EXPECT_EQ(shown.exitCode, 3u);
     EXPECT_THAT(shown.error, HasSubstr("the compressed data ends early"));
 }
 
-TEST_F(VorellogTest, RestOfACompressedLogIsNotNeeded) {
+TEST_F(VorellogTest, RestOfACompressedLogIsNotReadAfterMaxCount) {
     const std::string lines = header(1) + "WARN: one\r\n" + header(2) + "WARN: two\r\n";
     // The header of this stored block says that another block follows, but there is none.
     std::string bytes("\x1F\x8B\x08\x00\x00\x00\x00\x00\x00\x03\x00", 11);
@@ -305,7 +305,7 @@ TEST_F(VorellogTest, WritesAReport) {
     EXPECT_EQ(view({L"--report", log.folder().widePath()}).exitCode, 3u);
 }
 
-TEST_F(VorellogTest, SuggestsAnOption) {
+TEST_F(VorellogTest, SuggestsTheOptionForAMisspelledName) {
     EXPECT_THAT(view({L"--sumary"}).error, HasSubstr("unknown option --sumary; did you mean --summary?"));
 }
 
@@ -321,7 +321,7 @@ TEST_F(VorellogTest, HelpListsOptionsAndExitCodes) {
     }
 }
 
-TEST_F(VorellogTest, UsualQuestionsShowTheHelp) {
+TEST_F(VorellogTest, CommonRequestsForHelpShowTheHelp) {
     const std::string help = test::capture(L"vorellog", {L"--help"}).output;
     for (const wchar_t* const question : {L"/?", L"-?", L"help"}) {
         const Captured shown = test::capture(L"vorellog", {question});
@@ -352,7 +352,7 @@ TEST_F(VorellogTest, PathsThatAreNotLogs) {
               header() + "WARN: text\n");
 }
 
-TEST_F(VorellogTest, NothingFoundIsNotReportedIntoAPipe) {
+TEST_F(VorellogTest, NothingFoundIsNotReportedIfTheOutputIsAPipe) {
     write(log.path(), header() + "WARN: text\r\n");
     EXPECT_EQ(view({L"-e", L"other"}).error, "");
 }
@@ -375,7 +375,7 @@ TEST_F(VorellogTest, Version) {
     EXPECT_EQ(version.error, "");
 }
 
-TEST_F(VorellogTest, ColoursFollowOptionAndEnvironment) {
+TEST_F(VorellogTest, ColoursDependOnOptionAndEnvironment) {
     write(log.path(), header() + "WARN: text\r\n");
     EXPECT_THAT(view({}).output, Not(HasSubstr("\x1B")));  // into a pipe
     EXPECT_THAT(view({L"--color=always"}).output, HasSubstr("\x1B[33mWARN: \x1B[0mtext"));
