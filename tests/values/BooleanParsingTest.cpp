@@ -117,7 +117,7 @@ TYPED_TEST(BooleanParsing, StringToBoolean_StopsAtADecimalPoint) {
                            {" 1.0", true, 2}});
 }
 
-TYPED_TEST(BooleanParsing, StringToBoolean_RejectsOtherNumbers) {
+TYPED_TEST(BooleanParsing, StringToBoolean_RejectsFractionsAndMalformedIntegers) {
     expectRows<TypeParam>({{"2.5", false, 0},
                            {".0", false, 0},
                            {"12x", false, 0},
@@ -145,7 +145,7 @@ TEST(BooleanParsingWidths, NoBreakSpaceIsWhiteSpaceOnlyInWideText) {
     EXPECT_FALSE(util::canCoerceToBoolean("\xA0yes"));
 }
 
-TEST(BooleanParsingWidths, WideUnitsAreNotTruncatedOrFolded) {
+TEST(BooleanParsingWidths, WideUnitsAreNotTruncatedOrCaseFolded) {
     for (const wchar_t* const text : {L"\u0131", L"\u0154", L"\uFF11", L"\uFF34", L"\u0661", L"\u0174RUE", L"ye\u017F",
                                       L"fal\u017Fe", L"\uFF54\uFF52\uFF55\uFF45", L"\u01311"}) {
         EXPECT_EQ((test::scanUnits<wchar_t, bool>(text, util::stringToBoolean)), (Scanned<bool>{false, 0})) << text;
@@ -160,7 +160,7 @@ TYPED_TEST(BooleanParsing, CanCoerceToBoolean_AcceptsTenWordsInAnyCase) {
     }
 }
 
-TYPED_TEST(BooleanParsing, CanCoerceToBoolean_RejectsOtherTextOfStringToBoolean) {
+TYPED_TEST(BooleanParsing, CanCoerceToBoolean_RejectsOnOffAndOtherIntegers) {
     for (const char* const word : {"on", "off", "ON", "Off", "2", "9", "10", "00", "1.0", "-1", "+1", "0.0"}) {
         EXPECT_FALSE(util::canCoerceToBoolean(test::text<TypeParam>(word).c_str())) << word;
     }
@@ -173,7 +173,7 @@ TYPED_TEST(BooleanParsing, CanCoerceToBoolean_RejectsTextAfterAWord) {
     }
 }
 
-TYPED_TEST(BooleanParsing, NullIsFalseWithANullEnd) {
+TYPED_TEST(BooleanParsing, NullTextIsFalseAndSetsTheEndToNull) {
     const TypeParam* const null = nullptr;
     TypeParam character = 0;
     TypeParam* end = &character;
@@ -183,7 +183,7 @@ TYPED_TEST(BooleanParsing, NullIsFalseWithANullEnd) {
     EXPECT_FALSE(util::canCoerceToBoolean(null));
 }
 
-TEST(BooleanParsingWidths, SpellingsOfTheLibrary) {
+TEST(BooleanParsingWidths, ConstantsContainTrueAndFalse) {
     EXPECT_STREQ(util::TAL_True, L"true");
     EXPECT_STREQ(util::TAL_False, L"false");
 }

@@ -73,7 +73,7 @@ TYPED_TEST(Comparing, StrcmpAdvanced_FollowsItsFlags) {
     }
 }
 
-TYPED_TEST(Comparing, StrcmpAdvanced_ReturnsTheDifference) {
+TYPED_TEST(Comparing, StrcmpAdvanced_ReturnsTheDifferenceOfUnitsOrDigitCounts) {
     for (const Row& row : {Row{"a", "c", kNone, -2}, Row{"abc", "", kNone, 'a'}, Row{"", "abc", kNone, -'a'},
                            Row{"A", "c", SCMP_IgnoreCase, -2}, Row{"x15", "x19", SCMP_Numeric, -4},
                            Row{"file9", "file1000", SCMP_Numeric, -3}, Row{"00123456", "1", SCMP_Numeric, 5},
@@ -84,14 +84,14 @@ TYPED_TEST(Comparing, StrcmpAdvanced_ReturnsTheDifference) {
     }
 }
 
-TEST(ComparingWidths, NarrowCharactersAreSignedAndWideOnesUnsigned) {
+TEST(ComparingWidths, NarrowCharactersAreSignedAndWideCharactersUnsigned) {
     EXPECT_LT(strcmpAdvanced("\xC4", "a", kNone), 0);
     EXPECT_GT(strcmpAdvanced(L"\xC4", L"a", kNone), 0);
     EXPECT_LT(strcmpAdvanced("\x80", "", kNone), 0);
     EXPECT_GT(strcmpAdvanced(L"\xFFFF", L"\xD800", kNone), 0);
 }
 
-TYPED_TEST(Comparing, StrcmpAdvanced_OrdersNullFirst) {
+TYPED_TEST(Comparing, StrcmpAdvanced_OrdersNullBeforeEmptyText) {
     const TypeParam* const null = nullptr;
     const std::basic_string<TypeParam> empty;
     EXPECT_EQ(strcmpAdvanced(null, null, kNone), 0);
@@ -122,7 +122,7 @@ TYPED_TEST(Comparing, RandomTextsAgreeWithTheReferenceForAllFlags) {
     });
 }
 
-TEST(ComparingVersions, CompareEveryNumber) {
+TEST(ComparingVersions, StringVersionAtLeast_ComparesNumberByNumber) {
     struct Versions {
         const wchar_t* version;
         const wchar_t* required;

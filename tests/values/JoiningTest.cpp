@@ -40,7 +40,7 @@ TEST(Joining, QuotesItemsWithDelimitersOrQuotes) {
     }
 }
 
-TEST(Joining, SingleQuotedItemIsUnchanged) {
+TEST(Joining, ListOfOneItemInQuotesIsJoinedUnchanged) {
     for (const Row& row :
          {Row{{L"\"q\""}, L",", L"\"q\""}, Row{{L"\"\""}, L",", L"\"\""}, Row{{L"\"a\"b\""}, L",", L"\"a\"b\""},
           Row{{L"\"a,b\""}, L",", L"\"a,b\""}, Row{{L"\""}, L",", L"\"\"\"\""}, Row{{L"\"a"}, L",", L"\"\"\"a\""}}) {
@@ -48,7 +48,7 @@ TEST(Joining, SingleQuotedItemIsUnchanged) {
     }
 }
 
-TEST(Joining, DelimiterSearchDoesNotBacktrack) {
+TEST(Joining, DelimiterThatIsFoundOnlyByBacktrackingIsNotQuoted) {
     EXPECT_EQ(util::multipleStringsToSingleString(stringsOf(Texts{L"aab", L"ab", L"xab"}), L"ab"),
               L"aabab\"ab\"ab\"xab\"");
     EXPECT_EQ(util::multipleStringsToSingleString(stringsOf(Texts{L"aaab", L"aab"}), L"aab"), L"aaabaab\"aab\"");

@@ -87,7 +87,7 @@ TYPED_TEST(ListParsingRandom, CanCoerceToIntegerArrayAgreesWithTheReference) {
                                        });
 }
 
-TYPED_TEST(ListParsingRandom, DoublesAgreeInEveryBit) {
+TYPED_TEST(ListParsingRandom, DoublesAgreeWithTheReferenceInEveryBit) {
     test::forEachRandomText<TypeParam>(kTexts, WordsFrom{{kSignsAndDigits, kNumbers}},
                                        [](const TypeParam* text, const std::string& shape) {
                                            const auto wanted = test::readDoubles(shape);

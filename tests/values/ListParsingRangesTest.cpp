@@ -47,7 +47,7 @@ void expectRow(const Row& row) {
     EXPECT_EQ(valuesOf(ends), row.ends) << (row.text ? row.text : L"null");
 }
 
-TEST(ListParsingRanges, SingleNumberIsARange) {
+TEST(ListParsingRanges, SingleNumberIsARangeOfOneNumber) {
     for (const Row& row :
          {Row{L"7", {7}, {7}}, Row{L"1-5,7", {1, 7}, {5, 7}}, Row{L"+3", {3}, {3}}, Row{L"0", {0}, {0}},
           Row{L"9-3", {9}, {3}}, Row{L"+1-+2", {1}, {2}}, Row{L"1-5,2-6,3-7", {1, 2, 3}, {5, 6, 7}}}) {
@@ -55,7 +55,7 @@ TEST(ListParsingRanges, SingleNumberIsARange) {
     }
 }
 
-TEST(ListParsingRanges, OpenEndIsMinusOne) {
+TEST(ListParsingRanges, MissingStartOrEndIsMinusOne) {
     for (const Row& row : {Row{L"-5", {-1}, {5}}, Row{L"5-", {5}, {-1}}, Row{L"-", {-1}, {-1}},
                            Row{L"-,-", {-1, -1}, {-1, -1}}, Row{L" 3 - 9 , 12-", {3, 12}, {9, -1}},
                            Row{L"12 - ", {12}, {-1}}, Row{L" - 12", {-1}, {12}}, Row{L" - ", {-1}, {-1}}}) {
@@ -87,7 +87,7 @@ TEST(ListParsingRanges, EmptyItemsAreSkipped) {
     }
 }
 
-TEST(ListParsingRanges, NumbersWrapAround) {
+TEST(ListParsingRanges, NumbersWrapAroundAt32Bits) {
     constexpr int kSmallest = -2147483647 - 1;
     for (const Row& row : {Row{L"4294967297", {1}, {1}}, Row{L"4294967297-4294967298", {1}, {2}},
                            Row{L"2147483648", {kSmallest}, {kSmallest}}}) {
@@ -95,7 +95,7 @@ TEST(ListParsingRanges, NumbersWrapAround) {
     }
 }
 
-TEST(ListParsingRanges, ReportTheInvalidItemAndKeepEarlierRanges) {
+TEST(ListParsingRanges, InvalidItemIsReportedAndEarlierRangesAreKept) {
     for (const Row& row :
          {Row{L"1-a", {1}, {0}, L"1-a"}, Row{L"2, 1-a ", {2, 1}, {2, 0}, L"1-a"},
           Row{L"1-5,\t 3 - 4x\u00A0,6", {1, 3}, {5, 4}, L"3 - 4x"}, Row{L"a-1", {0}, {}, L"a-1"},
@@ -107,7 +107,7 @@ TEST(ListParsingRanges, ReportTheInvalidItemAndKeepEarlierRanges) {
     }
 }
 
-TEST(ListParsingRanges, ReportInvalidItemsOfAnyLength) {
+TEST(ListParsingRanges, InvalidItemsOfAnyLengthAreReported) {
     const std::wstring item = std::wstring(20000, L'1') + L"x";
     Array<int> starts;
     Array<int> ends;

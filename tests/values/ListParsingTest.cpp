@@ -123,7 +123,7 @@ TYPED_TEST(ListParsing, Integers_TruncateFractions) {
     }
 }
 
-TYPED_TEST(ListParsing, Integers_WrapAround) {
+TYPED_TEST(ListParsing, Integers_WrapAroundAt32Bits) {
     for (const Row<int>& row : std::vector<Row<int>>{{"2147483647,2147483648", true, {2147483647, kSmallest}},
                                                      {"-2147483648 -2147483649", true, {kSmallest, 2147483647}},
                                                      {"4294967295", true, {-1}},
@@ -134,7 +134,7 @@ TYPED_TEST(ListParsing, Integers_WrapAround) {
     }
 }
 
-TYPED_TEST(ListParsing, Integers_StopAtOtherCharactersAndKeepValues) {
+TYPED_TEST(ListParsing, Integers_StopAtOtherCharactersAndKeepEarlierValues) {
     for (const Row<int>& row : std::vector<Row<int>>{{"x", false, {}},
                                                      {" x", false, {}},
                                                      {"1;2", false, {1}},
@@ -177,7 +177,7 @@ TYPED_TEST(ListParsing, Doubles_AreSeparatedByWhiteSpace) {
     }
 }
 
-TYPED_TEST(ListParsing, Doubles_SkipOtherWords) {
+TYPED_TEST(ListParsing, Doubles_SkipWordsThatAreNotNumbers) {
     for (const Row<double>& row : std::vector<Row<double>>{{"1 x 2", true, {1, 2}},
                                                            {"x", true, {}},
                                                            {"1,5", true, {}},  // a comma is part of a word
@@ -203,7 +203,7 @@ TYPED_TEST(ListParsing, Booleans_AreWordsInAnyCaseOrIntegers) {
     }
 }
 
-TYPED_TEST(ListParsing, Booleans_SkipOtherWords) {
+TYPED_TEST(ListParsing, Booleans_SkipWordsThatAreNotBooleans) {
     for (const Row<bool>& row : std::vector<Row<bool>>{{"yes no on off y n Y N t", true, {true}},
                                                        {"truex tru fals falsee tt f", true, {false}},
                                                        {"2.5 .5 .0 1x 1e0 - + . t", true, {true}},
@@ -217,7 +217,7 @@ std::string listAround(char c, std::size_t count) {
     return "1 " + std::string(count, c) + " 2";
 }
 
-TYPED_TEST(ListParsing, Words_HaveAtMost79Characters) {
+TYPED_TEST(ListParsing, DoublesAndBooleans_StopAtAWordOf80Characters) {
     const auto doubles = [](const std::string& text, bool result, const std::vector<double>& values) {
         expectRow<TypeParam, double>(&util::stringToDoubleArray, {text.c_str(), result, values}, {-9.5});
     };
@@ -249,7 +249,7 @@ TYPED_TEST(ListParsing, CanCoerceToIntegerArray_AcceptsSignsDigitsAndWhiteSpace)
     }
 }
 
-TYPED_TEST(ListParsing, CanCoerceToIntegerArray_RejectsCommasAndDecimalPoints) {
+TYPED_TEST(ListParsing, CanCoerceToIntegerArray_RejectsOtherCharacters) {
     for (const char* const list :
          {"1,2", "1 ,2", ",", "1,", "1.5", "1.", ".", "x", " x", "1 x", "1x", "1;2", "1e3", "0x1", "1\v2"}) {
         EXPECT_FALSE(util::canCoerceToIntegerArray(test::text<TypeParam>(list).c_str())) << list;

@@ -85,7 +85,7 @@ void PrintTo(const Kind& kind, std::ostream* out) {
 
 class NumberFormattingRandom : public ::testing::TestWithParam<Kind> {};
 
-TEST_P(NumberFormattingRandom, TextsMatchTheExactDigits) {
+TEST_P(NumberFormattingRandom, TextsAgreeWithTheReference) {
     char narrow[kCapacity];
     wchar_t wide[kCapacity];
     vorel::BaseString<wchar_t> appended;

@@ -108,7 +108,8 @@ TEST(NumberFormatting, DoubleToString_WritesZeroForAnySize) {
         for (const unsigned int size : {0u, 1u, 2u, 64u}) {
             test::GuardedBuffer<char> buffer(64);
             EXPECT_STREQ(util::doubleToString(zero, buffer.data(), size, FO_Default), "0");
-            EXPECT_EQ(std::string(buffer.data() + 2, 62), std::string(62, buffer.kFill)) << "only the text is written";
+            EXPECT_EQ(std::string(buffer.data() + 2, 62), std::string(62, buffer.kFill))
+                << "the units after the terminator must not change";
         }
         test::GuardedBuffer<wchar_t> wideBuffer(1);
         util::doubleToString(zero, wideBuffer.data(), 1, FO_Default);
@@ -116,7 +117,7 @@ TEST(NumberFormatting, DoubleToString_WritesZeroForAnySize) {
     }
 }
 
-TEST(NumberFormatting, DoubleToString_TerminatesTheBufferOnlyFrom0_1) {
+TEST(NumberFormatting, DoubleToString_SetsTheLastUnitToZeroOnlyForMagnitudesFrom0_1) {
     for (const double value : {0.05, -1e-7}) {
         test::GuardedBuffer<char> buffer(64);
         util::doubleToString(value, buffer.data(), 64, FO_Default);
@@ -129,7 +130,7 @@ TEST(NumberFormatting, DoubleToString_TerminatesTheBufferOnlyFrom0_1) {
     }
 }
 
-TEST(NumberFormatting, DoubleToString_TruncatesWordsAndLargeValues) {
+TEST(NumberFormatting, DoubleToString_TruncatesWordsAndMagnitudesFrom0_1) {
     for (const double value : {123.456, kInfinite, -kInfinite, fromBits(0x7FF80000000007A2)}) {
         const std::string whole = narrow(value, FO_Default);
         for (unsigned int size = 1; size <= 64; ++size) {
@@ -142,7 +143,7 @@ TEST(NumberFormatting, DoubleToString_TruncatesWordsAndLargeValues) {
     }
 }
 
-TEST(NumberFormatting, DoubleToString_FixesUpTruncatedTexts) {
+TEST(NumberFormatting, DoubleToString_NormalisesTruncatedTexts) {
     struct Cut {
         double value;
         unsigned int size;
@@ -165,7 +166,7 @@ TEST(NumberFormatting, DoubleToString_FixesUpTruncatedTexts) {
     }
 }
 
-TEST(NumberFormatting, DoubleToString_NeverTruncatesBelow0_1) {
+TEST(NumberFormatting, DoubleToString_DoesNotTruncateMagnitudesBelow0_1) {
     struct Small {
         double value;
         unsigned int size;
@@ -187,7 +188,7 @@ TEST(NumberFormatting, DoubleToString_NeverTruncatesBelow0_1) {
     }
 }
 
-TEST(NumberFormatting, DoubleToString_IsIndependentOfASufficientSize) {
+TEST(NumberFormatting, DoubleToString_WritesTheSameTextForAllSizesFrom26) {
     for (const double value : {1e20, -1e-20 / 3, 123.456, -123456789012345.0, 1e300 / 3, 0.1, 0.05, 5e-324}) {
         for (const FormattingOptions options : {FO_Default, FO_JSON}) {
             const std::string whole = narrow(value, options);
@@ -210,7 +211,7 @@ TEST(NumberFormatting, DoubleToString_IgnoresTheLocale) {
     EXPECT_EQ(wide(1.5e-7, FO_Default), L"1.5e-007");
 }
 
-TEST(NumberFormatting, DoubleToString_TruncatesBeforeFixingTheExponent) {
+TEST(NumberFormatting, DoubleToString_TruncatesBeforeNormalisingTheExponent) {
     test::GuardedBuffer<char> buffer(5);
     EXPECT_STREQ(util::doubleToString(1e20, buffer.data(), 5, FO_Default), "1e+2");
     EXPECT_TRUE(buffer.isIntact());
@@ -236,7 +237,7 @@ TEST(NumberFormatting, DoubleToString_DoesNotTerminateTruncatedWideText) {
     EXPECT_EQ(util::doubleToString(1.0, static_cast<wchar_t*>(nullptr), 64, FO_Default), nullptr);
 }
 
-TEST(NumberFormatting, AppendAddsToTheText) {
+TEST(NumberFormatting, AppendDoubleAndAppendInteger_AddToTheEnd) {
     BaseString<wchar_t> text(L"x=");
     util::appendDouble(text, 0.05);
     util::appendInteger(text, -2147483647 - 1);
@@ -251,7 +252,7 @@ TEST(NumberFormatting, AppendAddsToTheText) {
 }
 
 /// A number is written directly into the string if the remaining capacity is sufficient.
-TEST(NumberFormatting, AppendWorksForEveryRemainingCapacity) {
+TEST(NumberFormatting, Append_GrowsTheStringOnlyIfTheNumberDoesNotFit) {
     for (unsigned int before = 0; before <= 40; ++before) {
         const std::wstring prefix(before, L'x');
         for (const unsigned int capacity : {16u, 32u, 64u, 128u}) {
@@ -306,7 +307,7 @@ TEST(NumberFormatting, Integers_AreTruncatedAndAlwaysTerminated) {
     }
 }
 
-TEST(NumberFormatting, NothingIsWrittenForSizeZero) {
+TEST(NumberFormatting, SizeZero_WritesNothingForIntegersAndMagnitudesFrom0_1) {
     char buffer[] = "ab";
     wchar_t wideBuffer[] = L"ab";
     for (const double value : {1.5, -1e20, std::numeric_limits<double>::infinity()}) {
@@ -340,7 +341,7 @@ void expectOnlyTheText(const std::string& whole, bool endsNarrow, bool endsWide,
     }
 }
 
-TEST(NumberFormatting, NothingIsWrittenAfterTheTerminator) {
+TEST(NumberFormatting, OnlyTheLastUnitMayChangeAfterTheTerminator) {
     for (const long long value : {0ll, 7ll, -7ll, 1234567890123456789ll, std::numeric_limits<long long>::min()}) {
         expectOnlyTheText(std::to_string(value), true, true, 1,
                           [=](auto* buffer, unsigned int size) { util::Int64ToStr(value, buffer, size); });

@@ -146,7 +146,7 @@ TYPED_TEST(NumberParsingCheck, TryStringToDouble_RejectsAZeroExponentAndStoresTh
                                                              {"1234567890123456789e0", false, 123456789012345678.0}});
 }
 
-TYPED_TEST(NumberParsingCheck, NullIsRejectedAndStoresNothing) {
+TYPED_TEST(NumberParsingCheck, NullTextIsRejectedAndNothingIsStored) {
     const TypeParam* const null = nullptr;
     int integer = 99;
     double number = 99;

@@ -39,7 +39,7 @@ void expectRows(const std::vector<Row>& rows) {
     }
 }
 
-TYPED_TEST(NumberParsingDouble, SignDigitsAndDecimalPoint) {
+TYPED_TEST(NumberParsingDouble, ReadsSignDigitsAndDecimalPoint) {
     expectRows<TypeParam>({
         {"0", 0.0, 1},
         {"7", 7.0, 1},
@@ -100,7 +100,7 @@ TYPED_TEST(NumberParsingDouble, WithoutDigitsNothingIsRead) {
     });
 }
 
-TYPED_TEST(NumberParsingDouble, RejectsWords) {
+TYPED_TEST(NumberParsingDouble, RejectsNaNAndInfinity) {
     for (const char* const word : {"NaN", "nan", "Inf", "inf", "Infinity", "INFINITY"}) {
         expectRows<TypeParam>({{word, 0.0, 0}});
         expectRows<TypeParam>({{(std::string("-") + word).c_str(), -0.0, 0}});
@@ -118,7 +118,7 @@ TYPED_TEST(NumberParsingDouble, ReadsAnExponentEvenWithoutDigits) {
     });
 }
 
-TYPED_TEST(NumberParsingDouble, ScalesByOneFactorBuiltFromTheLowestBit) {
+TYPED_TEST(NumberParsingDouble, ScalesByAProductOfPowersFromTheLowestExponentBit) {
     const double factor308 = 1.0e4 * 1.0e16 * 1.0e32 * 1.0e256;
     expectRows<TypeParam>({
         {"1e22", 1e22, 4},
@@ -133,7 +133,7 @@ TYPED_TEST(NumberParsingDouble, ScalesByOneFactorBuiltFromTheLowestBit) {
     });
 }
 
-TYPED_TEST(NumberParsingDouble, OutOfRangeIsInfiniteOrZero) {
+TYPED_TEST(NumberParsingDouble, ValueOutOfRangeIsInfiniteOrZero) {
     expectRows<TypeParam>({
         {"1e309", kInfinite, 5},
         {"2e308", kInfinite, 5},
@@ -182,7 +182,7 @@ TYPED_TEST(NumberParsingDouble, ExponentsWrapAroundAt32Bits) {
     });
 }
 
-TYPED_TEST(NumberParsingDouble, OnlyTheFirstEighteenDigitsCount) {
+TYPED_TEST(NumberParsingDouble, OnlyTheFirstEighteenDigitsAreUsed) {
     const double eighteen = 123456789.0 * 1.0e9 + 12345678.0;
     expectRows<TypeParam>({
         {"123456789012345678", eighteen, 18},

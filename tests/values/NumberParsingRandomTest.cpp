@@ -124,7 +124,7 @@ TYPED_TEST(NumberParsingRandom, HexadecimalNumbersAgreeWithTheReference) {
     });
 }
 
-TYPED_TEST(NumberParsingRandom, DoublesAgreeInEveryBit) {
+TYPED_TEST(NumberParsingRandom, DoublesAgreeWithTheReferenceInEveryBit) {
     test::forEachRandomText<TypeParam>(kTexts, numberText, [&](const TypeParam* text, const std::string& shape) {
         const auto wanted = test::readDouble(shape);
         TypeParam* end = nullptr;

@@ -76,7 +76,7 @@ void expectBoth(const Row& row) {
     expectUnsigned<T>(row);
 }
 
-TYPED_TEST(NumberParsing, Integers_WhiteSpaceSignAndDigits) {
+TYPED_TEST(NumberParsing, Integers_ReadWhiteSpaceSignAndDigits) {
     for (const Row& row : {Row("0", 0), Row("7", 7), Row("0123456789", 123456789), Row("0007", 7), Row("+7", 7),
                            Row(" \t\r\n42", 42), Row(" +42", 42), Row("1234567890123456", 1234567890123456)}) {
         expectBoth<TypeParam>(row);
@@ -175,7 +175,7 @@ void expectNothingForNull(Value (*function)(const T*, const T**, bool) noexcept)
     }
 }
 
-TYPED_TEST(NumberParsing, NullIsZeroWithANullEnd) {
+TYPED_TEST(NumberParsing, NullTextIsZeroAndSetsTheEndToNull) {
     expectNothingForNull<TypeParam, int>(util::stringToInteger);
     expectNothingForNull<TypeParam, long long>(util::stringToInteger64);
     expectNothingForNull<TypeParam, unsigned long long>(util::stringToUnsignedInteger64);

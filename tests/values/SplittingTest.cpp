@@ -66,7 +66,7 @@ TYPED_TEST(Splitting, SplitString_DelimiterMayBeAnItemOfTheList) {
 }
 
 /// The expected capacity is the capacity of an array to which the parts are appended one by one.
-TYPED_TEST(Splitting, SplitString_AllocatesSlotsForTheParts) {
+TYPED_TEST(Splitting, SplitString_AllocatesTheSlotsThatAppendingWouldAllocate) {
     struct Row {
         const char* text;
         const char* delimiter;
@@ -88,7 +88,7 @@ TYPED_TEST(Splitting, SplitString_AllocatesSlotsForTheParts) {
     }
 }
 
-TYPED_TEST(Splitting, SplitString_PartsOfEveryLength) {
+TYPED_TEST(Splitting, SplitString_FindsPartsOfEveryLength) {
     for (const char* const delimiter : {",", "::", ",\n\t"}) {
         const auto between = test::text<TypeParam>(delimiter);
         std::basic_string<TypeParam> text;
@@ -103,7 +103,7 @@ TYPED_TEST(Splitting, SplitString_PartsOfEveryLength) {
     }
 }
 
-TEST(SplittingOfWideText, DelimitersAreWholeUnits) {
+TEST(SplittingOfWideText, DelimitersAreComparedAsWholeUnits) {
     // The low byte of U+012C and the high byte of U+2C01 are the byte of a comma.
     Array<BaseString<wchar_t>> parts;
     util::splitString(L"a\x012C,b\x2C01,c", L",", parts);
@@ -146,7 +146,7 @@ TYPED_TEST(Splitting, MalformedQuotesAreOrdinaryCharacters) {
     }
 }
 
-TYPED_TEST(Splitting, TrimmingIncludesQuotedItems) {
+TYPED_TEST(Splitting, TrimmingAppliesToTheTextOfQuotedItems) {
     Array<BaseString<TypeParam>> items;
     const auto comma = test::text<TypeParam>(",");
     splitQuoted(test::text<TypeParam>(" a\t,\r\nb c\n,\" d \", \"e\" ,  ").c_str(), comma.c_str(), items, true);
@@ -196,7 +196,7 @@ TYPED_TEST(Splitting, TokenizeString_SplitsInPlace) {
     }
 }
 
-TYPED_TEST(Splitting, TokenizeString_ReservesAllTokensFirst) {
+TYPED_TEST(Splitting, TokenizeString_ReservesSlotsForTheMaximumCount) {
     std::basic_string<TypeParam> text = test::text<TypeParam>("a,b");
     Array<TypeParam*> tokens;
     util::tokenizeString(text.data(), test::text<TypeParam>(",").c_str(), tokens, 37);
@@ -207,7 +207,7 @@ TYPED_TEST(Splitting, TokenizeString_ReservesAllTokensFirst) {
     EXPECT_EQ(tokens.data(), data);
 }
 
-TYPED_TEST(Splitting, TokenizeString_LimitsReservationToTheText) {
+TYPED_TEST(Splitting, TokenizeString_ReservesNoMoreTokensThanTheTextCanHave) {
     constexpr int kNoLimit = std::numeric_limits<int>::max();
     for (const int most : {1025, 1'000'000, kNoLimit}) {
         std::basic_string<TypeParam> text = test::text<TypeParam>("a,b");
