@@ -42,9 +42,10 @@ TEST(CommandLineTest, SuggestsSimilarOptions) {
         {L"--decod", L"unknown option --decod; did you mean --decode?", "a missing letter"},
         {L"--decoded=x", L"unknown option --decoded; did you mean --decode?", "an additional letter, and a value"},
         {L"--deocde", L"unknown option --deocde; did you mean --decode?", "swapped letters"},
-        {L"--ouput", L"unknown option --ouput; did you mean --output?", "another option"},
+        {L"--ouput", L"unknown option --ouput; did you mean --output?",
+         "a missing letter in the name of another option"},
         {L"--out", L"unknown option --out; did you mean --output?", "an abbreviation"},
-        {L"--hlep", L"unknown option --hlep; did you mean --help?", "the help"},
+        {L"--hlep", L"unknown option --hlep; did you mean --help?", "swapped letters of --help"},
         {L"--input", L"unknown option --input", "three edits from --output"},
         {L"--colour", L"unknown option --colour", "nothing similar"},
         {L"--x", L"unknown option --x", "too short"},
@@ -52,7 +53,7 @@ TEST(CommandLineTest, SuggestsSimilarOptions) {
     for (const Case& c : cases) {
         try {
             (void)parsed({c.given, L"a"});
-            ADD_FAILURE() << c.why;
+            ADD_FAILURE() << "accepted: " << c.why;
         } catch (const tools::UsageError& e) {
             EXPECT_EQ(e.text(), c.text) << c.why;
         }

@@ -84,7 +84,7 @@ TEST(GuideTest, BashCompletesCommands) {
     EXPECT_THAT(script, HasSubstr(L"    two)\n        words='--help'\n        ;;\n"));
 }
 
-TEST(GuideTest, PowerShellScripts) {
+TEST(GuideTest, PowerShellCompletesOptionsAndCommands) {
     const std::wstring simple = tools::completionScript(kSimple, L"powershell");
     EXPECT_THAT(simple, HasSubstr(L"-CommandName viewer, viewer.exe "));
     EXPECT_THAT(simple, HasSubstr(L"        '' = @(\n            , @('--decode', 'text''s bytes')\n"));
@@ -96,7 +96,7 @@ TEST(GuideTest, PowerShellScripts) {
     EXPECT_THAT(commands, HasSubstr(L"CommandElements"));
 }
 
-TEST(GuideTest, UnknownShell) {
+TEST(GuideTest, UnknownShellIsAUsageError) {
     EXPECT_THROW((void)tools::completionScript(kSimple, L"fish"), tools::UsageError);
     EXPECT_THROW((void)tools::completionScript(kSimple, L""), tools::UsageError);
 }

@@ -72,13 +72,13 @@ TEST(LineCommandsTest, List) {
     const Conversion conversions[] = {
         {"quoted and unquoted texts", {L"list"}, "a,\"b,c\",\"d\"\"e\"\n", "a\nb,c\nd\"e\n"},
         {"one list per line", {L"list"}, "a,b\n\nc,,d,\n", "a\nb\nc\n\nd\n"},
-        {"text after a quoted item keeps the quotes", {L"list"}, "\"ab\"x,c\n", "\"ab\"x\nc\n"},
+        {"quotes are kept if text follows the closing quote", {L"list"}, "\"ab\"x,c\n", "\"ab\"x\nc\n"},
         {"other delimiters", {L"list", L"--delimiter", L";|"}, "a;b|c,d", "a\nb\nc,d\n"},
         {"a delimiter outside ASCII", {L"list", L"-e", L"\u20AC"}, "a\xE2\x82\xAC\xC3\xA9", "a\n\xC3\xA9\n"},
         {"trimmed", {L"list", L"--trim"}, " a , b ", "a\nb\n"},
         {"joined", {L"list", L"--join"}, "a\nb,c\nd\"e\n", "a,\"b,c\",\"d\"\"e\"\n"},
         {"joined and trimmed", {L"list", L"-jr", L"-e;"}, " a \n b;\n", "a;\"b;\"\n"},
-        {"join empty input", {L"list", L"--join"}, "", "\n"},
+        {"joined empty input", {L"list", L"--join"}, "", "\n"},
         {"integers", {L"list", L"--type", L"integer"}, "1 ,2 3\n-4\n1, 2\n", "1\n2\n3\n-4\n1\n0\n2\n"},
         {"the limits of 32 bits, and fractions of any length",
          {L"list", L"-y", L"integer"},
@@ -99,7 +99,7 @@ TEST(LineCommandsTest, Range) {
     std::for_each(std::begin(conversions), std::end(conversions), test::expectConversion);
 }
 
-TEST(LineCommandsTest, CharactersOfEveryPlane) {
+TEST(LineCommandsTest, CharactersOfPlanes4To15AreConverted) {
     const Conversion conversions[] = {
         {"U+40000 and U+FFFFF", {L"list"}, "\xF1\x80\x80\x80,\xF3\xBF\xBF\xBF", "\xF1\x80\x80\x80\n\xF3\xBF\xBF\xBF\n"},
         {"sorted", {L"sort"}, "\xF3\xB0\x80\x80\na\n", "a\n\xF3\xB0\x80\x80\n"},
@@ -107,7 +107,7 @@ TEST(LineCommandsTest, CharactersOfEveryPlane) {
     std::for_each(std::begin(conversions), std::end(conversions), test::expectConversion);
 }
 
-TEST(LineCommandsTest, AByteOrderMarkAtTheStartIsDropped) {
+TEST(LineCommandsTest, ByteOrderMarkAtTheStartIsDropped) {
     const std::string mark = "\xEF\xBB\xBF";
     const Conversion conversions[] = {
         {"before a number", {L"integer"}, mark + "42\n", "42\n"},
@@ -222,7 +222,7 @@ TEST(LineCommandsTest, ReportsThePositionOfInvalidText) {
     std::for_each(std::begin(conversions), std::end(conversions), test::expectBadInput);
 }
 
-TEST(LineCommandsTest, LinesAcrossTheEndsOfBlocks) {
+TEST(LineCommandsTest, LinesAcrossTheEndsOfBlocksAreConverted) {
     std::string text;
     std::string expected;
     for (int number = 0; text.size() < (std::size_t{5} << 19); ++number) {

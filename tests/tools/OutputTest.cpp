@@ -88,7 +88,7 @@ TEST_F(OutputTest, ReplacesItsOwnInput) {
     EXPECT_THAT(names(), ElementsAre(L"both"));
 }
 
-TEST_F(OutputTest, AFailureKeepsTheExistingFile) {
+TEST_F(OutputTest, FailureLeavesTheExistingFileUnchanged) {
     write(path(L"out"), "before");
     const std::string good(std::size_t{2} << 20, '4');
     const test::Captured run = vorelconv({L"hex", L"-d", L"-o", path(L"out")}, good + "x");
@@ -98,12 +98,12 @@ TEST_F(OutputTest, AFailureKeepsTheExistingFile) {
     EXPECT_THAT(names(), ElementsAre(L"out"));
 }
 
-TEST_F(OutputTest, AFailureCreatesNoFile) {
+TEST_F(OutputTest, FailureCreatesNoFile) {
     EXPECT_EQ(vorelconv({L"hex", L"-d", L"-t", L"x", L"-o", path(L"out")}).exitCode, test::kFailed);
     EXPECT_THAT(names(), IsEmpty());
 }
 
-TEST_F(OutputTest, KeepsAReadOnlyFile) {
+TEST_F(OutputTest, ReadOnlyFileIsNotReplaced) {
     write(path(L"out"), "before");
     SetFileAttributesW(path(L"out").c_str(), FILE_ATTRIBUTE_READONLY);
     const test::Captured run = vorelconv({L"hex", L"-t", L"x", L"-o", path(L"out")});
@@ -152,7 +152,7 @@ TEST_F(OutputTest, RejectsAnEmptyFileName) {
     EXPECT_EQ(vorelconv({L"hex", L"-t", L"x", L"-o", L""}).exitCode, test::kFailed);
 }
 
-TEST_F(OutputTest, AClosedPipeEndsTheProgramWithoutAMessage) {
+TEST_F(OutputTest, ClosedPipeEndsTheProgramWithoutAMessage) {
     // The reader closes the pipe while more output is pending than the pipe holds.
     write(path(L"large"), std::string(std::size_t{8} << 20, 'x'));
     HANDLE readEnd = nullptr;

@@ -88,7 +88,7 @@ TEST(StreamCommandsTest, Utf16) {
         {"a byte-order mark", {L"utf16", L"--mark"}, utf8, "\xFF\xFE" + little},
         {"a big-endian byte-order mark", {L"utf16", L"-bm"}, utf8, "\xFE\xFF" + big},
         {"a byte-order mark without text", {L"utf16", L"-m"}, "", "\xFF\xFE"},
-        {"no second byte-order mark",
+        {"a byte-order mark in the input is not repeated",
          {L"utf16", L"-m"},
          "\xEF\xBB\xBF"
          "a",
@@ -130,7 +130,7 @@ TEST(StreamCommandsTest, CodePage) {
     std::for_each(std::begin(conversions), std::end(conversions), test::expectConversion);
 }
 
-TEST(StreamCommandsTest, CodePage_ListHasCommonCodePages) {
+TEST(StreamCommandsTest, CodePage_ListContainsCommonCodePagesButNotUtf16) {
     const test::Captured run = vorelconv({L"codepage", L"--list"});
     EXPECT_EQ(run.exitCode, test::kDone);
     EXPECT_THAT("\n" + run.output, ::testing::AllOf(::testing::HasSubstr("\n1252\n"), ::testing::HasSubstr("\n65001\n"),
@@ -284,7 +284,7 @@ void expectBothWays(const std::wstring& command, const std::string& plain, const
     EXPECT_EQ(back.error, "");
 }
 
-TEST(StreamCommandsTest, EncodedBlocksEndBetweenGroups) {
+TEST(StreamCommandsTest, TextsThatEndNearBlockEndsAreEncodedAndDecoded) {
     const test::Bytes most = randomBytes(2 * kBlockBytes + 2);
     const std::string base64 = test::base64Of(most);
     const std::string daylight = test::daylightOf(most);
@@ -299,7 +299,7 @@ TEST(StreamCommandsTest, EncodedBlocksEndBetweenGroups) {
     }
 }
 
-TEST(StreamCommandsTest, DecodedBlocksMayEndAnywhere) {
+TEST(StreamCommandsTest, DecodingIsIndependentOfBlockEnds) {
     const std::string plain = asText(randomBytes(kBlockBytes));
     const std::string base64 = vorelconv({L"base64"}, plain).output;
     const std::string hex = vorelconv({L"hex"}, plain).output;
@@ -311,7 +311,7 @@ TEST(StreamCommandsTest, DecodedBlocksMayEndAnywhere) {
     }
 }
 
-TEST(StreamCommandsTest, EscapesAcrossTheEndOfABlock) {
+TEST(StreamCommandsTest, EscapesAcrossTheEndOfABlockAreDecoded) {
     for (std::size_t shift = 0; shift < 4; ++shift) {
         SCOPED_TRACE(shift);
         const std::string front(kBlockBytes - shift, 'a');
@@ -319,7 +319,7 @@ TEST(StreamCommandsTest, EscapesAcrossTheEndOfABlock) {
     }
 }
 
-TEST(StreamCommandsTest, SequencesAcrossTheEndOfABlock) {
+TEST(StreamCommandsTest, SequencesAcrossTheEndOfABlockAreConverted) {
     const std::string utf8 = "\xF0\x9F\x98\x80\xE2\x82\xAC\xC3\xA9";
     const std::string utf16 = "\x3D\xD8\x00\xDE\xAC\x20\xE9\x00"s;
     // For each shift, the first block ends at a different position within a sequence.
@@ -335,7 +335,7 @@ TEST(StreamCommandsTest, SequencesAcrossTheEndOfABlock) {
     }
 }
 
-TEST(StreamCommandsTest, MultiByteLinesAcrossTheEndOfABlock) {
+TEST(StreamCommandsTest, MultiByteCharactersAcrossTheEndOfABlockAreConverted) {
     // In at least one of the two texts, the first block ends within a character.
     for (const std::string& front : {"\n"s, "a\n"s}) {
         std::string japanese = front;
@@ -349,7 +349,7 @@ TEST(StreamCommandsTest, MultiByteLinesAcrossTheEndOfABlock) {
     }
 }
 
-TEST(StreamCommandsTest, ALineLongerThanABlock) {
+TEST(StreamCommandsTest, LineLongerThanABlockIsConverted) {
     std::string japanese;
     std::string utf8;
     while (japanese.size() < 3 * kBlockBytes) {
@@ -359,7 +359,7 @@ TEST(StreamCommandsTest, ALineLongerThanABlock) {
     expectSame(vorelconv({L"codepage", L"--from", L"932"}, japanese).output, utf8);
 }
 
-TEST(StreamCommandsTest, PositionsCountFromTheStartOfTheInput) {
+TEST(StreamCommandsTest, PositionsAreCountedFromTheStartOfTheInput) {
     std::string text;
     while (text.size() < 3 * kBlockBytes) {
         text += "QUJD\n";
@@ -370,7 +370,7 @@ TEST(StreamCommandsTest, PositionsCountFromTheStartOfTheInput) {
         {{L"base64", L"-d"}, text + "Q!", position + ": expected a Base64 character, found '!' (0x21)"});
 }
 
-TEST(StreamCommandsTest, ReportsAnUnfinishedOutput) {
+TEST(StreamCommandsTest, FailureReportsTheSizeOfTheUnfinishedOutput) {
     const std::string good(4 * kBlockBytes, 'Q');
     const test::Captured run = vorelconv({L"base64", L"-d"}, good + "!");
     EXPECT_EQ(run.exitCode, test::kFailed);

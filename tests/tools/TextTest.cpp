@@ -12,7 +12,7 @@ struct Pair {
     std::string utf8;
 };
 
-TEST(TextTest, Utf8AndBack) {
+TEST(TextTest, ConvertsToUtf8AndBack) {
     const Pair pairs[] = {
         {"empty", L"", ""},
         {"every length of a sequence", L"a\u00E9\u20AC\xD83D\xDE00", "a\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80"},
@@ -42,7 +42,7 @@ TEST(TextTest, ToUtf8_DoesNotReadPastTheEnd) {
     EXPECT_EQ(tools::toUtf8(cut), "a?");
 }
 
-TEST(TextTest, FromUtf8_FailsForBytesThatCannotStartASequence) {
+TEST(TextTest, FromUtf8_FailsForInvalidLeadBytesAndMalformedSequences) {
     EXPECT_EQ(tools::fromUtf8("abc\x80"), std::nullopt);
     EXPECT_EQ(tools::fromUtf8("a\0\xFF"s), std::nullopt);
     EXPECT_EQ(tools::fromUtf8("\xF1\x80\x80"), std::nullopt);

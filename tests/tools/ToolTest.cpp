@@ -55,11 +55,12 @@ TEST(ToolTest, Run_ReportsExceptionsAndReturnsTheirExitCodes) {
          "tool: no command\nTry \"tool --help\".\n"},
         {"a usage error of a command", []() -> int { throw tools::UsageError(L"no file", L"tool copy"); },
          tools::kUsageError, "tool: no file\nTry \"tool copy --help\".\n"},
-        {"a reader who is gone", []() -> int { throw tools::OutputClosed(); }, tools::kFailed, ""},
+        {"a reader that closed the output", []() -> int { throw tools::OutputClosed(); }, tools::kFailed, ""},
         {"an exception of the library", []() -> int { throw vorel::Exception(L"it broke"); }, tools::kFailed,
          "tool: it broke\n"},
-        {"no memory", []() -> int { throw std::bad_alloc(); }, tools::kFailed, "tool: not enough memory\n"},
-        {"another exception", []() -> int { throw std::runtime_error("odd"); }, tools::kFailed, "tool: odd\n"},
+        {"memory runs out", []() -> int { throw std::bad_alloc(); }, tools::kFailed, "tool: not enough memory\n"},
+        {"an exception of the standard library", []() -> int { throw std::runtime_error("odd"); }, tools::kFailed,
+         "tool: odd\n"},
         {"an object that is not an exception", []() -> int { throw 5; }, tools::kFailed, ""},
     };
     for (const Ending& ending : endings) {

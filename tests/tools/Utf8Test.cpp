@@ -38,7 +38,7 @@ TEST(Utf8Test, EveryCodePointExceptSurrogatesHasASequence) {
 TEST(Utf8Test, OverlongFormsAreInvalid) {
     for (unsigned int codePoint = 0; codePoint != 0x10000; ++codePoint) {
         for (unsigned int size = shortestSize(codePoint) + 1; size <= 4; ++size) {
-            ASSERT_EQ(utf8SequenceSize(encoded(codePoint, size)), 0u) << codePoint << " in " << size;
+            ASSERT_EQ(utf8SequenceSize(encoded(codePoint, size)), 0u) << codePoint << " in " << size << " bytes";
         }
     }
 }

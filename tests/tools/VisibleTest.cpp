@@ -74,7 +74,7 @@ TEST(VisibleTest, InterpretedCharactersAndInvalidBytesAreEscaped) {
 }
 // NOLINTEND(misc-misleading-bidirectional)
 
-TEST(VisibleTest, EveryByteIsSafeAtEveryPositionOfAWord) {
+TEST(VisibleTest, EveryByteIsKeptOrEscapedAtEveryPositionOfAWord) {
     for (int byte = 0; byte != 256; ++byte) {
         const bool isPlain = (byte >= ' ' && byte < 0x7F) || byte == '\t';
         char escape[8];
