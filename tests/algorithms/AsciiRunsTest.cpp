@@ -58,10 +58,11 @@ public:
         std::fill(std::begin(memory), std::end(memory), kGuard);
         To* to = memory + alignment;
         EXPECT_EQ(Direction::run(from, count, to), expected);
-        EXPECT_TRUE(std::equal(from, from + expected, to)) << "the run";
-        EXPECT_TRUE(std::all_of(memory, to, [](To unit) { return unit == kGuard; })) << "before the output";
+        EXPECT_TRUE(std::equal(from, from + expected, to)) << "the output must contain the run";
+        EXPECT_TRUE(std::all_of(memory, to, [](To unit) { return unit == kGuard; }))
+            << "nothing may be written before the output";
         EXPECT_TRUE(std::all_of(to + expected, std::end(memory), [](To unit) { return unit == kGuard; }))
-            << "after the run";
+            << "nothing may be written after the run";
     }
 
     test::PageEdge<From> m_edge{4096};
@@ -89,7 +90,7 @@ TYPED_TEST(AsciiRunsTest, Run_CopiesEveryLengthAtEveryAlignment) {
     }
 }
 
-TYPED_TEST(AsciiRunsTest, Run_StopsAtNonAsciiAtEveryPosition) {
+TYPED_TEST(AsciiRunsTest, Run_StopsAtAZeroOrNonAsciiAtEveryPosition) {
     for (const auto stop : TypeParam::kStops) {
         for (std::size_t length = 1; length <= kMaxLength; ++length) {
             for (std::size_t position = 0; position < length; ++position) {
@@ -111,7 +112,7 @@ TYPED_TEST(AsciiRunsTest, Run_ReadsNothingPastTheCount) {
     }
 }
 
-TYPED_TEST(AsciiRunsTest, Run_UnboundedStaysInThePageOfTheZero) {
+TYPED_TEST(AsciiRunsTest, Run_WithoutABoundReadsNoPageAfterTheZero) {
     for (std::size_t length = 0; length <= kMaxLength; ++length) {
         SCOPED_TRACE(length);
         auto text = this->ascii(length);

@@ -22,7 +22,7 @@ TYPED_TEST_SUITE(Ascii, test::CharacterTypes, test::CharacterNames);
 constexpr std::string_view kUpper = "ABCDEFGHIJKLMNOPQRSTUVWXYZ";
 constexpr std::string_view kLower = "abcdefghijklmnopqrstuvwxyz";
 
-TYPED_TEST(Ascii, OnlyLettersOfAsciiHaveCase) {
+TYPED_TEST(Ascii, OnlyAsciiLettersAreFolded) {
     for (std::uint32_t value = 0; value < 1u << 8 * sizeof(TypeParam); ++value) {
         const auto unit = static_cast<TypeParam>(value);
         const bool isAscii = value < 0x80;
@@ -67,11 +67,11 @@ TYPED_TEST(NameHash, IsAPolynomialIn31AndIgnoresCase) {
     }
 }
 
-TYPED_TEST(NameHash, NullNameIsZero) {
+TYPED_TEST(NameHash, HashOfANullNameIsZero) {
     EXPECT_EQ(nameHash(static_cast<const TypeParam*>(nullptr)), 0u);
 }
 
-TEST(NameHashOfBytes, BytesAreUnsigned) {
+TEST(NameHashOfBytes, CharactersAreHashedAsUnsignedNumbers) {
     EXPECT_EQ(nameHash("\xE9"), 233u);
     EXPECT_EQ(nameHash(L"\xFFE9"), 0xFFE9u);
 }

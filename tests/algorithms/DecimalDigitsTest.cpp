@@ -15,7 +15,7 @@ namespace {
 namespace algorithms = vorel::algorithms;
 using algorithms::Tie;
 
-TEST(DecimalDigits, TiesFollowTheRule) {
+TEST(DecimalDigits, TiesAreRoundedByTheTieRule) {
     const auto expectDigits = [](double value, Tie tie, std::uint64_t digits, int exponent) {
         const auto decimal = algorithms::decimalDigits(value, tie);
         EXPECT_EQ(decimal.digits, digits) << value;
@@ -54,7 +54,7 @@ TEST(DecimalDigits, ExponentEstimateIsAtMostOneTooLow) {
     }
 }
 
-TEST(DecimalDigits, ComparesExactlyWithAHalf) {
+TEST(DecimalDigits, CompareWithHalf_IsExact) {
     // 2^-22 times 10^21 is 238418579101562.5.
     const algorithms::BinaryParts half(std::ldexp(1.0, -22));
     EXPECT_EQ(algorithms::compareWithHalf(half, 21, 238418579101562), 0);

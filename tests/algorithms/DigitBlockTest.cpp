@@ -34,7 +34,7 @@ TEST(DigitBlockMasks, LeadingDigitsEndAtTheFirstZeroBit) {
     }
 }
 
-TYPED_TEST(DigitBlock, ValueOfEveryDigitCount) {
+TYPED_TEST(DigitBlock, ValueOfDigits_IsExactForEveryDigitCount) {
     test::RandomText random(20261121);
     for (int round = 0; round < 2000; ++round) {
         for (std::uint64_t count = 0; count <= 16; ++count) {
@@ -47,7 +47,7 @@ TYPED_TEST(DigitBlock, ValueOfEveryDigitCount) {
     }
 }
 
-TYPED_TEST(DigitBlock, ValueAcrossTheDecimalPoint) {
+TYPED_TEST(DigitBlock, ValueAcrossPoint_IgnoresTheDecimalPoint) {
     test::RandomText random(20261121);
     for (std::uint64_t whole = 0; whole <= 14; ++whole) {
         for (std::uint64_t fraction = 0; whole + fraction <= 14; ++fraction) {
@@ -79,7 +79,7 @@ TYPED_TEST(DigitBlock, HexMaskHasABitForEachDigit) {
     }
 }
 
-TYPED_TEST(DigitBlock, HexValueOfEveryDigitCount) {
+TYPED_TEST(DigitBlock, ValueOfHexDigits_IsExactForEveryDigitCount) {
     test::RandomText random(20261121);
     constexpr std::size_t kBlock = algorithms::kHexBlock<TypeParam>;
     for (int round = 0; round < 2000; ++round) {
@@ -94,7 +94,7 @@ TYPED_TEST(DigitBlock, HexValueOfEveryDigitCount) {
     }
 }
 
-TYPED_TEST(DigitBlock, BlocksStayWithinThePage) {
+TYPED_TEST(DigitBlock, AreDigitBlocksInPage_IsTrueOnlyIfAllBlocksAreInThePage) {
     test::PageEdge<TypeParam> edge(4096 / sizeof(TypeParam));
     const TypeParam* const first = edge.firstElement();
     for (std::size_t position = 0; position < 4096 / sizeof(TypeParam); ++position) {

@@ -55,6 +55,6 @@ TEST(FormatSlotsOfWideText, ComparesWholeUnits) {
     EXPECT_EQ(countFormatSlots(L"%\x0130%d"), 2u);
 }
 
-static_assert(countFormatSlots("%d%*d") == 3, "usable at compile time");
+static_assert(countFormatSlots("%d%*d") == 3, "the function must work at compile time");
 
 }  // namespace

@@ -115,7 +115,7 @@ using Encoders = ::testing::Types<Scalar<char>, Scalar<wchar_t>, InBlocks<char>,
                                   InSse2Blocks<wchar_t>, InAvx2Blocks<char>, InAvx2Blocks<wchar_t>>;
 TYPED_TEST_SUITE(HexEncoding, Encoders, test::ImplementationNames);
 
-TYPED_TEST(HexEncoding, EncodesEveryCountAndNothingElse) {
+TYPED_TEST(HexEncoding, EncodesExactlyTheGivenBytesForEveryCount) {
     test::RandomText random(20261123);
     for (std::size_t count = 0; count <= 200; ++count) {
         ASSERT_NO_FATAL_FAILURE(this->expectEncoded(random.bytes(count))) << count;
@@ -207,7 +207,7 @@ TYPED_TEST(HexDecoding, DecodesOnlyTheGivenBlocks) {
         for (std::size_t more = 0; more <= TypeParam::kBlock; ++more) {
             const std::string digits = random.from(kDigits, blocks * TypeParam::kBlock + more);
             ASSERT_NO_FATAL_FAILURE(this->expectDecoded(test::text<typename TypeParam::Unit>(digits), blocks))
-                << blocks << " blocks and " << more;
+                << blocks << " blocks and " << more << " characters";
         }
     }
 }
@@ -238,7 +238,7 @@ TYPED_TEST(HexDecoding, AgreesWithTheReferenceOnRandomTexts) {
     }
 }
 
-TEST(HexDigitTable, HasExactlyTheValuesOfDigits) {
+TEST(HexDigitTable, ContainsExactlyTheValuesOfDigits) {
     for (unsigned int byte = 0; byte < 256; ++byte) {
         const std::string digit(1, static_cast<char>(byte));
         EXPECT_EQ(algorithms::hexDigitOf(digit[0]), isDigit(byte) ? std::stoul(digit, nullptr, 16) : 0xFFu) << byte;

@@ -61,7 +61,8 @@ protected:
         const std::size_t after = size - text.size() - 1;
         ASSERT_EQ(end - buffer, static_cast<std::ptrdiff_t>(text.size())) << text;
         ASSERT_EQ(std::basic_string<T>(buffer), test::text<T>(text));
-        ASSERT_EQ(std::basic_string<T>(end + 1, after), std::basic_string<T>(after, kFill)) << "after " << text;
+        ASSERT_EQ(std::basic_string<T>(end + 1, after), std::basic_string<T>(after, kFill))
+            << "a unit after the terminator changed: " << text;
     }
 
     void expectInteger(std::uint64_t magnitude, bool negative) {
@@ -77,7 +78,7 @@ protected:
 };
 TYPED_TEST_SUITE(NumberText, test::CharacterTypes, test::CharacterNames);
 
-TYPED_TEST(NumberText, IntegersStayWithinTheirUnits) {
+TYPED_TEST(NumberText, IntegersLeaveTheUnitsAfterTheirTextUnchanged) {
     for (const bool negative : {false, true}) {
         this->expectInteger(0, negative);
         for (const std::uint64_t power : algorithms::kIntegerPowersOfTen) {
@@ -114,7 +115,7 @@ TYPED_TEST(NumberText, DoublesLeaveTheUnitsAfterTheirTextUnchanged) {
     });
 }
 
-TYPED_TEST(NumberText, FirstCharactersAreStoredForEveryCount) {
+TYPED_TEST(NumberText, StoreFirst_StoresOnlyTheFirstCharactersForEveryCount) {
     const __m128i letters = algorithms::loadBlock("abcdefghijklmnop");
     for (std::size_t count = 0; count <= 16; ++count) {
         TypeParam* const buffer = this->m_pages.lastElements(16);

@@ -7,7 +7,7 @@ namespace {
 #if defined(__x86_64__)
 
 // The reference is the compiler's own detection.
-TEST(Processor, HasAvx2IfTheCompilerFindsIt) {
+TEST(Processor, DetectAvx2_AgreesWithTheCompiler) {
     EXPECT_EQ(vorel::algorithms::detectAvx2(), __builtin_cpu_supports("avx2") != 0);
 }
 

@@ -192,7 +192,7 @@ protected:
 using Implementations = ::testing::Types<Scalar<char>, Scalar<wchar_t>, Avx2<char>, Avx2<wchar_t>>;
 TYPED_TEST_SUITE(Sextets, Implementations, test::ImplementationNames);
 
-TYPED_TEST(Sextets, Encode_EveryCountAndNothingElse) {
+TYPED_TEST(Sextets, Encode_EncodesAllWholeGroupsForEveryCount) {
     test::RandomText random(20261123);
     for (const Encoding& encoding : kEncodings) {
         for (std::size_t count = 0; count <= 10 * kBlockBytes + 1; ++count) {
@@ -202,7 +202,7 @@ TYPED_TEST(Sextets, Encode_EveryCountAndNothingElse) {
     }
 }
 
-TYPED_TEST(Sextets, Encode_EveryCharacterAtEveryBlockPosition) {
+TYPED_TEST(Sextets, Encode_WritesEveryCharacterAtEveryBlockPosition) {
     for (const Encoding& encoding : kEncodings) {
         std::vector<unsigned int> units;
         for (std::size_t at = 0; at < 64 * kBlockCharacters; ++at) {
@@ -220,11 +220,11 @@ TYPED_TEST(Sextets, Encode_AgreesWithTheReferenceOnRandomBytes) {
     }
 }
 
-TYPED_TEST(Sextets, DecodeBase64_UpToTheEndOfTheTextAndTheGivenBlocks) {
+TYPED_TEST(Sextets, DecodeBase64_StopsAtTheEndOfTheTextOrOfTheGivenBlocks) {
     for (std::size_t length = 0; length <= 10 * kBlockCharacters + 1; ++length) {
         const auto text = this->textOf(kBase64, length);
         for (const std::size_t blocks : {0u, 1u, 2u, 4u, 5u, 9u, 12u}) {
-            SCOPED_TRACE(testing::Message() << blocks << " blocks of " << length);
+            SCOPED_TRACE(testing::Message() << blocks << " blocks, text of length " << length);
             const std::size_t groups = std::min(blocks * kBlockGroups, length / 4);
             ASSERT_NO_FATAL_FAILURE(this->expectBase64(this->placedAtStart(text), blocks, groups));
             ASSERT_NO_FATAL_FAILURE(
@@ -283,7 +283,7 @@ TYPED_TEST(Sextets, DecodeBase64_AgreesWithTheReferenceOnRandomTexts) {
     }
 }
 
-TYPED_TEST(Sextets, DecodeDaylight_EveryNumberOfGroupsAndNothingElse) {
+TYPED_TEST(Sextets, DecodeDaylight_DecodesExactlyTheGivenGroups) {
     for (std::size_t groups = kBlockGroups; groups <= 6 * kBlockGroups; ++groups) {
         SCOPED_TRACE(groups);
         // The text has no terminator.
@@ -292,7 +292,7 @@ TYPED_TEST(Sextets, DecodeDaylight_EveryNumberOfGroupsAndNothingElse) {
     }
 }
 
-TYPED_TEST(Sextets, DecodeDaylight_EveryUnitAtEveryBlockPosition) {
+TYPED_TEST(Sextets, DecodeDaylight_DecodesEveryUnitAtEveryBlockPosition) {
     using T = typename TypeParam::Unit;
     const auto text = this->textOf(kDaylight, 3 * kBlockCharacters);
     for (unsigned int unit = 0; unit < 1u << 8 * sizeof(T); ++unit) {

@@ -50,7 +50,7 @@ TYPED_TEST_SUITE(TextOrderBlocks, test::CharacterTypes, test::CharacterNames);
 
 /// Compares every pair of narrow units, and every pair of wide units below 0x180, at the first and at the last position
 /// of a block.
-TYPED_TEST(TextOrderBlocks, UnitsAreTheSameByTheRule) {
+TYPED_TEST(TextOrderBlocks, SameInBlock_ComparesUnitsAndIgnoresCaseOnRequest) {
     constexpr std::uint32_t kEnd = sizeof(TypeParam) == 1 ? 0x100 : 0x180;
     constexpr std::size_t kUnits = kOrderBlock<Compared<TypeParam>>;
     const auto isPair = [](std::uint32_t lower, std::uint32_t upper) {
@@ -78,7 +78,7 @@ TYPED_TEST(TextOrderBlocks, UnitsAreTheSameByTheRule) {
 /// Pairs of random texts of up to 69 units. The second text is a copy of the first with random changes: letters in the
 /// other case, exchanged slashes, one other character, or a shorter length. Each text is placed at an edge of a page or
 /// at a random position.
-TYPED_TEST(TextOrderBlocks, AgreeWithTheComparisonUnitByUnit) {
+TYPED_TEST(TextOrderBlocks, CompareTexts_AgreesWithTheComparisonUnitByUnit) {
     test::PageEdge<TypeParam> pagesOfA(2048);
     test::PageEdge<TypeParam> pagesOfB(2048);
     test::forEachRandomInput(100000, [&](test::RandomText& random) {

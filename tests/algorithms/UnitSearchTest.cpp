@@ -41,7 +41,7 @@ private:
 
 TYPED_TEST_SUITE(UnitSearch, test::CharacterTypes, test::CharacterNames);
 
-TYPED_TEST(UnitSearch, FindUnit_AtEveryPositionOfEveryLength) {
+TYPED_TEST(UnitSearch, UnitIsFoundAndCountedAtEveryPositionOfEveryLength) {
     for (std::size_t length = 0; length <= kMaxLength; ++length) {
         std::basic_string<TypeParam> text(length, TypeParam{'a'});
         this->atBothEdges(text, [&](auto view) { EXPECT_EQ(findUnit(view, TypeParam{','}), this->kNone); });
@@ -55,7 +55,7 @@ TYPED_TEST(UnitSearch, FindUnit_AtEveryPositionOfEveryLength) {
     }
 }
 
-TYPED_TEST(UnitSearch, EveryBitOfAUnitCounts) {
+TYPED_TEST(UnitSearch, UnitsThatDifferInOneBitAreNotFound) {
     const std::basic_string<TypeParam> text(20, TypeParam{','});
     for (unsigned int bit = 0; bit < 8 * sizeof(TypeParam); ++bit) {
         const auto other = static_cast<TypeParam>(static_cast<unsigned int>(',') ^ 1u << bit);
@@ -83,7 +83,7 @@ TYPED_TEST(UnitSearch, FindText_FindsTheFirstWholeOccurrence) {
     }
 }
 
-TYPED_TEST(UnitSearch, Set_HasItsMembersOnly) {
+TYPED_TEST(UnitSearch, Set_ContainsOnlyItsMembers) {
     for (const char* const members : {"", ",", ",;", "\x01\x7F\x80\xFF", "@`", "zyxwvutsrqponmlkjihgfedcba"}) {
         const auto units = test::text<TypeParam>(members);
         const UnitSet<TypeParam> set{std::basic_string_view<TypeParam>(units)};
@@ -94,7 +94,7 @@ TYPED_TEST(UnitSearch, Set_HasItsMembersOnly) {
     }
 }
 
-TEST(UnitSearchInWideText, SetMayHaveUnitsFrom256On) {
+TEST(UnitSearchInWideText, Set_MayContainUnitsFrom256On) {
     const UnitSet<wchar_t> set{std::wstring_view(L",\x012C\xFFFF")};
     EXPECT_TRUE(set.contains(L','));
     EXPECT_TRUE(set.contains(L'\x012C'));
@@ -106,7 +106,7 @@ TEST(UnitSearchInWideText, SetMayHaveUnitsFrom256On) {
     EXPECT_EQ(set.countIn(L"\x012C ab,\x022C,"), 3u);
 }
 
-TYPED_TEST(UnitSearch, Set_FindsAndCountsAtEveryLength) {
+TYPED_TEST(UnitSearch, Set_FindsAndCountsMembersAtEveryLength) {
     for (const char* const members : {",", ",;", ""}) {
         const auto units = test::text<TypeParam>(members);
         const UnitSet<TypeParam> set{std::basic_string_view<TypeParam>(units)};

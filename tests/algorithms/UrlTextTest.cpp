@@ -122,7 +122,7 @@ protected:
 using Implementations = ::testing::Types<Scalar, Avx2>;
 TYPED_TEST_SUITE(UrlEscapes, Implementations, test::ImplementationNames);
 
-TYPED_TEST(UrlEscapes, EncodeEveryLengthAndNothingElse) {
+TYPED_TEST(UrlEscapes, EncodeTextsOfEveryLengthWithinTheCapacity) {
     test::RandomText random(20261123);
     for (const std::string_view alphabet : {"abcdefgh", "%", " ", "ab %/~\x80"}) {
         for (std::size_t length = 0; length <= 5 * kBlock + 1; ++length) {
@@ -166,14 +166,16 @@ TEST(UrlText, EncodesUpToTheCapacity) {
                 char* const out = edge.lastElements(capacity);
                 const UrlProgress done = algorithms::encodeUrl(text, use.table, out, capacity);
                 ASSERT_EQ(std::string(out, done.written), test::urlEncoded(text.substr(0, done.read), use.rule));
-                ASSERT_TRUE(capacity == 0 ? done.written == 0 : done.written < capacity) << "a terminator must fit";
-                ASSERT_TRUE(done.read == text.size() || capacity != enough) << "stopped too early";
+                ASSERT_TRUE(capacity == 0 ? done.written == 0 : done.written < capacity)
+                    << "space for a terminator must remain";
+                ASSERT_TRUE(done.read == text.size() || capacity != enough)
+                    << "the whole text must be encoded if the capacity is sufficient";
             }
         }
     }
 }
 
-TEST(UrlTables, HaveEscapesAndBitsOfUnescapedBytes) {
+TEST(UrlTables, ContainEscapesAndBitsOfUnescapedBytes) {
     for (const Use& use : uses()) {
         for (unsigned int byte = 0; byte < 256; ++byte) {
             const std::string text(1, static_cast<char>(byte));

@@ -16,7 +16,7 @@ using vorel::algorithms::isSurrogate;
 using vorel::algorithms::pairedValue;
 using vorel::algorithms::writeUnits;
 
-TEST(Utf16, WriteUnits_SplitsFrom10000AndWrapsAbove10FFFF) {
+TEST(Utf16, WriteUnits_SplitsValuesFrom0x10000AndWrapsAbove0x10FFFF) {
     struct Case {
         std::uint32_t value;
         std::wstring units;
@@ -55,7 +55,7 @@ TEST(Utf16, SurrogateRanges) {
     }
 }
 
-TEST(Utf16, PairedValue_JoinsWhatWriteUnitsSplits) {
+TEST(Utf16, PairedValue_JoinsTheUnitsOfASurrogatePair) {
     EXPECT_EQ(pairedValue(0xD800, 0xDC00), 0x10000u);
     EXPECT_EQ(pairedValue(0xDBFF, 0xDFFF), 0x10FFFFu);
     EXPECT_EQ(pairedValue(0xD83D, 0xDE00), 0x1F600u);

@@ -101,7 +101,7 @@ protected:
         EXPECT_EQ(out.substr(0, done.written),
                   paired ? test::encodeUtf16(taken + L'\0', -1).bytes : test::encodeUnits(taken));
         EXPECT_EQ(out.find_first_not_of(static_cast<char>(kGuardByte), room), std::string::npos)
-            << "after the capacity";
+            << "nothing may be written after the capacity";
         const Progress counted = countEncodedAvx2(input, left, paired);
         EXPECT_LE(counted.read, left);
         const std::wstring countedUnits(units.substr(0, counted.read));
@@ -288,7 +288,7 @@ TEST_F(Utf8Avx2, ReadsNothingPastAnInvalidByte) {
 }
 
 /// The encoder may store bytes after the encoded text. They must be zeros, so that unused slots of an array stay zero.
-TEST_F(Utf8Avx2, EncodesWithZerosAfterTheText) {
+TEST_F(Utf8Avx2, StoresOnlyZerosAfterTheEncodedText) {
     RandomText random(kSeed);
     for (int text = 0; text < 1500; ++text) {
         const std::wstring units = randomText(random, true) + std::wstring(20, L'\0');
@@ -313,7 +313,8 @@ TEST_F(Utf8Avx2, StopsBeforeMalformedText) {
                 }
                 const std::size_t valid = bytes.size();
                 bytes += damage + std::string(64, 'z') + std::string(6, '\0');
-                EXPECT_LE(decode(bytes, kNoBound, 200, Overwrite::Allowed).read, valid) << "damage " << damage.size();
+                EXPECT_LE(decode(bytes, kNoBound, 200, Overwrite::Allowed).read, valid)
+                    << "malformed sequence of " << damage.size() << " bytes";
             }
         }
     }

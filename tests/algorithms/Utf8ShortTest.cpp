@@ -66,13 +66,15 @@ protected:
             m_bytes.placeAtEnd({reinterpret_cast<const unsigned char*>(bytes.data()), expected.bytesRead});
         std::wstring out(capacity + 8, kGuardUnit);
         const std::size_t units = decodeShortText(input, length, out.data(), capacity);
-        EXPECT_EQ(out.find_first_not_of(kGuardUnit, capacity), std::wstring::npos) << "after the capacity";
+        EXPECT_EQ(out.find_first_not_of(kGuardUnit, capacity), std::wstring::npos)
+            << "nothing may be written after the capacity";
         if (units == kNotShort) {
             return false;
         }
         EXPECT_FALSE(expected.error);
         EXPECT_EQ(out.substr(0, units), expected.units);
-        EXPECT_EQ(out.find_first_not_of(kGuardUnit, units), std::wstring::npos) << "after the text";
+        EXPECT_EQ(out.find_first_not_of(kGuardUnit, units), std::wstring::npos)
+            << "nothing may be written after the text";
         return true;
     }
 
@@ -86,13 +88,15 @@ protected:
         std::string out(capacity + 8, kGuardByte);
         const std::size_t bytes =
             encodeShortText<Rule>(position, length, reinterpret_cast<unsigned char*>(out.data()), capacity);
-        EXPECT_EQ(out.find_first_not_of(kGuardByte, capacity), std::string::npos) << "after the capacity";
+        EXPECT_EQ(out.find_first_not_of(kGuardByte, capacity), std::string::npos)
+            << "nothing may be written after the capacity";
         if (bytes == kNotShort) {
             return false;
         }
         const std::wstring bounded = length < 0 ? input : input.substr(0, static_cast<std::size_t>(length)) + L'\0';
         EXPECT_EQ(out.substr(0, bytes), Rule == Surrogates::Paired ? expected.bytes : test::encodeUnits(bounded));
-        EXPECT_EQ(out.find_first_not_of(kGuardByte, bytes), std::string::npos) << "after the text";
+        EXPECT_EQ(out.find_first_not_of(kGuardByte, bytes), std::string::npos)
+            << "nothing may be written after the text";
         return true;
     }
 
@@ -133,7 +137,7 @@ TEST_F(Utf8Short, RejectsTextAboveTheCapacity) {
     }
 }
 
-TEST_F(Utf8Short, RejectsTextAfterADecodedZero) {
+TEST_F(Utf8Short, RejectsTextAfterASequenceThatIncludesAZero) {
     const std::string text("a\xC3\0z\0", 5);
     EXPECT_TRUE(decodes(text, 2, kAmple));
     const std::string longer = text + std::string(100, '\0');  // contains all bytes that the decoder reads
@@ -141,7 +145,7 @@ TEST_F(Utf8Short, RejectsTextAfterADecodedZero) {
               kNotShort);
 }
 
-TEST_F(Utf8Short, RejectsLongText) {
+TEST_F(Utf8Short, RejectsTextOfMoreThan48Units) {
     EXPECT_TRUE(decodes(std::string(48, 'x'), 48, kAmple));
     EXPECT_FALSE(decodes(std::string(49, 'x'), 49, kAmple));
     EXPECT_TRUE(encodes<Surrogates::Paired>(std::wstring(48, L'x'), 48, kAmple));
@@ -158,11 +162,12 @@ TEST_F(Utf8Short, EncodesSurrogatesByTheRule) {
     }
 }
 
-TEST_F(Utf8Short, EncodesTheLimitsOfEveryLength) {
+TEST_F(Utf8Short, EncodesTheFirstAndLastUnitsOfEverySequenceLength) {
     for (const wchar_t unit : std::wstring_view(L"\x01\x7F\x80\x7FF\x800\xD7FF\xE000\xFFFF")) {
         SCOPED_TRACE(testing::Message() << std::hex << std::uint32_t{unit});
         EXPECT_TRUE(encodes<Surrogates::Paired>(std::wstring(3, unit) + L'\0', 3, kAmple));
-        EXPECT_FALSE(encodes<Surrogates::Paired>(std::wstring(4, unit) + L'\0', 4, 3)) << "insufficient capacity";
+        EXPECT_FALSE(encodes<Surrogates::Paired>(std::wstring(4, unit) + L'\0', 4, 3))
+            << "text above the capacity must be rejected";
     }
 }
 

@@ -39,9 +39,9 @@ std::wstring readInPieces(Utf8Reader& reader, std::size_t capacity) {
         std::vector<wchar_t> piece(capacity + kOverhang + 1, L'\x5A5A');
         const std::size_t units = reader.read<Rule>(piece.data(), capacity);
         EXPECT_LE(units, capacity + kOverhang);
-        EXPECT_EQ(piece[capacity + kOverhang], L'\x5A5A') << "after the capacity";
+        EXPECT_EQ(piece[capacity + kOverhang], L'\x5A5A') << "nothing may be written after the capacity";
         if (units == 0 && !reader.failed()) {
-            ADD_FAILURE() << "no progress";
+            ADD_FAILURE() << "a piece is empty before the end of the text";
             break;
         }
         all.append(piece.data(), units);
@@ -58,7 +58,7 @@ TEST(BoundedCursorTest, EndsAtTheBoundOrAtAZero) {
     EXPECT_TRUE((BoundedCursor<char>(text.data() + 2, 2).atEnd()));
 }
 
-TEST(BoundedCursorTest, Pass_BeyondTheBoundIsTheEnd) {
+TEST(BoundedCursorTest, Pass_BeyondTheBoundReachesTheEnd) {
     const std::string text = "abcdef";
     BoundedCursor<char> cursor(text.data(), 2);
     cursor.pass(5);
@@ -136,7 +136,7 @@ TEST(Utf8ReaderTest, UnitsLeft_CountsTheUnitsThatCanBeRead) {
 }
 
 /// Sequences of every kind, well-formed or not, at every position of a vector and across two vectors.
-TEST(Utf8ReaderTest, UnitsLeft_CountSequencesAtEveryPosition) {
+TEST(Utf8ReaderTest, UnitsLeft_CountsSequencesAtEveryPosition) {
     const std::string sequences[] = {"\xC3\xA9",         "\xE2\x82\xAC", "\xF0\x9F\x98\x80", "\xF0\x8F\xBF\xBF",
                                      "\xF4\x80\x80\x80", "\xC3z",        "\xE2\x82z",        "\xE2zz",
                                      "\xF0\x9F\x98z",    "\xF0\x9Fzz",   "\xF0zzz",          "\xFDzzzzz"};
@@ -152,7 +152,7 @@ TEST(Utf8ReaderTest, UnitsLeft_CountSequencesAtEveryPosition) {
     }
 }
 
-TEST(Utf8ReaderTest, UnitsLeft_EndAtAnInvalidLeadByte) {
+TEST(Utf8ReaderTest, UnitsLeft_StopsAtAnInvalidLeadByte) {
     for (std::size_t before = 0; before != 100; ++before) {
         const std::string text = std::string(before, 'a') + "\xC3\xA9\xF1" + std::string(100, 'a');
         EXPECT_EQ(Utf8Reader(bytesOf(text), -1).unitsLeft(), before + 1);
@@ -170,11 +170,11 @@ std::string writeInPieces(const std::wstring& text, int length, std::size_t enou
         std::vector<unsigned char> piece(capacity + 1, 0x5A);
         const std::size_t bytes = writer.write(piece.data(), enough, capacity);
         EXPECT_LE(bytes, capacity);
-        EXPECT_EQ(piece[capacity], 0x5A) << "after the capacity";
+        EXPECT_EQ(piece[capacity], 0x5A) << "nothing may be written after the capacity";
         EXPECT_TRUE(bytes + kLongestUtf8Sequence > capacity || bytes >= enough || writer.atEnd())
             << "every piece except the last piece must be full";
         if (bytes == 0) {
-            ADD_FAILURE() << "no progress";
+            ADD_FAILURE() << "a piece is empty before the end of the text";
             break;
         }
         all.append(piece.begin(), piece.begin() + static_cast<std::ptrdiff_t>(bytes));
@@ -211,7 +211,7 @@ TEST(Utf8WriterTest, BytesLeft_CountsTheBytesThatAreWritten) {
     }
 }
 
-TEST(Utf8WriterTest, BytesLeft_CountUnitsAtEveryPosition) {
+TEST(Utf8WriterTest, BytesLeft_CountsSequencesAtEveryPosition) {
     const std::wstring sequences[] = {L"\x00E9", L"\x20AC",       L"\xD83D\xDE00",       L"\xD83D",
                                       L"\xDE00", L"\xDE00\xD83D", L"\xD83D\xD83D\xDE00", L"\xD83D\xDE00\xDE00"};
     for (const std::wstring& first : sequences) {

@@ -44,7 +44,7 @@ std::string encoded(std::uint32_t value) {
     return {reinterpret_cast<const char*>(bytes), length};
 }
 
-TEST(Utf8Test, DecodeSequence_LengthOfEveryLeadByte) {
+TEST(Utf8Test, DecodeSequence_ReturnsTheLengthForEveryLeadByte) {
     struct Range {
         unsigned int first, last, step, length;
     };
@@ -76,14 +76,14 @@ TEST(Utf8Test, DecodeSequence_AcceptsAnyTrailingBytes) {
     }
 }
 
-TEST(Utf8Test, DecodeSequence_IsNeverNegative) {
+TEST(Utf8Test, DecodeSequence_ReturnsValuesOfAtMost31Bits) {
     for (unsigned int lead = 0x80; lead < 256; ++lead) {
         const unsigned char bytes[6] = {static_cast<unsigned char>(lead), 0xFF, 0xFF, 0xFF, 0xFF, 0xFF};
         EXPECT_LT(decodeUtf8Sequence(bytes).value, 0x80000000u) << std::hex << lead;
     }
 }
 
-TEST(Utf8Test, DecodeSequence_RoundTripsWithinItsMasks) {
+TEST(Utf8Test, DecodeSequence_RestoresEncodedValuesOfAcceptedLeadBytes) {
     // The loop ends at 0x200000. The encoder writes larger values as five or six bytes, which the decoder rejects or
     // reads as other values. The decoder also rejects four-byte sequences with an odd lead byte.
     for (std::uint32_t value = 0x80; value < 0x200000; value += value < 0x20000 ? 1 : 61) {
@@ -169,6 +169,6 @@ TEST(Utf8Test, ConsumeValue_JoinsPairsAndReplacesUnpairedSurrogates) {
 
 static_assert(
     decodeUtf8Sequence(std::begin({static_cast<unsigned char>(0xC3), static_cast<unsigned char>(0xA9)})).value == 0xE9,
-    "the codec works at compile time");
+    "the codec must work at compile time");
 
 }  // namespace

@@ -42,7 +42,7 @@ TEST(WideArithmetic, MultiplyWide_ComputesAll128Bits) {
     }
 }
 
-TEST(WideArithmetic, BigIntegersCompare) {
+TEST(WideArithmetic, Compare_OrdersBigIntegers) {
     BigInteger one(1);
     BigInteger large(0xFFFFFFFFFFFFFFFF);
     EXPECT_LT(compare(one, large), 0);
@@ -64,7 +64,7 @@ TEST(WideArithmetic, ShiftLeftMultipliesByPowersOfTwo) {
     }
 }
 
-TEST(WideArithmetic, MultiplyByPowerOfFive) {
+TEST(WideArithmetic, MultiplyByPowerOfFiveEqualsRepeatedMultiplication) {
     BigInteger multiplied(7);
     for (unsigned int exponent = 0; exponent < 400; ++exponent, multiplied.multiply(5)) {
         BigInteger power(7);
