@@ -195,11 +195,13 @@ void silentOperations(Attempt& attempt) {
 
 const std::vector<Operation>& operations() {
     static const std::vector<Operation> kOperations = {
-        {"Warn_Narrow", warnNarrow},         {"Warn_Wide", warnWide},         {"WarnClass", warnOfClass},
-        {"Debug_Narrow", debugNarrow},       {"Debug_Wide", debugWide},       {"DebugClass", debugOfClass},
-        {"Log_Narrow", logNarrow},           {"Log_Wide", logWide},           {"LogClass", logOfClass},
-        {"SwigWarn_Narrow", swigwarnNarrow}, {"SwigWarn_Wide", swigwarnWide}, {"VDebug_Narrow", vDebugNarrow},
-        {"VDebug_Wide", vDebugWide},         {"Silent", silentOperations},
+        {"Warn_Narrow", warnNarrow},     {"Warn_Wide", warnWide},
+        {"WarnClass", warnOfClass},      {"Debug_Narrow", debugNarrow},
+        {"Debug_Wide", debugWide},       {"DebugClass", debugOfClass},
+        {"Log_Narrow", logNarrow},       {"Log_Wide", logWide},
+        {"LogClass", logOfClass},        {"SwigWarn_Narrow", swigwarnNarrow},
+        {"SwigWarn_Wide", swigwarnWide}, {"VDebug_Narrow", vDebugNarrow},
+        {"VDebug_Wide", vDebugWide},     {"CallsThatLogNothing", silentOperations},
     };
     return kOperations;
 }
@@ -220,16 +222,16 @@ TEST(ChannelText, IsTruncatedAndMarkedWhenOnlyItsBlockCannotBeAllocated) {
     const std::string truncated = kNarrow.substr(0, kTruncatedLength);
     const TruncatedLine lines[] = {
         {"warn, narrow", [] { Exception::warn("%s", kNarrow.c_str()); }, "WARN Truncated: " + truncated},
-        {"warn", [] { Exception::warn(L"%ls", kWide.c_str()); }, "WARN Truncated: " + truncated},
-        {"swigwarn", [] { Exception::swigwarn(L"%ls", kWide.c_str()); }, "WARN Truncated: " + truncated},
+        {"warn, wide", [] { Exception::warn(L"%ls", kWide.c_str()); }, "WARN Truncated: " + truncated},
+        {"swigwarn, wide", [] { Exception::swigwarn(L"%ls", kWide.c_str()); }, "WARN Truncated: " + truncated},
         {"warnClass", [] { Exception::warnClass(L"C", L"m", L"%ls", kWide.c_str()); },
          "WARN Truncated: C::m: " + truncated},
         {"debug, narrow", [] { Exception::debug("T", "%s", kNarrow.c_str()); }, "DEBUG Truncated: T: " + truncated},
-        {"debug", [] { Exception::debug(L"T", L"%ls", kWide.c_str()); }, "DEBUG Truncated: T: " + truncated},
+        {"debug, wide", [] { Exception::debug(L"T", L"%ls", kWide.c_str()); }, "DEBUG Truncated: T: " + truncated},
         {"debugClass", [] { Exception::debugClass(L"C", L"m", L"T", L"%ls", kWide.c_str()); },
          "DEBUG Truncated: C::m: T: " + truncated},
         {"log, narrow", [] { Exception::log(nullptr, -1, "P", "%s", kNarrow.c_str()); }, "P Truncated: " + truncated},
-        {"log", [] { Exception::log(nullptr, -1, L"P", L"%ls", kWide.c_str()); }, "P Truncated: " + truncated},
+        {"log, wide", [] { Exception::log(nullptr, -1, L"P", L"%ls", kWide.c_str()); }, "P Truncated: " + truncated},
         {"logClass", [] { Exception::logClass(nullptr, -1, L"P", L"C", L"m", L"%ls", kWide.c_str()); },
          "P Truncated: C::m: " + truncated},
     };
@@ -242,7 +244,7 @@ TEST(ChannelText, IsTruncatedAndMarkedWhenOnlyItsBlockCannotBeAllocated) {
     }
 }
 
-TEST(ChannelText, IsTruncatedWithDecorationWhenItsDecoratedBlockCannotBeAllocated) {
+TEST(ChannelText, IsTruncatedWithDecorationWhenOnlyItsDecoratedBlockCannotBeAllocated) {
     test::TemporaryLog log;
     heap::arm(2, heap::Failure::Once);
     Exception::warnClass(L"C", L"m", L"%ls", kWide.c_str());
@@ -251,7 +253,7 @@ TEST(ChannelText, IsTruncatedWithDecorationWhenItsDecoratedBlockCannotBeAllocate
               std::vector<std::string>{"WARN Truncated: " + ("C::m: " + kNarrow).substr(0, kTruncatedLength)});
 }
 
-TEST(ChannelText, ReportsWhenNarrowMessageCannotBeConverted) {
+TEST(ChannelText, SaysThatANarrowMessageCannotBeConverted) {
     test::TemporaryLog log;
     heap::arm(1, heap::Failure::Once);
     Exception::warn("%s", "a short message");

@@ -244,7 +244,7 @@ void putUsesSpareNode(Attempt& attempt) {
     squares.map.remove(2, 2);
     attempt.perform([&] { squares.map.put(2, 2, 4); });
     attempt.expectCompleted();
-    EXPECT_FALSE(attempt.allocationFailed()) << "reuses a spare node and allocates nothing";
+    EXPECT_FALSE(attempt.allocationFailed()) << "the call must reuse the spare node and allocate nothing";
     squares.expectEntries(3);
 }
 
@@ -269,7 +269,7 @@ void clearMap(Attempt& attempt) {
     squares.map.remove(2, 2);
     attempt.perform([&] { squares.map.clear(); });
     attempt.expectCompleted();
-    EXPECT_FALSE(attempt.allocationFailed()) << "allocates nothing";
+    EXPECT_FALSE(attempt.allocationFailed()) << "clearing the map must allocate nothing";
     squares.expectEntries(0);
 }
 
@@ -289,7 +289,7 @@ void popOfEmptyStack(Attempt& attempt) {
 std::vector<Operation> arrayOperations() {
     std::vector<Operation> all = {{"Append_OwnElements", appendOwnElements},
                                   {"Append_TextToFreeSlot", appendTextToFreeSlot},
-                                  {"BadIndex", badIndex}};
+                                  {"AccessWithInvalidIndex", badIndex}};
     const auto add = [&all](const std::string& name, void (*ofInts)(Attempt&), void (*ofTexts)(Attempt&)) {
         all.push_back({name + "_OfInts", ofInts});
         all.push_back({name + "_OfTexts", ofTexts});
@@ -314,7 +314,7 @@ const std::vector<Operation>& mapOperations() {
         {"Put_First", putFirst},
         {"Put_Grows", putGrows},
         {"Put_UsesSpareNode", putUsesSpareNode},
-        {"Put_IntoNoBuckets", putIntoNoBuckets},
+        {"Put_IntoMapWithoutBuckets", putIntoNoBuckets},
         {"Resize", resizeMap},
         {"Remove", removeEntry},
         {"Clear", clearMap},

@@ -61,10 +61,10 @@ void utf8ToString(Attempt& attempt) {
     attempt.perform([&] { ConvertUTF8toString(output, text, -1, true); });
     attempt.expectMemoryException({{2048, 2}}, {L"vorel::util::ConvertUTF8toString: Vorel exception rethrown"});
     if (attempt.completed()) {
-        EXPECT_EQ(attempt.requests(), 1u) << "grows once";
+        EXPECT_EQ(attempt.requests(), 1u) << "the output must grow once";
         EXPECT_EQ(output.view(), longWide());
     } else {
-        EXPECT_TRUE(longWide().starts_with(output.view())) << "only complete blocks";
+        EXPECT_TRUE(longWide().starts_with(output.view())) << "the output may contain only complete blocks";
     }
 }
 
@@ -157,7 +157,7 @@ void utf8ToBuffer(Attempt& attempt) {
     attempt.perform(
         [&] { ConvertUTF8toString(buffer, 4, reinterpret_cast<const unsigned char*>("abcdef"), -1, true); });
     attempt.expectCompleted();
-    EXPECT_FALSE(attempt.allocationFailed()) << "allocates nothing";
+    EXPECT_FALSE(attempt.allocationFailed()) << "the conversion must allocate nothing";
     EXPECT_STREQ(buffer, L"abc");
 }
 
@@ -167,7 +167,7 @@ void stringToUtf8Array(Attempt& attempt) {
     attempt.perform([&] { ConvertStringtoUTF8(text, output, true, -1); });
     attempt.expectMemoryException({{5120, 1}}, {L"vorel::util::ConvertStringtoUTF8: Vorel exception rethrown"});
     if (attempt.completed()) {
-        EXPECT_EQ(attempt.requests(), 1u) << "grows once";
+        EXPECT_EQ(attempt.requests(), 1u) << "the output must grow once";
         EXPECT_EQ(bytesOf(output), longUtf8() + '\0');
     } else {
         EXPECT_TRUE(longUtf8().starts_with(bytesOf(output)));
@@ -180,7 +180,7 @@ void stringToUtf8String(Attempt& attempt) {
     attempt.perform([&] { ConvertStringtoUTF8(text, output, -1); });
     attempt.expectMemoryException({{4096, 1}}, {L"vorel::util::ConvertStringtoUTF8: Vorel exception rethrown"});
     if (attempt.completed()) {
-        EXPECT_EQ(attempt.requests(), 1u) << "grows once";
+        EXPECT_EQ(attempt.requests(), 1u) << "the output must grow once";
     }
     EXPECT_EQ(output.view(), attempt.completed() ? longUtf8() : "");
 }
@@ -192,11 +192,11 @@ void encodeAndAppend(Attempt& attempt) {
     attempt.perform([&] { EncodeAndAppendToBuffer(text, output); });
     attempt.expectMemoryException({{5120, 1}}, {L"vorel::util::EncodeAndAppendToBuffer: Vorel exception rethrown"});
     if (attempt.completed()) {
-        EXPECT_EQ(attempt.requests(), 1u) << "grows once";
+        EXPECT_EQ(attempt.requests(), 1u) << "the output must grow once";
         EXPECT_EQ(bytesOf(output), ">" + longUtf8());
     } else {
         EXPECT_TRUE((">" + longUtf8()).starts_with(bytesOf(output)));
-        EXPECT_GE(output.size(), 1u) << "keeps the existing contents";
+        EXPECT_GE(output.size(), 1u) << "the existing contents must remain";
     }
 }
 
@@ -321,7 +321,7 @@ const std::vector<Operation>& conversionOperations() {
         {"Utf16ToString_WithoutLength", utf16WithoutLength},
         {"ByLocale_NarrowToWide", narrowToWide},
         {"ByLocale_WideToNarrow", wideToNarrow},
-        {"ByLocale_Unconvertible", unconvertibleToNarrow},
+        {"ByLocale_UnconvertibleToNarrow", unconvertibleToNarrow},
     };
     return kOperations;
 }

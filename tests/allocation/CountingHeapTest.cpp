@@ -53,7 +53,7 @@ TEST(CountingHeap, HeldBlocks_IgnoresUnwatchedBlocks) {
     std::free(kept);
 }
 
-TEST(CountingHeap, Arm_FailsOneRequestOrAllFromThenOn) {
+TEST(CountingHeap, Arm_FailsTheNthRequestOrAllRequestsFromTheNthOn) {
     for (const heap::Failure failure : {heap::Failure::Once, heap::Failure::FromThenOn}) {
         bool succeeded[4] = {};
         heap::arm(2, failure);

@@ -248,7 +248,7 @@ std::vector<Operation> operations() {
                                   {"Base64EncodeRange_Wide", base64EncodeRangeWide},
                                   {"Base64Decode", base64Decode},
                                   {"Base64Decode_Short", base64DecodeShort},
-                                  {"Base64Decode_Nothing", base64DecodeNothing},
+                                  {"Base64Decode_ToNoBytes", base64DecodeNothing},
                                   {"DaylightEncode", daylightEncode},
                                   {"DaylightDecode", daylightDecode},
                                   {"HexEncode", hexEncode},
@@ -259,9 +259,9 @@ std::vector<Operation> operations() {
                                   {"HexStringToByteArray_NarrowCounted", hexStringToByteArray<char, true>},
                                   {"HexStringToByteArray_Wide", hexStringToByteArray<wchar_t, false>},
                                   {"HexStringToByteArray_WideCounted", hexStringToByteArray<wchar_t, true>},
-                                  {"UrlOfWideText", urlOfWideText},
+                                  {"UrlEncode_OfNonAsciiWideText", urlOfWideText},
                                   {"UrlDecode_OfInvalidText", urlDecodeInvalidText},
-                                  {"FillNames", fillNames},
+                                  {"FillCodePageNames", fillNames},
                                   {"ConvertByCodePage", convertByCodePage}};
     addUrlConversions<char>(all, "_Narrow");
     addUrlConversions<wchar_t>(all, "_Wide");

@@ -57,7 +57,7 @@ void append(Attempt& attempt) {
     Exception e(L"the first message");
     attempt.perform([&] { e.appendMessage(Format<T>::kText, text.c_str()); });
     attempt.expectCompleted();
-    EXPECT_STREQ(e.what(), L"the first message") << "keeps the existing message";
+    EXPECT_STREQ(e.what(), L"the first message") << "the existing message must remain";
     expectMessage(attempt, e, 1, longText<wchar_t>(Length));
     expectLastLine(attempt, "Vorel Error", longText<char>(Length));
 }
@@ -289,14 +289,14 @@ const std::vector<Operation>& operations() {
         {"Append_WideShort", append<wchar_t, 20>},
         {"Append_NarrowLong", append<char, kLongMessage>},
         {"Append_WideLong", append<wchar_t, kLongMessage>},
-        {"Append_PartOfItself", appendPartOfItself},
+        {"Append_OwnMessage", appendPartOfItself},
         {"Copy", copied},
         {"Assign", assigned},
         {"Rethrow", rethrown},
         {"RethrowClass", rethrownByClass},
         {"RethrowDestructor", rethrownByDestructor},
-        {"Frame", thrownThroughAFrame},
-        {"Frame_OfSevereError", severeErrorInAFrame},
+        {"RethrowThroughFrame", thrownThroughAFrame},
+        {"SevereErrorInFrame", severeErrorInAFrame},
         {"SetErrorMessage", replaceMessage},
         {"DefineLocation_Wide", wideLocation},
         {"DefineLocation_Narrow", narrowLocation},
@@ -329,7 +329,7 @@ TEST(LongMessage, IsTruncatedAndMarkedWhenOnlyItsBlockCannotBeAllocated) {
     expectTruncatedMessage<char>();
 }
 
-TEST(LongMessage, IsTruncatedWithoutMarkWhenItReplacesAnother) {
+TEST(LongMessage, IsTruncatedWithoutMarkWhenItReplacesAnotherMessage) {
     const test::TemporaryLog log;
     Exception e(L"before");
     const std::wstring text = longText<wchar_t>(kLongMessage);
@@ -342,7 +342,7 @@ TEST(LongMessage, IsTruncatedWithoutMarkWhenItReplacesAnother) {
 
 // A narrow message is converted directly into its entry of the message stack. So a message needs only two blocks: the
 // stack, and the text of the entry.
-TEST(NarrowMessage, NeedsTheStackAndItsText) {
+TEST(NarrowMessage, NeedsBlocksOnlyForTheStackAndItsText) {
     const Texts noTexts;
     const struct {
         unsigned int failing;
@@ -390,7 +390,7 @@ void expectWholeTrail(std::basic_string_view<T> expected) {
     EXPECT_GT(failing, 3u) << "the text grows, so it needs several requests";
 }
 
-TEST(Trail, HasAllMessagesOrThrows) {
+TEST(Trail, ContainsAllMessagesOrThrows) {
     expectWholeTrail<wchar_t>(L"first, longer than the smallest buffer; second, longer than the smallest buffer");
     expectWholeTrail<char>("first, longer than the smallest buffer; second, longer than the smallest buffer");
 }

@@ -34,7 +34,7 @@ void expectStatus(Attempt& attempt, vorel_status expected, Call&& call) {
         EXPECT_EQ(vorel_last_error_status(), status);
         std::size_t length = 0;
         EXPECT_EQ(vorel_last_error_message(nullptr, 0, &length), VOREL_ERROR_BUFFER_TOO_SMALL)
-            << "the message is not empty";
+            << "the message must not be empty";
     }
 }
 

@@ -14,7 +14,7 @@ namespace {
 
 using vorel::detail::LogLine;
 
-TEST(LogLine, PiecesAreTheWholeLine) {
+TEST(LogLine, PiecesTogetherContainTheWholeLine) {
     std::wstring text;
     std::string utf8;
     for (int count = 0; count != 900; ++count) {

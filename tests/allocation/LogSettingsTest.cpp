@@ -79,7 +79,7 @@ void disableLogging(Attempt& attempt) {
     const bool isSilenced = Exception::IsThreadErrorLoggingDisabled();
     Exception::DisableThreadErrorLogging(false);
     attempt.expectCompleted();
-    EXPECT_EQ(attempt.logged().size(), 0u) << "logs nothing";
+    EXPECT_EQ(attempt.logged().size(), 0u) << "the call must log nothing";
     EXPECT_EQ(isSilenced, !attempt.allocationFailed());
 }
 

@@ -36,7 +36,7 @@ void recorded(Attempt& attempt, const Step& step) {
     TimeoutException e(kBefore);
     attempt.perform([&] { step.perform(e); });
     attempt.expectCompleted();
-    EXPECT_STREQ(e.what(), kBefore) << "keeps the existing message";
+    EXPECT_STREQ(e.what(), kBefore) << "the existing message must remain";
     EXPECT_LE(e.getMessageTotal(), 2u);
     expectMessage(attempt, e, 1, step.record);
     expectLastLine(attempt, "Vorel Error", test::narrowed(step.record));

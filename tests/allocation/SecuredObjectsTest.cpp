@@ -220,7 +220,7 @@ void mappingOfNewFile(Attempt& attempt) {
     attempt.expectException(typeid(vorel::Exception).name(), {severeError(path), kRecord});
     EXPECT_EQ(static_cast<bool>(handle), attempt.completed());
     EXPECT_EQ(GetFileAttributesW(path.c_str()) != INVALID_FILE_ATTRIBUTES, attempt.completed())
-        << "creates the file only after it has stored the path";
+        << "the file must be created only after the path has been stored";
     handle.close();
     EXPECT_EQ(DeleteFileW(path.c_str()) != FALSE, attempt.completed());
 }
@@ -278,7 +278,7 @@ void classLevelAllocation(Attempt& attempt) {
     attempt.perform([&] { block = Client::allocate(); });
     attempt.expectCompleted();
     EXPECT_EQ(attempt.requests(), 1u);
-    EXPECT_EQ(block == nullptr, attempt.allocationFailed()) << "returns the result of the heap";
+    EXPECT_EQ(block == nullptr, attempt.allocationFailed()) << "the function must return the result of the heap";
     Client::release(block);  // otherwise the walker would report a leak
 }
 
@@ -289,8 +289,8 @@ const std::vector<Operation>& securedObjects() {
         {"Event", event},
         {"Event_OfNameInUse", eventOfNameInUseWithoutCapacity},
         {"Event_OfNameInUseWithCapacityForText", eventOfNameInUseWithCapacity},
-        {"Mutex_OfFailingStep", mutexOfFailingStep},
-        {"Event_OfFailingStep", eventOfFailingStep},
+        {"Mutex_WhoseSecurityCannotBeCreated", mutexOfFailingStep},
+        {"Event_WhoseSecurityCannotBeCreated", eventOfFailingStep},
         {"Mapping", mapping},
         {"Mapping_OfNewFile", mappingOfNewFile},
         {"Mapping_OfEmptyFile", mappingOfEmptyFile},

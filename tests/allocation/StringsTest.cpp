@@ -219,11 +219,11 @@ std::vector<Operation> operations() {
     add("Append_PartOfItself", appendPartOfItself<char>, appendPartOfItself<wchar_t>);
     add("Append_Itself", appendItself<char>, appendItself<wchar_t>);
     add("Append_Unit", appendUnit<char>, appendUnit<wchar_t>);
-    add("Reserve_Keeping", reserveKeeping<char>, reserveKeeping<wchar_t>);
-    add("Reserve_Discarding", reserveDiscarding<char>, reserveDiscarding<wchar_t>);
+    add("Reserve_KeepingTheText", reserveKeeping<char>, reserveKeeping<wchar_t>);
+    add("Reserve_DiscardingTheText", reserveDiscarding<char>, reserveDiscarding<wchar_t>);
     add("Format_IntoEmptyString", formatIntoEmptyString<char>, formatIntoEmptyString<wchar_t>);
     add("Format_Grows", formatGrows<char>, formatGrows<wchar_t>);
-    add("Format_FillsTheBuffer", formatFillsTheBuffer<char>, formatFillsTheBuffer<wchar_t>);
+    add("Format_LeavesNoSpaceForTheTerminator", formatFillsTheBuffer<char>, formatFillsTheBuffer<wchar_t>);
     add("Format_OfItself", formatOfItself<char>, formatOfItself<wchar_t>);
     return all;
 }

@@ -141,7 +141,7 @@ void expectFailure(Attempt& attempt, const InvalidCall& what) {
 
 std::vector<Operation> operations() {
     std::vector<Operation> all = {
-        {"FormatErrorMsg", formatErrorMsg},     {"FormatErrorMsg_OfNone", formatNoError},
+        {"FormatErrorMsg", formatErrorMsg},     {"FormatErrorMsg_OfNoError", formatNoError},
         {"GetLastErrorMsg", getLastErrorMsg},   {"TimeAndClocks", timeAndClocks},
         {"MemoryAccounting", memoryAccounting},
     };

@@ -135,7 +135,8 @@ void readList(Attempt& attempt, bool (*read)(const T*, Array<Value>&, bool), boo
     attempt.expectCompleted();
     EXPECT_EQ(result, !attempt.allocationFailed());
     const unsigned int all = append ? 8 : 7;
-    ASSERT_EQ(values.size(), result ? all : 5) << "the array had space for five";
+    ASSERT_EQ(values.size(), result ? all : 5)
+        << "after a failure, the array must contain the five values for which it had space";
     EXPECT_EQ(values[0], Value{1}) << "the existing value, or the first value that was read";
     const heap::Unwatched unwatched;
     EXPECT_EQ(attempt.logged().size(), result ? 0u : 1u);
