@@ -47,16 +47,16 @@ TEST_F(DllFile, ImportsOnlyTheUniversalRuntimeTheSystemAndTheRuntimeOfTheCompile
 
 TEST_F(DllFile, IsMappedAndLoadsAdvapi32OnFirstUse) {
     if (dll.isLinkedByLld()) {
-        GTEST_SKIP() << "only GNU's linker gets the options for this";
+        GTEST_SKIP() << "the options for this are passed only to GNU's linker";
     }
     EXPECT_THAT(dll.imports(), Not(Contains(StrCaseEq("ADVAPI32.dll"))));
     EXPECT_EQ(dll.header().FileAlignment, 4096u) << "sections that are not aligned to pages are read, not mapped";
 }
 
 // A small section must be part of .data, because each section takes at least a page of the file and of memory.
-TEST_F(DllFile, HasNoSectionsThatFitIntoTheData) {
+TEST_F(DllFile, SmallSectionsArePartOfTheDataSection) {
     if (dll.isLinkedByLld()) {
-        GTEST_SKIP() << "only GNU's linker gets the script for this";
+        GTEST_SKIP() << "the script for this is passed only to GNU's linker";
     }
     EXPECT_THAT(sectionNames(dll), Not(Contains(AnyOf(".CRT", ".tls", ".didat"))));
     const auto data = std::ranges::find(dll.sections(), ".data", &test::PeFile::Section::name);
@@ -78,7 +78,7 @@ TEST_F(DllFile, HasTheProtectionsOfTheSystem) {
 
 #ifdef VOREL_RELEASED_FILE
 
-TEST_F(DllFile, DependsOnlyOnTheSourcesAndHasItsDebugInformationElsewhere) {
+TEST_F(DllFile, ContainsNoTimestampAndOnlyALinkToItsDebugInformation) {
     EXPECT_EQ(dll.timestamp(), 0u);
     EXPECT_THAT(sectionNames(dll), Not(Contains(StartsWith(".debug_"))));
     EXPECT_THAT(sectionNames(dll), Contains(".gnu_debuglink"));

@@ -62,14 +62,14 @@ std::vector<std::string> difference(const Names& from, const Names& names) {
     return result;
 }
 
-TEST(Exports, AreThoseOfTheList) {
+TEST(Exports, AreTheNamesOfTheList) {
     const test::PeFile dll(L"vorelCore.dll");
     const Names found = exportedNames(dll);
     const Names listed = listedNames(dll.isLinkedByLld());
     EXPECT_GT(listed.size(), 400u);
     const char* const hint = "If this is intentional, run ./dev exports and commit the new list with the change.";
-    EXPECT_THAT(difference(listed, found), IsEmpty()) << "missing. " << hint;
-    EXPECT_THAT(difference(found, listed), IsEmpty()) << "not listed. " << hint;
+    EXPECT_THAT(difference(listed, found), IsEmpty()) << "listed names that are not exported. " << hint;
+    EXPECT_THAT(difference(found, listed), IsEmpty()) << "exported names that are not listed. " << hint;
 }
 
 // These texts belong to a channel that writes nothing, so a test can find them only in the file.
