@@ -40,7 +40,7 @@ std::string decoded(std::string_view bytes, std::size_t size) {
 constexpr std::string_view kGzip =
     "\x1F\x8B\x08\x00\x00\x00\x00\x00\x00\x03\x8B\xF6\xCD\xCF\x53\x48\xE4\x02\x00\x35\xEE\x9D\x6B\x07\x00\x00\x00"sv;
 
-TEST(InputDecoderTest, Encodings) {
+TEST(InputDecoderTest, EveryEncodingIsDecoded) {
     struct Case {
         std::string_view bytes;
         std::string_view text;
@@ -131,7 +131,7 @@ TEST(InputDecoderTest, LongGzipDataIsDecodedCompletely) {
     EXPECT_EQ(sink.text, std::string(std::size_t{10} * 0xFFFF, 'a'));
 }
 
-TEST(InputDecoderTest, EncodingOf) {
+TEST(InputDecoderTest, EncodingOf_DetectsTheEncoding) {
     EXPECT_EQ(encodingOf("[Mon"), Encoding::Plain);
     EXPECT_EQ(encodingOf(""), Encoding::Plain);
     EXPECT_EQ(encodingOf("\x1F\x8B\x08\x00"sv), Encoding::Gzip);

@@ -20,7 +20,7 @@ constexpr LocalMs kDate = 20773 * kDay;
 constexpr LocalMs kTime = kDate + 6188000;  // 01:43:08
 const vorellog::TimeZone kZone(2 * vorellog::kHour);
 
-TEST(LogTimeTest, TimesOfLines) {
+TEST(LogTimeTest, TimesOfLinesAreParsed) {
     struct Case {
         std::string_view text;
         std::optional<LocalMs> time;

@@ -13,7 +13,7 @@ std::string formOf(std::string_view message) {
     return form.substr(7);
 }
 
-TEST(MessageFormTest, Replacements) {
+TEST(MessageFormTest, VariablePartsAreReplaced) {
     struct Case {
         const char* message;
         const char* form;

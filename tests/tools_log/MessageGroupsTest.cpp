@@ -27,7 +27,7 @@ std::vector<std::string> messagesOf(const MessageGroups& groups) {
     return messages;
 }
 
-TEST(MessageGroupsTest, SortsByCountThenRecency) {
+TEST(MessageGroupsTest, GroupsAreSortedByCountAndThenByRecency) {
     MessageGroups groups;
     for (const char* const clock : {"01:00:01", "01:00:00"}) {
         groups.add(recordOf(header(1, 1, clock) + "WARN: often " + clock), 0);
@@ -52,7 +52,7 @@ TEST(MessageGroupsTest, EachProcessOfAGroupIsCountedOnce) {
     EXPECT_FALSE(groups.sorted().front()->processes.hasOthers());
 }
 
-TEST(MessageGroupsTest, TextsAreShortened) {
+TEST(MessageGroupsTest, LongTextsOfAGroupAreShortened) {
     MessageGroups groups;
     groups.add(recordOf(header() + std::string(60, 'p') + ": " + std::string(2000, 'm')), 0);
     const MessageGroups::Group& group = *groups.sorted().front();

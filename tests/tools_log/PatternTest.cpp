@@ -87,7 +87,7 @@ TEST(PatternTest, InvalidExpressionsAreExplained) {
     for (const auto& [expression, text] : kCases) {
         try {
             const Pattern pattern(expression, false);
-            ADD_FAILURE() << expression;
+            ADD_FAILURE() << "accepted: " << expression;
         } catch (const tools::UsageError& e) {
             EXPECT_EQ(e.text(), text);
         }

@@ -18,7 +18,7 @@ using vorellog::RecordFilter;
 
 constexpr LocalMs kTime = 1794793388000;  // 2026-11-16 01:43:08
 
-TEST(RecordFilterTest, Choices) {
+TEST(RecordFilterTest, RecordMatchesIfAllKindsOfChoicesMatch) {
     const std::string line = header(9876, 4312) + "WARN: order 7 is late";
     struct Case {
         const char* why;

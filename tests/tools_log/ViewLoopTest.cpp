@@ -168,7 +168,7 @@ TEST_F(ViewLoopTest, LogThatStaysBusyIsPolledLessOften) {
     EXPECT_LE(files.attempts - attemptsBefore, kMaxBusyMs / ViewLoop::kPollMs + 2);
 }
 
-TEST_F(ViewLoopTest, BusyLogFailsWithoutFollow) {
+TEST_F(ViewLoopTest, BusyLogIsAFailureWithoutFollow) {
     files.isBusy = true;
     EXPECT_THROW(run({.paths = {L"my.log"}}), FileBusy);
     EXPECT_GT(clock.nowMs(), kMaxBusyMs);

@@ -330,7 +330,7 @@ TEST_F(VorellogTest, CommonRequestsForHelpShowTheHelp) {
     }
 }
 
-TEST_F(VorellogTest, PathsThatAreNotLogs) {
+TEST_F(VorellogTest, WildcardsAndFoldersAreRejected) {
     const std::wstring folder = log.folder().widePath();
     struct Case {
         std::wstring path;
