@@ -86,7 +86,7 @@ TEST(ToolTest, SystemFailure_ContainsNameTextAndCode) {
     EXPECT_EQ(tools::systemFailure(L"x", L"fails", 0x20000001).text(), L"x: fails (error 536870913)");
 }
 
-TEST(ToolTest, VersionText) {
+TEST(ToolTest, VersionText_StartsWithTheNameOfTheTool) {
     EXPECT_THAT(tools::versionText(L"tool"), ::testing::StartsWith(L"tool "));
 }
 
