@@ -34,7 +34,7 @@ void expectRows(const std::vector<Row>& rows) {
     }
 }
 
-TYPED_TEST(BooleanParsing, StringToBoolean_ReadsOneCharacter) {
+TYPED_TEST(BooleanParsing, StringToBoolean_ReadsWordsOfOneCharacter) {
     expectRows<TypeParam>({{"1", true, 1},
                            {"t", true, 1},
                            {"T", true, 1},
@@ -84,7 +84,7 @@ TYPED_TEST(BooleanParsing, StringToBoolean_ReadsWordsInAnyCase) {
                            {" \r\nOff", false, 6}});
 }
 
-TYPED_TEST(BooleanParsing, StringToBoolean_RejectsTextAfterAWord) {
+TYPED_TEST(BooleanParsing, StringToBoolean_RejectsIncompleteWordsAndTextAfterAWord) {
     for (const char* const text :
          {"true ", "TRUE\t", "false ", "yes ", "no\n", "on ",  "off\r", "t ", "y ", "f ", "n ",        "truex",
           "true1", "tru",    "ye",     "of",   "onn",  "yess", "tt",    "yn", "t1", "1t", "true false"}) {
@@ -166,7 +166,7 @@ TYPED_TEST(BooleanParsing, CanCoerceToBoolean_RejectsOnOffAndOtherIntegers) {
     }
 }
 
-TYPED_TEST(BooleanParsing, CanCoerceToBoolean_RejectsTextAfterAWord) {
+TYPED_TEST(BooleanParsing, CanCoerceToBoolean_RejectsOtherText) {
     for (const char* const word :
          {"", " ", "true ", "yes ", "no\t", "1 ", "0 ", "t ", "tru", "truex", "x", "\x11", "\x10", "yes no", "ye"}) {
         EXPECT_FALSE(util::canCoerceToBoolean(test::text<TypeParam>(word).c_str())) << word;
