@@ -17,7 +17,7 @@ template <class T>
 class DigitBlock : public ::testing::Test {};
 TYPED_TEST_SUITE(DigitBlock, test::CharacterTypes, test::CharacterNames);
 
-TYPED_TEST(DigitBlock, MaskHasABitForEachDigit) {
+TYPED_TEST(DigitBlock, DigitMask_SetsABitForEachDigit) {
     std::basic_string<TypeParam> text = test::text<TypeParam>("0123456789/:.-\x7F\xB5");
     EXPECT_EQ(algorithms::digitMask(text.data()), 0x03FFu);
     for (std::uint32_t unit = 0; unit < 1u << 8 * sizeof(TypeParam); ++unit) {
@@ -66,7 +66,7 @@ algorithms::HexDigits hexDigitsOf(const std::basic_string<T>& text) {
     return algorithms::HexDigits(algorithms::hexBlock(text.data()));
 }
 
-TYPED_TEST(DigitBlock, HexMaskHasABitForEachDigit) {
+TYPED_TEST(DigitBlock, HexDigitsMask_SetsABitForEachDigit) {
     const std::string digits = "0123456789abcdefABCDEF";
     constexpr std::size_t kBlock = algorithms::kHexBlock<TypeParam>;
     for (std::uint32_t unit = 0; unit < 1u << 8 * sizeof(TypeParam); ++unit) {

@@ -42,7 +42,7 @@ TYPED_TEST(ShortTextLength, IsTheBoundOrThePositionOfTheFirstZero) {
         std::fill_n(block, kShortText + 10, TypeParam{0x7F});
         block[zero] = 0;
         EXPECT_EQ(shortTextLength(block, -1), zero < 48 ? zero : kNotShort) << zero;
-        EXPECT_EQ(shortTextLength(block, 20), 20u) << "zeros before the bound are ignored";
+        EXPECT_EQ(shortTextLength(block, 20), 20u) << "zeros before the bound must be ignored";
     }
 }
 
@@ -155,7 +155,7 @@ TEST_F(Utf8Short, RejectsTextOfMoreThan48Units) {
 TEST_F(Utf8Short, EncodesSurrogatesByTheRule) {
     EXPECT_TRUE(encodes<Surrogates::Paired>(L"a\xD83D\xDE00z", 4, kAmple));
     EXPECT_TRUE(encodes<Surrogates::Paired>(L"a\xD83D\xDE00z", 2, kAmple))
-        << "a pair across the bound is encoded as a pair";
+        << "a pair across the bound must be encoded as a pair";
     for (const std::wstring_view lone : {L"a\xD83Dz", L"a\xDE00z", L"a\xD83D\xD83D\xDE00", L"\xDE00\xD83D"}) {
         EXPECT_FALSE(encodes<Surrogates::Paired>(std::wstring(lone) + L'\0', static_cast<int>(lone.size()), kAmple));
         EXPECT_TRUE(encodes<Surrogates::Single>(std::wstring(lone) + L'\0', static_cast<int>(lone.size()), kAmple));
