@@ -32,7 +32,7 @@ TEST(CountingHeap, HeldBlocks_CountsBlocksThatAreNotFreed) {
     const std::unique_ptr<std::string> third(visible(new std::string(100, 'x')));
     EXPECT_EQ(heap::heldBlocks(), 4u);
     std::free(before);
-    EXPECT_EQ(heap::heldBlocks(), 4u) << "blocks from before `watch` are not counted";
+    EXPECT_EQ(heap::heldBlocks(), 4u) << "blocks from before `watch` must not be counted";
     std::free(first);
     void* const moved = std::realloc(second, 5000);
     EXPECT_EQ(heap::heldBlocks(), 3u);
