@@ -367,10 +367,10 @@ std::vector<Row> allRows() {
 
 class InputInOutput : public testing::TestWithParam<Row> {};
 
-TEST_P(InputInOutput, EqualsSeparateInput) {
+TEST_P(InputInOutput, GivesTheSameResultAsSeparateInput) {
     for (const std::size_t units : {1u, 2u, 3u, 7u, 8u, 12u, 40u, 96u, 300u, 1000u}) {
         for (const std::size_t offset : {0u, 1u, 2u, 5u, 17u}) {
-            SCOPED_TRACE(std::to_string(units) + " units from " + std::to_string(offset));
+            SCOPED_TRACE(std::to_string(units) + " units at offset " + std::to_string(offset));
             EXPECT_EQ(GetParam().run(Place::InOutput, units, offset), GetParam().run(Place::Separate, units, offset));
         }
     }

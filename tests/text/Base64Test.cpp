@@ -60,7 +60,7 @@ TYPED_TEST(Base64Test, Encode_PadsTheLastGroup) {
     }
 }
 
-TYPED_TEST(Base64Test, Encode_ReservesOneMoreGroup) {
+TYPED_TEST(Base64Test, Encode_ReservesOneGroupAfterTheCompleteGroups) {
     for (unsigned int count = 0; count < 400; ++count) {
         BaseString<TypeParam> text;
         Base64::Encode(arrayOf(std::vector<unsigned char>(count)), text);
@@ -75,7 +75,7 @@ TYPED_TEST(Base64Test, Encode_TerminatesTheReservedUnits) {
     EXPECT_EQ(text.data()[8], 0);  // the end of the reserved units, which are one group more than the text
 }
 
-TYPED_TEST(Base64Test, EncodeRange_OfItsOwnOutput) {
+TYPED_TEST(Base64Test, EncodeRange_AcceptsBytesOfItsOwnOutput) {
     for (const unsigned int length : {1u, 5u, 12u, 40u, 500u}) {
         for (const unsigned int start : {0u, 1u, length / 2}) {
             BaseString<TypeParam> text(std::basic_string<TypeParam>(length, TypeParam{'M'}).c_str());
@@ -84,12 +84,12 @@ TYPED_TEST(Base64Test, EncodeRange_OfItsOwnOutput) {
             BaseString<TypeParam> expected;
             Base64::Encode(arrayOf(std::vector<unsigned char>(bytes + start, bytes + start + count)), expected);
             Base64::EncodeRange(bytes, start, count, text);
-            EXPECT_EQ(text, expected) << length << " from " << start;
+            EXPECT_EQ(text, expected) << length << " units, from unit " << start;
         }
     }
 }
 
-TYPED_TEST(Base64Test, EncodeRange_OfPartOfTheData) {
+TYPED_TEST(Base64Test, EncodeRange_EncodesPartOfTheData) {
     const Bytes data = bytesOf("xxfoobaryy");
     BaseString<TypeParam> text;
     Base64::EncodeRange(data.data(), 2, 6, text);
@@ -208,7 +208,7 @@ TYPED_TEST(Base64Test, DamagedTextsAgreeWithTheReference) {
     });
 }
 
-TYPED_TEST(Base64Test, Decode_EveryUnitAtEveryPositionOfAGroup) {
+TYPED_TEST(Base64Test, Decode_UnitsAtEveryPositionOfAGroupAgreeWithTheReference) {
     Array<unsigned char> bytes;
     // Every byte, and some units above 255, including units whose low byte is a Base64 character. For units
     // above 255, Decode always throws.
@@ -230,12 +230,12 @@ TYPED_TEST(Base64Test, Decode_LeavesZerosAfterTheBytes) {
         const unsigned int count = bytes.size();
         bytes.setCount(300);
         for (unsigned int at = count; at < 300; ++at) {
-            ASSERT_EQ(bytes[at], 0) << at << " of " << length;
+            ASSERT_EQ(bytes[at], 0) << "slot " << at << ", text of " << length << " characters";
         }
     }
 }
 
-TYPED_TEST(Base64Test, Decode_ReservesForTheWholeTextWithoutStorage) {
+TYPED_TEST(Base64Test, Decode_ArrayWithoutStorageReservesForTheWholeText) {
     for (unsigned int length = 4; length <= 400; ++length) {
         std::string text(length, 'A');
         for (std::size_t at = 50; at < text.size(); at += 77) {
@@ -247,7 +247,7 @@ TYPED_TEST(Base64Test, Decode_ReservesForTheWholeTextWithoutStorage) {
     }
 }
 
-TYPED_TEST(Base64Test, Decode_AllocatesNothingWithoutBytes) {
+TYPED_TEST(Base64Test, Decode_AllocatesNothingIfNoByteIsDecoded) {
     struct Case {
         const char* text;
         int status;
@@ -267,7 +267,7 @@ TYPED_TEST(Base64Test, Decode_AllocatesNothingWithoutBytes) {
     }
 }
 
-TYPED_TEST(Base64Test, Decode_GrowsForTheRestOfTheText) {
+TYPED_TEST(Base64Test, Decode_ArrayWithFewFreeSlotsGrowsForTheRestOfTheText) {
     // `Decode` works in steps. A step decodes a multiple of 24 bytes. Before each step, the storage grows if fewer than
     // 32 slots are free. The array has 100 slots, so 28 slots are free after 72 bytes.
     constexpr std::size_t kDecoded = 72;
@@ -283,7 +283,7 @@ TYPED_TEST(Base64Test, Decode_GrowsForTheRestOfTheText) {
     }
 }
 
-TYPED_TEST(Base64Test, Decode_LeavesZerosInNewStorage) {
+TYPED_TEST(Base64Test, Decode_LeavesZerosInTheUnusedSlotsOfNewStorage) {
     for (const char* end : {"", "QQ==", "!", " \n", "QUI="}) {
         for (std::size_t groups = 0; groups <= 60; ++groups) {
             std::string text;
@@ -295,12 +295,12 @@ TYPED_TEST(Base64Test, Decode_LeavesZerosInNewStorage) {
             const unsigned int count = bytes.size();
             bytes.setCount(bytes.allocated());
             ASSERT_TRUE(std::all_of(bytes.begin() + count, bytes.end(), [](unsigned char value) { return value == 0; }))
-                << groups << " groups and " << end;
+                << groups << " groups, then '" << end << '\'';
         }
     }
 }
 
-TEST(Base64Object, IsAssigned) {
+TEST(Base64Object, AssignmentReturnsTheTarget) {
     Base64 one;
     const Base64 other;
     EXPECT_EQ(&(one = other), &one);

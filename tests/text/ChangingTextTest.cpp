@@ -403,7 +403,7 @@ protected:
                 } while (text.switches() >= nth && nth != kMaxSwitches);
             }
         }
-        EXPECT_NE(most, 0u) << "the text was not read";
+        EXPECT_NE(most, 0u) << "the operation never read the text";
     }
 };
 

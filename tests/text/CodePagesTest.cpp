@@ -55,7 +55,7 @@ TEST(CodePages, GetCodePage_IgnoresCase) {
     }
 }
 
-TEST(CodePages, Open_UsesOneName) {
+TEST(CodePages, Open_IgnoresTheTargetIfTheSourceIsNamed) {
     EXPECT_EQ(util::iconv_open("UTF-8", "LATIN1"), handleOf(0, kLatin1));
     EXPECT_EQ(util::iconv_open("no such name", "latin1"), handleOf(0, kLatin1));  // `to` is ignored
     EXPECT_EQ(util::iconv_open(nullptr, "utf-8"), handleOf(0, kUtf8));
@@ -65,7 +65,7 @@ TEST(CodePages, Open_UsesOneName) {
     EXPECT_EQ(failureOf([] { return util::iconv_open("UTF-8", "no such name"); }), kInvalid);
 }
 
-TEST(CodePages, OpenCodepage_AcceptsAnyNumber) {
+TEST(CodePages, OpenCodepage_UsesTheLow16BitsAndRejectsTwoZeros) {
     EXPECT_EQ(util::iconv_open_codepage(kUtf8, kLatin1), handleOf(kUtf8, kLatin1));
     EXPECT_EQ(util::iconv_open_codepage(0, 1), 0x10000);
     EXPECT_EQ(util::iconv_open_codepage(12345, 0), 12345);
@@ -82,7 +82,7 @@ TEST(CodePages, OpenCodepage_AcceptsAnyNumber) {
     EXPECT_EQ(failureOf([] { return util::iconv_open_codepage(65536, 65536); }), kInvalid);
 }
 
-TEST(CodePages, Close_RejectsOnlyFailedHandles) {
+TEST(CodePages, Close_RejectsOnlyHandlesWithPage65535) {
     EXPECT_EQ(util::iconv_close(kUtf8), 0);
     EXPECT_EQ(util::iconv_close(0), 0);
     EXPECT_EQ(util::iconv_close(handleOf(0, kUtf8)), 0);
@@ -101,7 +101,7 @@ TEST(CodePages, Iconv_AlwaysThrows) {
          L"you expect and remove this Exception.  iconv_from_wc and iconv_to_wc can be used without problem."});
 }
 
-TEST(CodePages, ToWc_UsesTheUpperHalf) {
+TEST(CodePages, ToWc_UsesTheUpperHalfOfTheHandle) {
     wchar_t out[8] = {};
     EXPECT_EQ(util::iconv_to_wc(handleOf(0, kUtf8), "A\xC3\xA9", 3, out, 8), 2u);
     EXPECT_EQ(std::wstring(out, 2), L"A\u00E9");
@@ -112,7 +112,7 @@ TEST(CodePages, ToWc_UsesTheUpperHalf) {
     EXPECT_EQ(std::wstring(out, 3), std::wstring(L"A\u00E9\0", 3));
 }
 
-TEST(CodePages, ToWc_SetsErrno) {
+TEST(CodePages, ToWc_FailureSetsErrno) {
     wchar_t out[8] = {};
     const auto convert = [&](int handle, const char* text, std::size_t count, std::size_t capacity) {
         return failureOf([&] { return util::iconv_to_wc(handle, text, count, out, capacity); });
@@ -131,7 +131,7 @@ TEST(CodePages, ToWc_SetsErrno) {
     EXPECT_EQ(EILSEQ, 42);
 }
 
-TEST(CodePages, FromWc_UsesTheLowerHalf) {
+TEST(CodePages, FromWc_UsesTheLowerHalfOfTheHandle) {
     char out[8] = {};
     EXPECT_EQ(util::iconv_from_wc(kUtf8, L"A\u00E9", 2, out, 8, nullptr), 3u);
     EXPECT_EQ(std::string(out, 3), "A\xC3\xA9");
@@ -145,7 +145,7 @@ TEST(CodePages, FromWc_UsesTheLowerHalf) {
     EXPECT_EQ(std::string(out, 4), std::string("A\xC3\xA9\0", 4));
 }
 
-TEST(CodePages, FromWc_SetsErrno) {
+TEST(CodePages, FromWc_FailureSetsErrno) {
     char out[8] = {};
     bool used = true;
     const auto convert = [&](int handle, const wchar_t* text, std::size_t count, std::size_t capacity) {

@@ -66,7 +66,7 @@ TEST(DaylightTest, Decode_ReadsEncodedText) {
     }
 }
 
-TEST(DaylightTest, Decode_AcceptsEveryCharacter) {
+TEST(DaylightTest, Decode_AcceptsEveryCharacterBeforeTheEndCharacter) {
     // A comma is decoded as '+'. Any other character outside the alphabet is decoded as '.', even if its code is 128 or
     // more, so that the decoding table has no entry for it.
     for (const wchar_t* text : {L"EI6.2", L"EI6-2", L"EI6 2",
@@ -99,7 +99,7 @@ Bytes bytesOf(const std::wstring& groups) {
     return test::bytesOfCharacters({groups.begin(), groups.end()}, test::kDaylightCharacters);
 }
 
-TEST(DaylightTest, Decode_EveryUnitAtEveryPositionOfAGroup) {
+TEST(DaylightTest, Decode_EveryUnitAtEveryPositionAgreesWithTheReference) {
     Array<unsigned char> bytes;
     for (unsigned int unit = 0; unit <= 0xFFFF; ++unit) {
         for (std::size_t position = 0; position < 4; ++position) {
@@ -111,7 +111,7 @@ TEST(DaylightTest, Decode_EveryUnitAtEveryPositionOfAGroup) {
     }
 }
 
-TEST(DaylightTest, Decode_AcceptsThreeEndCharacters) {
+TEST(DaylightTest, Decode_AcceptsOnly1To3AsTheEndCharacter) {
     Array<unsigned char> bytes;
     for (unsigned int unit = 0; unit <= 0xFFFF; unit += unit < 0x200 ? 1 : 0xFF) {
         bool threw = false;
@@ -148,7 +148,7 @@ TEST(DaylightTest, Decode_RejectsAWrongLength) {
     }
 }
 
-TEST(DaylightTest, Decode_RejectsAWrongEnd) {
+TEST(DaylightTest, Decode_RejectsAWrongEndCharacter) {
     for (const wchar_t* text : {L"EI6.0", L"EI6.4", L"EI6./", L"EI6.z", L"EI6.\u0131", L"EI6.\uFF11"}) {
         Array<unsigned char> bytes;
         test::expectThrows<Exception>([&] { Daylight::Decode(text, bytes); }, {kWrongEnd});
@@ -172,7 +172,7 @@ TEST(DaylightTest, RandomBytesAgreeWithTheReference) {
     });
 }
 
-TEST(DaylightObject, IsAssigned) {
+TEST(DaylightObject, AssignmentReturnsTheTarget) {
     Daylight one;
     const Daylight other;
     EXPECT_EQ(&(one = other), &one);

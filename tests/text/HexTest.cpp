@@ -78,7 +78,7 @@ TEST(HexTest, Decode_ReportsInvalidPairs) {
     }
 }
 
-TEST(HexTest, Decode_UsesTheLowEightBits) {
+TEST(HexTest, Decode_UsesTheLowEightBitsOfEachUnit) {
     Array<unsigned char> bytes;
     EXPECT_EQ(Hex::Decode(L"\u0141\u0232", bytes), 0);  // the low bytes are 'A' and '2'
     EXPECT_EQ(valuesOf(bytes), Bytes{0xA2});
@@ -97,7 +97,7 @@ int lenientValue(unsigned int unit) {
     return value >= 0 && value <= 15 ? value : -1;
 }
 
-TEST(HexTest, Decode_EveryUnitAtBothPositionsOfAPair) {
+TEST(HexTest, Decode_EveryUnitAtBothPositionsOfAPairAgreesWithTheReference) {
     Array<unsigned char> bytes;
     for (unsigned int unit = 0; unit <= 0xFFFF; ++unit) {
         const int value = lenientValue(unit);
@@ -137,7 +137,7 @@ TEST(HexTest, Decode_AgreesWithTheReferenceOnRandomTexts) {
     });
 }
 
-TEST(HexTest, Decode_RoundTripsRandomBytes) {
+TEST(HexTest, Decode_ReversesEncodeForRandomBytes) {
     BaseString<wchar_t> text;
     Array<unsigned char> again;
     test::forEachRandomInput(3000, [&](test::RandomText& random) {
@@ -165,7 +165,7 @@ template <class T>
 class HexText : public ::testing::Test {};
 TYPED_TEST_SUITE(HexText, test::CharacterTypes, test::CharacterNames);
 
-TYPED_TEST(HexText, ByteArrayToHexString_InBothCases) {
+TYPED_TEST(HexText, ByteArrayToHexString_WritesUpperOrLowerCaseDigits) {
     BaseString<TypeParam> text(test::text<TypeParam>("old").c_str());
     util::byteArrayToHexString(arrayOf<unsigned char>({0xAB, 0x09}), text, false);
     EXPECT_EQ(text, test::text<TypeParam>("ab09").c_str());
@@ -221,7 +221,7 @@ unsigned int digitOrZero(unsigned int unit) {
     return found == std::string_view::npos ? 0 : static_cast<unsigned int>(found % 16);
 }
 
-TYPED_TEST(HexText, HexStringToByteArray_EveryUnitAtBothPositionsOfAPair) {
+TYPED_TEST(HexText, HexStringToByteArray_EveryUnitAtBothPositionsAgreesWithTheReference) {
     Array<unsigned char> bytes;
     for (unsigned int unit = 0; unit < 1u << 8 * sizeof(TypeParam); ++unit) {
         const TypeParam pairs[] = {static_cast<TypeParam>(unit), '5', '5', static_cast<TypeParam>(unit)};
@@ -233,7 +233,7 @@ TYPED_TEST(HexText, HexStringToByteArray_EveryUnitAtBothPositionsOfAPair) {
     }
 }
 
-TYPED_TEST(HexText, HexStringToByteArray_WithLength) {
+TYPED_TEST(HexText, HexStringToByteArray_ReadsTheGivenEvenLength) {
     Array<unsigned char> bytes = arrayOf<unsigned char>({0xEE});
     const auto text = test::text<TypeParam>("414243");
     util::hexStringToByteArray(text.c_str(), 4, bytes);
@@ -253,7 +253,7 @@ TYPED_TEST(HexText, HexStringToByteArray_WithLength) {
 
 // An array without storage gets five slots. If they are not enough, the number is doubled until it is sufficient. The
 // slots after the bytes are zeros.
-TYPED_TEST(HexText, HexStringToByteArray_DoublesFiveSlots) {
+TYPED_TEST(HexText, HexStringToByteArray_DoublesTheCapacityFromFiveSlots) {
     struct Case {
         unsigned int count;
         unsigned int slots;
@@ -299,7 +299,7 @@ TYPED_TEST(HexText, RandomTextsAgreeWithTheReference) {
     });
 }
 
-TEST(HexObject, IsAssigned) {
+TEST(HexObject, AssignmentReturnsTheTarget) {
     Hex one;
     const Hex other;
     EXPECT_EQ(&(one = other), &one);

@@ -55,7 +55,7 @@ Filled expectedFill(const std::string& text, unsigned int size, int length = -1)
     return decoded.error ? restUnchanged(false, decoded.units, size) : restUnchanged(true, decoded.units + L'\0', size);
 }
 
-TEST(UnicodeBuffer, AlwaysTerminatesAndNeverSplitsAPair) {
+TEST(UnicodeBuffer, ValidTextIsTerminatedAndItsPairsAreNeverSplit) {
     const std::wstring zero(1, L'\0');
     struct Case {
         std::string bytes;
@@ -66,12 +66,12 @@ TEST(UnicodeBuffer, AlwaysTerminatesAndNeverSplitsAPair) {
     const Case cases[] = {
         {"abc", 1, zero, "capacity for the terminator only"},
         {"", 1, zero, "empty text"},
-        {"abc", 2, L"a" + zero, "truncated silently"},
+        {"abc", 2, L"a" + zero, "no unit left for b: b and c are dropped"},
         {"abc", 4, L"abc" + zero, "exact size"},
         {"abc", 9, L"abc" + zero, "nothing is written after the terminator"},
-        {"a\xF0\x9F\x98\x80z", 2, L"a" + zero, "no unit left for the pair"},
-        {"a\xF0\x9F\x98\x80z", 3, L"a" + zero, "one unit left for the pair: the pair and the rest are dropped"},
-        {"a\xF0\x9F\x98\x80z", 4, L"a\xD83D\xDE00" + zero, "both units fit"},
+        {"a\xF0\x9F\x98\x80z", 2, L"a" + zero, "no unit left for the pair: the pair and z are dropped"},
+        {"a\xF0\x9F\x98\x80z", 3, L"a" + zero, "one unit left for the pair: the pair and z are dropped"},
+        {"a\xF0\x9F\x98\x80z", 4, L"a\xD83D\xDE00" + zero, "both units of the pair fit, z is dropped"},
         {"\xF0\x9F\x98\x80", 1, zero, "pair first, no unit left"},
         {"\xF0\x9F\x98\x80", 2, zero, "pair first, one unit left"},
     };
@@ -92,7 +92,8 @@ TEST(UnicodeBuffer, AgreesWithTheReferenceForEverySize) {
     };
     for (const std::string& text : texts) {
         for (unsigned int size = 1; size <= text.size() + 2; ++size) {
-            ASSERT_EQ(fill(text, size), expectedFill(text, size)) << testing::PrintToString(text) << " in " << size;
+            ASSERT_EQ(fill(text, size), expectedFill(text, size))
+                << testing::PrintToString(text) << " in a buffer of " << size;
         }
         for (int length = 0; length <= static_cast<int>(text.size()); ++length) {
             const auto enough = static_cast<unsigned int>(text.size()) + 2;
@@ -107,12 +108,12 @@ TEST(UnicodeBuffer, SizeZeroWritesNothing) {
     EXPECT_EQ(fill("\xF0\x9F\x98\x80", 0), restUnchanged(true, L"", 0));
 }
 
-TEST(UnicodeBuffer, FailureKeepsWrittenTextWithoutTerminator) {
+TEST(UnicodeBuffer, FailureLeavesTheTextBeforeItWithoutATerminator) {
     EXPECT_EQ(fill("abc\x80z", 9), restUnchanged(false, L"abc", 9));
     EXPECT_EQ(fill("\xF1", 9), restUnchanged(false, L"", 9));
 }
 
-TEST(UnicodeBuffer, InvalidByteIsDetectedBeforeTheSizeCheck) {
+TEST(UnicodeBuffer, InvalidByteAfterTheLastUnitThatFitsIsAFailure) {
     struct Case {
         std::string bytes;
         unsigned int size;
@@ -120,7 +121,7 @@ TEST(UnicodeBuffer, InvalidByteIsDetectedBeforeTheSizeCheck) {
         const char* why;
     };
     const Case cases[] = {
-        {"ab\x80", 3, false, "invalid byte after the last unit that fits"},
+        {"ab\x80", 3, false, "the invalid byte follows the last unit that fits"},
         {"abc\x80", 3, true, "a character before the invalid byte does not fit"},
         {"\x80", 1, false, "capacity for the terminator only"},
         {"a\xF0\x9F\x98\x80\x80", 3, true, "a pair before the invalid byte does not fit"},

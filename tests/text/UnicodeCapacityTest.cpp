@@ -37,29 +37,29 @@ bool endsAtStep(unsigned int length) {
 
 constexpr Growth kOfStrings[] = {
     {1, 16, "the smallest capacity"},
-    {15, 16, "one more unit for the terminator"},
-    {16, 32, "no unit left for the terminator"},
+    {15, 16, "space for the terminator only"},
+    {16, 32, "no space for the terminator in 16 units"},
     {255, 256, "one block of encoded text, less one byte"},
     {256, 512, "one block of encoded text"},
     {449, 512, "one block of decoded text, less one unit"},
     {450, 512, "one block of decoded text"},
-    {451, 512, "more than one block"},
-    {511, 512, "a full capacity"},
-    {512, 1024, "one unit more than a full capacity"},
+    {451, 512, "one block and one unit"},
+    {511, 512, "a text that fills 512 units with its terminator"},
+    {512, 1024, "no space for the terminator in 512 units"},
     {1000, 1024, "several blocks"},
-    {65535, 65536, "a full capacity of many blocks"},
-    {65536, 131072, "one unit more than a full capacity"},
-    {kMi - 1, kMi, "the last power of two"},
-    {kMi, 2 * kMi, "the first step"},
-    {2 * kMi - 2, 2 * kMi, "one unit less than a full capacity"},
-    {2 * kMi - 1, 2 * kMi, "a full capacity"},
-    {2 * kMi, 3 * kMi, "one unit more than a full capacity"},
-    {3 * kMi - 1, 3 * kMi, "a full capacity"},
-    {3 * kMi, 4 * kMi, "one unit more than a full capacity"},
-    {5 * kMi - 1, 5 * kMi, "a full capacity of several steps"},
+    {65535, 65536, "a text of many blocks that fills 65,536 units with its terminator"},
+    {65536, 131072, "no space for the terminator in 65,536 units"},
+    {kMi - 1, kMi, "the last capacity before the growth by 1 Mi units"},
+    {kMi, 2 * kMi, "the first growth by 1 Mi units"},
+    {2 * kMi - 2, 2 * kMi, "one unit free in 2 Mi units"},
+    {2 * kMi - 1, 2 * kMi, "a text that fills 2 Mi units with its terminator"},
+    {2 * kMi, 3 * kMi, "no space for the terminator in 2 Mi units"},
+    {3 * kMi - 1, 3 * kMi, "a text that fills 3 Mi units with its terminator"},
+    {3 * kMi, 4 * kMi, "no space for the terminator in 3 Mi units"},
+    {5 * kMi - 1, 5 * kMi, "a text that fills 5 Mi units with its terminator"},
 };
 
-TEST(UnicodeCapacity, DecodedStringsGrowToTheirText) {
+TEST(UnicodeCapacity, LengthOfDecodedTextDeterminesTheCapacity) {
     for (const Growth& growth : kOfStrings) {
         SCOPED_TRACE(testing::Message() << growth.length << ": " << growth.why);
         const std::string ascii(growth.length, 'a');
@@ -73,7 +73,7 @@ TEST(UnicodeCapacity, DecodedStringsGrowToTheirText) {
     }
 }
 
-TEST(UnicodeCapacity, EncodedStringsGrowToTheirText) {
+TEST(UnicodeCapacity, LengthOfEncodedTextDeterminesTheCapacity) {
     for (const Growth& growth : kOfStrings) {
         SCOPED_TRACE(testing::Message() << growth.length << ": " << growth.why);
         const std::wstring ascii(growth.length, L'a');
@@ -89,10 +89,10 @@ TEST(UnicodeCapacity, EncodedStringsGrowToTheirText) {
 }
 
 /// Texts that nearly or completely fill a capacity, and that end with characters of several units or bytes.
-TEST(UnicodeCapacity, LastCharactersCountInUnits) {
+TEST(UnicodeCapacity, CapacityIncludesAllUnitsOfTheLastCharacter) {
     for (const unsigned int full : {1024u, kMi, 2 * kMi}) {
         for (unsigned int missing = 0; missing != 6; ++missing) {
-            SCOPED_TRACE(testing::Message() << missing << " units before " << full);
+            SCOPED_TRACE(testing::Message() << missing << " units fewer than " << full);
             const unsigned int length = full - missing;
             const unsigned int next = full < kMi ? 2 * full : full + kMi;
             BaseString<wchar_t> units;
@@ -108,7 +108,7 @@ TEST(UnicodeCapacity, LastCharactersCountInUnits) {
     }
 }
 
-TEST(UnicodeCapacity, KeepsALargerCapacity) {
+TEST(UnicodeCapacity, ShorterTextDoesNotReduceTheCapacity) {
     BaseString<wchar_t> units;
     units.reserve(2 * kMi, true);
     ASSERT_TRUE(ConvertUTF8toString(units, std::string(1000, 'a').c_str(), -1, true));
@@ -121,7 +121,7 @@ TEST(UnicodeCapacity, KeepsALargerCapacity) {
 
 /// Trailing bytes are not checked. If the first byte of a sequence is not a valid lead byte, the decoder keeps only the
 /// whole blocks of 450 units before this byte.
-TEST(UnicodeCapacity, MalformedTextCountsAsItIsDecoded) {
+TEST(UnicodeCapacity, CapacityForMalformedTextFitsItsOutput) {
     struct Case {
         std::string bytes;
         unsigned int length;
@@ -130,16 +130,18 @@ TEST(UnicodeCapacity, MalformedTextCountsAsItIsDecoded) {
     };
     const std::string tail(3000, 'a');
     const Case cases[] = {
-        {std::string(449, 'a') + "\xFF" + tail, 0, 0, "no whole block"},
-        {std::string(450, 'a') + "\xFF" + tail, 450, 512, "one block"},
-        {std::string(530, 'a') + "\xFF" + tail, 450, 512, "530 units would not fit"},
-        {std::string(449, 'a') + "\xF0\x9F\x98\x80\xFF" + tail, 450, 512, "a pair across the end of the block"},
-        {std::string(1023, 'a') + "\xFF" + tail, 900, 1024, "1,023 units would fit"},
-        {std::string(1024, 'a') + "\xFF" + tail, 900, 1024, "1,024 units would not fit"},
-        {std::string(1800, 'a') + "\xFF" + tail, 1800, 2048, "four blocks"},
-        {std::string(kMi, 'a') + "\xFF" + tail, kMi - 76, kMi, "2,330 blocks"},
+        {std::string(449, 'a') + "\xFF" + tail, 0, 0, "no whole block before the invalid byte"},
+        {std::string(450, 'a') + "\xFF" + tail, 450, 512, "one block before the invalid byte"},
+        {std::string(530, 'a') + "\xFF" + tail, 450, 512, "530 units would not fit in the capacity"},
+        {std::string(449, 'a') + "\xF0\x9F\x98\x80\xFF" + tail, 450, 512,
+         "a pair crosses the end of the block; its first unit is kept"},
+        {std::string(1023, 'a') + "\xFF" + tail, 900, 1024, "1,023 units before the invalid byte would fit"},
+        {std::string(1024, 'a') + "\xFF" + tail, 900, 1024, "1,024 units before the invalid byte would not fit"},
+        {std::string(1800, 'a') + "\xFF" + tail, 1800, 2048, "four blocks before the invalid byte"},
+        {std::string(kMi, 'a') + "\xFF" + tail, kMi - 76, kMi, "2,330 blocks before the invalid byte"},
         {std::string(1020, 'a') + "\xC3zzz", 1023, 1024, "any byte after the lead byte is a trailing byte"},
-        {std::string(1020, 'a') + "\xC3zzzz", 1024, 2048, "one more byte after the same sequence"},
+        {std::string(1020, 'a') + "\xC3zzzz", 1024, 2048,
+         "one more letter fills the capacity, so the terminator does not fit"},
         {std::string(1021, 'a') + "\xF0\x80\x81\x81z", 1023, 1024, "an overlong form of four bytes is one unit"},
         {std::string(1021, 'a') + "\xF2\x80\x81\x81z", 1024, 2048, "four bytes for a value above 0xFFFF are a pair"},
     };
@@ -152,14 +154,14 @@ TEST(UnicodeCapacity, MalformedTextCountsAsItIsDecoded) {
     }
     BaseString<char> bytes;
     ConvertStringtoUTF8((std::wstring(1020, L'a') + L"\xD800\xDC00").c_str(), bytes, -1);
-    EXPECT_EQ(bytes.capacity(), 2048u) << "a pair has four bytes";
+    EXPECT_EQ(bytes.capacity(), 2048u) << "a pair is encoded as four bytes";
     BaseString<char> replaced;
     ConvertStringtoUTF8((std::wstring(1020, L'a') + L"\xDC00\xD800").c_str(), replaced, -1);
-    EXPECT_EQ(replaced.capacity(), 1024u) << "unpaired surrogates have one byte each";
+    EXPECT_EQ(replaced.capacity(), 1024u) << "each unpaired surrogate is encoded as one byte";
 }
 
 /// If the text is invalid, the string grows only if the whole blocks of 450 units before the invalid byte do not fit.
-TEST(UnicodeCapacity, InvalidTextGrowsForWholeBlocksOnly) {
+TEST(UnicodeCapacity, StringGrowsOnlyForTheWholeBlocksOfInvalidText) {
     struct Case {
         unsigned int before;    // units reserved
         unsigned int units;     // units before the invalid byte
@@ -171,7 +173,7 @@ TEST(UnicodeCapacity, InvalidTextGrowsForWholeBlocksOnly) {
                                {100, 130, 0, 128},   {449, 460, 450, 512},  {511, 530, 450, 512},
                                {511, 899, 450, 512}, {511, 900, 900, 1024}, {1000, 700, 450, 1024}};
     for (const Case& c : kCases) {
-        SCOPED_TRACE(testing::Message() << c.units << " units, " << c.before << " reserved");
+        SCOPED_TRACE(testing::Message() << c.units << " units before the invalid byte, " << c.before << " reserved");
         const std::string text = std::string(c.units, 'a') + "\xFFz";
         for (const bool throwOnError : {false, true}) {
             BaseString<wchar_t> output;
@@ -190,11 +192,17 @@ TEST(UnicodeCapacity, InvalidTextGrowsForWholeBlocksOnly) {
     }
 }
 
-TEST(UnicodeCapacity, ArraysDouble) {
+TEST(UnicodeCapacity, CapacityOfAnArrayDoubles) {
     constexpr Growth kOfArrays[] = {
-        {1, 5, "the fewest slots"},   {5, 5, "all five slots"},    {6, 10, "twice as many"},
-        {320, 320, "a full array"},   {321, 640, "one byte more"}, {640, 640, "a full array"},
-        {641, 1280, "one byte more"}, {5000, 5120, "many blocks"}, {5 * (kMi / 4), 5 * (kMi / 4), "a large array"},
+        {1, 5, "the smallest capacity"},
+        {5, 5, "all five slots"},
+        {6, 10, "one byte more than five slots"},
+        {320, 320, "all 320 slots"},
+        {321, 640, "one byte more than 320 slots"},
+        {640, 640, "all 640 slots"},
+        {641, 1280, "one byte more than 640 slots"},
+        {5000, 5120, "many blocks"},
+        {5 * (kMi / 4), 5 * (kMi / 4), "all slots of a large array"},
     };
     for (const Growth& growth : kOfArrays) {
         SCOPED_TRACE(testing::Message() << growth.length << ": " << growth.why);

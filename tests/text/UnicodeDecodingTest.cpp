@@ -50,10 +50,10 @@ TEST(UnicodeDecoding, ReadsSequencesOfEveryLength) {
         {"A\x7F", L"A\x7F", "ASCII"},
         {"\xC2\x80\xC3\xA9\xDF\xBF", L"\x80\xE9\x7FF", "two bytes"},
         {"\xE0\xA0\x80\xE2\x82\xAC\xEF\xBF\xBF", L"\x800\x20AC\xFFFF", "three bytes"},
-        {"\xF0\x90\x80\x80", L"\xD800\xDC00", "the first pair"},
-        {"\xF0\x9F\x98\x80", L"\xD83D\xDE00", "four bytes"},
-        {"\xF4\x8F\xBF\xBF", L"\xDBFF\xDFFF", "the last pair"},
-        {"\xFD\x80\x80\x80\x80\x80", L"\xD7C0\xDC00", "six bytes: 0x40000000, the high unit wraps"},
+        {"\xF0\x90\x80\x80", L"\xD800\xDC00", "four bytes: the first pair"},
+        {"\xF0\x9F\x98\x80", L"\xD83D\xDE00", "four bytes: a pair between the first and the last"},
+        {"\xF4\x8F\xBF\xBF", L"\xDBFF\xDFFF", "four bytes: the last pair"},
+        {"\xFD\x80\x80\x80\x80\x80", L"\xD7C0\xDC00", "six bytes: 0x40000000, whose high unit overflows"},
         {"\xFD\xBF\xBF\xBF\xBF\xBF", L"\xA7BF\xDFFF",
          "six bytes: 0x4F3FFFFF, because only four bits of the first two trailing bytes are used"},
         {"\xEF\xBB\xBF"
@@ -90,7 +90,7 @@ TEST(UnicodeDecoding, AcceptsOverlongFormsAndSurrogates) {
     }
 }
 
-TEST(UnicodeDecoding, EveryLeadByte) {
+TEST(UnicodeDecoding, EveryLeadByteAgreesWithTheReference) {
     constexpr std::string_view kStartNothing = "\xF1\xF3\xF5\xF7\xF9\xFB\xFF";
     for (unsigned int value = 1; value < 256; ++value) {
         SCOPED_TRACE(testing::Message() << "lead byte " << std::hex << value);
@@ -104,7 +104,7 @@ TEST(UnicodeDecoding, EveryLeadByte) {
     }
 }
 
-TEST(UnicodeDecoding, LeadByteMaskOfFourBytes) {
+TEST(UnicodeDecoding, LowFourBitsOfALeadByteForFourBytesArePartOfTheValue) {
     // The low four bits of the lead byte are part of the value: F8 means 8 << 18, and so on up to FE.
     // The first unit is (value >> 10) - 0x2840, modulo 2^16.
     struct Case {
@@ -135,7 +135,7 @@ TEST(UnicodeDecoding, TrailingBytesAreNeverChecked) {
          L"\xC1"
          L"B",
          "a letter is decoded as a trailing byte"},
-        {"\xC3\xC3\xA9", L"", "a lead byte is decoded as a trailing byte, so the next byte is invalid"},
+        {"\xC3\xC3\xA9", L"", "a lead byte is decoded as a trailing byte, so the byte after it is invalid"},
         {"\xE2\x82", L"\x2080", "a zero is decoded as a trailing byte, the next zero ends the text"},
         {std::string("\xC3\0Az", 4),
          L"\xC0"
@@ -144,7 +144,7 @@ TEST(UnicodeDecoding, TrailingBytesAreNeverChecked) {
         {std::string("\xFD\0\0\0\0\0Az", 8),
          L"\xD7C0\xDC00"
          L"Az",
-         "the text continues after five such zeros"},
+         "the text continues after five zeros decoded as trailing bytes"},
     };
     for (const Case& c : cases) {
         const Result result = decoded(c.bytes);
@@ -190,7 +190,7 @@ TEST(UnicodeDecoding, NullGivesAnEmptyText) {
     }
 }
 
-TEST(UnicodeDecoding, FailureKeepsWholeBlocks) {
+TEST(UnicodeDecoding, FailureLeavesOnlyTheWholeBlocksBeforeIt) {
     struct Case {
         std::string before;
         std::size_t kept;
@@ -205,10 +205,10 @@ TEST(UnicodeDecoding, FailureKeepsWholeBlocks) {
         {std::string(899, 'a'), 450, "one unit short of two blocks"},
         {std::string(900, 'a'), 900, "two blocks"},
         {std::string(448, 'a') + pair, 450, "a pair completes the block"},
-        {std::string(449, 'a') + pair, 450, "a pair across the block boundary: its first unit is kept"},
+        {std::string(449, 'a') + pair, 450, "a pair crosses the end of the block; its first unit is kept"},
         {std::string(898, 'a') + pair, 900, "a pair completes the second block"},
-        {std::string(899, 'a') + pair, 900, "a pair across the second block boundary"},
-        {std::string(100000, 'a'), 99900, "222 blocks"},
+        {std::string(899, 'a') + pair, 900, "a pair crosses the end of the second block; its first unit is kept"},
+        {std::string(100000, 'a'), 99900, "the 100 units after 222 blocks are dropped"},
     };
     for (const Case& c : cases) {
         const std::wstring all = test::decodeUtf8(c.before + std::string(1, '\0'), -1).units;
@@ -219,7 +219,7 @@ TEST(UnicodeDecoding, FailureKeepsWholeBlocks) {
     }
 }
 
-TEST(UnicodeDecoding, FailureKeepsWholeBlocksInAReservedString) {
+TEST(UnicodeDecoding, FailureLeavesOnlyTheWholeBlocksBeforeItInAReservedString) {
     BaseString<wchar_t> output;
     output.reserve(5000, true);
     const std::string text = std::string(700, 'a') + "\x80";
@@ -228,14 +228,14 @@ TEST(UnicodeDecoding, FailureKeepsWholeBlocksInAReservedString) {
     EXPECT_EQ(output.c_str()[450], L'\0');
 }
 
-TEST(UnicodeDecoding, LongTextsAroundBlockBoundaries) {
+TEST(UnicodeDecoding, CharactersNearBlockBoundariesAgreeWithTheReference) {
     // A pair, a character of one unit, and another pair.
     const std::string across = "\xF0\x9F\x98\x80\xE2\x82\xAC\xF0\x9F\x98\x80" + std::string(40, 'y');
     for (std::size_t count = 440; count < 460; ++count) {
         for (const std::size_t blocks : {0u, 1u, 2u, 7u}) {
             const std::string text = std::string(450 * blocks + count, 'x') + across;
             const std::wstring expected = test::decodeUtf8(text + '\0', -1).units;
-            ASSERT_EQ(decoded(text), (Result{true, expected})) << count << " and " << blocks << " blocks";
+            ASSERT_EQ(decoded(text), (Result{true, expected})) << count << " units after " << blocks << " blocks";
         }
     }
 }

@@ -37,7 +37,7 @@ std::string encoded(const std::wstring& text, int length = -1) {
     return textOf(array);
 }
 
-TEST(UnicodeEncoding, SingleValueHasSixForms) {
+TEST(UnicodeEncoding, SingleValueHasOneToSixBytes) {
     struct Case {
         unsigned int value;
         std::string bytes;
@@ -67,7 +67,7 @@ TEST(UnicodeEncoding, SingleValueHasSixForms) {
     }
 }
 
-TEST(UnicodeEncoding, SingleValueIgnoresItsSize) {
+TEST(UnicodeEncoding, SingleValueIsWrittenRegardlessOfTheGivenSize) {
     for (const int size : {-1, 0, 1, 100}) {
         char bytes[6] = {};
         EXPECT_EQ(ConvertUCStoUTF8(0x20AC, bytes, size), 3);
@@ -126,15 +126,15 @@ TEST(UnicodeEncoding, PairMayExceedTheLength) {
         {L"a\xD83D\xDE00z", 2, "a\xF0\x9F\x98\x80", "a pair at the bound, after another character"},
         {L"a\xD83Dz", 2, "a?", "unpaired high surrogate as last unit"},
         {L"a\xDE00z", 2, "a?", "unpaired low surrogate as last unit"},
-        {L"\xD83D\xDE00z", 2, "\xF0\x9F\x98\x80", "a pair counts as two units, bound after it"},
-        {L"\xD83D\xDE00z", 3, "\xF0\x9F\x98\x80z", "a pair counts as two units, bound after the next unit"},
+        {L"\xD83D\xDE00z", 2, "\xF0\x9F\x98\x80", "a pair counts as two units; the bound is after the pair"},
+        {L"\xD83D\xDE00z", 3, "\xF0\x9F\x98\x80z", "a pair counts as two units; the bound is after z"},
     };
     for (const Case& c : cases) {
         EXPECT_EQ(encoded(c.units, c.length), c.bytes) << c.why;
     }
 }
 
-TEST(UnicodeEncoding, ZeroByteIsAppendedAndCounted) {
+TEST(UnicodeEncoding, AppendedZeroByteIsPartOfTheArray) {
     ByteArray bytes;
     ConvertStringtoUTF8(L"\xD800"
                         L"A",
@@ -157,12 +157,13 @@ TEST(UnicodeEncoding, NullGivesAnEmptyOutput) {
     EXPECT_TRUE(string.empty());
 }
 
-TEST(UnicodeEncoding, LongTextsAroundBlockBoundaries) {
+TEST(UnicodeEncoding, CharactersNearBlockBoundariesAgreeWithTheReference) {
     for (std::size_t count = 240; count < 262; ++count) {
         for (const std::size_t blocks : {0u, 1u, 3u}) {
             const std::wstring text = std::wstring(256 * blocks + count, L'x') + L"\xE9\x20AC\xD83D\xDE00" +
                                       std::wstring(30, L'\x20AC') + L"\xD83D";
-            ASSERT_EQ(encoded(text), test::encodeUtf16(text, -1).bytes) << count << " and " << blocks << " blocks";
+            ASSERT_EQ(encoded(text), test::encodeUtf16(text, -1).bytes)
+                << count << " units after " << blocks << " blocks";
         }
     }
 }
@@ -227,7 +228,7 @@ TEST(UnicodeEncoding, ReadsNothingPastTheEnd) {
     }
 }
 
-TEST(UnicodeEncoding, EncodeAndAppend_Appends) {
+TEST(UnicodeEncoding, EncodeAndAppend_AppendsToThePreviousBytes) {
     ByteArray bytes = arrayOf("before ");
     EncodeAndAppendToBuffer(L"\xE9", bytes);
     EncodeAndAppendToBuffer(L"", bytes);
@@ -244,7 +245,7 @@ TEST(UnicodeEncoding, EncodeAndAppend_EncodesSurrogatesSeparately) {
     EXPECT_EQ(textOf(bytes), "\xED\xA0\xBD\xED\xB8\x80\xED\xA0\x80") << "unpaired surrogates are not replaced";
 }
 
-TEST(UnicodeEncoding, EncodeAndAppend_LongTextsAroundBlockBoundaries) {
+TEST(UnicodeEncoding, EncodeAndAppend_CharactersNearBlockBoundariesAgreeWithTheReference) {
     for (std::size_t count = 236; count < 256; ++count) {
         const std::wstring text = std::wstring(count, L'x') + L"\xE9\x20AC\xD83D\xDE00" + std::wstring(300, L'\xDC00');
         ByteArray bytes = arrayOf("kept");

@@ -82,7 +82,7 @@ std::wstring utf8Message(const std::wstring& dump) {
     return L"Error converting UTF-8 character (" + dump + L")";
 }
 
-TEST(UnicodeFailures, Utf8_DumpsTheBytesAfterTheOffendingOne) {
+TEST(UnicodeFailures, Utf8_MessageDumpsTheBytesAfterTheInvalidByte) {
     for (const BadText& text : badTexts()) {
         SCOPED_TRACE(text.why);
         const std::vector<std::wstring> messages = {utf8Message(text.dump), kUtf8Record};
@@ -107,7 +107,7 @@ TEST(UnicodeFailures, Utf8_AddsNarrowInputToTheMessages) {
     }
 }
 
-TEST(UnicodeFailures, Utf8_LogsNothingWithoutThrowing) {
+TEST(UnicodeFailures, Utf8_FailureThatDoesNotThrowLogsNothing) {
     const test::TemporaryLog log;
     for (const BadText& text : badTexts()) {
         BaseString<wchar_t> output;
@@ -119,7 +119,7 @@ TEST(UnicodeFailures, Utf8_LogsNothingWithoutThrowing) {
     EXPECT_FALSE(log.exists());
 }
 
-TEST(UnicodeFailures, Utf8_ThrowingKeepsTheSameOutput) {
+TEST(UnicodeFailures, Utf8_ThrowingLeavesTheSameOutputAsReturningFalse) {
     const std::string text = std::string(700, 'a') + "\xFF";
     BaseString<wchar_t> output;
     EXPECT_THROW(ConvertUTF8toString(output, text.c_str(), -1, true), Exception);
@@ -130,7 +130,7 @@ TEST(UnicodeFailures, Utf8_ThrowingKeepsTheSameOutput) {
     EXPECT_EQ(buffer, L"abc" + std::wstring(5, L'\x5A5A'));
 }
 
-TEST(UnicodeFailures, Utf16_NeedsALength) {
+TEST(UnicodeFailures, Utf16_RejectsANegativeLength) {
     const std::string text("A\0B\0\0\0", 6);
     for (const int length : {-1, -2, -2147483647 - 1}) {
         BaseString<wchar_t> output(L"before");

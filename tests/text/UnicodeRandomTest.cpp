@@ -101,7 +101,7 @@ void expectBufferForm(const char* input, int length, const test::DecodedText& ex
     ASSERT_TRUE(std::all_of(buffer + used + 1, std::end(buffer), [](wchar_t unit) { return unit == kGuard; }));
 }
 
-TEST_F(UnicodeRandom, Decoding) {
+TEST_F(UnicodeRandom, DecodingAgreesWithTheReference) {
     test::PageEdge<char> edge(kMaxLength + 20);
     int count = 0;
     forEachRandomInput(kTexts, [&](RandomText& random) {
@@ -124,7 +124,7 @@ TEST_F(UnicodeRandom, Decoding) {
     });
 }
 
-TEST_F(UnicodeRandom, Encoding) {
+TEST_F(UnicodeRandom, EncodingAgreesWithTheReference) {
     test::PageEdge<wchar_t> edge(kMaxLength + 20);
     Array<unsigned char> reused;
     forEachRandomInput(kTexts, [&](RandomText& random) {
@@ -145,7 +145,7 @@ TEST_F(UnicodeRandom, Encoding) {
     });
 }
 
-TEST_F(UnicodeRandom, EncodingOfSingleUnits) {
+TEST_F(UnicodeRandom, EncodingOfSingleUnitsAgreesWithTheReference) {
     test::PageEdge<wchar_t> edge(kMaxLength + 20);
     Array<unsigned char> output;
     std::string expected;
@@ -165,7 +165,7 @@ TEST_F(UnicodeRandom, EncodingOfSingleUnits) {
     });
 }
 
-TEST_F(UnicodeRandom, Utf16RoundTrips) {
+TEST_F(UnicodeRandom, ReadingUtf16ReversesWritingIt) {
     forEachRandomInput(kTexts / 4, [](RandomText& random) {
         const std::wstring text = mixedText(random, kUnits);
         const std::wstring whole = text.substr(0, text.find(L'\0'));

@@ -59,14 +59,14 @@ TEST(UnicodeUtf16, ReadsLittleEndianUnits) {
          4,
          L"\xFEFF"
          L"A",
-         "a byte-order mark stays in the text"},
+         "a byte-order mark is part of the text"},
         {std::string("\xFE\xFF"
                      "A\0",
                      4),
          4,
          L"\xFFFE"
          L"A",
-         "a byte-order mark does not change the order"},
+         "a byte-order mark does not change the byte order"},
         {std::string("\0\xD8"
                      "A\0",
                      4),
@@ -118,7 +118,7 @@ TEST(UnicodeUtf16, ReadingNullGivesAnEmptyText) {
     }
 }
 
-TEST(UnicodeUtf16, WritesBothOrdersWithoutByteOrderMark) {
+TEST(UnicodeUtf16, WritesBothByteOrdersWithoutAByteOrderMark) {
     struct Case {
         const wchar_t* units;
         Order order;
@@ -143,7 +143,7 @@ TEST(UnicodeUtf16, WritesBothOrdersWithoutByteOrderMark) {
     }
 }
 
-TEST(UnicodeUtf16, WritingIgnoresItsLength) {
+TEST(UnicodeUtf16, WritingIgnoresTheLengthArgument) {
     for (const int length : {-1, 0, 1, 100}) {
         EXPECT_EQ(write(L"AB", Order::Little, false, length), std::string("A\0B\0", 4)) << length;
     }

@@ -79,7 +79,7 @@ std::string allBytes() {
     return bytes;
 }
 
-TEST(UrlEncode, EveryByteInEveryUse) {
+TEST(UrlEncode, EveryByteAgreesWithTheReferenceForAllFlagsAndComponents) {
     for (const Use& use : uses()) {
         BaseString<char> output("old");
         expectBuffer(use.encode(allBytes().c_str(), output), output);
@@ -89,7 +89,7 @@ TEST(UrlEncode, EveryByteInEveryUse) {
     }
 }
 
-TEST(UrlEncode, WideAsciiEqualsNarrow) {
+TEST(UrlEncode, WideAsciiIsEncodedLikeNarrowAscii) {
     const std::string ascii = allBytes().substr(0, 127);
     const std::wstring wide = test::widened(ascii);
     for (const Use& use : uses()) {
@@ -116,7 +116,7 @@ TEST(UrlEncode, RandomTextsAgreeWithTheReference) {
     });
 }
 
-TEST(UrlEncode, ExamplesOfTheManual) {
+TEST(UrlEncode, EncodesTheExamplesOfTheManual) {
     EXPECT_EQ(urlEncode("a b~", false, false), "a%20b%7E");
     EXPECT_EQ(urlEncode("a b~", false, true), "a+b%7E");
     EXPECT_EQ(urlEncode("a/b?c", true, false), "a%2Fb%3Fc");
@@ -144,10 +144,10 @@ TEST(UrlEncode, WideTextIsEncodedAsUtf8) {
 }
 
 template <class T>
-class UrlOfNothing : public ::testing::Test {};
-TYPED_TEST_SUITE(UrlOfNothing, test::CharacterTypes, test::CharacterNames);
+class UrlOfNullOrEmptyText : public ::testing::Test {};
+TYPED_TEST_SUITE(UrlOfNullOrEmptyText, test::CharacterTypes, test::CharacterNames);
 
-TYPED_TEST(UrlOfNothing, GivesAnEmptyText) {
+TYPED_TEST(UrlOfNullOrEmptyText, IsAnEmptyText) {
     const std::basic_string<TypeParam> empty;
     const auto old = test::text<TypeParam>("old");
     for (const TypeParam* text : {empty.c_str(), static_cast<const TypeParam*>(nullptr)}) {
@@ -172,7 +172,7 @@ TYPED_TEST(UrlOfNothing, GivesAnEmptyText) {
 }
 
 /// The input is the whole text of the output or the end of this text.
-TEST(UrlInPlace, InputInsideTheOutput) {
+TEST(UrlInPlace, InputInsideTheOutputGivesTheSameResultAsSeparateInput) {
     const std::string pattern = "a b%41+~/\xC3\xA9%zz";
     for (std::size_t length = 1; length <= 300; length += length < 20 ? 1 : 40) {
         std::string whole;
@@ -223,7 +223,7 @@ TEST(UrlDecode, DecodesOnlyCompleteEscapes) {
     EXPECT_EQ(urlDecode(L"%C3%A9+"), L"\u00E9+");
 }
 
-TEST(UrlDecode, EveryPairOfBytesAfterThePercentSign) {
+TEST(UrlDecode, EveryPairOfBytesAfterThePercentSignAgreesWithTheReference) {
     BaseString<char> output;
     for (const char high : allBytes()) {
         for (const char low : allBytes()) {
@@ -234,7 +234,7 @@ TEST(UrlDecode, EveryPairOfBytesAfterThePercentSign) {
     }
 }
 
-TEST(UrlDecode, EscapedZeroIsPartOfTheText) {
+TEST(UrlDecode, EscapedZeroEndsOnlyWideText) {
     BaseString<char> output;
     urlDecode("a%00b", output, 0);
     EXPECT_EQ(output.view(), std::string_view("a\0b", 3));
@@ -275,7 +275,7 @@ void dirtyFreeBlocks() {
 }
 
 /// Trailing bytes are not checked. If the text ends within a sequence, the missing trailing bytes are decoded as zeros.
-TEST(UrlDecode, WideTextMayEndWithinASequence) {
+TEST(UrlDecode, BytesFromWideTextMayEndWithinASequence) {
     struct Row {
         const wchar_t* text;
         std::wstring decoded;
@@ -300,7 +300,7 @@ TEST(UrlDecode, WideTextMayEndWithinASequence) {
 
 /// The conversion from UTF-8 writes blocks of 450 units. If it fails, the output contains the blocks before the
 /// failure.
-TEST(UrlDecode, WideFailureKeepsCompleteBlocks) {
+TEST(UrlDecode, FailureForWideTextLeavesTheCompleteBlocksBeforeIt) {
     for (const auto& [before, kept] : {std::pair{0u, 0u}, {449u, 0u}, {450u, 450u}, {899u, 450u}, {1000u, 900u}}) {
         for (const unsigned int capacity : {0u, 16u, 5000u}) {
             BaseString<wchar_t> output;
@@ -327,7 +327,7 @@ TEST(UrlDecode, RandomTextsAgreeWithTheReference) {
     });
 }
 
-TEST(UrlDecode, RoundTrips) {
+TEST(UrlDecode, ReversesUrlEncode) {
     test::forEachRandomInput(10000, [&](test::RandomText& random) {
         std::string text = random.from(allBytes(), random.below(80));
         const bool plus = random.oneIn(2);

@@ -23,9 +23,9 @@ constexpr auto kNothing = static_cast<std::size_t>(-1);
 const int kPages[] = {65000, 65001, 50220, 50221, 50222, 50225, 50227, 52936, 54936, 57002,
                       57003, 57004, 57005, 57006, 57007, 57008, 57009, 57010, 57011};
 
-TEST(UsedDefault, IsRejectedByPagesThatCannotReportIt) {
+TEST(UsedDefault, RequestFailsForPagesThatDoNotSupportIt) {
     if (test::wineVersion()) {
-        GTEST_SKIP() << "Wine does not reject the call for 65001, and does not have the other pages";
+        GTEST_SKIP() << "Wine accepts the request for page 65001, and lacks the other pages";
     }
     for (const int page : kPages) {
         if (!IsValidCodePage(static_cast<UINT>(page))) {
@@ -37,12 +37,12 @@ TEST(UsedDefault, IsRejectedByPagesThatCannotReportIt) {
         errno = 0;
         EXPECT_EQ(util::iconv_from_wc(page, L"a", 1, out, sizeof out, &used), kNothing) << page;
         EXPECT_EQ(errno, EINVAL) << page;
-        EXPECT_TRUE(used) << page << ": a failure must not change the report";
+        EXPECT_TRUE(used) << page << ": a failing call must not change `used`";
         EXPECT_GE(util::iconv_from_wc(page, L"a", 1, out, sizeof out, nullptr), 1u) << page;
     }
 }
 
-TEST(UsedDefault, IsReportedByAllOtherKindsOfPages) {
+TEST(UsedDefault, IsReportedForPagesThatSupportIt) {
     struct Case {
         int page;
         const wchar_t* text;
