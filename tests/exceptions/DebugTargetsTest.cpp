@@ -126,7 +126,7 @@ private:
     bool m_before;
 };
 
-TEST(DebugTargets, WithoutTheFlagNothingIsLookedUp) {
+TEST(DebugTargets, NoTargetIsLookedUpWhileTheFlagIsCleared) {
     const TemporaryLog log;
     Exception::setDebugTarget("DT.Flag", true);
     Exception::setDebugTarget(L"DT.Flag", true);
@@ -149,7 +149,7 @@ TEST(DebugTargets, WithoutTheFlagNothingIsLookedUp) {
     Exception::setDebugTarget(L"DT.Flag", false);
 }
 
-TEST(DebugTargets, InlineFunctionsHaveAddresses) {
+TEST(DebugTargets, InlineFunctionsCanBeCalledByAddress) {
     const TemporaryLog log;
     Exception::setDebugTarget(L"DT.Address", true);
     bool (*volatile isActive)(const wchar_t*) noexcept = &Exception::isDebugTargetActive;

@@ -125,7 +125,7 @@ TEST(DestructorProtocol, HandWrittenHandlersBehaveLikeTheFrame) {
                                      "Vorel Error: Parser::~Parser: Severe error suppressed"}));
 }
 
-TEST(DestructorProtocol, SuppressedExceptionKeepsItsMessagesAndRecord) {
+TEST(DestructorProtocol, SuppressedExceptionContainsItsMessagesAndTheRecord) {
     runWhileUnwinding([] {
         Exception e(L"late");
         e.rethrowDestructor(L"Parser");

@@ -53,7 +53,7 @@ std::string computerName() {
     return lower;
 }
 
-TEST(ErrorLog, LineHasTimeComputerProcessThreadAndMessage) {
+TEST(ErrorLog, LineContainsTimeComputerProcessThreadAndMessage) {
     const TemporaryLog log;
     const std::string before = timeText();
     Exception::warn("text");
@@ -118,7 +118,7 @@ TEST(ErrorLog, PercentSignsInAMessageAreText) {
     EXPECT_EQ(log.messages(), Texts{"100%s: %d %n%%"});
 }
 
-TEST(ErrorLog, NullPrefixAndMessageHaveFixedTexts) {
+TEST(ErrorLog, NullPrefixAndMessageAreWrittenAsFixedTexts) {
     const TemporaryLog log;
     Log::MirrorErrorMessage(nullptr, 1000, nullptr, L" text", true);
     Log::MirrorErrorMessage(nullptr, 1000, "X: ", nullptr, true);
@@ -141,7 +141,7 @@ TEST(ErrorLog, MirrorSwitchAffectsOnlyLinesThatAreNotForced) {
     EXPECT_EQ(log.messages(), (Texts{"off, forced", "on"}));
 }
 
-TEST(ErrorLog, ResetKeepsLocationAndLimit) {
+TEST(ErrorLog, ResetClassChangesNeitherLocationNorLimit) {
     const TemporaryLog log(4321);
     Exception::ResetClass();
     Exception::warn("text");
@@ -157,7 +157,7 @@ TEST(ErrorLog, WidePathIsConverted) {
     EXPECT_EQ(test::readLogMessages(path), Texts{"WARN: text"});
 }
 
-TEST(ErrorLog, UnconvertibleWidePathBecomesTheTextOfTheFailure) {
+TEST(ErrorLog, UnconvertibleWidePathIsReplacedByTheTextOfTheFailure) {
     const TemporaryLog log;
     ASSERT_STREQ(std::setlocale(LC_CTYPE, nullptr), "C");
     char before[MAX_PATH];
@@ -169,7 +169,7 @@ TEST(ErrorLog, UnconvertibleWidePathBecomesTheTextOfTheFailure) {
     EXPECT_EQ(test::readLogMessages(log.folder().file("Error in text conversion")), Texts{"WARN: text"});
 }
 
-TEST(ErrorLog, PathThatCannotBeOpenedDropsTheLineSilently) {
+TEST(ErrorLog, LineIsDroppedSilentlyIfThePathCannotBeOpened) {
     const TemporaryLog log;
     Exception::SetErrorLogLocation(log.folder().file("no such folder\\errors.txt").c_str(), 0);
     errno = 77;
@@ -182,7 +182,7 @@ TEST(ErrorLog, PathThatCannotBeOpenedDropsTheLineSilently) {
     EXPECT_EQ(log.messages(), Texts{"WARN: written"});
 }
 
-TEST(ErrorLog, WritingAndRotatingKeepErrnoAndTheLastError) {
+TEST(ErrorLog, WritingAndRotatingDoNotChangeErrnoAndTheLastError) {
     const TemporaryLog log(10);
     for (int line = 0; line < 3; ++line) {  // the first line creates the file, the second and the third rotate it
         errno = 77;
@@ -211,7 +211,7 @@ TEST(ErrorLog, FileIsClosedBetweenLines) {
     EXPECT_EQ(nextDescriptor(), before);
 }
 
-TEST(ErrorLog, OthersMayKeepTheFileOpen) {
+TEST(ErrorLog, LineIsWrittenWhileAnotherHandleSharesReadingAndWriting) {
     const TemporaryLog log;
     Exception::warn("a");
     const test::Handle other(CreateFileA(log.path().c_str(), GENERIC_READ | GENERIC_WRITE,
@@ -221,7 +221,7 @@ TEST(ErrorLog, OthersMayKeepTheFileOpen) {
     EXPECT_EQ(log.messages(), (Texts{"WARN: a", "WARN: b"}));
 }
 
-TEST(ErrorLog, PermanentlyLockedFileDropsTheLineAfterOneAndAHalfSeconds) {
+TEST(ErrorLog, LineIsDroppedIfTheFileIsLockedForOneAndAHalfSeconds) {
     const TemporaryLog log;
     Exception::warn("before");
     test::LockedFile held(log.path());
@@ -238,7 +238,7 @@ TEST(ErrorLog, PermanentlyLockedFileDropsTheLineAfterOneAndAHalfSeconds) {
     EXPECT_EQ(log.messages(), (Texts{"WARN: before", "WARN: after"}));
 }
 
-TEST(ErrorLog, ChangingTheLocationSendsEveryLineToOneOfThePaths) {
+TEST(ErrorLog, EveryLineGoesToOneOfThePathsWhileTheLocationChanges) {
     constexpr int kWriters = 2;
     constexpr int kLines = 300;
     const TemporaryLog log(-1);

@@ -156,7 +156,7 @@ void expectNotSliced(Arguments... arguments) {
         messages.empty() ? messagesOf(Kind(arguments...)) : messages);
 }
 
-TEST(ExceptionFamily, RethrowKeepsTheClass) {
+TEST(ExceptionFamily, RethrowThrowsTheSameClass) {
     expectNotSliced<Exception>(L"x");
     expectNotSliced<NotImplementedException>(L"x");
     expectNotSliced<DataRecordTypeException>();
@@ -173,7 +173,7 @@ TEST(ExceptionFamily, RethrowKeepsTheClass) {
     expectNotSliced<BadParameterException>(L"x", L"y");
 }
 
-TEST(ExceptionFamily, MoveCopies) {
+TEST(ExceptionFamily, MovingCopiesTheMessages) {
     const Messages messages = {L"No more memory is available: 1 objects of size 2 requested"};
     MemoryException original(1, 2);
     MemoryException target(3, 4);
@@ -194,7 +194,7 @@ public:
     [[noreturn]] void rethrow() override { throw OwnException(*this); }
 };
 
-TEST(ExceptionFamily, DerivedClassOfAProgramPassesTheLibraryUnsliced) {
+TEST(ExceptionFamily, LibraryRethrowsADerivedClassOfAProgramUnsliced) {
     expectThrows<OwnException>([] { vorel::detail::runRethrowing(L"Own", L"run", [] { throw OwnException(); }); },
                                {L"own", L"Own::run: Vorel exception rethrown"});
 }

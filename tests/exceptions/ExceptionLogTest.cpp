@@ -40,7 +40,7 @@ protected:
 
 TYPED_TEST_SUITE(ChannelTest, test::CharacterTypes, test::CharacterNames);
 
-TYPED_TEST(ChannelTest, WarningsAreAlwaysWritten) {
+TYPED_TEST(ChannelTest, WarningsAreWrittenWithoutATarget) {
     const TemporaryLog log;
     Exception::warn(this->text("token %d of %d").c_str(), 12, 40);
     Exception::swigwarn(this->text("binding %d").c_str(), 7);
@@ -59,7 +59,7 @@ TYPED_TEST(ChannelTest, DebugLinesNameTheirTarget) {
     EXPECT_EQ(log.messages(), (Texts{"DEBUG: ChannelTest.Lines: token 12", "DEBUG: ChannelTest.Lines: token 13"}));
 }
 
-TYPED_TEST(ChannelTest, DebugWithoutATargetWritesNothing) {
+TYPED_TEST(ChannelTest, DebugWithANullTargetWritesNothing) {
     const TypeParam* const none = nullptr;
     Exception::setDebugTarget(this->text("ChannelTest.Other").c_str(), true);
     const TemporaryLog log;
@@ -110,7 +110,7 @@ TYPED_TEST(ChannelTest, LongPrefixesAreNotTruncated) {
     }
 }
 
-TYPED_TEST(ChannelTest, InvalidFormatGivesAnEmptyMessageMarkedAsTruncated) {
+TYPED_TEST(ChannelTest, NullFormatGivesAnEmptyMessageMarkedAsTruncated) {
     const TypeParam* const none = nullptr;
     const auto target = this->text("ChannelTest.Unformattable");
     Exception::setDebugTarget(target.c_str(), true);
@@ -125,7 +125,7 @@ TYPED_TEST(ChannelTest, InvalidFormatGivesAnEmptyMessageMarkedAsTruncated) {
                      "DEBUG Truncated: ChannelTest.Unformattable: ", "P Truncated: "}));
 }
 
-TYPED_TEST(ChannelTest, NullPrefixIsRenderedByTheRuntime) {
+TYPED_TEST(ChannelTest, NullPrefixIsWrittenAsNullInParentheses) {
     const TemporaryLog log;
     const TypeParam* const none = nullptr;
     Exception::log(nullptr, 1000, none, this->text("%s").c_str(), this->text("text").c_str());
@@ -205,7 +205,7 @@ TEST(Diagnostics, ClassFunctionsWorkWithHalfOfASmallStack) {
                                      "Note: Parser::run: text"}));
 }
 
-TEST(Diagnostics, ClassFunctionsRenderNullNamesLikeTheRuntime) {
+TEST(Diagnostics, ClassFunctionsWriteNullNamesAsNullInParentheses) {
     Exception::setDebugTarget(L"Diagnostics.NullNames", true);
     const TemporaryLog log;
     Exception::warnClass(nullptr, L"m", L"text");
@@ -215,7 +215,7 @@ TEST(Diagnostics, ClassFunctionsRenderNullNamesLikeTheRuntime) {
                                      "DEBUG: (null)::(null): Diagnostics.NullNames: text"}));
 }
 
-TEST(Diagnostics, LongDecorationsAreNotTruncated) {
+TEST(Diagnostics, LongClassMethodAndTargetNamesAreNotTruncated) {
     Exception::setDebugTarget(std::wstring(8000, L't').c_str(), true);
     for (const std::size_t length : {1u, 3990u, 3994u, 3995u, 3996u, 8000u, 20000u}) {
         const std::wstring name(length, L'n');
@@ -230,7 +230,7 @@ TEST(Diagnostics, LongDecorationsAreNotTruncated) {
     }
 }
 
-TEST(Diagnostics, ClassFunctionsMarkAnInvalidFormatAsTruncated) {
+TEST(Diagnostics, ClassFunctionsMarkTheMessageOfANullFormatAsTruncated) {
     Exception::setDebugTarget(L"Diagnostics.Unformattable", true);
     const TemporaryLog log;
     Exception::warnClass(L"C", L"m", nullptr);
@@ -260,7 +260,7 @@ TEST(Diagnostics, NarrowTextsUseTheEncodingOfTheLocale) {
     Exception::setDebugTarget("\xE9", false);
 }
 
-TEST(Diagnostics, DebugClassNeedsItsTarget) {
+TEST(Diagnostics, DebugClassWritesNothingIfItsTargetIsNotActive) {
     Exception::setDebugTarget(L"Diagnostics.Needed", true);
     Exception::setDebugTarget(L"Diagnostics.Needed", false);
     const TemporaryLog log;
@@ -278,7 +278,7 @@ TEST(Diagnostics, TraceOfClassesAndStacksWritesNothing) {
     EXPECT_FALSE(log.exists());
 }
 
-TEST(Diagnostics, ClientSwitchIsOffAtLoadAndHasNoEffect) {
+TEST(Diagnostics, DebugSettingIsOffAtLoadAndHasNoEffect) {
     EXPECT_FALSE(vorel::util::g_DebugSetting);
     vorel::util::g_DebugSetting = true;
     const TemporaryLog log;

@@ -41,7 +41,7 @@ TEST(MessageStack, MessagesAroundTheBufferSizeAreNotTruncated) {
     }
 }
 
-TEST(MessageStack, ArgumentsMayPointIntoTheGrowingStack) {
+TEST(MessageStack, ArgumentsMayPointIntoTheMessageStack) {
     Exception e(L"seed");
     std::wstring expected = L"seed";
     for (int round = 0; round < 40; ++round) {
@@ -73,7 +73,7 @@ TEST(MessageStack, NarrowTextsUseTheEncodingOfTheLocale) {
     EXPECT_EQ(log.messages(), (Texts{"Vorel Error: \xC3\xA9", "Vorel Error: \xC3\xA9"}));
 }
 
-TEST(MessageStack, ReplacedMessagesAreNotLogged) {
+TEST(MessageStack, ReplacingAMessageLogsNothing) {
     Exception e(L"a");
     e.appendMessage(L"b");
     const TemporaryLog log;
@@ -87,7 +87,7 @@ TEST(MessageStack, ReplacedMessagesAreNotLogged) {
     EXPECT_FALSE(log.exists());
 }
 
-TEST(MessageStack, LongReplacedMessagesAreNotTruncated) {
+TEST(MessageStack, LongReplacementsOfMessagesAreNotTruncated) {
     Exception e(L"a");
     const std::wstring text(9000, L'z');
     e.setErrorMessage(0, L"%ls", text.c_str());
@@ -135,7 +135,7 @@ std::wstring systemTextOf(int hr) {
     return text;
 }
 
-TEST(MessageStack, HresultAddsTheSystemsTextAndAClosingLine) {
+TEST(MessageStack, HresultAddsTheTextOfTheSystemAndLogsAClosingLine) {
     for (const auto& [hr, digits] : {std::pair(kAccessDenied, L"80070005"), std::pair(kOutOfMemory, L"8007000E")}) {
         const TemporaryLog log;
         Exception e;
@@ -155,7 +155,7 @@ TEST(MessageStack, HresultAddsTheSystemsTextAndAClosingLine) {
     }
 }
 
-TEST(MessageStack, HresultWithoutAddedTextStillWritesTheClosingLine) {
+TEST(MessageStack, HresultThatAddsNoMessageStillLogsTheClosingLine) {
     for (const int hr : {0, static_cast<int>(E_FAIL)}) {
         const TemporaryLog log;
         Exception e;

@@ -44,7 +44,7 @@ TEST(Exception, DefaultConstructorAddsNoMessageAndLogsNothing) {
     EXPECT_FALSE(log.exists());
 }
 
-TEST(Exception, FormatsMayBeWideOrNarrowAndAreLoggedImmediately) {
+TEST(Exception, MessageOfAWideOrNarrowFormatIsLoggedImmediately) {
     const TemporaryLog log;
     const Exception wide(L"%ls has %d", L"wide", 4);
     const Exception narrow("%s has %d", "narrow", 6);
@@ -145,7 +145,7 @@ TEST(Exception, ClearRemovesTheMessagesAndKeepsTheFlags) {
     EXPECT_FALSE(log.exists());  // logging is still delayed
 }
 
-TEST(Exception, CopyHasMessagesLocationsAndTheMarkButNoDelay) {
+TEST(Exception, CopyingCopiesMessagesLocationsAndTheMarkButNotTheDelay) {
     const TemporaryLog log;
     Exception original;
     original.setDelayedLogging(true);
@@ -165,7 +165,7 @@ TEST(Exception, CopyHasMessagesLocationsAndTheMarkButNoDelay) {
     original.clear();
 }
 
-TEST(Exception, AssignmentKeepsTheDelayAndResizesTheStack) {
+TEST(Exception, AssignmentReplacesTheMessagesButNotTheDelay) {
     struct Case {
         Messages from;
         Messages to;
@@ -185,7 +185,7 @@ TEST(Exception, AssignmentKeepsTheDelayAndResizesTheStack) {
     }
 }
 
-TEST(Exception, AssignmentTakesTheMarkOfItsSource) {
+TEST(Exception, AssignmentCopiesTheMarkOfTheSource) {
     for (const bool isSourceMarked : {false, true}) {
         for (const bool isTargetMarked : {false, true}) {
             Exception source;
@@ -197,7 +197,8 @@ TEST(Exception, AssignmentTakesTheMarkOfItsSource) {
                 target.markHasTracedProtocolStateInfo();
             }
             target = source;
-            EXPECT_EQ(target.hasTracedProtocolStateInfo(), isSourceMarked) << isTargetMarked;
+            EXPECT_EQ(target.hasTracedProtocolStateInfo(), isSourceMarked)
+                << "target marked before: " << isTargetMarked;
         }
     }
 }

@@ -59,7 +59,7 @@ TYPED_TEST(Formatters, StringIsFormattedLikeAView) {
     EXPECT_EQ(formatted<TypeParam>("<{}>", BaseString<TypeParam>()), test::text<TypeParam>("<>"));
 }
 
-TYPED_TEST(Formatters, ExceptionHasItsMessagesOldestFirst) {
+TYPED_TEST(Formatters, ExceptionIsFormattedAsItsMessagesOldestFirst) {
     const test::TemporaryLog log;
     MemoryException e(3, 8);
     e.appendMessage(L"second");

@@ -91,7 +91,8 @@ TEST_F(InvalidParameter, RejectedFormatDoesNotCallTheHandlersOfTheProgram) {
         const HandlerInstalled ofTheProgram(&countCall);
         const _invalid_parameter_handler before = _set_thread_local_invalid_parameter_handler(&countCall);
         format.use();
-        EXPECT_EQ(_set_thread_local_invalid_parameter_handler(before), &countCall) << "must be restored";
+        EXPECT_EQ(_set_thread_local_invalid_parameter_handler(before), &countCall)
+            << "the handler of the thread must be restored";
         EXPECT_EQ(s_calls, 0);
     }
 }
@@ -121,7 +122,7 @@ TEST_F(InvalidParameter, FirstLocationInstallsTheHandlerAndUnloadingRemovesIt) {
     EXPECT_EQ(test::runChild(L"handler_at_unload", {L"ours"}, {.directory = m_log.folder().widePath()}), 0u);
 }
 
-TEST_F(InvalidParameter, UnloadingKeepsTheHandlerOfTheProgram) {
+TEST_F(InvalidParameter, UnloadingDoesNotRemoveTheHandlerOfTheProgram) {
     EXPECT_EQ(test::runChild(L"handler_at_unload", {L"own"}, {.directory = m_log.folder().widePath()}), 0u);
 }
 

@@ -66,7 +66,8 @@ TEST(LogOfPrograms, UnconfiguredLogUsesTheDefaultFileAndSkipsTheFirstSizeCheck) 
 
     EXPECT_EQ(test::runChild(L"never_configured"), 0u);
 
-    EXPECT_EQ(test::readLogMessages(log.path()), (Texts{"WARN: second", "WARN: third"})) << "the limit must not change";
+    EXPECT_EQ(test::readLogMessages(log.path()), (Texts{"WARN: second", "WARN: third"}))
+        << "the third line must not rotate the log";
     const std::string moved = test::readFileBytes(backup.path()).value_or("");
     ASSERT_GT(moved.size(), old.size());
     EXPECT_TRUE(moved.compare(0, old.size(), old) == 0);

@@ -92,7 +92,7 @@ std::string bytesOf(const Handle& file) {
     return {bytes, count};
 }
 
-TEST(HeldBackup, ThatCannotBeDeletedKeepsTheLogGrowing) {
+TEST(HeldBackup, LogGrowsWhileTheBackupCannotBeDeleted) {
     const test::TemporaryLog log(kLimitBytes);
     warn("first");
     warn("second");
@@ -110,7 +110,7 @@ TEST(HeldBackup, ThatCannotBeDeletedKeepsTheLogGrowing) {
 
 // If a file that a reader has open is deleted, older versions of NTFS keep its name until the reader closes the file.
 // Newer versions remove the name at once. Both behaviours are documented, so the test accepts both.
-TEST(HeldBackup, ThatIsSharedForDeletionIsReplacedNowOrLater) {
+TEST(HeldBackup, BackupSharedForDeletionIsReplacedBeforeOrAfterItsHolderClosesIt) {
     const test::TemporaryLog log(kLimitBytes);
     warn("first");
     warn("second");

@@ -33,7 +33,7 @@ bool fileExists(const std::string& path) {
     return test::readFileBytes(path).has_value();
 }
 
-TEST(LogSize, StandardLimits) {
+TEST(LogSize, StandardLimitsAreFixed) {
     EXPECT_EQ(Exception::DefaultLogSize, 1000000);
     EXPECT_EQ(Exception::LargeErrorLogSize, 10000000);
     const long long* const addressable = &Exception::LargeErrorLogSize;
@@ -69,7 +69,7 @@ TEST(LogSize, EachFunctionAcceptsItsOwnRangeOfLimits) {
     }
 }
 
-TEST(LogSize, ZeroDisablesTheLogAndCreatesNoFile) {
+TEST(LogSize, LimitZeroDisablesTheLogAndCreatesNoFile) {
     const TemporaryLog log;
     Exception::SetErrorLogSize(0);
     const Exception e(L"suppressed");
@@ -80,7 +80,7 @@ TEST(LogSize, ZeroDisablesTheLogAndCreatesNoFile) {
     EXPECT_EQ(log.messages(), Texts{"WARN: written"});
 }
 
-TEST(LogSize, MinusOneNeverRotates) {
+TEST(LogSize, LogWithLimitMinusOneIsNeverRotated) {
     const TemporaryLog log;
     makeFile(log.path(), 2000000);
     Exception::SetErrorLogSize(-1);
@@ -156,7 +156,8 @@ TEST(LogSize, LogCallWithANegativeLimitUsesTheCurrentLimit) {
         const std::string path = log.folder().file("own.txt");
         makeFile(path, kSize);
         Exception::log(path.c_str(), c.own, "OWN", "text");
-        EXPECT_EQ(fileExists(path + ".001"), c.moved) << c.current << " " << c.own;
+        EXPECT_EQ(fileExists(path + ".001"), c.moved)
+            << "current limit " << c.current << ", limit of the call " << c.own;
         EXPECT_TRUE(fileExists(path));
     }
 }

@@ -223,7 +223,7 @@ TEST(Protocol, EachFrameAddsARecord) {
                      "Vorel Error: Outer::run: Vorel exception rethrown"}));
 }
 
-TEST(Protocol, FrameReturnsTheResult) {
+TEST(Protocol, FrameReturnsTheResultOfItsFunction) {
     int value = 7;
     EXPECT_EQ(detail::runRethrowing(L"f", [] { return 5; }), 5);
     EXPECT_EQ(&detail::runRethrowing(L"C", L"f", [&]() -> int& { return value; }), &value);
@@ -239,7 +239,7 @@ TEST(Protocol, FrameConvertsOtherExceptionsToSevereErrors) {
     }
 }
 
-TEST(Protocol, ContainingFrameSwallowsEveryException) {
+TEST(Protocol, NoThrowFrameLogsAndSuppressesEveryException) {
     const TemporaryLog log;
     detail::runNoThrow(L"load", [] {});
     EXPECT_FALSE(log.exists());

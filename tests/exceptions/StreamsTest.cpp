@@ -86,7 +86,7 @@ TYPED_TEST(Streams, ExceptionWritesItsMessagesOldestFirst) {
                                        "  No more memory is available: 3 objects of size 8 requested; second; |"));
 }
 
-TYPED_TEST(Streams, ExceptionKeepsTheTextsItReturned) {
+TYPED_TEST(Streams, WritingAnExceptionDoesNotChangeTheTextsItReturned) {
     const test::TemporaryLog log;
     Exception e(L"first");
     e.appendMessage(L"second");

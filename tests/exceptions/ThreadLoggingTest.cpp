@@ -61,7 +61,7 @@ TEST(ThreadLogging, EnablingAThreadThatWasNeverDisabledHasNoEffect) {
     EXPECT_EQ(log.messages(), Texts{"WARN: written"});
 }
 
-TEST(ThreadLogging, OtherThreadsStillLog) {
+TEST(ThreadLogging, DisablingOneThreadDoesNotDisableOthers) {
     const TemporaryLog log;
     Exception::DisableThreadErrorLogging(true);
     std::thread([] {
@@ -73,7 +73,7 @@ TEST(ThreadLogging, OtherThreadsStillLog) {
     EXPECT_EQ(log.messages(), Texts{"WARN: from the other thread"});
 }
 
-TEST(ThreadLogging, EnablingAThreadDoesNotEnableOthers) {
+TEST(ThreadLogging, EnablingOneThreadDoesNotEnableOthers) {
     const TemporaryLog log;
     Exception::DisableThreadErrorLogging(true);
     std::thread([] {
@@ -85,7 +85,7 @@ TEST(ThreadLogging, EnablingAThreadDoesNotEnableOthers) {
     EXPECT_FALSE(log.exists());
 }
 
-TEST(ThreadLogging, MoreThreadsThanBucketsAreIndependent) {
+TEST(ThreadLogging, MoreThreadsThanHashBucketsAreIndependent) {
     constexpr int kThreads = 100;
     const TemporaryLog log;
     std::atomic<int> wrong{0};
