@@ -40,7 +40,7 @@ TEST(FlatComparing, OrdersTexts) {
     }
 }
 
-TEST(FlatComparing, OrdersVersions) {
+TEST(FlatComparing, ComparesAVersionWithTheRequiredVersion) {
     const struct {
         std::wstring_view version;
         std::wstring_view required;

@@ -185,7 +185,7 @@ TEST(FlatBinaryText, DecodersAcceptTheDocumentedForms) {
     }
 }
 
-TEST(FlatBinaryText, DecodersRejectOtherForms) {
+TEST(FlatBinaryText, DecodersRejectUndocumentedForms) {
     const struct {
         Codec codec;
         std::wstring_view text;

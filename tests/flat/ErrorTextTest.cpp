@@ -9,7 +9,7 @@ namespace {
 
 using test::flatText;
 
-TEST(FlatErrorText, SystemErrorTexts) {
+TEST(FlatErrorText, ReturnsTheTextOfTheSystemForACode) {
     const auto text = [](int32_t code) {
         return flatText([=](auto... out) { return vorel_system_error_text(code, out...); });
     };

@@ -91,7 +91,7 @@ TEST(FlatMutex, RejectsInvalidAndTakenNames) {
     expectNames<vorel_mutex>(vorel_mutex_open, name.c_str());
 }
 
-TEST(FlatMutex, LocksNest) {
+TEST(FlatMutex, EachLockNeedsAnUnlock) {
     const std::wstring name = uniqueName(L"flat_mutex");
     vorel_mutex* const mutex = openMutex(name);
     vorel_mutex* const other = openMutex(name);
@@ -140,18 +140,18 @@ TEST(FlatMutex, ReportsAndLogsATimeout) {
     EXPECT_EQ(vorel_mutex_close(mutex), VOREL_OK);
 }
 
-TEST(FlatMutex, IsTakenFromAThreadThatExited) {
+TEST(FlatMutex, CanBeLockedAfterItsOwnerExited) {
     const TemporaryLog log;
     vorel_mutex* const mutex = openMutex(uniqueName(L"flat_mutex"));
     EXPECT_EQ(onAnotherThread([mutex] { return vorel_mutex_lock(mutex, 0) + vorel_mutex_lock(mutex, 0); }), kOk);
     EXPECT_EQ(vorel_mutex_lock(mutex, 0), VOREL_OK);
-    EXPECT_EQ(log.messages().size(), 1u) << "only the warning";
+    EXPECT_EQ(log.messages().size(), 1u) << "only the warning about the owner that exited";
     EXPECT_EQ(vorel_mutex_unlock(mutex), VOREL_OK);
-    EXPECT_EQ(vorel_mutex_unlock(mutex), VOREL_ERROR_NOT_OWNER) << "the holds of the exited thread are not counted";
+    EXPECT_EQ(vorel_mutex_unlock(mutex), VOREL_ERROR_NOT_OWNER) << "no lock of the exited thread may remain";
     EXPECT_EQ(vorel_mutex_close(mutex), VOREL_OK);
 }
 
-TEST(FlatMutex, CloseReleasesEveryHold) {
+TEST(FlatMutex, CloseReleasesEveryLockOfItsHandle) {
     const std::wstring name = uniqueName(L"flat_mutex");
     vorel_mutex* const mutex = openMutex(name);
     vorel_mutex* const other = openMutex(name);
@@ -204,7 +204,7 @@ TEST(FlatCondition, RejectsInvalidAndTakenNames) {
     EXPECT_EQ(vorel_mutex_close(taken), VOREL_OK);
 }
 
-TEST(FlatCondition, KeepsOneSignal) {
+TEST(FlatCondition, SignalsWithoutAWaiterReleaseOneWaiter) {
     vorel_condition* const condition = openCondition(uniqueName(L"flat_condition"));
     EXPECT_EQ(vorel_condition_wait(condition, 0), VOREL_ERROR_TIMEOUT);
     EXPECT_EQ(lastMessage(), L"There was no signal in time");

@@ -97,9 +97,9 @@ TEST(FlatLog, SetsAndReturnsThePath) {
     log.use();
 }
 
-TEST(FlatLog, AcceptsPathsThatTheCodePageCanEncode) {
+TEST(FlatLog, AcceptsOnlyPathsThatTheCodePageCanEncode) {
     if (GetACP() != 1252) {
-        GTEST_SKIP() << "the names of this test require code page 1252";
+        GTEST_SKIP() << "the file names of this test require code page 1252";
     }
     const TemporaryLog log;
     const std::wstring path = log.folder().widePath() + L"\\caf\u00E9 \u20AC.txt";
@@ -110,8 +110,8 @@ TEST(FlatLog, AcceptsPathsThatTheCodePageCanEncode) {
 
     EXPECT_EQ(setPath(log.folder().widePath() + L"\\\u4E00.txt"), VOREL_ERROR_INVALID_TEXT);
     EXPECT_EQ(setPath(log.folder().widePath() + L"\\\u0101.txt"), VOREL_ERROR_INVALID_TEXT)
-        << "must not be replaced by a similar letter";
-    EXPECT_EQ(logPath(), path) << "a rejected path must not change the current one";
+        << "U+0101 must not be replaced by a similar letter";
+    EXPECT_EQ(logPath(), path) << "a rejected path must not replace the current path";
     log.use();
 }
 
@@ -174,7 +174,7 @@ TEST(FlatLog, CanBeDisabledForOneThread) {
     EXPECT_EQ(vorel_log_set_thread_enabled(0), VOREL_OK);
     EXPECT_EQ(write(L"", L"dropped"), VOREL_OK);
     std::thread([] { EXPECT_EQ(write(L"", L"from another thread"), VOREL_OK); }).join();
-    EXPECT_EQ(vorel_log_set_thread_enabled(2), VOREL_OK) << "every value except 0 is true";
+    EXPECT_EQ(vorel_log_set_thread_enabled(2), VOREL_OK) << "every value except 0 enables the log";
     EXPECT_EQ(write(L"", L"enabled again"), VOREL_OK);
     EXPECT_THAT(log.messages(), ElementsAre("from another thread", "enabled again"));
 }

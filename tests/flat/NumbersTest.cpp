@@ -46,7 +46,7 @@ void expectParsed(Parse<Value> parse, const Parsed<Value> (&rows)[Rows]) {
     const vorel_char16 terminated[] = {'1', 0, '2'};
     EXPECT_EQ(parse(terminated, VOREL_ZERO_TERMINATED, &value), VOREL_OK);
     EXPECT_EQ(value, static_cast<Value>(1));
-    EXPECT_EQ(parse(nullptr, 0, &value), VOREL_ERROR_INVALID_TEXT) << "an empty text";
+    EXPECT_EQ(parse(nullptr, 0, &value), VOREL_ERROR_INVALID_TEXT) << "an empty text contains no value";
     EXPECT_EQ(parse(nullptr, 1, &value), VOREL_ERROR_INVALID_ARGUMENT);
     EXPECT_EQ(parse(nullptr, VOREL_ZERO_TERMINATED, &value), VOREL_ERROR_INVALID_ARGUMENT);
     EXPECT_EQ(parse(terminated, std::size_t{VOREL_MOST_UNITS} + 1, &value), VOREL_ERROR_INVALID_ARGUMENT);

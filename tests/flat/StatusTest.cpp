@@ -100,7 +100,7 @@ void failWith(const std::wstring& item) {
     EXPECT_EQ(vorel_parse_ranges(FlatText(item).data(), item.size(), nullptr, 0, &count), VOREL_ERROR_INVALID_TEXT);
 }
 
-TEST(FlatLastError, HasTheMessageOfTheLibraryInBothEncodings) {
+TEST(FlatLastError, IsTheMessageOfTheLibraryInUtf16AndUtf8) {
     const test::TemporaryLog log;
     failWith(L"\u00E9\U0001F600");
     EXPECT_EQ(lastMessage(), L"Found nonnumeric text in numeric item: \"\u00E9\U0001F600\"");
@@ -109,7 +109,7 @@ TEST(FlatLastError, HasTheMessageOfTheLibraryInBothEncodings) {
               "Found nonnumeric text in numeric item: \"\xC3\xA9\xF0\x9F\x98\x80\"");
 }
 
-TEST(FlatLastError, IsTruncatedToFiveHundredUnitsBetweenCharacters) {
+TEST(FlatLastError, MessageIsTruncatedToFiveHundredUnitsBetweenCharacters) {
     const test::TemporaryLog log;
     const std::wstring front = L"Found nonnumeric text in numeric item: \"";
     const struct {
@@ -130,7 +130,7 @@ TEST(FlatLastError, IsTruncatedToFiveHundredUnitsBetweenCharacters) {
     }
 }
 
-TEST(FlatLastError, LogsAnExceptionAndItsRecord) {
+TEST(FlatLastError, ExceptionIsLoggedWithTheRecordOfTheFunction) {
     test::TemporaryLog log;
     failWith(L"z");
     const std::vector<std::string> messages = log.messages();
@@ -139,7 +139,7 @@ TEST(FlatLastError, LogsAnExceptionAndItsRecord) {
     EXPECT_EQ(messages.back(), "Vorel Error: vorel_parse_ranges: Vorel exception caught");
 }
 
-TEST(FlatLastError, InvalidArgumentsAndTextsAreNotLogged) {
+TEST(FlatLastError, FailureWithoutAnExceptionIsNotLogged) {
     test::TemporaryLog log;
     failOnce();
     int32_t value = 0;

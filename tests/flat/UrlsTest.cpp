@@ -37,7 +37,7 @@ TEST(FlatUrls, Encode) {
     }
 }
 
-TEST(FlatUrls, EncodeForTheirComponents) {
+TEST(FlatUrls, EncodeForEachComponent) {
     const struct {
         int32_t component;
         std::wstring_view escaped;
