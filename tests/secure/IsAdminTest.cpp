@@ -44,7 +44,7 @@ TEST(IsAdmin, IsTrueForAnAdministrator) {
     EXPECT_TRUE(vorel::IsAdmin());
 }
 
-TEST(IsAdmin, IsFalseInAProcessWhereAdministratorsHaveNoRights) {
+TEST(IsAdmin, IsFalseInAProcessWithoutTheRightsOfAdministrators) {
     const test::Handle token = test::restrictedToken({test::administrators()});
     test::ChildOptions options;
     options.token = token.get();
@@ -78,7 +78,7 @@ ThreadToken threadToken() {
     return {statistics.TokenId, statistics.ImpersonationLevel};
 }
 
-TEST(IsAdmin, KeepsTheImpersonationOfTheThread) {
+TEST(IsAdmin, DoesNotChangeTheImpersonationOfTheThread) {
     const bool expected = isMember();
     for (const SECURITY_IMPERSONATION_LEVEL level :
          {SecurityIdentification, SecurityImpersonation, SecurityDelegation}) {

@@ -102,14 +102,14 @@ TEST_P(SecondUser, ObtainsAndUsesTheObject) {
     EXPECT_FALSE(log.exists());
 }
 
-TEST_P(SecondUser, MayOpenItForUseAndReadItsSecurity) {
+TEST_P(SecondUser, MayOpenTheObjectForUseAndReadItsSecurity) {
     const Handle object(GetParam().obtain(name));
     const test::ActAsSecondUser second;
     EXPECT_EQ(errorOfOpening(GetParam().usualAccess), 0u);
     EXPECT_EQ(errorOfOpening(READ_CONTROL), 0u);
 }
 
-TEST_P(SecondUser, MayNotChangeItsSecurity) {
+TEST_P(SecondUser, MayNotChangeTheSecurityOfTheObject) {
     const Handle object(GetParam().obtain(name));
     const test::ActAsSecondUser second;
     for (const DWORD access :

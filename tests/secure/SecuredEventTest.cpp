@@ -61,7 +61,7 @@ TEST_F(SecuredEvent, HasTheRequestedKindAndState) {
     EXPECT_EQ(text.view(), L"before");
 }
 
-TEST_F(SecuredEvent, NameMayLieInTheErrorText) {
+TEST_F(SecuredEvent, NameMayPointIntoTheErrorText) {
     text = name.c_str();
     {
         const Handle event(vorel::ObtainAccessableEvent(1, 1, text.c_str(), 0, 0, text));
@@ -150,7 +150,7 @@ TEST_F(SecuredEvent, SignalsWorkBetweenProcesses) {
     const std::wstring answerName = NamedEvent::uniqueName(L"answer");
     const Handle answer(vorel::ObtainAccessableEvent(0, 0, answerName.c_str(), 0, 0, text));
     const ChildProcess peer(L"secured_peer", {L"task=event", L"name=" + name, L"answer=" + answerName});
-    EXPECT_FALSE(isSet(answer.get())) << "not signalled before the request";
+    EXPECT_FALSE(isSet(answer.get())) << "the answer must not be signalled before the request";
     EXPECT_TRUE(SetEvent(asked.get()));
     EXPECT_EQ(WaitForSingleObject(answer.get(), test::kGenerousMs), WAIT_OBJECT_0);
     ASSERT_TRUE(peer.wait());

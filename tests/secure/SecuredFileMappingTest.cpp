@@ -128,7 +128,7 @@ TEST_F(SecuredFileMapping, ExistingMappingIsOpenedWithoutTheFile) {
     EXPECT_FALSE(log.exists());
 }
 
-TEST_F(SecuredFileMapping, FlagsMayBeNull) {
+TEST_F(SecuredFileMapping, OutputFlagsMayBeNull) {
     const std::wstring path = file(L"new.dat");
     const Handle none(vorel::ObtainAccessableFileMappingEx(path.c_str(), PAGE_READWRITE, FILE_MAP_WRITE, 0, kSize,
                                                            name.c_str(), nullptr, nullptr));
@@ -206,7 +206,7 @@ TEST_F(SecuredFileMapping, FolderInsteadOfAFileThrows) {
     EXPECT_FALSE(fileCreated);
 }
 
-TEST_F(SecuredFileMapping, FileOpenedExclusivelyByAnotherThrows) {
+TEST_F(SecuredFileMapping, FileThatIsOpenWithoutSharingThrows) {
     const std::wstring path = file(L"kept.dat");
     Handle kept(CreateFileW(path.c_str(), GENERIC_READ, 0, nullptr, CREATE_NEW, 0, nullptr));
     expectFailure(path, kSize,
@@ -217,7 +217,7 @@ TEST_F(SecuredFileMapping, FileOpenedExclusivelyByAnotherThrows) {
     EXPECT_FALSE(fileCreated);
 }
 
-TEST_F(SecuredFileMapping, EmptyFileWithoutASizeThrows) {
+TEST_F(SecuredFileMapping, EmptyFileThrowsIfTheSizeIsZero) {
     const std::wstring path = file(L"empty.dat");
     write(path, "");
     Handle empty(CreateFileW(path.c_str(), GENERIC_READ | GENERIC_WRITE, 7, nullptr, OPEN_EXISTING, 0, nullptr));
@@ -270,7 +270,7 @@ TEST_F(SecuredFileMapping, AnotherProcessSeesTheSameContent) {
 
 // ---- Simultaneous first opening ----
 
-TEST_F(SecuredFileMapping, ThreadsThatRaceToOpenItAllSucceed) {
+TEST_F(SecuredFileMapping, ThreadsThatOpenTheSameMappingAtTheSameTimeAllSucceed) {
     const test::MappingRace race{name, folder.widePath(), 4, 100};
     std::vector<std::future<int>> parties;
     for (long party = 0; party != race.parties; ++party) {
@@ -282,7 +282,7 @@ TEST_F(SecuredFileMapping, ThreadsThatRaceToOpenItAllSucceed) {
     EXPECT_FALSE(log.exists());
 }
 
-TEST_F(SecuredFileMapping, ProcessesThatRaceToOpenItAllSucceed) {
+TEST_F(SecuredFileMapping, ProcessesThatOpenTheSameMappingAtTheSameTimeAllSucceed) {
     constexpr int kParties = 3;
     const std::string logPath = log.path();
     const std::vector<std::wstring> task = {L"task=race",

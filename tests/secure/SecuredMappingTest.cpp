@@ -73,7 +73,7 @@ TEST_F(SecuredMapping, FirstCallCreatesItAndSecondCallOpensIt) {
     EXPECT_EQ(other.number(), 42);
 }
 
-TEST_F(SecuredMapping, FlagMayBeNull) {
+TEST_F(SecuredMapping, OutputFlagMayBeNull) {
     for (int round = 0; round < 2; ++round) {
         const Handle mapping(vorel::ObtainAccessableFileMapping(INVALID_HANDLE_VALUE, PAGE_READWRITE, FILE_MAP_WRITE, 0,
                                                                 kSize, name.c_str(), nullptr));
@@ -106,7 +106,7 @@ TEST_F(SecuredMapping, ExistingMappingIsOpenedWithTheRequestedAccess) {
     whole.number() = 7;
     const Handle second = obtain(FILE_MAP_READ);
     EXPECT_EQ(created, 0);
-    EXPECT_FALSE(View(second, FILE_MAP_WRITE)) << "read access was requested";
+    EXPECT_FALSE(View(second, FILE_MAP_WRITE)) << "only read access was requested";
     const View view(second, FILE_MAP_READ);
     ASSERT_TRUE(view);
     EXPECT_EQ(view.number(), 7);
@@ -146,7 +146,7 @@ TEST_F(SecuredMapping, AnotherProcessSeesTheSameContent) {
     EXPECT_EQ(view.number(), 18);
 }
 
-TEST_F(SecuredMapping, MappingOfAnotherProcessIsDestroyedWithIt) {
+TEST_F(SecuredMapping, IsDestroyedWhenTheOnlyProcessThatOpenedItExits) {
     EXPECT_EQ(runChild(L"secured_peer", {L"task=mapping", L"name=" + name, L"expect=0", L"write=3"}),
               kPeerObtained | test::kPeerCreated | kPeerDone);
     const Handle mapping = obtain();

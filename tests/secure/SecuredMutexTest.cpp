@@ -83,7 +83,7 @@ TEST_F(SecuredMutex, IsDestroyedWithItsLastHandle) {
     EXPECT_FALSE(gone);
 }
 
-TEST_F(SecuredMutex, FlagMayBeNull) {
+TEST_F(SecuredMutex, OutputFlagMayBeNull) {
     const Handle first(vorel::ObtainAccessableMutex(0, name.c_str(), 0, 0, nullptr));
     const Handle second(vorel::ObtainAccessableMutex(0, name.c_str(), 0, 0, nullptr));
     EXPECT_TRUE(first);
@@ -109,7 +109,7 @@ TEST_F(SecuredMutex, InitialOwnerIsTheCallerIfRequested) {
     }
 }
 
-TEST_F(SecuredMutex, OpenedHandleCanWaitAndRelease) {
+TEST_F(SecuredMutex, HandleOfAnExistingMutexCanWaitAndRelease) {
     const Handle first = obtain();
     const Handle second = obtain();
     EXPECT_EQ(WaitForSingleObject(second.get(), 0), WAIT_OBJECT_0);
@@ -212,7 +212,7 @@ TEST_F(SecuredMutex, MutexOfAnotherProcessIsOpenedWhileThatProcessRuns) {
         EXPECT_EQ(peer.exitCode(), test::kPeerObtained | test::kPeerCreated | test::kPeerDone);
     }
     const Handle again = obtain();
-    EXPECT_EQ(created, 1) << "every handle of the old mutex is closed";
+    EXPECT_EQ(created, 1) << "every handle of the previous mutex is closed";
 }
 
 TEST_F(SecuredMutex, NameMayHaveTheGlobalPrefix) {
