@@ -35,7 +35,7 @@ struct Holder {
     test::ChildProcess process;
 };
 
-TEST(AutoMutexProcesses, AProcessExcludesOthers) {
+TEST(AutoMutexProcesses, AProcessThatHoldsTheMutexExcludesOthers) {
     const TemporaryLog log;
     const std::wstring name = uniqueName(L"mutex");
     AutoMutex mutex(name.c_str(), false, false);

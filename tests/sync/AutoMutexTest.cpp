@@ -88,7 +88,7 @@ TEST(AutoMutex, ConstructorOpensTheGlobalNameAndDestructorClosesIt) {
     EXPECT_FALSE(test::mutexExists(L"Global\\" + name));
 }
 
-TEST(AutoMutex, NarrowNameIsTheWideOneInUtf8) {
+TEST(AutoMutex, NarrowUtf8NameAndItsWideNameShareTheMutex) {
     struct Case {
         std::string narrow;
         std::wstring wide;
@@ -112,7 +112,7 @@ TEST(AutoMutex, NarrowNameIsTheWideOneInUtf8) {
         << "a pointer to non-const characters is accepted too";
 }
 
-TEST(AutoMutex, NarrowNullIsNoName) {
+TEST(AutoMutex, NarrowNullMeansNoName) {
     const TemporaryLog log;
     const char* const none = nullptr;
     AutoMutex mutex(none, true, true);
@@ -185,7 +185,7 @@ TEST(AutoMutex, InitializeWithoutANameThrows) {
     mutex.unlock();
 }
 
-TEST(AutoMutex, InitializeWithTheSameNameKeepsTheMutexAndItsHolds) {
+TEST(AutoMutex, InitializeWithTheSameNameDoesNotReleaseTheMutex) {
     const std::wstring name = uniqueName(L"mutex");
     AutoMutex mutex(name.c_str(), true, false);
     EXPECT_TRUE(mutex.initialize(std::wstring(name).c_str(), true));
@@ -194,7 +194,7 @@ TEST(AutoMutex, InitializeWithTheSameNameKeepsTheMutexAndItsHolds) {
     EXPECT_TRUE(isFreeForOthers(mutex));
 }
 
-TEST(AutoMutex, InitializeWithAnotherNameReleasesTheOldMutex) {
+TEST(AutoMutex, InitializeWithAnotherNameReleasesThePreviousMutex) {
     const std::wstring name = uniqueName(L"mutex");
     const std::wstring upper = name + L"_X";
     const std::wstring lower = name + L"_x";  // names are case-sensitive
@@ -247,7 +247,7 @@ TEST(AutoMutex, FailedInitializeCanBeRepeated) {
 
 // ---- Locking --------------------------------------------------------------------------------------------------------
 
-TEST(AutoMutex, LocksNest) {
+TEST(AutoMutex, EachLockNeedsAnUnlock) {
     const std::wstring name = uniqueName(L"mutex");
     AutoMutex other(name.c_str(), false, false);
     AutoMutex mutex(name.c_str(), false, false);
@@ -268,7 +268,7 @@ TEST(AutoMutex, LocksNest) {
     mutex.unlock();
 }
 
-TEST(AutoMutex, TwoObjectsOfAThreadShareTheMutex) {
+TEST(AutoMutex, MutexIsFreeOnlyAfterBothObjectsOfAThreadUnlockIt) {
     const std::wstring name = uniqueName(L"mutex");
     AutoMutex first(name.c_str(), true, false);
     AutoMutex second(name.c_str(), true, false);
@@ -396,7 +396,7 @@ INSTANTIATE_TEST_SUITE_P(LockAndTryLock, AbandonedAutoMutex,
                          testing::Values(Take([](AutoMutex& mutex) { return mutex.lock(1000, true); }),
                                          Take([](AutoMutex& mutex) { return mutex.tryLock(); })));
 
-TEST_P(AbandonedAutoMutex, IsTakenWithAWarning) {
+TEST_P(AbandonedAutoMutex, IsLockedWithAWarning) {
     const TemporaryLog log;
     const std::wstring name = uniqueName(L"mutex");
     AutoMutex mutex(name.c_str(), false, false);
@@ -409,7 +409,7 @@ TEST_P(AbandonedAutoMutex, IsTakenWithAWarning) {
     EXPECT_TRUE(isFreeForOthers(mutex));
 }
 
-TEST_P(AbandonedAutoMutex, CanBeTakenThroughAnotherObject) {
+TEST_P(AbandonedAutoMutex, CanBeLockedThroughAnotherObject) {
     const TemporaryLog log;
     const std::wstring name = uniqueName(L"mutex");
     auto* const abandoned = new AutoMutex(name.c_str(), false, false);
@@ -463,7 +463,7 @@ TEST(AutoMutex, DestructorWaitsForTheOwner) {
     EXPECT_THAT(log.messages(), IsEmpty());
 }
 
-TEST(AutoMutex, DestructorTakesAnAbandonedMutex) {
+TEST(AutoMutex, DestructorClosesAnAbandonedMutexWithAWarning) {
     const TemporaryLog log;
     const std::wstring name = uniqueName(L"mutex");
     {

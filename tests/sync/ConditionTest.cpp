@@ -90,7 +90,7 @@ protected:
     Waiters m_waiters{m_lock, m_condition};
 };
 
-TEST_F(ConditionTest, OneSignalIsKeptWithoutAWaiter) {
+TEST_F(ConditionTest, SignalsWithoutAWaiterReleaseOneWaiter) {
     m_condition.signal();
     m_condition.signal();
     EXPECT_TRUE(waitHoldingTheLock(0));
@@ -114,7 +114,7 @@ TEST_F(ConditionTest, WaitReleasesTheLockAndASignalWakesOneWaiter) {
     }
     m_condition.signal();
     EXPECT_EQ(m_waiters.woken(), 2);
-    EXPECT_FALSE(waitHoldingTheLock(0)) << "each signal was consumed";
+    EXPECT_FALSE(waitHoldingTheLock(0)) << "no signal may be left";
 }
 
 TEST_F(ConditionTest, OneSignalWakesOneOfTwoWaiters) {
@@ -140,7 +140,7 @@ TEST_F(ConditionTest, SignalMayBeCalledWithTheLockHeld) {
     EXPECT_EQ(m_waiters.woken(), 1);
 }
 
-TEST_F(ConditionTest, WaitReleasesTheLockOnce) {
+TEST_F(ConditionTest, WaitReleasesALockThatIsHeldTwiceOnlyOnce) {
     // If the caller holds the lock twice, other threads cannot acquire the lock while the caller waits.
     const Held once(m_lock);
     const Held twice(m_lock);

@@ -31,12 +31,12 @@ constexpr int kGenerousMs = static_cast<int>(test::kGenerousMs);
 static_assert(!std::is_default_constructible_v<NamedCondition> && !std::is_copy_constructible_v<NamedCondition> &&
               !std::is_copy_assignable_v<NamedCondition>);
 
-TEST(NamedCondition, ConstructorOpensAnEventOfThatNameAndDestructorClosesIt) {
+TEST(NamedCondition, ConstructorOpensTheNamedEventAndDestructorClosesIt) {
     const std::wstring name = uniqueName(L"condition");
     {
         const NamedCondition condition(name.c_str());
         EXPECT_TRUE(test::eventExists(name));
-        EXPECT_FALSE(test::eventExists(L"Global\\" + name + L"_")) << "no event has this name";
+        EXPECT_FALSE(test::eventExists(L"Global\\" + name + L"_")) << "the check must return false for an unused name";
     }
     EXPECT_FALSE(test::eventExists(name));
 }
@@ -45,13 +45,13 @@ TEST(NamedCondition, ObjectsWithTheSameNameShareTheEvent) {
     const std::wstring name = uniqueName(L"condition");
     NamedCondition first(name.c_str());
     NamedCondition second(name.c_str());
-    EXPECT_FALSE(second.wait(0)) << "not signalled initially";
+    EXPECT_FALSE(second.wait(0)) << "the event must not be signalled initially";
     first.signal();
     EXPECT_TRUE(second.wait(0));
     EXPECT_FALSE(first.wait(0)) << "one signal wakes one waiter";
 }
 
-TEST(NamedCondition, NarrowNameIsTheWideOneInUtf8) {
+TEST(NamedCondition, NarrowUtf8NameAndItsWideNameShareTheEvent) {
     const std::wstring stem = uniqueName(L"condition");
     NamedCondition wide((stem + L"\u00FC").c_str());
     NamedCondition narrow((test::narrowed(stem) + "\xC3\xBC").c_str());
@@ -73,7 +73,7 @@ TEST(NamedCondition, NarrowNameThatIsNotUtf8Throws) {
     EXPECT_THROW(static_cast<void>(NamedCondition("name\xFF")), Exception);
 }
 
-TEST(NamedCondition, KeepsOneSignal) {
+TEST(NamedCondition, SignalsWithoutAWaiterReleaseOneWaiter) {
     NamedCondition condition(uniqueName(L"condition").c_str());
     condition.signal();
     condition.signal();
