@@ -15,7 +15,8 @@ using vorel::util::ProcessPriorityClass;
 using vorel::util::SetProcessPriority;
 
 static_assert(std::is_same_v<std::underlying_type_t<ProcessPriorityClass>, int>);
-static_assert(PPC_AboveNormal == 0 && PPC_Normal == 1 && PPC_BelowNormal == 2, "unscoped, with these values");
+static_assert(PPC_AboveNormal == 0 && PPC_Normal == 1 && PPC_BelowNormal == 2,
+              "the enumeration is unscoped and has these values");
 
 class SetProcessPriorityTest : public ::testing::Test {
 protected:
@@ -37,7 +38,7 @@ TEST_F(SetProcessPriorityTest, SetsThePriorityClass) {
     EXPECT_EQ(classAfter(PPC_BelowNormal, 0), DWORD{0x4000});
 }
 
-TEST_F(SetProcessPriorityTest, OtherValuesSetTheNormalClass) {
+TEST_F(SetProcessPriorityTest, UnknownValuesSetTheNormalClass) {
     for (const int value : {-1, 3, 0x4000, 0x7FFFFFFF}) {
         ASSERT_EQ(classAfter(PPC_BelowNormal, 0), DWORD{0x4000});
         EXPECT_EQ(classAfter(static_cast<ProcessPriorityClass>(value), 0), DWORD{0x20}) << value;

@@ -62,7 +62,7 @@ std::string textOf(const std::tm& time) {
 
 // ---- Broken-down times ----------------------------------------------------------------------------------------------
 
-TEST(Gmtime, KnownTimes) {
+TEST(Gmtime, ConvertsKnownTimes) {
     struct Case {
         long long time;
         int year, month, day, hour, minute, second, weekday, dayOfYear;
@@ -230,7 +230,7 @@ TEST(Asctime, TimesOutOfRangeThrow) {
     }
 }
 
-TEST(Ctime, KeepsTheLineFeed) {
+TEST(Ctime, TextEndsWithALineFeed) {
     for (const std::size_t size : {26u, 27u, 100u}) {
         for (const long long time : {1234567890LL, 951782400LL, 4107542400LL}) {
             GuardedBuffer<char> buffer(size);

@@ -61,7 +61,7 @@ TEST(Version, LibraryHasTheVersionOfItsHeaders) {
     EXPECT_STREQ(vorel_version(), VOREL_VERSION_STRING);
 }
 
-TEST(Version, FilePropertiesHaveTheSameNumbers) {
+TEST(Version, FilePropertiesHaveTheNumbersOfTheHeaders) {
     const VS_FIXEDFILEINFO fixed = FileProperties().fixed();
     EXPECT_EQ(fixed.dwSignature, 0xFEEF04BDu);
     EXPECT_EQ(fixed.dwFileVersionMS, MAKELONG(VOREL_VERSION_MINOR, VOREL_VERSION_MAJOR));
