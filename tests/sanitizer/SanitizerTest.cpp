@@ -88,7 +88,7 @@ struct Mistake {
 
 class Sanitizer : public testing::TestWithParam<Mistake> {};
 
-TEST_P(Sanitizer, EndProgramOnUndefinedBehaviour) {
+TEST_P(Sanitizer, EndsTheProgramOnUndefinedBehaviour) {
     const Mistake& mistake = GetParam();
     EXPECT_EXIT(mistake.make(), testing::ExitedWithCode(mistake.exitCode), "");
 }
