@@ -126,7 +126,7 @@ TEST_P(HandleCount, DoesNotGrow) {
 
 INSTANTIATE_TEST_SUITE_P(Each, HandleCount, testing::ValuesIn(kOperations), test::caseName);
 
-TEST(HandleCounting, CountsAHandle) {
+TEST(HandleCounting, CountsEveryOpenHandle) {
     const DWORD before = handleCount();
     if (before == 0) {
         ASSERT_NE(test::wineVersion(), nullptr);

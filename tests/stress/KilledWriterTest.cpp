@@ -47,7 +47,7 @@ Remains readRemains(const std::string& path, const LogWriters& writers) {
     return remains;
 }
 
-TEST(KilledWriterTest, OtherWritersLoseNoLineWhenWritersAreKilled) {
+TEST(KilledWriterTest, SurvivorsLoseNoLineWhenOtherWritersAreKilled) {
     constexpr unsigned int kSurvivors = 3;
     constexpr unsigned int kVictims = 3;
     constexpr unsigned int kLinesPerThread = 200;

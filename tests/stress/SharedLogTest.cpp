@@ -58,7 +58,7 @@ TEST(SharedLogTest, ContainsEveryLineOnceWhenWritersTakeTurns) {
     EXPECT_EQ(found.size(), std::size_t{test::kWriters} * test::kThreadsPerWriter * kLines);
 }
 
-TEST(SharedLogTest, LogAndBackupContainOnlyCompleteLinesWithSmallLimit) {
+TEST(SharedLogTest, LogAndBackupWithSmallLimitContainOnlyCompleteLines) {
     constexpr long long kLimitBytes = 200000;
     constexpr long long kMaxLineBytes = 40000;
     test::TemporaryLog log(kLimitBytes);

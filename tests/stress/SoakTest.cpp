@@ -118,7 +118,7 @@ public:
     /// process was woken and has converted texts.
     void expectNoGrowth() {
         const SoakCounts& survivor = m_stats->processes[0];
-        ASSERT_NE(survivor.memoryKiBFirst, 0) << "the test was too short";
+        ASSERT_NE(survivor.memoryKiBFirst, 0) << "the test was too short to measure the memory";
         EXPECT_LE(survivor.memoryKiB, survivor.memoryKiBFirst + 1024);
         EXPECT_LE(survivor.handles, survivor.handlesFirst + 4);
         for (const Sum& sum : m_sums) {
@@ -136,7 +136,7 @@ public:
         }
         const SoakCounts& survivor = m_stats->processes[0];
         std::printf("killed: %lld; partial lines: %lld; abandoned mutexes: %lld\n", m_kills, m_torn, m_abandoned);
-        std::printf("process 0, first and last: %lld and %lld KiB, handle index %lld and %lld\n",
+        std::printf("process 0, first and last sample: %lld and %lld KiB, handle index %lld and %lld\n",
                     static_cast<long long>(survivor.memoryKiBFirst), static_cast<long long>(survivor.memoryKiB),
                     static_cast<long long>(survivor.handlesFirst), static_cast<long long>(survivor.handles));
     }
@@ -209,7 +209,7 @@ private:
             return false;
         }
         Life& life = m_lives[id->thread];
-        EXPECT_GE(id->number, life.next) << "repeated or out of order: " << message;
+        EXPECT_GE(id->number, life.next) << "line is repeated or out of order: " << message;
         life.next = id->number + 1LL;
         ++life.found;
         return true;
