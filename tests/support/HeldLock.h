@@ -23,7 +23,7 @@ void expectWaitsFor(
     });
     started.get_future().wait();
     EXPECT_EQ(running.wait_for(std::chrono::milliseconds(60)), std::future_status::timeout)
-        << "did not wait for the lock";
+        << "the action did not wait for the lock";
     meanwhile();
     lock.unlock();
     EXPECT_EQ(running.wait_for(std::chrono::seconds(60)), std::future_status::ready);
@@ -35,7 +35,7 @@ template <class Lock>
 void expectPasses(Lock& lock, const std::function<void()>& action) {
     ASSERT_TRUE(lock.lock(0, true));
     const std::future<void> running = std::async(std::launch::async, action);
-    EXPECT_EQ(running.wait_for(std::chrono::seconds(60)), std::future_status::ready) << "waits for the lock";
+    EXPECT_EQ(running.wait_for(std::chrono::seconds(60)), std::future_status::ready) << "the action waits for the lock";
     lock.unlock();
 }
 

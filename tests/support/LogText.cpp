@@ -115,7 +115,7 @@ std::vector<LogLine> readLogLines(const std::string& path) {
         if (std::optional<LogLine> fields = parseLogLine(line)) {
             result.push_back(*std::move(fields));
         } else {
-            ADD_FAILURE() << path << ": not a log line: " << line;
+            ADD_FAILURE() << path << ": a line does not have the format of the log: " << line;
         }
     }
     return result;

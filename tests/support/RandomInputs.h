@@ -66,7 +66,7 @@ void forEachRandomText(int count, Make make, Check check) {
         const std::basic_string<T> units = withForeignUnit(random, text<T>(make(random)));
         const std::string shape = shapeOf(std::basic_string_view<T>(units));
         check(placeAnywhere(random, pages, units), shape);
-        EXPECT_FALSE(::testing::Test::HasFailure()) << '"' << shape << '"';
+        EXPECT_FALSE(::testing::Test::HasFailure()) << "narrow form of the text: \"" << shape << '"';
     });
 }
 

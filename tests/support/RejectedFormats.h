@@ -40,13 +40,13 @@ void logRejectedLines(const T* format) {
 }  // namespace detail
 
 inline constexpr RejectedFormat kRejectedFormats[] = {
-    {"narrow string", [] { detail::expectUnformattable("a%n"); }},
-    {"wide string", [] { detail::expectUnformattable(L"a%n"); }},
-    {"narrow message", [] { detail::addRejectedMessage("a%n"); }},
-    {"wide message", [] { detail::addRejectedMessage(L"a%n"); }},
-    {"narrow warning", [] { detail::logRejectedLines("a%n"); }},
-    {"wide warning", [] { detail::logRejectedLines(L"a%n"); }},
-    {"location",
+    {"narrow format of a string", [] { detail::expectUnformattable("a%n"); }},
+    {"wide format of a string", [] { detail::expectUnformattable(L"a%n"); }},
+    {"narrow format of an exception's message", [] { detail::addRejectedMessage("a%n"); }},
+    {"wide format of an exception's message", [] { detail::addRejectedMessage(L"a%n"); }},
+    {"narrow format of a warning", [] { detail::logRejectedLines("a%n"); }},
+    {"wide format of a warning", [] { detail::logRejectedLines(L"a%n"); }},
+    {"format of a severe error's location",
      [] {
          int count = 0;
          vorel::Exception::catchSevereGeneric(L"a%n", &count);
