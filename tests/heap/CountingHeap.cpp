@@ -38,7 +38,7 @@ void remember(void* block) noexcept {
         return;
     }
     if (held.count == std::size(held.blocks)) {
-        (void)std::fputs("counting heap: too many blocks\n", stderr);
+        (void)std::fputs("counting heap: the table of counted blocks is full\n", stderr);
         std::abort();
     }
     held.blocks[held.count++] = block;
