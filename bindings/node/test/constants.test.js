@@ -18,7 +18,7 @@ const UNUSED = ['VOREL_ZERO_TERMINATED'];
 function headerConstants() {
     const umbrella = fs.readFileSync(path.join(INCLUDE, 'vorel', 'vorelCoreC.h'), 'utf8');
     const headers = Array.from(umbrella.matchAll(/^#include "([^"]+)"/gm), (include) => include[1]);
-    assert.ok(headers.length >= 5, 'the headers of the flat interface are found');
+    assert.ok(headers.length >= 5, 'the headers of the flat interface must be found');
     const found = {};
     for (const header of headers) {
         const text = fs.readFileSync(path.join(INCLUDE, ...header.split('/')), 'utf8');
@@ -32,7 +32,7 @@ function headerConstants() {
     return found;
 }
 
-test('the constants are those of the C headers', () => {
+test('the package has the constants of the C headers', () => {
     const expected = headerConstants();
     for (const name of UNUSED) {
         assert.ok(name in expected, name);

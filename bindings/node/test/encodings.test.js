@@ -6,7 +6,7 @@ const test = require('node:test');
 const { base64, codePage, daylight, hex, url, utf8 } = require('..');
 const { expectFailure } = require('./support');
 
-test('utf8 encodes and decodes', () => {
+test('utf8 encodes texts and decodes bytes', () => {
     for (const text of ['', 'A', 'é', '€', '😀', 'a\0b', '\0', 'x'.repeat(1023), 'é'.repeat(1024), '😀'.repeat(100000)]) {
         const bytes = Buffer.from(text, 'utf8');
         assert.deepStrictEqual(utf8.encode(text), bytes);
@@ -60,13 +60,13 @@ test('encoding bytes in several pieces gives the same text as encoding them in o
     }
 });
 
-test('the next call does not change an earlier result', () => {
+test('a call does not change the result of an earlier call', () => {
     const first = base64.decode('QUJD');
     base64.decode('WFla');
     assert.strictEqual(first.toString(), 'ABC');
 });
 
-test('codePage finds, encodes and decodes', () => {
+test('codePage finds code pages, encodes texts and decodes bytes', () => {
     assert.strictEqual(codePage.find('LATIN1'), 28591);
     assert.deepStrictEqual(codePage.encode('latin1', 'café'), Buffer.from('café', 'latin1'));
     assert.strictEqual(codePage.decode(28591, Buffer.from('a\0é', 'latin1')), 'a\0é');
@@ -79,7 +79,7 @@ test('codePage finds, encodes and decodes', () => {
     assert.throws(() => codePage.decode(0, Buffer.from('a')), RangeError);
 });
 
-test('url encodes and decodes', () => {
+test('url encodes and decodes texts', () => {
     assert.strictEqual(url.encode('a/b c~é'), 'a/b%20c%7E%C3%A9');
     assert.strictEqual(url.encode('a/b c', { reserved: true, spaceAsPlus: true }), 'a%2Fb+c');
     assert.strictEqual(url.encodeComponent('a=b c', 'queryParameter'), 'a%3Db+c');

@@ -57,7 +57,7 @@ test('a time limit must be a whole number in range', () => {
     mutex.close();
 });
 
-test('a mutex that cannot be opened is reported with the text of the system', () => {
+test('a mutex or condition that cannot be opened is reported with the text of the system', () => {
     // The system reads "a\b" as the object b in the folder a of kernel objects. This folder does not exist.
     const ERROR_PATH_NOT_FOUND = 3;
     const text = format.systemError(ERROR_PATH_NOT_FOUND);
@@ -67,11 +67,11 @@ test('a mutex that cannot be opened is reported with the text of the system', ()
         `Failed to create condition 'a\\b': OpenEvent failed: ${text}`));
 });
 
-test('run rejects an asynchronous action and does not hold the mutex', async () => {
+test('run rejects an asynchronous action and does not hold the mutex afterwards', async () => {
     const mutex = new Mutex(uniqueName('mutex'));
     let started = false;
     expectCode(() => mutex.run(async () => { started = true; }), TypeError, 'ERR_INVALID_ARG_VALUE', /runAsync/);
-    assert.strictEqual(started, false, 'the action did not start');
+    assert.strictEqual(started, false, 'the action must not start');
     expectCode(() => mutex.run(() => Promise.resolve(1)), TypeError, 'ERR_INVALID_RETURN_VALUE', /runAsync/);
     expectCode(() => mutex.run(() => ({ then() {} })), TypeError, 'ERR_INVALID_RETURN_VALUE', /runAsync/);
     expectFailure(() => mutex.unlock(), 'NOT_OWNER', 'The thread does not hold the mutex');
@@ -116,7 +116,7 @@ test('lock acquires an abandoned mutex and logs a warning', async () => {
     held.close();
 });
 
-test('a mutex excludes other processes', async () => {
+test('a mutex is held by one process at a time', async () => {
     const folder = fs.mkdtempSync(path.join(os.tmpdir(), 'vorel_node_'));
     const file = path.join(folder, 'count.txt');
     const name = uniqueName('mutex');
@@ -140,7 +140,7 @@ test('a condition stores at most one signal', () => {
     condition.close();
 });
 
-test('a condition is signalled across processes', async () => {
+test('a signal of a condition reaches a waiter in another process', async () => {
     const rounds = 20;
     const asked = new Condition(uniqueName('asked'));
     const answered = new Condition(uniqueName('answered'));
@@ -165,7 +165,7 @@ test('waitAsync does not block the event loop', async () => {
     condition.close();
 });
 
-test('a Worker may end during waitAsync', async () => {
+test('a Worker may end while its waitAsync is pending', async () => {
     for (const how of ['terminate', 'exit']) {
         const condition = new Condition(uniqueName('worker'));
         assert.strictEqual(await startPeer('endWorker', condition.name, how), 0, how);
@@ -173,7 +173,7 @@ test('a Worker may end during waitAsync', async () => {
     }
 });
 
-test('a process may end during waitAsync', async () => {
+test('a process may end while its waitAsync is pending', async () => {
     const condition = new Condition(uniqueName('exit'));
     assert.strictEqual(await startPeer('exitWhileWaiting', condition.name), 7);
     condition.close();

@@ -73,7 +73,7 @@ test('exceptions of the library are logged unless the thread disables its loggin
     }), []);
 });
 
-test('two processes write to the same log', async () => {
+test('lines that two processes write to the same log are complete and in order', async () => {
     const folder = fs.mkdtempSync(path.join(require('os').tmpdir(), 'vorel_node_'));
     const file = path.join(folder, 'errors.txt');
     const count = 50;
@@ -83,8 +83,10 @@ test('two processes write to the same log', async () => {
         const lines = linesOf(file);
         for (const [prefix, late] of [['one', lateOnes], ['two', lateTwos]]) {
             const numbers = lines.filter((line) => line.startsWith(`${prefix}: `)).map((line) => Number(line.slice(5)));
-            assert.deepStrictEqual(numbers, [...new Set(numbers)].sort((a, b) => a - b), 'lines are in order and unique');
-            assert.ok(numbers.length <= count && numbers.length >= count - late, `${numbers.length}, ${late} late`);
+            assert.deepStrictEqual(numbers, [...new Set(numbers)].sort((a, b) => a - b),
+                'lines must be in order and unique');
+            assert.ok(numbers.length <= count && numbers.length >= count - late,
+                `${numbers.length} lines found, ${late} calls were late`);
         }
         assert.ok(lines.every((line) => /^(one|two): \d+$/.test(line)));
     } finally {

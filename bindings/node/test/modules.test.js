@@ -5,7 +5,7 @@ const test = require('node:test');
 
 const vorel = require('..');
 
-test('an ES module imports every name', async () => {
+test('an ES module can import every name of the package', async () => {
     for (const specifier of ['vorelcore', '../lib/index.js']) {
         const { default: whole, ...named } = await import(specifier);
         assert.strictEqual(whole, vorel);

@@ -12,7 +12,7 @@ const { startPeerWith } = require('./support');
 
 const DLL = process.env.VOREL_CORE_DLL;
 
-test('the real length of an array is used when its properties are redefined', () => {
+test('the real length of an array is used even if its length properties are redefined', () => {
     class Claims extends Uint8Array {
         get length() {
             return 1 << 20;
@@ -75,11 +75,11 @@ test('no DLL is loaded from the current folder or the PATH', () => withPlantedDl
     for (const file of own) {
         const expected = path.join(path.dirname(DLL), file);
         const code = await startPeerWith({ cwd: folder, env }, 'loadedFrom', file, expected);
-        assert.ok(code === 0 || (code === 2 && file !== 'vorelCore.dll'), `${file}: ${code}`);
+        assert.ok(code === 0 || (code === 2 && file !== 'vorelCore.dll'), `${file}: exit code ${code}`);
     }
 }));
 
-test('VOREL_CORE_DLL loads the DLL only if the variable has an absolute path', () =>
+test('the DLL in VOREL_CORE_DLL is loaded only if its path is absolute', () =>
     withPlantedDlls(async (folder) => {
         const name = 'vorelCore.dll';
         const drive = folder.slice(0, 2);  // "C:"
@@ -87,11 +87,11 @@ test('VOREL_CORE_DLL loads the DLL only if the variable has an absolute path', (
         for (const given of relative) {
             const env = { ...process.env, PATH: `${folder};${process.env.PATH}`, VOREL_CORE_DLL: given };
             const code = await startPeerWith({ cwd: folder, env }, 'loadedFrom', name, path.join(folder, name));
-            assert.strictEqual(code, 1, `${given}`);
+            assert.strictEqual(code, 1, `VOREL_CORE_DLL=${given}`);
         }
         const env = { ...process.env, VOREL_CORE_DLL: `${folder.replace(/\\/g, '/')}/${name}` };
         const code = await startPeerWith({ env }, 'loadedFrom', name, path.join(folder, name));
-        assert.strictEqual(code, 0, 'with slashes');
+        assert.strictEqual(code, 0, 'an absolute path may contain slashes');
     }));
 
 /** The code and the message of the error when a process with these environment variables loads the package. */
@@ -107,7 +107,7 @@ function loadFailure(variables) {
     return child.stdout.trimEnd();
 }
 
-test('a missing DLL is reported with its path and the variable', () => withPlantedDlls((folder) => {
+test('a DLL that cannot be loaded is reported with its path and VOREL_CORE_DLL', () => withPlantedDlls((folder) => {
     const file = path.join(folder, 'none', 'vorelCore.dll');
     assert.strictEqual(loadFailure({ VOREL_CORE_DLL: file }),
         `ERR_DLOPEN_FAILED|${file} does not exist. The variable VOREL_CORE_DLL holds this path.`);

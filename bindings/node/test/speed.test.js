@@ -8,10 +8,10 @@ const { shortestTimes } = require('./support');
 
 // In the measurements of test/ratios.js, base64.encode takes 2.4 times as long as Buffer, and parse.int32 takes 0.3 us.
 // The limits of the tests are larger, because the machine may be busy.
-test('base64.encode does not take much longer than Buffer', () => {
+test('base64.encode takes less than five times as long as Buffer', () => {
     const bytes = Buffer.alloc(1000000, 'vorel');
     const [ownUs, peerUs] = shortestTimes(40, 2, () => base64.encode(bytes), () => bytes.toString('base64'));
-    assert.ok(ownUs < 5 * peerUs, `${ownUs} us, ${peerUs} us`);
+    assert.ok(ownUs < 5 * peerUs, `base64.encode: ${ownUs} us, Buffer: ${peerUs} us`);
 });
 
 test('parse.int32 takes less than 2 us', () => {

@@ -66,7 +66,7 @@ function linesOf(file) {
         return [];
     }
     const lines = fs.readFileSync(file, 'utf8').split('\r\n');
-    assert.strictEqual(lines.pop(), '', 'the last line is terminated');
+    assert.strictEqual(lines.pop(), '', 'the last line must end with CR LF');
     return lines.map((line) => {
         assert.match(line, LINE);
         return LINE.exec(line)[1];

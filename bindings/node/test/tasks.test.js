@@ -10,7 +10,7 @@ const turn = () => new Promise(setImmediate);
 
 /** Expects a promise to be rejected with a `VorelError`. */
 async function expectRejection(promise, code, message) {
-    const error = await promise.then(() => assert.fail('not rejected'), (reason) => reason);
+    const error = await promise.then(() => assert.fail('the promise was not rejected'), (reason) => reason);
     expectFailure(() => { throw error; }, code, message);
 }
 
@@ -22,7 +22,7 @@ test('runAsync holds the mutex until the promise of its action is settled', asyn
     const peer = startPeer('holdAsync', name, held.name, release.name);
     assert.strictEqual(await held.waitAsync(GENEROUS_MS), true);
     assert.strictEqual(mutex.tryLock(), false, 'the other process holds the mutex while its action waits');
-    await expectRejection(mutex.runAsync(() => assert.fail('ran'), 1), 'TIMEOUT',
+    await expectRejection(mutex.runAsync(() => assert.fail('the action ran'), 1), 'TIMEOUT',
         `Failed to lock mutex ${name}: Timed out`);
     const next = mutex.runAsync(async () => 42, GENEROUS_MS);
     release.signal();
@@ -41,7 +41,7 @@ test('runAsync releases the mutex when its action throws or rejects', async () =
         await assert.rejects(mutex.runAsync(action), failure);
         expectFailure(() => mutex.unlock(), 'NOT_OWNER', 'The thread does not hold the mutex');
     }
-    assert.strictEqual(await mutex.runAsync(() => 1), 1, 'a synchronous action');
+    assert.strictEqual(await mutex.runAsync(() => 1), 1, 'the action may be synchronous');
     mutex.close();
 });
 

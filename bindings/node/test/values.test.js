@@ -116,7 +116,7 @@ test('list cuts, splits and joins texts', () => {
     assert.throws(() => list.join([1]), TypeError);
 });
 
-test('compare and versionAtLeast order texts', () => {
+test('compare orders texts, and versionAtLeast compares versions', () => {
     assert.strictEqual(compare('file9', 'file10'), 1);
     assert.strictEqual(compare('file9', 'file10', { numeric: true }), -1);
     assert.strictEqual(compare('FILE', 'file', { ignoreCase: true }), 0);
