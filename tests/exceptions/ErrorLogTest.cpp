@@ -149,7 +149,7 @@ TEST(ErrorLog, ResetClassChangesNeitherLocationNorLimit) {
     EXPECT_EQ(log.messages(), Texts{"WARN: text"});
 }
 
-TEST(ErrorLog, WidePathIsConverted) {
+TEST(ErrorLog, WidePathIsConvertedToANarrowPath) {
     const TemporaryLog log;
     const std::string path = log.folder().file("wide.txt");
     Exception::SetErrorLogLocation(test::widened(path).c_str(), 0);

@@ -38,7 +38,7 @@ class Formatters : public testing::Test {};
 
 TYPED_TEST_SUITE(Formatters, test::CharacterTypes, test::CharacterNames);
 
-TYPED_TEST(Formatters, StringIsFormattedLikeAView) {
+TYPED_TEST(Formatters, StringIsFormattedLikeAStringView) {
     struct Case {
         std::string_view format;
         std::string_view text;

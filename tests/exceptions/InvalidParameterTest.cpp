@@ -118,7 +118,7 @@ TEST_F(InvalidParameter, SettingTheLocationInstallsARemovedHandlerAgain) {
     EXPECT_EQ(handler(), ours);
 }
 
-TEST_F(InvalidParameter, FirstLocationInstallsTheHandlerAndUnloadingRemovesIt) {
+TEST_F(InvalidParameter, SettingTheFirstLocationInstallsTheHandlerAndUnloadingRemovesIt) {
     EXPECT_EQ(test::runChild(L"handler_at_unload", {L"ours"}, {.directory = m_log.folder().widePath()}), 0u);
 }
 

@@ -75,7 +75,7 @@ TEST(LogOfPrograms, UnconfiguredLogUsesTheDefaultFileAndSkipsTheFirstSizeCheck) 
     EXPECT_NE(firstLine.find(": WARN: first\r\n"), std::string::npos) << firstLine;
 }
 
-TEST(LogOfPrograms, DebugCallsWithoutAnyTargetIgnoreTheirArguments) {
+TEST(LogOfPrograms, DebugCallsDoNotReadTheirArgumentsIfTheTargetIsNotActive) {
     const test::TemporaryFolder folder;
     EXPECT_EQ(test::runChild(L"no_debug_target", {}, {.directory = folder.widePath()}), 0u);
     EXPECT_FALSE(test::readFileBytes(folder.file("errors.txt")).has_value());

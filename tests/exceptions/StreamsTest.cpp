@@ -43,7 +43,7 @@ protected:
 
 TYPED_TEST_SUITE(Streams, test::CharacterTypes, test::CharacterNames);
 
-TYPED_TEST(Streams, StringIsWrittenLikeAView) {
+TYPED_TEST(Streams, StringIsWrittenLikeAStringView) {
     struct Case {
         std::string_view text;
         int width;
