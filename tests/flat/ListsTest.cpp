@@ -63,7 +63,7 @@ vorel_status statusOf(vorel_status (*parse)(const vorel_char16*, size_t, Value*,
     return status;
 }
 
-TEST(FlatLists, OfIntegers) {
+TEST(FlatLists, ParseIntegers) {
     EXPECT_EQ(valuesOf(vorel_parse_int32_list, L"1,2.9,-3"), (std::vector<int32_t>{1, 2, -3}));
     EXPECT_EQ(valuesOf(vorel_parse_int32_list, L"1,,2"), (std::vector<int32_t>{1, 0, 2}));
     EXPECT_EQ(valuesOf(vorel_parse_int32_list, L""), std::vector<int32_t>{});
@@ -73,17 +73,17 @@ TEST(FlatLists, OfIntegers) {
     EXPECT_EQ(statusOf(vorel_parse_uint32_list, L"1;2"), VOREL_ERROR_INVALID_TEXT);
 }
 
-TEST(FlatLists, OfDoubles) {
+TEST(FlatLists, ParseDoubles) {
     EXPECT_EQ(valuesOf(vorel_parse_double_list, L"1.5 2e3 abc 4"), (std::vector<double>{1.5, 2000, 4}));
     EXPECT_EQ(statusOf(vorel_parse_double_list, L"1 " + std::wstring(80, L'9')), VOREL_ERROR_INVALID_TEXT);
 }
 
-TEST(FlatLists, OfBooleans) {
+TEST(FlatLists, ParseBooleans) {
     EXPECT_EQ(valuesOf(vorel_parse_boolean_list, L"T f 1 0 yes 3"), (std::vector<int32_t>{1, 0, 1, 0, 1}));
     EXPECT_EQ(statusOf(vorel_parse_boolean_list, L"1 " + std::wstring(80, L't')), VOREL_ERROR_INVALID_TEXT);
 }
 
-TEST(FlatLists, OfRanges) {
+TEST(FlatLists, ParseRanges) {
     std::vector<std::pair<int, int>> ranges;
     for (const vorel_range& range : valuesOf(vorel_parse_ranges, L" 1 - 5,7,,12-,-5")) {
         ranges.emplace_back(range.start, range.end);
@@ -96,7 +96,7 @@ TEST(FlatLists, OfRanges) {
 
 // ---- Texts ----------------------------------------------------------------------------------------------------------
 
-TEST(FlatLists, SplitText) {
+TEST(FlatLists, SplitTextsAtADelimiter) {
     const struct {
         std::wstring_view text;
         std::wstring_view delimiter;

@@ -54,7 +54,7 @@ void expectParsed(Parse<Value> parse, const Parsed<Value> (&rows)[Rows]) {
     EXPECT_EQ(parse(terminated, 1, nullptr), VOREL_ERROR_INVALID_ARGUMENT);
 }
 
-TEST(FlatParse, Int32) {
+TEST(FlatParse, ReadsWholeTextsAsInt32) {
     expectParsed<int32_t>(vorel_parse_int32, {
                                                  {L"42", VOREL_OK, 42},
                                                  {L" \t+42\r\n\u00A0", VOREL_OK, 42},
@@ -69,7 +69,7 @@ TEST(FlatParse, Int32) {
                                              });
 }
 
-TEST(FlatParse, UInt32) {
+TEST(FlatParse, ReadsWholeTextsAsUInt32) {
     expectParsed<uint32_t>(vorel_parse_uint32, {
                                                    {L"42", VOREL_OK, 42},
                                                    {L" +42.0 ", VOREL_OK, 42},
@@ -80,7 +80,7 @@ TEST(FlatParse, UInt32) {
                                                });
 }
 
-TEST(FlatParse, Int64) {
+TEST(FlatParse, ReadsWholeTextsAsInt64) {
     expectParsed<int64_t>(vorel_parse_int64, {
                                                  {L"-12.00", VOREL_OK, -12},
                                                  {L"9223372036854775807", VOREL_OK, INT64_MAX},
@@ -89,7 +89,7 @@ TEST(FlatParse, Int64) {
                                              });
 }
 
-TEST(FlatParse, UInt64) {
+TEST(FlatParse, ReadsWholeTextsAsUInt64) {
     expectParsed<uint64_t>(vorel_parse_uint64, {
                                                    {L"18446744073709551615", VOREL_OK, UINT64_MAX},
                                                    {L"18446744073709551616", VOREL_OK, 0},  // wraps around
@@ -97,7 +97,7 @@ TEST(FlatParse, UInt64) {
                                                });
 }
 
-TEST(FlatParse, Hex32) {
+TEST(FlatParse, ReadsWholeTextsAsHex32) {
     expectParsed<uint32_t>(vorel_parse_hex32, {
                                                   {L"fF", VOREL_OK, 0xFF},
                                                   {L" DEADBEEF ", VOREL_OK, 0xDEADBEEF},
@@ -108,7 +108,7 @@ TEST(FlatParse, Hex32) {
                                               });
 }
 
-TEST(FlatParse, Double) {
+TEST(FlatParse, ReadsWholeTextsAsDouble) {
     expectParsed<double>(vorel_parse_double, {
                                                  {L"42", VOREL_OK, 42},
                                                  {L" -1.5e3 ", VOREL_OK, -1500},
@@ -124,7 +124,7 @@ TEST(FlatParse, Double) {
                                              });
 }
 
-TEST(FlatParse, Boolean) {
+TEST(FlatParse, ReadsWholeTextsAsBoolean) {
     expectParsed<int32_t>(vorel_parse_boolean, {
                                                    {L"true", VOREL_OK, 1},
                                                    {L" YES", VOREL_OK, 1},
@@ -175,7 +175,7 @@ void expectScanned(Scan<Value> scan, const Scanned<Value> (&rows)[Rows]) {
     EXPECT_EQ(used, 0u);
 }
 
-TEST(FlatScan, Integers) {
+TEST(FlatScan, ReadsIntegersAtTheStartOfTexts) {
     expectScanned<int32_t>(vorel_scan_int32, {{L"42 apples", 42, 3}, {L"-x", 0, 1}, {L"12.5", 12, 2}});
     expectScanned<uint32_t>(vorel_scan_uint32, {{L"4294967295;", UINT32_MAX, 10}, {L"-1", 0, 0}});
     expectScanned<int64_t>(vorel_scan_int64, {{L" -9223372036854775808 ", INT64_MIN, 22}, {L"x", 0, 0}});
@@ -183,17 +183,17 @@ TEST(FlatScan, Integers) {
     expectScanned<uint32_t>(vorel_scan_hex32, {{L"1234567890", 0x12345678, 8}, {L"fg", 15, 1}});
 }
 
-TEST(FlatScan, Doubles) {
+TEST(FlatScan, ReadsDoublesAtTheStartOfTexts) {
     expectScanned<double>(vorel_scan_double, {{L"1.5e3x", 1500, 5}, {L"1e", 1, 2}, {L"2.5 ", 2.5, 3}});
 }
 
-TEST(FlatScan, Booleans) {
+TEST(FlatScan, ReadsBooleansAtTheStartOfTexts) {
     expectScanned<int32_t>(vorel_scan_boolean, {{L"on", 1, 2}, {L"off", 0, 3}, {L"10", 1, 2}, {L"maybe", 0, 0}});
 }
 
 // ---- Formatting -----------------------------------------------------------------------------------------------------
 
-TEST(FlatFormat, Integers) {
+TEST(FlatFormat, WritesIntegersAsTexts) {
     const auto int64 = [](int64_t value) {
         return flatText([=](auto... out) { return vorel_format_int64(value, out...); });
     };
@@ -207,7 +207,7 @@ TEST(FlatFormat, Integers) {
     EXPECT_EQ(uint64(UINT64_MAX), L"18446744073709551615");
 }
 
-TEST(FlatFormat, Doubles) {
+TEST(FlatFormat, WritesDoublesAsTexts) {
     constexpr double kInfinite = std::numeric_limits<double>::infinity();
     const struct {
         double value;
