@@ -293,7 +293,7 @@ TEST(AutoMutex, UnlockFromAnotherThreadDoesNothing) {
     EXPECT_THAT(log.messages(), IsEmpty());
 }
 
-TEST(AutoMutex, GuardHoldsTheMutexForItsBlock) {
+TEST(AutoMutex, GuardHoldsTheMutexUntilTheEndOfItsBlock) {
     AutoMutex mutex(uniqueName(L"mutex").c_str(), false, false);
     {
         const vorel::Guard held(mutex);

@@ -59,7 +59,7 @@ TEST(NamedCondition, NarrowUtf8NameAndItsWideNameShareTheEvent) {
     EXPECT_TRUE(narrow.wait(0));
 }
 
-TEST(NamedCondition, NarrowNullIsAPrivateEvent) {
+TEST(NamedCondition, NarrowNullNameOpensAPrivateEvent) {
     const char* const none = nullptr;
     NamedCondition first(none);
     NamedCondition second(none);
