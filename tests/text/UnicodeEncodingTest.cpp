@@ -151,7 +151,7 @@ TEST(UnicodeEncoding, AppendedZeroByteIsPartOfTheArray) {
 TEST(UnicodeEncoding, NullGivesAnEmptyOutput) {
     ByteArray bytes = arrayOf("before");
     ConvertStringtoUTF8(nullptr, bytes, true, -1);
-    EXPECT_EQ(bytes.size(), 0u) << "no zero byte is appended";
+    EXPECT_EQ(bytes.size(), 0u) << "no zero byte may be appended";
     BaseString<char> string("before");
     ConvertStringtoUTF8(nullptr, string, -1);
     EXPECT_TRUE(string.empty());
@@ -234,7 +234,7 @@ TEST(UnicodeEncoding, EncodeAndAppend_AppendsToThePreviousBytes) {
     EncodeAndAppendToBuffer(L"", bytes);
     EncodeAndAppendToBuffer(nullptr, bytes);
     EncodeAndAppendToBuffer(L"z", bytes);
-    EXPECT_EQ(textOf(bytes), "before \xC3\xA9z") << "without terminator";
+    EXPECT_EQ(textOf(bytes), "before \xC3\xA9z") << "no terminator may be appended";
 }
 
 TEST(UnicodeEncoding, EncodeAndAppend_EncodesSurrogatesSeparately) {
@@ -242,7 +242,7 @@ TEST(UnicodeEncoding, EncodeAndAppend_EncodesSurrogatesSeparately) {
     EncodeAndAppendToBuffer(L"\xD83D\xDE00", bytes);
     EXPECT_EQ(textOf(bytes), "\xED\xA0\xBD\xED\xB8\x80");
     EncodeAndAppendToBuffer(L"\xD800", bytes);
-    EXPECT_EQ(textOf(bytes), "\xED\xA0\xBD\xED\xB8\x80\xED\xA0\x80") << "unpaired surrogates are not replaced";
+    EXPECT_EQ(textOf(bytes), "\xED\xA0\xBD\xED\xB8\x80\xED\xA0\x80") << "unpaired surrogates must not be replaced";
 }
 
 TEST(UnicodeEncoding, EncodeAndAppend_CharactersNearBlockBoundariesAgreeWithTheReference) {
@@ -275,7 +275,7 @@ TEST(UnicodeEncoding, ContainsUnicode_DetectsUnitsFrom128) {
         EXPECT_EQ(ContainsUnicode(BaseString<wchar_t>(c.text)), c.answer) << testing::PrintToString(c.text);
     }
     EXPECT_FALSE(ContainsUnicode(BaseString<wchar_t>())) << "string without memory";
-    EXPECT_TRUE(ContainsUnicode(BaseString<wchar_t>(L"a\0\xE9", 3))) << "a zero does not end the string";
+    EXPECT_TRUE(ContainsUnicode(BaseString<wchar_t>(L"a\0\xE9", 3))) << "a zero must not end the string";
 }
 
 }  // namespace

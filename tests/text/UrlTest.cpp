@@ -254,7 +254,7 @@ TEST(UrlDecode, BytesFromWideTextMustBeUtf8) {
     // converts to wide text as its locale requires.
     try {
         urlDecode(L"%80%41b", output, 0);
-        ADD_FAILURE() << "no exception";
+        ADD_FAILURE() << "nothing was thrown";
     } catch (const vorel::Exception& e) {
         const std::vector<std::wstring> messages = test::messagesOf(e);
         ASSERT_EQ(messages.size(), 3u);
@@ -289,7 +289,7 @@ TEST(UrlDecode, BytesFromWideTextMayEndWithinASequence) {
                           L"b"},
           Row{L"%C3%00%C3", L"\xC0\xC0"}}) {
         for (const std::size_t before : {0u, 1u, 11u, 12u, 60u, 250u, 499u}) {
-            SCOPED_TRACE(before);
+            SCOPED_TRACE(testing::Message() << before << " letters before the escapes");
             dirtyFreeBlocks();
             BaseString<wchar_t> output;
             urlDecode((std::wstring(before, L'a') + row.text).c_str(), output, 0);
