@@ -109,7 +109,7 @@ TEST(AutoMutex, NarrowUtf8NameAndItsWideNameShareTheMutex) {
     }
     char units[] = "written";
     EXPECT_TRUE(AutoMutex(units, true, false).initialize(units, false))
-        << "a pointer to non-const characters is accepted too";
+        << "a pointer to non-const characters must be accepted, too";
 }
 
 TEST(AutoMutex, NarrowNullMeansNoName) {
@@ -205,8 +205,8 @@ TEST(AutoMutex, InitializeWithAnotherNameReleasesThePreviousMutex) {
 
     EXPECT_TRUE(mutex.initialize(lower.c_str(), false));
     EXPECT_TRUE(test::mutexExists(L"Global\\" + lower));
-    EXPECT_TRUE(isFreeForOthers(observer)) << "every hold is released";
-    EXPECT_TRUE(isFreeForOthers(mutex)) << "the new mutex is not held";
+    EXPECT_TRUE(isFreeForOthers(observer)) << "every hold must be released";
+    EXPECT_TRUE(isFreeForOthers(mutex)) << "the new mutex must not be held";
 }
 
 TEST(AutoMutex, ConstructorLocksIfRequested) {
@@ -226,7 +226,7 @@ TEST(AutoMutex, NameOfAnotherKindOfObjectThrows) {
     expectThrows<Exception>(
         [&] { const AutoMutex mutex(name.c_str(), false, false); },
         {L"AutoMutex: Failed to create mutex " + name + L": ", L"AutoMutex::AutoMutex(): Vorel exception rethrown"});
-    EXPECT_GE(Clock::now() - start, milliseconds(900)) << "ten sleeps of 100 ms";
+    EXPECT_GE(Clock::now() - start, milliseconds(900)) << "the constructor must sleep ten times for 100 ms";
     EXPECT_EQ(log.messages().front().rfind(
                   "WARN: ObtainAccessableMutex warning: OpenMutex Global\\" + test::narrowed(name), 0),
               0u);
@@ -240,7 +240,7 @@ TEST(AutoMutex, FailedInitializeCanBeRepeated) {
         const test::NamedEvent event(L"Global\\" + name);
         EXPECT_FALSE(mutex.initialize(name.c_str(), false));
     }
-    EXPECT_TRUE(mutex.initialize(name.c_str(), false)) << "same name, but the first call created no mutex";
+    EXPECT_TRUE(mutex.initialize(name.c_str(), false)) << "the name is the same, but the first call created no mutex";
     EXPECT_TRUE(mutex.tryLock());
     mutex.unlock();
 }
@@ -273,7 +273,7 @@ TEST(AutoMutex, MutexIsFreeOnlyAfterBothObjectsOfAThreadUnlockIt) {
     AutoMutex first(name.c_str(), true, false);
     AutoMutex second(name.c_str(), true, false);
     first.unlock();
-    EXPECT_FALSE(isFreeForOthers(first)) << "the second object still holds the mutex";
+    EXPECT_FALSE(isFreeForOthers(first)) << "the second object must still hold the mutex";
     first.unlock();  // the first object holds nothing
     EXPECT_FALSE(isFreeForOthers(first));
     second.unlock();

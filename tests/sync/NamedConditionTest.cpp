@@ -48,7 +48,7 @@ TEST(NamedCondition, ObjectsWithTheSameNameShareTheEvent) {
     EXPECT_FALSE(second.wait(0)) << "the event must not be signalled initially";
     first.signal();
     EXPECT_TRUE(second.wait(0));
-    EXPECT_FALSE(first.wait(0)) << "one signal wakes one waiter";
+    EXPECT_FALSE(first.wait(0)) << "one signal must release one waiter only";
 }
 
 TEST(NamedCondition, NarrowUtf8NameAndItsWideNameShareTheEvent) {
@@ -115,7 +115,7 @@ TEST(NamedCondition, NameOfAnotherKindOfObjectThrows) {
         [&] { const NamedCondition condition(name.c_str()); },
         {L"Failed to create condition '" + name + L"': OpenEvent failed: " + std::wstring(reason.view()),
          L"NamedCondition::createCondition: Vorel exception rethrown"});
-    EXPECT_GE(Clock::now() - start, milliseconds(450)) << "ten sleeps of 50 ms";
+    EXPECT_GE(Clock::now() - start, milliseconds(450)) << "the constructor must sleep ten times for 50 ms";
 }
 
 TEST(NamedCondition, SignalsWorkBetweenProcesses) {
@@ -130,7 +130,7 @@ TEST(NamedCondition, SignalsWorkBetweenProcesses) {
     }
     ASSERT_TRUE(child.wait());
     EXPECT_EQ(child.exitCode(), 0u);
-    EXPECT_FALSE(toChild.wait(0)) << "every signal was consumed";
+    EXPECT_FALSE(toChild.wait(0)) << "no signal may be left";
     EXPECT_FALSE(fromChild.wait(0));
 }
 
