@@ -52,7 +52,7 @@ TEST_F(SecuredEvent, HasTheRequestedKindAndState) {
             ASSERT_TRUE(event);
             EXPECT_EQ(isSet(event.get()), initialState != 0);
             EXPECT_EQ(isSet(event.get()), initialState != 0 && manualReset != 0)
-                << "an auto-reset event satisfies one wait";
+                << "an auto-reset event must satisfy only one wait";
             EXPECT_TRUE(SetEvent(event.get()));
             EXPECT_TRUE(isSet(event.get()));
             EXPECT_EQ(isSet(event.get()), manualReset != 0);
@@ -80,7 +80,7 @@ TEST_F(SecuredEvent, SecondCallOpensTheEventUnchanged) {
     const Handle second = obtain(0, 0);
     EXPECT_TRUE(second);
     EXPECT_TRUE(isSet(second.get()));
-    EXPECT_TRUE(isSet(second.get())) << "the event is still a manual-reset event";
+    EXPECT_TRUE(isSet(second.get())) << "the event must still be a manual-reset event";
     EXPECT_TRUE(ResetEvent(second.get()));
     EXPECT_FALSE(isSet(first.get()));
     EXPECT_TRUE(SetEvent(second.get()));
@@ -138,7 +138,8 @@ TEST_F(SecuredEvent, TakenNameIsTriedAgainAfterEachSleep) {
     const Handle event = obtain(0, 0, 4, 50);
     const auto taking = std::chrono::steady_clock::now() - start;
     EXPECT_FALSE(event);
-    EXPECT_GE(taking, std::chrono::milliseconds(4 * 50 - 4 * 16)) << "four sleeps of 50 ms, minus a clock tick each";
+    EXPECT_GE(taking, std::chrono::milliseconds(4 * 50 - 4 * 16))
+        << "the call must sleep four times for 50 ms, minus a clock tick each";
     EXPECT_LT(taking, std::chrono::minutes(1));
     EXPECT_EQ(text.view(), failedOpen());
 }
@@ -155,7 +156,7 @@ TEST_F(SecuredEvent, SignalsWorkBetweenProcesses) {
     EXPECT_EQ(WaitForSingleObject(answer.get(), test::kGenerousMs), WAIT_OBJECT_0);
     ASSERT_TRUE(peer.wait());
     EXPECT_EQ(peer.exitCode(), test::kPeerObtained | test::kPeerDone);
-    EXPECT_FALSE(isSet(asked.get())) << "the other process consumed the signal";
+    EXPECT_FALSE(isSet(asked.get())) << "the other process must have consumed the signal";
 }
 
 }  // namespace

@@ -195,7 +195,7 @@ TEST_F(SecuredFileMapping, MissingFolderThrows) {
     const std::wstring path = missing + L"\\new.dat";
     expectFailure(path, kSize,
                   L"ObtainAccessableFileMappingEx: Long API failed for " + path + L": " + textOfLongPath(path));
-    EXPECT_EQ(GetFileAttributesW(missing.c_str()), INVALID_FILE_ATTRIBUTES) << "no folder is created";
+    EXPECT_EQ(GetFileAttributesW(missing.c_str()), INVALID_FILE_ATTRIBUTES) << "the call must not create the folder";
     EXPECT_FALSE(fileCreated);
 }
 

@@ -161,7 +161,8 @@ TEST_F(SecuredMutex, TakenNameIsTriedAgainAfterEachSleep) {
     const auto taking = std::chrono::steady_clock::now() - start;
     EXPECT_FALSE(mutex);
     EXPECT_EQ(created, 0);
-    EXPECT_GE(taking, std::chrono::milliseconds(4 * 50 - 4 * 16)) << "four sleeps of 50 ms, minus a clock tick each";
+    EXPECT_GE(taking, std::chrono::milliseconds(4 * 50 - 4 * 16))
+        << "the call must sleep four times for 50 ms, minus a clock tick each";
     EXPECT_LT(taking, std::chrono::minutes(1));
     EXPECT_EQ(log.messages(), warning());
 }
@@ -221,7 +222,7 @@ TEST_F(SecuredMutex, NameMayHaveTheGlobalPrefix) {
     EXPECT_TRUE(wide);
     EXPECT_EQ(created, 1);
     const Handle found(OpenMutexW(SYNCHRONIZE, FALSE, global.c_str()));
-    EXPECT_TRUE(found) << "the name is used unchanged";
+    EXPECT_TRUE(found) << "the name must be used unchanged";
     EXPECT_EQ(runChild(L"secured_peer", {L"task=mutex", L"name=" + global}), test::kPeerObtained | test::kPeerDone);
 }
 
