@@ -151,7 +151,7 @@ TEST(MessageStack, HresultAddsTheTextOfTheSystemAndLogsAClosingLine) {
         const std::size_t first = content.find(prefix);
         EXPECT_EQ(content.compare(first, prefix.size() + line.size(), prefix + line), 0) << content;
         const std::size_t second = content.find(prefix, first + 1);
-        EXPECT_EQ(content.substr(second), prefix + "\r\n") << "exactly one closing line";
+        EXPECT_EQ(content.substr(second), prefix + "\r\n") << "there must be exactly one closing line";
     }
 }
 

@@ -268,7 +268,7 @@ TEST(Protocol, LibraryExceptionsCanBeCaughtByClassAndByBase) {
     try {
         detail::throwMemory(1, 2);
     } catch (const InvalidIndexException&) {
-        ADD_FAILURE() << "caught as an unrelated class";
+        ADD_FAILURE() << "the exception was caught as an unrelated class";
     } catch (const MemoryException& e) {
         EXPECT_STREQ(e.what(), L"No more memory is available: 1 objects of size 2 requested");
     }
