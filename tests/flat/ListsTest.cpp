@@ -44,7 +44,7 @@ std::vector<Value> valuesOf(vorel_status (*parse)(const vorel_char16*, size_t, V
     std::size_t count = 4711;
     EXPECT_EQ(parse(input.data(), input.size(), values.data(), needed + 1, &count), VOREL_OK);
     EXPECT_EQ(count, needed);
-    EXPECT_TRUE(isUntouched(values.back())) << "nothing is written after the list";
+    EXPECT_TRUE(isUntouched(values.back())) << "nothing may be written after the list";
     EXPECT_EQ(parse(input.data(), input.size(), values.data(), needed, nullptr), VOREL_ERROR_INVALID_ARGUMENT);
     EXPECT_EQ(parse(input.data(), input.size(), nullptr, 1, &count), VOREL_ERROR_INVALID_ARGUMENT);
     values.pop_back();

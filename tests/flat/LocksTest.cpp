@@ -129,7 +129,7 @@ TEST(FlatMutex, ReportsAndLogsATimeout) {
     EXPECT_EQ(vorel_mutex_lock(mutex, 0), VOREL_OK);
     std::thread([&] {
         EXPECT_EQ(vorel_mutex_lock(mutex, 0), VOREL_ERROR_TIMEOUT);
-        EXPECT_FALSE(log.exists()) << "a timeout of 0 logs nothing";
+        EXPECT_FALSE(log.exists()) << "a timeout of 0 must log nothing";
         EXPECT_EQ(vorel_mutex_lock(mutex, 1), VOREL_ERROR_TIMEOUT);
         EXPECT_EQ(vorel_last_error_status(), VOREL_ERROR_TIMEOUT);
         EXPECT_EQ(lastMessage(), L"Failed to lock mutex " + name + L": Timed out");

@@ -66,7 +66,7 @@ TEST(FlatLastError, StaysUntilTheNextFailure) {
 
     int32_t value = 0;
     EXPECT_EQ(vorel_parse_int32(FlatText(L"7").data(), 1, &value), VOREL_OK);
-    EXPECT_EQ(vorel_last_error_status(), VOREL_ERROR_INVALID_ARGUMENT) << "success does not change the last error";
+    EXPECT_EQ(vorel_last_error_status(), VOREL_ERROR_INVALID_ARGUMENT) << "success must not change the last error";
 
     EXPECT_EQ(vorel_parse_int32(FlatText(L"x").data(), 1, &value), VOREL_ERROR_INVALID_TEXT);
     EXPECT_EQ(vorel_last_error_status(), VOREL_ERROR_INVALID_TEXT);
