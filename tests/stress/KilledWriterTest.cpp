@@ -54,7 +54,7 @@ TEST(KilledWriterTest, SurvivorsLoseNoLineWhenOtherWritersAreKilled) {
     constexpr unsigned int kRounds = 3;
     unsigned int torn = 0;
     for (unsigned int round = 0; round != kRounds; ++round) {
-        SCOPED_TRACE(round);
+        SCOPED_TRACE(testing::Message() << "round " << round);
         const test::TemporaryLog log;
         LogWriters writers(log, -1);
         writers.add(kSurvivors, kLinesPerThread);
