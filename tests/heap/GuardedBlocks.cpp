@@ -152,7 +152,7 @@ void prepare() noexcept {
     reached = CreateEventW(nullptr, FALSE, FALSE, nullptr);
     void* const reserved = VirtualAlloc(nullptr, kRegionPages * kPage, MEM_RESERVE, PAGE_NOACCESS);
     if (!pieces || !reached || !reserved || !AddVectoredExceptionHandler(TRUE, &explain)) {
-        fail("heap: cannot reserve memory for the guarded heap\n");
+        fail("heap: %s\n", "cannot reserve memory for the guarded heap");
     }
     region = static_cast<unsigned char*>(reserved);
 }
@@ -167,7 +167,7 @@ std::size_t findPages(std::size_t pages) noexcept {
         const std::size_t page = first + found;
         if (page >= kRegionPages) {
             if (wrapped) {
-                fail("heap: no guarded pages are left\n");
+                fail("heap: %s\n", "no guarded pages are left");
             }
             wrapped = true;
             first = 0;
@@ -246,7 +246,7 @@ std::size_t livePage(const void* block) noexcept {
     const std::size_t page = pageOf(block);
     const Piece& piece = pieces[page];
     if (piece.pages == 0 || blockOf(page) != block) {
-        fail("heap: free of an address where no block starts\n");
+        fail("heap: %s\n", "free of an address where no block starts");
     }
     if (piece.state != State::Live) {
         fail("heap: second free of a block of %u bytes\n", piece.bytes);
