@@ -7,9 +7,9 @@
  * `TypeError` or a `RangeError` with the `code` that Node uses: "ERR_INVALID_ARG_TYPE", "ERR_INVALID_ARG_VALUE" or
  * "ERR_OUT_OF_RANGE". An unknown option is an invalid argument.
  *
- * Texts may contain zero characters only where documented. An input of more than 268,435,456 bytes or UTF-16 code units
- * is rejected ("VOREL_ERROR_INVALID_ARGUMENT"). A string of Node has at most 536,870,888 code units. If a result is
- * longer, the function throws a `RangeError` or an `Error`.
+ * Texts may contain zero characters only where the documentation of a function allows it. An input of more than
+ * 268,435,456 bytes or UTF-16 code units is rejected ("VOREL_ERROR_INVALID_ARGUMENT"). A string of Node has at most
+ * 536,870,888 code units. If a result is longer, the function throws a `RangeError` or an `Error`.
  */
 
 /** The version of the loaded library, for example "0.1.0". */
@@ -128,7 +128,7 @@ export const parse: {
      * between a comma and a space: the result for "1, 2" is 1, 0, 2.
      */
     int32List(text: string): number[];
-    /** Parses unsigned integers, separated in the same way. */
+    /** Parses unsigned integers, separated as in `int32List`. */
     uint32List(text: string): number[];
     /** Parses numbers separated by white space; words that are not numbers are skipped. */
     doubleList(text: string): number[];
@@ -237,8 +237,8 @@ export type Synchronous<T> = T extends PromiseLike<unknown> ? never : T;
 
 /**
  * A recursive lock that all processes of the machine share. In Windows, a mutex belongs to the thread that locked it.
- * The synchronous functions block the event loop. With `runAsync`, the mutex belongs to the calling task, so the
- * other tasks of the thread are excluded, too.
+ * The synchronous functions block the event loop. With `runAsync`, the mutex belongs to the calling task, so other
+ * tasks of the same thread cannot lock it either.
  *
  *     mutex.run(() => fs.appendFileSync(path, line), 5000);
  *     await mutex.runAsync(() => fs.promises.appendFile(path, line), 5000);
@@ -263,7 +263,7 @@ export class Mutex {
      * this call locked the mutex.
      */
     tryLock(): boolean;
-    /** Releases one `lock`. */
+    /** Undoes one `lock`. */
     unlock(): void;
     /**
      * Runs a synchronous action under the lock and returns its result. An asynchronous function is rejected before it
@@ -280,16 +280,16 @@ export class Mutex {
      */
     runAsync<T>(action: () => T | PromiseLike<T>, timeoutMs?: number): Promise<T>;
     /**
-     * Releases every lock and closes the mutex; may be called again. Throws while a `runAsync` is in progress. Also
-     * called by `using`, in versions of Node that support it.
+     * Releases every lock and closes the mutex; another call does nothing. Throws while a `runAsync` is in progress. In
+     * versions of Node that support `using`, `using` also calls it.
      */
     close(): void;
 }
 
 /**
  * A condition that processes can signal and wait for. A signal releases one waiter. If nobody is waiting, one signal is
- * kept for the next waiter. If the name begins with "Global\", all sessions of the machine share the condition. Time
- * limits are as for `Mutex`.
+ * kept for the next waiter. If the name begins with "Global\", all sessions of the machine share the condition. The
+ * time limits have the same range as for `Mutex`.
  */
 export class Condition {
     /** Opens or creates the condition of this name: 1 to 259 UTF-16 code units. */
@@ -305,6 +305,6 @@ export class Condition {
      * Worker, check for a signal every 10 ms.
      */
     waitAsync(timeoutMs?: number): Promise<boolean>;
-    /** Closes the condition; may be called again. Throws while a `waitAsync` is in progress. */
+    /** Closes the condition; another call does nothing. Throws while a `waitAsync` is in progress. */
     close(): void;
 }

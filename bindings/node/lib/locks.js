@@ -91,7 +91,7 @@ const CHECK_MS = 10;
 
 const pause = (limitMs) => new Promise((resolve) => { setTimeout(resolve, Math.min(limitMs, CHECK_MS)); });
 
-/** The end of a wait as a time of `performance.now()`. */
+/** The time at which a wait ends, in the unit and with the origin of `performance.now()`. */
 const endOf = (timeoutMs) => (timeoutMs === WAIT_FOREVER ? Infinity : performance.now() + timeoutMs);
 
 class Mutex extends Handle {
@@ -214,7 +214,7 @@ const waitForCondition = native.declare('vorel_condition_wait', 'vorel_condition
 
 // The maximum duration of one native call of an asynchronous wait. The process cannot end before the call returns.
 const CALL_MS = 100;
-// libuv's pool has four threads. The rest of the program needs the other two threads.
+// libuv's pool has four threads. Two of them remain for the rest of the program.
 const MAX_CALLS = 2;
 let calls = 0;
 

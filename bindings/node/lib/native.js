@@ -48,7 +48,7 @@ function errorOf(status, message) {
     return new VorelError(status, statusName(status), message);
 }
 
-/** The last failure of the calling thread, with the library's message. */
+/** Returns the last failure of the calling thread as an error with the library's message. */
 function lastError(status) {
     const hasText = lastErrorMessage(firstBuffer, FIRST_UNITS, lengthCell) === Status.OK;
     return errorOf(status, hasText ? firstText() : '');

@@ -11,14 +11,14 @@ const MAX_DELAY_MS = 0x7fffffff;
 const holders = new Map();
 const current = new AsyncLocalStorage();
 
-/** A task that holds the mutex of a name. The task holds the mutex until `release` is called. */
+/** A task that holds the mutex `name` until `release` is called. */
 class Holder {
     #resolve;
 
     constructor(name) {
         this.name = name;
         this.isActive = true;
-        // Skips finished tasks. Otherwise, in a chain in which each task starts the next, the last task would keep all
+        // Skips finished tasks. Otherwise, if each task starts the next task, the last task would keep all earlier
         // tasks in memory.
         let outer = current.getStore();
         while (outer !== undefined && !outer.isActive) {
