@@ -124,8 +124,8 @@ export const parse: {
     double(text: string): number;
     boolean(text: string): boolean;
     /**
-     * Parses integers separated by commas or white space. The result for an empty item is 0, also for an empty item
-     * between a comma and a space: the result for "1, 2" is 1, 0, 2.
+     * Parses integers separated by commas or white space. An empty item is 0, even the empty item between a comma and a
+     * space: the result for "1, 2" is 1, 0, 2.
      */
     int32List(text: string): number[];
     /** Parses unsigned integers, separated as in `int32List`. */
