@@ -25,9 +25,9 @@ VOREL_API vorel_status vorel_code_page_by_name(const vorel_char16* name, size_t 
 VOREL_API vorel_status vorel_code_page_to_utf16(int32_t codePage, const void* bytes, size_t size, vorel_char16* output,
                                                 size_t capacity, size_t* outputLength);
 
-/// Converts UTF-16 to bytes of a code page. A character that the code page lacks becomes a similar one or the default
-/// character of the code page. `replaced`, which may be null, becomes 1 if the default character was used, 0 if not,
-/// and -1 if the code page cannot report this (for example UTF-8).
+/// Converts UTF-16 to bytes of a code page. A character that the code page lacks becomes a similar character or the
+/// default character of the code page. `replaced`, which may be null, becomes 1 if the default character was used, 0 if
+/// not, and -1 if the code page cannot report this (for example UTF-8).
 VOREL_API vorel_status vorel_utf16_to_code_page(int32_t codePage, const vorel_char16* text, size_t length, void* output,
                                                 size_t capacity, size_t* outputLength, int32_t* replaced);
 

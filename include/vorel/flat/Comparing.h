@@ -13,10 +13,10 @@ extern "C" {
 
 /// The flags of `vorel_compare`.
 enum {
-    VOREL_COMPARE_IGNORE_CASE = 0x001,    ///< A to Z equal a to z; other letters differ
+    VOREL_COMPARE_IGNORE_CASE = 0x001,    ///< A to Z are equal to a to z; the case of other letters matters
     VOREL_COMPARE_NUMERIC = 0x002,        ///< runs of digits are compared as numbers: the natural order
     VOREL_COMPARE_SLASHES_EQUAL = 0x004,  ///< '/' and '\' are equal
-    VOREL_COMPARE_REVERSE = 0x100,        ///< `a` and `b` are swapped
+    VOREL_COMPARE_REVERSE = 0x100,        ///< the order is reversed: `b` is compared with `a`
 };
 
 /// Sets `order` to -1, 0 or 1 if `a` is before, equal to, or after `b`. Units are compared by their values.

@@ -1,6 +1,6 @@
 /// \file
-/// The flat interface: UTF-8 and binary-to-text encodings. vorelCoreC.h has the rules for all functions. The header
-/// also includes code pages and URL encoding, for programs that expect them here.
+/// The flat interface: UTF-8 and binary-to-text encodings. vorelCoreC.h has the rules for all functions. This header
+/// also includes the headers of code pages and URL encoding, because some programs expect these functions here.
 #pragma once
 
 #include "vorel/flat/CodePages.h"
@@ -33,7 +33,7 @@ VOREL_API vorel_status vorel_utf16_to_utf8(const vorel_char16* text, size_t leng
 /// \name Binary-to-text encodings
 /// \{
 
-/// Standard Base64, without line breaks.
+/// Encodes bytes as standard Base64, without line breaks.
 ///
 ///     41 42 43 44  ->  "QUJDRA=="
 VOREL_API vorel_status vorel_base64_encode(const void* bytes, size_t size, vorel_char16* output, size_t capacity,

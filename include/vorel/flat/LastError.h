@@ -13,11 +13,11 @@ extern "C" {
 /// is `VOREL_ERROR_OUT_OF_MEMORY`, whatever status the function returned.
 VOREL_API vorel_status vorel_last_error_status(void);
 
-/// The message of the calling thread's last failure: the text of the exception if an exception caused the failure. The
-/// message is empty before the first failure. A message longer than 500 units is truncated.
+/// The message of the calling thread's last failure. If an exception caused the failure, the message is the text of the
+/// exception. The message is empty before the first failure. A message longer than 500 units is truncated.
 VOREL_API vorel_status vorel_last_error_message(vorel_char16* message, size_t capacity, size_t* length);
 
-/// The same in UTF-8, at most 1500 bytes.
+/// Like `vorel_last_error_message`, but the message is UTF-8, at most 1500 bytes.
 VOREL_API vorel_status vorel_last_error_message_utf8(char* message, size_t capacity, size_t* length);
 
 #ifdef __cplusplus

@@ -12,12 +12,12 @@ extern "C" {
 #endif
 
 /// \name Lists of values
-/// The output is an array. Its capacity and its length count values. The status is `VOREL_ERROR_INVALID_TEXT` if the
-/// text cannot be parsed to its end. vorel/values/ListParsing.h describes the items that each function accepts or
-/// skips.
+/// The output is an array of values, whose capacity and length are numbers of values. The status is
+/// `VOREL_ERROR_INVALID_TEXT` if the text cannot be parsed to its end. vorel/values/ListParsing.h describes the items
+/// that each function accepts or skips.
 /// \{
 
-/// Integers separated by commas or white space. Fractions are dropped; an empty item is 0.
+/// Parse integers separated by commas or white space. Fractions are dropped; an empty item is 0.
 ///
 ///     "1,2.9,-3"  ->  1 2 -3
 VOREL_API vorel_status vorel_parse_int32_list(const vorel_char16* text, size_t length, int32_t* values, size_t capacity,
@@ -25,13 +25,13 @@ VOREL_API vorel_status vorel_parse_int32_list(const vorel_char16* text, size_t l
 VOREL_API vorel_status vorel_parse_uint32_list(const vorel_char16* text, size_t length, uint32_t* values,
                                                size_t capacity, size_t* count);
 
-/// Numbers separated by white space. Text that is not a number is skipped.
+/// Parses numbers separated by white space. Text that is not a number is skipped.
 ///
 ///     "1.5 2e3 abc 4"  ->  1.5 2000 4
 VOREL_API vorel_status vorel_parse_double_list(const vorel_char16* text, size_t length, double* values, size_t capacity,
                                                size_t* count);
 
-/// Booleans separated by white space: true, t, false, f and integers. Other words are skipped.
+/// Parses booleans separated by white space: true, t, false, f and integers. Other words are skipped.
 ///
 ///     "T f 1 0 yes"  ->  1 0 1 0
 VOREL_API vorel_status vorel_parse_boolean_list(const vorel_char16* text, size_t length, int32_t* values,
@@ -44,7 +44,7 @@ typedef struct vorel_range {
     int32_t end;    ///< the last number, or -1 for no upper limit
 } vorel_range;
 
-/// Ranges separated by commas. Numbers cannot be negative; empty items are skipped.
+/// Parses ranges separated by commas. Numbers cannot be negative; empty items are skipped.
 ///
 ///     "1-5,7,12-"  ->  1 to 5, 7 to 7, 12 to -1
 VOREL_API vorel_status vorel_parse_ranges(const vorel_char16* text, size_t length, vorel_range* ranges, size_t capacity,
@@ -56,8 +56,8 @@ VOREL_API vorel_status vorel_parse_ranges(const vorel_char16* text, size_t lengt
 /// has the five units 'a' 0 'b' 'c' 0. An empty list has no units.
 /// \{
 
-/// Splits `text` at each occurrence of the whole `delimiter`. Adjacent delimiters give empty items; a delimiter at the
-/// very end does not.
+/// Splits `text` at each occurrence of the whole `delimiter`. Two adjacent delimiters have an empty item between them.
+/// No item follows a delimiter at the end of the text.
 ///
 ///     "a::b::" at "::"  ->  "a" "b"
 VOREL_API vorel_status vorel_split_text(const vorel_char16* text, size_t length, const vorel_char16* delimiter,

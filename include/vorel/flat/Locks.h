@@ -10,7 +10,7 @@
 extern "C" {
 #endif
 
-/// A time limit that never passes.
+/// The value of `timeoutMs` for a wait without a time limit.
 #define VOREL_WAIT_FOREVER 0xFFFFFFFFu
 
 /// \name Named mutex
@@ -25,7 +25,7 @@ typedef struct vorel_mutex vorel_mutex;
 
 /// Opens the mutex `name`, and creates it if it does not exist. The caller must close the handle. The name is
 /// machine-wide, and must not be empty or contain a backslash. The status is `VOREL_ERROR_SYSTEM` if the mutex cannot
-/// be opened; such a call can take a second.
+/// be opened; such a call can last a second.
 VOREL_API vorel_status vorel_mutex_open(const vorel_char16* name, size_t length, vorel_mutex** mutex);
 
 /// Locks the mutex, even if the caller already holds it. Waits up to `timeoutMs` milliseconds. The status is
@@ -37,8 +37,8 @@ VOREL_API vorel_status vorel_mutex_lock(vorel_mutex* mutex, uint32_t timeoutMs);
 /// through this handle.
 VOREL_API vorel_status vorel_mutex_unlock(vorel_mutex* mutex);
 
-/// Undoes every lock of the handle and closes it. The handle is invalid afterwards, whatever the status. If another
-/// thread holds the mutex through this handle, waits up to a minute.
+/// Undoes every lock of the handle and closes the handle. The handle is invalid afterwards, whatever the status. If
+/// another thread holds the mutex through this handle, the function waits up to a minute.
 VOREL_API vorel_status vorel_mutex_close(vorel_mutex* mutex);
 
 /// \}

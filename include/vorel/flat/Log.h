@@ -20,15 +20,15 @@ VOREL_API vorel_status vorel_log_set_path(const vorel_char16* path, size_t lengt
 /// Returns the path of the file.
 VOREL_API vorel_status vorel_log_path(vorel_char16* path, size_t capacity, size_t* length);
 
-/// Set and return the size limit in bytes. The limit is 1,000,000 at load. A file beyond the limit is moved to its
-/// backup (".001" appended). A limit of 0 switches the log off. With -1, the file grows without bound. Other negative
-/// limits give `VOREL_ERROR_INVALID_ARGUMENT`.
+/// `vorel_log_set_limit` sets the size limit in bytes, and `vorel_log_limit` returns it. The limit is 1,000,000 at
+/// load. A file beyond the limit is moved to its backup (".001" appended). A limit of 0 switches the log off, and -1
+/// means that the file is never moved. Other negative limits give `VOREL_ERROR_INVALID_ARGUMENT`.
 VOREL_API vorel_status vorel_log_set_limit(int64_t bytes);
 VOREL_API vorel_status vorel_log_limit(int64_t* bytes);
 
-/// Writes a line "prefix: message", or only the message if the prefix is empty. The prefix "WARN" makes it a warning.
-/// Line feeds in the message are written unchanged, so the text after a line feed looks like a new line of the log. The
-/// call can wait for other writers of the file, about 1.4 seconds at most.
+/// Writes a line "prefix: message", or only the message if the prefix is empty. If the prefix is "WARN", the line is a
+/// warning. Line feeds in the message are written unchanged, so the text after a line feed looks like a new line of the
+/// log. The call can wait for other writers of the file, about 1.4 seconds at most.
 VOREL_API vorel_status vorel_log_write(const vorel_char16* prefix, size_t prefixLength, const vorel_char16* message,
                                        size_t messageLength);
 

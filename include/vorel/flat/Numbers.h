@@ -16,29 +16,30 @@ extern "C" {
 /// the text contains anything else, or no value.
 /// \{
 
-/// An integer with an optional sign; "12.", "12.0" and "12.000" are 12. A value out of range wraps around, as
-/// everywhere in the library. Unsigned integers do not accept '-'.
+/// Parses an integer with an optional sign; "12.", "12.0" and "12.000" are 12. A value out of range wraps around, as
+/// everywhere in the library. The functions for unsigned integers do not accept '-'.
 VOREL_API vorel_status vorel_parse_int32(const vorel_char16* text, size_t length, int32_t* value);
 VOREL_API vorel_status vorel_parse_uint32(const vorel_char16* text, size_t length, uint32_t* value);
 VOREL_API vorel_status vorel_parse_int64(const vorel_char16* text, size_t length, int64_t* value);
 VOREL_API vorel_status vorel_parse_uint64(const vorel_char16* text, size_t length, uint64_t* value);
 
-/// One to eight hexadecimal digits in either case, without "0x".
+/// Parses one to eight hexadecimal digits in either case, without "0x".
 VOREL_API vorel_status vorel_parse_hex32(const vorel_char16* text, size_t length, uint32_t* value);
 
-/// A decimal number with fraction and exponent. Only the first 18 digits count, including leading zeros. The result may
-/// differ in its last bit from the nearest double, but is the same in every program that uses the library. A value out
-/// of range becomes infinity or 0. Words such as "NaN" are not accepted.
+/// Parses a decimal number, which may have a fraction and an exponent. Only the first 18 digits count, including
+/// leading zeros. The result may differ in its last bit from the nearest double, but is the same in every program that
+/// uses the library. A value out of range becomes infinity or 0. Words such as "NaN" are not accepted.
 VOREL_API vorel_status vorel_parse_double(const vorel_char16* text, size_t length, double* value);
 
-/// One of true, false, yes, no, 0, 1, t, f, y, n, in upper or lower case.
+/// Parses one of true, false, yes, no, 0, 1, t, f, y, n, in upper or lower case.
 VOREL_API vorel_status vorel_parse_boolean(const vorel_char16* text, size_t length, int32_t* value);
 
 /// \}
 /// \name Parsing the beginning of a text
-/// These functions skip white space, parse the value that follows, and return how many units they read. A text without
-/// a value gives 0; this is not a failure. vorel/values/NumberParsing.h has the rules for numbers (`stringToInt` and
-/// the related functions), and vorel/values/BooleanParsing.h the rules for booleans (`stringToBoolean`).
+/// These functions skip white space, parse the value that follows, and return how many units they read. If the text has
+/// no value, the value is 0 and the status is `VOREL_OK`. vorel/values/NumberParsing.h has the rules for numbers
+/// (`stringToInt` and the related functions), and vorel/values/BooleanParsing.h the rules for booleans
+/// (`stringToBoolean`).
 ///
 ///     "42 apples"  ->  42, 3 units used        "-x"  ->  0, 1 unit used
 /// \{
@@ -60,7 +61,7 @@ VOREL_API vorel_status vorel_scan_boolean(const vorel_char16* text, size_t lengt
 /// The options of `vorel_format_double`.
 enum {
     VOREL_FORMAT_DEFAULT = 0,
-    /// Special values are JSON strings, and a mantissa with an exponent always has a digit after the point.
+    /// NaN and the infinities are JSON strings, and a mantissa with an exponent always has a digit after the point.
     VOREL_FORMAT_JSON = 1,
 };
 

@@ -14,7 +14,7 @@ extern "C" {
 #endif
 
 /// The version of this interface that a program is compiled with. An incompatible change increases the upper sixteen
-/// bits, an addition the lower sixteen.
+/// bits, and an addition increases the lower sixteen bits.
 #define VOREL_ABI_VERSION 0x00010000u
 
 /// Pass this as the number of units of a text that ends at its first zero.
@@ -26,7 +26,7 @@ extern "C" {
 /// A UTF-16 code unit.
 typedef uint16_t vorel_char16;
 
-/// The result of a call. The numbers below never change their meaning.
+/// The result of a call. The meaning of a number never changes.
 typedef int32_t vorel_status;
 
 /// The values of `vorel_status`.
@@ -35,7 +35,7 @@ enum {
     VOREL_ERROR_INVALID_ARGUMENT = 1,  ///< a null pointer, a number out of range, an unknown flag
     VOREL_ERROR_BUFFER_TOO_SMALL = 2,  ///< only the length of the output was written
     VOREL_ERROR_OUT_OF_MEMORY = 3,
-    VOREL_ERROR_INVALID_TEXT = 4,  ///< the function cannot read the input
+    VOREL_ERROR_INVALID_TEXT = 4,  ///< the function does not accept the input text
     VOREL_ERROR_UNKNOWN_NAME = 5,  ///< no code page has this name
     VOREL_ERROR_UNSUPPORTED = 6,   ///< the system does not support the code page
     VOREL_ERROR_TIMEOUT = 7,       ///< the time limit has passed
@@ -51,7 +51,7 @@ VOREL_API uint32_t vorel_abi_version(void);
 /// The version of the library in ASCII, for example "0.1.0". It is valid while the library is loaded.
 VOREL_API const char* vorel_version(void);
 
-/// The name of a status in ASCII, for example "VOREL_ERROR_TIMEOUT". For a number that is not a status,
+/// The name of a status in ASCII, for example "VOREL_ERROR_TIMEOUT". If the number is not a status, the name is
 /// "VOREL_ERROR_UNKNOWN". The text is valid while the library is loaded.
 VOREL_API const char* vorel_status_name(vorel_status status);
 

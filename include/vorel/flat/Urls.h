@@ -17,7 +17,7 @@ extern "C" {
 enum {
     VOREL_URL_ESCAPE_RESERVED = 1,  ///< $ & + , / : ; = ? @ are escaped too
     VOREL_URL_SPACE_AS_PLUS = 2,    ///< a space becomes '+'
-    VOREL_URL_PLUS_AS_SPACE = 4,    ///< for decoding: a '+' becomes a space
+    VOREL_URL_PLUS_AS_SPACE = 4,    ///< only for decoding: a '+' becomes a space
 };
 
 /// The parts of a URL.
