@@ -25,7 +25,8 @@ struct Counts {
 
 class Ledger {
 public:
-    /// Opens the ledger of the run `name`, in a file in `folder`. The first process creates it with all counts zero.
+    /// Opens the ledger of the run `name`, in a file in `folder`. The first process creates the file, in which all
+    /// counts are 0.
     Ledger(const std::string& folder, const std::string& name);
 
     /// Adds one to the total and to the count of `process`.
@@ -40,13 +41,13 @@ public:
     /// Locks the mutex, signals the parent, and sleeps until the process is killed.
     void stopWithTheMutexHeld();
 
-    /// Waits until the victim holds the mutex; false after 60 seconds.
+    /// Waits until the victim holds the mutex. Returns false after 60 seconds.
     bool waitForVictim() { return m_victimStopped.wait(kTimeoutMs); }
 
-    /// Waits until `count` processes have finished; false after 60 seconds.
+    /// Waits until `count` processes have finished. Returns false after 60 seconds.
     bool waitForFinished(long count);
 
-    /// A copy of the counts, read under the mutex.
+    /// Locks the mutex and returns a copy of the counts.
     Counts read();
 
 private:

@@ -16,7 +16,8 @@ struct Run {
     std::vector<Report> workers;
 };
 
-/// Prints the tables, the longest trail, the time span and all errors. Returns whether all these conditions are true:
+/// Prints the tables, the longest trail, the time span and all errors. Returns whether all of the following conditions
+/// are true:
 ///
 /// - No line is torn.
 /// - Each worker has as many records in the log as in its report. If the log has a backup, records may be missing.

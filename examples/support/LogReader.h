@@ -16,7 +16,7 @@ enum class Kind { Error, Warning, Debug };
 
 struct Record {
     std::string time;      ///< as written in the log, with milliseconds
-    long long timeMs = 0;  ///< the same time in milliseconds, for differences
+    long long timeMs = 0;  ///< the same time in milliseconds, to compute differences of times
     unsigned long processId = 0;
     unsigned long threadId = 0;
     Kind kind = Kind::Error;
@@ -24,7 +24,7 @@ struct Record {
 };
 
 struct Log {
-    std::vector<Record> records;          ///< in the order of the file
+    std::vector<Record> records;          ///< in the order of writing: first the backup, then the log
     std::vector<std::string> unreadable;  ///< lines that are torn or have another format
     bool hasBackup = false;
 };
