@@ -138,7 +138,7 @@
         showPeriod();
     };
 
-    /* The labels of the axis: times, with the date below the first time, and the date instead of each midnight. */
+    /* The labels of the time axis: the first label has the date below the time, and a label at midnight is a date. */
     const clockTexts = (_, values) => values.map((each, index) => {
         const text = timeText(each * 1000);
         const clock = text.slice(11, each % 60 === 0 ? 16 : 19);
@@ -212,7 +212,8 @@
             }
             list.append(item);
         }
-        const hint = fitting.length === 0 ? "None of the newest entries is in this selection."
+        const hint = fitting.length === 0
+            ? "The report has only the newest entries of a message. None of them is in this selection."
             : "The newest " + counted(fitting.length, "entry", "entries") + ":";
         place.append(element("p", "hint", hint), list);
     };
@@ -282,7 +283,7 @@
             (filter.process < 0 || index === filter.process) && each.last >= filter.from && each.first <= filter.to);
         showList("processes", lanes, laneOf);
         const entries = selected.reduce((sum, each) => sum + each.entries, 0);
-        const period = filter.from === -Infinity && filter.to === Infinity ? "" : ", counted in steps of " +
+        const period = filter.from === -Infinity && filter.to === Infinity ? "" : ", counted in whole steps of " +
             counted(data.stepSeconds || 0, "second");
         byId("status").textContent = counted(selected.length, "different message") + " with " +
             counted(entries, "entry", "entries") + ", " + counted(lanes.length, "process", "processes") + period;
@@ -296,7 +297,7 @@
     const notes = [counted(data.records, "record")];
     if (data.records !== 0) {
         notes[0] += " from " + timeText(data.first) + " to " + timeText(data.last);
-        notes.push("local time of the log");
+        notes.push("times are the local time of the log");
     }
     const damage = ["cut", "mid-line", "no header", "bad UTF-8"].filter((kind) => data[kind]);
     if (damage.length !== 0) {
