@@ -1,4 +1,4 @@
-// Conversions: node examples/convert.js
+// Prints the results of some conversions: node examples/convert.js
 'use strict';
 
 const { VorelError, base64, compare, format, list, parse, url } = require('..');
