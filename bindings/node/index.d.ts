@@ -87,7 +87,7 @@ export const codePage: {
      */
     encode(page: number | string, text: string): Buffer;
     /**
-     * Encodes like `encode`. `replaced` says whether the default character was used; null if the code page does not
+     * Encodes like `encode`. `replaced` is true if the default character was used, and null if the code page does not
      * report this.
      */
     tryEncode(page: number | string, text: string): { bytes: Buffer; replaced: boolean | null };
@@ -97,11 +97,14 @@ export type UrlComponent = 'path' | 'pathSegment' | 'query' | 'queryParameter';
 
 /** Percent-encoding of the UTF-8 form of a text. */
 export const url: {
-    /** Escapes a text. `reserved` also escapes $ & + , / : ; = ? @, and `spaceAsPlus` writes a space as "+". */
+    /**
+     * Escapes a text. If `reserved` is true, $ & + , / : ; = ? @ are also escaped. If `spaceAsPlus` is true, a space
+     * becomes "+".
+     */
     encode(text: string, options?: { reserved?: boolean; spaceAsPlus?: boolean }): string;
     /** Escapes the characters that are not allowed in this component of a URL. */
     encodeComponent(text: string, component: UrlComponent): string;
-    /** Decodes escapes. `plusAsSpace` also decodes "+" to a space. */
+    /** Decodes escapes. If `plusAsSpace` is true, "+" becomes a space. */
     decode(text: string, options?: { plusAsSpace?: boolean }): string;
 };
 
@@ -161,7 +164,7 @@ export const format: {
     int64(value: number | bigint): string;
     /** Formats a whole number from 0 to 2^64 - 1. */
     uint64(value: number | bigint): string;
-    /** Formats a number with at most fifteen significant digits. `json` makes the text a valid value in JSON. */
+    /** Formats a number with at most fifteen significant digits. If `json` is true, the text is a valid JSON value. */
     double(value: number, options?: { json?: boolean }): string;
     /** Formats a date or whole seconds since 1970 in local time, for example "Fri Feb 13 23:31:30 2009". */
     localTime(time: Date | number): string;
@@ -179,8 +182,8 @@ export const list: {
     /** Splits at each occurrence of the whole delimiter. */
     cut(text: string, delimiter: string): string[];
     /**
-     * Splits at each character of `delimiters` (default: a comma), except in items in double quotes. `trim` removes
-     * white space at both ends of each item.
+     * Splits at each character of `delimiters` (default: a comma), except in items in double quotes. If `trim` is true,
+     * white space at both ends of each item is removed.
      */
     split(text: string, delimiters?: string, options?: { trim?: boolean }): string[];
     /** Joins items into a list that `split` can split again. */
