@@ -91,7 +91,7 @@ function byteLength(value, name) {
     return Reflect.apply(lengthOf, value, []);
 }
 
-/** A part of a Uint8Array. */
+/** Returns a view of `length` bytes of a Uint8Array, beginning at `start`. */
 function viewOf(bytes, start, length) {
     return new Uint8Array(
         Reflect.apply(bufferOf, bytes, []), Reflect.apply(byteOffsetOf, bytes, []) + start, length);

@@ -78,7 +78,7 @@ const hex = Object.freeze({
 
 const pageCell = native.cell('int32_t');
 
-/** The number of a code page, given its number or name. */
+/** Returns the number of a code page. `page` is its number or its name. */
 function pageNumber(page) {
     if (typeof page === 'number') {
         return integer(page, 1, 65534, 'page');

@@ -16,7 +16,7 @@ if (process.platform !== 'win32' || process.arch !== 'x64') {
         'ERR_FEATURE_UNAVAILABLE_ON_PLATFORM');
 }
 
-/** The DLL in the package of this platform, or undefined if that package is not installed. */
+/** Returns the path of the DLL in the package of this platform, or undefined if that package is not installed. */
 function packagedDll() {
     try {
         return path.join(path.dirname(require.resolve(`${PLATFORM_PACKAGE}/package.json`)), FILE_NAME);
@@ -25,7 +25,7 @@ function packagedDll() {
     }
 }
 
-/** The absolute path of the DLL to load. */
+/** Returns the absolute path of the DLL to load. */
 function dllPath() {
     const given = process.env.VOREL_CORE_DLL;
     if (given) {

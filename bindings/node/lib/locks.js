@@ -71,7 +71,7 @@ if (Symbol.dispose) {
     };
 }
 
-/** The failure to open a mutex. Appends the system's text, which the library's message does not contain. */
+/** Returns the error for a mutex that cannot be opened. The system's text follows the library's message. */
 function mutexFailure(status, name) {
     const failure = native.lastError(status);
     const error = status === Status.SYSTEM ? native.mutexErrorCode(name) : 0;

@@ -121,7 +121,7 @@ function bytesOutput(call, maxSize = 0) {
     return buffer === firstBuffer || result.length < buffer.length / 2 ? Buffer.from(result) : result;
 }
 
-/** The values of a list as an array of numbers. Each value consists of `perValue` numbers. */
+/** Returns the values of a list as an array of numbers. Each value consists of `perValue` numbers. */
 function listOutput(ArrayType, perValue, call) {
     const bytesPerValue = perValue * ArrayType.BYTES_PER_ELEMENT;
     const capacity = Math.floor(firstBuffer.length / bytesPerValue);

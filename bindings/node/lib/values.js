@@ -93,7 +93,7 @@ function wide(value, asWide, range) {
     return BigInt(value);
 }
 
-/** A date or a number of seconds as whole seconds since 1970. */
+/** Returns a `Date`, or a number of seconds, as whole seconds since 1970. */
 function seconds(time) {
     if (!(time instanceof Date) && typeof time !== 'number') {
         throw invalidType('time', 'of type number or an instance of Date', time);
