@@ -133,7 +133,7 @@ struct Mistake {
 
 class GuardedBlocks : public testing::TestWithParam<Mistake> {};
 
-TEST_P(GuardedBlocks, EndProgramAndPrintReason) {
+TEST_P(GuardedBlocks, MistakeEndsProgramAndPrintsReason) {
     const Mistake& mistake = GetParam();
     EXPECT_EXIT(mistake.make(), testing::ExitedWithCode(mistake.exitCode), mistake.explanation);
 }
@@ -176,7 +176,7 @@ TEST(GuardedHeap, AlignsBlockWhenSizeIsMultipleOfAlignment) {
     }
 }
 
-TEST(GuardedHeap, Realloc_KeepsCommonBytes) {
+TEST(GuardedHeap, Realloc_PreservesBytesThatFitNewSize) {
     void* block = std::malloc(6);
     std::memcpy(block, "abcde", 6);
     block = std::realloc(block, 10000);

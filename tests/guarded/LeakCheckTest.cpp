@@ -23,7 +23,7 @@ TEST(Keeper, DISABLED_FillsStaticTableOnce) {
     EXPECT_EQ(kTable.size(), 100u);
 }
 
-TEST(Keeper, DISABLED_FreesBlockOfFirstRunLate) {
+TEST(Keeper, DISABLED_FreesBlockOfFirstRunInSecondRun) {
     static int run = 0;
     static void* blocks[2] = {};
     if (run++ == 0) {
@@ -65,15 +65,15 @@ TEST(LeakCheck, FailsTestThatLeaksBlock) {
     EXPECT_EQ(exitCodeOf(L"LeaksBlockInEachRun"), 1);
 }
 
-TEST(LeakCheck, AcceptsBlocksThatAreFreedLate) {
-    EXPECT_EQ(exitCodeOf(L"FreesBlockOfFirstRunLate"), 0);
+TEST(LeakCheck, AcceptsBlockOfFirstRunThatSecondRunFrees) {
+    EXPECT_EQ(exitCodeOf(L"FreesBlockOfFirstRunInSecondRun"), 0);
 }
 
-TEST(LeakCheck, FailsTestThatLeaksBlockWhileFreeingOthers) {
+TEST(LeakCheck, FailsTestThatLeaksBlockWhileFreeingTwo) {
     EXPECT_EQ(exitCodeOf(L"LeaksBlockWhileFreeingTwo"), 1);
 }
 
-TEST(LeakCheck, AcceptsBlocksThatAreAllocatedOnce) {
+TEST(LeakCheck, AcceptsBlockThatOnlyFirstRunAllocates) {
     EXPECT_EQ(exitCodeOf(L"FillsStaticTableOnce"), 0);
 }
 
