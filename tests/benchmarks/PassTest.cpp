@@ -4,7 +4,7 @@
 
 namespace {
 
-TEST(Pass, Repeat_CallsTheFunctionThatManyTimes) {
+TEST(Pass, Repeat_CallsTheFunctionTheGivenNumberOfTimes) {
     std::uint64_t calls = 0;
     const bench::Pass pass = [&calls] { return ++calls; };
     pass.repeat(0);

@@ -31,12 +31,12 @@ TEST(Statistics, Quantile_InterpolatesBetweenNeighbours) {
     }
 }
 
-TEST(Statistics, Spread_IsTheInterquartileRangeDividedByTheMedian) {
+TEST(Statistics, Spread_IsTheInterquartileRangeOfTheRatiosDividedByTheirMedian) {
     // The ratios are 2, 3, 4, 5, 6: quartiles 3 and 5, median 4.
     EXPECT_DOUBLE_EQ(bench::spreadOfRatios({1, 2, 1, 2, 10}, {4, 4, 6, 10, 30}), 0.5);
 }
 
-TEST(Statistics, Spread_IsZeroIfADisturbanceAffectsBoth) {
+TEST(Statistics, Spread_IsZeroIfAllRatiosAreEqual) {
     EXPECT_DOUBLE_EQ(bench::spreadOfRatios({1, 100, 3}, {2, 200, 6}), 0);
 }
 

@@ -77,10 +77,10 @@ def main() -> None:
     page = files["performance.md"]
     expect(page.startswith(BEGIN) and page.endswith(END), "the text around the results has changed")
     missing = [line for line in LINES if line not in page.splitlines()]
-    expect(not missing, f"missing: {missing} in\n{page}")
-    expect("Wine 8; {fmt} 9.1." in page, "the versions are missing")
+    expect(not missing, f"the page does not contain the lines {missing}:\n{page}")
+    expect("Wine 8; {fmt} 9.1." in page, "the page does not contain the versions")
     for name in ("performance-values.svg", "performance-growth.svg"):
-        expect(xml.fromstring(files[name]).tag == "{http://www.w3.org/2000/svg}svg", name)
+        expect(xml.fromstring(files[name]).tag == "{http://www.w3.org/2000/svg}svg", f"{name} is not an SVG image")
 
     expect(publish(script, folder) == files, "a second run changes the files")
 
