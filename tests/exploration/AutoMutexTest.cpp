@@ -50,8 +50,8 @@ protected:
     void useMutex(AutoMutex& mutex, int depth) {
         for (int locked = 0; locked < depth; ++locked) {
             if (!mutex.lock(kTimeoutMs, false)) {
-                require(locked == 0, "a time limit ran out for the owner");
-                require(exploration::Scheduler::running()->now() >= kTimeoutMs, "lock fails before its time limit");
+                require(locked == 0, "the owner cannot lock the mutex again");
+                require(exploration::Scheduler::running()->now() >= kTimeoutMs, "lock failed before its time limit");
                 ++m_counts.timedOut;
                 return;
             }
@@ -62,7 +62,8 @@ protected:
         exploration::schedulingPoint();
         require(m_inside == self, "two tasks hold the mutex");
         require(lockCount(mutex) == depth, "the lock count is " + std::to_string(lockCount(mutex)));
-        require(owner(mutex) == static_cast<long long>(GetCurrentThreadId()), "the owner is another thread");
+        require(owner(mutex) == static_cast<long long>(GetCurrentThreadId()),
+                "another thread is recorded as the owner");
         for (int locked = 0; locked < depth; ++locked) {
             if (locked == depth - 1) {
                 m_inside = exploration::kNoTask;
@@ -92,15 +93,15 @@ protected:
         for (const Ending ending : endings) {
             require(ending != Ending::Blocked, "a task is blocked");
         }
-        require(warnings() == machine().abandonedWaits(), std::to_string(warnings()) + " warnings of " +
+        require(warnings() == machine().abandonedWaits(), std::to_string(warnings()) + " warnings about " +
                                                               std::to_string(machine().abandonedWaits()) +
                                                               " abandoned mutexes");
         m_counts.abandoned += machine().abandonedWaits();
         if (endings.front() == Ending::Killed || (mayStayLocked() && lockCount(*m_shared) != 0)) {
             return;
         }
-        require(lockCount(*m_shared) == 0, "a lock stays counted");
-        require(owner(*m_shared) == 0, "an owner stays recorded");
+        require(lockCount(*m_shared) == 0, "the lock count stays above 0");
+        require(owner(*m_shared) == 0, "an owner stays recorded after the last unlock");
         m_shared.destroy();
         require(machine().handleCount() == 0, "a handle stays open");
         require(machine().heldSections() == 0, "a lock stays held");
@@ -214,12 +215,12 @@ TEST_F(AutoMutexExploration, AThreadThatEndedIsNoLongerTheOwner) {
     EXPECT_NE(counts.abandoned, 0u);
 }
 
-TEST_F(AutoMutexExploration, ThreeThreadsInTwoProcesses) {
+TEST_F(AutoMutexExploration, ThreeThreadsInTwoProcessesExcludeEachOther) {
     ThreeThreads::Counts counts;
     explores<ThreeThreads>({.preemptions = 2, .time = std::chrono::seconds(10)}, std::ref(counts));
 }
 
-TEST_F(AutoMutexExploration, TwoObjectsOfOneNameInAProcess) {
+TEST_F(AutoMutexExploration, TwoObjectsWithOneNameInAProcessExcludeEachOther) {
     TwoObjects::Counts counts;
     explores<TwoObjects>({.preemptions = 2}, std::ref(counts));
 }

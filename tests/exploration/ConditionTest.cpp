@@ -158,7 +158,8 @@ class SignalBeforeWait final : public ConditionScenario {
     }
 
     void check(const std::vector<Ending>&) override {
-        require(m_signalled == 1 && m_timedOut == 1, std::to_string(m_signalled) + " waiters got the kept signal");
+        require(m_signalled == 1 && m_timedOut == 1,
+                std::to_string(m_signalled) + " waiters were released by the signals before the waits");
         destroy();
     }
 
@@ -214,7 +215,7 @@ private:
 
     void check(const std::vector<Ending>&) override {
         require(m_isBroadcast, "the broadcast does not end");
-        require(m_signalled >= m_waiting, "a thread that counted as waiting is not released");
+        require(m_signalled >= m_waiting, "a thread that was counted as a waiter is not released");
         if (m_signalled < m_waiters) {
             ++m_missed;
         } else {
@@ -256,11 +257,11 @@ TEST_F(ConditionExploration, ASignalReleasesOneOfTwoWaiters) {
     explores<OneSignal>({.preemptions = 2}, 2);
 }
 
-TEST_F(ConditionExploration, TwoSignalsReleaseTwoWaiters) {
+TEST_F(ConditionExploration, ASecondSignalAfterTheFirstReturnReleasesTheSecondWaiter) {
     explores<SignalEach>({.preemptions = 2});
 }
 
-TEST_F(ConditionExploration, ASignalAfterAReleaseIsKept) {
+TEST_F(ConditionExploration, ASignalAfterTheReleaseOfAWaiterIsKept) {
     explores<SignalAfterRelease>({.preemptions = 3});
 }
 
@@ -268,15 +269,15 @@ TEST_F(ConditionExploration, SignalsWithoutAWaiterReleaseOneWaiter) {
     explores<SignalBeforeWait>({.preemptions = 2});
 }
 
-TEST_F(ConditionExploration, ALateSignalIsNotLost) {
+TEST_F(ConditionExploration, ASignalAfterATimeoutIsNotLost) {
     explores<SignalOrTimeout>({});
 }
 
-TEST_F(ConditionExploration, ABroadcastAndTimeLimitsReleaseEveryWaiter) {
+TEST_F(ConditionExploration, EveryWaiterReturnsAfterABroadcastOrATimeout) {
     explores<BroadcastOrTimeout>({.preemptions = 2});
 }
 
-TEST_F(ConditionExploration, ABroadcastReleasesAllWaiters) {
+TEST_F(ConditionExploration, ABroadcastReleasesAllCountedWaiters) {
     for (const int waiters : {1, 2}) {
         for (const bool holdsLock : {false, true}) {
             unsigned long long missed = 0;

@@ -14,7 +14,7 @@ namespace exploration {
 
 Machine::Section& Machine::section(const CRITICAL_SECTION* address) {
     if (m_destroyedSections.contains(address) && Scheduler::running()) {
-        Scheduler::running()->fail("uses a critical section that was deleted");
+        Scheduler::running()->fail("a task uses a critical section that was deleted");
     }
     return m_sections[address];
 }
@@ -27,7 +27,7 @@ void Machine::initialize(CRITICAL_SECTION* address) {
 void Machine::destroy(CRITICAL_SECTION* address) {
     const Section& deleted = section(address);
     if ((deleted.recursion != 0 || deleted.waiters != 0) && Scheduler::running()) {
-        Scheduler::running()->fail("deletes a critical section that is in use");
+        Scheduler::running()->fail("a task deletes a critical section that is in use");
     }
     m_sections.erase(address);
     m_destroyedSections.insert(address);
@@ -54,12 +54,12 @@ bool Machine::tryEnter(CRITICAL_SECTION* address) {
     schedulingPoint();
     Section& entered = section(address);
     if (entered.recursion != 0 && entered.owner != task()) {
-        traceCall([&] { return std::string("TryEnterCriticalSection: no"); });
+        traceCall([&] { return std::string("TryEnterCriticalSection: another task owns it"); });
         return false;
     }
     entered.owner = task();
     ++entered.recursion;
-    traceCall([&] { return std::string("TryEnterCriticalSection: yes"); });
+    traceCall([&] { return std::string("TryEnterCriticalSection: entered"); });
     return true;
 }
 
@@ -69,7 +69,7 @@ void Machine::leave(CRITICAL_SECTION* address) {
     if (left.recursion == 0 || left.owner != task()) {
         ++m_misuses;
         if (Scheduler::isInTask() && !m_isMisuseCounted) {
-            Scheduler::running()->fail("leaves a critical section that it does not own");
+            Scheduler::running()->fail("a task leaves a critical section that it does not own");
         }
         return;
     }

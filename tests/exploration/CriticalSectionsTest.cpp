@@ -51,7 +51,7 @@ private:
     }
 
     void use() {
-        require(!m_isUsed, "two tasks are inside");
+        require(!m_isUsed, "two tasks hold the lock");
         m_isUsed = true;
         exploration::schedulingPoint();
         m_isUsed = false;
@@ -127,7 +127,7 @@ TEST_F(CriticalSectionsExploration, GuardsExcludeEachOther) {
     explores<Guards<vorel::AutoCriticalSection>>({.preemptions = 3}, 3u);
 }
 
-TEST_F(CriticalSectionsExploration, ChangingTheSwitchDuringUseBreaksLocks) {
+TEST_F(CriticalSectionsExploration, ChangingThreadSafetyDuringUseBreaksLocks) {
     SwitchDuringUse::Counts counts;
     explores<SwitchDuringUse>({.preemptions = 2}, std::ref(counts));
     EXPECT_NE(counts.stuck, 0u);

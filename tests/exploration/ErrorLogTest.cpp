@@ -112,7 +112,7 @@ private:
         }
         require(machine().files().openCount() == (endings.back() == Ending::Blocked ? 1u : 0u), "a file stays open");
         for (const std::string& path : machine().files().paths()) {
-            require(path == kPath || path == kBackup, "there is a file " + path);
+            require(path == kPath || path == kBackup, "there is an unexpected file " + path);
         }
         const std::string log = machine().files().contents(kPath).value_or("");
         const std::string backup = machine().files().contents(kBackup).value_or("");
@@ -209,10 +209,10 @@ TEST_F(ErrorLogExploration, NoLineIsLostWhileTheLogIsMoved) {
     explores<Writers>({.preemptions = 2}, withRotation({.writers = 2, .backup = "older\r\n", .readsBackup = true}),
                       std::ref(counts));
     EXPECT_NE(counts.rotated, 0u);
-    EXPECT_NE(counts.kept, 0u) << "no schedule has a writer that keeps the log open and so prevents the rename";
+    EXPECT_NE(counts.kept, 0u) << "no schedule has a writer whose open log file prevents the rename";
 }
 
-TEST_F(ErrorLogExploration, AKilledWriterLosesItsOwnLineOnly) {
+TEST_F(ErrorLogExploration, AKilledWriterLosesOnlyItsOwnLine) {
     Counts counts;
     explores<Writers>({.preemptions = 2, .kills = 1}, Shape{.writers = 2}, std::ref(counts));
     explores<Writers>({.preemptions = 2, .kills = 1}, withRotation({.writers = 2}), std::ref(counts));

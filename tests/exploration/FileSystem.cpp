@@ -185,14 +185,14 @@ bool FileSystem::remove(const std::string& path) {
     point();
     const auto found = m_files.find(path);
     if (found == m_files.end()) {
-        traceCall([&] { return "deletes " + path + ": there is none"; });
+        traceCall([&] { return "cannot delete " + path + ": it does not exist"; });
         return fail(ERROR_FILE_NOT_FOUND);
     }
     if (found->second->isDeletePending) {
         return fail(ERROR_ACCESS_DENIED);
     }
     if (!isShared(*found->second, FILE_SHARE_DELETE)) {
-        traceCall([&] { return "deletes " + path + ": is open"; });
+        traceCall([&] { return "cannot delete " + path + ": it is open"; });
         return fail(ERROR_SHARING_VIOLATION);
     }
     traceCall([&] { return "deletes " + path; });
@@ -210,11 +210,11 @@ bool FileSystem::move(const std::string& from, const std::string& to) {
     };
     const auto found = m_files.find(from);
     if (found == m_files.end()) {
-        trace("there is none");
+        trace("the file does not exist");
         return fail(ERROR_FILE_NOT_FOUND);
     }
     if (!isShared(*found->second, FILE_SHARE_DELETE)) {
-        trace("is open");
+        trace("the file is open");
         return fail(ERROR_SHARING_VIOLATION);
     }
     if (m_files.contains(to)) {

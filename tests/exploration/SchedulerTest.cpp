@@ -59,14 +59,14 @@ std::multiset<std::string> ordersOf(const std::vector<unsigned int>& steps, cons
     return orders;
 }
 
-TEST(Scheduler, RunsEveryOrderOnceForEachLevel) {
+TEST(Scheduler, RunsEveryOrderOnceForEachPreemptionLevel) {
     Result result;
     // The explorer runs all schedules with no preemption, then all with up to one preemption, and so on. The last of
     // these levels has all 3!/(2! 1!) = 3 orders of AAB, and omits no option.
     const std::multiset<std::string> orders = ordersOf({2, 1}, {}, result);
     EXPECT_EQ(std::set<std::string>(orders.begin(), orders.end()), (std::set<std::string>{"AAB", "ABA", "BAA"}));
-    EXPECT_EQ(orders.count("AAB"), 2u) << "found without preemptions, and again with up to one preemption";
-    EXPECT_EQ(orders.count("ABA"), 1u) << "needs a preemption";
+    EXPECT_EQ(orders.count("AAB"), 2u) << "AAB is found without preemptions, and again with up to one preemption";
+    EXPECT_EQ(orders.count("ABA"), 1u) << "ABA needs a preemption";
     EXPECT_EQ(result.schedules, orders.size());
     EXPECT_TRUE(result.isExhaustive);
     EXPECT_TRUE(result.isComplete);
@@ -88,7 +88,7 @@ TEST(Scheduler, LimitsPreemptions) {
     }
 }
 
-TEST(Scheduler, KillsAtEveryPoint) {
+TEST(Scheduler, KillsAProcessAtEveryPoint) {
     Result result;
     const std::multiset<std::string> orders = ordersOf({2}, {.kills = 1}, result);
     EXPECT_EQ(orders, (std::multiset<std::string>{"AA", "A!", "!"}));
@@ -169,11 +169,12 @@ TEST(Scheduler, KeepsErrorsAndExceptionsOfTasksApart) {
                         try {
                             throw;
                         } catch (int caught) {
-                            exploration::require(caught == error, "another task's exception");
+                            exploration::require(caught == error, "the task catches another task's exception");
                         }
                     }
-                    exploration::require(errno == error, "another task's errno");
-                    exploration::require(GetLastError() == static_cast<DWORD>(error), "another task's last error");
+                    exploration::require(errno == error, "the task reads another task's errno");
+                    exploration::require(GetLastError() == static_cast<DWORD>(error),
+                                         "the task reads another task's last error");
                 };
             };
             return {{"first", 1, body(1)}, {"second", 1, body(2)}};
@@ -241,7 +242,7 @@ private:
     std::string m_order;
 };
 
-TEST(Scheduler, LetsOthersGoFirstDuringASleep) {
+TEST(Scheduler, LetsOtherTasksRunFirstDuringASleep) {
     std::multiset<std::string> orders;
     const auto factory = [&] { return std::make_unique<Sleeper>(orders); };
     exploration::explore(factory, {.preemptions = 0});

@@ -82,7 +82,8 @@ private:
         }
         // The killed process may have created the object. If the object ended with it, another process creates it
         // again.
-        require(m_created == 1 || (m_isKilled && m_created <= 2), std::to_string(m_created) + " processes created it");
+        require(m_created == 1 || (m_isKilled && m_created <= 2),
+                std::to_string(m_created) + " processes created the object");
     }
 
     Obtain m_obtain;
@@ -106,7 +107,7 @@ TEST_F(SecuredObjectsExploration, AllProcessesGetTheObjectAndOneCreatesIt) {
     }
 }
 
-TEST_F(SecuredObjectsExploration, AllLiveProcessesGetTheObjectWhenOneIsKilled) {
+TEST_F(SecuredObjectsExploration, AfterAKillOnlyAnOperationThatTriesOnceMissesTheObject) {
     for (const Obtain obtain : kObtain) {
         unsigned long long missed = 0;
         explores<FirstOpening>({.preemptions = 2, .kills = 1}, obtain, 3u, std::ref(missed));

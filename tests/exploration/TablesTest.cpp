@@ -22,11 +22,13 @@ private:
     void start() override {
         for (unsigned int thread = 0; thread < m_threads; ++thread) {
             task("thread", 1, [] {
-                require(!Exception::IsThreadErrorLoggingDisabled(), "another thread's setting");
+                require(!Exception::IsThreadErrorLoggingDisabled(), "the logging of a new thread is disabled");
                 Exception::DisableThreadErrorLogging(true);
-                require(Exception::IsThreadErrorLoggingDisabled(), "the setting is lost");
+                require(Exception::IsThreadErrorLoggingDisabled(),
+                        "the logging is still enabled after it was disabled");
                 Exception::DisableThreadErrorLogging(false);
-                require(!Exception::IsThreadErrorLoggingDisabled(), "the setting stays");
+                require(!Exception::IsThreadErrorLoggingDisabled(),
+                        "the logging is still disabled after it was enabled");
             });
         }
     }
@@ -70,12 +72,12 @@ class Spies final : public SystemScenario {
 
 class TablesExploration : public exploration::ExplorationTest {};
 
-TEST_F(TablesExploration, AThreadSeesItsOwnSettingOnly) {
+TEST_F(TablesExploration, AThreadReadsOnlyItsOwnSetting) {
     explores<SilencedThreads>({.preemptions = 3}, 2u);
     explores<SilencedThreads>({.preemptions = 2}, 3u);
 }
 
-TEST_F(TablesExploration, OneOfTwoSpiesStays) {
+TEST_F(TablesExploration, OneOfTwoSpiesStaysRegistered) {
     explores<Spies>({});
 }
 

@@ -36,9 +36,9 @@ FAULTS = [
         const UnGuard left(m_lock);
         { const Guard notDuringABroadcast(m_broadcastLock); }
 """, "ConditionExploration"),
-    Fault("a waiter keeps the lock", "src/sync/Condition.cpp",
+    Fault("a waiter keeps the lock while it waits", "src/sync/Condition.cpp",
           "        const UnGuard left(m_lock);\n", "", "ConditionExploration"),
-    Fault("a broadcast signals once", "src/sync/Condition.cpp",
+    Fault("a broadcast signals only once", "src/sync/Condition.cpp",
           "while (m_waiters > 0) {", "if (m_waiters > 0) {", "ConditionExploration"),
     Fault("a signal releases all waiters", "src/sync/Condition.cpp",
           "CreateEventW(nullptr, FALSE, FALSE, nullptr)", "CreateEventW(nullptr, TRUE, FALSE, nullptr)",
@@ -59,7 +59,7 @@ FAULTS = [
     Fault("an owner that has ended stays recorded", "src/sync/AutoMutex.cpp",
           "    m_lockCount = 0;\n    m_lockingThreadId = 0;\n    return WAIT_OBJECT_0;", "    return WAIT_OBJECT_0;",
           "AutoMutexExploration"),
-    Fault("an abandoned mutex counts as not taken", "src/sync/AutoMutex.cpp",
+    Fault("a wait that acquires an abandoned mutex counts as failed", "src/sync/AutoMutex.cpp",
           "    m_lockingThreadId = 0;\n    return WAIT_OBJECT_0;", "    m_lockingThreadId = 0;\n    return result;",
           "AutoMutexExploration"),
     Fault("an object is not opened after its creation was refused", "src/secure/SecuredObjects.cpp",
@@ -73,7 +73,7 @@ FAULTS = [
     Fault("a line is written to a log that others have locked", "src/exceptions/LogFile.cpp",
           "    m_locked = lockWholeFile(m_descriptor, true);\n    return m_locked;",
           "    m_locked = lockWholeFile(m_descriptor, true);\n    return true;", "ErrorLogExploration"),
-    Fault("lines are not appended", "src/exceptions/LogFile.cpp",
+    Fault("lines overwrite the log instead of being appended", "src/exceptions/LogFile.cpp",
           "(mode == Mode::Append ? _O_APPEND : 0)", "(mode == Mode::Append ? 0 : 0)", "ErrorLogExploration"),
     Fault("the lock of the log is released at once", "src/exceptions/LogFile.cpp",
           "    m_locked = lockWholeFile(m_descriptor, true);\n    return m_locked;",
@@ -107,7 +107,7 @@ FAULTS = [
             anySilenced = threads.size() != 0;
         }
         AnyThreadLoggingDisabled.store(anySilenced, std::memory_order_relaxed);""", "TablesExploration"),
-    Fault("a broadcast signals as often as threads waited at its start", "src/sync/Condition.cpp",
+    Fault("a broadcast signals once for each thread that waited at its start", "src/sync/Condition.cpp",
           "        while (m_waiters > 0) {\n", "        for (long waiters = m_waiters; waiters > 0; --waiters) {\n",
           "ConditionExploration"),
     Fault("a released waiter clears the event", "src/sync/SystemEvent.cpp",
