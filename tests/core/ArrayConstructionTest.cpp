@@ -65,8 +65,8 @@ static_assert(std::is_same_v<decltype(Array{1, 2, 3}), Array<int>>);
 static_assert(std::is_same_v<decltype(Array{"a", "b"}), Array<const char*>>);
 static_assert(std::is_same_v<decltype(Array(std::vector<double>())), Array<double>>);
 static_assert(std::is_same_v<decltype(Array(std::declval<const std::array<char, 3>&>())), Array<char>>);
-static_assert(std::is_same_v<decltype(Array(std::declval<Array<int>&>())), Array<int>>, "a copy");
-static_assert(std::is_same_v<decltype(Array{std::declval<Array<int>&>()}), Array<int>>, "a copy");
+static_assert(std::is_same_v<decltype(Array(std::declval<Array<int>&>())), Array<int>>, "an array is copied");
+static_assert(std::is_same_v<decltype(Array{std::declval<Array<int>&>()}), Array<int>>, "an array is copied");
 static_assert(std::is_same_v<decltype(Array{Array<int>(), Array<int>()}), Array<Array<int>>>);
 
 struct Derived : Array<int> {};
@@ -83,14 +83,14 @@ struct Entry {
 TEST(ArrayConstruction, AnArrayIsCopiedOrMovedAndNotReadAsARange) {
     Array<int> array{1, 2};
     array.reserve(10, true);
-    EXPECT_EQ(Array<int>{array}.allocated(), 2u) << "a copy";
-    EXPECT_EQ(Array<int>(array).allocated(), 2u) << "a copy";
+    EXPECT_EQ(Array<int>{array}.allocated(), 2u) << "a copy has no spare slots";
+    EXPECT_EQ(Array<int>(array).allocated(), 2u) << "a copy has no spare slots";
     const int* const storage = array.data();
-    EXPECT_EQ(Array<int>{std::move(array)}.data(), storage) << "a move";
+    EXPECT_EQ(Array<int>{std::move(array)}.data(), storage) << "a move transfers the storage";
 
     const Array<Array<int>> nested{{1, 2}, {3}};
     Array<Array<int>> copy{nested};
-    ASSERT_EQ(copy.size(), 2u) << "a copy, not an array with one element that is a copy";
+    ASSERT_EQ(copy.size(), 2u) << "a copy of the outer array, not an array whose only element is a copy";
     copy[0].append(9);
     EXPECT_EQ(elementsOf(copy[0]), (std::vector<int>{1, 2, 9}));
     EXPECT_EQ(elementsOf(nested[0]), (std::vector<int>{1, 2}));
@@ -98,12 +98,12 @@ TEST(ArrayConstruction, AnArrayIsCopiedOrMovedAndNotReadAsARange) {
     Derived derived;
     derived.append(7);
     const int* const derivedStorage = derived.data();
-    EXPECT_EQ(Array<int>(std::move(derived)).data(), derivedStorage) << "a move";
+    EXPECT_EQ(Array<int>(std::move(derived)).data(), derivedStorage) << "a move transfers the storage";
 }
 
 // ---- Lists of elements ----------------------------------------------------------------------------------------------
 
-TEST(ArrayConstruction, ListHasItsElementsAndNoSpareSlots) {
+TEST(ArrayConstruction, ListGivesItsElementsAndNoSpareSlots) {
     struct Case {
         Array<int> array;
         std::vector<int> elements;
@@ -125,7 +125,7 @@ TEST(ArrayConstruction, ListHasItsElementsAndNoSpareSlots) {
     EXPECT_EQ(textsOf({"left", "", "right"}), (Texts{"left", "", "right"}));
 }
 
-TEST(ArrayConstruction, ListIsAssigned) {
+TEST(ArrayConstruction, AssignedListReplacesTheElements) {
     Array<int> array{1, 2, 3, 4};
     array = {7, 8};
     EXPECT_EQ(elementsOf(array), (std::vector<int>{7, 8}));
@@ -188,18 +188,18 @@ TEST(ArrayConstruction, RangeOfEveryKindGivesItsElementsInOrder) {
              Case{"array", Array<int>(array), 3},
              Case{"built-in array", Array<int>(builtIn), 3},
              Case{"span", Array<int>(std::span<const int>(vector)), 3},
-             Case{"list", Array<int>(list), 5},
+             Case{"forward list", Array<int>(list), 5},
              Case{"stream", Array<int>(Numbers{stream}), 5},
-             Case{"smaller elements", Array<int>(bytes), 3},
-             Case{"converted elements", Array<int>(doubles), 3},
-             Case{"Array of another class", Array<int>(Array<long long>{1, 2, 3}), 3},
+             Case{"elements of a smaller type", Array<int>(bytes), 3},
+             Case{"doubles", Array<int>(doubles), 3},
+             Case{"Array with another element type", Array<int>(Array<long long>{1, 2, 3}), 3},
          }) {
         EXPECT_EQ(elementsOf(c.array), (std::vector<int>{1, 2, 3})) << c.range;
         EXPECT_EQ(c.array.allocated(), c.slots) << c.range;
     }
 }
 
-TEST(ArrayConstruction, RangeWithoutElementsNeedsNoStorage) {
+TEST(ArrayConstruction, RangeWithoutElementsAllocatesNoStorage) {
     const std::vector<int> none;
     std::istringstream stream;
     EXPECT_EQ(Array<int>(none).data(), nullptr);
@@ -224,14 +224,14 @@ TEST(ArrayConstruction, ARangeIsReadAndNotChanged) {
     EXPECT_NE(fromTemporary[0].c_str(), strings[0].c_str());
 }
 
-TEST(ArrayConstruction, ARangeOfMovedElementsIsMovedFrom) {
+TEST(ArrayConstruction, ElementsOfARangeWithMoveIteratorsAreMoved) {
     std::vector<String> strings(2, String("long enough to have a buffer"));
     const char* const buffer = strings[1].c_str();
     const Array<String> moved(Moved{strings});
     EXPECT_EQ(moved[1].c_str(), buffer);
 }
 
-TEST(ArrayConstruction, TheZeroOfALiteralIsAnElement) {
+TEST(ArrayConstruction, TheTerminatorOfAStringLiteralIsAnElement) {
     EXPECT_EQ(Array<char>("abc").size(), 4u);
     EXPECT_EQ(Array<char>(std::string_view("abc")).size(), 3u);
 }
@@ -241,7 +241,7 @@ TEST(ArrayConstruction, RangeWithTooManyElementsThrowsBeforeItIsRead) {
                                   {L"No more memory is available: -1 objects of size 8 requested"});
 }
 
-TEST(ArrayConstruction, AFailingConversionReleasesTheElementsBeforeIt) {
+TEST(ArrayConstruction, AConversionThatThrowsReleasesTheConvertedElements) {
     Explosive::s_alive = 0;
     const std::vector<Failing> numbers = {{1}, {2}, {7}, {8}};
     EXPECT_THROW(static_cast<void>(Array<Explosive>(numbers)), std::runtime_error);
@@ -283,7 +283,7 @@ TEST(ArrayConstruction, EmplaceBackConstructsFromItsArgumentsAndReturnsTheElemen
     EXPECT_EQ(entries[0].value, 2.5);
 }
 
-TEST(ArrayConstruction, AlgorithmsOfTheStandardLibraryAppend) {
+TEST(ArrayConstruction, StandardAlgorithmsAppendThroughABackInserter) {
     const std::vector<int> numbers = {1, 2, 3, 4};
     Array<int> even;
     std::copy_if(numbers.begin(), numbers.end(), std::back_inserter(even), [](int number) { return number % 2 == 0; });

@@ -307,7 +307,7 @@ TEST(ArrayOfExplosives, Destructor_OfNestedArraysAddsOneRecordPerArray) {
     EXPECT_EQ(Explosive::s_alive, 0);
 }
 
-TEST(ArrayOfExplosives, Destructor_OnlyRecordsFailuresDuringUnwinding) {
+TEST(ArrayOfExplosives, Destructor_DuringUnwindingRecordsFailuresAndThrowsNothing) {
     for (const bool nested : {false, true}) {
         const test::TemporaryLog log;
         EXPECT_THROW(destroyArray({{2, Explosion::Library}, {5, Explosion::Other}}, nested, true), std::runtime_error);

@@ -33,7 +33,7 @@ using Elements = ::testing::Types<unsigned char, bool, int, unsigned int, double
                                   BaseString<wchar_t>>;
 TYPED_TEST_SUITE(ArrayGrowth, Elements);
 
-TYPED_TEST(ArrayGrowth, Doubles_From5) {
+TYPED_TEST(ArrayGrowth, Slots_DoubleFrom5) {
     struct Case {
         unsigned int count;
         unsigned int allocated;
@@ -48,7 +48,7 @@ TYPED_TEST(ArrayGrowth, Doubles_From5) {
     }
 }
 
-TYPED_TEST(ArrayGrowth, Doubles_FromTheCurrentSlots) {
+TYPED_TEST(ArrayGrowth, Slots_DoubleFromTheCurrentNumber) {
     Array<TypeParam> array;
     array.reserve(1);
     EXPECT_EQ(array.allocated(), 5u);
@@ -70,7 +70,7 @@ TYPED_TEST(ArrayGrowth, Exact_AllocatesExactlyTheCount) {
 }
 
 // Doubling starts at 5 even if the array has fewer slots.
-TYPED_TEST(ArrayGrowth, Doubles_From5WhenFewerSlotsWereReservedExactly) {
+TYPED_TEST(ArrayGrowth, Slots_DoubleFrom5IfFewerWereReserved) {
     Array<TypeParam> array;
     array.reserve(2, true);
     array.reserve(3);
@@ -81,7 +81,7 @@ TYPED_TEST(ArrayGrowth, Doubles_From5WhenFewerSlotsWereReservedExactly) {
     EXPECT_EQ(other.allocated(), 10u);
 }
 
-TYPED_TEST(ArrayGrowth, NeverShrinks) {
+TYPED_TEST(ArrayGrowth, Reserve_NeverShrinks) {
     Array<TypeParam> array;
     array.reserve(12, true);
     const TypeParam* const storage = array.data();
@@ -121,7 +121,7 @@ TYPED_TEST(ArrayGrowth, Assignment_NeverShrinks) {
     }
 }
 
-TYPED_TEST(ArrayGrowth, Assignment_GrowsToTheCount) {
+TYPED_TEST(ArrayGrowth, Assignment_GrowsToTheCountOfTheSource) {
     for (const unsigned int count : {3u, 6u, 100u}) {
         Array<TypeParam> array;
         array.reserve(2, true);
@@ -143,7 +143,7 @@ TYPED_TEST(ArrayGrowth, SlotsPastTheCount_AreValueInitialised) {
     }
 }
 
-TYPED_TEST(ArrayGrowth, AppendingOneByOne_FollowsTheDoubling) {
+TYPED_TEST(ArrayGrowth, AppendingOneByOne_DoublesTheSlots) {
     Array<TypeParam> array;
     std::vector<unsigned int> sizes;
     for (unsigned int i = 0; i < 200; ++i) {
@@ -302,7 +302,7 @@ TEST(ArrayGrowthFailure, WhileCopyingElementsLeavesTheArrayUnchanged) {
                                           {L"No more memory is available: 1 objects of size 2 requested"});
             EXPECT_EQ(array.data(), storage);
             EXPECT_EQ(array.allocated(), 5u);
-            EXPECT_EQ(Fragile::s_alive, 5) << "the elements of the new storage are destroyed";
+            EXPECT_EQ(Fragile::s_alive, 5) << "the elements of the new storage must be destroyed";
             ASSERT_EQ(array.size(), 4u);
             for (unsigned int i = 0; i < 4; ++i) {
                 EXPECT_EQ(array[i].value, static_cast<int>(i) + 1);

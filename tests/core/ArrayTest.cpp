@@ -154,7 +154,7 @@ TEST(Array, Append_WorksForEveryElementTypeOfTheInterface) {
     EXPECT_EQ(elementsOf(arrayOf<WideString>({L"a", L"b"})), (std::vector<WideString>{L"a", L"b"}));
 }
 
-TEST(Array, Append_OfAnElementOfTheArrayItself) {
+TEST(Array, Append_AcceptsAnElementOfTheArrayItself) {
     Array<int> numbers = arrayOf({7});
     Array<WideString> strings = arrayOf<WideString>({L"long enough to have a buffer"});
     for (unsigned int i = 0; i < 50; ++i) {  // grows several times
@@ -183,7 +183,7 @@ TEST(Array, AppendItems_WithoutItemsChangesNothing) {
     EXPECT_EQ(array.size(), 0u);
 }
 
-TEST(Array, AppendItems_OfTheArrayItselfWithAndWithoutGrowth) {
+TEST(Array, AppendItems_AcceptsItemsOfTheArrayItselfWithAndWithoutGrowth) {
     for (unsigned int count = 1; count <= 12; ++count) {
         for (unsigned int from = 0; from < count; ++from) {
             Array<int> array;
@@ -301,7 +301,7 @@ TEST(Array, Assign_ReplacesTheElementsWithCopies) {
     EXPECT_EQ(elementsOf(array), elementsOf(original));
 }
 
-TEST(Array, Assign_WithinTheStorageResetsTheOtherSlots) {
+TEST(Array, Assign_WithinTheStorageResetsTheSlotsPastTheCount) {
     for (const bool moved : {false, true}) {
         Array<int> numbers = arrayOf({1, 2, 3, 4});
         Array<int> twoNumbers = arrayOf({8, 9});

@@ -52,7 +52,7 @@ TYPED_TEST(BaseStringAppend, AppendCounted_EveryLengthWritesTheTextAndItsTermina
             expectText(string, start + added);
             ASSERT_EQ(Text(string.c_str() + before + count + 1, string.c_str() + 256),
                       Text(255 - before - count, TypeParam{'z'}))
-                << before << " and " << count;
+                << count << " units appended to " << before;
         }
     }
 }
@@ -67,14 +67,14 @@ TYPED_TEST(BaseStringAppend, AppendPartOfItself_EveryLengthWithoutGrowth) {
             BaseString<TypeParam> string = inLargeBuffer(expected);
             string.append(string.c_str() + length - count, static_cast<unsigned int>(count));
             expected.append(std::basic_string<TypeParam>(expected, length - count));
-            ASSERT_TRUE(string.view() == expected) << length << " and " << count;
+            ASSERT_TRUE(string.view() == expected) << "the last " << count << " of " << length << " units";
         }
     }
 }
 
 /// The source begins within the string's text and ends after the terminator of this text. So the appended units
 /// overwrite a part of the source.
-TYPED_TEST(BaseStringAppend, AppendOverlappingSource_CopiesItAsItWas) {
+TYPED_TEST(BaseStringAppend, AppendOverlappingSource_AppendsTheSourceAsBeforeTheCall) {
     for (const unsigned int count : {2u, 3u, 5u, 8u, 12u, 17u, 33u, 60u}) {
         BaseString<TypeParam> string = inLargeBuffer(test::text<TypeParam>("abc"));
         std::basic_string<TypeParam> source(string.c_str() + 2, count);

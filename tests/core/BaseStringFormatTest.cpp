@@ -66,14 +66,14 @@ TYPED_TEST_SUITE(BaseStringFormat, test::CharacterTypes, test::CharacterNames);
 
 // ---- Rendering ------------------------------------------------------------------------------------------------------
 
-TYPED_TEST(BaseStringFormat, Renders_AndReturnsTheString) {
+TYPED_TEST(BaseStringFormat, Format_RendersAndReturnsTheString) {
     BaseString<TypeParam> string;
     EXPECT_EQ(&string.format(this->text("%d of %u: %s%%").c_str(), -3, 7u, this->text("ok").c_str()), &string);
     EXPECT_TRUE(string.view() == this->text("-3 of 7: ok%"));
     EXPECT_TRUE(test::knowsLength(string));
 }
 
-TYPED_TEST(BaseStringFormat, NarrowAndWideArguments_HaveTheirOwnConversions) {
+TYPED_TEST(BaseStringFormat, HsAndLs_RenderNarrowAndWideArguments) {
     BaseString<TypeParam> string;
     string.format(this->text("%hs|%ls|%s").c_str(), "narrow", L"wide", this->text("own").c_str());
     EXPECT_TRUE(string.view() == this->text("narrow|wide|own"));
@@ -85,7 +85,7 @@ TYPED_TEST(BaseStringFormat, ZeroUnitFromAnArgument_IsPartOfTheText) {
     EXPECT_TRUE(string.view() == this->text(std::string_view("a\0b", 3)));
 }
 
-TYPED_TEST(BaseStringFormat, Vformat_TakesAnArgumentList) {
+TYPED_TEST(BaseStringFormat, Vformat_RendersAnArgumentList) {
     BaseString<TypeParam> string;
     EXPECT_EQ(&this->callVformat(string, this->text("%x %g").c_str(), 255, 0.5), &string);
     EXPECT_TRUE(string.view() == this->text("ff 0.5"));
@@ -133,7 +133,7 @@ TYPED_TEST(BaseStringFormat, Buffer_GrowsWhenTextAndTerminatorDoNotFit) {
     }
 }
 
-TYPED_TEST(BaseStringFormat, ExactFill_GrowsOnce) {
+TYPED_TEST(BaseStringFormat, TextThatFillsTheBufferExactly_GrowsItOnce) {
     BaseString<TypeParam> string(this->text("x").c_str());
     ASSERT_EQ(string.capacity(), 16u);
     this->fill(string, 16);
@@ -152,7 +152,7 @@ TYPED_TEST(BaseStringFormat, LongTexts_AreNotTruncated) {
 
 // ---- Arguments that point into the string ---------------------------------------------------------------------------
 
-TYPED_TEST(BaseStringFormat, ArgumentsInTheString_WithAndWithoutGrowth) {
+TYPED_TEST(BaseStringFormat, ArgumentsInTheString_AreReadBeforeTheyAreOverwritten) {
     for (unsigned int length = 1; length <= 40; ++length) {
         for (unsigned int from = 0; from <= length; ++from) {
             std::basic_string<TypeParam> model;
@@ -170,14 +170,14 @@ TYPED_TEST(BaseStringFormat, ArgumentsInTheString_WithAndWithoutGrowth) {
     }
 }
 
-TYPED_TEST(BaseStringFormat, ArgumentsInTheString_AfterStarsAndDoubles) {
+TYPED_TEST(BaseStringFormat, ArgumentsInTheString_MayFollowStarsAndDoubles) {
     BaseString<TypeParam> string(this->text("abcdef").c_str());
     string.format(this->text("%*.*f %.*s").c_str(), 5, 1, 2.5, 3, string.c_str() + 1);
     EXPECT_TRUE(string.view() == this->text("  2.5 bcd"));
 }
 
 // If an argument is in the string, the capacity must become the same as with an argument outside the string.
-TYPED_TEST(BaseStringFormat, ArgumentsInTheString_GrowTheBufferLikeOtherArguments) {
+TYPED_TEST(BaseStringFormat, ArgumentsInTheString_GrowTheBufferLikeArgumentsOutsideIt) {
     for (const unsigned int start : {16u, 64u}) {
         for (const unsigned int count : {2u, 14u, 15u, 16u, 17u, 31u, 32u, 63u, 64u, 127u, 511u, 512u, 1023u}) {
             BaseString<TypeParam> string;
@@ -191,7 +191,7 @@ TYPED_TEST(BaseStringFormat, ArgumentsInTheString_GrowTheBufferLikeOtherArgument
     }
 }
 
-TYPED_TEST(BaseStringFormat, FormatInTheString) {
+TYPED_TEST(BaseStringFormat, FormatInTheString_IsReadBeforeItIsOverwritten) {
     BaseString<TypeParam> string(this->text("value %d").c_str());
     string.format(string.c_str(), 42);
     EXPECT_TRUE(string.view() == this->text("value 42"));
@@ -201,7 +201,7 @@ TYPED_TEST(BaseStringFormat, FormatInTheString) {
     EXPECT_TRUE(string.view() == this->text("self and more, said the format itself"));
 }
 
-TYPED_TEST(BaseStringFormat, UnrelatedFormatAndArguments_ReuseTheBuffer) {
+TYPED_TEST(BaseStringFormat, FormatAndArgumentsOutsideTheString_ReuseTheBuffer) {
     BaseString<TypeParam> string(this->text("0123456789").c_str());
     const TypeParam* const buffer = string.c_str();
     const BaseString<TypeParam> other(this->text("other").c_str());
@@ -223,7 +223,7 @@ TEST(BaseStringFormatOfNarrowText, UnconvertibleWideArgument_ThrowsTheRuntimesRe
     }
 }
 
-TEST(BaseStringFormatOfNarrowText, UnconvertibleWideArgument_AfterLongText) {
+TEST(BaseStringFormatOfNarrowText, UnconvertibleWideArgumentAfterLongText_ThrowsAndEmptiesTheString) {
     BaseString<char> string("text");
     expectThrows<Exception>([&] { string.format("%0100d%ls", 1, kUnconvertible); },
                             {unableToFormat(L"%0100d%ls", EILSEQ)});
@@ -232,7 +232,7 @@ TEST(BaseStringFormatOfNarrowText, UnconvertibleWideArgument_AfterLongText) {
     EXPECT_TRUE(string == "12");
 }
 
-TYPED_TEST(BaseStringFormat, RejectedConversion_Throws) {
+TYPED_TEST(BaseStringFormat, ConversionRejectedByTheRuntime_Throws) {
     // The runtime rejects %n as an invalid parameter. The library's handler for invalid parameters lets the program
     // continue, so the print function returns with EINVAL.
     int count = 77;
@@ -248,7 +248,7 @@ TYPED_TEST(BaseStringFormat, RejectedConversion_Throws) {
     EXPECT_EQ(count, 77);
 }
 
-TYPED_TEST(BaseStringFormat, InvalidFormatInTheString_KeepsItsText) {
+TYPED_TEST(BaseStringFormat, InvalidFormatInTheString_LeavesTheStringUnchanged) {
     int count = 77;
     BaseString<TypeParam> string(this->text("a%n").c_str());
     expectThrows<Exception>([&] { string.format(string.c_str(), &count); }, {unableToFormat(L"a%n", EINVAL)});

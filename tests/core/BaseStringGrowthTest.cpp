@@ -67,7 +67,7 @@ TYPED_TEST(BaseStringGrowth, Capacity_AtEachPowerOfTwo) {
     }
 }
 
-TYPED_TEST(BaseStringGrowth, WithOnlyACount_KeepsTheTextAndItsLength) {
+TYPED_TEST(BaseStringGrowth, ReserveWithoutDiscardArgument_KeepsTheTextAndItsLength) {
     BaseString<TypeParam> string(test::text<TypeParam>("text").c_str());
     const TypeParam* const buffer = string.reserve(20);
     EXPECT_EQ(buffer, string.data());
@@ -76,7 +76,7 @@ TYPED_TEST(BaseStringGrowth, WithOnlyACount_KeepsTheTextAndItsLength) {
     EXPECT_TRUE(string == test::text<TypeParam>("text").c_str());
 }
 
-TYPED_TEST(BaseStringGrowth, NeverShrinks) {
+TYPED_TEST(BaseStringGrowth, Capacity_NeverShrinks) {
     BaseString<TypeParam> string;
     string.reserve(1000, true);
     TypeParam* const buffer = string.data();
@@ -117,7 +117,7 @@ TYPED_TEST(BaseStringGrowth, Growing_KeepsTextAndKnownLength) {
     EXPECT_EQ(string.capacity(), 128u);
 }
 
-TYPED_TEST(BaseStringGrowth, Growing_KeepsEmbeddedZerosOfAKnownLength) {
+TYPED_TEST(BaseStringGrowth, Growing_KeepsEmbeddedZerosIfTheLengthIsKnown) {
     const auto text = test::text<TypeParam>(std::string_view("a\0bc", 4));
     BaseString<TypeParam> string(text.c_str(), 4);
     string.reserve(100, false);
@@ -143,7 +143,7 @@ TYPED_TEST(BaseStringGrowth, Growing_WithDiscardMakesTheLengthUnknown) {
     EXPECT_FALSE(test::knowsLength(fresh));
 }
 
-TYPED_TEST(BaseStringGrowth, Growing_WithoutABufferGivesTheEmptyText) {
+TYPED_TEST(BaseStringGrowth, Growing_AStringWithoutABufferGivesTheEmptyText) {
     BaseString<TypeParam> string;
     string.reserve(20, false);
     EXPECT_EQ(string.c_str()[0], TypeParam{});
@@ -151,7 +151,7 @@ TYPED_TEST(BaseStringGrowth, Growing_WithoutABufferGivesTheEmptyText) {
     EXPECT_EQ(string.length(), 0u);
 }
 
-TYPED_TEST(BaseStringGrowth, LargeEnough_KeepsALengthUpToCount) {
+TYPED_TEST(BaseStringGrowth, LargeEnoughBuffer_KeepsALengthUpToCount) {
     const auto text = test::text<TypeParam>("ten units.");
     for (const bool discard : {false, true}) {
         for (const unsigned int count : {10u, 11u, 15u}) {
@@ -164,7 +164,7 @@ TYPED_TEST(BaseStringGrowth, LargeEnough_KeepsALengthUpToCount) {
     }
 }
 
-TYPED_TEST(BaseStringGrowth, LargeEnough_TruncatesALongerText) {
+TYPED_TEST(BaseStringGrowth, LargeEnoughBuffer_TruncatesATextLongerThanCount) {
     const auto text = test::text<TypeParam>("ten units.");
     for (const bool discard : {false, true}) {
         for (unsigned int count = 1; count < 10; ++count) {
@@ -179,7 +179,7 @@ TYPED_TEST(BaseStringGrowth, LargeEnough_TruncatesALongerText) {
 
 // `reserve(count, …)` reduces a length that exceeds `count` to `count`. An unknown length has all bits set, so it
 // exceeds every count. So the length becomes `count`, even if the text is shorter.
-TYPED_TEST(BaseStringGrowth, LargeEnough_SetsAnUnknownLengthToCount) {
+TYPED_TEST(BaseStringGrowth, LargeEnoughBuffer_SetsAnUnknownLengthToCount) {
     for (const bool discard : {false, true}) {
         for (const unsigned int count : {1u, 3u, 15u}) {
             BaseString<TypeParam> string;
@@ -194,7 +194,7 @@ TYPED_TEST(BaseStringGrowth, LargeEnough_SetsAnUnknownLengthToCount) {
     }
 }
 
-TYPED_TEST(BaseStringGrowth, Append_ReallocatesLogarithmicallyOften) {
+TYPED_TEST(BaseStringGrowth, Append_DoublesTheCapacity) {
     BaseString<TypeParam> string;
     std::vector<unsigned int> capacities;
     for (unsigned int i = 0; i < 5000; ++i) {

@@ -93,7 +93,7 @@ TYPED_TEST(BaseStringTest, EmptyTexts_AllocateNothing) {
     this->expectNeverAllocated(BaseString<TypeParam>(BaseString<TypeParam>(empty.c_str())));
 }
 
-TYPED_TEST(BaseStringTest, Text_IsCopiedToItsTerminator) {
+TYPED_TEST(BaseStringTest, Text_IsCopiedUpToItsTerminator) {
     auto source = this->text(std::string_view("abc\0def", 7));
     const BaseString<TypeParam> string(source.c_str());
     source[0] = 'X';
@@ -134,7 +134,7 @@ TYPED_TEST(BaseStringTest, Move_TransfersTheBuffer) {
 
 // ---- Assignment -----------------------------------------------------------------------------------------------------
 
-TYPED_TEST(BaseStringTest, AssignText_ReplacesAndReusesTheBuffer) {
+TYPED_TEST(BaseStringTest, AssignText_ReplacesTheTextAndReusesTheBuffer) {
     BaseString<TypeParam> string(this->text("fifteen units..").c_str());
     const TypeParam* const buffer = string.c_str();
     string = this->text("short").c_str();
@@ -148,7 +148,7 @@ TYPED_TEST(BaseStringTest, AssignText_ReplacesAndReusesTheBuffer) {
     EXPECT_EQ(string.capacity(), 32u);
 }
 
-TYPED_TEST(BaseStringTest, AssignNull_ClearsAndKeepsTheBuffer) {
+TYPED_TEST(BaseStringTest, AssignNull_ClearsTheTextAndKeepsTheBuffer) {
     BaseString<TypeParam> string(this->text("text").c_str());
     const TypeParam* const buffer = string.c_str();
     const TypeParam* const null = nullptr;
@@ -204,7 +204,7 @@ TYPED_TEST(BaseStringTest, MoveAssign_TransfersTheBuffer) {
 
 // ---- Appending ------------------------------------------------------------------------------------------------------
 
-TYPED_TEST(BaseStringTest, Append_EveryForm) {
+TYPED_TEST(BaseStringTest, Append_EveryOverloadReturnsTheString) {
     BaseString<TypeParam> string;
     const BaseString<TypeParam> other(this->text("ef").c_str());
     const auto tail = this->text(std::string_view("cd\0!", 4));
@@ -311,7 +311,7 @@ TYPED_TEST(BaseStringTest, View_OfAStringWithoutABufferIsNotNull) {
 
 // ---- Comparison -----------------------------------------------------------------------------------------------------
 
-TYPED_TEST(BaseStringTest, Comparison_IsUnitWise) {
+TYPED_TEST(BaseStringTest, Comparison_IsUnitByUnit) {
     struct Case {
         const char* a;
         const char* b;
@@ -363,7 +363,7 @@ TYPED_TEST(BaseStringTest, Comparison_NullEqualsTheEmptyString) {
     EXPECT_FALSE(some < null);
 }
 
-TEST(BaseStringOfWideText, ComparesUnitsAsUnsigned) {
+TEST(BaseStringOfWideText, ComparesUnitsAsUnsignedNumbers) {
     EXPECT_TRUE(BaseString<wchar_t>(L"\x7FFF") < BaseString<wchar_t>(L"\x8000"));
     EXPECT_TRUE(BaseString<wchar_t>(L"\x00FF") < BaseString<wchar_t>(L"\x0100"));
 }

@@ -76,7 +76,7 @@ TYPED_TEST(BaseStringViews, Append_AcceptsViewsAndStandardStrings) {
     EXPECT_EQ(string.length(), 14u);
 }
 
-TYPED_TEST(BaseStringViews, Conversion_ToAViewIsImplicit) {
+TYPED_TEST(BaseStringViews, Conversion_ToAViewSharesTheBuffer) {
     const auto source = this->text("text");
     const BaseString<TypeParam> string(source.c_str());
     EXPECT_TRUE(this->passed(string) == source);
@@ -129,7 +129,7 @@ TEST(ArrayLoops, VisitEveryElementInOrder) {
     EXPECT_EQ(seen, "10 20 30 40 ");
     EXPECT_EQ(std::accumulate(same.begin(), same.end(), 0), 100);
     for (const int number : vorel::Array<int>()) {
-        ADD_FAILURE() << number;
+        ADD_FAILURE() << "an empty array has the element " << number;
     }
 }
 

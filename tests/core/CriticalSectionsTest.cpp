@@ -41,7 +41,7 @@ class CriticalSection : public ::testing::Test {};
 using Sections = ::testing::Types<AutoCriticalSection, ForcedCriticalSection>;
 TYPED_TEST_SUITE(CriticalSection, Sections);
 
-TYPED_TEST(CriticalSection, Lock_ExcludesOthersUntilUnlock) {
+TYPED_TEST(CriticalSection, Lock_ExcludesOtherThreadsUntilUnlock) {
     TypeParam lock;
     EXPECT_TRUE(isFreeForOthers(lock));
     EXPECT_TRUE(lock.lock(60000, true));
@@ -71,7 +71,7 @@ TYPED_TEST(CriticalSection, Lock_IsRecursive) {
     EXPECT_TRUE(isFreeForOthers(lock));
 }
 
-TYPED_TEST(CriticalSection, Lock_WithAnyOtherTimeoutWaitsForever) {
+TYPED_TEST(CriticalSection, Lock_WithANonzeroTimeoutWaitsForever) {
     for (const unsigned int timeoutMs : {1u, 5u, 60000u}) {
         TypeParam lock;
         ASSERT_TRUE(lock.lock(timeoutMs, true));
@@ -166,7 +166,7 @@ TYPED_TEST(CriticalSection, Lock_ProtectsSharedData) {
 
 // ---- The switch -----------------------------------------------------------------------------------------------------
 
-TEST(AutoCriticalSection, SwitchedOff_TwoThreadsMayHoldIt) {
+TEST(AutoCriticalSection, ThreadSafetyOff_TwoThreadsMayHoldTheLock) {
     const test::ThreadSafetySwitch restored;
     EnableThreadSafety(false);
     AutoCriticalSection lock;
@@ -183,7 +183,7 @@ TEST(AutoCriticalSection, SwitchedOff_TwoThreadsMayHoldIt) {
     }));
 }
 
-TEST(AutoCriticalSection, SwitchedOffTwice_OneSwitchOnLocksAgain) {
+TEST(AutoCriticalSection, ThreadSafetyOffTwice_TurningItOnOnceLocksAgain) {
     const test::ThreadSafetySwitch restored;
     EnableThreadSafety(false);
     EnableThreadSafety(false);
@@ -194,7 +194,7 @@ TEST(AutoCriticalSection, SwitchedOffTwice_OneSwitchOnLocksAgain) {
     lock.unlock();
 }
 
-TEST(AutoCriticalSection, SwitchedOffWhileHeld_StaysEntered) {
+TEST(AutoCriticalSection, ThreadSafetyOffWhileHeld_UnlockDoesNotLeaveTheSection) {
     const test::ThreadSafetySwitch restored;
     AutoCriticalSection lock;
     lock.lock(1, true);
@@ -206,7 +206,7 @@ TEST(AutoCriticalSection, SwitchedOffWhileHeld_StaysEntered) {
     EXPECT_TRUE(isFreeForOthers(lock));
 }
 
-TEST(ForcedCriticalSection, IgnoresTheSwitch) {
+TEST(ForcedCriticalSection, IgnoresTheThreadSafetySwitch) {
     const test::ThreadSafetySwitch restored;
     EnableThreadSafety(false);
     ForcedCriticalSection lock;
@@ -222,7 +222,7 @@ struct OpenCriticalSection : AutoCriticalSection {
     using AutoCriticalSection::unlockImpl;
 };
 
-TEST(AutoCriticalSection, UnconditionalFunctions_IgnoreTheSwitch) {
+TEST(AutoCriticalSection, LockImplAndUnlockImpl_IgnoreTheThreadSafetySwitch) {
     const test::ThreadSafetySwitch restored;
     OpenCriticalSection lock;
     EnableThreadSafety(false);

@@ -41,7 +41,7 @@ TYPED_TEST(CalculateSnprintFBufferSize, IsMinusOneForNull) {
     EXPECT_EQ(measure(static_cast<const TypeParam*>(nullptr)), -1);
 }
 
-TYPED_TEST(CalculateSnprintFBufferSize, HasNoLimit) {
+TYPED_TEST(CalculateSnprintFBufferSize, MeasuresTextsOfAnyLength) {
     for (const int count : {1, 511, 512, 513, 4096, 7999, 8000, 100000, 3000000}) {
         const std::basic_string<TypeParam> argument(static_cast<std::size_t>(count), TypeParam{'x'});
         EXPECT_EQ(measure(this->text("%s").c_str(), argument.c_str()), count);
@@ -63,7 +63,7 @@ TYPED_TEST(CalculateSnprintFBufferSize, IsNegativeWithoutTheNullDevice) {
     EXPECT_EQ(measure(this->text("abc").c_str()), 3);
 }
 
-TYPED_TEST(CalculateSnprintFBufferSize, ReleasesTheNullDevice) {
+TYPED_TEST(CalculateSnprintFBufferSize, ClosesTheNullDevice) {
     for (int i = 0; i < 1000; ++i) {  // about twice the maximum number of open streams
         ASSERT_EQ(measure(this->text("abc").c_str()), 3);
     }

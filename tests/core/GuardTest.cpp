@@ -84,7 +84,7 @@ TEST(GuardOfNoLock, DoesNothing) {
     EXPECT_TRUE(isFreeForOthers(lock));
 }
 
-TEST(GuardOfAutoCriticalSection, SwitchedOffInsideTheBlock_DoesNotRelease) {
+TEST(GuardOfAutoCriticalSection, ThreadSafetyOffInsideTheBlock_DoesNotReleaseTheLock) {
     const test::ThreadSafetySwitch restored;
     AutoCriticalSection lock;
     {
@@ -236,11 +236,11 @@ void expectEndOfBlockRules(const char* name) {
                                             Names::logged(name, ": Severe error suppressed")));
 }
 
-TEST(GuardEnd, FailureIsRethrownOrSuppressedDuringUnwinding) {
+TEST(GuardEnd, FailureIsRethrownButDuringUnwindingItIsSuppressed) {
     expectEndOfBlockRules<Guard>("Guard");
 }
 
-TEST(UnGuardEnd, FailureIsRethrownOrSuppressedDuringUnwinding) {
+TEST(UnGuardEnd, FailureIsRethrownButDuringUnwindingItIsSuppressed) {
     expectEndOfBlockRules<UnGuard>("UnGuard");
 }
 
@@ -252,7 +252,7 @@ TEST(GuardEnd, RethrownFailureIsLoggedWithItsRecord) {
                                             "Vorel Error: Guard::~Guard: Vorel exception rethrown"));
 }
 
-TEST(GuardEnd, FailureDuringUnwindingKeepsTheFirstLibraryException) {
+TEST(GuardEnd, FailureDuringUnwindingDoesNotReplaceThePendingException) {
     RecordingLock lock;
     expectThrows<vorel::BadParameterException>(
         [&] {

@@ -23,7 +23,7 @@ constexpr std::uint32_t kCounts[] = {
 };
 
 // Hashes next to multiples of the count detect a computed quotient that is off by one.
-TEST(HashMapBuckets, AreTheHashModuloTheCount) {
+TEST(HashMapBuckets, IndexIsTheHashModuloTheCount) {
     std::mt19937_64 random(20261121);
     for (const std::uint32_t count : kCounts) {
         const std::uint64_t most = kMaxHash / count;
@@ -41,7 +41,7 @@ TEST(HashMapBuckets, AreTheHashModuloTheCount) {
     }
 }
 
-TEST(HashMapBuckets, OfAnyCountAreTheHashModuloTheCount) {
+TEST(HashMapBuckets, IndexForARandomCountIsTheHashModuloTheCount) {
     std::mt19937_64 random(20261121);
     for (int round = 0; round < 2'000'000; ++round) {
         const auto count = static_cast<std::uint32_t>(random() >> 32 >> random() % 32 | 1);

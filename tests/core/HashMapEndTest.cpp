@@ -60,7 +60,7 @@ struct Case {
 };
 
 const Case kCases[] = {
-    {"the first value",
+    {"the value in the first bucket",
      {kLibrary, kQuiet, kQuiet, kQuiet, kQuiet, kQuiet, kQuiet, kQuiet, kQuiet},
      {explosionOf(1)},
      {explosionLine(1)}},
@@ -68,7 +68,7 @@ const Case kCases[] = {
      {kQuiet, kQuiet, kQuiet, kQuiet, kLibrary, kQuiet, kQuiet, kQuiet, kQuiet},
      {explosionOf(5)},
      {explosionLine(5)}},
-    {"the last value in a bucket",
+    {"the end of a chain",
      {kQuiet, kQuiet, kQuiet, kQuiet, kQuiet, kLibrary, kQuiet, kQuiet, kQuiet},
      {explosionOf(6)},
      {explosionLine(6)}},
@@ -82,7 +82,7 @@ const Case kCases[] = {
      {explosionLine(2), "Vorel Error: HashMap::~HashMap: Severe error suppressed", explosionLine(5),
       "Vorel Error: HashMap::~HashMap: Vorel exception suppressed",
       "Vorel Error: HashMap::~HashMap: Severe error suppressed"}},
-    {"first an exception that is not of the library",
+    {"the first exception is not of the library",
      {kOther, kQuiet, kQuiet, kLibrary, kQuiet, kQuiet, kQuiet, kQuiet, kQuiet},
      {},
      {explosionLine(4), "Vorel Error: HashMap::~HashMap: Vorel exception suppressed"}},
@@ -133,7 +133,7 @@ TEST(HashMapEnd, Destructor_ReleasesEveryNodeAndThenRethrowsTheFirstFailure) {
     }
 }
 
-TEST(HashMapEnd, Destructor_OnlyRecordsFailuresDuringUnwinding) {
+TEST(HashMapEnd, Destructor_DuringUnwindingRecordsFailuresAndThrowsNothing) {
     const test::TemporaryLog log;
     const auto unwind = [] {
         ExplosiveMap map(31);

@@ -117,7 +117,7 @@ TEST(HashMap, Find_DistinguishesKeysWithTheSameHash) {
     EXPECT_EQ(map.find("third", 36).value(), 3u);
 }
 
-TEST(HashMap, PutTwice_KeepsBothAndFindsTheNewer) {
+TEST(HashMap, PutTwiceWithOneKey_KeepsBothEntriesAndFindsTheNewer) {
     NumberMap map(31);
     map.put(1, 7, 70);
     map.put(1, 7, 71);
@@ -191,7 +191,7 @@ TEST(HashMap, Growth_From4To11BucketsAtTheFourthInsertion) {
     EXPECT_EQ(map.size(), 4u);
 }
 
-TEST(HashMap, Growth_ChoosesThePrimeAboveTwiceTheBuckets) {
+TEST(HashMap, Growth_ChoosesTheNextPrimeAboveTwiceTheBuckets) {
     struct Case {
         unsigned int from;
         unsigned int to;

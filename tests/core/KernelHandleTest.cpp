@@ -55,7 +55,7 @@ TEST(KernelHandle, Destructor_ClosesTheHandle) {
     EXPECT_FALSE(isOpen(event));
 }
 
-TEST(KernelHandle, Close_ClosesOnce) {
+TEST(KernelHandle, Close_ClosesTheHandleOnce) {
     HANDLE const event = makeEvent();
     KernelHandle owner(event);
     EXPECT_TRUE(owner.close());
@@ -67,7 +67,7 @@ TEST(KernelHandle, Close_ClosesOnce) {
     EXPECT_EQ(GetLastError(), kSomeError);
 }
 
-TEST(KernelHandle, Close_KeepsTheLastError) {
+TEST(KernelHandle, Close_DoesNotChangeTheLastError) {
     KernelHandle owner(makeEvent());
     SetLastError(kSomeError);
     const bool closed = owner.close();
@@ -76,7 +76,7 @@ TEST(KernelHandle, Close_KeepsTheLastError) {
     EXPECT_EQ(error, kSomeError);
 }
 
-TEST(KernelHandle, Destructor_KeepsTheLastError) {
+TEST(KernelHandle, Destructor_DoesNotChangeTheLastError) {
     for (const bool owning : {true, false}) {
         auto owner = std::make_unique<KernelHandle>(owning ? makeEvent() : nullptr);
         SetLastError(kSomeError);

@@ -99,7 +99,7 @@ public:
     Node* next = nullptr;
 };
 
-TEST(AllocBase, ClientClassesMayUseItInOperatorNew) {
+TEST(AllocBase, ClientClassesMayUseAllocInOperatorNew) {
     static_assert(sizeof(Node) == sizeof(Node*));
     const auto last = std::make_unique<Node>();
     const auto first = std::make_unique<Node>();
@@ -146,7 +146,7 @@ TEST_F(AllocationSpies, RegisterSpy_ReplacesTheSpyAndNullRemovesIt) {
     EXPECT_EQ(Client::registeredSpy(), nullptr);
 }
 
-TEST_F(AllocationSpies, TheLibraryNeverCallsThem) {
+TEST_F(AllocationSpies, AreNeverCalledByTheLibrary) {
     CountingSpy spy;
     AllocBase::registerSpy(&spy);
     Client::_free(Client::_alloc(10));
@@ -159,7 +159,7 @@ TEST_F(AllocationSpies, TheLibraryNeverCallsThem) {
     EXPECT_EQ(spy.allocations + spy.frees + spy.reports, 0);
 }
 
-TEST_F(AllocationSpies, ManyThreadsMayRegister) {
+TEST_F(AllocationSpies, MayBeRegisteredByManyThreads) {
     CountingSpy spies[4];
     std::vector<std::thread> threads;
     for (CountingSpy& spy : spies) {
@@ -302,7 +302,7 @@ TEST(LeakDetector, SetName_ReturnsTheObject) {
     EXPECT_EQ(&detector.SetName(static_cast<const wchar_t*>(nullptr)), &detector);
 }
 
-TEST(LeakDetector, AssignmentCopiesTheWholeRecord) {
+TEST(LeakDetector, AssignmentCopiesEveryByte) {
     Bytes record;
     while (record.size() < sizeof(LeakDetector)) {
         record.push_back(static_cast<unsigned char>(record.size() + 1));

@@ -67,7 +67,7 @@ TYPED_TEST(NameEqualTest, IsTheDefaultComparisonOfMapsWithTextKeys) {
     vorel::HashMap<const TypeParam*, int> map(31);
     map.put(5, stored.c_str(), 1);
     EXPECT_FALSE(map.find(other.c_str(), 5) == map.end());
-    EXPECT_TRUE(map.find(other.c_str(), 36) == map.end()) << "different hash";
+    EXPECT_TRUE(map.find(other.c_str(), 36) == map.end()) << "same bucket, different hash";
     EXPECT_TRUE(map.find(notLetters.c_str(), 5) == map.end());
     EXPECT_TRUE(map.find(null, 5) == map.end());
     map.put(5, null, 2);
@@ -88,14 +88,14 @@ TYPED_TEST(NameEqualTest, IsTheDefaultComparisonOfMapsWithTextKeys) {
     EXPECT_FALSE(byAddress.find(stored.c_str(), 5) == byAddress.end());
 }
 
-TEST(NameEqualOfWideText, ComparesLettersBeyondAToZByCase) {
+TEST(NameEqualOfWideText, DoesNotIgnoreTheCaseOfLettersBeyondAToZ) {
     EXPECT_FALSE(NameEqual()(L"\x0141", L"\x0161")) << "the low bytes are A and a";
     EXPECT_FALSE(NameEqual()(L"\xFF21", L"\xFF41")) << "full-width A and a";
     EXPECT_FALSE(NameEqual()(L"\x00C4", L"\x00E4")) << "A and a with diaeresis";
     EXPECT_FALSE(NameEqual()(L"\x0130", L"i")) << "I with a dot";
 }
 
-TEST(NextPrime, KnownValues) {
+TEST(NextPrime, ReturnsTheListedValues) {
     struct Case {
         std::uint64_t n;
         std::uint64_t prime;

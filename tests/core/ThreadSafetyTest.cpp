@@ -23,7 +23,7 @@ TEST(ThreadSafetySwitch, IsOnAtLoad) {
     EXPECT_EQ(ThreadSafetyEnabledCount, 1u);
 }
 
-TEST(ThreadSafetySwitch, NestsAsACounter) {
+TEST(ThreadSafetySwitch, EnablingAddsOneAndDisablingSubtractsOne) {
     const test::ThreadSafetySwitch restored;
     EnableThreadSafety(true);
     EnableThreadSafety(true);
