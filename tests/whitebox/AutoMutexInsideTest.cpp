@@ -155,7 +155,7 @@ TEST_F(AutoMutexInside, OnlyTheOwnerCanChangeTheCount) {
     EXPECT_EQ(call<test::GetLockCount>(m_mutex), 2);
 }
 
-TEST_F(AutoMutexInside, NegativeCountIsLoggedAndBecomesZero) {
+TEST_F(AutoMutexInside, DecrementBelowZeroIsLoggedAndLeavesTheCountAtZero) {
     call<test::SetLockCount>(m_mutex, false);
     EXPECT_THAT(m_log.messages(),
                 ElementsAre("WARN: Mutex " + test::narrowed(m_name) + ": lockCount was decremented below 0"));
@@ -182,7 +182,7 @@ TEST_F(AutoMutexInside, OnlyTheOwnerCanSetAndResetTheOwner) {
     EXPECT_EQ(call<test::GetLockingThreadID>(m_mutex), 0);
 }
 
-TEST_F(AutoMutexInside, BookkeepingIsLockedWhileTheSwitchIsOn) {
+TEST_F(AutoMutexInside, BookkeepingIsLockedOnlyWhileThreadSafetyIsOn) {
     const test::ThreadSafetySwitch restored;
     const std::vector<void (*)(AutoMutex&)> accesses = {
         [](AutoMutex& mutex) { call<test::GetLockCount>(mutex); },
@@ -224,10 +224,10 @@ TEST_F(AutoMutexInside, InitializeTriesElevenTimes) {
     EXPECT_THAT(theSystem().opened, AllOf(SizeIs(11), Each(L"Global\\" + m_name)));
     EXPECT_THAT(theSystem().sleepsMs, AllOf(SizeIs(10), Each(100u)));
     EXPECT_FALSE(mutex.initialize(m_name.c_str(), false));
-    EXPECT_THAT(theSystem().created, SizeIs(22)) << "the same name is tried again while no mutex exists";
+    EXPECT_THAT(theSystem().created, SizeIs(22)) << "without a mutex, a second call with the same name tries again";
 }
 
-TEST_F(AutoMutexInside, ConstructorWaitsForAMinute) {
+TEST_F(AutoMutexInside, ConstructorWaitsUpToAMinuteForTheLock) {
     const ImportPatch wait(importedWaitForSingleObject, &answerWait);
     expectThrows<Exception>([&] { const AutoMutex mutex(m_name.c_str(), true, false); },
                             {L"AutoMutex::lock: Failed to lock mutex " + m_name + L": Timed out",
@@ -256,7 +256,7 @@ TEST_F(AutoMutexInside, FailedWaitIsReportedWithTheSystemText) {
     EXPECT_EQ(call<test::GetLockCount>(m_mutex), 0);
 }
 
-TEST_F(AutoMutexInside, HoldIsKeptIfTheReleaseFails) {
+TEST_F(AutoMutexInside, HoldIsStillCountedIfTheReleaseFails) {
     m_mutex.lock(0, true);
     {
         const ImportPatch release(importedReleaseMutex, &failRelease);
@@ -284,7 +284,7 @@ TEST_F(AutoMutexInside, CountIsDecrementedBeforeTheRelease) {
     EXPECT_THAT(theSystem().ownersAtRelease, ElementsAre(static_cast<long long>(GetCurrentThreadId()), 0));
 }
 
-TEST_F(AutoMutexInside, HoldIsReleasedIfItCannotBeCounted) {
+TEST_F(AutoMutexInside, MutexIsReleasedIfItsHoldCannotBeCounted) {
     AutoMutex other(m_name.c_str(), false, false);
     const unsigned long gone = recordExitedThread();
     EXPECT_THROW(m_mutex.lock(0, true), Exception);
@@ -293,7 +293,7 @@ TEST_F(AutoMutexInside, HoldIsReleasedIfItCannotBeCounted) {
     EXPECT_TRUE(isFreeForOthers(other));
 }
 
-TEST_F(AutoMutexInside, TerminateWaitsAMinuteForTheOwner) {
+TEST_F(AutoMutexInside, TerminateWaitsUpToAMinuteForTheOwner) {
     onAnotherThread([this] { return m_mutex.lock(0, true) && m_mutex.lock(0, true); });
     {
         const ImportPatch wait(importedWaitForSingleObject, &answerWait);

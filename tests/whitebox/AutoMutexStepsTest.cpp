@@ -71,7 +71,7 @@ protected:
 
 // ---- Layout ---------------------------------------------------------------------------------------------------------
 
-TEST_F(AutoMutexSteps, FieldsAreInOrder) {
+TEST_F(AutoMutexSteps, FieldsAreAtFixedOffsets) {
     EXPECT_EQ(test::offsetOf(m_mutex, reveal(test::MutexHandle())), 8u) << "after the pointer to the virtual table";
     EXPECT_EQ(test::offsetOf(m_mutex, reveal(test::Name())), 16u);
     EXPECT_EQ(test::offsetOf(m_mutex, reveal(test::InitializeError())), 32u);
@@ -113,7 +113,7 @@ TEST(AutoMutexVirtual, InitializeAndDestructorAreVirtual) {
 
 // ---- Initialising with another name ---------------------------------------------------------------------------------
 
-TEST_F(AutoMutexSteps, InitializeKeepsNameAndFlagIfTheOldMutexCannotBeClosed) {
+TEST_F(AutoMutexSteps, InitializeDoesNotChangeNameAndFlagIfTheMutexCannotBeClosed) {
     {
         const ImportHook<importedCloseHandle> close([&](HANDLE handle) {
             close.original(handle);
@@ -133,7 +133,7 @@ TEST_F(AutoMutexSteps, InitializeKeepsNameAndFlagIfTheOldMutexCannotBeClosed) {
     EXPECT_TRUE(flagOfMutex());
 }
 
-TEST_F(AutoMutexSteps, InitializeKeepsTheOldMutexIfItCannotBeLocked) {
+TEST_F(AutoMutexSteps, InitializeChangesNothingIfTheAbandonedMutexCannotBeLocked) {
     abandon(m_mutex, 1);
     {
         const ImportHook<importedWaitForSingleObject> wait([](HANDLE, DWORD) { return DWORD{WAIT_TIMEOUT}; });
@@ -146,7 +146,7 @@ TEST_F(AutoMutexSteps, InitializeKeepsTheOldMutexIfItCannotBeLocked) {
     EXPECT_EQ(call<test::GetLockCount>(m_mutex), 1);
     EXPECT_FALSE(test::mutexExists(L"Global\\" + m_otherName));
     EXPECT_TRUE(m_mutex.initialize(m_name.c_str(), true));
-    EXPECT_FALSE(flagOfMutex()) << "the mutex has that name already, so nothing is stored";
+    EXPECT_FALSE(flagOfMutex()) << "the mutex already has this name, so the flag is not stored";
 
     EXPECT_TRUE(m_mutex.initialize(m_otherName.c_str(), true));
     EXPECT_EQ(nameOfMutex(), m_otherName);
@@ -155,7 +155,7 @@ TEST_F(AutoMutexSteps, InitializeKeepsTheOldMutexIfItCannotBeLocked) {
 
 // ---- Locking --------------------------------------------------------------------------------------------------------
 
-TEST_F(AutoMutexSteps, NameOfAnyLengthGetsTheGlobalNamespace) {
+TEST_F(AutoMutexSteps, NameOfAnyLengthIsPrefixedWithTheGlobalNamespace) {
     std::wstring created;
     bool isOnStack = false;
     const ImportHook<importedCreateMutexW> create(
@@ -190,7 +190,7 @@ TEST_F(AutoMutexSteps, TimeoutIsPassedToTheSystemUnchanged) {
     EXPECT_THAT(waitsMs, ElementsAre(0u, 1u, 60001u, 0xFFFFFFFEu, INFINITE));
 }
 
-TEST_F(AutoMutexSteps, ErrorTextIsSetBeforeTheWarning) {
+TEST_F(AutoMutexSteps, ErrorTextIsSetBeforeTheWarningIsLogged) {
     vorel::BaseString<wchar_t> errorText(L"as before");
     std::vector<std::wstring> atTheWarning;
     {
@@ -231,7 +231,7 @@ TEST_F(AutoMutexSteps, ExitedOwnerIsClearedUnderTheBookkeepingLock) {
                                    "enter 0 of none", "leave 1 of the caller"));  // counts the new hold
 }
 
-TEST_F(AutoMutexSteps, OtherExceptionWhileCountingBecomesASevereError) {
+TEST_F(AutoMutexSteps, StandardExceptionWhileCountingBecomesASevereError) {
     const ImportHook<importedEnterCriticalSection> enter([&](CRITICAL_SECTION* section) {
         if (section == bookkeeping()) {
             throw std::runtime_error("not of the library");
@@ -325,7 +325,7 @@ TEST_F(AutoMutexWithAStaleOwner, InitializeFailsAndTheDestructorThrowsButClosesT
     EXPECT_FALSE(test::mutexExists(L"Global\\" + m_name)) << "every handle must be closed";
 }
 
-TEST_F(AutoMutexWithAStaleOwner, ThreadWithTheSameIdIsTreatedAsTheOwner) {
+TEST_F(AutoMutexWithAStaleOwner, ThreadWithTheIdOfTheExitedOwnerIsTreatedAsTheOwner) {
     // Simulates that the system has reused the id of the exited thread for this thread.
     (*m_stale).*reveal(test::LockingThreadId()) = GetCurrentThreadId();
     const std::wstring notReleased =
@@ -344,7 +344,7 @@ TEST_F(AutoMutexWithAStaleOwner, ThreadWithTheSameIdIsTreatedAsTheOwner) {
                             {notReleased, L"AutoMutex::unlock" + kRethrown, L"AutoMutex::terminate" + kRethrown});
 }
 
-TEST_F(AutoMutexWithAStaleOwner, LaterReportClearsTheRecord) {
+TEST_F(AutoMutexWithAStaleOwner, LaterReportOfAnExitedOwnerClearsTheStaleOwner) {
     onAnotherThread([this] {
         const test::Handle mutex(OpenMutexW(SYNCHRONIZE, FALSE, (L"Global\\" + m_name).c_str()));
         return WaitForSingleObject(mutex.get(), test::kGenerousMs);

@@ -61,7 +61,7 @@ TEST(Base64Tables, AreFilledAtLoad) {
     expectTables();
 }
 
-TEST(Base64Tables, FillingThemAgainChangesNothing) {
+TEST(Base64Tables, FillingTheTablesAgainChangesNothing) {
     EXPECT_TRUE(reveal(test::Initialize())());
     expectTables();
 }

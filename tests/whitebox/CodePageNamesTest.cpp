@@ -43,12 +43,12 @@ bool hasCodePage(unsigned int page) {
     return MultiByteToWideChar(page, 0, "", 1, nullptr, 0) != 0;
 }
 
-TEST(CodePageNames, CountIsFixed) {
+TEST(CodePageNames, TableContains617NamesOf146CodePages) {
     EXPECT_EQ(std::size(kCodePageNames), 617u);
     EXPECT_EQ(pagesOfTheTable().size(), 146u);
 }
 
-TEST(CodePageNames, AreSortedAndInUpperCase) {
+TEST(CodePageNames, AreSortedByCodePageAndInUpperCase) {
     EXPECT_TRUE(std::is_sorted(std::begin(kCodePageNames), std::end(kCodePageNames),
                                [](const CodePageName& a, const CodePageName& b) { return a.codePage < b.codePage; }));
     for (const CodePageName& row : kCodePageNames) {
@@ -71,7 +71,7 @@ std::uint64_t digestOfTheTable() {
     return digest;
 }
 
-TEST(CodePageNames, TableIsFixed) {
+TEST(CodePageNames, TableMatchesItsDigest) {
     // Callers rely on every name, its code page and its position in the table.
     EXPECT_EQ(digestOfTheTable(), 0xD52CEDB5EBE62034u);
 }
@@ -106,7 +106,7 @@ std::uint32_t hashOf(const std::string& name) {
     return hash;
 }
 
-TEST(CodePageNames, UnknownNameWithTheHashOfAKnownOneIsNotFound) {
+TEST(CodePageNames, UnknownNameWithTheHashOfAKnownNameIsNotFound) {
     int collisions = 0;
     for (const CodePageName& row : kCodePageNames) {
         const std::string name = row.name();
@@ -173,7 +173,7 @@ std::string directly(UINT page, const std::wstring& text) {
     return bytes > 0 ? std::string(out, static_cast<std::size_t>(bytes)) : "failed";
 }
 
-TEST(CodePageNames, EveryCodePageOfTheSystemConvertsLikeADirectCall) {
+TEST(CodePageNames, EveryCodePageConvertsLikeADirectCallOfTheSystem) {
     test::RandomText random(20261121);
     int found = 0;
     for (const unsigned int page : pagesOfTheTable()) {

@@ -57,7 +57,7 @@ std::string hex(unsigned int number) {
     return text;
 }
 
-TEST(CodePageTables, AreThoseOfTheSystem) {
+TEST(CodePageTables, ConvertEveryByteAndUnitLikeTheSystem) {
     const std::set<unsigned int> pages = pagesOfTheSystem();
     RecordProperty("pages", static_cast<int>(pages.size()));
     EXPECT_GT(pages.size(), 60u);

@@ -180,7 +180,7 @@ TEST_F(CodePages, InvalidConverter_CausesNoSystemCall) {
     EXPECT_TRUE(m_system.calls.empty());
 }
 
-TEST_F(CodePages, Conversions_RejectSizesThatTheSystemCannotCount) {
+TEST_F(CodePages, Conversions_RejectSizesThatDoNotFitIntoAnInt) {
     constexpr std::size_t kMaxCount = INT_MAX;
     constexpr std::size_t kTruncatedToFour = (std::size_t{1} << 32) + 4;
     struct Case {
@@ -214,7 +214,7 @@ TEST_F(CodePages, Conversions_RejectSizesThatTheSystemCannotCount) {
     }
 }
 
-TEST_F(CodePages, FromWc_FailsIfTheSystemCannotReportTheDefaultCharacter) {
+TEST_F(CodePages, FromWc_FailsIfTheSystemCannotReportTheUseOfTheDefaultCharacter) {
     char bytes[9];
     for (bool used : {true, false}) {
         const bool before = used;
@@ -227,7 +227,7 @@ TEST_F(CodePages, FromWc_FailsIfTheSystemCannotReportTheDefaultCharacter) {
     EXPECT_FALSE(underFailure(ERROR_INVALID_PARAMETER, [] { return util::iconv_isCheckDefaultValid(CP_UTF8); }));
 }
 
-TEST_F(CodePages, IsCheckDefaultValid_IsFalseOnlyForAnInvalidParameter) {
+TEST_F(CodePages, IsCheckDefaultValid_IsFalseOnlyAfterErrorInvalidParameter) {
     for (const int page : {65001, 1252, -1}) {
         m_system.calls.clear();
         m_system.result = 1;
@@ -314,7 +314,7 @@ auto& mapOfNames() {
     return vorel::detail::codePageState.get()->codePageNames;
 }
 
-TEST(CodePageMap, EveryLookupFillsItOnce) {
+TEST(CodePageMap, EveryLookupFillsTheMapOnce) {
     using Lookup = void (*)();
     const Lookup lookups[] = {
         [] { util::iconv_open("utf-8", "latin1"); },     [] { util::iconv_open("utf-8", nullptr); },
@@ -330,7 +330,7 @@ TEST(CodePageMap, EveryLookupFillsItOnce) {
     }
 }
 
-TEST(CodePageMap, NumbersDoNotFillIt) {
+TEST(CodePageMap, OperationsWithNumbersDoNotFillTheMap) {
     mapOfNames().clear();
     util::iconv_open_codepage(65001, 1252);
     util::iconv_isCheckDefaultValid(1252);
@@ -338,7 +338,7 @@ TEST(CodePageMap, NumbersDoNotFillIt) {
     EXPECT_EQ(mapOfNames().size(), 0u);
 }
 
-TEST(CodePageMap, LookupsTakeItsLock) {
+TEST(CodePageMap, LookupsAcquireTheLockOfTheMap) {
     using Lookup = void (*)();
     const Lookup lookups[] = {
         [] { util::iconv_open("utf-8", nullptr); },
@@ -357,7 +357,7 @@ TEST(CodePageMap, LookupsTakeItsLock) {
     }
 }
 
-TEST(CodePageMap, OperationsWithoutNamesDoNotTakeItsLock) {
+TEST(CodePageMap, OperationsWithoutNamesDoNotAcquireTheLockOfTheMap) {
     test::expectPasses(vorel::detail::codePageState.get()->codeMapLock, [] {
         const int converter = util::iconv_open_codepage(1252, 1252);
         wchar_t wide[1] = {};
@@ -386,7 +386,7 @@ private:
     }
 };
 
-TEST(CodePageMap, FailureToFillItIsRecordedByEachFrame) {
+TEST(CodePageMap, FailureToFillTheMapIsRecordedByEachFunction) {
     const MapWithoutBuckets broken;
     const auto expectRecords = [](const std::wstring& operation, auto&& lookup) {
         test::expectThrows<Exception>(lookup, {L"Tried to find in a hash map with 0 buckets",

@@ -46,7 +46,7 @@ BOOL WINAPI giveFakeName(COMPUTER_NAME_FORMAT format, LPSTR buffer, LPDWORD size
     return TRUE;
 }
 
-TEST(ComputerName, IsInLowerCaseAndEmptyIfItDoesNotFit) {
+TEST(ComputerName, IsInLowerCaseAndIsEmptyIfLongerThan15Bytes) {
     struct Case {
         const char* name;
         const char* written;
@@ -86,7 +86,7 @@ TEST(ComputerName, IsCachedOnceItIsNotEmpty) {
     EXPECT_EQ(fakeSystem().asked, 2u);
 }
 
-TEST(ComputerName, IsCachedAndWrittenInEveryLine) {
+TEST(ComputerName, CachedNameIsWrittenInALogLine) {
     const std::string name = ComputerName::remembered().text;
     if (name.empty()) {
         GTEST_SKIP() << "this computer's name is too long for the log";

@@ -124,7 +124,7 @@ TEST(ConditionInside, FailedBroadcastReleasesItsLock) {
     EXPECT_TRUE(isFreeForOthers(condition.*reveal(test::BroadcastLock())));
 }
 
-TEST(ConditionInside, FailedWaitReturnsFalseAndGetsTheTimeout) {
+TEST(ConditionInside, FailedWaitPassesTheTimeoutAndReturnsFalse) {
     ForcedCriticalSection lock;
     Condition condition(lock);
     NamedCondition named(nullptr);
@@ -141,7 +141,7 @@ TEST(ConditionInside, FailedWaitReturnsFalseAndGetsTheTimeout) {
     EXPECT_EQ(condition.*reveal(test::Waiters()), 0);
 }
 
-TEST(ConditionInside, ThrowingWaitTakesTheLockAgainAndIsNotCounted) {
+TEST(ConditionInside, WaitThatThrowsReacquiresTheLockAndIsNoLongerCounted) {
     const TemporaryLog log;
     ForcedCriticalSection lock;
     Condition condition(lock);
@@ -166,7 +166,7 @@ struct WaitEnd {
 
 class ConditionWait : public testing::TestWithParam<WaitEnd> {};
 
-TEST_P(ConditionWait, CountsTheWaiterBetweenTheBroadcastLockAndTheCallersLock) {
+TEST_P(ConditionWait, WaiterIsCountedOnlyWhileItHoldsNoLock) {
     const TemporaryLog log;
     ForcedCriticalSection lock;
     Condition condition(lock);
@@ -210,7 +210,7 @@ INSTANTIATE_TEST_SUITE_P(Each, ConditionWait,
                                          WaitEnd{"Failed", WAIT_FAILED, false}, WaitEnd{"Thrown", WAIT_FAILED, true}),
                          test::caseName);
 
-TEST(ConditionInside, FieldsAreInOrder) {
+TEST(ConditionInside, FieldsAreAtFixedOffsets) {
     ForcedCriticalSection lock;
     const Condition condition(lock);
     const ForcedCriticalSection* first = nullptr;
@@ -221,7 +221,7 @@ TEST(ConditionInside, FieldsAreInOrder) {
     EXPECT_EQ(test::offsetOf(condition, reveal(test::Waiters())), 24u);
 }
 
-TEST(NamedConditionInside, FieldsAreInOrder) {
+TEST(NamedConditionInside, FieldsAreAtFixedOffsets) {
     const NamedCondition condition(nullptr);
     EXPECT_EQ(test::offsetOf(condition, reveal(test::NamedConditionEvent())), 0u);
     EXPECT_EQ(test::offsetOf(condition, reveal(test::NamedConditionName())), 8u);
@@ -280,16 +280,16 @@ void expectDestructorRules(const std::wstring& name, Arguments&&... arguments) {
                                      "Vorel Error: " + test::utf8(ending) + ": Vorel exception suppressed"));
 }
 
-TEST(ConditionInside, FailureOfTheDestructorIsRecordedWithItsName) {
+TEST(ConditionInside, FailureOfTheDestructorIsRecordedUnderTheDestructorsName) {
     ForcedCriticalSection lock;
     expectDestructorRules<Condition>(L"Condition", lock);
 }
 
-TEST(NamedConditionInside, FailureOfTheDestructorIsRecordedWithItsName) {
+TEST(NamedConditionInside, FailureOfTheDestructorIsRecordedUnderTheDestructorsName) {
     expectDestructorRules<NamedCondition>(L"NamedCondition", nullptr);
 }
 
-TEST(ConditionInside, WaitWithoutAnEventReturnsImmediately) {
+TEST(ConditionInside, NamedWaitWithoutAnEventReturnsFalseImmediately) {
     NamedCondition named(nullptr);
     named.signal();
     (named.*reveal(test::CloseNamed()))();
@@ -313,13 +313,13 @@ TEST(ConditionInside, WaiterDoesNotJoinABroadcastInProgress) {
         ASSERT_TRUE(holds.wait());
         { const Guard afterTheWaiter(lock); }  // waits until the waiter has released the lock in `wait`
         EXPECT_EQ(waiter.wait_for(std::chrono::milliseconds(30)), std::future_status::timeout);
-        EXPECT_EQ(condition.*reveal(test::Waiters()), 0) << "must not be counted before the broadcast ends";
+        EXPECT_EQ(condition.*reveal(test::Waiters()), 0) << "the waiter must not be counted before the broadcast ends";
     }
     EXPECT_TRUE(waiter.get());
     EXPECT_EQ(condition.*reveal(test::Waiters()), 0);
 }
 
-TEST(ConditionInside, BroadcastSignalsAndPausesOncePerWaiter) {
+TEST(ConditionInside, BroadcastPausesOncePerWaiterAndExcludesNewWaiters) {
     ForcedCriticalSection lock;
     Condition condition(lock);
     volatile long& waiters = condition.*reveal(test::Waiters());
@@ -335,7 +335,7 @@ TEST(ConditionInside, BroadcastSignalsAndPausesOncePerWaiter) {
     EXPECT_EQ(pauses, 3u);
 }
 
-TEST(NamedConditionInside, DefaultConstructorAndCopyThrow) {
+TEST(NamedConditionInside, DefaultConstructionCopyAndAssignmentThrow) {
     const TemporaryLog log;
     NamedCondition condition(nullptr);
     alignas(NamedCondition) unsigned char memory[sizeof(NamedCondition)];

@@ -51,13 +51,13 @@ TEST_F(DebugTargetsInside, FirstActiveTargetSetsTheFlagPermanently) {
     EXPECT_TRUE(DebugTargetsUsed);
 }
 
-TEST_F(DebugTargetsInside, WideTargetSetsTheSameFlag) {
+TEST_F(DebugTargetsInside, FirstActiveWideTargetSetsTheFlagOfTheNarrowTargets) {
     Exception::setDebugTarget(L"DTI.WideFlag", true);
     EXPECT_TRUE(DebugTargetsUsed);
     Exception::setDebugTarget(L"DTI.WideFlag", false);
 }
 
-TEST_F(DebugTargetsInside, WithoutTheFlagNoTargetIsActive) {
+TEST_F(DebugTargetsInside, NoTargetIsActiveWhileTheFlagIsClear) {
     Exception::setDebugTarget("DTI.NoFlag", true);
     DebugTargetsUsed = false;
     EXPECT_FALSE(Exception::isDebugTargetActive("DTI.NoFlag"));

@@ -46,14 +46,14 @@ TEST(DoubleFormat, NormalisesTextsWithAnExponent) {
     }
 }
 
-TEST(DoubleFormat, KeepsTextsWithoutAnExponent) {
+TEST(DoubleFormat, DoesNotChangeTextsWithoutAnExponent) {
     for (const char* text : {"", "0", "123.456", "1.000", "100", "-0.5000", "NaN", "Inf", "."}) {
         EXPECT_EQ(formatted(text, 64, FO_Default), text);
         EXPECT_EQ(formatted(text, 64, FO_JSON), text);
     }
 }
 
-TEST(DoubleFormat, AddsOnlyWhatFits) {
+TEST(DoubleFormat, AddsOnlyCharactersThatFitTheCapacity) {
     struct Case {
         const char* text;
         std::size_t capacity;

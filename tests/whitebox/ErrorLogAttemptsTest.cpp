@@ -58,7 +58,7 @@ protected:
     const TemporaryLog m_log{-1};
 };
 
-TEST_F(ErrorLogAttempts, AreThirtyOneAndEachWaitIsThreeMillisecondsLonger) {
+TEST_F(ErrorLogAttempts, AreAtMost31WithWaitsThatGrowBy3Milliseconds) {
     struct Case {
         unsigned int failedLocks;
         unsigned int attempts;
@@ -81,7 +81,7 @@ TEST_F(ErrorLogAttempts, AreThirtyOneAndEachWaitIsThreeMillisecondsLonger) {
     }
 }
 
-TEST_F(ErrorLogAttempts, Sleep1395MillisecondsBeforeALineIsDropped) {
+TEST_F(ErrorLogAttempts, Sleep1395MillisecondsInTotalBeforeALineIsDropped) {
     const test::LockedFile held(m_log.path());
     Exception::warn("dropped");
     DWORD sumMs = 0;
@@ -103,7 +103,7 @@ TEST_F(ErrorLogAttempts, SucceedOnceTheLockIsFree) {
     EXPECT_EQ(m_log.messages(), Texts{"WARN: at last"});
 }
 
-TEST_F(ErrorLogAttempts, OpenTheFileAgain) {
+TEST_F(ErrorLogAttempts, OpenTheFileByItsPathEachTime) {
     const test::LockedFile held(m_log.path());
     record().duringSleep = [this] { std::rename(m_log.path().c_str(), m_log.folder().file("elsewhere").c_str()); };
     Exception::warn("text");
@@ -111,7 +111,7 @@ TEST_F(ErrorLogAttempts, OpenTheFileAgain) {
     EXPECT_EQ(m_log.messages(), Texts{"WARN: text"});
 }
 
-TEST_F(ErrorLogAttempts, WriteTheTimeBeforeTheFirstAttempt) {
+TEST_F(ErrorLogAttempts, LineContainsTheTimeBeforeTheFirstAttempt) {
     const test::TimeZone zone;
     constexpr std::uint64_t kSecond = 10000000;  // in units of 100 ns
     std::uint64_t now = (11644473600 + 1234567890) * kSecond;
@@ -212,7 +212,7 @@ TEST(ErrorLogSteps, OpenTheFileAgainIfItCannotBeOpenedForTheSizeCheck) {
     EXPECT_EQ(log.messages(), Texts{"WARN: text"});
 }
 
-TEST(ErrorLogSteps, RenameTheFileAfterUnlockingAndClosing) {
+TEST(ErrorLogSteps, RenameTheFileAfterUnlockingAndClosingIt) {
     record() = Record();
     const TemporaryLog log;
     Exception::warn("old");
@@ -249,7 +249,7 @@ BOOL WINAPI recordUnlock(HANDLE, DWORD, DWORD low, DWORD high, OVERLAPPED* from)
     return TRUE;
 }
 
-TEST(ErrorLogSteps, LockTheWholeRangeWithoutWaiting) {
+TEST(ErrorLogSteps, LockAndUnlockTheWholeFileWithoutWaiting) {
     const TemporaryLog log(-1);
     const auto expectWholeFile = [] {
         EXPECT_EQ(lockRequest().low, 0xFFFFFFFFu);

@@ -86,7 +86,7 @@ TEST(Location, ArgumentIsNotReadBeyondTheStoredSize) {
     EXPECT_EQ(location(), std::string(1023, 'p'));
 }
 
-TEST(Location, AndLimitAreSetUnderTheLock) {
+TEST(Location, LocationAndLimitAreSetUnderTheLock) {
     const TemporaryLog log;
     const std::string& path = log.path();
     const std::function<void()> settings[] = {
@@ -100,13 +100,13 @@ TEST(Location, AndLimitAreSetUnderTheLock) {
     test::expectPasses(vorel::detail::logState.get()->LogSettingsLock, [] { Exception::warn("text"); });
 }
 
-TEST(Location, MayBeSetFromItself) {
+TEST(Location, MayBeSetToAPartOfItself) {
     const TemporaryLog log;
     Exception::SetErrorLogLocation(location() + 1, 0);
     EXPECT_EQ(location(), log.path().substr(1));
 }
 
-TEST(Location, OfUnconvertibleWideTextIsTheTextOfTheFailure) {
+TEST(Location, BecomesTheErrorTextIfWideTextCannotBeConverted) {
     const TemporaryLog log;
     Exception::SetErrorLogLocation(L"C:\\\x4E00.txt", 4321);
     EXPECT_STREQ(location(), "Error in text conversion");
@@ -129,7 +129,7 @@ TEST(Location, OfAnyLengthIsReadWhole) {
     }
 }
 
-TEST(Location, IsReadAgainDuringAWrite) {
+TEST(Location, IsReadAgainUntilAConcurrentWriteHasEnded) {
     using vorel::detail::LogPathVersion;
     const TemporaryLog log;
     Exception::SetErrorLogLocation("C:\\old\\path.log", 0);
@@ -196,7 +196,7 @@ TEST(Location, IsReadOncePerLine) {
     EXPECT_EQ(test::readLogMessages(next), std::vector<std::string>{"WARN: second"});
 }
 
-TEST(CheckOldLogSize, UsesTheCurrentPathWithoutAPath) {
+TEST(CheckOldLogSize, UsesTheCurrentPathIfNoPathIsGiven) {
     for (const char* const none : {static_cast<const char*>(nullptr), ""}) {
         const TemporaryLog log;
         makeFile(log.path(), 11);
@@ -206,7 +206,7 @@ TEST(CheckOldLogSize, UsesTheCurrentPathWithoutAPath) {
     }
 }
 
-TEST(CheckOldLogSize, UsesTheCurrentLimitBelowOne) {
+TEST(CheckOldLogSize, UsesTheCurrentLimitIfTheGivenLimitIsBelowOne) {
     struct Case {
         long long current;
         long long own;
@@ -225,7 +225,7 @@ TEST(CheckOldLogSize, UsesTheCurrentLimitBelowOne) {
     }
 }
 
-TEST(CheckOldLogSize, WithoutAnyPathDoesNothing) {
+TEST(CheckOldLogSize, DoesNothingIfNoPathIsGivenAndNoneIsSet) {
     const TemporaryLog log(10);
     const char* const none = nullptr;
     Exception::SetErrorLogLocation(none, 0);
@@ -233,7 +233,7 @@ TEST(CheckOldLogSize, WithoutAnyPathDoesNothing) {
     EXPECT_STREQ(location(), "");
 }
 
-TEST(CheckOldLogSize, KeepsALockedFile) {
+TEST(CheckOldLogSize, DoesNotMoveALockedFile) {
     const TemporaryLog log(10);
     makeFile(log.path(), 11);
     test::LockedFile held(log.path());
@@ -244,7 +244,7 @@ TEST(CheckOldLogSize, KeepsALockedFile) {
     EXPECT_TRUE(fileExists(log.backupPath()));
 }
 
-TEST(CheckOldLogSize, KeepsAFileThatCannotBeOpened) {
+TEST(CheckOldLogSize, DoesNothingIfTheFileCannotBeOpened) {
     const TemporaryLog log(10);
     checkOldLogSize(log.folder().file("no such folder\\log").c_str(), 10);
     EXPECT_FALSE(log.exists());

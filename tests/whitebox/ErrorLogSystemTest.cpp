@@ -59,7 +59,7 @@ std::FILE* failToOpenStream(int, const char*) {
     return nullptr;
 }
 
-TEST(ErrorLogSystem, WithoutAStreamTheLineIsDroppedAndTheFileReleased) {
+TEST(ErrorLogSystem, LineIsDroppedAndFileReleasedIfTheStreamCannotBeOpened) {
     const TemporaryLog log;
     {
         const test::ImportPatch patch(importedFdopen, &failToOpenStream);

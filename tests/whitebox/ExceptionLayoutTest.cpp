@@ -54,7 +54,7 @@ std::ptrdiff_t offsetOf(const Exception& e, Field field) {
 
 // An exception consists of the pointer to the virtual table, three pointers of the message stack, two flags and two
 // strings.
-TEST(ExceptionLayout, FieldsAreInOrder) {
+TEST(ExceptionLayout, FieldsAreAtFixedOffsets) {
     const Exception e(L"message");
     EXPECT_EQ(offsetOf(e, reveal(test::Stack())), 8);
     EXPECT_EQ(offsetOf(e, reveal(test::DelayedLogging())), 32);
@@ -92,7 +92,7 @@ TEST(ExceptionLayout, StackDoublesWhenItIsFull) {
     EXPECT_EQ(stack[0].message.view(), L"message 1");
 }
 
-TEST(ExceptionLayout, StackEntryHasTheMessageBeforeTheLocation) {
+TEST(ExceptionLayout, MessagePrecedesTheLocationInAStackEntry) {
     Exception e(L"message");
     e.setLocation(0, L"location");
     const auto& entry = (e.*reveal(test::Stack()))[0];
@@ -118,7 +118,7 @@ std::ptrdiff_t slotOf(Operation operation) {
 }
 
 // The destructor has two slots: one destroys the object, the other also frees it.
-TEST(ExceptionLayout, VirtualTableHasTheDestructorBeforeRethrow) {
+TEST(ExceptionLayout, DestructorPrecedesRethrowInTheVirtualTable) {
     EXPECT_EQ(slotOf(&Exception::rethrow), 2);
     EXPECT_EQ(slotOf(&Further::further), 3);
 }

@@ -27,7 +27,7 @@ using test::TemporaryLog;
 using testing::ElementsAre;
 using vorel::flat::LastErrors;
 
-TEST(FlatCall, OtherExceptionsAreInternalErrors) {
+TEST(FlatCall, ExceptionsOfUnknownTypesAreInternalErrors) {
     const TemporaryLog log;
     EXPECT_EQ(vorel::flat::guardedCall(L"vorel_anything", []() -> vorel_status { throw 7; }), VOREL_ERROR_INTERNAL);
     EXPECT_EQ(test::lastMessage(), L"The operation failed for an unknown reason");
@@ -50,7 +50,7 @@ TEST(FlatLastErrors, StoreNothingWithoutASlot) {
         errors.remember(VOREL_ERROR_SYSTEM, L"lost");
         EXPECT_EQ(errors.last(), nullptr);
     }
-    EXPECT_EQ(uses, 0) << "no slot was allocated";
+    EXPECT_EQ(uses, 0) << "without a slot, no slot may be read, set or freed";
 }
 
 TEST(FlatLastErrors, FreeTheMemoryIfTheSlotCannotBeSet) {
@@ -121,7 +121,7 @@ private:
         [this](UINT, DWORD, LPCWCH, int, LPSTR, int, LPCCH, LPBOOL) { return answer(); }};
 };
 
-TEST(FlatCodePages, ConversionThatFailsAtItsSecondCallWritesNothing) {
+TEST(FlatCodePages, ConversionWhoseSecondSystemCallFailsWritesNothing) {
     errno = 0;
     {
         const FailsAfterCounting system(ERROR_NO_UNICODE_TRANSLATION);
@@ -139,7 +139,7 @@ TEST(FlatCodePages, ConversionThatFailsAtItsSecondCallWritesNothing) {
 
 // ---- Locks ----------------------------------------------------------------------------------------------------------
 
-TEST(FlatLocks, FailedWaitIsNotATimeout) {
+TEST(FlatLocks, FailedWaitIsReportedAsASystemErrorNotAsATimeout) {
     const TemporaryLog log;
     const FlatText name(test::NamedEvent::uniqueName(L"flat_failing"));
     const DWORD self = GetCurrentThreadId();

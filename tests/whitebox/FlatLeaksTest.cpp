@@ -24,7 +24,7 @@ std::vector<vorel_char16> units(const std::wstring& text) {
     return {text.begin(), text.end()};
 }
 
-TEST(FlatLeaks, ClosedMutexLeavesNoHandle) {
+TEST(FlatLeaks, ClosedMutexLeavesNoHandleOpen) {
     const auto name = units(test::NamedEvent::uniqueName(L"flat_mutex"));
     const test::LiveHandles handles;
     for (int round = 0; round != kRounds; ++round) {
@@ -37,7 +37,7 @@ TEST(FlatLeaks, ClosedMutexLeavesNoHandle) {
     EXPECT_EQ(handles.live(), 0u);
 }
 
-TEST(FlatLeaks, ClosedConditionLeavesNoHandle) {
+TEST(FlatLeaks, ClosedConditionLeavesNoHandleOpen) {
     const auto name = units(test::NamedEvent::uniqueName(L"flat_condition"));
     const test::LiveHandles handles;
     for (int round = 0; round != kRounds; ++round) {
@@ -76,7 +76,7 @@ TEST(FlatLeaks, LastFailureIsFreedWhenTheThreadExits) {
     EXPECT_TRUE(live.empty());
 }
 
-TEST(FlatLeaks, FailureHasAMessageIfMemoryRunsOut) {
+TEST(FlatLeaks, FailureThatCannotBeStoredIsReportedAsOutOfMemory) {
     const test::ImportHook<importedHeapAlloc> alloc([](HANDLE, DWORD, SIZE_T) -> void* { return nullptr; });
     std::thread([] {
         EXPECT_EQ(vorel_parse_int32(nullptr, 0, nullptr), VOREL_ERROR_INVALID_ARGUMENT);

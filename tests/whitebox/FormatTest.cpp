@@ -70,7 +70,7 @@ TYPED_TEST_SUITE(Format, test::CharacterTypes, test::CharacterNames);
 
 // To measure the length of a text, the library prints the text to the null device. Opening this device takes twenty
 // times as long as rendering, so only texts of more than 512 units are measured.
-TYPED_TEST(Format, FirstTextOfAString_IsMeasuredFromMoreThan512UnitsOn) {
+TYPED_TEST(Format, FirstTextOfAString_IsMeasuredOnlyIfLongerThan512Units) {
     int closed = 0;
     const test::ImportHook<importedFclose> hook([&](std::FILE* stream) {
         ++closed;
@@ -109,7 +109,7 @@ private:
     }};
 };
 
-TYPED_TEST(Format, String_IsRenderedAgainIfTheTextBecomesShorterAfterTheRendering) {
+TYPED_TEST(Format, String_IsRenderedAgainIfTheTextDidNotFitButThenBecameShorter) {
     for (const unsigned int failures : {1u, 2u, 15u}) {
         vorel::BaseString<TypeParam> string(this->text("text before").c_str());
         const TooLongAtFirst<TypeParam> changing(failures);
@@ -120,12 +120,12 @@ TYPED_TEST(Format, String_IsRenderedAgainIfTheTextBecomesShorterAfterTheRenderin
     }
 }
 
-TYPED_TEST(Format, String_IsEmptyAfter16RenderingsOfATextThatShouldFit) {
+TYPED_TEST(Format, String_ThrowsAndIsEmptyAfter16FailedRenderingsOfATextThatFits) {
     vorel::BaseString<TypeParam> string(this->text("text before").c_str());
     const TooLongAtFirst<TypeParam> changing(16);
     try {
         string.format(this->text("%02d").c_str(), 12);
-        ADD_FAILURE() << "not thrown";
+        ADD_FAILURE() << "no exception was thrown";
     } catch (const vorel::Exception& e) {
         EXPECT_EQ(std::wstring_view(e.what()).substr(0, 23), L"Unable to format: %02d ");
     }
@@ -135,7 +135,7 @@ TYPED_TEST(Format, String_IsEmptyAfter16RenderingsOfATextThatShouldFit) {
 // ---- Bounded rendering ----------------------------------------------------------------------------------------------
 
 // If a text fills the buffer exactly, it is rendered without a terminator.
-TYPED_TEST(Format, BoundedFormat_AtEverySizeAroundTheText) {
+TYPED_TEST(Format, BoundedFormat_ReturnsTheLengthOrMinusOneIfTheTextDoesNotFit) {
     const auto format = this->text("%d:%s");
     const auto argument = this->text("abcdefgh");
     const auto expected = this->text("12:abcdefgh");
@@ -177,7 +177,7 @@ TEST(FormatOfNarrowText, BoundedFormat_ReturnsMinusOneForUnconvertibleWideText) 
     EXPECT_EQ(boundedFormat(buffer.data(), 20, "%ls", L"\x4E00"), -1);
 }
 
-TEST(FormatOfWideText, PercentSTakesWideText) {
+TEST(FormatOfWideText, PercentSRendersAWideArgument) {
     wchar_t buffer[20];
     EXPECT_EQ(boundedFormat(buffer, 20, L"%s|%hs|%ls", L"a", "b", L"c"), 5);
     EXPECT_STREQ(buffer, L"a|b|c");
@@ -206,11 +206,11 @@ TYPED_TEST(Format, FormatWithFallback_UsesTheBufferIfTextAndTerminatorFit) {
         EXPECT_EQ(rendered.result, argument);
         EXPECT_EQ(rendered.heap, nullptr);
         EXPECT_FALSE(rendered.truncated);
-        EXPECT_EQ(buffer.data()[kSize - 1], TypeParam{}) << "the last unit is always a terminator";
+        EXPECT_EQ(buffer.data()[kSize - 1], TypeParam{}) << "the last unit of the buffer is always a terminator";
     }
 }
 
-TYPED_TEST(Format, FormatWithFallback_RendersLongerTextsOnTheHeap) {
+TYPED_TEST(Format, FormatWithFallback_RendersTextsThatDoNotFitTheBufferOnTheHeap) {
     constexpr std::size_t kSize = 12;
     for (const std::size_t length : {kSize, kSize + 1, std::size_t{100}, std::size_t{100000}}) {
         GuardedBuffer<TypeParam> buffer(kSize);
@@ -232,12 +232,12 @@ TYPED_TEST(Format, FormatWithFallback_ReturnsNullForAnInvalidFormat) {
     EXPECT_FALSE(rendered.truncated);
 }
 
-TYPED_TEST(Format, FormatWithFallback_ReturnsNullForALongTextWithoutTheNullDevice) {
+TYPED_TEST(Format, FormatWithFallback_ReturnsNullForALongTextIfTheNullDeviceIsUnavailable) {
     const test::ExhaustedStreams none;
     GuardedBuffer<TypeParam> buffer(12);
     EXPECT_EQ(this->format(buffer, this->text("%020d").c_str(), 1).result, nullptr);
     EXPECT_EQ(this->format(buffer, this->text("%d").c_str(), 1).result, buffer.data())
-        << "a short text is not measured";
+        << "a text that fits the buffer is not measured";
 }
 
 // ---- Messages -------------------------------------------------------------------------------------------------------

@@ -117,24 +117,24 @@ HANDLE askForAdminWhileImpersonating(const Resources&) {
 
 const Cycle kCycles[] = {
     {"Mutex_New", nothing, newMutex, true},
-    {"Mutex_Found", newMutex, newMutex, true},
-    {"Mutex_OfATakenName", newEvent, newMutex, false},
-    {"Mutex_WithoutSecurity", nothing, withoutSecurity<newMutex>, false},
+    {"Mutex_Existing", newMutex, newMutex, true},
+    {"Mutex_WithTheNameOfAnEvent", newEvent, newMutex, false},
+    {"Mutex_WithoutSecurityDescriptor", nothing, withoutSecurity<newMutex>, false},
     {"Event_New", nothing, newEvent, true},
-    {"Event_Found", newEvent, newEvent, true},
-    {"Event_OfATakenName", newMutex, newEvent, false},
-    {"Event_WithoutSecurity", nothing, withoutSecurity<newEvent>, false},
+    {"Event_Existing", newEvent, newEvent, true},
+    {"Event_WithTheNameOfAMutex", newMutex, newEvent, false},
+    {"Event_WithoutSecurityDescriptor", nothing, withoutSecurity<newEvent>, false},
     {"Mapping_New", nothing, newMapping, true},
-    {"Mapping_Found", newMapping, newMapping, true},
-    {"Mapping_OfATakenName", newEvent, newMapping, false},
-    {"Mapping_WithoutSecurity", nothing, withoutSecurity<newMapping>, false},
+    {"Mapping_Existing", newMapping, newMapping, true},
+    {"Mapping_WithTheNameOfAnEvent", newEvent, newMapping, false},
+    {"Mapping_WithoutSecurityDescriptor", nothing, withoutSecurity<newMapping>, false},
     {"FileMapping_New", nothing, mapWithSize, true},
-    {"FileMapping_Found", newMapping, mapWithSize, true},
+    {"FileMapping_Existing", newMapping, mapWithSize, true},
     {"FileMapping_OfAFileOpenedExclusively", openFileExclusively, mapWithSize, false},
     {"FileMapping_InAMissingFolder", nothing, mapFileInMissingFolder, false},
-    {"FileMapping_WithoutSecurity", nothing, withoutSecurity<mapWithSize>, false},
+    {"FileMapping_WithoutSecurityDescriptor", nothing, withoutSecurity<mapWithSize>, false},
     // In each round of the next two cycles, the library tries fifty times to create the mapping.
-    {"FileMapping_OfATakenName", newEvent, mapWithSize, false, kRounds / 50},
+    {"FileMapping_WithTheNameOfAnEvent", newEvent, mapWithSize, false, kRounds / 50},
     {"FileMapping_OfAnEmptyFile", createEmptyFile, mapWholeFile, false, kRounds / 50},
     {"IsAdmin", nothing, askForAdmin, false},
     {"IsAdmin_WhileImpersonating", nothing, askForAdminWhileImpersonating, false, kRounds / 10},
@@ -171,7 +171,7 @@ bool isNameFree(const std::wstring& name) {
     return !mutex && mutexError == ERROR_FILE_NOT_FOUND && !mapping && GetLastError() == ERROR_FILE_NOT_FOUND;
 }
 
-TEST_P(HandleLeaks, ManyRoundsLeaveNoHandle) {
+TEST_P(HandleLeaks, ManyRoundsLeaveNoHandleOpen) {
     const Cycle& cycle = GetParam();
     {
         const Handle prepared(cycle.prepare(resources));

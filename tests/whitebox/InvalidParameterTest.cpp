@@ -49,14 +49,14 @@ private:
     _invalid_parameter_handler m_before;
 };
 
-TEST_F(InvalidParameterInside, LibraryHandlerIsInstalledIfThereIsNone) {
+TEST_F(InvalidParameterInside, LibraryHandlerIsInstalledIfNoHandlerIsInstalled) {
     installInvalidParameterHandler(m_ours);
     EXPECT_EQ(current(), m_ours);
     installInvalidParameterHandler(m_ours);
     EXPECT_EQ(current(), m_ours);
 }
 
-TEST_F(InvalidParameterInside, OnlyTheLibraryHandlerIsInstalled) {
+TEST_F(InvalidParameterInside, HandlerOtherThanTheLibrarysIsNotInstalled) {
     installInvalidParameterHandler(m_ours);
     installInvalidParameterHandler(&otherHandler);
     EXPECT_EQ(current(), m_ours);
@@ -90,24 +90,26 @@ TEST_F(InvalidParameterInside, InstallationsAreCounted) {
         unsigned int installations;
     };
     const Step steps[] = {
-        {"no handler installed", [](auto ours) { installInvalidParameterHandler(ours); }, 1},
-        {"already installed", [](auto ours) { installInvalidParameterHandler(ours); }, 2},
-        {"not the library's handler", [](auto) { installInvalidParameterHandler(&otherHandler); }, 2},
-        {"existing handler is kept",
+        {"the library's handler is installed", [](auto ours) { installInvalidParameterHandler(ours); }, 1},
+        {"the installed handler is installed again", [](auto ours) { installInvalidParameterHandler(ours); }, 2},
+        {"a handler other than the library's is not installed",
+         [](auto) { installInvalidParameterHandler(&otherHandler); }, 2},
+        {"the program's handler is not replaced",
          [](auto ours) {
              _set_invalid_parameter_handler(&otherHandler);
              installInvalidParameterHandler(ours);
          },
          2},
-        {"existing handler is not removed", [](auto) { const SetCurrentIPH guard; }, 2},
-        {"removed by the guard",
+        {"the guard does not remove the program's handler", [](auto) { const SetCurrentIPH guard; }, 2},
+        {"the guard removes the library's handler",
          [](auto ours) {
              _set_invalid_parameter_handler(ours);
              const SetCurrentIPH guard;
          },
          1},
-        {"nothing is left to remove", [](auto) { const SetCurrentIPH guard; }, 1},
-        {"installed again", [](auto ours) { installInvalidParameterHandler(ours); }, 2},
+        {"the guard finds no handler", [](auto) { const SetCurrentIPH guard; }, 1},
+        {"the library's handler is installed after its removal",
+         [](auto ours) { installInvalidParameterHandler(ours); }, 2},
     };
     for (const Step& step : steps) {
         step.run(m_ours);
@@ -115,7 +117,7 @@ TEST_F(InvalidParameterInside, InstallationsAreCounted) {
     }
 }
 
-TEST_F(InvalidParameterInside, HandlerLogsUnlessTheRuntimePassesNoDetails) {
+TEST_F(InvalidParameterInside, HandlerLogsOnlyIfTheRuntimePassesDetails) {
     const TemporaryLog log;
     m_ours(nullptr, nullptr, nullptr, 7, 0);
     EXPECT_FALSE(log.exists());

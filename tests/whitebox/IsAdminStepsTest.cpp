@@ -141,7 +141,7 @@ private:
             return opened;
         }};
     const test::ImportHook<importedSetThreadToken> m_setToken{[this](PHANDLE thread, HANDLE token) {
-        EXPECT_EQ(thread, nullptr) << "the calling thread";
+        EXPECT_EQ(thread, nullptr) << "null means the calling thread";
         EXPECT_EQ(token, callersToken);
         EXPECT_TRUE(m_openTokens.contains(token));
         trace += "restore ";
@@ -265,11 +265,12 @@ struct ImpersonationCase {
 };
 
 const ImpersonationCase kImpersonationCases[] = {
-    {"Granted", 0, false, true, "keep impersonate thread8 revert restore "},
-    {"NotGranted", 0, false, false, "keep impersonate thread8 revert restore "},
-    {"TheQueryFails", 0, true, false, "keep impersonate thread8 revert restore "},
-    {"OnlyTheClientMayOpenItsToken", 1, false, true, "keep keepasclient impersonate thread8 revert restore "},
-    {"TheTokenCannotBeOpened", 2, false, false, "keep keepasclient "},
+    {"AccessGranted", 0, false, true, "keep impersonate thread8 revert restore "},
+    {"AccessDenied", 0, false, false, "keep impersonate thread8 revert restore "},
+    {"TokenCannotBeOpenedForQueries", 0, true, false, "keep impersonate thread8 revert restore "},
+    {"OnlyTheImpersonatedClientMayOpenTheToken", 1, false, true,
+     "keep keepasclient impersonate thread8 revert restore "},
+    {"CallersTokenCannotBeOpened", 2, false, false, "keep keepasclient "},
 };
 
 class IsAdminKeepsTheImpersonation : public IsAdminOfAnImpersonatingThread,

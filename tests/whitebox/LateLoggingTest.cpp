@@ -56,7 +56,7 @@ private:
 // object is created before the global objects of the library, and destroyed after them.
 __attribute__((init_priority(101))) const FirstAndLast s_firstAndLast;
 
-TEST(LateLogging, WorksBeforeTheStateIsCreatedAndAfterItIsDestroyed) {
+TEST(LateLogging, WorksBeforeAndAfterTheLifetimeOfTheLibrarysGlobalObjects) {
     const test::TemporaryFolder folder;
     EXPECT_EQ(
         test::runChild(L"vorel_whitebox_tests", {L"--gtest_filter=-*", kSwitch}, {.directory = folder.widePath()}), 0u);

@@ -33,7 +33,7 @@ TEST(LibraryState, ExistsOnceTheProgramRuns) {
     EXPECT_EQ(spyLock.get(), spyLock.get());
 }
 
-TEST(LibraryState, CreatesItsObjectsInOrder) {
+TEST(LibraryState, CreatesItsObjectsInFixedOrder) {
     std::vector<const void*> objects;
     for (const vorel::detail::StateEntry& entry : vorel::detail::stateEntries()) {
         objects.push_back(entry.object);
@@ -44,7 +44,7 @@ TEST(LibraryState, CreatesItsObjectsInOrder) {
                                                 &vorel::detail::currentInvalidParameterHandler));
 }
 
-TEST(LibraryState, CreatesTheMembersOfAnObjectInOrder) {
+TEST(LibraryState, CreatesTheMembersOfAnObjectInFixedOrder) {
     const auto place = [](const auto& member) { return static_cast<const void*>(std::addressof(member)); };
     const LogState& log = *vorel::detail::logState.get();
     const std::vector<const void*> members = {

@@ -48,7 +48,7 @@ std::string narrowed(const wchar_t* source) {
     return std::string(target.view());
 }
 
-TEST(LocaleText, NullAndEmptyTextsGiveAnEmptyText) {
+TEST(LocaleText, NullAndEmptyTextsBecomeTheEmptyText) {
     EXPECT_EQ(widened(nullptr), L"");
     EXPECT_EQ(widened(""), L"");
     EXPECT_EQ(narrowed(nullptr), "");
@@ -62,13 +62,13 @@ TEST(LocaleText, AsciiOfAnyLengthIsUnchanged) {
     }
 }
 
-TEST(LocaleText, CLocaleKeepsByteValues) {
+TEST(LocaleText, CLocaleMapsEachByteToTheUnitWithItsValue) {
     const LocaleSet locale("C");
     EXPECT_EQ(widened("\x80\xE9\xFF"), L"\x80\xE9\xFF");
     EXPECT_EQ(narrowed(L"\x80\xE9\xFF"), "\x80\xE9\xFF");
 }
 
-TEST(LocaleText, UnconvertibleTextBecomesTheTextOfTheFailure) {
+TEST(LocaleText, UnconvertibleTextBecomesTheErrorText) {
     const LocaleSet locale("C");
     EXPECT_EQ(narrowed(L"\x4E00"), "Error in text conversion");
     EXPECT_EQ(narrowed(L"convertible until here\x0100"), "Error in text conversion");
@@ -76,7 +76,7 @@ TEST(LocaleText, UnconvertibleTextBecomesTheTextOfTheFailure) {
 
 // The hooks make the source longer after the library has measured its length. The library's buffer has space for the
 // measured length only.
-TEST(LocaleText, TextThatGrowsWhileItIsConvertedIsCut) {
+TEST(LocaleText, TextThatGrowsWhileItIsConvertedIsTruncated) {
     const LocaleSet locale("C");
     {
         char source[40] = {};
@@ -102,7 +102,7 @@ TEST(LocaleText, TextThatGrowsWhileItIsConvertedIsCut) {
     }
 }
 
-TEST(LocaleText, MultibyteCodePages) {
+TEST(LocaleText, MultibyteCodePageConvertsInBothDirections) {
     const LocaleSet locale(".932");
     if (!locale.isSet()) {
         GTEST_SKIP() << "this system has no code page 932";
@@ -113,7 +113,7 @@ TEST(LocaleText, MultibyteCodePages) {
     EXPECT_EQ(widened("a lead byte at the end \x88"), L"Error in text conversion");
 }
 
-TEST(LocaleText, Utf8LocalesNeedUpToThreeBytesPerUnit) {
+TEST(LocaleText, Utf8LocaleEncodesAUnitInUpToThreeBytes) {
     const LocaleSet locale(".UTF8");
     if (!locale.isSet()) {
         GTEST_SKIP() << "this runtime has no UTF-8 locale";

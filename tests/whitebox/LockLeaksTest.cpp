@@ -129,20 +129,20 @@ bool useNamedCondition(Name name) {
 }
 
 const Cycle kCycles[] = {
-    {"AutoMutex_Used", nothing, useMutex, true},
-    {"AutoMutex_Found", newMutex, useMutex, true},
+    {"AutoMutex_New", nothing, useMutex, true},
+    {"AutoMutex_Existing", newMutex, useMutex, true},
     {"AutoMutex_DestroyedWhileHeld", nothing, leaveMutexHeld, true},
-    {"AutoMutex_Renamed", nothing, renameMutex, true},
-    {"AutoMutex_TimedOut", nothing, failToLock, false},
-    {"Condition_Used", nothing, useCondition, true},
+    {"AutoMutex_InitializedWithAnotherName", nothing, renameMutex, true},
+    {"AutoMutex_ThatCannotBeLocked", nothing, failToLock, false},
+    {"Condition_New", nothing, useCondition, true},
     {"Condition_ThatCannotSignal", nothing, failToSignal, false},
-    {"NamedCondition_Used", nothing, useNamedCondition, true},
-    {"NamedCondition_Found", newEvent, useNamedCondition, true},
+    {"NamedCondition_New", nothing, useNamedCondition, true},
+    {"NamedCondition_Existing", newEvent, useNamedCondition, true},
     // The next cycle starts a thread in each round, which is slow.
     {"AutoMutex_AbandonedByAThread", nothing, abandonMutex, true, kRounds / 10},
     // In each round of the next two cycles, the library makes eleven attempts to create or open the object.
-    {"AutoMutex_OfATakenName", newEvent, useMutex, false, kRounds / 11},
-    {"NamedCondition_OfATakenName", newMutex, useNamedCondition, false, kRounds / 11},
+    {"AutoMutex_WithTheNameOfAnEvent", newEvent, useMutex, false, kRounds / 11},
+    {"NamedCondition_WithTheNameOfAMutex", newMutex, useNamedCondition, false, kRounds / 11},
 };
 
 class LockLeaks : public testing::TestWithParam<Cycle> {
@@ -153,7 +153,7 @@ protected:
     const std::wstring m_name = test::NamedEvent::uniqueName(L"leaks");
 };
 
-TEST_P(LockLeaks, ManyRoundsLeaveNoHandle) {
+TEST_P(LockLeaks, ManyRoundsLeaveNoHandleOpen) {
     const Cycle& cycle = GetParam();
     {
         const Handle prepared(cycle.prepare(m_name));

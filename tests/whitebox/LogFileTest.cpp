@@ -74,7 +74,7 @@ TEST(LockLogFile, DescriptorWithoutAFileCannotBeLocked) {
     EXPECT_EQ(locked, 0);
 }
 
-TEST(LockLogFile, LockExcludesOthersUntilItIsReleased) {
+TEST(LockLogFile, LockExcludesOtherDescriptorsUntilItIsReleased) {
     const test::TemporaryFolder folder;
     const Descriptor first(folder.file("log"));
     const Descriptor second(folder.file("log"));
@@ -113,7 +113,7 @@ TEST(BackupName, IsThePathTruncatedTo1018BytesAndDotZeroZeroOne) {
     }
 }
 
-TEST(LogFile, IsLargerOnlyAboveTheLimit) {
+TEST(LogFile, IsLargerThan_ReturnsTrueOnlyForALimitBelowTheSize) {
     const test::TemporaryFolder folder;
     const Descriptor file(folder.file("log"));
     ASSERT_EQ(_write(file.number(), "12345", 5), 5);

@@ -12,7 +12,7 @@ namespace {
 
 using vorel::detail::LogLine;
 
-TEST(LogLine, IsOnePieceOfAnyLength) {
+TEST(LogLine, IsRenderedAsOnePieceAtAnyLength) {
     struct Message {
         const wchar_t* unit;
         const char* utf8;
@@ -32,7 +32,8 @@ TEST(LogLine, IsOnePieceOfAnyLength) {
                 LogLine line(prefix.c_str(), text.c_str(), false);
                 const std::string piece = line.piece();
                 EXPECT_EQ(piece.front(), '[');
-                EXPECT_TRUE(piece.ends_with(expected)) << units << " units, prefix of " << prefixBytes;
+                EXPECT_TRUE(piece.ends_with(expected))
+                    << units << " units after a prefix of " << prefixBytes << " bytes";
                 EXPECT_LT(piece.size() - expected.size(), 70u);
                 EXPECT_FALSE(line.next());
             }

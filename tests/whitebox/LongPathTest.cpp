@@ -96,13 +96,13 @@ TEST_F(LongPath, NewFileIsCreatedWithTheLongPathOfItsFolder) {
     }
 }
 
-TEST_F(LongPath, NewFileInTheCurrentFolderKeepsItsName) {
+TEST_F(LongPath, NewFileWithoutAFolderIsCreatedWithTheGivenPath) {
     EXPECT_TRUE(obtain(L"new.dat"));
     EXPECT_EQ(asked, Texts{L"new.dat"});
     EXPECT_EQ(opened, Texts{L"new.dat"});
 }
 
-TEST_F(LongPath, PathMayHaveAnyLength) {
+TEST_F(LongPath, LongPathOfAnyLengthIsSupported) {
     for (const std::size_t length : {1u, 7u, 8u, 259u, 260u, 261u, 5000u, 32000u}) {
         const std::wstring form(length, L'x');
         longForms = {{L"short", form}};
@@ -121,7 +121,7 @@ void expectFailure(const wchar_t* path, const std::wstring& printed, DWORD error
          L"Accessable::ObtainAccessableFileMappingEx: Vorel exception rethrown"});
 }
 
-TEST_F(LongPath, EveryFailureExceptAMissingFileThrows) {
+TEST_F(LongPath, EveryErrorExceptFileNotFoundThrows) {
     for (const DWORD code : {DWORD{ERROR_PATH_NOT_FOUND}, DWORD{ERROR_ACCESS_DENIED}, DWORD{ERROR_INVALID_NAME}}) {
         error = code;
         asked.clear();
@@ -139,7 +139,7 @@ TEST_F(LongPath, FolderWithoutALongPathThrows) {
 }
 
 /// The long path grows between the query for its length and the query for its text.
-TEST(LongPathThatChanges, IsQueriedAgain) {
+TEST(LongPathThatChanges, IsQueriedAgainIfItHasGrown) {
     std::vector<DWORD> sizes;
     std::wstring opened;
     const test::ImportHook<importedGetLongPathNameW> longPath([&](LPCWSTR, LPWSTR text, DWORD size) -> DWORD {

@@ -171,7 +171,7 @@ protected:
 
 TYPED_TEST_SUITE(PlainFormat, test::CharacterTypes, test::CharacterNames);
 
-TYPED_TEST(PlainFormat, RendersAtEverySizeThatFitsTextAndTerminator) {
+TYPED_TEST(PlainFormat, RendersOnlyIfTextAndTerminatorFitTheBuffer) {
     for (const Case& c : kPlain) {
         const auto format = this->text(c.format);
         const auto expected = this->text(c.expected);
@@ -191,7 +191,7 @@ TYPED_TEST(PlainFormat, RendersAtEverySizeThatFitsTextAndTerminator) {
     }
 }
 
-TYPED_TEST(PlainFormat, TextIsTheSameAsTheRuntimes) {
+TYPED_TEST(PlainFormat, RuntimeRendersTheExpectedTexts) {
     for (const Case& c : kPlain) {
         ArgumentList<TypeParam> arguments(c.arguments);
         TypeParam buffer[100];
@@ -202,7 +202,7 @@ TYPED_TEST(PlainFormat, TextIsTheSameAsTheRuntimes) {
     }
 }
 
-TYPED_TEST(PlainFormat, LeavesOtherConversionsToTheRuntime) {
+TYPED_TEST(PlainFormat, LeavesFormatsThatAreNotPlainToTheRuntime) {
     for (const Case& c : kLeftToTheRuntime) {
         ArgumentList<TypeParam> arguments(c.arguments);
         GuardedBuffer<TypeParam> buffer(100);
@@ -211,7 +211,7 @@ TYPED_TEST(PlainFormat, LeavesOtherConversionsToTheRuntime) {
     }
 }
 
-TYPED_TEST(PlainFormat, LeavesMissingFormatsAndBuffersToTheRuntime) {
+TYPED_TEST(PlainFormat, LeavesNullFormatsAndNullBuffersToTheRuntime) {
     ArgumentList<TypeParam> arguments({});
     TypeParam buffer[4];
     const TypeParam* const noFormat = nullptr;
@@ -237,7 +237,7 @@ TEST(PlainFormatOfWideText, LeavesNarrowTextToTheRuntimeUnlessItIsAscii) {
     }
 }
 
-TEST(PlainFormatOfWideText, ComparesWholeUnits) {
+TEST(PlainFormatOfWideText, ComparesWholeUnitsNotOnlyTheirLowBytes) {
     wchar_t buffer[100];
     ArgumentList<wchar_t> arguments({1});
     // The low bytes of U+0125 and U+0164 are '%' and 'd'.

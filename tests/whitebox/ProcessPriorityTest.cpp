@@ -25,7 +25,7 @@ void lower() {
     SetProcessPriority(vorel::util::PPC_BelowNormal, 0);
 }
 
-TEST(ProcessPriority, FailureIsIgnored) {
+TEST(ProcessPriority, FailureOfTheSystemCallIsIgnored) {
     const test::TemporaryLog log;
     int calls = 0;
     const ImportHook<importedSetPriorityClass> failing([&](HANDLE, DWORD) {

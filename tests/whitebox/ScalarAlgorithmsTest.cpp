@@ -282,7 +282,7 @@ TEST_F(ScalarAlgorithms, HexToBinary) {
     }
 }
 
-TEST_F(ScalarAlgorithms, Urls) {
+TEST_F(ScalarAlgorithms, UrlEncoding) {
     RandomText random(kSeed);
     for (int count = 0; count < 10000; ++count) {
         const std::string text = damagedText<char>(random, "abcdefghij/?&=+%~ \"<>", random.below(300));

@@ -169,7 +169,7 @@ TYPED_TEST(ObtainingObject, StopsAtTheFirstHandle) {
     EXPECT_FALSE(this->log.exists()) << "failed attempts before a success must not be logged";
 }
 
-TYPED_TEST(ObtainingObject, ExistingObjectIsNotNew) {
+TYPED_TEST(ObtainingObject, ExistingObjectIsNotReportedAsNew) {
     this->follow({0, kNever});
     this->createError = ERROR_ALREADY_EXISTS;
     const test::Handle handle(this->obtain(0, 0));
@@ -178,7 +178,7 @@ TYPED_TEST(ObtainingObject, ExistingObjectIsNotNew) {
     this->object.expectNew(false);
 }
 
-TYPED_TEST(ObtainingObject, OtherErrorsAfterASuccessAreIgnored) {
+TYPED_TEST(ObtainingObject, LastErrorOtherThanAlreadyExistsIsIgnoredAfterASuccess) {
     this->follow({0, kNever});
     this->createError = ERROR_FILE_EXISTS;
     const test::Handle handle(this->obtain(0, 0));
@@ -186,7 +186,7 @@ TYPED_TEST(ObtainingObject, OtherErrorsAfterASuccessAreIgnored) {
     this->object.expectNew(true);
 }
 
-TYPED_TEST(ObtainingObject, ErrorTextIsThatOfTheFailedOpening) {
+TYPED_TEST(ObtainingObject, ReportsTheErrorOfTheFailedOpeningNotOfTheFailedCreation) {
     this->createError = ERROR_ALREADY_EXISTS;
     EXPECT_EQ(this->obtain(0, 0), nullptr);
     this->object.expectFailedOpen(this->name, test::kFailureError + 1, this->log);
@@ -211,7 +211,7 @@ TYPED_TEST(ObtainingObject, FreesEveryBlockOnEveryPath) {
 
 // ---- Arguments that only mutexes or only events have ----
 
-TEST(ObtainingMutex, InitialOwnerIsPassed) {
+TEST(ObtainingMutex, InitialOwnerIsPassedToTheSystem) {
     for (const int owner : {0, 1, 2}) {
         int given = -1;
         const test::ImportHook<importedCreateMutexW> create([&](LPSECURITY_ATTRIBUTES, BOOL initialOwner, LPCWSTR) {
@@ -224,7 +224,7 @@ TEST(ObtainingMutex, InitialOwnerIsPassed) {
     }
 }
 
-TEST(ObtainingEvent, KindAndStateArePassed) {
+TEST(ObtainingEvent, ManualResetAndInitialStateArePassedToTheSystem) {
     for (const int manualReset : {0, 1}) {
         for (const int initialState : {0, 1}) {
             int reset = -1;
@@ -246,7 +246,7 @@ TEST(ObtainingEvent, KindAndStateArePassed) {
 
 // ---- Security descriptor ----
 
-TEST(SharedSecurity, EachCallGetsTheExpectedNumbers) {
+TEST(SharedSecurity, DescriptorIsBuiltWithFixedArgumentsInFixedOrder) {
     std::vector<std::string> calls;
     const auto note = [&calls](const char* call, DWORD first, DWORD second) {
         calls.push_back(std::string(call) + " " + std::to_string(first) + " " + std::to_string(second));

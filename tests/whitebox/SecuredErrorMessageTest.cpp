@@ -12,7 +12,7 @@
 
 namespace {
 
-TEST(GetErrorMessage, IsTheContextAndTheSystemText) {
+TEST(GetErrorMessage, ConsistsOfTheContextAndTheSystemText) {
     vorel::BaseString<wchar_t> text(L"before");
     for (const DWORD error : {DWORD{ERROR_FILE_NOT_FOUND}, DWORD{ERROR_ACCESS_DENIED}, DWORD{0x80070005}}) {
         vorel::detail::GetErrorMessage(L"Context", static_cast<int>(error), text);
@@ -22,7 +22,7 @@ TEST(GetErrorMessage, IsTheContextAndTheSystemText) {
     vorel::detail::GetErrorMessage(L"", ERROR_FILE_NOT_FOUND, text);
     EXPECT_EQ(text.view(), L": " + test::systemText(ERROR_FILE_NOT_FOUND));
     vorel::detail::GetErrorMessage(L"%s 100 %", 0, text);
-    EXPECT_EQ(text.view(), L"%s 100 %: No Error") << "the context is not a format";
+    EXPECT_EQ(text.view(), L"%s 100 %: No Error") << "the context must not be used as a format";
 }
 
 }  // namespace

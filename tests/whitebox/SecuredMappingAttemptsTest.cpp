@@ -159,7 +159,7 @@ protected:
     int created = 7;
 };
 
-TEST_F(ObtainingMappingOfAHandle, CreatesOnce) {
+TEST_F(ObtainingMappingOfAHandle, NewMappingIsCreatedWithOneCall) {
     const test::Handle mapping(obtain());
     EXPECT_TRUE(mapping);
     EXPECT_EQ(created, 1);
@@ -167,7 +167,7 @@ TEST_F(ObtainingMappingOfAHandle, CreatesOnce) {
     EXPECT_EQ(mappingAttributes, test::SharedAttributes::expected());
 }
 
-TEST_F(ObtainingMappingOfAHandle, ExistingMappingIsNotNew) {
+TEST_F(ObtainingMappingOfAHandle, ExistingMappingIsNotReportedAsNew) {
     mappingError = ERROR_ALREADY_EXISTS;
     const test::Handle mapping(obtain());
     EXPECT_TRUE(mapping);
@@ -184,7 +184,7 @@ TEST_F(ObtainingMappingOfAHandle, OpensAMappingThatCannotBeCreated) {
     EXPECT_EQ(trace, "create open ");
 }
 
-TEST_F(ObtainingMappingOfAHandle, DoesNotRetry) {
+TEST_F(ObtainingMappingOfAHandle, DoesNotRetryIfCreatingAndOpeningFail) {
     mappingsFailUntil = 1000;
     EXPECT_EQ(obtain(), nullptr);
     EXPECT_EQ(created, 0);
@@ -193,7 +193,7 @@ TEST_F(ObtainingMappingOfAHandle, DoesNotRetry) {
 
 // ---- Mappings of a named file ----
 
-TEST_F(ObtainingMapping, ExistingMappingIsOpenedWithoutItsFile) {
+TEST_F(ObtainingMapping, ExistingMappingIsOpenedWithoutOpeningItsFile) {
     mappingExistsFrom = 0;
     const test::Handle mapping(obtainEx());
     EXPECT_TRUE(mapping);
@@ -203,7 +203,7 @@ TEST_F(ObtainingMapping, ExistingMappingIsOpenedWithoutItsFile) {
     EXPECT_EQ(blocks.live(), 0u);
 }
 
-TEST_F(ObtainingMapping, SizeMayBeInEitherHalf) {
+TEST_F(ObtainingMapping, ExistingMappingIsOpenedIfEitherHalfOfTheSizeIsNotZero) {
     mappingExistsFrom = 0;
     for (const DWORD high : {0u, 1u}) {
         trace.clear();
@@ -213,14 +213,14 @@ TEST_F(ObtainingMapping, SizeMayBeInEitherHalf) {
     }
 }
 
-TEST_F(ObtainingMapping, WithoutASizeItIsAlwaysCreated) {
+TEST_F(ObtainingMapping, MappingWithoutASizeIsCreatedAndNotOpenedFirst) {
     mappingExistsFrom = 0;
     const test::Handle mapping(obtainEx(0, 0));
     EXPECT_TRUE(mapping);
     EXPECT_EQ(trace, "file create close ");
 }
 
-TEST_F(ObtainingMapping, NewMappingIsCreatedAndTheFileClosed) {
+TEST_F(ObtainingMapping, FileIsClosedAfterANewMappingIsCreated) {
     const test::Handle mapping(obtainEx());
     EXPECT_TRUE(mapping);
     EXPECT_EQ(trace, "open file create close ");
@@ -249,7 +249,7 @@ TEST_F(ObtainingMapping, FlagsReportNewObjects) {
 constexpr const char* kFailedAttempt = "file create open close ";
 constexpr const char* kFailedAttemptWithoutSize = "file create close ";
 
-TEST_F(ObtainingMapping, IsTriedFiftyTimesWithoutASleep) {
+TEST_F(ObtainingMapping, CreationIsTriedUpToFiftyTimesWithoutSleeping) {
     mappingsFailUntil = 49;
     const test::Handle mapping(obtainEx());
     EXPECT_TRUE(mapping);
@@ -274,16 +274,16 @@ TEST_F(ObtainingMapping, EachAttemptOpensAMappingThatAnotherProcessCreatedFirst)
     EXPECT_FALSE(log.exists());
 }
 
-TEST_F(ObtainingMapping, OpenedMappingIsNotNew) {
+TEST_F(ObtainingMapping, OpenedMappingIsNotReportedAsNew) {
     mappingsFailUntil = 1;
     mappingExistsFrom = 1;
     const test::Handle mapping(obtainEx());
     EXPECT_TRUE(mapping);
-    EXPECT_TRUE(fileCreated) << "created by the same attempt";
+    EXPECT_TRUE(fileCreated) << "the attempt that opens the mapping has created the file";
     EXPECT_FALSE(mappingCreated);
 }
 
-TEST_F(ObtainingMapping, WithoutASizeFailedAttemptsDoNotOpen) {
+TEST_F(ObtainingMapping, FailedAttemptsWithoutASizeDoNotOpenTheMapping) {
     mappingExistsFrom = 0;
     mappingsFailUntil = 50;
     EXPECT_THROW(obtainEx(0, 0), vorel::Exception);

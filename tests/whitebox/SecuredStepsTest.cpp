@@ -103,7 +103,7 @@ TEST_P(SecurityStep, FailureReturnsNoEventAndSetsTheText) {
     }
     EXPECT_EQ(event, nullptr);
     EXPECT_EQ(text.view(), textOfStep(GetParam().eventTextNamesTheOperation ? L"ObtainAccessableEvent: " : L""));
-    EXPECT_FALSE(m_log.exists()) << "the failure is reported to the caller only";
+    EXPECT_FALSE(m_log.exists()) << "the failure must be reported only to the caller, and not logged";
 }
 
 TEST_P(SecurityStep, FailureReturnsNoMapping) {

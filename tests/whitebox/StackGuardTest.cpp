@@ -31,7 +31,7 @@ TEST(StackGuard, OverrunEndsTheProcessWithStatusStackBufferOverrun) {
     EXPECT_EXIT(writePastABuffer(), testing::ExitedWithCode(kStackBufferOverrun), "");
 }
 
-TEST(StackGuard, ValueIsSetAtLoadAndStartsWithATerminator) {
+TEST(StackGuard, ValueIsSetAtLoadAndItsLowByteIsZero) {
     EXPECT_NE(__stack_chk_guard, 0x2B992DDFA232F300u);  // the initial value, in StackGuard.cpp
     EXPECT_NE(__stack_chk_guard, 0u);
     EXPECT_EQ(__stack_chk_guard & 0xFF, 0u);

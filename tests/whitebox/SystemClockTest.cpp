@@ -60,7 +60,7 @@ TEST(SystemClock, FileTimeNow_LiesBetweenTwoReadings) {
 TEST(SystemClock, MillisecondsUtc_CountsFrom1970) {
     const auto seconds = static_cast<std::uint64_t>(_time64(nullptr));
     const std::uint64_t milliseconds = millisecondsUtc();
-    EXPECT_GE(milliseconds + 1000, seconds * 1000) << "the runtime's second may start a tick earlier";
+    EXPECT_GE(milliseconds + 1000, seconds * 1000) << "the runtime's clock may start a second one tick earlier";
     EXPECT_LE(milliseconds, static_cast<std::uint64_t>(_time64(nullptr)) * 1000 + 1999);
 }
 
@@ -79,7 +79,7 @@ TEST(SystemClock, FormatTime_RejectsATimeOutOfRange) {
     EXPECT_FALSE(formatTime(time, buffer.data(), 26));
 }
 
-TEST(SystemClock, FormatTime_AlwaysRemovesTheLineFeed) {
+TEST(SystemClock, FormatTime_RemovesTheLineFeedForEveryYear) {
     for (const int year : {0, 99, 1100, 8099, 8100, 100000}) {
         for (const std::size_t size : {std::size_t{26}, std::size_t{40}}) {
             std::tm time = someTime();
@@ -94,7 +94,7 @@ TEST(SystemClock, FormatTime_AlwaysRemovesTheLineFeed) {
     }
 }
 
-TEST(SystemClock, FormatTime_RemovesTheLineFeedOfATextOfAnyLength) {
+TEST(SystemClock, FormatTime_AcceptsTextsOfAnyLengthWithAndWithoutALineFeed) {
     struct Case {
         const char* given;
         const char* text;
@@ -124,7 +124,7 @@ TEST(SystemClock, FormatTime_TerminatesATextThatFillsTheBuffer) {
     }
 }
 
-TEST(SystemClock, TickCountHas32Bits) {
+TEST(SystemClock, All32BitsOfTheTickCountAreReturned) {
     const test::ImportHook<importedGetTickCount> ticks([] { return DWORD{0xFFFFFFF0}; });
     EXPECT_EQ(vorel::util::getMillisecondCount(), 0xFFFFFFF0u);
     EXPECT_EQ(vorel::util::getProcessorCycles(), 0xFFFFFFF0u);
@@ -142,7 +142,7 @@ TEST(SystemClock, LocalTimeText_IsEmptyIfTheRuntimeFails) {
     EXPECT_STREQ(LocalTimeText().text, "");
 }
 
-TEST(SystemClock, LocalTimeText_IsTheCurrentTimeOfTheZone) {
+TEST(SystemClock, LocalTimeText_IsTheCurrentTimeInTheLocalTimeZone) {
     const test::TimeZone zone;
     for (;;) {
         const __time64_t before = _time64(nullptr);
@@ -179,7 +179,7 @@ TEST(SystemClock, LocalTimeText_UsesTheRuntimesClockOnlyNearTheEndOfASecond) {
     }
 }
 
-TEST(SystemClock, LocalTimeText_UsesTheRuntimesClockIfTheSystemsThrows) {
+TEST(SystemClock, LocalTimeText_UsesTheRuntimesClockIfTheSystemsClockThrows) {
     const test::TimeZone zone;
     const test::ImportHook<importedTime64> precise([](__time64_t*) { return __time64_t{1234567890}; });
     const test::ImportHook<importedGetSystemTimeAsFileTime> throwing(
@@ -187,7 +187,7 @@ TEST(SystemClock, LocalTimeText_UsesTheRuntimesClockIfTheSystemsThrows) {
     EXPECT_STREQ(LocalTimeText().text, "Sat Feb 14 04:31:30 2009");
 }
 
-TEST(SystemClock, ExceptionsAreRecordedWithTheNameOfTheClock) {
+TEST(SystemClock, ExceptionsAreRecordedWithTheNameOfTheFunction) {
     struct Clock {
         unsigned long long (*read)();
         std::wstring name;

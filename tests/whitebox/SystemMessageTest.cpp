@@ -34,7 +34,7 @@ private:
     void* m_given = nullptr;
     ImportHook<importedFormatMessageW> m_format{
         [this](DWORD flags, const void* source, DWORD code, DWORD language, wchar_t* buffer, DWORD size, va_list*) {
-            EXPECT_EQ(flags, 0x1300u) << "allocated by the system, from the system's tables, without insertions";
+            EXPECT_EQ(flags, 0x1300u) << "the system allocates the text, reads its own tables, and ignores insertions";
             EXPECT_EQ(source, nullptr);
             EXPECT_EQ(code, 0x80070005u);
             EXPECT_EQ(language, 0x0400u);

@@ -39,7 +39,7 @@ TEST(SilencedThreads, AreLookedUpUnderTheLock) {
     expectWaitsFor(lockOfTheTable(), [] { EXPECT_FALSE(Exception::IsThreadErrorLoggingDisabled()); });
 }
 
-TEST(SilencedThreads, NeedNoLockWhileThereAreNone) {
+TEST(SilencedThreads, LookupNeedsNoLockWhileNoThreadIsSilenced) {
     const test::TemporaryLog log;
     Exception::DisableThreadErrorLogging(true);
     EXPECT_TRUE(vorel::AnyThreadLoggingDisabled);
@@ -141,7 +141,7 @@ TEST(SilencedThreads, AreReplacedByALaterThreadWithTheirId) {
     EXPECT_EQ(table().size(), 0u);
 }
 
-TEST(SilencedThreads, StaySilencedWhenOthersExit) {
+TEST(SilencedThreads, StaySilencedWhenOtherSilencedThreadsExit) {
     const test::TemporaryLog log;
     Exception::DisableThreadErrorLogging(true);
     std::thread([] { Exception::DisableThreadErrorLogging(true); }).join();
