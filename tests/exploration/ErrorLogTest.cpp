@@ -193,7 +193,7 @@ Shape withRotation(Shape shape) {
 
 class ErrorLogExploration : public exploration::ExplorationTest {};
 
-TEST_F(ErrorLogExploration, NoLineIsLostOrMixed) {
+TEST_F(ErrorLogExploration, NoLineIsLostOrMixedWithAnother) {
     Counts counts;
     explores<Writers>({.preemptions = 4}, Shape{.writers = 2}, std::ref(counts));
     explores<Writers>({.preemptions = 3}, Shape{.writers = 2, .lines = 2}, std::ref(counts));

@@ -114,7 +114,7 @@ private:
     int m_number = 0;
 };
 
-TEST(Scheduler, FindsALostUpdateAndRepeatsIt) {
+TEST(Scheduler, FindsALostUpdateAndReplaysItsSchedule) {
     const auto factory = [] { return std::make_unique<LostUpdate>(); };
     EXPECT_FALSE(exploration::explore(factory, {.preemptions = 0}).failure);
     const Result result = exploration::explore(factory, {});

@@ -28,15 +28,16 @@ std::optional<std::chrono::seconds> secondsFromEnvironment() {
 
 void print(const Limits& limits, const Result& result, double seconds) {
     const auto* const test = testing::UnitTest::GetInstance()->current_test_info();
-    std::printf("explored %s.%s: %llu schedules, %.0f a second, the longest of %zu decisions, %u kills, ",
+    std::printf("explored %s.%s: %llu schedules, %.0f per second, each with up to %zu decisions and up to %u kills: ",
                 test->test_suite_name(), test->name(), result.schedules,
                 static_cast<double>(result.schedules) / std::max(seconds, 1e-3), result.longest, limits.kills);
     if (result.isExhaustive) {
-        std::printf("all orders\n");
+        std::printf("all orders were run\n");
     } else if (result.hasFinishedLevel) {
-        std::printf("all with up to %u preemptions%s\n", result.preemptions, result.isComplete ? "" : ", then stopped");
+        std::printf("all orders with up to %u preemptions were run%s\n", result.preemptions,
+                    result.isComplete ? "" : ", then the exploration stopped");
     } else {
-        std::printf("stopped\n");
+        std::printf("stopped before all orders without preemptions were run\n");
     }
 }
 
