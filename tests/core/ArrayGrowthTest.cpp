@@ -61,7 +61,7 @@ TYPED_TEST(ArrayGrowth, Slots_DoubleFromTheCurrentNumber) {
     EXPECT_EQ(array.allocated(), 104u);
 }
 
-TYPED_TEST(ArrayGrowth, Exact_AllocatesExactlyTheCount) {
+TYPED_TEST(ArrayGrowth, ReserveExact_AllocatesExactlyTheCount) {
     for (const unsigned int count : {1u, 4u, 5u, 6u, 7u, 1000u}) {
         Array<TypeParam> array;
         array.reserve(count, true);

@@ -162,7 +162,7 @@ TYPED_TEST(BaseStringTest, AssignNull_ClearsTheTextAndKeepsTheBuffer) {
     this->expectNeverAllocated(fresh);
 }
 
-TYPED_TEST(BaseStringTest, AssignTail_OfTheStringItself) {
+TYPED_TEST(BaseStringTest, AssignTailOfItself_CopiesTheTail) {
     BaseString<TypeParam> string(this->text("abcdefghij").c_str());
     string = string.c_str() + 3;
     this->expectText(string, this->text("defghij"));

@@ -43,7 +43,7 @@ class GuardOf : public ::testing::Test {};
 using Sections = ::testing::Types<AutoCriticalSection, ForcedCriticalSection>;
 TYPED_TEST_SUITE(GuardOf, Sections);
 
-TYPED_TEST(GuardOf, HoldsTheLockForItsBlock) {
+TYPED_TEST(GuardOf, HoldsTheLockUntilTheEndOfItsBlock) {
     TypeParam lock;
     {
         const Guard<TypeParam> held(lock);
@@ -54,7 +54,7 @@ TYPED_TEST(GuardOf, HoldsTheLockForItsBlock) {
     EXPECT_TRUE(isFreeForOthers(lock));
 }
 
-TYPED_TEST(GuardOf, UnGuard_ReleasesTheLockForItsBlock) {
+TYPED_TEST(GuardOf, UnGuard_ReleasesTheLockUntilTheEndOfItsBlock) {
     TypeParam lock;
     {
         const Guard<TypeParam> held(lock);
@@ -163,7 +163,7 @@ bool isHeldBy(const auto& guard) {
     return held;
 }
 
-TEST(GuardCalls, RecordWhetherTheLockIsHeld) {
+TEST(GuardCalls, GuardStoresWhetherItHoldsTheLock) {
     RecordingLock lock;
     EXPECT_TRUE(isHeldBy(Guard<RecordingLock>(lock)));
     EXPECT_FALSE(isHeldBy(UnGuard<RecordingLock>(lock)));
@@ -244,7 +244,7 @@ TEST(UnGuardEnd, FailureIsRethrownButDuringUnwindingItIsSuppressed) {
     expectEndOfBlockRules<UnGuard>("UnGuard");
 }
 
-TEST(GuardEnd, RethrownFailureIsLoggedWithItsRecord) {
+TEST(GuardEnd, RethrownFailureIsLoggedWithTheRecordOfTheGuard) {
     const test::TemporaryLog log;
     RecordingLock lock;
     EXPECT_THROW(leaveBlock<Guard>(lock, Failure::OfTheLibrary, false), vorel::TimeoutException);

@@ -87,7 +87,7 @@ Number countFromThreads(Number (*change)(volatile Number&)) {
     return counter;
 }
 
-TEST(ForcedCounters, AreAtomicInBothStatesOfTheSwitch) {
+TEST(ForcedCounters, AreAtomicWithThreadSafetyOnAndOff) {
     const test::ThreadSafetySwitch restored;
     for (const bool enabled : {true, false}) {
         ThreadSafetyEnabledCount = enabled ? 1 : 0;
