@@ -110,7 +110,7 @@ TEST(ConditionInside, FailureToSetTheEventThrows) {
                             {L"Failed to set event.", L"NamedCondition::signal: Vorel exception rethrown"});
 }
 
-TEST(ConditionInside, FailedBroadcastReleasesItsLock) {
+TEST(ConditionInside, FailedBroadcastReleasesTheBroadcastLock) {
     const TemporaryLog log;
     ForcedCriticalSection lock;
     Condition condition(lock);
@@ -227,7 +227,7 @@ TEST(NamedConditionInside, FieldsAreAtFixedOffsets) {
     EXPECT_EQ(test::offsetOf(condition, reveal(test::NamedConditionName())), 8u);
 }
 
-TEST(NamedConditionInside, TriesElevenTimesAtIntervalsOfFiftyMilliseconds) {
+TEST(NamedConditionInside, CreationIsTriedElevenTimesAtIntervalsOfFiftyMilliseconds) {
     const TemporaryLog log;
     std::vector<std::wstring> created;
     std::vector<std::wstring> opened;

@@ -66,7 +66,7 @@ TEST_F(DebugTargetsInside, NoTargetIsActiveWhileTheFlagIsClear) {
     Exception::setDebugTarget("DTI.NoFlag", false);
 }
 
-TEST_F(DebugTargetsInside, EveryAccessTakesTheLock) {
+TEST_F(DebugTargetsInside, EveryAccessAcquiresTheLock) {
     CountingLock::s_locked = CountingLock::s_unlocked = 0;
     vorel::DebugTargets<char, CountingLock> targets;
     targets.set("a", true);
@@ -90,12 +90,12 @@ void expectFoundInAnyOrder(std::vector<std::basic_string<T>> names) {
     } while (std::next_permutation(names.begin(), names.end()));
 }
 
-TEST(DebugTargetSet, ComparesUnitsAsUnsignedNumbers) {
+TEST(DebugTargetSet, FindsNamesWithHighUnitsInsertedInAnyOrder) {
     expectFoundInAnyOrder<char>({"", "a", "ab", "\x7F", "\x80", "\xFF\x01"});
     expectFoundInAnyOrder<wchar_t>({L"", L"a", L"ab", L"\x7FFF", L"\x8000", L"\xFFFF\x0001"});
 }
 
-TEST(DebugTargetSet, FindsNamesInsertedInAnyOrder) {
+TEST(DebugTargetSet, FindsManyNamesInsertedInAnyOrder) {
     constexpr int kNames = 3000;
     const auto nameOf = [](int number) { return std::to_string(100000 + number); };
     for (const int step : {1, kNames - 1, 7}) {  // ascending, descending, mixed; 7 and 3000 are coprime

@@ -120,7 +120,7 @@ std::string readLocation() {
     return path;
 }
 
-TEST(Location, OfAnyLengthIsReadWhole) {
+TEST(Location, IsReadCompletelyAtAnyLength) {
     const TemporaryLog log;
     for (const std::size_t length : {0u, 1u, 1022u, 1023u}) {
         const std::string path(length, 'p');

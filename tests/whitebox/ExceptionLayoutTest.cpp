@@ -64,7 +64,7 @@ TEST(ExceptionLayout, FieldsAreAtFixedOffsets) {
 }
 
 // The debugger views read the messages by this layout.
-TEST(ExceptionLayout, StackBeginsWithTheBoundsOfItsEntries) {
+TEST(ExceptionLayout, MessageStackBeginsWithTheBoundsOfItsEntries) {
     Exception e(L"message");
     e.appendMessage(L"record");
     const auto& stack = e.*reveal(test::Stack());
@@ -75,7 +75,7 @@ TEST(ExceptionLayout, StackBeginsWithTheBoundsOfItsEntries) {
 }
 
 // Messages move only when the storage is full, because the storage then doubles.
-TEST(ExceptionLayout, StackDoublesWhenItIsFull) {
+TEST(ExceptionLayout, MessageStackDoublesItsStorageWhenItIsFull) {
     Exception e;
     const auto& stack = e.*reveal(test::Stack());
     std::vector<std::size_t> moved;
@@ -92,7 +92,7 @@ TEST(ExceptionLayout, StackDoublesWhenItIsFull) {
     EXPECT_EQ(stack[0].message.view(), L"message 1");
 }
 
-TEST(ExceptionLayout, MessagePrecedesTheLocationInAStackEntry) {
+TEST(ExceptionLayout, MessagePrecedesTheLocationInAnEntryOfTheMessageStack) {
     Exception e(L"message");
     e.setLocation(0, L"location");
     const auto& entry = (e.*reveal(test::Stack()))[0];

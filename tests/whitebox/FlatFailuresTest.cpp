@@ -70,7 +70,7 @@ TEST(FlatLastErrors, FreeTheMemoryIfTheSlotCannotBeSet) {
     EXPECT_EQ(live, 0);
 }
 
-TEST(FlatLastErrors, AreTruncatedButNotWithinASurrogatePair) {
+TEST(FlatLastErrors, MessagesAreTruncatedButNotWithinASurrogatePair) {
     const LastErrors errors;
     const std::size_t maxUnits = vorel::flat::Failure::kMaxUnits;
     const std::wstring text(maxUnits - 1, L'x');
@@ -209,7 +209,7 @@ std::wstring logPath() {
     return flatText([](auto... out) { return vorel_log_path(out...); });
 }
 
-TEST(FlatLogPath, DoesNotAskForReplacedCharactersInAUtf8Process) {
+TEST(FlatLogPath, DoesNotAskWhetherCharactersWereReplacedInAUtf8Process) {
     const TemporaryLog log;
     const ImportHook<importedGetACP> codePage([] { return UINT{CP_UTF8}; });
     int conversions = 0;

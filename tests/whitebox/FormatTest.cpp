@@ -157,7 +157,7 @@ TYPED_TEST(Format, BoundedFormat_ReturnsTheLengthOrMinusOneIfTheTextDoesNotFit) 
     }
 }
 
-TYPED_TEST(Format, VboundedFormat_AcceptsAnArgumentList) {
+TYPED_TEST(Format, VboundedFormat_RendersAnArgumentList) {
     GuardedBuffer<TypeParam> buffer(5);
     EXPECT_EQ(this->vbounded(buffer.data(), 5, this->text("%d%s").c_str(), 7, this->text("abc").c_str()), 4);
     EXPECT_EQ(buffer.data(), this->text("7abc"));

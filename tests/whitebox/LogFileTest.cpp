@@ -151,7 +151,7 @@ TEST(LogFile, ClosingReleasesTheLockAndCanBeRepeated) {
     }
 }
 
-TEST(LogFile, StreamAppends) {
+TEST(LogFile, StreamAppendsToTheFile) {
     const test::TemporaryFolder folder;
     for (const char* const text : {"a\n", "b\n"}) {
         LogFile log(folder.file("log").c_str(), LogFile::Mode::Append);

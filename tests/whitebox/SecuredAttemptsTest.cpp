@@ -146,7 +146,7 @@ TYPED_TEST(ObtainingObject, SleepsForTheGivenTime) {
     EXPECT_EQ(this->trace, "create open sleep600000 create open ");
 }
 
-TYPED_TEST(ObtainingObject, StopsAtTheFirstHandle) {
+TYPED_TEST(ObtainingObject, StopsAfterTheFirstCallThatReturnsAHandle) {
     struct Row {
         Script script;
         const char* trace;

@@ -94,7 +94,7 @@ TEST_P(SecurityStep, FailureReturnsNoMutexAndLogsAWarning) {
     EXPECT_EQ(m_log.messages(), Texts{"WARN: " + test::utf8(textOfStep(L"ObtainAccessableMutex: "))});
 }
 
-TEST_P(SecurityStep, FailureReturnsNoEventAndSetsTheText) {
+TEST_P(SecurityStep, FailureReturnsNoEventAndSetsTheErrorText) {
     vorel::BaseString<wchar_t> text(L"before");
     void* event = nullptr;
     {
