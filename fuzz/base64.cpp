@@ -64,16 +64,18 @@ void decode(const std::basic_string<T>& text, std::size_t capacity, const fuzz::
             std::fill_n(out, capacity, static_cast<unsigned char>(0));
             step = decodeBase64Step(cursor, table(), '=', out, capacity);
             fuzz::check(step.written <= capacity, "the capacity is not exceeded");
-            fuzz::check(step.end != Base64End::None || step.written % 24 == 0, "a step decodes whole blocks");
+            fuzz::check(step.end != Base64End::None || step.written % 24 == 0,
+                        "every step except the last one writes a multiple of 24 bytes");
             fuzz::check(std::all_of(out + step.written, out + capacity, [](unsigned char value) { return value == 0; }),
-                        "only zeros follow the bytes");
+                        "the rest of the buffer contains only zeros");
             bytes.insert(bytes.end(), out, out + step.written);
-            fuzz::check(bytes.size() <= expected.bytes.size(), "no more is written than expected");
+            fuzz::check(bytes.size() <= expected.bytes.size(), "no more bytes are written than expected");
         }
         fuzz::check(bytes == expected.bytes, "the bytes are as expected");
-        fuzz::check((step.end == Base64End::NonByteUnit) == expected.threw, "a unit above 255 is reported as such");
+        fuzz::check((step.end == Base64End::NonByteUnit) == expected.threw,
+                    "NonByteUnit is reported if, and only if, it is expected");
         fuzz::check(expected.threw || (step.end == Base64End::Invalid) == (expected.result != 0),
-                    "an invalid character is reported");
+                    "Invalid is reported if, and only if, it is expected");
     });
 }
 

@@ -42,12 +42,12 @@ void run(fuzz::Input& input) {
     fuzz::check(signOfNumber(compareTexts(right, left, rules)) == -expected,
                 "the order is reversed if the texts are swapped");
     fuzz::check(compareTexts(left, right, rules) == compareNonNull<Steps::Units>(left, right, rules),
-                "blocks give the same difference as single characters");
+                "comparing in blocks and unit by unit gives the same difference");
 
     const std::string version = test::shapeOf(std::basic_string_view<T>(a));
     const std::string required = test::shapeOf(std::basic_string_view<T>(b));
     fuzz::check(versionAtLeast(first, second) == test::isVersionAtLeast(version, required),
-                "versions are compared number by number");
+                "the result of versionAtLeast is as expected");
 }
 
 }  // namespace

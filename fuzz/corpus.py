@@ -1,4 +1,5 @@
-"""Stores the first inputs of a fuzz target in one text file: fuzz/corpus/<target>.txt has one escaped input per line.
+"""Stores the inputs with which a fuzz target starts. The text file fuzz/corpus/<target>.txt has one escaped input per
+line.
 
     corpus.py unpack <target> <folder>     writes one file per input
     corpus.py pack <target> <folder>       replaces the inputs of the target by the files of a folder

@@ -30,7 +30,7 @@ void encode(const std::string& bytes, const fuzz::Placement& source, const fuzz:
     });
 }
 
-/// Decodes the groups of a zero-terminated text.
+/// Decodes the complete groups of four characters of a zero-terminated text.
 template <class T>
 void decode(const std::basic_string<T>& text, const fuzz::Placement& source, const fuzz::Placement& target) {
     const std::size_t count = text.size() / 4 * 4;
@@ -61,7 +61,7 @@ void run(fuzz::Input& input) {
                           : last == '2' ? 2u
                           : last == '3' ? 3u
                                         : 0u),
-                "only the digits 1 to 3 give a number of bytes");
+                "bytesOfLastGroup returns the value of the digits 1 to 3, and 0 for other units");
     decode(input.restAsText<T>(), source, target);
 }
 

@@ -1,5 +1,5 @@
 // Writes doubles as text of both widths, and compares the text with the reference, which computes the exact digits.
-// Also normalises texts of doubles.
+// Also normalises arbitrary texts as if they were texts of doubles.
 
 #include <algorithm>
 #include <bit>
@@ -29,11 +29,11 @@ void write(double value, DoubleForm form, const std::string& expected, const fuz
     const T* const end = writeDouble<Rest::Unchanged>(value, form, out);
     fuzz::check(fuzz::isText<T>(out, end, expected) && *end == 0, "the text is as expected");
     fuzz::check(std::equal(end + 1, static_cast<const T*>(out + kDoubleCapacity), before.data() + (end + 1 - out)),
-                "the units after the text are unchanged");
+                "the units after the terminator are unchanged");
     T* const local = fuzz::outputPages().allocate<T>(kDoubleCapacity, target);
     const T* const localEnd = writeDouble<Rest::Unspecified>(value, form, local);
     fuzz::check(fuzz::isText<T>(local, localEnd, expected) && *localEnd == 0,
-                "the text is as expected if the units after it may change");
+                "the text is as expected with Rest::Unspecified");
 }
 
 template <class T>
@@ -53,7 +53,7 @@ void writeInAllForms(fuzz::Input& input) {
     char* const text = fuzz::outputPages().allocate<char>(kCapacity, target);
     writeDouble<Rest::Unspecified>(value, DoubleForm::Raw, text);
     makeDoubleFormatConsistent(text, kCapacity, json ? vorel::util::FO_JSON : vorel::util::FO_Default);
-    fuzz::check(text == expected, "normalising the raw text gives the same text");
+    fuzz::check(text == expected, "normalising the raw text gives the expected text");
 }
 
 /// Normalises any text in a buffer that has space for up to four more characters. Nothing may be written past the

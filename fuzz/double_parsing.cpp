@@ -21,19 +21,21 @@ void run(fuzz::Input& input) {
     const fuzz::ScannedText<T> text(input);
     const auto expected = test::readDouble(text.shape);
     T* end = nullptr;
-    fuzz::check(fuzz::isSame(readDecimal<T>(text.position, &end), expected.value), "the value is as expected");
-    fuzz::check(end == text.position + expected.end, "the number ends where it should");
+    fuzz::check(fuzz::isSame(readDecimal<T>(text.position, &end), expected.value),
+                "the value from readDecimal is as expected");
+    fuzz::check(end == text.position + expected.end, "readDecimal ends at the expected position");
     fuzz::check(fuzz::isSame(readDecimalStepByStep<T>(text.position, &end), expected.value),
-                "the value read step by step is as expected");
-    fuzz::check(end == text.position + expected.end, "the number ends where it should");
+                "the value from readDecimalStepByStep is as expected");
+    fuzz::check(end == text.position + expected.end, "readDecimalStepByStep ends at the expected position");
 
     constexpr double kUntouched = -12345.0;
     double value = kUntouched;
     const auto result = test::tryDouble(text.shape);
-    fuzz::check(tryReadDouble(text.position, value) == result.result, "a text is a number if the reference says so");
-    fuzz::check(fuzz::isSame(value, result.value.value_or(kUntouched)), "the value of the number is as expected");
+    fuzz::check(tryReadDouble(text.position, value) == result.result, "the result of tryReadDouble is as expected");
+    fuzz::check(fuzz::isSame(value, result.value.value_or(kUntouched)),
+                "the value that tryReadDouble stores is as expected");
     fuzz::check(coercesToDouble(text.position, allowLeadingZeros) == test::canBeDouble(text.shape, allowLeadingZeros),
-                "a text is convertible if the reference says so");
+                "the result of coercesToDouble is as expected");
 }
 
 }  // namespace

@@ -68,12 +68,12 @@ void decode(const std::basic_string<T>& text, bool withStatus, const fuzz::Place
             const int high = valueOf(text[at], withStatus);
             const int low = valueOf(text.c_str()[at + 1], withStatus);
             if (high < 0 || low < 0) {
-                fuzz::check(!decoded, "an invalid pair ends the decoding");
+                fuzz::check(!decoded, "the decoding of a text with an invalid pair fails");
                 return;
             }
             fuzz::check(out[at / 2] == high * 16 + low, "each byte has the value of its two digits");
         }
-        fuzz::check(decoded, "a text of digits is decoded to its end");
+        fuzz::check(decoded, "the decoding of a text without an invalid pair succeeds");
     });
 }
 

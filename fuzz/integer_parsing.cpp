@@ -36,22 +36,21 @@ void run(fuzz::Input& input) {
     T* end = nullptr;
     const int hex = readHex<T>(text.position, &end);
     const auto expectedHex = test::readHex(text.shape, kMaxHexDigits<T>);
-    fuzz::check(hex == static_cast<int>(expectedHex.value), "a hexadecimal number is as expected");
-    fuzz::check(end == text.position + expectedHex.end, "a hexadecimal number ends where it should");
+    fuzz::check(hex == static_cast<int>(expectedHex.value), "the value of a hexadecimal number is as expected");
+    fuzz::check(end == text.position + expectedHex.end, "a hexadecimal number ends at the expected position");
 
     const T* inBlock = text.position;
     const T* stepByStep = text.position;
     fuzz::check(parseHexDigits(inBlock) == parseHexDigitsStepByStep(stepByStep),
-                "a block gives the same value as single digits");
-    fuzz::check(inBlock == stepByStep, "a block ends at the same position as single digits");
+                "parsing digits in blocks and one by one gives the same value");
+    fuzz::check(inBlock == stepByStep, "parsing digits in blocks and one by one ends at the same position");
 
     int value = 0;
     const auto expected = test::tryInteger(text.shape);
-    fuzz::check(tryReadInteger(text.position, value) == expected.result,
-                "a text is an integer if the reference says so");
-    fuzz::check(value == expected.value, "the value of the integer is as expected");
+    fuzz::check(tryReadInteger(text.position, value) == expected.result, "the result of tryReadInteger is as expected");
+    fuzz::check(value == expected.value, "the value that tryReadInteger stores is as expected");
     fuzz::check(coercesToInteger(text.position, allowLeadingZeros) == test::canBeInteger(text.shape, allowLeadingZeros),
-                "a text is convertible if the reference says so");
+                "the result of coercesToInteger is as expected");
 }
 
 }  // namespace

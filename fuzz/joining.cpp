@@ -1,5 +1,5 @@
 // Writes one item of a joined wide text, with quotes if necessary, and compares the text with the reference. Then
-// splits the text, which must restore the item.
+// splits the text. Splitting must restore the item.
 
 #include <algorithm>
 #include <cstdint>
@@ -40,7 +40,7 @@ void join(const std::u16string& item, const std::u16string& delimiter, const fuz
     fuzz::check(widened(joined + delimiter) == expected, "the item is written as expected");
     fuzz::check(isQuotedAlready(std::u16string_view(item)) ==
                     (item.size() > 1 && item[0] == u'"' && item[item.size() - 1] == u'"'),
-                "quoted items are recognised");
+                "isQuotedAlready checks for quotation marks at both ends of the item");
 
     // With a delimiter of one unit, splitting restores every item that is not empty.
     if (delimiter.size() != 1 || delimiter[0] == u'"' || item.empty()) {

@@ -27,10 +27,10 @@ void readBooleanText(const fuzz::ScannedText<T>& text) {
     constexpr bool kAnyDigit = sizeof(T) > 1;
     const auto expected = test::readBoolean(text.shape, kAnyDigit);
     T* end = nullptr;
-    fuzz::check(readBoolean<T>(text.position, &end) == expected.value, "a boolean is as expected");
-    fuzz::check(end == text.position + expected.end, "a boolean ends where it should");
+    fuzz::check(readBoolean<T>(text.position, &end) == expected.value, "the value of a boolean is as expected");
+    fuzz::check(end == text.position + expected.end, "a boolean ends at the expected position");
     fuzz::check(coercesToBoolean(text.position) == test::canBeBoolean(text.shape),
-                "a text is convertible if the reference says so");
+                "the result of coercesToBoolean is as expected");
 }
 
 template <class T>
@@ -40,7 +40,7 @@ void readInteger(const fuzz::ScannedText<T>& text) {
     const auto expected = test::readIntegers(text.shape);
     fuzz::check(isWhole == expected.whole && values == expected.values, "the integers are as expected");
     fuzz::check(coercesToIntegers(text.position) == test::canBeIntegers(text.shape),
-                "a text is convertible if the reference says so");
+                "the result of coercesToIntegers is as expected");
 }
 
 template <class T>
@@ -48,7 +48,7 @@ void readDouble(const fuzz::ScannedText<T>& text) {
     std::vector<double> values;
     const bool isWhole = readDoubleList(text.position, [&](double value) { values.push_back(value); });
     const auto expected = test::readDoubles(text.shape);
-    fuzz::check(isWhole == expected.whole, "a word that is too long ends the list");
+    fuzz::check(isWhole == expected.whole, "readDoubleList fails if, and only if, a word is too long");
     fuzz::check(std::equal(values.begin(), values.end(), expected.values.begin(), expected.values.end(), fuzz::isSame),
                 "the numbers are as expected");
 }
@@ -69,7 +69,7 @@ void readRangeList(const fuzz::ScannedText<T>& text) {
         text.position, [&](int start) { starts.push_back(start); }, [&](int end) { ends.push_back(end); });
     const auto expected = test::readRanges(text.shape);
     fuzz::check(starts == expected.starts && ends == expected.ends, "the ranges are as expected");
-    fuzz::check(test::shapeOf(rejected) == expected.rejected, "the invalid item is reported");
+    fuzz::check(test::shapeOf(rejected) == expected.rejected, "the rejected item is as expected");
 }
 
 template <class T>

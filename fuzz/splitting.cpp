@@ -48,7 +48,8 @@ void split(fuzz::Input& input) {
     splitAtDelimiters(parts.placed, parts.placedDelimiter,
                       [&](std::basic_string_view<T> part) { found.emplace_back(part); });
     fuzz::check(found == test::splitAtText(parts.text, parts.delimiter), "the parts are as expected");
-    fuzz::check(found.size() == countParts(parts.placed, parts.placedDelimiter), "the count is exact");
+    fuzz::check(found.size() == countParts(parts.placed, parts.placedDelimiter),
+                "countParts returns the number of parts");
 }
 
 template <class T>
@@ -80,8 +81,9 @@ void tokenize(fuzz::Input& input) {
     std::vector<const T*> starts;
     const unsigned int count =
         tokenizeInPlace(placed, hasDelimiter ? delimiter : T{}, limit, [&](T* token) { starts.push_back(token); });
-    fuzz::check(count == starts.size(), "the result is the number of tokens");
-    fuzz::check(limit < 0 || count <= static_cast<unsigned int>(limit) || count == 1, "the limit is not exceeded");
+    fuzz::check(count == starts.size(), "tokenizeInPlace returns the number of tokens");
+    fuzz::check(limit < 0 || count <= static_cast<unsigned int>(limit) || count == 1,
+                "a limit of 0 or more is exceeded only by the first token");
 
     std::vector<const T*> expected = {placed};
     for (std::size_t at = 0; at != text.size(); ++at) {

@@ -1,4 +1,4 @@
-// Counts the units of a text of either width, which may begin at any position in its pages.
+// Counts the units of a text of either width, which may begin at any position in a page.
 
 #include <cstdint>
 #include <string>
@@ -12,8 +12,10 @@ namespace {
 template <class T>
 const T* placed(const std::basic_string<T>& text, const fuzz::Placement& around) {
     const T* const start = fuzz::inputPages().copyText(text, around);
-    fuzz::withEachKernel(
-        [&] { fuzz::check(vorel::algorithms::countUnits(start) == text.size(), "the length ends at the terminator"); });
+    fuzz::withEachKernel([&] {
+        fuzz::check(vorel::algorithms::countUnits(start) == text.size(),
+                    "countUnits returns the number of units before the terminator");
+    });
     return start;
 }
 
@@ -28,6 +30,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     }
     const std::string text = fuzz::upToZero(input.rest());
     const char* const start = placed(text, around);
-    fuzz::check(vorel::algorithms::textLength(start) == text.size(), "the length ends at the terminator");
+    fuzz::check(vorel::algorithms::textLength(start) == text.size(),
+                "textLength returns the number of units before the terminator");
     return 0;
 }

@@ -1,4 +1,4 @@
-// Compares the percent-encoding and decoding for URLs with the reference.
+// Compares the percent-encoding and percent-decoding for URLs with the reference.
 
 #include <cstdint>
 #include <string>
@@ -45,8 +45,8 @@ void encode(const std::string& text, UrlUse use, const fuzz::Placement& source, 
         fuzz::check(urlLength(from, table) == expected.size(), "the computed length is the length of the encoded text");
         char* const out = fuzz::outputPages().allocate<char>(expected.size() + kUrlOverhang, target);
         const UrlProgress done = encodeUrl(from, table, out, expected.size() + kUrlOverhang);
-        fuzz::check(done.read == from.size(), "the capacity is enough");
-        fuzz::check(std::string_view(out, done.written) == expected, "the result is as expected");
+        fuzz::check(done.read == from.size(), "the whole text is encoded");
+        fuzz::check(std::string_view(out, done.written) == expected, "the encoded text is as expected");
     });
 }
 
@@ -56,7 +56,8 @@ void decode(const std::string& text, bool plusIsSpace, const fuzz::Placement& so
     const std::string_view from(fuzz::inputPages().copy(all, source), text.size());
     char* const out = fuzz::outputPages().allocate<char>(text.size() + kUrlDecodingOverhang, target);
     const char* const end = decodeUrl(from, plusIsSpace, out);
-    fuzz::check(std::string_view(out, static_cast<std::size_t>(end - out)) == expected, "the result is as expected");
+    fuzz::check(std::string_view(out, static_cast<std::size_t>(end - out)) == expected,
+                "the decoded text is as expected");
 }
 
 }  // namespace

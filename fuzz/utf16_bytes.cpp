@@ -19,7 +19,7 @@ void count(const std::string& bytes, const fuzz::Placement& around) {
     const char* const placed = fuzz::inputPages().copy(all, around);
     const auto* const from = reinterpret_cast<const unsigned char*>(placed);
     fuzz::check(vorel::algorithms::unitsBeforeZero(from, bytes.size()) == expected,
-                "units are counted up to the first zero");
+                "unitsBeforeZero returns the number of units before the first zero");
 }
 
 void write(const std::u16string& units, bool littleEndian, const fuzz::Placement& source,

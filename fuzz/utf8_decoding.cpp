@@ -62,10 +62,11 @@ void decode(const Reading& reading, const test::DecodedText& expected) {
         }
     }
     fuzz::check(reader.failed() == expected.error.has_value(),
-                "only a byte that does not start a sequence is an error");
-    fuzz::check(done == expected.units.size(), "everything is read");
+                "the decoding fails if, and only if, a failure is expected");
+    fuzz::check(done == expected.units.size(), "all units are written");
     const auto position = static_cast<std::size_t>(reader.position() - bytes);
-    fuzz::check(!reader.failed() || position == *expected.error, "the position is that of the invalid byte");
+    fuzz::check(!reader.failed() || position == *expected.error,
+                "after a failure, the position is the position of the invalid byte");
 }
 
 }  // namespace

@@ -50,7 +50,7 @@ void encode(const Writing& writing, const std::string& expected) {
             return;
         }
     }
-    fuzz::check(done == expected.size(), "everything is written");
+    fuzz::check(done == expected.size(), "all bytes are written");
 }
 
 /// The units up to and including the first zero.

@@ -42,7 +42,7 @@ void checkScan(const ScannedText<T>& text, const Reading& expected, Read&& read)
     const T* end = nullptr;
     const auto value = read(text.position, &end);
     check(value == static_cast<decltype(value)>(expected.value), "the value is as expected");
-    check(end == text.position + expected.end, "the scan ends where it should");
+    check(end == text.position + expected.end, "the scan ends at the expected position");
 }
 
 }  // namespace fuzz
