@@ -42,8 +42,8 @@ function(vorel_compile_for_size)
 endfunction()
 
 # Inlines only functions that are declared inline. Otherwise the exported copies of BaseString's inline members would be
-# large, because they would contain all functions that they call. Programs rarely call these copies, because they inline
-# the members.
+# large, because they would contain all functions that they call. Programs rarely call these copies, because the members
+# are inlined in programs.
 function(vorel_inline_less)
     if(NOT MSVC)
         set_property(SOURCE ${ARGN} APPEND PROPERTY COMPILE_OPTIONS "$<$<CONFIG:Release>:-fno-inline-functions>")

@@ -3,12 +3,14 @@
 #   bin/                     vorelCore.dll, the compiler's runtime DLLs, the tools
 #   include/vorel/           the headers
 #   lib/                     the import library and the static library; vorelCore.lib, the import library of the flat
-#                            interface for C compilers of Microsoft's ABI, and vorelCore.def, from which it is made
+#                            interface for C compilers of Microsoft's ABI, and vorelCore.def, from which vorelCore.lib
+#                            is made
 #   lib/cmake/vorelCore/     for find_package, and the toolchain files
 #   lib/pkgconfig/           vorelCore.pc and vorelCoreStatic.pc
-#   bin/vorelCore.dll-gdb.py GDB's view of containers and exceptions; GDB finds it there
-#   share/vorelCore/         the licences of the runtime DLLs and of code in the tools, Visual Studio's view, and the
-#                            completion of the tools for PowerShell
+#   bin/vorelCore.dll-gdb.py makes GDB show the contents of containers and exceptions; GDB finds it next to the DLL
+#   share/vorelCore/         the licences of the runtime DLLs and of code in the tools, vorelCore.natvis, which makes
+#                            Visual Studio show the contents of containers and exceptions, and the completion of the
+#                            tools for PowerShell
 #   share/man/man1/          the manual pages of the tools
 #   share/bash-completion/   the completion of the tools for bash
 #   share/doc/vorelCore/     README, changelog, SECURITY.md, docs/, examples/, integrations/, and the page of the
@@ -37,7 +39,7 @@ endif()
 
 # ---- Runtime DLLs ---------------------------------------------------------------------------------------------------
 
-option(VOREL_INSTALL_RUNTIME_DLLS "Install the compiler's runtime DLLs; distributions have their own" ON)
+option(VOREL_INSTALL_RUNTIME_DLLS "Install the compiler's runtime DLLs; OFF if a package manager provides them" ON)
 set(vorelInstalledDllNames "")
 if(VOREL_INSTALL_RUNTIME_DLLS)
     set(vorelInstalledDllNames ${VOREL_RUNTIME_DLL_NAMES})

@@ -19,7 +19,7 @@ foreach(suffix IN ITEMS -19 -20 -21 -22 "")
     endif()
 endforeach()
 if(NOT VOREL_CLANG_SUFFIX_FOUND)
-    message(FATAL_ERROR "clang and lld are not installed; `./dev setup` installs them")
+    message(FATAL_ERROR "No clang and lld of the same version are installed; `./dev setup` installs them")
 endif()
 # GNU's programs are used, because LLVM's objcopy does not support all options for DLLs, and LLVM's objdump prints
 # tables in another format.

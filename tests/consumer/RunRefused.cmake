@@ -12,7 +12,8 @@ function(refused name reason)
             "-DCMAKE_PREFIX_PATH=${FOLDER}/vorelCore" "-DREFUSED_CLANG=${CLANG}" ${ARGN}
         RESULT_VARIABLE result ERROR_VARIABLE messages OUTPUT_VARIABLE output)
     string(REGEX REPLACE "[ \n]+" " " messages "${messages}")
-    set(expected "This package of vorelCore is for 64-bit Windows (x86-64), but ${reason}. Use a compiler for it")
+    set(expected
+        "This package of vorelCore is for 64-bit Windows (x86-64), but ${reason}. Use a compiler for Windows on x86-64")
     string(FIND "${messages}" "${expected}" found)
     if(result EQUAL 0 OR found EQUAL -1)
         message(SEND_ERROR "${name}: expected '${expected}', found:\n${messages}\n${output}")

@@ -47,7 +47,7 @@ build_and_run(
     "-DCMAKE_BUILD_TYPE=${CONFIG}" "-DCMAKE_PREFIX_PATH=${FOLDER}/vorelCore" "${compiler}")
 file(STRINGS "${FOLDER}/build/CMakeCache.txt" flags REGEX "^CMAKE_CXX_FLAGS:")
 if(NOT flags STREQUAL "CMAKE_CXX_FLAGS:STRING=-D_WIN32_WINNT=0x0A00" OR EXISTS "${FOLDER}/build/ucrt.specs")
-    message(SEND_ERROR "the compiler's own runtime is replaced: ${flags}")
+    message(SEND_ERROR "the toolchain file must not replace the compiler's own runtime: ${flags}")
 endif()
 
 # Configures the library itself. The configuration must find the runtime DLLs in the compiler's folder.
@@ -67,4 +67,4 @@ write_script(broken-g++ "exit 1")
 refused(broken-g++ "does not run")
 write_script(other-runtime-g++
     "case \"$1\" in -dumpmachine) echo x86_64-w64-mingw32;; -dumpspecs) echo '-lcrtdll';; *) cat;; esac")
-refused(other-runtime-g++ "links neither the universal C runtime nor -lmsvcrt, which would be replaced")
+refused(other-runtime-g++ "links neither the universal C runtime nor -lmsvcrt, which this toolchain file could replace")
