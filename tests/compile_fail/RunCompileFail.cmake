@@ -41,16 +41,17 @@ function(check name mark compiles text)
             string(REPLACE "=" "" option "${CMAKE_MATCH_1}") # clang's messages name the options without "="
             string(REPLACE "X" "${option}" wanted "${text}")
             if(NOT messages MATCHES "${name}:${number}:[^\n]*${wanted}")
-                message(SEND_ERROR "${name}, line ${number}: missing message (${CMAKE_MATCH_1})")
+                message(SEND_ERROR "${name}, line ${number}: the compiler does not write the expected message "
+                                   "(${CMAKE_MATCH_1})")
             endif()
         elseif(messages MATCHES "${name}:${number}:[^\n]*(warning|error)")
-            message(SEND_ERROR "${name}, line ${number}: unexpected message")
+            message(SEND_ERROR "${name}, line ${number}: the compiler writes an unexpected message")
         endif()
     endforeach()
     if(expected EQUAL 0)
         message(SEND_ERROR "no line of ${name} expects a message")
     endif()
-    message(STATUS "${name}: ${expected} messages as expected")
+    message(STATUS "${name}: checked ${expected} lines with expected messages")
 endfunction()
 
 check(Warnings.cpp "warns" TRUE "\\[X[^\n]*\\]" -DVOREL_CHECK_FORMATS -Wformat-security)
@@ -60,7 +61,7 @@ check(Ambiguous.cpp "rejected" FALSE "error: [^\n]* is X")
 # Without VOREL_CHECK_FORMATS, narrow formats that are valid for the Windows runtime must compile without a warning.
 compile(RuntimeFormats.cpp -Wformat=2 -Werror)
 if(NOT result EQUAL 0)
-    message(SEND_ERROR "warnings about formats of the runtime:\n${messages}")
+    message(SEND_ERROR "RuntimeFormats.cpp must compile without a warning:\n${messages}")
 endif()
 
 # refuse(<source> <text> <option>...): compiles `source` with options that the library does not support. The compiler's
@@ -68,7 +69,7 @@ endif()
 function(refuse name text)
     compile(${name} ${ARGN})
     if(result EQUAL 0 OR NOT messages MATCHES "error: [^\n]*${text}")
-        message(SEND_ERROR "${name} with ${ARGN}: missing message (${text})\n${messages}")
+        message(SEND_ERROR "${name} with ${ARGN}: the compiler does not report the error '${text}':\n${messages}")
     endif()
 endfunction()
 
@@ -78,7 +79,7 @@ refuse(RuntimeFormats.cpp "is a library for 64-bit Windows" -U_WIN64)
 # The flat interface needs neither the universal C runtime nor C++20.
 compile(Flat.cpp -std=c++11 -Wpedantic -Werror -U_UCRT -U__MSVCRT_VERSION__ -D__MSVCRT_VERSION__=0x700)
 if(NOT result EQUAL 0)
-    message(SEND_ERROR "the flat interface does not compile:\n${messages}")
+    message(SEND_ERROR "the flat interface does not compile as C++11:\n${messages}")
 endif()
 
 # The formatters are compiled with libc++, because GCC 12 has no <format>.
@@ -88,6 +89,6 @@ if(LIBCXX)
             -std=c++20 -fsyntax-only -Wall -Wextra -Werror "-I${INCLUDE}" "${CMAKE_CURRENT_LIST_DIR}/Formatters.cpp"
         RESULT_VARIABLE result ERROR_VARIABLE messages)
     if(NOT result EQUAL 0)
-        message(SEND_ERROR "the formatters do not compile:\n${messages}")
+        message(SEND_ERROR "the formatters do not compile with libc++:\n${messages}")
     endif()
 endif()

@@ -48,11 +48,11 @@ foreach(file IN ITEMS
         share/vorelCore/LICENSES/README.txt share/vorelCore/LICENSES/GPL-3.0.txt
         lib/vorelCore.lib lib/vorelCore.def)
     if(NOT EXISTS "${package}/${file}")
-        message(SEND_ERROR "The archive does not have ${file}")
+        message(SEND_ERROR "The archive does not contain ${file}")
     endif()
 endforeach()
 if(EXISTS "${package}/share/doc/vorelCore/integrations/test")
-    message(SEND_ERROR "The archive has the tests of integrations/")
+    message(SEND_ERROR "The archive must not contain integrations/test")
 endif()
 file(READ "${package}/share/vorelCore/LICENSES/README.txt" licences)
 if(NOT licences MATCHES "symbols and debug information are removed")
@@ -65,7 +65,7 @@ foreach(program IN LISTS programs)
     execute_process(
         COMMAND x86_64-w64-mingw32-objdump -h -t "${program}" OUTPUT_VARIABLE sections COMMAND_ERROR_IS_FATAL ANY)
     if(sections MATCHES "\\.debug_" OR NOT sections MATCHES "no symbols")
-        message(SEND_ERROR "${program} has symbols or debug information")
+        message(SEND_ERROR "${program} must have neither symbols nor debug information")
     endif()
 endforeach()
 
@@ -75,7 +75,7 @@ only_file("*-ucrt-symbols.zip" symbols)
 file(ARCHIVE_EXTRACT INPUT "${symbols}" DESTINATION "${WORK}/symbols")
 file(GLOB_RECURSE found RELATIVE "${WORK}/symbols" "${WORK}/symbols/*")
 if(NOT found MATCHES "^[^/;]+/bin/vorelCore\\.dll\\.debug$")
-    message(SEND_ERROR "The archive of the symbols has: ${found}")
+    message(SEND_ERROR "The archive of the symbols must contain only bin/vorelCore.dll.debug, but contains: ${found}")
 endif()
 file(COPY "${package}/bin/vorelCore.dll" DESTINATION "${WORK}/debugged")
 file(COPY "${WORK}/symbols/${found}" DESTINATION "${WORK}/debugged")
@@ -83,7 +83,7 @@ execute_process(
     COMMAND x86_64-w64-mingw32-gdb -nx -batch -ex "info line vorel::version" "${WORK}/debugged/vorelCore.dll"
     OUTPUT_VARIABLE line ERROR_VARIABLE messages)
 if(NOT line MATCHES "Line [0-9]+ of \"[^\"]*src/Version\\.cpp\"")
-    message(SEND_ERROR "The debugger does not find the symbols: ${line}${messages}")
+    message(SEND_ERROR "The debugger does not find the symbols of vorelCore.dll: ${line}${messages}")
 endif()
 
 run("Test the archive"

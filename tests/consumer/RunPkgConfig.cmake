@@ -43,7 +43,7 @@ execute_process(
         -D__MSVCRT_VERSION__=0x700
     RESULT_VARIABLE result ERROR_VARIABLE messages)
 if(result EQUAL 0 OR NOT messages MATCHES "vorelCore needs the universal C runtime")
-    message(SEND_ERROR "a program with another C runtime compiles:\n${messages}")
+    message(SEND_ERROR "the headers must refuse a compiler with another C runtime:\n${messages}")
 endif()
 foreach(name IN ITEMS vorelCore vorelCoreStatic)
     execute_process(
@@ -51,6 +51,6 @@ foreach(name IN ITEMS vorelCore vorelCoreStatic)
             pkg-config --variable=needs ${name}
         OUTPUT_VARIABLE needs COMMAND_ERROR_IS_FATAL ANY)
     if(NOT needs MATCHES "C[+][+]20.*x86_64-w64-mingw32.*UCRT")
-        message(SEND_ERROR "${name}.pc does not say what it needs: ${needs}")
+        message(SEND_ERROR "`needs` in ${name}.pc must name the language, the target and the runtime: ${needs}")
     endif()
 endforeach()
