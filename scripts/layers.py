@@ -1,4 +1,4 @@
-"""Checks that each folder of include/vorel and src includes only folders below it.
+"""Checks that each file in include/vorel and src includes only files of its own layer or of lower layers.
 
     layers.py [root]
 """
@@ -7,9 +7,10 @@ import re
 import sys
 from pathlib import Path
 
-# From the bottom up. A folder may include itself and the folders before it.
+# The folders from the lowest to the highest layer. Each folder is a layer.
 LAYERS = ["algorithms", "platform", "core", "exceptions", "system", "secure", "text", "values", "sync", "flat"]
-# Files outside of the folders. All folders may include the files in BOTTOM. No folder may include the files in TOP.
+# Files outside of these folders. Every file may include the files in BOTTOM. Files in the folders must not include the
+# files in TOP.
 BOTTOM = {"Attributes.h", "Export.h", "ExportMacro.h", "Version.h"}
 TOP = {"Formatters.h", "LibraryState.cpp", "LibraryState.h", "StandardLibrary.cpp", "Streams.h", "Trail.h", "Version.cpp",
        "vorelCore.h", "vorelCoreC.h"}
@@ -49,7 +50,7 @@ def main(root):
         print(f"{file.relative_to(root)}:{line}: {message}")
     if found:
         sys.exit(f"{len(found)} violations of the layers: {' < '.join(LAYERS)}")
-    print("Every folder includes only folders below it")
+    print("Every file includes only files of its own layer or of lower layers")
 
 
 if __name__ == "__main__":
