@@ -55,7 +55,8 @@ def target(page, root, link):
 
 
 def code(text):
-    """Code in backticks for Doxygen, in which an apostrophe ends code that is in single backticks."""
+    """Code in backticks for Doxygen. Double backticks enclose code with an apostrophe, because Doxygen ends code in single
+    backticks at an apostrophe."""
     return f"``{text}``" if "'" in text else f"`{text}`"
 
 
@@ -71,7 +72,7 @@ def shown(page: Path, root: Path) -> list:
             if fence[1] not in LANGUAGES:
                 sys.exit(f"{page}: the language of a block of code is missing or unknown: {line}")
             if previous.strip():
-                sys.exit(f"{page}: no empty line before: {line}")
+                sys.exit(f"{page}: a block of code must follow an empty line: {line}")
             language = "Log" if LOG_LINE.match(lines[number + 1][0]) else LANGUAGES[fence[1]]
             # The name is written on the empty line before the block, so that no line changes its number.
             previous = f'\\htmlonly<span class="language">{language}</span>\\endhtmlonly'
