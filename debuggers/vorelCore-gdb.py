@@ -15,7 +15,7 @@ import gdb
 import gdb.printing
 import gdb.types
 
-UNKNOWN_LENGTH = 0xFFFFFFFF  # BaseString::kUnknownLength: count up to the terminator
+UNKNOWN_LENGTH = 0xFFFFFFFF  # BaseString::kUnknownLength: the text ends at its terminator
 
 
 def text_of(data, length):
