@@ -1,4 +1,4 @@
-"""Checks that each file in include/vorel and src includes only files of its own layer or of lower layers.
+"""Checks that no file in include/vorel and src includes a file of a higher layer.
 
     layers.py [root]
 """
@@ -50,7 +50,7 @@ def main(root):
         print(f"{file.relative_to(root)}:{line}: {message}")
     if found:
         sys.exit(f"{len(found)} violations of the layers: {' < '.join(LAYERS)}")
-    print("Every file includes only files of its own layer or of lower layers")
+    print("No file includes a file of a higher layer")
 
 
 if __name__ == "__main__":
