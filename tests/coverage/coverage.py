@@ -5,7 +5,8 @@ and to the landing pad. Tests cannot make every call throw, and counting only th
 better than it is. So both edges of a call are ignored, and only the branches in the source code count.
 
 Every line that no test reaches, and every line with a branch that no test takes, must be listed in unreached.txt with
-the reason. If folders are given, only the tests of these folders have run, and only their percentages are checked.
+the reason. If folders are given, only the tests of these folders have run, and only the percentages of these folders
+are checked.
 """
 
 import json
@@ -42,7 +43,8 @@ def read_counts(notes):
 
 
 def without_calls(branches):
-    """The branches of a line, without the two edges of each call: the landing pad and the fallthrough before it."""
+    """The branches of a line, without the two edges of each call. gcov lists the edge to the landing pad after the edge
+    to the next statement."""
     kept = []
     for branch in branches:
         if not branch["throw"]:

@@ -75,7 +75,7 @@ def check_type(node, code):
         given = len(part[1].split(",")) if part[1] else 0
         declared = len(parameters.split(",")) if parameters else 0
         if given != declared:
-            raise Failure("%s: %s has %d template parameters" % (name, part[0], declared))
+            raise Failure("%s: in the headers, %s has %d template parameters" % (name, part[0], declared))
     known = KEYWORDS | {variable.get("Name") for variable in node.iter(NAMESPACE + "Variable")}
     for element in node.iter():
         tag = element.tag.removeprefix(NAMESPACE)
@@ -86,11 +86,11 @@ def check_type(node, code):
                 # A member of the class, or a member of Array, BaseString or Node that is accessed through a member.
                 through = re.search(r"(?:->|\.)\s*%s\b" % identifier, expression)
                 if identifier not in known and not re.search(r"\b%s\b" % identifier, code if through else scope):
-                    raise Failure("%s: no %s in the headers (%s)" % (name, identifier, expression))
+                    raise Failure("%s: the headers do not contain %s (%s)" % (name, identifier, expression))
                 count += 1
             for constant in re.findall(r"0x[0-9A-Fa-f]+u", expression):
                 if "kUnknownLength = %s;" % constant not in scope:
-                    raise Failure("%s: %s is not the unknown length" % (name, constant))
+                    raise Failure("%s: %s is not the value of kUnknownLength" % (name, constant))
     return count
 
 
@@ -103,12 +103,12 @@ def main():
         viewed = {re.split(r"[<]", node.get("Name"))[0].removeprefix("vorel::") for node in types}
         missing = {"BaseString", "Array", "HashMap", "Exception"} - viewed
         if root.tag != NAMESPACE + "AutoVisualizer" or missing:
-            raise Failure("no view of %s" % ", ".join(sorted(missing)))
+            raise Failure("the root element is wrong, or these classes have no view: %s" % ", ".join(sorted(missing)))
         count = sum(check_type(node, code) for node in types)
     except (ElementTree.ParseError, Failure) as failure:
         print("%s: %s" % (views, failure))
         return 1
-    print("%d types and %d names, all in the headers" % (len(types), count))
+    print("all %d types and %d names are in the headers" % (len(types), count))
     return 0 if count else 1
 
 

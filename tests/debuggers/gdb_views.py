@@ -109,7 +109,7 @@ def check(title, wine_run, program, before, load):
             print("%s: %s\n    expected %s\n    printed  %s" % (title, name, expected, value))
     if wrong:
         print(output)
-    print("%s: %d of %d as expected" % (title, len(EXPECTED) - wrong, len(EXPECTED)))
+    print("%s: %d of %d values as expected" % (title, len(EXPECTED) - wrong, len(EXPECTED)))
     return wrong
 
 
@@ -118,8 +118,9 @@ def main():
     if not shutil.which(GDB):
         print("%s not found: install the Debian package gdb-mingw-w64" % GDB)
         return 77
-    wrong = check("next to the DLL", wine_run, program, "add-auto-load-safe-path %s" % os.path.dirname(program), [])
-    wrong += check("by source", wine_run, program, "set auto-load off", ["source %s" % printers])
+    wrong = check("script next to the DLL", wine_run, program,
+                  "add-auto-load-safe-path %s" % os.path.dirname(program), [])
+    wrong += check("script loaded by source", wine_run, program, "set auto-load off", ["source %s" % printers])
     return 1 if wrong else 0
 
 

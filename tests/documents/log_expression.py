@@ -99,7 +99,7 @@ def check(expression: str, texts: list, expected: list, folder: Path) -> None:
         sys.exit(f"grep finds {count_by_pcre(other, texts)} records, expected {count}")
     flags = "s" if other.startswith("(?s)") else ""
     if shutil.which("node") and read_by_javascript(other.removeprefix("(?s)"), flags, texts, folder) != read:
-        sys.exit("the fields in JavaScript differ from those in Python")
+        sys.exit("the fields read by JavaScript differ from the fields read by Python")
 
 
 def main() -> None:
@@ -122,10 +122,10 @@ def main() -> None:
             expected_records.append((*fields, message + "\r\n" + record[1]))
     check(for_record, records, expected_records, folder)
     if not any("\n" in record for record in records):
-        sys.exit("no record has several lines")
+        sys.exit("the log must contain a record of several lines")
     for record in records:
         if bool(re.fullmatch(for_line, record)) == ("\n" in record):
-            sys.exit(f"the expression for a line must match a record if, and only if, it is one line: {record}")
+            sys.exit(f"the expression for a line must match a record if, and only if, the record is one line: {record}")
 
 
 if __name__ == "__main__":

@@ -75,7 +75,7 @@ def run_c(page: Path, folder: Path, build: str, clang: str, *wine: str) -> None:
         skip(f"{clang} or {GCC} is missing")
     [compiler, *options], [copy, dlls, target], [program] = commands(page.with_name("windows.md"))
     if (compiler, copy, target) != ("cl", "copy", "."):
-        sys.exit(f"{page}: this test cannot run the commands of windows.md")
+        sys.exit(f"{page}: windows.md must have a call of cl, a copy to the current folder, and a program")
     (folder / "hello.c").write_text(sample.text, encoding="utf-8")
     (folder / "start.c").write_text(START, encoding="utf-8")
     run(["cmake", "--install", build, "--prefix", folder / "vorelCore"], folder)
@@ -109,7 +109,7 @@ def check_python(page: Path, exports: str) -> None:
     exported = set(Path(exports).read_text(encoding="utf-8").split())
     called = set(re.findall(r"\.(vorel_\w+)", sample.text))
     if not called or called - exported:
-        sys.exit(f"{page}: not exported: {', '.join(sorted(called - exported)) or 'no function is called'}")
+        sys.exit(f"{page}: called, but not exported: {', '.join(sorted(called - exported)) or 'no function is called'}")
 
 
 def main() -> None:

@@ -45,7 +45,7 @@ namespace {
 @dataclass
 class Block:
     language: str
-    line: int  # number of its first line, from 1
+    line: int  # number of the line after the opening fence, from 1
     text: str
 
 
@@ -86,7 +86,7 @@ def samples(page: Path) -> list:
             found.append(Sample(page, block.language, block.line, block.text))
         elif block.language in ("output", "log"):
             if not found or block.language in found[-1].expected:
-                sys.exit(f"{page}:{block.line}: no sample for this block labelled {block.language}")
+                sys.exit(f"{page}:{block.line}: no sample without a {block.language} block precedes this block")
             found[-1].expected[block.language] = block.text
     return found
 
@@ -128,7 +128,7 @@ def records(log: str) -> str:
     for line in log.splitlines():
         match = LOG_LINE.fullmatch(line)
         if not match:
-            sys.exit(f"not a log line: {line}")
+            sys.exit(f"this line does not have the format of the log: {line}")
         lines.append(match[2] + "\n")
     return "".join(lines)
 

@@ -51,7 +51,7 @@ def main() -> None:
                 calls = []
         elif block.language in ("console", "json"):
             if not calls:
-                sys.exit(f"{page}:{block.line}: no call before this output")
+                sys.exit(f"{page}:{block.line}: no call of a tool precedes this output")
             if text is not None:
                 write_input(text, calls[0], folder)
             actual = "".join(output(call, folder, tools, emulator) for call in calls)
@@ -60,10 +60,10 @@ def main() -> None:
                     json.loads(line)
             if actual != block.text:
                 difference = difflib.unified_diff(block.text.splitlines(), actual.splitlines(), "page", "run", lineterm="")
-                sys.exit(f"{page}:{block.line}: the output differs\n" + "\n".join(difference))
+                sys.exit(f"{page}:{block.line}: the output differs from the page\n" + "\n".join(difference))
             compared += 1
     if compared == 0:
-        sys.exit(f"{page}: no output found")
+        sys.exit(f"{page}: the page contains no output to compare")
 
 
 if __name__ == "__main__":

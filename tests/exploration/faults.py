@@ -155,14 +155,14 @@ def found_by_others(bench, build):
 
 def main():
     parser = argparse.ArgumentParser(prog="./dev explore --faults", description=__doc__.split("\n\n", maxsplit=1)[0])
-    parser.add_argument("name", nargs="?", default="", help="only faults whose names contain this text")
+    parser.add_argument("name", nargs="?", default="", help="plant only the faults whose names contain this text")
     parser.add_argument("--others", action="store_true",
-                        help="for each fault, also look for a test in the other test programs that finds it")
+                        help="for each fault, also search the other test programs for a test that finds the fault")
     parser.add_argument("--check", action="store_true", help="only check that the faults can be planted and are documented")
     options = parser.parse_args()
     for fault in FAULTS:
         if (ROOT / fault.path).read_text().count(fault.before) != 1:
-            sys.exit(f"{fault.path}: must contain this text exactly once:\n{fault.before}")
+            sys.exit(f"{fault.path} must contain this text exactly once:\n{fault.before}")
         if f"| {fault.name} |" not in PAGE.read_text():
             sys.exit(f"{PAGE} must list this fault: {fault.name}")
     if options.check:
@@ -184,7 +184,7 @@ def main():
             found = f"found by {failed}" + (f", schedule of {length} decision{'s'[:length != 1]}" if length else "") if failed else "NOT FOUND"
             print(f"{fault.name}: {found}", flush=True)
             if options.others:
-                print(f"    other tests: {found_by_others(bench, build) or 'do not find it'}", flush=True)
+                print(f"    other tests: {found_by_others(bench, build) or 'do not find the fault'}", flush=True)
     finally:
         bench.close()
     print(f"{len(faults) - missed} of {len(faults)} faults found")

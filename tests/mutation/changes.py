@@ -2,7 +2,7 @@
 
 The search relies on the layout that clang-format produces: a binary operator has a space on both sides, the angle
 brackets of a template have none, and every body is in braces. A change that does not compile is replaced by another
-change. So an expression that matches the wrong text only costs time.
+change. So a regular expression that matches the wrong text only costs time.
 """
 
 import hashlib

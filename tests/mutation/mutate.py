@@ -40,7 +40,7 @@ def read_list(path):
         if lines:
             file, before, after, *reason = lines
             if not (before.startswith("- ") and after.startswith("+")):
-                sys.exit(f"{path}: not a change of {file}: {before}")
+                sys.exit(f"{path}: the lines after {file} must begin with \"- \" and \"+ \": {before}")
             entries[file, before[2:], after[2:]] = " ".join(reason)
     return entries
 
@@ -184,7 +184,7 @@ def report(results):
     score = table["total"]
     percent = 100 * score["killed"] / max(score["tried"], 1)
     print(f"\n{percent:.1f} % of {score['tried']} changes were killed;"
-          f" {score['uncompiled']} others did not compile and were replaced")
+          f" {score['uncompiled']} other changes did not compile and were replaced")
     return [change for change, result, _ in results if result == "survived"], percent
 
 
@@ -193,9 +193,9 @@ def arguments():
     parser.add_argument("scope", nargs="*", default=SCOPE, help="sources or folders; default: SCOPE in this script")
     parser.add_argument("--count", type=int, default=240, help="number of changes to try (default: %(default)s)")
     parser.add_argument("--seed", type=int, default=1, help="seed of the sample (default: %(default)s)")
-    parser.add_argument("--jobs", type=int, default=2, help="changes to try at the same time (default: %(default)s)")
-    parser.add_argument("--quick", action="store_true", help=f"{QUICK_COUNT} changes, of sources that compile quickly")
-    parser.add_argument("--again", action="store_true", help="only the survivors of the last run")
+    parser.add_argument("--jobs", type=int, default=2, help="changes tried at the same time (default: %(default)s)")
+    parser.add_argument("--quick", action="store_true", help=f"try {QUICK_COUNT} changes, each in another .cpp file")
+    parser.add_argument("--again", action="store_true", help="try only the survivors of the last run")
     parser.add_argument("--continue", dest="go_on", action="store_true", help="continue an interrupted run")
     return parser.parse_args()
 
@@ -232,7 +232,7 @@ def main():
         if not options.quick:
             for program in build.programs.values():
                 if failed := benches[0].measure(program):
-                    sys.exit(f"{program.name}.{failed} fails without any change")
+                    sys.exit(f"{program.name}.{failed} fails with the unchanged library")
         sample = Sample(changes, choose(options, changes), listed, read_journal() if options.go_on else {})
         with ThreadPoolExecutor() as pool:
             for done in [pool.submit(work, sample, bench, build) for bench in benches]:

@@ -4,10 +4,10 @@
 
 <registry> is the folder that register_tests.py uses. The tests write their results into its folder `results`.
 
-If a test of CTest runs GoogleTest cases, each case is counted. Any other test of CTest counts as one case. If several
-JUnit files have the same test, the last file counts. Prints the end of the output of each failed test of CTest, and the
-first line of the output of each skipped test, which gives the reason. For skipped GoogleTest cases, no reason is
-printed. The last line is "N passed, N failed, N skipped".
+If a test of CTest runs GoogleTest cases, each case is counted. Any other test of CTest is counted as one case. If
+several JUnit files contain the same test, its result in the last file is used. Prints the end of the output of each
+failed test of CTest, and the first line of the output of each skipped test, which gives the reason. For skipped
+GoogleTest cases, no reason is printed. The last line is "N passed, N failed, N skipped".
 """
 
 import json
@@ -38,7 +38,7 @@ def main(registry, reports):
     for name, test in tests.items():
         outcome = {"run": "passed", "fail": "failed"}.get(test.get("status"), "skipped")
         results = registry / "results" / (re.sub(r"[^\w.-]", "_", name) + ".json")
-        # The result of CTest counts if the program ended before it wrote results, or failed although no case failed.
+        # The result of CTest is used if the program ended before it wrote results, or failed although no case failed.
         cases = dict(cases_of(results)) if results.exists() else {}
         if not cases or (outcome == "failed" and "failed" not in cases.values()):
             cases = {name: outcome}

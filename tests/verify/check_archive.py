@@ -48,10 +48,10 @@ class Archive:
         output = run.stdout.decode(errors="replace").splitlines()
         print(*output[-20:], sep="\n", flush=True)
         pages = list(self.folder.glob("results/*/summary.html"))
-        expect(len(pages) == 1, f"{len(pages)} pages, expected 1")
+        expect(len(pages) == 1, f"verify.cmd wrote {len(pages)} files summary.html, expected 1")
         lines = [line for line in output if " passed, " in line and " failed, " in line]
         match = LAST_LINE.fullmatch(lines[-1].rstrip()) if lines else None
-        expect(match, "the last line has another form")
+        expect(match, "the last line of verify.cmd does not have the expected format")
         return run.returncode, tuple(map(int, match.groups())), pages[0]
 
 
@@ -77,19 +77,21 @@ def count(folder):
 
 def check_success(archive, suites):
     code, totals, page = archive.verify(suites)
-    expect(code == 0, f"verify.cmd ended with {code}")
-    expect(totals[1] == 0 and totals[0] > 0, "not all tests passed")
+    expect(code == 0, f"verify.cmd ended with {code}, expected 0")
+    expect(totals[1] == 0 and totals[0] > 0, "a case failed, or no case passed")
     passed, failed, skipped = count(page.parent)
     probes = 0 if suites and "exploration" not in suites else 1
-    expect(totals == (passed + probes, failed, skipped), f"the XML files have {passed, failed, skipped}")
+    expect(totals == (passed + probes, failed, skipped),
+           f"the XML files have the totals {passed, failed, skipped}, verify.cmd printed {totals}")
     listed = [line.split("\t")[0] for line in (archive.folder / "bin/tests.txt").read_text().splitlines()]
     listed = [name for name in listed if not suites or name.split(".")[0] in suites]
-    expect(len(list(page.parent.glob("*.xml"))) == len(listed) - probes, "a test has no XML file")
+    expect(len(list(page.parent.glob("*.xml"))) == len(listed) - probes,
+           "the number of XML files is not the number of listed tests of GoogleTest")
     text = text_of(page)
-    expect(f"{totals[0]} passed, 0 failed" in text, "the page has other totals")
+    expect(f"{totals[0]} passed, 0 failed" in text, "summary.html has other totals than verify.cmd")
     for suite in {name.split(".")[0] for name in listed}:
-        expect(suite in text, f"the page does not name {suite}")
-    expect(not probes or "scripts with a difference" in text, "the page does not have the report of the probe")
+        expect(suite in text, f"summary.html does not name {suite}")
+    expect(not probes or "scripts with a difference" in text, "summary.html does not have the report of platform_probe")
 
 
 def check_failures(archive):
@@ -98,11 +100,12 @@ def check_failures(archive):
     tests.write_text("".join(line.format(program=program) + "\n" for line, _ in FAILING))
     print("\nTests that must fail:")
     code, totals, page = archive.verify([])
-    expect(code == 1, f"failures: verify.cmd ended with {code}")
-    expect(totals == (0, len(FAILING), 0), "failures: not every failure was counted")
+    expect(code == 1, f"verify.cmd ended with {code} after tests that must fail, expected 1")
+    expect(totals == (0, len(FAILING), 0), "verify.cmd did not count every test that must fail as failed")
     text = text_of(page)
     for line, message in FAILING:
-        expect(line.split("\t")[0] in text and message in text, f"failures: the page does not have “{message}”")
+        expect(line.split("\t")[0] in text and message in text,
+               f"summary.html does not report {line.split()[0]} with “{message}”")
 
 
 def main(archive, work, suites):

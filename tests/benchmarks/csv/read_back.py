@@ -59,7 +59,7 @@ def main() -> None:
     expect(b"calls: 1 and 1" in done.stdout, "with --rounds 1, a pass ran more than once")
     expect(b"!" not in done.stdout and not done.stderr, "a warning is printed after one round")
     content = path.read_bytes()
-    expect(content.endswith(b"\r\n") and content.count(b"\r\n") == content.count(b"\n"), "not all lines end in CR LF")
+    expect(content.endswith(b"\r\n") and content.count(b"\r\n") == content.count(b"\n"), "a line does not end in CR LF")
 
     path.unlink()
     run(command, "quoted", "--rounds", "1", "--csv", str(path))
