@@ -56,7 +56,7 @@ FAULTS = [
           """        const bool isReleased = ReleaseMutex(m_mutex.get()) != FALSE;
         SetLockCount(false);
         if (!isReleased) {""", "AutoMutexExploration"),
-    Fault("an owner that has ended stays recorded", "src/sync/AutoMutex.cpp",
+    Fault("a thread that has ended stays recorded as the owner", "src/sync/AutoMutex.cpp",
           "    m_lockCount = 0;\n    m_lockingThreadId = 0;\n    return WAIT_OBJECT_0;", "    return WAIT_OBJECT_0;",
           "AutoMutexExploration"),
     Fault("a wait that acquires an abandoned mutex counts as failed", "src/sync/AutoMutex.cpp",
@@ -80,7 +80,7 @@ FAULTS = [
           "    return lockWholeFile(m_descriptor, true) && lockWholeFile(m_descriptor, false);", "ErrorLogExploration"),
     Fault("a line is written after the log is unlocked", "src/exceptions/ErrorLog.cpp",
           "    (void)std::fflush(stream);\n", "", "ErrorLogExploration"),
-    Fault("a writer gives up at the first locked log", "src/exceptions/ErrorLog.cpp",
+    Fault("a writer makes only one attempt to lock the log", "src/exceptions/ErrorLog.cpp",
           "constexpr unsigned int kMaxRetries = 30;", "constexpr unsigned int kMaxRetries = 0;", "ErrorLogExploration"),
     Fault("the flag for silenced threads is stored after the lock is released", "src/exceptions/ThreadLogging.cpp",
           """        const Guard<AutoCriticalSection> held(state.silencedThreadsLock);
@@ -121,7 +121,7 @@ FAULTS = [
     Fault("an object that is gone before it is opened is not created again", "src/secure/SecuredObjects.cpp",
           "        if (attempt >= retries) {", "        if (attempt >= retries || GetLastError() == ERROR_FILE_NOT_FOUND) {",
           "SecuredObjectsExploration"),
-    Fault("a mapping that is opened counts as created", "src/secure/SecuredMappings.cpp",
+    Fault("an opened mapping is reported as created", "src/secure/SecuredMappings.cpp",
           """            mapping = kind.open();
         }
         if (mapping) {""",

@@ -69,7 +69,7 @@ class Program:
             self.suites[path] = (text, sorted(set(_SUITE.findall(text))))
 
     def suites_about(self, path, stems):
-        """The suites in files whose names start with one of `stems`, or that include `path` from src/."""
+        """The suites in files whose names start with one of `stems`, and in files that include `path` from src/."""
         include = f'#include "{path.removeprefix("src/")}"'
         return sorted({suite for file, (text, suites) in self.suites.items() for suite in suites
                        if include in text or any(file.name.startswith(stem) for stem in stems)})
