@@ -1,5 +1,5 @@
 // Splits texts of both widths with three functions: at a delimiter text, at delimiter characters outside of quotes, and
-// at one delimiter that becomes a terminator. Compares the results with the expected ones.
+// at a delimiter character, which becomes a terminator. Compares the results with the expected results.
 
 #include <cstdint>
 #include <string>
