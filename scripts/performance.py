@@ -18,7 +18,7 @@ END = "<!-- end of results -->"
 MAX_SPREAD = 0.2
 MAX_RISE = 1.5
 GROWTH = "growth"
-# The summary does not count results against these peers, because they show the limits of the machine.
+# The summary does not include comparisons with these peers, because they show the limits of the machine.
 LIMITS = ("memcpy",)
 
 # Introductions: facts that the titles of the families do not give.
@@ -28,7 +28,8 @@ INTRODUCTIONS = {
     "loading": "A process loads the DLL and unloads it. Each time includes both.",
     "sync": "Locks, named objects and lines of the log. Times are per lock and unlock, per creation, per round "
             "of two signals, or per line.",
-    "text": "Conversions between text and bytes. Times are for the whole input; the name of the case has its size.",
+    "text": "Conversions between text and bytes. Times are for the whole input; the name of the case has the size of the "
+            "input.",
     "values": "Numbers, lists and comparisons. Times are per number, field or text.",
     GROWTH: "The time per element, depending on the number of elements. The time falls while more elements share the "
             "fixed part of the work. It rises when the data no longer fit into a cache of the processor. Otherwise it "

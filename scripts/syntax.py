@@ -94,7 +94,7 @@ class Environment:
 
     def _precompiled(self):
         with self._precompiling:
-            # Not "<name>.h.pch", because clang would use such a file for "-include <name>.h", and so for AVX2, too.
+            # Not "<name>.h.pch", because clang would use such a file for "-include <name>.h", even in sources for AVX2.
             header = str(self._prelude.with_suffix(".pch"))
             if not os.path.exists(header):
                 command = [word for word in self._command if word != "-fsyntax-only"]
