@@ -1,6 +1,6 @@
 /// \file
-/// The flat interface: a named mutex and a named condition, shared by the processes of all users on the machine.
-/// vorelCoreC.h has the rules for all functions.
+/// The flat interface: a named mutex, which all users on the machine share, and a named condition, which they share if
+/// its name begins with "Global\". vorelCoreC.h has the rules for all functions.
 #pragma once
 
 #include "vorel/flat/LastError.h"
