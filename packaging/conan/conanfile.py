@@ -1,5 +1,5 @@
-"""The recipe for Conan 2. It exports the sources of the tree that contains the recipe. A recipe of a public index gets
-the sources of a release in `source()`."""
+"""The recipe for Conan 2. It exports the sources of the tree that contains the recipe. A recipe for a public index
+would instead download the sources of a release in `source()`."""
 
 import os
 import re

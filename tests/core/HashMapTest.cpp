@@ -30,7 +30,7 @@ std::map<int, int> entriesOf(const NumberMap& map) {
     return entries;
 }
 
-TEST(HashMap, Fields_AreBucketsSpareNodesSizeThreshold) {
+TEST(HashMap, FieldOrder_BucketsThenSpareNodesThenSizeThenThreshold) {
     struct Fields {
         void* buckets;
         unsigned int bucketCount;
@@ -59,7 +59,7 @@ TEST(HashMap, Fields_AreBucketsSpareNodesSizeThreshold) {
     EXPECT_EQ(fields.growAt, 23u);
 }
 
-TEST(HashMap, NodeFields_AreNextHashKeyValue) {
+TEST(HashMap, NodeFieldOrder_NextThenHashThenKeyThenValue) {
     struct Node {
         const Node* next;
         std::uint64_t hash;

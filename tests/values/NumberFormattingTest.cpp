@@ -130,7 +130,7 @@ TEST(NumberFormatting, DoubleToString_SetsTheLastUnitToZeroOnlyForMagnitudesFrom
     }
 }
 
-TEST(NumberFormatting, DoubleToString_TruncatesWordsAndMagnitudesFrom0_1) {
+TEST(NumberFormatting, DoubleToString_TruncatesSpecialTextsAndMagnitudesFrom0_1) {
     for (const double value : {123.456, kInfinite, -kInfinite, fromBits(0x7FF80000000007A2)}) {
         const std::string whole = narrow(value, FO_Default);
         for (unsigned int size = 1; size <= 64; ++size) {
@@ -143,7 +143,7 @@ TEST(NumberFormatting, DoubleToString_TruncatesWordsAndMagnitudesFrom0_1) {
     }
 }
 
-TEST(NumberFormatting, DoubleToString_NormalisesTruncatedTexts) {
+TEST(NumberFormatting, DoubleToString_NormalisesTextsAfterTruncation) {
     struct Cut {
         double value;
         unsigned int size;
@@ -209,12 +209,6 @@ TEST(NumberFormatting, DoubleToString_IgnoresTheLocale) {
     }
     EXPECT_EQ(narrow(1.5, FO_Default), "1.5");
     EXPECT_EQ(wide(1.5e-7, FO_Default), L"1.5e-007");
-}
-
-TEST(NumberFormatting, DoubleToString_TruncatesBeforeNormalisingTheExponent) {
-    test::GuardedBuffer<char> buffer(5);
-    EXPECT_STREQ(util::doubleToString(1e20, buffer.data(), 5, FO_Default), "1e+2");
-    EXPECT_TRUE(buffer.isIntact());
 }
 
 TEST(NumberFormatting, DoubleToString_DoesNotTerminateTruncatedWideText) {
