@@ -69,18 +69,4 @@ void Exception::AssignFrom(const Exception& source) noexcept {
     m_wideBlock.clear();
 }
 
-void Exception::CleanAll() noexcept {
-    m_stack.resize(0);
-}
-
-void Exception::clear() noexcept {
-    CleanAll();
-}
-
-void Exception::mirrorAllMessages() const noexcept {
-    for (const StackEntry& entry : m_stack) {
-        MirrorErrorMessage(ErrorLogLocation, CurrentLogSize, "Vorel Error: ", entry.message.view().data(), true);
-    }
-}
-
 }  // namespace vorel

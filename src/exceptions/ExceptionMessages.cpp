@@ -1,6 +1,6 @@
 /// \file
-/// Adds messages to the message stack of an exception, and reads the messages. Adding never throws, because an
-/// exception may be created directly after a failed allocation. If memory runs out, the exception has less text.
+/// The message stack of an exception: adds, reads, logs and removes messages. Adding never throws, because an exception
+/// may be created directly after a failed allocation. If memory runs out, the exception has less text.
 
 #include <new>
 #include <utility>
@@ -213,6 +213,20 @@ void Exception::dumpStack(std::vector<std::wstring>& messages, std::vector<std::
     });
     if (clearAfter) {
         CleanAll();
+    }
+}
+
+void Exception::CleanAll() noexcept {
+    m_stack.resize(0);
+}
+
+void Exception::clear() noexcept {
+    CleanAll();
+}
+
+void Exception::mirrorAllMessages() const noexcept {
+    for (const StackEntry& entry : m_stack) {
+        MirrorErrorMessage(ErrorLogLocation, CurrentLogSize, "Vorel Error: ", entry.message.view().data(), true);
     }
 }
 
