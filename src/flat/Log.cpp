@@ -57,7 +57,7 @@ Array<char> prefixOf(std::string_view front, std::wstring_view back) {
 }
 
 /// The path in the process's code page, with a terminator. The array is empty if the code page lacks a character of the
-/// path.
+/// path, or if the path contains an unpaired surrogate.
 Array<char> narrowPath(std::wstring_view path) {
     Array<char> bytes;
     if (path.empty()) {
@@ -66,10 +66,10 @@ Array<char> narrowPath(std::wstring_view path) {
     }
     const int units = static_cast<int>(path.size());
     BOOL replaced = FALSE;
-    // If the code page is UTF-8, `asked` is null, because the system call rejects any other value. UTF-8 can represent
-    // every character, so nothing is replaced.
+    // UTF-8 has every character. So if the code page is UTF-8, only an unpaired surrogate cannot be converted. The
+    // system call then fails because of the flag, and accepts no other flag and no pointer to `replaced`.
     BOOL* const asked = GetACP() == CP_UTF8 ? nullptr : &replaced;
-    const DWORD flags = asked ? WC_NO_BEST_FIT_CHARS : 0;
+    const DWORD flags = asked ? WC_NO_BEST_FIT_CHARS : WC_ERR_INVALID_CHARS;
     const int size = WideCharToMultiByte(CP_ACP, flags, path.data(), units, nullptr, 0, nullptr, asked);
     if (size <= 0 || replaced) {
         return bytes;

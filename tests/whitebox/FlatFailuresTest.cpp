@@ -209,19 +209,20 @@ std::wstring logPath() {
     return flatText([](auto... out) { return vorel_log_path(out...); });
 }
 
-TEST(FlatLogPath, DoesNotAskWhetherCharactersWereReplacedInAUtf8Process) {
+TEST(FlatLogPath, InAUtf8ProcessOnlyAnUnpairedSurrogateIsRejected) {
     const TemporaryLog log;
     const ImportHook<importedGetACP> codePage([] { return UINT{CP_UTF8}; });
     int conversions = 0;
     const ImportHook<importedWideCharToMultiByte> toBytes([&](UINT page, DWORD flags, LPCWCH text, int units, LPSTR out,
                                                               int capacity, LPCCH replacement, LPBOOL replaced) {
         ++conversions;
-        EXPECT_EQ(flags, 0u);
-        EXPECT_EQ(replaced, nullptr);
-        return toBytes.original(page, flags, text, units, out, capacity, replacement, replaced);
+        EXPECT_EQ(page, UINT{CP_ACP});
+        EXPECT_EQ(replaced, nullptr) << "the system rejects other values if the code page is UTF-8";
+        return toBytes.original(CP_UTF8, flags, text, units, out, capacity, replacement, replaced);
     });
     EXPECT_EQ(setPath(L"somewhere.txt"), VOREL_OK);
     EXPECT_EQ(conversions, 2);
+    EXPECT_EQ(setPath(L"some\xD800where.txt"), VOREL_ERROR_INVALID_TEXT);
     EXPECT_EQ(logPath(), L"somewhere.txt");
 }
 
