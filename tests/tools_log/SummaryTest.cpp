@@ -37,7 +37,7 @@ TEST(SummaryTest, Text) {
         "[Mon Nov 16" + header(1, 4312, "01:43:08") + "Vorel Error: ha" + header(1, 4312, "01:43:08") + "no prefix",
     });
     EXPECT_EQ(summary.text(), "5 records of 2 processes from 2026-11-16 01:43:08 to 2026-11-16 01:43:10, "
-                              "2 entries without a header; 4 of 7 damaged: 1 cut, 2 mid-line, 1 no header\n"
+                              "and 2 lines without a header; 4 damaged: 1 cut, 2 mid-line, 1 no header\n"
                               "\n"
                               "   Entries  Message\n"
                               "         3  WARN: order # is late\n"
@@ -116,7 +116,7 @@ TEST(SummaryTest, ExceptionsAreGroupedByTheirTrails) {
 
 TEST(SummaryTest, LogWithoutRecordsHasNoTable) {
     EXPECT_EQ(Summary().text(), "0 records\n");
-    EXPECT_EQ(summaryOf({"garbage"}).text(), "0 records, 1 entry without a header; 1 of 1 damaged: 1 no header\n");
+    EXPECT_EQ(summaryOf({"garbage"}).text(), "0 records, and 1 line without a header; 1 damaged: 1 no header\n");
 }
 
 TEST(SummaryTest, Json) {
@@ -184,7 +184,8 @@ TEST(SummaryTest, FoldedTrailIsCountedAsOneEntry) {
     }
     assembler.flush();
     EXPECT_THAT(summary.text(), ::testing::StartsWith("2 entries with 3 records of 2 processes at 2026-11-16 01:43:08, "
-                                                      "1 entry without a header; 1 of 4 damaged: 1 no header\n"));
+                                                      "and 1 line without a header; 1 damaged: 1 no header\n"));
+    // In JSON, "entries" includes the line without a header.
     EXPECT_THAT(summary.json(), ::testing::StartsWith(R"({"type":"summary","entries":3,"records":3,"processes":2,)"));
 }
 

@@ -22,18 +22,20 @@ namespace vorellog {
 /// A process id, on any host or on one host.
 struct ProcessChoice {
     unsigned long id = 0;
-    std::optional<std::string>
-        host{};  ///< nullopt for any host; an empty name is a host, too; the case of A to Z is ignored
+    /// nullopt: any host. An empty text: only records whose host is empty. The case of A to Z is ignored.
+    std::optional<std::string> host{};
 };
 
 struct FilterChoices {
     std::vector<ProcessChoice> processes{};
     std::vector<unsigned long> threads{};
-    std::vector<std::string> prefixes{};                     ///< without the colon; the case of A to Z is ignored
-    std::vector<std::string> texts{};                        ///< anywhere in prefix and message
-    bool ignoreCase = false;                                 ///< ignores the case of A to Z in `texts`
-    std::vector<std::shared_ptr<const Pattern>> patterns{};  ///< alternatives to `texts`
-    bool invert = false;  ///< selects records without any of `texts` and `patterns`, which must not both be empty
+    std::vector<std::string> prefixes{};  ///< without the colon; the case of A to Z is ignored
+    /// A record must contain one of `texts`, or match one of `patterns`, in its prefix and message. If both are empty,
+    /// every record is selected.
+    std::vector<std::string> texts{};
+    std::vector<std::shared_ptr<const Pattern>> patterns{};
+    bool ignoreCase = false;  ///< ignores the case of A to Z in `texts`
+    bool invert = false;      ///< selects records without any of `texts` and `patterns`, which must not both be empty
     std::optional<LocalMs> from{};  ///< inclusive
     std::optional<LocalMs> to{};    ///< exclusive
     bool damagedOnly = false;

@@ -83,7 +83,7 @@ void appendGroup(std::string& out, const MessageGroups::Group& group) {
 
 }  // namespace
 
-/// "3 of 12 damaged: 1 cut, 2 no header"; empty if no record is damaged.
+/// "3 damaged: 1 cut, 2 no header"; empty if no record is damaged.
 std::string Summary::damageText() const {
     std::string kinds;
     for (const Damage each : kKinds) {
@@ -91,7 +91,7 @@ std::string Summary::damageText() const {
             kinds += (kinds.empty() ? "" : ", ") + std::to_string(count) + ' ' + std::string(nameOf(each));
         }
     }
-    return kinds.empty() ? kinds : std::to_string(damaged()) + " of " + std::to_string(lines()) + " damaged: " + kinds;
+    return kinds.empty() ? kinds : std::to_string(damaged()) + " damaged: " + kinds;
 }
 
 void Summary::appendGroups(std::string& out, std::size_t top) const {
@@ -164,20 +164,20 @@ std::string Summary::bars() const {
 /// "5 entries with 8 records of 2 processes from 2026-11-16 01:43:08 to 2026-11-16 01:43:12". The number of entries is
 /// given only if it differs from the number of records, that is, if an exception has several records.
 std::string Summary::headText() const {
-    const auto entriesText = [](unsigned long long count) {
-        return std::to_string(count) + (count == 1 ? " entry" : " entries");
-    };
     const unsigned long long others = lines() - m_all.records;
     const unsigned long long entries = m_entries - others;
-    std::string out =
-        (entries == m_all.records ? "" : entriesText(entries) + " with ") + counted(m_all.records, "record");
+    std::string out;
+    if (entries != m_all.records) {
+        out = std::to_string(entries) + (entries == 1 ? " entry with " : " entries with ");
+    }
+    out += counted(m_all.records, "record");
     if (m_all.records != 0) {
         out += std::string(" of ") + (m_hasMoreProcesses ? "more than " : "") + std::to_string(m_processes.size()) +
                (m_processes.size() == 1 ? " process" : " processes");
         out += (m_all.firstMs == m_all.lastMs ? " at " : " from ") + spanText(m_all.firstMs, m_all.lastMs);
     }
     if (others != 0) {
-        out += ", " + entriesText(others) + " without a header";
+        out += ", and " + counted(others, "line") + " without a header";
     }
     const std::string damage = damageText();
     return out + (damage.empty() ? "" : "; " + damage) + '\n';
