@@ -1,6 +1,6 @@
 /// \file
-/// Makes text from logs, files and command lines safe to show: the text cannot send commands to a terminal, reorder or
-/// hide other text, or end a line early.
+/// Makes text from logs, files and command lines safe to show: the text cannot send commands to a terminal, or reorder
+/// or hide other text. Except with `visibleLines`, it cannot end a line either.
 #pragma once
 
 #include <cstdint>

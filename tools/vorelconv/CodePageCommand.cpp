@@ -59,7 +59,7 @@ int codePageOf(const tools::Arguments& arguments, const tools::Option& option, b
     }
     if (!isUsable(codePage)) {
         throw tools::Failure(L"code page " + std::to_wstring(codePage) + L" (\"" + name +
-                             L"\") is not available on this system, or cannot be converted with error checking");
+                             L"\") is not available on this system, or the system cannot find invalid text in it");
     }
     return codePage;
 }
@@ -188,8 +188,8 @@ private:
     void checkNothingIsLost(std::string_view text) {
         std::wstring again;
         if (!m_check.read(m_bytes, again)) {
-            throw BadInput{0, L"the system cannot convert code page " + std::to_wstring(m_check.codePage()) +
-                                  L" back to check for lost characters (--replace skips this check)"};
+            throw BadInput{0, L"cannot check for lost characters, because the system cannot convert code page " +
+                                  std::to_wstring(m_check.codePage()) + L" to Unicode (--replace skips this check)"};
         }
         if (again == m_units) {
             return;

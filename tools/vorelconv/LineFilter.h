@@ -6,14 +6,14 @@
 
 namespace conv {
 
-/// Splits a stream of UTF-8 into lines. A line ends with a line feed, a carriage return and a line feed, or the end of
-/// the text. Every line must fit into memory. A byte-order mark before the first line is dropped.
+/// Splits a stream of UTF-8 into lines. A line ends with LF, with CR LF, or at the end of the text. Every line must fit
+/// into memory. A byte-order mark before the first line is dropped.
 class LineFilter : public Filter {
 public:
     std::size_t convert(std::string_view block, bool last, std::string& result) final;
 
 protected:
-    /// Appends the result for one line, including its line end.
+    /// Converts `line`, which has no line end, and appends the result. Each line of the result ends with LF.
     /// \throws BadInput with an index relative to the start of the line.
     virtual void convertLine(const std::wstring& line, std::string& result) = 0;
 
