@@ -93,7 +93,7 @@ function wide(value, asWide, range) {
     return BigInt(value);
 }
 
-/** Returns a `Date`, or a number of seconds, as whole seconds since 1970. */
+/** Converts a `Date` to seconds since 1970, rounded down. Returns a number unchanged if it is a whole number. */
 function seconds(time) {
     if (!(time instanceof Date) && typeof time !== 'number') {
         throw invalidType('time', 'of type number or an instance of Date', time);

@@ -74,8 +74,8 @@ function linesOf(file) {
 }
 
 /**
- * The shortest time of each action per call in microseconds. The rounds of the actions alternate, so all actions run
- * under the same load of the machine.
+ * For each action, the average time of a call in the action's fastest round, in microseconds. The rounds of the actions
+ * alternate, so all actions run under the same load of the machine.
  */
 function shortestTimes(rounds, calls, ...actions) {
     const times = actions.map(() => Infinity);
