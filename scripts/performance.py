@@ -35,7 +35,7 @@ INTRODUCTIONS = {
             "fixed part of the work. It rises when the data no longer fit into a cache of the processor. Otherwise it "
             "should be constant. The grey range is beyond the largest cache. The peer does the same work in the same "
             "run, and shows the effect of the machine. A rise is the largest ratio between a time and the time for a "
-            "smaller number. It is computed beyond the largest cache, or over all numbers if memory has no effect. "
+            "smaller number of elements. If a case has numbers in the grey range, only these numbers are compared. "
             "Lists and maps have at most ten million elements, because more would need more than 16 GB, or many "
             "minutes. The processes that write the log share one processor.",
 }
@@ -155,7 +155,7 @@ def growth_table(rows: list) -> list:
         last = lines[-1]
         cells.append([name(case), name(last["peer"]), f"{int(last['elements']):,}", duration(last["ours_ns"]),
                       duration(last["peer_ns"]), rise(lines, "ours_ns"), rise(lines, "peer_ns")])
-    return table(["Work", "Peer", "Largest number", "vorelCore there", "Peer there", "Rise", "Peer's rise"], cells, 2)
+    return table(["Work", "Peer", "Largest number of elements", "vorelCore's time for it", "Peer's time for it", "Rise", "Peer's rise"], cells, 2)
 
 
 def draw_growth(rows: list, path: Path) -> None:

@@ -76,7 +76,7 @@ void splitAll(Family& family) {
             family, "splitString, parts of " + count, text, textOf<T>(","),
             [](const T* whole, const T* delimiter, auto& parts) { util::splitString(whole, delimiter, parts); });
         compareSplits<T>(
-            family, "split with quotes, parts of " + count, text, textOf<T>(",;|"),
+            family, "split that supports quotes, parts of " + count, text, textOf<T>(",;|"),
             [](const T* whole, const T* delimiters, auto& parts) { splitQuoted(whole, delimiters, parts); });
     }
 }

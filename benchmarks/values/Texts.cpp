@@ -81,7 +81,7 @@ void split(Family& family, const std::vector<std::wstring>& all) {
                        return std::uint64_t{parts.size()};
                    },
                    {{"wstring find and emplace_back", plainSplit}});
-    family.compare("split with quotes, wide", kFields,
+    family.compare("split that supports quotes, wide", kFields,
                    [&] {
                        util::singleStringToMultipleStrings(text.c_str(), L",", parts, false);
                        return std::uint64_t{parts.size()};
