@@ -43,7 +43,7 @@ struct BinaryParts {
 };
 
 /// Compares `value` * 10^`power` with `digits` + 1/2. Returns a number below 0, 0 (a tie), or a number above 0. The
-/// comparison is exact. It is needed only in the rare cases that 128 bits cannot decide.
+/// comparison is exact. It is called only in the rare cases that the first 64 bits after the point do not decide.
 VOREL_COLD constexpr int compareWithHalf(const BinaryParts& value, int power, std::uint64_t digits) noexcept {
     BigInteger left(value.significand);
     BigInteger right(2 * digits + 1);

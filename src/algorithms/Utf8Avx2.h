@@ -25,9 +25,9 @@ struct Progress {
 /// Whether whole vectors may be stored past the written units.
 enum class Overwrite { Allowed, Forbidden };
 
-/// Decodes well-formed text from `bytes`, up to a zero or an ill-formed part. Reads at most `left` bytes of text and
-/// writes at most `capacity` 16-bit units. If the function makes no progress, the scalar codec must continue. Reads may
-/// extend past the text, but not into a page after it.
+/// Decodes well-formed text from `bytes`, up to a zero, a byte above 0xF0, or an ill-formed part. Reads at most `left`
+/// bytes of text and writes at most `capacity` 16-bit units. If the function makes no progress, the scalar codec must
+/// continue. Reads may extend past the text, but not into a page after it.
 Progress decodeUtf8Avx2(const unsigned char* bytes, std::size_t left, void* out, std::size_t capacity,
                         Overwrite overwrite) noexcept;
 

@@ -14,9 +14,9 @@ namespace vorel::algorithms::decoding {
 
 namespace {
 
-/// Decodes the characters among the next sixteen bytes, up to a zero, a byte above 0xF0, or the end of the text. Writes
-/// nothing past the decoded units, so this function is used near the end of the text or of the capacity. Decodes
-/// nothing if a character is ill-formed or the units exceed the capacity.
+/// Decodes the characters among the next sixteen bytes, up to a zero, a byte above 0xF0, or the end of the text.
+/// Decodes nothing if a character is ill-formed or the units exceed the capacity. Unlike the functions for blocks, this
+/// function writes nothing past the decoded units.
 VOREL_NOINLINE Progress decodePart(const unsigned char* bytes, std::size_t left, unsigned char* out,
                                    std::size_t capacity) noexcept {
     const Bytes found(loadBytes(bytes), kConstants);
@@ -48,9 +48,10 @@ VOREL_ALWAYS_INLINE void storeUnits(__m128i units, unsigned char* out) noexcept 
     _mm_storeu_si128(reinterpret_cast<__m128i*>(out), units);
 }
 
-/// The position in the bytes and in the output. If the last character is incomplete, all its units up to this position
-/// are already written. `expected` has a bit for each of the next bytes that must be a trailing byte of this character.
-/// If this character has four bytes and its third byte is one of the next bytes, `thirds` has a bit for the third byte.
+/// The position in the bytes and in the output. The last character may continue after this position. The bits of
+/// `expected` are then set for its bytes among the next bytes. Its first unit is already written, because that unit is
+/// computed from bytes that are read ahead. A character of four bytes has a second unit. If its third byte is one of
+/// the next bytes, the bit of `thirds` for this byte is set; otherwise, the second unit is already written, too.
 struct Decoding {
     const unsigned char* bytes;
     unsigned char* out;
@@ -136,10 +137,10 @@ VOREL_ALWAYS_INLINE void decodeAscii(Decoding& at, const unsigned char* end) noe
     }
 }
 
-/// Decodes text while at least a double block is left before `end`, up to a zero or an ill-formed part. `end` lies in
-/// the page of `at.bytes`. If `at.bytes` is aligned, ASCII is decoded in double blocks past `end` as well, up to
-/// `last`, the end of the text or of the capacity, because each aligned double block lies in one page. A stop at every
-/// page border would cost a mispredicted branch, and this branch would wait for the bytes to be loaded.
+/// Decodes text while at least a double block is left before `end`, up to a zero, a byte above 0xF0, or an ill-formed
+/// part. `end` lies in the page of `at.bytes`. An aligned double block lies in one page. So if `at.bytes` is aligned,
+/// double blocks of ASCII are also decoded past `end`, up to `last`. `last` is the end of the text or of the capacity.
+/// A stop at every page border would cost a mispredicted branch, and this branch would wait for the bytes to be loaded.
 VOREL_ALWAYS_INLINE void decodeWhole(Decoding& at, const unsigned char* end, const unsigned char* last,
                                      const Constants& k) noexcept {
     constexpr unsigned int kLeadsOfThrees = 0x249249;
@@ -179,7 +180,8 @@ VOREL_ALWAYS_INLINE void decodeWhole(Decoding& at, const unsigned char* end, con
     }
 }
 
-/// The end of the double blocks that can be read in this page and that fit into the output.
+/// The limit for decoding in double blocks. A double block that ends at or before this limit is in the text and fits
+/// into the output. It can be read without leaving the page.
 VOREL_ALWAYS_INLINE const unsigned char* endOfWhole(const unsigned char* bytes, std::size_t left,
                                                     std::size_t room) noexcept {
     const std::size_t inPage = kPageBytes - offsetInPage(bytes);
@@ -210,7 +212,8 @@ VOREL_ALWAYS_INLINE bool decodeToPage(Decoding& at, std::size_t left) noexcept {
     return true;
 }
 
-/// Decodes text up to a zero or an ill-formed part, while the output has space for `kDoubleBlock` units.
+/// Decodes text up to a zero, a byte above 0xF0, or an ill-formed part, while the output has space for `kDoubleBlock`
+/// units. Also stops if the next bytes may lie in a page that cannot be read.
 VOREL_NOINLINE Progress decodeBlocks(const unsigned char* bytes, std::size_t left, unsigned char* out,
                                      std::size_t capacity) noexcept {
     const Constants& k = hidden(kConstants);

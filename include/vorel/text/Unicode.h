@@ -32,9 +32,9 @@ VOREL_API int ConvertUCStoUTF8(unsigned int codePoint, char* output, int size) n
 ///
 /// A byte that does not start a sequence is an error. If `throwOnError` is false, the result is then false. After an
 /// error, `output` holds the text before the error, truncated to a multiple of 450 units.
-/// \throws Exception "Error converting UTF-8 character (%ls)" after an error if `throwOnError` is true. `%ls` is "Hex
-///         string: " and the bytes between the invalid byte and the next zero, or empty if there are no such bytes. The
-///         overload for `const char*` adds the message "Failed to convert utf8 text to String: %s" with the input.
+/// \throws Exception "Error converting UTF-8 character (%ls)" after an error if `throwOnError` is true. `%ls` shows the
+///         bytes after the invalid byte, up to the next zero: "Hex string: 28-41". Without such bytes, `%ls` is empty.
+///         The overload for `const char*` adds the message "Failed to convert utf8 text to String: %s" with the input.
 ///         MemoryException if the output cannot grow; its length is then a multiple of 450 units.
 VOREL_API bool ConvertUTF8toString(BaseString<wchar_t>& output, const unsigned char* input, int length,
                                    bool throwOnError);

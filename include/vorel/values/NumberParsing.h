@@ -56,9 +56,10 @@ VOREL_API int hexToInt(const wchar_t* text, wchar_t** end) noexcept;
 
 /// Parses a decimal number with fraction and exponent. Only the first 18 digits count, including leading zeros. The
 /// result may differ in its last bit from the nearest double; the bits are the same in every program that uses the
-/// library. A value out of range becomes infinity or 0. An exponent marker without digits is accepted ("1e" is 1). The
-/// white space after the number is not skipped. Without any digit the result is 0.0 (-0.0 after a '-') and `end` is
-/// `text`. Null gives 0.0 and a null end.
+/// library. A value out of range becomes infinity or 0. An exponent below -308 gives 0 even if
+/// the value is in range, and zero with an exponent above 308 is NaN. An exponent marker without digits is accepted
+/// ("1e" is 1). The white space after the number is not skipped. Without any digit the result is 0.0 (-0.0 after a '-')
+/// and `end` is `text`. Null gives 0.0 and a null end.
 ///
 ///     "1.5e3x"  ->  1500.0, at the 'x'
 VOREL_API double stringToDouble(const char* text, char** end) noexcept;

@@ -43,8 +43,8 @@ VOREL_API void singleCStringToMultipleCStrings(const char* text, const char* del
 ///
 ///     "a,b,,c" at ","  ->  "a" "b" "" "c", 4        with 2 tokens at most  ->  "a" "b,,c", 2
 ///
-/// If `maxTokens` is from 1 to 1,024, slots for that many tokens are reserved first. For a larger value, not more slots
-/// are reserved than the text can have tokens.
+/// If `maxTokens` is from 1 to 1,024, slots for that many tokens are reserved first. For a larger value, the number
+/// of reserved slots is at most the number of tokens that the text can have.
 /// \throws MemoryException, with the record "vorel::util::tokenizeString: Vorel exception rethrown".
 VOREL_API int tokenizeString(char* text, const char* delimiter, Array<char*>& tokens, int maxTokens);
 VOREL_API int tokenizeString(wchar_t* text, const wchar_t* delimiter, Array<wchar_t*>& tokens, int maxTokens);
