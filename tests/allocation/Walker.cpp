@@ -129,8 +129,8 @@ TEST_P(FailingHeap, FailsAsDocumentedAndLeaksNothing) {
     const auto& [operation, failure] = GetParam();
     test::TemporaryLog log;
     {
-        // In this run, the library creates the data that it creates only once and keeps. So the data is not reported as
-        // a leak of a later run.
+        // The library creates some data at its first use and keeps it. The operation runs once before blocks are
+        // counted, so that this data is not reported as a leak of a later run.
         Attempt warmUp(kMaxRequests, failure, log);
         operation.run(warmUp);
         ASSERT_FALSE(warmUp.allocationFailed());

@@ -15,6 +15,7 @@
 #include <io.h>
 #include <windows.h>
 
+#include "support/CommaLocale.h"
 #include "support/LockedFile.h"
 #include "support/TemporaryLog.h"
 #include "support/WideText.h"
@@ -100,8 +101,16 @@ TEST(ErrorLog, LinesAreAppendedInOrder) {
 
 TEST(ErrorLog, MessagesAreUtf8InEveryLocale) {
     const TemporaryLog log;
-    Exception::warn(L"%ls", L"\x00E9\x4E00\xD83D\xDE00\xD800");
-    EXPECT_EQ(log.messages(), Texts{"WARN: \xC3\xA9\xE4\xB8\x80\xF0\x9F\x98\x80?"});
+    const auto warn = [] { Exception::warn(L"%ls", L"\x00E9\x4E00\xD83D\xDE00\xD800"); };
+    const std::string line = "WARN: \xC3\xA9\xE4\xB8\x80\xF0\x9F\x98\x80?";
+    warn();
+    EXPECT_EQ(log.messages(), Texts{line});
+    const test::CommaLocale locale;
+    if (!locale.isSet()) {
+        GTEST_SKIP() << "no other locale is available";
+    }
+    warn();
+    EXPECT_EQ(log.messages(), (Texts{line, line}));
 }
 
 TEST(ErrorLog, LineFeedsInAMessageAreNotEscaped) {

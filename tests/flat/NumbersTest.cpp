@@ -170,7 +170,7 @@ void expectScanned(Scan<Value> scan, const Scanned<Value> (&rows)[Rows]) {
     EXPECT_EQ(scan(FlatText(L"1\0"sv).data(), 2, &value, &used), VOREL_ERROR_INVALID_TEXT);
     EXPECT_EQ(value, static_cast<Value>(77));
     EXPECT_EQ(used, 4711u);
-    EXPECT_EQ(scan(nullptr, 0, &value, &used), VOREL_OK) << "an empty text contains no value";
+    EXPECT_EQ(scan(nullptr, 0, &value, &used), VOREL_OK) << "the scan of an empty text must succeed";
     EXPECT_EQ(value, Value{});
     EXPECT_EQ(used, 0u);
 }

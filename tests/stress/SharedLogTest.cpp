@@ -2,11 +2,11 @@
 /// Six processes with four threads each write to one log.
 ///
 /// The log silently drops a line if the file is locked in all 31 attempts. So under contention, any line may be
-/// missing. But before a line is dropped, the call sleeps for 1.4 s, which the writer can measure. Each writer lists
-/// the calls that took so long that their lines may have been dropped. The lines of all other calls must be in the log,
-/// exactly once and complete. On two cores, the slowest of 12,000 calls took 0.25 s, so in practice all lines are
-/// expected. If the writers take turns, they do not compete, and every line must be in the log, however long its call
-/// took.
+/// missing. But before a line is dropped, the call sleeps for at least 0.9 s, which the writer measures. Each writer
+/// lists the calls that took so long that their lines may have been dropped. The lines of all other calls must be in
+/// the log, exactly once and complete. On two cores, the slowest of 12,000 calls took 0.25 s, so in practice all lines
+/// are expected. If the writers take turns, they do not compete, and every line must be in the log, however long its
+/// call took.
 
 #include <cstdio>
 #include <map>

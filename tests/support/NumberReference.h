@@ -1,7 +1,7 @@
 /// \file
 /// Reference implementation of the number parsers. It is simple, and uses other algorithms than the library.
-/// Regular expressions recognise numbers, and values are computed from the last digit to the first. The functions
-/// expect texts in the narrow form that `shapeOf` returns (see Shape.h).
+/// The functions that check a whole text use regular expressions. Values are computed from the last digit to the first.
+/// The functions expect texts in the narrow form that `shapeOf` returns (see Shape.h).
 #pragma once
 
 #include <cstddef>
@@ -65,7 +65,8 @@ inline Reading<std::uint32_t> readHex(std::string_view text, std::size_t maxDigi
     return {value, at + runOf(kBlanks, text, at)};
 }
 
-/// The parts of a decimal number, and the positions where the mantissa and the whole number end.
+/// The parts of a decimal number. `mantissaEnd` is the position after the mantissa, and `end` is the position after the
+/// exponent.
 struct DecimalParts {
     bool negative = false;
     std::string digits;       ///< without the point

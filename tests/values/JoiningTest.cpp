@@ -48,7 +48,7 @@ TEST(Joining, ListOfOneItemInQuotesIsJoinedUnchanged) {
     }
 }
 
-TEST(Joining, DelimiterThatIsFoundOnlyByBacktrackingIsNotQuoted) {
+TEST(Joining, ItemIsNotQuotedIfOnlyBacktrackingFindsTheDelimiter) {
     EXPECT_EQ(util::multipleStringsToSingleString(stringsOf(Texts{L"aab", L"ab", L"xab"}), L"ab"),
               L"aabab\"ab\"ab\"xab\"");
     EXPECT_EQ(util::multipleStringsToSingleString(stringsOf(Texts{L"aaab", L"aab"}), L"aab"), L"aaabaab\"aab\"");

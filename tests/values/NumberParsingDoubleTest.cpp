@@ -1,5 +1,5 @@
 // Doubles: significant digits, exponent and the order of the arithmetic. All bits of a result are compared. An expected
-// value is exact, or it is an expression with the multiplications and divisions that the parser must use, in their
+// value is the number itself, or the result of the multiplications and divisions that the parser must use, in their
 // order.
 
 #include <limits>
@@ -118,7 +118,8 @@ TYPED_TEST(NumberParsingDouble, ReadsAnExponentEvenWithoutDigits) {
     });
 }
 
-TYPED_TEST(NumberParsingDouble, ScalesByAProductOfPowersFromTheLowestExponentBit) {
+/// The number is scaled by the product of the powers 1e1, 1e2, 1e4 … 1e256 for the bits that are set in the exponent.
+TYPED_TEST(NumberParsingDouble, MultipliesPowersOfTenInTheOrderOfTheExponentBits) {
     const double factor308 = 1.0e4 * 1.0e16 * 1.0e32 * 1.0e256;
     expectRows<TypeParam>({
         {"1e22", 1e22, 4},
@@ -133,7 +134,9 @@ TYPED_TEST(NumberParsingDouble, ScalesByAProductOfPowersFromTheLowestExponentBit
     });
 }
 
-TYPED_TEST(NumberParsingDouble, ValueOutOfRangeIsInfiniteOrZero) {
+/// An exponent above 308 is infinite as a power of ten. So division by it gives 0, even if the value is in the range of
+/// a double.
+TYPED_TEST(NumberParsingDouble, ExponentsOutOfRangeGiveInfinityOrZero) {
     expectRows<TypeParam>({
         {"1e309", kInfinite, 5},
         {"2e308", kInfinite, 5},
@@ -150,7 +153,7 @@ TYPED_TEST(NumberParsingDouble, ValueOutOfRangeIsInfiniteOrZero) {
         {"1e-999", 0.0, 6},
         {"-1e-999", -0.0, 7},
         {"1e-2147483647", 0.0, 13},
-        {"0e308", 0.0, 5},
+        {"0e308", 0.0, 5},  // in range
         {"0e-999", 0.0, 6},
         {"-0e-999", -0.0, 7},
     });

@@ -196,7 +196,7 @@ TYPED_TEST(Splitting, TokenizeString_SplitsInPlace) {
     }
 }
 
-TYPED_TEST(Splitting, TokenizeString_ReservesSlotsForTheMaximumCount) {
+TYPED_TEST(Splitting, TokenizeString_ReservesSlotsForAMaximumUpTo1024) {
     std::basic_string<TypeParam> text = test::text<TypeParam>("a,b");
     Array<TypeParam*> tokens;
     util::tokenizeString(text.data(), test::text<TypeParam>(",").c_str(), tokens, 37);
@@ -207,7 +207,7 @@ TYPED_TEST(Splitting, TokenizeString_ReservesSlotsForTheMaximumCount) {
     EXPECT_EQ(tokens.data(), data);
 }
 
-TYPED_TEST(Splitting, TokenizeString_ReservesNoMoreTokensThanTheTextCanHave) {
+TYPED_TEST(Splitting, TokenizeString_ForALargerMaximumReservesOnlyForPossibleTokens) {
     constexpr int kNoLimit = std::numeric_limits<int>::max();
     for (const int most : {1025, 1'000'000, kNoLimit}) {
         std::basic_string<TypeParam> text = test::text<TypeParam>("a,b");

@@ -1,5 +1,5 @@
 /// \file
-/// The tests of the archive, which `tests.txt` lists.
+/// Reads `tests.txt`, the list of the test programs that are in the same archive as verify.exe.
 #pragma once
 
 #include <filesystem>
@@ -22,7 +22,7 @@ struct Test {
 
 /// Reads the list, which contains a test per line. Tabs separate the fields of a line. Only tests of `suites` are
 /// returned, or all tests if `suites` is empty.
-/// \throws std::runtime_error if the list cannot be read, a line is damaged, or a suite does not exist.
+/// \throws std::exception if the list cannot be read, a line is damaged, or a suite does not exist.
 std::vector<Test> readTestList(const std::filesystem::path& path, const std::vector<std::string>& suites);
 
 /// The bytes of a file.

@@ -103,7 +103,7 @@ BOOL WINAPI closeAndReportFailure(HANDLE handle) {
 class AutoMutexInside : public testing::Test {
 public:
     AutoMutexInside() { theSystem() = {}; }
-    ~AutoMutexInside() noexcept override = default;  // the mutex's destructor may throw
+    ~AutoMutexInside() noexcept override = default;  // noexcept, although the destructor of `m_mutex` is not
 
 protected:
     /// Makes a new thread record itself as the owner, and waits until the thread has exited. Returns the id of the

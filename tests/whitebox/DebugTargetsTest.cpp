@@ -51,7 +51,7 @@ TEST_F(DebugTargetsInside, FirstActiveTargetSetsTheFlagPermanently) {
     EXPECT_TRUE(DebugTargetsUsed);
 }
 
-TEST_F(DebugTargetsInside, FirstActiveWideTargetSetsTheFlagOfTheNarrowTargets) {
+TEST_F(DebugTargetsInside, FirstActiveWideTargetSetsTheSameFlag) {
     Exception::setDebugTarget(L"DTI.WideFlag", true);
     EXPECT_TRUE(DebugTargetsUsed);
     Exception::setDebugTarget(L"DTI.WideFlag", false);

@@ -38,8 +38,8 @@ TEST(RegisterSpy, WaitsForTheLockWhileThreadSafetyIsOn) {
 TEST(RegisterSpy, DoesNotLockWhileThreadSafetyIsOff) {
     Spy spy;
     vorel::AutoCriticalSection& lock = *spyLock.get();
-    // `expectPasses` acquires and releases `lock`, and thread safety must be on both times. So thread safety is off
-    // only during the action.
+    // `expectPasses` locks `lock` before the action and unlocks it afterwards. Both calls do nothing while thread
+    // safety is off. So only the action switches thread safety off.
     test::expectPasses(lock, [&] {
         EnableThreadSafety(false);
         AllocBase::registerSpy(&spy);

@@ -21,10 +21,11 @@ copy,memcpy of the bytes,2500000.0000,1000000.0000,0.4000,0.0000\r
 "join, wide",std::x,2000000000.0000,30000000000.0000,15.0000,0.1000\r
 """
 
-# A rise compares a time with the smallest earlier time of the same case. The rises of "append" are computed only from
-# its rows beyond the caches: the library's time rises from 3 to 6 ns, and the peer's time never rises. "log line" has
-# no rows beyond the caches, so its rises are computed from all its rows: the library's time rises from 1,000 to 1,400
-# ns, and the peer's time from 1,000 to 2,500 ns.
+# Each row of a case has more elements than the row before. The columns "Rise" and "Peer's rise" of a case show the
+# largest ratio between the time of a row and the smallest time up to this row. For "append", only the rows beyond the
+# caches are compared: the library's time rises from 3 to 6 ns, and the peer's time never rises. "log line" has no rows
+# beyond the caches, so all its rows are compared: the library's time rises from 1,000 to 1,400 ns, and the peer's time
+# from 1,000 to 2,500 ns.
 GROWTH = """\
 case,elements,beyond_caches,ours_ns,peer,peer_ns\r
 append,1,no,100.0000,std::string,1.0000\r
