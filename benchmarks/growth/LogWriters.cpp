@@ -20,10 +20,10 @@ namespace bench {
 
 namespace {
 
-/// Lines that each process writes in a pass.
+/// The number of lines that each process writes in a call of `Writers::write`.
 constexpr std::size_t kLines = 100;
 
-/// If a writer needs more time for the lines of a pass, the benchmark fails.
+/// The benchmark fails if it waits longer than this time for the next process to finish its lines.
 constexpr DWORD kLimitMs = 60000;
 
 constexpr char kText[] = "the quick brown fox jumps over the lazy dog";

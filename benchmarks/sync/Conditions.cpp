@@ -101,7 +101,7 @@ private:
     vorel::Condition m_sides[2] = {vorel::Condition(m_lock), vorel::Condition(m_lock)};
 };
 
-/// Two threads take turns under one lock. Each thread signals the other thread while it holds the lock.
+/// Two threads take turns under one lock. Each thread holds the lock while it signals the other thread.
 template <class Kind>
 std::uint64_t turns() {
     Kind shared;
