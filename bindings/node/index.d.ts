@@ -217,8 +217,8 @@ export const log: {
      */
     path: string;
     /**
-     * The size in bytes above which the file is moved to its backup, at most `Number.MAX_SAFE_INTEGER`; 1,000,000 at
-     * load. 0 disables the log, and -1 removes the limit.
+     * The size in bytes above which the file is moved to its backup, at most `Number.MAX_SAFE_INTEGER`; initially
+     * 1,000,000. 0 disables the log, and -1 removes the limit.
      */
     limit: number;
     /** Writes the line "prefix: message", or only the message if the prefix is empty. */

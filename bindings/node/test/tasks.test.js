@@ -45,7 +45,7 @@ test('runAsync releases the mutex when its action throws or rejects', async () =
     mutex.close();
 });
 
-test('tasks of a thread hold the mutex one at a time, in the order of their calls, through any handle', async () => {
+test('concurrent tasks of a thread hold the mutex one after the other, even through different handles', async () => {
     const name = uniqueName('task');
     const handles = [new Mutex(name), new Mutex(name)];
     const events = [];
@@ -58,7 +58,7 @@ test('tasks of a thread hold the mutex one at a time, in the order of their call
     handles.forEach((mutex) => mutex.close());
 });
 
-test('other tasks of the thread can neither lock nor unlock the mutex of a task', async () => {
+test('while a task holds a mutex, other tasks of the thread can neither lock nor unlock it', async () => {
     const name = uniqueName('task');
     const mutex = new Mutex(name);
     const other = new Mutex(name);

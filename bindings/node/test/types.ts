@@ -94,7 +94,7 @@ try {
 vorel.parse.int32(1);
 // @ts-expect-error: unknown component
 vorel.url.encodeComponent('a', 'fragment');
-// @ts-expect-error: `run` does not accept an asynchronous function, because it unlocks before the function ends
+// @ts-expect-error: `run` does not accept an asynchronous function, because `run` unlocks before the function ends
 mutex.run(async () => 1);
 // @ts-expect-error: unknown option
 vorel.hex.encode(Buffer.from('a'), { uppercase: true });
