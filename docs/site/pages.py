@@ -74,7 +74,7 @@ def shown(page: Path, root: Path) -> list:
             if previous.strip():
                 sys.exit(f"{page}: a block of code must follow an empty line: {line}")
             language = "Log" if LOG_LINE.match(lines[number + 1][0]) else LANGUAGES[fence[1]]
-            # The name is written on the empty line before the block, so that no line changes its number.
+            # The name of the language replaces the empty line before the block, so that no line changes its number.
             previous = f'\\htmlonly<span class="language">{language}</span>\\endhtmlonly'
             line = "```" + HIGHLIGHTED.get(fence[1], "unparsed")
         elif heading:
