@@ -1,5 +1,5 @@
-// Parses numbers with a fraction and an exponent in text of both widths, in blocks and step by step, and compares the
-// results with the reference.
+// Parses texts of both widths as decimal numbers, in blocks and step by step, and compares the results with the
+// reference.
 
 #include <cstdint>
 #include <string>
