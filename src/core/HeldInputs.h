@@ -24,8 +24,8 @@ bool holds(const Array<T>& output, const void* address) noexcept {
            std::uintptr_t{output.allocated()} * sizeof(T);
 }
 
-/// If `input` lies in the memory of `output`, takes that memory over and keeps it until the end of the scope; `output`
-/// is then empty.
+/// If `input` lies in the memory of `output`, the constructor takes that memory, which leaves `output` empty. The
+/// destructor releases the memory.
 template <class Output>
 class HeldInput {
 public:
