@@ -19,7 +19,7 @@ enum {
     VOREL_COMPARE_REVERSE = 0x100,        ///< the order is reversed: `b` is compared with `a`
 };
 
-/// Sets `order` to -1, 0 or 1 if `a` is before, equal to, or after `b`. Units are compared by their values.
+/// Sets `order` to -1, 0 or 1 if `a` is before, equal to, or after `b`. Code units are compared by their values.
 ///
 ///     "file9", "file10"  ->  1        with VOREL_COMPARE_NUMERIC  ->  -1
 VOREL_API vorel_status vorel_compare(const vorel_char16* a, size_t aLength, const vorel_char16* b, size_t bLength,

@@ -30,7 +30,7 @@ enum {
 
 /// Escapes " # % < > [ \ ] ^ ` { | } ~, non-ASCII characters, and the space.
 ///
-///     "a/b c~"  ->  "a/b%20c%7E"        with both flags  ->  "a%2Fb+c%7E"
+///     "a/b c~"  ->  "a/b%20c%7E"        with both flags for encoding  ->  "a%2Fb+c%7E"
 VOREL_API vorel_status vorel_url_encode(const vorel_char16* text, size_t length, uint32_t flags, vorel_char16* output,
                                         size_t capacity, size_t* outputLength);
 

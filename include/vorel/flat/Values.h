@@ -1,6 +1,6 @@
 /// \file
-/// The flat interface: numbers, booleans, lists and times from and to text, and text comparison. This header includes
-/// the headers of these families.
+/// The flat interface: numbers, booleans, lists and times from and to text, text comparison, and error texts. This
+/// header includes the headers of these families.
 #pragma once
 
 #include "vorel/flat/Comparing.h"
