@@ -130,7 +130,7 @@ std::size_t decodeHex(const T* text, std::size_t blocks, unsigned char* out) noe
 
 // ---- Whole texts ----------------------------------------------------------------------------------------------------
 
-/// Decodes blocks of digits at once, and other pairs of characters by `decodePair(first, second, byte)`. If
+/// Decodes whole blocks of digits, and the remaining pairs of characters by `decodePair(first, second, byte)`. If
 /// `decodePair` returns false, stops and returns false. If the number of characters is odd, the last character is
 /// paired with the terminator.
 template <class T, class DecodePair>

@@ -79,7 +79,8 @@ T* writeQuoted(std::basic_string_view<T> item, T* out) noexcept {
     return out;
 }
 
-/// Capacity for an item in any form, including units that are written past its end and then overwritten.
+/// The capacity for an item of `units` units, quoted or not. Includes space for units that `copyAndFind` writes past
+/// the end of the item.
 constexpr std::size_t joinedItemCapacity(std::size_t units) noexcept {
     constexpr std::size_t kQuotes = 2;
     return kQuotes + 2 * units + kUnitBlock;
