@@ -163,7 +163,7 @@ unsigned int Exception::getMessageTotal() const noexcept {
     return static_cast<unsigned int>(m_stack.size());
 }
 
-// The separator may point into the block of an earlier call, so that block is replaced last.
+// The separator may point into the block that an earlier call returned. So this block is replaced only at the end.
 const wchar_t* Exception::getErrorMessageBlock(const wchar_t* separator) const {
     return detail::runRethrowing(L"Exception", L"getErrorMessageBlock", [&] {
         BaseString<wchar_t> block;

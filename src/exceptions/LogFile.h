@@ -24,6 +24,7 @@ struct BackupName {
 
 class LogFile {
 public:
+    /// Whether the file is opened to append a line, or only to inspect its size.
     enum class Mode { Append, Inspect };
 
     /// Opens the file for writing, and creates it if it does not exist. Other processes may read and write the file.
