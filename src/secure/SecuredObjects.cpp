@@ -60,7 +60,7 @@ struct MutexKind {
     int& error;  ///< the error for the exception handler, because an exception may change the last system error
 };
 
-/// Creates and opens an event. Failures are reported in the caller's text.
+/// Creates and opens an event. Failures are reported in `errorText`, a string of the caller.
 struct EventKind {
     HANDLE create(SECURITY_ATTRIBUTES* attributes) const noexcept {
         return CreateEventW(attributes, static_cast<BOOL>(manualReset), static_cast<BOOL>(initialState), name);
@@ -83,8 +83,9 @@ struct EventKind {
     BaseString<wchar_t>& errorText;
 };
 
-/// Creates the object. If that fails, opens an existing object with the same name, because creating requests rights
-/// that the access list of an existing object denies. Repeats both steps up to `retries` times.
+/// Creates the object. If that fails, opens an existing object with the same name: creating requests all rights, and
+/// the access list of an existing object may deny some of them. Repeats both steps up to `retries` times, and sleeps
+/// for `sleepMs` milliseconds before each repetition.
 template <class Kind>
 KernelHandle createOrOpen(const Kind& kind, int retries, int sleepMs) {
     SharedSecurity security;
