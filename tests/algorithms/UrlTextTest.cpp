@@ -175,7 +175,7 @@ TEST(UrlText, EncodesUpToTheCapacity) {
     }
 }
 
-TEST(UrlTables, ContainEscapesAndBitsOfUnescapedBytes) {
+TEST(UrlTables, AgreeWithTheReferenceForEveryByte) {
     for (const Use& use : uses()) {
         for (unsigned int byte = 0; byte < 256; ++byte) {
             const std::string text(1, static_cast<char>(byte));

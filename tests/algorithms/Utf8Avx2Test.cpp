@@ -78,7 +78,7 @@ protected:
         EXPECT_EQ(out.substr(0, done.written), expected.units);
         const std::size_t untouched = overwrite == Overwrite::Allowed ? room : done.written;
         EXPECT_EQ(out.find_first_not_of(kGuard, untouched), std::wstring::npos)
-            << "nothing may be written after the capacity or the text";
+            << "nothing may be written after the capacity, nor after the text if overwriting is forbidden";
         const Progress counted = countDecodedAvx2(input, left);
         EXPECT_LE(counted.read, left);
         const test::DecodedText countedText = test::decodeUtf8(bytes, static_cast<int>(counted.read));

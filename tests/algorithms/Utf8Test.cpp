@@ -98,7 +98,7 @@ TEST(Utf8Test, DecodeSequence_RestoresEncodedValuesOfAcceptedLeadBytes) {
     }
 }
 
-TEST(Utf8Test, EncodeSequence_FollowsTheTableOfSixForms) {
+TEST(Utf8Test, EncodeSequence_ReturnsTheShortestOfSixForms) {
     struct Case {
         std::uint32_t value;
         std::string bytes;

@@ -25,7 +25,7 @@ using test::Handle;
 using vorel::BaseString;
 
 /// Makes calls of `InitializeAcl` fail until the returned object is destroyed. The library calls this function when it
-/// creates the security of an object.
+/// creates the security descriptor of an object.
 auto failingStep() {
     return test::failCalls<importedInitializeAcl>();
 }
@@ -153,7 +153,7 @@ void eventOfNameInUseWithCapacity(Attempt& attempt) {
     eventOfNameInUse(attempt, text, true);
 }
 
-// ---- Failing steps of creating the security ----
+// ---- Failing steps in the creation of the security descriptor ----
 
 void mutexOfFailingStep(Attempt& attempt) {
     HANDLE handle = nullptr;
@@ -233,7 +233,7 @@ void mappingOfEmptyFile(Attempt& attempt) {
     Handle handle;
     attempt.perform([&] { handle = obtainMapping(path, 0); });
     EXPECT_FALSE(handle);
-    EXPECT_TRUE(DeleteFileW(path.c_str())) << "a handle is still open";
+    EXPECT_TRUE(DeleteFileW(path.c_str())) << "the call must have closed every handle of the file";
 
     const heap::Unwatched unwatched;
     const std::vector<std::string> logged = loggedBesidesSystemText(attempt);

@@ -11,7 +11,7 @@ function(expect what expected actual)
     endif()
 endfunction()
 
-# Checks that the installed file is equal to the output of the tool, and contains `part`.
+# Checks that the installed file is equal to the output of the tool with the remaining arguments, and contains `part`.
 function(check_file tool file part)
     set(path "${FOLDER}/vorelCore/share/${file}")
     if(NOT EXISTS "${path}")

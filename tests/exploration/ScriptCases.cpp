@@ -58,7 +58,7 @@ std::string randomFileStep(std::mt19937& random) {
 
 std::vector<Script> allScripts() {
     std::vector<Script> scripts = {
-        {"an auto-reset event is given once",
+        {"an auto-reset event ends one wait, even if it was signalled twice",
          {"A event e set", "A wait e", "B wait e", "B set e", "B set e", "A wait e", "A wait e"}},
         {"a manual-reset event stays signalled",
          {"A event e manual", "B wait e", "A set e", "B wait e", "A wait e", "A reset e", "B wait e"}},
@@ -72,7 +72,7 @@ std::vector<Script> allScripts() {
          {"A mutex m owned", "A wait m", "B wait m", "A release m", "B wait m", "A release m", "B wait m", "A wait m",
           "B release m", "B release m"}},
         {"only the owner can release a mutex", {"A mutex m owned", "B release m", "A release m", "A release m"}},
-        {"an existing mutex is not owned by its opener",
+        {"an existing mutex is not owned by the thread that opens it",
          {"A mutex m owned n", "B mutex o owned n", "B wait o", "A release m", "B wait o"}},
         {"an abandoned mutex is reported once",
          {"B mutex m owned", "A wait m", "B end", "A wait m", "A wait m", "A release m", "A release m", "C wait m"}},
@@ -82,11 +82,11 @@ std::vector<Script> allScripts() {
          {"B mutex m owned", "B release m", "B end", "A wait m"}},
         {"a mutex exists while it has an open handle",
          {"A mutex m free n", "B open-mutex o n", "A close m", "B wait o", "A mutex m free n"}},
-        {"secured events are opened, but not created again",
+        {"an existing secured event can be opened, but not created again",
          {"A event e auto n secured", "B event f auto n", "B open-event f n", "B set f", "A wait e"}},
-        {"secured mutexes are opened, but not created again",
+        {"an existing secured mutex can be opened, but not created again",
          {"A mutex m free k secured", "B mutex o free k", "B open-mutex o k", "B wait o", "A wait m"}},
-        {"secured mappings are opened, but not created again",
+        {"an existing secured mapping can be opened, but not created again",
          {"A mapping p sized q secured", "B mapping r sized q", "B open-mapping r q"}},
         {"a mapping without a file needs a size",
          {"A mapping p empty q", "A mapping p sized q", "B mapping r sized q"}},

@@ -3,8 +3,8 @@
 ///
 /// Data that a program creates once and keeps (tables of a test, caches of the library and of the runtime) does not
 /// exist before the first run of a test. So each test runs twice in one process, and only the second run is checked.
-/// Fewer live blocks are allowed, because the system frees the data of a thread shortly after the thread was joined,
-/// possibly during the next test.
+/// After the test, fewer blocks may be live than before, because the system frees the data of a thread shortly after
+/// the thread was joined, possibly during the next test. In this case, the test fails if it leaves a new block.
 
 #include <cstddef>
 #include <cstdint>

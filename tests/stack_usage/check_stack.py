@@ -2,8 +2,8 @@
 their variants.
 
 Compiles the sources that handle a line of the log, reads the compiler's call graph with the size of each frame, and
-adds up the deepest chain of calls of each channel. The stack of the runtime and the system is not included. The
-stack of calls that throw is not included either, because the code that throws is in other sources.
+finds the chain of calls of each channel that uses the most stack. The stack of the runtime and the system is not
+included. The stack of calls that throw is not included either, because the code that throws is in other sources.
 
     check_stack.py <source folder> <work folder> <compiler> <flag>...
 """
@@ -60,7 +60,7 @@ class CallGraph:
                 self.calls.setdefault(edge[1], set()).add(edge[2])
 
     def deepest(self, title, active=()):
-        """The deepest chain of calls that starts with `title`: its size in bytes, and its functions."""
+        """The chain of calls from `title` that uses the most stack: its size in bytes, and its functions."""
         if title not in self.frames or title in active:
             return 0, []
         chains = [self.deepest(called, (*active, title)) for called in self.calls.get(title, ())]

@@ -78,7 +78,7 @@ private:
 
 // ---- Construction and initialize ------------------------------------------------------------------------------------
 
-TEST(AutoMutex, ConstructorOpensTheGlobalNameAndDestructorClosesIt) {
+TEST(AutoMutex, ConstructorCreatesTheGlobalMutexAndDestructorClosesIt) {
     const std::wstring name = uniqueName(L"mutex");
     {
         const AutoMutex mutex(name.c_str(), false, false);
@@ -152,7 +152,7 @@ TEST(AutoMutex, NarrowNameThatEndsInATruncatedCharacterIsNotReadPastItsEnd) {
     }
 }
 
-TEST(AutoMutex, WithoutANameLockingThrows) {
+TEST(AutoMutex, LockingAMutexWithoutANameThrows) {
     const TemporaryLog log;
     AutoMutex mutex(nullptr, true, true);
     const std::wstring message = L"AutoMutex::lock: Mutex not initialized";
@@ -164,7 +164,7 @@ TEST(AutoMutex, WithoutANameLockingThrows) {
     EXPECT_EQ(mutex.getInitializeError(), nullptr);
 }
 
-TEST(AutoMutex, WithoutANameItCanBeInitializedLater) {
+TEST(AutoMutex, MutexWithoutANameCanBeInitializedLater) {
     const std::wstring name = uniqueName(L"mutex");
     AutoMutex mutex(nullptr, false, false);
     EXPECT_TRUE(mutex.initialize(name.c_str(), true));

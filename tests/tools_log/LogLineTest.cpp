@@ -18,7 +18,7 @@ using vorellog::parseHeader;
 
 constexpr vorellog::LocalMs kTime = 1794793388000;  // 2026-11-16 01:43:08
 
-TEST(LogLineTest, Headers) {
+TEST(LogLineTest, ParseHeader_ReturnsTheFieldsOfAHeader) {
     struct Case {
         std::string_view line;
         vorellog::LocalMs timeMs;
@@ -50,7 +50,7 @@ TEST(LogLineTest, Headers) {
     }
 }
 
-TEST(LogLineTest, InvalidHeaders) {
+TEST(LogLineTest, ParseHeader_RejectsInvalidHeaders) {
     for (const std::string_view line : {"",
                                         "[",
                                         "text",
@@ -77,7 +77,7 @@ TEST(LogLineTest, InvalidHeaders) {
     }
 }
 
-TEST(LogLineTest, IncompleteHeaders) {
+TEST(LogLineTest, ParseHeader_RejectsIncompleteHeaders) {
     constexpr std::string_view kHeader = "[Mon Nov 16 01:43:08 2026].045 host7.4312.9876: ";
     for (std::size_t size = 0; size != kHeader.size(); ++size) {
         EXPECT_FALSE(parseHeader(kHeader.substr(0, size))) << size;
@@ -85,7 +85,7 @@ TEST(LogLineTest, IncompleteHeaders) {
     EXPECT_TRUE(parseHeader(kHeader));
 }
 
-TEST(LogLineTest, Bodies) {
+TEST(LogLineTest, ParseBody_SeparatesPrefixAndMessage) {
     struct Case {
         std::string_view body;
         std::string_view prefix;

@@ -64,7 +64,7 @@ TEST(ViewerTest, EndOfFileEndsTheRecord) {
     EXPECT_EQ(viewing.take(), "(cut) " + header() + "WARN: ha\n(no header) garbage\n");
 }
 
-TEST(ViewerTest, OpenTrailIsShownAfterTheGap) {
+TEST(ViewerTest, OpenTrailIsShownIfNoRecordFollowsWithinTheTrailGap) {
     constexpr vorellog::LocalMs kGap = vorellog::TrailAssembler::kTrailGapMs;
     Viewing viewing({.fold = true});
     viewing.viewer.bytes(header() + "Vorel Error: a\r\n");
@@ -121,7 +121,7 @@ TEST(ViewerTest, ContextIsShownAroundMatches) {
     EXPECT_EQ(viewing.viewer.entries(), 3u);
 }
 
-TEST(ViewerTest, ContextAfterTheLastEntryOfMaxCountIsShown) {
+TEST(ViewerTest, ContextIsShownAfterTheLastEntryThatMaxCountAllows) {
     Settings settings{.maxEntries = 1, .context = 2};
     settings.filter.texts = {"hit"};
     Viewing viewing(settings);

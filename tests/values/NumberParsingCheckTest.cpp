@@ -130,7 +130,7 @@ TYPED_TEST(NumberParsingCheck, TryStringToDouble_StoresNothingWithoutDigits) {
 
 /// The stored value is the integer that consists of the first eighteen digits of the mantissa, without its sign and its
 /// decimal point.
-TYPED_TEST(NumberParsingCheck, TryStringToDouble_RejectsAZeroExponentAndStoresTheMantissa) {
+TYPED_TEST(NumberParsingCheck, TryStringToDouble_RejectsAMissingOrZeroExponentAndStoresTheMantissa) {
     expectCases<TypeParam, double>(util::tryStringToDouble, {{"1e0", false, 1.0},
                                                              {"1e", false, 1.0},
                                                              {"1e+", false, 1.0},

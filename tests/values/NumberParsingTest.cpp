@@ -99,7 +99,7 @@ TYPED_TEST(NumberParsing, Integers_StopAtNonDigitsWithoutRollback) {
     }
 }
 
-TYPED_TEST(NumberParsing, Integers_RejectOtherControlCharacters) {
+TYPED_TEST(NumberParsing, Integers_StopAtControlCharactersExceptTabAndLineEnds) {
     for (const Row& row : {Row("\v7", 0, 0, 0), Row("\f7", 0, 0, 0), Row("\b7", 0, 0, 0),
                            Row("\x1F"
                                "7",

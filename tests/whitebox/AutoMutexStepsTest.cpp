@@ -56,7 +56,9 @@ std::string ownerText(long long owner) {
 
 class AutoMutexSteps : public testing::Test {
 public:
-    ~AutoMutexSteps() noexcept override = default;  // the mutex's destructor may throw
+    // The destructor of the member `m_mutex` is not noexcept. Without `noexcept` here, this destructor would not be
+    // noexcept either, and could not override the destructor of `testing::Test`.
+    ~AutoMutexSteps() noexcept override = default;
 
 protected:
     [[nodiscard]] std::wstring nameOfMutex() const { return std::wstring((m_mutex.*reveal(test::Name())).view()); }

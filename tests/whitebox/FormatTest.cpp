@@ -232,7 +232,7 @@ TYPED_TEST(Format, FormatWithFallback_ReturnsNullForAnInvalidFormat) {
     EXPECT_FALSE(rendered.truncated);
 }
 
-TYPED_TEST(Format, FormatWithFallback_ReturnsNullForALongTextIfTheNullDeviceIsUnavailable) {
+TYPED_TEST(Format, FormatWithFallback_ReturnsNullIfATextThatDoesNotFitCannotBeMeasured) {
     const test::ExhaustedStreams none;
     GuardedBuffer<TypeParam> buffer(12);
     EXPECT_EQ(this->format(buffer, this->text("%020d").c_str(), 1).result, nullptr);
