@@ -19,7 +19,7 @@ struct FileId {
     friend bool operator==(const FileId&, const FileId&) = default;
 };
 
-/// A temporary failure: the file is locked by a writer, or is being deleted.
+/// A temporary failure: another program has locked the file or does not share it, or the file is being deleted.
 class FileBusy : public tools::Failure {
 public:
     explicit FileBusy(const tools::Failure& failure) : Failure(failure) {}

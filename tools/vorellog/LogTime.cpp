@@ -154,8 +154,8 @@ std::optional<TimeSpan> ago(std::string_view text, LocalMs now) noexcept {
     return TimeSpan{now - count * length, now - count * length + 1};
 }
 
-/// Writes the last `digits` digits of a number and a separator, and returns the end. Does not use printf, because the
-/// tool would then spend most of its time on the conversion of times.
+/// Writes the last `digits` digits of a number and a separator, and returns the end. With printf, the tool would spend
+/// most of its time on the conversion of times.
 char* writeNumber(char* out, unsigned int number, std::size_t digits, char separator) noexcept {
     for (std::size_t index = digits; index != 0; number /= 10) {
         out[--index] = static_cast<char>('0' + number % 10);

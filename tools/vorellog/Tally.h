@@ -8,7 +8,7 @@ namespace vorellog {
 
 struct Tally {
     unsigned long long records = 0;
-    LocalMs firstMs = 0;  ///< meaningless if `records` is 0
+    LocalMs firstMs = 0;  ///< meaningless if `records` is 0, like the following fields
     LocalMs lastMs = 0;
     bool firstHasMilliseconds = false;
     bool lastHasMilliseconds = false;
