@@ -266,7 +266,10 @@ export class Mutex {
      * this call locked the mutex.
      */
     tryLock(): boolean;
-    /** Undoes one `lock`. */
+    /**
+     * Undoes one `lock` or one successful `tryLock`. Throws "VOREL_ERROR_NOT_OWNER" if the calling thread does not hold
+     * the mutex through this object, or another task of the thread holds the mutex with `runAsync`.
+     */
     unlock(): void;
     /**
      * Runs a synchronous action under the lock and returns its result. An asynchronous function is rejected before it
@@ -276,9 +279,9 @@ export class Mutex {
     run<T>(action: () => Synchronous<T>, timeoutMs?: number): T;
     /**
      * Runs an action under the lock and resolves to its result. The lock is released when the promise of the action is
-     * settled. Does not block the event loop: while another process holds the mutex, the call tries again every 10 ms.
-     * Tasks of this thread get the mutex one after the other, not always in the order of their calls. The action may
-     * lock the mutex again, with any of these functions. Rejects with "VOREL_ERROR_TIMEOUT" after `timeoutMs`
+     * settled. Does not block the event loop: while another process or thread holds the mutex, the call tries again
+     * every 10 ms. Tasks of this thread get the mutex one after the other, not always in the order of their calls. The
+     * action may lock the mutex again, with any of these functions. Rejects with "VOREL_ERROR_TIMEOUT" after `timeoutMs`
      * milliseconds.
      */
     runAsync<T>(action: () => T | PromiseLike<T>, timeoutMs?: number): Promise<T>;
