@@ -27,11 +27,11 @@ public:
     AutoCriticalSection& operator=(const AutoCriticalSection&) = delete;
 
     /// Waits for the lock, or only tries to lock if `timeout` is 0. Returns whether the calling thread holds the lock.
-    /// While the switch is off, returns true immediately. The second argument is ignored.
+    /// While the switch is off, does not lock and returns true immediately. The second argument is ignored.
     bool lock(unsigned int timeout, bool);
 
     /// Locks if that is possible without waiting. Returns whether the calling thread holds the lock. While the switch
-    /// is off, returns true.
+    /// is off, does not lock and returns true.
     bool tryLock();
 
     /// Unlocks; does nothing while the switch is off.
