@@ -281,8 +281,8 @@ export class Mutex {
      * Runs an action under the lock and resolves to its result. The lock is released when the promise of the action is
      * settled. Does not block the event loop: while another process or thread holds the mutex, the call tries again
      * every 10 ms. Tasks of this thread get the mutex one after the other, not always in the order of their calls. The
-     * action may lock the mutex again, with any of these functions. Rejects with "VOREL_ERROR_TIMEOUT" after `timeoutMs`
-     * milliseconds.
+     * action may lock the mutex again, with any of these functions. Rejects with "VOREL_ERROR_TIMEOUT" after
+     * `timeoutMs` milliseconds.
      */
     runAsync<T>(action: () => T | PromiseLike<T>, timeoutMs?: number): Promise<T>;
     /**
