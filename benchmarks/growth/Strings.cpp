@@ -67,7 +67,7 @@ std::uint64_t formatByTheRuntime(const std::wstring& argument) {
     return static_cast<std::uint64_t>(_snwprintf(text.data(), text.size() + 1, L"%ls", argument.c_str()));
 }
 
-/// For each number of units, a pass that applies `function` to a wide text of that length.
+/// Prepares a step that applies `function` to a wide text of the given number of units.
 template <class Function>
 Steps ofText(Function function) {
     return [function](std::size_t units) -> Step {

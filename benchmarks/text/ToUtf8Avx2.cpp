@@ -142,6 +142,8 @@ std::size_t toUtf8Avx2(const char16_t* text, std::size_t units, char* out) {
     const char* const start = out;
     const char16_t* const end = text + units;
     const char16_t* unit = text;
+    // A store may write up to 12 bytes after the text of its block. The output has space for these bytes, because at
+    // least 12 units follow the block.
     while (end - unit >= 16 + 12) {
         const __m256i block = load32(unit);
         if (_mm256_testz_si256(block, everyUnit(0xFF80))) {
