@@ -25,7 +25,7 @@ void write(std::uint64_t magnitude, bool negative, std::size_t size, const fuzz:
         const std::string expected = all.substr(0, size - 1);
         fuzz::check(std::equal(expected.begin(), expected.end(), out), "the digits are as expected");
         fuzz::check(out[expected.size()] == 0 && out[size - 1] == 0,
-                    "a terminator follows the digits and ends the buffer");
+                    "a zero follows the digits, and the last unit of the buffer is zero");
         for (std::size_t at = expected.size() + 1; at + 1 < size; ++at) {
             fuzz::check(out[at] == before[at], "the other units are unchanged");
         }
