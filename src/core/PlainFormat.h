@@ -16,8 +16,8 @@
 
 namespace vorel::baseutil {
 
-/// Writes to a buffer of limited size. Each function returns false if the text does not fit. The last unit of the
-/// buffer remains free for a terminator.
+/// Writes to a buffer of limited size. Each `append` function returns false if the text does not fit. The last unit of
+/// the buffer remains free for a terminator.
 template <class T>
 class PlainText {
 public:
@@ -74,7 +74,7 @@ public:
         return true;
     }
 
-    /// `letters` are the sixteen digits.
+    /// `letters` contains the sixteen hexadecimal digits.
     bool appendHexadecimal(std::uint64_t value, const char* letters) noexcept {
         constexpr unsigned int kDigitBits = 4;
         const auto digits = (static_cast<unsigned int>(std::bit_width(value | 1)) + kDigitBits - 1) / kDigitBits;
@@ -171,9 +171,9 @@ bool appendArgument(PlainText<T>& text, T conversion, ArgumentSize size, va_list
 /// with unspecified content of the buffer, if the runtime must render the format:
 ///
 /// - if it has a conversion other than `%%`, `%s` and the integers `%d`, `%i`, `%u`, `%x` and `%X`;
-/// - if a conversion has a flag, a width, a precision, or a size prefix that `appendArgument` does not support;
+/// - if a conversion has a flag, a width, a precision, or an unsupported size prefix;
 /// - if an argument is a text whose width differs from the format's, and the text is not ASCII;
-/// - if text and terminator do not fit.
+/// - if text and terminator do not fit, or if `buffer` or `fmt` is null.
 template <class T>
 int renderPlainFormat(T* buffer, std::size_t size, const T* fmt, va_list args) noexcept {
     if (!buffer || size == 0 || !fmt) {

@@ -1,5 +1,6 @@
 /// \file
-/// The length of a printf-style rendering. All formatting operations of the library measure lengths in this way.
+/// The length of a printf-style rendering. If a formatting operation of the library must know the length of a text
+/// before it renders the text, the operation measures the length in this way.
 #pragma once
 
 #include <cstdarg>
