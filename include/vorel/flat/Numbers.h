@@ -36,9 +36,9 @@ VOREL_API vorel_status vorel_parse_boolean(const vorel_char16* text, size_t leng
 
 /// \}
 /// \name Parsing the beginning of a text
-/// These functions skip white space, parse the value that follows, and return how many units they read. If the text has
-/// no value, the value is 0 and the status is `VOREL_OK`. vorel/values/NumberParsing.h has the rules for numbers
-/// (`stringToInt` and the related functions), and vorel/values/BooleanParsing.h the rules for booleans
+/// These functions skip white space, parse the value that follows, and report in `used` how many units they read. If
+/// the text has no value, the value is 0 and the status is `VOREL_OK`. vorel/values/NumberParsing.h has the rules for
+/// numbers (`stringToInt` and the related functions), and vorel/values/BooleanParsing.h the rules for booleans
 /// (`stringToBoolean`).
 ///
 ///     "42 apples"  ->  42, 3 units used        "-x"  ->  0, 1 unit used
@@ -65,7 +65,7 @@ enum {
     VOREL_FORMAT_JSON = 1,
 };
 
-/// Writes decimal digits, at most 20 units.
+/// Writes an integer in decimal, at most 20 units.
 VOREL_API vorel_status vorel_format_int64(int64_t value, vorel_char16* output, size_t capacity, size_t* outputLength);
 VOREL_API vorel_status vorel_format_uint64(uint64_t value, vorel_char16* output, size_t capacity, size_t* outputLength);
 
