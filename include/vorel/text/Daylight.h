@@ -26,10 +26,10 @@ public:
 
     /// Replaces `bytes` by the bytes that `text` encodes, and returns 0. By design, the characters are not checked: a
     /// comma counts as '+', and any other character outside the alphabet counts as '.'.
-    /// \throws Exception "Daylight64::Decode: Invalid ASCII string (length wrong)" if the length is not a multiple of
-    ///         four plus one; `bytes` is unchanged. "Daylight64::Decode: Invalid ASCII string (unexepected charater at
-    ///         end)" if the last character is not 1, 2 or 3, or is 1 or 2 without a group before it; `bytes` then holds
-    ///         the decoded whole groups. MemoryException if `bytes` cannot grow.
+    /// \throws Exception "Daylight64::Decode: Invalid ASCII string (length wrong)" if the length is not one more than
+    ///         a multiple of four; `bytes` is unchanged. "Daylight64::Decode: Invalid ASCII string (unexepected
+    ///         charater at end)" if the last character is not 1, 2 or 3, or is 1 or 2 without a group before it;
+    ///         `bytes` then holds the decoded whole groups. MemoryException if `bytes` cannot grow.
     VOREL_API static int Decode(const BaseString<wchar_t>& text, Array<unsigned char>& bytes);
 };
 
