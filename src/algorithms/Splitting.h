@@ -37,7 +37,7 @@ std::size_t countParts(std::basic_string_view<T> text, std::basic_string_view<T>
 enum class Quotes {
     Closed,          ///< the item was consumed
     NeverClosed,     ///< the closing quote is missing
-    TextAfterQuote,  ///< no delimiter follows the closing quote
+    TextAfterQuote,  ///< text that does not begin with a delimiter follows the closing quote
 };
 
 /// Iterates over items that may be in double quotes. Each of the delimiter characters ends an item.
