@@ -61,7 +61,7 @@ void convert(const From* source, BaseString<To>& target) noexcept {
         }
         const std::size_t converted = Direction::convert(target.data(), source, capacity);
         if (converted == static_cast<std::size_t>(-1)) {
-            StringAccess<To>::setLength(target, 0);  // empty if the next line fails
+            StringAccess<To>::setLength(target, 0);  // so the result is empty if the next assignment fails
             target = Direction::kInvalid;
             return;
         }
