@@ -2,7 +2,7 @@
 /// Runs every operation of the library on a failing heap. An operation is a function that prepares its objects,
 /// performs one step while the heap may fail, and checks the results. The walker, the test in Walker.cpp, runs the
 /// operation repeatedly. In the n-th run, the n-th request for memory fails. The walker stops after a run in which no
-/// request failed. It reports the blocks that a run leaks.
+/// request failed, or in which a check failed. It reports the blocks that a run leaks.
 ///
 ///     void appendGrows(Attempt& attempt) {
 ///         vorel::Array<int> array;

@@ -1,7 +1,7 @@
 /// \file
 /// Locks a whole file as a writer of the error log does, and keeps the lock.
 ///
-///     log=<path> held=<event> release=<event> holdMs=<limit> [text=<text to append first, without a line end>]
+///     log=<path> held=<event> release=<event> holdMs=<limit> [text=<text to append, without a line end>]
 ///
 /// Sets `held` after it has locked the file and written the text. Unlocks the file when `release` is set, or after the
 /// limit.

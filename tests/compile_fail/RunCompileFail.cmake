@@ -64,8 +64,8 @@ if(NOT result EQUAL 0)
     message(SEND_ERROR "RuntimeFormats.cpp must compile without a warning:\n${messages}")
 endif()
 
-# refuse(<source> <text> <option>...): compiles `source` with options that the library does not support. The compiler's
-# message must contain `text`.
+# refuse(<source> <text> <option>...): compiles `source` with options that the library does not support. The compiler
+# must report an error that matches the regular expression `text`.
 function(refuse name text)
     compile(${name} ${ARGN})
     if(result EQUAL 0 OR NOT messages MATCHES "error: [^\n]*${text}")

@@ -13,7 +13,7 @@ using exploration::require;
 using exploration::SystemScenario;
 using vorel::Exception;
 
-/// Threads that switch their logging off and on. Each thread sees only its own setting.
+/// Threads that switch their logging off and on. Each thread must read only its own setting.
 class SilencedThreads final : public SystemScenario {
 public:
     explicit SilencedThreads(unsigned int threads) : m_threads(threads) {}

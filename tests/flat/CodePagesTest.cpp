@@ -86,7 +86,7 @@ TEST(FlatCodePages, ReportWhetherACharacterWasReplaced) {
         if (size != 0) {
             EXPECT_EQ(vorel_utf16_to_code_page(kWindows1252, text.data(), text.size(), bytes, 0, &size, &replaced),
                       VOREL_ERROR_BUFFER_TOO_SMALL);
-            EXPECT_EQ(replaced, 7) << "must not change, because nothing was converted";
+            EXPECT_EQ(replaced, 7) << "`replaced` must not change, because nothing was converted";
         }
     }
 }

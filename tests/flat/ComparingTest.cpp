@@ -46,6 +46,7 @@ TEST(FlatComparing, ComparesAVersionWithTheRequiredVersion) {
         std::wstring_view required;
         int32_t isAtLeast;
     } kRows[] = {
+        // If either text is empty, the result is 0.
         {L"10.2", L"9.9", 1}, {L"1.2.3", L"1.2", 1}, {L"1.2", L"1.2.0", 0},
         {L"1.2", L"1.3", 0},  {L"", L"1", 0},        {L"1", L"", 0},
     };

@@ -66,13 +66,13 @@ TEST(FlatUtf8, RejectsInvalidUtf8) {
         "ab\xBF",        //
         "\xFF",          // not a lead byte
         "\xF1\x80\x80",  // 0xF1 is not a lead byte for this library
-        "\xC3",          // truncated by the end
+        "\xC3",          // truncated by the end of the text
         "a\xE2\x82",     //
         "\xF0\x9F\x98",  //
         "\xFC",          // truncated, because 0xFC is a lead byte for this library
         "\xC3\0a"sv,     // truncated by a zero
         "\xF0\x9F\0\0\0\0"sv,
-        "0123456789012345678901234567890123456789\xE2",  // a long text that is truncated by the end
+        "0123456789012345678901234567890123456789\xE2",  // a truncated character after a long text
     };
     for (const std::string_view row : kRows) {
         const test::FlatInput<char> input(row);
@@ -87,7 +87,7 @@ TEST(FlatUtf8, ReplacesUnpairedSurrogatesWithQuestionMarks) {
     EXPECT_EQ(toUtf8(L"\xD800"), "?");
     EXPECT_EQ(toUtf8(L"\xDC00x"), "?x");
     EXPECT_EQ(toUtf8(L"x\xD83D"), "x?");
-    EXPECT_EQ(toUtf8(L"\xD83D\0\xDE00"sv), "?\0?"sv) << "a zero separates the pair";
+    EXPECT_EQ(toUtf8(L"\xD83D\0\xDE00"sv), "?\0?"sv) << "a zero between two surrogates separates them";
 }
 
 // ---- Bytes as printable text ----------------------------------------------------------------------------------------

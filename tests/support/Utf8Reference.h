@@ -1,11 +1,13 @@
 /// \file
 /// Reference implementation of the UTF-8 and UTF-16 codecs, written only from the documented rules. It works byte by
-/// byte, without blocks, fast paths or code of the library. Tests compare the library's results with its results.
+/// byte, without blocks, fast paths or code of the library. Tests compare the results of the library with the results
+/// of this implementation.
 ///
 ///     test::decodeUtf8(bytes, -1).units    // the expected result of ConvertUTF8toString
 ///
-/// The second argument, `length`, is a number of bytes, or -1. The codecs also read beyond this number to the end of
-/// the last character, so the input must contain all bytes of this character.
+/// The second argument, `length`, limits the number of bytes or units that are converted; -1 means no limit. A zero
+/// always ends the text. The codecs also read beyond the limit to the end of the last character, so the input must
+/// contain this character completely.
 #pragma once
 
 #include <cstddef>
@@ -106,8 +108,9 @@ inline DecodedText decodeUtf8(std::string_view input, int length) {
     return result;
 }
 
-/// The text in parentheses in the error message for `input`: the bytes after the byte at `error`, up to a zero. The
-/// byte at `error` is not a valid lead byte.
+/// The text in parentheses in the error message for `input`: "Hex string: " and the bytes, in hexadecimal, that follow
+/// the byte at `error`, up to a zero. If no bytes follow, the text is empty. The byte at `error` is not a valid lead
+/// byte.
 inline std::wstring hexDump(const std::string& input, std::size_t error) {
     static constexpr wchar_t kDigits[] = L"0123456789ABCDEF";
     std::wstring dump;

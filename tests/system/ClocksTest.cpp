@@ -39,8 +39,8 @@ TEST(Clocks, GetMillisecondsUTC_CountsMillisecondsSince1970) {
         ASSERT_LE(before, reading);
         ASSERT_LE(reading, after);
     }
-    EXPECT_GT(util::getMillisecondsUTC(), 1577836800000u) << "later than 2020";
-    EXPECT_LT(util::getMillisecondsUTC(), 32503680000000u) << "earlier than 3000";
+    EXPECT_GT(util::getMillisecondsUTC(), 1577836800000u) << "the time must be after the start of 2020";
+    EXPECT_LT(util::getMillisecondsUTC(), 32503680000000u) << "the time must be before the year 3000";
 }
 
 /// Expects `clock` to return the 32-bit tick count.

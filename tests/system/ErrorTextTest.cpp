@@ -13,7 +13,7 @@ using vorel::BaseString;
 using vorel::util::FormatErrorMsg;
 using vorel::util::GetLastErrorMsg;
 
-/// The system's text without white space at its ends, or an empty text if the system has none.
+/// The system's text for `code` without white space at its ends. Empty if the system has no text for `code`.
 std::wstring systemText(DWORD code) {
     wchar_t text[4096];
     DWORD length = FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr, code, 0x0400,
@@ -62,7 +62,7 @@ TEST(FormatErrorMsg, AcceptsCodesWithTheHighBitSet) {
 }
 
 TEST(FormatErrorMsg, CodeWithoutATextGivesAnEmptyText) {
-    ASSERT_EQ(systemText(0x2FFFFFFF), L"") << "no system defines this code";
+    ASSERT_EQ(systemText(0x2FFFFFFF), L"") << "the test needs a code for which the system has no text";
     BaseString<wchar_t> text(L"old");
     EXPECT_EQ(std::wstring(FormatErrorMsg(0x2FFFFFFF, text)), L"");
     EXPECT_TRUE(text.empty());

@@ -33,7 +33,7 @@ public:
     /// Waits until each process has written some lines. Returns false on timeout.
     [[nodiscard]] bool waitForProgress() const;
 
-    /// Waits until all processes end. Returns false if a process fails.
+    /// Waits until all processes end. Returns false if a process fails or does not end in time.
     [[nodiscard]] bool finish() const;
 
     void kill();
@@ -60,7 +60,7 @@ private:
 /// The stress line in a line of the log, or nullopt if the line does not contain a complete stress line.
 std::optional<StressLineId> stressLineIn(std::string_view logLine);
 
-/// Counts the occurrences of each stress line. If another line is found, the test fails.
+/// Counts the occurrences of each stress line. The test fails if a line does not contain a complete stress line.
 StressCounts countStressLines(const std::vector<std::string>& logLines);
 
 /// Splits a text into lines. The lines do not include the line feeds.

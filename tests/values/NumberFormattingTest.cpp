@@ -117,7 +117,7 @@ TEST(NumberFormatting, DoubleToString_WritesZeroForAnySize) {
     }
 }
 
-TEST(NumberFormatting, DoubleToString_SetsTheLastUnitToZeroOnlyForMagnitudesFrom0_1) {
+TEST(NumberFormatting, DoubleToString_SetsTheLastNarrowUnitToZeroOnlyForMagnitudesFrom0_1) {
     for (const double value : {0.05, -1e-7}) {
         test::GuardedBuffer<char> buffer(64);
         util::doubleToString(value, buffer.data(), 64, FO_Default);

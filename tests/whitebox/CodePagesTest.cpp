@@ -90,8 +90,8 @@ class CodePages : public ::testing::Test {
 protected:
     void SetUp() override { System::instance() = System(); }
 
-    /// Runs `operation` while the system fails with `error`, and returns its result. errno is `kUntouched` before the
-    /// call.
+    /// Runs `operation` while the system fails with `error`, and returns the result of `operation`. errno is
+    /// `kUntouched` before the call.
     template <class Operation>
     auto underFailure(DWORD error, Operation&& operation) {
         m_system.result = 0;
@@ -370,7 +370,7 @@ TEST(CodePageMap, OperationsWithoutNamesDoNotAcquireTheLockOfTheMap) {
     });
 }
 
-/// Replaces the map with a map without buckets, so every operation on the map fails.
+/// Replaces the map with a map without buckets, so every search in the map fails.
 class MapWithoutBuckets {
 public:
     MapWithoutBuckets() { replace(0); }

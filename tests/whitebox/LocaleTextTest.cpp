@@ -18,7 +18,7 @@ using vorel::BaseString;
 using vorel::detail::mbs2wcs;
 using vorel::detail::wcs2mbs;
 
-/// Sets a locale, and restores the previous one.
+/// Sets a locale. The destructor restores the previous locale.
 class LocaleSet {
 public:
     explicit LocaleSet(const char* name) : m_before(std::setlocale(LC_CTYPE, nullptr)) {

@@ -29,7 +29,7 @@ using Texts = std::vector<std::string>;
 struct Step {
     test::FailingStep call;
     bool eventTextNamesTheOperation = false;  ///< whether "ObtainAccessableEvent: " precedes the error text of the step
-    bool allocatesSid = false;                ///< whether this is the first step, which allocates the identifier
+    bool allocatesSid = false;  ///< whether this is the first step, which allocates the security identifier
 
     friend void PrintTo(const Step& step, std::ostream* out) { PrintTo(step.call, out); }
 };

@@ -19,7 +19,7 @@ namespace {
 using test::ImportHook;
 using vorel::platform::SystemMessage;
 
-/// A system that returns `text` for every code.
+/// Replaces the functions of the system. Returns `text` for the code 0x80070005, and records the blocks that are freed.
 // cppcheck-suppress unsafeClassCanLeak; the library frees the text
 class System {
 public:
