@@ -103,7 +103,8 @@ std::wstring longNames(const Syntax& command) {
     return out;
 }
 
-/// The part of the bash function that completes the values, options and files of one command.
+/// The part of the bash function that completes one command. It suggests files after an option whose value is a file,
+/// nothing after an option with another value, and options or files at all other places.
 std::wstring bashCommand(const Syntax& command, const std::wstring& indent) {
     const std::wstring files = spellings(command, L"|", [](const Option& each) { return each.value == kFileValue; });
     const std::wstring values =

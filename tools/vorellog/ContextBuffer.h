@@ -13,7 +13,7 @@ namespace vorellog {
 
 class ContextBuffer {
 public:
-    /// Keeps the last `size` entries.
+    /// Keeps the last `size` entries. If `size` is 0, `keep` must not be called.
     explicit ContextBuffer(std::size_t size) : m_entries(size) {}
 
     /// Keeps a copy of a record. If the buffer is full, the record replaces the oldest entry.

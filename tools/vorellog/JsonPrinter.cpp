@@ -20,7 +20,8 @@ void addWriter(JsonObject& object, const Record& record, const LogHeader& header
     object.add("thread", header.threadId);
 }
 
-/// Adds the prefix, the message, and whether the record is truncated or damaged.
+/// Adds the prefix, the message, and whether the record is truncated or damaged. Also adds the bytes of a damaged
+/// record that is not valid UTF-8.
 void addBody(JsonObject& object, const Record& record, std::string& out) {
     const LogBody body = record.parsedBody();
     if (record.header()) {

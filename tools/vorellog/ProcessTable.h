@@ -62,7 +62,8 @@ private:
 /// A set of process numbers.
 class ProcessSet {
 public:
-    /// Adds a process. If the set may not grow, all processes beyond its current range are counted as one process.
+    /// Adds a process. All processes with the number `kOthers`, and all processes beyond the current range of a set
+    /// that may not grow, are counted together as one process.
     void add(ProcessNumber number, bool mayGrow);
 
     [[nodiscard]] std::size_t size() const noexcept { return m_size; }

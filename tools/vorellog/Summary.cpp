@@ -36,7 +36,8 @@ void Summary::add(const Trail& trail) {
     m_groups.add(trail, process);
 }
 
-/// Counts a record. Returns the number of its process, or kOthers if the record has no header.
+/// Counts a record. Returns the number of its process, or ProcessTable::kOthers if the record has no header or the
+/// table of processes is full.
 ProcessNumber Summary::countRecord(const Record& record) {
     ++m_damage[static_cast<std::size_t>(record.damage())];
     const LogHeader* const header = record.header();
