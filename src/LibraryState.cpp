@@ -58,7 +58,8 @@ void create() noexcept {
     }
 }
 
-/// Creates the state when the module is loaded, and destroys it when the module is unloaded.
+/// Creates the state when the module is loaded, unless the state already exists, and destroys it when the module is
+/// unloaded.
 struct Owner {
     Owner() noexcept { create(); }
     Owner(const Owner&) = delete;
