@@ -103,7 +103,7 @@ TEST(NumberFormatting, DoubleToString_IgnoresUnknownOptions) {
     EXPECT_EQ(narrow(0.05, static_cast<FormattingOptions>(2)), "5.e-002");
 }
 
-TEST(NumberFormatting, DoubleToString_WritesZeroForAnySize) {
+TEST(NumberFormatting, DoubleToString_WritesZeroToNarrowBuffersForAnySize) {
     for (const double zero : {0.0, -0.0}) {
         for (const unsigned int size : {0u, 1u, 2u, 64u}) {
             test::GuardedBuffer<char> buffer(64);
@@ -143,7 +143,7 @@ TEST(NumberFormatting, DoubleToString_TruncatesSpecialTextsAndMagnitudesFrom0_1)
     }
 }
 
-TEST(NumberFormatting, DoubleToString_NormalisesTextsAfterTruncation) {
+TEST(NumberFormatting, DoubleToString_NormalisesNarrowTextsAfterTruncation) {
     struct Cut {
         double value;
         unsigned int size;
@@ -166,7 +166,7 @@ TEST(NumberFormatting, DoubleToString_NormalisesTextsAfterTruncation) {
     }
 }
 
-TEST(NumberFormatting, DoubleToString_DoesNotTruncateMagnitudesBelow0_1) {
+TEST(NumberFormatting, DoubleToString_DoesNotTruncateNarrowTextsOfMagnitudesBelow0_1) {
     struct Small {
         double value;
         unsigned int size;
