@@ -32,10 +32,11 @@ public:
     Family(int argc, char** argv);
 
     /// Times `ours` and `peers`, and prints a line for each peer. Each pass must process `items` items. Results are
-    /// nanoseconds per item.
+    /// nanoseconds per item. Does nothing if the options do not select the case `name`.
     void compare(const std::string& name, std::size_t items, const Pass& ours, const std::vector<Peer>& peers);
 
-    /// Writes the CSV file, if one was requested. Returns the exit code of the program.
+    /// Prints a warning if results are marked, and writes the CSV file if one was requested. Returns the exit code of
+    /// the program.
     [[nodiscard]] int finish() const;
 
 private:
