@@ -1,5 +1,5 @@
-// The second process of a test: node peer.js <role> <argument>... Exits with 0 on success, unless the role says
-// otherwise.
+// The second process of a test: node peer.js <role> <argument>... Exits with 0 on success, unless the comment of
+// the role says otherwise.
 'use strict';
 
 const fs = require('fs');
@@ -35,7 +35,7 @@ const roles = {
         }, GENEROUS_MS);
     },
 
-    /** Locks a mutex, signals `heldName`, and ends without unlocking the mutex. */
+    /** Locks a mutex, signals `heldName`, and kills its own process without unlocking the mutex. */
     abandon(mutexName, heldName) {
         new Mutex(mutexName).lock(GENEROUS_MS);
         new Condition(heldName).signal();
@@ -83,7 +83,7 @@ const roles = {
         setImmediate(() => (how === 'terminate' ? parentPort.postMessage('waiting') : process.exit(7)));
     },
 
-    /** Exits during a wait without a limit. */
+    /** Exits with 7 during a wait without a limit. */
     exitWhileWaiting(conditionName) {
         new Condition(conditionName).waitAsync();
         setImmediate(() => process.exit(7));
