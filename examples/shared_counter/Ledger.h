@@ -1,5 +1,6 @@
 /// \file
-/// The state that the processes share: a mapped file, a mutex that guards it, and a condition that signals changes.
+/// The state that the processes share: a mapped file, a mutex that guards the file, and two conditions. One condition
+/// is signalled when a process has finished, the other condition when the victim holds the mutex.
 #pragma once
 
 #include <memory>
@@ -38,7 +39,7 @@ public:
     /// Records that one more process has finished, and signals the change.
     void finish();
 
-    /// Locks the mutex, signals the parent, and sleeps until the process is killed.
+    /// Locks the mutex, signals the parent, and sleeps for 60 seconds. The parent kills the process during this time.
     void stopWithTheMutexHeld();
 
     /// Waits until the victim holds the mutex. Returns false after 60 seconds.
