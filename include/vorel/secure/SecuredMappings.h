@@ -29,7 +29,8 @@ VOREL_API void* ObtainAccessableFileMapping(void* file, unsigned long protection
 /// mapping if it cannot create it. So several threads or processes may call this at the same time for a new mapping:
 /// one creates it, and all get a handle.
 ///
-/// `fileCreated` and `mappingCreated` report what the last attempt created; each may be null.
+/// `fileCreated` reports whether the last attempt created the file, and `mappingCreated` whether it created the
+/// mapping. Each may be null.
 /// \returns the handle; null if the system has no memory for a security identifier.
 /// \throws Exception whose text starts with "ObtainAccessableFileMappingEx: ": "Long API failed for ..." if the path
 ///         cannot be resolved; "Unable to create file ..." if the file cannot be opened; "Opening file mapping failed
