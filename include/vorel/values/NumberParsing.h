@@ -22,9 +22,9 @@
 namespace vorel::util {
 
 /// Parse signed and unsigned decimal integers: white space, an optional sign, and digits. If `skipTrailingSpace` is
-/// true, the white space after the digits is skipped too. By design, a value out of range wraps around. For unsigned
-/// integers the scan stops at a '-', with the result 0. `end` never moves back: for " -x" the result is 0 and `end` is
-/// at the 'x'. Null gives 0 and a null end.
+/// true, the white space after the digits is skipped too. By design, a value out of range wraps around. Without any
+/// digit the result is 0, and `end` does not move back: for " -x", `end` is at the 'x'. An unsigned integer cannot
+/// begin with a '-', so an unsigned scan of " -x" stops at the '-'. Null gives 0 and a null end.
 VOREL_API int stringToInteger(const char* text, const char** end, bool skipTrailingSpace) noexcept;
 VOREL_API int stringToInteger(const wchar_t* text, const wchar_t** end, bool skipTrailingSpace) noexcept;
 VOREL_API long long stringToInteger64(const char* text, const char** end, bool skipTrailingSpace) noexcept;
