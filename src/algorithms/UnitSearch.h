@@ -1,5 +1,6 @@
 /// \file
-/// Finds and counts a code unit, or the units of a set, in text of known length. Reads nothing outside the text.
+/// Searches text of known length for a code unit, for units of a set, or for another text, and counts units. Reads
+/// nothing outside the text.
 ///
 /// These functions are faster than the runtime's if the result is near the start of the text. SSE2 is part of every
 /// 64-bit x86 processor, so no dispatch is needed.

@@ -120,7 +120,7 @@ struct UrlProgress {
     std::size_t written;
 };
 
-/// Counts the encoded characters of the whole blocks among `count` bytes.
+/// Counts the characters that the whole blocks of 32 bytes among the `count` bytes of `text` have after encoding.
 UrlProgress measureUrlAvx2(const char* text, std::size_t count, const UrlTable& table) noexcept;
 
 /// The number of bytes in two blocks. The AVX2 version encodes nothing of a shorter text.
@@ -129,9 +129,9 @@ inline constexpr std::size_t kUrlMinAvx2 = 64;
 /// Bytes that may be written past the encoded text.
 inline constexpr std::size_t kUrlOverhang = 32;
 
-/// Encodes whole blocks among the `count` bytes while another block follows, and while the encoded block and
-/// `kUrlOverhang` bytes fit into the rest of `capacity`. Never writes more than `capacity` bytes, even if another
-/// thread changes the text during the call.
+/// Encodes whole blocks of 32 bytes while another block follows, and while the encoded block and `kUrlOverhang` bytes
+/// fit into the rest of `capacity`. Never writes more than `capacity` bytes, even if another thread changes the text
+/// during the call.
 UrlProgress encodeUrlAvx2(const char* text, std::size_t count, const UrlTable& table, char* out,
                           std::size_t capacity) noexcept;
 
@@ -152,8 +152,8 @@ inline std::uint64_t urlLength(std::string_view text, const UrlTable& table) noe
 }
 
 /// Writes the encoded text. May stop before the end of the text if fewer than four of the `capacity` bytes remain
-/// unused. At least one of the `capacity` bytes always remains unused. Never writes more than `capacity` bytes, even if
-/// another thread changes the text during the call.
+/// unused. At least one of the `capacity` bytes remains unused, unless `capacity` is 0. Never writes more than
+/// `capacity` bytes, even if another thread changes the text during the call.
 inline UrlProgress encodeUrl(std::string_view text, const UrlTable& table, char* out, std::size_t capacity) noexcept {
     UrlProgress done = {0, 0};
     if (text.size() >= kUrlMinAvx2 && Processor::usesAvx2()) {
@@ -182,7 +182,7 @@ inline UrlProgress encodeUrl(std::string_view text, const UrlTable& table, char*
     return done;
 }
 
-/// Decodes the escape or character at `cursor`, which is before the end, and advances both pointers.
+/// Decodes the escape or character at `cursor`, which must be before `end`, and advances `cursor` and `out`.
 VOREL_ALWAYS_INLINE void decodeUrlCharacter(const char*& cursor, const char* end, bool plusIsSpace,
                                             char*& out) noexcept {
     const char c = *cursor;

@@ -48,8 +48,8 @@ constexpr std::uint32_t pairedValue(std::uint32_t high, std::uint32_t low) noexc
     return (high << 10) + low - (kFirstPair - kFirstPairedValue);
 }
 
-/// The high and the low surrogate of a value. For a value above 0x10FFFF, the first function does not return a high
-/// surrogate, and its result may exceed 16 bits.
+/// The high and the low surrogate of a value from 0x10000 on. For a value above 0x10FFFF, the first function does not
+/// return a high surrogate, and its result may exceed 16 bits.
 constexpr std::uint32_t highSurrogateOf(std::uint32_t value) noexcept {
     return kHighSurrogateOffset + (value >> 10);
 }
@@ -59,7 +59,7 @@ constexpr std::uint32_t lowSurrogateOf(std::uint32_t value) noexcept {
 }
 
 /// Writes `value` as one unit, or from 0x10000 on as a surrogate pair, and returns the number of units. Values above
-/// 0x10FFFF are not rejected; the first unit of such a value wraps around.
+/// 0x10FFFF are not rejected; the first unit is then the result of `highSurrogateOf`, converted to `Unit`.
 template <class Unit>
 constexpr unsigned int writeUnits(std::uint32_t value, Unit* out) noexcept {
     if (value < kFirstPairedValue) {
