@@ -73,8 +73,8 @@ const UrlTable& tableFor(UrlComponent component) noexcept {
     return algorithms::urlTable(UrlUse::OtherComponent);
 }
 
-/// Writes zeros after a text, because the decoder reads the trailing bytes of a truncated sequence past the end, and
-/// stops at the next zero.
+/// Writes zeros after a text. If the text ends within a UTF-8 sequence, the UTF-8 decoder reads the missing bytes of
+/// the sequence after the text, and stops at the next zero.
 void addZeros(BaseString<char>& utf8) {
     const unsigned int length = utf8.length();
     if (length != 0) {
