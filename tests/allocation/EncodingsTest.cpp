@@ -24,7 +24,7 @@ Array<unsigned char> hundredBytes() {
     return test::arrayOf(std::vector<unsigned char>(100, 0xA5));
 }
 
-/// Expects one allocation, of `capacity` units. If the allocation fails, the output keeps its text.
+/// Expects at most one allocation, of `capacity` units. If the allocation fails, the output keeps its text.
 template <class T, class Encode>
 void encodeOnce(Attempt& attempt, unsigned int capacity, const Attempt::Messages& records, Encode&& encode) {
     BaseString<T> text(textOf<T>("old").c_str());

@@ -87,7 +87,7 @@ TEST(KernelHandle, Destructor_DoesNotChangeTheLastError) {
     }
 }
 
-TEST(KernelHandle, Close_OfAnInvalidHandleSetsTheLastErrorAndOwnsNothing) {
+TEST(KernelHandle, Close_OfAnInvalidHandleSetsTheLastErrorAndEmptiesTheOwner) {
     KernelHandle owner(closedHandle());
     SetLastError(kSomeError);
     const bool closed = owner.close();

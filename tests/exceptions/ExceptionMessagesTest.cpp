@@ -52,7 +52,7 @@ TEST(MessageStack, ArgumentsMayPointIntoTheMessageStack) {
     EXPECT_EQ(e.getMessageTotal(), 41u);
 }
 
-TEST(MessageStack, InvalidFormatGivesAFixedText) {
+TEST(MessageStack, MessageThatCannotBeFormattedIsReplacedByAFixedText) {
     const TemporaryLog log;
     Exception e("%ls", L"\x4E00");  // no such character in the C locale
     e.appendMessage(static_cast<const wchar_t*>(nullptr));

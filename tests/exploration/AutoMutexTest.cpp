@@ -46,7 +46,8 @@ protected:
         m_shared.create(kName, false, false);
     }
 
-    /// Locks the mutex `depth` times, checks that no other task holds it, and unlocks it `depth` times.
+    /// Locks the mutex `depth` times, checks that no other task holds it, and unlocks it `depth` times. If the first
+    /// lock times out, only counts the timeout.
     void useMutex(AutoMutex& mutex, int depth) {
         for (int locked = 0; locked < depth; ++locked) {
             if (!mutex.lock(kTimeoutMs, false)) {
@@ -177,7 +178,7 @@ private:
     }
 };
 
-/// A thread that ends without unlocking, and a thread that then locks through the same object.
+/// A thread that ends without unlocking the mutex, and a second thread that locks the mutex through the same object.
 class EndedOwner final : public MutexScenario {
 public:
     explicit EndedOwner(Counts& counts) : MutexScenario(counts) {}

@@ -1,5 +1,5 @@
 // Tests of the leak check. The tests of the suite Keeper leak or free blocks, and are disabled. Each test of the suite
-// LeakCheck runs one of them in a separate process, and expects that the leak check accepts it or makes it fail.
+// LeakCheck runs one of them twice in a separate process, and expects that the leak check accepts it or makes it fail.
 
 #include <cstdlib>
 #include <string>

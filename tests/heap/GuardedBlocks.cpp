@@ -105,8 +105,8 @@ unsigned char* blockOf(std::size_t page) noexcept {
     return pieces[page].bytes == 0 ? startOf(page) : endOf(page) - pieces[page].bytes;
 }
 
-/// Finds the block at or next to a faulting address. Prints the size of the block and the offset of the address from
-/// the start of the block.
+/// Finds the block at or next to a faulting address. Prints the size of the block and, unless the address is in a freed
+/// block, the offset of the address from the start of the block.
 LONG CALLBACK explain(EXCEPTION_POINTERS* fault) noexcept {
     const EXCEPTION_RECORD& record = *fault->ExceptionRecord;
     if (record.ExceptionCode != EXCEPTION_ACCESS_VIOLATION || record.NumberParameters < 2) {
@@ -205,7 +205,7 @@ unsigned char* leadingOf(std::size_t page) noexcept {
 }
 
 /// Makes the oldest retired piece accessible and stores its page number. Returns false if no piece may be reused yet,
-/// or if the page cannot be made accessible.
+/// or if the page cannot be made accessible. Aborts if the pattern in the freed block has changed.
 bool reuse(std::size_t& page) noexcept {
     if (retired.count <= kQuarantine) {
         return false;

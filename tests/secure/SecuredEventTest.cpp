@@ -112,7 +112,7 @@ TEST_F(SecuredEvent, EveryoneMayUseItAndNobodyMayChangeItsSecurity) {
     test::expectSharedSecurity(event.get(), EVENT_ALL_ACCESS);
 }
 
-TEST_F(SecuredEvent, UnprotectedEventOfOthersIsOpened) {
+TEST_F(SecuredEvent, ExistingEventWithDefaultSecurityIsOpened) {
     const NamedEvent plain(name);
     const Handle event = obtain();
     ASSERT_TRUE(event);

@@ -38,8 +38,9 @@ private:
     std::string m_path;
 };
 
-/// While the object exists, the library writes its log to a file in a separate folder. The destructor restores the log
-/// location, the size limit, the mirror switch and the logging switch of the calling thread.
+/// While the object exists, the library writes its log to a file in a separate folder. The constructor switches the
+/// mirror off, and switches the logging of the calling thread on. The destructor restores the log location, the size
+/// limit, the mirror switch and the logging switch of the calling thread.
 class TemporaryLog {
 public:
     explicit TemporaryLog(long long sizeLimitBytes = vorel::Exception::DefaultLogSize);
@@ -52,7 +53,7 @@ public:
     [[nodiscard]] const std::string& path() const { return m_path; }
     [[nodiscard]] std::string backupPath() const { return m_path + ".001"; }
 
-    /// Selects this log again after a test has selected another one.
+    /// Selects this log again after a test has selected another log.
     void use() const;
 
     [[nodiscard]] bool exists() const;

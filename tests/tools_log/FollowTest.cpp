@@ -108,7 +108,7 @@ void writeLines(int first, int last) {
 }
 
 /// Deletes the log and waits until its name is free. On some systems, a deleted file keeps its name until all handles
-/// of the file are closed. Until then, the library cannot write lines, and drops them.
+/// of the file are closed. Until then, the library cannot write lines, and drops them. Returns false on timeout.
 [[nodiscard]] bool removeForGood(test::TemporaryLog& log) {
     log.remove();
     const ULONGLONG start = GetTickCount64();

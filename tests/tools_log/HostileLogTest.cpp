@@ -1,6 +1,6 @@
 /// \file
 /// Random logs with damage, forged headers and control characters. For any log, the output of the viewer contains
-/// nothing that a terminal would interpret, and a forged record is always marked as damaged.
+/// nothing that a terminal would interpret, and a record whose header is in the middle of a line is marked as mid-line.
 
 #include <algorithm>
 #include <random>

@@ -8,7 +8,7 @@
 namespace {
 
 // NOLINTBEGIN(misc-misleading-bidirectional): the test needs these characters
-TEST(JsonTest, Strings) {
+TEST(JsonTest, UnsafeCharactersAreEscapedAndInvalidUtf8IsReplaced) {
     struct Case {
         std::string text;
         std::string json;
@@ -74,7 +74,7 @@ TEST(JsonTest, EveryCodePointRoundTrips) {
     }
 }
 
-TEST(JsonTest, Objects) {
+TEST(JsonTest, ObjectContainsItsMembersInOrder) {
     std::string out = ">";
     { const vorellog::JsonObject empty(out); }
     {

@@ -90,7 +90,7 @@ TEST(LogTimeTest, TypedTimesAreSpans) {
     }
 }
 
-TEST(LogTimeTest, InvalidTypedTimes) {
+TEST(LogTimeTest, InvalidTypedTimesAreRejected) {
     for (const std::string_view text : {"",
                                         "now",
                                         "2026",
@@ -122,7 +122,7 @@ TEST(LogTimeTest, InvalidTypedTimes) {
     }
 }
 
-TEST(LogTimeTest, IsoTexts) {
+TEST(LogTimeTest, IsoTextHasMillisecondsOnRequest) {
     EXPECT_EQ(isoText(kTime + 45, true), "2026-11-16T01:43:08.045");
     EXPECT_EQ(isoText(kTime + 45, false), "2026-11-16T01:43:08");
     EXPECT_EQ(isoText(kTime, false, ' '), "2026-11-16 01:43:08");

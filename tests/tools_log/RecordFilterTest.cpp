@@ -67,7 +67,7 @@ TEST(RecordFilterTest, RecordMatchesIfAllKindsOfChoicesMatch) {
     }
 }
 
-TEST(RecordFilterTest, PatternsAreAlternativesToTexts) {
+TEST(RecordFilterTest, RecordMatchesIfATextOrAPatternMatches) {
     const auto pattern = std::make_shared<vorellog::Pattern>("order \\d", false);
     const auto other = std::make_shared<vorellog::Pattern>("^order", false);
     const auto record = recordOf(header() + "WARN: order 7 is late");

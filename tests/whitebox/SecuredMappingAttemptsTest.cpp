@@ -34,7 +34,7 @@ HANDLE someHandle() {
     return CreateSemaphoreW(nullptr, 0, 1, nullptr);
 }
 
-/// Simulates a system that has only the files and mappings that the test sets.
+/// Replaces the system's calls for files and mappings. The test sets the results of the calls.
 class ObtainingMapping : public testing::Test {
 protected:
     ~ObtainingMapping() override { EXPECT_EQ(m_openFiles, 0) << "every file must be closed"; }
