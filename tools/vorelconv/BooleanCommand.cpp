@@ -45,7 +45,7 @@ constexpr Command kCommand = {
                .operands = kInputOperand,
                .maxOperands = 1,
                .details = L"Accepts true, yes, on, t, y, false, no, off, f and n, ignoring case, and integers.\n"
-                          L"Only the integer zero is false.\n"
+                          L"Of the integers, only zero is false.\n"
                           L"\n"
                           L"  vorelconv boolean --text Yes         true"},
     .run = run};
