@@ -58,7 +58,7 @@ bool Follower::isAt(const Position& position, LogFile* file) {
                             tail == position.tail);
 }
 
-/// Starts with the backup, or with the log if the backup has already been read.
+/// Starts with the backup, or with the log if the backup does not exist or has already been read.
 Follower::Progress Follower::startOver(const Pair& pair) {
     LogFile* first = pair.log.get();
     if (pair.backup && !(m_previous && isAt(*m_previous, pair.backup.get()))) {

@@ -52,7 +52,7 @@ public:
     /// Starts within the log instead of at the start of the backup. Call this before the first poll.
     void startAt(FileId log, unsigned long long offset) { m_current = Position{log, offset, {}}; }
 
-    /// Reads one block of the log, or the rest of the backup.
+    /// Reads at most one block of the log, or the rest of the backup.
     /// \throws FileBusy (nothing is lost, and the next poll continues); tools::Failure; exceptions of the sink.
     Progress poll();
 

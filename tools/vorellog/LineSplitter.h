@@ -29,7 +29,8 @@ public:
 
     explicit LineSplitter(std::function<void(const Line&)> deliver) : m_deliver(std::move(deliver)) {}
 
-    /// Processes the next bytes of the stream. Delivers each line that ends in these bytes.
+    /// Processes the next bytes of the stream. Delivers each line that ends in these bytes, and each full piece of a
+    /// longer line.
     void add(std::string_view bytes);
 
     /// Delivers the incomplete last line, if there is one. The next bytes belong to another file.

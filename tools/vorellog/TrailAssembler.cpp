@@ -8,8 +8,8 @@ namespace vorellog {
 
 namespace {
 
-// Limits of the memory of delivered trails that is kept for later trails. Allocating this memory again for each trail
-// would take longer than all other work on the trail.
+// The memory of delivered trails is reused for later trails, up to these limits. Allocating memory for each trail would
+// take longer than all other work on the trail.
 constexpr std::size_t kMaxSpareTrails = 64;
 constexpr std::size_t kMaxSpareRecords = 256;
 constexpr std::size_t kMaxSpareTextBytes = 4096;

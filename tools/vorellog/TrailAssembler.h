@@ -20,6 +20,8 @@
 ///     because not all lines have milliseconds;
 ///   - any record more than kTrailGapMs after the last record of the trail begins a new trail.
 ///
+/// A cut record also ends its trail, because the thread was terminated. A trail of kMaxRecords records ends, too.
+///
 /// A record whose header is in the middle of a line neither joins nor ends a trail, because the header may be part of a
 /// message.
 ///

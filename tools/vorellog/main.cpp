@@ -47,7 +47,7 @@ HANDLE stopEvent() {
     return event;
 }
 
-/// Waits for this time, or until Ctrl+C is pressed. Returns true if Ctrl+C has been pressed.
+/// Waits up to `milliseconds` for Ctrl+C. Returns true if Ctrl+C has been pressed.
 bool isStopped(DWORD milliseconds) {
     return WaitForSingleObject(stopEvent(), milliseconds) == WAIT_OBJECT_0;
 }
@@ -68,7 +68,7 @@ bool wantsColours(const Settings& settings) {
                         noColor && *noColor != L'\0');
 }
 
-/// The environment of this process.
+/// The clock, Ctrl+C and the error output of this process.
 class Process : public Environment {
 public:
     LocalMs nowMs() override { return static_cast<LocalMs>(GetTickCount64()); }
