@@ -86,8 +86,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     if (isBounded && text.size() < bound) {
         text.resize(bound);
     }
-    // Trailing bytes are not checked, so a sequence may include the terminator and bytes after it. `reading.bytes` has
-    // only the bytes that the reference has read. Reads past these bytes must stay in their page.
+    // The decoder does not check trailing bytes, so a sequence may include the terminator and bytes after it.
+    // `reading.bytes` contains only the bytes that the reference has read. The decoder must not read bytes of the next
+    // page.
     text.append(vorel::algorithms::kLongestUtf8Sequence + 1, '\0');
     const test::DecodedText expected = test::decodeUtf8(text, reading.length);
     reading.bytes = {reinterpret_cast<const unsigned char*>(text.data()), expected.bytesRead};

@@ -77,7 +77,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     } else {
         writing.length = -1;
     }
-    // A surrogate pair that begins at the last unit is read completely, so one unit after the bound may be read.
+    // A surrogate pair that begins at the last unit before the bound is read completely, so one unit after the bound
+    // may be read.
     text.append(2, u'\0');
     const std::wstring units(text.begin(), text.end());
     if (isPaired) {
