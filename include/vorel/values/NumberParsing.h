@@ -56,8 +56,9 @@ VOREL_API int hexToInt(const wchar_t* text, wchar_t** end) noexcept;
 
 /// Parses a decimal number with fraction and exponent. Only the first 18 digits count, including leading zeros. The
 /// result may differ in its last bit from the nearest double; the bits are the same in every program that uses the
-/// library. A value out of range becomes infinity or 0. An exponent below -308 gives 0 even if
-/// the value is in range, and zero with an exponent above 308 is NaN. An exponent marker without digits is accepted
+/// library. A value out of range becomes infinity or 0. The digits that count are read as an integer, which is
+/// multiplied by a power of ten. If the power is below 10^-308, the result is 0 even if the value is in range (1.5e-308
+/// is 15 * 10^-309). If the power is above 10^308, zero becomes NaN. An exponent marker without digits is accepted
 /// ("1e" is 1). The white space after the number is not skipped. Without any digit the result is 0.0 (-0.0 after a '-')
 /// and `end` is `text`. Null gives 0.0 and a null end.
 ///
