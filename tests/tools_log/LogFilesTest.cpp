@@ -144,7 +144,7 @@ TEST_F(LogFilesTest, OpeningAFolderIsAPermanentFailure) {
     }
 }
 
-/// The bytes of all files, and the number of gaps.
+/// Collects the bytes that a follower reads from all files, and counts the gaps that it reports.
 class Text : public LogSink {
 public:
     std::string text;
