@@ -11,7 +11,7 @@ extern "C" {
 /// \name Code pages
 /// A code page is identified by its number in the system, 1 to 65534. Any other number gives
 /// `VOREL_ERROR_INVALID_ARGUMENT`. `VOREL_ERROR_UNSUPPORTED` means that the system does not support the code page.
-/// Texts may contain zeros.
+/// Texts may contain zeros, but names must not.
 /// \{
 
 /// Returns the number of the code page `name`. Names are not case-sensitive. The status is `VOREL_ERROR_UNKNOWN_NAME`

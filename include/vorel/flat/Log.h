@@ -27,8 +27,8 @@ VOREL_API vorel_status vorel_log_set_limit(int64_t bytes);
 VOREL_API vorel_status vorel_log_limit(int64_t* bytes);
 
 /// Writes a line "prefix: message", or only the message if the prefix is empty. If the prefix is "WARN", the line is a
-/// warning. Line feeds in the message are written unchanged, so the text after a line feed looks like a new line of the
-/// log. The call can wait for other writers of the file, about 1.4 seconds at most.
+/// warning. Line feeds in the message are not escaped, so the text after a line feed looks like a new line of the log.
+/// The call can wait for other writers of the file, about 1.4 seconds at most.
 VOREL_API vorel_status vorel_log_write(const vorel_char16* prefix, size_t prefixLength, const vorel_char16* message,
                                        size_t messageLength);
 
