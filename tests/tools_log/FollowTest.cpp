@@ -68,7 +68,7 @@ public:
         return test::linesOf(std::string_view(m_text).substr(0, m_text.rfind('\n') + 1));
     }
 
-    /// Waits until the viewer ends.
+    /// Waits until the viewer ends, and returns its exit code; nullopt if the viewer still runs after the wait.
     [[nodiscard]] std::optional<DWORD> exitCode() const {
         (void)m_child->wait();
         return m_child->exitCode();

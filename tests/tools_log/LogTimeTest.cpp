@@ -54,7 +54,7 @@ TEST(LogTimeTest, TimesOfLinesAreParsed) {
     }
 }
 
-TEST(LogTimeTest, TypedTimesAreSpans) {
+TEST(LogTimeTest, TypedTimesAreParsedAsSpans) {
     struct Case {
         std::string_view text;
         LocalMs from;
