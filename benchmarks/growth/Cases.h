@@ -16,7 +16,8 @@ void strings(Growth& growth);
 void lists(Growth& growth);
 void maps(Growth& growth);
 
-/// Measures lines that several processes write to one file. Returns whether the files contain all these lines.
+/// Measures the time of a line that one of several processes writes to a common file: the error log, or the file of the
+/// peer. Returns whether all these files contain all lines.
 [[nodiscard]] bool logWriters(Growth& growth);
 
 /// The work of a process that `logWriters` starts. Returns its exit code.

@@ -91,9 +91,9 @@ std::vector<std::size_t> numbersUpTo(std::size_t largest) {
 }
 
 Growth::Growth(Options options) : m_options(std::move(options)), m_cacheBytes(largestCacheBytes()) {
-    std::printf("Nanoseconds per element are %s; the largest cache has %.0f MiB. * marks a cost of more than %.1f\n"
-                "times the cost for a smaller number of elements. Numbers within and beyond the caches are compared\n"
-                "separately.\n",
+    std::printf("Nanoseconds per element are %s; nanoseconds per line of the error log are\n"
+                "elapsed time. The largest cache has %.0f MiB. * marks a cost of more than %.1f times the cost for a\n"
+                "smaller number of elements. Costs within and beyond the caches are compared separately.\n",
                 describe(Clock::Processor), static_cast<double>(m_cacheBytes) / (1 << 20), kMaxRise);
 }
 

@@ -46,8 +46,8 @@ public:
     explicit Growth(Options options);
 
     /// Times the work for each of its numbers of elements, and prints a line for each number. A cost is marked if it is
-    /// more than 1.5 times the cost for a smaller number of elements. Only costs within the caches are compared with
-    /// each other, and only costs beyond the caches.
+    /// more than 1.5 times the cost for a smaller number of elements. A cost within the caches is not compared with a
+    /// cost beyond the caches.
     void measure(const Work& work);
 
     /// Writes the CSV file, if one was requested. Returns the exit code of the program.
