@@ -38,7 +38,7 @@ test('the real length of an array is used even if its length properties are rede
     }
 });
 
-test('an object that imitates a Uint8Array is rejected', () => {
+test('a value that is not a Uint8Array is rejected, even if it imitates one', () => {
     const disguised = [
         Object.setPrototypeOf({ length: 4 }, Uint8Array.prototype),
         Object.setPrototypeOf(new Float64Array(4), Uint8Array.prototype),
@@ -74,6 +74,7 @@ test('no DLL is loaded from the current folder or the PATH', () => withPlantedDl
     const env = { ...process.env, PATH: `${folder};${process.env.PATH}` };
     for (const file of own) {
         const expected = path.join(path.dirname(DLL), file);
+        // The exit code is 2 if the process has not loaded the DLL.
         const code = await startPeerWith({ cwd: folder, env }, 'loadedFrom', file, expected);
         assert.ok(code === 0 || (code === 2 && file !== 'vorelCore.dll'), `${file}: exit code ${code}`);
     }
