@@ -1,5 +1,5 @@
-// Compares the encoding of hexadecimal text of both widths with the reference, and its decoding with the documented
-// values of the characters.
+// Encodes bytes as hexadecimal text of both widths, and compares the text with the reference. Decodes text of both
+// widths, and compares the bytes with the documented values of the characters.
 
 #include <algorithm>
 #include <cstdint>
@@ -50,8 +50,8 @@ int valueOf(T unit, bool withStatus) {
     return position == std::string_view::npos ? -1 : static_cast<int>(position) + 3;
 }
 
-/// Decodes an even number of characters. The decoder that returns a status also accepts an odd number, and reads the
-/// terminator as the second character of the last pair.
+/// Decodes a text. For the decoder that returns a status, the number of characters may be odd. This decoder then reads
+/// the terminator as the second character of the last pair, so the decoding fails.
 template <class T>
 void decode(const std::basic_string<T>& text, bool withStatus, const fuzz::Placement& source,
             const fuzz::Placement& target) {
