@@ -9,8 +9,8 @@
 
 namespace vorel::util {
 
-/// Converts `time` to local time (`localtime`) or UTC (`gmtime`) in `result`, and returns `result`. If the runtime
-/// cannot convert the time, every field becomes -1; nothing is reported.
+/// Converts `time` to local time (`localtime`) or UTC (`gmtime`) in `result`, and returns `result`. If `time` is
+/// null or the runtime cannot convert it, every field becomes -1; nothing is reported.
 /// \throws Exception "pLocalTime is null" (`localtime`) or "pGMTime is null" (`gmtime`) for a null `result`.
 VOREL_API std::tm* localtime(const long long* time, std::tm* result);
 VOREL_API std::tm* gmtime(const long long* time, std::tm* result);
@@ -23,8 +23,8 @@ VOREL_API std::tm* gmtime(const long long* time, std::tm* result);
 ///         structure or out of range values for components of the time".
 VOREL_API char* asctime(const std::tm* time, char* buffer, unsigned long long size);
 
-/// The same for a time in seconds, as local time, but with a line feed at the end by design. If the runtime cannot
-/// convert the time, the text is empty; nothing is reported.
+/// The same for a time in seconds, as local time, but with a line feed at the end by design. If `time` is null or the
+/// runtime cannot convert it, the text is empty; nothing is reported.
 /// \throws Exception "buffer is null"; "buffer must be at least 26 characters long, actual size = %i".
 VOREL_API char* ctime(const long long* time, char* buffer, unsigned long long size);
 
