@@ -7,11 +7,11 @@
 /// parameter has the number 1. In a non-static member function it has the number 2, because the object has the
 /// number 1. No compiler checks wide formats.
 ///
-/// Formats have the syntax of the Windows runtime. Clang knows this syntax. GCC does not know it, so GCC checks nothing
-/// unless the program defines VOREL_CHECK_FORMATS before it includes the library. GCC then checks formats by the C
-/// standard: it finds arguments of wrong types, but it also warns about the Windows-only conversions `%hs`, `%hc`,
-/// `%hS`, `%ws`, `%wc`, `%Z`, `%Iu` and `%I64d`, and misreads `%I32d`. Programs that define the macro write `%s`,
-/// `%ls`, `%zu`, `%lld` and `%d` instead.
+/// Formats have the syntax of the Windows runtime. Clang supports this syntax. GCC does not support it, so GCC checks
+/// nothing unless the program defines VOREL_CHECK_FORMATS before it includes the library. GCC then checks formats by
+/// the C standard: it finds arguments of wrong types, but it also warns about the Windows-only conversions `%hs`,
+/// `%hc`, `%hS`, `%ws`, `%wc`, `%Z`, `%Iu` and `%I64d`, and misreads `%I32d`. Programs that define the macro write
+/// `%s`, `%ls`, `%zu`, `%lld` and `%d` instead.
 #if defined(__clang__)
 #define VOREL_PRINTF(which, first) [[gnu::format(printf, which, first)]]
 #elif defined(__GNUC__) && defined(VOREL_CHECK_FORMATS)
@@ -20,7 +20,7 @@
 #define VOREL_PRINTF(which, first)
 #endif
 
-/// Marks a name that the next change of the interface removes. `advice` says what to use instead. Programs that define
+/// Marks a name that a later version of the library removes. `advice` says what to use instead. Programs that define
 /// VOREL_NO_DEPRECATION get no warnings.
 #if defined(VOREL_NO_DEPRECATION)
 #define VOREL_DEPRECATED(advice)
