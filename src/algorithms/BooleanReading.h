@@ -25,7 +25,7 @@ inline constexpr std::string_view kTrueCharacters = "1ty";
 inline constexpr std::string_view kFalseCharacters = "0fn";
 inline constexpr std::string_view kPlainBooleanWords[] = {"true", "false", "yes", "no", "0", "1", "t", "f", "y", "n"};
 
-/// Whether a single digit from 2 to 9 is true. It is true in wide text only, and callers rely on that.
+/// Whether a single digit from 2 to 9 denotes true. It denotes true only in wide text, and callers rely on that.
 template <class T>
 inline constexpr bool kAnyDigitIsTrue = sizeof(T) > 1;
 

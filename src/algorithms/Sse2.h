@@ -1,6 +1,7 @@
 /// \file
-/// The vector instructions of the algorithms. On x86-64 they are the compiler's functions. Every such processor has
-/// SSE2, and some have AVX2. For other processors they are functions with the same names and results.
+/// The functions (intrinsics) through which the algorithms use vector instructions. On x86-64, the compiler provides
+/// these functions; every x86-64 processor has SSE2, and some have AVX2. For other processors, PortableSse2.h defines
+/// functions with the names and results of the SSE2 functions.
 #pragma once
 
 #if defined(__AVX2__)
