@@ -53,7 +53,7 @@ private:
     wchar_t m_short[MAX_PATH + 1];
 };
 
-/// The text for a failed wait.
+/// The text for a failed wait or a failed release.
 class Reason {
 public:
     explicit Reason(DWORD waitResult) {
