@@ -1,5 +1,5 @@
-// Exceptions with a failing heap: texts may be truncated or missing. Functions that return several messages in one text
-// may throw a `MemoryException`. Nothing else fails.
+// Exceptions with a failing heap: texts may be truncated or missing. Functions that return all messages at once may
+// throw a `MemoryException`. Nothing else fails.
 
 #include <optional>
 #include <string>
@@ -324,12 +324,12 @@ void expectTruncatedMessage() {
     EXPECT_EQ(log.messages(), std::vector<std::string>{"Vorel Error Truncated: " + longText<char>(kTruncatedMessage)});
 }
 
-TEST(LongMessage, IsTruncatedAndMarkedWhenOnlyItsBlockCannotBeAllocated) {
+TEST(LongMessage, IsTruncatedAndMarkedIfOnlyItsBlockCannotBeAllocated) {
     expectTruncatedMessage<wchar_t>();
     expectTruncatedMessage<char>();
 }
 
-TEST(LongMessage, IsTruncatedWithoutMarkWhenItReplacesAnotherMessage) {
+TEST(LongMessage, IsTruncatedWithoutMarkIfItReplacesAMessageAndItsBlockCannotBeAllocated) {
     const test::TemporaryLog log;
     Exception e(L"before");
     const std::wstring text = longText<wchar_t>(kLongMessage);

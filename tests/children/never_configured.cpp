@@ -1,5 +1,5 @@
 /// \file
-/// Logs three lines without setting the location of the log.
+/// Logs three lines without setting the location of the log. The exit code is 1 if the log has a mirror by default.
 
 #include <vorel/exceptions/Exception.h>
 

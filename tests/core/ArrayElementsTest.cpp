@@ -52,7 +52,7 @@ std::vector<std::vector<int>> rowsOf(const Array<Array<int>>& rows) {
     return result;
 }
 
-TEST(ArrayOfArrays, GrowthAndCopiesAreDeep) {
+TEST(ArrayOfArrays, GrowthKeepsTheElementsAndCopiesAreDeep) {
     Array<Array<int>> rows;
     std::vector<std::vector<int>> model;
     for (int first = 0; first < 12; ++first) {

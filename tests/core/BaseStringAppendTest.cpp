@@ -57,7 +57,7 @@ TYPED_TEST(BaseStringAppend, AppendCounted_EveryLengthWritesTheTextAndItsTermina
     }
 }
 
-TYPED_TEST(BaseStringAppend, AppendPartOfItself_EveryLengthWithoutGrowth) {
+TYPED_TEST(BaseStringAppend, AppendPartOfItself_CopiesEveryLengthWithoutGrowth) {
     for (std::size_t length = 1; length <= 70; ++length) {
         for (std::size_t count = 1; count <= length; ++count) {
             std::basic_string<TypeParam> expected;
@@ -113,7 +113,7 @@ TYPED_TEST(BaseStringAppend, AppendNothing_WritesNothing) {
     EXPECT_EQ(string.c_str()[3], TypeParam{'d'});
 }
 
-TYPED_TEST(BaseStringAppend, AppendUnit_AtEveryLengthAroundTheGrowth) {
+TYPED_TEST(BaseStringAppend, AppendUnit_AppendsAtEveryLengthAndGrowsTheBuffer) {
     BaseString<TypeParam> string;
     std::basic_string<TypeParam> expected;
     for (unsigned int length = 0; length < 300; ++length) {

@@ -65,7 +65,7 @@ TEST(Exception, WhatReturnsAnEmptyTextForAnEmptyMessage) {
     EXPECT_EQ(e.getMessageTotal(), 1u);
 }
 
-TEST(Exception, GetErrorMessageReturnsAnEmptyTextOutOfRange) {
+TEST(Exception, GetErrorMessageReturnsAnEmptyTextForAnIndexOutOfRange) {
     const Exception e = withMessages({L"a", L"b"});
     EXPECT_STREQ(e.getErrorMessage(0), L"a");
     EXPECT_STREQ(e.getErrorMessage(1), L"b");
@@ -81,7 +81,7 @@ TEST(Exception, BlocksJoinTheMessagesOldestFirst) {
     EXPECT_STREQ(e.getCharErrorMessageBlock(nullptr), "abc");
 }
 
-TEST(Exception, BlocksAreValidUntilTheNextBlockOrAssignment) {
+TEST(Exception, BlocksAreUnchangedByClearAndEmptiedByAssignment) {
     Exception e = withMessages({L"a", L"b"});
     const wchar_t* const wide = e.getErrorMessageBlock(L"; ");
     const char* const narrow = e.getCharErrorMessageBlock("; ");

@@ -66,7 +66,7 @@ const Holder kHoldersOfTheLog[] = {
     {"RenamingProcess", DELETE, kShareAll, {"WARN: first"}, {}},
 };
 
-TEST_P(HeldLog, IsRotatedAndWrittenOnlyIfTheSharingModeOfTheHolderAllowsIt) {
+TEST_P(HeldLog, IsRotatedAndWrittenOnlyIfAccessAndSharingOfTheHolderAllowIt) {
     const Holder& holder = GetParam();
     const test::TemporaryLog log(kLimitBytes);
     warn("first");

@@ -139,7 +139,7 @@ TEST(LogSize, LogCallUsesItsOwnPathAndLimit) {
     EXPECT_EQ(currentLogSize(), Exception::DefaultLogSize);
 }
 
-TEST(LogSize, LogCallWithANegativeLimitUsesTheCurrentLimit) {
+TEST(LogSize, LogCallUsesTheCurrentLimitOnlyIfItsOwnLimitIsNegative) {
     struct Case {
         long long current;
         long long own;

@@ -1,5 +1,5 @@
 /// \file
-/// `Condition`: every order of waiting, signalling and broadcasting.
+/// `Condition`: waiting, signalling and broadcasting. Scenarios with many schedules have a limit on preemptions.
 
 #include <functional>
 #include <memory>

@@ -21,7 +21,8 @@ public:
     void restart() { m_length = 0; }
 
     /// The next decision: the decision that the path contains at this position, or the first option if the path ends
-    /// here. Null if the number of options differs from the number at this position in the previous schedule.
+    /// here. Null if the number of options differs from the number at this position in the previous schedule, or if a
+    /// decision that was given to the constructor is not one of the options.
     std::optional<std::size_t> decide(std::size_t options) {
         if (m_length == m_steps.size()) {
             m_steps.push_back({0, options});

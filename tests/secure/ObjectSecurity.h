@@ -13,8 +13,8 @@
 namespace test {
 
 /// Expects the security of a shared object: everyone may use it, nobody may change its security, and the entry that
-/// denies this change comes first. The system may replace the generic right by `allAccess`, all rights of that kind of
-/// object.
+/// denies this change comes first. The system may replace GENERIC_ALL, the right of everyone, by `allAccess`, which is
+/// all rights for this kind of object.
 inline void expectSharedSecurity(HANDLE object, DWORD allAccess) {
     std::vector<unsigned char> descriptor(2048);
     DWORD needed = 0;

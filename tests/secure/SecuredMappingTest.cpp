@@ -112,7 +112,7 @@ TEST_F(SecuredMapping, ExistingMappingIsOpenedWithTheRequestedAccess) {
     EXPECT_EQ(view.number(), 7);
 }
 
-TEST_F(SecuredMapping, TakenNameReturnsNull) {
+TEST_F(SecuredMapping, NameOfAnotherKindOfObjectReturnsNull) {
     const NamedEvent taken(name);
     const Handle mapping = obtain();
     EXPECT_FALSE(mapping);

@@ -133,7 +133,7 @@ TEST_F(SecuredMutex, HandleIsNotInherited) {
     }
 }
 
-TEST_F(SecuredMutex, UnprotectedMutexOfOthersIsOpened) {
+TEST_F(SecuredMutex, MutexWithDefaultSecurityIsOpened) {
     const Handle plain(CreateMutexW(nullptr, FALSE, name.c_str()));
     const Handle mutex = obtain();
     EXPECT_TRUE(mutex);
@@ -144,7 +144,7 @@ TEST_F(SecuredMutex, UnprotectedMutexOfOthersIsOpened) {
 
 // ---- Names of objects of another kind ----
 
-TEST_F(SecuredMutex, TakenNameIsTriedOnceWithoutRetries) {
+TEST_F(SecuredMutex, TakenNameIsTriedOnceIfNoRetriesAreRequested) {
     const NamedEvent taken(name);
     const auto start = std::chrono::steady_clock::now();
     const Handle mutex = obtain(0, 3600000);

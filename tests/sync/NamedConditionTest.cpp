@@ -96,7 +96,7 @@ TEST(NamedCondition, SignalWakesAWaitingThread) {
     EXPECT_TRUE(waiter.get());
 }
 
-TEST(NamedCondition, WithoutANameTheEventIsPrivate) {
+TEST(NamedCondition, WaitReturnsAfterASignalEvenWithoutAName) {
     NamedCondition condition(nullptr);
     condition.signal();
     EXPECT_TRUE(condition.wait(0));

@@ -32,7 +32,7 @@ TEST(SettingsTest, Defaults) {
     EXPECT_EQ(s.colours, Colours::Auto);
 }
 
-TEST(SettingsTest, AllOptions) {
+TEST(SettingsTest, OptionsSetTheirFields) {
     const Settings s =
         settings({L"-f",        L"-p",    L"77",     L"--process=78", L"-t9",  L"-P",         L"error",
                   L"--prefix",  L"Own: ", L"--from", L"1h",           L"--to", L"2026-11-16", L"-e",

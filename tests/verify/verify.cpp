@@ -106,7 +106,8 @@ private:
     fs::path m_path;
 };
 
-/// Creates an empty folder for the results of the kind of user that `user` names.
+/// Creates an empty folder with the name `user` for the results. `user` describes the rights of the user (see
+/// UserKind).
 fs::path resultFolder(const fs::path& archive, const fs::path& temporary, const wchar_t* user) {
     std::error_code error;
     for (const fs::path& parent : {archive / L"results", temporary / L"vorelCore results"}) {

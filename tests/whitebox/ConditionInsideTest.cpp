@@ -1,5 +1,6 @@
 /// \file
-/// The behaviour of the conditions if system calls fail, and how a broadcast excludes new waiters.
+/// The behaviour of the conditions if system calls fail, how a broadcast excludes new waiters, and the offsets of the
+/// fields.
 
 #include <chrono>
 #include <cstring>
@@ -124,7 +125,7 @@ TEST(ConditionInside, FailedBroadcastReleasesTheBroadcastLock) {
     EXPECT_TRUE(isFreeForOthers(condition.*reveal(test::BroadcastLock())));
 }
 
-TEST(ConditionInside, FailedWaitPassesTheTimeoutAndReturnsFalse) {
+TEST(ConditionInside, WaitPassesItsTimeoutAndReturnsFalseIfTheSystemsWaitFails) {
     ForcedCriticalSection lock;
     Condition condition(lock);
     NamedCondition named(nullptr);

@@ -22,8 +22,8 @@ protected:
 
 TYPED_TEST_SUITE(StringAccess, test::CharacterTypes, test::CharacterNames);
 
-// A large capacity is a multiple of 0x100000 units, and greater than the count plus 1 for the terminator. The largest
-// multiple that fits into 32 bits is 0xFFF00000, so counts of 0xFFEFFFFF and more are rejected.
+// A large capacity is a multiple of 0x100000 units, and greater than the count plus 1, where the 1 is for the
+// terminator. The largest multiple that fits into 32 bits is 0xFFF00000, so counts of 0xFFEFFFFF and more are rejected.
 TYPED_TEST(StringAccess, TryReserve_RejectsACapacityBeyond32Bits) {
     for (const unsigned int count : {0xFFEFFFFFu, 0xFFF00000u, 0xFFFFFFFEu, 0xFFFFFFFFu}) {
         const auto text = test::text<TypeParam>("as it was");
