@@ -14,7 +14,7 @@ namespace {
 
 using WideString = vorel::BaseString<wchar_t>;
 
-/// Appends the items of one line to `items`, unquoted. Returns false if only a part of the line could be read.
+/// Appends the items of one line to `items` as text. Returns false if only a part of the line could be read.
 using ListReader = bool (*)(const wchar_t* line, std::vector<std::wstring>& items);
 
 std::wstring plain(int value) {

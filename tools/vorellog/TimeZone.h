@@ -18,14 +18,15 @@ public:
     /// A zone with a fixed offset from UTC.
     explicit TimeZone(LocalMs offsetMs) noexcept : m_offsetMs(offsetMs) {}
 
-    /// The local time at `utcMs`, a time in UTC.
+    /// The local time at `utcMs`, a time in UTC; `utcMs` itself if the system cannot convert the time.
     [[nodiscard]] LocalMs localTime(LocalMs utcMs) const noexcept;
 
 private:
     std::optional<LocalMs> m_offsetMs;
 };
 
-/// Parses "Z", "+02:00", "-0330" or "+2" as an offset from UTC; nullopt for any other text.
+/// Parses an offset from UTC, such as "Z", "+02:00", "-0330" or "+2". Returns nullopt for a text in another format, for
+/// more than 14 hours, and for more than 59 minutes.
 std::optional<LocalMs> parseOffset(std::string_view text) noexcept;
 
 /// The current time in UTC.

@@ -127,8 +127,8 @@ bool Viewer::isWanted(std::span<const Record> records) {
     return wanted;
 }
 
-/// Shows or counts an entry that is wanted. An entry that is not wanted is shown if it is in the context of a wanted
-/// entry.
+/// Shows or counts a wanted entry, until the maximum number of entries is reached. An entry that is not wanted is shown
+/// if it is in the context of a wanted entry.
 template <class Entry>
 void Viewer::offer(const Entry& entry, bool wanted) {
     if (wanted && hasMaxEntries()) {

@@ -41,7 +41,7 @@ public:
     /// for longer than TrailAssembler::kTrailGapMs.
     void showPending(LocalMs nowMs);
 
-    /// The time of the last showPending() call that had new bytes to show; at least the time of the first call.
+    /// The time of the last showPending() call that had new bytes to show. The first call counts as such a call.
     [[nodiscard]] LocalMs lastInputMs() const noexcept { return m_lastInputMs; }
 
     /// Shows the remaining entries or the summary.
