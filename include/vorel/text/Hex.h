@@ -46,8 +46,8 @@ VOREL_API void byteArrayToHexString(const Array<unsigned char>& bytes, BaseStrin
 VOREL_API void byteArrayToHexString(const Array<unsigned char>& bytes, BaseString<wchar_t>& text, bool upperCase);
 
 /// Replaces `bytes` by one byte for each pair of digits in `text`, which has `length` units or ends at its terminator.
-/// By design, a character that is not a digit counts as 0. If the length is odd or 0, `bytes` is unchanged and nothing
-/// is reported. `text` may point into `bytes`.
+/// By design, a character that is not a digit counts as 0. If `text` is null, or its length is odd or 0, `bytes` is
+/// unchanged and nothing is reported. `text` may point into `bytes`.
 ///
 ///     4g  ->  40        123  ->  unchanged
 ///
