@@ -103,7 +103,8 @@ public:
         return true;
     }
 
-    /// Adds `units`, which another function counted up to `end`. At least three bytes of the text precede `end`.
+    /// Adds `units`, which another function counted up to `end`, and prepares `add` for the block at `end`. At least
+    /// three bytes of the text precede `end`.
     void pass(const unsigned char* end, std::size_t units) noexcept {
         m_units += static_cast<unsigned int>(units);
         const auto isFrom = [&](int position, unsigned int first) { return end[position] >= first ? 1u : 0u; };
@@ -155,7 +156,8 @@ public:
         return true;
     }
 
-    /// Adds `bytes`, which another function counted up to `end`. At least one unit of the text precedes `end`.
+    /// Adds `bytes`, which another function counted up to `end`, and prepares `add` for the block at `end`. At least
+    /// one unit of the text precedes `end`.
     void pass(const unsigned char* end, std::size_t bytes) noexcept {
         m_bytes += static_cast<unsigned int>(bytes);
         m_high = (end[-1] & kSurrogateKindMask >> 8) == kFirstHighSurrogate >> 8 ? m_paired & 3 : 0;
@@ -281,7 +283,7 @@ Progress countDecodedAvx2(const unsigned char* bytes, std::size_t left) noexcept
     const unsigned char* at = bytes - offset;
     const unsigned char* const end = bytes + atMost(kMaxProgress, left);
     DecodedCount count;
-    bool hasFours = false;  // whether the last counted part has sequences of four bytes
+    bool hasFours = false;  // whether the next bytes probably contain sequences of four bytes
     if (static_cast<std::size_t>(end - at) < kBlock || !count.add(at, ~0u << offset)) {
         return kNoProgress;
     }
