@@ -7,7 +7,7 @@ namespace vorel::baseutil {
 
 namespace {
 
-/// Moves the text from `position` to its terminator by `distance` characters.
+/// Moves the characters from `position` on, including the terminator, by `distance`.
 void moveTail(char* position, std::ptrdiff_t distance) noexcept {
     std::memmove(position + distance, position, std::strlen(position) + 1);
 }
