@@ -1,5 +1,6 @@
 /// \file
-/// Logs three lines without setting the location of the log. The exit code is 1 if the log has a mirror by default.
+/// Logs three lines without setting the location of the log. The exit code is 1 if the log's mirror (see
+/// `Exception::GetMirrorErrorLog`) is on at load.
 
 #include <vorel/exceptions/Exception.h>
 

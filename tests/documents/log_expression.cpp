@@ -1,4 +1,4 @@
-// Writes a log with lines of every kind. Prints the expected fields of each line to the standard output.
+// Writes a log with lines of several kinds. Prints the expected fields of each line to the standard output.
 
 #include <cstdio>
 #include <string>

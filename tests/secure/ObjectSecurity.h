@@ -12,9 +12,9 @@
 
 namespace test {
 
-/// Expects the security of a shared object: everyone may use it, nobody may change its security, and the entry that
-/// denies this change comes first. The system may replace GENERIC_ALL, the right of everyone, by `allAccess`, which is
-/// all rights for this kind of object.
+/// Expects the access list of a shared object: the first entry denies everyone the right to change the object's
+/// security, and the second entry grants everyone all other rights. The system may replace GENERIC_ALL in the second
+/// entry by `allAccess`, which is all rights for this kind of object.
 inline void expectSharedSecurity(HANDLE object, DWORD allAccess) {
     std::vector<unsigned char> descriptor(2048);
     DWORD needed = 0;

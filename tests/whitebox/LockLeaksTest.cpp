@@ -158,7 +158,7 @@ TEST_P(LockLeaks, ManyRoundsLeaveNoHandleOpen) {
     {
         const Handle prepared(cycle.prepare(m_name));
         const test::ImportPatch sleep(
-            importedSleep, +[](DWORD) WINAPI {});  // the library waits between attempts
+            importedSleep, +[](DWORD) WINAPI {});  // so that attempts follow without a wait
         (void)cycle.run(m_name);                   // in the first round, the system may open handles and keep them
         const DWORD reported = test::reportedHandles();
         const test::LiveHandles handles;
