@@ -47,7 +47,7 @@ VOREL_API vorel_status vorel_base64_decode(const vorel_char16* text, size_t leng
                                            size_t* outputLength);
 
 /// Encodes bytes as Daylight. Each group of three bytes becomes four characters of the alphabet "." "+" 0-9 A-Z a-z.
-/// The final digit is the number of bytes in the last group. If there are no bytes, the text is "3".
+/// The final digit is the number of bytes in the last group. For a size of 0, the text is "3".
 ///
 ///     41 42  ->  "EI6.2"
 VOREL_API vorel_status vorel_daylight_encode(const void* bytes, size_t size, vorel_char16* output, size_t capacity,
