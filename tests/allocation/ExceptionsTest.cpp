@@ -256,7 +256,7 @@ void longSystemError(Attempt& attempt) {
     const heap::Unwatched unwatched;
     const std::string whole = "HRESULT: 5 - " + test::narrowed(std::wstring(longMessage()));
     ASSERT_EQ(attempt.logged().size(), 2u);
-    EXPECT_EQ(attempt.logged()[1], "AddHRESULTErrorToStack: ");
+    EXPECT_EQ(attempt.logged()[1], "AddHRESULTErrorToStack: ");  // the call ends with a line that has only the prefix
     const std::string& line = attempt.logged()[0];
     const std::string plain = "AddHRESULTErrorToStack: ";
     if (!attempt.allocationFailed()) {
