@@ -71,7 +71,10 @@ if (Symbol.dispose) {
     };
 }
 
-/** Returns the error for a mutex that cannot be opened. The system's text follows the library's message. */
+/**
+ * Returns the error for a mutex that cannot be opened. If the system's error code can be found, the system's text
+ * follows the library's message.
+ */
 function mutexFailure(status, name) {
     const failure = native.lastError(status);
     const error = status === Status.SYSTEM ? native.mutexErrorCode(name) : 0;
@@ -219,8 +222,8 @@ const MAX_CALLS = 2;
 let calls = 0;
 
 /**
- * Waits at most CALL_MS on a thread of libuv's pool and resolves to the status. Do not call this function in a Worker,
- * because koffi aborts the process when a Worker ends during the native call.
+ * Waits on a thread of libuv's pool, at most `limitMs` and at most CALL_MS, and resolves to the status. Do not call
+ * this function in a Worker, because koffi aborts the process when a Worker ends during the native call.
  */
 function waitOnThread(handle, limitMs) {
     ++calls;
@@ -230,7 +233,10 @@ function waitOnThread(handle, limitMs) {
     }).finally(() => --calls);
 }
 
-/** Checks once for a signal; if there is none, then waits at most CHECK_MS. Resolves to the status of the check. */
+/**
+ * Checks once for a signal. If there is none, then waits at most `limitMs` and at most CHECK_MS. Resolves to the status
+ * of the check.
+ */
 async function waitOnLoop(handle, limitMs) {
     const status = waitForCondition(handle, 0);
     if (status === Status.TIMEOUT) {

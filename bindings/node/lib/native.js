@@ -43,7 +43,10 @@ function declare(name, ...parameters) {
 
 // ---- Failures -------------------------------------------------------------------------------------------------------
 
-/** Creates an error without the library's message, for a failure on another thread or in this package. */
+/**
+ * Creates an error with `message` instead of the library's message. If `message` is missing or empty, the error has the
+ * name of the status as its message.
+ */
 function errorOf(status, message) {
     return new VorelError(status, statusName(status), message);
 }
