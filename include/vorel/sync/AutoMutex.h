@@ -57,7 +57,8 @@ public:
 
     /// The same with a name in UTF-8, which is converted to UTF-16. The constructor is a template, so that
     /// `AutoMutex(nullptr, ...)` is not ambiguous.
-    /// \throws Exception "Failed to convert utf8 text to String: ..." if `name` is not valid UTF-8; MemoryException.
+    /// \throws Exception with the message "Failed to convert utf8 text to String: ..." if `name` is not valid UTF-8;
+    ///         MemoryException; the exceptions of the constructor for wide names.
     template <std::same_as<char> Narrow>
     AutoMutex(const Narrow* name, bool lockNow, bool flag)
         : AutoMutex(detail::NarrowName(name).wide(), lockNow, flag) {}
@@ -83,8 +84,10 @@ public:
     virtual bool initialize(const wchar_t* name, bool flag);
 
     /// The same with a name in UTF-8.
-    /// \throws Exception "Failed to convert utf8 text to String: ..." if `name` is not valid UTF-8; MemoryException.
-    ///         The object is unchanged.
+    /// \throws The exceptions of the overload for wide names. If the conversion fails, the object is unchanged:
+    /// Exception
+    ///         with the message "Failed to convert utf8 text to String: ..." if `name` is not valid UTF-8, or
+    ///         MemoryException.
     template <std::same_as<char> Narrow>
     bool initialize(const Narrow* name, bool flag) {
         return initialize(detail::NarrowName(name).wide(), flag);
