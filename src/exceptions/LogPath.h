@@ -22,8 +22,8 @@ struct LogPath {
     /// `ErrorLogLocation`. The caller holds the log-settings lock.
     static void write(const char* path) noexcept;
 
-    /// Copies the path. The copy is empty if no path is set. The copy can contain parts of two paths only if a writer
-    /// was killed during a change. Does not lock.
+    /// Copies the path. The copy is empty if no path is set. If the path changes during all attempts, for example
+    /// because a writer was killed during a change, the copy may contain parts of two paths. Does not lock.
     static void read(char (&path)[kLogPathBytes]) noexcept;
 
     /// Like `read`, but copies the default path if no path is set.

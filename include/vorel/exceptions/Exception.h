@@ -143,7 +143,8 @@ public:
     /// \name Catching and rethrowing
     /// Each function adds a record from RecordFormats.h. The catch functions empty the stack and never throw. The
     /// rethrow functions rethrow the exception with its dynamic type. The append functions only add the record. A
-    /// location is the name of a function, or of a class and a method.
+    /// location is the name of a function, or of a class and a method. The functions with names that end in `Generic`
+    /// render the location from `format`.
     /// \{
 
     void catchMessage(const wchar_t* location) noexcept;
