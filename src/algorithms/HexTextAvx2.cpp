@@ -16,7 +16,7 @@ namespace vorel::algorithms {
 
 namespace {
 
-/// Writes 32 digits in the order of `spreadBytes`.
+/// Writes the digits of sixteen bytes. `spreadBytes` defines the order of the digits in the register.
 void storeDigits(__m256i digits, char* out) noexcept {
     storeCharacters(digits, out);
 }
@@ -50,8 +50,8 @@ public:
 
     void write(const unsigned char* bytes, T* out) const noexcept {
         // Each byte of the input is in the lower half of 16 bits. The multiplication copies the lower four bits of the
-        // byte to the top of the 16 bits. After the shift, the first byte has the upper four bits, and the second byte
-        // has the lower four bits.
+        // byte to the top of the 16 bits. After the shift, the first of the two bytes has the upper four bits of the
+        // input, and the second byte has the lower four bits.
         const __m256i words = _mm256_shuffle_epi8(loadTwice(bytes), spreadBytes());
         const __m256i values = _mm256_srli_epi16(_mm256_mullo_epi16(words, m_multipliers), 4);
         storeDigits(_mm256_shuffle_epi8(m_digits, values), out);

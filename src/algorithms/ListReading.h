@@ -12,8 +12,9 @@
 
 namespace vorel::algorithms {
 
-/// Parses integers separated by white space, a comma, or both, and truncates fractions. Stops at the first invalid
-/// item. Returns whether all items were valid. Values are unsigned and modulo 2^32.
+/// Parses integers separated by white space, by a comma, or by white space and then a comma. Fractions are truncated.
+/// By design, an item without digits has the value 0, for example between two commas. Stops at the first character that
+/// cannot begin an item. Returns whether the whole text was read. Values are unsigned and modulo 2^32.
 template <class T, class Take>
 bool readIntegerList(const T* text, Take&& take) {
     skipSpaces(text);
