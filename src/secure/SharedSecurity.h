@@ -1,5 +1,6 @@
 /// \file
-/// The security of objects that users share: everyone may use them, nobody may change their security.
+/// The security of objects that users share: every user may use the objects, but only the owner of an object can change
+/// its access list.
 #pragma once
 
 #include <cstddef>
