@@ -14,8 +14,8 @@ namespace {
 constexpr std::uint64_t kSecond = 10000000;  // in units of a file time
 
 /// The current second since 1970. Reading the system's coarse clock is ten times as fast as reading the runtime's
-/// clock, but the coarse clock lags by up to one tick, usually 16 ms. In the last tenth of a second, the next second
-/// may already have begun, so the runtime's clock is used.
+/// clock, but the coarse clock lags by up to one tick, usually 16 ms. If the coarse clock is in the last tenth of a
+/// second, the next second may already have begun, so the runtime's clock is used.
 __time64_t secondsNow() noexcept {
     constexpr std::uint64_t kMaxLag = kSecond / 10;
     try {
