@@ -171,9 +171,9 @@ VOREL_NOINLINE bool decode(BaseString<wchar_t>& output, const unsigned char* inp
     });
 }
 
-/// A caller's buffer for units, or a separate buffer if the input lies in the caller's buffer. The destructor copies
-/// the separate units to the caller's buffer. They are not copied earlier, because the message of a failure is built
-/// from the input.
+/// A caller's buffer for units, or a separate buffer if the input begins in the caller's buffer. The destructor copies
+/// the units of the separate buffer to the caller's buffer. They are not copied earlier, because the message of a
+/// failure is built from the input.
 class SeparateUnits {
 public:
     SeparateUnits(wchar_t* output, unsigned int size, const void* input) : m_output(output), m_units(output) {
