@@ -55,7 +55,7 @@ TYPED_TEST(ShortTextLength, ReadsOnlyOnePage) {
     }
 }
 
-/// Converts texts at inaccessible pages in both directions.
+/// Decodes and encodes texts that end at an inaccessible page.
 class Utf8Short : public testing::Test {
 protected:
     /// Decodes `bytes` up to a zero, or at most `length` bytes if `length` is not negative. Returns whether the whole
@@ -137,7 +137,7 @@ TEST_F(Utf8Short, RejectsTextAboveTheCapacity) {
     }
 }
 
-TEST_F(Utf8Short, RejectsTextAfterASequenceThatIncludesAZero) {
+TEST_F(Utf8Short, RejectsTextThatContinuesAfterASequenceWithAZero) {
     const std::string text("a\xC3\0z\0", 5);
     EXPECT_TRUE(decodes(text, 2, kAmple));
     const std::string longer = text + std::string(100, '\0');  // contains all bytes that the decoder reads

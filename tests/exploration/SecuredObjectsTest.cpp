@@ -1,6 +1,6 @@
 /// \file
-/// The secured objects: several processes open a new object at the same time, and one process is killed during its
-/// calls.
+/// The secured objects: several processes open a new object at the same time. In one test, one of the processes is
+/// killed during its calls.
 
 #include <functional>
 #include <string>

@@ -1,9 +1,9 @@
 """Makes small changes to the sources, one at a time, and reports the changes that no test detects.
 
-Run it as `./dev mutate`. It needs the release build. The sample contains changes of every file in scope. A hash of the
-changed line selects the changes, so the sample is the same in every run. A change that does not compile, or does not
-affect the machine code, is replaced by the next change of its file. A change that behaves like the original is listed
-in equivalent.txt, with the reason, and is skipped.
+Run it as `./dev mutate`. It needs the release build. The sample is distributed over the files in scope, with more
+changes of larger files. A hash of the changed line selects the changes, so the sample is the same in every run. A
+change that does not compile, or does not affect the machine code, is replaced by the next change of its file. A change
+that behaves like the original is listed in equivalent.txt, with the reason, and is skipped.
 """
 
 import argparse
@@ -194,7 +194,7 @@ def arguments():
     parser.add_argument("--count", type=int, default=240, help="number of changes to try (default: %(default)s)")
     parser.add_argument("--seed", type=int, default=1, help="seed of the sample (default: %(default)s)")
     parser.add_argument("--jobs", type=int, default=2, help="changes tried at the same time (default: %(default)s)")
-    parser.add_argument("--quick", action="store_true", help=f"try {QUICK_COUNT} changes, each in another .cpp file")
+    parser.add_argument("--quick", action="store_true", help=f"try {QUICK_COUNT} changes in different .cpp files")
     parser.add_argument("--again", action="store_true", help="try only the survivors of the last run")
     parser.add_argument("--continue", dest="go_on", action="store_true", help="continue an interrupted run")
     return parser.parse_args()

@@ -64,7 +64,7 @@ const std::array<BadText, 10>& badTexts() {
         {std::string("\xC3\0\xBF"
                      "A\0",
                      5),
-         -1, L"Hex string: 41", "an invalid byte after a zero decoded as a trailing byte"},
+         -1, L"Hex string: 41", "an invalid byte after a zero that is decoded as a trailing byte"},
         {std::string("\x9F") + std::string(100, '\x01') + '\0', -1,
          [] {
              std::wstring dump = L"Hex string: 01";

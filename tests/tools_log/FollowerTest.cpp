@@ -325,8 +325,8 @@ TEST_F(FollowerTest, OpenFailureIsReported) {
 }
 
 /// Writers that act before each step of the reader. They write whole lines, lines in two parts, and late lines, which
-/// are lines that are written to the file after the file became the backup. They also rotate the log, but only after
-/// the backup has been read, because a rotation deletes the backup.
+/// are written to a log file after it became the backup. They also rotate the log, but only after the backup has been
+/// read, because a rotation deletes the backup.
 class Writers {
 public:
     Writers(MemoryFiles& files, unsigned int seed) : m_files(files), m_random(seed) {}
@@ -367,8 +367,7 @@ public:
         }
     }
 
-    /// Acts while the reader is between two steps. Ignores `FileBusy`, because at this time no step of the reader can
-    /// fail.
+    /// Acts before the reader starts. Ignores `FileBusy`, because no step of the reader is running that could fail.
     void actBeforeReading() {
         try {
             act();

@@ -14,7 +14,7 @@ struct ProgramResult {
 };
 
 /// Runs `program` with `arguments` in `folder`, which must be writable. Several threads may call this at the same time.
-/// \throws std::runtime_error if the program cannot be started.
+/// \throws std::runtime_error if the program cannot be started, or if its output cannot be read.
 ProgramResult runProgram(const std::filesystem::path& program, const std::string& arguments,
                          const std::filesystem::path& folder, unsigned long limitMs);
 
