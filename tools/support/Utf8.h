@@ -1,6 +1,6 @@
 /// \file
 /// Strict UTF-8: no overlong forms, no surrogates, nothing above U+10FFFF. (The library's decoder accepts such forms by
-/// design, so the decoder cannot detect damaged text.)
+/// design, so it does not detect all damaged text.)
 #pragma once
 
 #include <cstddef>

@@ -11,11 +11,11 @@
 namespace conv {
 
 /// Thrown by a filter for invalid input. `index` is the offset of the error in the block. The message describes the
-/// expected input.
+/// error, without its position.
 struct BadInput {
     std::size_t index = 0;
     std::wstring message;
-    bool isText = true;  ///< whether the message includes a line number
+    bool isText = true;  ///< whether the input has lines, so that the position of the error includes a line number
 };
 
 class Filter {
@@ -33,8 +33,10 @@ public:
 };
 
 /// Converts the input of a command with `filter`, and writes the result to the output of the command.
-/// \throws tools::Failure. For a BadInput, the message contains the name of the input and the position: "names.txt:
-///         line 3, offset 57: …" (lines are counted from 1, byte offsets from 0).
+/// \throws tools::Failure if the input is invalid or cannot be read, if the output cannot be written, or after an
+///         interrupt. For a BadInput, the message contains the name of the input and the position: "names.txt: line 3,
+///         offset 57: …" (lines are counted from 1, byte offsets from 0). tools::UsageError if --text and a file are
+///         given. tools::OutputClosed if the reader of the output has closed the pipe.
 void runFilter(const tools::Arguments& arguments, Filter& filter);
 
 /// The part of a block of UTF-8 that can be converted without the next block: everything except a truncated sequence at

@@ -6,8 +6,8 @@
 
 namespace conv {
 
-/// Splits a stream of UTF-8 into lines. A line ends with LF, with CR LF, or at the end of the text. Every line must fit
-/// into memory. A byte-order mark before the first line is dropped.
+/// Splits a stream of UTF-8 into lines. A line ends with LF or at the end of the text; a CR directly before this end is
+/// dropped. Every line must fit into memory. A byte-order mark before the first line is dropped.
 class LineFilter : public Filter {
 public:
     std::size_t convert(std::string_view block, bool last, std::string& result) final;
