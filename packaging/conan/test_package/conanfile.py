@@ -1,4 +1,4 @@
-"""Builds and runs a program with the package."""
+"""Builds and runs a program that uses the package."""
 
 import os
 
