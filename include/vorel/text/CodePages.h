@@ -23,9 +23,9 @@ namespace vorel::util {
 /// Returns -1 with `errno` EINVAL for an unknown name, or if both are null.
 VOREL_API int iconv_open(const char* to, const char* from);
 
-/// Returns a converter for numbers of code pages; 0 means none. If both are given, the converter works in both
-/// directions: `iconv_to_wc` converts from `from`, and `iconv_from_wc` converts to `to`. If the system does not have a
-/// code page, conversions with it fail. Returns -1 with `errno` EINVAL if both are 0.
+/// Returns a converter for two code pages. They are given by their numbers; 0 means no code page. If both are given,
+/// the converter works in both directions: `iconv_to_wc` converts from `from`, and `iconv_from_wc` converts to `to`. If
+/// the system does not have a code page, conversions with it fail. Returns -1 with `errno` EINVAL if both are 0.
 VOREL_API int iconv_open_codepage(int to, int from);
 
 /// Not available by design; always throws.
@@ -45,7 +45,8 @@ VOREL_API void iconv_reset(int converter) noexcept;
 /// number of units of the result.
 ///
 /// Returns -1 with `errno` EBADF for a converter without a source, EILSEQ for bytes that are not valid in the code
-/// page, E2BIG if `out` is too small, and EINVAL if the system does not have the code page or rejects the arguments.
+/// page, E2BIG if `out` is too small, and EINVAL if the system does not have the code page or rejects the arguments. If
+/// the system reports another error, returns -1 without changing `errno`.
 ///
 /// The system uses 31-bit counts. So a capacity above INT_MAX is rejected with EINVAL without a system call, and so is
 /// a count above INT_MAX other than SIZE_MAX. The system is called with MB_ERR_INVALID_CHARS. It rejects that flag
