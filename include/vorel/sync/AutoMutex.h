@@ -84,10 +84,9 @@ public:
     virtual bool initialize(const wchar_t* name, bool flag);
 
     /// The same with a name in UTF-8.
-    /// \throws The exceptions of the overload for wide names. If the conversion fails, the object is unchanged:
-    /// Exception
-    ///         with the message "Failed to convert utf8 text to String: ..." if `name` is not valid UTF-8, or
-    ///         MemoryException.
+    /// \throws Exception with the message "Failed to convert utf8 text to String: ..." if `name` is not valid UTF-8, or
+    ///         MemoryException if memory for the conversion runs out: the object is then unchanged. The exceptions of
+    ///         the overload for wide names.
     template <std::same_as<char> Narrow>
     bool initialize(const Narrow* name, bool flag) {
         return initialize(detail::NarrowName(name).wide(), flag);
