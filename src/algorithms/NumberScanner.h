@@ -28,8 +28,8 @@ constexpr bool consumeSign(const T*& cursor) noexcept {
 }
 
 /// Parses fewer than 32 digits (two blocks) without a branch for each digit. Returns false and consumes nothing if
-/// there are more digits, or if the blocks near the cursor cross a page border. The digits must then be parsed one by
-/// one.
+/// there are 32 or more digits, or if the blocks around the cursor do not lie in one page. The digits must then be
+/// parsed one by one.
 template <class Value, class T>
 VOREL_ALWAYS_INLINE bool parseShortDigits(const T*& cursor, Value& value) noexcept {
     static_assert(std::is_unsigned_v<Value>);
