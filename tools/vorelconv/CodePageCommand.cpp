@@ -75,8 +75,8 @@ public:
     [[nodiscard]] int codePage() const { return m_codePage; }
 
     /// The number of bytes of a block that can be read without the next block. In a code page with multi-byte
-    /// characters, these are the bytes up to the last line feed, because a line feed is never part of a character and
-    /// resets the shift state.
+    /// characters other than UTF-8, these are the bytes up to the last line feed, because a line feed is never part of
+    /// a character and resets the shift state.
     [[nodiscard]] std::size_t whole(std::string_view block, bool last) const {
         if (m_codePage == kUtf8) {
             return wholeUtf8(block, last).size();
