@@ -52,8 +52,8 @@ static inline std::size_t encodeBase64(const unsigned char* bytes, std::size_t c
     return static_cast<std::size_t>(out - start);
 }
 
-/// Decodes `length` characters; `length` must be a multiple of four. Stops at a group of four characters that contains
-/// an invalid character. Returns the number of bytes written.
+/// Decodes `length` characters; `length` must be a multiple of four. Stops before a group of four characters that
+/// contains an invalid character, and after a group that ends in '='. Returns the number of bytes written.
 template <class T>
 static inline std::size_t decodeBase64(const T* text, std::size_t length, unsigned char* out) {
     const unsigned char* const start = out;

@@ -68,7 +68,7 @@ std::uint64_t decodeByteByByte(const std::string& text, std::string& out) {
     return out.size();
 }
 
-/// Random letters and digits. On average, one of `run` characters must be escaped.
+/// Random lower-case letters and digits, and characters that must be escaped: on average, one in `run` characters.
 std::string wordsOf(std::size_t size, std::uint64_t run) {
     std::mt19937_64 random(20261121);
     std::string text;
