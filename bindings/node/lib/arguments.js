@@ -99,7 +99,7 @@ function viewOf(bytes, start, length) {
 
 const NO_OPTIONS = Object.freeze({});
 
-/** Checks that an argument is undefined or an object that has only these Boolean options. */
+/** Checks that an argument is undefined or an object with no options except the Boolean options `names`. */
 function options(value, ...names) {
     if (value === undefined) {
         return NO_OPTIONS;
