@@ -9,9 +9,11 @@
 namespace examples {
 
 /// The path of this program. All paths are in the narrow code page of the process, like the path of the error log.
+/// \throws vorel::Exception if the path is not available or too long.
 std::string programPath();
 
 /// Creates a new folder "<name>-<number>" in the folder of `program` and returns its path.
+/// \throws vorel::Win32Exception if the folder cannot be created.
 std::string createFolderBeside(const std::string& program, const std::string& name);
 
 struct CloseHandleOf {
@@ -24,7 +26,8 @@ class StartLine {
 public:
     explicit StartLine(const std::string& name);
 
-    /// For a worker. Reports that the worker is ready, and waits for the start. Returns false after 120 seconds.
+    /// For a worker. Reports that the worker is ready, and waits for the start. Returns false if the parent
+    /// does not start the workers within 120 seconds.
     [[nodiscard]] bool lineUp() const;
 
     /// For the parent. Waits until `workers` workers are ready, and starts them. Returns false if no further worker
