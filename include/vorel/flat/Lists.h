@@ -44,7 +44,8 @@ typedef struct vorel_range {
     int32_t end;    ///< the last number, or -1 for no upper limit
 } vorel_range;
 
-/// Parses ranges separated by commas. Numbers cannot be negative; empty items are skipped.
+/// Parses ranges separated by commas. The first '-' of an item separates the start from the end; a second '-', directly
+/// before the digits of the end, is a sign. Empty items are skipped.
 ///
 ///     "1-5,7,12-"  ->  1 to 5, 7 to 7, 12 to -1
 VOREL_API vorel_status vorel_parse_ranges(const vorel_char16* text, size_t length, vorel_range* ranges, size_t capacity,

@@ -41,8 +41,9 @@ VOREL_API bool canCoerceToIntegerArray(const char* text) noexcept;
 VOREL_API bool canCoerceToIntegerArray(const wchar_t* text) noexcept;
 
 /// Ranges separated by commas: "1-5" gives the start 1 and the end 5, "7" gives 7 for both, and an open end is -1
-/// ("5-", "-5"). By design, a '-' always separates the start from the end, so numbers cannot be negative. Empty items
-/// are skipped. The ranges replace the content of both arrays.
+/// ("5-", "-5"). By design, only the first '-' of an item separates the start from the end, so a start cannot be
+/// negative. A '-' directly before the digits of the end is a sign: "3--5" gives the end -5. Empty items are skipped.
+/// The ranges replace the content of both arrays.
 ///
 ///     "1-5,7"  ->  starts 1 7, ends 5 7        " 3 - 9 , 12-"  ->  starts 3 12, ends 9 -1
 ///
