@@ -17,8 +17,8 @@ namespace vorel::algorithms {
 /// Table value of a character that has no Base64 value.
 inline constexpr int kInvalidBase64 = -128;
 
-/// Encodes each group of three among `count` bytes as four characters, and pads the last group. `alphabet` has the
-/// characters of Base64. Returns the end.
+/// Encodes each group of three among `count` bytes as four characters. If the last group is incomplete, fills it with
+/// `pad`. `alphabet` has the characters of Base64. Returns the end of the text.
 template <class T>
 T* encodeBase64(const unsigned char* bytes, std::size_t count, const char* alphabet, char pad, T* out) noexcept {
     out = encodeAllGroups(bytes, count, {alphabet, SextetOrder::Base64}, out);
@@ -121,7 +121,7 @@ inline constexpr std::size_t kBase64StepCapacity = kSextetBlockBytes + kBase64Ov
 /// Decodes text from `cursor` on: at least 24 bytes (one block), or up to the end of the text. Moves `cursor` past the
 /// characters read. A step that does not reach the end writes a multiple of 24 bytes. Zeros may be written after the
 /// decoded bytes. `capacity` is the size of `out` in bytes, at least `kBase64StepCapacity`. The text ends with a zero.
-/// `table` holds the Base64 value of each of the 256 characters.
+/// `table` holds the Base64 value of each of the 256 characters, or `kInvalidBase64`.
 template <class T>
 Base64Step decodeBase64Step(const T*& cursor, const int* table, char pad, unsigned char* out,
                             std::size_t capacity) noexcept {
@@ -135,7 +135,7 @@ Base64Step decodeBase64Step(const T*& cursor, const int* table, char pad, unsign
     if (groups == blocks * kBase64BlockGroups) {
         return {done, Base64End::None};
     }
-    // The AVX2 version decoded only the first groups of the block at the cursor, or no group of this block.
+    // Decodes the rest of the current block. The AVX2 version may have decoded the first groups of this block.
     do {
         std::size_t written = 0;
         const Base64End end = parseBase64Group(cursor, table, pad, out + done, written);

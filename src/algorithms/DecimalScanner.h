@@ -60,7 +60,8 @@ constexpr double mantissaValue(std::uint64_t used) noexcept {
     return static_cast<double>(static_cast<std::int64_t>(used));
 }
 
-/// A parsed exponent: 'e' or 'E', a sign, and digits. The marker and the sign are consumed even if no digits follow.
+/// A parsed exponent: 'e' or 'E', an optional sign, and digits. The marker and the sign are consumed even if no digits
+/// follow.
 struct Exponent {
     std::uint32_t value = 0;  ///< without its sign, modulo 2^32
     bool negative = false;

@@ -53,9 +53,9 @@ std::size_t shortTextLength(const Element* text, int length) noexcept {
     return zeros != 0 ? static_cast<std::size_t>(std::countr_zero(zeros)) : kNotShort;
 }
 
-/// Decodes characters of four bytes. Stops at a byte that does not start such a character, at the end of the text, or
-/// if the capacity may be too small for another surrogate pair. This is a loop, because such characters mostly occur in
-/// runs. Returns false at an overlong sequence.
+/// Decodes characters of four bytes. The byte at `byte` must start such a character. Stops at a byte that does not
+/// start such a character, at the end of the text, or if the capacity may be too small for another surrogate pair. This
+/// is a loop, because such characters mostly occur in runs. Returns false at an overlong sequence.
 template <class Unit>
 bool decodeFours(const unsigned char*& byte, const unsigned char* end, Unit*& out, const Unit* lastPair) noexcept {
     const auto trailing = [&](unsigned int index) { return byte[index] & 0x3Fu; };
