@@ -136,9 +136,9 @@ void moveIfLarger(const char* path, long long limit) noexcept {
     }
 }
 
-/// Checks the size of the file at `path` and appends a line, under one lock. Returns false if the line is not written:
-/// the file cannot be opened or locked at once, or it was larger than `limit` and has been moved. The caller then
-/// writes the line without another check of the size.
+/// Checks the size of the file at `path` and appends a line, under one lock. Returns false if the file cannot be
+/// opened, cannot be locked at once, or is larger than `limit`. A larger file is moved to its backup. If the result is
+/// false, the caller writes the line without another check of the size.
 bool appendIfNotLarger(const char* path, long long limit, LogLine& line) noexcept {
     LogFile file(path, LogFile::Mode::Append);
     if (!file.isOpen() || !file.tryLock()) {
