@@ -1,6 +1,6 @@
 /// \file
-/// The wrapper around the body of every flat function. It converts an exception to a status, and keeps the exception's
-/// text as the thread's last failure.
+/// The wrapper around the body of each flat function whose body may throw. It converts an exception to a status, and
+/// keeps the exception's text as the thread's last failure.
 #pragma once
 
 #include <utility>
