@@ -646,7 +646,7 @@ constexpr CodePageNameTable packed() noexcept {
 }
 
 constexpr CodePageNameTable kPacked = packed();
-static_assert(kPacked.texts[kCodePageNameTextSize - 2] != 0, "the size is that of the names");
+static_assert(kPacked.texts[kCodePageNameTextSize - 2] != 0, "kCodePageNameTextSize is too large");
 
 }  // namespace
 
