@@ -54,7 +54,8 @@ bool isSmall(double value) noexcept {
     return std::fabs(value) < 0.1;
 }
 
-/// Writes a value to a buffer that may be too small. Truncates the text first, and then normalises its form.
+/// Writes a finite value other than 0 to a buffer that may be too small. If the magnitude is 0.1 or more, truncates the
+/// text. Then normalises the form of the text.
 char* writeTruncated(double value, char* buffer, unsigned long long size, FormattingOptions options) noexcept {
     char text[algorithms::kDoubleCapacity];
     const char* const end = algorithms::writeDouble<Rest::Unspecified>(value, algorithms::DoubleForm::Raw, text);

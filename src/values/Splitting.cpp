@@ -78,7 +78,7 @@ void splitQuoted(const T* text, const T* delimiters, Array<BaseString<T>>& items
         return detail::holds(item, text) || detail::holds(item, delimiters);
     });
     if (isInput) {
-        // The old items must live until they have been read.
+        // The text or the delimiters belong to an old item, so the old items must live until the text has been split.
         kept = std::exchange(items, {});
     } else {
         items.clear();
