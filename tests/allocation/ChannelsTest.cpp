@@ -1,5 +1,5 @@
-// The diagnostic channels with a failing heap. Each call of an active channel logs one line. The line is complete, or
-// truncated and marked, or contains the text of a failed conversion.
+// The diagnostic channels with a failing heap. Each call of an active channel logs at least one line. The last line is
+// complete, or truncated and marked, or contains the text of a failed conversion.
 
 #include <algorithm>
 #include <cstdarg>
@@ -244,7 +244,7 @@ TEST(ChannelText, IsTruncatedAndMarkedWhenOnlyItsBlockCannotBeAllocated) {
     }
 }
 
-TEST(ChannelText, IsTruncatedWithDecorationWhenOnlyItsDecoratedBlockCannotBeAllocated) {
+TEST(ChannelText, DecoratedTextIsTruncatedWhenOnlyItsBlockCannotBeAllocated) {
     test::TemporaryLog log;
     heap::arm(2, heap::Failure::Once);
     Exception::warnClass(L"C", L"m", L"%ls", kWide.c_str());

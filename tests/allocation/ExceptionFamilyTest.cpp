@@ -1,5 +1,5 @@
-// Every exception class with a failing heap. The exception is constructed and rethrown with its own class, and its text
-// is logged.
+// Every exception class with a failing heap. Constructing an exception logs its message. Rethrowing an exception throws
+// the exception's own class.
 
 #include <optional>
 #include <string>

@@ -118,7 +118,8 @@ void parseNumber(Attempt& attempt) {
     EXPECT_EQ(value, attempt.allocationFailed() ? 77 : 0);
 }
 
-/// The text is invalid. If memory runs out while the error is reported, the status may be either of the two errors.
+/// The text is invalid. If memory runs out while this error is reported, the status may also be
+/// `VOREL_ERROR_OUT_OF_MEMORY`.
 void parseRanges(Attempt& attempt) {
     const Units text = units(L"x");
     std::size_t count = 4711;

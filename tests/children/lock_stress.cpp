@@ -14,7 +14,8 @@
 ///
 /// When all threads have finished, the program writes the line "additions=<count>" to the report. If a thread makes no
 /// progress for 20 seconds, the program writes to the report what each thread waits for. The exit code is then 3. It is
-/// also 3 if a thread threw an exception.
+/// also 3 if a thread threw an exception, 1 if the report cannot be created, and 2 if the arguments are
+/// invalid or an object cannot be created.
 
 #include <array>
 #include <atomic>

@@ -1,6 +1,6 @@
 /// \file
 /// The destructor protocol. A failing destructor rethrows, unless the stack is already unwinding. During unwinding it
-/// records the failure and suppresses it.
+/// records the failure and suppresses it. The frame `detail::runDestructor` runs the code of a destructor in this way.
 
 #include <functional>
 #include <stdexcept>
@@ -96,7 +96,7 @@ TEST(DestructorProtocol, WithoutAFailureTheFrameDoesNothing) {
     EXPECT_FALSE(log.exists());
 }
 
-/// The handlers of the protocol, written by hand instead of with the frame.
+/// Runs `fail` with handwritten handlers instead of the frame.
 void handleByHand(const Action& fail) {
     try {
         fail();

@@ -191,7 +191,7 @@ TEST(ErrorLog, LineIsDroppedSilentlyIfThePathCannotBeOpened) {
     EXPECT_EQ(log.messages(), Texts{"WARN: written"});
 }
 
-TEST(ErrorLog, WritingAndRotatingDoNotChangeErrnoAndTheLastError) {
+TEST(ErrorLog, WritingAndRotatingChangeNeitherErrnoNorTheLastError) {
     const TemporaryLog log(10);
     for (int line = 0; line < 3; ++line) {  // the first line creates the file, the second and the third rotate it
         errno = 77;

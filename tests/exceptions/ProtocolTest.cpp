@@ -1,6 +1,6 @@
 /// \file
-/// The records that handlers add to an exception, and the effect of each kind of handler. DestructorProtocolTest.cpp
-/// tests destructors.
+/// The records that handlers add to an exception, and the effect of each kind of handler. A frame, such as
+/// `detail::runRethrowing`, runs a function and handles its exceptions. DestructorProtocolTest.cpp tests destructors.
 
 #include "vorel/core/Protocol.h"
 
@@ -106,7 +106,7 @@ const std::vector<Handling>& appends() {
     return table;
 }
 
-TEST(Protocol, CatchingLogsTheRecordAndClearsTheStack) {
+TEST(Protocol, CatchingLogsTheRecordAndRemovesTheMessages) {
     for (const Handling& c : catches()) {
         Exception e(L"first");
         e.appendMessage(L"second");

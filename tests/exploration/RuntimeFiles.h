@@ -20,7 +20,7 @@ class RuntimeFiles {
 public:
     explicit RuntimeFiles(FileSystem& files) : m_files(files) {}
 
-    /// `_sopen_s` with _O_WRONLY, _O_CREAT and optionally _O_APPEND. Returns 0 or the error.
+    /// `_sopen_s` with _O_WRONLY, and optionally _O_CREAT and _O_APPEND. Returns 0 or the error.
     int open(int& descriptor, const char* path, int flags, int sharing);
 
     /// The handle of a descriptor of this model; null for other descriptors.

@@ -1,5 +1,5 @@
 /// \file
-/// Tests of the explorer itself: it runs every order once, and finds textbook races.
+/// Tests of the explorer itself: it runs every order of the tasks' steps, and finds textbook races and a deadlock.
 
 #include <cerrno>
 #include <set>
@@ -19,7 +19,8 @@ using exploration::Result;
 using exploration::Scenario;
 using exploration::Scheduler;
 
-/// Several tasks. Task `i` makes `steps[i]` steps. The order of all steps is recorded.
+/// Several tasks. Task `i` makes `steps[i]` steps. The order of all steps is recorded: a letter for each step, and at
+/// the end a "!" for each task that did not finish.
 class Steps final : public Scenario {
 public:
     Steps(std::vector<unsigned int> steps, std::multiset<std::string>& orders)
@@ -61,8 +62,8 @@ std::multiset<std::string> ordersOf(const std::vector<unsigned int>& steps, cons
 
 TEST(Scheduler, RunsEveryOrderOnceForEachPreemptionLevel) {
     Result result;
-    // The explorer runs all schedules with no preemption, then all with up to one preemption, and so on. The last of
-    // these levels has all 3!/(2! 1!) = 3 orders of AAB, and omits no option.
+    // The explorer runs all schedules with no preemption, then all with up to one preemption, and so on. Two steps of A
+    // and one step of B have 3!/(2! 1!) = 3 orders. None of them needs more than one preemption.
     const std::multiset<std::string> orders = ordersOf({2, 1}, {}, result);
     EXPECT_EQ(std::set<std::string>(orders.begin(), orders.end()), (std::set<std::string>{"AAB", "ABA", "BAA"}));
     EXPECT_EQ(orders.count("AAB"), 2u) << "AAB is found without preemptions, and again with up to one preemption";
@@ -242,7 +243,7 @@ private:
     std::string m_order;
 };
 
-TEST(Scheduler, LetsOtherTasksRunFirstDuringASleep) {
+TEST(Scheduler, WithoutPreemptionsASleepLastsUntilNoOtherTaskCanContinue) {
     std::multiset<std::string> orders;
     const auto factory = [&] { return std::make_unique<Sleeper>(orders); };
     exploration::explore(factory, {.preemptions = 0});

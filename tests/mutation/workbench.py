@@ -1,8 +1,8 @@
 """Builds and runs the tests with one changed source file, based on a finished build that it does not modify.
 
 The commands of the build come from Ninja. The changed file is in an overlay folder. All sources that include the file
-are compiled again, with the overlay folder before the include paths, and linked with the other objects of the build. So
-nothing has to be restored afterwards.
+are compiled again, with the overlay folder before the other include paths, and linked with the other objects of the
+build. So nothing has to be restored afterwards.
 """
 
 import json
@@ -161,7 +161,8 @@ class Bench:
     # ---- Building ----
 
     def put(self, path, text):
-        """Puts the file `path` with the contents `text` into the overlay folder. All other files are unchanged."""
+        """Puts the file `path` with the contents `text` into the overlay folder. All other files are unchanged. If
+        `path` is None, no file is changed."""
         shutil.rmtree(self._overlay, ignore_errors=True)
         shutil.rmtree(self._objects, ignore_errors=True)
         self._objects.mkdir(parents=True)

@@ -140,7 +140,7 @@ TEST_F(ConditionTest, SignalMayBeCalledWithTheLockHeld) {
     EXPECT_EQ(m_waiters.woken(), 1);
 }
 
-TEST_F(ConditionTest, WaitReleasesALockThatIsHeldTwiceOnlyOnce) {
+TEST_F(ConditionTest, WaitReleasesTheLockOnlyOnceIfTheCallerHoldsItTwice) {
     // If the caller holds the lock twice, other threads cannot acquire the lock while the caller waits.
     const Held once(m_lock);
     const Held twice(m_lock);

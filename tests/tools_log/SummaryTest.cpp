@@ -28,7 +28,7 @@ Summary summaryOf(const std::vector<std::string>& lines) {
     return summary;
 }
 
-TEST(SummaryTest, Text) {
+TEST(SummaryTest, TextContainsTotalsGroupsProcessesAndSteps) {
     const Summary summary = summaryOf({
         "garbage",
         header(1, 77, "01:43:08") + "WARN: order 7 is late",
@@ -119,7 +119,7 @@ TEST(SummaryTest, LogWithoutRecordsHasNoTable) {
     EXPECT_EQ(summaryOf({"garbage"}).text(), "0 records, and 1 line without a header; 1 damaged: 1 no header\n");
 }
 
-TEST(SummaryTest, Json) {
+TEST(SummaryTest, JsonContainsTotalsCountsAndSteps) {
     const Summary summary = summaryOf({header(1, 77, "01:43:08") + "W\"ARN: a", header(1, 77, "01:44:08") + "caf\xE9"});
     EXPECT_THAT(
         summary.json(),

@@ -1,3 +1,6 @@
+/// \file
+/// Tests of `findTailStart`, which finds the part at the end of a log that contains the entries for --tail.
+
 #include "vorellog/TailStart.h"
 
 #include <algorithm>
@@ -90,7 +93,7 @@ TEST(TailStartTest, Fold_RequiresAdditionalEntriesInThePart) {
     EXPECT_EQ(folded->offset, plain->offset);
 }
 
-TEST(TailStartTest, LogsThatAreReadFromTheStart) {
+TEST(TailStartTest, SomeLogsMustBeReadFromTheStart) {
     Files files;
     EXPECT_FALSE(findTailStart(files, {.tail = 1})) << "no log";
     files.bytes = linesOf(10, "WARN: a");

@@ -37,7 +37,7 @@ private:
             return made;
         }};
     ImportHook<importedFreeSid> m_freeSid{[this](PSID sid) {
-        EXPECT_EQ(m_sids.erase(sid), 1u) << "not allocated, or already freed";
+        EXPECT_EQ(m_sids.erase(sid), 1u) << "the identifier was not allocated, or is already freed";
         return m_freeSid.original(sid);
     }};
     ImportHook<importedLocalAlloc> m_allocate{[this](UINT flags, SIZE_T size) {

@@ -60,7 +60,7 @@ TEST(SystemClock, FileTimeNow_LiesBetweenTwoReadings) {
 TEST(SystemClock, MillisecondsUtc_CountsFrom1970) {
     const auto seconds = static_cast<std::uint64_t>(_time64(nullptr));
     const std::uint64_t milliseconds = millisecondsUtc();
-    EXPECT_GE(milliseconds + 1000, seconds * 1000) << "the runtime's clock may start a second one tick earlier";
+    EXPECT_GE(milliseconds + 1000, seconds * 1000) << "the runtime's clock may be one tick ahead of the system's clock";
     EXPECT_LE(milliseconds, static_cast<std::uint64_t>(_time64(nullptr)) * 1000 + 1999);
 }
 
