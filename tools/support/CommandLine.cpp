@@ -19,8 +19,8 @@ std::wstring quoted(std::wstring_view text) {
     return L'"' + std::wstring(text) + L'"';
 }
 
-/// The edit distance of `a` and `b`: the number of steps from `a` to `b`. A step inserts, removes or replaces a
-/// character, or swaps two neighbours (Damerau, Levenshtein: optimal string alignment).
+/// The edit distance of `a` and `b`: the smallest number of steps that change `a` into `b`. A step inserts, removes or
+/// replaces a character, or swaps two neighbours (Damerau, Levenshtein: optimal string alignment).
 std::size_t editDistance(std::wstring_view a, std::wstring_view b) {
     const std::size_t width = b.size() + 1;
     std::vector<std::size_t> costs((a.size() + 1) * width);
@@ -45,7 +45,7 @@ std::wstring suggestion(std::wstring_view option) {
     return L"; did you mean --" + std::wstring(option) + L"?";
 }
 
-/// "-o, --output <file>"
+/// The option as in the help text, for example "-o, --output <file>".
 std::wstring spelling(const Option& option) {
     std::wstring text = option.letter ? std::wstring{L'-', option.letter, L',', L' '} : std::wstring(4, L' ');
     text.append(L"--").append(option.name);

@@ -24,8 +24,8 @@ enum ExitCode : int {
     kUsageError = 2,  ///< invalid command line
 };
 
-/// A failure to report to the user: invalid input, or a file that cannot be read. The text describes where the failure
-/// occurred and what was expected. run() prepends the name of the program.
+/// A failure to report to the user, for example invalid input or a file that cannot be read. The text describes where
+/// the failure occurred and what was expected. run() prepends the name of the program.
 class Failure : public std::exception {
 public:
     explicit Failure(std::wstring text) : m_text(std::move(text)) {}
@@ -64,8 +64,9 @@ std::wstring versionText(std::wstring_view program);
 void report(std::wstring_view program, std::wstring_view text) noexcept;
 
 /// Runs `body` and returns its exit code. An exception is reported on the error stream with the name of the program
-/// (OutputClosed is not reported), and becomes an exit code: `kUsageError` for UsageError, otherwise `kFailed`. The
-/// library's error log is switched off, because a tool reports failures to its user.
+/// (OutputClosed and exceptions of unknown type are not reported), and becomes an exit code: `kUsageError` for
+/// UsageError, otherwise `kFailed`. The library's error log is switched off, because a tool reports failures to its
+/// user.
 int run(std::wstring_view program, const std::function<int()>& body) noexcept;
 
 }  // namespace tools

@@ -40,7 +40,8 @@ bool isInAlphabet(char character) {
            (character >= 'A' && character <= 'Z') || (character >= 'a' && character <= 'z');
 }
 
-/// Checks the characters before decoding, because the library decodes every character outside the alphabet as '.'.
+/// Checks the characters before decoding, because the library decodes a comma as '+', and every other character outside
+/// the alphabet as '.'.
 class DaylightDecoder final : public Filter {
 public:
     std::size_t convert(std::string_view block, bool last, std::string& result) override {

@@ -4,8 +4,8 @@
 
 namespace conv {
 
-/// After this call, the first control-C or control-Break only sets a flag. The next control-C ends the process as
-/// usual.
+/// After this call, the first control-C or control-Break only sets a flag. The next control-C or control-Break ends the
+/// process as usual.
 void watchInterrupts() noexcept;
 
 /// \throws tools::Failure if the flag is set.

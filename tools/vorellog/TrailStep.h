@@ -22,7 +22,7 @@ enum class TrailStep {
 
 TrailStep stepOf(const Record& record) noexcept;
 
-/// Whether two messages differ only in digits.
+/// Whether two messages are equal except for the numbers in them.
 bool haveSameForm(std::string_view a, std::string_view b) noexcept;
 
 }  // namespace vorellog
