@@ -57,7 +57,8 @@ public:
     Utf8Reader(const unsigned char* input, int length) noexcept : m_cursor(input, length) {}
 
     /// Reads until the next character does not fit into `capacity` units, the input ends, or a byte does not start a
-    /// sequence. Returns the number of units. `Rest` says whether unused capacity may be overwritten.
+    /// sequence. Returns the number of units. `Rule` applies if only the first unit of a surrogate pair fits. `Rest`
+    /// says whether unused capacity may be overwritten.
     template <LastPair Rule, Overwrite Rest = Overwrite::Allowed, class Unit>
     std::size_t read(Unit* out, std::size_t capacity) noexcept {
         std::size_t units = 0;
