@@ -65,6 +65,7 @@ protected:
             << "a unit after the terminator changed: " << text;
     }
 
+    /// Writes an integer to buffers of several sizes. `writeInteger` accesses at least sixteen units.
     void expectInteger(std::uint64_t magnitude, bool negative) {
         const std::string text = (negative ? "-" : "") + digitsOf(magnitude);
         for (const std::size_t more : {0u, 1u, 9u}) {

@@ -1,5 +1,6 @@
 /// \file
-/// The lines of the error log: their format, who may write them, and the state that writing does not change.
+/// The lines of the error log: their format, when a line is written or dropped, and the state that writing does not
+/// change.
 
 #include <atomic>
 #include <cerrno>

@@ -104,6 +104,7 @@ inline bool isToBeQuoted(const std::wstring& item, const std::wstring& delimiter
     return false;
 }
 
+/// Joins the items. If there is only one item and it is already in quotation marks, returns the item unchanged.
 inline std::wstring joined(const TextList<wchar_t>& items, const std::wstring& delimiter) {
     if (items.size() == 1 && items[0].size() > 1 && items[0].front() == L'"' && items[0].back() == L'"') {
         return items[0];

@@ -104,8 +104,8 @@ TEST(ProcessSetTest, ProcessesBeyondTheLimitAreCountedAsOneProcess) {
     set.add(ProcessTable::kOthers, true);
     EXPECT_EQ(set.size(), 2u);
     EXPECT_TRUE(set.hasOthers());
-    set.add(5, false);   // in the first 64-bit word of the set
-    set.add(64, false);  // in the second word
+    set.add(5, false);   // fits into the only 64-bit word of the set
+    set.add(64, false);  // would need a second word, so the process is counted as one of the others
     EXPECT_EQ(set.size(), 3u);
     EXPECT_EQ(set.sizeBytes(), 8u);
 }
