@@ -15,7 +15,7 @@ using vorel::BaseString;
 
 constexpr std::size_t kFields = 140000;
 
-/// Short fields of letters. About one in a hundred ends in a comma, so it needs quotes.
+/// Short fields of letters. About one field in a hundred ends in a comma, so the join writes this field in quotes.
 std::vector<std::wstring> fields() {
     Random random(20261121);
     std::vector<std::wstring> all(kFields);
