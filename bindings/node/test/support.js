@@ -33,7 +33,7 @@ function expectFailure(action, code, message) {
     });
 }
 
-/** Expects `action` to throw an error of this class with this code. `message` is its text, or a regular expression. */
+/** Expects `action` to throw an error of the class `Kind` with this code and this message (a text or an expression). */
 function expectCode(action, Kind, code, message) {
     assert.throws(action, (error) => {
         assert.ok(error instanceof Kind, `${error}`);
