@@ -1,6 +1,6 @@
 /// \file
 /// Reading and writing whole files. Uses <cstdio> instead of <fstream>, because this compiler's C++ runtime was built
-/// for an older C runtime, and the size of file streams differs between the runtime and the headers.
+/// for an older C runtime. So the size of a file stream in the C++ runtime differs from the size in the headers.
 #pragma once
 
 #include <optional>
@@ -10,7 +10,7 @@
 
 namespace examples {
 
-/// The bytes of a file; nullopt if it cannot be read.
+/// The bytes of a file, up to the first read error; nullopt if the file cannot be opened.
 std::optional<std::string> readFile(const std::string& path);
 
 /// Replaces the file. Returns false if it cannot be written.
