@@ -19,8 +19,9 @@ namespace vorel {
 template <class Lock>
 class Guard {
 public:
-    /// Locks `lock`, which must outlive the guard. An `AutoMutex` waits up to a minute; a critical section waits
-    /// without limit.
+    /// Locks `lock`, which must outlive the guard. An `AutoMutex` waits up to a minute and then throws; a critical
+    /// section waits without limit.
+    /// \throws the exceptions of `lock.lock`.
     explicit Guard(Lock& lock) : m_lock(&lock), m_held(lock.lock(kTimeoutMs, true)) {}
 
     /// Unlocks the lock. A failure is recorded, and thrown unless another exception unwinds the stack.
@@ -51,8 +52,8 @@ public:
     /// and no `UnGuard` exists that would lock again.
     explicit UnGuard(Lock& lock) : m_lock(&lock), m_held(false) { lock.unlock(); }
 
-    /// Locks the lock again. An `AutoMutex` waits up to a minute; a critical section waits without limit.
-    /// A failure is recorded, and thrown unless another exception unwinds the stack.
+    /// Locks the lock again. An `AutoMutex` waits up to a minute; a critical section waits without limit. A failure,
+    /// such as a timeout, is recorded, and thrown unless another exception unwinds the stack.
     ~UnGuard() noexcept(false) {
         detail::runDestructor(L"UnGuard", [this] { m_held = m_lock->lock(kTimeoutMs, true); });
     }

@@ -1,6 +1,6 @@
 /// \file
-/// The exception classes, one for each kind of failure. The comment of a constructor is usually the text of its first
-/// message. A constructor with the parameter `fmt` renders its first message from the caller's format. The first
+/// The exception classes, one for each kind of failure. The comment of a constructor is usually the first message of
+/// the exception. A constructor with the parameter `fmt` renders the first message from the caller's format. The first
 /// message is logged at once. No derived class adds a field. `rethrow()` throws an exception of the same class. Moving
 /// an exception copies it.
 #pragma once

@@ -5,8 +5,8 @@
 /// spelling "Accessable" is intentional.
 ///
 /// A name is used unchanged; the prefix "Global\" makes it machine-wide. The caller must close the returned handle.
-/// Thread-safe: the system creates objects atomically, and each attempt opens an object that another process has
-/// created first.
+/// Thread-safe: the system creates objects atomically. If another thread or process has created the object first, the
+/// call opens that object.
 #pragma once
 
 #include "vorel/Export.h"

@@ -39,7 +39,8 @@ public:
     /// \throws Exception "Failed to set event."
     void signal();
 
-    /// Waits up to `timeout` milliseconds for a signal (-1: without limit). Returns true only after a signal.
+    /// Waits up to `timeout` milliseconds for a signal (-1: without limit). Returns true after a signal, and false
+    /// after a timeout or a failure.
     bool wait(int timeout);
 
 private:

@@ -39,9 +39,9 @@ public:
 
     /// Replaces `bytes` by the bytes that `text` encodes, and returns 0. Tabs, line feeds, carriage returns and spaces
     /// are skipped. A '=' as the third or fourth character of a group of four ends the text; units after the group are
-    /// ignored. As the first or second character, '=' counts as 'A'. An incomplete group, or a group with any other
-    /// character, also ends the text: the result is 1, and the bytes before the group are kept. Null is an empty text.
-    /// `text` may point into `bytes`. If the text encodes no bytes, nothing is allocated.
+    /// ignored. As the first or second character, '=' counts as 'A'. An incomplete group, or a group with a character
+    /// outside the alphabet, also ends the text: the result is 1, and the bytes before the group are kept. Null is an
+    /// empty text. `text` may point into `bytes`. If the text encodes no bytes, nothing is allocated.
     ///
     ///     QQ==  ->  41, 0        QQ  ->  nothing, 1        QQ=A  ->  41, 0
     ///

@@ -43,7 +43,7 @@ VOREL_API BaseString<wchar_t> urlEncode(const wchar_t* text, bool escapeReserved
 
 /// Replaces `output` by `text`, with escapes for the characters that are not allowed in the part `component` of a URL.
 /// Unlike `urlEncode`, it keeps '~' by design. For an unknown component it escapes the characters that are escaped in
-/// all components.
+/// all components. Null texts and the returned pointer are treated as in `urlEncode`.
 ///
 ///     "a/b?c=d&e f~"  ->  UrlPath a/b%3Fc=d&e%20f~        UrlQueryParameter a/b?c%3Dd%26e+f~
 ///
@@ -54,7 +54,8 @@ VOREL_API BaseString<char> urlEncodeComponent(const char* text, UrlComponent com
 VOREL_API BaseString<wchar_t> urlEncodeComponent(const wchar_t* text, UrlComponent component);
 
 /// Replaces `output` by `text` with its escapes decoded. If bit 0 of `flags` is set, a '+' becomes a space; other bits
-/// are ignored. A '%' that is not followed by two hexadecimal digits is kept.
+/// are ignored. A '%' that is not followed by two hexadecimal digits is kept. Null texts and the returned pointer are
+/// treated as in `urlEncode`.
 ///
 ///     %41%4g%  ->  A%4g%        a+b, flags 1  ->  a b
 ///
