@@ -9,13 +9,13 @@ namespace vorel::algorithms {
 /// The file time of 1970-01-01 UTC.
 inline constexpr std::uint64_t kUnixEpochAsFileTime = 116444736000000000;
 
-/// Microseconds since 1970-01-01 UTC. The division is signed, so earlier times are negative numbers, rounded towards
-/// zero.
+/// Microseconds since 1970-01-01 UTC. The division is signed. So a time before 1970 gives a negative number, rounded
+/// towards zero, whose two's complement is returned.
 constexpr std::uint64_t unixMicroseconds(std::uint64_t fileTime) noexcept {
     return static_cast<std::uint64_t>(static_cast<std::int64_t>(fileTime - kUnixEpochAsFileTime) / 10);
 }
 
-/// Milliseconds since 1970-01-01 UTC. The division is unsigned, so earlier times give large numbers.
+/// Milliseconds since 1970-01-01 UTC. The division is unsigned, so times before 1970 give large numbers.
 constexpr std::uint64_t unixMilliseconds(std::uint64_t fileTime) noexcept {
     return (fileTime - kUnixEpochAsFileTime) / 10000;
 }

@@ -48,10 +48,11 @@ VOREL_ALWAYS_INLINE void storeUnits(__m128i units, unsigned char* out) noexcept 
     _mm_storeu_si128(reinterpret_cast<__m128i*>(out), units);
 }
 
-/// The position in the bytes and in the output. The last character may continue after this position. The bits of
-/// `expected` are then set for its bytes among the next bytes. Its first unit is already written, because that unit is
-/// computed from bytes that are read ahead. A character of four bytes has a second unit. If its third byte is one of
-/// the next bytes, the bit of `thirds` for this byte is set; otherwise, the second unit is already written, too.
+/// The position in the bytes and in the output. The last character before the position may be incomplete, that is, some
+/// of its bytes may follow the position. The bits of `expected` are set for these bytes; bit 0 belongs to the byte at
+/// the position. The first unit of an incomplete character is already written, because this unit is computed from bytes
+/// that are read ahead. A character of four bytes has a second unit. If its third byte follows the position, the bit of
+/// `thirds` for this byte is set; otherwise, the second unit is already written, too.
 struct Decoding {
     const unsigned char* bytes;
     unsigned char* out;
@@ -197,7 +198,7 @@ VOREL_ALWAYS_INLINE bool isReadable(const Decoding& at, std::size_t left) noexce
 
 /// Decodes the ASCII up to the end of the page, at most a double block, so that the next double block is aligned.
 /// Returns false and decodes nothing if these bytes are not all ASCII or contain a zero, if the text does not contain
-/// all of them, or if the last character is incomplete.
+/// all of them, or if the last character before them is incomplete.
 VOREL_ALWAYS_INLINE bool decodeToPage(Decoding& at, std::size_t left) noexcept {
     const std::size_t inPage = kPageBytes - offsetInPage(at.bytes);
     const unsigned int size = atMost(kDoubleBlock, inPage);
@@ -245,8 +246,9 @@ VOREL_NOINLINE Progress decodeBlocks(const unsigned char* bytes, std::size_t lef
     return {read, written};
 }
 
-/// Decodes the ASCII at the start of a text, in double blocks, up to the end of the page. With `Allowed`, also decodes
-/// the ASCII at the start of the next double block, and may write past the decoded units.
+/// Decodes the ASCII at the start of a text, in double blocks, at most up to the end of the page. With `Allowed`, the
+/// function then decodes the ASCII at the start of the next double block as well, if this double block is in the page
+/// and the output has space for it. In this case, the function may write past the decoded units.
 VOREL_ALWAYS_INLINE Progress decodeAsciiStart(const unsigned char* bytes, std::size_t left, unsigned char* out,
                                               std::size_t capacity, Overwrite overwrite) noexcept {
     Decoding at = {bytes, out, 0, 0};

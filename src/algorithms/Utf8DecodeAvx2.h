@@ -68,7 +68,7 @@ inline constexpr std::size_t kReadBytes = 32;    // bytes that may be read for a
 inline constexpr std::size_t kReadDouble = 40;   // for a double block: four loads of sixteen bytes, eight bytes apart
 inline constexpr std::size_t kThreesBlock = 24;  // eight characters of three bytes
 
-/// Constants of thirty-two bytes. They are read from memory, because otherwise the compiler builds them in each
+/// Constants of thirty-two bytes each. They are read from memory, because otherwise the compiler builds them in each
 /// iteration.
 struct Constants {
     std::uint16_t firstOfTwo[16], firstOfThree[16], firstOfFour[16], firstOfOther[16], lastTrailing[16];

@@ -95,8 +95,8 @@ VOREL_ALWAYS_INLINE Positions encodeAscii(Positions at, const unsigned char* end
     return at;
 }
 
-/// Replaces zeros by 0xFFFF, so that they are not below 0x800. Other units may change too, but a unit is below 0x800
-/// afterwards if, and only if, it was below 0x800 before.
+/// Replaces zeros by 0xFFFF, so that they are not below 0x800. Other units may change, too. But each of these units is
+/// below 0x800 afterwards if, and only if, it was below 0x800 before.
 VOREL_ALWAYS_INLINE __m256i withoutZeros(__m256i units) noexcept {
     return _mm256_or_si256(units, _mm256_add_epi16(units, _mm256_set1_epi16(-1)));
 }
@@ -170,8 +170,8 @@ VOREL_ALWAYS_INLINE Positions encodeShort(Positions at, const unsigned char* end
 
 /// Encodes the blocks before `end` while the output has space for `kMaxWritten` bytes before `limit`. Stops at a block
 /// that contains a zero or, if `paired` is true, begins with an unpaired surrogate. `end` is at most the end of the
-/// page in which `at.units` lies. If `at.units` is aligned, units below 0x800 are encoded in pairs of blocks past `end`
-/// as well, up to `textEnd`, because each aligned pair lies in one page. A stop at every page border would cost a
+/// page in which `at.units` lies. An aligned pair of blocks lies in one page. So if `at.units` is aligned, units below
+/// 0x800 are also encoded past `end`, in pairs of blocks, up to `textEnd`. A stop at every page border would cost a
 /// mispredicted branch, and this branch would wait for the units to be loaded.
 VOREL_ALWAYS_INLINE Positions encodeWhole(Positions at, const unsigned char* end, const unsigned char* textEnd,
                                           const unsigned char* limit, bool paired, const Constants& k) noexcept {

@@ -268,7 +268,7 @@ struct Sequences {
 
     /// Changes the elements of each surrogate pair, which is encoded as a sequence of four bytes. The element of the
     /// high surrogate has the first two bytes of the sequence, and the element of the low surrogate has the last two
-    /// bytes.
+    /// bytes. The elements of unpaired surrogates become invalid.
     VOREL_ALWAYS_INLINE void joinPairs(__m256i units, const SurrogatesOf& surrogates, const Constants& k) noexcept {
         const __m256i value =
             _mm256_add_epi16(_mm256_and_si256(units, loadUnits(k.pairedBits)), loadUnits(k.pairedOffset));

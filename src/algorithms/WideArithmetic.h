@@ -69,7 +69,7 @@ public:
         }
     }
 
-    /// The order of `a` and `b`: below 0, 0, or above 0.
+    /// Returns a number below 0, 0, or above 0 if `a` is less than, equal to, or greater than `b`.
     friend constexpr int compare(const BigInteger& a, const BigInteger& b) noexcept {
         for (std::size_t word = kWords; word-- != 0;) {
             if (a.m_words[word] != b.m_words[word]) {
