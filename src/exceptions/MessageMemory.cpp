@@ -1,7 +1,7 @@
 /// \file
 /// The memory of the messages of an exception. ExceptionMessages.cpp adds and reads the messages. The memory comes from
-/// the library's `operator new`, even if a program's code creates the exception. If the memory is too small, its size
-/// at least doubles.
+/// the library's `operator new`, even if a program's code creates the exception. If the memory is too small, it is
+/// replaced by memory for at least twice as many messages as the exception has.
 
 #include <algorithm>
 #include <memory>
