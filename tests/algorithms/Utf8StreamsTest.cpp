@@ -122,7 +122,7 @@ TEST(Utf8ReaderTest, Read_AgreesWithTheReferenceForEveryBound) {
 }
 
 TEST(Utf8ReaderTest, UnitsLeft_CountsTheUnitsThatCanBeRead) {
-    // The text is long enough for blocks of vectors, and has sequences that only the scalar codec counts.
+    // The text is long enough for the vector code, and has sequences that only the scalar codec counts.
     const std::string text = sampleText().substr(0, sampleText().find('\xFD')) + std::string(200, 'a') + sampleText();
     for (int length = -1; length <= static_cast<int>(text.size()); ++length) {
         SCOPED_TRACE(length);

@@ -11,7 +11,7 @@ namespace {
 using vorel::algorithms::BigInteger;
 using vorel::algorithms::multiplyWide;
 
-/// Multiplies by hand. Returns the product as columns of sixteen bits, the lowest column first.
+/// Computes the product by long multiplication. Returns it as columns of sixteen bits, the lowest column first.
 std::vector<std::uint32_t> longProduct(std::uint64_t a, std::uint64_t b) {
     std::vector<std::uint32_t> columns(8);
     for (unsigned int i = 0; i < 4; ++i) {

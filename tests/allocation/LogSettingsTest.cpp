@@ -1,4 +1,5 @@
-// Settings of the log and of its channels with a failing heap: a setting is changed completely or not at all.
+// Settings of the log and of its channels with a failing heap. A setting is changed completely or not at all, except a
+// location that is set from a wide path (see `wideLocation`).
 
 #include <string>
 #include <typeinfo>
@@ -25,7 +26,7 @@ namespace {
 
 using vorel::Exception;
 
-/// Returns another name in each call. The library keeps the names of all targets, so a name that was already used would
+/// Returns a new name in each call. The library keeps the names of all targets, so a name that was already used would
 /// not be stored again.
 template <class T>
 std::basic_string<T> newTarget() {

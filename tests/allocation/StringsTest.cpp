@@ -202,7 +202,7 @@ void formatOfUnconvertibleUnit(Attempt& attempt) {
     EXPECT_TRUE(string.empty());
 }
 
-/// All operations, for both character types.
+/// The operations. All except the first exist for both character types.
 std::vector<Operation> operations() {
     std::vector<Operation> all = {{"Format_OfUnconvertibleUnit", formatOfUnconvertibleUnit}};
     const auto add = [&all](const std::string& name, void (*narrow)(Attempt&), void (*wide)(Attempt&)) {

@@ -71,8 +71,9 @@ private:
 };
 
 /// A task disables and enables thread safety while other tasks use an AutoCriticalSection. Programs must not do this.
-/// The test counts the schedules in which the lock stays held, two tasks are inside, or a task releases a lock of
-/// another task.
+/// The test counts the schedules in which the lock stays held or a task stays blocked, in which two tasks are in the
+/// locked section at the same time, in which a task releases a lock that it does not own, and in which none of these
+/// failures occurs.
 class SwitchDuringUse final : public SystemScenario {
 public:
     struct Counts {

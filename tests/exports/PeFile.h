@@ -17,6 +17,7 @@ namespace test {
 /// \throws std::runtime_error if it cannot be opened.
 std::string readFile(const std::wstring& name);
 
+/// The functions that read a table throw `std::runtime_error` if the table is damaged.
 class PeFile {
 public:
     struct Section {
@@ -28,7 +29,7 @@ public:
     };
 
     /// Reads a file in the folder of the test program.
-    /// \throws std::runtime_error if it cannot be opened or is not a 64-bit program file.
+    /// \throws std::runtime_error if it cannot be opened, is damaged, or is not a 64-bit program file.
     explicit PeFile(const std::wstring& name);
 
     [[nodiscard]] const std::string& bytes() const { return m_bytes; }

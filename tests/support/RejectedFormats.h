@@ -1,13 +1,13 @@
 /// \file
-/// Calls of all operations that have a format parameter, in both widths, with a format that the runtime rejects. The
-/// format contains `%n`, which the runtime's print functions treat as an invalid parameter.
+/// Calls of operations that have a format parameter, with a narrow or wide format that the runtime rejects. The format
+/// contains `%n`, which the runtime's print functions treat as an invalid parameter.
 #pragma once
 
 #include <vorel/vorelCore.h>
 
 namespace test {
 
-/// A function that calls one operation with a format that the runtime rejects.
+/// A function that calls one or two operations with a format that the runtime rejects.
 struct RejectedFormat {
     const char* name;
     void (*use)();

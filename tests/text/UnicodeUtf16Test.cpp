@@ -73,8 +73,8 @@ TEST(UnicodeUtf16, ReadsLittleEndianUnits) {
          4,
          L"\xD800"
          L"A",
-         "surrogates are not checked"},
-        {std::string("\x3D\xD8\0\xDE", 4), 4, L"\xD83D\xDE00", "pairs are not checked"},
+         "an unpaired surrogate is accepted"},
+        {std::string("\x3D\xD8\0\xDE", 4), 4, L"\xD83D\xDE00", "a surrogate pair stays two units"},
     };
     for (const Case& c : cases) {
         EXPECT_EQ(read(c.bytes, c.length), c.units) << c.why;

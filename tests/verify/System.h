@@ -9,7 +9,7 @@ namespace verify {
 /// The version of the system, such as "10.0.22631.4602", or under Wine "10.0.19043 (Wine 8.0)".
 std::string windowsBuild();
 
-/// The rights of the user, as a phrase for a sentence ("an ordinary user") and as the name of a folder ("user").
+/// The rights of the user, as a phrase for a sentence ("an ordinary user") and as part of a folder name ("user").
 struct UserKind {
     const char* phrase;
     const wchar_t* folder;

@@ -22,11 +22,11 @@ struct Test {
 
 /// Reads the list, which contains a test per line. Tabs separate the fields of a line. Only tests of `suites` are
 /// returned, or all tests if `suites` is empty.
-/// \throws std::exception if the list cannot be read, a line is damaged, or a suite does not exist.
+/// \throws std::exception if the list cannot be opened, a line is damaged, or a suite does not exist.
 std::vector<Test> readTestList(const std::filesystem::path& path, const std::vector<std::string>& suites);
 
-/// The bytes of a file.
-/// \throws std::runtime_error if the file cannot be read.
+/// The bytes of a file, up to the first read error.
+/// \throws std::runtime_error if the file cannot be opened.
 std::string readBytes(const std::filesystem::path& path);
 
 }  // namespace verify

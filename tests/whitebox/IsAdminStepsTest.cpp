@@ -70,8 +70,9 @@ protected:
     HANDLE callersToken = nullptr;  // the thread's token before the call; null without impersonation
     int failingOpens = 0;           // number of failing attempts to open the caller's token; later attempts succeed
     bool queryFails = false;        // whether opening the thread's token for queries fails
-    // The calls in their order. "keep" opens the caller's token. The 8 in "thread8" and "process8" is TOKEN_QUERY, the
-    // access with which the token is opened.
+    // The calls in their order. "keep" opens the caller's token with the rights of the process, and "keepasclient"
+    // opens it with the rights of the impersonated client. The 8 in "thread8" and "process8" is TOKEN_QUERY, the access
+    // with which the token is opened.
     std::string trace;
     std::vector<HANDLE> tokens;
     Question question;
