@@ -1,6 +1,6 @@
 /// \file
-/// Finds where the last entries of a log begin. The search starts near the end of the log, so its time does not depend
-/// on the size of the log.
+/// Finds where the last entries of a log begin. The search starts near the end of the log. So its time does not depend
+/// on the size of the log, unless only few entries match the filter.
 #pragma once
 
 #include <optional>
@@ -16,8 +16,8 @@ struct TailStart {
 };
 
 /// The start of a part of the log that contains the last `settings.tail` entries and is not much longer than these
-/// entries. Returns nullopt if the log must be read from its start, because it has fewer entries or is not plain UTF-8,
-/// or if the log does not exist.
+/// entries. Returns nullopt if `settings.tail` is not given, if the log does not exist, or if the log must be read from
+/// its start, because it is short, has fewer entries, or is not plain UTF-8.
 ///
 /// With `settings.fold`, a trail that began before the part is incomplete. There is at most one such trail for each
 /// thread. So the part contains many additional entries before the last `settings.tail` entries, and the incomplete
