@@ -89,7 +89,8 @@ void compareDoubles(Family& family, const std::string& name, double (*value)(Ran
     family.compare("format " + name + ", wide", kNumbers, over<wchar_t>(doubles, kOurDouble), peers);
 }
 
-/// Random integers up to the maximum of the type. If `withSigns` is true, about half of them are negative.
+/// Random integers with `fewestDigits` to `mostDigits` digits. A number above the maximum of the type loses its last
+/// digit. If `withSigns` is true, about half of the integers are negative.
 template <class Value>
 std::vector<Value> integersOf(unsigned int fewestDigits, unsigned int mostDigits, bool withSigns = false) {
     constexpr auto kMax = static_cast<std::uint64_t>(std::numeric_limits<Value>::max());

@@ -76,7 +76,8 @@ struct OurParser<unsigned long long> {
     }
 };
 
-/// Parses random numbers up to the maximum of the type. If `withSigns` is true, about half of them are negative.
+/// Parses random numbers with `fewestDigits` to `mostDigits` digits. A number above the maximum of the type loses its
+/// last digit. If `withSigns` is true, about half of the numbers are negative.
 template <class Value>
 void compareIntegers(Family& family, const std::string& name, unsigned int fewestDigits, unsigned int mostDigits,
                      bool withSigns = false) {
