@@ -12,12 +12,13 @@ extern "C" {
 #endif
 
 /// \name Lists of values
-/// The output is an array of values, whose capacity and length are numbers of values. The status is
+/// The output is an array of values. Its capacity and its length are counted in values. The status is
 /// `VOREL_ERROR_INVALID_TEXT` if the text cannot be parsed to its end. vorel/values/ListParsing.h describes the items
 /// that each function accepts or skips.
 /// \{
 
-/// Parse integers separated by commas or white space. Fractions are dropped; an empty item is 0.
+/// Parse integers separated by commas or white space. Fractions are dropped. By design, an empty item between two
+/// commas has the value 0, and white space after a comma is itself an item with the value 0.
 ///
 ///     "1,2.9,-3"  ->  1 2 -3
 VOREL_API vorel_status vorel_parse_int32_list(const vorel_char16* text, size_t length, int32_t* values, size_t capacity,
@@ -65,9 +66,9 @@ VOREL_API vorel_status vorel_split_text(const vorel_char16* text, size_t length,
                                         size_t delimiterLength, vorel_char16* items, size_t capacity,
                                         size_t* itemsLength);
 
-/// Splits `text` at each character in `delimiters`. An item in double quotes may contain delimiters; '""' in it is a
-/// double quote. An item with incorrect quotes is kept unchanged. If `trim` is not 0, white space at both ends of an
-/// item is removed.
+/// Splits `text` at each character in `delimiters`. An item in double quotes may contain delimiters, and two
+/// consecutive double quotes in it are one double quote. An item with incorrect quotes is kept unchanged. If `trim` is
+/// not 0, white space at both ends of an item is removed.
 ///
 ///     a,"b,c","d""e" at ","  ->  a   b,c   d"e
 VOREL_API vorel_status vorel_split_list(const vorel_char16* text, size_t length, const vorel_char16* delimiters,
