@@ -1,5 +1,6 @@
-// Writes one item of a joined wide text, with quotes if necessary, and compares the text with the reference. Then
-// splits the text. Splitting must restore the item.
+// Writes one item of a joined wide text, with quotes if necessary, and compares the text with the reference. If the
+// item is not empty and the delimiter is one unit other than a quotation mark, splitting the text must restore the
+// item.
 
 #include <algorithm>
 #include <cstdint>
@@ -42,7 +43,7 @@ void join(const std::u16string& item, const std::u16string& delimiter, const fuz
                     (item.size() > 1 && item[0] == u'"' && item[item.size() - 1] == u'"'),
                 "isQuotedAlready checks for quotation marks at both ends of the item");
 
-    // With a delimiter of one unit, splitting restores every item that is not empty.
+    // With a delimiter of one unit other than a quotation mark, splitting restores every item that is not empty.
     if (delimiter.size() != 1 || delimiter[0] == u'"' || item.empty()) {
         return;
     }
