@@ -32,7 +32,7 @@ int streamPrint(std::FILE* stream, const char* fmt, ...) noexcept;
 /// - `buffer`;
 /// - the heap block, also stored in `heapOut`; the caller must `free` it;
 /// - `buffer` with the text truncated to `size - 1` units and `truncatedOut` set, if the block cannot be allocated;
-/// - null for a format that cannot be rendered.
+/// - null if `fmt` is null or cannot be rendered, or if another thread lengthens an argument during the call.
 ///
 /// The functions never throw.
 char* formatWithFallback(char* buffer, std::size_t size, char*& heapOut, bool& truncatedOut, const char* fmt,

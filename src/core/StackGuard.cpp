@@ -2,8 +2,8 @@
 // that value before it returns. This file provides the guard value, and the function that is called if the value was
 // overwritten. The compiler's own support library has two disadvantages. It opens the system's random number generator
 // while the DLL is loaded, and this takes longer than the rest of the load. It also ends the process with an exit code
-// of its choice. Here the guard value is derived from data that another process cannot know, as in Microsoft's runtime,
-// and an overwritten value ends the process with the status that Windows defines for it.
+// of its choice. Here the guard value is computed as in Microsoft's runtime, from times, ids and addresses that another
+// process cannot know exactly. An overwritten value ends the process with the status that Windows defines for it.
 
 #if defined(__GNUC__)
 

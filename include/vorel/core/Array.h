@@ -247,7 +247,7 @@ private:
     static constexpr unsigned int kMinSlots = 5;
     static constexpr unsigned int kMaxSlots = 0xFFFFFFFFu;
 
-    /// Whether all bytes of a value-initialised element are 0.
+    /// If true, all bytes of a value-initialised element are 0.
     static constexpr bool kIsZeroInitially = std::is_arithmetic_v<T> || std::is_pointer_v<T>;
 
     // `conjunction` evaluates the second trait only if the first is true. If both were always evaluated, the trait of a
