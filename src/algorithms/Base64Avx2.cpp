@@ -108,8 +108,8 @@ void decodeUnchecked(const T* text, unsigned char* out, __m256i& invalid) noexce
     invalid = _mm256_min_epi8(invalid, test);
 }
 
-/// Decodes at most `blocks` blocks, four at a time. Stops at the first four blocks that contain an invalid character,
-/// and overwrites the output of these four blocks with zeros. Returns the number of blocks decoded.
+/// Decodes at most `blocks` blocks, four at a time. If one of four blocks contains an invalid character, the function
+/// overwrites the output of these four blocks with zeros and stops. Returns the number of blocks whose output is valid.
 template <class T>
 VOREL_NOINLINE std::size_t decodeFours(const T* text, std::size_t blocks, unsigned char* out) noexcept {
     std::size_t done = 0;
@@ -148,7 +148,8 @@ VOREL_NOINLINE std::size_t decodeBlock(const T* text, unsigned char* out) noexce
     return static_cast<std::size_t>(groups);
 }
 
-/// Whether a block that extends into the next page can be read. It can if the text does not end before that page.
+/// Whether a block that extends into the next page can be read. It can if its characters are aligned and the part
+/// before the next page contains no zero, so the text does not end in that part.
 template <class T>
 bool continuesInNextPage(const T* text) noexcept {
     constexpr std::uintptr_t kBlock = kCharacters * sizeof(T);

@@ -145,9 +145,9 @@ static inline unsigned int maskOf(__m256i bytes) noexcept {
     return static_cast<unsigned int>(_mm256_movemask_epi8(bytes));
 }
 
-/// Sets all bits in the bytes of characters that are not in a table of 128 characters. The upper four bits of a
-/// character select a row, the lower four bits select a column. Each byte of `rowsOfColumn` belongs to a column and has
-/// one bit for each row.
+/// Sets all bits in the bytes of characters that are not in a set of characters below 128. The set is a table of bits.
+/// The upper four bits of a character select a row, the lower four bits select a column. Each byte of `rowsOfColumn`
+/// belongs to a column and has one bit for each row.
 static inline __m256i notInTable(__m256i characters, __m256i rowsOfColumn) noexcept {
     const __m256i bitOfRow = _mm256_setr_epi8(1, 2, 4, 8, 16, 32, 64, -128, 0, 0, 0, 0, 0, 0, 0, 0,  //
                                               1, 2, 4, 8, 16, 32, 64, -128, 0, 0, 0, 0, 0, 0, 0, 0);

@@ -162,6 +162,8 @@ VOREL_ALWAYS_INLINE int compareTexts(const T* a, const T* b, OrderRules rules) n
 }
 
 /// Whether `version` is at least `required`, compared number by number. Any single character separates two numbers.
+/// False if either text is null or empty, or if all numbers of `version` are equal to the first numbers of `required`,
+/// which has more numbers.
 template <class T>
 bool versionAtLeast(const T* version, const T* required) noexcept {
     if (!version || !required || !*version) {
