@@ -1,6 +1,7 @@
 /// \file
 /// The diagnostic channels. Each channel except `trace` renders the caller's message, adds its prefixes, and writes one
-/// line to the error log, even if the mirror is off (see `GetMirrorErrorLog`). `trace` does nothing.
+/// line, even if the mirror is off (see `GetMirrorErrorLog`). The line is written to the error log, unless the caller
+/// names another file for `log`. `debug` writes only if its target is active. `trace` does nothing.
 
 #include <initializer_list>
 #include <string_view>
@@ -90,8 +91,9 @@ private:
     bool m_truncated;
 };
 
-/// The caller's prefix as it appears in the line. A wide prefix gets a smaller buffer on the stack. Its conversion
-/// needs the heap anyway, so a long wide prefix is also rendered on the heap.
+/// The caller's prefix as it appears in the line. The buffer on the stack is smaller for a wide prefix than for a
+/// narrow prefix. The conversion of a wide prefix needs the heap anyway, so a long wide prefix is also rendered on the
+/// heap.
 template <class T>
 class CallerPrefix {
 public:
