@@ -66,8 +66,9 @@ Array<char> narrowPath(std::wstring_view path) {
     }
     const int units = static_cast<int>(path.size());
     BOOL replaced = FALSE;
-    // UTF-8 has every character. So if the code page is UTF-8, only an unpaired surrogate cannot be converted. The
-    // system call then fails because of the flag, and accepts no other flag and no pointer to `replaced`.
+    // UTF-8 has every character. So if the code page is UTF-8, only an unpaired surrogate cannot be converted. For
+    // UTF-8, the system call accepts no pointer to `replaced` and only the flag WC_ERR_INVALID_CHARS, which makes the
+    // call fail if the text contains an unpaired surrogate.
     BOOL* const asked = GetACP() == CP_UTF8 ? nullptr : &replaced;
     const DWORD flags = asked ? WC_NO_BEST_FIT_CHARS : WC_ERR_INVALID_CHARS;
     const int size = WideCharToMultiByte(CP_ACP, flags, path.data(), units, nullptr, 0, nullptr, asked);
