@@ -8,8 +8,8 @@ namespace {
 
 constexpr LocalMs kYear = 364 * kDay;
 
-/// Each length is a multiple of the previous length. So the length of a year is 13 times 28 days. With the last length,
-/// the steps cover all years that a log can contain.
+/// Each length is a multiple of the previous length, so a year has only 364 days here, 13 times 28 days. With the last
+/// length, the steps cover all years that a log can contain.
 constexpr std::array<LocalMs, 16> kLengths = {
     kSecond,    5 * kSecond, 15 * kSecond, kMinute,   5 * kMinute, 15 * kMinute, kHour,       3 * kHour,
     12 * kHour, kDay,        7 * kDay,     28 * kDay, kYear,       10 * kYear,   100 * kYear, 1000 * kYear};

@@ -29,14 +29,16 @@ public:
     virtual void report(const std::wstring& text) = 0;
 };
 
-/// Reads the log to its end. With --follow, the loop then continues until the user stops it.
+/// Reads the log to its end. With --follow, the loop then continues until the user stops it. In both cases, the loop
+/// ends earlier if the viewer has shown enough.
 class ViewLoop {
 public:
     static constexpr LocalMs kPollMs = 100;  ///< with --follow, the time between two polls
-    static constexpr LocalMs kBusyMs = 5;    ///< time between two attempts to read a busy file or the rest of a line
+    /// The time between two attempts to read the rest of a line, or a busy file that has not been reported yet.
+    static constexpr LocalMs kBusyMs = 5;
     /// If a file is busy for longer, run() throws. With --follow, run() reports this and continues to wait.
     static constexpr LocalMs kMaxBusyMs = 10000;
-    static constexpr LocalMs kLineEndMs = 200;  ///< how long the loop waits for the rest of an incomplete line
+    static constexpr LocalMs kLineEndMs = 200;  ///< without --follow, how long to wait for the rest of the last line
 
     /// The references must outlive this object.
     ViewLoop(const Settings& settings, Follower& follower, Viewer& viewer, Environment& environment)
