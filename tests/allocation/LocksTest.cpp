@@ -1,4 +1,5 @@
-// Named locks with a failing heap: no lock stays held after a failed operation, and failures are reported correctly.
+// Named locks with a failing heap: after a failed construction the mutex is free, after a failed unlock the object
+// still owns the mutex, and failures are reported correctly.
 
 #include <optional>
 #include <string>
@@ -244,7 +245,7 @@ void constructNamedConditionOfNarrowName(Attempt& attempt) {
     EXPECT_FALSE(Handle(OpenEventW(SYNCHRONIZE, FALSE, name.c_str()))) << "the event is still open";
 }
 
-/// The name belongs to an object of another kind. The failure is reported, whichever request fails.
+/// The name belongs to an object of another kind. The failure is reported, whichever memory request fails.
 void constructNamedConditionOfNameInUse(Attempt& attempt) {
     const ExistingMutex mutex;
     const std::wstring name = L"Global\\" + mutex.name;

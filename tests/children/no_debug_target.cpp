@@ -1,6 +1,6 @@
 /// \file
-/// Checks that debug calls do not read their arguments, first while no debug target is active, then while only other
-/// targets are active.
+/// Checks that debug calls read neither the target's name nor the arguments of the format while no debug target is
+/// active, and do not read the arguments of the format while only other targets are active.
 
 #include <cstdarg>
 #include <cstdint>

@@ -44,7 +44,8 @@ def body_of(name, code):
 
 
 def expressions_of(node):
-    """The expressions of one element: its text, its conditions, and the parts in braces of a displayed text."""
+    """The expressions of one element: its text, its condition, its initial value, and the parts in braces of a
+    displayed text or of the name of an item."""
     tag = node.tag.removeprefix(NAMESPACE)
     text = node.text or ""
     if tag in EXPRESSIONS:

@@ -190,8 +190,8 @@ HANDLE Machine::createMutex(const SECURITY_ATTRIBUTES* attributes, bool isOwned,
     return handle;
 }
 
-/// "CreateFileMappingW function": the size of a mapping of an empty file must not be 0. The call requests rights that
-/// include the "Standard Access Rights", such as WRITE_DAC.
+/// "CreateFileMappingW function": if the file is empty, or if there is no file, the size must not be 0. The call
+/// requests rights that include the "Standard Access Rights", such as WRITE_DAC.
 HANDLE Machine::createMapping(const SECURITY_ATTRIBUTES* attributes, HANDLE file, std::uint64_t size,
                               const wchar_t* name) {
     schedulingPoint();
@@ -293,7 +293,8 @@ bool Machine::take(KernelObject& object, TaskId task, DWORD& result) {
     if (object.owner != kNoTask && object.owner != task) {
         return false;
     }
-    // "Mutex Objects": the first wait for an abandoned mutex returns WAIT_ABANDONED. Its thread then owns the mutex.
+    // "Mutex Objects": the first wait for an abandoned mutex returns WAIT_ABANDONED, and the thread that waited then
+    // owns the mutex.
     result = object.isAbandoned ? WAIT_ABANDONED : WAIT_OBJECT_0;
     m_abandonedWaits += object.isAbandoned ? 1u : 0u;
     object.isAbandoned = false;

@@ -69,7 +69,7 @@ public:
     Machine(const Machine&) = delete;
     Machine& operator=(const Machine&) = delete;
 
-    /// Null if no model exists; calls then go to the system.
+    /// The model that the calling thread created; null if there is none. Without a model, calls go to the system.
     static Machine* current() noexcept;
 
     /// Sets the task and the process in whose name calls outside of all tasks are made. Scripts, and the setup of a

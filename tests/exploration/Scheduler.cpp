@@ -187,7 +187,8 @@ private:
         return result;
     }
 
-    /// Decides which task continues, and runs it to its next scheduling point. False if no task can continue.
+    /// Chooses one of the options: runs a task to its next scheduling point, or kills a process. False if no task can
+    /// continue, or after a failure.
     bool step() {
         const std::vector<Option> options = allOptions();
         if (options.empty()) {

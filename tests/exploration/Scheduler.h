@@ -117,8 +117,8 @@ public:
     /// wait has timed out.
     virtual Wake block(std::function<bool()> isFree, std::optional<Tick> milliseconds) = 0;
 
-    /// A scheduling point at which the task sleeps. If the task continues while another task could continue, this
-    /// counts as a preemption.
+    /// A scheduling point at which the task sleeps. If the sleep ends while another task could continue, or before an
+    /// earlier time limit or sleep ends, this counts as a preemption.
     virtual void sleep(Tick milliseconds) = 0;
 
     /// Chooses one of `count` (at least 1) possible results of a call.

@@ -76,7 +76,7 @@ std::string bytesOf(const Handle& mapping, std::size_t count) {
     return bytes;
 }
 
-TEST_F(SecuredFileMapping, CreatesTheFileWithTheSizeAndTheMapping) {
+TEST_F(SecuredFileMapping, CreatesTheMappingAndAFileOfTheGivenSize) {
     const std::wstring path = file(L"new.dat");
     const Handle mapping = obtain(path, kSize);
     EXPECT_TRUE(mapping);
@@ -150,12 +150,12 @@ TEST_F(SecuredFileMapping, FileCanBeDeletedAfterTheMappingIsClosed) {
     EXPECT_FALSE(gone);
 }
 
-TEST_F(SecuredFileMapping, EveryoneMayUseItAndNobodyMayChangeItsSecurity) {
+TEST_F(SecuredFileMapping, AccessListOfTheMappingDeniesOnlyChangesOfSecurity) {
     const Handle mapping = obtain(file(L"new.dat"), kSize);
     test::expectSharedSecurity(mapping.get(), SECTION_ALL_ACCESS);
 }
 
-TEST_F(SecuredFileMapping, EveryoneMayUseTheFileAndNobodyMayChangeItsSecurity) {
+TEST_F(SecuredFileMapping, AccessListOfTheFileDeniesOnlyChangesOfSecurity) {
     if (test::wineVersion()) {
         GTEST_SKIP() << "Wine does not keep access lists of files";
     }

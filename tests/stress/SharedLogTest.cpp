@@ -6,7 +6,7 @@
 /// lists the calls that took so long that their lines may have been dropped. The lines of all other calls must be in
 /// the log, exactly once and complete. On two cores, the slowest of 12,000 calls took 0.25 s, so in practice all lines
 /// are expected. If the writers take turns, they do not compete, and every line must be in the log, however long its
-/// call took.
+/// call took. With a small limit, the log is rotated, and old lines are lost. The remaining lines must be complete.
 
 #include <cstdio>
 #include <map>

@@ -133,7 +133,7 @@ TYPED_TEST(Base64Test, Decode_ReportsInvalidText) {
           Case{"QUJD!UJD", 1, "ABC"}, Case{"QUJDQUJ\x80", 1, "ABC"}, Case{"QUJDQUJ\xFF", 1, "ABC"}, Case{"QQ=", 1, ""},
           Case{"QQ==", 0, "A"}, Case{"QQ=A", 0, "A"},   // after '=', a character must be valid; its value is ignored
           Case{"QQ=!", 1, ""}, Case{"QQ==!!", 0, "A"},  // the text after the padding is ignored
-          Case{"QUI=QUJD", 0, "AB"}, Case{"=QQQ", 0, {"\x01\x04\x10", 3}},  // "=" as the first character counts as A
+          Case{"QUI=QUJD", 0, "AB"}, Case{"=QQQ", 0, {"\x01\x04\x10", 3}},  // a "=" at the start is decoded as "A"
           Case{" Q\tQ\r=\n= ", 0, "A"}, Case{"QUJD\nREVG", 0, "ABCDEF"}, Case{"QUJD\r\n", 0, "ABC"},
           Case{"QU\vJD", 1, ""},  // unlike the white space above, \v is not skipped
           Case{" ", 0, ""}, Case{"", 0, ""}, Case{nullptr, 0, ""}}) {

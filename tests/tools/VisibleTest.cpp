@@ -89,7 +89,7 @@ TEST(VisibleTest, EveryByteIsKeptOrEscapedAtEveryPositionOfAWord) {
     }
 }
 
-TEST(VisibleTest, LineFeedsAreKeptAndOtherControlsAreEscaped) {
+TEST(VisibleTest, LineEndsBecomeLineFeedsAndOtherControlsAreEscaped) {
     struct Case {
         const wchar_t* text;
         const wchar_t* visible;

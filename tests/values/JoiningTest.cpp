@@ -48,6 +48,8 @@ TEST(Joining, ListOfOneItemInQuotesIsJoinedUnchanged) {
     }
 }
 
+/// The search for a delimiter never goes back, so a character that ends a partial match cannot start another match. For
+/// example, the search does not find "ab" in "aab".
 TEST(Joining, ItemIsNotQuotedIfOnlyBacktrackingFindsTheDelimiter) {
     EXPECT_EQ(util::multipleStringsToSingleString(stringsOf(Texts{L"aab", L"ab", L"xab"}), L"ab"),
               L"aabab\"ab\"ab\"xab\"");

@@ -134,8 +134,8 @@ TYPED_TEST(NumberParsingDouble, MultipliesPowersOfTenInTheOrderOfTheExponentBits
     });
 }
 
-/// An exponent above 308 is infinite as a power of ten. So division by it gives 0, even if the value is in the range of
-/// a double.
+/// If an exponent is above 308, its power of ten is infinite. So a division by this power gives 0, even if the number
+/// is in the range of a double.
 TYPED_TEST(NumberParsingDouble, ExponentsOutOfRangeGiveInfinityOrZero) {
     expectRows<TypeParam>({
         {"1e309", kInfinite, 5},
@@ -223,7 +223,7 @@ TYPED_TEST(NumberParsingDouble, ReadsTextsOfAnyLength) {
     expectRows<TypeParam>({
         {manyWhole.c_str(), kInfinite, 501},
         {manyFraction.c_str(), 100.0, 504},
-        {balanced.c_str(), 1.0, 506},  // the exponents cancel out before scaling
+        {balanced.c_str(), 1.0, 506},  // the number of unused zeros is added to the exponent before scaling
     });
 }
 

@@ -121,7 +121,7 @@ void expectFailure(const wchar_t* path, const std::wstring& printed, DWORD error
          L"Accessable::ObtainAccessableFileMappingEx: Vorel exception rethrown"});
 }
 
-TEST_F(LongPath, EveryErrorExceptFileNotFoundThrows) {
+TEST_F(LongPath, FailedQueryForTheFileThrowsUnlessTheFileIsMissing) {
     for (const DWORD code : {DWORD{ERROR_PATH_NOT_FOUND}, DWORD{ERROR_ACCESS_DENIED}, DWORD{ERROR_INVALID_NAME}}) {
         error = code;
         asked.clear();
