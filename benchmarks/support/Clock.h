@@ -10,8 +10,8 @@ namespace bench {
 
 enum class Clock {
     /// Processor time of this process and of Wine's server, which does part of the work of many system calls. Other
-    /// programs on the machine hardly affect this time. Without Wine, or if the server is unknown, the elapsed time is
-    /// used instead.
+    /// programs on the machine hardly affect this time. Without Wine on Linux, or if the server is unknown, the elapsed
+    /// time is used instead.
     Processor,
     /// Elapsed time, for work that waits or that several processes share.
     Elapsed,
