@@ -5,7 +5,7 @@
 #   lib/                     the import library and the static library; vorelCore.lib, the import library of the flat
 #                            interface for C compilers of Microsoft's ABI, and vorelCore.def, from which vorelCore.lib
 #                            is made
-#   lib/cmake/vorelCore/     for find_package, and the toolchain files
+#   lib/cmake/vorelCore/     the files for find_package, and the toolchain files
 #   lib/pkgconfig/           vorelCore.pc and vorelCoreStatic.pc
 #   bin/vorelCore.dll-gdb.py makes GDB show the contents of containers and exceptions; GDB finds it next to the DLL
 #   share/vorelCore/         the licences of the runtime DLLs and of code in the tools, vorelCore.natvis, which makes
