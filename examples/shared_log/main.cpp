@@ -3,11 +3,12 @@
 ///
 ///     shared_log [--limit=<bytes>] [<UTF-8 text file>...]
 ///
-/// The program starts four copies of itself. Each copy converts every line of the files to wide text and back, and logs
-/// the result: each damaged line as the trail of an exception, warnings, and debug lines. Each copy also writes a
-/// report, which the parent compares with the log. The parent then prints a summary. The exit code is 1 if a line of
-/// the log is torn, if the log does not match the reports, or if a copy did not find the damaged lines that a file
-/// declares; see README.md.
+/// The program starts four copies of itself. Each copy converts every line of the files to wide text and back. For each
+/// damaged line, the copy logs an exception with its trail. It also logs warnings and debug lines. Each copy writes a
+/// report, which the parent compares with the log. The parent then prints a summary.
+///
+/// The exit code is 1 if a line of the log is torn, if the log does not match the reports, if a copy failed, or if a
+/// copy did not find the damaged lines that a file declares. It is 2 if a file cannot be read; see README.md.
 ///
 /// `--limit` is the size above which the log is moved to its backup. With a small limit, the oldest records are lost.
 
