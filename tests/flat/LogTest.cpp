@@ -72,7 +72,7 @@ TEST(FlatLog, WritesTheSameLineAsTheWarningChannel) {
     EXPECT_THAT(log.messages(), ElementsAre("WARN: low on paper", "WARN: low on paper"));
 }
 
-TEST(FlatLog, RejectsTextsWithZeros) {
+TEST(FlatLog, RejectsTextsWithZerosAndNullTextsWithALength) {
     const TemporaryLog log;
     EXPECT_EQ(write(L"a\0"sv, L"b"), VOREL_ERROR_INVALID_TEXT);
     EXPECT_EQ(write(L"a", L"b\0c"sv), VOREL_ERROR_INVALID_TEXT);

@@ -116,7 +116,7 @@ TEST(UrlEncode, RandomTextsAgreeWithTheReference) {
     });
 }
 
-TEST(UrlEncode, EncodesTheExamplesOfTheManual) {
+TEST(UrlEncode, FlagsAndComponentsSelectTheEscapedCharacters) {
     EXPECT_EQ(urlEncode("a b~", false, false), "a%20b%7E");
     EXPECT_EQ(urlEncode("a b~", false, true), "a+b%7E");
     EXPECT_EQ(urlEncode("a/b?c", true, false), "a%2Fb%3Fc");
