@@ -19,8 +19,8 @@ namespace vorel::algorithms {
 /// other systems the algorithms are compiled with another type.
 using WideUnit = std::conditional_t<sizeof(wchar_t) == 2, wchar_t, char16_t>;
 
-/// Sixteen characters as bytes. Units above 255 become 0 or 255. The attribute allows a block to extend into another
-/// object of the same page.
+/// Sixteen characters as bytes. Units above 255 become 0 or 255. The attribute switches AddressSanitizer off, because a
+/// block may extend into another object of the same page.
 VOREL_NO_SANITIZE_ADDRESS static inline __m128i loadBlock(const char* position) noexcept {
     return _mm_loadu_si128(reinterpret_cast<const __m128i*>(position));
 }

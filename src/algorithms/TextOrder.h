@@ -68,8 +68,8 @@ constexpr bool isSlash(T c) noexcept {
     return c == '/' || c == '\\';
 }
 
-/// Whether two characters are identical, or the two cases of a letter if case is ignored. Most equal characters are
-/// found by this quick test.
+/// Whether two characters are identical, or the two cases of a letter if case is ignored. This quick test finds all
+/// equal characters except '/' and '\' if they are equal.
 template <class T>
 constexpr bool areSame(T a, T b, OrderRules rules) noexcept {
     const auto difference = static_cast<unsigned int>(a ^ b);
