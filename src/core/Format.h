@@ -1,7 +1,8 @@
 /// \file
-/// Renders formats. PlainFormat.h renders plain formats. The runtime's print functions render all others; no other file
-/// of the library calls these functions. The compiler's replacements of the print functions are not used, so texts and
-/// counts are the same as the runtime's. In wide formats `%s` takes wide text, as it does by default in the runtime.
+/// Renders formats. PlainFormat.h renders plain formats. The runtime's print functions render all other formats; no
+/// other file of the library calls these functions. The compiler's replacements of the print functions are not used, so
+/// texts and counts are the same as the runtime's. In wide formats, the argument of `%s` is wide text, as by default in
+/// the runtime.
 #pragma once
 
 #include <algorithm>
