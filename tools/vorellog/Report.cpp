@@ -9,7 +9,7 @@ namespace vorellog {
 namespace {
 
 /// The maximum number of prefixes that are counted separately. Further prefixes are counted together, because most of
-/// them are the starts of messages with a colon.
+/// them are not prefixes, but the first words of messages that contain a colon.
 constexpr std::size_t kMaxKnownPrefixes = 256;
 
 }  // namespace
