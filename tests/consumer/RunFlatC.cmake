@@ -1,5 +1,5 @@
-# Builds the project flat_c/, which uses the flat interface, with clang for Microsoft's ABI and lld-link, and runs its
-# programs, which are one source compiled as C99, C11, C17, C23 and C++20.
+# Builds the project flat_c/ with clang for Microsoft's ABI and lld-link, and runs its programs. All of them are built
+# from one source, which uses the flat interface. It is compiled as C99, C11, C17, C23 and C++20.
 #
 #   PROJECT_BUILD: the build to install; or PACKAGE: the folder of an existing package; CLANG: the folder of clang
 

@@ -250,8 +250,8 @@ TEST(UrlDecode, BytesFromWideTextMustBeUtf8) {
     expectBuffer(urlDecode(L"a+%2B", output, 1), output);
     EXPECT_EQ(output, L"a +");
     EXPECT_EQ(urlDecode(L"%ED%A0%80"), L"\xD800");
-    // The conversion from UTF-8 reports invalid bytes. Its last message is the decoded bytes, which the C runtime
-    // converts to wide text as its locale requires.
+    // The conversion from UTF-8 reports invalid bytes. The last message of its exception consists of the decoded bytes,
+    // which the C runtime converts to wide text by the current locale.
     try {
         urlDecode(L"%80%41b", output, 0);
         ADD_FAILURE() << "nothing was thrown";
