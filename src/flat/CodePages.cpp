@@ -31,10 +31,11 @@ void check(int32_t codePage) {
 }
 
 /// Calls `convert(out, capacity)` twice: first to get the number of units, then to get the units. Returns nullopt after
-/// a failure, and `errno` contains the reason.
+/// a failure. `errno` then contains the reason, or 0 if the system reports an error that has no `errno` value.
 template <class Unit, class Convert>
 std::optional<Array<Unit>> converted(Convert&& convert) {
     Array<Unit> units;
+    errno = 0;
     const std::size_t count = convert(static_cast<Unit*>(nullptr), std::size_t{0});
     if (count == kFailed) {
         return std::nullopt;

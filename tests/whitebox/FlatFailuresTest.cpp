@@ -137,6 +137,13 @@ TEST(FlatCodePages, ConversionWhoseSecondSystemCallFailsWritesNothing) {
               VOREL_ERROR_UNSUPPORTED);
 }
 
+TEST(FlatCodePages, FailureWithoutErrnoValueDoesNotDependOnAnEarlierErrno) {
+    errno = EILSEQ;
+    const FailsAfterCounting system(ERROR_NOT_ENOUGH_MEMORY);
+    EXPECT_EQ(flatFailure<vorel_char16>([](auto... out) { return vorel_code_page_to_utf16(1252, "a", 1, out...); }),
+              VOREL_ERROR_UNSUPPORTED);
+}
+
 // ---- Locks ----------------------------------------------------------------------------------------------------------
 
 TEST(FlatLocks, FailedWaitIsReportedAsASystemErrorNotAsATimeout) {
