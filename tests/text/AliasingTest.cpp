@@ -75,7 +75,8 @@ std::string outcomeOf(const Array<BaseString<T>>& output) {
     return all;
 }
 
-/// Returns a pointer to `bytes` writable bytes in the output. In an array, these bytes are elements.
+/// Makes room for `bytes` bytes in the output, and returns a pointer to them. A string only reserves these bytes. An
+/// array gets elements for them.
 template <class T>
 unsigned char* memoryOf(BaseString<T>& output, std::size_t bytes) {
     return reinterpret_cast<unsigned char*>(output.reserve(static_cast<unsigned int>(bytes / sizeof(T) + 1), true));
@@ -306,14 +307,14 @@ std::vector<Row> buffers() {
 
 // ---- Lists of texts -------------------------------------------------------------------------------------------------
 
-/// A row for an operation `run(first, second, list)`. The texts `first` and `second` are items of the list, or of a
-/// copy of the list. The list has no spare capacity.
+/// A row for an operation `run(first, second, list)`. `first` is the first item of the list from `offset` on, and
+/// `second` is the second item. Both lie in the list, or in a copy of the list. The list has no spare capacity.
 template <class T, class Run>
 Row listRow(const char* name, std::string_view second, Run run) {
     return {name, [=](Place place, std::size_t units, std::size_t offset) {
                 const auto first = repeated<T>("a,\"b\"c,,", units);
-                Array<BaseString<T>> list = test::stringsOf<T>({first, test::text<T>(second)});
-                const Array<BaseString<T>> copy = list;
+                const Array<BaseString<T>> copy = test::stringsOf<T>({first, test::text<T>(second)});
+                Array<BaseString<T>> list(copy);  // has as many slots as elements, unlike `copy`
                 // cppcheck-suppress duplicateExpressionTernary ; equal texts in different objects
                 const Array<BaseString<T>>& source = place == Place::InOutput ? list : copy;
                 run(source[0].view().data() + std::min(offset, units), source[1].c_str(), list);
