@@ -1,5 +1,5 @@
-// Strings with a failing heap: a failed operation leaves the string and its buffer unchanged. A failed `format` clears
-// the string instead, unless the format or an argument is in the string.
+// Strings with a failing heap: a failed operation leaves the string and its buffer unchanged. Only a failed `format`
+// clears the string, unless the format or an argument points into the string's buffer.
 
 #include <cstring>
 #include <optional>

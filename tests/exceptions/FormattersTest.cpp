@@ -1,7 +1,7 @@
 /// \file
 /// Strings and exceptions in `std::format`. The file has cases only if the standard library has `std::format`, which
-/// the library of GCC 12 does not have. For builds with GCC 12, compile_fail/Formatters.cpp compiles the formatters
-/// with another standard library.
+/// the library of GCC 12 does not have. When GCC 12 builds the library, another test compiles
+/// compile_fail/Formatters.cpp, which uses the formatters, with another standard library.
 
 #include "vorel/Formatters.h"
 

@@ -257,7 +257,7 @@ TEST_F(ConditionExploration, ASignalReleasesOneOfTwoWaiters) {
     explores<OneSignal>({.preemptions = 2}, 2);
 }
 
-TEST_F(ConditionExploration, ASecondSignalAfterTheFirstReturnReleasesTheSecondWaiter) {
+TEST_F(ConditionExploration, AfterTheFirstWaiterReturnsASignalReleasesTheSecondWaiter) {
     explores<SignalEach>({.preemptions = 2});
 }
 
@@ -265,7 +265,7 @@ TEST_F(ConditionExploration, ASignalAfterTheReleaseOfAWaiterIsKept) {
     explores<SignalAfterRelease>({.preemptions = 3});
 }
 
-TEST_F(ConditionExploration, SignalsWithoutAWaiterReleaseOneWaiter) {
+TEST_F(ConditionExploration, SignalsBeforeTheWaitsReleaseOnlyOneWaiter) {
     explores<SignalBeforeWait>({.preemptions = 2});
 }
 

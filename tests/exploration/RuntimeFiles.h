@@ -15,7 +15,7 @@
 
 namespace exploration {
 
-/// Calls that fail set `errno`.
+/// Calls that return an error also set `errno`. `print` does not report failures.
 class RuntimeFiles {
 public:
     explicit RuntimeFiles(FileSystem& files) : m_files(files) {}

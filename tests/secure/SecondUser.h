@@ -1,7 +1,8 @@
 /// \file
 /// Simulates a second, ordinary user without a second account. A thread gets a restricted copy of the token of this
-/// process. For this copy, an entry of an access list that allows access to the user, the owner of new objects or the
-/// administrators has no effect. So the thread has no rights as the owner of an object, but the rights of Everyone.
+/// process. In this copy, the security identifiers of the user, of the owner of new objects, and of the administrators
+/// are disabled: an entry of an access list that grants rights to one of them has no effect. So the thread has no
+/// rights as the owner of an object. It has the rights that Everyone has.
 #pragma once
 
 #include <set>

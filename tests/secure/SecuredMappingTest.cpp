@@ -146,7 +146,7 @@ TEST_F(SecuredMapping, AnotherProcessSeesTheSameContent) {
     EXPECT_EQ(view.number(), 18);
 }
 
-TEST_F(SecuredMapping, IsDestroyedWhenTheOnlyProcessThatOpenedItExits) {
+TEST_F(SecuredMapping, IsDestroyedWhenTheOnlyProcessThatUsesItExits) {
     EXPECT_EQ(runChild(L"secured_peer", {L"task=mapping", L"name=" + name, L"expect=0", L"write=3"}),
               kPeerObtained | test::kPeerCreated | kPeerDone);
     const Handle mapping = obtain();

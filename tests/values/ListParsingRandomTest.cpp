@@ -1,5 +1,5 @@
-// Parses random lists, narrow and wide, with every list parser. The return values and the parsed values must be equal
-// to the results of the reference. Doubles are compared bit by bit.
+// Parses random lists, narrow and wide, with every list parser except `stringToLongRanges`. The return values and the
+// parsed values must be equal to the results of the reference. Doubles are compared bit by bit.
 
 #include <string>
 #include <vector>
@@ -22,7 +22,7 @@ namespace util = vorel::util;
 
 constexpr int kTexts = 40000;
 
-/// Creates lists whose words consist of characters of one of the alphabets. White space and commas separate the words.
+/// Creates lists whose words consist of characters of one of the alphabets. White space or commas separate most words.
 /// The lengths of some words are near the maximum length, below and above it.
 struct WordsFrom {
     std::vector<std::string_view> alphabets;

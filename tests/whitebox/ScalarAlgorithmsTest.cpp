@@ -232,7 +232,7 @@ void decodeBase64BothWays(void (*expect)(const std::function<std::pair<std::vect
             try {
                 result = util::Base64::Decode(start, bytes);
             } catch (const Exception&) {
-                // Thrown for a unit above 255. The characters before this unit have been decoded.
+                // Thrown for a unit above 255. `bytes` contains the bytes of the groups before this unit.
             }
             return std::pair(test::valuesOf(bytes), result);
         });

@@ -245,15 +245,16 @@ TEST_F(ObtainingMapping, FlagsReportNewObjects) {
     }
 }
 
-/// The calls of a failed attempt, with and without a size.
-constexpr const char* kFailedAttempt = "file create open close ";
-constexpr const char* kFailedAttemptWithoutSize = "file create close ";
+/// The calls of an attempt that does not create the mapping, with and without a size. The calls are the same whether or
+/// not the attempt then opens the mapping.
+constexpr const char* kAttemptWithoutCreation = "file create open close ";
+constexpr const char* kAttemptWithoutCreationOrSize = "file create close ";
 
 TEST_F(ObtainingMapping, CreationIsTriedUpToFiftyTimesWithoutSleeping) {
     mappingsFailUntil = 49;
     const test::Handle mapping(obtainEx());
     EXPECT_TRUE(mapping);
-    EXPECT_EQ(trace, "open " + repeated(kFailedAttempt, 49) + "file create close ");
+    EXPECT_EQ(trace, "open " + repeated(kAttemptWithoutCreation, 49) + "file create close ");
     EXPECT_TRUE(mappingCreated);
     EXPECT_FALSE(log.exists());
 }
@@ -266,7 +267,7 @@ TEST_F(ObtainingMapping, EachAttemptOpensAMappingThatAnotherProcessCreatedFirst)
         fileError = ERROR_ALREADY_EXISTS;
         const test::Handle mapping(obtainEx());
         EXPECT_TRUE(mapping) << failedAttempts;
-        EXPECT_EQ(trace, "open " + repeated(kFailedAttempt, failedAttempts + 1));
+        EXPECT_EQ(trace, "open " + repeated(kAttemptWithoutCreation, failedAttempts + 1));
         EXPECT_FALSE(fileCreated);
         EXPECT_FALSE(mappingCreated);
         EXPECT_EQ(blocks.live(), 0u);
@@ -287,7 +288,7 @@ TEST_F(ObtainingMapping, FailedAttemptsWithoutASizeDoNotOpenTheMapping) {
     mappingExistsFrom = 0;
     mappingsFailUntil = 50;
     EXPECT_THROW(obtainEx(0, 0), vorel::Exception);
-    EXPECT_EQ(trace, repeated(kFailedAttemptWithoutSize, 50));
+    EXPECT_EQ(trace, repeated(kAttemptWithoutCreationOrSize, 50));
 }
 
 TEST_F(ObtainingMapping, FiftyFailuresThrowTheSystemText) {
@@ -296,7 +297,7 @@ TEST_F(ObtainingMapping, FiftyFailuresThrowTheSystemText) {
         [this] { obtainEx(); }, {L"ObtainAccessableFileMappingEx: Opening file mapping failed for " +
                                      std::wstring(kFile) + L" after 50 tries: " + test::systemText(kFailureError),
                                  kRecord});
-    EXPECT_EQ(trace, "open " + repeated(kFailedAttempt, 50));
+    EXPECT_EQ(trace, "open " + repeated(kAttemptWithoutCreation, 50));
     EXPECT_FALSE(mappingCreated);
     EXPECT_EQ(blocks.live(), 0u);
 }
@@ -308,7 +309,7 @@ TEST_F(ObtainingMapping, FailureToOpenTheFileEndsTheAttempts) {
                                          {L"ObtainAccessableFileMappingEx: Unable to create file " +
                                               std::wstring(kFile) + L": " + test::systemText(kFailureError),
                                           kRecord});
-    EXPECT_EQ(trace, "open " + repeated(kFailedAttempt, 3) + "file ");
+    EXPECT_EQ(trace, "open " + repeated(kAttemptWithoutCreation, 3) + "file ");
     EXPECT_FALSE(mappingCreated);
     EXPECT_EQ(blocks.live(), 0u);
 }
