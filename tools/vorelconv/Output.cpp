@@ -104,7 +104,7 @@ void Output::commit() {
             throw tools::systemFailure(m_name, L"cannot be written");
         }
         if (!MoveFileExW(m_unfinished.c_str(), m_target.c_str(), MOVEFILE_REPLACE_EXISTING)) {
-            throw tools::systemFailure(m_name, L"cannot be replaced");
+            throw tools::systemFailure(m_name, L"cannot be created or replaced");
         }
     }
     m_closed = true;

@@ -33,7 +33,8 @@ public:
     /// \throws tools::Failure if compressed data ends early. The text up to this point has been delivered to the sink.
     void endOfFile() override;
 
-    /// Ends the file before all of it has been read, because the rest is not needed. Incomplete data is dropped.
+    /// Stops decoding a file whose rest is not needed. Drops incomplete data, and reports the end of the file to the
+    /// sink.
     void stop();
 
     void gap() override { m_sink.gap(); }

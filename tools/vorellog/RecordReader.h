@@ -22,7 +22,8 @@ namespace vorellog {
 class RecordReader {
 public:
     /// If a record would reach this size with its next line, it is delivered without this line. This line and the lines
-    /// after it, up to the next header, are delivered as damaged records.
+    /// after it, up to the next header, are delivered as damaged records. A very long line is added in pieces (see
+    /// LineSplitter.h), so a record may end within such a line.
     static constexpr std::size_t kMaxRecordBytes = std::size_t{4} << 20;
 
     /// The record is valid only during the call of `deliver`.

@@ -1,5 +1,5 @@
 /// \file
-/// The step of an exception that a record reports.
+/// Each record of an exception reports one step of the exception: a failure, a rethrow, a catch and so on.
 #pragma once
 
 #include <string_view>
