@@ -28,7 +28,8 @@ VOREL_API vorel_status vorel_parse_hex32(const vorel_char16* text, size_t length
 
 /// Parses a decimal number, which may have a fraction and an exponent. Only the first 18 digits count, including
 /// leading zeros. The result may differ in its last bit from the nearest double, but is the same in every program that
-/// uses the library. A value out of range becomes infinity or 0. Words such as "NaN" are not accepted.
+/// uses the library. A value out of range becomes infinity or 0. Exponents near and beyond the limits of a double have
+/// further exceptions, see `stringToDouble` in vorel/values/NumberParsing.h. Words such as "NaN" are not accepted.
 VOREL_API vorel_status vorel_parse_double(const vorel_char16* text, size_t length, double* value);
 
 /// Parses one of true, false, yes, no, 0, 1, t, f, y, n, in upper or lower case.

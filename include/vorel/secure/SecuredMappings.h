@@ -25,9 +25,10 @@ VOREL_API void* ObtainAccessableFileMapping(void* file, unsigned long protection
 /// If a size is given and the mapping `mappingName` exists, opens it with `desiredAccess`. Otherwise creates it for the
 /// file `fileName`, which is created if it does not exist. The mapping keeps the file open.
 ///
-/// A failed attempt is repeated without a pause, up to 50 attempts in total. If a size is given, each attempt opens the
-/// mapping if it cannot create it. So several threads or processes may call this at the same time for a new mapping:
-/// one creates it, and all get a handle.
+/// If the mapping cannot be created, the attempt is repeated without a pause, up to 50 attempts in total. If a size is
+/// given, each of these attempts also tries to open the mapping, because another caller may have created it. So several
+/// threads or processes may call this at the same time for a new mapping: one creates it, and all get a handle. A file
+/// that cannot be opened ends the attempts at once.
 ///
 /// `fileCreated` reports whether the last attempt created the file, and `mappingCreated` whether it created the
 /// mapping. Each may be null.
