@@ -1,6 +1,6 @@
 /// \file
-/// Defines the symbol that is named after this build's standard library. A C++ program refers to the symbol of the
-/// standard library that it is compiled with, so it does not link if the two libraries differ (see Export.h).
+/// Defines the symbol that is named after this build's standard library. A C++ program refers to the symbol of its own
+/// standard library. If that is not the standard library of this build, linking the program fails (see Export.h).
 
 #include "vorel/Export.h"
 

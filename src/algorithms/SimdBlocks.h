@@ -74,7 +74,7 @@ static inline void storeFirstBytes(__m128i bytes, std::size_t count, void* to) n
     }
 }
 
-/// Writes `count` zeros. The runtime's function is slow for a small `count`.
+/// Writes `count` zeros. For 16 to 64 bytes, this is faster than the runtime's function.
 static inline void fillWithZeros(void* to, std::size_t count) noexcept {
     constexpr std::size_t kBlock = 16;
     constexpr std::size_t kMax = 4 * kBlock;
@@ -145,9 +145,9 @@ static inline unsigned int maskOf(__m256i bytes) noexcept {
     return static_cast<unsigned int>(_mm256_movemask_epi8(bytes));
 }
 
-/// Sets all bits in the bytes of characters that are not in a set of characters below 128. The set is a table of bits.
-/// The upper four bits of a character select a row, the lower four bits select a column. Each byte of `rowsOfColumn`
-/// belongs to a column and has one bit for each row.
+/// For each character, 0xFF if the character is not in the table, and 0 otherwise. The table has a bit for each
+/// character below 128. The upper four bits of a character select a row, the lower four bits select a column. Each byte
+/// of `rowsOfColumn` belongs to a column and has one bit for each row.
 static inline __m256i notInTable(__m256i characters, __m256i rowsOfColumn) noexcept {
     const __m256i bitOfRow = _mm256_setr_epi8(1, 2, 4, 8, 16, 32, 64, -128, 0, 0, 0, 0, 0, 0, 0, 0,  //
                                               1, 2, 4, 8, 16, 32, 64, -128, 0, 0, 0, 0, 0, 0, 0, 0);

@@ -141,7 +141,7 @@ VOREL_ALWAYS_INLINE void decodeAscii(Decoding& at, const unsigned char* end) noe
 /// Decodes text while at least a double block is left before `end`, up to a zero, a byte above 0xF0, or an ill-formed
 /// part. `end` lies in the page of `at.bytes`. An aligned double block lies in one page. So if `at.bytes` is aligned,
 /// double blocks of ASCII are also decoded past `end`, up to `last`. `last` is the end of the text or of the capacity.
-/// A stop at every page border would cost a mispredicted branch, and this branch would wait for the bytes to be loaded.
+/// A stop at every page border would cost a mispredicted branch.
 VOREL_ALWAYS_INLINE void decodeWhole(Decoding& at, const unsigned char* end, const unsigned char* last,
                                      const Constants& k) noexcept {
     constexpr unsigned int kLeadsOfThrees = 0x249249;

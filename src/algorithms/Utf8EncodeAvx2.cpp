@@ -172,7 +172,7 @@ VOREL_ALWAYS_INLINE Positions encodeShort(Positions at, const unsigned char* end
 /// that contains a zero or, if `paired` is true, begins with an unpaired surrogate. `end` is at most the end of the
 /// page in which `at.units` lies. An aligned pair of blocks lies in one page. So if `at.units` is aligned, units below
 /// 0x800 are also encoded past `end`, in pairs of blocks, up to `textEnd`. A stop at every page border would cost a
-/// mispredicted branch, and this branch would wait for the units to be loaded.
+/// mispredicted branch.
 VOREL_ALWAYS_INLINE Positions encodeWhole(Positions at, const unsigned char* end, const unsigned char* textEnd,
                                           const unsigned char* limit, bool paired, const Constants& k) noexcept {
     const unsigned char* const lastOut = limit - kMaxWritten;
@@ -302,11 +302,10 @@ VOREL_ALWAYS_INLINE bool hasNoZeroInPage(const unsigned char* units) noexcept {
 }
 
 /// Encodes units below 0x800 at the start of a text, in pairs of blocks, at most up to the end of the second page. Then
-/// encodes the ASCII at the start of the next pair of blocks, and writes zeros after this ASCII, if the pair lies in
-/// one page, the output has space for `kPairUnits` bytes, and one of the following conditions is true:
-///
-/// - Fewer than two blocks of the text are left.
-/// - The pair contains no unit from 0x80 to 0x7FFF, usually because a zero ends the text.
+/// encodes the ASCII at the start of the next pair of blocks, and writes zeros after this ASCII, if the text ends or
+/// probably ends in this pair. The text ends in the pair if fewer than two blocks of it are left. The text probably
+/// ends in the pair if the pair contains no unit from 0x80 to 0x7FFF. The last pair must lie in one page, and the
+/// output must have space for `kPairUnits` bytes.
 VOREL_ALWAYS_INLINE Progress encodeShortStart(const unsigned char* units, std::size_t left, unsigned char* out,
                                               std::size_t capacity) noexcept {
     const Constants& k = hidden(kConstants);
