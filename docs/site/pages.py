@@ -61,7 +61,8 @@ def code(text):
 
 
 def shown(page: Path, root: Path) -> list:
-    """Returns the lines of a page for Doxygen. Each line keeps its number. Exits if a block has no known language."""
+    """Returns the lines of a page for Doxygen. Each line keeps its number. Exits if a block of code
+    has no known language or does not follow an empty line."""
     result = []
     lines = list(lines_of(page))
     previous, inside = "", False
