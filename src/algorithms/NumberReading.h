@@ -95,8 +95,9 @@ bool tryReadInteger(const T* text, int& value) noexcept {
 }
 
 /// Parses a number and returns whether it is the whole text. `value` is unchanged if the text is null or has no digits;
-/// otherwise `value` is set even on failure. An exponent of zero ("1e0") is rejected by design: the result is false,
-/// and `value` is then the mantissa's digits as an integer without sign (15 for "-1.5e0").
+/// otherwise `value` is set even on failure. An exponent that is zero or has no digits ("1e0", "1e") is rejected by
+/// design: the result is false, and `value` is then the first 18 digits of the mantissa as an integer without sign (15
+/// for "-1.5e0").
 template <class T>
 bool tryReadDouble(const T* text, double& value) noexcept {
     if (!text) {

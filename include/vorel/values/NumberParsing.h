@@ -72,8 +72,9 @@ VOREL_API bool tryStringToInteger(const char* text, int& value) noexcept;
 VOREL_API bool tryStringToInteger(const wchar_t* text, int& value) noexcept;
 
 /// Whether the whole text, except white space at both ends, is a number. By design, an exponent of 0 is rejected
-/// ("1e0", "1e"); `value` is then the mantissa's digits as an integer without sign (15 for "-1.5e0"). For null and for
-/// a text without digits, `value` is unchanged. Otherwise `value` is the number before the first invalid character.
+/// ("1e0", "1e"); `value` is then the first 18 digits of the mantissa as an integer without sign (15 for "-1.5e0"). For
+/// null and for a text without digits, `value` is unchanged. Otherwise `value` is the number before the first invalid
+/// character.
 VOREL_API bool tryStringToDouble(const char* text, double& value) noexcept;
 VOREL_API bool tryStringToDouble(const wchar_t* text, double& value) noexcept;
 

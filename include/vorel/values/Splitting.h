@@ -22,13 +22,13 @@ VOREL_API void splitString(const wchar_t* text, const wchar_t* delimiter, Array<
 
 /// Splits `text` at each character in `delimiters` (null: none) and replaces `items` by the parts. An item in double
 /// quotes may contain delimiters, and two consecutive double quotes in it are one double quote. If the quotes are
-/// incorrect (text after the closing quote, or no closing quote), the item is everything up to the next delimiter,
-/// including the quotes. With `trim`, white space at both ends of each item is removed. A delimiter at the very end
+/// incorrect (text after the closing quote, or no closing quote), they are ordinary characters of the item, which ends
+/// at the first delimiter. With `trim`, white space at both ends of each item is removed. A delimiter at the very end
 /// adds no item.
 ///
-///     a,"b,c","d""e" at ","  ->  a   b,c   d"e        "ab"x,c at ","  ->  "ab"x   c
+///     a,"b,c","d""e" at ","  ->  a   b,c   d"e        "a,b"x,c at ","  ->  "a   b"x   c
 ///
-/// `items` is emptied first. The text and the delimiters may be elements of `items`.
+/// The text and the delimiters may be elements of `items`. In this case, the old elements are released last.
 /// \throws MemoryException; `items` then holds the parts found so far.
 VOREL_API void singleStringToMultipleStrings(const wchar_t* text, const wchar_t* delimiters,
                                              Array<BaseString<wchar_t>>& items, bool trim);
