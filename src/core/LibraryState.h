@@ -1,7 +1,7 @@
 /// \file
 /// The objects that the library creates when it is loaded, and destroys in reverse order when it is unloaded. Each
-/// layer declares its own objects; LibraryState.cpp, above all layers, lists all objects in the order in which they are
-/// created.
+/// layer declares its own objects. src/LibraryState.cpp, which may include every layer, lists all objects in the order
+/// in which they are created.
 #pragma once
 
 #include <new>
