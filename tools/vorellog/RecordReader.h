@@ -3,8 +3,8 @@
 ///
 /// A message may contain line breaks, and the log does not mark them. So a line without a header belongs to the
 /// previous record. Such a line is damaged only if it cannot belong to a record: at the start of a log, after a cut
-/// record, after another damaged line, after a record that the line would make too long, and after the previous record
-/// was delivered by flush().
+/// record, after another damaged line without a header, after a record that the line would make too long, and after the
+/// previous record was delivered by flush().
 ///
 /// Only a header at the start of a line is reliable. A header in the middle of a line may be part of a message, so its
 /// record is always reported as Damage::MidLine, even if it has other damage.

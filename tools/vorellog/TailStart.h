@@ -15,13 +15,14 @@ struct TailStart {
     unsigned long long offset = 0;  ///< the offset of the header of a record
 };
 
-/// The start of a part of the log that contains the last `settings.tail` entries and is not much longer than these
-/// entries. Returns nullopt if `settings.tail` is not given, if the log does not exist, or if the log must be read from
-/// its start, because it is short, has fewer entries, or is not plain UTF-8.
+/// The start of a part at the end of the log that contains at least the last `settings.tail` entries. Reading this part
+/// takes less time than reading a long log from its start. Returns nullopt if `settings.tail` is not given, if the log
+/// does not exist, or if the log must be read from its start, because it is short, has fewer entries, or is not plain
+/// UTF-8.
 ///
-/// With `settings.fold`, a trail that began before the part is incomplete. There is at most one such trail for each
-/// thread. So the part contains many additional entries before the last `settings.tail` entries, and the incomplete
-/// trails are among the additional entries.
+/// With `settings.fold`, a trail that began before the part is incomplete, and must not be one of the last
+/// `settings.tail` entries. So the part contains at least 1,000 additional entries before them. This is enough, because
+/// there is at most one incomplete trail for each thread.
 std::optional<TailStart> findTailStart(LogFiles& files, const Settings& settings);
 
 }  // namespace vorellog
