@@ -20,8 +20,7 @@ public:
     /// \throws tools::Failure if the file cannot be created.
     explicit Output(const tools::Arguments& arguments);
 
-    /// If neither `commit` nor `abandon` was called, abandons the output, and reports on the error stream if a part of
-    /// the output remains.
+    /// If neither `commit` nor `abandon` was called, calls `abandon`, and writes its message to the error stream.
     ~Output();
 
     Output(const Output&) = delete;
@@ -34,8 +33,9 @@ public:
     /// \throws tools::Failure if the file cannot be written or replaced.
     void commit();
 
-    /// Abandons the output and removes the unfinished file. If a part of the output remains, returns a message that
-    /// begins with a line feed; otherwise returns an empty string.
+    /// Abandons the output and removes the temporary file. Returns a message that begins with a line feed if the file
+    /// cannot be removed, or if bytes were already written to standard output or a device. Otherwise returns an empty
+    /// string.
     std::wstring abandon();
 
 private:
