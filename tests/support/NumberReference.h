@@ -1,7 +1,7 @@
 /// \file
 /// Reference implementation of the number parsers. It is simple, and uses other algorithms than the library.
-/// The functions that check a whole text use regular expressions. Values are computed from the last digit to the first.
-/// The functions expect texts in the narrow form that `shapeOf` returns (see Shape.h).
+/// The functions that check a whole text, except `tryDouble`, use regular expressions. Values are computed from the
+/// last digit to the first. The functions expect texts in the narrow form that `shapeOf` returns (see Shape.h).
 #pragma once
 
 #include <cstddef>

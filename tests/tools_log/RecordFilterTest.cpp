@@ -78,7 +78,7 @@ TEST(RecordFilterTest, RecordMatchesIfATextOrAPatternMatches) {
     EXPECT_FALSE(RecordFilter({.processes = {{1}}, .patterns = {pattern}}).matches(record));
 }
 
-TEST(RecordFilterTest, InvertAppliesToTextsOnly) {
+TEST(RecordFilterTest, InvertDoesNotApplyToProcesses) {
     const auto record = recordOf(header(1, 2) + "WARN: order 7");
     EXPECT_FALSE(RecordFilter({.texts = {"order"}, .invert = true}).matches(record));
     EXPECT_TRUE(RecordFilter({.texts = {"other"}, .invert = true}).matches(record));
