@@ -145,7 +145,9 @@ public:
 
     /// Moves the elements of `other` into this array. The storage of `other` moves too, unless it has fewer slots than
     /// this array. `other` becomes empty and has no storage.
-    /// \throws Exception or any other class: the first failure of an element's destructor.
+    /// \throws Exception or any other class: the failure of an element's assignment, or the first failure of an
+    /// element's
+    ///         destructor.
     // NOLINTNEXTLINE(bugprone-exception-escape,performance-noexcept-move-constructor): it throws what elements throw
     Array& operator=(Array&& other) noexcept(kMovesCannotFail) {
         Array taken(std::move(other));
