@@ -69,8 +69,8 @@ enum class Rest {
     Unchanged,    ///< they keep their values, but may be overwritten with the same values, which avoids a branch
 };
 
-/// Writes each character whose byte in `kept` is 0. All other units of `out` keep their values; their bytes in
-/// `characters` must be 0.
+/// Writes the characters at the positions where `kept` is 0. At all other positions, `kept` must be 0xFF and
+/// `characters` must be 0, and the units of `out` keep their values.
 VOREL_ALWAYS_INLINE void mergeCharacters(__m128i characters, __m128i kept, char* out) noexcept {
     auto* const block = reinterpret_cast<__m128i*>(out);
     _mm_storeu_si128(block, _mm_or_si128(characters, _mm_and_si128(_mm_loadu_si128(block), kept)));
