@@ -10,9 +10,7 @@
 #include "vorel/exceptions/Exception.h"
 #include "vorel/exceptions/ExceptionFamily.h"
 
-namespace vorel {
-
-namespace detail {
+namespace vorel::detail {
 
 void throwMemory(unsigned int count, std::size_t size) {
     throw MemoryException(static_cast<int>(count), static_cast<int>(size));
@@ -74,6 +72,4 @@ void logAndSwallow(const wchar_t* location) noexcept {
     }
 }
 
-}  // namespace detail
-
-}  // namespace vorel
+}  // namespace vorel::detail
