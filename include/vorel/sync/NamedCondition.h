@@ -1,6 +1,5 @@
 /// \file
-/// `NamedCondition`: a named event that processes can signal and wait for. If the name begins with "Global\", all users
-/// on the machine share the event.
+/// `NamedCondition`: a named event that processes can signal and wait for.
 ///
 ///     vorel::NamedCondition done(L"Global\\TalvenorImportDone");
 ///     done.signal();                 // in one process
