@@ -11,7 +11,7 @@
 constexpr std::size_t kLongMessage = 10000;
 constexpr std::size_t kTruncatedMessage = 7999;  // in units; the internal buffer also has space for a terminator
 
-/// The text that replaces a message if there is no memory to convert the message to wide text.
+/// The text that replaces a message if memory runs out while the message is converted to wide text.
 inline const std::wstring kNoMemoryForText = L"Out of memory for text conversion";
 
 /// Expects `text` as the message at `index` of `e`. If a request failed, the message may also be empty, truncated, or

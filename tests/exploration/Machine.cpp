@@ -190,7 +190,7 @@ HANDLE Machine::createMutex(const SECURITY_ATTRIBUTES* attributes, bool isOwned,
     return handle;
 }
 
-/// "CreateFileMappingW function": if the file is empty, or if there is no file, the size must not be 0. The call
+/// "CreateFileMappingW function": without a file, or with an empty file, the size must not be 0. The call
 /// requests rights that include the "Standard Access Rights", such as WRITE_DAC.
 HANDLE Machine::createMapping(const SECURITY_ATTRIBUTES* attributes, HANDLE file, std::uint64_t size,
                               const wchar_t* name) {
