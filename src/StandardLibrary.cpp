@@ -1,6 +1,7 @@
 /// \file
-/// Defines the symbol that is named after this build's standard library. A C++ program refers to the symbol of its own
-/// standard library. If that is not the standard library of this build, linking the program fails (see Export.h).
+/// Defines the symbol that is named after this build's standard library. A C++ program refers to the symbol of the
+/// standard library that the program uses. If this build uses another standard library, linking the program fails (see
+/// Export.h).
 
 #include "vorel/Export.h"
 
