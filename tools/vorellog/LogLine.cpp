@@ -10,7 +10,7 @@ namespace {
 constexpr std::string_view kFieldEnd = ": ";
 
 /// Parses the number after the last period of `origin`, and removes the period and the number from `origin`. Returns
-/// false if there is no such number.
+/// false if `origin` does not end with a period and a number.
 bool consumeLastNumber(std::string_view& origin, unsigned long& number) noexcept {
     const std::size_t point = origin.rfind('.');
     if (point == std::string_view::npos || point + 1 == origin.size()) {
