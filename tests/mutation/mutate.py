@@ -227,8 +227,10 @@ def main():
         changes = {file: [change for change in found if change.key in survivors] for file, found in changes.items()}
 
     WORK.mkdir(parents=True, exist_ok=True)
-    benches = [Bench(build, WORK / str(number)) for number in range(max(1, options.jobs))]
+    benches = []
     try:
+        for number in range(max(1, options.jobs)):
+            benches.append(Bench(build, WORK / str(number)))
         if not options.quick:
             for program in build.programs.values():
                 if failed := benches[0].measure(program):
