@@ -113,10 +113,10 @@ constexpr Command kVersion = {
                .operands = L"<version> <required>",
                .minOperands = 2,
                .maxOperands = 2,
-               .details = L"Compares number by number; any single character separates two numbers. A version\n"
-                          L"with fewer numbers than required fails, even if the missing numbers are zero. If\n"
-                          L"either text is empty, the result is false. Writes \"true\" (exit code 0) or \"false\"\n"
-                          L"(exit code 1).\n"
+               .details = L"Compares number by number; any single character separates two numbers. If all\n"
+                          L"numbers are equal, and the required version has more numbers, the result is false,\n"
+                          L"even if these numbers are zero. If either text is empty, the result is false.\n"
+                          L"Writes \"true\" (exit code 0) or \"false\" (exit code 1).\n"
                           L"\n"
                           L"  vorelconv version 10.2 9.9           true\n"
                           L"  vorelconv version 1.2 1.2.0          false"},

@@ -28,8 +28,8 @@ VOREL_API int strcmpAdvanced(const char* a, const char* b, strcmpAdvFlag flags) 
 VOREL_API int strcmpAdvanced(const wchar_t* a, const wchar_t* b, strcmpAdvFlag flags) noexcept;
 
 /// Whether `version` is at least `required`, compared number by number; any single character separates two numbers.
-/// False if either text is null or empty. By design, the result is also false for a version with fewer numbers than
-/// `required`, even if the missing numbers are zero.
+/// False if either text is null or empty. By design, if all numbers of `version` are equal to the first numbers of
+/// `required`, and `required` has more numbers, the result is false, even if these numbers are zero.
 ///
 ///     "10.2", "9.9"  ->  true        "1.2.3", "1.2"  ->  true        "1.2", "1.2.0"  ->  false
 VOREL_API bool stringVersionAtLeast(const wchar_t* version, const wchar_t* required) noexcept;
