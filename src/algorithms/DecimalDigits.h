@@ -96,8 +96,8 @@ VOREL_ALWAYS_INLINE constexpr DecimalDigits decimalDigits(double value, Tie tie)
         const std::uint64_t carried = multiplyWide(normalized, scale.low).high;
         const std::uint64_t middle = upper.low + carried;
         const std::uint64_t high = upper.high + (middle < carried ? 1 : 0);
-        // The number of bits before the point. The product has 192 bits; log2 and the power give the position of its
-        // highest bit.
+        // The number of bits before the point. `value` is `normalized` * 2^(log2 - 63). So `value` * 10^`power` is the
+        // 192-bit product of `normalized` and `scale`, times 2^(powerOfTenExponent(power) + log2 - 63).
         const int whole = 192 + powerOfTenExponent(power) + log2 - 63;
         std::uint64_t digits = high >> (64 - whole);
         if (digits >= kDigitsLimit) {
