@@ -10,8 +10,8 @@
 
 namespace bench {
 
-/// A function that processes all items of a case once. Its return value depends on every result, so that no work is
-/// optimised away.
+/// A function that processes all items of a case once. Work is not optimised away if the return value depends on it,
+/// or if it changes memory that the function does not own.
 ///
 /// The loop of `repeat` is compiled together with the function. So a repetition adds less than a nanosecond to the
 /// time of the function, and short functions can be measured. The compiler cannot assume anything about memory between
