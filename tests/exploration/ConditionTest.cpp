@@ -158,8 +158,9 @@ class SignalBeforeWait final : public ConditionScenario {
     }
 
     void check(const std::vector<Ending>&) override {
-        require(m_signalled == 1 && m_timedOut == 1,
-                std::to_string(m_signalled) + " waiters were released by the signals before the waits");
+        require(m_signalled == 1 && m_timedOut == 1, "two signals without a waiter released " +
+                                                         std::to_string(m_signalled) + " waiters, and " +
+                                                         std::to_string(m_timedOut) + " timed out");
         destroy();
     }
 
@@ -257,7 +258,7 @@ TEST_F(ConditionExploration, ASignalReleasesOneOfTwoWaiters) {
     explores<OneSignal>({.preemptions = 2}, 2);
 }
 
-TEST_F(ConditionExploration, AfterTheFirstWaiterReturnsASignalReleasesTheSecondWaiter) {
+TEST_F(ConditionExploration, ASecondSignalReleasesTheSecondWaiterAfterTheFirstHasReturned) {
     explores<SignalEach>({.preemptions = 2});
 }
 

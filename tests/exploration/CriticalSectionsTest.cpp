@@ -71,16 +71,14 @@ private:
 };
 
 /// A task disables and enables thread safety while other tasks use an AutoCriticalSection. Programs must not do this.
-/// The test counts the schedules in which the lock stays held or a task stays blocked, in which two tasks are in the
-/// locked section at the same time, in which a task releases a lock that it does not own, and in which none of these
-/// failures occurs.
+/// The test counts the schedules with each kind of failure. A schedule may have several kinds of failures.
 class SwitchDuringUse final : public SystemScenario {
 public:
     struct Counts {
-        unsigned long long stuck = 0;
-        unsigned long long unprotected = 0;
-        unsigned long long misused = 0;
-        unsigned long long harmless = 0;
+        unsigned long long stuck = 0;        ///< the lock stays held, or a task stays blocked
+        unsigned long long unprotected = 0;  ///< two tasks are in the locked section at the same time
+        unsigned long long misused = 0;      ///< a task releases a lock that it does not own
+        unsigned long long harmless = 0;     ///< without any of these failures
     };
 
     explicit SwitchDuringUse(Counts& counts) : m_counts(counts) {}

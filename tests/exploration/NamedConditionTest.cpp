@@ -1,5 +1,5 @@
 /// \file
-/// `NamedCondition` in two processes.
+/// `NamedCondition` in two or three processes.
 
 #include <functional>
 #include <string>
