@@ -2,11 +2,11 @@
 /// The export macro, and checks that a program fits the library. Every header of the C++ interface includes this file.
 ///
 /// A program must use the C runtime and the C++ standard library that vorelCore was built with, because the program
-/// frees memory that vorelCore allocated and catches exceptions that vorelCore threw. A wrong C runtime or C++ standard
-/// is a compile error in this header. A wrong standard library is an error of the linker. Without this error, Windows
-/// would end the program at the first exception. Every program refers to a symbol named after its standard library, and
-/// vorelCore defines only the symbol of the standard library that it was built with. Any other of these symbols, for
-/// example `vorelCore_is_built_for_libcxx`, is an undefined symbol for the linker.
+/// frees memory that vorelCore allocated and catches exceptions that vorelCore threw. If the C runtime is wrong, or the
+/// language is older than C++20, this header causes a compile error. If the standard library is wrong, the linker
+/// reports an undefined symbol. Without this error, Windows would end the program at the first exception. The error
+/// arises as follows: every program refers to a symbol named after its standard library, for example
+/// `vorelCore_is_built_for_libcxx`. vorelCore defines only the symbol of the standard library that it was built with.
 ///
 /// The flat interface (vorelCoreC.h) does not include this header: it works with every C runtime and compiler.
 #pragma once

@@ -17,12 +17,14 @@
 /// length of an output. Four functions cannot fail and return their result directly: `vorel_abi_version`,
 /// `vorel_version`, `vorel_status_name` and `vorel_last_error_status`. No function ends the program or lets a C++
 /// exception escape. The library keeps the message of each thread's last failure (`vorel_last_error_message`). Failures
-/// that the library treats as errors are also written to the error log. Malformed text is not logged if the C++
-/// function reports it through its return value instead of an exception.
+/// that the library treats as errors are also written to the error log. Most functions call a function of the C++
+/// interface. If that function reports malformed text by an exception, the failure is logged; if it reports malformed
+/// text by its return value, the failure is not logged.
 ///
 /// **Inputs.** A text is UTF-16 in the processor's byte order, passed as a pointer and a number of units; it needs no
 /// terminator. The number `VOREL_ZERO_TERMINATED` means "up to the first zero". The pointer may be null if the number
-/// is 0. The same rules apply to UTF-8 text and to bytes, but the number of bytes must not be `VOREL_ZERO_TERMINATED`.
+/// is 0. The same rules apply to UTF-8 text. They also apply to binary data, but its size must not be
+/// `VOREL_ZERO_TERMINATED`.
 /// An input must not have more than `VOREL_MOST_UNITS` units. A text may contain a zero only if it is converted between
 /// UTF-16 and UTF-8 or a code page, or if it is the list of `vorel_join_list`. All other functions return
 /// `VOREL_ERROR_INVALID_TEXT` for such a text.
@@ -37,8 +39,9 @@
 /// unknown flag gives `VOREL_ERROR_INVALID_ARGUMENT`. A Boolean is an `int32_t` of 0 or 1; as input, every value except
 /// 0 is true.
 ///
-/// **Threads.** Unless stated otherwise, every function may be called from any thread at any time. A function waits for
-/// other threads only to write to the error log (see `vorel_log_write`), or briefly for a lock of the library.
+/// **Threads.** Unless stated otherwise, every function may be called from any thread at any time. The functions of the
+/// named mutex and the named condition wait as vorel/flat/Locks.h describes. All other functions wait for other threads
+/// only to write to the error log (see `vorel_log_write`), or briefly for a lock of the library.
 ///
 /// **Ownership.** Only handles must be released. One function opens a handle and another closes it; after a handle is
 /// closed, no thread may use it.
