@@ -1,7 +1,10 @@
-"""Searches comments, documents and string literals for phrases that the style guide rejects.
+"""Searches for phrases that the style guide rejects.
 
     prose.py <path>...      files, or folders searched for C++, C, Python, shell, CMake, JavaScript, TypeScript,
-                            Markdown and text
+                            Markdown, text and templates (.in)
+
+In C++, C, JavaScript, TypeScript and templates, the script searches comments and literals. It searches all other files
+completely.
 
 rejected-phrases.txt has the phrases and their replacements. A line with the comment "prose: <reason>" is skipped,
 because it contains a name, or a text that the interface fixes.

@@ -10,7 +10,7 @@ Each environment is clang with a target, a C++ library and the Windows headers o
     includes all system headers with the macros of GCC, and then defines the macros of Microsoft's compiler instead.
     Each public header is also checked separately.
 
-As for clang-tidy (tidy.py), a result without findings is stored under the digest of everything that it depends on.
+Like tidy.py, this script stores a result without findings under the digest of everything that the result depends on.
 """
 
 import argparse
