@@ -82,7 +82,9 @@ def _blank(match):
 
 
 def _code(text):
-    """`text`, with everything that is not code replaced by spaces, so that offsets stay the same."""
+    """`text` with spaces instead of everything that is never changed: comments, literals, directives, attributes,
+    template headers, operator names and static assertions. Line feeds are kept, so the offsets and the lines of the
+    remaining code stay the same."""
     return _STATIC_ASSERT.sub(_blank, _NOT_CODE.sub(_blank, text))
 
 

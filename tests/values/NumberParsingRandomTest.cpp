@@ -1,6 +1,7 @@
 // Parses random texts, narrow and wide, with every number parser. The parsed value, the end and the return value
 // must be equal to the results of the reference. Some texts are next to an inaccessible page, so a read out of bounds
-// faults. Other texts are between the remains of earlier texts, where a parser may read whole blocks.
+// faults. Other texts are in the middle of a buffer, where a parser may read beyond the text, but must ignore what
+// earlier texts left there.
 
 #include <cstdint>
 #include <string>

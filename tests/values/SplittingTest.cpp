@@ -53,7 +53,7 @@ TYPED_TEST(Splitting, SplitString_SplitsAtTheWholeDelimiter) {
     }
 }
 
-TYPED_TEST(Splitting, SplitString_AppendsAndMaySplitAnItemOfTheList) {
+TYPED_TEST(Splitting, SplitString_AppendsAndTheTextMayBeAnItemOfTheList) {
     Array<BaseString<TypeParam>> parts = test::stringsOf(texts<TypeParam>({"a,b"}));
     util::splitString(parts[0].c_str(), test::text<TypeParam>(",").c_str(), parts);
     EXPECT_EQ(textsOf(parts), texts<TypeParam>({"a,b", "a", "b"}));

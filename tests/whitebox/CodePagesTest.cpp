@@ -274,7 +274,8 @@ TEST_F(CodePages, Open_TestsTheSystemCodePageIfBothNamesAreGiven) {
     EXPECT_TRUE(m_system.calls.empty());
 }
 
-TEST_F(CodePages, OpenCodepage_TestsTheSystemCodePageForANumberTruncatedToZero) {
+// The handle keeps the low 16 bits of each number, so 65536 becomes 0, the system code page.
+TEST_F(CodePages, OpenCodepage_TestsTheSystemCodePageIfANumberIsTruncatedToZero) {
     for (const auto& [to, from] : {std::pair(65536, 1252), std::pair(1252, 65536)}) {
         m_system.result = 1;
         EXPECT_NE(util::iconv_open_codepage(to, from), -1);
