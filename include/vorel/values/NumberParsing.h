@@ -58,9 +58,10 @@ VOREL_API int hexToInt(const wchar_t* text, wchar_t** end) noexcept;
 /// result may differ in its last bit from the nearest double; the bits are the same in every program that uses the
 /// library. A value out of range becomes infinity or 0. The digits that count are read as an integer, which is
 /// multiplied by a power of ten. If the power is below 10^-308, the result is 0 even if the value is in range (1.5e-308
-/// is 15 * 10^-309). If the power is above 10^308, zero becomes NaN. An exponent marker without digits is accepted
-/// ("1e" is 1). The white space after the number is not skipped. Without any digit the result is 0.0 (-0.0 after a '-')
-/// and `end` is `text`. Null gives 0.0 and a null end.
+/// is 15 * 10^-309). If the power is above 10^308, the result is infinity, or NaN if all digits that count are zeros
+/// ("0e309"). By design, the exponent wraps around at 32 bits ("1e4294967296" is 1). An exponent marker without digits
+/// is accepted ("1e" is 1). The white space after the number is not skipped. Without any digit the result is 0.0 (-0.0
+/// after a '-') and `end` is `text`. Null gives 0.0 and a null end.
 ///
 ///     "1.5e3x"  ->  1500.0, at the 'x'
 VOREL_API double stringToDouble(const char* text, char** end) noexcept;
