@@ -3,8 +3,7 @@
 /// given.
 ///
 /// A damaged record is matched by its readable parts. A record without a header has no process, thread, prefix or time,
-/// so a filter on one of these fields rejects the record. Such a record can match only by its text and by
-/// `damagedOnly`.
+/// so a filter on one of these fields rejects the record.
 #pragma once
 
 #include <memory>

@@ -26,7 +26,7 @@ private:
 };
 
 /// Parses an offset from UTC, such as "Z", "+02:00", "-0330" or "+2". Returns nullopt for a text in another format, for
-/// more than 14 hours, and for more than 59 minutes.
+/// an hour above 14, and for a minute above 59. So the largest offset is "+14:59".
 std::optional<LocalMs> parseOffset(std::string_view text) noexcept;
 
 /// The current time in UTC.
