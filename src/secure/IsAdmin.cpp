@@ -30,24 +30,37 @@ bool openImpersonationToken(KernelHandle& impersonated) noexcept {
     return false;
 }
 
+/// Sets the thread's token again. Returns false after a failure, which is logged.
+bool restoreToken(HANDLE token) noexcept {
+    if (SetThreadToken(nullptr, token)) {
+        return true;
+    }
+    const int error = static_cast<int>(GetLastError());
+    detail::runNoThrow(L"IsAdmin", [error] {
+        BaseString<wchar_t> text;
+        Exception::warn(L"IsAdmin: SetThreadToken failed: %ls", util::FormatErrorMsg(error, text));
+    });
+    return false;
+}
+
 /// Runs `question` while the thread impersonates its own process, and returns the answer; false after a failure. Then
 /// restores the previous token, because a service that acts for a client must not continue with the service's rights.
 bool askAsSelf(bool (*question)() noexcept) noexcept {
     KernelHandle impersonated;
-    if (!openImpersonationToken(impersonated) || !ImpersonateSelf(SecurityImpersonation)) {
+    if (!openImpersonationToken(impersonated)) {
         return false;
     }
-    const bool answer = question();
-    RevertToSelf();
-    if (impersonated && !SetThreadToken(nullptr, impersonated.get())) {
-        const int error = static_cast<int>(GetLastError());
-        detail::runNoThrow(L"IsAdmin", [error] {
-            BaseString<wchar_t> text;
-            Exception::warn(L"IsAdmin: SetThreadToken failed: %ls", util::FormatErrorMsg(error, text));
-        });
+    // `ImpersonateSelf` opens the token of the process with the rights of the thread. An impersonated client often
+    // lacks these rights.
+    if (impersonated && !RevertToSelf()) {
         return false;
     }
-    return answer;
+    bool answer = false;
+    if (ImpersonateSelf(SecurityImpersonation)) {
+        answer = question();
+        RevertToSelf();
+    }
+    return (!impersonated || restoreToken(impersonated.get())) && answer;
 }
 
 /// The token of the thread, or of the process if the thread has none. After a failure, the

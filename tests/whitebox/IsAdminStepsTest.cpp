@@ -80,8 +80,9 @@ protected:
 
 private:
     test::LiveBlocks m_blocks;
+    bool m_isClient = true;  // whether a thread with a token still acts for its client
     int m_impersonations = 0;
-    int m_reversions = 0;
+    int m_reversions = 0;  // of the thread to itself, without the reversion from its client
     int m_keeps = 0;
     std::set<HANDLE> m_openTokens;
 
@@ -116,12 +117,17 @@ private:
     const test::ImportHook<importedImpersonateSelf> m_impersonate{[this](SECURITY_IMPERSONATION_LEVEL level) {
         trace += "impersonate ";
         EXPECT_EQ(level, SecurityImpersonation);
+        EXPECT_TRUE(!callersToken || !m_isClient) << "a client may lack the right to open the token of the process";
         const BOOL done = m_impersonate.original(level);
         m_impersonations += done ? 1 : 0;
         return done;
     }};
     const test::ImportHook<importedRevertToSelf> m_revert{[this] {
         trace += "revert ";
+        if (callersToken && m_isClient) {
+            m_isClient = false;
+            return TRUE;
+        }
         ++m_reversions;
         return m_revert.original();
     }};
@@ -146,6 +152,7 @@ private:
         EXPECT_EQ(token, callersToken);
         EXPECT_TRUE(m_openTokens.contains(token));
         trace += "restore ";
+        m_isClient = true;
         return TRUE;
     }};
     const test::ImportHook<importedOpenProcessToken> m_openProcessToken{
@@ -266,11 +273,11 @@ struct ImpersonationCase {
 };
 
 const ImpersonationCase kImpersonationCases[] = {
-    {"AccessGranted", 0, false, true, "keep impersonate thread8 revert restore "},
-    {"AccessDenied", 0, false, false, "keep impersonate thread8 revert restore "},
-    {"TokenCannotBeOpenedForQueries", 0, true, false, "keep impersonate thread8 revert restore "},
+    {"AccessGranted", 0, false, true, "keep revert impersonate thread8 revert restore "},
+    {"AccessDenied", 0, false, false, "keep revert impersonate thread8 revert restore "},
+    {"TokenCannotBeOpenedForQueries", 0, true, false, "keep revert impersonate thread8 revert restore "},
     {"OnlyTheImpersonatedClientMayOpenTheToken", 1, false, true,
-     "keep keepasclient impersonate thread8 revert restore "},
+     "keep keepasclient revert impersonate thread8 revert restore "},
     {"CallersTokenCannotBeOpened", 2, false, false, "keep keepasclient "},
 };
 
@@ -289,8 +296,15 @@ TEST_P(IsAdminKeepsTheImpersonation, OnEveryPath) {
 
 INSTANTIATE_TEST_SUITE_P(Each, IsAdminKeepsTheImpersonation, testing::ValuesIn(kImpersonationCases), test::caseName);
 
-TEST_F(IsAdminOfAnImpersonatingThread, FailedImpersonationLeavesTheThreadUnchanged) {
+TEST_F(IsAdminOfAnImpersonatingThread, KeepsTheTokenIfTheThreadCannotImpersonateItsProcess) {
     const auto failing = failCalls<importedImpersonateSelf>();
+    EXPECT_FALSE(vorel::IsAdmin());
+    EXPECT_EQ(trace, "keep revert restore ");
+    EXPECT_FALSE(log.exists());
+}
+
+TEST_F(IsAdminOfAnImpersonatingThread, KeepsTheTokenIfTheThreadCannotRevert) {
+    const auto failing = failCalls<importedRevertToSelf>();
     EXPECT_FALSE(vorel::IsAdmin());
     EXPECT_EQ(trace, "keep ");
 }

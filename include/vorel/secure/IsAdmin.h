@@ -10,9 +10,10 @@ namespace vorel {
 ///
 /// The result is about the user of the process, even if the calling thread impersonates another user. During the call
 /// the thread impersonates its own process. Afterwards the thread's token is restored. If the thread had no token, it
-/// has none again. If the thread's token cannot be opened, the call returns false and changes nothing. If the token
-/// cannot be restored, the call returns false, a warning in the error log gives the reason, and the thread acts as its
-/// process. So a program that acts for a client should check the thread's token after a false result. Thread-safe.
+/// has none again. If the thread's token cannot be opened or removed, the call returns false and changes nothing. If
+/// the token cannot be restored, the call returns false, a warning in the error log gives the reason, and the thread
+/// acts as its process. So a program that acts for a client should check the thread's token after a false result.
+/// Thread-safe.
 VOREL_API bool IsAdmin() noexcept;
 
 }  // namespace vorel
