@@ -1,6 +1,7 @@
 #include "vorel/sync/AutoMutex.h"
 
 #include <cstring>
+#include <iterator>
 #include <string>
 #include <string_view>
 
@@ -37,9 +38,11 @@ public:
     /// \throws MemoryException
     explicit FullName(const wchar_t* name) {
         constexpr std::wstring_view kNamespace = L"Global\\";
-        const std::size_t bytes = (std::char_traits<wchar_t>::length(name) + 1) * sizeof(wchar_t);
-        if (bytes <= sizeof m_short - kNamespace.size() * sizeof(wchar_t)) {
-            std::memcpy(m_short + kNamespace.copy(m_short, kNamespace.size()), name, bytes);
+        const std::size_t length = std::char_traits<wchar_t>::length(name);
+        if (length < std::size(m_short) - kNamespace.size()) {
+            wchar_t* const end = m_short + kNamespace.copy(m_short, kNamespace.size());
+            std::memcpy(end, name, length * sizeof(wchar_t));
+            end[length] = 0;  // not copied, because the name may have grown since its length was read
         } else {
             m_long = kNamespace.data();
             m_long += name;

@@ -105,6 +105,7 @@ extern decltype(&::__stdio_common_vswprintf) importedStdioCommonVswprintf __asm_
 extern decltype(&::_sopen_s) importedSopenS __asm__("__imp__sopen_s");
 extern decltype(&::_time64) importedTime64 __asm__("__imp__time64");
 extern decltype(&::_unlink) importedUnlink __asm__("__imp__unlink");
+extern decltype(&::wcslen) importedWcslen __asm__("__imp_wcslen");
 extern decltype(&::wcstombs) importedWcstombs __asm__("__imp_wcstombs");
 }
 

@@ -178,6 +178,28 @@ TEST_F(AutoMutexSteps, NameOfAnyLengthIsPrefixedWithTheGlobalNamespace) {
     }
 }
 
+TEST_F(AutoMutexSteps, NameThatGrowsDuringTheCallIsTerminated) {
+    std::wstring created;
+    const ImportHook<importedCreateMutexW> create(
+        [&](LPSECURITY_ATTRIBUTES attributes, BOOL isOwned, const wchar_t* name) {
+            created = name;
+            return create.original(attributes, isOwned, L"Global\\vorel_growing");
+        });
+    for (const std::size_t length : {0u, 10u, 253u}) {
+        std::wstring name(length, L'n');
+        name += std::wstring(L"\0more", 5);
+        const ImportHook<importedWcslen> grow([&](const wchar_t* text) {
+            const std::size_t units = grow.original(text);
+            if (text == name.data()) {
+                name[length] = L'x';
+            }
+            return units;
+        });
+        const AutoMutex mutex(name.c_str(), false, false);
+        EXPECT_EQ(created, L"Global\\" + std::wstring(length, L'n'));
+    }
+}
+
 TEST_F(AutoMutexSteps, TimeoutIsPassedToTheSystemUnchanged) {
     std::vector<DWORD> waitsMs;
     {
