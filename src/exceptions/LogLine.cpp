@@ -17,6 +17,9 @@ namespace {
 
 constexpr std::size_t kEndBytes = 2;  // line feed and terminator
 
+/// The largest piece. The runtime prints at most INT_MAX bytes of a text, and a limit saves memory.
+constexpr std::size_t kMaxPieceBytes = std::size_t{16} << 20;
+
 const wchar_t* messageOf(const wchar_t* message) noexcept {
     return message ? message : L"NULL Message";
 }
@@ -40,7 +43,8 @@ LogLine::LogLine(const char* prefix, const wchar_t* message, bool withMillisecon
     : m_prefix(prefix ? prefix : "NULL Method"), m_message(messageOf(message), -1), m_capacity(sizeof m_buffer) {
     renderHeader(withMilliseconds);
     const std::size_t units = std::char_traits<wchar_t>::length(messageOf(message));
-    const std::size_t needed = m_header.size() + m_prefix.size() + units * algorithms::kMaxUtf8BytesPerUnit + kEndBytes;
+    const std::size_t needed = std::min(
+        m_header.size() + m_prefix.size() + units * algorithms::kMaxUtf8BytesPerUnit + kEndBytes, kMaxPieceBytes);
     if (needed > m_capacity) {
         m_heap.reset(static_cast<char*>(std::malloc(needed)));
         m_capacity = m_heap ? needed : m_capacity;
@@ -57,14 +61,14 @@ bool LogLine::next() noexcept {
 }
 
 void LogLine::renderHeader(bool withMilliseconds) noexcept {
-    const platform::LocalTimeText time;
+    const platform::LocalTimeText time(withMilliseconds);
     const platform::ComputerName computer = platform::ComputerName::remembered();
     char* out = m_headerText;
     *out++ = '[';
     out = put(out, time.text);
     *out++ = ']';
     if (withMilliseconds) {
-        out = putMilliseconds(out, static_cast<unsigned int>(platform::millisecondsUtc() % 1000));
+        out = putMilliseconds(out, time.milliseconds);
     }
     *out++ = ' ';
     out = put(out, computer.text);

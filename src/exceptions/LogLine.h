@@ -11,8 +11,9 @@
 
 namespace vorel::detail {
 
-/// A line is usually one piece: a short line is rendered on the stack, a long line on the heap. If the heap allocation
-/// fails, a long line is rendered on the stack in several pieces.
+/// A line is usually one piece: a short line is rendered on the stack, a long line on the heap. A line that may exceed
+/// 16 MiB is rendered in several pieces. If the heap allocation fails, a long line is rendered on the stack in several
+/// pieces.
 class LogLine {
 public:
     /// `prefix` and `message` must outlive the object. Null is rendered as "NULL Method" and "NULL Message".

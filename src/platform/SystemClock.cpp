@@ -13,20 +13,29 @@ namespace {
 
 constexpr std::uint64_t kSecond = 10000000;  // in units of a file time
 
-/// The current second since 1970. Reading the system's coarse clock is ten times as fast as reading the runtime's
-/// clock, but the coarse clock lags by up to one tick, usually 16 ms. If the coarse clock is in the last tenth of a
-/// second, the next second may already have begun, so the runtime's clock is used.
-__time64_t secondsNow() noexcept {
+/// A time since 1970.
+struct UnixTime {
+    __time64_t seconds;
+    unsigned int milliseconds;
+};
+
+/// The current time. Reading the system's coarse clock is ten times as fast as reading the runtime's clock, but the
+/// coarse clock lags by up to one tick, usually 16 ms. If the coarse clock is in the last tenth of a second, the next
+/// second may already have begun. So if only the seconds are needed, they are then read from the runtime's clock.
+/// Seconds and milliseconds of two clocks could differ by almost a second, so with milliseconds, the coarse clock is
+/// always used.
+UnixTime timeNow(bool withMilliseconds) noexcept {
     constexpr std::uint64_t kMaxLag = kSecond / 10;
     try {
         const std::uint64_t coarse = fileTimeNow();
-        if (coarse % kSecond < kSecond - kMaxLag) {
-            return static_cast<__time64_t>(algorithms::unixMilliseconds(coarse) / 1000);
+        if (withMilliseconds || coarse % kSecond < kSecond - kMaxLag) {
+            const std::uint64_t milliseconds = algorithms::unixMilliseconds(coarse);
+            return {static_cast<__time64_t>(milliseconds / 1000), static_cast<unsigned int>(milliseconds % 1000)};
         }
     } catch (...) {
         // A hooked system call may throw, but a line of the log must not fail.
     }
-    return _time64(nullptr);
+    return {_time64(nullptr), 0};
 }
 
 /// The position of the line feed in the runtime's text of a time. The line feed is removed.
@@ -61,10 +70,11 @@ bool formatTime(const std::tm& time, char* buffer, std::size_t size) noexcept {
     return true;
 }
 
-LocalTimeText::LocalTimeText() noexcept {
-    const __time64_t now = secondsNow();
+LocalTimeText::LocalTimeText(bool withMilliseconds) noexcept {
+    const UnixTime now = timeNow(withMilliseconds);
+    milliseconds = now.milliseconds;
     std::tm local = {};
-    if (_localtime64_s(&local, &now) != 0 || !formatTime(local, text, sizeof text)) {
+    if (_localtime64_s(&local, &now.seconds) != 0 || !formatTime(local, text, sizeof text)) {
         text[0] = 0;
     }
 }

@@ -22,9 +22,10 @@ bool formatTime(const std::tm& time, char* buffer, std::size_t size) noexcept;
 
 /// The current local time as text; empty if it is not available.
 struct LocalTimeText {
-    LocalTimeText() noexcept;
+    explicit LocalTimeText(bool withMilliseconds) noexcept;
 
     char text[26] = {};
+    unsigned int milliseconds;  ///< of the second in `text`, 0 to 999; meaningful only with `withMilliseconds`
 };
 
 }  // namespace vorel::platform

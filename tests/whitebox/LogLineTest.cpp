@@ -4,9 +4,12 @@
 
 #include "exceptions/LogLine.h"
 
+#include <stdexcept>
 #include <string>
 
 #include <gtest/gtest.h>
+
+#include "support/ImportHook.h"
 
 namespace {
 
@@ -39,6 +42,38 @@ TEST(LogLine, IsRenderedAsOnePieceAtAnyLength) {
             }
         }
     }
+}
+
+// The runtime prints at most INT_MAX bytes of a text.
+TEST(LogLine, IsRenderedInPiecesAbove16Mebibytes) {
+    constexpr std::size_t kMaxPiece = std::size_t{16} << 20;
+    const std::wstring text((kMaxPiece + 100) / 3, L'\x20AC');
+    std::string expected = ": P";
+    for (std::size_t unit = 0; unit != text.size(); ++unit) {
+        expected += "\xE2\x82\xAC";
+    }
+    expected += '\n';
+    LogLine line("P", text.c_str(), false);
+    std::string rendered;
+    int pieces = 0;
+    do {
+        const std::string piece = line.piece();
+        EXPECT_LT(piece.size(), kMaxPiece);
+        rendered += piece;
+        ++pieces;
+    } while (line.next());
+    EXPECT_EQ(pieces, 2);
+    EXPECT_TRUE(rendered.ends_with(expected));
+    EXPECT_LT(rendered.size() - expected.size(), 70u);
+}
+
+TEST(LogLine, HasZeroMillisecondsIfTheClockThrows) {
+    const test::ImportHook<importedGetSystemTimeAsFileTime> throwing(
+        [](FILETIME*) { throw std::runtime_error("not of the library"); });
+    const LogLine line("P", L"text", true);
+    const std::string piece = line.piece();
+    EXPECT_NE(piece.find("].000 "), std::string::npos) << piece;
+    EXPECT_TRUE(piece.ends_with(": Ptext\n"));
 }
 
 }  // namespace

@@ -133,20 +133,20 @@ TEST(SystemClock, All32BitsOfTheTickCountAreReturned) {
 TEST(SystemClock, LocalTimeText_IsEmptyIfTheRuntimeFails) {
     {
         const test::ImportHook<importedLocaltime64S> localTime([](std::tm*, const __time64_t*) { return EINVAL; });
-        EXPECT_STREQ(LocalTimeText().text, "");
+        EXPECT_STREQ(LocalTimeText(false).text, "");
     }
     const test::ImportHook<importedAsctimeS> timeText([](char* buffer, std::size_t, const std::tm*) {
         *buffer = 'x';
         return EINVAL;
     });
-    EXPECT_STREQ(LocalTimeText().text, "");
+    EXPECT_STREQ(LocalTimeText(false).text, "");
 }
 
 TEST(SystemClock, LocalTimeText_IsTheCurrentTimeInTheLocalTimeZone) {
     const test::TimeZone zone;
     for (;;) {
         const __time64_t before = _time64(nullptr);
-        const LocalTimeText now;
+        const LocalTimeText now(false);
         if (_time64(nullptr) != before) {
             continue;  // a new second has started
         }
@@ -175,7 +175,7 @@ TEST(SystemClock, LocalTimeText_UsesTheRuntimesClockOnlyNearTheEndOfASecond) {
         const test::ImportHook<importedGetSystemTimeAsFileTime> clock([&](FILETIME* out) {
             *out = {static_cast<DWORD>(c.coarse), static_cast<DWORD>(c.coarse >> 32)};
         });
-        EXPECT_STREQ(LocalTimeText().text, c.text) << c.coarse - kTime;
+        EXPECT_STREQ(LocalTimeText(false).text, c.text) << c.coarse - kTime;
     }
 }
 
@@ -184,7 +184,37 @@ TEST(SystemClock, LocalTimeText_UsesTheRuntimesClockIfTheSystemsClockThrows) {
     const test::ImportHook<importedTime64> precise([](__time64_t*) { return __time64_t{1234567890}; });
     const test::ImportHook<importedGetSystemTimeAsFileTime> throwing(
         [](FILETIME*) { throw std::runtime_error("not of the library"); });
-    EXPECT_STREQ(LocalTimeText().text, "Sat Feb 14 04:31:30 2009");
+    for (const bool withMilliseconds : {false, true}) {
+        const LocalTimeText now(withMilliseconds);
+        EXPECT_STREQ(now.text, "Sat Feb 14 04:31:30 2009");
+        EXPECT_EQ(now.milliseconds, 0u);
+    }
+}
+
+// Two readings, or readings of two clocks, could belong to different seconds.
+TEST(SystemClock, LocalTimeText_TakesSecondsAndMillisecondsFromOneReading) {
+    constexpr std::uint64_t kSecond = 10000000;                            // in units of a file time
+    constexpr std::uint64_t kTime = (11644473600 + 1234567890) * kSecond;  // 2009-02-13 23:31:30 UTC
+    struct Case {
+        std::uint64_t first;  // the reading after it is in the next second
+        const char* text;
+        unsigned int milliseconds;
+    };
+    const test::TimeZone zone;
+    const test::ImportHook<importedTime64> precise([](__time64_t*) { return __time64_t{1234567899}; });
+    for (const Case& c :
+         {Case{kTime, "Sat Feb 14 04:31:30 2009", 0}, Case{kTime + 70000, "Sat Feb 14 04:31:30 2009", 7},
+          Case{kTime + 8999999, "Sat Feb 14 04:31:30 2009", 899},
+          Case{kTime + 9999999, "Sat Feb 14 04:31:30 2009", 999}}) {
+        std::uint64_t time = c.first;
+        const test::ImportHook<importedGetSystemTimeAsFileTime> clock([&](FILETIME* out) {
+            *out = {static_cast<DWORD>(time), static_cast<DWORD>(time >> 32)};
+            time += kSecond;
+        });
+        const LocalTimeText now(true);
+        EXPECT_STREQ(now.text, c.text) << c.first - kTime;
+        EXPECT_EQ(now.milliseconds, c.milliseconds);
+    }
 }
 
 TEST(SystemClock, ExceptionsAreRecordedWithTheNameOfTheFunction) {
