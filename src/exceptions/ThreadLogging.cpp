@@ -42,8 +42,8 @@ void setSilenced(detail::LogState& state, unsigned long thread, bool silenced) n
 }
 
 /// The system calls this function with the id of a silenced thread when the thread ends. It also calls the function
-/// when a fiber is deleted. Such a call must have no effect, so calls on a fiber are ignored. For this reason, a thread
-/// that ends as a fiber stays in the table.
+/// when the thread's first fiber is deleted. Such a call must have no effect, so calls on a fiber are ignored. For this
+/// reason, a thread that ends as a fiber stays in the table.
 void CALLBACK endThread(void* id) {
     const auto thread = static_cast<unsigned long>(reinterpret_cast<std::uintptr_t>(id));
     detail::LogState* const state = detail::logState.get();
@@ -73,7 +73,9 @@ void Exception::DisableThreadErrorLogging(bool disable) noexcept {
         setSilenced(*state, GetCurrentThreadId(), disable);
     }
     if (const detail::SilencedThreadEnds* const ends = detail::silencedThreadEnds.get()) {
-        ends->watch(disable);
+        // A value that a fiber stores belongs to the fiber and not to the thread. When the fiber is deleted, the system
+        // would call `endThread` although the thread continues.
+        ends->watch(disable && !IsThreadAFiber());
     }
 }
 

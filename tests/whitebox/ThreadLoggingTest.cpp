@@ -156,15 +156,22 @@ void CALLBACK silenceAndSwitchBack(void* caller) {
 
 TEST(SilencedThreads, StaySilencedWhenTheSilencingFiberIsDeleted) {
     const test::TemporaryLog log;
-    std::thread([] {
-        void* const main = ConvertThreadToFiber(nullptr);
-        void* const fiber = CreateFiber(0, &silenceAndSwitchBack, main);
-        SwitchToFiber(fiber);
-        DeleteFiber(fiber);
-        EXPECT_TRUE(Exception::IsThreadErrorLoggingDisabled());
-        Exception::DisableThreadErrorLogging(false);
-        ConvertFiberToThread();
-    }).join();
+    for (const bool isDeletedByAFiber : {true, false}) {
+        std::thread([=] {
+            void* const main = ConvertThreadToFiber(nullptr);
+            void* const fiber = CreateFiber(0, &silenceAndSwitchBack, main);
+            SwitchToFiber(fiber);
+            if (!isDeletedByAFiber) {
+                ConvertFiberToThread();
+            }
+            DeleteFiber(fiber);
+            EXPECT_TRUE(Exception::IsThreadErrorLoggingDisabled()) << isDeletedByAFiber;
+            Exception::DisableThreadErrorLogging(false);
+            if (isDeletedByAFiber) {
+                ConvertFiberToThread();
+            }
+        }).join();
+    }
 }
 
 }  // namespace
