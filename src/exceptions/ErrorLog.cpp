@@ -174,7 +174,12 @@ void Exception::MirrorErrorMessage(const char* logPath, long long maxSize, const
     LinePath path(logPath == ErrorLogLocation ? nullptr : logPath);
     long long limit = maxSize < 1 ? CurrentLogSize : maxSize;
     if (path.empty()) {
-        SetErrorLogLocation(detail::kDefaultLogPath, 0);
+        withSettings([&path] {
+            path.readLocation();  // again, because another thread may be setting the location
+            if (path.empty()) {
+                SetErrorLogLocation(detail::kDefaultLogPath, 0);
+            }
+        });
         path.readLocation();
         limit = -1;  // the first line of a log that was never configured is written without a size check
     }
@@ -200,7 +205,10 @@ void Exception::SetErrorLogLocation(const char* path, long long size) noexcept {
             CurrentLogSize = size;
         }
         detail::LogPath::write(path);
-        detail::installInvalidParameterHandler(&Invalid_Parameter_Handler);
+        // Without this object, the handler would stay installed after the module is unloaded.
+        if (detail::currentInvalidParameterHandler.get()) {
+            detail::installInvalidParameterHandler(&Invalid_Parameter_Handler);
+        }
     });
 }
 

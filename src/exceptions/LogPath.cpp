@@ -43,15 +43,16 @@ bool hasZeroByte(Word word) noexcept {
 void LogPath::write(const char* path) noexcept {
     char bytes[kLogPathBytes] = {};
     std::memcpy(bytes, path ? path : "", path ? strnlen(path, kLogPathBytes - 1) : 0);
-    const unsigned int version = LogPathVersion.load(std::memory_order_relaxed);
-    LogPathVersion.store(version + 1, std::memory_order_relaxed);
+    // The counter is already odd if a writer was killed, or if another thread writes without the lock.
+    const unsigned int version = LogPathVersion.load(std::memory_order_relaxed) | 1;
+    LogPathVersion.store(version, std::memory_order_relaxed);
     std::atomic_thread_fence(std::memory_order_release);
     for (std::size_t index = 0; index < kWords; ++index) {
         Word word = 0;
         std::memcpy(&word, bytes + index * sizeof word, sizeof word);
         sharedWord(Exception::ErrorLogLocation, index).store(word, std::memory_order_relaxed);
     }
-    LogPathVersion.store(version + 2, std::memory_order_release);
+    LogPathVersion.store(version + 1, std::memory_order_release);
 }
 
 void LogPath::read(char (&path)[kLogPathBytes]) noexcept {

@@ -100,6 +100,17 @@ TEST(Location, LocationAndLimitAreSetUnderTheLock) {
     test::expectPasses(vorel::detail::logState.get()->LogSettingsLock, [] { Exception::warn("text"); });
 }
 
+TEST(Location, IsNotReplacedByTheDefaultIfAnotherThreadSetsItBeforeTheFirstLine) {
+    const TemporaryLog log;
+    const char* const none = nullptr;
+    Exception::SetErrorLogLocation(none, 0);
+    test::expectWaitsFor(
+        vorel::detail::logState.get()->LogSettingsLock, [] { Exception::warn("text"); },
+        [&] { Exception::SetErrorLogLocation(log.path().c_str(), 0); });
+    EXPECT_EQ(location(), log.path());
+    EXPECT_EQ(log.messages(), std::vector<std::string>{"WARN: text"});
+}
+
 TEST(Location, MayBeSetToAPartOfItself) {
     const TemporaryLog log;
     Exception::SetErrorLogLocation(location() + 1, 0);
@@ -158,6 +169,17 @@ TEST(Location, IsReadAfterATimeoutIfItsWriterWasKilled) {
     EXPECT_EQ(readLocation(), "C:\\path.log");
     EXPECT_EQ(sleptMs, 500u);
     ++LogPathVersion;
+}
+
+TEST(Location, IsReadWithoutAWaitIfItWasSetAfterAWriterWasKilled) {
+    const TemporaryLog log;
+    ++vorel::detail::LogPathVersion;
+    Exception::SetErrorLogLocation("C:\\path.log", 0);
+    int waits = 0;
+    const test::ImportHook<importedSwitchToThread> yields([&] { return ++waits != 0; });
+    const test::ImportHook<importedSleep> sleeps([&](DWORD) { ++waits; });
+    EXPECT_EQ(readLocation(), "C:\\path.log");
+    EXPECT_EQ(waits, 0);
 }
 
 TEST(Location, IsNeverReadAsAMixtureOfTwoPaths) {

@@ -3,6 +3,7 @@
 /// first call in the object's constructor creates the library's state. In the object's destructor, the state no longer
 /// exists. Only a program that links the static library can have such an object.
 
+#include <cstdlib>
 #include <cstring>
 #include <string>
 #include <vector>
@@ -34,8 +35,10 @@ public:
     ~FirstAndLast() {
         if (m_active) {
             Exception::SetErrorLogSize(100000);
+            _set_invalid_parameter_handler(nullptr);
             Exception::SetErrorLogLocation("late.txt", 0);
             logAll("last");
+            Exception::warn("invalid-parameter handler: %s", _get_invalid_parameter_handler() ? "installed" : "none");
         }
     }
 
@@ -63,7 +66,8 @@ TEST(LateLogging, WorksBeforeAndAfterTheLifetimeOfTheLibrarysGlobalObjects) {
     EXPECT_EQ(test::readLogMessages(folder.file("errors.txt")),
               (Texts{"Vorel Error: first, state: created", "DEBUG: Late: target: first"}));
     EXPECT_EQ(test::readLogMessages(folder.file("late.txt")),
-              (Texts{"Vorel Error: last, state: destroyed", "WARN: last, silenced: 0"}));
+              (Texts{"Vorel Error: last, state: destroyed", "WARN: last, silenced: 0",
+                     "WARN: invalid-parameter handler: none"}));
 }
 
 }  // namespace
