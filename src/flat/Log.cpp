@@ -5,7 +5,9 @@
 
 #include <windows.h>
 
+#include <cstdlib>
 #include <cstring>
+#include <string_view>
 
 #include "exceptions/LogPath.h"
 #include "flat/Call.h"
@@ -56,8 +58,21 @@ Array<char> prefixOf(std::string_view front, std::wstring_view back) {
     return prefix;
 }
 
-/// The path in the process's code page, with a terminator. The array is empty if the code page lacks a character of the
-/// path, or if the path contains an unpaired surrogate.
+/// The code page in which the runtime reads paths: UTF-8 if the locale uses it, otherwise a code page of the process.
+UINT pathCodePage() noexcept {
+    // The runtime has no documented function that returns the code page of its locale. In UTF-8, and in no other code
+    // page, U+4E00 has these bytes.
+    constexpr std::string_view kUtf8 = "\xE4\xB8\x80";
+    char bytes[8];
+    const std::size_t size = std::wcstombs(bytes, L"\x4E00", sizeof bytes);
+    if (size == kUtf8.size() && std::memcmp(bytes, kUtf8.data(), size) == 0) {
+        return CP_UTF8;
+    }
+    return AreFileApisANSI() ? GetACP() : GetOEMCP();
+}
+
+/// The path in the code page of the runtime's paths, with a terminator. The array is empty if the code page lacks a
+/// character of the path, or if the path contains an unpaired surrogate.
 Array<char> narrowPath(std::wstring_view path) {
     Array<char> bytes;
     if (path.empty()) {
@@ -69,14 +84,15 @@ Array<char> narrowPath(std::wstring_view path) {
     // UTF-8 has every character. So if the code page is UTF-8, only an unpaired surrogate cannot be converted. For
     // UTF-8, the system call accepts no pointer to `replaced` and only the flag WC_ERR_INVALID_CHARS, which makes the
     // call fail if the text contains an unpaired surrogate.
-    BOOL* const asked = GetACP() == CP_UTF8 ? nullptr : &replaced;
+    const UINT page = pathCodePage();
+    BOOL* const asked = page == CP_UTF8 ? nullptr : &replaced;
     const DWORD flags = asked ? WC_NO_BEST_FIT_CHARS : WC_ERR_INVALID_CHARS;
-    const int size = WideCharToMultiByte(CP_ACP, flags, path.data(), units, nullptr, 0, nullptr, asked);
+    const int size = WideCharToMultiByte(page, flags, path.data(), units, nullptr, 0, nullptr, asked);
     if (size <= 0 || replaced) {
         return bytes;
     }
     bytes.setCount(static_cast<unsigned int>(size) + 1);
-    WideCharToMultiByte(CP_ACP, flags, path.data(), units, bytes.data(), size, nullptr, nullptr);
+    WideCharToMultiByte(page, flags, path.data(), units, bytes.data(), size, nullptr, nullptr);
     return bytes;
 }
 
@@ -87,7 +103,7 @@ vorel_status vorel_log_set_path(const vorel_char16* path, size_t length) {
         const WideText wide(path, length);
         const Array<char> narrow = narrowPath(wide.view());
         if (narrow.empty()) {
-            return fail(VOREL_ERROR_INVALID_TEXT, L"The path contains a character that the process's code page lacks");
+            return fail(VOREL_ERROR_INVALID_TEXT, L"The path contains a character that the code page for paths lacks");
         }
         if (narrow.size() > kLogPathBytes) {
             return fail(VOREL_ERROR_INVALID_ARGUMENT, L"The path is too long");
@@ -104,7 +120,7 @@ vorel_status vorel_log_path(vorel_char16* path, size_t capacity, size_t* length)
         vorel::detail::LogPath::readOrDefault(narrow);
         wchar_t wide[kLogPathBytes];
         const int units =
-            MultiByteToWideChar(CP_ACP, 0, narrow, static_cast<int>(std::strlen(narrow)), wide, kLogPathBytes);
+            MultiByteToWideChar(pathCodePage(), 0, narrow, static_cast<int>(std::strlen(narrow)), wide, kLogPathBytes);
         return out.write(std::wstring_view(wide, static_cast<std::size_t>(units)));
     });
 }

@@ -1,6 +1,7 @@
 #include "vorel/flat/Log.h"
 
 #include <atomic>
+#include <cstdio>
 #include <string>
 #include <string_view>
 #include <thread>
@@ -11,6 +12,8 @@
 #include <windows.h>
 
 #include "flat/FlatCalls.h"
+#include "support/LocaleSet.h"
+#include "support/SystemText.h"
 #include "support/TemporaryLog.h"
 #include "support/Together.h"
 #include "support/WideText.h"
@@ -112,6 +115,41 @@ TEST(FlatLog, AcceptsOnlyPathsThatTheCodePageCanEncode) {
     EXPECT_EQ(setPath(log.folder().widePath() + L"\\\u0101.txt"), VOREL_ERROR_INVALID_TEXT)
         << "U+0101 must not be replaced by a similar letter";
     EXPECT_EQ(logPath(), path) << "a rejected path must not replace the current path";
+    log.use();
+}
+
+/// Whether the runtime reads paths as UTF-8. Wine's runtime does not, even if the locale uses UTF-8.
+bool runtimeReadsPathsAsUtf8(const test::TemporaryFolder& folder) {
+    const std::wstring name = folder.widePath() + L"\\probe \u4E00";
+    std::FILE* const file = std::fopen(test::utf8(name).c_str(), "w");
+    if (file) {
+        std::fclose(file);
+    }
+    return DeleteFileW(name.c_str()) != FALSE;
+}
+
+TEST(FlatLog, UsesUtf8ForPathsIfTheLocaleDoes) {
+    const TemporaryLog log;
+    const test::LocaleSet locale(".UTF8");
+    ASSERT_TRUE(locale.isSet());
+    const std::wstring path = log.folder().widePath() + L"\\caf\u00E9 \u4E00 \U0001F600.txt";
+    EXPECT_EQ(setPath(path), VOREL_OK);
+    EXPECT_EQ(logPath(), path);
+    EXPECT_EQ(setPath(log.folder().widePath() + L"\\\xD800.txt"), VOREL_ERROR_INVALID_TEXT);
+    EXPECT_EQ(logPath(), path) << "a rejected path must not replace the current path";
+    log.use();
+}
+
+TEST(FlatLog, WritesToAPathInUtf8IfTheLocaleUsesUtf8) {
+    const TemporaryLog log;
+    const test::LocaleSet locale(".UTF8");
+    if (!runtimeReadsPathsAsUtf8(log.folder())) {
+        GTEST_SKIP() << "the runtime reads paths in the code page of the process";
+    }
+    const std::wstring path = log.folder().widePath() + L"\\\u4E00.txt";
+    EXPECT_EQ(setPath(path), VOREL_OK);
+    EXPECT_EQ(write(L"", L"there"), VOREL_OK);
+    EXPECT_NE(GetFileAttributesW(path.c_str()), INVALID_FILE_ATTRIBUTES);
     log.use();
 }
 

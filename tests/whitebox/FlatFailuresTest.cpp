@@ -223,9 +223,9 @@ TEST(FlatLogPath, InAUtf8ProcessOnlyAnUnpairedSurrogateIsRejected) {
     const ImportHook<importedWideCharToMultiByte> toBytes([&](UINT page, DWORD flags, LPCWCH text, int units, LPSTR out,
                                                               int capacity, LPCCH replacement, LPBOOL replaced) {
         ++conversions;
-        EXPECT_EQ(page, UINT{CP_ACP});
+        EXPECT_EQ(page, UINT{CP_UTF8});
         EXPECT_EQ(replaced, nullptr) << "the system rejects other values if the code page is UTF-8";
-        return toBytes.original(CP_UTF8, flags, text, units, out, capacity, replacement, replaced);
+        return toBytes.original(page, flags, text, units, out, capacity, replacement, replaced);
     });
     EXPECT_EQ(setPath(L"somewhere.txt"), VOREL_OK);
     EXPECT_EQ(conversions, 2);

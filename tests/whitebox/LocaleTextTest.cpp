@@ -4,37 +4,20 @@
 #include "exceptions/LocaleText.h"
 
 #include <algorithm>
-#include <clocale>
 #include <iterator>
 #include <string>
 
 #include <gtest/gtest.h>
 
 #include "support/ImportHook.h"
+#include "support/LocaleSet.h"
 
 namespace {
 
+using test::LocaleSet;
 using vorel::BaseString;
 using vorel::detail::mbs2wcs;
 using vorel::detail::wcs2mbs;
-
-/// Sets a locale. The destructor restores the previous locale.
-class LocaleSet {
-public:
-    explicit LocaleSet(const char* name) : m_before(std::setlocale(LC_CTYPE, nullptr)) {
-        m_isSet = std::setlocale(LC_CTYPE, name) != nullptr;
-    }
-    ~LocaleSet() { std::setlocale(LC_CTYPE, m_before.c_str()); }
-
-    LocaleSet(const LocaleSet&) = delete;
-    LocaleSet& operator=(const LocaleSet&) = delete;
-
-    [[nodiscard]] bool isSet() const { return m_isSet; }
-
-private:
-    std::string m_before;
-    bool m_isSet;
-};
 
 std::wstring widened(const char* source) {
     BaseString<wchar_t> target(L"text before");
