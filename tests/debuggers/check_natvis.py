@@ -101,7 +101,7 @@ def main():
     try:
         root = ElementTree.parse(views).getroot()
         types = root.findall(NAMESPACE + "Type")
-        viewed = {re.split(r"[<]", node.get("Name"))[0].removeprefix("vorel::") for node in types}
+        viewed = {re.sub(r"<.*>", "", node.get("Name")).removeprefix("vorel::") for node in types}
         missing = {"BaseString", "Array", "HashMap", "Exception"} - viewed
         if root.tag != NAMESPACE + "AutoVisualizer" or missing:
             raise Failure("the root element is wrong, or these classes have no view: %s" % ", ".join(sorted(missing)))
