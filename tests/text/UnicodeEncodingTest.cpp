@@ -216,7 +216,10 @@ TEST(UnicodeEncoding, ReadsNothingPastTheEnd) {
         {L"\xD83D\xDE00", 2},
         {L"\xD83D" + zero, -1},
         {L"\xDE00", 1},
+        {std::wstring(32, L'a'), 32},
         {std::wstring(33, L'a'), 33},
+        {std::wstring(64, L'a'), 64},
+        {std::wstring(96, L'\xE9'), 96},
         {std::wstring(300, L'\x20AC') + zero, -1},
     };
     test::PageEdge<wchar_t> edge(4096);
