@@ -97,6 +97,19 @@ TEST(MessageGroupsTest, TrailsAreComparedUpToTheLimit) {
     EXPECT_EQ(groups.size(), 3u);
 }
 
+TEST(MessageGroupsTest, FormOfAMessageLeavesTheEarlierPartsOfAGroupIntact) {
+    const std::string message = "1.23456789abc6";  // a number and a hexadecimal word
+    MessageGroups groups;
+    groups.add(recordOf(header() + message), 0);
+    groups.add(recordOf(header() + "WARN: " + message), 0);
+    Trail trail;
+    trail.records = {recordOf(header() + "Vorel Error: a b c d"), recordOf(header() + "Vorel Error: " + message)};
+    trail.isException = true;
+    groups.add(trail, 0);
+    EXPECT_THAT(messagesOf(groups), ElementsAre("1 : ##", "1 Vorel Error: a b c d", "1 WARN: ##"));
+    EXPECT_THAT(groups.sorted()[1]->trail, ElementsAre("##"));
+}
+
 TEST(ProcessSetTest, ProcessesBeyondTheLimitAreCountedAsOneProcess) {
     ProcessSet set;
     set.add(3, true);

@@ -123,16 +123,18 @@ private:
     void replace(std::size_t end, std::string_view by) {
         m_out += by;
         m_done = end;
+        m_replacedEnd = end;
     }
 
     [[nodiscard]] Class classAt(std::size_t at) const noexcept {
         return at < m_text.size() ? classOf(m_text[at]) : kOther;
     }
 
-    /// Processes the word that has its first digit at `at`.
+    /// Processes the word that has its first digit at `at`. The word may start directly after replaced text, such as
+    /// "ms2" in "1.5ms2".
     std::size_t word(std::size_t at) {
         std::size_t start = at;
-        while (start != 0 && isWord(classAt(start - 1))) {
+        while (start != m_replacedEnd && isWord(classAt(start - 1))) {
             --start;
         }
         std::size_t end = at;
@@ -262,6 +264,7 @@ private:
     std::string& m_out;
     std::string_view m_text;
     std::size_t m_done = 0;                 ///< the form of the text before this position is written
+    std::size_t m_replacedEnd = 0;          ///< end of the last number, id or path that was replaced
     std::size_t m_tokenAt = 0;              ///< start of the current token in the text
     std::size_t m_tokenOut = m_out.size();  ///< start of the current token in the form
 };
