@@ -215,8 +215,8 @@ private:
     }
 
     /// Processes the quote at `at`. If a later quote closes the quoted text, the text is replaced by "...". Otherwise,
-    /// only the quote is copied. An apostrophe after a word character opens no quoted text, and an apostrophe before a
-    /// word character closes none.
+    /// only the quote is copied. In both cases, a token starts at the returned position. An apostrophe after a word
+    /// character opens no quoted text, and an apostrophe before a word character closes none.
     std::size_t quoted(std::size_t at) {
         const char quote = m_text[at];
         const bool isApostrophe = quote == '\'';
@@ -233,6 +233,8 @@ private:
         m_out += "...";
         m_out += quote;
         m_done = close + 1;
+        m_tokenAt = m_done;
+        m_tokenOut = m_out.size();
         return m_done;
     }
 
