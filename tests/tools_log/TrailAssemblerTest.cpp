@@ -1,12 +1,14 @@
 #include "vorellog/TrailAssembler.h"
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "tools_log/Records.h"
+#include "vorel/exceptions/RecordFormats.h"
 
 namespace {
 
@@ -48,6 +50,33 @@ TEST(TrailAssemblerTest, StepsOfATrail) {
         EXPECT_EQ(stepOf(recordOf(header() + c.body)), c.step) << c.body;
     }
     EXPECT_EQ(stepOf(recordOf("Vorel Error: text")), TrailStep::None);
+}
+
+TEST(TrailAssemblerTest, StepsOfTheRecordFormats) {
+    struct Case {
+        const wchar_t* format;
+        TrailStep step;
+    };
+    const Case cases[] = {
+        {vorel::vexCatchVorel, TrailStep::Caught},
+        {vorel::vexCatchClassVorel, TrailStep::Caught},
+        {vorel::vexCatchSevere, TrailStep::SevereCaught},
+        {vorel::vexCatchClassSevere, TrailStep::SevereCaught},
+        {vorel::vexCatchAndThrowVorel, TrailStep::Rethrown},
+        {vorel::vexCatchAndThrowClassVorel, TrailStep::Rethrown},
+        {vorel::vexCatchAndThrowSevere, TrailStep::SevereThrown},
+        {vorel::vexCatchAndThrowClassSevere, TrailStep::SevereThrown},
+        {vorel::vexDestructorCaught, TrailStep::Suppressed},
+        {vorel::vexDestructorThrown, TrailStep::Rethrown},
+        {vorel::vexDestructorSevereCaught, TrailStep::Suppressed},
+        {vorel::vexDestructorSevereThrown, TrailStep::SevereThrown},
+        {vorel::vexTestFailed, TrailStep::TestFailed},
+    };
+    for (const Case& c : cases) {
+        const std::wstring_view format = c.format;
+        const std::string message(format.begin(), format.end());  // the formats are ASCII
+        EXPECT_EQ(stepOf(recordOf(header() + "Vorel Error: " + message)), c.step) << message;
+    }
 }
 
 TEST(TrailAssemblerTest, FormIgnoresTheValuesOfNumbers) {

@@ -1,11 +1,6 @@
 #include "vorellog/TrailStep.h"
 
 #include <algorithm>
-#include <array>
-#include <string>
-#include <vector>
-
-#include "vorel/exceptions/RecordFormats.h"
 
 namespace vorellog {
 
@@ -15,33 +10,17 @@ constexpr std::string_view kErrorPrefix = "Vorel Error";
 constexpr std::string_view kSystemTextPrefix = "AddHRESULTErrorToStack";
 
 struct Ending {
-    std::string text;
+    std::string_view text;
     TrailStep step;
 };
 
-/// The part of a record format after the function name: ": Vorel exception caught".
-std::string endingOf(const wchar_t* format) {
-    const std::wstring_view whole = format;
-    const std::wstring_view ending = whole.substr(whole.rfind(L':'));
-    std::string narrow;  // the formats are ASCII
-    std::transform(ending.begin(), ending.end(), std::back_inserter(narrow),
-                   [](wchar_t unit) { return static_cast<char>(unit); });
-    return narrow;
-}
-
-/// The endings of the record formats, and their steps. Each format that is not listed ends like one of these formats.
-const std::vector<Ending>& endings() {
-    static const std::vector<Ending> table = {
-        {endingOf(vorel::vexCatchAndThrowVorel), TrailStep::Rethrown},
-        {endingOf(vorel::vexCatchVorel), TrailStep::Caught},
-        {endingOf(vorel::vexCatchSevere), TrailStep::SevereCaught},
-        {endingOf(vorel::vexCatchAndThrowSevere), TrailStep::SevereThrown},
-        {endingOf(vorel::vexDestructorCaught), TrailStep::Suppressed},
-        {endingOf(vorel::vexDestructorSevereCaught), TrailStep::Suppressed},
-        {endingOf(vorel::vexTestFailed), TrailStep::TestFailed},
-    };
-    return table;
-}
+/// Each record format in vorel/exceptions/RecordFormats.h ends in one of these texts, after the function name.
+constexpr Ending kEndings[] = {
+    {": Vorel exception rethrown", TrailStep::Rethrown},     {": Vorel exception caught", TrailStep::Caught},
+    {": Severe error caught", TrailStep::SevereCaught},      {": Severe error thrown", TrailStep::SevereThrown},
+    {": Vorel exception suppressed", TrailStep::Suppressed}, {": Severe error suppressed", TrailStep::Suppressed},
+    {": TestAndThrow test failed", TrailStep::TestFailed},
+};
 
 constexpr bool isDigit(char c) noexcept {
     return c >= '0' && c <= '9';
@@ -60,7 +39,7 @@ TrailStep stepOf(const Record& record) noexcept {
     if (body.prefix != kErrorPrefix) {
         return TrailStep::None;
     }
-    for (const Ending& ending : endings()) {
+    for (const Ending& ending : kEndings) {
         if (body.message.ends_with(ending.text)) {
             return ending.step;
         }
