@@ -1,6 +1,11 @@
 #include "vorellog/MessageGroups.h"
 
+#include <algorithm>
+#include <chrono>
+#include <cstddef>
+#include <functional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include <gmock/gmock.h>
@@ -108,6 +113,47 @@ TEST(MessageGroupsTest, FormOfAMessageLeavesTheEarlierPartsOfAGroupIntact) {
     groups.add(trail, 0);
     EXPECT_THAT(messagesOf(groups), ElementsAre("1 : ##", "1 Vorel Error: a b c d", "1 WARN: ##"));
     EXPECT_THAT(groups.sorted()[1]->trail, ElementsAre("##"));
+}
+
+/// Records with different messages. The hashes of their keys are divisible by `divisor`.
+std::vector<vorellog::Record> recordsByHash(std::size_t count, std::size_t divisor) {
+    std::vector<vorellog::Record> records;
+    std::string name;
+    for (std::size_t number = 1; records.size() != count; ++number) {
+        name.assign("WARN\n");  // the start of the key of each group
+        for (std::size_t rest = number; rest != 0; rest /= 20) {
+            name += static_cast<char>('g' + rest % 20);
+        }
+        if (std::hash<std::string_view>()(name) % divisor == 0) {
+            records.push_back(recordOf(header() + "WARN: " + name.substr(5)));
+        }
+    }
+    return records;
+}
+
+/// The shortest of three measured times in which the records are added several times.
+std::chrono::nanoseconds timeOfAdding(const std::vector<vorellog::Record>& records) {
+    auto shortest = std::chrono::nanoseconds::max();
+    for (int count = 0; count != 3; ++count) {
+        MessageGroups groups;
+        const auto start = std::chrono::steady_clock::now();
+        for (int repetition = 0; repetition != 5; ++repetition) {
+            for (const vorellog::Record& record : records) {
+                groups.add(record, 0);
+            }
+        }
+        shortest = std::min<std::chrono::nanoseconds>(shortest, std::chrono::steady_clock::now() - start);
+        EXPECT_EQ(groups.size(), records.size());
+    }
+    return shortest;
+}
+
+TEST(MessageGroupsTest, MessagesWithCollidingHashesTakeNoMoreTime) {
+    constexpr std::size_t kCount = 5000;
+    constexpr std::size_t kBuckets = 5087;  // of a hash table of libstdc++ with kCount elements
+    const auto usual = timeOfAdding(recordsByHash(kCount, 1));
+    const auto colliding = timeOfAdding(recordsByHash(kCount, kBuckets));
+    EXPECT_LT(colliding.count(), 8 * usual.count());  // more than 20 times as long with a hash table
 }
 
 TEST(ProcessSetTest, ProcessesBeyondTheLimitAreCountedAsOneProcess) {

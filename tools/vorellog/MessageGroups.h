@@ -6,10 +6,10 @@
 
 #include <cstddef>
 #include <functional>
+#include <map>
 #include <span>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 #include <vector>
 
 #include "vorellog/ProcessTable.h"
@@ -74,10 +74,8 @@ public:
     [[nodiscard]] unsigned long long ungrouped() const noexcept { return m_ungrouped; }
 
 private:
-    struct Hash : std::hash<std::string_view> {
-        using is_transparent = void;
-    };
-    using Groups = std::unordered_map<std::string, Group, Hash, std::equal_to<>>;
+    // Not a hash table, because a log may contain messages whose hashes collide.
+    using Groups = std::map<std::string, Group, std::less<>>;
 
     Group* create(const Record& first, const LogHeader& header);
     void count(Group& group, const LogHeader& header, ProcessNumber process);

@@ -4,9 +4,9 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <map>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 #include <vector>
 
 #include "vorellog/Record.h"
@@ -38,22 +38,15 @@ private:
         Text host;
         unsigned long process = 0;
     };
-    struct Hash {
-        using is_transparent = void;
-        template <class Text>
-        std::size_t operator()(const Key<Text>& key) const noexcept {
-            constexpr std::size_t kGolden = 0x9E3779B97F4A7C15;
-            return (std::hash<std::string_view>()(key.host) ^ key.process) * kGolden;
-        }
-    };
-    struct Equal {
+    struct Less {
         using is_transparent = void;
         template <class A, class B>
         bool operator()(const Key<A>& a, const Key<B>& b) const noexcept {
-            return a.process == b.process && a.host == b.host;
+            return a.process != b.process ? a.process < b.process : a.host < b.host;
         }
     };
-    using Numbers = std::unordered_map<Key<std::string>, ProcessNumber, Hash, Equal>;
+    // Not a hash table, because a log may contain ids whose hashes collide.
+    using Numbers = std::map<Key<std::string>, ProcessNumber, Less>;
 
     Numbers m_numbers;
     std::vector<const Numbers::value_type*> m_order;

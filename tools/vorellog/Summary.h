@@ -5,6 +5,8 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
+#include <map>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -53,10 +55,8 @@ private:
         std::string prefix;   ///< shortened and escaped
         Row row;
     };
-    struct Hash : std::hash<std::string_view> {
-        using is_transparent = void;
-    };
-    using Prefixes = std::unordered_map<std::string, std::uint32_t, Hash, std::equal_to<>>;
+    // Not a hash table, because a log may contain prefixes whose hashes collide.
+    using Prefixes = std::map<std::string, std::uint32_t, std::less<>>;
 
     ProcessNumber countRecord(const Record& record);
     Row& rowOf(ProcessNumber process, std::string_view prefix);
