@@ -1,12 +1,12 @@
 #include "vorellog/TrailAssembler.h"
 
 #include <string>
-#include <string_view>
 #include <vector>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "support/WideText.h"
 #include "tools_log/Records.h"
 #include "vorel/exceptions/RecordFormats.h"
 
@@ -73,8 +73,7 @@ TEST(TrailAssemblerTest, StepsOfTheRecordFormats) {
         {vorel::vexTestFailed, TrailStep::TestFailed},
     };
     for (const Case& c : cases) {
-        const std::wstring_view format = c.format;
-        const std::string message(format.begin(), format.end());  // the formats are ASCII
+        const std::string message = test::narrowed(c.format);
         EXPECT_EQ(stepOf(recordOf(header() + "Vorel Error: " + message)), c.step) << message;
     }
 }
