@@ -90,7 +90,11 @@ TEST(GuideTest, PowerShellCompletesOptionsAndCommands) {
     EXPECT_THAT(simple, HasSubstr(L"        '' = @(\n            , @('--decode', 'text''s bytes')\n"));
     EXPECT_THAT(simple, Not(HasSubstr(L"CommandElements")));
     const std::wstring commands = tools::completionScript(kWithCommands, L"powershell");
-    EXPECT_THAT(commands, HasSubstr(L"        '' = @(\n            , @('one', 'the first')\n            , @('two', "));
+    EXPECT_THAT(
+        commands,
+        HasSubstr(L"        '' = @(\n            , @('one', 'the first')\n            , @('two', 'the second')\n"
+                  L"            , @('--help', 'show the help text')\n"
+                  L"            , @('--version', 'show the version')\n        )\n"));
     EXPECT_THAT(commands,
                 HasSubstr(L"        'two' = @(\n            , @('--help', 'show the help text')\n        )\n"));
     EXPECT_THAT(commands, HasSubstr(L"CommandElements"));

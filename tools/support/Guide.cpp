@@ -163,6 +163,11 @@ std::wstring powerShellText(std::wstring_view text) {
     return out + L"'";
 }
 
+/// A word that the script completes, and its description.
+std::wstring powerShellEntry(std::wstring_view word, std::wstring_view description) {
+    return L"            , @(" + powerShellText(word) + L", " + powerShellText(description) + L")\n";
+}
+
 std::wstring powerShellScript(const Guide& guide) {
     const std::wstring program(guide.program);
     std::wstring out = L"# Completion for PowerShell: add this to the profile, or run it.\n"
@@ -174,16 +179,15 @@ std::wstring powerShellScript(const Guide& guide) {
     if (hasCommands(guide)) {
         out += L"        '' = @(\n";
         for (const Syntax& command : guide.commands) {
-            out += L"            , @(" + powerShellText(nameOf(guide, command)) + L", " +
-                   powerShellText(command.summary) + L")\n";
+            out += powerShellEntry(nameOf(guide, command), command.summary);
         }
+        out += powerShellEntry(L"--help", kHelp.help) + powerShellEntry(L"--version", L"show the version");
         out += L"        )\n";
     }
     for (const Syntax& command : guide.commands) {
         out += L"        " + powerShellText(nameOf(guide, command)) + L" = @(\n";
         for (const Option& option : optionsOf(command)) {
-            out += L"            , @(" + powerShellText(L"--" + std::wstring(option.name)) + L", " +
-                   powerShellText(option.help) + L")\n";
+            out += powerShellEntry(L"--" + std::wstring(option.name), option.help);
         }
         out += L"        )\n";
     }
