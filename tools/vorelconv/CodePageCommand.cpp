@@ -158,6 +158,7 @@ public:
 
     std::size_t convert(std::string_view block, bool last, std::string& result) override {
         const std::string_view text = block.substr(0, m_source.whole(block, last));
+        errno = 0;  // the system's calls do not always set it
         if (!m_source.read(text, m_units)) {
             throwUnreadable(text);
         }
