@@ -1,4 +1,5 @@
 /// <reference types="node" />
+/// <reference lib="esnext.disposable" />
 
 /**
  * vorelCore for Node on Windows: conversions, the shared error log, named mutexes and conditions.
@@ -290,6 +291,7 @@ export class Mutex {
      * versions of Node that support `using`, `using` also calls it.
      */
     close(): void;
+    [Symbol.dispose](): void;
 }
 
 /**
@@ -313,4 +315,5 @@ export class Condition {
     waitAsync(timeoutMs?: number): Promise<boolean>;
     /** Closes the condition; another call does nothing. Throws while a `waitAsync` is in progress. */
     close(): void;
+    [Symbol.dispose](): void;
 }

@@ -74,6 +74,7 @@ const taken: boolean = mutex.tryLock();
 mutex.lock();
 mutex.unlock();
 mutex.close();
+const disposable: Disposable = mutex;
 
 const condition = new vorel.Condition('a');
 const signalled: Promise<boolean> = condition.waitAsync(1);
