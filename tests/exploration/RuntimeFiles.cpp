@@ -74,10 +74,8 @@ bool RuntimeFiles::write(Stream& stream, std::size_t bytes) {
     }
     stream.buffer.erase(0, bytes);
     const Descriptor& descriptor = m_descriptors.at(stream.descriptor);
-    const bool isWritten = text.empty() || (descriptor.appends ? m_files.append(descriptor.handle, text)
-                                                               : m_files.write(descriptor.handle, text));
-    stream.hasFailed |= !isWritten;
-    return isWritten;
+    return text.empty() ||
+           (descriptor.appends ? m_files.append(descriptor.handle, text) : m_files.write(descriptor.handle, text));
 }
 
 void RuntimeFiles::print(std::FILE* file, std::string_view text) {

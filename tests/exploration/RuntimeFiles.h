@@ -47,7 +47,6 @@ private:
     struct Stream {
         int descriptor;
         std::string buffer;
-        bool hasFailed = false;
     };
 
     bool write(Stream& stream, std::size_t bytes);

@@ -4,6 +4,7 @@
 #include "heap/GuardedBlocks.h"
 #include "support/CaseName.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
@@ -11,6 +12,7 @@
 #include <ostream>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -100,6 +102,19 @@ void writeToOldFreedBlock() {
     useManyBlocks(10'000);
 }
 
+void writeToFreedBlockBeforeTheQueueIsFull() {
+    useManyBlocks(30'000);
+    volatile char* const block = request(10);
+    release(block);
+    block[9] = 'x';
+    // These blocks are released without an allocation in between, so the queue of released blocks becomes full.
+    std::vector<const volatile char*> blocks;
+    for (int index = 0; index < 20'000; ++index) {
+        blocks.push_back(request(10));
+    }
+    std::for_each(blocks.begin(), blocks.end(), &release);
+}
+
 void readElementAfterGrowth() {
     vorel::Array<int> items;
     items.append(1);
@@ -150,6 +165,8 @@ INSTANTIATE_TEST_SUITE_P(
         Mistake{"WriteBeforeStart", writeBeforeStart, kAborted, "write before a block of 10 bytes"},
         Mistake{"ReadFreedBlock", readFreedBlock, kFault, "read in a freed block of 10 bytes"},
         Mistake{"WriteToOldFreedBlock", writeToOldFreedBlock, kAborted, "write to a freed block of 10 bytes"},
+        Mistake{"WriteToFreedBlockBeforeTheQueueIsFull", writeToFreedBlockBeforeTheQueueIsFull, kAborted,
+                "write to a freed block of 10 bytes"},
         Mistake{"ReadElementAfterGrowth", readElementAfterGrowth, kFault, "read in a freed block of"},
         Mistake{"WriteToEmptyBlock", writeToEmptyBlock, kFault, "write at offset 0 of a block of 0 bytes"},
         Mistake{"ReleaseTwice", releaseTwice, kAborted, "second free of a block of 10 bytes"},

@@ -204,6 +204,14 @@ unsigned char* leadingOf(std::size_t page) noexcept {
     return block - std::min(kLeadingBytes, static_cast<std::size_t>(block - startOf(page)));
 }
 
+/// Aborts if the block is filled with the pattern of freed blocks, and the pattern has changed.
+void checkFreed(std::size_t page) noexcept {
+    const unsigned char* const block = blockOf(page);
+    if (pieces[page].state == State::Filled && !areAll(block, block + pieces[page].bytes, kFreedFill)) {
+        fail("heap: write to a freed block of %u bytes\n", pieces[page].bytes);
+    }
+}
+
 /// Makes the oldest retired piece accessible and stores its page number. Returns false if no piece may be reused yet,
 /// or if the page cannot be made accessible. Aborts if the pattern in the freed block has changed.
 bool reuse(std::size_t& page) noexcept {
@@ -214,10 +222,7 @@ bool reuse(std::size_t& page) noexcept {
     if (pieces[page].state == State::Forbidden) {
         return allow(page, 1);
     }
-    const unsigned char* const block = blockOf(page);
-    if (!areAll(block, block + pieces[page].bytes, kFreedFill)) {
-        fail("heap: write to a freed block of %u bytes\n", pieces[page].bytes);
-    }
+    checkFreed(page);
     return true;
 }
 
@@ -272,7 +277,9 @@ void retire(std::size_t page) noexcept {
         return;
     }
     if (retired.count == kMaxRetired) {
-        discard(retired.pop());
+        const std::size_t oldest = retired.pop();
+        checkFreed(oldest);
+        discard(oldest);
     }
     if (forbidden < kMaxForbidden) {
         ++forbidden;

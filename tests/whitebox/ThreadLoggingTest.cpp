@@ -86,12 +86,18 @@ TEST(SilencedThreads, AreRemovedWhenTheyExitAfterTheyWereSilencedTwice) {
     EXPECT_EQ(table().size(), 0u);
 }
 
+// GoogleTest needs the real id of the thread to report a failed expectation. So all expectations come after the scope
+// of the hook.
 TEST(SilencedThreads, DoNotSilenceALaterThreadWithTheirId) {
     const test::TemporaryLog log;
     const DWORD id = exitedThread();
-    const test::ImportHook<importedGetCurrentThreadId> sameId([&] { return id; });
-    EXPECT_FALSE(Exception::IsThreadErrorLoggingDisabled());
-    Exception::warn("written");
+    bool isDisabled = true;
+    {
+        const test::ImportHook<importedGetCurrentThreadId> sameId([&] { return id; });
+        isDisabled = Exception::IsThreadErrorLoggingDisabled();
+        Exception::warn("written");
+    }
+    EXPECT_FALSE(isDisabled);
     EXPECT_EQ(log.messages(), std::vector<std::string>{"WARN: written"});
 }
 
@@ -108,8 +114,6 @@ DWORD threadExitedAsFiber() {
     return id;
 }
 
-// GoogleTest needs the real id of the thread to report a failed expectation. So all expectations come after the scope
-// of the hook.
 TEST(SilencedThreads, DoNotSilenceALaterThreadWithTheirIdIfTheyExitAsFibers) {
     const test::TemporaryLog log;
     const DWORD id = threadExitedAsFiber();
