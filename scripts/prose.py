@@ -14,7 +14,7 @@ import re
 import sys
 from pathlib import Path
 
-PHRASES = Path(__file__).with_name("rejected-phrases.txt")
+PHRASES = Path(__file__).resolve().with_name("rejected-phrases.txt")
 # The parts of a source that contain prose: comments and literals. A literal is matched as a whole, so two slashes in a
 # literal do not begin a comment.
 C_PROSE = re.compile(r'//[^\n]*|/\*.*?\*/|R"(\w*)\(.*?\)\1"|"(?:\\.|[^"\\\n])*"|\'(?:\\.|[^\'\\\n])+\'', re.DOTALL)
@@ -58,7 +58,7 @@ def prose_of(path, text):
 def files_of(paths):
     for path in map(Path, paths):
         for file in sorted(path.rglob("*")) if path.is_dir() else [path]:
-            if file.is_file() and (file.suffix in PARTS or file.suffix in WHOLE) and file != PHRASES.relative_to(Path.cwd()):
+            if file.is_file() and file.suffix in (*PARTS, *WHOLE) and file.resolve() != PHRASES:
                 yield file
 
 
