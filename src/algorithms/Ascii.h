@@ -8,8 +8,9 @@
 
 namespace vorel::algorithms {
 
-/// The white space of every parser: space, tab, line feed and carriage return; in wide text also the no-break space
-/// U+00A0. By design, the byte 0xA0 is not white space, because its meaning depends on the code page.
+/// The white space of the parsers of numbers, booleans and lists: space, tab, line feed and carriage return; in wide
+/// text also the no-break space U+00A0. By design, the byte 0xA0 is not white space, because its meaning depends on the
+/// code page.
 template <class T>
 constexpr bool isSpace(T c) noexcept {
     return c == ' ' || c == '\t' || c == '\n' || c == '\r' || (sizeof(T) > 1 && c == 0xA0);

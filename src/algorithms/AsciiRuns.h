@@ -1,6 +1,6 @@
 /// \file
-/// Copies runs of ASCII between bytes and 16-bit units, sixteen or eight elements at a time, because most text is
-/// ASCII. SSE2 is part of every 64-bit x86 processor, so no dispatch is needed.
+/// Copies runs of ASCII in text of either width, or from one width to the other. Sixteen or eight elements are copied
+/// at a time, because most text is ASCII. SSE2 is part of every 64-bit x86 processor, so no dispatch is needed.
 ///
 /// A zero also ends a run, so the end of zero-terminated text is not searched separately. Reads may extend past the end
 /// of the text, but not into another page. Writes never exceed the run.

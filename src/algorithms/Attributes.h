@@ -1,9 +1,10 @@
 /// \file
-/// Attributes of functions, in the spelling of each compiler. A declaration begins with them.
+/// Attributes of functions, in the spelling of each compiler. They stand at the beginning of a declaration, after
+/// standard attributes such as `[[nodiscard]]`.
 #pragma once
 
 #if defined(__GNUC__) || defined(__clang__)
-/// For a function that is inlined even where the compiler would prefer a call.
+/// For a function that is inlined even where the compiler would prefer a call. Includes `inline`.
 #define VOREL_ALWAYS_INLINE [[gnu::always_inline]] inline
 /// Keeps rare code, and its use of the stack, out of the function that calls it.
 #define VOREL_NOINLINE [[gnu::noinline]]

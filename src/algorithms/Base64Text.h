@@ -31,8 +31,8 @@ T* encodeBase64(const unsigned char* bytes, std::size_t count, const char* alpha
 /// Why the decoder stopped.
 enum class Base64End {
     None,         ///< it did not stop
-    Text,         ///< terminator or padding
-    Invalid,      ///< character without a value
+    Text,         ///< terminator at the start of a group, or padding as third or fourth character
+    Invalid,      ///< character without a value, or terminator within a group
     NonByteUnit,  ///< unit above 255
 };
 
@@ -47,8 +47,8 @@ unsigned int consumeBase64Character(const T*& cursor) noexcept {
     return character;
 }
 
-/// Writes the three bytes of four characters to `out`, or fewer if the last characters are padding. `written` receives
-/// the number of bytes.
+/// Writes the three bytes of four characters to `out`. If the third character is padding, writes only one byte. If only
+/// the fourth character is padding, writes two bytes. `written` receives the number of bytes.
 inline Base64End writeBase64Group(const unsigned int (&characters)[4], const int (&values)[4], char pad,
                                   unsigned char* out, std::size_t& written) noexcept {
     const auto sextet = [&](std::size_t at) { return static_cast<unsigned int>(values[at]); };
@@ -118,10 +118,11 @@ struct Base64Step {
 /// Output capacity that a step needs, in bytes.
 inline constexpr std::size_t kBase64StepCapacity = kSextetBlockBytes + kBase64Overhang;
 
-/// Decodes text from `cursor` on: at least 24 bytes (one block), or up to the end of the text. Moves `cursor` past the
-/// characters read. A step that does not reach the end writes a multiple of 24 bytes. Zeros may be written after the
-/// decoded bytes. `capacity` is the size of `out` in bytes, at least `kBase64StepCapacity`. The text ends with a zero.
-/// `table` holds the Base64 value of each of the 256 characters, or `kInvalidBase64`.
+/// Decodes text from `cursor` on: at least one block (24 bytes), unless the decoder stops for a reason of `Base64End`.
+/// Moves `cursor` past the characters read. If the decoder does not stop, the step writes a multiple of 24 bytes. Zeros
+/// may be written after the decoded bytes. `capacity` is the size of `out` in bytes, at least `kBase64StepCapacity`.
+/// The text ends with a zero. `table` holds the Base64 value of each of the 256 characters: 0 for `pad`, and
+/// `kInvalidBase64` for characters without a value.
 template <class T>
 Base64Step decodeBase64Step(const T*& cursor, const int* table, char pad, unsigned char* out,
                             std::size_t capacity) noexcept {

@@ -60,7 +60,8 @@ bool parseBoolean(const T*& cursor) noexcept {
     return coercesToInteger(cursor, true) && parseInteger<int>(cursor, true) != 0;
 }
 
-/// Parses a boolean. If `end` is not null, `*end` receives the position after the boolean. A null text is false.
+/// Parses a boolean (see `parseBoolean`). A null text is false. If `end` is not null, `*end` receives the position at
+/// which parsing stopped, or null for a null text.
 template <class T>
 bool readBoolean(const T* text, T** end) noexcept {
     const bool value = text && parseBoolean(text);
@@ -68,7 +69,7 @@ bool readBoolean(const T* text, T** end) noexcept {
     return value;
 }
 
-/// Whether the text after its leading white space is one of `kPlainBooleanWords`.
+/// Whether the text after its leading white space is one of `kPlainBooleanWords`, ignoring case. False for null.
 template <class T>
 bool coercesToBoolean(const T* text) noexcept {
     if (!text) {

@@ -45,7 +45,7 @@ void decode(const T* text, std::size_t groups, unsigned char* out) noexcept {
         storeLast(_mm256_extracti128_si256(halves, 1), to + kSextetBlockBytes / 2);
     };
     std::size_t done = 0;
-    // Each block stores four bytes beyond its own output. The next block overwrites them.
+    // Each block of this loop stores four bytes beyond its own output. The next block overwrites them.
     for (; groups - done > kGroups + 1; done += kGroups) {
         decodeBlock(done,
                     [](__m128i bytes, unsigned char* to) { _mm_storeu_si128(reinterpret_cast<__m128i*>(to), bytes); });

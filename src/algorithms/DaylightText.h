@@ -1,6 +1,6 @@
 /// \file
 /// Daylight text of either width: groups of four characters, then a digit that gives the number of bytes in the last
-/// group.
+/// group. The text of no bytes consists only of the digit 3.
 #pragma once
 
 #include <cstddef>

@@ -115,9 +115,11 @@ constexpr double withSign(double value, bool negative) noexcept {
     return std::bit_cast<double>(std::bit_cast<std::uint64_t>(value) ^ static_cast<std::uint64_t>(negative) << 63);
 }
 
-/// Returns `used * 10^exponent`, negated if `negative`. `exponent` is a signed number modulo 2^32. Signs are
-/// unpredictable, so the code does not branch on the sign of the exponent. Instead, it multiplies `used` by one power
-/// of ten and divides the product by another power of ten. One of the two powers is 1.
+/// Returns `used * 10^exponent`, negated if `negative`. `exponent` is a signed number modulo 2^32. For an exponent
+/// below -308, the result is 0. For an exponent above 308, the result is infinity, or NaN if `used` is 0, because the
+/// power of ten is infinite. Signs are unpredictable, so the code does not branch on the sign of the exponent. Instead,
+/// it multiplies `used` by one power of ten and divides the product by another power of ten. At least one of the two
+/// powers is 1.
 inline double scaled(std::uint64_t used, std::uint32_t exponent, bool negative) noexcept {
     const bool isBelowOne = exponent >> 31 != 0;
     const std::uint32_t magnitude = negatedIf(isBelowOne, exponent);

@@ -1,7 +1,7 @@
 /// \file
 /// Hexadecimal text (RFC 4648, section 8) of either width. Bytes are encoded, and valid digits are decoded, in blocks.
 /// Other pairs of characters are decoded one by one, by one of two rules for invalid characters. SSE2 is part of every
-/// 64-bit x86 processor; the AVX2 versions are called if the processor has AVX2 (see Processor.h).
+/// 64-bit x86 processor; for longer inputs, the AVX2 versions are called if the processor has AVX2 (see Processor.h).
 #pragma once
 
 #include <array>

@@ -118,8 +118,8 @@ __m256i bytesOf(__m256i values) noexcept {
     return _mm256_maddubs_epi16(values, _mm256_set1_epi16(0x0110));  // weights 16 and 1
 }
 
-/// Decodes at most `blocks` blocks, two at a time. Stops before the first two blocks that contain an invalid character.
-/// Returns the number of blocks decoded.
+/// Decodes at most `blocks` blocks in pairs. Stops before the first pair that contains an invalid character. Returns
+/// the number of blocks decoded.
 template <class T>
 VOREL_NOINLINE std::size_t decodeTwos(const T* text, std::size_t blocks, unsigned char* out) noexcept {
     std::size_t done = 0;

@@ -1,6 +1,7 @@
 /// \file
-/// Joins items. An item that contains the delimiter or a double quote is put in double quotes, so that splitting
-/// restores the item.
+/// Joins items. An item that contains the delimiter or a double quote is put in double quotes, so that splitting can
+/// restore the item. If the delimiter has several characters, some items that contain it are not quoted (see
+/// `needsQuotes`).
 #pragma once
 
 #include <algorithm>

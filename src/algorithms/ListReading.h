@@ -1,6 +1,6 @@
 /// \file
 /// Parses lists of numbers, of booleans and of integer ranges in zero-terminated text of either width. Each value is
-/// passed to `take(value)`.
+/// passed to a function of the caller, such as `take(value)`.
 #pragma once
 
 #include <cstddef>
@@ -12,9 +12,11 @@
 
 namespace vorel::algorithms {
 
-/// Parses integers separated by white space, by a comma, or by white space and then a comma. Fractions are truncated.
-/// By design, an item without digits has the value 0, for example between two commas. Stops at the first character that
-/// cannot begin an item. Returns whether the whole text was read. Values are unsigned and modulo 2^32.
+/// Parses integers separated by white space, by a comma, or by white space and then a comma. A sign, or the point after
+/// a fraction, also begins the next item ("1-2" is 1 -2, "1.5.3" is 1 0). Fractions are truncated. By design, an item
+/// without digits has the value 0: for example an empty item between two commas, or white space after a comma ("1, 2"
+/// is 1 0 2). Stops at the first character that cannot begin an item. Returns whether the whole text was read. Values
+/// are unsigned and modulo 2^32.
 template <class T, class Take>
 bool readIntegerList(const T* text, Take&& take) {
     skipSpaces(text);
@@ -68,7 +70,7 @@ private:
     T m_word[kMaxCharacters + 1];
 };
 
-/// Passes each word to `take`. Returns false if a word is too long.
+/// Passes each word to `take`. At a word that is too long, stops and returns false.
 template <class T, class Take>
 bool readWordList(const T* text, Take&& take) {
     WordList<T> words(text);

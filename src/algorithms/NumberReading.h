@@ -27,8 +27,9 @@ VOREL_COLD Value readAnyInteger(const T* text, End** end, bool skipTrailingSpace
     return value;
 }
 
-/// Parses an integer (see `parseInteger`). A null text gives 0. If `end` is not null, `*end` receives the position
-/// after the integer. Numbers of unusual length are parsed in a tail call, so this function needs no stack frame.
+/// Parses an integer (see `parseInteger`). A null text gives 0. If `end` is not null, `*end` receives the position at
+/// which parsing stopped, or null for a null text. Numbers that `parseShortInteger` does not parse are parsed in a tail
+/// call, so this function needs no stack frame.
 template <class Value, class T, class End>
 VOREL_ALWAYS_INLINE Value readInteger(const T* text, End** end, bool skipTrailingSpace) noexcept {
     Value value = 0;
@@ -39,7 +40,7 @@ VOREL_ALWAYS_INLINE Value readInteger(const T* text, End** end, bool skipTrailin
     return value;
 }
 
-/// Parses a hexadecimal number (see `parseHex`).
+/// Parses a hexadecimal number (see `parseHex`). A null text gives 0.
 template <class T>
 VOREL_ALWAYS_INLINE int readHex(const T* text, T** end) noexcept {
     const std::uint32_t value = text ? parseHex(text) : 0;
@@ -47,7 +48,8 @@ VOREL_ALWAYS_INLINE int readHex(const T* text, T** end) noexcept {
     return static_cast<int>(value);
 }
 
-/// Parses a number with a fraction and an exponent, character by character.
+/// Parses a number with a fraction and an exponent, character by character. A null text gives 0. If the text has no
+/// digits, the result is 0.0, or -0.0 after a '-', and `*end` receives the start of the text.
 template <class T>
 VOREL_NOINLINE double readDecimalStepByStep(const T* text, T** end) noexcept {
     const T* const start = text;
@@ -78,7 +80,8 @@ VOREL_ALWAYS_INLINE double readDecimal(const T* text, T** end) noexcept {
     return readDecimalStepByStep(text, end);
 }
 
-/// Parses an integer and returns whether it is the whole text. Sets `value` even on failure, except for a null text.
+/// Parses an integer and returns whether it is the whole text. White space may surround the integer, and a point with
+/// any number of zeros may follow its digits. Sets `value` even on failure, except for a null text.
 template <class T>
 bool tryReadInteger(const T* text, int& value) noexcept {
     if (!text) {
@@ -94,10 +97,10 @@ bool tryReadInteger(const T* text, int& value) noexcept {
     return hasDigits && !*text;
 }
 
-/// Parses a number and returns whether it is the whole text. `value` is unchanged if the text is null or has no digits;
-/// otherwise `value` is set even on failure. An exponent that is zero or has no digits ("1e0", "1e") is rejected by
-/// design: the result is false, and `value` is then the first 18 digits of the mantissa as an integer without sign (15
-/// for "-1.5e0").
+/// Parses a number and returns whether it is the whole text, except white space around it. `value` is unchanged if the
+/// text is null or has no digits; otherwise `value` is set even on failure. An exponent that is zero or has no digits
+/// ("1e0", "1e") is rejected by design: the result is false, and `value` is then the first 18 digits of the mantissa as
+/// an integer without sign (15 for "-1.5e0").
 template <class T>
 bool tryReadDouble(const T* text, double& value) noexcept {
     if (!text) {
@@ -119,7 +122,8 @@ bool tryReadDouble(const T* text, double& value) noexcept {
     return !*text;
 }
 
-/// Whether the whole text is an integer, which may have white space around it.
+/// Whether the whole text has the form of an integer as `tryReadInteger` accepts it. If `allowLeadingZeros` is false,
+/// "0123" is rejected, but "00" and "0123.0" are accepted.
 template <class T>
 bool coercesToInteger(const T* text, bool allowLeadingZeros) noexcept {
     if (!text) {
@@ -135,7 +139,8 @@ bool coercesToInteger(const T* text, bool allowLeadingZeros) noexcept {
     return digits.any && !*text;
 }
 
-/// Whether the whole text is a number, which may have white space around it.
+/// Whether the whole text is a number, which may have white space around it. An exponent must have a digit. If
+/// `allowLeadingZeros` is false, "007" is rejected, but "007.5" and "007e1" are accepted.
 template <class T>
 bool coercesToDouble(const T* text, bool allowLeadingZeros) noexcept {
     if (!text) {

@@ -1,6 +1,6 @@
 /// \file
-/// Functions that parse the parts of a number in zero-terminated text of either width. Each function moves the cursor
-/// past the characters that it consumes, and stops at the first character that it does not accept.
+/// Functions that parse the parts of a number in zero-terminated text of either width. Each function with a cursor
+/// moves the cursor past the characters that it consumes, and stops at the first character that it does not accept.
 #pragma once
 
 #include <cstdint>
@@ -148,8 +148,8 @@ Value parseInteger(const T*& cursor, bool skipTrailingSpaces) noexcept {
                : parseIntegerStepByStep<Value>(cursor, skipTrailingSpaces);
 }
 
-/// The maximum number of hexadecimal digits that are parsed. By design, the limits for the two widths differ. If narrow
-/// text has more than eight digits, the last eight determine the value.
+/// The maximum number of hexadecimal digits that are parsed. By design, the limits for the two widths differ. If more
+/// than eight digits are parsed, the last eight parsed digits determine the value. This happens only in narrow text.
 template <class T>
 inline constexpr unsigned int kMaxHexDigits = sizeof(T) == 1 ? 16 : 8;
 

@@ -112,7 +112,7 @@ VOREL_ALWAYS_INLINE T* storeText(__m128i characters, std::uint64_t count, T* out
     return out + count;
 }
 
-/// Like `storeText`, but for up to sixteen characters. Accesses seventeen units.
+/// Like `storeText`, but for up to sixteen characters. Accesses at most seventeen units.
 template <Rest rest, class T>
 VOREL_ALWAYS_INLINE T* storeLongText(__m128i characters, std::uint64_t count, T* out) noexcept {
     if (rest == Rest::Unchanged && count < kDigitBlock) {
@@ -123,7 +123,7 @@ VOREL_ALWAYS_INLINE T* storeLongText(__m128i characters, std::uint64_t count, T*
     return out + count;
 }
 
-/// Writes a number below 10,000. Each leading zero is overwritten by the next digit. Accesses four units.
+/// Writes a number below 10,000. Each leading zero is overwritten by the next digit. Accesses at most four units.
 template <class T>
 void writeFewDigits(unsigned int number, T* out) noexcept {
     *out = static_cast<T>('0' + number / 1000);
@@ -282,7 +282,7 @@ void copyShortText(const T* text, std::size_t length, T* to) noexcept {
 }
 
 /// Copies as much of a text as fits into `size` characters with a terminator. The last of the `size` characters becomes
-/// a terminator too.
+/// a terminator too. If `size` is 0, writes nothing.
 template <class T>
 void copyTruncatedText(const T* text, std::size_t length, T* buffer, unsigned long long size) noexcept {
     if (size == 0) {
@@ -306,7 +306,8 @@ VOREL_COLD T* writeTruncatedInteger(std::uint64_t magnitude, bool negative, T* b
 }
 
 /// Writes a number, truncated to `size - 1` characters, and a terminator after it. The last of the `size` characters
-/// becomes a terminator too. All other units are unchanged. Returns the buffer, which may be null.
+/// becomes a terminator too. All other units are unchanged. If `size` is 0, writes nothing. Returns the buffer, which
+/// may be null.
 template <class T>
 VOREL_ALWAYS_INLINE T* writeBoundedInteger(std::uint64_t magnitude, bool negative, T* buffer,
                                            unsigned long long size) noexcept {

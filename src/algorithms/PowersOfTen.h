@@ -86,9 +86,9 @@ inline constexpr auto kPowersOfTen = [] {
 }();
 
 /// The binary exponent of a power of ten: power * log2(10), rounded down, minus 127, which is the number of bits after
-/// the top bit of the integer.
+/// the top bit of the integer. `power` must be from kLowestPowerOfTen to kHighestPowerOfTen.
 constexpr int powerOfTenExponent(int power) noexcept {
-    constexpr int kLog2Of10 = 217706;  // times 2^16, rounded down
+    constexpr int kLog2Of10 = 217706;  // times 2^16, rounded up; rounded down, it would give a wrong result for 146
     return (power * kLog2Of10 >> 16) - 127;
 }
 

@@ -1,8 +1,9 @@
 /// \file
 /// Converts groups of three bytes to four characters of an alphabet of 64 characters, and back. Each character encodes
-/// six bits. If the processor has AVX2 (see Processor.h), whole blocks are converted at once. Other groups are
-/// converted one by one. Base64 (RFC 4648, section 4) and Daylight share this code. Their block decoders are separate,
-/// because their rules for invalid characters differ: see Base64Text.h and DaylightText.h.
+/// six bits. If the processor has AVX2 (see Processor.h), many groups are converted at once. Short texts, and groups
+/// that are left, are converted group by group. Base64 (RFC 4648, section 4) and Daylight share this code. Their
+/// decoders for AVX2 are separate, because their rules for invalid characters differ: see Base64Text.h and
+/// DaylightText.h.
 #pragma once
 
 #include <cstddef>

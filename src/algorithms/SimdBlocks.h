@@ -15,8 +15,8 @@
 
 namespace vorel::algorithms {
 
-/// The character type of wide text, with units of 16 bits. `wchar_t` is larger on every system except Windows, so on
-/// other systems the algorithms are compiled with another type.
+/// The character type of wide text, with units of 16 bits. `wchar_t` is larger on most systems other than Windows, so
+/// the algorithms are compiled with another type there.
 using WideUnit = std::conditional_t<sizeof(wchar_t) == 2, wchar_t, char16_t>;
 
 /// Sixteen characters as bytes. Units above 255 become 0 or 255. The attribute switches AddressSanitizer off, because a

@@ -56,7 +56,8 @@ public:
     /// Whether the next item begins with a quote. Must not be called at the end.
     [[nodiscard]] bool isQuoted() const noexcept { return m_rest.front() == '"'; }
 
-    /// Consumes an item that is not in quotes.
+    /// Consumes an item that is not in quotes, or whose quotes are invalid. Returns the text up to the next delimiter,
+    /// including any quotes.
     View consumePlain() noexcept {
         const std::size_t end = m_delimiters.findIn(m_rest);
         const View item = m_rest.substr(0, end);

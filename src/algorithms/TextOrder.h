@@ -68,8 +68,8 @@ constexpr bool isSlash(T c) noexcept {
     return c == '/' || c == '\\';
 }
 
-/// Whether two characters are identical, or the two cases of a letter if case is ignored. This quick test finds all
-/// equal characters except '/' and '\' if they are equal.
+/// Whether two characters are identical, or the two cases of a letter if case is ignored. This quick test does not
+/// consider `slashesEqual`.
 template <class T>
 constexpr bool areSame(T a, T b, OrderRules rules) noexcept {
     const auto difference = static_cast<unsigned int>(a ^ b);
@@ -162,8 +162,8 @@ VOREL_ALWAYS_INLINE int compareTexts(const T* a, const T* b, OrderRules rules) n
 }
 
 /// Whether `version` is at least `required`, compared number by number. Any single character separates two numbers.
-/// False if either text is null or empty, or if all numbers of `version` are equal to the first numbers of `required`,
-/// which has more numbers.
+/// False if either text is null or empty. If no numbers at the same position differ, the result is true only if
+/// `required` has no more numbers than `version` and does not end with a separator.
 template <class T>
 bool versionAtLeast(const T* version, const T* required) noexcept {
     if (!version || !required || !*version) {

@@ -1,6 +1,6 @@
 /// \file
 /// Percent-encoding of URLs (RFC 3986, section 2.1): the encoded form of each byte, then encoding and decoding of
-/// narrow text. AVX2 versions are called if the processor has AVX2 (see Processor.h).
+/// narrow text. Measuring and encoding call AVX2 versions if the processor has AVX2 (see Processor.h).
 #pragma once
 
 #include <bit>

@@ -1,10 +1,11 @@
 /// \file
-/// The UTF-8 codec, which converts between bytes and 16-bit units. It uses the original form of UTF-8 (RFC 2279), in
-/// which a value up to 0x7FFFFFFF takes one to six bytes.
+/// The parts of the UTF-8 codec that convert single values. The codec converts between bytes and 16-bit units. It uses
+/// the original form of UTF-8 (RFC 2279), in which a value up to 0x7FFFFFFF takes one to six bytes.
 ///
 /// The codec validates little, and callers rely on each of the following rules. The lead-byte masks are 0xF1 and 0xFD
 /// instead of the usual 0xF8 and 0xFC. So the odd bytes from 0xF1 to 0xFB do not start a sequence, 0xF8, 0xFA, 0xFC and
-/// 0xFE start a sequence of four bytes, and no byte starts a sequence of five. Trailing bytes are not checked. Overlong
+/// 0xFE start a sequence of four bytes, and no byte starts a sequence of five. In a sequence of six bytes, the decoder
+/// uses only four bits of the second and of the third byte instead of six. Trailing bytes are not checked. Overlong
 /// forms and encoded surrogates are accepted.
 #pragma once
 

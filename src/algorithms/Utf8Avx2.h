@@ -86,7 +86,8 @@ static inline unsigned int atMost(unsigned int count, std::size_t limit) noexcep
     return count < limit ? count : static_cast<unsigned int>(limit);
 }
 
-/// Hides the values of `constants` from the compiler, so that it reads them from memory.
+/// Hides the values of `constants` from the compiler, so that it reads them from memory. For compilers
+/// other than GCC and clang, the function hides nothing.
 template <class Constants>
 VOREL_ALWAYS_INLINE static const Constants& hidden(const Constants& constants) noexcept {
     const Constants* address = &constants;
@@ -96,7 +97,7 @@ VOREL_ALWAYS_INLINE static const Constants& hidden(const Constants& constants) n
     return *address;
 }
 
-/// A mask of the first `count` bytes of thirty-two.
+/// A mask of the first `count` bytes of thirty-two. `count` must not exceed 32.
 static inline __m256i firstBytes(unsigned int count) noexcept {
     static constexpr unsigned char kBytes[64] = {
         0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF,

@@ -128,8 +128,8 @@ class EncodedCount {
 public:
     explicit EncodedCount(bool paired) noexcept : m_k(hidden(kConstants)), m_paired(paired ? ~0u : 0u) {}
 
-    /// Counts the units of a block whose bits in `kept` are set. Returns false and counts nothing if these units
-    /// contain a zero or, if surrogates are paired, an unpaired surrogate.
+    /// Counts the bytes that the units of a block take. Only units whose bits in `kept` are set are counted. Returns
+    /// false and counts nothing if these units contain a zero or, if surrogates are paired, an unpaired surrogate.
     VOREL_ALWAYS_INLINE bool add(const unsigned char* position, unsigned int kept) noexcept {
         const __m256i zero = _mm256_setzero_si256();
         const __m256i block = load32(position);
@@ -176,7 +176,7 @@ private:
     const Constants& m_k;
     unsigned int m_paired;
     unsigned int m_bytes = 0;
-    unsigned int m_high = 0;  // two bits, set if the last unit of the previous block was a high surrogate
+    unsigned int m_high = 0;  // two bits, set if surrogates are paired and the last unit was a high surrogate
 };
 
 /// The number of counted bytes, and the number of units that these bytes decode to.

@@ -101,7 +101,7 @@ VOREL_ALWAYS_INLINE void decodeThrees(Decoding& at, const Constants& k) noexcept
 
 /// Decodes the characters in a block, up to a zero, a byte above 0xF0, or the end of the text. `left` is the number of
 /// bytes left in the text. Returns false and decodes nothing if there are no such characters, or if one of them is
-/// ill-formed.
+/// ill-formed or truncated.
 VOREL_ALWAYS_INLINE bool decodeBlock(Decoding& at, std::size_t left, const Constants& k) noexcept {
     const Bytes found(loadBytes(at.bytes), k);
     const unsigned int size = atMost(lowestBit(found.zeros | found.others | 1u << kBytes), left);
@@ -196,9 +196,9 @@ VOREL_ALWAYS_INLINE bool isReadable(const Decoding& at, std::size_t left) noexce
     return isInPage(at.bytes, kReadBytes) || continuesInNextPage(at.bytes, left, at.expected);
 }
 
-/// Decodes the ASCII up to the end of the page, at most a double block, so that the next double block is aligned.
-/// Returns false and decodes nothing if these bytes are not all ASCII or contain a zero, if the text does not contain
-/// all of them, or if the last character before them is incomplete.
+/// Decodes the ASCII up to the end of the page, at most a double block. At the start of the next page, double blocks
+/// are aligned. Returns false and decodes nothing if these bytes are not all ASCII or contain a zero, if the text does
+/// not contain all of them, or if the last character before them is incomplete.
 VOREL_ALWAYS_INLINE bool decodeToPage(Decoding& at, std::size_t left) noexcept {
     const std::size_t inPage = kPageBytes - offsetInPage(at.bytes);
     const unsigned int size = atMost(kDoubleBlock, inPage);

@@ -1,9 +1,10 @@
 /// \file
 /// Converts short texts, such as names or words. These functions have no setup; the setup of the conversion for long
 /// texts (Utf8Streams.h) would take longer than the conversion of a short text. A text is converted eight characters at
-/// a time if it has at least eight characters, all of them are ASCII, and it lies in one page. Any other text is
-/// converted one character at a time. The results follow the rules of the codec (Utf8.h). If a text contains input that
-/// these functions do not handle, such as an unpaired surrogate, the conversion for long texts converts the whole text.
+/// a time if it has at least eight characters, all of them from 0x01 to 0x7F, and it lies in one page. Any other text
+/// is converted one character at a time. The results follow the rules of the codec (Utf8.h). If a text contains input
+/// that these functions do not handle, such as an unpaired surrogate, the conversion for long texts converts the whole
+/// text.
 #pragma once
 
 #include <algorithm>
@@ -53,9 +54,10 @@ std::size_t shortTextLength(const Element* text, int length) noexcept {
     return zeros != 0 ? static_cast<std::size_t>(std::countr_zero(zeros)) : kNotShort;
 }
 
-/// Decodes characters of four bytes. The byte at `byte` must start such a character. Stops at a byte that does not
-/// start such a character, at the end of the text, or if the capacity may be too small for another surrogate pair. This
-/// is a loop, because such characters mostly occur in runs. Returns false at an overlong sequence.
+/// Decodes characters of four bytes. The byte at `byte` must start such a character, and `out` must not be above
+/// `lastPair`. Stops at a byte that does not start such a character, at the end of the text, or if the capacity may be
+/// too small for another surrogate pair. This is a loop, because such characters mostly occur in runs. Returns false at
+/// an overlong sequence.
 template <class Unit>
 bool decodeFours(const unsigned char*& byte, const unsigned char* end, Unit*& out, const Unit* lastPair) noexcept {
     const auto trailing = [&](unsigned int index) { return byte[index] & 0x3Fu; };
